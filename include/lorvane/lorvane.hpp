@@ -1,0 +1,7 @@
+#pragma once
+
+// The whole public API of Lorvane: the run machinery, its options, the tag model and the
+// catalogue. Add <lorvane/json.hpp> for the serialised forms.
+
+#include <lorvane/et_input.hpp>
+#include <lorvane/text.hpp>

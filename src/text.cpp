@@ -1,0 +1,34 @@
+#include <lorvane/text.hpp>
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+namespace lorvane {
+namespace {
+
+bool isWhitespaceOrNewline(UChar32 c) {
+  if (c == 0x09 || (c >= 0x0A && c <= 0x0D) || c == 0x85) {
+    return true;
+  }
+  const auto category = u_charType(c);
+  return category == U_SPACE_SEPARATOR || category == U_LINE_SEPARATOR ||
+         category == U_PARAGRAPH_SEPARATOR;
+}
+
+}  // namespace
+
+std::optional<std::string> nonBlank(std::string_view text) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const auto length = static_cast<std::int32_t>(text.size());
+  for (std::int32_t offset = 0; offset < length;) {
+    UChar32 c = 0;
+    U8_NEXT(bytes, offset, length, c);
+    // Invalid bytes are not white space, so such a text is never blank.
+    if (c < 0 || !isWhitespaceOrNewline(c)) {
+      return std::string(text);
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace lorvane

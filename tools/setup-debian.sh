@@ -1,0 +1,12 @@
+#!/bin/sh
+# Installs what Lorvane needs to build, test and run on Debian 12. Run as root (or with sudo).
+set -eu
+if [ "$(id -u)" -ne 0 ]; then
+  exec sudo "$0" "$@"
+fi
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -q
+apt-get install -y -q --no-install-recommends \
+  g++ cmake ninja-build pkg-config python3 \
+  libicu-dev libfmt-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
+  perl libimage-exiftool-perl atomicparsley

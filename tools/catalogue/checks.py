@@ -119,6 +119,8 @@ def run_checks(catalogue, stated, out=print):
             all(re.fullmatch(r"[A-Za-z0-9_-]+", t.key) for t in tags), True)
     c.check("safe names unique in each stream",
             all(len({t.key.replace("-", "_") for t in s.tags}) == len(s.tags) for s in streams), True)
+    constants = {"item" + (t.stream + t.key).replace("#", "_").replace("-", "_") for t in tags}
+    c.check("item constant names unique in the catalogue", len(constants), len(tags))
     streams_of_key = Counter(t.key for t in tags)
     c.check("distinct keys", len(streams_of_key), stated["distinct_keys"])
     c.check("keys in several streams", sum(n > 1 for n in streams_of_key.values()),

@@ -26,25 +26,25 @@ const TagStrings& StreamStrings::strings(TagStringTable (*tableGetter)(ETLanguag
 }
 
 const TagItem& StreamTags::item(std::size_t index) {
-  return items_[index].get([&] {
-    // Every item of the stream looks into one array of its choices, made with the first.
-    const auto& choices = choices_.get([&] {
-      std::vector<std::string_view> made;
-      made.reserve(choiceRows_.size());
-      for (const TextRef& choice : choiceRows_) {
-        made.push_back(choice.in(text_));
-      }
-      return made;
-    });
-    const TagRow& row = rows_[index];
-    const TagItem::Choices itemChoices =
-        std::span(choices).subspan(row.firstChoice, row.choiceCount);
-    return TagItemMaker::make(static_cast<int>(index), TagName(stream_, row.key.in(text_)),
-                              row.type, row.count, (row.flags & list) != 0,
-                              (row.flags & writable) != 0, (row.flags & flatten) != 0,
-                              (row.flags & binary) != 0, (row.flags & unsafe) != 0, itemChoices,
-                              strings_());
-  });
+  return items_[index]
+      .get([&] {
+        const TagRow& row = rows_[index];
+        std::vector<std::string_view> choices;
+        choices.reserve(row.choiceCount);
+        for (const TextRef& choice : choiceRows_.subspan(row.firstChoice, row.choiceCount)) {
+          choices.push_back(choice.in(text_));
+        }
+        // The vector's elements stay where they are when it moves into place.
+        const TagItem::Choices view(choices);
+        return BuiltItem{
+            std::move(choices),
+            TagItemMaker::make(static_cast<int>(index), TagName(stream_, row.key.in(text_)),
+                               row.type, row.count, (row.flags & list) != 0,
+                               (row.flags & writable) != 0, (row.flags & flatten) != 0,
+                               (row.flags & binary) != 0, (row.flags & unsafe) != 0, view,
+                               strings_())};
+      })
+      .item;
 }
 
 std::span<const TagItem* const> StreamTags::all() {

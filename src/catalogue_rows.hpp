@@ -103,11 +103,17 @@ private:
   Lazy<TagStrings> strings_;
 };
 
+// A tag built from its row, with the views of its choices that it looks at.
+struct BuiltItem {
+  std::vector<std::string_view> choices;
+  TagItem item;
+};
+
 // The tags of one stream: each item is built on its first use, the list of all on its own.
 class StreamTags {
 public:
   constexpr StreamTags(std::string_view stream, const char* text, std::span<const TagRow> rows,
-                       std::span<const TextRef> choices, std::span<Lazy<TagItem>> items,
+                       std::span<const TextRef> choices, std::span<Lazy<BuiltItem>> items,
                        const TagStrings& (*strings)())
       : stream_(stream), text_(text), rows_(rows), choiceRows_(choices), items_(items),
         strings_(strings) {}
@@ -120,9 +126,8 @@ private:
   const char* text_;
   std::span<const TagRow> rows_;
   std::span<const TextRef> choiceRows_;
-  std::span<Lazy<TagItem>> items_;
+  std::span<Lazy<BuiltItem>> items_;
   const TagStrings& (*strings_)();
-  Lazy<std::vector<std::string_view>> choices_;
   Lazy<std::vector<const TagItem*>> all_;
 };
 

@@ -29,7 +29,7 @@ void expectChildPasses(const std::string& filter,
       {test::testProgram().string(), "--gtest_filter=" + filter, "--gtest_also_run_disabled_tests"},
       changes);
   EXPECT_EQ(result.exitCode, 0) << result.output;
-  EXPECT_NE(result.output.find("[  PASSED  ]"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("[       OK ]"), std::string::npos) << result.output;
 }
 
 ETLanguage expectedLanguage() {

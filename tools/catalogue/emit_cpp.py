@@ -135,7 +135,7 @@ def _stream_source(stream, pool):
             out.append(f"    {{{pool.ref(key)}, {pool.ref(table[key])}}},")
         out.append("};")
     out.append(f"constinit detail::StreamStrings gStrings{s}(kText, {{{', '.join(tables)}}});")
-    out.append(f"constinit detail::Lazy<TagItem> gItems{s}[{len(stream.tags)}];")
+    out.append(f"constinit detail::Lazy<detail::BuiltItem> gItems{s}[{len(stream.tags)}];")
     choices = f"kChoices{s}" if choice_rows else "{}"
     out.append(f"constinit detail::StreamTags gTags{s}({cpp_string(stream.name)}, kText, kTags{s}, "
                f"{choices}, gItems{s}, &TagStringsCatalogue::strings{s});")

@@ -1,8 +1,8 @@
 // The catalogue's costs: building all of it, the first touch of one tag, and a text lookup.
 //
-// The first two happen once per process, so each iteration forks a child of this program
-// (which never touches the catalogue itself) and times the first use there; the child also
-// reports how much its resident memory grew.
+// The first uses happen once per process, so each iteration runs this program again as a
+// fresh process that times the first use and reports it, with the growth of its resident
+// memory over that use.
 //
 //   build/release/bench/lorvane-bench-catalogue --benchmark_repetitions=5
 
@@ -10,16 +10,21 @@
 
 #include <benchmark/benchmark.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
+#include <map>
+#include <string>
+#include <string_view>
 
 namespace {
 
 using namespace lorvane;
+
+constexpr std::string_view firstUseOption = "--first-use=";
 
 long residentBytes() {
   long pages = 0;
@@ -33,70 +38,64 @@ long residentBytes() {
   return resident * sysconf(_SC_PAGESIZE);
 }
 
-struct FirstUse {
-  double seconds;
-  long residentGrowth;
+// The first uses a fresh process measures, by name.
+const std::map<std::string_view, std::function<void()>> firstUses{
+    {"all-cases", [] { benchmark::DoNotOptimize(TagItem::allCases().size()); }},
+    {"one-tag", [] { benchmark::DoNotOptimize(&TagItem::itemEXIFOrientation()); }},
 };
 
-// Runs `use` once in a fresh child and measures it there.
-FirstUse measureInChild(const std::function<void()>& use) {
-  int channel[2];
-  if (pipe(channel) != 0) {
-    return {0, 0};
+// In the fresh process: prints the seconds and the resident growth of one first use.
+int measureFirstUse(std::string_view name, bool languageKnown) {
+  if (languageKnown) {
+    benchmark::DoNotOptimize(ETLanguage::local());
   }
-  const pid_t child = fork();
-  if (child == 0) {
-    close(channel[0]);
-    const long before = residentBytes();
-    const auto start = std::chrono::steady_clock::now();
-    use();
-    const auto end = std::chrono::steady_clock::now();
-    const FirstUse measured{std::chrono::duration<double>(end - start).count(),
-                            residentBytes() - before};
-    const bool sent = write(channel[1], &measured, sizeof measured) == sizeof measured;
-    _exit(sent ? 0 : 1);
-  }
-  close(channel[1]);
-  FirstUse measured{0, 0};
-  const bool received = read(channel[0], &measured, sizeof measured) == sizeof measured;
-  close(channel[0]);
-  waitpid(child, nullptr, 0);
-  return received ? measured : FirstUse{0, 0};
+  const long before = residentBytes();
+  const auto start = std::chrono::steady_clock::now();
+  firstUses.at(name)();
+  const auto end = std::chrono::steady_clock::now();
+  std::printf("%.9f %ld\n", std::chrono::duration<double>(end - start).count(),
+              residentBytes() - before);
+  return 0;
 }
 
-void runFirstUse(benchmark::State& state, const std::function<void()>& use) {
+void runFirstUse(benchmark::State& state, const std::string& name, bool languageKnown) {
+  const std::string command = "'" + std::filesystem::read_symlink("/proc/self/exe").string() +
+                              "' " + std::string(firstUseOption) + name +
+                              (languageKnown ? " --language-known" : "");
   double growth = 0;
   for (auto _ : state) {
-    const FirstUse measured = measureInChild(use);
-    state.SetIterationTime(measured.seconds);
-    growth += static_cast<double>(measured.residentGrowth);
+    double seconds = 0;
+    long grown = 0;
+    FILE* child = popen(command.c_str(), "r");
+    const bool read = child != nullptr && std::fscanf(child, "%lf %ld", &seconds, &grown) == 2;
+    if (child != nullptr) {
+      pclose(child);
+    }
+    if (!read) {
+      state.SkipWithError("the fresh process reported nothing");
+      return;
+    }
+    state.SetIterationTime(seconds);
+    growth += static_cast<double>(grown);
   }
   state.counters["rss_growth_MB"] =
       benchmark::Counter(growth / 1e6, benchmark::Counter::kAvgIterations);
 }
 
-void AllCasesInAFreshProcess(benchmark::State& state) {
-  runFirstUse(state, [] { benchmark::DoNotOptimize(TagItem::allCases().size()); });
-}
+void AllCasesInAFreshProcess(benchmark::State& state) { runFirstUse(state, "all-cases", false); }
 BENCHMARK(AllCasesInAFreshProcess)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
-// The user's language is read on the first touch of any tag; here it is known already.
-void FirstTouchOfOneTag(benchmark::State& state) {
-  benchmark::DoNotOptimize(ETLanguage::local());
-  runFirstUse(state, [] { benchmark::DoNotOptimize(&TagItem::itemEXIFOrientation()); });
-}
-BENCHMARK(FirstTouchOfOneTag)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(200);
+// The first touch of any tag reads the user's language; here it is known already.
+void FirstTouchOfOneTag(benchmark::State& state) { runFirstUse(state, "one-tag", true); }
+BENCHMARK(FirstTouchOfOneTag)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(100);
 
 void FirstTouchOfOneTagWithTheLanguageLookup(benchmark::State& state) {
-  runFirstUse(state, [] {
-    benchmark::DoNotOptimize(ETLanguage::local());
-    benchmark::DoNotOptimize(&TagItem::itemEXIFOrientation());
-  });
+  runFirstUse(state, "one-tag", false);
 }
 BENCHMARK(FirstTouchOfOneTagWithTheLanguageLookup)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond)
-    ->Iterations(200);
+    ->Iterations(100);
 
 // A hit in the first table asked: the local (German) one.
 void LocalizeHitInTheLocalTable(benchmark::State& state) {
@@ -129,4 +128,16 @@ BENCHMARK(LocalizeTitleOfTheBiggestStream);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  if (argc >= 2 && std::string_view(argv[1]).starts_with(firstUseOption)) {
+    const bool languageKnown = argc >= 3 && std::string_view(argv[2]) == "--language-known";
+    return measureFirstUse(std::string_view(argv[1]).substr(firstUseOption.size()), languageKnown);
+  }
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    return 1;
+  }
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

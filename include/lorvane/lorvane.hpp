@@ -4,4 +4,5 @@
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
 #include <lorvane/et_input.hpp>
+#include <lorvane/et_language.hpp>
 #include <lorvane/text.hpp>

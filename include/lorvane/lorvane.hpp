@@ -6,3 +6,11 @@
 #include <lorvane/et_input.hpp>
 #include <lorvane/et_language.hpp>
 #include <lorvane/text.hpp>
+
+#include <lorvane/canonical_text.hpp>
+#include <lorvane/tag_item.hpp>
+#include <lorvane/tag_key.hpp>
+#include <lorvane/tag_name.hpp>
+#include <lorvane/tag_stream.hpp>
+#include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_type.hpp>

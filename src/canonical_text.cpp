@@ -1,5 +1,7 @@
 #include <lorvane/canonical_text.hpp>
 
+#include "ascii_text.hpp"
+
 #include <unicode/bytestream.h>
 #include <unicode/normalizer2.h>
 #include <unicode/stringpiece.h>
@@ -13,9 +15,7 @@
 namespace lorvane {
 namespace {
 
-bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
+using detail::isAscii;
 
 bool isValidUtf8(std::string_view text) {
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {

@@ -2,12 +2,17 @@
 
 #include <cassert>
 
+#include "ascii_text.hpp"
+
 namespace lorvane {
 namespace {
 
+// The text is normalised once; an ASCII entry then only needs a byte compare with it.
 std::optional<std::size_t> firstPosition(TagItem::Choices choices, std::string_view text) {
+  const std::string canonicalText = canonicalForm(text);
   for (std::size_t position = 0; position < choices.size(); ++position) {
-    if (canonicallyEqual(choices[position], text)) {
+    const std::string_view entry = choices[position];
+    if (entry == canonicalText || (!detail::isAscii(entry) && canonicalForm(entry) == canonicalText)) {
       return position;
     }
   }

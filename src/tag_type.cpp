@@ -1,5 +1,7 @@
 #include <lorvane/tag_type.hpp>
 
+#include "ascii_text.hpp"
+
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
@@ -10,9 +12,7 @@
 namespace lorvane {
 namespace {
 
-bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
+using detail::isAscii;
 
 // Full Unicode lower-casing without a locale: a non-ASCII letter may lower-case to ASCII
 // (KELVIN SIGN gives "k"), so it can still name a format.

@@ -3,5 +3,7 @@
 // The whole public API of Lorvane: the run machinery, its options, the tag model and the
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
+#include <lorvane/atomic_queue.hpp>
 #include <lorvane/et_input.hpp>
+#include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>

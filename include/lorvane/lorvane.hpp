@@ -4,6 +4,9 @@
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
 #include <lorvane/atomic_queue.hpp>
+#include <lorvane/et_charset.hpp>
 #include <lorvane/et_input.hpp>
+#include <lorvane/et_language.hpp>
+#include <lorvane/et_path_filter.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>

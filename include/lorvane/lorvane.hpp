@@ -4,6 +4,7 @@
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
 #include <lorvane/arguments_maker.hpp>
+#include <lorvane/atomic_parsley.hpp>
 #include <lorvane/atomic_queue.hpp>
 #include <lorvane/et_charset.hpp>
 #include <lorvane/et_input.hpp>

@@ -3,6 +3,8 @@
 // The whole public API of Lorvane: the run machinery, its options, the tag model and the
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
+#include <lorvane/arguments_maker.hpp>
+#include <lorvane/atomic_parsley.hpp>
 #include <lorvane/atomic_queue.hpp>
 #include <lorvane/et_charset.hpp>
 #include <lorvane/et_input.hpp>

@@ -19,4 +19,6 @@ foreach(entry IN ITEMS perl exiftool perllib atomicparsley)
 endforeach()
 
 # Resources kept in the source tree (the Localizable tables) are copied beside the links.
-file(COPY "${PROJECT_SOURCE_DIR}/share/lorvane/" DESTINATION "${LORVANE_BUILD_RESOURCE_DIR}")
+if(EXISTS "${PROJECT_SOURCE_DIR}/share/lorvane")
+  file(COPY "${PROJECT_SOURCE_DIR}/share/lorvane/" DESTINATION "${LORVANE_BUILD_RESOURCE_DIR}")
+endif()

@@ -6,6 +6,8 @@
 #include <string>
 #include <system_error>
 
+#include <lorvane/et_settings.hpp>
+
 namespace lorvane::test {
 
 std::filesystem::path dataFolder() { return LORVANE_TEST_DATA_DIR; }
@@ -21,6 +23,26 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+SettingsGuard::SettingsGuard() {
+  const auto& settings = ETSettings::shared();
+  binariesFolder_ = settings.binariesFolderURL();
+  backupFolder_ = settings.backupFolderURL();
+  itemListLevel_ = settings.quickTimeItemListLevel();
+  userDataLevel_ = settings.quickTimeUserDataLevel();
+  keysLevel_ = settings.quickTimeKeysLevel();
+  extraArguments_ = settings.extraArguments();
+}
+
+SettingsGuard::~SettingsGuard() {
+  auto& settings = ETSettings::shared();
+  settings.setBinariesFolderURL(binariesFolder_);
+  settings.setBackupFolderURL(backupFolder_);
+  settings.setQuickTimeItemListLevel(itemListLevel_);
+  settings.setQuickTimeUserDataLevel(userDataLevel_);
+  settings.setQuickTimeKeysLevel(keysLevel_);
+  settings.setExtraArguments(extraArguments_);
 }
 
 }  // namespace lorvane::test

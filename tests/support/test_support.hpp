@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace lorvane::test {
 
@@ -19,6 +21,28 @@ public:
 
 private:
   std::filesystem::path path_;
+};
+
+}  // namespace lorvane::test
+
+namespace lorvane::test {
+
+// Remembers every value of ETSettings::shared() and puts them back when dropped, so a test
+// can change the process-wide settings without touching the tests after it.
+class SettingsGuard {
+public:
+  SettingsGuard();
+  ~SettingsGuard();
+  SettingsGuard(const SettingsGuard&) = delete;
+  SettingsGuard& operator=(const SettingsGuard&) = delete;
+
+private:
+  std::filesystem::path binariesFolder_;
+  std::filesystem::path backupFolder_;
+  int itemListLevel_;
+  int userDataLevel_;
+  int keysLevel_;
+  std::vector<std::string> extraArguments_;
 };
 
 }  // namespace lorvane::test

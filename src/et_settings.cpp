@@ -1,0 +1,98 @@
+#include <lorvane/et_settings.hpp>
+
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+
+#include "resource_folder.hpp"
+
+namespace lorvane {
+namespace {
+
+std::filesystem::path temporaryFolder() {
+  std::error_code error;
+  auto folder = std::filesystem::temp_directory_path(error);
+  return error ? std::filesystem::path("/tmp") : folder;
+}
+
+std::optional<std::filesystem::path> environmentPath(const char* name) {
+  const char* value = std::getenv(name);
+  if (value == nullptr || value[0] == '\0') {
+    return std::nullopt;
+  }
+  return std::filesystem::path(value);
+}
+
+// Where an application keeps its data for this user, the XDG way; nothing when unknown.
+std::optional<std::filesystem::path> userDataFolder() {
+  if (auto folder = environmentPath("XDG_DATA_HOME")) {
+    return folder;
+  }
+  if (auto home = environmentPath("HOME")) {
+    return *home / ".local" / "share";
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+ETSettings& ETSettings::shared() {
+  static ETSettings instance;
+  return instance;
+}
+
+ETSettings::ETSettings()
+    : nonAtomicBinariesFolderURL(resourceFolder() / "binaries") {
+  const auto dataFolder = userDataFolder();
+  nonAtomicBackupFolderURL = dataFolder ? *dataFolder / "org.lorvane.tag/Backup" : temporaryFolder();
+}
+
+std::filesystem::path ETSettings::binariesFolderURL() const {
+  return atomic.read([&] { return nonAtomicBinariesFolderURL; });
+}
+
+void ETSettings::setBinariesFolderURL(std::filesystem::path url) {
+  atomic.write([&] { nonAtomicBinariesFolderURL = std::move(url); });
+}
+
+std::filesystem::path ETSettings::backupFolderURL() const {
+  return atomic.read([&] { return nonAtomicBackupFolderURL; });
+}
+
+void ETSettings::setBackupFolderURL(std::filesystem::path url) {
+  atomic.write([&] { nonAtomicBackupFolderURL = std::move(url); });
+}
+
+int ETSettings::quickTimeItemListLevel() const {
+  return atomic.read([&] { return nonAtomicQuickTimeItemListLevel; });
+}
+
+void ETSettings::setQuickTimeItemListLevel(int level) {
+  atomic.write([&] { nonAtomicQuickTimeItemListLevel = level; });
+}
+
+int ETSettings::quickTimeUserDataLevel() const {
+  return atomic.read([&] { return nonAtomicQuickTimeUserDataLevel; });
+}
+
+void ETSettings::setQuickTimeUserDataLevel(int level) {
+  atomic.write([&] { nonAtomicQuickTimeUserDataLevel = level; });
+}
+
+int ETSettings::quickTimeKeysLevel() const {
+  return atomic.read([&] { return nonAtomicQuickTimeKeysLevel; });
+}
+
+void ETSettings::setQuickTimeKeysLevel(int level) {
+  atomic.write([&] { nonAtomicQuickTimeKeysLevel = level; });
+}
+
+std::vector<std::string> ETSettings::extraArguments() const {
+  return atomic.read([&] { return nonAtomicExtraArguments; });
+}
+
+void ETSettings::setExtraArguments(std::vector<std::string> arguments) {
+  atomic.write([&] { nonAtomicExtraArguments = std::move(arguments); });
+}
+
+}  // namespace lorvane

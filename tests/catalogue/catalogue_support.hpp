@@ -27,16 +27,10 @@ const std::map<std::string, const TagItem*, std::less<>>& itemsByName();
 // The seven language codes of the data files, in the order of ETLanguage::Case.
 std::string_view dataCode(ETLanguage language);
 
-// What a program printed on its standard output, and how it exited.
-struct ProgramResult {
-  int exitCode = -1;  // -1: it could not start or did not exit normally
-  std::string output;
-};
-
-// Runs a program (arguments[0] is its path) to its end. The environment is this process's
-// with `changes` applied: a name mapped to nothing is removed.
-ProgramResult runProgram(const std::vector<std::string>& arguments,
-                         const std::map<std::string, std::optional<std::string>>& changes = {});
+// Runs a program to its end and gives what it wrote to standard output. Its environment is
+// this process's with `changes` applied: a name mapped to nothing is removed.
+std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                          const std::map<std::string, std::optional<std::string>>& changes);
 
 // This test program's own path, to run some of its tests again in a child process.
 std::filesystem::path testProgram();

@@ -1,6 +1,6 @@
-// The lookups an application makes while it shows tags: localize (a hit in the local table, a
-// fallback to English, a miss) on string tables of 10,000 entries, and TagItem::index(choice)
-// on a list as long as the catalogue's longest (2,642 entries).
+// The lookups an application makes while it shows tags: localize (a hit in a local table of
+// 10,000 entries, a fallback to an English table of 20,000, a miss in both), and
+// TagItem::index(choice) on a list as long as the catalogue's longest (2,642 entries).
 
 #include <lorvane/lorvane.hpp>
 
@@ -16,7 +16,7 @@ using namespace lorvane;
 
 namespace {
 
-constexpr int tableSize = 10'000;
+constexpr int localTableSize = 10'000;
 
 // Owns the texts behind a table's sorted entries, the way the catalogue's constant arrays do.
 struct SortedTable {
@@ -51,11 +51,11 @@ SortedTable makeTable(int size, int step, const std::string& language) {
 
 // English holds every key; the local language every other one, as translations are partial.
 const SortedTable& english() {
-  static const SortedTable table = makeTable(tableSize, 1, "English");
+  static const SortedTable table = makeTable(2 * localTableSize, 1, "English");
   return table;
 }
 const SortedTable& local() {
-  static const SortedTable table = makeTable(tableSize, 2, "Local");
+  static const SortedTable table = makeTable(localTableSize, 2, "Local");
   return table;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
@@ -30,8 +31,12 @@ public:
 
   // The empty table.
   constexpr TagStringTable() = default;
-  // The entries must be sorted by key in byte order, each key once.
-  constexpr explicit TagStringTable(std::span<const Entry> sortedEntries) : entries_(sortedEntries) {}
+  // The entries must be sorted by key in byte order, each key once (a debug build checks).
+  constexpr explicit TagStringTable(std::span<const Entry> sortedEntries) : entries_(sortedEntries) {
+    assert(std::ranges::adjacent_find(sortedEntries, std::ranges::greater_equal{}, &Entry::key) ==
+               sortedEntries.end() &&
+           "TagStringTable: entries not sorted by key, or a key twice");
+  }
   explicit TagStringTable(const Map& map) : map_(&map) {}
   // A temporary map would be gone before the first lookup.
   explicit TagStringTable(const Map&& map) = delete;

@@ -52,6 +52,11 @@ TEST(TagStringTable, ConstantEntriesAndMapsAnswerAlike) {
   EXPECT_EQ(table.find("A:B"), "second");
 }
 
+TEST(TagStringTableDeathTest, DebugBuildsRefuseUnsortedEntries) {
+  constexpr std::array<TagStringTable::Entry, 2> unsorted{{{"b", "1"}, {"a", "2"}}};
+  EXPECT_DEBUG_DEATH(TagStringTable{unsorted}, "not sorted");
+}
+
 TEST(TagStrings, MakeIdJoinsWithColonsAndEscapesNothing) {
   EXPECT_EQ(TagStrings::makeID({"EXIF", "Orientation", "1"}), "EXIF:Orientation:1");
   EXPECT_EQ(TagStrings::makeID({"EXIF"}), "EXIF");

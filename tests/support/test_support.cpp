@@ -8,6 +8,11 @@
 
 #include <lorvane/et_settings.hpp>
 
+#include <fstream>
+
+#include "platform/child_process.hpp"
+#include "platform/pipe.hpp"
+
 namespace lorvane::test {
 
 std::filesystem::path dataFolder() { return LORVANE_TEST_DATA_DIR; }
@@ -43,6 +48,50 @@ SettingsGuard::~SettingsGuard() {
   settings.setQuickTimeUserDataLevel(userDataLevel_);
   settings.setQuickTimeKeysLevel(keysLevel_);
   settings.setExtraArguments(extraArguments_);
+}
+
+namespace {
+
+std::vector<std::string> withTool(const std::vector<std::string>& arguments) {
+  std::vector<std::string> all{"exiftool"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return all;
+}
+
+}  // namespace
+
+std::string exifTool(const std::vector<std::string>& arguments) {
+  auto output = platform::makePipe();
+  platform::ChildProcess child(platform::LaunchOptions{.executable = "/usr/bin/env",
+                                                       .arguments = withTool(arguments),
+                                                       .standardOutput = output.writeEnd.get()});
+  output.writeEnd.close();
+  if (!child.isStarted()) {
+    throw std::runtime_error(*child.failure());
+  }
+  const auto bytes = platform::readToEnd(output.readEnd.get());
+  child.waitForExit();
+  return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name) {
+  const auto path = folder / name;
+  std::filesystem::copy_file(dataFolder() / "plain.jpg", path);
+  return path;
+}
+
+FakeTool::FakeTool(std::string_view perlScript, Interpreter interpreter)
+    : folder_(root_.path() / "bin \"folder\"") {
+  std::filesystem::create_directory(folder_);
+  const auto& realBinaries = settings_.binariesFolder();
+  if (interpreter == Interpreter::present) {
+    std::filesystem::create_symlink(std::filesystem::canonical(realBinaries / "perl"),
+                                    folder() / "perl");
+  }
+  std::filesystem::create_directory_symlink(std::filesystem::canonical(realBinaries / "perllib"),
+                                            folder() / "perllib");
+  std::ofstream(folder() / "exiftool") << perlScript;
+  ETSettings::shared().setBinariesFolderURL(folder());
 }
 
 }  // namespace lorvane::test

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lorvane {
@@ -25,6 +26,38 @@ struct ETInput {
   Handler onProgressHandler;
   // On the caller's thread, after the tool has exited and both streams are drained.
   Handler onEndHandler;
+
+  // Named options of one tool command; see <lorvane/arguments_maker.hpp>.
+  struct ArgumentsMaker;
+
+  // Lets `block` fill a fresh maker and appends what it makes to `arguments`. A block that
+  // changes nothing still appends the default options.
+  void addArguments(const std::function<void(ArgumentsMaker&)>& block);
+
+  // The same for each element, in order, each with a fresh maker of its own, and one append of
+  // the whole at the end; an empty list appends nothing. The commands run together into one
+  // unless the block sets `forceExecute`.
+  template <class Elements, class Block>
+  void addArguments(const Elements& elements, Block&& block);
 };
 
+namespace detail {
+// Fills a fresh maker through `block` and appends what it makes to `list`.
+void appendMade(std::vector<std::string>& list,
+                const std::function<void(ETInput::ArgumentsMaker&)>& block);
+}  // namespace detail
+
+template <class Elements, class Block>
+void ETInput::addArguments(const Elements& elements, Block&& block) {
+  std::vector<std::string> made;
+  for (const auto& element : elements) {
+    detail::appendMade(made, [&](ArgumentsMaker& maker) { block(element, maker); });
+  }
+  arguments.insert(arguments.end(), std::make_move_iterator(made.begin()),
+                   std::make_move_iterator(made.end()));
+}
+
 }  // namespace lorvane
+
+// The maker's fields, so that either header gives the whole of ETInput.
+#include <lorvane/arguments_maker.hpp>

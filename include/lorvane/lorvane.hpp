@@ -3,6 +3,8 @@
 // The whole public API of Lorvane: the run machinery, its options, the tag model and the
 // catalogue. Add <lorvane/json.hpp> for the serialised forms.
 
+#include <lorvane/arguments_maker.hpp>
+#include <lorvane/atomic_parsley.hpp>
 #include <lorvane/atomic_queue.hpp>
 #include <lorvane/et_charset.hpp>
 #include <lorvane/et_error.hpp>
@@ -13,3 +15,11 @@
 #include <lorvane/et_process.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>
+
+#include <lorvane/canonical_text.hpp>
+#include <lorvane/tag_item.hpp>
+#include <lorvane/tag_key.hpp>
+#include <lorvane/tag_name.hpp>
+#include <lorvane/tag_stream.hpp>
+#include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_type.hpp>

@@ -9,11 +9,11 @@
 #include <mutex>
 #include <thread>
 
+#include "outside_tool.hpp"
 #include "test_support.hpp"
 
 using namespace lorvane;
 using lorvane::test::copyOfPlainJpeg;
-using lorvane::test::exifTool;
 using lorvane::test::TemporaryFolder;
 
 namespace {
@@ -30,7 +30,7 @@ std::vector<std::byte> fileBytes(const std::filesystem::path& path) {
 TEST(ETProcess, ReadsTheTagsOfARealJpegAsJson) {
   TemporaryFolder folder;
   const auto photo = copyOfPlainJpeg(folder.path(), "tagged photo.jpg");
-  exifTool({"-q", "-overwrite_original", "-EXIF:Make=DemoCam", "-XMP-dc:Title=Demo title",
+  lorvane::test::outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-EXIF:Make=DemoCam", "-XMP-dc:Title=Demo title",
             "-IPTC:Keywords=kw1", photo.string()});
 
   ETInput input;
@@ -148,7 +148,7 @@ TEST(ETProcess, AnEmbeddedPreviewComesBackByteExact) {
   TemporaryFolder folder;
   const auto photo = copyOfPlainJpeg(folder.path(), "with preview.jpg");
   const auto preview = lorvane::test::dataFolder() / "plain.jpg";
-  exifTool({"-q", "-overwrite_original", "-ThumbnailImage<=" + preview.string(), photo.string()});
+  lorvane::test::outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-ThumbnailImage<=" + preview.string(), photo.string()});
 
   ETInput input;
   input.arguments = {"-b", "-ThumbnailImage", photo.string()};

@@ -10,8 +10,6 @@
 
 #include <fstream>
 
-#include "platform/child_process.hpp"
-#include "platform/pipe.hpp"
 
 namespace lorvane::test {
 
@@ -48,30 +46,6 @@ SettingsGuard::~SettingsGuard() {
   settings.setQuickTimeUserDataLevel(userDataLevel_);
   settings.setQuickTimeKeysLevel(keysLevel_);
   settings.setExtraArguments(extraArguments_);
-}
-
-namespace {
-
-std::vector<std::string> withTool(const std::vector<std::string>& arguments) {
-  std::vector<std::string> all{"exiftool"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return all;
-}
-
-}  // namespace
-
-std::string exifTool(const std::vector<std::string>& arguments) {
-  auto output = platform::makePipe();
-  platform::ChildProcess child(platform::LaunchOptions{.executable = "/usr/bin/env",
-                                                       .arguments = withTool(arguments),
-                                                       .standardOutput = output.writeEnd.get()});
-  output.writeEnd.close();
-  if (!child.isStarted()) {
-    throw std::runtime_error(*child.failure());
-  }
-  const auto bytes = platform::readToEnd(output.readEnd.get());
-  child.waitForExit();
-  return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
 std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name) {

@@ -53,10 +53,6 @@ private:
 
 namespace lorvane::test {
 
-// Runs this machine's ExifTool directly (not through Lorvane) with `arguments`, for preparing
-// sample files; gives its standard output. Throws when it can't be started.
-std::string exifTool(const std::vector<std::string>& arguments);
-
 // A copy of tests/data/plain.jpg (64x48, no tags) in `folder`, named `name`.
 std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name);
 

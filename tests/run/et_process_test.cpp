@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <mutex>
@@ -94,11 +95,16 @@ TEST(ETProcess, WritingRunsOnOneInstanceGiveNoChangesNothingToWriteAndMovesInOrd
   EXPECT_FALSE(output.isRunning);
   EXPECT_NO_THROW(output.throwIfErrors());
   EXPECT_TRUE(output.binaryData.empty());
-  // The tool names the sidecar's would-be move before it finds nothing to write.
   ASSERT_EQ(output.processLogs.size(), 4u);
   EXPECT_EQ(std::get<ETOutput::NoChanges>(output.processLogs[0]).path, untouched.string());
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(output.processLogs[1]).from, sidecar.string());
-  EXPECT_EQ(std::get<ETOutput::NothingToWrite>(output.processLogs[2]).path, sidecar.string());
+  // The sidecar's would-be move (standard output) and the error that nothing was written
+  // (standard error) come from two streams, in no fixed order.
+  const auto& sidecarLogs = std::span(output.processLogs).subspan(1, 2);
+  const auto nothingToWrite = std::ranges::find_if(sidecarLogs, [](const auto& log) {
+    return std::holds_alternative<ETOutput::NothingToWrite>(log);
+  });
+  ASSERT_NE(nothingToWrite, sidecarLogs.end());
+  EXPECT_EQ(std::get<ETOutput::NothingToWrite>(*nothingToWrite).path, sidecar.string());
   const auto& move = std::get<ETOutput::FileMoved>(output.processLogs[3]);
   EXPECT_EQ(move.from, moving.string());
   EXPECT_EQ(move.to, renamed.string());

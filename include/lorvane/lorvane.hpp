@@ -12,3 +12,11 @@
 #include <lorvane/et_path_filter.hpp>
 #include <lorvane/et_settings.hpp>
 #include <lorvane/text.hpp>
+
+#include <lorvane/canonical_text.hpp>
+#include <lorvane/tag_item.hpp>
+#include <lorvane/tag_key.hpp>
+#include <lorvane/tag_name.hpp>
+#include <lorvane/tag_stream.hpp>
+#include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_type.hpp>

@@ -1,0 +1,98 @@
+#include "catalogue_rows.hpp"
+
+#include "tag_item_maker.hpp"
+
+namespace lorvane::detail {
+
+TagStringTable StreamStrings::table(ETLanguage language) {
+  const auto which = static_cast<std::size_t>(language.value());
+  const std::span<const StringRow> rows = rows_[which];
+  if (rows.empty()) {
+    return {};
+  }
+  const auto& entries = tables_[which].get([&] {
+    std::vector<TagStringTable::Entry> made;
+    made.reserve(rows.size());
+    for (const StringRow& row : rows) {
+      made.push_back({row.key.in(text_), row.text.in(text_)});
+    }
+    return made;
+  });
+  return TagStringTable(entries);
+}
+
+const TagStrings& StreamStrings::strings(TagStringTable (*tableGetter)(ETLanguage)) {
+  return strings_.get([&] { return TagStrings(tableGetter); });
+}
+
+const TagItem& StreamTags::item(std::size_t index) {
+  return items_[index]
+      .get([&] {
+        const TagRow& row = rows_[index];
+        std::vector<std::string_view> choices;
+        choices.reserve(row.choiceCount);
+        for (const TextRef& choice : choiceRows_.subspan(row.firstChoice, row.choiceCount)) {
+          choices.push_back(choice.in(text_));
+        }
+        // The vector's elements stay where they are when it moves into place.
+        const TagItem::Choices view(choices);
+        return BuiltItem{
+            std::move(choices),
+            TagItemMaker::make(static_cast<int>(index), TagName(stream_, row.key.in(text_)),
+                               row.type, row.count, (row.flags & list) != 0,
+                               (row.flags & writable) != 0, (row.flags & flatten) != 0,
+                               (row.flags & binary) != 0, (row.flags & unsafe) != 0, view,
+                               strings_())};
+      })
+      .item;
+}
+
+std::span<const TagItem* const> StreamTags::all() {
+  return all_.get([&] {
+    std::vector<const TagItem*> made;
+    made.reserve(rows_.size());
+    for (std::size_t index = 0; index < rows_.size(); ++index) {
+      made.push_back(&item(index));
+    }
+    return made;
+  });
+}
+
+const TagStream& StreamIndex::stream(std::size_t position) {
+  return streams_[position].get([&] { return TagStream(names_[position]); });
+}
+
+std::span<const TagStream> StreamIndex::allCases() {
+  return allCases_.get([&] {
+    std::vector<TagStream> made;
+    made.reserve(withTags_);
+    for (std::size_t position = 0; position < withTags_; ++position) {
+      made.push_back(stream(position));
+    }
+    return made;
+  });
+}
+
+std::span<const TagStream> StreamIndex::makerStreams() {
+  return makerStreams_.get([&] {
+    std::vector<TagStream> made;
+    made.reserve(makers_.size());
+    for (const std::uint8_t position : makers_) {
+      made.push_back(stream(position));
+    }
+    return made;
+  });
+}
+
+std::span<const TagItem* const> ItemIndex::all() {
+  return all_.get([&] {
+    std::vector<const TagItem*> made;
+    for (const StreamList list : lists_) {
+      const auto items = list();
+      made.insert(made.end(), items.begin(), items.end());
+    }
+    return made;
+  });
+}
+
+}  // namespace lorvane::detail

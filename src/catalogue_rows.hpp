@@ -1,0 +1,170 @@
+#pragma once
+
+// The building blocks of the generated catalogue (src/generated/*.cpp): the shapes of its
+// constant rows, and the objects that turn them into TagItem, TagStrings and TagStringTable
+// values on first use.
+//
+// Rows hold no pointers: every string is an offset and a size into one character array per
+// translation unit. A shared library with some 200,000 string_views in constant data would
+// have the dynamic loader patch each of them at every load (relocations), dirtying megabytes
+// before anyone asks for a tag; offsets cost nothing until a table or tag is built.
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include <lorvane/et_language.hpp>
+#include <lorvane/tag_item.hpp>
+#include <lorvane/tag_stream.hpp>
+#include <lorvane/tag_strings.hpp>
+#include <lorvane/tag_type.hpp>
+
+namespace lorvane::detail {
+
+// A value made on first use, exactly once also when first uses race (latecomers wait for it),
+// and never destroyed: catalogue constants live to the end of the process, and no static
+// destructor may pull them from under another one. Constant-initialised, so it costs nothing
+// at load time.
+template <class T>
+class Lazy {
+public:
+  constexpr Lazy() = default;
+  Lazy(const Lazy&) = delete;
+  Lazy& operator=(const Lazy&) = delete;
+
+  template <class Make>
+  const T& get(Make&& make) {
+    if (const T* value = value_.load(std::memory_order_acquire)) {
+      return *value;
+    }
+    std::call_once(once_, [&] { value_.store(new T(make()), std::memory_order_release); });
+    return *value_.load(std::memory_order_acquire);
+  }
+
+private:
+  std::once_flag once_;
+  std::atomic<const T*> value_{nullptr};
+};
+
+// A string of a translation unit's text array.
+struct TextRef {
+  std::uint32_t offset;
+  std::uint32_t size;
+
+  constexpr std::string_view in(const char* text) const { return {text + offset, size}; }
+};
+
+// One entry of a string table: text key and text.
+struct StringRow {
+  TextRef key;
+  TextRef text;
+};
+
+enum TagFlag : std::uint8_t {
+  list = 1,
+  writable = 2,
+  flatten = 4,
+  binary = 8,
+  unsafe = 16,
+};
+
+// One tag; its choices are `choiceCount` rows of the stream's choice rows from `firstChoice`.
+struct TagRow {
+  TextRef key;
+  TagType type;
+  std::uint8_t flags;
+  std::int32_t count;
+  std::uint32_t firstChoice;
+  std::uint32_t choiceCount;
+};
+
+// The seven tables of one stream, in the order of ETLanguage::Case; an empty span is a
+// language without a table.
+using StringTableRows = std::array<std::span<const StringRow>, 7>;
+
+// The texts of one stream: each language's table is built on its first use, and the stream's
+// TagStrings asks for two of them at most (the local one and English).
+class StreamStrings {
+public:
+  constexpr StreamStrings(const char* text, StringTableRows tables) : text_(text), rows_(tables) {}
+
+  TagStringTable table(ETLanguage language);
+  const TagStrings& strings(TagStringTable (*tableGetter)(ETLanguage));
+
+private:
+  const char* text_;
+  StringTableRows rows_;
+  std::array<Lazy<std::vector<TagStringTable::Entry>>, 7> tables_;
+  Lazy<TagStrings> strings_;
+};
+
+// A tag built from its row, with the views of its choices that it looks at.
+struct BuiltItem {
+  std::vector<std::string_view> choices;
+  TagItem item;
+};
+
+// The tags of one stream: each item is built on its first use, the list of all on its own.
+class StreamTags {
+public:
+  constexpr StreamTags(std::string_view stream, const char* text, std::span<const TagRow> rows,
+                       std::span<const TextRef> choices, std::span<Lazy<BuiltItem>> items,
+                       const TagStrings& (*strings)())
+      : stream_(stream), text_(text), rows_(rows), choiceRows_(choices), items_(items),
+        strings_(strings) {}
+
+  const TagItem& item(std::size_t index);
+  std::span<const TagItem* const> all();
+
+private:
+  std::string_view stream_;
+  const char* text_;
+  std::span<const TagRow> rows_;
+  std::span<const TextRef> choiceRows_;
+  std::span<Lazy<BuiltItem>> items_;
+  const TagStrings& (*strings_)();
+  Lazy<std::vector<const TagItem*>> all_;
+};
+
+// The stream constants: each built on its first use; the two lists copy them on theirs.
+class StreamIndex {
+public:
+  // `names` holds the streams with tags first, `withTags` of them, then those without;
+  // `makers` holds positions in `names`.
+  constexpr StreamIndex(std::span<const std::string_view> names, std::size_t withTags,
+                        std::span<const std::uint8_t> makers, std::span<Lazy<TagStream>> streams)
+      : names_(names), withTags_(withTags), makers_(makers), streams_(streams) {}
+
+  const TagStream& stream(std::size_t position);
+  std::span<const TagStream> allCases();
+  std::span<const TagStream> makerStreams();
+
+private:
+  std::span<const std::string_view> names_;
+  std::size_t withTags_;
+  std::span<const std::uint8_t> makers_;
+  std::span<Lazy<TagStream>> streams_;
+  Lazy<std::vector<TagStream>> allCases_;
+  Lazy<std::vector<TagStream>> makerStreams_;
+};
+
+using StreamList = std::span<const TagItem* const> (*)();
+
+// TagItem::allCases(): every stream's list, joined in stream order.
+class ItemIndex {
+public:
+  constexpr explicit ItemIndex(std::span<const StreamList> lists) : lists_(lists) {}
+
+  std::span<const TagItem* const> all();
+
+private:
+  std::span<const StreamList> lists_;
+  Lazy<std::vector<const TagItem*>> all_;
+};
+
+}  // namespace lorvane::detail

@@ -1,0 +1,154 @@
+// The catalogue's frame: its named constants, lists and tables, and their once-only building.
+
+#include "catalogue_support.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace lorvane;
+
+TEST(CatalogueFrame, AllCasesRunsFromAFCPToZIPWithEachStreamFromIndexZero) {
+  const auto all = TagItem::allCases();
+  ASSERT_EQ(all.size(), 19687u);
+  EXPECT_EQ(all.front()->stream(), TagStream::streamAFCP());
+  EXPECT_EQ(all.back()->stream(), TagStream::streamZIP());
+  const auto streams = TagStream::allCases();
+  std::size_t position = 0;
+  for (const TagStream& stream : streams) {
+    SCOPED_TRACE(stream.rawValue());
+    ASSERT_LT(position, all.size());
+    EXPECT_EQ(all[position]->stream(), stream);
+    for (int index = 0; position < all.size() && all[position]->stream() == stream; ++index) {
+      EXPECT_EQ(all[position]->index(), index);
+      ++position;
+    }
+  }
+  EXPECT_EQ(position, all.size());
+}
+
+TEST(CatalogueFrame, StreamListsAreSlicesOfAllCasesAndHoldTheNamedConstants) {
+  const auto exif = TagItem::allStreamsEXIF();
+  ASSERT_EQ(exif.size(), 614u);
+  EXPECT_EQ(exif[26], &TagItem::itemEXIFOrientation());
+  const auto all = TagItem::allCases();
+  const auto first = std::ranges::find(all, exif.front());
+  ASSERT_NE(first, all.end());
+  EXPECT_TRUE(std::equal(exif.begin(), exif.end(), first));
+  EXPECT_EQ(TagItem::allStreamsZIP().back(), all.back());
+  // A constant is one object for the life of the process.
+  EXPECT_EQ(&TagItem::itemEXIFOrientation(), &TagItem::itemEXIFOrientation());
+  EXPECT_EQ(TagItem::allCases().data(), all.data());
+  std::set<TagName> names;
+  for (const TagItem* item : all) {
+    names.insert(item->name());
+  }
+  EXPECT_EQ(names.size(), all.size());
+}
+
+TEST(CatalogueFrame, StreamsInByteOrderWithMakerStreamsApart) {
+  const auto streams = TagStream::allCases();
+  ASSERT_EQ(streams.size(), 141u);
+  EXPECT_TRUE(std::ranges::is_sorted(streams, {}, &TagStream::rawValue));
+  const auto before = [&](std::string_view a, std::string_view b) {
+    const auto at = [&](std::string_view name) {
+      return std::ranges::find(streams, name, &TagStream::rawValue) - streams.begin();
+    };
+    return at(a) < at(b);
+  };
+  EXPECT_TRUE(before("APP15", "APP2"));
+  EXPECT_TRUE(before("ASF", "AdobeDNG"));
+  EXPECT_EQ(std::ranges::count(streams, TagStream::streamIFD0()), 0);
+  EXPECT_EQ(std::ranges::count(streams, TagStream::empty), 0);
+
+  const auto makers = TagStream::makerStreams();
+  ASSERT_EQ(makers.size(), 45u);
+  EXPECT_EQ(makers.front(), TagStream::streamAdobeDNG());
+  EXPECT_EQ(makers.back(), TagStream::streamSonyIDC());
+  EXPECT_EQ(std::ranges::count(makers, TagStream::streamIFD0()), 1);
+  EXPECT_EQ(std::ranges::count(makers, TagStream::streamMakerNotes()), 0);
+}
+
+TEST(CatalogueFrame, StreamConstantsCarryRawNames) {
+  EXPECT_EQ(TagStream::streamSRF_().rawValue(), "SRF#");
+  EXPECT_EQ(TagStream::streamKDC_IFD().rawValue(), "KDC_IFD");
+  EXPECT_EQ(TagStream::streamMakerNotes().rawValue(), "MakerNotes");
+  EXPECT_EQ(TagStream::streamEXIF().rawValue(), "EXIF");
+  for (const TagItem* item : TagItem::allStreamsSRF_()) {
+    EXPECT_TRUE(item->strings().defaultTable().find("SRF#:" + item->key().rawValue()))
+        << item->name();
+  }
+  EXPECT_EQ(TagItem::itemSRF_SRFDataOffset().name().rawValue(), "SRF#:SRFDataOffset");
+}
+
+TEST(CatalogueFrame, StreamsWithoutTagsHaveEmptyTablesInEveryLanguage) {
+  for (ETLanguage language : ETLanguage::allCases()) {
+    SCOPED_TRACE(language.rawValue());
+    EXPECT_TRUE(TagStrings::stringTableIFD0(language).empty());
+    EXPECT_TRUE(TagStrings::stringTableOgg(language).empty());
+    EXPECT_TRUE(TagStrings::stringTableSR2SubIFD(language).empty());
+  }
+  EXPECT_EQ(TagStrings::stringsOgg().localize({"Ogg", "Anything"}), "Ogg:Anything");
+  EXPECT_TRUE(TagStrings::stringsIFD0().defaultTable().empty());
+}
+
+TEST(CatalogueFrame, APP0HasEnglishAndItalianTablesOnly) {
+  for (ETLanguage language : ETLanguage::allCases()) {
+    const bool hasTable = language == ETLanguage::english || language == ETLanguage::italian;
+    EXPECT_EQ(TagStrings::stringTableAPP0(language).empty(), !hasTable) << language;
+  }
+  EXPECT_EQ(TagStrings::stringTableAPP0(ETLanguage::english).size(), 5u);
+  EXPECT_EQ(TagStrings::stringTableAPP0(ETLanguage::italian).size(), 1u);
+  // The same table is handed out each time: a view of data built once.
+  EXPECT_EQ(TagStrings::stringTableEXIF(ETLanguage::german).find("EXIF:Orientation"),
+            "Ausrichtung");
+}
+
+TEST(CatalogueFrame, KeysDifferingInAHyphenAreTwoTags) {
+  const TagItem& plain = TagItem::itemNikonCustomAFOnButton();
+  const TagItem& hyphen = TagItem::itemNikonCustomAF_OnButton();
+  EXPECT_NE(&plain, &hyphen);
+  EXPECT_EQ(plain.key().rawValue(), "AFOnButton");
+  EXPECT_EQ(hyphen.key().rawValue(), "AF-OnButton");
+  EXPECT_EQ(hyphen.key().safeValue(), "AF_OnButton");
+  EXPECT_NE(plain.choices().size(), hyphen.choices().size());
+  EXPECT_EQ(TagItem::itemMetaUUID_Unknown().key().rawValue(), "UUID-Unknown");
+  EXPECT_EQ(TagItem::itemCanonCustomShutter_AELock().name().rawValue(),
+            "CanonCustom:Shutter-AELock");
+}
+
+TEST(CatalogueFrame, ItemsOfAStreamShareOneTagStrings) {
+  const TagStrings& strings = TagStrings::stringsCanon();
+  for (const TagItem* item : TagItem::allStreamsCanon()) {
+    ASSERT_EQ(&item->strings(), &strings) << item->name();
+  }
+  EXPECT_NE(&TagItem::itemEXIFOrientation().strings(), &strings);
+}
+
+TEST(CatalogueFrame, FirstUsesThatRaceGetOneObject) {
+  // Streams nobody else in this program touches, so that the threads meet on first use.
+  std::vector<const TagItem*> items(8);
+  std::vector<const TagStrings*> strings(8);
+  std::vector<const TagItem* const*> lists(8);
+  std::vector<std::thread> threads;
+  for (std::size_t thread = 0; thread < items.size(); ++thread) {
+    threads.emplace_back([&, thread] {
+      items[thread] = &TagItem::itemRicohFacesDetected();
+      strings[thread] = &TagStrings::stringsRicoh();
+      lists[thread] = TagItem::allStreamsRicoh().data();
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (std::size_t thread = 1; thread < items.size(); ++thread) {
+    EXPECT_EQ(items[thread], items[0]);
+    EXPECT_EQ(strings[thread], strings[0]);
+    EXPECT_EQ(lists[thread], lists[0]);
+  }
+  EXPECT_EQ(&items[0]->strings(), strings[0]);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <lorvane/lorvane.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lorvane::test {
+
+// The totals the catalogue states about itself (data/catalogue/stated-totals.json): a
+// transcription of its own statements, which the generator checks its input against and
+// these tests check the built library against.
+const nlohmann::json& statedTotals();
+
+// The catalogue's rows as given (data/catalogue/rows.json), for the shared value tables.
+const nlohmann::json& catalogueRows();
+
+// Every item of the catalogue by its raw name ("EXIF:Orientation").
+const std::map<std::string, const TagItem*, std::less<>>& itemsByName();
+
+// The seven language codes of the data files, in the order of ETLanguage::Case.
+std::string_view dataCode(ETLanguage language);
+
+// Runs a program to its end and gives what it wrote to standard output. Its environment is
+// this process's with `changes` applied: a name mapped to nothing is removed.
+std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                          const std::map<std::string, std::optional<std::string>>& changes);
+
+// This test program's own path, to run some of its tests again in a child process.
+std::filesystem::path testProgram();
+
+}  // namespace lorvane::test

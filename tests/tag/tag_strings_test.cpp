@@ -1,0 +1,122 @@
+#include <lorvane/lorvane.hpp>
+
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+
+#include <array>
+#include <iostream>
+#include <vector>
+
+using namespace lorvane;
+
+namespace {
+
+// A slice of the stream "EXIF". German has no entry whose text equals the English one.
+const TagStringTable::Map englishExif{
+    {"EXIF:Orientation", "Orientation"},
+    {"EXIF:Orientation:1", "Horizontal (normal)"},
+    {"EXIF:Orientation:2", "Mirror horizontal"},
+    {"ICC_Profile:ProfileCMMType:", ""},
+};
+const TagStringTable::Map germanExif{
+    {"EXIF:Orientation", "Ausrichtung"},
+    {"EXIF:Orientation:2", "Horizontal gespiegelt"},
+};
+// The English slice as constant data sorted by key, as the catalogue holds its tables.
+constexpr std::array<TagStringTable::Entry, 4> englishEntries{{
+    {"EXIF:Orientation", "Orientation"},
+    {"EXIF:Orientation:1", "Horizontal (normal)"},
+    {"EXIF:Orientation:2", "Mirror horizontal"},
+    {"ICC_Profile:ProfileCMMType:", ""},
+}};
+
+}  // namespace
+
+TEST(TagStringTable, ConstantEntriesAndMapsAnswerAlike) {
+  for (const TagStringTable& table : {TagStringTable(englishEntries), TagStringTable(englishExif)}) {
+    EXPECT_EQ(table.size(), 4u);
+    EXPECT_EQ(table.find("EXIF:Orientation"), "Orientation");
+    EXPECT_EQ(table.find("EXIF:Orientation:2"), "Mirror horizontal");
+    EXPECT_EQ(table.find("ICC_Profile:ProfileCMMType:"), "");  // found, and empty
+    for (const std::string_view missing : {"EXIF:Orientation:", "EXIF", "", "ZZZ"}) {
+      EXPECT_FALSE(table.find(missing)) << missing;
+    }
+  }
+  EXPECT_TRUE(TagStringTable().empty());
+
+  // A view, not a copy: it sees the map as it is now.
+  TagStringTable::Map map{{"A:B", "first"}};
+  const TagStringTable table(map);
+  map["A:B"] = "second";
+  EXPECT_EQ(table.find("A:B"), "second");
+}
+
+TEST(TagStringTableDeathTest, DebugBuildsRefuseUnsortedEntries) {
+  constexpr std::array<TagStringTable::Entry, 2> unsorted{{{"b", "1"}, {"a", "2"}}};
+  EXPECT_DEBUG_DEATH(TagStringTable{unsorted}, "not sorted");
+}
+
+TEST(TagStrings, MakeIdJoinsWithColonsAndEscapesNothing) {
+  EXPECT_EQ(TagStrings::makeID({"EXIF", "Orientation", "1"}), "EXIF:Orientation:1");
+  EXPECT_EQ(TagStrings::makeID({"EXIF"}), "EXIF");
+  EXPECT_EQ(TagStrings::makeID({}), "");
+  EXPECT_EQ(TagStrings::makeID({"XMP", "Permits", "cc:Sharing"}),
+            TagStrings::makeID({"XMP", "Permits", "cc", "Sharing"}));
+}
+
+TEST(TagStrings, LocalizesFromTheLocalTableThenEnglishThenTheId) {
+  const TagStrings strings{TagStringTable(germanExif), TagStringTable(englishExif)};
+  EXPECT_EQ(strings.localize({"EXIF", "Orientation"}), "Ausrichtung");
+  EXPECT_EQ(strings.localize({"EXIF", "Orientation", "2"}), "Horizontal gespiegelt");
+  EXPECT_EQ(strings.localize({"EXIF", "Orientation", "1"}), "Horizontal (normal)");
+  EXPECT_EQ(strings.localize({"EXIF", "Orientation", "9"}), "EXIF:Orientation:9");
+  EXPECT_EQ(strings.localize({"EXIF"}), "EXIF");
+  EXPECT_EQ(strings.localize({}), "");
+  EXPECT_EQ(strings.localize({"ICC_Profile", "ProfileCMMType", ""}), "");  // no fallback
+  const std::array<std::string_view, 3> parts{"EXIF:Orientation", "2"};
+  EXPECT_EQ(strings.localize(std::span(parts.data(), 2)), "Horizontal gespiegelt");
+
+  const TagStrings englishOnly{std::nullopt, TagStringTable(englishEntries)};
+  EXPECT_FALSE(englishOnly.localTable());
+  EXPECT_EQ(englishOnly.localize({"EXIF", "Orientation"}), "Orientation");
+  const TagStrings none{std::nullopt, TagStringTable()};
+  EXPECT_EQ(none.localize({"XMP", "Permits", "cc:Sharing"}), "XMP:Permits:cc:Sharing");
+}
+
+// ETLanguage::local() is settled once per process from the language settings, so each
+// language runs in a child process of its own, started afresh with only these settings.
+namespace {
+
+[[noreturn]] void makeStringsAndExit(const char* locale, const std::vector<ETLanguage>& expected,
+                                     std::string_view expectedTitle) {
+  unsetenv("LANGUAGE");
+  unsetenv("LC_MESSAGES");
+  unsetenv("LANG");
+  setenv("LC_ALL", locale, 1);
+  std::vector<ETLanguage> asked;
+  const TagStrings strings([&](ETLanguage language) {
+    asked.push_back(language);
+    return language == ETLanguage::german    ? TagStringTable(germanExif)
+           : language == ETLanguage::english ? TagStringTable(englishExif)
+                                             : TagStringTable();
+  });
+  const std::string title = strings.localize({"EXIF", "Orientation"});
+  const std::string label = strings.localize({"EXIF", "Orientation", "1"});
+  if (asked != expected || strings.localTable().has_value() != (expected.size() == 2) ||
+      title != expectedTitle || label != "Horizontal (normal)") {
+    std::cerr << "asked " << asked.size() << " times; \"" << title << "\", \"" << label << "\"\n";
+    std::exit(1);
+  }
+  std::exit(0);
+}
+
+}  // namespace
+
+TEST(TagStringsDeathTest, TableGetterIsAskedForTheLocalLanguageFirst) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(makeStringsAndExit("en_GB.UTF-8", {ETLanguage::english}, "Orientation"),
+              testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(makeStringsAndExit("de_DE.UTF-8", {ETLanguage::german, ETLanguage::english}, "Ausrichtung"),
+              testing::ExitedWithCode(0), "");
+}

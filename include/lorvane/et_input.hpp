@@ -2,7 +2,7 @@
 
 #include <functional>
 #include <string>
-#include <utility>
+#include <iterator>
 #include <vector>
 
 namespace lorvane {

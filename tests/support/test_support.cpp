@@ -8,6 +8,9 @@
 
 #include <lorvane/et_settings.hpp>
 
+#include <fstream>
+
+
 namespace lorvane::test {
 
 std::filesystem::path dataFolder() { return LORVANE_TEST_DATA_DIR; }
@@ -43,6 +46,26 @@ SettingsGuard::~SettingsGuard() {
   settings.setQuickTimeUserDataLevel(userDataLevel_);
   settings.setQuickTimeKeysLevel(keysLevel_);
   settings.setExtraArguments(extraArguments_);
+}
+
+std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name) {
+  const auto path = folder / name;
+  std::filesystem::copy_file(dataFolder() / "plain.jpg", path);
+  return path;
+}
+
+FakeTool::FakeTool(std::string_view perlScript, Interpreter interpreter)
+    : folder_(root_.path() / "bin \"folder\"") {
+  std::filesystem::create_directory(folder_);
+  const auto& realBinaries = settings_.binariesFolder();
+  if (interpreter == Interpreter::present) {
+    std::filesystem::create_symlink(std::filesystem::canonical(realBinaries / "perl"),
+                                    folder() / "perl");
+  }
+  std::filesystem::create_directory_symlink(std::filesystem::canonical(realBinaries / "perllib"),
+                                            folder() / "perllib");
+  std::ofstream(folder() / "exiftool") << perlScript;
+  ETSettings::shared().setBinariesFolderURL(folder());
 }
 
 }  // namespace lorvane::test

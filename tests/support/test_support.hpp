@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lorvane::test {
@@ -36,6 +37,9 @@ public:
   SettingsGuard(const SettingsGuard&) = delete;
   SettingsGuard& operator=(const SettingsGuard&) = delete;
 
+  // The binaries folder as it was when the guard was made.
+  const std::filesystem::path& binariesFolder() const { return binariesFolder_; }
+
 private:
   std::filesystem::path binariesFolder_;
   std::filesystem::path backupFolder_;
@@ -43,6 +47,30 @@ private:
   int userDataLevel_;
   int keysLevel_;
   std::vector<std::string> extraArguments_;
+};
+
+}  // namespace lorvane::test
+
+namespace lorvane::test {
+
+// A copy of tests/data/plain.jpg (64x48, no tags) in `folder`, named `name`.
+std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name);
+
+// A binaries folder whose "exiftool" is the given Perl script, started by the real "perl"
+// with the run's real command line and environment; ETSettings::shared() points at it while
+// this object lives. Without interpreter, the folder has no "perl" at all. Its path holds a
+// blank and a double quote, as a user's folder may.
+class FakeTool {
+public:
+  enum class Interpreter { present, missing };
+  explicit FakeTool(std::string_view perlScript, Interpreter interpreter = Interpreter::present);
+
+  const std::filesystem::path& folder() const { return folder_; }
+
+private:
+  SettingsGuard settings_;
+  TemporaryFolder root_;
+  std::filesystem::path folder_;
 };
 
 }  // namespace lorvane::test

@@ -1,0 +1,233 @@
+#include "et_parser_pipe.hpp"
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include <charconv>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "utf8.hpp"
+
+namespace lorvane {
+namespace {
+
+// A pattern of the tool's messages, compiled once, in ICU's dialect with no options.
+class MessagePattern {
+public:
+  explicit MessagePattern(const char16_t* pattern) {
+    UParseError where{};
+    UErrorCode status = U_ZERO_ERROR;
+    pattern_.reset(icu::RegexPattern::compile(icu::UnicodeString(pattern), 0, where, status));
+    if (U_FAILURE(status)) {
+      std::printf("invalid regex: %s\n", u_errorName(status));
+      pattern_.reset();
+    }
+  }
+
+  // The capture groups (from group 1 on) of the first match in `line`; a group that took no
+  // part in the match is left out. Nothing when there is no match or it captured nothing.
+  std::optional<std::vector<std::string>> firstMatchCaptures(std::string_view line) const {
+    if (!pattern_) {
+      return std::nullopt;
+    }
+    const auto text = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(line.data(), static_cast<std::int32_t>(line.size())));
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::RegexMatcher> matcher(pattern_->matcher(text, status));
+    if (U_FAILURE(status) || !matcher->find(status) || U_FAILURE(status)) {
+      return std::nullopt;
+    }
+    std::vector<std::string> captures;
+    for (std::int32_t group = 1; group <= matcher->groupCount(); ++group) {
+      const std::int32_t start = matcher->start(group, status);
+      const std::int32_t end = matcher->end(group, status);
+      if (U_FAILURE(status) || start < 0) {
+        status = U_ZERO_ERROR;
+        continue;
+      }
+      std::string capture;
+      text.tempSubStringBetween(start, end).toUTF8String(capture);
+      captures.push_back(std::move(capture));
+    }
+    if (captures.empty()) {
+      return std::nullopt;
+    }
+    return captures;
+  }
+
+private:
+  std::unique_ptr<icu::RegexPattern> pattern_;
+};
+
+// Captures of `pattern` in `line`, tried only when the line starts with `gate`, which keeps
+// the expressions away from ordinary lines.
+std::optional<std::vector<std::string>> capturesIfGated(std::string_view line, char gate,
+                                                        const MessagePattern& pattern) {
+  if (line.empty() || line.front() != gate) {
+    return std::nullopt;
+  }
+  return pattern.firstMatchCaptures(line);
+}
+
+// A decimal number of ASCII digits as a whole, independent of any locale.
+std::optional<double> parseDecimal(std::string_view digits) {
+  double value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+}  // namespace
+
+void ETParserPipe::readAvailableData(std::span<const std::byte> data) {
+  if (data.empty()) {
+    return;
+  }
+  const auto text = decodeUTF8(data);
+  if (!text) {
+    return;
+  }
+  bool isFirstLine = true;
+  std::size_t lineStart = 0;
+  for (std::size_t end = text->find('\n'); end != std::string_view::npos;
+       end = text->find('\n', end + 1)) {
+    // A carriage return and a line feed make one character that is no line end.
+    if (end > 0 && (*text)[end - 1] == '\r') {
+      continue;
+    }
+    std::string_view line = text->substr(lineStart, end - lineStart);
+    lineStart = end + 1;
+    if (isFirstLine) {
+      isFirstLine = false;
+      if (!pendingLine_.empty()) {
+        pendingLine_ += line;
+        const std::string joined = std::move(pendingLine_);
+        pendingLine_.clear();
+        decodeData(joined, true);
+        continue;
+      }
+    }
+    if (!line.empty()) {
+      decodeData(line, true);
+    }
+  }
+  const auto remaining = text->substr(lineStart);
+  if (isFirstLine) {
+    pendingLine_ += remaining;
+  } else {
+    pendingLine_.assign(remaining);
+  }
+}
+
+void ETParserPipe::flushPendingData() {
+  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
+  if (!rest.empty()) {
+    readAvailableData(rest);
+  }
+  if (!pendingLine_.empty()) {
+    const std::string line = std::move(pendingLine_);
+    pendingLine_.clear();
+    decodeData(line, false);
+  }
+}
+
+void ETParserPipe::decodeData(std::string_view line, bool append) {
+  if (line.empty()) {
+    return;
+  }
+  if (decodeFileProgress(line) || decodeNoChangesInFile(line) || decodeNothingToWrite(line) ||
+      decodeFileMovedChange(line) || decodeICCNoInformationToWrite(line) ||
+      decodeICCDeletedMayAffectColor(line)) {
+    return;
+  }
+  std::string whole(line);
+  if (append) {
+    whole += '\n';
+  }
+  appendProcessLog(ETOutput::UnknownLog{std::move(whole)});
+}
+
+bool ETParserPipe::decodeFileProgress(std::string_view line) {
+  static const MessagePattern pattern(uR"(^={8}\s+(.+)\s+\[(\d+)\/(\d+)\]$)");
+  const auto captures = capturesIfGated(line, '=', pattern);
+  // The file name, then file n of m.
+  if (!captures || captures->size() != 3) {
+    return false;
+  }
+  const auto n = parseDecimal((*captures)[1]);
+  const auto m = parseDecimal((*captures)[2]);
+  if (!n || !m) {
+    return false;
+  }
+  setProgessChange(*m == 0 ? 0 : *n / *m);
+  return true;
+}
+
+bool ETParserPipe::decodeNoChangesInFile(std::string_view line) {
+  static const MessagePattern pattern(uR"(^Nothing\schanged\sin\s+(.+)\s*$)");
+  const auto captures = capturesIfGated(line, 'N', pattern);
+  if (!captures) {
+    return false;
+  }
+  appendProcessLog(ETOutput::NoChanges{captures->front()});
+  return true;
+}
+
+bool ETParserPipe::decodeNothingToWrite(std::string_view line) {
+  static const MessagePattern pattern(uR"(^Error:\sNothing\sto\swrite\s-\s(.+)\s*$)");
+  const auto captures = capturesIfGated(line, 'E', pattern);
+  if (!captures) {
+    return false;
+  }
+  appendProcessLog(ETOutput::NothingToWrite{captures->front()});
+  return true;
+}
+
+bool ETParserPipe::decodeFileMovedChange(std::string_view line) {
+  static const MessagePattern pattern(uR"(^\'(.*)\'\s+-->\s+\'(.*)\'\s*$)");
+  const auto captures = capturesIfGated(line, '\'', pattern);
+  if (!captures) {
+    return false;
+  }
+  appendProcessLog(ETOutput::FileMoved{captures->front(), captures->back()});
+  return true;
+}
+
+bool ETParserPipe::decodeICCNoInformationToWrite(std::string_view line) {
+  static const MessagePattern pattern(uR"(^Error:\sNo\sICC\sinformation\sto\swrite\s-\s(.+)\s*$)");
+  const auto captures = capturesIfGated(line, 'E', pattern);
+  if (!captures) {
+    return false;
+  }
+  appendProcessLog(ETOutput::IccNoInformationToWrite{captures->front()});
+  return true;
+}
+
+bool ETParserPipe::decodeICCDeletedMayAffectColor(std::string_view line) {
+  static const MessagePattern pattern(
+      uR"(^Warning:\sICC_Profile\sdeleted\.\sImage\scolors\smay\sbe\saffected\s-\s(.+)\s*$)");
+  const auto captures = capturesIfGated(line, 'W', pattern);
+  if (!captures) {
+    return false;
+  }
+  appendProcessLog(ETOutput::IccDeletedMayAffectColor{captures->front()});
+  return true;
+}
+
+void ETParserPipe::setProgessChange(double progress) {
+  state([&](ETOutput& output) { output.progress = progress; });
+  if (const auto handler = progressHandler()) {
+    handler(process());
+  }
+}
+
+void ETParserPipe::appendProcessLog(ETOutput::ProcessLog log) {
+  state([&](ETOutput& output) { output.processLogs.push_back(std::move(log)); });
+}
+
+}  // namespace lorvane

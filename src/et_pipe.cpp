@@ -1,0 +1,89 @@
+#include "et_pipe.hpp"
+
+#include <algorithm>
+
+#include "et_parser_pipe.hpp"
+
+namespace lorvane {
+namespace {
+
+// Enough for a fast child to hand over large chunks; the system caps it for unprivileged users.
+constexpr std::size_t pipeCapacity = 1024 * 1024;
+
+// Blocks grow from small to large, so a short output costs little and a huge one few blocks.
+// The largest lie above the size from which the allocator maps memory of its own, so freeing
+// a block gives its memory back to the system at once.
+constexpr std::size_t firstBlockCapacity = 64 * 1024;
+constexpr std::size_t largestBlockCapacity = 64 * 1024 * 1024;
+
+}  // namespace
+
+std::unique_ptr<ETPipe> ETPipe::make(bool parses, ETProcess& process) {
+  std::unique_ptr<ETPipe> pipe;
+  if (parses) {
+    pipe = std::make_unique<ETParserPipe>(process);
+  } else {
+    pipe = std::make_unique<ETBinaryPipe>(process);
+  }
+  pipe->startListening();
+  return pipe;
+}
+
+ETPipe::ETPipe(ETProcess& process) : process_(process), stdPipe_(platform::makePipe(pipeCapacity)) {}
+
+ETPipe::~ETPipe() { waitForEndOfStream(); }
+
+void ETPipe::startListening() {
+  listener_.emplace(stdPipe_.readEnd.get(), [this](std::span<const std::byte> chunk) {
+    if (!chunk.empty()) {
+      readAvailableData(chunk);
+    }
+  });
+}
+
+void ETPipe::waitForEndOfStream() {
+  stdPipe_.writeEnd.close();
+  listener_.reset();
+}
+
+void ETPipe::readAvailableData(std::span<const std::byte>) {}
+
+void ETPipe::flushPendingData() {}
+
+void ETBinaryPipe::readAvailableData(std::span<const std::byte> data) {
+  size_ += data.size();
+  while (!data.empty()) {
+    if (blocks_.empty() || blocks_.back().size() == blocks_.back().capacity()) {
+      const std::size_t capacity =
+          blocks_.empty() ? firstBlockCapacity
+                          : std::min(2 * blocks_.back().capacity(), largestBlockCapacity);
+      blocks_.emplace_back().reserve(capacity);
+    }
+    auto& block = blocks_.back();
+    const std::size_t taken = std::min(data.size(), block.capacity() - block.size());
+    block.insert(block.end(), data.begin(), data.begin() + static_cast<std::ptrdiff_t>(taken));
+    data = data.subspan(taken);
+  }
+}
+
+void ETBinaryPipe::flushPendingData() {
+  const auto rest = platform::readToEnd(stdPipe().readEnd.get());
+  if (!rest.empty()) {
+    readAvailableData(rest);
+  }
+  std::vector<std::byte> binaryData;
+  if (blocks_.size() == 1) {
+    binaryData = std::move(blocks_.front());
+  } else {
+    binaryData.reserve(size_);
+    for (auto& block : blocks_) {
+      binaryData.insert(binaryData.end(), block.begin(), block.end());
+      std::vector<std::byte>().swap(block);
+    }
+  }
+  blocks_.clear();
+  size_ = 0;
+  state([&](ETOutput& output) { output.binaryData = std::move(binaryData); });
+}
+
+}  // namespace lorvane

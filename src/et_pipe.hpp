@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include <lorvane/et_process.hpp>
+
+#include "platform/pipe.hpp"
+#include "platform/stream_reader.hpp"
+
+namespace lorvane {
+
+// The reader of one standard stream of the tool. It owns the pipe that the child writes to;
+// from `startListening()` on, a thread of its own hands each chunk to `readAvailableData` in
+// order. The run waits for the end of the stream before it calls `flushPendingData()`, so
+// chunks and flush never overlap and the flush comes after the last chunk.
+class ETPipe {
+public:
+  // A listening reader: an ETParserPipe when `parses`, else an ETBinaryPipe.
+  static std::unique_ptr<ETPipe> make(bool parses, ETProcess& process);
+
+  explicit ETPipe(ETProcess& process);
+  virtual ~ETPipe();
+  ETPipe(const ETPipe&) = delete;
+  ETPipe& operator=(const ETPipe&) = delete;
+
+  // The pipe whose write end becomes the child's stream; the run closes its own copy of that
+  // end once the child has it.
+  platform::Pipe& stdPipe() { return stdPipe_; }
+
+  void startListening();
+  // Closes our write end and blocks until the stream has ended and its last chunk is read.
+  // A derived reader calls it in its destructor, before its own fields go.
+  void waitForEndOfStream();
+
+  // One chunk of the stream, never called for the empty chunk at its end. A bare ETPipe
+  // discards it.
+  virtual void readAvailableData(std::span<const std::byte> data);
+  // Once, after the end of the stream: takes what is left and hands the result on.
+  virtual void flushPendingData();
+
+protected:
+  template <class Change>
+  auto state(Change&& change) {
+    return process_.state(std::forward<Change>(change));
+  }
+  ETProcess& process() { return process_; }
+  ETInput::Handler progressHandler() const { return process_.progressHandler(); }
+
+private:
+  ETProcess& process_;
+  platform::Pipe stdPipe_;
+  std::optional<platform::StreamReader> listener_;
+};
+
+// Gathers the stream's bytes as they are and stores them into `binaryData` of the output in
+// one step at the flush. The bytes are kept in blocks while they come and joined once, each
+// block freed as soon as it is copied, so the peak stays close to the size of the data.
+class ETBinaryPipe final : public ETPipe {
+public:
+  using ETPipe::ETPipe;
+  ~ETBinaryPipe() override { waitForEndOfStream(); }
+
+  void readAvailableData(std::span<const std::byte> data) override;
+  void flushPendingData() override;
+
+private:
+  std::vector<std::vector<std::byte>> blocks_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace lorvane

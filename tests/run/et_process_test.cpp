@@ -1,0 +1,190 @@
+// Runs of the real ExifTool through the default binaries folder.
+#include <lorvane/lorvane.hpp>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+#include "outside_tool.hpp"
+#include "test_support.hpp"
+
+using namespace lorvane;
+using lorvane::test::copyOfPlainJpeg;
+using lorvane::test::TemporaryFolder;
+
+namespace {
+
+std::vector<std::byte> fileBytes(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<char> chars((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  const auto view = std::as_bytes(std::span(chars));
+  return {view.begin(), view.end()};
+}
+
+}  // namespace
+
+TEST(ETProcess, ReadsTheTagsOfARealJpegAsJson) {
+  TemporaryFolder folder;
+  const auto photo = copyOfPlainJpeg(folder.path(), "tagged photo.jpg");
+  lorvane::test::outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-EXIF:Make=DemoCam", "-XMP-dc:Title=Demo title",
+            "-IPTC:Keywords=kw1", photo.string()});
+
+  ETInput input;
+  input.arguments = {"-json", "-G1", photo.string()};
+  const auto caller = std::this_thread::get_id();
+  std::vector<std::string> seen;
+  input.onStartHandler = [&](ETProcess& process) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    EXPECT_EQ(process.input().arguments, input.arguments);  // already this run's input
+    EXPECT_TRUE(process.output().isRunning);
+    EXPECT_EQ(process.output().progress, 0);
+    seen.push_back("start");
+  };
+  input.onEndHandler = [&](ETProcess& process) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    EXPECT_FALSE(process.output().isRunning);
+    EXPECT_EQ(process.output().progress, 1);
+    EXPECT_FALSE(process.output().binaryData.empty());  // complete before the end handler
+    seen.push_back("end");
+  };
+
+  const ETOutput output = ETProcess::run(input);
+  EXPECT_EQ(seen, (std::vector<std::string>{"start", "end"}));
+  EXPECT_FALSE(output.isRunning);
+  EXPECT_EQ(output.progress, 1);
+  EXPECT_NO_THROW(output.throwIfErrors());
+  const auto tags = nlohmann::json::parse(output.decodeOutData().value());
+  ASSERT_EQ(tags.size(), 1u);
+  EXPECT_EQ(tags[0]["IFD0:Make"], "DemoCam");
+  EXPECT_EQ(tags[0]["XMP-dc:Title"], "Demo title");
+  EXPECT_EQ(tags[0]["IPTC:Keywords"], "kw1");
+  EXPECT_EQ(tags[0]["SourceFile"], photo.string());
+}
+
+TEST(ETProcess, WritingRunsOnOneInstanceGiveNoChangesNothingToWriteAndMovesInOrder) {
+  TemporaryFolder folder;
+  const auto untouched = copyOfPlainJpeg(folder.path(), "untouched.jpg");
+  const auto moving = copyOfPlainJpeg(folder.path(), "old name.jpg");
+  const auto sidecar = folder.path() / "new.xmp";
+  const auto renamed = folder.path() / "new name.jpg";
+
+  // Both streams parsed: the messages of writing go to standard output.
+  ETInput input;
+  input.parsesOutPipe = true;
+  std::vector<double> progressAtStart;
+  input.onStartHandler = [&](ETProcess& process) {
+    progressAtStart.push_back(process.output().progress);
+  };
+  ETProcess process;
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"-ThumbnailImage=", untouched.string()},
+           {"-FileName=y.xmp", sidecar.string()},
+           {"-FileName=" + renamed.filename().string(), moving.string()}}) {
+    input.arguments = arguments;
+    process.execute(input);
+  }
+  const ETOutput output = process.output();
+
+  EXPECT_EQ(progressAtStart, (std::vector<double>{0, 0, 0}));
+  EXPECT_EQ(output.progress, 1);
+  EXPECT_FALSE(output.isRunning);
+  EXPECT_NO_THROW(output.throwIfErrors());
+  EXPECT_TRUE(output.binaryData.empty());
+  ASSERT_EQ(output.processLogs.size(), 4u);
+  EXPECT_EQ(std::get<ETOutput::NoChanges>(output.processLogs[0]).path, untouched.string());
+  // The sidecar's would-be move (standard output) and the error that nothing was written
+  // (standard error) come from two streams, in no fixed order.
+  const auto& sidecarLogs = std::span(output.processLogs).subspan(1, 2);
+  const auto nothingToWrite = std::ranges::find_if(sidecarLogs, [](const auto& log) {
+    return std::holds_alternative<ETOutput::NothingToWrite>(log);
+  });
+  ASSERT_NE(nothingToWrite, sidecarLogs.end());
+  EXPECT_EQ(std::get<ETOutput::NothingToWrite>(*nothingToWrite).path, sidecar.string());
+  const auto& move = std::get<ETOutput::FileMoved>(output.processLogs[3]);
+  EXPECT_EQ(move.from, moving.string());
+  EXPECT_EQ(move.to, renamed.string());
+  EXPECT_TRUE(std::filesystem::exists(renamed));
+}
+
+TEST(ETProcess, ProgressOverSeveralFilesCallsTheHandlerOnTheReadingThread) {
+  TemporaryFolder folder;
+  ETInput input;
+  input.arguments = {"-json"};
+  for (int i = 1; i <= 4; ++i) {
+    input.arguments.push_back(copyOfPlainJpeg(folder.path(), std::to_string(i) + ".jpg").string());
+  }
+  std::mutex mutex;
+  std::vector<double> progress;
+  std::atomic<bool> onCallerThread = false;
+  const auto caller = std::this_thread::get_id();
+  input.onProgressHandler = [&](ETProcess& process) {
+    onCallerThread = onCallerThread || std::this_thread::get_id() == caller;
+    std::lock_guard lock(mutex);
+    progress.push_back(process.output().progress);
+  };
+
+  const ETOutput output = ETProcess::run(input);
+  EXPECT_EQ(progress, (std::vector<double>{0.25, 0.5, 0.75, 1.0}));
+  EXPECT_FALSE(onCallerThread);
+  EXPECT_TRUE(output.processLogs.empty());
+  EXPECT_EQ(nlohmann::json::parse(output.decodeOutData().value()).size(), 4u);
+}
+
+TEST(ETProcess, ARejectedOptionEndsInAnErrorWithTheToolsText) {
+  TemporaryFolder folder;
+  ETInput input;
+  input.arguments = {"-charset", "bogus", copyOfPlainJpeg(folder.path(), "a.jpg").string(),
+                     "-execute", (folder.path() / "missing.jpg").string()};
+  const ETOutput output = ETProcess::run(input);
+  try {
+    output.throwIfErrors();
+    FAIL() << "no error thrown";
+  } catch (const ETError& error) {
+    EXPECT_EQ(error.rawValue(), "Invalid Charset bogus\n\nError: File not found - " +
+                                    (folder.path() / "missing.jpg").string() + "\n\n");
+  }
+}
+
+TEST(ETProcess, AnEmbeddedPreviewComesBackByteExact) {
+  TemporaryFolder folder;
+  const auto photo = copyOfPlainJpeg(folder.path(), "with preview.jpg");
+  const auto preview = lorvane::test::dataFolder() / "plain.jpg";
+  lorvane::test::outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-ThumbnailImage<=" + preview.string(), photo.string()});
+
+  ETInput input;
+  input.arguments = {"-b", "-ThumbnailImage", photo.string()};
+  const ETOutput output = ETProcess::run(input);
+  EXPECT_NO_THROW(output.throwIfErrors());
+  EXPECT_EQ(output.binaryData, fileBytes(preview));
+}
+
+TEST(ETProcess, ARunStartedDuringARunReturnsAtOnceAndLeavesItAlone) {
+  TemporaryFolder folder;
+  ETInput input;
+  input.arguments = {"-json", copyOfPlainJpeg(folder.path(), "a.jpg").string(),
+                     copyOfPlainJpeg(folder.path(), "b.jpg").string()};
+  ETInput intruder;
+  intruder.arguments = {"-ver"};
+  int intruderStarts = 0;
+  intruder.onStartHandler = [&](ETProcess&) { ++intruderStarts; };
+  int progressCalls = 0;
+  input.onProgressHandler = [&](ETProcess& process) {
+    ++progressCalls;
+    process.execute(intruder);  // from inside the run
+    std::thread([&] { process.execute(intruder); }).join();  // and from another thread
+    EXPECT_EQ(process.input().arguments, input.arguments);
+    EXPECT_TRUE(process.output().isRunning);
+  };
+
+  ETProcess process;
+  process.execute(input);
+  EXPECT_EQ(progressCalls, 2);
+  EXPECT_EQ(intruderStarts, 0);
+  EXPECT_EQ(process.input().arguments, input.arguments);
+  EXPECT_EQ(nlohmann::json::parse(process.output().decodeOutData().value()).size(), 2u);
+}

@@ -1,0 +1,227 @@
+// Faults the real ExifTool can't be made to show: a child that dies, stops reading, prints
+// invalid UTF-8 or was never there; and one that reports what it was started with.
+#include <lorvane/lorvane.hpp>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "test_support.hpp"
+
+using namespace lorvane;
+using lorvane::test::FakeTool;
+using lorvane::test::TemporaryFolder;
+
+namespace {
+
+// The start of every fake tool: read the batch as the real tool must, up to its closing
+// lines, which end without a line end while standard input stays open.
+constexpr std::string_view readBatch = R"(
+  $| = 1;
+  my $batch = '';
+  while ($batch !~ /-stay_open\n0\n-execute\z/) {
+    sysread(STDIN, $batch, 65536, length $batch) or last;
+  }
+  my @arguments = split /\n/, $batch;
+)";
+
+std::string script(std::string_view body) { return std::string(readBatch) + std::string(body); }
+
+std::vector<std::string> unknownLines(const ETOutput& output) {
+  std::vector<std::string> lines;
+  for (const auto& log : output.processLogs) {
+    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
+      lines.push_back(unknown->line);
+    }
+  }
+  return lines;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+}  // namespace
+
+TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescriptor) {
+  FakeTool tool(script(R"(
+    print "script: $0\n";
+    print "argv: $_\n" for @ARGV;
+    print "batch: $_\n" for split /\n/, $batch, -1;
+    print "env: $_=$ENV{$_}\n" for sort keys %ENV;
+    opendir(my $folder, "/proc/self/fd") or die;
+    for my $fd (sort { $a <=> $b } grep { /^\d+$/ } readdir $folder) {
+      my $target = readlink("/proc/self/fd/$fd") // '';
+      print "fd: $fd\n" unless $target =~ m{^/proc/\d+/fd$};  # the listing's own
+    }
+  )"));
+  auto& settings = ETSettings::shared();
+  settings.setBackupFolderURL("/backups/my \"own\"");
+  settings.setQuickTimeItemListLevel(-1);
+  settings.setQuickTimeUserDataLevel(0);
+  settings.setQuickTimeKeysLevel(100);
+  // A descriptor of the host that isn't close-on-exec must stay with the host all the same.
+  const int hostDescriptor = ::open("/dev/null", O_RDONLY);
+  ASSERT_GE(hostDescriptor, 0);
+
+  ETInput input;
+  input.arguments = {"-json", "a b.jpg", ""};
+  const ETOutput output = ETProcess::run(input);
+  ::close(hostDescriptor);
+
+  EXPECT_NO_THROW(output.throwIfErrors());
+  const std::string bin = tool.folder().string();
+  const std::string perllib = bin + "/perllib";
+  EXPECT_EQ(linesOf(output.decodeOutData().value()), (Lines{
+      "script: " + bin + "/exiftool", "argv: -progress", "argv: -v0", "argv: -stay_open",
+      "argv: 1", "argv: -q", "argv: -@", "argv: -",
+      "batch: -json", "batch: a b.jpg", "batch: ", "batch: -stay_open", "batch: 0",
+      "batch: -execute",
+      "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
+      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=100",
+      "env: EXIFTOOL_QUICKTIME_USER_DATA_LEVEL=0",
+      "env: EXIFTOOL_SANDBOX_DIRECTORY=/backups/my \"own\"/Writing",
+      "env: LC_CTYPE=C.UTF-8",
+      "env: PERL5LIB=" + perllib,
+      "env: PERL_LOCAL_LIB_ROOT=" + perllib,
+      "env: PERL_MB_OPT=--install_base \"" + perllib + "\"",
+      "env: PERL_MM_OPT=INSTALL_BASE=\"" + perllib + "\"",
+      "fd: 0", "fd: 1", "fd: 2"}));
+}
+
+TEST(FakeTool, AnEmptyBatchIsOnlyTheClosingLinesAndASettingChangeShowsInTheNextRun) {
+  FakeTool tool(script(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
+  ETProcess process;
+  process.execute(ETInput{});
+  EXPECT_EQ(process.output().decodeOutData(), "-stay_open\n0\n-execute");
+  ETSettings::shared().setQuickTimeKeysLevel(7);
+  process.execute(ETInput{});
+  const auto logs = process.output().processLogs;
+  ASSERT_EQ(logs.size(), 2u);
+  EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[0]).path, "0");
+  EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[1]).path, "7");
+}
+
+TEST(FakeTool, AMissingInterpreterEndsTheRunWithAnErrorNamingIt) {
+  FakeTool tool("", FakeTool::Interpreter::missing);
+  ETInput input;
+  int ends = 0;
+  input.onEndHandler = [&](ETProcess&) { ++ends; };
+  ETProcess process;
+  process.execute(input);
+  const auto output = process.output();
+  EXPECT_FALSE(output.isRunning);
+  EXPECT_EQ(output.progress, 1);
+  EXPECT_EQ(ends, 1);
+  const std::string expected =
+      "cannot start \"" + (tool.folder() / "perl").string() + "\": No such file or directory\n";
+  EXPECT_EQ(unknownLines(output), (Lines{expected}));
+  EXPECT_THROW(output.throwIfErrors(), ETError);
+
+  process.execute(input);  // the instance isn't stuck in a run
+  EXPECT_EQ(ends, 2);
+}
+
+TEST(FakeTool, AChildThatDiesMidOutputLeavesWhatItPrinted) {
+  FakeTool tool(script(R"(
+    print "some bytes";
+    print STDERR "first line\nunfinished";
+    kill 'KILL', $$;
+  )"));
+  const ETOutput output = ETProcess::run(ETInput{});
+  EXPECT_EQ(output.decodeOutData(), "some bytes");
+  EXPECT_EQ(unknownLines(output), (Lines{"first line\n", "unfinished"}));
+  EXPECT_FALSE(output.isRunning);
+}
+
+TEST(FakeTool, AChildThatClosesItsInputAtOnceNeitherKillsNorBlocksTheHost) {
+  FakeTool tool(R"(close STDIN; print STDERR "closed\n";)");
+  // Far more than a pipe holds, so the write is still under way when the reader goes.
+  ETInput input;
+  input.arguments.assign(200'000, "-argument");
+  const ETOutput output = ETProcess::run(input);
+  const auto lines = unknownLines(output);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0], "closed\n");
+  EXPECT_EQ(lines[1], "the tool stopped reading its arguments before the whole batch was "
+                      "written: Broken pipe\n");
+  EXPECT_FALSE(output.isRunning);
+}
+
+TEST(FakeTool, InvalidUTF8AndSplitLinesOnTheParsedStream) {
+  // Pauses between the prints so that each arrives as a chunk of its own.
+  FakeTool tool(script(R"(
+    select STDERR; $| = 1;
+    for my $piece ("good line\n", "bad \xFF line\n", "Nothing chan", "ged in /x.jpg\n", "after") {
+      print STDERR $piece;
+      select(undef, undef, undef, 0.2);
+    }
+  )"));
+  const ETOutput output = ETProcess::run(ETInput{});
+  ASSERT_EQ(output.processLogs.size(), 3u);
+  EXPECT_EQ(std::get<ETOutput::UnknownLog>(output.processLogs[0]).line, "good line\n");
+  EXPECT_EQ(std::get<ETOutput::NoChanges>(output.processLogs[1]).path, "/x.jpg");
+  EXPECT_EQ(std::get<ETOutput::UnknownLog>(output.processLogs[2]).line, "after");
+}
+
+TEST(FakeTool, AProgressLineWithoutLineEndIsTakenAtTheFlushOnTheCallersThread) {
+  FakeTool tool(script(R"(print STDERR "======== /a.jpg [1/2]";)"));
+  ETInput input;
+  const auto caller = std::this_thread::get_id();
+  std::vector<double> seen;
+  input.onProgressHandler = [&](ETProcess& process) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    seen.push_back(process.output().progress);
+  };
+  const ETOutput output = ETProcess::run(input);
+  EXPECT_EQ(seen, (std::vector<double>{0.5}));
+  EXPECT_EQ(output.progress, 1);
+  EXPECT_TRUE(output.processLogs.empty());
+}
+
+TEST(FakeTool, BinaryOutputOfManyOddChunksArrivesWholeAndNoChildIsLeftBehind) {
+  TemporaryFolder folder;
+  const auto source = folder.path() / "random.bin";
+  std::vector<char> bytes(3 * 1024 * 1024 + 17);
+  std::mt19937 random(42);
+  for (auto& byte : bytes) {
+    byte = static_cast<char>(random());
+  }
+  std::ofstream(source, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  FakeTool tool(script(R"(
+    open(my $file, '<:raw', $arguments[0]) or die;
+    while (my $count = read($file, my $piece, 4093)) { syswrite(STDOUT, $piece); }
+  )"));
+
+  ETInput input;
+  input.arguments = {source.string()};
+  for (bool parsesErrPipe : {true, false}) {
+    input.parsesErrPipe = parsesErrPipe;  // with both binary, the error stream's bytes win
+    const ETOutput output = ETProcess::run(input);
+    if (parsesErrPipe) {
+      ASSERT_EQ(output.binaryData.size(), bytes.size());
+      EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(),
+                             reinterpret_cast<const char*>(output.binaryData.data())));
+    } else {
+      EXPECT_TRUE(output.binaryData.empty());
+    }
+  }
+  errno = 0;
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);  // every child of every run has been reaped
+}

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -130,9 +131,15 @@ int main(int argc, char** argv) {
 
   const ETOutput output = ETProcess::run(makeInput(options));
   int status = 0;
-  if (const auto errors = output.joinUnknownErrors()) {
-    std::cerr << *errors;
-    status = 1;
+  // What the tool complained about (a missing file, say), one line each.
+  for (const auto& log : output.processLogs) {
+    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
+      if (const auto line = nonBlank(unknown->line)) {
+        std::cerr << "lorvane-show: " << line->substr(0, line->find_last_not_of("\r\n") + 1)
+                  << "\n";
+        status = 1;
+      }
+    }
   }
   const std::string text = output.decodeOutData().value_or("");
   if (options.raw) {
@@ -144,7 +151,7 @@ int main(int argc, char** argv) {
   }
   std::vector<show::FileMetadata> files;
   try {
-    files = show::makeMetadataTables(nlohmann::json::parse(text));
+    files = show::makeMetadataTables(nlohmann::ordered_json::parse(text));
   } catch (const nlohmann::json::exception& error) {
     fail(std::string("ExifTool's output is not the JSON expected: ") + error.what(), 1);
   }

@@ -13,7 +13,7 @@ namespace {
 
 // The value as the tool meant it: strings as they stand, lists joined like the tool's own
 // "-sep , " output, numbers in the JSON's own notation.
-std::string valueText(const nlohmann::json& value) {
+std::string valueText(const nlohmann::ordered_json& value) {
   if (value.is_string()) {
     return value.get<std::string>();
   }
@@ -30,7 +30,7 @@ std::string valueText(const nlohmann::json& value) {
   return value.dump();
 }
 
-MetadataRow makeRow(const TagName& name, const nlohmann::json& value) {
+MetadataRow makeRow(const TagName& name, const nlohmann::ordered_json& value) {
   MetadataRow row;
   row.value = valueText(value);
   const TagItem* item = TagItem::find(name);
@@ -48,7 +48,7 @@ MetadataRow makeRow(const TagName& name, const nlohmann::json& value) {
   return row;
 }
 
-FileMetadata makeFileMetadata(const nlohmann::json& object) {
+FileMetadata makeFileMetadata(const nlohmann::ordered_json& object) {
   FileMetadata file;
   for (const auto& [groupedName, value] : object.items()) {
     if (groupedName == "SourceFile") {
@@ -95,7 +95,7 @@ ETInput makeToolInput(const std::vector<std::string>& files, std::optional<ETLan
   return input;
 }
 
-std::vector<FileMetadata> makeMetadataTables(const nlohmann::json& toolOutput) {
+std::vector<FileMetadata> makeMetadataTables(const nlohmann::ordered_json& toolOutput) {
   std::vector<FileMetadata> files;
   for (const auto& object : toolOutput) {
     files.push_back(makeFileMetadata(object));

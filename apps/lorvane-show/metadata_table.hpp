@@ -40,7 +40,7 @@ ETInput makeToolInput(const std::vector<std::string>& files, std::optional<ETLan
 
 // Reads the output of `exiftool -json -G0:1 -n` (an array of one object per file).
 // Throws nlohmann::json::exception when the text is not such JSON.
-std::vector<FileMetadata> makeMetadataTables(const nlohmann::json& toolOutput);
+std::vector<FileMetadata> makeMetadataTables(const nlohmann::ordered_json& toolOutput);
 
 // One table per file: a heading with the path, then per stream its name and aligned rows.
 void printMetadata(std::ostream& out, const FileMetadata& file);

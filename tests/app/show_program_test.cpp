@@ -81,7 +81,7 @@ TEST(ShowProgram, TheUsersLanguageSettingsChooseTheLanguageByDefault) {
 TEST(ShowProgram, BadFilesAreReportedAndTheGoodOnesStillShown) {
   TemporaryFolder folder;
   const auto junk = folder.path() / "junk.jpg";
-  std::ofstream(junk) << "this is no picture";
+  std::ofstream(junk) << std::string(64, '\0');
   const auto missing = folder.path() / "missing.jpg";
 
   const auto result = show({"--lang", "en", sample(), missing.string(), junk.string()});

@@ -4,21 +4,9 @@
 
 namespace lorvane::detail {
 
-TagStringTable StreamStrings::table(ETLanguage language) {
-  const auto which = static_cast<std::size_t>(language.value());
-  const std::span<const StringRow> rows = rows_[which];
-  if (rows.empty()) {
-    return {};
-  }
-  const auto& entries = tables_[which].get([&] {
-    std::vector<TagStringTable::Entry> made;
-    made.reserve(rows.size());
-    for (const StringRow& row : rows) {
-      made.push_back({row.key.in(text_), row.text.in(text_)});
-    }
-    return made;
-  });
-  return TagStringTable(entries);
+TagStringTable StreamStrings::table(ETLanguage language) const {
+  const std::span<const StringRow> rows = rows_[static_cast<std::size_t>(language.value())];
+  return rows.empty() ? TagStringTable() : TagStringTable(text_, rows);
 }
 
 const TagStrings& StreamStrings::strings(TagStringTable (*tableGetter)(ETLanguage)) {
@@ -32,13 +20,13 @@ const TagItem& StreamTags::item(std::size_t index) {
         std::vector<std::string_view> choices;
         choices.reserve(row.choiceCount);
         for (const TextRef& choice : choiceRows_.subspan(row.firstChoice, row.choiceCount)) {
-          choices.push_back(choice.in(text_));
+          choices.push_back(textAt(text_, choice));
         }
         // The vector's elements stay where they are when it moves into place.
         const TagItem::Choices view(choices);
         return BuiltItem{
             std::move(choices),
-            TagItemMaker::make(static_cast<int>(index), TagName(stream_, row.key.in(text_)),
+            TagItemMaker::make(static_cast<int>(index), TagName(stream_, textAt(text_, row.key)),
                                row.type, row.count, (row.flags & list) != 0,
                                (row.flags & writable) != 0, (row.flags & flatten) != 0,
                                (row.flags & binary) != 0, (row.flags & unsafe) != 0, view,

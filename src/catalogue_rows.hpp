@@ -1,13 +1,14 @@
 #pragma once
 
 // The building blocks of the generated catalogue (src/generated/*.cpp): the shapes of its
-// constant rows, and the objects that turn them into TagItem, TagStrings and TagStringTable
-// values on first use.
+// constant rows, and the objects that turn them into TagItem and TagStrings values on first
+// use and hand out its string tables.
 //
 // Rows hold no pointers: every string is an offset and a size into one character array per
 // translation unit. A shared library with some 200,000 string_views in constant data would
 // have the dynamic loader patch each of them at every load (relocations), dirtying megabytes
-// before anyone asks for a tag; offsets cost nothing until a table or tag is built.
+// before anyone asks for a tag; offsets cost nothing until they are read. String tables are
+// looked up in place (TagStringTable reads such rows); tags are built on first use.
 
 #include <array>
 #include <atomic>
@@ -52,18 +53,14 @@ private:
 };
 
 // A string of a translation unit's text array.
-struct TextRef {
-  std::uint32_t offset;
-  std::uint32_t size;
+using TextRef = TagStringTable::TextSpan;
 
-  constexpr std::string_view in(const char* text) const { return {text + offset, size}; }
-};
+constexpr std::string_view textAt(const char* text, TextRef ref) {
+  return {text + ref.offset, ref.size};
+}
 
 // One entry of a string table: text key and text.
-struct StringRow {
-  TextRef key;
-  TextRef text;
-};
+using StringRow = TagStringTable::TextEntry;
 
 enum TagFlag : std::uint8_t {
   list = 1,
@@ -87,19 +84,18 @@ struct TagRow {
 // language without a table.
 using StringTableRows = std::array<std::span<const StringRow>, 7>;
 
-// The texts of one stream: each language's table is built on its first use, and the stream's
-// TagStrings asks for two of them at most (the local one and English).
+// The texts of one stream: its seven tables, which are constant data looked at in place, and
+// its TagStrings, built on first use with two of them at most (the local one and English).
 class StreamStrings {
 public:
   constexpr StreamStrings(const char* text, StringTableRows tables) : text_(text), rows_(tables) {}
 
-  TagStringTable table(ETLanguage language);
+  TagStringTable table(ETLanguage language) const;
   const TagStrings& strings(TagStringTable (*tableGetter)(ETLanguage));
 
 private:
   const char* text_;
   StringTableRows rows_;
-  std::array<Lazy<std::vector<TagStringTable::Entry>>, 7> tables_;
   Lazy<TagStrings> strings_;
 };
 

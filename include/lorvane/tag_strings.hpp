@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <map>
@@ -18,13 +19,25 @@ namespace lorvane {
 
 // A read-only view of one language's string table: text key to text. It copies nothing, so
 // whatever it looks at must outlive it. It looks either at constant entries sorted by key in
-// byte order (the catalogue's generated arrays) or at a caller's own map (applications,
-// tests). Either way a lookup is a binary search, O(log n).
+// byte order or at a caller's own map (applications, tests). Either way a lookup is a binary
+// search, O(log n).
 class TagStringTable {
 public:
   struct Entry {
     std::string_view key;
     std::string_view text;
+  };
+  // Constant entries may also hold their strings as places in one text rather than as
+  // addresses. The catalogue's generated tables take this form: a shared library whose
+  // constant data held 100,000 addresses would have the loader patch every one of them at each
+  // start of the program, and the tables would cost time and memory before anyone looks.
+  struct TextSpan {
+    std::uint32_t offset;
+    std::uint32_t size;
+  };
+  struct TextEntry {
+    TextSpan key;
+    TextSpan text;
   };
   // The transparent comparator lets a lookup go without making a std::string of the key.
   using Map = std::map<std::string, std::string, std::less<>>;
@@ -37,11 +50,21 @@ public:
                sortedEntries.end() &&
            "TagStringTable: entries not sorted by key, or a key twice");
   }
+  // The same for entries whose strings lie in `text`.
+  constexpr TagStringTable(const char* text, std::span<const TextEntry> sortedEntries)
+      : text_(text), textEntries_(sortedEntries) {
+    assert(std::ranges::adjacent_find(sortedEntries, std::ranges::greater_equal{},
+                                      [&](const TextEntry& entry) { return in(entry.key); }) ==
+               sortedEntries.end() &&
+           "TagStringTable: entries not sorted by key, or a key twice");
+  }
   explicit TagStringTable(const Map& map) : map_(&map) {}
   // A temporary map would be gone before the first lookup.
   explicit TagStringTable(const Map&& map) = delete;
 
-  std::size_t size() const { return map_ != nullptr ? map_->size() : entries_.size(); }
+  std::size_t size() const {
+    return map_ != nullptr ? map_->size() : text_ != nullptr ? textEntries_.size() : entries_.size();
+  }
   bool empty() const { return size() == 0; }
 
   // The text stored under exactly this key; an empty text is a text too.
@@ -50,12 +73,22 @@ public:
       const auto found = map_->find(key);
       return found != map_->end() ? std::optional<std::string_view>(found->second) : std::nullopt;
     }
+    if (text_ != nullptr) {
+      const auto found = std::ranges::lower_bound(
+          textEntries_, key, {}, [&](const TextEntry& entry) { return in(entry.key); });
+      return found != textEntries_.end() && in(found->key) == key ? std::optional(in(found->text))
+                                                                   : std::nullopt;
+    }
     const auto found = std::ranges::lower_bound(entries_, key, {}, &Entry::key);
     return found != entries_.end() && found->key == key ? std::optional(found->text) : std::nullopt;
   }
 
 private:
+  constexpr std::string_view in(TextSpan span) const { return {text_ + span.offset, span.size}; }
+
   std::span<const Entry> entries_;
+  const char* text_ = nullptr;
+  std::span<const TextEntry> textEntries_;
   const Map* map_ = nullptr;
 };
 

@@ -30,11 +30,21 @@ constexpr std::array<TagStringTable::Entry, 4> englishEntries{{
     {"EXIF:Orientation:2", "Mirror horizontal"},
     {"ICC_Profile:ProfileCMMType:", ""},
 }};
+// The same slice with its strings as places in one text, as the generated catalogue holds it.
+constexpr char englishText[] = "EXIF:OrientationOrientationEXIF:Orientation:1Horizontal (normal)"
+                               "EXIF:Orientation:2Mirror horizontalICC_Profile:ProfileCMMType:";
+constexpr std::array<TagStringTable::TextEntry, 4> englishTextEntries{{
+    {{0, 16}, {16, 11}},
+    {{27, 18}, {45, 19}},
+    {{64, 18}, {82, 17}},
+    {{99, 27}, {126, 0}},
+}};
 
 }  // namespace
 
 TEST(TagStringTable, ConstantEntriesAndMapsAnswerAlike) {
-  for (const TagStringTable& table : {TagStringTable(englishEntries), TagStringTable(englishExif)}) {
+  for (const TagStringTable& table : {TagStringTable(englishEntries), TagStringTable(englishExif),
+                                      TagStringTable(englishText, englishTextEntries)}) {
     EXPECT_EQ(table.size(), 4u);
     EXPECT_EQ(table.find("EXIF:Orientation"), "Orientation");
     EXPECT_EQ(table.find("EXIF:Orientation:2"), "Mirror horizontal");
@@ -55,6 +65,8 @@ TEST(TagStringTable, ConstantEntriesAndMapsAnswerAlike) {
 TEST(TagStringTableDeathTest, DebugBuildsRefuseUnsortedEntries) {
   constexpr std::array<TagStringTable::Entry, 2> unsorted{{{"b", "1"}, {"a", "2"}}};
   EXPECT_DEBUG_DEATH(TagStringTable{unsorted}, "not sorted");
+  constexpr std::array<TagStringTable::TextEntry, 2> unsortedText{{{{1, 1}, {0, 1}}, {{0, 1}, {1, 1}}}};
+  EXPECT_DEBUG_DEATH(TagStringTable("ab", unsortedText), "not sorted");
 }
 
 TEST(TagStrings, MakeIdJoinsWithColonsAndEscapesNothing) {

@@ -22,5 +22,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cma
 install(FILES "${PROJECT_BINARY_DIR}/LorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cmake"
   DESTINATION ${LORVANE_CMAKE_DIR})
 
+# The .pc file finds its prefix from where it lies, so an installed tree can move.
+file(RELATIVE_PATH LORVANE_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/lorvane.pc.in "${PROJECT_BINARY_DIR}/lorvane.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/lorvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -1,5 +1,7 @@
 #include "catalogue_rows.hpp"
 
+#include <algorithm>
+
 #include "tag_item_maker.hpp"
 
 namespace lorvane::detail {
@@ -33,6 +35,18 @@ const TagItem& StreamTags::item(std::size_t index) {
                                strings_())};
       })
       .item;
+}
+
+const TagItem* StreamTags::find(std::string_view key) {
+  const auto found = std::lower_bound(
+      keyOrder_.begin(), keyOrder_.end(), key,
+      [&](std::uint16_t index, std::string_view wanted) {
+        return textAt(text_, rows_[index].key) < wanted;
+      });
+  if (found == keyOrder_.end() || textAt(text_, rows_[*found].key) != key) {
+    return nullptr;
+  }
+  return &item(*found);
 }
 
 std::span<const TagItem* const> StreamTags::all() {

@@ -108,19 +108,23 @@ struct BuiltItem {
 // The tags of one stream: each item is built on its first use, the list of all on its own.
 class StreamTags {
 public:
+  // `keyOrder` holds the positions of `rows` in byte order of their keys.
   constexpr StreamTags(std::string_view stream, const char* text, std::span<const TagRow> rows,
-                       std::span<const TextRef> choices, std::span<Lazy<BuiltItem>> items,
-                       const TagStrings& (*strings)())
-      : stream_(stream), text_(text), rows_(rows), choiceRows_(choices), items_(items),
-        strings_(strings) {}
+                       std::span<const std::uint16_t> keyOrder, std::span<const TextRef> choices,
+                       std::span<Lazy<BuiltItem>> items, const TagStrings& (*strings)())
+      : stream_(stream), text_(text), rows_(rows), keyOrder_(keyOrder), choiceRows_(choices),
+        items_(items), strings_(strings) {}
 
   const TagItem& item(std::size_t index);
   std::span<const TagItem* const> all();
+  // The item with this key (bytes compared), built if need be; nothing when there is none.
+  const TagItem* find(std::string_view key);
 
 private:
   std::string_view stream_;
   const char* text_;
   std::span<const TagRow> rows_;
+  std::span<const std::uint16_t> keyOrder_;
   std::span<const TextRef> choiceRows_;
   std::span<Lazy<BuiltItem>> items_;
   const TagStrings& (*strings_)();
@@ -150,6 +154,11 @@ private:
 };
 
 using StreamList = std::span<const TagItem* const> (*)();
+
+// The catalogue's item of a stream and key, both in NFC; nothing when there is none.
+// Generated with the index: a binary search over the stream names, then over the keys.
+const TagItem* findCatalogueItem(std::string_view stream, std::string_view key);
+using StreamFinder = const TagItem* (*)(std::string_view key);
 
 // TagItem::allCases(): every stream's list, joined in stream order.
 class ItemIndex {

@@ -1,7 +1,8 @@
 #include <lorvane/et_path_filter.hpp>
 
+#include <lorvane/canonical_text.hpp>
+
 #include <unicode/locid.h>
-#include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -11,22 +12,17 @@
 namespace lorvane {
 namespace {
 
-bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// The form in which two texts are equal exactly when they are canonically equivalent (NFC),
-// upper-cased first if asked. Text that is not valid UTF-8 (file names may be any bytes) is
-// left as it is, so that it only ever matches itself.
-std::string comparable(std::string_view text, bool upperCased) {
-  if (isAscii(text)) {
-    std::string result(text);
-    if (upperCased) {
-      std::ranges::transform(result, result.begin(), [](char c) {
-        return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-      });
-    }
-    return result;
+// Full Unicode upper-casing without a locale ("ß" becomes "SS"), then the canonical form, so
+// that two spellings match exactly when their upper cases are canonically equivalent. Bytes
+// that are no valid UTF-8 (file names may be any bytes) stay as they are and match only
+// themselves.
+std::string matchingForm(std::string_view text) {
+  if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    std::string upper(text);
+    std::ranges::transform(upper, upper.begin(), [](char c) {
+      return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    return upper;
   }
   icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(
       icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
@@ -34,16 +30,8 @@ std::string comparable(std::string_view text, bool upperCased) {
   if (unicode.toUTF8String(roundTrip) != text) {
     return std::string(text);
   }
-  if (upperCased) {
-    unicode.toUpper(icu::Locale::getRoot());
-  }
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
-  if (U_SUCCESS(status)) {
-    unicode = nfc->normalize(unicode, status);
-  }
-  std::string result;
-  return unicode.toUTF8String(result);
+  std::string upper;
+  return canonicalForm(unicode.toUpper(icu::Locale::getRoot()).toUTF8String(upper));
 }
 
 // Foundation's pathExtension: what follows the last dot of the last path component; a name
@@ -80,11 +68,11 @@ std::vector<std::filesystem::path> ETPathFilter::filter(
   }
   std::unordered_set<std::string> wanted;
   for (const std::string& suffix : suffixes_) {
-    wanted.insert(comparable(suffix, true));
+    wanted.insert(matchingForm(suffix));
   }
   std::vector<std::filesystem::path> kept;
   for (const std::filesystem::path& url : urls) {
-    if (wanted.contains(comparable(pathExtension(url), true))) {
+    if (wanted.contains(matchingForm(pathExtension(url)))) {
       kept.push_back(url);
     }
   }
@@ -92,10 +80,7 @@ std::vector<std::filesystem::path> ETPathFilter::filter(
 }
 
 bool operator==(const ETPathFilter& a, const ETPathFilter& b) {
-  return std::ranges::equal(a.suffixes_, b.suffixes_, [](const std::string& x,
-                                                          const std::string& y) {
-    return x == y || comparable(x, false) == comparable(y, false);
-  });
+  return std::ranges::equal(a.suffixes_, b.suffixes_, canonicallyEqual);
 }
 
 }  // namespace lorvane

@@ -23,3 +23,4 @@
 #include <lorvane/tag_stream.hpp>
 #include <lorvane/tag_strings.hpp>
 #include <lorvane/tag_type.hpp>
+#include <lorvane/tool_groups.hpp>

@@ -64,6 +64,11 @@ public:
   // One pair for each position of choices(), in order: the entry and its label.
   std::vector<std::pair<std::string, std::string>> makeFilteredChoices() const;
 
+  // The catalogue's item of this name, or nothing when the catalogue has no such tag. A binary
+  // search over a generated index: it builds this item alone, never the rest of the catalogue.
+  // Names compare as everywhere in the tag model (canonical equivalence, case-exact).
+  static const TagItem* find(const TagName& name);
+
   // "TagItem<EXIF:Orientation>".
   std::string description() const;
 

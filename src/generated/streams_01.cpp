@@ -2673,8 +2673,11 @@ constexpr detail::StringRow kStringsSpanishAFCP[] = {
     {{69, 19}, {190, 9}},
 };
 constinit detail::StreamStrings gStringsAFCP(kText, {kStringsEnglishAFCP, kStringsChineseAFCP, kStringsFrenchAFCP, kStringsGermanAFCP, kStringsItalianAFCP, kStringsJapaneseAFCP, kStringsSpanishAFCP});
+constexpr std::uint16_t kKeyOrderAFCP[] = {
+    1, 2, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAFCP[3];
-constinit detail::StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP);
+constinit detail::StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, {}, gItemsAFCP, &TagStringsCatalogue::stringsAFCP);
 
 // AIFF: 14 tags
 
@@ -2787,8 +2790,11 @@ constexpr detail::StringRow kStringsSpanishAIFF[] = {
     {{1255, 15}, {1852, 15}},
 };
 constinit detail::StreamStrings gStringsAIFF(kText, {kStringsEnglishAIFF, kStringsChineseAIFF, kStringsFrenchAIFF, kStringsGermanAIFF, kStringsItalianAIFF, kStringsJapaneseAIFF, kStringsSpanishAIFF});
+constexpr std::uint16_t kKeyOrderAIFF[] = {
+    10, 11, 12, 2, 0, 6, 7, 9, 8, 1, 13, 3, 4, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAIFF[14];
-constinit detail::StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF);
+constinit detail::StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, kChoicesAIFF, gItemsAIFF, &TagStringsCatalogue::stringsAIFF);
 
 // APE: 17 tags
 
@@ -2898,8 +2904,11 @@ constexpr detail::StringRow kStringsSpanishAPE[] = {
     {{2358, 8}, {3086, 4}},
 };
 constinit detail::StreamStrings gStringsAPE(kText, {kStringsEnglishAPE, kStringsChineseAPE, kStringsFrenchAPE, kStringsGermanAPE, kStringsItalianAPE, kStringsJapaneseAPE, kStringsSpanishAPE});
+constexpr std::uint16_t kKeyOrderAPE[] = {
+    16, 0, 1, 13, 10, 14, 9, 2, 11, 3, 15, 4, 5, 6, 12, 7, 8,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPE[17];
-constinit detail::StreamTags gTagsAPE("APE", kText, kTagsAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE);
+constinit detail::StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, gItemsAPE, &TagStringsCatalogue::stringsAPE);
 
 // APP0: 2 tags
 
@@ -2921,8 +2930,11 @@ constexpr detail::StringRow kStringsItalianAPP0[] = {
     {{3223, 23}, {3280, 4}},
 };
 constinit detail::StreamStrings gStringsAPP0(kText, {kStringsEnglishAPP0, {}, {}, {}, kStringsItalianAPP0, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP0[] = {
+    0, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP0[2];
-constinit detail::StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0);
+constinit detail::StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, kChoicesAPP0, gItemsAPP0, &TagStringsCatalogue::stringsAPP0);
 
 // APP1: 138 tags
 
@@ -3482,8 +3494,17 @@ constexpr detail::StringRow kStringsSpanishAPP1[] = {
     {{8399, 21}, {15195, 22}},
 };
 constinit detail::StreamStrings gStringsAPP1(kText, {kStringsEnglishAPP1, kStringsChineseAPP1, kStringsFrenchAPP1, kStringsGermanAPP1, kStringsItalianAPP1, kStringsJapaneseAPP1, kStringsSpanishAPP1});
+constexpr std::uint16_t kKeyOrderAPP1[] = {
+    102, 4, 11, 12, 13, 14, 15, 103, 0, 24, 25, 26, 27, 18, 22, 20, 19, 23, 21, 16, 17, 45, 49, 47,
+    48, 46, 76, 113, 41, 55, 54, 50, 52, 53, 51, 1, 31, 32, 33, 34, 43, 42, 44, 62, 63, 69, 66, 60,
+    58, 61, 59, 70, 67, 64, 68, 65, 56, 57, 71, 75, 73, 74, 72, 5, 6, 106, 107, 130, 131, 132, 133,
+    28, 29, 30, 77, 78, 79, 2, 119, 120, 104, 96, 100, 98, 99, 97, 112, 101, 110, 108, 111, 109,
+    114, 115, 116, 117, 121, 122, 123, 124, 9, 10, 35, 8, 36, 125, 129, 127, 128, 126, 39, 40, 38,
+    37, 81, 82, 80, 83, 85, 86, 84, 87, 89, 90, 88, 91, 93, 94, 92, 95, 118, 3, 7, 105, 134, 135,
+    136, 137,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP1[138];
-constinit detail::StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1);
+constinit detail::StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, kChoicesAPP1, gItemsAPP1, &TagStringsCatalogue::stringsAPP1);
 
 // APP11: 8 tags
 
@@ -3508,8 +3529,11 @@ constexpr detail::StringRow kStringsEnglishAPP11[] = {
     {{15418, 9}, {15258, 3}},
 };
 constinit detail::StreamStrings gStringsAPP11(kText, {kStringsEnglishAPP11, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP11[] = {
+    1, 2, 3, 7, 4, 5, 0, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP11[8];
-constinit detail::StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11);
+constinit detail::StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP11, {}, gItemsAPP11, &TagStringsCatalogue::stringsAPP11);
 
 // APP12: 26 tags
 
@@ -3703,8 +3727,11 @@ constexpr detail::StringRow kStringsSpanishAPP12[] = {
     {{16223, 13}, {17606, 14}},
 };
 constinit detail::StreamStrings gStringsAPP12(kText, {kStringsEnglishAPP12, kStringsChineseAPP12, kStringsFrenchAPP12, kStringsGermanAPP12, kStringsItalianAPP12, kStringsJapaneseAPP12, kStringsSpanishAPP12});
+constexpr std::uint16_t kKeyOrderAPP12[] = {
+    0, 20, 1, 2, 19, 3, 17, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 18, 21, 25, 22, 23, 24,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP12[26];
-constinit detail::StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12);
+constinit detail::StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP12, kChoicesAPP12, gItemsAPP12, &TagStringsCatalogue::stringsAPP12);
 
 // APP13: 1 tags
 
@@ -3718,8 +3745,11 @@ constexpr detail::StringRow kStringsItalianAPP13[] = {
     {{17631, 17}, {17661, 13}},
 };
 constinit detail::StreamStrings gStringsAPP13(kText, {kStringsEnglishAPP13, {}, {}, {}, kStringsItalianAPP13, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP13[] = {
+    0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP13[1];
-constinit detail::StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13);
+constinit detail::StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP13, {}, gItemsAPP13, &TagStringsCatalogue::stringsAPP13);
 
 // APP14: 5 tags
 
@@ -3751,8 +3781,11 @@ constexpr detail::StringRow kStringsGermanAPP14[] = {
     {{17942, 22}, {18096, 25}},
 };
 constinit detail::StreamStrings gStringsAPP14(kText, {kStringsEnglishAPP14, {}, {}, kStringsGermanAPP14, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP14[] = {
+    2, 3, 0, 4, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP14[5];
-constinit detail::StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14);
+constinit detail::StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP14, kChoicesAPP14, gItemsAPP14, &TagStringsCatalogue::stringsAPP14);
 
 // APP15: 1 tags
 
@@ -3781,8 +3814,11 @@ constexpr detail::StringRow kStringsSpanishAPP15[] = {
     {{18121, 13}, {17559, 7}},
 };
 constinit detail::StreamStrings gStringsAPP15(kText, {kStringsEnglishAPP15, kStringsChineseAPP15, kStringsFrenchAPP15, kStringsGermanAPP15, kStringsItalianAPP15, kStringsJapaneseAPP15, kStringsSpanishAPP15});
+constexpr std::uint16_t kKeyOrderAPP15[] = {
+    0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP15[1];
-constinit detail::StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15);
+constinit detail::StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP15, {}, gItemsAPP15, &TagStringsCatalogue::stringsAPP15);
 
 // APP2: 22 tags
 
@@ -3835,8 +3871,11 @@ constexpr detail::StringRow kStringsEnglishAPP2[] = {
     {{19169, 22}, {19191, 19}},
 };
 constinit detail::StreamStrings gStringsAPP2(kText, {kStringsEnglishAPP2, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP2[] = {
+    2, 4, 1, 3, 0, 8, 7, 11, 10, 9, 5, 13, 12, 16, 15, 14, 6, 18, 17, 21, 20, 19,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP2[22];
-constinit detail::StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2);
+constinit detail::StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, {}, gItemsAPP2, &TagStringsCatalogue::stringsAPP2);
 
 // APP3: 8 tags
 
@@ -3875,8 +3914,11 @@ constexpr detail::StringRow kStringsEnglishAPP3[] = {
     {{19739, 16}, {19755, 12}},
 };
 constinit detail::StreamStrings gStringsAPP3(kText, {kStringsEnglishAPP3, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP3[] = {
+    0, 7, 5, 2, 3, 1, 4, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP3[8];
-constinit detail::StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3);
+constinit detail::StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, kChoicesAPP3, gItemsAPP3, &TagStringsCatalogue::stringsAPP3);
 
 // APP4: 42 tags
 
@@ -3988,8 +4030,12 @@ constexpr detail::StringRow kStringsJapaneseAPP4[] = {
     {{20973, 19}, {14664, 21}},
 };
 constinit detail::StreamStrings gStringsAPP4(kText, {kStringsEnglishAPP4, {}, kStringsFrenchAPP4, kStringsGermanAPP4, kStringsItalianAPP4, kStringsJapaneseAPP4, {}});
+constexpr std::uint16_t kKeyOrderAPP4[] = {
+    11, 5, 6, 12, 14, 40, 9, 24, 26, 25, 27, 23, 19, 28, 29, 30, 21, 20, 22, 33, 31, 32, 36, 35, 34,
+    37, 17, 18, 0, 1, 2, 3, 4, 13, 15, 7, 38, 41, 39, 16, 10, 8,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP4[42];
-constinit detail::StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4);
+constinit detail::StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, {}, gItemsAPP4, &TagStringsCatalogue::stringsAPP4);
 
 // APP5: 18 tags
 
@@ -4094,8 +4140,11 @@ constexpr detail::StringRow kStringsSpanishAPP5[] = {
     {{22041, 13}, {22585, 13}},
 };
 constinit detail::StreamStrings gStringsAPP5(kText, {kStringsEnglishAPP5, {}, kStringsFrenchAPP5, kStringsGermanAPP5, kStringsItalianAPP5, kStringsJapaneseAPP5, kStringsSpanishAPP5});
+constexpr std::uint16_t kKeyOrderAPP5[] = {
+    11, 17, 12, 1, 2, 0, 3, 13, 14, 4, 6, 7, 8, 15, 16, 9, 5, 10,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP5[18];
-constinit detail::StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5);
+constinit detail::StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, kChoicesAPP5, gItemsAPP5, &TagStringsCatalogue::stringsAPP5);
 
 // APP6: 18 tags
 
@@ -4176,8 +4225,11 @@ constexpr detail::StringRow kStringsSpanishAPP6[] = {
     {{23538, 18}, {23666, 9}},
 };
 constinit detail::StreamStrings gStringsAPP6(kText, {kStringsEnglishAPP6, kStringsChineseAPP6, kStringsFrenchAPP6, kStringsGermanAPP6, kStringsItalianAPP6, kStringsJapaneseAPP6, kStringsSpanishAPP6});
+constexpr std::uint16_t kKeyOrderAPP6[] = {
+    11, 9, 8, 3, 5, 17, 1, 12, 10, 7, 13, 0, 6, 2, 4, 14, 16, 15,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP6[18];
-constinit detail::StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6);
+constinit detail::StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, kChoicesAPP6, gItemsAPP6, &TagStringsCatalogue::stringsAPP6);
 
 // APP7: 6 tags
 
@@ -4198,8 +4250,11 @@ constexpr detail::StringRow kStringsEnglishAPP7[] = {
     {{23910, 16}, {23926, 12}},
 };
 constinit detail::StreamStrings gStringsAPP7(kText, {kStringsEnglishAPP7, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP7[] = {
+    5, 3, 1, 2, 4, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP7[6];
-constinit detail::StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7);
+constinit detail::StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, {}, gItemsAPP7, &TagStringsCatalogue::stringsAPP7);
 
 // APP8: 15 tags
 
@@ -4369,8 +4424,11 @@ constexpr detail::StringRow kStringsSpanishAPP8[] = {
     {{25314, 16}, {26572, 27}},
 };
 constinit detail::StreamStrings gStringsAPP8(kText, {kStringsEnglishAPP8, kStringsChineseAPP8, kStringsFrenchAPP8, kStringsGermanAPP8, kStringsItalianAPP8, kStringsJapaneseAPP8, kStringsSpanishAPP8});
+constexpr std::uint16_t kKeyOrderAPP8[] = {
+    10, 2, 3, 6, 9, 11, 7, 8, 0, 1, 5, 12, 4, 14, 13,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP8[15];
-constinit detail::StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8);
+constinit detail::StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, kChoicesAPP8, gItemsAPP8, &TagStringsCatalogue::stringsAPP8);
 
 // APP9: 14 tags
 
@@ -4407,8 +4465,11 @@ constexpr detail::StringRow kStringsEnglishAPP9[] = {
     {{27438, 30}, {27468, 28}},
 };
 constinit detail::StreamStrings gStringsAPP9(kText, {kStringsEnglishAPP9, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderAPP9[] = {
+    6, 5, 4, 0, 1, 2, 3, 13, 12, 11, 7, 8, 9, 10,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAPP9[14];
-constinit detail::StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9);
+constinit detail::StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, {}, gItemsAPP9, &TagStringsCatalogue::stringsAPP9);
 
 // ASF: 210 tags
 
@@ -5411,8 +5472,20 @@ constexpr detail::StringRow kStringsSpanishASF[] = {
     {{48418, 8}, {3086, 4}},
 };
 constinit detail::StreamStrings gStringsASF(kText, {kStringsEnglishASF, kStringsChineseASF, kStringsFrenchASF, kStringsGermanASF, kStringsItalianASF, kStringsJapaneseASF, kStringsSpanishASF});
+constexpr std::uint16_t kKeyOrderASF[] = {
+    15, 16, 17, 182, 186, 18, 19, 20, 21, 22, 207, 0, 205, 1, 23, 208, 24, 11, 25, 26, 187, 7, 27,
+    6, 8, 28, 29, 179, 30, 31, 32, 33, 34, 35, 184, 36, 37, 38, 39, 174, 40, 12, 9, 164, 41, 42, 43,
+    44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 54, 55, 56, 57, 58, 59, 194, 165, 13, 175, 60, 61, 62,
+    63, 64, 177, 202, 176, 181, 162, 163, 65, 168, 66, 67, 189, 68, 69, 70, 71, 72, 73, 74, 75, 209,
+    206, 195, 191, 76, 77, 78, 79, 80, 185, 81, 82, 83, 180, 171, 170, 84, 85, 86, 196, 87, 88, 89,
+    90, 91, 92, 93, 94, 95, 96, 97, 98, 99, 100, 169, 101, 102, 103, 104, 105, 106, 107, 108, 109,
+    110, 111, 112, 113, 114, 115, 2, 3, 172, 116, 117, 118, 119, 120, 121, 200, 199, 198, 197, 122,
+    167, 123, 124, 125, 126, 127, 128, 129, 130, 131, 132, 14, 188, 173, 133, 166, 134, 135, 192,
+    178, 204, 190, 201, 136, 137, 140, 138, 139, 141, 203, 193, 183, 10, 142, 143, 144, 145, 146,
+    147, 148, 149, 4, 5, 150, 151, 152, 153, 154, 155, 156, 157, 158, 159, 160, 161,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsASF[210];
-constinit detail::StreamTags gTagsASF("ASF", kText, kTagsASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF);
+constinit detail::StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kChoicesASF, gItemsASF, &TagStringsCatalogue::stringsASF);
 
 // AdobeDNG: 91 tags
 
@@ -5827,8 +5900,14 @@ constexpr detail::StringRow kStringsItalianAdobeDNG[] = {
     {{56390, 29}, {61291, 30}},
 };
 constinit detail::StreamStrings gStringsAdobeDNG(kText, {kStringsEnglishAdobeDNG, {}, kStringsFrenchAdobeDNG, kStringsGermanAdobeDNG, kStringsItalianAdobeDNG, {}, {}});
+constexpr std::uint16_t kKeyOrderAdobeDNG[] = {
+    0, 2, 3, 4, 6, 5, 7, 8, 9, 10, 12, 13, 14, 15, 11, 16, 17, 18, 32, 33, 34, 19, 20, 21, 22, 23,
+    24, 25, 26, 27, 28, 29, 30, 31, 35, 36, 47, 56, 48, 49, 50, 51, 52, 53, 54, 55, 37, 38, 39, 40,
+    1, 41, 42, 43, 44, 45, 46, 57, 58, 59, 60, 61, 62, 63, 64, 65, 66, 67, 68, 69, 71, 72, 70, 73,
+    74, 75, 76, 77, 78, 79, 80, 81, 82, 83, 84, 85, 86, 87, 90, 89, 88,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAdobeDNG[91];
-constinit detail::StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG);
+constinit detail::StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKeyOrderAdobeDNG, {}, gItemsAdobeDNG, &TagStringsCatalogue::stringsAdobeDNG);
 
 // Apple: 38 tags
 
@@ -5979,8 +6058,12 @@ constexpr detail::StringRow kStringsSpanishApple[] = {
     {{63024, 22}, {64372, 24}},
 };
 constinit detail::StreamStrings gStringsApple(kText, {kStringsEnglishApple, kStringsChineseApple, kStringsFrenchApple, kStringsGermanApple, kStringsItalianApple, kStringsJapaneseApple, kStringsSpanishApple});
+constexpr std::uint16_t kKeyOrderApple[] = {
+    4, 1, 2, 3, 27, 26, 5, 6, 8, 28, 11, 9, 24, 33, 29, 25, 19, 7, 18, 12, 15, 13, 14, 17, 0, 10,
+    23, 16, 34, 35, 36, 37, 20, 30, 32, 31, 22, 21,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsApple[38];
-constinit detail::StreamTags gTagsApple("Apple", kText, kTagsApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple);
+constinit detail::StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApple, kChoicesApple, gItemsApple, &TagStringsCatalogue::stringsApple);
 
 // Audible: 19 tags
 
@@ -6082,8 +6165,11 @@ constexpr detail::StringRow kStringsSpanishAudible[] = {
     {{64901, 12}, {3086, 4}},
 };
 constinit detail::StreamStrings gStringsAudible(kText, {kStringsEnglishAudible, kStringsChineseAudible, kStringsFrenchAudible, kStringsGermanAudible, kStringsItalianAudible, kStringsJapaneseAudible, kStringsSpanishAudible});
+constexpr std::uint16_t kKeyOrderAudible[] = {
+    8, 7, 9, 2, 0, 17, 18, 10, 3, 1, 6, 13, 11, 5, 4, 12, 14, 15, 16,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsAudible[19];
-constinit detail::StreamTags gTagsAudible("Audible", kText, kTagsAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible);
+constinit detail::StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOrderAudible, {}, gItemsAudible, &TagStringsCatalogue::stringsAudible);
 
 // Canon: 492 tags
 
@@ -12224,8 +12310,35 @@ constexpr detail::StringRow kStringsSpanishCanon[] = {
     {{169347, 20}, {204689, 27}},
 };
 constinit detail::StreamStrings gStringsCanon(kText, {kStringsEnglishCanon, kStringsChineseCanon, kStringsFrenchCanon, kStringsGermanCanon, kStringsItalianCanon, kStringsJapaneseCanon, kStringsSpanishCanon});
+constexpr std::uint16_t kKeyOrderCanon[] = {
+    457, 155, 2, 26, 35, 33, 12, 25, 34, 27, 28, 7, 0, 24, 23, 32, 38, 39, 147, 15, 3, 29, 358, 87,
+    36, 17, 1, 4, 5, 40, 41, 387, 389, 388, 9, 456, 446, 86, 461, 281, 447, 354, 172, 445, 442, 444,
+    443, 303, 305, 304, 459, 367, 175, 176, 177, 178, 179, 180, 181, 182, 183, 184, 185, 186, 187,
+    188, 189, 144, 57, 133, 54, 460, 148, 346, 344, 342, 138, 22, 74, 343, 21, 341, 347, 37, 31,
+    352, 471, 477, 232, 340, 284, 339, 191, 192, 199, 276, 229, 231, 197, 203, 279, 201, 202, 194,
+    270, 272, 274, 198, 200, 196, 221, 223, 225, 227, 234, 236, 238, 240, 242, 244, 205, 246, 248,
+    250, 252, 254, 256, 258, 260, 262, 264, 207, 283, 209, 211, 213, 215, 217, 219, 61, 77, 416,
+    121, 119, 406, 120, 118, 117, 123, 124, 125, 338, 491, 139, 78, 413, 94, 92, 95, 93, 91, 90, 96,
+    97, 98, 458, 289, 286, 287, 288, 43, 44, 45, 42, 371, 351, 467, 431, 337, 479, 143, 66, 131,
+    157, 470, 478, 473, 386, 142, 450, 51, 50, 292, 293, 294, 295, 296, 297, 298, 299, 300, 291,
+    301, 290, 67, 130, 302, 312, 417, 403, 399, 113, 401, 397, 395, 407, 409, 411, 88, 65, 72, 325,
+    152, 278, 153, 455, 316, 454, 53, 277, 368, 56, 329, 330, 331, 332, 73, 149, 154, 59, 58, 140,
+    146, 385, 384, 318, 333, 334, 85, 81, 52, 47, 156, 353, 46, 18, 285, 359, 75, 10, 68, 129, 62,
+    268, 314, 336, 308, 55, 135, 490, 14, 162, 150, 64, 132, 82, 83, 372, 280, 145, 151, 63, 321,
+    322, 324, 323, 381, 383, 328, 382, 377, 376, 374, 375, 373, 380, 379, 378, 391, 392, 393, 394,
+    462, 266, 19, 8, 453, 13, 357, 475, 474, 84, 326, 420, 419, 265, 335, 469, 476, 472, 161, 71,
+    370, 369, 424, 422, 425, 423, 421, 30, 137, 317, 435, 434, 356, 355, 306, 307, 275, 141, 134,
+    163, 76, 415, 112, 110, 405, 111, 109, 108, 114, 115, 116, 11, 136, 463, 428, 441, 437, 438,
+    427, 440, 439, 436, 452, 345, 349, 70, 414, 103, 362, 69, 101, 104, 102, 100, 99, 361, 105, 106,
+    107, 89, 79, 315, 451, 319, 267, 160, 350, 448, 449, 48, 348, 49, 80, 465, 466, 426, 364, 360,
+    313, 418, 404, 400, 122, 402, 398, 396, 408, 410, 412, 320, 6, 464, 126, 127, 128, 16, 366, 20,
+    390, 468, 309, 310, 311, 432, 433, 480, 482, 488, 489, 481, 486, 485, 484, 483, 487, 174, 190,
+    164, 167, 171, 228, 230, 165, 170, 169, 173, 193, 269, 271, 273, 166, 168, 195, 220, 222, 224,
+    226, 233, 235, 237, 239, 241, 243, 204, 245, 247, 249, 251, 253, 255, 257, 259, 261, 263, 206,
+    282, 208, 210, 212, 214, 216, 218, 327, 60, 430, 365, 429, 363, 158, 159,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsCanon[492];
-constinit detail::StreamTags gTagsCanon("Canon", kText, kTagsCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon);
+constinit detail::StreamTags gTagsCanon("Canon", kText, kTagsCanon, kKeyOrderCanon, kChoicesCanon, gItemsCanon, &TagStringsCatalogue::stringsCanon);
 
 }  // namespace
 
@@ -13666,5 +13779,31 @@ const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom1() { ret
 const TagItem& detail::TagItemCatalogue03::itemCanonWB_GRBGLevelsCustom2() { return gTagsCanon.item(489); }
 const TagItem& detail::TagItemCatalogue03::itemCanonMakerNoteCanon() { return gTagsCanon.item(490); }
 const TagItem& detail::TagItemCatalogue03::itemCanonCompressorVersion() { return gTagsCanon.item(491); }
+
+namespace detail {
+const TagItem* findInAFCP(std::string_view key) { return gTagsAFCP.find(key); }
+const TagItem* findInAIFF(std::string_view key) { return gTagsAIFF.find(key); }
+const TagItem* findInAPE(std::string_view key) { return gTagsAPE.find(key); }
+const TagItem* findInAPP0(std::string_view key) { return gTagsAPP0.find(key); }
+const TagItem* findInAPP1(std::string_view key) { return gTagsAPP1.find(key); }
+const TagItem* findInAPP11(std::string_view key) { return gTagsAPP11.find(key); }
+const TagItem* findInAPP12(std::string_view key) { return gTagsAPP12.find(key); }
+const TagItem* findInAPP13(std::string_view key) { return gTagsAPP13.find(key); }
+const TagItem* findInAPP14(std::string_view key) { return gTagsAPP14.find(key); }
+const TagItem* findInAPP15(std::string_view key) { return gTagsAPP15.find(key); }
+const TagItem* findInAPP2(std::string_view key) { return gTagsAPP2.find(key); }
+const TagItem* findInAPP3(std::string_view key) { return gTagsAPP3.find(key); }
+const TagItem* findInAPP4(std::string_view key) { return gTagsAPP4.find(key); }
+const TagItem* findInAPP5(std::string_view key) { return gTagsAPP5.find(key); }
+const TagItem* findInAPP6(std::string_view key) { return gTagsAPP6.find(key); }
+const TagItem* findInAPP7(std::string_view key) { return gTagsAPP7.find(key); }
+const TagItem* findInAPP8(std::string_view key) { return gTagsAPP8.find(key); }
+const TagItem* findInAPP9(std::string_view key) { return gTagsAPP9.find(key); }
+const TagItem* findInASF(std::string_view key) { return gTagsASF.find(key); }
+const TagItem* findInAdobeDNG(std::string_view key) { return gTagsAdobeDNG.find(key); }
+const TagItem* findInApple(std::string_view key) { return gTagsApple.find(key); }
+const TagItem* findInAudible(std::string_view key) { return gTagsAudible.find(key); }
+const TagItem* findInCanon(std::string_view key) { return gTagsCanon.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -5317,8 +5317,19 @@ constexpr detail::StringRow kStringsSpanishCanonCustom[] = {
     {{31503, 32}, {58603, 9}},
 };
 constinit detail::StreamStrings gStringsCanonCustom(kText, {kStringsEnglishCanonCustom, kStringsChineseCanonCustom, kStringsFrenchCanonCustom, kStringsGermanCanonCustom, kStringsItalianCanonCustom, kStringsJapaneseCanonCustom, kStringsSpanishCanonCustom});
+constexpr std::uint16_t kKeyOrderCanonCustom[] = {
+    34, 35, 8, 36, 49, 45, 89, 83, 4, 70, 73, 64, 91, 27, 65, 67, 69, 68, 24, 6, 25, 71, 26, 30, 81,
+    61, 82, 62, 29, 80, 111, 118, 112, 43, 44, 98, 12, 119, 84, 53, 94, 97, 86, 87, 105, 99, 108,
+    116, 93, 76, 54, 48, 5, 41, 46, 13, 18, 101, 55, 2, 77, 106, 17, 51, 52, 33, 19, 31, 32, 58, 85,
+    114, 123, 57, 23, 60, 16, 63, 113, 96, 50, 121, 75, 21, 115, 10, 124, 11, 79, 102, 78, 150, 160,
+    161, 162, 163, 164, 165, 166, 167, 135, 134, 151, 126, 168, 136, 169, 138, 139, 170, 137, 171,
+    140, 143, 144, 148, 172, 142, 145, 141, 147, 146, 173, 174, 149, 175, 176, 152, 127, 177, 178,
+    153, 128, 154, 130, 129, 155, 132, 131, 156, 157, 133, 158, 159, 92, 107, 7, 88, 117, 38, 15,
+    47, 74, 66, 125, 122, 0, 120, 110, 3, 20, 90, 14, 1, 104, 42, 37, 100, 9, 28, 109, 103, 22, 40,
+    39, 72, 56, 59, 95,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonCustom[179];
-constinit detail::StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom);
+constinit detail::StreamTags gTagsCanonCustom("CanonCustom", kText, kTagsCanonCustom, kKeyOrderCanonCustom, kChoicesCanonCustom, gItemsCanonCustom, &TagStringsCatalogue::stringsCanonCustom);
 
 // CanonRaw: 62 tags
 
@@ -6094,8 +6105,13 @@ constexpr detail::StringRow kStringsSpanishCanonRaw[] = {
     {{83999, 20}, {87749, 19}},
 };
 constinit detail::StreamStrings gStringsCanonRaw(kText, {kStringsEnglishCanonRaw, kStringsChineseCanonRaw, kStringsFrenchCanonRaw, kStringsGermanCanonRaw, kStringsItalianCanonRaw, kStringsJapaneseCanonRaw, kStringsSpanishCanonRaw});
+constexpr std::uint16_t kKeyOrderCanonRaw[] = {
+    5, 33, 19, 35, 20, 22, 34, 26, 45, 16, 15, 37, 36, 14, 23, 2, 1, 54, 0, 3, 8, 44, 6, 7, 18, 11,
+    10, 48, 43, 49, 17, 27, 25, 12, 24, 47, 53, 50, 51, 52, 38, 32, 13, 39, 41, 46, 30, 31, 4, 9,
+    40, 29, 28, 55, 56, 42, 21, 61, 58, 59, 60, 57,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonRaw[62];
-constinit detail::StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw);
+constinit detail::StreamTags gTagsCanonRaw("CanonRaw", kText, kTagsCanonRaw, kKeyOrderCanonRaw, kChoicesCanonRaw, gItemsCanonRaw, &TagStringsCatalogue::stringsCanonRaw);
 
 // CanonVRD: 264 tags
 
@@ -7738,8 +7754,23 @@ constexpr detail::StringRow kStringsSpanishCanonVRD[] = {
     {{124165, 12}, {128462, 13}},
 };
 constinit detail::StreamStrings gStringsCanonVRD(kText, {kStringsEnglishCanonVRD, kStringsChineseCanonVRD, kStringsFrenchCanonVRD, kStringsGermanCanonVRD, kStringsItalianCanonVRD, kStringsJapaneseCanonVRD, kStringsSpanishCanonVRD});
+constexpr std::uint16_t kKeyOrderCanonVRD[] = {
+    203, 14, 60, 40, 70, 126, 107, 61, 120, 95, 253, 255, 258, 256, 260, 261, 254, 259, 257, 262,
+    263, 16, 221, 46, 51, 73, 50, 201, 42, 202, 47, 54, 43, 71, 28, 27, 131, 130, 26, 0, 64, 65,
+    247, 250, 248, 249, 6, 128, 9, 8, 2, 1, 7, 129, 5, 3, 4, 192, 194, 245, 244, 246, 195, 199, 200,
+    15, 66, 212, 197, 220, 198, 193, 196, 242, 241, 243, 12, 252, 75, 49, 10, 251, 11, 76, 53, 48,
+    74, 52, 77, 117, 116, 176, 177, 169, 171, 209, 174, 172, 170, 217, 175, 173, 236, 235, 237, 87,
+    79, 78, 90, 86, 24, 89, 80, 85, 84, 82, 81, 83, 88, 125, 106, 59, 35, 91, 132, 158, 159, 151,
+    153, 207, 156, 154, 152, 215, 157, 155, 230, 229, 231, 67, 122, 121, 204, 41, 63, 178, 30, 179,
+    183, 184, 210, 181, 218, 182, 180, 29, 239, 238, 240, 232, 167, 168, 160, 162, 208, 165, 163,
+    161, 216, 166, 164, 233, 234, 57, 45, 72, 25, 149, 150, 142, 144, 206, 147, 145, 143, 214, 148,
+    146, 227, 226, 228, 93, 62, 127, 102, 18, 94, 112, 113, 114, 124, 105, 56, 13, 55, 34, 36, 68,
+    37, 44, 97, 140, 141, 133, 135, 205, 138, 136, 134, 213, 139, 137, 224, 223, 225, 92, 118, 38,
+    98, 39, 100, 123, 119, 69, 101, 115, 99, 103, 104, 185, 186, 190, 191, 211, 188, 219, 189, 187,
+    222, 32, 31, 33, 108, 22, 20, 21, 23, 109, 110, 111, 19, 17, 96, 58,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsCanonVRD[264];
-constinit detail::StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD);
+constinit detail::StreamTags gTagsCanonVRD("CanonVRD", kText, kTagsCanonVRD, kKeyOrderCanonVRD, kChoicesCanonVRD, gItemsCanonVRD, &TagStringsCatalogue::stringsCanonVRD);
 
 // Casio: 67 tags
 
@@ -9079,8 +9110,13 @@ constexpr detail::StringRow kStringsSpanishCasio[] = {
     {{145660, 20}, {184594, 12}},
 };
 constinit detail::StreamStrings gStringsCasio(kText, {kStringsEnglishCasio, kStringsChineseCasio, kStringsFrenchCasio, kStringsGermanCasio, kStringsItalianCasio, kStringsJapaneseCasio, kStringsSpanishCasio});
+constexpr std::uint16_t kKeyOrderCasio[] = {
+    53, 29, 44, 55, 64, 52, 51, 57, 65, 40, 30, 28, 54, 23, 32, 21, 63, 27, 12, 3, 4, 5, 6, 7, 8, 9,
+    10, 11, 2, 47, 13, 1, 26, 45, 18, 17, 41, 31, 16, 50, 25, 58, 59, 35, 34, 33, 19, 60, 42, 37,
+    36, 38, 15, 39, 48, 14, 49, 24, 56, 22, 0, 61, 46, 62, 66, 20, 43,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsCasio[67];
-constinit detail::StreamTags gTagsCasio("Casio", kText, kTagsCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio);
+constinit detail::StreamTags gTagsCasio("Casio", kText, kTagsCasio, kKeyOrderCasio, kChoicesCasio, gItemsCasio, &TagStringsCatalogue::stringsCasio);
 
 // Composite: 77 tags
 
@@ -10909,8 +10945,14 @@ constexpr detail::StringRow kStringsSpanishComposite[] = {
     {{259103, 22}, {272548, 21}},
 };
 constinit detail::StreamStrings gStringsComposite(kText, {kStringsEnglishComposite, kStringsChineseComposite, kStringsFrenchComposite, kStringsGermanComposite, kStringsItalianComposite, kStringsJapaneseComposite, kStringsSpanishComposite});
+constexpr std::uint16_t kKeyOrderComposite[] = {
+    57, 15, 50, 52, 60, 16, 61, 62, 17, 18, 2, 19, 48, 45, 20, 67, 46, 3, 4, 0, 54, 21, 5, 72, 6,
+    22, 69, 70, 39, 63, 40, 41, 73, 42, 74, 43, 75, 44, 76, 23, 24, 71, 7, 58, 25, 59, 8, 9, 26, 53,
+    55, 27, 51, 28, 10, 37, 38, 29, 30, 11, 65, 66, 64, 1, 31, 12, 13, 32, 68, 33, 34, 35, 36, 47,
+    49, 14, 56,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsComposite[77];
-constinit detail::StreamTags gTagsComposite("Composite", kText, kTagsComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite);
+constinit detail::StreamTags gTagsComposite("Composite", kText, kTagsComposite, kKeyOrderComposite, kChoicesComposite, gItemsComposite, &TagStringsCatalogue::stringsComposite);
 
 }  // namespace
 
@@ -11612,5 +11654,13 @@ const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLatitudeRef() { r
 const TagItem& detail::TagItemCatalogue04::itemCompositeGPSDestLongitudeRef() { return gTagsComposite.item(74); }
 const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLatitudeRef() { return gTagsComposite.item(75); }
 const TagItem& detail::TagItemCatalogue04::itemCompositeGPSLongitudeRef() { return gTagsComposite.item(76); }
+
+namespace detail {
+const TagItem* findInCanonCustom(std::string_view key) { return gTagsCanonCustom.find(key); }
+const TagItem* findInCanonRaw(std::string_view key) { return gTagsCanonRaw.find(key); }
+const TagItem* findInCanonVRD(std::string_view key) { return gTagsCanonVRD.find(key); }
+const TagItem* findInCasio(std::string_view key) { return gTagsCasio.find(key); }
+const TagItem* findInComposite(std::string_view key) { return gTagsComposite.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

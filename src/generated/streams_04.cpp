@@ -2523,8 +2523,12 @@ constexpr detail::StringRow kStringsSpanishDJI[] = {
     {{1096, 8}, {1649, 5}},
 };
 constinit detail::StreamStrings gStringsDJI(kText, {kStringsEnglishDJI, kStringsChineseDJI, kStringsFrenchDJI, kStringsGermanDJI, kStringsItalianDJI, kStringsJapaneseDJI, kStringsSpanishDJI});
+constexpr std::uint16_t kKeyOrderDJI[] = {
+    3, 4, 5, 6, 7, 8, 9, 10, 36, 30, 31, 22, 24, 23, 37, 39, 45, 34, 0, 1, 2, 11, 12, 42, 25, 26,
+    27, 28, 29, 38, 40, 15, 32, 19, 41, 35, 33, 21, 13, 16, 17, 18, 44, 43, 14, 20,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsDJI[46];
-constinit detail::StreamTags gTagsDJI("DJI", kText, kTagsDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI);
+constinit detail::StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, gItemsDJI, &TagStringsCatalogue::stringsDJI);
 
 // DNG: 17 tags
 
@@ -2597,8 +2601,11 @@ constexpr detail::StringRow kStringsSpanishDNG[] = {
     {{1917, 18}, {2819, 9}},
 };
 constinit detail::StreamStrings gStringsDNG(kText, {kStringsEnglishDNG, {}, kStringsFrenchDNG, kStringsGermanDNG, {}, kStringsJapaneseDNG, kStringsSpanishDNG});
+constexpr std::uint16_t kKeyOrderDNG[] = {
+    15, 16, 9, 8, 6, 7, 13, 12, 10, 11, 14, 4, 5, 2, 0, 3, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsDNG[17];
-constinit detail::StreamTags gTagsDNG("DNG", kText, kTagsDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG);
+constinit detail::StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kChoicesDNG, gItemsDNG, &TagStringsCatalogue::stringsDNG);
 
 // DV: 13 tags
 
@@ -2677,8 +2684,11 @@ constexpr detail::StringRow kStringsSpanishDV[] = {
     {{3229, 13}, {3858, 12}},
 };
 constinit detail::StreamStrings gStringsDV(kText, {kStringsEnglishDV, kStringsChineseDV, kStringsFrenchDV, kStringsGermanDV, kStringsItalianDV, kStringsJapaneseDV, kStringsSpanishDV});
+constexpr std::uint16_t kKeyOrderDV[] = {
+    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsDV[13];
-constinit detail::StreamTags gTagsDV("DV", kText, kTagsDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV);
+constinit detail::StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gItemsDV, &TagStringsCatalogue::stringsDV);
 
 // DjVu: 40 tags
 
@@ -2926,8 +2936,12 @@ constexpr detail::StringRow kStringsSpanishDjVu[] = {
     {{5159, 9}, {6832, 4}},
 };
 constinit detail::StreamStrings gStringsDjVu(kText, {kStringsEnglishDjVu, kStringsChineseDjVu, kStringsFrenchDjVu, kStringsGermanDjVu, kStringsItalianDjVu, kStringsJapaneseDjVu, kStringsSpanishDjVu});
+constexpr std::uint16_t kKeyOrderDjVu[] = {
+    17, 18, 8, 19, 20, 9, 10, 21, 3, 23, 22, 5, 24, 2, 1, 7, 25, 26, 27, 11, 12, 28, 29, 30, 31, 6,
+    32, 13, 33, 34, 35, 4, 0, 14, 15, 16, 36, 37, 38, 39,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsDjVu[40];
-constinit detail::StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu);
+constinit detail::StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, kChoicesDjVu, gItemsDjVu, &TagStringsCatalogue::stringsDjVu);
 
 // Ducky: 3 tags
 
@@ -2972,8 +2986,11 @@ constexpr detail::StringRow kStringsSpanishDucky[] = {
     {{6887, 13}, {7113, 7}},
 };
 constinit detail::StreamStrings gStringsDucky(kText, {kStringsEnglishDucky, kStringsChineseDucky, kStringsFrenchDucky, kStringsGermanDucky, kStringsItalianDucky, kStringsJapaneseDucky, kStringsSpanishDucky});
+constexpr std::uint16_t kKeyOrderDucky[] = {
+    1, 2, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsDucky[3];
-constinit detail::StreamTags gTagsDucky("Ducky", kText, kTagsDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky);
+constinit detail::StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDucky, {}, gItemsDucky, &TagStringsCatalogue::stringsDucky);
 
 // EXE: 46 tags
 
@@ -3933,8 +3950,12 @@ constexpr detail::StringRow kStringsSpanishEXE[] = {
     {{23760, 13}, {29197, 15}},
 };
 constinit detail::StreamStrings gStringsEXE(kText, {kStringsEnglishEXE, kStringsChineseEXE, kStringsFrenchEXE, kStringsGermanEXE, kStringsItalianEXE, kStringsJapaneseEXE, kStringsSpanishEXE});
+constexpr std::uint16_t kKeyOrderEXE[] = {
+    24, 25, 1, 3, 4, 7, 8, 6, 26, 15, 27, 28, 29, 0, 18, 30, 43, 42, 44, 45, 31, 40, 12, 20, 16, 32,
+    2, 33, 34, 14, 10, 19, 5, 9, 35, 23, 13, 36, 37, 38, 41, 39, 22, 21, 11, 17,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsEXE[46];
-constinit detail::StreamTags gTagsEXE("EXE", kText, kTagsEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE);
+constinit detail::StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kChoicesEXE, gItemsEXE, &TagStringsCatalogue::stringsEXE);
 
 // EXIF: 614 tags
 
@@ -9421,8 +9442,42 @@ constexpr detail::StringRow kStringsSpanishEXIF[] = {
     {{80182, 16}, {141750, 27}},
 };
 constinit detail::StreamStrings gStringsEXIF(kText, {kStringsEnglishEXIF, kStringsChineseEXIF, kStringsFrenchEXIF, kStringsGermanEXIF, kStringsItalianEXIF, kStringsJapaneseEXIF, kStringsSpanishEXIF});
+constexpr std::uint16_t kKeyOrderEXIF[] = {
+    67, 338, 462, 228, 227, 199, 459, 406, 408, 405, 334, 438, 413, 449, 293, 106, 53, 439, 464,
+    472, 440, 247, 249, 64, 441, 509, 442, 443, 214, 444, 457, 244, 243, 11, 187, 602, 426, 427,
+    601, 600, 425, 595, 548, 294, 423, 357, 213, 422, 212, 315, 316, 317, 255, 417, 513, 455, 456,
+    524, 434, 435, 525, 470, 339, 380, 506, 446, 16, 15, 448, 183, 182, 168, 65, 78, 86, 252, 58,
+    432, 433, 526, 49, 240, 346, 245, 137, 466, 536, 384, 385, 386, 291, 12, 66, 365, 545, 215, 287,
+    609, 608, 610, 607, 465, 358, 451, 419, 447, 452, 418, 201, 286, 89, 510, 430, 431, 90, 429,
+    514, 517, 515, 519, 516, 518, 368, 361, 185, 184, 18, 71, 551, 520, 348, 347, 285, 392, 393,
+    395, 391, 394, 390, 546, 295, 312, 359, 268, 216, 73, 217, 85, 281, 283, 282, 284, 355, 17, 300,
+    302, 345, 301, 362, 307, 305, 306, 481, 482, 527, 208, 169, 500, 42, 41, 387, 388, 558, 557,
+    580, 563, 581, 576, 575, 578, 577, 572, 571, 574, 573, 582, 583, 569, 568, 554, 553, 556, 555,
+    570, 562, 579, 560, 565, 564, 561, 559, 567, 566, 552, 364, 389, 266, 171, 44, 43, 129, 253,
+    124, 59, 122, 123, 126, 127, 125, 396, 402, 598, 597, 596, 54, 335, 237, 233, 270, 278, 279,
+    280, 241, 528, 529, 530, 404, 246, 248, 407, 202, 19, 382, 379, 205, 204, 10, 310, 191, 265,
+    308, 403, 196, 537, 333, 538, 400, 370, 9, 172, 173, 81, 69, 68, 235, 236, 234, 272, 4, 5, 267,
+    100, 99, 96, 97, 92, 98, 128, 95, 82, 258, 0, 613, 32, 25, 543, 373, 374, 375, 376, 299, 445,
+    593, 592, 591, 424, 421, 170, 167, 220, 218, 225, 221, 223, 224, 222, 219, 330, 332, 331, 20,
+    319, 320, 322, 321, 323, 324, 325, 453, 531, 463, 210, 209, 200, 296, 34, 383, 298, 33, 88, 21,
+    211, 238, 259, 52, 550, 262, 612, 511, 304, 498, 473, 599, 70, 83, 410, 411, 412, 409, 542, 288,
+    290, 289, 8, 495, 496, 497, 271, 26, 504, 505, 503, 415, 461, 490, 460, 1, 30, 23, 371, 541, 38,
+    48, 177, 584, 468, 469, 378, 13, 397, 250, 257, 226, 174, 175, 176, 37, 55, 336, 483, 484, 487,
+    488, 2, 31, 24, 486, 485, 57, 117, 120, 121, 119, 118, 414, 6, 471, 480, 539, 479, 521, 535,
+    540, 476, 477, 532, 475, 507, 494, 493, 508, 474, 478, 84, 381, 534, 242, 111, 112, 611, 458,
+    544, 606, 489, 454, 512, 277, 594, 436, 437, 533, 502, 104, 197, 108, 110, 109, 349, 47, 115,
+    113, 116, 114, 492, 28, 256, 76, 75, 467, 74, 27, 352, 351, 350, 353, 366, 363, 356, 309, 274,
+    523, 522, 314, 275, 589, 586, 588, 590, 587, 585, 372, 450, 547, 263, 367, 292, 239, 549, 51,
+    190, 189, 178, 186, 179, 303, 269, 276, 318, 29, 22, 105, 327, 329, 328, 491, 7, 311, 297, 369,
+    354, 45, 46, 91, 264, 313, 261, 501, 72, 206, 14, 159, 141, 133, 136, 142, 166, 138, 158, 144,
+    145, 146, 130, 132, 3, 140, 139, 94, 93, 148, 143, 154, 134, 161, 135, 165, 155, 152, 153, 150,
+    149, 157, 151, 147, 156, 160, 131, 162, 164, 163, 63, 203, 61, 62, 60, 499, 273, 377, 50, 77,
+    398, 251, 254, 229, 230, 231, 232, 107, 416, 399, 420, 326, 87, 181, 180, 605, 604, 603, 260,
+    188, 193, 192, 194, 195, 198, 337, 360, 428, 56, 401, 207, 79, 342, 341, 343, 344, 340, 39, 35,
+    101, 103, 102, 80, 40, 36,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsEXIF[614];
-constinit detail::StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF);
+constinit detail::StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, kChoicesEXIF, gItemsEXIF, &TagStringsCatalogue::stringsEXIF);
 
 // FITS: 14 tags
 
@@ -9492,8 +9547,11 @@ constexpr detail::StringRow kStringsSpanishFITS[] = {
     {{146196, 15}, {6597, 29}},
 };
 constinit detail::StreamStrings gStringsFITS(kText, {kStringsEnglishFITS, kStringsChineseFITS, kStringsFrenchFITS, kStringsGermanFITS, kStringsItalianFITS, kStringsJapaneseFITS, kStringsSpanishFITS});
+constexpr std::uint16_t kKeyOrderFITS[] = {
+    0, 1, 2, 3, 6, 7, 8, 5, 4, 13, 12, 9, 10, 11,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFITS[14];
-constinit detail::StreamTags gTagsFITS("FITS", kText, kTagsFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS);
+constinit detail::StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, {}, gItemsFITS, &TagStringsCatalogue::stringsFITS);
 
 // FLAC: 22 tags
 
@@ -9639,8 +9697,11 @@ constexpr detail::StringRow kStringsSpanishFLAC[] = {
     {{147918, 15}, {148535, 19}},
 };
 constinit detail::StreamStrings gStringsFLAC(kText, {kStringsEnglishFLAC, kStringsChineseFLAC, kStringsFrenchFLAC, kStringsGermanFLAC, kStringsItalianFLAC, kStringsJapaneseFLAC, kStringsSpanishFLAC});
+constexpr std::uint16_t kKeyOrderFLAC[] = {
+    1, 19, 14, 13, 18, 3, 16, 15, 21, 0, 12, 9, 6, 8, 10, 11, 5, 4, 7, 17, 2, 20,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFLAC[22];
-constinit detail::StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC);
+constinit detail::StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, kChoicesFLAC, gItemsFLAC, &TagStringsCatalogue::stringsFLAC);
 
 // FLIR: 187 tags
 
@@ -10347,8 +10408,19 @@ constexpr detail::StringRow kStringsSpanishFLIR[] = {
     {{158152, 19}, {6305, 9}},
 };
 constinit detail::StreamStrings gStringsFLIR(kText, {kStringsEnglishFLIR, kStringsChineseFLIR, kStringsFrenchFLIR, kStringsGermanFLIR, kStringsItalianFLIR, kStringsJapaneseFLIR, kStringsSpanishFLIR});
+constexpr std::uint16_t kKeyOrderFLIR[] = {
+    128, 76, 75, 8, 15, 16, 17, 18, 19, 144, 145, 147, 146, 129, 74, 73, 148, 4, 28, 29, 72, 71, 30,
+    31, 22, 26, 24, 23, 27, 25, 20, 21, 49, 53, 51, 52, 50, 68, 97, 139, 45, 150, 149, 59, 58, 54,
+    56, 57, 55, 5, 69, 66, 184, 60, 35, 36, 37, 38, 47, 46, 48, 151, 152, 154, 153, 155, 83, 84, 90,
+    87, 81, 79, 82, 80, 91, 88, 85, 89, 86, 77, 78, 92, 96, 94, 95, 93, 9, 10, 61, 65, 63, 98, 99,
+    62, 64, 132, 133, 175, 176, 177, 178, 32, 33, 34, 156, 101, 102, 103, 6, 160, 161, 157, 130,
+    122, 126, 124, 125, 123, 138, 127, 136, 134, 137, 135, 140, 141, 142, 143, 158, 0, 162, 163,
+    164, 165, 13, 14, 39, 12, 40, 1, 169, 167, 168, 166, 43, 44, 42, 41, 105, 106, 104, 107, 109,
+    110, 108, 111, 113, 114, 112, 115, 117, 118, 116, 119, 159, 70, 7, 11, 3, 2, 67, 183, 186, 131,
+    185, 174, 170, 171, 172, 173, 100, 120, 121, 179, 180, 181, 182,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFLIR[187];
-constinit detail::StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR);
+constinit detail::StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, kChoicesFLIR, gItemsFLIR, &TagStringsCatalogue::stringsFLIR);
 
 // File: 8 tags
 
@@ -10411,8 +10483,11 @@ constexpr detail::StringRow kStringsSpanishFile[] = {
     {{159412, 13}, {159954, 14}},
 };
 constinit detail::StreamStrings gStringsFile(kText, {kStringsEnglishFile, kStringsChineseFile, kStringsFrenchFile, kStringsGermanFile, kStringsItalianFile, kStringsJapaneseFile, kStringsSpanishFile});
+constexpr std::uint16_t kKeyOrderFile[] = {
+    0, 1, 2, 3, 4, 5, 7, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFile[8];
-constinit detail::StreamTags gTagsFile("File", kText, kTagsFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile);
+constinit detail::StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, {}, gItemsFile, &TagStringsCatalogue::stringsFile);
 
 // Flash: 50 tags
 
@@ -10624,8 +10699,12 @@ constexpr detail::StringRow kStringsSpanishFlash[] = {
     {{162260, 10}, {6828, 4}},
 };
 constinit detail::StreamStrings gStringsFlash(kText, {kStringsEnglishFlash, kStringsChineseFlash, kStringsFrenchFlash, kStringsGermanFlash, kStringsItalianFlash, kStringsJapaneseFlash, kStringsSpanishFlash});
+constexpr std::uint16_t kKeyOrderFlash[] = {
+    16, 2, 3, 15, 17, 0, 1, 18, 19, 20, 22, 21, 7, 24, 23, 25, 8, 26, 14, 9, 10, 11, 32, 27, 28, 29,
+    30, 31, 12, 13, 33, 34, 35, 36, 39, 37, 38, 4, 41, 42, 43, 5, 44, 45, 6, 40, 47, 46, 49, 48,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFlash[50];
-constinit detail::StreamTags gTagsFlash("Flash", kText, kTagsFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash);
+constinit detail::StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFlash, kChoicesFlash, gItemsFlash, &TagStringsCatalogue::stringsFlash);
 
 // FlashPix: 202 tags
 
@@ -12194,8 +12273,20 @@ constexpr detail::StringRow kStringsSpanishFlashPix[] = {
     {{185533, 14}, {6821, 7}},
 };
 constinit detail::StreamStrings gStringsFlashPix(kText, {kStringsEnglishFlashPix, kStringsChineseFlashPix, kStringsFrenchFlashPix, kStringsGermanFlashPix, kStringsItalianFlashPix, kStringsJapaneseFlashPix, kStringsSpanishFlashPix});
+constexpr std::uint16_t kKeyOrderFlashPix[] = {
+    43, 154, 172, 93, 120, 155, 110, 29, 130, 22, 23, 97, 27, 40, 8, 169, 195, 24, 174, 1, 0, 38,
+    103, 45, 44, 196, 90, 2, 180, 18, 20, 86, 156, 16, 17, 12, 19, 14, 100, 79, 80, 72, 73, 168, 92,
+    74, 199, 47, 181, 157, 158, 159, 101, 111, 122, 109, 107, 51, 53, 55, 54, 50, 52, 108, 84, 133,
+    134, 137, 136, 135, 193, 117, 118, 58, 57, 119, 115, 128, 126, 127, 96, 35, 32, 49, 48, 42, 131,
+    197, 71, 70, 188, 94, 82, 173, 46, 198, 176, 15, 4, 25, 114, 11, 39, 182, 13, 33, 104, 37, 116,
+    83, 66, 68, 67, 113, 105, 3, 31, 167, 69, 184, 161, 190, 132, 148, 91, 149, 147, 189, 9, 10, 98,
+    124, 102, 28, 160, 163, 162, 60, 59, 61, 192, 191, 5, 34, 145, 144, 141, 142, 138, 139, 146,
+    140, 85, 151, 179, 125, 106, 143, 41, 89, 30, 178, 87, 129, 194, 123, 56, 77, 76, 81, 78, 62,
+    164, 166, 165, 75, 171, 112, 121, 200, 152, 153, 26, 175, 95, 99, 177, 170, 36, 6, 186, 187,
+    183, 185, 64, 150, 63, 88, 21, 65, 201, 7,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFlashPix[202];
-constinit detail::StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix);
+constinit detail::StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKeyOrderFlashPix, kChoicesFlashPix, gItemsFlashPix, &TagStringsCatalogue::stringsFlashPix);
 
 // Font: 64 tags
 
@@ -12398,8 +12489,13 @@ constexpr detail::StringRow kStringsSpanishFont[] = {
     {{190246, 16}, {141750, 27}},
 };
 constinit detail::StreamStrings gStringsFont(kText, {kStringsEnglishFont, kStringsChineseFont, kStringsFrenchFont, kStringsGermanFont, kStringsItalianFont, kStringsJapaneseFont, kStringsSpanishFont});
+constexpr std::uint16_t kKeyOrderFont[] = {
+    0, 43, 52, 57, 1, 2, 3, 34, 20, 4, 56, 5, 27, 26, 29, 6, 7, 45, 59, 54, 8, 9, 21, 22, 39, 10,
+    44, 11, 63, 12, 46, 60, 55, 30, 31, 25, 13, 53, 23, 14, 18, 38, 51, 50, 49, 40, 19, 32, 33, 35,
+    48, 24, 47, 61, 62, 28, 15, 36, 37, 16, 58, 17, 42, 41,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFont[64];
-constinit detail::StreamTags gTagsFont("Font", kText, kTagsFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont);
+constinit detail::StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, {}, gItemsFont, &TagStringsCatalogue::stringsFont);
 
 // FotoStation: 12 tags
 
@@ -12477,8 +12573,11 @@ constexpr detail::StringRow kStringsSpanishFotoStation[] = {
     {{191016, 26}, {6305, 9}},
 };
 constinit detail::StreamStrings gStringsFotoStation(kText, {kStringsEnglishFotoStation, kStringsChineseFotoStation, kStringsFrenchFotoStation, kStringsGermanFotoStation, kStringsItalianFotoStation, kStringsJapaneseFotoStation, kStringsSpanishFotoStation});
+constexpr std::uint16_t kKeyOrderFotoStation[] = {
+    4, 10, 7, 9, 11, 8, 3, 2, 1, 6, 0, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFotoStation[12];
-constinit detail::StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation);
+constinit detail::StreamTags gTagsFotoStation("FotoStation", kText, kTagsFotoStation, kKeyOrderFotoStation, {}, gItemsFotoStation, &TagStringsCatalogue::stringsFotoStation);
 
 }  // namespace
 
@@ -13969,5 +14068,23 @@ const TagItem& detail::TagItemCatalogue13::itemFotoStationCropTop() { return gTa
 const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRight() { return gTagsFotoStation.item(9); }
 const TagItem& detail::TagItemCatalogue13::itemFotoStationCropBottom() { return gTagsFotoStation.item(10); }
 const TagItem& detail::TagItemCatalogue13::itemFotoStationCropRotation() { return gTagsFotoStation.item(11); }
+
+namespace detail {
+const TagItem* findInDJI(std::string_view key) { return gTagsDJI.find(key); }
+const TagItem* findInDNG(std::string_view key) { return gTagsDNG.find(key); }
+const TagItem* findInDV(std::string_view key) { return gTagsDV.find(key); }
+const TagItem* findInDjVu(std::string_view key) { return gTagsDjVu.find(key); }
+const TagItem* findInDucky(std::string_view key) { return gTagsDucky.find(key); }
+const TagItem* findInEXE(std::string_view key) { return gTagsEXE.find(key); }
+const TagItem* findInEXIF(std::string_view key) { return gTagsEXIF.find(key); }
+const TagItem* findInFITS(std::string_view key) { return gTagsFITS.find(key); }
+const TagItem* findInFLAC(std::string_view key) { return gTagsFLAC.find(key); }
+const TagItem* findInFLIR(std::string_view key) { return gTagsFLIR.find(key); }
+const TagItem* findInFile(std::string_view key) { return gTagsFile.find(key); }
+const TagItem* findInFlash(std::string_view key) { return gTagsFlash.find(key); }
+const TagItem* findInFlashPix(std::string_view key) { return gTagsFlashPix.find(key); }
+const TagItem* findInFont(std::string_view key) { return gTagsFont.find(key); }
+const TagItem* findInFotoStation(std::string_view key) { return gTagsFotoStation.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

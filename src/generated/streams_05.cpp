@@ -4913,8 +4913,16 @@ constexpr detail::StringRow kStringsSpanishFujiFilm[] = {
     {{18398, 25}, {29032, 27}},
 };
 constinit detail::StreamStrings gStringsFujiFilm(kText, {kStringsEnglishFujiFilm, kStringsChineseFujiFilm, kStringsFrenchFujiFilm, kStringsGermanFujiFilm, kStringsItalianFujiFilm, kStringsJapaneseFujiFilm, kStringsSpanishFujiFilm});
+constexpr std::uint16_t kKeyOrderFujiFilm[] = {
+    126, 0, 2, 1, 3, 125, 33, 34, 35, 56, 81, 75, 95, 69, 70, 83, 51, 68, 73, 82, 48, 47, 72, 101,
+    102, 103, 90, 65, 4, 5, 87, 89, 61, 62, 40, 60, 38, 85, 39, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16,
+    17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 120, 115, 119, 117, 116, 121, 88, 53,
+    104, 55, 31, 57, 84, 113, 123, 111, 112, 52, 105, 106, 114, 86, 67, 71, 64, 100, 99, 96, 42, 66,
+    54, 36, 94, 93, 92, 91, 37, 6, 50, 118, 122, 79, 80, 124, 109, 59, 78, 77, 32, 43, 98, 128, 127,
+    107, 46, 97, 76, 63, 44, 74, 58, 41, 110, 108, 45, 49,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsFujiFilm[129];
-constinit detail::StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm);
+constinit detail::StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKeyOrderFujiFilm, kChoicesFujiFilm, gItemsFujiFilm, &TagStringsCatalogue::stringsFujiFilm);
 
 // GE: 3 tags
 
@@ -4957,8 +4965,11 @@ constexpr detail::StringRow kStringsSpanishGE[] = {
     {{29124, 10}, {28626, 9}},
 };
 constinit detail::StreamStrings gStringsGE(kText, {kStringsEnglishGE, {}, kStringsFrenchGE, kStringsGermanGE, kStringsItalianGE, kStringsJapaneseGE, kStringsSpanishGE});
+constexpr std::uint16_t kKeyOrderGE[] = {
+    2, 1, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsGE[3];
-constinit detail::StreamTags gTagsGE("GE", kText, kTagsGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE);
+constinit detail::StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoicesGE, gItemsGE, &TagStringsCatalogue::stringsGE);
 
 // GIF: 23 tags
 
@@ -5075,8 +5086,11 @@ constexpr detail::StringRow kStringsSpanishGIF[] = {
     {{30070, 7}, {30562, 13}},
 };
 constinit detail::StreamStrings gStringsGIF(kText, {kStringsEnglishGIF, kStringsChineseGIF, kStringsFrenchGIF, kStringsGermanGIF, kStringsItalianGIF, kStringsJapaneseGIF, kStringsSpanishGIF});
+constexpr std::uint16_t kKeyOrderGIF[] = {
+    0, 21, 20, 8, 19, 10, 9, 11, 12, 13, 18, 1, 17, 16, 4, 2, 6, 7, 22, 5, 14, 15, 3,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsGIF[23];
-constinit detail::StreamTags gTagsGIF("GIF", kText, kTagsGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF);
+constinit detail::StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kChoicesGIF, gItemsGIF, &TagStringsCatalogue::stringsGIF);
 
 // GIMP: 11 tags
 
@@ -5195,8 +5209,11 @@ constexpr detail::StringRow kStringsSpanishGIMP[] = {
     {{31139, 16}, {31685, 27}},
 };
 constinit detail::StreamStrings gStringsGIMP(kText, {kStringsEnglishGIMP, kStringsChineseGIMP, kStringsFrenchGIMP, kStringsGermanGIMP, kStringsItalianGIMP, kStringsJapaneseGIMP, kStringsSpanishGIMP});
+constexpr std::uint16_t kKeyOrderGIMP[] = {
+    3, 7, 4, 8, 2, 1, 5, 6, 0, 9, 10,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsGIMP[11];
-constinit detail::StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP);
+constinit detail::StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, kChoicesGIMP, gItemsGIMP, &TagStringsCatalogue::stringsGIMP);
 
 // GeoTiff: 64 tags
 
@@ -7731,8 +7748,13 @@ constexpr detail::StringRow kStringsItalianGeoTiff[] = {
     {{131657, 21}, {133370, 16}},
 };
 constinit detail::StreamStrings gStringsGeoTiff(kText, {kStringsEnglishGeoTiff, {}, kStringsFrenchGeoTiff, {}, kStringsItalianGeoTiff, {}, {}});
+constexpr std::uint16_t kKeyOrderGeoTiff[] = {
+    63, 52, 53, 56, 48, 57, 59, 58, 54, 55, 49, 51, 50, 60, 3, 1, 2, 0, 11, 10, 16, 5, 12, 6, 15, 9,
+    8, 7, 17, 13, 14, 18, 4, 61, 62, 20, 41, 37, 36, 35, 38, 22, 29, 30, 33, 32, 31, 34, 24, 23, 28,
+    27, 43, 40, 39, 25, 26, 42, 19, 21, 44, 45, 46, 47,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsGeoTiff[64];
-constinit detail::StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff);
+constinit detail::StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOrderGeoTiff, kChoicesGeoTiff, gItemsGeoTiff, &TagStringsCatalogue::stringsGeoTiff);
 
 // GoPro: 101 tags
 
@@ -8114,8 +8136,15 @@ constexpr detail::StringRow kStringsSpanishGoPro[] = {
     {{137986, 18}, {28902, 18}},
 };
 constinit detail::StreamStrings gStringsGoPro(kText, {kStringsEnglishGoPro, kStringsChineseGoPro, kStringsFrenchGoPro, kStringsGermanGoPro, kStringsItalianGoPro, kStringsJapaneseGoPro, kStringsSpanishGoPro});
+constexpr std::uint16_t kKeyOrderGoPro[] = {
+    9, 37, 11, 12, 13, 44, 43, 10, 39, 85, 84, 98, 87, 92, 88, 89, 90, 91, 15, 62, 47, 70, 52, 14,
+    16, 17, 18, 19, 20, 21, 22, 23, 48, 55, 25, 26, 68, 27, 4, 76, 77, 80, 81, 3, 75, 0, 72, 30, 1,
+    73, 2, 74, 29, 82, 83, 78, 5, 6, 7, 8, 79, 31, 42, 32, 33, 40, 65, 94, 95, 96, 97, 86, 93, 34,
+    35, 24, 38, 67, 36, 28, 100, 41, 45, 46, 51, 57, 53, 56, 54, 58, 99, 49, 60, 64, 61, 59, 63, 66,
+    69, 50, 71,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsGoPro[101];
-constinit detail::StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro);
+constinit detail::StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoPro, kChoicesGoPro, gItemsGoPro, &TagStringsCatalogue::stringsGoPro);
 
 // H264: 43 tags
 
@@ -8896,8 +8925,12 @@ constexpr detail::StringRow kStringsSpanishH264[] = {
     {{143886, 19}, {28931, 11}},
 };
 constinit detail::StreamStrings gStringsH264(kText, {kStringsEnglishH264, kStringsChineseH264, kStringsFrenchH264, kStringsGermanH264, kStringsItalianH264, kStringsJapaneseH264, kStringsSpanishH264});
+constexpr std::uint16_t kKeyOrderH264[] = {
+    0, 12, 6, 16, 9, 13, 2, 10, 11, 15, 17, 4, 25, 24, 29, 37, 35, 34, 21, 20, 23, 22, 36, 28, 31,
+    30, 27, 26, 33, 32, 19, 1, 39, 5, 40, 41, 14, 38, 42, 18, 8, 7, 3,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsH264[43];
-constinit detail::StreamTags gTagsH264("H264", kText, kTagsH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264);
+constinit detail::StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, kChoicesH264, gItemsH264, &TagStringsCatalogue::stringsH264);
 
 // HP: 9 tags
 
@@ -8978,8 +9011,11 @@ constexpr detail::StringRow kStringsSpanishHP[] = {
     {{157187, 15}, {139880, 13}},
 };
 constinit detail::StreamStrings gStringsHP(kText, {kStringsEnglishHP, kStringsChineseHP, kStringsFrenchHP, kStringsGermanHP, kStringsItalianHP, kStringsJapaneseHP, kStringsSpanishHP});
+constexpr std::uint16_t kKeyOrderHP[] = {
+    6, 5, 8, 1, 7, 2, 4, 3, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsHP[9];
-constinit detail::StreamTags gTagsHP("HP", kText, kTagsHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP);
+constinit detail::StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gItemsHP, &TagStringsCatalogue::stringsHP);
 
 // HTML: 102 tags
 
@@ -9336,8 +9372,15 @@ constexpr detail::StringRow kStringsSpanishHTML[] = {
     {{160580, 9}, {162080, 4}},
 };
 constinit detail::StreamStrings gStringsHTML(kText, {kStringsEnglishHTML, kStringsChineseHTML, kStringsFrenchHTML, kStringsGermanHTML, kStringsItalianHTML, kStringsJapaneseHTML, kStringsSpanishHTML});
+constexpr std::uint16_t kKeyOrderHTML[] = {
+    0, 1, 54, 25, 74, 26, 27, 2, 28, 55, 3, 56, 57, 58, 42, 4, 43, 29, 44, 45, 59, 75, 5, 6, 7, 8,
+    9, 98, 60, 61, 76, 77, 46, 10, 11, 12, 13, 47, 62, 78, 14, 48, 30, 31, 33, 63, 34, 79, 32, 80,
+    81, 15, 101, 16, 17, 64, 65, 82, 83, 84, 35, 36, 66, 67, 85, 86, 87, 18, 49, 19, 99, 100, 20,
+    50, 68, 21, 88, 89, 37, 22, 51, 23, 69, 90, 91, 70, 71, 52, 92, 93, 94, 95, 96, 38, 97, 39, 24,
+    40, 53, 72, 73, 41,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsHTML[102];
-constinit detail::StreamTags gTagsHTML("HTML", kText, kTagsHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML);
+constinit detail::StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, {}, gItemsHTML, &TagStringsCatalogue::stringsHTML);
 
 // ICC_Profile: 191 tags
 
@@ -11133,8 +11176,19 @@ constexpr detail::StringRow kStringsSpanishICC_Profile[] = {
     {{208372, 23}, {217545, 28}},
 };
 constinit detail::StreamStrings gStringsICC_Profile(kText, {kStringsEnglishICC_Profile, {}, kStringsFrenchICC_Profile, kStringsGermanICC_Profile, kStringsItalianICC_Profile, kStringsJapaneseICC_Profile, kStringsSpanishICC_Profile});
+constexpr std::uint16_t kKeyOrderICC_Profile[] = {
+    30, 31, 32, 33, 34, 58, 59, 60, 61, 62, 63, 64, 65, 66, 67, 68, 69, 84, 85, 86, 87, 70, 71, 72,
+    73, 74, 75, 76, 77, 78, 79, 80, 81, 90, 91, 92, 93, 35, 36, 37, 38, 39, 40, 41, 42, 83, 82, 22,
+    104, 43, 95, 174, 97, 3, 4, 5, 6, 1, 2, 96, 17, 105, 9, 8, 11, 10, 13, 12, 7, 99, 102, 100, 101,
+    98, 27, 184, 94, 44, 45, 46, 47, 25, 23, 125, 24, 124, 123, 106, 107, 108, 109, 110, 111, 112,
+    113, 114, 115, 116, 117, 118, 119, 120, 121, 127, 130, 131, 132, 133, 134, 135, 129, 128, 0,
+    136, 48, 49, 50, 51, 52, 53, 54, 55, 56, 141, 185, 180, 182, 181, 183, 140, 139, 179, 89, 186,
+    187, 178, 138, 137, 143, 142, 144, 160, 157, 148, 163, 150, 151, 152, 153, 149, 145, 146, 147,
+    21, 14, 16, 18, 103, 28, 19, 122, 126, 20, 29, 154, 155, 156, 15, 159, 158, 161, 162, 165, 26,
+    164, 167, 168, 170, 169, 172, 173, 166, 171, 175, 88, 176, 177, 188, 190, 189, 57,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsICC_Profile[191];
-constinit detail::StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile);
+constinit detail::StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Profile, kKeyOrderICC_Profile, kChoicesICC_Profile, gItemsICC_Profile, &TagStringsCatalogue::stringsICC_Profile);
 
 // ID3: 115 tags
 
@@ -11936,8 +11990,15 @@ constexpr detail::StringRow kStringsSpanishID3[] = {
     {{227254, 8}, {230193, 4}},
 };
 constinit detail::StreamStrings gStringsID3(kText, {kStringsEnglishID3, kStringsChineseID3, kStringsFrenchID3, kStringsGermanID3, kStringsItalianID3, kStringsJapaneseID3, kStringsSpanishID3});
+constexpr std::uint16_t kKeyOrderID3[] = {
+    11, 26, 33, 75, 76, 25, 32, 86, 9, 4, 13, 68, 50, 5, 28, 88, 52, 51, 77, 69, 53, 89, 54, 56, 80,
+    107, 36, 6, 7, 8, 99, 57, 85, 0, 1, 2, 3, 30, 38, 73, 10, 59, 100, 101, 104, 70, 39, 60, 61, 83,
+    12, 62, 112, 42, 41, 93, 111, 67, 63, 64, 65, 106, 66, 94, 71, 105, 14, 79, 44, 47, 45, 92, 46,
+    37, 55, 43, 95, 96, 97, 98, 103, 48, 113, 72, 90, 74, 108, 49, 109, 114, 78, 87, 34, 35, 82, 21,
+    22, 23, 110, 102, 58, 24, 31, 81, 29, 84, 91, 18, 19, 20, 15, 16, 17, 27, 40,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsID3[115];
-constinit detail::StreamTags gTagsID3("ID3", kText, kTagsID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3);
+constinit detail::StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kChoicesID3, gItemsID3, &TagStringsCatalogue::stringsID3);
 
 // IPTC: 116 tags
 
@@ -13103,8 +13164,15 @@ constexpr detail::StringRow kStringsSpanishIPTC[] = {
     {{242098, 18}, {257004, 29}},
 };
 constinit detail::StreamStrings gStringsIPTC(kText, {kStringsEnglishIPTC, kStringsChineseIPTC, kStringsFrenchIPTC, kStringsGermanIPTC, kStringsItalianIPTC, kStringsJapaneseIPTC, kStringsSpanishIPTC});
+constexpr std::uint16_t kKeyOrderIPTC[] = {
+    82, 83, 20, 1, 53, 54, 51, 52, 50, 107, 31, 32, 44, 69, 9, 33, 64, 80, 95, 98, 91, 93, 111, 43,
+    13, 14, 42, 36, 37, 40, 103, 24, 78, 71, 26, 27, 67, 66, 5, 6, 105, 75, 77, 70, 106, 68, 17, 18,
+    72, 73, 11, 109, 39, 94, 0, 99, 87, 102, 86, 85, 89, 88, 48, 47, 92, 55, 12, 49, 45, 96, 56,
+    113, 108, 115, 84, 97, 3, 30, 4, 62, 60, 61, 114, 2, 38, 28, 59, 63, 76, 29, 35, 104, 22, 23,
+    21, 15, 16, 100, 101, 74, 57, 65, 112, 41, 19, 34, 110, 8, 10, 90, 25, 79, 58, 81, 7, 46,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsIPTC[116];
-constinit detail::StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC);
+constinit detail::StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, kChoicesIPTC, gItemsIPTC, &TagStringsCatalogue::stringsIPTC);
 
 // ISO: 22 tags
 
@@ -13179,8 +13247,11 @@ constexpr detail::StringRow kStringsSpanishISO[] = {
     {{257700, 12}, {258172, 18}},
 };
 constinit detail::StreamStrings gStringsISO(kText, {kStringsEnglishISO, kStringsChineseISO, kStringsFrenchISO, kStringsGermanISO, kStringsItalianISO, kStringsJapaneseISO, kStringsSpanishISO});
+constexpr std::uint16_t kKeyOrderISO[] = {
+    16, 17, 1, 0, 15, 13, 9, 8, 12, 10, 14, 2, 4, 7, 18, 21, 20, 19, 3, 5, 6, 11,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsISO[22];
-constinit detail::StreamTags gTagsISO("ISO", kText, kTagsISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO);
+constinit detail::StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, gItemsISO, &TagStringsCatalogue::stringsISO);
 
 // ITC: 8 tags
 
@@ -13245,8 +13316,11 @@ constexpr detail::StringRow kStringsSpanishITC[] = {
     {{258488, 11}, {258554, 8}},
 };
 constinit detail::StreamStrings gStringsITC(kText, {kStringsEnglishITC, kStringsChineseITC, kStringsFrenchITC, kStringsGermanITC, kStringsItalianITC, kStringsJapaneseITC, kStringsSpanishITC});
+constexpr std::uint16_t kKeyOrderITC[] = {
+    3, 0, 7, 6, 4, 5, 1, 2,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsITC[8];
-constinit detail::StreamTags gTagsITC("ITC", kText, kTagsITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC);
+constinit detail::StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kChoicesITC, gItemsITC, &TagStringsCatalogue::stringsITC);
 
 // JFIF: 8 tags
 
@@ -13339,8 +13413,11 @@ constexpr detail::StringRow kStringsSpanishJFIF[] = {
     {{258928, 16}, {31685, 27}},
 };
 constinit detail::StreamStrings gStringsJFIF(kText, {kStringsEnglishJFIF, kStringsChineseJFIF, kStringsFrenchJFIF, kStringsGermanJFIF, kStringsItalianJFIF, kStringsJapaneseJFIF, kStringsSpanishJFIF});
+constexpr std::uint16_t kKeyOrderJFIF[] = {
+    2, 3, 7, 0, 1, 6, 4, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJFIF[8];
-constinit detail::StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF);
+constinit detail::StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, kChoicesJFIF, gItemsJFIF, &TagStringsCatalogue::stringsJFIF);
 
 // JPEG: 7 tags
 
@@ -13386,8 +13463,11 @@ constexpr detail::StringRow kStringsSpanishJPEG[] = {
     {{259616, 17}, {157566, 12}},
 };
 constinit detail::StreamStrings gStringsJPEG(kText, {kStringsEnglishJPEG, kStringsChineseJPEG, kStringsFrenchJPEG, kStringsGermanJPEG, kStringsItalianJPEG, kStringsJapaneseJPEG, kStringsSpanishJPEG});
+constexpr std::uint16_t kKeyOrderJPEG[] = {
+    2, 1, 3, 4, 5, 6, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJPEG[7];
-constinit detail::StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG);
+constinit detail::StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, {}, gItemsJPEG, &TagStringsCatalogue::stringsJPEG);
 
 // JSON: 7 tags
 
@@ -13410,8 +13490,11 @@ constexpr detail::StringRow kStringsEnglishJSON[] = {
     {{260192, 38}, {260230, 37}},
 };
 constinit detail::StreamStrings gStringsJSON(kText, {kStringsEnglishJSON, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderJSON[] = {
+    0, 1, 2, 3, 4, 5, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJSON[7];
-constinit detail::StreamTags gTagsJSON("JSON", kText, kTagsJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON);
+constinit detail::StreamTags gTagsJSON("JSON", kText, kTagsJSON, kKeyOrderJSON, {}, gItemsJSON, &TagStringsCatalogue::stringsJSON);
 
 }  // namespace
 
@@ -14543,5 +14626,25 @@ const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataPluginID(
 const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataTimestamp() { return gTagsJSON.item(4); }
 const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataUsage() { return gTagsJSON.item(5); }
 const TagItem& detail::TagItemCatalogue15::itemJSONON1_SettingsMetadataVisibleToUser() { return gTagsJSON.item(6); }
+
+namespace detail {
+const TagItem* findInFujiFilm(std::string_view key) { return gTagsFujiFilm.find(key); }
+const TagItem* findInGE(std::string_view key) { return gTagsGE.find(key); }
+const TagItem* findInGIF(std::string_view key) { return gTagsGIF.find(key); }
+const TagItem* findInGIMP(std::string_view key) { return gTagsGIMP.find(key); }
+const TagItem* findInGeoTiff(std::string_view key) { return gTagsGeoTiff.find(key); }
+const TagItem* findInGoPro(std::string_view key) { return gTagsGoPro.find(key); }
+const TagItem* findInH264(std::string_view key) { return gTagsH264.find(key); }
+const TagItem* findInHP(std::string_view key) { return gTagsHP.find(key); }
+const TagItem* findInHTML(std::string_view key) { return gTagsHTML.find(key); }
+const TagItem* findInICC_Profile(std::string_view key) { return gTagsICC_Profile.find(key); }
+const TagItem* findInID3(std::string_view key) { return gTagsID3.find(key); }
+const TagItem* findInIPTC(std::string_view key) { return gTagsIPTC.find(key); }
+const TagItem* findInISO(std::string_view key) { return gTagsISO.find(key); }
+const TagItem* findInITC(std::string_view key) { return gTagsITC.find(key); }
+const TagItem* findInJFIF(std::string_view key) { return gTagsJFIF.find(key); }
+const TagItem* findInJPEG(std::string_view key) { return gTagsJPEG.find(key); }
+const TagItem* findInJSON(std::string_view key) { return gTagsJSON.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

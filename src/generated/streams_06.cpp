@@ -2153,8 +2153,11 @@ constexpr detail::StringRow kStringsSpanishJUMBF[] = {
     {{591, 11}, {661, 7}},
 };
 constinit detail::StreamStrings gStringsJUMBF(kText, {kStringsEnglishJUMBF, kStringsChineseJUMBF, kStringsFrenchJUMBF, kStringsGermanJUMBF, kStringsItalianJUMBF, kStringsJapaneseJUMBF, kStringsSpanishJUMBF});
+constexpr std::uint16_t kKeyOrderJUMBF[] = {
+    0, 1, 4, 2, 5, 9, 10, 11, 12, 13, 6, 7, 8, 3,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJUMBF[14];
-constinit detail::StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF);
+constinit detail::StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUMBF, kChoicesJUMBF, gItemsJUMBF, &TagStringsCatalogue::stringsJUMBF);
 
 // JVC: 3 tags
 
@@ -2233,8 +2236,11 @@ constexpr detail::StringRow kStringsSpanishJVC[] = {
     {{873, 16}, {1196, 17}},
 };
 constinit detail::StreamStrings gStringsJVC(kText, {kStringsEnglishJVC, kStringsChineseJVC, kStringsFrenchJVC, kStringsGermanJVC, kStringsItalianJVC, kStringsJapaneseJVC, kStringsSpanishJVC});
+constexpr std::uint16_t kKeyOrderJVC[] = {
+    0, 2, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJVC[3];
-constinit detail::StreamTags gTagsJVC("JVC", kText, kTagsJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC);
+constinit detail::StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kChoicesJVC, gItemsJVC, &TagStringsCatalogue::stringsJVC);
 
 // Jpeg2000: 60 tags
 
@@ -2547,8 +2553,13 @@ constexpr detail::StringRow kStringsSpanishJpeg2000[] = {
     {{6935, 21}, {8301, 12}},
 };
 constinit detail::StreamStrings gStringsJpeg2000(kText, {kStringsEnglishJpeg2000, kStringsChineseJpeg2000, kStringsFrenchJpeg2000, kStringsGermanJpeg2000, kStringsItalianJpeg2000, kStringsJapaneseJpeg2000, kStringsSpanishJpeg2000});
+constexpr std::uint16_t kKeyOrderJpeg2000[] = {
+    23, 21, 22, 19, 24, 1, 3, 0, 2, 32, 26, 7, 6, 8, 4, 5, 15, 25, 28, 29, 30, 20, 42, 31, 34, 33,
+    27, 10, 12, 9, 11, 35, 37, 36, 39, 38, 16, 17, 40, 41, 44, 46, 48, 13, 47, 14, 49, 18, 50, 51,
+    45, 43, 52, 53, 54, 56, 57, 58, 55, 59,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsJpeg2000[60];
-constinit detail::StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000);
+constinit detail::StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKeyOrderJpeg2000, kChoicesJpeg2000, gItemsJpeg2000, &TagStringsCatalogue::stringsJpeg2000);
 
 // Kodak: 129 tags
 
@@ -3599,8 +3610,16 @@ constexpr detail::StringRow kStringsSpanishKodak[] = {
     {{16330, 17}, {23903, 14}},
 };
 constinit detail::StreamStrings gStringsKodak(kText, {kStringsEnglishKodak, kStringsChineseKodak, kStringsFrenchKodak, kStringsGermanKodak, kStringsItalianKodak, kStringsJapaneseKodak, kStringsSpanishKodak});
+constexpr std::uint16_t kKeyOrderKodak[] = {
+    84, 127, 85, 128, 86, 13, 87, 2, 14, 25, 29, 114, 115, 89, 12, 88, 48, 90, 122, 47, 49, 34, 35,
+    36, 37, 125, 91, 15, 92, 10, 9, 18, 121, 93, 44, 43, 94, 17, 16, 38, 11, 45, 95, 119, 6, 5, 7,
+    107, 117, 23, 126, 62, 63, 64, 65, 66, 67, 68, 69, 70, 71, 72, 73, 74, 75, 76, 77, 78, 79, 80,
+    81, 82, 83, 96, 109, 108, 110, 120, 20, 61, 97, 31, 98, 21, 22, 27, 57, 118, 104, 40, 106, 111,
+    99, 55, 53, 54, 105, 52, 24, 116, 113, 56, 60, 4, 3, 1, 0, 32, 8, 50, 100, 30, 101, 19, 41, 102,
+    59, 124, 58, 103, 28, 46, 123, 33, 39, 51, 42, 112, 26,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsKodak[129];
-constinit detail::StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak);
+constinit detail::StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKodak, kChoicesKodak, gItemsKodak, &TagStringsCatalogue::stringsKodak);
 
 // KyoceraRaw: 11 tags
 
@@ -3721,8 +3740,11 @@ constexpr detail::StringRow kStringsSpanishKyoceraRaw[] = {
     {{24357, 16}, {23559, 6}},
 };
 constinit detail::StreamStrings gStringsKyoceraRaw(kText, {kStringsEnglishKyoceraRaw, kStringsChineseKyoceraRaw, kStringsFrenchKyoceraRaw, kStringsGermanKyoceraRaw, kStringsItalianKyoceraRaw, kStringsJapaneseKyoceraRaw, kStringsSpanishKyoceraRaw});
+constexpr std::uint16_t kKeyOrderKyoceraRaw[] = {
+    3, 5, 7, 0, 9, 4, 10, 2, 8, 1, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsKyoceraRaw[11];
-constinit detail::StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw);
+constinit detail::StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRaw, kKeyOrderKyoceraRaw, kChoicesKyoceraRaw, gItemsKyoceraRaw, &TagStringsCatalogue::stringsKyoceraRaw);
 
 // LNK: 44 tags
 
@@ -4002,8 +4024,12 @@ constexpr detail::StringRow kStringsSpanishLNK[] = {
     {{27687, 14}, {30382, 34}},
 };
 constinit detail::StreamStrings gStringsLNK(kText, {kStringsEnglishLNK, kStringsChineseLNK, kStringsFrenchLNK, kStringsGermanLNK, kStringsItalianLNK, kStringsJapaneseLNK, kStringsSpanishLNK});
+constexpr std::uint16_t kKeyOrderLNK[] = {
+    32, 17, 41, 19, 20, 31, 9, 38, 21, 22, 23, 30, 0, 29, 6, 8, 5, 7, 10, 14, 37, 42, 35, 12, 24,
+    43, 33, 25, 26, 15, 1, 11, 39, 16, 36, 2, 18, 34, 27, 28, 4, 13, 3, 40,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsLNK[44];
-constinit detail::StreamTags gTagsLNK("LNK", kText, kTagsLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK);
+constinit detail::StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kChoicesLNK, gItemsLNK, &TagStringsCatalogue::stringsLNK);
 
 // Leaf: 123 tags
 
@@ -4328,8 +4354,16 @@ constexpr detail::StringRow kStringsSpanishLeaf[] = {
     {{34373, 15}, {36538, 11}},
 };
 constinit detail::StreamStrings gStringsLeaf(kText, {kStringsEnglishLeaf, kStringsChineseLeaf, kStringsFrenchLeaf, kStringsGermanLeaf, kStringsItalianLeaf, kStringsJapaneseLeaf, kStringsSpanishLeaf});
+constexpr std::uint16_t kKeyOrderLeaf[] = {
+    63, 12, 13, 14, 0, 1, 5, 8, 10, 11, 3, 2, 15, 26, 32, 33, 36, 37, 39, 40, 31, 16, 17, 68, 18,
+    42, 41, 46, 48, 49, 43, 19, 106, 117, 44, 69, 4, 20, 21, 22, 51, 50, 52, 54, 55, 45, 76, 77, 78,
+    79, 80, 81, 23, 6, 7, 97, 56, 57, 58, 59, 24, 25, 35, 67, 70, 73, 74, 71, 119, 27, 99, 47, 62,
+    66, 60, 61, 28, 29, 100, 101, 30, 53, 75, 82, 94, 95, 102, 96, 98, 103, 104, 72, 108, 109, 105,
+    107, 110, 111, 112, 113, 114, 115, 38, 83, 84, 85, 86, 87, 88, 89, 90, 91, 92, 93, 9, 64, 116,
+    118, 121, 122, 65, 120, 34,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsLeaf[123];
-constinit detail::StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf);
+constinit detail::StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, {}, gItemsLeaf, &TagStringsCatalogue::stringsLeaf);
 
 // Leica: 46 tags
 
@@ -4867,8 +4901,12 @@ constexpr detail::StringRow kStringsSpanishLeica[] = {
     {{42192, 16}, {44692, 25}},
 };
 constinit detail::StreamStrings gStringsLeica(kText, {kStringsEnglishLeica, kStringsChineseLeica, kStringsFrenchLeica, kStringsGermanLeica, kStringsItalianLeica, kStringsJapaneseLeica, kStringsSpanishLeica});
+constexpr std::uint16_t kKeyOrderLeica[] = {
+    9, 42, 17, 16, 10, 11, 34, 37, 18, 33, 24, 7, 32, 36, 25, 29, 2, 1, 31, 20, 26, 40, 41, 30, 0,
+    19, 8, 23, 22, 27, 3, 39, 45, 44, 43, 5, 38, 15, 28, 4, 14, 13, 12, 21, 6, 35,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsLeica[46];
-constinit detail::StreamTags gTagsLeica("Leica", kText, kTagsLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica);
+constinit detail::StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLeica, kChoicesLeica, gItemsLeica, &TagStringsCatalogue::stringsLeica);
 
 // Lytro: 24 tags
 
@@ -5021,8 +5059,11 @@ constexpr detail::StringRow kStringsSpanishLytro[] = {
     {{45644, 18}, {23727, 13}},
 };
 constinit detail::StreamStrings gStringsLytro(kText, {kStringsEnglishLytro, kStringsChineseLytro, kStringsFrenchLytro, kStringsGermanLytro, kStringsItalianLytro, kStringsJapaneseLytro, kStringsSpanishLytro});
+constexpr std::uint16_t kKeyOrderLytro[] = {
+    4, 5, 6, 7, 23, 8, 18, 16, 9, 0, 10, 13, 15, 12, 19, 20, 22, 11, 1, 2, 21, 14, 3, 17,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsLytro[24];
-constinit detail::StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro);
+constinit detail::StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLytro, kChoicesLytro, gItemsLytro, &TagStringsCatalogue::stringsLytro);
 
 // M2TS: 7 tags
 
@@ -5198,8 +5239,11 @@ constexpr detail::StringRow kStringsSpanishM2TS[] = {
     {{49062, 13}, {23047, 9}},
 };
 constinit detail::StreamStrings gStringsM2TS(kText, {kStringsEnglishM2TS, {}, kStringsFrenchM2TS, kStringsGermanM2TS, kStringsItalianM2TS, {}, kStringsSpanishM2TS});
+constexpr std::uint16_t kKeyOrderM2TS[] = {
+    0, 1, 2, 4, 5, 3, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsM2TS[7];
-constinit detail::StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS);
+constinit detail::StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, kChoicesM2TS, gItemsM2TS, &TagStringsCatalogue::stringsM2TS);
 
 // MIE: 127 tags
 
@@ -5972,8 +6016,16 @@ constexpr detail::StringRow kStringsSpanishMIE[] = {
     {{54669, 9}, {661, 7}},
 };
 constinit detail::StreamStrings gStringsMIE(kText, {kStringsEnglishMIE, kStringsChineseMIE, kStringsFrenchMIE, kStringsGermanMIE, kStringsItalianMIE, kStringsJapaneseMIE, kStringsSpanishMIE});
+constexpr std::uint16_t kKeyOrderMIE[] = {
+    70, 3, 32, 106, 77, 8, 2, 71, 125, 9, 78, 10, 33, 79, 80, 11, 34, 35, 72, 36, 40, 107, 12, 4,
+    108, 37, 13, 14, 15, 46, 47, 48, 49, 85, 16, 50, 51, 52, 53, 54, 55, 56, 57, 86, 87, 17, 84, 76,
+    75, 58, 60, 59, 63, 62, 65, 66, 61, 67, 68, 69, 64, 18, 19, 20, 21, 81, 22, 38, 88, 94, 96, 104,
+    98, 23, 89, 90, 91, 24, 92, 93, 25, 39, 95, 82, 26, 41, 73, 114, 112, 113, 111, 42, 7, 1, 0,
+    126, 124, 123, 83, 109, 110, 5, 6, 27, 28, 29, 30, 31, 43, 74, 102, 99, 101, 100, 103, 97, 118,
+    116, 117, 115, 44, 105, 45, 120, 119, 121, 122,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMIE[127];
-constinit detail::StreamTags gTagsMIE("MIE", kText, kTagsMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE);
+constinit detail::StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kChoicesMIE, gItemsMIE, &TagStringsCatalogue::stringsMIE);
 
 // MIFF: 29 tags
 
@@ -6101,8 +6153,12 @@ constexpr detail::StringRow kStringsSpanishMIFF[] = {
     {{60178, 15}, {44692, 25}},
 };
 constinit detail::StreamStrings gStringsMIFF(kText, {kStringsEnglishMIFF, kStringsChineseMIFF, kStringsFrenchMIFF, kStringsGermanMIFF, kStringsItalianMIFF, kStringsJapaneseMIFF, kStringsSpanishMIFF});
+constexpr std::uint16_t kKeyOrderMIFF[] = {
+    0, 1, 2, 3, 5, 4, 7, 8, 9, 10, 11, 12, 13, 24, 6, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 25,
+    26, 27, 28,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMIFF[29];
-constinit detail::StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF);
+constinit detail::StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, {}, gItemsMIFF, &TagStringsCatalogue::stringsMIFF);
 
 // MISB: 133 tags
 
@@ -6521,8 +6577,16 @@ constexpr detail::StringRow kStringsSpanishMISB[] = {
     {{68250, 29}, {70559, 12}},
 };
 constinit detail::StreamStrings gStringsMISB(kText, {kStringsEnglishMISB, kStringsChineseMISB, kStringsFrenchMISB, kStringsGermanMISB, kStringsItalianMISB, kStringsJapaneseMISB, kStringsSpanishMISB});
+constexpr std::uint16_t kKeyOrderMISB[] = {
+    75, 88, 89, 104, 109, 132, 106, 102, 103, 105, 85, 94, 20, 37, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10,
+    11, 12, 13, 14, 15, 26, 29, 24, 22, 18, 17, 35, 115, 117, 119, 121, 116, 118, 120, 122, 25, 74,
+    130, 23, 84, 107, 61, 111, 59, 60, 93, 125, 123, 124, 126, 51, 38, 49, 50, 91, 41, 83, 92, 52,
+    70, 48, 114, 45, 33, 97, 127, 99, 39, 28, 27, 36, 62, 64, 66, 68, 63, 65, 67, 69, 110, 42, 46,
+    90, 21, 43, 129, 16, 19, 34, 108, 131, 98, 47, 54, 55, 56, 113, 112, 87, 57, 73, 31, 40, 81, 82,
+    101, 78, 76, 77, 80, 79, 58, 128, 32, 44, 100, 30, 53, 86, 96, 95, 71, 72,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMISB[133];
-constinit detail::StreamTags gTagsMISB("MISB", kText, kTagsMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB);
+constinit detail::StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, kChoicesMISB, gItemsMISB, &TagStringsCatalogue::stringsMISB);
 
 // MNG: 86 tags
 
@@ -6879,8 +6943,14 @@ constexpr detail::StringRow kStringsSpanishMNG[] = {
     {{74696, 15}, {36516, 22}},
 };
 constinit detail::StreamStrings gStringsMNG(kText, {kStringsEnglishMNG, kStringsChineseMNG, kStringsFrenchMNG, kStringsGermanMNG, kStringsItalianMNG, kStringsJapaneseMNG, kStringsSpanishMNG});
+constexpr std::uint16_t kKeyOrderMNG[] = {
+    36, 37, 38, 39, 14, 0, 2, 3, 6, 32, 31, 13, 58, 76, 19, 29, 21, 22, 7, 72, 8, 24, 84, 18, 26,
+    69, 61, 23, 60, 62, 80, 9, 16, 50, 63, 12, 5, 30, 4, 10, 41, 83, 85, 43, 17, 51, 55, 25, 1, 40,
+    79, 78, 47, 46, 48, 27, 74, 75, 64, 73, 65, 77, 35, 11, 68, 56, 66, 67, 81, 44, 49, 33, 34, 20,
+    70, 71, 82, 42, 45, 57, 15, 53, 52, 28, 54, 59,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMNG[86];
-constinit detail::StreamTags gTagsMNG("MNG", kText, kTagsMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG);
+constinit detail::StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kChoicesMNG, gItemsMNG, &TagStringsCatalogue::stringsMNG);
 
 // MOI: 7 tags
 
@@ -6935,8 +7005,11 @@ constexpr detail::StringRow kStringsSpanishMOI[] = {
     {{77242, 12}, {23047, 9}},
 };
 constinit detail::StreamStrings gStringsMOI(kText, {kStringsEnglishMOI, kStringsChineseMOI, kStringsFrenchMOI, kStringsGermanMOI, kStringsItalianMOI, kStringsJapaneseMOI, kStringsSpanishMOI});
+constexpr std::uint16_t kKeyOrderMOI[] = {
+    3, 5, 4, 1, 2, 0, 6,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMOI[7];
-constinit detail::StreamTags gTagsMOI("MOI", kText, kTagsMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI);
+constinit detail::StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kChoicesMOI, gItemsMOI, &TagStringsCatalogue::stringsMOI);
 
 // MPC: 11 tags
 
@@ -7036,8 +7109,11 @@ constexpr detail::StringRow kStringsSpanishMPC[] = {
     {{78167, 15}, {78314, 14}},
 };
 constinit detail::StreamStrings gStringsMPC(kText, {kStringsEnglishMPC, kStringsChineseMPC, kStringsFrenchMPC, kStringsGermanMPC, kStringsItalianMPC, kStringsJapaneseMPC, kStringsSpanishMPC});
+constexpr std::uint16_t kKeyOrderMPC[] = {
+    10, 8, 9, 3, 2, 7, 6, 5, 4, 1, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMPC[11];
-constinit detail::StreamTags gTagsMPC("MPC", kText, kTagsMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC);
+constinit detail::StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kChoicesMPC, gItemsMPC, &TagStringsCatalogue::stringsMPC);
 
 // MPEG: 26 tags
 
@@ -7242,8 +7318,11 @@ constexpr detail::StringRow kStringsSpanishMPEG[] = {
     {{80584, 15}, {59471, 19}},
 };
 constinit detail::StreamStrings gStringsMPEG(kText, {kStringsEnglishMPEG, kStringsChineseMPEG, kStringsFrenchMPEG, kStringsGermanMPEG, kStringsItalianMPEG, kStringsJapaneseMPEG, kStringsSpanishMPEG});
+constexpr std::uint16_t kKeyOrderMPEG[] = {
+    17, 2, 1, 4, 8, 10, 23, 18, 16, 15, 7, 13, 12, 11, 25, 14, 24, 0, 5, 6, 9, 3, 21, 20, 22, 19,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMPEG[26];
-constinit detail::StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG);
+constinit detail::StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, kChoicesMPEG, gItemsMPEG, &TagStringsCatalogue::stringsMPEG);
 
 // MPF: 25 tags
 
@@ -7378,8 +7457,11 @@ constexpr detail::StringRow kStringsSpanishMPF[] = {
     {{83085, 15}, {78314, 14}},
 };
 constinit detail::StreamStrings gStringsMPF(kText, {kStringsEnglishMPF, {}, kStringsFrenchMPF, kStringsGermanMPF, kStringsItalianMPF, {}, kStringsSpanishMPF});
+constexpr std::uint16_t kKeyOrderMPF[] = {
+    19, 20, 21, 15, 17, 16, 5, 6, 9, 7, 0, 1, 3, 4, 2, 11, 8, 12, 13, 14, 23, 24, 10, 18, 22,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMPF[25];
-constinit detail::StreamTags gTagsMPF("MPF", kText, kTagsMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF);
+constinit detail::StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kChoicesMPF, gItemsMPF, &TagStringsCatalogue::stringsMPF);
 
 // MXF: 1297 tags
 
@@ -10269,8 +10351,81 @@ constexpr detail::StringRow kStringsSpanishMXF[] = {
     {{154962, 10}, {161705, 6}},
 };
 constinit detail::StreamStrings gStringsMXF(kText, {kStringsEnglishMXF, kStringsChineseMXF, kStringsFrenchMXF, kStringsGermanMXF, kStringsItalianMXF, kStringsJapaneseMXF, kStringsSpanishMXF});
+constexpr std::uint16_t kKeyOrderMXF[] = {
+    460, 1242, 56, 19, 501, 1185, 1189, 1191, 1188, 1187, 128, 33, 932, 161, 166, 264, 1217, 1102,
+    1097, 1027, 275, 139, 937, 938, 510, 549, 837, 637, 210, 217, 219, 201, 164, 546, 865, 1219,
+    319, 113, 616, 998, 922, 926, 1094, 1015, 921, 1263, 1276, 552, 555, 1268, 1261, 556, 1256,
+    1220, 551, 553, 554, 1084, 31, 136, 485, 486, 574, 1105, 463, 86, 87, 462, 516, 767, 519, 768,
+    247, 256, 257, 258, 254, 255, 517, 199, 249, 198, 202, 200, 406, 573, 960, 630, 959, 851, 850,
+    1000, 1013, 18, 781, 993, 587, 966, 950, 854, 182, 203, 184, 954, 661, 956, 1168, 902, 903,
+    1010, 80, 416, 731, 81, 79, 82, 730, 417, 431, 390, 1041, 269, 585, 876, 109, 1206, 55, 1014,
+    855, 410, 1137, 411, 150, 190, 151, 120, 696, 143, 883, 1081, 951, 446, 1089, 1090, 961, 1145,
+    1293, 912, 336, 647, 729, 728, 1033, 725, 1019, 724, 1175, 1110, 893, 1050, 928, 814, 1021, 243,
+    1281, 594, 1283, 945, 602, 627, 606, 618, 943, 518, 766, 1203, 693, 131, 155, 1152, 508, 170,
+    153, 1028, 1285, 1062, 522, 513, 484, 935, 936, 1079, 638, 1136, 147, 145, 146, 144, 497, 148,
+    942, 430, 97, 1113, 96, 1034, 997, 628, 670, 558, 123, 116, 426, 427, 425, 1082, 455, 607, 137,
+    750, 277, 706, 889, 428, 710, 707, 708, 1001, 1029, 709, 704, 705, 429, 89, 635, 667, 242, 325,
+    330, 802, 62, 61, 786, 787, 788, 789, 790, 791, 792, 793, 796, 339, 668, 1141, 1165, 1162, 1296,
+    1146, 1201, 489, 490, 138, 70, 713, 880, 84, 665, 21, 424, 984, 625, 260, 261, 262, 259, 975,
+    770, 977, 978, 979, 976, 726, 471, 673, 576, 263, 1114, 1292, 456, 442, 454, 620, 980, 727, 130,
+    748, 749, 1264, 991, 1262, 1257, 898, 872, 871, 815, 307, 284, 306, 285, 894, 24, 678, 679, 680,
+    286, 287, 457, 25, 1035, 1032, 311, 296, 297, 298, 295, 310, 26, 929, 288, 289, 974, 608, 660,
+    659, 769, 218, 239, 765, 432, 774, 930, 175, 584, 176, 177, 178, 205, 215, 672, 1157, 1158, 350,
+    423, 40, 535, 223, 445, 450, 581, 578, 863, 866, 577, 612, 196, 474, 858, 847, 475, 965, 1295,
+    1147, 1164, 588, 250, 651, 824, 52, 823, 1009, 809, 601, 897, 622, 609, 110, 221, 632, 810, 389,
+    388, 1138, 806, 805, 377, 378, 236, 1045, 1011, 666, 375, 376, 575, 74, 536, 1054, 1049, 1051,
+    1053, 478, 543, 674, 265, 675, 266, 98, 349, 434, 746, 505, 186, 545, 775, 1087, 156, 873, 957,
+    958, 481, 533, 228, 222, 224, 534, 225, 226, 194, 195, 589, 590, 591, 197, 179, 83, 99, 878,
+    419, 652, 962, 964, 541, 1284, 1, 132, 910, 1214, 291, 293, 292, 41, 385, 379, 158, 290, 157,
+    1055, 913, 919, 904, 986, 985, 550, 1273, 118, 1171, 1173, 1172, 1169, 1170, 1174, 1104, 677,
+    778, 779, 992, 1007, 920, 1294, 1117, 1151, 571, 405, 407, 867, 2, 140, 465, 755, 784, 757, 169,
+    6, 443, 459, 7, 15, 8, 12, 11, 106, 107, 839, 838, 13, 14, 9, 16, 10, 946, 633, 1008, 895, 831,
+    816, 817, 537, 229, 281, 539, 994, 180, 230, 538, 181, 214, 868, 1047, 989, 983, 811, 1291,
+    1044, 134, 43, 613, 268, 631, 988, 830, 22, 235, 63, 326, 331, 803, 64, 395, 744, 67, 604, 629,
+    643, 403, 401, 402, 468, 400, 418, 469, 473, 646, 404, 690, 32, 916, 917, 1150, 548, 732, 94,
+    733, 711, 914, 1095, 1092, 1091, 482, 1060, 42, 127, 47, 45, 743, 125, 1022, 46, 126, 44, 887,
+    848, 849, 124, 37, 737, 882, 520, 162, 111, 112, 69, 933, 1259, 1260, 1265, 557, 640, 1254, 990,
+    908, 381, 283, 294, 360, 369, 366, 1042, 39, 645, 363, 383, 357, 1038, 901, 900, 36, 684, 353,
+    885, 886, 1005, 853, 777, 944, 152, 165, 1149, 1148, 1133, 1134, 1086, 1071, 1072, 1073, 1074,
+    1075, 1076, 1077, 1078, 1063, 1064, 1065, 1066, 1067, 1068, 1069, 1070, 1205, 273, 271, 0, 685,
+    207, 695, 102, 437, 49, 844, 435, 458, 617, 282, 1107, 1109, 386, 373, 374, 569, 948, 947, 566,
+    563, 68, 448, 477, 657, 1085, 494, 1036, 240, 568, 565, 562, 845, 691, 884, 669, 1135, 1142,
+    1098, 397, 909, 1118, 1119, 1115, 1116, 911, 88, 881, 399, 1121, 797, 754, 600, 1267, 322, 795,
+    492, 747, 752, 751, 491, 466, 493, 327, 799, 753, 320, 875, 874, 1280, 1282, 108, 583, 582, 579,
+    623, 619, 896, 686, 231, 232, 206, 818, 3, 807, 91, 104, 1025, 689, 663, 694, 1058, 59, 813,
+    836, 142, 20, 804, 28, 869, 1061, 23, 483, 671, 1215, 1216, 1269, 38, 1270, 636, 1088, 488, 621,
+    540, 511, 512, 1243, 605, 603, 624, 639, 641, 1112, 1003, 1288, 76, 715, 716, 717, 719, 720,
+    721, 892, 1031, 1126, 952, 1125, 953, 1123, 1129, 1122, 1127, 1128, 760, 759, 532, 734, 1004,
+    1002, 238, 227, 447, 1202, 762, 509, 321, 1103, 1166, 681, 1101, 682, 1100, 1099, 683, 567, 560,
+    626, 564, 572, 561, 1124, 234, 861, 278, 982, 981, 859, 300, 301, 440, 338, 335, 439, 149, 504,
+    436, 879, 85, 1056, 842, 870, 840, 995, 433, 1153, 92, 782, 1016, 949, 135, 276, 391, 392, 117,
+    741, 441, 274, 700, 907, 899, 444, 996, 642, 644, 1012, 834, 832, 835, 833, 188, 187, 828, 827,
+    825, 826, 703, 701, 129, 967, 973, 970, 972, 969, 971, 968, 237, 1204, 1132, 1130, 1131, 1143,
+    1144, 1287, 1286, 398, 525, 698, 692, 35, 735, 736, 1234, 1275, 1241, 1271, 1235, 1277, 1236,
+    1223, 1272, 1274, 1233, 1228, 1226, 1232, 1231, 1225, 1230, 1238, 1279, 1227, 1229, 1221, 1278,
+    1224, 1239, 1240, 1222, 1237, 927, 1037, 280, 279, 598, 599, 798, 658, 1218, 73, 877, 915, 1120,
+    712, 66, 1030, 890, 891, 65, 95, 332, 1040, 1213, 1210, 1212, 1211, 515, 521, 204, 183, 72, 71,
+    1192, 467, 17, 355, 354, 1255, 808, 702, 464, 595, 220, 171, 172, 173, 174, 168, 159, 934, 53,
+    1017, 1020, 77, 78, 923, 1139, 1018, 924, 421, 422, 100, 1057, 1059, 843, 841, 50, 846, 722,
+    723, 615, 1080, 318, 542, 233, 544, 610, 955, 51, 699, 654, 344, 324, 347, 888, 351, 1046, 346,
+    329, 801, 340, 345, 342, 341, 343, 393, 323, 328, 800, 496, 495, 999, 925, 1048, 487, 1026,
+    1023, 1024, 1043, 906, 697, 208, 154, 394, 780, 241, 941, 472, 314, 852, 396, 856, 857, 860,
+    570, 1289, 1155, 302, 303, 1159, 1156, 1154, 57, 596, 1160, 597, 905, 1161, 267, 246, 371, 664,
+    372, 337, 614, 413, 771, 772, 415, 414, 1186, 931, 1181, 133, 523, 656, 687, 862, 662, 334, 333,
+    655, 1163, 1208, 1209, 309, 308, 794, 742, 313, 299, 312, 593, 409, 103, 105, 822, 821, 819,
+    820, 58, 461, 90, 93, 776, 502, 1096, 1093, 54, 531, 528, 676, 527, 529, 773, 526, 530, 119,
+    649, 650, 480, 315, 141, 348, 420, 592, 864, 738, 387, 412, 745, 122, 987, 121, 101, 380, 114,
+    115, 1266, 1106, 382, 361, 370, 367, 211, 364, 384, 216, 358, 524, 212, 213, 586, 739, 740, 48,
+    1006, 1179, 1177, 1178, 559, 829, 60, 718, 160, 1039, 714, 167, 452, 453, 449, 1052, 634, 34,
+    163, 783, 191, 611, 30, 688, 1167, 476, 479, 648, 1258, 4, 5, 27, 29, 359, 368, 365, 1176, 362,
+    356, 352, 547, 1140, 272, 470, 963, 75, 1108, 1290, 1207, 1180, 1184, 1190, 1183, 1182, 1250,
+    1249, 1246, 1247, 1244, 1253, 1251, 1248, 1252, 1245, 580, 653, 499, 498, 451, 756, 785, 758,
+    507, 189, 763, 1111, 514, 761, 270, 251, 252, 253, 764, 1083, 506, 248, 245, 939, 940, 192, 193,
+    408, 503, 316, 304, 305, 317, 438, 500, 209, 185, 244, 812, 918, 1195, 1199, 1197, 1193, 1196,
+    1200, 1198, 1194,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMXF[1297];
-constinit detail::StreamTags gTagsMXF("MXF", kText, kTagsMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF);
+constinit detail::StreamTags gTagsMXF("MXF", kText, kTagsMXF, kKeyOrderMXF, kChoicesMXF, gItemsMXF, &TagStringsCatalogue::stringsMXF);
 
 }  // namespace
 
@@ -12665,5 +12820,27 @@ const TagItem& detail::TagItemCatalogue19::itemMXFCipherAlgorithmAES128CBC() { r
 const TagItem& detail::TagItemCatalogue19::itemMXFHMACAlgorithmSHA1128() { return gTagsMXF.item(1294); }
 const TagItem& detail::TagItemCatalogue19::itemMXFEncryptedContainerLabel() { return gTagsMXF.item(1295); }
 const TagItem& detail::TagItemCatalogue19::itemMXFCryptographicFrameworkLabel() { return gTagsMXF.item(1296); }
+
+namespace detail {
+const TagItem* findInJUMBF(std::string_view key) { return gTagsJUMBF.find(key); }
+const TagItem* findInJVC(std::string_view key) { return gTagsJVC.find(key); }
+const TagItem* findInJpeg2000(std::string_view key) { return gTagsJpeg2000.find(key); }
+const TagItem* findInKodak(std::string_view key) { return gTagsKodak.find(key); }
+const TagItem* findInKyoceraRaw(std::string_view key) { return gTagsKyoceraRaw.find(key); }
+const TagItem* findInLNK(std::string_view key) { return gTagsLNK.find(key); }
+const TagItem* findInLeaf(std::string_view key) { return gTagsLeaf.find(key); }
+const TagItem* findInLeica(std::string_view key) { return gTagsLeica.find(key); }
+const TagItem* findInLytro(std::string_view key) { return gTagsLytro.find(key); }
+const TagItem* findInM2TS(std::string_view key) { return gTagsM2TS.find(key); }
+const TagItem* findInMIE(std::string_view key) { return gTagsMIE.find(key); }
+const TagItem* findInMIFF(std::string_view key) { return gTagsMIFF.find(key); }
+const TagItem* findInMISB(std::string_view key) { return gTagsMISB.find(key); }
+const TagItem* findInMNG(std::string_view key) { return gTagsMNG.find(key); }
+const TagItem* findInMOI(std::string_view key) { return gTagsMOI.find(key); }
+const TagItem* findInMPC(std::string_view key) { return gTagsMPC.find(key); }
+const TagItem* findInMPEG(std::string_view key) { return gTagsMPEG.find(key); }
+const TagItem* findInMPF(std::string_view key) { return gTagsMPF.find(key); }
+const TagItem* findInMXF(std::string_view key) { return gTagsMXF.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -1812,8 +1812,18 @@ constexpr detail::StringRow kStringsSpanishMatroska[] = {
     {{6466, 14}, {8517, 7}},
 };
 constinit detail::StreamStrings gStringsMatroska(kText, {kStringsEnglishMatroska, kStringsChineseMatroska, kStringsFrenchMatroska, kStringsGermanMatroska, kStringsItalianMatroska, kStringsJapaneseMatroska, kStringsSpanishMatroska});
+constexpr std::uint16_t kKeyOrderMatroska[] = {
+    66, 67, 68, 69, 71, 70, 72, 22, 23, 24, 25, 1, 9, 74, 75, 73, 3, 7, 4, 76, 49, 14, 13, 39, 20,
+    43, 42, 41, 40, 45, 77, 78, 56, 2, 59, 30, 6, 57, 79, 80, 81, 82, 83, 11, 26, 27, 28, 84, 85,
+    86, 87, 88, 89, 90, 91, 92, 93, 16, 94, 95, 96, 97, 98, 12, 19, 99, 21, 100, 101, 102, 103, 8,
+    104, 105, 106, 55, 58, 107, 108, 111, 112, 109, 110, 113, 114, 115, 116, 117, 118, 119, 120,
+    121, 123, 122, 124, 125, 126, 61, 127, 128, 48, 129, 130, 131, 132, 133, 60, 134, 135, 136, 137,
+    64, 65, 63, 62, 138, 139, 140, 141, 142, 143, 144, 145, 146, 147, 148, 149, 150, 29, 15, 44, 51,
+    50, 36, 5, 151, 152, 153, 154, 155, 156, 160, 163, 33, 18, 31, 34, 17, 32, 35, 157, 158, 159,
+    161, 47, 52, 53, 54, 38, 37, 46, 162, 164, 0, 10, 165,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMatroska[166];
-constinit detail::StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska);
+constinit detail::StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKeyOrderMatroska, {}, gItemsMatroska, &TagStringsCatalogue::stringsMatroska);
 
 // Meta: 50 tags
 
@@ -1952,8 +1962,12 @@ constexpr detail::StringRow kStringsSpanishMeta[] = {
     {{10676, 17}, {11320, 13}},
 };
 constinit detail::StreamStrings gStringsMeta(kText, {kStringsEnglishMeta, kStringsChineseMeta, kStringsFrenchMeta, kStringsGermanMeta, kStringsItalianMeta, kStringsJapaneseMeta, kStringsSpanishMeta});
+constexpr std::uint16_t kKeyOrderMeta[] = {
+    41, 2, 3, 1, 4, 0, 9, 8, 13, 12, 39, 40, 38, 28, 14, 16, 17, 6, 19, 15, 42, 45, 37, 25, 7, 44,
+    46, 29, 48, 27, 18, 32, 30, 31, 47, 36, 26, 23, 22, 21, 20, 10, 33, 34, 35, 49, 24, 11, 43, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMeta[50];
-constinit detail::StreamTags gTagsMeta("Meta", kText, kTagsMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta);
+constinit detail::StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, {}, gItemsMeta, &TagStringsCatalogue::stringsMeta);
 
 // Microsoft: 410 tags
 
@@ -3143,8 +3157,31 @@ constexpr detail::StringRow kStringsSpanishMicrosoft[] = {
     {{29558, 14}, {33010, 4}},
 };
 constinit detail::StreamStrings gStringsMicrosoft(kText, {kStringsEnglishMicrosoft, kStringsChineseMicrosoft, kStringsFrenchMicrosoft, kStringsGermanMicrosoft, kStringsItalianMicrosoft, kStringsJapaneseMicrosoft, kStringsSpanishMicrosoft});
+constexpr std::uint16_t kKeyOrderMicrosoft[] = {
+    7, 384, 8, 9, 10, 11, 12, 13, 234, 14, 15, 16, 241, 17, 18, 308, 235, 343, 307, 378, 326, 19,
+    20, 256, 257, 21, 22, 231, 23, 376, 379, 237, 130, 346, 194, 255, 24, 225, 292, 221, 322, 302,
+    233, 333, 277, 365, 224, 359, 25, 26, 27, 28, 335, 178, 29, 30, 301, 351, 380, 381, 193, 286,
+    31, 159, 347, 341, 208, 280, 226, 32, 401, 350, 296, 162, 263, 212, 238, 362, 33, 131, 132, 352,
+    402, 358, 34, 35, 385, 344, 36, 37, 38, 39, 40, 41, 42, 43, 262, 404, 329, 223, 290, 328, 177,
+    396, 327, 184, 377, 360, 375, 244, 407, 44, 250, 264, 45, 206, 363, 220, 46, 217, 273, 406, 342,
+    295, 271, 133, 339, 303, 283, 47, 345, 185, 182, 180, 181, 391, 210, 48, 49, 170, 176, 276, 368,
+    189, 190, 316, 357, 330, 382, 50, 51, 260, 52, 259, 242, 53, 369, 370, 248, 219, 134, 135, 200,
+    314, 246, 247, 306, 197, 163, 274, 294, 191, 297, 340, 167, 253, 356, 183, 367, 216, 236, 403,
+    392, 317, 245, 54, 336, 56, 215, 55, 196, 400, 207, 305, 136, 300, 394, 57, 173, 386, 364, 58,
+    59, 188, 332, 331, 60, 137, 138, 337, 165, 61, 214, 139, 140, 141, 62, 187, 201, 408, 63, 240,
+    64, 324, 203, 199, 318, 279, 349, 166, 293, 319, 179, 230, 287, 299, 298, 304, 288, 409, 309,
+    361, 355, 397, 1, 2, 5, 6, 3, 4, 0, 265, 175, 65, 348, 383, 66, 213, 269, 198, 67, 68, 69, 204,
+    195, 192, 313, 266, 171, 172, 289, 284, 278, 399, 218, 321, 142, 70, 71, 143, 144, 72, 268, 73,
+    74, 272, 75, 366, 76, 77, 78, 79, 80, 81, 82, 83, 84, 85, 86, 87, 291, 88, 168, 323, 281, 161,
+    282, 228, 229, 169, 174, 405, 89, 388, 145, 389, 325, 354, 275, 90, 310, 312, 315, 227, 390,
+    285, 205, 353, 371, 249, 91, 186, 147, 239, 146, 202, 232, 92, 93, 94, 95, 96, 97, 98, 99, 100,
+    101, 102, 103, 104, 105, 106, 107, 108, 109, 320, 164, 338, 110, 111, 160, 112, 372, 334, 373,
+    261, 113, 393, 211, 311, 148, 114, 209, 243, 149, 251, 252, 395, 115, 116, 117, 118, 119, 120,
+    121, 122, 123, 124, 125, 126, 127, 270, 254, 128, 258, 129, 150, 151, 152, 153, 154, 155, 156,
+    157, 374, 387, 222, 398, 267, 158,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMicrosoft[410];
-constinit detail::StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft);
+constinit detail::StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, kKeyOrderMicrosoft, kChoicesMicrosoft, gItemsMicrosoft, &TagStringsCatalogue::stringsMicrosoft);
 
 // Minolta: 192 tags
 
@@ -5956,8 +5993,19 @@ constexpr detail::StringRow kStringsSpanishMinolta[] = {
     {{79581, 24}, {96738, 8}},
 };
 constinit detail::StreamStrings gStringsMinolta(kText, {kStringsEnglishMinolta, kStringsChineseMinolta, kStringsFrenchMinolta, kStringsGermanMinolta, kStringsItalianMinolta, kStringsJapaneseMinolta, kStringsSpanishMinolta});
+constexpr std::uint16_t kKeyOrderMinolta[] = {
+    114, 125, 133, 187, 120, 16, 117, 12, 11, 85, 77, 0, 1, 4, 9, 3, 14, 6, 13, 5, 15, 7, 8, 2, 83,
+    112, 154, 55, 134, 30, 57, 189, 118, 43, 42, 41, 104, 54, 53, 64, 68, 70, 96, 139, 91, 45, 115,
+    101, 102, 100, 99, 97, 63, 65, 28, 22, 84, 88, 150, 98, 152, 126, 29, 116, 80, 124, 17, 25, 109,
+    26, 39, 67, 111, 48, 86, 128, 130, 129, 35, 153, 66, 18, 132, 33, 62, 34, 113, 10, 61, 131, 52,
+    155, 69, 81, 71, 24, 49, 74, 78, 76, 149, 108, 107, 56, 191, 31, 51, 32, 40, 119, 147, 27, 135,
+    138, 38, 188, 23, 127, 148, 36, 20, 50, 21, 37, 137, 121, 75, 73, 123, 95, 140, 142, 141, 89,
+    145, 122, 110, 72, 44, 143, 90, 46, 82, 92, 136, 105, 106, 58, 59, 47, 144, 190, 151, 175, 171,
+    173, 163, 161, 165, 167, 177, 169, 159, 157, 186, 184, 182, 179, 185, 181, 178, 183, 180, 156,
+    174, 170, 172, 162, 160, 164, 166, 176, 168, 158, 19, 93, 103, 94, 60, 146, 87, 79,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMinolta[192];
-constinit detail::StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta);
+constinit detail::StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOrderMinolta, kChoicesMinolta, gItemsMinolta, &TagStringsCatalogue::stringsMinolta);
 
 // MinoltaRaw: 35 tags
 
@@ -6376,8 +6424,12 @@ constexpr detail::StringRow kStringsSpanishMinoltaRaw[] = {
     {{100814, 25}, {96799, 4}},
 };
 constinit detail::StreamStrings gStringsMinoltaRaw(kText, {kStringsEnglishMinoltaRaw, kStringsChineseMinoltaRaw, kStringsFrenchMinoltaRaw, kStringsGermanMinoltaRaw, kStringsItalianMinoltaRaw, kStringsJapaneseMinoltaRaw, kStringsSpanishMinoltaRaw});
+constexpr std::uint16_t kKeyOrderMinoltaRaw[] = {
+    27, 8, 6, 26, 15, 30, 10, 0, 29, 14, 3, 4, 13, 31, 5, 9, 1, 2, 11, 7, 12, 32, 33, 18, 19, 21,
+    24, 17, 23, 20, 22, 16, 25, 34, 28,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMinoltaRaw[35];
-constinit detail::StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw);
+constinit detail::StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRaw, kKeyOrderMinoltaRaw, kChoicesMinoltaRaw, gItemsMinoltaRaw, &TagStringsCatalogue::stringsMinoltaRaw);
 
 // Motorola: 6 tags
 
@@ -6432,8 +6484,11 @@ constexpr detail::StringRow kStringsSpanishMotorola[] = {
     {{101706, 21}, {11320, 13}},
 };
 constinit detail::StreamStrings gStringsMotorola(kText, {kStringsEnglishMotorola, kStringsChineseMotorola, kStringsFrenchMotorola, kStringsGermanMotorola, kStringsItalianMotorola, kStringsJapaneseMotorola, kStringsSpanishMotorola});
+constexpr std::uint16_t kKeyOrderMotorola[] = {
+    0, 2, 3, 5, 4, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsMotorola[6];
-constinit detail::StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola);
+constinit detail::StreamTags gTagsMotorola("Motorola", kText, kTagsMotorola, kKeyOrderMotorola, {}, gItemsMotorola, &TagStringsCatalogue::stringsMotorola);
 
 }  // namespace
 
@@ -7355,5 +7410,14 @@ const TagItem& detail::TagItemCatalogue21::itemMotorolaCustomRendered() { return
 const TagItem& detail::TagItemCatalogue21::itemMotorolaDriveMode() { return gTagsMotorola.item(3); }
 const TagItem& detail::TagItemCatalogue21::itemMotorolaSensor() { return gTagsMotorola.item(4); }
 const TagItem& detail::TagItemCatalogue21::itemMotorolaManufactureDate() { return gTagsMotorola.item(5); }
+
+namespace detail {
+const TagItem* findInMatroska(std::string_view key) { return gTagsMatroska.find(key); }
+const TagItem* findInMeta(std::string_view key) { return gTagsMeta.find(key); }
+const TagItem* findInMicrosoft(std::string_view key) { return gTagsMicrosoft.find(key); }
+const TagItem* findInMinolta(std::string_view key) { return gTagsMinolta.find(key); }
+const TagItem* findInMinoltaRaw(std::string_view key) { return gTagsMinoltaRaw.find(key); }
+const TagItem* findInMotorola(std::string_view key) { return gTagsMotorola.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

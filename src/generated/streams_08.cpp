@@ -8370,8 +8370,35 @@ constexpr detail::StringRow kStringsSpanishNikon[] = {
     {{121231, 17}, {153388, 27}},
 };
 constinit detail::StreamStrings gStringsNikon(kText, {kStringsEnglishNikon, kStringsChineseNikon, kStringsFrenchNikon, kStringsGermanNikon, kStringsItalianNikon, kStringsJapaneseNikon, kStringsSpanishNikon});
+constexpr std::uint16_t kKeyOrderNikon[] = {
+    72, 73, 70, 193, 13, 437, 436, 434, 435, 0, 12, 10, 11, 19, 21, 22, 20, 9, 8, 3, 1, 2, 15, 7,
+    272, 232, 387, 69, 426, 425, 427, 58, 63, 65, 64, 66, 67, 61, 62, 398, 59, 60, 57, 107, 311,
+    245, 68, 101, 407, 412, 317, 316, 315, 447, 285, 479, 450, 93, 252, 50, 230, 240, 446, 251, 4,
+    14, 481, 209, 42, 238, 227, 320, 219, 487, 262, 41, 486, 266, 174, 48, 124, 403, 461, 106, 44,
+    322, 196, 429, 388, 389, 28, 192, 225, 32, 400, 404, 217, 430, 30, 228, 310, 148, 223, 128, 129,
+    153, 152, 151, 31, 119, 120, 121, 110, 111, 112, 113, 114, 115, 116, 117, 118, 108, 109, 122,
+    125, 448, 284, 477, 478, 283, 147, 130, 133, 131, 224, 220, 473, 149, 150, 469, 134, 137, 141,
+    138, 140, 143, 139, 142, 146, 144, 145, 154, 126, 177, 176, 178, 249, 408, 413, 132, 175, 213,
+    127, 214, 179, 459, 457, 313, 37, 480, 195, 203, 46, 194, 16, 17, 18, 395, 173, 172, 170, 458,
+    171, 205, 421, 424, 422, 423, 305, 386, 156, 155, 157, 159, 158, 306, 325, 273, 451, 255, 75,
+    162, 164, 312, 161, 160, 401, 163, 165, 218, 221, 243, 464, 231, 222, 265, 264, 268, 226, 466,
+    237, 271, 456, 289, 290, 291, 168, 182, 169, 181, 166, 183, 343, 247, 184, 204, 186, 409, 410,
+    200, 185, 431, 432, 197, 201, 206, 433, 246, 254, 211, 207, 191, 25, 55, 56, 241, 242, 248, 202,
+    190, 189, 33, 188, 236, 123, 34, 336, 337, 339, 335, 452, 187, 26, 345, 331, 296, 301, 340, 300,
+    333, 329, 302, 293, 292, 297, 342, 328, 327, 295, 326, 330, 294, 334, 341, 392, 180, 332, 303,
+    304, 298, 299, 417, 416, 418, 308, 415, 307, 282, 256, 258, 199, 277, 280, 279, 281, 278, 428,
+    465, 74, 239, 35, 36, 43, 45, 47, 49, 54, 53, 355, 375, 356, 376, 357, 377, 358, 378, 359, 379,
+    360, 380, 361, 381, 362, 382, 363, 383, 364, 384, 346, 366, 365, 385, 347, 367, 348, 368, 349,
+    369, 350, 370, 351, 371, 352, 372, 353, 373, 354, 374, 468, 198, 29, 79, 78, 80, 210, 5, 309,
+    286, 444, 443, 233, 442, 445, 441, 439, 405, 411, 324, 397, 275, 467, 396, 76, 24, 419, 420, 6,
+    414, 216, 212, 259, 394, 288, 136, 475, 472, 470, 135, 474, 471, 40, 263, 453, 454, 438, 455,
+    269, 257, 261, 253, 318, 260, 391, 476, 229, 393, 51, 250, 460, 167, 267, 235, 276, 287, 319,
+    27, 77, 321, 208, 23, 344, 244, 323, 274, 449, 390, 483, 482, 484, 314, 485, 462, 270, 399, 463,
+    402, 234, 71, 406, 84, 81, 85, 86, 90, 87, 91, 89, 88, 92, 83, 82, 100, 95, 99, 94, 98, 104,
+    103, 97, 105, 102, 96, 52, 215, 338, 38, 39, 440,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNikon[488];
-constinit detail::StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon);
+constinit detail::StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNikon, kChoicesNikon, gItemsNikon, &TagStringsCatalogue::stringsNikon);
 
 // NikonCapture: 96 tags
 
@@ -9306,8 +9333,14 @@ constexpr detail::StringRow kStringsSpanishNikonCapture[] = {
     {{163748, 30}, {151895, 8}},
 };
 constinit detail::StreamStrings gStringsNikonCapture(kText, {kStringsEnglishNikonCapture, kStringsChineseNikonCapture, kStringsFrenchNikonCapture, kStringsGermanNikonCapture, kStringsItalianNikonCapture, kStringsJapaneseNikonCapture, kStringsSpanishNikonCapture});
+constexpr std::uint16_t kKeyOrderNikonCapture[] = {
+    24, 25, 42, 52, 0, 31, 41, 3, 2, 36, 59, 55, 60, 61, 70, 7, 4, 15, 9, 16, 12, 13, 14, 8, 6, 10,
+    11, 5, 40, 32, 19, 18, 37, 17, 49, 20, 21, 54, 34, 1, 22, 23, 45, 28, 30, 71, 53, 29, 38, 56,
+    58, 57, 51, 47, 65, 64, 63, 62, 50, 66, 67, 68, 35, 72, 46, 27, 26, 69, 33, 74, 76, 75, 77, 78,
+    80, 79, 81, 82, 84, 83, 85, 86, 88, 87, 89, 73, 39, 44, 48, 91, 93, 92, 90, 94, 95, 43,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonCapture[96];
-constinit detail::StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture);
+constinit detail::StreamTags gTagsNikonCapture("NikonCapture", kText, kTagsNikonCapture, kKeyOrderNikonCapture, kChoicesNikonCapture, gItemsNikonCapture, &TagStringsCatalogue::stringsNikonCapture);
 
 }  // namespace
 
@@ -9914,5 +9947,10 @@ const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjMode() { return 
 const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjLighting() { return gTagsNikonCapture.item(93); }
 const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTemperature() { return gTagsNikonCapture.item(94); }
 const TagItem& detail::TagItemCatalogue22::itemNikonCaptureWBAdjTint() { return gTagsNikonCapture.item(95); }
+
+namespace detail {
+const TagItem* findInNikon(std::string_view key) { return gTagsNikon.find(key); }
+const TagItem* findInNikonCapture(std::string_view key) { return gTagsNikonCapture.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -9273,8 +9273,25 @@ constexpr detail::StringRow kStringsSpanishNikonCustom[] = {
     {{166579, 31}, {189957, 11}},
 };
 constinit detail::StreamStrings gStringsNikonCustom(kText, {kStringsEnglishNikonCustom, kStringsChineseNikonCustom, kStringsFrenchNikonCustom, kStringsGermanNikonCustom, kStringsItalianNikonCustom, kStringsJapaneseNikonCustom, kStringsSpanishNikonCustom});
+constexpr std::uint16_t kKeyOrderNikonCustom[] = {
+    113, 50, 51, 206, 219, 271, 3, 133, 15, 168, 200, 212, 4, 8, 194, 120, 12, 101, 13, 11, 10, 211,
+    5, 83, 16, 148, 146, 147, 204, 201, 202, 136, 144, 137, 91, 130, 135, 138, 106, 292, 297, 65,
+    66, 64, 196, 195, 181, 127, 243, 109, 110, 111, 39, 42, 170, 171, 123, 33, 32, 192, 205, 23,
+    231, 232, 258, 179, 54, 53, 55, 52, 182, 189, 184, 188, 209, 191, 185, 190, 210, 183, 187, 164,
+    186, 165, 166, 167, 226, 203, 261, 2, 1, 150, 283, 6, 218, 92, 253, 252, 277, 276, 275, 151,
+    208, 22, 125, 21, 157, 20, 31, 241, 36, 24, 131, 25, 26, 244, 160, 85, 118, 63, 62, 174, 279,
+    193, 119, 272, 225, 224, 260, 242, 9, 7, 126, 255, 129, 142, 256, 143, 145, 294, 291, 295, 47,
+    49, 156, 44, 94, 302, 227, 124, 158, 19, 177, 108, 79, 71, 18, 29, 70, 273, 56, 230, 107, 228,
+    229, 197, 248, 247, 246, 245, 213, 215, 214, 216, 102, 287, 286, 285, 284, 288, 223, 222, 221,
+    153, 175, 176, 100, 80, 40, 159, 169, 198, 180, 207, 178, 117, 217, 220, 99, 34, 73, 116, 69,
+    67, 61, 199, 235, 262, 238, 239, 240, 278, 268, 270, 128, 234, 290, 86, 103, 265, 236, 267, 266,
+    237, 87, 104, 257, 84, 269, 96, 105, 264, 30, 17, 0, 28, 27, 68, 121, 172, 57, 75, 250, 249,
+    152, 72, 81, 281, 280, 46, 48, 293, 298, 149, 37, 59, 112, 162, 161, 163, 154, 251, 35, 155, 41,
+    173, 77, 78, 60, 43, 74, 114, 58, 82, 76, 274, 93, 259, 97, 95, 134, 98, 141, 139, 122, 140,
+    115, 233, 14, 89, 296, 90, 132, 301, 300, 88, 289, 282, 38, 45, 254, 299, 263,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonCustom[303];
-constinit detail::StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom);
+constinit detail::StreamTags gTagsNikonCustom("NikonCustom", kText, kTagsNikonCustom, kKeyOrderNikonCustom, kChoicesNikonCustom, gItemsNikonCustom, &TagStringsCatalogue::stringsNikonCustom);
 
 // NikonScan: 12 tags
 
@@ -9341,8 +9358,11 @@ constexpr detail::StringRow kStringsSpanishNikonScan[] = {
     {{191340, 29}, {189968, 8}},
 };
 constinit detail::StreamStrings gStringsNikonScan(kText, {kStringsEnglishNikonScan, {}, kStringsFrenchNikonScan, kStringsGermanNikonScan, kStringsItalianNikonScan, kStringsJapaneseNikonScan, kStringsSpanishNikonScan});
+constexpr std::uint16_t kKeyOrderNikonScan[] = {
+    4, 6, 11, 9, 10, 0, 8, 1, 2, 5, 3, 7,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonScan[12];
-constinit detail::StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan);
+constinit detail::StreamTags gTagsNikonScan("NikonScan", kText, kTagsNikonScan, kKeyOrderNikonScan, kChoicesNikonScan, gItemsNikonScan, &TagStringsCatalogue::stringsNikonScan);
 
 // NikonSettings: 196 tags
 
@@ -11301,8 +11321,20 @@ constexpr detail::StringRow kStringsSpanishNikonSettings[] = {
     {{243403, 40}, {189957, 11}},
 };
 constinit detail::StreamStrings gStringsNikonSettings(kText, {kStringsEnglishNikonSettings, kStringsChineseNikonSettings, kStringsFrenchNikonSettings, kStringsGermanNikonSettings, kStringsItalianNikonSettings, kStringsJapaneseNikonSettings, kStringsSpanishNikonSettings});
+constexpr std::uint16_t kKeyOrderNikonSettings[] = {
+    14, 8, 85, 9, 11, 191, 10, 70, 113, 47, 48, 96, 139, 81, 46, 145, 73, 136, 135, 134, 180, 147,
+    35, 20, 89, 54, 53, 55, 52, 66, 68, 105, 77, 18, 38, 179, 78, 17, 37, 130, 39, 22, 24, 21, 23,
+    155, 45, 44, 43, 62, 4, 3, 67, 114, 146, 140, 195, 12, 40, 83, 84, 167, 138, 131, 72, 132, 64,
+    63, 133, 1, 0, 2, 16, 33, 194, 41, 60, 115, 88, 177, 92, 187, 186, 107, 106, 109, 108, 189, 188,
+    99, 101, 142, 98, 141, 97, 100, 143, 144, 150, 149, 153, 151, 152, 112, 103, 102, 111, 91, 34,
+    110, 13, 15, 19, 36, 31, 170, 80, 137, 127, 192, 117, 118, 119, 94, 95, 175, 120, 71, 6, 5, 116,
+    93, 59, 7, 90, 51, 50, 49, 42, 104, 173, 174, 171, 172, 30, 193, 82, 181, 148, 154, 165, 163,
+    158, 159, 156, 164, 160, 161, 157, 162, 57, 65, 182, 58, 190, 128, 28, 29, 27, 61, 32, 25, 69,
+    176, 129, 26, 76, 56, 126, 125, 124, 123, 122, 121, 86, 87, 74, 79, 75, 178, 168, 183, 166, 185,
+    184, 169,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNikonSettings[196];
-constinit detail::StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings);
+constinit detail::StreamTags gTagsNikonSettings("NikonSettings", kText, kTagsNikonSettings, kKeyOrderNikonSettings, kChoicesNikonSettings, gItemsNikonSettings, &TagStringsCatalogue::stringsNikonSettings);
 
 // Nintendo: 5 tags
 
@@ -11358,8 +11390,11 @@ constexpr detail::StringRow kStringsSpanishNintendo[] = {
     {{253012, 18}, {253277, 15}},
 };
 constinit detail::StreamStrings gStringsNintendo(kText, {kStringsEnglishNintendo, kStringsChineseNintendo, kStringsFrenchNintendo, kStringsGermanNintendo, kStringsItalianNintendo, kStringsJapaneseNintendo, kStringsSpanishNintendo});
+constexpr std::uint16_t kKeyOrderNintendo[] = {
+    4, 2, 0, 3, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsNintendo[5];
-constinit detail::StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo);
+constinit detail::StreamTags gTagsNintendo("Nintendo", kText, kTagsNintendo, kKeyOrderNintendo, kChoicesNintendo, gItemsNintendo, &TagStringsCatalogue::stringsNintendo);
 
 }  // namespace
 
@@ -11918,5 +11953,12 @@ const TagItem& detail::TagItemCatalogue23::itemNintendoTimeStamp() { return gTag
 const TagItem& detail::TagItemCatalogue23::itemNintendoInternalSerialNumber() { return gTagsNintendo.item(2); }
 const TagItem& detail::TagItemCatalogue23::itemNintendoParallax() { return gTagsNintendo.item(3); }
 const TagItem& detail::TagItemCatalogue23::itemNintendoCategory() { return gTagsNintendo.item(4); }
+
+namespace detail {
+const TagItem* findInNikonCustom(std::string_view key) { return gTagsNikonCustom.find(key); }
+const TagItem* findInNikonScan(std::string_view key) { return gTagsNikonScan.find(key); }
+const TagItem* findInNikonSettings(std::string_view key) { return gTagsNikonSettings.find(key); }
+const TagItem* findInNintendo(std::string_view key) { return gTagsNintendo.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -6707,8 +6707,27 @@ constexpr detail::StringRow kStringsSpanishOlympus[] = {
     {{71123, 25}, {103225, 60}},
 };
 constinit detail::StreamStrings gStringsOlympus(kText, {kStringsEnglishOlympus, kStringsChineseOlympus, kStringsFrenchOlympus, kStringsGermanOlympus, kStringsItalianOlympus, kStringsJapaneseOlympus, kStringsSpanishOlympus});
+constexpr std::uint16_t kKeyOrderOlympus[] = {
+    10, 18, 20, 21, 113, 114, 19, 249, 17, 23, 217, 52, 56, 172, 171, 104, 194, 208, 159, 230, 83,
+    218, 250, 311, 305, 310, 309, 312, 306, 307, 308, 198, 254, 5, 178, 197, 79, 245, 57, 154, 298,
+    231, 60, 37, 226, 227, 77, 188, 42, 248, 243, 35, 98, 157, 158, 165, 162, 163, 164, 33, 210,
+    211, 3, 4, 317, 257, 73, 256, 195, 40, 168, 63, 76, 255, 75, 155, 156, 200, 199, 201, 78, 183,
+    9, 12, 185, 182, 70, 94, 97, 96, 95, 115, 236, 232, 237, 233, 117, 241, 116, 242, 118, 2, 174,
+    177, 176, 173, 253, 316, 59, 209, 225, 27, 219, 25, 101, 28, 24, 100, 26, 102, 99, 184, 82, 22,
+    112, 103, 15, 16, 222, 109, 110, 111, 160, 43, 304, 186, 216, 123, 65, 66, 319, 320, 321, 322,
+    323, 324, 325, 326, 327, 328, 329, 330, 331, 332, 333, 334, 119, 238, 234, 239, 235, 240, 81,
+    179, 180, 181, 196, 87, 86, 93, 85, 220, 84, 221, 301, 251, 252, 193, 121, 14, 53, 0, 187, 68,
+    69, 120, 29, 223, 92, 89, 88, 175, 91, 11, 90, 1, 34, 62, 58, 61, 170, 13, 51, 39, 167, 247,
+    246, 205, 64, 44, 49, 47, 54, 46, 45, 48, 50, 72, 203, 202, 189, 8, 7, 6, 192, 285, 283, 269,
+    267, 272, 270, 261, 281, 264, 266, 271, 277, 284, 280, 276, 278, 279, 275, 282, 265, 273, 268,
+    260, 263, 274, 262, 286, 318, 229, 313, 71, 303, 106, 105, 107, 38, 207, 166, 122, 80, 41, 169,
+    224, 244, 36, 215, 191, 67, 74, 259, 190, 314, 315, 258, 55, 161, 300, 228, 153, 141, 142, 143,
+    144, 145, 146, 147, 148, 149, 150, 151, 152, 124, 125, 126, 127, 128, 129, 130, 131, 132, 133,
+    134, 135, 136, 288, 137, 138, 139, 140, 290, 296, 295, 294, 293, 291, 289, 292, 287, 297, 30,
+    206, 32, 302, 31, 204, 299, 108, 213, 214, 212,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsOlympus[335];
-constinit detail::StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus);
+constinit detail::StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOrderOlympus, kChoicesOlympus, gItemsOlympus, &TagStringsCatalogue::stringsOlympus);
 
 // OpenEXR: 41 tags
 
@@ -6924,8 +6943,12 @@ constexpr detail::StringRow kStringsSpanishOpenEXR[] = {
     {{105207, 19}, {105972, 29}},
 };
 constinit detail::StreamStrings gStringsOpenEXR(kText, {kStringsEnglishOpenEXR, kStringsChineseOpenEXR, kStringsFrenchOpenEXR, kStringsGermanOpenEXR, kStringsItalianOpenEXR, kStringsJapaneseOpenEXR, kStringsSpanishOpenEXR});
+constexpr std::uint16_t kKeyOrderOpenEXR[] = {
+    2, 4, 6, 7, 8, 9, 10, 11, 5, 12, 1, 13, 14, 0, 15, 16, 3, 19, 21, 17, 18, 20, 22, 23, 24, 25,
+    26, 27, 28, 29, 30, 31, 32, 34, 33, 35, 36, 37, 38, 39, 40,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsOpenEXR[41];
-constinit detail::StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR);
+constinit detail::StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOrderOpenEXR, kChoicesOpenEXR, gItemsOpenEXR, &TagStringsCatalogue::stringsOpenEXR);
 
 // Opus: 4 tags
 
@@ -6950,8 +6973,11 @@ constexpr detail::StringRow kStringsSpanishOpus[] = {
     {{106131, 15}, {106205, 19}},
 };
 constinit detail::StreamStrings gStringsOpus(kText, {kStringsEnglishOpus, {}, {}, {}, kStringsItalianOpus, {}, kStringsSpanishOpus});
+constexpr std::uint16_t kKeyOrderOpus[] = {
+    1, 0, 3, 2,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsOpus[4];
-constinit detail::StreamTags gTagsOpus("Opus", kText, kTagsOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus);
+constinit detail::StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, {}, gItemsOpus, &TagStringsCatalogue::stringsOpus);
 
 // PDF: 45 tags
 
@@ -7147,8 +7173,12 @@ constexpr detail::StringRow kStringsSpanishPDF[] = {
     {{108804, 9}, {109892, 7}},
 };
 constinit detail::StreamStrings gStringsPDF(kText, {kStringsEnglishPDF, kStringsChinesePDF, kStringsFrenchPDF, kStringsGermanPDF, kStringsItalianPDF, kStringsJapanesePDF, kStringsSpanishPDF});
+constexpr std::uint16_t kKeyOrderPDF[] = {
+    36, 11, 32, 33, 12, 0, 13, 14, 1, 37, 38, 9, 6, 7, 8, 10, 4, 35, 41, 39, 40, 3, 15, 24, 21, 43,
+    16, 27, 23, 25, 26, 17, 2, 44, 28, 31, 30, 29, 34, 18, 22, 19, 20, 42, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPDF[45];
-constinit detail::StreamTags gTagsPDF("PDF", kText, kTagsPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF);
+constinit detail::StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kChoicesPDF, gItemsPDF, &TagStringsCatalogue::stringsPDF);
 
 // PICT: 21 tags
 
@@ -7217,8 +7247,11 @@ constexpr detail::StringRow kStringsSpanishPICT[] = {
     {{110558, 12}, {105956, 16}},
 };
 constinit detail::StreamStrings gStringsPICT(kText, {kStringsEnglishPICT, kStringsChinesePICT, {}, {}, kStringsItalianPICT, kStringsJapanesePICT, kStringsSpanishPICT});
+constexpr std::uint16_t kKeyOrderPICT[] = {
+    10, 0, 13, 9, 7, 16, 20, 15, 12, 5, 6, 17, 18, 14, 4, 2, 1, 3, 8, 19, 11,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPICT[21];
-constinit detail::StreamTags gTagsPICT("PICT", kText, kTagsPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT);
+constinit detail::StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, {}, gItemsPICT, &TagStringsCatalogue::stringsPICT);
 
 // PLIST: 12 tags
 
@@ -7291,8 +7324,11 @@ constexpr detail::StringRow kStringsSpanishPLIST[] = {
     {{110918, 17}, {111191, 31}},
 };
 constinit detail::StreamStrings gStringsPLIST(kText, {kStringsEnglishPLIST, kStringsChinesePLIST, kStringsFrenchPLIST, kStringsGermanPLIST, kStringsItalianPLIST, kStringsJapanesePLIST, kStringsSpanishPLIST});
+constexpr std::uint16_t kKeyOrderPLIST[] = {
+    6, 7, 0, 8, 1, 2, 3, 4, 9, 10, 11, 5,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPLIST[12];
-constinit detail::StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST);
+constinit detail::StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLIST, {}, gItemsPLIST, &TagStringsCatalogue::stringsPLIST);
 
 // PNG: 69 tags
 
@@ -7675,8 +7711,13 @@ constexpr detail::StringRow kStringsSpanishPNG[] = {
     {{114945, 9}, {109892, 7}},
 };
 constinit detail::StreamStrings gStringsPNG(kText, {kStringsEnglishPNG, kStringsChinesePNG, kStringsFrenchPNG, kStringsGermanPNG, kStringsItalianPNG, kStringsJapanesePNG, kStringsSpanishPNG});
+constexpr std::uint16_t kKeyOrderPNG[] = {
+    0, 1, 23, 46, 47, 14, 8, 40, 41, 48, 2, 9, 49, 10, 50, 64, 51, 52, 15, 53, 54, 11, 16, 20, 18,
+    19, 17, 38, 39, 7, 24, 6, 12, 55, 56, 4, 65, 57, 29, 63, 13, 21, 25, 33, 31, 32, 22, 36, 37, 28,
+    26, 58, 59, 42, 45, 44, 43, 27, 60, 61, 3, 30, 62, 5, 67, 66, 68, 34, 35,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPNG[69];
-constinit detail::StreamTags gTagsPNG("PNG", kText, kTagsPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG);
+constinit detail::StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kChoicesPNG, gItemsPNG, &TagStringsCatalogue::stringsPNG);
 
 // PSP: 17 tags
 
@@ -7848,8 +7889,11 @@ constexpr detail::StringRow kStringsSpanishPSP[] = {
     {{117950, 9}, {109892, 7}},
 };
 constinit detail::StreamStrings gStringsPSP(kText, {kStringsEnglishPSP, kStringsChinesePSP, kStringsFrenchPSP, kStringsGermanPSP, kStringsItalianPSP, kStringsJapanesePSP, kStringsSpanishPSP});
+constexpr std::uint16_t kKeyOrderPSP[] = {
+    3, 13, 12, 4, 1, 6, 7, 5, 16, 9, 10, 8, 2, 15, 14, 11, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPSP[17];
-constinit detail::StreamTags gTagsPSP("PSP", kText, kTagsPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP);
+constinit detail::StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kChoicesPSP, gItemsPSP, &TagStringsCatalogue::stringsPSP);
 
 // Palm: 58 tags
 
@@ -8126,8 +8170,13 @@ constexpr detail::StringRow kStringsSpanishPalm[] = {
     {{122610, 12}, {109886, 6}},
 };
 constinit detail::StreamStrings gStringsPalm(kText, {kStringsEnglishPalm, kStringsChinesePalm, kStringsFrenchPalm, kStringsGermanPalm, kStringsItalianPalm, kStringsJapanesePalm, kStringsSpanishPalm});
+constexpr std::uint16_t kKeyOrderPalm[] = {
+    16, 40, 20, 42, 3, 50, 14, 17, 37, 32, 48, 44, 11, 53, 29, 43, 27, 28, 26, 1, 0, 2, 52, 6, 25,
+    46, 7, 5, 24, 41, 55, 38, 51, 47, 49, 56, 54, 57, 9, 4, 33, 36, 35, 23, 21, 22, 10, 12, 18, 15,
+    19, 8, 13, 31, 34, 45, 39, 30,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPalm[58];
-constinit detail::StreamTags gTagsPalm("Palm", kText, kTagsPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm);
+constinit detail::StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, kChoicesPalm, gItemsPalm, &TagStringsCatalogue::stringsPalm);
 
 // Panasonic: 146 tags
 
@@ -10253,8 +10302,17 @@ constexpr detail::StringRow kStringsSpanishPanasonic[] = {
     {{145881, 24}, {157820, 28}},
 };
 constinit detail::StreamStrings gStringsPanasonic(kText, {kStringsEnglishPanasonic, kStringsChinesePanasonic, kStringsFrenchPanasonic, kStringsGermanPanasonic, kStringsItalianPanasonic, kStringsJapanesePanasonic, kStringsSpanishPanasonic});
+constexpr std::uint16_t kKeyOrderPanasonic[] = {
+    20, 39, 64, 90, 91, 89, 68, 67, 50, 24, 41, 73, 45, 57, 33, 81, 92, 77, 84, 83, 103, 31, 40, 56,
+    46, 35, 43, 75, 129, 25, 113, 125, 1, 2, 3, 4, 5, 51, 6, 54, 102, 17, 27, 60, 71, 114, 19, 145,
+    100, 107, 128, 121, 16, 21, 82, 69, 79, 99, 28, 55, 78, 70, 66, 65, 118, 119, 74, 115, 61, 22,
+    133, 144, 126, 85, 80, 124, 134, 106, 122, 110, 36, 123, 0, 42, 104, 142, 29, 63, 62, 86, 94,
+    116, 49, 9, 7, 8, 12, 10, 11, 15, 13, 14, 111, 93, 38, 52, 127, 37, 120, 34, 87, 53, 23, 101,
+    76, 96, 97, 48, 139, 140, 141, 137, 138, 143, 32, 108, 98, 72, 105, 44, 135, 136, 112, 109, 30,
+    117, 132, 131, 130, 58, 95, 59, 88, 18, 26, 47,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPanasonic[146];
-constinit detail::StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic);
+constinit detail::StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, kKeyOrderPanasonic, kChoicesPanasonic, gItemsPanasonic, &TagStringsCatalogue::stringsPanasonic);
 
 // PanasonicRaw: 53 tags
 
@@ -10776,8 +10834,13 @@ constexpr detail::StringRow kStringsSpanishPanasonicRaw[] = {
     {{159925, 30}, {103191, 21}},
 };
 constinit detail::StreamStrings gStringsPanasonicRaw(kText, {kStringsEnglishPanasonicRaw, kStringsChinesePanasonicRaw, kStringsFrenchPanasonicRaw, kStringsGermanPanasonicRaw, kStringsItalianPanasonicRaw, kStringsJapanesePanasonicRaw, kStringsSpanishPanasonicRaw});
+constexpr std::uint16_t kKeyOrderPanasonicRaw[] = {
+    9, 26, 30, 23, 24, 27, 28, 29, 25, 13, 3, 8, 2, 1, 12, 5, 6, 7, 0, 31, 21, 11, 10, 32, 34, 36,
+    38, 40, 42, 44, 20, 14, 15, 16, 17, 33, 35, 37, 39, 41, 43, 45, 46, 47, 48, 49, 50, 51, 52, 19,
+    22, 18, 4,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPanasonicRaw[53];
-constinit detail::StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw);
+constinit detail::StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanasonicRaw, kKeyOrderPanasonicRaw, kChoicesPanasonicRaw, gItemsPanasonicRaw, &TagStringsCatalogue::stringsPanasonicRaw);
 
 // Parrot: 55 tags
 
@@ -11029,8 +11092,13 @@ constexpr detail::StringRow kStringsSpanishParrot[] = {
     {{171382, 16}, {117304, 15}},
 };
 constinit detail::StreamStrings gStringsParrot(kText, {kStringsEnglishParrot, kStringsChineseParrot, kStringsFrenchParrot, kStringsGermanParrot, kStringsItalianParrot, kStringsJapaneseParrot, kStringsSpanishParrot});
+constexpr std::uint16_t kKeyOrderParrot[] = {
+    2, 1, 46, 33, 40, 11, 12, 28, 38, 51, 22, 23, 34, 20, 47, 21, 19, 42, 25, 52, 39, 17, 16, 49,
+    24, 31, 10, 8, 9, 7, 5, 6, 29, 30, 32, 15, 13, 14, 45, 44, 43, 48, 4, 3, 26, 53, 54, 41, 0, 50,
+    35, 36, 37, 18, 27,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsParrot[55];
-constinit detail::StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot);
+constinit detail::StreamTags gTagsParrot("Parrot", kText, kTagsParrot, kKeyOrderParrot, kChoicesParrot, gItemsParrot, &TagStringsCatalogue::stringsParrot);
 
 }  // namespace
 
@@ -12009,5 +12077,20 @@ const TagItem& detail::TagItemCatalogue25::itemParrotBlueBalance() { return gTag
 const TagItem& detail::TagItemCatalogue25::itemParrotFOV() { return gTagsParrot.item(52); }
 const TagItem& detail::TagItemCatalogue25::itemParrotLinkGoodput() { return gTagsParrot.item(53); }
 const TagItem& detail::TagItemCatalogue25::itemParrotLinkQuality() { return gTagsParrot.item(54); }
+
+namespace detail {
+const TagItem* findInOlympus(std::string_view key) { return gTagsOlympus.find(key); }
+const TagItem* findInOpenEXR(std::string_view key) { return gTagsOpenEXR.find(key); }
+const TagItem* findInOpus(std::string_view key) { return gTagsOpus.find(key); }
+const TagItem* findInPDF(std::string_view key) { return gTagsPDF.find(key); }
+const TagItem* findInPICT(std::string_view key) { return gTagsPICT.find(key); }
+const TagItem* findInPLIST(std::string_view key) { return gTagsPLIST.find(key); }
+const TagItem* findInPNG(std::string_view key) { return gTagsPNG.find(key); }
+const TagItem* findInPSP(std::string_view key) { return gTagsPSP.find(key); }
+const TagItem* findInPalm(std::string_view key) { return gTagsPalm.find(key); }
+const TagItem* findInPanasonic(std::string_view key) { return gTagsPanasonic.find(key); }
+const TagItem* findInPanasonicRaw(std::string_view key) { return gTagsPanasonicRaw.find(key); }
+const TagItem* findInParrot(std::string_view key) { return gTagsParrot.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

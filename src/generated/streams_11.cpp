@@ -9001,8 +9001,29 @@ constexpr detail::StringRow kStringsSpanishPentax[] = {
     {{92168, 17}, {138527, 25}},
 };
 constinit detail::StreamStrings gStringsPentax(kText, {kStringsEnglishPentax, kStringsChinesePentax, kStringsFrenchPentax, kStringsGermanPentax, kStringsItalianPentax, kStringsJapanesePentax, kStringsSpanishPentax});
+constexpr std::uint16_t kKeyOrderPentax[] = {
+    1, 8, 4, 17, 0, 7, 289, 9, 10, 12, 14, 332, 11, 5, 6, 13, 3, 2, 310, 22, 25, 23, 53, 258, 55,
+    24, 27, 28, 19, 20, 21, 50, 348, 320, 355, 207, 262, 73, 75, 328, 319, 264, 321, 36, 34, 32, 35,
+    38, 40, 41, 59, 276, 363, 288, 366, 367, 204, 327, 369, 330, 344, 331, 345, 281, 296, 294, 301,
+    298, 299, 300, 295, 297, 293, 235, 240, 238, 239, 268, 351, 305, 307, 306, 349, 317, 275, 352,
+    284, 251, 180, 181, 272, 371, 274, 206, 146, 147, 148, 149, 150, 151, 152, 153, 154, 155, 156,
+    157, 158, 159, 160, 161, 162, 163, 164, 165, 266, 203, 279, 57, 49, 48, 278, 58, 242, 241, 233,
+    176, 175, 174, 168, 179, 89, 121, 90, 122, 91, 123, 92, 124, 93, 125, 94, 126, 95, 127, 96, 128,
+    97, 129, 98, 130, 80, 112, 99, 131, 100, 132, 101, 133, 102, 134, 103, 135, 104, 136, 105, 137,
+    106, 138, 107, 139, 108, 140, 81, 113, 109, 141, 110, 142, 111, 143, 82, 114, 83, 115, 84, 116,
+    85, 117, 86, 118, 87, 119, 88, 120, 313, 314, 79, 78, 308, 350, 291, 15, 333, 256, 51, 67, 166,
+    244, 257, 54, 259, 213, 277, 39, 37, 33, 322, 309, 304, 271, 370, 273, 303, 346, 245, 66, 316,
+    56, 71, 282, 287, 292, 167, 169, 45, 325, 63, 187, 188, 189, 190, 191, 192, 193, 194, 195, 196,
+    197, 198, 199, 200, 201, 202, 186, 211, 223, 224, 226, 228, 229, 214, 215, 216, 217, 218, 220,
+    209, 219, 232, 210, 231, 230, 16, 234, 260, 64, 178, 358, 43, 227, 261, 52, 68, 208, 212, 177,
+    311, 312, 61, 324, 225, 290, 221, 222, 26, 254, 42, 247, 246, 205, 255, 46, 237, 357, 31, 356,
+    285, 249, 248, 250, 44, 47, 253, 62, 302, 283, 368, 265, 236, 70, 69, 362, 361, 359, 267, 343,
+    18, 286, 65, 280, 364, 365, 347, 315, 360, 269, 323, 326, 334, 144, 145, 74, 171, 170, 173, 172,
+    183, 185, 184, 182, 252, 353, 354, 30, 72, 76, 77, 337, 335, 342, 339, 372, 340, 341, 336, 338,
+    373, 374, 243, 29, 263, 60, 318, 329, 270,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPentax[375];
-constinit detail::StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax);
+constinit detail::StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrderPentax, kChoicesPentax, gItemsPentax, &TagStringsCatalogue::stringsPentax);
 
 // PhaseOne: 57 tags
 
@@ -9312,8 +9333,13 @@ constexpr detail::StringRow kStringsSpanishPhaseOne[] = {
     {{141639, 21}, {143570, 26}},
 };
 constinit detail::StreamStrings gStringsPhaseOne(kText, {kStringsEnglishPhaseOne, kStringsChinesePhaseOne, kStringsFrenchPhaseOne, kStringsGermanPhaseOne, kStringsItalianPhaseOne, kStringsJapanesePhaseOne, kStringsSpanishPhaseOne});
+constexpr std::uint16_t kKeyOrderPhaseOne[] = {
+    29, 41, 48, 51, 32, 21, 23, 35, 0, 3, 25, 13, 33, 30, 34, 2, 10, 14, 9, 36, 53, 54, 37, 38, 24,
+    26, 27, 28, 12, 11, 46, 42, 43, 44, 45, 47, 49, 50, 52, 55, 56, 40, 6, 7, 17, 18, 8, 5, 1, 31,
+    15, 22, 20, 16, 19, 39, 4,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPhaseOne[57];
-constinit detail::StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne);
+constinit detail::StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKeyOrderPhaseOne, kChoicesPhaseOne, gItemsPhaseOne, &TagStringsCatalogue::stringsPhaseOne);
 
 // PhotoCD: 27 tags
 
@@ -9739,8 +9765,12 @@ constexpr detail::StringRow kStringsSpanishPhotoCD[] = {
     {{146044, 21}, {136952, 25}},
 };
 constinit detail::StreamStrings gStringsPhotoCD(kText, {kStringsEnglishPhotoCD, kStringsChinesePhotoCD, kStringsFrenchPhotoCD, kStringsGermanPhotoCD, kStringsItalianPhotoCD, kStringsJapanesePhotoCD, kStringsSpanishPhotoCD});
+constexpr std::uint16_t kKeyOrderPhotoCD[] = {
+    1, 15, 14, 26, 22, 21, 3, 17, 25, 2, 5, 24, 13, 4, 23, 16, 6, 10, 9, 12, 8, 11, 7, 19, 20, 18,
+    0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoCD[27];
-constinit detail::StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD);
+constinit detail::StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOrderPhotoCD, kChoicesPhotoCD, gItemsPhotoCD, &TagStringsCatalogue::stringsPhotoCD);
 
 // PhotoMechanic: 19 tags
 
@@ -9864,8 +9894,11 @@ constexpr detail::StringRow kStringsSpanishPhotoMechanic[] = {
     {{163138, 22}, {137294, 2}},
 };
 constinit detail::StreamStrings gStringsPhotoMechanic(kText, {kStringsEnglishPhotoMechanic, kStringsChinesePhotoMechanic, kStringsFrenchPhotoMechanic, kStringsGermanPhotoMechanic, kStringsItalianPhotoMechanic, kStringsJapanesePhotoMechanic, kStringsSpanishPhotoMechanic});
+constexpr std::uint16_t kKeyOrderPhotoMechanic[] = {
+    13, 5, 4, 11, 8, 10, 9, 6, 18, 15, 17, 16, 14, 3, 0, 2, 1, 7, 12,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoMechanic[19];
-constinit detail::StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic);
+constinit detail::StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPhotoMechanic, kKeyOrderPhotoMechanic, kChoicesPhotoMechanic, gItemsPhotoMechanic, &TagStringsCatalogue::stringsPhotoMechanic);
 
 // Photoshop: 107 tags
 
@@ -10277,8 +10310,15 @@ constexpr detail::StringRow kStringsSpanishPhotoshop[] = {
     {{171819, 21}, {173060, 27}},
 };
 constinit detail::StreamStrings gStringsPhotoshop(kText, {kStringsEnglishPhotoshop, kStringsChinesePhotoshop, kStringsFrenchPhotoshop, kStringsGermanPhotoshop, kStringsItalianPhotoshop, kStringsJapanesePhotoshop, kStringsSpanishPhotoshop});
+constexpr std::uint16_t kKeyOrderPhotoshop[] = {
+    24, 65, 70, 71, 86, 87, 30, 33, 28, 3, 27, 89, 31, 4, 53, 76, 34, 5, 49, 81, 25, 99, 101, 32,
+    36, 35, 39, 37, 56, 67, 62, 52, 47, 73, 104, 55, 58, 68, 1, 92, 91, 2, 60, 64, 9, 15, 69, 10,
+    75, 18, 19, 11, 12, 13, 16, 72, 17, 14, 44, 93, 84, 21, 77, 0, 103, 38, 41, 45, 80, 90, 26, 88,
+    23, 20, 48, 7, 6, 51, 95, 29, 94, 74, 82, 96, 97, 83, 8, 40, 46, 106, 79, 102, 57, 42, 78, 61,
+    50, 66, 59, 54, 85, 63, 43, 105, 22, 98, 100,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPhotoshop[107];
-constinit detail::StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop);
+constinit detail::StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, kKeyOrderPhotoshop, kChoicesPhotoshop, gItemsPhotoshop, &TagStringsCatalogue::stringsPhotoshop);
 
 // PostScript: 24 tags
 
@@ -10421,8 +10461,11 @@ constexpr detail::StringRow kStringsSpanishPostScript[] = {
     {{174197, 18}, {174657, 16}},
 };
 constinit detail::StreamStrings gStringsPostScript(kText, {kStringsEnglishPostScript, kStringsChinesePostScript, kStringsFrenchPostScript, kStringsGermanPostScript, kStringsItalianPostScript, kStringsJapanesePostScript, kStringsSpanishPostScript});
+constexpr std::uint16_t kKeyOrderPostScript[] = {
+    0, 7, 1, 6, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPostScript[24];
-constinit detail::StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript);
+constinit detail::StreamTags gTagsPostScript("PostScript", kText, kTagsPostScript, kKeyOrderPostScript, kChoicesPostScript, gItemsPostScript, &TagStringsCatalogue::stringsPostScript);
 
 // PrintIM: 1 tags
 
@@ -10439,8 +10482,11 @@ constexpr detail::StringRow kStringsItalianPrintIM[] = {
     {{174687, 22}, {174740, 16}},
 };
 constinit detail::StreamStrings gStringsPrintIM(kText, {kStringsEnglishPrintIM, {}, kStringsFrenchPrintIM, {}, kStringsItalianPrintIM, {}, {}});
+constexpr std::uint16_t kKeyOrderPrintIM[] = {
+    0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsPrintIM[1];
-constinit detail::StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM);
+constinit detail::StreamTags gTagsPrintIM("PrintIM", kText, kTagsPrintIM, kKeyOrderPrintIM, {}, gItemsPrintIM, &TagStringsCatalogue::stringsPrintIM);
 
 }  // namespace
 
@@ -11123,5 +11169,15 @@ std::span<const TagItem* const> detail::TagItemCatalogue26::allStreamsPrintIM() 
   return gTagsPrintIM.all();
 }
 const TagItem& detail::TagItemCatalogue26::itemPrintIMPrintIMVersion() { return gTagsPrintIM.item(0); }
+
+namespace detail {
+const TagItem* findInPentax(std::string_view key) { return gTagsPentax.find(key); }
+const TagItem* findInPhaseOne(std::string_view key) { return gTagsPhaseOne.find(key); }
+const TagItem* findInPhotoCD(std::string_view key) { return gTagsPhotoCD.find(key); }
+const TagItem* findInPhotoMechanic(std::string_view key) { return gTagsPhotoMechanic.find(key); }
+const TagItem* findInPhotoshop(std::string_view key) { return gTagsPhotoshop.find(key); }
+const TagItem* findInPostScript(std::string_view key) { return gTagsPostScript.find(key); }
+const TagItem* findInPrintIM(std::string_view key) { return gTagsPrintIM.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

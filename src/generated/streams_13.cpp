@@ -11290,8 +11290,64 @@ constexpr detail::StringRow kStringsSpanishQuickTime[] = {
     {{252690, 14}, {270209, 4}},
 };
 constinit detail::StreamStrings gStringsQuickTime(kText, {kStringsEnglishQuickTime, kStringsChineseQuickTime, kStringsFrenchQuickTime, kStringsGermanQuickTime, kStringsItalianQuickTime, kStringsJapaneseQuickTime, kStringsSpanishQuickTime});
+constexpr std::uint16_t kKeyOrderQuickTime[] = {
+    717, 725, 411, 584, 15, 420, 422, 521, 824, 825, 385, 16, 17, 18, 19, 20, 21, 3, 2, 22, 23, 24,
+    242, 25, 26, 823, 820, 822, 821, 819, 818, 676, 982, 826, 309, 900, 671, 600, 599, 603, 626,
+    641, 931, 640, 4, 601, 1000, 672, 344, 308, 379, 327, 428, 479, 484, 429, 480, 27, 433, 439,
+    431, 426, 427, 495, 483, 482, 486, 501, 481, 28, 700, 502, 497, 485, 430, 492, 487, 488, 489,
+    490, 494, 424, 496, 493, 257, 258, 425, 499, 498, 500, 432, 491, 29, 30, 235, 666, 660, 436,
+    541, 31, 552, 551, 857, 423, 1001, 699, 377, 380, 239, 136, 347, 738, 198, 256, 540, 539, 32,
+    704, 229, 434, 293, 225, 323, 303, 237, 334, 278, 366, 228, 360, 33, 34, 1016, 1017, 35, 893,
+    894, 36, 336, 899, 827, 684, 907, 674, 182, 37, 38, 685, 945, 946, 947, 677, 828, 302, 1002,
+    352, 381, 382, 197, 809, 443, 442, 441, 446, 445, 444, 449, 448, 447, 452, 451, 450, 455, 454,
+    453, 458, 457, 456, 461, 460, 459, 464, 463, 462, 287, 39, 903, 876, 12, 163, 13, 348, 417, 418,
+    799, 792, 342, 906, 661, 863, 466, 467, 468, 465, 212, 904, 905, 281, 909, 908, 230, 470, 469,
+    5, 402, 807, 351, 297, 507, 604, 166, 642, 602, 932, 264, 794, 793, 437, 576, 582, 881, 216,
+    643, 240, 542, 535, 363, 644, 667, 40, 902, 137, 138, 901, 678, 1013, 353, 705, 403, 359, 41,
+    42, 386, 0, 1, 910, 757, 679, 345, 8, 43, 767, 44, 45, 46, 47, 48, 49, 50, 1012, 263, 405, 330,
+    227, 291, 329, 181, 397, 328, 188, 378, 361, 376, 1030, 715, 245, 408, 668, 51, 680, 681, 682,
+    683, 251, 645, 265, 1003, 605, 52, 686, 967, 829, 210, 364, 224, 53, 1004, 1005, 221, 274, 407,
+    343, 296, 934, 935, 936, 937, 938, 939, 940, 941, 942, 877, 272, 864, 670, 654, 943, 477, 478,
+    139, 340, 779, 304, 606, 284, 54, 657, 346, 189, 830, 186, 184, 185, 831, 883, 392, 214, 504,
+    503, 55, 56, 174, 574, 882, 180, 277, 369, 193, 194, 317, 358, 331, 383, 858, 771, 944, 57, 58,
+    261, 832, 59, 673, 260, 719, 243, 60, 370, 371, 249, 513, 514, 518, 658, 833, 752, 714, 834,
+    987, 516, 727, 517, 986, 515, 835, 519, 992, 836, 837, 520, 838, 989, 990, 991, 988, 781, 598,
+    586, 754, 917, 926, 527, 524, 525, 523, 526, 534, 223, 536, 533, 531, 532, 6, 140, 1031, 1032,
+    1033, 204, 884, 608, 609, 610, 611, 612, 613, 969, 607, 528, 529, 614, 530, 546, 549, 547, 548,
+    315, 247, 415, 555, 556, 911, 248, 307, 201, 167, 275, 295, 195, 298, 341, 171, 254, 357, 741,
+    839, 187, 639, 948, 912, 797, 589, 875, 664, 871, 663, 874, 561, 368, 220, 913, 687, 419, 238,
+    753, 810, 404, 393, 318, 246, 61, 337, 63, 219, 62, 786, 590, 740, 659, 742, 787, 789, 583, 200,
+    840, 720, 811, 616, 401, 841, 211, 306, 141, 562, 568, 301, 395, 994, 438, 64, 177, 1025, 387,
+    365, 885, 887, 65, 66, 192, 333, 332, 689, 688, 690, 691, 67, 692, 693, 694, 915, 695, 696, 697,
+    617, 886, 142, 916, 143, 712, 993, 713, 338, 505, 698, 888, 951, 472, 761, 169, 435, 474, 565,
+    550, 557, 475, 569, 1018, 1006, 68, 732, 218, 721, 722, 723, 735, 783, 731, 736, 733, 144, 145,
+    146, 734, 563, 69, 750, 751, 744, 1029, 191, 205, 409, 537, 570, 506, 784, 573, 70, 749, 241,
+    71, 724, 646, 648, 647, 755, 756, 701, 325, 649, 768, 207, 737, 440, 566, 543, 203, 319, 280,
+    970, 350, 170, 294, 320, 183, 650, 1019, 773, 780, 1020, 234, 288, 300, 769, 772, 299, 305, 289,
+    410, 310, 362, 995, 356, 398, 538, 575, 592, 591, 593, 266, 179, 72, 801, 349, 384, 567, 1007,
+    1008, 73, 217, 619, 955, 956, 954, 270, 202, 918, 702, 587, 74, 75, 983, 785, 879, 620, 889,
+    890, 770, 707, 76, 618, 623, 1021, 1027, 1028, 1026, 985, 208, 764, 759, 760, 778, 777, 775,
+    763, 512, 509, 510, 508, 716, 762, 776, 199, 743, 196, 314, 651, 952, 267, 746, 621, 175, 176,
+    865, 745, 290, 285, 279, 400, 222, 997, 998, 999, 996, 322, 147, 77, 78, 148, 149, 79, 269, 622,
+    981, 559, 80, 81, 919, 273, 82, 624, 842, 367, 553, 949, 950, 953, 83, 84, 85, 86, 87, 88, 920,
+    665, 89, 90, 91, 92, 93, 94, 292, 564, 1022, 1023, 1011, 95, 172, 324, 957, 282, 165, 921, 984,
+    790, 662, 791, 283, 843, 800, 844, 798, 795, 805, 421, 802, 796, 232, 922, 814, 816, 815, 1009,
+    233, 766, 765, 173, 178, 406, 728, 413, 412, 414, 558, 511, 880, 96, 803, 389, 150, 390, 594,
+    923, 627, 326, 726, 968, 355, 708, 878, 653, 961, 962, 629, 628, 630, 631, 632, 633, 652, 276,
+    960, 579, 578, 97, 311, 313, 817, 964, 965, 966, 14, 316, 231, 774, 930, 929, 928, 391, 286,
+    209, 354, 588, 709, 372, 625, 554, 250, 808, 98, 190, 152, 7, 151, 959, 206, 236, 99, 100, 101,
+    102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 112, 113, 114, 115, 804, 116, 321, 635, 634,
+    636, 638, 637, 168, 339, 544, 117, 522, 856, 854, 853, 855, 718, 924, 669, 845, 758, 806, 748,
+    560, 706, 9, 164, 118, 373, 335, 374, 859, 860, 861, 862, 262, 571, 572, 119, 394, 215, 312,
+    655, 867, 870, 866, 869, 872, 868, 153, 747, 914, 873, 120, 788, 471, 703, 416, 213, 244, 476,
+    729, 154, 846, 847, 848, 849, 891, 925, 595, 596, 597, 896, 897, 898, 545, 252, 253, 396, 675,
+    121, 122, 933, 958, 963, 123, 813, 850, 124, 812, 125, 126, 127, 128, 129, 130, 131, 132, 133,
+    271, 927, 577, 710, 782, 255, 851, 739, 975, 976, 978, 134, 973, 974, 259, 585, 135, 155, 473,
+    156, 977, 979, 711, 971, 980, 852, 972, 157, 1010, 1014, 158, 159, 160, 161, 162, 375, 388, 730,
+    892, 226, 399, 656, 268, 580, 581, 895, 10, 1015, 1024, 11, 615,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsQuickTime[1034];
-constinit detail::StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime);
+constinit detail::StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, kKeyOrderQuickTime, kChoicesQuickTime, gItemsQuickTime, &TagStringsCatalogue::stringsQuickTime);
 
 // RAF: 34 tags
 
@@ -11426,8 +11482,12 @@ constexpr detail::StringRow kStringsSpanishRAF[] = {
     {{271500, 16}, {273404, 26}},
 };
 constinit detail::StreamStrings gStringsRAF(kText, {kStringsEnglishRAF, kStringsChineseRAF, kStringsFrenchRAF, kStringsGermanRAF, kStringsItalianRAF, kStringsJapaneseRAF, kStringsSpanishRAF});
+constexpr std::uint16_t kKeyOrderRAF[] = {
+    2, 5, 10, 20, 6, 13, 14, 33, 18, 16, 17, 1, 15, 0, 12, 19, 32, 4, 3, 11, 9, 8, 7, 31, 22, 24,
+    26, 23, 25, 29, 30, 28, 27, 21,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRAF[34];
-constinit detail::StreamTags gTagsRAF("RAF", kText, kTagsRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF);
+constinit detail::StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, gItemsRAF, &TagStringsCatalogue::stringsRAF);
 
 // RIFF: 178 tags
 
@@ -12406,8 +12466,19 @@ constexpr detail::StringRow kStringsSpanishRIFF[] = {
     {{289713, 9}, {270209, 4}},
 };
 constinit detail::StreamStrings gStringsRIFF(kText, {kStringsEnglishRIFF, kStringsChineseRIFF, kStringsFrenchRIFF, kStringsGermanRIFF, kStringsItalianRIFF, kStringsJapaneseRIFF, kStringsSpanishRIFF});
+constexpr std::uint16_t kKeyOrderRIFF[] = {
+    169, 12, 133, 2, 1, 0, 4, 53, 54, 157, 163, 160, 20, 27, 28, 3, 64, 14, 21, 68, 30, 159, 29, 47,
+    49, 67, 70, 66, 69, 31, 72, 137, 140, 134, 35, 71, 25, 65, 22, 33, 73, 50, 75, 74, 5, 76, 62,
+    48, 17, 114, 77, 43, 59, 124, 55, 58, 8, 6, 168, 173, 171, 172, 170, 125, 52, 136, 127, 129,
+    175, 11, 10, 78, 139, 82, 32, 116, 79, 138, 108, 81, 80, 126, 128, 146, 145, 37, 39, 143, 7, 85,
+    15, 38, 83, 84, 86, 87, 88, 63, 18, 91, 149, 110, 135, 36, 132, 117, 23, 24, 109, 141, 93, 92,
+    90, 102, 166, 34, 111, 46, 95, 40, 94, 13, 147, 148, 144, 19, 167, 151, 150, 56, 98, 61, 99, 60,
+    97, 51, 100, 101, 103, 115, 112, 9, 153, 165, 162, 156, 96, 113, 104, 16, 142, 152, 131, 57, 45,
+    41, 26, 89, 44, 105, 118, 155, 130, 123, 42, 174, 120, 121, 154, 119, 176, 158, 164, 161, 106,
+    177, 107, 122,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRIFF[178];
-constinit detail::StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF);
+constinit detail::StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, kChoicesRIFF, gItemsRIFF, &TagStringsCatalogue::stringsRIFF);
 
 // RSRC: 6 tags
 
@@ -12452,8 +12523,11 @@ constexpr detail::StringRow kStringsSpanishRSRC[] = {
     {{290934, 13}, {269360, 5}},
 };
 constinit detail::StreamStrings gStringsRSRC(kText, {kStringsEnglishRSRC, kStringsChineseRSRC, kStringsFrenchRSRC, kStringsGermanRSRC, kStringsItalianRSRC, kStringsJapaneseRSRC, kStringsSpanishRSRC});
+constexpr std::uint16_t kKeyOrderRSRC[] = {
+    0, 5, 1, 3, 2, 4,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRSRC[6];
-constinit detail::StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC);
+constinit detail::StreamTags gTagsRSRC("RSRC", kText, kTagsRSRC, kKeyOrderRSRC, {}, gItemsRSRC, &TagStringsCatalogue::stringsRSRC);
 
 }  // namespace
 
@@ -13748,5 +13822,12 @@ const TagItem& detail::TagItemCatalogue31::itemRSRCKeywords() { return gTagsRSRC
 const TagItem& detail::TagItemCatalogue31::itemRSRCDescription() { return gTagsRSRC.item(3); }
 const TagItem& detail::TagItemCatalogue31::itemRSRCOpenWithApplication() { return gTagsRSRC.item(4); }
 const TagItem& detail::TagItemCatalogue31::itemRSRCApplicationVersion() { return gTagsRSRC.item(5); }
+
+namespace detail {
+const TagItem* findInQuickTime(std::string_view key) { return gTagsQuickTime.find(key); }
+const TagItem* findInRAF(std::string_view key) { return gTagsRAF.find(key); }
+const TagItem* findInRIFF(std::string_view key) { return gTagsRIFF.find(key); }
+const TagItem* findInRSRC(std::string_view key) { return gTagsRSRC.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -1214,8 +1214,11 @@ constexpr detail::StringRow kStringsSpanishRTF[] = {
     {{702, 9}, {1698, 7}},
 };
 constinit detail::StreamStrings gStringsRTF(kText, {kStringsEnglishRTF, kStringsChineseRTF, kStringsFrenchRTF, kStringsGermanRTF, kStringsItalianRTF, kStringsJapaneseRTF, kStringsSpanishRTF});
+constexpr std::uint16_t kKeyOrderRTF[] = {
+    0, 1, 2, 13, 14, 3, 7, 4, 5, 6, 9, 10, 22, 11, 17, 18, 12, 19, 15, 23, 20, 21, 8, 16,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRTF[24];
-constinit detail::StreamTags gTagsRTF("RTF", kText, kTagsRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF);
+constinit detail::StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, gItemsRTF, &TagStringsCatalogue::stringsRTF);
 
 // Radiance: 11 tags
 
@@ -1338,8 +1341,11 @@ constexpr detail::StringRow kStringsSpanishRadiance[] = {
     {{2421, 17}, {3815, 18}},
 };
 constinit detail::StreamStrings gStringsRadiance(kText, {kStringsEnglishRadiance, kStringsChineseRadiance, kStringsFrenchRadiance, kStringsGermanRadiance, kStringsItalianRadiance, kStringsJapaneseRadiance, kStringsSpanishRadiance});
+constexpr std::uint16_t kKeyOrderRadiance[] = {
+    3, 8, 0, 1, 4, 5, 6, 2, 7, 9, 10,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRadiance[11];
-constinit detail::StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance);
+constinit detail::StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKeyOrderRadiance, kChoicesRadiance, gItemsRadiance, &TagStringsCatalogue::stringsRadiance);
 
 // Rawzor: 5 tags
 
@@ -1365,8 +1371,11 @@ constexpr detail::StringRow kStringsSpanishRawzor[] = {
     {{3923, 24}, {4184, 21}},
 };
 constinit detail::StreamStrings gStringsRawzor(kText, {kStringsEnglishRawzor, {}, {}, kStringsGermanRawzor, {}, {}, kStringsSpanishRawzor});
+constexpr std::uint16_t kKeyOrderRawzor[] = {
+    0, 1, 2, 3, 4,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRawzor[5];
-constinit detail::StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor);
+constinit detail::StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrderRawzor, {}, gItemsRawzor, &TagStringsCatalogue::stringsRawzor);
 
 // Real: 84 tags
 
@@ -1671,8 +1680,14 @@ constexpr detail::StringRow kStringsSpanishReal[] = {
     {{7519, 12}, {8355, 11}},
 };
 constinit detail::StreamStrings gStringsReal(kText, {kStringsEnglishReal, kStringsChineseReal, kStringsFrenchReal, kStringsGermanReal, kStringsItalianReal, kStringsJapaneseReal, kStringsSpanishReal});
+constexpr std::uint16_t kKeyOrderReal[] = {
+    67, 7, 6, 32, 3, 13, 33, 19, 44, 31, 30, 74, 76, 22, 2, 0, 16, 17, 11, 10, 34, 9, 8, 35, 81, 63,
+    36, 78, 37, 58, 59, 60, 83, 12, 24, 23, 26, 25, 27, 29, 15, 80, 39, 40, 73, 75, 41, 77, 66, 64,
+    82, 65, 62, 61, 79, 21, 28, 38, 48, 50, 53, 47, 49, 56, 57, 55, 54, 46, 52, 51, 18, 20, 42, 71,
+    5, 4, 68, 69, 70, 72, 1, 14, 45, 43,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsReal[84];
-constinit detail::StreamTags gTagsReal("Real", kText, kTagsReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal);
+constinit detail::StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, kChoicesReal, gItemsReal, &TagStringsCatalogue::stringsReal);
 
 // Reconyx: 31 tags
 
@@ -1871,8 +1886,12 @@ constexpr detail::StringRow kStringsSpanishReconyx[] = {
     {{10274, 17}, {11764, 7}},
 };
 constinit detail::StreamStrings gStringsReconyx(kText, {kStringsEnglishReconyx, kStringsChineseReconyx, kStringsFrenchReconyx, kStringsGermanReconyx, kStringsItalianReconyx, kStringsJapaneseReconyx, kStringsSpanishReconyx});
+constexpr std::uint16_t kKeyOrderReconyx[] = {
+    27, 28, 9, 8, 30, 17, 29, 20, 12, 11, 6, 22, 25, 5, 24, 2, 1, 26, 23, 15, 0, 19, 21, 7, 16, 14,
+    4, 10, 13, 3, 18,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsReconyx[31];
-constinit detail::StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx);
+constinit detail::StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOrderReconyx, kChoicesReconyx, gItemsReconyx, &TagStringsCatalogue::stringsReconyx);
 
 // Red: 43 tags
 
@@ -2081,8 +2100,12 @@ constexpr detail::StringRow kStringsSpanishRed[] = {
     {{13235, 15}, {14523, 14}},
 };
 constinit detail::StreamStrings gStringsRed(kText, {kStringsEnglishRed, kStringsChineseRed, kStringsFrenchRed, kStringsGermanRed, kStringsItalianRed, kStringsJapaneseRed, kStringsSpanishRed});
+constexpr std::uint16_t kKeyOrderRed[] = {
+    19, 29, 26, 7, 31, 34, 10, 5, 36, 28, 12, 37, 38, 42, 35, 41, 40, 22, 24, 23, 25, 21, 33, 2, 3,
+    4, 32, 39, 8, 13, 20, 30, 6, 0, 1, 15, 16, 18, 17, 14, 9, 11, 27,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRed[43];
-constinit detail::StreamTags gTagsRed("Red", kText, kTagsRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed);
+constinit detail::StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, gItemsRed, &TagStringsCatalogue::stringsRed);
 
 // Ricoh: 78 tags
 
@@ -2930,8 +2953,14 @@ constexpr detail::StringRow kStringsSpanishRicoh[] = {
     {{21579, 20}, {28581, 49}},
 };
 constinit detail::StreamStrings gStringsRicoh(kText, {kStringsEnglishRicoh, kStringsChineseRicoh, kStringsFrenchRicoh, kStringsGermanRicoh, kStringsItalianRicoh, kStringsJapaneseRicoh, kStringsSpanishRicoh});
+constexpr std::uint16_t kKeyOrderRicoh[] = {
+    56, 54, 52, 55, 53, 51, 73, 35, 70, 64, 65, 57, 58, 2, 74, 44, 48, 63, 62, 32, 40, 31, 5, 6, 7,
+    8, 9, 10, 11, 12, 4, 3, 13, 14, 27, 37, 20, 59, 34, 39, 71, 46, 24, 42, 29, 66, 67, 21, 36, 26,
+    38, 68, 69, 49, 41, 19, 18, 30, 72, 17, 16, 15, 77, 76, 0, 25, 61, 60, 28, 22, 1, 75, 45, 43,
+    50, 23, 33, 47,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsRicoh[78];
-constinit detail::StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh);
+constinit detail::StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRicoh, kChoicesRicoh, gItemsRicoh, &TagStringsCatalogue::stringsRicoh);
 
 // SR2: 3 tags
 
@@ -2951,8 +2980,11 @@ constexpr detail::StringRow kStringsFrenchSR2[] = {
     {{28740, 19}, {28817, 23}},
 };
 constinit detail::StreamStrings gStringsSR2(kText, {kStringsEnglishSR2, {}, kStringsFrenchSR2, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderSR2[] = {
+    2, 1, 0,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSR2[3];
-constinit detail::StreamTags gTagsSR2("SR2", kText, kTagsSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2);
+constinit detail::StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, gItemsSR2, &TagStringsCatalogue::stringsSR2);
 
 // SRF#: 28 tags
 
@@ -3052,8 +3084,12 @@ constexpr detail::StringRow kStringsSpanishSRF_[] = {
     {{29370, 19}, {30746, 22}},
 };
 constinit detail::StreamStrings gStringsSRF_(kText, {kStringsEnglishSRF_, {}, kStringsFrenchSRF_, kStringsGermanSRF_, kStringsItalianSRF_, kStringsJapaneseSRF_, kStringsSpanishSRF_});
+constexpr std::uint16_t kKeyOrderSRF_[] = {
+    1, 6, 7, 9, 8, 5, 4, 0, 2, 3, 27, 15, 12, 24, 18, 21, 26, 14, 11, 23, 17, 20, 25, 13, 10, 22,
+    16, 19,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSRF_[28];
-constinit detail::StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_);
+constinit detail::StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, {}, gItemsSRF_, &TagStringsCatalogue::stringsSRF_);
 
 // SVG: 5 tags
 
@@ -3102,8 +3138,11 @@ constexpr detail::StringRow kStringsSpanishSVG[] = {
     {{30811, 14}, {14467, 12}},
 };
 constinit detail::StreamStrings gStringsSVG(kText, {kStringsEnglishSVG, kStringsChineseSVG, kStringsFrenchSVG, kStringsGermanSVG, kStringsItalianSVG, kStringsJapaneseSVG, kStringsSpanishSVG});
+constexpr std::uint16_t kKeyOrderSVG[] = {
+    1, 0, 4, 2, 3,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSVG[5];
-constinit detail::StreamTags gTagsSVG("SVG", kText, kTagsSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG);
+constinit detail::StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, gItemsSVG, &TagStringsCatalogue::stringsSVG);
 
 // Samsung: 123 tags
 
@@ -3932,8 +3971,16 @@ constexpr detail::StringRow kStringsSpanishSamsung[] = {
     {{49600, 17}, {52504, 15}},
 };
 constinit detail::StreamStrings gStringsSamsung(kText, {kStringsEnglishSamsung, kStringsChineseSamsung, kStringsFrenchSamsung, kStringsGermanSamsung, kStringsItalianSamsung, kStringsJapaneseSamsung, kStringsSpanishSamsung});
+constexpr std::uint16_t kKeyOrderSamsung[] = {
+    24, 25, 26, 27, 81, 108, 107, 106, 105, 115, 102, 104, 103, 92, 28, 29, 30, 69, 70, 3, 71, 2,
+    31, 32, 33, 73, 114, 64, 65, 1, 4, 34, 35, 59, 60, 56, 57, 58, 66, 67, 95, 10, 8, 9, 83, 85, 84,
+    86, 36, 94, 100, 11, 37, 38, 90, 39, 40, 89, 88, 77, 78, 68, 6, 13, 7, 41, 42, 43, 44, 45, 76,
+    20, 23, 19, 21, 22, 17, 15, 14, 5, 113, 79, 82, 18, 74, 119, 120, 121, 46, 47, 91, 87, 48, 72,
+    75, 93, 12, 49, 61, 62, 53, 122, 54, 55, 52, 63, 112, 110, 111, 109, 0, 116, 117, 118, 50, 97,
+    101, 98, 99, 96, 80, 16, 51,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSamsung[123];
-constinit detail::StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung);
+constinit detail::StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOrderSamsung, kChoicesSamsung, gItemsSamsung, &TagStringsCatalogue::stringsSamsung);
 
 // Sanyo: 41 tags
 
@@ -4482,8 +4529,12 @@ constexpr detail::StringRow kStringsSpanishSanyo[] = {
     {{56014, 17}, {28118, 9}},
 };
 constinit detail::StreamStrings gStringsSanyo(kText, {kStringsEnglishSanyo, kStringsChineseSanyo, kStringsFrenchSanyo, kStringsGermanSanyo, kStringsItalianSanyo, kStringsJapaneseSanyo, kStringsSpanishSanyo});
+constexpr std::uint16_t kKeyOrderSanyo[] = {
+    19, 22, 36, 16, 29, 6, 4, 5, 1, 0, 35, 27, 8, 9, 30, 15, 2, 11, 33, 3, 28, 18, 23, 26, 31, 14,
+    12, 32, 24, 34, 20, 10, 17, 13, 38, 39, 40, 37, 25, 7, 21,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSanyo[41];
-constinit detail::StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo);
+constinit detail::StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSanyo, kChoicesSanyo, gItemsSanyo, &TagStringsCatalogue::stringsSanyo);
 
 // Sigma: 69 tags
 
@@ -5204,8 +5255,13 @@ constexpr detail::StringRow kStringsSpanishSigma[] = {
     {{72897, 17}, {75465, 14}},
 };
 constinit detail::StreamStrings gStringsSigma(kText, {kStringsEnglishSigma, kStringsChineseSigma, kStringsFrenchSigma, kStringsGermanSigma, kStringsItalianSigma, kStringsJapaneseSigma, kStringsSpanishSigma});
+constexpr std::uint16_t kKeyOrderSigma[] = {
+    3, 30, 19, 23, 40, 32, 48, 25, 18, 35, 9, 12, 45, 1, 11, 10, 6, 38, 39, 37, 31, 21, 44, 42, 4,
+    14, 47, 36, 8, 34, 33, 27, 29, 7, 46, 43, 26, 28, 24, 20, 2, 15, 41, 0, 13, 16, 22, 49, 56, 57,
+    58, 50, 55, 54, 53, 52, 51, 59, 60, 61, 62, 63, 64, 65, 66, 67, 68, 5, 17,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSigma[69];
-constinit detail::StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma);
+constinit detail::StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSigma, kChoicesSigma, gItemsSigma, &TagStringsCatalogue::stringsSigma);
 
 // SigmaRaw: 61 tags
 
@@ -5913,8 +5969,13 @@ constexpr detail::StringRow kStringsSpanishSigmaRaw[] = {
     {{82710, 20}, {75465, 14}},
 };
 constinit detail::StreamStrings gStringsSigmaRaw(kText, {kStringsEnglishSigmaRaw, kStringsChineseSigmaRaw, kStringsFrenchSigmaRaw, kStringsGermanSigmaRaw, kStringsItalianSigmaRaw, kStringsJapaneseSigmaRaw, kStringsSpanishSigmaRaw});
+constexpr std::uint16_t kKeyOrderSigmaRaw[] = {
+    21, 22, 25, 16, 26, 27, 30, 32, 9, 59, 33, 34, 8, 35, 54, 57, 24, 0, 38, 40, 39, 41, 42, 43, 44,
+    45, 46, 23, 15, 11, 50, 47, 3, 2, 48, 37, 19, 51, 52, 53, 28, 1, 20, 29, 36, 18, 55, 14, 4, 12,
+    6, 56, 49, 31, 10, 13, 58, 7, 60, 5, 17,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSigmaRaw[61];
-constinit detail::StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw);
+constinit detail::StreamTags gTagsSigmaRaw("SigmaRaw", kText, kTagsSigmaRaw, kKeyOrderSigmaRaw, kChoicesSigmaRaw, gItemsSigmaRaw, &TagStringsCatalogue::stringsSigmaRaw);
 
 }  // namespace
 
@@ -6663,5 +6724,22 @@ const TagItem& detail::TagItemCatalogue32::itemSigmaRawExposureTime() { return g
 const TagItem& detail::TagItemCatalogue32::itemSigmaRawShutterSpeedDisplayed() { return gTagsSigmaRaw.item(58); }
 const TagItem& detail::TagItemCatalogue32::itemSigmaRawDateTimeOriginal() { return gTagsSigmaRaw.item(59); }
 const TagItem& detail::TagItemCatalogue32::itemSigmaRawVersionBF() { return gTagsSigmaRaw.item(60); }
+
+namespace detail {
+const TagItem* findInRTF(std::string_view key) { return gTagsRTF.find(key); }
+const TagItem* findInRadiance(std::string_view key) { return gTagsRadiance.find(key); }
+const TagItem* findInRawzor(std::string_view key) { return gTagsRawzor.find(key); }
+const TagItem* findInReal(std::string_view key) { return gTagsReal.find(key); }
+const TagItem* findInReconyx(std::string_view key) { return gTagsReconyx.find(key); }
+const TagItem* findInRed(std::string_view key) { return gTagsRed.find(key); }
+const TagItem* findInRicoh(std::string_view key) { return gTagsRicoh.find(key); }
+const TagItem* findInSR2(std::string_view key) { return gTagsSR2.find(key); }
+const TagItem* findInSRF_(std::string_view key) { return gTagsSRF_.find(key); }
+const TagItem* findInSVG(std::string_view key) { return gTagsSVG.find(key); }
+const TagItem* findInSamsung(std::string_view key) { return gTagsSamsung.find(key); }
+const TagItem* findInSanyo(std::string_view key) { return gTagsSanyo.find(key); }
+const TagItem* findInSigma(std::string_view key) { return gTagsSigma.find(key); }
+const TagItem* findInSigmaRaw(std::string_view key) { return gTagsSigmaRaw.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

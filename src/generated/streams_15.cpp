@@ -9777,8 +9777,38 @@ constexpr detail::StringRow kStringsSpanishSony[] = {
     {{127877, 19}, {168736, 4}},
 };
 constinit detail::StreamStrings gStringsSony(kText, {kStringsEnglishSony, kStringsChineseSony, kStringsFrenchSony, kStringsGermanSony, kStringsItalianSony, kStringsJapaneseSony, kStringsSpanishSony});
+constexpr std::uint16_t kKeyOrderSony[] = {
+    211, 6, 313, 241, 200, 9, 162, 163, 161, 3, 5, 4, 145, 184, 501, 7, 1, 147, 168, 165, 146, 148,
+    18, 21, 152, 153, 154, 156, 149, 151, 150, 155, 160, 16, 20, 13, 30, 37, 22, 40, 44, 11, 31, 35,
+    12, 33, 36, 27, 25, 43, 47, 32, 42, 166, 17, 15, 24, 41, 46, 158, 167, 164, 157, 159, 14, 19,
+    10, 29, 34, 26, 23, 39, 45, 28, 38, 48, 49, 50, 51, 52, 53, 54, 55, 56, 57, 58, 59, 60, 61, 62,
+    63, 64, 65, 66, 67, 68, 69, 70, 71, 72, 73, 74, 75, 76, 77, 78, 79, 80, 81, 82, 83, 84, 85, 86,
+    87, 88, 89, 90, 91, 92, 93, 94, 95, 96, 97, 98, 99, 100, 101, 102, 103, 104, 105, 106, 107, 108,
+    109, 110, 111, 112, 113, 114, 115, 116, 117, 118, 119, 120, 121, 122, 123, 124, 125, 126, 127,
+    128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140, 141, 142, 315, 0, 201, 475,
+    546, 484, 367, 207, 216, 311, 399, 490, 497, 214, 500, 495, 496, 213, 498, 499, 255, 256, 257,
+    261, 262, 403, 286, 288, 197, 389, 504, 265, 402, 489, 331, 354, 182, 180, 359, 192, 353, 181,
+    179, 229, 413, 194, 226, 191, 225, 388, 222, 541, 414, 478, 445, 444, 450, 449, 487, 309, 176,
+    285, 223, 357, 289, 190, 189, 224, 524, 312, 290, 416, 392, 175, 218, 363, 8, 324, 172, 259,
+    173, 267, 268, 269, 270, 271, 272, 273, 274, 234, 431, 429, 275, 276, 266, 329, 351, 401, 417,
+    209, 212, 397, 198, 296, 186, 393, 365, 185, 398, 244, 245, 314, 169, 391, 170, 451, 452, 461,
+    462, 463, 464, 465, 466, 453, 454, 455, 456, 457, 458, 459, 460, 316, 332, 319, 334, 2, 396,
+    144, 205, 293, 395, 171, 220, 360, 536, 529, 528, 531, 530, 535, 534, 533, 532, 527, 303, 232,
+    231, 203, 368, 174, 328, 291, 295, 294, 188, 386, 221, 412, 260, 258, 208, 204, 369, 474, 333,
+    364, 408, 407, 308, 250, 251, 448, 247, 502, 143, 476, 358, 252, 503, 486, 390, 239, 246, 242,
+    202, 362, 523, 447, 264, 432, 370, 371, 372, 373, 374, 375, 376, 377, 378, 379, 380, 381, 382,
+    383, 384, 385, 187, 323, 446, 263, 480, 415, 300, 299, 298, 317, 238, 411, 394, 424, 421, 423,
+    422, 420, 426, 425, 419, 418, 240, 428, 427, 304, 438, 437, 544, 325, 277, 278, 279, 280, 281,
+    282, 283, 284, 301, 254, 361, 253, 322, 199, 217, 439, 321, 302, 219, 366, 434, 433, 210, 195,
+    227, 355, 435, 400, 442, 441, 479, 248, 326, 327, 193, 330, 228, 387, 249, 469, 292, 472, 477,
+    206, 481, 235, 230, 305, 430, 473, 470, 491, 471, 508, 443, 410, 494, 215, 409, 493, 467, 492,
+    468, 352, 335, 336, 337, 338, 339, 340, 341, 342, 343, 344, 345, 346, 347, 348, 349, 350, 509,
+    510, 511, 512, 513, 514, 515, 516, 517, 518, 519, 520, 521, 522, 525, 526, 537, 538, 539, 540,
+    542, 543, 545, 436, 237, 236, 507, 306, 297, 483, 485, 404, 405, 506, 505, 320, 482, 406, 233,
+    243, 488, 307, 310, 318, 440, 183, 287, 178, 177, 356, 196,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSony[547];
-constinit detail::StreamTags gTagsSony("Sony", kText, kTagsSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony);
+constinit detail::StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, kChoicesSony, gItemsSony, &TagStringsCatalogue::stringsSony);
 
 // SonyIDC: 53 tags
 
@@ -10064,8 +10094,13 @@ constexpr detail::StringRow kStringsSpanishSonyIDC[] = {
     {{175581, 24}, {170854, 21}},
 };
 constinit detail::StreamStrings gStringsSonyIDC(kText, {kStringsEnglishSonyIDC, {}, kStringsFrenchSonyIDC, kStringsGermanSonyIDC, kStringsItalianSonyIDC, kStringsJapaneseSonyIDC, kStringsSpanishSonyIDC});
+constexpr std::uint16_t kKeyOrderSonyIDC[] = {
+    47, 10, 38, 7, 24, 5, 9, 3, 42, 41, 50, 20, 18, 25, 19, 29, 23, 17, 21, 48, 11, 2, 1, 0, 40, 39,
+    16, 22, 26, 27, 28, 4, 6, 43, 44, 45, 8, 49, 12, 13, 15, 14, 33, 37, 30, 34, 32, 36, 31, 35, 51,
+    52, 46,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsSonyIDC[53];
-constinit detail::StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC);
+constinit detail::StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOrderSonyIDC, kChoicesSonyIDC, gItemsSonyIDC, &TagStringsCatalogue::stringsSonyIDC);
 
 // Stim: 28 tags
 
@@ -10160,8 +10195,12 @@ constexpr detail::StringRow kStringsSpanishStim[] = {
     {{179169, 20}, {171244, 7}},
 };
 constinit detail::StreamStrings gStringsStim(kText, {kStringsEnglishStim, {}, {}, kStringsGermanStim, kStringsItalianStim, {}, kStringsSpanishStim});
+constexpr std::uint16_t kKeyOrderStim[] = {
+    11, 20, 21, 26, 19, 25, 0, 2, 4, 15, 1, 3, 5, 7, 9, 16, 6, 8, 12, 13, 24, 23, 22, 18, 14, 27,
+    10, 17,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsStim[28];
-constinit detail::StreamTags gTagsStim("Stim", kText, kTagsStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim);
+constinit detail::StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, kChoicesStim, gItemsStim, &TagStringsCatalogue::stringsStim);
 
 // Theora: 11 tags
 
@@ -10250,8 +10289,11 @@ constexpr detail::StringRow kStringsSpanishTheora[] = {
     {{180220, 14}, {170373, 7}},
 };
 constinit detail::StreamStrings gStringsTheora(kText, {kStringsEnglishTheora, kStringsChineseTheora, kStringsFrenchTheora, kStringsGermanTheora, kStringsItalianTheora, kStringsJapaneseTheora, kStringsSpanishTheora});
+constexpr std::uint16_t kKeyOrderTheora[] = {
+    7, 5, 2, 1, 8, 6, 10, 9, 0, 3, 4,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsTheora[11];
-constinit detail::StreamTags gTagsTheora("Theora", kText, kTagsTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora);
+constinit detail::StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrderTheora, kChoicesTheora, gItemsTheora, &TagStringsCatalogue::stringsTheora);
 
 // Trailer: 2 tags
 
@@ -10264,8 +10306,11 @@ constexpr detail::StringRow kStringsEnglishTrailer[] = {
     {{180722, 15}, {180680, 7}},
 };
 constinit detail::StreamStrings gStringsTrailer(kText, {kStringsEnglishTrailer, {}, {}, {}, {}, {}, {}});
+constexpr std::uint16_t kKeyOrderTrailer[] = {
+    0, 1,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsTrailer[2];
-constinit detail::StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer);
+constinit detail::StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOrderTrailer, {}, gItemsTrailer, &TagStringsCatalogue::stringsTrailer);
 
 // VCard: 95 tags
 
@@ -10574,8 +10619,14 @@ constexpr detail::StringRow kStringsSpanishVCard[] = {
     {{184200, 13}, {185058, 16}},
 };
 constinit detail::StreamStrings gStringsVCard(kText, {kStringsEnglishVCard, kStringsChineseVCard, kStringsFrenchVCard, kStringsGermanVCard, kStringsItalianVCard, kStringsJapaneseVCard, kStringsSpanishVCard});
+constexpr std::uint16_t kKeyOrderVCard[] = {
+    24, 25, 26, 27, 28, 31, 32, 0, 87, 77, 1, 78, 33, 34, 2, 92, 79, 74, 88, 90, 89, 35, 36, 37, 38,
+    40, 93, 41, 39, 46, 43, 44, 45, 75, 42, 84, 85, 47, 3, 48, 4, 49, 5, 6, 29, 7, 80, 81, 82, 19,
+    8, 76, 51, 9, 86, 52, 50, 10, 11, 12, 13, 53, 83, 54, 14, 55, 56, 57, 62, 58, 59, 60, 61, 16,
+    63, 30, 15, 17, 64, 65, 18, 66, 20, 91, 72, 68, 69, 70, 71, 67, 21, 22, 73, 23, 94,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsVCard[95];
-constinit detail::StreamTags gTagsVCard("VCard", kText, kTagsVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard);
+constinit detail::StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCard, kChoicesVCard, gItemsVCard, &TagStringsCatalogue::stringsVCard);
 
 // Vorbis: 37 tags
 
@@ -10739,8 +10790,12 @@ constexpr detail::StringRow kStringsSpanishVorbis[] = {
     {{186250, 14}, {185058, 16}},
 };
 constinit detail::StreamStrings gStringsVorbis(kText, {kStringsEnglishVorbis, kStringsChineseVorbis, kStringsFrenchVorbis, kStringsGermanVorbis, kStringsItalianVorbis, kStringsJapaneseVorbis, kStringsSpanishVorbis});
+constexpr std::uint16_t kKeyOrderVorbis[] = {
+    0, 1, 2, 32, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 34, 36, 35, 20, 21,
+    22, 23, 24, 25, 26, 33, 27, 28, 30, 29, 31,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsVorbis[37];
-constinit detail::StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis);
+constinit detail::StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrderVorbis, {}, gItemsVorbis, &TagStringsCatalogue::stringsVorbis);
 
 // WTV: 73 tags
 
@@ -10981,8 +11036,13 @@ constexpr detail::StringRow kStringsSpanishWTV[] = {
     {{190910, 9}, {186785, 7}},
 };
 constinit detail::StreamStrings gStringsWTV(kText, {kStringsEnglishWTV, kStringsChineseWTV, kStringsFrenchWTV, kStringsGermanWTV, kStringsItalianWTV, kStringsJapaneseWTV, kStringsSpanishWTV});
+constexpr std::uint16_t kKeyOrderWTV[] = {
+    44, 45, 46, 47, 48, 49, 50, 51, 52, 0, 53, 54, 55, 56, 2, 57, 58, 59, 60, 61, 62, 63, 3, 4, 5,
+    6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30,
+    31, 32, 33, 34, 35, 64, 65, 36, 37, 66, 38, 39, 40, 67, 68, 69, 70, 71, 41, 42, 1, 43, 72,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsWTV[73];
-constinit detail::StreamTags gTagsWTV("WTV", kText, kTagsWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV);
+constinit detail::StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kChoicesWTV, gItemsWTV, &TagStringsCatalogue::stringsWTV);
 
 // XML: 124 tags
 
@@ -11457,8 +11517,16 @@ constexpr detail::StringRow kStringsSpanishXML[] = {
     {{195374, 15}, {196691, 27}},
 };
 constinit detail::StreamStrings gStringsXML(kText, {kStringsEnglishXML, kStringsChineseXML, kStringsFrenchXML, kStringsGermanXML, kStringsItalianXML, kStringsJapaneseXML, kStringsSpanishXML});
+constexpr std::uint16_t kKeyOrderXML[] = {
+    86, 87, 1, 14, 15, 121, 88, 89, 90, 2, 80, 66, 16, 17, 18, 19, 81, 100, 122, 20, 91, 92, 93, 94,
+    67, 68, 95, 96, 97, 3, 21, 74, 22, 98, 23, 82, 24, 25, 26, 27, 75, 28, 11, 12, 13, 29, 76, 77,
+    78, 30, 31, 32, 33, 34, 104, 103, 99, 101, 102, 105, 107, 108, 110, 114, 106, 4, 35, 116, 69,
+    70, 120, 117, 36, 37, 38, 39, 40, 41, 72, 71, 5, 42, 43, 109, 44, 45, 46, 6, 7, 47, 83, 48, 123,
+    49, 50, 51, 52, 53, 54, 118, 112, 73, 55, 84, 56, 57, 58, 59, 85, 60, 61, 10, 119, 62, 8, 9, 63,
+    64, 115, 65, 0, 79, 111, 113,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsXML[124];
-constinit detail::StreamTags gTagsXML("XML", kText, kTagsXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML);
+constinit detail::StreamTags gTagsXML("XML", kText, kTagsXML, kKeyOrderXML, kChoicesXML, gItemsXML, &TagStringsCatalogue::stringsXML);
 
 }  // namespace
 
@@ -12521,5 +12589,17 @@ const TagItem& detail::TagItemCatalogue34::itemXMLLastUpdate() { return gTagsXML
 const TagItem& detail::TagItemCatalogue34::itemXMLAuthor() { return gTagsXML.item(121); }
 const TagItem& detail::TagItemCatalogue34::itemXMLComment() { return gTagsXML.item(122); }
 const TagItem& detail::TagItemCatalogue34::itemXMLProjects() { return gTagsXML.item(123); }
+
+namespace detail {
+const TagItem* findInSony(std::string_view key) { return gTagsSony.find(key); }
+const TagItem* findInSonyIDC(std::string_view key) { return gTagsSonyIDC.find(key); }
+const TagItem* findInStim(std::string_view key) { return gTagsStim.find(key); }
+const TagItem* findInTheora(std::string_view key) { return gTagsTheora.find(key); }
+const TagItem* findInTrailer(std::string_view key) { return gTagsTrailer.find(key); }
+const TagItem* findInVCard(std::string_view key) { return gTagsVCard.find(key); }
+const TagItem* findInVorbis(std::string_view key) { return gTagsVorbis.find(key); }
+const TagItem* findInWTV(std::string_view key) { return gTagsWTV.find(key); }
+const TagItem* findInXML(std::string_view key) { return gTagsXML.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -236,8 +236,11 @@ constexpr detail::StringRow kStringsSpanishZIP[] = {
     {{2558, 23}, {3669, 25}},
 };
 constinit detail::StreamStrings gStringsZIP(kText, {kStringsEnglishZIP, kStringsChineseZIP, kStringsFrenchZIP, kStringsGermanZIP, kStringsItalianZIP, kStringsJapaneseZIP, kStringsSpanishZIP});
+constexpr std::uint16_t kKeyOrderZIP[] = {
+    5, 6, 17, 0, 3, 20, 21, 1, 2, 4, 19, 18, 8, 11, 12, 9, 16, 15, 14, 10, 7, 13,
+};
 constinit detail::Lazy<detail::BuiltItem> gItemsZIP[22];
-constinit detail::StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP);
+constinit detail::StreamTags gTagsZIP("ZIP", kText, kTagsZIP, kKeyOrderZIP, kChoicesZIP, gItemsZIP, &TagStringsCatalogue::stringsZIP);
 
 }  // namespace
 
@@ -272,5 +275,9 @@ const TagItem& detail::TagItemCatalogue40::itemZIPUncompressedSize() { return gT
 const TagItem& detail::TagItemCatalogue40::itemZIPPackingMethod() { return gTagsZIP.item(19); }
 const TagItem& detail::TagItemCatalogue40::itemZIPFileNameLength() { return gTagsZIP.item(20); }
 const TagItem& detail::TagItemCatalogue40::itemZIPFileVersion() { return gTagsZIP.item(21); }
+
+namespace detail {
+const TagItem* findInZIP(std::string_view key) { return gTagsZIP.find(key); }
+}  // namespace detail
 
 }  // namespace lorvane

@@ -135,10 +135,14 @@ def _stream_source(stream, pool):
             out.append(f"    {{{pool.ref(key)}, {pool.ref(table[key])}}},")
         out.append("};")
     out.append(f"constinit detail::StreamStrings gStrings{s}(kText, {{{', '.join(tables)}}});")
+    out.append(f"constexpr std::uint16_t kKeyOrder{s}[] = {{")
+    by_key = sorted(range(len(stream.tags)), key=lambda i: stream.tags[i].key.encode("utf-8"))
+    out.extend(_wrapped([str(i) for i in by_key]))
+    out.append("};")
     out.append(f"constinit detail::Lazy<detail::BuiltItem> gItems{s}[{len(stream.tags)}];")
     choices = f"kChoices{s}" if choice_rows else "{}"
     out.append(f"constinit detail::StreamTags gTags{s}({cpp_string(stream.name)}, kText, kTags{s}, "
-               f"{choices}, gItems{s}, &TagStringsCatalogue::strings{s});")
+               f"kKeyOrder{s}, {choices}, gItems{s}, &TagStringsCatalogue::strings{s});")
     return out
 
 
@@ -153,6 +157,11 @@ def _wrapped(items, width=96, separator=","):
     if line:
         lines.append("    " + line)
     return lines
+
+
+def _finder(stream_name):
+    """The function that finds a tag of the stream by key, for TagItem::find."""
+    return f"findIn{safe_value(stream_name)}"
 
 
 def _stream_definitions(stream, part_of, list_part_of):
@@ -186,6 +195,10 @@ def group_source(streams, part_of, list_part_of):
     for stream in streams:
         definitions.extend(_stream_definitions(stream, part_of, list_part_of))
         definitions.append("")
+    definitions.append("namespace detail {")
+    definitions.extend(f"const TagItem* {_finder(stream.name)}(std::string_view key) "
+                       f"{{ return gTags{safe_value(stream.name)}.find(key); }}" for stream in streams)
+    definitions.extend(["}  // namespace detail", ""])
     names = [stream.name + "," for stream in streams]
     names[-1] = names[-1][:-1] + "."
     return "\n".join([
@@ -220,14 +233,21 @@ def index_source(catalogue):
         + catalogue.strings_without_stream)
     out = [
         f"// {GENERATED_NOTE}",
-        "// The index of the catalogue: its streams, their lists, and the texts of the streams",
-        "// that have no tags.",
+        "// The index of the catalogue: its streams, their lists, the search by name, and the",
+        "// texts of the streams that have no tags.",
         "",
         '#include "catalogue_rows.hpp"',
+        "",
+        "#include <algorithm>",
         "",
         "#include <lorvane/tag_item.hpp>",
         "",
         "namespace lorvane {",
+        "namespace detail {",
+        "// Defined with each stream's rows.",
+        *[f"const TagItem* {_finder(name)}(std::string_view key);" for name in with_tags],
+        "}  // namespace detail",
+        "",
         "namespace {",
         "",
         f"// The {len(with_tags)} streams with tags in catalogue order, then the "
@@ -247,6 +267,10 @@ def index_source(catalogue):
         "};",
         "constinit detail::ItemIndex gItemIndex(kStreamLists);",
         "",
+        "constexpr detail::StreamFinder kStreamFinders[] = {",
+        *_wrapped([f"&detail::{_finder(name)}" for name in with_tags]),
+        "};",
+        "",
     ]
     for name in string_only:
         out.append(f"constinit detail::StreamStrings gStrings{safe_value(name)}(nullptr, {{}});")
@@ -261,6 +285,16 @@ def index_source(catalogue):
         "}",
         "",
         "std::span<const TagItem* const> TagItemCatalogue::allCases() { return gItemIndex.all(); }",
+        "",
+        "// The streams with tags stand in byte order of their names.",
+        "const TagItem* detail::findCatalogueItem(std::string_view stream, std::string_view key) {",
+        f"  const auto streams = std::span(kStreamNames).first({len(with_tags)});",
+        "  const auto found = std::lower_bound(streams.begin(), streams.end(), stream);",
+        "  if (found == streams.end() || *found != stream) {",
+        "    return nullptr;",
+        "  }",
+        "  return kStreamFinders[found - streams.begin()](key);",
+        "}",
         "",
     ]
     for name in string_only:

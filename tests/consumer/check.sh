@@ -7,6 +7,8 @@ source_dir=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+# The example reads tests/data/sample.jpg, relative to the repository.
+cd "$source_dir/../.."
 cmake --install "$build_dir" --prefix "$work/prefix" > /dev/null
 cmake -S "$source_dir" -B "$work/cmake-build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" > /dev/null
 cmake --build "$work/cmake-build" > /dev/null

@@ -1,4 +1,4 @@
-// Uses both halves of an installed Lorvane: one run of ExifTool and one catalogue lookup.
+// The README's first example, built against an installed Lorvane as an application would.
 #include <lorvane/json.hpp>
 #include <lorvane/lorvane.hpp>
 
@@ -6,14 +6,25 @@
 
 int main() {
   using namespace lorvane;
-  ETInput input;
-  input.arguments = {"-ver"};
-  ETOutput output = ETProcess::run(input);
-  output.throwIfErrors();
-  std::cout << "ExifTool " << output.decodeOutData().value_or("?");
 
+  // Read a picture's EXIF tags as raw values, one option per named field.
+  ETInput input;
+  input.addArguments([](ETInput::ArgumentsMaker& maker) {
+    maker.additional = {"-EXIF:all", "-s"};
+    maker.enableRawValues = true;
+    maker.extractsBinaries = false;  // on by default: values would come as bare bytes
+    maker.sourcePath = "tests/data/sample.jpg";
+  });
+  ETOutput output = ETProcess::run(input);  // blocks until the tool has exited; never throws
+  output.throwIfErrors();                    // ETError with the lines the tool complained in
+  std::cout << output.decodeOutData().value_or("");
+
+  // What the catalogue knows of one of them, in the user's language.
   const TagItem& orientation = TagItem::itemEXIFOrientation();
-  std::cout << orientation.localizedTitle() << ": " << orientation.choices().size() << " choices, "
-            << nlohmann::json(orientation.name()).dump() << "\n";
-  return output.decodeOutData().value_or("").empty() ? 1 : 0;
+  std::cout << orientation.localizedTitle() << ": "                    // "EXIF Orientation"
+            << orientation.localizedChoice(*orientation.index("6")) << "\n";  // "Rotate 90 CW"
+
+  // The serialised forms come with <lorvane/json.hpp>.
+  std::cout << nlohmann::json(orientation.name()).dump() << "\n";
+  return output.decodeOutData().value_or("").find("Orientation") == std::string::npos;
 }

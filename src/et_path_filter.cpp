@@ -34,7 +34,7 @@ std::string matchingForm(std::string_view text) {
   return canonicalForm(unicode.toUpper(icu::Locale::getRoot()).toUTF8String(upper));
 }
 
-// Foundation's pathExtension: what follows the last dot of the last path component; a name
+// The path's extension: what follows the last dot of the last path component; a name
 // that only starts with a dot (".bashrc") has none.
 std::string pathExtension(const std::filesystem::path& url) {
   std::filesystem::path name = url.filename();

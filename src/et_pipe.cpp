@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "et_parser_pipe.hpp"
+#include "platform/memory.hpp"
 
 namespace lorvane {
 namespace {
@@ -57,7 +58,9 @@ void ETBinaryPipe::readAvailableData(std::span<const std::byte> data) {
       const std::size_t capacity =
           blocks_.empty() ? firstBlockCapacity
                           : std::min(2 * blocks_.back().capacity(), largestBlockCapacity);
-      blocks_.emplace_back().reserve(capacity);
+      auto& block = blocks_.emplace_back();
+      block.reserve(capacity);
+      platform::adviseHugePages(block.data(), capacity);
     }
     auto& block = blocks_.back();
     const std::size_t taken = std::min(data.size(), block.capacity() - block.size());
@@ -76,6 +79,7 @@ void ETBinaryPipe::flushPendingData() {
     binaryData = std::move(blocks_.front());
   } else {
     binaryData.reserve(size_);
+    platform::adviseHugePages(binaryData.data(), size_);
     for (auto& block : blocks_) {
       binaryData.insert(binaryData.end(), block.begin(), block.end());
       std::vector<std::byte>().swap(block);

@@ -8,2637 +8,2755 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "ThumbnailImage""PreviewImage""Text""AFCP:PreviewImage""Preview Image""AFCP:Text"
-    "AFCP:ThumbnailImage""Thumbnail Image""缩略图""Aperçu de l'image""Texte""Vignette""Vorschaubild"
-    "Miniaturbild""Immagine anteprima""Testo""Miniatura""プレビューイメージ""テキスト""サムネイル画像""Vista Previa"
-    "Texto""CommentTime""MarkerID""Comment""NumChannels""NumSampleFrames""SampleSize"
-    "CompressionType""CompressorName""FormatVersionTime""Copyright""Annotation""ApplicationData"
-    "Author""Name""ACE2""ACE8""ALAW""G722""G726""G728""GSM ""MAC3""MAC6""NONE""ULAW""alaw""sowt"
-    "ulaw""AIFF:Annotation""AIFF:ApplicationData""Application Data""AIFF:Author""AIFF:Comment"
-    "AIFF:CommentTime""Comment Time""AIFF:CompressionType""Compression Type"
-    "AIFF:CompressionType:ACE2""ACE 2-to-1""AIFF:CompressionType:ACE8""ACE 8-to-3"
-    "AIFF:CompressionType:ALAW""A-law""AIFF:CompressionType:G722""AIFF:CompressionType:G726"
-    "AIFF:CompressionType:G728""AIFF:CompressionType:GSM ""GSM""AIFF:CompressionType:MAC3"
-    "MAC 3-to-1""AIFF:CompressionType:MAC6""MAC 6-to-1""AIFF:CompressionType:NONE""None"
-    "AIFF:CompressionType:ULAW""Mu-law""AIFF:CompressionType:alaw""a-law""AIFF:CompressionType:sowt"
-    "Little-endian, no compression""AIFF:CompressionType:ulaw""mu-law""AIFF:CompressorName"
-    "Compressor Name""AIFF:Copyright""AIFF:FormatVersionTime""Format Version Time""AIFF:MarkerID"
-    "Marker ID""AIFF:Name""AIFF:NumChannels""Num Channels""AIFF:NumSampleFrames""Num Sample Frames"
-    "AIFF:SampleSize""Sample Size""作者""注释""专利拥有者""Auteur""Commentaire""Aucune"
-    "Propriétaire du copyright""Nom""Nombre de canaux""Anmerkung""Autor""Kommentar"
-    "Komprimierungsschema""Keines""Little-endian, keine Komprimierung""Urheberrechtsvermerk"
-    "Anzahl Kanäle""Annotazione""Autore""Commento""Ora commento""Tipo compressione""Nessuno"
-    "Little-endian, senza compressione""Nome compressione""Titolare del copyright""ID marker""Nome"
-    "Numero canali""Numero fotogrammi campionamento""Dimensione campione""コメント""無し""版権所有者"
-    "Anotación""Comentario""Tipo Compresión""Ninguno""Nombre Compresor""Copyright Perfil""Nombre"
-    "Número Canales""Número de fotogramas""Tamaño muestra""Album""Artist""Duration""Genre""Title"
-    "ToolName""ToolVersion""Track""Year""CompressionLevel""BlocksPerFrame""FinalFrameBlocks"
-    "TotalFrames""BitsPerSample""Channels""SampleRate""APEVersion""APE:APEVersion""APE Version"
-    "APE:Album""APE:Artist""APE:BitsPerSample""Bits Per Sample""APE:BlocksPerFrame"
-    "Blocks Per Frame""APE:Channels""APE:CompressionLevel""Compression Level""APE:Duration"
-    "APE:FinalFrameBlocks""Final Frame Blocks""APE:Genre""APE:SampleRate""Sample Rate""APE:Title"
-    "APE:ToolName""Tool Name""APE:ToolVersion""Tool Version""APE:TotalFrames""Total Frames"
-    "APE:Track""APE:Year""APE 版本""相册""图像作者""每个组件的比特数""标题""Version APE""Artiste"
-    "Nombre de bits par échantillon""Durée""Titre""Année""APE-Version""Künstler"
-    "Anzahl der Bits pro Komponente""Kanäle""Komprimierungsgrad""Dauer""Titel""Jahr""Versione APE"
-    "Persona che ha creato l'immagine""Numero di bit per componente""Blocchi per frame""Canali"
-    "Livello di compressione""Blocchi frame finali""Genere""Frequenza campionamento""Titolo"
-    "Nome strumento""Versione strumento""Frame totali""Traccia""Anno""APEバージョン""アルバム""画像作成者"
-    "コンポーネントのビット数""タイトル""Versión APE""Álbum""Número de Bits Por Muestra""Bloques por Imagen"
-    "Canales""Nivel Compresión""Duración""Género""Frecuencia muestreo""Título""Nombre Herramienta"
-    "Versión Herramienta""Total Imagenes""Pista""Año""InterleavedField""OcadRevision""0""1""2"
-    "APP0:InterleavedField""Interleaved Field""APP0:InterleavedField:0""Not Interleaved"
-    "APP0:InterleavedField:1""Odd""APP0:InterleavedField:2""Even""APP0:OcadRevision""Ocad Revision"
-    "Pari""CameraInfoByteOrder""Emissivity""ObjectDistance""ReflectedApparentTemperature"
-    "AtmosphericTemperature""IRWindowTemperature""IRWindowTransmission""RelativeHumidity""PlanckR1"
-    "PlanckB""PlanckF""AtmosphericTransAlpha1""AtmosphericTransAlpha2""AtmosphericTransBeta1"
-    "AtmosphericTransBeta2""AtmosphericTransX""CameraTemperatureRangeMax""CameraTemperatureRangeMin"
-    "CameraTemperatureMaxClip""CameraTemperatureMinClip""CameraTemperatureMaxWarn"
-    "CameraTemperatureMinWarn""CameraTemperatureMaxSaturated""CameraTemperatureMinSaturated"
-    "CameraModel""CameraPartNumber""CameraSerialNumber""CameraSoftware""LensModel""LensPartNumber"
-    "LensSerialNumber""FieldOfView""FilterModel""FilterPartNumber""FilterSerialNumber""PlanckO"
-    "PlanckR2""RawValueRangeMin""RawValueRangeMax""RawValueMedian""RawValueRange""DateTimeOriginal"
-    "FocusStepCount""FocusDistance""FrameRate""CoarseMapByteOrder""CoarseMapImageWidth"
-    "CoarseMapImageHeight""CoarseMapImageType""CoarseMapImage""EmbeddedImageByteOrder"
-    "EmbeddedImageWidth""EmbeddedImageHeight""EmbeddedImageType""EmbeddedImage""EmbeddedAudioFile"
-    "GPSValid""GPSVersionID""GPSLatitudeRef""GPSLongitudeRef""GPSLatitude""GPSLongitude"
-    "GPSAltitude""GPSDOP""GPSSpeedRef""GPSTrackRef""GPSImgDirectionRef""GPSSpeed""GPSTrack"
-    "GPSImgDirection""GPSMapDatum""GainDeadMapByteOrder""GainDeadMapImageWidth"
-    "GainDeadMapImageHeight""GainDeadMapImageType""GainDeadMapImage""CreatorSoftware""Meas1Label"
-    "Meas1Params""Meas1Type""Reading1Units""Reading1Description""Reading1Device""Reading1Value"
-    "Reading2Units""Reading2Description""Reading2Device""Reading2Value""Reading3Units"
-    "Reading3Description""Reading3Device""Reading3Value""Reading4Units""Reading4Description"
-    "Reading4Device""Reading4Value""PaintByteOrder""PaintImageWidth""PaintImageHeight"
-    "PaintImageType""PaintImage""PaletteColors""AboveColor""BelowColor""OverflowColor"
-    "UnderflowColor""Isotherm1Color""Isotherm2Color""PaletteMethod""PaletteStretch""PaletteFileName"
-    "PaletteName""Palette""DateTimeGenerated""Param0""Param1""Param2""Param3""Real2IR""OffsetX"
-    "OffsetY""PiPX1""PiPX2""PiPY1""PiPY2""RawDataByteOrder""RawThermalImageWidth"
-    "RawThermalImageHeight""RawThermalImageType""RawThermalImage""Label0""Label1""Label2""Label3"
-    "Value0""Value1""Value2""Value3""N""S""E""W""K""M""T""3""4""5""6""7""8""13""27""29""36""9""11"
-    "APP1:AboveColor""Above Color""APP1:AtmosphericTemperature""Atmospheric Temperature"
-    "APP1:AtmosphericTransAlpha1""Atmospheric Trans Alpha 1""APP1:AtmosphericTransAlpha2"
-    "Atmospheric Trans Alpha 2""APP1:AtmosphericTransBeta1""Atmospheric Trans Beta 1"
-    "APP1:AtmosphericTransBeta2""Atmospheric Trans Beta 2""APP1:AtmosphericTransX"
-    "Atmospheric Trans X""APP1:BelowColor""Below Color""APP1:CameraInfoByteOrder"
-    "Camera Info Byte Order""APP1:CameraModel""Camera Model""APP1:CameraPartNumber"
-    "Camera Part Number""APP1:CameraSerialNumber""Camera Serial Number""APP1:CameraSoftware"
-    "Camera Software""APP1:CameraTemperatureMaxClip""Camera Temperature Max Clip"
-    "APP1:CameraTemperatureMaxSaturated""Camera Temperature Max Saturated"
-    "APP1:CameraTemperatureMaxWarn""Camera Temperature Max Warn""APP1:CameraTemperatureMinClip"
-    "Camera Temperature Min Clip""APP1:CameraTemperatureMinSaturated"
-    "Camera Temperature Min Saturated""APP1:CameraTemperatureMinWarn""Camera Temperature Min Warn"
-    "APP1:CameraTemperatureRangeMax""Camera Temperature Range Max""APP1:CameraTemperatureRangeMin"
-    "Camera Temperature Range Min""APP1:CoarseMapByteOrder""Coarse Map Byte Order"
-    "APP1:CoarseMapImage""Coarse Map Image""APP1:CoarseMapImageHeight""Coarse Map Image Height"
-    "APP1:CoarseMapImageType""Coarse Map Image Type""APP1:CoarseMapImageWidth"
-    "Coarse Map Image Width""APP1:CreatorSoftware""Creator Software""APP1:DateTimeGenerated"
-    "Date/Time Generated""APP1:DateTimeOriginal""Date/Time Original""APP1:EmbeddedAudioFile"
-    "Embedded Audio File""APP1:EmbeddedImage""Embedded Image""APP1:EmbeddedImageByteOrder"
-    "Embedded Image Byte Order""APP1:EmbeddedImageHeight""Embedded Image Height"
-    "APP1:EmbeddedImageType""Embedded Image Type""APP1:EmbeddedImageWidth""Embedded Image Width"
-    "APP1:Emissivity""APP1:FieldOfView""Field Of View""APP1:FilterModel""Filter Model"
-    "APP1:FilterPartNumber""Filter Part Number""APP1:FilterSerialNumber""Filter Serial Number"
-    "APP1:FocusDistance""Focus Distance""APP1:FocusStepCount""Focus Step Count""APP1:FrameRate"
-    "Frame Rate""APP1:GPSAltitude""GPS Altitude""APP1:GPSDOP""GPS Dilution Of Precision"
-    "APP1:GPSImgDirection""GPS Img Direction""APP1:GPSImgDirectionRef""GPS Img Direction Ref"
-    "APP1:GPSImgDirectionRef:M""Magnetic North""APP1:GPSImgDirectionRef:T""True North"
-    "APP1:GPSLatitude""GPS Latitude""APP1:GPSLatitudeRef""GPS Latitude Ref""APP1:GPSLatitudeRef:N"
-    "North""APP1:GPSLatitudeRef:S""South""APP1:GPSLongitude""GPS Longitude""APP1:GPSLongitudeRef"
-    "GPS Longitude Ref""APP1:GPSLongitudeRef:E""East""APP1:GPSLongitudeRef:W""West"
-    "APP1:GPSMapDatum""GPS Map Datum""APP1:GPSSpeed""GPS Speed""APP1:GPSSpeedRef""GPS Speed Ref"
-    "APP1:GPSSpeedRef:K""km/h""APP1:GPSSpeedRef:M""mph""APP1:GPSSpeedRef:N""knots""APP1:GPSTrack"
-    "GPS Track""APP1:GPSTrackRef""GPS Track Ref""APP1:GPSTrackRef:M""APP1:GPSTrackRef:T"
-    "APP1:GPSValid""GPS Valid""APP1:GPSValid:0""No""APP1:GPSValid:1""Yes""APP1:GPSVersionID"
-    "GPS Version ID""APP1:GainDeadMapByteOrder""Gain Dead Map Byte Order""APP1:GainDeadMapImage"
-    "Gain Dead Map Image""APP1:GainDeadMapImageHeight""Gain Dead Map Image Height"
-    "APP1:GainDeadMapImageType""Gain Dead Map Image Type""APP1:GainDeadMapImageWidth"
-    "Gain Dead Map Image Width""APP1:IRWindowTemperature""IR Window Temperature"
-    "APP1:IRWindowTransmission""IR Window Transmission""APP1:Isotherm1Color""Isotherm 1 Color"
-    "APP1:Isotherm2Color""Isotherm 2 Color""APP1:Label0""Label 0""APP1:Label1""Label 1""APP1:Label2"
-    "Label 2""APP1:Label3""Label 3""APP1:LensModel""Lens Model""APP1:LensPartNumber"
-    "Lens Part Number""APP1:LensSerialNumber""Lens Serial Number""APP1:Meas1Label""Meas 1 Label"
-    "APP1:Meas1Params""Meas 1 Params""APP1:Meas1Type""Meas 1 Type""APP1:Meas1Type:1""Spot"
-    "APP1:Meas1Type:2""Area""APP1:Meas1Type:3""Ellipse""APP1:Meas1Type:4""Line""APP1:Meas1Type:5"
-    "Endpoint""APP1:Meas1Type:6""Alarm""APP1:Meas1Type:7""Unused""APP1:Meas1Type:8""Difference"
-    "APP1:ObjectDistance""Object Distance""APP1:OffsetX""Offset X""APP1:OffsetY""Offset Y"
-    "APP1:OverflowColor""Overflow Color""APP1:PaintByteOrder""Paint Byte Order""APP1:PaintImage"
-    "Paint Image""APP1:PaintImageHeight""Paint Image Height""APP1:PaintImageType""Paint Image Type"
-    "APP1:PaintImageWidth""Paint Image Width""APP1:Palette""APP1:PaletteColors""Palette Colors"
-    "APP1:PaletteFileName""Palette File Name""APP1:PaletteMethod""Palette Method""APP1:PaletteName"
-    "Palette Name""APP1:PaletteStretch""Palette Stretch""APP1:Param0""Param 0""APP1:Param1""Param 1"
-    "APP1:Param2""Param 2""APP1:Param3""Param 3""APP1:PiPX1""PiP X1""APP1:PiPX2""PiP X2""APP1:PiPY1"
-    "PiP Y1""APP1:PiPY2""PiP Y2""APP1:PlanckB""Planck B""APP1:PlanckF""Planck F""APP1:PlanckO"
-    "Planck O""APP1:PlanckR1""Planck R1""APP1:PlanckR2""Planck R2""APP1:RawDataByteOrder"
-    "Raw Data Byte Order""APP1:RawThermalImage""Raw Thermal Image""APP1:RawThermalImageHeight"
-    "Raw Thermal Image Height""APP1:RawThermalImageType""Raw Thermal Image Type"
-    "APP1:RawThermalImageWidth""Raw Thermal Image Width""APP1:RawValueMedian""Raw Value Median"
-    "APP1:RawValueRange""Raw Value Range""APP1:RawValueRangeMax""Raw Value Range Max"
-    "APP1:RawValueRangeMin""Raw Value Range Min""APP1:Reading1Description""Reading 1 Description"
-    "APP1:Reading1Description:0""Humidity""APP1:Reading1Description:11""Difference Temperature"
-    "APP1:Reading1Description:3""Moisture""APP1:Reading1Description:7""Dew Point"
-    "APP1:Reading1Description:8""Air Temperature""APP1:Reading1Description:9""IR Temperature"
-    "APP1:Reading1Device""Reading 1 Device""APP1:Reading1Units""Reading 1 Units"
-    "APP1:Reading1Units:13""C""APP1:Reading1Units:27""%""APP1:Reading1Units:29""Relative"
-    "APP1:Reading1Units:36""g/kg""APP1:Reading1Value""Reading 1 Value""APP1:Reading2Description"
-    "Reading 2 Description""APP1:Reading2Description:0""APP1:Reading2Description:11"
-    "APP1:Reading2Description:3""APP1:Reading2Description:7""APP1:Reading2Description:8"
-    "APP1:Reading2Description:9""APP1:Reading2Device""Reading 2 Device""APP1:Reading2Units"
-    "Reading 2 Units""APP1:Reading2Units:13""APP1:Reading2Units:27""APP1:Reading2Units:29""rel"
-    "APP1:Reading2Units:36""APP1:Reading2Value""Reading 2 Value""APP1:Reading3Description"
-    "Reading 3 Description""APP1:Reading3Description:0""APP1:Reading3Description:11"
-    "APP1:Reading3Description:3""APP1:Reading3Description:7""APP1:Reading3Description:8"
-    "APP1:Reading3Description:9""APP1:Reading3Device""Reading 3 Device""APP1:Reading3Units"
-    "Reading 3 Units""APP1:Reading3Units:13""APP1:Reading3Units:27""APP1:Reading3Units:29"
-    "APP1:Reading3Units:36""APP1:Reading3Value""Reading 3 Value""APP1:Reading4Description"
-    "Reading 4 Description""APP1:Reading4Description:0""APP1:Reading4Description:11"
-    "APP1:Reading4Description:3""APP1:Reading4Description:7""APP1:Reading4Description:8"
-    "APP1:Reading4Description:9""APP1:Reading4Device""Reading 4 Device""APP1:Reading4Units"
-    "Reading 4 Units""APP1:Reading4Units:13""APP1:Reading4Units:27""APP1:Reading4Units:29"
-    "APP1:Reading4Units:36""APP1:Reading4Value""Reading 4 Value""APP1:Real2IR""Real 2 IR"
-    "APP1:ReflectedApparentTemperature""Reflected Apparent Temperature""APP1:RelativeHumidity"
-    "Relative Humidity""APP1:UnderflowColor""Underflow Color""APP1:Value0""Value 0""APP1:Value1"
-    "Value 1""APP1:Value2""Value 2""APP1:Value3""Value 3""原始数据产生的日期和时间""更新速率""海拔高度""测量精度""图像方向"
-    "图像方向参照""纬度""北纬或者南纬""北纬""南纬""经度""东经或者西经""东经""西经""使用的大地测量数据""GPS接收器的速度""速度单位""公里/小时""英里/小时"
-    "海里/小时""运动方向""运动方向参照""磁场方向""真方向""GPS标签版本""Ordre des octets de l'appareil photo"
-    "Modèle de l'appareil photo""Numéro de série de l'appareil photo""Logiciel du créateur"
-    "Date de création des données originales""Distance focale""Nombre de pas du focus""Vitesse"
-    "Altitude GPS""Précision de la mesure""Direction GPS de la prise de vue"
-    "Référence de la direction GPS de la prise de vue""Nord magnétique""Nord vrai""Latitude GPS"
-    "Référence de la valeur GPS en latitude""Nord""Sud""Longitude GPS"
-    "Référence de la valeur GPS en Longitude""Est""Ouest"
-    "Données de surveillance géodésique utilisées""Vitesse du récepteur GPS"
-    "Référence de vitesse du GPS""Kilomètres par heure""Miles par heure""nœuds""Tracé GPS"
-    "Référence pour du tracé GPS""Identifiant de la version GPS""Modèle de l'objectif"
-    "Numéro de pièce de l'objectif""Numéro de série de l'objectif"
-    "Kamerainformation Bytereihenfolge""Kamera Modell""Kamera-Seriennummer"
-    "Erstellungsdatum/-uhrzeit""Eingebettetes Bild""Eingebettetes Bild Bytereihenfolge"
-    "Eingebettetes Bild Bildhöhe""Eingebettetes Bild Bildtyp""Eingebettetes Bild Bildbreite"
-    "Fokus-Distanz""Fokus-Stufenzähler""Bildwechselfrequenz""GPS Höhe""Messgenauigkeit"
-    "Bildrichtung""Referenz für die Ausrichtung des Bildes""Magnetische Ausrichtung"
-    "Geographische Ausrichtung""Geografische Breite""Nördl. oder südl. Breite""Nördliche Breite"
-    "Südliche Breite""Geografische Länge""östl. oder westl. Länge""Östliche Länge""Westliche Länge"
-    "Geodätisches Datum""Geschwindigkeit des GPS-Empfängers""Geschwindigkeitseinheit"
-    "Kilometer pro Stunde""Meilen pro Stunde""Knoten""Bewegungsrichtung"
-    "Referenz für Bewegungsrichtung""GPS-Tag-Version""Objektiv-Typ""Objektiv-Seriennummer"
-    "Objektabstand""RAW Daten Bytereihenfolge""Modello fotocamera""Numero di serie fotocamera"
-    "Data/ora originale di creazione""Distanza fuoco""Frequenza fotogramma""Altitudine GPS"
-    "Precisione misurazione GPS""Direzione di immagine""Riferimento per direzione di immagine"
-    "Nord magnetico""Nord geografico""Latitudine""Latitudine Nord o Sud""Latitudine Nord"
-    "Latitudine Sud""Longitudine""Longitudine Est o Ovest""Longitudine Est""Longitudine Ovest"
-    "Dati di rilevamento geodetico utilizzati""Velocità ricevitore GPS""Unità velocità"
-    "Chilometri all'ora""Miglie all'ora""Nodi""Direzione di movimento"
-    "Riferimento per direzione di movimento""Direzione magnetica""Direzione effettiva"
-    "Versione tag GPS""Modello obiettivo""Numero di serie obiettivo""カメラシリアル番号""オリジナルデータ作成日時""被写体距離"
-    "フォーカスステップ数""フレームレート""高度""測定精度""イメージの方向""画像方向参照""磁気の方向""本当の方向""緯度""北緯または南緯""北緯""南緯""経度""東経または西経"
-    "東経""西経""データが使った測地測量""GPS受信機のスピード""スピード単位""時速(km)""時速(マイル)""ノット""動作方向""動作方向の参照""GPSタグバージョン"
-    "レンズシリアル番号""被写体との距離""Número Serie Cámara""Fecha y Hora de Datos Original"
-    "Velocidad del Fotograma""Altitud""Precisión Medición""Dirección de Imagen"
-    "Referencia para Dirección de Imagen""Dirección magnética""Dirección real""Latitud"
-    "Latitud Norte o Sur""Latitud norte""Latitud sur""Longitud""Longitud Este u Oeste"
-    "Longitud Este""Longitud Oeste""Dato Medición Geodésica Usado""Velocidad del Receptor GPS"
-    "Unidad Velocidad""Kilómetros por hora""Millas por hora""Nudos""Dirección de Movimiento"
-    "Referencia de Dirección de Movimiento""Versión Etiqueta GPS""Modelo Objetivo"
-    "Número Serie Objetivo""RatioImage""Alpha""Beta""CorrectionMethod""Ln0""Ln1""S2n"
-    "JPEG-HDRVersion""APP11:Alpha""APP11:Beta""APP11:CorrectionMethod""Correction Method"
-    "APP11:JPEG-HDRVersion""JPEG-HDR Version""APP11:Ln0""APP11:Ln1""APP11:RatioImage""Ratio Image"
-    "APP11:S2n""Aperture""ColorMode""ConTake""ExposureCompensation""FNumber""FirmwareVersion""Flash"
-    "FocusMode""FocusPos""ID""ImageSize""LightS""Macro""Protect""Quality""Resolution""SerialNumber"
-    "ExposureTime""StrobeTime""CameraType""Version""YTarget""Zoom""ZoomPos""YLevel""APP12:Aperture"
-    "APP12:CameraType""Camera Type""APP12:ColorMode""Color Mode""APP12:ConTake""Con Take"
-    "APP12:DateTimeOriginal""APP12:ExposureCompensation""Exposure Compensation""APP12:ExposureTime"
-    "Exposure Time""APP12:FNumber""F Number""APP12:FirmwareVersion""Firmware Version""APP12:Flash"
-    "APP12:Flash:0""Off""APP12:Flash:1""On""APP12:FocusMode""Focus Mode""APP12:FocusPos""Focus Pos"
-    "APP12:ID""APP12:ImageSize""Image Size""APP12:LightS""Light S""APP12:Macro""APP12:Macro:0"
-    "APP12:Macro:1""APP12:Protect""APP12:Quality""APP12:Resolution""APP12:SerialNumber"
-    "Serial Number""APP12:StrobeTime""Strobe Time""APP12:Version""APP12:YLevel""Y Level"
-    "APP12:YTarget""Y Target""APP12:Zoom""APP12:ZoomPos""Zoom Pos""光圈数""创意风格""曝光偏差""曝光时间""闪光""对焦模式"
-    "图像尺寸""图像质量""照相机标识""版本""Ouverture""Type d'appareil photo""Mode colorimétrique"
-    "Décalage d'exposition""Temps de pose""Diaphragme ƒ""Version du micrologiciel""Flash "
-    "Désactivé""Activé""Mode de mise au point""Taille de l'image""Désactivée""Activée""Protéger"
-    "Qualité""Résolution de l'image""Numéro de série""Blende""Kameratyp""Farbmodus"
-    "Belichtungskorrektur""Belichtungsdauer""F-Wert""Firmware-Version""Blitzmodus""Aus""Ein"
-    "Fokus-Modus""Fokus-Position""Bildgröße""Makro""Schutz""Qualität""Bildauflösung""Seriennummer"
-    "Zoom-Objektiv""Zoom Position""Diaframma""Tipo fotocamera""Modo colore"
-    "Compensazione esposizione""Tempo esposizione""Numero F""Versione firmware"
-    "Flash non emesso, modalità flash forzata""Flash emesso, modalità flash forzata"
-    "Modalità messa a fuoco""Posizione fuoco""Dimensioni immagini""Spento""Proteggi""Qualità"
-    "Risoluzione""Numero di serie""Numero versione immagine""Posizione zoom""絞り""カメラタイプ""カラーモード"
-    "露出補正値""露出時間""F値""ファームウェアバージョン""ストロボ""オフ""オン""フォーカスモード""イメージサイズ""マクロ""品質""シリアル番号""バージョン""ズーム"
-    "Apertura""Tipo Cámara""Modo de Color""Compensación Exposición""Tiempo de Exposición""Número F"
-    "Versión Firmware""Desactivado""Activado""Modo Enfoque""Tamaño de la Imagen""Apagado""Encendido"
-    "Protección""Calidad""Resolución""Número Serie""Versión PrintIM""Posición Zoom""AdobeCMType"
-    "APP13:AdobeCMType""Adobe CM Type""Tipo Adobe CM""Adobe""DCTEncodeVersion""APP14Flags0"
-    "APP14Flags1""ColorTransform""32768""APP14:APP14Flags0""APP14 Flags 0""APP14:APP14Flags0:0"
-    "(none)""APP14:APP14Flags0:32768""Encoded with Blend=1 downsampling""APP14:APP14Flags1"
-    "APP14 Flags 1""APP14:APP14Flags1:0""APP14:Adobe""APP14:ColorTransform""Color Transform"
-    "APP14:ColorTransform:0""Unknown (RGB or CMYK)""APP14:ColorTransform:1""YCbCr"
-    "APP14:ColorTransform:2""YCCK""APP14:DCTEncodeVersion""DCT Encode Version""Farbtransformation"
-    "Unbekannt (RGB oder CMYK)""APP15:Quality""IJPEGVersion""IJPEGOrgType""IJPEGDispType"
-    "IJPEGRotate""IJPEGMirrorFlip""ImageColorSwitchable""ThermalColorPalette""IRDataSize"
-    "IRDataFormat""IRImageWidth""IRImageHeight""IRImageBpp""TempDataSize""TempDataFormat"
-    "TempImageWidth""TempImageHeight""TempImageBpp""VisibleDataSize""VisibleDataFormat"
-    "VisibleImageWidth""VisibleImageHeight""VisibleImageBpp""APP2:IJPEGDispType""IJPEG Disp Type"
-    "APP2:IJPEGMirrorFlip""IJPEG Mirror Flip""APP2:IJPEGOrgType""IJPEG Org Type""APP2:IJPEGRotate"
-    "IJPEG Rotate""APP2:IJPEGVersion""IJPEG Version""APP2:IRDataFormat""IR Data Format"
-    "APP2:IRDataSize""IR Data Size""APP2:IRImageBpp""IR Image Bpp""APP2:IRImageHeight"
-    "IR Image Height""APP2:IRImageWidth""IR Image Width""APP2:ImageColorSwitchable"
-    "Image Color Switchable""APP2:TempDataFormat""Temp Data Format""APP2:TempDataSize"
-    "Temp Data Size""APP2:TempImageBpp""Temp Image Bpp""APP2:TempImageHeight""Temp Image Height"
-    "APP2:TempImageWidth""Temp Image Width""APP2:ThermalColorPalette""Thermal Color Palette"
-    "APP2:VisibleDataFormat""Visible Data Format""APP2:VisibleDataSize""Visible Data Size"
-    "APP2:VisibleImageBpp""Visible Image Bpp""APP2:VisibleImageHeight""Visible Image Height"
-    "APP2:VisibleImageWidth""Visible Image Width""HdrLength""JPSSeparation""JPSFlags""JPSLayout"
-    "JPSType""JPSComment""ThermalData""ImagingData""APP3:HdrLength""Hdr Length""APP3:ImagingData"
-    "Imaging Data""APP3:JPSComment""JPS Comment""APP3:JPSFlags""JPS Flags""APP3:JPSFlags:1"
-    "Half height""APP3:JPSFlags:2""Half width""APP3:JPSFlags:4""Left field first""APP3:JPSLayout"
-    "JPS Layout""APP3:JPSLayout:0""Both Eyes""APP3:JPSLayout:1""Interleaved |\302\240Left Eye"
-    "APP3:JPSLayout:2""Right Eye |\302\240Side By Side""APP3:JPSLayout:3""Over Under"
-    "APP3:JPSLayout:4""Anaglyph""APP3:JPSSeparation""JPS Separation""APP3:JPSType""JPS Type"
-    "APP3:JPSType:0""Mono""APP3:JPSType:1""Stereo""APP3:ThermalData""Thermal Data""K1""K2""K3""K4"
-    "KF""B1""B2""Reflection""AmbientTemperature""D2""KJ""DB""KK""ReflectedTemperature""IDString"
-    "IJPEGTempVersion""FactDefEmissivity""FactDefTau""FactDefTa""FactDefTu""FactDefDist""FactDefA0"
-    "FactDefB0""FactDefA1""FactDefB1""FactDefP0""FactDefP1""FactDefP2""FactRelSensorTemp"
-    "FactRelShutterTemp""FactRelLensTemp""FactStatusGain""FactStatusEnvOK""FactStatusDistOK"
-    "FactStatusTempMap""PreviewImageHeight""PreviewQuality""DataLength""PreviewImageWidth"
-    "APP4:AmbientTemperature""Ambient Temperature""APP4:B1""APP4:B2""APP4:D2""APP4:DB"
-    "APP4:DataLength""Data Length""APP4:Emissivity""APP4:FactDefA0""Fact Def A0""APP4:FactDefA1"
-    "Fact Def A1""APP4:FactDefB0""Fact Def B0""APP4:FactDefB1""Fact Def B1""APP4:FactDefDist"
-    "Fact Def Dist""APP4:FactDefEmissivity""Fact Def Emissivity""APP4:FactDefP0""Fact Def P0"
-    "APP4:FactDefP1""Fact Def P1""APP4:FactDefP2""Fact Def P2""APP4:FactDefTa""Fact Def Ta"
-    "APP4:FactDefTau""Fact Def Tau""APP4:FactDefTu""Fact Def Tu""APP4:FactRelLensTemp"
-    "Fact Rel Lens Temp""APP4:FactRelSensorTemp""Fact Rel Sensor Temp""APP4:FactRelShutterTemp"
-    "Fact Rel Shutter Temp""APP4:FactStatusDistOK""Fact Status Dist OK""APP4:FactStatusEnvOK"
-    "Fact Status Env OK""APP4:FactStatusGain""Fact Status Gain""APP4:FactStatusTempMap"
-    "Fact Status Temp Map""APP4:IDString""ID String""APP4:IJPEGTempVersion""IJPEG Temp Version"
-    "APP4:K1""APP4:K2""APP4:K3""APP4:K4""APP4:KF""APP4:KJ""APP4:KK""APP4:ObjectDistance"
-    "APP4:PreviewImageHeight""Preview Image Height""APP4:PreviewImageWidth""Preview Image Width"
-    "APP4:PreviewQuality""Preview Quality""APP4:ReflectedTemperature""Reflected Temperature"
-    "APP4:Reflection""APP4:RelativeHumidity""Température ambiante""Hauteur de l'aperçu""Datenlänge"
-    "Vorschaubild-Höhe""Vorschaubild-Breite""Vorschaubild-Qualität""Altezza immagine anteprima"
-    "Larghezza immagine anteprima""Qualtià anteprima""EnvironmentTemp""Distance""ReferenceTemp"
-    "TempUnit""ShowCenterTemp""ShowMaxTemp""ShowMinTemp""TempMeasureCount""ThermalCalibration"
-    "Azimuth""Condition""Lit""Location""SignType""SoundFile""Barcodes""10""12""14""15""16"
-    "APP5:Azimuth""APP5:Azimuth:1""APP5:Azimuth:10""SSW""APP5:Azimuth:11""SW""APP5:Azimuth:12""WSW"
-    "APP5:Azimuth:13""APP5:Azimuth:14""WNW""APP5:Azimuth:15""NW""APP5:Azimuth:16""NNW"
-    "APP5:Azimuth:2""NNE""APP5:Azimuth:3""NE""APP5:Azimuth:4""ENE""APP5:Azimuth:5""APP5:Azimuth:6"
-    "ESE""APP5:Azimuth:7""SE""APP5:Azimuth:8""SSE""APP5:Azimuth:9""APP5:Barcodes""APP5:Condition"
-    "APP5:Condition:1""Good""APP5:Condition:2""Fair""APP5:Condition:3""Poor""APP5:Condition:4"
-    "Damaged""APP5:Distance""APP5:Emissivity""APP5:EnvironmentTemp""Environment Temp""APP5:Humidity"
-    "APP5:Lit""APP5:Lit:1""APP5:Lit:2""APP5:Location""APP5:Location:1""Verge""APP5:Location:2"
-    "Gantry""APP5:Location:3""Central reservation""APP5:Location:4""Roundabout""APP5:ReferenceTemp"
-    "Reference Temp""APP5:ShowCenterTemp""Show Center Temp""APP5:ShowMaxTemp""Show Max Temp"
-    "APP5:ShowMinTemp""Show Min Temp""APP5:SignType""Sign Type""APP5:SignType:1""Directional"
-    "APP5:SignType:2""Warning""APP5:SignType:3""Information""APP5:SoundFile""Sound File"
-    "APP5:TempMeasureCount""Temp Measure Count""APP5:TempUnit""Temp Unit""APP5:ThermalCalibration"
-    "Thermal Calibration""Codes-barres""Oui""Non""Lieu""Ja""Nein""Aufnahmeort""NNO""Sì""Località"
-    "はい""いいえ""撮影場所""Si""Localización""MixMode""FusionIntensity""OffsetAdjustment""CorrectionAsix"
-    "PrintIM""DJI_DTAT""NITFVersion""ImageFormat""BlocksPerRow""BlocksPerColumn""ImageColor"
-    "BitDepth""ImageClass""JPEGProcess""StreamColor""StreamBitDepth""Flags""B""APP6:BitDepth"
-    "Bit Depth""APP6:BlocksPerColumn""Blocks Per Column""APP6:BlocksPerRow""Blocks Per Row"
-    "APP6:CorrectionAsix""Correction Asix""APP6:DJI_DTAT""DJI DTAT""APP6:Flags"
-    "APP6:FusionIntensity""Fusion Intensity""APP6:ImageClass""Image Class""APP6:ImageClass:0"
-    "General Purpose""APP6:ImageClass:4""Tactical Imagery""APP6:ImageColor""Image Color"
-    "APP6:ImageColor:0""Monochrome""APP6:ImageFormat""Image Format""APP6:ImageFormat:B""IMode B"
-    "APP6:JPEGProcess""JPEG Process""APP6:JPEGProcess:1"
-    "Baseline sequential DCT, Huffman coding, 8-bit samples""APP6:JPEGProcess:4"
-    "Extended sequential DCT, Huffman coding, 12-bit samples""APP6:MixMode""Mix Mode"
-    "APP6:NITFVersion""NITF Version""APP6:OffsetAdjustment""Offset Adjustment""APP6:PrintIM"
-    "Print Image Matching""APP6:Quality""APP6:StreamBitDepth""Stream Bit Depth""APP6:StreamColor"
-    "Stream Color""APP6:StreamColor:0""Couleur de l'image""Print IM""Bit-Tiefe"
-    "Stampa Image Matching""ビット深度""プリントイメージマッチング""Monocromo""WorkingMode""IntegralTime"
-    "IntegratTimeHdr""GainStable""TempControlEnable""DeviceTemp""APP7:DeviceTemp""Device Temp"
-    "APP7:GainStable""Gain Stable""APP7:IntegralTime""Integral Time""APP7:IntegratTimeHdr"
-    "Integrat Time Hdr""APP7:TempControlEnable""Temp Control Enable""APP7:WorkingMode""Working Mode"
-    "IsothermalMax""IsothermalMin""ChromaBarMax""ChromaBarMin""SPIFFVersion""ProfileID"
-    "ColorComponents""ImageHeight""ImageWidth""ColorSpace""Compression""ResolutionUnit""YResolution"
-    "XResolution""APP8:BitsPerSample""APP8:ChromaBarMax""Chroma Bar Max""APP8:ChromaBarMin"
-    "Chroma Bar Min""APP8:ColorComponents""Color Components""APP8:ColorSpace""Color Space"
-    "APP8:ColorSpace:0""Bi-level""APP8:ColorSpace:1""YCbCr, ITU-R BT 709, video""APP8:ColorSpace:10"
-    "RGB""APP8:ColorSpace:11""CMY""APP8:ColorSpace:12""CMYK""APP8:ColorSpace:13""APP8:ColorSpace:14"
-    "CIELab""APP8:ColorSpace:2""No color space specified""APP8:ColorSpace:3"
-    "YCbCr, ITU-R BT 601-1, RGB""APP8:ColorSpace:4""YCbCr, ITU-R BT 601-1, video""APP8:ColorSpace:8"
-    "Gray-scale""APP8:ColorSpace:9""PhotoYCC""APP8:Compression""APP8:Compression:0"
-    "Uncompressed, interleaved, 8 bits per sample""APP8:Compression:1""Modified Huffman"
-    "APP8:Compression:2""Modified READ""APP8:Compression:3""Modified Modified READ"
-    "APP8:Compression:4""JBIG""APP8:Compression:5""JPEG""APP8:ImageHeight""Image Height"
-    "APP8:ImageWidth""Image Width""APP8:IsothermalMax""Isothermal Max""APP8:IsothermalMin"
-    "Isothermal Min""APP8:ProfileID""Profile ID""APP8:ProfileID:0""Not Specified""APP8:ProfileID:1"
-    "Continuous-tone Base""APP8:ProfileID:2""Continuous-tone Progressive""APP8:ProfileID:3"
-    "Bi-level Facsimile""APP8:ProfileID:4""Continuous-tone Facsimile""APP8:ResolutionUnit"
-    "Resolution Unit""APP8:ResolutionUnit:0""APP8:ResolutionUnit:1""inches""APP8:ResolutionUnit:2"
-    "cm""APP8:SPIFFVersion""SPIFF Version""APP8:XResolution""X Resolution""APP8:YResolution"
-    "Y Resolution""色彩空间信息""压缩方案""JEPG压缩率""像高""像宽""图像高宽分辨率单位""英寸""像素/厘米""SPIFF 版本"
-    "Composants colorimétriques""Espace colorimétrique""RVB""Schéma de compression"
-    "Non compressé, entrelacé, 8 bits par échantillon""Huffman modifié""LECTURE Modifiée"
-    "LECTURE Modifiée Modifiée""Compression JPEG""Hauteur de l'image""Largeur de l'image"
-    "ID du profil""Unité de résolutions""pouce""Pixels/cm""Version SPIFF"
-    "Résolution horizontale de l'image""Résolution verticale de l'image""Anzahl der Bildkomponenten"
-    "Farbraum""JPEG-Komprimierung""Bildhöhe""Bildbreite""Profile-ID""Einheit der X- und Y-Auflösung"
-    "Keine""Zoll""SPIFF-Version""Horizontale Bildauflösung""Vertikale Bildauflösung""Spazio colore"
-    "Scala di grigi""Compressione""Compressione JPEG""Altezza immagine""Larghezza immagine"
-    "ID profilo""Non specificato""Unità risoluzione""Pollici""Versione SPIFF"
-    "Risoluzione orizzontale immagine""Risoluzione verticale immagine""色空間""圧縮計画""JPEG圧縮率""画像高さ"
-    "画像幅""プロフィールID""XとY解像度単位""インチ""ピクセル/cm""SPIFFバージョン""画像幅の解像度""画像高さの解像度""Componentes de Color"
-    "Espacio Color""Compresión""Compresión JPEG""Alto Imagen""Ancho Imagen""ID Perfil"
-    "Unidad de Resolución de X e Y""Pulgada""Píxeles/cm""Resolución Imagen Horizontal"
-    "Resolución Imagen Vertical""IRSensorManufacturer""IRSensorName""IRSensorPartNumber"
-    "IRSensorSerialNumber""IRSensorFirmware""IRSensorAperture""IRFocalLength"
-    "VisibleSensorManufacturer""VisibleSensorName""VisibleSensorPartNumber"
-    "VisibleSensorSerialNumber""VisibleSensorFirmware""VisibleSensorAperture""VisibleFocalLength"
-    "APP9:IRFocalLength""IR Focal Length""APP9:IRSensorAperture""IR Sensor Aperture"
-    "APP9:IRSensorFirmware""IR Sensor Firmware""APP9:IRSensorManufacturer""IR Sensor Manufacturer"
-    "APP9:IRSensorName""IR Sensor Name""APP9:IRSensorPartNumber""IR Sensor Part Number"
-    "APP9:IRSensorSerialNumber""IR Sensor Serial Number""APP9:VisibleFocalLength"
-    "Visible Focal Length""APP9:VisibleSensorAperture""Visible Sensor Aperture"
-    "APP9:VisibleSensorFirmware""Visible Sensor Firmware""APP9:VisibleSensorManufacturer"
-    "Visible Sensor Manufacturer""APP9:VisibleSensorName""Visible Sensor Name"
-    "APP9:VisibleSensorPartNumber""Visible Sensor Part Number""APP9:VisibleSensorSerialNumber"
-    "Visible Sensor Serial Number""AudioCodecDescription""AudioCodecName""OtherCodecDescription"
-    "OtherCodecName""VideoCodecDescription""VideoCodecName""BannerImageType""BannerImage"
-    "BannerImageURL""CopyrightURL""Description""Rating""ASFLeakyBucketPairs""ASFPacketCount"
-    "ASFSecurityObjectsSize""AlbumArtist""AlbumCoverURL""AlbumTitle""AspectRatioX""AspectRatioY"
-    "AudioFileURL""AudioSourceURL""AuthorURL""AverageLevel""BannerImageData""BeatsPerMinute"
-    "Bitrate""Broadcast""BufferAverage""Can_Skip_Backward""Can_Skip_Forward""Category""Codec"
-    "Composer""Conductor""ContainerFormat""ContentDistributor""ContentGroupDescription"
-    "CurrentBitrate""DRM""DRM_ContentID""DRM_DRMHeader""DRM_DRMHeader_ContentDistributor"
-    "DRM_DRMHeader_ContentID""DRM_DRMHeader_IndividualizedVersion""DRM_DRMHeader_KeyID"
-    "DRM_DRMHeader_LicenseAcqURL""DRM_DRMHeader_SubscriptionContentID""DRM_IndividualizedVersion"
-    "DRM_KeyID""DRM_LASignatureCert""DRM_LASignatureLicSrvCert""DRM_LASignaturePrivKey"
-    "DRM_LASignatureRootCert""DRM_LicenseAcqURL""DRM_V1LicenseAcqURL""DVDID""Director""EncodedBy"
-    "EncodingSettings""EncodingTime""FileSize""GenreID""HasArbitraryDataStream""HasAttachedImages"
-    "HasAudio""HasFileTransferStream""HasImage""HasScript""HasVideo""ISRC""InitialKey""IsVBR"
-    "Is_Protected""Is_Trusted""Language""Lyrics""Lyrics_Synchronised""MCDI""MediaClassPrimaryID"
-    "MediaClassSecondaryID""MediaCredits""MediaIsDelay""MediaIsFinale""MediaIsLive""MediaIsPremiere"
-    "MediaIsRepeat""MediaIsSAP""MediaIsStereo""MediaIsSubtitled""MediaIsTape"
-    "MediaNetworkAffiliation""MediaOriginalBroadcastDateTime""MediaOriginalChannel"
-    "MediaStationCallSign""MediaStationName""ModifiedBy""Mood""NSC_Address""NSC_Description"
-    "NSC_Email""NSC_Name""NSC_Phone""NumberOfFrames""OptimalBitrate""OriginalAlbumTitle"
-    "OriginalArtist""OriginalFileName""OriginalLyricist""OriginalReleaseTime""OriginalReleaseYear"
-    "ParentalRating""ParentalRatingReason""PartOfSet""PeakBitrate""PeakValue""Period""PlaylistDelay"
-    "Producer""PromotionURL""ProtectionType""Provider""ProviderCopyright""ProviderRating"
-    "ProviderStyle""Publisher""RadioStationName""RadioStationOwner""Seekable""SharedUserRating"
-    "Signature_Name""StreamTypeInfo""Stridable""Subtitle""SubtitleDescription"
-    "SubscriptionContentID""TrackNumber""UniqueFileIdentifier""UserWebURL""VBRPeak"
-    "VideoClosedCaptioning""VideoFrameRate""VideoHeight""VideoWidth""WMADRCAverageReference"
-    "WMADRCAverageTarget""WMADRCPeakReference""WMADRCPeakTarget""WMCollectionGroupID"
-    "WMCollectionID""WMContentID""Writer""FileID""FileLength""CreationDate""DataPackets"
-    "SendDuration""Preroll""MinPacketSize""MaxPacketSize""MaxBitrate""Padding""ScriptCommand"
-    "ContentEncryption""DigitalSignature""ExtendedContentEncryption""ErrorCorrection"
-    "StreamBitrateProps""BitrateMutualExclusion""Marker""ExtendedStreamProps"
-    "AdvancedContentEncryption""TimecodeIndexParms""Compatibility""LanguageList""AdvancedMutualExcl"
-    "BandwidthSharing""Reserved1""GroupMutualExclusion""StreamPrioritization""IndexParameters"
-    "SimpleIndex""TimecodeIndex""Data""Index""MediaIndex""PictureType""PictureMIMEType"
-    "PictureDescription""Picture""StreamType""ErrorCorrectionType""TimeOffset""StreamNumber"
-    "AudioCodecID""AudioChannels""AudioSampleRate""17""18""19""20"
-    "35907DE0-E415-11CF-A917-00805F5C442B""3AFB65E2-47EF-40F2-AC2C-70A90D71D343"
-    "59DACFC0-59E6-11D0-A3AC-00A0C90348F6""91BD222C-F21C-497A-8B6D-5AA86BFC0185"
-    "B61BE100-5B4E-11CF-A8FD-00805F5C442B""BC19EFC0-5B4D-11CF-A8FD-00805F5C442B"
-    "F8699E40-5B4D-11CF-A8FD-00805F5C442B""20FB5700-5B55-11CF-A8FD-00805F5C442B"
-    "BFC3CD50-618F-11CF-8BB2-00AA00B4E220""21""22""23""24""25""26""32""33""34""35""37""38""39""40"
-    "48""49""50""51""52""53""54""55""56""57""58""59""60""61""64""65""66""67""69""80""81""82""83""85"
-    "89""96""97""98""99""100""101""102""103""105""112""113""114""115""116""117""118""119""120""121"
-    "122""123""128""129""130""131""132""133""134""136""137""138""139""140""141""145""146""147""148"
-    "151""152""153""160""161""162""163""164""176""255""256""257""258""259""273""274""288""289""291"
-    "293""304""305""306""307""308""309""310""320""336""337""341""352""353""354""355""356""368""369"
-    "370""371""372""373""374""375""376""384""400""512""514""515""528""533""534""544""560""576""577"
-    "592""593""608""624""625""626""627""640""641""645""768""769""770""771""772""773""774""775""776"
-    "848""849""1024""1025""1026""1104""1280""1281""1664""1665""1792""2222""4096""4097""4098""4099"
-    "4100""4352""4353""4354""4355""4356""5120""5121""5376""6172""6174""6513""6521""7175""7180""7939"
-    "8132""8192""8193""8194""8195""8196""8197""8198""8199""9472""13075""16707""16897""16963""17228"
-    "22092""22358""26447""26448""26449""26479""26480""26481""28672""28781""31265""31266""41216"
-    "41217""41218""41219""41220""41221""41222""41223""41225""57260""59144""61868""65534""65535"
-    "ASF:ASFLeakyBucketPairs""ASF Leaky Bucket Pairs""ASF:ASFPacketCount""ASF Packet Count"
-    "ASF:ASFSecurityObjectsSize""ASF Security Objects Size""ASF:AdvancedContentEncryption"
-    "Advanced Content Encryption""ASF:AdvancedMutualExcl""Advanced Mutual Excl""ASF:AlbumArtist"
-    "Album Artist""ASF:AlbumCoverURL""Album Cover URL""ASF:AlbumTitle""Album Title"
-    "ASF:AspectRatioX""Aspect Ratio X""ASF:AspectRatioY""Aspect Ratio Y""ASF:AudioChannels"
-    "Audio Channels""ASF:AudioCodecDescription""Audio Codec Description""ASF:AudioCodecID"
-    "Audio Codec ID""ASF:AudioCodecID:1""Microsoft PCM""ASF:AudioCodecID:10""WMA 9 Speech"
-    "ASF:AudioCodecID:100""APICOM G.726 ADPCM""ASF:AudioCodecID:101""APICOM G.722 ADPCM"
-    "ASF:AudioCodecID:102""Microsoft DSAT""ASF:AudioCodecID:1024""Brooktree Digital"
-    "ASF:AudioCodecID:1025""Intel Music Coder (IMC)""ASF:AudioCodecID:1026""Ligos Indeo Audio"
-    "ASF:AudioCodecID:103""Microsoft DSAT DISPLAY""ASF:AudioCodecID:105""Voxware Byte Aligned"
-    "ASF:AudioCodecID:11""Microsoft Windows Media RT Voice""ASF:AudioCodecID:1104""QDesign Music"
-    "ASF:AudioCodecID:112""Voxware AC8""ASF:AudioCodecID:113""Voxware AC10""ASF:AudioCodecID:114"
-    "Voxware AC16""ASF:AudioCodecID:115""Voxware AC20""ASF:AudioCodecID:116""Voxware MetaVoice"
-    "ASF:AudioCodecID:117""Voxware MetaSound""ASF:AudioCodecID:118""Voxware RT29HW"
-    "ASF:AudioCodecID:119""Voxware VR12""ASF:AudioCodecID:120""Voxware VR18""ASF:AudioCodecID:121"
-    "Voxware TQ40""ASF:AudioCodecID:122""Voxware SC3""ASF:AudioCodecID:123""ASF:AudioCodecID:128"
-    "Soundsoft""ASF:AudioCodecID:1280""On2 VP7 On2 Technologies""ASF:AudioCodecID:1281"
-    "On2 VP6 On2 Technologies""ASF:AudioCodecID:129""Voxware TQ60""ASF:AudioCodecID:130"
-    "Microsoft MSRT24""ASF:AudioCodecID:13075"
-    "makeAVIS (ffvfw fake AVI sound from AviSynth scripts)""ASF:AudioCodecID:131""AT&T G.729A"
-    "ASF:AudioCodecID:132""Motion Pixels MVI MV12""ASF:AudioCodecID:133""DataFusion G.726"
-    "ASF:AudioCodecID:134""DataFusion GSM610""ASF:AudioCodecID:136""Iterated Systems Audio"
-    "ASF:AudioCodecID:137""Onlive""ASF:AudioCodecID:138""Multitude, Inc. FT SX20"
-    "ASF:AudioCodecID:139""Infocom ITS A/S G.721 ADPCM""ASF:AudioCodecID:140""Convedia G729"
-    "ASF:AudioCodecID:141""Not specified congruency, Inc.""ASF:AudioCodecID:145""Siemens SBC24"
-    "ASF:AudioCodecID:146""Sonic Foundry Dolby AC3 APDIF""ASF:AudioCodecID:147""MediaSonic G.723"
-    "ASF:AudioCodecID:148""Aculab Prosody 8kbps""ASF:AudioCodecID:151""ZyXEL ADPCM"
-    "ASF:AudioCodecID:152""Philips LPCBB""ASF:AudioCodecID:153""Studer Professional Audio Packed"
-    "ASF:AudioCodecID:16""OKI-ADPCM""ASF:AudioCodecID:160""Malden PhonyTalk""ASF:AudioCodecID:161"
-    "Racal Recorder GSM""ASF:AudioCodecID:162""Racal Recorder G720.a""ASF:AudioCodecID:163"
-    "Racal G723.1""ASF:AudioCodecID:164""Racal Tetra ACELP""ASF:AudioCodecID:1664""AT&T VME VMPCM"
-    "ASF:AudioCodecID:1665""AT&T TCP""ASF:AudioCodecID:16707""Divio MPEG-4 AAC audio"
-    "ASF:AudioCodecID:16897""Nokia adaptive multirate""ASF:AudioCodecID:16963"
-    "Divio G726 Divio, Inc.""ASF:AudioCodecID:17""Intel IMA/DVI-ADPCM""ASF:AudioCodecID:17228"
-    "LEAD Speech""ASF:AudioCodecID:176""NEC AAC NEC Corporation""ASF:AudioCodecID:1792"
-    "YMPEG Alpha (dummy for MPEG-2 compressor)""ASF:AudioCodecID:18""Videologic Mediaspace ADPCM"
-    "ASF:AudioCodecID:19""Sierra ADPCM""ASF:AudioCodecID:2""Microsoft ADPCM""ASF:AudioCodecID:20"
-    "Antex G.723 ADPCM""ASF:AudioCodecID:21""DSP Solutions DIGISTD""ASF:AudioCodecID:22"
-    "DSP Solutions DIGIFIX""ASF:AudioCodecID:22092""LEAD Vorbis""ASF:AudioCodecID:2222"
-    "ClearJump LiteWave (lossless)""ASF:AudioCodecID:22358""WavPack Audio""ASF:AudioCodecID:23"
-    "Dialoic OKI ADPCM""ASF:AudioCodecID:24""Media Vision ADPCM""ASF:AudioCodecID:25""HP CU"
-    "ASF:AudioCodecID:255""AAC""ASF:AudioCodecID:256""Rhetorex ADPCM""ASF:AudioCodecID:257"
-    "IBM u-Law""ASF:AudioCodecID:258""IBM a-Law""ASF:AudioCodecID:259""IBM ADPCM"
-    "ASF:AudioCodecID:26""HP Dynamic Voice""ASF:AudioCodecID:26447""Ogg Vorbis (mode 1)"
-    "ASF:AudioCodecID:26448""Ogg Vorbis (mode 2)""ASF:AudioCodecID:26449""Ogg Vorbis (mode 3)"
-    "ASF:AudioCodecID:26479""Ogg Vorbis (mode 1+)""ASF:AudioCodecID:26480""Ogg Vorbis (mode 2+)"
-    "ASF:AudioCodecID:26481""Ogg Vorbis (mode 3+)""ASF:AudioCodecID:273""Vivo G.723"
-    "ASF:AudioCodecID:274""Vivo Siren""ASF:AudioCodecID:28672""3COM NBX 3Com Corporation"
-    "ASF:AudioCodecID:28781""FAAD AAC""ASF:AudioCodecID:288""Philips Speech Processing CELP"
-    "ASF:AudioCodecID:289""Philips Speech Processing GRUNDIG""ASF:AudioCodecID:291""Digital G.723"
-    "ASF:AudioCodecID:293""Sanyo LD ADPCM""ASF:AudioCodecID:3""Microsoft IEEE float"
-    "ASF:AudioCodecID:304""Sipro Lab ACEPLNET""ASF:AudioCodecID:305""Sipro Lab ACELP4800"
-    "ASF:AudioCodecID:306""Sipro Lab ACELP8V3""ASF:AudioCodecID:307""Sipro Lab G.729"
-    "ASF:AudioCodecID:308""Sipro Lab G.729A""ASF:AudioCodecID:309""Sipro Lab Kelvin"
-    "ASF:AudioCodecID:310""VoiceAge AMR""ASF:AudioCodecID:31265""GSM-AMR (CBR, no SID)"
-    "ASF:AudioCodecID:31266""GSM-AMR (VBR, including SID)""ASF:AudioCodecID:32""Yamaha ADPCM"
-    "ASF:AudioCodecID:320""Dictaphone G.726 ADPCM""ASF:AudioCodecID:33""SONARC Speech Compression"
-    "ASF:AudioCodecID:336""Qualcomm PureVoice""ASF:AudioCodecID:337""Qualcomm HalfRate"
-    "ASF:AudioCodecID:34""DSP Group True Speech""ASF:AudioCodecID:341""Ring Zero Systems TUBGSM"
-    "ASF:AudioCodecID:35""Echo Speech Corp.""ASF:AudioCodecID:352""Microsoft Audio1"
-    "ASF:AudioCodecID:353""Windows Media Audio V2 V7 V8 V9 / DivX audio (WMA) / Alex AC3 Audio"
-    "ASF:AudioCodecID:354""Windows Media Audio Professional V9""ASF:AudioCodecID:355"
-    "Windows Media Audio Lossless V9""ASF:AudioCodecID:356""WMA Pro over S/PDIF"
-    "ASF:AudioCodecID:36""Virtual Music Audiofile AF36""ASF:AudioCodecID:368""UNISYS NAP ADPCM"
-    "ASF:AudioCodecID:369""UNISYS NAP ULAW""ASF:AudioCodecID:37""Audio Processing Tech."
-    "ASF:AudioCodecID:370""UNISYS NAP ALAW""ASF:AudioCodecID:371""UNISYS NAP 16K"
-    "ASF:AudioCodecID:372""MM SYCOM ACM SYC008 SyCom Technologies""ASF:AudioCodecID:373"
-    "MM SYCOM ACM SYC701 G726L SyCom Technologies""ASF:AudioCodecID:374"
-    "MM SYCOM ACM SYC701 CELP54 SyCom Technologies""ASF:AudioCodecID:375"
-    "MM SYCOM ACM SYC701 CELP68 SyCom Technologies""ASF:AudioCodecID:376""Knowledge Adventure ADPCM"
-    "ASF:AudioCodecID:38""Virtual Music Audiofile AF10""ASF:AudioCodecID:384"
-    "Fraunhofer IIS MPEG2AAC""ASF:AudioCodecID:39""Aculab Prosody 1612""ASF:AudioCodecID:4"
-    "Compaq VSELP""ASF:AudioCodecID:40""Merging Tech. LRC""ASF:AudioCodecID:400"
-    "Digital Theater Systems DTS DS""ASF:AudioCodecID:4096""Olivetti GSM""ASF:AudioCodecID:4097"
-    "Olivetti ADPCM""ASF:AudioCodecID:4098""Olivetti CELP""ASF:AudioCodecID:4099""Olivetti SBC"
-    "ASF:AudioCodecID:4100""Olivetti OPR""ASF:AudioCodecID:41216""Comverse Infosys Ltd. G723 1"
-    "ASF:AudioCodecID:41217""Comverse Infosys Ltd. AVQSBC""ASF:AudioCodecID:41218"
-    "Comverse Infosys Ltd. OLDSBC""ASF:AudioCodecID:41219""Symbol Technologies G729A"
-    "ASF:AudioCodecID:41220""VoiceAge AMR WB VoiceAge Corporation""ASF:AudioCodecID:41221"
-    "Ingenient Technologies Inc. G726""ASF:AudioCodecID:41222""ISO/MPEG-4 advanced audio Coding"
-    "ASF:AudioCodecID:41223""Encore Software Ltd G726""ASF:AudioCodecID:41225"
-    "Speex ACM Codec xiph.org""ASF:AudioCodecID:4352""Lernout & Hauspie""ASF:AudioCodecID:4353"
-    "Lernout & Hauspie CELP codec""ASF:AudioCodecID:4354""Lernout & Hauspie SBC codec"
-    "ASF:AudioCodecID:4355""ASF:AudioCodecID:4356""ASF:AudioCodecID:48""Dolby AC2"
-    "ASF:AudioCodecID:49""Microsoft GSM610""ASF:AudioCodecID:5""IBM CVSD""ASF:AudioCodecID:50"
-    "MSN Audio""ASF:AudioCodecID:51""Antex ADPCME""ASF:AudioCodecID:512""Creative Labs ADPCM"
-    "ASF:AudioCodecID:5120""Norris Comm. Inc.""ASF:AudioCodecID:5121""ISIAudio"
-    "ASF:AudioCodecID:514""Creative Labs FASTSPEECH8""ASF:AudioCodecID:515"
-    "Creative Labs FASTSPEECH10""ASF:AudioCodecID:52""Control Resources VQLPC""ASF:AudioCodecID:528"
-    "UHER ADPCM""ASF:AudioCodecID:53""DSP Solutions DIGIREAL""ASF:AudioCodecID:533""Ulead DV ACM"
-    "ASF:AudioCodecID:534""ASF:AudioCodecID:5376""AT&T Soundspace Music Compression"
-    "ASF:AudioCodecID:54""DSP Solutions DIGIADPCM""ASF:AudioCodecID:544""Quarterdeck Corp."
-    "ASF:AudioCodecID:55""Control Resources CR10""ASF:AudioCodecID:56"
-    "Natural MicroSystems VBX ADPCM""ASF:AudioCodecID:560""I-Link VC""ASF:AudioCodecID:57"
-    "Crystal Semiconductor IMA ADPCM""ASF:AudioCodecID:57260"
-    "DebugMode SonicFoundry Vegas FrameServer ACM Codec""ASF:AudioCodecID:576"
-    "Aureal Semiconductor Raw Sport""ASF:AudioCodecID:577""ESST AC3""ASF:AudioCodecID:58"
-    "Echo Speech ECHOSC3""ASF:AudioCodecID:59""Rockwell ADPCM""ASF:AudioCodecID:59144""Unknown -"
-    "ASF:AudioCodecID:592""Interactive Products HSX""ASF:AudioCodecID:593"
-    "Interactive Products RPELP""ASF:AudioCodecID:6""Microsoft a-Law""ASF:AudioCodecID:60"
-    "Rockwell DIGITALK""ASF:AudioCodecID:608""Consistent CS2""ASF:AudioCodecID:61""Xebec Multimedia"
-    "ASF:AudioCodecID:6172""VoxWare RT24 speech codec""ASF:AudioCodecID:6174"
-    "Lucent elemedia AX24000P Music codec""ASF:AudioCodecID:61868""Free Lossless Audio Codec FLAC"
-    "ASF:AudioCodecID:624""Sony SCX""ASF:AudioCodecID:625""Sony SCY""ASF:AudioCodecID:626"
-    "Sony ATRAC3""ASF:AudioCodecID:627""Sony SPC""ASF:AudioCodecID:64""Antex G.721 ADPCM"
-    "ASF:AudioCodecID:640""TELUM Telum Inc.""ASF:AudioCodecID:641""TELUMIA Telum Inc."
-    "ASF:AudioCodecID:645""Norcom Voice Systems ADPCM""ASF:AudioCodecID:65""Antex G.728 CELP"
-    "ASF:AudioCodecID:6513""Sonic Foundry LOSSLESS""ASF:AudioCodecID:6521"
-    "Innings Telecom Inc. ADPCM""ASF:AudioCodecID:65534""Extensible""ASF:AudioCodecID:65535"
-    "Development""ASF:AudioCodecID:66""Microsoft MSG723""ASF:AudioCodecID:67""IBM AVC ADPCM"
-    "ASF:AudioCodecID:69""ITU-T G.726""ASF:AudioCodecID:7""Microsoft u-Law""ASF:AudioCodecID:7175"
-    "Lucent SX8300P speech codec""ASF:AudioCodecID:7180""Lucent SX5363S G.723 compliant codec"
-    "ASF:AudioCodecID:768""Fujitsu FM TOWNS SND""ASF:AudioCodecID:769""Fujitsu (not specified)"
-    "ASF:AudioCodecID:770""ASF:AudioCodecID:771""ASF:AudioCodecID:772""ASF:AudioCodecID:773"
-    "ASF:AudioCodecID:774""ASF:AudioCodecID:775""ASF:AudioCodecID:776""ASF:AudioCodecID:7939"
-    "CUseeMe DigiTalk (ex-Rocwell)""ASF:AudioCodecID:8""Microsoft DTS""ASF:AudioCodecID:80"
-    "Microsoft MPEG""ASF:AudioCodecID:81""RT23 or PAC""ASF:AudioCodecID:8132""NCT Soft ALF2CD ACM"
-    "ASF:AudioCodecID:8192""FAST Multimedia DVM""ASF:AudioCodecID:8193"
-    "Dolby DTS (Digital Theater System)""ASF:AudioCodecID:8194""RealAudio 1 / 2 14.4"
-    "ASF:AudioCodecID:8195""RealAudio 1 / 2 28.8""ASF:AudioCodecID:8196"
-    "RealAudio G2 / 8 Cook (low bitrate)""ASF:AudioCodecID:8197""RealAudio 3 / 4 / 5 Music (DNET)"
-    "ASF:AudioCodecID:8198""RealAudio 10 AAC (RAAC)""ASF:AudioCodecID:8199"
-    "RealAudio 10 AAC+ (RACP)""ASF:AudioCodecID:82""InSoft RT24""ASF:AudioCodecID:83""InSoft PAC"
-    "ASF:AudioCodecID:848""Micronas Semiconductors, Inc. Development""ASF:AudioCodecID:849"
-    "Micronas Semiconductors, Inc. CELP833""ASF:AudioCodecID:85""MP3""ASF:AudioCodecID:89""Cirrus"
-    "ASF:AudioCodecID:9""ASF:AudioCodecID:9472""Reserved range to 0x2600 Microsoft"
-    "ASF:AudioCodecID:96""Cirrus Logic""ASF:AudioCodecID:97""ESS Tech. PCM""ASF:AudioCodecID:98"
-    "Voxware Inc.""ASF:AudioCodecID:99""Canopus ATRAC""ASF:AudioCodecName""Audio Codec Name"
-    "ASF:AudioFileURL""Audio File URL""ASF:AudioSampleRate""Audio Sample Rate""ASF:AudioSourceURL"
-    "Audio Source URL""ASF:Author""ASF:AuthorURL""Author URL""ASF:AverageLevel""Average Level"
-    "ASF:BandwidthSharing""Bandwidth Sharing""ASF:BannerImage""Banner Image""ASF:BannerImageData"
-    "Banner Image Data""ASF:BannerImageType""Banner Image Type""ASF:BannerImageType:0"
-    "ASF:BannerImageType:1""Bitmap""ASF:BannerImageType:2""ASF:BannerImageType:3""GIF"
-    "ASF:BannerImageURL""Banner Image URL""ASF:BeatsPerMinute""Beats Per Minute""ASF:Bitrate"
-    "ASF:BitrateMutualExclusion""Bitrate Mutual Exclusion""ASF:Broadcast""ASF:BufferAverage"
-    "Buffer Average""ASF:Can_Skip_Backward""Can Skip Backward""ASF:Can_Skip_Forward"
-    "Can Skip Forward""ASF:Category""ASF:Codec""ASF:Compatibility""ASF:Composer""ASF:Conductor"
-    "ASF:ContainerFormat""Container Format""ASF:ContentDistributor""Content Distributor"
-    "ASF:ContentEncryption""Content Encryption""ASF:ContentGroupDescription"
-    "Content Group Description""ASF:Copyright""ASF:CopyrightURL""Copyright URL""ASF:CreationDate"
-    "Creation Date""ASF:CurrentBitrate""Current Bitrate""ASF:DRM""ASF:DRM_ContentID""DRM Content ID"
-    "ASF:DRM_DRMHeader""DRM DRM Header""ASF:DRM_DRMHeader_ContentDistributor"
-    "DRM DRM Header Content Distributor""ASF:DRM_DRMHeader_ContentID""DRM DRM Header Content ID"
-    "ASF:DRM_DRMHeader_IndividualizedVersion""DRM DRM Header Individualized Version"
-    "ASF:DRM_DRMHeader_KeyID""DRM DRM Header Key ID""ASF:DRM_DRMHeader_LicenseAcqURL"
-    "DRM DRM Header License Acq URL""ASF:DRM_DRMHeader_SubscriptionContentID"
-    "DRM DRM Header Subscription Content ID""ASF:DRM_IndividualizedVersion"
-    "DRM Individualized Version""ASF:DRM_KeyID""DRM Key ID""ASF:DRM_LASignatureCert"
-    "DRM LA Signature Cert""ASF:DRM_LASignatureLicSrvCert""DRM LA Signature Lic Srv Cert"
-    "ASF:DRM_LASignaturePrivKey""DRM LA Signature Priv Key""ASF:DRM_LASignatureRootCert"
-    "DRM LA Signature Root Cert""ASF:DRM_LicenseAcqURL""DRM License Acq URL"
-    "ASF:DRM_V1LicenseAcqURL""DRM V1 License Acq URL""ASF:DVDID""ASF:Data""ASF:DataPackets"
-    "Data Packets""ASF:Description""ASF:DigitalSignature""Digital Signature""ASF:Director"
-    "ASF:Duration""ASF:EncodedBy""Encoded By""ASF:EncodingSettings""Encoding Settings"
-    "ASF:EncodingTime""Encoding Time""ASF:ErrorCorrection""Error Correction"
-    "ASF:ErrorCorrectionType""Error Correction Type"
-    "ASF:ErrorCorrectionType:20FB5700-5B55-11CF-A8FD-00805F5C442B""No Error Correction"
-    "ASF:ErrorCorrectionType:BFC3CD50-618F-11CF-8BB2-00AA00B4E220""Audio Spread"
-    "ASF:ExtendedContentEncryption""Extended Content Encryption""ASF:ExtendedStreamProps"
-    "Extended Stream Props""ASF:FileID""File ID""ASF:FileLength""File Length""ASF:FileSize"
-    "File Size""ASF:Flags""ASF:Genre""ASF:GenreID""Genre ID""ASF:GroupMutualExclusion"
-    "Group Mutual Exclusion""ASF:HasArbitraryDataStream""Has Arbitrary Data Stream"
-    "ASF:HasAttachedImages""Has Attached Images""ASF:HasAudio""Has Audio""ASF:HasFileTransferStream"
-    "Has File Transfer Stream""ASF:HasImage""Has Image""ASF:HasScript""Has Script""ASF:HasVideo"
-    "Has Video""ASF:ISRC""ASF:ImageHeight""ASF:ImageWidth""ASF:Index""ASF:IndexParameters"
-    "Index Parameters""ASF:InitialKey""Initial Key""ASF:IsVBR""Is VBR""ASF:Is_Protected"
-    "Is Protected""ASF:Is_Trusted""Is Trusted""ASF:Language""ASF:LanguageList""Language List"
-    "ASF:Lyrics""ASF:Lyrics_Synchronised""Lyrics Synchronised""ASF:MCDI""ASF:Marker""ASF:MaxBitrate"
-    "Max Bitrate""ASF:MaxPacketSize""Max Packet Size""ASF:MediaClassPrimaryID"
-    "Media Class Primary ID""ASF:MediaClassSecondaryID""Media Class Secondary ID""ASF:MediaCredits"
-    "Media Credits""ASF:MediaIndex""Media Index""ASF:MediaIsDelay""Media Is Delay"
-    "ASF:MediaIsFinale""Media Is Finale""ASF:MediaIsLive""Media Is Live""ASF:MediaIsPremiere"
-    "Media Is Premiere""ASF:MediaIsRepeat""Media Is Repeat""ASF:MediaIsSAP""Media Is SAP"
-    "ASF:MediaIsStereo""Media Is Stereo""ASF:MediaIsSubtitled""Media Is Subtitled""ASF:MediaIsTape"
-    "Media Is Tape""ASF:MediaNetworkAffiliation""Media Network Affiliation"
-    "ASF:MediaOriginalBroadcastDateTime""Media Original Broadcast Date Time"
-    "ASF:MediaOriginalChannel""Media Original Channel""ASF:MediaStationCallSign"
-    "Media Station Call Sign""ASF:MediaStationName""Media Station Name""ASF:MinPacketSize"
-    "Min Packet Size""ASF:ModifiedBy""Modified By""ASF:Mood""ASF:NSC_Address""NSC Address"
-    "ASF:NSC_Description""NSC Description""ASF:NSC_Email""NSC Email""ASF:NSC_Name""NSC Name"
-    "ASF:NSC_Phone""NSC Phone""ASF:NumberOfFrames""Number Of Frames""ASF:OptimalBitrate"
-    "Optimal Bitrate""ASF:OriginalAlbumTitle""Original Album Title""ASF:OriginalArtist"
-    "Original Artist""ASF:OriginalFileName""Original File Name""ASF:OriginalLyricist"
-    "Original Lyricist""ASF:OriginalReleaseTime""Original Release Time""ASF:OriginalReleaseYear"
-    "Original Release Year""ASF:OtherCodecDescription""Other Codec Description""ASF:OtherCodecName"
-    "Other Codec Name""ASF:Padding""ASF:ParentalRating""Parental Rating""ASF:ParentalRatingReason"
-    "Parental Rating Reason""ASF:PartOfSet""Part Of Set""ASF:PeakBitrate""Peak Bitrate"
-    "ASF:PeakValue""Peak Value""ASF:Period""ASF:Picture""ASF:PictureDescription"
-    "Picture Description""ASF:PictureMIMEType""Picture MIME Type""ASF:PictureType""Picture Type"
-    "ASF:PictureType:0""Other""ASF:PictureType:1""32x32 PNG Icon""ASF:PictureType:10""Band"
-    "ASF:PictureType:11""ASF:PictureType:12""Lyricist""ASF:PictureType:13"
-    "Recording Studio or Location""ASF:PictureType:14""Recording Session""ASF:PictureType:15"
-    "Performance""ASF:PictureType:16""Capture from Movie or Video""ASF:PictureType:17"
-    "Bright(ly) Colored Fish""ASF:PictureType:18""Illustration""ASF:PictureType:19""Band Logo"
-    "ASF:PictureType:2""Other Icon""ASF:PictureType:20""Publisher Logo""ASF:PictureType:3"
-    "Front Cover""ASF:PictureType:4""Back Cover""ASF:PictureType:5""Leaflet""ASF:PictureType:6"
-    "Media""ASF:PictureType:7""Lead Artist""ASF:PictureType:8""ASF:PictureType:9""ASF:PlaylistDelay"
-    "Playlist Delay""ASF:Preroll""ASF:Producer""ASF:PromotionURL""Promotion URL""ASF:ProtectionType"
-    "Protection Type""ASF:Provider""ASF:ProviderCopyright""Provider Copyright""ASF:ProviderRating"
-    "Provider Rating""ASF:ProviderStyle""Provider Style""ASF:Publisher""ASF:RadioStationName"
-    "Radio Station Name""ASF:RadioStationOwner""Radio Station Owner""ASF:Rating""ASF:Reserved1"
-    "Reserved 1""ASF:ScriptCommand""Script Command""ASF:Seekable""ASF:SendDuration""Send Duration"
-    "ASF:SharedUserRating""Shared User Rating""ASF:Signature_Name""Signature Name""ASF:SimpleIndex"
-    "Simple Index""ASF:StreamBitrateProps""Stream Bitrate Props""ASF:StreamNumber""Stream Number"
-    "ASF:StreamPrioritization""Stream Prioritization""ASF:StreamType""Stream Type"
-    "ASF:StreamType:35907DE0-E415-11CF-A917-00805F5C442B""Degradable JPEG"
-    "ASF:StreamType:3AFB65E2-47EF-40F2-AC2C-70A90D71D343""Binary"
-    "ASF:StreamType:59DACFC0-59E6-11D0-A3AC-00A0C90348F6""Command"
-    "ASF:StreamType:91BD222C-F21C-497A-8B6D-5AA86BFC0185""File Transfer"
-    "ASF:StreamType:B61BE100-5B4E-11CF-A8FD-00805F5C442B""JFIF"
-    "ASF:StreamType:BC19EFC0-5B4D-11CF-A8FD-00805F5C442B""Video"
-    "ASF:StreamType:F8699E40-5B4D-11CF-A8FD-00805F5C442B""Audio""ASF:StreamTypeInfo"
-    "Stream Type Info""ASF:Stridable""ASF:SubscriptionContentID""Subscription Content ID"
-    "ASF:Subtitle""ASF:SubtitleDescription""Subtitle Description""ASF:Text""ASF:TimeOffset"
-    "Time Offset""ASF:TimecodeIndex""Timecode Index""ASF:TimecodeIndexParms""Timecode Index Parms"
-    "ASF:Title""ASF:ToolName""ASF:ToolVersion""ASF:Track""ASF:TrackNumber""Track Number"
-    "ASF:UniqueFileIdentifier""Unique File Identifier""ASF:UserWebURL""User Web URL""ASF:VBRPeak"
-    "VBR Peak""ASF:VideoClosedCaptioning""Video Closed Captioning""ASF:VideoCodecDescription"
-    "Video Codec Description""ASF:VideoCodecName""Video Codec Name""ASF:VideoFrameRate"
-    "Video Frame Rate""ASF:VideoHeight""Video Height""ASF:VideoWidth""Video Width"
-    "ASF:WMADRCAverageReference""WMADRC Average Reference""ASF:WMADRCAverageTarget"
-    "WMADRC Average Target""ASF:WMADRCPeakReference""WMADRC Peak Reference""ASF:WMADRCPeakTarget"
-    "WMADRC Peak Target""ASF:WMCollectionGroupID""WM Collection Group ID""ASF:WMCollectionID"
-    "WM Collection ID""ASF:WMContentID""WM Content ID""ASF:Writer""ASF:Year""类别""文件大小""索引""评分"
-    "URL de l'image-bannière""Catégorie""Compatibilité""Date de création""ID du fichier"
-    "Longueur du fichier""Taille du fichier""Langage""Nom du fichier original""Remplissage"
-    "Description de l'image""Producteur""Editeur""Classement""ID unique du fichier"
-    "Fréquence d'images vidéo""Unbekannt -""Autor URL""Kategorie""Aufnahmedatum""Beschreibung"
-    "Dateigröße""Sprache""Original Dateiname""Platzhalter""Produzent""Herausgeber""Bewertung"
-    "Crittografia avanzata del contenuto""Mutua esclusione avanzata""Rapporto immagine X"
-    "Rapporto immagine Y""Canali audio""Descrizione codec audio""ID codec audio""Musica QDesign"
-    "Sconosciuto -""Nome codec audio""Livello medio""Battiti al minuto""Categoria""Compositore"
-    "Direttore d'orchestra""URL copyright""Data di creazione""Descrizione""Codificato da"
-    "Impostazioni di codifica""Durata codifica""Correzione errore""Tipo correzione errore""ID file"
-    "Dimensioni file""Dimensione file""ID genere""Indice""Chiave iniziale""Lingua""Lista lingue"
-    "Titolo album originale""Artista originale""Nome file originale""Paroliere originale"
-    "Ora di rilascio originale""Anno di rilascio originale""Descrizione altro codec"
-    "Nome altro codec""Parte del gruppo""Valore di picco""Immagine""Descrizione immagine"
-    "MIME type immagine""Tipo immagine""Altro""Icona PNG 32x32""Paroliere"
-    "Studio/luogo registrazione""Sessione registrazione""Interpretazione"
-    "Acquisizione da film o video""Pesci dai vivaci colori""Illustrazione""Logo band""Altra icona"
-    "Logo editore""Copertina""Retrocopertina""Volantino""Artista principale""Artista"
-    "Attesa playlist""Editore""Valutazione""Riservato 1""Trasferimento file""Sottotitolo"
-    "Descrizione codec video""Nome codec video""カテゴリー""作成日時""説明""ファイルのサイズ""目次""引き伸ばし""格付け"
-    "Canales Audio""Desconocido -""Nivel Medio""Categoría""Compatibilidad""Compositor"
-    "Fecha Creación""Datos"" Paquetes de Datos""Descripción""Firma Digital""Codificado por"
-    "Ajustes de Codificación""Hora de codificación""Correción Error""Tipo Corrección Error"
-    "Tamaño Archivo""ID Género""Tiene Imagenes Adjuntas""Tiene Audio""Tiene Imagen""Tiene Script"
-    "Tiene Video""Índice""Clave inicial""Está protegido""Es de confianza""Idioma""Lista de Idiomas"
-    "Letras""Letras Sincronizadas""Marcador""Tamaño Máximo Paquete""Tamaño Mínimo Paquete"
-    "Modificado por""Descripción NSC""Número de imágenes""Título Original Album""Artista original"
-    "Nombre archivo original""Letrista Original""Año Versión Original""Margen Inferior""Período"
-    "Imágen""Descripción Imágen""Tipo Imágen""Otro""Icono PNG 32x32""Letrista""Sesión Grabación"
-    "Interpretación""Ilustración""Otro Icono""Cubierta Frontal""Cubierta Posterior""Soporte"
-    "Productor""URL Promocional""Tipo Protección""Proveedor""Copyright Proveedor""Editor"
-    "Nombre Emisora Radio""Propietario Emisora Radio""Clasificación""Reservado 1""Firma""Binario"
-    "Transferencia Archivo""Subtitulo""Descripción Subtitulo""Número Pista"
-    "Identificador Unico Archivo""Altura Video""Ancho Video""Escritor""MakerNoteApple"
-    "MakerNoteNikon""MakerNoteCanon""MakerNoteCasio""MakerNoteCasio2""MakerNoteDJIInfo"
-    "MakerNoteDJI""MakerNoteFLIR""MakerNoteFujiFilm""MakerNoteGE""MakerNoteGE2""MakerNoteHasselblad"
-    "MakerNoteHP""MakerNoteHP2""MakerNoteHP4""MakerNoteHP6""MakerNoteISL""MakerNoteJVC"
-    "MakerNoteJVCText""MakerNoteKodak1a""MakerNoteKodak1b""MakerNoteKodak2""MakerNoteKodak3"
-    "MakerNoteKodak4""MakerNoteKodak5""MakerNoteKodak6a""MakerNoteKodak6b""MakerNoteKodak7"
-    "MakerNoteKodak8a""MakerNoteKodak8b""MakerNoteKodak8c""MakerNoteKodak9""MakerNoteKodak10"
-    "MakerNoteKodak11""MakerNoteKodak12""MakerNoteKodakUnknown""MakerNoteKyocera""MakerNoteMinolta"
-    "MakerNoteMinolta2""MakerNoteMinolta3""MakerNoteMotorola""MakerNoteNikon2""MakerNoteNikon3"
-    "MakerNoteNintendo""MakerNoteOlympus""MakerNoteOlympus2""MakerNoteOlympus3""MakerNoteLeica"
-    "MakerNoteLeica2""MakerNoteLeica3""MakerNoteLeica4""MakerNoteLeica5""MakerNoteLeica6"
-    "MakerNoteLeica7""MakerNoteLeica8""MakerNoteLeica9""MakerNoteLeica10""MakerNotePanasonic"
-    "MakerNotePanasonic2""MakerNotePanasonic3""MakerNotePentax""MakerNotePentax2""MakerNotePentax3"
-    "MakerNotePentax4""MakerNotePentax5""MakerNotePentax6""MakerNotePhaseOne""MakerNoteReconyx"
-    "MakerNoteReconyx2""MakerNoteReconyx3""MakerNoteRicohPentax""MakerNoteRicoh""MakerNoteRicoh2"
-    "MakerNoteRicohText""MakerNoteSamsung1a""MakerNoteSamsung1b""MakerNoteSamsung2""MakerNoteSanyo"
-    "MakerNoteSanyoC4""MakerNoteSanyoPatch""MakerNoteSigma""MakerNoteSony""MakerNoteSony2"
-    "MakerNoteSony3""MakerNoteSony4""MakerNoteSony5""MakerNoteSonyEricsson""MakerNoteSonySRF"
-    "MakerNoteUnknownText""MakerNoteUnknownBinary""MakerNoteUnknown""AdobeDNG:MakerNoteApple"
-    "Maker Note Apple""AdobeDNG:MakerNoteCanon""Maker Note Canon""AdobeDNG:MakerNoteCasio"
-    "Maker Note Casio""AdobeDNG:MakerNoteCasio2""Maker Note Casio 2""AdobeDNG:MakerNoteDJI"
-    "Maker Note DJI""AdobeDNG:MakerNoteDJIInfo""Maker Note DJI Info""AdobeDNG:MakerNoteFLIR"
-    "Maker Note FLIR""AdobeDNG:MakerNoteFujiFilm""Maker Note Fuji Film""AdobeDNG:MakerNoteGE"
-    "Maker Note GE""AdobeDNG:MakerNoteGE2""Maker Note GE2""AdobeDNG:MakerNoteHP""Maker Note HP"
-    "AdobeDNG:MakerNoteHP2""Maker Note HP2""AdobeDNG:MakerNoteHP4""Maker Note HP4"
-    "AdobeDNG:MakerNoteHP6""Maker Note HP6""AdobeDNG:MakerNoteHasselblad""Maker Note Hasselblad"
-    "AdobeDNG:MakerNoteISL""Maker Note ISL""AdobeDNG:MakerNoteJVC""Maker Note JVC"
-    "AdobeDNG:MakerNoteJVCText""Maker Note JVC Text""AdobeDNG:MakerNoteKodak10""Maker Note Kodak 10"
-    "AdobeDNG:MakerNoteKodak11""Maker Note Kodak 11""AdobeDNG:MakerNoteKodak12""Maker Note Kodak 12"
-    "AdobeDNG:MakerNoteKodak1a""Maker Note Kodak 1a""AdobeDNG:MakerNoteKodak1b""Maker Note Kodak 1b"
-    "AdobeDNG:MakerNoteKodak2""Maker Note Kodak 2""AdobeDNG:MakerNoteKodak3""Maker Note Kodak 3"
-    "AdobeDNG:MakerNoteKodak4""Maker Note Kodak 4""AdobeDNG:MakerNoteKodak5""Maker Note Kodak 5"
-    "AdobeDNG:MakerNoteKodak6a""Maker Note Kodak 6a""AdobeDNG:MakerNoteKodak6b""Maker Note Kodak 6b"
-    "AdobeDNG:MakerNoteKodak7""Maker Note Kodak 7""AdobeDNG:MakerNoteKodak8a""Maker Note Kodak 8a"
-    "AdobeDNG:MakerNoteKodak8b""Maker Note Kodak 8b""AdobeDNG:MakerNoteKodak8c""Maker Note Kodak 8c"
-    "AdobeDNG:MakerNoteKodak9""Maker Note Kodak 9""AdobeDNG:MakerNoteKodakUnknown"
-    "Maker Note Kodak Unknown""AdobeDNG:MakerNoteKyocera""Maker Note Kyocera"
-    "AdobeDNG:MakerNoteLeica""Maker Note Leica""AdobeDNG:MakerNoteLeica10""Maker Note Leica 10"
-    "AdobeDNG:MakerNoteLeica2""Maker Note Leica 2""AdobeDNG:MakerNoteLeica3""Maker Note Leica 3"
-    "AdobeDNG:MakerNoteLeica4""Maker Note Leica 4""AdobeDNG:MakerNoteLeica5""Maker Note Leica 5"
-    "AdobeDNG:MakerNoteLeica6""Maker Note Leica 6""AdobeDNG:MakerNoteLeica7""Maker Note Leica 7"
-    "AdobeDNG:MakerNoteLeica8""Maker Note Leica 8""AdobeDNG:MakerNoteLeica9""Maker Note Leica 9"
-    "AdobeDNG:MakerNoteMinolta""Maker Note Minolta""AdobeDNG:MakerNoteMinolta2"
-    "Maker Note Minolta 2""AdobeDNG:MakerNoteMinolta3""Maker Note Minolta 3"
-    "AdobeDNG:MakerNoteMotorola""Maker Note Motorola""AdobeDNG:MakerNoteNikon""Maker Note Nikon"
-    "AdobeDNG:MakerNoteNikon2""Maker Note Nikon 2""AdobeDNG:MakerNoteNikon3""Maker Note Nikon 3"
-    "AdobeDNG:MakerNoteNintendo""Maker Note Nintendo""AdobeDNG:MakerNoteOlympus""Maker Note Olympus"
-    "AdobeDNG:MakerNoteOlympus2""Maker Note Olympus 2""AdobeDNG:MakerNoteOlympus3"
-    "Maker Note Olympus 3""AdobeDNG:MakerNotePanasonic""Maker Note Panasonic"
-    "AdobeDNG:MakerNotePanasonic2""Maker Note Panasonic 2""AdobeDNG:MakerNotePanasonic3"
-    "Maker Note Panasonic 3""AdobeDNG:MakerNotePentax""Maker Note Pentax""AdobeDNG:MakerNotePentax2"
-    "Maker Note Pentax 2""AdobeDNG:MakerNotePentax3""Maker Note Pentax 3""AdobeDNG:MakerNotePentax4"
-    "Maker Note Pentax 4""AdobeDNG:MakerNotePentax5""Maker Note Pentax 5""AdobeDNG:MakerNotePentax6"
-    "Maker Note Pentax 6""AdobeDNG:MakerNotePhaseOne""Maker Note Phase One"
-    "AdobeDNG:MakerNoteReconyx""Maker Note Reconyx""AdobeDNG:MakerNoteReconyx2"
-    "Maker Note Reconyx 2""AdobeDNG:MakerNoteReconyx3""Maker Note Reconyx 3"
-    "AdobeDNG:MakerNoteRicoh""Maker Note Ricoh""AdobeDNG:MakerNoteRicoh2""Maker Note Ricoh 2"
-    "AdobeDNG:MakerNoteRicohPentax""Maker Note Ricoh Pentax""AdobeDNG:MakerNoteRicohText"
-    "Maker Note Ricoh Text""AdobeDNG:MakerNoteSamsung1a""Maker Note Samsung 1a"
-    "AdobeDNG:MakerNoteSamsung1b""Maker Note Samsung 1b""AdobeDNG:MakerNoteSamsung2"
-    "Maker Note Samsung 2""AdobeDNG:MakerNoteSanyo""Maker Note Sanyo""AdobeDNG:MakerNoteSanyoC4"
-    "Maker Note Sanyo C4""AdobeDNG:MakerNoteSanyoPatch""Maker Note Sanyo Patch"
-    "AdobeDNG:MakerNoteSigma""Maker Note Sigma""AdobeDNG:MakerNoteSony""Maker Note Sony"
-    "AdobeDNG:MakerNoteSony2""Maker Note Sony 2""AdobeDNG:MakerNoteSony3""Maker Note Sony 3"
-    "AdobeDNG:MakerNoteSony4""Maker Note Sony 4""AdobeDNG:MakerNoteSony5""Maker Note Sony 5"
-    "AdobeDNG:MakerNoteSonyEricsson""Maker Note Sony Ericsson""AdobeDNG:MakerNoteSonySRF"
-    "Maker Note Sony SRF""AdobeDNG:MakerNoteUnknown""Maker Note Unknown"
-    "AdobeDNG:MakerNoteUnknownBinary""Maker Note Unknown Binary""AdobeDNG:MakerNoteUnknownText"
-    "Maker Note Unknown Text""Note du fabricant Apple""Note du fabricant Canon"
-    "Note du fabricant Casio""Note du fabricant Casio 2""Note du fabricant DJI"
-    "Note du fabricant Infos DJI""Note du fabricant FLIR""Note du fabricant FujiFilm"
-    "Note du fabricant GE""Note du fabricant GE 2""Note du fabricant HP""Note du fabricant HP 2"
-    "Note du fabricant HP 4""Note du fabricant HP 6""Note du fabricant Hasselblad"
-    "Note du fabricant ISL""Note du fabricant JVC""Note du fabricant JVC Texte"
-    "Note du fabricant Kodak 10""Note du fabricant Kodak 11""Note du fabricant Kodak 12"
-    "Note du fabricant Kodak 1a""Note du fabricant Kodak 1b""Note du fabricant Kodak 2"
-    "Note du fabricant Kodak 3""Note du fabricant Kodak 4""Note du fabricant Kodak 5"
-    "Note du fabricant Kodak 6a""Note du fabricant Kodak 6b""Note du fabricant Kodak 7"
-    "Note du fabricant Kodak 8a""Note du fabricant Kodak 8b""Note du fabricant Kodak 8c"
-    "Note du fabricant Kodak 9""Note du fabricant Kodak Inconnue""Note du fabricant Kyocera"
-    "Note du fabricant Leica""Note du fabricant Leica 10""Note du fabricant Leica 2"
-    "Note du fabricant Leica 3""Note du fabricant Leica 4""Note du fabricant Leica 5"
-    "Note du fabricant Leica 6""Note du fabricant Leica 7""Note du fabricant Leica 8"
-    "Note du fabricant Leica 9""Note du fabricant Minolta""Note du fabricant Minolta 2"
-    "Note du fabricant Minolta 3""Note du fabricant Motorola""Note du fabricant Nikon"
-    "Note du fabricant Nikon 2""Note du fabricant Nikon 3""Note du fabricant Nintendo"
-    "Note du fabricant Olympus""Note du fabricant Olympus 2""Note du fabricant Olympus 3"
-    "Note du fabricant Panasonic""Note du fabricant Panasonic 2""Note du fabricant Panasonic 3"
-    "Note du fabricant Pentax""Note du fabricant Pentax 2""Note du fabricant Pentax 3"
-    "Note du fabricant Pentax 4""Note du fabricant Pentax 5""Note du fabricant Pentax 6"
-    "Note du fabricant PhaseOne""Note du fabricant Reconyx""Note du fabricant Reconyx 2"
-    "Note du fabricant Reconyx 3""Note du fabricant Ricoh""Note du fabricant Ricoh 2"
-    "Note du fabricant Ricoh Pentax""Note du fabricant Ricoh Texte""Herstellerdaten Apple"
-    "Herstellerdaten Canon""Herstellerdaten Casio""Herstellerdaten Casio 2""Herstellerdaten FLIR"
-    "Herstellerdaten Fuji Film""Herstellerdaten GE""Herstellerdaten GE2""Herstellerdaten HP"
-    "Herstellerdaten HP2""Herstellerdaten HP4""Herstellerdaten HP6""Herstellerdaten Hasselblad"
-    "Herstellerdaten ISL""Herstellerdaten JVC""Herstellerdaten JVC Text""Herstellerdaten Kodak 10"
-    "Herstellerdaten Kodak 1a""Herstellerdaten Kodak 1b""Herstellerdaten Kodak 2"
-    "Herstellerdaten Kodak 3""Herstellerdaten Kodak 4""Herstellerdaten Kodak 5"
-    "Herstellerdaten Kodak 6a""Herstellerdaten Kodak 6b""Herstellerdaten Kodak 7"
-    "Herstellerdaten Kodak 8a""Herstellerdaten Kodak 8b""Herstellerdaten Kodak 9"
-    "Herstellerdaten Kodak Unbekannt""Herstellerdaten Kyocera""Herstellerdaten Leica"
-    "Herstellerdaten Leica 2""Herstellerdaten Leica 3""Herstellerdaten Leica 4"
-    "Herstellerdaten Leica 5""Herstellerdaten Leica 6""Herstellerdaten Minolta"
-    "Herstellerdaten Minolta 2""Herstellerdaten Minolta 3""Herstellerdaten Nikon"
-    "Herstellerdaten Nikon 2""Herstellerdaten Nikon 3""Herstellerdaten Olympus"
-    "Herstellerdaten Olympus 2""Herstellerdaten Panasonic""Herstellerdaten Panasonic 2"
-    "Herstellerdaten Pentax""Herstellerdaten Pentax 2""Herstellerdaten Pentax 3"
-    "Herstellerdaten Pentax 4""Herstellerdaten Pentax 5""Herstellerdaten Pentax 6"
-    "Herstellerdaten Phase One""Herstellerdaten Reconyx""Herstellerdaten Ricoh"
-    "Herstellerdaten Ricoh Text""Herstellerdaten Samsung 1a""Herstellerdaten Samsung 1b"
-    "Herstellerdaten Samsung 2""Herstellerdaten Sanyo""Herstellerdaten Sanyo C4"
-    "Herstellerdaten Sanyo Patch""Herstellerdaten Sigma""Herstellerdaten Sony"
-    "Herstellerdaten Sony 2""Herstellerdaten Sony 3""Herstellerdaten Sony 4""Herstellerdaten Sony 5"
-    "Herstellerdaten Sony Ericsson""Herstellerdaten Sony SRF""Herstellerdaten Unbekannt"
-    "Herstellerdaten Unbekannt-Binär""Herstellerdaten Unbekannt-Text""Note marca Canon"
-    "Note marca Casio""Note marca Casio 2""Note marca Fuji Film""Note marca GE""Note marca GE2"
-    "Note marca HP""Note marca HP2""Note marca HP4""Note marca HP6""Note marca Hasselblad"
-    "Note marca ISL""Note marca JVC""Note marca JVC - Testo""Note marca Kodak 10"
-    "Note marca Kodak 1a""Note marca Kodak 1b""Note marca Kodak 2""Note marca Kodak 3"
-    "Note marca Kodak 4""Note marca Kodak 5""Note marca Kodak 6a""Note marca Kodak 6b"
-    "Note marca Kodak 7""Note marca Kodak 8a""Note marca Kodak 8b""Note marca Kodak 9"
-    "Note marca Kodak sconosciuta""Note marca Kyocera""Note marca Leica""Note marca Leica 2"
-    "Note marca Leica 3""Note marca Leica 4""Note marca Leica 5""Note marca Leica 6"
-    "Note marca Minolta""Note marca Minolta 2""Note marca Minolta 3""Note marca Nikon"
-    "Note marca Nikon 2""Note marca Nikon 3""Note marca Olympus""Note marca Olympus 2"
-    "Note marca Panasonic""Note marca Panasonic 2""Note marca Pentax""Note marca Pentax 2"
-    "Note marca Pentax 3""Note marca Pentax 4""Note marca Pentax 5""Note marca Pentax 6"
-    "Note marca Phase One""Note marca Reconyx""Note marca Ricoh""Note marca Ricoh - Testo"
-    "Note marca Samsung 1a""Note marca Samsung 1b""Note marca Samsung 2""Note marca Sanyo"
-    "Note marca Sanyo C4""Note marca Sanyo Patch""Note marca Sigma""Note marca Sony"
-    "Note marca Sony 2""Note marca Sony 3""Note marca Sony 4""Note marca Sony Ericsson"
-    "Note marca Sony SRF""Note marca sconosciuta""Note marca sconosciuta - Testo""MakerNoteVersion"
-    "AEMatrix""AEStable""AETarget""AEAverage""AFStable""AccelerationVector""HDRImageType""BurstUUID"
-    "FocusDistanceRange""OISMode""ContentIdentifier""ImageCaptureType""ImageUniqueID"
-    "LivePhotoVideoIndex""ImageProcessingFlags""QualityHint""LuminanceNoiseAmplitude"
-    "ImageCaptureRequestID""HDRHeadroom""SceneFlags""SignalToNoiseRatioType""SignalToNoiseRatio"
-    "PhotoIdentifier""FocusPosition""HDRGain""AFMeasuredDepth""AFConfidence""ColorCorrectionMatrix"
-    "GreenGhostMitigationStatus""SemanticStyle""SemanticStyleRenderingVer""SemanticStylePreset"
-    "FrontFacingCamera""RunTimeEpoch""RunTimeFlags""RunTimeScale""RunTimeValue""Apple:AEAverage"
-    "AE Average""Apple:AEMatrix""AE Matrix""Apple:AEStable""AE Stable""Apple:AEStable:0"
-    "Apple:AEStable:1""Apple:AETarget""AE Target""Apple:AFConfidence""AF Confidence"
-    "Apple:AFMeasuredDepth""AF Measured Depth""Apple:AFStable""AF Stable""Apple:AFStable:0"
-    "Apple:AFStable:1""Apple:AccelerationVector""Acceleration Vector""Apple:BurstUUID""Burst UUID"
-    "Apple:ColorCorrectionMatrix""Color Correction Matrix""Apple:ContentIdentifier"
-    "Content Identifier""Apple:FocusDistanceRange""Focus Distance Range""Apple:FocusPosition"
-    "Focus Position""Apple:FrontFacingCamera""Front Facing Camera""Apple:FrontFacingCamera:0"
-    "Apple:FrontFacingCamera:1""Apple:GreenGhostMitigationStatus""Green Ghost Mitigation Status"
-    "Apple:HDRGain""HDR Gain""Apple:HDRHeadroom""HDR Headroom""Apple:HDRImageType""HDR Image Type"
-    "Apple:HDRImageType:3""HDR Image""Apple:HDRImageType:4""Original Image"
-    "Apple:ImageCaptureRequestID""Image Capture Request ID""Apple:ImageCaptureType"
-    "Image Capture Type""Apple:ImageCaptureType:1""ProRAW""Apple:ImageCaptureType:10""Photo"
-    "Apple:ImageCaptureType:2""Portrait""Apple:ImageProcessingFlags""Image Processing Flags"
-    "Apple:ImageUniqueID""Image Unique ID""Apple:LivePhotoVideoIndex""Live Photo Video Index"
-    "Apple:LuminanceNoiseAmplitude""Luminance Noise Amplitude""Apple:MakerNoteVersion"
-    "Maker Note Version""Apple:OISMode""OIS Mode""Apple:PhotoIdentifier""Photo Identifier"
-    "Apple:QualityHint""Quality Hint""Apple:RunTimeEpoch""Run Time Epoch""Apple:RunTimeFlags"
-    "Run Time Flags""Apple:RunTimeFlags:1""Valid""Apple:RunTimeFlags:16""Indefinite"
-    "Apple:RunTimeFlags:2""Has been rounded""Apple:RunTimeFlags:4""Positive infinity"
-    "Apple:RunTimeFlags:8""Negative infinity""Apple:RunTimeScale""Run Time Scale"
-    "Apple:RunTimeValue""Run Time Value""Apple:SceneFlags""Scene Flags""Apple:SemanticStyle"
-    "Semantic Style""Apple:SemanticStylePreset""Semantic Style Preset"
-    "Apple:SemanticStyleRenderingVer""Semantic Style Rendering Ver""Apple:SignalToNoiseRatio"
-    "Signal To Noise Ratio""Apple:SignalToNoiseRatioType""Signal To Noise Ratio Type""图像唯一标识"
-    "Vecteurs d'accélération""UUID de raffale""Plage de distance focale""Distance de mise au point"
-    "Type de l'image HDR""Image HDR""Image orginale""Identificateur unique de l'image"
-    "Index vidéo Live Photo""Version des informations spécifiques fabricant"
-    "Temps de fonctionnement Epoch""Indicateurs de temps de fonctionnement""Valide""Indéfini"
-    "A été arrondi""Infinité positive""Infinité négative""Échelle du temps de fonctionnement"
-    "Valeur du temps de fonctionnement""HDR Bildtyp""HDR Bild""Originalbild""Eindeutige Bild-ID"
-    "MakerNote-Version""ID unico immagine""Note Versione Costruttore""フォーカス距離""ユニークなイメージID"
-    "メーカーノートバージョン""ID Único Imagen""Versión nota Fabricante""ChapterCount""CoverArt"
-    "PublishDateStart""PublishDate""CoverArtType""CreatorTool""iTunesMediaType""ChapterName"
-    "ChapterNumber""Audible:Album""Audible:AlbumArtist""Audible:Artist""Audible:Author"
-    "Audible:ChapterCount""Chapter Count""Audible:ChapterName""Chapter Name""Audible:ChapterNumber"
-    "Chapter Number""Audible:Comment""Audible:Copyright""Audible:CoverArt""Cover Art"
-    "Audible:CoverArtType""Cover Art Type""Audible:CreatorTool""Creator Tool""Audible:Genre"
-    "Audible:PublishDate""Publish Date""Audible:PublishDateStart""Publish Date Start"
-    "Audible:Subtitle""Audible:Title""Audible:Year""Audible:iTunesMediaType""iTunes Media Type"
-    "Outil de création""Erstellertool""AFConfigTool""AFTrackingSensitivity""AFAccelDecelTracking"
-    "AFPointSwitching""AIServoFirstImage""AIServoSecondImage""USMLensElectronicMF""AFAssistBeam"
-    "OneShotAFRelease""AutoAFPointSelEOSiTRAF""LensDriveWhenAFImpossible""SelectAFAreaSelectionMode"
-    "AFAreaSelectionMethod""OrientationLinkedAF""ManualAFPointSelPattern""AFPointDisplayDuringFocus"
-    "VFDisplayIllumination""AFStatusViewfinder""InitialAFPointInServo""NumAFPoints""ValidAFPoints"
-    "CanonImageWidth""CanonImageHeight""AFImageWidth""AFImageHeight""AFAreaWidth""AFAreaHeight"
-    "AFAreaXPositions""AFAreaYPositions""AFPointsInFocus""PrimaryAFPoint""Canon_AFInfo_0x000b"
-    "AFInfoSize""AFAreaMode""AFAreaWidths""AFAreaHeights""AFPointsSelected""Canon_AFInfo2_0x000d"
-    "AFMicroAdjMode""AFMicroAdjValue""AmbienceSelection""AspectRatio""CroppedImageWidth"
-    "CroppedImageHeight""CroppedImageLeft""CroppedImageTop""TimeStamp""ISO""FlashMeteringMode"
-    "CameraTemperature""MacroMagnification""FocalLength""CameraOrientation""FocusDistanceUpper"
-    "FocusDistanceLower""WhiteBalance""ColorTemperature""LensType""MinFocalLength""MaxFocalLength"
-    "DirectoryIndex""FileIndex""SharpnessFrequency""Sharpness""PictureStyle"
-    "FirmwareVersionLookAhead""FocalType""CanonImageSize""JPEGQuality""Saturation""ColorTone"
-    "Contrast""ShutterCount""TimeStamp1""HighlightTonePriority""MeasuredEV2""MeasuredEV3""OwnerName"
-    "HighISONoiseReduction""AutoLightingOptimizer""AFPointsInFocus5D""FirmwareRevision"
-    "ShortOwnerName""ContrastStandard""ContrastPortrait""ContrastLandscape""ContrastNeutral"
-    "ContrastFaithful""ContrastMonochrome""ContrastUserDef1""ContrastUserDef2""ContrastUserDef3"
-    "SharpnessStandard""SharpnessPortrait""SharpnessLandscape""SharpnessNeutral""SharpnessFaithful"
-    "SharpnessMonochrome""SharpnessUserDef1""SharpnessUserDef2""SharpnessUserDef3"
-    "SaturationStandard""SaturationPortrait""SaturationLandscape""SaturationNeutral"
-    "SaturationFaithful""FilterEffectMonochrome""SaturationUserDef1""SaturationUserDef2"
-    "SaturationUserDef3""ColorToneStandard""ColorTonePortrait""ColorToneLandscape""ColorToneNeutral"
-    "ColorToneFaithful""ToningEffectMonochrome""ColorToneUserDef1""ColorToneUserDef2"
-    "ColorToneUserDef3""UserDef1PictureStyle""UserDef2PictureStyle""UserDef3PictureStyle"
-    "FileIndex2""DirectoryIndex2""MeasuredEV""CameraPictureStyle""Rotation""MacroMode""SelfTimer"
-    "CanonFlashMode""ContinuousDrive""RecordMode""EasyMode""DigitalZoom""CameraISO""MeteringMode"
-    "FocusRange""AFPoint""CanonExposureMode""FocalUnits""MaxAperture""MinAperture""FlashActivity"
-    "FlashBits""FocusContinuous""AESetting""ImageStabilization""DisplayAperture""ZoomSourceWidth"
-    "ZoomTargetWidth""SpotMeteringMode""PhotoEffect""ManualFlashOutput""SRAWQuality"
-    "WB_RGGBLevelsAuto""WB_RGGBLevelsDaylight""WB_RGGBLevelsShade""WB_RGGBLevelsCloudy"
-    "WB_RGGBLevelsTungsten""WB_RGGBLevelsFluorescent""WB_RGGBLevelsFlash""WB_RGGBLevelsCustom"
-    "BlackLevels""WB_RGGBLevelsKelvin""WB_RGGBBlackLevels""CameraColorCalibration01"
-    "CameraColorCalibration02""CameraColorCalibration03""CameraColorCalibration04"
-    "CameraColorCalibration05""CameraColorCalibration06""CameraColorCalibration07"
-    "CameraColorCalibration08""CameraColorCalibration09""CameraColorCalibration10"
-    "CameraColorCalibration11""CameraColorCalibration12""CameraColorCalibration13"
-    "CameraColorCalibration14""CameraColorCalibration15""WB_RGGBLevelsAsShot""ColorTempAsShot"
-    "ColorTempAuto""WB_RGGBLevelsMeasured""ColorTempMeasured""WB_RGGBLevelsUnknown"
-    "ColorTempUnknown""ColorTempDaylight""ColorTempShade""ColorTempCloudy""ColorTempTungsten"
-    "ColorTempFluorescent""ColorTempKelvin""ColorTempFlash""WB_RGGBLevelsUnknown2"
-    "ColorTempUnknown2""WB_RGGBLevelsUnknown3""ColorTempUnknown3""WB_RGGBLevelsUnknown4"
-    "ColorTempUnknown4""WB_RGGBLevelsUnknown5""ColorTempUnknown5""WB_RGGBLevelsUnknown6"
-    "ColorTempUnknown6""WB_RGGBLevelsUnknown7""ColorTempUnknown7""WB_RGGBLevelsUnknown8"
-    "ColorTempUnknown8""WB_RGGBLevelsUnknown9""ColorTempUnknown9""WB_RGGBLevelsUnknown10"
-    "ColorTempUnknown10""WB_RGGBLevelsUnknown11""ColorTempUnknown11""WB_RGGBLevelsUnknown12"
-    "ColorTempUnknown12""WB_RGGBLevelsUnknown13""ColorTempUnknown13""WB_RGGBLevelsCustom1"
-    "ColorTempCustom1""WB_RGGBLevelsCustom2""ColorTempCustom2""ColorDataVersion"
-    "WB_RGGBLevelsUnknown14""ColorTempUnknown14""WB_RGGBLevelsUnknown15""ColorTempUnknown15"
-    "WB_RGGBLevelsUnknown16""ColorTempUnknown16""WB_RGGBLevelsUnknown17""ColorTempUnknown17"
-    "WB_RGGBLevelsUnknown18""ColorTempUnknown18""WB_RGGBLevelsUnknown19""ColorTempUnknown19"
-    "WB_RGGBLevelsUnknown20""ColorTempUnknown20""WB_RGGBLevelsUnknown21""ColorTempUnknown21"
-    "WB_RGGBLevelsUnknown22""ColorTempUnknown22""WB_RGGBLevelsUnknown23""ColorTempUnknown23"
-    "WB_RGGBLevelsUnknown24""ColorTempUnknown24""WB_RGGBLevelsUnknown25""ColorTempUnknown25"
-    "WB_RGGBLevelsUnknown26""ColorTempUnknown26""WB_RGGBLevelsUnknown27""ColorTempUnknown27"
-    "WB_RGGBLevelsUnknown28""ColorTempUnknown28""WB_RGGBLevelsUnknown29""ColorTempUnknown29"
-    "PerChannelBlackLevel""NormalWhiteLevel""SpecularWhiteLevel""LinearityUpperMargin"
-    "WB_RGGBLevelsPC1""ColorTempPC1""WB_RGGBLevelsPC2""ColorTempPC2""WB_RGGBLevelsPC3""ColorTempPC3"
-    "RawMeasuredRGGB""ColorTempCustom""FlashOutput""FlashBatteryLevel""ColorTempFlashData"
-    "MeasuredRGGBData""AverageBlackLevel""WB_RGGBLevelsUnknown30""ColorTempUnknown30"
-    "IntelligentContrast""CropLeftMargin""CropRightMargin""CropTopMargin""CropBottomMargin"
-    "FacesDetected""FaceDetectFrameSize""Face1Position""Face2Position""Face3Position""Face4Position"
-    "Face5Position""Face6Position""Face7Position""Face8Position""Face9Position""FaceWidth"
-    "FileNumber""BracketMode""BracketValue""BracketShotNumber""RawJpgQuality""RawJpgSize"
-    "LongExposureNoiseReduction2""WBBracketMode""WBBracketValueAB""WBBracketValueGM""FilterEffect"
-    "ToningEffect""LiveViewShooting""ShutterMode""FlashExposureLock""RFLensType""GrainyBWFilter"
-    "SoftFocusFilter""ToyCameraFilter""MiniatureFilter""MiniatureFilterOrientation"
-    "MiniatureFilterPosition""MiniatureFilterParameter""FisheyeFilter""PaintingFilter"
-    "WatercolorFilter""ModifiedParamFlag""FocalPlaneXSize""FocalPlaneXUnknown""FocalPlaneYSize"
-    "FocalPlaneYUnknown""HDR""HDREffect""PeripheralIlluminationCorr""LongExposureNoiseReduction"
-    "DigitalLensOptimizer""CompressionFormat""ColorSpace2""ColorMatrix""CanonLogVersion"
-    "CanonFlashInfo""CanonImageType""CanonFirmwareVersion""CanonFileLength""CanonModelID"
-    "ThumbnailImageValidArea""SerialNumberFormat""SuperMacro""DateStampMode""Categories"
-    "BatteryType""RawDataOffset""RawDataLength""OriginalDecisionDataOffset""AFPointsInFocus1D"
-    "InternalSerialNumber""ToneCurveTable""SharpnessTable""SharpnessFreqTable""WhiteBalanceTable"
-    "ToneCurveMatching""WhiteBalanceMatching""VRDOffset""CRWParam""Flavor""PictureStyleUserDef"
-    "PictureStylePC""CustomPictureStyleFileName""MeasuredRGGB""ModifiedToneCurve""ModifiedSharpness"
-    "ModifiedSharpnessFreq""ModifiedSensorRedLevel""ModifiedSensorBlueLevel"
-    "ModifiedWhiteBalanceRed""ModifiedWhiteBalanceBlue""ModifiedWhiteBalance""ModifiedColorTemp"
-    "ModifiedPictureStyle""ModifiedDigitalGain""FrameCount""AudioBitrate""VideoCodec""MultiExposure"
-    "MultiExposureControl""MultiExposureShots""MyColorMode""FilterEffectStandard"
-    "ToningEffectStandard""FilterEffectPortrait""ToningEffectPortrait""FilterEffectLandscape"
-    "ToningEffectLandscape""FilterEffectNeutral""ToningEffectNeutral""FilterEffectFaithful"
-    "ToningEffectFaithful""SaturationMonochrome""ColorToneMonochrome""FilterEffectUserDef1"
-    "ToningEffectUserDef1""FilterEffectUserDef2""ToningEffectUserDef2""FilterEffectUserDef3"
-    "ToningEffectUserDef3""ContrastAuto""SharpnessAuto""SaturationAuto""ColorToneAuto"
-    "FilterEffectAuto""ToningEffectAuto""PanoramaFrameNumber""PanoramaDirection""PreviewImageLength"
-    "PreviewImageStart""ToneCurve""SensorRedLevel""SensorBlueLevel""WhiteBalanceRed"
-    "WhiteBalanceBlue""DigitalGain""WBShiftAB""WBShiftGM""RawBurstImageNum""RawBurstImageCount"
-    "SensorWidth""SensorHeight""SensorLeftBorder""SensorTopBorder""SensorRightBorder"
-    "SensorBottomBorder""BlackMaskLeftBorder""BlackMaskTopBorder""BlackMaskRightBorder"
-    "BlackMaskBottomBorder""AutoISO""BaseISO""TargetAperture""TargetExposureTime""SlowShutter"
-    "SequenceNumber""OpticalZoomCode""FlashGuideNumber""FlashExposureComp""AutoExposureBracketing"
-    "AEBBracketValue""ControlMode""BulbDuration""AutoRotate""NDFilter""SelfTimer2""Unknown_CNDB"
-    "TimeZone""TimeZoneCity""DaylightSavings""VignettingCorrVersion""PeripheralLighting"
-    "DistortionCorrection""ChromaticAberrationCorr""PeripheralLightingValue"
-    "DistortionCorrectionValue""OriginalImageWidth""OriginalImageHeight""PeripheralLightingSetting"
-    "ChromaticAberrationSetting""DistortionCorrectionSetting""DigitalLensOptimizerSetting"
-    "WB_GRBGLevelsAuto""WB_GRBGLevelsDaylight""WB_GRBGLevelsCloudy""WB_GRBGLevelsTungsten"
-    "WB_GRBGLevelsFluorescent""WB_GRBGLevelsFluorHigh""WB_GRBGLevelsFlash""WB_GRBGLevelsUnderwater"
-    "WB_GRBGLevelsCustom1""WB_GRBGLevelsCustom2""CompressorVersion""12288""12289""12290""12291"
-    "12292""12293""12294""12295""-1""2.1""4.1""6.1""6.2""6.3""6.4""6.5""8.1""8.2""9.1""10.1""10.2"
-    "10.3""10.4""22.1""26.1""26.2""26.3""26.4""26.5""26.6""28""28.1""28.2""28.3""28.4""30""31""31.1"
-    "32.1""33.1""33.2""33.3""33.4""33.5""33.6""33.7""33.8""33.9""33.10""33.11""33.12""33.13""33.14"
-    "37.1""37.2""37.3""37.4""41""42""42.1""43""44""45""46""47""47.1""47.2""63""94""95""103.1""103.2"
-    "106""112.1""112.2""117.1""124""125""126""127""127.1""131.1""131.2""131.3""131.4""131.5""131.6"
-    "131.7""131.8""135""136.1""137.1""137.2""137.3""137.4""137.5""137.6""137.7""137.8""137.9"
-    "137.10""137.11""137.12""137.13""137.14""137.15""137.16""137.17""142""143""143.1""144""149""150"
-    "150.1""150.2""150.3""150.4""150.5""152.1""152.2""152.3""152.4""152.5""153.1""153.2""153.3"
-    "153.4""154""154.1""154.2""154.3""155""155.1""156""156.1""156.2""160.1""160.2""160.3""160.4"
-    "160.5""161.1""161.2""161.3""161.4""161.5""161.6""161.7""161.8""165""166""167""168""168.1""169"
-    "169.1""169.2""169.3""169.4""169.5""169.6""169.7""169.8""169.9""170""170.1""170.2""171""172"
-    "172.1""172.2""173""173.1""173.2""173.3""173.4""173.5""174""174.1""174.2""174.3""174.4""174.5"
-    "174.6""174.7""174.8""174.9""175""177""178""179""180""180.1""180.2""180.3""180.4""180.5""180.6"
-    "180.7""180.8""180.9""180.10""181""181.1""182""182.1""183""183.1""183.2""183.3""183.4""183.5"
-    "183.6""183.7""184""185""186""187""188""189""190""191""191.1""193""194""195""196""197""197.1"
-    "198""198.1""198.2""198.3""198.4""198.5""198.6""199""200""201""202""208""209""210""211""212"
-    "213""213.1""213.2""213.3""213.4""214""215""217""220""224""225""226""227""228""229""230""231"
-    "231.1""232""233""234""234.1""235""236""237""238""239""239.1""240""240.1""241""242""243""244"
-    "245""246""247""248""248.1""248.2""248.3""248.4""249""250""250.1""250.2""250.3""250.4""251"
-    "251.1""252""252.1""253""253.1""254""254.1""255.1""255.2""255.3""368.1""368.2""368.3""368.4"
-    "368.5""368.6""368.7""368.8""368.9""368.10""368.11""368.12""368.13""368.14""488""489""490""491"
-    "491.1""491.2""491.3""491.4""491.5""491.6""492""493""493.1""494""495""495.1""496""499""502"
-    "502.1""503""504""505""506""507""508""508.1""624.1""747""747.1""748""748.1""748.2""749""750"
-    "750.1""750.2""751""752""753""754""757""758""1136""4142""4143""4143.1""4144""4145""4146""4147"
-    "4148""4149""4150""4152""4153""4154""4155""4156""4157""4158""4159""4160""4208""4208.1""36910"
-    "36912""61182""61182.1""61182.2""61182.3""61182.4""61182.5""61182.6""61182.7""61182.8""61182.9"
-    "61182.10""61182.11""61182.12""61182.13""61182.14""61182.15""61182.16""61182.17""61182.18"
-    "61182.19""61182.20""61182.21""61182.22""61182.23""61182.24""61182.25""61182.26""61182.27"
-    "61182.28""61182.29""61182.30""61182.31""61182.32""61182.33""61182.34""61182.35""61182.36"
-    "61182.37""61182.38""61182.39""61182.40""61182.41""61182.42""61182.43""61182.44""61182.45"
-    "61182.46""61182.47""61182.48""61182.49""61182.50""61182.51""61182.52""61182.53""61491""61492"
-    "61494""61495""61496""2048""16384""-559038737""519""62""68""84""93""260""261""263""264""265"
-    "16385""16390""1282""1284""32767""-3""-4""262""266""267""268""269""270""271""272""275""276""277"
-    "278""279""280""281""282""283""284""285""286""287""290""292""294""295""296""297""298""299""300"
-    "301""302""303""312""313""1042""2049""2052""2053""2056""2065""2066""16842752""17039360"
-    "17170432""17301504""17367040""17825792""17891328""17956864""18022400""18087936""18153472"
-    "18219008""18284544""18350080""18415616""18939904""19070976""19136512""19202048""19267584"
-    "19333120""19464192""19922944""19988480""20185088""20250624""20316160""20381696""20447232"
-    "20512768""20971520""21037056""21102592""21233664""21299200""21430272""21561344""22151168"
-    "22216704""22282240""22347776""22413312""22478848""22609920""23330816""23396352""23461888"
-    "23494656""24117248""24379392""24444928""24510464""24641536""24707072""25165824""25231360"
-    "25296896""25624576""25690112""25755648""26214400""26345472""26476544""26542080""26607616"
-    "26673152""26738688""26804224""33554432""33619968""33685504""33751040""33816576""34144256"
-    "34603008""34734080""34799616""34865152""34930688""34996224""35127296""35192832""35848192"
-    "35913728""36044800""36241408""36700160""36765696""36831232""37093376""37158912""37224448"
-    "37289984""37879808""37945344""38141952""38207488""38273024""38338560""38862848""38928384"
-    "38993920""39059456""39124992""39190528""39256064""39321600""39387136""39845888""39911424"
-    "39976960""40042496""40108032""40894464""40960000""41025536""41222144""41287680""41353216"
-    "41943040""42008576""42074112""42139648""42205184""42270720""42336256""42401792""42467328"
-    "42532864""43122688""43188224""43253760""43319296""43515904""43581440""50331648""50397184"
-    "50397185""50462720""50528256""50593792""50659328""50724864""50790400""50855936""50921472"
-    "51380224""51445760""51511296""51576832""51642368""51773440""51838976""51904512""51970048"
-    "52428800""52494336""52559872""52625408""52690944""52756480""52822016""52887552""52953088"
-    "53608448""53673984""53739520""53805056""53870592""53936128""54001664""54067200""54525952"
-    "54591488""54657024""54722560""54788096""54853632""54919168""54984704""55115776""55640064"
-    "55836672""55902208""55967744""56098816""56164352""56623104""56688640""56885248""56950784"
-    "57016320""57081856""57147392""57212928""57671680""57737216""57933824""57999360""58064896"
-    "58130432""58195968""58261504""58720256""58851328""58916864""58982400""59047936""59113472"
-    "59179008""59244544""59310080""59834368""59965440""60030976""60096512""60227584""60293120"
-    "60358656""67174400""67239936""67305472""67371008""67371009""67436544""67502080""67567616"
-    "68157440""68485120""68550656""68616192""68681728""100925440""1074255475""1074255476"
-    "1074255477""1074255478""1074255735""1074255736""1074255737""1074255738""1074255739""1074255741"
-    "1074255900""1074255992""1074255996""1074255998""1074255999""1074256000""1074256002""1074256165"
-    "1074256166""1074256248""1074256263""1074256264""1074256265""1074256266""1074256526""1074256527"
-    "1074256528""1074256530""1074257056""1074257321""1074257844""1074258371""2147483649""2147484007"
-    "2147484008""2147484009""2147484016""2147484020""2147484021""2147484022""2147484040""2147484041"
-    "2147484048""2147484179""2147484181""2147484184""2147484185""2147484210""2147484212""2147484214"
-    "2147484225""2147484230""2147484240""2147484242""2147484244""2147484257""2147484265""2147484272"
-    "2147484273""2147484275""2147484289""2147484293""2147484294""2147484295""2147484296""2147484297"
-    "2147484311""2147484312""2147484417""2147484418""2147484452""2147484453""2147484454""2147484455"
-    "2147484456""2147484465""2147484486""2147484487""2147484489""2147484496""2147484501""2147484546"
-    "2147484563""2147484673""2147484676""2147484677""2147484678""2147484680""2147484695""2147484705"
-    "2147484706""2147484708""2147484712""2147484722""2147484723""2147484725""2147484726""2147484727"
-    "2147484752""2147484755""2147484772""2147484773""2147484775""2147484776""2147484800""2147484801"
-    "2147484807""2147484817""2147484824""2147484960""2147485024""2415919104""2684354560""32766"
-    "Canon:AEBBracketValue""AEB Bracket Value""Canon:AESetting""AE Setting""Canon:AESetting:0"
-    "Normal AE""Canon:AESetting:1""Canon:AESetting:2""AE Lock""Canon:AESetting:3"
-    "AE Lock + Exposure Comp.""Canon:AESetting:4""No AE""Canon:AFAccelDecelTracking"
-    "AF Accel/Decel Tracking""Canon:AFAreaHeight""AF Area Height""Canon:AFAreaHeights"
-    "AF Area Heights""Canon:AFAreaMode""AF Area Mode""Canon:AFAreaMode:0""Off (Manual Focus)"
-    "Canon:AFAreaMode:1""AF Point Expansion (surround)""Canon:AFAreaMode:10"
-    "AF Point Expansion (8 point)""Canon:AFAreaMode:11""Flexizone Multi (49 point)"
-    "Canon:AFAreaMode:12""Flexizone Multi (9 point)""Canon:AFAreaMode:13""Flexizone Single"
-    "Canon:AFAreaMode:14""Large Zone AF""Canon:AFAreaMode:2""Single-point AF""Canon:AFAreaMode:4"
-    "Auto""Canon:AFAreaMode:5""Face Detect AF""Canon:AFAreaMode:6""Face + Tracking"
-    "Canon:AFAreaMode:7""Zone AF""Canon:AFAreaMode:8""AF Point Expansion (4 point)"
-    "Canon:AFAreaMode:9""Spot AF""Canon:AFAreaSelectionMethod""AF Area Selection Method"
-    "Canon:AFAreaSelectionMethod:0""M-Fn Button""Canon:AFAreaSelectionMethod:1""Main Dial"
-    "Canon:AFAreaWidth""AF Area Width""Canon:AFAreaWidths""AF Area Widths""Canon:AFAreaXPositions"
-    "AF Area X Positions""Canon:AFAreaYPositions""AF Area Y Positions""Canon:AFAssistBeam"
-    "AF Assist Beam""Canon:AFAssistBeam:0""Enable""Canon:AFAssistBeam:1""Disable"
-    "Canon:AFAssistBeam:2""IR AF Assist Beam Only""Canon:AFConfigTool""AF Config Tool"
-    "Canon:AFImageHeight""AF Image Height""Canon:AFImageWidth""AF Image Width""Canon:AFInfoSize"
-    "AF Info Size""Canon:AFMicroAdjMode""AF Micro Adj Mode""Canon:AFMicroAdjMode:0"
-    "Canon:AFMicroAdjMode:1""Adjust all by the same amount""Canon:AFMicroAdjMode:2""Adjust by lens"
-    "Canon:AFMicroAdjValue""AF Micro Adj Value""Canon:AFPoint""AF Point""Canon:AFPoint:12288"
-    "None (MF)""Canon:AFPoint:12289""Auto AF point selection""Canon:AFPoint:12290""Right"
-    "Canon:AFPoint:12291""Center""Canon:AFPoint:12292""Left""Canon:AFPoint:16385"
-    "Canon:AFPoint:16390""Face Detect""Canon:AFPoint:8197""Manual AF point selection"
-    "Canon:AFPointDisplayDuringFocus""AF Point Display During Focus"
-    "Canon:AFPointDisplayDuringFocus:0""Selected (constant)""Canon:AFPointDisplayDuringFocus:1"
-    "All (constant)""Canon:AFPointDisplayDuringFocus:2""Selected (pre-AF, focused)"
-    "Canon:AFPointDisplayDuringFocus:3""Selected (focused)""Canon:AFPointDisplayDuringFocus:4"
-    "Disabled""Canon:AFPointSwitching""AF Point Switching""Canon:AFPointsInFocus"
-    "AF Points In Focus""Canon:AFPointsInFocus1D""AF Points In Focus 1D""Canon:AFPointsInFocus5D"
-    "AF Points In Focus 5D""Canon:AFPointsInFocus5D:0""Canon:AFPointsInFocus5D:1"
-    "Canon:AFPointsInFocus5D:1024""AI Servo2""Canon:AFPointsInFocus5D:128"
-    "Canon:AFPointsInFocus5D:16""Upper-right""Canon:AFPointsInFocus5D:16384""AI Servo6"
-    "Canon:AFPointsInFocus5D:2""Top""Canon:AFPointsInFocus5D:2048""AI Servo3"
-    "Canon:AFPointsInFocus5D:256""Canon:AFPointsInFocus5D:32""Lower-left""Canon:AFPointsInFocus5D:4"
-    "Bottom""Canon:AFPointsInFocus5D:4096""AI Servo4""Canon:AFPointsInFocus5D:512""AI Servo1"
-    "Canon:AFPointsInFocus5D:64""Lower-right""Canon:AFPointsInFocus5D:8""Upper-left"
-    "Canon:AFPointsInFocus5D:8192""AI Servo5""Canon:AFPointsInFocus:12288"
-    "Canon:AFPointsInFocus:12289""Canon:AFPointsInFocus:12290""Canon:AFPointsInFocus:12291"
-    "Center+Right""Canon:AFPointsInFocus:12292""Canon:AFPointsInFocus:12293""Left+Right"
-    "Canon:AFPointsInFocus:12294""Left+Center""Canon:AFPointsInFocus:12295""All"
-    "Canon:AFPointsSelected""AF Points Selected""Canon:AFStatusViewfinder""AF Status Viewfinder"
-    "Canon:AFStatusViewfinder:0""Show in Field of View""Canon:AFStatusViewfinder:1"
-    "Show Outside View""Canon:AFTrackingSensitivity""AF Tracking Sensitivity"
-    "Canon:AIServoFirstImage""AI Servo First Image""Canon:AIServoFirstImage:0""Equal Priority"
-    "Canon:AIServoFirstImage:1""Release Priority""Canon:AIServoFirstImage:2""Focus Priority"
-    "Canon:AIServoSecondImage""AI Servo Second Image""Canon:AIServoSecondImage:0"
-    "Canon:AIServoSecondImage:1""Canon:AIServoSecondImage:2""Canon:AIServoSecondImage:3"
-    "Release High Priority""Canon:AIServoSecondImage:4""Focus High Priority"
-    "Canon:AmbienceSelection""Ambience Selection""Canon:AmbienceSelection:0""Standard"
-    "Canon:AmbienceSelection:1""Vivid""Canon:AmbienceSelection:2""Warm""Canon:AmbienceSelection:3"
-    "Soft""Canon:AmbienceSelection:4""Cool""Canon:AmbienceSelection:5""Intense"
-    "Canon:AmbienceSelection:6""Brighter""Canon:AmbienceSelection:7""Darker"
-    "Canon:AmbienceSelection:8""Canon:AspectRatio""Aspect Ratio""Canon:AspectRatio:0""3:2"
-    "Canon:AspectRatio:1""1:1""Canon:AspectRatio:12""3:2 (APS-H crop)""Canon:AspectRatio:13"
-    "3:2 (APS-C crop)""Canon:AspectRatio:2""4:3""Canon:AspectRatio:258""4:3 crop"
-    "Canon:AspectRatio:7""16:9""Canon:AspectRatio:8""4:5""Canon:AudioBitrate""Audio Bitrate"
-    "Canon:AudioChannels""Canon:AudioSampleRate""Canon:AutoAFPointSelEOSiTRAF"
-    "Auto AF Point Sel EOS iTR AF""Canon:AutoAFPointSelEOSiTRAF:0""Canon:AutoAFPointSelEOSiTRAF:1"
-    "Canon:AutoExposureBracketing""Auto Exposure Bracketing""Canon:AutoExposureBracketing:-1"
-    "Canon:AutoExposureBracketing:0""Canon:AutoExposureBracketing:1""On (shot 1)"
-    "Canon:AutoExposureBracketing:2""On (shot 2)""Canon:AutoExposureBracketing:3""On (shot 3)"
-    "Canon:AutoISO""Auto ISO""Canon:AutoLightingOptimizer""Auto Lighting Optimizer"
-    "Canon:AutoLightingOptimizer:0""Canon:AutoLightingOptimizer:1""Low"
-    "Canon:AutoLightingOptimizer:2""Strong""Canon:AutoLightingOptimizer:3""Canon:AutoRotate"
-    "Auto Rotate""Canon:AutoRotate:-1""n/a""Canon:AutoRotate:0""Canon:AutoRotate:1""Rotate 90 CW"
-    "Canon:AutoRotate:2""Rotate 180""Canon:AutoRotate:3""Rotate 270 CW""Canon:AverageBlackLevel"
-    "Average Black Level""Canon:BaseISO""Base ISO""Canon:BatteryType""Battery Type"
-    "Canon:BlackLevels""Black Levels""Canon:BlackMaskBottomBorder""Black Mask Bottom Border"
-    "Canon:BlackMaskLeftBorder""Black Mask Left Border""Canon:BlackMaskRightBorder"
-    "Black Mask Right Border""Canon:BlackMaskTopBorder""Black Mask Top Border""Canon:BracketMode"
-    "Bracket Mode""Canon:BracketMode:0""Canon:BracketMode:1""AEB""Canon:BracketMode:2""FEB"
-    "Canon:BracketMode:3""Canon:BracketMode:4""WB""Canon:BracketShotNumber""Bracket Shot Number"
-    "Canon:BracketValue""Bracket Value""Canon:BulbDuration""Bulb Duration""Canon:CRWParam"
-    "CRW Param""Canon:CameraColorCalibration01""Camera Color Calibration 01"
-    "Canon:CameraColorCalibration02""Camera Color Calibration 02""Canon:CameraColorCalibration03"
-    "Camera Color Calibration 03""Canon:CameraColorCalibration04""Camera Color Calibration 04"
-    "Canon:CameraColorCalibration05""Camera Color Calibration 05""Canon:CameraColorCalibration06"
-    "Camera Color Calibration 06""Canon:CameraColorCalibration07""Camera Color Calibration 07"
-    "Canon:CameraColorCalibration08""Camera Color Calibration 08""Canon:CameraColorCalibration09"
-    "Camera Color Calibration 09""Canon:CameraColorCalibration10""Camera Color Calibration 10"
-    "Canon:CameraColorCalibration11""Camera Color Calibration 11""Canon:CameraColorCalibration12"
-    "Camera Color Calibration 12""Canon:CameraColorCalibration13""Camera Color Calibration 13"
-    "Canon:CameraColorCalibration14""Camera Color Calibration 14""Canon:CameraColorCalibration15"
-    "Camera Color Calibration 15""Canon:CameraISO""Camera ISO""Canon:CameraOrientation"
-    "Camera Orientation""Canon:CameraOrientation:0""Horizontal (normal)""Canon:CameraOrientation:1"
-    "Canon:CameraOrientation:2""Canon:CameraPictureStyle""Camera Picture Style"
-    "Canon:CameraPictureStyle:129""Canon:CameraPictureStyle:130""Canon:CameraPictureStyle:131"
-    "Landscape""Canon:CameraPictureStyle:132""Neutral""Canon:CameraPictureStyle:133""Faithful"
-    "Canon:CameraPictureStyle:134""Canon:CameraPictureStyle:33""User Defined 1"
-    "Canon:CameraPictureStyle:34""User Defined 2""Canon:CameraPictureStyle:35""User Defined 3"
-    "Canon:CameraTemperature""Camera Temperature""Canon:CameraType""Canon:CameraType:0"
-    "Canon:CameraType:248""EOS High-end""Canon:CameraType:250""Compact""Canon:CameraType:252"
-    "EOS Mid-range""Canon:CameraType:255""DV Camera""Canon:CanonExposureMode""Canon Exposure Mode"
-    "Canon:CanonExposureMode:0""Easy""Canon:CanonExposureMode:1""Program AE"
-    "Canon:CanonExposureMode:2""Shutter speed priority AE""Canon:CanonExposureMode:3"
-    "Aperture-priority AE""Canon:CanonExposureMode:4""Manual""Canon:CanonExposureMode:5"
-    "Depth-of-field AE""Canon:CanonExposureMode:6""M-Dep""Canon:CanonExposureMode:7""Bulb"
-    "Canon:CanonExposureMode:8""Flexible-priority AE""Canon:CanonFileLength""Canon File Length"
-    "Canon:CanonFirmwareVersion""Canon Firmware Version""Canon:CanonFlashInfo""Canon Flash Info"
-    "Canon:CanonFlashMode""Canon Flash Mode""Canon:CanonFlashMode:-1""Canon:CanonFlashMode:0"
-    "Canon:CanonFlashMode:1""Canon:CanonFlashMode:16""External flash""Canon:CanonFlashMode:2"
-    "Canon:CanonFlashMode:3""Red-eye reduction""Canon:CanonFlashMode:4""Slow-sync"
-    "Canon:CanonFlashMode:5""Red-eye reduction (Auto)""Canon:CanonFlashMode:6"
-    "Red-eye reduction (On)""Canon:CanonImageHeight""Canon Image Height""Canon:CanonImageSize"
-    "Canon Image Size""Canon:CanonImageSize:-1""Canon:CanonImageSize:0""Large"
-    "Canon:CanonImageSize:1""Medium""Canon:CanonImageSize:10""Medium Widescreen"
-    "Canon:CanonImageSize:128""640x480 Movie""Canon:CanonImageSize:129""Medium Movie"
-    "Canon:CanonImageSize:130""Small Movie""Canon:CanonImageSize:137""1280x720 Movie"
-    "Canon:CanonImageSize:14""Small 1""Canon:CanonImageSize:142""1920x1080 Movie"
-    "Canon:CanonImageSize:143""4096x2160 Movie""Canon:CanonImageSize:15""Small 2"
-    "Canon:CanonImageSize:16""Small 3""Canon:CanonImageSize:2""Small""Canon:CanonImageSize:5"
-    "Medium 1""Canon:CanonImageSize:6""Medium 2""Canon:CanonImageSize:7""Medium 3"
-    "Canon:CanonImageSize:8""Postcard""Canon:CanonImageSize:9""Widescreen""Canon:CanonImageType"
-    "Canon Image Type""Canon:CanonImageWidth""Canon Image Width""Canon:CanonLogVersion"
-    "Canon Log Version""Canon:CanonLogVersion:0""OFF""Canon:CanonLogVersion:1""CLogV1"
-    "Canon:CanonLogVersion:2""CLogV2""Canon:CanonLogVersion:3""CLogV3""Canon:CanonModelID"
-    "Canon Model ID""Canon:CanonModelID:100925440""PowerShot S100 / Digital IXUS / IXY Digital"
-    "Canon:CanonModelID:1042""EOS M50 / Kiss M""Canon:CanonModelID:1074255475""DC19/DC21/DC22"
-    "Canon:CanonModelID:1074255476""XH A1""Canon:CanonModelID:1074255477""HV10"
-    "Canon:CanonModelID:1074255478""MD130/MD140/MD150/MD160/ZR850""Canon:CanonModelID:1074255735"
-    "DC50""Canon:CanonModelID:1074255736""HV20""Canon:CanonModelID:1074255737""DC211"
-    "Canon:CanonModelID:1074255738""HG10""Canon:CanonModelID:1074255739""HR10"
-    "Canon:CanonModelID:1074255741""MD255/ZR950""Canon:CanonModelID:1074255900""HF11"
-    "Canon:CanonModelID:1074255992""HV30""Canon:CanonModelID:1074255996""XH A1S"
-    "Canon:CanonModelID:1074255998""DC301/DC310/DC311/DC320/DC330""Canon:CanonModelID:1074255999"
-    "FS100""Canon:CanonModelID:1074256000""HF10""Canon:CanonModelID:1074256002""HG20/HG21"
-    "Canon:CanonModelID:1074256165""HF21""Canon:CanonModelID:1074256166""HF S11"
-    "Canon:CanonModelID:1074256248""HV40""Canon:CanonModelID:1074256263""DC410/DC411/DC420"
-    "Canon:CanonModelID:1074256264""FS19/FS20/FS21/FS22/FS200""Canon:CanonModelID:1074256265"
-    "HF20/HF200""Canon:CanonModelID:1074256266""HF S10/S100""Canon:CanonModelID:1074256526"
-    "HF R10/R16/R17/R18/R100/R106""Canon:CanonModelID:1074256527""HF M30/M31/M36/M300/M306"
-    "Canon:CanonModelID:1074256528""HF S20/S21/S200""Canon:CanonModelID:1074256530"
-    "FS31/FS36/FS37/FS300/FS305/FS306/FS307""Canon:CanonModelID:1074257056""EOS C300"
-    "Canon:CanonModelID:1074257321""HF G25""Canon:CanonModelID:1074257844""XC10"
-    "Canon:CanonModelID:1074258371""EOS C200""Canon:CanonModelID:16842752""PowerShot A30"
-    "Canon:CanonModelID:17039360""PowerShot S300 / Digital IXUS 300 / IXY Digital 300"
-    "Canon:CanonModelID:17170432""PowerShot A20""Canon:CanonModelID:17301504""PowerShot A10"
-    "Canon:CanonModelID:17367040""PowerShot S110 / Digital IXUS v / IXY Digital 200"
-    "Canon:CanonModelID:17825792""PowerShot G2""Canon:CanonModelID:17891328""PowerShot S40"
-    "Canon:CanonModelID:17956864""PowerShot S30""Canon:CanonModelID:18022400""PowerShot A40"
-    "Canon:CanonModelID:18087936""EOS D30""Canon:CanonModelID:18153472""PowerShot A100"
-    "Canon:CanonModelID:18219008""PowerShot S200 / Digital IXUS v2 / IXY Digital 200a"
-    "Canon:CanonModelID:18284544""PowerShot A200""Canon:CanonModelID:18350080"
-    "PowerShot S330 / Digital IXUS 330 / IXY Digital 300a""Canon:CanonModelID:18415616"
-    "PowerShot G3""Canon:CanonModelID:18939904""PowerShot S45""Canon:CanonModelID:19070976"
-    "PowerShot SD100 / Digital IXUS II / IXY Digital 30""Canon:CanonModelID:19136512"
-    "PowerShot S230 / Digital IXUS v3 / IXY Digital 320""Canon:CanonModelID:19202048""PowerShot A70"
-    "Canon:CanonModelID:19267584""PowerShot A60""Canon:CanonModelID:19333120"
-    "PowerShot S400 / Digital IXUS 400 / IXY Digital 400""Canon:CanonModelID:19464192""PowerShot G5"
-    "Canon:CanonModelID:19922944""PowerShot A300""Canon:CanonModelID:19988480""PowerShot S50"
-    "Canon:CanonModelID:20185088""PowerShot A80""Canon:CanonModelID:20250624"
-    "PowerShot SD10 / Digital IXUS i / IXY Digital L""Canon:CanonModelID:20316160""PowerShot S1 IS"
-    "Canon:CanonModelID:20381696""PowerShot Pro1""Canon:CanonModelID:20447232""PowerShot S70"
-    "Canon:CanonModelID:2049""PowerShot SX740 HS""Canon:CanonModelID:20512768""PowerShot S60"
-    "Canon:CanonModelID:2052""PowerShot G5 X Mark II""Canon:CanonModelID:2053""PowerShot SX70 HS"
-    "Canon:CanonModelID:2056""PowerShot G7 X Mark III""Canon:CanonModelID:2065""EOS M6 Mark II"
-    "Canon:CanonModelID:2066""EOS M200""Canon:CanonModelID:20971520""PowerShot G6"
-    "Canon:CanonModelID:21037056""PowerShot S500 / Digital IXUS 500 / IXY Digital 500"
-    "Canon:CanonModelID:21102592""PowerShot A75""Canon:CanonModelID:21233664"
-    "PowerShot SD110 / Digital IXUS IIs / IXY Digital 30a""Canon:CanonModelID:21299200"
-    "PowerShot A400""Canon:CanonModelID:21430272""PowerShot A310""Canon:CanonModelID:2147483649"
-    "EOS-1D""Canon:CanonModelID:2147484007""EOS-1DS""Canon:CanonModelID:2147484008""EOS 10D"
-    "Canon:CanonModelID:2147484009""EOS-1D Mark III""Canon:CanonModelID:2147484016"
-    "EOS Digital Rebel / 300D / Kiss Digital""Canon:CanonModelID:2147484020""EOS-1D Mark II"
-    "Canon:CanonModelID:2147484021""EOS 20D""Canon:CanonModelID:2147484022"
-    "EOS Digital Rebel XSi / 450D / Kiss X2""Canon:CanonModelID:2147484040""EOS-1Ds Mark II"
-    "Canon:CanonModelID:2147484041""EOS Digital Rebel XT / 350D / Kiss Digital N"
-    "Canon:CanonModelID:2147484048""EOS 40D""Canon:CanonModelID:2147484179""EOS 5D"
-    "Canon:CanonModelID:2147484181""EOS-1Ds Mark III""Canon:CanonModelID:2147484184""EOS 5D Mark II"
-    "Canon:CanonModelID:2147484185""WFT-E1""Canon:CanonModelID:2147484210""EOS-1D Mark II N"
-    "Canon:CanonModelID:2147484212""EOS 30D""Canon:CanonModelID:2147484214"
-    "EOS Digital Rebel XTi / 400D / Kiss Digital X""Canon:CanonModelID:2147484225""WFT-E2"
-    "Canon:CanonModelID:2147484230""WFT-E3""Canon:CanonModelID:2147484240""EOS 7D"
-    "Canon:CanonModelID:2147484242""EOS Rebel T1i / 500D / Kiss X3""Canon:CanonModelID:2147484244"
-    "EOS Rebel XS / 1000D / Kiss F""Canon:CanonModelID:2147484257""EOS 50D"
-    "Canon:CanonModelID:2147484265""EOS-1D X""Canon:CanonModelID:2147484272"
-    "EOS Rebel T2i / 550D / Kiss X4""Canon:CanonModelID:2147484273""WFT-E4"
-    "Canon:CanonModelID:2147484275""WFT-E5""Canon:CanonModelID:2147484289""EOS-1D Mark IV"
-    "Canon:CanonModelID:2147484293""EOS 5D Mark III""Canon:CanonModelID:2147484294"
-    "EOS Rebel T3i / 600D / Kiss X5""Canon:CanonModelID:2147484295""EOS 60D"
-    "Canon:CanonModelID:2147484296""EOS Rebel T3 / 1100D / Kiss X50""Canon:CanonModelID:2147484297"
-    "EOS 7D Mark II""Canon:CanonModelID:2147484311""WFT-E2 II""Canon:CanonModelID:2147484312"
-    "WFT-E4 II""Canon:CanonModelID:2147484417""EOS Rebel T4i / 650D / Kiss X6i"
-    "Canon:CanonModelID:2147484418""EOS 6D""Canon:CanonModelID:2147484452""EOS-1D C"
-    "Canon:CanonModelID:2147484453""EOS 70D""Canon:CanonModelID:2147484454"
-    "EOS Rebel T5i / 700D / Kiss X7i""Canon:CanonModelID:2147484455"
-    "EOS Rebel T5 / 1200D / Kiss X70 / Hi""Canon:CanonModelID:2147484456""EOS-1D X Mark II"
-    "Canon:CanonModelID:2147484465""EOS M""Canon:CanonModelID:2147484486"
-    "EOS Rebel SL1 / 100D / Kiss X7""Canon:CanonModelID:2147484487""EOS Rebel T6s / 760D / 8000D"
-    "Canon:CanonModelID:2147484489""EOS 5D Mark IV""Canon:CanonModelID:2147484496""EOS 80D"
-    "Canon:CanonModelID:2147484501""EOS M2""Canon:CanonModelID:2147484546""EOS 5DS"
-    "Canon:CanonModelID:2147484563""EOS Rebel T6i / 750D / Kiss X8i""Canon:CanonModelID:2147484673"
-    "EOS 5DS R""Canon:CanonModelID:2147484676""EOS Rebel T6 / 1300D / Kiss X80"
-    "Canon:CanonModelID:2147484677""EOS Rebel T7i / 800D / Kiss X9i""Canon:CanonModelID:2147484678"
-    "EOS 6D Mark II""Canon:CanonModelID:2147484680""EOS 77D / 9000D""Canon:CanonModelID:2147484695"
-    "EOS Rebel SL2 / 200D / Kiss X9""Canon:CanonModelID:2147484705""EOS R5"
-    "Canon:CanonModelID:2147484706""EOS Rebel T100 / 4000D / 3000D""Canon:CanonModelID:2147484708"
-    "EOS R""Canon:CanonModelID:2147484712""EOS-1D X Mark III""Canon:CanonModelID:2147484722"
-    "EOS Rebel T7 / 2000D / 1500D / Kiss X90""Canon:CanonModelID:2147484723""EOS RP"
-    "Canon:CanonModelID:2147484725""EOS Rebel T8i / 850D / X10i""Canon:CanonModelID:2147484726"
-    "EOS SL3 / 250D / Kiss X10""Canon:CanonModelID:2147484727""EOS 90D"
-    "Canon:CanonModelID:2147484752""EOS R3""Canon:CanonModelID:2147484755""EOS R6"
-    "Canon:CanonModelID:2147484772""EOS R7""Canon:CanonModelID:2147484773""EOS R10"
-    "Canon:CanonModelID:2147484775""PowerShot ZOOM""Canon:CanonModelID:2147484776"
-    "EOS M50 Mark II / Kiss M2""Canon:CanonModelID:2147484800""EOS R50"
-    "Canon:CanonModelID:2147484801""EOS R6 Mark II""Canon:CanonModelID:2147484807""EOS R8"
-    "Canon:CanonModelID:2147484817""PowerShot V10""Canon:CanonModelID:2147484824""EOS R100"
-    "Canon:CanonModelID:2147484960""EOS D2000C""Canon:CanonModelID:2147485024""EOS D6000C"
-    "Canon:CanonModelID:21561344""PowerShot A85""Canon:CanonModelID:22151168"
-    "PowerShot S410 / Digital IXUS 430 / IXY Digital 450""Canon:CanonModelID:22216704"
-    "PowerShot A95""Canon:CanonModelID:22282240""PowerShot SD300 / Digital IXUS 40 / IXY Digital 50"
-    "Canon:CanonModelID:22347776""PowerShot SD200 / Digital IXUS 30 / IXY Digital 40"
-    "Canon:CanonModelID:22413312""PowerShot A520""Canon:CanonModelID:22478848""PowerShot A510"
-    "Canon:CanonModelID:22609920""PowerShot SD20 / Digital IXUS i5 / IXY Digital L2"
-    "Canon:CanonModelID:23330816""PowerShot S2 IS""Canon:CanonModelID:23396352"
-    "PowerShot SD430 / Digital IXUS Wireless / IXY Digital Wireless""Canon:CanonModelID:23461888"
-    "PowerShot SD500 / Digital IXUS 700 / IXY Digital 600""Canon:CanonModelID:23494656""EOS D60"
-    "Canon:CanonModelID:24117248""PowerShot SD30 / Digital IXUS i Zoom / IXY Digital L3"
-    "Canon:CanonModelID:24379392""PowerShot A430""Canon:CanonModelID:24444928""PowerShot A410"
-    "Canon:CanonModelID:24510464""PowerShot S80""Canon:CanonModelID:24641536""PowerShot A620"
-    "Canon:CanonModelID:24707072""PowerShot A610""Canon:CanonModelID:25165824"
-    "PowerShot SD630 / Digital IXUS 65 / IXY Digital 80""Canon:CanonModelID:25231360"
-    "PowerShot SD450 / Digital IXUS 55 / IXY Digital 60""Canon:CanonModelID:25296896""PowerShot TX1"
-    "Canon:CanonModelID:25624576""PowerShot SD400 / Digital IXUS 50 / IXY Digital 55"
-    "Canon:CanonModelID:25690112""PowerShot A420""Canon:CanonModelID:25755648"
-    "PowerShot SD900 / Digital IXUS 900 Ti / IXY Digital 1000""Canon:CanonModelID:26214400"
-    "PowerShot SD550 / Digital IXUS 750 / IXY Digital 700""Canon:CanonModelID:26345472"
-    "PowerShot A700""Canon:CanonModelID:26476544"
-    "PowerShot SD700 IS / Digital IXUS 800 IS / IXY Digital 800 IS""Canon:CanonModelID:26542080"
-    "PowerShot S3 IS""Canon:CanonModelID:26607616""PowerShot A540""Canon:CanonModelID:26673152"
-    "PowerShot SD600 / Digital IXUS 60 / IXY Digital 70""Canon:CanonModelID:26738688""PowerShot G7"
-    "Canon:CanonModelID:26804224""PowerShot A530""Canon:CanonModelID:33554432"
-    "PowerShot SD800 IS / Digital IXUS 850 IS / IXY Digital 900 IS""Canon:CanonModelID:33619968"
-    "PowerShot SD40 / Digital IXUS i7 / IXY Digital L4""Canon:CanonModelID:33685504"
-    "PowerShot A710 IS""Canon:CanonModelID:33751040""PowerShot A640""Canon:CanonModelID:33816576"
-    "PowerShot A630""Canon:CanonModelID:34144256""PowerShot S5 IS""Canon:CanonModelID:34603008"
-    "PowerShot A460""Canon:CanonModelID:34734080"
-    "PowerShot SD850 IS / Digital IXUS 950 IS / IXY Digital 810 IS""Canon:CanonModelID:34799616"
-    "PowerShot A570 IS""Canon:CanonModelID:34865152""PowerShot A560""Canon:CanonModelID:34930688"
-    "PowerShot SD750 / Digital IXUS 75 / IXY Digital 90""Canon:CanonModelID:34996224"
-    "PowerShot SD1000 / Digital IXUS 70 / IXY Digital 10""Canon:CanonModelID:35127296"
-    "PowerShot A550""Canon:CanonModelID:35192832""PowerShot A450""Canon:CanonModelID:35848192"
-    "PowerShot G9""Canon:CanonModelID:35913728""PowerShot A650 IS""Canon:CanonModelID:36044800"
-    "PowerShot A720 IS""Canon:CanonModelID:36241408""PowerShot SX100 IS"
-    "Canon:CanonModelID:36700160""PowerShot SD950 IS / Digital IXUS 960 IS / IXY Digital 2000 IS"
-    "Canon:CanonModelID:36765696""PowerShot SD870 IS / Digital IXUS 860 IS / IXY Digital 910 IS"
-    "Canon:CanonModelID:36831232""PowerShot SD890 IS / Digital IXUS 970 IS / IXY Digital 820 IS"
-    "Canon:CanonModelID:37093376""PowerShot SD790 IS / Digital IXUS 90 IS / IXY Digital 95 IS"
-    "Canon:CanonModelID:37158912""PowerShot SD770 IS / Digital IXUS 85 IS / IXY Digital 25 IS"
-    "Canon:CanonModelID:37224448""PowerShot A590 IS""Canon:CanonModelID:37289984""PowerShot A580"
-    "Canon:CanonModelID:37879808""PowerShot A470""Canon:CanonModelID:37945344"
-    "PowerShot SD1100 IS / Digital IXUS 80 IS / IXY Digital 20 IS""Canon:CanonModelID:38141952"
-    "PowerShot SX1 IS""Canon:CanonModelID:38207488""PowerShot SX10 IS""Canon:CanonModelID:38273024"
-    "PowerShot A1000 IS""Canon:CanonModelID:38338560""PowerShot G10""Canon:CanonModelID:38862848"
-    "PowerShot A2000 IS""Canon:CanonModelID:38928384""PowerShot SX110 IS"
-    "Canon:CanonModelID:38993920""PowerShot SD990 IS / Digital IXUS 980 IS / IXY Digital 3000 IS"
-    "Canon:CanonModelID:39059456""PowerShot SD880 IS / Digital IXUS 870 IS / IXY Digital 920 IS"
-    "Canon:CanonModelID:39124992""PowerShot E1""Canon:CanonModelID:39190528""PowerShot D10"
-    "Canon:CanonModelID:39256064""PowerShot SD960 IS / Digital IXUS 110 IS / IXY Digital 510 IS"
-    "Canon:CanonModelID:39321600""PowerShot A2100 IS""Canon:CanonModelID:39387136""PowerShot A480"
-    "Canon:CanonModelID:39845888""PowerShot SX200 IS""Canon:CanonModelID:39911424"
-    "PowerShot SD970 IS / Digital IXUS 990 IS / IXY Digital 830 IS""Canon:CanonModelID:39976960"
-    "PowerShot SD780 IS / Digital IXUS 100 IS / IXY Digital 210 IS""Canon:CanonModelID:40042496"
-    "PowerShot A1100 IS""Canon:CanonModelID:40108032"
-    "PowerShot SD1200 IS / Digital IXUS 95 IS / IXY Digital 110 IS""Canon:CanonModelID:40894464"
-    "PowerShot G11""Canon:CanonModelID:40960000""PowerShot SX120 IS""Canon:CanonModelID:41025536"
-    "PowerShot S90""Canon:CanonModelID:41222144""PowerShot SX20 IS""Canon:CanonModelID:41287680"
-    "PowerShot SD980 IS / Digital IXUS 200 IS / IXY Digital 930 IS""Canon:CanonModelID:41353216"
-    "PowerShot SD940 IS / Digital IXUS 120 IS / IXY Digital 220 IS""Canon:CanonModelID:41943040"
-    "PowerShot A495""Canon:CanonModelID:42008576""PowerShot A490""Canon:CanonModelID:42074112"
-    "PowerShot A3100/A3150 IS""Canon:CanonModelID:42139648""PowerShot A3000 IS"
-    "Canon:CanonModelID:42205184""PowerShot SD1400 IS / IXUS 130 / IXY 400F"
-    "Canon:CanonModelID:42270720""PowerShot SD1300 IS / IXUS 105 / IXY 200F"
-    "Canon:CanonModelID:42336256""PowerShot SD3500 IS / IXUS 210 / IXY 10S"
-    "Canon:CanonModelID:42401792""PowerShot SX210 IS""Canon:CanonModelID:42467328"
-    "PowerShot SD4000 IS / IXUS 300 HS / IXY 30S""Canon:CanonModelID:42532864"
-    "PowerShot SD4500 IS / IXUS 1000 HS / IXY 50S""Canon:CanonModelID:43122688""PowerShot G12"
-    "Canon:CanonModelID:43188224""PowerShot SX30 IS""Canon:CanonModelID:43253760"
-    "PowerShot SX130 IS""Canon:CanonModelID:43319296""PowerShot S95""Canon:CanonModelID:43515904"
-    "PowerShot A3300 IS""Canon:CanonModelID:43581440""PowerShot A3200 IS"
-    "Canon:CanonModelID:50331648""PowerShot ELPH 500 HS / IXUS 310 HS / IXY 31S"
-    "Canon:CanonModelID:50397184""PowerShot Pro90 IS""Canon:CanonModelID:50397185""PowerShot A800"
-    "Canon:CanonModelID:50462720""PowerShot ELPH 100 HS / IXUS 115 HS / IXY 210F"
-    "Canon:CanonModelID:50528256""PowerShot SX230 HS""Canon:CanonModelID:50593792"
-    "PowerShot ELPH 300 HS / IXUS 220 HS / IXY 410F""Canon:CanonModelID:50659328""PowerShot A2200"
-    "Canon:CanonModelID:50724864""PowerShot A1200""Canon:CanonModelID:50790400""PowerShot SX220 HS"
-    "Canon:CanonModelID:50855936""PowerShot G1 X""Canon:CanonModelID:50921472""PowerShot SX150 IS"
-    "Canon:CanonModelID:51380224""PowerShot ELPH 510 HS / IXUS 1100 HS / IXY 51S"
-    "Canon:CanonModelID:51445760""PowerShot S100 (new)""Canon:CanonModelID:51511296"
-    "PowerShot ELPH 310 HS / IXUS 230 HS / IXY 600F""Canon:CanonModelID:51576832""PowerShot SX40 HS"
-    "Canon:CanonModelID:51642368""IXY 32S""Canon:CanonModelID:51773440""PowerShot A1300"
-    "Canon:CanonModelID:51838976""PowerShot A810""Canon:CanonModelID:51904512"
-    "PowerShot ELPH 320 HS / IXUS 240 HS / IXY 420F""Canon:CanonModelID:51970048"
-    "PowerShot ELPH 110 HS / IXUS 125 HS / IXY 220F""Canon:CanonModelID:52428800""PowerShot D20"
-    "Canon:CanonModelID:52494336""PowerShot A4000 IS""Canon:CanonModelID:52559872"
-    "PowerShot SX260 HS""Canon:CanonModelID:52625408""PowerShot SX240 HS"
-    "Canon:CanonModelID:52690944""PowerShot ELPH 530 HS / IXUS 510 HS / IXY 1"
-    "Canon:CanonModelID:52756480""PowerShot ELPH 520 HS / IXUS 500 HS / IXY 3"
-    "Canon:CanonModelID:52822016""PowerShot A3400 IS""Canon:CanonModelID:52887552"
-    "PowerShot A2400 IS""Canon:CanonModelID:52953088""PowerShot A2300""Canon:CanonModelID:53608448"
-    "PowerShot S100V""Canon:CanonModelID:53673984""PowerShot G15""Canon:CanonModelID:53739520"
-    "PowerShot SX50 HS""Canon:CanonModelID:53805056""PowerShot SX160 IS"
-    "Canon:CanonModelID:53870592""PowerShot S110 (new)""Canon:CanonModelID:53936128"
-    "PowerShot SX500 IS""Canon:CanonModelID:54001664""PowerShot N""Canon:CanonModelID:54067200"
-    "IXUS 245 HS / IXY 430F""Canon:CanonModelID:54525952""PowerShot SX280 HS"
-    "Canon:CanonModelID:54591488""PowerShot SX270 HS""Canon:CanonModelID:54657024"
-    "PowerShot A3500 IS""Canon:CanonModelID:54722560""PowerShot A2600""Canon:CanonModelID:54788096"
-    "PowerShot SX275 HS""Canon:CanonModelID:54853632""PowerShot A1400""Canon:CanonModelID:54919168"
-    "PowerShot ELPH 130 IS / IXUS 140 / IXY 110F""Canon:CanonModelID:54984704"
-    "PowerShot ELPH 115/120 IS / IXUS 132/135 / IXY 90F/100F""Canon:CanonModelID:55115776"
-    "PowerShot ELPH 330 HS / IXUS 255 HS / IXY 610F""Canon:CanonModelID:55640064""PowerShot A2500"
-    "Canon:CanonModelID:55836672""PowerShot G16""Canon:CanonModelID:55902208""PowerShot S120"
-    "Canon:CanonModelID:55967744""PowerShot SX170 IS""Canon:CanonModelID:56098816"
-    "PowerShot SX510 HS""Canon:CanonModelID:56164352""PowerShot S200 (new)"
-    "Canon:CanonModelID:56623104""IXY 620F""Canon:CanonModelID:56688640""PowerShot N100"
-    "Canon:CanonModelID:56885248""PowerShot G1 X Mark II""Canon:CanonModelID:56950784"
-    "PowerShot D30""Canon:CanonModelID:57016320""PowerShot SX700 HS""Canon:CanonModelID:57081856"
-    "PowerShot SX600 HS""Canon:CanonModelID:57147392""PowerShot ELPH 140 IS / IXUS 150 / IXY 130"
-    "Canon:CanonModelID:57212928""PowerShot ELPH 135 / IXUS 145 / IXY 120"
-    "Canon:CanonModelID:57671680""PowerShot ELPH 340 HS / IXUS 265 HS / IXY 630"
-    "Canon:CanonModelID:57737216""PowerShot ELPH 150 IS / IXUS 155 / IXY 140"
-    "Canon:CanonModelID:57933824""EOS M3""Canon:CanonModelID:57999360""PowerShot SX60 HS"
-    "Canon:CanonModelID:58064896""PowerShot SX520 HS""Canon:CanonModelID:58130432"
-    "PowerShot SX400 IS""Canon:CanonModelID:58195968""PowerShot G7 X""Canon:CanonModelID:58261504"
-    "PowerShot N2""Canon:CanonModelID:58720256""PowerShot SX530 HS""Canon:CanonModelID:58851328"
-    "PowerShot SX710 HS""Canon:CanonModelID:58916864""PowerShot SX610 HS"
-    "Canon:CanonModelID:58982400""EOS M10""Canon:CanonModelID:59047936""PowerShot G3 X"
-    "Canon:CanonModelID:59113472""PowerShot ELPH 165 HS / IXUS 165 / IXY 160"
-    "Canon:CanonModelID:59179008""PowerShot ELPH 160 / IXUS 160""Canon:CanonModelID:59244544"
-    "PowerShot ELPH 350 HS / IXUS 275 HS / IXY 640""Canon:CanonModelID:59310080"
-    "PowerShot ELPH 170 IS / IXUS 170""Canon:CanonModelID:59834368""PowerShot SX410 IS"
-    "Canon:CanonModelID:59965440""PowerShot G9 X""Canon:CanonModelID:60030976""EOS M5"
-    "Canon:CanonModelID:60096512""PowerShot G5 X""Canon:CanonModelID:60227584"
-    "PowerShot G7 X Mark II""Canon:CanonModelID:60293120""EOS M100""Canon:CanonModelID:60358656"
-    "PowerShot ELPH 360 HS / IXUS 285 HS / IXY 650""Canon:CanonModelID:67174400""PowerShot SX540 HS"
-    "Canon:CanonModelID:67239936""PowerShot SX420 IS""Canon:CanonModelID:67305472"
-    "PowerShot ELPH 190 IS / IXUS 180 / IXY 190""Canon:CanonModelID:67371008""PowerShot G1"
-    "Canon:CanonModelID:67371009""PowerShot ELPH 180 IS / IXUS 175 / IXY 180"
-    "Canon:CanonModelID:67436544""PowerShot SX720 HS""Canon:CanonModelID:67502080"
-    "PowerShot SX620 HS""Canon:CanonModelID:67567616""EOS M6""Canon:CanonModelID:68157440"
-    "PowerShot G9 X Mark II""Canon:CanonModelID:68485120""PowerShot ELPH 185 / IXUS 185 / IXY 200"
-    "Canon:CanonModelID:68550656""PowerShot SX430 IS""Canon:CanonModelID:68616192"
-    "PowerShot SX730 HS""Canon:CanonModelID:68681728""PowerShot G1 X Mark III"
-    "Canon:Canon_AFInfo2_0x000d""Canon AF Info 2 0x000d""Canon:Canon_AFInfo_0x000b"
-    "Canon AF Info 0x000b""Canon:Categories""Canon:Categories:0""Canon:Categories:1""People"
-    "Canon:Categories:16""User 2""Canon:Categories:2""Scenery""Canon:Categories:32""User 3"
-    "Canon:Categories:4""Events""Canon:Categories:64""To Do""Canon:Categories:8""User 1"
-    "Canon:ChromaticAberrationCorr""Chromatic Aberration Corr""Canon:ChromaticAberrationCorr:0"
-    "Canon:ChromaticAberrationCorr:1""Canon:ChromaticAberrationSetting"
-    "Chromatic Aberration Setting""Canon:ChromaticAberrationSetting:0"
-    "Canon:ChromaticAberrationSetting:1""Canon:ColorDataVersion""Color Data Version"
-    "Canon:ColorDataVersion:-3""-3 (M10/M3)""Canon:ColorDataVersion:-4""-4 (M100/M5/M6)"
-    "Canon:ColorDataVersion:1""1 (1DmkIIN/5D/30D/400D)""Canon:ColorDataVersion:10"
+    "ThumbnailImage" "PreviewImage" "Text" "AFCP:PreviewImage" "Preview Image" "AFCP:Text"
+    "AFCP:ThumbnailImage" "Thumbnail Image" "缩略图" "Aperçu de l'image" "Texte" "Vignette"
+    "Vorschaubild" "Miniaturbild" "Immagine anteprima" "Testo" "Miniatura" "プレビューイメージ" "テキスト"
+    "サムネイル画像" "Vista Previa" "Texto" "CommentTime" "MarkerID" "Comment" "NumChannels"
+    "NumSampleFrames" "SampleSize" "CompressionType" "CompressorName" "FormatVersionTime"
+    "Copyright" "Annotation" "ApplicationData" "Author" "Name" "ACE2" "ACE8" "ALAW" "G722" "G726"
+    "G728" "GSM " "MAC3" "MAC6" "NONE" "ULAW" "alaw" "sowt" "ulaw" "AIFF:Annotation"
+    "AIFF:ApplicationData" "Application Data" "AIFF:Author" "AIFF:Comment" "AIFF:CommentTime"
+    "Comment Time" "AIFF:CompressionType" "Compression Type" "AIFF:CompressionType:ACE2"
+    "ACE 2-to-1" "AIFF:CompressionType:ACE8" "ACE 8-to-3" "AIFF:CompressionType:ALAW" "A-law"
+    "AIFF:CompressionType:G722" "AIFF:CompressionType:G726" "AIFF:CompressionType:G728"
+    "AIFF:CompressionType:GSM " "GSM" "AIFF:CompressionType:MAC3" "MAC 3-to-1"
+    "AIFF:CompressionType:MAC6" "MAC 6-to-1" "AIFF:CompressionType:NONE" "None"
+    "AIFF:CompressionType:ULAW" "Mu-law" "AIFF:CompressionType:alaw" "a-law"
+    "AIFF:CompressionType:sowt" "Little-endian, no compression" "AIFF:CompressionType:ulaw" "mu-law"
+    "AIFF:CompressorName" "Compressor Name" "AIFF:Copyright" "AIFF:FormatVersionTime"
+    "Format Version Time" "AIFF:MarkerID" "Marker ID" "AIFF:Name" "AIFF:NumChannels" "Num Channels"
+    "AIFF:NumSampleFrames" "Num Sample Frames" "AIFF:SampleSize" "Sample Size" "作者" "注释" "专利拥有者"
+    "Auteur" "Commentaire" "Aucune" "Propriétaire du copyright" "Nom" "Nombre de canaux" "Anmerkung"
+    "Autor" "Kommentar" "Komprimierungsschema" "Keines" "Little-endian, keine Komprimierung"
+    "Urheberrechtsvermerk" "Anzahl Kanäle" "Annotazione" "Autore" "Commento" "Ora commento"
+    "Tipo compressione" "Nessuno" "Little-endian, senza compressione" "Nome compressione"
+    "Titolare del copyright" "ID marker" "Nome" "Numero canali" "Numero fotogrammi campionamento"
+    "Dimensione campione" "コメント" "無し" "版権所有者" "Anotación" "Comentario" "Tipo Compresión" "Ninguno"
+    "Nombre Compresor" "Copyright Perfil" "Nombre" "Número Canales" "Número de fotogramas"
+    "Tamaño muestra" "Album" "Artist" "Duration" "Genre" "Title" "ToolName" "ToolVersion" "Track"
+    "Year" "CompressionLevel" "BlocksPerFrame" "FinalFrameBlocks" "TotalFrames" "BitsPerSample"
+    "Channels" "SampleRate" "APEVersion" "APE:APEVersion" "APE Version" "APE:Album" "APE:Artist"
+    "APE:BitsPerSample" "Bits Per Sample" "APE:BlocksPerFrame" "Blocks Per Frame" "APE:Channels"
+    "APE:CompressionLevel" "Compression Level" "APE:Duration" "APE:FinalFrameBlocks"
+    "Final Frame Blocks" "APE:Genre" "APE:SampleRate" "Sample Rate" "APE:Title" "APE:ToolName"
+    "Tool Name" "APE:ToolVersion" "Tool Version" "APE:TotalFrames" "Total Frames" "APE:Track"
+    "APE:Year" "APE 版本" "相册" "图像作者" "每个组件的比特数" "标题" "Version APE" "Artiste"
+    "Nombre de bits par échantillon" "Durée" "Titre" "Année" "APE-Version" "Künstler"
+    "Anzahl der Bits pro Komponente" "Kanäle" "Komprimierungsgrad" "Dauer" "Titel" "Jahr"
+    "Versione APE" "Persona che ha creato l'immagine" "Numero di bit per componente"
+    "Blocchi per frame" "Canali" "Livello di compressione" "Blocchi frame finali" "Genere"
+    "Frequenza campionamento" "Titolo" "Nome strumento" "Versione strumento" "Frame totali"
+    "Traccia" "Anno" "APEバージョン" "アルバム" "画像作成者" "コンポーネントのビット数" "タイトル" "Versión APE" "Álbum"
+    "Número de Bits Por Muestra" "Bloques por Imagen" "Canales" "Nivel Compresión" "Duración"
+    "Género" "Frecuencia muestreo" "Título" "Nombre Herramienta" "Versión Herramienta"
+    "Total Imagenes" "Pista" "Año" "InterleavedField" "OcadRevision" "0" "1" "2"
+    "APP0:InterleavedField" "Interleaved Field" "APP0:InterleavedField:0" "Not Interleaved"
+    "APP0:InterleavedField:1" "Odd" "APP0:InterleavedField:2" "Even" "APP0:OcadRevision"
+    "Ocad Revision" "Pari" "CameraInfoByteOrder" "Emissivity" "ObjectDistance"
+    "ReflectedApparentTemperature" "AtmosphericTemperature" "IRWindowTemperature"
+    "IRWindowTransmission" "RelativeHumidity" "PlanckR1" "PlanckB" "PlanckF"
+    "AtmosphericTransAlpha1" "AtmosphericTransAlpha2" "AtmosphericTransBeta1"
+    "AtmosphericTransBeta2" "AtmosphericTransX" "CameraTemperatureRangeMax"
+    "CameraTemperatureRangeMin" "CameraTemperatureMaxClip" "CameraTemperatureMinClip"
+    "CameraTemperatureMaxWarn" "CameraTemperatureMinWarn" "CameraTemperatureMaxSaturated"
+    "CameraTemperatureMinSaturated" "CameraModel" "CameraPartNumber" "CameraSerialNumber"
+    "CameraSoftware" "LensModel" "LensPartNumber" "LensSerialNumber" "FieldOfView" "FilterModel"
+    "FilterPartNumber" "FilterSerialNumber" "PlanckO" "PlanckR2" "RawValueRangeMin"
+    "RawValueRangeMax" "RawValueMedian" "RawValueRange" "DateTimeOriginal" "FocusStepCount"
+    "FocusDistance" "FrameRate" "CoarseMapByteOrder" "CoarseMapImageWidth" "CoarseMapImageHeight"
+    "CoarseMapImageType" "CoarseMapImage" "EmbeddedImageByteOrder" "EmbeddedImageWidth"
+    "EmbeddedImageHeight" "EmbeddedImageType" "EmbeddedImage" "EmbeddedAudioFile" "GPSValid"
+    "GPSVersionID" "GPSLatitudeRef" "GPSLongitudeRef" "GPSLatitude" "GPSLongitude" "GPSAltitude"
+    "GPSDOP" "GPSSpeedRef" "GPSTrackRef" "GPSImgDirectionRef" "GPSSpeed" "GPSTrack"
+    "GPSImgDirection" "GPSMapDatum" "GainDeadMapByteOrder" "GainDeadMapImageWidth"
+    "GainDeadMapImageHeight" "GainDeadMapImageType" "GainDeadMapImage" "CreatorSoftware"
+    "Meas1Label" "Meas1Params" "Meas1Type" "Reading1Units" "Reading1Description" "Reading1Device"
+    "Reading1Value" "Reading2Units" "Reading2Description" "Reading2Device" "Reading2Value"
+    "Reading3Units" "Reading3Description" "Reading3Device" "Reading3Value" "Reading4Units"
+    "Reading4Description" "Reading4Device" "Reading4Value" "PaintByteOrder" "PaintImageWidth"
+    "PaintImageHeight" "PaintImageType" "PaintImage" "PaletteColors" "AboveColor" "BelowColor"
+    "OverflowColor" "UnderflowColor" "Isotherm1Color" "Isotherm2Color" "PaletteMethod"
+    "PaletteStretch" "PaletteFileName" "PaletteName" "Palette" "DateTimeGenerated" "Param0" "Param1"
+    "Param2" "Param3" "Real2IR" "OffsetX" "OffsetY" "PiPX1" "PiPX2" "PiPY1" "PiPY2"
+    "RawDataByteOrder" "RawThermalImageWidth" "RawThermalImageHeight" "RawThermalImageType"
+    "RawThermalImage" "Label0" "Label1" "Label2" "Label3" "Value0" "Value1" "Value2" "Value3" "N"
+    "S" "E" "W" "K" "M" "T" "3" "4" "5" "6" "7" "8" "13" "27" "29" "36" "9" "11" "APP1:AboveColor"
+    "Above Color" "APP1:AtmosphericTemperature" "Atmospheric Temperature"
+    "APP1:AtmosphericTransAlpha1" "Atmospheric Trans Alpha 1" "APP1:AtmosphericTransAlpha2"
+    "Atmospheric Trans Alpha 2" "APP1:AtmosphericTransBeta1" "Atmospheric Trans Beta 1"
+    "APP1:AtmosphericTransBeta2" "Atmospheric Trans Beta 2" "APP1:AtmosphericTransX"
+    "Atmospheric Trans X" "APP1:BelowColor" "Below Color" "APP1:CameraInfoByteOrder"
+    "Camera Info Byte Order" "APP1:CameraModel" "Camera Model" "APP1:CameraPartNumber"
+    "Camera Part Number" "APP1:CameraSerialNumber" "Camera Serial Number" "APP1:CameraSoftware"
+    "Camera Software" "APP1:CameraTemperatureMaxClip" "Camera Temperature Max Clip"
+    "APP1:CameraTemperatureMaxSaturated" "Camera Temperature Max Saturated"
+    "APP1:CameraTemperatureMaxWarn" "Camera Temperature Max Warn" "APP1:CameraTemperatureMinClip"
+    "Camera Temperature Min Clip" "APP1:CameraTemperatureMinSaturated"
+    "Camera Temperature Min Saturated" "APP1:CameraTemperatureMinWarn" "Camera Temperature Min Warn"
+    "APP1:CameraTemperatureRangeMax" "Camera Temperature Range Max" "APP1:CameraTemperatureRangeMin"
+    "Camera Temperature Range Min" "APP1:CoarseMapByteOrder" "Coarse Map Byte Order"
+    "APP1:CoarseMapImage" "Coarse Map Image" "APP1:CoarseMapImageHeight" "Coarse Map Image Height"
+    "APP1:CoarseMapImageType" "Coarse Map Image Type" "APP1:CoarseMapImageWidth"
+    "Coarse Map Image Width" "APP1:CreatorSoftware" "Creator Software" "APP1:DateTimeGenerated"
+    "Date/Time Generated" "APP1:DateTimeOriginal" "Date/Time Original" "APP1:EmbeddedAudioFile"
+    "Embedded Audio File" "APP1:EmbeddedImage" "Embedded Image" "APP1:EmbeddedImageByteOrder"
+    "Embedded Image Byte Order" "APP1:EmbeddedImageHeight" "Embedded Image Height"
+    "APP1:EmbeddedImageType" "Embedded Image Type" "APP1:EmbeddedImageWidth" "Embedded Image Width"
+    "APP1:Emissivity" "APP1:FieldOfView" "Field Of View" "APP1:FilterModel" "Filter Model"
+    "APP1:FilterPartNumber" "Filter Part Number" "APP1:FilterSerialNumber" "Filter Serial Number"
+    "APP1:FocusDistance" "Focus Distance" "APP1:FocusStepCount" "Focus Step Count" "APP1:FrameRate"
+    "Frame Rate" "APP1:GPSAltitude" "GPS Altitude" "APP1:GPSDOP" "GPS Dilution Of Precision"
+    "APP1:GPSImgDirection" "GPS Img Direction" "APP1:GPSImgDirectionRef" "GPS Img Direction Ref"
+    "APP1:GPSImgDirectionRef:M" "Magnetic North" "APP1:GPSImgDirectionRef:T" "True North"
+    "APP1:GPSLatitude" "GPS Latitude" "APP1:GPSLatitudeRef" "GPS Latitude Ref"
+    "APP1:GPSLatitudeRef:N" "North" "APP1:GPSLatitudeRef:S" "South" "APP1:GPSLongitude"
+    "GPS Longitude" "APP1:GPSLongitudeRef" "GPS Longitude Ref" "APP1:GPSLongitudeRef:E" "East"
+    "APP1:GPSLongitudeRef:W" "West" "APP1:GPSMapDatum" "GPS Map Datum" "APP1:GPSSpeed" "GPS Speed"
+    "APP1:GPSSpeedRef" "GPS Speed Ref" "APP1:GPSSpeedRef:K" "km/h" "APP1:GPSSpeedRef:M" "mph"
+    "APP1:GPSSpeedRef:N" "knots" "APP1:GPSTrack" "GPS Track" "APP1:GPSTrackRef" "GPS Track Ref"
+    "APP1:GPSTrackRef:M" "APP1:GPSTrackRef:T" "APP1:GPSValid" "GPS Valid" "APP1:GPSValid:0" "No"
+    "APP1:GPSValid:1" "Yes" "APP1:GPSVersionID" "GPS Version ID" "APP1:GainDeadMapByteOrder"
+    "Gain Dead Map Byte Order" "APP1:GainDeadMapImage" "Gain Dead Map Image"
+    "APP1:GainDeadMapImageHeight" "Gain Dead Map Image Height" "APP1:GainDeadMapImageType"
+    "Gain Dead Map Image Type" "APP1:GainDeadMapImageWidth" "Gain Dead Map Image Width"
+    "APP1:IRWindowTemperature" "IR Window Temperature" "APP1:IRWindowTransmission"
+    "IR Window Transmission" "APP1:Isotherm1Color" "Isotherm 1 Color" "APP1:Isotherm2Color"
+    "Isotherm 2 Color" "APP1:Label0" "Label 0" "APP1:Label1" "Label 1" "APP1:Label2" "Label 2"
+    "APP1:Label3" "Label 3" "APP1:LensModel" "Lens Model" "APP1:LensPartNumber" "Lens Part Number"
+    "APP1:LensSerialNumber" "Lens Serial Number" "APP1:Meas1Label" "Meas 1 Label" "APP1:Meas1Params"
+    "Meas 1 Params" "APP1:Meas1Type" "Meas 1 Type" "APP1:Meas1Type:1" "Spot" "APP1:Meas1Type:2"
+    "Area" "APP1:Meas1Type:3" "Ellipse" "APP1:Meas1Type:4" "Line" "APP1:Meas1Type:5" "Endpoint"
+    "APP1:Meas1Type:6" "Alarm" "APP1:Meas1Type:7" "Unused" "APP1:Meas1Type:8" "Difference"
+    "APP1:ObjectDistance" "Object Distance" "APP1:OffsetX" "Offset X" "APP1:OffsetY" "Offset Y"
+    "APP1:OverflowColor" "Overflow Color" "APP1:PaintByteOrder" "Paint Byte Order" "APP1:PaintImage"
+    "Paint Image" "APP1:PaintImageHeight" "Paint Image Height" "APP1:PaintImageType"
+    "Paint Image Type" "APP1:PaintImageWidth" "Paint Image Width" "APP1:Palette"
+    "APP1:PaletteColors" "Palette Colors" "APP1:PaletteFileName" "Palette File Name"
+    "APP1:PaletteMethod" "Palette Method" "APP1:PaletteName" "Palette Name" "APP1:PaletteStretch"
+    "Palette Stretch" "APP1:Param0" "Param 0" "APP1:Param1" "Param 1" "APP1:Param2" "Param 2"
+    "APP1:Param3" "Param 3" "APP1:PiPX1" "PiP X1" "APP1:PiPX2" "PiP X2" "APP1:PiPY1" "PiP Y1"
+    "APP1:PiPY2" "PiP Y2" "APP1:PlanckB" "Planck B" "APP1:PlanckF" "Planck F" "APP1:PlanckO"
+    "Planck O" "APP1:PlanckR1" "Planck R1" "APP1:PlanckR2" "Planck R2" "APP1:RawDataByteOrder"
+    "Raw Data Byte Order" "APP1:RawThermalImage" "Raw Thermal Image" "APP1:RawThermalImageHeight"
+    "Raw Thermal Image Height" "APP1:RawThermalImageType" "Raw Thermal Image Type"
+    "APP1:RawThermalImageWidth" "Raw Thermal Image Width" "APP1:RawValueMedian" "Raw Value Median"
+    "APP1:RawValueRange" "Raw Value Range" "APP1:RawValueRangeMax" "Raw Value Range Max"
+    "APP1:RawValueRangeMin" "Raw Value Range Min" "APP1:Reading1Description" "Reading 1 Description"
+    "APP1:Reading1Description:0" "Humidity" "APP1:Reading1Description:11" "Difference Temperature"
+    "APP1:Reading1Description:3" "Moisture" "APP1:Reading1Description:7" "Dew Point"
+    "APP1:Reading1Description:8" "Air Temperature" "APP1:Reading1Description:9" "IR Temperature"
+    "APP1:Reading1Device" "Reading 1 Device" "APP1:Reading1Units" "Reading 1 Units"
+    "APP1:Reading1Units:13" "C" "APP1:Reading1Units:27" "%" "APP1:Reading1Units:29" "Relative"
+    "APP1:Reading1Units:36" "g/kg" "APP1:Reading1Value" "Reading 1 Value" "APP1:Reading2Description"
+    "Reading 2 Description" "APP1:Reading2Description:0" "APP1:Reading2Description:11"
+    "APP1:Reading2Description:3" "APP1:Reading2Description:7" "APP1:Reading2Description:8"
+    "APP1:Reading2Description:9" "APP1:Reading2Device" "Reading 2 Device" "APP1:Reading2Units"
+    "Reading 2 Units" "APP1:Reading2Units:13" "APP1:Reading2Units:27" "APP1:Reading2Units:29" "rel"
+    "APP1:Reading2Units:36" "APP1:Reading2Value" "Reading 2 Value" "APP1:Reading3Description"
+    "Reading 3 Description" "APP1:Reading3Description:0" "APP1:Reading3Description:11"
+    "APP1:Reading3Description:3" "APP1:Reading3Description:7" "APP1:Reading3Description:8"
+    "APP1:Reading3Description:9" "APP1:Reading3Device" "Reading 3 Device" "APP1:Reading3Units"
+    "Reading 3 Units" "APP1:Reading3Units:13" "APP1:Reading3Units:27" "APP1:Reading3Units:29"
+    "APP1:Reading3Units:36" "APP1:Reading3Value" "Reading 3 Value" "APP1:Reading4Description"
+    "Reading 4 Description" "APP1:Reading4Description:0" "APP1:Reading4Description:11"
+    "APP1:Reading4Description:3" "APP1:Reading4Description:7" "APP1:Reading4Description:8"
+    "APP1:Reading4Description:9" "APP1:Reading4Device" "Reading 4 Device" "APP1:Reading4Units"
+    "Reading 4 Units" "APP1:Reading4Units:13" "APP1:Reading4Units:27" "APP1:Reading4Units:29"
+    "APP1:Reading4Units:36" "APP1:Reading4Value" "Reading 4 Value" "APP1:Real2IR" "Real 2 IR"
+    "APP1:ReflectedApparentTemperature" "Reflected Apparent Temperature" "APP1:RelativeHumidity"
+    "Relative Humidity" "APP1:UnderflowColor" "Underflow Color" "APP1:Value0" "Value 0"
+    "APP1:Value1" "Value 1" "APP1:Value2" "Value 2" "APP1:Value3" "Value 3" "原始数据产生的日期和时间" "更新速率"
+    "海拔高度" "测量精度" "图像方向" "图像方向参照" "纬度" "北纬或者南纬" "北纬" "南纬" "经度" "东经或者西经" "东经" "西经" "使用的大地测量数据"
+    "GPS接收器的速度" "速度单位" "公里/小时" "英里/小时" "海里/小时" "运动方向" "运动方向参照" "磁场方向" "真方向" "GPS标签版本"
+    "Ordre des octets de l'appareil photo" "Modèle de l'appareil photo"
+    "Numéro de série de l'appareil photo" "Logiciel du créateur"
+    "Date de création des données originales" "Distance focale" "Nombre de pas du focus" "Vitesse"
+    "Altitude GPS" "Précision de la mesure" "Direction GPS de la prise de vue"
+    "Référence de la direction GPS de la prise de vue" "Nord magnétique" "Nord vrai" "Latitude GPS"
+    "Référence de la valeur GPS en latitude" "Nord" "Sud" "Longitude GPS"
+    "Référence de la valeur GPS en Longitude" "Est" "Ouest"
+    "Données de surveillance géodésique utilisées" "Vitesse du récepteur GPS"
+    "Référence de vitesse du GPS" "Kilomètres par heure" "Miles par heure" "nœuds" "Tracé GPS"
+    "Référence pour du tracé GPS" "Identifiant de la version GPS" "Modèle de l'objectif"
+    "Numéro de pièce de l'objectif" "Numéro de série de l'objectif"
+    "Kamerainformation Bytereihenfolge" "Kamera Modell" "Kamera-Seriennummer"
+    "Erstellungsdatum/-uhrzeit" "Eingebettetes Bild" "Eingebettetes Bild Bytereihenfolge"
+    "Eingebettetes Bild Bildhöhe" "Eingebettetes Bild Bildtyp" "Eingebettetes Bild Bildbreite"
+    "Fokus-Distanz" "Fokus-Stufenzähler" "Bildwechselfrequenz" "GPS Höhe" "Messgenauigkeit"
+    "Bildrichtung" "Referenz für die Ausrichtung des Bildes" "Magnetische Ausrichtung"
+    "Geographische Ausrichtung" "Geografische Breite" "Nördl. oder südl. Breite" "Nördliche Breite"
+    "Südliche Breite" "Geografische Länge" "östl. oder westl. Länge" "Östliche Länge"
+    "Westliche Länge" "Geodätisches Datum" "Geschwindigkeit des GPS-Empfängers"
+    "Geschwindigkeitseinheit" "Kilometer pro Stunde" "Meilen pro Stunde" "Knoten"
+    "Bewegungsrichtung" "Referenz für Bewegungsrichtung" "GPS-Tag-Version" "Objektiv-Typ"
+    "Objektiv-Seriennummer" "Objektabstand" "RAW Daten Bytereihenfolge" "Modello fotocamera"
+    "Numero di serie fotocamera" "Data/ora originale di creazione" "Distanza fuoco"
+    "Frequenza fotogramma" "Altitudine GPS" "Precisione misurazione GPS" "Direzione di immagine"
+    "Riferimento per direzione di immagine" "Nord magnetico" "Nord geografico" "Latitudine"
+    "Latitudine Nord o Sud" "Latitudine Nord" "Latitudine Sud" "Longitudine"
+    "Longitudine Est o Ovest" "Longitudine Est" "Longitudine Ovest"
+    "Dati di rilevamento geodetico utilizzati" "Velocità ricevitore GPS" "Unità velocità"
+    "Chilometri all'ora" "Miglie all'ora" "Nodi" "Direzione di movimento"
+    "Riferimento per direzione di movimento" "Direzione magnetica" "Direzione effettiva"
+    "Versione tag GPS" "Modello obiettivo" "Numero di serie obiettivo" "カメラシリアル番号" "オリジナルデータ作成日時"
+    "被写体距離" "フォーカスステップ数" "フレームレート" "高度" "測定精度" "イメージの方向" "画像方向参照" "磁気の方向" "本当の方向" "緯度" "北緯または南緯"
+    "北緯" "南緯" "経度" "東経または西経" "東経" "西経" "データが使った測地測量" "GPS受信機のスピード" "スピード単位" "時速(km)" "時速(マイル)" "ノット"
+    "動作方向" "動作方向の参照" "GPSタグバージョン" "レンズシリアル番号" "被写体との距離" "Número Serie Cámara"
+    "Fecha y Hora de Datos Original" "Velocidad del Fotograma" "Altitud" "Precisión Medición"
+    "Dirección de Imagen" "Referencia para Dirección de Imagen" "Dirección magnética"
+    "Dirección real" "Latitud" "Latitud Norte o Sur" "Latitud norte" "Latitud sur" "Longitud"
+    "Longitud Este u Oeste" "Longitud Este" "Longitud Oeste" "Dato Medición Geodésica Usado"
+    "Velocidad del Receptor GPS" "Unidad Velocidad" "Kilómetros por hora" "Millas por hora" "Nudos"
+    "Dirección de Movimiento" "Referencia de Dirección de Movimiento" "Versión Etiqueta GPS"
+    "Modelo Objetivo" "Número Serie Objetivo" "RatioImage" "Alpha" "Beta" "CorrectionMethod" "Ln0"
+    "Ln1" "S2n" "JPEG-HDRVersion" "APP11:Alpha" "APP11:Beta" "APP11:CorrectionMethod"
+    "Correction Method" "APP11:JPEG-HDRVersion" "JPEG-HDR Version" "APP11:Ln0" "APP11:Ln1"
+    "APP11:RatioImage" "Ratio Image" "APP11:S2n" "Aperture" "ColorMode" "ConTake"
+    "ExposureCompensation" "FNumber" "FirmwareVersion" "Flash" "FocusMode" "FocusPos" "ID"
+    "ImageSize" "LightS" "Macro" "Protect" "Quality" "Resolution" "SerialNumber" "ExposureTime"
+    "StrobeTime" "CameraType" "Version" "YTarget" "Zoom" "ZoomPos" "YLevel" "APP12:Aperture"
+    "APP12:CameraType" "Camera Type" "APP12:ColorMode" "Color Mode" "APP12:ConTake" "Con Take"
+    "APP12:DateTimeOriginal" "APP12:ExposureCompensation" "Exposure Compensation"
+    "APP12:ExposureTime" "Exposure Time" "APP12:FNumber" "F Number" "APP12:FirmwareVersion"
+    "Firmware Version" "APP12:Flash" "APP12:Flash:0" "Off" "APP12:Flash:1" "On" "APP12:FocusMode"
+    "Focus Mode" "APP12:FocusPos" "Focus Pos" "APP12:ID" "APP12:ImageSize" "Image Size"
+    "APP12:LightS" "Light S" "APP12:Macro" "APP12:Macro:0" "APP12:Macro:1" "APP12:Protect"
+    "APP12:Quality" "APP12:Resolution" "APP12:SerialNumber" "Serial Number" "APP12:StrobeTime"
+    "Strobe Time" "APP12:Version" "APP12:YLevel" "Y Level" "APP12:YTarget" "Y Target" "APP12:Zoom"
+    "APP12:ZoomPos" "Zoom Pos" "光圈数" "创意风格" "曝光偏差" "曝光时间" "闪光" "对焦模式" "图像尺寸" "图像质量" "照相机标识" "版本"
+    "Ouverture" "Type d'appareil photo" "Mode colorimétrique" "Décalage d'exposition"
+    "Temps de pose" "Diaphragme ƒ" "Version du micrologiciel" "Flash " "Désactivé" "Activé"
+    "Mode de mise au point" "Taille de l'image" "Désactivée" "Activée" "Protéger" "Qualité"
+    "Résolution de l'image" "Numéro de série" "Blende" "Kameratyp" "Farbmodus"
+    "Belichtungskorrektur" "Belichtungsdauer" "F-Wert" "Firmware-Version" "Blitzmodus" "Aus" "Ein"
+    "Fokus-Modus" "Fokus-Position" "Bildgröße" "Makro" "Schutz" "Qualität" "Bildauflösung"
+    "Seriennummer" "Zoom-Objektiv" "Zoom Position" "Diaframma" "Tipo fotocamera" "Modo colore"
+    "Compensazione esposizione" "Tempo esposizione" "Numero F" "Versione firmware"
+    "Flash non emesso, modalità flash forzata" "Flash emesso, modalità flash forzata"
+    "Modalità messa a fuoco" "Posizione fuoco" "Dimensioni immagini" "Spento" "Proteggi" "Qualità"
+    "Risoluzione" "Numero di serie" "Numero versione immagine" "Posizione zoom" "絞り" "カメラタイプ"
+    "カラーモード" "露出補正値" "露出時間" "F値" "ファームウェアバージョン" "ストロボ" "オフ" "オン" "フォーカスモード" "イメージサイズ" "マクロ" "品質"
+    "シリアル番号" "バージョン" "ズーム" "Apertura" "Tipo Cámara" "Modo de Color" "Compensación Exposición"
+    "Tiempo de Exposición" "Número F" "Versión Firmware" "Desactivado" "Activado" "Modo Enfoque"
+    "Tamaño de la Imagen" "Apagado" "Encendido" "Protección" "Calidad" "Resolución" "Número Serie"
+    "Versión PrintIM" "Posición Zoom" "AdobeCMType" "APP13:AdobeCMType" "Adobe CM Type"
+    "Tipo Adobe CM" "Adobe" "DCTEncodeVersion" "APP14Flags0" "APP14Flags1" "ColorTransform" "32768"
+    "APP14:APP14Flags0" "APP14 Flags 0" "APP14:APP14Flags0:0" "(none)" "APP14:APP14Flags0:32768"
+    "Encoded with Blend=1 downsampling" "APP14:APP14Flags1" "APP14 Flags 1" "APP14:APP14Flags1:0"
+    "APP14:Adobe" "APP14:ColorTransform" "Color Transform" "APP14:ColorTransform:0"
+    "Unknown (RGB or CMYK)" "APP14:ColorTransform:1" "YCbCr" "APP14:ColorTransform:2" "YCCK"
+    "APP14:DCTEncodeVersion" "DCT Encode Version" "Farbtransformation" "Unbekannt (RGB oder CMYK)"
+    "APP15:Quality" "IJPEGVersion" "IJPEGOrgType" "IJPEGDispType" "IJPEGRotate" "IJPEGMirrorFlip"
+    "ImageColorSwitchable" "ThermalColorPalette" "IRDataSize" "IRDataFormat" "IRImageWidth"
+    "IRImageHeight" "IRImageBpp" "TempDataSize" "TempDataFormat" "TempImageWidth" "TempImageHeight"
+    "TempImageBpp" "VisibleDataSize" "VisibleDataFormat" "VisibleImageWidth" "VisibleImageHeight"
+    "VisibleImageBpp" "APP2:IJPEGDispType" "IJPEG Disp Type" "APP2:IJPEGMirrorFlip"
+    "IJPEG Mirror Flip" "APP2:IJPEGOrgType" "IJPEG Org Type" "APP2:IJPEGRotate" "IJPEG Rotate"
+    "APP2:IJPEGVersion" "IJPEG Version" "APP2:IRDataFormat" "IR Data Format" "APP2:IRDataSize"
+    "IR Data Size" "APP2:IRImageBpp" "IR Image Bpp" "APP2:IRImageHeight" "IR Image Height"
+    "APP2:IRImageWidth" "IR Image Width" "APP2:ImageColorSwitchable" "Image Color Switchable"
+    "APP2:TempDataFormat" "Temp Data Format" "APP2:TempDataSize" "Temp Data Size"
+    "APP2:TempImageBpp" "Temp Image Bpp" "APP2:TempImageHeight" "Temp Image Height"
+    "APP2:TempImageWidth" "Temp Image Width" "APP2:ThermalColorPalette" "Thermal Color Palette"
+    "APP2:VisibleDataFormat" "Visible Data Format" "APP2:VisibleDataSize" "Visible Data Size"
+    "APP2:VisibleImageBpp" "Visible Image Bpp" "APP2:VisibleImageHeight" "Visible Image Height"
+    "APP2:VisibleImageWidth" "Visible Image Width" "HdrLength" "JPSSeparation" "JPSFlags"
+    "JPSLayout" "JPSType" "JPSComment" "ThermalData" "ImagingData" "APP3:HdrLength" "Hdr Length"
+    "APP3:ImagingData" "Imaging Data" "APP3:JPSComment" "JPS Comment" "APP3:JPSFlags" "JPS Flags"
+    "APP3:JPSFlags:1" "Half height" "APP3:JPSFlags:2" "Half width" "APP3:JPSFlags:4"
+    "Left field first" "APP3:JPSLayout" "JPS Layout" "APP3:JPSLayout:0" "Both Eyes"
+    "APP3:JPSLayout:1" "Interleaved |\302\240Left Eye" "APP3:JPSLayout:2"
+    "Right Eye |\302\240Side By Side" "APP3:JPSLayout:3" "Over Under" "APP3:JPSLayout:4" "Anaglyph"
+    "APP3:JPSSeparation" "JPS Separation" "APP3:JPSType" "JPS Type" "APP3:JPSType:0" "Mono"
+    "APP3:JPSType:1" "Stereo" "APP3:ThermalData" "Thermal Data" "K1" "K2" "K3" "K4" "KF" "B1" "B2"
+    "Reflection" "AmbientTemperature" "D2" "KJ" "DB" "KK" "ReflectedTemperature" "IDString"
+    "IJPEGTempVersion" "FactDefEmissivity" "FactDefTau" "FactDefTa" "FactDefTu" "FactDefDist"
+    "FactDefA0" "FactDefB0" "FactDefA1" "FactDefB1" "FactDefP0" "FactDefP1" "FactDefP2"
+    "FactRelSensorTemp" "FactRelShutterTemp" "FactRelLensTemp" "FactStatusGain" "FactStatusEnvOK"
+    "FactStatusDistOK" "FactStatusTempMap" "PreviewImageHeight" "PreviewQuality" "DataLength"
+    "PreviewImageWidth" "APP4:AmbientTemperature" "Ambient Temperature" "APP4:B1" "APP4:B2"
+    "APP4:D2" "APP4:DB" "APP4:DataLength" "Data Length" "APP4:Emissivity" "APP4:FactDefA0"
+    "Fact Def A0" "APP4:FactDefA1" "Fact Def A1" "APP4:FactDefB0" "Fact Def B0" "APP4:FactDefB1"
+    "Fact Def B1" "APP4:FactDefDist" "Fact Def Dist" "APP4:FactDefEmissivity" "Fact Def Emissivity"
+    "APP4:FactDefP0" "Fact Def P0" "APP4:FactDefP1" "Fact Def P1" "APP4:FactDefP2" "Fact Def P2"
+    "APP4:FactDefTa" "Fact Def Ta" "APP4:FactDefTau" "Fact Def Tau" "APP4:FactDefTu" "Fact Def Tu"
+    "APP4:FactRelLensTemp" "Fact Rel Lens Temp" "APP4:FactRelSensorTemp" "Fact Rel Sensor Temp"
+    "APP4:FactRelShutterTemp" "Fact Rel Shutter Temp" "APP4:FactStatusDistOK" "Fact Status Dist OK"
+    "APP4:FactStatusEnvOK" "Fact Status Env OK" "APP4:FactStatusGain" "Fact Status Gain"
+    "APP4:FactStatusTempMap" "Fact Status Temp Map" "APP4:IDString" "ID String"
+    "APP4:IJPEGTempVersion" "IJPEG Temp Version" "APP4:K1" "APP4:K2" "APP4:K3" "APP4:K4" "APP4:KF"
+    "APP4:KJ" "APP4:KK" "APP4:ObjectDistance" "APP4:PreviewImageHeight" "Preview Image Height"
+    "APP4:PreviewImageWidth" "Preview Image Width" "APP4:PreviewQuality" "Preview Quality"
+    "APP4:ReflectedTemperature" "Reflected Temperature" "APP4:Reflection" "APP4:RelativeHumidity"
+    "Température ambiante" "Hauteur de l'aperçu" "Datenlänge" "Vorschaubild-Höhe"
+    "Vorschaubild-Breite" "Vorschaubild-Qualität" "Altezza immagine anteprima"
+    "Larghezza immagine anteprima" "Qualtià anteprima" "EnvironmentTemp" "Distance" "ReferenceTemp"
+    "TempUnit" "ShowCenterTemp" "ShowMaxTemp" "ShowMinTemp" "TempMeasureCount" "ThermalCalibration"
+    "Azimuth" "Condition" "Lit" "Location" "SignType" "SoundFile" "Barcodes" "10" "12" "14" "15"
+    "16" "APP5:Azimuth" "APP5:Azimuth:1" "APP5:Azimuth:10" "SSW" "APP5:Azimuth:11" "SW"
+    "APP5:Azimuth:12" "WSW" "APP5:Azimuth:13" "APP5:Azimuth:14" "WNW" "APP5:Azimuth:15" "NW"
+    "APP5:Azimuth:16" "NNW" "APP5:Azimuth:2" "NNE" "APP5:Azimuth:3" "NE" "APP5:Azimuth:4" "ENE"
+    "APP5:Azimuth:5" "APP5:Azimuth:6" "ESE" "APP5:Azimuth:7" "SE" "APP5:Azimuth:8" "SSE"
+    "APP5:Azimuth:9" "APP5:Barcodes" "APP5:Condition" "APP5:Condition:1" "Good" "APP5:Condition:2"
+    "Fair" "APP5:Condition:3" "Poor" "APP5:Condition:4" "Damaged" "APP5:Distance" "APP5:Emissivity"
+    "APP5:EnvironmentTemp" "Environment Temp" "APP5:Humidity" "APP5:Lit" "APP5:Lit:1" "APP5:Lit:2"
+    "APP5:Location" "APP5:Location:1" "Verge" "APP5:Location:2" "Gantry" "APP5:Location:3"
+    "Central reservation" "APP5:Location:4" "Roundabout" "APP5:ReferenceTemp" "Reference Temp"
+    "APP5:ShowCenterTemp" "Show Center Temp" "APP5:ShowMaxTemp" "Show Max Temp" "APP5:ShowMinTemp"
+    "Show Min Temp" "APP5:SignType" "Sign Type" "APP5:SignType:1" "Directional" "APP5:SignType:2"
+    "Warning" "APP5:SignType:3" "Information" "APP5:SoundFile" "Sound File" "APP5:TempMeasureCount"
+    "Temp Measure Count" "APP5:TempUnit" "Temp Unit" "APP5:ThermalCalibration" "Thermal Calibration"
+    "Codes-barres" "Oui" "Non" "Lieu" "Ja" "Nein" "Aufnahmeort" "NNO" "Sì" "Località" "はい" "いいえ"
+    "撮影場所" "Si" "Localización" "MixMode" "FusionIntensity" "OffsetAdjustment" "CorrectionAsix"
+    "PrintIM" "DJI_DTAT" "NITFVersion" "ImageFormat" "BlocksPerRow" "BlocksPerColumn" "ImageColor"
+    "BitDepth" "ImageClass" "JPEGProcess" "StreamColor" "StreamBitDepth" "Flags" "B" "APP6:BitDepth"
+    "Bit Depth" "APP6:BlocksPerColumn" "Blocks Per Column" "APP6:BlocksPerRow" "Blocks Per Row"
+    "APP6:CorrectionAsix" "Correction Asix" "APP6:DJI_DTAT" "DJI DTAT" "APP6:Flags"
+    "APP6:FusionIntensity" "Fusion Intensity" "APP6:ImageClass" "Image Class" "APP6:ImageClass:0"
+    "General Purpose" "APP6:ImageClass:4" "Tactical Imagery" "APP6:ImageColor" "Image Color"
+    "APP6:ImageColor:0" "Monochrome" "APP6:ImageFormat" "Image Format" "APP6:ImageFormat:B"
+    "IMode B" "APP6:JPEGProcess" "JPEG Process" "APP6:JPEGProcess:1"
+    "Baseline sequential DCT, Huffman coding, 8-bit samples" "APP6:JPEGProcess:4"
+    "Extended sequential DCT, Huffman coding, 12-bit samples" "APP6:MixMode" "Mix Mode"
+    "APP6:NITFVersion" "NITF Version" "APP6:OffsetAdjustment" "Offset Adjustment" "APP6:PrintIM"
+    "Print Image Matching" "APP6:Quality" "APP6:StreamBitDepth" "Stream Bit Depth"
+    "APP6:StreamColor" "Stream Color" "APP6:StreamColor:0" "Couleur de l'image" "Print IM"
+    "Bit-Tiefe" "Stampa Image Matching" "ビット深度" "プリントイメージマッチング" "Monocromo" "WorkingMode"
+    "IntegralTime" "IntegratTimeHdr" "GainStable" "TempControlEnable" "DeviceTemp" "APP7:DeviceTemp"
+    "Device Temp" "APP7:GainStable" "Gain Stable" "APP7:IntegralTime" "Integral Time"
+    "APP7:IntegratTimeHdr" "Integrat Time Hdr" "APP7:TempControlEnable" "Temp Control Enable"
+    "APP7:WorkingMode" "Working Mode" "IsothermalMax" "IsothermalMin" "ChromaBarMax" "ChromaBarMin"
+    "SPIFFVersion" "ProfileID" "ColorComponents" "ImageHeight" "ImageWidth" "ColorSpace"
+    "Compression" "ResolutionUnit" "YResolution" "XResolution" "APP8:BitsPerSample"
+    "APP8:ChromaBarMax" "Chroma Bar Max" "APP8:ChromaBarMin" "Chroma Bar Min" "APP8:ColorComponents"
+    "Color Components" "APP8:ColorSpace" "Color Space" "APP8:ColorSpace:0" "Bi-level"
+    "APP8:ColorSpace:1" "YCbCr, ITU-R BT 709, video" "APP8:ColorSpace:10" "RGB" "APP8:ColorSpace:11"
+    "CMY" "APP8:ColorSpace:12" "CMYK" "APP8:ColorSpace:13" "APP8:ColorSpace:14" "CIELab"
+    "APP8:ColorSpace:2" "No color space specified" "APP8:ColorSpace:3" "YCbCr, ITU-R BT 601-1, RGB"
+    "APP8:ColorSpace:4" "YCbCr, ITU-R BT 601-1, video" "APP8:ColorSpace:8" "Gray-scale"
+    "APP8:ColorSpace:9" "PhotoYCC" "APP8:Compression" "APP8:Compression:0"
+    "Uncompressed, interleaved, 8 bits per sample" "APP8:Compression:1" "Modified Huffman"
+    "APP8:Compression:2" "Modified READ" "APP8:Compression:3" "Modified Modified READ"
+    "APP8:Compression:4" "JBIG" "APP8:Compression:5" "JPEG" "APP8:ImageHeight" "Image Height"
+    "APP8:ImageWidth" "Image Width" "APP8:IsothermalMax" "Isothermal Max" "APP8:IsothermalMin"
+    "Isothermal Min" "APP8:ProfileID" "Profile ID" "APP8:ProfileID:0" "Not Specified"
+    "APP8:ProfileID:1" "Continuous-tone Base" "APP8:ProfileID:2" "Continuous-tone Progressive"
+    "APP8:ProfileID:3" "Bi-level Facsimile" "APP8:ProfileID:4" "Continuous-tone Facsimile"
+    "APP8:ResolutionUnit" "Resolution Unit" "APP8:ResolutionUnit:0" "APP8:ResolutionUnit:1" "inches"
+    "APP8:ResolutionUnit:2" "cm" "APP8:SPIFFVersion" "SPIFF Version" "APP8:XResolution"
+    "X Resolution" "APP8:YResolution" "Y Resolution" "色彩空间信息" "压缩方案" "JEPG压缩率" "像高" "像宽" "图像高宽分辨率单位"
+    "英寸" "像素/厘米" "SPIFF 版本" "Composants colorimétriques" "Espace colorimétrique" "RVB"
+    "Schéma de compression" "Non compressé, entrelacé, 8 bits par échantillon" "Huffman modifié"
+    "LECTURE Modifiée" "LECTURE Modifiée Modifiée" "Compression JPEG" "Hauteur de l'image"
+    "Largeur de l'image" "ID du profil" "Unité de résolutions" "pouce" "Pixels/cm" "Version SPIFF"
+    "Résolution horizontale de l'image" "Résolution verticale de l'image"
+    "Anzahl der Bildkomponenten" "Farbraum" "JPEG-Komprimierung" "Bildhöhe" "Bildbreite"
+    "Profile-ID" "Einheit der X- und Y-Auflösung" "Keine" "Zoll" "SPIFF-Version"
+    "Horizontale Bildauflösung" "Vertikale Bildauflösung" "Spazio colore" "Scala di grigi"
+    "Compressione" "Compressione JPEG" "Altezza immagine" "Larghezza immagine" "ID profilo"
+    "Non specificato" "Unità risoluzione" "Pollici" "Versione SPIFF"
+    "Risoluzione orizzontale immagine" "Risoluzione verticale immagine" "色空間" "圧縮計画" "JPEG圧縮率"
+    "画像高さ" "画像幅" "プロフィールID" "XとY解像度単位" "インチ" "ピクセル/cm" "SPIFFバージョン" "画像幅の解像度" "画像高さの解像度"
+    "Componentes de Color" "Espacio Color" "Compresión" "Compresión JPEG" "Alto Imagen"
+    "Ancho Imagen" "ID Perfil" "Unidad de Resolución de X e Y" "Pulgada" "Píxeles/cm"
+    "Resolución Imagen Horizontal" "Resolución Imagen Vertical" "IRSensorManufacturer"
+    "IRSensorName" "IRSensorPartNumber" "IRSensorSerialNumber" "IRSensorFirmware" "IRSensorAperture"
+    "IRFocalLength" "VisibleSensorManufacturer" "VisibleSensorName" "VisibleSensorPartNumber"
+    "VisibleSensorSerialNumber" "VisibleSensorFirmware" "VisibleSensorAperture" "VisibleFocalLength"
+    "APP9:IRFocalLength" "IR Focal Length" "APP9:IRSensorAperture" "IR Sensor Aperture"
+    "APP9:IRSensorFirmware" "IR Sensor Firmware" "APP9:IRSensorManufacturer"
+    "IR Sensor Manufacturer" "APP9:IRSensorName" "IR Sensor Name" "APP9:IRSensorPartNumber"
+    "IR Sensor Part Number" "APP9:IRSensorSerialNumber" "IR Sensor Serial Number"
+    "APP9:VisibleFocalLength" "Visible Focal Length" "APP9:VisibleSensorAperture"
+    "Visible Sensor Aperture" "APP9:VisibleSensorFirmware" "Visible Sensor Firmware"
+    "APP9:VisibleSensorManufacturer" "Visible Sensor Manufacturer" "APP9:VisibleSensorName"
+    "Visible Sensor Name" "APP9:VisibleSensorPartNumber" "Visible Sensor Part Number"
+    "APP9:VisibleSensorSerialNumber" "Visible Sensor Serial Number" "AudioCodecDescription"
+    "AudioCodecName" "OtherCodecDescription" "OtherCodecName" "VideoCodecDescription"
+    "VideoCodecName" "BannerImageType" "BannerImage" "BannerImageURL" "CopyrightURL" "Description"
+    "Rating" "ASFLeakyBucketPairs" "ASFPacketCount" "ASFSecurityObjectsSize" "AlbumArtist"
+    "AlbumCoverURL" "AlbumTitle" "AspectRatioX" "AspectRatioY" "AudioFileURL" "AudioSourceURL"
+    "AuthorURL" "AverageLevel" "BannerImageData" "BeatsPerMinute" "Bitrate" "Broadcast"
+    "BufferAverage" "Can_Skip_Backward" "Can_Skip_Forward" "Category" "Codec" "Composer" "Conductor"
+    "ContainerFormat" "ContentDistributor" "ContentGroupDescription" "CurrentBitrate" "DRM"
+    "DRM_ContentID" "DRM_DRMHeader" "DRM_DRMHeader_ContentDistributor" "DRM_DRMHeader_ContentID"
+    "DRM_DRMHeader_IndividualizedVersion" "DRM_DRMHeader_KeyID" "DRM_DRMHeader_LicenseAcqURL"
+    "DRM_DRMHeader_SubscriptionContentID" "DRM_IndividualizedVersion" "DRM_KeyID"
+    "DRM_LASignatureCert" "DRM_LASignatureLicSrvCert" "DRM_LASignaturePrivKey"
+    "DRM_LASignatureRootCert" "DRM_LicenseAcqURL" "DRM_V1LicenseAcqURL" "DVDID" "Director"
+    "EncodedBy" "EncodingSettings" "EncodingTime" "FileSize" "GenreID" "HasArbitraryDataStream"
+    "HasAttachedImages" "HasAudio" "HasFileTransferStream" "HasImage" "HasScript" "HasVideo" "ISRC"
+    "InitialKey" "IsVBR" "Is_Protected" "Is_Trusted" "Language" "Lyrics" "Lyrics_Synchronised"
+    "MCDI" "MediaClassPrimaryID" "MediaClassSecondaryID" "MediaCredits" "MediaIsDelay"
+    "MediaIsFinale" "MediaIsLive" "MediaIsPremiere" "MediaIsRepeat" "MediaIsSAP" "MediaIsStereo"
+    "MediaIsSubtitled" "MediaIsTape" "MediaNetworkAffiliation" "MediaOriginalBroadcastDateTime"
+    "MediaOriginalChannel" "MediaStationCallSign" "MediaStationName" "ModifiedBy" "Mood"
+    "NSC_Address" "NSC_Description" "NSC_Email" "NSC_Name" "NSC_Phone" "NumberOfFrames"
+    "OptimalBitrate" "OriginalAlbumTitle" "OriginalArtist" "OriginalFileName" "OriginalLyricist"
+    "OriginalReleaseTime" "OriginalReleaseYear" "ParentalRating" "ParentalRatingReason" "PartOfSet"
+    "PeakBitrate" "PeakValue" "Period" "PlaylistDelay" "Producer" "PromotionURL" "ProtectionType"
+    "Provider" "ProviderCopyright" "ProviderRating" "ProviderStyle" "Publisher" "RadioStationName"
+    "RadioStationOwner" "Seekable" "SharedUserRating" "Signature_Name" "StreamTypeInfo" "Stridable"
+    "Subtitle" "SubtitleDescription" "SubscriptionContentID" "TrackNumber" "UniqueFileIdentifier"
+    "UserWebURL" "VBRPeak" "VideoClosedCaptioning" "VideoFrameRate" "VideoHeight" "VideoWidth"
+    "WMADRCAverageReference" "WMADRCAverageTarget" "WMADRCPeakReference" "WMADRCPeakTarget"
+    "WMCollectionGroupID" "WMCollectionID" "WMContentID" "Writer" "FileID" "FileLength"
+    "CreationDate" "DataPackets" "SendDuration" "Preroll" "MinPacketSize" "MaxPacketSize"
+    "MaxBitrate" "Padding" "ScriptCommand" "ContentEncryption" "DigitalSignature"
+    "ExtendedContentEncryption" "ErrorCorrection" "StreamBitrateProps" "BitrateMutualExclusion"
+    "Marker" "ExtendedStreamProps" "AdvancedContentEncryption" "TimecodeIndexParms" "Compatibility"
+    "LanguageList" "AdvancedMutualExcl" "BandwidthSharing" "Reserved1" "GroupMutualExclusion"
+    "StreamPrioritization" "IndexParameters" "SimpleIndex" "TimecodeIndex" "Data" "Index"
+    "MediaIndex" "PictureType" "PictureMIMEType" "PictureDescription" "Picture" "StreamType"
+    "ErrorCorrectionType" "TimeOffset" "StreamNumber" "AudioCodecID" "AudioChannels"
+    "AudioSampleRate" "17" "18" "19" "20" "35907DE0-E415-11CF-A917-00805F5C442B"
+    "3AFB65E2-47EF-40F2-AC2C-70A90D71D343" "59DACFC0-59E6-11D0-A3AC-00A0C90348F6"
+    "91BD222C-F21C-497A-8B6D-5AA86BFC0185" "B61BE100-5B4E-11CF-A8FD-00805F5C442B"
+    "BC19EFC0-5B4D-11CF-A8FD-00805F5C442B" "F8699E40-5B4D-11CF-A8FD-00805F5C442B"
+    "20FB5700-5B55-11CF-A8FD-00805F5C442B" "BFC3CD50-618F-11CF-8BB2-00AA00B4E220" "21" "22" "23"
+    "24" "25" "26" "32" "33" "34" "35" "37" "38" "39" "40" "48" "49" "50" "51" "52" "53" "54" "55"
+    "56" "57" "58" "59" "60" "61" "64" "65" "66" "67" "69" "80" "81" "82" "83" "85" "89" "96" "97"
+    "98" "99" "100" "101" "102" "103" "105" "112" "113" "114" "115" "116" "117" "118" "119" "120"
+    "121" "122" "123" "128" "129" "130" "131" "132" "133" "134" "136" "137" "138" "139" "140" "141"
+    "145" "146" "147" "148" "151" "152" "153" "160" "161" "162" "163" "164" "176" "255" "256" "257"
+    "258" "259" "273" "274" "288" "289" "291" "293" "304" "305" "306" "307" "308" "309" "310" "320"
+    "336" "337" "341" "352" "353" "354" "355" "356" "368" "369" "370" "371" "372" "373" "374" "375"
+    "376" "384" "400" "512" "514" "515" "528" "533" "534" "544" "560" "576" "577" "592" "593" "608"
+    "624" "625" "626" "627" "640" "641" "645" "768" "769" "770" "771" "772" "773" "774" "775" "776"
+    "848" "849" "1024" "1025" "1026" "1104" "1280" "1281" "1664" "1665" "1792" "2222" "4096" "4097"
+    "4098" "4099" "4100" "4352" "4353" "4354" "4355" "4356" "5120" "5121" "5376" "6172" "6174"
+    "6513" "6521" "7175" "7180" "7939" "8132" "8192" "8193" "8194" "8195" "8196" "8197" "8198"
+    "8199" "9472" "13075" "16707" "16897" "16963" "17228" "22092" "22358" "26447" "26448" "26449"
+    "26479" "26480" "26481" "28672" "28781" "31265" "31266" "41216" "41217" "41218" "41219" "41220"
+    "41221" "41222" "41223" "41225" "57260" "59144" "61868" "65534" "65535"
+    "ASF:ASFLeakyBucketPairs" "ASF Leaky Bucket Pairs" "ASF:ASFPacketCount" "ASF Packet Count"
+    "ASF:ASFSecurityObjectsSize" "ASF Security Objects Size" "ASF:AdvancedContentEncryption"
+    "Advanced Content Encryption" "ASF:AdvancedMutualExcl" "Advanced Mutual Excl" "ASF:AlbumArtist"
+    "Album Artist" "ASF:AlbumCoverURL" "Album Cover URL" "ASF:AlbumTitle" "Album Title"
+    "ASF:AspectRatioX" "Aspect Ratio X" "ASF:AspectRatioY" "Aspect Ratio Y" "ASF:AudioChannels"
+    "Audio Channels" "ASF:AudioCodecDescription" "Audio Codec Description" "ASF:AudioCodecID"
+    "Audio Codec ID" "ASF:AudioCodecID:1" "Microsoft PCM" "ASF:AudioCodecID:10" "WMA 9 Speech"
+    "ASF:AudioCodecID:100" "APICOM G.726 ADPCM" "ASF:AudioCodecID:101" "APICOM G.722 ADPCM"
+    "ASF:AudioCodecID:102" "Microsoft DSAT" "ASF:AudioCodecID:1024" "Brooktree Digital"
+    "ASF:AudioCodecID:1025" "Intel Music Coder (IMC)" "ASF:AudioCodecID:1026" "Ligos Indeo Audio"
+    "ASF:AudioCodecID:103" "Microsoft DSAT DISPLAY" "ASF:AudioCodecID:105" "Voxware Byte Aligned"
+    "ASF:AudioCodecID:11" "Microsoft Windows Media RT Voice" "ASF:AudioCodecID:1104" "QDesign Music"
+    "ASF:AudioCodecID:112" "Voxware AC8" "ASF:AudioCodecID:113" "Voxware AC10"
+    "ASF:AudioCodecID:114" "Voxware AC16" "ASF:AudioCodecID:115" "Voxware AC20"
+    "ASF:AudioCodecID:116" "Voxware MetaVoice" "ASF:AudioCodecID:117" "Voxware MetaSound"
+    "ASF:AudioCodecID:118" "Voxware RT29HW" "ASF:AudioCodecID:119" "Voxware VR12"
+    "ASF:AudioCodecID:120" "Voxware VR18" "ASF:AudioCodecID:121" "Voxware TQ40"
+    "ASF:AudioCodecID:122" "Voxware SC3" "ASF:AudioCodecID:123" "ASF:AudioCodecID:128" "Soundsoft"
+    "ASF:AudioCodecID:1280" "On2 VP7 On2 Technologies" "ASF:AudioCodecID:1281"
+    "On2 VP6 On2 Technologies" "ASF:AudioCodecID:129" "Voxware TQ60" "ASF:AudioCodecID:130"
+    "Microsoft MSRT24" "ASF:AudioCodecID:13075"
+    "makeAVIS (ffvfw fake AVI sound from AviSynth scripts)" "ASF:AudioCodecID:131" "AT&T G.729A"
+    "ASF:AudioCodecID:132" "Motion Pixels MVI MV12" "ASF:AudioCodecID:133" "DataFusion G.726"
+    "ASF:AudioCodecID:134" "DataFusion GSM610" "ASF:AudioCodecID:136" "Iterated Systems Audio"
+    "ASF:AudioCodecID:137" "Onlive" "ASF:AudioCodecID:138" "Multitude, Inc. FT SX20"
+    "ASF:AudioCodecID:139" "Infocom ITS A/S G.721 ADPCM" "ASF:AudioCodecID:140" "Convedia G729"
+    "ASF:AudioCodecID:141" "Not specified congruency, Inc." "ASF:AudioCodecID:145" "Siemens SBC24"
+    "ASF:AudioCodecID:146" "Sonic Foundry Dolby AC3 APDIF" "ASF:AudioCodecID:147" "MediaSonic G.723"
+    "ASF:AudioCodecID:148" "Aculab Prosody 8kbps" "ASF:AudioCodecID:151" "ZyXEL ADPCM"
+    "ASF:AudioCodecID:152" "Philips LPCBB" "ASF:AudioCodecID:153" "Studer Professional Audio Packed"
+    "ASF:AudioCodecID:16" "OKI-ADPCM" "ASF:AudioCodecID:160" "Malden PhonyTalk"
+    "ASF:AudioCodecID:161" "Racal Recorder GSM" "ASF:AudioCodecID:162" "Racal Recorder G720.a"
+    "ASF:AudioCodecID:163" "Racal G723.1" "ASF:AudioCodecID:164" "Racal Tetra ACELP"
+    "ASF:AudioCodecID:1664" "AT&T VME VMPCM" "ASF:AudioCodecID:1665" "AT&T TCP"
+    "ASF:AudioCodecID:16707" "Divio MPEG-4 AAC audio" "ASF:AudioCodecID:16897"
+    "Nokia adaptive multirate" "ASF:AudioCodecID:16963" "Divio G726 Divio, Inc."
+    "ASF:AudioCodecID:17" "Intel IMA/DVI-ADPCM" "ASF:AudioCodecID:17228" "LEAD Speech"
+    "ASF:AudioCodecID:176" "NEC AAC NEC Corporation" "ASF:AudioCodecID:1792"
+    "YMPEG Alpha (dummy for MPEG-2 compressor)" "ASF:AudioCodecID:18" "Videologic Mediaspace ADPCM"
+    "ASF:AudioCodecID:19" "Sierra ADPCM" "ASF:AudioCodecID:2" "Microsoft ADPCM"
+    "ASF:AudioCodecID:20" "Antex G.723 ADPCM" "ASF:AudioCodecID:21" "DSP Solutions DIGISTD"
+    "ASF:AudioCodecID:22" "DSP Solutions DIGIFIX" "ASF:AudioCodecID:22092" "LEAD Vorbis"
+    "ASF:AudioCodecID:2222" "ClearJump LiteWave (lossless)" "ASF:AudioCodecID:22358" "WavPack Audio"
+    "ASF:AudioCodecID:23" "Dialoic OKI ADPCM" "ASF:AudioCodecID:24" "Media Vision ADPCM"
+    "ASF:AudioCodecID:25" "HP CU" "ASF:AudioCodecID:255" "AAC" "ASF:AudioCodecID:256"
+    "Rhetorex ADPCM" "ASF:AudioCodecID:257" "IBM u-Law" "ASF:AudioCodecID:258" "IBM a-Law"
+    "ASF:AudioCodecID:259" "IBM ADPCM" "ASF:AudioCodecID:26" "HP Dynamic Voice"
+    "ASF:AudioCodecID:26447" "Ogg Vorbis (mode 1)" "ASF:AudioCodecID:26448" "Ogg Vorbis (mode 2)"
+    "ASF:AudioCodecID:26449" "Ogg Vorbis (mode 3)" "ASF:AudioCodecID:26479" "Ogg Vorbis (mode 1+)"
+    "ASF:AudioCodecID:26480" "Ogg Vorbis (mode 2+)" "ASF:AudioCodecID:26481" "Ogg Vorbis (mode 3+)"
+    "ASF:AudioCodecID:273" "Vivo G.723" "ASF:AudioCodecID:274" "Vivo Siren" "ASF:AudioCodecID:28672"
+    "3COM NBX 3Com Corporation" "ASF:AudioCodecID:28781" "FAAD AAC" "ASF:AudioCodecID:288"
+    "Philips Speech Processing CELP" "ASF:AudioCodecID:289" "Philips Speech Processing GRUNDIG"
+    "ASF:AudioCodecID:291" "Digital G.723" "ASF:AudioCodecID:293" "Sanyo LD ADPCM"
+    "ASF:AudioCodecID:3" "Microsoft IEEE float" "ASF:AudioCodecID:304" "Sipro Lab ACEPLNET"
+    "ASF:AudioCodecID:305" "Sipro Lab ACELP4800" "ASF:AudioCodecID:306" "Sipro Lab ACELP8V3"
+    "ASF:AudioCodecID:307" "Sipro Lab G.729" "ASF:AudioCodecID:308" "Sipro Lab G.729A"
+    "ASF:AudioCodecID:309" "Sipro Lab Kelvin" "ASF:AudioCodecID:310" "VoiceAge AMR"
+    "ASF:AudioCodecID:31265" "GSM-AMR (CBR, no SID)" "ASF:AudioCodecID:31266"
+    "GSM-AMR (VBR, including SID)" "ASF:AudioCodecID:32" "Yamaha ADPCM" "ASF:AudioCodecID:320"
+    "Dictaphone G.726 ADPCM" "ASF:AudioCodecID:33" "SONARC Speech Compression"
+    "ASF:AudioCodecID:336" "Qualcomm PureVoice" "ASF:AudioCodecID:337" "Qualcomm HalfRate"
+    "ASF:AudioCodecID:34" "DSP Group True Speech" "ASF:AudioCodecID:341" "Ring Zero Systems TUBGSM"
+    "ASF:AudioCodecID:35" "Echo Speech Corp." "ASF:AudioCodecID:352" "Microsoft Audio1"
+    "ASF:AudioCodecID:353" "Windows Media Audio V2 V7 V8 V9 / DivX audio (WMA) / Alex AC3 Audio"
+    "ASF:AudioCodecID:354" "Windows Media Audio Professional V9" "ASF:AudioCodecID:355"
+    "Windows Media Audio Lossless V9" "ASF:AudioCodecID:356" "WMA Pro over S/PDIF"
+    "ASF:AudioCodecID:36" "Virtual Music Audiofile AF36" "ASF:AudioCodecID:368" "UNISYS NAP ADPCM"
+    "ASF:AudioCodecID:369" "UNISYS NAP ULAW" "ASF:AudioCodecID:37" "Audio Processing Tech."
+    "ASF:AudioCodecID:370" "UNISYS NAP ALAW" "ASF:AudioCodecID:371" "UNISYS NAP 16K"
+    "ASF:AudioCodecID:372" "MM SYCOM ACM SYC008 SyCom Technologies" "ASF:AudioCodecID:373"
+    "MM SYCOM ACM SYC701 G726L SyCom Technologies" "ASF:AudioCodecID:374"
+    "MM SYCOM ACM SYC701 CELP54 SyCom Technologies" "ASF:AudioCodecID:375"
+    "MM SYCOM ACM SYC701 CELP68 SyCom Technologies" "ASF:AudioCodecID:376"
+    "Knowledge Adventure ADPCM" "ASF:AudioCodecID:38" "Virtual Music Audiofile AF10"
+    "ASF:AudioCodecID:384" "Fraunhofer IIS MPEG2AAC" "ASF:AudioCodecID:39" "Aculab Prosody 1612"
+    "ASF:AudioCodecID:4" "Compaq VSELP" "ASF:AudioCodecID:40" "Merging Tech. LRC"
+    "ASF:AudioCodecID:400" "Digital Theater Systems DTS DS" "ASF:AudioCodecID:4096" "Olivetti GSM"
+    "ASF:AudioCodecID:4097" "Olivetti ADPCM" "ASF:AudioCodecID:4098" "Olivetti CELP"
+    "ASF:AudioCodecID:4099" "Olivetti SBC" "ASF:AudioCodecID:4100" "Olivetti OPR"
+    "ASF:AudioCodecID:41216" "Comverse Infosys Ltd. G723 1" "ASF:AudioCodecID:41217"
+    "Comverse Infosys Ltd. AVQSBC" "ASF:AudioCodecID:41218" "Comverse Infosys Ltd. OLDSBC"
+    "ASF:AudioCodecID:41219" "Symbol Technologies G729A" "ASF:AudioCodecID:41220"
+    "VoiceAge AMR WB VoiceAge Corporation" "ASF:AudioCodecID:41221"
+    "Ingenient Technologies Inc. G726" "ASF:AudioCodecID:41222" "ISO/MPEG-4 advanced audio Coding"
+    "ASF:AudioCodecID:41223" "Encore Software Ltd G726" "ASF:AudioCodecID:41225"
+    "Speex ACM Codec xiph.org" "ASF:AudioCodecID:4352" "Lernout & Hauspie" "ASF:AudioCodecID:4353"
+    "Lernout & Hauspie CELP codec" "ASF:AudioCodecID:4354" "Lernout & Hauspie SBC codec"
+    "ASF:AudioCodecID:4355" "ASF:AudioCodecID:4356" "ASF:AudioCodecID:48" "Dolby AC2"
+    "ASF:AudioCodecID:49" "Microsoft GSM610" "ASF:AudioCodecID:5" "IBM CVSD" "ASF:AudioCodecID:50"
+    "MSN Audio" "ASF:AudioCodecID:51" "Antex ADPCME" "ASF:AudioCodecID:512" "Creative Labs ADPCM"
+    "ASF:AudioCodecID:5120" "Norris Comm. Inc." "ASF:AudioCodecID:5121" "ISIAudio"
+    "ASF:AudioCodecID:514" "Creative Labs FASTSPEECH8" "ASF:AudioCodecID:515"
+    "Creative Labs FASTSPEECH10" "ASF:AudioCodecID:52" "Control Resources VQLPC"
+    "ASF:AudioCodecID:528" "UHER ADPCM" "ASF:AudioCodecID:53" "DSP Solutions DIGIREAL"
+    "ASF:AudioCodecID:533" "Ulead DV ACM" "ASF:AudioCodecID:534" "ASF:AudioCodecID:5376"
+    "AT&T Soundspace Music Compression" "ASF:AudioCodecID:54" "DSP Solutions DIGIADPCM"
+    "ASF:AudioCodecID:544" "Quarterdeck Corp." "ASF:AudioCodecID:55" "Control Resources CR10"
+    "ASF:AudioCodecID:56" "Natural MicroSystems VBX ADPCM" "ASF:AudioCodecID:560" "I-Link VC"
+    "ASF:AudioCodecID:57" "Crystal Semiconductor IMA ADPCM" "ASF:AudioCodecID:57260"
+    "DebugMode SonicFoundry Vegas FrameServer ACM Codec" "ASF:AudioCodecID:576"
+    "Aureal Semiconductor Raw Sport" "ASF:AudioCodecID:577" "ESST AC3" "ASF:AudioCodecID:58"
+    "Echo Speech ECHOSC3" "ASF:AudioCodecID:59" "Rockwell ADPCM" "ASF:AudioCodecID:59144"
+    "Unknown -" "ASF:AudioCodecID:592" "Interactive Products HSX" "ASF:AudioCodecID:593"
+    "Interactive Products RPELP" "ASF:AudioCodecID:6" "Microsoft a-Law" "ASF:AudioCodecID:60"
+    "Rockwell DIGITALK" "ASF:AudioCodecID:608" "Consistent CS2" "ASF:AudioCodecID:61"
+    "Xebec Multimedia" "ASF:AudioCodecID:6172" "VoxWare RT24 speech codec" "ASF:AudioCodecID:6174"
+    "Lucent elemedia AX24000P Music codec" "ASF:AudioCodecID:61868" "Free Lossless Audio Codec FLAC"
+    "ASF:AudioCodecID:624" "Sony SCX" "ASF:AudioCodecID:625" "Sony SCY" "ASF:AudioCodecID:626"
+    "Sony ATRAC3" "ASF:AudioCodecID:627" "Sony SPC" "ASF:AudioCodecID:64" "Antex G.721 ADPCM"
+    "ASF:AudioCodecID:640" "TELUM Telum Inc." "ASF:AudioCodecID:641" "TELUMIA Telum Inc."
+    "ASF:AudioCodecID:645" "Norcom Voice Systems ADPCM" "ASF:AudioCodecID:65" "Antex G.728 CELP"
+    "ASF:AudioCodecID:6513" "Sonic Foundry LOSSLESS" "ASF:AudioCodecID:6521"
+    "Innings Telecom Inc. ADPCM" "ASF:AudioCodecID:65534" "Extensible" "ASF:AudioCodecID:65535"
+    "Development" "ASF:AudioCodecID:66" "Microsoft MSG723" "ASF:AudioCodecID:67" "IBM AVC ADPCM"
+    "ASF:AudioCodecID:69" "ITU-T G.726" "ASF:AudioCodecID:7" "Microsoft u-Law"
+    "ASF:AudioCodecID:7175" "Lucent SX8300P speech codec" "ASF:AudioCodecID:7180"
+    "Lucent SX5363S G.723 compliant codec" "ASF:AudioCodecID:768" "Fujitsu FM TOWNS SND"
+    "ASF:AudioCodecID:769" "Fujitsu (not specified)" "ASF:AudioCodecID:770" "ASF:AudioCodecID:771"
+    "ASF:AudioCodecID:772" "ASF:AudioCodecID:773" "ASF:AudioCodecID:774" "ASF:AudioCodecID:775"
+    "ASF:AudioCodecID:776" "ASF:AudioCodecID:7939" "CUseeMe DigiTalk (ex-Rocwell)"
+    "ASF:AudioCodecID:8" "Microsoft DTS" "ASF:AudioCodecID:80" "Microsoft MPEG"
+    "ASF:AudioCodecID:81" "RT23 or PAC" "ASF:AudioCodecID:8132" "NCT Soft ALF2CD ACM"
+    "ASF:AudioCodecID:8192" "FAST Multimedia DVM" "ASF:AudioCodecID:8193"
+    "Dolby DTS (Digital Theater System)" "ASF:AudioCodecID:8194" "RealAudio 1 / 2 14.4"
+    "ASF:AudioCodecID:8195" "RealAudio 1 / 2 28.8" "ASF:AudioCodecID:8196"
+    "RealAudio G2 / 8 Cook (low bitrate)" "ASF:AudioCodecID:8197" "RealAudio 3 / 4 / 5 Music (DNET)"
+    "ASF:AudioCodecID:8198" "RealAudio 10 AAC (RAAC)" "ASF:AudioCodecID:8199"
+    "RealAudio 10 AAC+ (RACP)" "ASF:AudioCodecID:82" "InSoft RT24" "ASF:AudioCodecID:83"
+    "InSoft PAC" "ASF:AudioCodecID:848" "Micronas Semiconductors, Inc. Development"
+    "ASF:AudioCodecID:849" "Micronas Semiconductors, Inc. CELP833" "ASF:AudioCodecID:85" "MP3"
+    "ASF:AudioCodecID:89" "Cirrus" "ASF:AudioCodecID:9" "ASF:AudioCodecID:9472"
+    "Reserved range to 0x2600 Microsoft" "ASF:AudioCodecID:96" "Cirrus Logic" "ASF:AudioCodecID:97"
+    "ESS Tech. PCM" "ASF:AudioCodecID:98" "Voxware Inc." "ASF:AudioCodecID:99" "Canopus ATRAC"
+    "ASF:AudioCodecName" "Audio Codec Name" "ASF:AudioFileURL" "Audio File URL"
+    "ASF:AudioSampleRate" "Audio Sample Rate" "ASF:AudioSourceURL" "Audio Source URL" "ASF:Author"
+    "ASF:AuthorURL" "Author URL" "ASF:AverageLevel" "Average Level" "ASF:BandwidthSharing"
+    "Bandwidth Sharing" "ASF:BannerImage" "Banner Image" "ASF:BannerImageData" "Banner Image Data"
+    "ASF:BannerImageType" "Banner Image Type" "ASF:BannerImageType:0" "ASF:BannerImageType:1"
+    "Bitmap" "ASF:BannerImageType:2" "ASF:BannerImageType:3" "GIF" "ASF:BannerImageURL"
+    "Banner Image URL" "ASF:BeatsPerMinute" "Beats Per Minute" "ASF:Bitrate"
+    "ASF:BitrateMutualExclusion" "Bitrate Mutual Exclusion" "ASF:Broadcast" "ASF:BufferAverage"
+    "Buffer Average" "ASF:Can_Skip_Backward" "Can Skip Backward" "ASF:Can_Skip_Forward"
+    "Can Skip Forward" "ASF:Category" "ASF:Codec" "ASF:Compatibility" "ASF:Composer" "ASF:Conductor"
+    "ASF:ContainerFormat" "Container Format" "ASF:ContentDistributor" "Content Distributor"
+    "ASF:ContentEncryption" "Content Encryption" "ASF:ContentGroupDescription"
+    "Content Group Description" "ASF:Copyright" "ASF:CopyrightURL" "Copyright URL"
+    "ASF:CreationDate" "Creation Date" "ASF:CurrentBitrate" "Current Bitrate" "ASF:DRM"
+    "ASF:DRM_ContentID" "DRM Content ID" "ASF:DRM_DRMHeader" "DRM DRM Header"
+    "ASF:DRM_DRMHeader_ContentDistributor" "DRM DRM Header Content Distributor"
+    "ASF:DRM_DRMHeader_ContentID" "DRM DRM Header Content ID"
+    "ASF:DRM_DRMHeader_IndividualizedVersion" "DRM DRM Header Individualized Version"
+    "ASF:DRM_DRMHeader_KeyID" "DRM DRM Header Key ID" "ASF:DRM_DRMHeader_LicenseAcqURL"
+    "DRM DRM Header License Acq URL" "ASF:DRM_DRMHeader_SubscriptionContentID"
+    "DRM DRM Header Subscription Content ID" "ASF:DRM_IndividualizedVersion"
+    "DRM Individualized Version" "ASF:DRM_KeyID" "DRM Key ID" "ASF:DRM_LASignatureCert"
+    "DRM LA Signature Cert" "ASF:DRM_LASignatureLicSrvCert" "DRM LA Signature Lic Srv Cert"
+    "ASF:DRM_LASignaturePrivKey" "DRM LA Signature Priv Key" "ASF:DRM_LASignatureRootCert"
+    "DRM LA Signature Root Cert" "ASF:DRM_LicenseAcqURL" "DRM License Acq URL"
+    "ASF:DRM_V1LicenseAcqURL" "DRM V1 License Acq URL" "ASF:DVDID" "ASF:Data" "ASF:DataPackets"
+    "Data Packets" "ASF:Description" "ASF:DigitalSignature" "Digital Signature" "ASF:Director"
+    "ASF:Duration" "ASF:EncodedBy" "Encoded By" "ASF:EncodingSettings" "Encoding Settings"
+    "ASF:EncodingTime" "Encoding Time" "ASF:ErrorCorrection" "Error Correction"
+    "ASF:ErrorCorrectionType" "Error Correction Type"
+    "ASF:ErrorCorrectionType:20FB5700-5B55-11CF-A8FD-00805F5C442B" "No Error Correction"
+    "ASF:ErrorCorrectionType:BFC3CD50-618F-11CF-8BB2-00AA00B4E220" "Audio Spread"
+    "ASF:ExtendedContentEncryption" "Extended Content Encryption" "ASF:ExtendedStreamProps"
+    "Extended Stream Props" "ASF:FileID" "File ID" "ASF:FileLength" "File Length" "ASF:FileSize"
+    "File Size" "ASF:Flags" "ASF:Genre" "ASF:GenreID" "Genre ID" "ASF:GroupMutualExclusion"
+    "Group Mutual Exclusion" "ASF:HasArbitraryDataStream" "Has Arbitrary Data Stream"
+    "ASF:HasAttachedImages" "Has Attached Images" "ASF:HasAudio" "Has Audio"
+    "ASF:HasFileTransferStream" "Has File Transfer Stream" "ASF:HasImage" "Has Image"
+    "ASF:HasScript" "Has Script" "ASF:HasVideo" "Has Video" "ASF:ISRC" "ASF:ImageHeight"
+    "ASF:ImageWidth" "ASF:Index" "ASF:IndexParameters" "Index Parameters" "ASF:InitialKey"
+    "Initial Key" "ASF:IsVBR" "Is VBR" "ASF:Is_Protected" "Is Protected" "ASF:Is_Trusted"
+    "Is Trusted" "ASF:Language" "ASF:LanguageList" "Language List" "ASF:Lyrics"
+    "ASF:Lyrics_Synchronised" "Lyrics Synchronised" "ASF:MCDI" "ASF:Marker" "ASF:MaxBitrate"
+    "Max Bitrate" "ASF:MaxPacketSize" "Max Packet Size" "ASF:MediaClassPrimaryID"
+    "Media Class Primary ID" "ASF:MediaClassSecondaryID" "Media Class Secondary ID"
+    "ASF:MediaCredits" "Media Credits" "ASF:MediaIndex" "Media Index" "ASF:MediaIsDelay"
+    "Media Is Delay" "ASF:MediaIsFinale" "Media Is Finale" "ASF:MediaIsLive" "Media Is Live"
+    "ASF:MediaIsPremiere" "Media Is Premiere" "ASF:MediaIsRepeat" "Media Is Repeat" "ASF:MediaIsSAP"
+    "Media Is SAP" "ASF:MediaIsStereo" "Media Is Stereo" "ASF:MediaIsSubtitled" "Media Is Subtitled"
+    "ASF:MediaIsTape" "Media Is Tape" "ASF:MediaNetworkAffiliation" "Media Network Affiliation"
+    "ASF:MediaOriginalBroadcastDateTime" "Media Original Broadcast Date Time"
+    "ASF:MediaOriginalChannel" "Media Original Channel" "ASF:MediaStationCallSign"
+    "Media Station Call Sign" "ASF:MediaStationName" "Media Station Name" "ASF:MinPacketSize"
+    "Min Packet Size" "ASF:ModifiedBy" "Modified By" "ASF:Mood" "ASF:NSC_Address" "NSC Address"
+    "ASF:NSC_Description" "NSC Description" "ASF:NSC_Email" "NSC Email" "ASF:NSC_Name" "NSC Name"
+    "ASF:NSC_Phone" "NSC Phone" "ASF:NumberOfFrames" "Number Of Frames" "ASF:OptimalBitrate"
+    "Optimal Bitrate" "ASF:OriginalAlbumTitle" "Original Album Title" "ASF:OriginalArtist"
+    "Original Artist" "ASF:OriginalFileName" "Original File Name" "ASF:OriginalLyricist"
+    "Original Lyricist" "ASF:OriginalReleaseTime" "Original Release Time" "ASF:OriginalReleaseYear"
+    "Original Release Year" "ASF:OtherCodecDescription" "Other Codec Description"
+    "ASF:OtherCodecName" "Other Codec Name" "ASF:Padding" "ASF:ParentalRating" "Parental Rating"
+    "ASF:ParentalRatingReason" "Parental Rating Reason" "ASF:PartOfSet" "Part Of Set"
+    "ASF:PeakBitrate" "Peak Bitrate" "ASF:PeakValue" "Peak Value" "ASF:Period" "ASF:Picture"
+    "ASF:PictureDescription" "Picture Description" "ASF:PictureMIMEType" "Picture MIME Type"
+    "ASF:PictureType" "Picture Type" "ASF:PictureType:0" "Other" "ASF:PictureType:1"
+    "32x32 PNG Icon" "ASF:PictureType:10" "Band" "ASF:PictureType:11" "ASF:PictureType:12"
+    "Lyricist" "ASF:PictureType:13" "Recording Studio or Location" "ASF:PictureType:14"
+    "Recording Session" "ASF:PictureType:15" "Performance" "ASF:PictureType:16"
+    "Capture from Movie or Video" "ASF:PictureType:17" "Bright(ly) Colored Fish"
+    "ASF:PictureType:18" "Illustration" "ASF:PictureType:19" "Band Logo" "ASF:PictureType:2"
+    "Other Icon" "ASF:PictureType:20" "Publisher Logo" "ASF:PictureType:3" "Front Cover"
+    "ASF:PictureType:4" "Back Cover" "ASF:PictureType:5" "Leaflet" "ASF:PictureType:6" "Media"
+    "ASF:PictureType:7" "Lead Artist" "ASF:PictureType:8" "ASF:PictureType:9" "ASF:PlaylistDelay"
+    "Playlist Delay" "ASF:Preroll" "ASF:Producer" "ASF:PromotionURL" "Promotion URL"
+    "ASF:ProtectionType" "Protection Type" "ASF:Provider" "ASF:ProviderCopyright"
+    "Provider Copyright" "ASF:ProviderRating" "Provider Rating" "ASF:ProviderStyle" "Provider Style"
+    "ASF:Publisher" "ASF:RadioStationName" "Radio Station Name" "ASF:RadioStationOwner"
+    "Radio Station Owner" "ASF:Rating" "ASF:Reserved1" "Reserved 1" "ASF:ScriptCommand"
+    "Script Command" "ASF:Seekable" "ASF:SendDuration" "Send Duration" "ASF:SharedUserRating"
+    "Shared User Rating" "ASF:Signature_Name" "Signature Name" "ASF:SimpleIndex" "Simple Index"
+    "ASF:StreamBitrateProps" "Stream Bitrate Props" "ASF:StreamNumber" "Stream Number"
+    "ASF:StreamPrioritization" "Stream Prioritization" "ASF:StreamType" "Stream Type"
+    "ASF:StreamType:35907DE0-E415-11CF-A917-00805F5C442B" "Degradable JPEG"
+    "ASF:StreamType:3AFB65E2-47EF-40F2-AC2C-70A90D71D343" "Binary"
+    "ASF:StreamType:59DACFC0-59E6-11D0-A3AC-00A0C90348F6" "Command"
+    "ASF:StreamType:91BD222C-F21C-497A-8B6D-5AA86BFC0185" "File Transfer"
+    "ASF:StreamType:B61BE100-5B4E-11CF-A8FD-00805F5C442B" "JFIF"
+    "ASF:StreamType:BC19EFC0-5B4D-11CF-A8FD-00805F5C442B" "Video"
+    "ASF:StreamType:F8699E40-5B4D-11CF-A8FD-00805F5C442B" "Audio" "ASF:StreamTypeInfo"
+    "Stream Type Info" "ASF:Stridable" "ASF:SubscriptionContentID" "Subscription Content ID"
+    "ASF:Subtitle" "ASF:SubtitleDescription" "Subtitle Description" "ASF:Text" "ASF:TimeOffset"
+    "Time Offset" "ASF:TimecodeIndex" "Timecode Index" "ASF:TimecodeIndexParms"
+    "Timecode Index Parms" "ASF:Title" "ASF:ToolName" "ASF:ToolVersion" "ASF:Track"
+    "ASF:TrackNumber" "Track Number" "ASF:UniqueFileIdentifier" "Unique File Identifier"
+    "ASF:UserWebURL" "User Web URL" "ASF:VBRPeak" "VBR Peak" "ASF:VideoClosedCaptioning"
+    "Video Closed Captioning" "ASF:VideoCodecDescription" "Video Codec Description"
+    "ASF:VideoCodecName" "Video Codec Name" "ASF:VideoFrameRate" "Video Frame Rate"
+    "ASF:VideoHeight" "Video Height" "ASF:VideoWidth" "Video Width" "ASF:WMADRCAverageReference"
+    "WMADRC Average Reference" "ASF:WMADRCAverageTarget" "WMADRC Average Target"
+    "ASF:WMADRCPeakReference" "WMADRC Peak Reference" "ASF:WMADRCPeakTarget" "WMADRC Peak Target"
+    "ASF:WMCollectionGroupID" "WM Collection Group ID" "ASF:WMCollectionID" "WM Collection ID"
+    "ASF:WMContentID" "WM Content ID" "ASF:Writer" "ASF:Year" "类别" "文件大小" "索引" "评分"
+    "URL de l'image-bannière" "Catégorie" "Compatibilité" "Date de création" "ID du fichier"
+    "Longueur du fichier" "Taille du fichier" "Langage" "Nom du fichier original" "Remplissage"
+    "Description de l'image" "Producteur" "Editeur" "Classement" "ID unique du fichier"
+    "Fréquence d'images vidéo" "Unbekannt -" "Autor URL" "Kategorie" "Aufnahmedatum" "Beschreibung"
+    "Dateigröße" "Sprache" "Original Dateiname" "Platzhalter" "Produzent" "Herausgeber" "Bewertung"
+    "Crittografia avanzata del contenuto" "Mutua esclusione avanzata" "Rapporto immagine X"
+    "Rapporto immagine Y" "Canali audio" "Descrizione codec audio" "ID codec audio" "Musica QDesign"
+    "Sconosciuto -" "Nome codec audio" "Livello medio" "Battiti al minuto" "Categoria" "Compositore"
+    "Direttore d'orchestra" "URL copyright" "Data di creazione" "Descrizione" "Codificato da"
+    "Impostazioni di codifica" "Durata codifica" "Correzione errore" "Tipo correzione errore"
+    "ID file" "Dimensioni file" "Dimensione file" "ID genere" "Indice" "Chiave iniziale" "Lingua"
+    "Lista lingue" "Titolo album originale" "Artista originale" "Nome file originale"
+    "Paroliere originale" "Ora di rilascio originale" "Anno di rilascio originale"
+    "Descrizione altro codec" "Nome altro codec" "Parte del gruppo" "Valore di picco" "Immagine"
+    "Descrizione immagine" "MIME type immagine" "Tipo immagine" "Altro" "Icona PNG 32x32"
+    "Paroliere" "Studio/luogo registrazione" "Sessione registrazione" "Interpretazione"
+    "Acquisizione da film o video" "Pesci dai vivaci colori" "Illustrazione" "Logo band"
+    "Altra icona" "Logo editore" "Copertina" "Retrocopertina" "Volantino" "Artista principale"
+    "Artista" "Attesa playlist" "Editore" "Valutazione" "Riservato 1" "Trasferimento file"
+    "Sottotitolo" "Descrizione codec video" "Nome codec video" "カテゴリー" "作成日時" "説明" "ファイルのサイズ" "目次"
+    "引き伸ばし" "格付け" "Canales Audio" "Desconocido -" "Nivel Medio" "Categoría" "Compatibilidad"
+    "Compositor" "Fecha Creación" "Datos" " Paquetes de Datos" "Descripción" "Firma Digital"
+    "Codificado por" "Ajustes de Codificación" "Hora de codificación" "Correción Error"
+    "Tipo Corrección Error" "Tamaño Archivo" "ID Género" "Tiene Imagenes Adjuntas" "Tiene Audio"
+    "Tiene Imagen" "Tiene Script" "Tiene Video" "Índice" "Clave inicial" "Está protegido"
+    "Es de confianza" "Idioma" "Lista de Idiomas" "Letras" "Letras Sincronizadas" "Marcador"
+    "Tamaño Máximo Paquete" "Tamaño Mínimo Paquete" "Modificado por" "Descripción NSC"
+    "Número de imágenes" "Título Original Album" "Artista original" "Nombre archivo original"
+    "Letrista Original" "Año Versión Original" "Margen Inferior" "Período" "Imágen"
+    "Descripción Imágen" "Tipo Imágen" "Otro" "Icono PNG 32x32" "Letrista" "Sesión Grabación"
+    "Interpretación" "Ilustración" "Otro Icono" "Cubierta Frontal" "Cubierta Posterior" "Soporte"
+    "Productor" "URL Promocional" "Tipo Protección" "Proveedor" "Copyright Proveedor" "Editor"
+    "Nombre Emisora Radio" "Propietario Emisora Radio" "Clasificación" "Reservado 1" "Firma"
+    "Binario" "Transferencia Archivo" "Subtitulo" "Descripción Subtitulo" "Número Pista"
+    "Identificador Unico Archivo" "Altura Video" "Ancho Video" "Escritor" "MakerNoteApple"
+    "MakerNoteNikon" "MakerNoteCanon" "MakerNoteCasio" "MakerNoteCasio2" "MakerNoteDJIInfo"
+    "MakerNoteDJI" "MakerNoteFLIR" "MakerNoteFujiFilm" "MakerNoteGE" "MakerNoteGE2"
+    "MakerNoteHasselblad" "MakerNoteHP" "MakerNoteHP2" "MakerNoteHP4" "MakerNoteHP6" "MakerNoteISL"
+    "MakerNoteJVC" "MakerNoteJVCText" "MakerNoteKodak1a" "MakerNoteKodak1b" "MakerNoteKodak2"
+    "MakerNoteKodak3" "MakerNoteKodak4" "MakerNoteKodak5" "MakerNoteKodak6a" "MakerNoteKodak6b"
+    "MakerNoteKodak7" "MakerNoteKodak8a" "MakerNoteKodak8b" "MakerNoteKodak8c" "MakerNoteKodak9"
+    "MakerNoteKodak10" "MakerNoteKodak11" "MakerNoteKodak12" "MakerNoteKodakUnknown"
+    "MakerNoteKyocera" "MakerNoteMinolta" "MakerNoteMinolta2" "MakerNoteMinolta3"
+    "MakerNoteMotorola" "MakerNoteNikon2" "MakerNoteNikon3" "MakerNoteNintendo" "MakerNoteOlympus"
+    "MakerNoteOlympus2" "MakerNoteOlympus3" "MakerNoteLeica" "MakerNoteLeica2" "MakerNoteLeica3"
+    "MakerNoteLeica4" "MakerNoteLeica5" "MakerNoteLeica6" "MakerNoteLeica7" "MakerNoteLeica8"
+    "MakerNoteLeica9" "MakerNoteLeica10" "MakerNotePanasonic" "MakerNotePanasonic2"
+    "MakerNotePanasonic3" "MakerNotePentax" "MakerNotePentax2" "MakerNotePentax3" "MakerNotePentax4"
+    "MakerNotePentax5" "MakerNotePentax6" "MakerNotePhaseOne" "MakerNoteReconyx" "MakerNoteReconyx2"
+    "MakerNoteReconyx3" "MakerNoteRicohPentax" "MakerNoteRicoh" "MakerNoteRicoh2"
+    "MakerNoteRicohText" "MakerNoteSamsung1a" "MakerNoteSamsung1b" "MakerNoteSamsung2"
+    "MakerNoteSanyo" "MakerNoteSanyoC4" "MakerNoteSanyoPatch" "MakerNoteSigma" "MakerNoteSony"
+    "MakerNoteSony2" "MakerNoteSony3" "MakerNoteSony4" "MakerNoteSony5" "MakerNoteSonyEricsson"
+    "MakerNoteSonySRF" "MakerNoteUnknownText" "MakerNoteUnknownBinary" "MakerNoteUnknown"
+    "AdobeDNG:MakerNoteApple" "Maker Note Apple" "AdobeDNG:MakerNoteCanon" "Maker Note Canon"
+    "AdobeDNG:MakerNoteCasio" "Maker Note Casio" "AdobeDNG:MakerNoteCasio2" "Maker Note Casio 2"
+    "AdobeDNG:MakerNoteDJI" "Maker Note DJI" "AdobeDNG:MakerNoteDJIInfo" "Maker Note DJI Info"
+    "AdobeDNG:MakerNoteFLIR" "Maker Note FLIR" "AdobeDNG:MakerNoteFujiFilm" "Maker Note Fuji Film"
+    "AdobeDNG:MakerNoteGE" "Maker Note GE" "AdobeDNG:MakerNoteGE2" "Maker Note GE2"
+    "AdobeDNG:MakerNoteHP" "Maker Note HP" "AdobeDNG:MakerNoteHP2" "Maker Note HP2"
+    "AdobeDNG:MakerNoteHP4" "Maker Note HP4" "AdobeDNG:MakerNoteHP6" "Maker Note HP6"
+    "AdobeDNG:MakerNoteHasselblad" "Maker Note Hasselblad" "AdobeDNG:MakerNoteISL" "Maker Note ISL"
+    "AdobeDNG:MakerNoteJVC" "Maker Note JVC" "AdobeDNG:MakerNoteJVCText" "Maker Note JVC Text"
+    "AdobeDNG:MakerNoteKodak10" "Maker Note Kodak 10" "AdobeDNG:MakerNoteKodak11"
+    "Maker Note Kodak 11" "AdobeDNG:MakerNoteKodak12" "Maker Note Kodak 12"
+    "AdobeDNG:MakerNoteKodak1a" "Maker Note Kodak 1a" "AdobeDNG:MakerNoteKodak1b"
+    "Maker Note Kodak 1b" "AdobeDNG:MakerNoteKodak2" "Maker Note Kodak 2" "AdobeDNG:MakerNoteKodak3"
+    "Maker Note Kodak 3" "AdobeDNG:MakerNoteKodak4" "Maker Note Kodak 4" "AdobeDNG:MakerNoteKodak5"
+    "Maker Note Kodak 5" "AdobeDNG:MakerNoteKodak6a" "Maker Note Kodak 6a"
+    "AdobeDNG:MakerNoteKodak6b" "Maker Note Kodak 6b" "AdobeDNG:MakerNoteKodak7"
+    "Maker Note Kodak 7" "AdobeDNG:MakerNoteKodak8a" "Maker Note Kodak 8a"
+    "AdobeDNG:MakerNoteKodak8b" "Maker Note Kodak 8b" "AdobeDNG:MakerNoteKodak8c"
+    "Maker Note Kodak 8c" "AdobeDNG:MakerNoteKodak9" "Maker Note Kodak 9"
+    "AdobeDNG:MakerNoteKodakUnknown" "Maker Note Kodak Unknown" "AdobeDNG:MakerNoteKyocera"
+    "Maker Note Kyocera" "AdobeDNG:MakerNoteLeica" "Maker Note Leica" "AdobeDNG:MakerNoteLeica10"
+    "Maker Note Leica 10" "AdobeDNG:MakerNoteLeica2" "Maker Note Leica 2" "AdobeDNG:MakerNoteLeica3"
+    "Maker Note Leica 3" "AdobeDNG:MakerNoteLeica4" "Maker Note Leica 4" "AdobeDNG:MakerNoteLeica5"
+    "Maker Note Leica 5" "AdobeDNG:MakerNoteLeica6" "Maker Note Leica 6" "AdobeDNG:MakerNoteLeica7"
+    "Maker Note Leica 7" "AdobeDNG:MakerNoteLeica8" "Maker Note Leica 8" "AdobeDNG:MakerNoteLeica9"
+    "Maker Note Leica 9" "AdobeDNG:MakerNoteMinolta" "Maker Note Minolta"
+    "AdobeDNG:MakerNoteMinolta2" "Maker Note Minolta 2" "AdobeDNG:MakerNoteMinolta3"
+    "Maker Note Minolta 3" "AdobeDNG:MakerNoteMotorola" "Maker Note Motorola"
+    "AdobeDNG:MakerNoteNikon" "Maker Note Nikon" "AdobeDNG:MakerNoteNikon2" "Maker Note Nikon 2"
+    "AdobeDNG:MakerNoteNikon3" "Maker Note Nikon 3" "AdobeDNG:MakerNoteNintendo"
+    "Maker Note Nintendo" "AdobeDNG:MakerNoteOlympus" "Maker Note Olympus"
+    "AdobeDNG:MakerNoteOlympus2" "Maker Note Olympus 2" "AdobeDNG:MakerNoteOlympus3"
+    "Maker Note Olympus 3" "AdobeDNG:MakerNotePanasonic" "Maker Note Panasonic"
+    "AdobeDNG:MakerNotePanasonic2" "Maker Note Panasonic 2" "AdobeDNG:MakerNotePanasonic3"
+    "Maker Note Panasonic 3" "AdobeDNG:MakerNotePentax" "Maker Note Pentax"
+    "AdobeDNG:MakerNotePentax2" "Maker Note Pentax 2" "AdobeDNG:MakerNotePentax3"
+    "Maker Note Pentax 3" "AdobeDNG:MakerNotePentax4" "Maker Note Pentax 4"
+    "AdobeDNG:MakerNotePentax5" "Maker Note Pentax 5" "AdobeDNG:MakerNotePentax6"
+    "Maker Note Pentax 6" "AdobeDNG:MakerNotePhaseOne" "Maker Note Phase One"
+    "AdobeDNG:MakerNoteReconyx" "Maker Note Reconyx" "AdobeDNG:MakerNoteReconyx2"
+    "Maker Note Reconyx 2" "AdobeDNG:MakerNoteReconyx3" "Maker Note Reconyx 3"
+    "AdobeDNG:MakerNoteRicoh" "Maker Note Ricoh" "AdobeDNG:MakerNoteRicoh2" "Maker Note Ricoh 2"
+    "AdobeDNG:MakerNoteRicohPentax" "Maker Note Ricoh Pentax" "AdobeDNG:MakerNoteRicohText"
+    "Maker Note Ricoh Text" "AdobeDNG:MakerNoteSamsung1a" "Maker Note Samsung 1a"
+    "AdobeDNG:MakerNoteSamsung1b" "Maker Note Samsung 1b" "AdobeDNG:MakerNoteSamsung2"
+    "Maker Note Samsung 2" "AdobeDNG:MakerNoteSanyo" "Maker Note Sanyo" "AdobeDNG:MakerNoteSanyoC4"
+    "Maker Note Sanyo C4" "AdobeDNG:MakerNoteSanyoPatch" "Maker Note Sanyo Patch"
+    "AdobeDNG:MakerNoteSigma" "Maker Note Sigma" "AdobeDNG:MakerNoteSony" "Maker Note Sony"
+    "AdobeDNG:MakerNoteSony2" "Maker Note Sony 2" "AdobeDNG:MakerNoteSony3" "Maker Note Sony 3"
+    "AdobeDNG:MakerNoteSony4" "Maker Note Sony 4" "AdobeDNG:MakerNoteSony5" "Maker Note Sony 5"
+    "AdobeDNG:MakerNoteSonyEricsson" "Maker Note Sony Ericsson" "AdobeDNG:MakerNoteSonySRF"
+    "Maker Note Sony SRF" "AdobeDNG:MakerNoteUnknown" "Maker Note Unknown"
+    "AdobeDNG:MakerNoteUnknownBinary" "Maker Note Unknown Binary" "AdobeDNG:MakerNoteUnknownText"
+    "Maker Note Unknown Text" "Note du fabricant Apple" "Note du fabricant Canon"
+    "Note du fabricant Casio" "Note du fabricant Casio 2" "Note du fabricant DJI"
+    "Note du fabricant Infos DJI" "Note du fabricant FLIR" "Note du fabricant FujiFilm"
+    "Note du fabricant GE" "Note du fabricant GE 2" "Note du fabricant HP" "Note du fabricant HP 2"
+    "Note du fabricant HP 4" "Note du fabricant HP 6" "Note du fabricant Hasselblad"
+    "Note du fabricant ISL" "Note du fabricant JVC" "Note du fabricant JVC Texte"
+    "Note du fabricant Kodak 10" "Note du fabricant Kodak 11" "Note du fabricant Kodak 12"
+    "Note du fabricant Kodak 1a" "Note du fabricant Kodak 1b" "Note du fabricant Kodak 2"
+    "Note du fabricant Kodak 3" "Note du fabricant Kodak 4" "Note du fabricant Kodak 5"
+    "Note du fabricant Kodak 6a" "Note du fabricant Kodak 6b" "Note du fabricant Kodak 7"
+    "Note du fabricant Kodak 8a" "Note du fabricant Kodak 8b" "Note du fabricant Kodak 8c"
+    "Note du fabricant Kodak 9" "Note du fabricant Kodak Inconnue" "Note du fabricant Kyocera"
+    "Note du fabricant Leica" "Note du fabricant Leica 10" "Note du fabricant Leica 2"
+    "Note du fabricant Leica 3" "Note du fabricant Leica 4" "Note du fabricant Leica 5"
+    "Note du fabricant Leica 6" "Note du fabricant Leica 7" "Note du fabricant Leica 8"
+    "Note du fabricant Leica 9" "Note du fabricant Minolta" "Note du fabricant Minolta 2"
+    "Note du fabricant Minolta 3" "Note du fabricant Motorola" "Note du fabricant Nikon"
+    "Note du fabricant Nikon 2" "Note du fabricant Nikon 3" "Note du fabricant Nintendo"
+    "Note du fabricant Olympus" "Note du fabricant Olympus 2" "Note du fabricant Olympus 3"
+    "Note du fabricant Panasonic" "Note du fabricant Panasonic 2" "Note du fabricant Panasonic 3"
+    "Note du fabricant Pentax" "Note du fabricant Pentax 2" "Note du fabricant Pentax 3"
+    "Note du fabricant Pentax 4" "Note du fabricant Pentax 5" "Note du fabricant Pentax 6"
+    "Note du fabricant PhaseOne" "Note du fabricant Reconyx" "Note du fabricant Reconyx 2"
+    "Note du fabricant Reconyx 3" "Note du fabricant Ricoh" "Note du fabricant Ricoh 2"
+    "Note du fabricant Ricoh Pentax" "Note du fabricant Ricoh Texte" "Herstellerdaten Apple"
+    "Herstellerdaten Canon" "Herstellerdaten Casio" "Herstellerdaten Casio 2" "Herstellerdaten FLIR"
+    "Herstellerdaten Fuji Film" "Herstellerdaten GE" "Herstellerdaten GE2" "Herstellerdaten HP"
+    "Herstellerdaten HP2" "Herstellerdaten HP4" "Herstellerdaten HP6" "Herstellerdaten Hasselblad"
+    "Herstellerdaten ISL" "Herstellerdaten JVC" "Herstellerdaten JVC Text"
+    "Herstellerdaten Kodak 10" "Herstellerdaten Kodak 1a" "Herstellerdaten Kodak 1b"
+    "Herstellerdaten Kodak 2" "Herstellerdaten Kodak 3" "Herstellerdaten Kodak 4"
+    "Herstellerdaten Kodak 5" "Herstellerdaten Kodak 6a" "Herstellerdaten Kodak 6b"
+    "Herstellerdaten Kodak 7" "Herstellerdaten Kodak 8a" "Herstellerdaten Kodak 8b"
+    "Herstellerdaten Kodak 9" "Herstellerdaten Kodak Unbekannt" "Herstellerdaten Kyocera"
+    "Herstellerdaten Leica" "Herstellerdaten Leica 2" "Herstellerdaten Leica 3"
+    "Herstellerdaten Leica 4" "Herstellerdaten Leica 5" "Herstellerdaten Leica 6"
+    "Herstellerdaten Minolta" "Herstellerdaten Minolta 2" "Herstellerdaten Minolta 3"
+    "Herstellerdaten Nikon" "Herstellerdaten Nikon 2" "Herstellerdaten Nikon 3"
+    "Herstellerdaten Olympus" "Herstellerdaten Olympus 2" "Herstellerdaten Panasonic"
+    "Herstellerdaten Panasonic 2" "Herstellerdaten Pentax" "Herstellerdaten Pentax 2"
+    "Herstellerdaten Pentax 3" "Herstellerdaten Pentax 4" "Herstellerdaten Pentax 5"
+    "Herstellerdaten Pentax 6" "Herstellerdaten Phase One" "Herstellerdaten Reconyx"
+    "Herstellerdaten Ricoh" "Herstellerdaten Ricoh Text" "Herstellerdaten Samsung 1a"
+    "Herstellerdaten Samsung 1b" "Herstellerdaten Samsung 2" "Herstellerdaten Sanyo"
+    "Herstellerdaten Sanyo C4" "Herstellerdaten Sanyo Patch" "Herstellerdaten Sigma"
+    "Herstellerdaten Sony" "Herstellerdaten Sony 2" "Herstellerdaten Sony 3"
+    "Herstellerdaten Sony 4" "Herstellerdaten Sony 5" "Herstellerdaten Sony Ericsson"
+    "Herstellerdaten Sony SRF" "Herstellerdaten Unbekannt" "Herstellerdaten Unbekannt-Binär"
+    "Herstellerdaten Unbekannt-Text" "Note marca Canon" "Note marca Casio" "Note marca Casio 2"
+    "Note marca Fuji Film" "Note marca GE" "Note marca GE2" "Note marca HP" "Note marca HP2"
+    "Note marca HP4" "Note marca HP6" "Note marca Hasselblad" "Note marca ISL" "Note marca JVC"
+    "Note marca JVC - Testo" "Note marca Kodak 10" "Note marca Kodak 1a" "Note marca Kodak 1b"
+    "Note marca Kodak 2" "Note marca Kodak 3" "Note marca Kodak 4" "Note marca Kodak 5"
+    "Note marca Kodak 6a" "Note marca Kodak 6b" "Note marca Kodak 7" "Note marca Kodak 8a"
+    "Note marca Kodak 8b" "Note marca Kodak 9" "Note marca Kodak sconosciuta" "Note marca Kyocera"
+    "Note marca Leica" "Note marca Leica 2" "Note marca Leica 3" "Note marca Leica 4"
+    "Note marca Leica 5" "Note marca Leica 6" "Note marca Minolta" "Note marca Minolta 2"
+    "Note marca Minolta 3" "Note marca Nikon" "Note marca Nikon 2" "Note marca Nikon 3"
+    "Note marca Olympus" "Note marca Olympus 2" "Note marca Panasonic" "Note marca Panasonic 2"
+    "Note marca Pentax" "Note marca Pentax 2" "Note marca Pentax 3" "Note marca Pentax 4"
+    "Note marca Pentax 5" "Note marca Pentax 6" "Note marca Phase One" "Note marca Reconyx"
+    "Note marca Ricoh" "Note marca Ricoh - Testo" "Note marca Samsung 1a" "Note marca Samsung 1b"
+    "Note marca Samsung 2" "Note marca Sanyo" "Note marca Sanyo C4" "Note marca Sanyo Patch"
+    "Note marca Sigma" "Note marca Sony" "Note marca Sony 2" "Note marca Sony 3" "Note marca Sony 4"
+    "Note marca Sony Ericsson" "Note marca Sony SRF" "Note marca sconosciuta"
+    "Note marca sconosciuta - Testo" "MakerNoteVersion" "AEMatrix" "AEStable" "AETarget" "AEAverage"
+    "AFStable" "AccelerationVector" "HDRImageType" "BurstUUID" "FocusDistanceRange" "OISMode"
+    "ContentIdentifier" "ImageCaptureType" "ImageUniqueID" "LivePhotoVideoIndex"
+    "ImageProcessingFlags" "QualityHint" "LuminanceNoiseAmplitude" "ImageCaptureRequestID"
+    "HDRHeadroom" "SceneFlags" "SignalToNoiseRatioType" "SignalToNoiseRatio" "PhotoIdentifier"
+    "FocusPosition" "HDRGain" "AFMeasuredDepth" "AFConfidence" "ColorCorrectionMatrix"
+    "GreenGhostMitigationStatus" "SemanticStyle" "SemanticStyleRenderingVer" "SemanticStylePreset"
+    "FrontFacingCamera" "RunTimeEpoch" "RunTimeFlags" "RunTimeScale" "RunTimeValue"
+    "Apple:AEAverage" "AE Average" "Apple:AEMatrix" "AE Matrix" "Apple:AEStable" "AE Stable"
+    "Apple:AEStable:0" "Apple:AEStable:1" "Apple:AETarget" "AE Target" "Apple:AFConfidence"
+    "AF Confidence" "Apple:AFMeasuredDepth" "AF Measured Depth" "Apple:AFStable" "AF Stable"
+    "Apple:AFStable:0" "Apple:AFStable:1" "Apple:AccelerationVector" "Acceleration Vector"
+    "Apple:BurstUUID" "Burst UUID" "Apple:ColorCorrectionMatrix" "Color Correction Matrix"
+    "Apple:ContentIdentifier" "Content Identifier" "Apple:FocusDistanceRange" "Focus Distance Range"
+    "Apple:FocusPosition" "Focus Position" "Apple:FrontFacingCamera" "Front Facing Camera"
+    "Apple:FrontFacingCamera:0" "Apple:FrontFacingCamera:1" "Apple:GreenGhostMitigationStatus"
+    "Green Ghost Mitigation Status" "Apple:HDRGain" "HDR Gain" "Apple:HDRHeadroom" "HDR Headroom"
+    "Apple:HDRImageType" "HDR Image Type" "Apple:HDRImageType:3" "HDR Image" "Apple:HDRImageType:4"
+    "Original Image" "Apple:ImageCaptureRequestID" "Image Capture Request ID"
+    "Apple:ImageCaptureType" "Image Capture Type" "Apple:ImageCaptureType:1" "ProRAW"
+    "Apple:ImageCaptureType:10" "Photo" "Apple:ImageCaptureType:2" "Portrait"
+    "Apple:ImageProcessingFlags" "Image Processing Flags" "Apple:ImageUniqueID" "Image Unique ID"
+    "Apple:LivePhotoVideoIndex" "Live Photo Video Index" "Apple:LuminanceNoiseAmplitude"
+    "Luminance Noise Amplitude" "Apple:MakerNoteVersion" "Maker Note Version" "Apple:OISMode"
+    "OIS Mode" "Apple:PhotoIdentifier" "Photo Identifier" "Apple:QualityHint" "Quality Hint"
+    "Apple:RunTimeEpoch" "Run Time Epoch" "Apple:RunTimeFlags" "Run Time Flags"
+    "Apple:RunTimeFlags:1" "Valid" "Apple:RunTimeFlags:16" "Indefinite" "Apple:RunTimeFlags:2"
+    "Has been rounded" "Apple:RunTimeFlags:4" "Positive infinity" "Apple:RunTimeFlags:8"
+    "Negative infinity" "Apple:RunTimeScale" "Run Time Scale" "Apple:RunTimeValue" "Run Time Value"
+    "Apple:SceneFlags" "Scene Flags" "Apple:SemanticStyle" "Semantic Style"
+    "Apple:SemanticStylePreset" "Semantic Style Preset" "Apple:SemanticStyleRenderingVer"
+    "Semantic Style Rendering Ver" "Apple:SignalToNoiseRatio" "Signal To Noise Ratio"
+    "Apple:SignalToNoiseRatioType" "Signal To Noise Ratio Type" "图像唯一标识" "Vecteurs d'accélération"
+    "UUID de raffale" "Plage de distance focale" "Distance de mise au point" "Type de l'image HDR"
+    "Image HDR" "Image orginale" "Identificateur unique de l'image" "Index vidéo Live Photo"
+    "Version des informations spécifiques fabricant" "Temps de fonctionnement Epoch"
+    "Indicateurs de temps de fonctionnement" "Valide" "Indéfini" "A été arrondi" "Infinité positive"
+    "Infinité négative" "Échelle du temps de fonctionnement" "Valeur du temps de fonctionnement"
+    "HDR Bildtyp" "HDR Bild" "Originalbild" "Eindeutige Bild-ID" "MakerNote-Version"
+    "ID unico immagine" "Note Versione Costruttore" "フォーカス距離" "ユニークなイメージID" "メーカーノートバージョン"
+    "ID Único Imagen" "Versión nota Fabricante" "ChapterCount" "CoverArt" "PublishDateStart"
+    "PublishDate" "CoverArtType" "CreatorTool" "iTunesMediaType" "ChapterName" "ChapterNumber"
+    "Audible:Album" "Audible:AlbumArtist" "Audible:Artist" "Audible:Author" "Audible:ChapterCount"
+    "Chapter Count" "Audible:ChapterName" "Chapter Name" "Audible:ChapterNumber" "Chapter Number"
+    "Audible:Comment" "Audible:Copyright" "Audible:CoverArt" "Cover Art" "Audible:CoverArtType"
+    "Cover Art Type" "Audible:CreatorTool" "Creator Tool" "Audible:Genre" "Audible:PublishDate"
+    "Publish Date" "Audible:PublishDateStart" "Publish Date Start" "Audible:Subtitle"
+    "Audible:Title" "Audible:Year" "Audible:iTunesMediaType" "iTunes Media Type" "Outil de création"
+    "Erstellertool" "AFConfigTool" "AFTrackingSensitivity" "AFAccelDecelTracking" "AFPointSwitching"
+    "AIServoFirstImage" "AIServoSecondImage" "USMLensElectronicMF" "AFAssistBeam" "OneShotAFRelease"
+    "AutoAFPointSelEOSiTRAF" "LensDriveWhenAFImpossible" "SelectAFAreaSelectionMode"
+    "AFAreaSelectionMethod" "OrientationLinkedAF" "ManualAFPointSelPattern"
+    "AFPointDisplayDuringFocus" "VFDisplayIllumination" "AFStatusViewfinder" "InitialAFPointInServo"
+    "NumAFPoints" "ValidAFPoints" "CanonImageWidth" "CanonImageHeight" "AFImageWidth"
+    "AFImageHeight" "AFAreaWidth" "AFAreaHeight" "AFAreaXPositions" "AFAreaYPositions"
+    "AFPointsInFocus" "PrimaryAFPoint" "Canon_AFInfo_0x000b" "AFInfoSize" "AFAreaMode"
+    "AFAreaWidths" "AFAreaHeights" "AFPointsSelected" "Canon_AFInfo2_0x000d" "AFMicroAdjMode"
+    "AFMicroAdjValue" "AmbienceSelection" "AspectRatio" "CroppedImageWidth" "CroppedImageHeight"
+    "CroppedImageLeft" "CroppedImageTop" "TimeStamp" "ISO" "FlashMeteringMode" "CameraTemperature"
+    "MacroMagnification" "FocalLength" "CameraOrientation" "FocusDistanceUpper" "FocusDistanceLower"
+    "WhiteBalance" "ColorTemperature" "LensType" "MinFocalLength" "MaxFocalLength" "DirectoryIndex"
+    "FileIndex" "SharpnessFrequency" "Sharpness" "PictureStyle" "FirmwareVersionLookAhead"
+    "FocalType" "CanonImageSize" "JPEGQuality" "Saturation" "ColorTone" "Contrast" "ShutterCount"
+    "TimeStamp1" "HighlightTonePriority" "MeasuredEV2" "MeasuredEV3" "OwnerName"
+    "HighISONoiseReduction" "AutoLightingOptimizer" "AFPointsInFocus5D" "FirmwareRevision"
+    "ShortOwnerName" "ContrastStandard" "ContrastPortrait" "ContrastLandscape" "ContrastNeutral"
+    "ContrastFaithful" "ContrastMonochrome" "ContrastUserDef1" "ContrastUserDef2" "ContrastUserDef3"
+    "SharpnessStandard" "SharpnessPortrait" "SharpnessLandscape" "SharpnessNeutral"
+    "SharpnessFaithful" "SharpnessMonochrome" "SharpnessUserDef1" "SharpnessUserDef2"
+    "SharpnessUserDef3" "SaturationStandard" "SaturationPortrait" "SaturationLandscape"
+    "SaturationNeutral" "SaturationFaithful" "FilterEffectMonochrome" "SaturationUserDef1"
+    "SaturationUserDef2" "SaturationUserDef3" "ColorToneStandard" "ColorTonePortrait"
+    "ColorToneLandscape" "ColorToneNeutral" "ColorToneFaithful" "ToningEffectMonochrome"
+    "ColorToneUserDef1" "ColorToneUserDef2" "ColorToneUserDef3" "UserDef1PictureStyle"
+    "UserDef2PictureStyle" "UserDef3PictureStyle" "FileIndex2" "DirectoryIndex2" "MeasuredEV"
+    "CameraPictureStyle" "Rotation" "MacroMode" "SelfTimer" "CanonFlashMode" "ContinuousDrive"
+    "RecordMode" "EasyMode" "DigitalZoom" "CameraISO" "MeteringMode" "FocusRange" "AFPoint"
+    "CanonExposureMode" "FocalUnits" "MaxAperture" "MinAperture" "FlashActivity" "FlashBits"
+    "FocusContinuous" "AESetting" "ImageStabilization" "DisplayAperture" "ZoomSourceWidth"
+    "ZoomTargetWidth" "SpotMeteringMode" "PhotoEffect" "ManualFlashOutput" "SRAWQuality"
+    "WB_RGGBLevelsAuto" "WB_RGGBLevelsDaylight" "WB_RGGBLevelsShade" "WB_RGGBLevelsCloudy"
+    "WB_RGGBLevelsTungsten" "WB_RGGBLevelsFluorescent" "WB_RGGBLevelsFlash" "WB_RGGBLevelsCustom"
+    "BlackLevels" "WB_RGGBLevelsKelvin" "WB_RGGBBlackLevels" "CameraColorCalibration01"
+    "CameraColorCalibration02" "CameraColorCalibration03" "CameraColorCalibration04"
+    "CameraColorCalibration05" "CameraColorCalibration06" "CameraColorCalibration07"
+    "CameraColorCalibration08" "CameraColorCalibration09" "CameraColorCalibration10"
+    "CameraColorCalibration11" "CameraColorCalibration12" "CameraColorCalibration13"
+    "CameraColorCalibration14" "CameraColorCalibration15" "WB_RGGBLevelsAsShot" "ColorTempAsShot"
+    "ColorTempAuto" "WB_RGGBLevelsMeasured" "ColorTempMeasured" "WB_RGGBLevelsUnknown"
+    "ColorTempUnknown" "ColorTempDaylight" "ColorTempShade" "ColorTempCloudy" "ColorTempTungsten"
+    "ColorTempFluorescent" "ColorTempKelvin" "ColorTempFlash" "WB_RGGBLevelsUnknown2"
+    "ColorTempUnknown2" "WB_RGGBLevelsUnknown3" "ColorTempUnknown3" "WB_RGGBLevelsUnknown4"
+    "ColorTempUnknown4" "WB_RGGBLevelsUnknown5" "ColorTempUnknown5" "WB_RGGBLevelsUnknown6"
+    "ColorTempUnknown6" "WB_RGGBLevelsUnknown7" "ColorTempUnknown7" "WB_RGGBLevelsUnknown8"
+    "ColorTempUnknown8" "WB_RGGBLevelsUnknown9" "ColorTempUnknown9" "WB_RGGBLevelsUnknown10"
+    "ColorTempUnknown10" "WB_RGGBLevelsUnknown11" "ColorTempUnknown11" "WB_RGGBLevelsUnknown12"
+    "ColorTempUnknown12" "WB_RGGBLevelsUnknown13" "ColorTempUnknown13" "WB_RGGBLevelsCustom1"
+    "ColorTempCustom1" "WB_RGGBLevelsCustom2" "ColorTempCustom2" "ColorDataVersion"
+    "WB_RGGBLevelsUnknown14" "ColorTempUnknown14" "WB_RGGBLevelsUnknown15" "ColorTempUnknown15"
+    "WB_RGGBLevelsUnknown16" "ColorTempUnknown16" "WB_RGGBLevelsUnknown17" "ColorTempUnknown17"
+    "WB_RGGBLevelsUnknown18" "ColorTempUnknown18" "WB_RGGBLevelsUnknown19" "ColorTempUnknown19"
+    "WB_RGGBLevelsUnknown20" "ColorTempUnknown20" "WB_RGGBLevelsUnknown21" "ColorTempUnknown21"
+    "WB_RGGBLevelsUnknown22" "ColorTempUnknown22" "WB_RGGBLevelsUnknown23" "ColorTempUnknown23"
+    "WB_RGGBLevelsUnknown24" "ColorTempUnknown24" "WB_RGGBLevelsUnknown25" "ColorTempUnknown25"
+    "WB_RGGBLevelsUnknown26" "ColorTempUnknown26" "WB_RGGBLevelsUnknown27" "ColorTempUnknown27"
+    "WB_RGGBLevelsUnknown28" "ColorTempUnknown28" "WB_RGGBLevelsUnknown29" "ColorTempUnknown29"
+    "PerChannelBlackLevel" "NormalWhiteLevel" "SpecularWhiteLevel" "LinearityUpperMargin"
+    "WB_RGGBLevelsPC1" "ColorTempPC1" "WB_RGGBLevelsPC2" "ColorTempPC2" "WB_RGGBLevelsPC3"
+    "ColorTempPC3" "RawMeasuredRGGB" "ColorTempCustom" "FlashOutput" "FlashBatteryLevel"
+    "ColorTempFlashData" "MeasuredRGGBData" "AverageBlackLevel" "WB_RGGBLevelsUnknown30"
+    "ColorTempUnknown30" "IntelligentContrast" "CropLeftMargin" "CropRightMargin" "CropTopMargin"
+    "CropBottomMargin" "FacesDetected" "FaceDetectFrameSize" "Face1Position" "Face2Position"
+    "Face3Position" "Face4Position" "Face5Position" "Face6Position" "Face7Position" "Face8Position"
+    "Face9Position" "FaceWidth" "FileNumber" "BracketMode" "BracketValue" "BracketShotNumber"
+    "RawJpgQuality" "RawJpgSize" "LongExposureNoiseReduction2" "WBBracketMode" "WBBracketValueAB"
+    "WBBracketValueGM" "FilterEffect" "ToningEffect" "LiveViewShooting" "ShutterMode"
+    "FlashExposureLock" "RFLensType" "GrainyBWFilter" "SoftFocusFilter" "ToyCameraFilter"
+    "MiniatureFilter" "MiniatureFilterOrientation" "MiniatureFilterPosition"
+    "MiniatureFilterParameter" "FisheyeFilter" "PaintingFilter" "WatercolorFilter"
+    "ModifiedParamFlag" "FocalPlaneXSize" "FocalPlaneXUnknown" "FocalPlaneYSize"
+    "FocalPlaneYUnknown" "HDR" "HDREffect" "PeripheralIlluminationCorr" "LongExposureNoiseReduction"
+    "DigitalLensOptimizer" "CompressionFormat" "ColorSpace2" "ColorMatrix" "CanonLogVersion"
+    "CanonFlashInfo" "CanonImageType" "CanonFirmwareVersion" "CanonFileLength" "CanonModelID"
+    "ThumbnailImageValidArea" "SerialNumberFormat" "SuperMacro" "DateStampMode" "Categories"
+    "BatteryType" "RawDataOffset" "RawDataLength" "OriginalDecisionDataOffset" "AFPointsInFocus1D"
+    "InternalSerialNumber" "ToneCurveTable" "SharpnessTable" "SharpnessFreqTable"
+    "WhiteBalanceTable" "ToneCurveMatching" "WhiteBalanceMatching" "VRDOffset" "CRWParam" "Flavor"
+    "PictureStyleUserDef" "PictureStylePC" "CustomPictureStyleFileName" "MeasuredRGGB"
+    "ModifiedToneCurve" "ModifiedSharpness" "ModifiedSharpnessFreq" "ModifiedSensorRedLevel"
+    "ModifiedSensorBlueLevel" "ModifiedWhiteBalanceRed" "ModifiedWhiteBalanceBlue"
+    "ModifiedWhiteBalance" "ModifiedColorTemp" "ModifiedPictureStyle" "ModifiedDigitalGain"
+    "FrameCount" "AudioBitrate" "VideoCodec" "MultiExposure" "MultiExposureControl"
+    "MultiExposureShots" "MyColorMode" "FilterEffectStandard" "ToningEffectStandard"
+    "FilterEffectPortrait" "ToningEffectPortrait" "FilterEffectLandscape" "ToningEffectLandscape"
+    "FilterEffectNeutral" "ToningEffectNeutral" "FilterEffectFaithful" "ToningEffectFaithful"
+    "SaturationMonochrome" "ColorToneMonochrome" "FilterEffectUserDef1" "ToningEffectUserDef1"
+    "FilterEffectUserDef2" "ToningEffectUserDef2" "FilterEffectUserDef3" "ToningEffectUserDef3"
+    "ContrastAuto" "SharpnessAuto" "SaturationAuto" "ColorToneAuto" "FilterEffectAuto"
+    "ToningEffectAuto" "PanoramaFrameNumber" "PanoramaDirection" "PreviewImageLength"
+    "PreviewImageStart" "ToneCurve" "SensorRedLevel" "SensorBlueLevel" "WhiteBalanceRed"
+    "WhiteBalanceBlue" "DigitalGain" "WBShiftAB" "WBShiftGM" "RawBurstImageNum" "RawBurstImageCount"
+    "SensorWidth" "SensorHeight" "SensorLeftBorder" "SensorTopBorder" "SensorRightBorder"
+    "SensorBottomBorder" "BlackMaskLeftBorder" "BlackMaskTopBorder" "BlackMaskRightBorder"
+    "BlackMaskBottomBorder" "AutoISO" "BaseISO" "TargetAperture" "TargetExposureTime" "SlowShutter"
+    "SequenceNumber" "OpticalZoomCode" "FlashGuideNumber" "FlashExposureComp"
+    "AutoExposureBracketing" "AEBBracketValue" "ControlMode" "BulbDuration" "AutoRotate" "NDFilter"
+    "SelfTimer2" "Unknown_CNDB" "TimeZone" "TimeZoneCity" "DaylightSavings" "VignettingCorrVersion"
+    "PeripheralLighting" "DistortionCorrection" "ChromaticAberrationCorr" "PeripheralLightingValue"
+    "DistortionCorrectionValue" "OriginalImageWidth" "OriginalImageHeight"
+    "PeripheralLightingSetting" "ChromaticAberrationSetting" "DistortionCorrectionSetting"
+    "DigitalLensOptimizerSetting" "WB_GRBGLevelsAuto" "WB_GRBGLevelsDaylight" "WB_GRBGLevelsCloudy"
+    "WB_GRBGLevelsTungsten" "WB_GRBGLevelsFluorescent" "WB_GRBGLevelsFluorHigh" "WB_GRBGLevelsFlash"
+    "WB_GRBGLevelsUnderwater" "WB_GRBGLevelsCustom1" "WB_GRBGLevelsCustom2" "CompressorVersion"
+    "12288" "12289" "12290" "12291" "12292" "12293" "12294" "12295" "-1" "2.1" "4.1" "6.1" "6.2"
+    "6.3" "6.4" "6.5" "8.1" "8.2" "9.1" "10.1" "10.2" "10.3" "10.4" "22.1" "26.1" "26.2" "26.3"
+    "26.4" "26.5" "26.6" "28" "28.1" "28.2" "28.3" "28.4" "30" "31" "31.1" "32.1" "33.1" "33.2"
+    "33.3" "33.4" "33.5" "33.6" "33.7" "33.8" "33.9" "33.10" "33.11" "33.12" "33.13" "33.14" "37.1"
+    "37.2" "37.3" "37.4" "41" "42" "42.1" "43" "44" "45" "46" "47" "47.1" "47.2" "63" "94" "95"
+    "103.1" "103.2" "106" "112.1" "112.2" "117.1" "124" "125" "126" "127" "127.1" "131.1" "131.2"
+    "131.3" "131.4" "131.5" "131.6" "131.7" "131.8" "135" "136.1" "137.1" "137.2" "137.3" "137.4"
+    "137.5" "137.6" "137.7" "137.8" "137.9" "137.10" "137.11" "137.12" "137.13" "137.14" "137.15"
+    "137.16" "137.17" "142" "143" "143.1" "144" "149" "150" "150.1" "150.2" "150.3" "150.4" "150.5"
+    "152.1" "152.2" "152.3" "152.4" "152.5" "153.1" "153.2" "153.3" "153.4" "154" "154.1" "154.2"
+    "154.3" "155" "155.1" "156" "156.1" "156.2" "160.1" "160.2" "160.3" "160.4" "160.5" "161.1"
+    "161.2" "161.3" "161.4" "161.5" "161.6" "161.7" "161.8" "165" "166" "167" "168" "168.1" "169"
+    "169.1" "169.2" "169.3" "169.4" "169.5" "169.6" "169.7" "169.8" "169.9" "170" "170.1" "170.2"
+    "171" "172" "172.1" "172.2" "173" "173.1" "173.2" "173.3" "173.4" "173.5" "174" "174.1" "174.2"
+    "174.3" "174.4" "174.5" "174.6" "174.7" "174.8" "174.9" "175" "177" "178" "179" "180" "180.1"
+    "180.2" "180.3" "180.4" "180.5" "180.6" "180.7" "180.8" "180.9" "180.10" "181" "181.1" "182"
+    "182.1" "183" "183.1" "183.2" "183.3" "183.4" "183.5" "183.6" "183.7" "184" "185" "186" "187"
+    "188" "189" "190" "191" "191.1" "193" "194" "195" "196" "197" "197.1" "198" "198.1" "198.2"
+    "198.3" "198.4" "198.5" "198.6" "199" "200" "201" "202" "208" "209" "210" "211" "212" "213"
+    "213.1" "213.2" "213.3" "213.4" "214" "215" "217" "220" "224" "225" "226" "227" "228" "229"
+    "230" "231" "231.1" "232" "233" "234" "234.1" "235" "236" "237" "238" "239" "239.1" "240"
+    "240.1" "241" "242" "243" "244" "245" "246" "247" "248" "248.1" "248.2" "248.3" "248.4" "249"
+    "250" "250.1" "250.2" "250.3" "250.4" "251" "251.1" "252" "252.1" "253" "253.1" "254" "254.1"
+    "255.1" "255.2" "255.3" "368.1" "368.2" "368.3" "368.4" "368.5" "368.6" "368.7" "368.8" "368.9"
+    "368.10" "368.11" "368.12" "368.13" "368.14" "488" "489" "490" "491" "491.1" "491.2" "491.3"
+    "491.4" "491.5" "491.6" "492" "493" "493.1" "494" "495" "495.1" "496" "499" "502" "502.1" "503"
+    "504" "505" "506" "507" "508" "508.1" "624.1" "747" "747.1" "748" "748.1" "748.2" "749" "750"
+    "750.1" "750.2" "751" "752" "753" "754" "757" "758" "1136" "4142" "4143" "4143.1" "4144" "4145"
+    "4146" "4147" "4148" "4149" "4150" "4152" "4153" "4154" "4155" "4156" "4157" "4158" "4159"
+    "4160" "4208" "4208.1" "36910" "36912" "61182" "61182.1" "61182.2" "61182.3" "61182.4" "61182.5"
+    "61182.6" "61182.7" "61182.8" "61182.9" "61182.10" "61182.11" "61182.12" "61182.13" "61182.14"
+    "61182.15" "61182.16" "61182.17" "61182.18" "61182.19" "61182.20" "61182.21" "61182.22"
+    "61182.23" "61182.24" "61182.25" "61182.26" "61182.27" "61182.28" "61182.29" "61182.30"
+    "61182.31" "61182.32" "61182.33" "61182.34" "61182.35" "61182.36" "61182.37" "61182.38"
+    "61182.39" "61182.40" "61182.41" "61182.42" "61182.43" "61182.44" "61182.45" "61182.46"
+    "61182.47" "61182.48" "61182.49" "61182.50" "61182.51" "61182.52" "61182.53" "61491" "61492"
+    "61494" "61495" "61496" "2048" "16384" "-559038737" "519" "62" "68" "84" "93" "260" "261" "263"
+    "264" "265" "16385" "16390" "1282" "1284" "32767" "-3" "-4" "262" "266" "267" "268" "269" "270"
+    "271" "272" "275" "276" "277" "278" "279" "280" "281" "282" "283" "284" "285" "286" "287" "290"
+    "292" "294" "295" "296" "297" "298" "299" "300" "301" "302" "303" "312" "313" "1042" "2049"
+    "2052" "2053" "2056" "2065" "2066" "16842752" "17039360" "17170432" "17301504" "17367040"
+    "17825792" "17891328" "17956864" "18022400" "18087936" "18153472" "18219008" "18284544"
+    "18350080" "18415616" "18939904" "19070976" "19136512" "19202048" "19267584" "19333120"
+    "19464192" "19922944" "19988480" "20185088" "20250624" "20316160" "20381696" "20447232"
+    "20512768" "20971520" "21037056" "21102592" "21233664" "21299200" "21430272" "21561344"
+    "22151168" "22216704" "22282240" "22347776" "22413312" "22478848" "22609920" "23330816"
+    "23396352" "23461888" "23494656" "24117248" "24379392" "24444928" "24510464" "24641536"
+    "24707072" "25165824" "25231360" "25296896" "25624576" "25690112" "25755648" "26214400"
+    "26345472" "26476544" "26542080" "26607616" "26673152" "26738688" "26804224" "33554432"
+    "33619968" "33685504" "33751040" "33816576" "34144256" "34603008" "34734080" "34799616"
+    "34865152" "34930688" "34996224" "35127296" "35192832" "35848192" "35913728" "36044800"
+    "36241408" "36700160" "36765696" "36831232" "37093376" "37158912" "37224448" "37289984"
+    "37879808" "37945344" "38141952" "38207488" "38273024" "38338560" "38862848" "38928384"
+    "38993920" "39059456" "39124992" "39190528" "39256064" "39321600" "39387136" "39845888"
+    "39911424" "39976960" "40042496" "40108032" "40894464" "40960000" "41025536" "41222144"
+    "41287680" "41353216" "41943040" "42008576" "42074112" "42139648" "42205184" "42270720"
+    "42336256" "42401792" "42467328" "42532864" "43122688" "43188224" "43253760" "43319296"
+    "43515904" "43581440" "50331648" "50397184" "50397185" "50462720" "50528256" "50593792"
+    "50659328" "50724864" "50790400" "50855936" "50921472" "51380224" "51445760" "51511296"
+    "51576832" "51642368" "51773440" "51838976" "51904512" "51970048" "52428800" "52494336"
+    "52559872" "52625408" "52690944" "52756480" "52822016" "52887552" "52953088" "53608448"
+    "53673984" "53739520" "53805056" "53870592" "53936128" "54001664" "54067200" "54525952"
+    "54591488" "54657024" "54722560" "54788096" "54853632" "54919168" "54984704" "55115776"
+    "55640064" "55836672" "55902208" "55967744" "56098816" "56164352" "56623104" "56688640"
+    "56885248" "56950784" "57016320" "57081856" "57147392" "57212928" "57671680" "57737216"
+    "57933824" "57999360" "58064896" "58130432" "58195968" "58261504" "58720256" "58851328"
+    "58916864" "58982400" "59047936" "59113472" "59179008" "59244544" "59310080" "59834368"
+    "59965440" "60030976" "60096512" "60227584" "60293120" "60358656" "67174400" "67239936"
+    "67305472" "67371008" "67371009" "67436544" "67502080" "67567616" "68157440" "68485120"
+    "68550656" "68616192" "68681728" "100925440" "1074255475" "1074255476" "1074255477" "1074255478"
+    "1074255735" "1074255736" "1074255737" "1074255738" "1074255739" "1074255741" "1074255900"
+    "1074255992" "1074255996" "1074255998" "1074255999" "1074256000" "1074256002" "1074256165"
+    "1074256166" "1074256248" "1074256263" "1074256264" "1074256265" "1074256266" "1074256526"
+    "1074256527" "1074256528" "1074256530" "1074257056" "1074257321" "1074257844" "1074258371"
+    "2147483649" "2147484007" "2147484008" "2147484009" "2147484016" "2147484020" "2147484021"
+    "2147484022" "2147484040" "2147484041" "2147484048" "2147484179" "2147484181" "2147484184"
+    "2147484185" "2147484210" "2147484212" "2147484214" "2147484225" "2147484230" "2147484240"
+    "2147484242" "2147484244" "2147484257" "2147484265" "2147484272" "2147484273" "2147484275"
+    "2147484289" "2147484293" "2147484294" "2147484295" "2147484296" "2147484297" "2147484311"
+    "2147484312" "2147484417" "2147484418" "2147484452" "2147484453" "2147484454" "2147484455"
+    "2147484456" "2147484465" "2147484486" "2147484487" "2147484489" "2147484496" "2147484501"
+    "2147484546" "2147484563" "2147484673" "2147484676" "2147484677" "2147484678" "2147484680"
+    "2147484695" "2147484705" "2147484706" "2147484708" "2147484712" "2147484722" "2147484723"
+    "2147484725" "2147484726" "2147484727" "2147484752" "2147484755" "2147484772" "2147484773"
+    "2147484775" "2147484776" "2147484800" "2147484801" "2147484807" "2147484817" "2147484824"
+    "2147484960" "2147485024" "2415919104" "2684354560" "32766" "Canon:AEBBracketValue"
+    "AEB Bracket Value" "Canon:AESetting" "AE Setting" "Canon:AESetting:0" "Normal AE"
+    "Canon:AESetting:1" "Canon:AESetting:2" "AE Lock" "Canon:AESetting:3" "AE Lock + Exposure Comp."
+    "Canon:AESetting:4" "No AE" "Canon:AFAccelDecelTracking" "AF Accel/Decel Tracking"
+    "Canon:AFAreaHeight" "AF Area Height" "Canon:AFAreaHeights" "AF Area Heights" "Canon:AFAreaMode"
+    "AF Area Mode" "Canon:AFAreaMode:0" "Off (Manual Focus)" "Canon:AFAreaMode:1"
+    "AF Point Expansion (surround)" "Canon:AFAreaMode:10" "AF Point Expansion (8 point)"
+    "Canon:AFAreaMode:11" "Flexizone Multi (49 point)" "Canon:AFAreaMode:12"
+    "Flexizone Multi (9 point)" "Canon:AFAreaMode:13" "Flexizone Single" "Canon:AFAreaMode:14"
+    "Large Zone AF" "Canon:AFAreaMode:2" "Single-point AF" "Canon:AFAreaMode:4" "Auto"
+    "Canon:AFAreaMode:5" "Face Detect AF" "Canon:AFAreaMode:6" "Face + Tracking"
+    "Canon:AFAreaMode:7" "Zone AF" "Canon:AFAreaMode:8" "AF Point Expansion (4 point)"
+    "Canon:AFAreaMode:9" "Spot AF" "Canon:AFAreaSelectionMethod" "AF Area Selection Method"
+    "Canon:AFAreaSelectionMethod:0" "M-Fn Button" "Canon:AFAreaSelectionMethod:1" "Main Dial"
+    "Canon:AFAreaWidth" "AF Area Width" "Canon:AFAreaWidths" "AF Area Widths"
+    "Canon:AFAreaXPositions" "AF Area X Positions" "Canon:AFAreaYPositions" "AF Area Y Positions"
+    "Canon:AFAssistBeam" "AF Assist Beam" "Canon:AFAssistBeam:0" "Enable" "Canon:AFAssistBeam:1"
+    "Disable" "Canon:AFAssistBeam:2" "IR AF Assist Beam Only" "Canon:AFConfigTool" "AF Config Tool"
+    "Canon:AFImageHeight" "AF Image Height" "Canon:AFImageWidth" "AF Image Width" "Canon:AFInfoSize"
+    "AF Info Size" "Canon:AFMicroAdjMode" "AF Micro Adj Mode" "Canon:AFMicroAdjMode:0"
+    "Canon:AFMicroAdjMode:1" "Adjust all by the same amount" "Canon:AFMicroAdjMode:2"
+    "Adjust by lens" "Canon:AFMicroAdjValue" "AF Micro Adj Value" "Canon:AFPoint" "AF Point"
+    "Canon:AFPoint:12288" "None (MF)" "Canon:AFPoint:12289" "Auto AF point selection"
+    "Canon:AFPoint:12290" "Right" "Canon:AFPoint:12291" "Center" "Canon:AFPoint:12292" "Left"
+    "Canon:AFPoint:16385" "Canon:AFPoint:16390" "Face Detect" "Canon:AFPoint:8197"
+    "Manual AF point selection" "Canon:AFPointDisplayDuringFocus" "AF Point Display During Focus"
+    "Canon:AFPointDisplayDuringFocus:0" "Selected (constant)" "Canon:AFPointDisplayDuringFocus:1"
+    "All (constant)" "Canon:AFPointDisplayDuringFocus:2" "Selected (pre-AF, focused)"
+    "Canon:AFPointDisplayDuringFocus:3" "Selected (focused)" "Canon:AFPointDisplayDuringFocus:4"
+    "Disabled" "Canon:AFPointSwitching" "AF Point Switching" "Canon:AFPointsInFocus"
+    "AF Points In Focus" "Canon:AFPointsInFocus1D" "AF Points In Focus 1D" "Canon:AFPointsInFocus5D"
+    "AF Points In Focus 5D" "Canon:AFPointsInFocus5D:0" "Canon:AFPointsInFocus5D:1"
+    "Canon:AFPointsInFocus5D:1024" "AI Servo2" "Canon:AFPointsInFocus5D:128"
+    "Canon:AFPointsInFocus5D:16" "Upper-right" "Canon:AFPointsInFocus5D:16384" "AI Servo6"
+    "Canon:AFPointsInFocus5D:2" "Top" "Canon:AFPointsInFocus5D:2048" "AI Servo3"
+    "Canon:AFPointsInFocus5D:256" "Canon:AFPointsInFocus5D:32" "Lower-left"
+    "Canon:AFPointsInFocus5D:4" "Bottom" "Canon:AFPointsInFocus5D:4096" "AI Servo4"
+    "Canon:AFPointsInFocus5D:512" "AI Servo1" "Canon:AFPointsInFocus5D:64" "Lower-right"
+    "Canon:AFPointsInFocus5D:8" "Upper-left" "Canon:AFPointsInFocus5D:8192" "AI Servo5"
+    "Canon:AFPointsInFocus:12288" "Canon:AFPointsInFocus:12289" "Canon:AFPointsInFocus:12290"
+    "Canon:AFPointsInFocus:12291" "Center+Right" "Canon:AFPointsInFocus:12292"
+    "Canon:AFPointsInFocus:12293" "Left+Right" "Canon:AFPointsInFocus:12294" "Left+Center"
+    "Canon:AFPointsInFocus:12295" "All" "Canon:AFPointsSelected" "AF Points Selected"
+    "Canon:AFStatusViewfinder" "AF Status Viewfinder" "Canon:AFStatusViewfinder:0"
+    "Show in Field of View" "Canon:AFStatusViewfinder:1" "Show Outside View"
+    "Canon:AFTrackingSensitivity" "AF Tracking Sensitivity" "Canon:AIServoFirstImage"
+    "AI Servo First Image" "Canon:AIServoFirstImage:0" "Equal Priority" "Canon:AIServoFirstImage:1"
+    "Release Priority" "Canon:AIServoFirstImage:2" "Focus Priority" "Canon:AIServoSecondImage"
+    "AI Servo Second Image" "Canon:AIServoSecondImage:0" "Canon:AIServoSecondImage:1"
+    "Canon:AIServoSecondImage:2" "Canon:AIServoSecondImage:3" "Release High Priority"
+    "Canon:AIServoSecondImage:4" "Focus High Priority" "Canon:AmbienceSelection"
+    "Ambience Selection" "Canon:AmbienceSelection:0" "Standard" "Canon:AmbienceSelection:1" "Vivid"
+    "Canon:AmbienceSelection:2" "Warm" "Canon:AmbienceSelection:3" "Soft"
+    "Canon:AmbienceSelection:4" "Cool" "Canon:AmbienceSelection:5" "Intense"
+    "Canon:AmbienceSelection:6" "Brighter" "Canon:AmbienceSelection:7" "Darker"
+    "Canon:AmbienceSelection:8" "Canon:AspectRatio" "Aspect Ratio" "Canon:AspectRatio:0" "3:2"
+    "Canon:AspectRatio:1" "1:1" "Canon:AspectRatio:12" "3:2 (APS-H crop)" "Canon:AspectRatio:13"
+    "3:2 (APS-C crop)" "Canon:AspectRatio:2" "4:3" "Canon:AspectRatio:258" "4:3 crop"
+    "Canon:AspectRatio:7" "16:9" "Canon:AspectRatio:8" "4:5" "Canon:AudioBitrate" "Audio Bitrate"
+    "Canon:AudioChannels" "Canon:AudioSampleRate" "Canon:AutoAFPointSelEOSiTRAF"
+    "Auto AF Point Sel EOS iTR AF" "Canon:AutoAFPointSelEOSiTRAF:0" "Canon:AutoAFPointSelEOSiTRAF:1"
+    "Canon:AutoExposureBracketing" "Auto Exposure Bracketing" "Canon:AutoExposureBracketing:-1"
+    "Canon:AutoExposureBracketing:0" "Canon:AutoExposureBracketing:1" "On (shot 1)"
+    "Canon:AutoExposureBracketing:2" "On (shot 2)" "Canon:AutoExposureBracketing:3" "On (shot 3)"
+    "Canon:AutoISO" "Auto ISO" "Canon:AutoLightingOptimizer" "Auto Lighting Optimizer"
+    "Canon:AutoLightingOptimizer:0" "Canon:AutoLightingOptimizer:1" "Low"
+    "Canon:AutoLightingOptimizer:2" "Strong" "Canon:AutoLightingOptimizer:3" "Canon:AutoRotate"
+    "Auto Rotate" "Canon:AutoRotate:-1" "n/a" "Canon:AutoRotate:0" "Canon:AutoRotate:1"
+    "Rotate 90 CW" "Canon:AutoRotate:2" "Rotate 180" "Canon:AutoRotate:3" "Rotate 270 CW"
+    "Canon:AverageBlackLevel" "Average Black Level" "Canon:BaseISO" "Base ISO" "Canon:BatteryType"
+    "Battery Type" "Canon:BlackLevels" "Black Levels" "Canon:BlackMaskBottomBorder"
+    "Black Mask Bottom Border" "Canon:BlackMaskLeftBorder" "Black Mask Left Border"
+    "Canon:BlackMaskRightBorder" "Black Mask Right Border" "Canon:BlackMaskTopBorder"
+    "Black Mask Top Border" "Canon:BracketMode" "Bracket Mode" "Canon:BracketMode:0"
+    "Canon:BracketMode:1" "AEB" "Canon:BracketMode:2" "FEB" "Canon:BracketMode:3"
+    "Canon:BracketMode:4" "WB" "Canon:BracketShotNumber" "Bracket Shot Number" "Canon:BracketValue"
+    "Bracket Value" "Canon:BulbDuration" "Bulb Duration" "Canon:CRWParam" "CRW Param"
+    "Canon:CameraColorCalibration01" "Camera Color Calibration 01" "Canon:CameraColorCalibration02"
+    "Camera Color Calibration 02" "Canon:CameraColorCalibration03" "Camera Color Calibration 03"
+    "Canon:CameraColorCalibration04" "Camera Color Calibration 04" "Canon:CameraColorCalibration05"
+    "Camera Color Calibration 05" "Canon:CameraColorCalibration06" "Camera Color Calibration 06"
+    "Canon:CameraColorCalibration07" "Camera Color Calibration 07" "Canon:CameraColorCalibration08"
+    "Camera Color Calibration 08" "Canon:CameraColorCalibration09" "Camera Color Calibration 09"
+    "Canon:CameraColorCalibration10" "Camera Color Calibration 10" "Canon:CameraColorCalibration11"
+    "Camera Color Calibration 11" "Canon:CameraColorCalibration12" "Camera Color Calibration 12"
+    "Canon:CameraColorCalibration13" "Camera Color Calibration 13" "Canon:CameraColorCalibration14"
+    "Camera Color Calibration 14" "Canon:CameraColorCalibration15" "Camera Color Calibration 15"
+    "Canon:CameraISO" "Camera ISO" "Canon:CameraOrientation" "Camera Orientation"
+    "Canon:CameraOrientation:0" "Horizontal (normal)" "Canon:CameraOrientation:1"
+    "Canon:CameraOrientation:2" "Canon:CameraPictureStyle" "Camera Picture Style"
+    "Canon:CameraPictureStyle:129" "Canon:CameraPictureStyle:130" "Canon:CameraPictureStyle:131"
+    "Landscape" "Canon:CameraPictureStyle:132" "Neutral" "Canon:CameraPictureStyle:133" "Faithful"
+    "Canon:CameraPictureStyle:134" "Canon:CameraPictureStyle:33" "User Defined 1"
+    "Canon:CameraPictureStyle:34" "User Defined 2" "Canon:CameraPictureStyle:35" "User Defined 3"
+    "Canon:CameraTemperature" "Camera Temperature" "Canon:CameraType" "Canon:CameraType:0"
+    "Canon:CameraType:248" "EOS High-end" "Canon:CameraType:250" "Compact" "Canon:CameraType:252"
+    "EOS Mid-range" "Canon:CameraType:255" "DV Camera" "Canon:CanonExposureMode"
+    "Canon Exposure Mode" "Canon:CanonExposureMode:0" "Easy" "Canon:CanonExposureMode:1"
+    "Program AE" "Canon:CanonExposureMode:2" "Shutter speed priority AE" "Canon:CanonExposureMode:3"
+    "Aperture-priority AE" "Canon:CanonExposureMode:4" "Manual" "Canon:CanonExposureMode:5"
+    "Depth-of-field AE" "Canon:CanonExposureMode:6" "M-Dep" "Canon:CanonExposureMode:7" "Bulb"
+    "Canon:CanonExposureMode:8" "Flexible-priority AE" "Canon:CanonFileLength" "Canon File Length"
+    "Canon:CanonFirmwareVersion" "Canon Firmware Version" "Canon:CanonFlashInfo" "Canon Flash Info"
+    "Canon:CanonFlashMode" "Canon Flash Mode" "Canon:CanonFlashMode:-1" "Canon:CanonFlashMode:0"
+    "Canon:CanonFlashMode:1" "Canon:CanonFlashMode:16" "External flash" "Canon:CanonFlashMode:2"
+    "Canon:CanonFlashMode:3" "Red-eye reduction" "Canon:CanonFlashMode:4" "Slow-sync"
+    "Canon:CanonFlashMode:5" "Red-eye reduction (Auto)" "Canon:CanonFlashMode:6"
+    "Red-eye reduction (On)" "Canon:CanonImageHeight" "Canon Image Height" "Canon:CanonImageSize"
+    "Canon Image Size" "Canon:CanonImageSize:-1" "Canon:CanonImageSize:0" "Large"
+    "Canon:CanonImageSize:1" "Medium" "Canon:CanonImageSize:10" "Medium Widescreen"
+    "Canon:CanonImageSize:128" "640x480 Movie" "Canon:CanonImageSize:129" "Medium Movie"
+    "Canon:CanonImageSize:130" "Small Movie" "Canon:CanonImageSize:137" "1280x720 Movie"
+    "Canon:CanonImageSize:14" "Small 1" "Canon:CanonImageSize:142" "1920x1080 Movie"
+    "Canon:CanonImageSize:143" "4096x2160 Movie" "Canon:CanonImageSize:15" "Small 2"
+    "Canon:CanonImageSize:16" "Small 3" "Canon:CanonImageSize:2" "Small" "Canon:CanonImageSize:5"
+    "Medium 1" "Canon:CanonImageSize:6" "Medium 2" "Canon:CanonImageSize:7" "Medium 3"
+    "Canon:CanonImageSize:8" "Postcard" "Canon:CanonImageSize:9" "Widescreen" "Canon:CanonImageType"
+    "Canon Image Type" "Canon:CanonImageWidth" "Canon Image Width" "Canon:CanonLogVersion"
+    "Canon Log Version" "Canon:CanonLogVersion:0" "OFF" "Canon:CanonLogVersion:1" "CLogV1"
+    "Canon:CanonLogVersion:2" "CLogV2" "Canon:CanonLogVersion:3" "CLogV3" "Canon:CanonModelID"
+    "Canon Model ID" "Canon:CanonModelID:100925440" "PowerShot S100 / Digital IXUS / IXY Digital"
+    "Canon:CanonModelID:1042" "EOS M50 / Kiss M" "Canon:CanonModelID:1074255475" "DC19/DC21/DC22"
+    "Canon:CanonModelID:1074255476" "XH A1" "Canon:CanonModelID:1074255477" "HV10"
+    "Canon:CanonModelID:1074255478" "MD130/MD140/MD150/MD160/ZR850" "Canon:CanonModelID:1074255735"
+    "DC50" "Canon:CanonModelID:1074255736" "HV20" "Canon:CanonModelID:1074255737" "DC211"
+    "Canon:CanonModelID:1074255738" "HG10" "Canon:CanonModelID:1074255739" "HR10"
+    "Canon:CanonModelID:1074255741" "MD255/ZR950" "Canon:CanonModelID:1074255900" "HF11"
+    "Canon:CanonModelID:1074255992" "HV30" "Canon:CanonModelID:1074255996" "XH A1S"
+    "Canon:CanonModelID:1074255998" "DC301/DC310/DC311/DC320/DC330" "Canon:CanonModelID:1074255999"
+    "FS100" "Canon:CanonModelID:1074256000" "HF10" "Canon:CanonModelID:1074256002" "HG20/HG21"
+    "Canon:CanonModelID:1074256165" "HF21" "Canon:CanonModelID:1074256166" "HF S11"
+    "Canon:CanonModelID:1074256248" "HV40" "Canon:CanonModelID:1074256263" "DC410/DC411/DC420"
+    "Canon:CanonModelID:1074256264" "FS19/FS20/FS21/FS22/FS200" "Canon:CanonModelID:1074256265"
+    "HF20/HF200" "Canon:CanonModelID:1074256266" "HF S10/S100" "Canon:CanonModelID:1074256526"
+    "HF R10/R16/R17/R18/R100/R106" "Canon:CanonModelID:1074256527" "HF M30/M31/M36/M300/M306"
+    "Canon:CanonModelID:1074256528" "HF S20/S21/S200" "Canon:CanonModelID:1074256530"
+    "FS31/FS36/FS37/FS300/FS305/FS306/FS307" "Canon:CanonModelID:1074257056" "EOS C300"
+    "Canon:CanonModelID:1074257321" "HF G25" "Canon:CanonModelID:1074257844" "XC10"
+    "Canon:CanonModelID:1074258371" "EOS C200" "Canon:CanonModelID:16842752" "PowerShot A30"
+    "Canon:CanonModelID:17039360" "PowerShot S300 / Digital IXUS 300 / IXY Digital 300"
+    "Canon:CanonModelID:17170432" "PowerShot A20" "Canon:CanonModelID:17301504" "PowerShot A10"
+    "Canon:CanonModelID:17367040" "PowerShot S110 / Digital IXUS v / IXY Digital 200"
+    "Canon:CanonModelID:17825792" "PowerShot G2" "Canon:CanonModelID:17891328" "PowerShot S40"
+    "Canon:CanonModelID:17956864" "PowerShot S30" "Canon:CanonModelID:18022400" "PowerShot A40"
+    "Canon:CanonModelID:18087936" "EOS D30" "Canon:CanonModelID:18153472" "PowerShot A100"
+    "Canon:CanonModelID:18219008" "PowerShot S200 / Digital IXUS v2 / IXY Digital 200a"
+    "Canon:CanonModelID:18284544" "PowerShot A200" "Canon:CanonModelID:18350080"
+    "PowerShot S330 / Digital IXUS 330 / IXY Digital 300a" "Canon:CanonModelID:18415616"
+    "PowerShot G3" "Canon:CanonModelID:18939904" "PowerShot S45" "Canon:CanonModelID:19070976"
+    "PowerShot SD100 / Digital IXUS II / IXY Digital 30" "Canon:CanonModelID:19136512"
+    "PowerShot S230 / Digital IXUS v3 / IXY Digital 320" "Canon:CanonModelID:19202048"
+    "PowerShot A70" "Canon:CanonModelID:19267584" "PowerShot A60" "Canon:CanonModelID:19333120"
+    "PowerShot S400 / Digital IXUS 400 / IXY Digital 400" "Canon:CanonModelID:19464192"
+    "PowerShot G5" "Canon:CanonModelID:19922944" "PowerShot A300" "Canon:CanonModelID:19988480"
+    "PowerShot S50" "Canon:CanonModelID:20185088" "PowerShot A80" "Canon:CanonModelID:20250624"
+    "PowerShot SD10 / Digital IXUS i / IXY Digital L" "Canon:CanonModelID:20316160"
+    "PowerShot S1 IS" "Canon:CanonModelID:20381696" "PowerShot Pro1" "Canon:CanonModelID:20447232"
+    "PowerShot S70" "Canon:CanonModelID:2049" "PowerShot SX740 HS" "Canon:CanonModelID:20512768"
+    "PowerShot S60" "Canon:CanonModelID:2052" "PowerShot G5 X Mark II" "Canon:CanonModelID:2053"
+    "PowerShot SX70 HS" "Canon:CanonModelID:2056" "PowerShot G7 X Mark III"
+    "Canon:CanonModelID:2065" "EOS M6 Mark II" "Canon:CanonModelID:2066" "EOS M200"
+    "Canon:CanonModelID:20971520" "PowerShot G6" "Canon:CanonModelID:21037056"
+    "PowerShot S500 / Digital IXUS 500 / IXY Digital 500" "Canon:CanonModelID:21102592"
+    "PowerShot A75" "Canon:CanonModelID:21233664"
+    "PowerShot SD110 / Digital IXUS IIs / IXY Digital 30a" "Canon:CanonModelID:21299200"
+    "PowerShot A400" "Canon:CanonModelID:21430272" "PowerShot A310" "Canon:CanonModelID:2147483649"
+    "EOS-1D" "Canon:CanonModelID:2147484007" "EOS-1DS" "Canon:CanonModelID:2147484008" "EOS 10D"
+    "Canon:CanonModelID:2147484009" "EOS-1D Mark III" "Canon:CanonModelID:2147484016"
+    "EOS Digital Rebel / 300D / Kiss Digital" "Canon:CanonModelID:2147484020" "EOS-1D Mark II"
+    "Canon:CanonModelID:2147484021" "EOS 20D" "Canon:CanonModelID:2147484022"
+    "EOS Digital Rebel XSi / 450D / Kiss X2" "Canon:CanonModelID:2147484040" "EOS-1Ds Mark II"
+    "Canon:CanonModelID:2147484041" "EOS Digital Rebel XT / 350D / Kiss Digital N"
+    "Canon:CanonModelID:2147484048" "EOS 40D" "Canon:CanonModelID:2147484179" "EOS 5D"
+    "Canon:CanonModelID:2147484181" "EOS-1Ds Mark III" "Canon:CanonModelID:2147484184"
+    "EOS 5D Mark II" "Canon:CanonModelID:2147484185" "WFT-E1" "Canon:CanonModelID:2147484210"
+    "EOS-1D Mark II N" "Canon:CanonModelID:2147484212" "EOS 30D" "Canon:CanonModelID:2147484214"
+    "EOS Digital Rebel XTi / 400D / Kiss Digital X" "Canon:CanonModelID:2147484225" "WFT-E2"
+    "Canon:CanonModelID:2147484230" "WFT-E3" "Canon:CanonModelID:2147484240" "EOS 7D"
+    "Canon:CanonModelID:2147484242" "EOS Rebel T1i / 500D / Kiss X3" "Canon:CanonModelID:2147484244"
+    "EOS Rebel XS / 1000D / Kiss F" "Canon:CanonModelID:2147484257" "EOS 50D"
+    "Canon:CanonModelID:2147484265" "EOS-1D X" "Canon:CanonModelID:2147484272"
+    "EOS Rebel T2i / 550D / Kiss X4" "Canon:CanonModelID:2147484273" "WFT-E4"
+    "Canon:CanonModelID:2147484275" "WFT-E5" "Canon:CanonModelID:2147484289" "EOS-1D Mark IV"
+    "Canon:CanonModelID:2147484293" "EOS 5D Mark III" "Canon:CanonModelID:2147484294"
+    "EOS Rebel T3i / 600D / Kiss X5" "Canon:CanonModelID:2147484295" "EOS 60D"
+    "Canon:CanonModelID:2147484296" "EOS Rebel T3 / 1100D / Kiss X50"
+    "Canon:CanonModelID:2147484297" "EOS 7D Mark II" "Canon:CanonModelID:2147484311" "WFT-E2 II"
+    "Canon:CanonModelID:2147484312" "WFT-E4 II" "Canon:CanonModelID:2147484417"
+    "EOS Rebel T4i / 650D / Kiss X6i" "Canon:CanonModelID:2147484418" "EOS 6D"
+    "Canon:CanonModelID:2147484452" "EOS-1D C" "Canon:CanonModelID:2147484453" "EOS 70D"
+    "Canon:CanonModelID:2147484454" "EOS Rebel T5i / 700D / Kiss X7i"
+    "Canon:CanonModelID:2147484455" "EOS Rebel T5 / 1200D / Kiss X70 / Hi"
+    "Canon:CanonModelID:2147484456" "EOS-1D X Mark II" "Canon:CanonModelID:2147484465" "EOS M"
+    "Canon:CanonModelID:2147484486" "EOS Rebel SL1 / 100D / Kiss X7" "Canon:CanonModelID:2147484487"
+    "EOS Rebel T6s / 760D / 8000D" "Canon:CanonModelID:2147484489" "EOS 5D Mark IV"
+    "Canon:CanonModelID:2147484496" "EOS 80D" "Canon:CanonModelID:2147484501" "EOS M2"
+    "Canon:CanonModelID:2147484546" "EOS 5DS" "Canon:CanonModelID:2147484563"
+    "EOS Rebel T6i / 750D / Kiss X8i" "Canon:CanonModelID:2147484673" "EOS 5DS R"
+    "Canon:CanonModelID:2147484676" "EOS Rebel T6 / 1300D / Kiss X80"
+    "Canon:CanonModelID:2147484677" "EOS Rebel T7i / 800D / Kiss X9i"
+    "Canon:CanonModelID:2147484678" "EOS 6D Mark II" "Canon:CanonModelID:2147484680"
+    "EOS 77D / 9000D" "Canon:CanonModelID:2147484695" "EOS Rebel SL2 / 200D / Kiss X9"
+    "Canon:CanonModelID:2147484705" "EOS R5" "Canon:CanonModelID:2147484706"
+    "EOS Rebel T100 / 4000D / 3000D" "Canon:CanonModelID:2147484708" "EOS R"
+    "Canon:CanonModelID:2147484712" "EOS-1D X Mark III" "Canon:CanonModelID:2147484722"
+    "EOS Rebel T7 / 2000D / 1500D / Kiss X90" "Canon:CanonModelID:2147484723" "EOS RP"
+    "Canon:CanonModelID:2147484725" "EOS Rebel T8i / 850D / X10i" "Canon:CanonModelID:2147484726"
+    "EOS SL3 / 250D / Kiss X10" "Canon:CanonModelID:2147484727" "EOS 90D"
+    "Canon:CanonModelID:2147484752" "EOS R3" "Canon:CanonModelID:2147484755" "EOS R6"
+    "Canon:CanonModelID:2147484772" "EOS R7" "Canon:CanonModelID:2147484773" "EOS R10"
+    "Canon:CanonModelID:2147484775" "PowerShot ZOOM" "Canon:CanonModelID:2147484776"
+    "EOS M50 Mark II / Kiss M2" "Canon:CanonModelID:2147484800" "EOS R50"
+    "Canon:CanonModelID:2147484801" "EOS R6 Mark II" "Canon:CanonModelID:2147484807" "EOS R8"
+    "Canon:CanonModelID:2147484817" "PowerShot V10" "Canon:CanonModelID:2147484824" "EOS R100"
+    "Canon:CanonModelID:2147484960" "EOS D2000C" "Canon:CanonModelID:2147485024" "EOS D6000C"
+    "Canon:CanonModelID:21561344" "PowerShot A85" "Canon:CanonModelID:22151168"
+    "PowerShot S410 / Digital IXUS 430 / IXY Digital 450" "Canon:CanonModelID:22216704"
+    "PowerShot A95" "Canon:CanonModelID:22282240"
+    "PowerShot SD300 / Digital IXUS 40 / IXY Digital 50" "Canon:CanonModelID:22347776"
+    "PowerShot SD200 / Digital IXUS 30 / IXY Digital 40" "Canon:CanonModelID:22413312"
+    "PowerShot A520" "Canon:CanonModelID:22478848" "PowerShot A510" "Canon:CanonModelID:22609920"
+    "PowerShot SD20 / Digital IXUS i5 / IXY Digital L2" "Canon:CanonModelID:23330816"
+    "PowerShot S2 IS" "Canon:CanonModelID:23396352"
+    "PowerShot SD430 / Digital IXUS Wireless / IXY Digital Wireless" "Canon:CanonModelID:23461888"
+    "PowerShot SD500 / Digital IXUS 700 / IXY Digital 600" "Canon:CanonModelID:23494656" "EOS D60"
+    "Canon:CanonModelID:24117248" "PowerShot SD30 / Digital IXUS i Zoom / IXY Digital L3"
+    "Canon:CanonModelID:24379392" "PowerShot A430" "Canon:CanonModelID:24444928" "PowerShot A410"
+    "Canon:CanonModelID:24510464" "PowerShot S80" "Canon:CanonModelID:24641536" "PowerShot A620"
+    "Canon:CanonModelID:24707072" "PowerShot A610" "Canon:CanonModelID:25165824"
+    "PowerShot SD630 / Digital IXUS 65 / IXY Digital 80" "Canon:CanonModelID:25231360"
+    "PowerShot SD450 / Digital IXUS 55 / IXY Digital 60" "Canon:CanonModelID:25296896"
+    "PowerShot TX1" "Canon:CanonModelID:25624576"
+    "PowerShot SD400 / Digital IXUS 50 / IXY Digital 55" "Canon:CanonModelID:25690112"
+    "PowerShot A420" "Canon:CanonModelID:25755648"
+    "PowerShot SD900 / Digital IXUS 900 Ti / IXY Digital 1000" "Canon:CanonModelID:26214400"
+    "PowerShot SD550 / Digital IXUS 750 / IXY Digital 700" "Canon:CanonModelID:26345472"
+    "PowerShot A700" "Canon:CanonModelID:26476544"
+    "PowerShot SD700 IS / Digital IXUS 800 IS / IXY Digital 800 IS" "Canon:CanonModelID:26542080"
+    "PowerShot S3 IS" "Canon:CanonModelID:26607616" "PowerShot A540" "Canon:CanonModelID:26673152"
+    "PowerShot SD600 / Digital IXUS 60 / IXY Digital 70" "Canon:CanonModelID:26738688"
+    "PowerShot G7" "Canon:CanonModelID:26804224" "PowerShot A530" "Canon:CanonModelID:33554432"
+    "PowerShot SD800 IS / Digital IXUS 850 IS / IXY Digital 900 IS" "Canon:CanonModelID:33619968"
+    "PowerShot SD40 / Digital IXUS i7 / IXY Digital L4" "Canon:CanonModelID:33685504"
+    "PowerShot A710 IS" "Canon:CanonModelID:33751040" "PowerShot A640" "Canon:CanonModelID:33816576"
+    "PowerShot A630" "Canon:CanonModelID:34144256" "PowerShot S5 IS" "Canon:CanonModelID:34603008"
+    "PowerShot A460" "Canon:CanonModelID:34734080"
+    "PowerShot SD850 IS / Digital IXUS 950 IS / IXY Digital 810 IS" "Canon:CanonModelID:34799616"
+    "PowerShot A570 IS" "Canon:CanonModelID:34865152" "PowerShot A560" "Canon:CanonModelID:34930688"
+    "PowerShot SD750 / Digital IXUS 75 / IXY Digital 90" "Canon:CanonModelID:34996224"
+    "PowerShot SD1000 / Digital IXUS 70 / IXY Digital 10" "Canon:CanonModelID:35127296"
+    "PowerShot A550" "Canon:CanonModelID:35192832" "PowerShot A450" "Canon:CanonModelID:35848192"
+    "PowerShot G9" "Canon:CanonModelID:35913728" "PowerShot A650 IS" "Canon:CanonModelID:36044800"
+    "PowerShot A720 IS" "Canon:CanonModelID:36241408" "PowerShot SX100 IS"
+    "Canon:CanonModelID:36700160" "PowerShot SD950 IS / Digital IXUS 960 IS / IXY Digital 2000 IS"
+    "Canon:CanonModelID:36765696" "PowerShot SD870 IS / Digital IXUS 860 IS / IXY Digital 910 IS"
+    "Canon:CanonModelID:36831232" "PowerShot SD890 IS / Digital IXUS 970 IS / IXY Digital 820 IS"
+    "Canon:CanonModelID:37093376" "PowerShot SD790 IS / Digital IXUS 90 IS / IXY Digital 95 IS"
+    "Canon:CanonModelID:37158912" "PowerShot SD770 IS / Digital IXUS 85 IS / IXY Digital 25 IS"
+    "Canon:CanonModelID:37224448" "PowerShot A590 IS" "Canon:CanonModelID:37289984" "PowerShot A580"
+    "Canon:CanonModelID:37879808" "PowerShot A470" "Canon:CanonModelID:37945344"
+    "PowerShot SD1100 IS / Digital IXUS 80 IS / IXY Digital 20 IS" "Canon:CanonModelID:38141952"
+    "PowerShot SX1 IS" "Canon:CanonModelID:38207488" "PowerShot SX10 IS"
+    "Canon:CanonModelID:38273024" "PowerShot A1000 IS" "Canon:CanonModelID:38338560" "PowerShot G10"
+    "Canon:CanonModelID:38862848" "PowerShot A2000 IS" "Canon:CanonModelID:38928384"
+    "PowerShot SX110 IS" "Canon:CanonModelID:38993920"
+    "PowerShot SD990 IS / Digital IXUS 980 IS / IXY Digital 3000 IS" "Canon:CanonModelID:39059456"
+    "PowerShot SD880 IS / Digital IXUS 870 IS / IXY Digital 920 IS" "Canon:CanonModelID:39124992"
+    "PowerShot E1" "Canon:CanonModelID:39190528" "PowerShot D10" "Canon:CanonModelID:39256064"
+    "PowerShot SD960 IS / Digital IXUS 110 IS / IXY Digital 510 IS" "Canon:CanonModelID:39321600"
+    "PowerShot A2100 IS" "Canon:CanonModelID:39387136" "PowerShot A480"
+    "Canon:CanonModelID:39845888" "PowerShot SX200 IS" "Canon:CanonModelID:39911424"
+    "PowerShot SD970 IS / Digital IXUS 990 IS / IXY Digital 830 IS" "Canon:CanonModelID:39976960"
+    "PowerShot SD780 IS / Digital IXUS 100 IS / IXY Digital 210 IS" "Canon:CanonModelID:40042496"
+    "PowerShot A1100 IS" "Canon:CanonModelID:40108032"
+    "PowerShot SD1200 IS / Digital IXUS 95 IS / IXY Digital 110 IS" "Canon:CanonModelID:40894464"
+    "PowerShot G11" "Canon:CanonModelID:40960000" "PowerShot SX120 IS" "Canon:CanonModelID:41025536"
+    "PowerShot S90" "Canon:CanonModelID:41222144" "PowerShot SX20 IS" "Canon:CanonModelID:41287680"
+    "PowerShot SD980 IS / Digital IXUS 200 IS / IXY Digital 930 IS" "Canon:CanonModelID:41353216"
+    "PowerShot SD940 IS / Digital IXUS 120 IS / IXY Digital 220 IS" "Canon:CanonModelID:41943040"
+    "PowerShot A495" "Canon:CanonModelID:42008576" "PowerShot A490" "Canon:CanonModelID:42074112"
+    "PowerShot A3100/A3150 IS" "Canon:CanonModelID:42139648" "PowerShot A3000 IS"
+    "Canon:CanonModelID:42205184" "PowerShot SD1400 IS / IXUS 130 / IXY 400F"
+    "Canon:CanonModelID:42270720" "PowerShot SD1300 IS / IXUS 105 / IXY 200F"
+    "Canon:CanonModelID:42336256" "PowerShot SD3500 IS / IXUS 210 / IXY 10S"
+    "Canon:CanonModelID:42401792" "PowerShot SX210 IS" "Canon:CanonModelID:42467328"
+    "PowerShot SD4000 IS / IXUS 300 HS / IXY 30S" "Canon:CanonModelID:42532864"
+    "PowerShot SD4500 IS / IXUS 1000 HS / IXY 50S" "Canon:CanonModelID:43122688" "PowerShot G12"
+    "Canon:CanonModelID:43188224" "PowerShot SX30 IS" "Canon:CanonModelID:43253760"
+    "PowerShot SX130 IS" "Canon:CanonModelID:43319296" "PowerShot S95" "Canon:CanonModelID:43515904"
+    "PowerShot A3300 IS" "Canon:CanonModelID:43581440" "PowerShot A3200 IS"
+    "Canon:CanonModelID:50331648" "PowerShot ELPH 500 HS / IXUS 310 HS / IXY 31S"
+    "Canon:CanonModelID:50397184" "PowerShot Pro90 IS" "Canon:CanonModelID:50397185"
+    "PowerShot A800" "Canon:CanonModelID:50462720" "PowerShot ELPH 100 HS / IXUS 115 HS / IXY 210F"
+    "Canon:CanonModelID:50528256" "PowerShot SX230 HS" "Canon:CanonModelID:50593792"
+    "PowerShot ELPH 300 HS / IXUS 220 HS / IXY 410F" "Canon:CanonModelID:50659328" "PowerShot A2200"
+    "Canon:CanonModelID:50724864" "PowerShot A1200" "Canon:CanonModelID:50790400"
+    "PowerShot SX220 HS" "Canon:CanonModelID:50855936" "PowerShot G1 X"
+    "Canon:CanonModelID:50921472" "PowerShot SX150 IS" "Canon:CanonModelID:51380224"
+    "PowerShot ELPH 510 HS / IXUS 1100 HS / IXY 51S" "Canon:CanonModelID:51445760"
+    "PowerShot S100 (new)" "Canon:CanonModelID:51511296"
+    "PowerShot ELPH 310 HS / IXUS 230 HS / IXY 600F" "Canon:CanonModelID:51576832"
+    "PowerShot SX40 HS" "Canon:CanonModelID:51642368" "IXY 32S" "Canon:CanonModelID:51773440"
+    "PowerShot A1300" "Canon:CanonModelID:51838976" "PowerShot A810" "Canon:CanonModelID:51904512"
+    "PowerShot ELPH 320 HS / IXUS 240 HS / IXY 420F" "Canon:CanonModelID:51970048"
+    "PowerShot ELPH 110 HS / IXUS 125 HS / IXY 220F" "Canon:CanonModelID:52428800" "PowerShot D20"
+    "Canon:CanonModelID:52494336" "PowerShot A4000 IS" "Canon:CanonModelID:52559872"
+    "PowerShot SX260 HS" "Canon:CanonModelID:52625408" "PowerShot SX240 HS"
+    "Canon:CanonModelID:52690944" "PowerShot ELPH 530 HS / IXUS 510 HS / IXY 1"
+    "Canon:CanonModelID:52756480" "PowerShot ELPH 520 HS / IXUS 500 HS / IXY 3"
+    "Canon:CanonModelID:52822016" "PowerShot A3400 IS" "Canon:CanonModelID:52887552"
+    "PowerShot A2400 IS" "Canon:CanonModelID:52953088" "PowerShot A2300"
+    "Canon:CanonModelID:53608448" "PowerShot S100V" "Canon:CanonModelID:53673984" "PowerShot G15"
+    "Canon:CanonModelID:53739520" "PowerShot SX50 HS" "Canon:CanonModelID:53805056"
+    "PowerShot SX160 IS" "Canon:CanonModelID:53870592" "PowerShot S110 (new)"
+    "Canon:CanonModelID:53936128" "PowerShot SX500 IS" "Canon:CanonModelID:54001664" "PowerShot N"
+    "Canon:CanonModelID:54067200" "IXUS 245 HS / IXY 430F" "Canon:CanonModelID:54525952"
+    "PowerShot SX280 HS" "Canon:CanonModelID:54591488" "PowerShot SX270 HS"
+    "Canon:CanonModelID:54657024" "PowerShot A3500 IS" "Canon:CanonModelID:54722560"
+    "PowerShot A2600" "Canon:CanonModelID:54788096" "PowerShot SX275 HS"
+    "Canon:CanonModelID:54853632" "PowerShot A1400" "Canon:CanonModelID:54919168"
+    "PowerShot ELPH 130 IS / IXUS 140 / IXY 110F" "Canon:CanonModelID:54984704"
+    "PowerShot ELPH 115/120 IS / IXUS 132/135 / IXY 90F/100F" "Canon:CanonModelID:55115776"
+    "PowerShot ELPH 330 HS / IXUS 255 HS / IXY 610F" "Canon:CanonModelID:55640064" "PowerShot A2500"
+    "Canon:CanonModelID:55836672" "PowerShot G16" "Canon:CanonModelID:55902208" "PowerShot S120"
+    "Canon:CanonModelID:55967744" "PowerShot SX170 IS" "Canon:CanonModelID:56098816"
+    "PowerShot SX510 HS" "Canon:CanonModelID:56164352" "PowerShot S200 (new)"
+    "Canon:CanonModelID:56623104" "IXY 620F" "Canon:CanonModelID:56688640" "PowerShot N100"
+    "Canon:CanonModelID:56885248" "PowerShot G1 X Mark II" "Canon:CanonModelID:56950784"
+    "PowerShot D30" "Canon:CanonModelID:57016320" "PowerShot SX700 HS" "Canon:CanonModelID:57081856"
+    "PowerShot SX600 HS" "Canon:CanonModelID:57147392" "PowerShot ELPH 140 IS / IXUS 150 / IXY 130"
+    "Canon:CanonModelID:57212928" "PowerShot ELPH 135 / IXUS 145 / IXY 120"
+    "Canon:CanonModelID:57671680" "PowerShot ELPH 340 HS / IXUS 265 HS / IXY 630"
+    "Canon:CanonModelID:57737216" "PowerShot ELPH 150 IS / IXUS 155 / IXY 140"
+    "Canon:CanonModelID:57933824" "EOS M3" "Canon:CanonModelID:57999360" "PowerShot SX60 HS"
+    "Canon:CanonModelID:58064896" "PowerShot SX520 HS" "Canon:CanonModelID:58130432"
+    "PowerShot SX400 IS" "Canon:CanonModelID:58195968" "PowerShot G7 X"
+    "Canon:CanonModelID:58261504" "PowerShot N2" "Canon:CanonModelID:58720256" "PowerShot SX530 HS"
+    "Canon:CanonModelID:58851328" "PowerShot SX710 HS" "Canon:CanonModelID:58916864"
+    "PowerShot SX610 HS" "Canon:CanonModelID:58982400" "EOS M10" "Canon:CanonModelID:59047936"
+    "PowerShot G3 X" "Canon:CanonModelID:59113472" "PowerShot ELPH 165 HS / IXUS 165 / IXY 160"
+    "Canon:CanonModelID:59179008" "PowerShot ELPH 160 / IXUS 160" "Canon:CanonModelID:59244544"
+    "PowerShot ELPH 350 HS / IXUS 275 HS / IXY 640" "Canon:CanonModelID:59310080"
+    "PowerShot ELPH 170 IS / IXUS 170" "Canon:CanonModelID:59834368" "PowerShot SX410 IS"
+    "Canon:CanonModelID:59965440" "PowerShot G9 X" "Canon:CanonModelID:60030976" "EOS M5"
+    "Canon:CanonModelID:60096512" "PowerShot G5 X" "Canon:CanonModelID:60227584"
+    "PowerShot G7 X Mark II" "Canon:CanonModelID:60293120" "EOS M100" "Canon:CanonModelID:60358656"
+    "PowerShot ELPH 360 HS / IXUS 285 HS / IXY 650" "Canon:CanonModelID:67174400"
+    "PowerShot SX540 HS" "Canon:CanonModelID:67239936" "PowerShot SX420 IS"
+    "Canon:CanonModelID:67305472" "PowerShot ELPH 190 IS / IXUS 180 / IXY 190"
+    "Canon:CanonModelID:67371008" "PowerShot G1" "Canon:CanonModelID:67371009"
+    "PowerShot ELPH 180 IS / IXUS 175 / IXY 180" "Canon:CanonModelID:67436544" "PowerShot SX720 HS"
+    "Canon:CanonModelID:67502080" "PowerShot SX620 HS" "Canon:CanonModelID:67567616" "EOS M6"
+    "Canon:CanonModelID:68157440" "PowerShot G9 X Mark II" "Canon:CanonModelID:68485120"
+    "PowerShot ELPH 185 / IXUS 185 / IXY 200" "Canon:CanonModelID:68550656" "PowerShot SX430 IS"
+    "Canon:CanonModelID:68616192" "PowerShot SX730 HS" "Canon:CanonModelID:68681728"
+    "PowerShot G1 X Mark III" "Canon:Canon_AFInfo2_0x000d" "Canon AF Info 2 0x000d"
+    "Canon:Canon_AFInfo_0x000b" "Canon AF Info 0x000b" "Canon:Categories" "Canon:Categories:0"
+    "Canon:Categories:1" "People" "Canon:Categories:16" "User 2" "Canon:Categories:2" "Scenery"
+    "Canon:Categories:32" "User 3" "Canon:Categories:4" "Events" "Canon:Categories:64" "To Do"
+    "Canon:Categories:8" "User 1" "Canon:ChromaticAberrationCorr" "Chromatic Aberration Corr"
+    "Canon:ChromaticAberrationCorr:0" "Canon:ChromaticAberrationCorr:1"
+    "Canon:ChromaticAberrationSetting" "Chromatic Aberration Setting"
+    "Canon:ChromaticAberrationSetting:0" "Canon:ChromaticAberrationSetting:1"
+    "Canon:ColorDataVersion" "Color Data Version" "Canon:ColorDataVersion:-3" "-3 (M10/M3)"
+    "Canon:ColorDataVersion:-4" "-4 (M100/M5/M6)" "Canon:ColorDataVersion:1"
+    "1 (1DmkIIN/5D/30D/400D)" "Canon:ColorDataVersion:10"
     "10 (1DX/5DmkIII/6D/70D/100D/650D/700D/M/M2) |\302\24010 (600D/1200D)"
-    "Canon:ColorDataVersion:11""11 (7DmkII/750D/760D/8000D)""Canon:ColorDataVersion:12"
-    "12 (1DXmkII/5DS/5DSR)""Canon:ColorDataVersion:13""13 (80D/5DmkIV)""Canon:ColorDataVersion:14"
-    "14 (1300D/2000D/4000D)""Canon:ColorDataVersion:15""15 (6DmkII/77D/200D/800D,9000D)"
-    "Canon:ColorDataVersion:16""16 (M50)""Canon:ColorDataVersion:17""17 (EOS R)"
-    "Canon:ColorDataVersion:18""18 (EOS RP/250D)""Canon:ColorDataVersion:19"
-    "19 (90D/850D/M6mkII/M200)""Canon:ColorDataVersion:2""2 (1DmkIII)""Canon:ColorDataVersion:3"
-    "3 (40D)""Canon:ColorDataVersion:32""32 (1DXmkIII)""Canon:ColorDataVersion:33""33 (R5/R6)"
-    "Canon:ColorDataVersion:34""34 (R3)""Canon:ColorDataVersion:4""4 (1DSmkIII)"
-    "Canon:ColorDataVersion:48""48 (R7, R10, R6 Mark II)""Canon:ColorDataVersion:5""5 (450D/1000D)"
-    "Canon:ColorDataVersion:6""6 (50D/5DmkII)""Canon:ColorDataVersion:7""7 (500D/550D/7D/1DmkIV)"
-    "Canon:ColorDataVersion:9""9 (60D/1100D)""Canon:ColorMatrix""Color Matrix""Canon:ColorMatrix:0"
-    "EOS Original""Canon:ColorMatrix:1""Canon:ColorSpace""Canon:ColorSpace2""Color Space 2"
-    "Canon:ColorSpace2:0""BT.709""Canon:ColorSpace2:1""BT.2020""Canon:ColorSpace2:2""CinemaGamut"
-    "Canon:ColorSpace:1""sRGB""Canon:ColorSpace:2""Adobe RGB""Canon:ColorSpace:65535"
-    "Canon:ColorTempAsShot""Color Temp As Shot""Canon:ColorTempAuto""Color Temp Auto"
-    "Canon:ColorTempCloudy""Color Temp Cloudy""Canon:ColorTempCustom""Color Temp Custom"
-    "Canon:ColorTempCustom1""Color Temp Custom 1""Canon:ColorTempCustom2""Color Temp Custom 2"
-    "Canon:ColorTempDaylight""Color Temp Daylight""Canon:ColorTempFlash""Color Temp Flash"
-    "Canon:ColorTempFlashData""Color Temp Flash Data""Canon:ColorTempFluorescent"
-    "Color Temp Fluorescent""Canon:ColorTempKelvin""Color Temp Kelvin""Canon:ColorTempMeasured"
-    "Color Temp Measured""Canon:ColorTempPC1""Color Temp PC1""Canon:ColorTempPC2""Color Temp PC2"
-    "Canon:ColorTempPC3""Color Temp PC3""Canon:ColorTempShade""Color Temp Shade"
-    "Canon:ColorTempTungsten""Color Temp Tungsten""Canon:ColorTempUnknown""Color Temp Unknown"
-    "Canon:ColorTempUnknown10""Color Temp Unknown 10""Canon:ColorTempUnknown11"
-    "Color Temp Unknown 11""Canon:ColorTempUnknown12""Color Temp Unknown 12"
-    "Canon:ColorTempUnknown13""Color Temp Unknown 13""Canon:ColorTempUnknown14"
-    "Color Temp Unknown 14""Canon:ColorTempUnknown15""Color Temp Unknown 15"
-    "Canon:ColorTempUnknown16""Color Temp Unknown 16""Canon:ColorTempUnknown17"
-    "Color Temp Unknown 17""Canon:ColorTempUnknown18""Color Temp Unknown 18"
-    "Canon:ColorTempUnknown19""Color Temp Unknown 19""Canon:ColorTempUnknown2""Color Temp Unknown 2"
-    "Canon:ColorTempUnknown20""Color Temp Unknown 20""Canon:ColorTempUnknown21"
-    "Color Temp Unknown 21""Canon:ColorTempUnknown22""Color Temp Unknown 22"
-    "Canon:ColorTempUnknown23""Color Temp Unknown 23""Canon:ColorTempUnknown24"
-    "Color Temp Unknown 24""Canon:ColorTempUnknown25""Color Temp Unknown 25"
-    "Canon:ColorTempUnknown26""Color Temp Unknown 26""Canon:ColorTempUnknown27"
-    "Color Temp Unknown 27""Canon:ColorTempUnknown28""Color Temp Unknown 28"
-    "Canon:ColorTempUnknown29""Color Temp Unknown 29""Canon:ColorTempUnknown3""Color Temp Unknown 3"
-    "Canon:ColorTempUnknown30""Color Temp Unknown 30""Canon:ColorTempUnknown4""Color Temp Unknown 4"
-    "Canon:ColorTempUnknown5""Color Temp Unknown 5""Canon:ColorTempUnknown6""Color Temp Unknown 6"
-    "Canon:ColorTempUnknown7""Color Temp Unknown 7""Canon:ColorTempUnknown8""Color Temp Unknown 8"
-    "Canon:ColorTempUnknown9""Color Temp Unknown 9""Canon:ColorTemperature""Color Temperature"
-    "Canon:ColorTone""Color Tone""Canon:ColorTone:0""Normal""Canon:ColorToneAuto""Color Tone Auto"
-    "Canon:ColorToneAuto:-559038737""Canon:ColorToneFaithful""Color Tone Faithful"
-    "Canon:ColorToneFaithful:-559038737""Canon:ColorToneLandscape""Color Tone Landscape"
-    "Canon:ColorToneLandscape:-559038737""Canon:ColorToneMonochrome""Color Tone Monochrome"
-    "Canon:ColorToneMonochrome:-559038737""Canon:ColorToneNeutral""Color Tone Neutral"
-    "Canon:ColorToneNeutral:-559038737""Canon:ColorTonePortrait""Color Tone Portrait"
-    "Canon:ColorTonePortrait:-559038737""Canon:ColorToneStandard""Color Tone Standard"
-    "Canon:ColorToneStandard:-559038737""Canon:ColorToneUserDef1""Color Tone User Def 1"
-    "Canon:ColorToneUserDef1:-559038737""Canon:ColorToneUserDef2""Color Tone User Def 2"
-    "Canon:ColorToneUserDef2:-559038737""Canon:ColorToneUserDef3""Color Tone User Def 3"
-    "Canon:ColorToneUserDef3:-559038737""Canon:CompressionFormat""Compression Format"
-    "Canon:CompressionFormat:0""Editing (ALL-I)""Canon:CompressionFormat:1""Standard (IPB)"
-    "Canon:CompressionFormat:2""Light (IPB)""Canon:CompressionFormat:3""Motion JPEG"
-    "Canon:CompressionFormat:4""RAW""Canon:CompressorVersion""Compressor Version"
-    "Canon:ContinuousDrive""Continuous Drive""Canon:ContinuousDrive:0""Single"
-    "Canon:ContinuousDrive:1""Continuous""Canon:ContinuousDrive:10""Continuous, Silent"
-    "Canon:ContinuousDrive:2""Movie""Canon:ContinuousDrive:3""Continuous, Speed Priority"
-    "Canon:ContinuousDrive:4""Continuous, Low""Canon:ContinuousDrive:5""Continuous, High"
-    "Canon:ContinuousDrive:6""Silent Single""Canon:ContinuousDrive:8""Continuous, High+"
-    "Canon:ContinuousDrive:9""Single, Silent""Canon:Contrast""Canon:Contrast:0""Canon:ContrastAuto"
-    "Contrast Auto""Canon:ContrastAuto:-559038737""Canon:ContrastFaithful""Contrast Faithful"
-    "Canon:ContrastFaithful:-559038737""Canon:ContrastLandscape""Contrast Landscape"
-    "Canon:ContrastLandscape:-559038737""Canon:ContrastMonochrome""Contrast Monochrome"
-    "Canon:ContrastMonochrome:-559038737""Canon:ContrastNeutral""Contrast Neutral"
-    "Canon:ContrastNeutral:-559038737""Canon:ContrastPortrait""Contrast Portrait"
-    "Canon:ContrastPortrait:-559038737""Canon:ContrastStandard""Contrast Standard"
-    "Canon:ContrastStandard:-559038737""Canon:ContrastUserDef1""Contrast User Def 1"
-    "Canon:ContrastUserDef1:-559038737""Canon:ContrastUserDef2""Contrast User Def 2"
-    "Canon:ContrastUserDef2:-559038737""Canon:ContrastUserDef3""Contrast User Def 3"
-    "Canon:ContrastUserDef3:-559038737""Canon:ControlMode""Control Mode""Canon:ControlMode:0"
-    "Canon:ControlMode:1""Camera Local Control""Canon:ControlMode:3""Computer Remote Control"
-    "Canon:CropBottomMargin""Crop Bottom Margin""Canon:CropLeftMargin""Crop Left Margin"
-    "Canon:CropRightMargin""Crop Right Margin""Canon:CropTopMargin""Crop Top Margin"
-    "Canon:CroppedImageHeight""Cropped Image Height""Canon:CroppedImageLeft""Cropped Image Left"
-    "Canon:CroppedImageTop""Cropped Image Top""Canon:CroppedImageWidth""Cropped Image Width"
-    "Canon:CustomPictureStyleFileName""Custom Picture Style File Name""Canon:DateStampMode"
-    "Date Stamp Mode""Canon:DateStampMode:0""Canon:DateStampMode:1""Date""Canon:DateStampMode:2"
-    "Date & Time""Canon:DaylightSavings""Daylight Savings""Canon:DaylightSavings:0"
-    "Canon:DaylightSavings:60""Canon:DigitalGain""Digital Gain""Canon:DigitalLensOptimizer"
-    "Digital Lens Optimizer""Canon:DigitalLensOptimizer:0""Canon:DigitalLensOptimizer:1""Stanard"
-    "Canon:DigitalLensOptimizer:2""High""Canon:DigitalLensOptimizerSetting"
-    "Digital Lens Optimizer Setting""Canon:DigitalLensOptimizerSetting:0"
-    "Canon:DigitalLensOptimizerSetting:1""Canon:DigitalZoom""Digital Zoom""Canon:DigitalZoom:0"
-    "Canon:DigitalZoom:1""2x""Canon:DigitalZoom:2""4x""Canon:DigitalZoom:3""Canon:DirectoryIndex"
-    "Directory Index""Canon:DirectoryIndex2""Directory Index 2""Canon:DisplayAperture"
-    "Display Aperture""Canon:DistortionCorrection""Distortion Correction"
-    "Canon:DistortionCorrection:0""Canon:DistortionCorrection:1""Canon:DistortionCorrectionSetting"
-    "Distortion Correction Setting""Canon:DistortionCorrectionSetting:0"
-    "Canon:DistortionCorrectionSetting:1""Canon:DistortionCorrectionValue"
-    "Distortion Correction Value""Canon:Duration""Canon:EasyMode""Easy Mode""Canon:EasyMode:0"
-    "Full auto""Canon:EasyMode:1""Canon:EasyMode:10""Canon:EasyMode:11""Black & White"
-    "Canon:EasyMode:12""Pan focus""Canon:EasyMode:13""Canon:EasyMode:14""Canon:EasyMode:15"
-    "Flash Off""Canon:EasyMode:16""Long Shutter""Canon:EasyMode:17""Super Macro""Canon:EasyMode:18"
-    "Foliage""Canon:EasyMode:19""Indoor""Canon:EasyMode:2""Canon:EasyMode:20""Fireworks"
-    "Canon:EasyMode:21""Beach""Canon:EasyMode:22""Underwater""Canon:EasyMode:23""Snow"
-    "Canon:EasyMode:24""Kids & Pets""Canon:EasyMode:25""Night Snapshot""Canon:EasyMode:257"
-    "Spotlight""Canon:EasyMode:258""Night 2""Canon:EasyMode:259""Night+""Canon:EasyMode:26"
-    "Digital Macro""Canon:EasyMode:260""Super Night""Canon:EasyMode:261""Sunset""Canon:EasyMode:263"
-    "Night Scene""Canon:EasyMode:264""Surface""Canon:EasyMode:265""Low Light 2""Canon:EasyMode:27"
-    "My Colors""Canon:EasyMode:28""Movie Snap""Canon:EasyMode:29""Super Macro 2""Canon:EasyMode:3"
-    "Fast shutter""Canon:EasyMode:30""Color Accent""Canon:EasyMode:31""Color Swap"
-    "Canon:EasyMode:32""Aquarium""Canon:EasyMode:33""ISO 3200""Canon:EasyMode:34""ISO 6400"
-    "Canon:EasyMode:35""Creative Light Effect""Canon:EasyMode:36""Canon:EasyMode:37""Quick Shot"
-    "Canon:EasyMode:38""Creative Auto""Canon:EasyMode:39""Zoom Blur""Canon:EasyMode:4""Slow shutter"
-    "Canon:EasyMode:40""Low Light""Canon:EasyMode:41""Nostalgic""Canon:EasyMode:42""Super Vivid"
-    "Canon:EasyMode:43""Poster Effect""Canon:EasyMode:44""Face Self-timer""Canon:EasyMode:45""Smile"
-    "Canon:EasyMode:46""Wink Self-timer""Canon:EasyMode:47""Fisheye Effect""Canon:EasyMode:48"
-    "Miniature Effect""Canon:EasyMode:49""High-speed Burst""Canon:EasyMode:5""Night"
-    "Canon:EasyMode:50""Best Image Selection""Canon:EasyMode:51""High Dynamic Range"
-    "Canon:EasyMode:52""Handheld Night Scene""Canon:EasyMode:53""Movie Digest""Canon:EasyMode:54"
-    "Live View Control""Canon:EasyMode:55""Discreet""Canon:EasyMode:56""Blur Reduction"
-    "Canon:EasyMode:57""Canon:EasyMode:58""Toy Camera Effect""Canon:EasyMode:59"
-    "Scene Intelligent Auto""Canon:EasyMode:6""Gray Scale""Canon:EasyMode:60""High-speed Burst HQ"
-    "Canon:EasyMode:61""Smooth Skin""Canon:EasyMode:62""Soft Focus""Canon:EasyMode:68""Food"
-    "Canon:EasyMode:7""Sepia""Canon:EasyMode:8""Canon:EasyMode:84""HDR Art Standard"
-    "Canon:EasyMode:85""HDR Art Vivid""Canon:EasyMode:9""Sports""Canon:EasyMode:93""HDR Art Bold"
-    "Canon:ExposureCompensation""Canon:ExposureTime""Canon:FNumber""Canon:Face1Position"
-    "Face 1 Position""Canon:Face2Position""Face 2 Position""Canon:Face3Position""Face 3 Position"
-    "Canon:Face4Position""Face 4 Position""Canon:Face5Position""Face 5 Position"
-    "Canon:Face6Position""Face 6 Position""Canon:Face7Position""Face 7 Position"
-    "Canon:Face8Position""Face 8 Position""Canon:Face9Position""Face 9 Position"
-    "Canon:FaceDetectFrameSize""Face Detect Frame Size""Canon:FaceWidth""Face Width"
-    "Canon:FacesDetected""Faces Detected""Canon:FileIndex""File Index""Canon:FileIndex2"
-    "File Index 2""Canon:FileNumber""File Number""Canon:FilterEffect""Filter Effect"
-    "Canon:FilterEffect:0""Canon:FilterEffect:1""Yellow""Canon:FilterEffect:2""Orange"
-    "Canon:FilterEffect:3""Red""Canon:FilterEffect:4""Green""Canon:FilterEffectAuto"
-    "Filter Effect Auto""Canon:FilterEffectAuto:-559038737""Canon:FilterEffectAuto:0"
-    "Canon:FilterEffectAuto:1""Canon:FilterEffectAuto:2""Canon:FilterEffectAuto:3"
-    "Canon:FilterEffectAuto:4""Canon:FilterEffectFaithful""Filter Effect Faithful"
-    "Canon:FilterEffectFaithful:-559038737""Canon:FilterEffectLandscape""Filter Effect Landscape"
-    "Canon:FilterEffectLandscape:-559038737""Canon:FilterEffectMonochrome""Filter Effect Monochrome"
-    "Canon:FilterEffectMonochrome:-559038737""Canon:FilterEffectMonochrome:0"
-    "Canon:FilterEffectMonochrome:1""Canon:FilterEffectMonochrome:2""Canon:FilterEffectMonochrome:3"
-    "Canon:FilterEffectMonochrome:4""Canon:FilterEffectNeutral""Filter Effect Neutral"
-    "Canon:FilterEffectNeutral:-559038737""Canon:FilterEffectPortrait""Filter Effect Portrait"
-    "Canon:FilterEffectPortrait:-559038737""Canon:FilterEffectStandard""Filter Effect Standard"
-    "Canon:FilterEffectStandard:-559038737""Canon:FilterEffectUserDef1""Filter Effect User Def 1"
-    "Canon:FilterEffectUserDef1:-559038737""Canon:FilterEffectUserDef1:0"
-    "Canon:FilterEffectUserDef1:1""Canon:FilterEffectUserDef1:2""Canon:FilterEffectUserDef1:3"
-    "Canon:FilterEffectUserDef1:4""Canon:FilterEffectUserDef2""Filter Effect User Def 2"
-    "Canon:FilterEffectUserDef2:-559038737""Canon:FilterEffectUserDef2:0"
-    "Canon:FilterEffectUserDef2:1""Canon:FilterEffectUserDef2:2""Canon:FilterEffectUserDef2:3"
-    "Canon:FilterEffectUserDef2:4""Canon:FilterEffectUserDef3""Filter Effect User Def 3"
-    "Canon:FilterEffectUserDef3:-559038737""Canon:FilterEffectUserDef3:0"
-    "Canon:FilterEffectUserDef3:1""Canon:FilterEffectUserDef3:2""Canon:FilterEffectUserDef3:3"
-    "Canon:FilterEffectUserDef3:4""Canon:FirmwareRevision""Firmware Revision""Canon:FirmwareVersion"
-    "Canon:FirmwareVersionLookAhead""Firmware Version Look Ahead""Canon:FisheyeFilter"
-    "Fisheye Filter""Canon:FisheyeFilter:-1""Canon:FlashActivity""Flash Activity"
-    "Canon:FlashBatteryLevel""Flash Battery Level""Canon:FlashBits""Flash Bits""Canon:FlashBits:0"
-    "Canon:FlashBits:1""Canon:FlashBits:128""2nd-curtain sync used""Canon:FlashBits:16"
-    "FP sync enabled""Canon:FlashBits:16384""External""Canon:FlashBits:2""TTL""Canon:FlashBits:2048"
-    "FP sync used""Canon:FlashBits:4""A-TTL""Canon:FlashBits:8""E-TTL""Canon:FlashBits:8192"
-    "Built-in""Canon:FlashExposureComp""Flash Exposure Compensation""Canon:FlashExposureLock"
-    "Flash Exposure Lock""Canon:FlashExposureLock:0""Canon:FlashExposureLock:1"
-    "Canon:FlashGuideNumber""Flash Guide Number""Canon:FlashMeteringMode""Flash Metering Mode"
-    "Canon:FlashMeteringMode:0""Canon:FlashMeteringMode:3""Canon:FlashMeteringMode:4""External Auto"
-    "Canon:FlashMeteringMode:5""External Manual""Canon:FlashMeteringMode:6""Canon:FlashOutput"
-    "Flash Output""Canon:Flavor""Canon:FocalLength""Focal Length""Canon:FocalPlaneXSize"
-    "Focal Plane X Size""Canon:FocalPlaneXUnknown""Focal Plane X Unknown""Canon:FocalPlaneYSize"
-    "Focal Plane Y Size""Canon:FocalPlaneYUnknown""Focal Plane Y Unknown""Canon:FocalType"
-    "Focal Type""Canon:FocalType:0""Fixed""Canon:FocalType:1""Canon:FocalType:2""Canon:FocalUnits"
-    "Focal Units""Canon:FocusContinuous""Focus Continuous""Canon:FocusContinuous:0"
-    "Canon:FocusContinuous:1""Canon:FocusContinuous:8""Canon:FocusDistanceLower"
-    "Focus Distance Lower""Canon:FocusDistanceUpper""Focus Distance Upper""Canon:FocusMode"
-    "Canon:FocusMode:0""One-shot AF""Canon:FocusMode:1""AI Servo AF""Canon:FocusMode:16""Pan Focus"
-    "Canon:FocusMode:2""AI Focus AF""Canon:FocusMode:256""AF + MF""Canon:FocusMode:257""Live View"
-    "Canon:FocusMode:3""Manual Focus (3)""Canon:FocusMode:4""Canon:FocusMode:5""Canon:FocusMode:512"
-    "Movie Snap Focus""Canon:FocusMode:519""Movie Servo AF""Canon:FocusMode:6""Manual Focus (6)"
-    "Canon:FocusRange""Focus Range""Canon:FocusRange:0""Canon:FocusRange:1""Canon:FocusRange:10"
-    "Infinity""Canon:FocusRange:2""Not Known""Canon:FocusRange:3""Canon:FocusRange:4""Very Close"
-    "Canon:FocusRange:5""Close""Canon:FocusRange:6""Middle Range""Canon:FocusRange:7""Far Range"
-    "Canon:FocusRange:8""Canon:FocusRange:9""Canon:FrameCount""Frame Count""Canon:FrameRate"
-    "Canon:GrainyBWFilter""Grainy B/W Filter""Canon:GrainyBWFilter:-1""Canon:HDR""Canon:HDR:0"
-    "Canon:HDR:1""Canon:HDR:2""Canon:HDREffect""HDR Effect""Canon:HDREffect:0""Natural"
-    "Canon:HDREffect:1""Art (standard)""Canon:HDREffect:2""Art (vivid)""Canon:HDREffect:3"
-    "Art (bold)""Canon:HDREffect:4""Art (embossed)""Canon:HighISONoiseReduction"
-    "High ISO Noise Reduction""Canon:HighISONoiseReduction:0""Canon:HighISONoiseReduction:1"
-    "Canon:HighISONoiseReduction:2""Canon:HighISONoiseReduction:3""Canon:HighlightTonePriority"
-    "Highlight Tone Priority""Canon:HighlightTonePriority:0""Canon:HighlightTonePriority:1"
-    "Canon:ISO""Canon:ImageHeight""Canon:ImageStabilization""Image Stabilization"
-    "Canon:ImageStabilization:0""Canon:ImageStabilization:1""Canon:ImageStabilization:2""Shoot Only"
-    "Canon:ImageStabilization:256""Off (2)""Canon:ImageStabilization:257""On (2)"
-    "Canon:ImageStabilization:258""Shoot Only (2)""Canon:ImageStabilization:259""Panning (2)"
-    "Canon:ImageStabilization:260""Dynamic (2)""Canon:ImageStabilization:3""Panning"
-    "Canon:ImageStabilization:4""Dynamic""Canon:ImageUniqueID""Canon:ImageWidth"
-    "Canon:InitialAFPointInServo""Initial AF Point In Servo""Canon:InitialAFPointInServo:0"
-    "Initial AF Point Selected""Canon:InitialAFPointInServo:1""Manual AF Point"
-    "Canon:InitialAFPointInServo:2""Canon:IntelligentContrast""Intelligent Contrast"
-    "Canon:IntelligentContrast:0""Canon:IntelligentContrast:65535""Canon:IntelligentContrast:8"
-    "Canon:InternalSerialNumber""Internal Serial Number""Canon:JPEGQuality""JPEG Quality"
-    "Canon:LensDriveWhenAFImpossible""Lens Drive When AF Impossible"
-    "Canon:LensDriveWhenAFImpossible:0""Continue Focus Search""Canon:LensDriveWhenAFImpossible:1"
-    "Stop Focus Search""Canon:LensModel""Canon:LensSerialNumber""Canon:LensType""Lens Type"
-    "Canon:LensType:-1""Canon:LensType:1""Canon EF 50mm f/1.8""Canon:LensType:10"
-    "Canon EF 50mm f/2.5 Macro or Sigma Lens""Canon:LensType:10.1""Sigma 50mm f/2.8 EX"
-    "Canon:LensType:10.2""Sigma 28mm f/1.8""Canon:LensType:10.3""Sigma 105mm f/2.8 Macro EX"
-    "Canon:LensType:10.4""Sigma 70mm f/2.8 EX DG Macro EF""Canon:LensType:103"
-    "Samyang AF 14mm f/2.8 EF or Rokinon Lens""Canon:LensType:103.1""Rokinon SP 14mm f/2.4"
-    "Canon:LensType:103.2""Rokinon AF 14mm f/2.8 EF""Canon:LensType:106"
-    "Rokinon SP / Samyang XP 35mm f/1.2""Canon:LensType:11""Canon EF 35mm f/2""Canon:LensType:112"
-    "Sigma 28mm f/1.5 FF High-speed Prime or other Sigma Lens""Canon:LensType:112.1"
-    "Sigma 40mm f/1.5 FF High-speed Prime""Canon:LensType:112.2"
-    "Sigma 105mm f/1.5 FF High-speed Prime""Canon:LensType:1136""Sigma 24-70mm f/2.8 DG OS HSM | A"
-    "Canon:LensType:117""Tamron 35-150mm f/2.8-4.0 Di VC OSD (A043) or other Tamron Lens"
-    "Canon:LensType:117.1""Tamron SP 35mm f/1.4 Di USD (F045)""Canon:LensType:124"
-    "Canon MP-E 65mm f/2.8 1-5x Macro Photo""Canon:LensType:125""Canon TS-E 24mm f/3.5L"
-    "Canon:LensType:126""Canon TS-E 45mm f/2.8""Canon:LensType:127"
-    "Canon TS-E 90mm f/2.8 or Tamron Lens""Canon:LensType:127.1"
-    "Tamron 18-200mm f/3.5-6.3 Di II VC (B018)""Canon:LensType:129""Canon EF 300mm f/2.8L USM"
-    "Canon:LensType:13""Canon EF 15mm f/2.8 Fisheye""Canon:LensType:130""Canon EF 50mm f/1.0L USM"
-    "Canon:LensType:131""Canon EF 28-80mm f/2.8-4L USM or Sigma Lens""Canon:LensType:131.1"
-    "Sigma 8mm f/3.5 EX DG Circular Fisheye""Canon:LensType:131.2"
-    "Sigma 17-35mm f/2.8-4 EX DG Aspherical HSM""Canon:LensType:131.3"
-    "Sigma 17-70mm f/2.8-4.5 DC Macro""Canon:LensType:131.4"
-    "Sigma APO 50-150mm f/2.8 [II] EX DC HSM""Canon:LensType:131.5"
-    "Sigma APO 120-300mm f/2.8 EX DG HSM""Canon:LensType:131.6"
-    "Sigma 4.5mm f/2.8 EX DC HSM Circular Fisheye""Canon:LensType:131.7"
-    "Sigma 70-200mm f/2.8 APO EX HSM""Canon:LensType:131.8""Sigma 28-70mm f/2.8-4 DG"
-    "Canon:LensType:132""Canon EF 1200mm f/5.6L USM""Canon:LensType:134""Canon EF 600mm f/4L IS USM"
-    "Canon:LensType:135""Canon EF 200mm f/1.8L USM""Canon:LensType:136""Canon:LensType:136.1"
-    "Tamron SP 15-30mm f/2.8 Di VC USD (A012)""Canon:LensType:137"
-    "Canon EF 85mm f/1.2L USM or Sigma or Tamron Lens""Canon:LensType:137.1"
-    "Sigma 18-50mm f/2.8-4.5 DC OS HSM""Canon:LensType:137.10""Sigma 8-16mm f/4.5-5.6 DC HSM"
-    "Canon:LensType:137.11""Tamron SP 17-50mm f/2.8 XR Di II VC (B005)""Canon:LensType:137.12"
-    "Tamron SP 60mm f/2 Macro Di II (G005)""Canon:LensType:137.13""Sigma 10-20mm f/3.5 EX DC HSM"
-    "Canon:LensType:137.14""Tamron SP 24-70mm f/2.8 Di VC USD""Canon:LensType:137.15"
-    "Sigma 18-35mm f/1.8 DC HSM""Canon:LensType:137.16""Sigma 12-24mm f/4.5-5.6 DG HSM II"
-    "Canon:LensType:137.17""Sigma 70-300mm f/4-5.6 DG OS""Canon:LensType:137.2"
-    "Sigma 50-200mm f/4-5.6 DC OS HSM""Canon:LensType:137.3""Sigma 18-250mm f/3.5-6.3 DC OS HSM"
-    "Canon:LensType:137.4""Sigma 24-70mm f/2.8 IF EX DG HSM""Canon:LensType:137.5"
-    "Sigma 18-125mm f/3.8-5.6 DC OS HSM""Canon:LensType:137.6"
-    "Sigma 17-70mm f/2.8-4 DC Macro OS HSM | C""Canon:LensType:137.7""Sigma 17-50mm f/2.8 OS HSM"
-    "Canon:LensType:137.8""Sigma 18-200mm f/3.5-6.3 DC OS HSM [II]""Canon:LensType:137.9"
-    "Tamron AF 18-270mm f/3.5-6.3 Di II VC PZD (B008)""Canon:LensType:138"
-    "Canon EF 28-80mm f/2.8-4L""Canon:LensType:139""Canon EF 400mm f/2.8L USM""Canon:LensType:14"
-    "Canon EF 50-200mm f/3.5-4.5L""Canon:LensType:140""Canon EF 500mm f/4.5L USM"
-    "Canon:LensType:141""Canon:LensType:142""Canon EF 300mm f/2.8L IS USM""Canon:LensType:143"
-    "Canon EF 500mm f/4L IS USM or Sigma Lens""Canon:LensType:143.1"
-    "Sigma 17-70mm f/2.8-4 DC Macro OS HSM""Canon:LensType:144""Canon EF 35-135mm f/4-5.6 USM"
-    "Canon:LensType:145""Canon EF 100-300mm f/4.5-5.6 USM""Canon:LensType:146"
-    "Canon EF 70-210mm f/3.5-4.5 USM""Canon:LensType:147""Canon:LensType:148"
-    "Canon EF 28-80mm f/3.5-5.6 USM""Canon:LensType:149""Canon EF 100mm f/2 USM""Canon:LensType:15"
-    "Canon EF 50-200mm f/3.5-4.5""Canon:LensType:150""Canon EF 14mm f/2.8L USM or Sigma Lens"
-    "Canon:LensType:150.1""Sigma 20mm EX f/1.8""Canon:LensType:150.2""Sigma 30mm f/1.4 DC HSM"
-    "Canon:LensType:150.3""Sigma 24mm f/1.8 DG Macro EX""Canon:LensType:150.4"
-    "Sigma 28mm f/1.8 DG Macro EX""Canon:LensType:150.5""Sigma 18-35mm f/1.8 DC HSM | A"
-    "Canon:LensType:151""Canon EF 200mm f/2.8L USM""Canon:LensType:152"
-    "Canon EF 300mm f/4L IS USM or Sigma Lens""Canon:LensType:152.1"
-    "Sigma 12-24mm f/4.5-5.6 EX DG ASPHERICAL HSM""Canon:LensType:152.2"
-    "Sigma 14mm f/2.8 EX Aspherical HSM""Canon:LensType:152.3""Sigma 10-20mm f/4-5.6"
-    "Canon:LensType:152.4""Sigma 100-300mm f/4""Canon:LensType:152.5"
-    "Sigma 300-800mm f/5.6 APO EX DG HSM""Canon:LensType:153"
-    "Canon EF 35-350mm f/3.5-5.6L USM or Sigma or Tamron Lens""Canon:LensType:153.1"
-    "Sigma 50-500mm f/4-6.3 APO HSM EX""Canon:LensType:153.2"
-    "Tamron AF 28-300mm f/3.5-6.3 XR LD Aspherical [IF] Macro""Canon:LensType:153.3"
-    "Tamron AF 18-200mm f/3.5-6.3 XR Di II LD Aspherical [IF] Macro (A14)""Canon:LensType:153.4"
-    "Tamron 18-250mm f/3.5-6.3 Di II LD Aspherical [IF] Macro""Canon:LensType:154"
-    "Canon EF 20mm f/2.8 USM or Zeiss Lens""Canon:LensType:154.1""Zeiss Milvus 21mm f/2.8"
-    "Canon:LensType:154.2""Zeiss Milvus 15mm f/2.8 ZE""Canon:LensType:154.3"
-    "Zeiss Milvus 18mm f/2.8 ZE""Canon:LensType:155""Canon EF 85mm f/1.8 USM or Sigma Lens"
-    "Canon:LensType:155.1""Sigma 14mm f/1.8 DG HSM | A""Canon:LensType:156"
-    "Canon EF 28-105mm f/3.5-4.5 USM or Tamron Lens""Canon:LensType:156.1"
-    "Tamron SP 70-300mm f/4-5.6 Di VC USD (A005)""Canon:LensType:156.2"
-    "Tamron SP AF 28-105mm f/2.8 LD Aspherical IF (176D)""Canon:LensType:16"
-    "Canon EF 35-135mm f/3.5-4.5""Canon:LensType:160"
-    "Canon EF 20-35mm f/3.5-4.5 USM or Tamron or Tokina Lens""Canon:LensType:160.1"
-    "Tamron AF 19-35mm f/3.5-4.5""Canon:LensType:160.2""Tokina AT-X 124 AF Pro DX 12-24mm f/4"
-    "Canon:LensType:160.3""Tokina AT-X 107 AF DX 10-17mm f/3.5-4.5 Fisheye""Canon:LensType:160.4"
-    "Tokina AT-X 116 AF Pro DX 11-16mm f/2.8""Canon:LensType:160.5"
-    "Tokina AT-X 11-20 F2.8 PRO DX Aspherical 11-20mm f/2.8""Canon:LensType:161"
-    "Canon EF 28-70mm f/2.8L USM or Other Lens""Canon:LensType:161.1""Sigma 24-70mm f/2.8 EX"
-    "Canon:LensType:161.2""Sigma 28-70mm f/2.8 EX""Canon:LensType:161.3""Sigma 24-60mm f/2.8 EX DG"
-    "Canon:LensType:161.4""Tamron AF 17-50mm f/2.8 Di-II LD Aspherical""Canon:LensType:161.5"
-    "Tamron 90mm f/2.8""Canon:LensType:161.6"
-    "Tamron SP AF 17-35mm f/2.8-4 Di LD Aspherical IF (A05)""Canon:LensType:161.7"
-    "Tamron SP AF 28-75mm f/2.8 XR Di LD Aspherical [IF] Macro""Canon:LensType:161.8"
-    "Tokina AT-X 24-70mm f/2.8 PRO FX (IF)""Canon:LensType:162""Canon:LensType:163"
-    "Canon EF 300mm f/4L""Canon:LensType:164""Canon EF 400mm f/5.6L""Canon:LensType:165"
-    "Canon EF 70-200mm f/2.8L USM""Canon:LensType:166""Canon EF 70-200mm f/2.8L USM + 1.4x"
-    "Canon:LensType:167""Canon EF 70-200mm f/2.8L USM + 2x""Canon:LensType:168"
-    "Canon EF 28mm f/1.8 USM or Sigma Lens""Canon:LensType:168.1""Sigma 50-100mm f/1.8 DC HSM | A"
-    "Canon:LensType:169""Canon EF 17-35mm f/2.8L USM or Sigma Lens""Canon:LensType:169.1"
-    "Sigma 18-200mm f/3.5-6.3 DC OS""Canon:LensType:169.2""Sigma 15-30mm f/3.5-4.5 EX DG Aspherical"
-    "Canon:LensType:169.3""Sigma 18-50mm f/2.8 Macro""Canon:LensType:169.4"
-    "Sigma 50mm f/1.4 EX DG HSM""Canon:LensType:169.5""Sigma 85mm f/1.4 EX DG HSM"
-    "Canon:LensType:169.6""Sigma 30mm f/1.4 EX DC HSM""Canon:LensType:169.7"
-    "Sigma 35mm f/1.4 DG HSM""Canon:LensType:169.8""Sigma 35mm f/1.5 FF High-Speed Prime | 017"
-    "Canon:LensType:169.9""Sigma 70mm f/2.8 Macro EX DG""Canon:LensType:17"
-    "Canon EF 35-70mm f/3.5-4.5A""Canon:LensType:170""Canon EF 200mm f/2.8L II USM or Sigma Lens"
-    "Canon:LensType:170.1""Sigma 300mm f/2.8 APO EX DG HSM""Canon:LensType:170.2"
-    "Sigma 800mm f/5.6 APO EX DG HSM""Canon:LensType:171""Canon EF 300mm f/4L USM"
-    "Canon:LensType:172""Canon EF 400mm f/5.6L USM or Sigma Lens""Canon:LensType:172.1"
-    "Sigma 150-600mm f/5-6.3 DG OS HSM | S""Canon:LensType:172.2""Sigma 500mm f/4.5 APO EX DG HSM"
-    "Canon:LensType:173""Canon EF 180mm Macro f/3.5L USM or Sigma Lens""Canon:LensType:173.1"
-    "Sigma 180mm EX HSM Macro f/3.5""Canon:LensType:173.2""Sigma APO Macro 150mm f/2.8 EX DG HSM"
-    "Canon:LensType:173.3""Sigma 10mm f/2.8 EX DC Fisheye""Canon:LensType:173.4"
-    "Sigma 15mm f/2.8 EX DG Diagonal Fisheye""Canon:LensType:173.5"
-    "Venus Laowa 100mm F2.8 2X Ultra Macro APO""Canon:LensType:174"
-    "Canon EF 135mm f/2L USM or Other Lens""Canon:LensType:174.1"
-    "Sigma 70-200mm f/2.8 EX DG APO OS HSM""Canon:LensType:174.2"
-    "Sigma 50-500mm f/4.5-6.3 APO DG OS HSM""Canon:LensType:174.3"
-    "Sigma 150-500mm f/5-6.3 APO DG OS HSM""Canon:LensType:174.4""Zeiss Milvus 100mm f/2 Makro"
-    "Canon:LensType:174.5""Sigma APO 50-150mm f/2.8 EX DC OS HSM""Canon:LensType:174.6"
-    "Sigma APO 120-300mm f/2.8 EX DG OS HSM""Canon:LensType:174.7"
-    "Sigma 120-300mm f/2.8 DG OS HSM S013""Canon:LensType:174.8"
-    "Sigma 120-400mm f/4.5-5.6 APO DG OS HSM""Canon:LensType:174.9""Sigma 200-500mm f/2.8 APO EX DG"
-    "Canon:LensType:175""Canon:LensType:176""Canon EF 24-85mm f/3.5-4.5 USM""Canon:LensType:177"
-    "Canon EF 300mm f/4L IS USM""Canon:LensType:178""Canon EF 28-135mm f/3.5-5.6 IS"
-    "Canon:LensType:179""Canon EF 24mm f/1.4L USM""Canon:LensType:18""Canon EF 28-70mm f/3.5-4.5"
-    "Canon:LensType:180""Canon EF 35mm f/1.4L USM or Other Lens""Canon:LensType:180.1"
-    "Sigma 50mm f/1.4 DG HSM | A""Canon:LensType:180.10""Sigma 20mm f/1.4 DG HSM | A"
-    "Canon:LensType:180.2""Sigma 24mm f/1.4 DG HSM | A""Canon:LensType:180.3"
-    "Zeiss Milvus 50mm f/1.4""Canon:LensType:180.4""Zeiss Milvus 85mm f/1.4""Canon:LensType:180.5"
-    "Zeiss Otus 28mm f/1.4 ZE""Canon:LensType:180.6""Sigma 24mm f/1.5 FF High-Speed Prime | 017"
-    "Canon:LensType:180.7""Sigma 50mm f/1.5 FF High-Speed Prime | 017""Canon:LensType:180.8"
-    "Sigma 85mm f/1.5 FF High-Speed Prime | 017""Canon:LensType:180.9""Tokina Opera 50mm f/1.4 FF"
-    "Canon:LensType:181""Canon EF 100-400mm f/4.5-5.6L IS USM + 1.4x or Sigma Lens"
-    "Canon:LensType:181.1""Sigma 150-600mm f/5-6.3 DG OS HSM | S + 1.4x""Canon:LensType:182"
-    "Canon EF 100-400mm f/4.5-5.6L IS USM + 2x or Sigma Lens""Canon:LensType:182.1"
-    "Sigma 150-600mm f/5-6.3 DG OS HSM | S + 2x""Canon:LensType:183"
-    "Canon EF 100-400mm f/4.5-5.6L IS USM or Sigma Lens""Canon:LensType:183.1"
-    "Sigma 150mm f/2.8 EX DG OS HSM APO Macro""Canon:LensType:183.2"
-    "Sigma 105mm f/2.8 EX DG OS HSM Macro""Canon:LensType:183.3"
-    "Sigma 180mm f/2.8 EX DG OS HSM APO Macro""Canon:LensType:183.4"
-    "Sigma 150-600mm f/5-6.3 DG OS HSM | C""Canon:LensType:183.5""Canon:LensType:183.6"
-    "Sigma 100-400mm f/5-6.3 DG OS HSM""Canon:LensType:183.7"
-    "Sigma 180mm f/3.5 APO Macro EX DG IF HSM""Canon:LensType:184""Canon EF 400mm f/2.8L USM + 2x"
-    "Canon:LensType:185""Canon:LensType:186""Canon EF 70-200mm f/4L USM""Canon:LensType:187"
-    "Canon EF 70-200mm f/4L USM + 1.4x""Canon:LensType:188""Canon EF 70-200mm f/4L USM + 2x"
-    "Canon:LensType:189""Canon EF 70-200mm f/4L USM + 2.8x""Canon:LensType:190"
-    "Canon EF 100mm f/2.8 Macro USM""Canon:LensType:191""Canon EF 400mm f/4 DO IS or Sigma Lens"
-    "Canon:LensType:191.1""Sigma 500mm f/4 DG OS HSM""Canon:LensType:193"
-    "Canon EF 35-80mm f/4-5.6 USM""Canon:LensType:194""Canon EF 80-200mm f/4.5-5.6 USM"
-    "Canon:LensType:195""Canon EF 35-105mm f/4.5-5.6 USM""Canon:LensType:196"
-    "Canon EF 75-300mm f/4-5.6 USM""Canon:LensType:197"
-    "Canon EF 75-300mm f/4-5.6 IS USM or Sigma Lens""Canon:LensType:197.1"
-    "Sigma 18-300mm f/3.5-6.3 DC Macro OS HSM""Canon:LensType:198"
-    "Canon EF 50mm f/1.4 USM or Other Lens""Canon:LensType:198.1""Zeiss Otus 55mm f/1.4 ZE"
-    "Canon:LensType:198.2""Zeiss Otus 85mm f/1.4 ZE""Canon:LensType:198.3""Zeiss Milvus 25mm f/1.4"
-    "Canon:LensType:198.4""Zeiss Otus 100mm f/1.4""Canon:LensType:198.5""Zeiss Milvus 35mm f/1.4 ZE"
-    "Canon:LensType:198.6""Yongnuo YN 35mm f/2""Canon:LensType:199""Canon:LensType:2"
-    "Canon EF 28mm f/2.8 or Sigma Lens""Canon:LensType:2.1""Sigma 24mm f/2.8 Super Wide II"
-    "Canon:LensType:20""Canon EF 100-200mm f/4.5A""Canon:LensType:200""Canon:LensType:201"
-    "Canon:LensType:202""Canon EF 28-80mm f/3.5-5.6 USM IV""Canon:LensType:208"
-    "Canon EF 22-55mm f/4-5.6 USM""Canon:LensType:209""Canon EF 55-200mm f/4.5-5.6"
-    "Canon:LensType:21""Canon EF 80-200mm f/2.8L""Canon:LensType:210""Canon EF 28-90mm f/4-5.6 USM"
-    "Canon:LensType:211""Canon EF 28-200mm f/3.5-5.6 USM""Canon:LensType:212"
-    "Canon EF 28-105mm f/4-5.6 USM""Canon:LensType:213"
-    "Canon EF 90-300mm f/4.5-5.6 USM or Tamron Lens""Canon:LensType:213.1"
-    "Tamron SP 150-600mm f/5-6.3 Di VC USD (A011)""Canon:LensType:213.2"
-    "Tamron 16-300mm f/3.5-6.3 Di II VC PZD Macro (B016)""Canon:LensType:213.3"
-    "Tamron SP 35mm f/1.8 Di VC USD (F012)""Canon:LensType:213.4"
-    "Tamron SP 45mm f/1.8 Di VC USD (F013)""Canon:LensType:214""Canon EF-S 18-55mm f/3.5-5.6 USM"
-    "Canon:LensType:215""Canon EF 55-200mm f/4.5-5.6 II USM""Canon:LensType:217"
-    "Tamron AF 18-270mm f/3.5-6.3 Di II VC PZD""Canon:LensType:22"
-    "Canon EF 20-35mm f/2.8L or Tokina Lens""Canon:LensType:22.1"
-    "Tokina AT-X 280 AF Pro 28-80mm f/2.8 Aspherical""Canon:LensType:220""Yongnuo YN 50mm f/1.8"
-    "Canon:LensType:224""Canon EF 70-200mm f/2.8L IS USM""Canon:LensType:225"
-    "Canon EF 70-200mm f/2.8L IS USM + 1.4x""Canon:LensType:226"
-    "Canon EF 70-200mm f/2.8L IS USM + 2x""Canon:LensType:227"
-    "Canon EF 70-200mm f/2.8L IS USM + 2.8x""Canon:LensType:228""Canon EF 28-105mm f/3.5-4.5 USM"
-    "Canon:LensType:229""Canon EF 16-35mm f/2.8L USM""Canon:LensType:23"
-    "Canon EF 35-105mm f/3.5-4.5""Canon:LensType:230""Canon EF 24-70mm f/2.8L USM"
-    "Canon:LensType:231""Canon EF 17-40mm f/4L USM or Sigma Lens""Canon:LensType:231.1"
-    "Sigma 12-24mm f/4 DG HSM A016""Canon:LensType:232""Canon EF 70-300mm f/4.5-5.6 DO IS USM"
-    "Canon:LensType:233""Canon EF 28-300mm f/3.5-5.6L IS USM""Canon:LensType:234"
-    "Canon EF-S 17-85mm f/4-5.6 IS USM or Tokina Lens""Canon:LensType:234.1"
-    "Tokina AT-X 12-28 PRO DX 12-28mm f/4""Canon:LensType:235""Canon EF-S 10-22mm f/3.5-4.5 USM"
-    "Canon:LensType:236""Canon EF-S 60mm f/2.8 Macro USM""Canon:LensType:237"
-    "Canon EF 24-105mm f/4L IS USM""Canon:LensType:238""Canon EF 70-300mm f/4-5.6 IS USM"
-    "Canon:LensType:239""Canon EF 85mm f/1.2L II USM or Rokinon Lens""Canon:LensType:239.1"
-    "Rokinon SP 85mm f/1.2""Canon:LensType:24""Canon EF 35-80mm f/4-5.6 Power Zoom"
-    "Canon:LensType:240""Canon EF-S 17-55mm f/2.8 IS USM or Sigma Lens""Canon:LensType:240.1"
-    "Sigma 17-50mm f/2.8 EX DC OS HSM""Canon:LensType:241""Canon EF 50mm f/1.2L USM"
-    "Canon:LensType:242""Canon EF 70-200mm f/4L IS USM""Canon:LensType:243"
-    "Canon EF 70-200mm f/4L IS USM + 1.4x""Canon:LensType:244""Canon EF 70-200mm f/4L IS USM + 2x"
-    "Canon:LensType:245""Canon EF 70-200mm f/4L IS USM + 2.8x""Canon:LensType:246"
-    "Canon EF 16-35mm f/2.8L II USM""Canon:LensType:247""Canon EF 14mm f/2.8L II USM"
-    "Canon:LensType:248""Canon EF 200mm f/2L IS USM or Sigma Lens""Canon:LensType:248.1"
-    "Sigma 24-35mm f/2 DG HSM | A""Canon:LensType:248.2""Sigma 135mm f/2 FF High-Speed Prime | 017"
-    "Canon:LensType:248.3""Sigma 24-35mm f/2.2 FF Zoom | 017""Canon:LensType:248.4"
-    "Sigma 135mm f/1.8 DG HSM A017""Canon:LensType:249""Canon EF 800mm f/5.6L IS USM"
-    "Canon:LensType:25""Canon:LensType:250""Canon EF 24mm f/1.4L II USM or Sigma Lens"
-    "Canon:LensType:250.1""Canon:LensType:250.2""Sigma 20mm f/1.5 FF High-Speed Prime | 017"
-    "Canon:LensType:250.3""Tokina Opera 16-28mm f/2.8 FF""Canon:LensType:250.4"
-    "Sigma 85mm f/1.4 DG HSM A016""Canon:LensType:251""Canon EF 70-200mm f/2.8L IS II USM"
-    "Canon:LensType:251.1""Canon EF 70-200mm f/2.8L IS III USM""Canon:LensType:252"
-    "Canon EF 70-200mm f/2.8L IS II USM + 1.4x""Canon:LensType:252.1"
-    "Canon EF 70-200mm f/2.8L IS III USM + 1.4x""Canon:LensType:253"
-    "Canon EF 70-200mm f/2.8L IS II USM + 2x""Canon:LensType:253.1"
-    "Canon EF 70-200mm f/2.8L IS III USM + 2x""Canon:LensType:254"
-    "Canon EF 100mm f/2.8L Macro IS USM or Tamron Lens""Canon:LensType:254.1"
-    "Tamron SP 90mm f/2.8 Di VC USD 1:1 Macro (F017)""Canon:LensType:255"
-    "Sigma 24-105mm f/4 DG OS HSM | A or Other Lens""Canon:LensType:255.1""Canon:LensType:255.2"
-    "Tamron SP 70-200mm f/2.8 Di VC USD""Canon:LensType:255.3""Canon:LensType:26"
-    "Canon EF 100mm f/2.8 Macro or Other Lens""Canon:LensType:26.1""Cosina 100mm f/3.5 Macro AF"
-    "Canon:LensType:26.2""Tamron SP AF 90mm f/2.8 Di Macro""Canon:LensType:26.3"
-    "Tamron SP AF 180mm f/3.5 Di Macro""Canon:LensType:26.4""Carl Zeiss Planar T* 50mm f/1.4"
-    "Canon:LensType:26.5""Voigtlander APO Lanthar 125mm F2.5 SL Macro""Canon:LensType:26.6"
-    "Carl Zeiss Planar T 85mm f/1.4 ZE""Canon:LensType:27""Canon EF 35-80mm f/4-5.6"
-    "Canon:LensType:28""Canon EF 80-200mm f/4.5-5.6 or Tamron Lens""Canon:LensType:28.1"
-    "Tamron SP AF 28-105mm f/2.8 LD Aspherical IF""Canon:LensType:28.2""Canon:LensType:28.3"
-    "Tamron AF 70-300mm f/4-5.6 Di LD 1:2 Macro""Canon:LensType:28.4"
-    "Tamron AF Aspherical 28-200mm f/3.8-5.6""Canon:LensType:29""Canon EF 50mm f/1.8 II"
-    "Canon:LensType:3""Canon EF 135mm f/2.8 Soft""Canon:LensType:30""Canon EF 35-105mm f/4.5-5.6"
-    "Canon:LensType:31""Canon EF 75-300mm f/4-5.6 or Tamron Lens""Canon:LensType:31.1"
-    "Tamron SP AF 300mm f/2.8 LD IF""Canon:LensType:32""Canon EF 24mm f/2.8 or Sigma Lens"
-    "Canon:LensType:32.1""Sigma 15mm f/2.8 EX Fisheye""Canon:LensType:33"
-    "Voigtlander or Carl Zeiss Lens""Canon:LensType:33.1"
-    "Voigtlander Ultron 40mm f/2 SLII Aspherical""Canon:LensType:33.10"
-    "Carl Zeiss Distagon T* 35mm f/1.4 ZE""Canon:LensType:33.11""Carl Zeiss Planar T* 50mm f/1.4 ZE"
-    "Canon:LensType:33.12""Carl Zeiss Makro-Planar T* 50mm f/2 ZE""Canon:LensType:33.13"
-    "Carl Zeiss Makro-Planar T* 100mm f/2 ZE""Canon:LensType:33.14"
-    "Carl Zeiss Apo-Sonnar T* 135mm f/2 ZE""Canon:LensType:33.2"
-    "Voigtlander Color Skopar 20mm f/3.5 SLII Aspherical""Canon:LensType:33.3"
-    "Voigtlander APO-Lanthar 90mm f/3.5 SLII Close Focus""Canon:LensType:33.4"
-    "Carl Zeiss Distagon T* 15mm f/2.8 ZE""Canon:LensType:33.5"
-    "Carl Zeiss Distagon T* 18mm f/3.5 ZE""Canon:LensType:33.6"
-    "Carl Zeiss Distagon T* 21mm f/2.8 ZE""Canon:LensType:33.7""Carl Zeiss Distagon T* 25mm f/2 ZE"
-    "Canon:LensType:33.8""Carl Zeiss Distagon T* 28mm f/2 ZE""Canon:LensType:33.9"
-    "Carl Zeiss Distagon T* 35mm f/2 ZE""Canon:LensType:35""Canon:LensType:36"
-    "Canon EF 38-76mm f/4.5-5.6""Canon:LensType:368"
-    "Sigma 14-24mm f/2.8 DG HSM | A or other Sigma Lens""Canon:LensType:368.1"
-    "Canon:LensType:368.10""Sigma 35mm f/1.4 DG HSM | A""Canon:LensType:368.11"
-    "Sigma 70mm f/2.8 DG Macro""Canon:LensType:368.12""Canon:LensType:368.13"
-    "Sigma 24-105mm f/4 DG OS HSM | A""Canon:LensType:368.14"
-    "Sigma 18-300mm f/3.5-6.3 DC Macro OS HSM | C""Canon:LensType:368.2""Canon:LensType:368.3"
-    "Sigma 40mm f/1.4 DG HSM | A""Canon:LensType:368.4""Sigma 60-600mm f/4.5-6.3 DG OS HSM | S"
-    "Canon:LensType:368.5""Sigma 28mm f/1.4 DG HSM | A""Canon:LensType:368.6""Canon:LensType:368.7"
-    "Sigma 85mm f/1.4 DG HSM | A""Canon:LensType:368.8""Sigma 105mm f/1.4 DG HSM"
-    "Canon:LensType:368.9""Sigma 14-24mm f/2.8 DG HSM""Canon:LensType:36910"
-    "Canon EF 70-300mm f/4-5.6 IS II USM""Canon:LensType:36912"
-    "Canon EF-S 18-135mm f/3.5-5.6 IS USM""Canon:LensType:37"
-    "Canon EF 35-80mm f/4-5.6 or Tamron Lens""Canon:LensType:37.1"
-    "Tamron 70-200mm f/2.8 Di LD IF Macro""Canon:LensType:37.2"
-    "Tamron AF 28-300mm f/3.5-6.3 XR Di VC LD Aspherical [IF] Macro (A20)""Canon:LensType:37.3"
-    "Tamron SP AF 17-50mm f/2.8 XR Di II VC LD Aspherical [IF]""Canon:LensType:37.4"
-    "Tamron AF 18-270mm f/3.5-6.3 Di II VC LD Aspherical [IF] Macro""Canon:LensType:38"
-    "Canon EF 80-200mm f/4.5-5.6 II""Canon:LensType:39""Canon EF 75-300mm f/4-5.6""Canon:LensType:4"
-    "Canon EF 35-105mm f/3.5-4.5 or Sigma Lens""Canon:LensType:4.1""Sigma UC Zoom 35-135mm f/4-5.6"
-    "Canon:LensType:40""Canon EF 28-80mm f/3.5-5.6""Canon:LensType:41""Canon EF 28-90mm f/4-5.6"
-    "Canon:LensType:4142""Canon EF-S 18-135mm f/3.5-5.6 IS STM""Canon:LensType:4143"
-    "Canon EF-M 18-55mm f/3.5-5.6 IS STM or Tamron Lens""Canon:LensType:4143.1"
-    "Tamron 18-200mm f/3.5-6.3 Di III VC""Canon:LensType:4144""Canon EF 40mm f/2.8 STM"
-    "Canon:LensType:4145""Canon EF-M 22mm f/2 STM""Canon:LensType:4146"
-    "Canon EF-S 18-55mm f/3.5-5.6 IS STM""Canon:LensType:4147""Canon EF-M 11-22mm f/4-5.6 IS STM"
-    "Canon:LensType:4148""Canon EF-S 55-250mm f/4-5.6 IS STM""Canon:LensType:4149"
-    "Canon EF-M 55-200mm f/4.5-6.3 IS STM""Canon:LensType:4150""Canon EF-S 10-18mm f/4.5-5.6 IS STM"
-    "Canon:LensType:4152""Canon EF 24-105mm f/3.5-5.6 IS STM""Canon:LensType:4153"
-    "Canon EF-M 15-45mm f/3.5-6.3 IS STM""Canon:LensType:4154""Canon EF-S 24mm f/2.8 STM"
-    "Canon:LensType:4155""Canon EF-M 28mm f/3.5 Macro IS STM""Canon:LensType:4156"
-    "Canon EF 50mm f/1.8 STM""Canon:LensType:4157""Canon EF-M 18-150mm f/3.5-6.3 IS STM"
-    "Canon:LensType:4158""Canon EF-S 18-55mm f/4-5.6 IS STM""Canon:LensType:4159"
-    "Canon EF-M 32mm f/1.4 STM""Canon:LensType:4160""Canon EF-S 35mm f/2.8 Macro IS STM"
-    "Canon:LensType:42""Canon EF 28-200mm f/3.5-5.6 or Tamron Lens""Canon:LensType:42.1"
-    "Canon:LensType:4208""Sigma 56mm f/1.4 DC DN | C or other Sigma Lens""Canon:LensType:4208.1"
-    "Sigma 30mm F1.4 DC DN | C""Canon:LensType:43""Canon EF 28-105mm f/4-5.6""Canon:LensType:44"
-    "Canon EF 90-300mm f/4.5-5.6""Canon:LensType:45""Canon EF-S 18-55mm f/3.5-5.6 [II]"
-    "Canon:LensType:46""Canon:LensType:47""Zeiss Milvus 35mm f/2 or 50mm f/2""Canon:LensType:47.1"
-    "Zeiss Milvus 50mm f/2 Makro""Canon:LensType:47.2""Zeiss Milvus 135mm f/2 ZE""Canon:LensType:48"
-    "Canon EF-S 18-55mm f/3.5-5.6 IS""Canon:LensType:488""Canon EF-S 15-85mm f/3.5-5.6 IS USM"
-    "Canon:LensType:489""Canon EF 70-300mm f/4-5.6L IS USM""Canon:LensType:49"
-    "Canon EF-S 55-250mm f/4-5.6 IS""Canon:LensType:490""Canon EF 8-15mm f/4L Fisheye USM"
-    "Canon:LensType:491""Canon EF 300mm f/2.8L IS II USM or Tamron Lens""Canon:LensType:491.1"
-    "Tamron SP 70-200mm f/2.8 Di VC USD G2 (A025)""Canon:LensType:491.2"
-    "Tamron 18-400mm f/3.5-6.3 Di II VC HLD (B028)""Canon:LensType:491.3"
-    "Tamron 100-400mm f/4.5-6.3 Di VC USD (A035)""Canon:LensType:491.4"
-    "Tamron 70-210mm f/4 Di VC USD (A034)""Canon:LensType:491.5"
-    "Tamron 70-210mm f/4 Di VC USD (A034) + 1.4x""Canon:LensType:491.6"
-    "Tamron SP 24-70mm f/2.8 Di VC USD G2 (A032)""Canon:LensType:492"
-    "Canon EF 400mm f/2.8L IS II USM""Canon:LensType:493"
-    "Canon EF 500mm f/4L IS II USM or EF 24-105mm f4L IS USM""Canon:LensType:493.1"
-    "Canon:LensType:494""Canon EF 600mm f/4L IS II USM""Canon:LensType:495"
-    "Canon EF 24-70mm f/2.8L II USM or Sigma Lens""Canon:LensType:495.1""Canon:LensType:496"
-    "Canon EF 200-400mm f/4L IS USM""Canon:LensType:499""Canon EF 200-400mm f/4L IS USM + 1.4x"
-    "Canon:LensType:5""Canon EF 35-70mm f/3.5-4.5""Canon:LensType:50"
-    "Canon EF-S 18-200mm f/3.5-5.6 IS""Canon:LensType:502"
-    "Canon EF 28mm f/2.8 IS USM or Tamron Lens""Canon:LensType:502.1"
-    "Tamron 35mm f/1.8 Di VC USD (F012)""Canon:LensType:503""Canon EF 24mm f/2.8 IS USM"
-    "Canon:LensType:504""Canon EF 24-70mm f/4L IS USM""Canon:LensType:505""Canon EF 35mm f/2 IS USM"
-    "Canon:LensType:506""Canon EF 400mm f/4 DO IS II USM""Canon:LensType:507"
-    "Canon EF 16-35mm f/4L IS USM""Canon:LensType:508""Canon EF 11-24mm f/4L USM or Tamron Lens"
-    "Canon:LensType:508.1""Tamron 10-24mm f/3.5-4.5 Di II VC HLD (B023)""Canon:LensType:51"
-    "Canon EF-S 18-135mm f/3.5-5.6 IS""Canon:LensType:52""Canon EF-S 18-55mm f/3.5-5.6 IS II"
-    "Canon:LensType:53""Canon EF-S 18-55mm f/3.5-5.6 III""Canon:LensType:54"
-    "Canon EF-S 55-250mm f/4-5.6 IS II""Canon:LensType:6"
-    "Canon EF 28-70mm f/3.5-4.5 or Sigma or Tokina Lens""Canon:LensType:6.1"
-    "Sigma 18-50mm f/3.5-5.6 DC""Canon:LensType:6.2""Sigma 18-125mm f/3.5-5.6 DC IF ASP"
-    "Canon:LensType:6.3""Tokina AF 193-2 19-35mm f/3.5-4.5""Canon:LensType:6.4"
-    "Sigma 28-80mm f/3.5-5.6 II Macro""Canon:LensType:6.5""Sigma 28-300mm f/3.5-6.3 DG Macro"
-    "Canon:LensType:60""Irix 11mm f/4""Canon:LensType:61182"
-    "Canon RF 50mm F1.2L USM or other Canon RF Lens""Canon:LensType:61182.1"
-    "Canon RF 24-105mm F4L IS USM""Canon:LensType:61182.10""Canon RF 85mm F2 MACRO IS STM"
-    "Canon:LensType:61182.11""Canon RF 600mm F11 IS STM""Canon:LensType:61182.12"
-    "Canon RF 600mm F11 IS STM + RF1.4x""Canon:LensType:61182.13""Canon RF 600mm F11 IS STM + RF2x"
-    "Canon:LensType:61182.14""Canon RF 800mm F11 IS STM""Canon:LensType:61182.15"
-    "Canon RF 800mm F11 IS STM + RF1.4x""Canon:LensType:61182.16""Canon RF 800mm F11 IS STM + RF2x"
-    "Canon:LensType:61182.17""Canon RF 24-105mm F4-7.1 IS STM""Canon:LensType:61182.18"
-    "Canon RF 100-500mm F4.5-7.1L IS USM""Canon:LensType:61182.19"
-    "Canon RF 100-500mm F4.5-7.1L IS USM + RF1.4x""Canon:LensType:61182.2""Canon RF 28-70mm F2L USM"
-    "Canon:LensType:61182.20""Canon RF 100-500mm F4.5-7.1L IS USM + RF2x""Canon:LensType:61182.21"
-    "Canon RF 70-200mm F4L IS USM""Canon:LensType:61182.22""Canon RF 100mm F2.8L MACRO IS USM"
-    "Canon:LensType:61182.23""Canon RF 50mm F1.8 STM""Canon:LensType:61182.24"
-    "Canon RF 14-35mm F4L IS USM""Canon:LensType:61182.25""Canon RF-S 18-45mm F4.5-6.3 IS STM"
-    "Canon:LensType:61182.26""Canon RF 100-400mm F5.6-8 IS USM""Canon:LensType:61182.27"
-    "Canon RF 100-400mm F5.6-8 IS USM + RF1.4x""Canon:LensType:61182.28"
-    "Canon RF 100-400mm F5.6-8 IS USM + RF2x""Canon:LensType:61182.29"
-    "Canon RF-S 18-150mm F3.5-6.3 IS STM""Canon:LensType:61182.3""Canon RF 35mm F1.8 MACRO IS STM"
-    "Canon:LensType:61182.30""Canon RF 24mm F1.8 MACRO IS STM""Canon:LensType:61182.31"
-    "Canon RF 16mm F2.8 STM""Canon:LensType:61182.32""Canon RF 400mm F2.8L IS USM"
-    "Canon:LensType:61182.33""Canon RF 400mm F2.8L IS USM + RF1.4x""Canon:LensType:61182.34"
-    "Canon RF 400mm F2.8L IS USM + RF2x""Canon:LensType:61182.35""Canon RF 600mm F4L IS USM"
-    "Canon:LensType:61182.36""Canon RF 600mm F4L IS USM + RF1.4x""Canon:LensType:61182.37"
-    "Canon RF 600mm F4L IS USM + RF2x""Canon:LensType:61182.38""Canon RF 800mm F5.6L IS USM"
-    "Canon:LensType:61182.39""Canon RF 800mm F5.6L IS USM + RF1.4x""Canon:LensType:61182.4"
-    "Canon RF 85mm F1.2L USM""Canon:LensType:61182.40""Canon RF 800mm F5.6L IS USM + RF2x"
-    "Canon:LensType:61182.41""Canon RF 1200mm F8L IS USM""Canon:LensType:61182.42"
-    "Canon RF 1200mm F8L IS USM + RF1.4x""Canon:LensType:61182.43"
-    "Canon RF 1200mm F8L IS USM + RF2x""Canon:LensType:61182.44"
-    "Canon RF 5.2mm F2.8L Dual Fisheye 3D VR""Canon:LensType:61182.45"
-    "Canon RF 15-30mm F4.5-6.3 IS STM""Canon:LensType:61182.46""Canon RF 135mm F1.8 L IS USM"
-    "Canon:LensType:61182.47""Canon RF 24-50mm F4.5-6.3 IS STM""Canon:LensType:61182.48"
-    "Canon RF-S 55-210mm F5-7.1 IS STM""Canon:LensType:61182.49""Canon RF 100-300mm F2.8L IS USM"
-    "Canon:LensType:61182.5""Canon RF 85mm F1.2L USM DS""Canon:LensType:61182.50"
-    "Canon RF 100-300mm F2.8L IS USM + RF1.4x""Canon:LensType:61182.51"
-    "Canon RF 100-300mm F2.8L IS USM + RF2x""Canon:LensType:61182.52""Canon RF 10-20mm F4 L IS STM"
-    "Canon:LensType:61182.53""Canon RF 28mm F2.8 STM""Canon:LensType:61182.6"
-    "Canon RF 24-70mm F2.8L IS USM""Canon:LensType:61182.7""Canon RF 15-35mm F2.8L IS USM"
-    "Canon:LensType:61182.8""Canon RF 24-240mm F4-6.3 IS USM""Canon:LensType:61182.9"
-    "Canon RF 70-200mm F2.8L IS USM""Canon:LensType:61491""Canon CN-E 14mm T3.1 L F"
-    "Canon:LensType:61492""Canon CN-E 24mm T1.5 L F""Canon:LensType:61494""Canon CN-E 85mm T1.3 L F"
-    "Canon:LensType:61495""Canon CN-E 135mm T2.2 L F""Canon:LensType:61496"
-    "Canon CN-E 35mm T1.5 L F""Canon:LensType:624"
-    "Sigma 70-200mm f/2.8 DG OS HSM | S or other Sigma Lens""Canon:LensType:624.1"
-    "Sigma 150-600mm f/5-6.3 | C""Canon:LensType:63""Irix 30mm F1.4 Dragonfly""Canon:LensType:65535"
-    "Canon:LensType:7""Canon EF 100-300mm f/5.6L""Canon:LensType:747"
-    "Canon EF 100-400mm f/4.5-5.6L IS II USM or Tamron Lens""Canon:LensType:747.1"
-    "Tamron SP 150-600mm f/5-6.3 Di VC USD G2""Canon:LensType:748"
-    "Canon EF 100-400mm f/4.5-5.6L IS II USM + 1.4x or Tamron Lens""Canon:LensType:748.1"
-    "Tamron 100-400mm f/4.5-6.3 Di VC USD A035E + 1.4x""Canon:LensType:748.2"
-    "Tamron 70-210mm f/4 Di VC USD (A034) + 2x""Canon:LensType:749"
-    "Tamron 100-400mm f/4.5-6.3 Di VC USD A035E + 2x""Canon:LensType:750"
-    "Canon EF 35mm f/1.4L II USM or Tamron Lens""Canon:LensType:750.1"
-    "Tamron SP 85mm f/1.8 Di VC USD (F016)""Canon:LensType:750.2""Canon:LensType:751"
-    "Canon EF 16-35mm f/2.8L III USM""Canon:LensType:752""Canon EF 24-105mm f/4L IS II USM"
-    "Canon:LensType:753""Canon EF 85mm f/1.4L IS USM""Canon:LensType:754"
-    "Canon EF 70-200mm f/4L IS II USM""Canon:LensType:757""Canon EF 400mm f/2.8L IS III USM"
-    "Canon:LensType:758""Canon EF 600mm f/4L IS III USM""Canon:LensType:8"
-    "Canon EF 100-300mm f/5.6 or Sigma or Tokina Lens""Canon:LensType:8.1"
-    "Sigma 70-300mm f/4-5.6 [APO] DG Macro""Canon:LensType:8.2"
-    "Tokina AT-X 242 AF 24-200mm f/3.5-5.6""Canon:LensType:80""Canon TS-E 50mm f/2.8L Macro"
-    "Canon:LensType:81""Canon TS-E 90mm f/2.8L Macro""Canon:LensType:82"
-    "Canon TS-E 135mm f/4L Macro""Canon:LensType:9""Canon EF 70-210mm f/4""Canon:LensType:9.1"
-    "Sigma 55-200mm f/4-5.6 DC""Canon:LensType:94""Canon TS-E 17mm f/4L""Canon:LensType:95"
-    "Canon TS-E 24mm f/3.5L II""Canon:LinearityUpperMargin""Linearity Upper Margin"
-    "Canon:LiveViewShooting""Live View Shooting""Canon:LiveViewShooting:0""Canon:LiveViewShooting:1"
-    "Canon:LongExposureNoiseReduction""Long Exposure Noise Reduction"
-    "Canon:LongExposureNoiseReduction2""Long Exposure Noise Reduction 2"
-    "Canon:LongExposureNoiseReduction2:0""Canon:LongExposureNoiseReduction2:1""On (1D)"
-    "Canon:LongExposureNoiseReduction2:3""Canon:LongExposureNoiseReduction2:4"
-    "Canon:LongExposureNoiseReduction:0""Canon:LongExposureNoiseReduction:1"
-    "Canon:LongExposureNoiseReduction:2""Canon:MacroMagnification""Macro Magnification"
-    "Canon:MacroMode""Macro Mode""Canon:MacroMode:1""Canon:MacroMode:2""Canon:MakerNoteCanon"
-    "Canon:ManualAFPointSelPattern""Manual AF Point Sel Pattern""Canon:ManualAFPointSelPattern:0"
-    "Stops at AF Area Edges""Canon:ManualAFPointSelPattern:1""Canon:ManualFlashOutput"
-    "Manual Flash Output""Canon:ManualFlashOutput:0""Canon:ManualFlashOutput:1280""Full"
-    "Canon:ManualFlashOutput:1282""Canon:ManualFlashOutput:1284""Canon:ManualFlashOutput:32767"
-    "Canon:MaxAperture""Max Aperture""Canon:MaxFocalLength""Max Focal Length""Canon:MeasuredEV"
-    "Measured EV""Canon:MeasuredEV2""Measured EV 2""Canon:MeasuredEV3""Measured EV 3"
-    "Canon:MeasuredRGGB""Measured RGGB""Canon:MeasuredRGGBData""Measured RGGB Data"
-    "Canon:MeteringMode""Metering Mode""Canon:MeteringMode:0""Default""Canon:MeteringMode:1"
-    "Canon:MeteringMode:2""Average""Canon:MeteringMode:3""Evaluative""Canon:MeteringMode:4""Partial"
-    "Canon:MeteringMode:5""Center-weighted average""Canon:MinAperture""Min Aperture"
-    "Canon:MinFocalLength""Min Focal Length""Canon:MiniatureFilter""Miniature Filter"
-    "Canon:MiniatureFilter:-1""Canon:MiniatureFilterOrientation""Miniature Filter Orientation"
-    "Canon:MiniatureFilterOrientation:0""Horizontal""Canon:MiniatureFilterOrientation:1""Vertical"
-    "Canon:MiniatureFilterParameter""Miniature Filter Parameter""Canon:MiniatureFilterPosition"
-    "Miniature Filter Position""Canon:ModifiedColorTemp""Modified Color Temp"
-    "Canon:ModifiedDigitalGain""Modified Digital Gain""Canon:ModifiedParamFlag""Modified Param Flag"
-    "Canon:ModifiedPictureStyle""Modified Picture Style""Canon:ModifiedPictureStyle:0"
-    "Canon:ModifiedPictureStyle:1""Canon:ModifiedPictureStyle:129""Canon:ModifiedPictureStyle:130"
-    "Canon:ModifiedPictureStyle:131""Canon:ModifiedPictureStyle:132""Canon:ModifiedPictureStyle:133"
-    "Canon:ModifiedPictureStyle:134""Canon:ModifiedPictureStyle:135""Canon:ModifiedPictureStyle:136"
-    "Fine Detail""Canon:ModifiedPictureStyle:2""Canon:ModifiedPictureStyle:255"
-    "Canon:ModifiedPictureStyle:3""High Saturation""Canon:ModifiedPictureStyle:33""User Def. 1"
-    "Canon:ModifiedPictureStyle:34""User Def. 2""Canon:ModifiedPictureStyle:35""User Def. 3"
-    "Canon:ModifiedPictureStyle:4""Canon:ModifiedPictureStyle:5""Low Saturation"
-    "Canon:ModifiedPictureStyle:6""CM Set 1""Canon:ModifiedPictureStyle:65""PC 1"
-    "Canon:ModifiedPictureStyle:65535""Canon:ModifiedPictureStyle:66""PC 2"
-    "Canon:ModifiedPictureStyle:67""PC 3""Canon:ModifiedPictureStyle:7""CM Set 2"
-    "Canon:ModifiedSensorBlueLevel""Modified Sensor Blue Level""Canon:ModifiedSensorRedLevel"
-    "Modified Sensor Red Level""Canon:ModifiedSharpness""Modified Sharpness"
-    "Canon:ModifiedSharpnessFreq""Modified Sharpness Freq""Canon:ModifiedSharpnessFreq:0"
-    "Canon:ModifiedSharpnessFreq:1""Lowest""Canon:ModifiedSharpnessFreq:2"
-    "Canon:ModifiedSharpnessFreq:3""Canon:ModifiedSharpnessFreq:4""Canon:ModifiedSharpnessFreq:5"
-    "Highest""Canon:ModifiedToneCurve""Modified Tone Curve""Canon:ModifiedToneCurve:0"
-    "Canon:ModifiedToneCurve:1""Canon:ModifiedToneCurve:2""Custom""Canon:ModifiedWhiteBalance"
-    "Modified White Balance""Canon:ModifiedWhiteBalance:0""Canon:ModifiedWhiteBalance:1""Daylight"
-    "Canon:ModifiedWhiteBalance:10""PC Set1""Canon:ModifiedWhiteBalance:11""PC Set2"
-    "Canon:ModifiedWhiteBalance:12""PC Set3""Canon:ModifiedWhiteBalance:14""Daylight Fluorescent"
-    "Canon:ModifiedWhiteBalance:15""Custom 1""Canon:ModifiedWhiteBalance:16""Custom 2"
-    "Canon:ModifiedWhiteBalance:17""Canon:ModifiedWhiteBalance:18""Custom 3"
-    "Canon:ModifiedWhiteBalance:19""Custom 4""Canon:ModifiedWhiteBalance:2""Cloudy"
-    "Canon:ModifiedWhiteBalance:20""PC Set4""Canon:ModifiedWhiteBalance:21""PC Set5"
-    "Canon:ModifiedWhiteBalance:23""Auto (ambience priority)""Canon:ModifiedWhiteBalance:3"
-    "Tungsten""Canon:ModifiedWhiteBalance:4""Fluorescent""Canon:ModifiedWhiteBalance:5"
-    "Canon:ModifiedWhiteBalance:6""Canon:ModifiedWhiteBalance:7""Canon:ModifiedWhiteBalance:8"
-    "Shade""Canon:ModifiedWhiteBalance:9""Manual Temperature (Kelvin)"
-    "Canon:ModifiedWhiteBalanceBlue""Modified White Balance Blue""Canon:ModifiedWhiteBalanceRed"
-    "Modified White Balance Red""Canon:MultiExposure""Multi Exposure""Canon:MultiExposure:0"
-    "Canon:MultiExposure:1""Canon:MultiExposure:2""On (RAW)""Canon:MultiExposureControl"
-    "Multi Exposure Control""Canon:MultiExposureControl:0""Additive""Canon:MultiExposureControl:1"
-    "Canon:MultiExposureControl:2""Bright (comparative)""Canon:MultiExposureControl:3"
-    "Dark (comparative)""Canon:MultiExposureShots""Multi Exposure Shots""Canon:MyColorMode"
-    "My Color Mode""Canon:MyColorMode:0""Canon:MyColorMode:1""Positive Film""Canon:MyColorMode:12"
-    "Canon:MyColorMode:13""Canon:MyColorMode:14""Canon:MyColorMode:15""B&W""Canon:MyColorMode:2"
-    "Light Skin Tone""Canon:MyColorMode:3""Dark Skin Tone""Canon:MyColorMode:4""Vivid Blue"
-    "Canon:MyColorMode:5""Vivid Green""Canon:MyColorMode:6""Vivid Red""Canon:MyColorMode:7"
-    "Canon:MyColorMode:8""Canon:MyColorMode:9""Canon:NDFilter""ND Filter""Canon:NDFilter:-1"
-    "Canon:NDFilter:0""Canon:NDFilter:1""Canon:NormalWhiteLevel""Normal White Level"
-    "Canon:NumAFPoints""Num AF Points""Canon:OneShotAFRelease""One Shot AF Release"
-    "Canon:OneShotAFRelease:0""Canon:OneShotAFRelease:1""Canon:OpticalZoomCode""Optical Zoom Code"
-    "Canon:OrientationLinkedAF""Orientation Linked AF""Canon:OrientationLinkedAF:0"
-    "Same for Vert/Horiz Points""Canon:OrientationLinkedAF:1""Separate Vert/Horiz Points"
-    "Canon:OrientationLinkedAF:2""Separate Area+Points""Canon:OriginalDecisionDataOffset"
-    "Original Decision Data Offset""Canon:OriginalImageHeight""Original Image Height"
-    "Canon:OriginalImageWidth""Original Image Width""Canon:OwnerName""Owner Name"
-    "Canon:PaintingFilter""Painting Filter""Canon:PaintingFilter:-1""Canon:PanoramaDirection"
-    "Panorama Direction""Canon:PanoramaDirection:0""Left to Right""Canon:PanoramaDirection:1"
-    "Right to Left""Canon:PanoramaDirection:2""Bottom to Top""Canon:PanoramaDirection:3"
-    "Top to Bottom""Canon:PanoramaDirection:4""2x2 Matrix (Clockwise)""Canon:PanoramaFrameNumber"
-    "Panorama Frame Number""Canon:PerChannelBlackLevel""Per Channel Black Level"
-    "Canon:PeripheralIlluminationCorr""Peripheral Illumination Corr"
-    "Canon:PeripheralIlluminationCorr:0""Canon:PeripheralIlluminationCorr:1"
-    "Canon:PeripheralLighting""Peripheral Lighting""Canon:PeripheralLighting:0"
-    "Canon:PeripheralLighting:1""Canon:PeripheralLightingSetting""Peripheral Lighting Setting"
-    "Canon:PeripheralLightingSetting:0""Canon:PeripheralLightingSetting:1"
-    "Canon:PeripheralLightingValue""Peripheral Lighting Value""Canon:PhotoEffect""Photo Effect"
-    "Canon:PhotoEffect:0""Canon:PhotoEffect:1""Canon:PhotoEffect:100""My Color Data"
-    "Canon:PhotoEffect:2""Canon:PhotoEffect:3""Smooth""Canon:PhotoEffect:4""Canon:PhotoEffect:5"
-    "Canon:PhotoEffect:6""Canon:PictureStyle""Picture Style""Canon:PictureStyle:0"
-    "Canon:PictureStyle:1""Canon:PictureStyle:129""Canon:PictureStyle:130""Canon:PictureStyle:131"
-    "Canon:PictureStyle:132""Canon:PictureStyle:133""Canon:PictureStyle:134""Canon:PictureStyle:135"
-    "Canon:PictureStyle:136""Canon:PictureStyle:2""Canon:PictureStyle:255""Canon:PictureStyle:3"
-    "Canon:PictureStyle:33""Canon:PictureStyle:34""Canon:PictureStyle:35""Canon:PictureStyle:4"
-    "Canon:PictureStyle:5""Canon:PictureStyle:6""Canon:PictureStyle:65""Canon:PictureStyle:65535"
-    "Canon:PictureStyle:66""Canon:PictureStyle:67""Canon:PictureStyle:7""Canon:PictureStylePC"
-    "Picture Style PC""Canon:PictureStylePC:0""Canon:PictureStylePC:1""Canon:PictureStylePC:129"
-    "Canon:PictureStylePC:130""Canon:PictureStylePC:131""Canon:PictureStylePC:132"
-    "Canon:PictureStylePC:133""Canon:PictureStylePC:134""Canon:PictureStylePC:135"
-    "Canon:PictureStylePC:136""Canon:PictureStylePC:2""Canon:PictureStylePC:255"
-    "Canon:PictureStylePC:3""Canon:PictureStylePC:33""Canon:PictureStylePC:34"
-    "Canon:PictureStylePC:35""Canon:PictureStylePC:4""Canon:PictureStylePC:5"
-    "Canon:PictureStylePC:6""Canon:PictureStylePC:65""Canon:PictureStylePC:65535"
-    "Canon:PictureStylePC:66""Canon:PictureStylePC:67""Canon:PictureStylePC:7"
-    "Canon:PictureStyleUserDef""Picture Style User Def""Canon:PictureStyleUserDef:0"
-    "Canon:PictureStyleUserDef:1""Canon:PictureStyleUserDef:129""Canon:PictureStyleUserDef:130"
-    "Canon:PictureStyleUserDef:131""Canon:PictureStyleUserDef:132""Canon:PictureStyleUserDef:133"
-    "Canon:PictureStyleUserDef:134""Canon:PictureStyleUserDef:135""Canon:PictureStyleUserDef:136"
-    "Canon:PictureStyleUserDef:2""Canon:PictureStyleUserDef:255""Canon:PictureStyleUserDef:3"
-    "Canon:PictureStyleUserDef:33""Canon:PictureStyleUserDef:34""Canon:PictureStyleUserDef:35"
-    "Canon:PictureStyleUserDef:4""Canon:PictureStyleUserDef:5""Canon:PictureStyleUserDef:6"
-    "Canon:PictureStyleUserDef:65""Canon:PictureStyleUserDef:65535""Canon:PictureStyleUserDef:66"
-    "Canon:PictureStyleUserDef:67""Canon:PictureStyleUserDef:7""Canon:PreviewImageHeight"
-    "Canon:PreviewImageLength""Preview Image Length""Canon:PreviewImageStart""Preview Image Start"
-    "Canon:PreviewImageWidth""Canon:PreviewQuality""Canon:PreviewQuality:-1""Canon:PreviewQuality:1"
-    "Economy""Canon:PreviewQuality:130""Light (RAW)""Canon:PreviewQuality:131""Standard (RAW)"
-    "Canon:PreviewQuality:2""Canon:PreviewQuality:3""Fine""Canon:PreviewQuality:4"
-    "Canon:PreviewQuality:5""Superfine""Canon:PreviewQuality:7""CRAW""Canon:PrimaryAFPoint"
-    "Primary AF Point""Canon:Quality""Canon:Quality:-1""Canon:Quality:1""Canon:Quality:130"
-    "Canon:Quality:131""Canon:Quality:2""Canon:Quality:3""Canon:Quality:4""Canon:Quality:5"
-    "Canon:Quality:7""Canon:RFLensType""RF Lens Type""Canon:RFLensType:0""Canon:RFLensType:257"
-    "Canon RF 50mm F1.2L USM""Canon:RFLensType:258""Canon:RFLensType:259""Canon:RFLensType:260"
-    "Canon:RFLensType:261""Canon:RFLensType:262""Canon:RFLensType:263""Canon:RFLensType:264"
-    "Canon:RFLensType:265""Canon:RFLensType:266""Canon:RFLensType:267""Canon:RFLensType:268"
-    "Canon:RFLensType:269""Canon:RFLensType:270""Canon:RFLensType:271""Canon:RFLensType:272"
-    "Canon:RFLensType:273""Canon:RFLensType:274""Canon:RFLensType:275""Canon:RFLensType:276"
-    "Canon:RFLensType:277""Canon:RFLensType:278""Canon:RFLensType:279""Canon:RFLensType:280"
-    "Canon:RFLensType:281""Canon:RFLensType:282""Canon:RFLensType:283""Canon:RFLensType:284"
-    "Canon:RFLensType:285""Canon:RFLensType:286""Canon:RFLensType:287""Canon:RFLensType:288"
-    "Canon:RFLensType:289""Canon:RFLensType:290""Canon:RFLensType:291""Canon:RFLensType:292"
-    "Canon:RFLensType:293""Canon:RFLensType:294""Canon:RFLensType:295""Canon:RFLensType:296"
-    "Canon:RFLensType:297""Canon:RFLensType:298""Canon:RFLensType:299""Canon:RFLensType:300"
-    "Canon:RFLensType:301""Canon:RFLensType:302""Canon:RFLensType:303""Canon:RFLensType:304"
-    "Canon:RFLensType:305""Canon:RFLensType:306""Canon:RFLensType:307""Canon:RFLensType:308"
-    "Canon:RFLensType:312""Canon:RFLensType:313""Canon:RawBurstImageCount""Raw Burst Image Count"
-    "Canon:RawBurstImageNum""Raw Burst Image Num""Canon:RawDataLength""Raw Data Length"
-    "Canon:RawDataOffset""Raw Data Offset""Canon:RawJpgQuality""Raw Jpg Quality"
-    "Canon:RawJpgQuality:-1""Canon:RawJpgQuality:1""Canon:RawJpgQuality:130"
-    "Canon:RawJpgQuality:131""Canon:RawJpgQuality:2""Canon:RawJpgQuality:3""Canon:RawJpgQuality:4"
-    "Canon:RawJpgQuality:5""Canon:RawJpgQuality:7""Canon:RawJpgSize""Raw Jpg Size"
-    "Canon:RawJpgSize:-1""Canon:RawJpgSize:0""Canon:RawJpgSize:1""Canon:RawJpgSize:10"
-    "Canon:RawJpgSize:128""Canon:RawJpgSize:129""Canon:RawJpgSize:130""Canon:RawJpgSize:137"
-    "Canon:RawJpgSize:14""Canon:RawJpgSize:142""Canon:RawJpgSize:143""Canon:RawJpgSize:15"
-    "Canon:RawJpgSize:16""Canon:RawJpgSize:2""Canon:RawJpgSize:5""Canon:RawJpgSize:6"
-    "Canon:RawJpgSize:7""Canon:RawJpgSize:8""Canon:RawJpgSize:9""Canon:RawMeasuredRGGB"
-    "Raw Measured RGGB""Canon:RecordMode""Record Mode""Canon:RecordMode:1""Canon:RecordMode:10""MP4"
-    "Canon:RecordMode:11""CRM""Canon:RecordMode:12""CR3""Canon:RecordMode:13""CR3+JPEG"
-    "Canon:RecordMode:14""HIF""Canon:RecordMode:15""CR3+HIF""Canon:RecordMode:2""CRW+THM"
-    "Canon:RecordMode:3""AVI+THM""Canon:RecordMode:4""TIF""Canon:RecordMode:5""TIF+JPEG"
-    "Canon:RecordMode:6""CR2""Canon:RecordMode:7""CR2+JPEG""Canon:RecordMode:9""MOV""Canon:Rotation"
-    "Canon:SRAWQuality""SRAW Quality""Canon:SRAWQuality:0""Canon:SRAWQuality:1""sRAW1 (mRAW)"
-    "Canon:SRAWQuality:2""sRAW2 (sRAW)""Canon:Saturation""Canon:Saturation:0""Canon:SaturationAuto"
-    "Saturation Auto""Canon:SaturationAuto:-559038737""Canon:SaturationFaithful"
-    "Saturation Faithful""Canon:SaturationFaithful:-559038737""Canon:SaturationLandscape"
-    "Saturation Landscape""Canon:SaturationLandscape:-559038737""Canon:SaturationMonochrome"
-    "Saturation Monochrome""Canon:SaturationMonochrome:-559038737""Canon:SaturationNeutral"
-    "Saturation Neutral""Canon:SaturationNeutral:-559038737""Canon:SaturationPortrait"
-    "Saturation Portrait""Canon:SaturationPortrait:-559038737""Canon:SaturationStandard"
-    "Saturation Standard""Canon:SaturationStandard:-559038737""Canon:SaturationUserDef1"
-    "Saturation User Def 1""Canon:SaturationUserDef1:-559038737""Canon:SaturationUserDef2"
-    "Saturation User Def 2""Canon:SaturationUserDef2:-559038737""Canon:SaturationUserDef3"
-    "Saturation User Def 3""Canon:SaturationUserDef3:-559038737""Canon:SelectAFAreaSelectionMode"
-    "Select AF Area Selection Mode""Canon:SelectAFAreaSelectionMode:1"
-    "Canon:SelectAFAreaSelectionMode:16""Canon:SelectAFAreaSelectionMode:2"
-    "Canon:SelectAFAreaSelectionMode:32""Canon:SelectAFAreaSelectionMode:4"
-    "Canon:SelectAFAreaSelectionMode:8""Canon:SelfTimer""Self Timer""Canon:SelfTimer2""Self Timer 2"
-    "Canon:SensorBlueLevel""Sensor Blue Level""Canon:SensorBottomBorder""Sensor Bottom Border"
-    "Canon:SensorHeight""Sensor Height""Canon:SensorLeftBorder""Sensor Left Border"
-    "Canon:SensorRedLevel""Sensor Red Level""Canon:SensorRightBorder""Sensor Right Border"
-    "Canon:SensorTopBorder""Sensor Top Border""Canon:SensorWidth""Sensor Width"
-    "Canon:SequenceNumber""Shot Number In Continuous Burst""Canon:SerialNumber"
-    "Canon:SerialNumberFormat""Serial Number Format""Canon:SerialNumberFormat:2415919104""Format 1"
-    "Canon:SerialNumberFormat:2684354560""Format 2""Canon:Sharpness""Canon:SharpnessAuto"
-    "Sharpness Auto""Canon:SharpnessAuto:-559038737""Canon:SharpnessFaithful""Sharpness Faithful"
-    "Canon:SharpnessFaithful:-559038737""Canon:SharpnessFreqTable""Sharpness Freq Table"
-    "Canon:SharpnessFrequency""Sharpness Frequency""Canon:SharpnessFrequency:0"
-    "Canon:SharpnessFrequency:1""Canon:SharpnessFrequency:2""Canon:SharpnessFrequency:3"
-    "Canon:SharpnessFrequency:4""Canon:SharpnessFrequency:5""Canon:SharpnessLandscape"
-    "Sharpness Landscape""Canon:SharpnessLandscape:-559038737""Canon:SharpnessMonochrome"
-    "Sharpness Monochrome""Canon:SharpnessMonochrome:-559038737""Canon:SharpnessNeutral"
-    "Sharpness Neutral""Canon:SharpnessNeutral:-559038737""Canon:SharpnessPortrait"
-    "Sharpness Portrait""Canon:SharpnessPortrait:-559038737""Canon:SharpnessStandard"
-    "Sharpness Standard""Canon:SharpnessStandard:-559038737""Canon:SharpnessTable""Sharpness Table"
-    "Canon:SharpnessUserDef1""Sharpness User Def 1""Canon:SharpnessUserDef1:-559038737"
-    "Canon:SharpnessUserDef2""Sharpness User Def 2""Canon:SharpnessUserDef2:-559038737"
-    "Canon:SharpnessUserDef3""Sharpness User Def 3""Canon:SharpnessUserDef3:-559038737"
-    "Canon:ShortOwnerName""Short Owner Name""Canon:ShutterCount""Shutter Count""Canon:ShutterMode"
-    "Shutter Mode""Canon:ShutterMode:0""Mechanical""Canon:ShutterMode:1""Electronic First Curtain"
-    "Canon:ShutterMode:2""Electronic""Canon:SlowShutter""Slow Shutter""Canon:SlowShutter:-1"
-    "Canon:SlowShutter:0""Canon:SlowShutter:1""Canon:SlowShutter:2""Canon:SlowShutter:3"
-    "Canon:SoftFocusFilter""Soft Focus Filter""Canon:SoftFocusFilter:-1""Canon:SpecularWhiteLevel"
-    "Specular White Level""Canon:SpotMeteringMode""Spot Metering Mode""Canon:SpotMeteringMode:0"
-    "Canon:SpotMeteringMode:1""Canon:SuperMacro""Canon:SuperMacro:0""Canon:SuperMacro:1""On (1)"
-    "Canon:SuperMacro:2""Canon:TargetAperture""Target Aperture""Canon:TargetExposureTime"
-    "Target Exposure Time""Canon:ThumbnailImage""Canon:ThumbnailImageValidArea"
-    "Thumbnail Image Valid Area""Canon:TimeStamp""Time Stamp""Canon:TimeStamp1""Time Stamp 1"
-    "Canon:TimeZone""Time Zone""Canon:TimeZoneCity""Time Zone City""Canon:TimeZoneCity:0"
-    "Canon:TimeZoneCity:1""Chatham Islands""Canon:TimeZoneCity:10""Dhaka""Canon:TimeZoneCity:11"
-    "Kathmandu""Canon:TimeZoneCity:12""Delhi""Canon:TimeZoneCity:13""Karachi""Canon:TimeZoneCity:14"
-    "Kabul""Canon:TimeZoneCity:15""Dubai""Canon:TimeZoneCity:16""Tehran""Canon:TimeZoneCity:17"
-    "Moscow""Canon:TimeZoneCity:18""Cairo""Canon:TimeZoneCity:19""Paris""Canon:TimeZoneCity:2"
-    "Wellington""Canon:TimeZoneCity:20""London""Canon:TimeZoneCity:21""Azores"
-    "Canon:TimeZoneCity:22""Fernando de Noronha""Canon:TimeZoneCity:23""Sao Paulo"
-    "Canon:TimeZoneCity:24""Newfoundland""Canon:TimeZoneCity:25""Santiago""Canon:TimeZoneCity:26"
-    "Caracas""Canon:TimeZoneCity:27""New York""Canon:TimeZoneCity:28""Chicago"
-    "Canon:TimeZoneCity:29""Denver""Canon:TimeZoneCity:3""Solomon Islands""Canon:TimeZoneCity:30"
-    "Los Angeles""Canon:TimeZoneCity:31""Anchorage""Canon:TimeZoneCity:32""Honolulu"
-    "Canon:TimeZoneCity:32766""(not set)""Canon:TimeZoneCity:33""Samoa""Canon:TimeZoneCity:4"
-    "Sydney""Canon:TimeZoneCity:5""Adelaide""Canon:TimeZoneCity:6""Tokyo""Canon:TimeZoneCity:7"
-    "Hong Kong""Canon:TimeZoneCity:8""Bangkok""Canon:TimeZoneCity:9""Yangon""Canon:ToneCurve"
-    "Tone Curve""Canon:ToneCurve:0""Canon:ToneCurve:1""Canon:ToneCurve:2""Canon:ToneCurveMatching"
-    "Tone Curve Matching""Canon:ToneCurveTable""Tone Curve Table""Canon:ToningEffect""Toning Effect"
-    "Canon:ToningEffect:0""Canon:ToningEffect:1""Canon:ToningEffect:2""Blue""Canon:ToningEffect:3"
-    "Purple""Canon:ToningEffect:4""Canon:ToningEffectAuto""Toning Effect Auto"
-    "Canon:ToningEffectAuto:-559038737""Canon:ToningEffectAuto:0""Canon:ToningEffectAuto:1"
-    "Canon:ToningEffectAuto:2""Canon:ToningEffectAuto:3""Canon:ToningEffectAuto:4"
-    "Canon:ToningEffectFaithful""Toning Effect Faithful""Canon:ToningEffectFaithful:-559038737"
-    "Canon:ToningEffectLandscape""Toning Effect Landscape""Canon:ToningEffectLandscape:-559038737"
-    "Canon:ToningEffectMonochrome""Toning Effect Monochrome"
-    "Canon:ToningEffectMonochrome:-559038737""Canon:ToningEffectMonochrome:0"
-    "Canon:ToningEffectMonochrome:1""Canon:ToningEffectMonochrome:2""Canon:ToningEffectMonochrome:3"
-    "Canon:ToningEffectMonochrome:4""Canon:ToningEffectNeutral""Toning Effect Neutral"
-    "Canon:ToningEffectNeutral:-559038737""Canon:ToningEffectPortrait""Toning Effect Portrait"
-    "Canon:ToningEffectPortrait:-559038737""Canon:ToningEffectStandard""Toning Effect Standard"
-    "Canon:ToningEffectStandard:-559038737""Canon:ToningEffectUserDef1""Toning Effect User Def 1"
-    "Canon:ToningEffectUserDef1:-559038737""Canon:ToningEffectUserDef1:0"
-    "Canon:ToningEffectUserDef1:1""Canon:ToningEffectUserDef1:2""Canon:ToningEffectUserDef1:3"
-    "Canon:ToningEffectUserDef1:4""Canon:ToningEffectUserDef2""Toning Effect User Def 2"
-    "Canon:ToningEffectUserDef2:-559038737""Canon:ToningEffectUserDef2:0"
-    "Canon:ToningEffectUserDef2:1""Canon:ToningEffectUserDef2:2""Canon:ToningEffectUserDef2:3"
-    "Canon:ToningEffectUserDef2:4""Canon:ToningEffectUserDef3""Toning Effect User Def 3"
-    "Canon:ToningEffectUserDef3:-559038737""Canon:ToningEffectUserDef3:0"
-    "Canon:ToningEffectUserDef3:1""Canon:ToningEffectUserDef3:2""Canon:ToningEffectUserDef3:3"
-    "Canon:ToningEffectUserDef3:4""Canon:ToyCameraFilter""Toy Camera Filter"
-    "Canon:ToyCameraFilter:-1""Canon:USMLensElectronicMF""USM Lens Electronic MF"
-    "Canon:USMLensElectronicMF:0""Enable After AF""Canon:USMLensElectronicMF:1""Disable After AF"
-    "Canon:USMLensElectronicMF:2""Disable in AF Mode""Canon:Unknown_CNDB""Unknown CNDB"
-    "Canon:UserDef1PictureStyle""User Def 1 Picture Style""Canon:UserDef1PictureStyle:129"
-    "Canon:UserDef1PictureStyle:130""Canon:UserDef1PictureStyle:131""Canon:UserDef1PictureStyle:132"
-    "Canon:UserDef1PictureStyle:133""Canon:UserDef1PictureStyle:134""Canon:UserDef1PictureStyle:135"
-    "Canon:UserDef1PictureStyle:65""Canon:UserDef1PictureStyle:66""Canon:UserDef1PictureStyle:67"
-    "Canon:UserDef2PictureStyle""User Def 2 Picture Style""Canon:UserDef2PictureStyle:129"
-    "Canon:UserDef2PictureStyle:130""Canon:UserDef2PictureStyle:131""Canon:UserDef2PictureStyle:132"
-    "Canon:UserDef2PictureStyle:133""Canon:UserDef2PictureStyle:134""Canon:UserDef2PictureStyle:135"
-    "Canon:UserDef2PictureStyle:65""Canon:UserDef2PictureStyle:66""Canon:UserDef2PictureStyle:67"
-    "Canon:UserDef3PictureStyle""User Def 3 Picture Style""Canon:UserDef3PictureStyle:129"
-    "Canon:UserDef3PictureStyle:130""Canon:UserDef3PictureStyle:131""Canon:UserDef3PictureStyle:132"
-    "Canon:UserDef3PictureStyle:133""Canon:UserDef3PictureStyle:134""Canon:UserDef3PictureStyle:135"
-    "Canon:UserDef3PictureStyle:65""Canon:UserDef3PictureStyle:66""Canon:UserDef3PictureStyle:67"
-    "Canon:VFDisplayIllumination""VF Display Illumination""Canon:VFDisplayIllumination:0"
-    "Canon:VFDisplayIllumination:1""Canon:VFDisplayIllumination:2""Canon:VRDOffset""VRD Offset"
-    "Canon:ValidAFPoints""Valid AF Points""Canon:VideoCodec""Video Codec"
-    "Canon:VignettingCorrVersion""Vignetting Corr Version""Canon:WBBracketMode""WB Bracket Mode"
-    "Canon:WBBracketMode:0""Canon:WBBracketMode:1""On (shift AB)""Canon:WBBracketMode:2"
-    "On (shift GM)""Canon:WBBracketValueAB""WB Bracket Value AB""Canon:WBBracketValueGM"
-    "WB Bracket Value GM""Canon:WBShiftAB""WB Shift AB""Canon:WBShiftGM""WB Shift GM"
-    "Canon:WB_GRBGLevelsAuto""WB GRBG Levels Auto""Canon:WB_GRBGLevelsCloudy""WB GRBG Levels Cloudy"
-    "Canon:WB_GRBGLevelsCustom1""WB GRBG Levels Custom 1""Canon:WB_GRBGLevelsCustom2"
-    "WB GRBG Levels Custom 2""Canon:WB_GRBGLevelsDaylight""WB GRBG Levels Daylight"
-    "Canon:WB_GRBGLevelsFlash""WB GRBG Levels Flash""Canon:WB_GRBGLevelsFluorHigh"
-    "WB GRBG Levels Fluor High""Canon:WB_GRBGLevelsFluorescent""WB GRBG Levels Fluorescent"
-    "Canon:WB_GRBGLevelsTungsten""WB GRBG Levels Tungsten""Canon:WB_GRBGLevelsUnderwater"
-    "WB GRBG Levels Underwater""Canon:WB_RGGBBlackLevels""WB RGGB Black Levels"
-    "Canon:WB_RGGBLevelsAsShot""WB RGGB Levels As Shot""Canon:WB_RGGBLevelsAuto"
-    "WB RGGB Levels Auto""Canon:WB_RGGBLevelsCloudy""WB RGGB Levels Cloudy"
-    "Canon:WB_RGGBLevelsCustom""WB RGGB Levels Custom""Canon:WB_RGGBLevelsCustom1"
-    "WB RGGB Levels Custom 1""Canon:WB_RGGBLevelsCustom2""WB RGGB Levels Custom 2"
-    "Canon:WB_RGGBLevelsDaylight""WB RGGB Levels Daylight""Canon:WB_RGGBLevelsFlash"
-    "WB RGGB Levels Flash""Canon:WB_RGGBLevelsFluorescent""WB RGGB Levels Fluorescent"
-    "Canon:WB_RGGBLevelsKelvin""WB RGGB Levels Kelvin""Canon:WB_RGGBLevelsMeasured"
-    "WB RGGB Levels Measured""Canon:WB_RGGBLevelsPC1""WB RGGB Levels PC1""Canon:WB_RGGBLevelsPC2"
-    "WB RGGB Levels PC2""Canon:WB_RGGBLevelsPC3""WB RGGB Levels PC3""Canon:WB_RGGBLevelsShade"
-    "WB RGGB Levels Shade""Canon:WB_RGGBLevelsTungsten""WB RGGB Levels Tungsten"
-    "Canon:WB_RGGBLevelsUnknown""WB RGGB Levels Unknown""Canon:WB_RGGBLevelsUnknown10"
-    "WB RGGB Levels Unknown 10""Canon:WB_RGGBLevelsUnknown11""WB RGGB Levels Unknown 11"
-    "Canon:WB_RGGBLevelsUnknown12""WB RGGB Levels Unknown 12""Canon:WB_RGGBLevelsUnknown13"
-    "WB RGGB Levels Unknown 13""Canon:WB_RGGBLevelsUnknown14""WB RGGB Levels Unknown 14"
-    "Canon:WB_RGGBLevelsUnknown15""WB RGGB Levels Unknown 15""Canon:WB_RGGBLevelsUnknown16"
-    "WB RGGB Levels Unknown 16""Canon:WB_RGGBLevelsUnknown17""WB RGGB Levels Unknown 17"
-    "Canon:WB_RGGBLevelsUnknown18""WB RGGB Levels Unknown 18""Canon:WB_RGGBLevelsUnknown19"
-    "WB RGGB Levels Unknown 19""Canon:WB_RGGBLevelsUnknown2""WB RGGB Levels Unknown 2"
-    "Canon:WB_RGGBLevelsUnknown20""WB RGGB Levels Unknown 20""Canon:WB_RGGBLevelsUnknown21"
-    "WB RGGB Levels Unknown 21""Canon:WB_RGGBLevelsUnknown22""WB RGGB Levels Unknown 22"
-    "Canon:WB_RGGBLevelsUnknown23""WB RGGB Levels Unknown 23""Canon:WB_RGGBLevelsUnknown24"
-    "WB RGGB Levels Unknown 24""Canon:WB_RGGBLevelsUnknown25""WB RGGB Levels Unknown 25"
-    "Canon:WB_RGGBLevelsUnknown26""WB RGGB Levels Unknown 26""Canon:WB_RGGBLevelsUnknown27"
-    "WB RGGB Levels Unknown 27""Canon:WB_RGGBLevelsUnknown28""WB RGGB Levels Unknown 28"
-    "Canon:WB_RGGBLevelsUnknown29""WB RGGB Levels Unknown 29""Canon:WB_RGGBLevelsUnknown3"
-    "WB RGGB Levels Unknown 3""Canon:WB_RGGBLevelsUnknown30""WB RGGB Levels Unknown 30"
-    "Canon:WB_RGGBLevelsUnknown4""WB RGGB Levels Unknown 4""Canon:WB_RGGBLevelsUnknown5"
-    "WB RGGB Levels Unknown 5""Canon:WB_RGGBLevelsUnknown6""WB RGGB Levels Unknown 6"
-    "Canon:WB_RGGBLevelsUnknown7""WB RGGB Levels Unknown 7""Canon:WB_RGGBLevelsUnknown8"
-    "WB RGGB Levels Unknown 8""Canon:WB_RGGBLevelsUnknown9""WB RGGB Levels Unknown 9"
-    "Canon:WatercolorFilter""Watercolor Filter""Canon:WatercolorFilter:-1""Canon:WhiteBalance"
-    "White Balance""Canon:WhiteBalance:0""Canon:WhiteBalance:1""Canon:WhiteBalance:10"
-    "Canon:WhiteBalance:11""Canon:WhiteBalance:12""Canon:WhiteBalance:14""Canon:WhiteBalance:15"
-    "Canon:WhiteBalance:16""Canon:WhiteBalance:17""Canon:WhiteBalance:18""Canon:WhiteBalance:19"
-    "Canon:WhiteBalance:2""Canon:WhiteBalance:20""Canon:WhiteBalance:21""Canon:WhiteBalance:23"
-    "Canon:WhiteBalance:3""Canon:WhiteBalance:4""Canon:WhiteBalance:5""Canon:WhiteBalance:6"
-    "Canon:WhiteBalance:7""Canon:WhiteBalance:8""Canon:WhiteBalance:9""Canon:WhiteBalanceBlue"
-    "White Balance Blue""Canon:WhiteBalanceMatching""White Balance Matching""Canon:WhiteBalanceRed"
-    "White Balance Red""Canon:WhiteBalanceTable""White Balance Table""Canon:ZoomSourceWidth"
-    "Zoom Source Width""Canon:ZoomTargetWidth""Zoom Target Width""未知""90° CCW (右/上)""180° (底/右)"
-    "90° CW (左/底)""图像取向""0° (上/左)""快门优先""光圈优先""手动""自动""色温""对比度""标准""未设置""数码变焦""风景""夜景""人物""闪光补偿""焦距"
-    "自动HDR""关""高ISO降噪""弱""长时间曝光降噪""开""镜头光圈最大值""测量方式""点测光""平均""部分测光""中央重点""太阳光""阴天""荧光""阴影""标准画质""精细"
-    "记录模式""饱和度""锐度""白平衡""日光色荧光灯""自定义1""自定义2""自定义3""自定义4""白炽灯""自定义""黑白""Valeur du braquet AEB"
-    "Réglage d'exposition automatique""Exposition automatique normale""Compensations d'exposition"
+    "Canon:ColorDataVersion:11" "11 (7DmkII/750D/760D/8000D)" "Canon:ColorDataVersion:12"
+    "12 (1DXmkII/5DS/5DSR)" "Canon:ColorDataVersion:13" "13 (80D/5DmkIV)"
+    "Canon:ColorDataVersion:14" "14 (1300D/2000D/4000D)" "Canon:ColorDataVersion:15"
+    "15 (6DmkII/77D/200D/800D,9000D)" "Canon:ColorDataVersion:16" "16 (M50)"
+    "Canon:ColorDataVersion:17" "17 (EOS R)" "Canon:ColorDataVersion:18" "18 (EOS RP/250D)"
+    "Canon:ColorDataVersion:19" "19 (90D/850D/M6mkII/M200)" "Canon:ColorDataVersion:2" "2 (1DmkIII)"
+    "Canon:ColorDataVersion:3" "3 (40D)" "Canon:ColorDataVersion:32" "32 (1DXmkIII)"
+    "Canon:ColorDataVersion:33" "33 (R5/R6)" "Canon:ColorDataVersion:34" "34 (R3)"
+    "Canon:ColorDataVersion:4" "4 (1DSmkIII)" "Canon:ColorDataVersion:48" "48 (R7, R10, R6 Mark II)"
+    "Canon:ColorDataVersion:5" "5 (450D/1000D)" "Canon:ColorDataVersion:6" "6 (50D/5DmkII)"
+    "Canon:ColorDataVersion:7" "7 (500D/550D/7D/1DmkIV)" "Canon:ColorDataVersion:9" "9 (60D/1100D)"
+    "Canon:ColorMatrix" "Color Matrix" "Canon:ColorMatrix:0" "EOS Original" "Canon:ColorMatrix:1"
+    "Canon:ColorSpace" "Canon:ColorSpace2" "Color Space 2" "Canon:ColorSpace2:0" "BT.709"
+    "Canon:ColorSpace2:1" "BT.2020" "Canon:ColorSpace2:2" "CinemaGamut" "Canon:ColorSpace:1" "sRGB"
+    "Canon:ColorSpace:2" "Adobe RGB" "Canon:ColorSpace:65535" "Canon:ColorTempAsShot"
+    "Color Temp As Shot" "Canon:ColorTempAuto" "Color Temp Auto" "Canon:ColorTempCloudy"
+    "Color Temp Cloudy" "Canon:ColorTempCustom" "Color Temp Custom" "Canon:ColorTempCustom1"
+    "Color Temp Custom 1" "Canon:ColorTempCustom2" "Color Temp Custom 2" "Canon:ColorTempDaylight"
+    "Color Temp Daylight" "Canon:ColorTempFlash" "Color Temp Flash" "Canon:ColorTempFlashData"
+    "Color Temp Flash Data" "Canon:ColorTempFluorescent" "Color Temp Fluorescent"
+    "Canon:ColorTempKelvin" "Color Temp Kelvin" "Canon:ColorTempMeasured" "Color Temp Measured"
+    "Canon:ColorTempPC1" "Color Temp PC1" "Canon:ColorTempPC2" "Color Temp PC2" "Canon:ColorTempPC3"
+    "Color Temp PC3" "Canon:ColorTempShade" "Color Temp Shade" "Canon:ColorTempTungsten"
+    "Color Temp Tungsten" "Canon:ColorTempUnknown" "Color Temp Unknown" "Canon:ColorTempUnknown10"
+    "Color Temp Unknown 10" "Canon:ColorTempUnknown11" "Color Temp Unknown 11"
+    "Canon:ColorTempUnknown12" "Color Temp Unknown 12" "Canon:ColorTempUnknown13"
+    "Color Temp Unknown 13" "Canon:ColorTempUnknown14" "Color Temp Unknown 14"
+    "Canon:ColorTempUnknown15" "Color Temp Unknown 15" "Canon:ColorTempUnknown16"
+    "Color Temp Unknown 16" "Canon:ColorTempUnknown17" "Color Temp Unknown 17"
+    "Canon:ColorTempUnknown18" "Color Temp Unknown 18" "Canon:ColorTempUnknown19"
+    "Color Temp Unknown 19" "Canon:ColorTempUnknown2" "Color Temp Unknown 2"
+    "Canon:ColorTempUnknown20" "Color Temp Unknown 20" "Canon:ColorTempUnknown21"
+    "Color Temp Unknown 21" "Canon:ColorTempUnknown22" "Color Temp Unknown 22"
+    "Canon:ColorTempUnknown23" "Color Temp Unknown 23" "Canon:ColorTempUnknown24"
+    "Color Temp Unknown 24" "Canon:ColorTempUnknown25" "Color Temp Unknown 25"
+    "Canon:ColorTempUnknown26" "Color Temp Unknown 26" "Canon:ColorTempUnknown27"
+    "Color Temp Unknown 27" "Canon:ColorTempUnknown28" "Color Temp Unknown 28"
+    "Canon:ColorTempUnknown29" "Color Temp Unknown 29" "Canon:ColorTempUnknown3"
+    "Color Temp Unknown 3" "Canon:ColorTempUnknown30" "Color Temp Unknown 30"
+    "Canon:ColorTempUnknown4" "Color Temp Unknown 4" "Canon:ColorTempUnknown5"
+    "Color Temp Unknown 5" "Canon:ColorTempUnknown6" "Color Temp Unknown 6"
+    "Canon:ColorTempUnknown7" "Color Temp Unknown 7" "Canon:ColorTempUnknown8"
+    "Color Temp Unknown 8" "Canon:ColorTempUnknown9" "Color Temp Unknown 9" "Canon:ColorTemperature"
+    "Color Temperature" "Canon:ColorTone" "Color Tone" "Canon:ColorTone:0" "Normal"
+    "Canon:ColorToneAuto" "Color Tone Auto" "Canon:ColorToneAuto:-559038737"
+    "Canon:ColorToneFaithful" "Color Tone Faithful" "Canon:ColorToneFaithful:-559038737"
+    "Canon:ColorToneLandscape" "Color Tone Landscape" "Canon:ColorToneLandscape:-559038737"
+    "Canon:ColorToneMonochrome" "Color Tone Monochrome" "Canon:ColorToneMonochrome:-559038737"
+    "Canon:ColorToneNeutral" "Color Tone Neutral" "Canon:ColorToneNeutral:-559038737"
+    "Canon:ColorTonePortrait" "Color Tone Portrait" "Canon:ColorTonePortrait:-559038737"
+    "Canon:ColorToneStandard" "Color Tone Standard" "Canon:ColorToneStandard:-559038737"
+    "Canon:ColorToneUserDef1" "Color Tone User Def 1" "Canon:ColorToneUserDef1:-559038737"
+    "Canon:ColorToneUserDef2" "Color Tone User Def 2" "Canon:ColorToneUserDef2:-559038737"
+    "Canon:ColorToneUserDef3" "Color Tone User Def 3" "Canon:ColorToneUserDef3:-559038737"
+    "Canon:CompressionFormat" "Compression Format" "Canon:CompressionFormat:0" "Editing (ALL-I)"
+    "Canon:CompressionFormat:1" "Standard (IPB)" "Canon:CompressionFormat:2" "Light (IPB)"
+    "Canon:CompressionFormat:3" "Motion JPEG" "Canon:CompressionFormat:4" "RAW"
+    "Canon:CompressorVersion" "Compressor Version" "Canon:ContinuousDrive" "Continuous Drive"
+    "Canon:ContinuousDrive:0" "Single" "Canon:ContinuousDrive:1" "Continuous"
+    "Canon:ContinuousDrive:10" "Continuous, Silent" "Canon:ContinuousDrive:2" "Movie"
+    "Canon:ContinuousDrive:3" "Continuous, Speed Priority" "Canon:ContinuousDrive:4"
+    "Continuous, Low" "Canon:ContinuousDrive:5" "Continuous, High" "Canon:ContinuousDrive:6"
+    "Silent Single" "Canon:ContinuousDrive:8" "Continuous, High+" "Canon:ContinuousDrive:9"
+    "Single, Silent" "Canon:Contrast" "Canon:Contrast:0" "Canon:ContrastAuto" "Contrast Auto"
+    "Canon:ContrastAuto:-559038737" "Canon:ContrastFaithful" "Contrast Faithful"
+    "Canon:ContrastFaithful:-559038737" "Canon:ContrastLandscape" "Contrast Landscape"
+    "Canon:ContrastLandscape:-559038737" "Canon:ContrastMonochrome" "Contrast Monochrome"
+    "Canon:ContrastMonochrome:-559038737" "Canon:ContrastNeutral" "Contrast Neutral"
+    "Canon:ContrastNeutral:-559038737" "Canon:ContrastPortrait" "Contrast Portrait"
+    "Canon:ContrastPortrait:-559038737" "Canon:ContrastStandard" "Contrast Standard"
+    "Canon:ContrastStandard:-559038737" "Canon:ContrastUserDef1" "Contrast User Def 1"
+    "Canon:ContrastUserDef1:-559038737" "Canon:ContrastUserDef2" "Contrast User Def 2"
+    "Canon:ContrastUserDef2:-559038737" "Canon:ContrastUserDef3" "Contrast User Def 3"
+    "Canon:ContrastUserDef3:-559038737" "Canon:ControlMode" "Control Mode" "Canon:ControlMode:0"
+    "Canon:ControlMode:1" "Camera Local Control" "Canon:ControlMode:3" "Computer Remote Control"
+    "Canon:CropBottomMargin" "Crop Bottom Margin" "Canon:CropLeftMargin" "Crop Left Margin"
+    "Canon:CropRightMargin" "Crop Right Margin" "Canon:CropTopMargin" "Crop Top Margin"
+    "Canon:CroppedImageHeight" "Cropped Image Height" "Canon:CroppedImageLeft" "Cropped Image Left"
+    "Canon:CroppedImageTop" "Cropped Image Top" "Canon:CroppedImageWidth" "Cropped Image Width"
+    "Canon:CustomPictureStyleFileName" "Custom Picture Style File Name" "Canon:DateStampMode"
+    "Date Stamp Mode" "Canon:DateStampMode:0" "Canon:DateStampMode:1" "Date" "Canon:DateStampMode:2"
+    "Date & Time" "Canon:DaylightSavings" "Daylight Savings" "Canon:DaylightSavings:0"
+    "Canon:DaylightSavings:60" "Canon:DigitalGain" "Digital Gain" "Canon:DigitalLensOptimizer"
+    "Digital Lens Optimizer" "Canon:DigitalLensOptimizer:0" "Canon:DigitalLensOptimizer:1" "Stanard"
+    "Canon:DigitalLensOptimizer:2" "High" "Canon:DigitalLensOptimizerSetting"
+    "Digital Lens Optimizer Setting" "Canon:DigitalLensOptimizerSetting:0"
+    "Canon:DigitalLensOptimizerSetting:1" "Canon:DigitalZoom" "Digital Zoom" "Canon:DigitalZoom:0"
+    "Canon:DigitalZoom:1" "2x" "Canon:DigitalZoom:2" "4x" "Canon:DigitalZoom:3"
+    "Canon:DirectoryIndex" "Directory Index" "Canon:DirectoryIndex2" "Directory Index 2"
+    "Canon:DisplayAperture" "Display Aperture" "Canon:DistortionCorrection" "Distortion Correction"
+    "Canon:DistortionCorrection:0" "Canon:DistortionCorrection:1"
+    "Canon:DistortionCorrectionSetting" "Distortion Correction Setting"
+    "Canon:DistortionCorrectionSetting:0" "Canon:DistortionCorrectionSetting:1"
+    "Canon:DistortionCorrectionValue" "Distortion Correction Value" "Canon:Duration"
+    "Canon:EasyMode" "Easy Mode" "Canon:EasyMode:0" "Full auto" "Canon:EasyMode:1"
+    "Canon:EasyMode:10" "Canon:EasyMode:11" "Black & White" "Canon:EasyMode:12" "Pan focus"
+    "Canon:EasyMode:13" "Canon:EasyMode:14" "Canon:EasyMode:15" "Flash Off" "Canon:EasyMode:16"
+    "Long Shutter" "Canon:EasyMode:17" "Super Macro" "Canon:EasyMode:18" "Foliage"
+    "Canon:EasyMode:19" "Indoor" "Canon:EasyMode:2" "Canon:EasyMode:20" "Fireworks"
+    "Canon:EasyMode:21" "Beach" "Canon:EasyMode:22" "Underwater" "Canon:EasyMode:23" "Snow"
+    "Canon:EasyMode:24" "Kids & Pets" "Canon:EasyMode:25" "Night Snapshot" "Canon:EasyMode:257"
+    "Spotlight" "Canon:EasyMode:258" "Night 2" "Canon:EasyMode:259" "Night+" "Canon:EasyMode:26"
+    "Digital Macro" "Canon:EasyMode:260" "Super Night" "Canon:EasyMode:261" "Sunset"
+    "Canon:EasyMode:263" "Night Scene" "Canon:EasyMode:264" "Surface" "Canon:EasyMode:265"
+    "Low Light 2" "Canon:EasyMode:27" "My Colors" "Canon:EasyMode:28" "Movie Snap"
+    "Canon:EasyMode:29" "Super Macro 2" "Canon:EasyMode:3" "Fast shutter" "Canon:EasyMode:30"
+    "Color Accent" "Canon:EasyMode:31" "Color Swap" "Canon:EasyMode:32" "Aquarium"
+    "Canon:EasyMode:33" "ISO 3200" "Canon:EasyMode:34" "ISO 6400" "Canon:EasyMode:35"
+    "Creative Light Effect" "Canon:EasyMode:36" "Canon:EasyMode:37" "Quick Shot" "Canon:EasyMode:38"
+    "Creative Auto" "Canon:EasyMode:39" "Zoom Blur" "Canon:EasyMode:4" "Slow shutter"
+    "Canon:EasyMode:40" "Low Light" "Canon:EasyMode:41" "Nostalgic" "Canon:EasyMode:42"
+    "Super Vivid" "Canon:EasyMode:43" "Poster Effect" "Canon:EasyMode:44" "Face Self-timer"
+    "Canon:EasyMode:45" "Smile" "Canon:EasyMode:46" "Wink Self-timer" "Canon:EasyMode:47"
+    "Fisheye Effect" "Canon:EasyMode:48" "Miniature Effect" "Canon:EasyMode:49" "High-speed Burst"
+    "Canon:EasyMode:5" "Night" "Canon:EasyMode:50" "Best Image Selection" "Canon:EasyMode:51"
+    "High Dynamic Range" "Canon:EasyMode:52" "Handheld Night Scene" "Canon:EasyMode:53"
+    "Movie Digest" "Canon:EasyMode:54" "Live View Control" "Canon:EasyMode:55" "Discreet"
+    "Canon:EasyMode:56" "Blur Reduction" "Canon:EasyMode:57" "Canon:EasyMode:58" "Toy Camera Effect"
+    "Canon:EasyMode:59" "Scene Intelligent Auto" "Canon:EasyMode:6" "Gray Scale" "Canon:EasyMode:60"
+    "High-speed Burst HQ" "Canon:EasyMode:61" "Smooth Skin" "Canon:EasyMode:62" "Soft Focus"
+    "Canon:EasyMode:68" "Food" "Canon:EasyMode:7" "Sepia" "Canon:EasyMode:8" "Canon:EasyMode:84"
+    "HDR Art Standard" "Canon:EasyMode:85" "HDR Art Vivid" "Canon:EasyMode:9" "Sports"
+    "Canon:EasyMode:93" "HDR Art Bold" "Canon:ExposureCompensation" "Canon:ExposureTime"
+    "Canon:FNumber" "Canon:Face1Position" "Face 1 Position" "Canon:Face2Position" "Face 2 Position"
+    "Canon:Face3Position" "Face 3 Position" "Canon:Face4Position" "Face 4 Position"
+    "Canon:Face5Position" "Face 5 Position" "Canon:Face6Position" "Face 6 Position"
+    "Canon:Face7Position" "Face 7 Position" "Canon:Face8Position" "Face 8 Position"
+    "Canon:Face9Position" "Face 9 Position" "Canon:FaceDetectFrameSize" "Face Detect Frame Size"
+    "Canon:FaceWidth" "Face Width" "Canon:FacesDetected" "Faces Detected" "Canon:FileIndex"
+    "File Index" "Canon:FileIndex2" "File Index 2" "Canon:FileNumber" "File Number"
+    "Canon:FilterEffect" "Filter Effect" "Canon:FilterEffect:0" "Canon:FilterEffect:1" "Yellow"
+    "Canon:FilterEffect:2" "Orange" "Canon:FilterEffect:3" "Red" "Canon:FilterEffect:4" "Green"
+    "Canon:FilterEffectAuto" "Filter Effect Auto" "Canon:FilterEffectAuto:-559038737"
+    "Canon:FilterEffectAuto:0" "Canon:FilterEffectAuto:1" "Canon:FilterEffectAuto:2"
+    "Canon:FilterEffectAuto:3" "Canon:FilterEffectAuto:4" "Canon:FilterEffectFaithful"
+    "Filter Effect Faithful" "Canon:FilterEffectFaithful:-559038737" "Canon:FilterEffectLandscape"
+    "Filter Effect Landscape" "Canon:FilterEffectLandscape:-559038737"
+    "Canon:FilterEffectMonochrome" "Filter Effect Monochrome"
+    "Canon:FilterEffectMonochrome:-559038737" "Canon:FilterEffectMonochrome:0"
+    "Canon:FilterEffectMonochrome:1" "Canon:FilterEffectMonochrome:2"
+    "Canon:FilterEffectMonochrome:3" "Canon:FilterEffectMonochrome:4" "Canon:FilterEffectNeutral"
+    "Filter Effect Neutral" "Canon:FilterEffectNeutral:-559038737" "Canon:FilterEffectPortrait"
+    "Filter Effect Portrait" "Canon:FilterEffectPortrait:-559038737" "Canon:FilterEffectStandard"
+    "Filter Effect Standard" "Canon:FilterEffectStandard:-559038737" "Canon:FilterEffectUserDef1"
+    "Filter Effect User Def 1" "Canon:FilterEffectUserDef1:-559038737"
+    "Canon:FilterEffectUserDef1:0" "Canon:FilterEffectUserDef1:1" "Canon:FilterEffectUserDef1:2"
+    "Canon:FilterEffectUserDef1:3" "Canon:FilterEffectUserDef1:4" "Canon:FilterEffectUserDef2"
+    "Filter Effect User Def 2" "Canon:FilterEffectUserDef2:-559038737"
+    "Canon:FilterEffectUserDef2:0" "Canon:FilterEffectUserDef2:1" "Canon:FilterEffectUserDef2:2"
+    "Canon:FilterEffectUserDef2:3" "Canon:FilterEffectUserDef2:4" "Canon:FilterEffectUserDef3"
+    "Filter Effect User Def 3" "Canon:FilterEffectUserDef3:-559038737"
+    "Canon:FilterEffectUserDef3:0" "Canon:FilterEffectUserDef3:1" "Canon:FilterEffectUserDef3:2"
+    "Canon:FilterEffectUserDef3:3" "Canon:FilterEffectUserDef3:4" "Canon:FirmwareRevision"
+    "Firmware Revision" "Canon:FirmwareVersion" "Canon:FirmwareVersionLookAhead"
+    "Firmware Version Look Ahead" "Canon:FisheyeFilter" "Fisheye Filter" "Canon:FisheyeFilter:-1"
+    "Canon:FlashActivity" "Flash Activity" "Canon:FlashBatteryLevel" "Flash Battery Level"
+    "Canon:FlashBits" "Flash Bits" "Canon:FlashBits:0" "Canon:FlashBits:1" "Canon:FlashBits:128"
+    "2nd-curtain sync used" "Canon:FlashBits:16" "FP sync enabled" "Canon:FlashBits:16384"
+    "External" "Canon:FlashBits:2" "TTL" "Canon:FlashBits:2048" "FP sync used" "Canon:FlashBits:4"
+    "A-TTL" "Canon:FlashBits:8" "E-TTL" "Canon:FlashBits:8192" "Built-in" "Canon:FlashExposureComp"
+    "Flash Exposure Compensation" "Canon:FlashExposureLock" "Flash Exposure Lock"
+    "Canon:FlashExposureLock:0" "Canon:FlashExposureLock:1" "Canon:FlashGuideNumber"
+    "Flash Guide Number" "Canon:FlashMeteringMode" "Flash Metering Mode" "Canon:FlashMeteringMode:0"
+    "Canon:FlashMeteringMode:3" "Canon:FlashMeteringMode:4" "External Auto"
+    "Canon:FlashMeteringMode:5" "External Manual" "Canon:FlashMeteringMode:6" "Canon:FlashOutput"
+    "Flash Output" "Canon:Flavor" "Canon:FocalLength" "Focal Length" "Canon:FocalPlaneXSize"
+    "Focal Plane X Size" "Canon:FocalPlaneXUnknown" "Focal Plane X Unknown" "Canon:FocalPlaneYSize"
+    "Focal Plane Y Size" "Canon:FocalPlaneYUnknown" "Focal Plane Y Unknown" "Canon:FocalType"
+    "Focal Type" "Canon:FocalType:0" "Fixed" "Canon:FocalType:1" "Canon:FocalType:2"
+    "Canon:FocalUnits" "Focal Units" "Canon:FocusContinuous" "Focus Continuous"
+    "Canon:FocusContinuous:0" "Canon:FocusContinuous:1" "Canon:FocusContinuous:8"
+    "Canon:FocusDistanceLower" "Focus Distance Lower" "Canon:FocusDistanceUpper"
+    "Focus Distance Upper" "Canon:FocusMode" "Canon:FocusMode:0" "One-shot AF" "Canon:FocusMode:1"
+    "AI Servo AF" "Canon:FocusMode:16" "Pan Focus" "Canon:FocusMode:2" "AI Focus AF"
+    "Canon:FocusMode:256" "AF + MF" "Canon:FocusMode:257" "Live View" "Canon:FocusMode:3"
+    "Manual Focus (3)" "Canon:FocusMode:4" "Canon:FocusMode:5" "Canon:FocusMode:512"
+    "Movie Snap Focus" "Canon:FocusMode:519" "Movie Servo AF" "Canon:FocusMode:6" "Manual Focus (6)"
+    "Canon:FocusRange" "Focus Range" "Canon:FocusRange:0" "Canon:FocusRange:1" "Canon:FocusRange:10"
+    "Infinity" "Canon:FocusRange:2" "Not Known" "Canon:FocusRange:3" "Canon:FocusRange:4"
+    "Very Close" "Canon:FocusRange:5" "Close" "Canon:FocusRange:6" "Middle Range"
+    "Canon:FocusRange:7" "Far Range" "Canon:FocusRange:8" "Canon:FocusRange:9" "Canon:FrameCount"
+    "Frame Count" "Canon:FrameRate" "Canon:GrainyBWFilter" "Grainy B/W Filter"
+    "Canon:GrainyBWFilter:-1" "Canon:HDR" "Canon:HDR:0" "Canon:HDR:1" "Canon:HDR:2"
+    "Canon:HDREffect" "HDR Effect" "Canon:HDREffect:0" "Natural" "Canon:HDREffect:1"
+    "Art (standard)" "Canon:HDREffect:2" "Art (vivid)" "Canon:HDREffect:3" "Art (bold)"
+    "Canon:HDREffect:4" "Art (embossed)" "Canon:HighISONoiseReduction" "High ISO Noise Reduction"
+    "Canon:HighISONoiseReduction:0" "Canon:HighISONoiseReduction:1" "Canon:HighISONoiseReduction:2"
+    "Canon:HighISONoiseReduction:3" "Canon:HighlightTonePriority" "Highlight Tone Priority"
+    "Canon:HighlightTonePriority:0" "Canon:HighlightTonePriority:1" "Canon:ISO" "Canon:ImageHeight"
+    "Canon:ImageStabilization" "Image Stabilization" "Canon:ImageStabilization:0"
+    "Canon:ImageStabilization:1" "Canon:ImageStabilization:2" "Shoot Only"
+    "Canon:ImageStabilization:256" "Off (2)" "Canon:ImageStabilization:257" "On (2)"
+    "Canon:ImageStabilization:258" "Shoot Only (2)" "Canon:ImageStabilization:259" "Panning (2)"
+    "Canon:ImageStabilization:260" "Dynamic (2)" "Canon:ImageStabilization:3" "Panning"
+    "Canon:ImageStabilization:4" "Dynamic" "Canon:ImageUniqueID" "Canon:ImageWidth"
+    "Canon:InitialAFPointInServo" "Initial AF Point In Servo" "Canon:InitialAFPointInServo:0"
+    "Initial AF Point Selected" "Canon:InitialAFPointInServo:1" "Manual AF Point"
+    "Canon:InitialAFPointInServo:2" "Canon:IntelligentContrast" "Intelligent Contrast"
+    "Canon:IntelligentContrast:0" "Canon:IntelligentContrast:65535" "Canon:IntelligentContrast:8"
+    "Canon:InternalSerialNumber" "Internal Serial Number" "Canon:JPEGQuality" "JPEG Quality"
+    "Canon:LensDriveWhenAFImpossible" "Lens Drive When AF Impossible"
+    "Canon:LensDriveWhenAFImpossible:0" "Continue Focus Search" "Canon:LensDriveWhenAFImpossible:1"
+    "Stop Focus Search" "Canon:LensModel" "Canon:LensSerialNumber" "Canon:LensType" "Lens Type"
+    "Canon:LensType:-1" "Canon:LensType:1" "Canon EF 50mm f/1.8" "Canon:LensType:10"
+    "Canon EF 50mm f/2.5 Macro or Sigma Lens" "Canon:LensType:10.1" "Sigma 50mm f/2.8 EX"
+    "Canon:LensType:10.2" "Sigma 28mm f/1.8" "Canon:LensType:10.3" "Sigma 105mm f/2.8 Macro EX"
+    "Canon:LensType:10.4" "Sigma 70mm f/2.8 EX DG Macro EF" "Canon:LensType:103"
+    "Samyang AF 14mm f/2.8 EF or Rokinon Lens" "Canon:LensType:103.1" "Rokinon SP 14mm f/2.4"
+    "Canon:LensType:103.2" "Rokinon AF 14mm f/2.8 EF" "Canon:LensType:106"
+    "Rokinon SP / Samyang XP 35mm f/1.2" "Canon:LensType:11" "Canon EF 35mm f/2"
+    "Canon:LensType:112" "Sigma 28mm f/1.5 FF High-speed Prime or other Sigma Lens"
+    "Canon:LensType:112.1" "Sigma 40mm f/1.5 FF High-speed Prime" "Canon:LensType:112.2"
+    "Sigma 105mm f/1.5 FF High-speed Prime" "Canon:LensType:1136"
+    "Sigma 24-70mm f/2.8 DG OS HSM | A" "Canon:LensType:117"
+    "Tamron 35-150mm f/2.8-4.0 Di VC OSD (A043) or other Tamron Lens" "Canon:LensType:117.1"
+    "Tamron SP 35mm f/1.4 Di USD (F045)" "Canon:LensType:124"
+    "Canon MP-E 65mm f/2.8 1-5x Macro Photo" "Canon:LensType:125" "Canon TS-E 24mm f/3.5L"
+    "Canon:LensType:126" "Canon TS-E 45mm f/2.8" "Canon:LensType:127"
+    "Canon TS-E 90mm f/2.8 or Tamron Lens" "Canon:LensType:127.1"
+    "Tamron 18-200mm f/3.5-6.3 Di II VC (B018)" "Canon:LensType:129" "Canon EF 300mm f/2.8L USM"
+    "Canon:LensType:13" "Canon EF 15mm f/2.8 Fisheye" "Canon:LensType:130"
+    "Canon EF 50mm f/1.0L USM" "Canon:LensType:131" "Canon EF 28-80mm f/2.8-4L USM or Sigma Lens"
+    "Canon:LensType:131.1" "Sigma 8mm f/3.5 EX DG Circular Fisheye" "Canon:LensType:131.2"
+    "Sigma 17-35mm f/2.8-4 EX DG Aspherical HSM" "Canon:LensType:131.3"
+    "Sigma 17-70mm f/2.8-4.5 DC Macro" "Canon:LensType:131.4"
+    "Sigma APO 50-150mm f/2.8 [II] EX DC HSM" "Canon:LensType:131.5"
+    "Sigma APO 120-300mm f/2.8 EX DG HSM" "Canon:LensType:131.6"
+    "Sigma 4.5mm f/2.8 EX DC HSM Circular Fisheye" "Canon:LensType:131.7"
+    "Sigma 70-200mm f/2.8 APO EX HSM" "Canon:LensType:131.8" "Sigma 28-70mm f/2.8-4 DG"
+    "Canon:LensType:132" "Canon EF 1200mm f/5.6L USM" "Canon:LensType:134"
+    "Canon EF 600mm f/4L IS USM" "Canon:LensType:135" "Canon EF 200mm f/1.8L USM"
+    "Canon:LensType:136" "Canon:LensType:136.1" "Tamron SP 15-30mm f/2.8 Di VC USD (A012)"
+    "Canon:LensType:137" "Canon EF 85mm f/1.2L USM or Sigma or Tamron Lens" "Canon:LensType:137.1"
+    "Sigma 18-50mm f/2.8-4.5 DC OS HSM" "Canon:LensType:137.10" "Sigma 8-16mm f/4.5-5.6 DC HSM"
+    "Canon:LensType:137.11" "Tamron SP 17-50mm f/2.8 XR Di II VC (B005)" "Canon:LensType:137.12"
+    "Tamron SP 60mm f/2 Macro Di II (G005)" "Canon:LensType:137.13" "Sigma 10-20mm f/3.5 EX DC HSM"
+    "Canon:LensType:137.14" "Tamron SP 24-70mm f/2.8 Di VC USD" "Canon:LensType:137.15"
+    "Sigma 18-35mm f/1.8 DC HSM" "Canon:LensType:137.16" "Sigma 12-24mm f/4.5-5.6 DG HSM II"
+    "Canon:LensType:137.17" "Sigma 70-300mm f/4-5.6 DG OS" "Canon:LensType:137.2"
+    "Sigma 50-200mm f/4-5.6 DC OS HSM" "Canon:LensType:137.3" "Sigma 18-250mm f/3.5-6.3 DC OS HSM"
+    "Canon:LensType:137.4" "Sigma 24-70mm f/2.8 IF EX DG HSM" "Canon:LensType:137.5"
+    "Sigma 18-125mm f/3.8-5.6 DC OS HSM" "Canon:LensType:137.6"
+    "Sigma 17-70mm f/2.8-4 DC Macro OS HSM | C" "Canon:LensType:137.7" "Sigma 17-50mm f/2.8 OS HSM"
+    "Canon:LensType:137.8" "Sigma 18-200mm f/3.5-6.3 DC OS HSM [II]" "Canon:LensType:137.9"
+    "Tamron AF 18-270mm f/3.5-6.3 Di II VC PZD (B008)" "Canon:LensType:138"
+    "Canon EF 28-80mm f/2.8-4L" "Canon:LensType:139" "Canon EF 400mm f/2.8L USM" "Canon:LensType:14"
+    "Canon EF 50-200mm f/3.5-4.5L" "Canon:LensType:140" "Canon EF 500mm f/4.5L USM"
+    "Canon:LensType:141" "Canon:LensType:142" "Canon EF 300mm f/2.8L IS USM" "Canon:LensType:143"
+    "Canon EF 500mm f/4L IS USM or Sigma Lens" "Canon:LensType:143.1"
+    "Sigma 17-70mm f/2.8-4 DC Macro OS HSM" "Canon:LensType:144" "Canon EF 35-135mm f/4-5.6 USM"
+    "Canon:LensType:145" "Canon EF 100-300mm f/4.5-5.6 USM" "Canon:LensType:146"
+    "Canon EF 70-210mm f/3.5-4.5 USM" "Canon:LensType:147" "Canon:LensType:148"
+    "Canon EF 28-80mm f/3.5-5.6 USM" "Canon:LensType:149" "Canon EF 100mm f/2 USM"
+    "Canon:LensType:15" "Canon EF 50-200mm f/3.5-4.5" "Canon:LensType:150"
+    "Canon EF 14mm f/2.8L USM or Sigma Lens" "Canon:LensType:150.1" "Sigma 20mm EX f/1.8"
+    "Canon:LensType:150.2" "Sigma 30mm f/1.4 DC HSM" "Canon:LensType:150.3"
+    "Sigma 24mm f/1.8 DG Macro EX" "Canon:LensType:150.4" "Sigma 28mm f/1.8 DG Macro EX"
+    "Canon:LensType:150.5" "Sigma 18-35mm f/1.8 DC HSM | A" "Canon:LensType:151"
+    "Canon EF 200mm f/2.8L USM" "Canon:LensType:152" "Canon EF 300mm f/4L IS USM or Sigma Lens"
+    "Canon:LensType:152.1" "Sigma 12-24mm f/4.5-5.6 EX DG ASPHERICAL HSM" "Canon:LensType:152.2"
+    "Sigma 14mm f/2.8 EX Aspherical HSM" "Canon:LensType:152.3" "Sigma 10-20mm f/4-5.6"
+    "Canon:LensType:152.4" "Sigma 100-300mm f/4" "Canon:LensType:152.5"
+    "Sigma 300-800mm f/5.6 APO EX DG HSM" "Canon:LensType:153"
+    "Canon EF 35-350mm f/3.5-5.6L USM or Sigma or Tamron Lens" "Canon:LensType:153.1"
+    "Sigma 50-500mm f/4-6.3 APO HSM EX" "Canon:LensType:153.2"
+    "Tamron AF 28-300mm f/3.5-6.3 XR LD Aspherical [IF] Macro" "Canon:LensType:153.3"
+    "Tamron AF 18-200mm f/3.5-6.3 XR Di II LD Aspherical [IF] Macro (A14)" "Canon:LensType:153.4"
+    "Tamron 18-250mm f/3.5-6.3 Di II LD Aspherical [IF] Macro" "Canon:LensType:154"
+    "Canon EF 20mm f/2.8 USM or Zeiss Lens" "Canon:LensType:154.1" "Zeiss Milvus 21mm f/2.8"
+    "Canon:LensType:154.2" "Zeiss Milvus 15mm f/2.8 ZE" "Canon:LensType:154.3"
+    "Zeiss Milvus 18mm f/2.8 ZE" "Canon:LensType:155" "Canon EF 85mm f/1.8 USM or Sigma Lens"
+    "Canon:LensType:155.1" "Sigma 14mm f/1.8 DG HSM | A" "Canon:LensType:156"
+    "Canon EF 28-105mm f/3.5-4.5 USM or Tamron Lens" "Canon:LensType:156.1"
+    "Tamron SP 70-300mm f/4-5.6 Di VC USD (A005)" "Canon:LensType:156.2"
+    "Tamron SP AF 28-105mm f/2.8 LD Aspherical IF (176D)" "Canon:LensType:16"
+    "Canon EF 35-135mm f/3.5-4.5" "Canon:LensType:160"
+    "Canon EF 20-35mm f/3.5-4.5 USM or Tamron or Tokina Lens" "Canon:LensType:160.1"
+    "Tamron AF 19-35mm f/3.5-4.5" "Canon:LensType:160.2" "Tokina AT-X 124 AF Pro DX 12-24mm f/4"
+    "Canon:LensType:160.3" "Tokina AT-X 107 AF DX 10-17mm f/3.5-4.5 Fisheye" "Canon:LensType:160.4"
+    "Tokina AT-X 116 AF Pro DX 11-16mm f/2.8" "Canon:LensType:160.5"
+    "Tokina AT-X 11-20 F2.8 PRO DX Aspherical 11-20mm f/2.8" "Canon:LensType:161"
+    "Canon EF 28-70mm f/2.8L USM or Other Lens" "Canon:LensType:161.1" "Sigma 24-70mm f/2.8 EX"
+    "Canon:LensType:161.2" "Sigma 28-70mm f/2.8 EX" "Canon:LensType:161.3"
+    "Sigma 24-60mm f/2.8 EX DG" "Canon:LensType:161.4" "Tamron AF 17-50mm f/2.8 Di-II LD Aspherical"
+    "Canon:LensType:161.5" "Tamron 90mm f/2.8" "Canon:LensType:161.6"
+    "Tamron SP AF 17-35mm f/2.8-4 Di LD Aspherical IF (A05)" "Canon:LensType:161.7"
+    "Tamron SP AF 28-75mm f/2.8 XR Di LD Aspherical [IF] Macro" "Canon:LensType:161.8"
+    "Tokina AT-X 24-70mm f/2.8 PRO FX (IF)" "Canon:LensType:162" "Canon:LensType:163"
+    "Canon EF 300mm f/4L" "Canon:LensType:164" "Canon EF 400mm f/5.6L" "Canon:LensType:165"
+    "Canon EF 70-200mm f/2.8L USM" "Canon:LensType:166" "Canon EF 70-200mm f/2.8L USM + 1.4x"
+    "Canon:LensType:167" "Canon EF 70-200mm f/2.8L USM + 2x" "Canon:LensType:168"
+    "Canon EF 28mm f/1.8 USM or Sigma Lens" "Canon:LensType:168.1" "Sigma 50-100mm f/1.8 DC HSM | A"
+    "Canon:LensType:169" "Canon EF 17-35mm f/2.8L USM or Sigma Lens" "Canon:LensType:169.1"
+    "Sigma 18-200mm f/3.5-6.3 DC OS" "Canon:LensType:169.2"
+    "Sigma 15-30mm f/3.5-4.5 EX DG Aspherical" "Canon:LensType:169.3" "Sigma 18-50mm f/2.8 Macro"
+    "Canon:LensType:169.4" "Sigma 50mm f/1.4 EX DG HSM" "Canon:LensType:169.5"
+    "Sigma 85mm f/1.4 EX DG HSM" "Canon:LensType:169.6" "Sigma 30mm f/1.4 EX DC HSM"
+    "Canon:LensType:169.7" "Sigma 35mm f/1.4 DG HSM" "Canon:LensType:169.8"
+    "Sigma 35mm f/1.5 FF High-Speed Prime | 017" "Canon:LensType:169.9"
+    "Sigma 70mm f/2.8 Macro EX DG" "Canon:LensType:17" "Canon EF 35-70mm f/3.5-4.5A"
+    "Canon:LensType:170" "Canon EF 200mm f/2.8L II USM or Sigma Lens" "Canon:LensType:170.1"
+    "Sigma 300mm f/2.8 APO EX DG HSM" "Canon:LensType:170.2" "Sigma 800mm f/5.6 APO EX DG HSM"
+    "Canon:LensType:171" "Canon EF 300mm f/4L USM" "Canon:LensType:172"
+    "Canon EF 400mm f/5.6L USM or Sigma Lens" "Canon:LensType:172.1"
+    "Sigma 150-600mm f/5-6.3 DG OS HSM | S" "Canon:LensType:172.2" "Sigma 500mm f/4.5 APO EX DG HSM"
+    "Canon:LensType:173" "Canon EF 180mm Macro f/3.5L USM or Sigma Lens" "Canon:LensType:173.1"
+    "Sigma 180mm EX HSM Macro f/3.5" "Canon:LensType:173.2" "Sigma APO Macro 150mm f/2.8 EX DG HSM"
+    "Canon:LensType:173.3" "Sigma 10mm f/2.8 EX DC Fisheye" "Canon:LensType:173.4"
+    "Sigma 15mm f/2.8 EX DG Diagonal Fisheye" "Canon:LensType:173.5"
+    "Venus Laowa 100mm F2.8 2X Ultra Macro APO" "Canon:LensType:174"
+    "Canon EF 135mm f/2L USM or Other Lens" "Canon:LensType:174.1"
+    "Sigma 70-200mm f/2.8 EX DG APO OS HSM" "Canon:LensType:174.2"
+    "Sigma 50-500mm f/4.5-6.3 APO DG OS HSM" "Canon:LensType:174.3"
+    "Sigma 150-500mm f/5-6.3 APO DG OS HSM" "Canon:LensType:174.4" "Zeiss Milvus 100mm f/2 Makro"
+    "Canon:LensType:174.5" "Sigma APO 50-150mm f/2.8 EX DC OS HSM" "Canon:LensType:174.6"
+    "Sigma APO 120-300mm f/2.8 EX DG OS HSM" "Canon:LensType:174.7"
+    "Sigma 120-300mm f/2.8 DG OS HSM S013" "Canon:LensType:174.8"
+    "Sigma 120-400mm f/4.5-5.6 APO DG OS HSM" "Canon:LensType:174.9"
+    "Sigma 200-500mm f/2.8 APO EX DG" "Canon:LensType:175" "Canon:LensType:176"
+    "Canon EF 24-85mm f/3.5-4.5 USM" "Canon:LensType:177" "Canon EF 300mm f/4L IS USM"
+    "Canon:LensType:178" "Canon EF 28-135mm f/3.5-5.6 IS" "Canon:LensType:179"
+    "Canon EF 24mm f/1.4L USM" "Canon:LensType:18" "Canon EF 28-70mm f/3.5-4.5" "Canon:LensType:180"
+    "Canon EF 35mm f/1.4L USM or Other Lens" "Canon:LensType:180.1" "Sigma 50mm f/1.4 DG HSM | A"
+    "Canon:LensType:180.10" "Sigma 20mm f/1.4 DG HSM | A" "Canon:LensType:180.2"
+    "Sigma 24mm f/1.4 DG HSM | A" "Canon:LensType:180.3" "Zeiss Milvus 50mm f/1.4"
+    "Canon:LensType:180.4" "Zeiss Milvus 85mm f/1.4" "Canon:LensType:180.5"
+    "Zeiss Otus 28mm f/1.4 ZE" "Canon:LensType:180.6" "Sigma 24mm f/1.5 FF High-Speed Prime | 017"
+    "Canon:LensType:180.7" "Sigma 50mm f/1.5 FF High-Speed Prime | 017" "Canon:LensType:180.8"
+    "Sigma 85mm f/1.5 FF High-Speed Prime | 017" "Canon:LensType:180.9" "Tokina Opera 50mm f/1.4 FF"
+    "Canon:LensType:181" "Canon EF 100-400mm f/4.5-5.6L IS USM + 1.4x or Sigma Lens"
+    "Canon:LensType:181.1" "Sigma 150-600mm f/5-6.3 DG OS HSM | S + 1.4x" "Canon:LensType:182"
+    "Canon EF 100-400mm f/4.5-5.6L IS USM + 2x or Sigma Lens" "Canon:LensType:182.1"
+    "Sigma 150-600mm f/5-6.3 DG OS HSM | S + 2x" "Canon:LensType:183"
+    "Canon EF 100-400mm f/4.5-5.6L IS USM or Sigma Lens" "Canon:LensType:183.1"
+    "Sigma 150mm f/2.8 EX DG OS HSM APO Macro" "Canon:LensType:183.2"
+    "Sigma 105mm f/2.8 EX DG OS HSM Macro" "Canon:LensType:183.3"
+    "Sigma 180mm f/2.8 EX DG OS HSM APO Macro" "Canon:LensType:183.4"
+    "Sigma 150-600mm f/5-6.3 DG OS HSM | C" "Canon:LensType:183.5" "Canon:LensType:183.6"
+    "Sigma 100-400mm f/5-6.3 DG OS HSM" "Canon:LensType:183.7"
+    "Sigma 180mm f/3.5 APO Macro EX DG IF HSM" "Canon:LensType:184" "Canon EF 400mm f/2.8L USM + 2x"
+    "Canon:LensType:185" "Canon:LensType:186" "Canon EF 70-200mm f/4L USM" "Canon:LensType:187"
+    "Canon EF 70-200mm f/4L USM + 1.4x" "Canon:LensType:188" "Canon EF 70-200mm f/4L USM + 2x"
+    "Canon:LensType:189" "Canon EF 70-200mm f/4L USM + 2.8x" "Canon:LensType:190"
+    "Canon EF 100mm f/2.8 Macro USM" "Canon:LensType:191" "Canon EF 400mm f/4 DO IS or Sigma Lens"
+    "Canon:LensType:191.1" "Sigma 500mm f/4 DG OS HSM" "Canon:LensType:193"
+    "Canon EF 35-80mm f/4-5.6 USM" "Canon:LensType:194" "Canon EF 80-200mm f/4.5-5.6 USM"
+    "Canon:LensType:195" "Canon EF 35-105mm f/4.5-5.6 USM" "Canon:LensType:196"
+    "Canon EF 75-300mm f/4-5.6 USM" "Canon:LensType:197"
+    "Canon EF 75-300mm f/4-5.6 IS USM or Sigma Lens" "Canon:LensType:197.1"
+    "Sigma 18-300mm f/3.5-6.3 DC Macro OS HSM" "Canon:LensType:198"
+    "Canon EF 50mm f/1.4 USM or Other Lens" "Canon:LensType:198.1" "Zeiss Otus 55mm f/1.4 ZE"
+    "Canon:LensType:198.2" "Zeiss Otus 85mm f/1.4 ZE" "Canon:LensType:198.3"
+    "Zeiss Milvus 25mm f/1.4" "Canon:LensType:198.4" "Zeiss Otus 100mm f/1.4" "Canon:LensType:198.5"
+    "Zeiss Milvus 35mm f/1.4 ZE" "Canon:LensType:198.6" "Yongnuo YN 35mm f/2" "Canon:LensType:199"
+    "Canon:LensType:2" "Canon EF 28mm f/2.8 or Sigma Lens" "Canon:LensType:2.1"
+    "Sigma 24mm f/2.8 Super Wide II" "Canon:LensType:20" "Canon EF 100-200mm f/4.5A"
+    "Canon:LensType:200" "Canon:LensType:201" "Canon:LensType:202"
+    "Canon EF 28-80mm f/3.5-5.6 USM IV" "Canon:LensType:208" "Canon EF 22-55mm f/4-5.6 USM"
+    "Canon:LensType:209" "Canon EF 55-200mm f/4.5-5.6" "Canon:LensType:21"
+    "Canon EF 80-200mm f/2.8L" "Canon:LensType:210" "Canon EF 28-90mm f/4-5.6 USM"
+    "Canon:LensType:211" "Canon EF 28-200mm f/3.5-5.6 USM" "Canon:LensType:212"
+    "Canon EF 28-105mm f/4-5.6 USM" "Canon:LensType:213"
+    "Canon EF 90-300mm f/4.5-5.6 USM or Tamron Lens" "Canon:LensType:213.1"
+    "Tamron SP 150-600mm f/5-6.3 Di VC USD (A011)" "Canon:LensType:213.2"
+    "Tamron 16-300mm f/3.5-6.3 Di II VC PZD Macro (B016)" "Canon:LensType:213.3"
+    "Tamron SP 35mm f/1.8 Di VC USD (F012)" "Canon:LensType:213.4"
+    "Tamron SP 45mm f/1.8 Di VC USD (F013)" "Canon:LensType:214" "Canon EF-S 18-55mm f/3.5-5.6 USM"
+    "Canon:LensType:215" "Canon EF 55-200mm f/4.5-5.6 II USM" "Canon:LensType:217"
+    "Tamron AF 18-270mm f/3.5-6.3 Di II VC PZD" "Canon:LensType:22"
+    "Canon EF 20-35mm f/2.8L or Tokina Lens" "Canon:LensType:22.1"
+    "Tokina AT-X 280 AF Pro 28-80mm f/2.8 Aspherical" "Canon:LensType:220" "Yongnuo YN 50mm f/1.8"
+    "Canon:LensType:224" "Canon EF 70-200mm f/2.8L IS USM" "Canon:LensType:225"
+    "Canon EF 70-200mm f/2.8L IS USM + 1.4x" "Canon:LensType:226"
+    "Canon EF 70-200mm f/2.8L IS USM + 2x" "Canon:LensType:227"
+    "Canon EF 70-200mm f/2.8L IS USM + 2.8x" "Canon:LensType:228" "Canon EF 28-105mm f/3.5-4.5 USM"
+    "Canon:LensType:229" "Canon EF 16-35mm f/2.8L USM" "Canon:LensType:23"
+    "Canon EF 35-105mm f/3.5-4.5" "Canon:LensType:230" "Canon EF 24-70mm f/2.8L USM"
+    "Canon:LensType:231" "Canon EF 17-40mm f/4L USM or Sigma Lens" "Canon:LensType:231.1"
+    "Sigma 12-24mm f/4 DG HSM A016" "Canon:LensType:232" "Canon EF 70-300mm f/4.5-5.6 DO IS USM"
+    "Canon:LensType:233" "Canon EF 28-300mm f/3.5-5.6L IS USM" "Canon:LensType:234"
+    "Canon EF-S 17-85mm f/4-5.6 IS USM or Tokina Lens" "Canon:LensType:234.1"
+    "Tokina AT-X 12-28 PRO DX 12-28mm f/4" "Canon:LensType:235" "Canon EF-S 10-22mm f/3.5-4.5 USM"
+    "Canon:LensType:236" "Canon EF-S 60mm f/2.8 Macro USM" "Canon:LensType:237"
+    "Canon EF 24-105mm f/4L IS USM" "Canon:LensType:238" "Canon EF 70-300mm f/4-5.6 IS USM"
+    "Canon:LensType:239" "Canon EF 85mm f/1.2L II USM or Rokinon Lens" "Canon:LensType:239.1"
+    "Rokinon SP 85mm f/1.2" "Canon:LensType:24" "Canon EF 35-80mm f/4-5.6 Power Zoom"
+    "Canon:LensType:240" "Canon EF-S 17-55mm f/2.8 IS USM or Sigma Lens" "Canon:LensType:240.1"
+    "Sigma 17-50mm f/2.8 EX DC OS HSM" "Canon:LensType:241" "Canon EF 50mm f/1.2L USM"
+    "Canon:LensType:242" "Canon EF 70-200mm f/4L IS USM" "Canon:LensType:243"
+    "Canon EF 70-200mm f/4L IS USM + 1.4x" "Canon:LensType:244" "Canon EF 70-200mm f/4L IS USM + 2x"
+    "Canon:LensType:245" "Canon EF 70-200mm f/4L IS USM + 2.8x" "Canon:LensType:246"
+    "Canon EF 16-35mm f/2.8L II USM" "Canon:LensType:247" "Canon EF 14mm f/2.8L II USM"
+    "Canon:LensType:248" "Canon EF 200mm f/2L IS USM or Sigma Lens" "Canon:LensType:248.1"
+    "Sigma 24-35mm f/2 DG HSM | A" "Canon:LensType:248.2"
+    "Sigma 135mm f/2 FF High-Speed Prime | 017" "Canon:LensType:248.3"
+    "Sigma 24-35mm f/2.2 FF Zoom | 017" "Canon:LensType:248.4" "Sigma 135mm f/1.8 DG HSM A017"
+    "Canon:LensType:249" "Canon EF 800mm f/5.6L IS USM" "Canon:LensType:25" "Canon:LensType:250"
+    "Canon EF 24mm f/1.4L II USM or Sigma Lens" "Canon:LensType:250.1" "Canon:LensType:250.2"
+    "Sigma 20mm f/1.5 FF High-Speed Prime | 017" "Canon:LensType:250.3"
+    "Tokina Opera 16-28mm f/2.8 FF" "Canon:LensType:250.4" "Sigma 85mm f/1.4 DG HSM A016"
+    "Canon:LensType:251" "Canon EF 70-200mm f/2.8L IS II USM" "Canon:LensType:251.1"
+    "Canon EF 70-200mm f/2.8L IS III USM" "Canon:LensType:252"
+    "Canon EF 70-200mm f/2.8L IS II USM + 1.4x" "Canon:LensType:252.1"
+    "Canon EF 70-200mm f/2.8L IS III USM + 1.4x" "Canon:LensType:253"
+    "Canon EF 70-200mm f/2.8L IS II USM + 2x" "Canon:LensType:253.1"
+    "Canon EF 70-200mm f/2.8L IS III USM + 2x" "Canon:LensType:254"
+    "Canon EF 100mm f/2.8L Macro IS USM or Tamron Lens" "Canon:LensType:254.1"
+    "Tamron SP 90mm f/2.8 Di VC USD 1:1 Macro (F017)" "Canon:LensType:255"
+    "Sigma 24-105mm f/4 DG OS HSM | A or Other Lens" "Canon:LensType:255.1" "Canon:LensType:255.2"
+    "Tamron SP 70-200mm f/2.8 Di VC USD" "Canon:LensType:255.3" "Canon:LensType:26"
+    "Canon EF 100mm f/2.8 Macro or Other Lens" "Canon:LensType:26.1" "Cosina 100mm f/3.5 Macro AF"
+    "Canon:LensType:26.2" "Tamron SP AF 90mm f/2.8 Di Macro" "Canon:LensType:26.3"
+    "Tamron SP AF 180mm f/3.5 Di Macro" "Canon:LensType:26.4" "Carl Zeiss Planar T* 50mm f/1.4"
+    "Canon:LensType:26.5" "Voigtlander APO Lanthar 125mm F2.5 SL Macro" "Canon:LensType:26.6"
+    "Carl Zeiss Planar T 85mm f/1.4 ZE" "Canon:LensType:27" "Canon EF 35-80mm f/4-5.6"
+    "Canon:LensType:28" "Canon EF 80-200mm f/4.5-5.6 or Tamron Lens" "Canon:LensType:28.1"
+    "Tamron SP AF 28-105mm f/2.8 LD Aspherical IF" "Canon:LensType:28.2" "Canon:LensType:28.3"
+    "Tamron AF 70-300mm f/4-5.6 Di LD 1:2 Macro" "Canon:LensType:28.4"
+    "Tamron AF Aspherical 28-200mm f/3.8-5.6" "Canon:LensType:29" "Canon EF 50mm f/1.8 II"
+    "Canon:LensType:3" "Canon EF 135mm f/2.8 Soft" "Canon:LensType:30" "Canon EF 35-105mm f/4.5-5.6"
+    "Canon:LensType:31" "Canon EF 75-300mm f/4-5.6 or Tamron Lens" "Canon:LensType:31.1"
+    "Tamron SP AF 300mm f/2.8 LD IF" "Canon:LensType:32" "Canon EF 24mm f/2.8 or Sigma Lens"
+    "Canon:LensType:32.1" "Sigma 15mm f/2.8 EX Fisheye" "Canon:LensType:33"
+    "Voigtlander or Carl Zeiss Lens" "Canon:LensType:33.1"
+    "Voigtlander Ultron 40mm f/2 SLII Aspherical" "Canon:LensType:33.10"
+    "Carl Zeiss Distagon T* 35mm f/1.4 ZE" "Canon:LensType:33.11"
+    "Carl Zeiss Planar T* 50mm f/1.4 ZE" "Canon:LensType:33.12"
+    "Carl Zeiss Makro-Planar T* 50mm f/2 ZE" "Canon:LensType:33.13"
+    "Carl Zeiss Makro-Planar T* 100mm f/2 ZE" "Canon:LensType:33.14"
+    "Carl Zeiss Apo-Sonnar T* 135mm f/2 ZE" "Canon:LensType:33.2"
+    "Voigtlander Color Skopar 20mm f/3.5 SLII Aspherical" "Canon:LensType:33.3"
+    "Voigtlander APO-Lanthar 90mm f/3.5 SLII Close Focus" "Canon:LensType:33.4"
+    "Carl Zeiss Distagon T* 15mm f/2.8 ZE" "Canon:LensType:33.5"
+    "Carl Zeiss Distagon T* 18mm f/3.5 ZE" "Canon:LensType:33.6"
+    "Carl Zeiss Distagon T* 21mm f/2.8 ZE" "Canon:LensType:33.7"
+    "Carl Zeiss Distagon T* 25mm f/2 ZE" "Canon:LensType:33.8" "Carl Zeiss Distagon T* 28mm f/2 ZE"
+    "Canon:LensType:33.9" "Carl Zeiss Distagon T* 35mm f/2 ZE" "Canon:LensType:35"
+    "Canon:LensType:36" "Canon EF 38-76mm f/4.5-5.6" "Canon:LensType:368"
+    "Sigma 14-24mm f/2.8 DG HSM | A or other Sigma Lens" "Canon:LensType:368.1"
+    "Canon:LensType:368.10" "Sigma 35mm f/1.4 DG HSM | A" "Canon:LensType:368.11"
+    "Sigma 70mm f/2.8 DG Macro" "Canon:LensType:368.12" "Canon:LensType:368.13"
+    "Sigma 24-105mm f/4 DG OS HSM | A" "Canon:LensType:368.14"
+    "Sigma 18-300mm f/3.5-6.3 DC Macro OS HSM | C" "Canon:LensType:368.2" "Canon:LensType:368.3"
+    "Sigma 40mm f/1.4 DG HSM | A" "Canon:LensType:368.4" "Sigma 60-600mm f/4.5-6.3 DG OS HSM | S"
+    "Canon:LensType:368.5" "Sigma 28mm f/1.4 DG HSM | A" "Canon:LensType:368.6"
+    "Canon:LensType:368.7" "Sigma 85mm f/1.4 DG HSM | A" "Canon:LensType:368.8"
+    "Sigma 105mm f/1.4 DG HSM" "Canon:LensType:368.9" "Sigma 14-24mm f/2.8 DG HSM"
+    "Canon:LensType:36910" "Canon EF 70-300mm f/4-5.6 IS II USM" "Canon:LensType:36912"
+    "Canon EF-S 18-135mm f/3.5-5.6 IS USM" "Canon:LensType:37"
+    "Canon EF 35-80mm f/4-5.6 or Tamron Lens" "Canon:LensType:37.1"
+    "Tamron 70-200mm f/2.8 Di LD IF Macro" "Canon:LensType:37.2"
+    "Tamron AF 28-300mm f/3.5-6.3 XR Di VC LD Aspherical [IF] Macro (A20)" "Canon:LensType:37.3"
+    "Tamron SP AF 17-50mm f/2.8 XR Di II VC LD Aspherical [IF]" "Canon:LensType:37.4"
+    "Tamron AF 18-270mm f/3.5-6.3 Di II VC LD Aspherical [IF] Macro" "Canon:LensType:38"
+    "Canon EF 80-200mm f/4.5-5.6 II" "Canon:LensType:39" "Canon EF 75-300mm f/4-5.6"
+    "Canon:LensType:4" "Canon EF 35-105mm f/3.5-4.5 or Sigma Lens" "Canon:LensType:4.1"
+    "Sigma UC Zoom 35-135mm f/4-5.6" "Canon:LensType:40" "Canon EF 28-80mm f/3.5-5.6"
+    "Canon:LensType:41" "Canon EF 28-90mm f/4-5.6" "Canon:LensType:4142"
+    "Canon EF-S 18-135mm f/3.5-5.6 IS STM" "Canon:LensType:4143"
+    "Canon EF-M 18-55mm f/3.5-5.6 IS STM or Tamron Lens" "Canon:LensType:4143.1"
+    "Tamron 18-200mm f/3.5-6.3 Di III VC" "Canon:LensType:4144" "Canon EF 40mm f/2.8 STM"
+    "Canon:LensType:4145" "Canon EF-M 22mm f/2 STM" "Canon:LensType:4146"
+    "Canon EF-S 18-55mm f/3.5-5.6 IS STM" "Canon:LensType:4147" "Canon EF-M 11-22mm f/4-5.6 IS STM"
+    "Canon:LensType:4148" "Canon EF-S 55-250mm f/4-5.6 IS STM" "Canon:LensType:4149"
+    "Canon EF-M 55-200mm f/4.5-6.3 IS STM" "Canon:LensType:4150"
+    "Canon EF-S 10-18mm f/4.5-5.6 IS STM" "Canon:LensType:4152" "Canon EF 24-105mm f/3.5-5.6 IS STM"
+    "Canon:LensType:4153" "Canon EF-M 15-45mm f/3.5-6.3 IS STM" "Canon:LensType:4154"
+    "Canon EF-S 24mm f/2.8 STM" "Canon:LensType:4155" "Canon EF-M 28mm f/3.5 Macro IS STM"
+    "Canon:LensType:4156" "Canon EF 50mm f/1.8 STM" "Canon:LensType:4157"
+    "Canon EF-M 18-150mm f/3.5-6.3 IS STM" "Canon:LensType:4158" "Canon EF-S 18-55mm f/4-5.6 IS STM"
+    "Canon:LensType:4159" "Canon EF-M 32mm f/1.4 STM" "Canon:LensType:4160"
+    "Canon EF-S 35mm f/2.8 Macro IS STM" "Canon:LensType:42"
+    "Canon EF 28-200mm f/3.5-5.6 or Tamron Lens" "Canon:LensType:42.1" "Canon:LensType:4208"
+    "Sigma 56mm f/1.4 DC DN | C or other Sigma Lens" "Canon:LensType:4208.1"
+    "Sigma 30mm F1.4 DC DN | C" "Canon:LensType:43" "Canon EF 28-105mm f/4-5.6" "Canon:LensType:44"
+    "Canon EF 90-300mm f/4.5-5.6" "Canon:LensType:45" "Canon EF-S 18-55mm f/3.5-5.6 [II]"
+    "Canon:LensType:46" "Canon:LensType:47" "Zeiss Milvus 35mm f/2 or 50mm f/2"
+    "Canon:LensType:47.1" "Zeiss Milvus 50mm f/2 Makro" "Canon:LensType:47.2"
+    "Zeiss Milvus 135mm f/2 ZE" "Canon:LensType:48" "Canon EF-S 18-55mm f/3.5-5.6 IS"
+    "Canon:LensType:488" "Canon EF-S 15-85mm f/3.5-5.6 IS USM" "Canon:LensType:489"
+    "Canon EF 70-300mm f/4-5.6L IS USM" "Canon:LensType:49" "Canon EF-S 55-250mm f/4-5.6 IS"
+    "Canon:LensType:490" "Canon EF 8-15mm f/4L Fisheye USM" "Canon:LensType:491"
+    "Canon EF 300mm f/2.8L IS II USM or Tamron Lens" "Canon:LensType:491.1"
+    "Tamron SP 70-200mm f/2.8 Di VC USD G2 (A025)" "Canon:LensType:491.2"
+    "Tamron 18-400mm f/3.5-6.3 Di II VC HLD (B028)" "Canon:LensType:491.3"
+    "Tamron 100-400mm f/4.5-6.3 Di VC USD (A035)" "Canon:LensType:491.4"
+    "Tamron 70-210mm f/4 Di VC USD (A034)" "Canon:LensType:491.5"
+    "Tamron 70-210mm f/4 Di VC USD (A034) + 1.4x" "Canon:LensType:491.6"
+    "Tamron SP 24-70mm f/2.8 Di VC USD G2 (A032)" "Canon:LensType:492"
+    "Canon EF 400mm f/2.8L IS II USM" "Canon:LensType:493"
+    "Canon EF 500mm f/4L IS II USM or EF 24-105mm f4L IS USM" "Canon:LensType:493.1"
+    "Canon:LensType:494" "Canon EF 600mm f/4L IS II USM" "Canon:LensType:495"
+    "Canon EF 24-70mm f/2.8L II USM or Sigma Lens" "Canon:LensType:495.1" "Canon:LensType:496"
+    "Canon EF 200-400mm f/4L IS USM" "Canon:LensType:499" "Canon EF 200-400mm f/4L IS USM + 1.4x"
+    "Canon:LensType:5" "Canon EF 35-70mm f/3.5-4.5" "Canon:LensType:50"
+    "Canon EF-S 18-200mm f/3.5-5.6 IS" "Canon:LensType:502"
+    "Canon EF 28mm f/2.8 IS USM or Tamron Lens" "Canon:LensType:502.1"
+    "Tamron 35mm f/1.8 Di VC USD (F012)" "Canon:LensType:503" "Canon EF 24mm f/2.8 IS USM"
+    "Canon:LensType:504" "Canon EF 24-70mm f/4L IS USM" "Canon:LensType:505"
+    "Canon EF 35mm f/2 IS USM" "Canon:LensType:506" "Canon EF 400mm f/4 DO IS II USM"
+    "Canon:LensType:507" "Canon EF 16-35mm f/4L IS USM" "Canon:LensType:508"
+    "Canon EF 11-24mm f/4L USM or Tamron Lens" "Canon:LensType:508.1"
+    "Tamron 10-24mm f/3.5-4.5 Di II VC HLD (B023)" "Canon:LensType:51"
+    "Canon EF-S 18-135mm f/3.5-5.6 IS" "Canon:LensType:52" "Canon EF-S 18-55mm f/3.5-5.6 IS II"
+    "Canon:LensType:53" "Canon EF-S 18-55mm f/3.5-5.6 III" "Canon:LensType:54"
+    "Canon EF-S 55-250mm f/4-5.6 IS II" "Canon:LensType:6"
+    "Canon EF 28-70mm f/3.5-4.5 or Sigma or Tokina Lens" "Canon:LensType:6.1"
+    "Sigma 18-50mm f/3.5-5.6 DC" "Canon:LensType:6.2" "Sigma 18-125mm f/3.5-5.6 DC IF ASP"
+    "Canon:LensType:6.3" "Tokina AF 193-2 19-35mm f/3.5-4.5" "Canon:LensType:6.4"
+    "Sigma 28-80mm f/3.5-5.6 II Macro" "Canon:LensType:6.5" "Sigma 28-300mm f/3.5-6.3 DG Macro"
+    "Canon:LensType:60" "Irix 11mm f/4" "Canon:LensType:61182"
+    "Canon RF 50mm F1.2L USM or other Canon RF Lens" "Canon:LensType:61182.1"
+    "Canon RF 24-105mm F4L IS USM" "Canon:LensType:61182.10" "Canon RF 85mm F2 MACRO IS STM"
+    "Canon:LensType:61182.11" "Canon RF 600mm F11 IS STM" "Canon:LensType:61182.12"
+    "Canon RF 600mm F11 IS STM + RF1.4x" "Canon:LensType:61182.13"
+    "Canon RF 600mm F11 IS STM + RF2x" "Canon:LensType:61182.14" "Canon RF 800mm F11 IS STM"
+    "Canon:LensType:61182.15" "Canon RF 800mm F11 IS STM + RF1.4x" "Canon:LensType:61182.16"
+    "Canon RF 800mm F11 IS STM + RF2x" "Canon:LensType:61182.17" "Canon RF 24-105mm F4-7.1 IS STM"
+    "Canon:LensType:61182.18" "Canon RF 100-500mm F4.5-7.1L IS USM" "Canon:LensType:61182.19"
+    "Canon RF 100-500mm F4.5-7.1L IS USM + RF1.4x" "Canon:LensType:61182.2"
+    "Canon RF 28-70mm F2L USM" "Canon:LensType:61182.20"
+    "Canon RF 100-500mm F4.5-7.1L IS USM + RF2x" "Canon:LensType:61182.21"
+    "Canon RF 70-200mm F4L IS USM" "Canon:LensType:61182.22" "Canon RF 100mm F2.8L MACRO IS USM"
+    "Canon:LensType:61182.23" "Canon RF 50mm F1.8 STM" "Canon:LensType:61182.24"
+    "Canon RF 14-35mm F4L IS USM" "Canon:LensType:61182.25" "Canon RF-S 18-45mm F4.5-6.3 IS STM"
+    "Canon:LensType:61182.26" "Canon RF 100-400mm F5.6-8 IS USM" "Canon:LensType:61182.27"
+    "Canon RF 100-400mm F5.6-8 IS USM + RF1.4x" "Canon:LensType:61182.28"
+    "Canon RF 100-400mm F5.6-8 IS USM + RF2x" "Canon:LensType:61182.29"
+    "Canon RF-S 18-150mm F3.5-6.3 IS STM" "Canon:LensType:61182.3" "Canon RF 35mm F1.8 MACRO IS STM"
+    "Canon:LensType:61182.30" "Canon RF 24mm F1.8 MACRO IS STM" "Canon:LensType:61182.31"
+    "Canon RF 16mm F2.8 STM" "Canon:LensType:61182.32" "Canon RF 400mm F2.8L IS USM"
+    "Canon:LensType:61182.33" "Canon RF 400mm F2.8L IS USM + RF1.4x" "Canon:LensType:61182.34"
+    "Canon RF 400mm F2.8L IS USM + RF2x" "Canon:LensType:61182.35" "Canon RF 600mm F4L IS USM"
+    "Canon:LensType:61182.36" "Canon RF 600mm F4L IS USM + RF1.4x" "Canon:LensType:61182.37"
+    "Canon RF 600mm F4L IS USM + RF2x" "Canon:LensType:61182.38" "Canon RF 800mm F5.6L IS USM"
+    "Canon:LensType:61182.39" "Canon RF 800mm F5.6L IS USM + RF1.4x" "Canon:LensType:61182.4"
+    "Canon RF 85mm F1.2L USM" "Canon:LensType:61182.40" "Canon RF 800mm F5.6L IS USM + RF2x"
+    "Canon:LensType:61182.41" "Canon RF 1200mm F8L IS USM" "Canon:LensType:61182.42"
+    "Canon RF 1200mm F8L IS USM + RF1.4x" "Canon:LensType:61182.43"
+    "Canon RF 1200mm F8L IS USM + RF2x" "Canon:LensType:61182.44"
+    "Canon RF 5.2mm F2.8L Dual Fisheye 3D VR" "Canon:LensType:61182.45"
+    "Canon RF 15-30mm F4.5-6.3 IS STM" "Canon:LensType:61182.46" "Canon RF 135mm F1.8 L IS USM"
+    "Canon:LensType:61182.47" "Canon RF 24-50mm F4.5-6.3 IS STM" "Canon:LensType:61182.48"
+    "Canon RF-S 55-210mm F5-7.1 IS STM" "Canon:LensType:61182.49" "Canon RF 100-300mm F2.8L IS USM"
+    "Canon:LensType:61182.5" "Canon RF 85mm F1.2L USM DS" "Canon:LensType:61182.50"
+    "Canon RF 100-300mm F2.8L IS USM + RF1.4x" "Canon:LensType:61182.51"
+    "Canon RF 100-300mm F2.8L IS USM + RF2x" "Canon:LensType:61182.52"
+    "Canon RF 10-20mm F4 L IS STM" "Canon:LensType:61182.53" "Canon RF 28mm F2.8 STM"
+    "Canon:LensType:61182.6" "Canon RF 24-70mm F2.8L IS USM" "Canon:LensType:61182.7"
+    "Canon RF 15-35mm F2.8L IS USM" "Canon:LensType:61182.8" "Canon RF 24-240mm F4-6.3 IS USM"
+    "Canon:LensType:61182.9" "Canon RF 70-200mm F2.8L IS USM" "Canon:LensType:61491"
+    "Canon CN-E 14mm T3.1 L F" "Canon:LensType:61492" "Canon CN-E 24mm T1.5 L F"
+    "Canon:LensType:61494" "Canon CN-E 85mm T1.3 L F" "Canon:LensType:61495"
+    "Canon CN-E 135mm T2.2 L F" "Canon:LensType:61496" "Canon CN-E 35mm T1.5 L F"
+    "Canon:LensType:624" "Sigma 70-200mm f/2.8 DG OS HSM | S or other Sigma Lens"
+    "Canon:LensType:624.1" "Sigma 150-600mm f/5-6.3 | C" "Canon:LensType:63"
+    "Irix 30mm F1.4 Dragonfly" "Canon:LensType:65535" "Canon:LensType:7" "Canon EF 100-300mm f/5.6L"
+    "Canon:LensType:747" "Canon EF 100-400mm f/4.5-5.6L IS II USM or Tamron Lens"
+    "Canon:LensType:747.1" "Tamron SP 150-600mm f/5-6.3 Di VC USD G2" "Canon:LensType:748"
+    "Canon EF 100-400mm f/4.5-5.6L IS II USM + 1.4x or Tamron Lens" "Canon:LensType:748.1"
+    "Tamron 100-400mm f/4.5-6.3 Di VC USD A035E + 1.4x" "Canon:LensType:748.2"
+    "Tamron 70-210mm f/4 Di VC USD (A034) + 2x" "Canon:LensType:749"
+    "Tamron 100-400mm f/4.5-6.3 Di VC USD A035E + 2x" "Canon:LensType:750"
+    "Canon EF 35mm f/1.4L II USM or Tamron Lens" "Canon:LensType:750.1"
+    "Tamron SP 85mm f/1.8 Di VC USD (F016)" "Canon:LensType:750.2" "Canon:LensType:751"
+    "Canon EF 16-35mm f/2.8L III USM" "Canon:LensType:752" "Canon EF 24-105mm f/4L IS II USM"
+    "Canon:LensType:753" "Canon EF 85mm f/1.4L IS USM" "Canon:LensType:754"
+    "Canon EF 70-200mm f/4L IS II USM" "Canon:LensType:757" "Canon EF 400mm f/2.8L IS III USM"
+    "Canon:LensType:758" "Canon EF 600mm f/4L IS III USM" "Canon:LensType:8"
+    "Canon EF 100-300mm f/5.6 or Sigma or Tokina Lens" "Canon:LensType:8.1"
+    "Sigma 70-300mm f/4-5.6 [APO] DG Macro" "Canon:LensType:8.2"
+    "Tokina AT-X 242 AF 24-200mm f/3.5-5.6" "Canon:LensType:80" "Canon TS-E 50mm f/2.8L Macro"
+    "Canon:LensType:81" "Canon TS-E 90mm f/2.8L Macro" "Canon:LensType:82"
+    "Canon TS-E 135mm f/4L Macro" "Canon:LensType:9" "Canon EF 70-210mm f/4" "Canon:LensType:9.1"
+    "Sigma 55-200mm f/4-5.6 DC" "Canon:LensType:94" "Canon TS-E 17mm f/4L" "Canon:LensType:95"
+    "Canon TS-E 24mm f/3.5L II" "Canon:LinearityUpperMargin" "Linearity Upper Margin"
+    "Canon:LiveViewShooting" "Live View Shooting" "Canon:LiveViewShooting:0"
+    "Canon:LiveViewShooting:1" "Canon:LongExposureNoiseReduction" "Long Exposure Noise Reduction"
+    "Canon:LongExposureNoiseReduction2" "Long Exposure Noise Reduction 2"
+    "Canon:LongExposureNoiseReduction2:0" "Canon:LongExposureNoiseReduction2:1" "On (1D)"
+    "Canon:LongExposureNoiseReduction2:3" "Canon:LongExposureNoiseReduction2:4"
+    "Canon:LongExposureNoiseReduction:0" "Canon:LongExposureNoiseReduction:1"
+    "Canon:LongExposureNoiseReduction:2" "Canon:MacroMagnification" "Macro Magnification"
+    "Canon:MacroMode" "Macro Mode" "Canon:MacroMode:1" "Canon:MacroMode:2" "Canon:MakerNoteCanon"
+    "Canon:ManualAFPointSelPattern" "Manual AF Point Sel Pattern" "Canon:ManualAFPointSelPattern:0"
+    "Stops at AF Area Edges" "Canon:ManualAFPointSelPattern:1" "Canon:ManualFlashOutput"
+    "Manual Flash Output" "Canon:ManualFlashOutput:0" "Canon:ManualFlashOutput:1280" "Full"
+    "Canon:ManualFlashOutput:1282" "Canon:ManualFlashOutput:1284" "Canon:ManualFlashOutput:32767"
+    "Canon:MaxAperture" "Max Aperture" "Canon:MaxFocalLength" "Max Focal Length" "Canon:MeasuredEV"
+    "Measured EV" "Canon:MeasuredEV2" "Measured EV 2" "Canon:MeasuredEV3" "Measured EV 3"
+    "Canon:MeasuredRGGB" "Measured RGGB" "Canon:MeasuredRGGBData" "Measured RGGB Data"
+    "Canon:MeteringMode" "Metering Mode" "Canon:MeteringMode:0" "Default" "Canon:MeteringMode:1"
+    "Canon:MeteringMode:2" "Average" "Canon:MeteringMode:3" "Evaluative" "Canon:MeteringMode:4"
+    "Partial" "Canon:MeteringMode:5" "Center-weighted average" "Canon:MinAperture" "Min Aperture"
+    "Canon:MinFocalLength" "Min Focal Length" "Canon:MiniatureFilter" "Miniature Filter"
+    "Canon:MiniatureFilter:-1" "Canon:MiniatureFilterOrientation" "Miniature Filter Orientation"
+    "Canon:MiniatureFilterOrientation:0" "Horizontal" "Canon:MiniatureFilterOrientation:1"
+    "Vertical" "Canon:MiniatureFilterParameter" "Miniature Filter Parameter"
+    "Canon:MiniatureFilterPosition" "Miniature Filter Position" "Canon:ModifiedColorTemp"
+    "Modified Color Temp" "Canon:ModifiedDigitalGain" "Modified Digital Gain"
+    "Canon:ModifiedParamFlag" "Modified Param Flag" "Canon:ModifiedPictureStyle"
+    "Modified Picture Style" "Canon:ModifiedPictureStyle:0" "Canon:ModifiedPictureStyle:1"
+    "Canon:ModifiedPictureStyle:129" "Canon:ModifiedPictureStyle:130"
+    "Canon:ModifiedPictureStyle:131" "Canon:ModifiedPictureStyle:132"
+    "Canon:ModifiedPictureStyle:133" "Canon:ModifiedPictureStyle:134"
+    "Canon:ModifiedPictureStyle:135" "Canon:ModifiedPictureStyle:136" "Fine Detail"
+    "Canon:ModifiedPictureStyle:2" "Canon:ModifiedPictureStyle:255" "Canon:ModifiedPictureStyle:3"
+    "High Saturation" "Canon:ModifiedPictureStyle:33" "User Def. 1" "Canon:ModifiedPictureStyle:34"
+    "User Def. 2" "Canon:ModifiedPictureStyle:35" "User Def. 3" "Canon:ModifiedPictureStyle:4"
+    "Canon:ModifiedPictureStyle:5" "Low Saturation" "Canon:ModifiedPictureStyle:6" "CM Set 1"
+    "Canon:ModifiedPictureStyle:65" "PC 1" "Canon:ModifiedPictureStyle:65535"
+    "Canon:ModifiedPictureStyle:66" "PC 2" "Canon:ModifiedPictureStyle:67" "PC 3"
+    "Canon:ModifiedPictureStyle:7" "CM Set 2" "Canon:ModifiedSensorBlueLevel"
+    "Modified Sensor Blue Level" "Canon:ModifiedSensorRedLevel" "Modified Sensor Red Level"
+    "Canon:ModifiedSharpness" "Modified Sharpness" "Canon:ModifiedSharpnessFreq"
+    "Modified Sharpness Freq" "Canon:ModifiedSharpnessFreq:0" "Canon:ModifiedSharpnessFreq:1"
+    "Lowest" "Canon:ModifiedSharpnessFreq:2" "Canon:ModifiedSharpnessFreq:3"
+    "Canon:ModifiedSharpnessFreq:4" "Canon:ModifiedSharpnessFreq:5" "Highest"
+    "Canon:ModifiedToneCurve" "Modified Tone Curve" "Canon:ModifiedToneCurve:0"
+    "Canon:ModifiedToneCurve:1" "Canon:ModifiedToneCurve:2" "Custom" "Canon:ModifiedWhiteBalance"
+    "Modified White Balance" "Canon:ModifiedWhiteBalance:0" "Canon:ModifiedWhiteBalance:1"
+    "Daylight" "Canon:ModifiedWhiteBalance:10" "PC Set1" "Canon:ModifiedWhiteBalance:11" "PC Set2"
+    "Canon:ModifiedWhiteBalance:12" "PC Set3" "Canon:ModifiedWhiteBalance:14" "Daylight Fluorescent"
+    "Canon:ModifiedWhiteBalance:15" "Custom 1" "Canon:ModifiedWhiteBalance:16" "Custom 2"
+    "Canon:ModifiedWhiteBalance:17" "Canon:ModifiedWhiteBalance:18" "Custom 3"
+    "Canon:ModifiedWhiteBalance:19" "Custom 4" "Canon:ModifiedWhiteBalance:2" "Cloudy"
+    "Canon:ModifiedWhiteBalance:20" "PC Set4" "Canon:ModifiedWhiteBalance:21" "PC Set5"
+    "Canon:ModifiedWhiteBalance:23" "Auto (ambience priority)" "Canon:ModifiedWhiteBalance:3"
+    "Tungsten" "Canon:ModifiedWhiteBalance:4" "Fluorescent" "Canon:ModifiedWhiteBalance:5"
+    "Canon:ModifiedWhiteBalance:6" "Canon:ModifiedWhiteBalance:7" "Canon:ModifiedWhiteBalance:8"
+    "Shade" "Canon:ModifiedWhiteBalance:9" "Manual Temperature (Kelvin)"
+    "Canon:ModifiedWhiteBalanceBlue" "Modified White Balance Blue" "Canon:ModifiedWhiteBalanceRed"
+    "Modified White Balance Red" "Canon:MultiExposure" "Multi Exposure" "Canon:MultiExposure:0"
+    "Canon:MultiExposure:1" "Canon:MultiExposure:2" "On (RAW)" "Canon:MultiExposureControl"
+    "Multi Exposure Control" "Canon:MultiExposureControl:0" "Additive"
+    "Canon:MultiExposureControl:1" "Canon:MultiExposureControl:2" "Bright (comparative)"
+    "Canon:MultiExposureControl:3" "Dark (comparative)" "Canon:MultiExposureShots"
+    "Multi Exposure Shots" "Canon:MyColorMode" "My Color Mode" "Canon:MyColorMode:0"
+    "Canon:MyColorMode:1" "Positive Film" "Canon:MyColorMode:12" "Canon:MyColorMode:13"
+    "Canon:MyColorMode:14" "Canon:MyColorMode:15" "B&W" "Canon:MyColorMode:2" "Light Skin Tone"
+    "Canon:MyColorMode:3" "Dark Skin Tone" "Canon:MyColorMode:4" "Vivid Blue" "Canon:MyColorMode:5"
+    "Vivid Green" "Canon:MyColorMode:6" "Vivid Red" "Canon:MyColorMode:7" "Canon:MyColorMode:8"
+    "Canon:MyColorMode:9" "Canon:NDFilter" "ND Filter" "Canon:NDFilter:-1" "Canon:NDFilter:0"
+    "Canon:NDFilter:1" "Canon:NormalWhiteLevel" "Normal White Level" "Canon:NumAFPoints"
+    "Num AF Points" "Canon:OneShotAFRelease" "One Shot AF Release" "Canon:OneShotAFRelease:0"
+    "Canon:OneShotAFRelease:1" "Canon:OpticalZoomCode" "Optical Zoom Code"
+    "Canon:OrientationLinkedAF" "Orientation Linked AF" "Canon:OrientationLinkedAF:0"
+    "Same for Vert/Horiz Points" "Canon:OrientationLinkedAF:1" "Separate Vert/Horiz Points"
+    "Canon:OrientationLinkedAF:2" "Separate Area+Points" "Canon:OriginalDecisionDataOffset"
+    "Original Decision Data Offset" "Canon:OriginalImageHeight" "Original Image Height"
+    "Canon:OriginalImageWidth" "Original Image Width" "Canon:OwnerName" "Owner Name"
+    "Canon:PaintingFilter" "Painting Filter" "Canon:PaintingFilter:-1" "Canon:PanoramaDirection"
+    "Panorama Direction" "Canon:PanoramaDirection:0" "Left to Right" "Canon:PanoramaDirection:1"
+    "Right to Left" "Canon:PanoramaDirection:2" "Bottom to Top" "Canon:PanoramaDirection:3"
+    "Top to Bottom" "Canon:PanoramaDirection:4" "2x2 Matrix (Clockwise)" "Canon:PanoramaFrameNumber"
+    "Panorama Frame Number" "Canon:PerChannelBlackLevel" "Per Channel Black Level"
+    "Canon:PeripheralIlluminationCorr" "Peripheral Illumination Corr"
+    "Canon:PeripheralIlluminationCorr:0" "Canon:PeripheralIlluminationCorr:1"
+    "Canon:PeripheralLighting" "Peripheral Lighting" "Canon:PeripheralLighting:0"
+    "Canon:PeripheralLighting:1" "Canon:PeripheralLightingSetting" "Peripheral Lighting Setting"
+    "Canon:PeripheralLightingSetting:0" "Canon:PeripheralLightingSetting:1"
+    "Canon:PeripheralLightingValue" "Peripheral Lighting Value" "Canon:PhotoEffect" "Photo Effect"
+    "Canon:PhotoEffect:0" "Canon:PhotoEffect:1" "Canon:PhotoEffect:100" "My Color Data"
+    "Canon:PhotoEffect:2" "Canon:PhotoEffect:3" "Smooth" "Canon:PhotoEffect:4" "Canon:PhotoEffect:5"
+    "Canon:PhotoEffect:6" "Canon:PictureStyle" "Picture Style" "Canon:PictureStyle:0"
+    "Canon:PictureStyle:1" "Canon:PictureStyle:129" "Canon:PictureStyle:130"
+    "Canon:PictureStyle:131" "Canon:PictureStyle:132" "Canon:PictureStyle:133"
+    "Canon:PictureStyle:134" "Canon:PictureStyle:135" "Canon:PictureStyle:136"
+    "Canon:PictureStyle:2" "Canon:PictureStyle:255" "Canon:PictureStyle:3" "Canon:PictureStyle:33"
+    "Canon:PictureStyle:34" "Canon:PictureStyle:35" "Canon:PictureStyle:4" "Canon:PictureStyle:5"
+    "Canon:PictureStyle:6" "Canon:PictureStyle:65" "Canon:PictureStyle:65535"
+    "Canon:PictureStyle:66" "Canon:PictureStyle:67" "Canon:PictureStyle:7" "Canon:PictureStylePC"
+    "Picture Style PC" "Canon:PictureStylePC:0" "Canon:PictureStylePC:1" "Canon:PictureStylePC:129"
+    "Canon:PictureStylePC:130" "Canon:PictureStylePC:131" "Canon:PictureStylePC:132"
+    "Canon:PictureStylePC:133" "Canon:PictureStylePC:134" "Canon:PictureStylePC:135"
+    "Canon:PictureStylePC:136" "Canon:PictureStylePC:2" "Canon:PictureStylePC:255"
+    "Canon:PictureStylePC:3" "Canon:PictureStylePC:33" "Canon:PictureStylePC:34"
+    "Canon:PictureStylePC:35" "Canon:PictureStylePC:4" "Canon:PictureStylePC:5"
+    "Canon:PictureStylePC:6" "Canon:PictureStylePC:65" "Canon:PictureStylePC:65535"
+    "Canon:PictureStylePC:66" "Canon:PictureStylePC:67" "Canon:PictureStylePC:7"
+    "Canon:PictureStyleUserDef" "Picture Style User Def" "Canon:PictureStyleUserDef:0"
+    "Canon:PictureStyleUserDef:1" "Canon:PictureStyleUserDef:129" "Canon:PictureStyleUserDef:130"
+    "Canon:PictureStyleUserDef:131" "Canon:PictureStyleUserDef:132" "Canon:PictureStyleUserDef:133"
+    "Canon:PictureStyleUserDef:134" "Canon:PictureStyleUserDef:135" "Canon:PictureStyleUserDef:136"
+    "Canon:PictureStyleUserDef:2" "Canon:PictureStyleUserDef:255" "Canon:PictureStyleUserDef:3"
+    "Canon:PictureStyleUserDef:33" "Canon:PictureStyleUserDef:34" "Canon:PictureStyleUserDef:35"
+    "Canon:PictureStyleUserDef:4" "Canon:PictureStyleUserDef:5" "Canon:PictureStyleUserDef:6"
+    "Canon:PictureStyleUserDef:65" "Canon:PictureStyleUserDef:65535" "Canon:PictureStyleUserDef:66"
+    "Canon:PictureStyleUserDef:67" "Canon:PictureStyleUserDef:7" "Canon:PreviewImageHeight"
+    "Canon:PreviewImageLength" "Preview Image Length" "Canon:PreviewImageStart"
+    "Preview Image Start" "Canon:PreviewImageWidth" "Canon:PreviewQuality" "Canon:PreviewQuality:-1"
+    "Canon:PreviewQuality:1" "Economy" "Canon:PreviewQuality:130" "Light (RAW)"
+    "Canon:PreviewQuality:131" "Standard (RAW)" "Canon:PreviewQuality:2" "Canon:PreviewQuality:3"
+    "Fine" "Canon:PreviewQuality:4" "Canon:PreviewQuality:5" "Superfine" "Canon:PreviewQuality:7"
+    "CRAW" "Canon:PrimaryAFPoint" "Primary AF Point" "Canon:Quality" "Canon:Quality:-1"
+    "Canon:Quality:1" "Canon:Quality:130" "Canon:Quality:131" "Canon:Quality:2" "Canon:Quality:3"
+    "Canon:Quality:4" "Canon:Quality:5" "Canon:Quality:7" "Canon:RFLensType" "RF Lens Type"
+    "Canon:RFLensType:0" "Canon:RFLensType:257" "Canon RF 50mm F1.2L USM" "Canon:RFLensType:258"
+    "Canon:RFLensType:259" "Canon:RFLensType:260" "Canon:RFLensType:261" "Canon:RFLensType:262"
+    "Canon:RFLensType:263" "Canon:RFLensType:264" "Canon:RFLensType:265" "Canon:RFLensType:266"
+    "Canon:RFLensType:267" "Canon:RFLensType:268" "Canon:RFLensType:269" "Canon:RFLensType:270"
+    "Canon:RFLensType:271" "Canon:RFLensType:272" "Canon:RFLensType:273" "Canon:RFLensType:274"
+    "Canon:RFLensType:275" "Canon:RFLensType:276" "Canon:RFLensType:277" "Canon:RFLensType:278"
+    "Canon:RFLensType:279" "Canon:RFLensType:280" "Canon:RFLensType:281" "Canon:RFLensType:282"
+    "Canon:RFLensType:283" "Canon:RFLensType:284" "Canon:RFLensType:285" "Canon:RFLensType:286"
+    "Canon:RFLensType:287" "Canon:RFLensType:288" "Canon:RFLensType:289" "Canon:RFLensType:290"
+    "Canon:RFLensType:291" "Canon:RFLensType:292" "Canon:RFLensType:293" "Canon:RFLensType:294"
+    "Canon:RFLensType:295" "Canon:RFLensType:296" "Canon:RFLensType:297" "Canon:RFLensType:298"
+    "Canon:RFLensType:299" "Canon:RFLensType:300" "Canon:RFLensType:301" "Canon:RFLensType:302"
+    "Canon:RFLensType:303" "Canon:RFLensType:304" "Canon:RFLensType:305" "Canon:RFLensType:306"
+    "Canon:RFLensType:307" "Canon:RFLensType:308" "Canon:RFLensType:312" "Canon:RFLensType:313"
+    "Canon:RawBurstImageCount" "Raw Burst Image Count" "Canon:RawBurstImageNum"
+    "Raw Burst Image Num" "Canon:RawDataLength" "Raw Data Length" "Canon:RawDataOffset"
+    "Raw Data Offset" "Canon:RawJpgQuality" "Raw Jpg Quality" "Canon:RawJpgQuality:-1"
+    "Canon:RawJpgQuality:1" "Canon:RawJpgQuality:130" "Canon:RawJpgQuality:131"
+    "Canon:RawJpgQuality:2" "Canon:RawJpgQuality:3" "Canon:RawJpgQuality:4" "Canon:RawJpgQuality:5"
+    "Canon:RawJpgQuality:7" "Canon:RawJpgSize" "Raw Jpg Size" "Canon:RawJpgSize:-1"
+    "Canon:RawJpgSize:0" "Canon:RawJpgSize:1" "Canon:RawJpgSize:10" "Canon:RawJpgSize:128"
+    "Canon:RawJpgSize:129" "Canon:RawJpgSize:130" "Canon:RawJpgSize:137" "Canon:RawJpgSize:14"
+    "Canon:RawJpgSize:142" "Canon:RawJpgSize:143" "Canon:RawJpgSize:15" "Canon:RawJpgSize:16"
+    "Canon:RawJpgSize:2" "Canon:RawJpgSize:5" "Canon:RawJpgSize:6" "Canon:RawJpgSize:7"
+    "Canon:RawJpgSize:8" "Canon:RawJpgSize:9" "Canon:RawMeasuredRGGB" "Raw Measured RGGB"
+    "Canon:RecordMode" "Record Mode" "Canon:RecordMode:1" "Canon:RecordMode:10" "MP4"
+    "Canon:RecordMode:11" "CRM" "Canon:RecordMode:12" "CR3" "Canon:RecordMode:13" "CR3+JPEG"
+    "Canon:RecordMode:14" "HIF" "Canon:RecordMode:15" "CR3+HIF" "Canon:RecordMode:2" "CRW+THM"
+    "Canon:RecordMode:3" "AVI+THM" "Canon:RecordMode:4" "TIF" "Canon:RecordMode:5" "TIF+JPEG"
+    "Canon:RecordMode:6" "CR2" "Canon:RecordMode:7" "CR2+JPEG" "Canon:RecordMode:9" "MOV"
+    "Canon:Rotation" "Canon:SRAWQuality" "SRAW Quality" "Canon:SRAWQuality:0" "Canon:SRAWQuality:1"
+    "sRAW1 (mRAW)" "Canon:SRAWQuality:2" "sRAW2 (sRAW)" "Canon:Saturation" "Canon:Saturation:0"
+    "Canon:SaturationAuto" "Saturation Auto" "Canon:SaturationAuto:-559038737"
+    "Canon:SaturationFaithful" "Saturation Faithful" "Canon:SaturationFaithful:-559038737"
+    "Canon:SaturationLandscape" "Saturation Landscape" "Canon:SaturationLandscape:-559038737"
+    "Canon:SaturationMonochrome" "Saturation Monochrome" "Canon:SaturationMonochrome:-559038737"
+    "Canon:SaturationNeutral" "Saturation Neutral" "Canon:SaturationNeutral:-559038737"
+    "Canon:SaturationPortrait" "Saturation Portrait" "Canon:SaturationPortrait:-559038737"
+    "Canon:SaturationStandard" "Saturation Standard" "Canon:SaturationStandard:-559038737"
+    "Canon:SaturationUserDef1" "Saturation User Def 1" "Canon:SaturationUserDef1:-559038737"
+    "Canon:SaturationUserDef2" "Saturation User Def 2" "Canon:SaturationUserDef2:-559038737"
+    "Canon:SaturationUserDef3" "Saturation User Def 3" "Canon:SaturationUserDef3:-559038737"
+    "Canon:SelectAFAreaSelectionMode" "Select AF Area Selection Mode"
+    "Canon:SelectAFAreaSelectionMode:1" "Canon:SelectAFAreaSelectionMode:16"
+    "Canon:SelectAFAreaSelectionMode:2" "Canon:SelectAFAreaSelectionMode:32"
+    "Canon:SelectAFAreaSelectionMode:4" "Canon:SelectAFAreaSelectionMode:8" "Canon:SelfTimer"
+    "Self Timer" "Canon:SelfTimer2" "Self Timer 2" "Canon:SensorBlueLevel" "Sensor Blue Level"
+    "Canon:SensorBottomBorder" "Sensor Bottom Border" "Canon:SensorHeight" "Sensor Height"
+    "Canon:SensorLeftBorder" "Sensor Left Border" "Canon:SensorRedLevel" "Sensor Red Level"
+    "Canon:SensorRightBorder" "Sensor Right Border" "Canon:SensorTopBorder" "Sensor Top Border"
+    "Canon:SensorWidth" "Sensor Width" "Canon:SequenceNumber" "Shot Number In Continuous Burst"
+    "Canon:SerialNumber" "Canon:SerialNumberFormat" "Serial Number Format"
+    "Canon:SerialNumberFormat:2415919104" "Format 1" "Canon:SerialNumberFormat:2684354560"
+    "Format 2" "Canon:Sharpness" "Canon:SharpnessAuto" "Sharpness Auto"
+    "Canon:SharpnessAuto:-559038737" "Canon:SharpnessFaithful" "Sharpness Faithful"
+    "Canon:SharpnessFaithful:-559038737" "Canon:SharpnessFreqTable" "Sharpness Freq Table"
+    "Canon:SharpnessFrequency" "Sharpness Frequency" "Canon:SharpnessFrequency:0"
+    "Canon:SharpnessFrequency:1" "Canon:SharpnessFrequency:2" "Canon:SharpnessFrequency:3"
+    "Canon:SharpnessFrequency:4" "Canon:SharpnessFrequency:5" "Canon:SharpnessLandscape"
+    "Sharpness Landscape" "Canon:SharpnessLandscape:-559038737" "Canon:SharpnessMonochrome"
+    "Sharpness Monochrome" "Canon:SharpnessMonochrome:-559038737" "Canon:SharpnessNeutral"
+    "Sharpness Neutral" "Canon:SharpnessNeutral:-559038737" "Canon:SharpnessPortrait"
+    "Sharpness Portrait" "Canon:SharpnessPortrait:-559038737" "Canon:SharpnessStandard"
+    "Sharpness Standard" "Canon:SharpnessStandard:-559038737" "Canon:SharpnessTable"
+    "Sharpness Table" "Canon:SharpnessUserDef1" "Sharpness User Def 1"
+    "Canon:SharpnessUserDef1:-559038737" "Canon:SharpnessUserDef2" "Sharpness User Def 2"
+    "Canon:SharpnessUserDef2:-559038737" "Canon:SharpnessUserDef3" "Sharpness User Def 3"
+    "Canon:SharpnessUserDef3:-559038737" "Canon:ShortOwnerName" "Short Owner Name"
+    "Canon:ShutterCount" "Shutter Count" "Canon:ShutterMode" "Shutter Mode" "Canon:ShutterMode:0"
+    "Mechanical" "Canon:ShutterMode:1" "Electronic First Curtain" "Canon:ShutterMode:2" "Electronic"
+    "Canon:SlowShutter" "Slow Shutter" "Canon:SlowShutter:-1" "Canon:SlowShutter:0"
+    "Canon:SlowShutter:1" "Canon:SlowShutter:2" "Canon:SlowShutter:3" "Canon:SoftFocusFilter"
+    "Soft Focus Filter" "Canon:SoftFocusFilter:-1" "Canon:SpecularWhiteLevel" "Specular White Level"
+    "Canon:SpotMeteringMode" "Spot Metering Mode" "Canon:SpotMeteringMode:0"
+    "Canon:SpotMeteringMode:1" "Canon:SuperMacro" "Canon:SuperMacro:0" "Canon:SuperMacro:1" "On (1)"
+    "Canon:SuperMacro:2" "Canon:TargetAperture" "Target Aperture" "Canon:TargetExposureTime"
+    "Target Exposure Time" "Canon:ThumbnailImage" "Canon:ThumbnailImageValidArea"
+    "Thumbnail Image Valid Area" "Canon:TimeStamp" "Time Stamp" "Canon:TimeStamp1" "Time Stamp 1"
+    "Canon:TimeZone" "Time Zone" "Canon:TimeZoneCity" "Time Zone City" "Canon:TimeZoneCity:0"
+    "Canon:TimeZoneCity:1" "Chatham Islands" "Canon:TimeZoneCity:10" "Dhaka" "Canon:TimeZoneCity:11"
+    "Kathmandu" "Canon:TimeZoneCity:12" "Delhi" "Canon:TimeZoneCity:13" "Karachi"
+    "Canon:TimeZoneCity:14" "Kabul" "Canon:TimeZoneCity:15" "Dubai" "Canon:TimeZoneCity:16" "Tehran"
+    "Canon:TimeZoneCity:17" "Moscow" "Canon:TimeZoneCity:18" "Cairo" "Canon:TimeZoneCity:19" "Paris"
+    "Canon:TimeZoneCity:2" "Wellington" "Canon:TimeZoneCity:20" "London" "Canon:TimeZoneCity:21"
+    "Azores" "Canon:TimeZoneCity:22" "Fernando de Noronha" "Canon:TimeZoneCity:23" "Sao Paulo"
+    "Canon:TimeZoneCity:24" "Newfoundland" "Canon:TimeZoneCity:25" "Santiago"
+    "Canon:TimeZoneCity:26" "Caracas" "Canon:TimeZoneCity:27" "New York" "Canon:TimeZoneCity:28"
+    "Chicago" "Canon:TimeZoneCity:29" "Denver" "Canon:TimeZoneCity:3" "Solomon Islands"
+    "Canon:TimeZoneCity:30" "Los Angeles" "Canon:TimeZoneCity:31" "Anchorage"
+    "Canon:TimeZoneCity:32" "Honolulu" "Canon:TimeZoneCity:32766" "(not set)"
+    "Canon:TimeZoneCity:33" "Samoa" "Canon:TimeZoneCity:4" "Sydney" "Canon:TimeZoneCity:5"
+    "Adelaide" "Canon:TimeZoneCity:6" "Tokyo" "Canon:TimeZoneCity:7" "Hong Kong"
+    "Canon:TimeZoneCity:8" "Bangkok" "Canon:TimeZoneCity:9" "Yangon" "Canon:ToneCurve" "Tone Curve"
+    "Canon:ToneCurve:0" "Canon:ToneCurve:1" "Canon:ToneCurve:2" "Canon:ToneCurveMatching"
+    "Tone Curve Matching" "Canon:ToneCurveTable" "Tone Curve Table" "Canon:ToningEffect"
+    "Toning Effect" "Canon:ToningEffect:0" "Canon:ToningEffect:1" "Canon:ToningEffect:2" "Blue"
+    "Canon:ToningEffect:3" "Purple" "Canon:ToningEffect:4" "Canon:ToningEffectAuto"
+    "Toning Effect Auto" "Canon:ToningEffectAuto:-559038737" "Canon:ToningEffectAuto:0"
+    "Canon:ToningEffectAuto:1" "Canon:ToningEffectAuto:2" "Canon:ToningEffectAuto:3"
+    "Canon:ToningEffectAuto:4" "Canon:ToningEffectFaithful" "Toning Effect Faithful"
+    "Canon:ToningEffectFaithful:-559038737" "Canon:ToningEffectLandscape" "Toning Effect Landscape"
+    "Canon:ToningEffectLandscape:-559038737" "Canon:ToningEffectMonochrome"
+    "Toning Effect Monochrome" "Canon:ToningEffectMonochrome:-559038737"
+    "Canon:ToningEffectMonochrome:0" "Canon:ToningEffectMonochrome:1"
+    "Canon:ToningEffectMonochrome:2" "Canon:ToningEffectMonochrome:3"
+    "Canon:ToningEffectMonochrome:4" "Canon:ToningEffectNeutral" "Toning Effect Neutral"
+    "Canon:ToningEffectNeutral:-559038737" "Canon:ToningEffectPortrait" "Toning Effect Portrait"
+    "Canon:ToningEffectPortrait:-559038737" "Canon:ToningEffectStandard" "Toning Effect Standard"
+    "Canon:ToningEffectStandard:-559038737" "Canon:ToningEffectUserDef1" "Toning Effect User Def 1"
+    "Canon:ToningEffectUserDef1:-559038737" "Canon:ToningEffectUserDef1:0"
+    "Canon:ToningEffectUserDef1:1" "Canon:ToningEffectUserDef1:2" "Canon:ToningEffectUserDef1:3"
+    "Canon:ToningEffectUserDef1:4" "Canon:ToningEffectUserDef2" "Toning Effect User Def 2"
+    "Canon:ToningEffectUserDef2:-559038737" "Canon:ToningEffectUserDef2:0"
+    "Canon:ToningEffectUserDef2:1" "Canon:ToningEffectUserDef2:2" "Canon:ToningEffectUserDef2:3"
+    "Canon:ToningEffectUserDef2:4" "Canon:ToningEffectUserDef3" "Toning Effect User Def 3"
+    "Canon:ToningEffectUserDef3:-559038737" "Canon:ToningEffectUserDef3:0"
+    "Canon:ToningEffectUserDef3:1" "Canon:ToningEffectUserDef3:2" "Canon:ToningEffectUserDef3:3"
+    "Canon:ToningEffectUserDef3:4" "Canon:ToyCameraFilter" "Toy Camera Filter"
+    "Canon:ToyCameraFilter:-1" "Canon:USMLensElectronicMF" "USM Lens Electronic MF"
+    "Canon:USMLensElectronicMF:0" "Enable After AF" "Canon:USMLensElectronicMF:1" "Disable After AF"
+    "Canon:USMLensElectronicMF:2" "Disable in AF Mode" "Canon:Unknown_CNDB" "Unknown CNDB"
+    "Canon:UserDef1PictureStyle" "User Def 1 Picture Style" "Canon:UserDef1PictureStyle:129"
+    "Canon:UserDef1PictureStyle:130" "Canon:UserDef1PictureStyle:131"
+    "Canon:UserDef1PictureStyle:132" "Canon:UserDef1PictureStyle:133"
+    "Canon:UserDef1PictureStyle:134" "Canon:UserDef1PictureStyle:135"
+    "Canon:UserDef1PictureStyle:65" "Canon:UserDef1PictureStyle:66" "Canon:UserDef1PictureStyle:67"
+    "Canon:UserDef2PictureStyle" "User Def 2 Picture Style" "Canon:UserDef2PictureStyle:129"
+    "Canon:UserDef2PictureStyle:130" "Canon:UserDef2PictureStyle:131"
+    "Canon:UserDef2PictureStyle:132" "Canon:UserDef2PictureStyle:133"
+    "Canon:UserDef2PictureStyle:134" "Canon:UserDef2PictureStyle:135"
+    "Canon:UserDef2PictureStyle:65" "Canon:UserDef2PictureStyle:66" "Canon:UserDef2PictureStyle:67"
+    "Canon:UserDef3PictureStyle" "User Def 3 Picture Style" "Canon:UserDef3PictureStyle:129"
+    "Canon:UserDef3PictureStyle:130" "Canon:UserDef3PictureStyle:131"
+    "Canon:UserDef3PictureStyle:132" "Canon:UserDef3PictureStyle:133"
+    "Canon:UserDef3PictureStyle:134" "Canon:UserDef3PictureStyle:135"
+    "Canon:UserDef3PictureStyle:65" "Canon:UserDef3PictureStyle:66" "Canon:UserDef3PictureStyle:67"
+    "Canon:VFDisplayIllumination" "VF Display Illumination" "Canon:VFDisplayIllumination:0"
+    "Canon:VFDisplayIllumination:1" "Canon:VFDisplayIllumination:2" "Canon:VRDOffset" "VRD Offset"
+    "Canon:ValidAFPoints" "Valid AF Points" "Canon:VideoCodec" "Video Codec"
+    "Canon:VignettingCorrVersion" "Vignetting Corr Version" "Canon:WBBracketMode" "WB Bracket Mode"
+    "Canon:WBBracketMode:0" "Canon:WBBracketMode:1" "On (shift AB)" "Canon:WBBracketMode:2"
+    "On (shift GM)" "Canon:WBBracketValueAB" "WB Bracket Value AB" "Canon:WBBracketValueGM"
+    "WB Bracket Value GM" "Canon:WBShiftAB" "WB Shift AB" "Canon:WBShiftGM" "WB Shift GM"
+    "Canon:WB_GRBGLevelsAuto" "WB GRBG Levels Auto" "Canon:WB_GRBGLevelsCloudy"
+    "WB GRBG Levels Cloudy" "Canon:WB_GRBGLevelsCustom1" "WB GRBG Levels Custom 1"
+    "Canon:WB_GRBGLevelsCustom2" "WB GRBG Levels Custom 2" "Canon:WB_GRBGLevelsDaylight"
+    "WB GRBG Levels Daylight" "Canon:WB_GRBGLevelsFlash" "WB GRBG Levels Flash"
+    "Canon:WB_GRBGLevelsFluorHigh" "WB GRBG Levels Fluor High" "Canon:WB_GRBGLevelsFluorescent"
+    "WB GRBG Levels Fluorescent" "Canon:WB_GRBGLevelsTungsten" "WB GRBG Levels Tungsten"
+    "Canon:WB_GRBGLevelsUnderwater" "WB GRBG Levels Underwater" "Canon:WB_RGGBBlackLevels"
+    "WB RGGB Black Levels" "Canon:WB_RGGBLevelsAsShot" "WB RGGB Levels As Shot"
+    "Canon:WB_RGGBLevelsAuto" "WB RGGB Levels Auto" "Canon:WB_RGGBLevelsCloudy"
+    "WB RGGB Levels Cloudy" "Canon:WB_RGGBLevelsCustom" "WB RGGB Levels Custom"
+    "Canon:WB_RGGBLevelsCustom1" "WB RGGB Levels Custom 1" "Canon:WB_RGGBLevelsCustom2"
+    "WB RGGB Levels Custom 2" "Canon:WB_RGGBLevelsDaylight" "WB RGGB Levels Daylight"
+    "Canon:WB_RGGBLevelsFlash" "WB RGGB Levels Flash" "Canon:WB_RGGBLevelsFluorescent"
+    "WB RGGB Levels Fluorescent" "Canon:WB_RGGBLevelsKelvin" "WB RGGB Levels Kelvin"
+    "Canon:WB_RGGBLevelsMeasured" "WB RGGB Levels Measured" "Canon:WB_RGGBLevelsPC1"
+    "WB RGGB Levels PC1" "Canon:WB_RGGBLevelsPC2" "WB RGGB Levels PC2" "Canon:WB_RGGBLevelsPC3"
+    "WB RGGB Levels PC3" "Canon:WB_RGGBLevelsShade" "WB RGGB Levels Shade"
+    "Canon:WB_RGGBLevelsTungsten" "WB RGGB Levels Tungsten" "Canon:WB_RGGBLevelsUnknown"
+    "WB RGGB Levels Unknown" "Canon:WB_RGGBLevelsUnknown10" "WB RGGB Levels Unknown 10"
+    "Canon:WB_RGGBLevelsUnknown11" "WB RGGB Levels Unknown 11" "Canon:WB_RGGBLevelsUnknown12"
+    "WB RGGB Levels Unknown 12" "Canon:WB_RGGBLevelsUnknown13" "WB RGGB Levels Unknown 13"
+    "Canon:WB_RGGBLevelsUnknown14" "WB RGGB Levels Unknown 14" "Canon:WB_RGGBLevelsUnknown15"
+    "WB RGGB Levels Unknown 15" "Canon:WB_RGGBLevelsUnknown16" "WB RGGB Levels Unknown 16"
+    "Canon:WB_RGGBLevelsUnknown17" "WB RGGB Levels Unknown 17" "Canon:WB_RGGBLevelsUnknown18"
+    "WB RGGB Levels Unknown 18" "Canon:WB_RGGBLevelsUnknown19" "WB RGGB Levels Unknown 19"
+    "Canon:WB_RGGBLevelsUnknown2" "WB RGGB Levels Unknown 2" "Canon:WB_RGGBLevelsUnknown20"
+    "WB RGGB Levels Unknown 20" "Canon:WB_RGGBLevelsUnknown21" "WB RGGB Levels Unknown 21"
+    "Canon:WB_RGGBLevelsUnknown22" "WB RGGB Levels Unknown 22" "Canon:WB_RGGBLevelsUnknown23"
+    "WB RGGB Levels Unknown 23" "Canon:WB_RGGBLevelsUnknown24" "WB RGGB Levels Unknown 24"
+    "Canon:WB_RGGBLevelsUnknown25" "WB RGGB Levels Unknown 25" "Canon:WB_RGGBLevelsUnknown26"
+    "WB RGGB Levels Unknown 26" "Canon:WB_RGGBLevelsUnknown27" "WB RGGB Levels Unknown 27"
+    "Canon:WB_RGGBLevelsUnknown28" "WB RGGB Levels Unknown 28" "Canon:WB_RGGBLevelsUnknown29"
+    "WB RGGB Levels Unknown 29" "Canon:WB_RGGBLevelsUnknown3" "WB RGGB Levels Unknown 3"
+    "Canon:WB_RGGBLevelsUnknown30" "WB RGGB Levels Unknown 30" "Canon:WB_RGGBLevelsUnknown4"
+    "WB RGGB Levels Unknown 4" "Canon:WB_RGGBLevelsUnknown5" "WB RGGB Levels Unknown 5"
+    "Canon:WB_RGGBLevelsUnknown6" "WB RGGB Levels Unknown 6" "Canon:WB_RGGBLevelsUnknown7"
+    "WB RGGB Levels Unknown 7" "Canon:WB_RGGBLevelsUnknown8" "WB RGGB Levels Unknown 8"
+    "Canon:WB_RGGBLevelsUnknown9" "WB RGGB Levels Unknown 9" "Canon:WatercolorFilter"
+    "Watercolor Filter" "Canon:WatercolorFilter:-1" "Canon:WhiteBalance" "White Balance"
+    "Canon:WhiteBalance:0" "Canon:WhiteBalance:1" "Canon:WhiteBalance:10" "Canon:WhiteBalance:11"
+    "Canon:WhiteBalance:12" "Canon:WhiteBalance:14" "Canon:WhiteBalance:15" "Canon:WhiteBalance:16"
+    "Canon:WhiteBalance:17" "Canon:WhiteBalance:18" "Canon:WhiteBalance:19" "Canon:WhiteBalance:2"
+    "Canon:WhiteBalance:20" "Canon:WhiteBalance:21" "Canon:WhiteBalance:23" "Canon:WhiteBalance:3"
+    "Canon:WhiteBalance:4" "Canon:WhiteBalance:5" "Canon:WhiteBalance:6" "Canon:WhiteBalance:7"
+    "Canon:WhiteBalance:8" "Canon:WhiteBalance:9" "Canon:WhiteBalanceBlue" "White Balance Blue"
+    "Canon:WhiteBalanceMatching" "White Balance Matching" "Canon:WhiteBalanceRed"
+    "White Balance Red" "Canon:WhiteBalanceTable" "White Balance Table" "Canon:ZoomSourceWidth"
+    "Zoom Source Width" "Canon:ZoomTargetWidth" "Zoom Target Width" "未知" "90° CCW (右/上)"
+    "180° (底/右)" "90° CW (左/底)" "图像取向" "0° (上/左)" "快门优先" "光圈优先" "手动" "自动" "色温" "对比度" "标准" "未设置"
+    "数码变焦" "风景" "夜景" "人物" "闪光补偿" "焦距" "自动HDR" "关" "高ISO降噪" "弱" "长时间曝光降噪" "开" "镜头光圈最大值" "测量方式" "点测光"
+    "平均" "部分测光" "中央重点" "太阳光" "阴天" "荧光" "阴影" "标准画质" "精细" "记录模式" "饱和度" "锐度" "白平衡" "日光色荧光灯" "自定义1"
+    "自定义2" "自定义3" "自定义4" "白炽灯" "自定义" "黑白" "Valeur du braquet AEB" "Réglage d'exposition automatique"
+    "Exposition automatique normale" "Compensations d'exposition"
     "Verrouillage de l'exposition automatique"
     "Verrouillage de l'exposition automatique+Compensations d'exposition"
-    "Pas d'exposition automatique""Hauteur de la zone de l'autofocus"
-    "Hauteurs des zones de l'autofocus""Mode de la zone d'autofocus"
-    "Désactivée (mise au point manuelle)""Extension du point AF (surround)"
-    "Extension du point AF (8 points)""Flexizone Multi (49 points)""Flexizone Multi (9 points)"
-    "Flexizone unique)""Grande zone AF""Mise au point automatique à point unique"
-    "Détection de visage""Visage + suivi""Extension du point AF (4 points)"
-    "Largeur de la zone de l'autofocus""Largeurs des zones de l'autofocus"
-    "Positions horizontales Zone de l'autofocus""Positions verticales Zone de l'autofocus"
-    "Faisceau d'assistance de l'autofocus""Hauteur de l'image d'Autofocus"
-    "Largeur de l'image d'Autofocus""Point de l'Autofocus""Aucun (MF)"
-    "Sélection automatique du point d'autofocus""À droite""Au Centre""À gauche"
+    "Pas d'exposition automatique" "Hauteur de la zone de l'autofocus"
+    "Hauteurs des zones de l'autofocus" "Mode de la zone d'autofocus"
+    "Désactivée (mise au point manuelle)" "Extension du point AF (surround)"
+    "Extension du point AF (8 points)" "Flexizone Multi (49 points)" "Flexizone Multi (9 points)"
+    "Flexizone unique)" "Grande zone AF" "Mise au point automatique à point unique"
+    "Détection de visage" "Visage + suivi" "Extension du point AF (4 points)"
+    "Largeur de la zone de l'autofocus" "Largeurs des zones de l'autofocus"
+    "Positions horizontales Zone de l'autofocus" "Positions verticales Zone de l'autofocus"
+    "Faisceau d'assistance de l'autofocus" "Hauteur de l'image d'Autofocus"
+    "Largeur de l'image d'Autofocus" "Point de l'Autofocus" "Aucun (MF)"
+    "Sélection automatique du point d'autofocus" "À droite" "Au Centre" "À gauche"
     "Sélection manuelle du point de mise au point"
-    "Affichage des points d'autofocus pendant la mise au point""Sélectionné (constant)"
-    "Tous (constant)""Sélectionné (pré-auto focus, focalisé)""Sélectionné (focalisé)"
-    "Points d'autofocus dans le focus""Points d'autofocus dans le focus 1D"
-    "Points d'autofocus dans le focus 5D""(aucun)""Au centre""IA Servo 2""En haut à droite"
-    "IA Servo 6""En haut""IA Servo 3""En bas à gauche""En bas""IA Servo 4""IA Servo 1"
-    "En bas à droite""En haut à gauche""IA Servo 5""Au centre et à droite)""À Gauche et à droite"
-    "À Gauche et au centre""Tous""Points d'Autofocus sélectionnés"
-    "Sensibilité du suivi de la mise au point automatique""Sélecteur d'ambiance""Éclatant""Chaud"
-    "Douce""Frais""Plus lumineux""Plus sombre""Ratio d'aspect""3:2 (recadrage APS-H))"
-    "3:2 (recadrage APS-C)""4:3 recadré""Bitrate audio""Bracketing d'exposition automatique"
-    "Activé (prise de vue 1)""Activé (prise de vue 2)""Activé (prise de vue 3)""ISO auto"
-    "Correction auto de luminosité""Faible""Importante""Rotation automatique""Non applicable"
-    "Rotation antihoraire de 90°""Rotation de 180°""Rotation antihoraire de 270°""ISO de référence"
-    "Bordure inférieure du masque noir""Bordure gauche du masque noir"
-    "Bordure droite du masque noir""Bordure supérieure du masque noir""Mode Bracket"
-    "Numéro de cliché en bracketing""Valeur Bracket""Durée du pose longue""ISO de l'appareil photo"
-    "Orientation de l'appareil photo""À l'horizontal (normal)"
-    "Pivoté de 90° dans le sens antihoraire""Pivoté de 270° dans le sens antihoraire"
-    "Style d'image de l'appareil photo""Paysage""Neutre""Défini par l'utilisateur 1"
-    "Défini par l'utilisateur 2""Défini par l'utilisateur 3""Température de l'appareil photo"
-    "Mode d'exposition Canon""Simple""Programme d'exposition automatique"
-    "Priorité à la vitesse d'obturation AE""Priorité à l'ouverture AE""Manuel"
-    "Profondeur de champ AE""Ampoule""Priorité flexible AE""Longueur du fichier Canon"
-    "Version du firmware Canon""Info Flash Canon""Mode Flash Canon""Flash externe"
-    "Réduction yeux rouges""Synchro lente""Réduction yeux rouges (Auto)"
-    "Réduction yeux rouges (Activée)""Hauteur de l'image Canon""Taille de l'image Canon""Grande"
-    "Moyenne""Écran large moyen""Vidéo 640x480""Vidéo moyenne""Petite vidéo""Vidéo 1280x720"
-    "Petite 1""Vidéo 1920x1080""Vidéo 4096x2160""Petite 2""Petite 3""Petite""Moyenne 1""Moyenne 2"
-    "Moyenne 3""Carte postale""Écran large""Type d'image Canon""Largeur de l'image Canon"
-    "Version du journal Canon""Identifiant du modèle Canon""Catégories""(aucune)""Personnes"
-    "Utilisateur 2""Utilisateur 3""Événements""À faire""Utilisateur 1"
-    "Version des données de couleur""Matrice des couleurs""Originale EOS""sRVB""Adobe RVB"
-    "Température couleur telle que capturée""Température couleur Automatique"
-    "Température couleur Nuageux""Température couleur personnalisée"
-    "Température couleur personnalisée 1""Température couleur personnalisée 2"
-    "Température couleur Lumière du jour""Température couleur Flash"
-    "Température couleurs Fluorescent""Température couleur Kelvin""Température couleur mesurée"
-    "Température couleur PC 1""Température couleur PC 2""Température couleur PC 3"
-    "Température couleur Ombre""Température couleur Tungstène""Température couleur""Teinte couleur"
-    "Normale""Tonalité couleur Auto""Tonalité couleur Fidèle""Tonalité couleur Paysage"
-    "Tonalité couleur Monochrome""Tonalité couleur Neutre""Tonalité couleur Portrait"
-    "Tonalité couleur Standard""Tonalité couleur défini par l’utilisateur 1"
-    "Tonalité couleur défini par l’utilisateur 2""Tonalité couleur défini par l’utilisateur 3"
-    "Entraînement continu""Continu""Continu, silencieux""Vidéo""Continu, Priorité à la vitesse"
-    "Continu, bas""Continu, Haut""Simple silencieux""Continu, Haut+""Simple, Silencieux""Contraste"
-    "Fidélité du contraste""Contraste Paysage""Contraste Monochrome""Contraste Neutre"
-    "Contraste Portrait""Contraste Standard""Contraste défini par l'utilisateur 1"
-    "Contraste défini par l'utilisateur 2""Contraste défini par l'utilisateur 3""Mode de contrôle"
-    "Commande locale de la caméra""Télécommande de l'ordinateur""Recadrage de la marge droite"
-    "Recadrage de la marge supérieure""Hauteur de l'image recadrée""Image recadrée gauche"
-    "Image recadrée haut""Largeur de l'image recadrée""Mode Horodatage""Date et heure""Heure d'été"
-    "Gain numérique""Zoom numérique""Index du répertoire""Index du répertoire 2"
-    "Correction de la distorsion""Réglage de la correction de la distorsion""Mode simple"
-    "Totalement automatique""Noir et blanc""Mise au point panoramique""Flash désactivé"
-    "Obturateur long""Super macro""Feuillage""Intérieur""Feu d'artifice""Plage""Subaquatique""Neige"
-    "Enfants & animaux""Prise de vue nocturne""Projecteur""Nuit 2""Nuit+""Macro numérique"
-    "Super Nuit""Coucher de soleil""Scène nocturne""Faible luminosité 2""Instantané de film"
-    "Obturateur rapide""Accentuation des couleurs""Permutation des couleurs"
-    "Effet de lumière créatif""Prise de vue rapide""Auto créatif""Flou de zoom"
-    "Obturateur à vitesse lente""Faible luminosité""Nostalgique""Super éclatant""Effet poster"
-    "Retardateur de visage""Sourire""Minuteur clignotant""Effet Fisheye""Effet miniature"
-    "Raffale haute vitesse""Nuit""Meilleure sélection d'image""Plage dynamique élevée"
-    "Scène nocturne à main levée""Résumé du film""Contrôle du Live View""Discret"
-    "Réduction de l'effet de flou""Effet caméra jouet""Scène Intelligente Auto""Niveaux de gris"
-    "Raffale HQ haute vitesse""Peau lisse""Flou artistique""Alimentation""Sépia"
-    "HDR artistique standard""HDR artistique éclatante""Sport""HDR artistique Gras"
-    "Position visage 1""Position visage 2""Position visage 3""Position visage 4""Position visage 5"
-    "Position visage 6""Position visage 7""Position visage 8""Position visage 9"
-    "Taille du cadre de détection du visage""Largeur de visage""Visages détectés""Index du fichier"
-    "Index 2 du fichier""Numéro du fichier""Effet de filtre""Aucun""Jaune""Rouge""Vert"
-    "Effet filtre Auto""Effet filtre Fidèle""Effet filtre Paysage""Effet filtre Monochrome"
-    "Effet filtre Neutre""Effet filtre Portrait""Effet filtre Standard"
-    "Effet filtre définit par l'utilisateur 1""Effet filtre définit par l'utilisateur 2"
-    "Effet filtre définit par l'utilisateur 3""Révision du micrologiciel""Filtre Fisheye"
-    "Activité du flash""Niveau de batterie du flash""Bits de flash"
-    "Synchronisation du 2ème rideau utilisée""Synchro FP activée""Externe""Synchro FP utilisée"
-    "Intégré""Compensation d'exposition au flash""Numéro du guide du flash""Puissance du flash"
-    "Focale de l'objectif""Taille du plan focal horizontal""Plan focal inconnu"
-    "Taille du plan focal vertical""Type de focal""Fixe""Unités focales""Mise au point continue"
-    "Continue""Manuelle""Distance focale inférieure""Distance focale supérieure"
-    "Mise au point automatique en une seule prise""Hyperfocale""Mise au point manuelle (3)"
-    "Auto, continue""Vidéo Snap Focus""Vidéo Servo AF""Mise au point manuelle (6)"
-    "Plage de mise au point""Infini""Non connue""Très près""Près""Distance moyenne"
-    "Distance lointaine""HDR auto""Effet HDR""Naturel""Art (éclatant)""Art (gras)""Art (embossé)"
-    "Réduction du bruit en sensibilité ISO élevée""Priorité Tonalités lumineuses""Sensibilité ISO"
-    "Stabilisation de l'image""Prise de vue uniquement""Activée (2)""Prise de vue uniquement (2)"
-    "Panoramique (2)""Panoramique""Contraste intelligent""Numéro de série interne""Type d'objectif"
-    "Réduction du bruit en exposition longue""Réduction du bruit en exposition longue 2"
-    "Activée (1D)""Mode Macro""Sortie de flash manuelle""Totale""Basse""Ouverture maximale"
-    "Focale maxi""EV mesuré""EV 2 mesuré""EV 3 mesuré""RVVB mesuré""Donnée RVVB mesurée"
-    "Mode de mesure""Par défaut""Évaluative""Partielle""Moyenne pondérée centrale"
-    "Ouverture minimale""Focale mini""Gain numérique modifié""Style d'image modifié""Fidèle"
-    "Détails fins""Saturation élevée""Saturation faible""CM jeu 1""CM jeu 2"
-    "Niveau rouge modifié du capteur""Doux""Haut""Plus haut""Lumière du jour"
-    "Fluorescente type jour""Temps nuageux""Tungstène (lumière incandescente)""Fluorescente""Ombre"
-    "Balance des blancs modifiée Bleue""Balance des blancs modifiée Rouge""Infos Surimpression"
-    "Nombre de prises de vue""Mode MyColor""Film positif""N&B""Teint de peau clair"
-    "Teint de peau foncé""Bleu éclatant""Vert éclatant""Rouge éclatant""Accentuation de la couleur"
-    "Personnalisé""Filtre ND""Nombre de points de mise au point automatique""Code du zoom optique"
-    "Décalage des données de décision originales""Nom du propriétaire""Niveau de noir par canal"
-    "Correction éclairage périphérique""Désactiver""Activer""Effet Photo""Données My Color"
-    "Style de l'image""Style de l'image PC""Style de l'image défini par l'utilisateur"
-    "Longueur de l'aperçu""Début de l'aperçu""Économie""Légère (RAW)""Super fine""cRAW"
-    "Points de mise au point automatique utilisés""Type d'objectif RF""Décalage données RAW"
-    "Qualité Jpeg RAW""Taille Jpeg RAW""Vidéo 1920 x1080""Mode d'enregistrement""Qualité sRAW"
-    "Saturation Fidèle""Saturation Paysage""Saturation Neutre"
-    "Saturation définie par l\\utilisateur 1""Saturation définie par l\\utilisateur 2"
-    "Saturation définie par l\\utilisateur 3""Minuteur""Minuteur automatique (2)"
-    "Niveau bleu du capteur""Bordure inférieure du capteur""Hauteur du capteur"
-    "Bordure gauche du capteur""Niveau rouge du capteur""Bordure droit du capteur"
-    "Bordure supérieure du capteur""Largeur du capteur""Numéro de Séquence"
-    "Format du numéro de série ""Netteté""Netteté Auto""Netteté Fidèle""Fréquence de netteté"
-    "La plus basse""Haute""La plus haute""Netteté Payasage""Netteté Monochrome""Netteté Neutre"
-    "Netteté Portrait""Netteté Standard""Netteté définie par l'utlisateur 1"
-    "Netteté définie par l'utlisateur 2""Netteté définie par l'utlisateur 3"
-    "Nom abrégé du propriétaire""Décompte des déclenchements""Vitesse d'obturation lente""Nocturne"
-    "Mode de mesurage Spot""Centre""Point de mise au point""Ouverture de la cible"
-    "Temps d'exposition de la cible""Zone de validité de l'image miniature""Horodateur"
-    "Horodateur 1""Fuseau horaire""Zone horaire de la ville""Iles Chatham""Katmandou""Kaboul""Dubaï"
-    "Téhéran""Moscou""Le Caire""Londre""Les Açores""Terre-Neuve""Iles Salomon""(non défini)"
-    "Adélaïde""Rangoun""Courbe de ton""Effet tonifiant""Bleu""Violet""Effet de tonalité Auto"
-    "Effet de tonalité monochrome ""Effet de tonalité personnalisé 1"
-    "Effet de tonalité personnalisé 2""Effet de tonalité personnalisé 3"
-    "MF électronique à objectif USM""Style d’image définit par l’utilisateur 1"
-    "Style d’image définit par l’utilisateur 2""Style d’image définit par l’utilisateur 3"
-    "Décalage VRD""Points de mise au point automatique valides"
-    "Version de la correction du vignettage""Mode Bracketing de la balance des blancs"
-    "Activé (changement AB)""Activé (changement GM)""Balance des blancs Valeur de bracketing AB"
-    "Balance des blancs Valeur de bracketing GM""Décalage Balance des Blancs AB"
-    "Décalage Balance Blancs vert-magenta""Balance des blancs des niveaux RVVB tel que capturé"
-    "Balance des blancs des niveaux RVVB automatiques""Balance des Blancs des niveaux RVVB nuageux"
+    "Affichage des points d'autofocus pendant la mise au point" "Sélectionné (constant)"
+    "Tous (constant)" "Sélectionné (pré-auto focus, focalisé)" "Sélectionné (focalisé)"
+    "Points d'autofocus dans le focus" "Points d'autofocus dans le focus 1D"
+    "Points d'autofocus dans le focus 5D" "(aucun)" "Au centre" "IA Servo 2" "En haut à droite"
+    "IA Servo 6" "En haut" "IA Servo 3" "En bas à gauche" "En bas" "IA Servo 4" "IA Servo 1"
+    "En bas à droite" "En haut à gauche" "IA Servo 5" "Au centre et à droite)"
+    "À Gauche et à droite" "À Gauche et au centre" "Tous" "Points d'Autofocus sélectionnés"
+    "Sensibilité du suivi de la mise au point automatique" "Sélecteur d'ambiance" "Éclatant" "Chaud"
+    "Douce" "Frais" "Plus lumineux" "Plus sombre" "Ratio d'aspect" "3:2 (recadrage APS-H))"
+    "3:2 (recadrage APS-C)" "4:3 recadré" "Bitrate audio" "Bracketing d'exposition automatique"
+    "Activé (prise de vue 1)" "Activé (prise de vue 2)" "Activé (prise de vue 3)" "ISO auto"
+    "Correction auto de luminosité" "Faible" "Importante" "Rotation automatique" "Non applicable"
+    "Rotation antihoraire de 90°" "Rotation de 180°" "Rotation antihoraire de 270°"
+    "ISO de référence" "Bordure inférieure du masque noir" "Bordure gauche du masque noir"
+    "Bordure droite du masque noir" "Bordure supérieure du masque noir" "Mode Bracket"
+    "Numéro de cliché en bracketing" "Valeur Bracket" "Durée du pose longue"
+    "ISO de l'appareil photo" "Orientation de l'appareil photo" "À l'horizontal (normal)"
+    "Pivoté de 90° dans le sens antihoraire" "Pivoté de 270° dans le sens antihoraire"
+    "Style d'image de l'appareil photo" "Paysage" "Neutre" "Défini par l'utilisateur 1"
+    "Défini par l'utilisateur 2" "Défini par l'utilisateur 3" "Température de l'appareil photo"
+    "Mode d'exposition Canon" "Simple" "Programme d'exposition automatique"
+    "Priorité à la vitesse d'obturation AE" "Priorité à l'ouverture AE" "Manuel"
+    "Profondeur de champ AE" "Ampoule" "Priorité flexible AE" "Longueur du fichier Canon"
+    "Version du firmware Canon" "Info Flash Canon" "Mode Flash Canon" "Flash externe"
+    "Réduction yeux rouges" "Synchro lente" "Réduction yeux rouges (Auto)"
+    "Réduction yeux rouges (Activée)" "Hauteur de l'image Canon" "Taille de l'image Canon" "Grande"
+    "Moyenne" "Écran large moyen" "Vidéo 640x480" "Vidéo moyenne" "Petite vidéo" "Vidéo 1280x720"
+    "Petite 1" "Vidéo 1920x1080" "Vidéo 4096x2160" "Petite 2" "Petite 3" "Petite" "Moyenne 1"
+    "Moyenne 2" "Moyenne 3" "Carte postale" "Écran large" "Type d'image Canon"
+    "Largeur de l'image Canon" "Version du journal Canon" "Identifiant du modèle Canon" "Catégories"
+    "(aucune)" "Personnes" "Utilisateur 2" "Utilisateur 3" "Événements" "À faire" "Utilisateur 1"
+    "Version des données de couleur" "Matrice des couleurs" "Originale EOS" "sRVB" "Adobe RVB"
+    "Température couleur telle que capturée" "Température couleur Automatique"
+    "Température couleur Nuageux" "Température couleur personnalisée"
+    "Température couleur personnalisée 1" "Température couleur personnalisée 2"
+    "Température couleur Lumière du jour" "Température couleur Flash"
+    "Température couleurs Fluorescent" "Température couleur Kelvin" "Température couleur mesurée"
+    "Température couleur PC 1" "Température couleur PC 2" "Température couleur PC 3"
+    "Température couleur Ombre" "Température couleur Tungstène" "Température couleur"
+    "Teinte couleur" "Normale" "Tonalité couleur Auto" "Tonalité couleur Fidèle"
+    "Tonalité couleur Paysage" "Tonalité couleur Monochrome" "Tonalité couleur Neutre"
+    "Tonalité couleur Portrait" "Tonalité couleur Standard"
+    "Tonalité couleur défini par l’utilisateur 1" "Tonalité couleur défini par l’utilisateur 2"
+    "Tonalité couleur défini par l’utilisateur 3" "Entraînement continu" "Continu"
+    "Continu, silencieux" "Vidéo" "Continu, Priorité à la vitesse" "Continu, bas" "Continu, Haut"
+    "Simple silencieux" "Continu, Haut+" "Simple, Silencieux" "Contraste" "Fidélité du contraste"
+    "Contraste Paysage" "Contraste Monochrome" "Contraste Neutre" "Contraste Portrait"
+    "Contraste Standard" "Contraste défini par l'utilisateur 1"
+    "Contraste défini par l'utilisateur 2" "Contraste défini par l'utilisateur 3" "Mode de contrôle"
+    "Commande locale de la caméra" "Télécommande de l'ordinateur" "Recadrage de la marge droite"
+    "Recadrage de la marge supérieure" "Hauteur de l'image recadrée" "Image recadrée gauche"
+    "Image recadrée haut" "Largeur de l'image recadrée" "Mode Horodatage" "Date et heure"
+    "Heure d'été" "Gain numérique" "Zoom numérique" "Index du répertoire" "Index du répertoire 2"
+    "Correction de la distorsion" "Réglage de la correction de la distorsion" "Mode simple"
+    "Totalement automatique" "Noir et blanc" "Mise au point panoramique" "Flash désactivé"
+    "Obturateur long" "Super macro" "Feuillage" "Intérieur" "Feu d'artifice" "Plage" "Subaquatique"
+    "Neige" "Enfants & animaux" "Prise de vue nocturne" "Projecteur" "Nuit 2" "Nuit+"
+    "Macro numérique" "Super Nuit" "Coucher de soleil" "Scène nocturne" "Faible luminosité 2"
+    "Instantané de film" "Obturateur rapide" "Accentuation des couleurs" "Permutation des couleurs"
+    "Effet de lumière créatif" "Prise de vue rapide" "Auto créatif" "Flou de zoom"
+    "Obturateur à vitesse lente" "Faible luminosité" "Nostalgique" "Super éclatant" "Effet poster"
+    "Retardateur de visage" "Sourire" "Minuteur clignotant" "Effet Fisheye" "Effet miniature"
+    "Raffale haute vitesse" "Nuit" "Meilleure sélection d'image" "Plage dynamique élevée"
+    "Scène nocturne à main levée" "Résumé du film" "Contrôle du Live View" "Discret"
+    "Réduction de l'effet de flou" "Effet caméra jouet" "Scène Intelligente Auto" "Niveaux de gris"
+    "Raffale HQ haute vitesse" "Peau lisse" "Flou artistique" "Alimentation" "Sépia"
+    "HDR artistique standard" "HDR artistique éclatante" "Sport" "HDR artistique Gras"
+    "Position visage 1" "Position visage 2" "Position visage 3" "Position visage 4"
+    "Position visage 5" "Position visage 6" "Position visage 7" "Position visage 8"
+    "Position visage 9" "Taille du cadre de détection du visage" "Largeur de visage"
+    "Visages détectés" "Index du fichier" "Index 2 du fichier" "Numéro du fichier" "Effet de filtre"
+    "Aucun" "Jaune" "Rouge" "Vert" "Effet filtre Auto" "Effet filtre Fidèle" "Effet filtre Paysage"
+    "Effet filtre Monochrome" "Effet filtre Neutre" "Effet filtre Portrait" "Effet filtre Standard"
+    "Effet filtre définit par l'utilisateur 1" "Effet filtre définit par l'utilisateur 2"
+    "Effet filtre définit par l'utilisateur 3" "Révision du micrologiciel" "Filtre Fisheye"
+    "Activité du flash" "Niveau de batterie du flash" "Bits de flash"
+    "Synchronisation du 2ème rideau utilisée" "Synchro FP activée" "Externe" "Synchro FP utilisée"
+    "Intégré" "Compensation d'exposition au flash" "Numéro du guide du flash" "Puissance du flash"
+    "Focale de l'objectif" "Taille du plan focal horizontal" "Plan focal inconnu"
+    "Taille du plan focal vertical" "Type de focal" "Fixe" "Unités focales" "Mise au point continue"
+    "Continue" "Manuelle" "Distance focale inférieure" "Distance focale supérieure"
+    "Mise au point automatique en une seule prise" "Hyperfocale" "Mise au point manuelle (3)"
+    "Auto, continue" "Vidéo Snap Focus" "Vidéo Servo AF" "Mise au point manuelle (6)"
+    "Plage de mise au point" "Infini" "Non connue" "Très près" "Près" "Distance moyenne"
+    "Distance lointaine" "HDR auto" "Effet HDR" "Naturel" "Art (éclatant)" "Art (gras)"
+    "Art (embossé)" "Réduction du bruit en sensibilité ISO élevée" "Priorité Tonalités lumineuses"
+    "Sensibilité ISO" "Stabilisation de l'image" "Prise de vue uniquement" "Activée (2)"
+    "Prise de vue uniquement (2)" "Panoramique (2)" "Panoramique" "Contraste intelligent"
+    "Numéro de série interne" "Type d'objectif" "Réduction du bruit en exposition longue"
+    "Réduction du bruit en exposition longue 2" "Activée (1D)" "Mode Macro"
+    "Sortie de flash manuelle" "Totale" "Basse" "Ouverture maximale" "Focale maxi" "EV mesuré"
+    "EV 2 mesuré" "EV 3 mesuré" "RVVB mesuré" "Donnée RVVB mesurée" "Mode de mesure" "Par défaut"
+    "Évaluative" "Partielle" "Moyenne pondérée centrale" "Ouverture minimale" "Focale mini"
+    "Gain numérique modifié" "Style d'image modifié" "Fidèle" "Détails fins" "Saturation élevée"
+    "Saturation faible" "CM jeu 1" "CM jeu 2" "Niveau rouge modifié du capteur" "Doux" "Haut"
+    "Plus haut" "Lumière du jour" "Fluorescente type jour" "Temps nuageux"
+    "Tungstène (lumière incandescente)" "Fluorescente" "Ombre" "Balance des blancs modifiée Bleue"
+    "Balance des blancs modifiée Rouge" "Infos Surimpression" "Nombre de prises de vue"
+    "Mode MyColor" "Film positif" "N&B" "Teint de peau clair" "Teint de peau foncé" "Bleu éclatant"
+    "Vert éclatant" "Rouge éclatant" "Accentuation de la couleur" "Personnalisé" "Filtre ND"
+    "Nombre de points de mise au point automatique" "Code du zoom optique"
+    "Décalage des données de décision originales" "Nom du propriétaire" "Niveau de noir par canal"
+    "Correction éclairage périphérique" "Désactiver" "Activer" "Effet Photo" "Données My Color"
+    "Style de l'image" "Style de l'image PC" "Style de l'image défini par l'utilisateur"
+    "Longueur de l'aperçu" "Début de l'aperçu" "Économie" "Légère (RAW)" "Super fine" "cRAW"
+    "Points de mise au point automatique utilisés" "Type d'objectif RF" "Décalage données RAW"
+    "Qualité Jpeg RAW" "Taille Jpeg RAW" "Vidéo 1920 x1080" "Mode d'enregistrement" "Qualité sRAW"
+    "Saturation Fidèle" "Saturation Paysage" "Saturation Neutre"
+    "Saturation définie par l\\utilisateur 1" "Saturation définie par l\\utilisateur 2"
+    "Saturation définie par l\\utilisateur 3" "Minuteur" "Minuteur automatique (2)"
+    "Niveau bleu du capteur" "Bordure inférieure du capteur" "Hauteur du capteur"
+    "Bordure gauche du capteur" "Niveau rouge du capteur" "Bordure droit du capteur"
+    "Bordure supérieure du capteur" "Largeur du capteur" "Numéro de Séquence"
+    "Format du numéro de série " "Netteté" "Netteté Auto" "Netteté Fidèle" "Fréquence de netteté"
+    "La plus basse" "Haute" "La plus haute" "Netteté Payasage" "Netteté Monochrome" "Netteté Neutre"
+    "Netteté Portrait" "Netteté Standard" "Netteté définie par l'utlisateur 1"
+    "Netteté définie par l'utlisateur 2" "Netteté définie par l'utlisateur 3"
+    "Nom abrégé du propriétaire" "Décompte des déclenchements" "Vitesse d'obturation lente"
+    "Nocturne" "Mode de mesurage Spot" "Centre" "Point de mise au point" "Ouverture de la cible"
+    "Temps d'exposition de la cible" "Zone de validité de l'image miniature" "Horodateur"
+    "Horodateur 1" "Fuseau horaire" "Zone horaire de la ville" "Iles Chatham" "Katmandou" "Kaboul"
+    "Dubaï" "Téhéran" "Moscou" "Le Caire" "Londre" "Les Açores" "Terre-Neuve" "Iles Salomon"
+    "(non défini)" "Adélaïde" "Rangoun" "Courbe de ton" "Effet tonifiant" "Bleu" "Violet"
+    "Effet de tonalité Auto" "Effet de tonalité monochrome " "Effet de tonalité personnalisé 1"
+    "Effet de tonalité personnalisé 2" "Effet de tonalité personnalisé 3"
+    "MF électronique à objectif USM" "Style d’image définit par l’utilisateur 1"
+    "Style d’image définit par l’utilisateur 2" "Style d’image définit par l’utilisateur 3"
+    "Décalage VRD" "Points de mise au point automatique valides"
+    "Version de la correction du vignettage" "Mode Bracketing de la balance des blancs"
+    "Activé (changement AB)" "Activé (changement GM)" "Balance des blancs Valeur de bracketing AB"
+    "Balance des blancs Valeur de bracketing GM" "Décalage Balance des Blancs AB"
+    "Décalage Balance Blancs vert-magenta" "Balance des blancs des niveaux RVVB tel que capturé"
+    "Balance des blancs des niveaux RVVB automatiques" "Balance des Blancs des niveaux RVVB nuageux"
     "Balance des Blancs des niveaux RVVB personnalisés"
     "Balance des Blancs des niveaux RVVB personnalisés 1"
     "Balance des Blancs des niveaux RVVB personnalisés 2"
-    "Balance des Blancs des niveaux RVVB lumière du jour""Balance des Blancs des niveaux RVVB flash"
-    "Balance des Blancs des niveaux RVVB fluorescent""Balance des Blancs des niveaux RVVB Kelvin"
-    "Balance des Blancs des niveaux RVVB mesurés""Balance des Blancs des niveaux RVVB PC 1"
-    "Balance des Blancs des niveaux RVVB PC 2""Balance des Blancs des niveaux RVVB PC 3"
-    "Balance des Blancs des niveaux RVVB ombre""Balance des Blancs des niveaux RVVB tungstène"
-    "Filtre aquatique""Balance des blancs""Equilibrage automatique des blancs""Personnalisée 1"
-    "Personnalisée 2""Personnalisée 3""Personnalisée 4""Personnalisée"
-    "Température de couleur (Kelvin)""Balance des blancs Bleue""Balance des blancs Rouge"
-    "Largeur de la source de zoom""Largeur de la cible du zoom""AEB-Korrekturwert""AE-Einstellung"
-    "AE-Speicherung""AE-Speicherung + Belichtungskorrektur""Kein AE""AF-Bereichshöhe"
-    "Messfeldsteuerung""Aus (Manueller Fokus)""Einpunkt-Bereich""Einpunkt AF""Gesichtserkennung AF"
-    "Gesichtserkennung + Nachführung""Zonen AF""AF-Bereichsbreite""AF Bereich X Positionen"
-    "AF Bereich Y Positionen""AF-Hilfslicht Aussendung""AF-Bildhöhe""AF-Bildbreite"
-    "AF Feinabstimmung Modus""Deaktiviert""Korrektur immer um gleichen Wert"
-    "Korrektur objektivabhängig""AF Feinabstimmung Wert""Gewählter AF-Punkt""Keiner (MF)"
-    "Automatische Wahl des AF-Punktes""Rechts""Mitte""Links""Gesichtserkennung"
-    "Manuell gewählter AF-Punkt""AF-Feld Anzeige während Fokus""AF-Punkte im Fokus"
-    "AF-Punkte im Fokus 1D""Rechts oben""Oben""Unten links""Unten""Rechts unten""Links oben"
-    "Mitte Rechts""Links Rechts""Links Mitte""Alle""AF gewählte Punkte""Bildformat"
-    "Auto-Belichtungsreihe""ISO-Automatik""Autom. Belichtungsoptimierung""Gering""Stark"
-    "Automatische Bilddrehung""(nicht gesetzt)""90° im Uhrzeigersinn""180° gedreht"
-    "90° gegen den Uhrzeigersinn""Basis-ISO""Belichtungsreihen-Modus""Belichtungsreihen-Bildnummer"
-    "Belichtungsreihen-Wert""Bulb-Dauer""Kamera Farbkalibrierung 01""Kamera Farbkalibrierung 02"
-    "Kamera Farbkalibrierung 03""Kamera Farbkalibrierung 04""Kamera Farbkalibrierung 05"
-    "Kamera Farbkalibrierung 06""Kamera Farbkalibrierung 07""Kamera Farbkalibrierung 08"
-    "Kamera Farbkalibrierung 09""Kamera Farbkalibrierung 10""Kamera Farbkalibrierung 11"
-    "Kamera Farbkalibrierung 12""Kamera Farbkalibrierung 13""Kamera Farbkalibrierung 14"
-    "Kamera Farbkalibrierung 15""Kamera-ISO""Ausrichtung der Kamera""Kamera-Temperatur""EOS Highend"
-    "Kompakt""EOS Mittelklasse""DV Kamera""Belichtungsmodus""Programmautomatik""Verschlusspriorität"
-    "Blendenpriorität""Manuell""Bulb-Modus""Dateilänge""Blitz-Modus""Automatisch""Externer Blitz"
-    "Rote-Augen-Reduzierung""Rote-Augen-Reduzierung (Automatisch)""Rote-Augen-Reduzierung (Ein)"
-    "Canon-Bildhöhe""Canon-Bildgröße""Groß""Mittelgroß""Mittelgroßer Film""Kleiner Film""Klein 1"
-    "Klein 2""Klein 3""Klein""Mittelgroß 1""Mittelgroß 2""Mittelgroß 3""Postkarte""Breitbild"
-    "Canon-Bildtyp""Canon-Bildbreite""Canon-Modell ID""Kategorien""Menschen""Szene"
-    "Farbabweichung Korrektur""Farbabweichung Einstellung""Farbdaten Version""Farb-Matrix"
-    "Farbtemperatur Aufnahme""Farbtemperatur Auto""Farbtemperatur Bewölkt"
-    "Farbtemperatur Benutzerdefiniert""Farbtemperatur Benutzerdefiniert 1"
-    "Farbtemperatur Benutzerdefiniert 2""Farbtemperatur Tageslicht""Farbtemperatur Blitz"
-    "Farbtemperatur Blitzdaten""Farbtemperatur Neonlicht""Farbtemperatur Kelvin"
-    "Farbtemperatur Messung""Farbtemperatur PC1""Farbtemperatur PC2""Farbtemperatur PC3"
-    "Farbtemperatur Schatten""Farbtemperatur Glühbirne""Farbtemperatur Unbekannt"
-    "Farbtemperatur Unbekannt 10""Farbtemperatur Unbekannt 11""Farbtemperatur Unbekannt 12"
-    "Farbtemperatur Unbekannt 13""Farbtemperatur Unbekannt 14""Farbtemperatur Unbekannt 15"
-    "Farbtemperatur Unbekannt 16""Farbtemperatur Unbekannt 17""Farbtemperatur Unbekannt 18"
-    "Farbtemperatur Unbekannt 19""Farbtemperatur Unbekannt 2""Farbtemperatur Unbekannt 20"
-    "Farbtemperatur Unbekannt 3""Farbtemperatur Unbekannt 4""Farbtemperatur Unbekannt 5"
-    "Farbtemperatur Unbekannt 6""Farbtemperatur Unbekannt 7""Farbtemperatur Unbekannt 8"
-    "Farbtemperatur Unbekannt 9""Farbtemperatur""Farbton""Farbton Natürlich""Farbton Landschaft"
-    "Farbton Neutral""Farbton Porträt""Farbton Standard""Farbton Benutzerdefiniert 1"
-    "Farbton Benutzerdefiniert 2""Farbton Benutzerdefiniert 3""Aufnahme-Modus""Einzelbild"
-    "Serienaufnahme""Filmen""Stillleben""Kontrast""Kontrast Natürlich""Kontrast Landschaft"
-    "Kontrast Monochrom""Kontrast Neutral""Kontrast Porträt""Kontrast Standard"
-    "Kontrast Benutzerdefiniert 1""Kontrast Benutzerdefiniert 2""Kontrast Benutzerdefiniert 3"
-    "Steuerungsmethode""Lokale Kamerasteuerung""Kamerasteuerung per Computer""Ausschnitt Rand Unten"
-    "Ausschnitt Rand Links""Ausschnitt Rand Rechts""Ausschnitt Rand Oben""Ausschnitt Bildhöhe"
-    "Ausschnitt Bildanfang Links""Ausschnitt Bildanfang Oben""Ausschnitt Bildbreite"
-    "Benutzer-Bildstil Dateiname""Zeitstempel-Modus""Datum""Sommerzeit""Digitale Verstärkung"
-    "Digital-Zoom""Kein""Unbekannt""Verzeichnis-Index""Angezeigte Blende""Verzeichnungskorrektur"
-    "Easy-Modus""Vollautomatisch""Schwarz/Weiß""Pan Fokus""Super-Makro""Laub""Innenaufnahme"
-    "Landschaft""Feuerwerk""Strand""Unterwasser""Schnee""Kinder & Tiere""Nacht Schnappschuss"
-    "Digitales Makro""Sonnenuntergang""Nachtszene""Wenig Licht 2""Super Makro 2""Farbwechsel"
-    "Zoom Unschärfe""Wenig Licht""Live View Kontrolle""Unschärfereduktion""Porträt"
-    "Position, 1. Gesicht""Position, 2. Gesicht""Position, 3. Gesicht""Position, 4. Gesicht"
-    "Position, 5. Gesicht""Position, 6. Gesicht""Position, 7. Gesicht""Position, 8. Gesicht"
-    "Position, 9. Gesicht""Gesichtserkennung Bereichsgröße""Gesichter erkannt""Datei-Index"
-    "Dateinummer""Filtereffekt""Keiner""Gelb""Rot""Grün""Filtereffekt Natürlich"
-    "Filtereffekt Landschaft""Filtereffekt Monochrom""Filtereffekt Neutral""Filtereffekt Porträt"
-    "Filtereffekt Standard""Filtereffekt Benutzerdefiniert 1""Filtereffekt Benutzerdefineirt 2"
-    "Filtereffekt Benutzerdefiniert 3""Firmware-Revision""Blitz-Leistung""Blitz Batteriestatus"
-    "Blitz-Details""Synchronisatiopn auf 2. Verschlußvorhang""FP Synchronisation eingestellt"
-    "Extern""FP Synchronistaion""Integrierter Blitz""Blitzbelichtungskorrektur"
-    "Blitzbelichtung-Speicherung""Blitzleitzahl""Blitz-Belichtungsmessmethode""Extern Automatisch"
-    "Extern Manuell""Blitzstärke""Brennweite""Sensorgröße horizontal"
-    "Sensorgröße horizontal unbekannt""Sensorgröße vertikal""Sensorgröße vertikal unbekannt"
-    "Objektivart""Festbrennweite""Fokussiereinheit""Fortlaufende Fokussierung""Nahe Fokus-Distanz"
-    "Entfernte Fokus-Distanz""One-Shot AF""Pan-Fokus""AI Fokus AF""Manueller Fokus (3)"
-    "Manueller Fokus (6)""Fokus-Bereich""Unendlich""Nicht bekannt""Sehr nah""Nah""Mittlerer Bereich"
-    "Entfernt""Auto HDR""Rauschunterdrückung bei hoher Empfindlichkeit""Schwächer"
-    "Tonwert Priorität""ISO-Empfindlichkeit""Bildstabilisierung""Aufnahme""Aus (2)""Ein (2)"
-    "Aufnahme (2)""Schwenken (2)""Dynamisch (2)""Schwenken""Dynamisch""Intelligenter Kontrast"
-    "Interne Seriennummer""Bildqualität""Objektivtyp""Live View Aufnahme""Langzeit-Rauschminderung"
-    "Langzeit Rauschunterdrückung 2""Ein (1D)""Makro Vergrößerung""Makro-Modus"
-    "Manuelle Blitzstärke""Voll""Mittel""Größte Blende""Größte Brennweite""Gemessener LW"
-    "Messung RGGB""Belichtungsmessmethode""System""Spotmessung""Integralmessung""Mehrfeldmessung"
-    "Teilbild""Mittenbetont""Kleinste Blende""Kleinste Brennweite""Vertikal"
-    "Geänderte Farbtemperatur""Digitale Verstärkung geändert""Geänderter Bildstil""Natürlich"
-    "Monochrom""Benutzerdefiniert 1""Benutzerdefiniert 2""Benutzerdefiniert 3""Schärfe verändert"
-    "Niedrigste""Leicht""Hoch""Höchste""Tonwertkurve verändert""Benutzerdefiniert""Tageslicht"
-    "Neonlicht tageslichtweiß""Benutzerdefiniert 4""Bewölkt""Glühbirne""Neonlicht""Blitz""Schatten"
-    "Manuelle Temperatur (Kelvin)""Mehrfachbelichtungsdaten""Mehrfachbelichtung Anzahl Aufnahmen"
-    "My Color-Modus""ND-Filter""Anzahl der AF-Punkte""Optischer Zoom-Code""Bildbreite Original"
-    "Name des Besitzers""Panorama-Richtung""Links nach Rechts""Rechts nach Links""Unten nach Oben"
-    "Oben nach Unten""2x2 Matrix (im Uhrzeigersinn)""Panorama-Bild""Foto-Effekt""Bildstil"
-    "Hohe Farbsättigung""Geringe Farbsättigung""Vorschaubild-Datenlänge""Vorschaubild-Datenposition"
-    "Fein""Superfein""Primärer AF-Punkt""Standardqualität""RAW-Daten Länge""RAW-Daten Offset"
-    "RAW JPEG-Qualität""RAW JPEG-Größe""Raw Messung RGGB""Aufzeichnungsmodus""Ausrichtung"
-    "SRAW Qualität""Farbsättigung""Farbsättigung Natürlich""Farbsättigung Landschaft"
-    "Farbsättigung Neutral""Farbsättigung Porträt""Farbsättigung Standard"
-    "Farbsättigung Benutzerdefiniert 1""Farbsättigung Benutzerdefiniert 2"
-    "Farbsättigung Benutzerdefiniert 3""Selbstauslöser""Selbstauslöser (2)""Sensor Blau-Level"
-    "Sensor unterer Rand""Sensor Höhe""Sensor linker Rand""Sensor Rot-Level""Sensor rechter Rand"
-    "Sensor oberer Rand""Sensor Breite""Bildsequenznummer""Seriennummer-Format""Schärfe"
-    "Schärfe Natürlich""Schärfe Landschaft""Schärfe Monochrom""Schärfe Neutral""Schärfe Porträt"
-    "Schärfe Standard""Schärfe Tabelle""Schärfe Benutzerdefiniert 1""Schärfe Benutzerdefiniert 2"
-    "Schärfe Benutzerdefiniert 3""Anzahl der Auslösungen""Langzeitbelichtungseinstellung"
-    "Spot-Messmethode""AF-Punkt""Super Makro""Zielblendenwert""Zielbelichtungszeit"
-    "Gültiger Bereich des Miniaturbildes""Zeitstempel""Zeitstempel (1)""Zeitzone""Zeitzone Stadt"
-    "Ton-Kurve""Tonwertkurve Übereinstimmung""Tonwertkurve Tabelle""Tönungseffekt""Blau""Lila"
-    "Tönungseffekt Natürlich""Tönungseffekt Landschaft""Tönungseffekt Monochrom"
-    "Tönungseffekt Neutral""Tönungseffekt Porträt""Tönungseffekt Standard"
-    "Tönungseffekt Benutzerdefiniert 1""Tönungseffekt Benutzerdefiniert 2"
-    "Tönungseffekt Benutzerdefiniert 3""USM-Objektiv, elektr. MF""CNDB unbekannt"
-    "Bildstil Benutzerdefiniert 1""Bildstil Benutzerdefiniert 2""Bildstil Benutzerdefiniert 3"
-    "Aktiviert""Gültige AF-Punkte""Weißabgleich Belichtungsreihen-Modus""Ein (AB-Verschiebung)"
-    "Ein (GM-Verschiebung)""Weißabgleich AB-Belichtungsreihen-Wert"
-    "Weißabgleich GM-Belichtungsreihen-Wert""Weißabgleich AB-Korrektur""Weißabgleich GM-Korrektur"
-    "Weißabgleich RGGB-Farbverteilung Aufnahme""Weißabgleich RGGB-Farbverteilung Auto"
-    "Weißabgleich RGGB-Farbverteilung Bewölkt""Weißabgleich RGGB-Farbverteilung Benutzerdefiniert"
+    "Balance des Blancs des niveaux RVVB lumière du jour"
+    "Balance des Blancs des niveaux RVVB flash" "Balance des Blancs des niveaux RVVB fluorescent"
+    "Balance des Blancs des niveaux RVVB Kelvin" "Balance des Blancs des niveaux RVVB mesurés"
+    "Balance des Blancs des niveaux RVVB PC 1" "Balance des Blancs des niveaux RVVB PC 2"
+    "Balance des Blancs des niveaux RVVB PC 3" "Balance des Blancs des niveaux RVVB ombre"
+    "Balance des Blancs des niveaux RVVB tungstène" "Filtre aquatique" "Balance des blancs"
+    "Equilibrage automatique des blancs" "Personnalisée 1" "Personnalisée 2" "Personnalisée 3"
+    "Personnalisée 4" "Personnalisée" "Température de couleur (Kelvin)" "Balance des blancs Bleue"
+    "Balance des blancs Rouge" "Largeur de la source de zoom" "Largeur de la cible du zoom"
+    "AEB-Korrekturwert" "AE-Einstellung" "AE-Speicherung" "AE-Speicherung + Belichtungskorrektur"
+    "Kein AE" "AF-Bereichshöhe" "Messfeldsteuerung" "Aus (Manueller Fokus)" "Einpunkt-Bereich"
+    "Einpunkt AF" "Gesichtserkennung AF" "Gesichtserkennung + Nachführung" "Zonen AF"
+    "AF-Bereichsbreite" "AF Bereich X Positionen" "AF Bereich Y Positionen"
+    "AF-Hilfslicht Aussendung" "AF-Bildhöhe" "AF-Bildbreite" "AF Feinabstimmung Modus" "Deaktiviert"
+    "Korrektur immer um gleichen Wert" "Korrektur objektivabhängig" "AF Feinabstimmung Wert"
+    "Gewählter AF-Punkt" "Keiner (MF)" "Automatische Wahl des AF-Punktes" "Rechts" "Mitte" "Links"
+    "Gesichtserkennung" "Manuell gewählter AF-Punkt" "AF-Feld Anzeige während Fokus"
+    "AF-Punkte im Fokus" "AF-Punkte im Fokus 1D" "Rechts oben" "Oben" "Unten links" "Unten"
+    "Rechts unten" "Links oben" "Mitte Rechts" "Links Rechts" "Links Mitte" "Alle"
+    "AF gewählte Punkte" "Bildformat" "Auto-Belichtungsreihe" "ISO-Automatik"
+    "Autom. Belichtungsoptimierung" "Gering" "Stark" "Automatische Bilddrehung" "(nicht gesetzt)"
+    "90° im Uhrzeigersinn" "180° gedreht" "90° gegen den Uhrzeigersinn" "Basis-ISO"
+    "Belichtungsreihen-Modus" "Belichtungsreihen-Bildnummer" "Belichtungsreihen-Wert" "Bulb-Dauer"
+    "Kamera Farbkalibrierung 01" "Kamera Farbkalibrierung 02" "Kamera Farbkalibrierung 03"
+    "Kamera Farbkalibrierung 04" "Kamera Farbkalibrierung 05" "Kamera Farbkalibrierung 06"
+    "Kamera Farbkalibrierung 07" "Kamera Farbkalibrierung 08" "Kamera Farbkalibrierung 09"
+    "Kamera Farbkalibrierung 10" "Kamera Farbkalibrierung 11" "Kamera Farbkalibrierung 12"
+    "Kamera Farbkalibrierung 13" "Kamera Farbkalibrierung 14" "Kamera Farbkalibrierung 15"
+    "Kamera-ISO" "Ausrichtung der Kamera" "Kamera-Temperatur" "EOS Highend" "Kompakt"
+    "EOS Mittelklasse" "DV Kamera" "Belichtungsmodus" "Programmautomatik" "Verschlusspriorität"
+    "Blendenpriorität" "Manuell" "Bulb-Modus" "Dateilänge" "Blitz-Modus" "Automatisch"
+    "Externer Blitz" "Rote-Augen-Reduzierung" "Rote-Augen-Reduzierung (Automatisch)"
+    "Rote-Augen-Reduzierung (Ein)" "Canon-Bildhöhe" "Canon-Bildgröße" "Groß" "Mittelgroß"
+    "Mittelgroßer Film" "Kleiner Film" "Klein 1" "Klein 2" "Klein 3" "Klein" "Mittelgroß 1"
+    "Mittelgroß 2" "Mittelgroß 3" "Postkarte" "Breitbild" "Canon-Bildtyp" "Canon-Bildbreite"
+    "Canon-Modell ID" "Kategorien" "Menschen" "Szene" "Farbabweichung Korrektur"
+    "Farbabweichung Einstellung" "Farbdaten Version" "Farb-Matrix" "Farbtemperatur Aufnahme"
+    "Farbtemperatur Auto" "Farbtemperatur Bewölkt" "Farbtemperatur Benutzerdefiniert"
+    "Farbtemperatur Benutzerdefiniert 1" "Farbtemperatur Benutzerdefiniert 2"
+    "Farbtemperatur Tageslicht" "Farbtemperatur Blitz" "Farbtemperatur Blitzdaten"
+    "Farbtemperatur Neonlicht" "Farbtemperatur Kelvin" "Farbtemperatur Messung" "Farbtemperatur PC1"
+    "Farbtemperatur PC2" "Farbtemperatur PC3" "Farbtemperatur Schatten" "Farbtemperatur Glühbirne"
+    "Farbtemperatur Unbekannt" "Farbtemperatur Unbekannt 10" "Farbtemperatur Unbekannt 11"
+    "Farbtemperatur Unbekannt 12" "Farbtemperatur Unbekannt 13" "Farbtemperatur Unbekannt 14"
+    "Farbtemperatur Unbekannt 15" "Farbtemperatur Unbekannt 16" "Farbtemperatur Unbekannt 17"
+    "Farbtemperatur Unbekannt 18" "Farbtemperatur Unbekannt 19" "Farbtemperatur Unbekannt 2"
+    "Farbtemperatur Unbekannt 20" "Farbtemperatur Unbekannt 3" "Farbtemperatur Unbekannt 4"
+    "Farbtemperatur Unbekannt 5" "Farbtemperatur Unbekannt 6" "Farbtemperatur Unbekannt 7"
+    "Farbtemperatur Unbekannt 8" "Farbtemperatur Unbekannt 9" "Farbtemperatur" "Farbton"
+    "Farbton Natürlich" "Farbton Landschaft" "Farbton Neutral" "Farbton Porträt" "Farbton Standard"
+    "Farbton Benutzerdefiniert 1" "Farbton Benutzerdefiniert 2" "Farbton Benutzerdefiniert 3"
+    "Aufnahme-Modus" "Einzelbild" "Serienaufnahme" "Filmen" "Stillleben" "Kontrast"
+    "Kontrast Natürlich" "Kontrast Landschaft" "Kontrast Monochrom" "Kontrast Neutral"
+    "Kontrast Porträt" "Kontrast Standard" "Kontrast Benutzerdefiniert 1"
+    "Kontrast Benutzerdefiniert 2" "Kontrast Benutzerdefiniert 3" "Steuerungsmethode"
+    "Lokale Kamerasteuerung" "Kamerasteuerung per Computer" "Ausschnitt Rand Unten"
+    "Ausschnitt Rand Links" "Ausschnitt Rand Rechts" "Ausschnitt Rand Oben" "Ausschnitt Bildhöhe"
+    "Ausschnitt Bildanfang Links" "Ausschnitt Bildanfang Oben" "Ausschnitt Bildbreite"
+    "Benutzer-Bildstil Dateiname" "Zeitstempel-Modus" "Datum" "Sommerzeit" "Digitale Verstärkung"
+    "Digital-Zoom" "Kein" "Unbekannt" "Verzeichnis-Index" "Angezeigte Blende"
+    "Verzeichnungskorrektur" "Easy-Modus" "Vollautomatisch" "Schwarz/Weiß" "Pan Fokus" "Super-Makro"
+    "Laub" "Innenaufnahme" "Landschaft" "Feuerwerk" "Strand" "Unterwasser" "Schnee" "Kinder & Tiere"
+    "Nacht Schnappschuss" "Digitales Makro" "Sonnenuntergang" "Nachtszene" "Wenig Licht 2"
+    "Super Makro 2" "Farbwechsel" "Zoom Unschärfe" "Wenig Licht" "Live View Kontrolle"
+    "Unschärfereduktion" "Porträt" "Position, 1. Gesicht" "Position, 2. Gesicht"
+    "Position, 3. Gesicht" "Position, 4. Gesicht" "Position, 5. Gesicht" "Position, 6. Gesicht"
+    "Position, 7. Gesicht" "Position, 8. Gesicht" "Position, 9. Gesicht"
+    "Gesichtserkennung Bereichsgröße" "Gesichter erkannt" "Datei-Index" "Dateinummer" "Filtereffekt"
+    "Keiner" "Gelb" "Rot" "Grün" "Filtereffekt Natürlich" "Filtereffekt Landschaft"
+    "Filtereffekt Monochrom" "Filtereffekt Neutral" "Filtereffekt Porträt" "Filtereffekt Standard"
+    "Filtereffekt Benutzerdefiniert 1" "Filtereffekt Benutzerdefineirt 2"
+    "Filtereffekt Benutzerdefiniert 3" "Firmware-Revision" "Blitz-Leistung" "Blitz Batteriestatus"
+    "Blitz-Details" "Synchronisatiopn auf 2. Verschlußvorhang" "FP Synchronisation eingestellt"
+    "Extern" "FP Synchronistaion" "Integrierter Blitz" "Blitzbelichtungskorrektur"
+    "Blitzbelichtung-Speicherung" "Blitzleitzahl" "Blitz-Belichtungsmessmethode"
+    "Extern Automatisch" "Extern Manuell" "Blitzstärke" "Brennweite" "Sensorgröße horizontal"
+    "Sensorgröße horizontal unbekannt" "Sensorgröße vertikal" "Sensorgröße vertikal unbekannt"
+    "Objektivart" "Festbrennweite" "Fokussiereinheit" "Fortlaufende Fokussierung"
+    "Nahe Fokus-Distanz" "Entfernte Fokus-Distanz" "One-Shot AF" "Pan-Fokus" "AI Fokus AF"
+    "Manueller Fokus (3)" "Manueller Fokus (6)" "Fokus-Bereich" "Unendlich" "Nicht bekannt"
+    "Sehr nah" "Nah" "Mittlerer Bereich" "Entfernt" "Auto HDR"
+    "Rauschunterdrückung bei hoher Empfindlichkeit" "Schwächer" "Tonwert Priorität"
+    "ISO-Empfindlichkeit" "Bildstabilisierung" "Aufnahme" "Aus (2)" "Ein (2)" "Aufnahme (2)"
+    "Schwenken (2)" "Dynamisch (2)" "Schwenken" "Dynamisch" "Intelligenter Kontrast"
+    "Interne Seriennummer" "Bildqualität" "Objektivtyp" "Live View Aufnahme"
+    "Langzeit-Rauschminderung" "Langzeit Rauschunterdrückung 2" "Ein (1D)" "Makro Vergrößerung"
+    "Makro-Modus" "Manuelle Blitzstärke" "Voll" "Mittel" "Größte Blende" "Größte Brennweite"
+    "Gemessener LW" "Messung RGGB" "Belichtungsmessmethode" "System" "Spotmessung" "Integralmessung"
+    "Mehrfeldmessung" "Teilbild" "Mittenbetont" "Kleinste Blende" "Kleinste Brennweite" "Vertikal"
+    "Geänderte Farbtemperatur" "Digitale Verstärkung geändert" "Geänderter Bildstil" "Natürlich"
+    "Monochrom" "Benutzerdefiniert 1" "Benutzerdefiniert 2" "Benutzerdefiniert 3"
+    "Schärfe verändert" "Niedrigste" "Leicht" "Hoch" "Höchste" "Tonwertkurve verändert"
+    "Benutzerdefiniert" "Tageslicht" "Neonlicht tageslichtweiß" "Benutzerdefiniert 4" "Bewölkt"
+    "Glühbirne" "Neonlicht" "Blitz" "Schatten" "Manuelle Temperatur (Kelvin)"
+    "Mehrfachbelichtungsdaten" "Mehrfachbelichtung Anzahl Aufnahmen" "My Color-Modus" "ND-Filter"
+    "Anzahl der AF-Punkte" "Optischer Zoom-Code" "Bildbreite Original" "Name des Besitzers"
+    "Panorama-Richtung" "Links nach Rechts" "Rechts nach Links" "Unten nach Oben" "Oben nach Unten"
+    "2x2 Matrix (im Uhrzeigersinn)" "Panorama-Bild" "Foto-Effekt" "Bildstil" "Hohe Farbsättigung"
+    "Geringe Farbsättigung" "Vorschaubild-Datenlänge" "Vorschaubild-Datenposition" "Fein"
+    "Superfein" "Primärer AF-Punkt" "Standardqualität" "RAW-Daten Länge" "RAW-Daten Offset"
+    "RAW JPEG-Qualität" "RAW JPEG-Größe" "Raw Messung RGGB" "Aufzeichnungsmodus" "Ausrichtung"
+    "SRAW Qualität" "Farbsättigung" "Farbsättigung Natürlich" "Farbsättigung Landschaft"
+    "Farbsättigung Neutral" "Farbsättigung Porträt" "Farbsättigung Standard"
+    "Farbsättigung Benutzerdefiniert 1" "Farbsättigung Benutzerdefiniert 2"
+    "Farbsättigung Benutzerdefiniert 3" "Selbstauslöser" "Selbstauslöser (2)" "Sensor Blau-Level"
+    "Sensor unterer Rand" "Sensor Höhe" "Sensor linker Rand" "Sensor Rot-Level"
+    "Sensor rechter Rand" "Sensor oberer Rand" "Sensor Breite" "Bildsequenznummer"
+    "Seriennummer-Format" "Schärfe" "Schärfe Natürlich" "Schärfe Landschaft" "Schärfe Monochrom"
+    "Schärfe Neutral" "Schärfe Porträt" "Schärfe Standard" "Schärfe Tabelle"
+    "Schärfe Benutzerdefiniert 1" "Schärfe Benutzerdefiniert 2" "Schärfe Benutzerdefiniert 3"
+    "Anzahl der Auslösungen" "Langzeitbelichtungseinstellung" "Spot-Messmethode" "AF-Punkt"
+    "Super Makro" "Zielblendenwert" "Zielbelichtungszeit" "Gültiger Bereich des Miniaturbildes"
+    "Zeitstempel" "Zeitstempel (1)" "Zeitzone" "Zeitzone Stadt" "Ton-Kurve"
+    "Tonwertkurve Übereinstimmung" "Tonwertkurve Tabelle" "Tönungseffekt" "Blau" "Lila"
+    "Tönungseffekt Natürlich" "Tönungseffekt Landschaft" "Tönungseffekt Monochrom"
+    "Tönungseffekt Neutral" "Tönungseffekt Porträt" "Tönungseffekt Standard"
+    "Tönungseffekt Benutzerdefiniert 1" "Tönungseffekt Benutzerdefiniert 2"
+    "Tönungseffekt Benutzerdefiniert 3" "USM-Objektiv, elektr. MF" "CNDB unbekannt"
+    "Bildstil Benutzerdefiniert 1" "Bildstil Benutzerdefiniert 2" "Bildstil Benutzerdefiniert 3"
+    "Aktiviert" "Gültige AF-Punkte" "Weißabgleich Belichtungsreihen-Modus" "Ein (AB-Verschiebung)"
+    "Ein (GM-Verschiebung)" "Weißabgleich AB-Belichtungsreihen-Wert"
+    "Weißabgleich GM-Belichtungsreihen-Wert" "Weißabgleich AB-Korrektur" "Weißabgleich GM-Korrektur"
+    "Weißabgleich RGGB-Farbverteilung Aufnahme" "Weißabgleich RGGB-Farbverteilung Auto"
+    "Weißabgleich RGGB-Farbverteilung Bewölkt" "Weißabgleich RGGB-Farbverteilung Benutzerdefiniert"
     "Weißabgleich RGGB-Farbverteilung Benutzerdefiniert 1"
     "Weißabgleich RGGB-Farbverteilung Benutzerdefiniert 2"
-    "Weißabgleich RGGB-Farbverteilung Tageslicht""Weißabgleich RGGB-Farbverteilung Blitz"
-    "Weißabgleich RGGB-Farbverteilung Neonlicht""Weißabgleich RGGB-Farbverteilung Kelvin"
-    "Weißabgleich RGGB-Farbverteilung Messung""Weißabgleich RGGB-Farbverteilung PC1"
-    "Weißabgleich RGGB-Farbverteilung PC2""Weißabgleich RGGB-Farbverteilung PC3"
-    "Weißabgleich RGGB-Farbverteilung Schatten""Weißabgleich RGGB-Farbverteilung Glühbirne"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt""Weißabgleich RGGB-Farbverteilung Unbekannt 10"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 11""Weißabgleich RGGB-Farbverteilung Unbekannt 12"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 13""Weißabgleich RGGB-Farbverteilung Unbekannt 14"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 15""Weißabgleich RGGB-Farbverteilung Unbekannt 16"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 17""Weißabgleich RGGB-Farbverteilung Unbekannt 18"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 19""Weißabgleich RGGB-Farbverteilung Unbekannt 2"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 20""Weißabgleich RGGB-Farbverteilung Unbekannt 3"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 4""Weißabgleich RGGB-Farbverteilung Unbekannt 5"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 6""Weißabgleich RGGB-Farbverteilung Unbekannt 7"
-    "Weißabgleich RGGB-Farbverteilung Unbekannt 8""Weißabgleich RGGB-Farbverteilung Unbekannt 9"
-    "Weißabgleich""Farbabgleich Blau""Weißabgleich Übereinstimmung""Farbabgleich Rot"
-    "Weißabgleich Tabelle""Vergrößerungs-Ursprungsgröße""Vergrößerungs-Endgröße""Modo AF"
-    "Spento (focus manuale)""Punto AF""Destra""Centro""Sinistra""Punti a fuoco""Punti a fuoco 1D"
-    "Punti a fuoco 5D""Vivace""Rapporto immagine""Basso""Forte""n/d""Ruota di 90° senso orario"
-    "Ruota di 180°""Ruota di 270° in senso orario""Calibrazione colore fotocamera 01"
-    "Calibrazione colore fotocamera 02""Calibrazione colore fotocamera 03"
-    "Calibrazione colore fotocamera 04""Calibrazione colore fotocamera 05"
-    "Calibrazione colore fotocamera 06""Calibrazione colore fotocamera 07"
-    "Calibrazione colore fotocamera 08""Calibrazione colore fotocamera 09"
-    "Calibrazione colore fotocamera 10""Calibrazione colore fotocamera 11"
-    "Calibrazione colore fotocamera 12""Calibrazione colore fotocamera 13"
-    "Calibrazione colore fotocamera 14""Calibrazione colore fotocamera 15""ISO fotocamera"
-    "Orientazione fotocamera""Orizzontale (normale)""Temperatura fotocamera""Programma AE"
-    "Priorità otturatore AE""Priorità diaframma""Manuale""Flash esterno""Riduzione occhi rossi"
-    "Riduzione occhi rossi (auto)""Riduzione occhi rossi (attivo)""Cartolina""Categorie""Paesaggio"
-    "Eventi""Da fare""Temperatura colore""Contrasto""Controllo locale fotocamera""Zoom Digitale"
-    "Flash spento""Orizzontale""Fuochi artificiali""Bambini e animali dimestici""Tramonto"
-    "Scatto veloce""Sfocatura zoom""Nostalgico""Effetto fish-eye""Scena notturna""Seppia""Verticale"
-    "Facce rimosse""Indice file""Indice file 2""Numero file""Effetto Filtro""Giallo""Arancio""Rosso"
-    "Verde""Revisione firmware""Esterno""Compensazione Esposizione Flash""Lunghezza focale"
-    "Dimensione X del piano focale""X del piano focale sconisciuta""Dimensione Y del piano focale"
-    "Y del piano focale sconisciuta""Fisso""Sconosciuto""Molto vicino""Disattivata"
-    "Riduzione Rumore High ISO""Leggero""Sensibilità ISO""Stabilizzazione Immagine""Spento (2)"
-    "Tipo obiettivo""Espososizione lunga riduzione rumore""Espososizione lunga riduzione rumore 2"
-    "Attivata""Massima apertura delle lenti""Lunghezza focale massima""Modalità misurazione""Punto"
-    "Parziale""Media centrale ponderata""Lunghezza focale minima""Luce del giorno"
-    "Fluorescente a luce del giorno""Nuvoloso""Tungsteno (luce incandescente)""Ombrato"
-    "Dati Esposizione Multipla""Scatti Esposizione Multipla""Blu vivace""Verde vivace"
-    "Nome proprietario""Lunghezza immagine anteprima""Inizio immagine anteprima""Offset dati raw"
-    "Qualità jpg raw""Dimensione jpg raw""Modo registrazione""Rotazione""Saturazione""Autoscatto"
-    "Autoscatto 2""Altezza sensore""Bordo sinistro sensore""Livello rosso sensore"
-    "Bordo superiore sensore""Larghezza sensore""Numero sequenza""Formato numero di serie"
-    "Formato 1""Formato 2""Nitidezza""Conteggio scatti""Area valida miniatura""Marcatura oraria"
-    "Marcatura oraria 1""Fuso orario""Città fuso orario""Teheran""Londra""Porpora""Abilita"
-    "Codec video""Bilanciamento del bianco""Equilibrio del bianco automatico""PERSONAL.1"
-    "PERSONAL.2""PERSONAL.3""PERSONAL.4""Personalizzato""Monocromatico""AEBブラケット値""自動露出設定""露出補正"
-    "AFエリア高さ""AFエリアモード""顔優先""AFエリア幅""AF補助光の投光""AF画像高さ""AF画像幅""AF選択ポイント""無し（MF）""オートAFポイント選択""右""中央"
-    "左""顔認識""マニュアルAFポイント選択""測距時のAFフレーム表示""AF測距点""AF測距点(1D)""中央+右""左+右""左+中央""全て""AFポイント選択"
-    "フラッシュバイアス""オン（ショット1）""オン（ショット2）""オン（ショット3）""ISOオート""オートライティングオプティマイザ""スタンダード""ソフト""強""自動回転"
-    "ソフトウェアで回転""90度回転 CW""180度回転""270度回転 CW""ベース感度""ブラケットモード""ブラケットショット数""ブラケット値""バルブ時間""カメラISO"
-    "画像の向き""水平（標準）""カメラ温度""EOSハイエンド""コンパクト""EOSミドルレンジ""DVカメラ""露出モード""簡単""プログラムAE""シャッター優先""絞り優先"
-    "マニュアル""被写界深度AE""バルブ""ファイル長""フラッシュモード""オート""外付フラッシュ""赤目軽減""スローシンクロ""赤目軽減（オート）""赤目軽減（オン）""ラージ"
-    "ミドル""ミディアム動画""スモール動画""スモール1""スモール2""スモール3""スモール""ミドル1""ミドル2""ミドル3""ハガキ""ワイド画面""イメージタイプ""モデルID"
-    "カラーマトリックス""色温度""カラートーン""標準""カラートーン忠実設定""カラートーン風景""カラートーンニュートラル""カラートーンポートレート""カラートーンスタンダード"
-    "カラートーンユーザ設定1""カラートーンユーザ設定2""カラートーンユーザ設定3""ドライブモード""１コマ撮影""連続撮影""動画""高速連写""連写（Low）""連写（High）"
-    "コントラスト""コントラスト忠実設定""コントラスト風景""コントラストモノクロ""コントラストニュートラル""コントラストポートレート""コントラストスタンダード"
-    "コントラストユーザ設定1""コントラストユーザ設定2""コントラストユーザ設定3""コントロールモード""該当無し""カメラローカルコントロール""コンピュータリモートコントロール"
-    "日付スタンプモード""日付""夏時間""デジタルズーム""未確認""ディレクトリ索引""絞り表示""歪曲修正""簡単モード""フルオート""白黒""パンフォーカス""ビビッド"
-    "ニュートラル""フラッシュオフ""長秒シャッター""スーパーマクロ""葉""室内""風景""花火""ビーチ""水中""スノー""キッズ＆ペット""ナイトスナップ""デジタルマクロ""夕焼け"
-    "ワンポイントカラー""高速シャッター""カラーアクセント""スイッチカラー""水族館""ISO3200""スローシャッター""グレースケール""セピア""ポートレート""スポーツ"
-    "顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""顔6位置""顔7位置""顔8位置""顔9位置""フレームサイズ""ファイル索引""ファイル番号""フィルター効果""黄色"
-    "オレンジ""赤""緑""モノクロフィルター効果""ファームウェアリビジョン""フラッシュ稼働""フラッシュ詳細""フラッシュ露出補正""フラッシュガイドナンバー""フラッシュ出力"
-    "レンズ焦点距離""焦点面Xサイズ""焦点面Yサイズ""フォーカスタイプ""固定""焦点単位/mm""連続フォーカス""シングル""連続""焦点距離低部分""焦点距離高部分"
-    "ワンショットAF""AIサーボAF""AIフォーカスAF""マニュアルフォーカス(3)""連写""マニュアルフォーカス(6)""フォーカスレンジ""無限遠""不明""近接""近景"
-    "中間範囲""遠景""オートHDR""切""高感度ノイズリダクション""高輝度側・階調優先""ISOスピードレート""イメージスタビライザー""内部シリアル番号"
-    "JPEG\343\200\200品質""レンズタイプ""長秒露光ノイズリダクション""マクロモード""ノーマル""マニュアルフラッシュ出力""最大絞り""最大焦点距離""計測EV"
-    "測光モード""デフォルト""スポット""評価""部分""最小絞り""最小焦点距離""忠実設定""モノトーン""高彩度""ユーザ設定1""ユーザ設定2""ユーザ設定3""低彩度"
-    "CMセット1""CMセット2""高い""カスタム""昼光""PC設定1""PC設定2""PC設定3""昼光色蛍光灯""カスタム1""カスタム2""カスタム3""カスタム4""曇り"
-    "PC設定4""PC設定5""タングステン(白熱灯)""蛍光灯""日陰""マニュアル白熱灯（ケルビン）""多重露出データ""多重露出ショット""マイカラーモード""ポジフィルム"
-    "ライトスカイ調""ダークスキン調""ビビッド青""ビビッド緑""ビビッド赤""NDフィルター""AFポイント番号""光学ズームコード""オリジナル決定データオフセット""オーナー名"
-    "写真効果""ピクチャースタイル""プレビューイメージ容量""プレビューイメージ開始""エコノミー""ファイン""S.ファイン""プライマリAFポイント""未設定""RAWデータオフセット"
-    "RAW JPEG\343\200\200品質""RAW JPEG サイズ""記録モード""回転""彩度""彩度忠実設定""彩度風景""彩度ニュートラル""彩度ポートレート"
-    "彩度スタンダード""彩度ユーザ設定1""彩度ユーザ設定2""彩度ユーザ設定3""セルフタイマー長""セルフタイマー(2)""センサー高さ""イメージ左部""イメージ上部""センサー幅"
-    "シーケンス番号""シリアル番号形式""シャープネス""シャープネス忠実設定""シャープネス風景""シャープネスモノクロ""シャープネスニュートラル""シャープネスポートレート"
-    "シャープネススタンダード""シャープネスユーザ設定1""シャープネスユーザ設定2""シャープネスユーザ設定3""短いオーナー名""シャッター回数""スポットメーターモード""オン(1)"
-    "オン(2)""ターゲット絞り""ターゲット露出時間""サムネイル画像有効領域""タイムスタンプ""タイムスタンプ1""タイムゾーン""トーンカーブ""トーン効果""青""紫"
-    "モノクロトーン効果""USMレンズの電子式手動フォーカス""ユーザ設定1 ピクチャースタイル""ユーザ設定2 ピクチャースタイル""ユーザ設定3 ピクチャースタイル""有効なAFポイント"
-    "ホワイトバランスブラケットモード""オン（シフトAB）""オン（シフトGM）""ホワイトバランスブラケット値AB""ホワイトバランスブラケット値GM""WB AB補正""WB GM補正"
-    "WB RGGB レベル\343\200\200曇天""WB RGGB レベル\343\200\200昼光""WB RGGB レベル\343\200\200ストロボ"
-    "WB RGGB レベル\343\200\200蛍光灯""WB RGGB レベル\343\200\200日陰""WB RGGB レベル\343\200\200白熱灯""ホワイトバランス"
-    "ズームソース幅""ズームターゲット幅""Bloqueo AE""AF Alto Área""AF Modo Área""Desactivado (Enfoque Manual)"
-    "Punto único AF)""Detección Caras AF""Zona AF""AF Ancho Área""AF Alto Imágen""AF Ancho Imágen"
-    "Ninguno (MF)""Derecha""Izquierda""Detección Caras""Mostrar Punto AF durante el enfoque"
-    "Puntos AF en foco""Puntos AF en foco 5D""Superior derecha""Arriba""Inferior izquierda""Abajo"
-    "Inferior derecha""Superior izquierda""Todo""Puntos AF seleccionados""Estándar""Vívido""Cálido"
-    "Suave""Frío""Intenso""Brillante""Oscuro""Bajo""Fuerte""Girado 90° sentido reloj""Girado 180°"
-    "Girado 270° sentido reloj""Camara-ISO""Orientación Cámara""Temperatura Cámara""Automático"
-    "Flash Externo""Réducción ojos rojos""Réducción ojos rojos (Automático)"
-    "Réducción ojos rojos (Activado)""Ancho""Medio""Película 640x480""Película Pequeña"
-    "Película 1280x720""Pequeño 1""Película 1920x1080""Pequeño 2""Pequeño 3""Pequeño""Medio 1"
-    "Medio 2""Medio 3""Categorías""Matriz de Color""Temperatura Color Automática"
-    "Temperatura Color Nublado""Temperatura Color Personalizada""Temperatura Color Personalizada 1"
-    "Temperatura Color Personalizada 2""Temperatura Color Luz de Día""Temperatura Color Flash"
-    "Temperatura Color Fluorescente""Temperatura Color Kelvin""Temperatura Color Medida"
-    "Temperatura Color Sombrío""Temperatura Color Tungsteno""Temperatura de Color Desconocida"
-    "Temperatura de Color Desconocida 10""Temperatura de Color Desconocida 11"
-    "Temperatura de Color Desconocida 12""Temperatura de Color Desconocida 13"
-    "Temperatura de Color Desconocida 14""Temperatura de Color Desconocida 15"
-    "Temperatura de Color Desconocida 16""Temperatura de Color Desconocida 17"
-    "Temperatura de Color Desconocida 18""Temperatura de Color Desconocida 19"
-    "Temperatura de Color Desconocida 2""Temperatura de Color Desconocida 20"
-    "Temperatura de Color Desconocida 3""Temperatura de Color Desconocida 4"
-    "Temperatura de Color Desconocida 5""Temperatura de Color Desconocida 6"
-    "Temperatura de Color Desconocida 7""Temperatura de Color Desconocida 8"
-    "Temperatura de Color Desconocida 9""Temperatura de Color""Tono de Color""Continuo""Película"
-    "Continuo, Prioridad Velocidad""Continuo, Bajo""Continuo, Alto""Alto Imágen Recortada"
-    "Izquierda Imágen Recortada""Superior Imágen Recortada""Ancho Imágen Recortada""Zoom Digital"
-    "Corrección Distorsión""Blanco y Negro""Neutro""Flash Desactivado""Follaje""Interior""Paisaje"
-    "Fuegos Artificiales""Playa""Subacuatica""Nieve""Niños y Mascotas""Fotografía Nocturna"
-    "Macro digital""Puesta de sol""Escena Nocturna""Superficie""Fácil""Sonrisa""Efecto Ojo de Pez"
-    "Nocturno""Escala de Grises""Retrato""Deportes""Tamaño Area detección caras""Caras Detectadas"
-    "Amarillo""Naranja""Rojo""Compensación Exposición Flash""Externo Automatico""Externo Manual"
-    "Flash Salida""Distancia Focal Objetivo""Sencillo""Enfoque Manual (6)""Rango de Enfoque"
-    "Infinito""Desconocido""Muy Próximo""Próximo""Reducción Ruido ISO Alta""Ratio Velocidad ISO"
-    "Estabilización Imagen""No Aplica""Número Serie Interno""Tipo Objetivo""RR Exp.Larga"
-    "Modo Macro""Completo""Máxima Apertura del Objetivo""Longitud focal máxima""Modo Medición"
-    "Puntual""Promedio""Parcial""Media ponderada al centro""Apertura mínima""Longitud focal mínima"
-    "Saturación Alta""Saturación Baja""Alto""Número de Puntos AF""Nombre del Propietario"
-    "Personalizado""Fiel""Longitud Imagen Previa""Inicio Imagen Previa""Punto AF primario"
-    "no aplica""Calidad estándar""Fina""Pequeño 21""Medio 1 ""Tarjeta Postal""Modo de Grabación"
-    "Rotación""Saturación""Temporizador Automático""Nitidez""Mas bajo""Muy Alto"
-    "Contador de disparos""Marca de Tiempo""Marca de Tiempo 1""Puntos AF validos"
-    "Balance de Blancos""Luz de día""Fluorescente luz de día""Personalizado 1""Personalizado 2"
-    "Personalizado 3""Personalizado 4""Nublado""Tungsteno""Flourescente""Sombrío"
-    "Temperatura Manual (Kelvin)";
+    "Weißabgleich RGGB-Farbverteilung Tageslicht" "Weißabgleich RGGB-Farbverteilung Blitz"
+    "Weißabgleich RGGB-Farbverteilung Neonlicht" "Weißabgleich RGGB-Farbverteilung Kelvin"
+    "Weißabgleich RGGB-Farbverteilung Messung" "Weißabgleich RGGB-Farbverteilung PC1"
+    "Weißabgleich RGGB-Farbverteilung PC2" "Weißabgleich RGGB-Farbverteilung PC3"
+    "Weißabgleich RGGB-Farbverteilung Schatten" "Weißabgleich RGGB-Farbverteilung Glühbirne"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt" "Weißabgleich RGGB-Farbverteilung Unbekannt 10"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 11" "Weißabgleich RGGB-Farbverteilung Unbekannt 12"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 13" "Weißabgleich RGGB-Farbverteilung Unbekannt 14"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 15" "Weißabgleich RGGB-Farbverteilung Unbekannt 16"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 17" "Weißabgleich RGGB-Farbverteilung Unbekannt 18"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 19" "Weißabgleich RGGB-Farbverteilung Unbekannt 2"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 20" "Weißabgleich RGGB-Farbverteilung Unbekannt 3"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 4" "Weißabgleich RGGB-Farbverteilung Unbekannt 5"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 6" "Weißabgleich RGGB-Farbverteilung Unbekannt 7"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt 8" "Weißabgleich RGGB-Farbverteilung Unbekannt 9"
+    "Weißabgleich" "Farbabgleich Blau" "Weißabgleich Übereinstimmung" "Farbabgleich Rot"
+    "Weißabgleich Tabelle" "Vergrößerungs-Ursprungsgröße" "Vergrößerungs-Endgröße" "Modo AF"
+    "Spento (focus manuale)" "Punto AF" "Destra" "Centro" "Sinistra" "Punti a fuoco"
+    "Punti a fuoco 1D" "Punti a fuoco 5D" "Vivace" "Rapporto immagine" "Basso" "Forte" "n/d"
+    "Ruota di 90° senso orario" "Ruota di 180°" "Ruota di 270° in senso orario"
+    "Calibrazione colore fotocamera 01" "Calibrazione colore fotocamera 02"
+    "Calibrazione colore fotocamera 03" "Calibrazione colore fotocamera 04"
+    "Calibrazione colore fotocamera 05" "Calibrazione colore fotocamera 06"
+    "Calibrazione colore fotocamera 07" "Calibrazione colore fotocamera 08"
+    "Calibrazione colore fotocamera 09" "Calibrazione colore fotocamera 10"
+    "Calibrazione colore fotocamera 11" "Calibrazione colore fotocamera 12"
+    "Calibrazione colore fotocamera 13" "Calibrazione colore fotocamera 14"
+    "Calibrazione colore fotocamera 15" "ISO fotocamera" "Orientazione fotocamera"
+    "Orizzontale (normale)" "Temperatura fotocamera" "Programma AE" "Priorità otturatore AE"
+    "Priorità diaframma" "Manuale" "Flash esterno" "Riduzione occhi rossi"
+    "Riduzione occhi rossi (auto)" "Riduzione occhi rossi (attivo)" "Cartolina" "Categorie"
+    "Paesaggio" "Eventi" "Da fare" "Temperatura colore" "Contrasto" "Controllo locale fotocamera"
+    "Zoom Digitale" "Flash spento" "Orizzontale" "Fuochi artificiali" "Bambini e animali dimestici"
+    "Tramonto" "Scatto veloce" "Sfocatura zoom" "Nostalgico" "Effetto fish-eye" "Scena notturna"
+    "Seppia" "Verticale" "Facce rimosse" "Indice file" "Indice file 2" "Numero file"
+    "Effetto Filtro" "Giallo" "Arancio" "Rosso" "Verde" "Revisione firmware" "Esterno"
+    "Compensazione Esposizione Flash" "Lunghezza focale" "Dimensione X del piano focale"
+    "X del piano focale sconisciuta" "Dimensione Y del piano focale"
+    "Y del piano focale sconisciuta" "Fisso" "Sconosciuto" "Molto vicino" "Disattivata"
+    "Riduzione Rumore High ISO" "Leggero" "Sensibilità ISO" "Stabilizzazione Immagine" "Spento (2)"
+    "Tipo obiettivo" "Espososizione lunga riduzione rumore" "Espososizione lunga riduzione rumore 2"
+    "Attivata" "Massima apertura delle lenti" "Lunghezza focale massima" "Modalità misurazione"
+    "Punto" "Parziale" "Media centrale ponderata" "Lunghezza focale minima" "Luce del giorno"
+    "Fluorescente a luce del giorno" "Nuvoloso" "Tungsteno (luce incandescente)" "Ombrato"
+    "Dati Esposizione Multipla" "Scatti Esposizione Multipla" "Blu vivace" "Verde vivace"
+    "Nome proprietario" "Lunghezza immagine anteprima" "Inizio immagine anteprima" "Offset dati raw"
+    "Qualità jpg raw" "Dimensione jpg raw" "Modo registrazione" "Rotazione" "Saturazione"
+    "Autoscatto" "Autoscatto 2" "Altezza sensore" "Bordo sinistro sensore" "Livello rosso sensore"
+    "Bordo superiore sensore" "Larghezza sensore" "Numero sequenza" "Formato numero di serie"
+    "Formato 1" "Formato 2" "Nitidezza" "Conteggio scatti" "Area valida miniatura"
+    "Marcatura oraria" "Marcatura oraria 1" "Fuso orario" "Città fuso orario" "Teheran" "Londra"
+    "Porpora" "Abilita" "Codec video" "Bilanciamento del bianco" "Equilibrio del bianco automatico"
+    "PERSONAL.1" "PERSONAL.2" "PERSONAL.3" "PERSONAL.4" "Personalizzato" "Monocromatico" "AEBブラケット値"
+    "自動露出設定" "露出補正" "AFエリア高さ" "AFエリアモード" "顔優先" "AFエリア幅" "AF補助光の投光" "AF画像高さ" "AF画像幅" "AF選択ポイント"
+    "無し（MF）" "オートAFポイント選択" "右" "中央" "左" "顔認識" "マニュアルAFポイント選択" "測距時のAFフレーム表示" "AF測距点" "AF測距点(1D)"
+    "中央+右" "左+右" "左+中央" "全て" "AFポイント選択" "フラッシュバイアス" "オン（ショット1）" "オン（ショット2）" "オン（ショット3）" "ISOオート"
+    "オートライティングオプティマイザ" "スタンダード" "ソフト" "強" "自動回転" "ソフトウェアで回転" "90度回転 CW" "180度回転" "270度回転 CW" "ベース感度"
+    "ブラケットモード" "ブラケットショット数" "ブラケット値" "バルブ時間" "カメラISO" "画像の向き" "水平（標準）" "カメラ温度" "EOSハイエンド" "コンパクト"
+    "EOSミドルレンジ" "DVカメラ" "露出モード" "簡単" "プログラムAE" "シャッター優先" "絞り優先" "マニュアル" "被写界深度AE" "バルブ" "ファイル長"
+    "フラッシュモード" "オート" "外付フラッシュ" "赤目軽減" "スローシンクロ" "赤目軽減（オート）" "赤目軽減（オン）" "ラージ" "ミドル" "ミディアム動画"
+    "スモール動画" "スモール1" "スモール2" "スモール3" "スモール" "ミドル1" "ミドル2" "ミドル3" "ハガキ" "ワイド画面" "イメージタイプ" "モデルID"
+    "カラーマトリックス" "色温度" "カラートーン" "標準" "カラートーン忠実設定" "カラートーン風景" "カラートーンニュートラル" "カラートーンポートレート"
+    "カラートーンスタンダード" "カラートーンユーザ設定1" "カラートーンユーザ設定2" "カラートーンユーザ設定3" "ドライブモード" "１コマ撮影" "連続撮影" "動画" "高速連写"
+    "連写（Low）" "連写（High）" "コントラスト" "コントラスト忠実設定" "コントラスト風景" "コントラストモノクロ" "コントラストニュートラル" "コントラストポートレート"
+    "コントラストスタンダード" "コントラストユーザ設定1" "コントラストユーザ設定2" "コントラストユーザ設定3" "コントロールモード" "該当無し" "カメラローカルコントロール"
+    "コンピュータリモートコントロール" "日付スタンプモード" "日付" "夏時間" "デジタルズーム" "未確認" "ディレクトリ索引" "絞り表示" "歪曲修正" "簡単モード"
+    "フルオート" "白黒" "パンフォーカス" "ビビッド" "ニュートラル" "フラッシュオフ" "長秒シャッター" "スーパーマクロ" "葉" "室内" "風景" "花火" "ビーチ"
+    "水中" "スノー" "キッズ＆ペット" "ナイトスナップ" "デジタルマクロ" "夕焼け" "ワンポイントカラー" "高速シャッター" "カラーアクセント" "スイッチカラー" "水族館"
+    "ISO3200" "スローシャッター" "グレースケール" "セピア" "ポートレート" "スポーツ" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置" "顔6位置"
+    "顔7位置" "顔8位置" "顔9位置" "フレームサイズ" "ファイル索引" "ファイル番号" "フィルター効果" "黄色" "オレンジ" "赤" "緑" "モノクロフィルター効果"
+    "ファームウェアリビジョン" "フラッシュ稼働" "フラッシュ詳細" "フラッシュ露出補正" "フラッシュガイドナンバー" "フラッシュ出力" "レンズ焦点距離" "焦点面Xサイズ"
+    "焦点面Yサイズ" "フォーカスタイプ" "固定" "焦点単位/mm" "連続フォーカス" "シングル" "連続" "焦点距離低部分" "焦点距離高部分" "ワンショットAF"
+    "AIサーボAF" "AIフォーカスAF" "マニュアルフォーカス(3)" "連写" "マニュアルフォーカス(6)" "フォーカスレンジ" "無限遠" "不明" "近接" "近景"
+    "中間範囲" "遠景" "オートHDR" "切" "高感度ノイズリダクション" "高輝度側・階調優先" "ISOスピードレート" "イメージスタビライザー" "内部シリアル番号"
+    "JPEG\343\200\200品質" "レンズタイプ" "長秒露光ノイズリダクション" "マクロモード" "ノーマル" "マニュアルフラッシュ出力" "最大絞り" "最大焦点距離"
+    "計測EV" "測光モード" "デフォルト" "スポット" "評価" "部分" "最小絞り" "最小焦点距離" "忠実設定" "モノトーン" "高彩度" "ユーザ設定1" "ユーザ設定2"
+    "ユーザ設定3" "低彩度" "CMセット1" "CMセット2" "高い" "カスタム" "昼光" "PC設定1" "PC設定2" "PC設定3" "昼光色蛍光灯" "カスタム1"
+    "カスタム2" "カスタム3" "カスタム4" "曇り" "PC設定4" "PC設定5" "タングステン(白熱灯)" "蛍光灯" "日陰" "マニュアル白熱灯（ケルビン）" "多重露出データ"
+    "多重露出ショット" "マイカラーモード" "ポジフィルム" "ライトスカイ調" "ダークスキン調" "ビビッド青" "ビビッド緑" "ビビッド赤" "NDフィルター" "AFポイント番号"
+    "光学ズームコード" "オリジナル決定データオフセット" "オーナー名" "写真効果" "ピクチャースタイル" "プレビューイメージ容量" "プレビューイメージ開始" "エコノミー"
+    "ファイン" "S.ファイン" "プライマリAFポイント" "未設定" "RAWデータオフセット" "RAW JPEG\343\200\200品質" "RAW JPEG サイズ"
+    "記録モード" "回転" "彩度" "彩度忠実設定" "彩度風景" "彩度ニュートラル" "彩度ポートレート" "彩度スタンダード" "彩度ユーザ設定1" "彩度ユーザ設定2"
+    "彩度ユーザ設定3" "セルフタイマー長" "セルフタイマー(2)" "センサー高さ" "イメージ左部" "イメージ上部" "センサー幅" "シーケンス番号" "シリアル番号形式"
+    "シャープネス" "シャープネス忠実設定" "シャープネス風景" "シャープネスモノクロ" "シャープネスニュートラル" "シャープネスポートレート" "シャープネススタンダード"
+    "シャープネスユーザ設定1" "シャープネスユーザ設定2" "シャープネスユーザ設定3" "短いオーナー名" "シャッター回数" "スポットメーターモード" "オン(1)" "オン(2)"
+    "ターゲット絞り" "ターゲット露出時間" "サムネイル画像有効領域" "タイムスタンプ" "タイムスタンプ1" "タイムゾーン" "トーンカーブ" "トーン効果" "青" "紫"
+    "モノクロトーン効果" "USMレンズの電子式手動フォーカス" "ユーザ設定1 ピクチャースタイル" "ユーザ設定2 ピクチャースタイル" "ユーザ設定3 ピクチャースタイル"
+    "有効なAFポイント" "ホワイトバランスブラケットモード" "オン（シフトAB）" "オン（シフトGM）" "ホワイトバランスブラケット値AB" "ホワイトバランスブラケット値GM"
+    "WB AB補正" "WB GM補正" "WB RGGB レベル\343\200\200曇天" "WB RGGB レベル\343\200\200昼光"
+    "WB RGGB レベル\343\200\200ストロボ" "WB RGGB レベル\343\200\200蛍光灯" "WB RGGB レベル\343\200\200日陰"
+    "WB RGGB レベル\343\200\200白熱灯" "ホワイトバランス" "ズームソース幅" "ズームターゲット幅" "Bloqueo AE" "AF Alto Área"
+    "AF Modo Área" "Desactivado (Enfoque Manual)" "Punto único AF)" "Detección Caras AF" "Zona AF"
+    "AF Ancho Área" "AF Alto Imágen" "AF Ancho Imágen" "Ninguno (MF)" "Derecha" "Izquierda"
+    "Detección Caras" "Mostrar Punto AF durante el enfoque" "Puntos AF en foco"
+    "Puntos AF en foco 5D" "Superior derecha" "Arriba" "Inferior izquierda" "Abajo"
+    "Inferior derecha" "Superior izquierda" "Todo" "Puntos AF seleccionados" "Estándar" "Vívido"
+    "Cálido" "Suave" "Frío" "Intenso" "Brillante" "Oscuro" "Bajo" "Fuerte"
+    "Girado 90° sentido reloj" "Girado 180°" "Girado 270° sentido reloj" "Camara-ISO"
+    "Orientación Cámara" "Temperatura Cámara" "Automático" "Flash Externo" "Réducción ojos rojos"
+    "Réducción ojos rojos (Automático)" "Réducción ojos rojos (Activado)" "Ancho" "Medio"
+    "Película 640x480" "Película Pequeña" "Película 1280x720" "Pequeño 1" "Película 1920x1080"
+    "Pequeño 2" "Pequeño 3" "Pequeño" "Medio 1" "Medio 2" "Medio 3" "Categorías" "Matriz de Color"
+    "Temperatura Color Automática" "Temperatura Color Nublado" "Temperatura Color Personalizada"
+    "Temperatura Color Personalizada 1" "Temperatura Color Personalizada 2"
+    "Temperatura Color Luz de Día" "Temperatura Color Flash" "Temperatura Color Fluorescente"
+    "Temperatura Color Kelvin" "Temperatura Color Medida" "Temperatura Color Sombrío"
+    "Temperatura Color Tungsteno" "Temperatura de Color Desconocida"
+    "Temperatura de Color Desconocida 10" "Temperatura de Color Desconocida 11"
+    "Temperatura de Color Desconocida 12" "Temperatura de Color Desconocida 13"
+    "Temperatura de Color Desconocida 14" "Temperatura de Color Desconocida 15"
+    "Temperatura de Color Desconocida 16" "Temperatura de Color Desconocida 17"
+    "Temperatura de Color Desconocida 18" "Temperatura de Color Desconocida 19"
+    "Temperatura de Color Desconocida 2" "Temperatura de Color Desconocida 20"
+    "Temperatura de Color Desconocida 3" "Temperatura de Color Desconocida 4"
+    "Temperatura de Color Desconocida 5" "Temperatura de Color Desconocida 6"
+    "Temperatura de Color Desconocida 7" "Temperatura de Color Desconocida 8"
+    "Temperatura de Color Desconocida 9" "Temperatura de Color" "Tono de Color" "Continuo"
+    "Película" "Continuo, Prioridad Velocidad" "Continuo, Bajo" "Continuo, Alto"
+    "Alto Imágen Recortada" "Izquierda Imágen Recortada" "Superior Imágen Recortada"
+    "Ancho Imágen Recortada" "Zoom Digital" "Corrección Distorsión" "Blanco y Negro" "Neutro"
+    "Flash Desactivado" "Follaje" "Interior" "Paisaje" "Fuegos Artificiales" "Playa" "Subacuatica"
+    "Nieve" "Niños y Mascotas" "Fotografía Nocturna" "Macro digital" "Puesta de sol"
+    "Escena Nocturna" "Superficie" "Fácil" "Sonrisa" "Efecto Ojo de Pez" "Nocturno"
+    "Escala de Grises" "Retrato" "Deportes" "Tamaño Area detección caras" "Caras Detectadas"
+    "Amarillo" "Naranja" "Rojo" "Compensación Exposición Flash" "Externo Automatico"
+    "Externo Manual" "Flash Salida" "Distancia Focal Objetivo" "Sencillo" "Enfoque Manual (6)"
+    "Rango de Enfoque" "Infinito" "Desconocido" "Muy Próximo" "Próximo" "Reducción Ruido ISO Alta"
+    "Ratio Velocidad ISO" "Estabilización Imagen" "No Aplica" "Número Serie Interno" "Tipo Objetivo"
+    "RR Exp.Larga" "Modo Macro" "Completo" "Máxima Apertura del Objetivo" "Longitud focal máxima"
+    "Modo Medición" "Puntual" "Promedio" "Parcial" "Media ponderada al centro" "Apertura mínima"
+    "Longitud focal mínima" "Saturación Alta" "Saturación Baja" "Alto" "Número de Puntos AF"
+    "Nombre del Propietario" "Personalizado" "Fiel" "Longitud Imagen Previa" "Inicio Imagen Previa"
+    "Punto AF primario" "no aplica" "Calidad estándar" "Fina" "Pequeño 21" "Medio 1 "
+    "Tarjeta Postal" "Modo de Grabación" "Rotación" "Saturación" "Temporizador Automático" "Nitidez"
+    "Mas bajo" "Muy Alto" "Contador de disparos" "Marca de Tiempo" "Marca de Tiempo 1"
+    "Puntos AF validos" "Balance de Blancos" "Luz de día" "Fluorescente luz de día"
+    "Personalizado 1" "Personalizado 2" "Personalizado 3" "Personalizado 4" "Nublado" "Tungsteno"
+    "Flourescente" "Sombrío" "Temperatura Manual (Kelvin)";
 
 // AFCP: 3 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAFCP[] = {
-    {{0, 14}, TagType::string, 0, 0, 0, 0},
-    {{14, 12}, TagType::string, 0, 0, 0, 0},
-    {{26, 4}, TagType::string, 0, 0, 0, 0},
+    {{0, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
+    {{14, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
+    {{26, 4}, TagType::string, 0, 0, 0, 0},  // Text
 };
 constexpr detail::StringRow kStringsEnglishAFCP[] = {
     {{30, 17}, {47, 13}},
@@ -2681,21 +2799,22 @@ constinit detail::StreamTags gTagsAFCP("AFCP", kText, kTagsAFCP, kKeyOrderAFCP, 
 
 // AIFF: 14 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAIFF[] = {
-    {{276, 11}, TagType::string, 0, 0, 0, 0},
-    {{287, 8}, TagType::string, 0, 0, 0, 0},
-    {{295, 7}, TagType::string, 0, 0, 0, 0},
-    {{302, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{313, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{328, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{338, 15}, TagType::string, 0, 4, 0, 14},
-    {{353, 14}, TagType::pstring, 0, 0, 0, 0},
-    {{367, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{384, 9}, TagType::string, 0, 0, 0, 0},
-    {{393, 10}, TagType::string, 0, 0, 0, 0},
-    {{403, 15}, TagType::string, 0, 0, 0, 0},
-    {{418, 6}, TagType::string, 0, 0, 0, 0},
-    {{424, 4}, TagType::string, 0, 0, 0, 0},
+    {{276, 11}, TagType::string, 0, 0, 0, 0},  // CommentTime
+    {{287, 8}, TagType::string, 0, 0, 0, 0},  // MarkerID
+    {{295, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{302, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
+    {{313, 15}, TagType::int32u, 0, 0, 0, 0},  // NumSampleFrames
+    {{328, 10}, TagType::int16u, 0, 0, 0, 0},  // SampleSize
+    {{338, 15}, TagType::string, 0, 4, 0, 14},  // CompressionType
+    {{353, 14}, TagType::pstring, 0, 0, 0, 0},  // CompressorName
+    {{367, 17}, TagType::int32u, 0, 0, 0, 0},  // FormatVersionTime
+    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{393, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
+    {{403, 15}, TagType::string, 0, 0, 0, 0},  // ApplicationData
+    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{424, 4}, TagType::string, 0, 0, 0, 0},  // Name
 };
 constexpr detail::TextRef kChoicesAIFF[] = {
     {428, 4}, {432, 4}, {436, 4}, {440, 4}, {444, 4}, {448, 4}, {452, 4}, {456, 4}, {460, 4},
@@ -2798,24 +2917,25 @@ constinit detail::StreamTags gTagsAIFF("AIFF", kText, kTagsAIFF, kKeyOrderAIFF, 
 
 // APE: 17 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPE[] = {
-    {{1867, 5}, TagType::string, 0, 0, 0, 0},
-    {{1872, 6}, TagType::string, 0, 0, 0, 0},
-    {{1878, 8}, TagType::string, 0, 0, 0, 0},
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},
-    {{1896, 8}, TagType::string, 0, 0, 0, 0},
-    {{1904, 11}, TagType::string, 0, 0, 0, 0},
-    {{1915, 5}, TagType::string, 0, 0, 0, 0},
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},
-    {{1924, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{1940, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{1954, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{1970, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{1981, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{1994, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{2002, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{2012, 10}, TagType::int16u, 0, 0, 0, 0},
+    {{1867, 5}, TagType::string, 0, 0, 0, 0},  // Album
+    {{1872, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{1878, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{1896, 8}, TagType::string, 0, 0, 0, 0},  // ToolName
+    {{1904, 11}, TagType::string, 0, 0, 0, 0},  // ToolVersion
+    {{1915, 5}, TagType::string, 0, 0, 0, 0},  // Track
+    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{1924, 16}, TagType::int16u, 0, 0, 0, 0},  // CompressionLevel
+    {{1940, 14}, TagType::int32u, 0, 0, 0, 0},  // BlocksPerFrame
+    {{1954, 16}, TagType::int32u, 0, 0, 0, 0},  // FinalFrameBlocks
+    {{1970, 11}, TagType::int32u, 0, 0, 0, 0},  // TotalFrames
+    {{1981, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
+    {{1994, 8}, TagType::int16u, 0, 0, 0, 0},  // Channels
+    {{2002, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
+    {{2012, 10}, TagType::int16u, 0, 0, 0, 0},  // APEVersion
 };
 constexpr detail::StringRow kStringsEnglishAPE[] = {
     {{2022, 14}, {2036, 11}},
@@ -2912,9 +3032,10 @@ constinit detail::StreamTags gTagsAPE("APE", kText, kTagsAPE, kKeyOrderAPE, {}, 
 
 // APP0: 2 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP0[] = {
-    {{3090, 16}, TagType::int8u, 0, 0, 0, 3},
-    {{3106, 12}, TagType::string, 0, 6, 0, 0},
+    {{3090, 16}, TagType::int8u, 0, 0, 0, 3},  // InterleavedField
+    {{3106, 12}, TagType::string, 0, 6, 0, 0},  // OcadRevision
 };
 constexpr detail::TextRef kChoicesAPP0[] = {
     {3118, 1}, {3119, 1}, {3120, 1},
@@ -2938,145 +3059,146 @@ constinit detail::StreamTags gTagsAPP0("APP0", kText, kTagsAPP0, kKeyOrderAPP0, 
 
 // APP1: 138 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP1[] = {
-    {{3284, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},
-    {{3313, 14}, TagType::float_, 0, 0, 0, 0},
-    {{3327, 28}, TagType::float_, 0, 0, 0, 0},
-    {{3355, 22}, TagType::float_, 0, 0, 0, 0},
-    {{3377, 19}, TagType::float_, 0, 0, 0, 0},
-    {{3396, 20}, TagType::float_, 0, 0, 0, 0},
-    {{3416, 16}, TagType::float_, 0, 0, 0, 0},
-    {{3432, 8}, TagType::float_, 0, 0, 0, 0},
-    {{3440, 7}, TagType::float_, 0, 0, 0, 0},
-    {{3447, 7}, TagType::float_, 0, 0, 0, 0},
-    {{3454, 22}, TagType::float_, 0, 0, 0, 0},
-    {{3476, 22}, TagType::float_, 0, 0, 0, 0},
-    {{3498, 21}, TagType::float_, 0, 0, 0, 0},
-    {{3519, 21}, TagType::float_, 0, 0, 0, 0},
-    {{3540, 17}, TagType::float_, 0, 0, 0, 0},
-    {{3557, 25}, TagType::float_, 0, 0, 0, 0},
-    {{3582, 25}, TagType::float_, 0, 0, 0, 0},
-    {{3607, 24}, TagType::float_, 0, 0, 0, 0},
-    {{3631, 24}, TagType::float_, 0, 0, 0, 0},
-    {{3655, 24}, TagType::float_, 0, 0, 0, 0},
-    {{3679, 24}, TagType::float_, 0, 0, 0, 0},
-    {{3703, 29}, TagType::float_, 0, 0, 0, 0},
-    {{3732, 29}, TagType::float_, 0, 0, 0, 0},
-    {{3761, 11}, TagType::string, 0, 32, 0, 0},
-    {{3772, 16}, TagType::string, 0, 16, 0, 0},
-    {{3788, 18}, TagType::string, 0, 16, 0, 0},
-    {{3806, 14}, TagType::string, 0, 16, 0, 0},
-    {{3820, 9}, TagType::string, 0, 32, 0, 0},
-    {{3829, 14}, TagType::string, 0, 16, 0, 0},
-    {{3843, 16}, TagType::string, 0, 16, 0, 0},
-    {{3859, 11}, TagType::float_, 0, 0, 0, 0},
-    {{3870, 11}, TagType::string, 0, 16, 0, 0},
-    {{3881, 16}, TagType::string, 0, 32, 0, 0},
-    {{3897, 18}, TagType::string, 0, 32, 0, 0},
-    {{3915, 7}, TagType::int32s, 0, 0, 0, 0},
-    {{3922, 8}, TagType::float_, 0, 0, 0, 0},
-    {{3930, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{3946, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{3962, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{3976, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{3989, 16}, TagType::string, 0, 10, 0, 0},
-    {{4005, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{4019, 13}, TagType::float_, 0, 0, 0, 0},
-    {{4032, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{4041, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{4059, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{4078, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{4098, 18}, TagType::string, 0, 0, 0, 0},
-    {{4116, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{4130, 22}, TagType::int16u, 0, 0, 0, 0},
-    {{4152, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{4170, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{4189, 17}, TagType::string, 0, 4, 0, 0},
-    {{4206, 13}, TagType::string, 8, 0, 0, 0},
-    {{4219, 17}, TagType::string, 0, 0, 0, 0},
-    {{4236, 8}, TagType::int32u, 0, 0, 0, 2},
-    {{4244, 12}, TagType::string, 0, 4, 0, 0},
-    {{4256, 14}, TagType::string, 0, 2, 2, 2},
-    {{4270, 15}, TagType::string, 0, 2, 4, 2},
-    {{4285, 11}, TagType::double_, 0, 0, 0, 0},
-    {{4296, 12}, TagType::double_, 0, 0, 0, 0},
-    {{4308, 11}, TagType::float_, 0, 0, 0, 0},
-    {{4319, 6}, TagType::float_, 0, 0, 0, 0},
-    {{4325, 11}, TagType::string, 0, 2, 6, 3},
-    {{4336, 11}, TagType::string, 0, 2, 9, 2},
-    {{4347, 18}, TagType::string, 0, 2, 9, 2},
-    {{4365, 8}, TagType::float_, 0, 0, 0, 0},
-    {{4373, 8}, TagType::float_, 0, 0, 0, 0},
-    {{4381, 15}, TagType::float_, 0, 0, 0, 0},
-    {{4396, 11}, TagType::string, 0, 16, 0, 0},
-    {{4407, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{4427, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{4448, 22}, TagType::int16u, 0, 0, 0, 0},
-    {{4470, 20}, TagType::string, 0, 0, 0, 0},
-    {{4490, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{4506, 15}, TagType::string, 0, 16, 0, 0},
-    {{4521, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{4531, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{4542, 9}, TagType::int16u, 0, 0, 11, 8},
-    {{4551, 13}, TagType::int8u, 0, 0, 19, 4},
-    {{4564, 19}, TagType::int8u, 0, 0, 23, 6},
-    {{4583, 14}, TagType::string, 0, 16, 0, 0},
-    {{4597, 13}, TagType::double_, 0, 0, 0, 0},
-    {{4610, 13}, TagType::int8u, 0, 0, 19, 4},
-    {{4623, 19}, TagType::int8u, 0, 0, 23, 6},
-    {{4642, 14}, TagType::string, 0, 16, 0, 0},
-    {{4656, 13}, TagType::double_, 0, 0, 0, 0},
-    {{4669, 13}, TagType::int8u, 0, 0, 19, 4},
-    {{4682, 19}, TagType::int8u, 0, 0, 23, 6},
-    {{4701, 14}, TagType::string, 0, 16, 0, 0},
-    {{4715, 13}, TagType::double_, 0, 0, 0, 0},
-    {{4728, 13}, TagType::int8u, 0, 0, 19, 4},
-    {{4741, 19}, TagType::int8u, 0, 0, 23, 6},
-    {{4760, 14}, TagType::string, 0, 16, 0, 0},
-    {{4774, 13}, TagType::double_, 0, 0, 0, 0},
-    {{4787, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{4801, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{4816, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{4832, 14}, TagType::string, 0, 0, 0, 0},
-    {{4846, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{4856, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{4869, 10}, TagType::int8u, 0, 3, 0, 0},
-    {{4879, 10}, TagType::int8u, 0, 3, 0, 0},
-    {{4889, 13}, TagType::int8u, 0, 3, 0, 0},
-    {{4902, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{4916, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{4930, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{4944, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{4957, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{4971, 15}, TagType::string, 0, 32, 0, 0},
-    {{4986, 11}, TagType::string, 0, 32, 0, 0},
-    {{4997, 7}, TagType::string, 8, 0, 0, 0},
-    {{5004, 17}, TagType::string, 0, 0, 0, 0},
-    {{5021, 6}, TagType::string, 0, 0, 0, 0},
-    {{5027, 6}, TagType::string, 0, 0, 0, 0},
-    {{5033, 6}, TagType::string, 0, 0, 0, 0},
-    {{5039, 6}, TagType::string, 0, 0, 0, 0},
-    {{5045, 7}, TagType::float_, 0, 0, 0, 0},
-    {{5052, 7}, TagType::int16s, 0, 0, 0, 0},
-    {{5059, 7}, TagType::int16s, 0, 0, 0, 0},
-    {{5066, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{5071, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{5076, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{5081, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{5086, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{5102, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{5122, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{5143, 19}, TagType::string, 0, 0, 0, 0},
-    {{5162, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{5177, 6}, TagType::string, 0, 0, 0, 0},
-    {{5183, 6}, TagType::string, 0, 0, 0, 0},
-    {{5189, 6}, TagType::string, 0, 0, 0, 0},
-    {{5195, 6}, TagType::string, 0, 0, 0, 0},
-    {{5201, 6}, TagType::string, 0, 0, 0, 0},
-    {{5207, 6}, TagType::string, 0, 0, 0, 0},
-    {{5213, 6}, TagType::string, 0, 0, 0, 0},
-    {{5219, 6}, TagType::string, 0, 0, 0, 0},
+    {{3284, 19}, TagType::int16u, 0, 0, 0, 0},  // CameraInfoByteOrder
+    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
+    {{3313, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
+    {{3327, 28}, TagType::float_, 0, 0, 0, 0},  // ReflectedApparentTemperature
+    {{3355, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTemperature
+    {{3377, 19}, TagType::float_, 0, 0, 0, 0},  // IRWindowTemperature
+    {{3396, 20}, TagType::float_, 0, 0, 0, 0},  // IRWindowTransmission
+    {{3416, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
+    {{3432, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR1
+    {{3440, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckB
+    {{3447, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckF
+    {{3454, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha1
+    {{3476, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha2
+    {{3498, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta1
+    {{3519, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta2
+    {{3540, 17}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransX
+    {{3557, 25}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureRangeMax
+    {{3582, 25}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureRangeMin
+    {{3607, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxClip
+    {{3631, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinClip
+    {{3655, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxWarn
+    {{3679, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinWarn
+    {{3703, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxSaturated
+    {{3732, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinSaturated
+    {{3761, 11}, TagType::string, 0, 32, 0, 0},  // CameraModel
+    {{3772, 16}, TagType::string, 0, 16, 0, 0},  // CameraPartNumber
+    {{3788, 18}, TagType::string, 0, 16, 0, 0},  // CameraSerialNumber
+    {{3806, 14}, TagType::string, 0, 16, 0, 0},  // CameraSoftware
+    {{3820, 9}, TagType::string, 0, 32, 0, 0},  // LensModel
+    {{3829, 14}, TagType::string, 0, 16, 0, 0},  // LensPartNumber
+    {{3843, 16}, TagType::string, 0, 16, 0, 0},  // LensSerialNumber
+    {{3859, 11}, TagType::float_, 0, 0, 0, 0},  // FieldOfView
+    {{3870, 11}, TagType::string, 0, 16, 0, 0},  // FilterModel
+    {{3881, 16}, TagType::string, 0, 32, 0, 0},  // FilterPartNumber
+    {{3897, 18}, TagType::string, 0, 32, 0, 0},  // FilterSerialNumber
+    {{3915, 7}, TagType::int32s, 0, 0, 0, 0},  // PlanckO
+    {{3922, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR2
+    {{3930, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMin
+    {{3946, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMax
+    {{3962, 14}, TagType::int16u, 0, 0, 0, 0},  // RawValueMedian
+    {{3976, 13}, TagType::int16u, 0, 0, 0, 0},  // RawValueRange
+    {{3989, 16}, TagType::string, 0, 10, 0, 0},  // DateTimeOriginal
+    {{4005, 14}, TagType::int16u, 0, 0, 0, 0},  // FocusStepCount
+    {{4019, 13}, TagType::float_, 0, 0, 0, 0},  // FocusDistance
+    {{4032, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
+    {{4041, 18}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapByteOrder
+    {{4059, 19}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageWidth
+    {{4078, 20}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageHeight
+    {{4098, 18}, TagType::string, 0, 0, 0, 0},  // CoarseMapImageType
+    {{4116, 14}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImage
+    {{4130, 22}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageByteOrder
+    {{4152, 18}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageWidth
+    {{4170, 19}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageHeight
+    {{4189, 17}, TagType::string, 0, 4, 0, 0},  // EmbeddedImageType
+    {{4206, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{4219, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFile
+    {{4236, 8}, TagType::int32u, 0, 0, 0, 2},  // GPSValid
+    {{4244, 12}, TagType::string, 0, 4, 0, 0},  // GPSVersionID
+    {{4256, 14}, TagType::string, 0, 2, 2, 2},  // GPSLatitudeRef
+    {{4270, 15}, TagType::string, 0, 2, 4, 2},  // GPSLongitudeRef
+    {{4285, 11}, TagType::double_, 0, 0, 0, 0},  // GPSLatitude
+    {{4296, 12}, TagType::double_, 0, 0, 0, 0},  // GPSLongitude
+    {{4308, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
+    {{4319, 6}, TagType::float_, 0, 0, 0, 0},  // GPSDOP
+    {{4325, 11}, TagType::string, 0, 2, 6, 3},  // GPSSpeedRef
+    {{4336, 11}, TagType::string, 0, 2, 9, 2},  // GPSTrackRef
+    {{4347, 18}, TagType::string, 0, 2, 9, 2},  // GPSImgDirectionRef
+    {{4365, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
+    {{4373, 8}, TagType::float_, 0, 0, 0, 0},  // GPSTrack
+    {{4381, 15}, TagType::float_, 0, 0, 0, 0},  // GPSImgDirection
+    {{4396, 11}, TagType::string, 0, 16, 0, 0},  // GPSMapDatum
+    {{4407, 20}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapByteOrder
+    {{4427, 21}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageWidth
+    {{4448, 22}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageHeight
+    {{4470, 20}, TagType::string, 0, 0, 0, 0},  // GainDeadMapImageType
+    {{4490, 16}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImage
+    {{4506, 15}, TagType::string, 0, 16, 0, 0},  // CreatorSoftware
+    {{4521, 10}, TagType::int16u, 0, 0, 0, 0},  // Meas1Label
+    {{4531, 11}, TagType::int16u, 0, 0, 0, 0},  // Meas1Params
+    {{4542, 9}, TagType::int16u, 0, 0, 11, 8},  // Meas1Type
+    {{4551, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading1Units
+    {{4564, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading1Description
+    {{4583, 14}, TagType::string, 0, 16, 0, 0},  // Reading1Device
+    {{4597, 13}, TagType::double_, 0, 0, 0, 0},  // Reading1Value
+    {{4610, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading2Units
+    {{4623, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading2Description
+    {{4642, 14}, TagType::string, 0, 16, 0, 0},  // Reading2Device
+    {{4656, 13}, TagType::double_, 0, 0, 0, 0},  // Reading2Value
+    {{4669, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading3Units
+    {{4682, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading3Description
+    {{4701, 14}, TagType::string, 0, 16, 0, 0},  // Reading3Device
+    {{4715, 13}, TagType::double_, 0, 0, 0, 0},  // Reading3Value
+    {{4728, 13}, TagType::int8u, 0, 0, 19, 4},  // Reading4Units
+    {{4741, 19}, TagType::int8u, 0, 0, 23, 6},  // Reading4Description
+    {{4760, 14}, TagType::string, 0, 16, 0, 0},  // Reading4Device
+    {{4774, 13}, TagType::double_, 0, 0, 0, 0},  // Reading4Value
+    {{4787, 14}, TagType::int16u, 0, 0, 0, 0},  // PaintByteOrder
+    {{4801, 15}, TagType::int16u, 0, 0, 0, 0},  // PaintImageWidth
+    {{4816, 16}, TagType::int16u, 0, 0, 0, 0},  // PaintImageHeight
+    {{4832, 14}, TagType::string, 0, 0, 0, 0},  // PaintImageType
+    {{4846, 10}, TagType::int16u, 0, 0, 0, 0},  // PaintImage
+    {{4856, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteColors
+    {{4869, 10}, TagType::int8u, 0, 3, 0, 0},  // AboveColor
+    {{4879, 10}, TagType::int8u, 0, 3, 0, 0},  // BelowColor
+    {{4889, 13}, TagType::int8u, 0, 3, 0, 0},  // OverflowColor
+    {{4902, 14}, TagType::int8u, 0, 3, 0, 0},  // UnderflowColor
+    {{4916, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm1Color
+    {{4930, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm2Color
+    {{4944, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteMethod
+    {{4957, 14}, TagType::int8u, 0, 0, 0, 0},  // PaletteStretch
+    {{4971, 15}, TagType::string, 0, 32, 0, 0},  // PaletteFileName
+    {{4986, 11}, TagType::string, 0, 32, 0, 0},  // PaletteName
+    {{4997, 7}, TagType::string, 8, 0, 0, 0},  // Palette
+    {{5004, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeGenerated
+    {{5021, 6}, TagType::string, 0, 0, 0, 0},  // Param0
+    {{5027, 6}, TagType::string, 0, 0, 0, 0},  // Param1
+    {{5033, 6}, TagType::string, 0, 0, 0, 0},  // Param2
+    {{5039, 6}, TagType::string, 0, 0, 0, 0},  // Param3
+    {{5045, 7}, TagType::float_, 0, 0, 0, 0},  // Real2IR
+    {{5052, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetX
+    {{5059, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetY
+    {{5066, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX1
+    {{5071, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX2
+    {{5076, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY1
+    {{5081, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY2
+    {{5086, 16}, TagType::int16u, 0, 0, 0, 0},  // RawDataByteOrder
+    {{5102, 20}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageWidth
+    {{5122, 21}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageHeight
+    {{5143, 19}, TagType::string, 0, 0, 0, 0},  // RawThermalImageType
+    {{5162, 15}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImage
+    {{5177, 6}, TagType::string, 0, 0, 0, 0},  // Label0
+    {{5183, 6}, TagType::string, 0, 0, 0, 0},  // Label1
+    {{5189, 6}, TagType::string, 0, 0, 0, 0},  // Label2
+    {{5195, 6}, TagType::string, 0, 0, 0, 0},  // Label3
+    {{5201, 6}, TagType::string, 0, 0, 0, 0},  // Value0
+    {{5207, 6}, TagType::string, 0, 0, 0, 0},  // Value1
+    {{5213, 6}, TagType::string, 0, 0, 0, 0},  // Value2
+    {{5219, 6}, TagType::string, 0, 0, 0, 0},  // Value3
 };
 constexpr detail::TextRef kChoicesAPP1[] = {
     {3118, 1}, {3119, 1}, {5225, 1}, {5226, 1}, {5227, 1}, {5228, 1}, {5229, 1}, {5230, 1},
@@ -3508,15 +3630,16 @@ constinit detail::StreamTags gTagsAPP1("APP1", kText, kTagsAPP1, kKeyOrderAPP1, 
 
 // APP11: 8 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP11[] = {
-    {{15217, 10}, TagType::string, 8, 0, 0, 0},
-    {{15227, 5}, TagType::string, 0, 0, 0, 0},
-    {{15232, 4}, TagType::string, 0, 0, 0, 0},
-    {{15236, 16}, TagType::string, 0, 0, 0, 0},
-    {{15252, 3}, TagType::string, 0, 0, 0, 0},
-    {{15255, 3}, TagType::string, 0, 0, 0, 0},
-    {{15258, 3}, TagType::string, 0, 0, 0, 0},
-    {{15261, 15}, TagType::string, 0, 0, 0, 0},
+    {{15217, 10}, TagType::string, 8, 0, 0, 0},  // RatioImage
+    {{15227, 5}, TagType::string, 0, 0, 0, 0},  // Alpha
+    {{15232, 4}, TagType::string, 0, 0, 0, 0},  // Beta
+    {{15236, 16}, TagType::string, 0, 0, 0, 0},  // CorrectionMethod
+    {{15252, 3}, TagType::string, 0, 0, 0, 0},  // Ln0
+    {{15255, 3}, TagType::string, 0, 0, 0, 0},  // Ln1
+    {{15258, 3}, TagType::string, 0, 0, 0, 0},  // S2n
+    {{15261, 15}, TagType::string, 0, 0, 0, 0},  // JPEG-HDRVersion
 };
 constexpr detail::StringRow kStringsEnglishAPP11[] = {
     {{15276, 11}, {15227, 5}},
@@ -3537,33 +3660,34 @@ constinit detail::StreamTags gTagsAPP11("APP11", kText, kTagsAPP11, kKeyOrderAPP
 
 // APP12: 26 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP12[] = {
-    {{15427, 8}, TagType::string, 0, 0, 0, 0},
-    {{15435, 9}, TagType::string, 0, 0, 0, 0},
-    {{15444, 7}, TagType::string, 0, 0, 0, 0},
-    {{15451, 20}, TagType::string, 0, 0, 0, 0},
-    {{15471, 7}, TagType::string, 0, 0, 0, 0},
-    {{15478, 15}, TagType::string, 0, 0, 0, 0},
-    {{15493, 5}, TagType::string, 0, 0, 0, 2},
-    {{15498, 9}, TagType::string, 0, 0, 0, 0},
-    {{15507, 8}, TagType::string, 0, 0, 0, 0},
-    {{15515, 2}, TagType::string, 0, 0, 0, 0},
-    {{15517, 9}, TagType::string, 0, 0, 0, 0},
-    {{15526, 6}, TagType::string, 0, 0, 0, 0},
-    {{15532, 5}, TagType::string, 0, 0, 0, 2},
-    {{15537, 7}, TagType::string, 0, 0, 0, 0},
-    {{15544, 7}, TagType::string, 0, 0, 0, 0},
-    {{15551, 10}, TagType::string, 0, 0, 0, 0},
-    {{15561, 12}, TagType::string, 0, 0, 0, 0},
-    {{15573, 12}, TagType::string, 0, 0, 0, 0},
-    {{15585, 10}, TagType::string, 0, 0, 0, 0},
-    {{3989, 16}, TagType::string, 0, 0, 0, 0},
-    {{15595, 10}, TagType::string, 0, 0, 0, 0},
-    {{15605, 7}, TagType::string, 0, 0, 0, 0},
-    {{15612, 7}, TagType::string, 0, 0, 0, 0},
-    {{15619, 4}, TagType::string, 0, 0, 0, 0},
-    {{15623, 7}, TagType::string, 0, 0, 0, 0},
-    {{15630, 6}, TagType::string, 0, 0, 0, 0},
+    {{15427, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
+    {{15435, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
+    {{15444, 7}, TagType::string, 0, 0, 0, 0},  // ConTake
+    {{15451, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
+    {{15471, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{15478, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{15493, 5}, TagType::string, 0, 0, 0, 2},  // Flash
+    {{15498, 9}, TagType::string, 0, 0, 0, 0},  // FocusMode
+    {{15507, 8}, TagType::string, 0, 0, 0, 0},  // FocusPos
+    {{15515, 2}, TagType::string, 0, 0, 0, 0},  // ID
+    {{15517, 9}, TagType::string, 0, 0, 0, 0},  // ImageSize
+    {{15526, 6}, TagType::string, 0, 0, 0, 0},  // LightS
+    {{15532, 5}, TagType::string, 0, 0, 0, 2},  // Macro
+    {{15537, 7}, TagType::string, 0, 0, 0, 0},  // Protect
+    {{15544, 7}, TagType::string, 0, 0, 0, 0},  // Quality
+    {{15551, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
+    {{15561, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
+    {{15573, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{15585, 10}, TagType::string, 0, 0, 0, 0},  // StrobeTime
+    {{3989, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{15595, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
+    {{15605, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{15612, 7}, TagType::string, 0, 0, 0, 0},  // YTarget
+    {{15619, 4}, TagType::string, 0, 0, 0, 0},  // Zoom
+    {{15623, 7}, TagType::string, 0, 0, 0, 0},  // ZoomPos
+    {{15630, 6}, TagType::string, 0, 0, 0, 0},  // YLevel
 };
 constexpr detail::TextRef kChoicesAPP12[] = {
     {3118, 1}, {3119, 1},
@@ -3735,8 +3859,9 @@ constinit detail::StreamTags gTagsAPP12("APP12", kText, kTagsAPP12, kKeyOrderAPP
 
 // APP13: 1 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP13[] = {
-    {{17620, 11}, TagType::int16u, 0, 0, 0, 0},
+    {{17620, 11}, TagType::int16u, 0, 0, 0, 0},  // AdobeCMType
 };
 constexpr detail::StringRow kStringsEnglishAPP13[] = {
     {{17631, 17}, {17648, 13}},
@@ -3753,12 +3878,13 @@ constinit detail::StreamTags gTagsAPP13("APP13", kText, kTagsAPP13, kKeyOrderAPP
 
 // APP14: 5 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP14[] = {
-    {{17674, 5}, TagType::string, 26, 0, 0, 0},
-    {{17679, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{17695, 11}, TagType::int16u, 0, 0, 0, 2},
-    {{17706, 11}, TagType::int16u, 0, 0, 2, 1},
-    {{17717, 14}, TagType::int8u, 0, 0, 3, 3},
+    {{17674, 5}, TagType::string, 26, 0, 0, 0},  // Adobe
+    {{17679, 16}, TagType::int16u, 0, 0, 0, 0},  // DCTEncodeVersion
+    {{17695, 11}, TagType::int16u, 0, 0, 0, 2},  // APP14Flags0
+    {{17706, 11}, TagType::int16u, 0, 0, 2, 1},  // APP14Flags1
+    {{17717, 14}, TagType::int8u, 0, 0, 3, 3},  // ColorTransform
 };
 constexpr detail::TextRef kChoicesAPP14[] = {
     {3118, 1}, {17731, 5}, {3118, 1}, {3118, 1}, {3119, 1}, {3120, 1},
@@ -3789,8 +3915,9 @@ constinit detail::StreamTags gTagsAPP14("APP14", kText, kTagsAPP14, kKeyOrderAPP
 
 // APP15: 1 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP15[] = {
-    {{15544, 7}, TagType::string, 0, 0, 0, 0},
+    {{15544, 7}, TagType::string, 0, 0, 0, 0},  // Quality
 };
 constexpr detail::StringRow kStringsEnglishAPP15[] = {
     {{18121, 13}, {15544, 7}},
@@ -3822,29 +3949,30 @@ constinit detail::StreamTags gTagsAPP15("APP15", kText, kTagsAPP15, kKeyOrderAPP
 
 // APP2: 22 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP2[] = {
-    {{18134, 12}, TagType::int8u, 0, 4, 0, 0},
-    {{18146, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{18158, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{18171, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{18182, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{18197, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{18217, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{18236, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{18246, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{18258, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{18270, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{18283, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{18293, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{18305, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{18319, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{18333, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{18348, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{18360, 15}, TagType::int64u, 0, 0, 0, 0},
-    {{18375, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{18392, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{18409, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{18427, 15}, TagType::int8u, 0, 0, 0, 0},
+    {{18134, 12}, TagType::int8u, 0, 4, 0, 0},  // IJPEGVersion
+    {{18146, 12}, TagType::int8u, 0, 0, 0, 0},  // IJPEGOrgType
+    {{18158, 13}, TagType::int8u, 0, 0, 0, 0},  // IJPEGDispType
+    {{18171, 11}, TagType::int8u, 0, 0, 0, 0},  // IJPEGRotate
+    {{18182, 15}, TagType::int8u, 0, 0, 0, 0},  // IJPEGMirrorFlip
+    {{18197, 20}, TagType::int8u, 0, 0, 0, 0},  // ImageColorSwitchable
+    {{18217, 19}, TagType::int16u, 0, 0, 0, 0},  // ThermalColorPalette
+    {{18236, 10}, TagType::int64u, 0, 0, 0, 0},  // IRDataSize
+    {{18246, 12}, TagType::int16u, 0, 0, 0, 0},  // IRDataFormat
+    {{18258, 12}, TagType::int16u, 0, 0, 0, 0},  // IRImageWidth
+    {{18270, 13}, TagType::int16u, 0, 0, 0, 0},  // IRImageHeight
+    {{18283, 10}, TagType::int8u, 0, 0, 0, 0},  // IRImageBpp
+    {{18293, 12}, TagType::int64u, 0, 0, 0, 0},  // TempDataSize
+    {{18305, 14}, TagType::int16u, 0, 0, 0, 0},  // TempDataFormat
+    {{18319, 14}, TagType::int16u, 0, 0, 0, 0},  // TempImageWidth
+    {{18333, 15}, TagType::int16u, 0, 0, 0, 0},  // TempImageHeight
+    {{18348, 12}, TagType::int8u, 0, 0, 0, 0},  // TempImageBpp
+    {{18360, 15}, TagType::int64u, 0, 0, 0, 0},  // VisibleDataSize
+    {{18375, 17}, TagType::int16u, 0, 0, 0, 0},  // VisibleDataFormat
+    {{18392, 17}, TagType::int16u, 0, 0, 0, 0},  // VisibleImageWidth
+    {{18409, 18}, TagType::int16u, 0, 0, 0, 0},  // VisibleImageHeight
+    {{18427, 15}, TagType::int8u, 0, 0, 0, 0},  // VisibleImageBpp
 };
 constexpr detail::StringRow kStringsEnglishAPP2[] = {
     {{18442, 18}, {18460, 15}},
@@ -3879,15 +4007,16 @@ constinit detail::StreamTags gTagsAPP2("APP2", kText, kTagsAPP2, kKeyOrderAPP2, 
 
 // APP3: 8 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP3[] = {
-    {{19210, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{19219, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{19232, 8}, TagType::int8u, 0, 0, 0, 3},
-    {{19240, 9}, TagType::int8u, 0, 0, 3, 5},
-    {{19249, 7}, TagType::int8u, 0, 0, 8, 2},
-    {{19256, 10}, TagType::string, 0, 0, 0, 0},
-    {{19266, 11}, TagType::string, 8, 0, 0, 0},
-    {{19277, 11}, TagType::string, 8, 0, 0, 0},
+    {{19210, 9}, TagType::int16u, 0, 0, 0, 0},  // HdrLength
+    {{19219, 13}, TagType::int32u, 0, 0, 0, 0},  // JPSSeparation
+    {{19232, 8}, TagType::int8u, 0, 0, 0, 3},  // JPSFlags
+    {{19240, 9}, TagType::int8u, 0, 0, 3, 5},  // JPSLayout
+    {{19249, 7}, TagType::int8u, 0, 0, 8, 2},  // JPSType
+    {{19256, 10}, TagType::string, 0, 0, 0, 0},  // JPSComment
+    {{19266, 11}, TagType::string, 8, 0, 0, 0},  // ThermalData
+    {{19277, 11}, TagType::string, 8, 0, 0, 0},  // ImagingData
 };
 constexpr detail::TextRef kChoicesAPP3[] = {
     {3119, 1}, {3120, 1}, {5233, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1},
@@ -3922,49 +4051,50 @@ constinit detail::StreamTags gTagsAPP3("APP3", kText, kTagsAPP3, kKeyOrderAPP3, 
 
 // APP4: 42 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP4[] = {
-    {{19767, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19769, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19771, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19773, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19775, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19777, 2}, TagType::float_, 0, 0, 0, 0},
-    {{19779, 2}, TagType::float_, 0, 0, 0, 0},
-    {{3313, 14}, TagType::float_, 0, 0, 0, 0},
-    {{3416, 16}, TagType::float_, 0, 0, 0, 0},
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},
-    {{19781, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{19791, 18}, TagType::float_, 0, 0, 0, 0},
-    {{19809, 2}, TagType::int32s, 0, 0, 0, 0},
-    {{19811, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{19813, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{19815, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{19817, 20}, TagType::float_, 0, 0, 0, 0},
-    {{19837, 8}, TagType::string, 0, 16, 0, 0},
-    {{19845, 16}, TagType::int8u, 0, 4, 0, 0},
-    {{19861, 17}, TagType::int8s, 0, 0, 0, 0},
-    {{19878, 10}, TagType::int8s, 0, 0, 0, 0},
-    {{19888, 9}, TagType::int16s, 0, 0, 0, 0},
-    {{19897, 9}, TagType::int16s, 0, 0, 0, 0},
-    {{19906, 11}, TagType::int16s, 0, 0, 0, 0},
-    {{19917, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19926, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19935, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19944, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19953, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19962, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19971, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{19980, 17}, TagType::int16s, 0, 0, 0, 0},
-    {{19997, 18}, TagType::int16s, 0, 0, 0, 0},
-    {{20015, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{20030, 14}, TagType::int8s, 0, 0, 0, 0},
-    {{20044, 15}, TagType::int8s, 0, 0, 0, 0},
-    {{20059, 16}, TagType::int8s, 0, 0, 0, 0},
-    {{20075, 17}, TagType::int8s, 0, 0, 0, 0},
-    {{20092, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{20110, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{20124, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{20134, 17}, TagType::int32s, 0, 0, 0, 0},
+    {{19767, 2}, TagType::float_, 0, 0, 0, 0},  // K1
+    {{19769, 2}, TagType::float_, 0, 0, 0, 0},  // K2
+    {{19771, 2}, TagType::float_, 0, 0, 0, 0},  // K3
+    {{19773, 2}, TagType::float_, 0, 0, 0, 0},  // K4
+    {{19775, 2}, TagType::float_, 0, 0, 0, 0},  // KF
+    {{19777, 2}, TagType::float_, 0, 0, 0, 0},  // B1
+    {{19779, 2}, TagType::float_, 0, 0, 0, 0},  // B2
+    {{3313, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
+    {{3416, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
+    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
+    {{19781, 10}, TagType::int16u, 0, 0, 0, 0},  // Reflection
+    {{19791, 18}, TagType::float_, 0, 0, 0, 0},  // AmbientTemperature
+    {{19809, 2}, TagType::int32s, 0, 0, 0, 0},  // D2
+    {{19811, 2}, TagType::int16u, 0, 0, 0, 0},  // KJ
+    {{19813, 2}, TagType::int16u, 0, 0, 0, 0},  // DB
+    {{19815, 2}, TagType::int16u, 0, 0, 0, 0},  // KK
+    {{19817, 20}, TagType::float_, 0, 0, 0, 0},  // ReflectedTemperature
+    {{19837, 8}, TagType::string, 0, 16, 0, 0},  // IDString
+    {{19845, 16}, TagType::int8u, 0, 4, 0, 0},  // IJPEGTempVersion
+    {{19861, 17}, TagType::int8s, 0, 0, 0, 0},  // FactDefEmissivity
+    {{19878, 10}, TagType::int8s, 0, 0, 0, 0},  // FactDefTau
+    {{19888, 9}, TagType::int16s, 0, 0, 0, 0},  // FactDefTa
+    {{19897, 9}, TagType::int16s, 0, 0, 0, 0},  // FactDefTu
+    {{19906, 11}, TagType::int16s, 0, 0, 0, 0},  // FactDefDist
+    {{19917, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefA0
+    {{19926, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefB0
+    {{19935, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefA1
+    {{19944, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefB1
+    {{19953, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP0
+    {{19962, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP1
+    {{19971, 9}, TagType::int32s, 0, 0, 0, 0},  // FactDefP2
+    {{19980, 17}, TagType::int16s, 0, 0, 0, 0},  // FactRelSensorTemp
+    {{19997, 18}, TagType::int16s, 0, 0, 0, 0},  // FactRelShutterTemp
+    {{20015, 15}, TagType::int16s, 0, 0, 0, 0},  // FactRelLensTemp
+    {{20030, 14}, TagType::int8s, 0, 0, 0, 0},  // FactStatusGain
+    {{20044, 15}, TagType::int8s, 0, 0, 0, 0},  // FactStatusEnvOK
+    {{20059, 16}, TagType::int8s, 0, 0, 0, 0},  // FactStatusDistOK
+    {{20075, 17}, TagType::int8s, 0, 0, 0, 0},  // FactStatusTempMap
+    {{20092, 18}, TagType::int32s, 0, 0, 0, 0},  // PreviewImageHeight
+    {{20110, 14}, TagType::int32s, 0, 0, 0, 0},  // PreviewQuality
+    {{20124, 10}, TagType::int32s, 0, 0, 0, 0},  // DataLength
+    {{20134, 17}, TagType::int32s, 0, 0, 0, 0},  // PreviewImageWidth
 };
 constexpr detail::StringRow kStringsEnglishAPP4[] = {
     {{20151, 23}, {20174, 19}},
@@ -4039,25 +4169,26 @@ constinit detail::StreamTags gTagsAPP4("APP4", kText, kTagsAPP4, kKeyOrderAPP4, 
 
 // APP5: 18 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP5[] = {
-    {{21375, 15}, TagType::float_, 0, 0, 0, 0},
-    {{21390, 8}, TagType::float_, 0, 0, 0, 0},
-    {{3303, 10}, TagType::float_, 0, 0, 0, 0},
-    {{9828, 8}, TagType::float_, 0, 0, 0, 0},
-    {{21398, 13}, TagType::float_, 0, 0, 0, 0},
-    {{21411, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{21419, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{21433, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{21444, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{21455, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{21471, 18}, TagType::string, 8, 0, 0, 0},
-    {{21489, 7}, TagType::string, 0, 0, 0, 16},
-    {{21496, 9}, TagType::string, 0, 0, 16, 4},
-    {{21505, 3}, TagType::string, 0, 0, 20, 2},
-    {{21508, 8}, TagType::string, 0, 0, 16, 4},
-    {{21516, 8}, TagType::string, 0, 0, 22, 3},
-    {{21524, 9}, TagType::string, 0, 0, 0, 0},
-    {{21533, 8}, TagType::string, 1, 0, 0, 0},
+    {{21375, 15}, TagType::float_, 0, 0, 0, 0},  // EnvironmentTemp
+    {{21390, 8}, TagType::float_, 0, 0, 0, 0},  // Distance
+    {{3303, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
+    {{9828, 8}, TagType::float_, 0, 0, 0, 0},  // Humidity
+    {{21398, 13}, TagType::float_, 0, 0, 0, 0},  // ReferenceTemp
+    {{21411, 8}, TagType::int8u, 0, 0, 0, 0},  // TempUnit
+    {{21419, 14}, TagType::int8u, 0, 0, 0, 0},  // ShowCenterTemp
+    {{21433, 11}, TagType::int8u, 0, 0, 0, 0},  // ShowMaxTemp
+    {{21444, 11}, TagType::int8u, 0, 0, 0, 0},  // ShowMinTemp
+    {{21455, 16}, TagType::int16u, 0, 0, 0, 0},  // TempMeasureCount
+    {{21471, 18}, TagType::string, 8, 0, 0, 0},  // ThermalCalibration
+    {{21489, 7}, TagType::string, 0, 0, 0, 16},  // Azimuth
+    {{21496, 9}, TagType::string, 0, 0, 16, 4},  // Condition
+    {{21505, 3}, TagType::string, 0, 0, 20, 2},  // Lit
+    {{21508, 8}, TagType::string, 0, 0, 16, 4},  // Location
+    {{21516, 8}, TagType::string, 0, 0, 22, 3},  // SignType
+    {{21524, 9}, TagType::string, 0, 0, 0, 0},  // SoundFile
+    {{21533, 8}, TagType::string, 1, 0, 0, 0},  // Barcodes
 };
 constexpr detail::TextRef kChoicesAPP5[] = {
     {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1}, {5234, 1}, {5235, 1}, {5236, 1}, {5237, 1},
@@ -4148,25 +4279,26 @@ constinit detail::StreamTags gTagsAPP5("APP5", kText, kTagsAPP5, kKeyOrderAPP5, 
 
 // APP6: 18 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP6[] = {
-    {{22598, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{22605, 15}, TagType::float_, 0, 0, 0, 0},
-    {{22620, 16}, TagType::float_, 0, 0, 0, 0},
-    {{22636, 14}, TagType::float_, 0, 30, 0, 0},
-    {{22650, 7}, TagType::string, 2, 0, 0, 0},
-    {{22657, 8}, TagType::string, 0, 0, 0, 0},
-    {{22665, 11}, TagType::int8u, 0, 2, 0, 0},
-    {{22676, 11}, TagType::int8u, 0, 0, 0, 1},
-    {{22687, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{22699, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{22714, 10}, TagType::int8u, 0, 0, 1, 1},
-    {{22724, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{22732, 10}, TagType::int8u, 0, 0, 2, 2},
-    {{22742, 11}, TagType::int8u, 0, 0, 4, 2},
-    {{15544, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{22753, 11}, TagType::int8u, 0, 0, 1, 1},
-    {{22764, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},
+    {{22598, 7}, TagType::int8u, 0, 0, 0, 0},  // MixMode
+    {{22605, 15}, TagType::float_, 0, 0, 0, 0},  // FusionIntensity
+    {{22620, 16}, TagType::float_, 0, 0, 0, 0},  // OffsetAdjustment
+    {{22636, 14}, TagType::float_, 0, 30, 0, 0},  // CorrectionAsix
+    {{22650, 7}, TagType::string, 2, 0, 0, 0},  // PrintIM
+    {{22657, 8}, TagType::string, 0, 0, 0, 0},  // DJI_DTAT
+    {{22665, 11}, TagType::int8u, 0, 2, 0, 0},  // NITFVersion
+    {{22676, 11}, TagType::int8u, 0, 0, 0, 1},  // ImageFormat
+    {{22687, 12}, TagType::int16u, 0, 0, 0, 0},  // BlocksPerRow
+    {{22699, 15}, TagType::int16u, 0, 0, 0, 0},  // BlocksPerColumn
+    {{22714, 10}, TagType::int8u, 0, 0, 1, 1},  // ImageColor
+    {{22724, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
+    {{22732, 10}, TagType::int8u, 0, 0, 2, 2},  // ImageClass
+    {{22742, 11}, TagType::int8u, 0, 0, 4, 2},  // JPEGProcess
+    {{15544, 7}, TagType::int8u, 0, 0, 0, 0},  // Quality
+    {{22753, 11}, TagType::int8u, 0, 0, 1, 1},  // StreamColor
+    {{22764, 14}, TagType::int8u, 0, 0, 0, 0},  // StreamBitDepth
+    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},  // Flags
 };
 constexpr detail::TextRef kChoicesAPP6[] = {
     {22783, 1}, {3118, 1}, {3118, 1}, {5233, 1}, {3119, 1}, {5233, 1},
@@ -4233,13 +4365,14 @@ constinit detail::StreamTags gTagsAPP6("APP6", kText, kTagsAPP6, kKeyOrderAPP6, 
 
 // APP7: 6 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP7[] = {
-    {{23675, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{23686, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{23698, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{23713, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{23723, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{23740, 10}, TagType::float_, 0, 0, 0, 0},
+    {{23675, 11}, TagType::int8u, 0, 0, 0, 0},  // WorkingMode
+    {{23686, 12}, TagType::int32u, 0, 0, 0, 0},  // IntegralTime
+    {{23698, 15}, TagType::int32u, 0, 0, 0, 0},  // IntegratTimeHdr
+    {{23713, 10}, TagType::int8u, 0, 0, 0, 0},  // GainStable
+    {{23723, 17}, TagType::int8u, 0, 0, 0, 0},  // TempControlEnable
+    {{23740, 10}, TagType::float_, 0, 0, 0, 0},  // DeviceTemp
 };
 constexpr detail::StringRow kStringsEnglishAPP7[] = {
     {{23750, 15}, {23765, 11}},
@@ -4258,22 +4391,23 @@ constinit detail::StreamTags gTagsAPP7("APP7", kText, kTagsAPP7, kKeyOrderAPP7, 
 
 // APP8: 15 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP8[] = {
-    {{23938, 13}, TagType::float_, 0, 0, 0, 0},
-    {{23951, 13}, TagType::float_, 0, 0, 0, 0},
-    {{23964, 12}, TagType::float_, 0, 0, 0, 0},
-    {{23976, 12}, TagType::float_, 0, 0, 0, 0},
-    {{23988, 12}, TagType::int8u, 0, 2, 0, 0},
-    {{24000, 9}, TagType::int8u, 0, 0, 0, 5},
-    {{24009, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24045, 10}, TagType::int8u, 0, 0, 5, 12},
-    {{1981, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{24055, 11}, TagType::int8u, 0, 0, 17, 6},
-    {{24066, 14}, TagType::int8u, 0, 0, 23, 3},
-    {{24080, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{24091, 11}, TagType::int32u, 0, 0, 0, 0},
+    {{23938, 13}, TagType::float_, 0, 0, 0, 0},  // IsothermalMax
+    {{23951, 13}, TagType::float_, 0, 0, 0, 0},  // IsothermalMin
+    {{23964, 12}, TagType::float_, 0, 0, 0, 0},  // ChromaBarMax
+    {{23976, 12}, TagType::float_, 0, 0, 0, 0},  // ChromaBarMin
+    {{23988, 12}, TagType::int8u, 0, 2, 0, 0},  // SPIFFVersion
+    {{24000, 9}, TagType::int8u, 0, 0, 0, 5},  // ProfileID
+    {{24009, 15}, TagType::int8u, 0, 0, 0, 0},  // ColorComponents
+    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{24045, 10}, TagType::int8u, 0, 0, 5, 12},  // ColorSpace
+    {{1981, 13}, TagType::int8u, 0, 0, 0, 0},  // BitsPerSample
+    {{24055, 11}, TagType::int8u, 0, 0, 17, 6},  // Compression
+    {{24066, 14}, TagType::int8u, 0, 0, 23, 3},  // ResolutionUnit
+    {{24080, 11}, TagType::int32u, 0, 0, 0, 0},  // YResolution
+    {{24091, 11}, TagType::int32u, 0, 0, 0, 0},  // XResolution
 };
 constexpr detail::TextRef kChoicesAPP8[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1}, {3118, 1}, {3119, 1}, {3120, 1},
@@ -4432,21 +4566,22 @@ constinit detail::StreamTags gTagsAPP8("APP8", kText, kTagsAPP8, kKeyOrderAPP8, 
 
 // APP9: 14 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAPP9[] = {
-    {{26599, 20}, TagType::string, 0, 12, 0, 0},
-    {{26619, 12}, TagType::string, 0, 12, 0, 0},
-    {{26631, 18}, TagType::string, 0, 32, 0, 0},
-    {{26649, 20}, TagType::string, 0, 32, 0, 0},
-    {{26669, 16}, TagType::string, 0, 12, 0, 0},
-    {{26685, 16}, TagType::float_, 0, 0, 0, 0},
-    {{26701, 13}, TagType::float_, 0, 0, 0, 0},
-    {{26714, 25}, TagType::string, 0, 12, 0, 0},
-    {{26739, 17}, TagType::string, 0, 12, 0, 0},
-    {{26756, 23}, TagType::string, 0, 32, 0, 0},
-    {{26779, 25}, TagType::string, 0, 32, 0, 0},
-    {{26804, 21}, TagType::string, 0, 12, 0, 0},
-    {{26825, 21}, TagType::float_, 0, 0, 0, 0},
-    {{26846, 18}, TagType::float_, 0, 0, 0, 0},
+    {{26599, 20}, TagType::string, 0, 12, 0, 0},  // IRSensorManufacturer
+    {{26619, 12}, TagType::string, 0, 12, 0, 0},  // IRSensorName
+    {{26631, 18}, TagType::string, 0, 32, 0, 0},  // IRSensorPartNumber
+    {{26649, 20}, TagType::string, 0, 32, 0, 0},  // IRSensorSerialNumber
+    {{26669, 16}, TagType::string, 0, 12, 0, 0},  // IRSensorFirmware
+    {{26685, 16}, TagType::float_, 0, 0, 0, 0},  // IRSensorAperture
+    {{26701, 13}, TagType::float_, 0, 0, 0, 0},  // IRFocalLength
+    {{26714, 25}, TagType::string, 0, 12, 0, 0},  // VisibleSensorManufacturer
+    {{26739, 17}, TagType::string, 0, 12, 0, 0},  // VisibleSensorName
+    {{26756, 23}, TagType::string, 0, 32, 0, 0},  // VisibleSensorPartNumber
+    {{26779, 25}, TagType::string, 0, 32, 0, 0},  // VisibleSensorSerialNumber
+    {{26804, 21}, TagType::string, 0, 12, 0, 0},  // VisibleSensorFirmware
+    {{26825, 21}, TagType::float_, 0, 0, 0, 0},  // VisibleSensorAperture
+    {{26846, 18}, TagType::float_, 0, 0, 0, 0},  // VisibleFocalLength
 };
 constexpr detail::StringRow kStringsEnglishAPP9[] = {
     {{26864, 18}, {26882, 15}},
@@ -4473,217 +4608,218 @@ constinit detail::StreamTags gTagsAPP9("APP9", kText, kTagsAPP9, kKeyOrderAPP9, 
 
 // ASF: 210 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsASF[] = {
-    {{27496, 21}, TagType::string, 0, 0, 0, 0},
-    {{27517, 14}, TagType::string, 0, 0, 0, 0},
-    {{27531, 21}, TagType::string, 0, 0, 0, 0},
-    {{27552, 14}, TagType::string, 0, 0, 0, 0},
-    {{27566, 21}, TagType::string, 0, 0, 0, 0},
-    {{27587, 14}, TagType::string, 0, 0, 0, 0},
-    {{27601, 15}, TagType::string, 0, 0, 0, 4},
-    {{27616, 11}, TagType::string, 8, 0, 0, 0},
-    {{27627, 14}, TagType::string, 0, 0, 0, 0},
-    {{27641, 12}, TagType::string, 0, 0, 0, 0},
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},
-    {{418, 6}, TagType::string, 0, 0, 0, 0},
-    {{384, 9}, TagType::string, 0, 0, 0, 0},
-    {{27653, 11}, TagType::string, 0, 0, 0, 0},
-    {{27664, 6}, TagType::string, 0, 0, 0, 0},
-    {{27670, 19}, TagType::string, 8, 0, 0, 0},
-    {{27689, 14}, TagType::string, 0, 0, 0, 0},
-    {{27703, 22}, TagType::string, 0, 0, 0, 0},
-    {{27725, 11}, TagType::string, 0, 0, 0, 0},
-    {{27736, 13}, TagType::string, 0, 0, 0, 0},
-    {{27749, 10}, TagType::string, 0, 0, 0, 0},
-    {{27759, 12}, TagType::string, 0, 0, 0, 0},
-    {{27771, 12}, TagType::string, 0, 0, 0, 0},
-    {{27783, 12}, TagType::string, 0, 0, 0, 0},
-    {{27795, 14}, TagType::string, 0, 0, 0, 0},
-    {{27809, 9}, TagType::string, 0, 0, 0, 0},
-    {{27818, 12}, TagType::string, 0, 0, 0, 0},
-    {{27830, 15}, TagType::string, 0, 0, 0, 0},
-    {{27845, 14}, TagType::string, 0, 0, 0, 0},
-    {{27859, 7}, TagType::string, 0, 0, 0, 0},
-    {{27866, 9}, TagType::string, 0, 0, 0, 0},
-    {{27875, 13}, TagType::string, 0, 0, 0, 0},
-    {{27888, 17}, TagType::string, 0, 0, 0, 0},
-    {{27905, 16}, TagType::string, 0, 0, 0, 0},
-    {{27921, 8}, TagType::string, 0, 0, 0, 0},
-    {{27929, 5}, TagType::string, 0, 0, 0, 0},
-    {{27934, 8}, TagType::string, 0, 0, 0, 0},
-    {{27942, 9}, TagType::string, 0, 0, 0, 0},
-    {{27951, 15}, TagType::string, 0, 0, 0, 0},
-    {{27966, 18}, TagType::string, 0, 0, 0, 0},
-    {{27984, 23}, TagType::string, 0, 0, 0, 0},
-    {{28007, 14}, TagType::string, 0, 0, 0, 0},
-    {{28021, 3}, TagType::string, 0, 0, 0, 0},
-    {{28024, 13}, TagType::string, 0, 0, 0, 0},
-    {{28037, 13}, TagType::string, 0, 0, 0, 0},
-    {{28050, 32}, TagType::string, 0, 0, 0, 0},
-    {{28082, 23}, TagType::string, 0, 0, 0, 0},
-    {{28105, 35}, TagType::string, 0, 0, 0, 0},
-    {{28140, 19}, TagType::string, 0, 0, 0, 0},
-    {{28159, 27}, TagType::string, 0, 0, 0, 0},
-    {{28186, 35}, TagType::string, 0, 0, 0, 0},
-    {{28221, 25}, TagType::string, 0, 0, 0, 0},
-    {{28246, 9}, TagType::string, 0, 0, 0, 0},
-    {{28255, 19}, TagType::string, 0, 0, 0, 0},
-    {{28274, 25}, TagType::string, 0, 0, 0, 0},
-    {{28299, 22}, TagType::string, 0, 0, 0, 0},
-    {{28321, 23}, TagType::string, 0, 0, 0, 0},
-    {{28344, 17}, TagType::string, 0, 0, 0, 0},
-    {{28361, 19}, TagType::string, 0, 0, 0, 0},
-    {{28380, 5}, TagType::string, 0, 0, 0, 0},
-    {{28385, 8}, TagType::string, 0, 0, 0, 0},
-    {{1878, 8}, TagType::int64u, 0, 0, 0, 0},
-    {{28393, 9}, TagType::string, 0, 0, 0, 0},
-    {{28402, 16}, TagType::string, 0, 0, 0, 0},
-    {{28418, 12}, TagType::string, 0, 0, 0, 0},
-    {{28430, 8}, TagType::string, 0, 0, 0, 0},
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},
-    {{28438, 7}, TagType::string, 0, 0, 0, 0},
-    {{28445, 22}, TagType::string, 0, 0, 0, 0},
-    {{28467, 17}, TagType::string, 0, 0, 0, 0},
-    {{28484, 8}, TagType::string, 0, 0, 0, 0},
-    {{28492, 21}, TagType::string, 0, 0, 0, 0},
-    {{28513, 8}, TagType::string, 0, 0, 0, 0},
-    {{28521, 9}, TagType::string, 0, 0, 0, 0},
-    {{28530, 8}, TagType::string, 0, 0, 0, 0},
-    {{28538, 4}, TagType::string, 0, 0, 0, 0},
-    {{28542, 10}, TagType::string, 0, 0, 0, 0},
-    {{28552, 5}, TagType::string, 0, 0, 0, 0},
-    {{28557, 12}, TagType::string, 0, 0, 0, 0},
-    {{28569, 10}, TagType::string, 0, 0, 0, 0},
-    {{28579, 8}, TagType::string, 0, 0, 0, 0},
-    {{28587, 6}, TagType::string, 0, 0, 0, 0},
-    {{28593, 19}, TagType::string, 0, 0, 0, 0},
-    {{28612, 4}, TagType::string, 0, 0, 0, 0},
-    {{28616, 19}, TagType::string, 0, 0, 0, 0},
-    {{28635, 21}, TagType::string, 0, 0, 0, 0},
-    {{28656, 12}, TagType::string, 0, 0, 0, 0},
-    {{28668, 12}, TagType::string, 0, 0, 0, 0},
-    {{28680, 13}, TagType::string, 0, 0, 0, 0},
-    {{28693, 11}, TagType::string, 0, 0, 0, 0},
-    {{28704, 15}, TagType::string, 0, 0, 0, 0},
-    {{28719, 13}, TagType::string, 0, 0, 0, 0},
-    {{28732, 10}, TagType::string, 0, 0, 0, 0},
-    {{28742, 13}, TagType::string, 0, 0, 0, 0},
-    {{28755, 16}, TagType::string, 0, 0, 0, 0},
-    {{28771, 11}, TagType::string, 0, 0, 0, 0},
-    {{28782, 23}, TagType::string, 0, 0, 0, 0},
-    {{28805, 30}, TagType::string, 0, 0, 0, 0},
-    {{28835, 20}, TagType::string, 0, 0, 0, 0},
-    {{28855, 20}, TagType::string, 0, 0, 0, 0},
-    {{28875, 16}, TagType::string, 0, 0, 0, 0},
-    {{28891, 10}, TagType::string, 0, 0, 0, 0},
-    {{28901, 4}, TagType::string, 0, 0, 0, 0},
-    {{28905, 11}, TagType::string, 0, 0, 0, 0},
-    {{28916, 15}, TagType::string, 0, 0, 0, 0},
-    {{28931, 9}, TagType::string, 0, 0, 0, 0},
-    {{28940, 8}, TagType::string, 0, 0, 0, 0},
-    {{28948, 9}, TagType::string, 0, 0, 0, 0},
-    {{28957, 14}, TagType::string, 0, 0, 0, 0},
-    {{28971, 14}, TagType::string, 0, 0, 0, 0},
-    {{28985, 18}, TagType::string, 0, 0, 0, 0},
-    {{29003, 14}, TagType::string, 0, 0, 0, 0},
-    {{29017, 16}, TagType::string, 0, 0, 0, 0},
-    {{29033, 16}, TagType::string, 0, 0, 0, 0},
-    {{29049, 19}, TagType::string, 0, 0, 0, 0},
-    {{29068, 19}, TagType::string, 0, 0, 0, 0},
-    {{29087, 14}, TagType::string, 0, 0, 0, 0},
-    {{29101, 20}, TagType::string, 0, 0, 0, 0},
-    {{29121, 9}, TagType::string, 0, 0, 0, 0},
-    {{29130, 11}, TagType::string, 0, 0, 0, 0},
-    {{29141, 9}, TagType::string, 0, 0, 0, 0},
-    {{29150, 6}, TagType::string, 0, 0, 0, 0},
-    {{29156, 13}, TagType::string, 0, 0, 0, 0},
-    {{29169, 8}, TagType::string, 0, 0, 0, 0},
-    {{29177, 12}, TagType::string, 0, 0, 0, 0},
-    {{29189, 14}, TagType::string, 0, 0, 0, 0},
-    {{29203, 8}, TagType::string, 0, 0, 0, 0},
-    {{29211, 17}, TagType::string, 0, 0, 0, 0},
-    {{29228, 14}, TagType::string, 0, 0, 0, 0},
-    {{29242, 13}, TagType::string, 0, 0, 0, 0},
-    {{29255, 9}, TagType::string, 0, 0, 0, 0},
-    {{29264, 16}, TagType::string, 0, 0, 0, 0},
-    {{29280, 17}, TagType::string, 0, 0, 0, 0},
-    {{29297, 8}, TagType::string, 0, 0, 0, 0},
-    {{29305, 16}, TagType::string, 0, 0, 0, 0},
-    {{29321, 14}, TagType::string, 0, 0, 0, 0},
-    {{29335, 14}, TagType::string, 0, 0, 0, 0},
-    {{29349, 9}, TagType::string, 0, 0, 0, 0},
-    {{29358, 8}, TagType::string, 0, 0, 0, 0},
-    {{29366, 19}, TagType::string, 0, 0, 0, 0},
-    {{29385, 21}, TagType::string, 0, 0, 0, 0},
-    {{26, 4}, TagType::string, 0, 0, 0, 0},
-    {{1896, 8}, TagType::string, 0, 0, 0, 0},
-    {{1904, 11}, TagType::string, 0, 0, 0, 0},
-    {{1915, 5}, TagType::string, 0, 0, 0, 0},
-    {{29406, 11}, TagType::string, 0, 0, 0, 0},
-    {{29417, 20}, TagType::string, 0, 0, 0, 0},
-    {{29437, 10}, TagType::string, 0, 0, 0, 0},
-    {{29447, 7}, TagType::string, 0, 0, 0, 0},
-    {{29454, 21}, TagType::string, 0, 0, 0, 0},
-    {{29475, 14}, TagType::string, 0, 0, 0, 0},
-    {{29489, 11}, TagType::string, 0, 0, 0, 0},
-    {{29500, 10}, TagType::string, 0, 0, 0, 0},
-    {{29510, 22}, TagType::string, 0, 0, 0, 0},
-    {{29532, 19}, TagType::string, 0, 0, 0, 0},
-    {{29551, 19}, TagType::string, 0, 0, 0, 0},
-    {{29570, 16}, TagType::string, 0, 0, 0, 0},
-    {{29586, 19}, TagType::string, 0, 0, 0, 0},
-    {{29605, 14}, TagType::string, 0, 0, 0, 0},
-    {{29619, 11}, TagType::string, 0, 0, 0, 0},
-    {{29630, 6}, TagType::string, 0, 0, 0, 0},
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},
-    {{29636, 6}, TagType::binary, 0, 16, 0, 0},
-    {{29642, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{29652, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{29664, 11}, TagType::int64u, 0, 0, 0, 0},
-    {{29675, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{29687, 7}, TagType::int64u, 0, 0, 0, 0},
-    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{29694, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{29707, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{29720, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{29730, 7}, TagType::string, 0, 0, 0, 0},
-    {{29737, 13}, TagType::string, 0, 0, 0, 0},
-    {{29750, 17}, TagType::string, 0, 0, 0, 0},
-    {{29767, 16}, TagType::string, 0, 0, 0, 0},
-    {{29783, 25}, TagType::string, 0, 0, 0, 0},
-    {{29808, 15}, TagType::string, 0, 0, 0, 0},
-    {{29823, 18}, TagType::string, 0, 0, 0, 0},
-    {{29841, 22}, TagType::string, 0, 0, 0, 0},
-    {{29863, 6}, TagType::string, 0, 0, 0, 0},
-    {{29869, 19}, TagType::string, 0, 0, 0, 0},
-    {{29888, 25}, TagType::string, 0, 0, 0, 0},
-    {{29913, 18}, TagType::string, 0, 0, 0, 0},
-    {{29931, 13}, TagType::string, 0, 0, 0, 0},
-    {{29944, 12}, TagType::string, 0, 0, 0, 0},
-    {{29956, 18}, TagType::string, 0, 0, 0, 0},
-    {{29974, 16}, TagType::string, 0, 0, 0, 0},
-    {{29990, 9}, TagType::string, 0, 0, 0, 0},
-    {{29999, 20}, TagType::string, 0, 0, 0, 0},
-    {{30019, 20}, TagType::string, 0, 0, 0, 0},
-    {{30039, 15}, TagType::string, 0, 0, 0, 0},
-    {{30054, 11}, TagType::string, 0, 0, 0, 0},
-    {{30065, 13}, TagType::string, 0, 0, 0, 0},
-    {{30078, 4}, TagType::string, 0, 0, 0, 0},
-    {{30082, 5}, TagType::string, 0, 0, 0, 0},
-    {{30087, 10}, TagType::string, 0, 0, 0, 0},
-    {{30097, 11}, TagType::string, 0, 0, 4, 21},
-    {{30108, 15}, TagType::string, 0, 0, 0, 0},
-    {{30123, 18}, TagType::string, 0, 0, 0, 0},
-    {{30141, 7}, TagType::string, 8, 0, 0, 0},
-    {{30148, 10}, TagType::binary, 0, 16, 25, 7},
-    {{30158, 19}, TagType::binary, 0, 16, 32, 2},
-    {{30177, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{30187, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{30199, 12}, TagType::int16u, 0, 0, 34, 243},
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{30211, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{30224, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},
+    {{27496, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodecDescription
+    {{27517, 14}, TagType::string, 0, 0, 0, 0},  // AudioCodecName
+    {{27531, 21}, TagType::string, 0, 0, 0, 0},  // OtherCodecDescription
+    {{27552, 14}, TagType::string, 0, 0, 0, 0},  // OtherCodecName
+    {{27566, 21}, TagType::string, 0, 0, 0, 0},  // VideoCodecDescription
+    {{27587, 14}, TagType::string, 0, 0, 0, 0},  // VideoCodecName
+    {{27601, 15}, TagType::string, 0, 0, 0, 4},  // BannerImageType
+    {{27616, 11}, TagType::string, 8, 0, 0, 0},  // BannerImage
+    {{27627, 14}, TagType::string, 0, 0, 0, 0},  // BannerImageURL
+    {{27641, 12}, TagType::string, 0, 0, 0, 0},  // CopyrightURL
+    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{27653, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{27664, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{27670, 19}, TagType::string, 8, 0, 0, 0},  // ASFLeakyBucketPairs
+    {{27689, 14}, TagType::string, 0, 0, 0, 0},  // ASFPacketCount
+    {{27703, 22}, TagType::string, 0, 0, 0, 0},  // ASFSecurityObjectsSize
+    {{27725, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
+    {{27736, 13}, TagType::string, 0, 0, 0, 0},  // AlbumCoverURL
+    {{27749, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
+    {{27759, 12}, TagType::string, 0, 0, 0, 0},  // AspectRatioX
+    {{27771, 12}, TagType::string, 0, 0, 0, 0},  // AspectRatioY
+    {{27783, 12}, TagType::string, 0, 0, 0, 0},  // AudioFileURL
+    {{27795, 14}, TagType::string, 0, 0, 0, 0},  // AudioSourceURL
+    {{27809, 9}, TagType::string, 0, 0, 0, 0},  // AuthorURL
+    {{27818, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
+    {{27830, 15}, TagType::string, 0, 0, 0, 0},  // BannerImageData
+    {{27845, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
+    {{27859, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
+    {{27866, 9}, TagType::string, 0, 0, 0, 0},  // Broadcast
+    {{27875, 13}, TagType::string, 0, 0, 0, 0},  // BufferAverage
+    {{27888, 17}, TagType::string, 0, 0, 0, 0},  // Can_Skip_Backward
+    {{27905, 16}, TagType::string, 0, 0, 0, 0},  // Can_Skip_Forward
+    {{27921, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{27929, 5}, TagType::string, 0, 0, 0, 0},  // Codec
+    {{27934, 8}, TagType::string, 0, 0, 0, 0},  // Composer
+    {{27942, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
+    {{27951, 15}, TagType::string, 0, 0, 0, 0},  // ContainerFormat
+    {{27966, 18}, TagType::string, 0, 0, 0, 0},  // ContentDistributor
+    {{27984, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
+    {{28007, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
+    {{28021, 3}, TagType::string, 0, 0, 0, 0},  // DRM
+    {{28024, 13}, TagType::string, 0, 0, 0, 0},  // DRM_ContentID
+    {{28037, 13}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader
+    {{28050, 32}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_ContentDistributor
+    {{28082, 23}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_ContentID
+    {{28105, 35}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_IndividualizedVersion
+    {{28140, 19}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_KeyID
+    {{28159, 27}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_LicenseAcqURL
+    {{28186, 35}, TagType::string, 0, 0, 0, 0},  // DRM_DRMHeader_SubscriptionContentID
+    {{28221, 25}, TagType::string, 0, 0, 0, 0},  // DRM_IndividualizedVersion
+    {{28246, 9}, TagType::string, 0, 0, 0, 0},  // DRM_KeyID
+    {{28255, 19}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureCert
+    {{28274, 25}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureLicSrvCert
+    {{28299, 22}, TagType::string, 0, 0, 0, 0},  // DRM_LASignaturePrivKey
+    {{28321, 23}, TagType::string, 0, 0, 0, 0},  // DRM_LASignatureRootCert
+    {{28344, 17}, TagType::string, 0, 0, 0, 0},  // DRM_LicenseAcqURL
+    {{28361, 19}, TagType::string, 0, 0, 0, 0},  // DRM_V1LicenseAcqURL
+    {{28380, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
+    {{28385, 8}, TagType::string, 0, 0, 0, 0},  // Director
+    {{1878, 8}, TagType::int64u, 0, 0, 0, 0},  // Duration
+    {{28393, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{28402, 16}, TagType::string, 0, 0, 0, 0},  // EncodingSettings
+    {{28418, 12}, TagType::string, 0, 0, 0, 0},  // EncodingTime
+    {{28430, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
+    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{28438, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
+    {{28445, 22}, TagType::string, 0, 0, 0, 0},  // HasArbitraryDataStream
+    {{28467, 17}, TagType::string, 0, 0, 0, 0},  // HasAttachedImages
+    {{28484, 8}, TagType::string, 0, 0, 0, 0},  // HasAudio
+    {{28492, 21}, TagType::string, 0, 0, 0, 0},  // HasFileTransferStream
+    {{28513, 8}, TagType::string, 0, 0, 0, 0},  // HasImage
+    {{28521, 9}, TagType::string, 0, 0, 0, 0},  // HasScript
+    {{28530, 8}, TagType::string, 0, 0, 0, 0},  // HasVideo
+    {{28538, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
+    {{28542, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
+    {{28552, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
+    {{28557, 12}, TagType::string, 0, 0, 0, 0},  // Is_Protected
+    {{28569, 10}, TagType::string, 0, 0, 0, 0},  // Is_Trusted
+    {{28579, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{28587, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
+    {{28593, 19}, TagType::string, 0, 0, 0, 0},  // Lyrics_Synchronised
+    {{28612, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
+    {{28616, 19}, TagType::string, 0, 0, 0, 0},  // MediaClassPrimaryID
+    {{28635, 21}, TagType::string, 0, 0, 0, 0},  // MediaClassSecondaryID
+    {{28656, 12}, TagType::string, 0, 0, 0, 0},  // MediaCredits
+    {{28668, 12}, TagType::string, 0, 0, 0, 0},  // MediaIsDelay
+    {{28680, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsFinale
+    {{28693, 11}, TagType::string, 0, 0, 0, 0},  // MediaIsLive
+    {{28704, 15}, TagType::string, 0, 0, 0, 0},  // MediaIsPremiere
+    {{28719, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsRepeat
+    {{28732, 10}, TagType::string, 0, 0, 0, 0},  // MediaIsSAP
+    {{28742, 13}, TagType::string, 0, 0, 0, 0},  // MediaIsStereo
+    {{28755, 16}, TagType::string, 0, 0, 0, 0},  // MediaIsSubtitled
+    {{28771, 11}, TagType::string, 0, 0, 0, 0},  // MediaIsTape
+    {{28782, 23}, TagType::string, 0, 0, 0, 0},  // MediaNetworkAffiliation
+    {{28805, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{28835, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
+    {{28855, 20}, TagType::string, 0, 0, 0, 0},  // MediaStationCallSign
+    {{28875, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
+    {{28891, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
+    {{28901, 4}, TagType::string, 0, 0, 0, 0},  // Mood
+    {{28905, 11}, TagType::string, 0, 0, 0, 0},  // NSC_Address
+    {{28916, 15}, TagType::string, 0, 0, 0, 0},  // NSC_Description
+    {{28931, 9}, TagType::string, 0, 0, 0, 0},  // NSC_Email
+    {{28940, 8}, TagType::string, 0, 0, 0, 0},  // NSC_Name
+    {{28948, 9}, TagType::string, 0, 0, 0, 0},  // NSC_Phone
+    {{28957, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfFrames
+    {{28971, 14}, TagType::string, 0, 0, 0, 0},  // OptimalBitrate
+    {{28985, 18}, TagType::string, 0, 0, 0, 0},  // OriginalAlbumTitle
+    {{29003, 14}, TagType::string, 0, 0, 0, 0},  // OriginalArtist
+    {{29017, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
+    {{29033, 16}, TagType::string, 0, 0, 0, 0},  // OriginalLyricist
+    {{29049, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
+    {{29068, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseYear
+    {{29087, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
+    {{29101, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
+    {{29121, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
+    {{29130, 11}, TagType::string, 0, 0, 0, 0},  // PeakBitrate
+    {{29141, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
+    {{29150, 6}, TagType::string, 0, 0, 0, 0},  // Period
+    {{29156, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistDelay
+    {{29169, 8}, TagType::string, 0, 0, 0, 0},  // Producer
+    {{29177, 12}, TagType::string, 0, 0, 0, 0},  // PromotionURL
+    {{29189, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
+    {{29203, 8}, TagType::string, 0, 0, 0, 0},  // Provider
+    {{29211, 17}, TagType::string, 0, 0, 0, 0},  // ProviderCopyright
+    {{29228, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
+    {{29242, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
+    {{29255, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{29264, 16}, TagType::string, 0, 0, 0, 0},  // RadioStationName
+    {{29280, 17}, TagType::string, 0, 0, 0, 0},  // RadioStationOwner
+    {{29297, 8}, TagType::string, 0, 0, 0, 0},  // Seekable
+    {{29305, 16}, TagType::string, 0, 0, 0, 0},  // SharedUserRating
+    {{29321, 14}, TagType::string, 0, 0, 0, 0},  // Signature_Name
+    {{29335, 14}, TagType::string, 0, 0, 0, 0},  // StreamTypeInfo
+    {{29349, 9}, TagType::string, 0, 0, 0, 0},  // Stridable
+    {{29358, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{29366, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
+    {{29385, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
+    {{26, 4}, TagType::string, 0, 0, 0, 0},  // Text
+    {{1896, 8}, TagType::string, 0, 0, 0, 0},  // ToolName
+    {{1904, 11}, TagType::string, 0, 0, 0, 0},  // ToolVersion
+    {{1915, 5}, TagType::string, 0, 0, 0, 0},  // Track
+    {{29406, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
+    {{29417, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
+    {{29437, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
+    {{29447, 7}, TagType::string, 0, 0, 0, 0},  // VBRPeak
+    {{29454, 21}, TagType::string, 0, 0, 0, 0},  // VideoClosedCaptioning
+    {{29475, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
+    {{29489, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
+    {{29500, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
+    {{29510, 22}, TagType::string, 0, 0, 0, 0},  // WMADRCAverageReference
+    {{29532, 19}, TagType::string, 0, 0, 0, 0},  // WMADRCAverageTarget
+    {{29551, 19}, TagType::string, 0, 0, 0, 0},  // WMADRCPeakReference
+    {{29570, 16}, TagType::string, 0, 0, 0, 0},  // WMADRCPeakTarget
+    {{29586, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
+    {{29605, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
+    {{29619, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
+    {{29630, 6}, TagType::string, 0, 0, 0, 0},  // Writer
+    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{29636, 6}, TagType::binary, 0, 16, 0, 0},  // FileID
+    {{29642, 10}, TagType::int64u, 0, 0, 0, 0},  // FileLength
+    {{29652, 12}, TagType::int64u, 0, 0, 0, 0},  // CreationDate
+    {{29664, 11}, TagType::int64u, 0, 0, 0, 0},  // DataPackets
+    {{29675, 12}, TagType::int64u, 0, 0, 0, 0},  // SendDuration
+    {{29687, 7}, TagType::int64u, 0, 0, 0, 0},  // Preroll
+    {{22778, 5}, TagType::int32u, 0, 0, 0, 0},  // Flags
+    {{29694, 13}, TagType::int32u, 0, 0, 0, 0},  // MinPacketSize
+    {{29707, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
+    {{29720, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
+    {{29730, 7}, TagType::string, 0, 0, 0, 0},  // Padding
+    {{29737, 13}, TagType::string, 0, 0, 0, 0},  // ScriptCommand
+    {{29750, 17}, TagType::string, 0, 0, 0, 0},  // ContentEncryption
+    {{29767, 16}, TagType::string, 0, 0, 0, 0},  // DigitalSignature
+    {{29783, 25}, TagType::string, 0, 0, 0, 0},  // ExtendedContentEncryption
+    {{29808, 15}, TagType::string, 0, 0, 0, 0},  // ErrorCorrection
+    {{29823, 18}, TagType::string, 0, 0, 0, 0},  // StreamBitrateProps
+    {{29841, 22}, TagType::string, 0, 0, 0, 0},  // BitrateMutualExclusion
+    {{29863, 6}, TagType::string, 0, 0, 0, 0},  // Marker
+    {{29869, 19}, TagType::string, 0, 0, 0, 0},  // ExtendedStreamProps
+    {{29888, 25}, TagType::string, 0, 0, 0, 0},  // AdvancedContentEncryption
+    {{29913, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeIndexParms
+    {{29931, 13}, TagType::string, 0, 0, 0, 0},  // Compatibility
+    {{29944, 12}, TagType::string, 0, 0, 0, 0},  // LanguageList
+    {{29956, 18}, TagType::string, 0, 0, 0, 0},  // AdvancedMutualExcl
+    {{29974, 16}, TagType::string, 0, 0, 0, 0},  // BandwidthSharing
+    {{29990, 9}, TagType::string, 0, 0, 0, 0},  // Reserved1
+    {{29999, 20}, TagType::string, 0, 0, 0, 0},  // GroupMutualExclusion
+    {{30019, 20}, TagType::string, 0, 0, 0, 0},  // StreamPrioritization
+    {{30039, 15}, TagType::string, 0, 0, 0, 0},  // IndexParameters
+    {{30054, 11}, TagType::string, 0, 0, 0, 0},  // SimpleIndex
+    {{30065, 13}, TagType::string, 0, 0, 0, 0},  // TimecodeIndex
+    {{30078, 4}, TagType::string, 0, 0, 0, 0},  // Data
+    {{30082, 5}, TagType::string, 0, 0, 0, 0},  // Index
+    {{30087, 10}, TagType::string, 0, 0, 0, 0},  // MediaIndex
+    {{30097, 11}, TagType::string, 0, 0, 4, 21},  // PictureType
+    {{30108, 15}, TagType::string, 0, 0, 0, 0},  // PictureMIMEType
+    {{30123, 18}, TagType::string, 0, 0, 0, 0},  // PictureDescription
+    {{30141, 7}, TagType::string, 8, 0, 0, 0},  // Picture
+    {{30148, 10}, TagType::binary, 0, 16, 25, 7},  // StreamType
+    {{30158, 19}, TagType::binary, 0, 16, 32, 2},  // ErrorCorrectionType
+    {{30177, 10}, TagType::int64u, 0, 0, 0, 0},  // TimeOffset
+    {{30187, 12}, TagType::int16u, 0, 0, 0, 0},  // StreamNumber
+    {{30199, 12}, TagType::int16u, 0, 0, 34, 243},  // AudioCodecID
+    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{30211, 13}, TagType::int16u, 0, 0, 0, 0},  // AudioChannels
+    {{30224, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioSampleRate
+    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
 };
 constexpr detail::TextRef kChoicesASF[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1},
@@ -5489,98 +5625,99 @@ constinit detail::StreamTags gTagsASF("ASF", kText, kTagsASF, kKeyOrderASF, kCho
 
 // AdobeDNG: 91 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAdobeDNG[] = {
-    {{51107, 14}, TagType::string, 10, 0, 0, 0},
-    {{51121, 14}, TagType::string, 10, 0, 0, 0},
-    {{51135, 14}, TagType::string, 10, 0, 0, 0},
-    {{51149, 14}, TagType::string, 10, 0, 0, 0},
-    {{51163, 15}, TagType::string, 10, 0, 0, 0},
-    {{51178, 16}, TagType::string, 10, 0, 0, 0},
-    {{51194, 12}, TagType::string, 10, 0, 0, 0},
-    {{51206, 13}, TagType::string, 10, 0, 0, 0},
-    {{51219, 17}, TagType::string, 10, 0, 0, 0},
-    {{51236, 11}, TagType::string, 10, 0, 0, 0},
-    {{51247, 12}, TagType::string, 10, 0, 0, 0},
-    {{51259, 19}, TagType::string, 10, 0, 0, 0},
-    {{51278, 11}, TagType::string, 10, 0, 0, 0},
-    {{51289, 12}, TagType::string, 10, 0, 0, 0},
-    {{51301, 12}, TagType::string, 10, 0, 0, 0},
-    {{51313, 12}, TagType::string, 10, 0, 0, 0},
-    {{51325, 12}, TagType::string, 10, 0, 0, 0},
-    {{51337, 12}, TagType::string, 10, 0, 0, 0},
-    {{51349, 16}, TagType::string, 10, 0, 0, 0},
-    {{51365, 16}, TagType::string, 10, 0, 0, 0},
-    {{51381, 16}, TagType::string, 10, 0, 0, 0},
-    {{51397, 15}, TagType::string, 10, 0, 0, 0},
-    {{51412, 15}, TagType::string, 10, 0, 0, 0},
-    {{51427, 15}, TagType::string, 10, 0, 0, 0},
-    {{51442, 15}, TagType::string, 10, 0, 0, 0},
-    {{51457, 16}, TagType::string, 10, 0, 0, 0},
-    {{51473, 16}, TagType::string, 10, 0, 0, 0},
-    {{51489, 15}, TagType::string, 10, 0, 0, 0},
-    {{51504, 16}, TagType::string, 10, 0, 0, 0},
-    {{51520, 16}, TagType::string, 10, 0, 0, 0},
-    {{51536, 16}, TagType::string, 10, 0, 0, 0},
-    {{51552, 15}, TagType::string, 10, 0, 0, 0},
-    {{51567, 16}, TagType::string, 10, 0, 0, 0},
-    {{51583, 16}, TagType::string, 10, 0, 0, 0},
-    {{51599, 16}, TagType::string, 10, 0, 0, 0},
-    {{51615, 21}, TagType::string, 10, 0, 0, 0},
-    {{51636, 16}, TagType::string, 10, 0, 0, 0},
-    {{51652, 16}, TagType::string, 10, 0, 0, 0},
-    {{51668, 17}, TagType::string, 10, 0, 0, 0},
-    {{51685, 17}, TagType::string, 10, 0, 0, 0},
-    {{51702, 17}, TagType::string, 10, 0, 0, 0},
-    {{51719, 15}, TagType::string, 10, 0, 0, 0},
-    {{51734, 15}, TagType::string, 10, 0, 0, 0},
-    {{51749, 17}, TagType::string, 10, 0, 0, 0},
-    {{51766, 16}, TagType::string, 10, 0, 0, 0},
-    {{51782, 17}, TagType::string, 10, 0, 0, 0},
-    {{51799, 17}, TagType::string, 10, 0, 0, 0},
-    {{51816, 14}, TagType::string, 10, 0, 0, 0},
-    {{51830, 15}, TagType::string, 10, 0, 0, 0},
-    {{51845, 15}, TagType::string, 10, 0, 0, 0},
-    {{51860, 15}, TagType::string, 10, 0, 0, 0},
-    {{51875, 15}, TagType::string, 10, 0, 0, 0},
-    {{51890, 15}, TagType::string, 10, 0, 0, 0},
-    {{51905, 15}, TagType::string, 10, 0, 0, 0},
-    {{51920, 15}, TagType::string, 10, 0, 0, 0},
-    {{51935, 15}, TagType::string, 10, 0, 0, 0},
-    {{51950, 16}, TagType::string, 10, 0, 0, 0},
-    {{51966, 18}, TagType::string, 10, 0, 0, 0},
-    {{51984, 19}, TagType::string, 10, 0, 0, 0},
-    {{52003, 19}, TagType::string, 10, 0, 0, 0},
-    {{52022, 15}, TagType::string, 10, 0, 0, 0},
-    {{52037, 16}, TagType::string, 10, 0, 0, 0},
-    {{52053, 16}, TagType::string, 10, 0, 0, 0},
-    {{52069, 16}, TagType::string, 10, 0, 0, 0},
-    {{52085, 16}, TagType::string, 10, 0, 0, 0},
-    {{52101, 16}, TagType::string, 10, 0, 0, 0},
-    {{52117, 17}, TagType::string, 10, 0, 0, 0},
-    {{52134, 16}, TagType::string, 10, 0, 0, 0},
-    {{52150, 17}, TagType::string, 10, 0, 0, 0},
-    {{52167, 17}, TagType::string, 10, 0, 0, 0},
-    {{52184, 20}, TagType::string, 10, 0, 0, 0},
-    {{52204, 14}, TagType::string, 10, 0, 0, 0},
-    {{52218, 15}, TagType::string, 10, 0, 0, 0},
-    {{52233, 18}, TagType::string, 10, 0, 0, 0},
-    {{52251, 18}, TagType::string, 10, 0, 0, 0},
-    {{52269, 18}, TagType::string, 10, 0, 0, 0},
-    {{52287, 17}, TagType::string, 10, 0, 0, 0},
-    {{52304, 14}, TagType::string, 10, 0, 0, 0},
-    {{52318, 16}, TagType::string, 10, 0, 0, 0},
-    {{52334, 19}, TagType::string, 10, 0, 0, 0},
-    {{52353, 14}, TagType::string, 10, 0, 0, 0},
-    {{52367, 13}, TagType::string, 10, 0, 0, 0},
-    {{52380, 14}, TagType::string, 10, 0, 0, 0},
-    {{52394, 14}, TagType::string, 10, 0, 0, 0},
-    {{52408, 14}, TagType::string, 10, 0, 0, 0},
-    {{52422, 14}, TagType::string, 10, 0, 0, 0},
-    {{52436, 21}, TagType::string, 10, 0, 0, 0},
-    {{52457, 16}, TagType::string, 10, 0, 0, 0},
-    {{52473, 20}, TagType::string, 2, 0, 0, 0},
-    {{52493, 22}, TagType::string, 10, 0, 0, 0},
-    {{52515, 16}, TagType::string, 10, 0, 0, 0},
+    {{51107, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteApple
+    {{51121, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon
+    {{51135, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteCanon
+    {{51149, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteCasio
+    {{51163, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteCasio2
+    {{51178, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJIInfo
+    {{51194, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJI
+    {{51206, 13}, TagType::string, 10, 0, 0, 0},  // MakerNoteFLIR
+    {{51219, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteFujiFilm
+    {{51236, 11}, TagType::string, 10, 0, 0, 0},  // MakerNoteGE
+    {{51247, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteGE2
+    {{51259, 19}, TagType::string, 10, 0, 0, 0},  // MakerNoteHasselblad
+    {{51278, 11}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP
+    {{51289, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP2
+    {{51301, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP4
+    {{51313, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteHP6
+    {{51325, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteISL
+    {{51337, 12}, TagType::string, 10, 0, 0, 0},  // MakerNoteJVC
+    {{51349, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteJVCText
+    {{51365, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak1a
+    {{51381, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak1b
+    {{51397, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak2
+    {{51412, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak3
+    {{51427, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak4
+    {{51442, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak5
+    {{51457, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak6a
+    {{51473, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak6b
+    {{51489, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak7
+    {{51504, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8a
+    {{51520, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8b
+    {{51536, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak8c
+    {{51552, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak9
+    {{51567, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak10
+    {{51583, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak11
+    {{51599, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak12
+    {{51615, 21}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodakUnknown
+    {{51636, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKyocera
+    {{51652, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta
+    {{51668, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta2
+    {{51685, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMinolta3
+    {{51702, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteMotorola
+    {{51719, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon2
+    {{51734, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteNikon3
+    {{51749, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteNintendo
+    {{51766, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus
+    {{51782, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus2
+    {{51799, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus3
+    {{51816, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica
+    {{51830, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica2
+    {{51845, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica3
+    {{51860, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica4
+    {{51875, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica5
+    {{51890, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica6
+    {{51905, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica7
+    {{51920, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica8
+    {{51935, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica9
+    {{51950, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica10
+    {{51966, 18}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic
+    {{51984, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic2
+    {{52003, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic3
+    {{52022, 15}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax
+    {{52037, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax2
+    {{52053, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax3
+    {{52069, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax4
+    {{52085, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax5
+    {{52101, 16}, TagType::string, 10, 0, 0, 0},  // MakerNotePentax6
+    {{52117, 17}, TagType::string, 10, 0, 0, 0},  // MakerNotePhaseOne
+    {{52134, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx
+    {{52150, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx2
+    {{52167, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx3
+    {{52184, 20}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohPentax
+    {{52204, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicoh
+    {{52218, 15}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicoh2
+    {{52233, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohText
+    {{52251, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung1a
+    {{52269, 18}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung1b
+    {{52287, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteSamsung2
+    {{52304, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyo
+    {{52318, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyoC4
+    {{52334, 19}, TagType::string, 10, 0, 0, 0},  // MakerNoteSanyoPatch
+    {{52353, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSigma
+    {{52367, 13}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony
+    {{52380, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony2
+    {{52394, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony3
+    {{52408, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony4
+    {{52422, 14}, TagType::string, 10, 0, 0, 0},  // MakerNoteSony5
+    {{52436, 21}, TagType::string, 10, 0, 0, 0},  // MakerNoteSonyEricsson
+    {{52457, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteSonySRF
+    {{52473, 20}, TagType::string, 2, 0, 0, 0},  // MakerNoteUnknownText
+    {{52493, 22}, TagType::string, 10, 0, 0, 0},  // MakerNoteUnknownBinary
+    {{52515, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteUnknown
 };
 constexpr detail::StringRow kStringsEnglishAdobeDNG[] = {
     {{52531, 23}, {52554, 16}},
@@ -5911,45 +6048,46 @@ constinit detail::StreamTags gTagsAdobeDNG("AdobeDNG", kText, kTagsAdobeDNG, kKe
 
 // Apple: 38 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsApple[] = {
-    {{61321, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{61337, 8}, TagType::string, 0, 0, 0, 0},
-    {{61345, 8}, TagType::int32s, 2, 0, 0, 2},
-    {{61353, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{61361, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{61370, 8}, TagType::int32s, 2, 0, 0, 2},
-    {{61378, 18}, TagType::rational64s, 2, 3, 0, 0},
-    {{61396, 12}, TagType::int32s, 2, 0, 2, 2},
-    {{61408, 9}, TagType::string, 2, 0, 0, 0},
-    {{61417, 18}, TagType::rational64s, 2, 2, 0, 0},
-    {{61435, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{61442, 17}, TagType::string, 2, 0, 0, 0},
-    {{61459, 16}, TagType::int32s, 2, 0, 4, 3},
-    {{61475, 13}, TagType::string, 2, 0, 0, 0},
-    {{61488, 19}, TagType::string, 2, 0, 0, 0},
-    {{61507, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{61527, 11}, TagType::string, 2, 0, 0, 0},
-    {{61538, 23}, TagType::rational64s, 2, 0, 0, 0},
-    {{61561, 21}, TagType::string, 2, 0, 0, 0},
-    {{61582, 11}, TagType::rational64s, 2, 0, 0, 0},
-    {{61593, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{61603, 22}, TagType::int32s, 2, 0, 0, 0},
-    {{61625, 18}, TagType::rational64s, 2, 0, 0, 0},
-    {{61643, 15}, TagType::string, 2, 0, 0, 0},
-    {{61658, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{61671, 7}, TagType::rational64s, 2, 0, 0, 0},
-    {{61678, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{61693, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{61705, 21}, TagType::string, 0, 0, 0, 0},
-    {{61726, 26}, TagType::int32s, 2, 0, 0, 0},
-    {{61752, 13}, TagType::string, 0, 0, 0, 0},
-    {{61765, 25}, TagType::string, 0, 0, 0, 0},
-    {{61790, 19}, TagType::string, 0, 0, 0, 0},
-    {{61809, 17}, TagType::int32s, 2, 0, 0, 2},
-    {{61826, 12}, TagType::string, 0, 0, 0, 0},
-    {{61838, 12}, TagType::string, 0, 0, 7, 5},
-    {{61850, 12}, TagType::string, 0, 0, 0, 0},
-    {{61862, 12}, TagType::string, 0, 0, 0, 0},
+    {{61321, 16}, TagType::int32s, 2, 0, 0, 0},  // MakerNoteVersion
+    {{61337, 8}, TagType::string, 0, 0, 0, 0},  // AEMatrix
+    {{61345, 8}, TagType::int32s, 2, 0, 0, 2},  // AEStable
+    {{61353, 8}, TagType::int32s, 2, 0, 0, 0},  // AETarget
+    {{61361, 9}, TagType::int32s, 2, 0, 0, 0},  // AEAverage
+    {{61370, 8}, TagType::int32s, 2, 0, 0, 2},  // AFStable
+    {{61378, 18}, TagType::rational64s, 2, 3, 0, 0},  // AccelerationVector
+    {{61396, 12}, TagType::int32s, 2, 0, 2, 2},  // HDRImageType
+    {{61408, 9}, TagType::string, 2, 0, 0, 0},  // BurstUUID
+    {{61417, 18}, TagType::rational64s, 2, 2, 0, 0},  // FocusDistanceRange
+    {{61435, 7}, TagType::int32s, 2, 0, 0, 0},  // OISMode
+    {{61442, 17}, TagType::string, 2, 0, 0, 0},  // ContentIdentifier
+    {{61459, 16}, TagType::int32s, 2, 0, 4, 3},  // ImageCaptureType
+    {{61475, 13}, TagType::string, 2, 0, 0, 0},  // ImageUniqueID
+    {{61488, 19}, TagType::string, 2, 0, 0, 0},  // LivePhotoVideoIndex
+    {{61507, 20}, TagType::int32s, 2, 0, 0, 0},  // ImageProcessingFlags
+    {{61527, 11}, TagType::string, 2, 0, 0, 0},  // QualityHint
+    {{61538, 23}, TagType::rational64s, 2, 0, 0, 0},  // LuminanceNoiseAmplitude
+    {{61561, 21}, TagType::string, 2, 0, 0, 0},  // ImageCaptureRequestID
+    {{61582, 11}, TagType::rational64s, 2, 0, 0, 0},  // HDRHeadroom
+    {{61593, 10}, TagType::int32s, 2, 0, 0, 0},  // SceneFlags
+    {{61603, 22}, TagType::int32s, 2, 0, 0, 0},  // SignalToNoiseRatioType
+    {{61625, 18}, TagType::rational64s, 2, 0, 0, 0},  // SignalToNoiseRatio
+    {{61643, 15}, TagType::string, 2, 0, 0, 0},  // PhotoIdentifier
+    {{61658, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusPosition
+    {{61671, 7}, TagType::rational64s, 2, 0, 0, 0},  // HDRGain
+    {{61678, 15}, TagType::int32s, 2, 0, 0, 0},  // AFMeasuredDepth
+    {{61693, 12}, TagType::int32s, 2, 0, 0, 0},  // AFConfidence
+    {{61705, 21}, TagType::string, 0, 0, 0, 0},  // ColorCorrectionMatrix
+    {{61726, 26}, TagType::int32s, 2, 0, 0, 0},  // GreenGhostMitigationStatus
+    {{61752, 13}, TagType::string, 0, 0, 0, 0},  // SemanticStyle
+    {{61765, 25}, TagType::string, 0, 0, 0, 0},  // SemanticStyleRenderingVer
+    {{61790, 19}, TagType::string, 0, 0, 0, 0},  // SemanticStylePreset
+    {{61809, 17}, TagType::int32s, 2, 0, 0, 2},  // FrontFacingCamera
+    {{61826, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeEpoch
+    {{61838, 12}, TagType::string, 0, 0, 7, 5},  // RunTimeFlags
+    {{61850, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeScale
+    {{61862, 12}, TagType::string, 0, 0, 0, 0},  // RunTimeValue
 };
 constexpr detail::TextRef kChoicesApple[] = {
     {3118, 1}, {3119, 1}, {5232, 1}, {5233, 1}, {3119, 1}, {3120, 1}, {21541, 2}, {3119, 1},
@@ -6067,26 +6205,27 @@ constinit detail::StreamTags gTagsApple("Apple", kText, kTagsApple, kKeyOrderApp
 
 // Audible: 19 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsAudible[] = {
-    {{64396, 12}, TagType::string, 0, 0, 0, 0},
-    {{64408, 8}, TagType::string, 8, 0, 0, 0},
-    {{418, 6}, TagType::string, 0, 0, 0, 0},
-    {{384, 9}, TagType::string, 0, 0, 0, 0},
-    {{64416, 16}, TagType::string, 0, 0, 0, 0},
-    {{64432, 11}, TagType::string, 0, 0, 0, 0},
-    {{64443, 12}, TagType::string, 0, 0, 0, 0},
-    {{27725, 11}, TagType::string, 0, 0, 0, 0},
-    {{1867, 5}, TagType::string, 0, 0, 0, 0},
-    {{1872, 6}, TagType::string, 0, 0, 0, 0},
-    {{295, 7}, TagType::string, 0, 0, 0, 0},
-    {{1886, 5}, TagType::string, 0, 0, 0, 0},
-    {{29358, 8}, TagType::string, 0, 0, 0, 0},
-    {{64455, 11}, TagType::string, 0, 0, 0, 0},
-    {{1891, 5}, TagType::string, 0, 0, 0, 0},
-    {{1920, 4}, TagType::string, 0, 0, 0, 0},
-    {{64466, 15}, TagType::string, 0, 0, 0, 0},
-    {{64481, 11}, TagType::string, 0, 0, 0, 0},
-    {{64492, 13}, TagType::int32u, 0, 0, 0, 0},
+    {{64396, 12}, TagType::string, 0, 0, 0, 0},  // ChapterCount
+    {{64408, 8}, TagType::string, 8, 0, 0, 0},  // CoverArt
+    {{418, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{384, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{64416, 16}, TagType::string, 0, 0, 0, 0},  // PublishDateStart
+    {{64432, 11}, TagType::string, 0, 0, 0, 0},  // PublishDate
+    {{64443, 12}, TagType::string, 0, 0, 0, 0},  // CoverArtType
+    {{27725, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
+    {{1867, 5}, TagType::string, 0, 0, 0, 0},  // Album
+    {{1872, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{295, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{1886, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{29358, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{64455, 11}, TagType::string, 0, 0, 0, 0},  // CreatorTool
+    {{1891, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{1920, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{64466, 15}, TagType::string, 0, 0, 0, 0},  // iTunesMediaType
+    {{64481, 11}, TagType::string, 0, 0, 0, 0},  // ChapterName
+    {{64492, 13}, TagType::int32u, 0, 0, 0, 0},  // ChapterNumber
 };
 constexpr detail::StringRow kStringsEnglishAudible[] = {
     {{64505, 13}, {1867, 5}},
@@ -6173,499 +6312,500 @@ constinit detail::StreamTags gTagsAudible("Audible", kText, kTagsAudible, kKeyOr
 
 // Canon: 492 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsCanon[] = {
-    {{64984, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{64996, 21}, TagType::int32s, 2, 0, 0, 0},
-    {{65017, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{65037, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{65053, 17}, TagType::int32s, 2, 0, 0, 3},
-    {{65070, 18}, TagType::int32s, 2, 0, 3, 5},
-    {{65088, 19}, TagType::int32s, 2, 0, 0, 3},
-    {{65107, 12}, TagType::int32s, 2, 0, 0, 3},
-    {{65119, 16}, TagType::int32s, 2, 0, 8, 2},
-    {{65135, 22}, TagType::int32s, 2, 0, 8, 2},
-    {{65157, 25}, TagType::int32s, 2, 0, 8, 2},
-    {{65182, 25}, TagType::int32s, 2, 0, 10, 6},
-    {{65207, 21}, TagType::int32s, 2, 0, 8, 2},
-    {{65228, 19}, TagType::int32s, 2, 0, 0, 3},
-    {{65247, 23}, TagType::int32s, 2, 0, 8, 2},
-    {{65270, 25}, TagType::int32s, 2, 0, 3, 5},
-    {{65295, 21}, TagType::int32s, 2, 0, 0, 3},
-    {{65316, 18}, TagType::int32s, 2, 0, 8, 2},
-    {{65334, 21}, TagType::int32s, 2, 0, 0, 3},
-    {{65355, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{65366, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{65379, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{65394, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{65410, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{65422, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{65435, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{65446, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{65458, 16}, TagType::int16s, 0, 0, 0, 0},
-    {{65474, 16}, TagType::int16s, 0, 0, 0, 0},
-    {{65490, 15}, TagType::int16s, 2, 0, 16, 8},
-    {{65505, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{65519, 19}, TagType::int16u, 0, 8, 0, 0},
-    {{65538, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{65548, 10}, TagType::int16u, 0, 0, 24, 14},
-    {{65558, 12}, TagType::int16s, 0, 0, 0, 0},
-    {{65570, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{65583, 16}, TagType::int16s, 0, 0, 0, 0},
-    {{65599, 20}, TagType::int16s, 0, 0, 0, 0},
-    {{65619, 14}, TagType::int32s, 2, 0, 0, 3},
-    {{65633, 15}, TagType::rational64s, 2, 0, 0, 0},
-    {{65648, 17}, TagType::int32s, 2, 0, 38, 9},
-    {{65665, 11}, TagType::int32u, 2, 0, 47, 8},
-    {{65676, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{65693, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{65711, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{65727, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{0, 14}, TagType::imagedata, 2, 0, 0, 0},
-    {{65742, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{15471, 7}, TagType::float_, 2, 0, 0, 0},
-    {{15573, 12}, TagType::float_, 2, 0, 0, 0},
-    {{65751, 3}, TagType::string, 2, 5, 0, 0},
-    {{65754, 17}, TagType::int8u, 2, 0, 55, 5},
-    {{65771, 17}, TagType::int32s, 2, 0, 0, 0},
-    {{65788, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{65806, 11}, TagType::float_, 2, 0, 0, 0},
-    {{65817, 17}, TagType::int32s, 2, 0, 0, 3},
-    {{65834, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{65852, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{65870, 12}, TagType::int32s, 2, 0, 60, 22},
-    {{65882, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{65898, 8}, TagType::string, 2, 0, 82, 513},
-    {{65906, 14}, TagType::int32s, 2, 0, 0, 0},
-    {{65920, 14}, TagType::int32s, 2, 0, 0, 0},
-    {{15478, 15}, TagType::string, 2, 6, 0, 0},
-    {{65934, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{65948, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{3820, 9}, TagType::string, 2, 64, 0, 0},
-    {{65957, 18}, TagType::int32s, 2, 0, 595, 6},
-    {{65975, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{65984, 12}, TagType::int32s, 2, 0, 601, 24},
-    {{65996, 24}, TagType::string, 2, 184, 0, 0},
-    {{66020, 9}, TagType::int32s, 2, 0, 0, 3},
-    {{66029, 14}, TagType::int32s, 2, 0, 625, 19},
-    {{66043, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{66054, 10}, TagType::int32s, 2, 0, 644, 1},
-    {{66064, 9}, TagType::int32s, 2, 0, 644, 1},
-    {{66073, 8}, TagType::int32s, 2, 0, 644, 1},
-    {{66081, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{66093, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{66103, 21}, TagType::int32s, 2, 0, 8, 2},
-    {{66124, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{66135, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{66146, 9}, TagType::string, 2, 32, 0, 0},
-    {{66155, 21}, TagType::int32s, 2, 0, 645, 4},
-    {{66176, 21}, TagType::int32s, 2, 0, 645, 4},
-    {{66197, 17}, TagType::int16urev, 2, 0, 649, 16},
-    {{66214, 16}, TagType::string, 2, 8, 0, 0},
-    {{66230, 14}, TagType::string, 2, 16, 0, 0},
-    {{66244, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66260, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66276, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66293, 15}, TagType::int32s, 2, 0, 665, 1},
-    {{66308, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66324, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66342, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66358, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66374, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66390, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66407, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66424, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66442, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66458, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66475, 19}, TagType::int32s, 2, 0, 665, 1},
-    {{66494, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66511, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66528, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66545, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66563, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66581, 19}, TagType::int32s, 2, 0, 665, 1},
-    {{66600, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66617, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66635, 22}, TagType::int32s, 2, 0, 666, 6},
-    {{66657, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66675, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66693, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66711, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66728, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66745, 18}, TagType::int32s, 2, 0, 665, 1},
-    {{66763, 16}, TagType::int32s, 2, 0, 665, 1},
-    {{66779, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66796, 22}, TagType::int32s, 2, 0, 666, 6},
-    {{66818, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66835, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66852, 17}, TagType::int32s, 2, 0, 665, 1},
-    {{66869, 20}, TagType::int16u, 2, 0, 672, 10},
-    {{66889, 20}, TagType::int16u, 2, 0, 672, 10},
-    {{66909, 20}, TagType::int16u, 2, 0, 672, 10},
-    {{3843, 16}, TagType::string, 2, 5, 0, 0},
-    {{66929, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{66939, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{66954, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{66964, 18}, TagType::int8u, 2, 0, 682, 9},
-    {{66982, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{66990, 9}, TagType::int16s, 2, 0, 691, 2},
-    {{66999, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{15544, 7}, TagType::int16s, 2, 0, 693, 9},
-    {{67008, 14}, TagType::int16s, 2, 0, 702, 9},
-    {{67022, 15}, TagType::int16s, 2, 0, 711, 10},
-    {{15498, 9}, TagType::int16s, 2, 0, 721, 12},
-    {{67037, 10}, TagType::int16s, 2, 0, 733, 14},
-    {{67047, 8}, TagType::int16s, 2, 0, 747, 75},
-    {{67055, 11}, TagType::int16s, 2, 0, 645, 4},
-    {{67066, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{67075, 12}, TagType::int16s, 2, 0, 595, 6},
-    {{67087, 10}, TagType::int16s, 2, 0, 822, 11},
-    {{67097, 7}, TagType::int16s, 2, 0, 833, 8},
-    {{67104, 17}, TagType::int16s, 2, 0, 38, 9},
-    {{67121, 10}, TagType::int16s, 2, 0, 0, 0},
-    {{67131, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{67142, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{67153, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{67166, 9}, TagType::int16s, 2, 0, 841, 10},
-    {{67175, 15}, TagType::int16s, 2, 0, 851, 3},
-    {{67190, 9}, TagType::int16s, 2, 0, 3, 5},
-    {{67199, 18}, TagType::int16s, 2, 0, 854, 10},
-    {{67217, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{67232, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{67247, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{67262, 16}, TagType::int16s, 2, 0, 8, 2},
-    {{67278, 11}, TagType::int16s, 2, 0, 864, 8},
-    {{67289, 17}, TagType::int16s, 2, 0, 872, 5},
-    {{67306, 11}, TagType::int16s, 2, 0, 0, 3},
-    {{67317, 17}, TagType::int16s, 2, 4, 0, 0},
-    {{67334, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{67355, 18}, TagType::int16s, 2, 4, 0, 0},
-    {{67373, 19}, TagType::int16s, 2, 4, 0, 0},
-    {{67392, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{67413, 24}, TagType::int16s, 2, 4, 0, 0},
-    {{67437, 18}, TagType::int16s, 2, 4, 0, 0},
-    {{67455, 19}, TagType::int16s, 2, 4, 0, 0},
-    {{67474, 11}, TagType::int16s, 2, 4, 0, 0},
-    {{67485, 19}, TagType::int16s, 2, 4, 0, 0},
-    {{67504, 18}, TagType::int16s, 2, 4, 0, 0},
-    {{67522, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67546, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67570, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67594, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67618, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67642, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67666, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67690, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67714, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67738, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67762, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67786, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67810, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67834, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67858, 24}, TagType::int16s, 2, 5, 0, 0},
-    {{67882, 19}, TagType::int16s, 2, 4, 0, 0},
-    {{67901, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{67916, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{67929, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{67950, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{67967, 20}, TagType::int16s, 2, 4, 0, 0},
-    {{67987, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{68003, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68020, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{68034, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{68049, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68066, 20}, TagType::int16s, 2, 0, 0, 0},
-    {{68086, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{68101, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{68115, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68136, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68153, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68174, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68191, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68212, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68229, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68250, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68267, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68288, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68305, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68326, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68343, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68364, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68381, 21}, TagType::int16s, 2, 4, 0, 0},
-    {{68402, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{68419, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68441, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68459, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68481, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68499, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68521, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68539, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68561, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68579, 20}, TagType::int16s, 2, 4, 0, 0},
-    {{68599, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{68615, 20}, TagType::int16s, 2, 4, 0, 0},
-    {{68635, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{68651, 16}, TagType::int16s, 2, 0, 877, 24},
-    {{68667, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68689, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68707, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68729, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68747, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68769, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68787, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68809, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68827, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68849, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68867, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68889, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68907, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68929, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68947, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{68969, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{68987, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69009, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69027, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69049, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69067, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69089, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69107, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69129, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69147, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69169, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69187, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69209, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69227, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69249, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69267, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69289, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69307, 20}, TagType::int32s, 2, 4, 0, 0},
-    {{69327, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{69343, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{69361, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{69381, 16}, TagType::int16s, 2, 4, 0, 0},
-    {{69397, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{69409, 16}, TagType::int16s, 2, 4, 0, 0},
-    {{69425, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{69437, 16}, TagType::int16s, 2, 4, 0, 0},
-    {{69453, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{69465, 15}, TagType::int32u, 2, 4, 0, 0},
-    {{69480, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{69495, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{69506, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{69523, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{69541, 16}, TagType::int32u, 2, 4, 0, 0},
-    {{69557, 17}, TagType::int16u, 2, 4, 0, 0},
-    {{69574, 22}, TagType::int16s, 2, 4, 0, 0},
-    {{69596, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{24045, 10}, TagType::int32s, 2, 0, 901, 3},
-    {{69614, 19}, TagType::int16u, 2, 0, 904, 3},
-    {{69633, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{69647, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{69662, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{69675, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{69691, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{69704, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{69723, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69736, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69749, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69762, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69775, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69788, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69801, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69814, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69827, 13}, TagType::int16s, 2, 2, 0, 0},
-    {{69840, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{69849, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{69859, 11}, TagType::int16s, 2, 0, 3, 5},
-    {{69870, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{69882, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{69899, 13}, TagType::int16s, 2, 0, 693, 9},
-    {{69912, 10}, TagType::int16s, 2, 0, 625, 19},
-    {{69922, 27}, TagType::int16s, 2, 0, 907, 4},
-    {{69949, 13}, TagType::int16s, 2, 0, 0, 3},
-    {{69962, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{69978, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{69994, 12}, TagType::int16s, 2, 0, 3, 5},
-    {{70006, 12}, TagType::int16s, 2, 0, 3, 5},
-    {{70018, 16}, TagType::int16s, 2, 0, 8, 2},
-    {{70034, 11}, TagType::int16s, 2, 0, 0, 3},
-    {{70045, 17}, TagType::int16s, 2, 0, 8, 2},
-    {{70062, 10}, TagType::int16u, 2, 0, 911, 55},
-    {{70072, 14}, TagType::string, 0, 0, 966, 1},
-    {{70086, 15}, TagType::string, 0, 0, 966, 1},
-    {{70101, 15}, TagType::string, 0, 0, 966, 1},
-    {{70116, 15}, TagType::string, 0, 0, 966, 1},
-    {{70131, 26}, TagType::string, 0, 0, 8, 2},
-    {{70157, 23}, TagType::string, 0, 0, 0, 0},
-    {{70180, 24}, TagType::string, 0, 0, 0, 0},
-    {{70204, 13}, TagType::string, 0, 0, 966, 1},
-    {{70217, 14}, TagType::string, 0, 0, 966, 1},
-    {{70231, 16}, TagType::string, 0, 0, 966, 1},
-    {{70247, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{70264, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{70279, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{70297, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{70312, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{70330, 3}, TagType::int32s, 2, 0, 0, 3},
-    {{70333, 9}, TagType::int32s, 2, 0, 3, 5},
-    {{70342, 26}, TagType::int32s, 2, 0, 8, 2},
-    {{70368, 26}, TagType::int32s, 2, 0, 0, 3},
-    {{70394, 20}, TagType::int32s, 2, 0, 0, 3},
-    {{70414, 17}, TagType::int32s, 2, 0, 3, 5},
-    {{70431, 11}, TagType::int32s, 2, 0, 0, 3},
-    {{70442, 11}, TagType::int32s, 2, 0, 8, 2},
-    {{70453, 15}, TagType::int32s, 2, 0, 645, 4},
-    {{70468, 14}, TagType::string, 0, 0, 0, 0},
-    {{70482, 14}, TagType::string, 2, 0, 0, 0},
-    {{70496, 20}, TagType::string, 2, 0, 0, 0},
-    {{15561, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{70516, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{70531, 12}, TagType::int32u, 2, 0, 967, 351},
-    {{70543, 23}, TagType::int16u, 2, 4, 0, 0},
-    {{70566, 18}, TagType::int32u, 2, 0, 1318, 2},
-    {{70584, 10}, TagType::int16u, 2, 0, 0, 3},
-    {{70594, 13}, TagType::int16u, 2, 0, 0, 3},
-    {{70607, 10}, TagType::int32u, 2, 2, 1320, 8},
-    {{61475, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{70617, 11}, TagType::string, 2, 0, 0, 0},
-    {{70628, 13}, TagType::string, 0, 0, 0, 0},
-    {{70641, 13}, TagType::string, 0, 0, 0, 0},
-    {{70654, 26}, TagType::int32u, 2, 0, 0, 0},
-    {{70680, 17}, TagType::string, 0, 0, 0, 0},
-    {{70697, 20}, TagType::string, 2, 0, 0, 0},
-    {{70717, 14}, TagType::string, 0, 0, 0, 0},
-    {{70731, 14}, TagType::string, 0, 0, 0, 0},
-    {{70745, 18}, TagType::string, 0, 0, 0, 0},
-    {{70763, 17}, TagType::string, 0, 0, 0, 0},
-    {{70780, 17}, TagType::string, 0, 0, 0, 0},
-    {{70797, 20}, TagType::string, 0, 0, 0, 0},
-    {{70817, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{70826, 8}, TagType::string, 8, 0, 0, 0},
-    {{70834, 6}, TagType::string, 8, 0, 0, 0},
-    {{70840, 19}, TagType::int16u, 2, 3, 1328, 72},
-    {{70859, 14}, TagType::int16u, 2, 3, 1328, 72},
-    {{70873, 26}, TagType::string, 2, 0, 0, 0},
-    {{70899, 12}, TagType::int16u, 2, 4, 0, 0},
-    {{70911, 17}, TagType::int16s, 2, 0, 0, 3},
-    {{70928, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{70945, 21}, TagType::int16s, 2, 0, 595, 6},
-    {{70966, 22}, TagType::int16s, 2, 0, 0, 0},
-    {{70988, 23}, TagType::int16s, 2, 0, 0, 0},
-    {{71011, 23}, TagType::int16s, 2, 0, 0, 0},
-    {{71034, 24}, TagType::int16s, 2, 0, 0, 0},
-    {{71058, 20}, TagType::int16s, 2, 0, 60, 22},
-    {{71078, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{71095, 20}, TagType::int16s, 2, 0, 601, 24},
-    {{71115, 19}, TagType::int16s, 2, 0, 0, 0},
-    {{4032, 9}, TagType::float_, 2, 0, 0, 0},
-    {{71134, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{1878, 8}, TagType::int32u, 2, 0, 0, 0},
-    {{71144, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{30224, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{30211, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{71156, 10}, TagType::string, 2, 4, 0, 0},
-    {{71166, 13}, TagType::int32s, 2, 0, 0, 3},
-    {{71179, 20}, TagType::int32s, 2, 0, 645, 4},
-    {{71199, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{71217, 11}, TagType::int16u, 2, 0, 1400, 14},
-    {{71228, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71248, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71268, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71288, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71308, 21}, TagType::int32s, 2, 0, 665, 1},
-    {{71329, 21}, TagType::int32s, 2, 0, 665, 1},
-    {{71350, 19}, TagType::int32s, 2, 0, 665, 1},
-    {{71369, 19}, TagType::int32s, 2, 0, 665, 1},
-    {{71388, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71408, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71428, 20}, TagType::int32s, 2, 0, 665, 1},
-    {{71448, 19}, TagType::int32s, 2, 0, 665, 1},
-    {{71467, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71487, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71507, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71527, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71547, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71567, 20}, TagType::int32s, 2, 0, 666, 6},
-    {{71587, 12}, TagType::int32s, 2, 0, 665, 1},
-    {{71599, 13}, TagType::int32s, 2, 0, 665, 1},
-    {{71612, 14}, TagType::int32s, 2, 0, 665, 1},
-    {{71626, 13}, TagType::int32s, 2, 0, 665, 1},
-    {{71639, 16}, TagType::int32s, 2, 0, 666, 6},
-    {{71655, 16}, TagType::int32s, 2, 0, 666, 6},
-    {{71671, 19}, TagType::int16s, 2, 0, 0, 0},
-    {{71690, 17}, TagType::int16s, 2, 0, 3, 5},
-    {{20110, 14}, TagType::int32u, 2, 0, 693, 9},
-    {{71707, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{20134, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{20092, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{71725, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{71742, 9}, TagType::int16s, 2, 0, 0, 3},
-    {{71751, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{71765, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{71780, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{71795, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{71811, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{71822, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{71831, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{71840, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{71856, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{71874, 11}, TagType::int16s, 0, 0, 0, 0},
-    {{71885, 12}, TagType::int16s, 0, 0, 0, 0},
-    {{71897, 16}, TagType::int16s, 0, 0, 0, 0},
-    {{71913, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{71928, 17}, TagType::int16s, 0, 0, 0, 0},
-    {{71945, 18}, TagType::int16s, 0, 0, 0, 0},
-    {{71963, 19}, TagType::int16s, 0, 0, 0, 0},
-    {{71982, 18}, TagType::int16s, 0, 0, 0, 0},
-    {{72000, 20}, TagType::int16s, 0, 0, 0, 0},
-    {{72020, 21}, TagType::int16s, 0, 0, 0, 0},
-    {{72041, 7}, TagType::int16s, 2, 0, 0, 0},
-    {{72048, 7}, TagType::int16s, 2, 0, 0, 0},
-    {{72055, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{72069, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{15451, 20}, TagType::int16s, 2, 0, 0, 0},
-    {{72087, 11}, TagType::int16s, 2, 0, 1414, 5},
-    {{72098, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{72112, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{72127, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{72143, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{72160, 22}, TagType::int16s, 2, 0, 1414, 5},
-    {{72182, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{72197, 11}, TagType::int16s, 2, 0, 1419, 3},
-    {{72208, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{15595, 10}, TagType::int16s, 2, 0, 1422, 5},
-    {{72220, 10}, TagType::int16s, 2, 0, 1414, 5},
-    {{72230, 8}, TagType::int16s, 2, 0, 1427, 3},
-    {{72238, 10}, TagType::int16s, 2, 0, 0, 0},
-    {{72248, 12}, TagType::string, 8, 0, 0, 0},
-    {{72260, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{72268, 12}, TagType::int32s, 2, 0, 1430, 35},
-    {{72280, 15}, TagType::int32s, 2, 0, 1465, 2},
-    {{72295, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{72316, 18}, TagType::int16s, 2, 0, 8, 2},
-    {{72334, 20}, TagType::int16s, 2, 0, 8, 2},
-    {{72354, 23}, TagType::int16s, 2, 0, 8, 2},
-    {{72377, 23}, TagType::int16s, 2, 0, 0, 0},
-    {{72400, 25}, TagType::int16s, 2, 0, 0, 0},
-    {{72425, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{72443, 19}, TagType::int16s, 2, 0, 0, 0},
-    {{72462, 25}, TagType::int32s, 2, 0, 8, 2},
-    {{72487, 26}, TagType::int32s, 2, 0, 8, 2},
-    {{72513, 27}, TagType::int32s, 2, 0, 8, 2},
-    {{72540, 27}, TagType::int32s, 2, 0, 8, 2},
-    {{72567, 17}, TagType::int32s, 2, 4, 0, 0},
-    {{72584, 21}, TagType::int32s, 2, 4, 0, 0},
-    {{72605, 19}, TagType::int32s, 2, 4, 0, 0},
-    {{72624, 21}, TagType::int32s, 2, 4, 0, 0},
-    {{72645, 24}, TagType::int32s, 2, 4, 0, 0},
-    {{72669, 22}, TagType::int32s, 2, 4, 0, 0},
-    {{72691, 18}, TagType::int32s, 2, 4, 0, 0},
-    {{72709, 23}, TagType::int32s, 2, 4, 0, 0},
-    {{72732, 20}, TagType::int32s, 2, 4, 0, 0},
-    {{72752, 20}, TagType::int32s, 2, 4, 0, 0},
-    {{51135, 14}, TagType::string, 2, 0, 0, 0},
-    {{72772, 17}, TagType::string, 0, 0, 0, 0},
+    {{64984, 12}, TagType::int32s, 2, 0, 0, 0},  // AFConfigTool
+    {{64996, 21}, TagType::int32s, 2, 0, 0, 0},  // AFTrackingSensitivity
+    {{65017, 20}, TagType::int32s, 2, 0, 0, 0},  // AFAccelDecelTracking
+    {{65037, 16}, TagType::int32s, 2, 0, 0, 0},  // AFPointSwitching
+    {{65053, 17}, TagType::int32s, 2, 0, 0, 3},  // AIServoFirstImage
+    {{65070, 18}, TagType::int32s, 2, 0, 3, 5},  // AIServoSecondImage
+    {{65088, 19}, TagType::int32s, 2, 0, 0, 3},  // USMLensElectronicMF
+    {{65107, 12}, TagType::int32s, 2, 0, 0, 3},  // AFAssistBeam
+    {{65119, 16}, TagType::int32s, 2, 0, 8, 2},  // OneShotAFRelease
+    {{65135, 22}, TagType::int32s, 2, 0, 8, 2},  // AutoAFPointSelEOSiTRAF
+    {{65157, 25}, TagType::int32s, 2, 0, 8, 2},  // LensDriveWhenAFImpossible
+    {{65182, 25}, TagType::int32s, 2, 0, 10, 6},  // SelectAFAreaSelectionMode
+    {{65207, 21}, TagType::int32s, 2, 0, 8, 2},  // AFAreaSelectionMethod
+    {{65228, 19}, TagType::int32s, 2, 0, 0, 3},  // OrientationLinkedAF
+    {{65247, 23}, TagType::int32s, 2, 0, 8, 2},  // ManualAFPointSelPattern
+    {{65270, 25}, TagType::int32s, 2, 0, 3, 5},  // AFPointDisplayDuringFocus
+    {{65295, 21}, TagType::int32s, 2, 0, 0, 3},  // VFDisplayIllumination
+    {{65316, 18}, TagType::int32s, 2, 0, 8, 2},  // AFStatusViewfinder
+    {{65334, 21}, TagType::int32s, 2, 0, 0, 3},  // InitialAFPointInServo
+    {{65355, 11}, TagType::int16u, 0, 0, 0, 0},  // NumAFPoints
+    {{65366, 13}, TagType::int16u, 0, 0, 0, 0},  // ValidAFPoints
+    {{65379, 15}, TagType::int16u, 0, 0, 0, 0},  // CanonImageWidth
+    {{65394, 16}, TagType::int16u, 0, 0, 0, 0},  // CanonImageHeight
+    {{65410, 12}, TagType::int16u, 0, 0, 0, 0},  // AFImageWidth
+    {{65422, 13}, TagType::int16u, 0, 0, 0, 0},  // AFImageHeight
+    {{65435, 11}, TagType::int16u, 0, 0, 0, 0},  // AFAreaWidth
+    {{65446, 12}, TagType::int16u, 0, 0, 0, 0},  // AFAreaHeight
+    {{65458, 16}, TagType::int16s, 0, 0, 0, 0},  // AFAreaXPositions
+    {{65474, 16}, TagType::int16s, 0, 0, 0, 0},  // AFAreaYPositions
+    {{65490, 15}, TagType::int16s, 2, 0, 16, 8},  // AFPointsInFocus
+    {{65505, 14}, TagType::int16u, 0, 0, 0, 0},  // PrimaryAFPoint
+    {{65519, 19}, TagType::int16u, 0, 8, 0, 0},  // Canon_AFInfo_0x000b
+    {{65538, 10}, TagType::int16u, 0, 0, 0, 0},  // AFInfoSize
+    {{65548, 10}, TagType::int16u, 0, 0, 24, 14},  // AFAreaMode
+    {{65558, 12}, TagType::int16s, 0, 0, 0, 0},  // AFAreaWidths
+    {{65570, 13}, TagType::int16s, 0, 0, 0, 0},  // AFAreaHeights
+    {{65583, 16}, TagType::int16s, 0, 0, 0, 0},  // AFPointsSelected
+    {{65599, 20}, TagType::int16s, 0, 0, 0, 0},  // Canon_AFInfo2_0x000d
+    {{65619, 14}, TagType::int32s, 2, 0, 0, 3},  // AFMicroAdjMode
+    {{65633, 15}, TagType::rational64s, 2, 0, 0, 0},  // AFMicroAdjValue
+    {{65648, 17}, TagType::int32s, 2, 0, 38, 9},  // AmbienceSelection
+    {{65665, 11}, TagType::int32u, 2, 0, 47, 8},  // AspectRatio
+    {{65676, 17}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageWidth
+    {{65693, 18}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageHeight
+    {{65711, 16}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageLeft
+    {{65727, 15}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageTop
+    {{24035, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{24024, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{0, 14}, TagType::imagedata, 2, 0, 0, 0},  // ThumbnailImage
+    {{65742, 9}, TagType::int32u, 2, 0, 0, 0},  // TimeStamp
+    {{15471, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{15573, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
+    {{65751, 3}, TagType::string, 2, 5, 0, 0},  // ISO
+    {{65754, 17}, TagType::int8u, 2, 0, 55, 5},  // FlashMeteringMode
+    {{65771, 17}, TagType::int32s, 2, 0, 0, 0},  // CameraTemperature
+    {{65788, 18}, TagType::int32s, 2, 0, 0, 0},  // MacroMagnification
+    {{65806, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{65817, 17}, TagType::int32s, 2, 0, 0, 3},  // CameraOrientation
+    {{65834, 18}, TagType::int32s, 2, 0, 0, 0},  // FocusDistanceUpper
+    {{65852, 18}, TagType::int32s, 2, 0, 0, 0},  // FocusDistanceLower
+    {{65870, 12}, TagType::int32s, 2, 0, 60, 22},  // WhiteBalance
+    {{65882, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
+    {{65898, 8}, TagType::string, 2, 0, 82, 513},  // LensType
+    {{65906, 14}, TagType::int32s, 2, 0, 0, 0},  // MinFocalLength
+    {{65920, 14}, TagType::int32s, 2, 0, 0, 0},  // MaxFocalLength
+    {{15478, 15}, TagType::string, 2, 6, 0, 0},  // FirmwareVersion
+    {{65934, 14}, TagType::int32u, 2, 0, 0, 0},  // DirectoryIndex
+    {{65948, 9}, TagType::int32s, 2, 0, 0, 0},  // FileIndex
+    {{3820, 9}, TagType::string, 2, 64, 0, 0},  // LensModel
+    {{65957, 18}, TagType::int32s, 2, 0, 595, 6},  // SharpnessFrequency
+    {{65975, 9}, TagType::int32s, 2, 0, 0, 0},  // Sharpness
+    {{65984, 12}, TagType::int32s, 2, 0, 601, 24},  // PictureStyle
+    {{65996, 24}, TagType::string, 2, 184, 0, 0},  // FirmwareVersionLookAhead
+    {{66020, 9}, TagType::int32s, 2, 0, 0, 3},  // FocalType
+    {{66029, 14}, TagType::int32s, 2, 0, 625, 19},  // CanonImageSize
+    {{66043, 11}, TagType::int8u, 2, 0, 0, 0},  // JPEGQuality
+    {{66054, 10}, TagType::int32s, 2, 0, 644, 1},  // Saturation
+    {{66064, 9}, TagType::int32s, 2, 0, 644, 1},  // ColorTone
+    {{66073, 8}, TagType::int32s, 2, 0, 644, 1},  // Contrast
+    {{66081, 12}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount
+    {{66093, 10}, TagType::int32u, 2, 0, 0, 0},  // TimeStamp1
+    {{66103, 21}, TagType::int32s, 2, 0, 8, 2},  // HighlightTonePriority
+    {{66124, 11}, TagType::int32s, 2, 0, 0, 0},  // MeasuredEV2
+    {{66135, 11}, TagType::int8u, 2, 0, 0, 0},  // MeasuredEV3
+    {{66146, 9}, TagType::string, 2, 32, 0, 0},  // OwnerName
+    {{66155, 21}, TagType::int32s, 2, 0, 645, 4},  // HighISONoiseReduction
+    {{66176, 21}, TagType::int32s, 2, 0, 645, 4},  // AutoLightingOptimizer
+    {{66197, 17}, TagType::int16urev, 2, 0, 649, 16},  // AFPointsInFocus5D
+    {{66214, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareRevision
+    {{66230, 14}, TagType::string, 2, 16, 0, 0},  // ShortOwnerName
+    {{66244, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastStandard
+    {{66260, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastPortrait
+    {{66276, 17}, TagType::int32s, 2, 0, 665, 1},  // ContrastLandscape
+    {{66293, 15}, TagType::int32s, 2, 0, 665, 1},  // ContrastNeutral
+    {{66308, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastFaithful
+    {{66324, 18}, TagType::int32s, 2, 0, 665, 1},  // ContrastMonochrome
+    {{66342, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef1
+    {{66358, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef2
+    {{66374, 16}, TagType::int32s, 2, 0, 665, 1},  // ContrastUserDef3
+    {{66390, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessStandard
+    {{66407, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessPortrait
+    {{66424, 18}, TagType::int32s, 2, 0, 665, 1},  // SharpnessLandscape
+    {{66442, 16}, TagType::int32s, 2, 0, 665, 1},  // SharpnessNeutral
+    {{66458, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessFaithful
+    {{66475, 19}, TagType::int32s, 2, 0, 665, 1},  // SharpnessMonochrome
+    {{66494, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef1
+    {{66511, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef2
+    {{66528, 17}, TagType::int32s, 2, 0, 665, 1},  // SharpnessUserDef3
+    {{66545, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationStandard
+    {{66563, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationPortrait
+    {{66581, 19}, TagType::int32s, 2, 0, 665, 1},  // SaturationLandscape
+    {{66600, 17}, TagType::int32s, 2, 0, 665, 1},  // SaturationNeutral
+    {{66617, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationFaithful
+    {{66635, 22}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectMonochrome
+    {{66657, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef1
+    {{66675, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef2
+    {{66693, 18}, TagType::int32s, 2, 0, 665, 1},  // SaturationUserDef3
+    {{66711, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneStandard
+    {{66728, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorTonePortrait
+    {{66745, 18}, TagType::int32s, 2, 0, 665, 1},  // ColorToneLandscape
+    {{66763, 16}, TagType::int32s, 2, 0, 665, 1},  // ColorToneNeutral
+    {{66779, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneFaithful
+    {{66796, 22}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectMonochrome
+    {{66818, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef1
+    {{66835, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef2
+    {{66852, 17}, TagType::int32s, 2, 0, 665, 1},  // ColorToneUserDef3
+    {{66869, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef1PictureStyle
+    {{66889, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef2PictureStyle
+    {{66909, 20}, TagType::int16u, 2, 0, 672, 10},  // UserDef3PictureStyle
+    {{3843, 16}, TagType::string, 2, 5, 0, 0},  // LensSerialNumber
+    {{66929, 10}, TagType::int32u, 2, 0, 0, 0},  // FileIndex2
+    {{66939, 15}, TagType::int32u, 2, 0, 0, 0},  // DirectoryIndex2
+    {{66954, 10}, TagType::int32s, 2, 0, 0, 0},  // MeasuredEV
+    {{66964, 18}, TagType::int8u, 2, 0, 682, 9},  // CameraPictureStyle
+    {{66982, 8}, TagType::int32s, 2, 0, 0, 0},  // Rotation
+    {{66990, 9}, TagType::int16s, 2, 0, 691, 2},  // MacroMode
+    {{66999, 9}, TagType::int16s, 2, 0, 0, 0},  // SelfTimer
+    {{15544, 7}, TagType::int16s, 2, 0, 693, 9},  // Quality
+    {{67008, 14}, TagType::int16s, 2, 0, 702, 9},  // CanonFlashMode
+    {{67022, 15}, TagType::int16s, 2, 0, 711, 10},  // ContinuousDrive
+    {{15498, 9}, TagType::int16s, 2, 0, 721, 12},  // FocusMode
+    {{67037, 10}, TagType::int16s, 2, 0, 733, 14},  // RecordMode
+    {{67047, 8}, TagType::int16s, 2, 0, 747, 75},  // EasyMode
+    {{67055, 11}, TagType::int16s, 2, 0, 645, 4},  // DigitalZoom
+    {{67066, 9}, TagType::int16s, 2, 0, 0, 0},  // CameraISO
+    {{67075, 12}, TagType::int16s, 2, 0, 595, 6},  // MeteringMode
+    {{67087, 10}, TagType::int16s, 2, 0, 822, 11},  // FocusRange
+    {{67097, 7}, TagType::int16s, 2, 0, 833, 8},  // AFPoint
+    {{67104, 17}, TagType::int16s, 2, 0, 38, 9},  // CanonExposureMode
+    {{67121, 10}, TagType::int16s, 2, 0, 0, 0},  // FocalUnits
+    {{67131, 11}, TagType::int16s, 2, 0, 0, 0},  // MaxAperture
+    {{67142, 11}, TagType::int16s, 2, 0, 0, 0},  // MinAperture
+    {{67153, 13}, TagType::int16s, 2, 0, 0, 0},  // FlashActivity
+    {{67166, 9}, TagType::int16s, 2, 0, 841, 10},  // FlashBits
+    {{67175, 15}, TagType::int16s, 2, 0, 851, 3},  // FocusContinuous
+    {{67190, 9}, TagType::int16s, 2, 0, 3, 5},  // AESetting
+    {{67199, 18}, TagType::int16s, 2, 0, 854, 10},  // ImageStabilization
+    {{67217, 15}, TagType::int16s, 2, 0, 0, 0},  // DisplayAperture
+    {{67232, 15}, TagType::int16s, 2, 0, 0, 0},  // ZoomSourceWidth
+    {{67247, 15}, TagType::int16s, 2, 0, 0, 0},  // ZoomTargetWidth
+    {{67262, 16}, TagType::int16s, 2, 0, 8, 2},  // SpotMeteringMode
+    {{67278, 11}, TagType::int16s, 2, 0, 864, 8},  // PhotoEffect
+    {{67289, 17}, TagType::int16s, 2, 0, 872, 5},  // ManualFlashOutput
+    {{67306, 11}, TagType::int16s, 2, 0, 0, 3},  // SRAWQuality
+    {{67317, 17}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{67334, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{67355, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{67373, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{67392, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{67413, 24}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescent
+    {{67437, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{67455, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom
+    {{67474, 11}, TagType::int16s, 2, 4, 0, 0},  // BlackLevels
+    {{67485, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsKelvin
+    {{67504, 18}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBBlackLevels
+    {{67522, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration01
+    {{67546, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration02
+    {{67570, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration03
+    {{67594, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration04
+    {{67618, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration05
+    {{67642, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration06
+    {{67666, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration07
+    {{67690, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration08
+    {{67714, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration09
+    {{67738, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration10
+    {{67762, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration11
+    {{67786, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration12
+    {{67810, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration13
+    {{67834, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration14
+    {{67858, 24}, TagType::int16s, 2, 5, 0, 0},  // CameraColorCalibration15
+    {{67882, 19}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsAsShot
+    {{67901, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempAsShot
+    {{67916, 13}, TagType::int16s, 2, 0, 0, 0},  // ColorTempAuto
+    {{67929, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsMeasured
+    {{67950, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempMeasured
+    {{67967, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown
+    {{67987, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown
+    {{68003, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempDaylight
+    {{68020, 14}, TagType::int16s, 2, 0, 0, 0},  // ColorTempShade
+    {{68034, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCloudy
+    {{68049, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempTungsten
+    {{68066, 20}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFluorescent
+    {{68086, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempKelvin
+    {{68101, 14}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFlash
+    {{68115, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown2
+    {{68136, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown2
+    {{68153, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown3
+    {{68174, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown3
+    {{68191, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown4
+    {{68212, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown4
+    {{68229, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown5
+    {{68250, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown5
+    {{68267, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown6
+    {{68288, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown6
+    {{68305, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown7
+    {{68326, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown7
+    {{68343, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown8
+    {{68364, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown8
+    {{68381, 21}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown9
+    {{68402, 17}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown9
+    {{68419, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown10
+    {{68441, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown10
+    {{68459, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown11
+    {{68481, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown11
+    {{68499, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown12
+    {{68521, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown12
+    {{68539, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown13
+    {{68561, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown13
+    {{68579, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom1
+    {{68599, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom1
+    {{68615, 20}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsCustom2
+    {{68635, 16}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom2
+    {{68651, 16}, TagType::int16s, 2, 0, 877, 24},  // ColorDataVersion
+    {{68667, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown14
+    {{68689, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown14
+    {{68707, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown15
+    {{68729, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown15
+    {{68747, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown16
+    {{68769, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown16
+    {{68787, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown17
+    {{68809, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown17
+    {{68827, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown18
+    {{68849, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown18
+    {{68867, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown19
+    {{68889, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown19
+    {{68907, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown20
+    {{68929, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown20
+    {{68947, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown21
+    {{68969, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown21
+    {{68987, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown22
+    {{69009, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown22
+    {{69027, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown23
+    {{69049, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown23
+    {{69067, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown24
+    {{69089, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown24
+    {{69107, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown25
+    {{69129, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown25
+    {{69147, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown26
+    {{69169, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown26
+    {{69187, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown27
+    {{69209, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown27
+    {{69227, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown28
+    {{69249, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown28
+    {{69267, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown29
+    {{69289, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown29
+    {{69307, 20}, TagType::int32s, 2, 4, 0, 0},  // PerChannelBlackLevel
+    {{69327, 16}, TagType::int16u, 2, 0, 0, 0},  // NormalWhiteLevel
+    {{69343, 18}, TagType::int16u, 2, 0, 0, 0},  // SpecularWhiteLevel
+    {{69361, 20}, TagType::int16u, 2, 0, 0, 0},  // LinearityUpperMargin
+    {{69381, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC1
+    {{69397, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC1
+    {{69409, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC2
+    {{69425, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC2
+    {{69437, 16}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsPC3
+    {{69453, 12}, TagType::int16s, 2, 0, 0, 0},  // ColorTempPC3
+    {{69465, 15}, TagType::int32u, 2, 4, 0, 0},  // RawMeasuredRGGB
+    {{69480, 15}, TagType::int16s, 2, 0, 0, 0},  // ColorTempCustom
+    {{69495, 11}, TagType::int16s, 2, 0, 0, 0},  // FlashOutput
+    {{69506, 17}, TagType::int16s, 2, 0, 0, 0},  // FlashBatteryLevel
+    {{69523, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempFlashData
+    {{69541, 16}, TagType::int32u, 2, 4, 0, 0},  // MeasuredRGGBData
+    {{69557, 17}, TagType::int16u, 2, 4, 0, 0},  // AverageBlackLevel
+    {{69574, 22}, TagType::int16s, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown30
+    {{69596, 18}, TagType::int16s, 2, 0, 0, 0},  // ColorTempUnknown30
+    {{24045, 10}, TagType::int32s, 2, 0, 901, 3},  // ColorSpace
+    {{69614, 19}, TagType::int16u, 2, 0, 904, 3},  // IntelligentContrast
+    {{69633, 14}, TagType::int16u, 2, 0, 0, 0},  // CropLeftMargin
+    {{69647, 15}, TagType::int16u, 2, 0, 0, 0},  // CropRightMargin
+    {{69662, 13}, TagType::int16u, 2, 0, 0, 0},  // CropTopMargin
+    {{69675, 16}, TagType::int16u, 2, 0, 0, 0},  // CropBottomMargin
+    {{69691, 13}, TagType::int32s, 2, 0, 0, 0},  // FacesDetected
+    {{69704, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
+    {{69723, 13}, TagType::int16s, 2, 2, 0, 0},  // Face1Position
+    {{69736, 13}, TagType::int16s, 2, 2, 0, 0},  // Face2Position
+    {{69749, 13}, TagType::int16s, 2, 2, 0, 0},  // Face3Position
+    {{69762, 13}, TagType::int16s, 2, 2, 0, 0},  // Face4Position
+    {{69775, 13}, TagType::int16s, 2, 2, 0, 0},  // Face5Position
+    {{69788, 13}, TagType::int16s, 2, 2, 0, 0},  // Face6Position
+    {{69801, 13}, TagType::int16s, 2, 2, 0, 0},  // Face7Position
+    {{69814, 13}, TagType::int16s, 2, 2, 0, 0},  // Face8Position
+    {{69827, 13}, TagType::int16s, 2, 2, 0, 0},  // Face9Position
+    {{69840, 9}, TagType::int8u, 2, 0, 0, 0},  // FaceWidth
+    {{69849, 10}, TagType::int32u, 2, 0, 0, 0},  // FileNumber
+    {{69859, 11}, TagType::int16s, 2, 0, 3, 5},  // BracketMode
+    {{69870, 12}, TagType::int16s, 2, 0, 0, 0},  // BracketValue
+    {{69882, 17}, TagType::int16s, 2, 0, 0, 0},  // BracketShotNumber
+    {{69899, 13}, TagType::int16s, 2, 0, 693, 9},  // RawJpgQuality
+    {{69912, 10}, TagType::int16s, 2, 0, 625, 19},  // RawJpgSize
+    {{69922, 27}, TagType::int16s, 2, 0, 907, 4},  // LongExposureNoiseReduction2
+    {{69949, 13}, TagType::int16s, 2, 0, 0, 3},  // WBBracketMode
+    {{69962, 16}, TagType::int16s, 2, 0, 0, 0},  // WBBracketValueAB
+    {{69978, 16}, TagType::int16s, 2, 0, 0, 0},  // WBBracketValueGM
+    {{69994, 12}, TagType::int16s, 2, 0, 3, 5},  // FilterEffect
+    {{70006, 12}, TagType::int16s, 2, 0, 3, 5},  // ToningEffect
+    {{70018, 16}, TagType::int16s, 2, 0, 8, 2},  // LiveViewShooting
+    {{70034, 11}, TagType::int16s, 2, 0, 0, 3},  // ShutterMode
+    {{70045, 17}, TagType::int16s, 2, 0, 8, 2},  // FlashExposureLock
+    {{70062, 10}, TagType::int16u, 2, 0, 911, 55},  // RFLensType
+    {{70072, 14}, TagType::string, 0, 0, 966, 1},  // GrainyBWFilter
+    {{70086, 15}, TagType::string, 0, 0, 966, 1},  // SoftFocusFilter
+    {{70101, 15}, TagType::string, 0, 0, 966, 1},  // ToyCameraFilter
+    {{70116, 15}, TagType::string, 0, 0, 966, 1},  // MiniatureFilter
+    {{70131, 26}, TagType::string, 0, 0, 8, 2},  // MiniatureFilterOrientation
+    {{70157, 23}, TagType::string, 0, 0, 0, 0},  // MiniatureFilterPosition
+    {{70180, 24}, TagType::string, 0, 0, 0, 0},  // MiniatureFilterParameter
+    {{70204, 13}, TagType::string, 0, 0, 966, 1},  // FisheyeFilter
+    {{70217, 14}, TagType::string, 0, 0, 966, 1},  // PaintingFilter
+    {{70231, 16}, TagType::string, 0, 0, 966, 1},  // WatercolorFilter
+    {{70247, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedParamFlag
+    {{70264, 15}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneXSize
+    {{70279, 18}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneXUnknown
+    {{70297, 15}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneYSize
+    {{70312, 18}, TagType::int16u, 2, 0, 0, 0},  // FocalPlaneYUnknown
+    {{70330, 3}, TagType::int32s, 2, 0, 0, 3},  // HDR
+    {{70333, 9}, TagType::int32s, 2, 0, 3, 5},  // HDREffect
+    {{70342, 26}, TagType::int32s, 2, 0, 8, 2},  // PeripheralIlluminationCorr
+    {{70368, 26}, TagType::int32s, 2, 0, 0, 3},  // LongExposureNoiseReduction
+    {{70394, 20}, TagType::int32s, 2, 0, 0, 3},  // DigitalLensOptimizer
+    {{70414, 17}, TagType::int32s, 2, 0, 3, 5},  // CompressionFormat
+    {{70431, 11}, TagType::int32s, 2, 0, 0, 3},  // ColorSpace2
+    {{70442, 11}, TagType::int32s, 2, 0, 8, 2},  // ColorMatrix
+    {{70453, 15}, TagType::int32s, 2, 0, 645, 4},  // CanonLogVersion
+    {{70468, 14}, TagType::string, 0, 0, 0, 0},  // CanonFlashInfo
+    {{70482, 14}, TagType::string, 2, 0, 0, 0},  // CanonImageType
+    {{70496, 20}, TagType::string, 2, 0, 0, 0},  // CanonFirmwareVersion
+    {{15561, 12}, TagType::int32u, 2, 0, 0, 0},  // SerialNumber
+    {{70516, 15}, TagType::int32u, 2, 0, 0, 0},  // CanonFileLength
+    {{70531, 12}, TagType::int32u, 2, 0, 967, 351},  // CanonModelID
+    {{70543, 23}, TagType::int16u, 2, 4, 0, 0},  // ThumbnailImageValidArea
+    {{70566, 18}, TagType::int32u, 2, 0, 1318, 2},  // SerialNumberFormat
+    {{70584, 10}, TagType::int16u, 2, 0, 0, 3},  // SuperMacro
+    {{70594, 13}, TagType::int16u, 2, 0, 0, 3},  // DateStampMode
+    {{70607, 10}, TagType::int32u, 2, 2, 1320, 8},  // Categories
+    {{61475, 13}, TagType::int8u, 2, 0, 0, 0},  // ImageUniqueID
+    {{70617, 11}, TagType::string, 2, 0, 0, 0},  // BatteryType
+    {{70628, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
+    {{70641, 13}, TagType::string, 0, 0, 0, 0},  // RawDataLength
+    {{70654, 26}, TagType::int32u, 2, 0, 0, 0},  // OriginalDecisionDataOffset
+    {{70680, 17}, TagType::string, 0, 0, 0, 0},  // AFPointsInFocus1D
+    {{70697, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
+    {{70717, 14}, TagType::string, 0, 0, 0, 0},  // ToneCurveTable
+    {{70731, 14}, TagType::string, 0, 0, 0, 0},  // SharpnessTable
+    {{70745, 18}, TagType::string, 0, 0, 0, 0},  // SharpnessFreqTable
+    {{70763, 17}, TagType::string, 0, 0, 0, 0},  // WhiteBalanceTable
+    {{70780, 17}, TagType::string, 0, 0, 0, 0},  // ToneCurveMatching
+    {{70797, 20}, TagType::string, 0, 0, 0, 0},  // WhiteBalanceMatching
+    {{70817, 9}, TagType::int32u, 2, 0, 0, 0},  // VRDOffset
+    {{70826, 8}, TagType::string, 8, 0, 0, 0},  // CRWParam
+    {{70834, 6}, TagType::string, 8, 0, 0, 0},  // Flavor
+    {{70840, 19}, TagType::int16u, 2, 3, 1328, 72},  // PictureStyleUserDef
+    {{70859, 14}, TagType::int16u, 2, 3, 1328, 72},  // PictureStylePC
+    {{70873, 26}, TagType::string, 2, 0, 0, 0},  // CustomPictureStyleFileName
+    {{70899, 12}, TagType::int16u, 2, 4, 0, 0},  // MeasuredRGGB
+    {{70911, 17}, TagType::int16s, 2, 0, 0, 3},  // ModifiedToneCurve
+    {{70928, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSharpness
+    {{70945, 21}, TagType::int16s, 2, 0, 595, 6},  // ModifiedSharpnessFreq
+    {{70966, 22}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSensorRedLevel
+    {{70988, 23}, TagType::int16s, 2, 0, 0, 0},  // ModifiedSensorBlueLevel
+    {{71011, 23}, TagType::int16s, 2, 0, 0, 0},  // ModifiedWhiteBalanceRed
+    {{71034, 24}, TagType::int16s, 2, 0, 0, 0},  // ModifiedWhiteBalanceBlue
+    {{71058, 20}, TagType::int16s, 2, 0, 60, 22},  // ModifiedWhiteBalance
+    {{71078, 17}, TagType::int16s, 2, 0, 0, 0},  // ModifiedColorTemp
+    {{71095, 20}, TagType::int16s, 2, 0, 601, 24},  // ModifiedPictureStyle
+    {{71115, 19}, TagType::int16s, 2, 0, 0, 0},  // ModifiedDigitalGain
+    {{4032, 9}, TagType::float_, 2, 0, 0, 0},  // FrameRate
+    {{71134, 10}, TagType::int32s, 2, 0, 0, 0},  // FrameCount
+    {{1878, 8}, TagType::int32u, 2, 0, 0, 0},  // Duration
+    {{71144, 12}, TagType::int32u, 2, 0, 0, 0},  // AudioBitrate
+    {{30224, 15}, TagType::int32u, 2, 0, 0, 0},  // AudioSampleRate
+    {{30211, 13}, TagType::int32u, 2, 0, 0, 0},  // AudioChannels
+    {{71156, 10}, TagType::string, 2, 4, 0, 0},  // VideoCodec
+    {{71166, 13}, TagType::int32s, 2, 0, 0, 3},  // MultiExposure
+    {{71179, 20}, TagType::int32s, 2, 0, 645, 4},  // MultiExposureControl
+    {{71199, 18}, TagType::int32s, 2, 0, 0, 0},  // MultiExposureShots
+    {{71217, 11}, TagType::int16u, 2, 0, 1400, 14},  // MyColorMode
+    {{71228, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectStandard
+    {{71248, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectStandard
+    {{71268, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectPortrait
+    {{71288, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectPortrait
+    {{71308, 21}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectLandscape
+    {{71329, 21}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectLandscape
+    {{71350, 19}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectNeutral
+    {{71369, 19}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectNeutral
+    {{71388, 20}, TagType::int32s, 2, 0, 665, 1},  // FilterEffectFaithful
+    {{71408, 20}, TagType::int32s, 2, 0, 665, 1},  // ToningEffectFaithful
+    {{71428, 20}, TagType::int32s, 2, 0, 665, 1},  // SaturationMonochrome
+    {{71448, 19}, TagType::int32s, 2, 0, 665, 1},  // ColorToneMonochrome
+    {{71467, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef1
+    {{71487, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef1
+    {{71507, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef2
+    {{71527, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef2
+    {{71547, 20}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectUserDef3
+    {{71567, 20}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectUserDef3
+    {{71587, 12}, TagType::int32s, 2, 0, 665, 1},  // ContrastAuto
+    {{71599, 13}, TagType::int32s, 2, 0, 665, 1},  // SharpnessAuto
+    {{71612, 14}, TagType::int32s, 2, 0, 665, 1},  // SaturationAuto
+    {{71626, 13}, TagType::int32s, 2, 0, 665, 1},  // ColorToneAuto
+    {{71639, 16}, TagType::int32s, 2, 0, 666, 6},  // FilterEffectAuto
+    {{71655, 16}, TagType::int32s, 2, 0, 666, 6},  // ToningEffectAuto
+    {{71671, 19}, TagType::int16s, 2, 0, 0, 0},  // PanoramaFrameNumber
+    {{71690, 17}, TagType::int16s, 2, 0, 3, 5},  // PanoramaDirection
+    {{20110, 14}, TagType::int32u, 2, 0, 693, 9},  // PreviewQuality
+    {{71707, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{20134, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageWidth
+    {{20092, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageHeight
+    {{71725, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{71742, 9}, TagType::int16s, 2, 0, 0, 3},  // ToneCurve
+    {{71751, 14}, TagType::int16s, 2, 0, 0, 0},  // SensorRedLevel
+    {{71765, 15}, TagType::int16s, 2, 0, 0, 0},  // SensorBlueLevel
+    {{71780, 15}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceRed
+    {{71795, 16}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceBlue
+    {{71811, 11}, TagType::int16s, 2, 0, 0, 0},  // DigitalGain
+    {{71822, 9}, TagType::int16s, 2, 0, 0, 0},  // WBShiftAB
+    {{71831, 9}, TagType::int16s, 2, 0, 0, 0},  // WBShiftGM
+    {{71840, 16}, TagType::int32u, 2, 0, 0, 0},  // RawBurstImageNum
+    {{71856, 18}, TagType::int32u, 2, 0, 0, 0},  // RawBurstImageCount
+    {{71874, 11}, TagType::int16s, 0, 0, 0, 0},  // SensorWidth
+    {{71885, 12}, TagType::int16s, 0, 0, 0, 0},  // SensorHeight
+    {{71897, 16}, TagType::int16s, 0, 0, 0, 0},  // SensorLeftBorder
+    {{71913, 15}, TagType::int16s, 0, 0, 0, 0},  // SensorTopBorder
+    {{71928, 17}, TagType::int16s, 0, 0, 0, 0},  // SensorRightBorder
+    {{71945, 18}, TagType::int16s, 0, 0, 0, 0},  // SensorBottomBorder
+    {{71963, 19}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskLeftBorder
+    {{71982, 18}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskTopBorder
+    {{72000, 20}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskRightBorder
+    {{72020, 21}, TagType::int16s, 0, 0, 0, 0},  // BlackMaskBottomBorder
+    {{72041, 7}, TagType::int16s, 2, 0, 0, 0},  // AutoISO
+    {{72048, 7}, TagType::int16s, 2, 0, 0, 0},  // BaseISO
+    {{72055, 14}, TagType::int16s, 2, 0, 0, 0},  // TargetAperture
+    {{72069, 18}, TagType::int16s, 2, 0, 0, 0},  // TargetExposureTime
+    {{15451, 20}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation
+    {{72087, 11}, TagType::int16s, 2, 0, 1414, 5},  // SlowShutter
+    {{72098, 14}, TagType::int16s, 2, 0, 0, 0},  // SequenceNumber
+    {{72112, 15}, TagType::int16s, 2, 0, 0, 0},  // OpticalZoomCode
+    {{72127, 16}, TagType::int16s, 2, 0, 0, 0},  // FlashGuideNumber
+    {{72143, 17}, TagType::int16s, 2, 0, 0, 0},  // FlashExposureComp
+    {{72160, 22}, TagType::int16s, 2, 0, 1414, 5},  // AutoExposureBracketing
+    {{72182, 15}, TagType::int16s, 2, 0, 0, 0},  // AEBBracketValue
+    {{72197, 11}, TagType::int16s, 2, 0, 1419, 3},  // ControlMode
+    {{72208, 12}, TagType::int16s, 2, 0, 0, 0},  // BulbDuration
+    {{15595, 10}, TagType::int16s, 2, 0, 1422, 5},  // CameraType
+    {{72220, 10}, TagType::int16s, 2, 0, 1414, 5},  // AutoRotate
+    {{72230, 8}, TagType::int16s, 2, 0, 1427, 3},  // NDFilter
+    {{72238, 10}, TagType::int16s, 2, 0, 0, 0},  // SelfTimer2
+    {{72248, 12}, TagType::string, 8, 0, 0, 0},  // Unknown_CNDB
+    {{72260, 8}, TagType::int32s, 2, 0, 0, 0},  // TimeZone
+    {{72268, 12}, TagType::int32s, 2, 0, 1430, 35},  // TimeZoneCity
+    {{72280, 15}, TagType::int32s, 2, 0, 1465, 2},  // DaylightSavings
+    {{72295, 21}, TagType::int8u, 2, 0, 0, 0},  // VignettingCorrVersion
+    {{72316, 18}, TagType::int16s, 2, 0, 8, 2},  // PeripheralLighting
+    {{72334, 20}, TagType::int16s, 2, 0, 8, 2},  // DistortionCorrection
+    {{72354, 23}, TagType::int16s, 2, 0, 8, 2},  // ChromaticAberrationCorr
+    {{72377, 23}, TagType::int16s, 2, 0, 0, 0},  // PeripheralLightingValue
+    {{72400, 25}, TagType::int16s, 2, 0, 0, 0},  // DistortionCorrectionValue
+    {{72425, 18}, TagType::int16s, 2, 0, 0, 0},  // OriginalImageWidth
+    {{72443, 19}, TagType::int16s, 2, 0, 0, 0},  // OriginalImageHeight
+    {{72462, 25}, TagType::int32s, 2, 0, 8, 2},  // PeripheralLightingSetting
+    {{72487, 26}, TagType::int32s, 2, 0, 8, 2},  // ChromaticAberrationSetting
+    {{72513, 27}, TagType::int32s, 2, 0, 8, 2},  // DistortionCorrectionSetting
+    {{72540, 27}, TagType::int32s, 2, 0, 8, 2},  // DigitalLensOptimizerSetting
+    {{72567, 17}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsAuto
+    {{72584, 21}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsDaylight
+    {{72605, 19}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCloudy
+    {{72624, 21}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsTungsten
+    {{72645, 24}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFluorescent
+    {{72669, 22}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFluorHigh
+    {{72691, 18}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsFlash
+    {{72709, 23}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsUnderwater
+    {{72732, 20}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCustom1
+    {{72752, 20}, TagType::int32s, 2, 4, 0, 0},  // WB_GRBGLevelsCustom2
+    {{51135, 14}, TagType::string, 2, 0, 0, 0},  // MakerNoteCanon
+    {{72772, 17}, TagType::string, 0, 0, 0, 0},  // CompressorVersion
 };
 constexpr detail::TextRef kChoicesCanon[] = {
     {3118, 1}, {3119, 1}, {3120, 1}, {3118, 1}, {3119, 1}, {3120, 1}, {5232, 1}, {5233, 1},

@@ -7,6070 +7,6170 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "FileMetaInfoGroupLength""FileMetaInfoVersion""MediaStorageSOPClassUID"
-    "MediaStorageSOPInstanceUID""TransferSyntaxUID""ImplementationClassUID"
-    "ImplementationVersionName""SourceApplicationEntityTitle""PrivateInformationCreatorUID"
-    "PrivateInformation""FileSetID""FileSetDescriptorFileID""SpecificCharacterSetOfFile"
-    "FirstDirectoryRecordOffset""LastDirectoryRecordOffset""FileSetConsistencyFlag"
-    "DirectoryRecordSequence""OffsetOfNextDirectoryRecord""RecordInUseFlag"
-    "LowerLevelDirectoryEntityOffset""DirectoryRecordType""PrivateRecordUID""ReferencedFileID"
-    "MRDRDirectoryRecordOffset""ReferencedSOPClassUIDInFile""ReferencedSOPInstanceUIDInFile"
-    "ReferencedTransferSyntaxUIDInFile""ReferencedRelatedSOPClassUIDInFile""NumberOfReferences"
-    "IdentifyingGroupLength""LengthToEnd""SpecificCharacterSet""LanguageCodeSequence""ImageType"
-    "RecognitionCode""InstanceCreationDate""InstanceCreationTime""InstanceCreatorUID""SOPClassUID"
-    "SOPInstanceUID""RelatedGeneralSOPClassUID""OriginalSpecializedSOPClassUID""StudyDate"
-    "SeriesDate""AcquisitionDate""ContentDate""OverlayDate""CurveDate""AcquisitionDateTime"
-    "StudyTime""SeriesTime""AcquisitionTime""ContentTime""OverlayTime""CurveTime""DataSetType"
-    "DataSetSubtype""NuclearMedicineSeriesType""AccessionNumber""QueryRetrieveLevel"
-    "RetrieveAETitle""InstanceAvailability""FailedSOPInstanceUIDList""Modality""ModalitiesInStudy"
-    "SOPClassesInStudy""ConversionType""PresentationIntentType""Manufacturer""InstitutionName"
-    "InstitutionAddress""InstitutionCodeSequence""ReferringPhysicianName""ReferringPhysicianAddress"
-    "ReferringPhysicianTelephoneNumber""ReferringPhysicianIDSequence""CodeValue"
-    "CodingSchemeDesignator""CodingSchemeVersion""CodeMeaning""MappingResource""ContextGroupVersion"
-    "ContextGroupLocalVersion""ContextGroupExtensionFlag""CodingSchemeUID"
-    "ContextGroupExtensionCreatorUID""ContextIdentifier""CodingSchemeIDSequence"
-    "CodingSchemeRegistry""CodingSchemeExternalID""CodingSchemeName""ResponsibleOrganization"
-    "ContextUID""TimezoneOffsetFromUTC""NetworkID""StationName""StudyDescription"
-    "ProcedureCodeSequence""SeriesDescription""InstitutionalDepartmentName""PhysiciansOfRecord"
-    "PhysiciansOfRecordIDSequence""PerformingPhysicianName""PerformingPhysicianIDSequence"
-    "NameOfPhysicianReadingStudy""PhysicianReadingStudyIDSequence""OperatorsName"
-    "OperatorIDSequence""AdmittingDiagnosesDescription""AdmittingDiagnosesCodeSequence"
-    "ManufacturersModelName""ReferencedResultsSequence""ReferencedStudySequence"
-    "ReferencedProcedureStepSequence""ReferencedSeriesSequence""ReferencedPatientSequence"
-    "ReferencedVisitSequence""ReferencedOverlaySequence""ReferencedWaveformSequence"
-    "ReferencedImageSequence""ReferencedCurveSequence""ReferencedInstanceSequence"
-    "ReferencedSOPClassUID""ReferencedSOPInstanceUID""SOPClassesSupported""ReferencedFrameNumber"
-    "SimpleFrameList""CalculatedFrameList""TimeRange""FrameExtractionSequence""TransactionUID"
-    "FailureReason""FailedSOPSequence""ReferencedSOPSequence""OtherReferencedStudiesSequence"
-    "RelatedSeriesSequence""LossyImageCompression""DerivationDescription""SourceImageSequence"
-    "StageName""StageNumber""NumberOfStages""ViewName""ViewNumber""NumberOfEventTimers"
-    "NumberOfViewsInStage""EventElapsedTimes""EventTimerNames""EventTimerSequence""EventTimeOffset"
-    "EventCodeSequence""StartTrim""StopTrim""RecommendedDisplayFrameRate""TransducerPosition"
-    "TransducerOrientation""AnatomicStructure""AnatomicRegionSequence"
-    "AnatomicRegionModifierSequence""PrimaryAnatomicStructureSequence"
-    "AnatomicStructureOrRegionSequence""AnatomicStructureModifierSequence"
-    "TransducerPositionSequence""TransducerPositionModifierSequence""TransducerOrientationSequence"
-    "TransducerOrientationModifierSeq""AnatomicEntrancePortalCodeSeqTrial"
-    "AnatomicApproachDirCodeSeqTrial""AnatomicPerspectiveDescrTrial"
-    "AnatomicPerspectiveCodeSeqTrial""AlternateRepresentationSequence""IrradiationEventUID"
-    "IdentifyingComments""FrameType""ReferencedImageEvidenceSequence""ReferencedRawDataSequence"
-    "CreatorVersionUID""DerivationImageSequence""SourceImageEvidenceSequence""PixelPresentation"
-    "VolumetricProperties""VolumeBasedCalculationTechnique""ComplexImageComponent"
-    "AcquisitionContrast""DerivationCodeSequence""GrayscalePresentationStateSequence"
-    "ReferencedOtherPlaneSequence""FrameDisplaySequence""RecommendedDisplayFrameRateInFloat"
-    "SkipFrameRangeFlag""FullFidelity""SuiteID""ProductID""ImageActualDate""ServiceID"
-    "MobileLocationNumber""EquipmentUID""GenesisVersionNow""ExamRecordChecksum"
-    "ActualSeriesDataTimeStamp""PatientGroupLength""PatientName""PatientID""IssuerOfPatientID"
-    "TypeOfPatientID""PatientBirthDate""PatientBirthTime""PatientSex"
-    "PatientInsurancePlanCodeSequence""PatientPrimaryLanguageCodeSeq"
-    "PatientPrimaryLanguageCodeModSeq""OtherPatientIDs""OtherPatientNames""OtherPatientIDsSequence"
-    "PatientBirthName""PatientAge""PatientSize""PatientWeight""PatientAddress"
-    "InsurancePlanIdentification""PatientMotherBirthName""MilitaryRank""BranchOfService"
-    "MedicalRecordLocator""MedicalAlerts""Allergies""CountryOfResidence""RegionOfResidence"
-    "PatientTelephoneNumbers""EthnicGroup""Occupation""SmokingStatus""AdditionalPatientHistory"
-    "PregnancyStatus""LastMenstrualDate""PatientReligiousPreference""PatientSpeciesDescription"
-    "PatientSpeciesCodeSequence""PatientSexNeutered""AnatomicalOrientationType"
-    "PatientBreedDescription""PatientBreedCodeSequence""BreedRegistrationSequence"
-    "BreedRegistrationNumber""BreedRegistryCodeSequence""ResponsiblePerson""ResponsiblePersonRole"
-    "PatientComments""ExaminedBodyThickness""PatientStatus""ClinicalTrialSponsorName"
-    "ClinicalTrialProtocolID""ClinicalTrialProtocolName""ClinicalTrialSiteID""ClinicalTrialSiteName"
-    "ClinicalTrialSubjectID""ClinicalTrialSubjectReadingID""ClinicalTrialTimePointID"
-    "ClinicalTrialTimePointDescription""ClinicalTrialCoordinatingCenter""PatientIdentityRemoved"
-    "DeidentificationMethod""DeidentificationMethodCodeSequence""ClinicalTrialSeriesID"
-    "ClinicalTrialSeriesDescription""DistributionType""ConsentForDistributionFlag"
-    "AcquisitionGroupLength""ContrastBolusAgent""ContrastBolusAgentSequence"
-    "ContrastBolusAdministrationRoute""BodyPartExamined""ScanningSequence""SequenceVariant"
-    "ScanOptions""MRAcquisitionType""SequenceName""AngioFlag""InterventionDrugInformationSeq"
-    "InterventionDrugStopTime""InterventionDrugDose""InterventionDrugSequence"
-    "AdditionalDrugSequence""Radionuclide""Radiopharmaceutical""EnergyWindowCenterline"
-    "EnergyWindowTotalWidth""InterventionDrugName""InterventionDrugStartTime""InterventionSequence"
-    "TherapyType""InterventionStatus""TherapyDescription""InterventionDescription""CineRate"
-    "InitialCineRunState""SliceThickness""KVP""CountsAccumulated""AcquisitionTerminationCondition"
-    "EffectiveDuration""AcquisitionStartCondition""AcquisitionStartConditionData"
-    "AcquisitionEndConditionData""RepetitionTime""EchoTime""InversionTime""NumberOfAverages"
-    "ImagingFrequency""ImagedNucleus""EchoNumber""MagneticFieldStrength""SpacingBetweenSlices"
-    "NumberOfPhaseEncodingSteps""DataCollectionDiameter""EchoTrainLength""PercentSampling"
-    "PercentPhaseFieldOfView""PixelBandwidth""DeviceSerialNumber""DeviceUID""DeviceID""PlateID"
-    "GeneratorID""GridID""CassetteID""GantryID""SecondaryCaptureDeviceID""HardcopyCreationDeviceID"
-    "DateOfSecondaryCapture""TimeOfSecondaryCapture""SecondaryCaptureDeviceManufacturer"
-    "HardcopyDeviceManufacturer""SecondaryCaptureDeviceModelName"
-    "SecondaryCaptureDeviceSoftwareVers""HardcopyDeviceSoftwareVersion""HardcopyDeviceModelName"
-    "SoftwareVersion""VideoImageFormatAcquired""DigitalImageFormatAcquired""ProtocolName"
-    "ContrastBolusRoute""ContrastBolusVolume""ContrastBolusStartTime""ContrastBolusStopTime"
-    "ContrastBolusTotalDose""SyringeCounts""ContrastFlowRate""ContrastFlowDuration"
-    "ContrastBolusIngredient""ContrastBolusConcentration""SpatialResolution""TriggerTime"
-    "TriggerSourceOrType""NominalInterval""FrameTime""CardiacFramingType""FrameTimeVector"
-    "FrameDelay""ImageTriggerDelay""MultiplexGroupTimeOffset""TriggerTimeOffset"
-    "SynchronizationTrigger""SynchronizationChannel""TriggerSamplePosition"
-    "RadiopharmaceuticalRoute""RadiopharmaceuticalVolume""RadiopharmaceuticalStartTime"
-    "RadiopharmaceuticalStopTime""RadionuclideTotalDose""RadionuclideHalfLife"
-    "RadionuclidePositronFraction""RadiopharmaceuticalSpecActivity"
-    "RadiopharmaceuticalStartDateTime""RadiopharmaceuticalStopDateTime""BeatRejectionFlag"
-    "LowRRValue""HighRRValue""IntervalsAcquired""IntervalsRejected""PVCRejection""SkipBeats"
-    "HeartRate""CardiacNumberOfImages""TriggerWindow""ReconstructionDiameter"
-    "DistanceSourceToDetector""DistanceSourceToPatient""EstimatedRadiographicMagnification"
-    "GantryDetectorTilt""GantryDetectorSlew""TableHeight""TableTraverse""TableMotion"
-    "TableVerticalIncrement""TableLateralIncrement""TableLongitudinalIncrement""TableAngle"
-    "TableType""RotationDirection""AngularPosition""RadialPosition""ScanArc""AngularStep"
-    "CenterOfRotationOffset""RotationOffset""FieldOfViewShape""FieldOfViewDimensions""ExposureTime"
-    "XRayTubeCurrent""Exposure""ExposureInMicroAmpSec""AveragePulseWidth""RadiationSetting"
-    "RectificationType""RadiationMode""ImageAreaDoseProduct""FilterType""TypeOfFilters"
-    "IntensifierSize""ImagerPixelSpacing""Grid""GeneratorPower""CollimatorGridName""CollimatorType"
-    "FocalDistance""XFocusCenter""YFocusCenter""FocalSpots""AnodeTargetMaterial""BodyPartThickness"
-    "CompressionForce""DateOfLastCalibration""TimeOfLastCalibration""ConvolutionKernel"
-    "UpperLowerPixelValues""ActualFrameDuration""CountRate""PreferredPlaybackSequencing"
-    "ReceiveCoilName""TransmitCoilName""PlateType""PhosphorType""ScanVelocity""WholeBodyTechnique"
-    "ScanLength""AcquisitionMatrix""InPlanePhaseEncodingDirection""FlipAngle""VariableFlipAngleFlag"
-    "SAR""DB-Dt""AcquisitionDeviceProcessingDescr""AcquisitionDeviceProcessingCode"
-    "CassetteOrientation""CassetteSize""ExposuresOnPlate""RelativeXRayExposure""ColumnAngulation"
-    "TomoLayerHeight""TomoAngle""TomoTime""TomoType""TomoClass""NumberOfTomosynthesisSourceImages"
-    "PositionerMotion""PositionerType""PositionerPrimaryAngle""PositionerSecondaryAngle"
-    "PositionerPrimaryAngleIncrement""PositionerSecondaryAngleIncrement""DetectorPrimaryAngle"
-    "DetectorSecondaryAngle""ShutterShape""ShutterLeftVerticalEdge""ShutterRightVerticalEdge"
-    "ShutterUpperHorizontalEdge""ShutterLowerHorizontalEdge""CenterOfCircularShutter"
-    "RadiusOfCircularShutter""VerticesOfPolygonalShutter""ShutterPresentationValue"
-    "ShutterOverlayGroup""ShutterPresentationColorCIELabVal""CollimatorShape"
-    "CollimatorLeftVerticalEdge""CollimatorRightVerticalEdge""CollimatorUpperHorizontalEdge"
-    "CollimatorLowerHorizontalEdge""CenterOfCircularCollimator""RadiusOfCircularCollimator"
-    "VerticesOfPolygonalCollimator""AcquisitionTimeSynchronized""TimeSource"
-    "TimeDistributionProtocol""NTPSourceAddress""PageNumberVector""FrameLabelVector"
-    "FramePrimaryAngleVector""FrameSecondaryAngleVector""SliceLocationVector"
-    "DisplayWindowLabelVector""NominalScannedPixelSpacing""DigitizingDeviceTransportDirection"
-    "RotationOfScannedFilm""IVUSAcquisition""IVUSPullbackRate""IVUSGatedRate"
-    "IVUSPullbackStartFrameNumber""IVUSPullbackStopFrameNumber""LesionNumber""AcquisitionComments"
-    "OutputPower""TransducerData""FocusDepth""ProcessingFunction""PostprocessingFunction"
-    "MechanicalIndex""BoneThermalIndex""CranialThermalIndex""SoftTissueThermalIndex"
-    "SoftTissueFocusThermalIndex""SoftTissueSurfaceThermalIndex""DynamicRange""TotalGain"
-    "DepthOfScanField""PatientPosition""ViewPosition""ProjectionEponymousNameCodeSeq"
-    "ImageTransformationMatrix""ImageTranslationVector""Sensitivity""SequenceOfUltrasoundRegions"
-    "RegionSpatialFormat""RegionDataType""RegionFlags""RegionLocationMinX0""RegionLocationMinY0"
-    "RegionLocationMaxX1""RegionLocationMaxY1""ReferencePixelX0""ReferencePixelY0"
-    "PhysicalUnitsXDirection""PhysicalUnitsYDirection""ReferencePixelPhysicalValueX"
-    "ReferencePixelPhysicalValueY""PhysicalDeltaX""PhysicalDeltaY""TransducerFrequency"
-    "TransducerType""PulseRepetitionFrequency""DopplerCorrectionAngle""SteeringAngle"
-    "DopplerSampleVolumeXPosRetired""DopplerSampleVolumeXPosition""DopplerSampleVolumeYPosRetired"
-    "DopplerSampleVolumeYPosition""TMLinePositionX0Retired""TMLinePositionX0"
-    "TMLinePositionY0Retired""TMLinePositionY0""TMLinePositionX1Retired""TMLinePositionX1"
-    "TMLinePositionY1Retired""TMLinePositionY1""PixelComponentOrganization""PixelComponentMask"
-    "PixelComponentRangeStart""PixelComponentRangeStop""PixelComponentPhysicalUnits"
-    "PixelComponentDataType""NumberOfTableBreakPoints""TableOfXBreakPoints""TableOfYBreakPoints"
-    "NumberOfTableEntries""TableOfPixelValues""TableOfParameterValues""RWaveTimeVector"
-    "DetectorConditionsNominalFlag""DetectorTemperature""DetectorType""DetectorConfiguration"
-    "DetectorDescription""DetectorMode""DetectorID""DateOfLastDetectorCalibration"
-    "TimeOfLastDetectorCalibration""DetectorExposuresSinceCalibration"
-    "DetectorExposuresSinceManufactured""DetectorTimeSinceLastExposure""DetectorActiveTime"
-    "DetectorActiveOffsetFromExposure""DetectorBinning""DetectorElementPhysicalSize"
-    "DetectorElementSpacing""DetectorActiveShape""DetectorActiveDimensions""DetectorActiveOrigin"
-    "DetectorManufacturerName""DetectorManufacturersModelName""FieldOfViewOrigin"
-    "FieldOfViewRotation""FieldOfViewHorizontalFlip""GridAbsorbingMaterial""GridSpacingMaterial"
-    "GridThickness""GridPitch""GridAspectRatio""GridPeriod""GridFocalDistance""FilterMaterial"
-    "FilterThicknessMinimum""FilterThicknessMaximum""ExposureControlMode"
-    "ExposureControlModeDescription""ExposureStatus""PhototimerSetting""ExposureTimeInMicroSec"
-    "XRayTubeCurrentInMicroAmps""ContentQualification""PulseSequenceName""MRImagingModifierSequence"
-    "EchoPulseSequence""InversionRecovery""FlowCompensation""MultipleSpinEcho"
-    "MultiPlanarExcitation""PhaseContrast""TimeOfFlightContrast""Spoiling""SteadyStatePulseSequence"
-    "EchoPlanarPulseSequence""TagAngleFirstAxis""MagnetizationTransfer""T2Preparation"
-    "BloodSignalNulling""SaturationRecovery""SpectrallySelectedSuppression"
-    "SpectrallySelectedExcitation""SpatialPresaturation""Tagging""OversamplingPhase"
-    "TagSpacingFirstDimension""GeometryOfKSpaceTraversal""SegmentedKSpaceTraversal"
-    "RectilinearPhaseEncodeReordering""TagThickness""PartialFourierDirection"
-    "CardiacSynchronizationTechnique""ReceiveCoilManufacturerName""MRReceiveCoilSequence"
-    "ReceiveCoilType""QuadratureReceiveCoil""MultiCoilDefinitionSequence""MultiCoilConfiguration"
-    "MultiCoilElementName""MultiCoilElementUsed""MRTransmitCoilSequence"
-    "TransmitCoilManufacturerName""TransmitCoilType""SpectralWidth""ChemicalShiftReference"
-    "VolumeLocalizationTechnique""MRAcquisitionFrequencyEncodeSteps""Decoupling""DecoupledNucleus"
-    "DecouplingFrequency""DecouplingMethod""DecouplingChemicalShiftReference""KSpaceFiltering"
-    "TimeDomainFiltering""NumberOfZeroFills""BaselineCorrection""ParallelReductionFactorInPlane"
-    "CardiacRRIntervalSpecified""AcquisitionDuration""FrameAcquisitionDateTime"
-    "DiffusionDirectionality""DiffusionGradientDirectionSequence""ParallelAcquisition"
-    "ParallelAcquisitionTechnique""InversionTimes""MetaboliteMapDescription""PartialFourier"
-    "EffectiveEchoTime""MetaboliteMapCodeSequence""ChemicalShiftSequence""CardiacSignalSource"
-    "DiffusionBValue""DiffusionGradientOrientation""VelocityEncodingDirection"
-    "VelocityEncodingMinimumValue""NumberOfKSpaceTrajectories""CoverageOfKSpace"
-    "SpectroscopyAcquisitionPhaseRows""ParallelReductFactorInPlaneRetired""TransmitterFrequency"
-    "ResonantNucleus""FrequencyCorrection""MRSpectroscopyFOV-GeometrySequence""SlabThickness"
-    "SlabOrientation""MidSlabPosition""MRSpatialSaturationSequence""MRTimingAndRelatedParametersSeq"
-    "MREchoSequence""MRModifierSequence""MRDiffusionSequence""CardiacTriggerSequence"
-    "MRAveragesSequence""MRFOV-GeometrySequence""VolumeLocalizationSequence"
-    "SpectroscopyAcquisitionDataColumns""DiffusionAnisotropyType""FrameReferenceDateTime"
-    "MRMetaboliteMapSequence""ParallelReductionFactorOutOfPlane""SpectroscopyOutOfPlanePhaseSteps"
-    "BulkMotionStatus""ParallelReductionFactSecondInPlane""CardiacBeatRejectionTechnique"
-    "RespiratoryMotionCompTechnique""RespiratorySignalSource""BulkMotionCompensationTechnique"
-    "BulkMotionSignalSource""ApplicableSafetyStandardAgency""ApplicableSafetyStandardDescr"
-    "OperatingModeSequence""OperatingModeType""OperatingMode""SpecificAbsorptionRateDefinition"
-    "GradientOutputType""SpecificAbsorptionRateValue""GradientOutput""FlowCompensationDirection"
-    "TaggingDelay""RespiratoryMotionCompTechDescr""RespiratorySignalSourceID"
-    "ChemicalShiftsMinIntegrateLimitHz""ChemicalShiftsMaxIntegrateLimitHz"
-    "MRVelocityEncodingSequence""FirstOrderPhaseCorrection""WaterReferencedPhaseCorrection"
-    "MRSpectroscopyAcquisitionType""RespiratoryCyclePosition""VelocityEncodingMaximumValue"
-    "TagSpacingSecondDimension""TagAngleSecondAxis""FrameAcquisitionDuration"
-    "MRImageFrameTypeSequence""MRSpectroscopyFrameTypeSequence""MRAcqPhaseEncodingStepsInPlane"
-    "MRAcqPhaseEncodingStepsOutOfPlane""SpectroscopyAcqPhaseColumns""CardiacCyclePosition"
-    "SpecificAbsorptionRateSequence""RFEchoTrainLength""GradientEchoTrainLength"
-    "ChemicalShiftsMinIntegrateLimitPPM""ChemicalShiftsMaxIntegrateLimitPPM"
-    "CTAcquisitionTypeSequence""AcquisitionType""TubeAngle""CTAcquisitionDetailsSequence"
-    "RevolutionTime""SingleCollimationWidth""TotalCollimationWidth""CTTableDynamicsSequence"
-    "TableSpeed""TableFeedPerRotation""SpiralPitchFactor""CTGeometrySequence"
-    "DataCollectionCenterPatient""CTReconstructionSequence""ReconstructionAlgorithm"
-    "ConvolutionKernelGroup""ReconstructionFieldOfView""ReconstructionTargetCenterPatient"
-    "ReconstructionAngle""ImageFilter""CTExposureSequence""ReconstructionPixelSpacing"
-    "ExposureModulationType""EstimatedDoseSaving""CTXRayDetailsSequence""CTPositionSequence"
-    "TablePosition""ExposureTimeInMilliSec""CTImageFrameTypeSequence""XRayTubeCurrentInMilliAmps"
-    "ExposureInMilliAmpSec""ConstantVolumeFlag""FluoroscopyFlag""SourceToDataCollectionCenterDist"
-    "ContrastBolusAgentNumber""ContrastBolusIngredientCodeSeq""ContrastAdministrationProfileSeq"
-    "ContrastBolusUsageSequence""ContrastBolusAgentAdministered""ContrastBolusAgentDetected"
-    "ContrastBolusAgentPhase""CTDIvol""CTDIPhantomTypeCodeSequence""CalciumScoringMassFactorPatient"
-    "CalciumScoringMassFactorDevice""EnergyWeightingFactor""CTAdditionalXRaySourceSequence"
-    "ProjectionPixelCalibrationSequence""DistanceSourceToIsocenter""DistanceObjectToTableTop"
-    "ObjectPixelSpacingInCenterOfBeam""PositionerPositionSequence""TablePositionSequence"
-    "CollimatorShapeSequence""XA-XRFFrameCharacteristicsSequence""FrameAcquisitionSequence"
-    "XRayReceptorType""AcquisitionProtocolName""AcquisitionProtocolDescription"
-    "ContrastBolusIngredientOpaque""DistanceReceptorPlaneToDetHousing""IntensifierActiveShape"
-    "IntensifierActiveDimensions""PhysicalDetectorSize""PositionOfIsocenterProjection"
-    "FieldOfViewSequence""FieldOfViewDescription""ExposureControlSensingRegionsSeq"
-    "ExposureControlSensingRegionShape""ExposureControlSensRegionLeftEdge"
-    "ExposureControlSensRegionRightEdge""CenterOfCircExposControlSensRegion"
-    "RadiusOfCircExposControlSensRegion""ColumnAngulationPatient""BeamAngle"
-    "FrameDetectorParametersSequence""CalculatedAnatomyThickness""CalibrationSequence"
-    "ObjectThicknessSequence""PlaneIdentification""FieldOfViewDimensionsInFloat"
-    "IsocenterReferenceSystemSequence""PositionerIsocenterPrimaryAngle"
-    "PositionerIsocenterSecondaryAngle""PositionerIsocenterDetRotAngle""TableXPositionToIsocenter"
-    "TableYPositionToIsocenter""TableZPositionToIsocenter""TableHorizontalRotationAngle"
-    "TableHeadTiltAngle""TableCradleTiltAngle""FrameDisplayShutterSequence"
-    "AcquiredImageAreaDoseProduct""CArmPositionerTabletopRelationship""XRayGeometrySequence"
-    "IrradiationEventIDSequence""XRay3DFrameTypeSequence""ContributingSourcesSequence"
-    "XRay3DAcquisitionSequence""PrimaryPositionerScanArc""SecondaryPositionerScanArc"
-    "PrimaryPositionerScanStartAngle""SecondaryPositionerScanStartAngle""PrimaryPositionerIncrement"
-    "SecondaryPositionerIncrement""StartAcquisitionDateTime""EndAcquisitionDateTime"
-    "ApplicationName""ApplicationVersion""ApplicationManufacturer""AlgorithmType"
-    "AlgorithmDescription""XRay3DReconstructionSequence""ReconstructionDescription"
-    "PerProjectionAcquisitionSequence""DiffusionBMatrixSequence""DiffusionBValueXX"
-    "DiffusionBValueXY""DiffusionBValueXZ""DiffusionBValueYY""DiffusionBValueYZ""DiffusionBValueZZ"
-    "DecayCorrectionDateTime""StartDensityThreshold""TerminationTimeThreshold""DetectorGeometry"
-    "AxialDetectorDimension""PETPositionSequence""NumberOfIterations""NumberOfSubsets"
-    "PETFrameTypeSequence""ReconstructionType""DecayCorrected""AttenuationCorrected"
-    "ScatterCorrected""DeadTimeCorrected""GantryMotionCorrected""PatientMotionCorrected"
-    "RandomsCorrected""SensitivityCalibrated""DepthsOfFocus""ExclusionStartDatetime"
-    "ExclusionDuration""ImageDataTypeSequence""DataType""AliasedDataType"
-    "ContributingEquipmentSequence""ContributionDateTime""ContributionDescription"
-    "NumberOfCellsIInDetector""CellNumberAtTheta""CellSpacing""HorizFrameOfRef""SeriesContrast"
-    "LastPseq""StartNumberForBaseline""EndNumberForBaseline""StartNumberForEnhancedScans"
-    "EndNumberForEnhancedScans""SeriesPlane""FirstScanRas""FirstScanLocation""LastScanRas"
-    "LastScanLoc""DisplayFieldOfView""MidScanTime""MidScanFlag""DegreesOfAzimuth""GantryPeriod"
-    "XRayOnPosition""XRayOffPosition""NumberOfTriggers""AngleOfFirstView""TriggerFrequency"
-    "ScanFOVType""StatReconFlag""ComputeType""SegmentNumber""TotalSegmentsRequested""InterscanDelay"
-    "ViewCompressionFactor""TotalNoOfRefChannels""DataSizeForScanData""ReconPostProcflag"
-    "CTWaterNumber""CTBoneNumber""NumberOfChannels""IncrementBetweenChannels""StartingView"
-    "NumberOfViews""IncrementBetweenViews""DependantOnNoViewsProcessed""FieldOfViewInDetectorCells"
-    "ValueOfBackProjectionButton""SetIfFatqEstimatesWereUsed""ZChanAvgOverViews"
-    "AvgOfLeftRefChansOverViews""MaxLeftChanOverViews""AvgOfRightRefChansOverViews"
-    "MaxRightChanOverViews""SecondEcho""NumberOfEchoes""TableDelta""Contiguous""PeakSAR""MonitorSAR"
-    "CardiacRepetitionTime""ImagesPerCardiacCycle""ActualReceiveGainAnalog"
-    "ActualReceiveGainDigital""DelayAfterTrigger""Swappf""PauseInterval""PulseTime"
-    "SliceOffsetOnFreqAxis""CenterFrequency""TransmitGain""AnalogReceiverGain""DigitalReceiverGain"
-    "BitmapDefiningCVs""CenterFreqMethod""PulseSeqMode""PulseSeqName""PulseSeqDate"
-    "InternalPulseSeqName""TransmittingCoil""SurfaceCoilType""ExtremityCoilFlag""RawDataRunNumber"
-    "CalibratedFieldStrength""SATFatWaterBone""ReceiveBandwidth""UserData01""UserData02""UserData03"
-    "UserData04""UserData05""UserData06""UserData07""UserData08""UserData09""UserData10""UserData11"
-    "UserData12""UserData13""UserData14""UserData15""UserData16""UserData17""UserData18""UserData19"
-    "UserData20""UserData21""UserData22""UserData23""ProjectionAngle""SaturationPlanes"
-    "SurfaceCoilIntensity""SATLocationR""SATLocationL""SATLocationA""SATLocationP""SATLocationH"
-    "SATLocationF""SATThicknessR-L""SATThicknessA-P""SATThicknessH-F""PrescribedFlowAxis"
-    "VelocityEncoding""ThicknessDisclaimer""PrescanType""PrescanStatus""RawDataType"
-    "ProjectionAlgorithm""FractionalEcho""PrepPulse""CardiacPhases""VariableEchoflag"
-    "ConcatenatedSAT""ReferenceChannelUsed""BackProjectorCoefficient""PrimarySpeedCorrectionUsed"
-    "OverrangeCorrectionUsed""DynamicZAlphaValue""UserData""VelocityEncodeScale""FastPhases"
-    "TransmissionGain""RelationshipGroupLength""StudyInstanceUID""SeriesInstanceUID""StudyID"
-    "SeriesNumber""AcquisitionNumber""InstanceNumber""IsotopeNumber""PhaseNumber""IntervalNumber"
-    "TimeSlotNumber""AngleNumber""ItemNumber""PatientOrientation""OverlayNumber""CurveNumber"
-    "LookupTableNumber""ImagePosition""ImagePositionPatient""ImageOrientation"
-    "ImageOrientationPatient""Location""FrameOfReferenceUID""Laterality""ImageLaterality"
-    "ImageGeometryType""MaskingImage""TemporalPositionIdentifier""NumberOfTemporalPositions"
-    "TemporalResolution""SynchronizationFrameOfReferenceUID""SeriesInStudy""AcquisitionsInSeries"
-    "ImagesInAcquisition""ImagesInSeries""AcquisitionsInStudy""ImagesInStudy""Reference"
-    "PositionReferenceIndicator""SliceLocation""OtherStudyNumbers""NumberOfPatientRelatedStudies"
-    "NumberOfPatientRelatedSeries""NumberOfPatientRelatedInstances""NumberOfStudyRelatedSeries"
-    "NumberOfStudyRelatedInstances""NumberOfSeriesRelatedInstances""SourceImageIDs"
-    "ModifyingDeviceID""ModifiedImageID""ModifiedImageDate""ModifyingDeviceManufacturer"
-    "ModifiedImageTime""ModifiedImageDescription""ImageComments""OriginalImageIdentification"
-    "OriginalImageIdentNomenclature""StackID""InStackPositionNumber""FrameAnatomySequence"
-    "FrameLaterality""FrameContentSequence""PlanePositionSequence""PlaneOrientationSequence"
-    "TemporalPositionIndex""TriggerDelayTime""FrameAcquisitionNumber""DimensionIndexValues"
-    "FrameComments""ConcatenationUID""InConcatenationNumber""InConcatenationTotalNumber"
-    "DimensionOrganizationUID""DimensionIndexPointer""FunctionalGroupPointer"
-    "DimensionIndexPrivateCreator""DimensionOrganizationSequence""DimensionIndexSequence"
-    "ConcatenationFrameOffsetNumber""FunctionalGroupPrivateCreator""NominalPercentageOfCardiacPhase"
-    "NominalPercentOfRespiratoryPhase""StartingRespiratoryAmplitude""StartingRespiratoryPhase"
-    "EndingRespiratoryAmplitude""EndingRespiratoryPhase""RespiratoryTriggerType"
-    "RRIntervalTimeNominal""ActualCardiacTriggerDelayTime""RespiratorySynchronizationSequence"
-    "RespiratoryIntervalTime""NominalRespiratoryTriggerDelayTime""RespiratoryTriggerDelayThreshold"
-    "ActualRespiratoryTriggerDelayTime""ImagePositionVolume""ImageOrientationVolume""ApexPosition"
-    "DimensionDescriptionLabel""PatientOrientationInFrameSequence""FrameLabel""AcquisitionIndex"
-    "ContributingSOPInstancesRefSeq""ReconstructionIndex""SeriesFromWhichPrescribed"
-    "SeriesRecordChecksum""AcqreconRecordChecksum""TableStartLocation""ImageFromWhichPrescribed"
-    "ScreenFormat""AnatomicalReferenceForScout""LocationsInAcquisition""GraphicallyPrescribed"
-    "RotationFromSourceXRot""RotationFromSourceYRot""RotationFromSourceZRot""IntegerSlop""FloatSlop"
-    "AutoWindowLevelAlpha""AutoWindowLevelBeta""AutoWindowLevelWindow""ToWindowLevelLevel"
-    "TubeFocalSpotPosition""BiopsyPosition""BiopsyTLocation""BiopsyRefLocation"
-    "LightPathFilterPassThroughWavelen""LightPathFilterPassBand""ImagePathFilterPassThroughWavelen"
-    "ImagePathFilterPassBand""PatientEyeMovementCommanded""PatientEyeMovementCommandCodeSeq"
-    "SphericalLensPower""CylinderLensPower""CylinderAxis""EmmetropicMagnification"
-    "IntraOcularPressure""HorizontalFieldOfView""PupilDilated""DegreeOfDilation"
-    "StereoBaselineAngle""StereoBaselineDisplacement""StereoHorizontalPixelOffset"
-    "StereoVerticalPixelOffset""StereoRotation""AcquisitionDeviceTypeCodeSequence"
-    "IlluminationTypeCodeSequence""LightPathFilterTypeStackCodeSeq""ImagePathFilterTypeStackCodeSeq"
-    "LensesCodeSequence""ChannelDescriptionCodeSequence""RefractiveStateSequence"
-    "MydriaticAgentCodeSequence""RelativeImagePositionCodeSequence""StereoPairsSequence"
-    "LeftImageSequence""RightImageSequence""AxialLengthOfTheEye""OphthalmicFrameLocationSequence"
-    "ReferenceCoordinates""DepthSpatialResolution""MaximumDepthDistortion"
-    "AlongScanSpatialResolution""MaximumAlongScanDistortion""OphthalmicImageOrientation"
-    "DepthOfTransverseImage""MydriaticAgentConcUnitsSeq""AcrossScanSpatialResolution"
-    "MaximumAcrossScanDistortion""MydriaticAgentConcentration""IlluminationWaveLength"
-    "IlluminationPower""IlluminationBandwidth""MydriaticAgentSequence""NumberOfSeriesInStudy"
-    "NumberOfUnarchivedSeries""ReferenceImageField""SummaryImage""StartTimeSecsInFirstAxial"
-    "NoofUpdatesToHeader""IndicatesIfTheStudyHasCompleteInfo""LastPulseSequenceUsed"
-    "LandmarkCounter""NumberOfAcquisitions""IndicatesNoofUpdatesToHeader""SeriesCompleteFlag"
-    "NumberOfImagesArchived""LastImageNumberUsed""PrimaryReceiverSuiteAndHost""ImageArchiveFlag"
-    "ScoutType""VmaMamp""VmaPhase""VmaMod""VmaClip""SmartScanOnOffFlag""ForeignImageRevision"
-    "ImagingMode""PulseSequence""ImagingOptions""PlaneType""ObliquePlane""RASLetterOfImageLocation"
-    "ImageLocation""CenterRCoordOfPlaneImage""CenterACoordOfPlaneImage""CenterSCoordOfPlaneImage"
-    "NormalRCoord""NormalACoord""NormalSCoord""RCoordOfTopRightCorner""ACoordOfTopRightCorner"
-    "SCoordOfTopRightCorner""RCoordOfBottomRightCorner""ACoordOfBottomRightCorner"
-    "SCoordOfBottomRightCorner""TableEndLocation""RASLetterForSideOfImage"
-    "RASLetterForAnteriorPosterior""RASLetterForScoutStartLoc""RASLetterForScoutEndLoc"
-    "ImageDimensionX""ImageDimensionY""NumberOfExcitations""ImagePresentationGroupLength"
-    "SamplesPerPixel""SamplesPerPixelUsed""PhotometricInterpretation""ImageDimensions"
-    "PlanarConfiguration""NumberOfFrames""FrameIncrementPointer""FrameDimensionPointer""Rows"
-    "Columns""Planes""UltrasoundColorDataPresent""PixelSpacing""ZoomFactor""ZoomCenter"
-    "PixelAspectRatio""ImageFormat""ManipulatedImage""CorrectedImage""CompressionRecognitionCode"
-    "CompressionCode""CompressionOriginator""CompressionLabel""CompressionDescription"
-    "CompressionSequence""CompressionStepPointers""RepeatInterval""BitsGrouped""PerimeterTable"
-    "PerimeterValue""PredictorRows""PredictorColumns""PredictorConstants""BlockedPixels""BlockRows"
-    "BlockColumns""RowOverlap""ColumnOverlap""BitsAllocated""BitsStored""HighBit"
-    "PixelRepresentation""SmallestValidPixelValue""LargestValidPixelValue""SmallestImagePixelValue"
-    "LargestImagePixelValue""SmallestPixelValueInSeries""LargestPixelValueInSeries"
-    "SmallestImagePixelValueInPlane""LargestImagePixelValueInPlane""PixelPaddingValue"
-    "PixelPaddingRangeLimit""QualityControlImage""BurnedInAnnotation""TransformLabel"
-    "TransformVersionNumber""NumberOfTransformSteps""SequenceOfCompressedData"
-    "DetailsOfCoefficients""CoefficientCoding""CoefficientCodingPointers""DCTLabel"
-    "DataBlockDescription""DataBlock""NormalizationFactorFormat""ZonalMapNumberFormat"
-    "ZonalMapLocation""ZonalMapFormat""AdaptiveMapFormat""CodeNumberFormat""CodeLabel"
-    "NumberOfTables""CodeTableLocation""BitsForCodeWord""ImageDataLocation"
-    "PixelSpacingCalibrationType""PixelSpacingCalibrationDescription""PixelIntensityRelationship"
-    "PixelIntensityRelationshipSign""WindowCenter""WindowWidth""RescaleIntercept""RescaleSlope"
-    "RescaleType""WindowCenterAndWidthExplanation""VOI_LUTFunction""GrayScale"
-    "RecommendedViewingMode""GrayLookupTableDescriptor""RedPaletteColorTableDescriptor"
-    "GreenPaletteColorTableDescriptor""BluePaletteColorTableDescriptor"
-    "LargeRedPaletteColorTableDescr""LargeGreenPaletteColorTableDescr"
-    "LargeBluePaletteColorTableDescr""PaletteColorTableUID""GrayLookupTableData"
-    "RedPaletteColorTableData""GreenPaletteColorTableData""BluePaletteColorTableData"
-    "LargeRedPaletteColorTableData""LargeGreenPaletteColorTableData""LargeBluePaletteColorTableData"
-    "LargePaletteColorLookupTableUID""SegmentedRedColorTableData""SegmentedGreenColorTableData"
-    "SegmentedBlueColorTableData""BreastImplantPresent""PartialView""PartialViewDescription"
-    "PartialViewCodeSequence""SpatialLocationsPreserved""DataPathAssignment""BlendingLUT1Sequence"
-    "BlendingWeightConstant""BlendingLookupTableData""BlendingLUT2Sequence""DataPathID"
-    "RGBLUTTransferFunction""AlphaLUTTransferFunction""ICCProfile""LossyImageCompressionRatio"
-    "LossyImageCompressionMethod""ModalityLUTSequence""LUTDescriptor""LUTExplanation"
-    "ModalityLUTType""LUTData""VOILUTSequence""SoftcopyVOILUTSequence""ImagePresentationComments"
-    "BiPlaneAcquisitionSequence""RepresentativeFrameNumber""FrameNumbersOfInterest"
-    "FrameOfInterestDescription""FrameOfInterestType""MaskPointers""RWavePointer"
-    "MaskSubtractionSequence""MaskOperation""ApplicableFrameRange""MaskFrameNumbers"
-    "ContrastFrameAveraging""MaskSubPixelShift""TIDOffset""MaskOperationExplanation"
-    "PixelDataProviderURL""DataPointRows""DataPointColumns""SignalDomainColumns"
-    "LargestMonochromePixelValue""DataRepresentation""PixelMeasuresSequence""FrameVOILUTSequence"
-    "PixelValueTransformationSequence""SignalDomainRows""DisplayFilterPercentage"
-    "FramePixelShiftSequence""SubtractionItemID""PixelIntensityRelationshipLUTSeq"
-    "FramePixelDataPropertiesSequence""GeometricalProperties""GeometricMaximumDistortion"
-    "ImageProcessingApplied""MaskSelectionMode""LUTFunction""MaskVisibilityPercentage"
-    "PixelShiftSequence""RegionPixelShiftSequence""VerticesOfTheRegion""PixelShiftFrameRange"
-    "LUTFrameRange""ImageToEquipmentMappingMatrix""EquipmentCoordinateSystemID"
-    "LowerRangeOfPixels1a""LowerRangeOfPixels1b""LowerRangeOfPixels1c""LowerRangeOfPixels1d"
-    "LowerRangeOfPixels1e""LowerRangeOfPixels1f""LowerRangeOfPixels1g""LowerRangeOfPixels1h"
-    "LowerRangeOfPixels1i""LowerRangeOfPixels2""UpperRangeOfPixels2""LenOfTotHdrInBytes"
-    "VersionOfTheHdrStruct""AdvantageCompOverflow""AdvantageCompUnderflow""StudyGroupLength"
-    "StudyStatusID""StudyPriorityID""StudyIDIssuer""StudyVerifiedDate""StudyVerifiedTime"
-    "StudyReadDate""StudyReadTime""ScheduledStudyStartDate""ScheduledStudyStartTime"
-    "ScheduledStudyStopDate""ScheduledStudyStopTime""ScheduledStudyLocation"
-    "ScheduledStudyLocationAETitle""ReasonForStudy""RequestingPhysicianIDSequence"
-    "RequestingPhysician""RequestingService""StudyArrivalDate""StudyArrivalTime"
-    "StudyCompletionDate""StudyCompletionTime""StudyComponentStatusID"
-    "RequestedProcedureDescription""RequestedProcedureCodeSequence""RequestedContrastAgent"
-    "StudyComments""ReferencedPatientAliasSequence""VisitStatusID""AdmissionID""IssuerOfAdmissionID"
-    "RouteOfAdmissions""ScheduledAdmissionDate""ScheduledAdmissionTime""ScheduledDischargeDate"
-    "ScheduledDischargeTime""ScheduledPatientInstitResidence""AdmittingDate""AdmittingTime"
-    "DischargeDate""DischargeTime""DischargeDiagnosisDescription""DischargeDiagnosisCodeSequence"
-    "SpecialNeeds""ServiceEpisodeID""IssuerOfServiceEpisodeID""ServiceEpisodeDescription"
-    "PertinentDocumentsSequence""CurrentPatientLocation""PatientInstitutionResidence""PatientState"
-    "PatientClinicalTrialParticipSeq""VisitComments""WaveformOriginality""NumberOfWaveformChannels"
-    "NumberOfWaveformSamples""SamplingFrequency""MultiplexGroupLabel""ChannelDefinitionSequence"
-    "WaveformChannelNumber""ChannelLabel""ChannelStatus""ChannelSourceSequence"
-    "ChannelSourceModifiersSequence""SourceWaveformSequence""ChannelDerivationDescription"
-    "ChannelSensitivity""ChannelSensitivityUnitsSequence""ChannelSensitivityCorrectionFactor"
-    "ChannelBaseline""ChannelTimeSkew""ChannelSampleSkew""ChannelOffset""WaveformBitsStored"
-    "FilterLowFrequency""FilterHighFrequency""NotchFilterFrequency""NotchFilterBandwidth"
-    "WaveformDataDisplayScale""WaveformDisplayBkgCIELabValue""WaveformPresentationGroupSequence"
-    "PresentationGroupNumber""ChannelDisplaySequence""ChannelRecommendDisplayCIELabValue"
-    "ChannelPosition""DisplayShadingFlag""FractionalChannelDisplayScale"
-    "AbsoluteChannelDisplayScale""MultiplexAudioChannelsDescrCodeSeq""ChannelIdentificationCode"
-    "ChannelMode""ScheduledStationAETitle""ScheduledProcedureStepStartDate"
-    "ScheduledProcedureStepStartTime""ScheduledProcedureStepEndDate""ScheduledProcedureStepEndTime"
-    "ScheduledPerformingPhysiciansName""ScheduledProcedureStepDescription"
-    "ScheduledProtocolCodeSequence""ScheduledProcedureStepID""StageCodeSequence"
-    "ScheduledPerformingPhysicianIDSeq""ScheduledStationName""ScheduledProcedureStepLocation"
-    "PreMedication""ScheduledProcedureStepStatus""LocalNamespaceEntityID""UniversalEntityID"
-    "UniversalEntityIDType""IdentifierTypeCode""AssigningFacilitySequence"
-    "ScheduledProcedureStepSequence""ReferencedNonImageCompositeSOPSeq""PerformedStationAETitle"
-    "PerformedStationName""PerformedLocation""PerformedProcedureStepStartDate"
-    "PerformedProcedureStepStartTime""PerformedProcedureStepEndDate""PerformedProcedureStepEndTime"
-    "PerformedProcedureStepStatus""PerformedProcedureStepID""PerformedProcedureStepDescription"
-    "PerformedProcedureTypeDescription""PerformedProtocolCodeSequence""PerformedProtocolType"
-    "ScheduledStepAttributesSequence""RequestAttributesSequence""CommentsOnPerformedProcedureStep"
-    "ProcStepDiscontinueReasonCodeSeq""QuantitySequence""Quantity""MeasuringUnitsSequence"
-    "BillingItemSequence""TotalTimeOfFluoroscopy""TotalNumberOfExposures""EntranceDose""ExposedArea"
-    "DistanceSourceToEntrance""DistanceSourceToSupport""ExposureDoseSequence"
-    "CommentsOnRadiationDose""XRayOutput""HalfValueLayer""OrganDose""OrganExposed"
-    "BillingProcedureStepSequence""FilmConsumptionSequence""BillingSuppliesAndDevicesSequence"
-    "PerformedSeriesSequence""CommentsOnScheduledProcedureStep""ProtocolContextSequence"
-    "ContentItemModifierSequence""SpecimenAccessionNumber""ContainerIdentifier"
-    "ContainerDescription""SpecimenSequence""SpecimenIdentifier""SpecimenDescriptionSequenceTrial"
-    "SpecimenDescriptionTrial""SpecimenUID""AcquisitionContextSequence"
-    "AcquisitionContextDescription""SpecimenTypeCodeSequence""SpecimenShortDescription"
-    "SlideIdentifier""ImageCenterPointCoordinatesSeq""XOffsetInSlideCoordinateSystem"
-    "YOffsetInSlideCoordinateSystem""ZOffsetInSlideCoordinateSystem""PixelSpacingSequence"
-    "CoordinateSystemAxisCodeSequence""MeasurementUnitsCodeSequence""VitalStainCodeSequenceTrial"
-    "RequestedProcedureID""ReasonForRequestedProcedure""RequestedProcedurePriority"
-    "PatientTransportArrangements""RequestedProcedureLocation""PlacerOrderNumber-Procedure"
-    "FillerOrderNumber-Procedure""ConfidentialityCode""ReportingPriority"
-    "ReasonForRequestedProcedureCodeSeq""NamesOfIntendedRecipientsOfResults"
-    "IntendedRecipientsOfResultsIDSeq""PersonIdentificationCodeSequence""PersonAddress"
-    "PersonTelephoneNumbers""RequestedProcedureComments""ReasonForImagingServiceRequest"
-    "IssueDateOfImagingServiceRequest""IssueTimeOfImagingServiceRequest"
-    "PlacerOrderNum-ImagingServiceReq""FillerOrderNum-ImagingServiceReq""OrderEnteredBy"
-    "OrderEntererLocation""OrderCallbackPhoneNumber""ImagingServiceRequestComments"
-    "ConfidentialityOnPatientDataDescr""GenPurposeScheduledProcStepStatus"
-    "GenPurposePerformedProcStepStatus""GenPurposeSchedProcStepPriority"
-    "SchedProcessingApplicationsCodeSeq""SchedProcedureStepStartDateAndTime""MultipleCopiesFlag"
-    "PerformedProcessingAppsCodeSeq""HumanPerformerCodeSequence""SchedProcStepModificationDateTime"
-    "ExpectedCompletionDateAndTime""ResultingGenPurposePerfProcStepSeq"
-    "RefGenPurposeSchedProcStepSeq""ScheduledWorkitemCodeSequence""PerformedWorkitemCodeSequence"
-    "InputAvailabilityFlag""InputInformationSequence""RelevantInformationSequence"
-    "RefGenPurSchedProcStepTransUID""ScheduledStationNameCodeSequence"
-    "ScheduledStationClassCodeSequence""SchedStationGeographicLocCodeSeq"
-    "PerformedStationNameCodeSequence""PerformedStationClassCodeSequence"
-    "PerformedStationGeogLocCodeSeq""RequestedSubsequentWorkItemCodeSeq""NonDICOMOutputCodeSequence"
-    "OutputInformationSequence""ScheduledHumanPerformersSequence""ActualHumanPerformersSequence"
-    "HumanPerformersOrganization""HumanPerformerName""RawDataHandling""EntranceDoseInMilliGy"
-    "RefImageRealWorldValueMappingSeq""RealWorldValueMappingSequence""PixelValueMappingCodeSequence"
-    "LUTLabel""RealWorldValueLastValueMapped""RealWorldValueLUTData""RealWorldValueFirstValueMapped"
-    "RealWorldValueIntercept""RealWorldValueSlope""RelationshipType""VerifyingOrganization"
-    "VerificationDateTime""ObservationDateTime""ValueType""ConceptNameCodeSequence"
-    "ContinuityOfContent""VerifyingObserverSequence""VerifyingObserverName""AuthorObserverSequence"
-    "ParticipantSequence""CustodialOrganizationSequence""ParticipationType""ParticipationDateTime"
-    "ObserverType""VerifyingObserverIdentCodeSequence""EquivalentCDADocumentSequence"
-    "ReferencedWaveformChannels""DateTime""Date""Time""PersonName""UID""TemporalRangeType"
-    "ReferencedSamplePositions""ReferencedFrameNumbers""ReferencedTimeOffsets""ReferencedDateTime"
-    "TextValue""ConceptCodeSequence""PurposeOfReferenceCodeSequence""AnnotationGroupNumber"
-    "ModifierCodeSequence""MeasuredValueSequence""NumericValueQualifierCodeSequence""NumericValue"
-    "AddressTrial""TelephoneNumberTrial""PredecessorDocumentsSequence""ReferencedRequestSequence"
-    "PerformedProcedureCodeSequence""CurrentRequestedProcEvidenceSeq"
-    "PertinentOtherEvidenceSequence""HL7StructuredDocumentRefSeq""CompletionFlag"
-    "CompletionFlagDescription""VerificationFlag""ArchiveRequested""PreliminaryFlag"
-    "ContentTemplateSequence""IdenticalDocumentsSequence""ContentSequence""AnnotationSequence"
-    "TemplateIdentifier""TemplateVersion""TemplateLocalVersion""TemplateExtensionFlag"
-    "TemplateExtensionOrganizationUID""TemplateExtensionCreatorUID""ReferencedContentItemIdentifier"
-    "HL7InstanceIdentifier""HL7DocumentEffectiveTime""HL7DocumentTypeCodeSequence""RetrieveURI"
-    "RetrieveLocationUID""DocumentTitle""EncapsulatedDocument""MIMETypeOfEncapsulatedDocument"
-    "SourceInstanceSequence""ListOfMIMETypes""BitmapOfPrescanOptions""GradientOffsetInX"
-    "GradientOffsetInY""GradientOffsetInZ""ImgIsOriginalOrUnoriginal""NumberOfEPIShots"
-    "ViewsPerSegment""RespiratoryRateBpm""RespiratoryTriggerPoint""TypeOfReceiverUsed"
-    "PeakRateOfChangeOfGradientField""LimitsInUnitsOfPercent""PSDEstimatedLimit"
-    "PSDEstimatedLimitInTeslaPerSecond""Saravghead""WindowValue""TotalInputViews""X-RayChain"
-    "DeconKernelParameters""CalibrationParameters""TotalOutputViews""NumberOfOverranges"
-    "IBHImageScaleFactors""BBHCoefficients""NumberOfBBHChainsToBlend""StartingChannelNumber"
-    "PpscanParameters""GEImageIntegrity""LevelValue""DeltaStartTime""MaxOverrangesInAView"
-    "AvgOverrangesAllViews""CorrectedAfterGlowTerms""ReferenceChannels""NoViewsRefChansBlocked"
-    "ScanPitchRatio""UniqueImageIden""HistogramTables""UserDefinedData""PrivateScanOptions"
-    "EffectiveEchoSpacing""StringSlopField1""StringSlopField2""RACordOfTargetReconCenter"
-    "NegScanspacing""OffsetFrequency""UserUsageTag""UserFillMapMSW""UserFillMapLSW""User25-48"
-    "SlopInt6-9""TriggerOnPosition""DegreeOfRotation""DASTriggerSource""DASFpaGain""DASOutputSource"
-    "DASAdInput""DASCalMode""DASCalFrequency""DASRegXm""DASAutoZero""StartingChannelOfView"
-    "DASXmPattern""TGGCTriggerMode""StartScanToXrayOnDelay""DurationOfXrayOn""SlopInt10-17"
-    "ScannerStudyEntityUID""ScannerStudyID""ScannerTableEntry""ProductPackageIdentifier"
-    "SubstanceAdministrationApproval""ApprovalStatusFurtherDescription""ApprovalStatusDateTime"
-    "ProductTypeCodeSequence""ProductName""ProductDescription""ProductLotIdentifier"
-    "ProductExpirationDateTime""SubstanceAdministrationDateTime""SubstanceAdministrationNotes"
-    "SubstanceAdministrationDeviceID""ProductParameterSequence""SubstanceAdminParameterSeq"
-    "NumberOfMacroRowsInDetector""MacroWidthAtISOCenter""DASType""DASGain""DASTemperature"
-    "TableDirectionInOrOut""ZSmoothingFactor""ViewWeightingMode""SigmaRowNumberWhichRowsWereUsed"
-    "MinimumDasValueFoundInTheScanData""MaximumOffsetShiftValueUsed""NumberOfViewsShifted"
-    "ZTrackingFlag""MeanZError""ZTrackingMaximumError""StartingViewForRow2a""NumberOfViewsInRow2a"
-    "StartingViewForRow1a""SigmaMode""NumberOfViewsInRow1a""StartingViewForRow2b"
-    "NumberOfViewsInRow2b""StartingViewForRow1b""NumberOfViewsInRow1b""AirFilterCalibrationDate"
-    "AirFilterCalibrationTime""PhantomCalibrationDate""PhantomCalibrationTime"
-    "ZSlopeCalibrationDate""ZSlopeCalibrationTime""CrosstalkCalibrationDate"
-    "CrosstalkCalibrationTime""IterboneOptionFlag""PeristalticFlagOption""LensDescription"
-    "RightLensSequence""LeftLensSequence""CylinderSequence""PrismSequence""HorizontalPrismPower"
-    "HorizontalPrismBase""VerticalPrismPower""VerticalPrismBase""LensSegmentType"
-    "OpticalTransmittance""ChannelWidth""PupilSize""CornealSize""DistancePupillaryDistance"
-    "NearPupillaryDistance""OtherPupillaryDistance""RadiusOfCurvature""KeratometricPower"
-    "KeratometricAxis""BackgroundColor""Optotype""OptotypePresentation""AddNearSequence"
-    "AddIntermediateSequence""AddOtherSequence""AddPower""ViewingDistance""ViewingDistanceType"
-    "VisualAcuityModifiers""DecimalVisualAcuity""OptotypeDetailedDefinition""SpherePower"
-    "CylinderPower""CalibrationImage""DeviceSequence""DeviceLength""ContainerComponentWidth"
-    "DeviceDiameter""DeviceDiameterUnits""DeviceVolume""InterMarkerDistance""ContainerComponentID"
-    "DeviceDescription""EnergyWindowVector""NumberOfEnergyWindows""EnergyWindowInformationSequence"
-    "EnergyWindowRangeSequence""EnergyWindowLowerLimit""EnergyWindowUpperLimit"
-    "RadiopharmaceuticalInformationSeq""ResidualSyringeCounts""EnergyWindowName""DetectorVector"
-    "NumberOfDetectors""DetectorInformationSequence""PhaseVector""NumberOfPhases"
-    "PhaseInformationSequence""NumberOfFramesInPhase""PhaseDelay""PauseBetweenFrames"
-    "PhaseDescription""RotationVector""NumberOfRotations""RotationInformationSequence"
-    "NumberOfFramesInRotation""RRIntervalVector""NumberOfRRIntervals""GatedInformationSequence"
-    "DataInformationSequence""TimeSlotVector""NumberOfTimeSlots""TimeSlotInformationSequence"
-    "TimeSlotTime""SliceVector""NumberOfSlices""AngularViewVector""TimeSliceVector"
-    "NumberOfTimeSlices""StartAngle""TypeOfDetectorMotion""TriggerVector""NumberOfTriggersInPhase"
-    "ViewCodeSequence""ViewModifierCodeSequence""RadionuclideCodeSequence"
-    "AdministrationRouteCodeSequence""RadiopharmaceuticalCodeSequence""CalibrationDataSequence"
-    "EnergyWindowNumber""ImageID""PatientOrientationCodeSequence""PatientOrientationModifierCodeSeq"
-    "PatientGantryRelationshipCodeSeq""SliceProgressionDirection""SeriesType""Units""CountsSource"
-    "ReprojectionMethod""RandomsCorrectionMethod""AttenuationCorrectionMethod""DecayCorrection"
-    "ReconstructionMethod""DetectorLinesOfResponseUsed""ScatterCorrectionMethod""AxialAcceptance"
-    "AxialMash""TransverseMash""DetectorElementSize""CoincidenceWindowWidth""SecondaryCountsType"
-    "FrameReferenceTime""PrimaryCountsAccumulated""SecondaryCountsAccumulated"
-    "SliceSensitivityFactor""DecayFactor""DoseCalibrationFactor""ScatterFractionFactor"
-    "DeadTimeFactor""ImageIndex""CountsIncluded""DeadTimeCorrectionFlag""HistogramSequence"
-    "HistogramNumberOfBins""HistogramFirstBinValue""HistogramLastBinValue""HistogramBinWidth"
-    "HistogramExplanation""HistogramData""SegmentationType""SegmentSequence"
-    "SegmentedPropertyCategoryCodeSeq""SegmentLabel""SegmentDescription""SegmentAlgorithmType"
-    "SegmentAlgorithmName""SegmentIdentificationSequence""ReferencedSegmentNumber"
-    "RecommendedDisplayGrayscaleValue""RecommendedDisplayCIELabValue""MaximumFractionalValue"
-    "SegmentedPropertyTypeCodeSequence""SegmentationFractionalType""DeformableRegistrationSequence"
-    "SourceFrameOfReferenceUID""DeformableRegistrationGridSequence""GridDimensions""GridResolution"
-    "VectorGridData""PreDeformationMatrixRegistSeq""PostDeformationMatrixRegistSeq"
-    "NumberOfSurfaces""SurfaceSequence""SurfaceNumber""SurfaceComments""SurfaceProcessing"
-    "SurfaceProcessingRatio""FiniteVolume""Manifold""SurfacePointsSequence""NumberOfSurfacePoints"
-    "PointCoordinatesData""PointPositionAccuracy""MeanPointDistance""MaximumPointDistance"
-    "AxisOfRotation""CenterOfRotation""NumberOfVectors""VectorDimensionality""VectorAccuracy"
-    "VectorCoordinateData""TrianglePointIndexList""EdgePointIndexList""VertexPointIndexList"
-    "TriangleStripSequence""TriangleFanSequence""LineSequence""PrimitivePointIndexList"
-    "SurfaceCount""AlgorithmFamilyCodeSequ""AlgorithmVersion""AlgorithmParameters""FacetSequence"
-    "AlgorithmName""GraphicAnnotationSequence""GraphicLayer""BoundingBoxAnnotationUnits"
-    "AnchorPointAnnotationUnits""GraphicAnnotationUnits""UnformattedTextValue""TextObjectSequence"
-    "GraphicObjectSequence""BoundingBoxTopLeftHandCorner""BoundingBoxBottomRightHandCorner"
-    "BoundingBoxTextHorizJustification""AnchorPoint""AnchorPointVisibility""GraphicDimensions"
-    "NumberOfGraphicPoints""GraphicData""GraphicType""GraphicFilled""ImageRotationRetired"
-    "ImageHorizontalFlip""ImageRotation""DisplayedAreaTopLeftTrial""DisplayedAreaBottomRightTrial"
-    "DisplayedAreaTopLeft""DisplayedAreaBottomRight""DisplayedAreaSelectionSequence"
-    "GraphicLayerSequence""GraphicLayerOrder""GraphicLayerRecDisplayGraysclValue"
-    "GraphicLayerRecDisplayRGBValue""GraphicLayerDescription""ContentLabel""ContentDescription"
-    "PresentationCreationDate""PresentationCreationTime""ContentCreatorName"
-    "ContentCreatorIDCodeSequence""PresentationSizeMode""PresentationPixelSpacing"
-    "PresentationPixelAspectRatio""PresentationPixelMagRatio""ShapeType""RegistrationSequence"
-    "MatrixRegistrationSequence""MatrixSequence""FrameOfRefTransformationMatrixType"
-    "RegistrationTypeCodeSequence""FiducialDescription""FiducialIdentifier"
-    "FiducialIdentifierCodeSequence""ContourUncertaintyRadius""UsedFiducialsSequence"
-    "GraphicCoordinatesDataSequence""FiducialUID""FiducialSetSequence""FiducialSequence"
-    "GraphicLayerRecomDisplayCIELabVal""BlendingSequence""RelativeOpacity"
-    "ReferencedSpatialRegistrationSeq""BlendingPosition""HangingProtocolName"
-    "HangingProtocolDescription""HangingProtocolLevel""HangingProtocolCreator"
-    "HangingProtocolCreationDateTime""HangingProtocolDefinitionSequence"
-    "HangingProtocolUserIDCodeSequence""HangingProtocolUserGroupName""SourceHangingProtocolSequence"
-    "NumberOfPriorsReferenced""ImageSetsSequence""ImageSetSelectorSequence"
-    "ImageSetSelectorUsageFlag""SelectorAttribute""SelectorValueNumber""TimeBasedImageSetsSequence"
-    "ImageSetNumber""ImageSetSelectorCategory""RelativeTime""RelativeTimeUnits""AbstractPriorValue"
-    "AbstractPriorCodeSequence""ImageSetLabel""SelectorAttributeVR""SelectorSequencePointer"
-    "SelectorSeqPointerPrivateCreator""SelectorAttributePrivateCreator""SelectorATValue"
-    "SelectorCSValue""SelectorISValue""SelectorLOValue""SelectorLTValue""SelectorPNValue"
-    "SelectorSHValue""SelectorSTValue""SelectorUTValue""SelectorDSValue""SelectorFDValue"
-    "SelectorFLValue""SelectorULValue""SelectorUSValue""SelectorSLValue""SelectorSSValue"
-    "SelectorCodeSequenceValue""NumberOfScreens""NominalScreenDefinitionSequence"
-    "NumberOfVerticalPixels""NumberOfHorizontalPixels""DisplayEnvironmentSpatialPosition"
-    "ScreenMinimumGrayscaleBitDepth""ScreenMinimumColorBitDepth""ApplicationMaximumRepaintTime"
-    "DisplaySetsSequence""DisplaySetNumber""DisplaySetLabel""DisplaySetPresentationGroup"
-    "DisplaySetPresentationGroupDescr""PartialDataDisplayHandling""SynchronizedScrollingSequence"
-    "DisplaySetScrollingGroup""NavigationIndicatorSequence""NavigationDisplaySet"
-    "ReferenceDisplaySets""ImageBoxesSequence""ImageBoxNumber""ImageBoxLayoutType"
-    "ImageBoxTileHorizontalDimension""ImageBoxTileVerticalDimension""ImageBoxScrollDirection"
-    "ImageBoxSmallScrollType""ImageBoxSmallScrollAmount""ImageBoxLargeScrollType"
-    "ImageBoxLargeScrollAmount""ImageBoxOverlapPriority""CineRelativeToRealTime"
-    "FilterOperationsSequence""FilterByCategory""FilterByAttributePresence""FilterByOperator"
-    "SynchronizedImageBoxList""TypeOfSynchronization""BlendingOperationType"
-    "ReformattingOperationType""ReformattingThickness""ReformattingInterval"
-    "ReformattingOpInitialViewDir""RenderingType3D""SortingOperationsSequence""SortByCategory"
-    "SortingDirection""DisplaySetPatientOrientation""VOIType""PseudoColorType"
-    "ShowGrayscaleInverted""ShowImageTrueSizeFlag""ShowGraphicAnnotationFlag"
-    "ShowPatientDemographicsFlag""ShowAcquisitionTechniquesFlag""DisplaySetHorizontalJustification"
-    "DisplaySetVerticalJustification""UnifiedProcedureStepState""UPSProgressInformationSequence"
-    "UnifiedProcedureStepProgress""UnifiedProcedureStepProgressDescr""UnifiedProcedureStepComURISeq"
-    "ContactURI""ContactDisplayName""BeamTaskSequence""BeamTaskType""BeamOrderIndex"
-    "DeliveryVerificationImageSequence""VerificationImageTiming""DoubleExposureFlag"
-    "DoubleExposureOrdering""DoubleExposureMeterset""DoubleExposureFieldDelta"
-    "RelatedReferenceRTImageSequence""GeneralMachineVerificationSequence"
-    "ConventionalMachineVerificationSeq""IonMachineVerificationSequence""FailedAttributesSequence"
-    "OverriddenAttributesSequence""ConventionalControlPointVerifySeq"
-    "IonControlPointVerificationSeq""AttributeOccurrenceSequence""AttributeOccurrencePointer"
-    "AttributeItemSelector""AttributeOccurrencePrivateCreator""ScheduledProcedureStepPriority"
-    "WorklistLabel""ProcedureStepLabel""ScheduledProcessingParametersSeq"
-    "PerformedProcessingParametersSeq""UPSPerformedProcedureSequence""RelatedProcedureStepSequence"
-    "ProcedureStepRelationshipType""DeletionLock""ReceivingAE""RequestingAE""ReasonForCancellation"
-    "SCPStatus""SubscriptionListStatus""UPSListStatus""StorageMediaFileSetID"
-    "StorageMediaFileSetUID""IconImageSequence""TopicTitle""TopicSubject""TopicAuthor"
-    "TopicKeywords""SOPInstanceStatus""SOPAuthorizationDateAndTime""SOPAuthorizationComment"
-    "AuthorizationEquipmentCertNumber""MACIDNumber""MACCalculationTransferSyntaxUID""MACAlgorithm"
-    "DataElementsSigned""DigitalSignatureUID""DigitalSignatureDateTime""CertificateType"
-    "CertificateOfSigner""Signature""CertifiedTimestampType""CertifiedTimestamp"
-    "DigitalSignaturePurposeCodeSeq""ReferencedDigitalSignatureSeq""ReferencedSOPInstanceMACSeq"
-    "MAC""EncryptedAttributesSequence""EncryptedContentTransferSyntaxUID""EncryptedContent"
-    "ModifiedAttributesSequence""OriginalAttributesSequence""AttributeModificationDateTime"
-    "ModifyingSystem""SourceOfPreviousValues""ReasonForTheAttributeModification""EscapeTriplet"
-    "RunLengthTriplet""HuffmanTableSize""HuffmanTableTriplet""ShiftTableSize""ShiftTableTriplet"
-    "ZonalMap""NumberOfCopies""PrinterConfigurationSequence""PrintPriority""MediumType"
-    "FilmDestination""FilmSessionLabel""MemoryAllocation""MaximumMemoryAllocation"
-    "ColorImagePrintingFlag""CollationFlag""AnnotationFlag""ImageOverlayFlag""PresentationLUTFlag"
-    "ImageBoxPresentationLUTFlag""MemoryBitDepth""PrintingBitDepth""MediaInstalledSequence"
-    "OtherMediaAvailableSequence""SupportedImageDisplayFormatSeq""ReferencedFilmBoxSequence"
-    "ReferencedStoredPrintSequence""ImageDisplayFormat""AnnotationDisplayFormatID""FilmOrientation"
-    "FilmSizeID""PrinterResolutionID""DefaultPrinterResolutionID""MagnificationType""SmoothingType"
-    "DefaultMagnificationType""OtherMagnificationTypesAvailable""DefaultSmoothingType"
-    "OtherSmoothingTypesAvailable""BorderDensity""EmptyImageDensity""MinDensity""MaxDensity""Trim"
-    "ConfigurationInformation""ConfigurationInformationDescr""MaximumCollatedFilms""Illumination"
-    "ReflectedAmbientLight""PrinterPixelSpacing""ReferencedFilmSessionSequence"
-    "ReferencedImageBoxSequence""ReferencedBasicAnnotationBoxSeq""ImageBoxPosition""Polarity"
-    "RequestedImageSize""RequestedDecimate-CropBehavior""RequestedResolutionID"
-    "RequestedImageSizeFlag""DecimateCropResult""BasicGrayscaleImageSequence"
-    "BasicColorImageSequence""ReferencedImageOverlayBoxSequence""ReferencedVOILUTBoxSequence"
-    "AnnotationPosition""TextString""ReferencedOverlayPlaneSequence""ReferencedOverlayPlaneGroups"
-    "OverlayPixelDataSequence""OverlayMagnificationType""OverlaySmoothingType"
-    "OverlayOrImageMagnification""MagnifyToNumberOfColumns""OverlayForegroundDensity"
-    "OverlayBackgroundDensity""OverlayMode""ThresholdDensity""PresentationLUTSequence"
-    "PresentationLUTShape""ReferencedPresentationLUTSequence""PrintJobID""ExecutionStatus"
-    "ExecutionStatusInfo""CreationDate""CreationTime""Originator""DestinationAE""OwnerID"
-    "NumberOfFilms""ReferencedPrintJobSequence""PrinterStatus""PrinterStatusInfo""PrinterName"
-    "PrintQueueID""QueueStatus""PrintJobDescriptionSequence""PrintManagementCapabilitiesSeq"
-    "PrinterCharacteristicsSequence""FilmBoxContentSequence""ImageBoxContentSequence"
-    "AnnotationContentSequence""ImageOverlayBoxContentSequence""PresentationLUTContentSequence"
-    "ProposedStudySequence""OriginalImageSequence""LabelFromInfoExtractedFromInstance""LabelText"
-    "LabelStyleSelection""MediaDisposition""BarcodeValue""BarcodeSymbology""AllowMediaSplitting"
-    "IncludeNonDICOMObjects""IncludeDisplayApplication""SaveCompInstancesAfterMediaCreate"
-    "TotalNumberMediaPiecesCreated""RequestedMediaApplicationProfile"
-    "ReferencedStorageMediaSequence""FailureAttributes""AllowLossyCompression""RequestPriority"
-    "RTImageLabel""RTImageName""RTImageDescription""ReportedValuesOrigin""RTImagePlane"
-    "XRayImageReceptorTranslation""XRayImageReceptorAngle""RTImageOrientation"
-    "ImagePlanePixelSpacing""RTImagePosition""RadiationMachineName""RadiationMachineSAD"
-    "RadiationMachineSSD""RTImageSID""SourceToReferenceObjectDistance""FractionNumber"
-    "ExposureSequence""MetersetExposure""DiaphragmPosition""FluenceMapSequence""FluenceDataSource"
-    "FluenceDataScale""FluenceMode""FluenceModeID""DVHType""DoseUnits""DoseType""DoseComment"
-    "NormalizationPoint""DoseSummationType""GridFrameOffsetVector""DoseGridScaling"
-    "RTDoseROISequence""DoseValue""TissueHeterogeneityCorrection""DVHNormalizationPoint"
-    "DVHNormalizationDoseValue""DVHSequence""DVHDoseScaling""DVHVolumeUnits""DVHNumberOfBins"
-    "DVHData""DVHReferencedROISequence""DVHROIContributionType""DVHMinimumDose""DVHMaximumDose"
-    "DVHMeanDose""StructureSetLabel""StructureSetName""StructureSetDescription""StructureSetDate"
-    "StructureSetTime""ReferencedFrameOfReferenceSequence""RTReferencedStudySequence"
-    "RTReferencedSeriesSequence""ContourImageSequence""StructureSetROISequence""ROINumber"
-    "ReferencedFrameOfReferenceUID""ROIName""ROIDescription""ROIDisplayColor""ROIVolume"
-    "RTRelatedROISequence""RTROIRelationship""ROIGenerationAlgorithm""ROIGenerationDescription"
-    "ROIContourSequence""ContourSequence""ContourGeometricType""ContourSlabThickness"
-    "ContourOffsetVector""NumberOfContourPoints""ContourNumber""AttachedContours""ContourData"
-    "RTROIObservationsSequence""ObservationNumber""ReferencedROINumber""ROIObservationLabel"
-    "RTROIIdentificationCodeSequence""ROIObservationDescription""RelatedRTROIObservationsSequence"
-    "RTROIInterpretedType""ROIInterpreter""ROIPhysicalPropertiesSequence""ROIPhysicalProperty"
-    "ROIPhysicalPropertyValue""ROIElementalCompositionSequence""ROIElementalCompAtomicNumber"
-    "ROIElementalCompAtomicMassFraction""FrameOfReferenceRelationshipSeq"
-    "RelatedFrameOfReferenceUID""FrameOfReferenceTransformType""FrameOfReferenceTransformMatrix"
-    "FrameOfReferenceTransformComment""MeasuredDoseReferenceSequence""MeasuredDoseDescription"
-    "MeasuredDoseType""MeasuredDoseValue""TreatmentSessionBeamSequence"
-    "TreatmentSessionIonBeamSequence""CurrentFractionNumber""TreatmentControlPointDate"
-    "TreatmentControlPointTime""TreatmentTerminationStatus""TreatmentTerminationCode"
-    "TreatmentVerificationStatus""ReferencedTreatmentRecordSequence""SpecifiedPrimaryMeterset"
-    "SpecifiedSecondaryMeterset""DeliveredPrimaryMeterset""DeliveredSecondaryMeterset"
-    "SpecifiedTreatmentTime""DeliveredTreatmentTime""ControlPointDeliverySequence"
-    "IonControlPointDeliverySequence""SpecifiedMeterset""DeliveredMeterset""MetersetRateSet"
-    "MetersetRateDelivered""ScanSpotMetersetsDelivered""DoseRateDelivered"
-    "TreatmentSummaryCalcDoseRefSeq""CumulativeDoseToDoseReference""FirstTreatmentDate"
-    "MostRecentTreatmentDate""NumberOfFractionsDelivered""OverrideSequence"
-    "ParameterSequencePointer""OverrideParameterPointer""ParameterItemIndex"
-    "MeasuredDoseReferenceNumber""ParameterPointer""OverrideReason""CorrectedParameterSequence"
-    "CorrectionValue""CalculatedDoseReferenceSequence""CalculatedDoseReferenceNumber"
-    "CalculatedDoseReferenceDescription""CalculatedDoseReferenceDoseValue""StartMeterset"
-    "EndMeterset""ReferencedMeasuredDoseReferenceSeq""ReferencedMeasuredDoseReferenceNum"
-    "ReferencedCalculatedDoseRefSeq""ReferencedCalculatedDoseRefNumber"
-    "BeamLimitingDeviceLeafPairsSeq""RecordedWedgeSequence""RecordedCompensatorSequence"
-    "RecordedBlockSequence""TreatmentSummaryMeasuredDoseRefSeq""RecordedSnoutSequence"
-    "RecordedRangeShifterSequence""RecordedLateralSpreadingDeviceSeq"
-    "RecordedRangeModulatorSequence""RecordedSourceSequence""SourceSerialNumber"
-    "TreatmentSessionAppSetupSeq""ApplicationSetupCheck""RecordedBrachyAccessoryDeviceSeq"
-    "ReferencedBrachyAccessoryDeviceNum""RecordedChannelSequence""SpecifiedChannelTotalTime"
-    "DeliveredChannelTotalTime""SpecifiedNumberOfPulses""DeliveredNumberOfPulses"
-    "SpecifiedPulseRepetitionInterval""DeliveredPulseRepetitionInterval"
-    "RecordedSourceApplicatorSequence""ReferencedSourceApplicatorNumber"
-    "RecordedChannelShieldSequence""ReferencedChannelShieldNumber""BrachyControlPointDeliveredSeq"
-    "SafePositionExitDate""SafePositionExitTime""SafePositionReturnDate""SafePositionReturnTime"
-    "CurrentTreatmentStatus""TreatmentStatusComment""FractionGroupSummarySequence"
-    "ReferencedFractionNumber""FractionGroupType""BeamStopperPosition"
-    "FractionStatusSummarySequence""TreatmentDate""TreatmentTime""RTPlanLabel""RTPlanName"
-    "RTPlanDescription""RTPlanDate""RTPlanTime""TreatmentProtocols""PlanIntent""TreatmentSites"
-    "RTPlanGeometry""PrescriptionDescription""DoseReferenceSequence""DoseReferenceNumber"
-    "DoseReferenceUID""DoseReferenceStructureType""NominalBeamEnergyUnit""DoseReferenceDescription"
-    "DoseReferencePointCoordinates""NominalPriorDose""DoseReferenceType""ConstraintWeight"
-    "DeliveryWarningDose""DeliveryMaximumDose""TargetMinimumDose""TargetPrescriptionDose"
-    "TargetMaximumDose""TargetUnderdoseVolumeFraction""OrganAtRiskFullVolumeDose"
-    "OrganAtRiskLimitDose""OrganAtRiskMaximumDose""OrganAtRiskOverdoseVolumeFraction"
-    "ToleranceTableSequence""ToleranceTableNumber""ToleranceTableLabel""GantryAngleTolerance"
-    "BeamLimitingDeviceAngleTolerance""BeamLimitingDeviceToleranceSeq"
-    "BeamLimitingDevicePositionTol""SnoutPositionTolerance""PatientSupportAngleTolerance"
-    "TableTopEccentricAngleTolerance""TableTopPitchAngleTolerance""TableTopRollAngleTolerance"
-    "TableTopVerticalPositionTolerance""TableTopLongitudinalPositionTol"
-    "TableTopLateralPositionTolerance""RTPlanRelationship""FractionGroupSequence"
-    "FractionGroupNumber""FractionGroupDescription""NumberOfFractionsPlanned"
-    "NumberFractionPatternDigitsPerDay""RepeatFractionCycleLength""FractionPattern""NumberOfBeams"
-    "BeamDoseSpecificationPoint""BeamDose""BeamMeterset""BeamDosePointDepth"
-    "BeamDosePointEquivalentDepth""BeamDosePointSSD""NumberOfBrachyApplicationSetups"
-    "BrachyAppSetupDoseSpecPoint""BrachyApplicationSetupDose""BeamSequence""TreatmentMachineName"
-    "PrimaryDosimeterUnit""SourceAxisDistance""BeamLimitingDeviceSequence""RTBeamLimitingDeviceType"
-    "SourceToBeamLimitingDeviceDistance""IsocenterToBeamLimitingDeviceDist""NumberOfLeafJawPairs"
-    "LeafPositionBoundaries""BeamNumber""BeamName""BeamDescription""BeamType""RadiationType"
-    "HighDoseTechniqueType""ReferenceImageNumber""PlannedVerificationImageSequence"
-    "ImagingDeviceSpecificAcqParams""TreatmentDeliveryType""NumberOfWedges""WedgeSequence"
-    "WedgeNumber""WedgeType""WedgeID""WedgeAngle""WedgeFactor""TotalWedgeTrayWaterEquivThickness"
-    "WedgeOrientation""IsocenterToWedgeTrayDistance""SourceToWedgeTrayDistance"
-    "WedgeThinEdgePosition""BolusID""BolusDescription""NumberOfCompensators""MaterialID"
-    "TotalCompensatorTrayFactor""CompensatorSequence""CompensatorNumber""CompensatorID"
-    "SourceToCompensatorTrayDistance""CompensatorRows""CompensatorColumns""CompensatorPixelSpacing"
-    "CompensatorPosition""CompensatorTransmissionData""CompensatorThicknessData""NumberOfBoli"
-    "CompensatorType""NumberOfBlocks""TotalBlockTrayFactor""TotalBlockTrayWaterEquivThickness"
-    "BlockSequence""BlockTrayID""SourceToBlockTrayDistance""IsocenterToBlockTrayDistance""BlockType"
-    "AccessoryCode""BlockDivergence""BlockMountingPosition""BlockNumber""BlockName""BlockThickness"
-    "BlockTransmission""BlockNumberOfPoints""BlockData""ApplicatorSequence""ApplicatorID"
-    "ApplicatorType""ApplicatorDescription""CumulativeDoseReferenceCoefficient"
-    "FinalCumulativeMetersetWeight""NumberOfControlPoints""ControlPointSequence""ControlPointIndex"
-    "NominalBeamEnergy""DoseRateSet""WedgePositionSequence""WedgePosition"
-    "BeamLimitingDevicePositionSequence""LeafJawPositions""GantryAngle""GantryRotationDirection"
-    "BeamLimitingDeviceAngle""BeamLimitingDeviceRotateDirection""PatientSupportAngle"
-    "PatientSupportRotationDirection""TableTopEccentricAxisDistance""TableTopEccentricAngle"
-    "TableTopEccentricRotateDirection""TableTopVerticalPosition""TableTopLongitudinalPosition"
-    "TableTopLateralPosition""IsocenterPosition""SurfaceEntryPoint""SourceToSurfaceDistance"
-    "CumulativeMetersetWeight""TableTopPitchAngle""TableTopPitchRotationDirection"
-    "TableTopRollAngle""TableTopRollRotationDirection""HeadFixationAngle""GantryPitchAngle"
-    "GantryPitchRotationDirection""GantryPitchAngleTolerance""PatientSetupSequence"
-    "PatientSetupNumber""PatientSetupLabel""PatientAdditionalPosition""FixationDeviceSequence"
-    "FixationDeviceType""FixationDeviceLabel""FixationDeviceDescription""FixationDevicePosition"
-    "FixationDevicePitchAngle""FixationDeviceRollAngle""ShieldingDeviceSequence"
-    "ShieldingDeviceType""ShieldingDeviceLabel""ShieldingDeviceDescription""ShieldingDevicePosition"
-    "SetupTechnique""SetupTechniqueDescription""SetupDeviceSequence""SetupDeviceType"
-    "SetupDeviceLabel""SetupDeviceDescription""SetupDeviceParameter""SetupReferenceDescription"
-    "TableTopVerticalSetupDisplacement""TableTopLongitudinalSetupDisplace"
-    "TableTopLateralSetupDisplacement""BrachyTreatmentTechnique""BrachyTreatmentType"
-    "TreatmentMachineSequence""SourceSequence""SourceNumber""SourceType""SourceManufacturer"
-    "ActiveSourceDiameter""ActiveSourceLength""SourceEncapsulationNomThickness"
-    "SourceEncapsulationNomTransmission""SourceIsotopeName""SourceIsotopeHalfLife"
-    "SourceStrengthUnits""ReferenceAirKermaRate""SourceStrength""SourceStrengthReferenceDate"
-    "SourceStrengthReferenceTime""ApplicationSetupSequence""ApplicationSetupType"
-    "ApplicationSetupNumber""ApplicationSetupName""ApplicationSetupManufacturer""TemplateNumber"
-    "TemplateType""TemplateName""TotalReferenceAirKerma""BrachyAccessoryDeviceSequence"
-    "BrachyAccessoryDeviceNumber""BrachyAccessoryDeviceID""BrachyAccessoryDeviceType"
-    "BrachyAccessoryDeviceName""BrachyAccessoryDeviceNomThickness"
-    "BrachyAccessoryDevNomTransmission""ChannelSequence""ChannelNumber""ChannelLength"
-    "ChannelTotalTime""SourceMovementType""NumberOfPulses""PulseRepetitionInterval"
-    "SourceApplicatorNumber""SourceApplicatorID""SourceApplicatorType""SourceApplicatorName"
-    "SourceApplicatorLength""SourceApplicatorManufacturer""SourceApplicatorWallNomThickness"
-    "SourceApplicatorWallNomTrans""SourceApplicatorStepSize""TransferTubeNumber""TransferTubeLength"
-    "ChannelShieldSequence""ChannelShieldNumber""ChannelShieldID""ChannelShieldName"
-    "ChannelShieldNominalThickness""ChannelShieldNominalTransmission""FinalCumulativeTimeWeight"
-    "BrachyControlPointSequence""ControlPointRelativePosition""ControlPoint3DPosition"
-    "CumulativeTimeWeight""CompensatorDivergence""CompensatorMountingPosition"
-    "SourceToCompensatorDistance""TotalCompTrayWaterEquivThickness"
-    "IsocenterToCompensatorTrayDistance""CompensatorColumnOffset""IsocenterToCompensatorDistances"
-    "CompensatorRelStoppingPowerRatio""CompensatorMillingToolDiameter""IonRangeCompensatorSequence"
-    "CompensatorDescription""RadiationMassNumber""RadiationAtomicNumber""RadiationChargeState"
-    "ScanMode""VirtualSourceAxisDistances""SnoutSequence""SnoutPosition""SnoutID"
-    "NumberOfRangeShifters""RangeShifterSequence""RangeShifterNumber""RangeShifterID"
-    "RangeShifterType""RangeShifterDescription""NumberOfLateralSpreadingDevices"
-    "LateralSpreadingDeviceSequence""LateralSpreadingDeviceNumber""LateralSpreadingDeviceID"
-    "LateralSpreadingDeviceType""LateralSpreadingDeviceDescription"
-    "LateralSpreadingDevWaterEquivThick""NumberOfRangeModulators""RangeModulatorSequence"
-    "RangeModulatorNumber""RangeModulatorID""RangeModulatorType""RangeModulatorDescription"
-    "BeamCurrentModulationID""PatientSupportType""PatientSupportID""PatientSupportAccessoryCode"
-    "FixationLightAzimuthalAngle""FixationLightPolarAngle""MetersetRate"
-    "RangeShifterSettingsSequence""RangeShifterSetting""IsocenterToRangeShifterDistance"
-    "RangeShifterWaterEquivThickness""LateralSpreadingDeviceSettingsSeq"
-    "LateralSpreadingDeviceSetting""IsocenterToLateralSpreadingDevDist"
-    "RangeModulatorSettingsSequence""RangeModulatorGatingStartValue""RangeModulatorGatingStopValue"
-    "IsocenterToRangeModulatorDistance""ScanSpotTuneID""NumberOfScanSpotPositions"
-    "ScanSpotPositionMap""ScanSpotMetersetWeights""ScanningSpotSize""NumberOfPaintings"
-    "IonToleranceTableSequence""IonBeamSequence""IonBeamLimitingDeviceSequence""IonBlockSequence"
-    "IonControlPointSequence""IonWedgeSequence""IonWedgePositionSequence"
-    "ReferencedSetupImageSequence""SetupImageComment""MotionSynchronizationSequence"
-    "ControlPointOrientation""GeneralAccessorySequence""GeneralAccessoryID"
-    "GeneralAccessoryDescription""GeneralAccessoryType""GeneralAccessoryNumber"
-    "ReferencedRTPlanSequence""ReferencedBeamSequence""ReferencedBeamNumber"
-    "ReferencedReferenceImageNumber""StartCumulativeMetersetWeight""EndCumulativeMetersetWeight"
-    "ReferencedBrachyAppSetupSeq""ReferencedBrachyAppSetupNumber""ReferencedSourceNumber"
-    "ReferencedFractionGroupSequence""ReferencedFractionGroupNumber""ReferencedVerificationImageSeq"
-    "ReferencedReferenceImageSequence""ReferencedDoseReferenceSequence"
-    "ReferencedDoseReferenceNumber""BrachyReferencedDoseReferenceSeq"
-    "ReferencedStructureSetSequence""ReferencedPatientSetupNumber""ReferencedDoseSequence"
-    "ReferencedToleranceTableNumber""ReferencedBolusSequence""ReferencedWedgeNumber"
-    "ReferencedCompensatorNumber""ReferencedBlockNumber""ReferencedControlPointIndex"
-    "ReferencedControlPointSequence""ReferencedStartControlPointIndex"
-    "ReferencedStopControlPointIndex""ReferencedRangeShifterNumber"
-    "ReferencedLateralSpreadingDevNum""ReferencedRangeModulatorNumber""ApprovalStatus""ReviewDate"
-    "ReviewTime""ReviewerName""TextGroupLength""Arbitrary""TextComments""ResultsID""ResultsIDIssuer"
-    "ReferencedInterpretationSequence""InterpretationRecordedDate""InterpretationRecordedTime"
-    "InterpretationRecorder""ReferenceToRecordedSound""InterpretationTranscriptionDate"
-    "InterpretationTranscriptionTime""InterpretationTranscriber""InterpretationText"
-    "InterpretationAuthor""InterpretationApproverSequence""InterpretationApprovalDate"
-    "InterpretationApprovalTime""PhysicianApprovingInterpretation"
-    "InterpretationDiagnosisDescription""InterpretationDiagnosisCodeSeq"
-    "ResultsDistributionListSequence""DistributionName""DistributionAddress""InterpretationID"
-    "InterpretationIDIssuer""InterpretationTypeID""InterpretationStatusID""Impressions"
-    "ResultsComments""MACParametersSequence""CurveDimensions""NumberOfPoints""TypeOfData"
-    "CurveDescription""AxisUnits""AxisLabels""DataValueRepresentation""MinimumCoordinateValue"
-    "MaximumCoordinateValue""CurveRange""CurveDataDescriptor""CoordinateStartValue"
-    "CoordinateStepValue""CurveActivationLayer""AudioType""AudioSampleFormat""NumberOfSamples"
-    "SampleRate""TotalTime""AudioSampleData""AudioComments""CurveLabel""ReferencedOverlayGroup"
-    "CurveData""SharedFunctionalGroupsSequence""PerFrameFunctionalGroupsSequence""WaveformSequence"
-    "ChannelMinimumValue""ChannelMaximumValue""WaveformBitsAllocated""WaveformSampleInterpretation"
-    "WaveformPaddingValue""WaveformData""FirstOrderPhaseCorrectionAngle""SpectroscopyData"
-    "OverlayGroupLength""OverlayRows""OverlayColumns""OverlayPlanes""NumberOfFramesInOverlay"
-    "OverlayDescription""OverlayType""OverlaySubtype""OverlayOrigin""ImageFrameOrigin"
-    "OverlayPlaneOrigin""OverlayCompressionCode""OverlayCompressionOriginator"
-    "OverlayCompressionLabel""OverlayCompressionDescription""OverlayCompressionStepPointers"
-    "OverlayRepeatInterval""OverlayBitsGrouped""OverlayBitsAllocated""OverlayBitPosition"
-    "OverlayFormat""OverlayLocation""OverlayCodeLabel""OverlayNumberOfTables"
-    "OverlayCodeTableLocation""OverlayBitsForCodeWord""OverlayActivationLayer"
-    "OverlayDescriptorGray""OverlayDescriptorRed""OverlayDescriptorGreen""OverlayDescriptorBlue"
-    "OverlaysGray""OverlaysRed""OverlaysGreen""OverlaysBlue""ROIArea""ROIMean""ROIStandardDeviation"
-    "OverlayLabel""OverlayData""OverlayComments""PixelDataGroupLength""PixelData"
-    "VariableNextDataGroup""VariableCoefficientsSDVN""VariableCoefficientsSDHN"
-    "VariableCoefficientsSDDN""DigitalSignaturesSequence""DataSetTrailingPadding""StartOfItem"
-    "EndOfItems""EndOfSequence""0""1""DICOM:ACoordOfBottomRightCorner"
-    "A Coord Of Bottom Right Corner""DICOM:ACoordOfTopRightCorner""A Coord Of Top Right Corner"
-    "DICOM:AbsoluteChannelDisplayScale""Absolute Channel Display Scale"
-    "DICOM:AbstractPriorCodeSequence""Abstract Prior Code Sequence""DICOM:AbstractPriorValue"
-    "Abstract Prior Value""DICOM:AccessionNumber""Accession Number""DICOM:AccessoryCode"
-    "Accessory Code""DICOM:AcqreconRecordChecksum""Acqrecon Record Checksum"
-    "DICOM:AcquiredImageAreaDoseProduct""Acquired Image Area Dose Product"
-    "DICOM:AcquisitionComments""Acquisition Comments""DICOM:AcquisitionContextDescription"
-    "Acquisition Context Description""DICOM:AcquisitionContextSequence"
-    "Acquisition Context Sequence""DICOM:AcquisitionContrast""Acquisition Contrast"
-    "DICOM:AcquisitionDate""Acquisition Date""DICOM:AcquisitionDateTime""Acquisition Date Time"
-    "DICOM:AcquisitionDeviceProcessingCode""Acquisition Device Processing Code"
-    "DICOM:AcquisitionDeviceProcessingDescr""Acquisition Device Processing Descr"
-    "DICOM:AcquisitionDeviceTypeCodeSequence""Acquisition Device Type Code Sequence"
-    "DICOM:AcquisitionDuration""Acquisition Duration""DICOM:AcquisitionEndConditionData"
-    "Acquisition End Condition Data""DICOM:AcquisitionGroupLength""Acquisition Group Length"
-    "DICOM:AcquisitionIndex""Acquisition Index""DICOM:AcquisitionMatrix""Acquisition Matrix"
-    "DICOM:AcquisitionNumber""Acquisition Number""DICOM:AcquisitionProtocolDescription"
-    "Acquisition Protocol Description""DICOM:AcquisitionProtocolName""Acquisition Protocol Name"
-    "DICOM:AcquisitionStartCondition""Acquisition Start Condition"
-    "DICOM:AcquisitionStartConditionData""Acquisition Start Condition Data"
-    "DICOM:AcquisitionTerminationCondition""Acquisition Termination Condition"
-    "DICOM:AcquisitionTime""Acquisition Time""DICOM:AcquisitionTimeSynchronized"
-    "Acquisition Time Synchronized""DICOM:AcquisitionType""Acquisition Type"
-    "DICOM:AcquisitionsInSeries""Acquisitions In Series""DICOM:AcquisitionsInStudy"
-    "Acquisitions In Study""DICOM:AcrossScanSpatialResolution""Across Scan Spatial Resolution"
-    "DICOM:ActiveSourceDiameter""Active Source Diameter""DICOM:ActiveSourceLength"
-    "Active Source Length""DICOM:ActualCardiacTriggerDelayTime""Actual Cardiac Trigger Delay Time"
-    "DICOM:ActualFrameDuration""Actual Frame Duration""DICOM:ActualHumanPerformersSequence"
-    "Actual Human Performers Sequence""DICOM:ActualReceiveGainAnalog""Actual Receive Gain Analog"
-    "DICOM:ActualReceiveGainDigital""Actual Receive Gain Digital"
-    "DICOM:ActualRespiratoryTriggerDelayTime""Actual Respiratory Trigger Delay Time"
-    "DICOM:ActualSeriesDataTimeStamp""Actual Series Data Time Stamp""DICOM:AdaptiveMapFormat"
-    "Adaptive Map Format""DICOM:AddIntermediateSequence""Add Intermediate Sequence"
-    "DICOM:AddNearSequence""Add Near Sequence""DICOM:AddOtherSequence""Add Other Sequence"
-    "DICOM:AddPower""Add Power""DICOM:AdditionalDrugSequence""Additional Drug Sequence"
-    "DICOM:AdditionalPatientHistory""Additional Patient History""DICOM:AddressTrial""Address Trial"
-    "DICOM:AdministrationRouteCodeSequence""Administration Route Code Sequence""DICOM:AdmissionID"
-    "Admission ID""DICOM:AdmittingDate""Admitting Date""DICOM:AdmittingDiagnosesCodeSequence"
-    "Admitting Diagnoses Code Sequence""DICOM:AdmittingDiagnosesDescription"
-    "Admitting Diagnoses Description""DICOM:AdmittingTime""Admitting Time"
-    "DICOM:AdvantageCompOverflow""Advantage Comp Overflow""DICOM:AdvantageCompUnderflow"
-    "Advantage Comp Underflow""DICOM:AirFilterCalibrationDate""Air Filter Calibration Date"
-    "DICOM:AirFilterCalibrationTime""Air Filter Calibration Time""DICOM:AlgorithmDescription"
-    "Algorithm Description""DICOM:AlgorithmFamilyCodeSequ""Algorithm Family Code Sequ"
-    "DICOM:AlgorithmName""Algorithm Name""DICOM:AlgorithmParameters""Algorithm Parameters"
-    "DICOM:AlgorithmType""Algorithm Type""DICOM:AlgorithmVersion""Algorithm Version"
-    "DICOM:AliasedDataType""Aliased Data Type""DICOM:Allergies""DICOM:AllowLossyCompression"
-    "Allow Lossy Compression""DICOM:AllowMediaSplitting""Allow Media Splitting"
-    "DICOM:AlongScanSpatialResolution""Along Scan Spatial Resolution"
-    "DICOM:AlphaLUTTransferFunction""Alpha LUT Transfer Function"
-    "DICOM:AlternateRepresentationSequence""Alternate Representation Sequence"
-    "DICOM:AnalogReceiverGain""Analog Receiver Gain""DICOM:AnatomicApproachDirCodeSeqTrial"
-    "Anatomic Approach Dir Code Seq Trial""DICOM:AnatomicEntrancePortalCodeSeqTrial"
-    "Anatomic Entrance Portal Code Seq Trial""DICOM:AnatomicPerspectiveCodeSeqTrial"
-    "Anatomic Perspective Code Seq Trial""DICOM:AnatomicPerspectiveDescrTrial"
-    "Anatomic Perspective Descr Trial""DICOM:AnatomicRegionModifierSequence"
-    "Anatomic Region Modifier Sequence""DICOM:AnatomicRegionSequence""Anatomic Region Sequence"
-    "DICOM:AnatomicStructure""Anatomic Structure""DICOM:AnatomicStructureModifierSequence"
-    "Anatomic Structure Modifier Sequence""DICOM:AnatomicStructureOrRegionSequence"
-    "Anatomic Structure Or Region Sequence""DICOM:AnatomicalOrientationType"
-    "Anatomical Orientation Type""DICOM:AnatomicalReferenceForScout""Anatomical Reference For Scout"
-    "DICOM:AnchorPoint""Anchor Point""DICOM:AnchorPointAnnotationUnits"
-    "Anchor Point Annotation Units""DICOM:AnchorPointVisibility""Anchor Point Visibility"
-    "DICOM:AngioFlag""Angio Flag""DICOM:AngleNumber""Angle Number""DICOM:AngleOfFirstView"
-    "Angle Of First View""DICOM:AngularPosition""Angular Position""DICOM:AngularStep""Angular Step"
-    "DICOM:AngularViewVector""Angular View Vector""DICOM:AnnotationContentSequence"
-    "Annotation Content Sequence""DICOM:AnnotationDisplayFormatID""Annotation Display Format ID"
-    "DICOM:AnnotationFlag""Annotation Flag""DICOM:AnnotationGroupNumber""Annotation Group Number"
-    "DICOM:AnnotationPosition""Annotation Position""DICOM:AnnotationSequence""Annotation Sequence"
-    "DICOM:AnodeTargetMaterial""Anode Target Material""DICOM:ApexPosition""Apex Position"
-    "DICOM:ApplicableFrameRange""Applicable Frame Range""DICOM:ApplicableSafetyStandardAgency"
-    "Applicable Safety Standard Agency""DICOM:ApplicableSafetyStandardDescr"
-    "Applicable Safety Standard Descr""DICOM:ApplicationManufacturer""Application Manufacturer"
-    "DICOM:ApplicationMaximumRepaintTime""Application Maximum Repaint Time""DICOM:ApplicationName"
-    "Application Name""DICOM:ApplicationSetupCheck""Application Setup Check"
-    "DICOM:ApplicationSetupManufacturer""Application Setup Manufacturer""DICOM:ApplicationSetupName"
-    "Application Setup Name""DICOM:ApplicationSetupNumber""Application Setup Number"
-    "DICOM:ApplicationSetupSequence""Application Setup Sequence""DICOM:ApplicationSetupType"
-    "Application Setup Type""DICOM:ApplicationVersion""Application Version"
-    "DICOM:ApplicatorDescription""Applicator Description""DICOM:ApplicatorID""Applicator ID"
-    "DICOM:ApplicatorSequence""Applicator Sequence""DICOM:ApplicatorType""Applicator Type"
-    "DICOM:ApprovalStatus""Approval Status""DICOM:ApprovalStatusDateTime""Approval Status Date Time"
-    "DICOM:ApprovalStatusFurtherDescription""Approval Status Further Description""DICOM:Arbitrary"
-    "DICOM:ArchiveRequested""Archive Requested""DICOM:AssigningFacilitySequence"
-    "Assigning Facility Sequence""DICOM:AttachedContours""Attached Contours"
-    "DICOM:AttenuationCorrected""Attenuation Corrected""DICOM:AttenuationCorrectionMethod"
-    "Attenuation Correction Method""DICOM:AttributeItemSelector""Attribute Item Selector"
-    "DICOM:AttributeModificationDateTime""Attribute Modification Date Time"
-    "DICOM:AttributeOccurrencePointer""Attribute Occurrence Pointer"
-    "DICOM:AttributeOccurrencePrivateCreator""Attribute Occurrence Private Creator"
-    "DICOM:AttributeOccurrenceSequence""Attribute Occurrence Sequence""DICOM:AudioComments"
-    "Audio Comments""DICOM:AudioSampleData""Audio Sample Data""DICOM:AudioSampleFormat"
-    "Audio Sample Format""DICOM:AudioType""Audio Type""DICOM:AuthorObserverSequence"
-    "Author Observer Sequence""DICOM:AuthorizationEquipmentCertNumber"
-    "Authorization Equipment Cert Number""DICOM:AutoWindowLevelAlpha""Auto Window Level Alpha"
-    "DICOM:AutoWindowLevelBeta""Auto Window Level Beta""DICOM:AutoWindowLevelWindow"
-    "Auto Window Level Window""DICOM:AveragePulseWidth""Average Pulse Width"
-    "DICOM:AvgOfLeftRefChansOverViews""Avg Of Left Ref Chans Over Views"
-    "DICOM:AvgOfRightRefChansOverViews""Avg Of Right Ref Chans Over Views"
-    "DICOM:AvgOverrangesAllViews""Avg Overranges All Views""DICOM:AxialAcceptance""Axial Acceptance"
-    "DICOM:AxialDetectorDimension""Axial Detector Dimension""DICOM:AxialLengthOfTheEye"
-    "Axial Length Of The Eye""DICOM:AxialMash""Axial Mash""DICOM:AxisLabels""Axis Labels"
-    "DICOM:AxisOfRotation""Axis Of Rotation""DICOM:AxisUnits""Axis Units""DICOM:BBHCoefficients"
-    "BBH Coefficients""DICOM:BackProjectorCoefficient""Back Projector Coefficient"
-    "DICOM:BackgroundColor""Background Color""DICOM:BarcodeSymbology""Barcode Symbology"
-    "DICOM:BarcodeValue""Barcode Value""DICOM:BaselineCorrection""Baseline Correction"
-    "DICOM:BasicColorImageSequence""Basic Color Image Sequence""DICOM:BasicGrayscaleImageSequence"
-    "Basic Grayscale Image Sequence""DICOM:BeamAngle""Beam Angle""DICOM:BeamCurrentModulationID"
-    "Beam Current Modulation ID""DICOM:BeamDescription""Beam Description""DICOM:BeamDose""Beam Dose"
-    "DICOM:BeamDosePointDepth""Beam Dose Point Depth""DICOM:BeamDosePointEquivalentDepth"
-    "Beam Dose Point Equivalent Depth""DICOM:BeamDosePointSSD""Beam Dose Point SSD"
-    "DICOM:BeamDoseSpecificationPoint""Beam Dose Specification Point""DICOM:BeamLimitingDeviceAngle"
-    "Beam Limiting Device Angle""DICOM:BeamLimitingDeviceAngleTolerance"
-    "Beam Limiting Device Angle Tolerance""DICOM:BeamLimitingDeviceLeafPairsSeq"
-    "Beam Limiting Device Leaf Pairs Seq""DICOM:BeamLimitingDevicePositionSequence"
-    "Beam Limiting Device Position Sequence""DICOM:BeamLimitingDevicePositionTol"
-    "Beam Limiting Device Position Tol""DICOM:BeamLimitingDeviceRotateDirection"
-    "Beam Limiting Device Rotate Direction""DICOM:BeamLimitingDeviceSequence"
-    "Beam Limiting Device Sequence""DICOM:BeamLimitingDeviceToleranceSeq"
-    "Beam Limiting Device Tolerance Seq""DICOM:BeamMeterset""Beam Meterset""DICOM:BeamName"
-    "Beam Name""DICOM:BeamNumber""Beam Number""DICOM:BeamOrderIndex""Beam Order Index"
-    "DICOM:BeamSequence""Beam Sequence""DICOM:BeamStopperPosition""Beam Stopper Position"
-    "DICOM:BeamTaskSequence""Beam Task Sequence""DICOM:BeamTaskType""Beam Task Type""DICOM:BeamType"
-    "Beam Type""DICOM:BeatRejectionFlag""Beat Rejection Flag""DICOM:BiPlaneAcquisitionSequence"
-    "Bi Plane Acquisition Sequence""DICOM:BillingItemSequence""Billing Item Sequence"
-    "DICOM:BillingProcedureStepSequence""Billing Procedure Step Sequence"
-    "DICOM:BillingSuppliesAndDevicesSequence""Billing Supplies And Devices Sequence"
-    "DICOM:BiopsyPosition""Biopsy Position""DICOM:BiopsyRefLocation""Biopsy Ref Location"
-    "DICOM:BiopsyTLocation""Biopsy T Location""DICOM:BitmapDefiningCVs""Bitmap Defining C Vs"
-    "DICOM:BitmapOfPrescanOptions""Bitmap Of Prescan Options""DICOM:BitsAllocated""Bits Allocated"
-    "DICOM:BitsForCodeWord""Bits For Code Word""DICOM:BitsGrouped""Bits Grouped""DICOM:BitsStored"
-    "Bits Stored""DICOM:BlendingLUT1Sequence""Blending LUT1 Sequence""DICOM:BlendingLUT2Sequence"
-    "Blending LUT2 Sequence""DICOM:BlendingLookupTableData""Blending Lookup Table Data"
-    "DICOM:BlendingOperationType""Blending Operation Type""DICOM:BlendingPosition"
-    "Blending Position""DICOM:BlendingSequence""Blending Sequence""DICOM:BlendingWeightConstant"
-    "Blending Weight Constant""DICOM:BlockColumns""Block Columns""DICOM:BlockData""Block Data"
-    "DICOM:BlockDivergence""Block Divergence""DICOM:BlockMountingPosition""Block Mounting Position"
-    "DICOM:BlockName""Block Name""DICOM:BlockNumber""Block Number""DICOM:BlockNumberOfPoints"
-    "Block Number Of Points""DICOM:BlockRows""Block Rows""DICOM:BlockSequence""Block Sequence"
-    "DICOM:BlockThickness""Block Thickness""DICOM:BlockTransmission""Block Transmission"
-    "DICOM:BlockTrayID""Block Tray ID""DICOM:BlockType""Block Type""DICOM:BlockedPixels"
-    "Blocked Pixels""DICOM:BloodSignalNulling""Blood Signal Nulling"
-    "DICOM:BluePaletteColorTableData""Blue Palette Color Table Data"
-    "DICOM:BluePaletteColorTableDescriptor""Blue Palette Color Table Descriptor"
-    "DICOM:BodyPartExamined""Body Part Examined""DICOM:BodyPartThickness""Body Part Thickness"
-    "DICOM:BolusDescription""Bolus Description""DICOM:BolusID""Bolus ID""DICOM:BoneThermalIndex"
-    "Bone Thermal Index""DICOM:BorderDensity""Border Density""DICOM:BoundingBoxAnnotationUnits"
-    "Bounding Box Annotation Units""DICOM:BoundingBoxBottomRightHandCorner"
-    "Bounding Box Bottom Right Hand Corner""DICOM:BoundingBoxTextHorizJustification"
-    "Bounding Box Text Horiz Justification""DICOM:BoundingBoxTopLeftHandCorner"
-    "Bounding Box Top Left Hand Corner""DICOM:BrachyAccessoryDevNomTransmission"
-    "Brachy Accessory Dev Nom Transmission""DICOM:BrachyAccessoryDeviceID"
-    "Brachy Accessory Device ID""DICOM:BrachyAccessoryDeviceName""Brachy Accessory Device Name"
-    "DICOM:BrachyAccessoryDeviceNomThickness""Brachy Accessory Device Nom Thickness"
-    "DICOM:BrachyAccessoryDeviceNumber""Brachy Accessory Device Number"
-    "DICOM:BrachyAccessoryDeviceSequence""Brachy Accessory Device Sequence"
-    "DICOM:BrachyAccessoryDeviceType""Brachy Accessory Device Type"
-    "DICOM:BrachyAppSetupDoseSpecPoint""Brachy App Setup Dose Spec Point"
-    "DICOM:BrachyApplicationSetupDose""Brachy Application Setup Dose"
-    "DICOM:BrachyControlPointDeliveredSeq""Brachy Control Point Delivered Seq"
-    "DICOM:BrachyControlPointSequence""Brachy Control Point Sequence"
-    "DICOM:BrachyReferencedDoseReferenceSeq""Brachy Referenced Dose Reference Seq"
-    "DICOM:BrachyTreatmentTechnique""Brachy Treatment Technique""DICOM:BrachyTreatmentType"
-    "Brachy Treatment Type""DICOM:BranchOfService""Branch Of Service""DICOM:BreastImplantPresent"
-    "Breast Implant Present""DICOM:BreedRegistrationNumber""Breed Registration Number"
-    "DICOM:BreedRegistrationSequence""Breed Registration Sequence""DICOM:BreedRegistryCodeSequence"
-    "Breed Registry Code Sequence""DICOM:BulkMotionCompensationTechnique"
-    "Bulk Motion Compensation Technique""DICOM:BulkMotionSignalSource""Bulk Motion Signal Source"
-    "DICOM:BulkMotionStatus""Bulk Motion Status""DICOM:BurnedInAnnotation""Burned In Annotation"
-    "DICOM:CArmPositionerTabletopRelationship""C Arm Positioner Tabletop Relationship"
-    "DICOM:CTAcquisitionDetailsSequence""CT Acquisition Details Sequence"
-    "DICOM:CTAcquisitionTypeSequence""CT Acquisition Type Sequence"
-    "DICOM:CTAdditionalXRaySourceSequence""CT Additional X Ray Source Sequence""DICOM:CTBoneNumber"
-    "CT Bone Number""DICOM:CTDIPhantomTypeCodeSequence""CTDI Phantom Type Code Sequence"
-    "DICOM:CTDIvol""CTD Ivol""DICOM:CTExposureSequence""CT Exposure Sequence"
-    "DICOM:CTGeometrySequence""CT Geometry Sequence""DICOM:CTImageFrameTypeSequence"
-    "CT Image Frame Type Sequence""DICOM:CTPositionSequence""CT Position Sequence"
-    "DICOM:CTReconstructionSequence""CT Reconstruction Sequence""DICOM:CTTableDynamicsSequence"
-    "CT Table Dynamics Sequence""DICOM:CTWaterNumber""CT Water Number""DICOM:CTXRayDetailsSequence"
-    "CTX Ray Details Sequence""DICOM:CalciumScoringMassFactorDevice"
-    "Calcium Scoring Mass Factor Device""DICOM:CalciumScoringMassFactorPatient"
-    "Calcium Scoring Mass Factor Patient""DICOM:CalculatedAnatomyThickness"
-    "Calculated Anatomy Thickness""DICOM:CalculatedDoseReferenceDescription"
-    "Calculated Dose Reference Description""DICOM:CalculatedDoseReferenceDoseValue"
-    "Calculated Dose Reference Dose Value""DICOM:CalculatedDoseReferenceNumber"
-    "Calculated Dose Reference Number""DICOM:CalculatedDoseReferenceSequence"
-    "Calculated Dose Reference Sequence""DICOM:CalculatedFrameList""Calculated Frame List"
-    "DICOM:CalibratedFieldStrength""Calibrated Field Strength""DICOM:CalibrationDataSequence"
-    "Calibration Data Sequence""DICOM:CalibrationImage""Calibration Image"
-    "DICOM:CalibrationParameters""Calibration Parameters""DICOM:CalibrationSequence"
-    "Calibration Sequence""DICOM:CardiacBeatRejectionTechnique""Cardiac Beat Rejection Technique"
-    "DICOM:CardiacCyclePosition""Cardiac Cycle Position""DICOM:CardiacFramingType"
-    "Cardiac Framing Type""DICOM:CardiacNumberOfImages""Cardiac Number Of Images"
-    "DICOM:CardiacPhases""Cardiac Phases""DICOM:CardiacRRIntervalSpecified"
-    "Cardiac RR Interval Specified""DICOM:CardiacRepetitionTime""Cardiac Repetition Time"
-    "DICOM:CardiacSignalSource""Cardiac Signal Source""DICOM:CardiacSynchronizationTechnique"
-    "Cardiac Synchronization Technique""DICOM:CardiacTriggerSequence""Cardiac Trigger Sequence"
-    "DICOM:CassetteID""Cassette ID""DICOM:CassetteOrientation""Cassette Orientation"
-    "DICOM:CassetteSize""Cassette Size""DICOM:CellNumberAtTheta""Cell Number At Theta"
-    "DICOM:CellSpacing""Cell Spacing""DICOM:CenterACoordOfPlaneImage""Center A Coord Of Plane Image"
-    "DICOM:CenterFreqMethod""Center Freq Method""DICOM:CenterFrequency""Center Frequency"
-    "DICOM:CenterOfCircExposControlSensRegion""Center Of Circ Expos Control Sens Region"
-    "DICOM:CenterOfCircularCollimator""Center Of Circular Collimator""DICOM:CenterOfCircularShutter"
-    "Center Of Circular Shutter""DICOM:CenterOfRotation""Center Of Rotation"
-    "DICOM:CenterOfRotationOffset""Center Of Rotation Offset""DICOM:CenterRCoordOfPlaneImage"
-    "Center R Coord Of Plane Image""DICOM:CenterSCoordOfPlaneImage""Center S Coord Of Plane Image"
-    "DICOM:CertificateOfSigner""Certificate Of Signer""DICOM:CertificateType""Certificate Type"
-    "DICOM:CertifiedTimestamp""Certified Timestamp""DICOM:CertifiedTimestampType"
-    "Certified Timestamp Type""DICOM:ChannelBaseline""Channel Baseline"
-    "DICOM:ChannelDefinitionSequence""Channel Definition Sequence"
-    "DICOM:ChannelDerivationDescription""Channel Derivation Description"
-    "DICOM:ChannelDescriptionCodeSequence""Channel Description Code Sequence"
-    "DICOM:ChannelDisplaySequence""Channel Display Sequence""DICOM:ChannelIdentificationCode"
-    "Channel Identification Code""DICOM:ChannelLabel""Channel Label""DICOM:ChannelLength"
-    "Channel Length""DICOM:ChannelMaximumValue""Channel Maximum Value""DICOM:ChannelMinimumValue"
-    "Channel Minimum Value""DICOM:ChannelMode""Channel Mode""DICOM:ChannelNumber""Channel Number"
-    "DICOM:ChannelOffset""Channel Offset""DICOM:ChannelPosition""Channel Position"
-    "DICOM:ChannelRecommendDisplayCIELabValue""Channel Recommend Display CIE Lab Value"
-    "DICOM:ChannelSampleSkew""Channel Sample Skew""DICOM:ChannelSensitivity""Channel Sensitivity"
-    "DICOM:ChannelSensitivityCorrectionFactor""Channel Sensitivity Correction Factor"
-    "DICOM:ChannelSensitivityUnitsSequence""Channel Sensitivity Units Sequence"
-    "DICOM:ChannelSequence""Channel Sequence""DICOM:ChannelShieldID""Channel Shield ID"
-    "DICOM:ChannelShieldName""Channel Shield Name""DICOM:ChannelShieldNominalThickness"
-    "Channel Shield Nominal Thickness""DICOM:ChannelShieldNominalTransmission"
-    "Channel Shield Nominal Transmission""DICOM:ChannelShieldNumber""Channel Shield Number"
-    "DICOM:ChannelShieldSequence""Channel Shield Sequence""DICOM:ChannelSourceModifiersSequence"
-    "Channel Source Modifiers Sequence""DICOM:ChannelSourceSequence""Channel Source Sequence"
-    "DICOM:ChannelStatus""Channel Status""DICOM:ChannelTimeSkew""Channel Time Skew"
-    "DICOM:ChannelTotalTime""Channel Total Time""DICOM:ChannelWidth""Channel Width"
-    "DICOM:ChemicalShiftReference""Chemical Shift Reference""DICOM:ChemicalShiftSequence"
-    "Chemical Shift Sequence""DICOM:ChemicalShiftsMaxIntegrateLimitHz"
-    "Chemical Shifts Max Integrate Limit Hz""DICOM:ChemicalShiftsMaxIntegrateLimitPPM"
-    "Chemical Shifts Max Integrate Limit PPM""DICOM:ChemicalShiftsMinIntegrateLimitHz"
-    "Chemical Shifts Min Integrate Limit Hz""DICOM:ChemicalShiftsMinIntegrateLimitPPM"
-    "Chemical Shifts Min Integrate Limit PPM""DICOM:CineRate""Cine Rate"
-    "DICOM:CineRelativeToRealTime""Cine Relative To Real Time"
-    "DICOM:ClinicalTrialCoordinatingCenter""Clinical Trial Coordinating Center"
-    "DICOM:ClinicalTrialProtocolID""Clinical Trial Protocol ID""DICOM:ClinicalTrialProtocolName"
-    "Clinical Trial Protocol Name""DICOM:ClinicalTrialSeriesDescription"
-    "Clinical Trial Series Description""DICOM:ClinicalTrialSeriesID""Clinical Trial Series ID"
-    "DICOM:ClinicalTrialSiteID""Clinical Trial Site ID""DICOM:ClinicalTrialSiteName"
-    "Clinical Trial Site Name""DICOM:ClinicalTrialSponsorName""Clinical Trial Sponsor Name"
-    "DICOM:ClinicalTrialSubjectID""Clinical Trial Subject ID""DICOM:ClinicalTrialSubjectReadingID"
-    "Clinical Trial Subject Reading ID""DICOM:ClinicalTrialTimePointDescription"
-    "Clinical Trial Time Point Description""DICOM:ClinicalTrialTimePointID"
-    "Clinical Trial Time Point ID""DICOM:CodeLabel""Code Label""DICOM:CodeMeaning""Code Meaning"
-    "DICOM:CodeNumberFormat""Code Number Format""DICOM:CodeTableLocation""Code Table Location"
-    "DICOM:CodeValue""Code Value""DICOM:CodingSchemeDesignator""Coding Scheme Designator"
-    "DICOM:CodingSchemeExternalID""Coding Scheme External ID""DICOM:CodingSchemeIDSequence"
-    "Coding Scheme ID Sequence""DICOM:CodingSchemeName""Coding Scheme Name"
-    "DICOM:CodingSchemeRegistry""Coding Scheme Registry""DICOM:CodingSchemeUID""Coding Scheme UID"
-    "DICOM:CodingSchemeVersion""Coding Scheme Version""DICOM:CoefficientCoding""Coefficient Coding"
-    "DICOM:CoefficientCodingPointers""Coefficient Coding Pointers""DICOM:CoincidenceWindowWidth"
-    "Coincidence Window Width""DICOM:CollationFlag""Collation Flag""DICOM:CollimatorGridName"
-    "Collimator Grid Name""DICOM:CollimatorLeftVerticalEdge""Collimator Left Vertical Edge"
-    "DICOM:CollimatorLowerHorizontalEdge""Collimator Lower Horizontal Edge"
-    "DICOM:CollimatorRightVerticalEdge""Collimator Right Vertical Edge""DICOM:CollimatorShape"
-    "Collimator Shape""DICOM:CollimatorShapeSequence""Collimator Shape Sequence"
-    "DICOM:CollimatorType""Collimator Type""DICOM:CollimatorUpperHorizontalEdge"
-    "Collimator Upper Horizontal Edge""DICOM:ColorImagePrintingFlag""Color Image Printing Flag"
-    "DICOM:ColumnAngulation""Column Angulation""DICOM:ColumnAngulationPatient"
-    "Column Angulation Patient""DICOM:ColumnOverlap""Column Overlap""DICOM:Columns"
-    "DICOM:CommentsOnPerformedProcedureStep""Comments On Performed Procedure Step"
-    "DICOM:CommentsOnRadiationDose""Comments On Radiation Dose"
-    "DICOM:CommentsOnScheduledProcedureStep""Comments On Scheduled Procedure Step"
-    "DICOM:CompensatorColumnOffset""Compensator Column Offset""DICOM:CompensatorColumns"
-    "Compensator Columns""DICOM:CompensatorDescription""Compensator Description"
-    "DICOM:CompensatorDivergence""Compensator Divergence""DICOM:CompensatorID""Compensator ID"
-    "DICOM:CompensatorMillingToolDiameter""Compensator Milling Tool Diameter"
-    "DICOM:CompensatorMountingPosition""Compensator Mounting Position""DICOM:CompensatorNumber"
-    "Compensator Number""DICOM:CompensatorPixelSpacing""Compensator Pixel Spacing"
-    "DICOM:CompensatorPosition""Compensator Position""DICOM:CompensatorRelStoppingPowerRatio"
-    "Compensator Rel Stopping Power Ratio""DICOM:CompensatorRows""Compensator Rows"
-    "DICOM:CompensatorSequence""Compensator Sequence""DICOM:CompensatorThicknessData"
-    "Compensator Thickness Data""DICOM:CompensatorTransmissionData""Compensator Transmission Data"
-    "DICOM:CompensatorType""Compensator Type""DICOM:CompletionFlag""Completion Flag"
-    "DICOM:CompletionFlagDescription""Completion Flag Description""DICOM:ComplexImageComponent"
-    "Complex Image Component""DICOM:CompressionCode""Compression Code""DICOM:CompressionDescription"
-    "Compression Description""DICOM:CompressionForce""Compression Force""DICOM:CompressionLabel"
-    "Compression Label""DICOM:CompressionOriginator""Compression Originator"
-    "DICOM:CompressionRecognitionCode""Compression Recognition Code""DICOM:CompressionSequence"
-    "Compression Sequence""DICOM:CompressionStepPointers""Compression Step Pointers"
-    "DICOM:ComputeType""Compute Type""DICOM:ConcatenatedSAT""Concatenated SAT"
-    "DICOM:ConcatenationFrameOffsetNumber""Concatenation Frame Offset Number"
-    "DICOM:ConcatenationUID""Concatenation UID""DICOM:ConceptCodeSequence""Concept Code Sequence"
-    "DICOM:ConceptNameCodeSequence""Concept Name Code Sequence""DICOM:ConfidentialityCode"
-    "Confidentiality Code""DICOM:ConfidentialityOnPatientDataDescr"
-    "Confidentiality On Patient Data Descr""DICOM:ConfigurationInformation"
-    "Configuration Information""DICOM:ConfigurationInformationDescr"
-    "Configuration Information Descr""DICOM:ConsentForDistributionFlag"
-    "Consent For Distribution Flag""DICOM:ConstantVolumeFlag""Constant Volume Flag"
-    "DICOM:ConstraintWeight""Constraint Weight""DICOM:ContactDisplayName""Contact Display Name"
-    "DICOM:ContactURI""Contact URI""DICOM:ContainerComponentID""Container Component ID"
-    "DICOM:ContainerComponentWidth""Container Component Width""DICOM:ContainerDescription"
-    "Container Description""DICOM:ContainerIdentifier""Container Identifier"
-    "DICOM:ContentCreatorIDCodeSequence""Content Creator ID Code Sequence""DICOM:ContentCreatorName"
-    "Content Creator Name""DICOM:ContentDate""Content Date""DICOM:ContentDescription"
-    "Content Description""DICOM:ContentItemModifierSequence""Content Item Modifier Sequence"
-    "DICOM:ContentLabel""Content Label""DICOM:ContentQualification""Content Qualification"
-    "DICOM:ContentSequence""Content Sequence""DICOM:ContentTemplateSequence"
-    "Content Template Sequence""DICOM:ContentTime""Content Time"
-    "DICOM:ContextGroupExtensionCreatorUID""Context Group Extension Creator UID"
-    "DICOM:ContextGroupExtensionFlag""Context Group Extension Flag""DICOM:ContextGroupLocalVersion"
-    "Context Group Local Version""DICOM:ContextGroupVersion""Context Group Version"
-    "DICOM:ContextIdentifier""Context Identifier""DICOM:ContextUID""Context UID""DICOM:Contiguous"
-    "DICOM:ContinuityOfContent""Continuity Of Content""DICOM:ContourData""Contour Data"
-    "DICOM:ContourGeometricType""Contour Geometric Type""DICOM:ContourImageSequence"
-    "Contour Image Sequence""DICOM:ContourNumber""Contour Number""DICOM:ContourOffsetVector"
-    "Contour Offset Vector""DICOM:ContourSequence""Contour Sequence""DICOM:ContourSlabThickness"
-    "Contour Slab Thickness""DICOM:ContourUncertaintyRadius""Contour Uncertainty Radius"
-    "DICOM:ContrastAdministrationProfileSeq""Contrast Administration Profile Seq"
-    "DICOM:ContrastBolusAdministrationRoute""Contrast Bolus Administration Route"
-    "DICOM:ContrastBolusAgent""Contrast Bolus Agent""DICOM:ContrastBolusAgentAdministered"
-    "Contrast Bolus Agent Administered""DICOM:ContrastBolusAgentDetected"
-    "Contrast Bolus Agent Detected""DICOM:ContrastBolusAgentNumber""Contrast Bolus Agent Number"
-    "DICOM:ContrastBolusAgentPhase""Contrast Bolus Agent Phase""DICOM:ContrastBolusAgentSequence"
-    "Contrast Bolus Agent Sequence""DICOM:ContrastBolusConcentration""Contrast Bolus Concentration"
-    "DICOM:ContrastBolusIngredient""Contrast Bolus Ingredient""DICOM:ContrastBolusIngredientCodeSeq"
-    "Contrast Bolus Ingredient Code Seq""DICOM:ContrastBolusIngredientOpaque"
-    "Contrast Bolus Ingredient Opaque""DICOM:ContrastBolusRoute""Contrast Bolus Route"
-    "DICOM:ContrastBolusStartTime""Contrast Bolus Start Time""DICOM:ContrastBolusStopTime"
-    "Contrast Bolus Stop Time""DICOM:ContrastBolusTotalDose""Contrast Bolus Total Dose"
-    "DICOM:ContrastBolusUsageSequence""Contrast Bolus Usage Sequence""DICOM:ContrastBolusVolume"
-    "Contrast Bolus Volume""DICOM:ContrastFlowDuration""Contrast Flow Duration"
-    "DICOM:ContrastFlowRate""Contrast Flow Rate""DICOM:ContrastFrameAveraging"
-    "Contrast Frame Averaging""DICOM:ContributingEquipmentSequence""Contributing Equipment Sequence"
-    "DICOM:ContributingSOPInstancesRefSeq""Contributing SOP Instances Ref Seq"
-    "DICOM:ContributingSourcesSequence""Contributing Sources Sequence""DICOM:ContributionDateTime"
-    "Contribution Date Time""DICOM:ContributionDescription""Contribution Description"
-    "DICOM:ControlPoint3DPosition""Control Point 3D Position""DICOM:ControlPointDeliverySequence"
-    "Control Point Delivery Sequence""DICOM:ControlPointIndex""Control Point Index"
-    "DICOM:ControlPointOrientation""Control Point Orientation""DICOM:ControlPointRelativePosition"
-    "Control Point Relative Position""DICOM:ControlPointSequence""Control Point Sequence"
-    "DICOM:ConventionalControlPointVerifySeq""Conventional Control Point Verify Seq"
-    "DICOM:ConventionalMachineVerificationSeq""Conventional Machine Verification Seq"
-    "DICOM:ConversionType""Conversion Type""DICOM:ConvolutionKernel""Convolution Kernel"
-    "DICOM:ConvolutionKernelGroup""Convolution Kernel Group""DICOM:CoordinateStartValue"
-    "Coordinate Start Value""DICOM:CoordinateStepValue""Coordinate Step Value"
-    "DICOM:CoordinateSystemAxisCodeSequence""Coordinate System Axis Code Sequence"
-    "DICOM:CornealSize""Corneal Size""DICOM:CorrectedAfterGlowTerms""Corrected After Glow Terms"
-    "DICOM:CorrectedImage""Corrected Image""DICOM:CorrectedParameterSequence"
-    "Corrected Parameter Sequence""DICOM:CorrectionValue""Correction Value""DICOM:CountRate"
-    "Count Rate""DICOM:CountryOfResidence""Country Of Residence""DICOM:CountsAccumulated"
-    "Counts Accumulated""DICOM:CountsIncluded""Counts Included""DICOM:CountsSource""Counts Source"
-    "DICOM:CoverageOfKSpace""Coverage Of K Space""DICOM:CranialThermalIndex""Cranial Thermal Index"
-    "DICOM:CreationDate""Creation Date""DICOM:CreationTime""Creation Time""DICOM:CreatorVersionUID"
-    "Creator Version UID""DICOM:CrosstalkCalibrationDate""Crosstalk Calibration Date"
-    "DICOM:CrosstalkCalibrationTime""Crosstalk Calibration Time"
-    "DICOM:CumulativeDoseReferenceCoefficient""Cumulative Dose Reference Coefficient"
-    "DICOM:CumulativeDoseToDoseReference""Cumulative Dose To Dose Reference"
-    "DICOM:CumulativeMetersetWeight""Cumulative Meterset Weight""DICOM:CumulativeTimeWeight"
-    "Cumulative Time Weight""DICOM:CurrentFractionNumber""Current Fraction Number"
-    "DICOM:CurrentPatientLocation""Current Patient Location""DICOM:CurrentRequestedProcEvidenceSeq"
-    "Current Requested Proc Evidence Seq""DICOM:CurrentTreatmentStatus""Current Treatment Status"
-    "DICOM:CurveActivationLayer""Curve Activation Layer""DICOM:CurveData""Curve Data"
-    "DICOM:CurveDataDescriptor""Curve Data Descriptor""DICOM:CurveDate""Curve Date"
-    "DICOM:CurveDescription""Curve Description""DICOM:CurveDimensions""Curve Dimensions"
-    "DICOM:CurveLabel""Curve Label""DICOM:CurveNumber""Curve Number""DICOM:CurveRange""Curve Range"
-    "DICOM:CurveTime""Curve Time""DICOM:CustodialOrganizationSequence"
-    "Custodial Organization Sequence""DICOM:CylinderAxis""Cylinder Axis""DICOM:CylinderLensPower"
-    "Cylinder Lens Power""DICOM:CylinderPower""Cylinder Power""DICOM:CylinderSequence"
-    "Cylinder Sequence""DICOM:DASAdInput""DAS Ad Input""DICOM:DASAutoZero""DAS Auto Zero"
-    "DICOM:DASCalFrequency""DAS Cal Frequency""DICOM:DASCalMode""DAS Cal Mode""DICOM:DASFpaGain"
-    "DAS Fpa Gain""DICOM:DASGain""DAS Gain""DICOM:DASOutputSource""DAS Output Source"
-    "DICOM:DASRegXm""DAS Reg Xm""DICOM:DASTemperature""DAS Temperature""DICOM:DASTriggerSource"
-    "DAS Trigger Source""DICOM:DASType""DAS Type""DICOM:DASXmPattern""DAS Xm Pattern""DICOM:DB-Dt"
-    "DICOM:DCTLabel""DCT Label""DICOM:DVHData""DVH Data""DICOM:DVHDoseScaling""DVH Dose Scaling"
-    "DICOM:DVHMaximumDose""DVH Maximum Dose""DICOM:DVHMeanDose""DVH Mean Dose""DICOM:DVHMinimumDose"
-    "DVH Minimum Dose""DICOM:DVHNormalizationDoseValue""DVH Normalization Dose Value"
-    "DICOM:DVHNormalizationPoint""DVH Normalization Point""DICOM:DVHNumberOfBins"
-    "DVH Number Of Bins""DICOM:DVHROIContributionType""DVHROI Contribution Type"
-    "DICOM:DVHReferencedROISequence""DVH Referenced ROI Sequence""DICOM:DVHSequence""DVH Sequence"
-    "DICOM:DVHType""DVH Type""DICOM:DVHVolumeUnits""DVH Volume Units""DICOM:DataBlock""Data Block"
-    "DICOM:DataBlockDescription""Data Block Description""DICOM:DataCollectionCenterPatient"
-    "Data Collection Center Patient""DICOM:DataCollectionDiameter""Data Collection Diameter"
-    "DICOM:DataElementsSigned""Data Elements Signed""DICOM:DataInformationSequence"
-    "Data Information Sequence""DICOM:DataPathAssignment""Data Path Assignment""DICOM:DataPathID"
-    "Data Path ID""DICOM:DataPointColumns""Data Point Columns""DICOM:DataPointRows""Data Point Rows"
-    "DICOM:DataRepresentation""Data Representation""DICOM:DataSetSubtype""Data Set Subtype"
-    "DICOM:DataSetTrailingPadding""Data Set Trailing Padding""DICOM:DataSetType""Data Set Type"
-    "DICOM:DataSizeForScanData""Data Size For Scan Data""DICOM:DataType""Data Type"
-    "DICOM:DataValueRepresentation""Data Value Representation""DICOM:Date"
-    "DICOM:DateOfLastCalibration""Date Of Last Calibration""DICOM:DateOfLastDetectorCalibration"
-    "Date Of Last Detector Calibration""DICOM:DateOfSecondaryCapture""Date Of Secondary Capture"
-    "DICOM:DateTime""Date Time""DICOM:DeadTimeCorrected""Dead Time Corrected"
-    "DICOM:DeadTimeCorrectionFlag""Dead Time Correction Flag""DICOM:DeadTimeFactor"
-    "Dead Time Factor""DICOM:DecayCorrected""Decay Corrected""DICOM:DecayCorrection"
-    "Decay Correction""DICOM:DecayCorrectionDateTime""Decay Correction Date Time""DICOM:DecayFactor"
-    "Decay Factor""DICOM:DecimalVisualAcuity""Decimal Visual Acuity""DICOM:DecimateCropResult"
-    "Decimate Crop Result""DICOM:DeconKernelParameters""Decon Kernel Parameters"
-    "DICOM:DecoupledNucleus""Decoupled Nucleus""DICOM:Decoupling"
-    "DICOM:DecouplingChemicalShiftReference""Decoupling Chemical Shift Reference"
-    "DICOM:DecouplingFrequency""Decoupling Frequency""DICOM:DecouplingMethod""Decoupling Method"
-    "DICOM:DefaultMagnificationType""Default Magnification Type""DICOM:DefaultPrinterResolutionID"
-    "Default Printer Resolution ID""DICOM:DefaultSmoothingType""Default Smoothing Type"
-    "DICOM:DeformableRegistrationGridSequence""Deformable Registration Grid Sequence"
-    "DICOM:DeformableRegistrationSequence""Deformable Registration Sequence""DICOM:DegreeOfDilation"
-    "Degree Of Dilation""DICOM:DegreeOfRotation""Degree Of Rotation""DICOM:DegreesOfAzimuth"
-    "Degrees Of Azimuth""DICOM:DeidentificationMethod""Deidentification Method"
-    "DICOM:DeidentificationMethodCodeSequence""Deidentification Method Code Sequence"
-    "DICOM:DelayAfterTrigger""Delay After Trigger""DICOM:DeletionLock""Deletion Lock"
-    "DICOM:DeliveredChannelTotalTime""Delivered Channel Total Time""DICOM:DeliveredMeterset"
-    "Delivered Meterset""DICOM:DeliveredNumberOfPulses""Delivered Number Of Pulses"
-    "DICOM:DeliveredPrimaryMeterset""Delivered Primary Meterset"
-    "DICOM:DeliveredPulseRepetitionInterval""Delivered Pulse Repetition Interval"
-    "DICOM:DeliveredSecondaryMeterset""Delivered Secondary Meterset""DICOM:DeliveredTreatmentTime"
-    "Delivered Treatment Time""DICOM:DeliveryMaximumDose""Delivery Maximum Dose"
-    "DICOM:DeliveryVerificationImageSequence""Delivery Verification Image Sequence"
-    "DICOM:DeliveryWarningDose""Delivery Warning Dose""DICOM:DeltaStartTime""Delta Start Time"
-    "DICOM:DependantOnNoViewsProcessed""Dependant On No Views Processed""DICOM:DepthOfScanField"
-    "Depth Of Scan Field""DICOM:DepthOfTransverseImage""Depth Of Transverse Image"
-    "DICOM:DepthSpatialResolution""Depth Spatial Resolution""DICOM:DepthsOfFocus""Depths Of Focus"
-    "DICOM:DerivationCodeSequence""Derivation Code Sequence""DICOM:DerivationDescription"
-    "Derivation Description""DICOM:DerivationImageSequence""Derivation Image Sequence"
-    "DICOM:DestinationAE""Destination AE""DICOM:DetailsOfCoefficients""Details Of Coefficients"
-    "DICOM:DetectorActiveDimensions""Detector Active Dimensions"
-    "DICOM:DetectorActiveOffsetFromExposure""Detector Active Offset From Exposure"
-    "DICOM:DetectorActiveOrigin""Detector Active Origin""DICOM:DetectorActiveShape"
-    "Detector Active Shape""DICOM:DetectorActiveTime""Detector Active Time""DICOM:DetectorBinning"
-    "Detector Binning""DICOM:DetectorConditionsNominalFlag""Detector Conditions Nominal Flag"
-    "DICOM:DetectorConfiguration""Detector Configuration""DICOM:DetectorDescription"
-    "Detector Description""DICOM:DetectorElementPhysicalSize""Detector Element Physical Size"
-    "DICOM:DetectorElementSize""Detector Element Size""DICOM:DetectorElementSpacing"
-    "Detector Element Spacing""DICOM:DetectorExposuresSinceCalibration"
-    "Detector Exposures Since Calibration""DICOM:DetectorExposuresSinceManufactured"
-    "Detector Exposures Since Manufactured""DICOM:DetectorGeometry""Detector Geometry"
-    "DICOM:DetectorID""Detector ID""DICOM:DetectorInformationSequence"
-    "Detector Information Sequence""DICOM:DetectorLinesOfResponseUsed"
-    "Detector Lines Of Response Used""DICOM:DetectorManufacturerName""Detector Manufacturer Name"
-    "DICOM:DetectorManufacturersModelName""Detector Manufacturers Model Name""DICOM:DetectorMode"
-    "Detector Mode""DICOM:DetectorPrimaryAngle""Detector Primary Angle"
-    "DICOM:DetectorSecondaryAngle""Detector Secondary Angle""DICOM:DetectorTemperature"
-    "Detector Temperature""DICOM:DetectorTimeSinceLastExposure""Detector Time Since Last Exposure"
-    "DICOM:DetectorType""Detector Type""DICOM:DetectorVector""Detector Vector"
-    "DICOM:DeviceDescription""Device Description""DICOM:DeviceDiameter""Device Diameter"
-    "DICOM:DeviceDiameterUnits""Device Diameter Units""DICOM:DeviceID""Device ID"
-    "DICOM:DeviceLength""Device Length""DICOM:DeviceSequence""Device Sequence"
-    "DICOM:DeviceSerialNumber""Device Serial Number""DICOM:DeviceUID""Device UID"
-    "DICOM:DeviceVolume""Device Volume""DICOM:DiaphragmPosition""Diaphragm Position"
-    "DICOM:DiffusionAnisotropyType""Diffusion Anisotropy Type""DICOM:DiffusionBMatrixSequence"
-    "Diffusion B Matrix Sequence""DICOM:DiffusionBValue""Diffusion B Value""DICOM:DiffusionBValueXX"
-    "Diffusion B Value XX""DICOM:DiffusionBValueXY""Diffusion B Value XY""DICOM:DiffusionBValueXZ"
-    "Diffusion B Value XZ""DICOM:DiffusionBValueYY""Diffusion B Value YY""DICOM:DiffusionBValueYZ"
-    "Diffusion B Value YZ""DICOM:DiffusionBValueZZ""Diffusion B Value ZZ"
-    "DICOM:DiffusionDirectionality""Diffusion Directionality"
-    "DICOM:DiffusionGradientDirectionSequence""Diffusion Gradient Direction Sequence"
-    "DICOM:DiffusionGradientOrientation""Diffusion Gradient Orientation"
-    "DICOM:DigitalImageFormatAcquired""Digital Image Format Acquired""DICOM:DigitalReceiverGain"
-    "Digital Receiver Gain""DICOM:DigitalSignatureDateTime""Digital Signature Date Time"
-    "DICOM:DigitalSignaturePurposeCodeSeq""Digital Signature Purpose Code Seq"
-    "DICOM:DigitalSignatureUID""Digital Signature UID""DICOM:DigitalSignaturesSequence"
-    "Digital Signatures Sequence""DICOM:DigitizingDeviceTransportDirection"
-    "Digitizing Device Transport Direction""DICOM:DimensionDescriptionLabel"
-    "Dimension Description Label""DICOM:DimensionIndexPointer""Dimension Index Pointer"
-    "DICOM:DimensionIndexPrivateCreator""Dimension Index Private Creator"
-    "DICOM:DimensionIndexSequence""Dimension Index Sequence""DICOM:DimensionIndexValues"
-    "Dimension Index Values""DICOM:DimensionOrganizationSequence""Dimension Organization Sequence"
-    "DICOM:DimensionOrganizationUID""Dimension Organization UID""DICOM:DirectoryRecordSequence"
-    "Directory Record Sequence""DICOM:DirectoryRecordType""Directory Record Type"
-    "DICOM:DischargeDate""Discharge Date""DICOM:DischargeDiagnosisCodeSequence"
-    "Discharge Diagnosis Code Sequence""DICOM:DischargeDiagnosisDescription"
-    "Discharge Diagnosis Description""DICOM:DischargeTime""Discharge Time"
-    "DICOM:DisplayEnvironmentSpatialPosition""Display Environment Spatial Position"
-    "DICOM:DisplayFieldOfView""Display Field Of View""DICOM:DisplayFilterPercentage"
-    "Display Filter Percentage""DICOM:DisplaySetHorizontalJustification"
-    "Display Set Horizontal Justification""DICOM:DisplaySetLabel""Display Set Label"
-    "DICOM:DisplaySetNumber""Display Set Number""DICOM:DisplaySetPatientOrientation"
-    "Display Set Patient Orientation""DICOM:DisplaySetPresentationGroup"
-    "Display Set Presentation Group""DICOM:DisplaySetPresentationGroupDescr"
-    "Display Set Presentation Group Descr""DICOM:DisplaySetScrollingGroup"
-    "Display Set Scrolling Group""DICOM:DisplaySetVerticalJustification"
-    "Display Set Vertical Justification""DICOM:DisplaySetsSequence""Display Sets Sequence"
-    "DICOM:DisplayShadingFlag""Display Shading Flag""DICOM:DisplayWindowLabelVector"
-    "Display Window Label Vector""DICOM:DisplayedAreaBottomRight""Displayed Area Bottom Right"
-    "DICOM:DisplayedAreaBottomRightTrial""Displayed Area Bottom Right Trial"
-    "DICOM:DisplayedAreaSelectionSequence""Displayed Area Selection Sequence"
-    "DICOM:DisplayedAreaTopLeft""Displayed Area Top Left""DICOM:DisplayedAreaTopLeftTrial"
-    "Displayed Area Top Left Trial""DICOM:DistanceObjectToTableTop""Distance Object To Table Top"
-    "DICOM:DistancePupillaryDistance""Distance Pupillary Distance"
-    "DICOM:DistanceReceptorPlaneToDetHousing""Distance Receptor Plane To Det Housing"
-    "DICOM:DistanceSourceToDetector""Distance Source To Detector""DICOM:DistanceSourceToEntrance"
-    "Distance Source To Entrance""DICOM:DistanceSourceToIsocenter""Distance Source To Isocenter"
-    "DICOM:DistanceSourceToPatient""Distance Source To Patient""DICOM:DistanceSourceToSupport"
-    "Distance Source To Support""DICOM:DistributionAddress""Distribution Address"
-    "DICOM:DistributionName""Distribution Name""DICOM:DistributionType""Distribution Type"
-    "DICOM:DocumentTitle""Document Title""DICOM:DopplerCorrectionAngle""Doppler Correction Angle"
-    "DICOM:DopplerSampleVolumeXPosRetired""Doppler Sample Volume X Pos Retired"
-    "DICOM:DopplerSampleVolumeXPosition""Doppler Sample Volume X Position"
-    "DICOM:DopplerSampleVolumeYPosRetired""Doppler Sample Volume Y Pos Retired"
-    "DICOM:DopplerSampleVolumeYPosition""Doppler Sample Volume Y Position"
-    "DICOM:DoseCalibrationFactor""Dose Calibration Factor""DICOM:DoseComment""Dose Comment"
-    "DICOM:DoseGridScaling""Dose Grid Scaling""DICOM:DoseRateDelivered""Dose Rate Delivered"
-    "DICOM:DoseRateSet""Dose Rate Set""DICOM:DoseReferenceDescription""Dose Reference Description"
-    "DICOM:DoseReferenceNumber""Dose Reference Number""DICOM:DoseReferencePointCoordinates"
-    "Dose Reference Point Coordinates""DICOM:DoseReferenceSequence""Dose Reference Sequence"
-    "DICOM:DoseReferenceStructureType""Dose Reference Structure Type""DICOM:DoseReferenceType"
-    "Dose Reference Type""DICOM:DoseReferenceUID""Dose Reference UID""DICOM:DoseSummationType"
-    "Dose Summation Type""DICOM:DoseType""Dose Type""DICOM:DoseUnits""Dose Units""DICOM:DoseValue"
-    "Dose Value""DICOM:DoubleExposureFieldDelta""Double Exposure Field Delta"
-    "DICOM:DoubleExposureFlag""Double Exposure Flag""DICOM:DoubleExposureMeterset"
-    "Double Exposure Meterset""DICOM:DoubleExposureOrdering""Double Exposure Ordering"
-    "DICOM:DurationOfXrayOn""Duration Of Xray On""DICOM:DynamicRange""Dynamic Range"
-    "DICOM:DynamicZAlphaValue""Dynamic Z Alpha Value""DICOM:EchoNumber""Echo Number"
-    "DICOM:EchoPlanarPulseSequence""Echo Planar Pulse Sequence""DICOM:EchoPulseSequence"
-    "Echo Pulse Sequence""DICOM:EchoTime""Echo Time""DICOM:EchoTrainLength""Echo Train Length"
-    "DICOM:EdgePointIndexList""Edge Point Index List""DICOM:EffectiveDuration""Effective Duration"
-    "DICOM:EffectiveEchoSpacing""Effective Echo Spacing""DICOM:EffectiveEchoTime"
-    "Effective Echo Time""DICOM:EmmetropicMagnification""Emmetropic Magnification"
-    "DICOM:EmptyImageDensity""Empty Image Density""DICOM:EncapsulatedDocument"
-    "Encapsulated Document""DICOM:EncryptedAttributesSequence""Encrypted Attributes Sequence"
-    "DICOM:EncryptedContent""Encrypted Content""DICOM:EncryptedContentTransferSyntaxUID"
-    "Encrypted Content Transfer Syntax UID""DICOM:EndAcquisitionDateTime""End Acquisition Date Time"
-    "DICOM:EndCumulativeMetersetWeight""End Cumulative Meterset Weight""DICOM:EndMeterset"
-    "End Meterset""DICOM:EndNumberForBaseline""End Number For Baseline"
-    "DICOM:EndNumberForEnhancedScans""End Number For Enhanced Scans""DICOM:EndOfItems""End Of Items"
-    "DICOM:EndOfSequence""End Of Sequence""DICOM:EndingRespiratoryAmplitude"
-    "Ending Respiratory Amplitude""DICOM:EndingRespiratoryPhase""Ending Respiratory Phase"
-    "DICOM:EnergyWeightingFactor""Energy Weighting Factor""DICOM:EnergyWindowCenterline"
-    "Energy Window Centerline""DICOM:EnergyWindowInformationSequence"
-    "Energy Window Information Sequence""DICOM:EnergyWindowLowerLimit""Energy Window Lower Limit"
-    "DICOM:EnergyWindowName""Energy Window Name""DICOM:EnergyWindowNumber""Energy Window Number"
-    "DICOM:EnergyWindowRangeSequence""Energy Window Range Sequence""DICOM:EnergyWindowTotalWidth"
-    "Energy Window Total Width""DICOM:EnergyWindowUpperLimit""Energy Window Upper Limit"
-    "DICOM:EnergyWindowVector""Energy Window Vector""DICOM:EntranceDose""Entrance Dose"
-    "DICOM:EntranceDoseInMilliGy""Entrance Dose In Milli Gy""DICOM:EquipmentCoordinateSystemID"
-    "Equipment Coordinate System ID""DICOM:EquipmentUID""Equipment UID"
-    "DICOM:EquivalentCDADocumentSequence""Equivalent CDA Document Sequence""DICOM:EscapeTriplet"
-    "Escape Triplet""DICOM:EstimatedDoseSaving""Estimated Dose Saving"
-    "DICOM:EstimatedRadiographicMagnification""Estimated Radiographic Magnification"
-    "DICOM:EthnicGroup""Ethnic Group""DICOM:EventCodeSequence""Event Code Sequence"
-    "DICOM:EventElapsedTimes""Event Elapsed Times""DICOM:EventTimeOffset""Event Time Offset"
-    "DICOM:EventTimerNames""Event Timer Names""DICOM:EventTimerSequence""Event Timer Sequence"
-    "DICOM:ExamRecordChecksum""Exam Record Checksum""DICOM:ExaminedBodyThickness"
-    "Examined Body Thickness""DICOM:ExclusionDuration""Exclusion Duration"
-    "DICOM:ExclusionStartDatetime""Exclusion Start Datetime""DICOM:ExecutionStatus"
-    "Execution Status""DICOM:ExecutionStatusInfo""Execution Status Info"
-    "DICOM:ExpectedCompletionDateAndTime""Expected Completion Date And Time""DICOM:ExposedArea"
-    "Exposed Area""DICOM:Exposure""DICOM:ExposureControlMode""Exposure Control Mode"
-    "DICOM:ExposureControlModeDescription""Exposure Control Mode Description"
-    "DICOM:ExposureControlSensRegionLeftEdge""Exposure Control Sens Region Left Edge"
-    "DICOM:ExposureControlSensRegionRightEdge""Exposure Control Sens Region Right Edge"
-    "DICOM:ExposureControlSensingRegionShape""Exposure Control Sensing Region Shape"
-    "DICOM:ExposureControlSensingRegionsSeq""Exposure Control Sensing Regions Seq"
-    "DICOM:ExposureDoseSequence""Exposure Dose Sequence""DICOM:ExposureInMicroAmpSec"
-    "Exposure In Micro Amp Sec""DICOM:ExposureInMilliAmpSec""Exposure In Milli Amp Sec"
-    "DICOM:ExposureModulationType""Exposure Modulation Type""DICOM:ExposureSequence"
-    "Exposure Sequence""DICOM:ExposureStatus""Exposure Status""DICOM:ExposureTime""Exposure Time"
-    "DICOM:ExposureTimeInMicroSec""Exposure Time In Micro Sec""DICOM:ExposureTimeInMilliSec"
-    "Exposure Time In Milli Sec""DICOM:ExposuresOnPlate""Exposures On Plate"
-    "DICOM:ExtremityCoilFlag""Extremity Coil Flag""DICOM:FacetSequence""Facet Sequence"
-    "DICOM:FailedAttributesSequence""Failed Attributes Sequence""DICOM:FailedSOPInstanceUIDList"
-    "Failed SOP Instance UID List""DICOM:FailedSOPSequence""Failed SOP Sequence"
-    "DICOM:FailureAttributes""Failure Attributes""DICOM:FailureReason""Failure Reason"
-    "DICOM:FastPhases""Fast Phases""DICOM:FiducialDescription""Fiducial Description"
-    "DICOM:FiducialIdentifier""Fiducial Identifier""DICOM:FiducialIdentifierCodeSequence"
-    "Fiducial Identifier Code Sequence""DICOM:FiducialSequence""Fiducial Sequence"
-    "DICOM:FiducialSetSequence""Fiducial Set Sequence""DICOM:FiducialUID""Fiducial UID"
-    "DICOM:FieldOfViewDescription""Field Of View Description""DICOM:FieldOfViewDimensions"
-    "Field Of View Dimensions""DICOM:FieldOfViewDimensionsInFloat"
-    "Field Of View Dimensions In Float""DICOM:FieldOfViewHorizontalFlip"
-    "Field Of View Horizontal Flip""DICOM:FieldOfViewInDetectorCells"
-    "Field Of View In Detector Cells""DICOM:FieldOfViewOrigin""Field Of View Origin"
-    "DICOM:FieldOfViewRotation""Field Of View Rotation""DICOM:FieldOfViewSequence"
-    "Field Of View Sequence""DICOM:FieldOfViewShape""Field Of View Shape"
-    "DICOM:FileMetaInfoGroupLength""File Meta Info Group Length""DICOM:FileMetaInfoVersion"
-    "File Meta Info Version""DICOM:FileSetConsistencyFlag""File Set Consistency Flag"
-    "DICOM:FileSetDescriptorFileID""File Set Descriptor File ID""DICOM:FileSetID""File Set ID"
-    "DICOM:FillerOrderNum-ImagingServiceReq""Filler Order Num-Imaging Service Req"
-    "DICOM:FillerOrderNumber-Procedure""Filler Order Number-Procedure""DICOM:FilmBoxContentSequence"
-    "Film Box Content Sequence""DICOM:FilmConsumptionSequence""Film Consumption Sequence"
-    "DICOM:FilmDestination""Film Destination""DICOM:FilmOrientation""Film Orientation"
-    "DICOM:FilmSessionLabel""Film Session Label""DICOM:FilmSizeID""Film Size ID"
-    "DICOM:FilterByAttributePresence""Filter By Attribute Presence""DICOM:FilterByCategory"
-    "Filter By Category""DICOM:FilterByOperator""Filter By Operator""DICOM:FilterHighFrequency"
-    "Filter High Frequency""DICOM:FilterLowFrequency""Filter Low Frequency""DICOM:FilterMaterial"
-    "Filter Material""DICOM:FilterOperationsSequence""Filter Operations Sequence"
-    "DICOM:FilterThicknessMaximum""Filter Thickness Maximum""DICOM:FilterThicknessMinimum"
-    "Filter Thickness Minimum""DICOM:FilterType""Filter Type""DICOM:FinalCumulativeMetersetWeight"
-    "Final Cumulative Meterset Weight""DICOM:FinalCumulativeTimeWeight"
-    "Final Cumulative Time Weight""DICOM:FiniteVolume""Finite Volume"
-    "DICOM:FirstDirectoryRecordOffset""First Directory Record Offset"
-    "DICOM:FirstOrderPhaseCorrection""First Order Phase Correction"
-    "DICOM:FirstOrderPhaseCorrectionAngle""First Order Phase Correction Angle"
-    "DICOM:FirstScanLocation""First Scan Location""DICOM:FirstScanRas""First Scan Ras"
-    "DICOM:FirstTreatmentDate""First Treatment Date""DICOM:FixationDeviceDescription"
-    "Fixation Device Description""DICOM:FixationDeviceLabel""Fixation Device Label"
-    "DICOM:FixationDevicePitchAngle""Fixation Device Pitch Angle""DICOM:FixationDevicePosition"
-    "Fixation Device Position""DICOM:FixationDeviceRollAngle""Fixation Device Roll Angle"
-    "DICOM:FixationDeviceSequence""Fixation Device Sequence""DICOM:FixationDeviceType"
-    "Fixation Device Type""DICOM:FixationLightAzimuthalAngle""Fixation Light Azimuthal Angle"
-    "DICOM:FixationLightPolarAngle""Fixation Light Polar Angle""DICOM:FlipAngle""Flip Angle"
-    "DICOM:FloatSlop""Float Slop""DICOM:FlowCompensation""Flow Compensation"
-    "DICOM:FlowCompensationDirection""Flow Compensation Direction""DICOM:FluenceDataScale"
-    "Fluence Data Scale""DICOM:FluenceDataSource""Fluence Data Source""DICOM:FluenceMapSequence"
-    "Fluence Map Sequence""DICOM:FluenceMode""Fluence Mode""DICOM:FluenceModeID""Fluence Mode ID"
-    "DICOM:FluoroscopyFlag""Fluoroscopy Flag""DICOM:FocalDistance""Focal Distance""DICOM:FocalSpots"
-    "Focal Spots""DICOM:FocusDepth""Focus Depth""DICOM:ForeignImageRevision""Foreign Image Revision"
-    "DICOM:FractionGroupDescription""Fraction Group Description""DICOM:FractionGroupNumber"
-    "Fraction Group Number""DICOM:FractionGroupSequence""Fraction Group Sequence"
-    "DICOM:FractionGroupSummarySequence""Fraction Group Summary Sequence""DICOM:FractionGroupType"
-    "Fraction Group Type""DICOM:FractionNumber""Fraction Number""DICOM:FractionPattern"
-    "Fraction Pattern""DICOM:FractionStatusSummarySequence""Fraction Status Summary Sequence"
-    "DICOM:FractionalChannelDisplayScale""Fractional Channel Display Scale""DICOM:FractionalEcho"
-    "Fractional Echo""DICOM:FrameAcquisitionDateTime""Frame Acquisition Date Time"
-    "DICOM:FrameAcquisitionDuration""Frame Acquisition Duration""DICOM:FrameAcquisitionNumber"
-    "Frame Acquisition Number""DICOM:FrameAcquisitionSequence""Frame Acquisition Sequence"
-    "DICOM:FrameAnatomySequence""Frame Anatomy Sequence""DICOM:FrameComments""Frame Comments"
-    "DICOM:FrameContentSequence""Frame Content Sequence""DICOM:FrameDelay""Frame Delay"
-    "DICOM:FrameDetectorParametersSequence""Frame Detector Parameters Sequence"
-    "DICOM:FrameDimensionPointer""Frame Dimension Pointer""DICOM:FrameDisplaySequence"
-    "Frame Display Sequence""DICOM:FrameDisplayShutterSequence""Frame Display Shutter Sequence"
-    "DICOM:FrameExtractionSequence""Frame Extraction Sequence""DICOM:FrameIncrementPointer"
-    "Frame Increment Pointer""DICOM:FrameLabel""Frame Label""DICOM:FrameLabelVector"
-    "Frame Label Vector""DICOM:FrameLaterality""Frame Laterality""DICOM:FrameNumbersOfInterest"
-    "Frame Numbers Of Interest""DICOM:FrameOfInterestDescription""Frame Of Interest Description"
-    "DICOM:FrameOfInterestType""Frame Of Interest Type""DICOM:FrameOfRefTransformationMatrixType"
-    "Frame Of Ref Transformation Matrix Type""DICOM:FrameOfReferenceRelationshipSeq"
-    "Frame Of Reference Relationship Seq""DICOM:FrameOfReferenceTransformComment"
-    "Frame Of Reference Transform Comment""DICOM:FrameOfReferenceTransformMatrix"
-    "Frame Of Reference Transform Matrix""DICOM:FrameOfReferenceTransformType"
-    "Frame Of Reference Transform Type""DICOM:FrameOfReferenceUID""Frame Of Reference UID"
-    "DICOM:FramePixelDataPropertiesSequence""Frame Pixel Data Properties Sequence"
-    "DICOM:FramePixelShiftSequence""Frame Pixel Shift Sequence""DICOM:FramePrimaryAngleVector"
-    "Frame Primary Angle Vector""DICOM:FrameReferenceDateTime""Frame Reference Date Time"
-    "DICOM:FrameReferenceTime""Frame Reference Time""DICOM:FrameSecondaryAngleVector"
-    "Frame Secondary Angle Vector""DICOM:FrameTime""Frame Time""DICOM:FrameTimeVector"
-    "Frame Time Vector""DICOM:FrameType""Frame Type""DICOM:FrameVOILUTSequence"
-    "Frame VOILUT Sequence""DICOM:FrequencyCorrection""Frequency Correction""DICOM:FullFidelity"
-    "Full Fidelity""DICOM:FunctionalGroupPointer""Functional Group Pointer"
-    "DICOM:FunctionalGroupPrivateCreator""Functional Group Private Creator""DICOM:GEImageIntegrity"
-    "GE Image Integrity""DICOM:GantryAngle""Gantry Angle""DICOM:GantryAngleTolerance"
-    "Gantry Angle Tolerance""DICOM:GantryDetectorSlew""Gantry Detector Slew"
-    "DICOM:GantryDetectorTilt""Gantry Detector Tilt""DICOM:GantryID""Gantry ID"
-    "DICOM:GantryMotionCorrected""Gantry Motion Corrected""DICOM:GantryPeriod""Gantry Period"
-    "DICOM:GantryPitchAngle""Gantry Pitch Angle""DICOM:GantryPitchAngleTolerance"
-    "Gantry Pitch Angle Tolerance""DICOM:GantryPitchRotationDirection"
-    "Gantry Pitch Rotation Direction""DICOM:GantryRotationDirection""Gantry Rotation Direction"
-    "DICOM:GatedInformationSequence""Gated Information Sequence"
-    "DICOM:GenPurposePerformedProcStepStatus""Gen Purpose Performed Proc Step Status"
-    "DICOM:GenPurposeSchedProcStepPriority""Gen Purpose Sched Proc Step Priority"
-    "DICOM:GenPurposeScheduledProcStepStatus""Gen Purpose Scheduled Proc Step Status"
-    "DICOM:GeneralAccessoryDescription""General Accessory Description""DICOM:GeneralAccessoryID"
-    "General Accessory ID""DICOM:GeneralAccessoryNumber""General Accessory Number"
-    "DICOM:GeneralAccessorySequence""General Accessory Sequence""DICOM:GeneralAccessoryType"
-    "General Accessory Type""DICOM:GeneralMachineVerificationSequence"
-    "General Machine Verification Sequence""DICOM:GeneratorID""Generator ID""DICOM:GeneratorPower"
-    "Generator Power""DICOM:GenesisVersionNow""Genesis Version Now"
-    "DICOM:GeometricMaximumDistortion""Geometric Maximum Distortion""DICOM:GeometricalProperties"
-    "Geometrical Properties""DICOM:GeometryOfKSpaceTraversal""Geometry Of K Space Traversal"
-    "DICOM:GradientEchoTrainLength""Gradient Echo Train Length""DICOM:GradientOffsetInX"
-    "Gradient Offset In X""DICOM:GradientOffsetInY""Gradient Offset In Y""DICOM:GradientOffsetInZ"
-    "Gradient Offset In Z""DICOM:GradientOutput""Gradient Output""DICOM:GradientOutputType"
-    "Gradient Output Type""DICOM:GraphicAnnotationSequence""Graphic Annotation Sequence"
-    "DICOM:GraphicAnnotationUnits""Graphic Annotation Units""DICOM:GraphicCoordinatesDataSequence"
-    "Graphic Coordinates Data Sequence""DICOM:GraphicData""Graphic Data""DICOM:GraphicDimensions"
-    "Graphic Dimensions""DICOM:GraphicFilled""Graphic Filled""DICOM:GraphicLayer""Graphic Layer"
-    "DICOM:GraphicLayerDescription""Graphic Layer Description""DICOM:GraphicLayerOrder"
-    "Graphic Layer Order""DICOM:GraphicLayerRecDisplayGraysclValue"
-    "Graphic Layer Rec Display Grayscl Value""DICOM:GraphicLayerRecDisplayRGBValue"
-    "Graphic Layer Rec Display RGB Value""DICOM:GraphicLayerRecomDisplayCIELabVal"
-    "Graphic Layer Recom Display CIE Lab Val""DICOM:GraphicLayerSequence""Graphic Layer Sequence"
-    "DICOM:GraphicObjectSequence""Graphic Object Sequence""DICOM:GraphicType""Graphic Type"
-    "DICOM:GraphicallyPrescribed""Graphically Prescribed""DICOM:GrayLookupTableData"
-    "Gray Lookup Table Data""DICOM:GrayLookupTableDescriptor""Gray Lookup Table Descriptor"
-    "DICOM:GrayScale""Gray Scale""DICOM:GrayscalePresentationStateSequence"
-    "Grayscale Presentation State Sequence""DICOM:GreenPaletteColorTableData"
-    "Green Palette Color Table Data""DICOM:GreenPaletteColorTableDescriptor"
-    "Green Palette Color Table Descriptor""DICOM:Grid""DICOM:GridAbsorbingMaterial"
-    "Grid Absorbing Material""DICOM:GridAspectRatio""Grid Aspect Ratio""DICOM:GridDimensions"
-    "Grid Dimensions""DICOM:GridFocalDistance""Grid Focal Distance""DICOM:GridFrameOffsetVector"
-    "Grid Frame Offset Vector""DICOM:GridID""Grid ID""DICOM:GridPeriod""Grid Period"
-    "DICOM:GridPitch""Grid Pitch""DICOM:GridResolution""Grid Resolution""DICOM:GridSpacingMaterial"
-    "Grid Spacing Material""DICOM:GridThickness""Grid Thickness""DICOM:HL7DocumentEffectiveTime"
-    "HL7 Document Effective Time""DICOM:HL7DocumentTypeCodeSequence"
-    "HL7 Document Type Code Sequence""DICOM:HL7InstanceIdentifier""HL7 Instance Identifier"
-    "DICOM:HL7StructuredDocumentRefSeq""HL7 Structured Document Ref Seq""DICOM:HalfValueLayer"
-    "Half Value Layer""DICOM:HangingProtocolCreationDateTime""Hanging Protocol Creation Date Time"
-    "DICOM:HangingProtocolCreator""Hanging Protocol Creator"
-    "DICOM:HangingProtocolDefinitionSequence""Hanging Protocol Definition Sequence"
-    "DICOM:HangingProtocolDescription""Hanging Protocol Description""DICOM:HangingProtocolLevel"
-    "Hanging Protocol Level""DICOM:HangingProtocolName""Hanging Protocol Name"
-    "DICOM:HangingProtocolUserGroupName""Hanging Protocol User Group Name"
-    "DICOM:HangingProtocolUserIDCodeSequence""Hanging Protocol User ID Code Sequence"
-    "DICOM:HardcopyCreationDeviceID""Hardcopy Creation Device ID""DICOM:HardcopyDeviceManufacturer"
-    "Hardcopy Device Manufacturer""DICOM:HardcopyDeviceModelName""Hardcopy Device Model Name"
-    "DICOM:HardcopyDeviceSoftwareVersion""Hardcopy Device Software Version""DICOM:HeadFixationAngle"
-    "Head Fixation Angle""DICOM:HeartRate""Heart Rate""DICOM:HighBit""High Bit"
-    "DICOM:HighDoseTechniqueType""High Dose Technique Type""DICOM:HighRRValue""High RR Value"
-    "DICOM:HistogramBinWidth""Histogram Bin Width""DICOM:HistogramData""Histogram Data"
-    "DICOM:HistogramExplanation""Histogram Explanation""DICOM:HistogramFirstBinValue"
-    "Histogram First Bin Value""DICOM:HistogramLastBinValue""Histogram Last Bin Value"
-    "DICOM:HistogramNumberOfBins""Histogram Number Of Bins""DICOM:HistogramSequence"
-    "Histogram Sequence""DICOM:HistogramTables""Histogram Tables""DICOM:HorizFrameOfRef"
-    "Horiz Frame Of Ref""DICOM:HorizontalFieldOfView""Horizontal Field Of View"
-    "DICOM:HorizontalPrismBase""Horizontal Prism Base""DICOM:HorizontalPrismPower"
-    "Horizontal Prism Power""DICOM:HuffmanTableSize""Huffman Table Size""DICOM:HuffmanTableTriplet"
-    "Huffman Table Triplet""DICOM:HumanPerformerCodeSequence""Human Performer Code Sequence"
-    "DICOM:HumanPerformerName""Human Performer Name""DICOM:HumanPerformersOrganization"
-    "Human Performers Organization""DICOM:IBHImageScaleFactors""IBH Image Scale Factors"
-    "DICOM:ICCProfile""ICC Profile""DICOM:IVUSAcquisition""IVUS Acquisition""DICOM:IVUSGatedRate"
-    "IVUS Gated Rate""DICOM:IVUSPullbackRate""IVUS Pullback Rate"
-    "DICOM:IVUSPullbackStartFrameNumber""IVUS Pullback Start Frame Number"
-    "DICOM:IVUSPullbackStopFrameNumber""IVUS Pullback Stop Frame Number""DICOM:IconImageSequence"
-    "Icon Image Sequence""DICOM:IdenticalDocumentsSequence""Identical Documents Sequence"
-    "DICOM:IdentifierTypeCode""Identifier Type Code""DICOM:IdentifyingComments"
-    "Identifying Comments""DICOM:IdentifyingGroupLength""Identifying Group Length"
-    "DICOM:Illumination""DICOM:IlluminationBandwidth""Illumination Bandwidth"
-    "DICOM:IlluminationPower""Illumination Power""DICOM:IlluminationTypeCodeSequence"
-    "Illumination Type Code Sequence""DICOM:IlluminationWaveLength""Illumination Wave Length"
-    "DICOM:ImageActualDate""Image Actual Date""DICOM:ImageArchiveFlag""Image Archive Flag"
-    "DICOM:ImageAreaDoseProduct""Image Area Dose Product""DICOM:ImageBoxContentSequence"
-    "Image Box Content Sequence""DICOM:ImageBoxLargeScrollAmount""Image Box Large Scroll Amount"
-    "DICOM:ImageBoxLargeScrollType""Image Box Large Scroll Type""DICOM:ImageBoxLayoutType"
-    "Image Box Layout Type""DICOM:ImageBoxNumber""Image Box Number""DICOM:ImageBoxOverlapPriority"
-    "Image Box Overlap Priority""DICOM:ImageBoxPosition""Image Box Position"
-    "DICOM:ImageBoxPresentationLUTFlag""Image Box Presentation LUT Flag"
-    "DICOM:ImageBoxScrollDirection""Image Box Scroll Direction""DICOM:ImageBoxSmallScrollAmount"
-    "Image Box Small Scroll Amount""DICOM:ImageBoxSmallScrollType""Image Box Small Scroll Type"
-    "DICOM:ImageBoxTileHorizontalDimension""Image Box Tile Horizontal Dimension"
-    "DICOM:ImageBoxTileVerticalDimension""Image Box Tile Vertical Dimension"
-    "DICOM:ImageBoxesSequence""Image Boxes Sequence""DICOM:ImageCenterPointCoordinatesSeq"
-    "Image Center Point Coordinates Seq""DICOM:ImageComments""Image Comments"
-    "DICOM:ImageDataLocation""Image Data Location""DICOM:ImageDataTypeSequence"
-    "Image Data Type Sequence""DICOM:ImageDimensionX""Image Dimension X""DICOM:ImageDimensionY"
-    "Image Dimension Y""DICOM:ImageDimensions""Image Dimensions""DICOM:ImageDisplayFormat"
-    "Image Display Format""DICOM:ImageFilter""Image Filter""DICOM:ImageFormat""Image Format"
-    "DICOM:ImageFrameOrigin""Image Frame Origin""DICOM:ImageFromWhichPrescribed"
-    "Image From Which Prescribed""DICOM:ImageGeometryType""Image Geometry Type"
-    "DICOM:ImageHorizontalFlip""Image Horizontal Flip""DICOM:ImageID""Image ID""DICOM:ImageIndex"
-    "Image Index""DICOM:ImageLaterality""Image Laterality""DICOM:ImageLocation""Image Location"
-    "DICOM:ImageOrientation""Image Orientation""DICOM:ImageOrientationPatient"
-    "Image Orientation Patient""DICOM:ImageOrientationVolume""Image Orientation Volume"
-    "DICOM:ImageOverlayBoxContentSequence""Image Overlay Box Content Sequence"
-    "DICOM:ImageOverlayFlag""Image Overlay Flag""DICOM:ImagePathFilterPassBand"
-    "Image Path Filter Pass Band""DICOM:ImagePathFilterPassThroughWavelen"
-    "Image Path Filter Pass Through Wavelen""DICOM:ImagePathFilterTypeStackCodeSeq"
-    "Image Path Filter Type Stack Code Seq""DICOM:ImagePlanePixelSpacing""Image Plane Pixel Spacing"
-    "DICOM:ImagePosition""Image Position""DICOM:ImagePositionPatient""Image Position Patient"
-    "DICOM:ImagePositionVolume""Image Position Volume""DICOM:ImagePresentationComments"
-    "Image Presentation Comments""DICOM:ImagePresentationGroupLength"
-    "Image Presentation Group Length""DICOM:ImageProcessingApplied""Image Processing Applied"
-    "DICOM:ImageRotation""Image Rotation""DICOM:ImageRotationRetired""Image Rotation Retired"
-    "DICOM:ImageSetLabel""Image Set Label""DICOM:ImageSetNumber""Image Set Number"
-    "DICOM:ImageSetSelectorCategory""Image Set Selector Category""DICOM:ImageSetSelectorSequence"
-    "Image Set Selector Sequence""DICOM:ImageSetSelectorUsageFlag""Image Set Selector Usage Flag"
-    "DICOM:ImageSetsSequence""Image Sets Sequence""DICOM:ImageToEquipmentMappingMatrix"
-    "Image To Equipment Mapping Matrix""DICOM:ImageTransformationMatrix"
-    "Image Transformation Matrix""DICOM:ImageTranslationVector""Image Translation Vector"
-    "DICOM:ImageTriggerDelay""Image Trigger Delay""DICOM:ImageType""Image Type""DICOM:ImagedNucleus"
-    "Imaged Nucleus""DICOM:ImagerPixelSpacing""Imager Pixel Spacing""DICOM:ImagesInAcquisition"
-    "Images In Acquisition""DICOM:ImagesInSeries""Images In Series""DICOM:ImagesInStudy"
-    "Images In Study""DICOM:ImagesPerCardiacCycle""Images Per Cardiac Cycle"
-    "DICOM:ImagingDeviceSpecificAcqParams""Imaging Device Specific Acq Params"
-    "DICOM:ImagingFrequency""Imaging Frequency""DICOM:ImagingMode""Imaging Mode"
-    "DICOM:ImagingOptions""Imaging Options""DICOM:ImagingServiceRequestComments"
-    "Imaging Service Request Comments""DICOM:ImgIsOriginalOrUnoriginal"
-    "Img Is Original Or Unoriginal""DICOM:ImplementationClassUID""Implementation Class UID"
-    "DICOM:ImplementationVersionName""Implementation Version Name""DICOM:Impressions"
-    "DICOM:InConcatenationNumber""In Concatenation Number""DICOM:InConcatenationTotalNumber"
-    "In Concatenation Total Number""DICOM:InPlanePhaseEncodingDirection"
-    "In Plane Phase Encoding Direction""DICOM:InStackPositionNumber""In Stack Position Number"
-    "DICOM:IncludeDisplayApplication""Include Display Application""DICOM:IncludeNonDICOMObjects"
-    "Include Non DICOM Objects""DICOM:IncrementBetweenChannels""Increment Between Channels"
-    "DICOM:IncrementBetweenViews""Increment Between Views""DICOM:IndicatesIfTheStudyHasCompleteInfo"
-    "Indicates If The Study Has Complete Info""DICOM:IndicatesNoofUpdatesToHeader"
-    "Indicates Noof Updates To Header""DICOM:InitialCineRunState""Initial Cine Run State"
-    "DICOM:InputAvailabilityFlag""Input Availability Flag""DICOM:InputInformationSequence"
-    "Input Information Sequence""DICOM:InstanceAvailability""Instance Availability"
-    "DICOM:InstanceCreationDate""Instance Creation Date""DICOM:InstanceCreationTime"
-    "Instance Creation Time""DICOM:InstanceCreatorUID""Instance Creator UID""DICOM:InstanceNumber"
-    "Instance Number""DICOM:InstitutionAddress""Institution Address""DICOM:InstitutionCodeSequence"
-    "Institution Code Sequence""DICOM:InstitutionName""Institution Name"
-    "DICOM:InstitutionalDepartmentName""Institutional Department Name"
-    "DICOM:InsurancePlanIdentification""Insurance Plan Identification""DICOM:IntegerSlop"
-    "Integer Slop""DICOM:IntendedRecipientsOfResultsIDSeq""Intended Recipients Of Results ID Seq"
-    "DICOM:IntensifierActiveDimensions""Intensifier Active Dimensions""DICOM:IntensifierActiveShape"
-    "Intensifier Active Shape""DICOM:IntensifierSize""Intensifier Size""DICOM:InterMarkerDistance"
-    "Inter Marker Distance""DICOM:InternalPulseSeqName""Internal Pulse Seq Name"
-    "DICOM:InterpretationApprovalDate""Interpretation Approval Date"
-    "DICOM:InterpretationApprovalTime""Interpretation Approval Time"
-    "DICOM:InterpretationApproverSequence""Interpretation Approver Sequence"
-    "DICOM:InterpretationAuthor""Interpretation Author""DICOM:InterpretationDiagnosisCodeSeq"
-    "Interpretation Diagnosis Code Seq""DICOM:InterpretationDiagnosisDescription"
-    "Interpretation Diagnosis Description""DICOM:InterpretationID""Interpretation ID"
-    "DICOM:InterpretationIDIssuer""Interpretation ID Issuer""DICOM:InterpretationRecordedDate"
-    "Interpretation Recorded Date""DICOM:InterpretationRecordedTime""Interpretation Recorded Time"
-    "DICOM:InterpretationRecorder""Interpretation Recorder""DICOM:InterpretationStatusID"
-    "Interpretation Status ID""DICOM:InterpretationText""Interpretation Text"
-    "DICOM:InterpretationTranscriber""Interpretation Transcriber"
-    "DICOM:InterpretationTranscriptionDate""Interpretation Transcription Date"
-    "DICOM:InterpretationTranscriptionTime""Interpretation Transcription Time"
-    "DICOM:InterpretationTypeID""Interpretation Type ID""DICOM:InterscanDelay""Interscan Delay"
-    "DICOM:IntervalNumber""Interval Number""DICOM:IntervalsAcquired""Intervals Acquired"
-    "DICOM:IntervalsRejected""Intervals Rejected""DICOM:InterventionDescription"
-    "Intervention Description""DICOM:InterventionDrugDose""Intervention Drug Dose"
-    "DICOM:InterventionDrugInformationSeq""Intervention Drug Information Seq"
-    "DICOM:InterventionDrugName""Intervention Drug Name""DICOM:InterventionDrugSequence"
-    "Intervention Drug Sequence""DICOM:InterventionDrugStartTime""Intervention Drug Start Time"
-    "DICOM:InterventionDrugStopTime""Intervention Drug Stop Time""DICOM:InterventionSequence"
-    "Intervention Sequence""DICOM:InterventionStatus""Intervention Status"
-    "DICOM:IntraOcularPressure""Intra Ocular Pressure""DICOM:InversionRecovery""Inversion Recovery"
-    "DICOM:InversionTime""Inversion Time""DICOM:InversionTimes""Inversion Times"
-    "DICOM:IonBeamLimitingDeviceSequence""Ion Beam Limiting Device Sequence""DICOM:IonBeamSequence"
-    "Ion Beam Sequence""DICOM:IonBlockSequence""Ion Block Sequence"
-    "DICOM:IonControlPointDeliverySequence""Ion Control Point Delivery Sequence"
-    "DICOM:IonControlPointSequence""Ion Control Point Sequence"
-    "DICOM:IonControlPointVerificationSeq""Ion Control Point Verification Seq"
-    "DICOM:IonMachineVerificationSequence""Ion Machine Verification Sequence"
-    "DICOM:IonRangeCompensatorSequence""Ion Range Compensator Sequence"
-    "DICOM:IonToleranceTableSequence""Ion Tolerance Table Sequence""DICOM:IonWedgePositionSequence"
-    "Ion Wedge Position Sequence""DICOM:IonWedgeSequence""Ion Wedge Sequence"
-    "DICOM:IrradiationEventIDSequence""Irradiation Event ID Sequence""DICOM:IrradiationEventUID"
-    "Irradiation Event UID""DICOM:IsocenterPosition""Isocenter Position"
-    "DICOM:IsocenterReferenceSystemSequence""Isocenter Reference System Sequence"
-    "DICOM:IsocenterToBeamLimitingDeviceDist""Isocenter To Beam Limiting Device Dist"
-    "DICOM:IsocenterToBlockTrayDistance""Isocenter To Block Tray Distance"
-    "DICOM:IsocenterToCompensatorDistances""Isocenter To Compensator Distances"
-    "DICOM:IsocenterToCompensatorTrayDistance""Isocenter To Compensator Tray Distance"
-    "DICOM:IsocenterToLateralSpreadingDevDist""Isocenter To Lateral Spreading Dev Dist"
-    "DICOM:IsocenterToRangeModulatorDistance""Isocenter To Range Modulator Distance"
-    "DICOM:IsocenterToRangeShifterDistance""Isocenter To Range Shifter Distance"
-    "DICOM:IsocenterToWedgeTrayDistance""Isocenter To Wedge Tray Distance""DICOM:IsotopeNumber"
-    "Isotope Number""DICOM:IssueDateOfImagingServiceRequest""Issue Date Of Imaging Service Request"
-    "DICOM:IssueTimeOfImagingServiceRequest""Issue Time Of Imaging Service Request"
-    "DICOM:IssuerOfAdmissionID""Issuer Of Admission ID""DICOM:IssuerOfPatientID"
-    "Issuer Of Patient ID""DICOM:IssuerOfServiceEpisodeID""Issuer Of Service Episode ID"
-    "DICOM:ItemNumber""Item Number""DICOM:IterboneOptionFlag""Iterbone Option Flag"
-    "DICOM:KSpaceFiltering""K Space Filtering""DICOM:KVP""DICOM:KeratometricAxis""Keratometric Axis"
-    "DICOM:KeratometricPower""Keratometric Power""DICOM:LUTData""LUT Data""DICOM:LUTDescriptor"
-    "LUT Descriptor""DICOM:LUTExplanation""LUT Explanation""DICOM:LUTFrameRange""LUT Frame Range"
-    "DICOM:LUTFunction""LUT Function""DICOM:LUTLabel""LUT Label"
-    "DICOM:LabelFromInfoExtractedFromInstance""Label From Info Extracted From Instance"
-    "DICOM:LabelStyleSelection""Label Style Selection""DICOM:LabelText""Label Text"
-    "DICOM:LandmarkCounter""Landmark Counter""DICOM:LanguageCodeSequence""Language Code Sequence"
-    "DICOM:LargeBluePaletteColorTableData""Large Blue Palette Color Table Data"
-    "DICOM:LargeBluePaletteColorTableDescr""Large Blue Palette Color Table Descr"
-    "DICOM:LargeGreenPaletteColorTableData""Large Green Palette Color Table Data"
-    "DICOM:LargeGreenPaletteColorTableDescr""Large Green Palette Color Table Descr"
-    "DICOM:LargePaletteColorLookupTableUID""Large Palette Color Lookup Table UID"
-    "DICOM:LargeRedPaletteColorTableData""Large Red Palette Color Table Data"
-    "DICOM:LargeRedPaletteColorTableDescr""Large Red Palette Color Table Descr"
-    "DICOM:LargestImagePixelValue""Largest Image Pixel Value""DICOM:LargestImagePixelValueInPlane"
-    "Largest Image Pixel Value In Plane""DICOM:LargestMonochromePixelValue"
-    "Largest Monochrome Pixel Value""DICOM:LargestPixelValueInSeries""Largest Pixel Value In Series"
-    "DICOM:LargestValidPixelValue""Largest Valid Pixel Value""DICOM:LastDirectoryRecordOffset"
-    "Last Directory Record Offset""DICOM:LastImageNumberUsed""Last Image Number Used"
-    "DICOM:LastMenstrualDate""Last Menstrual Date""DICOM:LastPseq""Last Pseq"
-    "DICOM:LastPulseSequenceUsed""Last Pulse Sequence Used""DICOM:LastScanLoc""Last Scan Loc"
-    "DICOM:LastScanRas""Last Scan Ras""DICOM:LateralSpreadingDevWaterEquivThick"
-    "Lateral Spreading Dev Water Equiv Thick""DICOM:LateralSpreadingDeviceDescription"
-    "Lateral Spreading Device Description""DICOM:LateralSpreadingDeviceID"
-    "Lateral Spreading Device ID""DICOM:LateralSpreadingDeviceNumber"
-    "Lateral Spreading Device Number""DICOM:LateralSpreadingDeviceSequence"
-    "Lateral Spreading Device Sequence""DICOM:LateralSpreadingDeviceSetting"
-    "Lateral Spreading Device Setting""DICOM:LateralSpreadingDeviceSettingsSeq"
-    "Lateral Spreading Device Settings Seq""DICOM:LateralSpreadingDeviceType"
-    "Lateral Spreading Device Type""DICOM:Laterality""DICOM:LeafJawPositions""Leaf Jaw Positions"
-    "DICOM:LeafPositionBoundaries""Leaf Position Boundaries""DICOM:LeftImageSequence"
-    "Left Image Sequence""DICOM:LeftLensSequence""Left Lens Sequence""DICOM:LenOfTotHdrInBytes"
-    "Len Of Tot Hdr In Bytes""DICOM:LengthToEnd""Length To End""DICOM:LensDescription"
-    "Lens Description""DICOM:LensSegmentType""Lens Segment Type""DICOM:LensesCodeSequence"
-    "Lenses Code Sequence""DICOM:LesionNumber""Lesion Number""DICOM:LevelValue""Level Value"
-    "DICOM:LightPathFilterPassBand""Light Path Filter Pass Band"
-    "DICOM:LightPathFilterPassThroughWavelen""Light Path Filter Pass Through Wavelen"
-    "DICOM:LightPathFilterTypeStackCodeSeq""Light Path Filter Type Stack Code Seq"
-    "DICOM:LimitsInUnitsOfPercent""Limits In Units Of Percent""DICOM:LineSequence""Line Sequence"
-    "DICOM:ListOfMIMETypes""List Of MIME Types""DICOM:LocalNamespaceEntityID"
-    "Local Namespace Entity ID""DICOM:Location""DICOM:LocationsInAcquisition"
-    "Locations In Acquisition""DICOM:LookupTableNumber""Lookup Table Number"
-    "DICOM:LossyImageCompression""Lossy Image Compression""DICOM:LossyImageCompressionMethod"
-    "Lossy Image Compression Method""DICOM:LossyImageCompressionRatio"
-    "Lossy Image Compression Ratio""DICOM:LowRRValue""Low RR Value"
-    "DICOM:LowerLevelDirectoryEntityOffset""Lower Level Directory Entity Offset"
-    "DICOM:LowerRangeOfPixels1a""Lower Range Of Pixels 1a""DICOM:LowerRangeOfPixels1b"
-    "Lower Range Of Pixels 1b""DICOM:LowerRangeOfPixels1c""Lower Range Of Pixels 1c"
-    "DICOM:LowerRangeOfPixels1d""Lower Range Of Pixels 1d""DICOM:LowerRangeOfPixels1e"
-    "Lower Range Of Pixels 1e""DICOM:LowerRangeOfPixels1f""Lower Range Of Pixels 1f"
-    "DICOM:LowerRangeOfPixels1g""Lower Range Of Pixels 1g""DICOM:LowerRangeOfPixels1h"
-    "Lower Range Of Pixels 1h""DICOM:LowerRangeOfPixels1i""Lower Range Of Pixels 1i"
-    "DICOM:LowerRangeOfPixels2""Lower Range Of Pixels 2""DICOM:MAC""DICOM:MACAlgorithm"
-    "MAC Algorithm""DICOM:MACCalculationTransferSyntaxUID""MAC Calculation Transfer Syntax UID"
-    "DICOM:MACIDNumber""MACID Number""DICOM:MACParametersSequence""MAC Parameters Sequence"
-    "DICOM:MIMETypeOfEncapsulatedDocument""MIME Type Of Encapsulated Document"
-    "DICOM:MRAcqPhaseEncodingStepsInPlane""MR Acq Phase Encoding Steps In Plane"
-    "DICOM:MRAcqPhaseEncodingStepsOutOfPlane""MR Acq Phase Encoding Steps Out Of Plane"
-    "DICOM:MRAcquisitionFrequencyEncodeSteps""MR Acquisition Frequency Encode Steps"
-    "DICOM:MRAcquisitionType""MR Acquisition Type""DICOM:MRAveragesSequence""MR Averages Sequence"
-    "DICOM:MRDRDirectoryRecordOffset""MRDR Directory Record Offset""DICOM:MRDiffusionSequence"
-    "MR Diffusion Sequence""DICOM:MREchoSequence""MR Echo Sequence""DICOM:MRFOV-GeometrySequence"
-    "MRFOV-Geometry Sequence""DICOM:MRImageFrameTypeSequence""MR Image Frame Type Sequence"
-    "DICOM:MRImagingModifierSequence""MR Imaging Modifier Sequence""DICOM:MRMetaboliteMapSequence"
-    "MR Metabolite Map Sequence""DICOM:MRModifierSequence""MR Modifier Sequence"
-    "DICOM:MRReceiveCoilSequence""MR Receive Coil Sequence""DICOM:MRSpatialSaturationSequence"
-    "MR Spatial Saturation Sequence""DICOM:MRSpectroscopyAcquisitionType"
-    "MR Spectroscopy Acquisition Type""DICOM:MRSpectroscopyFOV-GeometrySequence"
-    "MR Spectroscopy FOV-Geometry Sequence""DICOM:MRSpectroscopyFrameTypeSequence"
-    "MR Spectroscopy Frame Type Sequence""DICOM:MRTimingAndRelatedParametersSeq"
-    "MR Timing And Related Parameters Seq""DICOM:MRTransmitCoilSequence""MR Transmit Coil Sequence"
-    "DICOM:MRVelocityEncodingSequence""MR Velocity Encoding Sequence""DICOM:MacroWidthAtISOCenter"
-    "Macro Width At ISO Center""DICOM:MagneticFieldStrength""Magnetic Field Strength"
-    "DICOM:MagnetizationTransfer""Magnetization Transfer""DICOM:MagnificationType"
-    "Magnification Type""DICOM:MagnifyToNumberOfColumns""Magnify To Number Of Columns"
-    "DICOM:Manifold""DICOM:ManipulatedImage""Manipulated Image""DICOM:Manufacturer"
-    "DICOM:ManufacturersModelName""Manufacturers Model Name""DICOM:MappingResource"
-    "Mapping Resource""DICOM:MaskFrameNumbers""Mask Frame Numbers""DICOM:MaskOperation"
-    "Mask Operation""DICOM:MaskOperationExplanation""Mask Operation Explanation""DICOM:MaskPointers"
-    "Mask Pointers""DICOM:MaskSelectionMode""Mask Selection Mode""DICOM:MaskSubPixelShift"
-    "Mask Sub Pixel Shift""DICOM:MaskSubtractionSequence""Mask Subtraction Sequence"
-    "DICOM:MaskVisibilityPercentage""Mask Visibility Percentage""DICOM:MaskingImage""Masking Image"
-    "DICOM:MaterialID""Material ID""DICOM:MatrixRegistrationSequence""Matrix Registration Sequence"
-    "DICOM:MatrixSequence""Matrix Sequence""DICOM:MaxDensity""Max Density"
-    "DICOM:MaxLeftChanOverViews""Max Left Chan Over Views""DICOM:MaxOverrangesInAView"
-    "Max Overranges In A View""DICOM:MaxRightChanOverViews""Max Right Chan Over Views"
-    "DICOM:MaximumAcrossScanDistortion""Maximum Across Scan Distortion"
-    "DICOM:MaximumAlongScanDistortion""Maximum Along Scan Distortion""DICOM:MaximumCollatedFilms"
-    "Maximum Collated Films""DICOM:MaximumCoordinateValue""Maximum Coordinate Value"
-    "DICOM:MaximumDepthDistortion""Maximum Depth Distortion""DICOM:MaximumFractionalValue"
-    "Maximum Fractional Value""DICOM:MaximumMemoryAllocation""Maximum Memory Allocation"
-    "DICOM:MaximumOffsetShiftValueUsed""Maximum Offset Shift Value Used""DICOM:MaximumPointDistance"
-    "Maximum Point Distance""DICOM:MeanPointDistance""Mean Point Distance""DICOM:MeanZError"
-    "Mean Z Error""DICOM:MeasuredDoseDescription""Measured Dose Description"
-    "DICOM:MeasuredDoseReferenceNumber""Measured Dose Reference Number"
-    "DICOM:MeasuredDoseReferenceSequence""Measured Dose Reference Sequence""DICOM:MeasuredDoseType"
-    "Measured Dose Type""DICOM:MeasuredDoseValue""Measured Dose Value""DICOM:MeasuredValueSequence"
-    "Measured Value Sequence""DICOM:MeasurementUnitsCodeSequence""Measurement Units Code Sequence"
-    "DICOM:MeasuringUnitsSequence""Measuring Units Sequence""DICOM:MechanicalIndex"
-    "Mechanical Index""DICOM:MediaDisposition""Media Disposition""DICOM:MediaInstalledSequence"
-    "Media Installed Sequence""DICOM:MediaStorageSOPClassUID""Media Storage SOP Class UID"
-    "DICOM:MediaStorageSOPInstanceUID""Media Storage SOP Instance UID""DICOM:MedicalAlerts"
-    "Medical Alerts""DICOM:MedicalRecordLocator""Medical Record Locator""DICOM:MediumType"
-    "Medium Type""DICOM:MemoryAllocation""Memory Allocation""DICOM:MemoryBitDepth""Memory Bit Depth"
-    "DICOM:MetaboliteMapCodeSequence""Metabolite Map Code Sequence""DICOM:MetaboliteMapDescription"
-    "Metabolite Map Description""DICOM:MetersetExposure""Meterset Exposure""DICOM:MetersetRate"
-    "Meterset Rate""DICOM:MetersetRateDelivered""Meterset Rate Delivered""DICOM:MetersetRateSet"
-    "Meterset Rate Set""DICOM:MidScanFlag""Mid Scan Flag""DICOM:MidScanTime""Mid Scan Time"
-    "DICOM:MidSlabPosition""Mid Slab Position""DICOM:MilitaryRank""Military Rank""DICOM:MinDensity"
-    "Min Density""DICOM:MinimumCoordinateValue""Minimum Coordinate Value"
-    "DICOM:MinimumDasValueFoundInTheScanData""Minimum Das Value Found In The Scan Data"
-    "DICOM:MobileLocationNumber""Mobile Location Number""DICOM:ModalitiesInStudy"
-    "Modalities In Study""DICOM:Modality""DICOM:ModalityLUTSequence""Modality LUT Sequence"
-    "DICOM:ModalityLUTType""Modality LUT Type""DICOM:ModifiedAttributesSequence"
-    "Modified Attributes Sequence""DICOM:ModifiedImageDate""Modified Image Date"
-    "DICOM:ModifiedImageDescription""Modified Image Description""DICOM:ModifiedImageID"
-    "Modified Image ID""DICOM:ModifiedImageTime""Modified Image Time""DICOM:ModifierCodeSequence"
-    "Modifier Code Sequence""DICOM:ModifyingDeviceID""Modifying Device ID"
-    "DICOM:ModifyingDeviceManufacturer""Modifying Device Manufacturer""DICOM:ModifyingSystem"
-    "Modifying System""DICOM:MonitorSAR""Monitor SAR""DICOM:MostRecentTreatmentDate"
-    "Most Recent Treatment Date""DICOM:MotionSynchronizationSequence"
-    "Motion Synchronization Sequence""DICOM:MultiCoilConfiguration""Multi Coil Configuration"
-    "DICOM:MultiCoilDefinitionSequence""Multi Coil Definition Sequence""DICOM:MultiCoilElementName"
-    "Multi Coil Element Name""DICOM:MultiCoilElementUsed""Multi Coil Element Used"
-    "DICOM:MultiPlanarExcitation""Multi Planar Excitation""DICOM:MultipleCopiesFlag"
-    "Multiple Copies Flag""DICOM:MultipleSpinEcho""Multiple Spin Echo"
-    "DICOM:MultiplexAudioChannelsDescrCodeSeq""Multiplex Audio Channels Descr Code Seq"
-    "DICOM:MultiplexGroupLabel""Multiplex Group Label""DICOM:MultiplexGroupTimeOffset"
-    "Multiplex Group Time Offset""DICOM:MydriaticAgentCodeSequence""Mydriatic Agent Code Sequence"
-    "DICOM:MydriaticAgentConcUnitsSeq""Mydriatic Agent Conc Units Seq"
-    "DICOM:MydriaticAgentConcentration""Mydriatic Agent Concentration""DICOM:MydriaticAgentSequence"
-    "Mydriatic Agent Sequence""DICOM:NTPSourceAddress""NTP Source Address"
-    "DICOM:NameOfPhysicianReadingStudy""Name Of Physician Reading Study"
-    "DICOM:NamesOfIntendedRecipientsOfResults""Names Of Intended Recipients Of Results"
-    "DICOM:NavigationDisplaySet""Navigation Display Set""DICOM:NavigationIndicatorSequence"
-    "Navigation Indicator Sequence""DICOM:NearPupillaryDistance""Near Pupillary Distance"
-    "DICOM:NegScanspacing""Neg Scanspacing""DICOM:NetworkID""Network ID"
-    "DICOM:NoViewsRefChansBlocked""No Views Ref Chans Blocked""DICOM:NominalBeamEnergy"
-    "Nominal Beam Energy""DICOM:NominalBeamEnergyUnit""Nominal Beam Energy Unit"
-    "DICOM:NominalInterval""Nominal Interval""DICOM:NominalPercentOfRespiratoryPhase"
-    "Nominal Percent Of Respiratory Phase""DICOM:NominalPercentageOfCardiacPhase"
-    "Nominal Percentage Of Cardiac Phase""DICOM:NominalPriorDose""Nominal Prior Dose"
-    "DICOM:NominalRespiratoryTriggerDelayTime""Nominal Respiratory Trigger Delay Time"
-    "DICOM:NominalScannedPixelSpacing""Nominal Scanned Pixel Spacing"
-    "DICOM:NominalScreenDefinitionSequence""Nominal Screen Definition Sequence"
-    "DICOM:NonDICOMOutputCodeSequence""Non DICOM Output Code Sequence""DICOM:NoofUpdatesToHeader"
-    "Noof Updates To Header""DICOM:NormalACoord""Normal A Coord""DICOM:NormalRCoord""Normal R Coord"
-    "DICOM:NormalSCoord""Normal S Coord""DICOM:NormalizationFactorFormat"
-    "Normalization Factor Format""DICOM:NormalizationPoint""Normalization Point"
-    "DICOM:NotchFilterBandwidth""Notch Filter Bandwidth""DICOM:NotchFilterFrequency"
-    "Notch Filter Frequency""DICOM:NuclearMedicineSeriesType""Nuclear Medicine Series Type"
-    "DICOM:NumberFractionPatternDigitsPerDay""Number Fraction Pattern Digits Per Day"
-    "DICOM:NumberOfAcquisitions""Number Of Acquisitions""DICOM:NumberOfAverages""Number Of Averages"
-    "DICOM:NumberOfBBHChainsToBlend""Number Of BBH Chains To Blend""DICOM:NumberOfBeams"
-    "Number Of Beams""DICOM:NumberOfBlocks""Number Of Blocks""DICOM:NumberOfBoli""Number Of Boli"
-    "DICOM:NumberOfBrachyApplicationSetups""Number Of Brachy Application Setups"
-    "DICOM:NumberOfCellsIInDetector""Number Of Cells I In Detector""DICOM:NumberOfChannels"
-    "Number Of Channels""DICOM:NumberOfCompensators""Number Of Compensators"
-    "DICOM:NumberOfContourPoints""Number Of Contour Points""DICOM:NumberOfControlPoints"
-    "Number Of Control Points""DICOM:NumberOfCopies""Number Of Copies""DICOM:NumberOfDetectors"
-    "Number Of Detectors""DICOM:NumberOfEPIShots""Number Of EPI Shots""DICOM:NumberOfEchoes"
-    "Number Of Echoes""DICOM:NumberOfEnergyWindows""Number Of Energy Windows"
-    "DICOM:NumberOfEventTimers""Number Of Event Timers""DICOM:NumberOfExcitations"
-    "Number Of Excitations""DICOM:NumberOfFilms""Number Of Films""DICOM:NumberOfFractionsDelivered"
-    "Number Of Fractions Delivered""DICOM:NumberOfFractionsPlanned""Number Of Fractions Planned"
-    "DICOM:NumberOfFrames""Number Of Frames""DICOM:NumberOfFramesInOverlay"
-    "Number Of Frames In Overlay""DICOM:NumberOfFramesInPhase""Number Of Frames In Phase"
-    "DICOM:NumberOfFramesInRotation""Number Of Frames In Rotation""DICOM:NumberOfGraphicPoints"
-    "Number Of Graphic Points""DICOM:NumberOfHorizontalPixels""Number Of Horizontal Pixels"
-    "DICOM:NumberOfImagesArchived""Number Of Images Archived""DICOM:NumberOfIterations"
-    "Number Of Iterations""DICOM:NumberOfKSpaceTrajectories""Number Of K Space Trajectories"
-    "DICOM:NumberOfLateralSpreadingDevices""Number Of Lateral Spreading Devices"
-    "DICOM:NumberOfLeafJawPairs""Number Of Leaf Jaw Pairs""DICOM:NumberOfMacroRowsInDetector"
-    "Number Of Macro Rows In Detector""DICOM:NumberOfOverranges""Number Of Overranges"
-    "DICOM:NumberOfPaintings""Number Of Paintings""DICOM:NumberOfPatientRelatedInstances"
-    "Number Of Patient Related Instances""DICOM:NumberOfPatientRelatedSeries"
-    "Number Of Patient Related Series""DICOM:NumberOfPatientRelatedStudies"
-    "Number Of Patient Related Studies""DICOM:NumberOfPhaseEncodingSteps"
-    "Number Of Phase Encoding Steps""DICOM:NumberOfPhases""Number Of Phases""DICOM:NumberOfPoints"
-    "Number Of Points""DICOM:NumberOfPriorsReferenced""Number Of Priors Referenced"
-    "DICOM:NumberOfPulses""Number Of Pulses""DICOM:NumberOfRRIntervals""Number Of RR Intervals"
-    "DICOM:NumberOfRangeModulators""Number Of Range Modulators""DICOM:NumberOfRangeShifters"
-    "Number Of Range Shifters""DICOM:NumberOfReferences""Number Of References"
-    "DICOM:NumberOfRotations""Number Of Rotations""DICOM:NumberOfSamples""Number Of Samples"
-    "DICOM:NumberOfScanSpotPositions""Number Of Scan Spot Positions""DICOM:NumberOfScreens"
-    "Number Of Screens""DICOM:NumberOfSeriesInStudy""Number Of Series In Study"
-    "DICOM:NumberOfSeriesRelatedInstances""Number Of Series Related Instances""DICOM:NumberOfSlices"
-    "Number Of Slices""DICOM:NumberOfStages""Number Of Stages""DICOM:NumberOfStudyRelatedInstances"
-    "Number Of Study Related Instances""DICOM:NumberOfStudyRelatedSeries"
-    "Number Of Study Related Series""DICOM:NumberOfSubsets""Number Of Subsets"
-    "DICOM:NumberOfSurfacePoints""Number Of Surface Points""DICOM:NumberOfSurfaces"
-    "Number Of Surfaces""DICOM:NumberOfTableBreakPoints""Number Of Table Break Points"
-    "DICOM:NumberOfTableEntries""Number Of Table Entries""DICOM:NumberOfTables""Number Of Tables"
-    "DICOM:NumberOfTemporalPositions""Number Of Temporal Positions""DICOM:NumberOfTimeSlices"
-    "Number Of Time Slices""DICOM:NumberOfTimeSlots""Number Of Time Slots"
-    "DICOM:NumberOfTomosynthesisSourceImages""Number Of Tomosynthesis Source Images"
-    "DICOM:NumberOfTransformSteps""Number Of Transform Steps""DICOM:NumberOfTriggers"
-    "Number Of Triggers""DICOM:NumberOfTriggersInPhase""Number Of Triggers In Phase"
-    "DICOM:NumberOfUnarchivedSeries""Number Of Unarchived Series""DICOM:NumberOfVectors"
-    "Number Of Vectors""DICOM:NumberOfVerticalPixels""Number Of Vertical Pixels"
-    "DICOM:NumberOfViews""Number Of Views""DICOM:NumberOfViewsInRow1a""Number Of Views In Row 1a"
-    "DICOM:NumberOfViewsInRow1b""Number Of Views In Row 1b""DICOM:NumberOfViewsInRow2a"
-    "Number Of Views In Row 2a""DICOM:NumberOfViewsInRow2b""Number Of Views In Row 2b"
-    "DICOM:NumberOfViewsInStage""Number Of Views In Stage""DICOM:NumberOfViewsShifted"
-    "Number Of Views Shifted""DICOM:NumberOfWaveformChannels""Number Of Waveform Channels"
-    "DICOM:NumberOfWaveformSamples""Number Of Waveform Samples""DICOM:NumberOfWedges"
-    "Number Of Wedges""DICOM:NumberOfZeroFills""Number Of Zero Fills""DICOM:NumericValue"
-    "Numeric Value""DICOM:NumericValueQualifierCodeSequence""Numeric Value Qualifier Code Sequence"
-    "DICOM:ObjectPixelSpacingInCenterOfBeam""Object Pixel Spacing In Center Of Beam"
-    "DICOM:ObjectThicknessSequence""Object Thickness Sequence""DICOM:ObliquePlane""Oblique Plane"
-    "DICOM:ObservationDateTime""Observation Date Time""DICOM:ObservationNumber""Observation Number"
-    "DICOM:ObserverType""Observer Type""DICOM:Occupation""DICOM:OffsetFrequency""Offset Frequency"
-    "DICOM:OffsetOfNextDirectoryRecord""Offset Of Next Directory Record""DICOM:OperatingMode"
-    "Operating Mode""DICOM:OperatingModeSequence""Operating Mode Sequence""DICOM:OperatingModeType"
-    "Operating Mode Type""DICOM:OperatorIDSequence""Operator ID Sequence""DICOM:OperatorsName"
-    "Operators Name""DICOM:OphthalmicFrameLocationSequence""Ophthalmic Frame Location Sequence"
-    "DICOM:OphthalmicImageOrientation""Ophthalmic Image Orientation""DICOM:OpticalTransmittance"
-    "Optical Transmittance""DICOM:Optotype""DICOM:OptotypeDetailedDefinition"
-    "Optotype Detailed Definition""DICOM:OptotypePresentation""Optotype Presentation"
-    "DICOM:OrderCallbackPhoneNumber""Order Callback Phone Number""DICOM:OrderEnteredBy"
-    "Order Entered By""DICOM:OrderEntererLocation""Order Enterer Location"
-    "DICOM:OrganAtRiskFullVolumeDose""Organ At Risk Full Volume Dose""DICOM:OrganAtRiskLimitDose"
-    "Organ At Risk Limit Dose""DICOM:OrganAtRiskMaximumDose""Organ At Risk Maximum Dose"
-    "DICOM:OrganAtRiskOverdoseVolumeFraction""Organ At Risk Overdose Volume Fraction"
-    "DICOM:OrganDose""Organ Dose""DICOM:OrganExposed""Organ Exposed"
-    "DICOM:OriginalAttributesSequence""Original Attributes Sequence"
-    "DICOM:OriginalImageIdentNomenclature""Original Image Ident Nomenclature"
-    "DICOM:OriginalImageIdentification""Original Image Identification""DICOM:OriginalImageSequence"
-    "Original Image Sequence""DICOM:OriginalSpecializedSOPClassUID"
-    "Original Specialized SOP Class UID""DICOM:Originator""DICOM:OtherMagnificationTypesAvailable"
-    "Other Magnification Types Available""DICOM:OtherMediaAvailableSequence"
-    "Other Media Available Sequence""DICOM:OtherPatientIDs""Other Patient I Ds"
-    "DICOM:OtherPatientIDsSequence""Other Patient I Ds Sequence""DICOM:OtherPatientNames"
-    "Other Patient Names""DICOM:OtherPupillaryDistance""Other Pupillary Distance"
-    "DICOM:OtherReferencedStudiesSequence""Other Referenced Studies Sequence"
-    "DICOM:OtherSmoothingTypesAvailable""Other Smoothing Types Available""DICOM:OtherStudyNumbers"
-    "Other Study Numbers""DICOM:OutputInformationSequence""Output Information Sequence"
-    "DICOM:OutputPower""Output Power""DICOM:OverlayActivationLayer""Overlay Activation Layer"
-    "DICOM:OverlayBackgroundDensity""Overlay Background Density""DICOM:OverlayBitPosition"
-    "Overlay Bit Position""DICOM:OverlayBitsAllocated""Overlay Bits Allocated"
-    "DICOM:OverlayBitsForCodeWord""Overlay Bits For Code Word""DICOM:OverlayBitsGrouped"
-    "Overlay Bits Grouped""DICOM:OverlayCodeLabel""Overlay Code Label"
-    "DICOM:OverlayCodeTableLocation""Overlay Code Table Location""DICOM:OverlayColumns"
-    "Overlay Columns""DICOM:OverlayComments""Overlay Comments""DICOM:OverlayCompressionCode"
-    "Overlay Compression Code""DICOM:OverlayCompressionDescription""Overlay Compression Description"
-    "DICOM:OverlayCompressionLabel""Overlay Compression Label""DICOM:OverlayCompressionOriginator"
-    "Overlay Compression Originator""DICOM:OverlayCompressionStepPointers"
-    "Overlay Compression Step Pointers""DICOM:OverlayData""Overlay Data""DICOM:OverlayDate"
-    "Overlay Date""DICOM:OverlayDescription""Overlay Description""DICOM:OverlayDescriptorBlue"
-    "Overlay Descriptor Blue""DICOM:OverlayDescriptorGray""Overlay Descriptor Gray"
-    "DICOM:OverlayDescriptorGreen""Overlay Descriptor Green""DICOM:OverlayDescriptorRed"
-    "Overlay Descriptor Red""DICOM:OverlayForegroundDensity""Overlay Foreground Density"
-    "DICOM:OverlayFormat""Overlay Format""DICOM:OverlayGroupLength""Overlay Group Length"
-    "DICOM:OverlayLabel""Overlay Label""DICOM:OverlayLocation""Overlay Location"
-    "DICOM:OverlayMagnificationType""Overlay Magnification Type""DICOM:OverlayMode""Overlay Mode"
-    "DICOM:OverlayNumber""Overlay Number""DICOM:OverlayNumberOfTables""Overlay Number Of Tables"
-    "DICOM:OverlayOrImageMagnification""Overlay Or Image Magnification""DICOM:OverlayOrigin"
-    "Overlay Origin""DICOM:OverlayPixelDataSequence""Overlay Pixel Data Sequence"
-    "DICOM:OverlayPlaneOrigin""Overlay Plane Origin""DICOM:OverlayPlanes""Overlay Planes"
-    "DICOM:OverlayRepeatInterval""Overlay Repeat Interval""DICOM:OverlayRows""Overlay Rows"
-    "DICOM:OverlaySmoothingType""Overlay Smoothing Type""DICOM:OverlaySubtype""Overlay Subtype"
-    "DICOM:OverlayTime""Overlay Time""DICOM:OverlayType""Overlay Type""DICOM:OverlaysBlue"
-    "Overlays Blue""DICOM:OverlaysGray""Overlays Gray""DICOM:OverlaysGreen""Overlays Green"
-    "DICOM:OverlaysRed""Overlays Red""DICOM:OverrangeCorrectionUsed""Overrange Correction Used"
-    "DICOM:OverriddenAttributesSequence""Overridden Attributes Sequence"
-    "DICOM:OverrideParameterPointer""Override Parameter Pointer""DICOM:OverrideReason"
-    "Override Reason""DICOM:OverrideSequence""Override Sequence""DICOM:OversamplingPhase"
-    "Oversampling Phase""DICOM:OwnerID""Owner ID""DICOM:PETFrameTypeSequence"
-    "PET Frame Type Sequence""DICOM:PETPositionSequence""PET Position Sequence"
-    "DICOM:PSDEstimatedLimit""PSD Estimated Limit""DICOM:PSDEstimatedLimitInTeslaPerSecond"
-    "PSD Estimated Limit In Tesla Per Second""DICOM:PVCRejection""PVC Rejection"
-    "DICOM:PageNumberVector""Page Number Vector""DICOM:PaletteColorTableUID"
-    "Palette Color Table UID""DICOM:ParallelAcquisition""Parallel Acquisition"
-    "DICOM:ParallelAcquisitionTechnique""Parallel Acquisition Technique"
-    "DICOM:ParallelReductFactorInPlaneRetired""Parallel Reduct Factor In Plane Retired"
-    "DICOM:ParallelReductionFactSecondInPlane""Parallel Reduction Fact Second In Plane"
-    "DICOM:ParallelReductionFactorInPlane""Parallel Reduction Factor In Plane"
-    "DICOM:ParallelReductionFactorOutOfPlane""Parallel Reduction Factor Out Of Plane"
-    "DICOM:ParameterItemIndex""Parameter Item Index""DICOM:ParameterPointer""Parameter Pointer"
-    "DICOM:ParameterSequencePointer""Parameter Sequence Pointer""DICOM:PartialDataDisplayHandling"
-    "Partial Data Display Handling""DICOM:PartialFourier""Partial Fourier"
-    "DICOM:PartialFourierDirection""Partial Fourier Direction""DICOM:PartialView""Partial View"
-    "DICOM:PartialViewCodeSequence""Partial View Code Sequence""DICOM:PartialViewDescription"
-    "Partial View Description""DICOM:ParticipantSequence""Participant Sequence"
-    "DICOM:ParticipationDateTime""Participation Date Time""DICOM:ParticipationType"
-    "Participation Type""DICOM:PatientAdditionalPosition""Patient Additional Position"
-    "DICOM:PatientAddress""Patient Address""DICOM:PatientAge""Patient Age""DICOM:PatientBirthDate"
-    "Patient Birth Date""DICOM:PatientBirthName""Patient Birth Name""DICOM:PatientBirthTime"
-    "Patient Birth Time""DICOM:PatientBreedCodeSequence""Patient Breed Code Sequence"
-    "DICOM:PatientBreedDescription""Patient Breed Description"
-    "DICOM:PatientClinicalTrialParticipSeq""Patient Clinical Trial Particip Seq"
-    "DICOM:PatientComments""Patient Comments""DICOM:PatientEyeMovementCommandCodeSeq"
-    "Patient Eye Movement Command Code Seq""DICOM:PatientEyeMovementCommanded"
-    "Patient Eye Movement Commanded""DICOM:PatientGantryRelationshipCodeSeq"
-    "Patient Gantry Relationship Code Seq""DICOM:PatientGroupLength""Patient Group Length"
-    "DICOM:PatientID""Patient ID""DICOM:PatientIdentityRemoved""Patient Identity Removed"
-    "DICOM:PatientInstitutionResidence""Patient Institution Residence"
-    "DICOM:PatientInsurancePlanCodeSequence""Patient Insurance Plan Code Sequence"
-    "DICOM:PatientMotherBirthName""Patient Mother Birth Name""DICOM:PatientMotionCorrected"
-    "Patient Motion Corrected""DICOM:PatientName""Patient Name""DICOM:PatientOrientation"
-    "Patient Orientation""DICOM:PatientOrientationCodeSequence""Patient Orientation Code Sequence"
-    "DICOM:PatientOrientationInFrameSequence""Patient Orientation In Frame Sequence"
-    "DICOM:PatientOrientationModifierCodeSeq""Patient Orientation Modifier Code Seq"
-    "DICOM:PatientPosition""Patient Position""DICOM:PatientPrimaryLanguageCodeModSeq"
-    "Patient Primary Language Code Mod Seq""DICOM:PatientPrimaryLanguageCodeSeq"
-    "Patient Primary Language Code Seq""DICOM:PatientReligiousPreference"
-    "Patient Religious Preference""DICOM:PatientSetupLabel""Patient Setup Label"
-    "DICOM:PatientSetupNumber""Patient Setup Number""DICOM:PatientSetupSequence"
-    "Patient Setup Sequence""DICOM:PatientSex""Patient Sex""DICOM:PatientSexNeutered"
-    "Patient Sex Neutered""DICOM:PatientSize""Patient Size""DICOM:PatientSpeciesCodeSequence"
-    "Patient Species Code Sequence""DICOM:PatientSpeciesDescription""Patient Species Description"
-    "DICOM:PatientState""Patient State""DICOM:PatientStatus""Patient Status"
-    "DICOM:PatientSupportAccessoryCode""Patient Support Accessory Code""DICOM:PatientSupportAngle"
-    "Patient Support Angle""DICOM:PatientSupportAngleTolerance""Patient Support Angle Tolerance"
-    "DICOM:PatientSupportID""Patient Support ID""DICOM:PatientSupportRotationDirection"
-    "Patient Support Rotation Direction""DICOM:PatientSupportType""Patient Support Type"
-    "DICOM:PatientTelephoneNumbers""Patient Telephone Numbers""DICOM:PatientTransportArrangements"
-    "Patient Transport Arrangements""DICOM:PatientWeight""Patient Weight""DICOM:PauseBetweenFrames"
-    "Pause Between Frames""DICOM:PauseInterval""Pause Interval"
-    "DICOM:PeakRateOfChangeOfGradientField""Peak Rate Of Change Of Gradient Field""DICOM:PeakSAR"
-    "Peak SAR""DICOM:PerFrameFunctionalGroupsSequence""Per Frame Functional Groups Sequence"
-    "DICOM:PerProjectionAcquisitionSequence""Per Projection Acquisition Sequence"
-    "DICOM:PercentPhaseFieldOfView""Percent Phase Field Of View""DICOM:PercentSampling"
-    "Percent Sampling""DICOM:PerformedLocation""Performed Location"
-    "DICOM:PerformedProcedureCodeSequence""Performed Procedure Code Sequence"
-    "DICOM:PerformedProcedureStepDescription""Performed Procedure Step Description"
-    "DICOM:PerformedProcedureStepEndDate""Performed Procedure Step End Date"
-    "DICOM:PerformedProcedureStepEndTime""Performed Procedure Step End Time"
-    "DICOM:PerformedProcedureStepID""Performed Procedure Step ID"
-    "DICOM:PerformedProcedureStepStartDate""Performed Procedure Step Start Date"
-    "DICOM:PerformedProcedureStepStartTime""Performed Procedure Step Start Time"
-    "DICOM:PerformedProcedureStepStatus""Performed Procedure Step Status"
-    "DICOM:PerformedProcedureTypeDescription""Performed Procedure Type Description"
-    "DICOM:PerformedProcessingAppsCodeSeq""Performed Processing Apps Code Seq"
-    "DICOM:PerformedProcessingParametersSeq""Performed Processing Parameters Seq"
-    "DICOM:PerformedProtocolCodeSequence""Performed Protocol Code Sequence"
-    "DICOM:PerformedProtocolType""Performed Protocol Type""DICOM:PerformedSeriesSequence"
-    "Performed Series Sequence""DICOM:PerformedStationAETitle""Performed Station AE Title"
-    "DICOM:PerformedStationClassCodeSequence""Performed Station Class Code Sequence"
-    "DICOM:PerformedStationGeogLocCodeSeq""Performed Station Geog Loc Code Seq"
-    "DICOM:PerformedStationName""Performed Station Name""DICOM:PerformedStationNameCodeSequence"
-    "Performed Station Name Code Sequence""DICOM:PerformedWorkitemCodeSequence"
-    "Performed Workitem Code Sequence""DICOM:PerformingPhysicianIDSequence"
-    "Performing Physician ID Sequence""DICOM:PerformingPhysicianName""Performing Physician Name"
-    "DICOM:PerimeterTable""Perimeter Table""DICOM:PerimeterValue""Perimeter Value"
-    "DICOM:PeristalticFlagOption""Peristaltic Flag Option""DICOM:PersonAddress""Person Address"
-    "DICOM:PersonIdentificationCodeSequence""Person Identification Code Sequence""DICOM:PersonName"
-    "Person Name""DICOM:PersonTelephoneNumbers""Person Telephone Numbers"
-    "DICOM:PertinentDocumentsSequence""Pertinent Documents Sequence"
-    "DICOM:PertinentOtherEvidenceSequence""Pertinent Other Evidence Sequence"
-    "DICOM:PhantomCalibrationDate""Phantom Calibration Date""DICOM:PhantomCalibrationTime"
-    "Phantom Calibration Time""DICOM:PhaseContrast""Phase Contrast""DICOM:PhaseDelay""Phase Delay"
-    "DICOM:PhaseDescription""Phase Description""DICOM:PhaseInformationSequence"
-    "Phase Information Sequence""DICOM:PhaseNumber""Phase Number""DICOM:PhaseVector""Phase Vector"
-    "DICOM:PhosphorType""Phosphor Type""DICOM:PhotometricInterpretation""Photometric Interpretation"
-    "DICOM:PhototimerSetting""Phototimer Setting""DICOM:PhysicalDeltaX""Physical Delta X"
-    "DICOM:PhysicalDeltaY""Physical Delta Y""DICOM:PhysicalDetectorSize""Physical Detector Size"
-    "DICOM:PhysicalUnitsXDirection""Physical Units X Direction""DICOM:PhysicalUnitsYDirection"
-    "Physical Units Y Direction""DICOM:PhysicianApprovingInterpretation"
-    "Physician Approving Interpretation""DICOM:PhysicianReadingStudyIDSequence"
-    "Physician Reading Study ID Sequence""DICOM:PhysiciansOfRecord""Physicians Of Record"
-    "DICOM:PhysiciansOfRecordIDSequence""Physicians Of Record ID Sequence""DICOM:PixelAspectRatio"
-    "Pixel Aspect Ratio""DICOM:PixelBandwidth""Pixel Bandwidth""DICOM:PixelComponentDataType"
-    "Pixel Component Data Type""DICOM:PixelComponentMask""Pixel Component Mask"
-    "DICOM:PixelComponentOrganization""Pixel Component Organization"
-    "DICOM:PixelComponentPhysicalUnits""Pixel Component Physical Units"
-    "DICOM:PixelComponentRangeStart""Pixel Component Range Start""DICOM:PixelComponentRangeStop"
-    "Pixel Component Range Stop""DICOM:PixelData""Pixel Data""DICOM:PixelDataGroupLength"
-    "Pixel Data Group Length""DICOM:PixelDataProviderURL""Pixel Data Provider URL"
-    "DICOM:PixelIntensityRelationship""Pixel Intensity Relationship"
-    "DICOM:PixelIntensityRelationshipLUTSeq""Pixel Intensity Relationship LUT Seq"
-    "DICOM:PixelIntensityRelationshipSign""Pixel Intensity Relationship Sign"
-    "DICOM:PixelMeasuresSequence""Pixel Measures Sequence""DICOM:PixelPaddingRangeLimit"
-    "Pixel Padding Range Limit""DICOM:PixelPaddingValue""Pixel Padding Value"
-    "DICOM:PixelPresentation""Pixel Presentation""DICOM:PixelRepresentation""Pixel Representation"
-    "DICOM:PixelRepresentation:0""Unsigned""DICOM:PixelRepresentation:1""Signed"
-    "DICOM:PixelShiftFrameRange""Pixel Shift Frame Range""DICOM:PixelShiftSequence"
-    "Pixel Shift Sequence""DICOM:PixelSpacing""Pixel Spacing"
-    "DICOM:PixelSpacingCalibrationDescription""Pixel Spacing Calibration Description"
-    "DICOM:PixelSpacingCalibrationType""Pixel Spacing Calibration Type""DICOM:PixelSpacingSequence"
-    "Pixel Spacing Sequence""DICOM:PixelValueMappingCodeSequence""Pixel Value Mapping Code Sequence"
-    "DICOM:PixelValueTransformationSequence""Pixel Value Transformation Sequence"
-    "DICOM:PlacerOrderNum-ImagingServiceReq""Placer Order Num-Imaging Service Req"
-    "DICOM:PlacerOrderNumber-Procedure""Placer Order Number-Procedure""DICOM:PlanIntent"
-    "Plan Intent""DICOM:PlanarConfiguration""Planar Configuration""DICOM:PlaneIdentification"
-    "Plane Identification""DICOM:PlaneOrientationSequence""Plane Orientation Sequence"
-    "DICOM:PlanePositionSequence""Plane Position Sequence""DICOM:PlaneType""Plane Type"
-    "DICOM:Planes""DICOM:PlannedVerificationImageSequence""Planned Verification Image Sequence"
-    "DICOM:PlateID""Plate ID""DICOM:PlateType""Plate Type""DICOM:PointCoordinatesData"
-    "Point Coordinates Data""DICOM:PointPositionAccuracy""Point Position Accuracy""DICOM:Polarity"
-    "DICOM:PositionOfIsocenterProjection""Position Of Isocenter Projection"
-    "DICOM:PositionReferenceIndicator""Position Reference Indicator"
-    "DICOM:PositionerIsocenterDetRotAngle""Positioner Isocenter Det Rot Angle"
-    "DICOM:PositionerIsocenterPrimaryAngle""Positioner Isocenter Primary Angle"
-    "DICOM:PositionerIsocenterSecondaryAngle""Positioner Isocenter Secondary Angle"
-    "DICOM:PositionerMotion""Positioner Motion""DICOM:PositionerPositionSequence"
-    "Positioner Position Sequence""DICOM:PositionerPrimaryAngle""Positioner Primary Angle"
-    "DICOM:PositionerPrimaryAngleIncrement""Positioner Primary Angle Increment"
-    "DICOM:PositionerSecondaryAngle""Positioner Secondary Angle"
-    "DICOM:PositionerSecondaryAngleIncrement""Positioner Secondary Angle Increment"
-    "DICOM:PositionerType""Positioner Type""DICOM:PostDeformationMatrixRegistSeq"
-    "Post Deformation Matrix Regist Seq""DICOM:PostprocessingFunction""Postprocessing Function"
-    "DICOM:PpscanParameters""Ppscan Parameters""DICOM:PreDeformationMatrixRegistSeq"
-    "Pre Deformation Matrix Regist Seq""DICOM:PreMedication""Pre Medication"
-    "DICOM:PredecessorDocumentsSequence""Predecessor Documents Sequence""DICOM:PredictorColumns"
-    "Predictor Columns""DICOM:PredictorConstants""Predictor Constants""DICOM:PredictorRows"
-    "Predictor Rows""DICOM:PreferredPlaybackSequencing""Preferred Playback Sequencing"
-    "DICOM:PregnancyStatus""Pregnancy Status""DICOM:PreliminaryFlag""Preliminary Flag"
-    "DICOM:PrepPulse""Prep Pulse""DICOM:PrescanStatus""Prescan Status""DICOM:PrescanType"
-    "Prescan Type""DICOM:PrescribedFlowAxis""Prescribed Flow Axis""DICOM:PrescriptionDescription"
-    "Prescription Description""DICOM:PresentationCreationDate""Presentation Creation Date"
-    "DICOM:PresentationCreationTime""Presentation Creation Time""DICOM:PresentationGroupNumber"
-    "Presentation Group Number""DICOM:PresentationIntentType""Presentation Intent Type"
-    "DICOM:PresentationLUTContentSequence""Presentation LUT Content Sequence"
-    "DICOM:PresentationLUTFlag""Presentation LUT Flag""DICOM:PresentationLUTSequence"
-    "Presentation LUT Sequence""DICOM:PresentationLUTShape""Presentation LUT Shape"
-    "DICOM:PresentationPixelAspectRatio""Presentation Pixel Aspect Ratio"
-    "DICOM:PresentationPixelMagRatio""Presentation Pixel Mag Ratio""DICOM:PresentationPixelSpacing"
-    "Presentation Pixel Spacing""DICOM:PresentationSizeMode""Presentation Size Mode"
-    "DICOM:PrimaryAnatomicStructureSequence""Primary Anatomic Structure Sequence"
-    "DICOM:PrimaryCountsAccumulated""Primary Counts Accumulated""DICOM:PrimaryDosimeterUnit"
-    "Primary Dosimeter Unit""DICOM:PrimaryPositionerIncrement""Primary Positioner Increment"
-    "DICOM:PrimaryPositionerScanArc""Primary Positioner Scan Arc"
-    "DICOM:PrimaryPositionerScanStartAngle""Primary Positioner Scan Start Angle"
-    "DICOM:PrimaryReceiverSuiteAndHost""Primary Receiver Suite And Host"
-    "DICOM:PrimarySpeedCorrectionUsed""Primary Speed Correction Used""DICOM:PrimitivePointIndexList"
-    "Primitive Point Index List""DICOM:PrintJobDescriptionSequence""Print Job Description Sequence"
-    "DICOM:PrintJobID""Print Job ID""DICOM:PrintManagementCapabilitiesSeq"
-    "Print Management Capabilities Seq""DICOM:PrintPriority""Print Priority""DICOM:PrintQueueID"
-    "Print Queue ID""DICOM:PrinterCharacteristicsSequence""Printer Characteristics Sequence"
-    "DICOM:PrinterConfigurationSequence""Printer Configuration Sequence""DICOM:PrinterName"
-    "Printer Name""DICOM:PrinterPixelSpacing""Printer Pixel Spacing""DICOM:PrinterResolutionID"
-    "Printer Resolution ID""DICOM:PrinterStatus""Printer Status""DICOM:PrinterStatusInfo"
-    "Printer Status Info""DICOM:PrintingBitDepth""Printing Bit Depth""DICOM:PrismSequence"
-    "Prism Sequence""DICOM:PrivateInformation""Private Information"
-    "DICOM:PrivateInformationCreatorUID""Private Information Creator UID""DICOM:PrivateRecordUID"
-    "Private Record UID""DICOM:PrivateScanOptions""Private Scan Options"
-    "DICOM:ProcStepDiscontinueReasonCodeSeq""Proc Step Discontinue Reason Code Seq"
-    "DICOM:ProcedureCodeSequence""Procedure Code Sequence""DICOM:ProcedureStepLabel"
-    "Procedure Step Label""DICOM:ProcedureStepRelationshipType""Procedure Step Relationship Type"
-    "DICOM:ProcessingFunction""Processing Function""DICOM:ProductDescription""Product Description"
-    "DICOM:ProductExpirationDateTime""Product Expiration Date Time""DICOM:ProductID""Product ID"
-    "DICOM:ProductLotIdentifier""Product Lot Identifier""DICOM:ProductName""Product Name"
-    "DICOM:ProductPackageIdentifier""Product Package Identifier""DICOM:ProductParameterSequence"
-    "Product Parameter Sequence""DICOM:ProductTypeCodeSequence""Product Type Code Sequence"
-    "DICOM:ProjectionAlgorithm""Projection Algorithm""DICOM:ProjectionAngle""Projection Angle"
-    "DICOM:ProjectionEponymousNameCodeSeq""Projection Eponymous Name Code Seq"
-    "DICOM:ProjectionPixelCalibrationSequence""Projection Pixel Calibration Sequence"
-    "DICOM:ProposedStudySequence""Proposed Study Sequence""DICOM:ProtocolContextSequence"
-    "Protocol Context Sequence""DICOM:ProtocolName""Protocol Name""DICOM:PseudoColorType"
-    "Pseudo Color Type""DICOM:PulseRepetitionFrequency""Pulse Repetition Frequency"
-    "DICOM:PulseRepetitionInterval""Pulse Repetition Interval""DICOM:PulseSeqDate""Pulse Seq Date"
-    "DICOM:PulseSeqMode""Pulse Seq Mode""DICOM:PulseSeqName""Pulse Seq Name""DICOM:PulseSequence"
-    "Pulse Sequence""DICOM:PulseSequenceName""Pulse Sequence Name""DICOM:PulseTime""Pulse Time"
-    "DICOM:PupilDilated""Pupil Dilated""DICOM:PupilSize""Pupil Size"
-    "DICOM:PurposeOfReferenceCodeSequence""Purpose Of Reference Code Sequence"
-    "DICOM:QuadratureReceiveCoil""Quadrature Receive Coil""DICOM:QualityControlImage"
-    "Quality Control Image""DICOM:Quantity""DICOM:QuantitySequence""Quantity Sequence"
-    "DICOM:QueryRetrieveLevel""Query Retrieve Level""DICOM:QueueStatus""Queue Status"
-    "DICOM:RACordOfTargetReconCenter""RA Cord Of Target Recon Center"
-    "DICOM:RASLetterForAnteriorPosterior""RAS Letter For Anterior Posterior"
-    "DICOM:RASLetterForScoutEndLoc""RAS Letter For Scout End Loc""DICOM:RASLetterForScoutStartLoc"
-    "RAS Letter For Scout Start Loc""DICOM:RASLetterForSideOfImage""RAS Letter For Side Of Image"
-    "DICOM:RASLetterOfImageLocation""RAS Letter Of Image Location""DICOM:RCoordOfBottomRightCorner"
-    "R Coord Of Bottom Right Corner""DICOM:RCoordOfTopRightCorner""R Coord Of Top Right Corner"
-    "DICOM:RFEchoTrainLength""RF Echo Train Length""DICOM:RGBLUTTransferFunction"
-    "RGBLUT Transfer Function""DICOM:ROIArea""ROI Area""DICOM:ROIContourSequence"
-    "ROI Contour Sequence""DICOM:ROIDescription""ROI Description""DICOM:ROIDisplayColor"
-    "ROI Display Color""DICOM:ROIElementalCompAtomicMassFraction"
-    "ROI Elemental Comp Atomic Mass Fraction""DICOM:ROIElementalCompAtomicNumber"
-    "ROI Elemental Comp Atomic Number""DICOM:ROIElementalCompositionSequence"
-    "ROI Elemental Composition Sequence""DICOM:ROIGenerationAlgorithm""ROI Generation Algorithm"
-    "DICOM:ROIGenerationDescription""ROI Generation Description""DICOM:ROIInterpreter"
-    "ROI Interpreter""DICOM:ROIMean""ROI Mean""DICOM:ROIName""ROI Name""DICOM:ROINumber""ROI Number"
-    "DICOM:ROIObservationDescription""ROI Observation Description""DICOM:ROIObservationLabel"
-    "ROI Observation Label""DICOM:ROIPhysicalPropertiesSequence""ROI Physical Properties Sequence"
-    "DICOM:ROIPhysicalProperty""ROI Physical Property""DICOM:ROIPhysicalPropertyValue"
-    "ROI Physical Property Value""DICOM:ROIStandardDeviation""ROI Standard Deviation"
-    "DICOM:ROIVolume""ROI Volume""DICOM:RRIntervalTimeNominal""RR Interval Time Nominal"
-    "DICOM:RRIntervalVector""RR Interval Vector""DICOM:RTBeamLimitingDeviceType"
-    "RT Beam Limiting Device Type""DICOM:RTDoseROISequence""RT Dose ROI Sequence"
-    "DICOM:RTImageDescription""RT Image Description""DICOM:RTImageLabel""RT Image Label"
-    "DICOM:RTImageName""RT Image Name""DICOM:RTImageOrientation""RT Image Orientation"
-    "DICOM:RTImagePlane""RT Image Plane""DICOM:RTImagePosition""RT Image Position""DICOM:RTImageSID"
-    "RT Image SID""DICOM:RTPlanDate""RT Plan Date""DICOM:RTPlanDescription""RT Plan Description"
-    "DICOM:RTPlanGeometry""RT Plan Geometry""DICOM:RTPlanLabel""RT Plan Label""DICOM:RTPlanName"
-    "RT Plan Name""DICOM:RTPlanRelationship""RT Plan Relationship""DICOM:RTPlanTime""RT Plan Time"
-    "DICOM:RTROIIdentificationCodeSequence""RTROI Identification Code Sequence"
-    "DICOM:RTROIInterpretedType""RTROI Interpreted Type""DICOM:RTROIObservationsSequence"
-    "RTROI Observations Sequence""DICOM:RTROIRelationship""RTROI Relationship"
-    "DICOM:RTReferencedSeriesSequence""RT Referenced Series Sequence"
-    "DICOM:RTReferencedStudySequence""RT Referenced Study Sequence""DICOM:RTRelatedROISequence"
-    "RT Related ROI Sequence""DICOM:RWavePointer""R Wave Pointer""DICOM:RWaveTimeVector"
-    "R Wave Time Vector""DICOM:RadialPosition""Radial Position""DICOM:RadiationAtomicNumber"
-    "Radiation Atomic Number""DICOM:RadiationChargeState""Radiation Charge State"
-    "DICOM:RadiationMachineName""Radiation Machine Name""DICOM:RadiationMachineSAD"
-    "Radiation Machine SAD""DICOM:RadiationMachineSSD""Radiation Machine SSD"
-    "DICOM:RadiationMassNumber""Radiation Mass Number""DICOM:RadiationMode""Radiation Mode"
-    "DICOM:RadiationSetting""Radiation Setting""DICOM:RadiationType""Radiation Type"
-    "DICOM:Radionuclide""DICOM:RadionuclideCodeSequence""Radionuclide Code Sequence"
-    "DICOM:RadionuclideHalfLife""Radionuclide Half Life""DICOM:RadionuclidePositronFraction"
-    "Radionuclide Positron Fraction""DICOM:RadionuclideTotalDose""Radionuclide Total Dose"
-    "DICOM:Radiopharmaceutical""DICOM:RadiopharmaceuticalCodeSequence"
-    "Radiopharmaceutical Code Sequence""DICOM:RadiopharmaceuticalInformationSeq"
-    "Radiopharmaceutical Information Seq""DICOM:RadiopharmaceuticalRoute""Radiopharmaceutical Route"
-    "DICOM:RadiopharmaceuticalSpecActivity""Radiopharmaceutical Spec Activity"
-    "DICOM:RadiopharmaceuticalStartDateTime""Radiopharmaceutical Start Date Time"
-    "DICOM:RadiopharmaceuticalStartTime""Radiopharmaceutical Start Time"
-    "DICOM:RadiopharmaceuticalStopDateTime""Radiopharmaceutical Stop Date Time"
-    "DICOM:RadiopharmaceuticalStopTime""Radiopharmaceutical Stop Time"
-    "DICOM:RadiopharmaceuticalVolume""Radiopharmaceutical Volume"
-    "DICOM:RadiusOfCircExposControlSensRegion""Radius Of Circ Expos Control Sens Region"
-    "DICOM:RadiusOfCircularCollimator""Radius Of Circular Collimator""DICOM:RadiusOfCircularShutter"
-    "Radius Of Circular Shutter""DICOM:RadiusOfCurvature""Radius Of Curvature"
-    "DICOM:RandomsCorrected""Randoms Corrected""DICOM:RandomsCorrectionMethod"
-    "Randoms Correction Method""DICOM:RangeModulatorDescription""Range Modulator Description"
-    "DICOM:RangeModulatorGatingStartValue""Range Modulator Gating Start Value"
-    "DICOM:RangeModulatorGatingStopValue""Range Modulator Gating Stop Value""DICOM:RangeModulatorID"
-    "Range Modulator ID""DICOM:RangeModulatorNumber""Range Modulator Number"
-    "DICOM:RangeModulatorSequence""Range Modulator Sequence""DICOM:RangeModulatorSettingsSequence"
-    "Range Modulator Settings Sequence""DICOM:RangeModulatorType""Range Modulator Type"
-    "DICOM:RangeShifterDescription""Range Shifter Description""DICOM:RangeShifterID"
-    "Range Shifter ID""DICOM:RangeShifterNumber""Range Shifter Number""DICOM:RangeShifterSequence"
-    "Range Shifter Sequence""DICOM:RangeShifterSetting""Range Shifter Setting"
-    "DICOM:RangeShifterSettingsSequence""Range Shifter Settings Sequence""DICOM:RangeShifterType"
-    "Range Shifter Type""DICOM:RangeShifterWaterEquivThickness""Range Shifter Water Equiv Thickness"
-    "DICOM:RawDataHandling""Raw Data Handling""DICOM:RawDataRunNumber""Raw Data Run Number"
-    "DICOM:RawDataType""Raw Data Type""DICOM:RealWorldValueFirstValueMapped"
-    "Real World Value First Value Mapped""DICOM:RealWorldValueIntercept""Real World Value Intercept"
-    "DICOM:RealWorldValueLUTData""Real World Value LUT Data""DICOM:RealWorldValueLastValueMapped"
-    "Real World Value Last Value Mapped""DICOM:RealWorldValueMappingSequence"
-    "Real World Value Mapping Sequence""DICOM:RealWorldValueSlope""Real World Value Slope"
-    "DICOM:ReasonForCancellation""Reason For Cancellation""DICOM:ReasonForImagingServiceRequest"
-    "Reason For Imaging Service Request""DICOM:ReasonForRequestedProcedure"
-    "Reason For Requested Procedure""DICOM:ReasonForRequestedProcedureCodeSeq"
-    "Reason For Requested Procedure Code Seq""DICOM:ReasonForStudy""Reason For Study"
-    "DICOM:ReasonForTheAttributeModification""Reason For The Attribute Modification"
-    "DICOM:ReceiveBandwidth""Receive Bandwidth""DICOM:ReceiveCoilManufacturerName"
-    "Receive Coil Manufacturer Name""DICOM:ReceiveCoilName""Receive Coil Name"
-    "DICOM:ReceiveCoilType""Receive Coil Type""DICOM:ReceivingAE""Receiving AE"
-    "DICOM:RecognitionCode""Recognition Code""DICOM:RecommendedDisplayCIELabValue"
-    "Recommended Display CIE Lab Value""DICOM:RecommendedDisplayFrameRate"
-    "Recommended Display Frame Rate""DICOM:RecommendedDisplayFrameRateInFloat"
-    "Recommended Display Frame Rate In Float""DICOM:RecommendedDisplayGrayscaleValue"
-    "Recommended Display Grayscale Value""DICOM:RecommendedViewingMode""Recommended Viewing Mode"
-    "DICOM:ReconPostProcflag""Recon Post Procflag""DICOM:ReconstructionAlgorithm"
-    "Reconstruction Algorithm""DICOM:ReconstructionAngle""Reconstruction Angle"
-    "DICOM:ReconstructionDescription""Reconstruction Description""DICOM:ReconstructionDiameter"
-    "Reconstruction Diameter""DICOM:ReconstructionFieldOfView""Reconstruction Field Of View"
-    "DICOM:ReconstructionIndex""Reconstruction Index""DICOM:ReconstructionMethod"
-    "Reconstruction Method""DICOM:ReconstructionPixelSpacing""Reconstruction Pixel Spacing"
-    "DICOM:ReconstructionTargetCenterPatient""Reconstruction Target Center Patient"
-    "DICOM:ReconstructionType""Reconstruction Type""DICOM:RecordInUseFlag""Record In Use Flag"
-    "DICOM:RecordedBlockSequence""Recorded Block Sequence""DICOM:RecordedBrachyAccessoryDeviceSeq"
-    "Recorded Brachy Accessory Device Seq""DICOM:RecordedChannelSequence""Recorded Channel Sequence"
-    "DICOM:RecordedChannelShieldSequence""Recorded Channel Shield Sequence"
-    "DICOM:RecordedCompensatorSequence""Recorded Compensator Sequence"
-    "DICOM:RecordedLateralSpreadingDeviceSeq""Recorded Lateral Spreading Device Seq"
-    "DICOM:RecordedRangeModulatorSequence""Recorded Range Modulator Sequence"
-    "DICOM:RecordedRangeShifterSequence""Recorded Range Shifter Sequence"
-    "DICOM:RecordedSnoutSequence""Recorded Snout Sequence""DICOM:RecordedSourceApplicatorSequence"
-    "Recorded Source Applicator Sequence""DICOM:RecordedSourceSequence""Recorded Source Sequence"
-    "DICOM:RecordedWedgeSequence""Recorded Wedge Sequence""DICOM:RectificationType"
-    "Rectification Type""DICOM:RectilinearPhaseEncodeReordering"
-    "Rectilinear Phase Encode Reordering""DICOM:RedPaletteColorTableData"
-    "Red Palette Color Table Data""DICOM:RedPaletteColorTableDescriptor"
-    "Red Palette Color Table Descriptor""DICOM:RefGenPurSchedProcStepTransUID"
-    "Ref Gen Pur Sched Proc Step Trans UID""DICOM:RefGenPurposeSchedProcStepSeq"
-    "Ref Gen Purpose Sched Proc Step Seq""DICOM:RefImageRealWorldValueMappingSeq"
-    "Ref Image Real World Value Mapping Seq""DICOM:Reference""DICOM:ReferenceAirKermaRate"
-    "Reference Air Kerma Rate""DICOM:ReferenceChannelUsed""Reference Channel Used"
-    "DICOM:ReferenceChannels""Reference Channels""DICOM:ReferenceCoordinates""Reference Coordinates"
-    "DICOM:ReferenceDisplaySets""Reference Display Sets""DICOM:ReferenceImageField"
-    "Reference Image Field""DICOM:ReferenceImageNumber""Reference Image Number"
-    "DICOM:ReferencePixelPhysicalValueX""Reference Pixel Physical Value X"
-    "DICOM:ReferencePixelPhysicalValueY""Reference Pixel Physical Value Y""DICOM:ReferencePixelX0"
-    "Reference Pixel X0""DICOM:ReferencePixelY0""Reference Pixel Y0""DICOM:ReferenceToRecordedSound"
-    "Reference To Recorded Sound""DICOM:ReferencedBasicAnnotationBoxSeq"
-    "Referenced Basic Annotation Box Seq""DICOM:ReferencedBeamNumber""Referenced Beam Number"
-    "DICOM:ReferencedBeamSequence""Referenced Beam Sequence""DICOM:ReferencedBlockNumber"
-    "Referenced Block Number""DICOM:ReferencedBolusSequence""Referenced Bolus Sequence"
-    "DICOM:ReferencedBrachyAccessoryDeviceNum""Referenced Brachy Accessory Device Num"
-    "DICOM:ReferencedBrachyAppSetupNumber""Referenced Brachy App Setup Number"
-    "DICOM:ReferencedBrachyAppSetupSeq""Referenced Brachy App Setup Seq"
-    "DICOM:ReferencedCalculatedDoseRefNumber""Referenced Calculated Dose Ref Number"
-    "DICOM:ReferencedCalculatedDoseRefSeq""Referenced Calculated Dose Ref Seq"
-    "DICOM:ReferencedChannelShieldNumber""Referenced Channel Shield Number"
-    "DICOM:ReferencedCompensatorNumber""Referenced Compensator Number"
-    "DICOM:ReferencedContentItemIdentifier""Referenced Content Item Identifier"
-    "DICOM:ReferencedControlPointIndex""Referenced Control Point Index"
-    "DICOM:ReferencedControlPointSequence""Referenced Control Point Sequence"
-    "DICOM:ReferencedCurveSequence""Referenced Curve Sequence""DICOM:ReferencedDateTime"
-    "Referenced Date Time""DICOM:ReferencedDigitalSignatureSeq""Referenced Digital Signature Seq"
-    "DICOM:ReferencedDoseReferenceNumber""Referenced Dose Reference Number"
-    "DICOM:ReferencedDoseReferenceSequence""Referenced Dose Reference Sequence"
-    "DICOM:ReferencedDoseSequence""Referenced Dose Sequence""DICOM:ReferencedFileID"
-    "Referenced File ID""DICOM:ReferencedFilmBoxSequence""Referenced Film Box Sequence"
-    "DICOM:ReferencedFilmSessionSequence""Referenced Film Session Sequence"
-    "DICOM:ReferencedFractionGroupNumber""Referenced Fraction Group Number"
-    "DICOM:ReferencedFractionGroupSequence""Referenced Fraction Group Sequence"
-    "DICOM:ReferencedFractionNumber""Referenced Fraction Number""DICOM:ReferencedFrameNumber"
-    "Referenced Frame Number""DICOM:ReferencedFrameNumbers""Referenced Frame Numbers"
-    "DICOM:ReferencedFrameOfReferenceSequence""Referenced Frame Of Reference Sequence"
-    "DICOM:ReferencedFrameOfReferenceUID""Referenced Frame Of Reference UID"
-    "DICOM:ReferencedImageBoxSequence""Referenced Image Box Sequence"
-    "DICOM:ReferencedImageEvidenceSequence""Referenced Image Evidence Sequence"
-    "DICOM:ReferencedImageOverlayBoxSequence""Referenced Image Overlay Box Sequence"
-    "DICOM:ReferencedImageSequence""Referenced Image Sequence""DICOM:ReferencedInstanceSequence"
-    "Referenced Instance Sequence""DICOM:ReferencedInterpretationSequence"
-    "Referenced Interpretation Sequence""DICOM:ReferencedLateralSpreadingDevNum"
-    "Referenced Lateral Spreading Dev Num""DICOM:ReferencedMeasuredDoseReferenceNum"
-    "Referenced Measured Dose Reference Num""DICOM:ReferencedMeasuredDoseReferenceSeq"
-    "Referenced Measured Dose Reference Seq""DICOM:ReferencedNonImageCompositeSOPSeq"
-    "Referenced Non Image Composite SOP Seq""DICOM:ReferencedOtherPlaneSequence"
-    "Referenced Other Plane Sequence""DICOM:ReferencedOverlayGroup""Referenced Overlay Group"
-    "DICOM:ReferencedOverlayPlaneGroups""Referenced Overlay Plane Groups"
-    "DICOM:ReferencedOverlayPlaneSequence""Referenced Overlay Plane Sequence"
-    "DICOM:ReferencedOverlaySequence""Referenced Overlay Sequence"
-    "DICOM:ReferencedPatientAliasSequence""Referenced Patient Alias Sequence"
-    "DICOM:ReferencedPatientSequence""Referenced Patient Sequence"
-    "DICOM:ReferencedPatientSetupNumber""Referenced Patient Setup Number"
-    "DICOM:ReferencedPresentationLUTSequence""Referenced Presentation LUT Sequence"
-    "DICOM:ReferencedPrintJobSequence""Referenced Print Job Sequence"
-    "DICOM:ReferencedProcedureStepSequence""Referenced Procedure Step Sequence"
-    "DICOM:ReferencedROINumber""Referenced ROI Number""DICOM:ReferencedRTPlanSequence"
-    "Referenced RT Plan Sequence""DICOM:ReferencedRangeModulatorNumber"
-    "Referenced Range Modulator Number""DICOM:ReferencedRangeShifterNumber"
-    "Referenced Range Shifter Number""DICOM:ReferencedRawDataSequence""Referenced Raw Data Sequence"
-    "DICOM:ReferencedReferenceImageNumber""Referenced Reference Image Number"
-    "DICOM:ReferencedReferenceImageSequence""Referenced Reference Image Sequence"
-    "DICOM:ReferencedRelatedSOPClassUIDInFile""Referenced Related SOP Class UID In File"
-    "DICOM:ReferencedRequestSequence""Referenced Request Sequence""DICOM:ReferencedResultsSequence"
-    "Referenced Results Sequence""DICOM:ReferencedSOPClassUID""Referenced SOP Class UID"
-    "DICOM:ReferencedSOPClassUIDInFile""Referenced SOP Class UID In File"
-    "DICOM:ReferencedSOPInstanceMACSeq""Referenced SOP Instance MAC Seq"
-    "DICOM:ReferencedSOPInstanceUID""Referenced SOP Instance UID"
-    "DICOM:ReferencedSOPInstanceUIDInFile""Referenced SOP Instance UID In File"
-    "DICOM:ReferencedSOPSequence""Referenced SOP Sequence""DICOM:ReferencedSamplePositions"
-    "Referenced Sample Positions""DICOM:ReferencedSegmentNumber""Referenced Segment Number"
-    "DICOM:ReferencedSeriesSequence""Referenced Series Sequence""DICOM:ReferencedSetupImageSequence"
-    "Referenced Setup Image Sequence""DICOM:ReferencedSourceApplicatorNumber"
-    "Referenced Source Applicator Number""DICOM:ReferencedSourceNumber""Referenced Source Number"
-    "DICOM:ReferencedSpatialRegistrationSeq""Referenced Spatial Registration Seq"
-    "DICOM:ReferencedStartControlPointIndex""Referenced Start Control Point Index"
-    "DICOM:ReferencedStopControlPointIndex""Referenced Stop Control Point Index"
-    "DICOM:ReferencedStorageMediaSequence""Referenced Storage Media Sequence"
-    "DICOM:ReferencedStoredPrintSequence""Referenced Stored Print Sequence"
-    "DICOM:ReferencedStructureSetSequence""Referenced Structure Set Sequence"
-    "DICOM:ReferencedStudySequence""Referenced Study Sequence""DICOM:ReferencedTimeOffsets"
-    "Referenced Time Offsets""DICOM:ReferencedToleranceTableNumber"
-    "Referenced Tolerance Table Number""DICOM:ReferencedTransferSyntaxUIDInFile"
-    "Referenced Transfer Syntax UID In File""DICOM:ReferencedTreatmentRecordSequence"
-    "Referenced Treatment Record Sequence""DICOM:ReferencedVOILUTBoxSequence"
-    "Referenced VOILUT Box Sequence""DICOM:ReferencedVerificationImageSeq"
-    "Referenced Verification Image Seq""DICOM:ReferencedVisitSequence""Referenced Visit Sequence"
-    "DICOM:ReferencedWaveformChannels""Referenced Waveform Channels"
-    "DICOM:ReferencedWaveformSequence""Referenced Waveform Sequence""DICOM:ReferencedWedgeNumber"
-    "Referenced Wedge Number""DICOM:ReferringPhysicianAddress""Referring Physician Address"
-    "DICOM:ReferringPhysicianIDSequence""Referring Physician ID Sequence"
-    "DICOM:ReferringPhysicianName""Referring Physician Name"
-    "DICOM:ReferringPhysicianTelephoneNumber""Referring Physician Telephone Number"
-    "DICOM:ReflectedAmbientLight""Reflected Ambient Light""DICOM:ReformattingInterval"
-    "Reformatting Interval""DICOM:ReformattingOpInitialViewDir""Reformatting Op Initial View Dir"
-    "DICOM:ReformattingOperationType""Reformatting Operation Type""DICOM:ReformattingThickness"
-    "Reformatting Thickness""DICOM:RefractiveStateSequence""Refractive State Sequence"
-    "DICOM:RegionDataType""Region Data Type""DICOM:RegionFlags""Region Flags"
-    "DICOM:RegionLocationMaxX1""Region Location Max X1""DICOM:RegionLocationMaxY1"
-    "Region Location Max Y1""DICOM:RegionLocationMinX0""Region Location Min X0"
-    "DICOM:RegionLocationMinY0""Region Location Min Y0""DICOM:RegionOfResidence"
-    "Region Of Residence""DICOM:RegionPixelShiftSequence""Region Pixel Shift Sequence"
-    "DICOM:RegionSpatialFormat""Region Spatial Format""DICOM:RegistrationSequence"
-    "Registration Sequence""DICOM:RegistrationTypeCodeSequence""Registration Type Code Sequence"
-    "DICOM:RelatedFrameOfReferenceUID""Related Frame Of Reference UID"
-    "DICOM:RelatedGeneralSOPClassUID""Related General SOP Class UID"
-    "DICOM:RelatedProcedureStepSequence""Related Procedure Step Sequence"
-    "DICOM:RelatedRTROIObservationsSequence""Related RTROI Observations Sequence"
-    "DICOM:RelatedReferenceRTImageSequence""Related Reference RT Image Sequence"
-    "DICOM:RelatedSeriesSequence""Related Series Sequence""DICOM:RelationshipGroupLength"
-    "Relationship Group Length""DICOM:RelationshipType""Relationship Type"
-    "DICOM:RelativeImagePositionCodeSequence""Relative Image Position Code Sequence"
-    "DICOM:RelativeOpacity""Relative Opacity""DICOM:RelativeTime""Relative Time"
-    "DICOM:RelativeTimeUnits""Relative Time Units""DICOM:RelativeXRayExposure"
-    "Relative X Ray Exposure""DICOM:RelevantInformationSequence""Relevant Information Sequence"
-    "DICOM:RenderingType3D""Rendering Type 3D""DICOM:RepeatFractionCycleLength"
-    "Repeat Fraction Cycle Length""DICOM:RepeatInterval""Repeat Interval""DICOM:RepetitionTime"
-    "Repetition Time""DICOM:ReportedValuesOrigin""Reported Values Origin""DICOM:ReportingPriority"
-    "Reporting Priority""DICOM:RepresentativeFrameNumber""Representative Frame Number"
-    "DICOM:ReprojectionMethod""Reprojection Method""DICOM:RequestAttributesSequence"
-    "Request Attributes Sequence""DICOM:RequestPriority""Request Priority"
-    "DICOM:RequestedContrastAgent""Requested Contrast Agent""DICOM:RequestedDecimate-CropBehavior"
-    "Requested Decimate-Crop Behavior""DICOM:RequestedImageSize""Requested Image Size"
-    "DICOM:RequestedImageSizeFlag""Requested Image Size Flag"
-    "DICOM:RequestedMediaApplicationProfile""Requested Media Application Profile"
-    "DICOM:RequestedProcedureCodeSequence""Requested Procedure Code Sequence"
-    "DICOM:RequestedProcedureComments""Requested Procedure Comments"
-    "DICOM:RequestedProcedureDescription""Requested Procedure Description"
-    "DICOM:RequestedProcedureID""Requested Procedure ID""DICOM:RequestedProcedureLocation"
-    "Requested Procedure Location""DICOM:RequestedProcedurePriority""Requested Procedure Priority"
-    "DICOM:RequestedResolutionID""Requested Resolution ID""DICOM:RequestedSubsequentWorkItemCodeSeq"
-    "Requested Subsequent Work Item Code Seq""DICOM:RequestingAE""Requesting AE"
-    "DICOM:RequestingPhysician""Requesting Physician""DICOM:RequestingPhysicianIDSequence"
-    "Requesting Physician ID Sequence""DICOM:RequestingService""Requesting Service"
-    "DICOM:RescaleIntercept""Rescale Intercept""DICOM:RescaleSlope""Rescale Slope"
-    "DICOM:RescaleType""Rescale Type""DICOM:ResidualSyringeCounts""Residual Syringe Counts"
-    "DICOM:ResonantNucleus""Resonant Nucleus""DICOM:RespiratoryCyclePosition"
-    "Respiratory Cycle Position""DICOM:RespiratoryIntervalTime""Respiratory Interval Time"
-    "DICOM:RespiratoryMotionCompTechDescr""Respiratory Motion Comp Tech Descr"
-    "DICOM:RespiratoryMotionCompTechnique""Respiratory Motion Comp Technique"
-    "DICOM:RespiratoryRateBpm""Respiratory Rate Bpm""DICOM:RespiratorySignalSource"
-    "Respiratory Signal Source""DICOM:RespiratorySignalSourceID""Respiratory Signal Source ID"
-    "DICOM:RespiratorySynchronizationSequence""Respiratory Synchronization Sequence"
-    "DICOM:RespiratoryTriggerDelayThreshold""Respiratory Trigger Delay Threshold"
-    "DICOM:RespiratoryTriggerPoint""Respiratory Trigger Point""DICOM:RespiratoryTriggerType"
-    "Respiratory Trigger Type""DICOM:ResponsibleOrganization""Responsible Organization"
-    "DICOM:ResponsiblePerson""Responsible Person""DICOM:ResponsiblePersonRole"
-    "Responsible Person Role""DICOM:ResultingGenPurposePerfProcStepSeq"
-    "Resulting Gen Purpose Perf Proc Step Seq""DICOM:ResultsComments""Results Comments"
-    "DICOM:ResultsDistributionListSequence""Results Distribution List Sequence""DICOM:ResultsID"
-    "Results ID""DICOM:ResultsIDIssuer""Results ID Issuer""DICOM:RetrieveAETitle""Retrieve AE Title"
-    "DICOM:RetrieveLocationUID""Retrieve Location UID""DICOM:RetrieveURI""Retrieve URI"
-    "DICOM:ReviewDate""Review Date""DICOM:ReviewTime""Review Time""DICOM:ReviewerName"
-    "Reviewer Name""DICOM:RevolutionTime""Revolution Time""DICOM:RightImageSequence"
-    "Right Image Sequence""DICOM:RightLensSequence""Right Lens Sequence""DICOM:RotationDirection"
-    "Rotation Direction""DICOM:RotationFromSourceXRot""Rotation From Source X Rot"
-    "DICOM:RotationFromSourceYRot""Rotation From Source Y Rot""DICOM:RotationFromSourceZRot"
-    "Rotation From Source Z Rot""DICOM:RotationInformationSequence""Rotation Information Sequence"
-    "DICOM:RotationOfScannedFilm""Rotation Of Scanned Film""DICOM:RotationOffset""Rotation Offset"
-    "DICOM:RotationVector""Rotation Vector""DICOM:RouteOfAdmissions""Route Of Admissions"
-    "DICOM:RowOverlap""Row Overlap""DICOM:Rows""DICOM:RunLengthTriplet""Run Length Triplet"
-    "DICOM:SAR""DICOM:SATFatWaterBone""SAT Fat Water Bone""DICOM:SATLocationA""SAT Location A"
-    "DICOM:SATLocationF""SAT Location F""DICOM:SATLocationH""SAT Location H""DICOM:SATLocationL"
-    "SAT Location L""DICOM:SATLocationP""SAT Location P""DICOM:SATLocationR""SAT Location R"
-    "DICOM:SATThicknessA-P""SAT Thickness A-P""DICOM:SATThicknessH-F""SAT Thickness H-F"
-    "DICOM:SATThicknessR-L""SAT Thickness R-L""DICOM:SCPStatus""SCP Status"
-    "DICOM:SCoordOfBottomRightCorner""S Coord Of Bottom Right Corner""DICOM:SCoordOfTopRightCorner"
-    "S Coord Of Top Right Corner""DICOM:SOPAuthorizationComment""SOP Authorization Comment"
-    "DICOM:SOPAuthorizationDateAndTime""SOP Authorization Date And Time""DICOM:SOPClassUID"
-    "SOP Class UID""DICOM:SOPClassesInStudy""SOP Classes In Study""DICOM:SOPClassesSupported"
-    "SOP Classes Supported""DICOM:SOPInstanceStatus""SOP Instance Status""DICOM:SOPInstanceUID"
-    "SOP Instance UID""DICOM:SafePositionExitDate""Safe Position Exit Date"
-    "DICOM:SafePositionExitTime""Safe Position Exit Time""DICOM:SafePositionReturnDate"
-    "Safe Position Return Date""DICOM:SafePositionReturnTime""Safe Position Return Time"
-    "DICOM:SampleRate""Sample Rate""DICOM:SamplesPerPixel""Samples Per Pixel"
-    "DICOM:SamplesPerPixelUsed""Samples Per Pixel Used""DICOM:SamplingFrequency""Sampling Frequency"
-    "DICOM:Saravghead""DICOM:SaturationPlanes""Saturation Planes""DICOM:SaturationRecovery"
-    "Saturation Recovery""DICOM:SaveCompInstancesAfterMediaCreate"
-    "Save Comp Instances After Media Create""DICOM:ScanArc""Scan Arc""DICOM:ScanFOVType"
-    "Scan FOV Type""DICOM:ScanLength""Scan Length""DICOM:ScanMode""Scan Mode""DICOM:ScanOptions"
-    "Scan Options""DICOM:ScanPitchRatio""Scan Pitch Ratio""DICOM:ScanSpotMetersetWeights"
-    "Scan Spot Meterset Weights""DICOM:ScanSpotMetersetsDelivered""Scan Spot Metersets Delivered"
-    "DICOM:ScanSpotPositionMap""Scan Spot Position Map""DICOM:ScanSpotTuneID""Scan Spot Tune ID"
-    "DICOM:ScanVelocity""Scan Velocity""DICOM:ScannerStudyEntityUID""Scanner Study Entity UID"
-    "DICOM:ScannerStudyID""Scanner Study ID""DICOM:ScannerTableEntry""Scanner Table Entry"
-    "DICOM:ScanningSequence""Scanning Sequence""DICOM:ScanningSpotSize""Scanning Spot Size"
-    "DICOM:ScatterCorrected""Scatter Corrected""DICOM:ScatterCorrectionMethod"
-    "Scatter Correction Method""DICOM:ScatterFractionFactor""Scatter Fraction Factor"
-    "DICOM:SchedProcStepModificationDateTime""Sched Proc Step Modification Date Time"
-    "DICOM:SchedProcedureStepStartDateAndTime""Sched Procedure Step Start Date And Time"
-    "DICOM:SchedProcessingApplicationsCodeSeq""Sched Processing Applications Code Seq"
-    "DICOM:SchedStationGeographicLocCodeSeq""Sched Station Geographic Loc Code Seq"
-    "DICOM:ScheduledAdmissionDate""Scheduled Admission Date""DICOM:ScheduledAdmissionTime"
-    "Scheduled Admission Time""DICOM:ScheduledDischargeDate""Scheduled Discharge Date"
-    "DICOM:ScheduledDischargeTime""Scheduled Discharge Time""DICOM:ScheduledHumanPerformersSequence"
-    "Scheduled Human Performers Sequence""DICOM:ScheduledPatientInstitResidence"
-    "Scheduled Patient Instit Residence""DICOM:ScheduledPerformingPhysicianIDSeq"
-    "Scheduled Performing Physician ID Seq""DICOM:ScheduledPerformingPhysiciansName"
-    "Scheduled Performing Physicians Name""DICOM:ScheduledProcedureStepDescription"
-    "Scheduled Procedure Step Description""DICOM:ScheduledProcedureStepEndDate"
-    "Scheduled Procedure Step End Date""DICOM:ScheduledProcedureStepEndTime"
-    "Scheduled Procedure Step End Time""DICOM:ScheduledProcedureStepID""Scheduled Procedure Step ID"
-    "DICOM:ScheduledProcedureStepLocation""Scheduled Procedure Step Location"
-    "DICOM:ScheduledProcedureStepPriority""Scheduled Procedure Step Priority"
-    "DICOM:ScheduledProcedureStepSequence""Scheduled Procedure Step Sequence"
-    "DICOM:ScheduledProcedureStepStartDate""Scheduled Procedure Step Start Date"
-    "DICOM:ScheduledProcedureStepStartTime""Scheduled Procedure Step Start Time"
-    "DICOM:ScheduledProcedureStepStatus""Scheduled Procedure Step Status"
-    "DICOM:ScheduledProcessingParametersSeq""Scheduled Processing Parameters Seq"
-    "DICOM:ScheduledProtocolCodeSequence""Scheduled Protocol Code Sequence"
-    "DICOM:ScheduledStationAETitle""Scheduled Station AE Title"
-    "DICOM:ScheduledStationClassCodeSequence""Scheduled Station Class Code Sequence"
-    "DICOM:ScheduledStationName""Scheduled Station Name""DICOM:ScheduledStationNameCodeSequence"
-    "Scheduled Station Name Code Sequence""DICOM:ScheduledStepAttributesSequence"
-    "Scheduled Step Attributes Sequence""DICOM:ScheduledStudyLocation""Scheduled Study Location"
-    "DICOM:ScheduledStudyLocationAETitle""Scheduled Study Location AE Title"
-    "DICOM:ScheduledStudyStartDate""Scheduled Study Start Date""DICOM:ScheduledStudyStartTime"
-    "Scheduled Study Start Time""DICOM:ScheduledStudyStopDate""Scheduled Study Stop Date"
-    "DICOM:ScheduledStudyStopTime""Scheduled Study Stop Time""DICOM:ScheduledWorkitemCodeSequence"
-    "Scheduled Workitem Code Sequence""DICOM:ScoutType""Scout Type""DICOM:ScreenFormat"
-    "Screen Format""DICOM:ScreenMinimumColorBitDepth""Screen Minimum Color Bit Depth"
-    "DICOM:ScreenMinimumGrayscaleBitDepth""Screen Minimum Grayscale Bit Depth""DICOM:SecondEcho"
-    "Second Echo""DICOM:SecondaryCaptureDeviceID""Secondary Capture Device ID"
-    "DICOM:SecondaryCaptureDeviceManufacturer""Secondary Capture Device Manufacturer"
-    "DICOM:SecondaryCaptureDeviceModelName""Secondary Capture Device Model Name"
-    "DICOM:SecondaryCaptureDeviceSoftwareVers""Secondary Capture Device Software Vers"
-    "DICOM:SecondaryCountsAccumulated""Secondary Counts Accumulated""DICOM:SecondaryCountsType"
-    "Secondary Counts Type""DICOM:SecondaryPositionerIncrement""Secondary Positioner Increment"
-    "DICOM:SecondaryPositionerScanArc""Secondary Positioner Scan Arc"
-    "DICOM:SecondaryPositionerScanStartAngle""Secondary Positioner Scan Start Angle"
-    "DICOM:SegmentAlgorithmName""Segment Algorithm Name""DICOM:SegmentAlgorithmType"
-    "Segment Algorithm Type""DICOM:SegmentDescription""Segment Description"
-    "DICOM:SegmentIdentificationSequence""Segment Identification Sequence""DICOM:SegmentLabel"
-    "Segment Label""DICOM:SegmentNumber""Segment Number""DICOM:SegmentSequence""Segment Sequence"
-    "DICOM:SegmentationFractionalType""Segmentation Fractional Type""DICOM:SegmentationType"
-    "Segmentation Type""DICOM:SegmentedBlueColorTableData""Segmented Blue Color Table Data"
-    "DICOM:SegmentedGreenColorTableData""Segmented Green Color Table Data"
-    "DICOM:SegmentedKSpaceTraversal""Segmented K Space Traversal"
-    "DICOM:SegmentedPropertyCategoryCodeSeq""Segmented Property Category Code Seq"
-    "DICOM:SegmentedPropertyTypeCodeSequence""Segmented Property Type Code Sequence"
-    "DICOM:SegmentedRedColorTableData""Segmented Red Color Table Data""DICOM:SelectorATValue"
-    "Selector AT Value""DICOM:SelectorAttribute""Selector Attribute"
-    "DICOM:SelectorAttributePrivateCreator""Selector Attribute Private Creator"
-    "DICOM:SelectorAttributeVR""Selector Attribute VR""DICOM:SelectorCSValue""Selector CS Value"
-    "DICOM:SelectorCodeSequenceValue""Selector Code Sequence Value""DICOM:SelectorDSValue"
-    "Selector DS Value""DICOM:SelectorFDValue""Selector FD Value""DICOM:SelectorFLValue"
-    "Selector FL Value""DICOM:SelectorISValue""Selector IS Value""DICOM:SelectorLOValue"
-    "Selector LO Value""DICOM:SelectorLTValue""Selector LT Value""DICOM:SelectorPNValue"
-    "Selector PN Value""DICOM:SelectorSHValue""Selector SH Value""DICOM:SelectorSLValue"
-    "Selector SL Value""DICOM:SelectorSSValue""Selector SS Value""DICOM:SelectorSTValue"
-    "Selector ST Value""DICOM:SelectorSeqPointerPrivateCreator"
-    "Selector Seq Pointer Private Creator""DICOM:SelectorSequencePointer""Selector Sequence Pointer"
-    "DICOM:SelectorULValue""Selector UL Value""DICOM:SelectorUSValue""Selector US Value"
-    "DICOM:SelectorUTValue""Selector UT Value""DICOM:SelectorValueNumber""Selector Value Number"
-    "DICOM:Sensitivity""DICOM:SensitivityCalibrated""Sensitivity Calibrated""DICOM:SequenceName"
-    "Sequence Name""DICOM:SequenceOfCompressedData""Sequence Of Compressed Data"
-    "DICOM:SequenceOfUltrasoundRegions""Sequence Of Ultrasound Regions""DICOM:SequenceVariant"
-    "Sequence Variant""DICOM:SeriesCompleteFlag""Series Complete Flag""DICOM:SeriesContrast"
-    "Series Contrast""DICOM:SeriesDate""Series Date""DICOM:SeriesDescription""Series Description"
-    "DICOM:SeriesFromWhichPrescribed""Series From Which Prescribed""DICOM:SeriesInStudy"
-    "Series In Study""DICOM:SeriesInstanceUID""Series Instance UID""DICOM:SeriesNumber"
-    "Series Number""DICOM:SeriesPlane""Series Plane""DICOM:SeriesRecordChecksum"
-    "Series Record Checksum""DICOM:SeriesTime""Series Time""DICOM:SeriesType""Series Type"
-    "DICOM:ServiceEpisodeDescription""Service Episode Description""DICOM:ServiceEpisodeID"
-    "Service Episode ID""DICOM:ServiceID""Service ID""DICOM:SetIfFatqEstimatesWereUsed"
-    "Set If Fatq Estimates Were Used""DICOM:SetupDeviceDescription""Setup Device Description"
-    "DICOM:SetupDeviceLabel""Setup Device Label""DICOM:SetupDeviceParameter""Setup Device Parameter"
-    "DICOM:SetupDeviceSequence""Setup Device Sequence""DICOM:SetupDeviceType""Setup Device Type"
-    "DICOM:SetupImageComment""Setup Image Comment""DICOM:SetupReferenceDescription"
-    "Setup Reference Description""DICOM:SetupTechnique""Setup Technique"
-    "DICOM:SetupTechniqueDescription""Setup Technique Description""DICOM:ShapeType""Shape Type"
-    "DICOM:SharedFunctionalGroupsSequence""Shared Functional Groups Sequence"
-    "DICOM:ShieldingDeviceDescription""Shielding Device Description""DICOM:ShieldingDeviceLabel"
-    "Shielding Device Label""DICOM:ShieldingDevicePosition""Shielding Device Position"
-    "DICOM:ShieldingDeviceSequence""Shielding Device Sequence""DICOM:ShieldingDeviceType"
-    "Shielding Device Type""DICOM:ShiftTableSize""Shift Table Size""DICOM:ShiftTableTriplet"
-    "Shift Table Triplet""DICOM:ShowAcquisitionTechniquesFlag""Show Acquisition Techniques Flag"
-    "DICOM:ShowGraphicAnnotationFlag""Show Graphic Annotation Flag""DICOM:ShowGrayscaleInverted"
-    "Show Grayscale Inverted""DICOM:ShowImageTrueSizeFlag""Show Image True Size Flag"
-    "DICOM:ShowPatientDemographicsFlag""Show Patient Demographics Flag"
-    "DICOM:ShutterLeftVerticalEdge""Shutter Left Vertical Edge""DICOM:ShutterLowerHorizontalEdge"
-    "Shutter Lower Horizontal Edge""DICOM:ShutterOverlayGroup""Shutter Overlay Group"
-    "DICOM:ShutterPresentationColorCIELabVal""Shutter Presentation Color CIE Lab Val"
-    "DICOM:ShutterPresentationValue""Shutter Presentation Value""DICOM:ShutterRightVerticalEdge"
-    "Shutter Right Vertical Edge""DICOM:ShutterShape""Shutter Shape"
-    "DICOM:ShutterUpperHorizontalEdge""Shutter Upper Horizontal Edge""DICOM:SigmaMode""Sigma Mode"
-    "DICOM:SigmaRowNumberWhichRowsWereUsed""Sigma Row Number Which Rows Were Used"
-    "DICOM:SignalDomainColumns""Signal Domain Columns""DICOM:SignalDomainRows""Signal Domain Rows"
-    "DICOM:Signature""DICOM:SimpleFrameList""Simple Frame List""DICOM:SingleCollimationWidth"
-    "Single Collimation Width""DICOM:SkipBeats""Skip Beats""DICOM:SkipFrameRangeFlag"
-    "Skip Frame Range Flag""DICOM:SlabOrientation""Slab Orientation""DICOM:SlabThickness"
-    "Slab Thickness""DICOM:SliceLocation""Slice Location""DICOM:SliceLocationVector"
-    "Slice Location Vector""DICOM:SliceOffsetOnFreqAxis""Slice Offset On Freq Axis"
-    "DICOM:SliceProgressionDirection""Slice Progression Direction""DICOM:SliceSensitivityFactor"
-    "Slice Sensitivity Factor""DICOM:SliceThickness""Slice Thickness""DICOM:SliceVector"
-    "Slice Vector""DICOM:SlideIdentifier""Slide Identifier""DICOM:SlopInt10-17""Slop Int 10-17"
-    "DICOM:SlopInt6-9""Slop Int 6-9""DICOM:SmallestImagePixelValue""Smallest Image Pixel Value"
-    "DICOM:SmallestImagePixelValueInPlane""Smallest Image Pixel Value In Plane"
-    "DICOM:SmallestPixelValueInSeries""Smallest Pixel Value In Series"
-    "DICOM:SmallestValidPixelValue""Smallest Valid Pixel Value""DICOM:SmartScanOnOffFlag"
-    "Smart Scan On Off Flag""DICOM:SmokingStatus""Smoking Status""DICOM:SmoothingType"
-    "Smoothing Type""DICOM:SnoutID""Snout ID""DICOM:SnoutPosition""Snout Position"
-    "DICOM:SnoutPositionTolerance""Snout Position Tolerance""DICOM:SnoutSequence""Snout Sequence"
-    "DICOM:SoftTissueFocusThermalIndex""Soft Tissue Focus Thermal Index"
-    "DICOM:SoftTissueSurfaceThermalIndex""Soft Tissue Surface Thermal Index"
-    "DICOM:SoftTissueThermalIndex""Soft Tissue Thermal Index""DICOM:SoftcopyVOILUTSequence"
-    "Softcopy VOILUT Sequence""DICOM:SoftwareVersion""Software Version""DICOM:SortByCategory"
-    "Sort By Category""DICOM:SortingDirection""Sorting Direction""DICOM:SortingOperationsSequence"
-    "Sorting Operations Sequence""DICOM:SourceApplicationEntityTitle"
-    "Source Application Entity Title""DICOM:SourceApplicatorID""Source Applicator ID"
-    "DICOM:SourceApplicatorLength""Source Applicator Length""DICOM:SourceApplicatorManufacturer"
-    "Source Applicator Manufacturer""DICOM:SourceApplicatorName""Source Applicator Name"
-    "DICOM:SourceApplicatorNumber""Source Applicator Number""DICOM:SourceApplicatorStepSize"
-    "Source Applicator Step Size""DICOM:SourceApplicatorType""Source Applicator Type"
-    "DICOM:SourceApplicatorWallNomThickness""Source Applicator Wall Nom Thickness"
-    "DICOM:SourceApplicatorWallNomTrans""Source Applicator Wall Nom Trans""DICOM:SourceAxisDistance"
-    "Source Axis Distance""DICOM:SourceEncapsulationNomThickness"
-    "Source Encapsulation Nom Thickness""DICOM:SourceEncapsulationNomTransmission"
-    "Source Encapsulation Nom Transmission""DICOM:SourceFrameOfReferenceUID"
-    "Source Frame Of Reference UID""DICOM:SourceHangingProtocolSequence"
-    "Source Hanging Protocol Sequence""DICOM:SourceImageEvidenceSequence"
-    "Source Image Evidence Sequence""DICOM:SourceImageIDs""Source Image I Ds"
-    "DICOM:SourceImageSequence""Source Image Sequence""DICOM:SourceInstanceSequence"
-    "Source Instance Sequence""DICOM:SourceIsotopeHalfLife""Source Isotope Half Life"
-    "DICOM:SourceIsotopeName""Source Isotope Name""DICOM:SourceManufacturer""Source Manufacturer"
-    "DICOM:SourceMovementType""Source Movement Type""DICOM:SourceNumber""Source Number"
-    "DICOM:SourceOfPreviousValues""Source Of Previous Values""DICOM:SourceSequence""Source Sequence"
-    "DICOM:SourceSerialNumber""Source Serial Number""DICOM:SourceStrength""Source Strength"
-    "DICOM:SourceStrengthReferenceDate""Source Strength Reference Date"
-    "DICOM:SourceStrengthReferenceTime""Source Strength Reference Time""DICOM:SourceStrengthUnits"
-    "Source Strength Units""DICOM:SourceToBeamLimitingDeviceDistance"
-    "Source To Beam Limiting Device Distance""DICOM:SourceToBlockTrayDistance"
-    "Source To Block Tray Distance""DICOM:SourceToCompensatorDistance"
-    "Source To Compensator Distance""DICOM:SourceToCompensatorTrayDistance"
-    "Source To Compensator Tray Distance""DICOM:SourceToDataCollectionCenterDist"
-    "Source To Data Collection Center Dist""DICOM:SourceToReferenceObjectDistance"
-    "Source To Reference Object Distance""DICOM:SourceToSurfaceDistance""Source To Surface Distance"
-    "DICOM:SourceToWedgeTrayDistance""Source To Wedge Tray Distance""DICOM:SourceType""Source Type"
-    "DICOM:SourceWaveformSequence""Source Waveform Sequence""DICOM:SpacingBetweenSlices"
-    "Spacing Between Slices""DICOM:SpatialLocationsPreserved""Spatial Locations Preserved"
-    "DICOM:SpatialPresaturation""Spatial Presaturation""DICOM:SpatialResolution""Spatial Resolution"
-    "DICOM:SpecialNeeds""Special Needs""DICOM:SpecificAbsorptionRateDefinition"
-    "Specific Absorption Rate Definition""DICOM:SpecificAbsorptionRateSequence"
-    "Specific Absorption Rate Sequence""DICOM:SpecificAbsorptionRateValue"
-    "Specific Absorption Rate Value""DICOM:SpecificCharacterSet""Specific Character Set"
-    "DICOM:SpecificCharacterSetOfFile""Specific Character Set Of File"
-    "DICOM:SpecifiedChannelTotalTime""Specified Channel Total Time""DICOM:SpecifiedMeterset"
-    "Specified Meterset""DICOM:SpecifiedNumberOfPulses""Specified Number Of Pulses"
-    "DICOM:SpecifiedPrimaryMeterset""Specified Primary Meterset"
-    "DICOM:SpecifiedPulseRepetitionInterval""Specified Pulse Repetition Interval"
-    "DICOM:SpecifiedSecondaryMeterset""Specified Secondary Meterset""DICOM:SpecifiedTreatmentTime"
-    "Specified Treatment Time""DICOM:SpecimenAccessionNumber""Specimen Accession Number"
-    "DICOM:SpecimenDescriptionSequenceTrial""Specimen Description Sequence Trial"
-    "DICOM:SpecimenDescriptionTrial""Specimen Description Trial""DICOM:SpecimenIdentifier"
-    "Specimen Identifier""DICOM:SpecimenSequence""Specimen Sequence""DICOM:SpecimenShortDescription"
-    "Specimen Short Description""DICOM:SpecimenTypeCodeSequence""Specimen Type Code Sequence"
-    "DICOM:SpecimenUID""Specimen UID""DICOM:SpectralWidth""Spectral Width"
-    "DICOM:SpectrallySelectedExcitation""Spectrally Selected Excitation"
-    "DICOM:SpectrallySelectedSuppression""Spectrally Selected Suppression"
-    "DICOM:SpectroscopyAcqPhaseColumns""Spectroscopy Acq Phase Columns"
-    "DICOM:SpectroscopyAcquisitionDataColumns""Spectroscopy Acquisition Data Columns"
-    "DICOM:SpectroscopyAcquisitionPhaseRows""Spectroscopy Acquisition Phase Rows"
-    "DICOM:SpectroscopyData""Spectroscopy Data""DICOM:SpectroscopyOutOfPlanePhaseSteps"
-    "Spectroscopy Out Of Plane Phase Steps""DICOM:SpherePower""Sphere Power"
-    "DICOM:SphericalLensPower""Spherical Lens Power""DICOM:SpiralPitchFactor""Spiral Pitch Factor"
-    "DICOM:Spoiling""DICOM:StackID""Stack ID""DICOM:StageCodeSequence""Stage Code Sequence"
-    "DICOM:StageName""Stage Name""DICOM:StageNumber""Stage Number""DICOM:StartAcquisitionDateTime"
-    "Start Acquisition Date Time""DICOM:StartAngle""Start Angle"
-    "DICOM:StartCumulativeMetersetWeight""Start Cumulative Meterset Weight"
-    "DICOM:StartDensityThreshold""Start Density Threshold""DICOM:StartMeterset""Start Meterset"
-    "DICOM:StartNumberForBaseline""Start Number For Baseline""DICOM:StartNumberForEnhancedScans"
-    "Start Number For Enhanced Scans""DICOM:StartOfItem""Start Of Item"
-    "DICOM:StartScanToXrayOnDelay""Start Scan To Xray On Delay""DICOM:StartTimeSecsInFirstAxial"
-    "Start Time Secs In First Axial""DICOM:StartTrim""Start Trim""DICOM:StartingChannelNumber"
-    "Starting Channel Number""DICOM:StartingChannelOfView""Starting Channel Of View"
-    "DICOM:StartingRespiratoryAmplitude""Starting Respiratory Amplitude"
-    "DICOM:StartingRespiratoryPhase""Starting Respiratory Phase""DICOM:StartingView""Starting View"
-    "DICOM:StartingViewForRow1a""Starting View For Row 1a""DICOM:StartingViewForRow1b"
-    "Starting View For Row 1b""DICOM:StartingViewForRow2a""Starting View For Row 2a"
-    "DICOM:StartingViewForRow2b""Starting View For Row 2b""DICOM:StatReconFlag""Stat Recon Flag"
-    "DICOM:StationName""Station Name""DICOM:SteadyStatePulseSequence""Steady State Pulse Sequence"
-    "DICOM:SteeringAngle""Steering Angle""DICOM:StereoBaselineAngle""Stereo Baseline Angle"
-    "DICOM:StereoBaselineDisplacement""Stereo Baseline Displacement"
-    "DICOM:StereoHorizontalPixelOffset""Stereo Horizontal Pixel Offset""DICOM:StereoPairsSequence"
-    "Stereo Pairs Sequence""DICOM:StereoRotation""Stereo Rotation""DICOM:StereoVerticalPixelOffset"
-    "Stereo Vertical Pixel Offset""DICOM:StopTrim""Stop Trim""DICOM:StorageMediaFileSetID"
-    "Storage Media File Set ID""DICOM:StorageMediaFileSetUID""Storage Media File Set UID"
-    "DICOM:StringSlopField1""String Slop Field 1""DICOM:StringSlopField2""String Slop Field 2"
-    "DICOM:StructureSetDate""Structure Set Date""DICOM:StructureSetDescription"
-    "Structure Set Description""DICOM:StructureSetLabel""Structure Set Label"
-    "DICOM:StructureSetName""Structure Set Name""DICOM:StructureSetROISequence"
-    "Structure Set ROI Sequence""DICOM:StructureSetTime""Structure Set Time""DICOM:StudyArrivalDate"
-    "Study Arrival Date""DICOM:StudyArrivalTime""Study Arrival Time""DICOM:StudyComments"
-    "Study Comments""DICOM:StudyCompletionDate""Study Completion Date""DICOM:StudyCompletionTime"
-    "Study Completion Time""DICOM:StudyComponentStatusID""Study Component Status ID"
-    "DICOM:StudyDate""Study Date""DICOM:StudyDescription""Study Description""DICOM:StudyGroupLength"
-    "Study Group Length""DICOM:StudyID""Study ID""DICOM:StudyIDIssuer""Study ID Issuer"
-    "DICOM:StudyInstanceUID""Study Instance UID""DICOM:StudyPriorityID""Study Priority ID"
-    "DICOM:StudyReadDate""Study Read Date""DICOM:StudyReadTime""Study Read Time"
-    "DICOM:StudyStatusID""Study Status ID""DICOM:StudyTime""Study Time""DICOM:StudyVerifiedDate"
-    "Study Verified Date""DICOM:StudyVerifiedTime""Study Verified Time"
-    "DICOM:SubscriptionListStatus""Subscription List Status""DICOM:SubstanceAdminParameterSeq"
-    "Substance Admin Parameter Seq""DICOM:SubstanceAdministrationApproval"
-    "Substance Administration Approval""DICOM:SubstanceAdministrationDateTime"
-    "Substance Administration Date Time""DICOM:SubstanceAdministrationDeviceID"
-    "Substance Administration Device ID""DICOM:SubstanceAdministrationNotes"
-    "Substance Administration Notes""DICOM:SubtractionItemID""Subtraction Item ID""DICOM:SuiteID"
-    "Suite ID""DICOM:SummaryImage""Summary Image""DICOM:SupportedImageDisplayFormatSeq"
-    "Supported Image Display Format Seq""DICOM:SurfaceCoilIntensity""Surface Coil Intensity"
-    "DICOM:SurfaceCoilType""Surface Coil Type""DICOM:SurfaceComments""Surface Comments"
-    "DICOM:SurfaceCount""Surface Count""DICOM:SurfaceEntryPoint""Surface Entry Point"
-    "DICOM:SurfaceNumber""Surface Number""DICOM:SurfacePointsSequence""Surface Points Sequence"
-    "DICOM:SurfaceProcessing""Surface Processing""DICOM:SurfaceProcessingRatio"
-    "Surface Processing Ratio""DICOM:SurfaceSequence""Surface Sequence""DICOM:Swappf"
-    "DICOM:SynchronizationChannel""Synchronization Channel"
-    "DICOM:SynchronizationFrameOfReferenceUID""Synchronization Frame Of Reference UID"
-    "DICOM:SynchronizationTrigger""Synchronization Trigger""DICOM:SynchronizedImageBoxList"
-    "Synchronized Image Box List""DICOM:SynchronizedScrollingSequence"
-    "Synchronized Scrolling Sequence""DICOM:SyringeCounts""Syringe Counts""DICOM:T2Preparation"
-    "T2 Preparation""DICOM:TGGCTriggerMode""TGGC Trigger Mode""DICOM:TIDOffset""TID Offset"
-    "DICOM:TMLinePositionX0""TM Line Position X0""DICOM:TMLinePositionX0Retired"
-    "TM Line Position X0 Retired""DICOM:TMLinePositionX1""TM Line Position X1"
-    "DICOM:TMLinePositionX1Retired""TM Line Position X1 Retired""DICOM:TMLinePositionY0"
-    "TM Line Position Y0""DICOM:TMLinePositionY0Retired""TM Line Position Y0 Retired"
-    "DICOM:TMLinePositionY1""TM Line Position Y1""DICOM:TMLinePositionY1Retired"
-    "TM Line Position Y1 Retired""DICOM:TableAngle""Table Angle""DICOM:TableCradleTiltAngle"
-    "Table Cradle Tilt Angle""DICOM:TableDelta""Table Delta""DICOM:TableDirectionInOrOut"
-    "Table Direction In Or Out""DICOM:TableEndLocation""Table End Location"
-    "DICOM:TableFeedPerRotation""Table Feed Per Rotation""DICOM:TableHeadTiltAngle"
-    "Table Head Tilt Angle""DICOM:TableHeight""Table Height""DICOM:TableHorizontalRotationAngle"
-    "Table Horizontal Rotation Angle""DICOM:TableLateralIncrement""Table Lateral Increment"
-    "DICOM:TableLongitudinalIncrement""Table Longitudinal Increment""DICOM:TableMotion"
-    "Table Motion""DICOM:TableOfParameterValues""Table Of Parameter Values"
-    "DICOM:TableOfPixelValues""Table Of Pixel Values""DICOM:TableOfXBreakPoints"
-    "Table Of X Break Points""DICOM:TableOfYBreakPoints""Table Of Y Break Points"
-    "DICOM:TablePosition""Table Position""DICOM:TablePositionSequence""Table Position Sequence"
-    "DICOM:TableSpeed""Table Speed""DICOM:TableStartLocation""Table Start Location"
-    "DICOM:TableTopEccentricAngle""Table Top Eccentric Angle""DICOM:TableTopEccentricAngleTolerance"
-    "Table Top Eccentric Angle Tolerance""DICOM:TableTopEccentricAxisDistance"
-    "Table Top Eccentric Axis Distance""DICOM:TableTopEccentricRotateDirection"
-    "Table Top Eccentric Rotate Direction""DICOM:TableTopLateralPosition"
-    "Table Top Lateral Position""DICOM:TableTopLateralPositionTolerance"
-    "Table Top Lateral Position Tolerance""DICOM:TableTopLateralSetupDisplacement"
-    "Table Top Lateral Setup Displacement""DICOM:TableTopLongitudinalPosition"
-    "Table Top Longitudinal Position""DICOM:TableTopLongitudinalPositionTol"
-    "Table Top Longitudinal Position Tol""DICOM:TableTopLongitudinalSetupDisplace"
-    "Table Top Longitudinal Setup Displace""DICOM:TableTopPitchAngle""Table Top Pitch Angle"
-    "DICOM:TableTopPitchAngleTolerance""Table Top Pitch Angle Tolerance"
-    "DICOM:TableTopPitchRotationDirection""Table Top Pitch Rotation Direction"
-    "DICOM:TableTopRollAngle""Table Top Roll Angle""DICOM:TableTopRollAngleTolerance"
-    "Table Top Roll Angle Tolerance""DICOM:TableTopRollRotationDirection"
-    "Table Top Roll Rotation Direction""DICOM:TableTopVerticalPosition""Table Top Vertical Position"
-    "DICOM:TableTopVerticalPositionTolerance""Table Top Vertical Position Tolerance"
-    "DICOM:TableTopVerticalSetupDisplacement""Table Top Vertical Setup Displacement"
-    "DICOM:TableTraverse""Table Traverse""DICOM:TableType""Table Type""DICOM:TableVerticalIncrement"
-    "Table Vertical Increment""DICOM:TableXPositionToIsocenter""Table X Position To Isocenter"
-    "DICOM:TableYPositionToIsocenter""Table Y Position To Isocenter"
-    "DICOM:TableZPositionToIsocenter""Table Z Position To Isocenter""DICOM:TagAngleFirstAxis"
-    "Tag Angle First Axis""DICOM:TagAngleSecondAxis""Tag Angle Second Axis"
-    "DICOM:TagSpacingFirstDimension""Tag Spacing First Dimension""DICOM:TagSpacingSecondDimension"
-    "Tag Spacing Second Dimension""DICOM:TagThickness""Tag Thickness""DICOM:Tagging"
-    "DICOM:TaggingDelay""Tagging Delay""DICOM:TargetMaximumDose""Target Maximum Dose"
-    "DICOM:TargetMinimumDose""Target Minimum Dose""DICOM:TargetPrescriptionDose"
-    "Target Prescription Dose""DICOM:TargetUnderdoseVolumeFraction"
-    "Target Underdose Volume Fraction""DICOM:TelephoneNumberTrial""Telephone Number Trial"
-    "DICOM:TemplateExtensionCreatorUID""Template Extension Creator UID""DICOM:TemplateExtensionFlag"
-    "Template Extension Flag""DICOM:TemplateExtensionOrganizationUID"
-    "Template Extension Organization UID""DICOM:TemplateIdentifier""Template Identifier"
-    "DICOM:TemplateLocalVersion""Template Local Version""DICOM:TemplateName""Template Name"
-    "DICOM:TemplateNumber""Template Number""DICOM:TemplateType""Template Type"
-    "DICOM:TemplateVersion""Template Version""DICOM:TemporalPositionIdentifier"
-    "Temporal Position Identifier""DICOM:TemporalPositionIndex""Temporal Position Index"
-    "DICOM:TemporalRangeType""Temporal Range Type""DICOM:TemporalResolution""Temporal Resolution"
-    "DICOM:TerminationTimeThreshold""Termination Time Threshold""DICOM:TextComments""Text Comments"
-    "DICOM:TextGroupLength""Text Group Length""DICOM:TextObjectSequence""Text Object Sequence"
-    "DICOM:TextString""Text String""DICOM:TextValue""Text Value""DICOM:TherapyDescription"
-    "Therapy Description""DICOM:TherapyType""Therapy Type""DICOM:ThicknessDisclaimer"
-    "Thickness Disclaimer""DICOM:ThresholdDensity""Threshold Density""DICOM:Time"
-    "DICOM:TimeBasedImageSetsSequence""Time Based Image Sets Sequence"
-    "DICOM:TimeDistributionProtocol""Time Distribution Protocol""DICOM:TimeDomainFiltering"
-    "Time Domain Filtering""DICOM:TimeOfFlightContrast""Time Of Flight Contrast"
-    "DICOM:TimeOfLastCalibration""Time Of Last Calibration""DICOM:TimeOfLastDetectorCalibration"
-    "Time Of Last Detector Calibration""DICOM:TimeOfSecondaryCapture""Time Of Secondary Capture"
-    "DICOM:TimeRange""Time Range""DICOM:TimeSliceVector""Time Slice Vector"
-    "DICOM:TimeSlotInformationSequence""Time Slot Information Sequence""DICOM:TimeSlotNumber"
-    "Time Slot Number""DICOM:TimeSlotTime""Time Slot Time""DICOM:TimeSlotVector""Time Slot Vector"
-    "DICOM:TimeSource""Time Source""DICOM:TimezoneOffsetFromUTC""Timezone Offset From UTC"
-    "DICOM:TissueHeterogeneityCorrection""Tissue Heterogeneity Correction""DICOM:ToWindowLevelLevel"
-    "To Window Level Level""DICOM:ToleranceTableLabel""Tolerance Table Label"
-    "DICOM:ToleranceTableNumber""Tolerance Table Number""DICOM:ToleranceTableSequence"
-    "Tolerance Table Sequence""DICOM:TomoAngle""Tomo Angle""DICOM:TomoClass""Tomo Class"
-    "DICOM:TomoLayerHeight""Tomo Layer Height""DICOM:TomoTime""Tomo Time""DICOM:TomoType""Tomo Type"
-    "DICOM:TopicAuthor""Topic Author""DICOM:TopicKeywords""Topic Keywords""DICOM:TopicSubject"
-    "Topic Subject""DICOM:TopicTitle""Topic Title""DICOM:TotalBlockTrayFactor"
-    "Total Block Tray Factor""DICOM:TotalBlockTrayWaterEquivThickness"
-    "Total Block Tray Water Equiv Thickness""DICOM:TotalCollimationWidth""Total Collimation Width"
-    "DICOM:TotalCompTrayWaterEquivThickness""Total Comp Tray Water Equiv Thickness"
-    "DICOM:TotalCompensatorTrayFactor""Total Compensator Tray Factor""DICOM:TotalGain""Total Gain"
-    "DICOM:TotalInputViews""Total Input Views""DICOM:TotalNoOfRefChannels""Total No Of Ref Channels"
-    "DICOM:TotalNumberMediaPiecesCreated""Total Number Media Pieces Created"
-    "DICOM:TotalNumberOfExposures""Total Number Of Exposures""DICOM:TotalOutputViews"
-    "Total Output Views""DICOM:TotalReferenceAirKerma""Total Reference Air Kerma"
-    "DICOM:TotalSegmentsRequested""Total Segments Requested""DICOM:TotalTime""Total Time"
-    "DICOM:TotalTimeOfFluoroscopy""Total Time Of Fluoroscopy"
-    "DICOM:TotalWedgeTrayWaterEquivThickness""Total Wedge Tray Water Equiv Thickness"
-    "DICOM:TransactionUID""Transaction UID""DICOM:TransducerData""Transducer Data"
-    "DICOM:TransducerFrequency""Transducer Frequency""DICOM:TransducerOrientation"
-    "Transducer Orientation""DICOM:TransducerOrientationModifierSeq"
-    "Transducer Orientation Modifier Seq""DICOM:TransducerOrientationSequence"
-    "Transducer Orientation Sequence""DICOM:TransducerPosition""Transducer Position"
-    "DICOM:TransducerPositionModifierSequence""Transducer Position Modifier Sequence"
-    "DICOM:TransducerPositionSequence""Transducer Position Sequence""DICOM:TransducerType"
-    "Transducer Type""DICOM:TransferSyntaxUID""Transfer Syntax UID""DICOM:TransferTubeLength"
-    "Transfer Tube Length""DICOM:TransferTubeNumber""Transfer Tube Number""DICOM:TransformLabel"
-    "Transform Label""DICOM:TransformVersionNumber""Transform Version Number"
-    "DICOM:TransmissionGain""Transmission Gain""DICOM:TransmitCoilManufacturerName"
-    "Transmit Coil Manufacturer Name""DICOM:TransmitCoilName""Transmit Coil Name"
-    "DICOM:TransmitCoilType""Transmit Coil Type""DICOM:TransmitGain""Transmit Gain"
-    "DICOM:TransmitterFrequency""Transmitter Frequency""DICOM:TransmittingCoil""Transmitting Coil"
-    "DICOM:TransverseMash""Transverse Mash""DICOM:TreatmentControlPointDate"
-    "Treatment Control Point Date""DICOM:TreatmentControlPointTime""Treatment Control Point Time"
-    "DICOM:TreatmentDate""Treatment Date""DICOM:TreatmentDeliveryType""Treatment Delivery Type"
-    "DICOM:TreatmentMachineName""Treatment Machine Name""DICOM:TreatmentMachineSequence"
-    "Treatment Machine Sequence""DICOM:TreatmentProtocols""Treatment Protocols"
-    "DICOM:TreatmentSessionAppSetupSeq""Treatment Session App Setup Seq"
-    "DICOM:TreatmentSessionBeamSequence""Treatment Session Beam Sequence"
-    "DICOM:TreatmentSessionIonBeamSequence""Treatment Session Ion Beam Sequence"
-    "DICOM:TreatmentSites""Treatment Sites""DICOM:TreatmentStatusComment""Treatment Status Comment"
-    "DICOM:TreatmentSummaryCalcDoseRefSeq""Treatment Summary Calc Dose Ref Seq"
-    "DICOM:TreatmentSummaryMeasuredDoseRefSeq""Treatment Summary Measured Dose Ref Seq"
-    "DICOM:TreatmentTerminationCode""Treatment Termination Code""DICOM:TreatmentTerminationStatus"
-    "Treatment Termination Status""DICOM:TreatmentTime""Treatment Time"
-    "DICOM:TreatmentVerificationStatus""Treatment Verification Status""DICOM:TriangleFanSequence"
-    "Triangle Fan Sequence""DICOM:TrianglePointIndexList""Triangle Point Index List"
-    "DICOM:TriangleStripSequence""Triangle Strip Sequence""DICOM:TriggerDelayTime"
-    "Trigger Delay Time""DICOM:TriggerFrequency""Trigger Frequency""DICOM:TriggerOnPosition"
-    "Trigger On Position""DICOM:TriggerSamplePosition""Trigger Sample Position"
-    "DICOM:TriggerSourceOrType""Trigger Source Or Type""DICOM:TriggerTime""Trigger Time"
-    "DICOM:TriggerTimeOffset""Trigger Time Offset""DICOM:TriggerVector""Trigger Vector"
-    "DICOM:TriggerWindow""Trigger Window""DICOM:Trim""DICOM:TubeAngle""Tube Angle"
-    "DICOM:TubeFocalSpotPosition""Tube Focal Spot Position""DICOM:TypeOfData""Type Of Data"
-    "DICOM:TypeOfDetectorMotion""Type Of Detector Motion""DICOM:TypeOfFilters""Type Of Filters"
-    "DICOM:TypeOfPatientID""Type Of Patient ID""DICOM:TypeOfReceiverUsed""Type Of Receiver Used"
-    "DICOM:TypeOfSynchronization""Type Of Synchronization""DICOM:UID""DICOM:UPSListStatus"
-    "UPS List Status""DICOM:UPSPerformedProcedureSequence""UPS Performed Procedure Sequence"
-    "DICOM:UPSProgressInformationSequence""UPS Progress Information Sequence"
-    "DICOM:UltrasoundColorDataPresent""Ultrasound Color Data Present""DICOM:UnformattedTextValue"
-    "Unformatted Text Value""DICOM:UnifiedProcedureStepComURISeq"
-    "Unified Procedure Step Com URI Seq""DICOM:UnifiedProcedureStepProgress"
-    "Unified Procedure Step Progress""DICOM:UnifiedProcedureStepProgressDescr"
-    "Unified Procedure Step Progress Descr""DICOM:UnifiedProcedureStepState"
-    "Unified Procedure Step State""DICOM:UniqueImageIden""Unique Image Iden""DICOM:Units"
-    "DICOM:UniversalEntityID""Universal Entity ID""DICOM:UniversalEntityIDType"
-    "Universal Entity ID Type""DICOM:UpperLowerPixelValues""Upper Lower Pixel Values"
-    "DICOM:UpperRangeOfPixels2""Upper Range Of Pixels 2""DICOM:UsedFiducialsSequence"
-    "Used Fiducials Sequence""DICOM:User25-48""User 25-48""DICOM:UserData""User Data"
-    "DICOM:UserData01""User Data 01""DICOM:UserData02""User Data 02""DICOM:UserData03""User Data 03"
-    "DICOM:UserData04""User Data 04""DICOM:UserData05""User Data 05""DICOM:UserData06""User Data 06"
-    "DICOM:UserData07""User Data 07""DICOM:UserData08""User Data 08""DICOM:UserData09""User Data 09"
-    "DICOM:UserData10""User Data 10""DICOM:UserData11""User Data 11""DICOM:UserData12""User Data 12"
-    "DICOM:UserData13""User Data 13""DICOM:UserData14""User Data 14""DICOM:UserData15""User Data 15"
-    "DICOM:UserData16""User Data 16""DICOM:UserData17""User Data 17""DICOM:UserData18""User Data 18"
-    "DICOM:UserData19""User Data 19""DICOM:UserData20""User Data 20""DICOM:UserData21""User Data 21"
-    "DICOM:UserData22""User Data 22""DICOM:UserData23""User Data 23""DICOM:UserDefinedData"
-    "User Defined Data""DICOM:UserFillMapLSW""User Fill Map LSW""DICOM:UserFillMapMSW"
-    "User Fill Map MSW""DICOM:UserUsageTag""User Usage Tag""DICOM:VOILUTSequence""VOILUT Sequence"
-    "DICOM:VOIType""VOI Type""DICOM:VOI_LUTFunction""VOI LUT Function"
-    "DICOM:ValueOfBackProjectionButton""Value Of Back Projection Button""DICOM:ValueType"
-    "Value Type""DICOM:VariableCoefficientsSDDN""Variable Coefficients SDDN"
-    "DICOM:VariableCoefficientsSDHN""Variable Coefficients SDHN""DICOM:VariableCoefficientsSDVN"
-    "Variable Coefficients SDVN""DICOM:VariableEchoflag""Variable Echoflag"
-    "DICOM:VariableFlipAngleFlag""Variable Flip Angle Flag""DICOM:VariableNextDataGroup"
-    "Variable Next Data Group""DICOM:VectorAccuracy""Vector Accuracy""DICOM:VectorCoordinateData"
-    "Vector Coordinate Data""DICOM:VectorDimensionality""Vector Dimensionality"
-    "DICOM:VectorGridData""Vector Grid Data""DICOM:VelocityEncodeScale""Velocity Encode Scale"
-    "DICOM:VelocityEncoding""Velocity Encoding""DICOM:VelocityEncodingDirection"
-    "Velocity Encoding Direction""DICOM:VelocityEncodingMaximumValue"
-    "Velocity Encoding Maximum Value""DICOM:VelocityEncodingMinimumValue"
-    "Velocity Encoding Minimum Value""DICOM:VerificationDateTime""Verification Date Time"
-    "DICOM:VerificationFlag""Verification Flag""DICOM:VerificationImageTiming"
-    "Verification Image Timing""DICOM:VerifyingObserverIdentCodeSequence"
-    "Verifying Observer Ident Code Sequence""DICOM:VerifyingObserverName""Verifying Observer Name"
-    "DICOM:VerifyingObserverSequence""Verifying Observer Sequence""DICOM:VerifyingOrganization"
-    "Verifying Organization""DICOM:VersionOfTheHdrStruct""Version Of The Hdr Struct"
-    "DICOM:VertexPointIndexList""Vertex Point Index List""DICOM:VerticalPrismBase"
-    "Vertical Prism Base""DICOM:VerticalPrismPower""Vertical Prism Power"
-    "DICOM:VerticesOfPolygonalCollimator""Vertices Of Polygonal Collimator"
-    "DICOM:VerticesOfPolygonalShutter""Vertices Of Polygonal Shutter""DICOM:VerticesOfTheRegion"
-    "Vertices Of The Region""DICOM:VideoImageFormatAcquired""Video Image Format Acquired"
-    "DICOM:ViewCodeSequence""View Code Sequence""DICOM:ViewCompressionFactor"
-    "View Compression Factor""DICOM:ViewModifierCodeSequence""View Modifier Code Sequence"
-    "DICOM:ViewName""View Name""DICOM:ViewNumber""View Number""DICOM:ViewPosition""View Position"
-    "DICOM:ViewWeightingMode""View Weighting Mode""DICOM:ViewingDistance""Viewing Distance"
-    "DICOM:ViewingDistanceType""Viewing Distance Type""DICOM:ViewsPerSegment""Views Per Segment"
-    "DICOM:VirtualSourceAxisDistances""Virtual Source Axis Distances""DICOM:VisitComments"
-    "Visit Comments""DICOM:VisitStatusID""Visit Status ID""DICOM:VisualAcuityModifiers"
-    "Visual Acuity Modifiers""DICOM:VitalStainCodeSequenceTrial""Vital Stain Code Sequence Trial"
-    "DICOM:VmaClip""Vma Clip""DICOM:VmaMamp""Vma Mamp""DICOM:VmaMod""Vma Mod""DICOM:VmaPhase"
-    "Vma Phase""DICOM:VolumeBasedCalculationTechnique""Volume Based Calculation Technique"
-    "DICOM:VolumeLocalizationSequence""Volume Localization Sequence"
-    "DICOM:VolumeLocalizationTechnique""Volume Localization Technique""DICOM:VolumetricProperties"
-    "Volumetric Properties""DICOM:WaterReferencedPhaseCorrection""Water Referenced Phase Correction"
-    "DICOM:WaveformBitsAllocated""Waveform Bits Allocated""DICOM:WaveformBitsStored"
-    "Waveform Bits Stored""DICOM:WaveformChannelNumber""Waveform Channel Number""DICOM:WaveformData"
-    "Waveform Data""DICOM:WaveformDataDisplayScale""Waveform Data Display Scale"
-    "DICOM:WaveformDisplayBkgCIELabValue""Waveform Display Bkg CIE Lab Value"
-    "DICOM:WaveformOriginality""Waveform Originality""DICOM:WaveformPaddingValue"
-    "Waveform Padding Value""DICOM:WaveformPresentationGroupSequence"
-    "Waveform Presentation Group Sequence""DICOM:WaveformSampleInterpretation"
-    "Waveform Sample Interpretation""DICOM:WaveformSequence""Waveform Sequence""DICOM:WedgeAngle"
-    "Wedge Angle""DICOM:WedgeFactor""Wedge Factor""DICOM:WedgeID""Wedge ID""DICOM:WedgeNumber"
-    "Wedge Number""DICOM:WedgeOrientation""Wedge Orientation""DICOM:WedgePosition""Wedge Position"
-    "DICOM:WedgePositionSequence""Wedge Position Sequence""DICOM:WedgeSequence""Wedge Sequence"
-    "DICOM:WedgeThinEdgePosition""Wedge Thin Edge Position""DICOM:WedgeType""Wedge Type"
-    "DICOM:WholeBodyTechnique""Whole Body Technique""DICOM:WindowCenter""Window Center"
-    "DICOM:WindowCenterAndWidthExplanation""Window Center And Width Explanation""DICOM:WindowValue"
-    "Window Value""DICOM:WindowWidth""Window Width""DICOM:WorklistLabel""Worklist Label"
-    "DICOM:X-RayChain""X-Ray Chain""DICOM:XA-XRFFrameCharacteristicsSequence"
-    "XA-XRF Frame Characteristics Sequence""DICOM:XFocusCenter""X Focus Center"
-    "DICOM:XOffsetInSlideCoordinateSystem""X Offset In Slide Coordinate System"
-    "DICOM:XRay3DAcquisitionSequence""X Ray 3D Acquisition Sequence""DICOM:XRay3DFrameTypeSequence"
-    "X Ray 3D Frame Type Sequence""DICOM:XRay3DReconstructionSequence"
-    "X Ray 3D Reconstruction Sequence""DICOM:XRayGeometrySequence""X Ray Geometry Sequence"
-    "DICOM:XRayImageReceptorAngle""X Ray Image Receptor Angle""DICOM:XRayImageReceptorTranslation"
-    "X Ray Image Receptor Translation""DICOM:XRayOffPosition""X Ray Off Position"
-    "DICOM:XRayOnPosition""X Ray On Position""DICOM:XRayOutput""X Ray Output"
-    "DICOM:XRayReceptorType""X Ray Receptor Type""DICOM:XRayTubeCurrent""X Ray Tube Current"
-    "DICOM:XRayTubeCurrentInMicroAmps""X Ray Tube Current In Micro Amps"
-    "DICOM:XRayTubeCurrentInMilliAmps""X Ray Tube Current In Milli Amps""DICOM:YFocusCenter"
-    "Y Focus Center""DICOM:YOffsetInSlideCoordinateSystem""Y Offset In Slide Coordinate System"
-    "DICOM:ZChanAvgOverViews""Z Chan Avg Over Views""DICOM:ZOffsetInSlideCoordinateSystem"
-    "Z Offset In Slide Coordinate System""DICOM:ZSlopeCalibrationDate""Z Slope Calibration Date"
-    "DICOM:ZSlopeCalibrationTime""Z Slope Calibration Time""DICOM:ZSmoothingFactor"
-    "Z Smoothing Factor""DICOM:ZTrackingFlag""Z Tracking Flag""DICOM:ZTrackingMaximumError"
-    "Z Tracking Maximum Error""DICOM:ZonalMap""Zonal Map""DICOM:ZonalMapFormat""Zonal Map Format"
-    "DICOM:ZonalMapLocation""Zonal Map Location""DICOM:ZonalMapNumberFormat"
-    "Zonal Map Number Format""DICOM:ZoomCenter""Zoom Center""DICOM:ZoomFactor""Zoom Factor"
-    "文件改变的日期和时间""曝光时间""ICC 规范""像素方案""图像数据排列""组件数""Numéro de l'angle""Position angulaire""Type audio"
-    "Symbologie du code-barres""Valeur du code-barres""Technique de rejet du rythme cardiaque"
-    "Position du cycle cardiaque""Type de cadrage cardiaque""Nombre d'images cardiaques"
-    "Phases cardiaques""Intervalle cardiaque RR spécifié""Temps de répétition cardiaque"
-    "Source des signaux cardiaques""Technique de synchronisation cardiaque"
-    "Séquence de déclenchement cardiaque""Date de création""Emplacement actuel du patient"
-    "Type de données""Date de modification du fichier""Détails des coefficients"
-    "Séquence de l'appareil""Numéro de série de l'appareil""UID de l'appareil""Volume de l'appareil"
-    "Plage dynamique""Exposition""Temps de pose""Séquence de facette"
-    "Drapeau de cohérence du jeu de fichiers""ID du jeu de fichiers""Angle de retournement"
-    "Distorsion géométrique maximale""Propriétés géométriques""Distance focale de la grille"
-    "Vecteur de décalage du cadre de la grille""Identifiant de la grille""Période de quadrillage"
-    "Pas de la grille""Résolution de la grille""Matériau d'espacement de la grille"
-    "Épaisseur de la grille""Profil ICC""ID de l'image""Orientation de l'image""Type de l'image"
-    "Compteur de points de repères""Type de segment de l'objectif""Lieu""Nombre d'images archivées"
-    "ID du propriétaire""Interprétation photométrique""Ratio d'aspect des pixels"
-    "Configuration planaire""ID de produit""Type de données de la zone""Indicateurs de la zone"
-    "Temps relatif""Unités du temps relatif""Nombre de composantes""Longueur de numérisation"
-    "Mode de numérisation""Options de numérisation""Vitesse de numérisation""Sensibilité"
-    "Sensibilité calibrée""Commentaires du texte ""Chaîne de caractères du texte""Heure"
-    "Données utilisateur""Données utilisateur 01""Données utilisateur 02""Données utilisateur 03"
-    "Données utilisateur 04""Données utilisateur 05""Données utilisateur 06""Données utilisateur 07"
-    "Données utilisateur 08""Données utilisateur 09""Données utilisateur 10""Données utilisateur 11"
-    "Données utilisateur 12""Données utilisateur 13""Données utilisateur 14""Données utilisateur 15"
-    "Données utilisateur 16""Données utilisateur 17""Données utilisateur 18""Données utilisateur 19"
-    "Données utilisateur 20""Données utilisateur 21""Données utilisateur 22""Données utilisateur 23"
-    "Centre du zoom""Facetur de zoom ""Audiotyp""Hintergrundfarbe""Aufnahmedatum""Datum"
-    "Änderungsdatum""Dynamikbereich""Belichtung""Belichtungsdauer""ICC-Profil""Displaybeleuchtung"
-    "Bildausrichtung""Bildtyp""Intervalnummer""Aufnahmeort""Überlagerungsebenen""Besitzer-ID"
-    "Pixel-Schema""Bilddatenausrichtung""Ebenen""Produkt-ID""Anzahl der Komponenten"
-    "Sättigungsebenen""Zeit""Una coord in basso a destra""Una coord in alto a destra"
-    "Scala assoluta canale""Sequenza codice precedente astratto""Valore codice precedente astratto"
-    "Numero di adesione""Codice accessorio""Checksum del record AcqRecon"
-    "Dose prodotto dell'area acquisita""Commenti acquisizione""Descrizione contesto acquisizione"
-    "Sequenza contesto acquisizione""Contrasto acquisizione""Data acquisizione"
-    "Data/ora acquisizione""Codice processo di acquisizione del dispositivo"
+    "FileMetaInfoGroupLength" "FileMetaInfoVersion" "MediaStorageSOPClassUID"
+    "MediaStorageSOPInstanceUID" "TransferSyntaxUID" "ImplementationClassUID"
+    "ImplementationVersionName" "SourceApplicationEntityTitle" "PrivateInformationCreatorUID"
+    "PrivateInformation" "FileSetID" "FileSetDescriptorFileID" "SpecificCharacterSetOfFile"
+    "FirstDirectoryRecordOffset" "LastDirectoryRecordOffset" "FileSetConsistencyFlag"
+    "DirectoryRecordSequence" "OffsetOfNextDirectoryRecord" "RecordInUseFlag"
+    "LowerLevelDirectoryEntityOffset" "DirectoryRecordType" "PrivateRecordUID" "ReferencedFileID"
+    "MRDRDirectoryRecordOffset" "ReferencedSOPClassUIDInFile" "ReferencedSOPInstanceUIDInFile"
+    "ReferencedTransferSyntaxUIDInFile" "ReferencedRelatedSOPClassUIDInFile" "NumberOfReferences"
+    "IdentifyingGroupLength" "LengthToEnd" "SpecificCharacterSet" "LanguageCodeSequence" "ImageType"
+    "RecognitionCode" "InstanceCreationDate" "InstanceCreationTime" "InstanceCreatorUID"
+    "SOPClassUID" "SOPInstanceUID" "RelatedGeneralSOPClassUID" "OriginalSpecializedSOPClassUID"
+    "StudyDate" "SeriesDate" "AcquisitionDate" "ContentDate" "OverlayDate" "CurveDate"
+    "AcquisitionDateTime" "StudyTime" "SeriesTime" "AcquisitionTime" "ContentTime" "OverlayTime"
+    "CurveTime" "DataSetType" "DataSetSubtype" "NuclearMedicineSeriesType" "AccessionNumber"
+    "QueryRetrieveLevel" "RetrieveAETitle" "InstanceAvailability" "FailedSOPInstanceUIDList"
+    "Modality" "ModalitiesInStudy" "SOPClassesInStudy" "ConversionType" "PresentationIntentType"
+    "Manufacturer" "InstitutionName" "InstitutionAddress" "InstitutionCodeSequence"
+    "ReferringPhysicianName" "ReferringPhysicianAddress" "ReferringPhysicianTelephoneNumber"
+    "ReferringPhysicianIDSequence" "CodeValue" "CodingSchemeDesignator" "CodingSchemeVersion"
+    "CodeMeaning" "MappingResource" "ContextGroupVersion" "ContextGroupLocalVersion"
+    "ContextGroupExtensionFlag" "CodingSchemeUID" "ContextGroupExtensionCreatorUID"
+    "ContextIdentifier" "CodingSchemeIDSequence" "CodingSchemeRegistry" "CodingSchemeExternalID"
+    "CodingSchemeName" "ResponsibleOrganization" "ContextUID" "TimezoneOffsetFromUTC" "NetworkID"
+    "StationName" "StudyDescription" "ProcedureCodeSequence" "SeriesDescription"
+    "InstitutionalDepartmentName" "PhysiciansOfRecord" "PhysiciansOfRecordIDSequence"
+    "PerformingPhysicianName" "PerformingPhysicianIDSequence" "NameOfPhysicianReadingStudy"
+    "PhysicianReadingStudyIDSequence" "OperatorsName" "OperatorIDSequence"
+    "AdmittingDiagnosesDescription" "AdmittingDiagnosesCodeSequence" "ManufacturersModelName"
+    "ReferencedResultsSequence" "ReferencedStudySequence" "ReferencedProcedureStepSequence"
+    "ReferencedSeriesSequence" "ReferencedPatientSequence" "ReferencedVisitSequence"
+    "ReferencedOverlaySequence" "ReferencedWaveformSequence" "ReferencedImageSequence"
+    "ReferencedCurveSequence" "ReferencedInstanceSequence" "ReferencedSOPClassUID"
+    "ReferencedSOPInstanceUID" "SOPClassesSupported" "ReferencedFrameNumber" "SimpleFrameList"
+    "CalculatedFrameList" "TimeRange" "FrameExtractionSequence" "TransactionUID" "FailureReason"
+    "FailedSOPSequence" "ReferencedSOPSequence" "OtherReferencedStudiesSequence"
+    "RelatedSeriesSequence" "LossyImageCompression" "DerivationDescription" "SourceImageSequence"
+    "StageName" "StageNumber" "NumberOfStages" "ViewName" "ViewNumber" "NumberOfEventTimers"
+    "NumberOfViewsInStage" "EventElapsedTimes" "EventTimerNames" "EventTimerSequence"
+    "EventTimeOffset" "EventCodeSequence" "StartTrim" "StopTrim" "RecommendedDisplayFrameRate"
+    "TransducerPosition" "TransducerOrientation" "AnatomicStructure" "AnatomicRegionSequence"
+    "AnatomicRegionModifierSequence" "PrimaryAnatomicStructureSequence"
+    "AnatomicStructureOrRegionSequence" "AnatomicStructureModifierSequence"
+    "TransducerPositionSequence" "TransducerPositionModifierSequence"
+    "TransducerOrientationSequence" "TransducerOrientationModifierSeq"
+    "AnatomicEntrancePortalCodeSeqTrial" "AnatomicApproachDirCodeSeqTrial"
+    "AnatomicPerspectiveDescrTrial" "AnatomicPerspectiveCodeSeqTrial"
+    "AlternateRepresentationSequence" "IrradiationEventUID" "IdentifyingComments" "FrameType"
+    "ReferencedImageEvidenceSequence" "ReferencedRawDataSequence" "CreatorVersionUID"
+    "DerivationImageSequence" "SourceImageEvidenceSequence" "PixelPresentation"
+    "VolumetricProperties" "VolumeBasedCalculationTechnique" "ComplexImageComponent"
+    "AcquisitionContrast" "DerivationCodeSequence" "GrayscalePresentationStateSequence"
+    "ReferencedOtherPlaneSequence" "FrameDisplaySequence" "RecommendedDisplayFrameRateInFloat"
+    "SkipFrameRangeFlag" "FullFidelity" "SuiteID" "ProductID" "ImageActualDate" "ServiceID"
+    "MobileLocationNumber" "EquipmentUID" "GenesisVersionNow" "ExamRecordChecksum"
+    "ActualSeriesDataTimeStamp" "PatientGroupLength" "PatientName" "PatientID" "IssuerOfPatientID"
+    "TypeOfPatientID" "PatientBirthDate" "PatientBirthTime" "PatientSex"
+    "PatientInsurancePlanCodeSequence" "PatientPrimaryLanguageCodeSeq"
+    "PatientPrimaryLanguageCodeModSeq" "OtherPatientIDs" "OtherPatientNames"
+    "OtherPatientIDsSequence" "PatientBirthName" "PatientAge" "PatientSize" "PatientWeight"
+    "PatientAddress" "InsurancePlanIdentification" "PatientMotherBirthName" "MilitaryRank"
+    "BranchOfService" "MedicalRecordLocator" "MedicalAlerts" "Allergies" "CountryOfResidence"
+    "RegionOfResidence" "PatientTelephoneNumbers" "EthnicGroup" "Occupation" "SmokingStatus"
+    "AdditionalPatientHistory" "PregnancyStatus" "LastMenstrualDate" "PatientReligiousPreference"
+    "PatientSpeciesDescription" "PatientSpeciesCodeSequence" "PatientSexNeutered"
+    "AnatomicalOrientationType" "PatientBreedDescription" "PatientBreedCodeSequence"
+    "BreedRegistrationSequence" "BreedRegistrationNumber" "BreedRegistryCodeSequence"
+    "ResponsiblePerson" "ResponsiblePersonRole" "PatientComments" "ExaminedBodyThickness"
+    "PatientStatus" "ClinicalTrialSponsorName" "ClinicalTrialProtocolID" "ClinicalTrialProtocolName"
+    "ClinicalTrialSiteID" "ClinicalTrialSiteName" "ClinicalTrialSubjectID"
+    "ClinicalTrialSubjectReadingID" "ClinicalTrialTimePointID" "ClinicalTrialTimePointDescription"
+    "ClinicalTrialCoordinatingCenter" "PatientIdentityRemoved" "DeidentificationMethod"
+    "DeidentificationMethodCodeSequence" "ClinicalTrialSeriesID" "ClinicalTrialSeriesDescription"
+    "DistributionType" "ConsentForDistributionFlag" "AcquisitionGroupLength" "ContrastBolusAgent"
+    "ContrastBolusAgentSequence" "ContrastBolusAdministrationRoute" "BodyPartExamined"
+    "ScanningSequence" "SequenceVariant" "ScanOptions" "MRAcquisitionType" "SequenceName"
+    "AngioFlag" "InterventionDrugInformationSeq" "InterventionDrugStopTime" "InterventionDrugDose"
+    "InterventionDrugSequence" "AdditionalDrugSequence" "Radionuclide" "Radiopharmaceutical"
+    "EnergyWindowCenterline" "EnergyWindowTotalWidth" "InterventionDrugName"
+    "InterventionDrugStartTime" "InterventionSequence" "TherapyType" "InterventionStatus"
+    "TherapyDescription" "InterventionDescription" "CineRate" "InitialCineRunState" "SliceThickness"
+    "KVP" "CountsAccumulated" "AcquisitionTerminationCondition" "EffectiveDuration"
+    "AcquisitionStartCondition" "AcquisitionStartConditionData" "AcquisitionEndConditionData"
+    "RepetitionTime" "EchoTime" "InversionTime" "NumberOfAverages" "ImagingFrequency"
+    "ImagedNucleus" "EchoNumber" "MagneticFieldStrength" "SpacingBetweenSlices"
+    "NumberOfPhaseEncodingSteps" "DataCollectionDiameter" "EchoTrainLength" "PercentSampling"
+    "PercentPhaseFieldOfView" "PixelBandwidth" "DeviceSerialNumber" "DeviceUID" "DeviceID" "PlateID"
+    "GeneratorID" "GridID" "CassetteID" "GantryID" "SecondaryCaptureDeviceID"
+    "HardcopyCreationDeviceID" "DateOfSecondaryCapture" "TimeOfSecondaryCapture"
+    "SecondaryCaptureDeviceManufacturer" "HardcopyDeviceManufacturer"
+    "SecondaryCaptureDeviceModelName" "SecondaryCaptureDeviceSoftwareVers"
+    "HardcopyDeviceSoftwareVersion" "HardcopyDeviceModelName" "SoftwareVersion"
+    "VideoImageFormatAcquired" "DigitalImageFormatAcquired" "ProtocolName" "ContrastBolusRoute"
+    "ContrastBolusVolume" "ContrastBolusStartTime" "ContrastBolusStopTime" "ContrastBolusTotalDose"
+    "SyringeCounts" "ContrastFlowRate" "ContrastFlowDuration" "ContrastBolusIngredient"
+    "ContrastBolusConcentration" "SpatialResolution" "TriggerTime" "TriggerSourceOrType"
+    "NominalInterval" "FrameTime" "CardiacFramingType" "FrameTimeVector" "FrameDelay"
+    "ImageTriggerDelay" "MultiplexGroupTimeOffset" "TriggerTimeOffset" "SynchronizationTrigger"
+    "SynchronizationChannel" "TriggerSamplePosition" "RadiopharmaceuticalRoute"
+    "RadiopharmaceuticalVolume" "RadiopharmaceuticalStartTime" "RadiopharmaceuticalStopTime"
+    "RadionuclideTotalDose" "RadionuclideHalfLife" "RadionuclidePositronFraction"
+    "RadiopharmaceuticalSpecActivity" "RadiopharmaceuticalStartDateTime"
+    "RadiopharmaceuticalStopDateTime" "BeatRejectionFlag" "LowRRValue" "HighRRValue"
+    "IntervalsAcquired" "IntervalsRejected" "PVCRejection" "SkipBeats" "HeartRate"
+    "CardiacNumberOfImages" "TriggerWindow" "ReconstructionDiameter" "DistanceSourceToDetector"
+    "DistanceSourceToPatient" "EstimatedRadiographicMagnification" "GantryDetectorTilt"
+    "GantryDetectorSlew" "TableHeight" "TableTraverse" "TableMotion" "TableVerticalIncrement"
+    "TableLateralIncrement" "TableLongitudinalIncrement" "TableAngle" "TableType"
+    "RotationDirection" "AngularPosition" "RadialPosition" "ScanArc" "AngularStep"
+    "CenterOfRotationOffset" "RotationOffset" "FieldOfViewShape" "FieldOfViewDimensions"
+    "ExposureTime" "XRayTubeCurrent" "Exposure" "ExposureInMicroAmpSec" "AveragePulseWidth"
+    "RadiationSetting" "RectificationType" "RadiationMode" "ImageAreaDoseProduct" "FilterType"
+    "TypeOfFilters" "IntensifierSize" "ImagerPixelSpacing" "Grid" "GeneratorPower"
+    "CollimatorGridName" "CollimatorType" "FocalDistance" "XFocusCenter" "YFocusCenter" "FocalSpots"
+    "AnodeTargetMaterial" "BodyPartThickness" "CompressionForce" "DateOfLastCalibration"
+    "TimeOfLastCalibration" "ConvolutionKernel" "UpperLowerPixelValues" "ActualFrameDuration"
+    "CountRate" "PreferredPlaybackSequencing" "ReceiveCoilName" "TransmitCoilName" "PlateType"
+    "PhosphorType" "ScanVelocity" "WholeBodyTechnique" "ScanLength" "AcquisitionMatrix"
+    "InPlanePhaseEncodingDirection" "FlipAngle" "VariableFlipAngleFlag" "SAR" "DB-Dt"
+    "AcquisitionDeviceProcessingDescr" "AcquisitionDeviceProcessingCode" "CassetteOrientation"
+    "CassetteSize" "ExposuresOnPlate" "RelativeXRayExposure" "ColumnAngulation" "TomoLayerHeight"
+    "TomoAngle" "TomoTime" "TomoType" "TomoClass" "NumberOfTomosynthesisSourceImages"
+    "PositionerMotion" "PositionerType" "PositionerPrimaryAngle" "PositionerSecondaryAngle"
+    "PositionerPrimaryAngleIncrement" "PositionerSecondaryAngleIncrement" "DetectorPrimaryAngle"
+    "DetectorSecondaryAngle" "ShutterShape" "ShutterLeftVerticalEdge" "ShutterRightVerticalEdge"
+    "ShutterUpperHorizontalEdge" "ShutterLowerHorizontalEdge" "CenterOfCircularShutter"
+    "RadiusOfCircularShutter" "VerticesOfPolygonalShutter" "ShutterPresentationValue"
+    "ShutterOverlayGroup" "ShutterPresentationColorCIELabVal" "CollimatorShape"
+    "CollimatorLeftVerticalEdge" "CollimatorRightVerticalEdge" "CollimatorUpperHorizontalEdge"
+    "CollimatorLowerHorizontalEdge" "CenterOfCircularCollimator" "RadiusOfCircularCollimator"
+    "VerticesOfPolygonalCollimator" "AcquisitionTimeSynchronized" "TimeSource"
+    "TimeDistributionProtocol" "NTPSourceAddress" "PageNumberVector" "FrameLabelVector"
+    "FramePrimaryAngleVector" "FrameSecondaryAngleVector" "SliceLocationVector"
+    "DisplayWindowLabelVector" "NominalScannedPixelSpacing" "DigitizingDeviceTransportDirection"
+    "RotationOfScannedFilm" "IVUSAcquisition" "IVUSPullbackRate" "IVUSGatedRate"
+    "IVUSPullbackStartFrameNumber" "IVUSPullbackStopFrameNumber" "LesionNumber"
+    "AcquisitionComments" "OutputPower" "TransducerData" "FocusDepth" "ProcessingFunction"
+    "PostprocessingFunction" "MechanicalIndex" "BoneThermalIndex" "CranialThermalIndex"
+    "SoftTissueThermalIndex" "SoftTissueFocusThermalIndex" "SoftTissueSurfaceThermalIndex"
+    "DynamicRange" "TotalGain" "DepthOfScanField" "PatientPosition" "ViewPosition"
+    "ProjectionEponymousNameCodeSeq" "ImageTransformationMatrix" "ImageTranslationVector"
+    "Sensitivity" "SequenceOfUltrasoundRegions" "RegionSpatialFormat" "RegionDataType" "RegionFlags"
+    "RegionLocationMinX0" "RegionLocationMinY0" "RegionLocationMaxX1" "RegionLocationMaxY1"
+    "ReferencePixelX0" "ReferencePixelY0" "PhysicalUnitsXDirection" "PhysicalUnitsYDirection"
+    "ReferencePixelPhysicalValueX" "ReferencePixelPhysicalValueY" "PhysicalDeltaX" "PhysicalDeltaY"
+    "TransducerFrequency" "TransducerType" "PulseRepetitionFrequency" "DopplerCorrectionAngle"
+    "SteeringAngle" "DopplerSampleVolumeXPosRetired" "DopplerSampleVolumeXPosition"
+    "DopplerSampleVolumeYPosRetired" "DopplerSampleVolumeYPosition" "TMLinePositionX0Retired"
+    "TMLinePositionX0" "TMLinePositionY0Retired" "TMLinePositionY0" "TMLinePositionX1Retired"
+    "TMLinePositionX1" "TMLinePositionY1Retired" "TMLinePositionY1" "PixelComponentOrganization"
+    "PixelComponentMask" "PixelComponentRangeStart" "PixelComponentRangeStop"
+    "PixelComponentPhysicalUnits" "PixelComponentDataType" "NumberOfTableBreakPoints"
+    "TableOfXBreakPoints" "TableOfYBreakPoints" "NumberOfTableEntries" "TableOfPixelValues"
+    "TableOfParameterValues" "RWaveTimeVector" "DetectorConditionsNominalFlag" "DetectorTemperature"
+    "DetectorType" "DetectorConfiguration" "DetectorDescription" "DetectorMode" "DetectorID"
+    "DateOfLastDetectorCalibration" "TimeOfLastDetectorCalibration"
+    "DetectorExposuresSinceCalibration" "DetectorExposuresSinceManufactured"
+    "DetectorTimeSinceLastExposure" "DetectorActiveTime" "DetectorActiveOffsetFromExposure"
+    "DetectorBinning" "DetectorElementPhysicalSize" "DetectorElementSpacing" "DetectorActiveShape"
+    "DetectorActiveDimensions" "DetectorActiveOrigin" "DetectorManufacturerName"
+    "DetectorManufacturersModelName" "FieldOfViewOrigin" "FieldOfViewRotation"
+    "FieldOfViewHorizontalFlip" "GridAbsorbingMaterial" "GridSpacingMaterial" "GridThickness"
+    "GridPitch" "GridAspectRatio" "GridPeriod" "GridFocalDistance" "FilterMaterial"
+    "FilterThicknessMinimum" "FilterThicknessMaximum" "ExposureControlMode"
+    "ExposureControlModeDescription" "ExposureStatus" "PhototimerSetting" "ExposureTimeInMicroSec"
+    "XRayTubeCurrentInMicroAmps" "ContentQualification" "PulseSequenceName"
+    "MRImagingModifierSequence" "EchoPulseSequence" "InversionRecovery" "FlowCompensation"
+    "MultipleSpinEcho" "MultiPlanarExcitation" "PhaseContrast" "TimeOfFlightContrast" "Spoiling"
+    "SteadyStatePulseSequence" "EchoPlanarPulseSequence" "TagAngleFirstAxis" "MagnetizationTransfer"
+    "T2Preparation" "BloodSignalNulling" "SaturationRecovery" "SpectrallySelectedSuppression"
+    "SpectrallySelectedExcitation" "SpatialPresaturation" "Tagging" "OversamplingPhase"
+    "TagSpacingFirstDimension" "GeometryOfKSpaceTraversal" "SegmentedKSpaceTraversal"
+    "RectilinearPhaseEncodeReordering" "TagThickness" "PartialFourierDirection"
+    "CardiacSynchronizationTechnique" "ReceiveCoilManufacturerName" "MRReceiveCoilSequence"
+    "ReceiveCoilType" "QuadratureReceiveCoil" "MultiCoilDefinitionSequence" "MultiCoilConfiguration"
+    "MultiCoilElementName" "MultiCoilElementUsed" "MRTransmitCoilSequence"
+    "TransmitCoilManufacturerName" "TransmitCoilType" "SpectralWidth" "ChemicalShiftReference"
+    "VolumeLocalizationTechnique" "MRAcquisitionFrequencyEncodeSteps" "Decoupling"
+    "DecoupledNucleus" "DecouplingFrequency" "DecouplingMethod" "DecouplingChemicalShiftReference"
+    "KSpaceFiltering" "TimeDomainFiltering" "NumberOfZeroFills" "BaselineCorrection"
+    "ParallelReductionFactorInPlane" "CardiacRRIntervalSpecified" "AcquisitionDuration"
+    "FrameAcquisitionDateTime" "DiffusionDirectionality" "DiffusionGradientDirectionSequence"
+    "ParallelAcquisition" "ParallelAcquisitionTechnique" "InversionTimes" "MetaboliteMapDescription"
+    "PartialFourier" "EffectiveEchoTime" "MetaboliteMapCodeSequence" "ChemicalShiftSequence"
+    "CardiacSignalSource" "DiffusionBValue" "DiffusionGradientOrientation"
+    "VelocityEncodingDirection" "VelocityEncodingMinimumValue" "NumberOfKSpaceTrajectories"
+    "CoverageOfKSpace" "SpectroscopyAcquisitionPhaseRows" "ParallelReductFactorInPlaneRetired"
+    "TransmitterFrequency" "ResonantNucleus" "FrequencyCorrection"
+    "MRSpectroscopyFOV-GeometrySequence" "SlabThickness" "SlabOrientation" "MidSlabPosition"
+    "MRSpatialSaturationSequence" "MRTimingAndRelatedParametersSeq" "MREchoSequence"
+    "MRModifierSequence" "MRDiffusionSequence" "CardiacTriggerSequence" "MRAveragesSequence"
+    "MRFOV-GeometrySequence" "VolumeLocalizationSequence" "SpectroscopyAcquisitionDataColumns"
+    "DiffusionAnisotropyType" "FrameReferenceDateTime" "MRMetaboliteMapSequence"
+    "ParallelReductionFactorOutOfPlane" "SpectroscopyOutOfPlanePhaseSteps" "BulkMotionStatus"
+    "ParallelReductionFactSecondInPlane" "CardiacBeatRejectionTechnique"
+    "RespiratoryMotionCompTechnique" "RespiratorySignalSource" "BulkMotionCompensationTechnique"
+    "BulkMotionSignalSource" "ApplicableSafetyStandardAgency" "ApplicableSafetyStandardDescr"
+    "OperatingModeSequence" "OperatingModeType" "OperatingMode" "SpecificAbsorptionRateDefinition"
+    "GradientOutputType" "SpecificAbsorptionRateValue" "GradientOutput" "FlowCompensationDirection"
+    "TaggingDelay" "RespiratoryMotionCompTechDescr" "RespiratorySignalSourceID"
+    "ChemicalShiftsMinIntegrateLimitHz" "ChemicalShiftsMaxIntegrateLimitHz"
+    "MRVelocityEncodingSequence" "FirstOrderPhaseCorrection" "WaterReferencedPhaseCorrection"
+    "MRSpectroscopyAcquisitionType" "RespiratoryCyclePosition" "VelocityEncodingMaximumValue"
+    "TagSpacingSecondDimension" "TagAngleSecondAxis" "FrameAcquisitionDuration"
+    "MRImageFrameTypeSequence" "MRSpectroscopyFrameTypeSequence" "MRAcqPhaseEncodingStepsInPlane"
+    "MRAcqPhaseEncodingStepsOutOfPlane" "SpectroscopyAcqPhaseColumns" "CardiacCyclePosition"
+    "SpecificAbsorptionRateSequence" "RFEchoTrainLength" "GradientEchoTrainLength"
+    "ChemicalShiftsMinIntegrateLimitPPM" "ChemicalShiftsMaxIntegrateLimitPPM"
+    "CTAcquisitionTypeSequence" "AcquisitionType" "TubeAngle" "CTAcquisitionDetailsSequence"
+    "RevolutionTime" "SingleCollimationWidth" "TotalCollimationWidth" "CTTableDynamicsSequence"
+    "TableSpeed" "TableFeedPerRotation" "SpiralPitchFactor" "CTGeometrySequence"
+    "DataCollectionCenterPatient" "CTReconstructionSequence" "ReconstructionAlgorithm"
+    "ConvolutionKernelGroup" "ReconstructionFieldOfView" "ReconstructionTargetCenterPatient"
+    "ReconstructionAngle" "ImageFilter" "CTExposureSequence" "ReconstructionPixelSpacing"
+    "ExposureModulationType" "EstimatedDoseSaving" "CTXRayDetailsSequence" "CTPositionSequence"
+    "TablePosition" "ExposureTimeInMilliSec" "CTImageFrameTypeSequence" "XRayTubeCurrentInMilliAmps"
+    "ExposureInMilliAmpSec" "ConstantVolumeFlag" "FluoroscopyFlag"
+    "SourceToDataCollectionCenterDist" "ContrastBolusAgentNumber" "ContrastBolusIngredientCodeSeq"
+    "ContrastAdministrationProfileSeq" "ContrastBolusUsageSequence" "ContrastBolusAgentAdministered"
+    "ContrastBolusAgentDetected" "ContrastBolusAgentPhase" "CTDIvol" "CTDIPhantomTypeCodeSequence"
+    "CalciumScoringMassFactorPatient" "CalciumScoringMassFactorDevice" "EnergyWeightingFactor"
+    "CTAdditionalXRaySourceSequence" "ProjectionPixelCalibrationSequence"
+    "DistanceSourceToIsocenter" "DistanceObjectToTableTop" "ObjectPixelSpacingInCenterOfBeam"
+    "PositionerPositionSequence" "TablePositionSequence" "CollimatorShapeSequence"
+    "XA-XRFFrameCharacteristicsSequence" "FrameAcquisitionSequence" "XRayReceptorType"
+    "AcquisitionProtocolName" "AcquisitionProtocolDescription" "ContrastBolusIngredientOpaque"
+    "DistanceReceptorPlaneToDetHousing" "IntensifierActiveShape" "IntensifierActiveDimensions"
+    "PhysicalDetectorSize" "PositionOfIsocenterProjection" "FieldOfViewSequence"
+    "FieldOfViewDescription" "ExposureControlSensingRegionsSeq" "ExposureControlSensingRegionShape"
+    "ExposureControlSensRegionLeftEdge" "ExposureControlSensRegionRightEdge"
+    "CenterOfCircExposControlSensRegion" "RadiusOfCircExposControlSensRegion"
+    "ColumnAngulationPatient" "BeamAngle" "FrameDetectorParametersSequence"
+    "CalculatedAnatomyThickness" "CalibrationSequence" "ObjectThicknessSequence"
+    "PlaneIdentification" "FieldOfViewDimensionsInFloat" "IsocenterReferenceSystemSequence"
+    "PositionerIsocenterPrimaryAngle" "PositionerIsocenterSecondaryAngle"
+    "PositionerIsocenterDetRotAngle" "TableXPositionToIsocenter" "TableYPositionToIsocenter"
+    "TableZPositionToIsocenter" "TableHorizontalRotationAngle" "TableHeadTiltAngle"
+    "TableCradleTiltAngle" "FrameDisplayShutterSequence" "AcquiredImageAreaDoseProduct"
+    "CArmPositionerTabletopRelationship" "XRayGeometrySequence" "IrradiationEventIDSequence"
+    "XRay3DFrameTypeSequence" "ContributingSourcesSequence" "XRay3DAcquisitionSequence"
+    "PrimaryPositionerScanArc" "SecondaryPositionerScanArc" "PrimaryPositionerScanStartAngle"
+    "SecondaryPositionerScanStartAngle" "PrimaryPositionerIncrement" "SecondaryPositionerIncrement"
+    "StartAcquisitionDateTime" "EndAcquisitionDateTime" "ApplicationName" "ApplicationVersion"
+    "ApplicationManufacturer" "AlgorithmType" "AlgorithmDescription" "XRay3DReconstructionSequence"
+    "ReconstructionDescription" "PerProjectionAcquisitionSequence" "DiffusionBMatrixSequence"
+    "DiffusionBValueXX" "DiffusionBValueXY" "DiffusionBValueXZ" "DiffusionBValueYY"
+    "DiffusionBValueYZ" "DiffusionBValueZZ" "DecayCorrectionDateTime" "StartDensityThreshold"
+    "TerminationTimeThreshold" "DetectorGeometry" "AxialDetectorDimension" "PETPositionSequence"
+    "NumberOfIterations" "NumberOfSubsets" "PETFrameTypeSequence" "ReconstructionType"
+    "DecayCorrected" "AttenuationCorrected" "ScatterCorrected" "DeadTimeCorrected"
+    "GantryMotionCorrected" "PatientMotionCorrected" "RandomsCorrected" "SensitivityCalibrated"
+    "DepthsOfFocus" "ExclusionStartDatetime" "ExclusionDuration" "ImageDataTypeSequence" "DataType"
+    "AliasedDataType" "ContributingEquipmentSequence" "ContributionDateTime"
+    "ContributionDescription" "NumberOfCellsIInDetector" "CellNumberAtTheta" "CellSpacing"
+    "HorizFrameOfRef" "SeriesContrast" "LastPseq" "StartNumberForBaseline" "EndNumberForBaseline"
+    "StartNumberForEnhancedScans" "EndNumberForEnhancedScans" "SeriesPlane" "FirstScanRas"
+    "FirstScanLocation" "LastScanRas" "LastScanLoc" "DisplayFieldOfView" "MidScanTime" "MidScanFlag"
+    "DegreesOfAzimuth" "GantryPeriod" "XRayOnPosition" "XRayOffPosition" "NumberOfTriggers"
+    "AngleOfFirstView" "TriggerFrequency" "ScanFOVType" "StatReconFlag" "ComputeType"
+    "SegmentNumber" "TotalSegmentsRequested" "InterscanDelay" "ViewCompressionFactor"
+    "TotalNoOfRefChannels" "DataSizeForScanData" "ReconPostProcflag" "CTWaterNumber" "CTBoneNumber"
+    "NumberOfChannels" "IncrementBetweenChannels" "StartingView" "NumberOfViews"
+    "IncrementBetweenViews" "DependantOnNoViewsProcessed" "FieldOfViewInDetectorCells"
+    "ValueOfBackProjectionButton" "SetIfFatqEstimatesWereUsed" "ZChanAvgOverViews"
+    "AvgOfLeftRefChansOverViews" "MaxLeftChanOverViews" "AvgOfRightRefChansOverViews"
+    "MaxRightChanOverViews" "SecondEcho" "NumberOfEchoes" "TableDelta" "Contiguous" "PeakSAR"
+    "MonitorSAR" "CardiacRepetitionTime" "ImagesPerCardiacCycle" "ActualReceiveGainAnalog"
+    "ActualReceiveGainDigital" "DelayAfterTrigger" "Swappf" "PauseInterval" "PulseTime"
+    "SliceOffsetOnFreqAxis" "CenterFrequency" "TransmitGain" "AnalogReceiverGain"
+    "DigitalReceiverGain" "BitmapDefiningCVs" "CenterFreqMethod" "PulseSeqMode" "PulseSeqName"
+    "PulseSeqDate" "InternalPulseSeqName" "TransmittingCoil" "SurfaceCoilType" "ExtremityCoilFlag"
+    "RawDataRunNumber" "CalibratedFieldStrength" "SATFatWaterBone" "ReceiveBandwidth" "UserData01"
+    "UserData02" "UserData03" "UserData04" "UserData05" "UserData06" "UserData07" "UserData08"
+    "UserData09" "UserData10" "UserData11" "UserData12" "UserData13" "UserData14" "UserData15"
+    "UserData16" "UserData17" "UserData18" "UserData19" "UserData20" "UserData21" "UserData22"
+    "UserData23" "ProjectionAngle" "SaturationPlanes" "SurfaceCoilIntensity" "SATLocationR"
+    "SATLocationL" "SATLocationA" "SATLocationP" "SATLocationH" "SATLocationF" "SATThicknessR-L"
+    "SATThicknessA-P" "SATThicknessH-F" "PrescribedFlowAxis" "VelocityEncoding"
+    "ThicknessDisclaimer" "PrescanType" "PrescanStatus" "RawDataType" "ProjectionAlgorithm"
+    "FractionalEcho" "PrepPulse" "CardiacPhases" "VariableEchoflag" "ConcatenatedSAT"
+    "ReferenceChannelUsed" "BackProjectorCoefficient" "PrimarySpeedCorrectionUsed"
+    "OverrangeCorrectionUsed" "DynamicZAlphaValue" "UserData" "VelocityEncodeScale" "FastPhases"
+    "TransmissionGain" "RelationshipGroupLength" "StudyInstanceUID" "SeriesInstanceUID" "StudyID"
+    "SeriesNumber" "AcquisitionNumber" "InstanceNumber" "IsotopeNumber" "PhaseNumber"
+    "IntervalNumber" "TimeSlotNumber" "AngleNumber" "ItemNumber" "PatientOrientation"
+    "OverlayNumber" "CurveNumber" "LookupTableNumber" "ImagePosition" "ImagePositionPatient"
+    "ImageOrientation" "ImageOrientationPatient" "Location" "FrameOfReferenceUID" "Laterality"
+    "ImageLaterality" "ImageGeometryType" "MaskingImage" "TemporalPositionIdentifier"
+    "NumberOfTemporalPositions" "TemporalResolution" "SynchronizationFrameOfReferenceUID"
+    "SeriesInStudy" "AcquisitionsInSeries" "ImagesInAcquisition" "ImagesInSeries"
+    "AcquisitionsInStudy" "ImagesInStudy" "Reference" "PositionReferenceIndicator" "SliceLocation"
+    "OtherStudyNumbers" "NumberOfPatientRelatedStudies" "NumberOfPatientRelatedSeries"
+    "NumberOfPatientRelatedInstances" "NumberOfStudyRelatedSeries" "NumberOfStudyRelatedInstances"
+    "NumberOfSeriesRelatedInstances" "SourceImageIDs" "ModifyingDeviceID" "ModifiedImageID"
+    "ModifiedImageDate" "ModifyingDeviceManufacturer" "ModifiedImageTime" "ModifiedImageDescription"
+    "ImageComments" "OriginalImageIdentification" "OriginalImageIdentNomenclature" "StackID"
+    "InStackPositionNumber" "FrameAnatomySequence" "FrameLaterality" "FrameContentSequence"
+    "PlanePositionSequence" "PlaneOrientationSequence" "TemporalPositionIndex" "TriggerDelayTime"
+    "FrameAcquisitionNumber" "DimensionIndexValues" "FrameComments" "ConcatenationUID"
+    "InConcatenationNumber" "InConcatenationTotalNumber" "DimensionOrganizationUID"
+    "DimensionIndexPointer" "FunctionalGroupPointer" "DimensionIndexPrivateCreator"
+    "DimensionOrganizationSequence" "DimensionIndexSequence" "ConcatenationFrameOffsetNumber"
+    "FunctionalGroupPrivateCreator" "NominalPercentageOfCardiacPhase"
+    "NominalPercentOfRespiratoryPhase" "StartingRespiratoryAmplitude" "StartingRespiratoryPhase"
+    "EndingRespiratoryAmplitude" "EndingRespiratoryPhase" "RespiratoryTriggerType"
+    "RRIntervalTimeNominal" "ActualCardiacTriggerDelayTime" "RespiratorySynchronizationSequence"
+    "RespiratoryIntervalTime" "NominalRespiratoryTriggerDelayTime"
+    "RespiratoryTriggerDelayThreshold" "ActualRespiratoryTriggerDelayTime" "ImagePositionVolume"
+    "ImageOrientationVolume" "ApexPosition" "DimensionDescriptionLabel"
+    "PatientOrientationInFrameSequence" "FrameLabel" "AcquisitionIndex"
+    "ContributingSOPInstancesRefSeq" "ReconstructionIndex" "SeriesFromWhichPrescribed"
+    "SeriesRecordChecksum" "AcqreconRecordChecksum" "TableStartLocation" "ImageFromWhichPrescribed"
+    "ScreenFormat" "AnatomicalReferenceForScout" "LocationsInAcquisition" "GraphicallyPrescribed"
+    "RotationFromSourceXRot" "RotationFromSourceYRot" "RotationFromSourceZRot" "IntegerSlop"
+    "FloatSlop" "AutoWindowLevelAlpha" "AutoWindowLevelBeta" "AutoWindowLevelWindow"
+    "ToWindowLevelLevel" "TubeFocalSpotPosition" "BiopsyPosition" "BiopsyTLocation"
+    "BiopsyRefLocation" "LightPathFilterPassThroughWavelen" "LightPathFilterPassBand"
+    "ImagePathFilterPassThroughWavelen" "ImagePathFilterPassBand" "PatientEyeMovementCommanded"
+    "PatientEyeMovementCommandCodeSeq" "SphericalLensPower" "CylinderLensPower" "CylinderAxis"
+    "EmmetropicMagnification" "IntraOcularPressure" "HorizontalFieldOfView" "PupilDilated"
+    "DegreeOfDilation" "StereoBaselineAngle" "StereoBaselineDisplacement"
+    "StereoHorizontalPixelOffset" "StereoVerticalPixelOffset" "StereoRotation"
+    "AcquisitionDeviceTypeCodeSequence" "IlluminationTypeCodeSequence"
+    "LightPathFilterTypeStackCodeSeq" "ImagePathFilterTypeStackCodeSeq" "LensesCodeSequence"
+    "ChannelDescriptionCodeSequence" "RefractiveStateSequence" "MydriaticAgentCodeSequence"
+    "RelativeImagePositionCodeSequence" "StereoPairsSequence" "LeftImageSequence"
+    "RightImageSequence" "AxialLengthOfTheEye" "OphthalmicFrameLocationSequence"
+    "ReferenceCoordinates" "DepthSpatialResolution" "MaximumDepthDistortion"
+    "AlongScanSpatialResolution" "MaximumAlongScanDistortion" "OphthalmicImageOrientation"
+    "DepthOfTransverseImage" "MydriaticAgentConcUnitsSeq" "AcrossScanSpatialResolution"
+    "MaximumAcrossScanDistortion" "MydriaticAgentConcentration" "IlluminationWaveLength"
+    "IlluminationPower" "IlluminationBandwidth" "MydriaticAgentSequence" "NumberOfSeriesInStudy"
+    "NumberOfUnarchivedSeries" "ReferenceImageField" "SummaryImage" "StartTimeSecsInFirstAxial"
+    "NoofUpdatesToHeader" "IndicatesIfTheStudyHasCompleteInfo" "LastPulseSequenceUsed"
+    "LandmarkCounter" "NumberOfAcquisitions" "IndicatesNoofUpdatesToHeader" "SeriesCompleteFlag"
+    "NumberOfImagesArchived" "LastImageNumberUsed" "PrimaryReceiverSuiteAndHost" "ImageArchiveFlag"
+    "ScoutType" "VmaMamp" "VmaPhase" "VmaMod" "VmaClip" "SmartScanOnOffFlag" "ForeignImageRevision"
+    "ImagingMode" "PulseSequence" "ImagingOptions" "PlaneType" "ObliquePlane"
+    "RASLetterOfImageLocation" "ImageLocation" "CenterRCoordOfPlaneImage" "CenterACoordOfPlaneImage"
+    "CenterSCoordOfPlaneImage" "NormalRCoord" "NormalACoord" "NormalSCoord" "RCoordOfTopRightCorner"
+    "ACoordOfTopRightCorner" "SCoordOfTopRightCorner" "RCoordOfBottomRightCorner"
+    "ACoordOfBottomRightCorner" "SCoordOfBottomRightCorner" "TableEndLocation"
+    "RASLetterForSideOfImage" "RASLetterForAnteriorPosterior" "RASLetterForScoutStartLoc"
+    "RASLetterForScoutEndLoc" "ImageDimensionX" "ImageDimensionY" "NumberOfExcitations"
+    "ImagePresentationGroupLength" "SamplesPerPixel" "SamplesPerPixelUsed"
+    "PhotometricInterpretation" "ImageDimensions" "PlanarConfiguration" "NumberOfFrames"
+    "FrameIncrementPointer" "FrameDimensionPointer" "Rows" "Columns" "Planes"
+    "UltrasoundColorDataPresent" "PixelSpacing" "ZoomFactor" "ZoomCenter" "PixelAspectRatio"
+    "ImageFormat" "ManipulatedImage" "CorrectedImage" "CompressionRecognitionCode" "CompressionCode"
+    "CompressionOriginator" "CompressionLabel" "CompressionDescription" "CompressionSequence"
+    "CompressionStepPointers" "RepeatInterval" "BitsGrouped" "PerimeterTable" "PerimeterValue"
+    "PredictorRows" "PredictorColumns" "PredictorConstants" "BlockedPixels" "BlockRows"
+    "BlockColumns" "RowOverlap" "ColumnOverlap" "BitsAllocated" "BitsStored" "HighBit"
+    "PixelRepresentation" "SmallestValidPixelValue" "LargestValidPixelValue"
+    "SmallestImagePixelValue" "LargestImagePixelValue" "SmallestPixelValueInSeries"
+    "LargestPixelValueInSeries" "SmallestImagePixelValueInPlane" "LargestImagePixelValueInPlane"
+    "PixelPaddingValue" "PixelPaddingRangeLimit" "QualityControlImage" "BurnedInAnnotation"
+    "TransformLabel" "TransformVersionNumber" "NumberOfTransformSteps" "SequenceOfCompressedData"
+    "DetailsOfCoefficients" "CoefficientCoding" "CoefficientCodingPointers" "DCTLabel"
+    "DataBlockDescription" "DataBlock" "NormalizationFactorFormat" "ZonalMapNumberFormat"
+    "ZonalMapLocation" "ZonalMapFormat" "AdaptiveMapFormat" "CodeNumberFormat" "CodeLabel"
+    "NumberOfTables" "CodeTableLocation" "BitsForCodeWord" "ImageDataLocation"
+    "PixelSpacingCalibrationType" "PixelSpacingCalibrationDescription" "PixelIntensityRelationship"
+    "PixelIntensityRelationshipSign" "WindowCenter" "WindowWidth" "RescaleIntercept" "RescaleSlope"
+    "RescaleType" "WindowCenterAndWidthExplanation" "VOI_LUTFunction" "GrayScale"
+    "RecommendedViewingMode" "GrayLookupTableDescriptor" "RedPaletteColorTableDescriptor"
+    "GreenPaletteColorTableDescriptor" "BluePaletteColorTableDescriptor"
+    "LargeRedPaletteColorTableDescr" "LargeGreenPaletteColorTableDescr"
+    "LargeBluePaletteColorTableDescr" "PaletteColorTableUID" "GrayLookupTableData"
+    "RedPaletteColorTableData" "GreenPaletteColorTableData" "BluePaletteColorTableData"
+    "LargeRedPaletteColorTableData" "LargeGreenPaletteColorTableData"
+    "LargeBluePaletteColorTableData" "LargePaletteColorLookupTableUID" "SegmentedRedColorTableData"
+    "SegmentedGreenColorTableData" "SegmentedBlueColorTableData" "BreastImplantPresent"
+    "PartialView" "PartialViewDescription" "PartialViewCodeSequence" "SpatialLocationsPreserved"
+    "DataPathAssignment" "BlendingLUT1Sequence" "BlendingWeightConstant" "BlendingLookupTableData"
+    "BlendingLUT2Sequence" "DataPathID" "RGBLUTTransferFunction" "AlphaLUTTransferFunction"
+    "ICCProfile" "LossyImageCompressionRatio" "LossyImageCompressionMethod" "ModalityLUTSequence"
+    "LUTDescriptor" "LUTExplanation" "ModalityLUTType" "LUTData" "VOILUTSequence"
+    "SoftcopyVOILUTSequence" "ImagePresentationComments" "BiPlaneAcquisitionSequence"
+    "RepresentativeFrameNumber" "FrameNumbersOfInterest" "FrameOfInterestDescription"
+    "FrameOfInterestType" "MaskPointers" "RWavePointer" "MaskSubtractionSequence" "MaskOperation"
+    "ApplicableFrameRange" "MaskFrameNumbers" "ContrastFrameAveraging" "MaskSubPixelShift"
+    "TIDOffset" "MaskOperationExplanation" "PixelDataProviderURL" "DataPointRows" "DataPointColumns"
+    "SignalDomainColumns" "LargestMonochromePixelValue" "DataRepresentation" "PixelMeasuresSequence"
+    "FrameVOILUTSequence" "PixelValueTransformationSequence" "SignalDomainRows"
+    "DisplayFilterPercentage" "FramePixelShiftSequence" "SubtractionItemID"
+    "PixelIntensityRelationshipLUTSeq" "FramePixelDataPropertiesSequence" "GeometricalProperties"
+    "GeometricMaximumDistortion" "ImageProcessingApplied" "MaskSelectionMode" "LUTFunction"
+    "MaskVisibilityPercentage" "PixelShiftSequence" "RegionPixelShiftSequence" "VerticesOfTheRegion"
+    "PixelShiftFrameRange" "LUTFrameRange" "ImageToEquipmentMappingMatrix"
+    "EquipmentCoordinateSystemID" "LowerRangeOfPixels1a" "LowerRangeOfPixels1b"
+    "LowerRangeOfPixels1c" "LowerRangeOfPixels1d" "LowerRangeOfPixels1e" "LowerRangeOfPixels1f"
+    "LowerRangeOfPixels1g" "LowerRangeOfPixels1h" "LowerRangeOfPixels1i" "LowerRangeOfPixels2"
+    "UpperRangeOfPixels2" "LenOfTotHdrInBytes" "VersionOfTheHdrStruct" "AdvantageCompOverflow"
+    "AdvantageCompUnderflow" "StudyGroupLength" "StudyStatusID" "StudyPriorityID" "StudyIDIssuer"
+    "StudyVerifiedDate" "StudyVerifiedTime" "StudyReadDate" "StudyReadTime"
+    "ScheduledStudyStartDate" "ScheduledStudyStartTime" "ScheduledStudyStopDate"
+    "ScheduledStudyStopTime" "ScheduledStudyLocation" "ScheduledStudyLocationAETitle"
+    "ReasonForStudy" "RequestingPhysicianIDSequence" "RequestingPhysician" "RequestingService"
+    "StudyArrivalDate" "StudyArrivalTime" "StudyCompletionDate" "StudyCompletionTime"
+    "StudyComponentStatusID" "RequestedProcedureDescription" "RequestedProcedureCodeSequence"
+    "RequestedContrastAgent" "StudyComments" "ReferencedPatientAliasSequence" "VisitStatusID"
+    "AdmissionID" "IssuerOfAdmissionID" "RouteOfAdmissions" "ScheduledAdmissionDate"
+    "ScheduledAdmissionTime" "ScheduledDischargeDate" "ScheduledDischargeTime"
+    "ScheduledPatientInstitResidence" "AdmittingDate" "AdmittingTime" "DischargeDate"
+    "DischargeTime" "DischargeDiagnosisDescription" "DischargeDiagnosisCodeSequence" "SpecialNeeds"
+    "ServiceEpisodeID" "IssuerOfServiceEpisodeID" "ServiceEpisodeDescription"
+    "PertinentDocumentsSequence" "CurrentPatientLocation" "PatientInstitutionResidence"
+    "PatientState" "PatientClinicalTrialParticipSeq" "VisitComments" "WaveformOriginality"
+    "NumberOfWaveformChannels" "NumberOfWaveformSamples" "SamplingFrequency" "MultiplexGroupLabel"
+    "ChannelDefinitionSequence" "WaveformChannelNumber" "ChannelLabel" "ChannelStatus"
+    "ChannelSourceSequence" "ChannelSourceModifiersSequence" "SourceWaveformSequence"
+    "ChannelDerivationDescription" "ChannelSensitivity" "ChannelSensitivityUnitsSequence"
+    "ChannelSensitivityCorrectionFactor" "ChannelBaseline" "ChannelTimeSkew" "ChannelSampleSkew"
+    "ChannelOffset" "WaveformBitsStored" "FilterLowFrequency" "FilterHighFrequency"
+    "NotchFilterFrequency" "NotchFilterBandwidth" "WaveformDataDisplayScale"
+    "WaveformDisplayBkgCIELabValue" "WaveformPresentationGroupSequence" "PresentationGroupNumber"
+    "ChannelDisplaySequence" "ChannelRecommendDisplayCIELabValue" "ChannelPosition"
+    "DisplayShadingFlag" "FractionalChannelDisplayScale" "AbsoluteChannelDisplayScale"
+    "MultiplexAudioChannelsDescrCodeSeq" "ChannelIdentificationCode" "ChannelMode"
+    "ScheduledStationAETitle" "ScheduledProcedureStepStartDate" "ScheduledProcedureStepStartTime"
+    "ScheduledProcedureStepEndDate" "ScheduledProcedureStepEndTime"
+    "ScheduledPerformingPhysiciansName" "ScheduledProcedureStepDescription"
+    "ScheduledProtocolCodeSequence" "ScheduledProcedureStepID" "StageCodeSequence"
+    "ScheduledPerformingPhysicianIDSeq" "ScheduledStationName" "ScheduledProcedureStepLocation"
+    "PreMedication" "ScheduledProcedureStepStatus" "LocalNamespaceEntityID" "UniversalEntityID"
+    "UniversalEntityIDType" "IdentifierTypeCode" "AssigningFacilitySequence"
+    "ScheduledProcedureStepSequence" "ReferencedNonImageCompositeSOPSeq" "PerformedStationAETitle"
+    "PerformedStationName" "PerformedLocation" "PerformedProcedureStepStartDate"
+    "PerformedProcedureStepStartTime" "PerformedProcedureStepEndDate"
+    "PerformedProcedureStepEndTime" "PerformedProcedureStepStatus" "PerformedProcedureStepID"
+    "PerformedProcedureStepDescription" "PerformedProcedureTypeDescription"
+    "PerformedProtocolCodeSequence" "PerformedProtocolType" "ScheduledStepAttributesSequence"
+    "RequestAttributesSequence" "CommentsOnPerformedProcedureStep"
+    "ProcStepDiscontinueReasonCodeSeq" "QuantitySequence" "Quantity" "MeasuringUnitsSequence"
+    "BillingItemSequence" "TotalTimeOfFluoroscopy" "TotalNumberOfExposures" "EntranceDose"
+    "ExposedArea" "DistanceSourceToEntrance" "DistanceSourceToSupport" "ExposureDoseSequence"
+    "CommentsOnRadiationDose" "XRayOutput" "HalfValueLayer" "OrganDose" "OrganExposed"
+    "BillingProcedureStepSequence" "FilmConsumptionSequence" "BillingSuppliesAndDevicesSequence"
+    "PerformedSeriesSequence" "CommentsOnScheduledProcedureStep" "ProtocolContextSequence"
+    "ContentItemModifierSequence" "SpecimenAccessionNumber" "ContainerIdentifier"
+    "ContainerDescription" "SpecimenSequence" "SpecimenIdentifier"
+    "SpecimenDescriptionSequenceTrial" "SpecimenDescriptionTrial" "SpecimenUID"
+    "AcquisitionContextSequence" "AcquisitionContextDescription" "SpecimenTypeCodeSequence"
+    "SpecimenShortDescription" "SlideIdentifier" "ImageCenterPointCoordinatesSeq"
+    "XOffsetInSlideCoordinateSystem" "YOffsetInSlideCoordinateSystem"
+    "ZOffsetInSlideCoordinateSystem" "PixelSpacingSequence" "CoordinateSystemAxisCodeSequence"
+    "MeasurementUnitsCodeSequence" "VitalStainCodeSequenceTrial" "RequestedProcedureID"
+    "ReasonForRequestedProcedure" "RequestedProcedurePriority" "PatientTransportArrangements"
+    "RequestedProcedureLocation" "PlacerOrderNumber-Procedure" "FillerOrderNumber-Procedure"
+    "ConfidentialityCode" "ReportingPriority" "ReasonForRequestedProcedureCodeSeq"
+    "NamesOfIntendedRecipientsOfResults" "IntendedRecipientsOfResultsIDSeq"
+    "PersonIdentificationCodeSequence" "PersonAddress" "PersonTelephoneNumbers"
+    "RequestedProcedureComments" "ReasonForImagingServiceRequest" "IssueDateOfImagingServiceRequest"
+    "IssueTimeOfImagingServiceRequest" "PlacerOrderNum-ImagingServiceReq"
+    "FillerOrderNum-ImagingServiceReq" "OrderEnteredBy" "OrderEntererLocation"
+    "OrderCallbackPhoneNumber" "ImagingServiceRequestComments" "ConfidentialityOnPatientDataDescr"
+    "GenPurposeScheduledProcStepStatus" "GenPurposePerformedProcStepStatus"
+    "GenPurposeSchedProcStepPriority" "SchedProcessingApplicationsCodeSeq"
+    "SchedProcedureStepStartDateAndTime" "MultipleCopiesFlag" "PerformedProcessingAppsCodeSeq"
+    "HumanPerformerCodeSequence" "SchedProcStepModificationDateTime" "ExpectedCompletionDateAndTime"
+    "ResultingGenPurposePerfProcStepSeq" "RefGenPurposeSchedProcStepSeq"
+    "ScheduledWorkitemCodeSequence" "PerformedWorkitemCodeSequence" "InputAvailabilityFlag"
+    "InputInformationSequence" "RelevantInformationSequence" "RefGenPurSchedProcStepTransUID"
+    "ScheduledStationNameCodeSequence" "ScheduledStationClassCodeSequence"
+    "SchedStationGeographicLocCodeSeq" "PerformedStationNameCodeSequence"
+    "PerformedStationClassCodeSequence" "PerformedStationGeogLocCodeSeq"
+    "RequestedSubsequentWorkItemCodeSeq" "NonDICOMOutputCodeSequence" "OutputInformationSequence"
+    "ScheduledHumanPerformersSequence" "ActualHumanPerformersSequence" "HumanPerformersOrganization"
+    "HumanPerformerName" "RawDataHandling" "EntranceDoseInMilliGy"
+    "RefImageRealWorldValueMappingSeq" "RealWorldValueMappingSequence"
+    "PixelValueMappingCodeSequence" "LUTLabel" "RealWorldValueLastValueMapped"
+    "RealWorldValueLUTData" "RealWorldValueFirstValueMapped" "RealWorldValueIntercept"
+    "RealWorldValueSlope" "RelationshipType" "VerifyingOrganization" "VerificationDateTime"
+    "ObservationDateTime" "ValueType" "ConceptNameCodeSequence" "ContinuityOfContent"
+    "VerifyingObserverSequence" "VerifyingObserverName" "AuthorObserverSequence"
+    "ParticipantSequence" "CustodialOrganizationSequence" "ParticipationType"
+    "ParticipationDateTime" "ObserverType" "VerifyingObserverIdentCodeSequence"
+    "EquivalentCDADocumentSequence" "ReferencedWaveformChannels" "DateTime" "Date" "Time"
+    "PersonName" "UID" "TemporalRangeType" "ReferencedSamplePositions" "ReferencedFrameNumbers"
+    "ReferencedTimeOffsets" "ReferencedDateTime" "TextValue" "ConceptCodeSequence"
+    "PurposeOfReferenceCodeSequence" "AnnotationGroupNumber" "ModifierCodeSequence"
+    "MeasuredValueSequence" "NumericValueQualifierCodeSequence" "NumericValue" "AddressTrial"
+    "TelephoneNumberTrial" "PredecessorDocumentsSequence" "ReferencedRequestSequence"
+    "PerformedProcedureCodeSequence" "CurrentRequestedProcEvidenceSeq"
+    "PertinentOtherEvidenceSequence" "HL7StructuredDocumentRefSeq" "CompletionFlag"
+    "CompletionFlagDescription" "VerificationFlag" "ArchiveRequested" "PreliminaryFlag"
+    "ContentTemplateSequence" "IdenticalDocumentsSequence" "ContentSequence" "AnnotationSequence"
+    "TemplateIdentifier" "TemplateVersion" "TemplateLocalVersion" "TemplateExtensionFlag"
+    "TemplateExtensionOrganizationUID" "TemplateExtensionCreatorUID"
+    "ReferencedContentItemIdentifier" "HL7InstanceIdentifier" "HL7DocumentEffectiveTime"
+    "HL7DocumentTypeCodeSequence" "RetrieveURI" "RetrieveLocationUID" "DocumentTitle"
+    "EncapsulatedDocument" "MIMETypeOfEncapsulatedDocument" "SourceInstanceSequence"
+    "ListOfMIMETypes" "BitmapOfPrescanOptions" "GradientOffsetInX" "GradientOffsetInY"
+    "GradientOffsetInZ" "ImgIsOriginalOrUnoriginal" "NumberOfEPIShots" "ViewsPerSegment"
+    "RespiratoryRateBpm" "RespiratoryTriggerPoint" "TypeOfReceiverUsed"
+    "PeakRateOfChangeOfGradientField" "LimitsInUnitsOfPercent" "PSDEstimatedLimit"
+    "PSDEstimatedLimitInTeslaPerSecond" "Saravghead" "WindowValue" "TotalInputViews" "X-RayChain"
+    "DeconKernelParameters" "CalibrationParameters" "TotalOutputViews" "NumberOfOverranges"
+    "IBHImageScaleFactors" "BBHCoefficients" "NumberOfBBHChainsToBlend" "StartingChannelNumber"
+    "PpscanParameters" "GEImageIntegrity" "LevelValue" "DeltaStartTime" "MaxOverrangesInAView"
+    "AvgOverrangesAllViews" "CorrectedAfterGlowTerms" "ReferenceChannels" "NoViewsRefChansBlocked"
+    "ScanPitchRatio" "UniqueImageIden" "HistogramTables" "UserDefinedData" "PrivateScanOptions"
+    "EffectiveEchoSpacing" "StringSlopField1" "StringSlopField2" "RACordOfTargetReconCenter"
+    "NegScanspacing" "OffsetFrequency" "UserUsageTag" "UserFillMapMSW" "UserFillMapLSW" "User25-48"
+    "SlopInt6-9" "TriggerOnPosition" "DegreeOfRotation" "DASTriggerSource" "DASFpaGain"
+    "DASOutputSource" "DASAdInput" "DASCalMode" "DASCalFrequency" "DASRegXm" "DASAutoZero"
+    "StartingChannelOfView" "DASXmPattern" "TGGCTriggerMode" "StartScanToXrayOnDelay"
+    "DurationOfXrayOn" "SlopInt10-17" "ScannerStudyEntityUID" "ScannerStudyID" "ScannerTableEntry"
+    "ProductPackageIdentifier" "SubstanceAdministrationApproval" "ApprovalStatusFurtherDescription"
+    "ApprovalStatusDateTime" "ProductTypeCodeSequence" "ProductName" "ProductDescription"
+    "ProductLotIdentifier" "ProductExpirationDateTime" "SubstanceAdministrationDateTime"
+    "SubstanceAdministrationNotes" "SubstanceAdministrationDeviceID" "ProductParameterSequence"
+    "SubstanceAdminParameterSeq" "NumberOfMacroRowsInDetector" "MacroWidthAtISOCenter" "DASType"
+    "DASGain" "DASTemperature" "TableDirectionInOrOut" "ZSmoothingFactor" "ViewWeightingMode"
+    "SigmaRowNumberWhichRowsWereUsed" "MinimumDasValueFoundInTheScanData"
+    "MaximumOffsetShiftValueUsed" "NumberOfViewsShifted" "ZTrackingFlag" "MeanZError"
+    "ZTrackingMaximumError" "StartingViewForRow2a" "NumberOfViewsInRow2a" "StartingViewForRow1a"
+    "SigmaMode" "NumberOfViewsInRow1a" "StartingViewForRow2b" "NumberOfViewsInRow2b"
+    "StartingViewForRow1b" "NumberOfViewsInRow1b" "AirFilterCalibrationDate"
+    "AirFilterCalibrationTime" "PhantomCalibrationDate" "PhantomCalibrationTime"
+    "ZSlopeCalibrationDate" "ZSlopeCalibrationTime" "CrosstalkCalibrationDate"
+    "CrosstalkCalibrationTime" "IterboneOptionFlag" "PeristalticFlagOption" "LensDescription"
+    "RightLensSequence" "LeftLensSequence" "CylinderSequence" "PrismSequence" "HorizontalPrismPower"
+    "HorizontalPrismBase" "VerticalPrismPower" "VerticalPrismBase" "LensSegmentType"
+    "OpticalTransmittance" "ChannelWidth" "PupilSize" "CornealSize" "DistancePupillaryDistance"
+    "NearPupillaryDistance" "OtherPupillaryDistance" "RadiusOfCurvature" "KeratometricPower"
+    "KeratometricAxis" "BackgroundColor" "Optotype" "OptotypePresentation" "AddNearSequence"
+    "AddIntermediateSequence" "AddOtherSequence" "AddPower" "ViewingDistance" "ViewingDistanceType"
+    "VisualAcuityModifiers" "DecimalVisualAcuity" "OptotypeDetailedDefinition" "SpherePower"
+    "CylinderPower" "CalibrationImage" "DeviceSequence" "DeviceLength" "ContainerComponentWidth"
+    "DeviceDiameter" "DeviceDiameterUnits" "DeviceVolume" "InterMarkerDistance"
+    "ContainerComponentID" "DeviceDescription" "EnergyWindowVector" "NumberOfEnergyWindows"
+    "EnergyWindowInformationSequence" "EnergyWindowRangeSequence" "EnergyWindowLowerLimit"
+    "EnergyWindowUpperLimit" "RadiopharmaceuticalInformationSeq" "ResidualSyringeCounts"
+    "EnergyWindowName" "DetectorVector" "NumberOfDetectors" "DetectorInformationSequence"
+    "PhaseVector" "NumberOfPhases" "PhaseInformationSequence" "NumberOfFramesInPhase" "PhaseDelay"
+    "PauseBetweenFrames" "PhaseDescription" "RotationVector" "NumberOfRotations"
+    "RotationInformationSequence" "NumberOfFramesInRotation" "RRIntervalVector"
+    "NumberOfRRIntervals" "GatedInformationSequence" "DataInformationSequence" "TimeSlotVector"
+    "NumberOfTimeSlots" "TimeSlotInformationSequence" "TimeSlotTime" "SliceVector" "NumberOfSlices"
+    "AngularViewVector" "TimeSliceVector" "NumberOfTimeSlices" "StartAngle" "TypeOfDetectorMotion"
+    "TriggerVector" "NumberOfTriggersInPhase" "ViewCodeSequence" "ViewModifierCodeSequence"
+    "RadionuclideCodeSequence" "AdministrationRouteCodeSequence" "RadiopharmaceuticalCodeSequence"
+    "CalibrationDataSequence" "EnergyWindowNumber" "ImageID" "PatientOrientationCodeSequence"
+    "PatientOrientationModifierCodeSeq" "PatientGantryRelationshipCodeSeq"
+    "SliceProgressionDirection" "SeriesType" "Units" "CountsSource" "ReprojectionMethod"
+    "RandomsCorrectionMethod" "AttenuationCorrectionMethod" "DecayCorrection" "ReconstructionMethod"
+    "DetectorLinesOfResponseUsed" "ScatterCorrectionMethod" "AxialAcceptance" "AxialMash"
+    "TransverseMash" "DetectorElementSize" "CoincidenceWindowWidth" "SecondaryCountsType"
+    "FrameReferenceTime" "PrimaryCountsAccumulated" "SecondaryCountsAccumulated"
+    "SliceSensitivityFactor" "DecayFactor" "DoseCalibrationFactor" "ScatterFractionFactor"
+    "DeadTimeFactor" "ImageIndex" "CountsIncluded" "DeadTimeCorrectionFlag" "HistogramSequence"
+    "HistogramNumberOfBins" "HistogramFirstBinValue" "HistogramLastBinValue" "HistogramBinWidth"
+    "HistogramExplanation" "HistogramData" "SegmentationType" "SegmentSequence"
+    "SegmentedPropertyCategoryCodeSeq" "SegmentLabel" "SegmentDescription" "SegmentAlgorithmType"
+    "SegmentAlgorithmName" "SegmentIdentificationSequence" "ReferencedSegmentNumber"
+    "RecommendedDisplayGrayscaleValue" "RecommendedDisplayCIELabValue" "MaximumFractionalValue"
+    "SegmentedPropertyTypeCodeSequence" "SegmentationFractionalType"
+    "DeformableRegistrationSequence" "SourceFrameOfReferenceUID"
+    "DeformableRegistrationGridSequence" "GridDimensions" "GridResolution" "VectorGridData"
+    "PreDeformationMatrixRegistSeq" "PostDeformationMatrixRegistSeq" "NumberOfSurfaces"
+    "SurfaceSequence" "SurfaceNumber" "SurfaceComments" "SurfaceProcessing" "SurfaceProcessingRatio"
+    "FiniteVolume" "Manifold" "SurfacePointsSequence" "NumberOfSurfacePoints" "PointCoordinatesData"
+    "PointPositionAccuracy" "MeanPointDistance" "MaximumPointDistance" "AxisOfRotation"
+    "CenterOfRotation" "NumberOfVectors" "VectorDimensionality" "VectorAccuracy"
+    "VectorCoordinateData" "TrianglePointIndexList" "EdgePointIndexList" "VertexPointIndexList"
+    "TriangleStripSequence" "TriangleFanSequence" "LineSequence" "PrimitivePointIndexList"
+    "SurfaceCount" "AlgorithmFamilyCodeSequ" "AlgorithmVersion" "AlgorithmParameters"
+    "FacetSequence" "AlgorithmName" "GraphicAnnotationSequence" "GraphicLayer"
+    "BoundingBoxAnnotationUnits" "AnchorPointAnnotationUnits" "GraphicAnnotationUnits"
+    "UnformattedTextValue" "TextObjectSequence" "GraphicObjectSequence"
+    "BoundingBoxTopLeftHandCorner" "BoundingBoxBottomRightHandCorner"
+    "BoundingBoxTextHorizJustification" "AnchorPoint" "AnchorPointVisibility" "GraphicDimensions"
+    "NumberOfGraphicPoints" "GraphicData" "GraphicType" "GraphicFilled" "ImageRotationRetired"
+    "ImageHorizontalFlip" "ImageRotation" "DisplayedAreaTopLeftTrial"
+    "DisplayedAreaBottomRightTrial" "DisplayedAreaTopLeft" "DisplayedAreaBottomRight"
+    "DisplayedAreaSelectionSequence" "GraphicLayerSequence" "GraphicLayerOrder"
+    "GraphicLayerRecDisplayGraysclValue" "GraphicLayerRecDisplayRGBValue" "GraphicLayerDescription"
+    "ContentLabel" "ContentDescription" "PresentationCreationDate" "PresentationCreationTime"
+    "ContentCreatorName" "ContentCreatorIDCodeSequence" "PresentationSizeMode"
+    "PresentationPixelSpacing" "PresentationPixelAspectRatio" "PresentationPixelMagRatio"
+    "ShapeType" "RegistrationSequence" "MatrixRegistrationSequence" "MatrixSequence"
+    "FrameOfRefTransformationMatrixType" "RegistrationTypeCodeSequence" "FiducialDescription"
+    "FiducialIdentifier" "FiducialIdentifierCodeSequence" "ContourUncertaintyRadius"
+    "UsedFiducialsSequence" "GraphicCoordinatesDataSequence" "FiducialUID" "FiducialSetSequence"
+    "FiducialSequence" "GraphicLayerRecomDisplayCIELabVal" "BlendingSequence" "RelativeOpacity"
+    "ReferencedSpatialRegistrationSeq" "BlendingPosition" "HangingProtocolName"
+    "HangingProtocolDescription" "HangingProtocolLevel" "HangingProtocolCreator"
+    "HangingProtocolCreationDateTime" "HangingProtocolDefinitionSequence"
+    "HangingProtocolUserIDCodeSequence" "HangingProtocolUserGroupName"
+    "SourceHangingProtocolSequence" "NumberOfPriorsReferenced" "ImageSetsSequence"
+    "ImageSetSelectorSequence" "ImageSetSelectorUsageFlag" "SelectorAttribute" "SelectorValueNumber"
+    "TimeBasedImageSetsSequence" "ImageSetNumber" "ImageSetSelectorCategory" "RelativeTime"
+    "RelativeTimeUnits" "AbstractPriorValue" "AbstractPriorCodeSequence" "ImageSetLabel"
+    "SelectorAttributeVR" "SelectorSequencePointer" "SelectorSeqPointerPrivateCreator"
+    "SelectorAttributePrivateCreator" "SelectorATValue" "SelectorCSValue" "SelectorISValue"
+    "SelectorLOValue" "SelectorLTValue" "SelectorPNValue" "SelectorSHValue" "SelectorSTValue"
+    "SelectorUTValue" "SelectorDSValue" "SelectorFDValue" "SelectorFLValue" "SelectorULValue"
+    "SelectorUSValue" "SelectorSLValue" "SelectorSSValue" "SelectorCodeSequenceValue"
+    "NumberOfScreens" "NominalScreenDefinitionSequence" "NumberOfVerticalPixels"
+    "NumberOfHorizontalPixels" "DisplayEnvironmentSpatialPosition" "ScreenMinimumGrayscaleBitDepth"
+    "ScreenMinimumColorBitDepth" "ApplicationMaximumRepaintTime" "DisplaySetsSequence"
+    "DisplaySetNumber" "DisplaySetLabel" "DisplaySetPresentationGroup"
+    "DisplaySetPresentationGroupDescr" "PartialDataDisplayHandling" "SynchronizedScrollingSequence"
+    "DisplaySetScrollingGroup" "NavigationIndicatorSequence" "NavigationDisplaySet"
+    "ReferenceDisplaySets" "ImageBoxesSequence" "ImageBoxNumber" "ImageBoxLayoutType"
+    "ImageBoxTileHorizontalDimension" "ImageBoxTileVerticalDimension" "ImageBoxScrollDirection"
+    "ImageBoxSmallScrollType" "ImageBoxSmallScrollAmount" "ImageBoxLargeScrollType"
+    "ImageBoxLargeScrollAmount" "ImageBoxOverlapPriority" "CineRelativeToRealTime"
+    "FilterOperationsSequence" "FilterByCategory" "FilterByAttributePresence" "FilterByOperator"
+    "SynchronizedImageBoxList" "TypeOfSynchronization" "BlendingOperationType"
+    "ReformattingOperationType" "ReformattingThickness" "ReformattingInterval"
+    "ReformattingOpInitialViewDir" "RenderingType3D" "SortingOperationsSequence" "SortByCategory"
+    "SortingDirection" "DisplaySetPatientOrientation" "VOIType" "PseudoColorType"
+    "ShowGrayscaleInverted" "ShowImageTrueSizeFlag" "ShowGraphicAnnotationFlag"
+    "ShowPatientDemographicsFlag" "ShowAcquisitionTechniquesFlag"
+    "DisplaySetHorizontalJustification" "DisplaySetVerticalJustification"
+    "UnifiedProcedureStepState" "UPSProgressInformationSequence" "UnifiedProcedureStepProgress"
+    "UnifiedProcedureStepProgressDescr" "UnifiedProcedureStepComURISeq" "ContactURI"
+    "ContactDisplayName" "BeamTaskSequence" "BeamTaskType" "BeamOrderIndex"
+    "DeliveryVerificationImageSequence" "VerificationImageTiming" "DoubleExposureFlag"
+    "DoubleExposureOrdering" "DoubleExposureMeterset" "DoubleExposureFieldDelta"
+    "RelatedReferenceRTImageSequence" "GeneralMachineVerificationSequence"
+    "ConventionalMachineVerificationSeq" "IonMachineVerificationSequence" "FailedAttributesSequence"
+    "OverriddenAttributesSequence" "ConventionalControlPointVerifySeq"
+    "IonControlPointVerificationSeq" "AttributeOccurrenceSequence" "AttributeOccurrencePointer"
+    "AttributeItemSelector" "AttributeOccurrencePrivateCreator" "ScheduledProcedureStepPriority"
+    "WorklistLabel" "ProcedureStepLabel" "ScheduledProcessingParametersSeq"
+    "PerformedProcessingParametersSeq" "UPSPerformedProcedureSequence"
+    "RelatedProcedureStepSequence" "ProcedureStepRelationshipType" "DeletionLock" "ReceivingAE"
+    "RequestingAE" "ReasonForCancellation" "SCPStatus" "SubscriptionListStatus" "UPSListStatus"
+    "StorageMediaFileSetID" "StorageMediaFileSetUID" "IconImageSequence" "TopicTitle" "TopicSubject"
+    "TopicAuthor" "TopicKeywords" "SOPInstanceStatus" "SOPAuthorizationDateAndTime"
+    "SOPAuthorizationComment" "AuthorizationEquipmentCertNumber" "MACIDNumber"
+    "MACCalculationTransferSyntaxUID" "MACAlgorithm" "DataElementsSigned" "DigitalSignatureUID"
+    "DigitalSignatureDateTime" "CertificateType" "CertificateOfSigner" "Signature"
+    "CertifiedTimestampType" "CertifiedTimestamp" "DigitalSignaturePurposeCodeSeq"
+    "ReferencedDigitalSignatureSeq" "ReferencedSOPInstanceMACSeq" "MAC"
+    "EncryptedAttributesSequence" "EncryptedContentTransferSyntaxUID" "EncryptedContent"
+    "ModifiedAttributesSequence" "OriginalAttributesSequence" "AttributeModificationDateTime"
+    "ModifyingSystem" "SourceOfPreviousValues" "ReasonForTheAttributeModification" "EscapeTriplet"
+    "RunLengthTriplet" "HuffmanTableSize" "HuffmanTableTriplet" "ShiftTableSize" "ShiftTableTriplet"
+    "ZonalMap" "NumberOfCopies" "PrinterConfigurationSequence" "PrintPriority" "MediumType"
+    "FilmDestination" "FilmSessionLabel" "MemoryAllocation" "MaximumMemoryAllocation"
+    "ColorImagePrintingFlag" "CollationFlag" "AnnotationFlag" "ImageOverlayFlag"
+    "PresentationLUTFlag" "ImageBoxPresentationLUTFlag" "MemoryBitDepth" "PrintingBitDepth"
+    "MediaInstalledSequence" "OtherMediaAvailableSequence" "SupportedImageDisplayFormatSeq"
+    "ReferencedFilmBoxSequence" "ReferencedStoredPrintSequence" "ImageDisplayFormat"
+    "AnnotationDisplayFormatID" "FilmOrientation" "FilmSizeID" "PrinterResolutionID"
+    "DefaultPrinterResolutionID" "MagnificationType" "SmoothingType" "DefaultMagnificationType"
+    "OtherMagnificationTypesAvailable" "DefaultSmoothingType" "OtherSmoothingTypesAvailable"
+    "BorderDensity" "EmptyImageDensity" "MinDensity" "MaxDensity" "Trim" "ConfigurationInformation"
+    "ConfigurationInformationDescr" "MaximumCollatedFilms" "Illumination" "ReflectedAmbientLight"
+    "PrinterPixelSpacing" "ReferencedFilmSessionSequence" "ReferencedImageBoxSequence"
+    "ReferencedBasicAnnotationBoxSeq" "ImageBoxPosition" "Polarity" "RequestedImageSize"
+    "RequestedDecimate-CropBehavior" "RequestedResolutionID" "RequestedImageSizeFlag"
+    "DecimateCropResult" "BasicGrayscaleImageSequence" "BasicColorImageSequence"
+    "ReferencedImageOverlayBoxSequence" "ReferencedVOILUTBoxSequence" "AnnotationPosition"
+    "TextString" "ReferencedOverlayPlaneSequence" "ReferencedOverlayPlaneGroups"
+    "OverlayPixelDataSequence" "OverlayMagnificationType" "OverlaySmoothingType"
+    "OverlayOrImageMagnification" "MagnifyToNumberOfColumns" "OverlayForegroundDensity"
+    "OverlayBackgroundDensity" "OverlayMode" "ThresholdDensity" "PresentationLUTSequence"
+    "PresentationLUTShape" "ReferencedPresentationLUTSequence" "PrintJobID" "ExecutionStatus"
+    "ExecutionStatusInfo" "CreationDate" "CreationTime" "Originator" "DestinationAE" "OwnerID"
+    "NumberOfFilms" "ReferencedPrintJobSequence" "PrinterStatus" "PrinterStatusInfo" "PrinterName"
+    "PrintQueueID" "QueueStatus" "PrintJobDescriptionSequence" "PrintManagementCapabilitiesSeq"
+    "PrinterCharacteristicsSequence" "FilmBoxContentSequence" "ImageBoxContentSequence"
+    "AnnotationContentSequence" "ImageOverlayBoxContentSequence" "PresentationLUTContentSequence"
+    "ProposedStudySequence" "OriginalImageSequence" "LabelFromInfoExtractedFromInstance" "LabelText"
+    "LabelStyleSelection" "MediaDisposition" "BarcodeValue" "BarcodeSymbology" "AllowMediaSplitting"
+    "IncludeNonDICOMObjects" "IncludeDisplayApplication" "SaveCompInstancesAfterMediaCreate"
+    "TotalNumberMediaPiecesCreated" "RequestedMediaApplicationProfile"
+    "ReferencedStorageMediaSequence" "FailureAttributes" "AllowLossyCompression" "RequestPriority"
+    "RTImageLabel" "RTImageName" "RTImageDescription" "ReportedValuesOrigin" "RTImagePlane"
+    "XRayImageReceptorTranslation" "XRayImageReceptorAngle" "RTImageOrientation"
+    "ImagePlanePixelSpacing" "RTImagePosition" "RadiationMachineName" "RadiationMachineSAD"
+    "RadiationMachineSSD" "RTImageSID" "SourceToReferenceObjectDistance" "FractionNumber"
+    "ExposureSequence" "MetersetExposure" "DiaphragmPosition" "FluenceMapSequence"
+    "FluenceDataSource" "FluenceDataScale" "FluenceMode" "FluenceModeID" "DVHType" "DoseUnits"
+    "DoseType" "DoseComment" "NormalizationPoint" "DoseSummationType" "GridFrameOffsetVector"
+    "DoseGridScaling" "RTDoseROISequence" "DoseValue" "TissueHeterogeneityCorrection"
+    "DVHNormalizationPoint" "DVHNormalizationDoseValue" "DVHSequence" "DVHDoseScaling"
+    "DVHVolumeUnits" "DVHNumberOfBins" "DVHData" "DVHReferencedROISequence" "DVHROIContributionType"
+    "DVHMinimumDose" "DVHMaximumDose" "DVHMeanDose" "StructureSetLabel" "StructureSetName"
+    "StructureSetDescription" "StructureSetDate" "StructureSetTime"
+    "ReferencedFrameOfReferenceSequence" "RTReferencedStudySequence" "RTReferencedSeriesSequence"
+    "ContourImageSequence" "StructureSetROISequence" "ROINumber" "ReferencedFrameOfReferenceUID"
+    "ROIName" "ROIDescription" "ROIDisplayColor" "ROIVolume" "RTRelatedROISequence"
+    "RTROIRelationship" "ROIGenerationAlgorithm" "ROIGenerationDescription" "ROIContourSequence"
+    "ContourSequence" "ContourGeometricType" "ContourSlabThickness" "ContourOffsetVector"
+    "NumberOfContourPoints" "ContourNumber" "AttachedContours" "ContourData"
+    "RTROIObservationsSequence" "ObservationNumber" "ReferencedROINumber" "ROIObservationLabel"
+    "RTROIIdentificationCodeSequence" "ROIObservationDescription" "RelatedRTROIObservationsSequence"
+    "RTROIInterpretedType" "ROIInterpreter" "ROIPhysicalPropertiesSequence" "ROIPhysicalProperty"
+    "ROIPhysicalPropertyValue" "ROIElementalCompositionSequence" "ROIElementalCompAtomicNumber"
+    "ROIElementalCompAtomicMassFraction" "FrameOfReferenceRelationshipSeq"
+    "RelatedFrameOfReferenceUID" "FrameOfReferenceTransformType" "FrameOfReferenceTransformMatrix"
+    "FrameOfReferenceTransformComment" "MeasuredDoseReferenceSequence" "MeasuredDoseDescription"
+    "MeasuredDoseType" "MeasuredDoseValue" "TreatmentSessionBeamSequence"
+    "TreatmentSessionIonBeamSequence" "CurrentFractionNumber" "TreatmentControlPointDate"
+    "TreatmentControlPointTime" "TreatmentTerminationStatus" "TreatmentTerminationCode"
+    "TreatmentVerificationStatus" "ReferencedTreatmentRecordSequence" "SpecifiedPrimaryMeterset"
+    "SpecifiedSecondaryMeterset" "DeliveredPrimaryMeterset" "DeliveredSecondaryMeterset"
+    "SpecifiedTreatmentTime" "DeliveredTreatmentTime" "ControlPointDeliverySequence"
+    "IonControlPointDeliverySequence" "SpecifiedMeterset" "DeliveredMeterset" "MetersetRateSet"
+    "MetersetRateDelivered" "ScanSpotMetersetsDelivered" "DoseRateDelivered"
+    "TreatmentSummaryCalcDoseRefSeq" "CumulativeDoseToDoseReference" "FirstTreatmentDate"
+    "MostRecentTreatmentDate" "NumberOfFractionsDelivered" "OverrideSequence"
+    "ParameterSequencePointer" "OverrideParameterPointer" "ParameterItemIndex"
+    "MeasuredDoseReferenceNumber" "ParameterPointer" "OverrideReason" "CorrectedParameterSequence"
+    "CorrectionValue" "CalculatedDoseReferenceSequence" "CalculatedDoseReferenceNumber"
+    "CalculatedDoseReferenceDescription" "CalculatedDoseReferenceDoseValue" "StartMeterset"
+    "EndMeterset" "ReferencedMeasuredDoseReferenceSeq" "ReferencedMeasuredDoseReferenceNum"
+    "ReferencedCalculatedDoseRefSeq" "ReferencedCalculatedDoseRefNumber"
+    "BeamLimitingDeviceLeafPairsSeq" "RecordedWedgeSequence" "RecordedCompensatorSequence"
+    "RecordedBlockSequence" "TreatmentSummaryMeasuredDoseRefSeq" "RecordedSnoutSequence"
+    "RecordedRangeShifterSequence" "RecordedLateralSpreadingDeviceSeq"
+    "RecordedRangeModulatorSequence" "RecordedSourceSequence" "SourceSerialNumber"
+    "TreatmentSessionAppSetupSeq" "ApplicationSetupCheck" "RecordedBrachyAccessoryDeviceSeq"
+    "ReferencedBrachyAccessoryDeviceNum" "RecordedChannelSequence" "SpecifiedChannelTotalTime"
+    "DeliveredChannelTotalTime" "SpecifiedNumberOfPulses" "DeliveredNumberOfPulses"
+    "SpecifiedPulseRepetitionInterval" "DeliveredPulseRepetitionInterval"
+    "RecordedSourceApplicatorSequence" "ReferencedSourceApplicatorNumber"
+    "RecordedChannelShieldSequence" "ReferencedChannelShieldNumber" "BrachyControlPointDeliveredSeq"
+    "SafePositionExitDate" "SafePositionExitTime" "SafePositionReturnDate" "SafePositionReturnTime"
+    "CurrentTreatmentStatus" "TreatmentStatusComment" "FractionGroupSummarySequence"
+    "ReferencedFractionNumber" "FractionGroupType" "BeamStopperPosition"
+    "FractionStatusSummarySequence" "TreatmentDate" "TreatmentTime" "RTPlanLabel" "RTPlanName"
+    "RTPlanDescription" "RTPlanDate" "RTPlanTime" "TreatmentProtocols" "PlanIntent" "TreatmentSites"
+    "RTPlanGeometry" "PrescriptionDescription" "DoseReferenceSequence" "DoseReferenceNumber"
+    "DoseReferenceUID" "DoseReferenceStructureType" "NominalBeamEnergyUnit"
+    "DoseReferenceDescription" "DoseReferencePointCoordinates" "NominalPriorDose"
+    "DoseReferenceType" "ConstraintWeight" "DeliveryWarningDose" "DeliveryMaximumDose"
+    "TargetMinimumDose" "TargetPrescriptionDose" "TargetMaximumDose" "TargetUnderdoseVolumeFraction"
+    "OrganAtRiskFullVolumeDose" "OrganAtRiskLimitDose" "OrganAtRiskMaximumDose"
+    "OrganAtRiskOverdoseVolumeFraction" "ToleranceTableSequence" "ToleranceTableNumber"
+    "ToleranceTableLabel" "GantryAngleTolerance" "BeamLimitingDeviceAngleTolerance"
+    "BeamLimitingDeviceToleranceSeq" "BeamLimitingDevicePositionTol" "SnoutPositionTolerance"
+    "PatientSupportAngleTolerance" "TableTopEccentricAngleTolerance" "TableTopPitchAngleTolerance"
+    "TableTopRollAngleTolerance" "TableTopVerticalPositionTolerance"
+    "TableTopLongitudinalPositionTol" "TableTopLateralPositionTolerance" "RTPlanRelationship"
+    "FractionGroupSequence" "FractionGroupNumber" "FractionGroupDescription"
+    "NumberOfFractionsPlanned" "NumberFractionPatternDigitsPerDay" "RepeatFractionCycleLength"
+    "FractionPattern" "NumberOfBeams" "BeamDoseSpecificationPoint" "BeamDose" "BeamMeterset"
+    "BeamDosePointDepth" "BeamDosePointEquivalentDepth" "BeamDosePointSSD"
+    "NumberOfBrachyApplicationSetups" "BrachyAppSetupDoseSpecPoint" "BrachyApplicationSetupDose"
+    "BeamSequence" "TreatmentMachineName" "PrimaryDosimeterUnit" "SourceAxisDistance"
+    "BeamLimitingDeviceSequence" "RTBeamLimitingDeviceType" "SourceToBeamLimitingDeviceDistance"
+    "IsocenterToBeamLimitingDeviceDist" "NumberOfLeafJawPairs" "LeafPositionBoundaries" "BeamNumber"
+    "BeamName" "BeamDescription" "BeamType" "RadiationType" "HighDoseTechniqueType"
+    "ReferenceImageNumber" "PlannedVerificationImageSequence" "ImagingDeviceSpecificAcqParams"
+    "TreatmentDeliveryType" "NumberOfWedges" "WedgeSequence" "WedgeNumber" "WedgeType" "WedgeID"
+    "WedgeAngle" "WedgeFactor" "TotalWedgeTrayWaterEquivThickness" "WedgeOrientation"
+    "IsocenterToWedgeTrayDistance" "SourceToWedgeTrayDistance" "WedgeThinEdgePosition" "BolusID"
+    "BolusDescription" "NumberOfCompensators" "MaterialID" "TotalCompensatorTrayFactor"
+    "CompensatorSequence" "CompensatorNumber" "CompensatorID" "SourceToCompensatorTrayDistance"
+    "CompensatorRows" "CompensatorColumns" "CompensatorPixelSpacing" "CompensatorPosition"
+    "CompensatorTransmissionData" "CompensatorThicknessData" "NumberOfBoli" "CompensatorType"
+    "NumberOfBlocks" "TotalBlockTrayFactor" "TotalBlockTrayWaterEquivThickness" "BlockSequence"
+    "BlockTrayID" "SourceToBlockTrayDistance" "IsocenterToBlockTrayDistance" "BlockType"
+    "AccessoryCode" "BlockDivergence" "BlockMountingPosition" "BlockNumber" "BlockName"
+    "BlockThickness" "BlockTransmission" "BlockNumberOfPoints" "BlockData" "ApplicatorSequence"
+    "ApplicatorID" "ApplicatorType" "ApplicatorDescription" "CumulativeDoseReferenceCoefficient"
+    "FinalCumulativeMetersetWeight" "NumberOfControlPoints" "ControlPointSequence"
+    "ControlPointIndex" "NominalBeamEnergy" "DoseRateSet" "WedgePositionSequence" "WedgePosition"
+    "BeamLimitingDevicePositionSequence" "LeafJawPositions" "GantryAngle" "GantryRotationDirection"
+    "BeamLimitingDeviceAngle" "BeamLimitingDeviceRotateDirection" "PatientSupportAngle"
+    "PatientSupportRotationDirection" "TableTopEccentricAxisDistance" "TableTopEccentricAngle"
+    "TableTopEccentricRotateDirection" "TableTopVerticalPosition" "TableTopLongitudinalPosition"
+    "TableTopLateralPosition" "IsocenterPosition" "SurfaceEntryPoint" "SourceToSurfaceDistance"
+    "CumulativeMetersetWeight" "TableTopPitchAngle" "TableTopPitchRotationDirection"
+    "TableTopRollAngle" "TableTopRollRotationDirection" "HeadFixationAngle" "GantryPitchAngle"
+    "GantryPitchRotationDirection" "GantryPitchAngleTolerance" "PatientSetupSequence"
+    "PatientSetupNumber" "PatientSetupLabel" "PatientAdditionalPosition" "FixationDeviceSequence"
+    "FixationDeviceType" "FixationDeviceLabel" "FixationDeviceDescription" "FixationDevicePosition"
+    "FixationDevicePitchAngle" "FixationDeviceRollAngle" "ShieldingDeviceSequence"
+    "ShieldingDeviceType" "ShieldingDeviceLabel" "ShieldingDeviceDescription"
+    "ShieldingDevicePosition" "SetupTechnique" "SetupTechniqueDescription" "SetupDeviceSequence"
+    "SetupDeviceType" "SetupDeviceLabel" "SetupDeviceDescription" "SetupDeviceParameter"
+    "SetupReferenceDescription" "TableTopVerticalSetupDisplacement"
+    "TableTopLongitudinalSetupDisplace" "TableTopLateralSetupDisplacement"
+    "BrachyTreatmentTechnique" "BrachyTreatmentType" "TreatmentMachineSequence" "SourceSequence"
+    "SourceNumber" "SourceType" "SourceManufacturer" "ActiveSourceDiameter" "ActiveSourceLength"
+    "SourceEncapsulationNomThickness" "SourceEncapsulationNomTransmission" "SourceIsotopeName"
+    "SourceIsotopeHalfLife" "SourceStrengthUnits" "ReferenceAirKermaRate" "SourceStrength"
+    "SourceStrengthReferenceDate" "SourceStrengthReferenceTime" "ApplicationSetupSequence"
+    "ApplicationSetupType" "ApplicationSetupNumber" "ApplicationSetupName"
+    "ApplicationSetupManufacturer" "TemplateNumber" "TemplateType" "TemplateName"
+    "TotalReferenceAirKerma" "BrachyAccessoryDeviceSequence" "BrachyAccessoryDeviceNumber"
+    "BrachyAccessoryDeviceID" "BrachyAccessoryDeviceType" "BrachyAccessoryDeviceName"
+    "BrachyAccessoryDeviceNomThickness" "BrachyAccessoryDevNomTransmission" "ChannelSequence"
+    "ChannelNumber" "ChannelLength" "ChannelTotalTime" "SourceMovementType" "NumberOfPulses"
+    "PulseRepetitionInterval" "SourceApplicatorNumber" "SourceApplicatorID" "SourceApplicatorType"
+    "SourceApplicatorName" "SourceApplicatorLength" "SourceApplicatorManufacturer"
+    "SourceApplicatorWallNomThickness" "SourceApplicatorWallNomTrans" "SourceApplicatorStepSize"
+    "TransferTubeNumber" "TransferTubeLength" "ChannelShieldSequence" "ChannelShieldNumber"
+    "ChannelShieldID" "ChannelShieldName" "ChannelShieldNominalThickness"
+    "ChannelShieldNominalTransmission" "FinalCumulativeTimeWeight" "BrachyControlPointSequence"
+    "ControlPointRelativePosition" "ControlPoint3DPosition" "CumulativeTimeWeight"
+    "CompensatorDivergence" "CompensatorMountingPosition" "SourceToCompensatorDistance"
+    "TotalCompTrayWaterEquivThickness" "IsocenterToCompensatorTrayDistance"
+    "CompensatorColumnOffset" "IsocenterToCompensatorDistances" "CompensatorRelStoppingPowerRatio"
+    "CompensatorMillingToolDiameter" "IonRangeCompensatorSequence" "CompensatorDescription"
+    "RadiationMassNumber" "RadiationAtomicNumber" "RadiationChargeState" "ScanMode"
+    "VirtualSourceAxisDistances" "SnoutSequence" "SnoutPosition" "SnoutID" "NumberOfRangeShifters"
+    "RangeShifterSequence" "RangeShifterNumber" "RangeShifterID" "RangeShifterType"
+    "RangeShifterDescription" "NumberOfLateralSpreadingDevices" "LateralSpreadingDeviceSequence"
+    "LateralSpreadingDeviceNumber" "LateralSpreadingDeviceID" "LateralSpreadingDeviceType"
+    "LateralSpreadingDeviceDescription" "LateralSpreadingDevWaterEquivThick"
+    "NumberOfRangeModulators" "RangeModulatorSequence" "RangeModulatorNumber" "RangeModulatorID"
+    "RangeModulatorType" "RangeModulatorDescription" "BeamCurrentModulationID" "PatientSupportType"
+    "PatientSupportID" "PatientSupportAccessoryCode" "FixationLightAzimuthalAngle"
+    "FixationLightPolarAngle" "MetersetRate" "RangeShifterSettingsSequence" "RangeShifterSetting"
+    "IsocenterToRangeShifterDistance" "RangeShifterWaterEquivThickness"
+    "LateralSpreadingDeviceSettingsSeq" "LateralSpreadingDeviceSetting"
+    "IsocenterToLateralSpreadingDevDist" "RangeModulatorSettingsSequence"
+    "RangeModulatorGatingStartValue" "RangeModulatorGatingStopValue"
+    "IsocenterToRangeModulatorDistance" "ScanSpotTuneID" "NumberOfScanSpotPositions"
+    "ScanSpotPositionMap" "ScanSpotMetersetWeights" "ScanningSpotSize" "NumberOfPaintings"
+    "IonToleranceTableSequence" "IonBeamSequence" "IonBeamLimitingDeviceSequence" "IonBlockSequence"
+    "IonControlPointSequence" "IonWedgeSequence" "IonWedgePositionSequence"
+    "ReferencedSetupImageSequence" "SetupImageComment" "MotionSynchronizationSequence"
+    "ControlPointOrientation" "GeneralAccessorySequence" "GeneralAccessoryID"
+    "GeneralAccessoryDescription" "GeneralAccessoryType" "GeneralAccessoryNumber"
+    "ReferencedRTPlanSequence" "ReferencedBeamSequence" "ReferencedBeamNumber"
+    "ReferencedReferenceImageNumber" "StartCumulativeMetersetWeight" "EndCumulativeMetersetWeight"
+    "ReferencedBrachyAppSetupSeq" "ReferencedBrachyAppSetupNumber" "ReferencedSourceNumber"
+    "ReferencedFractionGroupSequence" "ReferencedFractionGroupNumber"
+    "ReferencedVerificationImageSeq" "ReferencedReferenceImageSequence"
+    "ReferencedDoseReferenceSequence" "ReferencedDoseReferenceNumber"
+    "BrachyReferencedDoseReferenceSeq" "ReferencedStructureSetSequence"
+    "ReferencedPatientSetupNumber" "ReferencedDoseSequence" "ReferencedToleranceTableNumber"
+    "ReferencedBolusSequence" "ReferencedWedgeNumber" "ReferencedCompensatorNumber"
+    "ReferencedBlockNumber" "ReferencedControlPointIndex" "ReferencedControlPointSequence"
+    "ReferencedStartControlPointIndex" "ReferencedStopControlPointIndex"
+    "ReferencedRangeShifterNumber" "ReferencedLateralSpreadingDevNum"
+    "ReferencedRangeModulatorNumber" "ApprovalStatus" "ReviewDate" "ReviewTime" "ReviewerName"
+    "TextGroupLength" "Arbitrary" "TextComments" "ResultsID" "ResultsIDIssuer"
+    "ReferencedInterpretationSequence" "InterpretationRecordedDate" "InterpretationRecordedTime"
+    "InterpretationRecorder" "ReferenceToRecordedSound" "InterpretationTranscriptionDate"
+    "InterpretationTranscriptionTime" "InterpretationTranscriber" "InterpretationText"
+    "InterpretationAuthor" "InterpretationApproverSequence" "InterpretationApprovalDate"
+    "InterpretationApprovalTime" "PhysicianApprovingInterpretation"
+    "InterpretationDiagnosisDescription" "InterpretationDiagnosisCodeSeq"
+    "ResultsDistributionListSequence" "DistributionName" "DistributionAddress" "InterpretationID"
+    "InterpretationIDIssuer" "InterpretationTypeID" "InterpretationStatusID" "Impressions"
+    "ResultsComments" "MACParametersSequence" "CurveDimensions" "NumberOfPoints" "TypeOfData"
+    "CurveDescription" "AxisUnits" "AxisLabels" "DataValueRepresentation" "MinimumCoordinateValue"
+    "MaximumCoordinateValue" "CurveRange" "CurveDataDescriptor" "CoordinateStartValue"
+    "CoordinateStepValue" "CurveActivationLayer" "AudioType" "AudioSampleFormat" "NumberOfSamples"
+    "SampleRate" "TotalTime" "AudioSampleData" "AudioComments" "CurveLabel" "ReferencedOverlayGroup"
+    "CurveData" "SharedFunctionalGroupsSequence" "PerFrameFunctionalGroupsSequence"
+    "WaveformSequence" "ChannelMinimumValue" "ChannelMaximumValue" "WaveformBitsAllocated"
+    "WaveformSampleInterpretation" "WaveformPaddingValue" "WaveformData"
+    "FirstOrderPhaseCorrectionAngle" "SpectroscopyData" "OverlayGroupLength" "OverlayRows"
+    "OverlayColumns" "OverlayPlanes" "NumberOfFramesInOverlay" "OverlayDescription" "OverlayType"
+    "OverlaySubtype" "OverlayOrigin" "ImageFrameOrigin" "OverlayPlaneOrigin"
+    "OverlayCompressionCode" "OverlayCompressionOriginator" "OverlayCompressionLabel"
+    "OverlayCompressionDescription" "OverlayCompressionStepPointers" "OverlayRepeatInterval"
+    "OverlayBitsGrouped" "OverlayBitsAllocated" "OverlayBitPosition" "OverlayFormat"
+    "OverlayLocation" "OverlayCodeLabel" "OverlayNumberOfTables" "OverlayCodeTableLocation"
+    "OverlayBitsForCodeWord" "OverlayActivationLayer" "OverlayDescriptorGray" "OverlayDescriptorRed"
+    "OverlayDescriptorGreen" "OverlayDescriptorBlue" "OverlaysGray" "OverlaysRed" "OverlaysGreen"
+    "OverlaysBlue" "ROIArea" "ROIMean" "ROIStandardDeviation" "OverlayLabel" "OverlayData"
+    "OverlayComments" "PixelDataGroupLength" "PixelData" "VariableNextDataGroup"
+    "VariableCoefficientsSDVN" "VariableCoefficientsSDHN" "VariableCoefficientsSDDN"
+    "DigitalSignaturesSequence" "DataSetTrailingPadding" "StartOfItem" "EndOfItems" "EndOfSequence"
+    "0" "1" "DICOM:ACoordOfBottomRightCorner" "A Coord Of Bottom Right Corner"
+    "DICOM:ACoordOfTopRightCorner" "A Coord Of Top Right Corner" "DICOM:AbsoluteChannelDisplayScale"
+    "Absolute Channel Display Scale" "DICOM:AbstractPriorCodeSequence"
+    "Abstract Prior Code Sequence" "DICOM:AbstractPriorValue" "Abstract Prior Value"
+    "DICOM:AccessionNumber" "Accession Number" "DICOM:AccessoryCode" "Accessory Code"
+    "DICOM:AcqreconRecordChecksum" "Acqrecon Record Checksum" "DICOM:AcquiredImageAreaDoseProduct"
+    "Acquired Image Area Dose Product" "DICOM:AcquisitionComments" "Acquisition Comments"
+    "DICOM:AcquisitionContextDescription" "Acquisition Context Description"
+    "DICOM:AcquisitionContextSequence" "Acquisition Context Sequence" "DICOM:AcquisitionContrast"
+    "Acquisition Contrast" "DICOM:AcquisitionDate" "Acquisition Date" "DICOM:AcquisitionDateTime"
+    "Acquisition Date Time" "DICOM:AcquisitionDeviceProcessingCode"
+    "Acquisition Device Processing Code" "DICOM:AcquisitionDeviceProcessingDescr"
+    "Acquisition Device Processing Descr" "DICOM:AcquisitionDeviceTypeCodeSequence"
+    "Acquisition Device Type Code Sequence" "DICOM:AcquisitionDuration" "Acquisition Duration"
+    "DICOM:AcquisitionEndConditionData" "Acquisition End Condition Data"
+    "DICOM:AcquisitionGroupLength" "Acquisition Group Length" "DICOM:AcquisitionIndex"
+    "Acquisition Index" "DICOM:AcquisitionMatrix" "Acquisition Matrix" "DICOM:AcquisitionNumber"
+    "Acquisition Number" "DICOM:AcquisitionProtocolDescription" "Acquisition Protocol Description"
+    "DICOM:AcquisitionProtocolName" "Acquisition Protocol Name" "DICOM:AcquisitionStartCondition"
+    "Acquisition Start Condition" "DICOM:AcquisitionStartConditionData"
+    "Acquisition Start Condition Data" "DICOM:AcquisitionTerminationCondition"
+    "Acquisition Termination Condition" "DICOM:AcquisitionTime" "Acquisition Time"
+    "DICOM:AcquisitionTimeSynchronized" "Acquisition Time Synchronized" "DICOM:AcquisitionType"
+    "Acquisition Type" "DICOM:AcquisitionsInSeries" "Acquisitions In Series"
+    "DICOM:AcquisitionsInStudy" "Acquisitions In Study" "DICOM:AcrossScanSpatialResolution"
+    "Across Scan Spatial Resolution" "DICOM:ActiveSourceDiameter" "Active Source Diameter"
+    "DICOM:ActiveSourceLength" "Active Source Length" "DICOM:ActualCardiacTriggerDelayTime"
+    "Actual Cardiac Trigger Delay Time" "DICOM:ActualFrameDuration" "Actual Frame Duration"
+    "DICOM:ActualHumanPerformersSequence" "Actual Human Performers Sequence"
+    "DICOM:ActualReceiveGainAnalog" "Actual Receive Gain Analog" "DICOM:ActualReceiveGainDigital"
+    "Actual Receive Gain Digital" "DICOM:ActualRespiratoryTriggerDelayTime"
+    "Actual Respiratory Trigger Delay Time" "DICOM:ActualSeriesDataTimeStamp"
+    "Actual Series Data Time Stamp" "DICOM:AdaptiveMapFormat" "Adaptive Map Format"
+    "DICOM:AddIntermediateSequence" "Add Intermediate Sequence" "DICOM:AddNearSequence"
+    "Add Near Sequence" "DICOM:AddOtherSequence" "Add Other Sequence" "DICOM:AddPower" "Add Power"
+    "DICOM:AdditionalDrugSequence" "Additional Drug Sequence" "DICOM:AdditionalPatientHistory"
+    "Additional Patient History" "DICOM:AddressTrial" "Address Trial"
+    "DICOM:AdministrationRouteCodeSequence" "Administration Route Code Sequence" "DICOM:AdmissionID"
+    "Admission ID" "DICOM:AdmittingDate" "Admitting Date" "DICOM:AdmittingDiagnosesCodeSequence"
+    "Admitting Diagnoses Code Sequence" "DICOM:AdmittingDiagnosesDescription"
+    "Admitting Diagnoses Description" "DICOM:AdmittingTime" "Admitting Time"
+    "DICOM:AdvantageCompOverflow" "Advantage Comp Overflow" "DICOM:AdvantageCompUnderflow"
+    "Advantage Comp Underflow" "DICOM:AirFilterCalibrationDate" "Air Filter Calibration Date"
+    "DICOM:AirFilterCalibrationTime" "Air Filter Calibration Time" "DICOM:AlgorithmDescription"
+    "Algorithm Description" "DICOM:AlgorithmFamilyCodeSequ" "Algorithm Family Code Sequ"
+    "DICOM:AlgorithmName" "Algorithm Name" "DICOM:AlgorithmParameters" "Algorithm Parameters"
+    "DICOM:AlgorithmType" "Algorithm Type" "DICOM:AlgorithmVersion" "Algorithm Version"
+    "DICOM:AliasedDataType" "Aliased Data Type" "DICOM:Allergies" "DICOM:AllowLossyCompression"
+    "Allow Lossy Compression" "DICOM:AllowMediaSplitting" "Allow Media Splitting"
+    "DICOM:AlongScanSpatialResolution" "Along Scan Spatial Resolution"
+    "DICOM:AlphaLUTTransferFunction" "Alpha LUT Transfer Function"
+    "DICOM:AlternateRepresentationSequence" "Alternate Representation Sequence"
+    "DICOM:AnalogReceiverGain" "Analog Receiver Gain" "DICOM:AnatomicApproachDirCodeSeqTrial"
+    "Anatomic Approach Dir Code Seq Trial" "DICOM:AnatomicEntrancePortalCodeSeqTrial"
+    "Anatomic Entrance Portal Code Seq Trial" "DICOM:AnatomicPerspectiveCodeSeqTrial"
+    "Anatomic Perspective Code Seq Trial" "DICOM:AnatomicPerspectiveDescrTrial"
+    "Anatomic Perspective Descr Trial" "DICOM:AnatomicRegionModifierSequence"
+    "Anatomic Region Modifier Sequence" "DICOM:AnatomicRegionSequence" "Anatomic Region Sequence"
+    "DICOM:AnatomicStructure" "Anatomic Structure" "DICOM:AnatomicStructureModifierSequence"
+    "Anatomic Structure Modifier Sequence" "DICOM:AnatomicStructureOrRegionSequence"
+    "Anatomic Structure Or Region Sequence" "DICOM:AnatomicalOrientationType"
+    "Anatomical Orientation Type" "DICOM:AnatomicalReferenceForScout"
+    "Anatomical Reference For Scout" "DICOM:AnchorPoint" "Anchor Point"
+    "DICOM:AnchorPointAnnotationUnits" "Anchor Point Annotation Units" "DICOM:AnchorPointVisibility"
+    "Anchor Point Visibility" "DICOM:AngioFlag" "Angio Flag" "DICOM:AngleNumber" "Angle Number"
+    "DICOM:AngleOfFirstView" "Angle Of First View" "DICOM:AngularPosition" "Angular Position"
+    "DICOM:AngularStep" "Angular Step" "DICOM:AngularViewVector" "Angular View Vector"
+    "DICOM:AnnotationContentSequence" "Annotation Content Sequence"
+    "DICOM:AnnotationDisplayFormatID" "Annotation Display Format ID" "DICOM:AnnotationFlag"
+    "Annotation Flag" "DICOM:AnnotationGroupNumber" "Annotation Group Number"
+    "DICOM:AnnotationPosition" "Annotation Position" "DICOM:AnnotationSequence"
+    "Annotation Sequence" "DICOM:AnodeTargetMaterial" "Anode Target Material" "DICOM:ApexPosition"
+    "Apex Position" "DICOM:ApplicableFrameRange" "Applicable Frame Range"
+    "DICOM:ApplicableSafetyStandardAgency" "Applicable Safety Standard Agency"
+    "DICOM:ApplicableSafetyStandardDescr" "Applicable Safety Standard Descr"
+    "DICOM:ApplicationManufacturer" "Application Manufacturer" "DICOM:ApplicationMaximumRepaintTime"
+    "Application Maximum Repaint Time" "DICOM:ApplicationName" "Application Name"
+    "DICOM:ApplicationSetupCheck" "Application Setup Check" "DICOM:ApplicationSetupManufacturer"
+    "Application Setup Manufacturer" "DICOM:ApplicationSetupName" "Application Setup Name"
+    "DICOM:ApplicationSetupNumber" "Application Setup Number" "DICOM:ApplicationSetupSequence"
+    "Application Setup Sequence" "DICOM:ApplicationSetupType" "Application Setup Type"
+    "DICOM:ApplicationVersion" "Application Version" "DICOM:ApplicatorDescription"
+    "Applicator Description" "DICOM:ApplicatorID" "Applicator ID" "DICOM:ApplicatorSequence"
+    "Applicator Sequence" "DICOM:ApplicatorType" "Applicator Type" "DICOM:ApprovalStatus"
+    "Approval Status" "DICOM:ApprovalStatusDateTime" "Approval Status Date Time"
+    "DICOM:ApprovalStatusFurtherDescription" "Approval Status Further Description" "DICOM:Arbitrary"
+    "DICOM:ArchiveRequested" "Archive Requested" "DICOM:AssigningFacilitySequence"
+    "Assigning Facility Sequence" "DICOM:AttachedContours" "Attached Contours"
+    "DICOM:AttenuationCorrected" "Attenuation Corrected" "DICOM:AttenuationCorrectionMethod"
+    "Attenuation Correction Method" "DICOM:AttributeItemSelector" "Attribute Item Selector"
+    "DICOM:AttributeModificationDateTime" "Attribute Modification Date Time"
+    "DICOM:AttributeOccurrencePointer" "Attribute Occurrence Pointer"
+    "DICOM:AttributeOccurrencePrivateCreator" "Attribute Occurrence Private Creator"
+    "DICOM:AttributeOccurrenceSequence" "Attribute Occurrence Sequence" "DICOM:AudioComments"
+    "Audio Comments" "DICOM:AudioSampleData" "Audio Sample Data" "DICOM:AudioSampleFormat"
+    "Audio Sample Format" "DICOM:AudioType" "Audio Type" "DICOM:AuthorObserverSequence"
+    "Author Observer Sequence" "DICOM:AuthorizationEquipmentCertNumber"
+    "Authorization Equipment Cert Number" "DICOM:AutoWindowLevelAlpha" "Auto Window Level Alpha"
+    "DICOM:AutoWindowLevelBeta" "Auto Window Level Beta" "DICOM:AutoWindowLevelWindow"
+    "Auto Window Level Window" "DICOM:AveragePulseWidth" "Average Pulse Width"
+    "DICOM:AvgOfLeftRefChansOverViews" "Avg Of Left Ref Chans Over Views"
+    "DICOM:AvgOfRightRefChansOverViews" "Avg Of Right Ref Chans Over Views"
+    "DICOM:AvgOverrangesAllViews" "Avg Overranges All Views" "DICOM:AxialAcceptance"
+    "Axial Acceptance" "DICOM:AxialDetectorDimension" "Axial Detector Dimension"
+    "DICOM:AxialLengthOfTheEye" "Axial Length Of The Eye" "DICOM:AxialMash" "Axial Mash"
+    "DICOM:AxisLabels" "Axis Labels" "DICOM:AxisOfRotation" "Axis Of Rotation" "DICOM:AxisUnits"
+    "Axis Units" "DICOM:BBHCoefficients" "BBH Coefficients" "DICOM:BackProjectorCoefficient"
+    "Back Projector Coefficient" "DICOM:BackgroundColor" "Background Color" "DICOM:BarcodeSymbology"
+    "Barcode Symbology" "DICOM:BarcodeValue" "Barcode Value" "DICOM:BaselineCorrection"
+    "Baseline Correction" "DICOM:BasicColorImageSequence" "Basic Color Image Sequence"
+    "DICOM:BasicGrayscaleImageSequence" "Basic Grayscale Image Sequence" "DICOM:BeamAngle"
+    "Beam Angle" "DICOM:BeamCurrentModulationID" "Beam Current Modulation ID"
+    "DICOM:BeamDescription" "Beam Description" "DICOM:BeamDose" "Beam Dose"
+    "DICOM:BeamDosePointDepth" "Beam Dose Point Depth" "DICOM:BeamDosePointEquivalentDepth"
+    "Beam Dose Point Equivalent Depth" "DICOM:BeamDosePointSSD" "Beam Dose Point SSD"
+    "DICOM:BeamDoseSpecificationPoint" "Beam Dose Specification Point"
+    "DICOM:BeamLimitingDeviceAngle" "Beam Limiting Device Angle"
+    "DICOM:BeamLimitingDeviceAngleTolerance" "Beam Limiting Device Angle Tolerance"
+    "DICOM:BeamLimitingDeviceLeafPairsSeq" "Beam Limiting Device Leaf Pairs Seq"
+    "DICOM:BeamLimitingDevicePositionSequence" "Beam Limiting Device Position Sequence"
+    "DICOM:BeamLimitingDevicePositionTol" "Beam Limiting Device Position Tol"
+    "DICOM:BeamLimitingDeviceRotateDirection" "Beam Limiting Device Rotate Direction"
+    "DICOM:BeamLimitingDeviceSequence" "Beam Limiting Device Sequence"
+    "DICOM:BeamLimitingDeviceToleranceSeq" "Beam Limiting Device Tolerance Seq" "DICOM:BeamMeterset"
+    "Beam Meterset" "DICOM:BeamName" "Beam Name" "DICOM:BeamNumber" "Beam Number"
+    "DICOM:BeamOrderIndex" "Beam Order Index" "DICOM:BeamSequence" "Beam Sequence"
+    "DICOM:BeamStopperPosition" "Beam Stopper Position" "DICOM:BeamTaskSequence"
+    "Beam Task Sequence" "DICOM:BeamTaskType" "Beam Task Type" "DICOM:BeamType" "Beam Type"
+    "DICOM:BeatRejectionFlag" "Beat Rejection Flag" "DICOM:BiPlaneAcquisitionSequence"
+    "Bi Plane Acquisition Sequence" "DICOM:BillingItemSequence" "Billing Item Sequence"
+    "DICOM:BillingProcedureStepSequence" "Billing Procedure Step Sequence"
+    "DICOM:BillingSuppliesAndDevicesSequence" "Billing Supplies And Devices Sequence"
+    "DICOM:BiopsyPosition" "Biopsy Position" "DICOM:BiopsyRefLocation" "Biopsy Ref Location"
+    "DICOM:BiopsyTLocation" "Biopsy T Location" "DICOM:BitmapDefiningCVs" "Bitmap Defining C Vs"
+    "DICOM:BitmapOfPrescanOptions" "Bitmap Of Prescan Options" "DICOM:BitsAllocated"
+    "Bits Allocated" "DICOM:BitsForCodeWord" "Bits For Code Word" "DICOM:BitsGrouped" "Bits Grouped"
+    "DICOM:BitsStored" "Bits Stored" "DICOM:BlendingLUT1Sequence" "Blending LUT1 Sequence"
+    "DICOM:BlendingLUT2Sequence" "Blending LUT2 Sequence" "DICOM:BlendingLookupTableData"
+    "Blending Lookup Table Data" "DICOM:BlendingOperationType" "Blending Operation Type"
+    "DICOM:BlendingPosition" "Blending Position" "DICOM:BlendingSequence" "Blending Sequence"
+    "DICOM:BlendingWeightConstant" "Blending Weight Constant" "DICOM:BlockColumns" "Block Columns"
+    "DICOM:BlockData" "Block Data" "DICOM:BlockDivergence" "Block Divergence"
+    "DICOM:BlockMountingPosition" "Block Mounting Position" "DICOM:BlockName" "Block Name"
+    "DICOM:BlockNumber" "Block Number" "DICOM:BlockNumberOfPoints" "Block Number Of Points"
+    "DICOM:BlockRows" "Block Rows" "DICOM:BlockSequence" "Block Sequence" "DICOM:BlockThickness"
+    "Block Thickness" "DICOM:BlockTransmission" "Block Transmission" "DICOM:BlockTrayID"
+    "Block Tray ID" "DICOM:BlockType" "Block Type" "DICOM:BlockedPixels" "Blocked Pixels"
+    "DICOM:BloodSignalNulling" "Blood Signal Nulling" "DICOM:BluePaletteColorTableData"
+    "Blue Palette Color Table Data" "DICOM:BluePaletteColorTableDescriptor"
+    "Blue Palette Color Table Descriptor" "DICOM:BodyPartExamined" "Body Part Examined"
+    "DICOM:BodyPartThickness" "Body Part Thickness" "DICOM:BolusDescription" "Bolus Description"
+    "DICOM:BolusID" "Bolus ID" "DICOM:BoneThermalIndex" "Bone Thermal Index" "DICOM:BorderDensity"
+    "Border Density" "DICOM:BoundingBoxAnnotationUnits" "Bounding Box Annotation Units"
+    "DICOM:BoundingBoxBottomRightHandCorner" "Bounding Box Bottom Right Hand Corner"
+    "DICOM:BoundingBoxTextHorizJustification" "Bounding Box Text Horiz Justification"
+    "DICOM:BoundingBoxTopLeftHandCorner" "Bounding Box Top Left Hand Corner"
+    "DICOM:BrachyAccessoryDevNomTransmission" "Brachy Accessory Dev Nom Transmission"
+    "DICOM:BrachyAccessoryDeviceID" "Brachy Accessory Device ID" "DICOM:BrachyAccessoryDeviceName"
+    "Brachy Accessory Device Name" "DICOM:BrachyAccessoryDeviceNomThickness"
+    "Brachy Accessory Device Nom Thickness" "DICOM:BrachyAccessoryDeviceNumber"
+    "Brachy Accessory Device Number" "DICOM:BrachyAccessoryDeviceSequence"
+    "Brachy Accessory Device Sequence" "DICOM:BrachyAccessoryDeviceType"
+    "Brachy Accessory Device Type" "DICOM:BrachyAppSetupDoseSpecPoint"
+    "Brachy App Setup Dose Spec Point" "DICOM:BrachyApplicationSetupDose"
+    "Brachy Application Setup Dose" "DICOM:BrachyControlPointDeliveredSeq"
+    "Brachy Control Point Delivered Seq" "DICOM:BrachyControlPointSequence"
+    "Brachy Control Point Sequence" "DICOM:BrachyReferencedDoseReferenceSeq"
+    "Brachy Referenced Dose Reference Seq" "DICOM:BrachyTreatmentTechnique"
+    "Brachy Treatment Technique" "DICOM:BrachyTreatmentType" "Brachy Treatment Type"
+    "DICOM:BranchOfService" "Branch Of Service" "DICOM:BreastImplantPresent"
+    "Breast Implant Present" "DICOM:BreedRegistrationNumber" "Breed Registration Number"
+    "DICOM:BreedRegistrationSequence" "Breed Registration Sequence"
+    "DICOM:BreedRegistryCodeSequence" "Breed Registry Code Sequence"
+    "DICOM:BulkMotionCompensationTechnique" "Bulk Motion Compensation Technique"
+    "DICOM:BulkMotionSignalSource" "Bulk Motion Signal Source" "DICOM:BulkMotionStatus"
+    "Bulk Motion Status" "DICOM:BurnedInAnnotation" "Burned In Annotation"
+    "DICOM:CArmPositionerTabletopRelationship" "C Arm Positioner Tabletop Relationship"
+    "DICOM:CTAcquisitionDetailsSequence" "CT Acquisition Details Sequence"
+    "DICOM:CTAcquisitionTypeSequence" "CT Acquisition Type Sequence"
+    "DICOM:CTAdditionalXRaySourceSequence" "CT Additional X Ray Source Sequence"
+    "DICOM:CTBoneNumber" "CT Bone Number" "DICOM:CTDIPhantomTypeCodeSequence"
+    "CTDI Phantom Type Code Sequence" "DICOM:CTDIvol" "CTD Ivol" "DICOM:CTExposureSequence"
+    "CT Exposure Sequence" "DICOM:CTGeometrySequence" "CT Geometry Sequence"
+    "DICOM:CTImageFrameTypeSequence" "CT Image Frame Type Sequence" "DICOM:CTPositionSequence"
+    "CT Position Sequence" "DICOM:CTReconstructionSequence" "CT Reconstruction Sequence"
+    "DICOM:CTTableDynamicsSequence" "CT Table Dynamics Sequence" "DICOM:CTWaterNumber"
+    "CT Water Number" "DICOM:CTXRayDetailsSequence" "CTX Ray Details Sequence"
+    "DICOM:CalciumScoringMassFactorDevice" "Calcium Scoring Mass Factor Device"
+    "DICOM:CalciumScoringMassFactorPatient" "Calcium Scoring Mass Factor Patient"
+    "DICOM:CalculatedAnatomyThickness" "Calculated Anatomy Thickness"
+    "DICOM:CalculatedDoseReferenceDescription" "Calculated Dose Reference Description"
+    "DICOM:CalculatedDoseReferenceDoseValue" "Calculated Dose Reference Dose Value"
+    "DICOM:CalculatedDoseReferenceNumber" "Calculated Dose Reference Number"
+    "DICOM:CalculatedDoseReferenceSequence" "Calculated Dose Reference Sequence"
+    "DICOM:CalculatedFrameList" "Calculated Frame List" "DICOM:CalibratedFieldStrength"
+    "Calibrated Field Strength" "DICOM:CalibrationDataSequence" "Calibration Data Sequence"
+    "DICOM:CalibrationImage" "Calibration Image" "DICOM:CalibrationParameters"
+    "Calibration Parameters" "DICOM:CalibrationSequence" "Calibration Sequence"
+    "DICOM:CardiacBeatRejectionTechnique" "Cardiac Beat Rejection Technique"
+    "DICOM:CardiacCyclePosition" "Cardiac Cycle Position" "DICOM:CardiacFramingType"
+    "Cardiac Framing Type" "DICOM:CardiacNumberOfImages" "Cardiac Number Of Images"
+    "DICOM:CardiacPhases" "Cardiac Phases" "DICOM:CardiacRRIntervalSpecified"
+    "Cardiac RR Interval Specified" "DICOM:CardiacRepetitionTime" "Cardiac Repetition Time"
+    "DICOM:CardiacSignalSource" "Cardiac Signal Source" "DICOM:CardiacSynchronizationTechnique"
+    "Cardiac Synchronization Technique" "DICOM:CardiacTriggerSequence" "Cardiac Trigger Sequence"
+    "DICOM:CassetteID" "Cassette ID" "DICOM:CassetteOrientation" "Cassette Orientation"
+    "DICOM:CassetteSize" "Cassette Size" "DICOM:CellNumberAtTheta" "Cell Number At Theta"
+    "DICOM:CellSpacing" "Cell Spacing" "DICOM:CenterACoordOfPlaneImage"
+    "Center A Coord Of Plane Image" "DICOM:CenterFreqMethod" "Center Freq Method"
+    "DICOM:CenterFrequency" "Center Frequency" "DICOM:CenterOfCircExposControlSensRegion"
+    "Center Of Circ Expos Control Sens Region" "DICOM:CenterOfCircularCollimator"
+    "Center Of Circular Collimator" "DICOM:CenterOfCircularShutter" "Center Of Circular Shutter"
+    "DICOM:CenterOfRotation" "Center Of Rotation" "DICOM:CenterOfRotationOffset"
+    "Center Of Rotation Offset" "DICOM:CenterRCoordOfPlaneImage" "Center R Coord Of Plane Image"
+    "DICOM:CenterSCoordOfPlaneImage" "Center S Coord Of Plane Image" "DICOM:CertificateOfSigner"
+    "Certificate Of Signer" "DICOM:CertificateType" "Certificate Type" "DICOM:CertifiedTimestamp"
+    "Certified Timestamp" "DICOM:CertifiedTimestampType" "Certified Timestamp Type"
+    "DICOM:ChannelBaseline" "Channel Baseline" "DICOM:ChannelDefinitionSequence"
+    "Channel Definition Sequence" "DICOM:ChannelDerivationDescription"
+    "Channel Derivation Description" "DICOM:ChannelDescriptionCodeSequence"
+    "Channel Description Code Sequence" "DICOM:ChannelDisplaySequence" "Channel Display Sequence"
+    "DICOM:ChannelIdentificationCode" "Channel Identification Code" "DICOM:ChannelLabel"
+    "Channel Label" "DICOM:ChannelLength" "Channel Length" "DICOM:ChannelMaximumValue"
+    "Channel Maximum Value" "DICOM:ChannelMinimumValue" "Channel Minimum Value" "DICOM:ChannelMode"
+    "Channel Mode" "DICOM:ChannelNumber" "Channel Number" "DICOM:ChannelOffset" "Channel Offset"
+    "DICOM:ChannelPosition" "Channel Position" "DICOM:ChannelRecommendDisplayCIELabValue"
+    "Channel Recommend Display CIE Lab Value" "DICOM:ChannelSampleSkew" "Channel Sample Skew"
+    "DICOM:ChannelSensitivity" "Channel Sensitivity" "DICOM:ChannelSensitivityCorrectionFactor"
+    "Channel Sensitivity Correction Factor" "DICOM:ChannelSensitivityUnitsSequence"
+    "Channel Sensitivity Units Sequence" "DICOM:ChannelSequence" "Channel Sequence"
+    "DICOM:ChannelShieldID" "Channel Shield ID" "DICOM:ChannelShieldName" "Channel Shield Name"
+    "DICOM:ChannelShieldNominalThickness" "Channel Shield Nominal Thickness"
+    "DICOM:ChannelShieldNominalTransmission" "Channel Shield Nominal Transmission"
+    "DICOM:ChannelShieldNumber" "Channel Shield Number" "DICOM:ChannelShieldSequence"
+    "Channel Shield Sequence" "DICOM:ChannelSourceModifiersSequence"
+    "Channel Source Modifiers Sequence" "DICOM:ChannelSourceSequence" "Channel Source Sequence"
+    "DICOM:ChannelStatus" "Channel Status" "DICOM:ChannelTimeSkew" "Channel Time Skew"
+    "DICOM:ChannelTotalTime" "Channel Total Time" "DICOM:ChannelWidth" "Channel Width"
+    "DICOM:ChemicalShiftReference" "Chemical Shift Reference" "DICOM:ChemicalShiftSequence"
+    "Chemical Shift Sequence" "DICOM:ChemicalShiftsMaxIntegrateLimitHz"
+    "Chemical Shifts Max Integrate Limit Hz" "DICOM:ChemicalShiftsMaxIntegrateLimitPPM"
+    "Chemical Shifts Max Integrate Limit PPM" "DICOM:ChemicalShiftsMinIntegrateLimitHz"
+    "Chemical Shifts Min Integrate Limit Hz" "DICOM:ChemicalShiftsMinIntegrateLimitPPM"
+    "Chemical Shifts Min Integrate Limit PPM" "DICOM:CineRate" "Cine Rate"
+    "DICOM:CineRelativeToRealTime" "Cine Relative To Real Time"
+    "DICOM:ClinicalTrialCoordinatingCenter" "Clinical Trial Coordinating Center"
+    "DICOM:ClinicalTrialProtocolID" "Clinical Trial Protocol ID" "DICOM:ClinicalTrialProtocolName"
+    "Clinical Trial Protocol Name" "DICOM:ClinicalTrialSeriesDescription"
+    "Clinical Trial Series Description" "DICOM:ClinicalTrialSeriesID" "Clinical Trial Series ID"
+    "DICOM:ClinicalTrialSiteID" "Clinical Trial Site ID" "DICOM:ClinicalTrialSiteName"
+    "Clinical Trial Site Name" "DICOM:ClinicalTrialSponsorName" "Clinical Trial Sponsor Name"
+    "DICOM:ClinicalTrialSubjectID" "Clinical Trial Subject ID" "DICOM:ClinicalTrialSubjectReadingID"
+    "Clinical Trial Subject Reading ID" "DICOM:ClinicalTrialTimePointDescription"
+    "Clinical Trial Time Point Description" "DICOM:ClinicalTrialTimePointID"
+    "Clinical Trial Time Point ID" "DICOM:CodeLabel" "Code Label" "DICOM:CodeMeaning" "Code Meaning"
+    "DICOM:CodeNumberFormat" "Code Number Format" "DICOM:CodeTableLocation" "Code Table Location"
+    "DICOM:CodeValue" "Code Value" "DICOM:CodingSchemeDesignator" "Coding Scheme Designator"
+    "DICOM:CodingSchemeExternalID" "Coding Scheme External ID" "DICOM:CodingSchemeIDSequence"
+    "Coding Scheme ID Sequence" "DICOM:CodingSchemeName" "Coding Scheme Name"
+    "DICOM:CodingSchemeRegistry" "Coding Scheme Registry" "DICOM:CodingSchemeUID"
+    "Coding Scheme UID" "DICOM:CodingSchemeVersion" "Coding Scheme Version"
+    "DICOM:CoefficientCoding" "Coefficient Coding" "DICOM:CoefficientCodingPointers"
+    "Coefficient Coding Pointers" "DICOM:CoincidenceWindowWidth" "Coincidence Window Width"
+    "DICOM:CollationFlag" "Collation Flag" "DICOM:CollimatorGridName" "Collimator Grid Name"
+    "DICOM:CollimatorLeftVerticalEdge" "Collimator Left Vertical Edge"
+    "DICOM:CollimatorLowerHorizontalEdge" "Collimator Lower Horizontal Edge"
+    "DICOM:CollimatorRightVerticalEdge" "Collimator Right Vertical Edge" "DICOM:CollimatorShape"
+    "Collimator Shape" "DICOM:CollimatorShapeSequence" "Collimator Shape Sequence"
+    "DICOM:CollimatorType" "Collimator Type" "DICOM:CollimatorUpperHorizontalEdge"
+    "Collimator Upper Horizontal Edge" "DICOM:ColorImagePrintingFlag" "Color Image Printing Flag"
+    "DICOM:ColumnAngulation" "Column Angulation" "DICOM:ColumnAngulationPatient"
+    "Column Angulation Patient" "DICOM:ColumnOverlap" "Column Overlap" "DICOM:Columns"
+    "DICOM:CommentsOnPerformedProcedureStep" "Comments On Performed Procedure Step"
+    "DICOM:CommentsOnRadiationDose" "Comments On Radiation Dose"
+    "DICOM:CommentsOnScheduledProcedureStep" "Comments On Scheduled Procedure Step"
+    "DICOM:CompensatorColumnOffset" "Compensator Column Offset" "DICOM:CompensatorColumns"
+    "Compensator Columns" "DICOM:CompensatorDescription" "Compensator Description"
+    "DICOM:CompensatorDivergence" "Compensator Divergence" "DICOM:CompensatorID" "Compensator ID"
+    "DICOM:CompensatorMillingToolDiameter" "Compensator Milling Tool Diameter"
+    "DICOM:CompensatorMountingPosition" "Compensator Mounting Position" "DICOM:CompensatorNumber"
+    "Compensator Number" "DICOM:CompensatorPixelSpacing" "Compensator Pixel Spacing"
+    "DICOM:CompensatorPosition" "Compensator Position" "DICOM:CompensatorRelStoppingPowerRatio"
+    "Compensator Rel Stopping Power Ratio" "DICOM:CompensatorRows" "Compensator Rows"
+    "DICOM:CompensatorSequence" "Compensator Sequence" "DICOM:CompensatorThicknessData"
+    "Compensator Thickness Data" "DICOM:CompensatorTransmissionData" "Compensator Transmission Data"
+    "DICOM:CompensatorType" "Compensator Type" "DICOM:CompletionFlag" "Completion Flag"
+    "DICOM:CompletionFlagDescription" "Completion Flag Description" "DICOM:ComplexImageComponent"
+    "Complex Image Component" "DICOM:CompressionCode" "Compression Code"
+    "DICOM:CompressionDescription" "Compression Description" "DICOM:CompressionForce"
+    "Compression Force" "DICOM:CompressionLabel" "Compression Label" "DICOM:CompressionOriginator"
+    "Compression Originator" "DICOM:CompressionRecognitionCode" "Compression Recognition Code"
+    "DICOM:CompressionSequence" "Compression Sequence" "DICOM:CompressionStepPointers"
+    "Compression Step Pointers" "DICOM:ComputeType" "Compute Type" "DICOM:ConcatenatedSAT"
+    "Concatenated SAT" "DICOM:ConcatenationFrameOffsetNumber" "Concatenation Frame Offset Number"
+    "DICOM:ConcatenationUID" "Concatenation UID" "DICOM:ConceptCodeSequence" "Concept Code Sequence"
+    "DICOM:ConceptNameCodeSequence" "Concept Name Code Sequence" "DICOM:ConfidentialityCode"
+    "Confidentiality Code" "DICOM:ConfidentialityOnPatientDataDescr"
+    "Confidentiality On Patient Data Descr" "DICOM:ConfigurationInformation"
+    "Configuration Information" "DICOM:ConfigurationInformationDescr"
+    "Configuration Information Descr" "DICOM:ConsentForDistributionFlag"
+    "Consent For Distribution Flag" "DICOM:ConstantVolumeFlag" "Constant Volume Flag"
+    "DICOM:ConstraintWeight" "Constraint Weight" "DICOM:ContactDisplayName" "Contact Display Name"
+    "DICOM:ContactURI" "Contact URI" "DICOM:ContainerComponentID" "Container Component ID"
+    "DICOM:ContainerComponentWidth" "Container Component Width" "DICOM:ContainerDescription"
+    "Container Description" "DICOM:ContainerIdentifier" "Container Identifier"
+    "DICOM:ContentCreatorIDCodeSequence" "Content Creator ID Code Sequence"
+    "DICOM:ContentCreatorName" "Content Creator Name" "DICOM:ContentDate" "Content Date"
+    "DICOM:ContentDescription" "Content Description" "DICOM:ContentItemModifierSequence"
+    "Content Item Modifier Sequence" "DICOM:ContentLabel" "Content Label"
+    "DICOM:ContentQualification" "Content Qualification" "DICOM:ContentSequence" "Content Sequence"
+    "DICOM:ContentTemplateSequence" "Content Template Sequence" "DICOM:ContentTime" "Content Time"
+    "DICOM:ContextGroupExtensionCreatorUID" "Context Group Extension Creator UID"
+    "DICOM:ContextGroupExtensionFlag" "Context Group Extension Flag"
+    "DICOM:ContextGroupLocalVersion" "Context Group Local Version" "DICOM:ContextGroupVersion"
+    "Context Group Version" "DICOM:ContextIdentifier" "Context Identifier" "DICOM:ContextUID"
+    "Context UID" "DICOM:Contiguous" "DICOM:ContinuityOfContent" "Continuity Of Content"
+    "DICOM:ContourData" "Contour Data" "DICOM:ContourGeometricType" "Contour Geometric Type"
+    "DICOM:ContourImageSequence" "Contour Image Sequence" "DICOM:ContourNumber" "Contour Number"
+    "DICOM:ContourOffsetVector" "Contour Offset Vector" "DICOM:ContourSequence" "Contour Sequence"
+    "DICOM:ContourSlabThickness" "Contour Slab Thickness" "DICOM:ContourUncertaintyRadius"
+    "Contour Uncertainty Radius" "DICOM:ContrastAdministrationProfileSeq"
+    "Contrast Administration Profile Seq" "DICOM:ContrastBolusAdministrationRoute"
+    "Contrast Bolus Administration Route" "DICOM:ContrastBolusAgent" "Contrast Bolus Agent"
+    "DICOM:ContrastBolusAgentAdministered" "Contrast Bolus Agent Administered"
+    "DICOM:ContrastBolusAgentDetected" "Contrast Bolus Agent Detected"
+    "DICOM:ContrastBolusAgentNumber" "Contrast Bolus Agent Number" "DICOM:ContrastBolusAgentPhase"
+    "Contrast Bolus Agent Phase" "DICOM:ContrastBolusAgentSequence" "Contrast Bolus Agent Sequence"
+    "DICOM:ContrastBolusConcentration" "Contrast Bolus Concentration"
+    "DICOM:ContrastBolusIngredient" "Contrast Bolus Ingredient"
+    "DICOM:ContrastBolusIngredientCodeSeq" "Contrast Bolus Ingredient Code Seq"
+    "DICOM:ContrastBolusIngredientOpaque" "Contrast Bolus Ingredient Opaque"
+    "DICOM:ContrastBolusRoute" "Contrast Bolus Route" "DICOM:ContrastBolusStartTime"
+    "Contrast Bolus Start Time" "DICOM:ContrastBolusStopTime" "Contrast Bolus Stop Time"
+    "DICOM:ContrastBolusTotalDose" "Contrast Bolus Total Dose" "DICOM:ContrastBolusUsageSequence"
+    "Contrast Bolus Usage Sequence" "DICOM:ContrastBolusVolume" "Contrast Bolus Volume"
+    "DICOM:ContrastFlowDuration" "Contrast Flow Duration" "DICOM:ContrastFlowRate"
+    "Contrast Flow Rate" "DICOM:ContrastFrameAveraging" "Contrast Frame Averaging"
+    "DICOM:ContributingEquipmentSequence" "Contributing Equipment Sequence"
+    "DICOM:ContributingSOPInstancesRefSeq" "Contributing SOP Instances Ref Seq"
+    "DICOM:ContributingSourcesSequence" "Contributing Sources Sequence" "DICOM:ContributionDateTime"
+    "Contribution Date Time" "DICOM:ContributionDescription" "Contribution Description"
+    "DICOM:ControlPoint3DPosition" "Control Point 3D Position" "DICOM:ControlPointDeliverySequence"
+    "Control Point Delivery Sequence" "DICOM:ControlPointIndex" "Control Point Index"
+    "DICOM:ControlPointOrientation" "Control Point Orientation" "DICOM:ControlPointRelativePosition"
+    "Control Point Relative Position" "DICOM:ControlPointSequence" "Control Point Sequence"
+    "DICOM:ConventionalControlPointVerifySeq" "Conventional Control Point Verify Seq"
+    "DICOM:ConventionalMachineVerificationSeq" "Conventional Machine Verification Seq"
+    "DICOM:ConversionType" "Conversion Type" "DICOM:ConvolutionKernel" "Convolution Kernel"
+    "DICOM:ConvolutionKernelGroup" "Convolution Kernel Group" "DICOM:CoordinateStartValue"
+    "Coordinate Start Value" "DICOM:CoordinateStepValue" "Coordinate Step Value"
+    "DICOM:CoordinateSystemAxisCodeSequence" "Coordinate System Axis Code Sequence"
+    "DICOM:CornealSize" "Corneal Size" "DICOM:CorrectedAfterGlowTerms" "Corrected After Glow Terms"
+    "DICOM:CorrectedImage" "Corrected Image" "DICOM:CorrectedParameterSequence"
+    "Corrected Parameter Sequence" "DICOM:CorrectionValue" "Correction Value" "DICOM:CountRate"
+    "Count Rate" "DICOM:CountryOfResidence" "Country Of Residence" "DICOM:CountsAccumulated"
+    "Counts Accumulated" "DICOM:CountsIncluded" "Counts Included" "DICOM:CountsSource"
+    "Counts Source" "DICOM:CoverageOfKSpace" "Coverage Of K Space" "DICOM:CranialThermalIndex"
+    "Cranial Thermal Index" "DICOM:CreationDate" "Creation Date" "DICOM:CreationTime"
+    "Creation Time" "DICOM:CreatorVersionUID" "Creator Version UID" "DICOM:CrosstalkCalibrationDate"
+    "Crosstalk Calibration Date" "DICOM:CrosstalkCalibrationTime" "Crosstalk Calibration Time"
+    "DICOM:CumulativeDoseReferenceCoefficient" "Cumulative Dose Reference Coefficient"
+    "DICOM:CumulativeDoseToDoseReference" "Cumulative Dose To Dose Reference"
+    "DICOM:CumulativeMetersetWeight" "Cumulative Meterset Weight" "DICOM:CumulativeTimeWeight"
+    "Cumulative Time Weight" "DICOM:CurrentFractionNumber" "Current Fraction Number"
+    "DICOM:CurrentPatientLocation" "Current Patient Location"
+    "DICOM:CurrentRequestedProcEvidenceSeq" "Current Requested Proc Evidence Seq"
+    "DICOM:CurrentTreatmentStatus" "Current Treatment Status" "DICOM:CurveActivationLayer"
+    "Curve Activation Layer" "DICOM:CurveData" "Curve Data" "DICOM:CurveDataDescriptor"
+    "Curve Data Descriptor" "DICOM:CurveDate" "Curve Date" "DICOM:CurveDescription"
+    "Curve Description" "DICOM:CurveDimensions" "Curve Dimensions" "DICOM:CurveLabel" "Curve Label"
+    "DICOM:CurveNumber" "Curve Number" "DICOM:CurveRange" "Curve Range" "DICOM:CurveTime"
+    "Curve Time" "DICOM:CustodialOrganizationSequence" "Custodial Organization Sequence"
+    "DICOM:CylinderAxis" "Cylinder Axis" "DICOM:CylinderLensPower" "Cylinder Lens Power"
+    "DICOM:CylinderPower" "Cylinder Power" "DICOM:CylinderSequence" "Cylinder Sequence"
+    "DICOM:DASAdInput" "DAS Ad Input" "DICOM:DASAutoZero" "DAS Auto Zero" "DICOM:DASCalFrequency"
+    "DAS Cal Frequency" "DICOM:DASCalMode" "DAS Cal Mode" "DICOM:DASFpaGain" "DAS Fpa Gain"
+    "DICOM:DASGain" "DAS Gain" "DICOM:DASOutputSource" "DAS Output Source" "DICOM:DASRegXm"
+    "DAS Reg Xm" "DICOM:DASTemperature" "DAS Temperature" "DICOM:DASTriggerSource"
+    "DAS Trigger Source" "DICOM:DASType" "DAS Type" "DICOM:DASXmPattern" "DAS Xm Pattern"
+    "DICOM:DB-Dt" "DICOM:DCTLabel" "DCT Label" "DICOM:DVHData" "DVH Data" "DICOM:DVHDoseScaling"
+    "DVH Dose Scaling" "DICOM:DVHMaximumDose" "DVH Maximum Dose" "DICOM:DVHMeanDose" "DVH Mean Dose"
+    "DICOM:DVHMinimumDose" "DVH Minimum Dose" "DICOM:DVHNormalizationDoseValue"
+    "DVH Normalization Dose Value" "DICOM:DVHNormalizationPoint" "DVH Normalization Point"
+    "DICOM:DVHNumberOfBins" "DVH Number Of Bins" "DICOM:DVHROIContributionType"
+    "DVHROI Contribution Type" "DICOM:DVHReferencedROISequence" "DVH Referenced ROI Sequence"
+    "DICOM:DVHSequence" "DVH Sequence" "DICOM:DVHType" "DVH Type" "DICOM:DVHVolumeUnits"
+    "DVH Volume Units" "DICOM:DataBlock" "Data Block" "DICOM:DataBlockDescription"
+    "Data Block Description" "DICOM:DataCollectionCenterPatient" "Data Collection Center Patient"
+    "DICOM:DataCollectionDiameter" "Data Collection Diameter" "DICOM:DataElementsSigned"
+    "Data Elements Signed" "DICOM:DataInformationSequence" "Data Information Sequence"
+    "DICOM:DataPathAssignment" "Data Path Assignment" "DICOM:DataPathID" "Data Path ID"
+    "DICOM:DataPointColumns" "Data Point Columns" "DICOM:DataPointRows" "Data Point Rows"
+    "DICOM:DataRepresentation" "Data Representation" "DICOM:DataSetSubtype" "Data Set Subtype"
+    "DICOM:DataSetTrailingPadding" "Data Set Trailing Padding" "DICOM:DataSetType" "Data Set Type"
+    "DICOM:DataSizeForScanData" "Data Size For Scan Data" "DICOM:DataType" "Data Type"
+    "DICOM:DataValueRepresentation" "Data Value Representation" "DICOM:Date"
+    "DICOM:DateOfLastCalibration" "Date Of Last Calibration" "DICOM:DateOfLastDetectorCalibration"
+    "Date Of Last Detector Calibration" "DICOM:DateOfSecondaryCapture" "Date Of Secondary Capture"
+    "DICOM:DateTime" "Date Time" "DICOM:DeadTimeCorrected" "Dead Time Corrected"
+    "DICOM:DeadTimeCorrectionFlag" "Dead Time Correction Flag" "DICOM:DeadTimeFactor"
+    "Dead Time Factor" "DICOM:DecayCorrected" "Decay Corrected" "DICOM:DecayCorrection"
+    "Decay Correction" "DICOM:DecayCorrectionDateTime" "Decay Correction Date Time"
+    "DICOM:DecayFactor" "Decay Factor" "DICOM:DecimalVisualAcuity" "Decimal Visual Acuity"
+    "DICOM:DecimateCropResult" "Decimate Crop Result" "DICOM:DeconKernelParameters"
+    "Decon Kernel Parameters" "DICOM:DecoupledNucleus" "Decoupled Nucleus" "DICOM:Decoupling"
+    "DICOM:DecouplingChemicalShiftReference" "Decoupling Chemical Shift Reference"
+    "DICOM:DecouplingFrequency" "Decoupling Frequency" "DICOM:DecouplingMethod" "Decoupling Method"
+    "DICOM:DefaultMagnificationType" "Default Magnification Type" "DICOM:DefaultPrinterResolutionID"
+    "Default Printer Resolution ID" "DICOM:DefaultSmoothingType" "Default Smoothing Type"
+    "DICOM:DeformableRegistrationGridSequence" "Deformable Registration Grid Sequence"
+    "DICOM:DeformableRegistrationSequence" "Deformable Registration Sequence"
+    "DICOM:DegreeOfDilation" "Degree Of Dilation" "DICOM:DegreeOfRotation" "Degree Of Rotation"
+    "DICOM:DegreesOfAzimuth" "Degrees Of Azimuth" "DICOM:DeidentificationMethod"
+    "Deidentification Method" "DICOM:DeidentificationMethodCodeSequence"
+    "Deidentification Method Code Sequence" "DICOM:DelayAfterTrigger" "Delay After Trigger"
+    "DICOM:DeletionLock" "Deletion Lock" "DICOM:DeliveredChannelTotalTime"
+    "Delivered Channel Total Time" "DICOM:DeliveredMeterset" "Delivered Meterset"
+    "DICOM:DeliveredNumberOfPulses" "Delivered Number Of Pulses" "DICOM:DeliveredPrimaryMeterset"
+    "Delivered Primary Meterset" "DICOM:DeliveredPulseRepetitionInterval"
+    "Delivered Pulse Repetition Interval" "DICOM:DeliveredSecondaryMeterset"
+    "Delivered Secondary Meterset" "DICOM:DeliveredTreatmentTime" "Delivered Treatment Time"
+    "DICOM:DeliveryMaximumDose" "Delivery Maximum Dose" "DICOM:DeliveryVerificationImageSequence"
+    "Delivery Verification Image Sequence" "DICOM:DeliveryWarningDose" "Delivery Warning Dose"
+    "DICOM:DeltaStartTime" "Delta Start Time" "DICOM:DependantOnNoViewsProcessed"
+    "Dependant On No Views Processed" "DICOM:DepthOfScanField" "Depth Of Scan Field"
+    "DICOM:DepthOfTransverseImage" "Depth Of Transverse Image" "DICOM:DepthSpatialResolution"
+    "Depth Spatial Resolution" "DICOM:DepthsOfFocus" "Depths Of Focus"
+    "DICOM:DerivationCodeSequence" "Derivation Code Sequence" "DICOM:DerivationDescription"
+    "Derivation Description" "DICOM:DerivationImageSequence" "Derivation Image Sequence"
+    "DICOM:DestinationAE" "Destination AE" "DICOM:DetailsOfCoefficients" "Details Of Coefficients"
+    "DICOM:DetectorActiveDimensions" "Detector Active Dimensions"
+    "DICOM:DetectorActiveOffsetFromExposure" "Detector Active Offset From Exposure"
+    "DICOM:DetectorActiveOrigin" "Detector Active Origin" "DICOM:DetectorActiveShape"
+    "Detector Active Shape" "DICOM:DetectorActiveTime" "Detector Active Time"
+    "DICOM:DetectorBinning" "Detector Binning" "DICOM:DetectorConditionsNominalFlag"
+    "Detector Conditions Nominal Flag" "DICOM:DetectorConfiguration" "Detector Configuration"
+    "DICOM:DetectorDescription" "Detector Description" "DICOM:DetectorElementPhysicalSize"
+    "Detector Element Physical Size" "DICOM:DetectorElementSize" "Detector Element Size"
+    "DICOM:DetectorElementSpacing" "Detector Element Spacing"
+    "DICOM:DetectorExposuresSinceCalibration" "Detector Exposures Since Calibration"
+    "DICOM:DetectorExposuresSinceManufactured" "Detector Exposures Since Manufactured"
+    "DICOM:DetectorGeometry" "Detector Geometry" "DICOM:DetectorID" "Detector ID"
+    "DICOM:DetectorInformationSequence" "Detector Information Sequence"
+    "DICOM:DetectorLinesOfResponseUsed" "Detector Lines Of Response Used"
+    "DICOM:DetectorManufacturerName" "Detector Manufacturer Name"
+    "DICOM:DetectorManufacturersModelName" "Detector Manufacturers Model Name" "DICOM:DetectorMode"
+    "Detector Mode" "DICOM:DetectorPrimaryAngle" "Detector Primary Angle"
+    "DICOM:DetectorSecondaryAngle" "Detector Secondary Angle" "DICOM:DetectorTemperature"
+    "Detector Temperature" "DICOM:DetectorTimeSinceLastExposure" "Detector Time Since Last Exposure"
+    "DICOM:DetectorType" "Detector Type" "DICOM:DetectorVector" "Detector Vector"
+    "DICOM:DeviceDescription" "Device Description" "DICOM:DeviceDiameter" "Device Diameter"
+    "DICOM:DeviceDiameterUnits" "Device Diameter Units" "DICOM:DeviceID" "Device ID"
+    "DICOM:DeviceLength" "Device Length" "DICOM:DeviceSequence" "Device Sequence"
+    "DICOM:DeviceSerialNumber" "Device Serial Number" "DICOM:DeviceUID" "Device UID"
+    "DICOM:DeviceVolume" "Device Volume" "DICOM:DiaphragmPosition" "Diaphragm Position"
+    "DICOM:DiffusionAnisotropyType" "Diffusion Anisotropy Type" "DICOM:DiffusionBMatrixSequence"
+    "Diffusion B Matrix Sequence" "DICOM:DiffusionBValue" "Diffusion B Value"
+    "DICOM:DiffusionBValueXX" "Diffusion B Value XX" "DICOM:DiffusionBValueXY"
+    "Diffusion B Value XY" "DICOM:DiffusionBValueXZ" "Diffusion B Value XZ"
+    "DICOM:DiffusionBValueYY" "Diffusion B Value YY" "DICOM:DiffusionBValueYZ"
+    "Diffusion B Value YZ" "DICOM:DiffusionBValueZZ" "Diffusion B Value ZZ"
+    "DICOM:DiffusionDirectionality" "Diffusion Directionality"
+    "DICOM:DiffusionGradientDirectionSequence" "Diffusion Gradient Direction Sequence"
+    "DICOM:DiffusionGradientOrientation" "Diffusion Gradient Orientation"
+    "DICOM:DigitalImageFormatAcquired" "Digital Image Format Acquired" "DICOM:DigitalReceiverGain"
+    "Digital Receiver Gain" "DICOM:DigitalSignatureDateTime" "Digital Signature Date Time"
+    "DICOM:DigitalSignaturePurposeCodeSeq" "Digital Signature Purpose Code Seq"
+    "DICOM:DigitalSignatureUID" "Digital Signature UID" "DICOM:DigitalSignaturesSequence"
+    "Digital Signatures Sequence" "DICOM:DigitizingDeviceTransportDirection"
+    "Digitizing Device Transport Direction" "DICOM:DimensionDescriptionLabel"
+    "Dimension Description Label" "DICOM:DimensionIndexPointer" "Dimension Index Pointer"
+    "DICOM:DimensionIndexPrivateCreator" "Dimension Index Private Creator"
+    "DICOM:DimensionIndexSequence" "Dimension Index Sequence" "DICOM:DimensionIndexValues"
+    "Dimension Index Values" "DICOM:DimensionOrganizationSequence" "Dimension Organization Sequence"
+    "DICOM:DimensionOrganizationUID" "Dimension Organization UID" "DICOM:DirectoryRecordSequence"
+    "Directory Record Sequence" "DICOM:DirectoryRecordType" "Directory Record Type"
+    "DICOM:DischargeDate" "Discharge Date" "DICOM:DischargeDiagnosisCodeSequence"
+    "Discharge Diagnosis Code Sequence" "DICOM:DischargeDiagnosisDescription"
+    "Discharge Diagnosis Description" "DICOM:DischargeTime" "Discharge Time"
+    "DICOM:DisplayEnvironmentSpatialPosition" "Display Environment Spatial Position"
+    "DICOM:DisplayFieldOfView" "Display Field Of View" "DICOM:DisplayFilterPercentage"
+    "Display Filter Percentage" "DICOM:DisplaySetHorizontalJustification"
+    "Display Set Horizontal Justification" "DICOM:DisplaySetLabel" "Display Set Label"
+    "DICOM:DisplaySetNumber" "Display Set Number" "DICOM:DisplaySetPatientOrientation"
+    "Display Set Patient Orientation" "DICOM:DisplaySetPresentationGroup"
+    "Display Set Presentation Group" "DICOM:DisplaySetPresentationGroupDescr"
+    "Display Set Presentation Group Descr" "DICOM:DisplaySetScrollingGroup"
+    "Display Set Scrolling Group" "DICOM:DisplaySetVerticalJustification"
+    "Display Set Vertical Justification" "DICOM:DisplaySetsSequence" "Display Sets Sequence"
+    "DICOM:DisplayShadingFlag" "Display Shading Flag" "DICOM:DisplayWindowLabelVector"
+    "Display Window Label Vector" "DICOM:DisplayedAreaBottomRight" "Displayed Area Bottom Right"
+    "DICOM:DisplayedAreaBottomRightTrial" "Displayed Area Bottom Right Trial"
+    "DICOM:DisplayedAreaSelectionSequence" "Displayed Area Selection Sequence"
+    "DICOM:DisplayedAreaTopLeft" "Displayed Area Top Left" "DICOM:DisplayedAreaTopLeftTrial"
+    "Displayed Area Top Left Trial" "DICOM:DistanceObjectToTableTop" "Distance Object To Table Top"
+    "DICOM:DistancePupillaryDistance" "Distance Pupillary Distance"
+    "DICOM:DistanceReceptorPlaneToDetHousing" "Distance Receptor Plane To Det Housing"
+    "DICOM:DistanceSourceToDetector" "Distance Source To Detector" "DICOM:DistanceSourceToEntrance"
+    "Distance Source To Entrance" "DICOM:DistanceSourceToIsocenter" "Distance Source To Isocenter"
+    "DICOM:DistanceSourceToPatient" "Distance Source To Patient" "DICOM:DistanceSourceToSupport"
+    "Distance Source To Support" "DICOM:DistributionAddress" "Distribution Address"
+    "DICOM:DistributionName" "Distribution Name" "DICOM:DistributionType" "Distribution Type"
+    "DICOM:DocumentTitle" "Document Title" "DICOM:DopplerCorrectionAngle" "Doppler Correction Angle"
+    "DICOM:DopplerSampleVolumeXPosRetired" "Doppler Sample Volume X Pos Retired"
+    "DICOM:DopplerSampleVolumeXPosition" "Doppler Sample Volume X Position"
+    "DICOM:DopplerSampleVolumeYPosRetired" "Doppler Sample Volume Y Pos Retired"
+    "DICOM:DopplerSampleVolumeYPosition" "Doppler Sample Volume Y Position"
+    "DICOM:DoseCalibrationFactor" "Dose Calibration Factor" "DICOM:DoseComment" "Dose Comment"
+    "DICOM:DoseGridScaling" "Dose Grid Scaling" "DICOM:DoseRateDelivered" "Dose Rate Delivered"
+    "DICOM:DoseRateSet" "Dose Rate Set" "DICOM:DoseReferenceDescription"
+    "Dose Reference Description" "DICOM:DoseReferenceNumber" "Dose Reference Number"
+    "DICOM:DoseReferencePointCoordinates" "Dose Reference Point Coordinates"
+    "DICOM:DoseReferenceSequence" "Dose Reference Sequence" "DICOM:DoseReferenceStructureType"
+    "Dose Reference Structure Type" "DICOM:DoseReferenceType" "Dose Reference Type"
+    "DICOM:DoseReferenceUID" "Dose Reference UID" "DICOM:DoseSummationType" "Dose Summation Type"
+    "DICOM:DoseType" "Dose Type" "DICOM:DoseUnits" "Dose Units" "DICOM:DoseValue" "Dose Value"
+    "DICOM:DoubleExposureFieldDelta" "Double Exposure Field Delta" "DICOM:DoubleExposureFlag"
+    "Double Exposure Flag" "DICOM:DoubleExposureMeterset" "Double Exposure Meterset"
+    "DICOM:DoubleExposureOrdering" "Double Exposure Ordering" "DICOM:DurationOfXrayOn"
+    "Duration Of Xray On" "DICOM:DynamicRange" "Dynamic Range" "DICOM:DynamicZAlphaValue"
+    "Dynamic Z Alpha Value" "DICOM:EchoNumber" "Echo Number" "DICOM:EchoPlanarPulseSequence"
+    "Echo Planar Pulse Sequence" "DICOM:EchoPulseSequence" "Echo Pulse Sequence" "DICOM:EchoTime"
+    "Echo Time" "DICOM:EchoTrainLength" "Echo Train Length" "DICOM:EdgePointIndexList"
+    "Edge Point Index List" "DICOM:EffectiveDuration" "Effective Duration"
+    "DICOM:EffectiveEchoSpacing" "Effective Echo Spacing" "DICOM:EffectiveEchoTime"
+    "Effective Echo Time" "DICOM:EmmetropicMagnification" "Emmetropic Magnification"
+    "DICOM:EmptyImageDensity" "Empty Image Density" "DICOM:EncapsulatedDocument"
+    "Encapsulated Document" "DICOM:EncryptedAttributesSequence" "Encrypted Attributes Sequence"
+    "DICOM:EncryptedContent" "Encrypted Content" "DICOM:EncryptedContentTransferSyntaxUID"
+    "Encrypted Content Transfer Syntax UID" "DICOM:EndAcquisitionDateTime"
+    "End Acquisition Date Time" "DICOM:EndCumulativeMetersetWeight" "End Cumulative Meterset Weight"
+    "DICOM:EndMeterset" "End Meterset" "DICOM:EndNumberForBaseline" "End Number For Baseline"
+    "DICOM:EndNumberForEnhancedScans" "End Number For Enhanced Scans" "DICOM:EndOfItems"
+    "End Of Items" "DICOM:EndOfSequence" "End Of Sequence" "DICOM:EndingRespiratoryAmplitude"
+    "Ending Respiratory Amplitude" "DICOM:EndingRespiratoryPhase" "Ending Respiratory Phase"
+    "DICOM:EnergyWeightingFactor" "Energy Weighting Factor" "DICOM:EnergyWindowCenterline"
+    "Energy Window Centerline" "DICOM:EnergyWindowInformationSequence"
+    "Energy Window Information Sequence" "DICOM:EnergyWindowLowerLimit" "Energy Window Lower Limit"
+    "DICOM:EnergyWindowName" "Energy Window Name" "DICOM:EnergyWindowNumber" "Energy Window Number"
+    "DICOM:EnergyWindowRangeSequence" "Energy Window Range Sequence" "DICOM:EnergyWindowTotalWidth"
+    "Energy Window Total Width" "DICOM:EnergyWindowUpperLimit" "Energy Window Upper Limit"
+    "DICOM:EnergyWindowVector" "Energy Window Vector" "DICOM:EntranceDose" "Entrance Dose"
+    "DICOM:EntranceDoseInMilliGy" "Entrance Dose In Milli Gy" "DICOM:EquipmentCoordinateSystemID"
+    "Equipment Coordinate System ID" "DICOM:EquipmentUID" "Equipment UID"
+    "DICOM:EquivalentCDADocumentSequence" "Equivalent CDA Document Sequence" "DICOM:EscapeTriplet"
+    "Escape Triplet" "DICOM:EstimatedDoseSaving" "Estimated Dose Saving"
+    "DICOM:EstimatedRadiographicMagnification" "Estimated Radiographic Magnification"
+    "DICOM:EthnicGroup" "Ethnic Group" "DICOM:EventCodeSequence" "Event Code Sequence"
+    "DICOM:EventElapsedTimes" "Event Elapsed Times" "DICOM:EventTimeOffset" "Event Time Offset"
+    "DICOM:EventTimerNames" "Event Timer Names" "DICOM:EventTimerSequence" "Event Timer Sequence"
+    "DICOM:ExamRecordChecksum" "Exam Record Checksum" "DICOM:ExaminedBodyThickness"
+    "Examined Body Thickness" "DICOM:ExclusionDuration" "Exclusion Duration"
+    "DICOM:ExclusionStartDatetime" "Exclusion Start Datetime" "DICOM:ExecutionStatus"
+    "Execution Status" "DICOM:ExecutionStatusInfo" "Execution Status Info"
+    "DICOM:ExpectedCompletionDateAndTime" "Expected Completion Date And Time" "DICOM:ExposedArea"
+    "Exposed Area" "DICOM:Exposure" "DICOM:ExposureControlMode" "Exposure Control Mode"
+    "DICOM:ExposureControlModeDescription" "Exposure Control Mode Description"
+    "DICOM:ExposureControlSensRegionLeftEdge" "Exposure Control Sens Region Left Edge"
+    "DICOM:ExposureControlSensRegionRightEdge" "Exposure Control Sens Region Right Edge"
+    "DICOM:ExposureControlSensingRegionShape" "Exposure Control Sensing Region Shape"
+    "DICOM:ExposureControlSensingRegionsSeq" "Exposure Control Sensing Regions Seq"
+    "DICOM:ExposureDoseSequence" "Exposure Dose Sequence" "DICOM:ExposureInMicroAmpSec"
+    "Exposure In Micro Amp Sec" "DICOM:ExposureInMilliAmpSec" "Exposure In Milli Amp Sec"
+    "DICOM:ExposureModulationType" "Exposure Modulation Type" "DICOM:ExposureSequence"
+    "Exposure Sequence" "DICOM:ExposureStatus" "Exposure Status" "DICOM:ExposureTime"
+    "Exposure Time" "DICOM:ExposureTimeInMicroSec" "Exposure Time In Micro Sec"
+    "DICOM:ExposureTimeInMilliSec" "Exposure Time In Milli Sec" "DICOM:ExposuresOnPlate"
+    "Exposures On Plate" "DICOM:ExtremityCoilFlag" "Extremity Coil Flag" "DICOM:FacetSequence"
+    "Facet Sequence" "DICOM:FailedAttributesSequence" "Failed Attributes Sequence"
+    "DICOM:FailedSOPInstanceUIDList" "Failed SOP Instance UID List" "DICOM:FailedSOPSequence"
+    "Failed SOP Sequence" "DICOM:FailureAttributes" "Failure Attributes" "DICOM:FailureReason"
+    "Failure Reason" "DICOM:FastPhases" "Fast Phases" "DICOM:FiducialDescription"
+    "Fiducial Description" "DICOM:FiducialIdentifier" "Fiducial Identifier"
+    "DICOM:FiducialIdentifierCodeSequence" "Fiducial Identifier Code Sequence"
+    "DICOM:FiducialSequence" "Fiducial Sequence" "DICOM:FiducialSetSequence" "Fiducial Set Sequence"
+    "DICOM:FiducialUID" "Fiducial UID" "DICOM:FieldOfViewDescription" "Field Of View Description"
+    "DICOM:FieldOfViewDimensions" "Field Of View Dimensions" "DICOM:FieldOfViewDimensionsInFloat"
+    "Field Of View Dimensions In Float" "DICOM:FieldOfViewHorizontalFlip"
+    "Field Of View Horizontal Flip" "DICOM:FieldOfViewInDetectorCells"
+    "Field Of View In Detector Cells" "DICOM:FieldOfViewOrigin" "Field Of View Origin"
+    "DICOM:FieldOfViewRotation" "Field Of View Rotation" "DICOM:FieldOfViewSequence"
+    "Field Of View Sequence" "DICOM:FieldOfViewShape" "Field Of View Shape"
+    "DICOM:FileMetaInfoGroupLength" "File Meta Info Group Length" "DICOM:FileMetaInfoVersion"
+    "File Meta Info Version" "DICOM:FileSetConsistencyFlag" "File Set Consistency Flag"
+    "DICOM:FileSetDescriptorFileID" "File Set Descriptor File ID" "DICOM:FileSetID" "File Set ID"
+    "DICOM:FillerOrderNum-ImagingServiceReq" "Filler Order Num-Imaging Service Req"
+    "DICOM:FillerOrderNumber-Procedure" "Filler Order Number-Procedure"
+    "DICOM:FilmBoxContentSequence" "Film Box Content Sequence" "DICOM:FilmConsumptionSequence"
+    "Film Consumption Sequence" "DICOM:FilmDestination" "Film Destination" "DICOM:FilmOrientation"
+    "Film Orientation" "DICOM:FilmSessionLabel" "Film Session Label" "DICOM:FilmSizeID"
+    "Film Size ID" "DICOM:FilterByAttributePresence" "Filter By Attribute Presence"
+    "DICOM:FilterByCategory" "Filter By Category" "DICOM:FilterByOperator" "Filter By Operator"
+    "DICOM:FilterHighFrequency" "Filter High Frequency" "DICOM:FilterLowFrequency"
+    "Filter Low Frequency" "DICOM:FilterMaterial" "Filter Material" "DICOM:FilterOperationsSequence"
+    "Filter Operations Sequence" "DICOM:FilterThicknessMaximum" "Filter Thickness Maximum"
+    "DICOM:FilterThicknessMinimum" "Filter Thickness Minimum" "DICOM:FilterType" "Filter Type"
+    "DICOM:FinalCumulativeMetersetWeight" "Final Cumulative Meterset Weight"
+    "DICOM:FinalCumulativeTimeWeight" "Final Cumulative Time Weight" "DICOM:FiniteVolume"
+    "Finite Volume" "DICOM:FirstDirectoryRecordOffset" "First Directory Record Offset"
+    "DICOM:FirstOrderPhaseCorrection" "First Order Phase Correction"
+    "DICOM:FirstOrderPhaseCorrectionAngle" "First Order Phase Correction Angle"
+    "DICOM:FirstScanLocation" "First Scan Location" "DICOM:FirstScanRas" "First Scan Ras"
+    "DICOM:FirstTreatmentDate" "First Treatment Date" "DICOM:FixationDeviceDescription"
+    "Fixation Device Description" "DICOM:FixationDeviceLabel" "Fixation Device Label"
+    "DICOM:FixationDevicePitchAngle" "Fixation Device Pitch Angle" "DICOM:FixationDevicePosition"
+    "Fixation Device Position" "DICOM:FixationDeviceRollAngle" "Fixation Device Roll Angle"
+    "DICOM:FixationDeviceSequence" "Fixation Device Sequence" "DICOM:FixationDeviceType"
+    "Fixation Device Type" "DICOM:FixationLightAzimuthalAngle" "Fixation Light Azimuthal Angle"
+    "DICOM:FixationLightPolarAngle" "Fixation Light Polar Angle" "DICOM:FlipAngle" "Flip Angle"
+    "DICOM:FloatSlop" "Float Slop" "DICOM:FlowCompensation" "Flow Compensation"
+    "DICOM:FlowCompensationDirection" "Flow Compensation Direction" "DICOM:FluenceDataScale"
+    "Fluence Data Scale" "DICOM:FluenceDataSource" "Fluence Data Source" "DICOM:FluenceMapSequence"
+    "Fluence Map Sequence" "DICOM:FluenceMode" "Fluence Mode" "DICOM:FluenceModeID"
+    "Fluence Mode ID" "DICOM:FluoroscopyFlag" "Fluoroscopy Flag" "DICOM:FocalDistance"
+    "Focal Distance" "DICOM:FocalSpots" "Focal Spots" "DICOM:FocusDepth" "Focus Depth"
+    "DICOM:ForeignImageRevision" "Foreign Image Revision" "DICOM:FractionGroupDescription"
+    "Fraction Group Description" "DICOM:FractionGroupNumber" "Fraction Group Number"
+    "DICOM:FractionGroupSequence" "Fraction Group Sequence" "DICOM:FractionGroupSummarySequence"
+    "Fraction Group Summary Sequence" "DICOM:FractionGroupType" "Fraction Group Type"
+    "DICOM:FractionNumber" "Fraction Number" "DICOM:FractionPattern" "Fraction Pattern"
+    "DICOM:FractionStatusSummarySequence" "Fraction Status Summary Sequence"
+    "DICOM:FractionalChannelDisplayScale" "Fractional Channel Display Scale" "DICOM:FractionalEcho"
+    "Fractional Echo" "DICOM:FrameAcquisitionDateTime" "Frame Acquisition Date Time"
+    "DICOM:FrameAcquisitionDuration" "Frame Acquisition Duration" "DICOM:FrameAcquisitionNumber"
+    "Frame Acquisition Number" "DICOM:FrameAcquisitionSequence" "Frame Acquisition Sequence"
+    "DICOM:FrameAnatomySequence" "Frame Anatomy Sequence" "DICOM:FrameComments" "Frame Comments"
+    "DICOM:FrameContentSequence" "Frame Content Sequence" "DICOM:FrameDelay" "Frame Delay"
+    "DICOM:FrameDetectorParametersSequence" "Frame Detector Parameters Sequence"
+    "DICOM:FrameDimensionPointer" "Frame Dimension Pointer" "DICOM:FrameDisplaySequence"
+    "Frame Display Sequence" "DICOM:FrameDisplayShutterSequence" "Frame Display Shutter Sequence"
+    "DICOM:FrameExtractionSequence" "Frame Extraction Sequence" "DICOM:FrameIncrementPointer"
+    "Frame Increment Pointer" "DICOM:FrameLabel" "Frame Label" "DICOM:FrameLabelVector"
+    "Frame Label Vector" "DICOM:FrameLaterality" "Frame Laterality" "DICOM:FrameNumbersOfInterest"
+    "Frame Numbers Of Interest" "DICOM:FrameOfInterestDescription" "Frame Of Interest Description"
+    "DICOM:FrameOfInterestType" "Frame Of Interest Type" "DICOM:FrameOfRefTransformationMatrixType"
+    "Frame Of Ref Transformation Matrix Type" "DICOM:FrameOfReferenceRelationshipSeq"
+    "Frame Of Reference Relationship Seq" "DICOM:FrameOfReferenceTransformComment"
+    "Frame Of Reference Transform Comment" "DICOM:FrameOfReferenceTransformMatrix"
+    "Frame Of Reference Transform Matrix" "DICOM:FrameOfReferenceTransformType"
+    "Frame Of Reference Transform Type" "DICOM:FrameOfReferenceUID" "Frame Of Reference UID"
+    "DICOM:FramePixelDataPropertiesSequence" "Frame Pixel Data Properties Sequence"
+    "DICOM:FramePixelShiftSequence" "Frame Pixel Shift Sequence" "DICOM:FramePrimaryAngleVector"
+    "Frame Primary Angle Vector" "DICOM:FrameReferenceDateTime" "Frame Reference Date Time"
+    "DICOM:FrameReferenceTime" "Frame Reference Time" "DICOM:FrameSecondaryAngleVector"
+    "Frame Secondary Angle Vector" "DICOM:FrameTime" "Frame Time" "DICOM:FrameTimeVector"
+    "Frame Time Vector" "DICOM:FrameType" "Frame Type" "DICOM:FrameVOILUTSequence"
+    "Frame VOILUT Sequence" "DICOM:FrequencyCorrection" "Frequency Correction" "DICOM:FullFidelity"
+    "Full Fidelity" "DICOM:FunctionalGroupPointer" "Functional Group Pointer"
+    "DICOM:FunctionalGroupPrivateCreator" "Functional Group Private Creator"
+    "DICOM:GEImageIntegrity" "GE Image Integrity" "DICOM:GantryAngle" "Gantry Angle"
+    "DICOM:GantryAngleTolerance" "Gantry Angle Tolerance" "DICOM:GantryDetectorSlew"
+    "Gantry Detector Slew" "DICOM:GantryDetectorTilt" "Gantry Detector Tilt" "DICOM:GantryID"
+    "Gantry ID" "DICOM:GantryMotionCorrected" "Gantry Motion Corrected" "DICOM:GantryPeriod"
+    "Gantry Period" "DICOM:GantryPitchAngle" "Gantry Pitch Angle" "DICOM:GantryPitchAngleTolerance"
+    "Gantry Pitch Angle Tolerance" "DICOM:GantryPitchRotationDirection"
+    "Gantry Pitch Rotation Direction" "DICOM:GantryRotationDirection" "Gantry Rotation Direction"
+    "DICOM:GatedInformationSequence" "Gated Information Sequence"
+    "DICOM:GenPurposePerformedProcStepStatus" "Gen Purpose Performed Proc Step Status"
+    "DICOM:GenPurposeSchedProcStepPriority" "Gen Purpose Sched Proc Step Priority"
+    "DICOM:GenPurposeScheduledProcStepStatus" "Gen Purpose Scheduled Proc Step Status"
+    "DICOM:GeneralAccessoryDescription" "General Accessory Description" "DICOM:GeneralAccessoryID"
+    "General Accessory ID" "DICOM:GeneralAccessoryNumber" "General Accessory Number"
+    "DICOM:GeneralAccessorySequence" "General Accessory Sequence" "DICOM:GeneralAccessoryType"
+    "General Accessory Type" "DICOM:GeneralMachineVerificationSequence"
+    "General Machine Verification Sequence" "DICOM:GeneratorID" "Generator ID"
+    "DICOM:GeneratorPower" "Generator Power" "DICOM:GenesisVersionNow" "Genesis Version Now"
+    "DICOM:GeometricMaximumDistortion" "Geometric Maximum Distortion" "DICOM:GeometricalProperties"
+    "Geometrical Properties" "DICOM:GeometryOfKSpaceTraversal" "Geometry Of K Space Traversal"
+    "DICOM:GradientEchoTrainLength" "Gradient Echo Train Length" "DICOM:GradientOffsetInX"
+    "Gradient Offset In X" "DICOM:GradientOffsetInY" "Gradient Offset In Y"
+    "DICOM:GradientOffsetInZ" "Gradient Offset In Z" "DICOM:GradientOutput" "Gradient Output"
+    "DICOM:GradientOutputType" "Gradient Output Type" "DICOM:GraphicAnnotationSequence"
+    "Graphic Annotation Sequence" "DICOM:GraphicAnnotationUnits" "Graphic Annotation Units"
+    "DICOM:GraphicCoordinatesDataSequence" "Graphic Coordinates Data Sequence" "DICOM:GraphicData"
+    "Graphic Data" "DICOM:GraphicDimensions" "Graphic Dimensions" "DICOM:GraphicFilled"
+    "Graphic Filled" "DICOM:GraphicLayer" "Graphic Layer" "DICOM:GraphicLayerDescription"
+    "Graphic Layer Description" "DICOM:GraphicLayerOrder" "Graphic Layer Order"
+    "DICOM:GraphicLayerRecDisplayGraysclValue" "Graphic Layer Rec Display Grayscl Value"
+    "DICOM:GraphicLayerRecDisplayRGBValue" "Graphic Layer Rec Display RGB Value"
+    "DICOM:GraphicLayerRecomDisplayCIELabVal" "Graphic Layer Recom Display CIE Lab Val"
+    "DICOM:GraphicLayerSequence" "Graphic Layer Sequence" "DICOM:GraphicObjectSequence"
+    "Graphic Object Sequence" "DICOM:GraphicType" "Graphic Type" "DICOM:GraphicallyPrescribed"
+    "Graphically Prescribed" "DICOM:GrayLookupTableData" "Gray Lookup Table Data"
+    "DICOM:GrayLookupTableDescriptor" "Gray Lookup Table Descriptor" "DICOM:GrayScale" "Gray Scale"
+    "DICOM:GrayscalePresentationStateSequence" "Grayscale Presentation State Sequence"
+    "DICOM:GreenPaletteColorTableData" "Green Palette Color Table Data"
+    "DICOM:GreenPaletteColorTableDescriptor" "Green Palette Color Table Descriptor" "DICOM:Grid"
+    "DICOM:GridAbsorbingMaterial" "Grid Absorbing Material" "DICOM:GridAspectRatio"
+    "Grid Aspect Ratio" "DICOM:GridDimensions" "Grid Dimensions" "DICOM:GridFocalDistance"
+    "Grid Focal Distance" "DICOM:GridFrameOffsetVector" "Grid Frame Offset Vector" "DICOM:GridID"
+    "Grid ID" "DICOM:GridPeriod" "Grid Period" "DICOM:GridPitch" "Grid Pitch" "DICOM:GridResolution"
+    "Grid Resolution" "DICOM:GridSpacingMaterial" "Grid Spacing Material" "DICOM:GridThickness"
+    "Grid Thickness" "DICOM:HL7DocumentEffectiveTime" "HL7 Document Effective Time"
+    "DICOM:HL7DocumentTypeCodeSequence" "HL7 Document Type Code Sequence"
+    "DICOM:HL7InstanceIdentifier" "HL7 Instance Identifier" "DICOM:HL7StructuredDocumentRefSeq"
+    "HL7 Structured Document Ref Seq" "DICOM:HalfValueLayer" "Half Value Layer"
+    "DICOM:HangingProtocolCreationDateTime" "Hanging Protocol Creation Date Time"
+    "DICOM:HangingProtocolCreator" "Hanging Protocol Creator"
+    "DICOM:HangingProtocolDefinitionSequence" "Hanging Protocol Definition Sequence"
+    "DICOM:HangingProtocolDescription" "Hanging Protocol Description" "DICOM:HangingProtocolLevel"
+    "Hanging Protocol Level" "DICOM:HangingProtocolName" "Hanging Protocol Name"
+    "DICOM:HangingProtocolUserGroupName" "Hanging Protocol User Group Name"
+    "DICOM:HangingProtocolUserIDCodeSequence" "Hanging Protocol User ID Code Sequence"
+    "DICOM:HardcopyCreationDeviceID" "Hardcopy Creation Device ID"
+    "DICOM:HardcopyDeviceManufacturer" "Hardcopy Device Manufacturer"
+    "DICOM:HardcopyDeviceModelName" "Hardcopy Device Model Name"
+    "DICOM:HardcopyDeviceSoftwareVersion" "Hardcopy Device Software Version"
+    "DICOM:HeadFixationAngle" "Head Fixation Angle" "DICOM:HeartRate" "Heart Rate" "DICOM:HighBit"
+    "High Bit" "DICOM:HighDoseTechniqueType" "High Dose Technique Type" "DICOM:HighRRValue"
+    "High RR Value" "DICOM:HistogramBinWidth" "Histogram Bin Width" "DICOM:HistogramData"
+    "Histogram Data" "DICOM:HistogramExplanation" "Histogram Explanation"
+    "DICOM:HistogramFirstBinValue" "Histogram First Bin Value" "DICOM:HistogramLastBinValue"
+    "Histogram Last Bin Value" "DICOM:HistogramNumberOfBins" "Histogram Number Of Bins"
+    "DICOM:HistogramSequence" "Histogram Sequence" "DICOM:HistogramTables" "Histogram Tables"
+    "DICOM:HorizFrameOfRef" "Horiz Frame Of Ref" "DICOM:HorizontalFieldOfView"
+    "Horizontal Field Of View" "DICOM:HorizontalPrismBase" "Horizontal Prism Base"
+    "DICOM:HorizontalPrismPower" "Horizontal Prism Power" "DICOM:HuffmanTableSize"
+    "Huffman Table Size" "DICOM:HuffmanTableTriplet" "Huffman Table Triplet"
+    "DICOM:HumanPerformerCodeSequence" "Human Performer Code Sequence" "DICOM:HumanPerformerName"
+    "Human Performer Name" "DICOM:HumanPerformersOrganization" "Human Performers Organization"
+    "DICOM:IBHImageScaleFactors" "IBH Image Scale Factors" "DICOM:ICCProfile" "ICC Profile"
+    "DICOM:IVUSAcquisition" "IVUS Acquisition" "DICOM:IVUSGatedRate" "IVUS Gated Rate"
+    "DICOM:IVUSPullbackRate" "IVUS Pullback Rate" "DICOM:IVUSPullbackStartFrameNumber"
+    "IVUS Pullback Start Frame Number" "DICOM:IVUSPullbackStopFrameNumber"
+    "IVUS Pullback Stop Frame Number" "DICOM:IconImageSequence" "Icon Image Sequence"
+    "DICOM:IdenticalDocumentsSequence" "Identical Documents Sequence" "DICOM:IdentifierTypeCode"
+    "Identifier Type Code" "DICOM:IdentifyingComments" "Identifying Comments"
+    "DICOM:IdentifyingGroupLength" "Identifying Group Length" "DICOM:Illumination"
+    "DICOM:IlluminationBandwidth" "Illumination Bandwidth" "DICOM:IlluminationPower"
+    "Illumination Power" "DICOM:IlluminationTypeCodeSequence" "Illumination Type Code Sequence"
+    "DICOM:IlluminationWaveLength" "Illumination Wave Length" "DICOM:ImageActualDate"
+    "Image Actual Date" "DICOM:ImageArchiveFlag" "Image Archive Flag" "DICOM:ImageAreaDoseProduct"
+    "Image Area Dose Product" "DICOM:ImageBoxContentSequence" "Image Box Content Sequence"
+    "DICOM:ImageBoxLargeScrollAmount" "Image Box Large Scroll Amount"
+    "DICOM:ImageBoxLargeScrollType" "Image Box Large Scroll Type" "DICOM:ImageBoxLayoutType"
+    "Image Box Layout Type" "DICOM:ImageBoxNumber" "Image Box Number"
+    "DICOM:ImageBoxOverlapPriority" "Image Box Overlap Priority" "DICOM:ImageBoxPosition"
+    "Image Box Position" "DICOM:ImageBoxPresentationLUTFlag" "Image Box Presentation LUT Flag"
+    "DICOM:ImageBoxScrollDirection" "Image Box Scroll Direction" "DICOM:ImageBoxSmallScrollAmount"
+    "Image Box Small Scroll Amount" "DICOM:ImageBoxSmallScrollType" "Image Box Small Scroll Type"
+    "DICOM:ImageBoxTileHorizontalDimension" "Image Box Tile Horizontal Dimension"
+    "DICOM:ImageBoxTileVerticalDimension" "Image Box Tile Vertical Dimension"
+    "DICOM:ImageBoxesSequence" "Image Boxes Sequence" "DICOM:ImageCenterPointCoordinatesSeq"
+    "Image Center Point Coordinates Seq" "DICOM:ImageComments" "Image Comments"
+    "DICOM:ImageDataLocation" "Image Data Location" "DICOM:ImageDataTypeSequence"
+    "Image Data Type Sequence" "DICOM:ImageDimensionX" "Image Dimension X" "DICOM:ImageDimensionY"
+    "Image Dimension Y" "DICOM:ImageDimensions" "Image Dimensions" "DICOM:ImageDisplayFormat"
+    "Image Display Format" "DICOM:ImageFilter" "Image Filter" "DICOM:ImageFormat" "Image Format"
+    "DICOM:ImageFrameOrigin" "Image Frame Origin" "DICOM:ImageFromWhichPrescribed"
+    "Image From Which Prescribed" "DICOM:ImageGeometryType" "Image Geometry Type"
+    "DICOM:ImageHorizontalFlip" "Image Horizontal Flip" "DICOM:ImageID" "Image ID"
+    "DICOM:ImageIndex" "Image Index" "DICOM:ImageLaterality" "Image Laterality"
+    "DICOM:ImageLocation" "Image Location" "DICOM:ImageOrientation" "Image Orientation"
+    "DICOM:ImageOrientationPatient" "Image Orientation Patient" "DICOM:ImageOrientationVolume"
+    "Image Orientation Volume" "DICOM:ImageOverlayBoxContentSequence"
+    "Image Overlay Box Content Sequence" "DICOM:ImageOverlayFlag" "Image Overlay Flag"
+    "DICOM:ImagePathFilterPassBand" "Image Path Filter Pass Band"
+    "DICOM:ImagePathFilterPassThroughWavelen" "Image Path Filter Pass Through Wavelen"
+    "DICOM:ImagePathFilterTypeStackCodeSeq" "Image Path Filter Type Stack Code Seq"
+    "DICOM:ImagePlanePixelSpacing" "Image Plane Pixel Spacing" "DICOM:ImagePosition"
+    "Image Position" "DICOM:ImagePositionPatient" "Image Position Patient"
+    "DICOM:ImagePositionVolume" "Image Position Volume" "DICOM:ImagePresentationComments"
+    "Image Presentation Comments" "DICOM:ImagePresentationGroupLength"
+    "Image Presentation Group Length" "DICOM:ImageProcessingApplied" "Image Processing Applied"
+    "DICOM:ImageRotation" "Image Rotation" "DICOM:ImageRotationRetired" "Image Rotation Retired"
+    "DICOM:ImageSetLabel" "Image Set Label" "DICOM:ImageSetNumber" "Image Set Number"
+    "DICOM:ImageSetSelectorCategory" "Image Set Selector Category" "DICOM:ImageSetSelectorSequence"
+    "Image Set Selector Sequence" "DICOM:ImageSetSelectorUsageFlag" "Image Set Selector Usage Flag"
+    "DICOM:ImageSetsSequence" "Image Sets Sequence" "DICOM:ImageToEquipmentMappingMatrix"
+    "Image To Equipment Mapping Matrix" "DICOM:ImageTransformationMatrix"
+    "Image Transformation Matrix" "DICOM:ImageTranslationVector" "Image Translation Vector"
+    "DICOM:ImageTriggerDelay" "Image Trigger Delay" "DICOM:ImageType" "Image Type"
+    "DICOM:ImagedNucleus" "Imaged Nucleus" "DICOM:ImagerPixelSpacing" "Imager Pixel Spacing"
+    "DICOM:ImagesInAcquisition" "Images In Acquisition" "DICOM:ImagesInSeries" "Images In Series"
+    "DICOM:ImagesInStudy" "Images In Study" "DICOM:ImagesPerCardiacCycle" "Images Per Cardiac Cycle"
+    "DICOM:ImagingDeviceSpecificAcqParams" "Imaging Device Specific Acq Params"
+    "DICOM:ImagingFrequency" "Imaging Frequency" "DICOM:ImagingMode" "Imaging Mode"
+    "DICOM:ImagingOptions" "Imaging Options" "DICOM:ImagingServiceRequestComments"
+    "Imaging Service Request Comments" "DICOM:ImgIsOriginalOrUnoriginal"
+    "Img Is Original Or Unoriginal" "DICOM:ImplementationClassUID" "Implementation Class UID"
+    "DICOM:ImplementationVersionName" "Implementation Version Name" "DICOM:Impressions"
+    "DICOM:InConcatenationNumber" "In Concatenation Number" "DICOM:InConcatenationTotalNumber"
+    "In Concatenation Total Number" "DICOM:InPlanePhaseEncodingDirection"
+    "In Plane Phase Encoding Direction" "DICOM:InStackPositionNumber" "In Stack Position Number"
+    "DICOM:IncludeDisplayApplication" "Include Display Application" "DICOM:IncludeNonDICOMObjects"
+    "Include Non DICOM Objects" "DICOM:IncrementBetweenChannels" "Increment Between Channels"
+    "DICOM:IncrementBetweenViews" "Increment Between Views"
+    "DICOM:IndicatesIfTheStudyHasCompleteInfo" "Indicates If The Study Has Complete Info"
+    "DICOM:IndicatesNoofUpdatesToHeader" "Indicates Noof Updates To Header"
+    "DICOM:InitialCineRunState" "Initial Cine Run State" "DICOM:InputAvailabilityFlag"
+    "Input Availability Flag" "DICOM:InputInformationSequence" "Input Information Sequence"
+    "DICOM:InstanceAvailability" "Instance Availability" "DICOM:InstanceCreationDate"
+    "Instance Creation Date" "DICOM:InstanceCreationTime" "Instance Creation Time"
+    "DICOM:InstanceCreatorUID" "Instance Creator UID" "DICOM:InstanceNumber" "Instance Number"
+    "DICOM:InstitutionAddress" "Institution Address" "DICOM:InstitutionCodeSequence"
+    "Institution Code Sequence" "DICOM:InstitutionName" "Institution Name"
+    "DICOM:InstitutionalDepartmentName" "Institutional Department Name"
+    "DICOM:InsurancePlanIdentification" "Insurance Plan Identification" "DICOM:IntegerSlop"
+    "Integer Slop" "DICOM:IntendedRecipientsOfResultsIDSeq" "Intended Recipients Of Results ID Seq"
+    "DICOM:IntensifierActiveDimensions" "Intensifier Active Dimensions"
+    "DICOM:IntensifierActiveShape" "Intensifier Active Shape" "DICOM:IntensifierSize"
+    "Intensifier Size" "DICOM:InterMarkerDistance" "Inter Marker Distance"
+    "DICOM:InternalPulseSeqName" "Internal Pulse Seq Name" "DICOM:InterpretationApprovalDate"
+    "Interpretation Approval Date" "DICOM:InterpretationApprovalTime" "Interpretation Approval Time"
+    "DICOM:InterpretationApproverSequence" "Interpretation Approver Sequence"
+    "DICOM:InterpretationAuthor" "Interpretation Author" "DICOM:InterpretationDiagnosisCodeSeq"
+    "Interpretation Diagnosis Code Seq" "DICOM:InterpretationDiagnosisDescription"
+    "Interpretation Diagnosis Description" "DICOM:InterpretationID" "Interpretation ID"
+    "DICOM:InterpretationIDIssuer" "Interpretation ID Issuer" "DICOM:InterpretationRecordedDate"
+    "Interpretation Recorded Date" "DICOM:InterpretationRecordedTime" "Interpretation Recorded Time"
+    "DICOM:InterpretationRecorder" "Interpretation Recorder" "DICOM:InterpretationStatusID"
+    "Interpretation Status ID" "DICOM:InterpretationText" "Interpretation Text"
+    "DICOM:InterpretationTranscriber" "Interpretation Transcriber"
+    "DICOM:InterpretationTranscriptionDate" "Interpretation Transcription Date"
+    "DICOM:InterpretationTranscriptionTime" "Interpretation Transcription Time"
+    "DICOM:InterpretationTypeID" "Interpretation Type ID" "DICOM:InterscanDelay" "Interscan Delay"
+    "DICOM:IntervalNumber" "Interval Number" "DICOM:IntervalsAcquired" "Intervals Acquired"
+    "DICOM:IntervalsRejected" "Intervals Rejected" "DICOM:InterventionDescription"
+    "Intervention Description" "DICOM:InterventionDrugDose" "Intervention Drug Dose"
+    "DICOM:InterventionDrugInformationSeq" "Intervention Drug Information Seq"
+    "DICOM:InterventionDrugName" "Intervention Drug Name" "DICOM:InterventionDrugSequence"
+    "Intervention Drug Sequence" "DICOM:InterventionDrugStartTime" "Intervention Drug Start Time"
+    "DICOM:InterventionDrugStopTime" "Intervention Drug Stop Time" "DICOM:InterventionSequence"
+    "Intervention Sequence" "DICOM:InterventionStatus" "Intervention Status"
+    "DICOM:IntraOcularPressure" "Intra Ocular Pressure" "DICOM:InversionRecovery"
+    "Inversion Recovery" "DICOM:InversionTime" "Inversion Time" "DICOM:InversionTimes"
+    "Inversion Times" "DICOM:IonBeamLimitingDeviceSequence" "Ion Beam Limiting Device Sequence"
+    "DICOM:IonBeamSequence" "Ion Beam Sequence" "DICOM:IonBlockSequence" "Ion Block Sequence"
+    "DICOM:IonControlPointDeliverySequence" "Ion Control Point Delivery Sequence"
+    "DICOM:IonControlPointSequence" "Ion Control Point Sequence"
+    "DICOM:IonControlPointVerificationSeq" "Ion Control Point Verification Seq"
+    "DICOM:IonMachineVerificationSequence" "Ion Machine Verification Sequence"
+    "DICOM:IonRangeCompensatorSequence" "Ion Range Compensator Sequence"
+    "DICOM:IonToleranceTableSequence" "Ion Tolerance Table Sequence"
+    "DICOM:IonWedgePositionSequence" "Ion Wedge Position Sequence" "DICOM:IonWedgeSequence"
+    "Ion Wedge Sequence" "DICOM:IrradiationEventIDSequence" "Irradiation Event ID Sequence"
+    "DICOM:IrradiationEventUID" "Irradiation Event UID" "DICOM:IsocenterPosition"
+    "Isocenter Position" "DICOM:IsocenterReferenceSystemSequence"
+    "Isocenter Reference System Sequence" "DICOM:IsocenterToBeamLimitingDeviceDist"
+    "Isocenter To Beam Limiting Device Dist" "DICOM:IsocenterToBlockTrayDistance"
+    "Isocenter To Block Tray Distance" "DICOM:IsocenterToCompensatorDistances"
+    "Isocenter To Compensator Distances" "DICOM:IsocenterToCompensatorTrayDistance"
+    "Isocenter To Compensator Tray Distance" "DICOM:IsocenterToLateralSpreadingDevDist"
+    "Isocenter To Lateral Spreading Dev Dist" "DICOM:IsocenterToRangeModulatorDistance"
+    "Isocenter To Range Modulator Distance" "DICOM:IsocenterToRangeShifterDistance"
+    "Isocenter To Range Shifter Distance" "DICOM:IsocenterToWedgeTrayDistance"
+    "Isocenter To Wedge Tray Distance" "DICOM:IsotopeNumber" "Isotope Number"
+    "DICOM:IssueDateOfImagingServiceRequest" "Issue Date Of Imaging Service Request"
+    "DICOM:IssueTimeOfImagingServiceRequest" "Issue Time Of Imaging Service Request"
+    "DICOM:IssuerOfAdmissionID" "Issuer Of Admission ID" "DICOM:IssuerOfPatientID"
+    "Issuer Of Patient ID" "DICOM:IssuerOfServiceEpisodeID" "Issuer Of Service Episode ID"
+    "DICOM:ItemNumber" "Item Number" "DICOM:IterboneOptionFlag" "Iterbone Option Flag"
+    "DICOM:KSpaceFiltering" "K Space Filtering" "DICOM:KVP" "DICOM:KeratometricAxis"
+    "Keratometric Axis" "DICOM:KeratometricPower" "Keratometric Power" "DICOM:LUTData" "LUT Data"
+    "DICOM:LUTDescriptor" "LUT Descriptor" "DICOM:LUTExplanation" "LUT Explanation"
+    "DICOM:LUTFrameRange" "LUT Frame Range" "DICOM:LUTFunction" "LUT Function" "DICOM:LUTLabel"
+    "LUT Label" "DICOM:LabelFromInfoExtractedFromInstance" "Label From Info Extracted From Instance"
+    "DICOM:LabelStyleSelection" "Label Style Selection" "DICOM:LabelText" "Label Text"
+    "DICOM:LandmarkCounter" "Landmark Counter" "DICOM:LanguageCodeSequence" "Language Code Sequence"
+    "DICOM:LargeBluePaletteColorTableData" "Large Blue Palette Color Table Data"
+    "DICOM:LargeBluePaletteColorTableDescr" "Large Blue Palette Color Table Descr"
+    "DICOM:LargeGreenPaletteColorTableData" "Large Green Palette Color Table Data"
+    "DICOM:LargeGreenPaletteColorTableDescr" "Large Green Palette Color Table Descr"
+    "DICOM:LargePaletteColorLookupTableUID" "Large Palette Color Lookup Table UID"
+    "DICOM:LargeRedPaletteColorTableData" "Large Red Palette Color Table Data"
+    "DICOM:LargeRedPaletteColorTableDescr" "Large Red Palette Color Table Descr"
+    "DICOM:LargestImagePixelValue" "Largest Image Pixel Value" "DICOM:LargestImagePixelValueInPlane"
+    "Largest Image Pixel Value In Plane" "DICOM:LargestMonochromePixelValue"
+    "Largest Monochrome Pixel Value" "DICOM:LargestPixelValueInSeries"
+    "Largest Pixel Value In Series" "DICOM:LargestValidPixelValue" "Largest Valid Pixel Value"
+    "DICOM:LastDirectoryRecordOffset" "Last Directory Record Offset" "DICOM:LastImageNumberUsed"
+    "Last Image Number Used" "DICOM:LastMenstrualDate" "Last Menstrual Date" "DICOM:LastPseq"
+    "Last Pseq" "DICOM:LastPulseSequenceUsed" "Last Pulse Sequence Used" "DICOM:LastScanLoc"
+    "Last Scan Loc" "DICOM:LastScanRas" "Last Scan Ras" "DICOM:LateralSpreadingDevWaterEquivThick"
+    "Lateral Spreading Dev Water Equiv Thick" "DICOM:LateralSpreadingDeviceDescription"
+    "Lateral Spreading Device Description" "DICOM:LateralSpreadingDeviceID"
+    "Lateral Spreading Device ID" "DICOM:LateralSpreadingDeviceNumber"
+    "Lateral Spreading Device Number" "DICOM:LateralSpreadingDeviceSequence"
+    "Lateral Spreading Device Sequence" "DICOM:LateralSpreadingDeviceSetting"
+    "Lateral Spreading Device Setting" "DICOM:LateralSpreadingDeviceSettingsSeq"
+    "Lateral Spreading Device Settings Seq" "DICOM:LateralSpreadingDeviceType"
+    "Lateral Spreading Device Type" "DICOM:Laterality" "DICOM:LeafJawPositions" "Leaf Jaw Positions"
+    "DICOM:LeafPositionBoundaries" "Leaf Position Boundaries" "DICOM:LeftImageSequence"
+    "Left Image Sequence" "DICOM:LeftLensSequence" "Left Lens Sequence" "DICOM:LenOfTotHdrInBytes"
+    "Len Of Tot Hdr In Bytes" "DICOM:LengthToEnd" "Length To End" "DICOM:LensDescription"
+    "Lens Description" "DICOM:LensSegmentType" "Lens Segment Type" "DICOM:LensesCodeSequence"
+    "Lenses Code Sequence" "DICOM:LesionNumber" "Lesion Number" "DICOM:LevelValue" "Level Value"
+    "DICOM:LightPathFilterPassBand" "Light Path Filter Pass Band"
+    "DICOM:LightPathFilterPassThroughWavelen" "Light Path Filter Pass Through Wavelen"
+    "DICOM:LightPathFilterTypeStackCodeSeq" "Light Path Filter Type Stack Code Seq"
+    "DICOM:LimitsInUnitsOfPercent" "Limits In Units Of Percent" "DICOM:LineSequence" "Line Sequence"
+    "DICOM:ListOfMIMETypes" "List Of MIME Types" "DICOM:LocalNamespaceEntityID"
+    "Local Namespace Entity ID" "DICOM:Location" "DICOM:LocationsInAcquisition"
+    "Locations In Acquisition" "DICOM:LookupTableNumber" "Lookup Table Number"
+    "DICOM:LossyImageCompression" "Lossy Image Compression" "DICOM:LossyImageCompressionMethod"
+    "Lossy Image Compression Method" "DICOM:LossyImageCompressionRatio"
+    "Lossy Image Compression Ratio" "DICOM:LowRRValue" "Low RR Value"
+    "DICOM:LowerLevelDirectoryEntityOffset" "Lower Level Directory Entity Offset"
+    "DICOM:LowerRangeOfPixels1a" "Lower Range Of Pixels 1a" "DICOM:LowerRangeOfPixels1b"
+    "Lower Range Of Pixels 1b" "DICOM:LowerRangeOfPixels1c" "Lower Range Of Pixels 1c"
+    "DICOM:LowerRangeOfPixels1d" "Lower Range Of Pixels 1d" "DICOM:LowerRangeOfPixels1e"
+    "Lower Range Of Pixels 1e" "DICOM:LowerRangeOfPixels1f" "Lower Range Of Pixels 1f"
+    "DICOM:LowerRangeOfPixels1g" "Lower Range Of Pixels 1g" "DICOM:LowerRangeOfPixels1h"
+    "Lower Range Of Pixels 1h" "DICOM:LowerRangeOfPixels1i" "Lower Range Of Pixels 1i"
+    "DICOM:LowerRangeOfPixels2" "Lower Range Of Pixels 2" "DICOM:MAC" "DICOM:MACAlgorithm"
+    "MAC Algorithm" "DICOM:MACCalculationTransferSyntaxUID" "MAC Calculation Transfer Syntax UID"
+    "DICOM:MACIDNumber" "MACID Number" "DICOM:MACParametersSequence" "MAC Parameters Sequence"
+    "DICOM:MIMETypeOfEncapsulatedDocument" "MIME Type Of Encapsulated Document"
+    "DICOM:MRAcqPhaseEncodingStepsInPlane" "MR Acq Phase Encoding Steps In Plane"
+    "DICOM:MRAcqPhaseEncodingStepsOutOfPlane" "MR Acq Phase Encoding Steps Out Of Plane"
+    "DICOM:MRAcquisitionFrequencyEncodeSteps" "MR Acquisition Frequency Encode Steps"
+    "DICOM:MRAcquisitionType" "MR Acquisition Type" "DICOM:MRAveragesSequence"
+    "MR Averages Sequence" "DICOM:MRDRDirectoryRecordOffset" "MRDR Directory Record Offset"
+    "DICOM:MRDiffusionSequence" "MR Diffusion Sequence" "DICOM:MREchoSequence" "MR Echo Sequence"
+    "DICOM:MRFOV-GeometrySequence" "MRFOV-Geometry Sequence" "DICOM:MRImageFrameTypeSequence"
+    "MR Image Frame Type Sequence" "DICOM:MRImagingModifierSequence" "MR Imaging Modifier Sequence"
+    "DICOM:MRMetaboliteMapSequence" "MR Metabolite Map Sequence" "DICOM:MRModifierSequence"
+    "MR Modifier Sequence" "DICOM:MRReceiveCoilSequence" "MR Receive Coil Sequence"
+    "DICOM:MRSpatialSaturationSequence" "MR Spatial Saturation Sequence"
+    "DICOM:MRSpectroscopyAcquisitionType" "MR Spectroscopy Acquisition Type"
+    "DICOM:MRSpectroscopyFOV-GeometrySequence" "MR Spectroscopy FOV-Geometry Sequence"
+    "DICOM:MRSpectroscopyFrameTypeSequence" "MR Spectroscopy Frame Type Sequence"
+    "DICOM:MRTimingAndRelatedParametersSeq" "MR Timing And Related Parameters Seq"
+    "DICOM:MRTransmitCoilSequence" "MR Transmit Coil Sequence" "DICOM:MRVelocityEncodingSequence"
+    "MR Velocity Encoding Sequence" "DICOM:MacroWidthAtISOCenter" "Macro Width At ISO Center"
+    "DICOM:MagneticFieldStrength" "Magnetic Field Strength" "DICOM:MagnetizationTransfer"
+    "Magnetization Transfer" "DICOM:MagnificationType" "Magnification Type"
+    "DICOM:MagnifyToNumberOfColumns" "Magnify To Number Of Columns" "DICOM:Manifold"
+    "DICOM:ManipulatedImage" "Manipulated Image" "DICOM:Manufacturer" "DICOM:ManufacturersModelName"
+    "Manufacturers Model Name" "DICOM:MappingResource" "Mapping Resource" "DICOM:MaskFrameNumbers"
+    "Mask Frame Numbers" "DICOM:MaskOperation" "Mask Operation" "DICOM:MaskOperationExplanation"
+    "Mask Operation Explanation" "DICOM:MaskPointers" "Mask Pointers" "DICOM:MaskSelectionMode"
+    "Mask Selection Mode" "DICOM:MaskSubPixelShift" "Mask Sub Pixel Shift"
+    "DICOM:MaskSubtractionSequence" "Mask Subtraction Sequence" "DICOM:MaskVisibilityPercentage"
+    "Mask Visibility Percentage" "DICOM:MaskingImage" "Masking Image" "DICOM:MaterialID"
+    "Material ID" "DICOM:MatrixRegistrationSequence" "Matrix Registration Sequence"
+    "DICOM:MatrixSequence" "Matrix Sequence" "DICOM:MaxDensity" "Max Density"
+    "DICOM:MaxLeftChanOverViews" "Max Left Chan Over Views" "DICOM:MaxOverrangesInAView"
+    "Max Overranges In A View" "DICOM:MaxRightChanOverViews" "Max Right Chan Over Views"
+    "DICOM:MaximumAcrossScanDistortion" "Maximum Across Scan Distortion"
+    "DICOM:MaximumAlongScanDistortion" "Maximum Along Scan Distortion" "DICOM:MaximumCollatedFilms"
+    "Maximum Collated Films" "DICOM:MaximumCoordinateValue" "Maximum Coordinate Value"
+    "DICOM:MaximumDepthDistortion" "Maximum Depth Distortion" "DICOM:MaximumFractionalValue"
+    "Maximum Fractional Value" "DICOM:MaximumMemoryAllocation" "Maximum Memory Allocation"
+    "DICOM:MaximumOffsetShiftValueUsed" "Maximum Offset Shift Value Used"
+    "DICOM:MaximumPointDistance" "Maximum Point Distance" "DICOM:MeanPointDistance"
+    "Mean Point Distance" "DICOM:MeanZError" "Mean Z Error" "DICOM:MeasuredDoseDescription"
+    "Measured Dose Description" "DICOM:MeasuredDoseReferenceNumber" "Measured Dose Reference Number"
+    "DICOM:MeasuredDoseReferenceSequence" "Measured Dose Reference Sequence"
+    "DICOM:MeasuredDoseType" "Measured Dose Type" "DICOM:MeasuredDoseValue" "Measured Dose Value"
+    "DICOM:MeasuredValueSequence" "Measured Value Sequence" "DICOM:MeasurementUnitsCodeSequence"
+    "Measurement Units Code Sequence" "DICOM:MeasuringUnitsSequence" "Measuring Units Sequence"
+    "DICOM:MechanicalIndex" "Mechanical Index" "DICOM:MediaDisposition" "Media Disposition"
+    "DICOM:MediaInstalledSequence" "Media Installed Sequence" "DICOM:MediaStorageSOPClassUID"
+    "Media Storage SOP Class UID" "DICOM:MediaStorageSOPInstanceUID"
+    "Media Storage SOP Instance UID" "DICOM:MedicalAlerts" "Medical Alerts"
+    "DICOM:MedicalRecordLocator" "Medical Record Locator" "DICOM:MediumType" "Medium Type"
+    "DICOM:MemoryAllocation" "Memory Allocation" "DICOM:MemoryBitDepth" "Memory Bit Depth"
+    "DICOM:MetaboliteMapCodeSequence" "Metabolite Map Code Sequence"
+    "DICOM:MetaboliteMapDescription" "Metabolite Map Description" "DICOM:MetersetExposure"
+    "Meterset Exposure" "DICOM:MetersetRate" "Meterset Rate" "DICOM:MetersetRateDelivered"
+    "Meterset Rate Delivered" "DICOM:MetersetRateSet" "Meterset Rate Set" "DICOM:MidScanFlag"
+    "Mid Scan Flag" "DICOM:MidScanTime" "Mid Scan Time" "DICOM:MidSlabPosition" "Mid Slab Position"
+    "DICOM:MilitaryRank" "Military Rank" "DICOM:MinDensity" "Min Density"
+    "DICOM:MinimumCoordinateValue" "Minimum Coordinate Value"
+    "DICOM:MinimumDasValueFoundInTheScanData" "Minimum Das Value Found In The Scan Data"
+    "DICOM:MobileLocationNumber" "Mobile Location Number" "DICOM:ModalitiesInStudy"
+    "Modalities In Study" "DICOM:Modality" "DICOM:ModalityLUTSequence" "Modality LUT Sequence"
+    "DICOM:ModalityLUTType" "Modality LUT Type" "DICOM:ModifiedAttributesSequence"
+    "Modified Attributes Sequence" "DICOM:ModifiedImageDate" "Modified Image Date"
+    "DICOM:ModifiedImageDescription" "Modified Image Description" "DICOM:ModifiedImageID"
+    "Modified Image ID" "DICOM:ModifiedImageTime" "Modified Image Time" "DICOM:ModifierCodeSequence"
+    "Modifier Code Sequence" "DICOM:ModifyingDeviceID" "Modifying Device ID"
+    "DICOM:ModifyingDeviceManufacturer" "Modifying Device Manufacturer" "DICOM:ModifyingSystem"
+    "Modifying System" "DICOM:MonitorSAR" "Monitor SAR" "DICOM:MostRecentTreatmentDate"
+    "Most Recent Treatment Date" "DICOM:MotionSynchronizationSequence"
+    "Motion Synchronization Sequence" "DICOM:MultiCoilConfiguration" "Multi Coil Configuration"
+    "DICOM:MultiCoilDefinitionSequence" "Multi Coil Definition Sequence"
+    "DICOM:MultiCoilElementName" "Multi Coil Element Name" "DICOM:MultiCoilElementUsed"
+    "Multi Coil Element Used" "DICOM:MultiPlanarExcitation" "Multi Planar Excitation"
+    "DICOM:MultipleCopiesFlag" "Multiple Copies Flag" "DICOM:MultipleSpinEcho" "Multiple Spin Echo"
+    "DICOM:MultiplexAudioChannelsDescrCodeSeq" "Multiplex Audio Channels Descr Code Seq"
+    "DICOM:MultiplexGroupLabel" "Multiplex Group Label" "DICOM:MultiplexGroupTimeOffset"
+    "Multiplex Group Time Offset" "DICOM:MydriaticAgentCodeSequence" "Mydriatic Agent Code Sequence"
+    "DICOM:MydriaticAgentConcUnitsSeq" "Mydriatic Agent Conc Units Seq"
+    "DICOM:MydriaticAgentConcentration" "Mydriatic Agent Concentration"
+    "DICOM:MydriaticAgentSequence" "Mydriatic Agent Sequence" "DICOM:NTPSourceAddress"
+    "NTP Source Address" "DICOM:NameOfPhysicianReadingStudy" "Name Of Physician Reading Study"
+    "DICOM:NamesOfIntendedRecipientsOfResults" "Names Of Intended Recipients Of Results"
+    "DICOM:NavigationDisplaySet" "Navigation Display Set" "DICOM:NavigationIndicatorSequence"
+    "Navigation Indicator Sequence" "DICOM:NearPupillaryDistance" "Near Pupillary Distance"
+    "DICOM:NegScanspacing" "Neg Scanspacing" "DICOM:NetworkID" "Network ID"
+    "DICOM:NoViewsRefChansBlocked" "No Views Ref Chans Blocked" "DICOM:NominalBeamEnergy"
+    "Nominal Beam Energy" "DICOM:NominalBeamEnergyUnit" "Nominal Beam Energy Unit"
+    "DICOM:NominalInterval" "Nominal Interval" "DICOM:NominalPercentOfRespiratoryPhase"
+    "Nominal Percent Of Respiratory Phase" "DICOM:NominalPercentageOfCardiacPhase"
+    "Nominal Percentage Of Cardiac Phase" "DICOM:NominalPriorDose" "Nominal Prior Dose"
+    "DICOM:NominalRespiratoryTriggerDelayTime" "Nominal Respiratory Trigger Delay Time"
+    "DICOM:NominalScannedPixelSpacing" "Nominal Scanned Pixel Spacing"
+    "DICOM:NominalScreenDefinitionSequence" "Nominal Screen Definition Sequence"
+    "DICOM:NonDICOMOutputCodeSequence" "Non DICOM Output Code Sequence" "DICOM:NoofUpdatesToHeader"
+    "Noof Updates To Header" "DICOM:NormalACoord" "Normal A Coord" "DICOM:NormalRCoord"
+    "Normal R Coord" "DICOM:NormalSCoord" "Normal S Coord" "DICOM:NormalizationFactorFormat"
+    "Normalization Factor Format" "DICOM:NormalizationPoint" "Normalization Point"
+    "DICOM:NotchFilterBandwidth" "Notch Filter Bandwidth" "DICOM:NotchFilterFrequency"
+    "Notch Filter Frequency" "DICOM:NuclearMedicineSeriesType" "Nuclear Medicine Series Type"
+    "DICOM:NumberFractionPatternDigitsPerDay" "Number Fraction Pattern Digits Per Day"
+    "DICOM:NumberOfAcquisitions" "Number Of Acquisitions" "DICOM:NumberOfAverages"
+    "Number Of Averages" "DICOM:NumberOfBBHChainsToBlend" "Number Of BBH Chains To Blend"
+    "DICOM:NumberOfBeams" "Number Of Beams" "DICOM:NumberOfBlocks" "Number Of Blocks"
+    "DICOM:NumberOfBoli" "Number Of Boli" "DICOM:NumberOfBrachyApplicationSetups"
+    "Number Of Brachy Application Setups" "DICOM:NumberOfCellsIInDetector"
+    "Number Of Cells I In Detector" "DICOM:NumberOfChannels" "Number Of Channels"
+    "DICOM:NumberOfCompensators" "Number Of Compensators" "DICOM:NumberOfContourPoints"
+    "Number Of Contour Points" "DICOM:NumberOfControlPoints" "Number Of Control Points"
+    "DICOM:NumberOfCopies" "Number Of Copies" "DICOM:NumberOfDetectors" "Number Of Detectors"
+    "DICOM:NumberOfEPIShots" "Number Of EPI Shots" "DICOM:NumberOfEchoes" "Number Of Echoes"
+    "DICOM:NumberOfEnergyWindows" "Number Of Energy Windows" "DICOM:NumberOfEventTimers"
+    "Number Of Event Timers" "DICOM:NumberOfExcitations" "Number Of Excitations"
+    "DICOM:NumberOfFilms" "Number Of Films" "DICOM:NumberOfFractionsDelivered"
+    "Number Of Fractions Delivered" "DICOM:NumberOfFractionsPlanned" "Number Of Fractions Planned"
+    "DICOM:NumberOfFrames" "Number Of Frames" "DICOM:NumberOfFramesInOverlay"
+    "Number Of Frames In Overlay" "DICOM:NumberOfFramesInPhase" "Number Of Frames In Phase"
+    "DICOM:NumberOfFramesInRotation" "Number Of Frames In Rotation" "DICOM:NumberOfGraphicPoints"
+    "Number Of Graphic Points" "DICOM:NumberOfHorizontalPixels" "Number Of Horizontal Pixels"
+    "DICOM:NumberOfImagesArchived" "Number Of Images Archived" "DICOM:NumberOfIterations"
+    "Number Of Iterations" "DICOM:NumberOfKSpaceTrajectories" "Number Of K Space Trajectories"
+    "DICOM:NumberOfLateralSpreadingDevices" "Number Of Lateral Spreading Devices"
+    "DICOM:NumberOfLeafJawPairs" "Number Of Leaf Jaw Pairs" "DICOM:NumberOfMacroRowsInDetector"
+    "Number Of Macro Rows In Detector" "DICOM:NumberOfOverranges" "Number Of Overranges"
+    "DICOM:NumberOfPaintings" "Number Of Paintings" "DICOM:NumberOfPatientRelatedInstances"
+    "Number Of Patient Related Instances" "DICOM:NumberOfPatientRelatedSeries"
+    "Number Of Patient Related Series" "DICOM:NumberOfPatientRelatedStudies"
+    "Number Of Patient Related Studies" "DICOM:NumberOfPhaseEncodingSteps"
+    "Number Of Phase Encoding Steps" "DICOM:NumberOfPhases" "Number Of Phases"
+    "DICOM:NumberOfPoints" "Number Of Points" "DICOM:NumberOfPriorsReferenced"
+    "Number Of Priors Referenced" "DICOM:NumberOfPulses" "Number Of Pulses"
+    "DICOM:NumberOfRRIntervals" "Number Of RR Intervals" "DICOM:NumberOfRangeModulators"
+    "Number Of Range Modulators" "DICOM:NumberOfRangeShifters" "Number Of Range Shifters"
+    "DICOM:NumberOfReferences" "Number Of References" "DICOM:NumberOfRotations"
+    "Number Of Rotations" "DICOM:NumberOfSamples" "Number Of Samples"
+    "DICOM:NumberOfScanSpotPositions" "Number Of Scan Spot Positions" "DICOM:NumberOfScreens"
+    "Number Of Screens" "DICOM:NumberOfSeriesInStudy" "Number Of Series In Study"
+    "DICOM:NumberOfSeriesRelatedInstances" "Number Of Series Related Instances"
+    "DICOM:NumberOfSlices" "Number Of Slices" "DICOM:NumberOfStages" "Number Of Stages"
+    "DICOM:NumberOfStudyRelatedInstances" "Number Of Study Related Instances"
+    "DICOM:NumberOfStudyRelatedSeries" "Number Of Study Related Series" "DICOM:NumberOfSubsets"
+    "Number Of Subsets" "DICOM:NumberOfSurfacePoints" "Number Of Surface Points"
+    "DICOM:NumberOfSurfaces" "Number Of Surfaces" "DICOM:NumberOfTableBreakPoints"
+    "Number Of Table Break Points" "DICOM:NumberOfTableEntries" "Number Of Table Entries"
+    "DICOM:NumberOfTables" "Number Of Tables" "DICOM:NumberOfTemporalPositions"
+    "Number Of Temporal Positions" "DICOM:NumberOfTimeSlices" "Number Of Time Slices"
+    "DICOM:NumberOfTimeSlots" "Number Of Time Slots" "DICOM:NumberOfTomosynthesisSourceImages"
+    "Number Of Tomosynthesis Source Images" "DICOM:NumberOfTransformSteps"
+    "Number Of Transform Steps" "DICOM:NumberOfTriggers" "Number Of Triggers"
+    "DICOM:NumberOfTriggersInPhase" "Number Of Triggers In Phase" "DICOM:NumberOfUnarchivedSeries"
+    "Number Of Unarchived Series" "DICOM:NumberOfVectors" "Number Of Vectors"
+    "DICOM:NumberOfVerticalPixels" "Number Of Vertical Pixels" "DICOM:NumberOfViews"
+    "Number Of Views" "DICOM:NumberOfViewsInRow1a" "Number Of Views In Row 1a"
+    "DICOM:NumberOfViewsInRow1b" "Number Of Views In Row 1b" "DICOM:NumberOfViewsInRow2a"
+    "Number Of Views In Row 2a" "DICOM:NumberOfViewsInRow2b" "Number Of Views In Row 2b"
+    "DICOM:NumberOfViewsInStage" "Number Of Views In Stage" "DICOM:NumberOfViewsShifted"
+    "Number Of Views Shifted" "DICOM:NumberOfWaveformChannels" "Number Of Waveform Channels"
+    "DICOM:NumberOfWaveformSamples" "Number Of Waveform Samples" "DICOM:NumberOfWedges"
+    "Number Of Wedges" "DICOM:NumberOfZeroFills" "Number Of Zero Fills" "DICOM:NumericValue"
+    "Numeric Value" "DICOM:NumericValueQualifierCodeSequence"
+    "Numeric Value Qualifier Code Sequence" "DICOM:ObjectPixelSpacingInCenterOfBeam"
+    "Object Pixel Spacing In Center Of Beam" "DICOM:ObjectThicknessSequence"
+    "Object Thickness Sequence" "DICOM:ObliquePlane" "Oblique Plane" "DICOM:ObservationDateTime"
+    "Observation Date Time" "DICOM:ObservationNumber" "Observation Number" "DICOM:ObserverType"
+    "Observer Type" "DICOM:Occupation" "DICOM:OffsetFrequency" "Offset Frequency"
+    "DICOM:OffsetOfNextDirectoryRecord" "Offset Of Next Directory Record" "DICOM:OperatingMode"
+    "Operating Mode" "DICOM:OperatingModeSequence" "Operating Mode Sequence"
+    "DICOM:OperatingModeType" "Operating Mode Type" "DICOM:OperatorIDSequence"
+    "Operator ID Sequence" "DICOM:OperatorsName" "Operators Name"
+    "DICOM:OphthalmicFrameLocationSequence" "Ophthalmic Frame Location Sequence"
+    "DICOM:OphthalmicImageOrientation" "Ophthalmic Image Orientation" "DICOM:OpticalTransmittance"
+    "Optical Transmittance" "DICOM:Optotype" "DICOM:OptotypeDetailedDefinition"
+    "Optotype Detailed Definition" "DICOM:OptotypePresentation" "Optotype Presentation"
+    "DICOM:OrderCallbackPhoneNumber" "Order Callback Phone Number" "DICOM:OrderEnteredBy"
+    "Order Entered By" "DICOM:OrderEntererLocation" "Order Enterer Location"
+    "DICOM:OrganAtRiskFullVolumeDose" "Organ At Risk Full Volume Dose" "DICOM:OrganAtRiskLimitDose"
+    "Organ At Risk Limit Dose" "DICOM:OrganAtRiskMaximumDose" "Organ At Risk Maximum Dose"
+    "DICOM:OrganAtRiskOverdoseVolumeFraction" "Organ At Risk Overdose Volume Fraction"
+    "DICOM:OrganDose" "Organ Dose" "DICOM:OrganExposed" "Organ Exposed"
+    "DICOM:OriginalAttributesSequence" "Original Attributes Sequence"
+    "DICOM:OriginalImageIdentNomenclature" "Original Image Ident Nomenclature"
+    "DICOM:OriginalImageIdentification" "Original Image Identification"
+    "DICOM:OriginalImageSequence" "Original Image Sequence" "DICOM:OriginalSpecializedSOPClassUID"
+    "Original Specialized SOP Class UID" "DICOM:Originator" "DICOM:OtherMagnificationTypesAvailable"
+    "Other Magnification Types Available" "DICOM:OtherMediaAvailableSequence"
+    "Other Media Available Sequence" "DICOM:OtherPatientIDs" "Other Patient I Ds"
+    "DICOM:OtherPatientIDsSequence" "Other Patient I Ds Sequence" "DICOM:OtherPatientNames"
+    "Other Patient Names" "DICOM:OtherPupillaryDistance" "Other Pupillary Distance"
+    "DICOM:OtherReferencedStudiesSequence" "Other Referenced Studies Sequence"
+    "DICOM:OtherSmoothingTypesAvailable" "Other Smoothing Types Available" "DICOM:OtherStudyNumbers"
+    "Other Study Numbers" "DICOM:OutputInformationSequence" "Output Information Sequence"
+    "DICOM:OutputPower" "Output Power" "DICOM:OverlayActivationLayer" "Overlay Activation Layer"
+    "DICOM:OverlayBackgroundDensity" "Overlay Background Density" "DICOM:OverlayBitPosition"
+    "Overlay Bit Position" "DICOM:OverlayBitsAllocated" "Overlay Bits Allocated"
+    "DICOM:OverlayBitsForCodeWord" "Overlay Bits For Code Word" "DICOM:OverlayBitsGrouped"
+    "Overlay Bits Grouped" "DICOM:OverlayCodeLabel" "Overlay Code Label"
+    "DICOM:OverlayCodeTableLocation" "Overlay Code Table Location" "DICOM:OverlayColumns"
+    "Overlay Columns" "DICOM:OverlayComments" "Overlay Comments" "DICOM:OverlayCompressionCode"
+    "Overlay Compression Code" "DICOM:OverlayCompressionDescription"
+    "Overlay Compression Description" "DICOM:OverlayCompressionLabel" "Overlay Compression Label"
+    "DICOM:OverlayCompressionOriginator" "Overlay Compression Originator"
+    "DICOM:OverlayCompressionStepPointers" "Overlay Compression Step Pointers" "DICOM:OverlayData"
+    "Overlay Data" "DICOM:OverlayDate" "Overlay Date" "DICOM:OverlayDescription"
+    "Overlay Description" "DICOM:OverlayDescriptorBlue" "Overlay Descriptor Blue"
+    "DICOM:OverlayDescriptorGray" "Overlay Descriptor Gray" "DICOM:OverlayDescriptorGreen"
+    "Overlay Descriptor Green" "DICOM:OverlayDescriptorRed" "Overlay Descriptor Red"
+    "DICOM:OverlayForegroundDensity" "Overlay Foreground Density" "DICOM:OverlayFormat"
+    "Overlay Format" "DICOM:OverlayGroupLength" "Overlay Group Length" "DICOM:OverlayLabel"
+    "Overlay Label" "DICOM:OverlayLocation" "Overlay Location" "DICOM:OverlayMagnificationType"
+    "Overlay Magnification Type" "DICOM:OverlayMode" "Overlay Mode" "DICOM:OverlayNumber"
+    "Overlay Number" "DICOM:OverlayNumberOfTables" "Overlay Number Of Tables"
+    "DICOM:OverlayOrImageMagnification" "Overlay Or Image Magnification" "DICOM:OverlayOrigin"
+    "Overlay Origin" "DICOM:OverlayPixelDataSequence" "Overlay Pixel Data Sequence"
+    "DICOM:OverlayPlaneOrigin" "Overlay Plane Origin" "DICOM:OverlayPlanes" "Overlay Planes"
+    "DICOM:OverlayRepeatInterval" "Overlay Repeat Interval" "DICOM:OverlayRows" "Overlay Rows"
+    "DICOM:OverlaySmoothingType" "Overlay Smoothing Type" "DICOM:OverlaySubtype" "Overlay Subtype"
+    "DICOM:OverlayTime" "Overlay Time" "DICOM:OverlayType" "Overlay Type" "DICOM:OverlaysBlue"
+    "Overlays Blue" "DICOM:OverlaysGray" "Overlays Gray" "DICOM:OverlaysGreen" "Overlays Green"
+    "DICOM:OverlaysRed" "Overlays Red" "DICOM:OverrangeCorrectionUsed" "Overrange Correction Used"
+    "DICOM:OverriddenAttributesSequence" "Overridden Attributes Sequence"
+    "DICOM:OverrideParameterPointer" "Override Parameter Pointer" "DICOM:OverrideReason"
+    "Override Reason" "DICOM:OverrideSequence" "Override Sequence" "DICOM:OversamplingPhase"
+    "Oversampling Phase" "DICOM:OwnerID" "Owner ID" "DICOM:PETFrameTypeSequence"
+    "PET Frame Type Sequence" "DICOM:PETPositionSequence" "PET Position Sequence"
+    "DICOM:PSDEstimatedLimit" "PSD Estimated Limit" "DICOM:PSDEstimatedLimitInTeslaPerSecond"
+    "PSD Estimated Limit In Tesla Per Second" "DICOM:PVCRejection" "PVC Rejection"
+    "DICOM:PageNumberVector" "Page Number Vector" "DICOM:PaletteColorTableUID"
+    "Palette Color Table UID" "DICOM:ParallelAcquisition" "Parallel Acquisition"
+    "DICOM:ParallelAcquisitionTechnique" "Parallel Acquisition Technique"
+    "DICOM:ParallelReductFactorInPlaneRetired" "Parallel Reduct Factor In Plane Retired"
+    "DICOM:ParallelReductionFactSecondInPlane" "Parallel Reduction Fact Second In Plane"
+    "DICOM:ParallelReductionFactorInPlane" "Parallel Reduction Factor In Plane"
+    "DICOM:ParallelReductionFactorOutOfPlane" "Parallel Reduction Factor Out Of Plane"
+    "DICOM:ParameterItemIndex" "Parameter Item Index" "DICOM:ParameterPointer" "Parameter Pointer"
+    "DICOM:ParameterSequencePointer" "Parameter Sequence Pointer" "DICOM:PartialDataDisplayHandling"
+    "Partial Data Display Handling" "DICOM:PartialFourier" "Partial Fourier"
+    "DICOM:PartialFourierDirection" "Partial Fourier Direction" "DICOM:PartialView" "Partial View"
+    "DICOM:PartialViewCodeSequence" "Partial View Code Sequence" "DICOM:PartialViewDescription"
+    "Partial View Description" "DICOM:ParticipantSequence" "Participant Sequence"
+    "DICOM:ParticipationDateTime" "Participation Date Time" "DICOM:ParticipationType"
+    "Participation Type" "DICOM:PatientAdditionalPosition" "Patient Additional Position"
+    "DICOM:PatientAddress" "Patient Address" "DICOM:PatientAge" "Patient Age"
+    "DICOM:PatientBirthDate" "Patient Birth Date" "DICOM:PatientBirthName" "Patient Birth Name"
+    "DICOM:PatientBirthTime" "Patient Birth Time" "DICOM:PatientBreedCodeSequence"
+    "Patient Breed Code Sequence" "DICOM:PatientBreedDescription" "Patient Breed Description"
+    "DICOM:PatientClinicalTrialParticipSeq" "Patient Clinical Trial Particip Seq"
+    "DICOM:PatientComments" "Patient Comments" "DICOM:PatientEyeMovementCommandCodeSeq"
+    "Patient Eye Movement Command Code Seq" "DICOM:PatientEyeMovementCommanded"
+    "Patient Eye Movement Commanded" "DICOM:PatientGantryRelationshipCodeSeq"
+    "Patient Gantry Relationship Code Seq" "DICOM:PatientGroupLength" "Patient Group Length"
+    "DICOM:PatientID" "Patient ID" "DICOM:PatientIdentityRemoved" "Patient Identity Removed"
+    "DICOM:PatientInstitutionResidence" "Patient Institution Residence"
+    "DICOM:PatientInsurancePlanCodeSequence" "Patient Insurance Plan Code Sequence"
+    "DICOM:PatientMotherBirthName" "Patient Mother Birth Name" "DICOM:PatientMotionCorrected"
+    "Patient Motion Corrected" "DICOM:PatientName" "Patient Name" "DICOM:PatientOrientation"
+    "Patient Orientation" "DICOM:PatientOrientationCodeSequence" "Patient Orientation Code Sequence"
+    "DICOM:PatientOrientationInFrameSequence" "Patient Orientation In Frame Sequence"
+    "DICOM:PatientOrientationModifierCodeSeq" "Patient Orientation Modifier Code Seq"
+    "DICOM:PatientPosition" "Patient Position" "DICOM:PatientPrimaryLanguageCodeModSeq"
+    "Patient Primary Language Code Mod Seq" "DICOM:PatientPrimaryLanguageCodeSeq"
+    "Patient Primary Language Code Seq" "DICOM:PatientReligiousPreference"
+    "Patient Religious Preference" "DICOM:PatientSetupLabel" "Patient Setup Label"
+    "DICOM:PatientSetupNumber" "Patient Setup Number" "DICOM:PatientSetupSequence"
+    "Patient Setup Sequence" "DICOM:PatientSex" "Patient Sex" "DICOM:PatientSexNeutered"
+    "Patient Sex Neutered" "DICOM:PatientSize" "Patient Size" "DICOM:PatientSpeciesCodeSequence"
+    "Patient Species Code Sequence" "DICOM:PatientSpeciesDescription" "Patient Species Description"
+    "DICOM:PatientState" "Patient State" "DICOM:PatientStatus" "Patient Status"
+    "DICOM:PatientSupportAccessoryCode" "Patient Support Accessory Code" "DICOM:PatientSupportAngle"
+    "Patient Support Angle" "DICOM:PatientSupportAngleTolerance" "Patient Support Angle Tolerance"
+    "DICOM:PatientSupportID" "Patient Support ID" "DICOM:PatientSupportRotationDirection"
+    "Patient Support Rotation Direction" "DICOM:PatientSupportType" "Patient Support Type"
+    "DICOM:PatientTelephoneNumbers" "Patient Telephone Numbers" "DICOM:PatientTransportArrangements"
+    "Patient Transport Arrangements" "DICOM:PatientWeight" "Patient Weight"
+    "DICOM:PauseBetweenFrames" "Pause Between Frames" "DICOM:PauseInterval" "Pause Interval"
+    "DICOM:PeakRateOfChangeOfGradientField" "Peak Rate Of Change Of Gradient Field" "DICOM:PeakSAR"
+    "Peak SAR" "DICOM:PerFrameFunctionalGroupsSequence" "Per Frame Functional Groups Sequence"
+    "DICOM:PerProjectionAcquisitionSequence" "Per Projection Acquisition Sequence"
+    "DICOM:PercentPhaseFieldOfView" "Percent Phase Field Of View" "DICOM:PercentSampling"
+    "Percent Sampling" "DICOM:PerformedLocation" "Performed Location"
+    "DICOM:PerformedProcedureCodeSequence" "Performed Procedure Code Sequence"
+    "DICOM:PerformedProcedureStepDescription" "Performed Procedure Step Description"
+    "DICOM:PerformedProcedureStepEndDate" "Performed Procedure Step End Date"
+    "DICOM:PerformedProcedureStepEndTime" "Performed Procedure Step End Time"
+    "DICOM:PerformedProcedureStepID" "Performed Procedure Step ID"
+    "DICOM:PerformedProcedureStepStartDate" "Performed Procedure Step Start Date"
+    "DICOM:PerformedProcedureStepStartTime" "Performed Procedure Step Start Time"
+    "DICOM:PerformedProcedureStepStatus" "Performed Procedure Step Status"
+    "DICOM:PerformedProcedureTypeDescription" "Performed Procedure Type Description"
+    "DICOM:PerformedProcessingAppsCodeSeq" "Performed Processing Apps Code Seq"
+    "DICOM:PerformedProcessingParametersSeq" "Performed Processing Parameters Seq"
+    "DICOM:PerformedProtocolCodeSequence" "Performed Protocol Code Sequence"
+    "DICOM:PerformedProtocolType" "Performed Protocol Type" "DICOM:PerformedSeriesSequence"
+    "Performed Series Sequence" "DICOM:PerformedStationAETitle" "Performed Station AE Title"
+    "DICOM:PerformedStationClassCodeSequence" "Performed Station Class Code Sequence"
+    "DICOM:PerformedStationGeogLocCodeSeq" "Performed Station Geog Loc Code Seq"
+    "DICOM:PerformedStationName" "Performed Station Name" "DICOM:PerformedStationNameCodeSequence"
+    "Performed Station Name Code Sequence" "DICOM:PerformedWorkitemCodeSequence"
+    "Performed Workitem Code Sequence" "DICOM:PerformingPhysicianIDSequence"
+    "Performing Physician ID Sequence" "DICOM:PerformingPhysicianName" "Performing Physician Name"
+    "DICOM:PerimeterTable" "Perimeter Table" "DICOM:PerimeterValue" "Perimeter Value"
+    "DICOM:PeristalticFlagOption" "Peristaltic Flag Option" "DICOM:PersonAddress" "Person Address"
+    "DICOM:PersonIdentificationCodeSequence" "Person Identification Code Sequence"
+    "DICOM:PersonName" "Person Name" "DICOM:PersonTelephoneNumbers" "Person Telephone Numbers"
+    "DICOM:PertinentDocumentsSequence" "Pertinent Documents Sequence"
+    "DICOM:PertinentOtherEvidenceSequence" "Pertinent Other Evidence Sequence"
+    "DICOM:PhantomCalibrationDate" "Phantom Calibration Date" "DICOM:PhantomCalibrationTime"
+    "Phantom Calibration Time" "DICOM:PhaseContrast" "Phase Contrast" "DICOM:PhaseDelay"
+    "Phase Delay" "DICOM:PhaseDescription" "Phase Description" "DICOM:PhaseInformationSequence"
+    "Phase Information Sequence" "DICOM:PhaseNumber" "Phase Number" "DICOM:PhaseVector"
+    "Phase Vector" "DICOM:PhosphorType" "Phosphor Type" "DICOM:PhotometricInterpretation"
+    "Photometric Interpretation" "DICOM:PhototimerSetting" "Phototimer Setting"
+    "DICOM:PhysicalDeltaX" "Physical Delta X" "DICOM:PhysicalDeltaY" "Physical Delta Y"
+    "DICOM:PhysicalDetectorSize" "Physical Detector Size" "DICOM:PhysicalUnitsXDirection"
+    "Physical Units X Direction" "DICOM:PhysicalUnitsYDirection" "Physical Units Y Direction"
+    "DICOM:PhysicianApprovingInterpretation" "Physician Approving Interpretation"
+    "DICOM:PhysicianReadingStudyIDSequence" "Physician Reading Study ID Sequence"
+    "DICOM:PhysiciansOfRecord" "Physicians Of Record" "DICOM:PhysiciansOfRecordIDSequence"
+    "Physicians Of Record ID Sequence" "DICOM:PixelAspectRatio" "Pixel Aspect Ratio"
+    "DICOM:PixelBandwidth" "Pixel Bandwidth" "DICOM:PixelComponentDataType"
+    "Pixel Component Data Type" "DICOM:PixelComponentMask" "Pixel Component Mask"
+    "DICOM:PixelComponentOrganization" "Pixel Component Organization"
+    "DICOM:PixelComponentPhysicalUnits" "Pixel Component Physical Units"
+    "DICOM:PixelComponentRangeStart" "Pixel Component Range Start" "DICOM:PixelComponentRangeStop"
+    "Pixel Component Range Stop" "DICOM:PixelData" "Pixel Data" "DICOM:PixelDataGroupLength"
+    "Pixel Data Group Length" "DICOM:PixelDataProviderURL" "Pixel Data Provider URL"
+    "DICOM:PixelIntensityRelationship" "Pixel Intensity Relationship"
+    "DICOM:PixelIntensityRelationshipLUTSeq" "Pixel Intensity Relationship LUT Seq"
+    "DICOM:PixelIntensityRelationshipSign" "Pixel Intensity Relationship Sign"
+    "DICOM:PixelMeasuresSequence" "Pixel Measures Sequence" "DICOM:PixelPaddingRangeLimit"
+    "Pixel Padding Range Limit" "DICOM:PixelPaddingValue" "Pixel Padding Value"
+    "DICOM:PixelPresentation" "Pixel Presentation" "DICOM:PixelRepresentation"
+    "Pixel Representation" "DICOM:PixelRepresentation:0" "Unsigned" "DICOM:PixelRepresentation:1"
+    "Signed" "DICOM:PixelShiftFrameRange" "Pixel Shift Frame Range" "DICOM:PixelShiftSequence"
+    "Pixel Shift Sequence" "DICOM:PixelSpacing" "Pixel Spacing"
+    "DICOM:PixelSpacingCalibrationDescription" "Pixel Spacing Calibration Description"
+    "DICOM:PixelSpacingCalibrationType" "Pixel Spacing Calibration Type"
+    "DICOM:PixelSpacingSequence" "Pixel Spacing Sequence" "DICOM:PixelValueMappingCodeSequence"
+    "Pixel Value Mapping Code Sequence" "DICOM:PixelValueTransformationSequence"
+    "Pixel Value Transformation Sequence" "DICOM:PlacerOrderNum-ImagingServiceReq"
+    "Placer Order Num-Imaging Service Req" "DICOM:PlacerOrderNumber-Procedure"
+    "Placer Order Number-Procedure" "DICOM:PlanIntent" "Plan Intent" "DICOM:PlanarConfiguration"
+    "Planar Configuration" "DICOM:PlaneIdentification" "Plane Identification"
+    "DICOM:PlaneOrientationSequence" "Plane Orientation Sequence" "DICOM:PlanePositionSequence"
+    "Plane Position Sequence" "DICOM:PlaneType" "Plane Type" "DICOM:Planes"
+    "DICOM:PlannedVerificationImageSequence" "Planned Verification Image Sequence" "DICOM:PlateID"
+    "Plate ID" "DICOM:PlateType" "Plate Type" "DICOM:PointCoordinatesData" "Point Coordinates Data"
+    "DICOM:PointPositionAccuracy" "Point Position Accuracy" "DICOM:Polarity"
+    "DICOM:PositionOfIsocenterProjection" "Position Of Isocenter Projection"
+    "DICOM:PositionReferenceIndicator" "Position Reference Indicator"
+    "DICOM:PositionerIsocenterDetRotAngle" "Positioner Isocenter Det Rot Angle"
+    "DICOM:PositionerIsocenterPrimaryAngle" "Positioner Isocenter Primary Angle"
+    "DICOM:PositionerIsocenterSecondaryAngle" "Positioner Isocenter Secondary Angle"
+    "DICOM:PositionerMotion" "Positioner Motion" "DICOM:PositionerPositionSequence"
+    "Positioner Position Sequence" "DICOM:PositionerPrimaryAngle" "Positioner Primary Angle"
+    "DICOM:PositionerPrimaryAngleIncrement" "Positioner Primary Angle Increment"
+    "DICOM:PositionerSecondaryAngle" "Positioner Secondary Angle"
+    "DICOM:PositionerSecondaryAngleIncrement" "Positioner Secondary Angle Increment"
+    "DICOM:PositionerType" "Positioner Type" "DICOM:PostDeformationMatrixRegistSeq"
+    "Post Deformation Matrix Regist Seq" "DICOM:PostprocessingFunction" "Postprocessing Function"
+    "DICOM:PpscanParameters" "Ppscan Parameters" "DICOM:PreDeformationMatrixRegistSeq"
+    "Pre Deformation Matrix Regist Seq" "DICOM:PreMedication" "Pre Medication"
+    "DICOM:PredecessorDocumentsSequence" "Predecessor Documents Sequence" "DICOM:PredictorColumns"
+    "Predictor Columns" "DICOM:PredictorConstants" "Predictor Constants" "DICOM:PredictorRows"
+    "Predictor Rows" "DICOM:PreferredPlaybackSequencing" "Preferred Playback Sequencing"
+    "DICOM:PregnancyStatus" "Pregnancy Status" "DICOM:PreliminaryFlag" "Preliminary Flag"
+    "DICOM:PrepPulse" "Prep Pulse" "DICOM:PrescanStatus" "Prescan Status" "DICOM:PrescanType"
+    "Prescan Type" "DICOM:PrescribedFlowAxis" "Prescribed Flow Axis" "DICOM:PrescriptionDescription"
+    "Prescription Description" "DICOM:PresentationCreationDate" "Presentation Creation Date"
+    "DICOM:PresentationCreationTime" "Presentation Creation Time" "DICOM:PresentationGroupNumber"
+    "Presentation Group Number" "DICOM:PresentationIntentType" "Presentation Intent Type"
+    "DICOM:PresentationLUTContentSequence" "Presentation LUT Content Sequence"
+    "DICOM:PresentationLUTFlag" "Presentation LUT Flag" "DICOM:PresentationLUTSequence"
+    "Presentation LUT Sequence" "DICOM:PresentationLUTShape" "Presentation LUT Shape"
+    "DICOM:PresentationPixelAspectRatio" "Presentation Pixel Aspect Ratio"
+    "DICOM:PresentationPixelMagRatio" "Presentation Pixel Mag Ratio"
+    "DICOM:PresentationPixelSpacing" "Presentation Pixel Spacing" "DICOM:PresentationSizeMode"
+    "Presentation Size Mode" "DICOM:PrimaryAnatomicStructureSequence"
+    "Primary Anatomic Structure Sequence" "DICOM:PrimaryCountsAccumulated"
+    "Primary Counts Accumulated" "DICOM:PrimaryDosimeterUnit" "Primary Dosimeter Unit"
+    "DICOM:PrimaryPositionerIncrement" "Primary Positioner Increment"
+    "DICOM:PrimaryPositionerScanArc" "Primary Positioner Scan Arc"
+    "DICOM:PrimaryPositionerScanStartAngle" "Primary Positioner Scan Start Angle"
+    "DICOM:PrimaryReceiverSuiteAndHost" "Primary Receiver Suite And Host"
+    "DICOM:PrimarySpeedCorrectionUsed" "Primary Speed Correction Used"
+    "DICOM:PrimitivePointIndexList" "Primitive Point Index List" "DICOM:PrintJobDescriptionSequence"
+    "Print Job Description Sequence" "DICOM:PrintJobID" "Print Job ID"
+    "DICOM:PrintManagementCapabilitiesSeq" "Print Management Capabilities Seq" "DICOM:PrintPriority"
+    "Print Priority" "DICOM:PrintQueueID" "Print Queue ID" "DICOM:PrinterCharacteristicsSequence"
+    "Printer Characteristics Sequence" "DICOM:PrinterConfigurationSequence"
+    "Printer Configuration Sequence" "DICOM:PrinterName" "Printer Name" "DICOM:PrinterPixelSpacing"
+    "Printer Pixel Spacing" "DICOM:PrinterResolutionID" "Printer Resolution ID"
+    "DICOM:PrinterStatus" "Printer Status" "DICOM:PrinterStatusInfo" "Printer Status Info"
+    "DICOM:PrintingBitDepth" "Printing Bit Depth" "DICOM:PrismSequence" "Prism Sequence"
+    "DICOM:PrivateInformation" "Private Information" "DICOM:PrivateInformationCreatorUID"
+    "Private Information Creator UID" "DICOM:PrivateRecordUID" "Private Record UID"
+    "DICOM:PrivateScanOptions" "Private Scan Options" "DICOM:ProcStepDiscontinueReasonCodeSeq"
+    "Proc Step Discontinue Reason Code Seq" "DICOM:ProcedureCodeSequence" "Procedure Code Sequence"
+    "DICOM:ProcedureStepLabel" "Procedure Step Label" "DICOM:ProcedureStepRelationshipType"
+    "Procedure Step Relationship Type" "DICOM:ProcessingFunction" "Processing Function"
+    "DICOM:ProductDescription" "Product Description" "DICOM:ProductExpirationDateTime"
+    "Product Expiration Date Time" "DICOM:ProductID" "Product ID" "DICOM:ProductLotIdentifier"
+    "Product Lot Identifier" "DICOM:ProductName" "Product Name" "DICOM:ProductPackageIdentifier"
+    "Product Package Identifier" "DICOM:ProductParameterSequence" "Product Parameter Sequence"
+    "DICOM:ProductTypeCodeSequence" "Product Type Code Sequence" "DICOM:ProjectionAlgorithm"
+    "Projection Algorithm" "DICOM:ProjectionAngle" "Projection Angle"
+    "DICOM:ProjectionEponymousNameCodeSeq" "Projection Eponymous Name Code Seq"
+    "DICOM:ProjectionPixelCalibrationSequence" "Projection Pixel Calibration Sequence"
+    "DICOM:ProposedStudySequence" "Proposed Study Sequence" "DICOM:ProtocolContextSequence"
+    "Protocol Context Sequence" "DICOM:ProtocolName" "Protocol Name" "DICOM:PseudoColorType"
+    "Pseudo Color Type" "DICOM:PulseRepetitionFrequency" "Pulse Repetition Frequency"
+    "DICOM:PulseRepetitionInterval" "Pulse Repetition Interval" "DICOM:PulseSeqDate"
+    "Pulse Seq Date" "DICOM:PulseSeqMode" "Pulse Seq Mode" "DICOM:PulseSeqName" "Pulse Seq Name"
+    "DICOM:PulseSequence" "Pulse Sequence" "DICOM:PulseSequenceName" "Pulse Sequence Name"
+    "DICOM:PulseTime" "Pulse Time" "DICOM:PupilDilated" "Pupil Dilated" "DICOM:PupilSize"
+    "Pupil Size" "DICOM:PurposeOfReferenceCodeSequence" "Purpose Of Reference Code Sequence"
+    "DICOM:QuadratureReceiveCoil" "Quadrature Receive Coil" "DICOM:QualityControlImage"
+    "Quality Control Image" "DICOM:Quantity" "DICOM:QuantitySequence" "Quantity Sequence"
+    "DICOM:QueryRetrieveLevel" "Query Retrieve Level" "DICOM:QueueStatus" "Queue Status"
+    "DICOM:RACordOfTargetReconCenter" "RA Cord Of Target Recon Center"
+    "DICOM:RASLetterForAnteriorPosterior" "RAS Letter For Anterior Posterior"
+    "DICOM:RASLetterForScoutEndLoc" "RAS Letter For Scout End Loc" "DICOM:RASLetterForScoutStartLoc"
+    "RAS Letter For Scout Start Loc" "DICOM:RASLetterForSideOfImage" "RAS Letter For Side Of Image"
+    "DICOM:RASLetterOfImageLocation" "RAS Letter Of Image Location"
+    "DICOM:RCoordOfBottomRightCorner" "R Coord Of Bottom Right Corner"
+    "DICOM:RCoordOfTopRightCorner" "R Coord Of Top Right Corner" "DICOM:RFEchoTrainLength"
+    "RF Echo Train Length" "DICOM:RGBLUTTransferFunction" "RGBLUT Transfer Function" "DICOM:ROIArea"
+    "ROI Area" "DICOM:ROIContourSequence" "ROI Contour Sequence" "DICOM:ROIDescription"
+    "ROI Description" "DICOM:ROIDisplayColor" "ROI Display Color"
+    "DICOM:ROIElementalCompAtomicMassFraction" "ROI Elemental Comp Atomic Mass Fraction"
+    "DICOM:ROIElementalCompAtomicNumber" "ROI Elemental Comp Atomic Number"
+    "DICOM:ROIElementalCompositionSequence" "ROI Elemental Composition Sequence"
+    "DICOM:ROIGenerationAlgorithm" "ROI Generation Algorithm" "DICOM:ROIGenerationDescription"
+    "ROI Generation Description" "DICOM:ROIInterpreter" "ROI Interpreter" "DICOM:ROIMean" "ROI Mean"
+    "DICOM:ROIName" "ROI Name" "DICOM:ROINumber" "ROI Number" "DICOM:ROIObservationDescription"
+    "ROI Observation Description" "DICOM:ROIObservationLabel" "ROI Observation Label"
+    "DICOM:ROIPhysicalPropertiesSequence" "ROI Physical Properties Sequence"
+    "DICOM:ROIPhysicalProperty" "ROI Physical Property" "DICOM:ROIPhysicalPropertyValue"
+    "ROI Physical Property Value" "DICOM:ROIStandardDeviation" "ROI Standard Deviation"
+    "DICOM:ROIVolume" "ROI Volume" "DICOM:RRIntervalTimeNominal" "RR Interval Time Nominal"
+    "DICOM:RRIntervalVector" "RR Interval Vector" "DICOM:RTBeamLimitingDeviceType"
+    "RT Beam Limiting Device Type" "DICOM:RTDoseROISequence" "RT Dose ROI Sequence"
+    "DICOM:RTImageDescription" "RT Image Description" "DICOM:RTImageLabel" "RT Image Label"
+    "DICOM:RTImageName" "RT Image Name" "DICOM:RTImageOrientation" "RT Image Orientation"
+    "DICOM:RTImagePlane" "RT Image Plane" "DICOM:RTImagePosition" "RT Image Position"
+    "DICOM:RTImageSID" "RT Image SID" "DICOM:RTPlanDate" "RT Plan Date" "DICOM:RTPlanDescription"
+    "RT Plan Description" "DICOM:RTPlanGeometry" "RT Plan Geometry" "DICOM:RTPlanLabel"
+    "RT Plan Label" "DICOM:RTPlanName" "RT Plan Name" "DICOM:RTPlanRelationship"
+    "RT Plan Relationship" "DICOM:RTPlanTime" "RT Plan Time" "DICOM:RTROIIdentificationCodeSequence"
+    "RTROI Identification Code Sequence" "DICOM:RTROIInterpretedType" "RTROI Interpreted Type"
+    "DICOM:RTROIObservationsSequence" "RTROI Observations Sequence" "DICOM:RTROIRelationship"
+    "RTROI Relationship" "DICOM:RTReferencedSeriesSequence" "RT Referenced Series Sequence"
+    "DICOM:RTReferencedStudySequence" "RT Referenced Study Sequence" "DICOM:RTRelatedROISequence"
+    "RT Related ROI Sequence" "DICOM:RWavePointer" "R Wave Pointer" "DICOM:RWaveTimeVector"
+    "R Wave Time Vector" "DICOM:RadialPosition" "Radial Position" "DICOM:RadiationAtomicNumber"
+    "Radiation Atomic Number" "DICOM:RadiationChargeState" "Radiation Charge State"
+    "DICOM:RadiationMachineName" "Radiation Machine Name" "DICOM:RadiationMachineSAD"
+    "Radiation Machine SAD" "DICOM:RadiationMachineSSD" "Radiation Machine SSD"
+    "DICOM:RadiationMassNumber" "Radiation Mass Number" "DICOM:RadiationMode" "Radiation Mode"
+    "DICOM:RadiationSetting" "Radiation Setting" "DICOM:RadiationType" "Radiation Type"
+    "DICOM:Radionuclide" "DICOM:RadionuclideCodeSequence" "Radionuclide Code Sequence"
+    "DICOM:RadionuclideHalfLife" "Radionuclide Half Life" "DICOM:RadionuclidePositronFraction"
+    "Radionuclide Positron Fraction" "DICOM:RadionuclideTotalDose" "Radionuclide Total Dose"
+    "DICOM:Radiopharmaceutical" "DICOM:RadiopharmaceuticalCodeSequence"
+    "Radiopharmaceutical Code Sequence" "DICOM:RadiopharmaceuticalInformationSeq"
+    "Radiopharmaceutical Information Seq" "DICOM:RadiopharmaceuticalRoute"
+    "Radiopharmaceutical Route" "DICOM:RadiopharmaceuticalSpecActivity"
+    "Radiopharmaceutical Spec Activity" "DICOM:RadiopharmaceuticalStartDateTime"
+    "Radiopharmaceutical Start Date Time" "DICOM:RadiopharmaceuticalStartTime"
+    "Radiopharmaceutical Start Time" "DICOM:RadiopharmaceuticalStopDateTime"
+    "Radiopharmaceutical Stop Date Time" "DICOM:RadiopharmaceuticalStopTime"
+    "Radiopharmaceutical Stop Time" "DICOM:RadiopharmaceuticalVolume" "Radiopharmaceutical Volume"
+    "DICOM:RadiusOfCircExposControlSensRegion" "Radius Of Circ Expos Control Sens Region"
+    "DICOM:RadiusOfCircularCollimator" "Radius Of Circular Collimator"
+    "DICOM:RadiusOfCircularShutter" "Radius Of Circular Shutter" "DICOM:RadiusOfCurvature"
+    "Radius Of Curvature" "DICOM:RandomsCorrected" "Randoms Corrected"
+    "DICOM:RandomsCorrectionMethod" "Randoms Correction Method" "DICOM:RangeModulatorDescription"
+    "Range Modulator Description" "DICOM:RangeModulatorGatingStartValue"
+    "Range Modulator Gating Start Value" "DICOM:RangeModulatorGatingStopValue"
+    "Range Modulator Gating Stop Value" "DICOM:RangeModulatorID" "Range Modulator ID"
+    "DICOM:RangeModulatorNumber" "Range Modulator Number" "DICOM:RangeModulatorSequence"
+    "Range Modulator Sequence" "DICOM:RangeModulatorSettingsSequence"
+    "Range Modulator Settings Sequence" "DICOM:RangeModulatorType" "Range Modulator Type"
+    "DICOM:RangeShifterDescription" "Range Shifter Description" "DICOM:RangeShifterID"
+    "Range Shifter ID" "DICOM:RangeShifterNumber" "Range Shifter Number"
+    "DICOM:RangeShifterSequence" "Range Shifter Sequence" "DICOM:RangeShifterSetting"
+    "Range Shifter Setting" "DICOM:RangeShifterSettingsSequence" "Range Shifter Settings Sequence"
+    "DICOM:RangeShifterType" "Range Shifter Type" "DICOM:RangeShifterWaterEquivThickness"
+    "Range Shifter Water Equiv Thickness" "DICOM:RawDataHandling" "Raw Data Handling"
+    "DICOM:RawDataRunNumber" "Raw Data Run Number" "DICOM:RawDataType" "Raw Data Type"
+    "DICOM:RealWorldValueFirstValueMapped" "Real World Value First Value Mapped"
+    "DICOM:RealWorldValueIntercept" "Real World Value Intercept" "DICOM:RealWorldValueLUTData"
+    "Real World Value LUT Data" "DICOM:RealWorldValueLastValueMapped"
+    "Real World Value Last Value Mapped" "DICOM:RealWorldValueMappingSequence"
+    "Real World Value Mapping Sequence" "DICOM:RealWorldValueSlope" "Real World Value Slope"
+    "DICOM:ReasonForCancellation" "Reason For Cancellation" "DICOM:ReasonForImagingServiceRequest"
+    "Reason For Imaging Service Request" "DICOM:ReasonForRequestedProcedure"
+    "Reason For Requested Procedure" "DICOM:ReasonForRequestedProcedureCodeSeq"
+    "Reason For Requested Procedure Code Seq" "DICOM:ReasonForStudy" "Reason For Study"
+    "DICOM:ReasonForTheAttributeModification" "Reason For The Attribute Modification"
+    "DICOM:ReceiveBandwidth" "Receive Bandwidth" "DICOM:ReceiveCoilManufacturerName"
+    "Receive Coil Manufacturer Name" "DICOM:ReceiveCoilName" "Receive Coil Name"
+    "DICOM:ReceiveCoilType" "Receive Coil Type" "DICOM:ReceivingAE" "Receiving AE"
+    "DICOM:RecognitionCode" "Recognition Code" "DICOM:RecommendedDisplayCIELabValue"
+    "Recommended Display CIE Lab Value" "DICOM:RecommendedDisplayFrameRate"
+    "Recommended Display Frame Rate" "DICOM:RecommendedDisplayFrameRateInFloat"
+    "Recommended Display Frame Rate In Float" "DICOM:RecommendedDisplayGrayscaleValue"
+    "Recommended Display Grayscale Value" "DICOM:RecommendedViewingMode" "Recommended Viewing Mode"
+    "DICOM:ReconPostProcflag" "Recon Post Procflag" "DICOM:ReconstructionAlgorithm"
+    "Reconstruction Algorithm" "DICOM:ReconstructionAngle" "Reconstruction Angle"
+    "DICOM:ReconstructionDescription" "Reconstruction Description" "DICOM:ReconstructionDiameter"
+    "Reconstruction Diameter" "DICOM:ReconstructionFieldOfView" "Reconstruction Field Of View"
+    "DICOM:ReconstructionIndex" "Reconstruction Index" "DICOM:ReconstructionMethod"
+    "Reconstruction Method" "DICOM:ReconstructionPixelSpacing" "Reconstruction Pixel Spacing"
+    "DICOM:ReconstructionTargetCenterPatient" "Reconstruction Target Center Patient"
+    "DICOM:ReconstructionType" "Reconstruction Type" "DICOM:RecordInUseFlag" "Record In Use Flag"
+    "DICOM:RecordedBlockSequence" "Recorded Block Sequence" "DICOM:RecordedBrachyAccessoryDeviceSeq"
+    "Recorded Brachy Accessory Device Seq" "DICOM:RecordedChannelSequence"
+    "Recorded Channel Sequence" "DICOM:RecordedChannelShieldSequence"
+    "Recorded Channel Shield Sequence" "DICOM:RecordedCompensatorSequence"
+    "Recorded Compensator Sequence" "DICOM:RecordedLateralSpreadingDeviceSeq"
+    "Recorded Lateral Spreading Device Seq" "DICOM:RecordedRangeModulatorSequence"
+    "Recorded Range Modulator Sequence" "DICOM:RecordedRangeShifterSequence"
+    "Recorded Range Shifter Sequence" "DICOM:RecordedSnoutSequence" "Recorded Snout Sequence"
+    "DICOM:RecordedSourceApplicatorSequence" "Recorded Source Applicator Sequence"
+    "DICOM:RecordedSourceSequence" "Recorded Source Sequence" "DICOM:RecordedWedgeSequence"
+    "Recorded Wedge Sequence" "DICOM:RectificationType" "Rectification Type"
+    "DICOM:RectilinearPhaseEncodeReordering" "Rectilinear Phase Encode Reordering"
+    "DICOM:RedPaletteColorTableData" "Red Palette Color Table Data"
+    "DICOM:RedPaletteColorTableDescriptor" "Red Palette Color Table Descriptor"
+    "DICOM:RefGenPurSchedProcStepTransUID" "Ref Gen Pur Sched Proc Step Trans UID"
+    "DICOM:RefGenPurposeSchedProcStepSeq" "Ref Gen Purpose Sched Proc Step Seq"
+    "DICOM:RefImageRealWorldValueMappingSeq" "Ref Image Real World Value Mapping Seq"
+    "DICOM:Reference" "DICOM:ReferenceAirKermaRate" "Reference Air Kerma Rate"
+    "DICOM:ReferenceChannelUsed" "Reference Channel Used" "DICOM:ReferenceChannels"
+    "Reference Channels" "DICOM:ReferenceCoordinates" "Reference Coordinates"
+    "DICOM:ReferenceDisplaySets" "Reference Display Sets" "DICOM:ReferenceImageField"
+    "Reference Image Field" "DICOM:ReferenceImageNumber" "Reference Image Number"
+    "DICOM:ReferencePixelPhysicalValueX" "Reference Pixel Physical Value X"
+    "DICOM:ReferencePixelPhysicalValueY" "Reference Pixel Physical Value Y" "DICOM:ReferencePixelX0"
+    "Reference Pixel X0" "DICOM:ReferencePixelY0" "Reference Pixel Y0"
+    "DICOM:ReferenceToRecordedSound" "Reference To Recorded Sound"
+    "DICOM:ReferencedBasicAnnotationBoxSeq" "Referenced Basic Annotation Box Seq"
+    "DICOM:ReferencedBeamNumber" "Referenced Beam Number" "DICOM:ReferencedBeamSequence"
+    "Referenced Beam Sequence" "DICOM:ReferencedBlockNumber" "Referenced Block Number"
+    "DICOM:ReferencedBolusSequence" "Referenced Bolus Sequence"
+    "DICOM:ReferencedBrachyAccessoryDeviceNum" "Referenced Brachy Accessory Device Num"
+    "DICOM:ReferencedBrachyAppSetupNumber" "Referenced Brachy App Setup Number"
+    "DICOM:ReferencedBrachyAppSetupSeq" "Referenced Brachy App Setup Seq"
+    "DICOM:ReferencedCalculatedDoseRefNumber" "Referenced Calculated Dose Ref Number"
+    "DICOM:ReferencedCalculatedDoseRefSeq" "Referenced Calculated Dose Ref Seq"
+    "DICOM:ReferencedChannelShieldNumber" "Referenced Channel Shield Number"
+    "DICOM:ReferencedCompensatorNumber" "Referenced Compensator Number"
+    "DICOM:ReferencedContentItemIdentifier" "Referenced Content Item Identifier"
+    "DICOM:ReferencedControlPointIndex" "Referenced Control Point Index"
+    "DICOM:ReferencedControlPointSequence" "Referenced Control Point Sequence"
+    "DICOM:ReferencedCurveSequence" "Referenced Curve Sequence" "DICOM:ReferencedDateTime"
+    "Referenced Date Time" "DICOM:ReferencedDigitalSignatureSeq" "Referenced Digital Signature Seq"
+    "DICOM:ReferencedDoseReferenceNumber" "Referenced Dose Reference Number"
+    "DICOM:ReferencedDoseReferenceSequence" "Referenced Dose Reference Sequence"
+    "DICOM:ReferencedDoseSequence" "Referenced Dose Sequence" "DICOM:ReferencedFileID"
+    "Referenced File ID" "DICOM:ReferencedFilmBoxSequence" "Referenced Film Box Sequence"
+    "DICOM:ReferencedFilmSessionSequence" "Referenced Film Session Sequence"
+    "DICOM:ReferencedFractionGroupNumber" "Referenced Fraction Group Number"
+    "DICOM:ReferencedFractionGroupSequence" "Referenced Fraction Group Sequence"
+    "DICOM:ReferencedFractionNumber" "Referenced Fraction Number" "DICOM:ReferencedFrameNumber"
+    "Referenced Frame Number" "DICOM:ReferencedFrameNumbers" "Referenced Frame Numbers"
+    "DICOM:ReferencedFrameOfReferenceSequence" "Referenced Frame Of Reference Sequence"
+    "DICOM:ReferencedFrameOfReferenceUID" "Referenced Frame Of Reference UID"
+    "DICOM:ReferencedImageBoxSequence" "Referenced Image Box Sequence"
+    "DICOM:ReferencedImageEvidenceSequence" "Referenced Image Evidence Sequence"
+    "DICOM:ReferencedImageOverlayBoxSequence" "Referenced Image Overlay Box Sequence"
+    "DICOM:ReferencedImageSequence" "Referenced Image Sequence" "DICOM:ReferencedInstanceSequence"
+    "Referenced Instance Sequence" "DICOM:ReferencedInterpretationSequence"
+    "Referenced Interpretation Sequence" "DICOM:ReferencedLateralSpreadingDevNum"
+    "Referenced Lateral Spreading Dev Num" "DICOM:ReferencedMeasuredDoseReferenceNum"
+    "Referenced Measured Dose Reference Num" "DICOM:ReferencedMeasuredDoseReferenceSeq"
+    "Referenced Measured Dose Reference Seq" "DICOM:ReferencedNonImageCompositeSOPSeq"
+    "Referenced Non Image Composite SOP Seq" "DICOM:ReferencedOtherPlaneSequence"
+    "Referenced Other Plane Sequence" "DICOM:ReferencedOverlayGroup" "Referenced Overlay Group"
+    "DICOM:ReferencedOverlayPlaneGroups" "Referenced Overlay Plane Groups"
+    "DICOM:ReferencedOverlayPlaneSequence" "Referenced Overlay Plane Sequence"
+    "DICOM:ReferencedOverlaySequence" "Referenced Overlay Sequence"
+    "DICOM:ReferencedPatientAliasSequence" "Referenced Patient Alias Sequence"
+    "DICOM:ReferencedPatientSequence" "Referenced Patient Sequence"
+    "DICOM:ReferencedPatientSetupNumber" "Referenced Patient Setup Number"
+    "DICOM:ReferencedPresentationLUTSequence" "Referenced Presentation LUT Sequence"
+    "DICOM:ReferencedPrintJobSequence" "Referenced Print Job Sequence"
+    "DICOM:ReferencedProcedureStepSequence" "Referenced Procedure Step Sequence"
+    "DICOM:ReferencedROINumber" "Referenced ROI Number" "DICOM:ReferencedRTPlanSequence"
+    "Referenced RT Plan Sequence" "DICOM:ReferencedRangeModulatorNumber"
+    "Referenced Range Modulator Number" "DICOM:ReferencedRangeShifterNumber"
+    "Referenced Range Shifter Number" "DICOM:ReferencedRawDataSequence"
+    "Referenced Raw Data Sequence" "DICOM:ReferencedReferenceImageNumber"
+    "Referenced Reference Image Number" "DICOM:ReferencedReferenceImageSequence"
+    "Referenced Reference Image Sequence" "DICOM:ReferencedRelatedSOPClassUIDInFile"
+    "Referenced Related SOP Class UID In File" "DICOM:ReferencedRequestSequence"
+    "Referenced Request Sequence" "DICOM:ReferencedResultsSequence" "Referenced Results Sequence"
+    "DICOM:ReferencedSOPClassUID" "Referenced SOP Class UID" "DICOM:ReferencedSOPClassUIDInFile"
+    "Referenced SOP Class UID In File" "DICOM:ReferencedSOPInstanceMACSeq"
+    "Referenced SOP Instance MAC Seq" "DICOM:ReferencedSOPInstanceUID" "Referenced SOP Instance UID"
+    "DICOM:ReferencedSOPInstanceUIDInFile" "Referenced SOP Instance UID In File"
+    "DICOM:ReferencedSOPSequence" "Referenced SOP Sequence" "DICOM:ReferencedSamplePositions"
+    "Referenced Sample Positions" "DICOM:ReferencedSegmentNumber" "Referenced Segment Number"
+    "DICOM:ReferencedSeriesSequence" "Referenced Series Sequence"
+    "DICOM:ReferencedSetupImageSequence" "Referenced Setup Image Sequence"
+    "DICOM:ReferencedSourceApplicatorNumber" "Referenced Source Applicator Number"
+    "DICOM:ReferencedSourceNumber" "Referenced Source Number"
+    "DICOM:ReferencedSpatialRegistrationSeq" "Referenced Spatial Registration Seq"
+    "DICOM:ReferencedStartControlPointIndex" "Referenced Start Control Point Index"
+    "DICOM:ReferencedStopControlPointIndex" "Referenced Stop Control Point Index"
+    "DICOM:ReferencedStorageMediaSequence" "Referenced Storage Media Sequence"
+    "DICOM:ReferencedStoredPrintSequence" "Referenced Stored Print Sequence"
+    "DICOM:ReferencedStructureSetSequence" "Referenced Structure Set Sequence"
+    "DICOM:ReferencedStudySequence" "Referenced Study Sequence" "DICOM:ReferencedTimeOffsets"
+    "Referenced Time Offsets" "DICOM:ReferencedToleranceTableNumber"
+    "Referenced Tolerance Table Number" "DICOM:ReferencedTransferSyntaxUIDInFile"
+    "Referenced Transfer Syntax UID In File" "DICOM:ReferencedTreatmentRecordSequence"
+    "Referenced Treatment Record Sequence" "DICOM:ReferencedVOILUTBoxSequence"
+    "Referenced VOILUT Box Sequence" "DICOM:ReferencedVerificationImageSeq"
+    "Referenced Verification Image Seq" "DICOM:ReferencedVisitSequence" "Referenced Visit Sequence"
+    "DICOM:ReferencedWaveformChannels" "Referenced Waveform Channels"
+    "DICOM:ReferencedWaveformSequence" "Referenced Waveform Sequence" "DICOM:ReferencedWedgeNumber"
+    "Referenced Wedge Number" "DICOM:ReferringPhysicianAddress" "Referring Physician Address"
+    "DICOM:ReferringPhysicianIDSequence" "Referring Physician ID Sequence"
+    "DICOM:ReferringPhysicianName" "Referring Physician Name"
+    "DICOM:ReferringPhysicianTelephoneNumber" "Referring Physician Telephone Number"
+    "DICOM:ReflectedAmbientLight" "Reflected Ambient Light" "DICOM:ReformattingInterval"
+    "Reformatting Interval" "DICOM:ReformattingOpInitialViewDir" "Reformatting Op Initial View Dir"
+    "DICOM:ReformattingOperationType" "Reformatting Operation Type" "DICOM:ReformattingThickness"
+    "Reformatting Thickness" "DICOM:RefractiveStateSequence" "Refractive State Sequence"
+    "DICOM:RegionDataType" "Region Data Type" "DICOM:RegionFlags" "Region Flags"
+    "DICOM:RegionLocationMaxX1" "Region Location Max X1" "DICOM:RegionLocationMaxY1"
+    "Region Location Max Y1" "DICOM:RegionLocationMinX0" "Region Location Min X0"
+    "DICOM:RegionLocationMinY0" "Region Location Min Y0" "DICOM:RegionOfResidence"
+    "Region Of Residence" "DICOM:RegionPixelShiftSequence" "Region Pixel Shift Sequence"
+    "DICOM:RegionSpatialFormat" "Region Spatial Format" "DICOM:RegistrationSequence"
+    "Registration Sequence" "DICOM:RegistrationTypeCodeSequence" "Registration Type Code Sequence"
+    "DICOM:RelatedFrameOfReferenceUID" "Related Frame Of Reference UID"
+    "DICOM:RelatedGeneralSOPClassUID" "Related General SOP Class UID"
+    "DICOM:RelatedProcedureStepSequence" "Related Procedure Step Sequence"
+    "DICOM:RelatedRTROIObservationsSequence" "Related RTROI Observations Sequence"
+    "DICOM:RelatedReferenceRTImageSequence" "Related Reference RT Image Sequence"
+    "DICOM:RelatedSeriesSequence" "Related Series Sequence" "DICOM:RelationshipGroupLength"
+    "Relationship Group Length" "DICOM:RelationshipType" "Relationship Type"
+    "DICOM:RelativeImagePositionCodeSequence" "Relative Image Position Code Sequence"
+    "DICOM:RelativeOpacity" "Relative Opacity" "DICOM:RelativeTime" "Relative Time"
+    "DICOM:RelativeTimeUnits" "Relative Time Units" "DICOM:RelativeXRayExposure"
+    "Relative X Ray Exposure" "DICOM:RelevantInformationSequence" "Relevant Information Sequence"
+    "DICOM:RenderingType3D" "Rendering Type 3D" "DICOM:RepeatFractionCycleLength"
+    "Repeat Fraction Cycle Length" "DICOM:RepeatInterval" "Repeat Interval" "DICOM:RepetitionTime"
+    "Repetition Time" "DICOM:ReportedValuesOrigin" "Reported Values Origin"
+    "DICOM:ReportingPriority" "Reporting Priority" "DICOM:RepresentativeFrameNumber"
+    "Representative Frame Number" "DICOM:ReprojectionMethod" "Reprojection Method"
+    "DICOM:RequestAttributesSequence" "Request Attributes Sequence" "DICOM:RequestPriority"
+    "Request Priority" "DICOM:RequestedContrastAgent" "Requested Contrast Agent"
+    "DICOM:RequestedDecimate-CropBehavior" "Requested Decimate-Crop Behavior"
+    "DICOM:RequestedImageSize" "Requested Image Size" "DICOM:RequestedImageSizeFlag"
+    "Requested Image Size Flag" "DICOM:RequestedMediaApplicationProfile"
+    "Requested Media Application Profile" "DICOM:RequestedProcedureCodeSequence"
+    "Requested Procedure Code Sequence" "DICOM:RequestedProcedureComments"
+    "Requested Procedure Comments" "DICOM:RequestedProcedureDescription"
+    "Requested Procedure Description" "DICOM:RequestedProcedureID" "Requested Procedure ID"
+    "DICOM:RequestedProcedureLocation" "Requested Procedure Location"
+    "DICOM:RequestedProcedurePriority" "Requested Procedure Priority" "DICOM:RequestedResolutionID"
+    "Requested Resolution ID" "DICOM:RequestedSubsequentWorkItemCodeSeq"
+    "Requested Subsequent Work Item Code Seq" "DICOM:RequestingAE" "Requesting AE"
+    "DICOM:RequestingPhysician" "Requesting Physician" "DICOM:RequestingPhysicianIDSequence"
+    "Requesting Physician ID Sequence" "DICOM:RequestingService" "Requesting Service"
+    "DICOM:RescaleIntercept" "Rescale Intercept" "DICOM:RescaleSlope" "Rescale Slope"
+    "DICOM:RescaleType" "Rescale Type" "DICOM:ResidualSyringeCounts" "Residual Syringe Counts"
+    "DICOM:ResonantNucleus" "Resonant Nucleus" "DICOM:RespiratoryCyclePosition"
+    "Respiratory Cycle Position" "DICOM:RespiratoryIntervalTime" "Respiratory Interval Time"
+    "DICOM:RespiratoryMotionCompTechDescr" "Respiratory Motion Comp Tech Descr"
+    "DICOM:RespiratoryMotionCompTechnique" "Respiratory Motion Comp Technique"
+    "DICOM:RespiratoryRateBpm" "Respiratory Rate Bpm" "DICOM:RespiratorySignalSource"
+    "Respiratory Signal Source" "DICOM:RespiratorySignalSourceID" "Respiratory Signal Source ID"
+    "DICOM:RespiratorySynchronizationSequence" "Respiratory Synchronization Sequence"
+    "DICOM:RespiratoryTriggerDelayThreshold" "Respiratory Trigger Delay Threshold"
+    "DICOM:RespiratoryTriggerPoint" "Respiratory Trigger Point" "DICOM:RespiratoryTriggerType"
+    "Respiratory Trigger Type" "DICOM:ResponsibleOrganization" "Responsible Organization"
+    "DICOM:ResponsiblePerson" "Responsible Person" "DICOM:ResponsiblePersonRole"
+    "Responsible Person Role" "DICOM:ResultingGenPurposePerfProcStepSeq"
+    "Resulting Gen Purpose Perf Proc Step Seq" "DICOM:ResultsComments" "Results Comments"
+    "DICOM:ResultsDistributionListSequence" "Results Distribution List Sequence" "DICOM:ResultsID"
+    "Results ID" "DICOM:ResultsIDIssuer" "Results ID Issuer" "DICOM:RetrieveAETitle"
+    "Retrieve AE Title" "DICOM:RetrieveLocationUID" "Retrieve Location UID" "DICOM:RetrieveURI"
+    "Retrieve URI" "DICOM:ReviewDate" "Review Date" "DICOM:ReviewTime" "Review Time"
+    "DICOM:ReviewerName" "Reviewer Name" "DICOM:RevolutionTime" "Revolution Time"
+    "DICOM:RightImageSequence" "Right Image Sequence" "DICOM:RightLensSequence"
+    "Right Lens Sequence" "DICOM:RotationDirection" "Rotation Direction"
+    "DICOM:RotationFromSourceXRot" "Rotation From Source X Rot" "DICOM:RotationFromSourceYRot"
+    "Rotation From Source Y Rot" "DICOM:RotationFromSourceZRot" "Rotation From Source Z Rot"
+    "DICOM:RotationInformationSequence" "Rotation Information Sequence"
+    "DICOM:RotationOfScannedFilm" "Rotation Of Scanned Film" "DICOM:RotationOffset"
+    "Rotation Offset" "DICOM:RotationVector" "Rotation Vector" "DICOM:RouteOfAdmissions"
+    "Route Of Admissions" "DICOM:RowOverlap" "Row Overlap" "DICOM:Rows" "DICOM:RunLengthTriplet"
+    "Run Length Triplet" "DICOM:SAR" "DICOM:SATFatWaterBone" "SAT Fat Water Bone"
+    "DICOM:SATLocationA" "SAT Location A" "DICOM:SATLocationF" "SAT Location F" "DICOM:SATLocationH"
+    "SAT Location H" "DICOM:SATLocationL" "SAT Location L" "DICOM:SATLocationP" "SAT Location P"
+    "DICOM:SATLocationR" "SAT Location R" "DICOM:SATThicknessA-P" "SAT Thickness A-P"
+    "DICOM:SATThicknessH-F" "SAT Thickness H-F" "DICOM:SATThicknessR-L" "SAT Thickness R-L"
+    "DICOM:SCPStatus" "SCP Status" "DICOM:SCoordOfBottomRightCorner"
+    "S Coord Of Bottom Right Corner" "DICOM:SCoordOfTopRightCorner" "S Coord Of Top Right Corner"
+    "DICOM:SOPAuthorizationComment" "SOP Authorization Comment" "DICOM:SOPAuthorizationDateAndTime"
+    "SOP Authorization Date And Time" "DICOM:SOPClassUID" "SOP Class UID" "DICOM:SOPClassesInStudy"
+    "SOP Classes In Study" "DICOM:SOPClassesSupported" "SOP Classes Supported"
+    "DICOM:SOPInstanceStatus" "SOP Instance Status" "DICOM:SOPInstanceUID" "SOP Instance UID"
+    "DICOM:SafePositionExitDate" "Safe Position Exit Date" "DICOM:SafePositionExitTime"
+    "Safe Position Exit Time" "DICOM:SafePositionReturnDate" "Safe Position Return Date"
+    "DICOM:SafePositionReturnTime" "Safe Position Return Time" "DICOM:SampleRate" "Sample Rate"
+    "DICOM:SamplesPerPixel" "Samples Per Pixel" "DICOM:SamplesPerPixelUsed" "Samples Per Pixel Used"
+    "DICOM:SamplingFrequency" "Sampling Frequency" "DICOM:Saravghead" "DICOM:SaturationPlanes"
+    "Saturation Planes" "DICOM:SaturationRecovery" "Saturation Recovery"
+    "DICOM:SaveCompInstancesAfterMediaCreate" "Save Comp Instances After Media Create"
+    "DICOM:ScanArc" "Scan Arc" "DICOM:ScanFOVType" "Scan FOV Type" "DICOM:ScanLength" "Scan Length"
+    "DICOM:ScanMode" "Scan Mode" "DICOM:ScanOptions" "Scan Options" "DICOM:ScanPitchRatio"
+    "Scan Pitch Ratio" "DICOM:ScanSpotMetersetWeights" "Scan Spot Meterset Weights"
+    "DICOM:ScanSpotMetersetsDelivered" "Scan Spot Metersets Delivered" "DICOM:ScanSpotPositionMap"
+    "Scan Spot Position Map" "DICOM:ScanSpotTuneID" "Scan Spot Tune ID" "DICOM:ScanVelocity"
+    "Scan Velocity" "DICOM:ScannerStudyEntityUID" "Scanner Study Entity UID" "DICOM:ScannerStudyID"
+    "Scanner Study ID" "DICOM:ScannerTableEntry" "Scanner Table Entry" "DICOM:ScanningSequence"
+    "Scanning Sequence" "DICOM:ScanningSpotSize" "Scanning Spot Size" "DICOM:ScatterCorrected"
+    "Scatter Corrected" "DICOM:ScatterCorrectionMethod" "Scatter Correction Method"
+    "DICOM:ScatterFractionFactor" "Scatter Fraction Factor"
+    "DICOM:SchedProcStepModificationDateTime" "Sched Proc Step Modification Date Time"
+    "DICOM:SchedProcedureStepStartDateAndTime" "Sched Procedure Step Start Date And Time"
+    "DICOM:SchedProcessingApplicationsCodeSeq" "Sched Processing Applications Code Seq"
+    "DICOM:SchedStationGeographicLocCodeSeq" "Sched Station Geographic Loc Code Seq"
+    "DICOM:ScheduledAdmissionDate" "Scheduled Admission Date" "DICOM:ScheduledAdmissionTime"
+    "Scheduled Admission Time" "DICOM:ScheduledDischargeDate" "Scheduled Discharge Date"
+    "DICOM:ScheduledDischargeTime" "Scheduled Discharge Time"
+    "DICOM:ScheduledHumanPerformersSequence" "Scheduled Human Performers Sequence"
+    "DICOM:ScheduledPatientInstitResidence" "Scheduled Patient Instit Residence"
+    "DICOM:ScheduledPerformingPhysicianIDSeq" "Scheduled Performing Physician ID Seq"
+    "DICOM:ScheduledPerformingPhysiciansName" "Scheduled Performing Physicians Name"
+    "DICOM:ScheduledProcedureStepDescription" "Scheduled Procedure Step Description"
+    "DICOM:ScheduledProcedureStepEndDate" "Scheduled Procedure Step End Date"
+    "DICOM:ScheduledProcedureStepEndTime" "Scheduled Procedure Step End Time"
+    "DICOM:ScheduledProcedureStepID" "Scheduled Procedure Step ID"
+    "DICOM:ScheduledProcedureStepLocation" "Scheduled Procedure Step Location"
+    "DICOM:ScheduledProcedureStepPriority" "Scheduled Procedure Step Priority"
+    "DICOM:ScheduledProcedureStepSequence" "Scheduled Procedure Step Sequence"
+    "DICOM:ScheduledProcedureStepStartDate" "Scheduled Procedure Step Start Date"
+    "DICOM:ScheduledProcedureStepStartTime" "Scheduled Procedure Step Start Time"
+    "DICOM:ScheduledProcedureStepStatus" "Scheduled Procedure Step Status"
+    "DICOM:ScheduledProcessingParametersSeq" "Scheduled Processing Parameters Seq"
+    "DICOM:ScheduledProtocolCodeSequence" "Scheduled Protocol Code Sequence"
+    "DICOM:ScheduledStationAETitle" "Scheduled Station AE Title"
+    "DICOM:ScheduledStationClassCodeSequence" "Scheduled Station Class Code Sequence"
+    "DICOM:ScheduledStationName" "Scheduled Station Name" "DICOM:ScheduledStationNameCodeSequence"
+    "Scheduled Station Name Code Sequence" "DICOM:ScheduledStepAttributesSequence"
+    "Scheduled Step Attributes Sequence" "DICOM:ScheduledStudyLocation" "Scheduled Study Location"
+    "DICOM:ScheduledStudyLocationAETitle" "Scheduled Study Location AE Title"
+    "DICOM:ScheduledStudyStartDate" "Scheduled Study Start Date" "DICOM:ScheduledStudyStartTime"
+    "Scheduled Study Start Time" "DICOM:ScheduledStudyStopDate" "Scheduled Study Stop Date"
+    "DICOM:ScheduledStudyStopTime" "Scheduled Study Stop Time" "DICOM:ScheduledWorkitemCodeSequence"
+    "Scheduled Workitem Code Sequence" "DICOM:ScoutType" "Scout Type" "DICOM:ScreenFormat"
+    "Screen Format" "DICOM:ScreenMinimumColorBitDepth" "Screen Minimum Color Bit Depth"
+    "DICOM:ScreenMinimumGrayscaleBitDepth" "Screen Minimum Grayscale Bit Depth" "DICOM:SecondEcho"
+    "Second Echo" "DICOM:SecondaryCaptureDeviceID" "Secondary Capture Device ID"
+    "DICOM:SecondaryCaptureDeviceManufacturer" "Secondary Capture Device Manufacturer"
+    "DICOM:SecondaryCaptureDeviceModelName" "Secondary Capture Device Model Name"
+    "DICOM:SecondaryCaptureDeviceSoftwareVers" "Secondary Capture Device Software Vers"
+    "DICOM:SecondaryCountsAccumulated" "Secondary Counts Accumulated" "DICOM:SecondaryCountsType"
+    "Secondary Counts Type" "DICOM:SecondaryPositionerIncrement" "Secondary Positioner Increment"
+    "DICOM:SecondaryPositionerScanArc" "Secondary Positioner Scan Arc"
+    "DICOM:SecondaryPositionerScanStartAngle" "Secondary Positioner Scan Start Angle"
+    "DICOM:SegmentAlgorithmName" "Segment Algorithm Name" "DICOM:SegmentAlgorithmType"
+    "Segment Algorithm Type" "DICOM:SegmentDescription" "Segment Description"
+    "DICOM:SegmentIdentificationSequence" "Segment Identification Sequence" "DICOM:SegmentLabel"
+    "Segment Label" "DICOM:SegmentNumber" "Segment Number" "DICOM:SegmentSequence"
+    "Segment Sequence" "DICOM:SegmentationFractionalType" "Segmentation Fractional Type"
+    "DICOM:SegmentationType" "Segmentation Type" "DICOM:SegmentedBlueColorTableData"
+    "Segmented Blue Color Table Data" "DICOM:SegmentedGreenColorTableData"
+    "Segmented Green Color Table Data" "DICOM:SegmentedKSpaceTraversal"
+    "Segmented K Space Traversal" "DICOM:SegmentedPropertyCategoryCodeSeq"
+    "Segmented Property Category Code Seq" "DICOM:SegmentedPropertyTypeCodeSequence"
+    "Segmented Property Type Code Sequence" "DICOM:SegmentedRedColorTableData"
+    "Segmented Red Color Table Data" "DICOM:SelectorATValue" "Selector AT Value"
+    "DICOM:SelectorAttribute" "Selector Attribute" "DICOM:SelectorAttributePrivateCreator"
+    "Selector Attribute Private Creator" "DICOM:SelectorAttributeVR" "Selector Attribute VR"
+    "DICOM:SelectorCSValue" "Selector CS Value" "DICOM:SelectorCodeSequenceValue"
+    "Selector Code Sequence Value" "DICOM:SelectorDSValue" "Selector DS Value"
+    "DICOM:SelectorFDValue" "Selector FD Value" "DICOM:SelectorFLValue" "Selector FL Value"
+    "DICOM:SelectorISValue" "Selector IS Value" "DICOM:SelectorLOValue" "Selector LO Value"
+    "DICOM:SelectorLTValue" "Selector LT Value" "DICOM:SelectorPNValue" "Selector PN Value"
+    "DICOM:SelectorSHValue" "Selector SH Value" "DICOM:SelectorSLValue" "Selector SL Value"
+    "DICOM:SelectorSSValue" "Selector SS Value" "DICOM:SelectorSTValue" "Selector ST Value"
+    "DICOM:SelectorSeqPointerPrivateCreator" "Selector Seq Pointer Private Creator"
+    "DICOM:SelectorSequencePointer" "Selector Sequence Pointer" "DICOM:SelectorULValue"
+    "Selector UL Value" "DICOM:SelectorUSValue" "Selector US Value" "DICOM:SelectorUTValue"
+    "Selector UT Value" "DICOM:SelectorValueNumber" "Selector Value Number" "DICOM:Sensitivity"
+    "DICOM:SensitivityCalibrated" "Sensitivity Calibrated" "DICOM:SequenceName" "Sequence Name"
+    "DICOM:SequenceOfCompressedData" "Sequence Of Compressed Data"
+    "DICOM:SequenceOfUltrasoundRegions" "Sequence Of Ultrasound Regions" "DICOM:SequenceVariant"
+    "Sequence Variant" "DICOM:SeriesCompleteFlag" "Series Complete Flag" "DICOM:SeriesContrast"
+    "Series Contrast" "DICOM:SeriesDate" "Series Date" "DICOM:SeriesDescription"
+    "Series Description" "DICOM:SeriesFromWhichPrescribed" "Series From Which Prescribed"
+    "DICOM:SeriesInStudy" "Series In Study" "DICOM:SeriesInstanceUID" "Series Instance UID"
+    "DICOM:SeriesNumber" "Series Number" "DICOM:SeriesPlane" "Series Plane"
+    "DICOM:SeriesRecordChecksum" "Series Record Checksum" "DICOM:SeriesTime" "Series Time"
+    "DICOM:SeriesType" "Series Type" "DICOM:ServiceEpisodeDescription" "Service Episode Description"
+    "DICOM:ServiceEpisodeID" "Service Episode ID" "DICOM:ServiceID" "Service ID"
+    "DICOM:SetIfFatqEstimatesWereUsed" "Set If Fatq Estimates Were Used"
+    "DICOM:SetupDeviceDescription" "Setup Device Description" "DICOM:SetupDeviceLabel"
+    "Setup Device Label" "DICOM:SetupDeviceParameter" "Setup Device Parameter"
+    "DICOM:SetupDeviceSequence" "Setup Device Sequence" "DICOM:SetupDeviceType" "Setup Device Type"
+    "DICOM:SetupImageComment" "Setup Image Comment" "DICOM:SetupReferenceDescription"
+    "Setup Reference Description" "DICOM:SetupTechnique" "Setup Technique"
+    "DICOM:SetupTechniqueDescription" "Setup Technique Description" "DICOM:ShapeType" "Shape Type"
+    "DICOM:SharedFunctionalGroupsSequence" "Shared Functional Groups Sequence"
+    "DICOM:ShieldingDeviceDescription" "Shielding Device Description" "DICOM:ShieldingDeviceLabel"
+    "Shielding Device Label" "DICOM:ShieldingDevicePosition" "Shielding Device Position"
+    "DICOM:ShieldingDeviceSequence" "Shielding Device Sequence" "DICOM:ShieldingDeviceType"
+    "Shielding Device Type" "DICOM:ShiftTableSize" "Shift Table Size" "DICOM:ShiftTableTriplet"
+    "Shift Table Triplet" "DICOM:ShowAcquisitionTechniquesFlag" "Show Acquisition Techniques Flag"
+    "DICOM:ShowGraphicAnnotationFlag" "Show Graphic Annotation Flag" "DICOM:ShowGrayscaleInverted"
+    "Show Grayscale Inverted" "DICOM:ShowImageTrueSizeFlag" "Show Image True Size Flag"
+    "DICOM:ShowPatientDemographicsFlag" "Show Patient Demographics Flag"
+    "DICOM:ShutterLeftVerticalEdge" "Shutter Left Vertical Edge" "DICOM:ShutterLowerHorizontalEdge"
+    "Shutter Lower Horizontal Edge" "DICOM:ShutterOverlayGroup" "Shutter Overlay Group"
+    "DICOM:ShutterPresentationColorCIELabVal" "Shutter Presentation Color CIE Lab Val"
+    "DICOM:ShutterPresentationValue" "Shutter Presentation Value" "DICOM:ShutterRightVerticalEdge"
+    "Shutter Right Vertical Edge" "DICOM:ShutterShape" "Shutter Shape"
+    "DICOM:ShutterUpperHorizontalEdge" "Shutter Upper Horizontal Edge" "DICOM:SigmaMode"
+    "Sigma Mode" "DICOM:SigmaRowNumberWhichRowsWereUsed" "Sigma Row Number Which Rows Were Used"
+    "DICOM:SignalDomainColumns" "Signal Domain Columns" "DICOM:SignalDomainRows"
+    "Signal Domain Rows" "DICOM:Signature" "DICOM:SimpleFrameList" "Simple Frame List"
+    "DICOM:SingleCollimationWidth" "Single Collimation Width" "DICOM:SkipBeats" "Skip Beats"
+    "DICOM:SkipFrameRangeFlag" "Skip Frame Range Flag" "DICOM:SlabOrientation" "Slab Orientation"
+    "DICOM:SlabThickness" "Slab Thickness" "DICOM:SliceLocation" "Slice Location"
+    "DICOM:SliceLocationVector" "Slice Location Vector" "DICOM:SliceOffsetOnFreqAxis"
+    "Slice Offset On Freq Axis" "DICOM:SliceProgressionDirection" "Slice Progression Direction"
+    "DICOM:SliceSensitivityFactor" "Slice Sensitivity Factor" "DICOM:SliceThickness"
+    "Slice Thickness" "DICOM:SliceVector" "Slice Vector" "DICOM:SlideIdentifier" "Slide Identifier"
+    "DICOM:SlopInt10-17" "Slop Int 10-17" "DICOM:SlopInt6-9" "Slop Int 6-9"
+    "DICOM:SmallestImagePixelValue" "Smallest Image Pixel Value"
+    "DICOM:SmallestImagePixelValueInPlane" "Smallest Image Pixel Value In Plane"
+    "DICOM:SmallestPixelValueInSeries" "Smallest Pixel Value In Series"
+    "DICOM:SmallestValidPixelValue" "Smallest Valid Pixel Value" "DICOM:SmartScanOnOffFlag"
+    "Smart Scan On Off Flag" "DICOM:SmokingStatus" "Smoking Status" "DICOM:SmoothingType"
+    "Smoothing Type" "DICOM:SnoutID" "Snout ID" "DICOM:SnoutPosition" "Snout Position"
+    "DICOM:SnoutPositionTolerance" "Snout Position Tolerance" "DICOM:SnoutSequence" "Snout Sequence"
+    "DICOM:SoftTissueFocusThermalIndex" "Soft Tissue Focus Thermal Index"
+    "DICOM:SoftTissueSurfaceThermalIndex" "Soft Tissue Surface Thermal Index"
+    "DICOM:SoftTissueThermalIndex" "Soft Tissue Thermal Index" "DICOM:SoftcopyVOILUTSequence"
+    "Softcopy VOILUT Sequence" "DICOM:SoftwareVersion" "Software Version" "DICOM:SortByCategory"
+    "Sort By Category" "DICOM:SortingDirection" "Sorting Direction"
+    "DICOM:SortingOperationsSequence" "Sorting Operations Sequence"
+    "DICOM:SourceApplicationEntityTitle" "Source Application Entity Title"
+    "DICOM:SourceApplicatorID" "Source Applicator ID" "DICOM:SourceApplicatorLength"
+    "Source Applicator Length" "DICOM:SourceApplicatorManufacturer" "Source Applicator Manufacturer"
+    "DICOM:SourceApplicatorName" "Source Applicator Name" "DICOM:SourceApplicatorNumber"
+    "Source Applicator Number" "DICOM:SourceApplicatorStepSize" "Source Applicator Step Size"
+    "DICOM:SourceApplicatorType" "Source Applicator Type" "DICOM:SourceApplicatorWallNomThickness"
+    "Source Applicator Wall Nom Thickness" "DICOM:SourceApplicatorWallNomTrans"
+    "Source Applicator Wall Nom Trans" "DICOM:SourceAxisDistance" "Source Axis Distance"
+    "DICOM:SourceEncapsulationNomThickness" "Source Encapsulation Nom Thickness"
+    "DICOM:SourceEncapsulationNomTransmission" "Source Encapsulation Nom Transmission"
+    "DICOM:SourceFrameOfReferenceUID" "Source Frame Of Reference UID"
+    "DICOM:SourceHangingProtocolSequence" "Source Hanging Protocol Sequence"
+    "DICOM:SourceImageEvidenceSequence" "Source Image Evidence Sequence" "DICOM:SourceImageIDs"
+    "Source Image I Ds" "DICOM:SourceImageSequence" "Source Image Sequence"
+    "DICOM:SourceInstanceSequence" "Source Instance Sequence" "DICOM:SourceIsotopeHalfLife"
+    "Source Isotope Half Life" "DICOM:SourceIsotopeName" "Source Isotope Name"
+    "DICOM:SourceManufacturer" "Source Manufacturer" "DICOM:SourceMovementType"
+    "Source Movement Type" "DICOM:SourceNumber" "Source Number" "DICOM:SourceOfPreviousValues"
+    "Source Of Previous Values" "DICOM:SourceSequence" "Source Sequence" "DICOM:SourceSerialNumber"
+    "Source Serial Number" "DICOM:SourceStrength" "Source Strength"
+    "DICOM:SourceStrengthReferenceDate" "Source Strength Reference Date"
+    "DICOM:SourceStrengthReferenceTime" "Source Strength Reference Time" "DICOM:SourceStrengthUnits"
+    "Source Strength Units" "DICOM:SourceToBeamLimitingDeviceDistance"
+    "Source To Beam Limiting Device Distance" "DICOM:SourceToBlockTrayDistance"
+    "Source To Block Tray Distance" "DICOM:SourceToCompensatorDistance"
+    "Source To Compensator Distance" "DICOM:SourceToCompensatorTrayDistance"
+    "Source To Compensator Tray Distance" "DICOM:SourceToDataCollectionCenterDist"
+    "Source To Data Collection Center Dist" "DICOM:SourceToReferenceObjectDistance"
+    "Source To Reference Object Distance" "DICOM:SourceToSurfaceDistance"
+    "Source To Surface Distance" "DICOM:SourceToWedgeTrayDistance" "Source To Wedge Tray Distance"
+    "DICOM:SourceType" "Source Type" "DICOM:SourceWaveformSequence" "Source Waveform Sequence"
+    "DICOM:SpacingBetweenSlices" "Spacing Between Slices" "DICOM:SpatialLocationsPreserved"
+    "Spatial Locations Preserved" "DICOM:SpatialPresaturation" "Spatial Presaturation"
+    "DICOM:SpatialResolution" "Spatial Resolution" "DICOM:SpecialNeeds" "Special Needs"
+    "DICOM:SpecificAbsorptionRateDefinition" "Specific Absorption Rate Definition"
+    "DICOM:SpecificAbsorptionRateSequence" "Specific Absorption Rate Sequence"
+    "DICOM:SpecificAbsorptionRateValue" "Specific Absorption Rate Value"
+    "DICOM:SpecificCharacterSet" "Specific Character Set" "DICOM:SpecificCharacterSetOfFile"
+    "Specific Character Set Of File" "DICOM:SpecifiedChannelTotalTime"
+    "Specified Channel Total Time" "DICOM:SpecifiedMeterset" "Specified Meterset"
+    "DICOM:SpecifiedNumberOfPulses" "Specified Number Of Pulses" "DICOM:SpecifiedPrimaryMeterset"
+    "Specified Primary Meterset" "DICOM:SpecifiedPulseRepetitionInterval"
+    "Specified Pulse Repetition Interval" "DICOM:SpecifiedSecondaryMeterset"
+    "Specified Secondary Meterset" "DICOM:SpecifiedTreatmentTime" "Specified Treatment Time"
+    "DICOM:SpecimenAccessionNumber" "Specimen Accession Number"
+    "DICOM:SpecimenDescriptionSequenceTrial" "Specimen Description Sequence Trial"
+    "DICOM:SpecimenDescriptionTrial" "Specimen Description Trial" "DICOM:SpecimenIdentifier"
+    "Specimen Identifier" "DICOM:SpecimenSequence" "Specimen Sequence"
+    "DICOM:SpecimenShortDescription" "Specimen Short Description" "DICOM:SpecimenTypeCodeSequence"
+    "Specimen Type Code Sequence" "DICOM:SpecimenUID" "Specimen UID" "DICOM:SpectralWidth"
+    "Spectral Width" "DICOM:SpectrallySelectedExcitation" "Spectrally Selected Excitation"
+    "DICOM:SpectrallySelectedSuppression" "Spectrally Selected Suppression"
+    "DICOM:SpectroscopyAcqPhaseColumns" "Spectroscopy Acq Phase Columns"
+    "DICOM:SpectroscopyAcquisitionDataColumns" "Spectroscopy Acquisition Data Columns"
+    "DICOM:SpectroscopyAcquisitionPhaseRows" "Spectroscopy Acquisition Phase Rows"
+    "DICOM:SpectroscopyData" "Spectroscopy Data" "DICOM:SpectroscopyOutOfPlanePhaseSteps"
+    "Spectroscopy Out Of Plane Phase Steps" "DICOM:SpherePower" "Sphere Power"
+    "DICOM:SphericalLensPower" "Spherical Lens Power" "DICOM:SpiralPitchFactor"
+    "Spiral Pitch Factor" "DICOM:Spoiling" "DICOM:StackID" "Stack ID" "DICOM:StageCodeSequence"
+    "Stage Code Sequence" "DICOM:StageName" "Stage Name" "DICOM:StageNumber" "Stage Number"
+    "DICOM:StartAcquisitionDateTime" "Start Acquisition Date Time" "DICOM:StartAngle" "Start Angle"
+    "DICOM:StartCumulativeMetersetWeight" "Start Cumulative Meterset Weight"
+    "DICOM:StartDensityThreshold" "Start Density Threshold" "DICOM:StartMeterset" "Start Meterset"
+    "DICOM:StartNumberForBaseline" "Start Number For Baseline" "DICOM:StartNumberForEnhancedScans"
+    "Start Number For Enhanced Scans" "DICOM:StartOfItem" "Start Of Item"
+    "DICOM:StartScanToXrayOnDelay" "Start Scan To Xray On Delay" "DICOM:StartTimeSecsInFirstAxial"
+    "Start Time Secs In First Axial" "DICOM:StartTrim" "Start Trim" "DICOM:StartingChannelNumber"
+    "Starting Channel Number" "DICOM:StartingChannelOfView" "Starting Channel Of View"
+    "DICOM:StartingRespiratoryAmplitude" "Starting Respiratory Amplitude"
+    "DICOM:StartingRespiratoryPhase" "Starting Respiratory Phase" "DICOM:StartingView"
+    "Starting View" "DICOM:StartingViewForRow1a" "Starting View For Row 1a"
+    "DICOM:StartingViewForRow1b" "Starting View For Row 1b" "DICOM:StartingViewForRow2a"
+    "Starting View For Row 2a" "DICOM:StartingViewForRow2b" "Starting View For Row 2b"
+    "DICOM:StatReconFlag" "Stat Recon Flag" "DICOM:StationName" "Station Name"
+    "DICOM:SteadyStatePulseSequence" "Steady State Pulse Sequence" "DICOM:SteeringAngle"
+    "Steering Angle" "DICOM:StereoBaselineAngle" "Stereo Baseline Angle"
+    "DICOM:StereoBaselineDisplacement" "Stereo Baseline Displacement"
+    "DICOM:StereoHorizontalPixelOffset" "Stereo Horizontal Pixel Offset" "DICOM:StereoPairsSequence"
+    "Stereo Pairs Sequence" "DICOM:StereoRotation" "Stereo Rotation"
+    "DICOM:StereoVerticalPixelOffset" "Stereo Vertical Pixel Offset" "DICOM:StopTrim" "Stop Trim"
+    "DICOM:StorageMediaFileSetID" "Storage Media File Set ID" "DICOM:StorageMediaFileSetUID"
+    "Storage Media File Set UID" "DICOM:StringSlopField1" "String Slop Field 1"
+    "DICOM:StringSlopField2" "String Slop Field 2" "DICOM:StructureSetDate" "Structure Set Date"
+    "DICOM:StructureSetDescription" "Structure Set Description" "DICOM:StructureSetLabel"
+    "Structure Set Label" "DICOM:StructureSetName" "Structure Set Name"
+    "DICOM:StructureSetROISequence" "Structure Set ROI Sequence" "DICOM:StructureSetTime"
+    "Structure Set Time" "DICOM:StudyArrivalDate" "Study Arrival Date" "DICOM:StudyArrivalTime"
+    "Study Arrival Time" "DICOM:StudyComments" "Study Comments" "DICOM:StudyCompletionDate"
+    "Study Completion Date" "DICOM:StudyCompletionTime" "Study Completion Time"
+    "DICOM:StudyComponentStatusID" "Study Component Status ID" "DICOM:StudyDate" "Study Date"
+    "DICOM:StudyDescription" "Study Description" "DICOM:StudyGroupLength" "Study Group Length"
+    "DICOM:StudyID" "Study ID" "DICOM:StudyIDIssuer" "Study ID Issuer" "DICOM:StudyInstanceUID"
+    "Study Instance UID" "DICOM:StudyPriorityID" "Study Priority ID" "DICOM:StudyReadDate"
+    "Study Read Date" "DICOM:StudyReadTime" "Study Read Time" "DICOM:StudyStatusID"
+    "Study Status ID" "DICOM:StudyTime" "Study Time" "DICOM:StudyVerifiedDate" "Study Verified Date"
+    "DICOM:StudyVerifiedTime" "Study Verified Time" "DICOM:SubscriptionListStatus"
+    "Subscription List Status" "DICOM:SubstanceAdminParameterSeq" "Substance Admin Parameter Seq"
+    "DICOM:SubstanceAdministrationApproval" "Substance Administration Approval"
+    "DICOM:SubstanceAdministrationDateTime" "Substance Administration Date Time"
+    "DICOM:SubstanceAdministrationDeviceID" "Substance Administration Device ID"
+    "DICOM:SubstanceAdministrationNotes" "Substance Administration Notes" "DICOM:SubtractionItemID"
+    "Subtraction Item ID" "DICOM:SuiteID" "Suite ID" "DICOM:SummaryImage" "Summary Image"
+    "DICOM:SupportedImageDisplayFormatSeq" "Supported Image Display Format Seq"
+    "DICOM:SurfaceCoilIntensity" "Surface Coil Intensity" "DICOM:SurfaceCoilType"
+    "Surface Coil Type" "DICOM:SurfaceComments" "Surface Comments" "DICOM:SurfaceCount"
+    "Surface Count" "DICOM:SurfaceEntryPoint" "Surface Entry Point" "DICOM:SurfaceNumber"
+    "Surface Number" "DICOM:SurfacePointsSequence" "Surface Points Sequence"
+    "DICOM:SurfaceProcessing" "Surface Processing" "DICOM:SurfaceProcessingRatio"
+    "Surface Processing Ratio" "DICOM:SurfaceSequence" "Surface Sequence" "DICOM:Swappf"
+    "DICOM:SynchronizationChannel" "Synchronization Channel"
+    "DICOM:SynchronizationFrameOfReferenceUID" "Synchronization Frame Of Reference UID"
+    "DICOM:SynchronizationTrigger" "Synchronization Trigger" "DICOM:SynchronizedImageBoxList"
+    "Synchronized Image Box List" "DICOM:SynchronizedScrollingSequence"
+    "Synchronized Scrolling Sequence" "DICOM:SyringeCounts" "Syringe Counts" "DICOM:T2Preparation"
+    "T2 Preparation" "DICOM:TGGCTriggerMode" "TGGC Trigger Mode" "DICOM:TIDOffset" "TID Offset"
+    "DICOM:TMLinePositionX0" "TM Line Position X0" "DICOM:TMLinePositionX0Retired"
+    "TM Line Position X0 Retired" "DICOM:TMLinePositionX1" "TM Line Position X1"
+    "DICOM:TMLinePositionX1Retired" "TM Line Position X1 Retired" "DICOM:TMLinePositionY0"
+    "TM Line Position Y0" "DICOM:TMLinePositionY0Retired" "TM Line Position Y0 Retired"
+    "DICOM:TMLinePositionY1" "TM Line Position Y1" "DICOM:TMLinePositionY1Retired"
+    "TM Line Position Y1 Retired" "DICOM:TableAngle" "Table Angle" "DICOM:TableCradleTiltAngle"
+    "Table Cradle Tilt Angle" "DICOM:TableDelta" "Table Delta" "DICOM:TableDirectionInOrOut"
+    "Table Direction In Or Out" "DICOM:TableEndLocation" "Table End Location"
+    "DICOM:TableFeedPerRotation" "Table Feed Per Rotation" "DICOM:TableHeadTiltAngle"
+    "Table Head Tilt Angle" "DICOM:TableHeight" "Table Height" "DICOM:TableHorizontalRotationAngle"
+    "Table Horizontal Rotation Angle" "DICOM:TableLateralIncrement" "Table Lateral Increment"
+    "DICOM:TableLongitudinalIncrement" "Table Longitudinal Increment" "DICOM:TableMotion"
+    "Table Motion" "DICOM:TableOfParameterValues" "Table Of Parameter Values"
+    "DICOM:TableOfPixelValues" "Table Of Pixel Values" "DICOM:TableOfXBreakPoints"
+    "Table Of X Break Points" "DICOM:TableOfYBreakPoints" "Table Of Y Break Points"
+    "DICOM:TablePosition" "Table Position" "DICOM:TablePositionSequence" "Table Position Sequence"
+    "DICOM:TableSpeed" "Table Speed" "DICOM:TableStartLocation" "Table Start Location"
+    "DICOM:TableTopEccentricAngle" "Table Top Eccentric Angle"
+    "DICOM:TableTopEccentricAngleTolerance" "Table Top Eccentric Angle Tolerance"
+    "DICOM:TableTopEccentricAxisDistance" "Table Top Eccentric Axis Distance"
+    "DICOM:TableTopEccentricRotateDirection" "Table Top Eccentric Rotate Direction"
+    "DICOM:TableTopLateralPosition" "Table Top Lateral Position"
+    "DICOM:TableTopLateralPositionTolerance" "Table Top Lateral Position Tolerance"
+    "DICOM:TableTopLateralSetupDisplacement" "Table Top Lateral Setup Displacement"
+    "DICOM:TableTopLongitudinalPosition" "Table Top Longitudinal Position"
+    "DICOM:TableTopLongitudinalPositionTol" "Table Top Longitudinal Position Tol"
+    "DICOM:TableTopLongitudinalSetupDisplace" "Table Top Longitudinal Setup Displace"
+    "DICOM:TableTopPitchAngle" "Table Top Pitch Angle" "DICOM:TableTopPitchAngleTolerance"
+    "Table Top Pitch Angle Tolerance" "DICOM:TableTopPitchRotationDirection"
+    "Table Top Pitch Rotation Direction" "DICOM:TableTopRollAngle" "Table Top Roll Angle"
+    "DICOM:TableTopRollAngleTolerance" "Table Top Roll Angle Tolerance"
+    "DICOM:TableTopRollRotationDirection" "Table Top Roll Rotation Direction"
+    "DICOM:TableTopVerticalPosition" "Table Top Vertical Position"
+    "DICOM:TableTopVerticalPositionTolerance" "Table Top Vertical Position Tolerance"
+    "DICOM:TableTopVerticalSetupDisplacement" "Table Top Vertical Setup Displacement"
+    "DICOM:TableTraverse" "Table Traverse" "DICOM:TableType" "Table Type"
+    "DICOM:TableVerticalIncrement" "Table Vertical Increment" "DICOM:TableXPositionToIsocenter"
+    "Table X Position To Isocenter" "DICOM:TableYPositionToIsocenter"
+    "Table Y Position To Isocenter" "DICOM:TableZPositionToIsocenter"
+    "Table Z Position To Isocenter" "DICOM:TagAngleFirstAxis" "Tag Angle First Axis"
+    "DICOM:TagAngleSecondAxis" "Tag Angle Second Axis" "DICOM:TagSpacingFirstDimension"
+    "Tag Spacing First Dimension" "DICOM:TagSpacingSecondDimension" "Tag Spacing Second Dimension"
+    "DICOM:TagThickness" "Tag Thickness" "DICOM:Tagging" "DICOM:TaggingDelay" "Tagging Delay"
+    "DICOM:TargetMaximumDose" "Target Maximum Dose" "DICOM:TargetMinimumDose" "Target Minimum Dose"
+    "DICOM:TargetPrescriptionDose" "Target Prescription Dose" "DICOM:TargetUnderdoseVolumeFraction"
+    "Target Underdose Volume Fraction" "DICOM:TelephoneNumberTrial" "Telephone Number Trial"
+    "DICOM:TemplateExtensionCreatorUID" "Template Extension Creator UID"
+    "DICOM:TemplateExtensionFlag" "Template Extension Flag" "DICOM:TemplateExtensionOrganizationUID"
+    "Template Extension Organization UID" "DICOM:TemplateIdentifier" "Template Identifier"
+    "DICOM:TemplateLocalVersion" "Template Local Version" "DICOM:TemplateName" "Template Name"
+    "DICOM:TemplateNumber" "Template Number" "DICOM:TemplateType" "Template Type"
+    "DICOM:TemplateVersion" "Template Version" "DICOM:TemporalPositionIdentifier"
+    "Temporal Position Identifier" "DICOM:TemporalPositionIndex" "Temporal Position Index"
+    "DICOM:TemporalRangeType" "Temporal Range Type" "DICOM:TemporalResolution" "Temporal Resolution"
+    "DICOM:TerminationTimeThreshold" "Termination Time Threshold" "DICOM:TextComments"
+    "Text Comments" "DICOM:TextGroupLength" "Text Group Length" "DICOM:TextObjectSequence"
+    "Text Object Sequence" "DICOM:TextString" "Text String" "DICOM:TextValue" "Text Value"
+    "DICOM:TherapyDescription" "Therapy Description" "DICOM:TherapyType" "Therapy Type"
+    "DICOM:ThicknessDisclaimer" "Thickness Disclaimer" "DICOM:ThresholdDensity" "Threshold Density"
+    "DICOM:Time" "DICOM:TimeBasedImageSetsSequence" "Time Based Image Sets Sequence"
+    "DICOM:TimeDistributionProtocol" "Time Distribution Protocol" "DICOM:TimeDomainFiltering"
+    "Time Domain Filtering" "DICOM:TimeOfFlightContrast" "Time Of Flight Contrast"
+    "DICOM:TimeOfLastCalibration" "Time Of Last Calibration" "DICOM:TimeOfLastDetectorCalibration"
+    "Time Of Last Detector Calibration" "DICOM:TimeOfSecondaryCapture" "Time Of Secondary Capture"
+    "DICOM:TimeRange" "Time Range" "DICOM:TimeSliceVector" "Time Slice Vector"
+    "DICOM:TimeSlotInformationSequence" "Time Slot Information Sequence" "DICOM:TimeSlotNumber"
+    "Time Slot Number" "DICOM:TimeSlotTime" "Time Slot Time" "DICOM:TimeSlotVector"
+    "Time Slot Vector" "DICOM:TimeSource" "Time Source" "DICOM:TimezoneOffsetFromUTC"
+    "Timezone Offset From UTC" "DICOM:TissueHeterogeneityCorrection"
+    "Tissue Heterogeneity Correction" "DICOM:ToWindowLevelLevel" "To Window Level Level"
+    "DICOM:ToleranceTableLabel" "Tolerance Table Label" "DICOM:ToleranceTableNumber"
+    "Tolerance Table Number" "DICOM:ToleranceTableSequence" "Tolerance Table Sequence"
+    "DICOM:TomoAngle" "Tomo Angle" "DICOM:TomoClass" "Tomo Class" "DICOM:TomoLayerHeight"
+    "Tomo Layer Height" "DICOM:TomoTime" "Tomo Time" "DICOM:TomoType" "Tomo Type"
+    "DICOM:TopicAuthor" "Topic Author" "DICOM:TopicKeywords" "Topic Keywords" "DICOM:TopicSubject"
+    "Topic Subject" "DICOM:TopicTitle" "Topic Title" "DICOM:TotalBlockTrayFactor"
+    "Total Block Tray Factor" "DICOM:TotalBlockTrayWaterEquivThickness"
+    "Total Block Tray Water Equiv Thickness" "DICOM:TotalCollimationWidth" "Total Collimation Width"
+    "DICOM:TotalCompTrayWaterEquivThickness" "Total Comp Tray Water Equiv Thickness"
+    "DICOM:TotalCompensatorTrayFactor" "Total Compensator Tray Factor" "DICOM:TotalGain"
+    "Total Gain" "DICOM:TotalInputViews" "Total Input Views" "DICOM:TotalNoOfRefChannels"
+    "Total No Of Ref Channels" "DICOM:TotalNumberMediaPiecesCreated"
+    "Total Number Media Pieces Created" "DICOM:TotalNumberOfExposures" "Total Number Of Exposures"
+    "DICOM:TotalOutputViews" "Total Output Views" "DICOM:TotalReferenceAirKerma"
+    "Total Reference Air Kerma" "DICOM:TotalSegmentsRequested" "Total Segments Requested"
+    "DICOM:TotalTime" "Total Time" "DICOM:TotalTimeOfFluoroscopy" "Total Time Of Fluoroscopy"
+    "DICOM:TotalWedgeTrayWaterEquivThickness" "Total Wedge Tray Water Equiv Thickness"
+    "DICOM:TransactionUID" "Transaction UID" "DICOM:TransducerData" "Transducer Data"
+    "DICOM:TransducerFrequency" "Transducer Frequency" "DICOM:TransducerOrientation"
+    "Transducer Orientation" "DICOM:TransducerOrientationModifierSeq"
+    "Transducer Orientation Modifier Seq" "DICOM:TransducerOrientationSequence"
+    "Transducer Orientation Sequence" "DICOM:TransducerPosition" "Transducer Position"
+    "DICOM:TransducerPositionModifierSequence" "Transducer Position Modifier Sequence"
+    "DICOM:TransducerPositionSequence" "Transducer Position Sequence" "DICOM:TransducerType"
+    "Transducer Type" "DICOM:TransferSyntaxUID" "Transfer Syntax UID" "DICOM:TransferTubeLength"
+    "Transfer Tube Length" "DICOM:TransferTubeNumber" "Transfer Tube Number" "DICOM:TransformLabel"
+    "Transform Label" "DICOM:TransformVersionNumber" "Transform Version Number"
+    "DICOM:TransmissionGain" "Transmission Gain" "DICOM:TransmitCoilManufacturerName"
+    "Transmit Coil Manufacturer Name" "DICOM:TransmitCoilName" "Transmit Coil Name"
+    "DICOM:TransmitCoilType" "Transmit Coil Type" "DICOM:TransmitGain" "Transmit Gain"
+    "DICOM:TransmitterFrequency" "Transmitter Frequency" "DICOM:TransmittingCoil"
+    "Transmitting Coil" "DICOM:TransverseMash" "Transverse Mash" "DICOM:TreatmentControlPointDate"
+    "Treatment Control Point Date" "DICOM:TreatmentControlPointTime" "Treatment Control Point Time"
+    "DICOM:TreatmentDate" "Treatment Date" "DICOM:TreatmentDeliveryType" "Treatment Delivery Type"
+    "DICOM:TreatmentMachineName" "Treatment Machine Name" "DICOM:TreatmentMachineSequence"
+    "Treatment Machine Sequence" "DICOM:TreatmentProtocols" "Treatment Protocols"
+    "DICOM:TreatmentSessionAppSetupSeq" "Treatment Session App Setup Seq"
+    "DICOM:TreatmentSessionBeamSequence" "Treatment Session Beam Sequence"
+    "DICOM:TreatmentSessionIonBeamSequence" "Treatment Session Ion Beam Sequence"
+    "DICOM:TreatmentSites" "Treatment Sites" "DICOM:TreatmentStatusComment"
+    "Treatment Status Comment" "DICOM:TreatmentSummaryCalcDoseRefSeq"
+    "Treatment Summary Calc Dose Ref Seq" "DICOM:TreatmentSummaryMeasuredDoseRefSeq"
+    "Treatment Summary Measured Dose Ref Seq" "DICOM:TreatmentTerminationCode"
+    "Treatment Termination Code" "DICOM:TreatmentTerminationStatus" "Treatment Termination Status"
+    "DICOM:TreatmentTime" "Treatment Time" "DICOM:TreatmentVerificationStatus"
+    "Treatment Verification Status" "DICOM:TriangleFanSequence" "Triangle Fan Sequence"
+    "DICOM:TrianglePointIndexList" "Triangle Point Index List" "DICOM:TriangleStripSequence"
+    "Triangle Strip Sequence" "DICOM:TriggerDelayTime" "Trigger Delay Time" "DICOM:TriggerFrequency"
+    "Trigger Frequency" "DICOM:TriggerOnPosition" "Trigger On Position"
+    "DICOM:TriggerSamplePosition" "Trigger Sample Position" "DICOM:TriggerSourceOrType"
+    "Trigger Source Or Type" "DICOM:TriggerTime" "Trigger Time" "DICOM:TriggerTimeOffset"
+    "Trigger Time Offset" "DICOM:TriggerVector" "Trigger Vector" "DICOM:TriggerWindow"
+    "Trigger Window" "DICOM:Trim" "DICOM:TubeAngle" "Tube Angle" "DICOM:TubeFocalSpotPosition"
+    "Tube Focal Spot Position" "DICOM:TypeOfData" "Type Of Data" "DICOM:TypeOfDetectorMotion"
+    "Type Of Detector Motion" "DICOM:TypeOfFilters" "Type Of Filters" "DICOM:TypeOfPatientID"
+    "Type Of Patient ID" "DICOM:TypeOfReceiverUsed" "Type Of Receiver Used"
+    "DICOM:TypeOfSynchronization" "Type Of Synchronization" "DICOM:UID" "DICOM:UPSListStatus"
+    "UPS List Status" "DICOM:UPSPerformedProcedureSequence" "UPS Performed Procedure Sequence"
+    "DICOM:UPSProgressInformationSequence" "UPS Progress Information Sequence"
+    "DICOM:UltrasoundColorDataPresent" "Ultrasound Color Data Present" "DICOM:UnformattedTextValue"
+    "Unformatted Text Value" "DICOM:UnifiedProcedureStepComURISeq"
+    "Unified Procedure Step Com URI Seq" "DICOM:UnifiedProcedureStepProgress"
+    "Unified Procedure Step Progress" "DICOM:UnifiedProcedureStepProgressDescr"
+    "Unified Procedure Step Progress Descr" "DICOM:UnifiedProcedureStepState"
+    "Unified Procedure Step State" "DICOM:UniqueImageIden" "Unique Image Iden" "DICOM:Units"
+    "DICOM:UniversalEntityID" "Universal Entity ID" "DICOM:UniversalEntityIDType"
+    "Universal Entity ID Type" "DICOM:UpperLowerPixelValues" "Upper Lower Pixel Values"
+    "DICOM:UpperRangeOfPixels2" "Upper Range Of Pixels 2" "DICOM:UsedFiducialsSequence"
+    "Used Fiducials Sequence" "DICOM:User25-48" "User 25-48" "DICOM:UserData" "User Data"
+    "DICOM:UserData01" "User Data 01" "DICOM:UserData02" "User Data 02" "DICOM:UserData03"
+    "User Data 03" "DICOM:UserData04" "User Data 04" "DICOM:UserData05" "User Data 05"
+    "DICOM:UserData06" "User Data 06" "DICOM:UserData07" "User Data 07" "DICOM:UserData08"
+    "User Data 08" "DICOM:UserData09" "User Data 09" "DICOM:UserData10" "User Data 10"
+    "DICOM:UserData11" "User Data 11" "DICOM:UserData12" "User Data 12" "DICOM:UserData13"
+    "User Data 13" "DICOM:UserData14" "User Data 14" "DICOM:UserData15" "User Data 15"
+    "DICOM:UserData16" "User Data 16" "DICOM:UserData17" "User Data 17" "DICOM:UserData18"
+    "User Data 18" "DICOM:UserData19" "User Data 19" "DICOM:UserData20" "User Data 20"
+    "DICOM:UserData21" "User Data 21" "DICOM:UserData22" "User Data 22" "DICOM:UserData23"
+    "User Data 23" "DICOM:UserDefinedData" "User Defined Data" "DICOM:UserFillMapLSW"
+    "User Fill Map LSW" "DICOM:UserFillMapMSW" "User Fill Map MSW" "DICOM:UserUsageTag"
+    "User Usage Tag" "DICOM:VOILUTSequence" "VOILUT Sequence" "DICOM:VOIType" "VOI Type"
+    "DICOM:VOI_LUTFunction" "VOI LUT Function" "DICOM:ValueOfBackProjectionButton"
+    "Value Of Back Projection Button" "DICOM:ValueType" "Value Type"
+    "DICOM:VariableCoefficientsSDDN" "Variable Coefficients SDDN" "DICOM:VariableCoefficientsSDHN"
+    "Variable Coefficients SDHN" "DICOM:VariableCoefficientsSDVN" "Variable Coefficients SDVN"
+    "DICOM:VariableEchoflag" "Variable Echoflag" "DICOM:VariableFlipAngleFlag"
+    "Variable Flip Angle Flag" "DICOM:VariableNextDataGroup" "Variable Next Data Group"
+    "DICOM:VectorAccuracy" "Vector Accuracy" "DICOM:VectorCoordinateData" "Vector Coordinate Data"
+    "DICOM:VectorDimensionality" "Vector Dimensionality" "DICOM:VectorGridData" "Vector Grid Data"
+    "DICOM:VelocityEncodeScale" "Velocity Encode Scale" "DICOM:VelocityEncoding" "Velocity Encoding"
+    "DICOM:VelocityEncodingDirection" "Velocity Encoding Direction"
+    "DICOM:VelocityEncodingMaximumValue" "Velocity Encoding Maximum Value"
+    "DICOM:VelocityEncodingMinimumValue" "Velocity Encoding Minimum Value"
+    "DICOM:VerificationDateTime" "Verification Date Time" "DICOM:VerificationFlag"
+    "Verification Flag" "DICOM:VerificationImageTiming" "Verification Image Timing"
+    "DICOM:VerifyingObserverIdentCodeSequence" "Verifying Observer Ident Code Sequence"
+    "DICOM:VerifyingObserverName" "Verifying Observer Name" "DICOM:VerifyingObserverSequence"
+    "Verifying Observer Sequence" "DICOM:VerifyingOrganization" "Verifying Organization"
+    "DICOM:VersionOfTheHdrStruct" "Version Of The Hdr Struct" "DICOM:VertexPointIndexList"
+    "Vertex Point Index List" "DICOM:VerticalPrismBase" "Vertical Prism Base"
+    "DICOM:VerticalPrismPower" "Vertical Prism Power" "DICOM:VerticesOfPolygonalCollimator"
+    "Vertices Of Polygonal Collimator" "DICOM:VerticesOfPolygonalShutter"
+    "Vertices Of Polygonal Shutter" "DICOM:VerticesOfTheRegion" "Vertices Of The Region"
+    "DICOM:VideoImageFormatAcquired" "Video Image Format Acquired" "DICOM:ViewCodeSequence"
+    "View Code Sequence" "DICOM:ViewCompressionFactor" "View Compression Factor"
+    "DICOM:ViewModifierCodeSequence" "View Modifier Code Sequence" "DICOM:ViewName" "View Name"
+    "DICOM:ViewNumber" "View Number" "DICOM:ViewPosition" "View Position" "DICOM:ViewWeightingMode"
+    "View Weighting Mode" "DICOM:ViewingDistance" "Viewing Distance" "DICOM:ViewingDistanceType"
+    "Viewing Distance Type" "DICOM:ViewsPerSegment" "Views Per Segment"
+    "DICOM:VirtualSourceAxisDistances" "Virtual Source Axis Distances" "DICOM:VisitComments"
+    "Visit Comments" "DICOM:VisitStatusID" "Visit Status ID" "DICOM:VisualAcuityModifiers"
+    "Visual Acuity Modifiers" "DICOM:VitalStainCodeSequenceTrial" "Vital Stain Code Sequence Trial"
+    "DICOM:VmaClip" "Vma Clip" "DICOM:VmaMamp" "Vma Mamp" "DICOM:VmaMod" "Vma Mod" "DICOM:VmaPhase"
+    "Vma Phase" "DICOM:VolumeBasedCalculationTechnique" "Volume Based Calculation Technique"
+    "DICOM:VolumeLocalizationSequence" "Volume Localization Sequence"
+    "DICOM:VolumeLocalizationTechnique" "Volume Localization Technique" "DICOM:VolumetricProperties"
+    "Volumetric Properties" "DICOM:WaterReferencedPhaseCorrection"
+    "Water Referenced Phase Correction" "DICOM:WaveformBitsAllocated" "Waveform Bits Allocated"
+    "DICOM:WaveformBitsStored" "Waveform Bits Stored" "DICOM:WaveformChannelNumber"
+    "Waveform Channel Number" "DICOM:WaveformData" "Waveform Data" "DICOM:WaveformDataDisplayScale"
+    "Waveform Data Display Scale" "DICOM:WaveformDisplayBkgCIELabValue"
+    "Waveform Display Bkg CIE Lab Value" "DICOM:WaveformOriginality" "Waveform Originality"
+    "DICOM:WaveformPaddingValue" "Waveform Padding Value" "DICOM:WaveformPresentationGroupSequence"
+    "Waveform Presentation Group Sequence" "DICOM:WaveformSampleInterpretation"
+    "Waveform Sample Interpretation" "DICOM:WaveformSequence" "Waveform Sequence" "DICOM:WedgeAngle"
+    "Wedge Angle" "DICOM:WedgeFactor" "Wedge Factor" "DICOM:WedgeID" "Wedge ID" "DICOM:WedgeNumber"
+    "Wedge Number" "DICOM:WedgeOrientation" "Wedge Orientation" "DICOM:WedgePosition"
+    "Wedge Position" "DICOM:WedgePositionSequence" "Wedge Position Sequence" "DICOM:WedgeSequence"
+    "Wedge Sequence" "DICOM:WedgeThinEdgePosition" "Wedge Thin Edge Position" "DICOM:WedgeType"
+    "Wedge Type" "DICOM:WholeBodyTechnique" "Whole Body Technique" "DICOM:WindowCenter"
+    "Window Center" "DICOM:WindowCenterAndWidthExplanation" "Window Center And Width Explanation"
+    "DICOM:WindowValue" "Window Value" "DICOM:WindowWidth" "Window Width" "DICOM:WorklistLabel"
+    "Worklist Label" "DICOM:X-RayChain" "X-Ray Chain" "DICOM:XA-XRFFrameCharacteristicsSequence"
+    "XA-XRF Frame Characteristics Sequence" "DICOM:XFocusCenter" "X Focus Center"
+    "DICOM:XOffsetInSlideCoordinateSystem" "X Offset In Slide Coordinate System"
+    "DICOM:XRay3DAcquisitionSequence" "X Ray 3D Acquisition Sequence"
+    "DICOM:XRay3DFrameTypeSequence" "X Ray 3D Frame Type Sequence"
+    "DICOM:XRay3DReconstructionSequence" "X Ray 3D Reconstruction Sequence"
+    "DICOM:XRayGeometrySequence" "X Ray Geometry Sequence" "DICOM:XRayImageReceptorAngle"
+    "X Ray Image Receptor Angle" "DICOM:XRayImageReceptorTranslation"
+    "X Ray Image Receptor Translation" "DICOM:XRayOffPosition" "X Ray Off Position"
+    "DICOM:XRayOnPosition" "X Ray On Position" "DICOM:XRayOutput" "X Ray Output"
+    "DICOM:XRayReceptorType" "X Ray Receptor Type" "DICOM:XRayTubeCurrent" "X Ray Tube Current"
+    "DICOM:XRayTubeCurrentInMicroAmps" "X Ray Tube Current In Micro Amps"
+    "DICOM:XRayTubeCurrentInMilliAmps" "X Ray Tube Current In Milli Amps" "DICOM:YFocusCenter"
+    "Y Focus Center" "DICOM:YOffsetInSlideCoordinateSystem" "Y Offset In Slide Coordinate System"
+    "DICOM:ZChanAvgOverViews" "Z Chan Avg Over Views" "DICOM:ZOffsetInSlideCoordinateSystem"
+    "Z Offset In Slide Coordinate System" "DICOM:ZSlopeCalibrationDate" "Z Slope Calibration Date"
+    "DICOM:ZSlopeCalibrationTime" "Z Slope Calibration Time" "DICOM:ZSmoothingFactor"
+    "Z Smoothing Factor" "DICOM:ZTrackingFlag" "Z Tracking Flag" "DICOM:ZTrackingMaximumError"
+    "Z Tracking Maximum Error" "DICOM:ZonalMap" "Zonal Map" "DICOM:ZonalMapFormat"
+    "Zonal Map Format" "DICOM:ZonalMapLocation" "Zonal Map Location" "DICOM:ZonalMapNumberFormat"
+    "Zonal Map Number Format" "DICOM:ZoomCenter" "Zoom Center" "DICOM:ZoomFactor" "Zoom Factor"
+    "文件改变的日期和时间" "曝光时间" "ICC 规范" "像素方案" "图像数据排列" "组件数" "Numéro de l'angle" "Position angulaire"
+    "Type audio" "Symbologie du code-barres" "Valeur du code-barres"
+    "Technique de rejet du rythme cardiaque" "Position du cycle cardiaque"
+    "Type de cadrage cardiaque" "Nombre d'images cardiaques" "Phases cardiaques"
+    "Intervalle cardiaque RR spécifié" "Temps de répétition cardiaque"
+    "Source des signaux cardiaques" "Technique de synchronisation cardiaque"
+    "Séquence de déclenchement cardiaque" "Date de création" "Emplacement actuel du patient"
+    "Type de données" "Date de modification du fichier" "Détails des coefficients"
+    "Séquence de l'appareil" "Numéro de série de l'appareil" "UID de l'appareil"
+    "Volume de l'appareil" "Plage dynamique" "Exposition" "Temps de pose" "Séquence de facette"
+    "Drapeau de cohérence du jeu de fichiers" "ID du jeu de fichiers" "Angle de retournement"
+    "Distorsion géométrique maximale" "Propriétés géométriques" "Distance focale de la grille"
+    "Vecteur de décalage du cadre de la grille" "Identifiant de la grille" "Période de quadrillage"
+    "Pas de la grille" "Résolution de la grille" "Matériau d'espacement de la grille"
+    "Épaisseur de la grille" "Profil ICC" "ID de l'image" "Orientation de l'image" "Type de l'image"
+    "Compteur de points de repères" "Type de segment de l'objectif" "Lieu"
+    "Nombre d'images archivées" "ID du propriétaire" "Interprétation photométrique"
+    "Ratio d'aspect des pixels" "Configuration planaire" "ID de produit"
+    "Type de données de la zone" "Indicateurs de la zone" "Temps relatif" "Unités du temps relatif"
+    "Nombre de composantes" "Longueur de numérisation" "Mode de numérisation"
+    "Options de numérisation" "Vitesse de numérisation" "Sensibilité" "Sensibilité calibrée"
+    "Commentaires du texte " "Chaîne de caractères du texte" "Heure" "Données utilisateur"
+    "Données utilisateur 01" "Données utilisateur 02" "Données utilisateur 03"
+    "Données utilisateur 04" "Données utilisateur 05" "Données utilisateur 06"
+    "Données utilisateur 07" "Données utilisateur 08" "Données utilisateur 09"
+    "Données utilisateur 10" "Données utilisateur 11" "Données utilisateur 12"
+    "Données utilisateur 13" "Données utilisateur 14" "Données utilisateur 15"
+    "Données utilisateur 16" "Données utilisateur 17" "Données utilisateur 18"
+    "Données utilisateur 19" "Données utilisateur 20" "Données utilisateur 21"
+    "Données utilisateur 22" "Données utilisateur 23" "Centre du zoom" "Facetur de zoom " "Audiotyp"
+    "Hintergrundfarbe" "Aufnahmedatum" "Datum" "Änderungsdatum" "Dynamikbereich" "Belichtung"
+    "Belichtungsdauer" "ICC-Profil" "Displaybeleuchtung" "Bildausrichtung" "Bildtyp"
+    "Intervalnummer" "Aufnahmeort" "Überlagerungsebenen" "Besitzer-ID" "Pixel-Schema"
+    "Bilddatenausrichtung" "Ebenen" "Produkt-ID" "Anzahl der Komponenten" "Sättigungsebenen" "Zeit"
+    "Una coord in basso a destra" "Una coord in alto a destra" "Scala assoluta canale"
+    "Sequenza codice precedente astratto" "Valore codice precedente astratto" "Numero di adesione"
+    "Codice accessorio" "Checksum del record AcqRecon" "Dose prodotto dell'area acquisita"
+    "Commenti acquisizione" "Descrizione contesto acquisizione" "Sequenza contesto acquisizione"
+    "Contrasto acquisizione" "Data acquisizione" "Data/ora acquisizione"
+    "Codice processo di acquisizione del dispositivo"
     "Descrizione processo di acquisizione del dispositivo"
-    "Sequenza codici tipo di acquisizione del dispositivo""Durata acquisizione"
-    "Dati condizione fine acquisizione""Lunghezza gruppo di acquisizione""Indice acquisizione"
-    "Matrice acquisizione""Numero acquisizione""Descrizione protocollo di acquisizione"
-    "Nome protocollo di acquisizione""Condizione iniziale acquisizione"
-    "Dati condizione iniziale acquisizione""Condizione finale acquisizione""Ora acquisizione"
-    "Ora acquisizione sincronizzata""Tipo acquisizione""Acquisizioni in serie"
-    "Acquisizioni in esame""Attraverso risoluzione di scansione spaziale""Diametro sorgente attuale"
-    "Lunghezza sorgente attuale""Tempo di ritardo corrente trigger cardiaco""Durata frame attuale"
-    "Sequenza attuale esecutori umani""Guadagno analogico in ricezione attuale"
-    "Guadagno digitale in ricezione attuale""Tempo di ritardo corrente trigger respiratorio"
-    "Marca temporale serie di dati attuali""Formato mappa adattativa""Aggiunta sequenza intermedia"
-    "Aggiunta sequenza vicina""Aggiunta altra sequenza""Aggiunta potenza"
-    "Sequenza farmaci addizionali""Ulteriore storia del paziente""Studio indirizzo"
-    "Sequenza codici percorso di amministrazione""ID ammissione""Data ammissione"
-    "Sequenza codici diagnosi ammissione""Descrizioni diagnosi ammissione""Ora ammissione"
-    "Overflow componente avanzato""Underflow componente avanzato""Tipo Audio"
-    "Codice identificativo canale""Etichetta canale""Lunghezza canale""Modo canale""Numero canale"
-    "Stato canale""Tempo totale canale""Larghezza canale""Data di creazione""Tipo di dati""Data"
-    "Data/ora""Fine elementi""Gruppo etnico""Stato esecuzione""Info stato esecuzione""Area esposta"
-    "Esposizione""Modo controllo esposizione""Descrizione modo controllo esposizione"
-    "Tipo modulazione esposizione""Sequenza esposizione""Stato esposizione""Tempo esposizione"
-    "Tempo esposizione in microsecondi""Tempo esposizione in millisecondi""ID gruppo file"
-    "Profili ICC""ID Immagine""Orientamento Immagine""Tipo immagine""Località"
-    "Tipo mime del documento incapsulato""ID proprietario""Interpretazione fotometrica"
-    "Configurazione planare""Funzione post-processamento""Colonne predittore""Costanti predittore"
-    "Righe predittore""Priorità stampa""Nome stampante""Descrizione prodotto""ID prodotto"
-    "Nome prodotto""Algoritmo proiezione""Angolo proiezione""Nome protocollo"
-    "Scopo sequenza codici riferimento""Immagine controllo qualità""Quantità""Sequenza quantità"
-    "Stato coda""Posizione radiale""Dati tabella tavolozza colori rosso"
-    "Descrittore tabella tavolozza colori rosso""Riferimento""Canali di riferimento"
-    "Coordinate di riferimento""Valore fisico valore X pixel di riferimento"
-    "Valore fisico valore Y pixel di riferimento""Pixel X0 di riferimento""Pixel Y0 di riferimento"
-    "Riferimento a suono registrato""Regione di residenza""Tipo resa 3D""Nucleo risonante"
-    "ID risultati""Direzione rotazione""Frequenza campionamento""Campioni per pixel""Sensibilità"
-    "Sensibilità calibrata""Nome sequenza""ID servizio""Tipo fonte""Testo commenti""Stringa testo"
-    "Valore testo""Ora""Unità""Centro zoom""Fattore di zoom""オーディオタイプ""作成日時""日付型""日付""ファイル作成日時"
-    "ダイナミックレンジ""露出""露出時間""グレースケール""ICCプロフィール""イルミネーション""イメージID""イメージ方向""ページ""インターバル数""撮影場所""オーナーID"
-    "ピクセル形式""画像データの並び""製品ID""コンポーネント数""ソフトウェアバージョン""時間""Fecha Creación""Tipo Datos""Fecha"
-    "Tiempo de Exposición""Perfil ICC""ID Imagen""Orientación Imagen""Tipo Imagen""Localización"
-    "Número de imágenes""ID del Propietario""Interpretación Fotométrica""Ajuste Datos Imagen"
-    "ID Producto""Frecuencia muestreo""Número de Componentes""Versión Software"
-    "Ver Factor de compresión";
+    "Sequenza codici tipo di acquisizione del dispositivo" "Durata acquisizione"
+    "Dati condizione fine acquisizione" "Lunghezza gruppo di acquisizione" "Indice acquisizione"
+    "Matrice acquisizione" "Numero acquisizione" "Descrizione protocollo di acquisizione"
+    "Nome protocollo di acquisizione" "Condizione iniziale acquisizione"
+    "Dati condizione iniziale acquisizione" "Condizione finale acquisizione" "Ora acquisizione"
+    "Ora acquisizione sincronizzata" "Tipo acquisizione" "Acquisizioni in serie"
+    "Acquisizioni in esame" "Attraverso risoluzione di scansione spaziale"
+    "Diametro sorgente attuale" "Lunghezza sorgente attuale"
+    "Tempo di ritardo corrente trigger cardiaco" "Durata frame attuale"
+    "Sequenza attuale esecutori umani" "Guadagno analogico in ricezione attuale"
+    "Guadagno digitale in ricezione attuale" "Tempo di ritardo corrente trigger respiratorio"
+    "Marca temporale serie di dati attuali" "Formato mappa adattativa"
+    "Aggiunta sequenza intermedia" "Aggiunta sequenza vicina" "Aggiunta altra sequenza"
+    "Aggiunta potenza" "Sequenza farmaci addizionali" "Ulteriore storia del paziente"
+    "Studio indirizzo" "Sequenza codici percorso di amministrazione" "ID ammissione"
+    "Data ammissione" "Sequenza codici diagnosi ammissione" "Descrizioni diagnosi ammissione"
+    "Ora ammissione" "Overflow componente avanzato" "Underflow componente avanzato" "Tipo Audio"
+    "Codice identificativo canale" "Etichetta canale" "Lunghezza canale" "Modo canale"
+    "Numero canale" "Stato canale" "Tempo totale canale" "Larghezza canale" "Data di creazione"
+    "Tipo di dati" "Data" "Data/ora" "Fine elementi" "Gruppo etnico" "Stato esecuzione"
+    "Info stato esecuzione" "Area esposta" "Esposizione" "Modo controllo esposizione"
+    "Descrizione modo controllo esposizione" "Tipo modulazione esposizione" "Sequenza esposizione"
+    "Stato esposizione" "Tempo esposizione" "Tempo esposizione in microsecondi"
+    "Tempo esposizione in millisecondi" "ID gruppo file" "Profili ICC" "ID Immagine"
+    "Orientamento Immagine" "Tipo immagine" "Località" "Tipo mime del documento incapsulato"
+    "ID proprietario" "Interpretazione fotometrica" "Configurazione planare"
+    "Funzione post-processamento" "Colonne predittore" "Costanti predittore" "Righe predittore"
+    "Priorità stampa" "Nome stampante" "Descrizione prodotto" "ID prodotto" "Nome prodotto"
+    "Algoritmo proiezione" "Angolo proiezione" "Nome protocollo" "Scopo sequenza codici riferimento"
+    "Immagine controllo qualità" "Quantità" "Sequenza quantità" "Stato coda" "Posizione radiale"
+    "Dati tabella tavolozza colori rosso" "Descrittore tabella tavolozza colori rosso" "Riferimento"
+    "Canali di riferimento" "Coordinate di riferimento"
+    "Valore fisico valore X pixel di riferimento" "Valore fisico valore Y pixel di riferimento"
+    "Pixel X0 di riferimento" "Pixel Y0 di riferimento" "Riferimento a suono registrato"
+    "Regione di residenza" "Tipo resa 3D" "Nucleo risonante" "ID risultati" "Direzione rotazione"
+    "Frequenza campionamento" "Campioni per pixel" "Sensibilità" "Sensibilità calibrata"
+    "Nome sequenza" "ID servizio" "Tipo fonte" "Testo commenti" "Stringa testo" "Valore testo" "Ora"
+    "Unità" "Centro zoom" "Fattore di zoom" "オーディオタイプ" "作成日時" "日付型" "日付" "ファイル作成日時" "ダイナミックレンジ" "露出"
+    "露出時間" "グレースケール" "ICCプロフィール" "イルミネーション" "イメージID" "イメージ方向" "ページ" "インターバル数" "撮影場所" "オーナーID"
+    "ピクセル形式" "画像データの並び" "製品ID" "コンポーネント数" "ソフトウェアバージョン" "時間" "Fecha Creación" "Tipo Datos" "Fecha"
+    "Tiempo de Exposición" "Perfil ICC" "ID Imagen" "Orientación Imagen" "Tipo Imagen"
+    "Localización" "Número de imágenes" "ID del Propietario" "Interpretación Fotométrica"
+    "Ajuste Datos Imagen" "ID Producto" "Frecuencia muestreo" "Número de Componentes"
+    "Versión Software" "Ver Factor de compresión";
 
 // DICOM: 3113 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDICOM[] = {
-    {{0, 23}, TagType::string, 0, 0, 0, 0},
-    {{23, 19}, TagType::string, 0, 0, 0, 0},
-    {{42, 23}, TagType::string, 0, 0, 0, 0},
-    {{65, 26}, TagType::string, 0, 0, 0, 0},
-    {{91, 17}, TagType::string, 0, 0, 0, 0},
-    {{108, 22}, TagType::string, 0, 0, 0, 0},
-    {{130, 25}, TagType::string, 0, 0, 0, 0},
-    {{155, 28}, TagType::string, 0, 0, 0, 0},
-    {{183, 28}, TagType::string, 0, 0, 0, 0},
-    {{211, 18}, TagType::string, 0, 0, 0, 0},
-    {{229, 9}, TagType::string, 0, 0, 0, 0},
-    {{238, 23}, TagType::string, 0, 0, 0, 0},
-    {{261, 26}, TagType::string, 0, 0, 0, 0},
-    {{287, 26}, TagType::string, 0, 0, 0, 0},
-    {{313, 25}, TagType::string, 0, 0, 0, 0},
-    {{338, 22}, TagType::string, 0, 0, 0, 0},
-    {{360, 23}, TagType::string, 0, 0, 0, 0},
-    {{383, 27}, TagType::string, 0, 0, 0, 0},
-    {{410, 15}, TagType::string, 0, 0, 0, 0},
-    {{425, 31}, TagType::string, 0, 0, 0, 0},
-    {{456, 19}, TagType::string, 0, 0, 0, 0},
-    {{475, 16}, TagType::string, 0, 0, 0, 0},
-    {{491, 16}, TagType::string, 0, 0, 0, 0},
-    {{507, 25}, TagType::string, 0, 0, 0, 0},
-    {{532, 27}, TagType::string, 0, 0, 0, 0},
-    {{559, 30}, TagType::string, 0, 0, 0, 0},
-    {{589, 33}, TagType::string, 0, 0, 0, 0},
-    {{622, 34}, TagType::string, 0, 0, 0, 0},
-    {{656, 18}, TagType::string, 0, 0, 0, 0},
-    {{674, 22}, TagType::string, 0, 0, 0, 0},
-    {{696, 11}, TagType::string, 0, 0, 0, 0},
-    {{707, 20}, TagType::string, 0, 0, 0, 0},
-    {{727, 20}, TagType::string, 0, 0, 0, 0},
-    {{747, 9}, TagType::string, 0, 0, 0, 0},
-    {{756, 15}, TagType::string, 0, 0, 0, 0},
-    {{771, 20}, TagType::string, 0, 0, 0, 0},
-    {{791, 20}, TagType::string, 0, 0, 0, 0},
-    {{811, 18}, TagType::string, 0, 0, 0, 0},
-    {{829, 11}, TagType::string, 0, 0, 0, 0},
-    {{840, 14}, TagType::string, 0, 0, 0, 0},
-    {{854, 25}, TagType::string, 0, 0, 0, 0},
-    {{879, 30}, TagType::string, 0, 0, 0, 0},
-    {{909, 9}, TagType::string, 0, 0, 0, 0},
-    {{918, 10}, TagType::string, 0, 0, 0, 0},
-    {{928, 15}, TagType::string, 0, 0, 0, 0},
-    {{943, 11}, TagType::string, 0, 0, 0, 0},
-    {{954, 11}, TagType::string, 0, 0, 0, 0},
-    {{965, 9}, TagType::string, 0, 0, 0, 0},
-    {{974, 19}, TagType::string, 0, 0, 0, 0},
-    {{993, 9}, TagType::string, 0, 0, 0, 0},
-    {{1002, 10}, TagType::string, 0, 0, 0, 0},
-    {{1012, 15}, TagType::string, 0, 0, 0, 0},
-    {{1027, 11}, TagType::string, 0, 0, 0, 0},
-    {{1038, 11}, TagType::string, 0, 0, 0, 0},
-    {{1049, 9}, TagType::string, 0, 0, 0, 0},
-    {{1058, 11}, TagType::string, 0, 0, 0, 0},
-    {{1069, 14}, TagType::string, 0, 0, 0, 0},
-    {{1083, 25}, TagType::string, 0, 0, 0, 0},
-    {{1108, 15}, TagType::string, 0, 0, 0, 0},
-    {{1123, 18}, TagType::string, 0, 0, 0, 0},
-    {{1141, 15}, TagType::string, 0, 0, 0, 0},
-    {{1156, 20}, TagType::string, 0, 0, 0, 0},
-    {{1176, 24}, TagType::string, 0, 0, 0, 0},
-    {{1200, 8}, TagType::string, 0, 0, 0, 0},
-    {{1208, 17}, TagType::string, 0, 0, 0, 0},
-    {{1225, 17}, TagType::string, 0, 0, 0, 0},
-    {{1242, 14}, TagType::string, 0, 0, 0, 0},
-    {{1256, 22}, TagType::string, 0, 0, 0, 0},
-    {{1278, 12}, TagType::string, 0, 0, 0, 0},
-    {{1290, 15}, TagType::string, 0, 0, 0, 0},
-    {{1305, 18}, TagType::string, 0, 0, 0, 0},
-    {{1323, 23}, TagType::string, 0, 0, 0, 0},
-    {{1346, 22}, TagType::string, 0, 0, 0, 0},
-    {{1368, 25}, TagType::string, 0, 0, 0, 0},
-    {{1393, 33}, TagType::string, 0, 0, 0, 0},
-    {{1426, 28}, TagType::string, 0, 0, 0, 0},
-    {{1454, 9}, TagType::string, 0, 0, 0, 0},
-    {{1463, 22}, TagType::string, 0, 0, 0, 0},
-    {{1485, 19}, TagType::string, 0, 0, 0, 0},
-    {{1504, 11}, TagType::string, 0, 0, 0, 0},
-    {{1515, 15}, TagType::string, 0, 0, 0, 0},
-    {{1530, 19}, TagType::string, 0, 0, 0, 0},
-    {{1549, 24}, TagType::string, 0, 0, 0, 0},
-    {{1573, 25}, TagType::string, 0, 0, 0, 0},
-    {{1598, 15}, TagType::string, 0, 0, 0, 0},
-    {{1613, 31}, TagType::string, 0, 0, 0, 0},
-    {{1644, 17}, TagType::string, 0, 0, 0, 0},
-    {{1661, 22}, TagType::string, 0, 0, 0, 0},
-    {{1683, 20}, TagType::string, 0, 0, 0, 0},
-    {{1703, 22}, TagType::string, 0, 0, 0, 0},
-    {{1725, 16}, TagType::string, 0, 0, 0, 0},
-    {{1741, 23}, TagType::string, 0, 0, 0, 0},
-    {{1764, 10}, TagType::string, 0, 0, 0, 0},
-    {{1774, 21}, TagType::string, 0, 0, 0, 0},
-    {{1795, 9}, TagType::string, 0, 0, 0, 0},
-    {{1804, 11}, TagType::string, 0, 0, 0, 0},
-    {{1815, 16}, TagType::string, 0, 0, 0, 0},
-    {{1831, 21}, TagType::string, 0, 0, 0, 0},
-    {{1852, 17}, TagType::string, 0, 0, 0, 0},
-    {{1869, 27}, TagType::string, 0, 0, 0, 0},
-    {{1896, 18}, TagType::string, 0, 0, 0, 0},
-    {{1914, 28}, TagType::string, 0, 0, 0, 0},
-    {{1942, 23}, TagType::string, 0, 0, 0, 0},
-    {{1965, 29}, TagType::string, 0, 0, 0, 0},
-    {{1994, 27}, TagType::string, 0, 0, 0, 0},
-    {{2021, 31}, TagType::string, 0, 0, 0, 0},
-    {{2052, 13}, TagType::string, 0, 0, 0, 0},
-    {{2065, 18}, TagType::string, 0, 0, 0, 0},
-    {{2083, 29}, TagType::string, 0, 0, 0, 0},
-    {{2112, 30}, TagType::string, 0, 0, 0, 0},
-    {{2142, 22}, TagType::string, 0, 0, 0, 0},
-    {{2164, 25}, TagType::string, 0, 0, 0, 0},
-    {{2189, 23}, TagType::string, 0, 0, 0, 0},
-    {{2212, 31}, TagType::string, 0, 0, 0, 0},
-    {{2243, 24}, TagType::string, 0, 0, 0, 0},
-    {{2267, 25}, TagType::string, 0, 0, 0, 0},
-    {{2292, 23}, TagType::string, 0, 0, 0, 0},
-    {{2315, 25}, TagType::string, 0, 0, 0, 0},
-    {{2340, 26}, TagType::string, 0, 0, 0, 0},
-    {{2366, 23}, TagType::string, 0, 0, 0, 0},
-    {{2389, 23}, TagType::string, 0, 0, 0, 0},
-    {{2412, 26}, TagType::string, 0, 0, 0, 0},
-    {{2438, 21}, TagType::string, 0, 0, 0, 0},
-    {{2459, 24}, TagType::string, 0, 0, 0, 0},
-    {{2483, 19}, TagType::string, 0, 0, 0, 0},
-    {{2502, 21}, TagType::string, 0, 0, 0, 0},
-    {{2523, 15}, TagType::string, 0, 0, 0, 0},
-    {{2538, 19}, TagType::string, 0, 0, 0, 0},
-    {{2557, 9}, TagType::string, 0, 0, 0, 0},
-    {{2566, 23}, TagType::string, 0, 0, 0, 0},
-    {{2589, 14}, TagType::string, 0, 0, 0, 0},
-    {{2603, 13}, TagType::string, 0, 0, 0, 0},
-    {{2616, 17}, TagType::string, 0, 0, 0, 0},
-    {{2633, 21}, TagType::string, 0, 0, 0, 0},
-    {{2654, 30}, TagType::string, 0, 0, 0, 0},
-    {{2684, 21}, TagType::string, 0, 0, 0, 0},
-    {{2705, 21}, TagType::string, 0, 0, 0, 0},
-    {{2726, 21}, TagType::string, 0, 0, 0, 0},
-    {{2747, 19}, TagType::string, 0, 0, 0, 0},
-    {{2766, 9}, TagType::string, 0, 0, 0, 0},
-    {{2775, 11}, TagType::string, 0, 0, 0, 0},
-    {{2786, 14}, TagType::string, 0, 0, 0, 0},
-    {{2800, 8}, TagType::string, 0, 0, 0, 0},
-    {{2808, 10}, TagType::string, 0, 0, 0, 0},
-    {{2818, 19}, TagType::string, 0, 0, 0, 0},
-    {{2837, 20}, TagType::string, 0, 0, 0, 0},
-    {{2857, 17}, TagType::string, 0, 0, 0, 0},
-    {{2874, 15}, TagType::string, 0, 0, 0, 0},
-    {{2889, 18}, TagType::string, 0, 0, 0, 0},
-    {{2907, 15}, TagType::string, 0, 0, 0, 0},
-    {{2922, 17}, TagType::string, 0, 0, 0, 0},
-    {{2939, 9}, TagType::string, 0, 0, 0, 0},
-    {{2948, 8}, TagType::string, 0, 0, 0, 0},
-    {{2956, 27}, TagType::string, 0, 0, 0, 0},
-    {{2983, 18}, TagType::string, 0, 0, 0, 0},
-    {{3001, 21}, TagType::string, 0, 0, 0, 0},
-    {{3022, 17}, TagType::string, 0, 0, 0, 0},
-    {{3039, 22}, TagType::string, 0, 0, 0, 0},
-    {{3061, 30}, TagType::string, 0, 0, 0, 0},
-    {{3091, 32}, TagType::string, 0, 0, 0, 0},
-    {{3123, 33}, TagType::string, 0, 0, 0, 0},
-    {{3156, 33}, TagType::string, 0, 0, 0, 0},
-    {{3189, 26}, TagType::string, 0, 0, 0, 0},
-    {{3215, 34}, TagType::string, 0, 0, 0, 0},
-    {{3249, 29}, TagType::string, 0, 0, 0, 0},
-    {{3278, 32}, TagType::string, 0, 0, 0, 0},
-    {{3310, 34}, TagType::string, 0, 0, 0, 0},
-    {{3344, 31}, TagType::string, 0, 0, 0, 0},
-    {{3375, 29}, TagType::string, 0, 0, 0, 0},
-    {{3404, 31}, TagType::string, 0, 0, 0, 0},
-    {{3435, 31}, TagType::string, 0, 0, 0, 0},
-    {{3466, 19}, TagType::string, 0, 0, 0, 0},
-    {{3485, 19}, TagType::string, 0, 0, 0, 0},
-    {{3504, 9}, TagType::string, 0, 0, 0, 0},
-    {{3513, 31}, TagType::string, 0, 0, 0, 0},
-    {{3544, 25}, TagType::string, 0, 0, 0, 0},
-    {{3569, 17}, TagType::string, 0, 0, 0, 0},
-    {{3586, 23}, TagType::string, 0, 0, 0, 0},
-    {{3609, 27}, TagType::string, 0, 0, 0, 0},
-    {{3636, 17}, TagType::string, 0, 0, 0, 0},
-    {{3653, 20}, TagType::string, 0, 0, 0, 0},
-    {{3673, 31}, TagType::string, 0, 0, 0, 0},
-    {{3704, 21}, TagType::string, 0, 0, 0, 0},
-    {{3725, 19}, TagType::string, 0, 0, 0, 0},
-    {{3744, 22}, TagType::string, 0, 0, 0, 0},
-    {{3766, 34}, TagType::string, 0, 0, 0, 0},
-    {{3800, 28}, TagType::string, 0, 0, 0, 0},
-    {{3828, 20}, TagType::string, 0, 0, 0, 0},
-    {{3848, 34}, TagType::string, 0, 0, 0, 0},
-    {{3882, 18}, TagType::string, 0, 0, 0, 0},
-    {{3900, 12}, TagType::string, 0, 0, 0, 0},
-    {{3912, 7}, TagType::string, 0, 0, 0, 0},
-    {{3919, 9}, TagType::string, 0, 0, 0, 0},
-    {{3928, 15}, TagType::string, 0, 0, 0, 0},
-    {{3943, 9}, TagType::string, 0, 0, 0, 0},
-    {{3952, 20}, TagType::string, 0, 0, 0, 0},
-    {{3972, 12}, TagType::string, 0, 0, 0, 0},
-    {{3984, 17}, TagType::string, 0, 0, 0, 0},
-    {{4001, 18}, TagType::string, 0, 0, 0, 0},
-    {{4019, 25}, TagType::string, 0, 0, 0, 0},
-    {{4044, 18}, TagType::string, 0, 0, 0, 0},
-    {{4062, 11}, TagType::string, 0, 0, 0, 0},
-    {{4073, 9}, TagType::string, 0, 0, 0, 0},
-    {{4082, 17}, TagType::string, 0, 0, 0, 0},
-    {{4099, 15}, TagType::string, 0, 0, 0, 0},
-    {{4114, 16}, TagType::string, 0, 0, 0, 0},
-    {{4130, 16}, TagType::string, 0, 0, 0, 0},
-    {{4146, 10}, TagType::string, 0, 0, 0, 0},
-    {{4156, 32}, TagType::string, 0, 0, 0, 0},
-    {{4188, 29}, TagType::string, 0, 0, 0, 0},
-    {{4217, 32}, TagType::string, 0, 0, 0, 0},
-    {{4249, 15}, TagType::string, 0, 0, 0, 0},
-    {{4264, 17}, TagType::string, 0, 0, 0, 0},
-    {{4281, 23}, TagType::string, 0, 0, 0, 0},
-    {{4304, 16}, TagType::string, 0, 0, 0, 0},
-    {{4320, 10}, TagType::string, 0, 0, 0, 0},
-    {{4330, 11}, TagType::string, 0, 0, 0, 0},
-    {{4341, 13}, TagType::string, 0, 0, 0, 0},
-    {{4354, 14}, TagType::string, 0, 0, 0, 0},
-    {{4368, 27}, TagType::string, 0, 0, 0, 0},
-    {{4395, 22}, TagType::string, 0, 0, 0, 0},
-    {{4417, 12}, TagType::string, 0, 0, 0, 0},
-    {{4429, 15}, TagType::string, 0, 0, 0, 0},
-    {{4444, 20}, TagType::string, 0, 0, 0, 0},
-    {{4464, 13}, TagType::string, 0, 0, 0, 0},
-    {{4477, 9}, TagType::string, 0, 0, 0, 0},
-    {{4486, 18}, TagType::string, 0, 0, 0, 0},
-    {{4504, 17}, TagType::string, 0, 0, 0, 0},
-    {{4521, 23}, TagType::string, 0, 0, 0, 0},
-    {{4544, 11}, TagType::string, 0, 0, 0, 0},
-    {{4555, 10}, TagType::string, 0, 0, 0, 0},
-    {{4565, 13}, TagType::string, 0, 0, 0, 0},
-    {{4578, 24}, TagType::string, 0, 0, 0, 0},
-    {{4602, 15}, TagType::string, 0, 0, 0, 0},
-    {{4617, 17}, TagType::string, 0, 0, 0, 0},
-    {{4634, 26}, TagType::string, 0, 0, 0, 0},
-    {{4660, 25}, TagType::string, 0, 0, 0, 0},
-    {{4685, 26}, TagType::string, 0, 0, 0, 0},
-    {{4711, 18}, TagType::string, 0, 0, 0, 0},
-    {{4729, 25}, TagType::string, 0, 0, 0, 0},
-    {{4754, 23}, TagType::string, 0, 0, 0, 0},
-    {{4777, 24}, TagType::string, 0, 0, 0, 0},
-    {{4801, 25}, TagType::string, 0, 0, 0, 0},
-    {{4826, 23}, TagType::string, 0, 0, 0, 0},
-    {{4849, 25}, TagType::string, 0, 0, 0, 0},
-    {{4874, 17}, TagType::string, 0, 0, 0, 0},
-    {{4891, 21}, TagType::string, 0, 0, 0, 0},
-    {{4912, 15}, TagType::string, 0, 0, 0, 0},
-    {{4927, 21}, TagType::string, 0, 0, 0, 0},
-    {{4948, 13}, TagType::string, 0, 0, 0, 0},
-    {{4961, 24}, TagType::string, 0, 0, 0, 0},
-    {{4985, 23}, TagType::string, 0, 0, 0, 0},
-    {{5008, 25}, TagType::string, 0, 0, 0, 0},
-    {{5033, 19}, TagType::string, 0, 0, 0, 0},
-    {{5052, 21}, TagType::string, 0, 0, 0, 0},
-    {{5073, 22}, TagType::string, 0, 0, 0, 0},
-    {{5095, 29}, TagType::string, 0, 0, 0, 0},
-    {{5124, 24}, TagType::string, 0, 0, 0, 0},
-    {{5148, 33}, TagType::string, 0, 0, 0, 0},
-    {{5181, 31}, TagType::string, 0, 0, 0, 0},
-    {{5212, 22}, TagType::string, 0, 0, 0, 0},
-    {{5234, 22}, TagType::string, 0, 0, 0, 0},
-    {{5256, 34}, TagType::string, 0, 0, 0, 0},
-    {{5290, 21}, TagType::string, 0, 0, 0, 0},
-    {{5311, 30}, TagType::string, 0, 0, 0, 0},
-    {{5341, 16}, TagType::string, 0, 0, 0, 0},
-    {{5357, 26}, TagType::string, 0, 0, 0, 0},
-    {{5383, 22}, TagType::string, 0, 0, 0, 0},
-    {{5405, 18}, TagType::string, 0, 0, 0, 0},
-    {{5423, 26}, TagType::string, 0, 0, 0, 0},
-    {{5449, 32}, TagType::string, 0, 0, 0, 0},
-    {{5481, 16}, TagType::string, 0, 0, 0, 0},
-    {{5497, 16}, TagType::string, 0, 0, 0, 0},
-    {{5513, 15}, TagType::string, 0, 0, 0, 0},
-    {{5528, 11}, TagType::string, 0, 0, 0, 0},
-    {{5539, 17}, TagType::string, 0, 0, 0, 0},
-    {{5556, 12}, TagType::string, 0, 0, 0, 0},
-    {{5568, 9}, TagType::string, 0, 0, 0, 0},
-    {{5577, 30}, TagType::string, 0, 0, 0, 0},
-    {{5607, 24}, TagType::string, 0, 0, 0, 0},
-    {{5631, 20}, TagType::string, 0, 0, 0, 0},
-    {{5651, 24}, TagType::string, 0, 0, 0, 0},
-    {{5675, 22}, TagType::string, 0, 0, 0, 0},
-    {{5697, 12}, TagType::string, 0, 0, 0, 0},
-    {{5709, 19}, TagType::string, 0, 0, 0, 0},
-    {{5728, 22}, TagType::string, 0, 0, 0, 0},
-    {{5750, 22}, TagType::string, 0, 0, 0, 0},
-    {{5772, 20}, TagType::string, 0, 0, 0, 0},
-    {{5792, 25}, TagType::string, 0, 0, 0, 0},
-    {{5817, 20}, TagType::string, 0, 0, 0, 0},
-    {{5837, 11}, TagType::string, 0, 0, 0, 0},
-    {{5848, 18}, TagType::string, 0, 0, 0, 0},
-    {{5866, 18}, TagType::string, 0, 0, 0, 0},
-    {{5884, 23}, TagType::string, 0, 0, 0, 0},
-    {{5907, 8}, TagType::string, 0, 0, 0, 0},
-    {{5915, 19}, TagType::string, 0, 0, 0, 0},
-    {{5934, 14}, TagType::string, 0, 0, 0, 0},
-    {{5948, 3}, TagType::string, 0, 0, 0, 0},
-    {{5951, 17}, TagType::string, 0, 0, 0, 0},
-    {{5968, 31}, TagType::string, 0, 0, 0, 0},
-    {{5999, 17}, TagType::string, 0, 0, 0, 0},
-    {{6016, 25}, TagType::string, 0, 0, 0, 0},
-    {{6041, 29}, TagType::string, 0, 0, 0, 0},
-    {{6070, 27}, TagType::string, 0, 0, 0, 0},
-    {{6097, 14}, TagType::string, 0, 0, 0, 0},
-    {{6111, 8}, TagType::string, 0, 0, 0, 0},
-    {{6119, 13}, TagType::string, 0, 0, 0, 0},
-    {{6132, 16}, TagType::string, 0, 0, 0, 0},
-    {{6148, 16}, TagType::string, 0, 0, 0, 0},
-    {{6164, 13}, TagType::string, 0, 0, 0, 0},
-    {{6177, 10}, TagType::string, 0, 0, 0, 0},
-    {{6187, 21}, TagType::string, 0, 0, 0, 0},
-    {{6208, 20}, TagType::string, 0, 0, 0, 0},
-    {{6228, 26}, TagType::string, 0, 0, 0, 0},
-    {{6254, 22}, TagType::string, 0, 0, 0, 0},
-    {{6276, 15}, TagType::string, 0, 0, 0, 0},
-    {{6291, 15}, TagType::string, 0, 0, 0, 0},
-    {{6306, 23}, TagType::string, 0, 0, 0, 0},
-    {{6329, 14}, TagType::string, 0, 0, 0, 0},
-    {{6343, 18}, TagType::string, 0, 0, 0, 0},
-    {{6361, 9}, TagType::string, 0, 0, 0, 0},
-    {{6370, 8}, TagType::string, 0, 0, 0, 0},
-    {{6378, 7}, TagType::string, 0, 0, 0, 0},
-    {{6385, 11}, TagType::string, 0, 0, 0, 0},
-    {{6396, 6}, TagType::string, 0, 0, 0, 0},
-    {{6402, 10}, TagType::string, 0, 0, 0, 0},
-    {{6412, 8}, TagType::string, 0, 0, 0, 0},
-    {{6420, 24}, TagType::string, 0, 0, 0, 0},
-    {{6444, 24}, TagType::string, 0, 0, 0, 0},
-    {{6468, 22}, TagType::string, 0, 0, 0, 0},
-    {{6490, 22}, TagType::string, 0, 0, 0, 0},
-    {{6512, 34}, TagType::string, 0, 0, 0, 0},
-    {{6546, 26}, TagType::string, 0, 0, 0, 0},
-    {{6572, 31}, TagType::string, 0, 0, 0, 0},
-    {{6603, 34}, TagType::string, 0, 0, 0, 0},
-    {{6637, 29}, TagType::string, 0, 0, 0, 0},
-    {{6666, 23}, TagType::string, 0, 0, 0, 0},
-    {{6689, 15}, TagType::string, 0, 0, 0, 0},
-    {{6704, 24}, TagType::string, 0, 0, 0, 0},
-    {{6728, 26}, TagType::string, 0, 0, 0, 0},
-    {{6754, 12}, TagType::string, 0, 0, 0, 0},
-    {{6766, 18}, TagType::string, 0, 0, 0, 0},
-    {{6784, 19}, TagType::string, 0, 0, 0, 0},
-    {{6803, 22}, TagType::string, 0, 0, 0, 0},
-    {{6825, 21}, TagType::string, 0, 0, 0, 0},
-    {{6846, 22}, TagType::string, 0, 0, 0, 0},
-    {{6868, 13}, TagType::string, 0, 0, 0, 0},
-    {{6881, 16}, TagType::string, 0, 0, 0, 0},
-    {{6897, 20}, TagType::string, 0, 0, 0, 0},
-    {{6917, 23}, TagType::string, 0, 0, 0, 0},
-    {{6940, 26}, TagType::string, 0, 0, 0, 0},
-    {{6966, 17}, TagType::string, 0, 0, 0, 0},
-    {{6983, 11}, TagType::string, 0, 0, 0, 0},
-    {{6994, 19}, TagType::string, 0, 0, 0, 0},
-    {{7013, 15}, TagType::string, 0, 0, 0, 0},
-    {{7028, 9}, TagType::string, 0, 0, 0, 0},
-    {{7037, 18}, TagType::string, 0, 0, 0, 0},
-    {{7055, 15}, TagType::string, 0, 0, 0, 0},
-    {{7070, 10}, TagType::string, 0, 0, 0, 0},
-    {{7080, 17}, TagType::string, 0, 0, 0, 0},
-    {{7097, 24}, TagType::string, 0, 0, 0, 0},
-    {{7121, 17}, TagType::string, 0, 0, 0, 0},
-    {{7138, 22}, TagType::string, 0, 0, 0, 0},
-    {{7160, 22}, TagType::string, 0, 0, 0, 0},
-    {{7182, 21}, TagType::string, 0, 0, 0, 0},
-    {{7203, 24}, TagType::string, 0, 0, 0, 0},
-    {{7227, 25}, TagType::string, 0, 0, 0, 0},
-    {{7252, 28}, TagType::string, 0, 0, 0, 0},
-    {{7280, 27}, TagType::string, 0, 0, 0, 0},
-    {{7307, 21}, TagType::string, 0, 0, 0, 0},
-    {{7328, 20}, TagType::string, 0, 0, 0, 0},
-    {{7348, 28}, TagType::string, 0, 0, 0, 0},
-    {{7376, 31}, TagType::string, 0, 0, 0, 0},
-    {{7407, 32}, TagType::string, 0, 0, 0, 0},
-    {{7439, 31}, TagType::string, 0, 0, 0, 0},
-    {{7470, 17}, TagType::string, 0, 0, 0, 0},
-    {{7487, 10}, TagType::string, 0, 0, 0, 0},
-    {{7497, 11}, TagType::string, 0, 0, 0, 0},
-    {{7508, 17}, TagType::string, 0, 0, 0, 0},
-    {{7525, 17}, TagType::string, 0, 0, 0, 0},
-    {{7542, 12}, TagType::string, 0, 0, 0, 0},
-    {{7554, 9}, TagType::string, 0, 0, 0, 0},
-    {{7563, 9}, TagType::string, 0, 0, 0, 0},
-    {{7572, 21}, TagType::string, 0, 0, 0, 0},
-    {{7593, 13}, TagType::string, 0, 0, 0, 0},
-    {{7606, 22}, TagType::string, 0, 0, 0, 0},
-    {{7628, 24}, TagType::string, 0, 0, 0, 0},
-    {{7652, 23}, TagType::string, 0, 0, 0, 0},
-    {{7675, 34}, TagType::string, 0, 0, 0, 0},
-    {{7709, 18}, TagType::string, 0, 0, 0, 0},
-    {{7727, 18}, TagType::string, 0, 0, 0, 0},
-    {{7745, 11}, TagType::string, 0, 0, 0, 0},
-    {{7756, 13}, TagType::string, 0, 0, 0, 0},
-    {{7769, 11}, TagType::string, 0, 0, 0, 0},
-    {{7780, 22}, TagType::string, 0, 0, 0, 0},
-    {{7802, 21}, TagType::string, 0, 0, 0, 0},
-    {{7823, 26}, TagType::string, 0, 0, 0, 0},
-    {{7849, 10}, TagType::string, 0, 0, 0, 0},
-    {{7859, 9}, TagType::string, 0, 0, 0, 0},
-    {{7868, 17}, TagType::string, 0, 0, 0, 0},
-    {{7885, 15}, TagType::string, 0, 0, 0, 0},
-    {{7900, 14}, TagType::string, 0, 0, 0, 0},
-    {{7914, 7}, TagType::string, 0, 0, 0, 0},
-    {{7921, 11}, TagType::string, 0, 0, 0, 0},
-    {{7932, 22}, TagType::string, 0, 0, 0, 0},
-    {{7954, 14}, TagType::string, 0, 0, 0, 0},
-    {{7968, 16}, TagType::string, 0, 0, 0, 0},
-    {{7984, 21}, TagType::string, 0, 0, 0, 0},
-    {{8005, 12}, TagType::string, 0, 0, 0, 0},
-    {{8017, 15}, TagType::string, 0, 0, 0, 0},
-    {{8032, 8}, TagType::string, 0, 0, 0, 0},
-    {{8040, 21}, TagType::string, 0, 0, 0, 0},
-    {{8061, 17}, TagType::string, 0, 0, 0, 0},
-    {{8078, 16}, TagType::string, 0, 0, 0, 0},
-    {{8094, 17}, TagType::string, 0, 0, 0, 0},
-    {{8111, 13}, TagType::string, 0, 0, 0, 0},
-    {{8124, 20}, TagType::string, 0, 0, 0, 0},
-    {{8144, 10}, TagType::string, 0, 0, 0, 0},
-    {{8154, 13}, TagType::string, 0, 0, 0, 0},
-    {{8167, 15}, TagType::string, 0, 0, 0, 0},
-    {{8182, 18}, TagType::string, 0, 0, 0, 0},
-    {{8200, 4}, TagType::string, 0, 0, 0, 0},
-    {{8204, 14}, TagType::string, 0, 0, 0, 0},
-    {{8218, 18}, TagType::string, 0, 0, 0, 0},
-    {{8236, 14}, TagType::string, 0, 0, 0, 0},
-    {{8250, 13}, TagType::string, 0, 0, 0, 0},
-    {{8263, 12}, TagType::string, 0, 0, 0, 0},
-    {{8275, 12}, TagType::string, 0, 0, 0, 0},
-    {{8287, 10}, TagType::string, 0, 0, 0, 0},
-    {{8297, 19}, TagType::string, 0, 0, 0, 0},
-    {{8316, 17}, TagType::string, 0, 0, 0, 0},
-    {{8333, 16}, TagType::string, 0, 0, 0, 0},
-    {{8349, 21}, TagType::string, 0, 0, 0, 0},
-    {{8370, 21}, TagType::string, 0, 0, 0, 0},
-    {{8391, 17}, TagType::string, 0, 0, 0, 0},
-    {{8408, 21}, TagType::string, 0, 0, 0, 0},
-    {{8429, 19}, TagType::string, 0, 0, 0, 0},
-    {{8448, 9}, TagType::string, 0, 0, 0, 0},
-    {{8457, 27}, TagType::string, 0, 0, 0, 0},
-    {{8484, 15}, TagType::string, 0, 0, 0, 0},
-    {{8499, 16}, TagType::string, 0, 0, 0, 0},
-    {{8515, 9}, TagType::string, 0, 0, 0, 0},
-    {{8524, 12}, TagType::string, 0, 0, 0, 0},
-    {{8536, 12}, TagType::string, 0, 0, 0, 0},
-    {{8548, 18}, TagType::string, 0, 0, 0, 0},
-    {{8566, 10}, TagType::string, 0, 0, 0, 0},
-    {{8576, 17}, TagType::string, 0, 0, 0, 0},
-    {{8593, 29}, TagType::string, 0, 0, 0, 0},
-    {{8622, 9}, TagType::string, 0, 0, 0, 0},
-    {{8631, 21}, TagType::string, 0, 0, 0, 0},
-    {{8652, 3}, TagType::string, 0, 0, 0, 0},
-    {{8655, 5}, TagType::string, 0, 0, 0, 0},
-    {{8660, 32}, TagType::string, 0, 0, 0, 0},
-    {{8692, 31}, TagType::string, 0, 0, 0, 0},
-    {{8723, 19}, TagType::string, 0, 0, 0, 0},
-    {{8742, 12}, TagType::string, 0, 0, 0, 0},
-    {{8754, 16}, TagType::string, 0, 0, 0, 0},
-    {{8770, 20}, TagType::string, 0, 0, 0, 0},
-    {{8790, 16}, TagType::string, 0, 0, 0, 0},
-    {{8806, 15}, TagType::string, 0, 0, 0, 0},
-    {{8821, 9}, TagType::string, 0, 0, 0, 0},
-    {{8830, 8}, TagType::string, 0, 0, 0, 0},
-    {{8838, 8}, TagType::string, 0, 0, 0, 0},
-    {{8846, 9}, TagType::string, 0, 0, 0, 0},
-    {{8855, 33}, TagType::string, 0, 0, 0, 0},
-    {{8888, 16}, TagType::string, 0, 0, 0, 0},
-    {{8904, 14}, TagType::string, 0, 0, 0, 0},
-    {{8918, 22}, TagType::string, 0, 0, 0, 0},
-    {{8940, 24}, TagType::string, 0, 0, 0, 0},
-    {{8964, 31}, TagType::string, 0, 0, 0, 0},
-    {{8995, 33}, TagType::string, 0, 0, 0, 0},
-    {{9028, 20}, TagType::string, 0, 0, 0, 0},
-    {{9048, 22}, TagType::string, 0, 0, 0, 0},
-    {{9070, 12}, TagType::string, 0, 0, 0, 0},
-    {{9082, 23}, TagType::string, 0, 0, 0, 0},
-    {{9105, 24}, TagType::string, 0, 0, 0, 0},
-    {{9129, 26}, TagType::string, 0, 0, 0, 0},
-    {{9155, 26}, TagType::string, 0, 0, 0, 0},
-    {{9181, 23}, TagType::string, 0, 0, 0, 0},
-    {{9204, 23}, TagType::string, 0, 0, 0, 0},
-    {{9227, 26}, TagType::string, 0, 0, 0, 0},
-    {{9253, 24}, TagType::string, 0, 0, 0, 0},
-    {{9277, 19}, TagType::string, 0, 0, 0, 0},
-    {{9296, 33}, TagType::string, 0, 0, 0, 0},
-    {{9329, 15}, TagType::string, 0, 0, 0, 0},
-    {{9344, 26}, TagType::string, 0, 0, 0, 0},
-    {{9370, 27}, TagType::string, 0, 0, 0, 0},
-    {{9397, 29}, TagType::string, 0, 0, 0, 0},
-    {{9426, 29}, TagType::string, 0, 0, 0, 0},
-    {{9455, 26}, TagType::string, 0, 0, 0, 0},
-    {{9481, 26}, TagType::string, 0, 0, 0, 0},
-    {{9507, 29}, TagType::string, 0, 0, 0, 0},
-    {{9536, 27}, TagType::string, 0, 0, 0, 0},
-    {{9563, 10}, TagType::string, 0, 0, 0, 0},
-    {{9573, 24}, TagType::string, 0, 0, 0, 0},
-    {{9597, 16}, TagType::string, 0, 0, 0, 0},
-    {{9613, 16}, TagType::string, 0, 0, 0, 0},
-    {{9629, 16}, TagType::string, 0, 0, 0, 0},
-    {{9645, 23}, TagType::string, 0, 0, 0, 0},
-    {{9668, 25}, TagType::string, 0, 0, 0, 0},
-    {{9693, 19}, TagType::string, 0, 0, 0, 0},
-    {{9712, 24}, TagType::string, 0, 0, 0, 0},
-    {{9736, 26}, TagType::string, 0, 0, 0, 0},
-    {{9762, 34}, TagType::string, 0, 0, 0, 0},
-    {{9796, 21}, TagType::string, 0, 0, 0, 0},
-    {{9817, 15}, TagType::string, 0, 0, 0, 0},
-    {{9832, 16}, TagType::string, 0, 0, 0, 0},
-    {{9848, 13}, TagType::string, 0, 0, 0, 0},
-    {{9861, 28}, TagType::string, 0, 0, 0, 0},
-    {{9889, 27}, TagType::string, 0, 0, 0, 0},
-    {{9916, 12}, TagType::string, 0, 0, 0, 0},
-    {{9928, 19}, TagType::string, 0, 0, 0, 0},
-    {{9947, 11}, TagType::string, 0, 0, 0, 0},
-    {{9958, 14}, TagType::string, 0, 0, 0, 0},
-    {{9972, 10}, TagType::string, 0, 0, 0, 0},
-    {{9982, 18}, TagType::string, 0, 0, 0, 0},
-    {{10000, 22}, TagType::string, 0, 0, 0, 0},
-    {{10022, 15}, TagType::string, 0, 0, 0, 0},
-    {{10037, 16}, TagType::string, 0, 0, 0, 0},
-    {{10053, 19}, TagType::string, 0, 0, 0, 0},
-    {{10072, 22}, TagType::string, 0, 0, 0, 0},
-    {{10094, 27}, TagType::string, 0, 0, 0, 0},
-    {{10121, 29}, TagType::string, 0, 0, 0, 0},
-    {{10150, 12}, TagType::string, 0, 0, 0, 0},
-    {{10162, 9}, TagType::string, 0, 0, 0, 0},
-    {{10171, 16}, TagType::string, 0, 0, 0, 0},
-    {{10187, 15}, TagType::string, 0, 0, 0, 0},
-    {{10202, 12}, TagType::string, 0, 0, 0, 0},
-    {{10214, 30}, TagType::string, 0, 0, 0, 0},
-    {{10244, 25}, TagType::string, 0, 0, 0, 0},
-    {{10269, 22}, TagType::string, 0, 0, 0, 0},
-    {{10291, 11}, TagType::string, 0, 0, 0, 0},
-    {{10302, 27}, TagType::string, 0, 0, 0, 0},
-    {{10329, 19}, TagType::string, 0, 0, 0, 0},
-    {{10348, 14}, TagType::string, 0, 0, 0, 0},
-    {{10362, 11}, TagType::string, 0, 0, 0, 0},
-    {{10373, 19}, TagType::string, 0, 0, 0, 0},
-    {{10392, 19}, TagType::string, 0, 0, 0, 0},
-    {{10411, 19}, TagType::string, 0, 0, 0, 0},
-    {{10430, 19}, TagType::string, 0, 0, 0, 0},
-    {{10449, 16}, TagType::string, 0, 0, 0, 0},
-    {{10465, 16}, TagType::string, 0, 0, 0, 0},
-    {{10481, 23}, TagType::string, 0, 0, 0, 0},
-    {{10504, 23}, TagType::string, 0, 0, 0, 0},
-    {{10527, 28}, TagType::string, 0, 0, 0, 0},
-    {{10555, 28}, TagType::string, 0, 0, 0, 0},
-    {{10583, 14}, TagType::string, 0, 0, 0, 0},
-    {{10597, 14}, TagType::string, 0, 0, 0, 0},
-    {{10611, 19}, TagType::string, 0, 0, 0, 0},
-    {{10630, 14}, TagType::string, 0, 0, 0, 0},
-    {{10644, 24}, TagType::string, 0, 0, 0, 0},
-    {{10668, 22}, TagType::string, 0, 0, 0, 0},
-    {{10690, 13}, TagType::string, 0, 0, 0, 0},
-    {{10703, 30}, TagType::string, 0, 0, 0, 0},
-    {{10733, 28}, TagType::string, 0, 0, 0, 0},
-    {{10761, 30}, TagType::string, 0, 0, 0, 0},
-    {{10791, 28}, TagType::string, 0, 0, 0, 0},
-    {{10819, 23}, TagType::string, 0, 0, 0, 0},
-    {{10842, 16}, TagType::string, 0, 0, 0, 0},
-    {{10858, 23}, TagType::string, 0, 0, 0, 0},
-    {{10881, 16}, TagType::string, 0, 0, 0, 0},
-    {{10897, 23}, TagType::string, 0, 0, 0, 0},
-    {{10920, 16}, TagType::string, 0, 0, 0, 0},
-    {{10936, 23}, TagType::string, 0, 0, 0, 0},
-    {{10959, 16}, TagType::string, 0, 0, 0, 0},
-    {{10975, 26}, TagType::string, 0, 0, 0, 0},
-    {{11001, 18}, TagType::string, 0, 0, 0, 0},
-    {{11019, 24}, TagType::string, 0, 0, 0, 0},
-    {{11043, 23}, TagType::string, 0, 0, 0, 0},
-    {{11066, 27}, TagType::string, 0, 0, 0, 0},
-    {{11093, 22}, TagType::string, 0, 0, 0, 0},
-    {{11115, 24}, TagType::string, 0, 0, 0, 0},
-    {{11139, 19}, TagType::string, 0, 0, 0, 0},
-    {{11158, 19}, TagType::string, 0, 0, 0, 0},
-    {{11177, 20}, TagType::string, 0, 0, 0, 0},
-    {{11197, 18}, TagType::string, 0, 0, 0, 0},
-    {{11215, 22}, TagType::string, 0, 0, 0, 0},
-    {{11237, 15}, TagType::string, 0, 0, 0, 0},
-    {{11252, 29}, TagType::string, 0, 0, 0, 0},
-    {{11281, 19}, TagType::string, 0, 0, 0, 0},
-    {{11300, 12}, TagType::string, 0, 0, 0, 0},
-    {{11312, 21}, TagType::string, 0, 0, 0, 0},
-    {{11333, 19}, TagType::string, 0, 0, 0, 0},
-    {{11352, 12}, TagType::string, 0, 0, 0, 0},
-    {{11364, 10}, TagType::string, 0, 0, 0, 0},
-    {{11374, 29}, TagType::string, 0, 0, 0, 0},
-    {{11403, 29}, TagType::string, 0, 0, 0, 0},
-    {{11432, 33}, TagType::string, 0, 0, 0, 0},
-    {{11465, 34}, TagType::string, 0, 0, 0, 0},
-    {{11499, 29}, TagType::string, 0, 0, 0, 0},
-    {{11528, 18}, TagType::string, 0, 0, 0, 0},
-    {{11546, 32}, TagType::string, 0, 0, 0, 0},
-    {{11578, 15}, TagType::string, 0, 0, 0, 0},
-    {{11593, 27}, TagType::string, 0, 0, 0, 0},
-    {{11620, 22}, TagType::string, 0, 0, 0, 0},
-    {{11642, 19}, TagType::string, 0, 0, 0, 0},
-    {{11661, 24}, TagType::string, 0, 0, 0, 0},
-    {{11685, 20}, TagType::string, 0, 0, 0, 0},
-    {{11705, 24}, TagType::string, 0, 0, 0, 0},
-    {{11729, 30}, TagType::string, 0, 0, 0, 0},
-    {{11759, 17}, TagType::string, 0, 0, 0, 0},
-    {{11776, 19}, TagType::string, 0, 0, 0, 0},
-    {{11795, 25}, TagType::string, 0, 0, 0, 0},
-    {{11820, 21}, TagType::string, 0, 0, 0, 0},
-    {{11841, 19}, TagType::string, 0, 0, 0, 0},
-    {{11860, 13}, TagType::string, 0, 0, 0, 0},
-    {{11873, 9}, TagType::string, 0, 0, 0, 0},
-    {{11882, 15}, TagType::string, 0, 0, 0, 0},
-    {{11897, 10}, TagType::string, 0, 0, 0, 0},
-    {{11907, 17}, TagType::string, 0, 0, 0, 0},
-    {{11924, 14}, TagType::string, 0, 0, 0, 0},
-    {{11938, 22}, TagType::string, 0, 0, 0, 0},
-    {{11960, 22}, TagType::string, 0, 0, 0, 0},
-    {{11982, 19}, TagType::string, 0, 0, 0, 0},
-    {{12001, 30}, TagType::string, 0, 0, 0, 0},
-    {{12031, 14}, TagType::string, 0, 0, 0, 0},
-    {{12045, 17}, TagType::string, 0, 0, 0, 0},
-    {{12062, 22}, TagType::string, 0, 0, 0, 0},
-    {{12084, 26}, TagType::string, 0, 0, 0, 0},
-    {{12110, 20}, TagType::string, 0, 0, 0, 0},
-    {{12130, 17}, TagType::string, 0, 0, 0, 0},
-    {{12147, 25}, TagType::string, 0, 0, 0, 0},
-    {{12172, 17}, TagType::string, 0, 0, 0, 0},
-    {{12189, 17}, TagType::string, 0, 0, 0, 0},
-    {{12206, 16}, TagType::string, 0, 0, 0, 0},
-    {{12222, 16}, TagType::string, 0, 0, 0, 0},
-    {{12238, 21}, TagType::string, 0, 0, 0, 0},
-    {{12259, 13}, TagType::string, 0, 0, 0, 0},
-    {{12272, 20}, TagType::string, 0, 0, 0, 0},
-    {{12292, 8}, TagType::string, 0, 0, 0, 0},
-    {{12300, 24}, TagType::string, 0, 0, 0, 0},
-    {{12324, 23}, TagType::string, 0, 0, 0, 0},
-    {{12347, 17}, TagType::string, 0, 0, 0, 0},
-    {{12364, 21}, TagType::string, 0, 0, 0, 0},
-    {{12385, 13}, TagType::string, 0, 0, 0, 0},
-    {{12398, 18}, TagType::string, 0, 0, 0, 0},
-    {{12416, 18}, TagType::string, 0, 0, 0, 0},
-    {{12434, 29}, TagType::string, 0, 0, 0, 0},
-    {{12463, 28}, TagType::string, 0, 0, 0, 0},
-    {{12491, 20}, TagType::string, 0, 0, 0, 0},
-    {{12511, 7}, TagType::string, 0, 0, 0, 0},
-    {{12518, 17}, TagType::string, 0, 0, 0, 0},
-    {{12535, 24}, TagType::string, 0, 0, 0, 0},
-    {{12559, 25}, TagType::string, 0, 0, 0, 0},
-    {{12584, 24}, TagType::string, 0, 0, 0, 0},
-    {{12608, 32}, TagType::string, 0, 0, 0, 0},
-    {{12640, 12}, TagType::string, 0, 0, 0, 0},
-    {{12652, 23}, TagType::string, 0, 0, 0, 0},
-    {{12675, 31}, TagType::string, 0, 0, 0, 0},
-    {{12706, 27}, TagType::string, 0, 0, 0, 0},
-    {{12733, 21}, TagType::string, 0, 0, 0, 0},
-    {{12754, 15}, TagType::string, 0, 0, 0, 0},
-    {{12769, 21}, TagType::string, 0, 0, 0, 0},
-    {{12790, 27}, TagType::string, 0, 0, 0, 0},
-    {{12817, 22}, TagType::string, 0, 0, 0, 0},
-    {{12839, 20}, TagType::string, 0, 0, 0, 0},
-    {{12859, 20}, TagType::string, 0, 0, 0, 0},
-    {{12879, 22}, TagType::string, 0, 0, 0, 0},
-    {{12901, 28}, TagType::string, 0, 0, 0, 0},
-    {{12929, 16}, TagType::string, 0, 0, 0, 0},
-    {{12945, 13}, TagType::string, 0, 0, 0, 0},
-    {{12958, 22}, TagType::string, 0, 0, 0, 0},
-    {{12980, 27}, TagType::string, 0, 0, 0, 0},
-    {{13007, 33}, TagType::string, 0, 0, 0, 0},
-    {{13040, 10}, TagType::string, 0, 0, 0, 0},
-    {{13050, 16}, TagType::string, 0, 0, 0, 0},
-    {{13066, 19}, TagType::string, 0, 0, 0, 0},
-    {{13085, 16}, TagType::string, 0, 0, 0, 0},
-    {{13101, 32}, TagType::string, 0, 0, 0, 0},
-    {{13133, 15}, TagType::string, 0, 0, 0, 0},
-    {{13148, 19}, TagType::string, 0, 0, 0, 0},
-    {{13167, 17}, TagType::string, 0, 0, 0, 0},
-    {{13184, 18}, TagType::string, 0, 0, 0, 0},
-    {{13202, 30}, TagType::string, 0, 0, 0, 0},
-    {{13232, 26}, TagType::string, 0, 0, 0, 0},
-    {{13258, 19}, TagType::string, 0, 0, 0, 0},
-    {{13277, 24}, TagType::string, 0, 0, 0, 0},
-    {{13301, 23}, TagType::string, 0, 0, 0, 0},
-    {{13324, 34}, TagType::string, 0, 0, 0, 0},
-    {{13358, 19}, TagType::string, 0, 0, 0, 0},
-    {{13377, 28}, TagType::string, 0, 0, 0, 0},
-    {{13405, 14}, TagType::string, 0, 0, 0, 0},
-    {{13419, 24}, TagType::string, 0, 0, 0, 0},
-    {{13443, 14}, TagType::string, 0, 0, 0, 0},
-    {{13457, 17}, TagType::string, 0, 0, 0, 0},
-    {{13474, 25}, TagType::string, 0, 0, 0, 0},
-    {{13499, 21}, TagType::string, 0, 0, 0, 0},
-    {{13520, 19}, TagType::string, 0, 0, 0, 0},
-    {{13539, 15}, TagType::string, 0, 0, 0, 0},
-    {{13554, 28}, TagType::string, 0, 0, 0, 0},
-    {{13582, 25}, TagType::string, 0, 0, 0, 0},
-    {{13607, 28}, TagType::string, 0, 0, 0, 0},
-    {{13635, 26}, TagType::string, 0, 0, 0, 0},
-    {{13661, 16}, TagType::string, 0, 0, 0, 0},
-    {{13677, 32}, TagType::string, 0, 0, 0, 0},
-    {{13709, 34}, TagType::string, 0, 0, 0, 0},
-    {{13743, 20}, TagType::string, 0, 0, 0, 0},
-    {{13763, 15}, TagType::string, 0, 0, 0, 0},
-    {{13778, 19}, TagType::string, 0, 0, 0, 0},
-    {{13797, 34}, TagType::string, 0, 0, 0, 0},
-    {{13831, 13}, TagType::string, 0, 0, 0, 0},
-    {{13844, 15}, TagType::string, 0, 0, 0, 0},
-    {{13859, 15}, TagType::string, 0, 0, 0, 0},
-    {{13874, 27}, TagType::string, 0, 0, 0, 0},
-    {{13901, 31}, TagType::string, 0, 0, 0, 0},
-    {{13932, 14}, TagType::string, 0, 0, 0, 0},
-    {{13946, 18}, TagType::string, 0, 0, 0, 0},
-    {{13964, 19}, TagType::string, 0, 0, 0, 0},
-    {{13983, 22}, TagType::string, 0, 0, 0, 0},
-    {{14005, 18}, TagType::string, 0, 0, 0, 0},
-    {{14023, 22}, TagType::string, 0, 0, 0, 0},
-    {{14045, 26}, TagType::string, 0, 0, 0, 0},
-    {{14071, 34}, TagType::string, 0, 0, 0, 0},
-    {{14105, 23}, TagType::string, 0, 0, 0, 0},
-    {{14128, 22}, TagType::string, 0, 0, 0, 0},
-    {{14150, 23}, TagType::string, 0, 0, 0, 0},
-    {{14173, 33}, TagType::string, 0, 0, 0, 0},
-    {{14206, 32}, TagType::string, 0, 0, 0, 0},
-    {{14238, 16}, TagType::string, 0, 0, 0, 0},
-    {{14254, 34}, TagType::string, 0, 0, 0, 0},
-    {{14288, 29}, TagType::string, 0, 0, 0, 0},
-    {{14317, 30}, TagType::string, 0, 0, 0, 0},
-    {{14347, 23}, TagType::string, 0, 0, 0, 0},
-    {{14370, 31}, TagType::string, 0, 0, 0, 0},
-    {{14401, 22}, TagType::string, 0, 0, 0, 0},
-    {{14423, 30}, TagType::string, 0, 0, 0, 0},
-    {{14453, 29}, TagType::string, 0, 0, 0, 0},
-    {{14482, 21}, TagType::string, 0, 0, 0, 0},
-    {{14503, 17}, TagType::string, 0, 0, 0, 0},
-    {{14520, 13}, TagType::string, 0, 0, 0, 0},
-    {{14533, 32}, TagType::string, 0, 0, 0, 0},
-    {{14565, 18}, TagType::string, 0, 0, 0, 0},
-    {{14583, 27}, TagType::string, 0, 0, 0, 0},
-    {{14610, 14}, TagType::string, 0, 0, 0, 0},
-    {{14624, 25}, TagType::string, 0, 0, 0, 0},
-    {{14649, 12}, TagType::string, 0, 0, 0, 0},
-    {{14661, 30}, TagType::string, 0, 0, 0, 0},
-    {{14691, 25}, TagType::string, 0, 0, 0, 0},
-    {{14716, 33}, TagType::string, 0, 0, 0, 0},
-    {{14749, 33}, TagType::string, 0, 0, 0, 0},
-    {{14782, 26}, TagType::string, 0, 0, 0, 0},
-    {{14808, 25}, TagType::string, 0, 0, 0, 0},
-    {{14833, 30}, TagType::string, 0, 0, 0, 0},
-    {{14863, 29}, TagType::string, 0, 0, 0, 0},
-    {{14892, 24}, TagType::string, 0, 0, 0, 0},
-    {{14916, 28}, TagType::string, 0, 0, 0, 0},
-    {{14944, 25}, TagType::string, 0, 0, 0, 0},
-    {{14969, 18}, TagType::string, 0, 0, 0, 0},
-    {{14987, 24}, TagType::string, 0, 0, 0, 0},
-    {{15011, 24}, TagType::string, 0, 0, 0, 0},
-    {{15035, 31}, TagType::string, 0, 0, 0, 0},
-    {{15066, 30}, TagType::string, 0, 0, 0, 0},
-    {{15096, 33}, TagType::string, 0, 0, 0, 0},
-    {{15129, 27}, TagType::string, 0, 0, 0, 0},
-    {{15156, 20}, TagType::string, 0, 0, 0, 0},
-    {{15176, 30}, TagType::string, 0, 0, 0, 0},
-    {{15206, 17}, TagType::string, 0, 0, 0, 0},
-    {{15223, 23}, TagType::string, 0, 0, 0, 0},
-    {{15246, 34}, TagType::string, 0, 0, 0, 0},
-    {{15280, 34}, TagType::string, 0, 0, 0, 0},
-    {{15314, 25}, TagType::string, 0, 0, 0, 0},
-    {{15339, 15}, TagType::string, 0, 0, 0, 0},
-    {{15354, 9}, TagType::string, 0, 0, 0, 0},
-    {{15363, 28}, TagType::string, 0, 0, 0, 0},
-    {{15391, 14}, TagType::string, 0, 0, 0, 0},
-    {{15405, 22}, TagType::string, 0, 0, 0, 0},
-    {{15427, 21}, TagType::string, 0, 0, 0, 0},
-    {{15448, 23}, TagType::string, 0, 0, 0, 0},
-    {{15471, 10}, TagType::string, 0, 0, 0, 0},
-    {{15481, 20}, TagType::string, 0, 0, 0, 0},
-    {{15501, 17}, TagType::string, 0, 0, 0, 0},
-    {{15518, 18}, TagType::string, 0, 0, 0, 0},
-    {{15536, 27}, TagType::string, 0, 0, 0, 0},
-    {{15563, 24}, TagType::string, 0, 0, 0, 0},
-    {{15587, 23}, TagType::string, 0, 0, 0, 0},
-    {{15610, 22}, TagType::string, 0, 0, 0, 0},
-    {{15632, 25}, TagType::string, 0, 0, 0, 0},
-    {{15657, 33}, TagType::string, 0, 0, 0, 0},
-    {{15690, 19}, TagType::string, 0, 0, 0, 0},
-    {{15709, 11}, TagType::string, 0, 0, 0, 0},
-    {{15720, 18}, TagType::string, 0, 0, 0, 0},
-    {{15738, 26}, TagType::string, 0, 0, 0, 0},
-    {{15764, 22}, TagType::string, 0, 0, 0, 0},
-    {{15786, 19}, TagType::string, 0, 0, 0, 0},
-    {{15805, 21}, TagType::string, 0, 0, 0, 0},
-    {{15826, 18}, TagType::string, 0, 0, 0, 0},
-    {{15844, 13}, TagType::string, 0, 0, 0, 0},
-    {{15857, 22}, TagType::string, 0, 0, 0, 0},
-    {{15879, 24}, TagType::string, 0, 0, 0, 0},
-    {{15903, 26}, TagType::string, 0, 0, 0, 0},
-    {{15929, 21}, TagType::string, 0, 0, 0, 0},
-    {{15950, 18}, TagType::string, 0, 0, 0, 0},
-    {{15968, 15}, TagType::string, 0, 0, 0, 0},
-    {{15983, 32}, TagType::string, 0, 0, 0, 0},
-    {{16015, 24}, TagType::string, 0, 0, 0, 0},
-    {{16039, 30}, TagType::string, 0, 0, 0, 0},
-    {{16069, 32}, TagType::string, 0, 0, 0, 0},
-    {{16101, 26}, TagType::string, 0, 0, 0, 0},
-    {{16127, 30}, TagType::string, 0, 0, 0, 0},
-    {{16157, 26}, TagType::string, 0, 0, 0, 0},
-    {{16183, 23}, TagType::string, 0, 0, 0, 0},
-    {{16206, 7}, TagType::string, 0, 0, 0, 0},
-    {{16213, 27}, TagType::string, 0, 0, 0, 0},
-    {{16240, 31}, TagType::string, 0, 0, 0, 0},
-    {{16271, 30}, TagType::string, 0, 0, 0, 0},
-    {{16301, 21}, TagType::string, 0, 0, 0, 0},
-    {{16322, 30}, TagType::string, 0, 0, 0, 0},
-    {{16352, 34}, TagType::string, 0, 0, 0, 0},
-    {{16386, 25}, TagType::string, 0, 0, 0, 0},
-    {{16411, 24}, TagType::string, 0, 0, 0, 0},
-    {{16435, 32}, TagType::string, 0, 0, 0, 0},
-    {{16467, 26}, TagType::string, 0, 0, 0, 0},
-    {{16493, 21}, TagType::string, 0, 0, 0, 0},
-    {{16514, 23}, TagType::string, 0, 0, 0, 0},
-    {{16537, 34}, TagType::string, 0, 0, 0, 0},
-    {{16571, 24}, TagType::string, 0, 0, 0, 0},
-    {{16595, 16}, TagType::string, 0, 0, 0, 0},
-    {{16611, 23}, TagType::string, 0, 0, 0, 0},
-    {{16634, 30}, TagType::string, 0, 0, 0, 0},
-    {{16664, 29}, TagType::string, 0, 0, 0, 0},
-    {{16693, 33}, TagType::string, 0, 0, 0, 0},
-    {{16726, 22}, TagType::string, 0, 0, 0, 0},
-    {{16748, 27}, TagType::string, 0, 0, 0, 0},
-    {{16775, 20}, TagType::string, 0, 0, 0, 0},
-    {{16795, 29}, TagType::string, 0, 0, 0, 0},
-    {{16824, 19}, TagType::string, 0, 0, 0, 0},
-    {{16843, 22}, TagType::string, 0, 0, 0, 0},
-    {{16865, 32}, TagType::string, 0, 0, 0, 0},
-    {{16897, 33}, TagType::string, 0, 0, 0, 0},
-    {{16930, 33}, TagType::string, 0, 0, 0, 0},
-    {{16963, 34}, TagType::string, 0, 0, 0, 0},
-    {{16997, 34}, TagType::string, 0, 0, 0, 0},
-    {{17031, 34}, TagType::string, 0, 0, 0, 0},
-    {{17065, 23}, TagType::string, 0, 0, 0, 0},
-    {{17088, 9}, TagType::string, 0, 0, 0, 0},
-    {{17097, 31}, TagType::string, 0, 0, 0, 0},
-    {{17128, 26}, TagType::string, 0, 0, 0, 0},
-    {{17154, 19}, TagType::string, 0, 0, 0, 0},
-    {{17173, 23}, TagType::string, 0, 0, 0, 0},
-    {{17196, 19}, TagType::string, 0, 0, 0, 0},
-    {{17215, 28}, TagType::string, 0, 0, 0, 0},
-    {{17243, 32}, TagType::string, 0, 0, 0, 0},
-    {{17275, 31}, TagType::string, 0, 0, 0, 0},
-    {{17306, 33}, TagType::string, 0, 0, 0, 0},
-    {{17339, 30}, TagType::string, 0, 0, 0, 0},
-    {{17369, 25}, TagType::string, 0, 0, 0, 0},
-    {{17394, 25}, TagType::string, 0, 0, 0, 0},
-    {{17419, 25}, TagType::string, 0, 0, 0, 0},
-    {{17444, 28}, TagType::string, 0, 0, 0, 0},
-    {{17472, 18}, TagType::string, 0, 0, 0, 0},
-    {{17490, 20}, TagType::string, 0, 0, 0, 0},
-    {{17510, 27}, TagType::string, 0, 0, 0, 0},
-    {{17537, 28}, TagType::string, 0, 0, 0, 0},
-    {{17565, 34}, TagType::string, 0, 0, 0, 0},
-    {{17599, 20}, TagType::string, 0, 0, 0, 0},
-    {{17619, 26}, TagType::string, 0, 0, 0, 0},
-    {{17645, 23}, TagType::string, 0, 0, 0, 0},
-    {{17668, 27}, TagType::string, 0, 0, 0, 0},
-    {{17695, 25}, TagType::string, 0, 0, 0, 0},
-    {{17720, 24}, TagType::string, 0, 0, 0, 0},
-    {{17744, 26}, TagType::string, 0, 0, 0, 0},
-    {{17770, 31}, TagType::string, 0, 0, 0, 0},
-    {{17801, 33}, TagType::string, 0, 0, 0, 0},
-    {{17834, 26}, TagType::string, 0, 0, 0, 0},
-    {{17860, 28}, TagType::string, 0, 0, 0, 0},
-    {{17888, 24}, TagType::string, 0, 0, 0, 0},
-    {{17912, 22}, TagType::string, 0, 0, 0, 0},
-    {{17934, 15}, TagType::string, 0, 0, 0, 0},
-    {{17949, 18}, TagType::string, 0, 0, 0, 0},
-    {{17967, 23}, TagType::string, 0, 0, 0, 0},
-    {{17990, 13}, TagType::string, 0, 0, 0, 0},
-    {{18003, 20}, TagType::string, 0, 0, 0, 0},
-    {{18023, 28}, TagType::string, 0, 0, 0, 0},
-    {{18051, 25}, TagType::string, 0, 0, 0, 0},
-    {{18076, 32}, TagType::string, 0, 0, 0, 0},
-    {{18108, 24}, TagType::string, 0, 0, 0, 0},
-    {{18132, 17}, TagType::string, 0, 0, 0, 0},
-    {{18149, 17}, TagType::string, 0, 0, 0, 0},
-    {{18166, 17}, TagType::string, 0, 0, 0, 0},
-    {{18183, 17}, TagType::string, 0, 0, 0, 0},
-    {{18200, 17}, TagType::string, 0, 0, 0, 0},
-    {{18217, 17}, TagType::string, 0, 0, 0, 0},
-    {{18234, 23}, TagType::string, 0, 0, 0, 0},
-    {{18257, 21}, TagType::string, 0, 0, 0, 0},
-    {{18278, 24}, TagType::string, 0, 0, 0, 0},
-    {{18302, 16}, TagType::string, 0, 0, 0, 0},
-    {{18318, 22}, TagType::string, 0, 0, 0, 0},
-    {{18340, 19}, TagType::string, 0, 0, 0, 0},
-    {{18359, 18}, TagType::string, 0, 0, 0, 0},
-    {{18377, 15}, TagType::string, 0, 0, 0, 0},
-    {{18392, 20}, TagType::string, 0, 0, 0, 0},
-    {{18412, 18}, TagType::string, 0, 0, 0, 0},
-    {{18430, 14}, TagType::string, 0, 0, 0, 0},
-    {{18444, 20}, TagType::string, 0, 0, 0, 0},
-    {{18464, 16}, TagType::string, 0, 0, 0, 0},
-    {{18480, 17}, TagType::string, 0, 0, 0, 0},
-    {{18497, 21}, TagType::string, 0, 0, 0, 0},
-    {{18518, 22}, TagType::string, 0, 0, 0, 0},
-    {{18540, 16}, TagType::string, 0, 0, 0, 0},
-    {{18556, 21}, TagType::string, 0, 0, 0, 0},
-    {{18577, 13}, TagType::string, 0, 0, 0, 0},
-    {{18590, 22}, TagType::string, 0, 0, 0, 0},
-    {{18612, 17}, TagType::string, 0, 0, 0, 0},
-    {{18629, 21}, TagType::string, 0, 0, 0, 0},
-    {{18650, 8}, TagType::string, 0, 0, 0, 0},
-    {{18658, 15}, TagType::string, 0, 0, 0, 0},
-    {{18673, 29}, TagType::string, 0, 0, 0, 0},
-    {{18702, 20}, TagType::string, 0, 0, 0, 0},
-    {{18722, 23}, TagType::string, 0, 0, 0, 0},
-    {{18745, 24}, TagType::string, 0, 0, 0, 0},
-    {{18769, 17}, TagType::string, 0, 0, 0, 0},
-    {{18786, 11}, TagType::string, 0, 0, 0, 0},
-    {{18797, 15}, TagType::string, 0, 0, 0, 0},
-    {{18812, 14}, TagType::string, 0, 0, 0, 0},
-    {{18826, 8}, TagType::string, 0, 0, 0, 0},
-    {{18834, 22}, TagType::string, 0, 0, 0, 0},
-    {{18856, 20}, TagType::string, 0, 0, 0, 0},
-    {{18876, 27}, TagType::string, 0, 0, 0, 0},
-    {{18903, 25}, TagType::string, 0, 0, 0, 0},
-    {{18928, 11}, TagType::string, 0, 0, 0, 0},
-    {{18939, 12}, TagType::string, 0, 0, 0, 0},
-    {{18951, 17}, TagType::string, 0, 0, 0, 0},
-    {{18968, 11}, TagType::string, 0, 0, 0, 0},
-    {{18979, 11}, TagType::string, 0, 0, 0, 0},
-    {{18990, 18}, TagType::string, 0, 0, 0, 0},
-    {{19008, 11}, TagType::string, 0, 0, 0, 0},
-    {{19019, 11}, TagType::string, 0, 0, 0, 0},
-    {{19030, 16}, TagType::string, 0, 0, 0, 0},
-    {{19046, 12}, TagType::string, 0, 0, 0, 0},
-    {{19058, 14}, TagType::string, 0, 0, 0, 0},
-    {{19072, 15}, TagType::string, 0, 0, 0, 0},
-    {{19087, 16}, TagType::string, 0, 0, 0, 0},
-    {{19103, 16}, TagType::string, 0, 0, 0, 0},
-    {{19119, 16}, TagType::string, 0, 0, 0, 0},
-    {{19135, 11}, TagType::string, 0, 0, 0, 0},
-    {{19146, 13}, TagType::string, 0, 0, 0, 0},
-    {{19159, 11}, TagType::string, 0, 0, 0, 0},
-    {{19170, 13}, TagType::string, 0, 0, 0, 0},
-    {{19183, 22}, TagType::string, 0, 0, 0, 0},
-    {{19205, 14}, TagType::string, 0, 0, 0, 0},
-    {{19219, 21}, TagType::string, 0, 0, 0, 0},
-    {{19240, 20}, TagType::string, 0, 0, 0, 0},
-    {{19260, 19}, TagType::string, 0, 0, 0, 0},
-    {{19279, 17}, TagType::string, 0, 0, 0, 0},
-    {{19296, 13}, TagType::string, 0, 0, 0, 0},
-    {{19309, 12}, TagType::string, 0, 0, 0, 0},
-    {{19321, 16}, TagType::string, 0, 0, 0, 0},
-    {{19337, 24}, TagType::string, 0, 0, 0, 0},
-    {{19361, 12}, TagType::string, 0, 0, 0, 0},
-    {{19373, 13}, TagType::string, 0, 0, 0, 0},
-    {{19386, 21}, TagType::string, 0, 0, 0, 0},
-    {{19407, 27}, TagType::string, 0, 0, 0, 0},
-    {{19434, 26}, TagType::string, 0, 0, 0, 0},
-    {{19460, 27}, TagType::string, 0, 0, 0, 0},
-    {{19487, 26}, TagType::string, 0, 0, 0, 0},
-    {{19513, 17}, TagType::string, 0, 0, 0, 0},
-    {{19530, 26}, TagType::string, 0, 0, 0, 0},
-    {{19556, 20}, TagType::string, 0, 0, 0, 0},
-    {{19576, 27}, TagType::string, 0, 0, 0, 0},
-    {{19603, 21}, TagType::string, 0, 0, 0, 0},
-    {{19624, 10}, TagType::string, 0, 0, 0, 0},
-    {{19634, 14}, TagType::string, 0, 0, 0, 0},
-    {{19648, 10}, TagType::string, 0, 0, 0, 0},
-    {{19658, 10}, TagType::string, 0, 0, 0, 0},
-    {{19668, 7}, TagType::string, 0, 0, 0, 0},
-    {{19675, 10}, TagType::string, 0, 0, 0, 0},
-    {{19685, 21}, TagType::string, 0, 0, 0, 0},
-    {{19706, 21}, TagType::string, 0, 0, 0, 0},
-    {{19727, 23}, TagType::string, 0, 0, 0, 0},
-    {{19750, 24}, TagType::string, 0, 0, 0, 0},
-    {{19774, 17}, TagType::string, 0, 0, 0, 0},
-    {{19791, 6}, TagType::string, 0, 0, 0, 0},
-    {{19797, 13}, TagType::string, 0, 0, 0, 0},
-    {{19810, 9}, TagType::string, 0, 0, 0, 0},
-    {{19819, 21}, TagType::string, 0, 0, 0, 0},
-    {{19840, 15}, TagType::string, 0, 0, 0, 0},
-    {{19855, 12}, TagType::string, 0, 0, 0, 0},
-    {{19867, 18}, TagType::string, 0, 0, 0, 0},
-    {{19885, 19}, TagType::string, 0, 0, 0, 0},
-    {{19904, 17}, TagType::string, 0, 0, 0, 0},
-    {{19921, 16}, TagType::string, 0, 0, 0, 0},
-    {{19937, 12}, TagType::string, 0, 0, 0, 0},
-    {{19949, 12}, TagType::string, 0, 0, 0, 0},
-    {{19961, 12}, TagType::string, 0, 0, 0, 0},
-    {{19973, 20}, TagType::string, 0, 0, 0, 0},
-    {{19993, 16}, TagType::string, 0, 0, 0, 0},
-    {{20009, 15}, TagType::string, 0, 0, 0, 0},
-    {{20024, 17}, TagType::string, 0, 0, 0, 0},
-    {{20041, 16}, TagType::string, 0, 0, 0, 0},
-    {{20057, 23}, TagType::string, 0, 0, 0, 0},
-    {{20080, 15}, TagType::string, 0, 0, 0, 0},
-    {{20095, 16}, TagType::string, 0, 0, 0, 0},
-    {{20111, 10}, TagType::string, 0, 0, 0, 0},
-    {{20121, 10}, TagType::string, 0, 0, 0, 0},
-    {{20131, 10}, TagType::string, 0, 0, 0, 0},
-    {{20141, 10}, TagType::string, 0, 0, 0, 0},
-    {{20151, 10}, TagType::string, 0, 0, 0, 0},
-    {{20161, 10}, TagType::string, 0, 0, 0, 0},
-    {{20171, 10}, TagType::string, 0, 0, 0, 0},
-    {{20181, 10}, TagType::string, 0, 0, 0, 0},
-    {{20191, 10}, TagType::string, 0, 0, 0, 0},
-    {{20201, 10}, TagType::string, 0, 0, 0, 0},
-    {{20211, 10}, TagType::string, 0, 0, 0, 0},
-    {{20221, 10}, TagType::string, 0, 0, 0, 0},
-    {{20231, 10}, TagType::string, 0, 0, 0, 0},
-    {{20241, 10}, TagType::string, 0, 0, 0, 0},
-    {{20251, 10}, TagType::string, 0, 0, 0, 0},
-    {{20261, 10}, TagType::string, 0, 0, 0, 0},
-    {{20271, 10}, TagType::string, 0, 0, 0, 0},
-    {{20281, 10}, TagType::string, 0, 0, 0, 0},
-    {{20291, 10}, TagType::string, 0, 0, 0, 0},
-    {{20301, 10}, TagType::string, 0, 0, 0, 0},
-    {{20311, 10}, TagType::string, 0, 0, 0, 0},
-    {{20321, 10}, TagType::string, 0, 0, 0, 0},
-    {{20331, 10}, TagType::string, 0, 0, 0, 0},
-    {{20341, 15}, TagType::string, 0, 0, 0, 0},
-    {{20356, 16}, TagType::string, 0, 0, 0, 0},
-    {{20372, 20}, TagType::string, 0, 0, 0, 0},
-    {{20392, 12}, TagType::string, 0, 0, 0, 0},
-    {{20404, 12}, TagType::string, 0, 0, 0, 0},
-    {{20416, 12}, TagType::string, 0, 0, 0, 0},
-    {{20428, 12}, TagType::string, 0, 0, 0, 0},
-    {{20440, 12}, TagType::string, 0, 0, 0, 0},
-    {{20452, 12}, TagType::string, 0, 0, 0, 0},
-    {{20464, 15}, TagType::string, 0, 0, 0, 0},
-    {{20479, 15}, TagType::string, 0, 0, 0, 0},
-    {{20494, 15}, TagType::string, 0, 0, 0, 0},
-    {{20509, 18}, TagType::string, 0, 0, 0, 0},
-    {{20527, 16}, TagType::string, 0, 0, 0, 0},
-    {{20543, 19}, TagType::string, 0, 0, 0, 0},
-    {{20562, 11}, TagType::string, 0, 0, 0, 0},
-    {{20573, 13}, TagType::string, 0, 0, 0, 0},
-    {{20586, 11}, TagType::string, 0, 0, 0, 0},
-    {{20597, 19}, TagType::string, 0, 0, 0, 0},
-    {{20616, 14}, TagType::string, 0, 0, 0, 0},
-    {{20630, 9}, TagType::string, 0, 0, 0, 0},
-    {{20639, 13}, TagType::string, 0, 0, 0, 0},
-    {{20652, 16}, TagType::string, 0, 0, 0, 0},
-    {{20668, 15}, TagType::string, 0, 0, 0, 0},
-    {{20683, 20}, TagType::string, 0, 0, 0, 0},
-    {{20703, 24}, TagType::string, 0, 0, 0, 0},
-    {{20727, 26}, TagType::string, 0, 0, 0, 0},
-    {{20753, 23}, TagType::string, 0, 0, 0, 0},
-    {{20776, 18}, TagType::string, 0, 0, 0, 0},
-    {{20794, 8}, TagType::string, 0, 0, 0, 0},
-    {{20802, 19}, TagType::string, 0, 0, 0, 0},
-    {{20821, 10}, TagType::string, 0, 0, 0, 0},
-    {{20831, 16}, TagType::string, 0, 0, 0, 0},
-    {{20847, 23}, TagType::string, 0, 0, 0, 0},
-    {{20870, 16}, TagType::string, 0, 0, 0, 0},
-    {{20886, 17}, TagType::string, 0, 0, 0, 0},
-    {{20903, 7}, TagType::string, 0, 0, 0, 0},
-    {{20910, 12}, TagType::string, 0, 0, 0, 0},
-    {{20922, 17}, TagType::string, 0, 0, 0, 0},
-    {{20939, 14}, TagType::string, 0, 0, 0, 0},
-    {{20953, 13}, TagType::string, 0, 0, 0, 0},
-    {{20966, 11}, TagType::string, 0, 0, 0, 0},
-    {{20977, 14}, TagType::string, 0, 0, 0, 0},
-    {{20991, 14}, TagType::string, 0, 0, 0, 0},
-    {{21005, 11}, TagType::string, 0, 0, 0, 0},
-    {{21016, 10}, TagType::string, 0, 0, 0, 0},
-    {{21026, 18}, TagType::string, 0, 0, 0, 0},
-    {{21044, 13}, TagType::string, 0, 0, 0, 0},
-    {{21057, 11}, TagType::string, 0, 0, 0, 0},
-    {{21068, 17}, TagType::string, 0, 0, 0, 0},
-    {{21085, 13}, TagType::string, 0, 0, 0, 0},
-    {{21098, 20}, TagType::string, 0, 0, 0, 0},
-    {{21118, 16}, TagType::string, 0, 0, 0, 0},
-    {{21134, 23}, TagType::string, 0, 0, 0, 0},
-    {{21157, 8}, TagType::string, 0, 0, 0, 0},
-    {{21165, 19}, TagType::string, 0, 0, 0, 0},
-    {{21184, 10}, TagType::string, 0, 0, 0, 0},
-    {{21194, 15}, TagType::string, 0, 0, 0, 0},
-    {{21209, 17}, TagType::string, 0, 0, 0, 0},
-    {{21226, 12}, TagType::string, 0, 0, 0, 0},
-    {{21238, 26}, TagType::string, 0, 0, 0, 0},
-    {{21264, 25}, TagType::string, 0, 0, 0, 0},
-    {{21289, 18}, TagType::string, 0, 0, 0, 0},
-    {{21307, 34}, TagType::string, 0, 0, 0, 0},
-    {{21341, 13}, TagType::string, 0, 0, 0, 0},
-    {{21354, 20}, TagType::string, 0, 0, 0, 0},
-    {{21374, 19}, TagType::string, 0, 0, 0, 0},
-    {{21393, 14}, TagType::string, 0, 0, 0, 0},
-    {{21407, 19}, TagType::string, 0, 0, 0, 0},
-    {{21426, 13}, TagType::string, 0, 0, 0, 0},
-    {{21439, 9}, TagType::string, 0, 0, 0, 0},
-    {{21448, 26}, TagType::string, 0, 0, 0, 0},
-    {{21474, 13}, TagType::string, 0, 0, 0, 0},
-    {{21487, 17}, TagType::string, 0, 0, 0, 0},
-    {{21504, 29}, TagType::string, 0, 0, 0, 0},
-    {{21533, 28}, TagType::string, 0, 0, 0, 0},
-    {{21561, 31}, TagType::string, 0, 0, 0, 0},
-    {{21592, 26}, TagType::string, 0, 0, 0, 0},
-    {{21618, 29}, TagType::string, 0, 0, 0, 0},
-    {{21647, 30}, TagType::string, 0, 0, 0, 0},
-    {{21677, 14}, TagType::string, 0, 0, 0, 0},
-    {{21691, 17}, TagType::string, 0, 0, 0, 0},
-    {{21708, 15}, TagType::string, 0, 0, 0, 0},
-    {{21723, 17}, TagType::string, 0, 0, 0, 0},
-    {{21740, 27}, TagType::string, 0, 0, 0, 0},
-    {{21767, 17}, TagType::string, 0, 0, 0, 0},
-    {{21784, 24}, TagType::string, 0, 0, 0, 0},
-    {{21808, 13}, TagType::string, 0, 0, 0, 0},
-    {{21821, 27}, TagType::string, 0, 0, 0, 0},
-    {{21848, 30}, TagType::string, 0, 0, 0, 0},
-    {{21878, 7}, TagType::string, 0, 0, 0, 0},
-    {{21885, 21}, TagType::string, 0, 0, 0, 0},
-    {{21906, 20}, TagType::string, 0, 0, 0, 0},
-    {{21926, 15}, TagType::string, 0, 0, 0, 0},
-    {{21941, 20}, TagType::string, 0, 0, 0, 0},
-    {{21961, 21}, TagType::string, 0, 0, 0, 0},
-    {{21982, 24}, TagType::string, 0, 0, 0, 0},
-    {{22006, 21}, TagType::string, 0, 0, 0, 0},
-    {{22027, 16}, TagType::string, 0, 0, 0, 0},
-    {{22043, 22}, TagType::string, 0, 0, 0, 0},
-    {{22065, 20}, TagType::string, 0, 0, 0, 0},
-    {{22085, 13}, TagType::string, 0, 0, 0, 0},
-    {{22098, 16}, TagType::string, 0, 0, 0, 0},
-    {{22114, 21}, TagType::string, 0, 0, 0, 0},
-    {{22135, 26}, TagType::string, 0, 0, 0, 0},
-    {{22161, 24}, TagType::string, 0, 0, 0, 0},
-    {{22185, 21}, TagType::string, 0, 0, 0, 0},
-    {{22206, 22}, TagType::string, 0, 0, 0, 0},
-    {{22228, 28}, TagType::string, 0, 0, 0, 0},
-    {{22256, 29}, TagType::string, 0, 0, 0, 0},
-    {{22285, 22}, TagType::string, 0, 0, 0, 0},
-    {{22307, 30}, TagType::string, 0, 0, 0, 0},
-    {{22337, 29}, TagType::string, 0, 0, 0, 0},
-    {{22366, 31}, TagType::string, 0, 0, 0, 0},
-    {{22397, 32}, TagType::string, 0, 0, 0, 0},
-    {{22429, 28}, TagType::string, 0, 0, 0, 0},
-    {{22457, 24}, TagType::string, 0, 0, 0, 0},
-    {{22481, 26}, TagType::string, 0, 0, 0, 0},
-    {{22507, 22}, TagType::string, 0, 0, 0, 0},
-    {{22529, 22}, TagType::string, 0, 0, 0, 0},
-    {{22551, 21}, TagType::string, 0, 0, 0, 0},
-    {{22572, 29}, TagType::string, 0, 0, 0, 0},
-    {{22601, 34}, TagType::string, 0, 0, 0, 0},
-    {{22635, 23}, TagType::string, 0, 0, 0, 0},
-    {{22658, 34}, TagType::string, 0, 0, 0, 0},
-    {{22692, 32}, TagType::string, 0, 0, 0, 0},
-    {{22724, 33}, TagType::string, 0, 0, 0, 0},
-    {{22757, 19}, TagType::string, 0, 0, 0, 0},
-    {{22776, 22}, TagType::string, 0, 0, 0, 0},
-    {{22798, 12}, TagType::string, 0, 0, 0, 0},
-    {{22810, 25}, TagType::string, 0, 0, 0, 0},
-    {{22835, 33}, TagType::string, 0, 0, 0, 0},
-    {{22868, 10}, TagType::string, 0, 0, 0, 0},
-    {{22878, 16}, TagType::string, 0, 0, 0, 0},
-    {{22894, 30}, TagType::string, 0, 0, 0, 0},
-    {{22924, 19}, TagType::string, 0, 0, 0, 0},
-    {{22943, 25}, TagType::string, 0, 0, 0, 0},
-    {{22968, 20}, TagType::string, 0, 0, 0, 0},
-    {{22988, 22}, TagType::string, 0, 0, 0, 0},
-    {{23010, 18}, TagType::string, 0, 0, 0, 0},
-    {{23028, 24}, TagType::string, 0, 0, 0, 0},
-    {{23052, 12}, TagType::string, 0, 0, 0, 0},
-    {{23064, 27}, TagType::string, 0, 0, 0, 0},
-    {{23091, 22}, TagType::string, 0, 0, 0, 0},
-    {{23113, 21}, TagType::string, 0, 0, 0, 0},
-    {{23134, 22}, TagType::string, 0, 0, 0, 0},
-    {{23156, 22}, TagType::string, 0, 0, 0, 0},
-    {{23178, 22}, TagType::string, 0, 0, 0, 0},
-    {{23200, 11}, TagType::string, 0, 0, 0, 0},
-    {{23211, 9}, TagType::string, 0, 0, 0, 0},
-    {{23220, 20}, TagType::string, 0, 0, 0, 0},
-    {{23240, 19}, TagType::string, 0, 0, 0, 0},
-    {{23259, 21}, TagType::string, 0, 0, 0, 0},
-    {{23280, 18}, TagType::string, 0, 0, 0, 0},
-    {{23298, 21}, TagType::string, 0, 0, 0, 0},
-    {{23319, 14}, TagType::string, 0, 0, 0, 0},
-    {{23333, 15}, TagType::string, 0, 0, 0, 0},
-    {{23348, 17}, TagType::string, 0, 0, 0, 0},
-    {{23365, 33}, TagType::string, 0, 0, 0, 0},
-    {{23398, 23}, TagType::string, 0, 0, 0, 0},
-    {{23421, 33}, TagType::string, 0, 0, 0, 0},
-    {{23454, 23}, TagType::string, 0, 0, 0, 0},
-    {{23477, 27}, TagType::string, 0, 0, 0, 0},
-    {{23504, 32}, TagType::string, 0, 0, 0, 0},
-    {{23536, 18}, TagType::string, 0, 0, 0, 0},
-    {{23554, 17}, TagType::string, 0, 0, 0, 0},
-    {{23571, 12}, TagType::string, 0, 0, 0, 0},
-    {{23583, 23}, TagType::string, 0, 0, 0, 0},
-    {{23606, 19}, TagType::string, 0, 0, 0, 0},
-    {{23625, 21}, TagType::string, 0, 0, 0, 0},
-    {{23646, 12}, TagType::string, 0, 0, 0, 0},
-    {{23658, 16}, TagType::string, 0, 0, 0, 0},
-    {{23674, 19}, TagType::string, 0, 0, 0, 0},
-    {{23693, 26}, TagType::string, 0, 0, 0, 0},
-    {{23719, 27}, TagType::string, 0, 0, 0, 0},
-    {{23746, 25}, TagType::string, 0, 0, 0, 0},
-    {{23771, 14}, TagType::string, 0, 0, 0, 0},
-    {{23785, 33}, TagType::string, 0, 0, 0, 0},
-    {{23818, 28}, TagType::string, 0, 0, 0, 0},
-    {{23846, 31}, TagType::string, 0, 0, 0, 0},
-    {{23877, 31}, TagType::string, 0, 0, 0, 0},
-    {{23908, 18}, TagType::string, 0, 0, 0, 0},
-    {{23926, 30}, TagType::string, 0, 0, 0, 0},
-    {{23956, 23}, TagType::string, 0, 0, 0, 0},
-    {{23979, 26}, TagType::string, 0, 0, 0, 0},
-    {{24005, 33}, TagType::string, 0, 0, 0, 0},
-    {{24038, 19}, TagType::string, 0, 0, 0, 0},
-    {{24057, 17}, TagType::string, 0, 0, 0, 0},
-    {{24074, 18}, TagType::string, 0, 0, 0, 0},
-    {{24092, 19}, TagType::string, 0, 0, 0, 0},
-    {{24111, 31}, TagType::string, 0, 0, 0, 0},
-    {{24142, 20}, TagType::string, 0, 0, 0, 0},
-    {{24162, 22}, TagType::string, 0, 0, 0, 0},
-    {{24184, 22}, TagType::string, 0, 0, 0, 0},
-    {{24206, 26}, TagType::string, 0, 0, 0, 0},
-    {{24232, 26}, TagType::string, 0, 0, 0, 0},
-    {{24258, 26}, TagType::string, 0, 0, 0, 0},
-    {{24284, 22}, TagType::string, 0, 0, 0, 0},
-    {{24306, 26}, TagType::string, 0, 0, 0, 0},
-    {{24332, 27}, TagType::string, 0, 0, 0, 0},
-    {{24359, 27}, TagType::string, 0, 0, 0, 0},
-    {{24386, 27}, TagType::string, 0, 0, 0, 0},
-    {{24413, 22}, TagType::string, 0, 0, 0, 0},
-    {{24435, 17}, TagType::string, 0, 0, 0, 0},
-    {{24452, 21}, TagType::string, 0, 0, 0, 0},
-    {{24473, 22}, TagType::string, 0, 0, 0, 0},
-    {{24495, 21}, TagType::string, 0, 0, 0, 0},
-    {{24516, 24}, TagType::string, 0, 0, 0, 0},
-    {{24540, 19}, TagType::string, 0, 0, 0, 0},
-    {{24559, 12}, TagType::string, 0, 0, 0, 0},
-    {{24571, 25}, TagType::string, 0, 0, 0, 0},
-    {{24596, 19}, TagType::string, 0, 0, 0, 0},
-    {{24615, 34}, TagType::string, 0, 0, 0, 0},
-    {{24649, 21}, TagType::string, 0, 0, 0, 0},
-    {{24670, 15}, TagType::string, 0, 0, 0, 0},
-    {{24685, 20}, TagType::string, 0, 0, 0, 0},
-    {{24705, 28}, TagType::string, 0, 0, 0, 0},
-    {{24733, 18}, TagType::string, 0, 0, 0, 0},
-    {{24751, 22}, TagType::string, 0, 0, 0, 0},
-    {{24773, 19}, TagType::string, 0, 0, 0, 0},
-    {{24792, 27}, TagType::string, 0, 0, 0, 0},
-    {{24819, 16}, TagType::string, 0, 0, 0, 0},
-    {{24835, 9}, TagType::string, 0, 0, 0, 0},
-    {{24844, 7}, TagType::string, 0, 0, 0, 0},
-    {{24851, 8}, TagType::string, 0, 0, 0, 0},
-    {{24859, 6}, TagType::string, 0, 0, 0, 0},
-    {{24865, 7}, TagType::string, 0, 0, 0, 0},
-    {{24872, 18}, TagType::string, 0, 0, 0, 0},
-    {{24890, 20}, TagType::string, 0, 0, 0, 0},
-    {{24910, 11}, TagType::string, 0, 0, 0, 0},
-    {{24921, 13}, TagType::string, 0, 0, 0, 0},
-    {{24934, 14}, TagType::string, 0, 0, 0, 0},
-    {{24948, 9}, TagType::string, 0, 0, 0, 0},
-    {{24957, 12}, TagType::string, 0, 0, 0, 0},
-    {{24969, 24}, TagType::string, 0, 0, 0, 0},
-    {{24993, 13}, TagType::string, 0, 0, 0, 0},
-    {{25006, 24}, TagType::string, 0, 0, 0, 0},
-    {{25030, 24}, TagType::string, 0, 0, 0, 0},
-    {{25054, 24}, TagType::string, 0, 0, 0, 0},
-    {{25078, 12}, TagType::string, 0, 0, 0, 0},
-    {{25090, 12}, TagType::string, 0, 0, 0, 0},
-    {{25102, 12}, TagType::string, 0, 0, 0, 0},
-    {{25114, 22}, TagType::string, 0, 0, 0, 0},
-    {{25136, 22}, TagType::string, 0, 0, 0, 0},
-    {{25158, 22}, TagType::string, 0, 0, 0, 0},
-    {{25180, 25}, TagType::string, 0, 0, 0, 0},
-    {{25205, 25}, TagType::string, 0, 0, 0, 0},
-    {{25230, 25}, TagType::string, 0, 0, 0, 0},
-    {{25255, 16}, TagType::string, 0, 0, 0, 0},
-    {{25271, 23}, TagType::string, 0, 0, 0, 0},
-    {{25294, 29}, TagType::string, 0, 0, 0, 0},
-    {{25323, 25}, TagType::string, 0, 0, 0, 0},
-    {{25348, 23}, TagType::string, 0, 0, 0, 0},
-    {{25371, 15}, TagType::string, 0, 0, 0, 0},
-    {{25386, 15}, TagType::string, 0, 0, 0, 0},
-    {{25401, 19}, TagType::string, 0, 0, 0, 0},
-    {{25420, 28}, TagType::string, 0, 0, 0, 0},
-    {{25448, 15}, TagType::string, 0, 0, 0, 0},
-    {{25463, 19}, TagType::string, 0, 0, 0, 0},
-    {{25482, 25}, TagType::string, 0, 0, 0, 0},
-    {{25507, 15}, TagType::string, 0, 0, 0, 0},
-    {{25522, 19}, TagType::string, 0, 0, 0, 0},
-    {{25541, 14}, TagType::string, 0, 0, 0, 0},
-    {{25555, 21}, TagType::string, 0, 0, 0, 0},
-    {{25576, 21}, TagType::string, 0, 0, 0, 0},
-    {{25597, 4}, TagType::string, 0, 0, 0, 0},
-    {{25601, 7}, TagType::string, 0, 0, 0, 0},
-    {{25608, 6}, TagType::string, 0, 0, 0, 0},
-    {{25614, 26}, TagType::string, 0, 0, 0, 0},
-    {{25640, 12}, TagType::string, 0, 0, 0, 0},
-    {{25652, 10}, TagType::string, 0, 0, 0, 0},
-    {{25662, 10}, TagType::string, 0, 0, 0, 0},
-    {{25672, 16}, TagType::string, 0, 0, 0, 0},
-    {{25688, 11}, TagType::string, 0, 0, 0, 0},
-    {{25699, 16}, TagType::string, 0, 0, 0, 0},
-    {{25715, 14}, TagType::string, 0, 0, 0, 0},
-    {{25729, 26}, TagType::string, 0, 0, 0, 0},
-    {{25755, 15}, TagType::string, 0, 0, 0, 0},
-    {{25770, 21}, TagType::string, 0, 0, 0, 0},
-    {{25791, 16}, TagType::string, 0, 0, 0, 0},
-    {{25807, 22}, TagType::string, 0, 0, 0, 0},
-    {{25829, 19}, TagType::string, 0, 0, 0, 0},
-    {{25848, 23}, TagType::string, 0, 0, 0, 0},
-    {{25871, 14}, TagType::string, 0, 0, 0, 0},
-    {{25885, 11}, TagType::string, 0, 0, 0, 0},
-    {{25896, 14}, TagType::string, 0, 0, 0, 0},
-    {{25910, 14}, TagType::string, 0, 0, 0, 0},
-    {{25924, 13}, TagType::string, 0, 0, 0, 0},
-    {{25937, 16}, TagType::string, 0, 0, 0, 0},
-    {{25953, 18}, TagType::string, 0, 0, 0, 0},
-    {{25971, 13}, TagType::string, 0, 0, 0, 0},
-    {{25984, 9}, TagType::string, 0, 0, 0, 0},
-    {{25993, 12}, TagType::string, 0, 0, 0, 0},
-    {{26005, 10}, TagType::string, 0, 0, 0, 0},
-    {{26015, 13}, TagType::string, 0, 0, 0, 0},
-    {{26028, 13}, TagType::string, 0, 0, 0, 0},
-    {{26041, 10}, TagType::string, 0, 0, 0, 0},
-    {{26051, 7}, TagType::string, 0, 0, 0, 0},
-    {{26058, 19}, TagType::string, 0, 0, 0, 2},
-    {{26077, 23}, TagType::string, 0, 0, 0, 0},
-    {{26100, 22}, TagType::string, 0, 0, 0, 0},
-    {{26122, 23}, TagType::string, 0, 0, 0, 0},
-    {{26145, 22}, TagType::string, 0, 0, 0, 0},
-    {{26167, 26}, TagType::string, 0, 0, 0, 0},
-    {{26193, 25}, TagType::string, 0, 0, 0, 0},
-    {{26218, 30}, TagType::string, 0, 0, 0, 0},
-    {{26248, 29}, TagType::string, 0, 0, 0, 0},
-    {{26277, 17}, TagType::string, 0, 0, 0, 0},
-    {{26294, 22}, TagType::string, 0, 0, 0, 0},
-    {{26316, 19}, TagType::string, 0, 0, 0, 0},
-    {{26335, 18}, TagType::string, 0, 0, 0, 0},
-    {{26353, 14}, TagType::string, 0, 0, 0, 0},
-    {{26367, 22}, TagType::string, 0, 0, 0, 0},
-    {{26389, 22}, TagType::string, 0, 0, 0, 0},
-    {{26411, 24}, TagType::string, 0, 0, 0, 0},
-    {{26435, 21}, TagType::string, 0, 0, 0, 0},
-    {{26456, 17}, TagType::string, 0, 0, 0, 0},
-    {{26473, 25}, TagType::string, 0, 0, 0, 0},
-    {{26498, 8}, TagType::string, 0, 0, 0, 0},
-    {{26506, 20}, TagType::string, 0, 0, 0, 0},
-    {{26526, 9}, TagType::string, 0, 0, 0, 0},
-    {{26535, 25}, TagType::string, 0, 0, 0, 0},
-    {{26560, 20}, TagType::string, 0, 0, 0, 0},
-    {{26580, 16}, TagType::string, 0, 0, 0, 0},
-    {{26596, 14}, TagType::string, 0, 0, 0, 0},
-    {{26610, 17}, TagType::string, 0, 0, 0, 0},
-    {{26627, 16}, TagType::string, 0, 0, 0, 0},
-    {{26643, 9}, TagType::string, 0, 0, 0, 0},
-    {{26652, 14}, TagType::string, 0, 0, 0, 0},
-    {{26666, 17}, TagType::string, 0, 0, 0, 0},
-    {{26683, 15}, TagType::string, 0, 0, 0, 0},
-    {{26698, 17}, TagType::string, 0, 0, 0, 0},
-    {{26715, 27}, TagType::string, 0, 0, 0, 0},
-    {{26742, 34}, TagType::string, 0, 0, 0, 0},
-    {{26776, 26}, TagType::string, 0, 0, 0, 0},
-    {{26802, 30}, TagType::string, 0, 0, 0, 0},
-    {{26832, 12}, TagType::string, 0, 0, 0, 0},
-    {{26844, 11}, TagType::string, 0, 0, 0, 0},
-    {{26855, 16}, TagType::string, 0, 0, 0, 0},
-    {{26871, 12}, TagType::string, 0, 0, 0, 0},
-    {{26883, 11}, TagType::string, 0, 0, 0, 0},
-    {{26894, 31}, TagType::string, 0, 0, 0, 0},
-    {{26925, 15}, TagType::string, 0, 0, 0, 0},
-    {{26940, 9}, TagType::string, 0, 0, 0, 0},
-    {{26949, 22}, TagType::string, 0, 0, 0, 0},
-    {{26971, 25}, TagType::string, 0, 0, 0, 0},
-    {{26996, 30}, TagType::string, 0, 0, 0, 0},
-    {{27026, 32}, TagType::string, 0, 0, 0, 0},
-    {{27058, 31}, TagType::string, 0, 0, 0, 0},
-    {{27089, 30}, TagType::string, 0, 0, 0, 0},
-    {{27119, 32}, TagType::string, 0, 0, 0, 0},
-    {{27151, 31}, TagType::string, 0, 0, 0, 0},
-    {{27182, 20}, TagType::string, 0, 0, 0, 0},
-    {{27202, 19}, TagType::string, 0, 0, 0, 0},
-    {{27221, 24}, TagType::string, 0, 0, 0, 0},
-    {{27245, 26}, TagType::string, 0, 0, 0, 0},
-    {{27271, 25}, TagType::string, 0, 0, 0, 0},
-    {{27296, 29}, TagType::string, 8, 0, 0, 0},
-    {{27325, 31}, TagType::string, 8, 0, 0, 0},
-    {{27356, 30}, TagType::string, 8, 0, 0, 0},
-    {{27386, 31}, TagType::string, 0, 0, 0, 0},
-    {{27417, 26}, TagType::string, 0, 0, 0, 0},
-    {{27443, 28}, TagType::string, 0, 0, 0, 0},
-    {{27471, 27}, TagType::string, 0, 0, 0, 0},
-    {{27498, 20}, TagType::string, 0, 0, 0, 0},
-    {{27518, 11}, TagType::string, 0, 0, 0, 0},
-    {{27529, 22}, TagType::string, 0, 0, 0, 0},
-    {{27551, 23}, TagType::string, 0, 0, 0, 0},
-    {{27574, 25}, TagType::string, 0, 0, 0, 0},
-    {{27599, 18}, TagType::string, 0, 0, 0, 0},
-    {{27617, 20}, TagType::string, 0, 0, 0, 0},
-    {{27637, 22}, TagType::string, 0, 0, 0, 0},
-    {{27659, 23}, TagType::string, 0, 0, 0, 0},
-    {{27682, 20}, TagType::string, 0, 0, 0, 0},
-    {{27702, 10}, TagType::string, 0, 0, 0, 0},
-    {{27712, 22}, TagType::string, 0, 0, 0, 0},
-    {{27734, 24}, TagType::string, 0, 0, 0, 0},
-    {{27758, 10}, TagType::string, 0, 0, 0, 0},
-    {{27768, 26}, TagType::string, 0, 0, 0, 0},
-    {{27794, 27}, TagType::string, 0, 0, 0, 0},
-    {{27821, 19}, TagType::string, 0, 0, 0, 0},
-    {{27840, 13}, TagType::string, 0, 0, 0, 0},
-    {{27853, 14}, TagType::string, 0, 0, 0, 0},
-    {{27867, 15}, TagType::string, 0, 0, 0, 0},
-    {{27882, 7}, TagType::string, 0, 0, 0, 0},
-    {{27889, 14}, TagType::string, 0, 0, 0, 0},
-    {{27903, 22}, TagType::string, 0, 0, 0, 0},
-    {{27925, 25}, TagType::string, 0, 0, 0, 0},
-    {{27950, 26}, TagType::string, 0, 0, 0, 0},
-    {{27976, 25}, TagType::string, 0, 0, 0, 0},
-    {{28001, 22}, TagType::string, 0, 0, 0, 0},
-    {{28023, 26}, TagType::string, 0, 0, 0, 0},
-    {{28049, 19}, TagType::string, 0, 0, 0, 0},
-    {{28068, 12}, TagType::string, 0, 0, 0, 0},
-    {{28080, 12}, TagType::string, 0, 0, 0, 0},
-    {{28092, 23}, TagType::string, 0, 0, 0, 0},
-    {{28115, 13}, TagType::string, 0, 0, 0, 0},
-    {{28128, 20}, TagType::string, 0, 0, 0, 0},
-    {{28148, 16}, TagType::string, 0, 0, 0, 0},
-    {{28164, 22}, TagType::string, 0, 0, 0, 0},
-    {{28186, 17}, TagType::string, 0, 0, 0, 0},
-    {{28203, 9}, TagType::string, 0, 0, 0, 0},
-    {{28212, 24}, TagType::string, 0, 0, 0, 0},
-    {{28236, 20}, TagType::string, 0, 0, 0, 0},
-    {{28256, 13}, TagType::string, 0, 0, 0, 0},
-    {{28269, 16}, TagType::string, 0, 0, 0, 0},
-    {{28285, 19}, TagType::string, 0, 0, 0, 0},
-    {{28304, 27}, TagType::string, 0, 0, 0, 0},
-    {{28331, 18}, TagType::string, 0, 0, 0, 0},
-    {{28349, 21}, TagType::string, 0, 0, 0, 0},
-    {{28370, 19}, TagType::string, 0, 0, 0, 0},
-    {{28389, 32}, TagType::string, 0, 0, 0, 0},
-    {{28421, 16}, TagType::string, 0, 0, 0, 0},
-    {{28437, 23}, TagType::string, 0, 0, 0, 0},
-    {{28460, 23}, TagType::string, 0, 0, 0, 0},
-    {{28483, 17}, TagType::string, 0, 0, 0, 0},
-    {{28500, 32}, TagType::string, 0, 0, 0, 0},
-    {{28532, 32}, TagType::string, 0, 0, 0, 0},
-    {{28564, 21}, TagType::string, 0, 0, 0, 0},
-    {{28585, 26}, TagType::string, 0, 0, 0, 0},
-    {{28611, 22}, TagType::string, 0, 0, 0, 0},
-    {{28633, 17}, TagType::string, 0, 0, 0, 0},
-    {{28650, 11}, TagType::string, 0, 0, 0, 0},
-    {{28661, 24}, TagType::string, 0, 0, 0, 0},
-    {{28685, 18}, TagType::string, 0, 0, 0, 0},
-    {{28703, 24}, TagType::string, 0, 0, 0, 0},
-    {{28727, 19}, TagType::string, 0, 0, 0, 0},
-    {{28746, 20}, TagType::string, 0, 0, 0, 0},
-    {{28766, 13}, TagType::string, 0, 0, 0, 0},
-    {{28779, 29}, TagType::string, 0, 0, 0, 0},
-    {{28808, 27}, TagType::string, 0, 0, 0, 0},
-    {{28835, 20}, TagType::string, 0, 0, 0, 0},
-    {{28855, 20}, TagType::string, 0, 0, 0, 0},
-    {{28875, 20}, TagType::string, 0, 0, 0, 0},
-    {{28895, 20}, TagType::string, 0, 0, 0, 0},
-    {{28915, 20}, TagType::string, 0, 0, 0, 0},
-    {{28935, 20}, TagType::string, 0, 0, 0, 0},
-    {{28955, 20}, TagType::string, 0, 0, 0, 0},
-    {{28975, 20}, TagType::string, 0, 0, 0, 0},
-    {{28995, 20}, TagType::string, 0, 0, 0, 0},
-    {{29015, 19}, TagType::string, 0, 0, 0, 0},
-    {{29034, 19}, TagType::string, 0, 0, 0, 0},
-    {{29053, 18}, TagType::string, 0, 0, 0, 0},
-    {{29071, 21}, TagType::string, 0, 0, 0, 0},
-    {{29092, 21}, TagType::string, 0, 0, 0, 0},
-    {{29113, 22}, TagType::string, 0, 0, 0, 0},
-    {{29135, 16}, TagType::string, 0, 0, 0, 0},
-    {{29151, 13}, TagType::string, 0, 0, 0, 0},
-    {{29164, 15}, TagType::string, 0, 0, 0, 0},
-    {{29179, 13}, TagType::string, 0, 0, 0, 0},
-    {{29192, 17}, TagType::string, 0, 0, 0, 0},
-    {{29209, 17}, TagType::string, 0, 0, 0, 0},
-    {{29226, 13}, TagType::string, 0, 0, 0, 0},
-    {{29239, 13}, TagType::string, 0, 0, 0, 0},
-    {{29252, 23}, TagType::string, 0, 0, 0, 0},
-    {{29275, 23}, TagType::string, 0, 0, 0, 0},
-    {{29298, 22}, TagType::string, 0, 0, 0, 0},
-    {{29320, 22}, TagType::string, 0, 0, 0, 0},
-    {{29342, 22}, TagType::string, 0, 0, 0, 0},
-    {{29364, 29}, TagType::string, 0, 0, 0, 0},
-    {{29393, 14}, TagType::string, 0, 0, 0, 0},
-    {{29407, 29}, TagType::string, 0, 0, 0, 0},
-    {{29436, 19}, TagType::string, 0, 0, 0, 0},
-    {{29455, 17}, TagType::string, 0, 0, 0, 0},
-    {{29472, 16}, TagType::string, 0, 0, 0, 0},
-    {{29488, 16}, TagType::string, 0, 0, 0, 0},
-    {{29504, 19}, TagType::string, 0, 0, 0, 0},
-    {{29523, 19}, TagType::string, 0, 0, 0, 0},
-    {{29542, 22}, TagType::string, 0, 0, 0, 0},
-    {{29564, 29}, TagType::string, 0, 0, 0, 0},
-    {{29593, 30}, TagType::string, 0, 0, 0, 0},
-    {{29623, 22}, TagType::string, 0, 0, 0, 0},
-    {{29645, 13}, TagType::string, 0, 0, 0, 0},
-    {{29658, 30}, TagType::string, 0, 0, 0, 0},
-    {{29688, 13}, TagType::string, 0, 0, 0, 0},
-    {{29701, 11}, TagType::string, 0, 0, 0, 0},
-    {{29712, 19}, TagType::string, 0, 0, 0, 0},
-    {{29731, 17}, TagType::string, 0, 0, 0, 0},
-    {{29748, 22}, TagType::string, 0, 0, 0, 0},
-    {{29770, 22}, TagType::string, 0, 0, 0, 0},
-    {{29792, 22}, TagType::string, 0, 0, 0, 0},
-    {{29814, 22}, TagType::string, 0, 0, 0, 0},
-    {{29836, 31}, TagType::string, 0, 0, 0, 0},
-    {{29867, 13}, TagType::string, 0, 0, 0, 0},
-    {{29880, 13}, TagType::string, 0, 0, 0, 0},
-    {{29893, 13}, TagType::string, 0, 0, 0, 0},
-    {{29906, 13}, TagType::string, 0, 0, 0, 0},
-    {{29919, 29}, TagType::string, 0, 0, 0, 0},
-    {{29948, 30}, TagType::string, 0, 0, 0, 0},
-    {{29978, 12}, TagType::string, 0, 0, 0, 0},
-    {{29990, 16}, TagType::string, 0, 0, 0, 0},
-    {{30006, 24}, TagType::string, 0, 0, 0, 0},
-    {{30030, 25}, TagType::string, 0, 0, 0, 0},
-    {{30055, 26}, TagType::string, 0, 0, 0, 0},
-    {{30081, 22}, TagType::string, 0, 0, 0, 0},
-    {{30103, 27}, TagType::string, 0, 0, 0, 0},
-    {{30130, 12}, TagType::string, 0, 0, 0, 0},
-    {{30142, 31}, TagType::string, 0, 0, 0, 0},
-    {{30173, 13}, TagType::string, 0, 0, 0, 0},
-    {{30186, 19}, TagType::string, 0, 0, 0, 0},
-    {{30205, 24}, TagType::string, 0, 0, 0, 0},
-    {{30229, 23}, TagType::string, 0, 0, 0, 0},
-    {{30252, 17}, TagType::string, 0, 0, 0, 0},
-    {{30269, 19}, TagType::string, 0, 0, 0, 0},
-    {{30288, 25}, TagType::string, 0, 0, 0, 0},
-    {{30313, 21}, TagType::string, 0, 0, 0, 0},
-    {{30334, 12}, TagType::string, 0, 0, 0, 0},
-    {{30346, 13}, TagType::string, 0, 0, 0, 0},
-    {{30359, 21}, TagType::string, 0, 0, 0, 0},
-    {{30380, 30}, TagType::string, 0, 0, 0, 0},
-    {{30410, 22}, TagType::string, 0, 0, 0, 0},
-    {{30432, 28}, TagType::string, 0, 0, 0, 0},
-    {{30460, 18}, TagType::string, 0, 0, 0, 0},
-    {{30478, 31}, TagType::string, 0, 0, 0, 0},
-    {{30509, 34}, TagType::string, 0, 0, 0, 0},
-    {{30543, 15}, TagType::string, 0, 0, 0, 0},
-    {{30558, 15}, TagType::string, 0, 0, 0, 0},
-    {{30573, 17}, TagType::string, 0, 0, 0, 0},
-    {{30590, 13}, TagType::string, 0, 0, 0, 0},
-    {{30603, 18}, TagType::string, 0, 0, 0, 0},
-    {{30621, 18}, TagType::string, 0, 0, 0, 0},
-    {{30639, 19}, TagType::string, 0, 0, 0, 0},
-    {{30658, 20}, TagType::string, 0, 0, 0, 0},
-    {{30678, 20}, TagType::string, 0, 0, 0, 0},
-    {{30698, 24}, TagType::string, 0, 0, 0, 0},
-    {{30722, 29}, TagType::string, 0, 0, 0, 0},
-    {{30751, 33}, TagType::string, 0, 0, 0, 0},
-    {{30784, 23}, TagType::string, 0, 0, 0, 0},
-    {{30807, 22}, TagType::string, 0, 0, 0, 0},
-    {{30829, 34}, TagType::string, 0, 0, 0, 0},
-    {{30863, 15}, TagType::string, 0, 0, 0, 0},
-    {{30878, 18}, TagType::string, 0, 0, 0, 0},
-    {{30896, 29}, TagType::string, 0, 0, 0, 0},
-    {{30925, 27}, TagType::string, 0, 0, 0, 0},
-    {{30952, 34}, TagType::string, 0, 0, 0, 0},
-    {{30986, 25}, TagType::string, 0, 0, 0, 0},
-    {{31011, 11}, TagType::string, 0, 0, 0, 0},
-    {{31022, 23}, TagType::string, 0, 0, 0, 0},
-    {{31045, 31}, TagType::string, 0, 0, 0, 0},
-    {{31076, 31}, TagType::string, 0, 0, 0, 0},
-    {{31107, 29}, TagType::string, 0, 0, 0, 0},
-    {{31136, 29}, TagType::string, 0, 0, 0, 0},
-    {{31165, 33}, TagType::string, 0, 0, 0, 0},
-    {{31198, 33}, TagType::string, 0, 0, 0, 0},
-    {{31231, 29}, TagType::string, 0, 0, 0, 0},
-    {{31260, 24}, TagType::string, 0, 0, 0, 0},
-    {{31284, 17}, TagType::string, 0, 0, 0, 0},
-    {{31301, 33}, TagType::string, 0, 0, 0, 0},
-    {{31334, 20}, TagType::string, 0, 0, 0, 0},
-    {{31354, 30}, TagType::string, 0, 0, 0, 0},
-    {{31384, 13}, TagType::string, 0, 0, 0, 0},
-    {{31397, 28}, TagType::string, 0, 0, 0, 0},
-    {{31425, 22}, TagType::string, 0, 0, 0, 0},
-    {{31447, 17}, TagType::string, 0, 0, 0, 0},
-    {{31464, 21}, TagType::string, 0, 0, 0, 0},
-    {{31485, 18}, TagType::string, 0, 0, 0, 0},
-    {{31503, 25}, TagType::string, 0, 0, 0, 0},
-    {{31528, 30}, TagType::string, 0, 0, 0, 0},
-    {{31558, 33}, TagType::string, 0, 0, 0, 0},
-    {{31591, 23}, TagType::string, 0, 0, 0, 0},
-    {{31614, 20}, TagType::string, 0, 0, 0, 0},
-    {{31634, 17}, TagType::string, 0, 0, 0, 0},
-    {{31651, 31}, TagType::string, 0, 0, 0, 0},
-    {{31682, 31}, TagType::string, 0, 0, 0, 0},
-    {{31713, 29}, TagType::string, 0, 0, 0, 0},
-    {{31742, 29}, TagType::string, 0, 0, 0, 0},
-    {{31771, 28}, TagType::string, 0, 0, 0, 0},
-    {{31799, 24}, TagType::string, 0, 0, 0, 0},
-    {{31823, 33}, TagType::string, 0, 0, 0, 0},
-    {{31856, 33}, TagType::string, 0, 0, 0, 0},
-    {{31889, 29}, TagType::string, 0, 0, 0, 0},
-    {{31918, 21}, TagType::string, 0, 0, 0, 0},
-    {{31939, 31}, TagType::string, 0, 0, 0, 0},
-    {{31970, 25}, TagType::string, 0, 0, 0, 0},
-    {{31995, 32}, TagType::string, 0, 0, 0, 0},
-    {{32027, 32}, TagType::string, 0, 0, 0, 0},
-    {{32059, 16}, TagType::string, 0, 0, 0, 0},
-    {{32075, 8}, TagType::string, 0, 0, 0, 0},
-    {{32083, 22}, TagType::string, 0, 0, 0, 0},
-    {{32105, 19}, TagType::string, 0, 0, 0, 0},
-    {{32124, 22}, TagType::string, 0, 0, 0, 0},
-    {{32146, 22}, TagType::string, 0, 0, 0, 0},
-    {{32168, 12}, TagType::string, 0, 0, 0, 0},
-    {{32180, 11}, TagType::string, 0, 0, 0, 0},
-    {{32191, 24}, TagType::string, 0, 0, 0, 0},
-    {{32215, 23}, TagType::string, 0, 0, 0, 0},
-    {{32238, 20}, TagType::string, 0, 0, 0, 0},
-    {{32258, 23}, TagType::string, 0, 0, 0, 0},
-    {{32281, 10}, TagType::string, 0, 0, 0, 0},
-    {{32291, 14}, TagType::string, 0, 0, 0, 0},
-    {{32305, 9}, TagType::string, 0, 0, 0, 0},
-    {{32314, 12}, TagType::string, 0, 0, 0, 0},
-    {{32326, 28}, TagType::string, 0, 0, 0, 0},
-    {{32354, 23}, TagType::string, 0, 0, 0, 0},
-    {{32377, 33}, TagType::string, 0, 0, 0, 0},
-    {{32410, 23}, TagType::string, 0, 0, 0, 0},
-    {{32433, 32}, TagType::string, 0, 0, 0, 0},
-    {{32465, 23}, TagType::string, 0, 0, 0, 0},
-    {{32488, 27}, TagType::string, 0, 0, 0, 0},
-    {{32515, 23}, TagType::string, 0, 0, 0, 0},
-    {{32538, 19}, TagType::string, 0, 0, 0, 0},
-    {{32557, 20}, TagType::string, 0, 0, 0, 0},
-    {{32577, 16}, TagType::string, 0, 0, 0, 0},
-    {{32593, 18}, TagType::string, 0, 0, 0, 0},
-    {{32611, 32}, TagType::string, 0, 0, 0, 0},
-    {{32643, 24}, TagType::string, 0, 0, 0, 0},
-    {{32667, 11}, TagType::string, 0, 0, 0, 0},
-    {{32678, 26}, TagType::string, 0, 0, 0, 0},
-    {{32704, 29}, TagType::string, 0, 0, 0, 0},
-    {{32733, 24}, TagType::string, 0, 0, 0, 0},
-    {{32757, 24}, TagType::string, 0, 0, 0, 0},
-    {{32781, 15}, TagType::string, 0, 0, 0, 0},
-    {{32796, 30}, TagType::string, 0, 0, 0, 0},
-    {{32826, 30}, TagType::string, 0, 0, 0, 0},
-    {{32856, 30}, TagType::string, 0, 0, 0, 0},
-    {{32886, 30}, TagType::string, 0, 0, 0, 0},
-    {{32916, 20}, TagType::string, 0, 0, 0, 0},
-    {{32936, 32}, TagType::string, 0, 0, 0, 0},
-    {{32968, 28}, TagType::string, 0, 0, 0, 0},
-    {{32996, 27}, TagType::string, 0, 0, 0, 0},
-    {{33023, 20}, TagType::string, 0, 0, 0, 0},
-    {{33043, 27}, TagType::string, 0, 0, 0, 0},
-    {{33070, 26}, TagType::string, 0, 0, 0, 0},
-    {{33096, 28}, TagType::string, 0, 0, 0, 0},
-    {{33124, 26}, TagType::string, 0, 0, 0, 0},
-    {{33150, 27}, TagType::string, 0, 0, 0, 0},
-    {{33177, 27}, TagType::string, 0, 0, 0, 0},
-    {{33204, 19}, TagType::string, 0, 0, 0, 0},
-    {{33223, 17}, TagType::string, 0, 0, 0, 0},
-    {{33240, 34}, TagType::string, 0, 0, 0, 0},
-    {{33274, 34}, TagType::string, 0, 0, 0, 0},
-    {{33308, 32}, TagType::string, 0, 0, 0, 0},
-    {{33340, 32}, TagType::string, 0, 0, 0, 0},
-    {{33372, 13}, TagType::string, 0, 0, 0, 0},
-    {{33385, 22}, TagType::string, 0, 0, 0, 0},
-    {{33407, 26}, TagType::string, 0, 0, 0, 0},
-    {{33433, 30}, TagType::string, 0, 0, 0, 0},
-    {{33463, 32}, TagType::string, 0, 0, 0, 0},
-    {{33495, 32}, TagType::string, 0, 0, 0, 0},
-    {{33527, 32}, TagType::string, 0, 0, 0, 0},
-    {{33559, 32}, TagType::string, 0, 0, 0, 0},
-    {{33591, 14}, TagType::string, 0, 0, 0, 0},
-    {{33605, 20}, TagType::string, 0, 0, 0, 0},
-    {{33625, 24}, TagType::string, 0, 0, 0, 0},
-    {{33649, 29}, TagType::string, 0, 0, 0, 0},
-    {{33678, 33}, TagType::string, 0, 0, 0, 0},
-    {{33711, 33}, TagType::string, 0, 0, 0, 0},
-    {{33744, 33}, TagType::string, 0, 0, 0, 0},
-    {{33777, 31}, TagType::string, 0, 0, 0, 0},
-    {{33808, 34}, TagType::string, 0, 0, 0, 0},
-    {{33842, 34}, TagType::string, 0, 0, 0, 0},
-    {{33876, 18}, TagType::string, 0, 0, 0, 0},
-    {{33894, 30}, TagType::string, 0, 0, 0, 0},
-    {{33924, 26}, TagType::string, 0, 0, 0, 0},
-    {{33950, 33}, TagType::string, 0, 0, 0, 0},
-    {{33983, 29}, TagType::string, 0, 0, 0, 0},
-    {{34012, 34}, TagType::string, 0, 0, 0, 0},
-    {{34046, 29}, TagType::string, 0, 0, 0, 0},
-    {{34075, 29}, TagType::string, 0, 0, 0, 0},
-    {{34104, 29}, TagType::string, 0, 0, 0, 0},
-    {{34133, 21}, TagType::string, 0, 0, 0, 0},
-    {{34154, 24}, TagType::string, 0, 0, 0, 0},
-    {{34178, 27}, TagType::string, 0, 0, 0, 0},
-    {{34205, 30}, TagType::string, 0, 0, 0, 0},
-    {{34235, 32}, TagType::string, 0, 0, 0, 0},
-    {{34267, 33}, TagType::string, 0, 0, 0, 0},
-    {{34300, 32}, TagType::string, 0, 0, 0, 0},
-    {{34332, 32}, TagType::string, 0, 0, 0, 0},
-    {{34364, 33}, TagType::string, 0, 0, 0, 0},
-    {{34397, 30}, TagType::string, 0, 0, 0, 0},
-    {{34427, 34}, TagType::string, 0, 0, 0, 0},
-    {{34461, 26}, TagType::string, 0, 0, 0, 0},
-    {{34487, 25}, TagType::string, 0, 0, 0, 0},
-    {{34512, 32}, TagType::string, 0, 0, 0, 0},
-    {{34544, 29}, TagType::string, 0, 0, 0, 0},
-    {{34573, 27}, TagType::string, 0, 0, 0, 0},
-    {{34600, 18}, TagType::string, 0, 0, 0, 0},
-    {{34618, 15}, TagType::string, 0, 0, 0, 0},
-    {{34633, 21}, TagType::string, 0, 0, 0, 0},
-    {{34654, 32}, TagType::string, 0, 0, 0, 0},
-    {{34686, 29}, TagType::string, 0, 0, 0, 0},
-    {{34715, 29}, TagType::string, 0, 0, 0, 0},
-    {{34744, 8}, TagType::string, 0, 0, 0, 0},
-    {{34752, 29}, TagType::string, 0, 0, 0, 0},
-    {{34781, 21}, TagType::string, 0, 0, 0, 0},
-    {{34802, 30}, TagType::string, 0, 0, 0, 0},
-    {{34832, 23}, TagType::string, 0, 0, 0, 0},
-    {{34855, 19}, TagType::string, 0, 0, 0, 0},
-    {{34874, 16}, TagType::string, 0, 0, 0, 0},
-    {{34890, 21}, TagType::string, 0, 0, 0, 0},
-    {{34911, 20}, TagType::string, 0, 0, 0, 0},
-    {{34931, 19}, TagType::string, 0, 0, 0, 0},
-    {{34950, 9}, TagType::string, 0, 0, 0, 0},
-    {{34959, 23}, TagType::string, 0, 0, 0, 0},
-    {{34982, 19}, TagType::string, 0, 0, 0, 0},
-    {{35001, 25}, TagType::string, 0, 0, 0, 0},
-    {{35026, 21}, TagType::string, 0, 0, 0, 0},
-    {{35047, 22}, TagType::string, 0, 0, 0, 0},
-    {{35069, 19}, TagType::string, 0, 0, 0, 0},
-    {{35088, 29}, TagType::string, 0, 0, 0, 0},
-    {{35117, 17}, TagType::string, 0, 0, 0, 0},
-    {{35134, 21}, TagType::string, 0, 0, 0, 0},
-    {{35155, 12}, TagType::string, 0, 0, 0, 0},
-    {{35167, 34}, TagType::string, 0, 0, 0, 0},
-    {{35201, 29}, TagType::string, 0, 0, 0, 0},
-    {{35230, 26}, TagType::string, 0, 0, 0, 0},
-    {{35256, 8}, TagType::string, 0, 0, 0, 0},
-    {{35264, 4}, TagType::string, 0, 0, 0, 0},
-    {{35268, 4}, TagType::string, 0, 0, 0, 0},
-    {{35272, 10}, TagType::string, 0, 0, 0, 0},
-    {{35282, 3}, TagType::string, 0, 0, 0, 0},
-    {{35285, 17}, TagType::string, 0, 0, 0, 0},
-    {{35302, 25}, TagType::string, 0, 0, 0, 0},
-    {{35327, 22}, TagType::string, 0, 0, 0, 0},
-    {{35349, 21}, TagType::string, 0, 0, 0, 0},
-    {{35370, 18}, TagType::string, 0, 0, 0, 0},
-    {{35388, 9}, TagType::string, 0, 0, 0, 0},
-    {{35397, 19}, TagType::string, 0, 0, 0, 0},
-    {{35416, 30}, TagType::string, 0, 0, 0, 0},
-    {{35446, 21}, TagType::string, 0, 0, 0, 0},
-    {{35467, 20}, TagType::string, 0, 0, 0, 0},
-    {{35487, 21}, TagType::string, 0, 0, 0, 0},
-    {{35508, 33}, TagType::string, 0, 0, 0, 0},
-    {{35541, 12}, TagType::string, 0, 0, 0, 0},
-    {{35553, 12}, TagType::string, 0, 0, 0, 0},
-    {{35565, 20}, TagType::string, 0, 0, 0, 0},
-    {{35585, 28}, TagType::string, 0, 0, 0, 0},
-    {{35613, 25}, TagType::string, 0, 0, 0, 0},
-    {{35638, 30}, TagType::string, 0, 0, 0, 0},
-    {{35668, 31}, TagType::string, 0, 0, 0, 0},
-    {{35699, 30}, TagType::string, 0, 0, 0, 0},
-    {{35729, 27}, TagType::string, 0, 0, 0, 0},
-    {{35756, 14}, TagType::string, 0, 0, 0, 0},
-    {{35770, 25}, TagType::string, 0, 0, 0, 0},
-    {{35795, 16}, TagType::string, 0, 0, 0, 0},
-    {{35811, 16}, TagType::string, 0, 0, 0, 0},
-    {{35827, 15}, TagType::string, 0, 0, 0, 0},
-    {{35842, 23}, TagType::string, 0, 0, 0, 0},
-    {{35865, 26}, TagType::string, 0, 0, 0, 0},
-    {{35891, 15}, TagType::string, 0, 0, 0, 0},
-    {{35906, 18}, TagType::string, 0, 0, 0, 0},
-    {{35924, 18}, TagType::string, 0, 0, 0, 0},
-    {{35942, 15}, TagType::string, 0, 0, 0, 0},
-    {{35957, 20}, TagType::string, 0, 0, 0, 0},
-    {{35977, 21}, TagType::string, 0, 0, 0, 0},
-    {{35998, 32}, TagType::string, 0, 0, 0, 0},
-    {{36030, 27}, TagType::string, 0, 0, 0, 0},
-    {{36057, 31}, TagType::string, 0, 0, 0, 0},
-    {{36088, 21}, TagType::string, 0, 0, 0, 0},
-    {{36109, 24}, TagType::string, 0, 0, 0, 0},
-    {{36133, 27}, TagType::string, 0, 0, 0, 0},
-    {{36160, 11}, TagType::string, 0, 0, 0, 0},
-    {{36171, 19}, TagType::string, 0, 0, 0, 0},
-    {{36190, 13}, TagType::string, 0, 0, 0, 0},
-    {{36203, 20}, TagType::string, 0, 0, 0, 0},
-    {{36223, 30}, TagType::string, 0, 0, 0, 0},
-    {{36253, 22}, TagType::string, 0, 0, 0, 0},
-    {{36275, 15}, TagType::string, 0, 0, 0, 0},
-    {{36290, 22}, TagType::string, 0, 0, 0, 0},
-    {{36312, 17}, TagType::string, 0, 0, 0, 0},
-    {{36329, 17}, TagType::string, 0, 0, 0, 0},
-    {{36346, 17}, TagType::string, 0, 0, 0, 0},
-    {{36363, 25}, TagType::string, 0, 0, 0, 0},
-    {{36388, 16}, TagType::string, 0, 0, 0, 0},
-    {{36404, 15}, TagType::string, 0, 0, 0, 0},
-    {{36419, 18}, TagType::string, 0, 0, 0, 0},
-    {{36437, 23}, TagType::string, 0, 0, 0, 0},
-    {{36460, 18}, TagType::string, 0, 0, 0, 0},
-    {{36478, 31}, TagType::string, 0, 0, 0, 0},
-    {{36509, 22}, TagType::string, 0, 0, 0, 0},
-    {{36531, 17}, TagType::string, 0, 0, 0, 0},
-    {{36548, 33}, TagType::string, 0, 0, 0, 0},
-    {{36581, 10}, TagType::string, 0, 0, 0, 0},
-    {{36591, 11}, TagType::string, 0, 0, 0, 0},
-    {{36602, 15}, TagType::string, 0, 0, 0, 0},
-    {{36617, 10}, TagType::string, 0, 0, 0, 0},
-    {{36627, 21}, TagType::string, 0, 0, 0, 0},
-    {{36648, 21}, TagType::string, 0, 0, 0, 0},
-    {{36669, 16}, TagType::string, 0, 0, 0, 0},
-    {{36685, 18}, TagType::string, 0, 0, 0, 0},
-    {{36703, 20}, TagType::string, 0, 0, 0, 0},
-    {{36723, 15}, TagType::string, 0, 0, 0, 0},
-    {{36738, 24}, TagType::string, 0, 0, 0, 0},
-    {{36762, 21}, TagType::string, 0, 0, 0, 0},
-    {{36783, 16}, TagType::string, 0, 0, 0, 0},
-    {{36799, 16}, TagType::string, 0, 0, 0, 0},
-    {{36815, 10}, TagType::string, 0, 0, 0, 0},
-    {{36825, 14}, TagType::string, 0, 0, 0, 0},
-    {{36839, 20}, TagType::string, 0, 0, 0, 0},
-    {{36859, 21}, TagType::string, 0, 0, 0, 0},
-    {{36880, 23}, TagType::string, 0, 0, 0, 0},
-    {{36903, 17}, TagType::string, 0, 0, 0, 0},
-    {{36920, 22}, TagType::string, 0, 0, 0, 0},
-    {{36942, 14}, TagType::string, 0, 0, 0, 0},
-    {{36956, 15}, TagType::string, 0, 0, 0, 0},
-    {{36971, 15}, TagType::string, 0, 0, 0, 0},
-    {{36986, 15}, TagType::string, 0, 0, 0, 0},
-    {{37001, 18}, TagType::string, 0, 0, 0, 0},
-    {{37019, 20}, TagType::string, 0, 0, 0, 0},
-    {{37039, 16}, TagType::string, 0, 0, 0, 0},
-    {{37055, 16}, TagType::string, 0, 0, 0, 0},
-    {{37071, 25}, TagType::string, 0, 0, 0, 0},
-    {{37096, 14}, TagType::string, 0, 0, 0, 0},
-    {{37110, 15}, TagType::string, 0, 0, 0, 0},
-    {{37125, 12}, TagType::string, 0, 0, 0, 0},
-    {{37137, 14}, TagType::string, 0, 0, 0, 0},
-    {{37151, 14}, TagType::string, 0, 0, 0, 0},
-    {{37165, 9}, TagType::string, 0, 0, 0, 0},
-    {{37174, 10}, TagType::string, 0, 0, 0, 0},
-    {{37184, 17}, TagType::string, 0, 0, 0, 0},
-    {{37201, 16}, TagType::string, 0, 0, 0, 0},
-    {{37217, 16}, TagType::string, 0, 0, 0, 0},
-    {{37233, 10}, TagType::string, 0, 0, 0, 0},
-    {{37243, 15}, TagType::string, 0, 0, 0, 0},
-    {{37258, 10}, TagType::string, 0, 0, 0, 0},
-    {{37268, 10}, TagType::string, 0, 0, 0, 0},
-    {{37278, 15}, TagType::string, 0, 0, 0, 0},
-    {{37293, 8}, TagType::string, 0, 0, 0, 0},
-    {{37301, 11}, TagType::string, 0, 0, 0, 0},
-    {{37312, 21}, TagType::string, 0, 0, 0, 0},
-    {{37333, 12}, TagType::string, 0, 0, 0, 0},
-    {{37345, 15}, TagType::string, 0, 0, 0, 0},
-    {{37360, 22}, TagType::string, 0, 0, 0, 0},
-    {{37382, 16}, TagType::string, 0, 0, 0, 0},
-    {{37398, 12}, TagType::string, 0, 0, 0, 0},
-    {{37410, 21}, TagType::string, 0, 0, 0, 0},
-    {{37431, 14}, TagType::string, 0, 0, 0, 0},
-    {{37445, 17}, TagType::string, 0, 0, 0, 0},
-    {{37462, 24}, TagType::string, 0, 0, 0, 0},
-    {{37486, 31}, TagType::string, 0, 0, 0, 0},
-    {{37517, 32}, TagType::string, 0, 0, 0, 0},
-    {{37549, 22}, TagType::string, 0, 0, 0, 0},
-    {{37571, 23}, TagType::string, 0, 0, 0, 0},
-    {{37594, 11}, TagType::string, 0, 0, 0, 0},
-    {{37605, 18}, TagType::string, 0, 0, 0, 0},
-    {{37623, 20}, TagType::string, 0, 0, 0, 0},
-    {{37643, 25}, TagType::string, 0, 0, 0, 0},
-    {{37668, 31}, TagType::string, 0, 0, 0, 0},
-    {{37699, 28}, TagType::string, 0, 0, 0, 0},
-    {{37727, 31}, TagType::string, 0, 0, 0, 0},
-    {{37758, 24}, TagType::string, 0, 0, 0, 0},
-    {{37782, 26}, TagType::string, 0, 0, 0, 0},
-    {{37808, 27}, TagType::string, 0, 0, 0, 0},
-    {{37835, 21}, TagType::string, 0, 0, 0, 0},
-    {{37856, 7}, TagType::string, 0, 0, 0, 0},
-    {{37863, 7}, TagType::string, 0, 0, 0, 0},
-    {{37870, 14}, TagType::string, 0, 0, 0, 0},
-    {{37884, 21}, TagType::string, 0, 0, 0, 0},
-    {{37905, 16}, TagType::string, 0, 0, 0, 0},
-    {{37921, 17}, TagType::string, 0, 0, 0, 0},
-    {{37938, 31}, TagType::string, 0, 0, 0, 0},
-    {{37969, 33}, TagType::string, 0, 0, 0, 0},
-    {{38002, 27}, TagType::string, 0, 0, 0, 0},
-    {{38029, 20}, TagType::string, 0, 0, 0, 0},
-    {{38049, 13}, TagType::string, 0, 0, 0, 0},
-    {{38062, 10}, TagType::string, 0, 0, 0, 0},
-    {{38072, 21}, TagType::string, 0, 0, 0, 0},
-    {{38093, 20}, TagType::string, 0, 0, 0, 0},
-    {{38113, 20}, TagType::string, 0, 0, 0, 0},
-    {{38133, 20}, TagType::string, 0, 0, 0, 0},
-    {{38153, 9}, TagType::string, 0, 0, 0, 0},
-    {{38162, 20}, TagType::string, 0, 0, 0, 0},
-    {{38182, 20}, TagType::string, 0, 0, 0, 0},
-    {{38202, 20}, TagType::string, 0, 0, 0, 0},
-    {{38222, 20}, TagType::string, 0, 0, 0, 0},
-    {{38242, 20}, TagType::string, 0, 0, 0, 0},
-    {{38262, 24}, TagType::string, 0, 0, 0, 0},
-    {{38286, 24}, TagType::string, 0, 0, 0, 0},
-    {{38310, 22}, TagType::string, 0, 0, 0, 0},
-    {{38332, 22}, TagType::string, 0, 0, 0, 0},
-    {{38354, 21}, TagType::string, 0, 0, 0, 0},
-    {{38375, 21}, TagType::string, 0, 0, 0, 0},
-    {{38396, 24}, TagType::string, 0, 0, 0, 0},
-    {{38420, 24}, TagType::string, 0, 0, 0, 0},
-    {{38444, 18}, TagType::string, 0, 0, 0, 0},
-    {{38462, 21}, TagType::string, 0, 0, 0, 0},
-    {{38483, 15}, TagType::string, 0, 0, 0, 0},
-    {{38498, 17}, TagType::string, 0, 0, 0, 0},
-    {{38515, 16}, TagType::string, 0, 0, 0, 0},
-    {{38531, 16}, TagType::string, 0, 0, 0, 0},
-    {{38547, 13}, TagType::string, 0, 0, 0, 0},
-    {{38560, 20}, TagType::string, 0, 0, 0, 0},
-    {{38580, 19}, TagType::string, 0, 0, 0, 0},
-    {{38599, 18}, TagType::string, 0, 0, 0, 0},
-    {{38617, 17}, TagType::string, 0, 0, 0, 0},
-    {{38634, 15}, TagType::string, 0, 0, 0, 0},
-    {{38649, 20}, TagType::string, 0, 0, 0, 0},
-    {{38669, 12}, TagType::string, 0, 0, 0, 0},
-    {{38681, 9}, TagType::string, 0, 0, 0, 0},
-    {{38690, 11}, TagType::string, 0, 0, 0, 0},
-    {{38701, 25}, TagType::string, 0, 0, 0, 0},
-    {{38726, 21}, TagType::string, 0, 0, 0, 0},
-    {{38747, 22}, TagType::string, 0, 0, 0, 0},
-    {{38769, 17}, TagType::string, 0, 0, 0, 0},
-    {{38786, 17}, TagType::string, 0, 0, 0, 0},
-    {{38803, 16}, TagType::string, 0, 0, 0, 0},
-    {{38819, 15}, TagType::string, 0, 0, 0, 0},
-    {{38834, 8}, TagType::string, 0, 0, 0, 0},
-    {{38842, 20}, TagType::string, 0, 0, 0, 0},
-    {{38862, 15}, TagType::string, 0, 0, 0, 0},
-    {{38877, 23}, TagType::string, 0, 0, 0, 0},
-    {{38900, 16}, TagType::string, 0, 0, 0, 0},
-    {{38916, 8}, TagType::string, 0, 0, 0, 0},
-    {{38924, 15}, TagType::string, 0, 0, 0, 0},
-    {{38939, 19}, TagType::string, 0, 0, 0, 0},
-    {{38958, 21}, TagType::string, 0, 0, 0, 0},
-    {{38979, 19}, TagType::string, 0, 0, 0, 0},
-    {{38998, 26}, TagType::string, 0, 0, 0, 0},
-    {{39024, 11}, TagType::string, 0, 0, 0, 0},
-    {{39035, 13}, TagType::string, 0, 0, 0, 0},
-    {{39048, 16}, TagType::string, 0, 0, 0, 0},
-    {{39064, 14}, TagType::string, 0, 0, 0, 0},
-    {{39078, 12}, TagType::string, 0, 0, 0, 0},
-    {{39090, 23}, TagType::string, 0, 0, 0, 0},
-    {{39113, 14}, TagType::string, 0, 0, 0, 0},
-    {{39127, 19}, TagType::string, 0, 0, 0, 0},
-    {{39146, 12}, TagType::string, 0, 0, 0, 0},
-    {{39158, 19}, TagType::string, 0, 0, 0, 0},
-    {{39177, 20}, TagType::string, 0, 0, 0, 0},
-    {{39197, 17}, TagType::string, 0, 0, 0, 0},
-    {{39214, 18}, TagType::string, 0, 0, 0, 0},
-    {{39232, 21}, TagType::string, 0, 0, 0, 0},
-    {{39253, 31}, TagType::string, 0, 0, 0, 0},
-    {{39284, 25}, TagType::string, 0, 0, 0, 0},
-    {{39309, 22}, TagType::string, 0, 0, 0, 0},
-    {{39331, 22}, TagType::string, 0, 0, 0, 0},
-    {{39353, 33}, TagType::string, 0, 0, 0, 0},
-    {{39386, 21}, TagType::string, 0, 0, 0, 0},
-    {{39407, 16}, TagType::string, 0, 0, 0, 0},
-    {{39423, 14}, TagType::string, 0, 0, 0, 0},
-    {{39437, 17}, TagType::string, 0, 0, 0, 0},
-    {{39454, 27}, TagType::string, 0, 0, 0, 0},
-    {{39481, 11}, TagType::string, 0, 0, 0, 0},
-    {{39492, 14}, TagType::string, 0, 0, 0, 0},
-    {{39506, 24}, TagType::string, 0, 0, 0, 0},
-    {{39530, 21}, TagType::string, 0, 0, 0, 0},
-    {{39551, 10}, TagType::string, 0, 0, 0, 0},
-    {{39561, 18}, TagType::string, 0, 0, 0, 0},
-    {{39579, 16}, TagType::string, 0, 0, 0, 0},
-    {{39595, 14}, TagType::string, 0, 0, 0, 0},
-    {{39609, 17}, TagType::string, 0, 0, 0, 0},
-    {{39626, 27}, TagType::string, 0, 0, 0, 0},
-    {{39653, 24}, TagType::string, 0, 0, 0, 0},
-    {{39677, 16}, TagType::string, 0, 0, 0, 0},
-    {{39693, 19}, TagType::string, 0, 0, 0, 0},
-    {{39712, 24}, TagType::string, 0, 0, 0, 0},
-    {{39736, 23}, TagType::string, 0, 0, 0, 0},
-    {{39759, 14}, TagType::string, 0, 0, 0, 0},
-    {{39773, 17}, TagType::string, 0, 0, 0, 0},
-    {{39790, 27}, TagType::string, 0, 0, 0, 0},
-    {{39817, 12}, TagType::string, 0, 0, 0, 0},
-    {{39829, 11}, TagType::string, 0, 0, 0, 0},
-    {{39840, 14}, TagType::string, 0, 0, 0, 0},
-    {{39854, 17}, TagType::string, 0, 0, 0, 0},
-    {{39871, 15}, TagType::string, 0, 0, 0, 0},
-    {{39886, 18}, TagType::string, 0, 0, 0, 0},
-    {{39904, 10}, TagType::string, 0, 0, 0, 0},
-    {{39914, 20}, TagType::string, 0, 0, 0, 0},
-    {{39934, 13}, TagType::string, 0, 0, 0, 0},
-    {{39947, 23}, TagType::string, 0, 0, 0, 0},
-    {{39970, 16}, TagType::string, 0, 0, 0, 0},
-    {{39986, 24}, TagType::string, 0, 0, 0, 0},
-    {{40010, 24}, TagType::string, 0, 0, 0, 0},
-    {{40034, 31}, TagType::string, 0, 0, 0, 0},
-    {{40065, 31}, TagType::string, 0, 0, 0, 0},
-    {{40096, 23}, TagType::string, 0, 0, 0, 0},
-    {{40119, 18}, TagType::string, 0, 0, 0, 0},
-    {{40137, 7}, TagType::string, 0, 0, 0, 0},
-    {{40144, 30}, TagType::string, 0, 0, 0, 0},
-    {{40174, 33}, TagType::string, 0, 0, 0, 0},
-    {{40207, 32}, TagType::string, 0, 0, 0, 0},
-    {{40239, 25}, TagType::string, 0, 0, 0, 0},
-    {{40264, 10}, TagType::string, 0, 0, 0, 0},
-    {{40274, 5}, TagType::string, 0, 0, 0, 0},
-    {{40279, 12}, TagType::string, 0, 0, 0, 0},
-    {{40291, 18}, TagType::string, 0, 0, 0, 0},
-    {{40309, 23}, TagType::string, 0, 0, 0, 0},
-    {{40332, 27}, TagType::string, 0, 0, 0, 0},
-    {{40359, 15}, TagType::string, 0, 0, 0, 0},
-    {{40374, 20}, TagType::string, 0, 0, 0, 0},
-    {{40394, 27}, TagType::string, 0, 0, 0, 0},
-    {{40421, 23}, TagType::string, 0, 0, 0, 0},
-    {{40444, 15}, TagType::string, 0, 0, 0, 0},
-    {{40459, 9}, TagType::string, 0, 0, 0, 0},
-    {{40468, 14}, TagType::string, 0, 0, 0, 0},
-    {{40482, 19}, TagType::string, 0, 0, 0, 0},
-    {{40501, 22}, TagType::string, 0, 0, 0, 0},
-    {{40523, 19}, TagType::string, 0, 0, 0, 0},
-    {{40542, 18}, TagType::string, 0, 0, 0, 0},
-    {{40560, 24}, TagType::string, 0, 0, 0, 0},
-    {{40584, 26}, TagType::string, 0, 0, 0, 0},
-    {{40610, 22}, TagType::string, 0, 0, 0, 0},
-    {{40632, 11}, TagType::string, 0, 0, 0, 0},
-    {{40643, 21}, TagType::string, 0, 0, 0, 0},
-    {{40664, 21}, TagType::string, 0, 0, 0, 0},
-    {{40685, 14}, TagType::string, 0, 0, 0, 0},
-    {{40699, 10}, TagType::string, 0, 0, 0, 0},
-    {{40709, 14}, TagType::string, 0, 0, 0, 0},
-    {{40723, 22}, TagType::string, 0, 0, 0, 0},
-    {{40745, 17}, TagType::string, 0, 0, 0, 0},
-    {{40762, 21}, TagType::string, 0, 0, 0, 0},
-    {{40783, 22}, TagType::string, 0, 0, 0, 0},
-    {{40805, 21}, TagType::string, 0, 0, 0, 0},
-    {{40826, 17}, TagType::string, 0, 0, 0, 0},
-    {{40843, 20}, TagType::string, 0, 0, 0, 0},
-    {{40863, 13}, TagType::string, 0, 0, 0, 0},
-    {{40876, 16}, TagType::string, 0, 0, 0, 0},
-    {{40892, 15}, TagType::string, 0, 0, 0, 0},
-    {{40907, 32}, TagType::string, 0, 0, 0, 0},
-    {{40939, 12}, TagType::string, 0, 0, 0, 0},
-    {{40951, 18}, TagType::string, 0, 0, 0, 0},
-    {{40969, 20}, TagType::string, 0, 0, 0, 0},
-    {{40989, 20}, TagType::string, 0, 0, 0, 0},
-    {{41009, 29}, TagType::string, 0, 0, 0, 0},
-    {{41038, 23}, TagType::string, 0, 0, 0, 0},
-    {{41061, 32}, TagType::string, 0, 0, 0, 0},
-    {{41093, 29}, TagType::string, 0, 0, 0, 0},
-    {{41122, 22}, TagType::string, 0, 0, 0, 0},
-    {{41144, 33}, TagType::string, 0, 0, 0, 0},
-    {{41177, 26}, TagType::string, 0, 0, 0, 0},
-    {{41203, 30}, TagType::string, 0, 0, 0, 0},
-    {{41233, 25}, TagType::string, 0, 0, 0, 0},
-    {{41258, 34}, TagType::string, 0, 0, 0, 0},
-    {{41292, 14}, TagType::string, 0, 0, 0, 0},
-    {{41306, 14}, TagType::string, 0, 0, 0, 0},
-    {{41320, 14}, TagType::string, 0, 0, 0, 0},
-    {{41334, 29}, TagType::string, 0, 0, 0, 0},
-    {{41363, 30}, TagType::string, 0, 0, 0, 0},
-    {{41393, 16}, TagType::string, 0, 0, 0, 0},
-    {{41409, 15}, TagType::string, 0, 0, 0, 0},
-    {{41424, 13}, TagType::string, 0, 0, 0, 0},
-    {{41437, 15}, TagType::string, 0, 0, 0, 0},
-    {{41452, 17}, TagType::string, 0, 0, 0, 0},
-    {{41469, 22}, TagType::string, 0, 0, 0, 0},
-    {{41491, 12}, TagType::string, 0, 0, 0, 0},
-    {{41503, 8}, TagType::string, 0, 0, 0, 0},
-    {{41511, 21}, TagType::string, 0, 0, 0, 0},
-    {{41532, 21}, TagType::string, 0, 0, 0, 0},
-    {{41553, 20}, TagType::string, 0, 0, 0, 0},
-    {{41573, 21}, TagType::string, 0, 0, 0, 0},
-    {{41594, 17}, TagType::string, 0, 0, 0, 0},
-    {{41611, 20}, TagType::string, 0, 0, 0, 0},
-    {{41631, 14}, TagType::string, 0, 0, 0, 0},
-    {{41645, 16}, TagType::string, 0, 0, 0, 0},
-    {{41661, 15}, TagType::string, 0, 0, 0, 0},
-    {{41676, 20}, TagType::string, 0, 0, 0, 0},
-    {{41696, 14}, TagType::string, 0, 0, 0, 0},
-    {{41710, 20}, TagType::string, 0, 0, 0, 0},
-    {{41730, 22}, TagType::string, 0, 0, 0, 0},
-    {{41752, 18}, TagType::string, 0, 0, 0, 0},
-    {{41770, 20}, TagType::string, 0, 0, 0, 0},
-    {{41790, 21}, TagType::string, 0, 0, 0, 0},
-    {{41811, 19}, TagType::string, 0, 0, 0, 0},
-    {{41830, 12}, TagType::string, 0, 0, 0, 0},
-    {{41842, 23}, TagType::string, 0, 0, 0, 0},
-    {{41865, 12}, TagType::string, 0, 0, 0, 0},
-    {{41877, 23}, TagType::string, 0, 0, 0, 0},
-    {{41900, 16}, TagType::string, 0, 0, 0, 0},
-    {{41916, 19}, TagType::string, 0, 0, 0, 0},
-    {{41935, 13}, TagType::string, 0, 0, 0, 0},
-    {{41948, 13}, TagType::string, 0, 0, 0, 0},
-    {{41961, 25}, TagType::string, 0, 0, 0, 0},
-    {{41986, 12}, TagType::string, 0, 0, 0, 0},
-    {{41998, 26}, TagType::string, 0, 0, 0, 0},
-    {{42024, 26}, TagType::string, 0, 0, 0, 0},
-    {{42050, 22}, TagType::string, 0, 0, 0, 0},
-    {{42072, 20}, TagType::string, 0, 0, 0, 0},
-    {{42092, 18}, TagType::string, 0, 0, 0, 0},
-    {{42110, 21}, TagType::string, 0, 0, 0, 0},
-    {{42131, 28}, TagType::string, 0, 0, 0, 0},
-    {{42159, 32}, TagType::string, 0, 0, 0, 0},
-    {{42191, 33}, TagType::string, 0, 0, 0, 0},
-    {{42224, 11}, TagType::string, 0, 0, 0, 0},
-    {{42235, 21}, TagType::string, 0, 0, 0, 0},
-    {{42256, 17}, TagType::string, 0, 0, 0, 0},
-    {{42273, 21}, TagType::string, 0, 0, 0, 0},
-    {{42294, 11}, TagType::string, 0, 0, 0, 0},
-    {{42305, 11}, TagType::string, 0, 0, 0, 0},
-    {{42316, 13}, TagType::string, 0, 0, 0, 0},
-    {{42329, 20}, TagType::string, 0, 0, 0, 0},
-    {{42349, 19}, TagType::string, 0, 0, 0, 0},
-    {{42368, 13}, TagType::string, 0, 0, 0, 0},
-    {{42381, 25}, TagType::string, 0, 0, 0, 0},
-    {{42406, 29}, TagType::string, 0, 0, 0, 0},
-    {{42435, 20}, TagType::string, 0, 0, 0, 0},
-    {{42455, 24}, TagType::string, 0, 0, 0, 0},
-    {{42479, 30}, TagType::string, 0, 0, 0, 0},
-    {{42509, 20}, TagType::string, 0, 0, 0, 0},
-    {{42529, 17}, TagType::string, 0, 0, 0, 0},
-    {{42546, 34}, TagType::string, 0, 0, 0, 0},
-    {{42580, 30}, TagType::string, 0, 0, 0, 0},
-    {{42610, 23}, TagType::string, 0, 0, 0, 0},
-    {{42633, 12}, TagType::string, 0, 0, 0, 0},
-    {{42645, 18}, TagType::string, 0, 0, 0, 0},
-    {{42663, 24}, TagType::string, 0, 0, 0, 0},
-    {{42687, 24}, TagType::string, 0, 0, 0, 0},
-    {{42711, 18}, TagType::string, 0, 0, 0, 0},
-    {{42729, 28}, TagType::string, 0, 0, 0, 0},
-    {{42757, 20}, TagType::string, 0, 0, 0, 0},
-    {{42777, 24}, TagType::string, 0, 0, 0, 0},
-    {{42801, 28}, TagType::string, 0, 0, 0, 0},
-    {{42829, 25}, TagType::string, 0, 0, 0, 0},
-    {{42854, 9}, TagType::string, 0, 0, 0, 0},
-    {{42863, 20}, TagType::string, 0, 0, 0, 0},
-    {{42883, 26}, TagType::string, 0, 0, 0, 0},
-    {{42909, 14}, TagType::string, 0, 0, 0, 0},
-    {{42923, 34}, TagType::string, 0, 0, 0, 0},
-    {{42957, 28}, TagType::string, 0, 0, 0, 0},
-    {{42985, 19}, TagType::string, 0, 0, 0, 0},
-    {{43004, 18}, TagType::string, 0, 0, 0, 0},
-    {{43022, 30}, TagType::string, 0, 0, 0, 0},
-    {{43052, 24}, TagType::string, 0, 0, 0, 0},
-    {{43076, 21}, TagType::string, 0, 0, 0, 0},
-    {{43097, 30}, TagType::string, 0, 0, 0, 0},
-    {{43127, 11}, TagType::string, 0, 0, 0, 0},
-    {{43138, 19}, TagType::string, 0, 0, 0, 0},
-    {{43157, 16}, TagType::string, 0, 0, 0, 0},
-    {{43173, 33}, TagType::string, 0, 0, 0, 0},
-    {{43206, 16}, TagType::string, 0, 0, 0, 0},
-    {{43222, 15}, TagType::string, 0, 0, 0, 0},
-    {{43237, 32}, TagType::string, 0, 0, 0, 0},
-    {{43269, 16}, TagType::string, 0, 0, 0, 0},
-    {{43285, 19}, TagType::string, 0, 0, 0, 0},
-    {{43304, 26}, TagType::string, 0, 0, 0, 0},
-    {{43330, 20}, TagType::string, 0, 0, 0, 0},
-    {{43350, 22}, TagType::string, 0, 0, 0, 0},
-    {{43372, 31}, TagType::string, 0, 0, 0, 0},
-    {{43403, 33}, TagType::string, 0, 0, 0, 0},
-    {{43436, 33}, TagType::string, 0, 0, 0, 0},
-    {{43469, 28}, TagType::string, 0, 0, 0, 0},
-    {{43497, 29}, TagType::string, 0, 0, 0, 0},
-    {{43526, 24}, TagType::string, 0, 0, 0, 0},
-    {{43550, 17}, TagType::string, 0, 0, 0, 0},
-    {{43567, 24}, TagType::string, 0, 0, 0, 0},
-    {{43591, 25}, TagType::string, 0, 0, 0, 0},
-    {{43616, 17}, TagType::string, 0, 0, 0, 0},
-    {{43633, 19}, TagType::string, 0, 0, 0, 0},
-    {{43652, 26}, TagType::string, 0, 0, 0, 0},
-    {{43678, 14}, TagType::string, 0, 0, 0, 0},
-    {{43692, 24}, TagType::string, 0, 0, 0, 0},
-    {{43716, 12}, TagType::string, 0, 0, 0, 0},
-    {{43728, 17}, TagType::string, 0, 0, 0, 0},
-    {{43745, 18}, TagType::string, 0, 0, 0, 0},
-    {{43763, 25}, TagType::string, 0, 0, 0, 0},
-    {{43788, 13}, TagType::string, 0, 0, 0, 0},
-    {{43801, 19}, TagType::string, 0, 0, 0, 0},
-    {{43820, 23}, TagType::string, 0, 0, 0, 0},
-    {{43843, 32}, TagType::string, 0, 0, 0, 0},
-    {{43875, 31}, TagType::string, 0, 0, 0, 0},
-    {{43906, 15}, TagType::string, 0, 0, 0, 0},
-    {{43921, 15}, TagType::string, 0, 0, 0, 0},
-    {{43936, 15}, TagType::string, 0, 0, 0, 0},
-    {{43951, 15}, TagType::string, 0, 0, 0, 0},
-    {{43966, 15}, TagType::string, 0, 0, 0, 0},
-    {{43981, 15}, TagType::string, 0, 0, 0, 0},
-    {{43996, 15}, TagType::string, 0, 0, 0, 0},
-    {{44011, 15}, TagType::string, 0, 0, 0, 0},
-    {{44026, 15}, TagType::string, 0, 0, 0, 0},
-    {{44041, 15}, TagType::string, 0, 0, 0, 0},
-    {{44056, 15}, TagType::string, 0, 0, 0, 0},
-    {{44071, 15}, TagType::string, 0, 0, 0, 0},
-    {{44086, 15}, TagType::string, 0, 0, 0, 0},
-    {{44101, 15}, TagType::string, 0, 0, 0, 0},
-    {{44116, 15}, TagType::string, 0, 0, 0, 0},
-    {{44131, 15}, TagType::string, 0, 0, 0, 0},
-    {{44146, 25}, TagType::string, 0, 0, 0, 0},
-    {{44171, 15}, TagType::string, 0, 0, 0, 0},
-    {{44186, 31}, TagType::string, 0, 0, 0, 0},
-    {{44217, 22}, TagType::string, 0, 0, 0, 0},
-    {{44239, 24}, TagType::string, 0, 0, 0, 0},
-    {{44263, 33}, TagType::string, 0, 0, 0, 0},
-    {{44296, 30}, TagType::string, 0, 0, 0, 0},
-    {{44326, 26}, TagType::string, 0, 0, 0, 0},
-    {{44352, 29}, TagType::string, 0, 0, 0, 0},
-    {{44381, 19}, TagType::string, 0, 0, 0, 0},
-    {{44400, 16}, TagType::string, 0, 0, 0, 0},
-    {{44416, 15}, TagType::string, 0, 0, 0, 0},
-    {{44431, 27}, TagType::string, 0, 0, 0, 0},
-    {{44458, 32}, TagType::string, 0, 0, 0, 0},
-    {{44490, 26}, TagType::string, 0, 0, 0, 0},
-    {{44516, 29}, TagType::string, 0, 0, 0, 0},
-    {{44545, 24}, TagType::string, 0, 0, 0, 0},
-    {{44569, 27}, TagType::string, 0, 0, 0, 0},
-    {{44596, 20}, TagType::string, 0, 0, 0, 0},
-    {{44616, 20}, TagType::string, 0, 0, 0, 0},
-    {{44636, 18}, TagType::string, 0, 0, 0, 0},
-    {{44654, 14}, TagType::string, 0, 0, 0, 0},
-    {{44668, 18}, TagType::string, 0, 0, 0, 0},
-    {{44686, 31}, TagType::string, 0, 0, 0, 0},
-    {{44717, 29}, TagType::string, 0, 0, 0, 0},
-    {{44746, 23}, TagType::string, 0, 0, 0, 0},
-    {{44769, 23}, TagType::string, 0, 0, 0, 0},
-    {{44792, 25}, TagType::string, 0, 0, 0, 0},
-    {{44817, 23}, TagType::string, 0, 0, 0, 0},
-    {{44840, 25}, TagType::string, 0, 0, 0, 0},
-    {{44865, 23}, TagType::string, 0, 0, 0, 0},
-    {{44888, 22}, TagType::string, 0, 0, 0, 0},
-    {{44910, 24}, TagType::string, 0, 0, 0, 0},
-    {{44934, 16}, TagType::string, 0, 0, 0, 0},
-    {{44950, 25}, TagType::string, 0, 0, 0, 0},
-    {{44975, 16}, TagType::string, 0, 0, 0, 0},
-    {{44991, 24}, TagType::string, 0, 0, 0, 0},
-    {{45015, 21}, TagType::string, 0, 0, 0, 0},
-    {{45036, 21}, TagType::string, 0, 0, 0, 0},
-    {{45057, 25}, TagType::string, 0, 0, 0, 0},
-    {{45082, 21}, TagType::string, 0, 0, 0, 0},
-    {{45103, 20}, TagType::string, 0, 0, 0, 0},
-    {{45123, 28}, TagType::string, 0, 0, 0, 0},
-    {{45151, 15}, TagType::string, 0, 0, 0, 0},
-    {{45166, 25}, TagType::string, 0, 0, 0, 0},
-    {{45191, 14}, TagType::string, 0, 0, 0, 0},
-    {{45205, 16}, TagType::string, 0, 0, 0, 0},
-    {{45221, 28}, TagType::string, 0, 0, 0, 0},
-    {{45249, 7}, TagType::string, 0, 0, 0, 0},
-    {{45256, 15}, TagType::string, 0, 0, 0, 0},
-    {{45271, 21}, TagType::string, 0, 0, 0, 0},
-    {{45292, 21}, TagType::string, 0, 0, 0, 0},
-    {{45313, 25}, TagType::string, 0, 0, 0, 0},
-    {{45338, 27}, TagType::string, 0, 0, 0, 0},
-    {{45365, 29}, TagType::string, 0, 0, 0, 0},
-    {{45394, 33}, TagType::string, 0, 0, 0, 0},
-    {{45427, 31}, TagType::string, 0, 0, 0, 0},
-    {{45458, 25}, TagType::string, 0, 0, 0, 0},
-    {{45483, 30}, TagType::string, 0, 0, 0, 0},
-    {{45513, 28}, TagType::string, 0, 0, 0, 0},
-    {{45541, 33}, TagType::string, 0, 0, 0, 0},
-    {{45574, 29}, TagType::string, 0, 0, 0, 0},
-    {{45603, 10}, TagType::string, 0, 0, 0, 0},
-    {{45613, 18}, TagType::string, 0, 0, 0, 0},
-    {{45631, 16}, TagType::string, 0, 0, 0, 0},
-    {{45647, 12}, TagType::string, 0, 0, 0, 0},
-    {{45659, 14}, TagType::string, 0, 0, 0, 0},
-    {{45673, 33}, TagType::string, 0, 0, 0, 0},
-    {{45706, 23}, TagType::string, 0, 0, 0, 0},
-    {{45729, 18}, TagType::string, 0, 0, 0, 0},
-    {{45747, 22}, TagType::string, 0, 0, 0, 0},
-    {{45769, 22}, TagType::string, 0, 0, 0, 0},
-    {{45791, 24}, TagType::string, 0, 0, 0, 0},
-    {{45815, 31}, TagType::string, 0, 0, 0, 0},
-    {{45846, 34}, TagType::string, 0, 0, 0, 0},
-    {{45880, 34}, TagType::string, 0, 0, 0, 0},
-    {{45914, 30}, TagType::string, 0, 0, 0, 0},
-    {{45944, 24}, TagType::string, 0, 0, 0, 0},
-    {{45968, 28}, TagType::string, 0, 0, 0, 0},
-    {{45996, 33}, TagType::string, 0, 0, 0, 0},
-    {{46029, 30}, TagType::string, 0, 0, 0, 0},
-    {{46059, 27}, TagType::string, 0, 0, 0, 0},
-    {{46086, 26}, TagType::string, 0, 0, 0, 0},
-    {{46112, 21}, TagType::string, 0, 0, 0, 0},
-    {{46133, 33}, TagType::string, 0, 0, 0, 0},
-    {{46166, 30}, TagType::string, 0, 0, 0, 0},
-    {{46196, 13}, TagType::string, 0, 0, 0, 0},
-    {{46209, 18}, TagType::string, 0, 0, 0, 0},
-    {{46227, 32}, TagType::string, 0, 0, 0, 0},
-    {{46259, 32}, TagType::string, 0, 0, 0, 0},
-    {{46291, 29}, TagType::string, 0, 0, 0, 0},
-    {{46320, 28}, TagType::string, 0, 0, 0, 0},
-    {{46348, 29}, TagType::string, 0, 0, 0, 0},
-    {{46377, 12}, TagType::string, 0, 0, 0, 0},
-    {{46389, 11}, TagType::string, 0, 0, 0, 0},
-    {{46400, 12}, TagType::string, 0, 0, 0, 0},
-    {{46412, 21}, TagType::string, 0, 0, 0, 0},
-    {{46433, 9}, TagType::string, 0, 0, 0, 0},
-    {{46442, 22}, TagType::string, 0, 0, 0, 0},
-    {{46464, 13}, TagType::string, 0, 0, 0, 0},
-    {{46477, 21}, TagType::string, 0, 0, 0, 0},
-    {{46498, 22}, TagType::string, 0, 0, 0, 0},
-    {{46520, 17}, TagType::string, 0, 0, 0, 0},
-    {{46537, 10}, TagType::string, 0, 0, 0, 0},
-    {{46547, 12}, TagType::string, 0, 0, 0, 0},
-    {{46559, 11}, TagType::string, 0, 0, 0, 0},
-    {{46570, 13}, TagType::string, 0, 0, 0, 0},
-    {{46583, 17}, TagType::string, 0, 0, 0, 0},
-    {{46600, 27}, TagType::string, 0, 0, 0, 0},
-    {{46627, 23}, TagType::string, 0, 0, 0, 0},
-    {{46650, 32}, TagType::string, 0, 0, 0, 0},
-    {{46682, 11}, TagType::string, 0, 0, 0, 0},
-    {{46693, 31}, TagType::string, 0, 0, 0, 0},
-    {{46724, 12}, TagType::string, 0, 0, 0, 0},
-    {{46736, 18}, TagType::string, 0, 0, 0, 0},
-    {{46754, 19}, TagType::string, 0, 0, 0, 0},
-    {{46773, 24}, TagType::string, 0, 0, 0, 0},
-    {{46797, 15}, TagType::string, 0, 0, 0, 0},
-    {{46812, 19}, TagType::string, 0, 0, 0, 0},
-    {{46831, 9}, TagType::string, 0, 0, 0, 0},
-    {{46840, 22}, TagType::string, 0, 0, 0, 0},
-    {{46862, 18}, TagType::string, 0, 0, 0, 0},
-    {{46880, 30}, TagType::string, 0, 0, 0, 0},
-    {{46910, 29}, TagType::string, 0, 0, 0, 0},
-    {{46939, 27}, TagType::string, 0, 0, 0, 0},
-    {{46966, 3}, TagType::string, 0, 0, 0, 0},
-    {{46969, 27}, TagType::string, 0, 0, 0, 0},
-    {{46996, 33}, TagType::string, 0, 0, 0, 0},
-    {{47029, 16}, TagType::string, 0, 0, 0, 0},
-    {{47045, 26}, TagType::string, 0, 0, 0, 0},
-    {{47071, 26}, TagType::string, 0, 0, 0, 0},
-    {{47097, 29}, TagType::string, 0, 0, 0, 0},
-    {{47126, 15}, TagType::string, 0, 0, 0, 0},
-    {{47141, 22}, TagType::string, 0, 0, 0, 0},
-    {{47163, 33}, TagType::string, 0, 0, 0, 0},
-    {{47196, 13}, TagType::string, 0, 0, 0, 0},
-    {{47209, 16}, TagType::string, 0, 0, 0, 0},
-    {{47225, 16}, TagType::string, 0, 0, 0, 0},
-    {{47241, 19}, TagType::string, 0, 0, 0, 0},
-    {{47260, 14}, TagType::string, 0, 0, 0, 0},
-    {{47274, 17}, TagType::string, 0, 0, 0, 0},
-    {{47291, 8}, TagType::string, 0, 0, 0, 0},
-    {{47299, 14}, TagType::string, 0, 0, 0, 0},
-    {{47313, 28}, TagType::string, 0, 0, 0, 0},
-    {{47341, 13}, TagType::string, 0, 0, 0, 0},
-    {{47354, 10}, TagType::string, 0, 0, 0, 0},
-    {{47364, 15}, TagType::string, 0, 0, 0, 0},
-    {{47379, 16}, TagType::string, 0, 0, 0, 0},
-    {{47395, 16}, TagType::string, 0, 0, 0, 0},
-    {{47411, 23}, TagType::string, 0, 0, 0, 0},
-    {{47434, 22}, TagType::string, 0, 0, 0, 0},
-    {{47456, 13}, TagType::string, 0, 0, 0, 0},
-    {{47469, 14}, TagType::string, 0, 0, 0, 0},
-    {{47483, 16}, TagType::string, 0, 0, 0, 0},
-    {{47499, 19}, TagType::string, 0, 0, 0, 0},
-    {{47518, 27}, TagType::string, 0, 0, 0, 0},
-    {{47545, 14}, TagType::string, 0, 0, 0, 0},
-    {{47559, 16}, TagType::string, 0, 0, 0, 0},
-    {{47575, 22}, TagType::string, 0, 0, 0, 0},
-    {{47597, 27}, TagType::string, 0, 0, 0, 0},
-    {{47624, 30}, TagType::string, 0, 0, 0, 0},
-    {{47654, 25}, TagType::string, 0, 0, 0, 0},
-    {{47679, 29}, TagType::string, 0, 0, 0, 0},
-    {{47708, 18}, TagType::string, 0, 0, 0, 0},
-    {{47726, 25}, TagType::string, 0, 0, 0, 0},
-    {{47751, 15}, TagType::string, 0, 0, 0, 0},
-    {{47766, 10}, TagType::string, 0, 0, 0, 0},
-    {{47776, 19}, TagType::string, 0, 0, 0, 0},
-    {{47795, 26}, TagType::string, 0, 0, 0, 0},
-    {{47821, 17}, TagType::string, 0, 0, 0, 0},
-    {{47838, 13}, TagType::string, 0, 0, 0, 0},
-    {{47851, 24}, TagType::string, 0, 0, 0, 0},
-    {{47875, 32}, TagType::string, 0, 0, 0, 0},
-    {{47907, 20}, TagType::string, 0, 0, 0, 0},
-    {{47927, 28}, TagType::string, 0, 0, 0, 0},
-    {{47955, 13}, TagType::string, 0, 0, 0, 0},
-    {{47968, 17}, TagType::string, 0, 0, 0, 0},
-    {{47985, 10}, TagType::string, 0, 0, 0, 0},
-    {{47995, 10}, TagType::string, 0, 0, 0, 0},
-    {{48005, 4}, TagType::string, 0, 0, 0, 0},
-    {{48009, 24}, TagType::string, 0, 0, 0, 0},
-    {{48033, 29}, TagType::string, 0, 0, 0, 0},
-    {{48062, 20}, TagType::string, 0, 0, 0, 0},
-    {{48082, 12}, TagType::string, 0, 0, 0, 0},
-    {{48094, 21}, TagType::string, 0, 0, 0, 0},
-    {{48115, 19}, TagType::string, 0, 0, 0, 0},
-    {{48134, 29}, TagType::string, 0, 0, 0, 0},
-    {{48163, 26}, TagType::string, 0, 0, 0, 0},
-    {{48189, 31}, TagType::string, 0, 0, 0, 0},
-    {{48220, 16}, TagType::string, 0, 0, 0, 0},
-    {{48236, 8}, TagType::string, 0, 0, 0, 0},
-    {{48244, 18}, TagType::string, 0, 0, 0, 0},
-    {{48262, 30}, TagType::string, 0, 0, 0, 0},
-    {{48292, 21}, TagType::string, 0, 0, 0, 0},
-    {{48313, 22}, TagType::string, 0, 0, 0, 0},
-    {{48335, 18}, TagType::string, 0, 0, 0, 0},
-    {{48353, 27}, TagType::string, 0, 0, 0, 0},
-    {{48380, 23}, TagType::string, 0, 0, 0, 0},
-    {{48403, 33}, TagType::string, 0, 0, 0, 0},
-    {{48436, 27}, TagType::string, 0, 0, 0, 0},
-    {{48463, 18}, TagType::string, 0, 0, 0, 0},
-    {{48481, 10}, TagType::string, 0, 0, 0, 0},
-    {{48491, 30}, TagType::string, 0, 0, 0, 0},
-    {{48521, 28}, TagType::string, 0, 0, 0, 0},
-    {{48549, 24}, TagType::string, 0, 0, 0, 0},
-    {{48573, 24}, TagType::string, 0, 0, 0, 0},
-    {{48597, 20}, TagType::string, 0, 0, 0, 0},
-    {{48617, 27}, TagType::string, 0, 0, 0, 0},
-    {{48644, 24}, TagType::string, 0, 0, 0, 0},
-    {{48668, 24}, TagType::string, 0, 0, 0, 0},
-    {{48692, 24}, TagType::string, 0, 0, 0, 0},
-    {{48716, 11}, TagType::string, 0, 0, 0, 0},
-    {{48727, 16}, TagType::string, 0, 0, 0, 0},
-    {{48743, 23}, TagType::string, 0, 0, 0, 0},
-    {{48766, 20}, TagType::string, 0, 0, 0, 0},
-    {{48786, 33}, TagType::string, 0, 0, 0, 0},
-    {{48819, 10}, TagType::string, 0, 0, 0, 0},
-    {{48829, 15}, TagType::string, 0, 0, 0, 0},
-    {{48844, 19}, TagType::string, 0, 0, 0, 0},
-    {{48863, 12}, TagType::string, 0, 0, 0, 0},
-    {{48875, 12}, TagType::string, 0, 0, 0, 0},
-    {{48887, 10}, TagType::string, 0, 0, 0, 0},
-    {{48897, 13}, TagType::string, 0, 0, 0, 0},
-    {{48910, 7}, TagType::string, 0, 0, 0, 0},
-    {{48917, 13}, TagType::string, 0, 0, 0, 0},
-    {{48930, 26}, TagType::string, 0, 0, 0, 0},
-    {{48956, 13}, TagType::string, 0, 0, 0, 0},
-    {{48969, 17}, TagType::string, 0, 0, 0, 0},
-    {{48986, 11}, TagType::string, 0, 0, 0, 0},
-    {{48997, 12}, TagType::string, 0, 0, 0, 0},
-    {{49009, 11}, TagType::string, 0, 0, 0, 0},
-    {{49020, 27}, TagType::string, 0, 0, 0, 0},
-    {{49047, 30}, TagType::string, 0, 0, 0, 0},
-    {{49077, 30}, TagType::string, 0, 0, 0, 0},
-    {{49107, 22}, TagType::string, 0, 0, 0, 0},
-    {{49129, 23}, TagType::string, 0, 0, 0, 0},
-    {{49152, 25}, TagType::string, 0, 0, 0, 0},
-    {{49177, 30}, TagType::string, 0, 0, 0, 0},
-    {{49207, 30}, TagType::string, 0, 0, 0, 0},
-    {{49237, 21}, TagType::string, 0, 0, 0, 0},
-    {{49258, 21}, TagType::string, 0, 0, 0, 0},
-    {{49279, 34}, TagType::string, 0, 0, 0, 0},
-    {{49313, 9}, TagType::string, 0, 0, 0, 0},
-    {{49322, 19}, TagType::string, 0, 0, 0, 0},
-    {{49341, 16}, TagType::string, 0, 0, 0, 0},
-    {{49357, 12}, TagType::string, 0, 0, 0, 0},
-    {{49369, 16}, TagType::string, 0, 0, 0, 0},
-    {{49385, 19}, TagType::string, 0, 0, 0, 0},
-    {{49404, 22}, TagType::string, 0, 0, 0, 0},
-    {{49426, 25}, TagType::string, 0, 0, 0, 0},
-    {{49451, 33}, TagType::string, 0, 0, 0, 0},
-    {{49484, 29}, TagType::string, 0, 0, 0, 0},
-    {{49513, 32}, TagType::string, 0, 0, 0, 0},
-    {{49545, 30}, TagType::string, 0, 0, 0, 0},
-    {{49575, 17}, TagType::string, 0, 0, 0, 0},
-    {{49592, 21}, TagType::string, 0, 0, 0, 0},
-    {{49613, 15}, TagType::string, 0, 0, 0, 0},
-    {{49628, 12}, TagType::string, 0, 0, 0, 0},
-    {{49640, 11}, TagType::string, 0, 0, 0, 0},
-    {{49651, 18}, TagType::string, 0, 0, 0, 0},
-    {{49669, 20}, TagType::string, 0, 0, 0, 0},
-    {{49689, 12}, TagType::string, 0, 0, 0, 0},
-    {{49701, 28}, TagType::string, 0, 0, 0, 0},
-    {{49729, 22}, TagType::string, 0, 0, 0, 0},
-    {{49751, 18}, TagType::string, 0, 0, 0, 0},
-    {{49769, 22}, TagType::string, 0, 0, 0, 0},
-    {{49791, 15}, TagType::string, 0, 0, 0, 0},
-    {{49806, 20}, TagType::string, 0, 0, 0, 0},
-    {{49826, 19}, TagType::string, 0, 0, 0, 0},
-    {{49845, 19}, TagType::string, 0, 0, 0, 0},
-    {{49864, 10}, TagType::string, 0, 0, 0, 0},
-    {{49874, 31}, TagType::string, 0, 0, 0, 0},
-    {{49905, 14}, TagType::string, 0, 0, 0, 0},
-    {{49919, 16}, TagType::string, 0, 0, 0, 0},
-    {{49935, 16}, TagType::string, 0, 0, 0, 0},
-    {{49951, 17}, TagType::string, 0, 0, 0, 0},
-    {{49968, 18}, TagType::string, 0, 0, 0, 0},
-    {{49986, 17}, TagType::string, 0, 0, 0, 0},
-    {{50003, 16}, TagType::string, 0, 0, 0, 0},
-    {{50019, 11}, TagType::string, 0, 0, 0, 0},
-    {{50030, 13}, TagType::string, 0, 0, 0, 0},
-    {{50043, 7}, TagType::string, 0, 0, 0, 0},
-    {{50050, 9}, TagType::string, 0, 0, 0, 0},
-    {{50059, 8}, TagType::string, 0, 0, 0, 0},
-    {{50067, 11}, TagType::string, 0, 0, 0, 0},
-    {{50078, 18}, TagType::string, 0, 0, 0, 0},
-    {{50096, 17}, TagType::string, 0, 0, 0, 0},
-    {{50113, 21}, TagType::string, 0, 0, 0, 0},
-    {{50134, 15}, TagType::string, 0, 0, 0, 0},
-    {{50149, 17}, TagType::string, 0, 0, 0, 0},
-    {{50166, 9}, TagType::string, 0, 0, 0, 0},
-    {{50175, 29}, TagType::string, 0, 0, 0, 0},
-    {{50204, 21}, TagType::string, 0, 0, 0, 0},
-    {{50225, 25}, TagType::string, 0, 0, 0, 0},
-    {{50250, 11}, TagType::string, 0, 0, 0, 0},
-    {{50261, 14}, TagType::string, 0, 0, 0, 0},
-    {{50275, 14}, TagType::string, 0, 0, 0, 0},
-    {{50289, 15}, TagType::string, 0, 0, 0, 0},
-    {{50304, 7}, TagType::string, 0, 0, 0, 0},
-    {{50311, 24}, TagType::string, 0, 0, 0, 0},
-    {{50335, 22}, TagType::string, 0, 0, 0, 0},
-    {{50357, 14}, TagType::string, 0, 0, 0, 0},
-    {{50371, 14}, TagType::string, 0, 0, 0, 0},
-    {{50385, 11}, TagType::string, 0, 0, 0, 0},
-    {{50396, 17}, TagType::string, 0, 0, 0, 0},
-    {{50413, 16}, TagType::string, 0, 0, 0, 0},
-    {{50429, 23}, TagType::string, 0, 0, 0, 0},
-    {{50452, 16}, TagType::string, 0, 0, 0, 0},
-    {{50468, 16}, TagType::string, 0, 0, 0, 0},
-    {{50484, 34}, TagType::string, 0, 0, 0, 0},
-    {{50518, 25}, TagType::string, 0, 0, 0, 0},
-    {{50543, 26}, TagType::string, 0, 0, 0, 0},
-    {{50569, 20}, TagType::string, 0, 0, 0, 0},
-    {{50589, 23}, TagType::string, 0, 0, 0, 0},
-    {{50612, 9}, TagType::string, 0, 0, 0, 0},
-    {{50621, 29}, TagType::string, 0, 0, 0, 0},
-    {{50650, 7}, TagType::string, 0, 0, 0, 0},
-    {{50657, 14}, TagType::string, 0, 0, 0, 0},
-    {{50671, 15}, TagType::string, 0, 0, 0, 0},
-    {{50686, 9}, TagType::string, 0, 0, 0, 0},
-    {{50695, 20}, TagType::string, 0, 0, 0, 0},
-    {{50715, 17}, TagType::string, 0, 0, 0, 0},
-    {{50732, 22}, TagType::string, 0, 0, 0, 0},
-    {{50754, 24}, TagType::string, 0, 0, 0, 0},
-    {{50778, 18}, TagType::string, 0, 0, 0, 0},
-    {{50796, 15}, TagType::string, 0, 0, 0, 0},
-    {{50811, 20}, TagType::string, 0, 0, 0, 0},
-    {{50831, 20}, TagType::string, 0, 0, 0, 0},
-    {{50851, 19}, TagType::string, 0, 0, 0, 0},
-    {{50870, 21}, TagType::string, 0, 0, 0, 0},
-    {{50891, 13}, TagType::string, 0, 0, 0, 0},
-    {{50904, 16}, TagType::string, 0, 0, 0, 0},
-    {{50920, 11}, TagType::string, 0, 0, 0, 0},
-    {{50931, 25}, TagType::string, 0, 0, 0, 0},
-    {{50956, 17}, TagType::string, 0, 0, 0, 0},
-    {{50973, 19}, TagType::string, 0, 0, 0, 0},
-    {{50992, 19}, TagType::string, 0, 0, 0, 0},
-    {{51011, 31}, TagType::string, 0, 0, 0, 0},
-    {{51042, 25}, TagType::string, 0, 0, 0, 0},
-    {{51067, 32}, TagType::string, 0, 0, 0, 0},
-    {{51099, 20}, TagType::string, 0, 0, 0, 0},
-    {{51119, 14}, TagType::string, 0, 0, 0, 0},
-    {{51133, 29}, TagType::string, 0, 0, 0, 0},
-    {{51162, 19}, TagType::string, 0, 0, 0, 0},
-    {{51181, 24}, TagType::string, 0, 0, 0, 0},
-    {{51205, 31}, TagType::string, 0, 0, 0, 0},
-    {{51236, 28}, TagType::string, 0, 0, 0, 0},
-    {{51264, 34}, TagType::string, 0, 0, 0, 0},
-    {{51298, 31}, TagType::string, 0, 0, 0, 0},
-    {{51329, 26}, TagType::string, 0, 0, 0, 0},
-    {{51355, 29}, TagType::string, 0, 0, 0, 0},
-    {{51384, 31}, TagType::string, 0, 0, 0, 0},
-    {{51415, 32}, TagType::string, 0, 0, 0, 0},
-    {{51447, 29}, TagType::string, 0, 0, 0, 0},
-    {{51476, 23}, TagType::string, 0, 0, 0, 0},
-    {{51499, 16}, TagType::string, 0, 0, 0, 0},
-    {{51515, 17}, TagType::string, 0, 0, 0, 0},
-    {{51532, 28}, TagType::string, 0, 0, 0, 0},
-    {{51560, 31}, TagType::string, 0, 0, 0, 0},
-    {{51591, 21}, TagType::string, 0, 0, 0, 0},
-    {{51612, 25}, TagType::string, 0, 0, 0, 0},
-    {{51637, 25}, TagType::string, 0, 0, 0, 0},
-    {{51662, 26}, TagType::string, 0, 0, 0, 0},
-    {{51688, 24}, TagType::string, 0, 0, 0, 0},
-    {{51712, 27}, TagType::string, 0, 0, 0, 0},
-    {{51739, 33}, TagType::string, 0, 0, 0, 0},
-    {{51772, 24}, TagType::string, 0, 0, 0, 0},
-    {{51796, 26}, TagType::string, 0, 0, 0, 0},
-    {{51822, 24}, TagType::string, 0, 0, 0, 0},
-    {{51846, 26}, TagType::string, 0, 0, 0, 0},
-    {{51872, 22}, TagType::string, 0, 0, 0, 0},
-    {{51894, 22}, TagType::string, 0, 0, 0, 0},
-    {{51916, 28}, TagType::string, 0, 0, 0, 0},
-    {{51944, 31}, TagType::string, 0, 0, 0, 0},
-    {{51975, 17}, TagType::string, 0, 0, 0, 0},
-    {{51992, 17}, TagType::string, 0, 0, 0, 0},
-    {{52009, 15}, TagType::string, 0, 0, 0, 0},
-    {{52024, 21}, TagType::string, 0, 0, 0, 0},
-    {{52045, 26}, TagType::string, 0, 0, 0, 0},
-    {{52071, 17}, TagType::string, 0, 0, 0, 0},
-    {{52088, 30}, TagType::string, 0, 0, 0, 0},
-    {{52118, 29}, TagType::string, 0, 0, 0, 0},
-    {{52147, 18}, TagType::string, 0, 0, 0, 0},
-    {{52165, 23}, TagType::string, 0, 0, 0, 0},
-    {{52188, 26}, TagType::string, 0, 0, 0, 0},
-    {{52214, 16}, TagType::string, 0, 0, 0, 0},
-    {{52230, 24}, TagType::string, 0, 0, 0, 0},
-    {{52254, 24}, TagType::string, 0, 0, 0, 0},
-    {{52278, 18}, TagType::string, 0, 0, 0, 0},
-    {{52296, 27}, TagType::string, 0, 0, 0, 0},
-    {{52323, 16}, TagType::string, 0, 0, 0, 0},
-    {{52339, 14}, TagType::string, 0, 0, 0, 0},
-    {{52353, 26}, TagType::string, 0, 0, 0, 0},
-    {{52379, 15}, TagType::string, 0, 0, 0, 0},
-    {{52394, 31}, TagType::string, 0, 0, 0, 0},
-    {{52425, 29}, TagType::string, 0, 0, 0, 0},
-    {{52454, 34}, TagType::string, 0, 0, 0, 0},
-    {{52488, 32}, TagType::string, 0, 0, 0, 0},
-    {{52520, 13}, TagType::string, 0, 0, 0, 0},
-    {{52533, 11}, TagType::string, 0, 0, 0, 0},
-    {{52544, 34}, TagType::string, 0, 0, 0, 0},
-    {{52578, 34}, TagType::string, 0, 0, 0, 0},
-    {{52612, 30}, TagType::string, 0, 0, 0, 0},
-    {{52642, 33}, TagType::string, 0, 0, 0, 0},
-    {{52675, 30}, TagType::string, 0, 0, 0, 0},
-    {{52705, 21}, TagType::string, 0, 0, 0, 0},
-    {{52726, 27}, TagType::string, 0, 0, 0, 0},
-    {{52753, 21}, TagType::string, 0, 0, 0, 0},
-    {{52774, 34}, TagType::string, 0, 0, 0, 0},
-    {{52808, 21}, TagType::string, 0, 0, 0, 0},
-    {{52829, 28}, TagType::string, 0, 0, 0, 0},
-    {{52857, 33}, TagType::string, 0, 0, 0, 0},
-    {{52890, 30}, TagType::string, 0, 0, 0, 0},
-    {{52920, 22}, TagType::string, 0, 0, 0, 0},
-    {{52942, 18}, TagType::string, 0, 0, 0, 0},
-    {{52960, 27}, TagType::string, 0, 0, 0, 0},
-    {{52987, 21}, TagType::string, 0, 0, 0, 0},
-    {{53008, 32}, TagType::string, 0, 0, 0, 0},
-    {{53040, 34}, TagType::string, 0, 0, 0, 0},
-    {{53074, 23}, TagType::string, 0, 0, 0, 0},
-    {{53097, 25}, TagType::string, 0, 0, 0, 0},
-    {{53122, 25}, TagType::string, 0, 0, 0, 0},
-    {{53147, 23}, TagType::string, 0, 0, 0, 0},
-    {{53170, 23}, TagType::string, 0, 0, 0, 0},
-    {{53193, 32}, TagType::string, 0, 0, 0, 0},
-    {{53225, 32}, TagType::string, 0, 0, 0, 0},
-    {{53257, 32}, TagType::string, 0, 0, 0, 0},
-    {{53289, 32}, TagType::string, 0, 0, 0, 0},
-    {{53321, 29}, TagType::string, 0, 0, 0, 0},
-    {{53350, 29}, TagType::string, 0, 0, 0, 0},
-    {{53379, 30}, TagType::string, 0, 0, 0, 0},
-    {{53409, 20}, TagType::string, 0, 0, 0, 0},
-    {{53429, 20}, TagType::string, 0, 0, 0, 0},
-    {{53449, 22}, TagType::string, 0, 0, 0, 0},
-    {{53471, 22}, TagType::string, 0, 0, 0, 0},
-    {{53493, 22}, TagType::string, 0, 0, 0, 0},
-    {{53515, 22}, TagType::string, 0, 0, 0, 0},
-    {{53537, 28}, TagType::string, 0, 0, 0, 0},
-    {{53565, 24}, TagType::string, 0, 0, 0, 0},
-    {{53589, 17}, TagType::string, 0, 0, 0, 0},
-    {{53606, 19}, TagType::string, 0, 0, 0, 0},
-    {{53625, 29}, TagType::string, 0, 0, 0, 0},
-    {{53654, 13}, TagType::string, 0, 0, 0, 0},
-    {{53667, 13}, TagType::string, 0, 0, 0, 0},
-    {{53680, 11}, TagType::string, 0, 0, 0, 0},
-    {{53691, 10}, TagType::string, 0, 0, 0, 0},
-    {{53701, 17}, TagType::string, 0, 0, 0, 0},
-    {{53718, 10}, TagType::string, 0, 0, 0, 0},
-    {{53728, 10}, TagType::string, 0, 0, 0, 0},
-    {{53738, 18}, TagType::string, 0, 0, 0, 0},
-    {{53756, 10}, TagType::string, 0, 0, 0, 0},
-    {{53766, 14}, TagType::string, 0, 0, 0, 0},
-    {{53780, 14}, TagType::string, 0, 0, 0, 0},
-    {{53794, 23}, TagType::string, 0, 0, 0, 0},
-    {{53817, 21}, TagType::string, 0, 0, 0, 0},
-    {{53838, 19}, TagType::string, 0, 0, 0, 0},
-    {{53857, 16}, TagType::string, 0, 0, 0, 0},
-    {{53873, 26}, TagType::string, 0, 0, 0, 0},
-    {{53899, 21}, TagType::string, 0, 0, 0, 0},
-    {{53920, 24}, TagType::string, 0, 0, 0, 0},
-    {{53944, 29}, TagType::string, 0, 0, 0, 0},
-    {{53973, 16}, TagType::string, 0, 0, 0, 0},
-    {{53989, 17}, TagType::string, 0, 0, 0, 0},
-    {{54006, 16}, TagType::string, 0, 0, 0, 0},
-    {{54022, 19}, TagType::string, 0, 0, 0, 0},
-    {{54041, 19}, TagType::string, 0, 0, 0, 0},
-    {{54060, 17}, TagType::string, 0, 0, 0, 0},
-    {{54077, 22}, TagType::string, 0, 0, 0, 0},
-    {{54099, 17}, TagType::string, 0, 0, 0, 0},
-    {{54116, 29}, TagType::string, 0, 0, 0, 0},
-    {{54145, 25}, TagType::string, 0, 0, 0, 0},
-    {{54170, 20}, TagType::string, 0, 0, 0, 0},
-    {{54190, 22}, TagType::string, 0, 0, 0, 0},
-    {{54212, 33}, TagType::string, 0, 0, 0, 0},
-    {{54245, 22}, TagType::string, 0, 0, 0, 0},
-    {{54267, 20}, TagType::string, 0, 0, 0, 0},
-    {{54287, 19}, TagType::string, 0, 0, 0, 0},
-    {{54306, 20}, TagType::string, 0, 0, 0, 0},
-    {{54326, 32}, TagType::string, 0, 0, 0, 0},
-    {{54358, 30}, TagType::string, 0, 0, 0, 0},
-    {{54388, 29}, TagType::string, 0, 0, 0, 0},
-    {{54417, 22}, TagType::string, 0, 0, 0, 0},
-    {{54439, 28}, TagType::string, 0, 0, 0, 0},
-    {{54467, 31}, TagType::string, 0, 0, 0, 0},
-    {{54498, 27}, TagType::string, 0, 0, 0, 0},
-    {{54525, 26}, TagType::string, 0, 0, 0, 0},
-    {{54551, 33}, TagType::string, 0, 0, 0, 0},
-    {{54584, 31}, TagType::string, 0, 0, 0, 0},
-    {{54615, 32}, TagType::string, 0, 0, 0, 0},
-    {{54647, 18}, TagType::string, 0, 0, 0, 0},
-    {{54665, 21}, TagType::string, 0, 0, 0, 0},
-    {{54686, 19}, TagType::string, 0, 0, 0, 0},
-    {{54705, 24}, TagType::string, 0, 0, 0, 0},
-    {{54729, 24}, TagType::string, 0, 0, 0, 0},
-    {{54753, 33}, TagType::string, 0, 0, 0, 0},
-    {{54786, 25}, TagType::string, 0, 0, 0, 0},
-    {{54811, 15}, TagType::string, 0, 0, 0, 0},
-    {{54826, 13}, TagType::string, 0, 0, 0, 0},
-    {{54839, 26}, TagType::string, 0, 0, 0, 0},
-    {{54865, 8}, TagType::string, 0, 0, 0, 0},
-    {{54873, 12}, TagType::string, 0, 0, 0, 0},
-    {{54885, 18}, TagType::string, 0, 0, 0, 0},
-    {{54903, 28}, TagType::string, 0, 0, 0, 0},
-    {{54931, 16}, TagType::string, 0, 0, 0, 0},
-    {{54947, 31}, TagType::string, 0, 0, 0, 0},
-    {{54978, 27}, TagType::string, 0, 0, 0, 0},
-    {{55005, 26}, TagType::string, 0, 0, 0, 0},
-    {{55031, 12}, TagType::string, 0, 0, 0, 0},
-    {{55043, 20}, TagType::string, 0, 0, 0, 0},
-    {{55063, 20}, TagType::string, 0, 0, 0, 0},
-    {{55083, 18}, TagType::string, 0, 0, 0, 0},
-    {{55101, 26}, TagType::string, 0, 0, 0, 0},
-    {{55127, 24}, TagType::string, 0, 0, 0, 0},
-    {{55151, 34}, TagType::string, 0, 0, 0, 0},
-    {{55185, 33}, TagType::string, 0, 0, 0, 0},
-    {{55218, 20}, TagType::string, 0, 0, 0, 0},
-    {{55238, 22}, TagType::string, 0, 0, 0, 0},
-    {{55260, 10}, TagType::string, 0, 0, 0, 0},
-    {{55270, 8}, TagType::string, 0, 0, 0, 0},
-    {{55278, 15}, TagType::string, 0, 0, 0, 0},
-    {{55293, 8}, TagType::string, 0, 0, 0, 0},
-    {{55301, 13}, TagType::string, 0, 0, 0, 0},
-    {{55314, 21}, TagType::string, 0, 0, 0, 0},
-    {{55335, 20}, TagType::string, 0, 0, 0, 0},
-    {{55355, 32}, TagType::string, 0, 0, 0, 0},
-    {{55387, 30}, TagType::string, 0, 0, 0, 0},
-    {{55417, 21}, TagType::string, 0, 0, 0, 0},
-    {{55438, 14}, TagType::string, 0, 0, 0, 0},
-    {{55452, 13}, TagType::string, 0, 0, 0, 0},
-    {{55465, 11}, TagType::string, 0, 0, 0, 0},
-    {{55476, 9}, TagType::string, 0, 0, 0, 0},
-    {{55485, 7}, TagType::string, 0, 0, 0, 0},
-    {{55492, 10}, TagType::string, 0, 0, 0, 0},
-    {{55502, 11}, TagType::string, 0, 0, 0, 0},
-    {{55513, 33}, TagType::string, 0, 0, 0, 0},
-    {{55546, 16}, TagType::string, 0, 0, 0, 0},
-    {{55562, 28}, TagType::string, 0, 0, 0, 0},
-    {{55590, 25}, TagType::string, 0, 0, 0, 0},
-    {{55615, 21}, TagType::string, 0, 0, 0, 0},
-    {{55636, 7}, TagType::string, 0, 0, 0, 0},
-    {{55643, 16}, TagType::string, 0, 0, 0, 0},
-    {{55659, 20}, TagType::string, 0, 0, 0, 0},
-    {{55679, 10}, TagType::string, 0, 0, 0, 0},
-    {{55689, 26}, TagType::string, 0, 0, 0, 0},
-    {{55715, 19}, TagType::string, 0, 0, 0, 0},
-    {{55734, 17}, TagType::string, 0, 0, 0, 0},
-    {{55751, 13}, TagType::string, 0, 0, 0, 0},
-    {{55764, 31}, TagType::string, 0, 0, 0, 0},
-    {{55795, 15}, TagType::string, 0, 0, 0, 0},
-    {{55810, 18}, TagType::string, 0, 0, 0, 0},
-    {{55828, 23}, TagType::string, 0, 0, 0, 0},
-    {{55851, 19}, TagType::string, 0, 0, 0, 0},
-    {{55870, 27}, TagType::string, 0, 0, 0, 0},
-    {{55897, 24}, TagType::string, 0, 0, 0, 0},
-    {{55921, 12}, TagType::string, 0, 0, 0, 0},
-    {{55933, 15}, TagType::string, 0, 0, 0, 0},
-    {{55948, 14}, TagType::string, 0, 0, 0, 0},
-    {{55962, 20}, TagType::string, 0, 0, 0, 0},
-    {{55982, 33}, TagType::string, 0, 0, 0, 0},
-    {{56015, 13}, TagType::string, 0, 0, 0, 0},
-    {{56028, 11}, TagType::string, 0, 0, 0, 0},
-    {{56039, 25}, TagType::string, 0, 0, 0, 0},
-    {{56064, 28}, TagType::string, 0, 0, 0, 0},
-    {{56092, 9}, TagType::string, 0, 0, 0, 0},
-    {{56101, 13}, TagType::string, 0, 0, 0, 0},
-    {{56114, 15}, TagType::string, 0, 0, 0, 0},
-    {{56129, 21}, TagType::string, 0, 0, 0, 0},
-    {{56150, 11}, TagType::string, 0, 0, 0, 0},
-    {{56161, 9}, TagType::string, 0, 0, 0, 0},
-    {{56170, 14}, TagType::string, 0, 0, 0, 0},
-    {{56184, 17}, TagType::string, 0, 0, 0, 0},
-    {{56201, 19}, TagType::string, 0, 0, 0, 0},
-    {{56220, 9}, TagType::string, 0, 0, 0, 0},
-    {{56229, 18}, TagType::string, 0, 0, 0, 0},
-    {{56247, 12}, TagType::string, 0, 0, 0, 0},
-    {{56259, 14}, TagType::string, 0, 0, 0, 0},
-    {{56273, 21}, TagType::string, 0, 0, 0, 0},
-    {{56294, 34}, TagType::string, 0, 0, 0, 0},
-    {{56328, 29}, TagType::string, 0, 0, 0, 0},
-    {{56357, 21}, TagType::string, 0, 0, 0, 0},
-    {{56378, 20}, TagType::string, 0, 0, 0, 0},
-    {{56398, 17}, TagType::string, 0, 0, 0, 0},
-    {{56415, 17}, TagType::string, 0, 0, 0, 0},
-    {{56432, 11}, TagType::string, 0, 0, 0, 0},
-    {{56443, 21}, TagType::string, 0, 0, 0, 0},
-    {{56464, 13}, TagType::string, 0, 0, 0, 0},
-    {{56477, 34}, TagType::string, 0, 0, 0, 0},
-    {{56511, 16}, TagType::string, 0, 0, 0, 0},
-    {{56527, 11}, TagType::string, 0, 0, 0, 0},
-    {{56538, 23}, TagType::string, 0, 0, 0, 0},
-    {{56561, 23}, TagType::string, 0, 0, 0, 0},
-    {{56584, 33}, TagType::string, 0, 0, 0, 0},
-    {{56617, 19}, TagType::string, 0, 0, 0, 0},
-    {{56636, 31}, TagType::string, 0, 0, 0, 0},
-    {{56667, 29}, TagType::string, 0, 0, 0, 0},
-    {{56696, 22}, TagType::string, 0, 0, 0, 0},
-    {{56718, 32}, TagType::string, 0, 0, 0, 0},
-    {{56750, 24}, TagType::string, 0, 0, 0, 0},
-    {{56774, 28}, TagType::string, 0, 0, 0, 0},
-    {{56802, 23}, TagType::string, 0, 0, 0, 0},
-    {{56825, 17}, TagType::string, 0, 0, 0, 0},
-    {{56842, 17}, TagType::string, 0, 0, 0, 0},
-    {{56859, 23}, TagType::string, 0, 0, 0, 0},
-    {{56882, 24}, TagType::string, 0, 0, 0, 0},
-    {{56906, 18}, TagType::string, 0, 0, 0, 0},
-    {{56924, 30}, TagType::string, 0, 0, 0, 0},
-    {{56954, 17}, TagType::string, 0, 0, 0, 0},
-    {{56971, 29}, TagType::string, 0, 0, 0, 0},
-    {{57000, 17}, TagType::string, 0, 0, 0, 0},
-    {{57017, 16}, TagType::string, 0, 0, 0, 0},
-    {{57033, 28}, TagType::string, 0, 0, 0, 0},
-    {{57061, 25}, TagType::string, 0, 0, 0, 0},
-    {{57086, 20}, TagType::string, 0, 0, 0, 0},
-    {{57106, 18}, TagType::string, 0, 0, 0, 0},
-    {{57124, 17}, TagType::string, 0, 0, 0, 0},
-    {{57141, 25}, TagType::string, 0, 0, 0, 0},
-    {{57166, 22}, TagType::string, 0, 0, 0, 0},
-    {{57188, 18}, TagType::string, 0, 0, 0, 0},
-    {{57206, 19}, TagType::string, 0, 0, 0, 0},
-    {{57225, 25}, TagType::string, 0, 0, 0, 0},
-    {{57250, 22}, TagType::string, 0, 0, 0, 0},
-    {{57272, 24}, TagType::string, 0, 0, 0, 0},
-    {{57296, 23}, TagType::string, 0, 0, 0, 0},
-    {{57319, 23}, TagType::string, 0, 0, 0, 0},
-    {{57342, 19}, TagType::string, 0, 0, 0, 0},
-    {{57361, 20}, TagType::string, 0, 0, 0, 0},
-    {{57381, 26}, TagType::string, 0, 0, 0, 0},
-    {{57407, 23}, TagType::string, 0, 0, 0, 0},
-    {{57430, 14}, TagType::string, 0, 0, 0, 0},
-    {{57444, 25}, TagType::string, 0, 0, 0, 0},
-    {{57469, 19}, TagType::string, 0, 0, 0, 0},
-    {{57488, 15}, TagType::string, 0, 0, 0, 0},
-    {{57503, 16}, TagType::string, 0, 0, 0, 0},
-    {{57519, 22}, TagType::string, 0, 0, 0, 0},
-    {{57541, 20}, TagType::string, 0, 0, 0, 0},
-    {{57561, 25}, TagType::string, 0, 0, 0, 0},
-    {{57586, 33}, TagType::string, 0, 0, 0, 0},
-    {{57619, 33}, TagType::string, 0, 0, 0, 0},
-    {{57652, 32}, TagType::string, 0, 0, 0, 0},
-    {{57684, 24}, TagType::string, 0, 0, 0, 0},
-    {{57708, 19}, TagType::string, 0, 0, 0, 0},
-    {{57727, 24}, TagType::string, 0, 0, 0, 0},
-    {{57751, 14}, TagType::string, 0, 0, 0, 0},
-    {{57765, 12}, TagType::string, 0, 0, 0, 0},
-    {{57777, 10}, TagType::string, 0, 0, 0, 0},
-    {{57787, 18}, TagType::string, 0, 0, 0, 0},
-    {{57805, 20}, TagType::string, 0, 0, 0, 0},
-    {{57825, 18}, TagType::string, 0, 0, 0, 0},
-    {{57843, 31}, TagType::string, 0, 0, 0, 0},
-    {{57874, 34}, TagType::string, 0, 0, 0, 0},
-    {{57908, 17}, TagType::string, 0, 0, 0, 0},
-    {{57925, 21}, TagType::string, 0, 0, 0, 0},
-    {{57946, 19}, TagType::string, 0, 0, 0, 0},
-    {{57965, 21}, TagType::string, 0, 0, 0, 0},
-    {{57986, 14}, TagType::string, 0, 0, 0, 0},
-    {{58000, 27}, TagType::string, 0, 0, 0, 0},
-    {{58027, 27}, TagType::string, 0, 0, 0, 0},
-    {{58054, 24}, TagType::string, 0, 0, 0, 0},
-    {{58078, 20}, TagType::string, 0, 0, 0, 0},
-    {{58098, 22}, TagType::string, 0, 0, 0, 0},
-    {{58120, 20}, TagType::string, 0, 0, 0, 0},
-    {{58140, 28}, TagType::string, 0, 0, 0, 0},
-    {{58168, 14}, TagType::string, 0, 0, 0, 0},
-    {{58182, 12}, TagType::string, 0, 0, 0, 0},
-    {{58194, 12}, TagType::string, 0, 0, 0, 0},
-    {{58206, 22}, TagType::string, 0, 0, 0, 0},
-    {{58228, 29}, TagType::string, 0, 0, 0, 0},
-    {{58257, 27}, TagType::string, 0, 0, 0, 0},
-    {{58284, 23}, TagType::string, 0, 0, 0, 0},
-    {{58307, 25}, TagType::string, 0, 0, 0, 0},
-    {{58332, 25}, TagType::string, 0, 0, 0, 0},
-    {{58357, 33}, TagType::string, 0, 0, 0, 0},
-    {{58390, 33}, TagType::string, 0, 0, 0, 0},
-    {{58423, 15}, TagType::string, 0, 0, 0, 0},
-    {{58438, 13}, TagType::string, 0, 0, 0, 0},
-    {{58451, 13}, TagType::string, 0, 0, 0, 0},
-    {{58464, 16}, TagType::string, 0, 0, 0, 0},
-    {{58480, 18}, TagType::string, 0, 0, 0, 0},
-    {{58498, 14}, TagType::string, 0, 0, 0, 0},
-    {{58512, 23}, TagType::string, 0, 0, 0, 0},
-    {{58535, 22}, TagType::string, 0, 0, 0, 0},
-    {{58557, 18}, TagType::string, 0, 0, 0, 0},
-    {{58575, 20}, TagType::string, 0, 0, 0, 0},
-    {{58595, 20}, TagType::string, 0, 0, 0, 0},
-    {{58615, 22}, TagType::string, 0, 0, 0, 0},
-    {{58637, 28}, TagType::string, 0, 0, 0, 0},
-    {{58665, 32}, TagType::string, 0, 0, 0, 0},
-    {{58697, 28}, TagType::string, 0, 0, 0, 0},
-    {{58725, 24}, TagType::string, 0, 0, 0, 0},
-    {{58749, 18}, TagType::string, 0, 0, 0, 0},
-    {{58767, 18}, TagType::string, 0, 0, 0, 0},
-    {{58785, 21}, TagType::string, 0, 0, 0, 0},
-    {{58806, 19}, TagType::string, 0, 0, 0, 0},
-    {{58825, 15}, TagType::string, 0, 0, 0, 0},
-    {{58840, 17}, TagType::string, 0, 0, 0, 0},
-    {{58857, 29}, TagType::string, 0, 0, 0, 0},
-    {{58886, 32}, TagType::string, 0, 0, 0, 0},
-    {{58918, 25}, TagType::string, 0, 0, 0, 0},
-    {{58943, 26}, TagType::string, 0, 0, 0, 0},
-    {{58969, 28}, TagType::string, 0, 0, 0, 0},
-    {{58997, 22}, TagType::string, 0, 0, 0, 0},
-    {{59019, 20}, TagType::string, 0, 0, 0, 0},
-    {{59039, 21}, TagType::string, 0, 0, 0, 0},
-    {{59060, 27}, TagType::string, 0, 0, 0, 0},
-    {{59087, 27}, TagType::string, 0, 0, 0, 0},
-    {{59114, 32}, TagType::string, 0, 0, 0, 0},
-    {{59146, 34}, TagType::string, 0, 0, 0, 0},
-    {{59180, 23}, TagType::string, 0, 0, 0, 0},
-    {{59203, 31}, TagType::string, 0, 0, 0, 0},
-    {{59234, 32}, TagType::string, 0, 0, 0, 0},
-    {{59266, 30}, TagType::string, 0, 0, 0, 0},
-    {{59296, 27}, TagType::string, 0, 0, 0, 0},
-    {{59323, 22}, TagType::string, 0, 0, 0, 0},
-    {{59345, 19}, TagType::string, 0, 0, 0, 0},
-    {{59364, 21}, TagType::string, 0, 0, 0, 0},
-    {{59385, 20}, TagType::string, 0, 0, 0, 0},
-    {{59405, 8}, TagType::string, 0, 0, 0, 0},
-    {{59413, 26}, TagType::string, 0, 0, 0, 0},
-    {{59439, 13}, TagType::string, 0, 0, 0, 0},
-    {{59452, 13}, TagType::string, 0, 0, 0, 0},
-    {{59465, 7}, TagType::string, 0, 0, 0, 0},
-    {{59472, 21}, TagType::string, 0, 0, 0, 0},
-    {{59493, 20}, TagType::string, 0, 0, 0, 0},
-    {{59513, 18}, TagType::string, 0, 0, 0, 0},
-    {{59531, 14}, TagType::string, 0, 0, 0, 0},
-    {{59545, 16}, TagType::string, 0, 0, 0, 0},
-    {{59561, 23}, TagType::string, 0, 0, 0, 0},
-    {{59584, 31}, TagType::string, 0, 0, 0, 0},
-    {{59615, 30}, TagType::string, 0, 0, 0, 0},
-    {{59645, 28}, TagType::string, 0, 0, 0, 0},
-    {{59673, 24}, TagType::string, 0, 0, 0, 0},
-    {{59697, 26}, TagType::string, 0, 0, 0, 0},
-    {{59723, 33}, TagType::string, 0, 0, 0, 0},
-    {{59756, 34}, TagType::string, 0, 0, 0, 0},
-    {{59790, 23}, TagType::string, 0, 0, 0, 0},
-    {{59813, 22}, TagType::string, 0, 0, 0, 0},
-    {{59835, 20}, TagType::string, 0, 0, 0, 0},
-    {{59855, 16}, TagType::string, 0, 0, 0, 0},
-    {{59871, 18}, TagType::string, 0, 0, 0, 0},
-    {{59889, 25}, TagType::string, 0, 0, 0, 0},
-    {{59914, 23}, TagType::string, 0, 0, 0, 0},
-    {{59937, 18}, TagType::string, 0, 0, 0, 0},
-    {{59955, 16}, TagType::string, 0, 0, 0, 0},
-    {{59971, 27}, TagType::string, 0, 0, 0, 0},
-    {{59998, 27}, TagType::string, 0, 0, 0, 0},
-    {{60025, 23}, TagType::string, 0, 0, 0, 0},
-    {{60048, 12}, TagType::string, 0, 0, 0, 0},
-    {{60060, 28}, TagType::string, 0, 0, 0, 0},
-    {{60088, 19}, TagType::string, 0, 0, 0, 0},
-    {{60107, 31}, TagType::string, 0, 0, 0, 0},
-    {{60138, 31}, TagType::string, 0, 0, 0, 0},
-    {{60169, 33}, TagType::string, 0, 0, 0, 0},
-    {{60202, 29}, TagType::string, 0, 0, 0, 0},
-    {{60231, 34}, TagType::string, 0, 0, 0, 0},
-    {{60265, 30}, TagType::string, 0, 0, 0, 0},
-    {{60295, 30}, TagType::string, 0, 0, 0, 0},
-    {{60325, 29}, TagType::string, 0, 0, 0, 0},
-    {{60354, 33}, TagType::string, 0, 0, 0, 0},
-    {{60387, 14}, TagType::string, 0, 0, 0, 0},
-    {{60401, 25}, TagType::string, 0, 0, 0, 0},
-    {{60426, 19}, TagType::string, 0, 0, 0, 0},
-    {{60445, 23}, TagType::string, 0, 0, 0, 0},
-    {{60468, 16}, TagType::string, 0, 0, 0, 0},
-    {{60484, 17}, TagType::string, 0, 0, 0, 0},
-    {{60501, 25}, TagType::string, 0, 0, 0, 0},
-    {{60526, 15}, TagType::string, 0, 0, 0, 0},
-    {{60541, 29}, TagType::string, 0, 0, 0, 0},
-    {{60570, 16}, TagType::string, 0, 0, 0, 0},
-    {{60586, 23}, TagType::string, 0, 0, 0, 0},
-    {{60609, 16}, TagType::string, 0, 0, 0, 0},
-    {{60625, 24}, TagType::string, 0, 0, 0, 0},
-    {{60649, 28}, TagType::string, 0, 0, 0, 0},
-    {{60677, 17}, TagType::string, 0, 0, 0, 0},
-    {{60694, 29}, TagType::string, 0, 0, 0, 0},
-    {{60723, 23}, TagType::string, 0, 0, 0, 0},
-    {{60746, 24}, TagType::string, 0, 0, 0, 0},
-    {{60770, 18}, TagType::string, 0, 0, 0, 0},
-    {{60788, 27}, TagType::string, 0, 0, 0, 0},
-    {{60815, 20}, TagType::string, 0, 0, 0, 0},
-    {{60835, 22}, TagType::string, 0, 0, 0, 0},
-    {{60857, 24}, TagType::string, 0, 0, 0, 0},
-    {{60881, 22}, TagType::string, 0, 0, 0, 0},
-    {{60903, 20}, TagType::string, 0, 0, 0, 0},
-    {{60923, 30}, TagType::string, 0, 0, 0, 0},
-    {{60953, 29}, TagType::string, 0, 0, 0, 0},
-    {{60982, 27}, TagType::string, 0, 0, 0, 0},
-    {{61009, 27}, TagType::string, 0, 0, 0, 0},
-    {{61036, 30}, TagType::string, 0, 0, 0, 0},
-    {{61066, 22}, TagType::string, 0, 0, 0, 0},
-    {{61088, 31}, TagType::string, 0, 0, 0, 0},
-    {{61119, 29}, TagType::string, 0, 0, 0, 0},
-    {{61148, 30}, TagType::string, 0, 0, 0, 0},
-    {{61178, 32}, TagType::string, 0, 0, 0, 0},
-    {{61210, 31}, TagType::string, 0, 0, 0, 0},
-    {{61241, 29}, TagType::string, 0, 0, 0, 0},
-    {{61270, 32}, TagType::string, 0, 0, 0, 0},
-    {{61302, 30}, TagType::string, 0, 0, 0, 0},
-    {{61332, 28}, TagType::string, 0, 0, 0, 0},
-    {{61360, 22}, TagType::string, 0, 0, 0, 0},
-    {{61382, 30}, TagType::string, 0, 0, 0, 0},
-    {{61412, 23}, TagType::string, 0, 0, 0, 0},
-    {{61435, 21}, TagType::string, 0, 0, 0, 0},
-    {{61456, 27}, TagType::string, 0, 0, 0, 0},
-    {{61483, 21}, TagType::string, 0, 0, 0, 0},
-    {{61504, 27}, TagType::string, 0, 0, 0, 0},
-    {{61531, 30}, TagType::string, 0, 0, 0, 0},
-    {{61561, 32}, TagType::string, 0, 0, 0, 0},
-    {{61593, 31}, TagType::string, 0, 0, 0, 0},
-    {{61624, 28}, TagType::string, 0, 0, 0, 0},
-    {{61652, 32}, TagType::string, 0, 0, 0, 0},
-    {{61684, 30}, TagType::string, 0, 0, 0, 0},
-    {{61714, 14}, TagType::string, 0, 0, 0, 0},
-    {{61728, 10}, TagType::string, 0, 0, 0, 0},
-    {{61738, 10}, TagType::string, 0, 0, 0, 0},
-    {{61748, 12}, TagType::string, 0, 0, 0, 0},
-    {{61760, 15}, TagType::string, 0, 0, 0, 0},
-    {{61775, 9}, TagType::string, 0, 0, 0, 0},
-    {{61784, 12}, TagType::string, 0, 0, 0, 0},
-    {{61796, 9}, TagType::string, 0, 0, 0, 0},
-    {{61805, 15}, TagType::string, 0, 0, 0, 0},
-    {{61820, 32}, TagType::string, 0, 0, 0, 0},
-    {{61852, 26}, TagType::string, 0, 0, 0, 0},
-    {{61878, 26}, TagType::string, 0, 0, 0, 0},
-    {{61904, 22}, TagType::string, 0, 0, 0, 0},
-    {{61926, 24}, TagType::string, 0, 0, 0, 0},
-    {{61950, 31}, TagType::string, 0, 0, 0, 0},
-    {{61981, 31}, TagType::string, 0, 0, 0, 0},
-    {{62012, 25}, TagType::string, 0, 0, 0, 0},
-    {{62037, 18}, TagType::string, 0, 0, 0, 0},
-    {{62055, 20}, TagType::string, 0, 0, 0, 0},
-    {{62075, 30}, TagType::string, 0, 0, 0, 0},
-    {{62105, 26}, TagType::string, 0, 0, 0, 0},
-    {{62131, 26}, TagType::string, 0, 0, 0, 0},
-    {{62157, 32}, TagType::string, 0, 0, 0, 0},
-    {{62189, 34}, TagType::string, 0, 0, 0, 0},
-    {{62223, 30}, TagType::string, 0, 0, 0, 0},
-    {{62253, 31}, TagType::string, 0, 0, 0, 0},
-    {{62284, 16}, TagType::string, 0, 0, 0, 0},
-    {{62300, 19}, TagType::string, 0, 0, 0, 0},
-    {{62319, 16}, TagType::string, 0, 0, 0, 0},
-    {{62335, 22}, TagType::string, 0, 0, 0, 0},
-    {{62357, 20}, TagType::string, 0, 0, 0, 0},
-    {{62377, 22}, TagType::string, 0, 0, 0, 0},
-    {{62399, 11}, TagType::string, 0, 0, 0, 0},
-    {{62410, 15}, TagType::string, 0, 0, 0, 0},
-    {{62425, 21}, TagType::string, 0, 0, 0, 0},
-    {{62446, 15}, TagType::string, 0, 0, 0, 0},
-    {{62461, 14}, TagType::string, 0, 0, 0, 0},
-    {{62475, 10}, TagType::string, 0, 0, 0, 0},
-    {{62485, 16}, TagType::string, 0, 0, 0, 0},
-    {{62501, 9}, TagType::string, 0, 0, 0, 0},
-    {{62510, 10}, TagType::string, 0, 0, 0, 0},
-    {{62520, 23}, TagType::string, 0, 0, 0, 0},
-    {{62543, 22}, TagType::string, 0, 0, 0, 0},
-    {{62565, 22}, TagType::string, 0, 0, 0, 0},
-    {{62587, 10}, TagType::string, 0, 0, 0, 0},
-    {{62597, 19}, TagType::string, 0, 0, 0, 0},
-    {{62616, 20}, TagType::string, 0, 0, 0, 0},
-    {{62636, 19}, TagType::string, 0, 0, 0, 0},
-    {{62655, 20}, TagType::string, 0, 0, 0, 0},
-    {{62675, 9}, TagType::string, 0, 0, 0, 0},
-    {{62684, 17}, TagType::string, 0, 0, 0, 0},
-    {{62701, 15}, TagType::string, 0, 0, 0, 0},
-    {{62716, 10}, TagType::string, 0, 0, 0, 0},
-    {{62726, 9}, TagType::string, 0, 0, 0, 0},
-    {{62735, 15}, TagType::string, 0, 0, 0, 0},
-    {{62750, 13}, TagType::string, 0, 0, 0, 0},
-    {{62763, 10}, TagType::string, 0, 0, 0, 0},
-    {{62773, 22}, TagType::string, 0, 0, 0, 0},
-    {{62795, 9}, TagType::string, 0, 0, 0, 0},
-    {{62804, 30}, TagType::string, 0, 0, 0, 0},
-    {{62834, 32}, TagType::string, 0, 0, 0, 0},
-    {{62866, 16}, TagType::string, 0, 0, 0, 0},
-    {{62882, 19}, TagType::string, 0, 0, 0, 0},
-    {{62901, 19}, TagType::string, 0, 0, 0, 0},
-    {{62920, 21}, TagType::string, 0, 0, 0, 0},
-    {{62941, 28}, TagType::string, 0, 0, 0, 0},
-    {{62969, 20}, TagType::string, 0, 0, 0, 0},
-    {{62989, 12}, TagType::string, 0, 0, 0, 0},
-    {{63001, 30}, TagType::string, 0, 0, 0, 0},
-    {{63031, 16}, TagType::string, 0, 0, 0, 0},
-    {{63047, 18}, TagType::string, 0, 0, 0, 0},
-    {{63065, 11}, TagType::string, 0, 0, 0, 0},
-    {{63076, 14}, TagType::string, 0, 0, 0, 0},
-    {{63090, 13}, TagType::string, 0, 0, 0, 0},
-    {{63103, 23}, TagType::string, 0, 0, 0, 0},
-    {{63126, 18}, TagType::string, 0, 0, 0, 0},
-    {{63144, 11}, TagType::string, 0, 0, 0, 0},
-    {{63155, 14}, TagType::string, 0, 0, 0, 0},
-    {{63169, 13}, TagType::string, 0, 0, 0, 0},
-    {{63182, 16}, TagType::string, 0, 0, 0, 0},
-    {{63198, 18}, TagType::string, 0, 0, 0, 0},
-    {{63216, 22}, TagType::string, 0, 0, 0, 0},
-    {{63238, 28}, TagType::string, 0, 0, 0, 0},
-    {{63266, 23}, TagType::string, 0, 0, 0, 0},
-    {{63289, 29}, TagType::string, 0, 0, 0, 0},
-    {{63318, 30}, TagType::string, 0, 0, 0, 0},
-    {{63348, 21}, TagType::string, 0, 0, 0, 0},
-    {{63369, 18}, TagType::string, 0, 0, 0, 0},
-    {{63387, 20}, TagType::string, 0, 0, 0, 0},
-    {{63407, 18}, TagType::string, 0, 0, 0, 0},
-    {{63425, 13}, TagType::string, 0, 0, 0, 0},
-    {{63438, 15}, TagType::string, 0, 0, 0, 0},
-    {{63453, 16}, TagType::string, 0, 0, 0, 0},
-    {{63469, 21}, TagType::string, 0, 0, 0, 0},
-    {{63490, 24}, TagType::string, 0, 0, 0, 0},
-    {{63514, 22}, TagType::string, 0, 0, 0, 0},
-    {{63536, 22}, TagType::string, 0, 0, 0, 0},
-    {{63558, 21}, TagType::string, 0, 0, 0, 0},
-    {{63579, 20}, TagType::string, 0, 0, 0, 0},
-    {{63599, 22}, TagType::string, 0, 0, 0, 0},
-    {{63621, 21}, TagType::string, 0, 0, 0, 0},
-    {{63642, 12}, TagType::string, 0, 0, 0, 0},
-    {{63654, 11}, TagType::string, 0, 0, 0, 0},
-    {{63665, 13}, TagType::string, 0, 0, 0, 0},
-    {{63678, 12}, TagType::string, 0, 0, 0, 0},
-    {{63690, 7}, TagType::string, 0, 0, 0, 0},
-    {{63697, 7}, TagType::string, 0, 0, 0, 0},
-    {{63704, 20}, TagType::string, 0, 0, 0, 0},
-    {{63724, 12}, TagType::string, 0, 0, 0, 0},
-    {{63736, 11}, TagType::string, 0, 0, 0, 0},
-    {{63747, 15}, TagType::string, 0, 0, 0, 0},
-    {{63762, 20}, TagType::string, 0, 0, 0, 0},
-    {{63782, 9}, TagType::string, 8, 0, 0, 0},
-    {{63791, 21}, TagType::string, 0, 0, 0, 0},
-    {{63812, 24}, TagType::string, 0, 0, 0, 0},
-    {{63836, 24}, TagType::string, 0, 0, 0, 0},
-    {{63860, 24}, TagType::string, 0, 0, 0, 0},
-    {{63884, 25}, TagType::string, 0, 0, 0, 0},
-    {{63909, 22}, TagType::string, 8, 0, 0, 0},
-    {{63931, 11}, TagType::string, 0, 0, 0, 0},
-    {{63942, 10}, TagType::string, 0, 0, 0, 0},
-    {{63952, 13}, TagType::string, 0, 0, 0, 0},
+    {{0, 23}, TagType::string, 0, 0, 0, 0},  // FileMetaInfoGroupLength
+    {{23, 19}, TagType::string, 0, 0, 0, 0},  // FileMetaInfoVersion
+    {{42, 23}, TagType::string, 0, 0, 0, 0},  // MediaStorageSOPClassUID
+    {{65, 26}, TagType::string, 0, 0, 0, 0},  // MediaStorageSOPInstanceUID
+    {{91, 17}, TagType::string, 0, 0, 0, 0},  // TransferSyntaxUID
+    {{108, 22}, TagType::string, 0, 0, 0, 0},  // ImplementationClassUID
+    {{130, 25}, TagType::string, 0, 0, 0, 0},  // ImplementationVersionName
+    {{155, 28}, TagType::string, 0, 0, 0, 0},  // SourceApplicationEntityTitle
+    {{183, 28}, TagType::string, 0, 0, 0, 0},  // PrivateInformationCreatorUID
+    {{211, 18}, TagType::string, 0, 0, 0, 0},  // PrivateInformation
+    {{229, 9}, TagType::string, 0, 0, 0, 0},  // FileSetID
+    {{238, 23}, TagType::string, 0, 0, 0, 0},  // FileSetDescriptorFileID
+    {{261, 26}, TagType::string, 0, 0, 0, 0},  // SpecificCharacterSetOfFile
+    {{287, 26}, TagType::string, 0, 0, 0, 0},  // FirstDirectoryRecordOffset
+    {{313, 25}, TagType::string, 0, 0, 0, 0},  // LastDirectoryRecordOffset
+    {{338, 22}, TagType::string, 0, 0, 0, 0},  // FileSetConsistencyFlag
+    {{360, 23}, TagType::string, 0, 0, 0, 0},  // DirectoryRecordSequence
+    {{383, 27}, TagType::string, 0, 0, 0, 0},  // OffsetOfNextDirectoryRecord
+    {{410, 15}, TagType::string, 0, 0, 0, 0},  // RecordInUseFlag
+    {{425, 31}, TagType::string, 0, 0, 0, 0},  // LowerLevelDirectoryEntityOffset
+    {{456, 19}, TagType::string, 0, 0, 0, 0},  // DirectoryRecordType
+    {{475, 16}, TagType::string, 0, 0, 0, 0},  // PrivateRecordUID
+    {{491, 16}, TagType::string, 0, 0, 0, 0},  // ReferencedFileID
+    {{507, 25}, TagType::string, 0, 0, 0, 0},  // MRDRDirectoryRecordOffset
+    {{532, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPClassUIDInFile
+    {{559, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPInstanceUIDInFile
+    {{589, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedTransferSyntaxUIDInFile
+    {{622, 34}, TagType::string, 0, 0, 0, 0},  // ReferencedRelatedSOPClassUIDInFile
+    {{656, 18}, TagType::string, 0, 0, 0, 0},  // NumberOfReferences
+    {{674, 22}, TagType::string, 0, 0, 0, 0},  // IdentifyingGroupLength
+    {{696, 11}, TagType::string, 0, 0, 0, 0},  // LengthToEnd
+    {{707, 20}, TagType::string, 0, 0, 0, 0},  // SpecificCharacterSet
+    {{727, 20}, TagType::string, 0, 0, 0, 0},  // LanguageCodeSequence
+    {{747, 9}, TagType::string, 0, 0, 0, 0},  // ImageType
+    {{756, 15}, TagType::string, 0, 0, 0, 0},  // RecognitionCode
+    {{771, 20}, TagType::string, 0, 0, 0, 0},  // InstanceCreationDate
+    {{791, 20}, TagType::string, 0, 0, 0, 0},  // InstanceCreationTime
+    {{811, 18}, TagType::string, 0, 0, 0, 0},  // InstanceCreatorUID
+    {{829, 11}, TagType::string, 0, 0, 0, 0},  // SOPClassUID
+    {{840, 14}, TagType::string, 0, 0, 0, 0},  // SOPInstanceUID
+    {{854, 25}, TagType::string, 0, 0, 0, 0},  // RelatedGeneralSOPClassUID
+    {{879, 30}, TagType::string, 0, 0, 0, 0},  // OriginalSpecializedSOPClassUID
+    {{909, 9}, TagType::string, 0, 0, 0, 0},  // StudyDate
+    {{918, 10}, TagType::string, 0, 0, 0, 0},  // SeriesDate
+    {{928, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionDate
+    {{943, 11}, TagType::string, 0, 0, 0, 0},  // ContentDate
+    {{954, 11}, TagType::string, 0, 0, 0, 0},  // OverlayDate
+    {{965, 9}, TagType::string, 0, 0, 0, 0},  // CurveDate
+    {{974, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionDateTime
+    {{993, 9}, TagType::string, 0, 0, 0, 0},  // StudyTime
+    {{1002, 10}, TagType::string, 0, 0, 0, 0},  // SeriesTime
+    {{1012, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
+    {{1027, 11}, TagType::string, 0, 0, 0, 0},  // ContentTime
+    {{1038, 11}, TagType::string, 0, 0, 0, 0},  // OverlayTime
+    {{1049, 9}, TagType::string, 0, 0, 0, 0},  // CurveTime
+    {{1058, 11}, TagType::string, 0, 0, 0, 0},  // DataSetType
+    {{1069, 14}, TagType::string, 0, 0, 0, 0},  // DataSetSubtype
+    {{1083, 25}, TagType::string, 0, 0, 0, 0},  // NuclearMedicineSeriesType
+    {{1108, 15}, TagType::string, 0, 0, 0, 0},  // AccessionNumber
+    {{1123, 18}, TagType::string, 0, 0, 0, 0},  // QueryRetrieveLevel
+    {{1141, 15}, TagType::string, 0, 0, 0, 0},  // RetrieveAETitle
+    {{1156, 20}, TagType::string, 0, 0, 0, 0},  // InstanceAvailability
+    {{1176, 24}, TagType::string, 0, 0, 0, 0},  // FailedSOPInstanceUIDList
+    {{1200, 8}, TagType::string, 0, 0, 0, 0},  // Modality
+    {{1208, 17}, TagType::string, 0, 0, 0, 0},  // ModalitiesInStudy
+    {{1225, 17}, TagType::string, 0, 0, 0, 0},  // SOPClassesInStudy
+    {{1242, 14}, TagType::string, 0, 0, 0, 0},  // ConversionType
+    {{1256, 22}, TagType::string, 0, 0, 0, 0},  // PresentationIntentType
+    {{1278, 12}, TagType::string, 0, 0, 0, 0},  // Manufacturer
+    {{1290, 15}, TagType::string, 0, 0, 0, 0},  // InstitutionName
+    {{1305, 18}, TagType::string, 0, 0, 0, 0},  // InstitutionAddress
+    {{1323, 23}, TagType::string, 0, 0, 0, 0},  // InstitutionCodeSequence
+    {{1346, 22}, TagType::string, 0, 0, 0, 0},  // ReferringPhysicianName
+    {{1368, 25}, TagType::string, 0, 0, 0, 0},  // ReferringPhysicianAddress
+    {{1393, 33}, TagType::string, 0, 0, 0, 0},  // ReferringPhysicianTelephoneNumber
+    {{1426, 28}, TagType::string, 0, 0, 0, 0},  // ReferringPhysicianIDSequence
+    {{1454, 9}, TagType::string, 0, 0, 0, 0},  // CodeValue
+    {{1463, 22}, TagType::string, 0, 0, 0, 0},  // CodingSchemeDesignator
+    {{1485, 19}, TagType::string, 0, 0, 0, 0},  // CodingSchemeVersion
+    {{1504, 11}, TagType::string, 0, 0, 0, 0},  // CodeMeaning
+    {{1515, 15}, TagType::string, 0, 0, 0, 0},  // MappingResource
+    {{1530, 19}, TagType::string, 0, 0, 0, 0},  // ContextGroupVersion
+    {{1549, 24}, TagType::string, 0, 0, 0, 0},  // ContextGroupLocalVersion
+    {{1573, 25}, TagType::string, 0, 0, 0, 0},  // ContextGroupExtensionFlag
+    {{1598, 15}, TagType::string, 0, 0, 0, 0},  // CodingSchemeUID
+    {{1613, 31}, TagType::string, 0, 0, 0, 0},  // ContextGroupExtensionCreatorUID
+    {{1644, 17}, TagType::string, 0, 0, 0, 0},  // ContextIdentifier
+    {{1661, 22}, TagType::string, 0, 0, 0, 0},  // CodingSchemeIDSequence
+    {{1683, 20}, TagType::string, 0, 0, 0, 0},  // CodingSchemeRegistry
+    {{1703, 22}, TagType::string, 0, 0, 0, 0},  // CodingSchemeExternalID
+    {{1725, 16}, TagType::string, 0, 0, 0, 0},  // CodingSchemeName
+    {{1741, 23}, TagType::string, 0, 0, 0, 0},  // ResponsibleOrganization
+    {{1764, 10}, TagType::string, 0, 0, 0, 0},  // ContextUID
+    {{1774, 21}, TagType::string, 0, 0, 0, 0},  // TimezoneOffsetFromUTC
+    {{1795, 9}, TagType::string, 0, 0, 0, 0},  // NetworkID
+    {{1804, 11}, TagType::string, 0, 0, 0, 0},  // StationName
+    {{1815, 16}, TagType::string, 0, 0, 0, 0},  // StudyDescription
+    {{1831, 21}, TagType::string, 0, 0, 0, 0},  // ProcedureCodeSequence
+    {{1852, 17}, TagType::string, 0, 0, 0, 0},  // SeriesDescription
+    {{1869, 27}, TagType::string, 0, 0, 0, 0},  // InstitutionalDepartmentName
+    {{1896, 18}, TagType::string, 0, 0, 0, 0},  // PhysiciansOfRecord
+    {{1914, 28}, TagType::string, 0, 0, 0, 0},  // PhysiciansOfRecordIDSequence
+    {{1942, 23}, TagType::string, 0, 0, 0, 0},  // PerformingPhysicianName
+    {{1965, 29}, TagType::string, 0, 0, 0, 0},  // PerformingPhysicianIDSequence
+    {{1994, 27}, TagType::string, 0, 0, 0, 0},  // NameOfPhysicianReadingStudy
+    {{2021, 31}, TagType::string, 0, 0, 0, 0},  // PhysicianReadingStudyIDSequence
+    {{2052, 13}, TagType::string, 0, 0, 0, 0},  // OperatorsName
+    {{2065, 18}, TagType::string, 0, 0, 0, 0},  // OperatorIDSequence
+    {{2083, 29}, TagType::string, 0, 0, 0, 0},  // AdmittingDiagnosesDescription
+    {{2112, 30}, TagType::string, 0, 0, 0, 0},  // AdmittingDiagnosesCodeSequence
+    {{2142, 22}, TagType::string, 0, 0, 0, 0},  // ManufacturersModelName
+    {{2164, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedResultsSequence
+    {{2189, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedStudySequence
+    {{2212, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedProcedureStepSequence
+    {{2243, 24}, TagType::string, 0, 0, 0, 0},  // ReferencedSeriesSequence
+    {{2267, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedPatientSequence
+    {{2292, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedVisitSequence
+    {{2315, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedOverlaySequence
+    {{2340, 26}, TagType::string, 0, 0, 0, 0},  // ReferencedWaveformSequence
+    {{2366, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedImageSequence
+    {{2389, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedCurveSequence
+    {{2412, 26}, TagType::string, 0, 0, 0, 0},  // ReferencedInstanceSequence
+    {{2438, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPClassUID
+    {{2459, 24}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPInstanceUID
+    {{2483, 19}, TagType::string, 0, 0, 0, 0},  // SOPClassesSupported
+    {{2502, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedFrameNumber
+    {{2523, 15}, TagType::string, 0, 0, 0, 0},  // SimpleFrameList
+    {{2538, 19}, TagType::string, 0, 0, 0, 0},  // CalculatedFrameList
+    {{2557, 9}, TagType::string, 0, 0, 0, 0},  // TimeRange
+    {{2566, 23}, TagType::string, 0, 0, 0, 0},  // FrameExtractionSequence
+    {{2589, 14}, TagType::string, 0, 0, 0, 0},  // TransactionUID
+    {{2603, 13}, TagType::string, 0, 0, 0, 0},  // FailureReason
+    {{2616, 17}, TagType::string, 0, 0, 0, 0},  // FailedSOPSequence
+    {{2633, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPSequence
+    {{2654, 30}, TagType::string, 0, 0, 0, 0},  // OtherReferencedStudiesSequence
+    {{2684, 21}, TagType::string, 0, 0, 0, 0},  // RelatedSeriesSequence
+    {{2705, 21}, TagType::string, 0, 0, 0, 0},  // LossyImageCompression
+    {{2726, 21}, TagType::string, 0, 0, 0, 0},  // DerivationDescription
+    {{2747, 19}, TagType::string, 0, 0, 0, 0},  // SourceImageSequence
+    {{2766, 9}, TagType::string, 0, 0, 0, 0},  // StageName
+    {{2775, 11}, TagType::string, 0, 0, 0, 0},  // StageNumber
+    {{2786, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfStages
+    {{2800, 8}, TagType::string, 0, 0, 0, 0},  // ViewName
+    {{2808, 10}, TagType::string, 0, 0, 0, 0},  // ViewNumber
+    {{2818, 19}, TagType::string, 0, 0, 0, 0},  // NumberOfEventTimers
+    {{2837, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsInStage
+    {{2857, 17}, TagType::string, 0, 0, 0, 0},  // EventElapsedTimes
+    {{2874, 15}, TagType::string, 0, 0, 0, 0},  // EventTimerNames
+    {{2889, 18}, TagType::string, 0, 0, 0, 0},  // EventTimerSequence
+    {{2907, 15}, TagType::string, 0, 0, 0, 0},  // EventTimeOffset
+    {{2922, 17}, TagType::string, 0, 0, 0, 0},  // EventCodeSequence
+    {{2939, 9}, TagType::string, 0, 0, 0, 0},  // StartTrim
+    {{2948, 8}, TagType::string, 0, 0, 0, 0},  // StopTrim
+    {{2956, 27}, TagType::string, 0, 0, 0, 0},  // RecommendedDisplayFrameRate
+    {{2983, 18}, TagType::string, 0, 0, 0, 0},  // TransducerPosition
+    {{3001, 21}, TagType::string, 0, 0, 0, 0},  // TransducerOrientation
+    {{3022, 17}, TagType::string, 0, 0, 0, 0},  // AnatomicStructure
+    {{3039, 22}, TagType::string, 0, 0, 0, 0},  // AnatomicRegionSequence
+    {{3061, 30}, TagType::string, 0, 0, 0, 0},  // AnatomicRegionModifierSequence
+    {{3091, 32}, TagType::string, 0, 0, 0, 0},  // PrimaryAnatomicStructureSequence
+    {{3123, 33}, TagType::string, 0, 0, 0, 0},  // AnatomicStructureOrRegionSequence
+    {{3156, 33}, TagType::string, 0, 0, 0, 0},  // AnatomicStructureModifierSequence
+    {{3189, 26}, TagType::string, 0, 0, 0, 0},  // TransducerPositionSequence
+    {{3215, 34}, TagType::string, 0, 0, 0, 0},  // TransducerPositionModifierSequence
+    {{3249, 29}, TagType::string, 0, 0, 0, 0},  // TransducerOrientationSequence
+    {{3278, 32}, TagType::string, 0, 0, 0, 0},  // TransducerOrientationModifierSeq
+    {{3310, 34}, TagType::string, 0, 0, 0, 0},  // AnatomicEntrancePortalCodeSeqTrial
+    {{3344, 31}, TagType::string, 0, 0, 0, 0},  // AnatomicApproachDirCodeSeqTrial
+    {{3375, 29}, TagType::string, 0, 0, 0, 0},  // AnatomicPerspectiveDescrTrial
+    {{3404, 31}, TagType::string, 0, 0, 0, 0},  // AnatomicPerspectiveCodeSeqTrial
+    {{3435, 31}, TagType::string, 0, 0, 0, 0},  // AlternateRepresentationSequence
+    {{3466, 19}, TagType::string, 0, 0, 0, 0},  // IrradiationEventUID
+    {{3485, 19}, TagType::string, 0, 0, 0, 0},  // IdentifyingComments
+    {{3504, 9}, TagType::string, 0, 0, 0, 0},  // FrameType
+    {{3513, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedImageEvidenceSequence
+    {{3544, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedRawDataSequence
+    {{3569, 17}, TagType::string, 0, 0, 0, 0},  // CreatorVersionUID
+    {{3586, 23}, TagType::string, 0, 0, 0, 0},  // DerivationImageSequence
+    {{3609, 27}, TagType::string, 0, 0, 0, 0},  // SourceImageEvidenceSequence
+    {{3636, 17}, TagType::string, 0, 0, 0, 0},  // PixelPresentation
+    {{3653, 20}, TagType::string, 0, 0, 0, 0},  // VolumetricProperties
+    {{3673, 31}, TagType::string, 0, 0, 0, 0},  // VolumeBasedCalculationTechnique
+    {{3704, 21}, TagType::string, 0, 0, 0, 0},  // ComplexImageComponent
+    {{3725, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionContrast
+    {{3744, 22}, TagType::string, 0, 0, 0, 0},  // DerivationCodeSequence
+    {{3766, 34}, TagType::string, 0, 0, 0, 0},  // GrayscalePresentationStateSequence
+    {{3800, 28}, TagType::string, 0, 0, 0, 0},  // ReferencedOtherPlaneSequence
+    {{3828, 20}, TagType::string, 0, 0, 0, 0},  // FrameDisplaySequence
+    {{3848, 34}, TagType::string, 0, 0, 0, 0},  // RecommendedDisplayFrameRateInFloat
+    {{3882, 18}, TagType::string, 0, 0, 0, 0},  // SkipFrameRangeFlag
+    {{3900, 12}, TagType::string, 0, 0, 0, 0},  // FullFidelity
+    {{3912, 7}, TagType::string, 0, 0, 0, 0},  // SuiteID
+    {{3919, 9}, TagType::string, 0, 0, 0, 0},  // ProductID
+    {{3928, 15}, TagType::string, 0, 0, 0, 0},  // ImageActualDate
+    {{3943, 9}, TagType::string, 0, 0, 0, 0},  // ServiceID
+    {{3952, 20}, TagType::string, 0, 0, 0, 0},  // MobileLocationNumber
+    {{3972, 12}, TagType::string, 0, 0, 0, 0},  // EquipmentUID
+    {{3984, 17}, TagType::string, 0, 0, 0, 0},  // GenesisVersionNow
+    {{4001, 18}, TagType::string, 0, 0, 0, 0},  // ExamRecordChecksum
+    {{4019, 25}, TagType::string, 0, 0, 0, 0},  // ActualSeriesDataTimeStamp
+    {{4044, 18}, TagType::string, 0, 0, 0, 0},  // PatientGroupLength
+    {{4062, 11}, TagType::string, 0, 0, 0, 0},  // PatientName
+    {{4073, 9}, TagType::string, 0, 0, 0, 0},  // PatientID
+    {{4082, 17}, TagType::string, 0, 0, 0, 0},  // IssuerOfPatientID
+    {{4099, 15}, TagType::string, 0, 0, 0, 0},  // TypeOfPatientID
+    {{4114, 16}, TagType::string, 0, 0, 0, 0},  // PatientBirthDate
+    {{4130, 16}, TagType::string, 0, 0, 0, 0},  // PatientBirthTime
+    {{4146, 10}, TagType::string, 0, 0, 0, 0},  // PatientSex
+    {{4156, 32}, TagType::string, 0, 0, 0, 0},  // PatientInsurancePlanCodeSequence
+    {{4188, 29}, TagType::string, 0, 0, 0, 0},  // PatientPrimaryLanguageCodeSeq
+    {{4217, 32}, TagType::string, 0, 0, 0, 0},  // PatientPrimaryLanguageCodeModSeq
+    {{4249, 15}, TagType::string, 0, 0, 0, 0},  // OtherPatientIDs
+    {{4264, 17}, TagType::string, 0, 0, 0, 0},  // OtherPatientNames
+    {{4281, 23}, TagType::string, 0, 0, 0, 0},  // OtherPatientIDsSequence
+    {{4304, 16}, TagType::string, 0, 0, 0, 0},  // PatientBirthName
+    {{4320, 10}, TagType::string, 0, 0, 0, 0},  // PatientAge
+    {{4330, 11}, TagType::string, 0, 0, 0, 0},  // PatientSize
+    {{4341, 13}, TagType::string, 0, 0, 0, 0},  // PatientWeight
+    {{4354, 14}, TagType::string, 0, 0, 0, 0},  // PatientAddress
+    {{4368, 27}, TagType::string, 0, 0, 0, 0},  // InsurancePlanIdentification
+    {{4395, 22}, TagType::string, 0, 0, 0, 0},  // PatientMotherBirthName
+    {{4417, 12}, TagType::string, 0, 0, 0, 0},  // MilitaryRank
+    {{4429, 15}, TagType::string, 0, 0, 0, 0},  // BranchOfService
+    {{4444, 20}, TagType::string, 0, 0, 0, 0},  // MedicalRecordLocator
+    {{4464, 13}, TagType::string, 0, 0, 0, 0},  // MedicalAlerts
+    {{4477, 9}, TagType::string, 0, 0, 0, 0},  // Allergies
+    {{4486, 18}, TagType::string, 0, 0, 0, 0},  // CountryOfResidence
+    {{4504, 17}, TagType::string, 0, 0, 0, 0},  // RegionOfResidence
+    {{4521, 23}, TagType::string, 0, 0, 0, 0},  // PatientTelephoneNumbers
+    {{4544, 11}, TagType::string, 0, 0, 0, 0},  // EthnicGroup
+    {{4555, 10}, TagType::string, 0, 0, 0, 0},  // Occupation
+    {{4565, 13}, TagType::string, 0, 0, 0, 0},  // SmokingStatus
+    {{4578, 24}, TagType::string, 0, 0, 0, 0},  // AdditionalPatientHistory
+    {{4602, 15}, TagType::string, 0, 0, 0, 0},  // PregnancyStatus
+    {{4617, 17}, TagType::string, 0, 0, 0, 0},  // LastMenstrualDate
+    {{4634, 26}, TagType::string, 0, 0, 0, 0},  // PatientReligiousPreference
+    {{4660, 25}, TagType::string, 0, 0, 0, 0},  // PatientSpeciesDescription
+    {{4685, 26}, TagType::string, 0, 0, 0, 0},  // PatientSpeciesCodeSequence
+    {{4711, 18}, TagType::string, 0, 0, 0, 0},  // PatientSexNeutered
+    {{4729, 25}, TagType::string, 0, 0, 0, 0},  // AnatomicalOrientationType
+    {{4754, 23}, TagType::string, 0, 0, 0, 0},  // PatientBreedDescription
+    {{4777, 24}, TagType::string, 0, 0, 0, 0},  // PatientBreedCodeSequence
+    {{4801, 25}, TagType::string, 0, 0, 0, 0},  // BreedRegistrationSequence
+    {{4826, 23}, TagType::string, 0, 0, 0, 0},  // BreedRegistrationNumber
+    {{4849, 25}, TagType::string, 0, 0, 0, 0},  // BreedRegistryCodeSequence
+    {{4874, 17}, TagType::string, 0, 0, 0, 0},  // ResponsiblePerson
+    {{4891, 21}, TagType::string, 0, 0, 0, 0},  // ResponsiblePersonRole
+    {{4912, 15}, TagType::string, 0, 0, 0, 0},  // PatientComments
+    {{4927, 21}, TagType::string, 0, 0, 0, 0},  // ExaminedBodyThickness
+    {{4948, 13}, TagType::string, 0, 0, 0, 0},  // PatientStatus
+    {{4961, 24}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSponsorName
+    {{4985, 23}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialProtocolID
+    {{5008, 25}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialProtocolName
+    {{5033, 19}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSiteID
+    {{5052, 21}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSiteName
+    {{5073, 22}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSubjectID
+    {{5095, 29}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSubjectReadingID
+    {{5124, 24}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialTimePointID
+    {{5148, 33}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialTimePointDescription
+    {{5181, 31}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialCoordinatingCenter
+    {{5212, 22}, TagType::string, 0, 0, 0, 0},  // PatientIdentityRemoved
+    {{5234, 22}, TagType::string, 0, 0, 0, 0},  // DeidentificationMethod
+    {{5256, 34}, TagType::string, 0, 0, 0, 0},  // DeidentificationMethodCodeSequence
+    {{5290, 21}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSeriesID
+    {{5311, 30}, TagType::string, 0, 0, 0, 0},  // ClinicalTrialSeriesDescription
+    {{5341, 16}, TagType::string, 0, 0, 0, 0},  // DistributionType
+    {{5357, 26}, TagType::string, 0, 0, 0, 0},  // ConsentForDistributionFlag
+    {{5383, 22}, TagType::string, 0, 0, 0, 0},  // AcquisitionGroupLength
+    {{5405, 18}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgent
+    {{5423, 26}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgentSequence
+    {{5449, 32}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAdministrationRoute
+    {{5481, 16}, TagType::string, 0, 0, 0, 0},  // BodyPartExamined
+    {{5497, 16}, TagType::string, 0, 0, 0, 0},  // ScanningSequence
+    {{5513, 15}, TagType::string, 0, 0, 0, 0},  // SequenceVariant
+    {{5528, 11}, TagType::string, 0, 0, 0, 0},  // ScanOptions
+    {{5539, 17}, TagType::string, 0, 0, 0, 0},  // MRAcquisitionType
+    {{5556, 12}, TagType::string, 0, 0, 0, 0},  // SequenceName
+    {{5568, 9}, TagType::string, 0, 0, 0, 0},  // AngioFlag
+    {{5577, 30}, TagType::string, 0, 0, 0, 0},  // InterventionDrugInformationSeq
+    {{5607, 24}, TagType::string, 0, 0, 0, 0},  // InterventionDrugStopTime
+    {{5631, 20}, TagType::string, 0, 0, 0, 0},  // InterventionDrugDose
+    {{5651, 24}, TagType::string, 0, 0, 0, 0},  // InterventionDrugSequence
+    {{5675, 22}, TagType::string, 0, 0, 0, 0},  // AdditionalDrugSequence
+    {{5697, 12}, TagType::string, 0, 0, 0, 0},  // Radionuclide
+    {{5709, 19}, TagType::string, 0, 0, 0, 0},  // Radiopharmaceutical
+    {{5728, 22}, TagType::string, 0, 0, 0, 0},  // EnergyWindowCenterline
+    {{5750, 22}, TagType::string, 0, 0, 0, 0},  // EnergyWindowTotalWidth
+    {{5772, 20}, TagType::string, 0, 0, 0, 0},  // InterventionDrugName
+    {{5792, 25}, TagType::string, 0, 0, 0, 0},  // InterventionDrugStartTime
+    {{5817, 20}, TagType::string, 0, 0, 0, 0},  // InterventionSequence
+    {{5837, 11}, TagType::string, 0, 0, 0, 0},  // TherapyType
+    {{5848, 18}, TagType::string, 0, 0, 0, 0},  // InterventionStatus
+    {{5866, 18}, TagType::string, 0, 0, 0, 0},  // TherapyDescription
+    {{5884, 23}, TagType::string, 0, 0, 0, 0},  // InterventionDescription
+    {{5907, 8}, TagType::string, 0, 0, 0, 0},  // CineRate
+    {{5915, 19}, TagType::string, 0, 0, 0, 0},  // InitialCineRunState
+    {{5934, 14}, TagType::string, 0, 0, 0, 0},  // SliceThickness
+    {{5948, 3}, TagType::string, 0, 0, 0, 0},  // KVP
+    {{5951, 17}, TagType::string, 0, 0, 0, 0},  // CountsAccumulated
+    {{5968, 31}, TagType::string, 0, 0, 0, 0},  // AcquisitionTerminationCondition
+    {{5999, 17}, TagType::string, 0, 0, 0, 0},  // EffectiveDuration
+    {{6016, 25}, TagType::string, 0, 0, 0, 0},  // AcquisitionStartCondition
+    {{6041, 29}, TagType::string, 0, 0, 0, 0},  // AcquisitionStartConditionData
+    {{6070, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionEndConditionData
+    {{6097, 14}, TagType::string, 0, 0, 0, 0},  // RepetitionTime
+    {{6111, 8}, TagType::string, 0, 0, 0, 0},  // EchoTime
+    {{6119, 13}, TagType::string, 0, 0, 0, 0},  // InversionTime
+    {{6132, 16}, TagType::string, 0, 0, 0, 0},  // NumberOfAverages
+    {{6148, 16}, TagType::string, 0, 0, 0, 0},  // ImagingFrequency
+    {{6164, 13}, TagType::string, 0, 0, 0, 0},  // ImagedNucleus
+    {{6177, 10}, TagType::string, 0, 0, 0, 0},  // EchoNumber
+    {{6187, 21}, TagType::string, 0, 0, 0, 0},  // MagneticFieldStrength
+    {{6208, 20}, TagType::string, 0, 0, 0, 0},  // SpacingBetweenSlices
+    {{6228, 26}, TagType::string, 0, 0, 0, 0},  // NumberOfPhaseEncodingSteps
+    {{6254, 22}, TagType::string, 0, 0, 0, 0},  // DataCollectionDiameter
+    {{6276, 15}, TagType::string, 0, 0, 0, 0},  // EchoTrainLength
+    {{6291, 15}, TagType::string, 0, 0, 0, 0},  // PercentSampling
+    {{6306, 23}, TagType::string, 0, 0, 0, 0},  // PercentPhaseFieldOfView
+    {{6329, 14}, TagType::string, 0, 0, 0, 0},  // PixelBandwidth
+    {{6343, 18}, TagType::string, 0, 0, 0, 0},  // DeviceSerialNumber
+    {{6361, 9}, TagType::string, 0, 0, 0, 0},  // DeviceUID
+    {{6370, 8}, TagType::string, 0, 0, 0, 0},  // DeviceID
+    {{6378, 7}, TagType::string, 0, 0, 0, 0},  // PlateID
+    {{6385, 11}, TagType::string, 0, 0, 0, 0},  // GeneratorID
+    {{6396, 6}, TagType::string, 0, 0, 0, 0},  // GridID
+    {{6402, 10}, TagType::string, 0, 0, 0, 0},  // CassetteID
+    {{6412, 8}, TagType::string, 0, 0, 0, 0},  // GantryID
+    {{6420, 24}, TagType::string, 0, 0, 0, 0},  // SecondaryCaptureDeviceID
+    {{6444, 24}, TagType::string, 0, 0, 0, 0},  // HardcopyCreationDeviceID
+    {{6468, 22}, TagType::string, 0, 0, 0, 0},  // DateOfSecondaryCapture
+    {{6490, 22}, TagType::string, 0, 0, 0, 0},  // TimeOfSecondaryCapture
+    {{6512, 34}, TagType::string, 0, 0, 0, 0},  // SecondaryCaptureDeviceManufacturer
+    {{6546, 26}, TagType::string, 0, 0, 0, 0},  // HardcopyDeviceManufacturer
+    {{6572, 31}, TagType::string, 0, 0, 0, 0},  // SecondaryCaptureDeviceModelName
+    {{6603, 34}, TagType::string, 0, 0, 0, 0},  // SecondaryCaptureDeviceSoftwareVers
+    {{6637, 29}, TagType::string, 0, 0, 0, 0},  // HardcopyDeviceSoftwareVersion
+    {{6666, 23}, TagType::string, 0, 0, 0, 0},  // HardcopyDeviceModelName
+    {{6689, 15}, TagType::string, 0, 0, 0, 0},  // SoftwareVersion
+    {{6704, 24}, TagType::string, 0, 0, 0, 0},  // VideoImageFormatAcquired
+    {{6728, 26}, TagType::string, 0, 0, 0, 0},  // DigitalImageFormatAcquired
+    {{6754, 12}, TagType::string, 0, 0, 0, 0},  // ProtocolName
+    {{6766, 18}, TagType::string, 0, 0, 0, 0},  // ContrastBolusRoute
+    {{6784, 19}, TagType::string, 0, 0, 0, 0},  // ContrastBolusVolume
+    {{6803, 22}, TagType::string, 0, 0, 0, 0},  // ContrastBolusStartTime
+    {{6825, 21}, TagType::string, 0, 0, 0, 0},  // ContrastBolusStopTime
+    {{6846, 22}, TagType::string, 0, 0, 0, 0},  // ContrastBolusTotalDose
+    {{6868, 13}, TagType::string, 0, 0, 0, 0},  // SyringeCounts
+    {{6881, 16}, TagType::string, 0, 0, 0, 0},  // ContrastFlowRate
+    {{6897, 20}, TagType::string, 0, 0, 0, 0},  // ContrastFlowDuration
+    {{6917, 23}, TagType::string, 0, 0, 0, 0},  // ContrastBolusIngredient
+    {{6940, 26}, TagType::string, 0, 0, 0, 0},  // ContrastBolusConcentration
+    {{6966, 17}, TagType::string, 0, 0, 0, 0},  // SpatialResolution
+    {{6983, 11}, TagType::string, 0, 0, 0, 0},  // TriggerTime
+    {{6994, 19}, TagType::string, 0, 0, 0, 0},  // TriggerSourceOrType
+    {{7013, 15}, TagType::string, 0, 0, 0, 0},  // NominalInterval
+    {{7028, 9}, TagType::string, 0, 0, 0, 0},  // FrameTime
+    {{7037, 18}, TagType::string, 0, 0, 0, 0},  // CardiacFramingType
+    {{7055, 15}, TagType::string, 0, 0, 0, 0},  // FrameTimeVector
+    {{7070, 10}, TagType::string, 0, 0, 0, 0},  // FrameDelay
+    {{7080, 17}, TagType::string, 0, 0, 0, 0},  // ImageTriggerDelay
+    {{7097, 24}, TagType::string, 0, 0, 0, 0},  // MultiplexGroupTimeOffset
+    {{7121, 17}, TagType::string, 0, 0, 0, 0},  // TriggerTimeOffset
+    {{7138, 22}, TagType::string, 0, 0, 0, 0},  // SynchronizationTrigger
+    {{7160, 22}, TagType::string, 0, 0, 0, 0},  // SynchronizationChannel
+    {{7182, 21}, TagType::string, 0, 0, 0, 0},  // TriggerSamplePosition
+    {{7203, 24}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalRoute
+    {{7227, 25}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalVolume
+    {{7252, 28}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalStartTime
+    {{7280, 27}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalStopTime
+    {{7307, 21}, TagType::string, 0, 0, 0, 0},  // RadionuclideTotalDose
+    {{7328, 20}, TagType::string, 0, 0, 0, 0},  // RadionuclideHalfLife
+    {{7348, 28}, TagType::string, 0, 0, 0, 0},  // RadionuclidePositronFraction
+    {{7376, 31}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalSpecActivity
+    {{7407, 32}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalStartDateTime
+    {{7439, 31}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalStopDateTime
+    {{7470, 17}, TagType::string, 0, 0, 0, 0},  // BeatRejectionFlag
+    {{7487, 10}, TagType::string, 0, 0, 0, 0},  // LowRRValue
+    {{7497, 11}, TagType::string, 0, 0, 0, 0},  // HighRRValue
+    {{7508, 17}, TagType::string, 0, 0, 0, 0},  // IntervalsAcquired
+    {{7525, 17}, TagType::string, 0, 0, 0, 0},  // IntervalsRejected
+    {{7542, 12}, TagType::string, 0, 0, 0, 0},  // PVCRejection
+    {{7554, 9}, TagType::string, 0, 0, 0, 0},  // SkipBeats
+    {{7563, 9}, TagType::string, 0, 0, 0, 0},  // HeartRate
+    {{7572, 21}, TagType::string, 0, 0, 0, 0},  // CardiacNumberOfImages
+    {{7593, 13}, TagType::string, 0, 0, 0, 0},  // TriggerWindow
+    {{7606, 22}, TagType::string, 0, 0, 0, 0},  // ReconstructionDiameter
+    {{7628, 24}, TagType::string, 0, 0, 0, 0},  // DistanceSourceToDetector
+    {{7652, 23}, TagType::string, 0, 0, 0, 0},  // DistanceSourceToPatient
+    {{7675, 34}, TagType::string, 0, 0, 0, 0},  // EstimatedRadiographicMagnification
+    {{7709, 18}, TagType::string, 0, 0, 0, 0},  // GantryDetectorTilt
+    {{7727, 18}, TagType::string, 0, 0, 0, 0},  // GantryDetectorSlew
+    {{7745, 11}, TagType::string, 0, 0, 0, 0},  // TableHeight
+    {{7756, 13}, TagType::string, 0, 0, 0, 0},  // TableTraverse
+    {{7769, 11}, TagType::string, 0, 0, 0, 0},  // TableMotion
+    {{7780, 22}, TagType::string, 0, 0, 0, 0},  // TableVerticalIncrement
+    {{7802, 21}, TagType::string, 0, 0, 0, 0},  // TableLateralIncrement
+    {{7823, 26}, TagType::string, 0, 0, 0, 0},  // TableLongitudinalIncrement
+    {{7849, 10}, TagType::string, 0, 0, 0, 0},  // TableAngle
+    {{7859, 9}, TagType::string, 0, 0, 0, 0},  // TableType
+    {{7868, 17}, TagType::string, 0, 0, 0, 0},  // RotationDirection
+    {{7885, 15}, TagType::string, 0, 0, 0, 0},  // AngularPosition
+    {{7900, 14}, TagType::string, 0, 0, 0, 0},  // RadialPosition
+    {{7914, 7}, TagType::string, 0, 0, 0, 0},  // ScanArc
+    {{7921, 11}, TagType::string, 0, 0, 0, 0},  // AngularStep
+    {{7932, 22}, TagType::string, 0, 0, 0, 0},  // CenterOfRotationOffset
+    {{7954, 14}, TagType::string, 0, 0, 0, 0},  // RotationOffset
+    {{7968, 16}, TagType::string, 0, 0, 0, 0},  // FieldOfViewShape
+    {{7984, 21}, TagType::string, 0, 0, 0, 0},  // FieldOfViewDimensions
+    {{8005, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{8017, 15}, TagType::string, 0, 0, 0, 0},  // XRayTubeCurrent
+    {{8032, 8}, TagType::string, 0, 0, 0, 0},  // Exposure
+    {{8040, 21}, TagType::string, 0, 0, 0, 0},  // ExposureInMicroAmpSec
+    {{8061, 17}, TagType::string, 0, 0, 0, 0},  // AveragePulseWidth
+    {{8078, 16}, TagType::string, 0, 0, 0, 0},  // RadiationSetting
+    {{8094, 17}, TagType::string, 0, 0, 0, 0},  // RectificationType
+    {{8111, 13}, TagType::string, 0, 0, 0, 0},  // RadiationMode
+    {{8124, 20}, TagType::string, 0, 0, 0, 0},  // ImageAreaDoseProduct
+    {{8144, 10}, TagType::string, 0, 0, 0, 0},  // FilterType
+    {{8154, 13}, TagType::string, 0, 0, 0, 0},  // TypeOfFilters
+    {{8167, 15}, TagType::string, 0, 0, 0, 0},  // IntensifierSize
+    {{8182, 18}, TagType::string, 0, 0, 0, 0},  // ImagerPixelSpacing
+    {{8200, 4}, TagType::string, 0, 0, 0, 0},  // Grid
+    {{8204, 14}, TagType::string, 0, 0, 0, 0},  // GeneratorPower
+    {{8218, 18}, TagType::string, 0, 0, 0, 0},  // CollimatorGridName
+    {{8236, 14}, TagType::string, 0, 0, 0, 0},  // CollimatorType
+    {{8250, 13}, TagType::string, 0, 0, 0, 0},  // FocalDistance
+    {{8263, 12}, TagType::string, 0, 0, 0, 0},  // XFocusCenter
+    {{8275, 12}, TagType::string, 0, 0, 0, 0},  // YFocusCenter
+    {{8287, 10}, TagType::string, 0, 0, 0, 0},  // FocalSpots
+    {{8297, 19}, TagType::string, 0, 0, 0, 0},  // AnodeTargetMaterial
+    {{8316, 17}, TagType::string, 0, 0, 0, 0},  // BodyPartThickness
+    {{8333, 16}, TagType::string, 0, 0, 0, 0},  // CompressionForce
+    {{8349, 21}, TagType::string, 0, 0, 0, 0},  // DateOfLastCalibration
+    {{8370, 21}, TagType::string, 0, 0, 0, 0},  // TimeOfLastCalibration
+    {{8391, 17}, TagType::string, 0, 0, 0, 0},  // ConvolutionKernel
+    {{8408, 21}, TagType::string, 0, 0, 0, 0},  // UpperLowerPixelValues
+    {{8429, 19}, TagType::string, 0, 0, 0, 0},  // ActualFrameDuration
+    {{8448, 9}, TagType::string, 0, 0, 0, 0},  // CountRate
+    {{8457, 27}, TagType::string, 0, 0, 0, 0},  // PreferredPlaybackSequencing
+    {{8484, 15}, TagType::string, 0, 0, 0, 0},  // ReceiveCoilName
+    {{8499, 16}, TagType::string, 0, 0, 0, 0},  // TransmitCoilName
+    {{8515, 9}, TagType::string, 0, 0, 0, 0},  // PlateType
+    {{8524, 12}, TagType::string, 0, 0, 0, 0},  // PhosphorType
+    {{8536, 12}, TagType::string, 0, 0, 0, 0},  // ScanVelocity
+    {{8548, 18}, TagType::string, 0, 0, 0, 0},  // WholeBodyTechnique
+    {{8566, 10}, TagType::string, 0, 0, 0, 0},  // ScanLength
+    {{8576, 17}, TagType::string, 0, 0, 0, 0},  // AcquisitionMatrix
+    {{8593, 29}, TagType::string, 0, 0, 0, 0},  // InPlanePhaseEncodingDirection
+    {{8622, 9}, TagType::string, 0, 0, 0, 0},  // FlipAngle
+    {{8631, 21}, TagType::string, 0, 0, 0, 0},  // VariableFlipAngleFlag
+    {{8652, 3}, TagType::string, 0, 0, 0, 0},  // SAR
+    {{8655, 5}, TagType::string, 0, 0, 0, 0},  // DB-Dt
+    {{8660, 32}, TagType::string, 0, 0, 0, 0},  // AcquisitionDeviceProcessingDescr
+    {{8692, 31}, TagType::string, 0, 0, 0, 0},  // AcquisitionDeviceProcessingCode
+    {{8723, 19}, TagType::string, 0, 0, 0, 0},  // CassetteOrientation
+    {{8742, 12}, TagType::string, 0, 0, 0, 0},  // CassetteSize
+    {{8754, 16}, TagType::string, 0, 0, 0, 0},  // ExposuresOnPlate
+    {{8770, 20}, TagType::string, 0, 0, 0, 0},  // RelativeXRayExposure
+    {{8790, 16}, TagType::string, 0, 0, 0, 0},  // ColumnAngulation
+    {{8806, 15}, TagType::string, 0, 0, 0, 0},  // TomoLayerHeight
+    {{8821, 9}, TagType::string, 0, 0, 0, 0},  // TomoAngle
+    {{8830, 8}, TagType::string, 0, 0, 0, 0},  // TomoTime
+    {{8838, 8}, TagType::string, 0, 0, 0, 0},  // TomoType
+    {{8846, 9}, TagType::string, 0, 0, 0, 0},  // TomoClass
+    {{8855, 33}, TagType::string, 0, 0, 0, 0},  // NumberOfTomosynthesisSourceImages
+    {{8888, 16}, TagType::string, 0, 0, 0, 0},  // PositionerMotion
+    {{8904, 14}, TagType::string, 0, 0, 0, 0},  // PositionerType
+    {{8918, 22}, TagType::string, 0, 0, 0, 0},  // PositionerPrimaryAngle
+    {{8940, 24}, TagType::string, 0, 0, 0, 0},  // PositionerSecondaryAngle
+    {{8964, 31}, TagType::string, 0, 0, 0, 0},  // PositionerPrimaryAngleIncrement
+    {{8995, 33}, TagType::string, 0, 0, 0, 0},  // PositionerSecondaryAngleIncrement
+    {{9028, 20}, TagType::string, 0, 0, 0, 0},  // DetectorPrimaryAngle
+    {{9048, 22}, TagType::string, 0, 0, 0, 0},  // DetectorSecondaryAngle
+    {{9070, 12}, TagType::string, 0, 0, 0, 0},  // ShutterShape
+    {{9082, 23}, TagType::string, 0, 0, 0, 0},  // ShutterLeftVerticalEdge
+    {{9105, 24}, TagType::string, 0, 0, 0, 0},  // ShutterRightVerticalEdge
+    {{9129, 26}, TagType::string, 0, 0, 0, 0},  // ShutterUpperHorizontalEdge
+    {{9155, 26}, TagType::string, 0, 0, 0, 0},  // ShutterLowerHorizontalEdge
+    {{9181, 23}, TagType::string, 0, 0, 0, 0},  // CenterOfCircularShutter
+    {{9204, 23}, TagType::string, 0, 0, 0, 0},  // RadiusOfCircularShutter
+    {{9227, 26}, TagType::string, 0, 0, 0, 0},  // VerticesOfPolygonalShutter
+    {{9253, 24}, TagType::string, 0, 0, 0, 0},  // ShutterPresentationValue
+    {{9277, 19}, TagType::string, 0, 0, 0, 0},  // ShutterOverlayGroup
+    {{9296, 33}, TagType::string, 0, 0, 0, 0},  // ShutterPresentationColorCIELabVal
+    {{9329, 15}, TagType::string, 0, 0, 0, 0},  // CollimatorShape
+    {{9344, 26}, TagType::string, 0, 0, 0, 0},  // CollimatorLeftVerticalEdge
+    {{9370, 27}, TagType::string, 0, 0, 0, 0},  // CollimatorRightVerticalEdge
+    {{9397, 29}, TagType::string, 0, 0, 0, 0},  // CollimatorUpperHorizontalEdge
+    {{9426, 29}, TagType::string, 0, 0, 0, 0},  // CollimatorLowerHorizontalEdge
+    {{9455, 26}, TagType::string, 0, 0, 0, 0},  // CenterOfCircularCollimator
+    {{9481, 26}, TagType::string, 0, 0, 0, 0},  // RadiusOfCircularCollimator
+    {{9507, 29}, TagType::string, 0, 0, 0, 0},  // VerticesOfPolygonalCollimator
+    {{9536, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeSynchronized
+    {{9563, 10}, TagType::string, 0, 0, 0, 0},  // TimeSource
+    {{9573, 24}, TagType::string, 0, 0, 0, 0},  // TimeDistributionProtocol
+    {{9597, 16}, TagType::string, 0, 0, 0, 0},  // NTPSourceAddress
+    {{9613, 16}, TagType::string, 0, 0, 0, 0},  // PageNumberVector
+    {{9629, 16}, TagType::string, 0, 0, 0, 0},  // FrameLabelVector
+    {{9645, 23}, TagType::string, 0, 0, 0, 0},  // FramePrimaryAngleVector
+    {{9668, 25}, TagType::string, 0, 0, 0, 0},  // FrameSecondaryAngleVector
+    {{9693, 19}, TagType::string, 0, 0, 0, 0},  // SliceLocationVector
+    {{9712, 24}, TagType::string, 0, 0, 0, 0},  // DisplayWindowLabelVector
+    {{9736, 26}, TagType::string, 0, 0, 0, 0},  // NominalScannedPixelSpacing
+    {{9762, 34}, TagType::string, 0, 0, 0, 0},  // DigitizingDeviceTransportDirection
+    {{9796, 21}, TagType::string, 0, 0, 0, 0},  // RotationOfScannedFilm
+    {{9817, 15}, TagType::string, 0, 0, 0, 0},  // IVUSAcquisition
+    {{9832, 16}, TagType::string, 0, 0, 0, 0},  // IVUSPullbackRate
+    {{9848, 13}, TagType::string, 0, 0, 0, 0},  // IVUSGatedRate
+    {{9861, 28}, TagType::string, 0, 0, 0, 0},  // IVUSPullbackStartFrameNumber
+    {{9889, 27}, TagType::string, 0, 0, 0, 0},  // IVUSPullbackStopFrameNumber
+    {{9916, 12}, TagType::string, 0, 0, 0, 0},  // LesionNumber
+    {{9928, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionComments
+    {{9947, 11}, TagType::string, 0, 0, 0, 0},  // OutputPower
+    {{9958, 14}, TagType::string, 0, 0, 0, 0},  // TransducerData
+    {{9972, 10}, TagType::string, 0, 0, 0, 0},  // FocusDepth
+    {{9982, 18}, TagType::string, 0, 0, 0, 0},  // ProcessingFunction
+    {{10000, 22}, TagType::string, 0, 0, 0, 0},  // PostprocessingFunction
+    {{10022, 15}, TagType::string, 0, 0, 0, 0},  // MechanicalIndex
+    {{10037, 16}, TagType::string, 0, 0, 0, 0},  // BoneThermalIndex
+    {{10053, 19}, TagType::string, 0, 0, 0, 0},  // CranialThermalIndex
+    {{10072, 22}, TagType::string, 0, 0, 0, 0},  // SoftTissueThermalIndex
+    {{10094, 27}, TagType::string, 0, 0, 0, 0},  // SoftTissueFocusThermalIndex
+    {{10121, 29}, TagType::string, 0, 0, 0, 0},  // SoftTissueSurfaceThermalIndex
+    {{10150, 12}, TagType::string, 0, 0, 0, 0},  // DynamicRange
+    {{10162, 9}, TagType::string, 0, 0, 0, 0},  // TotalGain
+    {{10171, 16}, TagType::string, 0, 0, 0, 0},  // DepthOfScanField
+    {{10187, 15}, TagType::string, 0, 0, 0, 0},  // PatientPosition
+    {{10202, 12}, TagType::string, 0, 0, 0, 0},  // ViewPosition
+    {{10214, 30}, TagType::string, 0, 0, 0, 0},  // ProjectionEponymousNameCodeSeq
+    {{10244, 25}, TagType::string, 0, 0, 0, 0},  // ImageTransformationMatrix
+    {{10269, 22}, TagType::string, 0, 0, 0, 0},  // ImageTranslationVector
+    {{10291, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
+    {{10302, 27}, TagType::string, 0, 0, 0, 0},  // SequenceOfUltrasoundRegions
+    {{10329, 19}, TagType::string, 0, 0, 0, 0},  // RegionSpatialFormat
+    {{10348, 14}, TagType::string, 0, 0, 0, 0},  // RegionDataType
+    {{10362, 11}, TagType::string, 0, 0, 0, 0},  // RegionFlags
+    {{10373, 19}, TagType::string, 0, 0, 0, 0},  // RegionLocationMinX0
+    {{10392, 19}, TagType::string, 0, 0, 0, 0},  // RegionLocationMinY0
+    {{10411, 19}, TagType::string, 0, 0, 0, 0},  // RegionLocationMaxX1
+    {{10430, 19}, TagType::string, 0, 0, 0, 0},  // RegionLocationMaxY1
+    {{10449, 16}, TagType::string, 0, 0, 0, 0},  // ReferencePixelX0
+    {{10465, 16}, TagType::string, 0, 0, 0, 0},  // ReferencePixelY0
+    {{10481, 23}, TagType::string, 0, 0, 0, 0},  // PhysicalUnitsXDirection
+    {{10504, 23}, TagType::string, 0, 0, 0, 0},  // PhysicalUnitsYDirection
+    {{10527, 28}, TagType::string, 0, 0, 0, 0},  // ReferencePixelPhysicalValueX
+    {{10555, 28}, TagType::string, 0, 0, 0, 0},  // ReferencePixelPhysicalValueY
+    {{10583, 14}, TagType::string, 0, 0, 0, 0},  // PhysicalDeltaX
+    {{10597, 14}, TagType::string, 0, 0, 0, 0},  // PhysicalDeltaY
+    {{10611, 19}, TagType::string, 0, 0, 0, 0},  // TransducerFrequency
+    {{10630, 14}, TagType::string, 0, 0, 0, 0},  // TransducerType
+    {{10644, 24}, TagType::string, 0, 0, 0, 0},  // PulseRepetitionFrequency
+    {{10668, 22}, TagType::string, 0, 0, 0, 0},  // DopplerCorrectionAngle
+    {{10690, 13}, TagType::string, 0, 0, 0, 0},  // SteeringAngle
+    {{10703, 30}, TagType::string, 0, 0, 0, 0},  // DopplerSampleVolumeXPosRetired
+    {{10733, 28}, TagType::string, 0, 0, 0, 0},  // DopplerSampleVolumeXPosition
+    {{10761, 30}, TagType::string, 0, 0, 0, 0},  // DopplerSampleVolumeYPosRetired
+    {{10791, 28}, TagType::string, 0, 0, 0, 0},  // DopplerSampleVolumeYPosition
+    {{10819, 23}, TagType::string, 0, 0, 0, 0},  // TMLinePositionX0Retired
+    {{10842, 16}, TagType::string, 0, 0, 0, 0},  // TMLinePositionX0
+    {{10858, 23}, TagType::string, 0, 0, 0, 0},  // TMLinePositionY0Retired
+    {{10881, 16}, TagType::string, 0, 0, 0, 0},  // TMLinePositionY0
+    {{10897, 23}, TagType::string, 0, 0, 0, 0},  // TMLinePositionX1Retired
+    {{10920, 16}, TagType::string, 0, 0, 0, 0},  // TMLinePositionX1
+    {{10936, 23}, TagType::string, 0, 0, 0, 0},  // TMLinePositionY1Retired
+    {{10959, 16}, TagType::string, 0, 0, 0, 0},  // TMLinePositionY1
+    {{10975, 26}, TagType::string, 0, 0, 0, 0},  // PixelComponentOrganization
+    {{11001, 18}, TagType::string, 0, 0, 0, 0},  // PixelComponentMask
+    {{11019, 24}, TagType::string, 0, 0, 0, 0},  // PixelComponentRangeStart
+    {{11043, 23}, TagType::string, 0, 0, 0, 0},  // PixelComponentRangeStop
+    {{11066, 27}, TagType::string, 0, 0, 0, 0},  // PixelComponentPhysicalUnits
+    {{11093, 22}, TagType::string, 0, 0, 0, 0},  // PixelComponentDataType
+    {{11115, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfTableBreakPoints
+    {{11139, 19}, TagType::string, 0, 0, 0, 0},  // TableOfXBreakPoints
+    {{11158, 19}, TagType::string, 0, 0, 0, 0},  // TableOfYBreakPoints
+    {{11177, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfTableEntries
+    {{11197, 18}, TagType::string, 0, 0, 0, 0},  // TableOfPixelValues
+    {{11215, 22}, TagType::string, 0, 0, 0, 0},  // TableOfParameterValues
+    {{11237, 15}, TagType::string, 0, 0, 0, 0},  // RWaveTimeVector
+    {{11252, 29}, TagType::string, 0, 0, 0, 0},  // DetectorConditionsNominalFlag
+    {{11281, 19}, TagType::string, 0, 0, 0, 0},  // DetectorTemperature
+    {{11300, 12}, TagType::string, 0, 0, 0, 0},  // DetectorType
+    {{11312, 21}, TagType::string, 0, 0, 0, 0},  // DetectorConfiguration
+    {{11333, 19}, TagType::string, 0, 0, 0, 0},  // DetectorDescription
+    {{11352, 12}, TagType::string, 0, 0, 0, 0},  // DetectorMode
+    {{11364, 10}, TagType::string, 0, 0, 0, 0},  // DetectorID
+    {{11374, 29}, TagType::string, 0, 0, 0, 0},  // DateOfLastDetectorCalibration
+    {{11403, 29}, TagType::string, 0, 0, 0, 0},  // TimeOfLastDetectorCalibration
+    {{11432, 33}, TagType::string, 0, 0, 0, 0},  // DetectorExposuresSinceCalibration
+    {{11465, 34}, TagType::string, 0, 0, 0, 0},  // DetectorExposuresSinceManufactured
+    {{11499, 29}, TagType::string, 0, 0, 0, 0},  // DetectorTimeSinceLastExposure
+    {{11528, 18}, TagType::string, 0, 0, 0, 0},  // DetectorActiveTime
+    {{11546, 32}, TagType::string, 0, 0, 0, 0},  // DetectorActiveOffsetFromExposure
+    {{11578, 15}, TagType::string, 0, 0, 0, 0},  // DetectorBinning
+    {{11593, 27}, TagType::string, 0, 0, 0, 0},  // DetectorElementPhysicalSize
+    {{11620, 22}, TagType::string, 0, 0, 0, 0},  // DetectorElementSpacing
+    {{11642, 19}, TagType::string, 0, 0, 0, 0},  // DetectorActiveShape
+    {{11661, 24}, TagType::string, 0, 0, 0, 0},  // DetectorActiveDimensions
+    {{11685, 20}, TagType::string, 0, 0, 0, 0},  // DetectorActiveOrigin
+    {{11705, 24}, TagType::string, 0, 0, 0, 0},  // DetectorManufacturerName
+    {{11729, 30}, TagType::string, 0, 0, 0, 0},  // DetectorManufacturersModelName
+    {{11759, 17}, TagType::string, 0, 0, 0, 0},  // FieldOfViewOrigin
+    {{11776, 19}, TagType::string, 0, 0, 0, 0},  // FieldOfViewRotation
+    {{11795, 25}, TagType::string, 0, 0, 0, 0},  // FieldOfViewHorizontalFlip
+    {{11820, 21}, TagType::string, 0, 0, 0, 0},  // GridAbsorbingMaterial
+    {{11841, 19}, TagType::string, 0, 0, 0, 0},  // GridSpacingMaterial
+    {{11860, 13}, TagType::string, 0, 0, 0, 0},  // GridThickness
+    {{11873, 9}, TagType::string, 0, 0, 0, 0},  // GridPitch
+    {{11882, 15}, TagType::string, 0, 0, 0, 0},  // GridAspectRatio
+    {{11897, 10}, TagType::string, 0, 0, 0, 0},  // GridPeriod
+    {{11907, 17}, TagType::string, 0, 0, 0, 0},  // GridFocalDistance
+    {{11924, 14}, TagType::string, 0, 0, 0, 0},  // FilterMaterial
+    {{11938, 22}, TagType::string, 0, 0, 0, 0},  // FilterThicknessMinimum
+    {{11960, 22}, TagType::string, 0, 0, 0, 0},  // FilterThicknessMaximum
+    {{11982, 19}, TagType::string, 0, 0, 0, 0},  // ExposureControlMode
+    {{12001, 30}, TagType::string, 0, 0, 0, 0},  // ExposureControlModeDescription
+    {{12031, 14}, TagType::string, 0, 0, 0, 0},  // ExposureStatus
+    {{12045, 17}, TagType::string, 0, 0, 0, 0},  // PhototimerSetting
+    {{12062, 22}, TagType::string, 0, 0, 0, 0},  // ExposureTimeInMicroSec
+    {{12084, 26}, TagType::string, 0, 0, 0, 0},  // XRayTubeCurrentInMicroAmps
+    {{12110, 20}, TagType::string, 0, 0, 0, 0},  // ContentQualification
+    {{12130, 17}, TagType::string, 0, 0, 0, 0},  // PulseSequenceName
+    {{12147, 25}, TagType::string, 0, 0, 0, 0},  // MRImagingModifierSequence
+    {{12172, 17}, TagType::string, 0, 0, 0, 0},  // EchoPulseSequence
+    {{12189, 17}, TagType::string, 0, 0, 0, 0},  // InversionRecovery
+    {{12206, 16}, TagType::string, 0, 0, 0, 0},  // FlowCompensation
+    {{12222, 16}, TagType::string, 0, 0, 0, 0},  // MultipleSpinEcho
+    {{12238, 21}, TagType::string, 0, 0, 0, 0},  // MultiPlanarExcitation
+    {{12259, 13}, TagType::string, 0, 0, 0, 0},  // PhaseContrast
+    {{12272, 20}, TagType::string, 0, 0, 0, 0},  // TimeOfFlightContrast
+    {{12292, 8}, TagType::string, 0, 0, 0, 0},  // Spoiling
+    {{12300, 24}, TagType::string, 0, 0, 0, 0},  // SteadyStatePulseSequence
+    {{12324, 23}, TagType::string, 0, 0, 0, 0},  // EchoPlanarPulseSequence
+    {{12347, 17}, TagType::string, 0, 0, 0, 0},  // TagAngleFirstAxis
+    {{12364, 21}, TagType::string, 0, 0, 0, 0},  // MagnetizationTransfer
+    {{12385, 13}, TagType::string, 0, 0, 0, 0},  // T2Preparation
+    {{12398, 18}, TagType::string, 0, 0, 0, 0},  // BloodSignalNulling
+    {{12416, 18}, TagType::string, 0, 0, 0, 0},  // SaturationRecovery
+    {{12434, 29}, TagType::string, 0, 0, 0, 0},  // SpectrallySelectedSuppression
+    {{12463, 28}, TagType::string, 0, 0, 0, 0},  // SpectrallySelectedExcitation
+    {{12491, 20}, TagType::string, 0, 0, 0, 0},  // SpatialPresaturation
+    {{12511, 7}, TagType::string, 0, 0, 0, 0},  // Tagging
+    {{12518, 17}, TagType::string, 0, 0, 0, 0},  // OversamplingPhase
+    {{12535, 24}, TagType::string, 0, 0, 0, 0},  // TagSpacingFirstDimension
+    {{12559, 25}, TagType::string, 0, 0, 0, 0},  // GeometryOfKSpaceTraversal
+    {{12584, 24}, TagType::string, 0, 0, 0, 0},  // SegmentedKSpaceTraversal
+    {{12608, 32}, TagType::string, 0, 0, 0, 0},  // RectilinearPhaseEncodeReordering
+    {{12640, 12}, TagType::string, 0, 0, 0, 0},  // TagThickness
+    {{12652, 23}, TagType::string, 0, 0, 0, 0},  // PartialFourierDirection
+    {{12675, 31}, TagType::string, 0, 0, 0, 0},  // CardiacSynchronizationTechnique
+    {{12706, 27}, TagType::string, 0, 0, 0, 0},  // ReceiveCoilManufacturerName
+    {{12733, 21}, TagType::string, 0, 0, 0, 0},  // MRReceiveCoilSequence
+    {{12754, 15}, TagType::string, 0, 0, 0, 0},  // ReceiveCoilType
+    {{12769, 21}, TagType::string, 0, 0, 0, 0},  // QuadratureReceiveCoil
+    {{12790, 27}, TagType::string, 0, 0, 0, 0},  // MultiCoilDefinitionSequence
+    {{12817, 22}, TagType::string, 0, 0, 0, 0},  // MultiCoilConfiguration
+    {{12839, 20}, TagType::string, 0, 0, 0, 0},  // MultiCoilElementName
+    {{12859, 20}, TagType::string, 0, 0, 0, 0},  // MultiCoilElementUsed
+    {{12879, 22}, TagType::string, 0, 0, 0, 0},  // MRTransmitCoilSequence
+    {{12901, 28}, TagType::string, 0, 0, 0, 0},  // TransmitCoilManufacturerName
+    {{12929, 16}, TagType::string, 0, 0, 0, 0},  // TransmitCoilType
+    {{12945, 13}, TagType::string, 0, 0, 0, 0},  // SpectralWidth
+    {{12958, 22}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftReference
+    {{12980, 27}, TagType::string, 0, 0, 0, 0},  // VolumeLocalizationTechnique
+    {{13007, 33}, TagType::string, 0, 0, 0, 0},  // MRAcquisitionFrequencyEncodeSteps
+    {{13040, 10}, TagType::string, 0, 0, 0, 0},  // Decoupling
+    {{13050, 16}, TagType::string, 0, 0, 0, 0},  // DecoupledNucleus
+    {{13066, 19}, TagType::string, 0, 0, 0, 0},  // DecouplingFrequency
+    {{13085, 16}, TagType::string, 0, 0, 0, 0},  // DecouplingMethod
+    {{13101, 32}, TagType::string, 0, 0, 0, 0},  // DecouplingChemicalShiftReference
+    {{13133, 15}, TagType::string, 0, 0, 0, 0},  // KSpaceFiltering
+    {{13148, 19}, TagType::string, 0, 0, 0, 0},  // TimeDomainFiltering
+    {{13167, 17}, TagType::string, 0, 0, 0, 0},  // NumberOfZeroFills
+    {{13184, 18}, TagType::string, 0, 0, 0, 0},  // BaselineCorrection
+    {{13202, 30}, TagType::string, 0, 0, 0, 0},  // ParallelReductionFactorInPlane
+    {{13232, 26}, TagType::string, 0, 0, 0, 0},  // CardiacRRIntervalSpecified
+    {{13258, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionDuration
+    {{13277, 24}, TagType::string, 0, 0, 0, 0},  // FrameAcquisitionDateTime
+    {{13301, 23}, TagType::string, 0, 0, 0, 0},  // DiffusionDirectionality
+    {{13324, 34}, TagType::string, 0, 0, 0, 0},  // DiffusionGradientDirectionSequence
+    {{13358, 19}, TagType::string, 0, 0, 0, 0},  // ParallelAcquisition
+    {{13377, 28}, TagType::string, 0, 0, 0, 0},  // ParallelAcquisitionTechnique
+    {{13405, 14}, TagType::string, 0, 0, 0, 0},  // InversionTimes
+    {{13419, 24}, TagType::string, 0, 0, 0, 0},  // MetaboliteMapDescription
+    {{13443, 14}, TagType::string, 0, 0, 0, 0},  // PartialFourier
+    {{13457, 17}, TagType::string, 0, 0, 0, 0},  // EffectiveEchoTime
+    {{13474, 25}, TagType::string, 0, 0, 0, 0},  // MetaboliteMapCodeSequence
+    {{13499, 21}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftSequence
+    {{13520, 19}, TagType::string, 0, 0, 0, 0},  // CardiacSignalSource
+    {{13539, 15}, TagType::string, 0, 0, 0, 0},  // DiffusionBValue
+    {{13554, 28}, TagType::string, 0, 0, 0, 0},  // DiffusionGradientOrientation
+    {{13582, 25}, TagType::string, 0, 0, 0, 0},  // VelocityEncodingDirection
+    {{13607, 28}, TagType::string, 0, 0, 0, 0},  // VelocityEncodingMinimumValue
+    {{13635, 26}, TagType::string, 0, 0, 0, 0},  // NumberOfKSpaceTrajectories
+    {{13661, 16}, TagType::string, 0, 0, 0, 0},  // CoverageOfKSpace
+    {{13677, 32}, TagType::string, 0, 0, 0, 0},  // SpectroscopyAcquisitionPhaseRows
+    {{13709, 34}, TagType::string, 0, 0, 0, 0},  // ParallelReductFactorInPlaneRetired
+    {{13743, 20}, TagType::string, 0, 0, 0, 0},  // TransmitterFrequency
+    {{13763, 15}, TagType::string, 0, 0, 0, 0},  // ResonantNucleus
+    {{13778, 19}, TagType::string, 0, 0, 0, 0},  // FrequencyCorrection
+    {{13797, 34}, TagType::string, 0, 0, 0, 0},  // MRSpectroscopyFOV-GeometrySequence
+    {{13831, 13}, TagType::string, 0, 0, 0, 0},  // SlabThickness
+    {{13844, 15}, TagType::string, 0, 0, 0, 0},  // SlabOrientation
+    {{13859, 15}, TagType::string, 0, 0, 0, 0},  // MidSlabPosition
+    {{13874, 27}, TagType::string, 0, 0, 0, 0},  // MRSpatialSaturationSequence
+    {{13901, 31}, TagType::string, 0, 0, 0, 0},  // MRTimingAndRelatedParametersSeq
+    {{13932, 14}, TagType::string, 0, 0, 0, 0},  // MREchoSequence
+    {{13946, 18}, TagType::string, 0, 0, 0, 0},  // MRModifierSequence
+    {{13964, 19}, TagType::string, 0, 0, 0, 0},  // MRDiffusionSequence
+    {{13983, 22}, TagType::string, 0, 0, 0, 0},  // CardiacTriggerSequence
+    {{14005, 18}, TagType::string, 0, 0, 0, 0},  // MRAveragesSequence
+    {{14023, 22}, TagType::string, 0, 0, 0, 0},  // MRFOV-GeometrySequence
+    {{14045, 26}, TagType::string, 0, 0, 0, 0},  // VolumeLocalizationSequence
+    {{14071, 34}, TagType::string, 0, 0, 0, 0},  // SpectroscopyAcquisitionDataColumns
+    {{14105, 23}, TagType::string, 0, 0, 0, 0},  // DiffusionAnisotropyType
+    {{14128, 22}, TagType::string, 0, 0, 0, 0},  // FrameReferenceDateTime
+    {{14150, 23}, TagType::string, 0, 0, 0, 0},  // MRMetaboliteMapSequence
+    {{14173, 33}, TagType::string, 0, 0, 0, 0},  // ParallelReductionFactorOutOfPlane
+    {{14206, 32}, TagType::string, 0, 0, 0, 0},  // SpectroscopyOutOfPlanePhaseSteps
+    {{14238, 16}, TagType::string, 0, 0, 0, 0},  // BulkMotionStatus
+    {{14254, 34}, TagType::string, 0, 0, 0, 0},  // ParallelReductionFactSecondInPlane
+    {{14288, 29}, TagType::string, 0, 0, 0, 0},  // CardiacBeatRejectionTechnique
+    {{14317, 30}, TagType::string, 0, 0, 0, 0},  // RespiratoryMotionCompTechnique
+    {{14347, 23}, TagType::string, 0, 0, 0, 0},  // RespiratorySignalSource
+    {{14370, 31}, TagType::string, 0, 0, 0, 0},  // BulkMotionCompensationTechnique
+    {{14401, 22}, TagType::string, 0, 0, 0, 0},  // BulkMotionSignalSource
+    {{14423, 30}, TagType::string, 0, 0, 0, 0},  // ApplicableSafetyStandardAgency
+    {{14453, 29}, TagType::string, 0, 0, 0, 0},  // ApplicableSafetyStandardDescr
+    {{14482, 21}, TagType::string, 0, 0, 0, 0},  // OperatingModeSequence
+    {{14503, 17}, TagType::string, 0, 0, 0, 0},  // OperatingModeType
+    {{14520, 13}, TagType::string, 0, 0, 0, 0},  // OperatingMode
+    {{14533, 32}, TagType::string, 0, 0, 0, 0},  // SpecificAbsorptionRateDefinition
+    {{14565, 18}, TagType::string, 0, 0, 0, 0},  // GradientOutputType
+    {{14583, 27}, TagType::string, 0, 0, 0, 0},  // SpecificAbsorptionRateValue
+    {{14610, 14}, TagType::string, 0, 0, 0, 0},  // GradientOutput
+    {{14624, 25}, TagType::string, 0, 0, 0, 0},  // FlowCompensationDirection
+    {{14649, 12}, TagType::string, 0, 0, 0, 0},  // TaggingDelay
+    {{14661, 30}, TagType::string, 0, 0, 0, 0},  // RespiratoryMotionCompTechDescr
+    {{14691, 25}, TagType::string, 0, 0, 0, 0},  // RespiratorySignalSourceID
+    {{14716, 33}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftsMinIntegrateLimitHz
+    {{14749, 33}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftsMaxIntegrateLimitHz
+    {{14782, 26}, TagType::string, 0, 0, 0, 0},  // MRVelocityEncodingSequence
+    {{14808, 25}, TagType::string, 0, 0, 0, 0},  // FirstOrderPhaseCorrection
+    {{14833, 30}, TagType::string, 0, 0, 0, 0},  // WaterReferencedPhaseCorrection
+    {{14863, 29}, TagType::string, 0, 0, 0, 0},  // MRSpectroscopyAcquisitionType
+    {{14892, 24}, TagType::string, 0, 0, 0, 0},  // RespiratoryCyclePosition
+    {{14916, 28}, TagType::string, 0, 0, 0, 0},  // VelocityEncodingMaximumValue
+    {{14944, 25}, TagType::string, 0, 0, 0, 0},  // TagSpacingSecondDimension
+    {{14969, 18}, TagType::string, 0, 0, 0, 0},  // TagAngleSecondAxis
+    {{14987, 24}, TagType::string, 0, 0, 0, 0},  // FrameAcquisitionDuration
+    {{15011, 24}, TagType::string, 0, 0, 0, 0},  // MRImageFrameTypeSequence
+    {{15035, 31}, TagType::string, 0, 0, 0, 0},  // MRSpectroscopyFrameTypeSequence
+    {{15066, 30}, TagType::string, 0, 0, 0, 0},  // MRAcqPhaseEncodingStepsInPlane
+    {{15096, 33}, TagType::string, 0, 0, 0, 0},  // MRAcqPhaseEncodingStepsOutOfPlane
+    {{15129, 27}, TagType::string, 0, 0, 0, 0},  // SpectroscopyAcqPhaseColumns
+    {{15156, 20}, TagType::string, 0, 0, 0, 0},  // CardiacCyclePosition
+    {{15176, 30}, TagType::string, 0, 0, 0, 0},  // SpecificAbsorptionRateSequence
+    {{15206, 17}, TagType::string, 0, 0, 0, 0},  // RFEchoTrainLength
+    {{15223, 23}, TagType::string, 0, 0, 0, 0},  // GradientEchoTrainLength
+    {{15246, 34}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftsMinIntegrateLimitPPM
+    {{15280, 34}, TagType::string, 0, 0, 0, 0},  // ChemicalShiftsMaxIntegrateLimitPPM
+    {{15314, 25}, TagType::string, 0, 0, 0, 0},  // CTAcquisitionTypeSequence
+    {{15339, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionType
+    {{15354, 9}, TagType::string, 0, 0, 0, 0},  // TubeAngle
+    {{15363, 28}, TagType::string, 0, 0, 0, 0},  // CTAcquisitionDetailsSequence
+    {{15391, 14}, TagType::string, 0, 0, 0, 0},  // RevolutionTime
+    {{15405, 22}, TagType::string, 0, 0, 0, 0},  // SingleCollimationWidth
+    {{15427, 21}, TagType::string, 0, 0, 0, 0},  // TotalCollimationWidth
+    {{15448, 23}, TagType::string, 0, 0, 0, 0},  // CTTableDynamicsSequence
+    {{15471, 10}, TagType::string, 0, 0, 0, 0},  // TableSpeed
+    {{15481, 20}, TagType::string, 0, 0, 0, 0},  // TableFeedPerRotation
+    {{15501, 17}, TagType::string, 0, 0, 0, 0},  // SpiralPitchFactor
+    {{15518, 18}, TagType::string, 0, 0, 0, 0},  // CTGeometrySequence
+    {{15536, 27}, TagType::string, 0, 0, 0, 0},  // DataCollectionCenterPatient
+    {{15563, 24}, TagType::string, 0, 0, 0, 0},  // CTReconstructionSequence
+    {{15587, 23}, TagType::string, 0, 0, 0, 0},  // ReconstructionAlgorithm
+    {{15610, 22}, TagType::string, 0, 0, 0, 0},  // ConvolutionKernelGroup
+    {{15632, 25}, TagType::string, 0, 0, 0, 0},  // ReconstructionFieldOfView
+    {{15657, 33}, TagType::string, 0, 0, 0, 0},  // ReconstructionTargetCenterPatient
+    {{15690, 19}, TagType::string, 0, 0, 0, 0},  // ReconstructionAngle
+    {{15709, 11}, TagType::string, 0, 0, 0, 0},  // ImageFilter
+    {{15720, 18}, TagType::string, 0, 0, 0, 0},  // CTExposureSequence
+    {{15738, 26}, TagType::string, 0, 0, 0, 0},  // ReconstructionPixelSpacing
+    {{15764, 22}, TagType::string, 0, 0, 0, 0},  // ExposureModulationType
+    {{15786, 19}, TagType::string, 0, 0, 0, 0},  // EstimatedDoseSaving
+    {{15805, 21}, TagType::string, 0, 0, 0, 0},  // CTXRayDetailsSequence
+    {{15826, 18}, TagType::string, 0, 0, 0, 0},  // CTPositionSequence
+    {{15844, 13}, TagType::string, 0, 0, 0, 0},  // TablePosition
+    {{15857, 22}, TagType::string, 0, 0, 0, 0},  // ExposureTimeInMilliSec
+    {{15879, 24}, TagType::string, 0, 0, 0, 0},  // CTImageFrameTypeSequence
+    {{15903, 26}, TagType::string, 0, 0, 0, 0},  // XRayTubeCurrentInMilliAmps
+    {{15929, 21}, TagType::string, 0, 0, 0, 0},  // ExposureInMilliAmpSec
+    {{15950, 18}, TagType::string, 0, 0, 0, 0},  // ConstantVolumeFlag
+    {{15968, 15}, TagType::string, 0, 0, 0, 0},  // FluoroscopyFlag
+    {{15983, 32}, TagType::string, 0, 0, 0, 0},  // SourceToDataCollectionCenterDist
+    {{16015, 24}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgentNumber
+    {{16039, 30}, TagType::string, 0, 0, 0, 0},  // ContrastBolusIngredientCodeSeq
+    {{16069, 32}, TagType::string, 0, 0, 0, 0},  // ContrastAdministrationProfileSeq
+    {{16101, 26}, TagType::string, 0, 0, 0, 0},  // ContrastBolusUsageSequence
+    {{16127, 30}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgentAdministered
+    {{16157, 26}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgentDetected
+    {{16183, 23}, TagType::string, 0, 0, 0, 0},  // ContrastBolusAgentPhase
+    {{16206, 7}, TagType::string, 0, 0, 0, 0},  // CTDIvol
+    {{16213, 27}, TagType::string, 0, 0, 0, 0},  // CTDIPhantomTypeCodeSequence
+    {{16240, 31}, TagType::string, 0, 0, 0, 0},  // CalciumScoringMassFactorPatient
+    {{16271, 30}, TagType::string, 0, 0, 0, 0},  // CalciumScoringMassFactorDevice
+    {{16301, 21}, TagType::string, 0, 0, 0, 0},  // EnergyWeightingFactor
+    {{16322, 30}, TagType::string, 0, 0, 0, 0},  // CTAdditionalXRaySourceSequence
+    {{16352, 34}, TagType::string, 0, 0, 0, 0},  // ProjectionPixelCalibrationSequence
+    {{16386, 25}, TagType::string, 0, 0, 0, 0},  // DistanceSourceToIsocenter
+    {{16411, 24}, TagType::string, 0, 0, 0, 0},  // DistanceObjectToTableTop
+    {{16435, 32}, TagType::string, 0, 0, 0, 0},  // ObjectPixelSpacingInCenterOfBeam
+    {{16467, 26}, TagType::string, 0, 0, 0, 0},  // PositionerPositionSequence
+    {{16493, 21}, TagType::string, 0, 0, 0, 0},  // TablePositionSequence
+    {{16514, 23}, TagType::string, 0, 0, 0, 0},  // CollimatorShapeSequence
+    {{16537, 34}, TagType::string, 0, 0, 0, 0},  // XA-XRFFrameCharacteristicsSequence
+    {{16571, 24}, TagType::string, 0, 0, 0, 0},  // FrameAcquisitionSequence
+    {{16595, 16}, TagType::string, 0, 0, 0, 0},  // XRayReceptorType
+    {{16611, 23}, TagType::string, 0, 0, 0, 0},  // AcquisitionProtocolName
+    {{16634, 30}, TagType::string, 0, 0, 0, 0},  // AcquisitionProtocolDescription
+    {{16664, 29}, TagType::string, 0, 0, 0, 0},  // ContrastBolusIngredientOpaque
+    {{16693, 33}, TagType::string, 0, 0, 0, 0},  // DistanceReceptorPlaneToDetHousing
+    {{16726, 22}, TagType::string, 0, 0, 0, 0},  // IntensifierActiveShape
+    {{16748, 27}, TagType::string, 0, 0, 0, 0},  // IntensifierActiveDimensions
+    {{16775, 20}, TagType::string, 0, 0, 0, 0},  // PhysicalDetectorSize
+    {{16795, 29}, TagType::string, 0, 0, 0, 0},  // PositionOfIsocenterProjection
+    {{16824, 19}, TagType::string, 0, 0, 0, 0},  // FieldOfViewSequence
+    {{16843, 22}, TagType::string, 0, 0, 0, 0},  // FieldOfViewDescription
+    {{16865, 32}, TagType::string, 0, 0, 0, 0},  // ExposureControlSensingRegionsSeq
+    {{16897, 33}, TagType::string, 0, 0, 0, 0},  // ExposureControlSensingRegionShape
+    {{16930, 33}, TagType::string, 0, 0, 0, 0},  // ExposureControlSensRegionLeftEdge
+    {{16963, 34}, TagType::string, 0, 0, 0, 0},  // ExposureControlSensRegionRightEdge
+    {{16997, 34}, TagType::string, 0, 0, 0, 0},  // CenterOfCircExposControlSensRegion
+    {{17031, 34}, TagType::string, 0, 0, 0, 0},  // RadiusOfCircExposControlSensRegion
+    {{17065, 23}, TagType::string, 0, 0, 0, 0},  // ColumnAngulationPatient
+    {{17088, 9}, TagType::string, 0, 0, 0, 0},  // BeamAngle
+    {{17097, 31}, TagType::string, 0, 0, 0, 0},  // FrameDetectorParametersSequence
+    {{17128, 26}, TagType::string, 0, 0, 0, 0},  // CalculatedAnatomyThickness
+    {{17154, 19}, TagType::string, 0, 0, 0, 0},  // CalibrationSequence
+    {{17173, 23}, TagType::string, 0, 0, 0, 0},  // ObjectThicknessSequence
+    {{17196, 19}, TagType::string, 0, 0, 0, 0},  // PlaneIdentification
+    {{17215, 28}, TagType::string, 0, 0, 0, 0},  // FieldOfViewDimensionsInFloat
+    {{17243, 32}, TagType::string, 0, 0, 0, 0},  // IsocenterReferenceSystemSequence
+    {{17275, 31}, TagType::string, 0, 0, 0, 0},  // PositionerIsocenterPrimaryAngle
+    {{17306, 33}, TagType::string, 0, 0, 0, 0},  // PositionerIsocenterSecondaryAngle
+    {{17339, 30}, TagType::string, 0, 0, 0, 0},  // PositionerIsocenterDetRotAngle
+    {{17369, 25}, TagType::string, 0, 0, 0, 0},  // TableXPositionToIsocenter
+    {{17394, 25}, TagType::string, 0, 0, 0, 0},  // TableYPositionToIsocenter
+    {{17419, 25}, TagType::string, 0, 0, 0, 0},  // TableZPositionToIsocenter
+    {{17444, 28}, TagType::string, 0, 0, 0, 0},  // TableHorizontalRotationAngle
+    {{17472, 18}, TagType::string, 0, 0, 0, 0},  // TableHeadTiltAngle
+    {{17490, 20}, TagType::string, 0, 0, 0, 0},  // TableCradleTiltAngle
+    {{17510, 27}, TagType::string, 0, 0, 0, 0},  // FrameDisplayShutterSequence
+    {{17537, 28}, TagType::string, 0, 0, 0, 0},  // AcquiredImageAreaDoseProduct
+    {{17565, 34}, TagType::string, 0, 0, 0, 0},  // CArmPositionerTabletopRelationship
+    {{17599, 20}, TagType::string, 0, 0, 0, 0},  // XRayGeometrySequence
+    {{17619, 26}, TagType::string, 0, 0, 0, 0},  // IrradiationEventIDSequence
+    {{17645, 23}, TagType::string, 0, 0, 0, 0},  // XRay3DFrameTypeSequence
+    {{17668, 27}, TagType::string, 0, 0, 0, 0},  // ContributingSourcesSequence
+    {{17695, 25}, TagType::string, 0, 0, 0, 0},  // XRay3DAcquisitionSequence
+    {{17720, 24}, TagType::string, 0, 0, 0, 0},  // PrimaryPositionerScanArc
+    {{17744, 26}, TagType::string, 0, 0, 0, 0},  // SecondaryPositionerScanArc
+    {{17770, 31}, TagType::string, 0, 0, 0, 0},  // PrimaryPositionerScanStartAngle
+    {{17801, 33}, TagType::string, 0, 0, 0, 0},  // SecondaryPositionerScanStartAngle
+    {{17834, 26}, TagType::string, 0, 0, 0, 0},  // PrimaryPositionerIncrement
+    {{17860, 28}, TagType::string, 0, 0, 0, 0},  // SecondaryPositionerIncrement
+    {{17888, 24}, TagType::string, 0, 0, 0, 0},  // StartAcquisitionDateTime
+    {{17912, 22}, TagType::string, 0, 0, 0, 0},  // EndAcquisitionDateTime
+    {{17934, 15}, TagType::string, 0, 0, 0, 0},  // ApplicationName
+    {{17949, 18}, TagType::string, 0, 0, 0, 0},  // ApplicationVersion
+    {{17967, 23}, TagType::string, 0, 0, 0, 0},  // ApplicationManufacturer
+    {{17990, 13}, TagType::string, 0, 0, 0, 0},  // AlgorithmType
+    {{18003, 20}, TagType::string, 0, 0, 0, 0},  // AlgorithmDescription
+    {{18023, 28}, TagType::string, 0, 0, 0, 0},  // XRay3DReconstructionSequence
+    {{18051, 25}, TagType::string, 0, 0, 0, 0},  // ReconstructionDescription
+    {{18076, 32}, TagType::string, 0, 0, 0, 0},  // PerProjectionAcquisitionSequence
+    {{18108, 24}, TagType::string, 0, 0, 0, 0},  // DiffusionBMatrixSequence
+    {{18132, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueXX
+    {{18149, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueXY
+    {{18166, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueXZ
+    {{18183, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueYY
+    {{18200, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueYZ
+    {{18217, 17}, TagType::string, 0, 0, 0, 0},  // DiffusionBValueZZ
+    {{18234, 23}, TagType::string, 0, 0, 0, 0},  // DecayCorrectionDateTime
+    {{18257, 21}, TagType::string, 0, 0, 0, 0},  // StartDensityThreshold
+    {{18278, 24}, TagType::string, 0, 0, 0, 0},  // TerminationTimeThreshold
+    {{18302, 16}, TagType::string, 0, 0, 0, 0},  // DetectorGeometry
+    {{18318, 22}, TagType::string, 0, 0, 0, 0},  // AxialDetectorDimension
+    {{18340, 19}, TagType::string, 0, 0, 0, 0},  // PETPositionSequence
+    {{18359, 18}, TagType::string, 0, 0, 0, 0},  // NumberOfIterations
+    {{18377, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfSubsets
+    {{18392, 20}, TagType::string, 0, 0, 0, 0},  // PETFrameTypeSequence
+    {{18412, 18}, TagType::string, 0, 0, 0, 0},  // ReconstructionType
+    {{18430, 14}, TagType::string, 0, 0, 0, 0},  // DecayCorrected
+    {{18444, 20}, TagType::string, 0, 0, 0, 0},  // AttenuationCorrected
+    {{18464, 16}, TagType::string, 0, 0, 0, 0},  // ScatterCorrected
+    {{18480, 17}, TagType::string, 0, 0, 0, 0},  // DeadTimeCorrected
+    {{18497, 21}, TagType::string, 0, 0, 0, 0},  // GantryMotionCorrected
+    {{18518, 22}, TagType::string, 0, 0, 0, 0},  // PatientMotionCorrected
+    {{18540, 16}, TagType::string, 0, 0, 0, 0},  // RandomsCorrected
+    {{18556, 21}, TagType::string, 0, 0, 0, 0},  // SensitivityCalibrated
+    {{18577, 13}, TagType::string, 0, 0, 0, 0},  // DepthsOfFocus
+    {{18590, 22}, TagType::string, 0, 0, 0, 0},  // ExclusionStartDatetime
+    {{18612, 17}, TagType::string, 0, 0, 0, 0},  // ExclusionDuration
+    {{18629, 21}, TagType::string, 0, 0, 0, 0},  // ImageDataTypeSequence
+    {{18650, 8}, TagType::string, 0, 0, 0, 0},  // DataType
+    {{18658, 15}, TagType::string, 0, 0, 0, 0},  // AliasedDataType
+    {{18673, 29}, TagType::string, 0, 0, 0, 0},  // ContributingEquipmentSequence
+    {{18702, 20}, TagType::string, 0, 0, 0, 0},  // ContributionDateTime
+    {{18722, 23}, TagType::string, 0, 0, 0, 0},  // ContributionDescription
+    {{18745, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfCellsIInDetector
+    {{18769, 17}, TagType::string, 0, 0, 0, 0},  // CellNumberAtTheta
+    {{18786, 11}, TagType::string, 0, 0, 0, 0},  // CellSpacing
+    {{18797, 15}, TagType::string, 0, 0, 0, 0},  // HorizFrameOfRef
+    {{18812, 14}, TagType::string, 0, 0, 0, 0},  // SeriesContrast
+    {{18826, 8}, TagType::string, 0, 0, 0, 0},  // LastPseq
+    {{18834, 22}, TagType::string, 0, 0, 0, 0},  // StartNumberForBaseline
+    {{18856, 20}, TagType::string, 0, 0, 0, 0},  // EndNumberForBaseline
+    {{18876, 27}, TagType::string, 0, 0, 0, 0},  // StartNumberForEnhancedScans
+    {{18903, 25}, TagType::string, 0, 0, 0, 0},  // EndNumberForEnhancedScans
+    {{18928, 11}, TagType::string, 0, 0, 0, 0},  // SeriesPlane
+    {{18939, 12}, TagType::string, 0, 0, 0, 0},  // FirstScanRas
+    {{18951, 17}, TagType::string, 0, 0, 0, 0},  // FirstScanLocation
+    {{18968, 11}, TagType::string, 0, 0, 0, 0},  // LastScanRas
+    {{18979, 11}, TagType::string, 0, 0, 0, 0},  // LastScanLoc
+    {{18990, 18}, TagType::string, 0, 0, 0, 0},  // DisplayFieldOfView
+    {{19008, 11}, TagType::string, 0, 0, 0, 0},  // MidScanTime
+    {{19019, 11}, TagType::string, 0, 0, 0, 0},  // MidScanFlag
+    {{19030, 16}, TagType::string, 0, 0, 0, 0},  // DegreesOfAzimuth
+    {{19046, 12}, TagType::string, 0, 0, 0, 0},  // GantryPeriod
+    {{19058, 14}, TagType::string, 0, 0, 0, 0},  // XRayOnPosition
+    {{19072, 15}, TagType::string, 0, 0, 0, 0},  // XRayOffPosition
+    {{19087, 16}, TagType::string, 0, 0, 0, 0},  // NumberOfTriggers
+    {{19103, 16}, TagType::string, 0, 0, 0, 0},  // AngleOfFirstView
+    {{19119, 16}, TagType::string, 0, 0, 0, 0},  // TriggerFrequency
+    {{19135, 11}, TagType::string, 0, 0, 0, 0},  // ScanFOVType
+    {{19146, 13}, TagType::string, 0, 0, 0, 0},  // StatReconFlag
+    {{19159, 11}, TagType::string, 0, 0, 0, 0},  // ComputeType
+    {{19170, 13}, TagType::string, 0, 0, 0, 0},  // SegmentNumber
+    {{19183, 22}, TagType::string, 0, 0, 0, 0},  // TotalSegmentsRequested
+    {{19205, 14}, TagType::string, 0, 0, 0, 0},  // InterscanDelay
+    {{19219, 21}, TagType::string, 0, 0, 0, 0},  // ViewCompressionFactor
+    {{19240, 20}, TagType::string, 0, 0, 0, 0},  // TotalNoOfRefChannels
+    {{19260, 19}, TagType::string, 0, 0, 0, 0},  // DataSizeForScanData
+    {{19279, 17}, TagType::string, 0, 0, 0, 0},  // ReconPostProcflag
+    {{19296, 13}, TagType::string, 0, 0, 0, 0},  // CTWaterNumber
+    {{19309, 12}, TagType::string, 0, 0, 0, 0},  // CTBoneNumber
+    {{19321, 16}, TagType::string, 0, 0, 0, 0},  // NumberOfChannels
+    {{19337, 24}, TagType::string, 0, 0, 0, 0},  // IncrementBetweenChannels
+    {{19361, 12}, TagType::string, 0, 0, 0, 0},  // StartingView
+    {{19373, 13}, TagType::string, 0, 0, 0, 0},  // NumberOfViews
+    {{19386, 21}, TagType::string, 0, 0, 0, 0},  // IncrementBetweenViews
+    {{19407, 27}, TagType::string, 0, 0, 0, 0},  // DependantOnNoViewsProcessed
+    {{19434, 26}, TagType::string, 0, 0, 0, 0},  // FieldOfViewInDetectorCells
+    {{19460, 27}, TagType::string, 0, 0, 0, 0},  // ValueOfBackProjectionButton
+    {{19487, 26}, TagType::string, 0, 0, 0, 0},  // SetIfFatqEstimatesWereUsed
+    {{19513, 17}, TagType::string, 0, 0, 0, 0},  // ZChanAvgOverViews
+    {{19530, 26}, TagType::string, 0, 0, 0, 0},  // AvgOfLeftRefChansOverViews
+    {{19556, 20}, TagType::string, 0, 0, 0, 0},  // MaxLeftChanOverViews
+    {{19576, 27}, TagType::string, 0, 0, 0, 0},  // AvgOfRightRefChansOverViews
+    {{19603, 21}, TagType::string, 0, 0, 0, 0},  // MaxRightChanOverViews
+    {{19624, 10}, TagType::string, 0, 0, 0, 0},  // SecondEcho
+    {{19634, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfEchoes
+    {{19648, 10}, TagType::string, 0, 0, 0, 0},  // TableDelta
+    {{19658, 10}, TagType::string, 0, 0, 0, 0},  // Contiguous
+    {{19668, 7}, TagType::string, 0, 0, 0, 0},  // PeakSAR
+    {{19675, 10}, TagType::string, 0, 0, 0, 0},  // MonitorSAR
+    {{19685, 21}, TagType::string, 0, 0, 0, 0},  // CardiacRepetitionTime
+    {{19706, 21}, TagType::string, 0, 0, 0, 0},  // ImagesPerCardiacCycle
+    {{19727, 23}, TagType::string, 0, 0, 0, 0},  // ActualReceiveGainAnalog
+    {{19750, 24}, TagType::string, 0, 0, 0, 0},  // ActualReceiveGainDigital
+    {{19774, 17}, TagType::string, 0, 0, 0, 0},  // DelayAfterTrigger
+    {{19791, 6}, TagType::string, 0, 0, 0, 0},  // Swappf
+    {{19797, 13}, TagType::string, 0, 0, 0, 0},  // PauseInterval
+    {{19810, 9}, TagType::string, 0, 0, 0, 0},  // PulseTime
+    {{19819, 21}, TagType::string, 0, 0, 0, 0},  // SliceOffsetOnFreqAxis
+    {{19840, 15}, TagType::string, 0, 0, 0, 0},  // CenterFrequency
+    {{19855, 12}, TagType::string, 0, 0, 0, 0},  // TransmitGain
+    {{19867, 18}, TagType::string, 0, 0, 0, 0},  // AnalogReceiverGain
+    {{19885, 19}, TagType::string, 0, 0, 0, 0},  // DigitalReceiverGain
+    {{19904, 17}, TagType::string, 0, 0, 0, 0},  // BitmapDefiningCVs
+    {{19921, 16}, TagType::string, 0, 0, 0, 0},  // CenterFreqMethod
+    {{19937, 12}, TagType::string, 0, 0, 0, 0},  // PulseSeqMode
+    {{19949, 12}, TagType::string, 0, 0, 0, 0},  // PulseSeqName
+    {{19961, 12}, TagType::string, 0, 0, 0, 0},  // PulseSeqDate
+    {{19973, 20}, TagType::string, 0, 0, 0, 0},  // InternalPulseSeqName
+    {{19993, 16}, TagType::string, 0, 0, 0, 0},  // TransmittingCoil
+    {{20009, 15}, TagType::string, 0, 0, 0, 0},  // SurfaceCoilType
+    {{20024, 17}, TagType::string, 0, 0, 0, 0},  // ExtremityCoilFlag
+    {{20041, 16}, TagType::string, 0, 0, 0, 0},  // RawDataRunNumber
+    {{20057, 23}, TagType::string, 0, 0, 0, 0},  // CalibratedFieldStrength
+    {{20080, 15}, TagType::string, 0, 0, 0, 0},  // SATFatWaterBone
+    {{20095, 16}, TagType::string, 0, 0, 0, 0},  // ReceiveBandwidth
+    {{20111, 10}, TagType::string, 0, 0, 0, 0},  // UserData01
+    {{20121, 10}, TagType::string, 0, 0, 0, 0},  // UserData02
+    {{20131, 10}, TagType::string, 0, 0, 0, 0},  // UserData03
+    {{20141, 10}, TagType::string, 0, 0, 0, 0},  // UserData04
+    {{20151, 10}, TagType::string, 0, 0, 0, 0},  // UserData05
+    {{20161, 10}, TagType::string, 0, 0, 0, 0},  // UserData06
+    {{20171, 10}, TagType::string, 0, 0, 0, 0},  // UserData07
+    {{20181, 10}, TagType::string, 0, 0, 0, 0},  // UserData08
+    {{20191, 10}, TagType::string, 0, 0, 0, 0},  // UserData09
+    {{20201, 10}, TagType::string, 0, 0, 0, 0},  // UserData10
+    {{20211, 10}, TagType::string, 0, 0, 0, 0},  // UserData11
+    {{20221, 10}, TagType::string, 0, 0, 0, 0},  // UserData12
+    {{20231, 10}, TagType::string, 0, 0, 0, 0},  // UserData13
+    {{20241, 10}, TagType::string, 0, 0, 0, 0},  // UserData14
+    {{20251, 10}, TagType::string, 0, 0, 0, 0},  // UserData15
+    {{20261, 10}, TagType::string, 0, 0, 0, 0},  // UserData16
+    {{20271, 10}, TagType::string, 0, 0, 0, 0},  // UserData17
+    {{20281, 10}, TagType::string, 0, 0, 0, 0},  // UserData18
+    {{20291, 10}, TagType::string, 0, 0, 0, 0},  // UserData19
+    {{20301, 10}, TagType::string, 0, 0, 0, 0},  // UserData20
+    {{20311, 10}, TagType::string, 0, 0, 0, 0},  // UserData21
+    {{20321, 10}, TagType::string, 0, 0, 0, 0},  // UserData22
+    {{20331, 10}, TagType::string, 0, 0, 0, 0},  // UserData23
+    {{20341, 15}, TagType::string, 0, 0, 0, 0},  // ProjectionAngle
+    {{20356, 16}, TagType::string, 0, 0, 0, 0},  // SaturationPlanes
+    {{20372, 20}, TagType::string, 0, 0, 0, 0},  // SurfaceCoilIntensity
+    {{20392, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationR
+    {{20404, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationL
+    {{20416, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationA
+    {{20428, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationP
+    {{20440, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationH
+    {{20452, 12}, TagType::string, 0, 0, 0, 0},  // SATLocationF
+    {{20464, 15}, TagType::string, 0, 0, 0, 0},  // SATThicknessR-L
+    {{20479, 15}, TagType::string, 0, 0, 0, 0},  // SATThicknessA-P
+    {{20494, 15}, TagType::string, 0, 0, 0, 0},  // SATThicknessH-F
+    {{20509, 18}, TagType::string, 0, 0, 0, 0},  // PrescribedFlowAxis
+    {{20527, 16}, TagType::string, 0, 0, 0, 0},  // VelocityEncoding
+    {{20543, 19}, TagType::string, 0, 0, 0, 0},  // ThicknessDisclaimer
+    {{20562, 11}, TagType::string, 0, 0, 0, 0},  // PrescanType
+    {{20573, 13}, TagType::string, 0, 0, 0, 0},  // PrescanStatus
+    {{20586, 11}, TagType::string, 0, 0, 0, 0},  // RawDataType
+    {{20597, 19}, TagType::string, 0, 0, 0, 0},  // ProjectionAlgorithm
+    {{20616, 14}, TagType::string, 0, 0, 0, 0},  // FractionalEcho
+    {{20630, 9}, TagType::string, 0, 0, 0, 0},  // PrepPulse
+    {{20639, 13}, TagType::string, 0, 0, 0, 0},  // CardiacPhases
+    {{20652, 16}, TagType::string, 0, 0, 0, 0},  // VariableEchoflag
+    {{20668, 15}, TagType::string, 0, 0, 0, 0},  // ConcatenatedSAT
+    {{20683, 20}, TagType::string, 0, 0, 0, 0},  // ReferenceChannelUsed
+    {{20703, 24}, TagType::string, 0, 0, 0, 0},  // BackProjectorCoefficient
+    {{20727, 26}, TagType::string, 0, 0, 0, 0},  // PrimarySpeedCorrectionUsed
+    {{20753, 23}, TagType::string, 0, 0, 0, 0},  // OverrangeCorrectionUsed
+    {{20776, 18}, TagType::string, 0, 0, 0, 0},  // DynamicZAlphaValue
+    {{20794, 8}, TagType::string, 0, 0, 0, 0},  // UserData
+    {{20802, 19}, TagType::string, 0, 0, 0, 0},  // VelocityEncodeScale
+    {{20821, 10}, TagType::string, 0, 0, 0, 0},  // FastPhases
+    {{20831, 16}, TagType::string, 0, 0, 0, 0},  // TransmissionGain
+    {{20847, 23}, TagType::string, 0, 0, 0, 0},  // RelationshipGroupLength
+    {{20870, 16}, TagType::string, 0, 0, 0, 0},  // StudyInstanceUID
+    {{20886, 17}, TagType::string, 0, 0, 0, 0},  // SeriesInstanceUID
+    {{20903, 7}, TagType::string, 0, 0, 0, 0},  // StudyID
+    {{20910, 12}, TagType::string, 0, 0, 0, 0},  // SeriesNumber
+    {{20922, 17}, TagType::string, 0, 0, 0, 0},  // AcquisitionNumber
+    {{20939, 14}, TagType::string, 0, 0, 0, 0},  // InstanceNumber
+    {{20953, 13}, TagType::string, 0, 0, 0, 0},  // IsotopeNumber
+    {{20966, 11}, TagType::string, 0, 0, 0, 0},  // PhaseNumber
+    {{20977, 14}, TagType::string, 0, 0, 0, 0},  // IntervalNumber
+    {{20991, 14}, TagType::string, 0, 0, 0, 0},  // TimeSlotNumber
+    {{21005, 11}, TagType::string, 0, 0, 0, 0},  // AngleNumber
+    {{21016, 10}, TagType::string, 0, 0, 0, 0},  // ItemNumber
+    {{21026, 18}, TagType::string, 0, 0, 0, 0},  // PatientOrientation
+    {{21044, 13}, TagType::string, 0, 0, 0, 0},  // OverlayNumber
+    {{21057, 11}, TagType::string, 0, 0, 0, 0},  // CurveNumber
+    {{21068, 17}, TagType::string, 0, 0, 0, 0},  // LookupTableNumber
+    {{21085, 13}, TagType::string, 0, 0, 0, 0},  // ImagePosition
+    {{21098, 20}, TagType::string, 0, 0, 0, 0},  // ImagePositionPatient
+    {{21118, 16}, TagType::string, 0, 0, 0, 0},  // ImageOrientation
+    {{21134, 23}, TagType::string, 0, 0, 0, 0},  // ImageOrientationPatient
+    {{21157, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{21165, 19}, TagType::string, 0, 0, 0, 0},  // FrameOfReferenceUID
+    {{21184, 10}, TagType::string, 0, 0, 0, 0},  // Laterality
+    {{21194, 15}, TagType::string, 0, 0, 0, 0},  // ImageLaterality
+    {{21209, 17}, TagType::string, 0, 0, 0, 0},  // ImageGeometryType
+    {{21226, 12}, TagType::string, 0, 0, 0, 0},  // MaskingImage
+    {{21238, 26}, TagType::string, 0, 0, 0, 0},  // TemporalPositionIdentifier
+    {{21264, 25}, TagType::string, 0, 0, 0, 0},  // NumberOfTemporalPositions
+    {{21289, 18}, TagType::string, 0, 0, 0, 0},  // TemporalResolution
+    {{21307, 34}, TagType::string, 0, 0, 0, 0},  // SynchronizationFrameOfReferenceUID
+    {{21341, 13}, TagType::string, 0, 0, 0, 0},  // SeriesInStudy
+    {{21354, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionsInSeries
+    {{21374, 19}, TagType::string, 0, 0, 0, 0},  // ImagesInAcquisition
+    {{21393, 14}, TagType::string, 0, 0, 0, 0},  // ImagesInSeries
+    {{21407, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionsInStudy
+    {{21426, 13}, TagType::string, 0, 0, 0, 0},  // ImagesInStudy
+    {{21439, 9}, TagType::string, 0, 0, 0, 0},  // Reference
+    {{21448, 26}, TagType::string, 0, 0, 0, 0},  // PositionReferenceIndicator
+    {{21474, 13}, TagType::string, 0, 0, 0, 0},  // SliceLocation
+    {{21487, 17}, TagType::string, 0, 0, 0, 0},  // OtherStudyNumbers
+    {{21504, 29}, TagType::string, 0, 0, 0, 0},  // NumberOfPatientRelatedStudies
+    {{21533, 28}, TagType::string, 0, 0, 0, 0},  // NumberOfPatientRelatedSeries
+    {{21561, 31}, TagType::string, 0, 0, 0, 0},  // NumberOfPatientRelatedInstances
+    {{21592, 26}, TagType::string, 0, 0, 0, 0},  // NumberOfStudyRelatedSeries
+    {{21618, 29}, TagType::string, 0, 0, 0, 0},  // NumberOfStudyRelatedInstances
+    {{21647, 30}, TagType::string, 0, 0, 0, 0},  // NumberOfSeriesRelatedInstances
+    {{21677, 14}, TagType::string, 0, 0, 0, 0},  // SourceImageIDs
+    {{21691, 17}, TagType::string, 0, 0, 0, 0},  // ModifyingDeviceID
+    {{21708, 15}, TagType::string, 0, 0, 0, 0},  // ModifiedImageID
+    {{21723, 17}, TagType::string, 0, 0, 0, 0},  // ModifiedImageDate
+    {{21740, 27}, TagType::string, 0, 0, 0, 0},  // ModifyingDeviceManufacturer
+    {{21767, 17}, TagType::string, 0, 0, 0, 0},  // ModifiedImageTime
+    {{21784, 24}, TagType::string, 0, 0, 0, 0},  // ModifiedImageDescription
+    {{21808, 13}, TagType::string, 0, 0, 0, 0},  // ImageComments
+    {{21821, 27}, TagType::string, 0, 0, 0, 0},  // OriginalImageIdentification
+    {{21848, 30}, TagType::string, 0, 0, 0, 0},  // OriginalImageIdentNomenclature
+    {{21878, 7}, TagType::string, 0, 0, 0, 0},  // StackID
+    {{21885, 21}, TagType::string, 0, 0, 0, 0},  // InStackPositionNumber
+    {{21906, 20}, TagType::string, 0, 0, 0, 0},  // FrameAnatomySequence
+    {{21926, 15}, TagType::string, 0, 0, 0, 0},  // FrameLaterality
+    {{21941, 20}, TagType::string, 0, 0, 0, 0},  // FrameContentSequence
+    {{21961, 21}, TagType::string, 0, 0, 0, 0},  // PlanePositionSequence
+    {{21982, 24}, TagType::string, 0, 0, 0, 0},  // PlaneOrientationSequence
+    {{22006, 21}, TagType::string, 0, 0, 0, 0},  // TemporalPositionIndex
+    {{22027, 16}, TagType::string, 0, 0, 0, 0},  // TriggerDelayTime
+    {{22043, 22}, TagType::string, 0, 0, 0, 0},  // FrameAcquisitionNumber
+    {{22065, 20}, TagType::string, 0, 0, 0, 0},  // DimensionIndexValues
+    {{22085, 13}, TagType::string, 0, 0, 0, 0},  // FrameComments
+    {{22098, 16}, TagType::string, 0, 0, 0, 0},  // ConcatenationUID
+    {{22114, 21}, TagType::string, 0, 0, 0, 0},  // InConcatenationNumber
+    {{22135, 26}, TagType::string, 0, 0, 0, 0},  // InConcatenationTotalNumber
+    {{22161, 24}, TagType::string, 0, 0, 0, 0},  // DimensionOrganizationUID
+    {{22185, 21}, TagType::string, 0, 0, 0, 0},  // DimensionIndexPointer
+    {{22206, 22}, TagType::string, 0, 0, 0, 0},  // FunctionalGroupPointer
+    {{22228, 28}, TagType::string, 0, 0, 0, 0},  // DimensionIndexPrivateCreator
+    {{22256, 29}, TagType::string, 0, 0, 0, 0},  // DimensionOrganizationSequence
+    {{22285, 22}, TagType::string, 0, 0, 0, 0},  // DimensionIndexSequence
+    {{22307, 30}, TagType::string, 0, 0, 0, 0},  // ConcatenationFrameOffsetNumber
+    {{22337, 29}, TagType::string, 0, 0, 0, 0},  // FunctionalGroupPrivateCreator
+    {{22366, 31}, TagType::string, 0, 0, 0, 0},  // NominalPercentageOfCardiacPhase
+    {{22397, 32}, TagType::string, 0, 0, 0, 0},  // NominalPercentOfRespiratoryPhase
+    {{22429, 28}, TagType::string, 0, 0, 0, 0},  // StartingRespiratoryAmplitude
+    {{22457, 24}, TagType::string, 0, 0, 0, 0},  // StartingRespiratoryPhase
+    {{22481, 26}, TagType::string, 0, 0, 0, 0},  // EndingRespiratoryAmplitude
+    {{22507, 22}, TagType::string, 0, 0, 0, 0},  // EndingRespiratoryPhase
+    {{22529, 22}, TagType::string, 0, 0, 0, 0},  // RespiratoryTriggerType
+    {{22551, 21}, TagType::string, 0, 0, 0, 0},  // RRIntervalTimeNominal
+    {{22572, 29}, TagType::string, 0, 0, 0, 0},  // ActualCardiacTriggerDelayTime
+    {{22601, 34}, TagType::string, 0, 0, 0, 0},  // RespiratorySynchronizationSequence
+    {{22635, 23}, TagType::string, 0, 0, 0, 0},  // RespiratoryIntervalTime
+    {{22658, 34}, TagType::string, 0, 0, 0, 0},  // NominalRespiratoryTriggerDelayTime
+    {{22692, 32}, TagType::string, 0, 0, 0, 0},  // RespiratoryTriggerDelayThreshold
+    {{22724, 33}, TagType::string, 0, 0, 0, 0},  // ActualRespiratoryTriggerDelayTime
+    {{22757, 19}, TagType::string, 0, 0, 0, 0},  // ImagePositionVolume
+    {{22776, 22}, TagType::string, 0, 0, 0, 0},  // ImageOrientationVolume
+    {{22798, 12}, TagType::string, 0, 0, 0, 0},  // ApexPosition
+    {{22810, 25}, TagType::string, 0, 0, 0, 0},  // DimensionDescriptionLabel
+    {{22835, 33}, TagType::string, 0, 0, 0, 0},  // PatientOrientationInFrameSequence
+    {{22868, 10}, TagType::string, 0, 0, 0, 0},  // FrameLabel
+    {{22878, 16}, TagType::string, 0, 0, 0, 0},  // AcquisitionIndex
+    {{22894, 30}, TagType::string, 0, 0, 0, 0},  // ContributingSOPInstancesRefSeq
+    {{22924, 19}, TagType::string, 0, 0, 0, 0},  // ReconstructionIndex
+    {{22943, 25}, TagType::string, 0, 0, 0, 0},  // SeriesFromWhichPrescribed
+    {{22968, 20}, TagType::string, 0, 0, 0, 0},  // SeriesRecordChecksum
+    {{22988, 22}, TagType::string, 0, 0, 0, 0},  // AcqreconRecordChecksum
+    {{23010, 18}, TagType::string, 0, 0, 0, 0},  // TableStartLocation
+    {{23028, 24}, TagType::string, 0, 0, 0, 0},  // ImageFromWhichPrescribed
+    {{23052, 12}, TagType::string, 0, 0, 0, 0},  // ScreenFormat
+    {{23064, 27}, TagType::string, 0, 0, 0, 0},  // AnatomicalReferenceForScout
+    {{23091, 22}, TagType::string, 0, 0, 0, 0},  // LocationsInAcquisition
+    {{23113, 21}, TagType::string, 0, 0, 0, 0},  // GraphicallyPrescribed
+    {{23134, 22}, TagType::string, 0, 0, 0, 0},  // RotationFromSourceXRot
+    {{23156, 22}, TagType::string, 0, 0, 0, 0},  // RotationFromSourceYRot
+    {{23178, 22}, TagType::string, 0, 0, 0, 0},  // RotationFromSourceZRot
+    {{23200, 11}, TagType::string, 0, 0, 0, 0},  // IntegerSlop
+    {{23211, 9}, TagType::string, 0, 0, 0, 0},  // FloatSlop
+    {{23220, 20}, TagType::string, 0, 0, 0, 0},  // AutoWindowLevelAlpha
+    {{23240, 19}, TagType::string, 0, 0, 0, 0},  // AutoWindowLevelBeta
+    {{23259, 21}, TagType::string, 0, 0, 0, 0},  // AutoWindowLevelWindow
+    {{23280, 18}, TagType::string, 0, 0, 0, 0},  // ToWindowLevelLevel
+    {{23298, 21}, TagType::string, 0, 0, 0, 0},  // TubeFocalSpotPosition
+    {{23319, 14}, TagType::string, 0, 0, 0, 0},  // BiopsyPosition
+    {{23333, 15}, TagType::string, 0, 0, 0, 0},  // BiopsyTLocation
+    {{23348, 17}, TagType::string, 0, 0, 0, 0},  // BiopsyRefLocation
+    {{23365, 33}, TagType::string, 0, 0, 0, 0},  // LightPathFilterPassThroughWavelen
+    {{23398, 23}, TagType::string, 0, 0, 0, 0},  // LightPathFilterPassBand
+    {{23421, 33}, TagType::string, 0, 0, 0, 0},  // ImagePathFilterPassThroughWavelen
+    {{23454, 23}, TagType::string, 0, 0, 0, 0},  // ImagePathFilterPassBand
+    {{23477, 27}, TagType::string, 0, 0, 0, 0},  // PatientEyeMovementCommanded
+    {{23504, 32}, TagType::string, 0, 0, 0, 0},  // PatientEyeMovementCommandCodeSeq
+    {{23536, 18}, TagType::string, 0, 0, 0, 0},  // SphericalLensPower
+    {{23554, 17}, TagType::string, 0, 0, 0, 0},  // CylinderLensPower
+    {{23571, 12}, TagType::string, 0, 0, 0, 0},  // CylinderAxis
+    {{23583, 23}, TagType::string, 0, 0, 0, 0},  // EmmetropicMagnification
+    {{23606, 19}, TagType::string, 0, 0, 0, 0},  // IntraOcularPressure
+    {{23625, 21}, TagType::string, 0, 0, 0, 0},  // HorizontalFieldOfView
+    {{23646, 12}, TagType::string, 0, 0, 0, 0},  // PupilDilated
+    {{23658, 16}, TagType::string, 0, 0, 0, 0},  // DegreeOfDilation
+    {{23674, 19}, TagType::string, 0, 0, 0, 0},  // StereoBaselineAngle
+    {{23693, 26}, TagType::string, 0, 0, 0, 0},  // StereoBaselineDisplacement
+    {{23719, 27}, TagType::string, 0, 0, 0, 0},  // StereoHorizontalPixelOffset
+    {{23746, 25}, TagType::string, 0, 0, 0, 0},  // StereoVerticalPixelOffset
+    {{23771, 14}, TagType::string, 0, 0, 0, 0},  // StereoRotation
+    {{23785, 33}, TagType::string, 0, 0, 0, 0},  // AcquisitionDeviceTypeCodeSequence
+    {{23818, 28}, TagType::string, 0, 0, 0, 0},  // IlluminationTypeCodeSequence
+    {{23846, 31}, TagType::string, 0, 0, 0, 0},  // LightPathFilterTypeStackCodeSeq
+    {{23877, 31}, TagType::string, 0, 0, 0, 0},  // ImagePathFilterTypeStackCodeSeq
+    {{23908, 18}, TagType::string, 0, 0, 0, 0},  // LensesCodeSequence
+    {{23926, 30}, TagType::string, 0, 0, 0, 0},  // ChannelDescriptionCodeSequence
+    {{23956, 23}, TagType::string, 0, 0, 0, 0},  // RefractiveStateSequence
+    {{23979, 26}, TagType::string, 0, 0, 0, 0},  // MydriaticAgentCodeSequence
+    {{24005, 33}, TagType::string, 0, 0, 0, 0},  // RelativeImagePositionCodeSequence
+    {{24038, 19}, TagType::string, 0, 0, 0, 0},  // StereoPairsSequence
+    {{24057, 17}, TagType::string, 0, 0, 0, 0},  // LeftImageSequence
+    {{24074, 18}, TagType::string, 0, 0, 0, 0},  // RightImageSequence
+    {{24092, 19}, TagType::string, 0, 0, 0, 0},  // AxialLengthOfTheEye
+    {{24111, 31}, TagType::string, 0, 0, 0, 0},  // OphthalmicFrameLocationSequence
+    {{24142, 20}, TagType::string, 0, 0, 0, 0},  // ReferenceCoordinates
+    {{24162, 22}, TagType::string, 0, 0, 0, 0},  // DepthSpatialResolution
+    {{24184, 22}, TagType::string, 0, 0, 0, 0},  // MaximumDepthDistortion
+    {{24206, 26}, TagType::string, 0, 0, 0, 0},  // AlongScanSpatialResolution
+    {{24232, 26}, TagType::string, 0, 0, 0, 0},  // MaximumAlongScanDistortion
+    {{24258, 26}, TagType::string, 0, 0, 0, 0},  // OphthalmicImageOrientation
+    {{24284, 22}, TagType::string, 0, 0, 0, 0},  // DepthOfTransverseImage
+    {{24306, 26}, TagType::string, 0, 0, 0, 0},  // MydriaticAgentConcUnitsSeq
+    {{24332, 27}, TagType::string, 0, 0, 0, 0},  // AcrossScanSpatialResolution
+    {{24359, 27}, TagType::string, 0, 0, 0, 0},  // MaximumAcrossScanDistortion
+    {{24386, 27}, TagType::string, 0, 0, 0, 0},  // MydriaticAgentConcentration
+    {{24413, 22}, TagType::string, 0, 0, 0, 0},  // IlluminationWaveLength
+    {{24435, 17}, TagType::string, 0, 0, 0, 0},  // IlluminationPower
+    {{24452, 21}, TagType::string, 0, 0, 0, 0},  // IlluminationBandwidth
+    {{24473, 22}, TagType::string, 0, 0, 0, 0},  // MydriaticAgentSequence
+    {{24495, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfSeriesInStudy
+    {{24516, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfUnarchivedSeries
+    {{24540, 19}, TagType::string, 0, 0, 0, 0},  // ReferenceImageField
+    {{24559, 12}, TagType::string, 0, 0, 0, 0},  // SummaryImage
+    {{24571, 25}, TagType::string, 0, 0, 0, 0},  // StartTimeSecsInFirstAxial
+    {{24596, 19}, TagType::string, 0, 0, 0, 0},  // NoofUpdatesToHeader
+    {{24615, 34}, TagType::string, 0, 0, 0, 0},  // IndicatesIfTheStudyHasCompleteInfo
+    {{24649, 21}, TagType::string, 0, 0, 0, 0},  // LastPulseSequenceUsed
+    {{24670, 15}, TagType::string, 0, 0, 0, 0},  // LandmarkCounter
+    {{24685, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfAcquisitions
+    {{24705, 28}, TagType::string, 0, 0, 0, 0},  // IndicatesNoofUpdatesToHeader
+    {{24733, 18}, TagType::string, 0, 0, 0, 0},  // SeriesCompleteFlag
+    {{24751, 22}, TagType::string, 0, 0, 0, 0},  // NumberOfImagesArchived
+    {{24773, 19}, TagType::string, 0, 0, 0, 0},  // LastImageNumberUsed
+    {{24792, 27}, TagType::string, 0, 0, 0, 0},  // PrimaryReceiverSuiteAndHost
+    {{24819, 16}, TagType::string, 0, 0, 0, 0},  // ImageArchiveFlag
+    {{24835, 9}, TagType::string, 0, 0, 0, 0},  // ScoutType
+    {{24844, 7}, TagType::string, 0, 0, 0, 0},  // VmaMamp
+    {{24851, 8}, TagType::string, 0, 0, 0, 0},  // VmaPhase
+    {{24859, 6}, TagType::string, 0, 0, 0, 0},  // VmaMod
+    {{24865, 7}, TagType::string, 0, 0, 0, 0},  // VmaClip
+    {{24872, 18}, TagType::string, 0, 0, 0, 0},  // SmartScanOnOffFlag
+    {{24890, 20}, TagType::string, 0, 0, 0, 0},  // ForeignImageRevision
+    {{24910, 11}, TagType::string, 0, 0, 0, 0},  // ImagingMode
+    {{24921, 13}, TagType::string, 0, 0, 0, 0},  // PulseSequence
+    {{24934, 14}, TagType::string, 0, 0, 0, 0},  // ImagingOptions
+    {{24948, 9}, TagType::string, 0, 0, 0, 0},  // PlaneType
+    {{24957, 12}, TagType::string, 0, 0, 0, 0},  // ObliquePlane
+    {{24969, 24}, TagType::string, 0, 0, 0, 0},  // RASLetterOfImageLocation
+    {{24993, 13}, TagType::string, 0, 0, 0, 0},  // ImageLocation
+    {{25006, 24}, TagType::string, 0, 0, 0, 0},  // CenterRCoordOfPlaneImage
+    {{25030, 24}, TagType::string, 0, 0, 0, 0},  // CenterACoordOfPlaneImage
+    {{25054, 24}, TagType::string, 0, 0, 0, 0},  // CenterSCoordOfPlaneImage
+    {{25078, 12}, TagType::string, 0, 0, 0, 0},  // NormalRCoord
+    {{25090, 12}, TagType::string, 0, 0, 0, 0},  // NormalACoord
+    {{25102, 12}, TagType::string, 0, 0, 0, 0},  // NormalSCoord
+    {{25114, 22}, TagType::string, 0, 0, 0, 0},  // RCoordOfTopRightCorner
+    {{25136, 22}, TagType::string, 0, 0, 0, 0},  // ACoordOfTopRightCorner
+    {{25158, 22}, TagType::string, 0, 0, 0, 0},  // SCoordOfTopRightCorner
+    {{25180, 25}, TagType::string, 0, 0, 0, 0},  // RCoordOfBottomRightCorner
+    {{25205, 25}, TagType::string, 0, 0, 0, 0},  // ACoordOfBottomRightCorner
+    {{25230, 25}, TagType::string, 0, 0, 0, 0},  // SCoordOfBottomRightCorner
+    {{25255, 16}, TagType::string, 0, 0, 0, 0},  // TableEndLocation
+    {{25271, 23}, TagType::string, 0, 0, 0, 0},  // RASLetterForSideOfImage
+    {{25294, 29}, TagType::string, 0, 0, 0, 0},  // RASLetterForAnteriorPosterior
+    {{25323, 25}, TagType::string, 0, 0, 0, 0},  // RASLetterForScoutStartLoc
+    {{25348, 23}, TagType::string, 0, 0, 0, 0},  // RASLetterForScoutEndLoc
+    {{25371, 15}, TagType::string, 0, 0, 0, 0},  // ImageDimensionX
+    {{25386, 15}, TagType::string, 0, 0, 0, 0},  // ImageDimensionY
+    {{25401, 19}, TagType::string, 0, 0, 0, 0},  // NumberOfExcitations
+    {{25420, 28}, TagType::string, 0, 0, 0, 0},  // ImagePresentationGroupLength
+    {{25448, 15}, TagType::string, 0, 0, 0, 0},  // SamplesPerPixel
+    {{25463, 19}, TagType::string, 0, 0, 0, 0},  // SamplesPerPixelUsed
+    {{25482, 25}, TagType::string, 0, 0, 0, 0},  // PhotometricInterpretation
+    {{25507, 15}, TagType::string, 0, 0, 0, 0},  // ImageDimensions
+    {{25522, 19}, TagType::string, 0, 0, 0, 0},  // PlanarConfiguration
+    {{25541, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfFrames
+    {{25555, 21}, TagType::string, 0, 0, 0, 0},  // FrameIncrementPointer
+    {{25576, 21}, TagType::string, 0, 0, 0, 0},  // FrameDimensionPointer
+    {{25597, 4}, TagType::string, 0, 0, 0, 0},  // Rows
+    {{25601, 7}, TagType::string, 0, 0, 0, 0},  // Columns
+    {{25608, 6}, TagType::string, 0, 0, 0, 0},  // Planes
+    {{25614, 26}, TagType::string, 0, 0, 0, 0},  // UltrasoundColorDataPresent
+    {{25640, 12}, TagType::string, 0, 0, 0, 0},  // PixelSpacing
+    {{25652, 10}, TagType::string, 0, 0, 0, 0},  // ZoomFactor
+    {{25662, 10}, TagType::string, 0, 0, 0, 0},  // ZoomCenter
+    {{25672, 16}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatio
+    {{25688, 11}, TagType::string, 0, 0, 0, 0},  // ImageFormat
+    {{25699, 16}, TagType::string, 0, 0, 0, 0},  // ManipulatedImage
+    {{25715, 14}, TagType::string, 0, 0, 0, 0},  // CorrectedImage
+    {{25729, 26}, TagType::string, 0, 0, 0, 0},  // CompressionRecognitionCode
+    {{25755, 15}, TagType::string, 0, 0, 0, 0},  // CompressionCode
+    {{25770, 21}, TagType::string, 0, 0, 0, 0},  // CompressionOriginator
+    {{25791, 16}, TagType::string, 0, 0, 0, 0},  // CompressionLabel
+    {{25807, 22}, TagType::string, 0, 0, 0, 0},  // CompressionDescription
+    {{25829, 19}, TagType::string, 0, 0, 0, 0},  // CompressionSequence
+    {{25848, 23}, TagType::string, 0, 0, 0, 0},  // CompressionStepPointers
+    {{25871, 14}, TagType::string, 0, 0, 0, 0},  // RepeatInterval
+    {{25885, 11}, TagType::string, 0, 0, 0, 0},  // BitsGrouped
+    {{25896, 14}, TagType::string, 0, 0, 0, 0},  // PerimeterTable
+    {{25910, 14}, TagType::string, 0, 0, 0, 0},  // PerimeterValue
+    {{25924, 13}, TagType::string, 0, 0, 0, 0},  // PredictorRows
+    {{25937, 16}, TagType::string, 0, 0, 0, 0},  // PredictorColumns
+    {{25953, 18}, TagType::string, 0, 0, 0, 0},  // PredictorConstants
+    {{25971, 13}, TagType::string, 0, 0, 0, 0},  // BlockedPixels
+    {{25984, 9}, TagType::string, 0, 0, 0, 0},  // BlockRows
+    {{25993, 12}, TagType::string, 0, 0, 0, 0},  // BlockColumns
+    {{26005, 10}, TagType::string, 0, 0, 0, 0},  // RowOverlap
+    {{26015, 13}, TagType::string, 0, 0, 0, 0},  // ColumnOverlap
+    {{26028, 13}, TagType::string, 0, 0, 0, 0},  // BitsAllocated
+    {{26041, 10}, TagType::string, 0, 0, 0, 0},  // BitsStored
+    {{26051, 7}, TagType::string, 0, 0, 0, 0},  // HighBit
+    {{26058, 19}, TagType::string, 0, 0, 0, 2},  // PixelRepresentation
+    {{26077, 23}, TagType::string, 0, 0, 0, 0},  // SmallestValidPixelValue
+    {{26100, 22}, TagType::string, 0, 0, 0, 0},  // LargestValidPixelValue
+    {{26122, 23}, TagType::string, 0, 0, 0, 0},  // SmallestImagePixelValue
+    {{26145, 22}, TagType::string, 0, 0, 0, 0},  // LargestImagePixelValue
+    {{26167, 26}, TagType::string, 0, 0, 0, 0},  // SmallestPixelValueInSeries
+    {{26193, 25}, TagType::string, 0, 0, 0, 0},  // LargestPixelValueInSeries
+    {{26218, 30}, TagType::string, 0, 0, 0, 0},  // SmallestImagePixelValueInPlane
+    {{26248, 29}, TagType::string, 0, 0, 0, 0},  // LargestImagePixelValueInPlane
+    {{26277, 17}, TagType::string, 0, 0, 0, 0},  // PixelPaddingValue
+    {{26294, 22}, TagType::string, 0, 0, 0, 0},  // PixelPaddingRangeLimit
+    {{26316, 19}, TagType::string, 0, 0, 0, 0},  // QualityControlImage
+    {{26335, 18}, TagType::string, 0, 0, 0, 0},  // BurnedInAnnotation
+    {{26353, 14}, TagType::string, 0, 0, 0, 0},  // TransformLabel
+    {{26367, 22}, TagType::string, 0, 0, 0, 0},  // TransformVersionNumber
+    {{26389, 22}, TagType::string, 0, 0, 0, 0},  // NumberOfTransformSteps
+    {{26411, 24}, TagType::string, 0, 0, 0, 0},  // SequenceOfCompressedData
+    {{26435, 21}, TagType::string, 0, 0, 0, 0},  // DetailsOfCoefficients
+    {{26456, 17}, TagType::string, 0, 0, 0, 0},  // CoefficientCoding
+    {{26473, 25}, TagType::string, 0, 0, 0, 0},  // CoefficientCodingPointers
+    {{26498, 8}, TagType::string, 0, 0, 0, 0},  // DCTLabel
+    {{26506, 20}, TagType::string, 0, 0, 0, 0},  // DataBlockDescription
+    {{26526, 9}, TagType::string, 0, 0, 0, 0},  // DataBlock
+    {{26535, 25}, TagType::string, 0, 0, 0, 0},  // NormalizationFactorFormat
+    {{26560, 20}, TagType::string, 0, 0, 0, 0},  // ZonalMapNumberFormat
+    {{26580, 16}, TagType::string, 0, 0, 0, 0},  // ZonalMapLocation
+    {{26596, 14}, TagType::string, 0, 0, 0, 0},  // ZonalMapFormat
+    {{26610, 17}, TagType::string, 0, 0, 0, 0},  // AdaptiveMapFormat
+    {{26627, 16}, TagType::string, 0, 0, 0, 0},  // CodeNumberFormat
+    {{26643, 9}, TagType::string, 0, 0, 0, 0},  // CodeLabel
+    {{26652, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfTables
+    {{26666, 17}, TagType::string, 0, 0, 0, 0},  // CodeTableLocation
+    {{26683, 15}, TagType::string, 0, 0, 0, 0},  // BitsForCodeWord
+    {{26698, 17}, TagType::string, 0, 0, 0, 0},  // ImageDataLocation
+    {{26715, 27}, TagType::string, 0, 0, 0, 0},  // PixelSpacingCalibrationType
+    {{26742, 34}, TagType::string, 0, 0, 0, 0},  // PixelSpacingCalibrationDescription
+    {{26776, 26}, TagType::string, 0, 0, 0, 0},  // PixelIntensityRelationship
+    {{26802, 30}, TagType::string, 0, 0, 0, 0},  // PixelIntensityRelationshipSign
+    {{26832, 12}, TagType::string, 0, 0, 0, 0},  // WindowCenter
+    {{26844, 11}, TagType::string, 0, 0, 0, 0},  // WindowWidth
+    {{26855, 16}, TagType::string, 0, 0, 0, 0},  // RescaleIntercept
+    {{26871, 12}, TagType::string, 0, 0, 0, 0},  // RescaleSlope
+    {{26883, 11}, TagType::string, 0, 0, 0, 0},  // RescaleType
+    {{26894, 31}, TagType::string, 0, 0, 0, 0},  // WindowCenterAndWidthExplanation
+    {{26925, 15}, TagType::string, 0, 0, 0, 0},  // VOI_LUTFunction
+    {{26940, 9}, TagType::string, 0, 0, 0, 0},  // GrayScale
+    {{26949, 22}, TagType::string, 0, 0, 0, 0},  // RecommendedViewingMode
+    {{26971, 25}, TagType::string, 0, 0, 0, 0},  // GrayLookupTableDescriptor
+    {{26996, 30}, TagType::string, 0, 0, 0, 0},  // RedPaletteColorTableDescriptor
+    {{27026, 32}, TagType::string, 0, 0, 0, 0},  // GreenPaletteColorTableDescriptor
+    {{27058, 31}, TagType::string, 0, 0, 0, 0},  // BluePaletteColorTableDescriptor
+    {{27089, 30}, TagType::string, 0, 0, 0, 0},  // LargeRedPaletteColorTableDescr
+    {{27119, 32}, TagType::string, 0, 0, 0, 0},  // LargeGreenPaletteColorTableDescr
+    {{27151, 31}, TagType::string, 0, 0, 0, 0},  // LargeBluePaletteColorTableDescr
+    {{27182, 20}, TagType::string, 0, 0, 0, 0},  // PaletteColorTableUID
+    {{27202, 19}, TagType::string, 0, 0, 0, 0},  // GrayLookupTableData
+    {{27221, 24}, TagType::string, 0, 0, 0, 0},  // RedPaletteColorTableData
+    {{27245, 26}, TagType::string, 0, 0, 0, 0},  // GreenPaletteColorTableData
+    {{27271, 25}, TagType::string, 0, 0, 0, 0},  // BluePaletteColorTableData
+    {{27296, 29}, TagType::string, 8, 0, 0, 0},  // LargeRedPaletteColorTableData
+    {{27325, 31}, TagType::string, 8, 0, 0, 0},  // LargeGreenPaletteColorTableData
+    {{27356, 30}, TagType::string, 8, 0, 0, 0},  // LargeBluePaletteColorTableData
+    {{27386, 31}, TagType::string, 0, 0, 0, 0},  // LargePaletteColorLookupTableUID
+    {{27417, 26}, TagType::string, 0, 0, 0, 0},  // SegmentedRedColorTableData
+    {{27443, 28}, TagType::string, 0, 0, 0, 0},  // SegmentedGreenColorTableData
+    {{27471, 27}, TagType::string, 0, 0, 0, 0},  // SegmentedBlueColorTableData
+    {{27498, 20}, TagType::string, 0, 0, 0, 0},  // BreastImplantPresent
+    {{27518, 11}, TagType::string, 0, 0, 0, 0},  // PartialView
+    {{27529, 22}, TagType::string, 0, 0, 0, 0},  // PartialViewDescription
+    {{27551, 23}, TagType::string, 0, 0, 0, 0},  // PartialViewCodeSequence
+    {{27574, 25}, TagType::string, 0, 0, 0, 0},  // SpatialLocationsPreserved
+    {{27599, 18}, TagType::string, 0, 0, 0, 0},  // DataPathAssignment
+    {{27617, 20}, TagType::string, 0, 0, 0, 0},  // BlendingLUT1Sequence
+    {{27637, 22}, TagType::string, 0, 0, 0, 0},  // BlendingWeightConstant
+    {{27659, 23}, TagType::string, 0, 0, 0, 0},  // BlendingLookupTableData
+    {{27682, 20}, TagType::string, 0, 0, 0, 0},  // BlendingLUT2Sequence
+    {{27702, 10}, TagType::string, 0, 0, 0, 0},  // DataPathID
+    {{27712, 22}, TagType::string, 0, 0, 0, 0},  // RGBLUTTransferFunction
+    {{27734, 24}, TagType::string, 0, 0, 0, 0},  // AlphaLUTTransferFunction
+    {{27758, 10}, TagType::string, 0, 0, 0, 0},  // ICCProfile
+    {{27768, 26}, TagType::string, 0, 0, 0, 0},  // LossyImageCompressionRatio
+    {{27794, 27}, TagType::string, 0, 0, 0, 0},  // LossyImageCompressionMethod
+    {{27821, 19}, TagType::string, 0, 0, 0, 0},  // ModalityLUTSequence
+    {{27840, 13}, TagType::string, 0, 0, 0, 0},  // LUTDescriptor
+    {{27853, 14}, TagType::string, 0, 0, 0, 0},  // LUTExplanation
+    {{27867, 15}, TagType::string, 0, 0, 0, 0},  // ModalityLUTType
+    {{27882, 7}, TagType::string, 0, 0, 0, 0},  // LUTData
+    {{27889, 14}, TagType::string, 0, 0, 0, 0},  // VOILUTSequence
+    {{27903, 22}, TagType::string, 0, 0, 0, 0},  // SoftcopyVOILUTSequence
+    {{27925, 25}, TagType::string, 0, 0, 0, 0},  // ImagePresentationComments
+    {{27950, 26}, TagType::string, 0, 0, 0, 0},  // BiPlaneAcquisitionSequence
+    {{27976, 25}, TagType::string, 0, 0, 0, 0},  // RepresentativeFrameNumber
+    {{28001, 22}, TagType::string, 0, 0, 0, 0},  // FrameNumbersOfInterest
+    {{28023, 26}, TagType::string, 0, 0, 0, 0},  // FrameOfInterestDescription
+    {{28049, 19}, TagType::string, 0, 0, 0, 0},  // FrameOfInterestType
+    {{28068, 12}, TagType::string, 0, 0, 0, 0},  // MaskPointers
+    {{28080, 12}, TagType::string, 0, 0, 0, 0},  // RWavePointer
+    {{28092, 23}, TagType::string, 0, 0, 0, 0},  // MaskSubtractionSequence
+    {{28115, 13}, TagType::string, 0, 0, 0, 0},  // MaskOperation
+    {{28128, 20}, TagType::string, 0, 0, 0, 0},  // ApplicableFrameRange
+    {{28148, 16}, TagType::string, 0, 0, 0, 0},  // MaskFrameNumbers
+    {{28164, 22}, TagType::string, 0, 0, 0, 0},  // ContrastFrameAveraging
+    {{28186, 17}, TagType::string, 0, 0, 0, 0},  // MaskSubPixelShift
+    {{28203, 9}, TagType::string, 0, 0, 0, 0},  // TIDOffset
+    {{28212, 24}, TagType::string, 0, 0, 0, 0},  // MaskOperationExplanation
+    {{28236, 20}, TagType::string, 0, 0, 0, 0},  // PixelDataProviderURL
+    {{28256, 13}, TagType::string, 0, 0, 0, 0},  // DataPointRows
+    {{28269, 16}, TagType::string, 0, 0, 0, 0},  // DataPointColumns
+    {{28285, 19}, TagType::string, 0, 0, 0, 0},  // SignalDomainColumns
+    {{28304, 27}, TagType::string, 0, 0, 0, 0},  // LargestMonochromePixelValue
+    {{28331, 18}, TagType::string, 0, 0, 0, 0},  // DataRepresentation
+    {{28349, 21}, TagType::string, 0, 0, 0, 0},  // PixelMeasuresSequence
+    {{28370, 19}, TagType::string, 0, 0, 0, 0},  // FrameVOILUTSequence
+    {{28389, 32}, TagType::string, 0, 0, 0, 0},  // PixelValueTransformationSequence
+    {{28421, 16}, TagType::string, 0, 0, 0, 0},  // SignalDomainRows
+    {{28437, 23}, TagType::string, 0, 0, 0, 0},  // DisplayFilterPercentage
+    {{28460, 23}, TagType::string, 0, 0, 0, 0},  // FramePixelShiftSequence
+    {{28483, 17}, TagType::string, 0, 0, 0, 0},  // SubtractionItemID
+    {{28500, 32}, TagType::string, 0, 0, 0, 0},  // PixelIntensityRelationshipLUTSeq
+    {{28532, 32}, TagType::string, 0, 0, 0, 0},  // FramePixelDataPropertiesSequence
+    {{28564, 21}, TagType::string, 0, 0, 0, 0},  // GeometricalProperties
+    {{28585, 26}, TagType::string, 0, 0, 0, 0},  // GeometricMaximumDistortion
+    {{28611, 22}, TagType::string, 0, 0, 0, 0},  // ImageProcessingApplied
+    {{28633, 17}, TagType::string, 0, 0, 0, 0},  // MaskSelectionMode
+    {{28650, 11}, TagType::string, 0, 0, 0, 0},  // LUTFunction
+    {{28661, 24}, TagType::string, 0, 0, 0, 0},  // MaskVisibilityPercentage
+    {{28685, 18}, TagType::string, 0, 0, 0, 0},  // PixelShiftSequence
+    {{28703, 24}, TagType::string, 0, 0, 0, 0},  // RegionPixelShiftSequence
+    {{28727, 19}, TagType::string, 0, 0, 0, 0},  // VerticesOfTheRegion
+    {{28746, 20}, TagType::string, 0, 0, 0, 0},  // PixelShiftFrameRange
+    {{28766, 13}, TagType::string, 0, 0, 0, 0},  // LUTFrameRange
+    {{28779, 29}, TagType::string, 0, 0, 0, 0},  // ImageToEquipmentMappingMatrix
+    {{28808, 27}, TagType::string, 0, 0, 0, 0},  // EquipmentCoordinateSystemID
+    {{28835, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1a
+    {{28855, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1b
+    {{28875, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1c
+    {{28895, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1d
+    {{28915, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1e
+    {{28935, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1f
+    {{28955, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1g
+    {{28975, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1h
+    {{28995, 20}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels1i
+    {{29015, 19}, TagType::string, 0, 0, 0, 0},  // LowerRangeOfPixels2
+    {{29034, 19}, TagType::string, 0, 0, 0, 0},  // UpperRangeOfPixels2
+    {{29053, 18}, TagType::string, 0, 0, 0, 0},  // LenOfTotHdrInBytes
+    {{29071, 21}, TagType::string, 0, 0, 0, 0},  // VersionOfTheHdrStruct
+    {{29092, 21}, TagType::string, 0, 0, 0, 0},  // AdvantageCompOverflow
+    {{29113, 22}, TagType::string, 0, 0, 0, 0},  // AdvantageCompUnderflow
+    {{29135, 16}, TagType::string, 0, 0, 0, 0},  // StudyGroupLength
+    {{29151, 13}, TagType::string, 0, 0, 0, 0},  // StudyStatusID
+    {{29164, 15}, TagType::string, 0, 0, 0, 0},  // StudyPriorityID
+    {{29179, 13}, TagType::string, 0, 0, 0, 0},  // StudyIDIssuer
+    {{29192, 17}, TagType::string, 0, 0, 0, 0},  // StudyVerifiedDate
+    {{29209, 17}, TagType::string, 0, 0, 0, 0},  // StudyVerifiedTime
+    {{29226, 13}, TagType::string, 0, 0, 0, 0},  // StudyReadDate
+    {{29239, 13}, TagType::string, 0, 0, 0, 0},  // StudyReadTime
+    {{29252, 23}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyStartDate
+    {{29275, 23}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyStartTime
+    {{29298, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyStopDate
+    {{29320, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyStopTime
+    {{29342, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyLocation
+    {{29364, 29}, TagType::string, 0, 0, 0, 0},  // ScheduledStudyLocationAETitle
+    {{29393, 14}, TagType::string, 0, 0, 0, 0},  // ReasonForStudy
+    {{29407, 29}, TagType::string, 0, 0, 0, 0},  // RequestingPhysicianIDSequence
+    {{29436, 19}, TagType::string, 0, 0, 0, 0},  // RequestingPhysician
+    {{29455, 17}, TagType::string, 0, 0, 0, 0},  // RequestingService
+    {{29472, 16}, TagType::string, 0, 0, 0, 0},  // StudyArrivalDate
+    {{29488, 16}, TagType::string, 0, 0, 0, 0},  // StudyArrivalTime
+    {{29504, 19}, TagType::string, 0, 0, 0, 0},  // StudyCompletionDate
+    {{29523, 19}, TagType::string, 0, 0, 0, 0},  // StudyCompletionTime
+    {{29542, 22}, TagType::string, 0, 0, 0, 0},  // StudyComponentStatusID
+    {{29564, 29}, TagType::string, 0, 0, 0, 0},  // RequestedProcedureDescription
+    {{29593, 30}, TagType::string, 0, 0, 0, 0},  // RequestedProcedureCodeSequence
+    {{29623, 22}, TagType::string, 0, 0, 0, 0},  // RequestedContrastAgent
+    {{29645, 13}, TagType::string, 0, 0, 0, 0},  // StudyComments
+    {{29658, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedPatientAliasSequence
+    {{29688, 13}, TagType::string, 0, 0, 0, 0},  // VisitStatusID
+    {{29701, 11}, TagType::string, 0, 0, 0, 0},  // AdmissionID
+    {{29712, 19}, TagType::string, 0, 0, 0, 0},  // IssuerOfAdmissionID
+    {{29731, 17}, TagType::string, 0, 0, 0, 0},  // RouteOfAdmissions
+    {{29748, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledAdmissionDate
+    {{29770, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledAdmissionTime
+    {{29792, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledDischargeDate
+    {{29814, 22}, TagType::string, 0, 0, 0, 0},  // ScheduledDischargeTime
+    {{29836, 31}, TagType::string, 0, 0, 0, 0},  // ScheduledPatientInstitResidence
+    {{29867, 13}, TagType::string, 0, 0, 0, 0},  // AdmittingDate
+    {{29880, 13}, TagType::string, 0, 0, 0, 0},  // AdmittingTime
+    {{29893, 13}, TagType::string, 0, 0, 0, 0},  // DischargeDate
+    {{29906, 13}, TagType::string, 0, 0, 0, 0},  // DischargeTime
+    {{29919, 29}, TagType::string, 0, 0, 0, 0},  // DischargeDiagnosisDescription
+    {{29948, 30}, TagType::string, 0, 0, 0, 0},  // DischargeDiagnosisCodeSequence
+    {{29978, 12}, TagType::string, 0, 0, 0, 0},  // SpecialNeeds
+    {{29990, 16}, TagType::string, 0, 0, 0, 0},  // ServiceEpisodeID
+    {{30006, 24}, TagType::string, 0, 0, 0, 0},  // IssuerOfServiceEpisodeID
+    {{30030, 25}, TagType::string, 0, 0, 0, 0},  // ServiceEpisodeDescription
+    {{30055, 26}, TagType::string, 0, 0, 0, 0},  // PertinentDocumentsSequence
+    {{30081, 22}, TagType::string, 0, 0, 0, 0},  // CurrentPatientLocation
+    {{30103, 27}, TagType::string, 0, 0, 0, 0},  // PatientInstitutionResidence
+    {{30130, 12}, TagType::string, 0, 0, 0, 0},  // PatientState
+    {{30142, 31}, TagType::string, 0, 0, 0, 0},  // PatientClinicalTrialParticipSeq
+    {{30173, 13}, TagType::string, 0, 0, 0, 0},  // VisitComments
+    {{30186, 19}, TagType::string, 0, 0, 0, 0},  // WaveformOriginality
+    {{30205, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfWaveformChannels
+    {{30229, 23}, TagType::string, 0, 0, 0, 0},  // NumberOfWaveformSamples
+    {{30252, 17}, TagType::string, 0, 0, 0, 0},  // SamplingFrequency
+    {{30269, 19}, TagType::string, 0, 0, 0, 0},  // MultiplexGroupLabel
+    {{30288, 25}, TagType::string, 0, 0, 0, 0},  // ChannelDefinitionSequence
+    {{30313, 21}, TagType::string, 0, 0, 0, 0},  // WaveformChannelNumber
+    {{30334, 12}, TagType::string, 0, 0, 0, 0},  // ChannelLabel
+    {{30346, 13}, TagType::string, 0, 0, 0, 0},  // ChannelStatus
+    {{30359, 21}, TagType::string, 0, 0, 0, 0},  // ChannelSourceSequence
+    {{30380, 30}, TagType::string, 0, 0, 0, 0},  // ChannelSourceModifiersSequence
+    {{30410, 22}, TagType::string, 0, 0, 0, 0},  // SourceWaveformSequence
+    {{30432, 28}, TagType::string, 0, 0, 0, 0},  // ChannelDerivationDescription
+    {{30460, 18}, TagType::string, 0, 0, 0, 0},  // ChannelSensitivity
+    {{30478, 31}, TagType::string, 0, 0, 0, 0},  // ChannelSensitivityUnitsSequence
+    {{30509, 34}, TagType::string, 0, 0, 0, 0},  // ChannelSensitivityCorrectionFactor
+    {{30543, 15}, TagType::string, 0, 0, 0, 0},  // ChannelBaseline
+    {{30558, 15}, TagType::string, 0, 0, 0, 0},  // ChannelTimeSkew
+    {{30573, 17}, TagType::string, 0, 0, 0, 0},  // ChannelSampleSkew
+    {{30590, 13}, TagType::string, 0, 0, 0, 0},  // ChannelOffset
+    {{30603, 18}, TagType::string, 0, 0, 0, 0},  // WaveformBitsStored
+    {{30621, 18}, TagType::string, 0, 0, 0, 0},  // FilterLowFrequency
+    {{30639, 19}, TagType::string, 0, 0, 0, 0},  // FilterHighFrequency
+    {{30658, 20}, TagType::string, 0, 0, 0, 0},  // NotchFilterFrequency
+    {{30678, 20}, TagType::string, 0, 0, 0, 0},  // NotchFilterBandwidth
+    {{30698, 24}, TagType::string, 0, 0, 0, 0},  // WaveformDataDisplayScale
+    {{30722, 29}, TagType::string, 0, 0, 0, 0},  // WaveformDisplayBkgCIELabValue
+    {{30751, 33}, TagType::string, 0, 0, 0, 0},  // WaveformPresentationGroupSequence
+    {{30784, 23}, TagType::string, 0, 0, 0, 0},  // PresentationGroupNumber
+    {{30807, 22}, TagType::string, 0, 0, 0, 0},  // ChannelDisplaySequence
+    {{30829, 34}, TagType::string, 0, 0, 0, 0},  // ChannelRecommendDisplayCIELabValue
+    {{30863, 15}, TagType::string, 0, 0, 0, 0},  // ChannelPosition
+    {{30878, 18}, TagType::string, 0, 0, 0, 0},  // DisplayShadingFlag
+    {{30896, 29}, TagType::string, 0, 0, 0, 0},  // FractionalChannelDisplayScale
+    {{30925, 27}, TagType::string, 0, 0, 0, 0},  // AbsoluteChannelDisplayScale
+    {{30952, 34}, TagType::string, 0, 0, 0, 0},  // MultiplexAudioChannelsDescrCodeSeq
+    {{30986, 25}, TagType::string, 0, 0, 0, 0},  // ChannelIdentificationCode
+    {{31011, 11}, TagType::string, 0, 0, 0, 0},  // ChannelMode
+    {{31022, 23}, TagType::string, 0, 0, 0, 0},  // ScheduledStationAETitle
+    {{31045, 31}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepStartDate
+    {{31076, 31}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepStartTime
+    {{31107, 29}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepEndDate
+    {{31136, 29}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepEndTime
+    {{31165, 33}, TagType::string, 0, 0, 0, 0},  // ScheduledPerformingPhysiciansName
+    {{31198, 33}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepDescription
+    {{31231, 29}, TagType::string, 0, 0, 0, 0},  // ScheduledProtocolCodeSequence
+    {{31260, 24}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepID
+    {{31284, 17}, TagType::string, 0, 0, 0, 0},  // StageCodeSequence
+    {{31301, 33}, TagType::string, 0, 0, 0, 0},  // ScheduledPerformingPhysicianIDSeq
+    {{31334, 20}, TagType::string, 0, 0, 0, 0},  // ScheduledStationName
+    {{31354, 30}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepLocation
+    {{31384, 13}, TagType::string, 0, 0, 0, 0},  // PreMedication
+    {{31397, 28}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepStatus
+    {{31425, 22}, TagType::string, 0, 0, 0, 0},  // LocalNamespaceEntityID
+    {{31447, 17}, TagType::string, 0, 0, 0, 0},  // UniversalEntityID
+    {{31464, 21}, TagType::string, 0, 0, 0, 0},  // UniversalEntityIDType
+    {{31485, 18}, TagType::string, 0, 0, 0, 0},  // IdentifierTypeCode
+    {{31503, 25}, TagType::string, 0, 0, 0, 0},  // AssigningFacilitySequence
+    {{31528, 30}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepSequence
+    {{31558, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedNonImageCompositeSOPSeq
+    {{31591, 23}, TagType::string, 0, 0, 0, 0},  // PerformedStationAETitle
+    {{31614, 20}, TagType::string, 0, 0, 0, 0},  // PerformedStationName
+    {{31634, 17}, TagType::string, 0, 0, 0, 0},  // PerformedLocation
+    {{31651, 31}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepStartDate
+    {{31682, 31}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepStartTime
+    {{31713, 29}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepEndDate
+    {{31742, 29}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepEndTime
+    {{31771, 28}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepStatus
+    {{31799, 24}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepID
+    {{31823, 33}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureStepDescription
+    {{31856, 33}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureTypeDescription
+    {{31889, 29}, TagType::string, 0, 0, 0, 0},  // PerformedProtocolCodeSequence
+    {{31918, 21}, TagType::string, 0, 0, 0, 0},  // PerformedProtocolType
+    {{31939, 31}, TagType::string, 0, 0, 0, 0},  // ScheduledStepAttributesSequence
+    {{31970, 25}, TagType::string, 0, 0, 0, 0},  // RequestAttributesSequence
+    {{31995, 32}, TagType::string, 0, 0, 0, 0},  // CommentsOnPerformedProcedureStep
+    {{32027, 32}, TagType::string, 0, 0, 0, 0},  // ProcStepDiscontinueReasonCodeSeq
+    {{32059, 16}, TagType::string, 0, 0, 0, 0},  // QuantitySequence
+    {{32075, 8}, TagType::string, 0, 0, 0, 0},  // Quantity
+    {{32083, 22}, TagType::string, 0, 0, 0, 0},  // MeasuringUnitsSequence
+    {{32105, 19}, TagType::string, 0, 0, 0, 0},  // BillingItemSequence
+    {{32124, 22}, TagType::string, 0, 0, 0, 0},  // TotalTimeOfFluoroscopy
+    {{32146, 22}, TagType::string, 0, 0, 0, 0},  // TotalNumberOfExposures
+    {{32168, 12}, TagType::string, 0, 0, 0, 0},  // EntranceDose
+    {{32180, 11}, TagType::string, 0, 0, 0, 0},  // ExposedArea
+    {{32191, 24}, TagType::string, 0, 0, 0, 0},  // DistanceSourceToEntrance
+    {{32215, 23}, TagType::string, 0, 0, 0, 0},  // DistanceSourceToSupport
+    {{32238, 20}, TagType::string, 0, 0, 0, 0},  // ExposureDoseSequence
+    {{32258, 23}, TagType::string, 0, 0, 0, 0},  // CommentsOnRadiationDose
+    {{32281, 10}, TagType::string, 0, 0, 0, 0},  // XRayOutput
+    {{32291, 14}, TagType::string, 0, 0, 0, 0},  // HalfValueLayer
+    {{32305, 9}, TagType::string, 0, 0, 0, 0},  // OrganDose
+    {{32314, 12}, TagType::string, 0, 0, 0, 0},  // OrganExposed
+    {{32326, 28}, TagType::string, 0, 0, 0, 0},  // BillingProcedureStepSequence
+    {{32354, 23}, TagType::string, 0, 0, 0, 0},  // FilmConsumptionSequence
+    {{32377, 33}, TagType::string, 0, 0, 0, 0},  // BillingSuppliesAndDevicesSequence
+    {{32410, 23}, TagType::string, 0, 0, 0, 0},  // PerformedSeriesSequence
+    {{32433, 32}, TagType::string, 0, 0, 0, 0},  // CommentsOnScheduledProcedureStep
+    {{32465, 23}, TagType::string, 0, 0, 0, 0},  // ProtocolContextSequence
+    {{32488, 27}, TagType::string, 0, 0, 0, 0},  // ContentItemModifierSequence
+    {{32515, 23}, TagType::string, 0, 0, 0, 0},  // SpecimenAccessionNumber
+    {{32538, 19}, TagType::string, 0, 0, 0, 0},  // ContainerIdentifier
+    {{32557, 20}, TagType::string, 0, 0, 0, 0},  // ContainerDescription
+    {{32577, 16}, TagType::string, 0, 0, 0, 0},  // SpecimenSequence
+    {{32593, 18}, TagType::string, 0, 0, 0, 0},  // SpecimenIdentifier
+    {{32611, 32}, TagType::string, 0, 0, 0, 0},  // SpecimenDescriptionSequenceTrial
+    {{32643, 24}, TagType::string, 0, 0, 0, 0},  // SpecimenDescriptionTrial
+    {{32667, 11}, TagType::string, 0, 0, 0, 0},  // SpecimenUID
+    {{32678, 26}, TagType::string, 0, 0, 0, 0},  // AcquisitionContextSequence
+    {{32704, 29}, TagType::string, 0, 0, 0, 0},  // AcquisitionContextDescription
+    {{32733, 24}, TagType::string, 0, 0, 0, 0},  // SpecimenTypeCodeSequence
+    {{32757, 24}, TagType::string, 0, 0, 0, 0},  // SpecimenShortDescription
+    {{32781, 15}, TagType::string, 0, 0, 0, 0},  // SlideIdentifier
+    {{32796, 30}, TagType::string, 0, 0, 0, 0},  // ImageCenterPointCoordinatesSeq
+    {{32826, 30}, TagType::string, 0, 0, 0, 0},  // XOffsetInSlideCoordinateSystem
+    {{32856, 30}, TagType::string, 0, 0, 0, 0},  // YOffsetInSlideCoordinateSystem
+    {{32886, 30}, TagType::string, 0, 0, 0, 0},  // ZOffsetInSlideCoordinateSystem
+    {{32916, 20}, TagType::string, 0, 0, 0, 0},  // PixelSpacingSequence
+    {{32936, 32}, TagType::string, 0, 0, 0, 0},  // CoordinateSystemAxisCodeSequence
+    {{32968, 28}, TagType::string, 0, 0, 0, 0},  // MeasurementUnitsCodeSequence
+    {{32996, 27}, TagType::string, 0, 0, 0, 0},  // VitalStainCodeSequenceTrial
+    {{33023, 20}, TagType::string, 0, 0, 0, 0},  // RequestedProcedureID
+    {{33043, 27}, TagType::string, 0, 0, 0, 0},  // ReasonForRequestedProcedure
+    {{33070, 26}, TagType::string, 0, 0, 0, 0},  // RequestedProcedurePriority
+    {{33096, 28}, TagType::string, 0, 0, 0, 0},  // PatientTransportArrangements
+    {{33124, 26}, TagType::string, 0, 0, 0, 0},  // RequestedProcedureLocation
+    {{33150, 27}, TagType::string, 0, 0, 0, 0},  // PlacerOrderNumber-Procedure
+    {{33177, 27}, TagType::string, 0, 0, 0, 0},  // FillerOrderNumber-Procedure
+    {{33204, 19}, TagType::string, 0, 0, 0, 0},  // ConfidentialityCode
+    {{33223, 17}, TagType::string, 0, 0, 0, 0},  // ReportingPriority
+    {{33240, 34}, TagType::string, 0, 0, 0, 0},  // ReasonForRequestedProcedureCodeSeq
+    {{33274, 34}, TagType::string, 0, 0, 0, 0},  // NamesOfIntendedRecipientsOfResults
+    {{33308, 32}, TagType::string, 0, 0, 0, 0},  // IntendedRecipientsOfResultsIDSeq
+    {{33340, 32}, TagType::string, 0, 0, 0, 0},  // PersonIdentificationCodeSequence
+    {{33372, 13}, TagType::string, 0, 0, 0, 0},  // PersonAddress
+    {{33385, 22}, TagType::string, 0, 0, 0, 0},  // PersonTelephoneNumbers
+    {{33407, 26}, TagType::string, 0, 0, 0, 0},  // RequestedProcedureComments
+    {{33433, 30}, TagType::string, 0, 0, 0, 0},  // ReasonForImagingServiceRequest
+    {{33463, 32}, TagType::string, 0, 0, 0, 0},  // IssueDateOfImagingServiceRequest
+    {{33495, 32}, TagType::string, 0, 0, 0, 0},  // IssueTimeOfImagingServiceRequest
+    {{33527, 32}, TagType::string, 0, 0, 0, 0},  // PlacerOrderNum-ImagingServiceReq
+    {{33559, 32}, TagType::string, 0, 0, 0, 0},  // FillerOrderNum-ImagingServiceReq
+    {{33591, 14}, TagType::string, 0, 0, 0, 0},  // OrderEnteredBy
+    {{33605, 20}, TagType::string, 0, 0, 0, 0},  // OrderEntererLocation
+    {{33625, 24}, TagType::string, 0, 0, 0, 0},  // OrderCallbackPhoneNumber
+    {{33649, 29}, TagType::string, 0, 0, 0, 0},  // ImagingServiceRequestComments
+    {{33678, 33}, TagType::string, 0, 0, 0, 0},  // ConfidentialityOnPatientDataDescr
+    {{33711, 33}, TagType::string, 0, 0, 0, 0},  // GenPurposeScheduledProcStepStatus
+    {{33744, 33}, TagType::string, 0, 0, 0, 0},  // GenPurposePerformedProcStepStatus
+    {{33777, 31}, TagType::string, 0, 0, 0, 0},  // GenPurposeSchedProcStepPriority
+    {{33808, 34}, TagType::string, 0, 0, 0, 0},  // SchedProcessingApplicationsCodeSeq
+    {{33842, 34}, TagType::string, 0, 0, 0, 0},  // SchedProcedureStepStartDateAndTime
+    {{33876, 18}, TagType::string, 0, 0, 0, 0},  // MultipleCopiesFlag
+    {{33894, 30}, TagType::string, 0, 0, 0, 0},  // PerformedProcessingAppsCodeSeq
+    {{33924, 26}, TagType::string, 0, 0, 0, 0},  // HumanPerformerCodeSequence
+    {{33950, 33}, TagType::string, 0, 0, 0, 0},  // SchedProcStepModificationDateTime
+    {{33983, 29}, TagType::string, 0, 0, 0, 0},  // ExpectedCompletionDateAndTime
+    {{34012, 34}, TagType::string, 0, 0, 0, 0},  // ResultingGenPurposePerfProcStepSeq
+    {{34046, 29}, TagType::string, 0, 0, 0, 0},  // RefGenPurposeSchedProcStepSeq
+    {{34075, 29}, TagType::string, 0, 0, 0, 0},  // ScheduledWorkitemCodeSequence
+    {{34104, 29}, TagType::string, 0, 0, 0, 0},  // PerformedWorkitemCodeSequence
+    {{34133, 21}, TagType::string, 0, 0, 0, 0},  // InputAvailabilityFlag
+    {{34154, 24}, TagType::string, 0, 0, 0, 0},  // InputInformationSequence
+    {{34178, 27}, TagType::string, 0, 0, 0, 0},  // RelevantInformationSequence
+    {{34205, 30}, TagType::string, 0, 0, 0, 0},  // RefGenPurSchedProcStepTransUID
+    {{34235, 32}, TagType::string, 0, 0, 0, 0},  // ScheduledStationNameCodeSequence
+    {{34267, 33}, TagType::string, 0, 0, 0, 0},  // ScheduledStationClassCodeSequence
+    {{34300, 32}, TagType::string, 0, 0, 0, 0},  // SchedStationGeographicLocCodeSeq
+    {{34332, 32}, TagType::string, 0, 0, 0, 0},  // PerformedStationNameCodeSequence
+    {{34364, 33}, TagType::string, 0, 0, 0, 0},  // PerformedStationClassCodeSequence
+    {{34397, 30}, TagType::string, 0, 0, 0, 0},  // PerformedStationGeogLocCodeSeq
+    {{34427, 34}, TagType::string, 0, 0, 0, 0},  // RequestedSubsequentWorkItemCodeSeq
+    {{34461, 26}, TagType::string, 0, 0, 0, 0},  // NonDICOMOutputCodeSequence
+    {{34487, 25}, TagType::string, 0, 0, 0, 0},  // OutputInformationSequence
+    {{34512, 32}, TagType::string, 0, 0, 0, 0},  // ScheduledHumanPerformersSequence
+    {{34544, 29}, TagType::string, 0, 0, 0, 0},  // ActualHumanPerformersSequence
+    {{34573, 27}, TagType::string, 0, 0, 0, 0},  // HumanPerformersOrganization
+    {{34600, 18}, TagType::string, 0, 0, 0, 0},  // HumanPerformerName
+    {{34618, 15}, TagType::string, 0, 0, 0, 0},  // RawDataHandling
+    {{34633, 21}, TagType::string, 0, 0, 0, 0},  // EntranceDoseInMilliGy
+    {{34654, 32}, TagType::string, 0, 0, 0, 0},  // RefImageRealWorldValueMappingSeq
+    {{34686, 29}, TagType::string, 0, 0, 0, 0},  // RealWorldValueMappingSequence
+    {{34715, 29}, TagType::string, 0, 0, 0, 0},  // PixelValueMappingCodeSequence
+    {{34744, 8}, TagType::string, 0, 0, 0, 0},  // LUTLabel
+    {{34752, 29}, TagType::string, 0, 0, 0, 0},  // RealWorldValueLastValueMapped
+    {{34781, 21}, TagType::string, 0, 0, 0, 0},  // RealWorldValueLUTData
+    {{34802, 30}, TagType::string, 0, 0, 0, 0},  // RealWorldValueFirstValueMapped
+    {{34832, 23}, TagType::string, 0, 0, 0, 0},  // RealWorldValueIntercept
+    {{34855, 19}, TagType::string, 0, 0, 0, 0},  // RealWorldValueSlope
+    {{34874, 16}, TagType::string, 0, 0, 0, 0},  // RelationshipType
+    {{34890, 21}, TagType::string, 0, 0, 0, 0},  // VerifyingOrganization
+    {{34911, 20}, TagType::string, 0, 0, 0, 0},  // VerificationDateTime
+    {{34931, 19}, TagType::string, 0, 0, 0, 0},  // ObservationDateTime
+    {{34950, 9}, TagType::string, 0, 0, 0, 0},  // ValueType
+    {{34959, 23}, TagType::string, 0, 0, 0, 0},  // ConceptNameCodeSequence
+    {{34982, 19}, TagType::string, 0, 0, 0, 0},  // ContinuityOfContent
+    {{35001, 25}, TagType::string, 0, 0, 0, 0},  // VerifyingObserverSequence
+    {{35026, 21}, TagType::string, 0, 0, 0, 0},  // VerifyingObserverName
+    {{35047, 22}, TagType::string, 0, 0, 0, 0},  // AuthorObserverSequence
+    {{35069, 19}, TagType::string, 0, 0, 0, 0},  // ParticipantSequence
+    {{35088, 29}, TagType::string, 0, 0, 0, 0},  // CustodialOrganizationSequence
+    {{35117, 17}, TagType::string, 0, 0, 0, 0},  // ParticipationType
+    {{35134, 21}, TagType::string, 0, 0, 0, 0},  // ParticipationDateTime
+    {{35155, 12}, TagType::string, 0, 0, 0, 0},  // ObserverType
+    {{35167, 34}, TagType::string, 0, 0, 0, 0},  // VerifyingObserverIdentCodeSequence
+    {{35201, 29}, TagType::string, 0, 0, 0, 0},  // EquivalentCDADocumentSequence
+    {{35230, 26}, TagType::string, 0, 0, 0, 0},  // ReferencedWaveformChannels
+    {{35256, 8}, TagType::string, 0, 0, 0, 0},  // DateTime
+    {{35264, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{35268, 4}, TagType::string, 0, 0, 0, 0},  // Time
+    {{35272, 10}, TagType::string, 0, 0, 0, 0},  // PersonName
+    {{35282, 3}, TagType::string, 0, 0, 0, 0},  // UID
+    {{35285, 17}, TagType::string, 0, 0, 0, 0},  // TemporalRangeType
+    {{35302, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedSamplePositions
+    {{35327, 22}, TagType::string, 0, 0, 0, 0},  // ReferencedFrameNumbers
+    {{35349, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedTimeOffsets
+    {{35370, 18}, TagType::string, 0, 0, 0, 0},  // ReferencedDateTime
+    {{35388, 9}, TagType::string, 0, 0, 0, 0},  // TextValue
+    {{35397, 19}, TagType::string, 0, 0, 0, 0},  // ConceptCodeSequence
+    {{35416, 30}, TagType::string, 0, 0, 0, 0},  // PurposeOfReferenceCodeSequence
+    {{35446, 21}, TagType::string, 0, 0, 0, 0},  // AnnotationGroupNumber
+    {{35467, 20}, TagType::string, 0, 0, 0, 0},  // ModifierCodeSequence
+    {{35487, 21}, TagType::string, 0, 0, 0, 0},  // MeasuredValueSequence
+    {{35508, 33}, TagType::string, 0, 0, 0, 0},  // NumericValueQualifierCodeSequence
+    {{35541, 12}, TagType::string, 0, 0, 0, 0},  // NumericValue
+    {{35553, 12}, TagType::string, 0, 0, 0, 0},  // AddressTrial
+    {{35565, 20}, TagType::string, 0, 0, 0, 0},  // TelephoneNumberTrial
+    {{35585, 28}, TagType::string, 0, 0, 0, 0},  // PredecessorDocumentsSequence
+    {{35613, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedRequestSequence
+    {{35638, 30}, TagType::string, 0, 0, 0, 0},  // PerformedProcedureCodeSequence
+    {{35668, 31}, TagType::string, 0, 0, 0, 0},  // CurrentRequestedProcEvidenceSeq
+    {{35699, 30}, TagType::string, 0, 0, 0, 0},  // PertinentOtherEvidenceSequence
+    {{35729, 27}, TagType::string, 0, 0, 0, 0},  // HL7StructuredDocumentRefSeq
+    {{35756, 14}, TagType::string, 0, 0, 0, 0},  // CompletionFlag
+    {{35770, 25}, TagType::string, 0, 0, 0, 0},  // CompletionFlagDescription
+    {{35795, 16}, TagType::string, 0, 0, 0, 0},  // VerificationFlag
+    {{35811, 16}, TagType::string, 0, 0, 0, 0},  // ArchiveRequested
+    {{35827, 15}, TagType::string, 0, 0, 0, 0},  // PreliminaryFlag
+    {{35842, 23}, TagType::string, 0, 0, 0, 0},  // ContentTemplateSequence
+    {{35865, 26}, TagType::string, 0, 0, 0, 0},  // IdenticalDocumentsSequence
+    {{35891, 15}, TagType::string, 0, 0, 0, 0},  // ContentSequence
+    {{35906, 18}, TagType::string, 0, 0, 0, 0},  // AnnotationSequence
+    {{35924, 18}, TagType::string, 0, 0, 0, 0},  // TemplateIdentifier
+    {{35942, 15}, TagType::string, 0, 0, 0, 0},  // TemplateVersion
+    {{35957, 20}, TagType::string, 0, 0, 0, 0},  // TemplateLocalVersion
+    {{35977, 21}, TagType::string, 0, 0, 0, 0},  // TemplateExtensionFlag
+    {{35998, 32}, TagType::string, 0, 0, 0, 0},  // TemplateExtensionOrganizationUID
+    {{36030, 27}, TagType::string, 0, 0, 0, 0},  // TemplateExtensionCreatorUID
+    {{36057, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedContentItemIdentifier
+    {{36088, 21}, TagType::string, 0, 0, 0, 0},  // HL7InstanceIdentifier
+    {{36109, 24}, TagType::string, 0, 0, 0, 0},  // HL7DocumentEffectiveTime
+    {{36133, 27}, TagType::string, 0, 0, 0, 0},  // HL7DocumentTypeCodeSequence
+    {{36160, 11}, TagType::string, 0, 0, 0, 0},  // RetrieveURI
+    {{36171, 19}, TagType::string, 0, 0, 0, 0},  // RetrieveLocationUID
+    {{36190, 13}, TagType::string, 0, 0, 0, 0},  // DocumentTitle
+    {{36203, 20}, TagType::string, 0, 0, 0, 0},  // EncapsulatedDocument
+    {{36223, 30}, TagType::string, 0, 0, 0, 0},  // MIMETypeOfEncapsulatedDocument
+    {{36253, 22}, TagType::string, 0, 0, 0, 0},  // SourceInstanceSequence
+    {{36275, 15}, TagType::string, 0, 0, 0, 0},  // ListOfMIMETypes
+    {{36290, 22}, TagType::string, 0, 0, 0, 0},  // BitmapOfPrescanOptions
+    {{36312, 17}, TagType::string, 0, 0, 0, 0},  // GradientOffsetInX
+    {{36329, 17}, TagType::string, 0, 0, 0, 0},  // GradientOffsetInY
+    {{36346, 17}, TagType::string, 0, 0, 0, 0},  // GradientOffsetInZ
+    {{36363, 25}, TagType::string, 0, 0, 0, 0},  // ImgIsOriginalOrUnoriginal
+    {{36388, 16}, TagType::string, 0, 0, 0, 0},  // NumberOfEPIShots
+    {{36404, 15}, TagType::string, 0, 0, 0, 0},  // ViewsPerSegment
+    {{36419, 18}, TagType::string, 0, 0, 0, 0},  // RespiratoryRateBpm
+    {{36437, 23}, TagType::string, 0, 0, 0, 0},  // RespiratoryTriggerPoint
+    {{36460, 18}, TagType::string, 0, 0, 0, 0},  // TypeOfReceiverUsed
+    {{36478, 31}, TagType::string, 0, 0, 0, 0},  // PeakRateOfChangeOfGradientField
+    {{36509, 22}, TagType::string, 0, 0, 0, 0},  // LimitsInUnitsOfPercent
+    {{36531, 17}, TagType::string, 0, 0, 0, 0},  // PSDEstimatedLimit
+    {{36548, 33}, TagType::string, 0, 0, 0, 0},  // PSDEstimatedLimitInTeslaPerSecond
+    {{36581, 10}, TagType::string, 0, 0, 0, 0},  // Saravghead
+    {{36591, 11}, TagType::string, 0, 0, 0, 0},  // WindowValue
+    {{36602, 15}, TagType::string, 0, 0, 0, 0},  // TotalInputViews
+    {{36617, 10}, TagType::string, 0, 0, 0, 0},  // X-RayChain
+    {{36627, 21}, TagType::string, 0, 0, 0, 0},  // DeconKernelParameters
+    {{36648, 21}, TagType::string, 0, 0, 0, 0},  // CalibrationParameters
+    {{36669, 16}, TagType::string, 0, 0, 0, 0},  // TotalOutputViews
+    {{36685, 18}, TagType::string, 0, 0, 0, 0},  // NumberOfOverranges
+    {{36703, 20}, TagType::string, 0, 0, 0, 0},  // IBHImageScaleFactors
+    {{36723, 15}, TagType::string, 0, 0, 0, 0},  // BBHCoefficients
+    {{36738, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfBBHChainsToBlend
+    {{36762, 21}, TagType::string, 0, 0, 0, 0},  // StartingChannelNumber
+    {{36783, 16}, TagType::string, 0, 0, 0, 0},  // PpscanParameters
+    {{36799, 16}, TagType::string, 0, 0, 0, 0},  // GEImageIntegrity
+    {{36815, 10}, TagType::string, 0, 0, 0, 0},  // LevelValue
+    {{36825, 14}, TagType::string, 0, 0, 0, 0},  // DeltaStartTime
+    {{36839, 20}, TagType::string, 0, 0, 0, 0},  // MaxOverrangesInAView
+    {{36859, 21}, TagType::string, 0, 0, 0, 0},  // AvgOverrangesAllViews
+    {{36880, 23}, TagType::string, 0, 0, 0, 0},  // CorrectedAfterGlowTerms
+    {{36903, 17}, TagType::string, 0, 0, 0, 0},  // ReferenceChannels
+    {{36920, 22}, TagType::string, 0, 0, 0, 0},  // NoViewsRefChansBlocked
+    {{36942, 14}, TagType::string, 0, 0, 0, 0},  // ScanPitchRatio
+    {{36956, 15}, TagType::string, 0, 0, 0, 0},  // UniqueImageIden
+    {{36971, 15}, TagType::string, 0, 0, 0, 0},  // HistogramTables
+    {{36986, 15}, TagType::string, 0, 0, 0, 0},  // UserDefinedData
+    {{37001, 18}, TagType::string, 0, 0, 0, 0},  // PrivateScanOptions
+    {{37019, 20}, TagType::string, 0, 0, 0, 0},  // EffectiveEchoSpacing
+    {{37039, 16}, TagType::string, 0, 0, 0, 0},  // StringSlopField1
+    {{37055, 16}, TagType::string, 0, 0, 0, 0},  // StringSlopField2
+    {{37071, 25}, TagType::string, 0, 0, 0, 0},  // RACordOfTargetReconCenter
+    {{37096, 14}, TagType::string, 0, 0, 0, 0},  // NegScanspacing
+    {{37110, 15}, TagType::string, 0, 0, 0, 0},  // OffsetFrequency
+    {{37125, 12}, TagType::string, 0, 0, 0, 0},  // UserUsageTag
+    {{37137, 14}, TagType::string, 0, 0, 0, 0},  // UserFillMapMSW
+    {{37151, 14}, TagType::string, 0, 0, 0, 0},  // UserFillMapLSW
+    {{37165, 9}, TagType::string, 0, 0, 0, 0},  // User25-48
+    {{37174, 10}, TagType::string, 0, 0, 0, 0},  // SlopInt6-9
+    {{37184, 17}, TagType::string, 0, 0, 0, 0},  // TriggerOnPosition
+    {{37201, 16}, TagType::string, 0, 0, 0, 0},  // DegreeOfRotation
+    {{37217, 16}, TagType::string, 0, 0, 0, 0},  // DASTriggerSource
+    {{37233, 10}, TagType::string, 0, 0, 0, 0},  // DASFpaGain
+    {{37243, 15}, TagType::string, 0, 0, 0, 0},  // DASOutputSource
+    {{37258, 10}, TagType::string, 0, 0, 0, 0},  // DASAdInput
+    {{37268, 10}, TagType::string, 0, 0, 0, 0},  // DASCalMode
+    {{37278, 15}, TagType::string, 0, 0, 0, 0},  // DASCalFrequency
+    {{37293, 8}, TagType::string, 0, 0, 0, 0},  // DASRegXm
+    {{37301, 11}, TagType::string, 0, 0, 0, 0},  // DASAutoZero
+    {{37312, 21}, TagType::string, 0, 0, 0, 0},  // StartingChannelOfView
+    {{37333, 12}, TagType::string, 0, 0, 0, 0},  // DASXmPattern
+    {{37345, 15}, TagType::string, 0, 0, 0, 0},  // TGGCTriggerMode
+    {{37360, 22}, TagType::string, 0, 0, 0, 0},  // StartScanToXrayOnDelay
+    {{37382, 16}, TagType::string, 0, 0, 0, 0},  // DurationOfXrayOn
+    {{37398, 12}, TagType::string, 0, 0, 0, 0},  // SlopInt10-17
+    {{37410, 21}, TagType::string, 0, 0, 0, 0},  // ScannerStudyEntityUID
+    {{37431, 14}, TagType::string, 0, 0, 0, 0},  // ScannerStudyID
+    {{37445, 17}, TagType::string, 0, 0, 0, 0},  // ScannerTableEntry
+    {{37462, 24}, TagType::string, 0, 0, 0, 0},  // ProductPackageIdentifier
+    {{37486, 31}, TagType::string, 0, 0, 0, 0},  // SubstanceAdministrationApproval
+    {{37517, 32}, TagType::string, 0, 0, 0, 0},  // ApprovalStatusFurtherDescription
+    {{37549, 22}, TagType::string, 0, 0, 0, 0},  // ApprovalStatusDateTime
+    {{37571, 23}, TagType::string, 0, 0, 0, 0},  // ProductTypeCodeSequence
+    {{37594, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
+    {{37605, 18}, TagType::string, 0, 0, 0, 0},  // ProductDescription
+    {{37623, 20}, TagType::string, 0, 0, 0, 0},  // ProductLotIdentifier
+    {{37643, 25}, TagType::string, 0, 0, 0, 0},  // ProductExpirationDateTime
+    {{37668, 31}, TagType::string, 0, 0, 0, 0},  // SubstanceAdministrationDateTime
+    {{37699, 28}, TagType::string, 0, 0, 0, 0},  // SubstanceAdministrationNotes
+    {{37727, 31}, TagType::string, 0, 0, 0, 0},  // SubstanceAdministrationDeviceID
+    {{37758, 24}, TagType::string, 0, 0, 0, 0},  // ProductParameterSequence
+    {{37782, 26}, TagType::string, 0, 0, 0, 0},  // SubstanceAdminParameterSeq
+    {{37808, 27}, TagType::string, 0, 0, 0, 0},  // NumberOfMacroRowsInDetector
+    {{37835, 21}, TagType::string, 0, 0, 0, 0},  // MacroWidthAtISOCenter
+    {{37856, 7}, TagType::string, 0, 0, 0, 0},  // DASType
+    {{37863, 7}, TagType::string, 0, 0, 0, 0},  // DASGain
+    {{37870, 14}, TagType::string, 0, 0, 0, 0},  // DASTemperature
+    {{37884, 21}, TagType::string, 0, 0, 0, 0},  // TableDirectionInOrOut
+    {{37905, 16}, TagType::string, 0, 0, 0, 0},  // ZSmoothingFactor
+    {{37921, 17}, TagType::string, 0, 0, 0, 0},  // ViewWeightingMode
+    {{37938, 31}, TagType::string, 0, 0, 0, 0},  // SigmaRowNumberWhichRowsWereUsed
+    {{37969, 33}, TagType::string, 0, 0, 0, 0},  // MinimumDasValueFoundInTheScanData
+    {{38002, 27}, TagType::string, 0, 0, 0, 0},  // MaximumOffsetShiftValueUsed
+    {{38029, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsShifted
+    {{38049, 13}, TagType::string, 0, 0, 0, 0},  // ZTrackingFlag
+    {{38062, 10}, TagType::string, 0, 0, 0, 0},  // MeanZError
+    {{38072, 21}, TagType::string, 0, 0, 0, 0},  // ZTrackingMaximumError
+    {{38093, 20}, TagType::string, 0, 0, 0, 0},  // StartingViewForRow2a
+    {{38113, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsInRow2a
+    {{38133, 20}, TagType::string, 0, 0, 0, 0},  // StartingViewForRow1a
+    {{38153, 9}, TagType::string, 0, 0, 0, 0},  // SigmaMode
+    {{38162, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsInRow1a
+    {{38182, 20}, TagType::string, 0, 0, 0, 0},  // StartingViewForRow2b
+    {{38202, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsInRow2b
+    {{38222, 20}, TagType::string, 0, 0, 0, 0},  // StartingViewForRow1b
+    {{38242, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfViewsInRow1b
+    {{38262, 24}, TagType::string, 0, 0, 0, 0},  // AirFilterCalibrationDate
+    {{38286, 24}, TagType::string, 0, 0, 0, 0},  // AirFilterCalibrationTime
+    {{38310, 22}, TagType::string, 0, 0, 0, 0},  // PhantomCalibrationDate
+    {{38332, 22}, TagType::string, 0, 0, 0, 0},  // PhantomCalibrationTime
+    {{38354, 21}, TagType::string, 0, 0, 0, 0},  // ZSlopeCalibrationDate
+    {{38375, 21}, TagType::string, 0, 0, 0, 0},  // ZSlopeCalibrationTime
+    {{38396, 24}, TagType::string, 0, 0, 0, 0},  // CrosstalkCalibrationDate
+    {{38420, 24}, TagType::string, 0, 0, 0, 0},  // CrosstalkCalibrationTime
+    {{38444, 18}, TagType::string, 0, 0, 0, 0},  // IterboneOptionFlag
+    {{38462, 21}, TagType::string, 0, 0, 0, 0},  // PeristalticFlagOption
+    {{38483, 15}, TagType::string, 0, 0, 0, 0},  // LensDescription
+    {{38498, 17}, TagType::string, 0, 0, 0, 0},  // RightLensSequence
+    {{38515, 16}, TagType::string, 0, 0, 0, 0},  // LeftLensSequence
+    {{38531, 16}, TagType::string, 0, 0, 0, 0},  // CylinderSequence
+    {{38547, 13}, TagType::string, 0, 0, 0, 0},  // PrismSequence
+    {{38560, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalPrismPower
+    {{38580, 19}, TagType::string, 0, 0, 0, 0},  // HorizontalPrismBase
+    {{38599, 18}, TagType::string, 0, 0, 0, 0},  // VerticalPrismPower
+    {{38617, 17}, TagType::string, 0, 0, 0, 0},  // VerticalPrismBase
+    {{38634, 15}, TagType::string, 0, 0, 0, 0},  // LensSegmentType
+    {{38649, 20}, TagType::string, 0, 0, 0, 0},  // OpticalTransmittance
+    {{38669, 12}, TagType::string, 0, 0, 0, 0},  // ChannelWidth
+    {{38681, 9}, TagType::string, 0, 0, 0, 0},  // PupilSize
+    {{38690, 11}, TagType::string, 0, 0, 0, 0},  // CornealSize
+    {{38701, 25}, TagType::string, 0, 0, 0, 0},  // DistancePupillaryDistance
+    {{38726, 21}, TagType::string, 0, 0, 0, 0},  // NearPupillaryDistance
+    {{38747, 22}, TagType::string, 0, 0, 0, 0},  // OtherPupillaryDistance
+    {{38769, 17}, TagType::string, 0, 0, 0, 0},  // RadiusOfCurvature
+    {{38786, 17}, TagType::string, 0, 0, 0, 0},  // KeratometricPower
+    {{38803, 16}, TagType::string, 0, 0, 0, 0},  // KeratometricAxis
+    {{38819, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
+    {{38834, 8}, TagType::string, 0, 0, 0, 0},  // Optotype
+    {{38842, 20}, TagType::string, 0, 0, 0, 0},  // OptotypePresentation
+    {{38862, 15}, TagType::string, 0, 0, 0, 0},  // AddNearSequence
+    {{38877, 23}, TagType::string, 0, 0, 0, 0},  // AddIntermediateSequence
+    {{38900, 16}, TagType::string, 0, 0, 0, 0},  // AddOtherSequence
+    {{38916, 8}, TagType::string, 0, 0, 0, 0},  // AddPower
+    {{38924, 15}, TagType::string, 0, 0, 0, 0},  // ViewingDistance
+    {{38939, 19}, TagType::string, 0, 0, 0, 0},  // ViewingDistanceType
+    {{38958, 21}, TagType::string, 0, 0, 0, 0},  // VisualAcuityModifiers
+    {{38979, 19}, TagType::string, 0, 0, 0, 0},  // DecimalVisualAcuity
+    {{38998, 26}, TagType::string, 0, 0, 0, 0},  // OptotypeDetailedDefinition
+    {{39024, 11}, TagType::string, 0, 0, 0, 0},  // SpherePower
+    {{39035, 13}, TagType::string, 0, 0, 0, 0},  // CylinderPower
+    {{39048, 16}, TagType::string, 0, 0, 0, 0},  // CalibrationImage
+    {{39064, 14}, TagType::string, 0, 0, 0, 0},  // DeviceSequence
+    {{39078, 12}, TagType::string, 0, 0, 0, 0},  // DeviceLength
+    {{39090, 23}, TagType::string, 0, 0, 0, 0},  // ContainerComponentWidth
+    {{39113, 14}, TagType::string, 0, 0, 0, 0},  // DeviceDiameter
+    {{39127, 19}, TagType::string, 0, 0, 0, 0},  // DeviceDiameterUnits
+    {{39146, 12}, TagType::string, 0, 0, 0, 0},  // DeviceVolume
+    {{39158, 19}, TagType::string, 0, 0, 0, 0},  // InterMarkerDistance
+    {{39177, 20}, TagType::string, 0, 0, 0, 0},  // ContainerComponentID
+    {{39197, 17}, TagType::string, 0, 0, 0, 0},  // DeviceDescription
+    {{39214, 18}, TagType::string, 0, 0, 0, 0},  // EnergyWindowVector
+    {{39232, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfEnergyWindows
+    {{39253, 31}, TagType::string, 0, 0, 0, 0},  // EnergyWindowInformationSequence
+    {{39284, 25}, TagType::string, 0, 0, 0, 0},  // EnergyWindowRangeSequence
+    {{39309, 22}, TagType::string, 0, 0, 0, 0},  // EnergyWindowLowerLimit
+    {{39331, 22}, TagType::string, 0, 0, 0, 0},  // EnergyWindowUpperLimit
+    {{39353, 33}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalInformationSeq
+    {{39386, 21}, TagType::string, 0, 0, 0, 0},  // ResidualSyringeCounts
+    {{39407, 16}, TagType::string, 0, 0, 0, 0},  // EnergyWindowName
+    {{39423, 14}, TagType::string, 0, 0, 0, 0},  // DetectorVector
+    {{39437, 17}, TagType::string, 0, 0, 0, 0},  // NumberOfDetectors
+    {{39454, 27}, TagType::string, 0, 0, 0, 0},  // DetectorInformationSequence
+    {{39481, 11}, TagType::string, 0, 0, 0, 0},  // PhaseVector
+    {{39492, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfPhases
+    {{39506, 24}, TagType::string, 0, 0, 0, 0},  // PhaseInformationSequence
+    {{39530, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfFramesInPhase
+    {{39551, 10}, TagType::string, 0, 0, 0, 0},  // PhaseDelay
+    {{39561, 18}, TagType::string, 0, 0, 0, 0},  // PauseBetweenFrames
+    {{39579, 16}, TagType::string, 0, 0, 0, 0},  // PhaseDescription
+    {{39595, 14}, TagType::string, 0, 0, 0, 0},  // RotationVector
+    {{39609, 17}, TagType::string, 0, 0, 0, 0},  // NumberOfRotations
+    {{39626, 27}, TagType::string, 0, 0, 0, 0},  // RotationInformationSequence
+    {{39653, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfFramesInRotation
+    {{39677, 16}, TagType::string, 0, 0, 0, 0},  // RRIntervalVector
+    {{39693, 19}, TagType::string, 0, 0, 0, 0},  // NumberOfRRIntervals
+    {{39712, 24}, TagType::string, 0, 0, 0, 0},  // GatedInformationSequence
+    {{39736, 23}, TagType::string, 0, 0, 0, 0},  // DataInformationSequence
+    {{39759, 14}, TagType::string, 0, 0, 0, 0},  // TimeSlotVector
+    {{39773, 17}, TagType::string, 0, 0, 0, 0},  // NumberOfTimeSlots
+    {{39790, 27}, TagType::string, 0, 0, 0, 0},  // TimeSlotInformationSequence
+    {{39817, 12}, TagType::string, 0, 0, 0, 0},  // TimeSlotTime
+    {{39829, 11}, TagType::string, 0, 0, 0, 0},  // SliceVector
+    {{39840, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfSlices
+    {{39854, 17}, TagType::string, 0, 0, 0, 0},  // AngularViewVector
+    {{39871, 15}, TagType::string, 0, 0, 0, 0},  // TimeSliceVector
+    {{39886, 18}, TagType::string, 0, 0, 0, 0},  // NumberOfTimeSlices
+    {{39904, 10}, TagType::string, 0, 0, 0, 0},  // StartAngle
+    {{39914, 20}, TagType::string, 0, 0, 0, 0},  // TypeOfDetectorMotion
+    {{39934, 13}, TagType::string, 0, 0, 0, 0},  // TriggerVector
+    {{39947, 23}, TagType::string, 0, 0, 0, 0},  // NumberOfTriggersInPhase
+    {{39970, 16}, TagType::string, 0, 0, 0, 0},  // ViewCodeSequence
+    {{39986, 24}, TagType::string, 0, 0, 0, 0},  // ViewModifierCodeSequence
+    {{40010, 24}, TagType::string, 0, 0, 0, 0},  // RadionuclideCodeSequence
+    {{40034, 31}, TagType::string, 0, 0, 0, 0},  // AdministrationRouteCodeSequence
+    {{40065, 31}, TagType::string, 0, 0, 0, 0},  // RadiopharmaceuticalCodeSequence
+    {{40096, 23}, TagType::string, 0, 0, 0, 0},  // CalibrationDataSequence
+    {{40119, 18}, TagType::string, 0, 0, 0, 0},  // EnergyWindowNumber
+    {{40137, 7}, TagType::string, 0, 0, 0, 0},  // ImageID
+    {{40144, 30}, TagType::string, 0, 0, 0, 0},  // PatientOrientationCodeSequence
+    {{40174, 33}, TagType::string, 0, 0, 0, 0},  // PatientOrientationModifierCodeSeq
+    {{40207, 32}, TagType::string, 0, 0, 0, 0},  // PatientGantryRelationshipCodeSeq
+    {{40239, 25}, TagType::string, 0, 0, 0, 0},  // SliceProgressionDirection
+    {{40264, 10}, TagType::string, 0, 0, 0, 0},  // SeriesType
+    {{40274, 5}, TagType::string, 0, 0, 0, 0},  // Units
+    {{40279, 12}, TagType::string, 0, 0, 0, 0},  // CountsSource
+    {{40291, 18}, TagType::string, 0, 0, 0, 0},  // ReprojectionMethod
+    {{40309, 23}, TagType::string, 0, 0, 0, 0},  // RandomsCorrectionMethod
+    {{40332, 27}, TagType::string, 0, 0, 0, 0},  // AttenuationCorrectionMethod
+    {{40359, 15}, TagType::string, 0, 0, 0, 0},  // DecayCorrection
+    {{40374, 20}, TagType::string, 0, 0, 0, 0},  // ReconstructionMethod
+    {{40394, 27}, TagType::string, 0, 0, 0, 0},  // DetectorLinesOfResponseUsed
+    {{40421, 23}, TagType::string, 0, 0, 0, 0},  // ScatterCorrectionMethod
+    {{40444, 15}, TagType::string, 0, 0, 0, 0},  // AxialAcceptance
+    {{40459, 9}, TagType::string, 0, 0, 0, 0},  // AxialMash
+    {{40468, 14}, TagType::string, 0, 0, 0, 0},  // TransverseMash
+    {{40482, 19}, TagType::string, 0, 0, 0, 0},  // DetectorElementSize
+    {{40501, 22}, TagType::string, 0, 0, 0, 0},  // CoincidenceWindowWidth
+    {{40523, 19}, TagType::string, 0, 0, 0, 0},  // SecondaryCountsType
+    {{40542, 18}, TagType::string, 0, 0, 0, 0},  // FrameReferenceTime
+    {{40560, 24}, TagType::string, 0, 0, 0, 0},  // PrimaryCountsAccumulated
+    {{40584, 26}, TagType::string, 0, 0, 0, 0},  // SecondaryCountsAccumulated
+    {{40610, 22}, TagType::string, 0, 0, 0, 0},  // SliceSensitivityFactor
+    {{40632, 11}, TagType::string, 0, 0, 0, 0},  // DecayFactor
+    {{40643, 21}, TagType::string, 0, 0, 0, 0},  // DoseCalibrationFactor
+    {{40664, 21}, TagType::string, 0, 0, 0, 0},  // ScatterFractionFactor
+    {{40685, 14}, TagType::string, 0, 0, 0, 0},  // DeadTimeFactor
+    {{40699, 10}, TagType::string, 0, 0, 0, 0},  // ImageIndex
+    {{40709, 14}, TagType::string, 0, 0, 0, 0},  // CountsIncluded
+    {{40723, 22}, TagType::string, 0, 0, 0, 0},  // DeadTimeCorrectionFlag
+    {{40745, 17}, TagType::string, 0, 0, 0, 0},  // HistogramSequence
+    {{40762, 21}, TagType::string, 0, 0, 0, 0},  // HistogramNumberOfBins
+    {{40783, 22}, TagType::string, 0, 0, 0, 0},  // HistogramFirstBinValue
+    {{40805, 21}, TagType::string, 0, 0, 0, 0},  // HistogramLastBinValue
+    {{40826, 17}, TagType::string, 0, 0, 0, 0},  // HistogramBinWidth
+    {{40843, 20}, TagType::string, 0, 0, 0, 0},  // HistogramExplanation
+    {{40863, 13}, TagType::string, 0, 0, 0, 0},  // HistogramData
+    {{40876, 16}, TagType::string, 0, 0, 0, 0},  // SegmentationType
+    {{40892, 15}, TagType::string, 0, 0, 0, 0},  // SegmentSequence
+    {{40907, 32}, TagType::string, 0, 0, 0, 0},  // SegmentedPropertyCategoryCodeSeq
+    {{40939, 12}, TagType::string, 0, 0, 0, 0},  // SegmentLabel
+    {{40951, 18}, TagType::string, 0, 0, 0, 0},  // SegmentDescription
+    {{40969, 20}, TagType::string, 0, 0, 0, 0},  // SegmentAlgorithmType
+    {{40989, 20}, TagType::string, 0, 0, 0, 0},  // SegmentAlgorithmName
+    {{41009, 29}, TagType::string, 0, 0, 0, 0},  // SegmentIdentificationSequence
+    {{41038, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedSegmentNumber
+    {{41061, 32}, TagType::string, 0, 0, 0, 0},  // RecommendedDisplayGrayscaleValue
+    {{41093, 29}, TagType::string, 0, 0, 0, 0},  // RecommendedDisplayCIELabValue
+    {{41122, 22}, TagType::string, 0, 0, 0, 0},  // MaximumFractionalValue
+    {{41144, 33}, TagType::string, 0, 0, 0, 0},  // SegmentedPropertyTypeCodeSequence
+    {{41177, 26}, TagType::string, 0, 0, 0, 0},  // SegmentationFractionalType
+    {{41203, 30}, TagType::string, 0, 0, 0, 0},  // DeformableRegistrationSequence
+    {{41233, 25}, TagType::string, 0, 0, 0, 0},  // SourceFrameOfReferenceUID
+    {{41258, 34}, TagType::string, 0, 0, 0, 0},  // DeformableRegistrationGridSequence
+    {{41292, 14}, TagType::string, 0, 0, 0, 0},  // GridDimensions
+    {{41306, 14}, TagType::string, 0, 0, 0, 0},  // GridResolution
+    {{41320, 14}, TagType::string, 0, 0, 0, 0},  // VectorGridData
+    {{41334, 29}, TagType::string, 0, 0, 0, 0},  // PreDeformationMatrixRegistSeq
+    {{41363, 30}, TagType::string, 0, 0, 0, 0},  // PostDeformationMatrixRegistSeq
+    {{41393, 16}, TagType::string, 0, 0, 0, 0},  // NumberOfSurfaces
+    {{41409, 15}, TagType::string, 0, 0, 0, 0},  // SurfaceSequence
+    {{41424, 13}, TagType::string, 0, 0, 0, 0},  // SurfaceNumber
+    {{41437, 15}, TagType::string, 0, 0, 0, 0},  // SurfaceComments
+    {{41452, 17}, TagType::string, 0, 0, 0, 0},  // SurfaceProcessing
+    {{41469, 22}, TagType::string, 0, 0, 0, 0},  // SurfaceProcessingRatio
+    {{41491, 12}, TagType::string, 0, 0, 0, 0},  // FiniteVolume
+    {{41503, 8}, TagType::string, 0, 0, 0, 0},  // Manifold
+    {{41511, 21}, TagType::string, 0, 0, 0, 0},  // SurfacePointsSequence
+    {{41532, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfSurfacePoints
+    {{41553, 20}, TagType::string, 0, 0, 0, 0},  // PointCoordinatesData
+    {{41573, 21}, TagType::string, 0, 0, 0, 0},  // PointPositionAccuracy
+    {{41594, 17}, TagType::string, 0, 0, 0, 0},  // MeanPointDistance
+    {{41611, 20}, TagType::string, 0, 0, 0, 0},  // MaximumPointDistance
+    {{41631, 14}, TagType::string, 0, 0, 0, 0},  // AxisOfRotation
+    {{41645, 16}, TagType::string, 0, 0, 0, 0},  // CenterOfRotation
+    {{41661, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfVectors
+    {{41676, 20}, TagType::string, 0, 0, 0, 0},  // VectorDimensionality
+    {{41696, 14}, TagType::string, 0, 0, 0, 0},  // VectorAccuracy
+    {{41710, 20}, TagType::string, 0, 0, 0, 0},  // VectorCoordinateData
+    {{41730, 22}, TagType::string, 0, 0, 0, 0},  // TrianglePointIndexList
+    {{41752, 18}, TagType::string, 0, 0, 0, 0},  // EdgePointIndexList
+    {{41770, 20}, TagType::string, 0, 0, 0, 0},  // VertexPointIndexList
+    {{41790, 21}, TagType::string, 0, 0, 0, 0},  // TriangleStripSequence
+    {{41811, 19}, TagType::string, 0, 0, 0, 0},  // TriangleFanSequence
+    {{41830, 12}, TagType::string, 0, 0, 0, 0},  // LineSequence
+    {{41842, 23}, TagType::string, 0, 0, 0, 0},  // PrimitivePointIndexList
+    {{41865, 12}, TagType::string, 0, 0, 0, 0},  // SurfaceCount
+    {{41877, 23}, TagType::string, 0, 0, 0, 0},  // AlgorithmFamilyCodeSequ
+    {{41900, 16}, TagType::string, 0, 0, 0, 0},  // AlgorithmVersion
+    {{41916, 19}, TagType::string, 0, 0, 0, 0},  // AlgorithmParameters
+    {{41935, 13}, TagType::string, 0, 0, 0, 0},  // FacetSequence
+    {{41948, 13}, TagType::string, 0, 0, 0, 0},  // AlgorithmName
+    {{41961, 25}, TagType::string, 0, 0, 0, 0},  // GraphicAnnotationSequence
+    {{41986, 12}, TagType::string, 0, 0, 0, 0},  // GraphicLayer
+    {{41998, 26}, TagType::string, 0, 0, 0, 0},  // BoundingBoxAnnotationUnits
+    {{42024, 26}, TagType::string, 0, 0, 0, 0},  // AnchorPointAnnotationUnits
+    {{42050, 22}, TagType::string, 0, 0, 0, 0},  // GraphicAnnotationUnits
+    {{42072, 20}, TagType::string, 0, 0, 0, 0},  // UnformattedTextValue
+    {{42092, 18}, TagType::string, 0, 0, 0, 0},  // TextObjectSequence
+    {{42110, 21}, TagType::string, 0, 0, 0, 0},  // GraphicObjectSequence
+    {{42131, 28}, TagType::string, 0, 0, 0, 0},  // BoundingBoxTopLeftHandCorner
+    {{42159, 32}, TagType::string, 0, 0, 0, 0},  // BoundingBoxBottomRightHandCorner
+    {{42191, 33}, TagType::string, 0, 0, 0, 0},  // BoundingBoxTextHorizJustification
+    {{42224, 11}, TagType::string, 0, 0, 0, 0},  // AnchorPoint
+    {{42235, 21}, TagType::string, 0, 0, 0, 0},  // AnchorPointVisibility
+    {{42256, 17}, TagType::string, 0, 0, 0, 0},  // GraphicDimensions
+    {{42273, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfGraphicPoints
+    {{42294, 11}, TagType::string, 0, 0, 0, 0},  // GraphicData
+    {{42305, 11}, TagType::string, 0, 0, 0, 0},  // GraphicType
+    {{42316, 13}, TagType::string, 0, 0, 0, 0},  // GraphicFilled
+    {{42329, 20}, TagType::string, 0, 0, 0, 0},  // ImageRotationRetired
+    {{42349, 19}, TagType::string, 0, 0, 0, 0},  // ImageHorizontalFlip
+    {{42368, 13}, TagType::string, 0, 0, 0, 0},  // ImageRotation
+    {{42381, 25}, TagType::string, 0, 0, 0, 0},  // DisplayedAreaTopLeftTrial
+    {{42406, 29}, TagType::string, 0, 0, 0, 0},  // DisplayedAreaBottomRightTrial
+    {{42435, 20}, TagType::string, 0, 0, 0, 0},  // DisplayedAreaTopLeft
+    {{42455, 24}, TagType::string, 0, 0, 0, 0},  // DisplayedAreaBottomRight
+    {{42479, 30}, TagType::string, 0, 0, 0, 0},  // DisplayedAreaSelectionSequence
+    {{42509, 20}, TagType::string, 0, 0, 0, 0},  // GraphicLayerSequence
+    {{42529, 17}, TagType::string, 0, 0, 0, 0},  // GraphicLayerOrder
+    {{42546, 34}, TagType::string, 0, 0, 0, 0},  // GraphicLayerRecDisplayGraysclValue
+    {{42580, 30}, TagType::string, 0, 0, 0, 0},  // GraphicLayerRecDisplayRGBValue
+    {{42610, 23}, TagType::string, 0, 0, 0, 0},  // GraphicLayerDescription
+    {{42633, 12}, TagType::string, 0, 0, 0, 0},  // ContentLabel
+    {{42645, 18}, TagType::string, 0, 0, 0, 0},  // ContentDescription
+    {{42663, 24}, TagType::string, 0, 0, 0, 0},  // PresentationCreationDate
+    {{42687, 24}, TagType::string, 0, 0, 0, 0},  // PresentationCreationTime
+    {{42711, 18}, TagType::string, 0, 0, 0, 0},  // ContentCreatorName
+    {{42729, 28}, TagType::string, 0, 0, 0, 0},  // ContentCreatorIDCodeSequence
+    {{42757, 20}, TagType::string, 0, 0, 0, 0},  // PresentationSizeMode
+    {{42777, 24}, TagType::string, 0, 0, 0, 0},  // PresentationPixelSpacing
+    {{42801, 28}, TagType::string, 0, 0, 0, 0},  // PresentationPixelAspectRatio
+    {{42829, 25}, TagType::string, 0, 0, 0, 0},  // PresentationPixelMagRatio
+    {{42854, 9}, TagType::string, 0, 0, 0, 0},  // ShapeType
+    {{42863, 20}, TagType::string, 0, 0, 0, 0},  // RegistrationSequence
+    {{42883, 26}, TagType::string, 0, 0, 0, 0},  // MatrixRegistrationSequence
+    {{42909, 14}, TagType::string, 0, 0, 0, 0},  // MatrixSequence
+    {{42923, 34}, TagType::string, 0, 0, 0, 0},  // FrameOfRefTransformationMatrixType
+    {{42957, 28}, TagType::string, 0, 0, 0, 0},  // RegistrationTypeCodeSequence
+    {{42985, 19}, TagType::string, 0, 0, 0, 0},  // FiducialDescription
+    {{43004, 18}, TagType::string, 0, 0, 0, 0},  // FiducialIdentifier
+    {{43022, 30}, TagType::string, 0, 0, 0, 0},  // FiducialIdentifierCodeSequence
+    {{43052, 24}, TagType::string, 0, 0, 0, 0},  // ContourUncertaintyRadius
+    {{43076, 21}, TagType::string, 0, 0, 0, 0},  // UsedFiducialsSequence
+    {{43097, 30}, TagType::string, 0, 0, 0, 0},  // GraphicCoordinatesDataSequence
+    {{43127, 11}, TagType::string, 0, 0, 0, 0},  // FiducialUID
+    {{43138, 19}, TagType::string, 0, 0, 0, 0},  // FiducialSetSequence
+    {{43157, 16}, TagType::string, 0, 0, 0, 0},  // FiducialSequence
+    {{43173, 33}, TagType::string, 0, 0, 0, 0},  // GraphicLayerRecomDisplayCIELabVal
+    {{43206, 16}, TagType::string, 0, 0, 0, 0},  // BlendingSequence
+    {{43222, 15}, TagType::string, 0, 0, 0, 0},  // RelativeOpacity
+    {{43237, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedSpatialRegistrationSeq
+    {{43269, 16}, TagType::string, 0, 0, 0, 0},  // BlendingPosition
+    {{43285, 19}, TagType::string, 0, 0, 0, 0},  // HangingProtocolName
+    {{43304, 26}, TagType::string, 0, 0, 0, 0},  // HangingProtocolDescription
+    {{43330, 20}, TagType::string, 0, 0, 0, 0},  // HangingProtocolLevel
+    {{43350, 22}, TagType::string, 0, 0, 0, 0},  // HangingProtocolCreator
+    {{43372, 31}, TagType::string, 0, 0, 0, 0},  // HangingProtocolCreationDateTime
+    {{43403, 33}, TagType::string, 0, 0, 0, 0},  // HangingProtocolDefinitionSequence
+    {{43436, 33}, TagType::string, 0, 0, 0, 0},  // HangingProtocolUserIDCodeSequence
+    {{43469, 28}, TagType::string, 0, 0, 0, 0},  // HangingProtocolUserGroupName
+    {{43497, 29}, TagType::string, 0, 0, 0, 0},  // SourceHangingProtocolSequence
+    {{43526, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfPriorsReferenced
+    {{43550, 17}, TagType::string, 0, 0, 0, 0},  // ImageSetsSequence
+    {{43567, 24}, TagType::string, 0, 0, 0, 0},  // ImageSetSelectorSequence
+    {{43591, 25}, TagType::string, 0, 0, 0, 0},  // ImageSetSelectorUsageFlag
+    {{43616, 17}, TagType::string, 0, 0, 0, 0},  // SelectorAttribute
+    {{43633, 19}, TagType::string, 0, 0, 0, 0},  // SelectorValueNumber
+    {{43652, 26}, TagType::string, 0, 0, 0, 0},  // TimeBasedImageSetsSequence
+    {{43678, 14}, TagType::string, 0, 0, 0, 0},  // ImageSetNumber
+    {{43692, 24}, TagType::string, 0, 0, 0, 0},  // ImageSetSelectorCategory
+    {{43716, 12}, TagType::string, 0, 0, 0, 0},  // RelativeTime
+    {{43728, 17}, TagType::string, 0, 0, 0, 0},  // RelativeTimeUnits
+    {{43745, 18}, TagType::string, 0, 0, 0, 0},  // AbstractPriorValue
+    {{43763, 25}, TagType::string, 0, 0, 0, 0},  // AbstractPriorCodeSequence
+    {{43788, 13}, TagType::string, 0, 0, 0, 0},  // ImageSetLabel
+    {{43801, 19}, TagType::string, 0, 0, 0, 0},  // SelectorAttributeVR
+    {{43820, 23}, TagType::string, 0, 0, 0, 0},  // SelectorSequencePointer
+    {{43843, 32}, TagType::string, 0, 0, 0, 0},  // SelectorSeqPointerPrivateCreator
+    {{43875, 31}, TagType::string, 0, 0, 0, 0},  // SelectorAttributePrivateCreator
+    {{43906, 15}, TagType::string, 0, 0, 0, 0},  // SelectorATValue
+    {{43921, 15}, TagType::string, 0, 0, 0, 0},  // SelectorCSValue
+    {{43936, 15}, TagType::string, 0, 0, 0, 0},  // SelectorISValue
+    {{43951, 15}, TagType::string, 0, 0, 0, 0},  // SelectorLOValue
+    {{43966, 15}, TagType::string, 0, 0, 0, 0},  // SelectorLTValue
+    {{43981, 15}, TagType::string, 0, 0, 0, 0},  // SelectorPNValue
+    {{43996, 15}, TagType::string, 0, 0, 0, 0},  // SelectorSHValue
+    {{44011, 15}, TagType::string, 0, 0, 0, 0},  // SelectorSTValue
+    {{44026, 15}, TagType::string, 0, 0, 0, 0},  // SelectorUTValue
+    {{44041, 15}, TagType::string, 0, 0, 0, 0},  // SelectorDSValue
+    {{44056, 15}, TagType::string, 0, 0, 0, 0},  // SelectorFDValue
+    {{44071, 15}, TagType::string, 0, 0, 0, 0},  // SelectorFLValue
+    {{44086, 15}, TagType::string, 0, 0, 0, 0},  // SelectorULValue
+    {{44101, 15}, TagType::string, 0, 0, 0, 0},  // SelectorUSValue
+    {{44116, 15}, TagType::string, 0, 0, 0, 0},  // SelectorSLValue
+    {{44131, 15}, TagType::string, 0, 0, 0, 0},  // SelectorSSValue
+    {{44146, 25}, TagType::string, 0, 0, 0, 0},  // SelectorCodeSequenceValue
+    {{44171, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfScreens
+    {{44186, 31}, TagType::string, 0, 0, 0, 0},  // NominalScreenDefinitionSequence
+    {{44217, 22}, TagType::string, 0, 0, 0, 0},  // NumberOfVerticalPixels
+    {{44239, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfHorizontalPixels
+    {{44263, 33}, TagType::string, 0, 0, 0, 0},  // DisplayEnvironmentSpatialPosition
+    {{44296, 30}, TagType::string, 0, 0, 0, 0},  // ScreenMinimumGrayscaleBitDepth
+    {{44326, 26}, TagType::string, 0, 0, 0, 0},  // ScreenMinimumColorBitDepth
+    {{44352, 29}, TagType::string, 0, 0, 0, 0},  // ApplicationMaximumRepaintTime
+    {{44381, 19}, TagType::string, 0, 0, 0, 0},  // DisplaySetsSequence
+    {{44400, 16}, TagType::string, 0, 0, 0, 0},  // DisplaySetNumber
+    {{44416, 15}, TagType::string, 0, 0, 0, 0},  // DisplaySetLabel
+    {{44431, 27}, TagType::string, 0, 0, 0, 0},  // DisplaySetPresentationGroup
+    {{44458, 32}, TagType::string, 0, 0, 0, 0},  // DisplaySetPresentationGroupDescr
+    {{44490, 26}, TagType::string, 0, 0, 0, 0},  // PartialDataDisplayHandling
+    {{44516, 29}, TagType::string, 0, 0, 0, 0},  // SynchronizedScrollingSequence
+    {{44545, 24}, TagType::string, 0, 0, 0, 0},  // DisplaySetScrollingGroup
+    {{44569, 27}, TagType::string, 0, 0, 0, 0},  // NavigationIndicatorSequence
+    {{44596, 20}, TagType::string, 0, 0, 0, 0},  // NavigationDisplaySet
+    {{44616, 20}, TagType::string, 0, 0, 0, 0},  // ReferenceDisplaySets
+    {{44636, 18}, TagType::string, 0, 0, 0, 0},  // ImageBoxesSequence
+    {{44654, 14}, TagType::string, 0, 0, 0, 0},  // ImageBoxNumber
+    {{44668, 18}, TagType::string, 0, 0, 0, 0},  // ImageBoxLayoutType
+    {{44686, 31}, TagType::string, 0, 0, 0, 0},  // ImageBoxTileHorizontalDimension
+    {{44717, 29}, TagType::string, 0, 0, 0, 0},  // ImageBoxTileVerticalDimension
+    {{44746, 23}, TagType::string, 0, 0, 0, 0},  // ImageBoxScrollDirection
+    {{44769, 23}, TagType::string, 0, 0, 0, 0},  // ImageBoxSmallScrollType
+    {{44792, 25}, TagType::string, 0, 0, 0, 0},  // ImageBoxSmallScrollAmount
+    {{44817, 23}, TagType::string, 0, 0, 0, 0},  // ImageBoxLargeScrollType
+    {{44840, 25}, TagType::string, 0, 0, 0, 0},  // ImageBoxLargeScrollAmount
+    {{44865, 23}, TagType::string, 0, 0, 0, 0},  // ImageBoxOverlapPriority
+    {{44888, 22}, TagType::string, 0, 0, 0, 0},  // CineRelativeToRealTime
+    {{44910, 24}, TagType::string, 0, 0, 0, 0},  // FilterOperationsSequence
+    {{44934, 16}, TagType::string, 0, 0, 0, 0},  // FilterByCategory
+    {{44950, 25}, TagType::string, 0, 0, 0, 0},  // FilterByAttributePresence
+    {{44975, 16}, TagType::string, 0, 0, 0, 0},  // FilterByOperator
+    {{44991, 24}, TagType::string, 0, 0, 0, 0},  // SynchronizedImageBoxList
+    {{45015, 21}, TagType::string, 0, 0, 0, 0},  // TypeOfSynchronization
+    {{45036, 21}, TagType::string, 0, 0, 0, 0},  // BlendingOperationType
+    {{45057, 25}, TagType::string, 0, 0, 0, 0},  // ReformattingOperationType
+    {{45082, 21}, TagType::string, 0, 0, 0, 0},  // ReformattingThickness
+    {{45103, 20}, TagType::string, 0, 0, 0, 0},  // ReformattingInterval
+    {{45123, 28}, TagType::string, 0, 0, 0, 0},  // ReformattingOpInitialViewDir
+    {{45151, 15}, TagType::string, 0, 0, 0, 0},  // RenderingType3D
+    {{45166, 25}, TagType::string, 0, 0, 0, 0},  // SortingOperationsSequence
+    {{45191, 14}, TagType::string, 0, 0, 0, 0},  // SortByCategory
+    {{45205, 16}, TagType::string, 0, 0, 0, 0},  // SortingDirection
+    {{45221, 28}, TagType::string, 0, 0, 0, 0},  // DisplaySetPatientOrientation
+    {{45249, 7}, TagType::string, 0, 0, 0, 0},  // VOIType
+    {{45256, 15}, TagType::string, 0, 0, 0, 0},  // PseudoColorType
+    {{45271, 21}, TagType::string, 0, 0, 0, 0},  // ShowGrayscaleInverted
+    {{45292, 21}, TagType::string, 0, 0, 0, 0},  // ShowImageTrueSizeFlag
+    {{45313, 25}, TagType::string, 0, 0, 0, 0},  // ShowGraphicAnnotationFlag
+    {{45338, 27}, TagType::string, 0, 0, 0, 0},  // ShowPatientDemographicsFlag
+    {{45365, 29}, TagType::string, 0, 0, 0, 0},  // ShowAcquisitionTechniquesFlag
+    {{45394, 33}, TagType::string, 0, 0, 0, 0},  // DisplaySetHorizontalJustification
+    {{45427, 31}, TagType::string, 0, 0, 0, 0},  // DisplaySetVerticalJustification
+    {{45458, 25}, TagType::string, 0, 0, 0, 0},  // UnifiedProcedureStepState
+    {{45483, 30}, TagType::string, 0, 0, 0, 0},  // UPSProgressInformationSequence
+    {{45513, 28}, TagType::string, 0, 0, 0, 0},  // UnifiedProcedureStepProgress
+    {{45541, 33}, TagType::string, 0, 0, 0, 0},  // UnifiedProcedureStepProgressDescr
+    {{45574, 29}, TagType::string, 0, 0, 0, 0},  // UnifiedProcedureStepComURISeq
+    {{45603, 10}, TagType::string, 0, 0, 0, 0},  // ContactURI
+    {{45613, 18}, TagType::string, 0, 0, 0, 0},  // ContactDisplayName
+    {{45631, 16}, TagType::string, 0, 0, 0, 0},  // BeamTaskSequence
+    {{45647, 12}, TagType::string, 0, 0, 0, 0},  // BeamTaskType
+    {{45659, 14}, TagType::string, 0, 0, 0, 0},  // BeamOrderIndex
+    {{45673, 33}, TagType::string, 0, 0, 0, 0},  // DeliveryVerificationImageSequence
+    {{45706, 23}, TagType::string, 0, 0, 0, 0},  // VerificationImageTiming
+    {{45729, 18}, TagType::string, 0, 0, 0, 0},  // DoubleExposureFlag
+    {{45747, 22}, TagType::string, 0, 0, 0, 0},  // DoubleExposureOrdering
+    {{45769, 22}, TagType::string, 0, 0, 0, 0},  // DoubleExposureMeterset
+    {{45791, 24}, TagType::string, 0, 0, 0, 0},  // DoubleExposureFieldDelta
+    {{45815, 31}, TagType::string, 0, 0, 0, 0},  // RelatedReferenceRTImageSequence
+    {{45846, 34}, TagType::string, 0, 0, 0, 0},  // GeneralMachineVerificationSequence
+    {{45880, 34}, TagType::string, 0, 0, 0, 0},  // ConventionalMachineVerificationSeq
+    {{45914, 30}, TagType::string, 0, 0, 0, 0},  // IonMachineVerificationSequence
+    {{45944, 24}, TagType::string, 0, 0, 0, 0},  // FailedAttributesSequence
+    {{45968, 28}, TagType::string, 0, 0, 0, 0},  // OverriddenAttributesSequence
+    {{45996, 33}, TagType::string, 0, 0, 0, 0},  // ConventionalControlPointVerifySeq
+    {{46029, 30}, TagType::string, 0, 0, 0, 0},  // IonControlPointVerificationSeq
+    {{46059, 27}, TagType::string, 0, 0, 0, 0},  // AttributeOccurrenceSequence
+    {{46086, 26}, TagType::string, 0, 0, 0, 0},  // AttributeOccurrencePointer
+    {{46112, 21}, TagType::string, 0, 0, 0, 0},  // AttributeItemSelector
+    {{46133, 33}, TagType::string, 0, 0, 0, 0},  // AttributeOccurrencePrivateCreator
+    {{46166, 30}, TagType::string, 0, 0, 0, 0},  // ScheduledProcedureStepPriority
+    {{46196, 13}, TagType::string, 0, 0, 0, 0},  // WorklistLabel
+    {{46209, 18}, TagType::string, 0, 0, 0, 0},  // ProcedureStepLabel
+    {{46227, 32}, TagType::string, 0, 0, 0, 0},  // ScheduledProcessingParametersSeq
+    {{46259, 32}, TagType::string, 0, 0, 0, 0},  // PerformedProcessingParametersSeq
+    {{46291, 29}, TagType::string, 0, 0, 0, 0},  // UPSPerformedProcedureSequence
+    {{46320, 28}, TagType::string, 0, 0, 0, 0},  // RelatedProcedureStepSequence
+    {{46348, 29}, TagType::string, 0, 0, 0, 0},  // ProcedureStepRelationshipType
+    {{46377, 12}, TagType::string, 0, 0, 0, 0},  // DeletionLock
+    {{46389, 11}, TagType::string, 0, 0, 0, 0},  // ReceivingAE
+    {{46400, 12}, TagType::string, 0, 0, 0, 0},  // RequestingAE
+    {{46412, 21}, TagType::string, 0, 0, 0, 0},  // ReasonForCancellation
+    {{46433, 9}, TagType::string, 0, 0, 0, 0},  // SCPStatus
+    {{46442, 22}, TagType::string, 0, 0, 0, 0},  // SubscriptionListStatus
+    {{46464, 13}, TagType::string, 0, 0, 0, 0},  // UPSListStatus
+    {{46477, 21}, TagType::string, 0, 0, 0, 0},  // StorageMediaFileSetID
+    {{46498, 22}, TagType::string, 0, 0, 0, 0},  // StorageMediaFileSetUID
+    {{46520, 17}, TagType::string, 0, 0, 0, 0},  // IconImageSequence
+    {{46537, 10}, TagType::string, 0, 0, 0, 0},  // TopicTitle
+    {{46547, 12}, TagType::string, 0, 0, 0, 0},  // TopicSubject
+    {{46559, 11}, TagType::string, 0, 0, 0, 0},  // TopicAuthor
+    {{46570, 13}, TagType::string, 0, 0, 0, 0},  // TopicKeywords
+    {{46583, 17}, TagType::string, 0, 0, 0, 0},  // SOPInstanceStatus
+    {{46600, 27}, TagType::string, 0, 0, 0, 0},  // SOPAuthorizationDateAndTime
+    {{46627, 23}, TagType::string, 0, 0, 0, 0},  // SOPAuthorizationComment
+    {{46650, 32}, TagType::string, 0, 0, 0, 0},  // AuthorizationEquipmentCertNumber
+    {{46682, 11}, TagType::string, 0, 0, 0, 0},  // MACIDNumber
+    {{46693, 31}, TagType::string, 0, 0, 0, 0},  // MACCalculationTransferSyntaxUID
+    {{46724, 12}, TagType::string, 0, 0, 0, 0},  // MACAlgorithm
+    {{46736, 18}, TagType::string, 0, 0, 0, 0},  // DataElementsSigned
+    {{46754, 19}, TagType::string, 0, 0, 0, 0},  // DigitalSignatureUID
+    {{46773, 24}, TagType::string, 0, 0, 0, 0},  // DigitalSignatureDateTime
+    {{46797, 15}, TagType::string, 0, 0, 0, 0},  // CertificateType
+    {{46812, 19}, TagType::string, 0, 0, 0, 0},  // CertificateOfSigner
+    {{46831, 9}, TagType::string, 0, 0, 0, 0},  // Signature
+    {{46840, 22}, TagType::string, 0, 0, 0, 0},  // CertifiedTimestampType
+    {{46862, 18}, TagType::string, 0, 0, 0, 0},  // CertifiedTimestamp
+    {{46880, 30}, TagType::string, 0, 0, 0, 0},  // DigitalSignaturePurposeCodeSeq
+    {{46910, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedDigitalSignatureSeq
+    {{46939, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedSOPInstanceMACSeq
+    {{46966, 3}, TagType::string, 0, 0, 0, 0},  // MAC
+    {{46969, 27}, TagType::string, 0, 0, 0, 0},  // EncryptedAttributesSequence
+    {{46996, 33}, TagType::string, 0, 0, 0, 0},  // EncryptedContentTransferSyntaxUID
+    {{47029, 16}, TagType::string, 0, 0, 0, 0},  // EncryptedContent
+    {{47045, 26}, TagType::string, 0, 0, 0, 0},  // ModifiedAttributesSequence
+    {{47071, 26}, TagType::string, 0, 0, 0, 0},  // OriginalAttributesSequence
+    {{47097, 29}, TagType::string, 0, 0, 0, 0},  // AttributeModificationDateTime
+    {{47126, 15}, TagType::string, 0, 0, 0, 0},  // ModifyingSystem
+    {{47141, 22}, TagType::string, 0, 0, 0, 0},  // SourceOfPreviousValues
+    {{47163, 33}, TagType::string, 0, 0, 0, 0},  // ReasonForTheAttributeModification
+    {{47196, 13}, TagType::string, 0, 0, 0, 0},  // EscapeTriplet
+    {{47209, 16}, TagType::string, 0, 0, 0, 0},  // RunLengthTriplet
+    {{47225, 16}, TagType::string, 0, 0, 0, 0},  // HuffmanTableSize
+    {{47241, 19}, TagType::string, 0, 0, 0, 0},  // HuffmanTableTriplet
+    {{47260, 14}, TagType::string, 0, 0, 0, 0},  // ShiftTableSize
+    {{47274, 17}, TagType::string, 0, 0, 0, 0},  // ShiftTableTriplet
+    {{47291, 8}, TagType::string, 0, 0, 0, 0},  // ZonalMap
+    {{47299, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfCopies
+    {{47313, 28}, TagType::string, 0, 0, 0, 0},  // PrinterConfigurationSequence
+    {{47341, 13}, TagType::string, 0, 0, 0, 0},  // PrintPriority
+    {{47354, 10}, TagType::string, 0, 0, 0, 0},  // MediumType
+    {{47364, 15}, TagType::string, 0, 0, 0, 0},  // FilmDestination
+    {{47379, 16}, TagType::string, 0, 0, 0, 0},  // FilmSessionLabel
+    {{47395, 16}, TagType::string, 0, 0, 0, 0},  // MemoryAllocation
+    {{47411, 23}, TagType::string, 0, 0, 0, 0},  // MaximumMemoryAllocation
+    {{47434, 22}, TagType::string, 0, 0, 0, 0},  // ColorImagePrintingFlag
+    {{47456, 13}, TagType::string, 0, 0, 0, 0},  // CollationFlag
+    {{47469, 14}, TagType::string, 0, 0, 0, 0},  // AnnotationFlag
+    {{47483, 16}, TagType::string, 0, 0, 0, 0},  // ImageOverlayFlag
+    {{47499, 19}, TagType::string, 0, 0, 0, 0},  // PresentationLUTFlag
+    {{47518, 27}, TagType::string, 0, 0, 0, 0},  // ImageBoxPresentationLUTFlag
+    {{47545, 14}, TagType::string, 0, 0, 0, 0},  // MemoryBitDepth
+    {{47559, 16}, TagType::string, 0, 0, 0, 0},  // PrintingBitDepth
+    {{47575, 22}, TagType::string, 0, 0, 0, 0},  // MediaInstalledSequence
+    {{47597, 27}, TagType::string, 0, 0, 0, 0},  // OtherMediaAvailableSequence
+    {{47624, 30}, TagType::string, 0, 0, 0, 0},  // SupportedImageDisplayFormatSeq
+    {{47654, 25}, TagType::string, 0, 0, 0, 0},  // ReferencedFilmBoxSequence
+    {{47679, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedStoredPrintSequence
+    {{47708, 18}, TagType::string, 0, 0, 0, 0},  // ImageDisplayFormat
+    {{47726, 25}, TagType::string, 0, 0, 0, 0},  // AnnotationDisplayFormatID
+    {{47751, 15}, TagType::string, 0, 0, 0, 0},  // FilmOrientation
+    {{47766, 10}, TagType::string, 0, 0, 0, 0},  // FilmSizeID
+    {{47776, 19}, TagType::string, 0, 0, 0, 0},  // PrinterResolutionID
+    {{47795, 26}, TagType::string, 0, 0, 0, 0},  // DefaultPrinterResolutionID
+    {{47821, 17}, TagType::string, 0, 0, 0, 0},  // MagnificationType
+    {{47838, 13}, TagType::string, 0, 0, 0, 0},  // SmoothingType
+    {{47851, 24}, TagType::string, 0, 0, 0, 0},  // DefaultMagnificationType
+    {{47875, 32}, TagType::string, 0, 0, 0, 0},  // OtherMagnificationTypesAvailable
+    {{47907, 20}, TagType::string, 0, 0, 0, 0},  // DefaultSmoothingType
+    {{47927, 28}, TagType::string, 0, 0, 0, 0},  // OtherSmoothingTypesAvailable
+    {{47955, 13}, TagType::string, 0, 0, 0, 0},  // BorderDensity
+    {{47968, 17}, TagType::string, 0, 0, 0, 0},  // EmptyImageDensity
+    {{47985, 10}, TagType::string, 0, 0, 0, 0},  // MinDensity
+    {{47995, 10}, TagType::string, 0, 0, 0, 0},  // MaxDensity
+    {{48005, 4}, TagType::string, 0, 0, 0, 0},  // Trim
+    {{48009, 24}, TagType::string, 0, 0, 0, 0},  // ConfigurationInformation
+    {{48033, 29}, TagType::string, 0, 0, 0, 0},  // ConfigurationInformationDescr
+    {{48062, 20}, TagType::string, 0, 0, 0, 0},  // MaximumCollatedFilms
+    {{48082, 12}, TagType::string, 0, 0, 0, 0},  // Illumination
+    {{48094, 21}, TagType::string, 0, 0, 0, 0},  // ReflectedAmbientLight
+    {{48115, 19}, TagType::string, 0, 0, 0, 0},  // PrinterPixelSpacing
+    {{48134, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedFilmSessionSequence
+    {{48163, 26}, TagType::string, 0, 0, 0, 0},  // ReferencedImageBoxSequence
+    {{48189, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedBasicAnnotationBoxSeq
+    {{48220, 16}, TagType::string, 0, 0, 0, 0},  // ImageBoxPosition
+    {{48236, 8}, TagType::string, 0, 0, 0, 0},  // Polarity
+    {{48244, 18}, TagType::string, 0, 0, 0, 0},  // RequestedImageSize
+    {{48262, 30}, TagType::string, 0, 0, 0, 0},  // RequestedDecimate-CropBehavior
+    {{48292, 21}, TagType::string, 0, 0, 0, 0},  // RequestedResolutionID
+    {{48313, 22}, TagType::string, 0, 0, 0, 0},  // RequestedImageSizeFlag
+    {{48335, 18}, TagType::string, 0, 0, 0, 0},  // DecimateCropResult
+    {{48353, 27}, TagType::string, 0, 0, 0, 0},  // BasicGrayscaleImageSequence
+    {{48380, 23}, TagType::string, 0, 0, 0, 0},  // BasicColorImageSequence
+    {{48403, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedImageOverlayBoxSequence
+    {{48436, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedVOILUTBoxSequence
+    {{48463, 18}, TagType::string, 0, 0, 0, 0},  // AnnotationPosition
+    {{48481, 10}, TagType::string, 0, 0, 0, 0},  // TextString
+    {{48491, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedOverlayPlaneSequence
+    {{48521, 28}, TagType::string, 0, 0, 0, 0},  // ReferencedOverlayPlaneGroups
+    {{48549, 24}, TagType::string, 0, 0, 0, 0},  // OverlayPixelDataSequence
+    {{48573, 24}, TagType::string, 0, 0, 0, 0},  // OverlayMagnificationType
+    {{48597, 20}, TagType::string, 0, 0, 0, 0},  // OverlaySmoothingType
+    {{48617, 27}, TagType::string, 0, 0, 0, 0},  // OverlayOrImageMagnification
+    {{48644, 24}, TagType::string, 0, 0, 0, 0},  // MagnifyToNumberOfColumns
+    {{48668, 24}, TagType::string, 0, 0, 0, 0},  // OverlayForegroundDensity
+    {{48692, 24}, TagType::string, 0, 0, 0, 0},  // OverlayBackgroundDensity
+    {{48716, 11}, TagType::string, 0, 0, 0, 0},  // OverlayMode
+    {{48727, 16}, TagType::string, 0, 0, 0, 0},  // ThresholdDensity
+    {{48743, 23}, TagType::string, 0, 0, 0, 0},  // PresentationLUTSequence
+    {{48766, 20}, TagType::string, 0, 0, 0, 0},  // PresentationLUTShape
+    {{48786, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedPresentationLUTSequence
+    {{48819, 10}, TagType::string, 0, 0, 0, 0},  // PrintJobID
+    {{48829, 15}, TagType::string, 0, 0, 0, 0},  // ExecutionStatus
+    {{48844, 19}, TagType::string, 0, 0, 0, 0},  // ExecutionStatusInfo
+    {{48863, 12}, TagType::string, 0, 0, 0, 0},  // CreationDate
+    {{48875, 12}, TagType::string, 0, 0, 0, 0},  // CreationTime
+    {{48887, 10}, TagType::string, 0, 0, 0, 0},  // Originator
+    {{48897, 13}, TagType::string, 0, 0, 0, 0},  // DestinationAE
+    {{48910, 7}, TagType::string, 0, 0, 0, 0},  // OwnerID
+    {{48917, 13}, TagType::string, 0, 0, 0, 0},  // NumberOfFilms
+    {{48930, 26}, TagType::string, 0, 0, 0, 0},  // ReferencedPrintJobSequence
+    {{48956, 13}, TagType::string, 0, 0, 0, 0},  // PrinterStatus
+    {{48969, 17}, TagType::string, 0, 0, 0, 0},  // PrinterStatusInfo
+    {{48986, 11}, TagType::string, 0, 0, 0, 0},  // PrinterName
+    {{48997, 12}, TagType::string, 0, 0, 0, 0},  // PrintQueueID
+    {{49009, 11}, TagType::string, 0, 0, 0, 0},  // QueueStatus
+    {{49020, 27}, TagType::string, 0, 0, 0, 0},  // PrintJobDescriptionSequence
+    {{49047, 30}, TagType::string, 0, 0, 0, 0},  // PrintManagementCapabilitiesSeq
+    {{49077, 30}, TagType::string, 0, 0, 0, 0},  // PrinterCharacteristicsSequence
+    {{49107, 22}, TagType::string, 0, 0, 0, 0},  // FilmBoxContentSequence
+    {{49129, 23}, TagType::string, 0, 0, 0, 0},  // ImageBoxContentSequence
+    {{49152, 25}, TagType::string, 0, 0, 0, 0},  // AnnotationContentSequence
+    {{49177, 30}, TagType::string, 0, 0, 0, 0},  // ImageOverlayBoxContentSequence
+    {{49207, 30}, TagType::string, 0, 0, 0, 0},  // PresentationLUTContentSequence
+    {{49237, 21}, TagType::string, 0, 0, 0, 0},  // ProposedStudySequence
+    {{49258, 21}, TagType::string, 0, 0, 0, 0},  // OriginalImageSequence
+    {{49279, 34}, TagType::string, 0, 0, 0, 0},  // LabelFromInfoExtractedFromInstance
+    {{49313, 9}, TagType::string, 0, 0, 0, 0},  // LabelText
+    {{49322, 19}, TagType::string, 0, 0, 0, 0},  // LabelStyleSelection
+    {{49341, 16}, TagType::string, 0, 0, 0, 0},  // MediaDisposition
+    {{49357, 12}, TagType::string, 0, 0, 0, 0},  // BarcodeValue
+    {{49369, 16}, TagType::string, 0, 0, 0, 0},  // BarcodeSymbology
+    {{49385, 19}, TagType::string, 0, 0, 0, 0},  // AllowMediaSplitting
+    {{49404, 22}, TagType::string, 0, 0, 0, 0},  // IncludeNonDICOMObjects
+    {{49426, 25}, TagType::string, 0, 0, 0, 0},  // IncludeDisplayApplication
+    {{49451, 33}, TagType::string, 0, 0, 0, 0},  // SaveCompInstancesAfterMediaCreate
+    {{49484, 29}, TagType::string, 0, 0, 0, 0},  // TotalNumberMediaPiecesCreated
+    {{49513, 32}, TagType::string, 0, 0, 0, 0},  // RequestedMediaApplicationProfile
+    {{49545, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedStorageMediaSequence
+    {{49575, 17}, TagType::string, 0, 0, 0, 0},  // FailureAttributes
+    {{49592, 21}, TagType::string, 0, 0, 0, 0},  // AllowLossyCompression
+    {{49613, 15}, TagType::string, 0, 0, 0, 0},  // RequestPriority
+    {{49628, 12}, TagType::string, 0, 0, 0, 0},  // RTImageLabel
+    {{49640, 11}, TagType::string, 0, 0, 0, 0},  // RTImageName
+    {{49651, 18}, TagType::string, 0, 0, 0, 0},  // RTImageDescription
+    {{49669, 20}, TagType::string, 0, 0, 0, 0},  // ReportedValuesOrigin
+    {{49689, 12}, TagType::string, 0, 0, 0, 0},  // RTImagePlane
+    {{49701, 28}, TagType::string, 0, 0, 0, 0},  // XRayImageReceptorTranslation
+    {{49729, 22}, TagType::string, 0, 0, 0, 0},  // XRayImageReceptorAngle
+    {{49751, 18}, TagType::string, 0, 0, 0, 0},  // RTImageOrientation
+    {{49769, 22}, TagType::string, 0, 0, 0, 0},  // ImagePlanePixelSpacing
+    {{49791, 15}, TagType::string, 0, 0, 0, 0},  // RTImagePosition
+    {{49806, 20}, TagType::string, 0, 0, 0, 0},  // RadiationMachineName
+    {{49826, 19}, TagType::string, 0, 0, 0, 0},  // RadiationMachineSAD
+    {{49845, 19}, TagType::string, 0, 0, 0, 0},  // RadiationMachineSSD
+    {{49864, 10}, TagType::string, 0, 0, 0, 0},  // RTImageSID
+    {{49874, 31}, TagType::string, 0, 0, 0, 0},  // SourceToReferenceObjectDistance
+    {{49905, 14}, TagType::string, 0, 0, 0, 0},  // FractionNumber
+    {{49919, 16}, TagType::string, 0, 0, 0, 0},  // ExposureSequence
+    {{49935, 16}, TagType::string, 0, 0, 0, 0},  // MetersetExposure
+    {{49951, 17}, TagType::string, 0, 0, 0, 0},  // DiaphragmPosition
+    {{49968, 18}, TagType::string, 0, 0, 0, 0},  // FluenceMapSequence
+    {{49986, 17}, TagType::string, 0, 0, 0, 0},  // FluenceDataSource
+    {{50003, 16}, TagType::string, 0, 0, 0, 0},  // FluenceDataScale
+    {{50019, 11}, TagType::string, 0, 0, 0, 0},  // FluenceMode
+    {{50030, 13}, TagType::string, 0, 0, 0, 0},  // FluenceModeID
+    {{50043, 7}, TagType::string, 0, 0, 0, 0},  // DVHType
+    {{50050, 9}, TagType::string, 0, 0, 0, 0},  // DoseUnits
+    {{50059, 8}, TagType::string, 0, 0, 0, 0},  // DoseType
+    {{50067, 11}, TagType::string, 0, 0, 0, 0},  // DoseComment
+    {{50078, 18}, TagType::string, 0, 0, 0, 0},  // NormalizationPoint
+    {{50096, 17}, TagType::string, 0, 0, 0, 0},  // DoseSummationType
+    {{50113, 21}, TagType::string, 0, 0, 0, 0},  // GridFrameOffsetVector
+    {{50134, 15}, TagType::string, 0, 0, 0, 0},  // DoseGridScaling
+    {{50149, 17}, TagType::string, 0, 0, 0, 0},  // RTDoseROISequence
+    {{50166, 9}, TagType::string, 0, 0, 0, 0},  // DoseValue
+    {{50175, 29}, TagType::string, 0, 0, 0, 0},  // TissueHeterogeneityCorrection
+    {{50204, 21}, TagType::string, 0, 0, 0, 0},  // DVHNormalizationPoint
+    {{50225, 25}, TagType::string, 0, 0, 0, 0},  // DVHNormalizationDoseValue
+    {{50250, 11}, TagType::string, 0, 0, 0, 0},  // DVHSequence
+    {{50261, 14}, TagType::string, 0, 0, 0, 0},  // DVHDoseScaling
+    {{50275, 14}, TagType::string, 0, 0, 0, 0},  // DVHVolumeUnits
+    {{50289, 15}, TagType::string, 0, 0, 0, 0},  // DVHNumberOfBins
+    {{50304, 7}, TagType::string, 0, 0, 0, 0},  // DVHData
+    {{50311, 24}, TagType::string, 0, 0, 0, 0},  // DVHReferencedROISequence
+    {{50335, 22}, TagType::string, 0, 0, 0, 0},  // DVHROIContributionType
+    {{50357, 14}, TagType::string, 0, 0, 0, 0},  // DVHMinimumDose
+    {{50371, 14}, TagType::string, 0, 0, 0, 0},  // DVHMaximumDose
+    {{50385, 11}, TagType::string, 0, 0, 0, 0},  // DVHMeanDose
+    {{50396, 17}, TagType::string, 0, 0, 0, 0},  // StructureSetLabel
+    {{50413, 16}, TagType::string, 0, 0, 0, 0},  // StructureSetName
+    {{50429, 23}, TagType::string, 0, 0, 0, 0},  // StructureSetDescription
+    {{50452, 16}, TagType::string, 0, 0, 0, 0},  // StructureSetDate
+    {{50468, 16}, TagType::string, 0, 0, 0, 0},  // StructureSetTime
+    {{50484, 34}, TagType::string, 0, 0, 0, 0},  // ReferencedFrameOfReferenceSequence
+    {{50518, 25}, TagType::string, 0, 0, 0, 0},  // RTReferencedStudySequence
+    {{50543, 26}, TagType::string, 0, 0, 0, 0},  // RTReferencedSeriesSequence
+    {{50569, 20}, TagType::string, 0, 0, 0, 0},  // ContourImageSequence
+    {{50589, 23}, TagType::string, 0, 0, 0, 0},  // StructureSetROISequence
+    {{50612, 9}, TagType::string, 0, 0, 0, 0},  // ROINumber
+    {{50621, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedFrameOfReferenceUID
+    {{50650, 7}, TagType::string, 0, 0, 0, 0},  // ROIName
+    {{50657, 14}, TagType::string, 0, 0, 0, 0},  // ROIDescription
+    {{50671, 15}, TagType::string, 0, 0, 0, 0},  // ROIDisplayColor
+    {{50686, 9}, TagType::string, 0, 0, 0, 0},  // ROIVolume
+    {{50695, 20}, TagType::string, 0, 0, 0, 0},  // RTRelatedROISequence
+    {{50715, 17}, TagType::string, 0, 0, 0, 0},  // RTROIRelationship
+    {{50732, 22}, TagType::string, 0, 0, 0, 0},  // ROIGenerationAlgorithm
+    {{50754, 24}, TagType::string, 0, 0, 0, 0},  // ROIGenerationDescription
+    {{50778, 18}, TagType::string, 0, 0, 0, 0},  // ROIContourSequence
+    {{50796, 15}, TagType::string, 0, 0, 0, 0},  // ContourSequence
+    {{50811, 20}, TagType::string, 0, 0, 0, 0},  // ContourGeometricType
+    {{50831, 20}, TagType::string, 0, 0, 0, 0},  // ContourSlabThickness
+    {{50851, 19}, TagType::string, 0, 0, 0, 0},  // ContourOffsetVector
+    {{50870, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfContourPoints
+    {{50891, 13}, TagType::string, 0, 0, 0, 0},  // ContourNumber
+    {{50904, 16}, TagType::string, 0, 0, 0, 0},  // AttachedContours
+    {{50920, 11}, TagType::string, 0, 0, 0, 0},  // ContourData
+    {{50931, 25}, TagType::string, 0, 0, 0, 0},  // RTROIObservationsSequence
+    {{50956, 17}, TagType::string, 0, 0, 0, 0},  // ObservationNumber
+    {{50973, 19}, TagType::string, 0, 0, 0, 0},  // ReferencedROINumber
+    {{50992, 19}, TagType::string, 0, 0, 0, 0},  // ROIObservationLabel
+    {{51011, 31}, TagType::string, 0, 0, 0, 0},  // RTROIIdentificationCodeSequence
+    {{51042, 25}, TagType::string, 0, 0, 0, 0},  // ROIObservationDescription
+    {{51067, 32}, TagType::string, 0, 0, 0, 0},  // RelatedRTROIObservationsSequence
+    {{51099, 20}, TagType::string, 0, 0, 0, 0},  // RTROIInterpretedType
+    {{51119, 14}, TagType::string, 0, 0, 0, 0},  // ROIInterpreter
+    {{51133, 29}, TagType::string, 0, 0, 0, 0},  // ROIPhysicalPropertiesSequence
+    {{51162, 19}, TagType::string, 0, 0, 0, 0},  // ROIPhysicalProperty
+    {{51181, 24}, TagType::string, 0, 0, 0, 0},  // ROIPhysicalPropertyValue
+    {{51205, 31}, TagType::string, 0, 0, 0, 0},  // ROIElementalCompositionSequence
+    {{51236, 28}, TagType::string, 0, 0, 0, 0},  // ROIElementalCompAtomicNumber
+    {{51264, 34}, TagType::string, 0, 0, 0, 0},  // ROIElementalCompAtomicMassFraction
+    {{51298, 31}, TagType::string, 0, 0, 0, 0},  // FrameOfReferenceRelationshipSeq
+    {{51329, 26}, TagType::string, 0, 0, 0, 0},  // RelatedFrameOfReferenceUID
+    {{51355, 29}, TagType::string, 0, 0, 0, 0},  // FrameOfReferenceTransformType
+    {{51384, 31}, TagType::string, 0, 0, 0, 0},  // FrameOfReferenceTransformMatrix
+    {{51415, 32}, TagType::string, 0, 0, 0, 0},  // FrameOfReferenceTransformComment
+    {{51447, 29}, TagType::string, 0, 0, 0, 0},  // MeasuredDoseReferenceSequence
+    {{51476, 23}, TagType::string, 0, 0, 0, 0},  // MeasuredDoseDescription
+    {{51499, 16}, TagType::string, 0, 0, 0, 0},  // MeasuredDoseType
+    {{51515, 17}, TagType::string, 0, 0, 0, 0},  // MeasuredDoseValue
+    {{51532, 28}, TagType::string, 0, 0, 0, 0},  // TreatmentSessionBeamSequence
+    {{51560, 31}, TagType::string, 0, 0, 0, 0},  // TreatmentSessionIonBeamSequence
+    {{51591, 21}, TagType::string, 0, 0, 0, 0},  // CurrentFractionNumber
+    {{51612, 25}, TagType::string, 0, 0, 0, 0},  // TreatmentControlPointDate
+    {{51637, 25}, TagType::string, 0, 0, 0, 0},  // TreatmentControlPointTime
+    {{51662, 26}, TagType::string, 0, 0, 0, 0},  // TreatmentTerminationStatus
+    {{51688, 24}, TagType::string, 0, 0, 0, 0},  // TreatmentTerminationCode
+    {{51712, 27}, TagType::string, 0, 0, 0, 0},  // TreatmentVerificationStatus
+    {{51739, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedTreatmentRecordSequence
+    {{51772, 24}, TagType::string, 0, 0, 0, 0},  // SpecifiedPrimaryMeterset
+    {{51796, 26}, TagType::string, 0, 0, 0, 0},  // SpecifiedSecondaryMeterset
+    {{51822, 24}, TagType::string, 0, 0, 0, 0},  // DeliveredPrimaryMeterset
+    {{51846, 26}, TagType::string, 0, 0, 0, 0},  // DeliveredSecondaryMeterset
+    {{51872, 22}, TagType::string, 0, 0, 0, 0},  // SpecifiedTreatmentTime
+    {{51894, 22}, TagType::string, 0, 0, 0, 0},  // DeliveredTreatmentTime
+    {{51916, 28}, TagType::string, 0, 0, 0, 0},  // ControlPointDeliverySequence
+    {{51944, 31}, TagType::string, 0, 0, 0, 0},  // IonControlPointDeliverySequence
+    {{51975, 17}, TagType::string, 0, 0, 0, 0},  // SpecifiedMeterset
+    {{51992, 17}, TagType::string, 0, 0, 0, 0},  // DeliveredMeterset
+    {{52009, 15}, TagType::string, 0, 0, 0, 0},  // MetersetRateSet
+    {{52024, 21}, TagType::string, 0, 0, 0, 0},  // MetersetRateDelivered
+    {{52045, 26}, TagType::string, 0, 0, 0, 0},  // ScanSpotMetersetsDelivered
+    {{52071, 17}, TagType::string, 0, 0, 0, 0},  // DoseRateDelivered
+    {{52088, 30}, TagType::string, 0, 0, 0, 0},  // TreatmentSummaryCalcDoseRefSeq
+    {{52118, 29}, TagType::string, 0, 0, 0, 0},  // CumulativeDoseToDoseReference
+    {{52147, 18}, TagType::string, 0, 0, 0, 0},  // FirstTreatmentDate
+    {{52165, 23}, TagType::string, 0, 0, 0, 0},  // MostRecentTreatmentDate
+    {{52188, 26}, TagType::string, 0, 0, 0, 0},  // NumberOfFractionsDelivered
+    {{52214, 16}, TagType::string, 0, 0, 0, 0},  // OverrideSequence
+    {{52230, 24}, TagType::string, 0, 0, 0, 0},  // ParameterSequencePointer
+    {{52254, 24}, TagType::string, 0, 0, 0, 0},  // OverrideParameterPointer
+    {{52278, 18}, TagType::string, 0, 0, 0, 0},  // ParameterItemIndex
+    {{52296, 27}, TagType::string, 0, 0, 0, 0},  // MeasuredDoseReferenceNumber
+    {{52323, 16}, TagType::string, 0, 0, 0, 0},  // ParameterPointer
+    {{52339, 14}, TagType::string, 0, 0, 0, 0},  // OverrideReason
+    {{52353, 26}, TagType::string, 0, 0, 0, 0},  // CorrectedParameterSequence
+    {{52379, 15}, TagType::string, 0, 0, 0, 0},  // CorrectionValue
+    {{52394, 31}, TagType::string, 0, 0, 0, 0},  // CalculatedDoseReferenceSequence
+    {{52425, 29}, TagType::string, 0, 0, 0, 0},  // CalculatedDoseReferenceNumber
+    {{52454, 34}, TagType::string, 0, 0, 0, 0},  // CalculatedDoseReferenceDescription
+    {{52488, 32}, TagType::string, 0, 0, 0, 0},  // CalculatedDoseReferenceDoseValue
+    {{52520, 13}, TagType::string, 0, 0, 0, 0},  // StartMeterset
+    {{52533, 11}, TagType::string, 0, 0, 0, 0},  // EndMeterset
+    {{52544, 34}, TagType::string, 0, 0, 0, 0},  // ReferencedMeasuredDoseReferenceSeq
+    {{52578, 34}, TagType::string, 0, 0, 0, 0},  // ReferencedMeasuredDoseReferenceNum
+    {{52612, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedCalculatedDoseRefSeq
+    {{52642, 33}, TagType::string, 0, 0, 0, 0},  // ReferencedCalculatedDoseRefNumber
+    {{52675, 30}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceLeafPairsSeq
+    {{52705, 21}, TagType::string, 0, 0, 0, 0},  // RecordedWedgeSequence
+    {{52726, 27}, TagType::string, 0, 0, 0, 0},  // RecordedCompensatorSequence
+    {{52753, 21}, TagType::string, 0, 0, 0, 0},  // RecordedBlockSequence
+    {{52774, 34}, TagType::string, 0, 0, 0, 0},  // TreatmentSummaryMeasuredDoseRefSeq
+    {{52808, 21}, TagType::string, 0, 0, 0, 0},  // RecordedSnoutSequence
+    {{52829, 28}, TagType::string, 0, 0, 0, 0},  // RecordedRangeShifterSequence
+    {{52857, 33}, TagType::string, 0, 0, 0, 0},  // RecordedLateralSpreadingDeviceSeq
+    {{52890, 30}, TagType::string, 0, 0, 0, 0},  // RecordedRangeModulatorSequence
+    {{52920, 22}, TagType::string, 0, 0, 0, 0},  // RecordedSourceSequence
+    {{52942, 18}, TagType::string, 0, 0, 0, 0},  // SourceSerialNumber
+    {{52960, 27}, TagType::string, 0, 0, 0, 0},  // TreatmentSessionAppSetupSeq
+    {{52987, 21}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupCheck
+    {{53008, 32}, TagType::string, 0, 0, 0, 0},  // RecordedBrachyAccessoryDeviceSeq
+    {{53040, 34}, TagType::string, 0, 0, 0, 0},  // ReferencedBrachyAccessoryDeviceNum
+    {{53074, 23}, TagType::string, 0, 0, 0, 0},  // RecordedChannelSequence
+    {{53097, 25}, TagType::string, 0, 0, 0, 0},  // SpecifiedChannelTotalTime
+    {{53122, 25}, TagType::string, 0, 0, 0, 0},  // DeliveredChannelTotalTime
+    {{53147, 23}, TagType::string, 0, 0, 0, 0},  // SpecifiedNumberOfPulses
+    {{53170, 23}, TagType::string, 0, 0, 0, 0},  // DeliveredNumberOfPulses
+    {{53193, 32}, TagType::string, 0, 0, 0, 0},  // SpecifiedPulseRepetitionInterval
+    {{53225, 32}, TagType::string, 0, 0, 0, 0},  // DeliveredPulseRepetitionInterval
+    {{53257, 32}, TagType::string, 0, 0, 0, 0},  // RecordedSourceApplicatorSequence
+    {{53289, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedSourceApplicatorNumber
+    {{53321, 29}, TagType::string, 0, 0, 0, 0},  // RecordedChannelShieldSequence
+    {{53350, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedChannelShieldNumber
+    {{53379, 30}, TagType::string, 0, 0, 0, 0},  // BrachyControlPointDeliveredSeq
+    {{53409, 20}, TagType::string, 0, 0, 0, 0},  // SafePositionExitDate
+    {{53429, 20}, TagType::string, 0, 0, 0, 0},  // SafePositionExitTime
+    {{53449, 22}, TagType::string, 0, 0, 0, 0},  // SafePositionReturnDate
+    {{53471, 22}, TagType::string, 0, 0, 0, 0},  // SafePositionReturnTime
+    {{53493, 22}, TagType::string, 0, 0, 0, 0},  // CurrentTreatmentStatus
+    {{53515, 22}, TagType::string, 0, 0, 0, 0},  // TreatmentStatusComment
+    {{53537, 28}, TagType::string, 0, 0, 0, 0},  // FractionGroupSummarySequence
+    {{53565, 24}, TagType::string, 0, 0, 0, 0},  // ReferencedFractionNumber
+    {{53589, 17}, TagType::string, 0, 0, 0, 0},  // FractionGroupType
+    {{53606, 19}, TagType::string, 0, 0, 0, 0},  // BeamStopperPosition
+    {{53625, 29}, TagType::string, 0, 0, 0, 0},  // FractionStatusSummarySequence
+    {{53654, 13}, TagType::string, 0, 0, 0, 0},  // TreatmentDate
+    {{53667, 13}, TagType::string, 0, 0, 0, 0},  // TreatmentTime
+    {{53680, 11}, TagType::string, 0, 0, 0, 0},  // RTPlanLabel
+    {{53691, 10}, TagType::string, 0, 0, 0, 0},  // RTPlanName
+    {{53701, 17}, TagType::string, 0, 0, 0, 0},  // RTPlanDescription
+    {{53718, 10}, TagType::string, 0, 0, 0, 0},  // RTPlanDate
+    {{53728, 10}, TagType::string, 0, 0, 0, 0},  // RTPlanTime
+    {{53738, 18}, TagType::string, 0, 0, 0, 0},  // TreatmentProtocols
+    {{53756, 10}, TagType::string, 0, 0, 0, 0},  // PlanIntent
+    {{53766, 14}, TagType::string, 0, 0, 0, 0},  // TreatmentSites
+    {{53780, 14}, TagType::string, 0, 0, 0, 0},  // RTPlanGeometry
+    {{53794, 23}, TagType::string, 0, 0, 0, 0},  // PrescriptionDescription
+    {{53817, 21}, TagType::string, 0, 0, 0, 0},  // DoseReferenceSequence
+    {{53838, 19}, TagType::string, 0, 0, 0, 0},  // DoseReferenceNumber
+    {{53857, 16}, TagType::string, 0, 0, 0, 0},  // DoseReferenceUID
+    {{53873, 26}, TagType::string, 0, 0, 0, 0},  // DoseReferenceStructureType
+    {{53899, 21}, TagType::string, 0, 0, 0, 0},  // NominalBeamEnergyUnit
+    {{53920, 24}, TagType::string, 0, 0, 0, 0},  // DoseReferenceDescription
+    {{53944, 29}, TagType::string, 0, 0, 0, 0},  // DoseReferencePointCoordinates
+    {{53973, 16}, TagType::string, 0, 0, 0, 0},  // NominalPriorDose
+    {{53989, 17}, TagType::string, 0, 0, 0, 0},  // DoseReferenceType
+    {{54006, 16}, TagType::string, 0, 0, 0, 0},  // ConstraintWeight
+    {{54022, 19}, TagType::string, 0, 0, 0, 0},  // DeliveryWarningDose
+    {{54041, 19}, TagType::string, 0, 0, 0, 0},  // DeliveryMaximumDose
+    {{54060, 17}, TagType::string, 0, 0, 0, 0},  // TargetMinimumDose
+    {{54077, 22}, TagType::string, 0, 0, 0, 0},  // TargetPrescriptionDose
+    {{54099, 17}, TagType::string, 0, 0, 0, 0},  // TargetMaximumDose
+    {{54116, 29}, TagType::string, 0, 0, 0, 0},  // TargetUnderdoseVolumeFraction
+    {{54145, 25}, TagType::string, 0, 0, 0, 0},  // OrganAtRiskFullVolumeDose
+    {{54170, 20}, TagType::string, 0, 0, 0, 0},  // OrganAtRiskLimitDose
+    {{54190, 22}, TagType::string, 0, 0, 0, 0},  // OrganAtRiskMaximumDose
+    {{54212, 33}, TagType::string, 0, 0, 0, 0},  // OrganAtRiskOverdoseVolumeFraction
+    {{54245, 22}, TagType::string, 0, 0, 0, 0},  // ToleranceTableSequence
+    {{54267, 20}, TagType::string, 0, 0, 0, 0},  // ToleranceTableNumber
+    {{54287, 19}, TagType::string, 0, 0, 0, 0},  // ToleranceTableLabel
+    {{54306, 20}, TagType::string, 0, 0, 0, 0},  // GantryAngleTolerance
+    {{54326, 32}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceAngleTolerance
+    {{54358, 30}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceToleranceSeq
+    {{54388, 29}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDevicePositionTol
+    {{54417, 22}, TagType::string, 0, 0, 0, 0},  // SnoutPositionTolerance
+    {{54439, 28}, TagType::string, 0, 0, 0, 0},  // PatientSupportAngleTolerance
+    {{54467, 31}, TagType::string, 0, 0, 0, 0},  // TableTopEccentricAngleTolerance
+    {{54498, 27}, TagType::string, 0, 0, 0, 0},  // TableTopPitchAngleTolerance
+    {{54525, 26}, TagType::string, 0, 0, 0, 0},  // TableTopRollAngleTolerance
+    {{54551, 33}, TagType::string, 0, 0, 0, 0},  // TableTopVerticalPositionTolerance
+    {{54584, 31}, TagType::string, 0, 0, 0, 0},  // TableTopLongitudinalPositionTol
+    {{54615, 32}, TagType::string, 0, 0, 0, 0},  // TableTopLateralPositionTolerance
+    {{54647, 18}, TagType::string, 0, 0, 0, 0},  // RTPlanRelationship
+    {{54665, 21}, TagType::string, 0, 0, 0, 0},  // FractionGroupSequence
+    {{54686, 19}, TagType::string, 0, 0, 0, 0},  // FractionGroupNumber
+    {{54705, 24}, TagType::string, 0, 0, 0, 0},  // FractionGroupDescription
+    {{54729, 24}, TagType::string, 0, 0, 0, 0},  // NumberOfFractionsPlanned
+    {{54753, 33}, TagType::string, 0, 0, 0, 0},  // NumberFractionPatternDigitsPerDay
+    {{54786, 25}, TagType::string, 0, 0, 0, 0},  // RepeatFractionCycleLength
+    {{54811, 15}, TagType::string, 0, 0, 0, 0},  // FractionPattern
+    {{54826, 13}, TagType::string, 0, 0, 0, 0},  // NumberOfBeams
+    {{54839, 26}, TagType::string, 0, 0, 0, 0},  // BeamDoseSpecificationPoint
+    {{54865, 8}, TagType::string, 0, 0, 0, 0},  // BeamDose
+    {{54873, 12}, TagType::string, 0, 0, 0, 0},  // BeamMeterset
+    {{54885, 18}, TagType::string, 0, 0, 0, 0},  // BeamDosePointDepth
+    {{54903, 28}, TagType::string, 0, 0, 0, 0},  // BeamDosePointEquivalentDepth
+    {{54931, 16}, TagType::string, 0, 0, 0, 0},  // BeamDosePointSSD
+    {{54947, 31}, TagType::string, 0, 0, 0, 0},  // NumberOfBrachyApplicationSetups
+    {{54978, 27}, TagType::string, 0, 0, 0, 0},  // BrachyAppSetupDoseSpecPoint
+    {{55005, 26}, TagType::string, 0, 0, 0, 0},  // BrachyApplicationSetupDose
+    {{55031, 12}, TagType::string, 0, 0, 0, 0},  // BeamSequence
+    {{55043, 20}, TagType::string, 0, 0, 0, 0},  // TreatmentMachineName
+    {{55063, 20}, TagType::string, 0, 0, 0, 0},  // PrimaryDosimeterUnit
+    {{55083, 18}, TagType::string, 0, 0, 0, 0},  // SourceAxisDistance
+    {{55101, 26}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceSequence
+    {{55127, 24}, TagType::string, 0, 0, 0, 0},  // RTBeamLimitingDeviceType
+    {{55151, 34}, TagType::string, 0, 0, 0, 0},  // SourceToBeamLimitingDeviceDistance
+    {{55185, 33}, TagType::string, 0, 0, 0, 0},  // IsocenterToBeamLimitingDeviceDist
+    {{55218, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfLeafJawPairs
+    {{55238, 22}, TagType::string, 0, 0, 0, 0},  // LeafPositionBoundaries
+    {{55260, 10}, TagType::string, 0, 0, 0, 0},  // BeamNumber
+    {{55270, 8}, TagType::string, 0, 0, 0, 0},  // BeamName
+    {{55278, 15}, TagType::string, 0, 0, 0, 0},  // BeamDescription
+    {{55293, 8}, TagType::string, 0, 0, 0, 0},  // BeamType
+    {{55301, 13}, TagType::string, 0, 0, 0, 0},  // RadiationType
+    {{55314, 21}, TagType::string, 0, 0, 0, 0},  // HighDoseTechniqueType
+    {{55335, 20}, TagType::string, 0, 0, 0, 0},  // ReferenceImageNumber
+    {{55355, 32}, TagType::string, 0, 0, 0, 0},  // PlannedVerificationImageSequence
+    {{55387, 30}, TagType::string, 0, 0, 0, 0},  // ImagingDeviceSpecificAcqParams
+    {{55417, 21}, TagType::string, 0, 0, 0, 0},  // TreatmentDeliveryType
+    {{55438, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfWedges
+    {{55452, 13}, TagType::string, 0, 0, 0, 0},  // WedgeSequence
+    {{55465, 11}, TagType::string, 0, 0, 0, 0},  // WedgeNumber
+    {{55476, 9}, TagType::string, 0, 0, 0, 0},  // WedgeType
+    {{55485, 7}, TagType::string, 0, 0, 0, 0},  // WedgeID
+    {{55492, 10}, TagType::string, 0, 0, 0, 0},  // WedgeAngle
+    {{55502, 11}, TagType::string, 0, 0, 0, 0},  // WedgeFactor
+    {{55513, 33}, TagType::string, 0, 0, 0, 0},  // TotalWedgeTrayWaterEquivThickness
+    {{55546, 16}, TagType::string, 0, 0, 0, 0},  // WedgeOrientation
+    {{55562, 28}, TagType::string, 0, 0, 0, 0},  // IsocenterToWedgeTrayDistance
+    {{55590, 25}, TagType::string, 0, 0, 0, 0},  // SourceToWedgeTrayDistance
+    {{55615, 21}, TagType::string, 0, 0, 0, 0},  // WedgeThinEdgePosition
+    {{55636, 7}, TagType::string, 0, 0, 0, 0},  // BolusID
+    {{55643, 16}, TagType::string, 0, 0, 0, 0},  // BolusDescription
+    {{55659, 20}, TagType::string, 0, 0, 0, 0},  // NumberOfCompensators
+    {{55679, 10}, TagType::string, 0, 0, 0, 0},  // MaterialID
+    {{55689, 26}, TagType::string, 0, 0, 0, 0},  // TotalCompensatorTrayFactor
+    {{55715, 19}, TagType::string, 0, 0, 0, 0},  // CompensatorSequence
+    {{55734, 17}, TagType::string, 0, 0, 0, 0},  // CompensatorNumber
+    {{55751, 13}, TagType::string, 0, 0, 0, 0},  // CompensatorID
+    {{55764, 31}, TagType::string, 0, 0, 0, 0},  // SourceToCompensatorTrayDistance
+    {{55795, 15}, TagType::string, 0, 0, 0, 0},  // CompensatorRows
+    {{55810, 18}, TagType::string, 0, 0, 0, 0},  // CompensatorColumns
+    {{55828, 23}, TagType::string, 0, 0, 0, 0},  // CompensatorPixelSpacing
+    {{55851, 19}, TagType::string, 0, 0, 0, 0},  // CompensatorPosition
+    {{55870, 27}, TagType::string, 0, 0, 0, 0},  // CompensatorTransmissionData
+    {{55897, 24}, TagType::string, 0, 0, 0, 0},  // CompensatorThicknessData
+    {{55921, 12}, TagType::string, 0, 0, 0, 0},  // NumberOfBoli
+    {{55933, 15}, TagType::string, 0, 0, 0, 0},  // CompensatorType
+    {{55948, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfBlocks
+    {{55962, 20}, TagType::string, 0, 0, 0, 0},  // TotalBlockTrayFactor
+    {{55982, 33}, TagType::string, 0, 0, 0, 0},  // TotalBlockTrayWaterEquivThickness
+    {{56015, 13}, TagType::string, 0, 0, 0, 0},  // BlockSequence
+    {{56028, 11}, TagType::string, 0, 0, 0, 0},  // BlockTrayID
+    {{56039, 25}, TagType::string, 0, 0, 0, 0},  // SourceToBlockTrayDistance
+    {{56064, 28}, TagType::string, 0, 0, 0, 0},  // IsocenterToBlockTrayDistance
+    {{56092, 9}, TagType::string, 0, 0, 0, 0},  // BlockType
+    {{56101, 13}, TagType::string, 0, 0, 0, 0},  // AccessoryCode
+    {{56114, 15}, TagType::string, 0, 0, 0, 0},  // BlockDivergence
+    {{56129, 21}, TagType::string, 0, 0, 0, 0},  // BlockMountingPosition
+    {{56150, 11}, TagType::string, 0, 0, 0, 0},  // BlockNumber
+    {{56161, 9}, TagType::string, 0, 0, 0, 0},  // BlockName
+    {{56170, 14}, TagType::string, 0, 0, 0, 0},  // BlockThickness
+    {{56184, 17}, TagType::string, 0, 0, 0, 0},  // BlockTransmission
+    {{56201, 19}, TagType::string, 0, 0, 0, 0},  // BlockNumberOfPoints
+    {{56220, 9}, TagType::string, 0, 0, 0, 0},  // BlockData
+    {{56229, 18}, TagType::string, 0, 0, 0, 0},  // ApplicatorSequence
+    {{56247, 12}, TagType::string, 0, 0, 0, 0},  // ApplicatorID
+    {{56259, 14}, TagType::string, 0, 0, 0, 0},  // ApplicatorType
+    {{56273, 21}, TagType::string, 0, 0, 0, 0},  // ApplicatorDescription
+    {{56294, 34}, TagType::string, 0, 0, 0, 0},  // CumulativeDoseReferenceCoefficient
+    {{56328, 29}, TagType::string, 0, 0, 0, 0},  // FinalCumulativeMetersetWeight
+    {{56357, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfControlPoints
+    {{56378, 20}, TagType::string, 0, 0, 0, 0},  // ControlPointSequence
+    {{56398, 17}, TagType::string, 0, 0, 0, 0},  // ControlPointIndex
+    {{56415, 17}, TagType::string, 0, 0, 0, 0},  // NominalBeamEnergy
+    {{56432, 11}, TagType::string, 0, 0, 0, 0},  // DoseRateSet
+    {{56443, 21}, TagType::string, 0, 0, 0, 0},  // WedgePositionSequence
+    {{56464, 13}, TagType::string, 0, 0, 0, 0},  // WedgePosition
+    {{56477, 34}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDevicePositionSequence
+    {{56511, 16}, TagType::string, 0, 0, 0, 0},  // LeafJawPositions
+    {{56527, 11}, TagType::string, 0, 0, 0, 0},  // GantryAngle
+    {{56538, 23}, TagType::string, 0, 0, 0, 0},  // GantryRotationDirection
+    {{56561, 23}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceAngle
+    {{56584, 33}, TagType::string, 0, 0, 0, 0},  // BeamLimitingDeviceRotateDirection
+    {{56617, 19}, TagType::string, 0, 0, 0, 0},  // PatientSupportAngle
+    {{56636, 31}, TagType::string, 0, 0, 0, 0},  // PatientSupportRotationDirection
+    {{56667, 29}, TagType::string, 0, 0, 0, 0},  // TableTopEccentricAxisDistance
+    {{56696, 22}, TagType::string, 0, 0, 0, 0},  // TableTopEccentricAngle
+    {{56718, 32}, TagType::string, 0, 0, 0, 0},  // TableTopEccentricRotateDirection
+    {{56750, 24}, TagType::string, 0, 0, 0, 0},  // TableTopVerticalPosition
+    {{56774, 28}, TagType::string, 0, 0, 0, 0},  // TableTopLongitudinalPosition
+    {{56802, 23}, TagType::string, 0, 0, 0, 0},  // TableTopLateralPosition
+    {{56825, 17}, TagType::string, 0, 0, 0, 0},  // IsocenterPosition
+    {{56842, 17}, TagType::string, 0, 0, 0, 0},  // SurfaceEntryPoint
+    {{56859, 23}, TagType::string, 0, 0, 0, 0},  // SourceToSurfaceDistance
+    {{56882, 24}, TagType::string, 0, 0, 0, 0},  // CumulativeMetersetWeight
+    {{56906, 18}, TagType::string, 0, 0, 0, 0},  // TableTopPitchAngle
+    {{56924, 30}, TagType::string, 0, 0, 0, 0},  // TableTopPitchRotationDirection
+    {{56954, 17}, TagType::string, 0, 0, 0, 0},  // TableTopRollAngle
+    {{56971, 29}, TagType::string, 0, 0, 0, 0},  // TableTopRollRotationDirection
+    {{57000, 17}, TagType::string, 0, 0, 0, 0},  // HeadFixationAngle
+    {{57017, 16}, TagType::string, 0, 0, 0, 0},  // GantryPitchAngle
+    {{57033, 28}, TagType::string, 0, 0, 0, 0},  // GantryPitchRotationDirection
+    {{57061, 25}, TagType::string, 0, 0, 0, 0},  // GantryPitchAngleTolerance
+    {{57086, 20}, TagType::string, 0, 0, 0, 0},  // PatientSetupSequence
+    {{57106, 18}, TagType::string, 0, 0, 0, 0},  // PatientSetupNumber
+    {{57124, 17}, TagType::string, 0, 0, 0, 0},  // PatientSetupLabel
+    {{57141, 25}, TagType::string, 0, 0, 0, 0},  // PatientAdditionalPosition
+    {{57166, 22}, TagType::string, 0, 0, 0, 0},  // FixationDeviceSequence
+    {{57188, 18}, TagType::string, 0, 0, 0, 0},  // FixationDeviceType
+    {{57206, 19}, TagType::string, 0, 0, 0, 0},  // FixationDeviceLabel
+    {{57225, 25}, TagType::string, 0, 0, 0, 0},  // FixationDeviceDescription
+    {{57250, 22}, TagType::string, 0, 0, 0, 0},  // FixationDevicePosition
+    {{57272, 24}, TagType::string, 0, 0, 0, 0},  // FixationDevicePitchAngle
+    {{57296, 23}, TagType::string, 0, 0, 0, 0},  // FixationDeviceRollAngle
+    {{57319, 23}, TagType::string, 0, 0, 0, 0},  // ShieldingDeviceSequence
+    {{57342, 19}, TagType::string, 0, 0, 0, 0},  // ShieldingDeviceType
+    {{57361, 20}, TagType::string, 0, 0, 0, 0},  // ShieldingDeviceLabel
+    {{57381, 26}, TagType::string, 0, 0, 0, 0},  // ShieldingDeviceDescription
+    {{57407, 23}, TagType::string, 0, 0, 0, 0},  // ShieldingDevicePosition
+    {{57430, 14}, TagType::string, 0, 0, 0, 0},  // SetupTechnique
+    {{57444, 25}, TagType::string, 0, 0, 0, 0},  // SetupTechniqueDescription
+    {{57469, 19}, TagType::string, 0, 0, 0, 0},  // SetupDeviceSequence
+    {{57488, 15}, TagType::string, 0, 0, 0, 0},  // SetupDeviceType
+    {{57503, 16}, TagType::string, 0, 0, 0, 0},  // SetupDeviceLabel
+    {{57519, 22}, TagType::string, 0, 0, 0, 0},  // SetupDeviceDescription
+    {{57541, 20}, TagType::string, 0, 0, 0, 0},  // SetupDeviceParameter
+    {{57561, 25}, TagType::string, 0, 0, 0, 0},  // SetupReferenceDescription
+    {{57586, 33}, TagType::string, 0, 0, 0, 0},  // TableTopVerticalSetupDisplacement
+    {{57619, 33}, TagType::string, 0, 0, 0, 0},  // TableTopLongitudinalSetupDisplace
+    {{57652, 32}, TagType::string, 0, 0, 0, 0},  // TableTopLateralSetupDisplacement
+    {{57684, 24}, TagType::string, 0, 0, 0, 0},  // BrachyTreatmentTechnique
+    {{57708, 19}, TagType::string, 0, 0, 0, 0},  // BrachyTreatmentType
+    {{57727, 24}, TagType::string, 0, 0, 0, 0},  // TreatmentMachineSequence
+    {{57751, 14}, TagType::string, 0, 0, 0, 0},  // SourceSequence
+    {{57765, 12}, TagType::string, 0, 0, 0, 0},  // SourceNumber
+    {{57777, 10}, TagType::string, 0, 0, 0, 0},  // SourceType
+    {{57787, 18}, TagType::string, 0, 0, 0, 0},  // SourceManufacturer
+    {{57805, 20}, TagType::string, 0, 0, 0, 0},  // ActiveSourceDiameter
+    {{57825, 18}, TagType::string, 0, 0, 0, 0},  // ActiveSourceLength
+    {{57843, 31}, TagType::string, 0, 0, 0, 0},  // SourceEncapsulationNomThickness
+    {{57874, 34}, TagType::string, 0, 0, 0, 0},  // SourceEncapsulationNomTransmission
+    {{57908, 17}, TagType::string, 0, 0, 0, 0},  // SourceIsotopeName
+    {{57925, 21}, TagType::string, 0, 0, 0, 0},  // SourceIsotopeHalfLife
+    {{57946, 19}, TagType::string, 0, 0, 0, 0},  // SourceStrengthUnits
+    {{57965, 21}, TagType::string, 0, 0, 0, 0},  // ReferenceAirKermaRate
+    {{57986, 14}, TagType::string, 0, 0, 0, 0},  // SourceStrength
+    {{58000, 27}, TagType::string, 0, 0, 0, 0},  // SourceStrengthReferenceDate
+    {{58027, 27}, TagType::string, 0, 0, 0, 0},  // SourceStrengthReferenceTime
+    {{58054, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupSequence
+    {{58078, 20}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupType
+    {{58098, 22}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupNumber
+    {{58120, 20}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupName
+    {{58140, 28}, TagType::string, 0, 0, 0, 0},  // ApplicationSetupManufacturer
+    {{58168, 14}, TagType::string, 0, 0, 0, 0},  // TemplateNumber
+    {{58182, 12}, TagType::string, 0, 0, 0, 0},  // TemplateType
+    {{58194, 12}, TagType::string, 0, 0, 0, 0},  // TemplateName
+    {{58206, 22}, TagType::string, 0, 0, 0, 0},  // TotalReferenceAirKerma
+    {{58228, 29}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceSequence
+    {{58257, 27}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceNumber
+    {{58284, 23}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceID
+    {{58307, 25}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceType
+    {{58332, 25}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceName
+    {{58357, 33}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDeviceNomThickness
+    {{58390, 33}, TagType::string, 0, 0, 0, 0},  // BrachyAccessoryDevNomTransmission
+    {{58423, 15}, TagType::string, 0, 0, 0, 0},  // ChannelSequence
+    {{58438, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
+    {{58451, 13}, TagType::string, 0, 0, 0, 0},  // ChannelLength
+    {{58464, 16}, TagType::string, 0, 0, 0, 0},  // ChannelTotalTime
+    {{58480, 18}, TagType::string, 0, 0, 0, 0},  // SourceMovementType
+    {{58498, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfPulses
+    {{58512, 23}, TagType::string, 0, 0, 0, 0},  // PulseRepetitionInterval
+    {{58535, 22}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorNumber
+    {{58557, 18}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorID
+    {{58575, 20}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorType
+    {{58595, 20}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorName
+    {{58615, 22}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorLength
+    {{58637, 28}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorManufacturer
+    {{58665, 32}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorWallNomThickness
+    {{58697, 28}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorWallNomTrans
+    {{58725, 24}, TagType::string, 0, 0, 0, 0},  // SourceApplicatorStepSize
+    {{58749, 18}, TagType::string, 0, 0, 0, 0},  // TransferTubeNumber
+    {{58767, 18}, TagType::string, 0, 0, 0, 0},  // TransferTubeLength
+    {{58785, 21}, TagType::string, 0, 0, 0, 0},  // ChannelShieldSequence
+    {{58806, 19}, TagType::string, 0, 0, 0, 0},  // ChannelShieldNumber
+    {{58825, 15}, TagType::string, 0, 0, 0, 0},  // ChannelShieldID
+    {{58840, 17}, TagType::string, 0, 0, 0, 0},  // ChannelShieldName
+    {{58857, 29}, TagType::string, 0, 0, 0, 0},  // ChannelShieldNominalThickness
+    {{58886, 32}, TagType::string, 0, 0, 0, 0},  // ChannelShieldNominalTransmission
+    {{58918, 25}, TagType::string, 0, 0, 0, 0},  // FinalCumulativeTimeWeight
+    {{58943, 26}, TagType::string, 0, 0, 0, 0},  // BrachyControlPointSequence
+    {{58969, 28}, TagType::string, 0, 0, 0, 0},  // ControlPointRelativePosition
+    {{58997, 22}, TagType::string, 0, 0, 0, 0},  // ControlPoint3DPosition
+    {{59019, 20}, TagType::string, 0, 0, 0, 0},  // CumulativeTimeWeight
+    {{59039, 21}, TagType::string, 0, 0, 0, 0},  // CompensatorDivergence
+    {{59060, 27}, TagType::string, 0, 0, 0, 0},  // CompensatorMountingPosition
+    {{59087, 27}, TagType::string, 0, 0, 0, 0},  // SourceToCompensatorDistance
+    {{59114, 32}, TagType::string, 0, 0, 0, 0},  // TotalCompTrayWaterEquivThickness
+    {{59146, 34}, TagType::string, 0, 0, 0, 0},  // IsocenterToCompensatorTrayDistance
+    {{59180, 23}, TagType::string, 0, 0, 0, 0},  // CompensatorColumnOffset
+    {{59203, 31}, TagType::string, 0, 0, 0, 0},  // IsocenterToCompensatorDistances
+    {{59234, 32}, TagType::string, 0, 0, 0, 0},  // CompensatorRelStoppingPowerRatio
+    {{59266, 30}, TagType::string, 0, 0, 0, 0},  // CompensatorMillingToolDiameter
+    {{59296, 27}, TagType::string, 0, 0, 0, 0},  // IonRangeCompensatorSequence
+    {{59323, 22}, TagType::string, 0, 0, 0, 0},  // CompensatorDescription
+    {{59345, 19}, TagType::string, 0, 0, 0, 0},  // RadiationMassNumber
+    {{59364, 21}, TagType::string, 0, 0, 0, 0},  // RadiationAtomicNumber
+    {{59385, 20}, TagType::string, 0, 0, 0, 0},  // RadiationChargeState
+    {{59405, 8}, TagType::string, 0, 0, 0, 0},  // ScanMode
+    {{59413, 26}, TagType::string, 0, 0, 0, 0},  // VirtualSourceAxisDistances
+    {{59439, 13}, TagType::string, 0, 0, 0, 0},  // SnoutSequence
+    {{59452, 13}, TagType::string, 0, 0, 0, 0},  // SnoutPosition
+    {{59465, 7}, TagType::string, 0, 0, 0, 0},  // SnoutID
+    {{59472, 21}, TagType::string, 0, 0, 0, 0},  // NumberOfRangeShifters
+    {{59493, 20}, TagType::string, 0, 0, 0, 0},  // RangeShifterSequence
+    {{59513, 18}, TagType::string, 0, 0, 0, 0},  // RangeShifterNumber
+    {{59531, 14}, TagType::string, 0, 0, 0, 0},  // RangeShifterID
+    {{59545, 16}, TagType::string, 0, 0, 0, 0},  // RangeShifterType
+    {{59561, 23}, TagType::string, 0, 0, 0, 0},  // RangeShifterDescription
+    {{59584, 31}, TagType::string, 0, 0, 0, 0},  // NumberOfLateralSpreadingDevices
+    {{59615, 30}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceSequence
+    {{59645, 28}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceNumber
+    {{59673, 24}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceID
+    {{59697, 26}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceType
+    {{59723, 33}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceDescription
+    {{59756, 34}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDevWaterEquivThick
+    {{59790, 23}, TagType::string, 0, 0, 0, 0},  // NumberOfRangeModulators
+    {{59813, 22}, TagType::string, 0, 0, 0, 0},  // RangeModulatorSequence
+    {{59835, 20}, TagType::string, 0, 0, 0, 0},  // RangeModulatorNumber
+    {{59855, 16}, TagType::string, 0, 0, 0, 0},  // RangeModulatorID
+    {{59871, 18}, TagType::string, 0, 0, 0, 0},  // RangeModulatorType
+    {{59889, 25}, TagType::string, 0, 0, 0, 0},  // RangeModulatorDescription
+    {{59914, 23}, TagType::string, 0, 0, 0, 0},  // BeamCurrentModulationID
+    {{59937, 18}, TagType::string, 0, 0, 0, 0},  // PatientSupportType
+    {{59955, 16}, TagType::string, 0, 0, 0, 0},  // PatientSupportID
+    {{59971, 27}, TagType::string, 0, 0, 0, 0},  // PatientSupportAccessoryCode
+    {{59998, 27}, TagType::string, 0, 0, 0, 0},  // FixationLightAzimuthalAngle
+    {{60025, 23}, TagType::string, 0, 0, 0, 0},  // FixationLightPolarAngle
+    {{60048, 12}, TagType::string, 0, 0, 0, 0},  // MetersetRate
+    {{60060, 28}, TagType::string, 0, 0, 0, 0},  // RangeShifterSettingsSequence
+    {{60088, 19}, TagType::string, 0, 0, 0, 0},  // RangeShifterSetting
+    {{60107, 31}, TagType::string, 0, 0, 0, 0},  // IsocenterToRangeShifterDistance
+    {{60138, 31}, TagType::string, 0, 0, 0, 0},  // RangeShifterWaterEquivThickness
+    {{60169, 33}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceSettingsSeq
+    {{60202, 29}, TagType::string, 0, 0, 0, 0},  // LateralSpreadingDeviceSetting
+    {{60231, 34}, TagType::string, 0, 0, 0, 0},  // IsocenterToLateralSpreadingDevDist
+    {{60265, 30}, TagType::string, 0, 0, 0, 0},  // RangeModulatorSettingsSequence
+    {{60295, 30}, TagType::string, 0, 0, 0, 0},  // RangeModulatorGatingStartValue
+    {{60325, 29}, TagType::string, 0, 0, 0, 0},  // RangeModulatorGatingStopValue
+    {{60354, 33}, TagType::string, 0, 0, 0, 0},  // IsocenterToRangeModulatorDistance
+    {{60387, 14}, TagType::string, 0, 0, 0, 0},  // ScanSpotTuneID
+    {{60401, 25}, TagType::string, 0, 0, 0, 0},  // NumberOfScanSpotPositions
+    {{60426, 19}, TagType::string, 0, 0, 0, 0},  // ScanSpotPositionMap
+    {{60445, 23}, TagType::string, 0, 0, 0, 0},  // ScanSpotMetersetWeights
+    {{60468, 16}, TagType::string, 0, 0, 0, 0},  // ScanningSpotSize
+    {{60484, 17}, TagType::string, 0, 0, 0, 0},  // NumberOfPaintings
+    {{60501, 25}, TagType::string, 0, 0, 0, 0},  // IonToleranceTableSequence
+    {{60526, 15}, TagType::string, 0, 0, 0, 0},  // IonBeamSequence
+    {{60541, 29}, TagType::string, 0, 0, 0, 0},  // IonBeamLimitingDeviceSequence
+    {{60570, 16}, TagType::string, 0, 0, 0, 0},  // IonBlockSequence
+    {{60586, 23}, TagType::string, 0, 0, 0, 0},  // IonControlPointSequence
+    {{60609, 16}, TagType::string, 0, 0, 0, 0},  // IonWedgeSequence
+    {{60625, 24}, TagType::string, 0, 0, 0, 0},  // IonWedgePositionSequence
+    {{60649, 28}, TagType::string, 0, 0, 0, 0},  // ReferencedSetupImageSequence
+    {{60677, 17}, TagType::string, 0, 0, 0, 0},  // SetupImageComment
+    {{60694, 29}, TagType::string, 0, 0, 0, 0},  // MotionSynchronizationSequence
+    {{60723, 23}, TagType::string, 0, 0, 0, 0},  // ControlPointOrientation
+    {{60746, 24}, TagType::string, 0, 0, 0, 0},  // GeneralAccessorySequence
+    {{60770, 18}, TagType::string, 0, 0, 0, 0},  // GeneralAccessoryID
+    {{60788, 27}, TagType::string, 0, 0, 0, 0},  // GeneralAccessoryDescription
+    {{60815, 20}, TagType::string, 0, 0, 0, 0},  // GeneralAccessoryType
+    {{60835, 22}, TagType::string, 0, 0, 0, 0},  // GeneralAccessoryNumber
+    {{60857, 24}, TagType::string, 0, 0, 0, 0},  // ReferencedRTPlanSequence
+    {{60881, 22}, TagType::string, 0, 0, 0, 0},  // ReferencedBeamSequence
+    {{60903, 20}, TagType::string, 0, 0, 0, 0},  // ReferencedBeamNumber
+    {{60923, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedReferenceImageNumber
+    {{60953, 29}, TagType::string, 0, 0, 0, 0},  // StartCumulativeMetersetWeight
+    {{60982, 27}, TagType::string, 0, 0, 0, 0},  // EndCumulativeMetersetWeight
+    {{61009, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedBrachyAppSetupSeq
+    {{61036, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedBrachyAppSetupNumber
+    {{61066, 22}, TagType::string, 0, 0, 0, 0},  // ReferencedSourceNumber
+    {{61088, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedFractionGroupSequence
+    {{61119, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedFractionGroupNumber
+    {{61148, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedVerificationImageSeq
+    {{61178, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedReferenceImageSequence
+    {{61210, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedDoseReferenceSequence
+    {{61241, 29}, TagType::string, 0, 0, 0, 0},  // ReferencedDoseReferenceNumber
+    {{61270, 32}, TagType::string, 0, 0, 0, 0},  // BrachyReferencedDoseReferenceSeq
+    {{61302, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedStructureSetSequence
+    {{61332, 28}, TagType::string, 0, 0, 0, 0},  // ReferencedPatientSetupNumber
+    {{61360, 22}, TagType::string, 0, 0, 0, 0},  // ReferencedDoseSequence
+    {{61382, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedToleranceTableNumber
+    {{61412, 23}, TagType::string, 0, 0, 0, 0},  // ReferencedBolusSequence
+    {{61435, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedWedgeNumber
+    {{61456, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedCompensatorNumber
+    {{61483, 21}, TagType::string, 0, 0, 0, 0},  // ReferencedBlockNumber
+    {{61504, 27}, TagType::string, 0, 0, 0, 0},  // ReferencedControlPointIndex
+    {{61531, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedControlPointSequence
+    {{61561, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedStartControlPointIndex
+    {{61593, 31}, TagType::string, 0, 0, 0, 0},  // ReferencedStopControlPointIndex
+    {{61624, 28}, TagType::string, 0, 0, 0, 0},  // ReferencedRangeShifterNumber
+    {{61652, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedLateralSpreadingDevNum
+    {{61684, 30}, TagType::string, 0, 0, 0, 0},  // ReferencedRangeModulatorNumber
+    {{61714, 14}, TagType::string, 0, 0, 0, 0},  // ApprovalStatus
+    {{61728, 10}, TagType::string, 0, 0, 0, 0},  // ReviewDate
+    {{61738, 10}, TagType::string, 0, 0, 0, 0},  // ReviewTime
+    {{61748, 12}, TagType::string, 0, 0, 0, 0},  // ReviewerName
+    {{61760, 15}, TagType::string, 0, 0, 0, 0},  // TextGroupLength
+    {{61775, 9}, TagType::string, 0, 0, 0, 0},  // Arbitrary
+    {{61784, 12}, TagType::string, 0, 0, 0, 0},  // TextComments
+    {{61796, 9}, TagType::string, 0, 0, 0, 0},  // ResultsID
+    {{61805, 15}, TagType::string, 0, 0, 0, 0},  // ResultsIDIssuer
+    {{61820, 32}, TagType::string, 0, 0, 0, 0},  // ReferencedInterpretationSequence
+    {{61852, 26}, TagType::string, 0, 0, 0, 0},  // InterpretationRecordedDate
+    {{61878, 26}, TagType::string, 0, 0, 0, 0},  // InterpretationRecordedTime
+    {{61904, 22}, TagType::string, 0, 0, 0, 0},  // InterpretationRecorder
+    {{61926, 24}, TagType::string, 0, 0, 0, 0},  // ReferenceToRecordedSound
+    {{61950, 31}, TagType::string, 0, 0, 0, 0},  // InterpretationTranscriptionDate
+    {{61981, 31}, TagType::string, 0, 0, 0, 0},  // InterpretationTranscriptionTime
+    {{62012, 25}, TagType::string, 0, 0, 0, 0},  // InterpretationTranscriber
+    {{62037, 18}, TagType::string, 0, 0, 0, 0},  // InterpretationText
+    {{62055, 20}, TagType::string, 0, 0, 0, 0},  // InterpretationAuthor
+    {{62075, 30}, TagType::string, 0, 0, 0, 0},  // InterpretationApproverSequence
+    {{62105, 26}, TagType::string, 0, 0, 0, 0},  // InterpretationApprovalDate
+    {{62131, 26}, TagType::string, 0, 0, 0, 0},  // InterpretationApprovalTime
+    {{62157, 32}, TagType::string, 0, 0, 0, 0},  // PhysicianApprovingInterpretation
+    {{62189, 34}, TagType::string, 0, 0, 0, 0},  // InterpretationDiagnosisDescription
+    {{62223, 30}, TagType::string, 0, 0, 0, 0},  // InterpretationDiagnosisCodeSeq
+    {{62253, 31}, TagType::string, 0, 0, 0, 0},  // ResultsDistributionListSequence
+    {{62284, 16}, TagType::string, 0, 0, 0, 0},  // DistributionName
+    {{62300, 19}, TagType::string, 0, 0, 0, 0},  // DistributionAddress
+    {{62319, 16}, TagType::string, 0, 0, 0, 0},  // InterpretationID
+    {{62335, 22}, TagType::string, 0, 0, 0, 0},  // InterpretationIDIssuer
+    {{62357, 20}, TagType::string, 0, 0, 0, 0},  // InterpretationTypeID
+    {{62377, 22}, TagType::string, 0, 0, 0, 0},  // InterpretationStatusID
+    {{62399, 11}, TagType::string, 0, 0, 0, 0},  // Impressions
+    {{62410, 15}, TagType::string, 0, 0, 0, 0},  // ResultsComments
+    {{62425, 21}, TagType::string, 0, 0, 0, 0},  // MACParametersSequence
+    {{62446, 15}, TagType::string, 0, 0, 0, 0},  // CurveDimensions
+    {{62461, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfPoints
+    {{62475, 10}, TagType::string, 0, 0, 0, 0},  // TypeOfData
+    {{62485, 16}, TagType::string, 0, 0, 0, 0},  // CurveDescription
+    {{62501, 9}, TagType::string, 0, 0, 0, 0},  // AxisUnits
+    {{62510, 10}, TagType::string, 0, 0, 0, 0},  // AxisLabels
+    {{62520, 23}, TagType::string, 0, 0, 0, 0},  // DataValueRepresentation
+    {{62543, 22}, TagType::string, 0, 0, 0, 0},  // MinimumCoordinateValue
+    {{62565, 22}, TagType::string, 0, 0, 0, 0},  // MaximumCoordinateValue
+    {{62587, 10}, TagType::string, 0, 0, 0, 0},  // CurveRange
+    {{62597, 19}, TagType::string, 0, 0, 0, 0},  // CurveDataDescriptor
+    {{62616, 20}, TagType::string, 0, 0, 0, 0},  // CoordinateStartValue
+    {{62636, 19}, TagType::string, 0, 0, 0, 0},  // CoordinateStepValue
+    {{62655, 20}, TagType::string, 0, 0, 0, 0},  // CurveActivationLayer
+    {{62675, 9}, TagType::string, 0, 0, 0, 0},  // AudioType
+    {{62684, 17}, TagType::string, 0, 0, 0, 0},  // AudioSampleFormat
+    {{62701, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfSamples
+    {{62716, 10}, TagType::string, 0, 0, 0, 0},  // SampleRate
+    {{62726, 9}, TagType::string, 0, 0, 0, 0},  // TotalTime
+    {{62735, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleData
+    {{62750, 13}, TagType::string, 0, 0, 0, 0},  // AudioComments
+    {{62763, 10}, TagType::string, 0, 0, 0, 0},  // CurveLabel
+    {{62773, 22}, TagType::string, 0, 0, 0, 0},  // ReferencedOverlayGroup
+    {{62795, 9}, TagType::string, 0, 0, 0, 0},  // CurveData
+    {{62804, 30}, TagType::string, 0, 0, 0, 0},  // SharedFunctionalGroupsSequence
+    {{62834, 32}, TagType::string, 0, 0, 0, 0},  // PerFrameFunctionalGroupsSequence
+    {{62866, 16}, TagType::string, 0, 0, 0, 0},  // WaveformSequence
+    {{62882, 19}, TagType::string, 0, 0, 0, 0},  // ChannelMinimumValue
+    {{62901, 19}, TagType::string, 0, 0, 0, 0},  // ChannelMaximumValue
+    {{62920, 21}, TagType::string, 0, 0, 0, 0},  // WaveformBitsAllocated
+    {{62941, 28}, TagType::string, 0, 0, 0, 0},  // WaveformSampleInterpretation
+    {{62969, 20}, TagType::string, 0, 0, 0, 0},  // WaveformPaddingValue
+    {{62989, 12}, TagType::string, 0, 0, 0, 0},  // WaveformData
+    {{63001, 30}, TagType::string, 0, 0, 0, 0},  // FirstOrderPhaseCorrectionAngle
+    {{63031, 16}, TagType::string, 0, 0, 0, 0},  // SpectroscopyData
+    {{63047, 18}, TagType::string, 0, 0, 0, 0},  // OverlayGroupLength
+    {{63065, 11}, TagType::string, 0, 0, 0, 0},  // OverlayRows
+    {{63076, 14}, TagType::string, 0, 0, 0, 0},  // OverlayColumns
+    {{63090, 13}, TagType::string, 0, 0, 0, 0},  // OverlayPlanes
+    {{63103, 23}, TagType::string, 0, 0, 0, 0},  // NumberOfFramesInOverlay
+    {{63126, 18}, TagType::string, 0, 0, 0, 0},  // OverlayDescription
+    {{63144, 11}, TagType::string, 0, 0, 0, 0},  // OverlayType
+    {{63155, 14}, TagType::string, 0, 0, 0, 0},  // OverlaySubtype
+    {{63169, 13}, TagType::string, 0, 0, 0, 0},  // OverlayOrigin
+    {{63182, 16}, TagType::string, 0, 0, 0, 0},  // ImageFrameOrigin
+    {{63198, 18}, TagType::string, 0, 0, 0, 0},  // OverlayPlaneOrigin
+    {{63216, 22}, TagType::string, 0, 0, 0, 0},  // OverlayCompressionCode
+    {{63238, 28}, TagType::string, 0, 0, 0, 0},  // OverlayCompressionOriginator
+    {{63266, 23}, TagType::string, 0, 0, 0, 0},  // OverlayCompressionLabel
+    {{63289, 29}, TagType::string, 0, 0, 0, 0},  // OverlayCompressionDescription
+    {{63318, 30}, TagType::string, 0, 0, 0, 0},  // OverlayCompressionStepPointers
+    {{63348, 21}, TagType::string, 0, 0, 0, 0},  // OverlayRepeatInterval
+    {{63369, 18}, TagType::string, 0, 0, 0, 0},  // OverlayBitsGrouped
+    {{63387, 20}, TagType::string, 0, 0, 0, 0},  // OverlayBitsAllocated
+    {{63407, 18}, TagType::string, 0, 0, 0, 0},  // OverlayBitPosition
+    {{63425, 13}, TagType::string, 0, 0, 0, 0},  // OverlayFormat
+    {{63438, 15}, TagType::string, 0, 0, 0, 0},  // OverlayLocation
+    {{63453, 16}, TagType::string, 0, 0, 0, 0},  // OverlayCodeLabel
+    {{63469, 21}, TagType::string, 0, 0, 0, 0},  // OverlayNumberOfTables
+    {{63490, 24}, TagType::string, 0, 0, 0, 0},  // OverlayCodeTableLocation
+    {{63514, 22}, TagType::string, 0, 0, 0, 0},  // OverlayBitsForCodeWord
+    {{63536, 22}, TagType::string, 0, 0, 0, 0},  // OverlayActivationLayer
+    {{63558, 21}, TagType::string, 0, 0, 0, 0},  // OverlayDescriptorGray
+    {{63579, 20}, TagType::string, 0, 0, 0, 0},  // OverlayDescriptorRed
+    {{63599, 22}, TagType::string, 0, 0, 0, 0},  // OverlayDescriptorGreen
+    {{63621, 21}, TagType::string, 0, 0, 0, 0},  // OverlayDescriptorBlue
+    {{63642, 12}, TagType::string, 0, 0, 0, 0},  // OverlaysGray
+    {{63654, 11}, TagType::string, 0, 0, 0, 0},  // OverlaysRed
+    {{63665, 13}, TagType::string, 0, 0, 0, 0},  // OverlaysGreen
+    {{63678, 12}, TagType::string, 0, 0, 0, 0},  // OverlaysBlue
+    {{63690, 7}, TagType::string, 0, 0, 0, 0},  // ROIArea
+    {{63697, 7}, TagType::string, 0, 0, 0, 0},  // ROIMean
+    {{63704, 20}, TagType::string, 0, 0, 0, 0},  // ROIStandardDeviation
+    {{63724, 12}, TagType::string, 0, 0, 0, 0},  // OverlayLabel
+    {{63736, 11}, TagType::string, 0, 0, 0, 0},  // OverlayData
+    {{63747, 15}, TagType::string, 0, 0, 0, 0},  // OverlayComments
+    {{63762, 20}, TagType::string, 0, 0, 0, 0},  // PixelDataGroupLength
+    {{63782, 9}, TagType::string, 8, 0, 0, 0},  // PixelData
+    {{63791, 21}, TagType::string, 0, 0, 0, 0},  // VariableNextDataGroup
+    {{63812, 24}, TagType::string, 0, 0, 0, 0},  // VariableCoefficientsSDVN
+    {{63836, 24}, TagType::string, 0, 0, 0, 0},  // VariableCoefficientsSDHN
+    {{63860, 24}, TagType::string, 0, 0, 0, 0},  // VariableCoefficientsSDDN
+    {{63884, 25}, TagType::string, 0, 0, 0, 0},  // DigitalSignaturesSequence
+    {{63909, 22}, TagType::string, 8, 0, 0, 0},  // DataSetTrailingPadding
+    {{63931, 11}, TagType::string, 0, 0, 0, 0},  // StartOfItem
+    {{63942, 10}, TagType::string, 0, 0, 0, 0},  // EndOfItems
+    {{63952, 13}, TagType::string, 0, 0, 0, 0},  // EndOfSequence
 };
 constexpr detail::TextRef kChoicesDICOM[] = {
     {63965, 1}, {63966, 1},

@@ -8,1141 +8,1209 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "FlightDegree""FlightSpeed""GimbalDegree""ADJDebugInfo""AEDebugInfo""AEHistogramInfo"
-    "AELiveViewHistogramInfo""AELiveViewLocalHistogram""AELocalHistogram""AFDebugInfo""AWBDebugInfo"
-    "Histogram""HyperlapsDebugInfo""SensorID""Xidiri""Make""SpeedX""SpeedY""SpeedZ""Pitch""Yaw"
-    "Roll""CameraPitch""CameraYaw""CameraRoll""K1""K2""K3""K4""KF""B1""B2""ObjectDistance"
-    "RelativeHumidity""Emissivity""Reflection""AmbientTemperature""D2""KJ""DB""KK"
-    "ReflectedTemperature""IDString""ThermalData""ThermalCalibration""DJI_DTAT""DJI:ADJDebugInfo"
-    "ADJ Debug Info""DJI:AEDebugInfo""AE Debug Info""DJI:AEHistogramInfo""AE Histogram Info"
-    "DJI:AELiveViewHistogramInfo""AE Live View Histogram Info""DJI:AELiveViewLocalHistogram"
-    "AE Live View Local Histogram""DJI:AELocalHistogram""AE Local Histogram""DJI:AFDebugInfo"
-    "AF Debug Info""DJI:AWBDebugInfo""AWB Debug Info""DJI:AmbientTemperature""Ambient Temperature"
-    "DJI:B1""DJI:B2""DJI:CameraPitch""Camera Pitch""DJI:CameraRoll""Camera Roll""DJI:CameraYaw"
-    "Camera Yaw""DJI:D2""DJI:DB""DJI:DJI_DTAT""DJI DTAT""DJI:Emissivity""DJI:FlightDegree"
-    "Flight Degree""DJI:FlightSpeed""Flight Speed""DJI:GimbalDegree""Gimbal Degree""DJI:Histogram"
-    "DJI:HyperlapsDebugInfo""Hyperlaps Debug Info""DJI:IDString""ID String""DJI:K1""DJI:K2""DJI:K3"
-    "DJI:K4""DJI:KF""DJI:KJ""DJI:KK""DJI:Make""DJI:ObjectDistance""Object Distance""DJI:Pitch"
-    "DJI:ReflectedTemperature""Reflected Temperature""DJI:Reflection""DJI:RelativeHumidity"
-    "Relative Humidity""DJI:Roll""DJI:SensorID""Sensor ID""DJI:SpeedX""Speed X""DJI:SpeedY""Speed Y"
-    "DJI:SpeedZ""Speed Z""DJI:ThermalCalibration""Thermal Calibration""DJI:ThermalData"
-    "Thermal Data""DJI:Xidiri""DJI:Yaw""厂商""Température ambiante""Inclinaison de la caméra"
-    "Lacet de la caméra""Degré en vol""Vitesse en vol""Degré du gimbal""Fabricant""Tangage""Roulis"
-    "Identifiant du capteur""Gerätehersteller""Objektabstand""Costruttore""ID sensore""メーカー"
-    "被写体との距離""Marca""SeqID""SeqType""SeqFrameInfo""SeqIndex""SeqCount""SeqFinal""OriginalRawImage"
-    "OriginalRawResource""OriginalRawFileType""OriginalRawCreator""OriginalTHMImage"
-    "OriginalTHMResource""OriginalTHMFileType""OriginalTHMCreator""PDRVersion""DynamicRange"
-    "HintMaxOutputValue""0""1""DNG:DynamicRange""Dynamic Range""DNG:DynamicRange:0""Standard"
-    "DNG:DynamicRange:1""High""DNG:HintMaxOutputValue""Hint Max Output Value"
-    "DNG:OriginalRawCreator""Original Raw Creator""DNG:OriginalRawFileType""Original Raw File Type"
-    "DNG:OriginalRawImage""Original Raw Image""DNG:OriginalRawResource""Original Raw Resource"
-    "DNG:OriginalTHMCreator""Original THM Creator""DNG:OriginalTHMFileType""Original THM File Type"
-    "DNG:OriginalTHMImage""Original THM Image""DNG:OriginalTHMResource""Original THM Resource"
-    "DNG:PDRVersion""PDR Version""DNG:SeqCount""Seq Count""DNG:SeqFinal""Seq Final""DNG:SeqFinal:0"
-    "No""DNG:SeqFinal:1""Yes""DNG:SeqFrameInfo""Seq Frame Info""DNG:SeqID""Seq ID""DNG:SeqIndex"
-    "Seq Index""DNG:SeqType""Seq Type""Plage dynamique""Type de fichier RAW d'origine"
-    "Image RAW originale""Dynamikbereich""Original RAW Ersteller""Original RAW Dateityp"
-    "Original RAW Bild""Original RAW Basisdaten""Original THM Ersteller""Original THM Dateityp"
-    "Original THM Bild""Original THM Basisdaten""ダイナミックレンジ""スタンダード""Estándar""AspectRatio"
-    "AudioBitsPerSample""AudioChannels""AudioSampleRate""Colorimetry""DateTimeOriginal""Duration"
-    "FrameRate""ImageHeight""ImageWidth""TotalBitrate""VideoFormat""VideoScanType""DV:AspectRatio"
-    "Aspect Ratio""DV:AudioBitsPerSample""Audio Bits Per Sample""DV:AudioChannels""Audio Channels"
-    "DV:AudioSampleRate""Audio Sample Rate""DV:Colorimetry""DV:DateTimeOriginal""Date/Time Original"
-    "DV:Duration""DV:FrameRate""Frame Rate""DV:ImageHeight""Image Height""DV:ImageWidth"
-    "Image Width""DV:TotalBitrate""Total Bitrate""DV:VideoFormat""Video Format""DV:VideoScanType"
-    "Video Scan Type""原始数据产生的日期和时间""更新速率""像高""像宽""Ratio d'aspect"
-    "Date de création des données originales""Durée""Vitesse""Hauteur de l'image"
-    "Largeur de l'image""Bildformat""Erstellungsdatum/-uhrzeit""Dauer""Bildwechselfrequenz"
-    "Bildhöhe""Bildbreite""Rapporto immagine""Canali audio""Data/ora originale di creazione"
-    "Frequenza fotogramma""Altezza immagine""Larghezza immagine""オリジナルデータ作成日時""フレームレート""画像高さ""画像幅"
-    "Canales Audio""Fecha y Hora de Datos Original""Duración""Velocidad del Fotograma""Alto Imagen"
-    "Ancho Imagen""SubfileType""DjVuVersion""SpatialResolution""Gamma""Orientation""IncludedFileID"
-    "Author""CreateDate""Creator""Keywords""ModifyDate""Producer""Subject""Title""Trapped""Address"
-    "Annotation""BookTitle""Chapter""CrossRef""Edition""EPrint""HowPublished""Institution""Journal"
-    "Key""Month""Note""Number""Organization""Pages""Publisher""School""Series""Type""URL""Volume"
-    "Year""BM44""DJVI""DJVM""DJVU""PM44""THUM""2""5""6""DjVu:Address""DjVu:Annotation""DjVu:Author"
-    "DjVu:BookTitle""Book Title""DjVu:Chapter""DjVu:CreateDate""Create Date""DjVu:Creator"
-    "DjVu:CrossRef""Cross Ref""DjVu:DjVuVersion""DjVu Version""DjVu:EPrint""E Print""DjVu:Edition"
-    "DjVu:Gamma""DjVu:HowPublished""How Published""DjVu:ImageHeight""DjVu:ImageWidth"
-    "DjVu:IncludedFileID""Included File ID""DjVu:Institution""DjVu:Journal""DjVu:Key""DjVu:Keywords"
-    "DjVu:ModifyDate""Modify Date""DjVu:Month""DjVu:Note""DjVu:Number""DjVu:Organization"
-    "DjVu:Orientation""DjVu:Orientation:1""Horizontal (normal)""DjVu:Orientation:2""Rotate 180"
-    "DjVu:Orientation:5""Rotate 90 CW""DjVu:Orientation:6""Rotate 270 CW""DjVu:Pages""DjVu:Producer"
-    "DjVu:Publisher""DjVu:School""DjVu:Series""DjVu:SpatialResolution""Spatial Resolution"
-    "DjVu:SubfileType""Subfile Type""DjVu:SubfileType:BM44""Grayscale IW44""DjVu:SubfileType:DJVI"
-    "Shared component""DjVu:SubfileType:DJVM""Multi-page document""DjVu:SubfileType:DJVU"
-    "Single-page image""DjVu:SubfileType:PM44""Color IW44""DjVu:SubfileType:THUM""Thumbnail image"
-    "DjVu:Subject""DjVu:Title""DjVu:Trapped""DjVu:Type""DjVu:URL""DjVu:Volume""DjVu:Year""作者"
-    "数字数据产生的日期和时间""DjVu 版本""对比系数""关键字""文件改变的日期和时间""图像取向""0° (上/左)""180° (底/右)""90° CCW (右/上)"
-    "90° CW (左/底)""主题""标题""Adresse""Auteur""Date de création des données numériques""Créateur"
-    "Version DjVu""Mots-clés""Date de modification du fichier""Orientation de l'image"
-    "Horizontale (normale)""Rotation de 180°""Rotation antihoraire de 90°"
-    "Rotation antihoraire de 270°""Producteur""Editeur""Type du nouveau sous-fichier"
-    "Niveaux de gris IW44""Composant partagé""Document multipage""Image sur une seule page"
-    "Couleurs IW44""Image miniature""Sujet""Titre""Piégé""URL ""Année""Anmerkung""Autor""Kapitel"
-    "Digitalisierungsdatum/-uhrzeit""Ersteller""DjVu-Version""Ausgabe""Schlüssel""Schlüsselwörter"
-    "Änderungsdatum""Monat""Organisation""Ausrichtung""180° gedreht""90° im Uhrzeigersinn"
-    "90° gegen den Uhrzeigersinn""Seiten""Produzent""Herausgeber""Unterdatei-Typ""Miniaturbild"
-    "Themen/Schlüsselwörter""Titel""Typ""Band""Jahr""Indirizzo""Annotazione""Autore""Capitolo"
-    "Data di creazione""Creatore""Versione DjVu""Parole chiave""Data modifica""Orientamento"
-    "Orizzontale (normale)""Ruota di 180°""Ruota di 90° senso orario""Ruota di 270° in senso orario"
-    "Editore""Scuola""Tipo sotto-file""Miniatura""Soggetto""Titolo""Anno""デジタルデータ作成日時""製作者"
-    "DjVuバージョン""ガンマ""キーワード""ファイル作成日時""画像の向き""水平（標準）""180度回転""90度回転 CW""270度回転 CW""新規サブファイルタイプ"
-    "サブジェクト""タイトル""タイプ""Anotación""Fecha y Hora de Datos Digital""Creador""Clave"
-    "Fecha y Hora de Cambio del Archivo""Orientación de Imagen""0° (arriba/izquierda)""Girado 180°"
-    "Girado 90° sentido reloj""Girado 270° sentido reloj""Productor""Editor""Nuevo Tipo Subarchivo"
-    "Sujeto""Título""Tipo""Año""Quality""Comment""Copyright""Ducky:Comment""Ducky:Copyright"
-    "Ducky:Quality""注释""专利拥有者""图像质量""Commentaire""Propriétaire du copyright""Qualité""Kommentar"
-    "Urheberrechtsvermerk""Qualität""Commento""Titolare del copyright""Qualità""コメント""版権所有者""品質"
-    "Comentario""Copyright Perfil""Calidad""CHMVersion""LanguageCode""CPUArchitecture""CPUByteOrder"
-    "ObjectFileType""CPUType""CPUCount""CPUSubtype""ObjectFlags""MachineType""TimeStamp"
-    "ImageFileCharacteristics""PEType""LinkerVersion""CodeSize""InitializedDataSize"
-    "UninitializedDataSize""EntryPoint""OSVersion""ImageVersion""SubsystemVersion""Subsystem"
-    "PEFVersion""BuildDate""BuildVersion""CharacterSet""Comments""CompanyName""FileDescription"
-    "FileVersion""InternalName""LegalCopyright""LegalTrademarks""OriginalFileName""PrivateBuild"
-    "ProductName""ProductVersion""SpecialBuild""FileVersionNumber""ProductVersionNumber"
-    "FileFlagsMask""FileFlags""FileOS""FileSubtype""0000""0400""0401""0402""0403""0404""0405""0406"
-    "0407""0408""0409""0410""0411""0412""0413""0414""0415""0416""0417""0418""0419""0420""0421""0422"
-    "0423""0424""0425""0426""0427""0428""0429""0430""0431""0432""0433""0434""0435""0436""0437""0438"
-    "0439""0440""0441""0443""0444""0445""0446""0447""0448""0449""0450""0456""0457""0458""0459""0460"
-    "0461""0465""0490""0491""0492""0493""0800""0804""0807""0809""0810""0813""0814""0816""1009""007F"
-    "040A""040B""040C""040D""040E""040F""041A""041B""041C""041D""041E""041F""042a""042b""042c""042d"
-    "042e""042f""043a""043b""043c""043e""043f""044a""044b""044c""044d""044e""044f""045a""047f""048f"
-    "080A""080C""081A""0C07""0C09""0C0A""0C0C""100C""m68k""pwpc""-1""10""11""3""4""7""8""9""12""13"
-    "14""140""15""16""17""175""18""183""19""20""21""21569""22""220""23""243""247""255""257""36"
-    "36902""36929""36992""37""38""39""40""41""41872""42""43""44""45""46""47""48""49""50""51""52""53"
-    "54""55""56""57""58""59""60""61""62""63""64""65""66""67""68""69""70""71""72""73""74""75""76""77"
-    "78""79""87""88""1 0""1 1""1 2""1 3""1 4""1 5""1 6""1 7""1 8""1 9""1 10""1 11""1 12""2 0""2 1"
-    "2 2""2 3""4 0""4 1""4 2""4 3""4 4""4 5""5 0""5 1""5 2""5 3""5 4""5 5""6 1""6 2""6 3""7 3""7 4"
-    "7 5""7 8""7 9""7 10""7 11""7 12""7 22""7 24""7 26""7 27""7 28""7 40""7 54""7 86""7 103""7 119"
-    "7 132""8 0""8 1""8 2""8 3""8 4""8 5""8 6""8 7""10 0""10 1""11 0""11 1""12 0""12 1""12 2""12 3"
-    "12 4""12 5""12 6""12 7""12 8""12 9""13 0""13 1""13 2""14 0""14 1""14 2""15 0""15 1""16 0""16 1"
-    "17 0""17 1""18 0""18 1""18 2""18 3""18 4""18 5""18 6""18 7""18 8""18 9""18 10""18 11""18 100"
-    "255 1""255 2""32""128""256""512""1024""2048""4096""8192""16384""32768""65536""131072""262144"
-    "524288""1048576""2097152""332""333""354""358""360""361""387""388""418""419""422""424""448""450"
-    "467""496""497""614""616""644""870""1126""3772""34404""49390""263""267""523""03A4""03A8""03B5"
-    "03B6""04B0""04E2""04E3""04E4""04E5""04E6""04E7""04E8""65537""65540""131074""196608""196611"
-    "262148""EXE:BuildDate""Build Date""EXE:BuildVersion""Build Version""EXE:CHMVersion"
-    "CHM Version""EXE:CPUArchitecture""CPU Architecture""EXE:CPUArchitecture:1""32 bit"
-    "EXE:CPUArchitecture:2""64 bit""EXE:CPUArchitecture:m68k""68000""EXE:CPUArchitecture:pwpc"
-    "PowerPC""EXE:CPUByteOrder""CPU Byte Order""EXE:CPUByteOrder:1""Little endian"
-    "EXE:CPUByteOrder:2""Big endian""EXE:CPUCount""CPU Count""EXE:CPUSubtype""CPU Subtype"
-    "EXE:CPUSubtype:1 0""VAX (all)""EXE:CPUSubtype:1 1""VAX780""EXE:CPUSubtype:1 10""VAX8650"
-    "EXE:CPUSubtype:1 11""VAX8800""EXE:CPUSubtype:1 12""UVAXIII""EXE:CPUSubtype:1 2""VAX785"
-    "EXE:CPUSubtype:1 3""VAX750""EXE:CPUSubtype:1 4""VAX730""EXE:CPUSubtype:1 5""UVAXI"
-    "EXE:CPUSubtype:1 6""UVAXII""EXE:CPUSubtype:1 7""VAX8200""EXE:CPUSubtype:1 8""VAX8500"
-    "EXE:CPUSubtype:1 9""VAX8600""EXE:CPUSubtype:10 0""MC98000 (all)""EXE:CPUSubtype:10 1""MC98601"
-    "EXE:CPUSubtype:11 0""HPPA (all)""EXE:CPUSubtype:11 1""HPPA 7100LC""EXE:CPUSubtype:12 0"
-    "ARM (all)""EXE:CPUSubtype:12 1""ARM A500 ARCH""EXE:CPUSubtype:12 2""ARM A500"
-    "EXE:CPUSubtype:12 3""ARM A440""EXE:CPUSubtype:12 4""ARM M4""EXE:CPUSubtype:12 5""ARM A680/V4T"
-    "EXE:CPUSubtype:12 6""ARM V6""EXE:CPUSubtype:12 7""ARM V5TEJ""EXE:CPUSubtype:12 8""ARM XSCALE"
-    "EXE:CPUSubtype:12 9""ARM V7""EXE:CPUSubtype:13 0""MC88000 (all)""EXE:CPUSubtype:13 1""MC88100"
-    "EXE:CPUSubtype:13 2""MC88110""EXE:CPUSubtype:14 0""SPARC (all)""EXE:CPUSubtype:14 1""SUN 4/260"
-    "EXE:CPUSubtype:14 2""SUN 4/110""EXE:CPUSubtype:15 0""i860 (all)""EXE:CPUSubtype:15 1""i860 860"
-    "EXE:CPUSubtype:16 0""i860 little (all)""EXE:CPUSubtype:16 1""i860 little""EXE:CPUSubtype:17 0"
-    "RS6000 (all)""EXE:CPUSubtype:17 1""RS6000""EXE:CPUSubtype:18 0""PowerPC (all)"
-    "EXE:CPUSubtype:18 1""PowerPC 601""EXE:CPUSubtype:18 10""PowerPC 7400""EXE:CPUSubtype:18 100"
-    "PowerPC 970""EXE:CPUSubtype:18 11""PowerPC 7450""EXE:CPUSubtype:18 2""PowerPC 602"
-    "EXE:CPUSubtype:18 3""PowerPC 603""EXE:CPUSubtype:18 4""PowerPC 603e""EXE:CPUSubtype:18 5"
-    "PowerPC 603ev""EXE:CPUSubtype:18 6""PowerPC 604""EXE:CPUSubtype:18 7""PowerPC 604e"
-    "EXE:CPUSubtype:18 8""PowerPC 620""EXE:CPUSubtype:18 9""PowerPC 750""EXE:CPUSubtype:2 0"
-    "RT (all)""EXE:CPUSubtype:2 1""RT PC""EXE:CPUSubtype:2 2""RT APC""EXE:CPUSubtype:2 3""RT 135"
-    "EXE:CPUSubtype:255 1""VEO 1""EXE:CPUSubtype:255 2""VEO 2""EXE:CPUSubtype:4 0""NS32032 (all)"
-    "EXE:CPUSubtype:4 1""NS32032 DPC (032 CPU)""EXE:CPUSubtype:4 2""NS32032 SQT""EXE:CPUSubtype:4 3"
-    "NS32032 APC FPU (32081)""EXE:CPUSubtype:4 4""NS32032 APC FPA (Weitek)""EXE:CPUSubtype:4 5"
-    "NS32032 XPC (532)""EXE:CPUSubtype:5 0""NS32332 (all)""EXE:CPUSubtype:5 1"
-    "NS32332 DPC (032 CPU)""EXE:CPUSubtype:5 2""NS32332 SQT""EXE:CPUSubtype:5 3"
-    "NS32332 APC FPU (32081)""EXE:CPUSubtype:5 4""NS32332 APC FPA (Weitek)""EXE:CPUSubtype:5 5"
-    "NS32332 XPC (532)""EXE:CPUSubtype:6 1""MC680x0 (all)""EXE:CPUSubtype:6 2""MC68040"
-    "EXE:CPUSubtype:6 3""MC68030""EXE:CPUSubtype:7 10""Pentium 4""EXE:CPUSubtype:7 103""Celeron"
-    "EXE:CPUSubtype:7 11""Itanium""EXE:CPUSubtype:7 119""Celeron Mobile""EXE:CPUSubtype:7 12""Xeon"
-    "EXE:CPUSubtype:7 132""i486SX""EXE:CPUSubtype:7 22""Pentium Pro""EXE:CPUSubtype:7 24"
-    "Pentium III M""EXE:CPUSubtype:7 26""Pentium 4 M""EXE:CPUSubtype:7 27""Itanium 2"
-    "EXE:CPUSubtype:7 28""Xeon MP""EXE:CPUSubtype:7 3""i386 (all)""EXE:CPUSubtype:7 4""i486"
-    "EXE:CPUSubtype:7 40""Pentium III Xeon""EXE:CPUSubtype:7 5""i586""EXE:CPUSubtype:7 54"
-    "Pentium II M3""EXE:CPUSubtype:7 8""Pentium III""EXE:CPUSubtype:7 86""Pentium II M5"
-    "EXE:CPUSubtype:7 9""Pentium M""EXE:CPUSubtype:8 0""MIPS (all)""EXE:CPUSubtype:8 1""MIPS R2300"
-    "EXE:CPUSubtype:8 2""MIPS R2600""EXE:CPUSubtype:8 3""MIPS R2800""EXE:CPUSubtype:8 4"
-    "MIPS R2000a""EXE:CPUSubtype:8 5""MIPS R2000""EXE:CPUSubtype:8 6""MIPS R3000a"
-    "EXE:CPUSubtype:8 7""MIPS R3000""EXE:CPUType""CPU Type""EXE:CPUType:-1""Any""EXE:CPUType:0"
-    "None""EXE:CPUType:1""AT&T WE 32100 |\302\240VAX""EXE:CPUType:10""MC98000 |\302\240MIPS R4000"
-    "EXE:CPUType:11""HPPA""EXE:CPUType:12""ARM""EXE:CPUType:13""MC88000""EXE:CPUType:14""SPARC"
-    "EXE:CPUType:140""TMS320C6000 Family""EXE:CPUType:15""HP PA-RISC |\302\240i860 big endian"
-    "EXE:CPUType:16""i860 little endian""EXE:CPUType:17""EXE:CPUType:175""MCST Elbrus e2k"
-    "EXE:CPUType:18""PowerPC |\302\240Sun v8plus""EXE:CPUType:183""Arm 64-bits (Armv8/AArch64)"
-    "EXE:CPUType:19""Intel 80960""EXE:CPUType:2""ROMP |\302\240SPARC""EXE:CPUType:20"
-    "EXE:CPUType:21""PowerPC 64-bit""EXE:CPUType:21569""Fujitsu FR-V""EXE:CPUType:22""IBM S/390"
-    "EXE:CPUType:220""Zilog Z80""EXE:CPUType:23""Cell BE SPU""EXE:CPUType:243""RISC-V"
-    "EXE:CPUType:247""Berkeley Packet Filter""EXE:CPUType:255""VEO""EXE:CPUType:257""WDC 65C816"
-    "EXE:CPUType:3""i386""EXE:CPUType:36""NEC V800""EXE:CPUType:36902""Alpha""EXE:CPUType:36929"
-    "m32r (old)""EXE:CPUType:36992""v850 (old)""EXE:CPUType:37""Fujitsu FR20""EXE:CPUType:38"
-    "TRW RH-32""EXE:CPUType:39""Motorola RCE""EXE:CPUType:4""Motorola 68000 |\302\240NS32032"
-    "EXE:CPUType:40""Arm (up to Armv7/AArch32)""EXE:CPUType:41""Digital Alpha""EXE:CPUType:41872"
-    "S/390 (old)""EXE:CPUType:42""SuperH""EXE:CPUType:43""SPARC v9 64-bit""EXE:CPUType:44"
-    "Siemens TriCore""EXE:CPUType:45""Argonaut RISC Core""EXE:CPUType:46""Renesas H8/300,300H,H8S"
-    "EXE:CPUType:47""Hitachi H8/300H""EXE:CPUType:48""Hitachi H8S""EXE:CPUType:49""Hitachi H8/500"
-    "EXE:CPUType:5""Motorola 88000 |\302\240NS32332""EXE:CPUType:50""HP/Intel IA-64""EXE:CPUType:51"
-    "Stanford MIPS-X""EXE:CPUType:52""Motorola ColdFire""EXE:CPUType:53""Motorola M68HC12"
-    "EXE:CPUType:54""Fujitsu MMA Multimedia Accelerator""EXE:CPUType:55""Siemens PCP"
-    "EXE:CPUType:56""Sony nCPU embedded RISC processor""EXE:CPUType:57""Denso NDR1 microprocessor"
-    "EXE:CPUType:58""Motorola Star*Core processor""EXE:CPUType:59""Toyota ME16 processor"
-    "EXE:CPUType:6""MC680x0 |\302\240i486""EXE:CPUType:60""STMicroelectronics ST100 processor"
-    "EXE:CPUType:61""Advanced Logic Corp. TinyJ embedded processor family""EXE:CPUType:62"
-    "AMD x86-64""EXE:CPUType:63""Sony DSP Processor""EXE:CPUType:64""Digital Equipment Corp. PDP-10"
-    "EXE:CPUType:65""Digital Equipment Corp. PDP-11""EXE:CPUType:66""Siemens FX66 microcontroller"
-    "EXE:CPUType:67""STMicroelectronics ST9+ 8/16 bit microcontroller""EXE:CPUType:68"
-    "STMicroelectronics ST7 8-bit microcontroller""EXE:CPUType:69"
-    "Motorola MC68HC16 Microcontroller""EXE:CPUType:7""i860 |\302\240x86""EXE:CPUType:70"
-    "Motorola MC68HC11 Microcontroller""EXE:CPUType:71""Motorola MC68HC08 Microcontroller"
-    "EXE:CPUType:72""Motorola MC68HC05 Microcontroller""EXE:CPUType:73""Silicon Graphics SVx"
-    "EXE:CPUType:74""STMicroelectronics ST19 8-bit microcontroller""EXE:CPUType:75""Digital VAX"
-    "EXE:CPUType:76""Axis Communications 32-bit embedded processor""EXE:CPUType:77"
-    "Infineon Technologies 32-bit embedded processor""EXE:CPUType:78"
-    "Element 14 64-bit DSP Processor""EXE:CPUType:79""LSI Logic 16-bit DSP Processor""EXE:CPUType:8"
-    "MIPS |\302\240MIPS R3000""EXE:CPUType:87""NEC v850""EXE:CPUType:88""Renesas M32R"
-    "EXE:CPUType:9""IBM System/370 |\302\240NS32532""EXE:CharacterSet""Character Set"
-    "EXE:CharacterSet:0000""ASCII""EXE:CharacterSet:03A4""Windows, Japan (Shift - JIS X-0208)"
-    "EXE:CharacterSet:03A8""Windows, Chinese (Simplified)""EXE:CharacterSet:03B5"
-    "Windows, Korea (Shift - KSC 5601)""EXE:CharacterSet:03B6""Windows, Taiwan (Big5)"
-    "EXE:CharacterSet:04B0""Unicode""EXE:CharacterSet:04E2""Windows, Latin2 (Eastern European)"
-    "EXE:CharacterSet:04E3""Windows, Cyrillic""EXE:CharacterSet:04E4""Windows, Latin1"
-    "EXE:CharacterSet:04E5""Windows, Greek""EXE:CharacterSet:04E6""Windows, Turkish"
-    "EXE:CharacterSet:04E7""Windows, Hebrew""EXE:CharacterSet:04E8""Windows, Arabic""EXE:CodeSize"
-    "Code Size""EXE:Comments""EXE:CompanyName""Company Name""EXE:Copyright""EXE:CreateDate"
-    "EXE:EntryPoint""Entry Point""EXE:FileDescription""File Description""EXE:FileFlags""File Flags"
-    "EXE:FileFlags:1""Debug""EXE:FileFlags:16""Info inferred""EXE:FileFlags:2""Pre-release"
-    "EXE:FileFlags:32""Special build""EXE:FileFlags:4""Patched""EXE:FileFlags:8""Private build"
-    "EXE:FileFlagsMask""File Flags Mask""EXE:FileOS""File OS""EXE:FileOS:1""Win16"
-    "EXE:FileOS:131072""OS/2 16-bit""EXE:FileOS:131074""OS/2 16-bit PM-16""EXE:FileOS:196608"
-    "OS/2 32-bit""EXE:FileOS:196611""OS/2 32-bit PM-32""EXE:FileOS:2""PM-16""EXE:FileOS:262144"
-    "Windows NT""EXE:FileOS:262148""Windows NT 32-bit""EXE:FileOS:3""PM-32""EXE:FileOS:4""Win32"
-    "EXE:FileOS:65536""DOS""EXE:FileOS:65537""Windows 16-bit""EXE:FileOS:65540""Windows 32-bit"
-    "EXE:FileSubtype""File Subtype""EXE:FileVersion""File Version""EXE:FileVersionNumber"
-    "File Version Number""EXE:ImageFileCharacteristics""Image File Characteristics"
-    "EXE:ImageFileCharacteristics:1""No relocs""EXE:ImageFileCharacteristics:1024"
-    "Removable run from swap""EXE:ImageFileCharacteristics:128""Bytes reversed lo"
-    "EXE:ImageFileCharacteristics:16""Aggressive working-set trim"
-    "EXE:ImageFileCharacteristics:16384""Uniprocessor only""EXE:ImageFileCharacteristics:2"
-    "Executable""EXE:ImageFileCharacteristics:2048""Net run from swap"
-    "EXE:ImageFileCharacteristics:256""32-bit""EXE:ImageFileCharacteristics:32""Large address aware"
-    "EXE:ImageFileCharacteristics:32768""Bytes reversed hi""EXE:ImageFileCharacteristics:4"
-    "No line numbers""EXE:ImageFileCharacteristics:4096""System file"
-    "EXE:ImageFileCharacteristics:512""No debug""EXE:ImageFileCharacteristics:8""No symbols"
-    "EXE:ImageFileCharacteristics:8192""DLL""EXE:ImageVersion""Image Version"
-    "EXE:InitializedDataSize""Initialized Data Size""EXE:InternalName""Internal Name"
-    "EXE:LanguageCode""Language Code""EXE:LanguageCode:0000""Neutral""EXE:LanguageCode:007F"
-    "Invariant""EXE:LanguageCode:0400""Process default""EXE:LanguageCode:0401""Arabic"
-    "EXE:LanguageCode:0402""Bulgarian""EXE:LanguageCode:0403""Catalan""EXE:LanguageCode:0404"
-    "Chinese (Traditional)""EXE:LanguageCode:0405""Czech""EXE:LanguageCode:0406""Danish"
-    "EXE:LanguageCode:0407""German""EXE:LanguageCode:0408""Greek""EXE:LanguageCode:0409"
-    "English (U.S.)""EXE:LanguageCode:040A""Spanish (Castilian)""EXE:LanguageCode:040B""Finnish"
-    "EXE:LanguageCode:040C""French""EXE:LanguageCode:040D""Hebrew""EXE:LanguageCode:040E""Hungarian"
-    "EXE:LanguageCode:040F""Icelandic""EXE:LanguageCode:0410""Italian""EXE:LanguageCode:0411"
-    "Japanese""EXE:LanguageCode:0412""Korean""EXE:LanguageCode:0413""Dutch""EXE:LanguageCode:0414"
-    "Norwegian (Bokml)""EXE:LanguageCode:0415""Polish""EXE:LanguageCode:0416"
-    "Portuguese (Brazilian)""EXE:LanguageCode:0417""Rhaeto-Romanic""EXE:LanguageCode:0418""Romanian"
-    "EXE:LanguageCode:0419""Russian""EXE:LanguageCode:041A""Croato-Serbian (Latin)"
-    "EXE:LanguageCode:041B""Slovak""EXE:LanguageCode:041C""Albanian""EXE:LanguageCode:041D""Swedish"
-    "EXE:LanguageCode:041E""Thai""EXE:LanguageCode:041F""Turkish""EXE:LanguageCode:0420""Urdu"
-    "EXE:LanguageCode:0421""Indonesian""EXE:LanguageCode:0422""Ukrainian""EXE:LanguageCode:0423"
-    "Belarusian""EXE:LanguageCode:0424""Slovenian""EXE:LanguageCode:0425""Estonian"
-    "EXE:LanguageCode:0426""Latvian""EXE:LanguageCode:0427""Lithuanian""EXE:LanguageCode:0428"
-    "Maori""EXE:LanguageCode:0429""Farsi""EXE:LanguageCode:042a""Vietnamese""EXE:LanguageCode:042b"
-    "Armenian""EXE:LanguageCode:042c""Azeri""EXE:LanguageCode:042d""Basque""EXE:LanguageCode:042e"
-    "Sorbian""EXE:LanguageCode:042f""Macedonian""EXE:LanguageCode:0430""Sutu""EXE:LanguageCode:0431"
-    "Tsonga""EXE:LanguageCode:0432""Tswana""EXE:LanguageCode:0433""Venda""EXE:LanguageCode:0434"
-    "Xhosa""EXE:LanguageCode:0435""Zulu""EXE:LanguageCode:0436""Afrikaans""EXE:LanguageCode:0437"
-    "Georgian""EXE:LanguageCode:0438""Faeroese""EXE:LanguageCode:0439""Hindi""EXE:LanguageCode:043a"
-    "Maltese""EXE:LanguageCode:043b""Saami""EXE:LanguageCode:043c""Gaelic""EXE:LanguageCode:043e"
-    "Malay""EXE:LanguageCode:043f""Kazak""EXE:LanguageCode:0440""Kyrgyz""EXE:LanguageCode:0441"
-    "Swahili""EXE:LanguageCode:0443""Uzbek""EXE:LanguageCode:0444""Tatar""EXE:LanguageCode:0445"
-    "Bengali""EXE:LanguageCode:0446""Punjabi""EXE:LanguageCode:0447""Gujarati"
-    "EXE:LanguageCode:0448""Oriya""EXE:LanguageCode:0449""Tamil""EXE:LanguageCode:044a""Telugu"
-    "EXE:LanguageCode:044b""Kannada""EXE:LanguageCode:044c""Malayalam""EXE:LanguageCode:044d"
-    "Assamese""EXE:LanguageCode:044e""Marathi""EXE:LanguageCode:044f""Sanskrit"
-    "EXE:LanguageCode:0450""Mongolian""EXE:LanguageCode:0456""Galician""EXE:LanguageCode:0457"
-    "Konkani""EXE:LanguageCode:0458""Manipuri""EXE:LanguageCode:0459""Sindhi""EXE:LanguageCode:045a"
-    "Syriac""EXE:LanguageCode:0460""Kashmiri""EXE:LanguageCode:0461""Nepali""EXE:LanguageCode:0465"
-    "Divehi""EXE:LanguageCode:047f""EXE:LanguageCode:048f""Esperanto""EXE:LanguageCode:0490""Walon"
-    "EXE:LanguageCode:0491""Cornish""EXE:LanguageCode:0492""Welsh""EXE:LanguageCode:0493""Breton"
-    "EXE:LanguageCode:0800""Neutral 2""EXE:LanguageCode:0804""Chinese (Simplified)"
-    "EXE:LanguageCode:0807""German (Swiss)""EXE:LanguageCode:0809""English (British)"
-    "EXE:LanguageCode:080A""Spanish (Mexican)""EXE:LanguageCode:080C""French (Belgian)"
-    "EXE:LanguageCode:0810""Italian (Swiss)""EXE:LanguageCode:0813""Dutch (Belgian)"
-    "EXE:LanguageCode:0814""Norwegian (Nynorsk)""EXE:LanguageCode:0816""Portuguese"
-    "EXE:LanguageCode:081A""Serbo-Croatian (Cyrillic)""EXE:LanguageCode:0C07""German (Austrian)"
-    "EXE:LanguageCode:0C09""English (Australian)""EXE:LanguageCode:0C0A""Spanish (Modern)"
-    "EXE:LanguageCode:0C0C""French (Canadian)""EXE:LanguageCode:1009""English (Canadian)"
-    "EXE:LanguageCode:100C""French (Swiss)""EXE:LegalCopyright""Legal Copyright"
-    "EXE:LegalTrademarks""Legal Trademarks""EXE:LinkerVersion""Linker Version""EXE:MachineType"
-    "Machine Type""EXE:MachineType:1126""MIPS16 with FPU""EXE:MachineType:332"
-    "Intel 386 or later, and compatibles""EXE:MachineType:333""Intel i860""EXE:MachineType:34404"
-    "AMD AMD64""EXE:MachineType:354""EXE:MachineType:358""MIPS little endian (R4000)"
-    "EXE:MachineType:360""MIPS R10000""EXE:MachineType:361""MIPS little endian WCI v2"
-    "EXE:MachineType:36929""Mitsubishi M32R little endian""EXE:MachineType:3772""EFI Byte Code"
-    "EXE:MachineType:387""Alpha AXP (old)""EXE:MachineType:388""Alpha AXP""EXE:MachineType:418"
-    "Hitachi SH3""EXE:MachineType:419""Hitachi SH3 DSP""EXE:MachineType:422""Hitachi SH4"
-    "EXE:MachineType:424""Hitachi SH5""EXE:MachineType:448""ARM little endian""EXE:MachineType:450"
-    "Thumb""EXE:MachineType:467""Matsushita AM33""EXE:MachineType:49390""clr pure MSIL"
-    "EXE:MachineType:496""PowerPC little endian""EXE:MachineType:497"
-    "PowerPC with floating point support""EXE:MachineType:512""Intel IA64""EXE:MachineType:614"
-    "MIPS16""EXE:MachineType:616""Motorola 68000 series""EXE:MachineType:644""Alpha AXP 64-bit"
-    "EXE:MachineType:870""MIPS with FPU""EXE:OSVersion""OS Version""EXE:ObjectFileType"
-    "Object File Type""EXE:ObjectFileType:-1""Static library""EXE:ObjectFileType:0"
-    "None |\302\240Unknown""EXE:ObjectFileType:1"
+    "FlightDegree" "FlightSpeed" "GimbalDegree" "ADJDebugInfo" "AEDebugInfo" "AEHistogramInfo"
+    "AELiveViewHistogramInfo" "AELiveViewLocalHistogram" "AELocalHistogram" "AFDebugInfo"
+    "AWBDebugInfo" "Histogram" "HyperlapsDebugInfo" "SensorID" "Xidiri" "Make" "SpeedX" "SpeedY"
+    "SpeedZ" "Pitch" "Yaw" "Roll" "CameraPitch" "CameraYaw" "CameraRoll" "K1" "K2" "K3" "K4" "KF"
+    "B1" "B2" "ObjectDistance" "RelativeHumidity" "Emissivity" "Reflection" "AmbientTemperature"
+    "D2" "KJ" "DB" "KK" "ReflectedTemperature" "IDString" "ThermalData" "ThermalCalibration"
+    "DJI_DTAT" "DJI:ADJDebugInfo" "ADJ Debug Info" "DJI:AEDebugInfo" "AE Debug Info"
+    "DJI:AEHistogramInfo" "AE Histogram Info" "DJI:AELiveViewHistogramInfo"
+    "AE Live View Histogram Info" "DJI:AELiveViewLocalHistogram" "AE Live View Local Histogram"
+    "DJI:AELocalHistogram" "AE Local Histogram" "DJI:AFDebugInfo" "AF Debug Info" "DJI:AWBDebugInfo"
+    "AWB Debug Info" "DJI:AmbientTemperature" "Ambient Temperature" "DJI:B1" "DJI:B2"
+    "DJI:CameraPitch" "Camera Pitch" "DJI:CameraRoll" "Camera Roll" "DJI:CameraYaw" "Camera Yaw"
+    "DJI:D2" "DJI:DB" "DJI:DJI_DTAT" "DJI DTAT" "DJI:Emissivity" "DJI:FlightDegree" "Flight Degree"
+    "DJI:FlightSpeed" "Flight Speed" "DJI:GimbalDegree" "Gimbal Degree" "DJI:Histogram"
+    "DJI:HyperlapsDebugInfo" "Hyperlaps Debug Info" "DJI:IDString" "ID String" "DJI:K1" "DJI:K2"
+    "DJI:K3" "DJI:K4" "DJI:KF" "DJI:KJ" "DJI:KK" "DJI:Make" "DJI:ObjectDistance" "Object Distance"
+    "DJI:Pitch" "DJI:ReflectedTemperature" "Reflected Temperature" "DJI:Reflection"
+    "DJI:RelativeHumidity" "Relative Humidity" "DJI:Roll" "DJI:SensorID" "Sensor ID" "DJI:SpeedX"
+    "Speed X" "DJI:SpeedY" "Speed Y" "DJI:SpeedZ" "Speed Z" "DJI:ThermalCalibration"
+    "Thermal Calibration" "DJI:ThermalData" "Thermal Data" "DJI:Xidiri" "DJI:Yaw" "厂商"
+    "Température ambiante" "Inclinaison de la caméra" "Lacet de la caméra" "Degré en vol"
+    "Vitesse en vol" "Degré du gimbal" "Fabricant" "Tangage" "Roulis" "Identifiant du capteur"
+    "Gerätehersteller" "Objektabstand" "Costruttore" "ID sensore" "メーカー" "被写体との距離" "Marca" "SeqID"
+    "SeqType" "SeqFrameInfo" "SeqIndex" "SeqCount" "SeqFinal" "OriginalRawImage"
+    "OriginalRawResource" "OriginalRawFileType" "OriginalRawCreator" "OriginalTHMImage"
+    "OriginalTHMResource" "OriginalTHMFileType" "OriginalTHMCreator" "PDRVersion" "DynamicRange"
+    "HintMaxOutputValue" "0" "1" "DNG:DynamicRange" "Dynamic Range" "DNG:DynamicRange:0" "Standard"
+    "DNG:DynamicRange:1" "High" "DNG:HintMaxOutputValue" "Hint Max Output Value"
+    "DNG:OriginalRawCreator" "Original Raw Creator" "DNG:OriginalRawFileType"
+    "Original Raw File Type" "DNG:OriginalRawImage" "Original Raw Image" "DNG:OriginalRawResource"
+    "Original Raw Resource" "DNG:OriginalTHMCreator" "Original THM Creator"
+    "DNG:OriginalTHMFileType" "Original THM File Type" "DNG:OriginalTHMImage" "Original THM Image"
+    "DNG:OriginalTHMResource" "Original THM Resource" "DNG:PDRVersion" "PDR Version" "DNG:SeqCount"
+    "Seq Count" "DNG:SeqFinal" "Seq Final" "DNG:SeqFinal:0" "No" "DNG:SeqFinal:1" "Yes"
+    "DNG:SeqFrameInfo" "Seq Frame Info" "DNG:SeqID" "Seq ID" "DNG:SeqIndex" "Seq Index"
+    "DNG:SeqType" "Seq Type" "Plage dynamique" "Type de fichier RAW d'origine" "Image RAW originale"
+    "Dynamikbereich" "Original RAW Ersteller" "Original RAW Dateityp" "Original RAW Bild"
+    "Original RAW Basisdaten" "Original THM Ersteller" "Original THM Dateityp" "Original THM Bild"
+    "Original THM Basisdaten" "ダイナミックレンジ" "スタンダード" "Estándar" "AspectRatio" "AudioBitsPerSample"
+    "AudioChannels" "AudioSampleRate" "Colorimetry" "DateTimeOriginal" "Duration" "FrameRate"
+    "ImageHeight" "ImageWidth" "TotalBitrate" "VideoFormat" "VideoScanType" "DV:AspectRatio"
+    "Aspect Ratio" "DV:AudioBitsPerSample" "Audio Bits Per Sample" "DV:AudioChannels"
+    "Audio Channels" "DV:AudioSampleRate" "Audio Sample Rate" "DV:Colorimetry" "DV:DateTimeOriginal"
+    "Date/Time Original" "DV:Duration" "DV:FrameRate" "Frame Rate" "DV:ImageHeight" "Image Height"
+    "DV:ImageWidth" "Image Width" "DV:TotalBitrate" "Total Bitrate" "DV:VideoFormat" "Video Format"
+    "DV:VideoScanType" "Video Scan Type" "原始数据产生的日期和时间" "更新速率" "像高" "像宽" "Ratio d'aspect"
+    "Date de création des données originales" "Durée" "Vitesse" "Hauteur de l'image"
+    "Largeur de l'image" "Bildformat" "Erstellungsdatum/-uhrzeit" "Dauer" "Bildwechselfrequenz"
+    "Bildhöhe" "Bildbreite" "Rapporto immagine" "Canali audio" "Data/ora originale di creazione"
+    "Frequenza fotogramma" "Altezza immagine" "Larghezza immagine" "オリジナルデータ作成日時" "フレームレート" "画像高さ"
+    "画像幅" "Canales Audio" "Fecha y Hora de Datos Original" "Duración" "Velocidad del Fotograma"
+    "Alto Imagen" "Ancho Imagen" "SubfileType" "DjVuVersion" "SpatialResolution" "Gamma"
+    "Orientation" "IncludedFileID" "Author" "CreateDate" "Creator" "Keywords" "ModifyDate"
+    "Producer" "Subject" "Title" "Trapped" "Address" "Annotation" "BookTitle" "Chapter" "CrossRef"
+    "Edition" "EPrint" "HowPublished" "Institution" "Journal" "Key" "Month" "Note" "Number"
+    "Organization" "Pages" "Publisher" "School" "Series" "Type" "URL" "Volume" "Year" "BM44" "DJVI"
+    "DJVM" "DJVU" "PM44" "THUM" "2" "5" "6" "DjVu:Address" "DjVu:Annotation" "DjVu:Author"
+    "DjVu:BookTitle" "Book Title" "DjVu:Chapter" "DjVu:CreateDate" "Create Date" "DjVu:Creator"
+    "DjVu:CrossRef" "Cross Ref" "DjVu:DjVuVersion" "DjVu Version" "DjVu:EPrint" "E Print"
+    "DjVu:Edition" "DjVu:Gamma" "DjVu:HowPublished" "How Published" "DjVu:ImageHeight"
+    "DjVu:ImageWidth" "DjVu:IncludedFileID" "Included File ID" "DjVu:Institution" "DjVu:Journal"
+    "DjVu:Key" "DjVu:Keywords" "DjVu:ModifyDate" "Modify Date" "DjVu:Month" "DjVu:Note"
+    "DjVu:Number" "DjVu:Organization" "DjVu:Orientation" "DjVu:Orientation:1" "Horizontal (normal)"
+    "DjVu:Orientation:2" "Rotate 180" "DjVu:Orientation:5" "Rotate 90 CW" "DjVu:Orientation:6"
+    "Rotate 270 CW" "DjVu:Pages" "DjVu:Producer" "DjVu:Publisher" "DjVu:School" "DjVu:Series"
+    "DjVu:SpatialResolution" "Spatial Resolution" "DjVu:SubfileType" "Subfile Type"
+    "DjVu:SubfileType:BM44" "Grayscale IW44" "DjVu:SubfileType:DJVI" "Shared component"
+    "DjVu:SubfileType:DJVM" "Multi-page document" "DjVu:SubfileType:DJVU" "Single-page image"
+    "DjVu:SubfileType:PM44" "Color IW44" "DjVu:SubfileType:THUM" "Thumbnail image" "DjVu:Subject"
+    "DjVu:Title" "DjVu:Trapped" "DjVu:Type" "DjVu:URL" "DjVu:Volume" "DjVu:Year" "作者" "数字数据产生的日期和时间"
+    "DjVu 版本" "对比系数" "关键字" "文件改变的日期和时间" "图像取向" "0° (上/左)" "180° (底/右)" "90° CCW (右/上)"
+    "90° CW (左/底)" "主题" "标题" "Adresse" "Auteur" "Date de création des données numériques" "Créateur"
+    "Version DjVu" "Mots-clés" "Date de modification du fichier" "Orientation de l'image"
+    "Horizontale (normale)" "Rotation de 180°" "Rotation antihoraire de 90°"
+    "Rotation antihoraire de 270°" "Producteur" "Editeur" "Type du nouveau sous-fichier"
+    "Niveaux de gris IW44" "Composant partagé" "Document multipage" "Image sur une seule page"
+    "Couleurs IW44" "Image miniature" "Sujet" "Titre" "Piégé" "URL " "Année" "Anmerkung" "Autor"
+    "Kapitel" "Digitalisierungsdatum/-uhrzeit" "Ersteller" "DjVu-Version" "Ausgabe" "Schlüssel"
+    "Schlüsselwörter" "Änderungsdatum" "Monat" "Organisation" "Ausrichtung" "180° gedreht"
+    "90° im Uhrzeigersinn" "90° gegen den Uhrzeigersinn" "Seiten" "Produzent" "Herausgeber"
+    "Unterdatei-Typ" "Miniaturbild" "Themen/Schlüsselwörter" "Titel" "Typ" "Band" "Jahr" "Indirizzo"
+    "Annotazione" "Autore" "Capitolo" "Data di creazione" "Creatore" "Versione DjVu" "Parole chiave"
+    "Data modifica" "Orientamento" "Orizzontale (normale)" "Ruota di 180°"
+    "Ruota di 90° senso orario" "Ruota di 270° in senso orario" "Editore" "Scuola" "Tipo sotto-file"
+    "Miniatura" "Soggetto" "Titolo" "Anno" "デジタルデータ作成日時" "製作者" "DjVuバージョン" "ガンマ" "キーワード" "ファイル作成日時"
+    "画像の向き" "水平（標準）" "180度回転" "90度回転 CW" "270度回転 CW" "新規サブファイルタイプ" "サブジェクト" "タイトル" "タイプ" "Anotación"
+    "Fecha y Hora de Datos Digital" "Creador" "Clave" "Fecha y Hora de Cambio del Archivo"
+    "Orientación de Imagen" "0° (arriba/izquierda)" "Girado 180°" "Girado 90° sentido reloj"
+    "Girado 270° sentido reloj" "Productor" "Editor" "Nuevo Tipo Subarchivo" "Sujeto" "Título"
+    "Tipo" "Año" "Quality" "Comment" "Copyright" "Ducky:Comment" "Ducky:Copyright" "Ducky:Quality"
+    "注释" "专利拥有者" "图像质量" "Commentaire" "Propriétaire du copyright" "Qualité" "Kommentar"
+    "Urheberrechtsvermerk" "Qualität" "Commento" "Titolare del copyright" "Qualità" "コメント" "版権所有者"
+    "品質" "Comentario" "Copyright Perfil" "Calidad" "CHMVersion" "LanguageCode" "CPUArchitecture"
+    "CPUByteOrder" "ObjectFileType" "CPUType" "CPUCount" "CPUSubtype" "ObjectFlags" "MachineType"
+    "TimeStamp" "ImageFileCharacteristics" "PEType" "LinkerVersion" "CodeSize" "InitializedDataSize"
+    "UninitializedDataSize" "EntryPoint" "OSVersion" "ImageVersion" "SubsystemVersion" "Subsystem"
+    "PEFVersion" "BuildDate" "BuildVersion" "CharacterSet" "Comments" "CompanyName"
+    "FileDescription" "FileVersion" "InternalName" "LegalCopyright" "LegalTrademarks"
+    "OriginalFileName" "PrivateBuild" "ProductName" "ProductVersion" "SpecialBuild"
+    "FileVersionNumber" "ProductVersionNumber" "FileFlagsMask" "FileFlags" "FileOS" "FileSubtype"
+    "0000" "0400" "0401" "0402" "0403" "0404" "0405" "0406" "0407" "0408" "0409" "0410" "0411"
+    "0412" "0413" "0414" "0415" "0416" "0417" "0418" "0419" "0420" "0421" "0422" "0423" "0424"
+    "0425" "0426" "0427" "0428" "0429" "0430" "0431" "0432" "0433" "0434" "0435" "0436" "0437"
+    "0438" "0439" "0440" "0441" "0443" "0444" "0445" "0446" "0447" "0448" "0449" "0450" "0456"
+    "0457" "0458" "0459" "0460" "0461" "0465" "0490" "0491" "0492" "0493" "0800" "0804" "0807"
+    "0809" "0810" "0813" "0814" "0816" "1009" "007F" "040A" "040B" "040C" "040D" "040E" "040F"
+    "041A" "041B" "041C" "041D" "041E" "041F" "042a" "042b" "042c" "042d" "042e" "042f" "043a"
+    "043b" "043c" "043e" "043f" "044a" "044b" "044c" "044d" "044e" "044f" "045a" "047f" "048f"
+    "080A" "080C" "081A" "0C07" "0C09" "0C0A" "0C0C" "100C" "m68k" "pwpc" "-1" "10" "11" "3" "4" "7"
+    "8" "9" "12" "13" "14" "140" "15" "16" "17" "175" "18" "183" "19" "20" "21" "21569" "22" "220"
+    "23" "243" "247" "255" "257" "36" "36902" "36929" "36992" "37" "38" "39" "40" "41" "41872" "42"
+    "43" "44" "45" "46" "47" "48" "49" "50" "51" "52" "53" "54" "55" "56" "57" "58" "59" "60" "61"
+    "62" "63" "64" "65" "66" "67" "68" "69" "70" "71" "72" "73" "74" "75" "76" "77" "78" "79" "87"
+    "88" "1 0" "1 1" "1 2" "1 3" "1 4" "1 5" "1 6" "1 7" "1 8" "1 9" "1 10" "1 11" "1 12" "2 0"
+    "2 1" "2 2" "2 3" "4 0" "4 1" "4 2" "4 3" "4 4" "4 5" "5 0" "5 1" "5 2" "5 3" "5 4" "5 5" "6 1"
+    "6 2" "6 3" "7 3" "7 4" "7 5" "7 8" "7 9" "7 10" "7 11" "7 12" "7 22" "7 24" "7 26" "7 27"
+    "7 28" "7 40" "7 54" "7 86" "7 103" "7 119" "7 132" "8 0" "8 1" "8 2" "8 3" "8 4" "8 5" "8 6"
+    "8 7" "10 0" "10 1" "11 0" "11 1" "12 0" "12 1" "12 2" "12 3" "12 4" "12 5" "12 6" "12 7" "12 8"
+    "12 9" "13 0" "13 1" "13 2" "14 0" "14 1" "14 2" "15 0" "15 1" "16 0" "16 1" "17 0" "17 1"
+    "18 0" "18 1" "18 2" "18 3" "18 4" "18 5" "18 6" "18 7" "18 8" "18 9" "18 10" "18 11" "18 100"
+    "255 1" "255 2" "32" "128" "256" "512" "1024" "2048" "4096" "8192" "16384" "32768" "65536"
+    "131072" "262144" "524288" "1048576" "2097152" "332" "333" "354" "358" "360" "361" "387" "388"
+    "418" "419" "422" "424" "448" "450" "467" "496" "497" "614" "616" "644" "870" "1126" "3772"
+    "34404" "49390" "263" "267" "523" "03A4" "03A8" "03B5" "03B6" "04B0" "04E2" "04E3" "04E4" "04E5"
+    "04E6" "04E7" "04E8" "65537" "65540" "131074" "196608" "196611" "262148" "EXE:BuildDate"
+    "Build Date" "EXE:BuildVersion" "Build Version" "EXE:CHMVersion" "CHM Version"
+    "EXE:CPUArchitecture" "CPU Architecture" "EXE:CPUArchitecture:1" "32 bit"
+    "EXE:CPUArchitecture:2" "64 bit" "EXE:CPUArchitecture:m68k" "68000" "EXE:CPUArchitecture:pwpc"
+    "PowerPC" "EXE:CPUByteOrder" "CPU Byte Order" "EXE:CPUByteOrder:1" "Little endian"
+    "EXE:CPUByteOrder:2" "Big endian" "EXE:CPUCount" "CPU Count" "EXE:CPUSubtype" "CPU Subtype"
+    "EXE:CPUSubtype:1 0" "VAX (all)" "EXE:CPUSubtype:1 1" "VAX780" "EXE:CPUSubtype:1 10" "VAX8650"
+    "EXE:CPUSubtype:1 11" "VAX8800" "EXE:CPUSubtype:1 12" "UVAXIII" "EXE:CPUSubtype:1 2" "VAX785"
+    "EXE:CPUSubtype:1 3" "VAX750" "EXE:CPUSubtype:1 4" "VAX730" "EXE:CPUSubtype:1 5" "UVAXI"
+    "EXE:CPUSubtype:1 6" "UVAXII" "EXE:CPUSubtype:1 7" "VAX8200" "EXE:CPUSubtype:1 8" "VAX8500"
+    "EXE:CPUSubtype:1 9" "VAX8600" "EXE:CPUSubtype:10 0" "MC98000 (all)" "EXE:CPUSubtype:10 1"
+    "MC98601" "EXE:CPUSubtype:11 0" "HPPA (all)" "EXE:CPUSubtype:11 1" "HPPA 7100LC"
+    "EXE:CPUSubtype:12 0" "ARM (all)" "EXE:CPUSubtype:12 1" "ARM A500 ARCH" "EXE:CPUSubtype:12 2"
+    "ARM A500" "EXE:CPUSubtype:12 3" "ARM A440" "EXE:CPUSubtype:12 4" "ARM M4" "EXE:CPUSubtype:12 5"
+    "ARM A680/V4T" "EXE:CPUSubtype:12 6" "ARM V6" "EXE:CPUSubtype:12 7" "ARM V5TEJ"
+    "EXE:CPUSubtype:12 8" "ARM XSCALE" "EXE:CPUSubtype:12 9" "ARM V7" "EXE:CPUSubtype:13 0"
+    "MC88000 (all)" "EXE:CPUSubtype:13 1" "MC88100" "EXE:CPUSubtype:13 2" "MC88110"
+    "EXE:CPUSubtype:14 0" "SPARC (all)" "EXE:CPUSubtype:14 1" "SUN 4/260" "EXE:CPUSubtype:14 2"
+    "SUN 4/110" "EXE:CPUSubtype:15 0" "i860 (all)" "EXE:CPUSubtype:15 1" "i860 860"
+    "EXE:CPUSubtype:16 0" "i860 little (all)" "EXE:CPUSubtype:16 1" "i860 little"
+    "EXE:CPUSubtype:17 0" "RS6000 (all)" "EXE:CPUSubtype:17 1" "RS6000" "EXE:CPUSubtype:18 0"
+    "PowerPC (all)" "EXE:CPUSubtype:18 1" "PowerPC 601" "EXE:CPUSubtype:18 10" "PowerPC 7400"
+    "EXE:CPUSubtype:18 100" "PowerPC 970" "EXE:CPUSubtype:18 11" "PowerPC 7450"
+    "EXE:CPUSubtype:18 2" "PowerPC 602" "EXE:CPUSubtype:18 3" "PowerPC 603" "EXE:CPUSubtype:18 4"
+    "PowerPC 603e" "EXE:CPUSubtype:18 5" "PowerPC 603ev" "EXE:CPUSubtype:18 6" "PowerPC 604"
+    "EXE:CPUSubtype:18 7" "PowerPC 604e" "EXE:CPUSubtype:18 8" "PowerPC 620" "EXE:CPUSubtype:18 9"
+    "PowerPC 750" "EXE:CPUSubtype:2 0" "RT (all)" "EXE:CPUSubtype:2 1" "RT PC" "EXE:CPUSubtype:2 2"
+    "RT APC" "EXE:CPUSubtype:2 3" "RT 135" "EXE:CPUSubtype:255 1" "VEO 1" "EXE:CPUSubtype:255 2"
+    "VEO 2" "EXE:CPUSubtype:4 0" "NS32032 (all)" "EXE:CPUSubtype:4 1" "NS32032 DPC (032 CPU)"
+    "EXE:CPUSubtype:4 2" "NS32032 SQT" "EXE:CPUSubtype:4 3" "NS32032 APC FPU (32081)"
+    "EXE:CPUSubtype:4 4" "NS32032 APC FPA (Weitek)" "EXE:CPUSubtype:4 5" "NS32032 XPC (532)"
+    "EXE:CPUSubtype:5 0" "NS32332 (all)" "EXE:CPUSubtype:5 1" "NS32332 DPC (032 CPU)"
+    "EXE:CPUSubtype:5 2" "NS32332 SQT" "EXE:CPUSubtype:5 3" "NS32332 APC FPU (32081)"
+    "EXE:CPUSubtype:5 4" "NS32332 APC FPA (Weitek)" "EXE:CPUSubtype:5 5" "NS32332 XPC (532)"
+    "EXE:CPUSubtype:6 1" "MC680x0 (all)" "EXE:CPUSubtype:6 2" "MC68040" "EXE:CPUSubtype:6 3"
+    "MC68030" "EXE:CPUSubtype:7 10" "Pentium 4" "EXE:CPUSubtype:7 103" "Celeron"
+    "EXE:CPUSubtype:7 11" "Itanium" "EXE:CPUSubtype:7 119" "Celeron Mobile" "EXE:CPUSubtype:7 12"
+    "Xeon" "EXE:CPUSubtype:7 132" "i486SX" "EXE:CPUSubtype:7 22" "Pentium Pro" "EXE:CPUSubtype:7 24"
+    "Pentium III M" "EXE:CPUSubtype:7 26" "Pentium 4 M" "EXE:CPUSubtype:7 27" "Itanium 2"
+    "EXE:CPUSubtype:7 28" "Xeon MP" "EXE:CPUSubtype:7 3" "i386 (all)" "EXE:CPUSubtype:7 4" "i486"
+    "EXE:CPUSubtype:7 40" "Pentium III Xeon" "EXE:CPUSubtype:7 5" "i586" "EXE:CPUSubtype:7 54"
+    "Pentium II M3" "EXE:CPUSubtype:7 8" "Pentium III" "EXE:CPUSubtype:7 86" "Pentium II M5"
+    "EXE:CPUSubtype:7 9" "Pentium M" "EXE:CPUSubtype:8 0" "MIPS (all)" "EXE:CPUSubtype:8 1"
+    "MIPS R2300" "EXE:CPUSubtype:8 2" "MIPS R2600" "EXE:CPUSubtype:8 3" "MIPS R2800"
+    "EXE:CPUSubtype:8 4" "MIPS R2000a" "EXE:CPUSubtype:8 5" "MIPS R2000" "EXE:CPUSubtype:8 6"
+    "MIPS R3000a" "EXE:CPUSubtype:8 7" "MIPS R3000" "EXE:CPUType" "CPU Type" "EXE:CPUType:-1" "Any"
+    "EXE:CPUType:0" "None" "EXE:CPUType:1" "AT&T WE 32100 |\302\240VAX" "EXE:CPUType:10"
+    "MC98000 |\302\240MIPS R4000" "EXE:CPUType:11" "HPPA" "EXE:CPUType:12" "ARM" "EXE:CPUType:13"
+    "MC88000" "EXE:CPUType:14" "SPARC" "EXE:CPUType:140" "TMS320C6000 Family" "EXE:CPUType:15"
+    "HP PA-RISC |\302\240i860 big endian" "EXE:CPUType:16" "i860 little endian" "EXE:CPUType:17"
+    "EXE:CPUType:175" "MCST Elbrus e2k" "EXE:CPUType:18" "PowerPC |\302\240Sun v8plus"
+    "EXE:CPUType:183" "Arm 64-bits (Armv8/AArch64)" "EXE:CPUType:19" "Intel 80960" "EXE:CPUType:2"
+    "ROMP |\302\240SPARC" "EXE:CPUType:20" "EXE:CPUType:21" "PowerPC 64-bit" "EXE:CPUType:21569"
+    "Fujitsu FR-V" "EXE:CPUType:22" "IBM S/390" "EXE:CPUType:220" "Zilog Z80" "EXE:CPUType:23"
+    "Cell BE SPU" "EXE:CPUType:243" "RISC-V" "EXE:CPUType:247" "Berkeley Packet Filter"
+    "EXE:CPUType:255" "VEO" "EXE:CPUType:257" "WDC 65C816" "EXE:CPUType:3" "i386" "EXE:CPUType:36"
+    "NEC V800" "EXE:CPUType:36902" "Alpha" "EXE:CPUType:36929" "m32r (old)" "EXE:CPUType:36992"
+    "v850 (old)" "EXE:CPUType:37" "Fujitsu FR20" "EXE:CPUType:38" "TRW RH-32" "EXE:CPUType:39"
+    "Motorola RCE" "EXE:CPUType:4" "Motorola 68000 |\302\240NS32032" "EXE:CPUType:40"
+    "Arm (up to Armv7/AArch32)" "EXE:CPUType:41" "Digital Alpha" "EXE:CPUType:41872" "S/390 (old)"
+    "EXE:CPUType:42" "SuperH" "EXE:CPUType:43" "SPARC v9 64-bit" "EXE:CPUType:44" "Siemens TriCore"
+    "EXE:CPUType:45" "Argonaut RISC Core" "EXE:CPUType:46" "Renesas H8/300,300H,H8S"
+    "EXE:CPUType:47" "Hitachi H8/300H" "EXE:CPUType:48" "Hitachi H8S" "EXE:CPUType:49"
+    "Hitachi H8/500" "EXE:CPUType:5" "Motorola 88000 |\302\240NS32332" "EXE:CPUType:50"
+    "HP/Intel IA-64" "EXE:CPUType:51" "Stanford MIPS-X" "EXE:CPUType:52" "Motorola ColdFire"
+    "EXE:CPUType:53" "Motorola M68HC12" "EXE:CPUType:54" "Fujitsu MMA Multimedia Accelerator"
+    "EXE:CPUType:55" "Siemens PCP" "EXE:CPUType:56" "Sony nCPU embedded RISC processor"
+    "EXE:CPUType:57" "Denso NDR1 microprocessor" "EXE:CPUType:58" "Motorola Star*Core processor"
+    "EXE:CPUType:59" "Toyota ME16 processor" "EXE:CPUType:6" "MC680x0 |\302\240i486"
+    "EXE:CPUType:60" "STMicroelectronics ST100 processor" "EXE:CPUType:61"
+    "Advanced Logic Corp. TinyJ embedded processor family" "EXE:CPUType:62" "AMD x86-64"
+    "EXE:CPUType:63" "Sony DSP Processor" "EXE:CPUType:64" "Digital Equipment Corp. PDP-10"
+    "EXE:CPUType:65" "Digital Equipment Corp. PDP-11" "EXE:CPUType:66"
+    "Siemens FX66 microcontroller" "EXE:CPUType:67"
+    "STMicroelectronics ST9+ 8/16 bit microcontroller" "EXE:CPUType:68"
+    "STMicroelectronics ST7 8-bit microcontroller" "EXE:CPUType:69"
+    "Motorola MC68HC16 Microcontroller" "EXE:CPUType:7" "i860 |\302\240x86" "EXE:CPUType:70"
+    "Motorola MC68HC11 Microcontroller" "EXE:CPUType:71" "Motorola MC68HC08 Microcontroller"
+    "EXE:CPUType:72" "Motorola MC68HC05 Microcontroller" "EXE:CPUType:73" "Silicon Graphics SVx"
+    "EXE:CPUType:74" "STMicroelectronics ST19 8-bit microcontroller" "EXE:CPUType:75" "Digital VAX"
+    "EXE:CPUType:76" "Axis Communications 32-bit embedded processor" "EXE:CPUType:77"
+    "Infineon Technologies 32-bit embedded processor" "EXE:CPUType:78"
+    "Element 14 64-bit DSP Processor" "EXE:CPUType:79" "LSI Logic 16-bit DSP Processor"
+    "EXE:CPUType:8" "MIPS |\302\240MIPS R3000" "EXE:CPUType:87" "NEC v850" "EXE:CPUType:88"
+    "Renesas M32R" "EXE:CPUType:9" "IBM System/370 |\302\240NS32532" "EXE:CharacterSet"
+    "Character Set" "EXE:CharacterSet:0000" "ASCII" "EXE:CharacterSet:03A4"
+    "Windows, Japan (Shift - JIS X-0208)" "EXE:CharacterSet:03A8" "Windows, Chinese (Simplified)"
+    "EXE:CharacterSet:03B5" "Windows, Korea (Shift - KSC 5601)" "EXE:CharacterSet:03B6"
+    "Windows, Taiwan (Big5)" "EXE:CharacterSet:04B0" "Unicode" "EXE:CharacterSet:04E2"
+    "Windows, Latin2 (Eastern European)" "EXE:CharacterSet:04E3" "Windows, Cyrillic"
+    "EXE:CharacterSet:04E4" "Windows, Latin1" "EXE:CharacterSet:04E5" "Windows, Greek"
+    "EXE:CharacterSet:04E6" "Windows, Turkish" "EXE:CharacterSet:04E7" "Windows, Hebrew"
+    "EXE:CharacterSet:04E8" "Windows, Arabic" "EXE:CodeSize" "Code Size" "EXE:Comments"
+    "EXE:CompanyName" "Company Name" "EXE:Copyright" "EXE:CreateDate" "EXE:EntryPoint" "Entry Point"
+    "EXE:FileDescription" "File Description" "EXE:FileFlags" "File Flags" "EXE:FileFlags:1" "Debug"
+    "EXE:FileFlags:16" "Info inferred" "EXE:FileFlags:2" "Pre-release" "EXE:FileFlags:32"
+    "Special build" "EXE:FileFlags:4" "Patched" "EXE:FileFlags:8" "Private build"
+    "EXE:FileFlagsMask" "File Flags Mask" "EXE:FileOS" "File OS" "EXE:FileOS:1" "Win16"
+    "EXE:FileOS:131072" "OS/2 16-bit" "EXE:FileOS:131074" "OS/2 16-bit PM-16" "EXE:FileOS:196608"
+    "OS/2 32-bit" "EXE:FileOS:196611" "OS/2 32-bit PM-32" "EXE:FileOS:2" "PM-16" "EXE:FileOS:262144"
+    "Windows NT" "EXE:FileOS:262148" "Windows NT 32-bit" "EXE:FileOS:3" "PM-32" "EXE:FileOS:4"
+    "Win32" "EXE:FileOS:65536" "DOS" "EXE:FileOS:65537" "Windows 16-bit" "EXE:FileOS:65540"
+    "Windows 32-bit" "EXE:FileSubtype" "File Subtype" "EXE:FileVersion" "File Version"
+    "EXE:FileVersionNumber" "File Version Number" "EXE:ImageFileCharacteristics"
+    "Image File Characteristics" "EXE:ImageFileCharacteristics:1" "No relocs"
+    "EXE:ImageFileCharacteristics:1024" "Removable run from swap" "EXE:ImageFileCharacteristics:128"
+    "Bytes reversed lo" "EXE:ImageFileCharacteristics:16" "Aggressive working-set trim"
+    "EXE:ImageFileCharacteristics:16384" "Uniprocessor only" "EXE:ImageFileCharacteristics:2"
+    "Executable" "EXE:ImageFileCharacteristics:2048" "Net run from swap"
+    "EXE:ImageFileCharacteristics:256" "32-bit" "EXE:ImageFileCharacteristics:32"
+    "Large address aware" "EXE:ImageFileCharacteristics:32768" "Bytes reversed hi"
+    "EXE:ImageFileCharacteristics:4" "No line numbers" "EXE:ImageFileCharacteristics:4096"
+    "System file" "EXE:ImageFileCharacteristics:512" "No debug" "EXE:ImageFileCharacteristics:8"
+    "No symbols" "EXE:ImageFileCharacteristics:8192" "DLL" "EXE:ImageVersion" "Image Version"
+    "EXE:InitializedDataSize" "Initialized Data Size" "EXE:InternalName" "Internal Name"
+    "EXE:LanguageCode" "Language Code" "EXE:LanguageCode:0000" "Neutral" "EXE:LanguageCode:007F"
+    "Invariant" "EXE:LanguageCode:0400" "Process default" "EXE:LanguageCode:0401" "Arabic"
+    "EXE:LanguageCode:0402" "Bulgarian" "EXE:LanguageCode:0403" "Catalan" "EXE:LanguageCode:0404"
+    "Chinese (Traditional)" "EXE:LanguageCode:0405" "Czech" "EXE:LanguageCode:0406" "Danish"
+    "EXE:LanguageCode:0407" "German" "EXE:LanguageCode:0408" "Greek" "EXE:LanguageCode:0409"
+    "English (U.S.)" "EXE:LanguageCode:040A" "Spanish (Castilian)" "EXE:LanguageCode:040B" "Finnish"
+    "EXE:LanguageCode:040C" "French" "EXE:LanguageCode:040D" "Hebrew" "EXE:LanguageCode:040E"
+    "Hungarian" "EXE:LanguageCode:040F" "Icelandic" "EXE:LanguageCode:0410" "Italian"
+    "EXE:LanguageCode:0411" "Japanese" "EXE:LanguageCode:0412" "Korean" "EXE:LanguageCode:0413"
+    "Dutch" "EXE:LanguageCode:0414" "Norwegian (Bokml)" "EXE:LanguageCode:0415" "Polish"
+    "EXE:LanguageCode:0416" "Portuguese (Brazilian)" "EXE:LanguageCode:0417" "Rhaeto-Romanic"
+    "EXE:LanguageCode:0418" "Romanian" "EXE:LanguageCode:0419" "Russian" "EXE:LanguageCode:041A"
+    "Croato-Serbian (Latin)" "EXE:LanguageCode:041B" "Slovak" "EXE:LanguageCode:041C" "Albanian"
+    "EXE:LanguageCode:041D" "Swedish" "EXE:LanguageCode:041E" "Thai" "EXE:LanguageCode:041F"
+    "Turkish" "EXE:LanguageCode:0420" "Urdu" "EXE:LanguageCode:0421" "Indonesian"
+    "EXE:LanguageCode:0422" "Ukrainian" "EXE:LanguageCode:0423" "Belarusian" "EXE:LanguageCode:0424"
+    "Slovenian" "EXE:LanguageCode:0425" "Estonian" "EXE:LanguageCode:0426" "Latvian"
+    "EXE:LanguageCode:0427" "Lithuanian" "EXE:LanguageCode:0428" "Maori" "EXE:LanguageCode:0429"
+    "Farsi" "EXE:LanguageCode:042a" "Vietnamese" "EXE:LanguageCode:042b" "Armenian"
+    "EXE:LanguageCode:042c" "Azeri" "EXE:LanguageCode:042d" "Basque" "EXE:LanguageCode:042e"
+    "Sorbian" "EXE:LanguageCode:042f" "Macedonian" "EXE:LanguageCode:0430" "Sutu"
+    "EXE:LanguageCode:0431" "Tsonga" "EXE:LanguageCode:0432" "Tswana" "EXE:LanguageCode:0433"
+    "Venda" "EXE:LanguageCode:0434" "Xhosa" "EXE:LanguageCode:0435" "Zulu" "EXE:LanguageCode:0436"
+    "Afrikaans" "EXE:LanguageCode:0437" "Georgian" "EXE:LanguageCode:0438" "Faeroese"
+    "EXE:LanguageCode:0439" "Hindi" "EXE:LanguageCode:043a" "Maltese" "EXE:LanguageCode:043b"
+    "Saami" "EXE:LanguageCode:043c" "Gaelic" "EXE:LanguageCode:043e" "Malay" "EXE:LanguageCode:043f"
+    "Kazak" "EXE:LanguageCode:0440" "Kyrgyz" "EXE:LanguageCode:0441" "Swahili"
+    "EXE:LanguageCode:0443" "Uzbek" "EXE:LanguageCode:0444" "Tatar" "EXE:LanguageCode:0445"
+    "Bengali" "EXE:LanguageCode:0446" "Punjabi" "EXE:LanguageCode:0447" "Gujarati"
+    "EXE:LanguageCode:0448" "Oriya" "EXE:LanguageCode:0449" "Tamil" "EXE:LanguageCode:044a" "Telugu"
+    "EXE:LanguageCode:044b" "Kannada" "EXE:LanguageCode:044c" "Malayalam" "EXE:LanguageCode:044d"
+    "Assamese" "EXE:LanguageCode:044e" "Marathi" "EXE:LanguageCode:044f" "Sanskrit"
+    "EXE:LanguageCode:0450" "Mongolian" "EXE:LanguageCode:0456" "Galician" "EXE:LanguageCode:0457"
+    "Konkani" "EXE:LanguageCode:0458" "Manipuri" "EXE:LanguageCode:0459" "Sindhi"
+    "EXE:LanguageCode:045a" "Syriac" "EXE:LanguageCode:0460" "Kashmiri" "EXE:LanguageCode:0461"
+    "Nepali" "EXE:LanguageCode:0465" "Divehi" "EXE:LanguageCode:047f" "EXE:LanguageCode:048f"
+    "Esperanto" "EXE:LanguageCode:0490" "Walon" "EXE:LanguageCode:0491" "Cornish"
+    "EXE:LanguageCode:0492" "Welsh" "EXE:LanguageCode:0493" "Breton" "EXE:LanguageCode:0800"
+    "Neutral 2" "EXE:LanguageCode:0804" "Chinese (Simplified)" "EXE:LanguageCode:0807"
+    "German (Swiss)" "EXE:LanguageCode:0809" "English (British)" "EXE:LanguageCode:080A"
+    "Spanish (Mexican)" "EXE:LanguageCode:080C" "French (Belgian)" "EXE:LanguageCode:0810"
+    "Italian (Swiss)" "EXE:LanguageCode:0813" "Dutch (Belgian)" "EXE:LanguageCode:0814"
+    "Norwegian (Nynorsk)" "EXE:LanguageCode:0816" "Portuguese" "EXE:LanguageCode:081A"
+    "Serbo-Croatian (Cyrillic)" "EXE:LanguageCode:0C07" "German (Austrian)" "EXE:LanguageCode:0C09"
+    "English (Australian)" "EXE:LanguageCode:0C0A" "Spanish (Modern)" "EXE:LanguageCode:0C0C"
+    "French (Canadian)" "EXE:LanguageCode:1009" "English (Canadian)" "EXE:LanguageCode:100C"
+    "French (Swiss)" "EXE:LegalCopyright" "Legal Copyright" "EXE:LegalTrademarks" "Legal Trademarks"
+    "EXE:LinkerVersion" "Linker Version" "EXE:MachineType" "Machine Type" "EXE:MachineType:1126"
+    "MIPS16 with FPU" "EXE:MachineType:332" "Intel 386 or later, and compatibles"
+    "EXE:MachineType:333" "Intel i860" "EXE:MachineType:34404" "AMD AMD64" "EXE:MachineType:354"
+    "EXE:MachineType:358" "MIPS little endian (R4000)" "EXE:MachineType:360" "MIPS R10000"
+    "EXE:MachineType:361" "MIPS little endian WCI v2" "EXE:MachineType:36929"
+    "Mitsubishi M32R little endian" "EXE:MachineType:3772" "EFI Byte Code" "EXE:MachineType:387"
+    "Alpha AXP (old)" "EXE:MachineType:388" "Alpha AXP" "EXE:MachineType:418" "Hitachi SH3"
+    "EXE:MachineType:419" "Hitachi SH3 DSP" "EXE:MachineType:422" "Hitachi SH4"
+    "EXE:MachineType:424" "Hitachi SH5" "EXE:MachineType:448" "ARM little endian"
+    "EXE:MachineType:450" "Thumb" "EXE:MachineType:467" "Matsushita AM33" "EXE:MachineType:49390"
+    "clr pure MSIL" "EXE:MachineType:496" "PowerPC little endian" "EXE:MachineType:497"
+    "PowerPC with floating point support" "EXE:MachineType:512" "Intel IA64" "EXE:MachineType:614"
+    "MIPS16" "EXE:MachineType:616" "Motorola 68000 series" "EXE:MachineType:644" "Alpha AXP 64-bit"
+    "EXE:MachineType:870" "MIPS with FPU" "EXE:OSVersion" "OS Version" "EXE:ObjectFileType"
+    "Object File Type" "EXE:ObjectFileType:-1" "Static library" "EXE:ObjectFileType:0"
+    "None |\302\240Unknown" "EXE:ObjectFileType:1"
     "Executable application |\302\240Relocatable file |\302\240Relocatable object"
-    "EXE:ObjectFileType:10""Debug information""EXE:ObjectFileType:11""x86_64 kexts"
+    "EXE:ObjectFileType:10" "Debug information" "EXE:ObjectFileType:11" "x86_64 kexts"
     "EXE:ObjectFileType:2"
     "Demand paged executable |\302\240Dynamic link library |\302\240Executable file"
-    "EXE:ObjectFileType:3""Driver |\302\240Fixed VM shared library |\302\240Shared object file"
-    "EXE:ObjectFileType:4""Core |\302\240Core file |\302\240Font""EXE:ObjectFileType:5"
-    "Preloaded executable |\302\240VxD""EXE:ObjectFileType:6""Dynamically bound shared library"
-    "EXE:ObjectFileType:7""Dynamic link editor |\302\240Static library""EXE:ObjectFileType:8"
-    "Dynamically bound bundle""EXE:ObjectFileType:9""Shared library stub for static linking"
-    "EXE:ObjectFlags""Object Flags""EXE:ObjectFlags:1""No undefs""EXE:ObjectFlags:1024"
-    "No fix prebinding""EXE:ObjectFlags:1048576""No reexported dylibs""EXE:ObjectFlags:128"
-    "Two level""EXE:ObjectFlags:131072""Allow stack execution""EXE:ObjectFlags:16""Prebound"
-    "EXE:ObjectFlags:16384""Canonical""EXE:ObjectFlags:2""Incrementa link""EXE:ObjectFlags:2048"
-    "Prebindable""EXE:ObjectFlags:2097152""Random address""EXE:ObjectFlags:256""Force flat"
-    "EXE:ObjectFlags:262144""Dead strippable dylib""EXE:ObjectFlags:32""Split segs"
-    "EXE:ObjectFlags:32768""Weak defines""EXE:ObjectFlags:4""Dyld link""EXE:ObjectFlags:4096"
-    "All mods bound""EXE:ObjectFlags:512""No multi defs""EXE:ObjectFlags:524288""Root safe"
-    "EXE:ObjectFlags:64""Lazy init""EXE:ObjectFlags:65536""Binds to weak""EXE:ObjectFlags:8"
-    "Bind at load""EXE:ObjectFlags:8192""Subsections via symbols""EXE:OriginalFileName"
-    "Original File Name""EXE:PEFVersion""PEF Version""EXE:PEType""PE Type""EXE:PEType:263"
-    "ROM Image""EXE:PEType:267""PE32""EXE:PEType:523""PE32+""EXE:PrivateBuild""Private Build"
-    "EXE:ProductName""Product Name""EXE:ProductVersion""Product Version""EXE:ProductVersionNumber"
-    "Product Version Number""EXE:SpecialBuild""Special Build""EXE:Subsystem""EXE:Subsystem:0"
-    "Unknown""EXE:Subsystem:1""Native""EXE:Subsystem:10""EFI application""EXE:Subsystem:11"
-    "EFI boot service""EXE:Subsystem:12""EFI runtime driver""EXE:Subsystem:13""EFI ROM"
-    "EXE:Subsystem:14""XBOX""EXE:Subsystem:2""Windows GUI""EXE:Subsystem:3""Windows command line"
-    "EXE:Subsystem:5""OS/2 command line""EXE:Subsystem:7""POSIX command line""EXE:Subsystem:9"
-    "Windows CE GUI""EXE:SubsystemVersion""Subsystem Version""EXE:TimeStamp""Time Stamp"
-    "EXE:UninitializedDataSize""Uninitialized Data Size""None |\302\240未知""PEF 版本""未知"
-    "Version Mode CH""Architecture processeur""32 bits""64 bits"
-    "Ordre de traitement des octets processeur""Aucune""Jeu de caractères"
-    "Windows, Japonais (Majuscule - JIS X-0208)""Windows, Chinois (Simplifié)"
-    "Windows, Coréen (Majuscule - KSC 5601)""Windows, Latin2 (Europe de l'Est)""Windows, Cyrillique"
-    "Windows, Grec""Windows, Turc""Windows, Hébreux""Windows, Arabe""Commentaires"
-    "Système d'exploitation des fichiers""OS/2 16-bits""OS/2 16-bits PM-16""OS/2 32-bits"
-    "OS/2 32-bits PM-32""Windows NT 32-bits""Windows 16-bits""Windows 32-bits""Sous-type de fichier"
-    "Version de format de fichier""Numéro de version du fichier""Nom interne""Code langue""Neutre"
-    "Traitement par défaut""Arabe""Bulgare""Chinois (Traditionnel)""Tchèque""Danois""Allemand"
-    "Grecque""Anglais (U.S.)""Espagnol (Castillan)""Finnois""Français""Hébreux""Hongrois""Islandais"
-    "Italien""Japonnais""Coréen""Flamand""Norvégien (Bokml)""Polonais""Portugais (Brésilen)"
-    "Rhaeto-Romain""Roumain""Russe""Serbo-Croate""Slovaque""Albanais""Suédois""Turque""Ourdou"
-    "Indonésien""Ukrainien""Belarusse""Slovène""Estonien""Letton""Lithuanien""Vietnamien""Azéri"
-    "Macedonien""Zoulou""Georgien""Maltais""Gaëlic""Malais""Ouzbek""Penjabi""Odia""Tamoul"
-    "Mongolien""Népalais""Wallon""Cornique""Gallois""Neutre 2""Chinois (Simplifié)"
-    "Allemand (Suisse)""Anglais (Britanique)""Espagnol (Mexicain)""Français (Belge)"
-    "Italian (Suisse)""Flamand (Belge)""Norvégien (Nynorsk)""Portugais""Serbo-Croate (Cyrillique)"
-    "Allemand (Autralien)""Anglais (Australien)""Espagnol (Moderne)""Français (Canadien)"
-    "Anglais (Canadien)""Français (Suisse)""Aucune |\302\240Inconnu""Nom du fichier original"
-    "Version PEF""Sous-système""Inconnu""Natif""Application EFI""Service de démarrage EFI"
-    "Pilote d'exécution EFI""ROM EFI""Interface graphique Windows""Ligne de commande Windows"
-    "Ligne de commande OS/2""Ligne de commande POSIX""Interface graphique Windows CE""Horodateur"
-    "CPU Architektur""CPU Bytereihenfolge""Little-endian""Big-endian""Anzahl CPU""CPU Subtyp"
-    "CPU Typ""Unbestimmt""HP PA-RISC |\302\240i860 big-endian""i860 little-endian""Zeichensatz"
-    "Kommentare""Dateibeschreibung""Dateiformatversion""Interner Name""Sprache""Systemeinstellung"
-    "Objekt Dateityp""Keiner |\302\240Unbekannt"
+    "EXE:ObjectFileType:3" "Driver |\302\240Fixed VM shared library |\302\240Shared object file"
+    "EXE:ObjectFileType:4" "Core |\302\240Core file |\302\240Font" "EXE:ObjectFileType:5"
+    "Preloaded executable |\302\240VxD" "EXE:ObjectFileType:6" "Dynamically bound shared library"
+    "EXE:ObjectFileType:7" "Dynamic link editor |\302\240Static library" "EXE:ObjectFileType:8"
+    "Dynamically bound bundle" "EXE:ObjectFileType:9" "Shared library stub for static linking"
+    "EXE:ObjectFlags" "Object Flags" "EXE:ObjectFlags:1" "No undefs" "EXE:ObjectFlags:1024"
+    "No fix prebinding" "EXE:ObjectFlags:1048576" "No reexported dylibs" "EXE:ObjectFlags:128"
+    "Two level" "EXE:ObjectFlags:131072" "Allow stack execution" "EXE:ObjectFlags:16" "Prebound"
+    "EXE:ObjectFlags:16384" "Canonical" "EXE:ObjectFlags:2" "Incrementa link" "EXE:ObjectFlags:2048"
+    "Prebindable" "EXE:ObjectFlags:2097152" "Random address" "EXE:ObjectFlags:256" "Force flat"
+    "EXE:ObjectFlags:262144" "Dead strippable dylib" "EXE:ObjectFlags:32" "Split segs"
+    "EXE:ObjectFlags:32768" "Weak defines" "EXE:ObjectFlags:4" "Dyld link" "EXE:ObjectFlags:4096"
+    "All mods bound" "EXE:ObjectFlags:512" "No multi defs" "EXE:ObjectFlags:524288" "Root safe"
+    "EXE:ObjectFlags:64" "Lazy init" "EXE:ObjectFlags:65536" "Binds to weak" "EXE:ObjectFlags:8"
+    "Bind at load" "EXE:ObjectFlags:8192" "Subsections via symbols" "EXE:OriginalFileName"
+    "Original File Name" "EXE:PEFVersion" "PEF Version" "EXE:PEType" "PE Type" "EXE:PEType:263"
+    "ROM Image" "EXE:PEType:267" "PE32" "EXE:PEType:523" "PE32+" "EXE:PrivateBuild" "Private Build"
+    "EXE:ProductName" "Product Name" "EXE:ProductVersion" "Product Version"
+    "EXE:ProductVersionNumber" "Product Version Number" "EXE:SpecialBuild" "Special Build"
+    "EXE:Subsystem" "EXE:Subsystem:0" "Unknown" "EXE:Subsystem:1" "Native" "EXE:Subsystem:10"
+    "EFI application" "EXE:Subsystem:11" "EFI boot service" "EXE:Subsystem:12" "EFI runtime driver"
+    "EXE:Subsystem:13" "EFI ROM" "EXE:Subsystem:14" "XBOX" "EXE:Subsystem:2" "Windows GUI"
+    "EXE:Subsystem:3" "Windows command line" "EXE:Subsystem:5" "OS/2 command line" "EXE:Subsystem:7"
+    "POSIX command line" "EXE:Subsystem:9" "Windows CE GUI" "EXE:SubsystemVersion"
+    "Subsystem Version" "EXE:TimeStamp" "Time Stamp" "EXE:UninitializedDataSize"
+    "Uninitialized Data Size" "None |\302\240未知" "PEF 版本" "未知" "Version Mode CH"
+    "Architecture processeur" "32 bits" "64 bits" "Ordre de traitement des octets processeur"
+    "Aucune" "Jeu de caractères" "Windows, Japonais (Majuscule - JIS X-0208)"
+    "Windows, Chinois (Simplifié)" "Windows, Coréen (Majuscule - KSC 5601)"
+    "Windows, Latin2 (Europe de l'Est)" "Windows, Cyrillique" "Windows, Grec" "Windows, Turc"
+    "Windows, Hébreux" "Windows, Arabe" "Commentaires" "Système d'exploitation des fichiers"
+    "OS/2 16-bits" "OS/2 16-bits PM-16" "OS/2 32-bits" "OS/2 32-bits PM-32" "Windows NT 32-bits"
+    "Windows 16-bits" "Windows 32-bits" "Sous-type de fichier" "Version de format de fichier"
+    "Numéro de version du fichier" "Nom interne" "Code langue" "Neutre" "Traitement par défaut"
+    "Arabe" "Bulgare" "Chinois (Traditionnel)" "Tchèque" "Danois" "Allemand" "Grecque"
+    "Anglais (U.S.)" "Espagnol (Castillan)" "Finnois" "Français" "Hébreux" "Hongrois" "Islandais"
+    "Italien" "Japonnais" "Coréen" "Flamand" "Norvégien (Bokml)" "Polonais" "Portugais (Brésilen)"
+    "Rhaeto-Romain" "Roumain" "Russe" "Serbo-Croate" "Slovaque" "Albanais" "Suédois" "Turque"
+    "Ourdou" "Indonésien" "Ukrainien" "Belarusse" "Slovène" "Estonien" "Letton" "Lithuanien"
+    "Vietnamien" "Azéri" "Macedonien" "Zoulou" "Georgien" "Maltais" "Gaëlic" "Malais" "Ouzbek"
+    "Penjabi" "Odia" "Tamoul" "Mongolien" "Népalais" "Wallon" "Cornique" "Gallois" "Neutre 2"
+    "Chinois (Simplifié)" "Allemand (Suisse)" "Anglais (Britanique)" "Espagnol (Mexicain)"
+    "Français (Belge)" "Italian (Suisse)" "Flamand (Belge)" "Norvégien (Nynorsk)" "Portugais"
+    "Serbo-Croate (Cyrillique)" "Allemand (Autralien)" "Anglais (Australien)" "Espagnol (Moderne)"
+    "Français (Canadien)" "Anglais (Canadien)" "Français (Suisse)" "Aucune |\302\240Inconnu"
+    "Nom du fichier original" "Version PEF" "Sous-système" "Inconnu" "Natif" "Application EFI"
+    "Service de démarrage EFI" "Pilote d'exécution EFI" "ROM EFI" "Interface graphique Windows"
+    "Ligne de commande Windows" "Ligne de commande OS/2" "Ligne de commande POSIX"
+    "Interface graphique Windows CE" "Horodateur" "CPU Architektur" "CPU Bytereihenfolge"
+    "Little-endian" "Big-endian" "Anzahl CPU" "CPU Subtyp" "CPU Typ" "Unbestimmt"
+    "HP PA-RISC |\302\240i860 big-endian" "i860 little-endian" "Zeichensatz" "Kommentare"
+    "Dateibeschreibung" "Dateiformatversion" "Interner Name" "Sprache" "Systemeinstellung"
+    "Objekt Dateityp" "Keiner |\302\240Unbekannt"
     "Ausführbare Datei |\302\240Demand paged executable |\302\240Dynamic link library"
-    "Original Dateiname""PEF-Version""Unbekannt""Zeitstempel""Data compilazione"
-    "Versione compilazione""Versione CHM""Architettura CPU""Ordine byte CPU""Numero processori"
-    "Sottotipo CPU""VAX (tutti)""MC98000 (tutti)""HPPA (tutti)""ARM (tutti)""MC88000 (tutti)"
-    "SPARC (tutti)""i860 (tutti)""i860 little (tutti)""RS6000 (tutti)""PowerPC (tutti)""RT (tutti)"
-    "NS32032 (tutti)""NS32032 DPC (CPU 032)""NS32332 (tutti)""NS32332 DPC (CPU 032)"
-    "MC680x0 (tutti)""i386 (tutti)""MIPS (tutti)""Tipo CPU""Qualsiasi""Nessuno""m32r (precedente)"
-    "v850 (precedente)""S/390 (precedente)""Processore integrato a 32 bit Axis Communications"
-    "Set di caratteri""Windows, Giappone (Shift - JIS X-0208)""Windows, Cinese semplificato"
-    "Windows, Corea (Shift - KSC 5601)""Windows, Latin2 (Europa orientale)""Windows, Cirillico"
-    "Windows, Greco""Windows, Turco""Windows, Ebraico""Windows, Arabo""Dimensione codice""Commenti"
-    "Nome azienda""Punto d'ingresso""Descrizione file""Attributi file""Info desunte"
-    "Compilazione speciale""Compilazione privata""Maschera attributi file""OS del file"
-    "Sottotipo file""Versione file""Numero versione file""Versione immagine"
-    "Dimensione dati inizializzati""Nome interno""Codice lingua""Neutrale""Invariante"
-    "Predefinita del processo""Arabo""Bulgaro""Catalano""Cinese (tradizionale)""Ceco""Danese"
-    "Tedesco""Greco""Inglese (U.S.A.)""Spagnolo (Castiglia)""Finlandese""Francese""Ebraico"
-    "Ungherese""Islandese""Italiano""Giapponese""Coreano""Olandese""Norvegese (Bokmål)""Polacco"
-    "Portoghese (Brasile)""Reto-romanico""Rumeno""Russo""Serbo-croato (alfabeto latino)""Slovacco"
-    "Albanese""Svedese""Turco""Indonesiano""Ucraino""Bielorusso""Sloveno""Estone""Lettone""Lituano"
-    "Persiano""Vietnamita""Armeno""Azero""Basco""Macedone""Georgiano""Gaelico""Kazako""Kirghizo"
-    "Usbeco""Sanscrito""Mongolo""Galiziano""Siriaco""Nepalese""Gallese""Bretone""Neutrale 2"
-    "Cinese (semplificato)""Tedesco (Svizzera)""Inglese (Gran Bretagna)""Spagnolo (Messico)"
-    "Francese (Belgio)""Italiano (Svizzera)""Olandese (Belgio)""Norvegese (Nynorsk)""Portogese"
-    "Serbo-croato (cirillico)""Tedesco (Austria)""Inglese (Australia)""Spagnolo moderno"
-    "Francese (Canada)""Inglese (Canada)""Francese (Svizzera)""Copyright legali""Marchi legali"
-    "Versione linker""Tipo macchina""MIPS16 con FPU""Intel 386 o successivo e compatibili"
-    "MIPS little-endian (R4000)""MIPS little-endian WCI v2""Mitsubishi M32R little-endian"
-    "Byte code EFI""Alpha AXP (precedente)""ARM little-endian""clr con MSIL puro"
-    "PowerPC little-endian""PowerPC con supporto numeri in in virgola mobile""Serie Motorola 68000"
-    "MIPS con FPU""Versione OS""Tipo file oggetto""Libreria statica""Nessuno |\302\240Sconosciuto"
+    "Original Dateiname" "PEF-Version" "Unbekannt" "Zeitstempel" "Data compilazione"
+    "Versione compilazione" "Versione CHM" "Architettura CPU" "Ordine byte CPU" "Numero processori"
+    "Sottotipo CPU" "VAX (tutti)" "MC98000 (tutti)" "HPPA (tutti)" "ARM (tutti)" "MC88000 (tutti)"
+    "SPARC (tutti)" "i860 (tutti)" "i860 little (tutti)" "RS6000 (tutti)" "PowerPC (tutti)"
+    "RT (tutti)" "NS32032 (tutti)" "NS32032 DPC (CPU 032)" "NS32332 (tutti)" "NS32332 DPC (CPU 032)"
+    "MC680x0 (tutti)" "i386 (tutti)" "MIPS (tutti)" "Tipo CPU" "Qualsiasi" "Nessuno"
+    "m32r (precedente)" "v850 (precedente)" "S/390 (precedente)"
+    "Processore integrato a 32 bit Axis Communications" "Set di caratteri"
+    "Windows, Giappone (Shift - JIS X-0208)" "Windows, Cinese semplificato"
+    "Windows, Corea (Shift - KSC 5601)" "Windows, Latin2 (Europa orientale)" "Windows, Cirillico"
+    "Windows, Greco" "Windows, Turco" "Windows, Ebraico" "Windows, Arabo" "Dimensione codice"
+    "Commenti" "Nome azienda" "Punto d'ingresso" "Descrizione file" "Attributi file" "Info desunte"
+    "Compilazione speciale" "Compilazione privata" "Maschera attributi file" "OS del file"
+    "Sottotipo file" "Versione file" "Numero versione file" "Versione immagine"
+    "Dimensione dati inizializzati" "Nome interno" "Codice lingua" "Neutrale" "Invariante"
+    "Predefinita del processo" "Arabo" "Bulgaro" "Catalano" "Cinese (tradizionale)" "Ceco" "Danese"
+    "Tedesco" "Greco" "Inglese (U.S.A.)" "Spagnolo (Castiglia)" "Finlandese" "Francese" "Ebraico"
+    "Ungherese" "Islandese" "Italiano" "Giapponese" "Coreano" "Olandese" "Norvegese (Bokmål)"
+    "Polacco" "Portoghese (Brasile)" "Reto-romanico" "Rumeno" "Russo"
+    "Serbo-croato (alfabeto latino)" "Slovacco" "Albanese" "Svedese" "Turco" "Indonesiano" "Ucraino"
+    "Bielorusso" "Sloveno" "Estone" "Lettone" "Lituano" "Persiano" "Vietnamita" "Armeno" "Azero"
+    "Basco" "Macedone" "Georgiano" "Gaelico" "Kazako" "Kirghizo" "Usbeco" "Sanscrito" "Mongolo"
+    "Galiziano" "Siriaco" "Nepalese" "Gallese" "Bretone" "Neutrale 2" "Cinese (semplificato)"
+    "Tedesco (Svizzera)" "Inglese (Gran Bretagna)" "Spagnolo (Messico)" "Francese (Belgio)"
+    "Italiano (Svizzera)" "Olandese (Belgio)" "Norvegese (Nynorsk)" "Portogese"
+    "Serbo-croato (cirillico)" "Tedesco (Austria)" "Inglese (Australia)" "Spagnolo moderno"
+    "Francese (Canada)" "Inglese (Canada)" "Francese (Svizzera)" "Copyright legali" "Marchi legali"
+    "Versione linker" "Tipo macchina" "MIPS16 con FPU" "Intel 386 o successivo e compatibili"
+    "MIPS little-endian (R4000)" "MIPS little-endian WCI v2" "Mitsubishi M32R little-endian"
+    "Byte code EFI" "Alpha AXP (precedente)" "ARM little-endian" "clr con MSIL puro"
+    "PowerPC little-endian" "PowerPC con supporto numeri in in virgola mobile"
+    "Serie Motorola 68000" "MIPS con FPU" "Versione OS" "Tipo file oggetto" "Libreria statica"
+    "Nessuno |\302\240Sconosciuto"
     "Applicazione eseguibile |\302\240File rilocabile |\302\240Oggetto rilocabile"
     "Eseguibile paginato a richiesta |\302\240File eseguibile |\302\240Libreria a collegamento dinamico"
     "Driver |\302\240File con oggetti condivisi |\302\240Libreria fissa VM condivisa"
-    "Carattere |\302\240Core |\302\240File core""Eseguibile precaricato |\302\240VxD"
+    "Carattere |\302\240Core |\302\240File core" "Eseguibile precaricato |\302\240VxD"
     "Libreria condivisa collegata dinamicamente"
     "Editor con collegamenti dinamici |\302\240Libreria statica"
-    "Pacchetto incorporato dinamicamente""Stub libreria condivisa per il collegamenti statici"
-    "Nome file originale""Versione PEF""Tipo PE""Nome prodotto""Versione prodotto"
-    "Numero di versione prodotto""Sottosistema""Sconosciuto""Nativo""Applicazione EFI"
-    "Servizio di avvio EFI""Driver a runtine EFI""Linea di comando Windows""Linea di comando OS/2"
-    "Linea di comando POSIX""Versione sottosistema""Marcatura oraria"
-    "Dimensione dati non inizializzati""無し""キャラクターセット""ファイル形式バージョン""不明 |\302\240無し""PEFバージョン""不明"
-    "タイムスタンプ""Ninguno""Conjunto de Caracteres""Versión Formato Archivo""Neutro"
-    "Desconocido |\302\240Ninguno""Nombre archivo original""Desconocido""Marca de Tiempo"
-    "JpgFromRaw""OtherImage""PreviewImage""ThumbnailImage""InteropIndex""InteropVersion"
-    "ProcessingSoftware""OldSubfileType""BitsPerSample""Compression""PhotometricInterpretation"
-    "Thresholding""CellWidth""CellLength""FillOrder""DocumentName""ImageDescription""Model"
-    "StripOffsets""OtherImageStart""PreviewImageStart""JpgFromRawStart""SamplesPerPixel"
-    "RowsPerStrip""StripByteCounts""OtherImageLength""PreviewImageLength""JpgFromRawLength"
-    "MinSampleValue""MaxSampleValue""XResolution""YResolution""PlanarConfiguration""PageName"
-    "XPosition""YPosition""FreeOffsets""FreeByteCounts""GrayResponseUnit""GrayResponseCurve"
-    "T4Options""T6Options""ResolutionUnit""PageNumber""ColorResponseUnit""TransferFunction"
-    "Software""Artist""HostComputer""Predictor""WhitePoint""PrimaryChromaticities""ColorMap"
-    "HalftoneHints""TileWidth""TileLength""TileOffsets""TileByteCounts""BadFaxLines""CleanFaxData"
-    "ConsecutiveBadFaxLines""A100DataOffset""InkSet""InkNames""NumberofInks""DotRange"
-    "TargetPrinter""ExtraSamples""SampleFormat""SMinSampleValue""SMaxSampleValue""TransferRange"
-    "ClipPath""XClipPathUnits""YClipPathUnits""Indexed""JPEGTables""OPIProxy""ProfileType"
-    "FaxProfile""CodingMethods""VersionYear""ModeNumber""Decode""DefaultImageColor""T82Options"
-    "JPEGProc""ThumbnailOffset""ThumbnailLength""JPEGRestartInterval""JPEGLosslessPredictors"
-    "JPEGPointTransforms""JPEGQTables""JPEGDCTables""JPEGACTables""YCbCrCoefficients"
-    "YCbCrSubSampling""YCbCrPositioning""ReferenceBlackWhite""StripRowCounts""ApplicationNotes"
-    "USPTOMiscellaneous""RelatedImageFileFormat""RelatedImageWidth""RelatedImageHeight""Rating"
-    "RatingPercent""ResolutionXUnit""ResolutionYUnit""ResolutionXLengthUnit""ResolutionYLengthUnit"
-    "PrintFlags""PrintFlagsVersion""PrintFlagsCrop""PrintFlagsBleedWidth""PrintFlagsBleedWidthScale"
-    "HalftoneLPI""HalftoneLPIUnit""HalftoneDegree""HalftoneShape""HalftoneMisc""HalftoneScreen"
-    "JPEGQuality""GridSize""ThumbnailFormat""ThumbnailWidth""ThumbnailHeight""ThumbnailColorDepth"
-    "ThumbnailPlanes""ThumbnailRawBytes""ThumbnailCompressedSize""ColorTransferFunction"
-    "ThumbnailData""ThumbnailImageWidth""ThumbnailImageHeight""ThumbnailBitsPerSample"
-    "ThumbnailCompression""ThumbnailPhotometricInterp""ThumbnailDescription""ThumbnailEquipMake"
-    "ThumbnailEquipModel""ThumbnailStripOffsets""ThumbnailOrientation""ThumbnailSamplesPerPixel"
-    "ThumbnailRowsPerStrip""ThumbnailStripByteCounts""ThumbnailResolutionX""ThumbnailResolutionY"
-    "ThumbnailPlanarConfig""ThumbnailResolutionUnit""ThumbnailTransferFunction""ThumbnailSoftware"
-    "ThumbnailDateTime""ThumbnailArtist""ThumbnailWhitePoint""ThumbnailPrimaryChromaticities"
-    "ThumbnailYCbCrCoefficients""ThumbnailYCbCrSubsampling""ThumbnailYCbCrPositioning"
-    "ThumbnailRefBlackWhite""ThumbnailCopyright""LuminanceTable""ChrominanceTable""FrameDelay"
-    "LoopCount""GlobalPalette""IndexBackground""IndexTransparent""PixelUnits""PixelsPerUnitX"
-    "PixelsPerUnitY""PaletteHistogram""SonyRawFileType""SonyToneCurve""VignettingCorrection"
-    "VignettingCorrParams""ChromaticAberrationCorrection""ChromaticAberrationCorrParams"
-    "DistortionCorrection""DistortionCorrParams""SonyRawImageSize""BlackLevel""WB_RGGBLevels"
-    "SonyCropTopLeft""SonyCropSize""ImageID""WangTag1""WangAnnotation""WangTag3""WangTag4"
-    "ImageReferencePoints""RegionXformTackPoint""WarpQuadrilateral""AffineTransformMat""Matteing"
-    "DataType""ImageDepth""TileDepth""ImageFullWidth""ImageFullHeight""TextureFormat""WrapModes"
-    "FovCot""MatrixWorldToScreen""MatrixWorldToCamera""Model2""CFARepeatPatternDim""CFAPattern2"
-    "BatteryLevel""ExposureTime""FNumber""MDFileTag""MDScalePixel""MDColorTable""MDLabName"
-    "MDSampleInfo""MDPrepDate""MDPrepTime""MDFileUnits""PixelScale""AdventScale""AdventRevision"
-    "UIC1Tag""UIC2Tag""UIC3Tag""UIC4Tag""IPTC-NAA""IntergraphPacketData""IntergraphFlagRegisters"
-    "IntergraphMatrix""INGRReserved""ModelTiePoint""Site""ColorSequence""IT8Header""RasterPadding"
-    "BitsPerRunLength""BitsPerExtendedRunLength""ColorTable""ImageColorIndicator"
-    "BackgroundColorIndicator""ImageColorValue""BackgroundColorValue""PixelIntensityRange"
-    "TransparencyIndicator""ColorCharacterization""HCUsage""TrapIndicator""CMYKEquivalent""SEMInfo"
-    "PixelMagicJBIGOptions""JPLCartoIFD""ModelTransform""WB_GRGBLevels""TIFF_FXExtensions"
-    "MultiProfiles""SharedData""T88Options""ImageLayer""GeoTiffAsciiParams""JBIGOptions"
-    "ExposureProgram""SpectralSensitivity""ISO""Opto-ElectricConvFactor""Interlace""TimeZoneOffset"
-    "SelfTimerMode""SensitivityType""StandardOutputSensitivity""RecommendedExposureIndex""ISOSpeed"
-    "ISOSpeedLatitudeyyy""ISOSpeedLatitudezzz""FaxRecvParams""FaxSubAddress""FaxRecvTime""FedexEDR"
-    "ExifVersion""OffsetTime""OffsetTimeOriginal""OffsetTimeDigitized""CompressedBitsPerPixel"
-    "ShutterSpeedValue""ApertureValue""BrightnessValue""ExposureCompensation""MaxApertureValue"
-    "SubjectDistance""MeteringMode""LightSource""Flash""FocalLength""FlashEnergy"
-    "SpatialFrequencyResponse""Noise""FocalPlaneXResolution""FocalPlaneYResolution"
-    "FocalPlaneResolutionUnit""ImageNumber""SecurityClassification""ImageHistory""SubjectArea"
-    "ExposureIndex""TIFF-EPStandardID""SensingMethod""CIP3DataFile""CIP3Sheet""CIP3Side""StoNits"
-    "MakerNoteDJIInfo""MakerNoteKodak12""MakerNoteOlympus3""MakerNoteLeica10""MakerNotePanasonic3"
-    "MakerNoteReconyx3""MakerNoteRicohPentax""UserComment""SubSecTime""SubSecTimeOriginal"
-    "SubSecTimeDigitized""MSDocumentText""MSPropertySetStorage""MSDocumentTextPosition"
-    "ImageSourceData""Humidity""Pressure""WaterDepth""Acceleration""CameraElevationAngle""XPTitle"
-    "XPComment""XPAuthor""XPKeywords""XPSubject""FlashpixVersion""ColorSpace""ExifImageWidth"
-    "ExifImageHeight""RelatedSoundFile""SamsungRawPointersOffset""SamsungRawPointersLength"
-    "SamsungRawByteOrder""SamsungRawUnknown""SubjectLocation""FileSource""SceneType""CFAPattern"
-    "CustomRendered""ExposureMode""WhiteBalance""DigitalZoomRatio""FocalLengthIn35mmFormat"
-    "SceneCaptureType""GainControl""Contrast""Saturation""Sharpness""DeviceSettingDescription"
-    "SubjectDistanceRange""ImageUniqueID""OwnerName""SerialNumber""LensInfo""LensMake""LensModel"
-    "LensSerialNumber""Photographer""ImageEditor""CameraFirmware""RAWDevelopingSoftware"
-    "ImageEditingSoftware""MetadataEditingSoftware""CompositeImage""CompositeImageCount"
-    "CompositeImageExposureTimes""GDALMetadata""GDALNoData""ExpandSoftware""ExpandLens""ExpandFilm"
-    "ExpandFilterLens""ExpandScanner""ExpandFlashLamp""HasselbladRawImage""PixelFormat"
-    "Transformation""Uncompressed""ImageType""WidthResolution""HeightResolution""ImageOffset"
-    "ImageByteCount""AlphaOffset""AlphaByteCount""ImageDataDiscard""AlphaDataDiscard"
-    "OceScanjobDesc""OceApplicationSelector""OceIDNumber""OceImageLogic""Annotations""PrintIM"
-    "USPTOOriginalContentType""CR2CFAPattern""DNGVersion""DNGBackwardVersion""UniqueCameraModel"
-    "LocalizedCameraModel""CFAPlaneColor""CFALayout""LinearizationTable""BlackLevelRepeatDim"
-    "BlackLevelDeltaH""BlackLevelDeltaV""WhiteLevel""DefaultScale""DefaultCropOrigin"
-    "DefaultCropSize""ColorMatrix1""ColorMatrix2""CameraCalibration1""CameraCalibration2"
-    "ReductionMatrix1""ReductionMatrix2""AnalogBalance""AsShotNeutral""AsShotWhiteXY"
-    "BaselineExposure""BaselineNoise""BaselineSharpness""BayerGreenSplit""LinearResponseLimit"
-    "CameraSerialNumber""DNGLensInfo""ChromaBlurRadius""AntiAliasStrength""ShadowScale"
-    "DNGAdobeData""DNGPrivateData""MakerNoteSafety""RawImageSegmentation""CalibrationIlluminant1"
-    "CalibrationIlluminant2""BestQualityScale""RawDataUniqueID""AliasLayerMetadata"
-    "OriginalRawFileName""OriginalRawFileData""ActiveArea""MaskedAreas""AsShotPreProfileMatrix"
-    "CurrentPreProfileMatrix""ColorimetricReference""SRawType""PanasonicTitle""PanasonicTitle2"
-    "CameraCalibrationSig""ProfileCalibrationSig""AsShotProfileName""NoiseReductionApplied"
-    "ProfileName""ProfileHueSatMapDims""ProfileHueSatMapData1""ProfileHueSatMapData2"
-    "ProfileToneCurve""ProfileEmbedPolicy""ProfileCopyright""ForwardMatrix1""ForwardMatrix2"
-    "PreviewApplicationName""PreviewApplicationVersion""PreviewSettingsName""PreviewSettingsDigest"
-    "PreviewColorSpace""PreviewDateTime""RawImageDigest""OriginalRawFileDigest""SubTileBlockSize"
-    "RowInterleaveFactor""ProfileLookTableDims""ProfileLookTableData""OpcodeList1""OpcodeList2"
-    "OpcodeList3""NoiseProfile""TimeCodes""TStop""ReelName""OriginalDefaultFinalSize"
-    "OriginalBestQualitySize""OriginalDefaultCropSize""CameraLabel""ProfileHueSatMapEncoding"
-    "ProfileLookTableEncoding""BaselineExposureOffset""DefaultBlackRender""NewRawImageDigest"
-    "RawToPreviewGain""CacheVersion""DefaultUserCrop""DepthFormat""DepthNear""DepthFar""DepthUnits"
-    "DepthMeasureType""EnhanceParams""ProfileGainTableMap""SemanticName""SemanticInstanceID"
-    "CalibrationIlluminant3""CameraCalibration3""ColorMatrix3""ForwardMatrix3""IlluminantData1"
-    "IlluminantData2""IlluminantData3""MaskSubArea""ProfileHueSatMapData3""ReductionMatrix3"
-    "RGBTables""ProfileGainTableMap2""ColumnInterleaveFactor""ImageSequenceInfo""ImageStats"
-    "ProfileDynamicRange""ProfileGroupName""Padding""OffsetSchema""Lens""RawFile""Converter"
-    "Exposure""Shadows""Brightness""Smoothness""MoireFilter""EXIF""GPSVersionID""GPSLatitudeRef"
-    "GPSLatitude""GPSLongitudeRef""GPSLongitude""GPSAltitudeRef""GPSAltitude""GPSTimeStamp"
-    "GPSSatellites""GPSStatus""GPSMeasureMode""GPSDOP""GPSSpeedRef""GPSSpeed""GPSTrackRef""GPSTrack"
-    "GPSImgDirectionRef""GPSImgDirection""GPSMapDatum""GPSDestLatitudeRef""GPSDestLatitude"
-    "GPSDestLongitudeRef""GPSDestLongitude""GPSDestBearingRef""GPSDestBearing""GPSDestDistanceRef"
-    "GPSDestDistance""GPSProcessingMethod""GPSAreaInformation""GPSDateStamp""GPSDifferential"
-    "GPSHPositioningError""PanasonicRawVersion""SensorWidth""SensorHeight""SensorTopBorder"
-    "SensorLeftBorder""SensorBottomBorder""SensorRightBorder""LinearityLimitRed"
-    "LinearityLimitGreen""LinearityLimitBlue""RedBalance""BlueBalance""HighISOMultiplierRed"
-    "HighISOMultiplierGreen""HighISOMultiplierBlue""NoiseReductionParams""BlackLevelRed"
-    "BlackLevelGreen""BlackLevelBlue""WBRedLevel""WBGreenLevel""WBBlueLevel""RawFormat""CropTop"
-    "CropLeft""CropBottom""CropRight""RawDataOffset""Multishot""JpgFromRaw2""R03""R98""THM"
-    "4294967295""262""32766""32767""32769""32770""32771""32772""32773""32809""32867""32895""32896"
-    "32897""32898""32908""32909""32946""32947""33003""33005""34316""34661""34676""34677""34712"
-    "34713""34715""34718""34719""34720""34826""34828""34830""34887""34892""34925""34926""34927"
-    "34933""34934""52546""65000""65535""99""32803""32844""32845""32892""51177""52527""34893""34894"
-    "34895""2 4""272""511""24""25""29""31""80""89""93""95""C""R""S""T""U""65533""65534"
-    "\\x03\\x00\\x00\\x00""26""27""28""30""33""34""35""0 1 1 2""1 0 2 1""1 2 0 1""2 1 1 0""N""E""W"
-    "A""V""K""M""EXIF:A100DataOffset""A100 Data Offset""EXIF:Acceleration""EXIF:ActiveArea"
-    "Active Area""EXIF:AdventRevision""Advent Revision""EXIF:AdventScale""Advent Scale"
-    "EXIF:AffineTransformMat""Affine Transform Mat""EXIF:AliasLayerMetadata""Alias Layer Metadata"
-    "EXIF:AlphaByteCount""Alpha Byte Count""EXIF:AlphaDataDiscard""Alpha Data Discard"
-    "EXIF:AlphaDataDiscard:0""Full Resolution""EXIF:AlphaDataDiscard:1""Flexbits Discarded"
-    "EXIF:AlphaDataDiscard:2""HighPass Frequency Data Discarded""EXIF:AlphaDataDiscard:3"
-    "Highpass and LowPass Frequency Data Discarded""EXIF:AlphaOffset""Alpha Offset"
-    "EXIF:AmbientTemperature""EXIF:AnalogBalance""Analog Balance""EXIF:Annotations"
-    "EXIF:AntiAliasStrength""Anti Alias Strength""EXIF:ApertureValue""Aperture Value"
-    "EXIF:ApplicationNotes""Application Notes""EXIF:Artist""EXIF:AsShotNeutral""As Shot Neutral"
-    "EXIF:AsShotPreProfileMatrix""As Shot Pre Profile Matrix""EXIF:AsShotProfileName"
-    "As Shot Profile Name""EXIF:AsShotWhiteXY""As Shot White XY""EXIF:BackgroundColorIndicator"
-    "Background Color Indicator""EXIF:BackgroundColorIndicator:0""Unspecified Background Color"
-    "EXIF:BackgroundColorIndicator:1""Specified Background Color""EXIF:BackgroundColorValue"
-    "Background Color Value""EXIF:BadFaxLines""Bad Fax Lines""EXIF:BaselineExposure"
-    "Baseline Exposure""EXIF:BaselineExposureOffset""Baseline Exposure Offset""EXIF:BaselineNoise"
-    "Baseline Noise""EXIF:BaselineSharpness""Baseline Sharpness""EXIF:BatteryLevel""Battery Level"
-    "EXIF:BayerGreenSplit""Bayer Green Split""EXIF:BestQualityScale""Best Quality Scale"
-    "EXIF:BitsPerExtendedRunLength""Bits Per Extended Run Length""EXIF:BitsPerRunLength"
-    "Bits Per Run Length""EXIF:BitsPerSample""Bits Per Sample""EXIF:BlackLevel""Black Level"
-    "EXIF:BlackLevelBlue""Black Level Blue""EXIF:BlackLevelDeltaH""Black Level Delta H"
-    "EXIF:BlackLevelDeltaV""Black Level Delta V""EXIF:BlackLevelGreen""Black Level Green"
-    "EXIF:BlackLevelRed""Black Level Red""EXIF:BlackLevelRepeatDim""Black Level Repeat Dim"
-    "EXIF:BlueBalance""Blue Balance""EXIF:Brightness""EXIF:BrightnessValue""Brightness Value"
-    "EXIF:CFALayout""CFA Layout""EXIF:CFALayout:1""Rectangular""EXIF:CFALayout:2"
-    "Even columns offset down 1/2 row""EXIF:CFALayout:3""Even columns offset up 1/2 row"
-    "EXIF:CFALayout:4""Even rows offset right 1/2 column""EXIF:CFALayout:5"
-    "Even rows offset left 1/2 column""EXIF:CFALayout:6"
-    "Even rows offset up by 1/2 row, even columns offset left by 1/2 column""EXIF:CFALayout:7"
-    "Even rows offset up by 1/2 row, even columns offset right by 1/2 column""EXIF:CFALayout:8"
-    "Even rows offset down by 1/2 row, even columns offset left by 1/2 column""EXIF:CFALayout:9"
-    "Even rows offset down by 1/2 row, even columns offset right by 1/2 column""EXIF:CFAPattern"
-    "CFA Pattern""EXIF:CFAPattern2""CFA Pattern 2""EXIF:CFAPattern:0""n/a""EXIF:CFAPattern:1"
-    "[Red,Green][Green,Blue]""EXIF:CFAPattern:2""[Green,Red][Blue,Green]""EXIF:CFAPattern:3"
-    "[Green,Blue][Red,Green]""EXIF:CFAPattern:4""[Blue,Green][Green,Red]""EXIF:CFAPlaneColor"
-    "CFA Plane Color""EXIF:CFARepeatPatternDim""CFA Repeat Pattern Dim""EXIF:CIP3DataFile"
-    "CIP3 Data File""EXIF:CIP3Sheet""CIP3 Sheet""EXIF:CIP3Side""CIP3 Side""EXIF:CMYKEquivalent"
-    "CMYK Equivalent""EXIF:CR2CFAPattern""CR2 CFA Pattern""EXIF:CR2CFAPattern:0 1 1 2"
-    "EXIF:CR2CFAPattern:1 0 2 1""EXIF:CR2CFAPattern:1 2 0 1""EXIF:CR2CFAPattern:2 1 1 0"
-    "EXIF:CacheVersion""Cache Version""EXIF:CalibrationIlluminant1""Calibration Illuminant 1"
-    "EXIF:CalibrationIlluminant1:0""EXIF:CalibrationIlluminant1:1""Daylight"
-    "EXIF:CalibrationIlluminant1:10""Cloudy""EXIF:CalibrationIlluminant1:11""Shade"
-    "EXIF:CalibrationIlluminant1:12""Daylight Fluorescent""EXIF:CalibrationIlluminant1:13"
-    "Day White Fluorescent""EXIF:CalibrationIlluminant1:14""Cool White Fluorescent"
-    "EXIF:CalibrationIlluminant1:15""White Fluorescent""EXIF:CalibrationIlluminant1:16"
-    "Warm White Fluorescent""EXIF:CalibrationIlluminant1:17""Standard Light A"
-    "EXIF:CalibrationIlluminant1:18""Standard Light B""EXIF:CalibrationIlluminant1:19"
-    "Standard Light C""EXIF:CalibrationIlluminant1:2""Fluorescent""EXIF:CalibrationIlluminant1:20"
-    "D55""EXIF:CalibrationIlluminant1:21""D65""EXIF:CalibrationIlluminant1:22""D75"
-    "EXIF:CalibrationIlluminant1:23""D50""EXIF:CalibrationIlluminant1:24""ISO Studio Tungsten"
-    "EXIF:CalibrationIlluminant1:255""Other""EXIF:CalibrationIlluminant1:3""Tungsten (Incandescent)"
-    "EXIF:CalibrationIlluminant1:4""EXIF:CalibrationIlluminant1:9""Fine Weather"
-    "EXIF:CalibrationIlluminant2""Calibration Illuminant 2""EXIF:CalibrationIlluminant2:0"
-    "EXIF:CalibrationIlluminant2:1""EXIF:CalibrationIlluminant2:10""EXIF:CalibrationIlluminant2:11"
-    "EXIF:CalibrationIlluminant2:12""EXIF:CalibrationIlluminant2:13""EXIF:CalibrationIlluminant2:14"
-    "EXIF:CalibrationIlluminant2:15""EXIF:CalibrationIlluminant2:16""EXIF:CalibrationIlluminant2:17"
-    "EXIF:CalibrationIlluminant2:18""EXIF:CalibrationIlluminant2:19""EXIF:CalibrationIlluminant2:2"
-    "EXIF:CalibrationIlluminant2:20""EXIF:CalibrationIlluminant2:21""EXIF:CalibrationIlluminant2:22"
-    "EXIF:CalibrationIlluminant2:23""EXIF:CalibrationIlluminant2:24"
-    "EXIF:CalibrationIlluminant2:255""EXIF:CalibrationIlluminant2:3""EXIF:CalibrationIlluminant2:4"
-    "EXIF:CalibrationIlluminant2:9""EXIF:CalibrationIlluminant3""Calibration Illuminant 3"
-    "EXIF:CalibrationIlluminant3:0""EXIF:CalibrationIlluminant3:1""EXIF:CalibrationIlluminant3:10"
-    "EXIF:CalibrationIlluminant3:11""EXIF:CalibrationIlluminant3:12""EXIF:CalibrationIlluminant3:13"
-    "EXIF:CalibrationIlluminant3:14""EXIF:CalibrationIlluminant3:15""EXIF:CalibrationIlluminant3:16"
-    "EXIF:CalibrationIlluminant3:17""EXIF:CalibrationIlluminant3:18""EXIF:CalibrationIlluminant3:19"
-    "EXIF:CalibrationIlluminant3:2""EXIF:CalibrationIlluminant3:20""EXIF:CalibrationIlluminant3:21"
-    "EXIF:CalibrationIlluminant3:22""EXIF:CalibrationIlluminant3:23""EXIF:CalibrationIlluminant3:24"
-    "EXIF:CalibrationIlluminant3:255""EXIF:CalibrationIlluminant3:3""EXIF:CalibrationIlluminant3:4"
-    "EXIF:CalibrationIlluminant3:9""EXIF:CameraCalibration1""Camera Calibration 1"
-    "EXIF:CameraCalibration2""Camera Calibration 2""EXIF:CameraCalibration3""Camera Calibration 3"
-    "EXIF:CameraCalibrationSig""Camera Calibration Sig""EXIF:CameraElevationAngle"
-    "Camera Elevation Angle""EXIF:CameraFirmware""Camera Firmware""EXIF:CameraLabel""Camera Label"
-    "EXIF:CameraSerialNumber""Camera Serial Number""EXIF:CellLength""Cell Length""EXIF:CellWidth"
-    "Cell Width""EXIF:ChromaBlurRadius""Chroma Blur Radius""EXIF:ChromaticAberrationCorrParams"
-    "Chromatic Aberration Corr Params""EXIF:ChromaticAberrationCorrection"
-    "Chromatic Aberration Correction""EXIF:ChromaticAberrationCorrection:0""Off"
-    "EXIF:ChromaticAberrationCorrection:1""Auto""EXIF:ChromaticAberrationCorrection:255"
-    "No correction params available""EXIF:ChrominanceTable""Chrominance Table""EXIF:CleanFaxData"
-    "Clean Fax Data""EXIF:CleanFaxData:0""Clean""EXIF:CleanFaxData:1""Regenerated"
-    "EXIF:CleanFaxData:2""Unclean""EXIF:ClipPath""Clip Path""EXIF:CodingMethods""Coding Methods"
-    "EXIF:CodingMethods:1""Unspecified compression""EXIF:CodingMethods:16""JBIG"
-    "EXIF:CodingMethods:2""Modified Huffman""EXIF:CodingMethods:32""Baseline JPEG"
-    "EXIF:CodingMethods:4""Modified Read""EXIF:CodingMethods:64""JBIG color""EXIF:CodingMethods:8"
-    "Modified MR""EXIF:ColorCharacterization""Color Characterization""EXIF:ColorMap""Color Map"
-    "EXIF:ColorMatrix1""Color Matrix 1""EXIF:ColorMatrix2""Color Matrix 2""EXIF:ColorMatrix3"
-    "Color Matrix 3""EXIF:ColorResponseUnit""Color Response Unit""EXIF:ColorSequence"
-    "Color Sequence""EXIF:ColorSpace""Color Space""EXIF:ColorSpace:1""sRGB""EXIF:ColorSpace:2"
-    "Adobe RGB""EXIF:ColorSpace:65533""Wide Gamut RGB""EXIF:ColorSpace:65534""ICC Profile"
-    "EXIF:ColorSpace:65535""Uncalibrated""EXIF:ColorTable""Color Table""EXIF:ColorTransferFunction"
-    "Color Transfer Function""EXIF:ColorimetricReference""Colorimetric Reference"
-    "EXIF:ColorimetricReference:0""Scene-referred""EXIF:ColorimetricReference:1"
-    "Output-referred (ICC Profile Dynamic Range)""EXIF:ColorimetricReference:2"
-    "Output-referred (High Dyanmic Range)""EXIF:ColumnInterleaveFactor""Column Interleave Factor"
-    "EXIF:CompositeImage""Composite Image""EXIF:CompositeImage:0""EXIF:CompositeImage:1"
-    "Not a Composite Image""EXIF:CompositeImage:2""General Composite Image""EXIF:CompositeImage:3"
-    "Composite Image Captured While Shooting""EXIF:CompositeImageCount""Composite Image Count"
-    "EXIF:CompositeImageExposureTimes""Composite Image Exposure Times""EXIF:CompressedBitsPerPixel"
-    "Compressed Bits Per Pixel""EXIF:Compression""EXIF:Compression:1""EXIF:Compression:10"
-    "JBIG Color""EXIF:Compression:2""CCITT 1D""EXIF:Compression:262""Kodak 262""EXIF:Compression:3"
-    "T4/Group 3 Fax""EXIF:Compression:32766""Next""EXIF:Compression:32767""Sony ARW Compressed"
-    "EXIF:Compression:32769""Packed RAW""EXIF:Compression:32770""Samsung SRW Compressed"
-    "EXIF:Compression:32771""CCIRLEW""EXIF:Compression:32772""Samsung SRW Compressed 2"
-    "EXIF:Compression:32773""PackBits""EXIF:Compression:32809""Thunderscan""EXIF:Compression:32867"
-    "Kodak KDC Compressed""EXIF:Compression:32895""IT8CTPAD""EXIF:Compression:32896""IT8LW"
-    "EXIF:Compression:32897""IT8MP""EXIF:Compression:32898""IT8BL""EXIF:Compression:32908"
-    "PixarFilm""EXIF:Compression:32909""PixarLog""EXIF:Compression:32946""Deflate"
-    "EXIF:Compression:32947""DCS""EXIF:Compression:33003""Aperio JPEG 2000 YCbCr"
-    "EXIF:Compression:33005""Aperio JPEG 2000 RGB""EXIF:Compression:34316""Panasonic RAW 1"
-    "EXIF:Compression:34661""EXIF:Compression:34676""SGILog""EXIF:Compression:34677""SGILog24"
-    "EXIF:Compression:34712""JPEG 2000""EXIF:Compression:34713""Nikon NEF Compressed"
-    "EXIF:Compression:34715""JBIG2 TIFF FX""EXIF:Compression:34718"
-    "Microsoft Document Imaging (MDI) Binary Level Codec""EXIF:Compression:34719"
-    "Microsoft Document Imaging (MDI) Progressive Transform Codec""EXIF:Compression:34720"
-    "Microsoft Document Imaging (MDI) Vector""EXIF:Compression:34826""Panasonic RAW 2"
-    "EXIF:Compression:34828""Panasonic RAW 3""EXIF:Compression:34830""Panasonic RAW 4"
-    "EXIF:Compression:34887""ESRI Lerc""EXIF:Compression:34892""Lossy JPEG""EXIF:Compression:34925"
-    "LZMA2""EXIF:Compression:34926""Zstd""EXIF:Compression:34927""WebP""EXIF:Compression:34933""PNG"
-    "EXIF:Compression:34934""JPEG XR""EXIF:Compression:4""T6/Group 4 Fax""EXIF:Compression:5""LZW"
-    "EXIF:Compression:52546""JPEG XL""EXIF:Compression:6""JPEG (old-style)""EXIF:Compression:65000"
-    "Kodak DCR Compressed""EXIF:Compression:65535""Pentax PEF Compressed""EXIF:Compression:7""JPEG"
-    "EXIF:Compression:8""Adobe Deflate""EXIF:Compression:9""JBIG B&W""EXIF:Compression:99"
-    "EXIF:ConsecutiveBadFaxLines""Consecutive Bad Fax Lines""EXIF:Contrast""EXIF:Contrast:0""Normal"
-    "EXIF:Contrast:1""Low""EXIF:Contrast:2""EXIF:Converter""EXIF:Copyright""EXIF:CreateDate"
-    "EXIF:CropBottom""Crop Bottom""EXIF:CropLeft""Crop Left""EXIF:CropRight""Crop Right"
-    "EXIF:CropTop""Crop Top""EXIF:CurrentPreProfileMatrix""Current Pre Profile Matrix"
-    "EXIF:CustomRendered""Custom Rendered""EXIF:CustomRendered:0""EXIF:CustomRendered:1""Custom"
-    "EXIF:CustomRendered:2""HDR (no original saved)""EXIF:CustomRendered:3""HDR (original saved)"
-    "EXIF:CustomRendered:4""Original (for HDR)""EXIF:CustomRendered:6""Panorama"
-    "EXIF:CustomRendered:7""Portrait HDR""EXIF:CustomRendered:8""Portrait""EXIF:DNGAdobeData"
-    "DNG Adobe Data""EXIF:DNGBackwardVersion""DNG Backward Version""EXIF:DNGLensInfo""DNG Lens Info"
-    "EXIF:DNGPrivateData""DNG Private Data""EXIF:DNGVersion""DNG Version""EXIF:DataType""Data Type"
-    "EXIF:DateTimeOriginal""EXIF:Decode""EXIF:DefaultBlackRender""Default Black Render"
-    "EXIF:DefaultBlackRender:0""EXIF:DefaultBlackRender:1""EXIF:DefaultCropOrigin"
-    "Default Crop Origin""EXIF:DefaultCropSize""Default Crop Size""EXIF:DefaultImageColor"
-    "Default Image Color""EXIF:DefaultScale""Default Scale""EXIF:DefaultUserCrop""Default User Crop"
-    "EXIF:DepthFar""Depth Far""EXIF:DepthFormat""Depth Format""EXIF:DepthFormat:0"
-    "EXIF:DepthFormat:1""Linear""EXIF:DepthFormat:2""Inverse""EXIF:DepthMeasureType"
-    "Depth Measure Type""EXIF:DepthMeasureType:0""EXIF:DepthMeasureType:1""Optical Axis"
-    "EXIF:DepthMeasureType:2""Optical Ray""EXIF:DepthNear""Depth Near""EXIF:DepthUnits""Depth Units"
-    "EXIF:DepthUnits:0""EXIF:DepthUnits:1""Meters""EXIF:DeviceSettingDescription"
-    "Device Setting Description""EXIF:DigitalZoomRatio""Digital Zoom Ratio"
-    "EXIF:DistortionCorrParams""Distortion Corr Params""EXIF:DistortionCorrection"
-    "Distortion Correction""EXIF:DistortionCorrection:0""EXIF:DistortionCorrection:1"
-    "EXIF:DistortionCorrection:17""Auto fixed by lens""EXIF:DistortionCorrection:255"
-    "EXIF:DocumentName""Document Name""EXIF:DotRange""Dot Range""EXIF:EXIF""EXIF:EnhanceParams"
-    "Enhance Params""EXIF:ExifImageHeight""Exif Image Height""EXIF:ExifImageWidth""Exif Image Width"
-    "EXIF:ExifVersion""Exif Version""EXIF:ExpandFilm""Expand Film""EXIF:ExpandFilterLens"
-    "Expand Filter Lens""EXIF:ExpandFlashLamp""Expand Flash Lamp""EXIF:ExpandLens""Expand Lens"
-    "EXIF:ExpandScanner""Expand Scanner""EXIF:ExpandSoftware""Expand Software""EXIF:Exposure"
-    "EXIF:ExposureCompensation""Exposure Compensation""EXIF:ExposureIndex""Exposure Index"
-    "EXIF:ExposureMode""Exposure Mode""EXIF:ExposureMode:0""EXIF:ExposureMode:1""Manual"
-    "EXIF:ExposureMode:2""Auto bracket""EXIF:ExposureProgram""Exposure Program"
-    "EXIF:ExposureProgram:0""Not Defined""EXIF:ExposureProgram:1""EXIF:ExposureProgram:2"
-    "Program AE""EXIF:ExposureProgram:3""Aperture-priority AE""EXIF:ExposureProgram:4"
-    "Shutter speed priority AE""EXIF:ExposureProgram:5""Creative (Slow speed)"
-    "EXIF:ExposureProgram:6""Action (High speed)""EXIF:ExposureProgram:7""EXIF:ExposureProgram:8"
-    "Landscape""EXIF:ExposureProgram:9""Bulb""EXIF:ExposureTime""Exposure Time""EXIF:ExtraSamples"
-    "Extra Samples""EXIF:ExtraSamples:0""Unspecified""EXIF:ExtraSamples:1""Associated Alpha"
-    "EXIF:ExtraSamples:2""Unassociated Alpha""EXIF:FNumber""F Number""EXIF:FaxProfile""Fax Profile"
-    "EXIF:FaxProfile:0""EXIF:FaxProfile:1""Minimal B&W lossless, S""EXIF:FaxProfile:2"
-    "Extended B&W lossless, F""EXIF:FaxProfile:255""Multi Profiles""EXIF:FaxProfile:3"
-    "Lossless JBIG B&W, J""EXIF:FaxProfile:4""Lossy color and grayscale, C""EXIF:FaxProfile:5"
-    "Lossless color and grayscale, L""EXIF:FaxProfile:6""Mixed raster content, M""EXIF:FaxProfile:7"
-    "Profile T""EXIF:FaxRecvParams""Fax Recv Params""EXIF:FaxRecvTime""Fax Recv Time"
-    "EXIF:FaxSubAddress""Fax Sub Address""EXIF:FedexEDR""Fedex EDR""EXIF:FileSource""File Source"
-    "EXIF:FileSource:1""Film Scanner""EXIF:FileSource:2""Reflection Print Scanner"
-    "EXIF:FileSource:3""Digital Camera""EXIF:FileSource:\\x03\\x00\\x00\\x00""Sigma Digital Camera"
-    "EXIF:FillOrder""Fill Order""EXIF:FillOrder:1""EXIF:FillOrder:2""Reversed""EXIF:Flash"
-    "EXIF:Flash:0""No Flash""EXIF:Flash:1""Fired""EXIF:Flash:13""On, Return not detected"
-    "EXIF:Flash:15""On, Return detected""EXIF:Flash:16""Off, Did not fire""EXIF:Flash:20"
-    "Off, Did not fire, Return not detected""EXIF:Flash:24""Auto, Did not fire""EXIF:Flash:25"
-    "Auto, Fired""EXIF:Flash:29""Auto, Fired, Return not detected""EXIF:Flash:31"
-    "Auto, Fired, Return detected""EXIF:Flash:32""No flash function""EXIF:Flash:48"
-    "Off, No flash function""EXIF:Flash:5""Fired, Return not detected""EXIF:Flash:65"
-    "Fired, Red-eye reduction""EXIF:Flash:69""Fired, Red-eye reduction, Return not detected"
-    "EXIF:Flash:7""Fired, Return detected""EXIF:Flash:71""Fired, Red-eye reduction, Return detected"
-    "EXIF:Flash:73""On, Red-eye reduction""EXIF:Flash:77"
-    "On, Red-eye reduction, Return not detected""EXIF:Flash:79"
-    "On, Red-eye reduction, Return detected""EXIF:Flash:8""On, Did not fire""EXIF:Flash:80"
-    "Off, Red-eye reduction""EXIF:Flash:88""Auto, Did not fire, Red-eye reduction""EXIF:Flash:89"
-    "Auto, Fired, Red-eye reduction""EXIF:Flash:9""On, Fired""EXIF:Flash:93"
-    "Auto, Fired, Red-eye reduction, Return not detected""EXIF:Flash:95"
-    "Auto, Fired, Red-eye reduction, Return detected""EXIF:FlashEnergy""Flash Energy"
-    "EXIF:FlashpixVersion""Flashpix Version""EXIF:FocalLength""Focal Length"
-    "EXIF:FocalLengthIn35mmFormat""Focal Length In 35mm Format""EXIF:FocalPlaneResolutionUnit"
-    "Focal Plane Resolution Unit""EXIF:FocalPlaneResolutionUnit:1""EXIF:FocalPlaneResolutionUnit:2"
-    "inches""EXIF:FocalPlaneResolutionUnit:3""cm""EXIF:FocalPlaneResolutionUnit:4""mm"
-    "EXIF:FocalPlaneResolutionUnit:5""um""EXIF:FocalPlaneXResolution""Focal Plane X Resolution"
-    "EXIF:FocalPlaneYResolution""Focal Plane Y Resolution""EXIF:ForwardMatrix1""Forward Matrix 1"
-    "EXIF:ForwardMatrix2""Forward Matrix 2""EXIF:ForwardMatrix3""Forward Matrix 3""EXIF:FovCot"
-    "Fov Cot""EXIF:FrameDelay""Frame Delay""EXIF:FrameRate""EXIF:FreeByteCounts""Free Byte Counts"
-    "EXIF:FreeOffsets""Free Offsets""EXIF:GDALMetadata""GDAL Metadata""EXIF:GDALNoData"
-    "GDAL No Data""EXIF:GPSAltitude""GPS Altitude""EXIF:GPSAltitudeRef""GPS Altitude Ref"
-    "EXIF:GPSAltitudeRef:0""Above Sea Level""EXIF:GPSAltitudeRef:1""Below Sea Level"
-    "EXIF:GPSAreaInformation""GPS Area Information""EXIF:GPSDOP""GPS Dilution Of Precision"
-    "EXIF:GPSDateStamp""GPS Date Stamp""EXIF:GPSDestBearing""GPS Dest Bearing"
-    "EXIF:GPSDestBearingRef""GPS Dest Bearing Ref""EXIF:GPSDestBearingRef:M""Magnetic North"
-    "EXIF:GPSDestBearingRef:T""True North""EXIF:GPSDestDistance""GPS Dest Distance"
-    "EXIF:GPSDestDistanceRef""GPS Dest Distance Ref""EXIF:GPSDestDistanceRef:K""Kilometers"
-    "EXIF:GPSDestDistanceRef:M""Miles""EXIF:GPSDestDistanceRef:N""Nautical Miles"
-    "EXIF:GPSDestLatitude""GPS Dest Latitude""EXIF:GPSDestLatitudeRef""GPS Dest Latitude Ref"
-    "EXIF:GPSDestLatitudeRef:N""North""EXIF:GPSDestLatitudeRef:S""South""EXIF:GPSDestLongitude"
-    "GPS Dest Longitude""EXIF:GPSDestLongitudeRef""GPS Dest Longitude Ref"
-    "EXIF:GPSDestLongitudeRef:E""East""EXIF:GPSDestLongitudeRef:W""West""EXIF:GPSDifferential"
-    "GPS Differential""EXIF:GPSDifferential:0""No Correction""EXIF:GPSDifferential:1"
-    "Differential Corrected""EXIF:GPSHPositioningError""GPS Horizontal Positioning Error"
-    "EXIF:GPSImgDirection""GPS Img Direction""EXIF:GPSImgDirectionRef""GPS Img Direction Ref"
-    "EXIF:GPSImgDirectionRef:M""EXIF:GPSImgDirectionRef:T""EXIF:GPSLatitude""GPS Latitude"
-    "EXIF:GPSLatitudeRef""GPS Latitude Ref""EXIF:GPSLatitudeRef:N""EXIF:GPSLatitudeRef:S"
-    "EXIF:GPSLongitude""GPS Longitude""EXIF:GPSLongitudeRef""GPS Longitude Ref"
-    "EXIF:GPSLongitudeRef:E""EXIF:GPSLongitudeRef:W""EXIF:GPSMapDatum""GPS Map Datum"
-    "EXIF:GPSMeasureMode""GPS Measure Mode""EXIF:GPSMeasureMode:2""2-Dimensional Measurement"
-    "EXIF:GPSMeasureMode:3""3-Dimensional Measurement""EXIF:GPSProcessingMethod"
-    "GPS Processing Method""EXIF:GPSSatellites""GPS Satellites""EXIF:GPSSpeed""GPS Speed"
-    "EXIF:GPSSpeedRef""GPS Speed Ref""EXIF:GPSSpeedRef:K""km/h""EXIF:GPSSpeedRef:M""mph"
-    "EXIF:GPSSpeedRef:N""knots""EXIF:GPSStatus""GPS Status""EXIF:GPSStatus:A""Measurement Active"
-    "EXIF:GPSStatus:V""Measurement Void""EXIF:GPSTimeStamp""GPS Time Stamp""EXIF:GPSTrack"
-    "GPS Track""EXIF:GPSTrackRef""GPS Track Ref""EXIF:GPSTrackRef:M""EXIF:GPSTrackRef:T"
-    "EXIF:GPSVersionID""GPS Version ID""EXIF:GainControl""Gain Control""EXIF:GainControl:0"
-    "EXIF:GainControl:1""Low gain up""EXIF:GainControl:2""High gain up""EXIF:GainControl:3"
-    "Low gain down""EXIF:GainControl:4""High gain down""EXIF:Gamma""EXIF:GeoTiffAsciiParams"
-    "Geo Tiff Ascii Params""EXIF:GlobalPalette""Global Palette""EXIF:GrayResponseCurve"
-    "Gray Response Curve""EXIF:GrayResponseUnit""Gray Response Unit""EXIF:GrayResponseUnit:1""0.1"
-    "EXIF:GrayResponseUnit:2""0.001""EXIF:GrayResponseUnit:3""0.0001""EXIF:GrayResponseUnit:4"
-    "1e-05""EXIF:GrayResponseUnit:5""1e-06""EXIF:GridSize""Grid Size""EXIF:HCUsage""HC Usage"
-    "EXIF:HCUsage:0""CT""EXIF:HCUsage:1""Line Art""EXIF:HCUsage:2""Trap""EXIF:HalftoneDegree"
-    "Halftone Degree""EXIF:HalftoneHints""Halftone Hints""EXIF:HalftoneLPI""Halftone LPI"
-    "EXIF:HalftoneLPIUnit""Halftone LPI Unit""EXIF:HalftoneMisc""Halftone Misc""EXIF:HalftoneScreen"
-    "Halftone Screen""EXIF:HalftoneShape""Halftone Shape""EXIF:HasselbladRawImage"
-    "Hasselblad Raw Image""EXIF:HeightResolution""Height Resolution""EXIF:HighISOMultiplierBlue"
-    "High ISO Multiplier Blue""EXIF:HighISOMultiplierGreen""High ISO Multiplier Green"
-    "EXIF:HighISOMultiplierRed""High ISO Multiplier Red""EXIF:HostComputer""Host Computer"
-    "EXIF:Humidity""EXIF:INGRReserved""INGR Reserved""EXIF:IPTC-NAA""EXIF:ISO""EXIF:ISOSpeed"
-    "ISO Speed""EXIF:ISOSpeedLatitudeyyy""ISO Speed Latitude yyy""EXIF:ISOSpeedLatitudezzz"
-    "ISO Speed Latitude zzz""EXIF:IT8Header""IT8 Header""EXIF:IlluminantData1""Illuminant Data 1"
-    "EXIF:IlluminantData2""Illuminant Data 2""EXIF:IlluminantData3""Illuminant Data 3"
-    "EXIF:ImageByteCount""Image Byte Count""EXIF:ImageColorIndicator""Image Color Indicator"
-    "EXIF:ImageColorIndicator:0""Unspecified Image Color""EXIF:ImageColorIndicator:1"
-    "Specified Image Color""EXIF:ImageColorValue""Image Color Value""EXIF:ImageDataDiscard"
-    "Image Data Discard""EXIF:ImageDataDiscard:0""EXIF:ImageDataDiscard:1""EXIF:ImageDataDiscard:2"
-    "EXIF:ImageDataDiscard:3""EXIF:ImageDepth""Image Depth""EXIF:ImageDescription"
-    "Image Description""EXIF:ImageEditingSoftware""Image Editing Software""EXIF:ImageEditor"
-    "Image Editor""EXIF:ImageFullHeight""Image Full Height""EXIF:ImageFullWidth""Image Full Width"
-    "EXIF:ImageHeight""EXIF:ImageHistory""Image History""EXIF:ImageID""Image ID""EXIF:ImageLayer"
-    "Image Layer""EXIF:ImageNumber""Image Number""EXIF:ImageOffset""Image Offset"
-    "EXIF:ImageReferencePoints""Image Reference Points""EXIF:ImageSequenceInfo""Image Sequence Info"
-    "EXIF:ImageSourceData""Image Source Data""EXIF:ImageStats""Image Stats""EXIF:ImageType"
-    "Image Type""EXIF:ImageType:1""Preview""EXIF:ImageType:2""Page""EXIF:ImageUniqueID"
-    "Image Unique ID""EXIF:ImageWidth""EXIF:IndexBackground""Index Background"
-    "EXIF:IndexTransparent""Index Transparent""EXIF:Indexed""EXIF:Indexed:0""Not indexed"
-    "EXIF:Indexed:1""EXIF:InkNames""Ink Names""EXIF:InkSet""Ink Set""EXIF:InkSet:1""CMYK"
-    "EXIF:InkSet:2""Not CMYK""EXIF:IntergraphFlagRegisters""Intergraph Flag Registers"
-    "EXIF:IntergraphMatrix""Intergraph Matrix""EXIF:IntergraphPacketData""Intergraph Packet Data"
-    "EXIF:Interlace""EXIF:InteropIndex""Interoperability Index""EXIF:InteropIndex:R03"
-    "R03 - DCF option file (Adobe RGB)""EXIF:InteropIndex:R98""R98 - DCF basic file (sRGB)"
-    "EXIF:InteropIndex:THM""THM - DCF thumbnail file""EXIF:InteropVersion""Interoperability Version"
-    "EXIF:JBIGOptions""JBIG Options""EXIF:JPEGACTables""JPEGAC Tables""EXIF:JPEGDCTables"
-    "JPEGDC Tables""EXIF:JPEGLosslessPredictors""JPEG Lossless Predictors""EXIF:JPEGPointTransforms"
-    "JPEG Point Transforms""EXIF:JPEGProc""JPEG Proc""EXIF:JPEGProc:1""Baseline""EXIF:JPEGProc:14"
-    "Lossless""EXIF:JPEGQTables""JPEGQ Tables""EXIF:JPEGQuality""JPEG Quality"
-    "EXIF:JPEGRestartInterval""JPEG Restart Interval""EXIF:JPEGTables""JPEG Tables"
-    "EXIF:JPLCartoIFD""JPL Carto IFD""EXIF:JpgFromRaw""Jpg From Raw""EXIF:JpgFromRaw2"
-    "Jpg From Raw 2""EXIF:JpgFromRawLength""Jpg From Raw Length""EXIF:JpgFromRawStart"
-    "Jpg From Raw Start""EXIF:Lens""EXIF:LensInfo""Lens Info""EXIF:LensMake""Lens Make"
-    "EXIF:LensModel""Lens Model""EXIF:LensSerialNumber""Lens Serial Number""EXIF:LightSource"
-    "Light Source""EXIF:LightSource:0""EXIF:LightSource:1""EXIF:LightSource:10""EXIF:LightSource:11"
-    "EXIF:LightSource:12""EXIF:LightSource:13""EXIF:LightSource:14""EXIF:LightSource:15"
-    "EXIF:LightSource:16""EXIF:LightSource:17""EXIF:LightSource:18""EXIF:LightSource:19"
-    "EXIF:LightSource:2""EXIF:LightSource:20""EXIF:LightSource:21""EXIF:LightSource:22"
-    "EXIF:LightSource:23""EXIF:LightSource:24""EXIF:LightSource:255""EXIF:LightSource:3"
-    "EXIF:LightSource:4""EXIF:LightSource:9""EXIF:LinearResponseLimit""Linear Response Limit"
-    "EXIF:LinearityLimitBlue""Linearity Limit Blue""EXIF:LinearityLimitGreen""Linearity Limit Green"
-    "EXIF:LinearityLimitRed""Linearity Limit Red""EXIF:LinearizationTable""Linearization Table"
-    "EXIF:LocalizedCameraModel""Localized Camera Model""EXIF:LoopCount""Loop Count"
-    "EXIF:LuminanceTable""Luminance Table""EXIF:MDColorTable""MD Color Table""EXIF:MDFileTag"
-    "MD File Tag""EXIF:MDFileUnits""MD File Units""EXIF:MDLabName""MD Lab Name""EXIF:MDPrepDate"
-    "MD Prep Date""EXIF:MDPrepTime""MD Prep Time""EXIF:MDSampleInfo""MD Sample Info"
-    "EXIF:MDScalePixel""MD Scale Pixel""EXIF:MSDocumentText""MS Document Text"
-    "EXIF:MSDocumentTextPosition""MS Document Text Position""EXIF:MSPropertySetStorage"
-    "MS Property Set Storage""EXIF:Make""EXIF:MakerNoteDJIInfo""Maker Note DJI Info"
-    "EXIF:MakerNoteKodak12""Maker Note Kodak 12""EXIF:MakerNoteLeica10""Maker Note Leica 10"
-    "EXIF:MakerNoteOlympus3""Maker Note Olympus 3""EXIF:MakerNotePanasonic3""Maker Note Panasonic 3"
-    "EXIF:MakerNoteReconyx3""Maker Note Reconyx 3""EXIF:MakerNoteRicohPentax"
-    "Maker Note Ricoh Pentax""EXIF:MakerNoteSafety""Maker Note Safety""EXIF:MakerNoteSafety:0"
-    "Unsafe""EXIF:MakerNoteSafety:1""Safe""EXIF:MaskSubArea""Mask Sub Area""EXIF:MaskedAreas"
-    "Masked Areas""EXIF:MatrixWorldToCamera""Matrix World To Camera""EXIF:MatrixWorldToScreen"
-    "Matrix World To Screen""EXIF:Matteing""EXIF:MaxApertureValue""Max Aperture Value"
-    "EXIF:MaxSampleValue""Max Sample Value""EXIF:MetadataEditingSoftware""Metadata Editing Software"
-    "EXIF:MeteringMode""Metering Mode""EXIF:MeteringMode:0""EXIF:MeteringMode:1""Average"
-    "EXIF:MeteringMode:2""Center-weighted average""EXIF:MeteringMode:255""EXIF:MeteringMode:3""Spot"
-    "EXIF:MeteringMode:4""Multi-spot""EXIF:MeteringMode:5""Multi-segment""EXIF:MeteringMode:6"
-    "Partial""EXIF:MinSampleValue""Min Sample Value""EXIF:ModeNumber""Mode Number""EXIF:Model"
-    "Camera Model Name""EXIF:Model2""Model 2""EXIF:ModelTiePoint""Model Tie Point"
-    "EXIF:ModelTransform""Model Transform""EXIF:ModifyDate""EXIF:MoireFilter""Moire Filter"
-    "EXIF:MultiProfiles""EXIF:MultiProfiles:1""Profile S""EXIF:MultiProfiles:1024""JBIG2 Profile M"
-    "EXIF:MultiProfiles:128""Resolution/Image Width""EXIF:MultiProfiles:16""Profile L"
-    "EXIF:MultiProfiles:2""Profile F""EXIF:MultiProfiles:256""N Layer Profile M"
-    "EXIF:MultiProfiles:32""Profile M""EXIF:MultiProfiles:4""Profile J""EXIF:MultiProfiles:512"
-    "Shared Data""EXIF:MultiProfiles:64""EXIF:MultiProfiles:8""Profile C""EXIF:Multishot"
-    "EXIF:Multishot:0""EXIF:Multishot:65536""Pixel Shift""EXIF:NewRawImageDigest"
-    "New Raw Image Digest""EXIF:Noise""EXIF:NoiseProfile""Noise Profile""EXIF:NoiseReductionApplied"
-    "Noise Reduction Applied""EXIF:NoiseReductionParams""Noise Reduction Params""EXIF:NumberofInks"
-    "Numberof Inks""EXIF:OPIProxy""OPI Proxy""EXIF:OPIProxy:0"
-    "Higher resolution image does not exist""EXIF:OPIProxy:1""Higher resolution image exists"
-    "EXIF:OceApplicationSelector""Oce Application Selector""EXIF:OceIDNumber""Oce ID Number"
-    "EXIF:OceImageLogic""Oce Image Logic""EXIF:OceScanjobDesc""Oce Scanjob Desc""EXIF:OffsetSchema"
-    "Offset Schema""EXIF:OffsetTime""Offset Time""EXIF:OffsetTimeDigitized""Offset Time Digitized"
-    "EXIF:OffsetTimeOriginal""Offset Time Original""EXIF:OldSubfileType""Old Subfile Type"
-    "EXIF:OldSubfileType:1""Full-resolution image""EXIF:OldSubfileType:2""Reduced-resolution image"
-    "EXIF:OldSubfileType:3""Single page of multi-page image""EXIF:OpcodeList1""Opcode List 1"
-    "EXIF:OpcodeList1:1""WarpRectilinear""EXIF:OpcodeList1:10""DeltaPerRow""EXIF:OpcodeList1:11"
-    "DeltaPerColumn""EXIF:OpcodeList1:12""ScalePerRow""EXIF:OpcodeList1:13""ScalePerColumn"
-    "EXIF:OpcodeList1:14""WarpRectilinear2""EXIF:OpcodeList1:2""WarpFisheye""EXIF:OpcodeList1:3"
-    "FixVignetteRadial""EXIF:OpcodeList1:4""FixBadPixelsConstant""EXIF:OpcodeList1:5"
-    "FixBadPixelsList""EXIF:OpcodeList1:6""TrimBounds""EXIF:OpcodeList1:7""MapTable"
-    "EXIF:OpcodeList1:8""MapPolynomial""EXIF:OpcodeList1:9""GainMap""EXIF:OpcodeList2"
-    "Opcode List 2""EXIF:OpcodeList2:1""EXIF:OpcodeList2:10""EXIF:OpcodeList2:11"
-    "EXIF:OpcodeList2:12""EXIF:OpcodeList2:13""EXIF:OpcodeList2:14""EXIF:OpcodeList2:2"
-    "EXIF:OpcodeList2:3""EXIF:OpcodeList2:4""EXIF:OpcodeList2:5""EXIF:OpcodeList2:6"
-    "EXIF:OpcodeList2:7""EXIF:OpcodeList2:8""EXIF:OpcodeList2:9""EXIF:OpcodeList3""Opcode List 3"
-    "EXIF:OpcodeList3:1""EXIF:OpcodeList3:10""EXIF:OpcodeList3:11""EXIF:OpcodeList3:12"
-    "EXIF:OpcodeList3:13""EXIF:OpcodeList3:14""EXIF:OpcodeList3:2""EXIF:OpcodeList3:3"
-    "EXIF:OpcodeList3:4""EXIF:OpcodeList3:5""EXIF:OpcodeList3:6""EXIF:OpcodeList3:7"
-    "EXIF:OpcodeList3:8""EXIF:OpcodeList3:9""EXIF:Opto-ElectricConvFactor"
-    "Opto-Electric Conv Factor""EXIF:Orientation""EXIF:Orientation:1""EXIF:Orientation:2"
-    "Mirror horizontal""EXIF:Orientation:3""EXIF:Orientation:4""Mirror vertical""EXIF:Orientation:5"
-    "Mirror horizontal and rotate 270 CW""EXIF:Orientation:6""EXIF:Orientation:7"
-    "Mirror horizontal and rotate 90 CW""EXIF:Orientation:8""EXIF:OriginalBestQualitySize"
-    "Original Best Quality Size""EXIF:OriginalDefaultCropSize""Original Default Crop Size"
-    "EXIF:OriginalDefaultFinalSize""Original Default Final Size""EXIF:OriginalFileName"
-    "EXIF:OriginalRawFileData""Original Raw File Data""EXIF:OriginalRawFileDigest"
-    "Original Raw File Digest""EXIF:OriginalRawFileName""Original Raw File Name""EXIF:OtherImage"
-    "Other Image""EXIF:OtherImageLength""Other Image Length""EXIF:OtherImageStart"
-    "Other Image Start""EXIF:OwnerName""Owner Name""EXIF:Padding""EXIF:PageName""Page Name"
-    "EXIF:PageNumber""Page Number""EXIF:PaletteHistogram""Palette Histogram"
-    "EXIF:PanasonicRawVersion""Panasonic Raw Version""EXIF:PanasonicTitle""Panasonic Title"
-    "EXIF:PanasonicTitle2""Panasonic Title 2""EXIF:Photographer""EXIF:PhotometricInterpretation"
-    "Photometric Interpretation""EXIF:PhotometricInterpretation:0""WhiteIsZero"
-    "EXIF:PhotometricInterpretation:1""BlackIsZero""EXIF:PhotometricInterpretation:10""ITULab"
-    "EXIF:PhotometricInterpretation:2""RGB""EXIF:PhotometricInterpretation:3""RGB Palette"
-    "EXIF:PhotometricInterpretation:32803""Color Filter Array""EXIF:PhotometricInterpretation:32844"
-    "Pixar LogL""EXIF:PhotometricInterpretation:32845""Pixar LogLuv"
-    "EXIF:PhotometricInterpretation:32892""Sequential Color Filter"
-    "EXIF:PhotometricInterpretation:34892""Linear Raw""EXIF:PhotometricInterpretation:4"
-    "Transparency Mask""EXIF:PhotometricInterpretation:5""EXIF:PhotometricInterpretation:51177"
-    "Depth Map""EXIF:PhotometricInterpretation:52527""Semantic Mask"
-    "EXIF:PhotometricInterpretation:6""YCbCr""EXIF:PhotometricInterpretation:8""CIELab"
-    "EXIF:PhotometricInterpretation:9""ICCLab""EXIF:PixelFormat""Pixel Format""EXIF:PixelFormat:10"
-    "16-bit BGR565""EXIF:PixelFormat:11""16-bit Gray""EXIF:PixelFormat:12""24-bit BGR"
-    "EXIF:PixelFormat:13""24-bit RGB""EXIF:PixelFormat:14""32-bit BGR""EXIF:PixelFormat:15"
-    "32-bit BGRA""EXIF:PixelFormat:16""32-bit PBGRA""EXIF:PixelFormat:17""32-bit Gray Float"
-    "EXIF:PixelFormat:18""48-bit RGB Fixed Point""EXIF:PixelFormat:19""32-bit BGR101010"
-    "EXIF:PixelFormat:21""48-bit RGB""EXIF:PixelFormat:22""64-bit RGBA""EXIF:PixelFormat:23"
-    "64-bit PRGBA""EXIF:PixelFormat:24""96-bit RGB Fixed Point""EXIF:PixelFormat:25"
-    "128-bit RGBA Float""EXIF:PixelFormat:26""128-bit PRGBA Float""EXIF:PixelFormat:27"
-    "128-bit RGB Float""EXIF:PixelFormat:28""32-bit CMYK""EXIF:PixelFormat:29"
-    "64-bit RGBA Fixed Point""EXIF:PixelFormat:30""128-bit RGBA Fixed Point""EXIF:PixelFormat:31"
-    "64-bit CMYK""EXIF:PixelFormat:32""24-bit 3 Channels""EXIF:PixelFormat:33""32-bit 4 Channels"
-    "EXIF:PixelFormat:34""40-bit 5 Channels""EXIF:PixelFormat:35""48-bit 6 Channels"
-    "EXIF:PixelFormat:36""56-bit 7 Channels""EXIF:PixelFormat:37""64-bit 8 Channels"
-    "EXIF:PixelFormat:38""48-bit 3 Channels""EXIF:PixelFormat:39""64-bit 4 Channels"
-    "EXIF:PixelFormat:40""80-bit 5 Channels""EXIF:PixelFormat:41""96-bit 6 Channels"
-    "EXIF:PixelFormat:42""112-bit 7 Channels""EXIF:PixelFormat:43""128-bit 8 Channels"
-    "EXIF:PixelFormat:44""40-bit CMYK Alpha""EXIF:PixelFormat:45""80-bit CMYK Alpha"
-    "EXIF:PixelFormat:46""32-bit 3 Channels Alpha""EXIF:PixelFormat:47""40-bit 4 Channels Alpha"
-    "EXIF:PixelFormat:48""48-bit 5 Channels Alpha""EXIF:PixelFormat:49""56-bit 6 Channels Alpha"
-    "EXIF:PixelFormat:5""Black & White""EXIF:PixelFormat:50""64-bit 7 Channels Alpha"
-    "EXIF:PixelFormat:51""72-bit 8 Channels Alpha""EXIF:PixelFormat:52""64-bit 3 Channels Alpha"
-    "EXIF:PixelFormat:53""80-bit 4 Channels Alpha""EXIF:PixelFormat:54""96-bit 5 Channels Alpha"
-    "EXIF:PixelFormat:55""112-bit 6 Channels Alpha""EXIF:PixelFormat:56""128-bit 7 Channels Alpha"
-    "EXIF:PixelFormat:57""144-bit 8 Channels Alpha""EXIF:PixelFormat:58""64-bit RGBA Half"
-    "EXIF:PixelFormat:59""48-bit RGB Half""EXIF:PixelFormat:61""32-bit RGBE""EXIF:PixelFormat:62"
-    "16-bit Gray Half""EXIF:PixelFormat:63""32-bit Gray Fixed Point""EXIF:PixelFormat:8""8-bit Gray"
-    "EXIF:PixelFormat:9""16-bit BGR555""EXIF:PixelIntensityRange""Pixel Intensity Range"
-    "EXIF:PixelMagicJBIGOptions""Pixel Magic JBIG Options""EXIF:PixelScale""Pixel Scale"
-    "EXIF:PixelUnits""Pixel Units""EXIF:PixelsPerUnitX""Pixels Per Unit X""EXIF:PixelsPerUnitY"
-    "Pixels Per Unit Y""EXIF:PlanarConfiguration""Planar Configuration""EXIF:PlanarConfiguration:1"
-    "Chunky""EXIF:PlanarConfiguration:2""Planar""EXIF:Predictor""EXIF:Predictor:1""EXIF:Predictor:2"
-    "Horizontal differencing""EXIF:Predictor:3""Floating point""EXIF:Predictor:34892"
-    "Horizontal difference X2""EXIF:Predictor:34893""Horizontal difference X4""EXIF:Predictor:34894"
-    "Floating point X2""EXIF:Predictor:34895""Floating point X4""EXIF:Pressure"
-    "EXIF:PreviewApplicationName""Preview Application Name""EXIF:PreviewApplicationVersion"
-    "Preview Application Version""EXIF:PreviewColorSpace""Preview Color Space"
-    "EXIF:PreviewColorSpace:0""EXIF:PreviewColorSpace:1""Gray Gamma 2.2""EXIF:PreviewColorSpace:2"
-    "EXIF:PreviewColorSpace:3""EXIF:PreviewColorSpace:4""ProPhoto RGB""EXIF:PreviewDateTime"
-    "Preview Date Time""EXIF:PreviewImage""Preview Image""EXIF:PreviewImageLength"
-    "Preview Image Length""EXIF:PreviewImageStart""Preview Image Start""EXIF:PreviewSettingsDigest"
-    "Preview Settings Digest""EXIF:PreviewSettingsName""Preview Settings Name"
-    "EXIF:PrimaryChromaticities""Primary Chromaticities""EXIF:PrintFlags""Print Flags"
-    "EXIF:PrintFlagsBleedWidth""Print Flags Bleed Width""EXIF:PrintFlagsBleedWidthScale"
-    "Print Flags Bleed Width Scale""EXIF:PrintFlagsCrop""Print Flags Crop""EXIF:PrintFlagsVersion"
-    "Print Flags Version""EXIF:PrintIM""Print Image Matching""EXIF:ProcessingSoftware"
-    "Processing Software""EXIF:ProfileCalibrationSig""Profile Calibration Sig"
-    "EXIF:ProfileCopyright""Profile Copyright""EXIF:ProfileDynamicRange""Profile Dynamic Range"
-    "EXIF:ProfileEmbedPolicy""Profile Embed Policy""EXIF:ProfileEmbedPolicy:0""Allow Copying"
-    "EXIF:ProfileEmbedPolicy:1""Embed if Used""EXIF:ProfileEmbedPolicy:2""Never Embed"
-    "EXIF:ProfileEmbedPolicy:3""No Restrictions""EXIF:ProfileGainTableMap""Profile Gain Table Map"
-    "EXIF:ProfileGainTableMap2""Profile Gain Table Map 2""EXIF:ProfileGroupName""Profile Group Name"
-    "EXIF:ProfileHueSatMapData1""Profile Hue Sat Map Data 1""EXIF:ProfileHueSatMapData2"
-    "Profile Hue Sat Map Data 2""EXIF:ProfileHueSatMapData3""Profile Hue Sat Map Data 3"
-    "EXIF:ProfileHueSatMapDims""Profile Hue Sat Map Dims""EXIF:ProfileHueSatMapEncoding"
-    "Profile Hue Sat Map Encoding""EXIF:ProfileHueSatMapEncoding:0""EXIF:ProfileHueSatMapEncoding:1"
-    "EXIF:ProfileLookTableData""Profile Look Table Data""EXIF:ProfileLookTableDims"
-    "Profile Look Table Dims""EXIF:ProfileLookTableEncoding""Profile Look Table Encoding"
-    "EXIF:ProfileLookTableEncoding:0""EXIF:ProfileLookTableEncoding:1""EXIF:ProfileName"
-    "Profile Name""EXIF:ProfileToneCurve""Profile Tone Curve""EXIF:ProfileType""Profile Type"
-    "EXIF:ProfileType:0""EXIF:ProfileType:1""Group 3 FAX""EXIF:RAWDevelopingSoftware"
-    "RAW Developing Software""EXIF:RGBTables""RGB Tables""EXIF:RasterPadding""Raster Padding"
-    "EXIF:RasterPadding:0""Byte""EXIF:RasterPadding:1""Word""EXIF:RasterPadding:10""Long Sector"
-    "EXIF:RasterPadding:2""Long Word""EXIF:RasterPadding:9""Sector""EXIF:Rating""EXIF:RatingPercent"
-    "Rating Percent""EXIF:RawDataOffset""Raw Data Offset""EXIF:RawDataUniqueID""Raw Data Unique ID"
-    "EXIF:RawFile""Raw File""EXIF:RawFormat""Raw Format""EXIF:RawImageDigest""Raw Image Digest"
-    "EXIF:RawImageSegmentation""Raw Image Segmentation""EXIF:RawToPreviewGain""Raw To Preview Gain"
-    "EXIF:RecommendedExposureIndex""Recommended Exposure Index""EXIF:RedBalance""Red Balance"
-    "EXIF:ReductionMatrix1""Reduction Matrix 1""EXIF:ReductionMatrix2""Reduction Matrix 2"
-    "EXIF:ReductionMatrix3""Reduction Matrix 3""EXIF:ReelName""Reel Name""EXIF:ReferenceBlackWhite"
-    "Reference Black White""EXIF:RegionXformTackPoint""Region Xform Tack Point"
-    "EXIF:RelatedImageFileFormat""Related Image File Format""EXIF:RelatedImageHeight"
-    "Related Image Height""EXIF:RelatedImageWidth""Related Image Width""EXIF:RelatedSoundFile"
-    "Related Sound File""EXIF:ResolutionUnit""Resolution Unit""EXIF:ResolutionUnit:1"
-    "EXIF:ResolutionUnit:2""EXIF:ResolutionUnit:3""EXIF:ResolutionXLengthUnit"
-    "Resolution X Length Unit""EXIF:ResolutionXUnit""Resolution X Unit""EXIF:ResolutionYLengthUnit"
-    "Resolution Y Length Unit""EXIF:ResolutionYUnit""Resolution Y Unit""EXIF:RowInterleaveFactor"
-    "Row Interleave Factor""EXIF:RowsPerStrip""Rows Per Strip""EXIF:SEMInfo""SEM Info"
-    "EXIF:SMaxSampleValue""S Max Sample Value""EXIF:SMinSampleValue""S Min Sample Value"
-    "EXIF:SRawType""SRaw Type""EXIF:SampleFormat""Sample Format""EXIF:SampleFormat:1""Unsigned"
-    "EXIF:SampleFormat:2""Signed""EXIF:SampleFormat:3""Float""EXIF:SampleFormat:4""Undefined"
-    "EXIF:SampleFormat:5""Complex int""EXIF:SampleFormat:6""Complex float""EXIF:SamplesPerPixel"
-    "Samples Per Pixel""EXIF:SamsungRawByteOrder""Samsung Raw Byte Order"
-    "EXIF:SamsungRawPointersLength""Samsung Raw Pointers Length""EXIF:SamsungRawPointersOffset"
-    "Samsung Raw Pointers Offset""EXIF:SamsungRawUnknown""Samsung Raw Unknown""EXIF:Saturation"
-    "EXIF:Saturation:0""EXIF:Saturation:1""EXIF:Saturation:2""EXIF:SceneCaptureType"
-    "Scene Capture Type""EXIF:SceneCaptureType:0""EXIF:SceneCaptureType:1""EXIF:SceneCaptureType:2"
-    "EXIF:SceneCaptureType:3""Night""EXIF:SceneCaptureType:4""EXIF:SceneType""Scene Type"
-    "EXIF:SceneType:1""Directly photographed""EXIF:SecurityClassification""Security Classification"
-    "EXIF:SecurityClassification:C""Confidential""EXIF:SecurityClassification:R""Restricted"
-    "EXIF:SecurityClassification:S""Secret""EXIF:SecurityClassification:T""Top Secret"
-    "EXIF:SecurityClassification:U""Unclassified""EXIF:SelfTimerMode""Self Timer Mode"
-    "EXIF:SemanticInstanceID""Semantic Instance ID""EXIF:SemanticName""Semantic Name"
-    "EXIF:SensingMethod""Sensing Method""EXIF:SensingMethod:1""Monochrome area |\302\240Not defined"
-    "EXIF:SensingMethod:2""One-chip color area""EXIF:SensingMethod:3""Two-chip color area"
-    "EXIF:SensingMethod:4""Three-chip color area""EXIF:SensingMethod:5""Color sequential area"
-    "EXIF:SensingMethod:6""Monochrome linear""EXIF:SensingMethod:7""Trilinear""EXIF:SensingMethod:8"
-    "Color sequential linear""EXIF:SensitivityType""Sensitivity Type""EXIF:SensitivityType:0"
-    "EXIF:SensitivityType:1""Standard Output Sensitivity""EXIF:SensitivityType:2"
-    "EXIF:SensitivityType:3""EXIF:SensitivityType:4"
-    "Standard Output Sensitivity and Recommended Exposure Index""EXIF:SensitivityType:5"
-    "Standard Output Sensitivity and ISO Speed""EXIF:SensitivityType:6"
-    "Recommended Exposure Index and ISO Speed""EXIF:SensitivityType:7"
-    "Standard Output Sensitivity, Recommended Exposure Index and ISO Speed""EXIF:SensorBottomBorder"
-    "Sensor Bottom Border""EXIF:SensorHeight""Sensor Height""EXIF:SensorLeftBorder"
-    "Sensor Left Border""EXIF:SensorRightBorder""Sensor Right Border""EXIF:SensorTopBorder"
-    "Sensor Top Border""EXIF:SensorWidth""Sensor Width""EXIF:SerialNumber""Serial Number"
-    "EXIF:ShadowScale""Shadow Scale""EXIF:Shadows""EXIF:SharedData""EXIF:Sharpness"
-    "EXIF:Sharpness:0""EXIF:Sharpness:1""Soft""EXIF:Sharpness:2""Hard""EXIF:ShutterSpeedValue"
-    "Shutter Speed Value""EXIF:Site""EXIF:Smoothness""EXIF:Software""EXIF:SonyCropSize"
-    "Sony Crop Size""EXIF:SonyCropTopLeft""Sony Crop Top Left""EXIF:SonyRawFileType"
-    "Sony Raw File Type""EXIF:SonyRawFileType:0""Sony Uncompressed 14-bit RAW"
-    "EXIF:SonyRawFileType:1""Sony Uncompressed 12-bit RAW""EXIF:SonyRawFileType:2"
-    "Sony Compressed RAW""EXIF:SonyRawFileType:3""Sony Lossless Compressed RAW"
-    "EXIF:SonyRawFileType:4""Sony Lossless Compressed RAW 2""EXIF:SonyRawImageSize"
-    "Sony Raw Image Size""EXIF:SonyToneCurve""Sony Tone Curve""EXIF:SpatialFrequencyResponse"
-    "Spatial Frequency Response""EXIF:SpectralSensitivity""Spectral Sensitivity"
-    "EXIF:StandardOutputSensitivity""EXIF:StoNits""Sto Nits""EXIF:StripByteCounts"
-    "Strip Byte Counts""EXIF:StripOffsets""Strip Offsets""EXIF:StripRowCounts""Strip Row Counts"
-    "EXIF:SubSecTime""Sub Sec Time""EXIF:SubSecTimeDigitized""Sub Sec Time Digitized"
-    "EXIF:SubSecTimeOriginal""Sub Sec Time Original""EXIF:SubTileBlockSize""Sub Tile Block Size"
-    "EXIF:SubfileType""EXIF:SubfileType:0""EXIF:SubfileType:1""EXIF:SubfileType:16"
-    "Enhanced image data""EXIF:SubfileType:2""EXIF:SubfileType:3"
-    "Single page of multi-page reduced-resolution image""EXIF:SubfileType:4""Transparency mask"
-    "EXIF:SubfileType:4294967295""invalid""EXIF:SubfileType:5"
-    "Transparency mask of reduced-resolution image""EXIF:SubfileType:6"
-    "Transparency mask of multi-page image""EXIF:SubfileType:65537"
-    "Alternate reduced-resolution image""EXIF:SubfileType:65540""EXIF:SubfileType:7"
-    "Transparency mask of reduced-resolution multi-page image""EXIF:SubfileType:8""Depth map"
-    "EXIF:SubfileType:9""Depth map of reduced-resolution image""EXIF:SubjectArea""Subject Area"
-    "EXIF:SubjectDistance""Subject Distance""EXIF:SubjectDistanceRange""Subject Distance Range"
-    "EXIF:SubjectDistanceRange:0""EXIF:SubjectDistanceRange:1""Macro""EXIF:SubjectDistanceRange:2"
-    "Close""EXIF:SubjectDistanceRange:3""Distant""EXIF:SubjectLocation""Subject Location"
-    "EXIF:T4Options""T4 Options""EXIF:T4Options:1""2-Dimensional encoding""EXIF:T4Options:2"
-    "EXIF:T4Options:4""Fill bits added""EXIF:T6Options""T6 Options""EXIF:T6Options:2"
-    "EXIF:T82Options""T82 Options""EXIF:T88Options""T88 Options""EXIF:TIFF-EPStandardID"
-    "TIFF-EP Standard ID""EXIF:TIFF_FXExtensions""TIFF FX Extensions""EXIF:TIFF_FXExtensions:1"
-    "EXIF:TIFF_FXExtensions:16""EXIF:TIFF_FXExtensions:2""EXIF:TIFF_FXExtensions:4"
-    "EXIF:TIFF_FXExtensions:8""B&W JBIG2""EXIF:TStop""T Stop""EXIF:TargetPrinter""Target Printer"
-    "EXIF:TextureFormat""Texture Format""EXIF:Thresholding""EXIF:Thresholding:1"
-    "No dithering or halftoning""EXIF:Thresholding:2""Ordered dither or halftone"
-    "EXIF:Thresholding:3""Randomized dither""EXIF:ThumbnailArtist""Thumbnail Artist"
-    "EXIF:ThumbnailBitsPerSample""Thumbnail Bits Per Sample""EXIF:ThumbnailColorDepth"
-    "Thumbnail Color Depth""EXIF:ThumbnailCompressedSize""Thumbnail Compressed Size"
-    "EXIF:ThumbnailCompression""Thumbnail Compression""EXIF:ThumbnailCopyright""Thumbnail Copyright"
-    "EXIF:ThumbnailData""Thumbnail Data""EXIF:ThumbnailDateTime""Thumbnail Date Time"
-    "EXIF:ThumbnailDescription""Thumbnail Description""EXIF:ThumbnailEquipMake"
-    "Thumbnail Equip Make""EXIF:ThumbnailEquipModel""Thumbnail Equip Model""EXIF:ThumbnailFormat"
-    "Thumbnail Format""EXIF:ThumbnailHeight""Thumbnail Height""EXIF:ThumbnailImage""Thumbnail Image"
-    "EXIF:ThumbnailImageHeight""Thumbnail Image Height""EXIF:ThumbnailImageWidth"
-    "Thumbnail Image Width""EXIF:ThumbnailLength""Thumbnail Length""EXIF:ThumbnailOffset"
-    "Thumbnail Offset""EXIF:ThumbnailOrientation""Thumbnail Orientation"
-    "EXIF:ThumbnailPhotometricInterp""Thumbnail Photometric Interp""EXIF:ThumbnailPlanarConfig"
-    "Thumbnail Planar Config""EXIF:ThumbnailPlanes""Thumbnail Planes"
-    "EXIF:ThumbnailPrimaryChromaticities""Thumbnail Primary Chromaticities""EXIF:ThumbnailRawBytes"
-    "Thumbnail Raw Bytes""EXIF:ThumbnailRefBlackWhite""Thumbnail Ref Black White"
-    "EXIF:ThumbnailResolutionUnit""Thumbnail Resolution Unit""EXIF:ThumbnailResolutionX"
-    "Thumbnail Resolution X""EXIF:ThumbnailResolutionY""Thumbnail Resolution Y"
-    "EXIF:ThumbnailRowsPerStrip""Thumbnail Rows Per Strip""EXIF:ThumbnailSamplesPerPixel"
-    "Thumbnail Samples Per Pixel""EXIF:ThumbnailSoftware""Thumbnail Software"
-    "EXIF:ThumbnailStripByteCounts""Thumbnail Strip Byte Counts""EXIF:ThumbnailStripOffsets"
-    "Thumbnail Strip Offsets""EXIF:ThumbnailTransferFunction""Thumbnail Transfer Function"
-    "EXIF:ThumbnailWhitePoint""Thumbnail White Point""EXIF:ThumbnailWidth""Thumbnail Width"
-    "EXIF:ThumbnailYCbCrCoefficients""Thumbnail Y Cb Cr Coefficients"
-    "EXIF:ThumbnailYCbCrPositioning""Thumbnail Y Cb Cr Positioning""EXIF:ThumbnailYCbCrSubsampling"
-    "Thumbnail Y Cb Cr Subsampling""EXIF:TileByteCounts""Tile Byte Counts""EXIF:TileDepth"
-    "Tile Depth""EXIF:TileLength""Tile Length""EXIF:TileOffsets""Tile Offsets""EXIF:TileWidth"
-    "Tile Width""EXIF:TimeCodes""Time Codes""EXIF:TimeZoneOffset""Time Zone Offset""EXIF:Title"
-    "EXIF:TransferFunction""Transfer Function""EXIF:TransferRange""Transfer Range"
-    "EXIF:Transformation""EXIF:Transformation:0""EXIF:Transformation:1""EXIF:Transformation:2"
-    "EXIF:Transformation:3""EXIF:Transformation:4""EXIF:Transformation:5""EXIF:Transformation:6"
-    "EXIF:Transformation:7""EXIF:TransparencyIndicator""Transparency Indicator""EXIF:TrapIndicator"
-    "Trap Indicator""EXIF:UIC1Tag""UIC1 Tag""EXIF:UIC2Tag""UIC2 Tag""EXIF:UIC3Tag""UIC3 Tag"
-    "EXIF:UIC4Tag""UIC4 Tag""EXIF:USPTOMiscellaneous""USPTO Miscellaneous"
-    "EXIF:USPTOOriginalContentType""USPTO Original Content Type""EXIF:USPTOOriginalContentType:0"
-    "Text or Drawing""EXIF:USPTOOriginalContentType:1""Grayscale""EXIF:USPTOOriginalContentType:2"
-    "Color""EXIF:Uncompressed""EXIF:Uncompressed:0""EXIF:Uncompressed:1""EXIF:UniqueCameraModel"
-    "Unique Camera Model""EXIF:UserComment""User Comment""EXIF:VersionYear""Version Year"
-    "EXIF:VignettingCorrParams""Vignetting Corr Params""EXIF:VignettingCorrection"
-    "Vignetting Correction""EXIF:VignettingCorrection:256""EXIF:VignettingCorrection:257"
-    "EXIF:VignettingCorrection:272""Auto (ILCE-1)""EXIF:VignettingCorrection:511""EXIF:WBBlueLevel"
-    "WB Blue Level""EXIF:WBGreenLevel""WB Green Level""EXIF:WBRedLevel""WB Red Level"
-    "EXIF:WB_GRGBLevels""WB GRGB Levels""EXIF:WB_RGGBLevels""WB RGGB Levels""EXIF:WangAnnotation"
-    "Wang Annotation""EXIF:WangTag1""Wang Tag 1""EXIF:WangTag3""Wang Tag 3""EXIF:WangTag4"
-    "Wang Tag 4""EXIF:WarpQuadrilateral""Warp Quadrilateral""EXIF:WaterDepth""Water Depth"
-    "EXIF:WhiteBalance""White Balance""EXIF:WhiteBalance:0""EXIF:WhiteBalance:1""EXIF:WhiteLevel"
-    "White Level""EXIF:WhitePoint""White Point""EXIF:WidthResolution""Width Resolution"
-    "EXIF:WrapModes""Wrap Modes""EXIF:XClipPathUnits""X Clip Path Units""EXIF:XPAuthor""XP Author"
-    "EXIF:XPComment""XP Comment""EXIF:XPKeywords""XP Keywords""EXIF:XPSubject""XP Subject"
-    "EXIF:XPTitle""XP Title""EXIF:XPosition""X Position""EXIF:XResolution""X Resolution"
-    "EXIF:YCbCrCoefficients""Y Cb Cr Coefficients""EXIF:YCbCrPositioning""Y Cb Cr Positioning"
-    "EXIF:YCbCrPositioning:1""Centered""EXIF:YCbCrPositioning:2""Co-sited""EXIF:YCbCrSubSampling"
-    "Y Cb Cr Sub Sampling""EXIF:YCbCrSubSampling:1 1""YCbCr4:4:4 (1 1)""EXIF:YCbCrSubSampling:1 2"
-    "YCbCr4:4:0 (1 2)""EXIF:YCbCrSubSampling:1 4""YCbCr4:4:1 (1 4)""EXIF:YCbCrSubSampling:2 1"
-    "YCbCr4:2:2 (2 1)""EXIF:YCbCrSubSampling:2 2""YCbCr4:2:0 (2 2)""EXIF:YCbCrSubSampling:2 4"
-    "YCbCr4:2:1 (2 4)""EXIF:YCbCrSubSampling:4 1""YCbCr4:1:1 (4 1)""EXIF:YCbCrSubSampling:4 2"
-    "YCbCr4:1:0 (4 2)""EXIF:YClipPathUnits""Y Clip Path Units""EXIF:YPosition""Y Position"
-    "EXIF:YResolution""Y Resolution""光圈""图像作者""电池电量""每个组件的比特数""亮度""CFA 模式""太阳光""阴天""阴影"
-    "日光色荧光灯（D5700-7100K）""日光白色荧光灯（N4600-5500K）""冷白色荧光灯（W3800-4500K）""白色荧光灯（WW3250-3800K）"
-    "暖白荧光灯（L2600-3250K）""标准光A""标准光B""标准光C""荧光""ISO相室白炽灯""其他光源""白炽灯""闪光""晴天""色彩空间信息""色彩特性文件""自发"
-    "图像压缩模式""压缩方案""未压缩""NeXT 2比特编码""索尼 ARW 压缩""ThunderScan 4比特编码""柯达 KDC 压缩""SGI 32比特对数亮度编码"
-    "SGI 24比特对数亮度编码""尼康 NEF 压缩""JPEG (旧样式)""柯达 DCR 压缩""宾得 PEF 压缩""JEPG压缩率""对比度""标准""软调""硬调"
-    "用户自定义图像处理""普通模式""自定义处理""设备设定说明""数码变焦比""Exif 版本""胶片扩展""滤镜扩展""闪光灯扩展""镜头扩展""扫描仪扩展""软件扩展""曝光偏差"
-    "曝光索引""曝光模式""自动曝光""手动曝光""自动支架""曝光程序""手动""一般程序""光圈优先""快门优先""创意摄影""运动摄影""人物""风景""曝光时间""光圈数""文件来源"
-    "胶片扫描仪""反射型扫描仪""数码相机""无闪光功能""闪光灯亮""开 (强制闪光，检测返回光)""开 (自动闪光)""开 (自动闪光，检测返回光)""开 (减轻红眼)"
-    "开 (检测返回光)""开 (减轻红眼，检测返回光)""开 (强制闪光(减轻红眼))""开 (强制闪光，减轻红眼，检测返回光)""开 (自动闪光，减轻红眼)""开 (强制闪光)""闪光强度"
-    "支持的 Flashpix 版本""焦距""35 mm 换算镜头焦点距离""焦平面分辨率单位""英寸""µm (微米)""焦平面 X 分辨率""焦平面 Y 分辨率""空白字节数""海拔高度"
-    "高度基准""海平面""海拔(负值)""GPS区域名""测量精度""GPS日期""目的地方位""目的地方位参照""离终点的距离""距目的地距离参照""公里数""英里数""节数""终点纬度"
-    "目的地的北纬或南纬""北纬""南纬""终点经度""目的地的东经或西经""东经""西经""GPS 差分校正""非差分校正测量""差分校正定位""图像方向""图像方向参照""纬度"
-    "北纬或者南纬""经度""东经或者西经""使用的大地测量数据""GPS测量模式""2维测量""3维测量""定位方式名称""用于定位的 GPS 卫星信号""GPS接收器的速度""速度单位"
-    "公里/小时""英里/小时""海里/小时""GPS 接收器状态""正在测量中""测量中断""GPS 时间(原子钟)""运动方向""运动方向参照""磁场方向""真方向""GPS标签版本"
-    "增益控制""无""弱增益""强增益""弱减少""强减少""IPTC-NAA 元数据""图像标题""图像唯一标识""互用标识""THM: DCF 缩略图文件""互用版本""镜头""镜头信息"
-    "光源""最大镜头光圈""测量方式""平均""中央重点""其它""点测光""多点""分割测光""部分测光""型号""噪声""光电转换因子""0° (上/右)""180° (底/左)"
-    "90° CW (左/上)""90° CCW (右/底)""页数""像素方案""零白色""零黑色""调色板颜色""CFA (颜色滤镜矩阵)""CIE Log2(L) (对数亮度)"
-    "CIE Log2(L)(u',v') (对数亮度和色度)""透明蒙板""图像数据排列""点顺序格式""平面格式""原色色度坐标值""评分""百分比评级""黑白参照值对""相关图像文件格式"
-    "相关图像高度""相关图像宽度""相关的音频文件""图像高宽分辨率单位""像素/厘米""每条带的行数""组件数""饱和度""低饱和度""高饱和度""取景类型""夜景""场景类型"
-    "直接拍摄的图像""感应方法""单片色彩区感应器""2 片色彩区传感器""3 片色彩区传感器""色彩连续区感应器""3 线传感器""色彩连续线性感应器""照相机标识""锐度""弱""强"
-    "快门速度""使用软件""空间频率响应""光谱灵敏度""每压缩条带的字节数""图像数据位置""时间的次秒""数字化时间的次秒""原始时间的次秒""被摄对象区域""目标距离""被摄对象距离范围"
-    "微距""近景""远景""被摄对象位置""T6 选项""缩略图""传送功能""用户注释""白平衡""自动""白点色度""关键词""色彩空间变换矩阵系数"
-    "YCC 像素结构(Y 和 C 的位置)""中心的""一致""YCC 像素结构(Y 至 C 的子采样率)""Accélération""Zone active"
-    "Balance analogique""Annotations Photoshop"
-    "Puissance relative du filtre anticrénelage de l'appareil""Ouverture""Artiste"
-    "Balance neutre à la prise de vue""Matrice de pré-profil à la prise de vue"
-    "Nom du profil du cliché""Balance blanc X-Y à la prise de vue"
-    "Indicateur de couleur d'arrière-plan""Valeur de couleur d'arrière-plan"
-    "Mauvaises lignes de Fax""Exposition de référence""Bruit de référence""Netteté de référence"
-    "Batterie""Séparation de vert Bayer""Meilleure balance de qualité"
-    "Bits par « Run Length » étendue""Bits par « Run Length »""Nombre de bits par échantillon"
-    "Niveau noir""Delta H du niveau noir""Delta V du niveau noir"
-    "Dimension de répétition du niveau noir""Balance bleue""Luminosité""Organisation CFA"
+    "Pacchetto incorporato dinamicamente" "Stub libreria condivisa per il collegamenti statici"
+    "Nome file originale" "Versione PEF" "Tipo PE" "Nome prodotto" "Versione prodotto"
+    "Numero di versione prodotto" "Sottosistema" "Sconosciuto" "Nativo" "Applicazione EFI"
+    "Servizio di avvio EFI" "Driver a runtine EFI" "Linea di comando Windows"
+    "Linea di comando OS/2" "Linea di comando POSIX" "Versione sottosistema" "Marcatura oraria"
+    "Dimensione dati non inizializzati" "無し" "キャラクターセット" "ファイル形式バージョン" "不明 |\302\240無し" "PEFバージョン"
+    "不明" "タイムスタンプ" "Ninguno" "Conjunto de Caracteres" "Versión Formato Archivo" "Neutro"
+    "Desconocido |\302\240Ninguno" "Nombre archivo original" "Desconocido" "Marca de Tiempo"
+    "JpgFromRaw" "OtherImage" "PreviewImage" "ThumbnailImage" "InteropIndex" "InteropVersion"
+    "ProcessingSoftware" "OldSubfileType" "BitsPerSample" "Compression" "PhotometricInterpretation"
+    "Thresholding" "CellWidth" "CellLength" "FillOrder" "DocumentName" "ImageDescription" "Model"
+    "StripOffsets" "OtherImageStart" "PreviewImageStart" "JpgFromRawStart" "SamplesPerPixel"
+    "RowsPerStrip" "StripByteCounts" "OtherImageLength" "PreviewImageLength" "JpgFromRawLength"
+    "MinSampleValue" "MaxSampleValue" "XResolution" "YResolution" "PlanarConfiguration" "PageName"
+    "XPosition" "YPosition" "FreeOffsets" "FreeByteCounts" "GrayResponseUnit" "GrayResponseCurve"
+    "T4Options" "T6Options" "ResolutionUnit" "PageNumber" "ColorResponseUnit" "TransferFunction"
+    "Software" "Artist" "HostComputer" "Predictor" "WhitePoint" "PrimaryChromaticities" "ColorMap"
+    "HalftoneHints" "TileWidth" "TileLength" "TileOffsets" "TileByteCounts" "BadFaxLines"
+    "CleanFaxData" "ConsecutiveBadFaxLines" "A100DataOffset" "InkSet" "InkNames" "NumberofInks"
+    "DotRange" "TargetPrinter" "ExtraSamples" "SampleFormat" "SMinSampleValue" "SMaxSampleValue"
+    "TransferRange" "ClipPath" "XClipPathUnits" "YClipPathUnits" "Indexed" "JPEGTables" "OPIProxy"
+    "ProfileType" "FaxProfile" "CodingMethods" "VersionYear" "ModeNumber" "Decode"
+    "DefaultImageColor" "T82Options" "JPEGProc" "ThumbnailOffset" "ThumbnailLength"
+    "JPEGRestartInterval" "JPEGLosslessPredictors" "JPEGPointTransforms" "JPEGQTables"
+    "JPEGDCTables" "JPEGACTables" "YCbCrCoefficients" "YCbCrSubSampling" "YCbCrPositioning"
+    "ReferenceBlackWhite" "StripRowCounts" "ApplicationNotes" "USPTOMiscellaneous"
+    "RelatedImageFileFormat" "RelatedImageWidth" "RelatedImageHeight" "Rating" "RatingPercent"
+    "ResolutionXUnit" "ResolutionYUnit" "ResolutionXLengthUnit" "ResolutionYLengthUnit" "PrintFlags"
+    "PrintFlagsVersion" "PrintFlagsCrop" "PrintFlagsBleedWidth" "PrintFlagsBleedWidthScale"
+    "HalftoneLPI" "HalftoneLPIUnit" "HalftoneDegree" "HalftoneShape" "HalftoneMisc" "HalftoneScreen"
+    "JPEGQuality" "GridSize" "ThumbnailFormat" "ThumbnailWidth" "ThumbnailHeight"
+    "ThumbnailColorDepth" "ThumbnailPlanes" "ThumbnailRawBytes" "ThumbnailCompressedSize"
+    "ColorTransferFunction" "ThumbnailData" "ThumbnailImageWidth" "ThumbnailImageHeight"
+    "ThumbnailBitsPerSample" "ThumbnailCompression" "ThumbnailPhotometricInterp"
+    "ThumbnailDescription" "ThumbnailEquipMake" "ThumbnailEquipModel" "ThumbnailStripOffsets"
+    "ThumbnailOrientation" "ThumbnailSamplesPerPixel" "ThumbnailRowsPerStrip"
+    "ThumbnailStripByteCounts" "ThumbnailResolutionX" "ThumbnailResolutionY" "ThumbnailPlanarConfig"
+    "ThumbnailResolutionUnit" "ThumbnailTransferFunction" "ThumbnailSoftware" "ThumbnailDateTime"
+    "ThumbnailArtist" "ThumbnailWhitePoint" "ThumbnailPrimaryChromaticities"
+    "ThumbnailYCbCrCoefficients" "ThumbnailYCbCrSubsampling" "ThumbnailYCbCrPositioning"
+    "ThumbnailRefBlackWhite" "ThumbnailCopyright" "LuminanceTable" "ChrominanceTable" "FrameDelay"
+    "LoopCount" "GlobalPalette" "IndexBackground" "IndexTransparent" "PixelUnits" "PixelsPerUnitX"
+    "PixelsPerUnitY" "PaletteHistogram" "SonyRawFileType" "SonyToneCurve" "VignettingCorrection"
+    "VignettingCorrParams" "ChromaticAberrationCorrection" "ChromaticAberrationCorrParams"
+    "DistortionCorrection" "DistortionCorrParams" "SonyRawImageSize" "BlackLevel" "WB_RGGBLevels"
+    "SonyCropTopLeft" "SonyCropSize" "ImageID" "WangTag1" "WangAnnotation" "WangTag3" "WangTag4"
+    "ImageReferencePoints" "RegionXformTackPoint" "WarpQuadrilateral" "AffineTransformMat"
+    "Matteing" "DataType" "ImageDepth" "TileDepth" "ImageFullWidth" "ImageFullHeight"
+    "TextureFormat" "WrapModes" "FovCot" "MatrixWorldToScreen" "MatrixWorldToCamera" "Model2"
+    "CFARepeatPatternDim" "CFAPattern2" "BatteryLevel" "ExposureTime" "FNumber" "MDFileTag"
+    "MDScalePixel" "MDColorTable" "MDLabName" "MDSampleInfo" "MDPrepDate" "MDPrepTime" "MDFileUnits"
+    "PixelScale" "AdventScale" "AdventRevision" "UIC1Tag" "UIC2Tag" "UIC3Tag" "UIC4Tag" "IPTC-NAA"
+    "IntergraphPacketData" "IntergraphFlagRegisters" "IntergraphMatrix" "INGRReserved"
+    "ModelTiePoint" "Site" "ColorSequence" "IT8Header" "RasterPadding" "BitsPerRunLength"
+    "BitsPerExtendedRunLength" "ColorTable" "ImageColorIndicator" "BackgroundColorIndicator"
+    "ImageColorValue" "BackgroundColorValue" "PixelIntensityRange" "TransparencyIndicator"
+    "ColorCharacterization" "HCUsage" "TrapIndicator" "CMYKEquivalent" "SEMInfo"
+    "PixelMagicJBIGOptions" "JPLCartoIFD" "ModelTransform" "WB_GRGBLevels" "TIFF_FXExtensions"
+    "MultiProfiles" "SharedData" "T88Options" "ImageLayer" "GeoTiffAsciiParams" "JBIGOptions"
+    "ExposureProgram" "SpectralSensitivity" "ISO" "Opto-ElectricConvFactor" "Interlace"
+    "TimeZoneOffset" "SelfTimerMode" "SensitivityType" "StandardOutputSensitivity"
+    "RecommendedExposureIndex" "ISOSpeed" "ISOSpeedLatitudeyyy" "ISOSpeedLatitudezzz"
+    "FaxRecvParams" "FaxSubAddress" "FaxRecvTime" "FedexEDR" "ExifVersion" "OffsetTime"
+    "OffsetTimeOriginal" "OffsetTimeDigitized" "CompressedBitsPerPixel" "ShutterSpeedValue"
+    "ApertureValue" "BrightnessValue" "ExposureCompensation" "MaxApertureValue" "SubjectDistance"
+    "MeteringMode" "LightSource" "Flash" "FocalLength" "FlashEnergy" "SpatialFrequencyResponse"
+    "Noise" "FocalPlaneXResolution" "FocalPlaneYResolution" "FocalPlaneResolutionUnit" "ImageNumber"
+    "SecurityClassification" "ImageHistory" "SubjectArea" "ExposureIndex" "TIFF-EPStandardID"
+    "SensingMethod" "CIP3DataFile" "CIP3Sheet" "CIP3Side" "StoNits" "MakerNoteDJIInfo"
+    "MakerNoteKodak12" "MakerNoteOlympus3" "MakerNoteLeica10" "MakerNotePanasonic3"
+    "MakerNoteReconyx3" "MakerNoteRicohPentax" "UserComment" "SubSecTime" "SubSecTimeOriginal"
+    "SubSecTimeDigitized" "MSDocumentText" "MSPropertySetStorage" "MSDocumentTextPosition"
+    "ImageSourceData" "Humidity" "Pressure" "WaterDepth" "Acceleration" "CameraElevationAngle"
+    "XPTitle" "XPComment" "XPAuthor" "XPKeywords" "XPSubject" "FlashpixVersion" "ColorSpace"
+    "ExifImageWidth" "ExifImageHeight" "RelatedSoundFile" "SamsungRawPointersOffset"
+    "SamsungRawPointersLength" "SamsungRawByteOrder" "SamsungRawUnknown" "SubjectLocation"
+    "FileSource" "SceneType" "CFAPattern" "CustomRendered" "ExposureMode" "WhiteBalance"
+    "DigitalZoomRatio" "FocalLengthIn35mmFormat" "SceneCaptureType" "GainControl" "Contrast"
+    "Saturation" "Sharpness" "DeviceSettingDescription" "SubjectDistanceRange" "ImageUniqueID"
+    "OwnerName" "SerialNumber" "LensInfo" "LensMake" "LensModel" "LensSerialNumber" "Photographer"
+    "ImageEditor" "CameraFirmware" "RAWDevelopingSoftware" "ImageEditingSoftware"
+    "MetadataEditingSoftware" "CompositeImage" "CompositeImageCount" "CompositeImageExposureTimes"
+    "GDALMetadata" "GDALNoData" "ExpandSoftware" "ExpandLens" "ExpandFilm" "ExpandFilterLens"
+    "ExpandScanner" "ExpandFlashLamp" "HasselbladRawImage" "PixelFormat" "Transformation"
+    "Uncompressed" "ImageType" "WidthResolution" "HeightResolution" "ImageOffset" "ImageByteCount"
+    "AlphaOffset" "AlphaByteCount" "ImageDataDiscard" "AlphaDataDiscard" "OceScanjobDesc"
+    "OceApplicationSelector" "OceIDNumber" "OceImageLogic" "Annotations" "PrintIM"
+    "USPTOOriginalContentType" "CR2CFAPattern" "DNGVersion" "DNGBackwardVersion" "UniqueCameraModel"
+    "LocalizedCameraModel" "CFAPlaneColor" "CFALayout" "LinearizationTable" "BlackLevelRepeatDim"
+    "BlackLevelDeltaH" "BlackLevelDeltaV" "WhiteLevel" "DefaultScale" "DefaultCropOrigin"
+    "DefaultCropSize" "ColorMatrix1" "ColorMatrix2" "CameraCalibration1" "CameraCalibration2"
+    "ReductionMatrix1" "ReductionMatrix2" "AnalogBalance" "AsShotNeutral" "AsShotWhiteXY"
+    "BaselineExposure" "BaselineNoise" "BaselineSharpness" "BayerGreenSplit" "LinearResponseLimit"
+    "CameraSerialNumber" "DNGLensInfo" "ChromaBlurRadius" "AntiAliasStrength" "ShadowScale"
+    "DNGAdobeData" "DNGPrivateData" "MakerNoteSafety" "RawImageSegmentation"
+    "CalibrationIlluminant1" "CalibrationIlluminant2" "BestQualityScale" "RawDataUniqueID"
+    "AliasLayerMetadata" "OriginalRawFileName" "OriginalRawFileData" "ActiveArea" "MaskedAreas"
+    "AsShotPreProfileMatrix" "CurrentPreProfileMatrix" "ColorimetricReference" "SRawType"
+    "PanasonicTitle" "PanasonicTitle2" "CameraCalibrationSig" "ProfileCalibrationSig"
+    "AsShotProfileName" "NoiseReductionApplied" "ProfileName" "ProfileHueSatMapDims"
+    "ProfileHueSatMapData1" "ProfileHueSatMapData2" "ProfileToneCurve" "ProfileEmbedPolicy"
+    "ProfileCopyright" "ForwardMatrix1" "ForwardMatrix2" "PreviewApplicationName"
+    "PreviewApplicationVersion" "PreviewSettingsName" "PreviewSettingsDigest" "PreviewColorSpace"
+    "PreviewDateTime" "RawImageDigest" "OriginalRawFileDigest" "SubTileBlockSize"
+    "RowInterleaveFactor" "ProfileLookTableDims" "ProfileLookTableData" "OpcodeList1" "OpcodeList2"
+    "OpcodeList3" "NoiseProfile" "TimeCodes" "TStop" "ReelName" "OriginalDefaultFinalSize"
+    "OriginalBestQualitySize" "OriginalDefaultCropSize" "CameraLabel" "ProfileHueSatMapEncoding"
+    "ProfileLookTableEncoding" "BaselineExposureOffset" "DefaultBlackRender" "NewRawImageDigest"
+    "RawToPreviewGain" "CacheVersion" "DefaultUserCrop" "DepthFormat" "DepthNear" "DepthFar"
+    "DepthUnits" "DepthMeasureType" "EnhanceParams" "ProfileGainTableMap" "SemanticName"
+    "SemanticInstanceID" "CalibrationIlluminant3" "CameraCalibration3" "ColorMatrix3"
+    "ForwardMatrix3" "IlluminantData1" "IlluminantData2" "IlluminantData3" "MaskSubArea"
+    "ProfileHueSatMapData3" "ReductionMatrix3" "RGBTables" "ProfileGainTableMap2"
+    "ColumnInterleaveFactor" "ImageSequenceInfo" "ImageStats" "ProfileDynamicRange"
+    "ProfileGroupName" "Padding" "OffsetSchema" "Lens" "RawFile" "Converter" "Exposure" "Shadows"
+    "Brightness" "Smoothness" "MoireFilter" "EXIF" "GPSVersionID" "GPSLatitudeRef" "GPSLatitude"
+    "GPSLongitudeRef" "GPSLongitude" "GPSAltitudeRef" "GPSAltitude" "GPSTimeStamp" "GPSSatellites"
+    "GPSStatus" "GPSMeasureMode" "GPSDOP" "GPSSpeedRef" "GPSSpeed" "GPSTrackRef" "GPSTrack"
+    "GPSImgDirectionRef" "GPSImgDirection" "GPSMapDatum" "GPSDestLatitudeRef" "GPSDestLatitude"
+    "GPSDestLongitudeRef" "GPSDestLongitude" "GPSDestBearingRef" "GPSDestBearing"
+    "GPSDestDistanceRef" "GPSDestDistance" "GPSProcessingMethod" "GPSAreaInformation" "GPSDateStamp"
+    "GPSDifferential" "GPSHPositioningError" "PanasonicRawVersion" "SensorWidth" "SensorHeight"
+    "SensorTopBorder" "SensorLeftBorder" "SensorBottomBorder" "SensorRightBorder"
+    "LinearityLimitRed" "LinearityLimitGreen" "LinearityLimitBlue" "RedBalance" "BlueBalance"
+    "HighISOMultiplierRed" "HighISOMultiplierGreen" "HighISOMultiplierBlue" "NoiseReductionParams"
+    "BlackLevelRed" "BlackLevelGreen" "BlackLevelBlue" "WBRedLevel" "WBGreenLevel" "WBBlueLevel"
+    "RawFormat" "CropTop" "CropLeft" "CropBottom" "CropRight" "RawDataOffset" "Multishot"
+    "JpgFromRaw2" "R03" "R98" "THM" "4294967295" "262" "32766" "32767" "32769" "32770" "32771"
+    "32772" "32773" "32809" "32867" "32895" "32896" "32897" "32898" "32908" "32909" "32946" "32947"
+    "33003" "33005" "34316" "34661" "34676" "34677" "34712" "34713" "34715" "34718" "34719" "34720"
+    "34826" "34828" "34830" "34887" "34892" "34925" "34926" "34927" "34933" "34934" "52546" "65000"
+    "65535" "99" "32803" "32844" "32845" "32892" "51177" "52527" "34893" "34894" "34895" "2 4" "272"
+    "511" "24" "25" "29" "31" "80" "89" "93" "95" "C" "R" "S" "T" "U" "65533" "65534"
+    "\\x03\\x00\\x00\\x00" "26" "27" "28" "30" "33" "34" "35" "0 1 1 2" "1 0 2 1" "1 2 0 1"
+    "2 1 1 0" "N" "E" "W" "A" "V" "K" "M" "EXIF:A100DataOffset" "A100 Data Offset"
+    "EXIF:Acceleration" "EXIF:ActiveArea" "Active Area" "EXIF:AdventRevision" "Advent Revision"
+    "EXIF:AdventScale" "Advent Scale" "EXIF:AffineTransformMat" "Affine Transform Mat"
+    "EXIF:AliasLayerMetadata" "Alias Layer Metadata" "EXIF:AlphaByteCount" "Alpha Byte Count"
+    "EXIF:AlphaDataDiscard" "Alpha Data Discard" "EXIF:AlphaDataDiscard:0" "Full Resolution"
+    "EXIF:AlphaDataDiscard:1" "Flexbits Discarded" "EXIF:AlphaDataDiscard:2"
+    "HighPass Frequency Data Discarded" "EXIF:AlphaDataDiscard:3"
+    "Highpass and LowPass Frequency Data Discarded" "EXIF:AlphaOffset" "Alpha Offset"
+    "EXIF:AmbientTemperature" "EXIF:AnalogBalance" "Analog Balance" "EXIF:Annotations"
+    "EXIF:AntiAliasStrength" "Anti Alias Strength" "EXIF:ApertureValue" "Aperture Value"
+    "EXIF:ApplicationNotes" "Application Notes" "EXIF:Artist" "EXIF:AsShotNeutral" "As Shot Neutral"
+    "EXIF:AsShotPreProfileMatrix" "As Shot Pre Profile Matrix" "EXIF:AsShotProfileName"
+    "As Shot Profile Name" "EXIF:AsShotWhiteXY" "As Shot White XY" "EXIF:BackgroundColorIndicator"
+    "Background Color Indicator" "EXIF:BackgroundColorIndicator:0" "Unspecified Background Color"
+    "EXIF:BackgroundColorIndicator:1" "Specified Background Color" "EXIF:BackgroundColorValue"
+    "Background Color Value" "EXIF:BadFaxLines" "Bad Fax Lines" "EXIF:BaselineExposure"
+    "Baseline Exposure" "EXIF:BaselineExposureOffset" "Baseline Exposure Offset"
+    "EXIF:BaselineNoise" "Baseline Noise" "EXIF:BaselineSharpness" "Baseline Sharpness"
+    "EXIF:BatteryLevel" "Battery Level" "EXIF:BayerGreenSplit" "Bayer Green Split"
+    "EXIF:BestQualityScale" "Best Quality Scale" "EXIF:BitsPerExtendedRunLength"
+    "Bits Per Extended Run Length" "EXIF:BitsPerRunLength" "Bits Per Run Length"
+    "EXIF:BitsPerSample" "Bits Per Sample" "EXIF:BlackLevel" "Black Level" "EXIF:BlackLevelBlue"
+    "Black Level Blue" "EXIF:BlackLevelDeltaH" "Black Level Delta H" "EXIF:BlackLevelDeltaV"
+    "Black Level Delta V" "EXIF:BlackLevelGreen" "Black Level Green" "EXIF:BlackLevelRed"
+    "Black Level Red" "EXIF:BlackLevelRepeatDim" "Black Level Repeat Dim" "EXIF:BlueBalance"
+    "Blue Balance" "EXIF:Brightness" "EXIF:BrightnessValue" "Brightness Value" "EXIF:CFALayout"
+    "CFA Layout" "EXIF:CFALayout:1" "Rectangular" "EXIF:CFALayout:2"
+    "Even columns offset down 1/2 row" "EXIF:CFALayout:3" "Even columns offset up 1/2 row"
+    "EXIF:CFALayout:4" "Even rows offset right 1/2 column" "EXIF:CFALayout:5"
+    "Even rows offset left 1/2 column" "EXIF:CFALayout:6"
+    "Even rows offset up by 1/2 row, even columns offset left by 1/2 column" "EXIF:CFALayout:7"
+    "Even rows offset up by 1/2 row, even columns offset right by 1/2 column" "EXIF:CFALayout:8"
+    "Even rows offset down by 1/2 row, even columns offset left by 1/2 column" "EXIF:CFALayout:9"
+    "Even rows offset down by 1/2 row, even columns offset right by 1/2 column" "EXIF:CFAPattern"
+    "CFA Pattern" "EXIF:CFAPattern2" "CFA Pattern 2" "EXIF:CFAPattern:0" "n/a" "EXIF:CFAPattern:1"
+    "[Red,Green][Green,Blue]" "EXIF:CFAPattern:2" "[Green,Red][Blue,Green]" "EXIF:CFAPattern:3"
+    "[Green,Blue][Red,Green]" "EXIF:CFAPattern:4" "[Blue,Green][Green,Red]" "EXIF:CFAPlaneColor"
+    "CFA Plane Color" "EXIF:CFARepeatPatternDim" "CFA Repeat Pattern Dim" "EXIF:CIP3DataFile"
+    "CIP3 Data File" "EXIF:CIP3Sheet" "CIP3 Sheet" "EXIF:CIP3Side" "CIP3 Side" "EXIF:CMYKEquivalent"
+    "CMYK Equivalent" "EXIF:CR2CFAPattern" "CR2 CFA Pattern" "EXIF:CR2CFAPattern:0 1 1 2"
+    "EXIF:CR2CFAPattern:1 0 2 1" "EXIF:CR2CFAPattern:1 2 0 1" "EXIF:CR2CFAPattern:2 1 1 0"
+    "EXIF:CacheVersion" "Cache Version" "EXIF:CalibrationIlluminant1" "Calibration Illuminant 1"
+    "EXIF:CalibrationIlluminant1:0" "EXIF:CalibrationIlluminant1:1" "Daylight"
+    "EXIF:CalibrationIlluminant1:10" "Cloudy" "EXIF:CalibrationIlluminant1:11" "Shade"
+    "EXIF:CalibrationIlluminant1:12" "Daylight Fluorescent" "EXIF:CalibrationIlluminant1:13"
+    "Day White Fluorescent" "EXIF:CalibrationIlluminant1:14" "Cool White Fluorescent"
+    "EXIF:CalibrationIlluminant1:15" "White Fluorescent" "EXIF:CalibrationIlluminant1:16"
+    "Warm White Fluorescent" "EXIF:CalibrationIlluminant1:17" "Standard Light A"
+    "EXIF:CalibrationIlluminant1:18" "Standard Light B" "EXIF:CalibrationIlluminant1:19"
+    "Standard Light C" "EXIF:CalibrationIlluminant1:2" "Fluorescent"
+    "EXIF:CalibrationIlluminant1:20" "D55" "EXIF:CalibrationIlluminant1:21" "D65"
+    "EXIF:CalibrationIlluminant1:22" "D75" "EXIF:CalibrationIlluminant1:23" "D50"
+    "EXIF:CalibrationIlluminant1:24" "ISO Studio Tungsten" "EXIF:CalibrationIlluminant1:255" "Other"
+    "EXIF:CalibrationIlluminant1:3" "Tungsten (Incandescent)" "EXIF:CalibrationIlluminant1:4"
+    "EXIF:CalibrationIlluminant1:9" "Fine Weather" "EXIF:CalibrationIlluminant2"
+    "Calibration Illuminant 2" "EXIF:CalibrationIlluminant2:0" "EXIF:CalibrationIlluminant2:1"
+    "EXIF:CalibrationIlluminant2:10" "EXIF:CalibrationIlluminant2:11"
+    "EXIF:CalibrationIlluminant2:12" "EXIF:CalibrationIlluminant2:13"
+    "EXIF:CalibrationIlluminant2:14" "EXIF:CalibrationIlluminant2:15"
+    "EXIF:CalibrationIlluminant2:16" "EXIF:CalibrationIlluminant2:17"
+    "EXIF:CalibrationIlluminant2:18" "EXIF:CalibrationIlluminant2:19"
+    "EXIF:CalibrationIlluminant2:2" "EXIF:CalibrationIlluminant2:20"
+    "EXIF:CalibrationIlluminant2:21" "EXIF:CalibrationIlluminant2:22"
+    "EXIF:CalibrationIlluminant2:23" "EXIF:CalibrationIlluminant2:24"
+    "EXIF:CalibrationIlluminant2:255" "EXIF:CalibrationIlluminant2:3"
+    "EXIF:CalibrationIlluminant2:4" "EXIF:CalibrationIlluminant2:9" "EXIF:CalibrationIlluminant3"
+    "Calibration Illuminant 3" "EXIF:CalibrationIlluminant3:0" "EXIF:CalibrationIlluminant3:1"
+    "EXIF:CalibrationIlluminant3:10" "EXIF:CalibrationIlluminant3:11"
+    "EXIF:CalibrationIlluminant3:12" "EXIF:CalibrationIlluminant3:13"
+    "EXIF:CalibrationIlluminant3:14" "EXIF:CalibrationIlluminant3:15"
+    "EXIF:CalibrationIlluminant3:16" "EXIF:CalibrationIlluminant3:17"
+    "EXIF:CalibrationIlluminant3:18" "EXIF:CalibrationIlluminant3:19"
+    "EXIF:CalibrationIlluminant3:2" "EXIF:CalibrationIlluminant3:20"
+    "EXIF:CalibrationIlluminant3:21" "EXIF:CalibrationIlluminant3:22"
+    "EXIF:CalibrationIlluminant3:23" "EXIF:CalibrationIlluminant3:24"
+    "EXIF:CalibrationIlluminant3:255" "EXIF:CalibrationIlluminant3:3"
+    "EXIF:CalibrationIlluminant3:4" "EXIF:CalibrationIlluminant3:9" "EXIF:CameraCalibration1"
+    "Camera Calibration 1" "EXIF:CameraCalibration2" "Camera Calibration 2"
+    "EXIF:CameraCalibration3" "Camera Calibration 3" "EXIF:CameraCalibrationSig"
+    "Camera Calibration Sig" "EXIF:CameraElevationAngle" "Camera Elevation Angle"
+    "EXIF:CameraFirmware" "Camera Firmware" "EXIF:CameraLabel" "Camera Label"
+    "EXIF:CameraSerialNumber" "Camera Serial Number" "EXIF:CellLength" "Cell Length"
+    "EXIF:CellWidth" "Cell Width" "EXIF:ChromaBlurRadius" "Chroma Blur Radius"
+    "EXIF:ChromaticAberrationCorrParams" "Chromatic Aberration Corr Params"
+    "EXIF:ChromaticAberrationCorrection" "Chromatic Aberration Correction"
+    "EXIF:ChromaticAberrationCorrection:0" "Off" "EXIF:ChromaticAberrationCorrection:1" "Auto"
+    "EXIF:ChromaticAberrationCorrection:255" "No correction params available"
+    "EXIF:ChrominanceTable" "Chrominance Table" "EXIF:CleanFaxData" "Clean Fax Data"
+    "EXIF:CleanFaxData:0" "Clean" "EXIF:CleanFaxData:1" "Regenerated" "EXIF:CleanFaxData:2"
+    "Unclean" "EXIF:ClipPath" "Clip Path" "EXIF:CodingMethods" "Coding Methods"
+    "EXIF:CodingMethods:1" "Unspecified compression" "EXIF:CodingMethods:16" "JBIG"
+    "EXIF:CodingMethods:2" "Modified Huffman" "EXIF:CodingMethods:32" "Baseline JPEG"
+    "EXIF:CodingMethods:4" "Modified Read" "EXIF:CodingMethods:64" "JBIG color"
+    "EXIF:CodingMethods:8" "Modified MR" "EXIF:ColorCharacterization" "Color Characterization"
+    "EXIF:ColorMap" "Color Map" "EXIF:ColorMatrix1" "Color Matrix 1" "EXIF:ColorMatrix2"
+    "Color Matrix 2" "EXIF:ColorMatrix3" "Color Matrix 3" "EXIF:ColorResponseUnit"
+    "Color Response Unit" "EXIF:ColorSequence" "Color Sequence" "EXIF:ColorSpace" "Color Space"
+    "EXIF:ColorSpace:1" "sRGB" "EXIF:ColorSpace:2" "Adobe RGB" "EXIF:ColorSpace:65533"
+    "Wide Gamut RGB" "EXIF:ColorSpace:65534" "ICC Profile" "EXIF:ColorSpace:65535" "Uncalibrated"
+    "EXIF:ColorTable" "Color Table" "EXIF:ColorTransferFunction" "Color Transfer Function"
+    "EXIF:ColorimetricReference" "Colorimetric Reference" "EXIF:ColorimetricReference:0"
+    "Scene-referred" "EXIF:ColorimetricReference:1" "Output-referred (ICC Profile Dynamic Range)"
+    "EXIF:ColorimetricReference:2" "Output-referred (High Dyanmic Range)"
+    "EXIF:ColumnInterleaveFactor" "Column Interleave Factor" "EXIF:CompositeImage" "Composite Image"
+    "EXIF:CompositeImage:0" "EXIF:CompositeImage:1" "Not a Composite Image" "EXIF:CompositeImage:2"
+    "General Composite Image" "EXIF:CompositeImage:3" "Composite Image Captured While Shooting"
+    "EXIF:CompositeImageCount" "Composite Image Count" "EXIF:CompositeImageExposureTimes"
+    "Composite Image Exposure Times" "EXIF:CompressedBitsPerPixel" "Compressed Bits Per Pixel"
+    "EXIF:Compression" "EXIF:Compression:1" "EXIF:Compression:10" "JBIG Color" "EXIF:Compression:2"
+    "CCITT 1D" "EXIF:Compression:262" "Kodak 262" "EXIF:Compression:3" "T4/Group 3 Fax"
+    "EXIF:Compression:32766" "Next" "EXIF:Compression:32767" "Sony ARW Compressed"
+    "EXIF:Compression:32769" "Packed RAW" "EXIF:Compression:32770" "Samsung SRW Compressed"
+    "EXIF:Compression:32771" "CCIRLEW" "EXIF:Compression:32772" "Samsung SRW Compressed 2"
+    "EXIF:Compression:32773" "PackBits" "EXIF:Compression:32809" "Thunderscan"
+    "EXIF:Compression:32867" "Kodak KDC Compressed" "EXIF:Compression:32895" "IT8CTPAD"
+    "EXIF:Compression:32896" "IT8LW" "EXIF:Compression:32897" "IT8MP" "EXIF:Compression:32898"
+    "IT8BL" "EXIF:Compression:32908" "PixarFilm" "EXIF:Compression:32909" "PixarLog"
+    "EXIF:Compression:32946" "Deflate" "EXIF:Compression:32947" "DCS" "EXIF:Compression:33003"
+    "Aperio JPEG 2000 YCbCr" "EXIF:Compression:33005" "Aperio JPEG 2000 RGB"
+    "EXIF:Compression:34316" "Panasonic RAW 1" "EXIF:Compression:34661" "EXIF:Compression:34676"
+    "SGILog" "EXIF:Compression:34677" "SGILog24" "EXIF:Compression:34712" "JPEG 2000"
+    "EXIF:Compression:34713" "Nikon NEF Compressed" "EXIF:Compression:34715" "JBIG2 TIFF FX"
+    "EXIF:Compression:34718" "Microsoft Document Imaging (MDI) Binary Level Codec"
+    "EXIF:Compression:34719" "Microsoft Document Imaging (MDI) Progressive Transform Codec"
+    "EXIF:Compression:34720" "Microsoft Document Imaging (MDI) Vector" "EXIF:Compression:34826"
+    "Panasonic RAW 2" "EXIF:Compression:34828" "Panasonic RAW 3" "EXIF:Compression:34830"
+    "Panasonic RAW 4" "EXIF:Compression:34887" "ESRI Lerc" "EXIF:Compression:34892" "Lossy JPEG"
+    "EXIF:Compression:34925" "LZMA2" "EXIF:Compression:34926" "Zstd" "EXIF:Compression:34927" "WebP"
+    "EXIF:Compression:34933" "PNG" "EXIF:Compression:34934" "JPEG XR" "EXIF:Compression:4"
+    "T6/Group 4 Fax" "EXIF:Compression:5" "LZW" "EXIF:Compression:52546" "JPEG XL"
+    "EXIF:Compression:6" "JPEG (old-style)" "EXIF:Compression:65000" "Kodak DCR Compressed"
+    "EXIF:Compression:65535" "Pentax PEF Compressed" "EXIF:Compression:7" "JPEG"
+    "EXIF:Compression:8" "Adobe Deflate" "EXIF:Compression:9" "JBIG B&W" "EXIF:Compression:99"
+    "EXIF:ConsecutiveBadFaxLines" "Consecutive Bad Fax Lines" "EXIF:Contrast" "EXIF:Contrast:0"
+    "Normal" "EXIF:Contrast:1" "Low" "EXIF:Contrast:2" "EXIF:Converter" "EXIF:Copyright"
+    "EXIF:CreateDate" "EXIF:CropBottom" "Crop Bottom" "EXIF:CropLeft" "Crop Left" "EXIF:CropRight"
+    "Crop Right" "EXIF:CropTop" "Crop Top" "EXIF:CurrentPreProfileMatrix"
+    "Current Pre Profile Matrix" "EXIF:CustomRendered" "Custom Rendered" "EXIF:CustomRendered:0"
+    "EXIF:CustomRendered:1" "Custom" "EXIF:CustomRendered:2" "HDR (no original saved)"
+    "EXIF:CustomRendered:3" "HDR (original saved)" "EXIF:CustomRendered:4" "Original (for HDR)"
+    "EXIF:CustomRendered:6" "Panorama" "EXIF:CustomRendered:7" "Portrait HDR"
+    "EXIF:CustomRendered:8" "Portrait" "EXIF:DNGAdobeData" "DNG Adobe Data"
+    "EXIF:DNGBackwardVersion" "DNG Backward Version" "EXIF:DNGLensInfo" "DNG Lens Info"
+    "EXIF:DNGPrivateData" "DNG Private Data" "EXIF:DNGVersion" "DNG Version" "EXIF:DataType"
+    "Data Type" "EXIF:DateTimeOriginal" "EXIF:Decode" "EXIF:DefaultBlackRender"
+    "Default Black Render" "EXIF:DefaultBlackRender:0" "EXIF:DefaultBlackRender:1"
+    "EXIF:DefaultCropOrigin" "Default Crop Origin" "EXIF:DefaultCropSize" "Default Crop Size"
+    "EXIF:DefaultImageColor" "Default Image Color" "EXIF:DefaultScale" "Default Scale"
+    "EXIF:DefaultUserCrop" "Default User Crop" "EXIF:DepthFar" "Depth Far" "EXIF:DepthFormat"
+    "Depth Format" "EXIF:DepthFormat:0" "EXIF:DepthFormat:1" "Linear" "EXIF:DepthFormat:2" "Inverse"
+    "EXIF:DepthMeasureType" "Depth Measure Type" "EXIF:DepthMeasureType:0" "EXIF:DepthMeasureType:1"
+    "Optical Axis" "EXIF:DepthMeasureType:2" "Optical Ray" "EXIF:DepthNear" "Depth Near"
+    "EXIF:DepthUnits" "Depth Units" "EXIF:DepthUnits:0" "EXIF:DepthUnits:1" "Meters"
+    "EXIF:DeviceSettingDescription" "Device Setting Description" "EXIF:DigitalZoomRatio"
+    "Digital Zoom Ratio" "EXIF:DistortionCorrParams" "Distortion Corr Params"
+    "EXIF:DistortionCorrection" "Distortion Correction" "EXIF:DistortionCorrection:0"
+    "EXIF:DistortionCorrection:1" "EXIF:DistortionCorrection:17" "Auto fixed by lens"
+    "EXIF:DistortionCorrection:255" "EXIF:DocumentName" "Document Name" "EXIF:DotRange" "Dot Range"
+    "EXIF:EXIF" "EXIF:EnhanceParams" "Enhance Params" "EXIF:ExifImageHeight" "Exif Image Height"
+    "EXIF:ExifImageWidth" "Exif Image Width" "EXIF:ExifVersion" "Exif Version" "EXIF:ExpandFilm"
+    "Expand Film" "EXIF:ExpandFilterLens" "Expand Filter Lens" "EXIF:ExpandFlashLamp"
+    "Expand Flash Lamp" "EXIF:ExpandLens" "Expand Lens" "EXIF:ExpandScanner" "Expand Scanner"
+    "EXIF:ExpandSoftware" "Expand Software" "EXIF:Exposure" "EXIF:ExposureCompensation"
+    "Exposure Compensation" "EXIF:ExposureIndex" "Exposure Index" "EXIF:ExposureMode"
+    "Exposure Mode" "EXIF:ExposureMode:0" "EXIF:ExposureMode:1" "Manual" "EXIF:ExposureMode:2"
+    "Auto bracket" "EXIF:ExposureProgram" "Exposure Program" "EXIF:ExposureProgram:0" "Not Defined"
+    "EXIF:ExposureProgram:1" "EXIF:ExposureProgram:2" "Program AE" "EXIF:ExposureProgram:3"
+    "Aperture-priority AE" "EXIF:ExposureProgram:4" "Shutter speed priority AE"
+    "EXIF:ExposureProgram:5" "Creative (Slow speed)" "EXIF:ExposureProgram:6" "Action (High speed)"
+    "EXIF:ExposureProgram:7" "EXIF:ExposureProgram:8" "Landscape" "EXIF:ExposureProgram:9" "Bulb"
+    "EXIF:ExposureTime" "Exposure Time" "EXIF:ExtraSamples" "Extra Samples" "EXIF:ExtraSamples:0"
+    "Unspecified" "EXIF:ExtraSamples:1" "Associated Alpha" "EXIF:ExtraSamples:2"
+    "Unassociated Alpha" "EXIF:FNumber" "F Number" "EXIF:FaxProfile" "Fax Profile"
+    "EXIF:FaxProfile:0" "EXIF:FaxProfile:1" "Minimal B&W lossless, S" "EXIF:FaxProfile:2"
+    "Extended B&W lossless, F" "EXIF:FaxProfile:255" "Multi Profiles" "EXIF:FaxProfile:3"
+    "Lossless JBIG B&W, J" "EXIF:FaxProfile:4" "Lossy color and grayscale, C" "EXIF:FaxProfile:5"
+    "Lossless color and grayscale, L" "EXIF:FaxProfile:6" "Mixed raster content, M"
+    "EXIF:FaxProfile:7" "Profile T" "EXIF:FaxRecvParams" "Fax Recv Params" "EXIF:FaxRecvTime"
+    "Fax Recv Time" "EXIF:FaxSubAddress" "Fax Sub Address" "EXIF:FedexEDR" "Fedex EDR"
+    "EXIF:FileSource" "File Source" "EXIF:FileSource:1" "Film Scanner" "EXIF:FileSource:2"
+    "Reflection Print Scanner" "EXIF:FileSource:3" "Digital Camera"
+    "EXIF:FileSource:\\x03\\x00\\x00\\x00" "Sigma Digital Camera" "EXIF:FillOrder" "Fill Order"
+    "EXIF:FillOrder:1" "EXIF:FillOrder:2" "Reversed" "EXIF:Flash" "EXIF:Flash:0" "No Flash"
+    "EXIF:Flash:1" "Fired" "EXIF:Flash:13" "On, Return not detected" "EXIF:Flash:15"
+    "On, Return detected" "EXIF:Flash:16" "Off, Did not fire" "EXIF:Flash:20"
+    "Off, Did not fire, Return not detected" "EXIF:Flash:24" "Auto, Did not fire" "EXIF:Flash:25"
+    "Auto, Fired" "EXIF:Flash:29" "Auto, Fired, Return not detected" "EXIF:Flash:31"
+    "Auto, Fired, Return detected" "EXIF:Flash:32" "No flash function" "EXIF:Flash:48"
+    "Off, No flash function" "EXIF:Flash:5" "Fired, Return not detected" "EXIF:Flash:65"
+    "Fired, Red-eye reduction" "EXIF:Flash:69" "Fired, Red-eye reduction, Return not detected"
+    "EXIF:Flash:7" "Fired, Return detected" "EXIF:Flash:71"
+    "Fired, Red-eye reduction, Return detected" "EXIF:Flash:73" "On, Red-eye reduction"
+    "EXIF:Flash:77" "On, Red-eye reduction, Return not detected" "EXIF:Flash:79"
+    "On, Red-eye reduction, Return detected" "EXIF:Flash:8" "On, Did not fire" "EXIF:Flash:80"
+    "Off, Red-eye reduction" "EXIF:Flash:88" "Auto, Did not fire, Red-eye reduction" "EXIF:Flash:89"
+    "Auto, Fired, Red-eye reduction" "EXIF:Flash:9" "On, Fired" "EXIF:Flash:93"
+    "Auto, Fired, Red-eye reduction, Return not detected" "EXIF:Flash:95"
+    "Auto, Fired, Red-eye reduction, Return detected" "EXIF:FlashEnergy" "Flash Energy"
+    "EXIF:FlashpixVersion" "Flashpix Version" "EXIF:FocalLength" "Focal Length"
+    "EXIF:FocalLengthIn35mmFormat" "Focal Length In 35mm Format" "EXIF:FocalPlaneResolutionUnit"
+    "Focal Plane Resolution Unit" "EXIF:FocalPlaneResolutionUnit:1"
+    "EXIF:FocalPlaneResolutionUnit:2" "inches" "EXIF:FocalPlaneResolutionUnit:3" "cm"
+    "EXIF:FocalPlaneResolutionUnit:4" "mm" "EXIF:FocalPlaneResolutionUnit:5" "um"
+    "EXIF:FocalPlaneXResolution" "Focal Plane X Resolution" "EXIF:FocalPlaneYResolution"
+    "Focal Plane Y Resolution" "EXIF:ForwardMatrix1" "Forward Matrix 1" "EXIF:ForwardMatrix2"
+    "Forward Matrix 2" "EXIF:ForwardMatrix3" "Forward Matrix 3" "EXIF:FovCot" "Fov Cot"
+    "EXIF:FrameDelay" "Frame Delay" "EXIF:FrameRate" "EXIF:FreeByteCounts" "Free Byte Counts"
+    "EXIF:FreeOffsets" "Free Offsets" "EXIF:GDALMetadata" "GDAL Metadata" "EXIF:GDALNoData"
+    "GDAL No Data" "EXIF:GPSAltitude" "GPS Altitude" "EXIF:GPSAltitudeRef" "GPS Altitude Ref"
+    "EXIF:GPSAltitudeRef:0" "Above Sea Level" "EXIF:GPSAltitudeRef:1" "Below Sea Level"
+    "EXIF:GPSAreaInformation" "GPS Area Information" "EXIF:GPSDOP" "GPS Dilution Of Precision"
+    "EXIF:GPSDateStamp" "GPS Date Stamp" "EXIF:GPSDestBearing" "GPS Dest Bearing"
+    "EXIF:GPSDestBearingRef" "GPS Dest Bearing Ref" "EXIF:GPSDestBearingRef:M" "Magnetic North"
+    "EXIF:GPSDestBearingRef:T" "True North" "EXIF:GPSDestDistance" "GPS Dest Distance"
+    "EXIF:GPSDestDistanceRef" "GPS Dest Distance Ref" "EXIF:GPSDestDistanceRef:K" "Kilometers"
+    "EXIF:GPSDestDistanceRef:M" "Miles" "EXIF:GPSDestDistanceRef:N" "Nautical Miles"
+    "EXIF:GPSDestLatitude" "GPS Dest Latitude" "EXIF:GPSDestLatitudeRef" "GPS Dest Latitude Ref"
+    "EXIF:GPSDestLatitudeRef:N" "North" "EXIF:GPSDestLatitudeRef:S" "South" "EXIF:GPSDestLongitude"
+    "GPS Dest Longitude" "EXIF:GPSDestLongitudeRef" "GPS Dest Longitude Ref"
+    "EXIF:GPSDestLongitudeRef:E" "East" "EXIF:GPSDestLongitudeRef:W" "West" "EXIF:GPSDifferential"
+    "GPS Differential" "EXIF:GPSDifferential:0" "No Correction" "EXIF:GPSDifferential:1"
+    "Differential Corrected" "EXIF:GPSHPositioningError" "GPS Horizontal Positioning Error"
+    "EXIF:GPSImgDirection" "GPS Img Direction" "EXIF:GPSImgDirectionRef" "GPS Img Direction Ref"
+    "EXIF:GPSImgDirectionRef:M" "EXIF:GPSImgDirectionRef:T" "EXIF:GPSLatitude" "GPS Latitude"
+    "EXIF:GPSLatitudeRef" "GPS Latitude Ref" "EXIF:GPSLatitudeRef:N" "EXIF:GPSLatitudeRef:S"
+    "EXIF:GPSLongitude" "GPS Longitude" "EXIF:GPSLongitudeRef" "GPS Longitude Ref"
+    "EXIF:GPSLongitudeRef:E" "EXIF:GPSLongitudeRef:W" "EXIF:GPSMapDatum" "GPS Map Datum"
+    "EXIF:GPSMeasureMode" "GPS Measure Mode" "EXIF:GPSMeasureMode:2" "2-Dimensional Measurement"
+    "EXIF:GPSMeasureMode:3" "3-Dimensional Measurement" "EXIF:GPSProcessingMethod"
+    "GPS Processing Method" "EXIF:GPSSatellites" "GPS Satellites" "EXIF:GPSSpeed" "GPS Speed"
+    "EXIF:GPSSpeedRef" "GPS Speed Ref" "EXIF:GPSSpeedRef:K" "km/h" "EXIF:GPSSpeedRef:M" "mph"
+    "EXIF:GPSSpeedRef:N" "knots" "EXIF:GPSStatus" "GPS Status" "EXIF:GPSStatus:A"
+    "Measurement Active" "EXIF:GPSStatus:V" "Measurement Void" "EXIF:GPSTimeStamp" "GPS Time Stamp"
+    "EXIF:GPSTrack" "GPS Track" "EXIF:GPSTrackRef" "GPS Track Ref" "EXIF:GPSTrackRef:M"
+    "EXIF:GPSTrackRef:T" "EXIF:GPSVersionID" "GPS Version ID" "EXIF:GainControl" "Gain Control"
+    "EXIF:GainControl:0" "EXIF:GainControl:1" "Low gain up" "EXIF:GainControl:2" "High gain up"
+    "EXIF:GainControl:3" "Low gain down" "EXIF:GainControl:4" "High gain down" "EXIF:Gamma"
+    "EXIF:GeoTiffAsciiParams" "Geo Tiff Ascii Params" "EXIF:GlobalPalette" "Global Palette"
+    "EXIF:GrayResponseCurve" "Gray Response Curve" "EXIF:GrayResponseUnit" "Gray Response Unit"
+    "EXIF:GrayResponseUnit:1" "0.1" "EXIF:GrayResponseUnit:2" "0.001" "EXIF:GrayResponseUnit:3"
+    "0.0001" "EXIF:GrayResponseUnit:4" "1e-05" "EXIF:GrayResponseUnit:5" "1e-06" "EXIF:GridSize"
+    "Grid Size" "EXIF:HCUsage" "HC Usage" "EXIF:HCUsage:0" "CT" "EXIF:HCUsage:1" "Line Art"
+    "EXIF:HCUsage:2" "Trap" "EXIF:HalftoneDegree" "Halftone Degree" "EXIF:HalftoneHints"
+    "Halftone Hints" "EXIF:HalftoneLPI" "Halftone LPI" "EXIF:HalftoneLPIUnit" "Halftone LPI Unit"
+    "EXIF:HalftoneMisc" "Halftone Misc" "EXIF:HalftoneScreen" "Halftone Screen" "EXIF:HalftoneShape"
+    "Halftone Shape" "EXIF:HasselbladRawImage" "Hasselblad Raw Image" "EXIF:HeightResolution"
+    "Height Resolution" "EXIF:HighISOMultiplierBlue" "High ISO Multiplier Blue"
+    "EXIF:HighISOMultiplierGreen" "High ISO Multiplier Green" "EXIF:HighISOMultiplierRed"
+    "High ISO Multiplier Red" "EXIF:HostComputer" "Host Computer" "EXIF:Humidity"
+    "EXIF:INGRReserved" "INGR Reserved" "EXIF:IPTC-NAA" "EXIF:ISO" "EXIF:ISOSpeed" "ISO Speed"
+    "EXIF:ISOSpeedLatitudeyyy" "ISO Speed Latitude yyy" "EXIF:ISOSpeedLatitudezzz"
+    "ISO Speed Latitude zzz" "EXIF:IT8Header" "IT8 Header" "EXIF:IlluminantData1"
+    "Illuminant Data 1" "EXIF:IlluminantData2" "Illuminant Data 2" "EXIF:IlluminantData3"
+    "Illuminant Data 3" "EXIF:ImageByteCount" "Image Byte Count" "EXIF:ImageColorIndicator"
+    "Image Color Indicator" "EXIF:ImageColorIndicator:0" "Unspecified Image Color"
+    "EXIF:ImageColorIndicator:1" "Specified Image Color" "EXIF:ImageColorValue" "Image Color Value"
+    "EXIF:ImageDataDiscard" "Image Data Discard" "EXIF:ImageDataDiscard:0" "EXIF:ImageDataDiscard:1"
+    "EXIF:ImageDataDiscard:2" "EXIF:ImageDataDiscard:3" "EXIF:ImageDepth" "Image Depth"
+    "EXIF:ImageDescription" "Image Description" "EXIF:ImageEditingSoftware" "Image Editing Software"
+    "EXIF:ImageEditor" "Image Editor" "EXIF:ImageFullHeight" "Image Full Height"
+    "EXIF:ImageFullWidth" "Image Full Width" "EXIF:ImageHeight" "EXIF:ImageHistory" "Image History"
+    "EXIF:ImageID" "Image ID" "EXIF:ImageLayer" "Image Layer" "EXIF:ImageNumber" "Image Number"
+    "EXIF:ImageOffset" "Image Offset" "EXIF:ImageReferencePoints" "Image Reference Points"
+    "EXIF:ImageSequenceInfo" "Image Sequence Info" "EXIF:ImageSourceData" "Image Source Data"
+    "EXIF:ImageStats" "Image Stats" "EXIF:ImageType" "Image Type" "EXIF:ImageType:1" "Preview"
+    "EXIF:ImageType:2" "Page" "EXIF:ImageUniqueID" "Image Unique ID" "EXIF:ImageWidth"
+    "EXIF:IndexBackground" "Index Background" "EXIF:IndexTransparent" "Index Transparent"
+    "EXIF:Indexed" "EXIF:Indexed:0" "Not indexed" "EXIF:Indexed:1" "EXIF:InkNames" "Ink Names"
+    "EXIF:InkSet" "Ink Set" "EXIF:InkSet:1" "CMYK" "EXIF:InkSet:2" "Not CMYK"
+    "EXIF:IntergraphFlagRegisters" "Intergraph Flag Registers" "EXIF:IntergraphMatrix"
+    "Intergraph Matrix" "EXIF:IntergraphPacketData" "Intergraph Packet Data" "EXIF:Interlace"
+    "EXIF:InteropIndex" "Interoperability Index" "EXIF:InteropIndex:R03"
+    "R03 - DCF option file (Adobe RGB)" "EXIF:InteropIndex:R98" "R98 - DCF basic file (sRGB)"
+    "EXIF:InteropIndex:THM" "THM - DCF thumbnail file" "EXIF:InteropVersion"
+    "Interoperability Version" "EXIF:JBIGOptions" "JBIG Options" "EXIF:JPEGACTables" "JPEGAC Tables"
+    "EXIF:JPEGDCTables" "JPEGDC Tables" "EXIF:JPEGLosslessPredictors" "JPEG Lossless Predictors"
+    "EXIF:JPEGPointTransforms" "JPEG Point Transforms" "EXIF:JPEGProc" "JPEG Proc" "EXIF:JPEGProc:1"
+    "Baseline" "EXIF:JPEGProc:14" "Lossless" "EXIF:JPEGQTables" "JPEGQ Tables" "EXIF:JPEGQuality"
+    "JPEG Quality" "EXIF:JPEGRestartInterval" "JPEG Restart Interval" "EXIF:JPEGTables"
+    "JPEG Tables" "EXIF:JPLCartoIFD" "JPL Carto IFD" "EXIF:JpgFromRaw" "Jpg From Raw"
+    "EXIF:JpgFromRaw2" "Jpg From Raw 2" "EXIF:JpgFromRawLength" "Jpg From Raw Length"
+    "EXIF:JpgFromRawStart" "Jpg From Raw Start" "EXIF:Lens" "EXIF:LensInfo" "Lens Info"
+    "EXIF:LensMake" "Lens Make" "EXIF:LensModel" "Lens Model" "EXIF:LensSerialNumber"
+    "Lens Serial Number" "EXIF:LightSource" "Light Source" "EXIF:LightSource:0" "EXIF:LightSource:1"
+    "EXIF:LightSource:10" "EXIF:LightSource:11" "EXIF:LightSource:12" "EXIF:LightSource:13"
+    "EXIF:LightSource:14" "EXIF:LightSource:15" "EXIF:LightSource:16" "EXIF:LightSource:17"
+    "EXIF:LightSource:18" "EXIF:LightSource:19" "EXIF:LightSource:2" "EXIF:LightSource:20"
+    "EXIF:LightSource:21" "EXIF:LightSource:22" "EXIF:LightSource:23" "EXIF:LightSource:24"
+    "EXIF:LightSource:255" "EXIF:LightSource:3" "EXIF:LightSource:4" "EXIF:LightSource:9"
+    "EXIF:LinearResponseLimit" "Linear Response Limit" "EXIF:LinearityLimitBlue"
+    "Linearity Limit Blue" "EXIF:LinearityLimitGreen" "Linearity Limit Green"
+    "EXIF:LinearityLimitRed" "Linearity Limit Red" "EXIF:LinearizationTable" "Linearization Table"
+    "EXIF:LocalizedCameraModel" "Localized Camera Model" "EXIF:LoopCount" "Loop Count"
+    "EXIF:LuminanceTable" "Luminance Table" "EXIF:MDColorTable" "MD Color Table" "EXIF:MDFileTag"
+    "MD File Tag" "EXIF:MDFileUnits" "MD File Units" "EXIF:MDLabName" "MD Lab Name"
+    "EXIF:MDPrepDate" "MD Prep Date" "EXIF:MDPrepTime" "MD Prep Time" "EXIF:MDSampleInfo"
+    "MD Sample Info" "EXIF:MDScalePixel" "MD Scale Pixel" "EXIF:MSDocumentText" "MS Document Text"
+    "EXIF:MSDocumentTextPosition" "MS Document Text Position" "EXIF:MSPropertySetStorage"
+    "MS Property Set Storage" "EXIF:Make" "EXIF:MakerNoteDJIInfo" "Maker Note DJI Info"
+    "EXIF:MakerNoteKodak12" "Maker Note Kodak 12" "EXIF:MakerNoteLeica10" "Maker Note Leica 10"
+    "EXIF:MakerNoteOlympus3" "Maker Note Olympus 3" "EXIF:MakerNotePanasonic3"
+    "Maker Note Panasonic 3" "EXIF:MakerNoteReconyx3" "Maker Note Reconyx 3"
+    "EXIF:MakerNoteRicohPentax" "Maker Note Ricoh Pentax" "EXIF:MakerNoteSafety" "Maker Note Safety"
+    "EXIF:MakerNoteSafety:0" "Unsafe" "EXIF:MakerNoteSafety:1" "Safe" "EXIF:MaskSubArea"
+    "Mask Sub Area" "EXIF:MaskedAreas" "Masked Areas" "EXIF:MatrixWorldToCamera"
+    "Matrix World To Camera" "EXIF:MatrixWorldToScreen" "Matrix World To Screen" "EXIF:Matteing"
+    "EXIF:MaxApertureValue" "Max Aperture Value" "EXIF:MaxSampleValue" "Max Sample Value"
+    "EXIF:MetadataEditingSoftware" "Metadata Editing Software" "EXIF:MeteringMode" "Metering Mode"
+    "EXIF:MeteringMode:0" "EXIF:MeteringMode:1" "Average" "EXIF:MeteringMode:2"
+    "Center-weighted average" "EXIF:MeteringMode:255" "EXIF:MeteringMode:3" "Spot"
+    "EXIF:MeteringMode:4" "Multi-spot" "EXIF:MeteringMode:5" "Multi-segment" "EXIF:MeteringMode:6"
+    "Partial" "EXIF:MinSampleValue" "Min Sample Value" "EXIF:ModeNumber" "Mode Number" "EXIF:Model"
+    "Camera Model Name" "EXIF:Model2" "Model 2" "EXIF:ModelTiePoint" "Model Tie Point"
+    "EXIF:ModelTransform" "Model Transform" "EXIF:ModifyDate" "EXIF:MoireFilter" "Moire Filter"
+    "EXIF:MultiProfiles" "EXIF:MultiProfiles:1" "Profile S" "EXIF:MultiProfiles:1024"
+    "JBIG2 Profile M" "EXIF:MultiProfiles:128" "Resolution/Image Width" "EXIF:MultiProfiles:16"
+    "Profile L" "EXIF:MultiProfiles:2" "Profile F" "EXIF:MultiProfiles:256" "N Layer Profile M"
+    "EXIF:MultiProfiles:32" "Profile M" "EXIF:MultiProfiles:4" "Profile J" "EXIF:MultiProfiles:512"
+    "Shared Data" "EXIF:MultiProfiles:64" "EXIF:MultiProfiles:8" "Profile C" "EXIF:Multishot"
+    "EXIF:Multishot:0" "EXIF:Multishot:65536" "Pixel Shift" "EXIF:NewRawImageDigest"
+    "New Raw Image Digest" "EXIF:Noise" "EXIF:NoiseProfile" "Noise Profile"
+    "EXIF:NoiseReductionApplied" "Noise Reduction Applied" "EXIF:NoiseReductionParams"
+    "Noise Reduction Params" "EXIF:NumberofInks" "Numberof Inks" "EXIF:OPIProxy" "OPI Proxy"
+    "EXIF:OPIProxy:0" "Higher resolution image does not exist" "EXIF:OPIProxy:1"
+    "Higher resolution image exists" "EXIF:OceApplicationSelector" "Oce Application Selector"
+    "EXIF:OceIDNumber" "Oce ID Number" "EXIF:OceImageLogic" "Oce Image Logic" "EXIF:OceScanjobDesc"
+    "Oce Scanjob Desc" "EXIF:OffsetSchema" "Offset Schema" "EXIF:OffsetTime" "Offset Time"
+    "EXIF:OffsetTimeDigitized" "Offset Time Digitized" "EXIF:OffsetTimeOriginal"
+    "Offset Time Original" "EXIF:OldSubfileType" "Old Subfile Type" "EXIF:OldSubfileType:1"
+    "Full-resolution image" "EXIF:OldSubfileType:2" "Reduced-resolution image"
+    "EXIF:OldSubfileType:3" "Single page of multi-page image" "EXIF:OpcodeList1" "Opcode List 1"
+    "EXIF:OpcodeList1:1" "WarpRectilinear" "EXIF:OpcodeList1:10" "DeltaPerRow" "EXIF:OpcodeList1:11"
+    "DeltaPerColumn" "EXIF:OpcodeList1:12" "ScalePerRow" "EXIF:OpcodeList1:13" "ScalePerColumn"
+    "EXIF:OpcodeList1:14" "WarpRectilinear2" "EXIF:OpcodeList1:2" "WarpFisheye" "EXIF:OpcodeList1:3"
+    "FixVignetteRadial" "EXIF:OpcodeList1:4" "FixBadPixelsConstant" "EXIF:OpcodeList1:5"
+    "FixBadPixelsList" "EXIF:OpcodeList1:6" "TrimBounds" "EXIF:OpcodeList1:7" "MapTable"
+    "EXIF:OpcodeList1:8" "MapPolynomial" "EXIF:OpcodeList1:9" "GainMap" "EXIF:OpcodeList2"
+    "Opcode List 2" "EXIF:OpcodeList2:1" "EXIF:OpcodeList2:10" "EXIF:OpcodeList2:11"
+    "EXIF:OpcodeList2:12" "EXIF:OpcodeList2:13" "EXIF:OpcodeList2:14" "EXIF:OpcodeList2:2"
+    "EXIF:OpcodeList2:3" "EXIF:OpcodeList2:4" "EXIF:OpcodeList2:5" "EXIF:OpcodeList2:6"
+    "EXIF:OpcodeList2:7" "EXIF:OpcodeList2:8" "EXIF:OpcodeList2:9" "EXIF:OpcodeList3"
+    "Opcode List 3" "EXIF:OpcodeList3:1" "EXIF:OpcodeList3:10" "EXIF:OpcodeList3:11"
+    "EXIF:OpcodeList3:12" "EXIF:OpcodeList3:13" "EXIF:OpcodeList3:14" "EXIF:OpcodeList3:2"
+    "EXIF:OpcodeList3:3" "EXIF:OpcodeList3:4" "EXIF:OpcodeList3:5" "EXIF:OpcodeList3:6"
+    "EXIF:OpcodeList3:7" "EXIF:OpcodeList3:8" "EXIF:OpcodeList3:9" "EXIF:Opto-ElectricConvFactor"
+    "Opto-Electric Conv Factor" "EXIF:Orientation" "EXIF:Orientation:1" "EXIF:Orientation:2"
+    "Mirror horizontal" "EXIF:Orientation:3" "EXIF:Orientation:4" "Mirror vertical"
+    "EXIF:Orientation:5" "Mirror horizontal and rotate 270 CW" "EXIF:Orientation:6"
+    "EXIF:Orientation:7" "Mirror horizontal and rotate 90 CW" "EXIF:Orientation:8"
+    "EXIF:OriginalBestQualitySize" "Original Best Quality Size" "EXIF:OriginalDefaultCropSize"
+    "Original Default Crop Size" "EXIF:OriginalDefaultFinalSize" "Original Default Final Size"
+    "EXIF:OriginalFileName" "EXIF:OriginalRawFileData" "Original Raw File Data"
+    "EXIF:OriginalRawFileDigest" "Original Raw File Digest" "EXIF:OriginalRawFileName"
+    "Original Raw File Name" "EXIF:OtherImage" "Other Image" "EXIF:OtherImageLength"
+    "Other Image Length" "EXIF:OtherImageStart" "Other Image Start" "EXIF:OwnerName" "Owner Name"
+    "EXIF:Padding" "EXIF:PageName" "Page Name" "EXIF:PageNumber" "Page Number"
+    "EXIF:PaletteHistogram" "Palette Histogram" "EXIF:PanasonicRawVersion" "Panasonic Raw Version"
+    "EXIF:PanasonicTitle" "Panasonic Title" "EXIF:PanasonicTitle2" "Panasonic Title 2"
+    "EXIF:Photographer" "EXIF:PhotometricInterpretation" "Photometric Interpretation"
+    "EXIF:PhotometricInterpretation:0" "WhiteIsZero" "EXIF:PhotometricInterpretation:1"
+    "BlackIsZero" "EXIF:PhotometricInterpretation:10" "ITULab" "EXIF:PhotometricInterpretation:2"
+    "RGB" "EXIF:PhotometricInterpretation:3" "RGB Palette" "EXIF:PhotometricInterpretation:32803"
+    "Color Filter Array" "EXIF:PhotometricInterpretation:32844" "Pixar LogL"
+    "EXIF:PhotometricInterpretation:32845" "Pixar LogLuv" "EXIF:PhotometricInterpretation:32892"
+    "Sequential Color Filter" "EXIF:PhotometricInterpretation:34892" "Linear Raw"
+    "EXIF:PhotometricInterpretation:4" "Transparency Mask" "EXIF:PhotometricInterpretation:5"
+    "EXIF:PhotometricInterpretation:51177" "Depth Map" "EXIF:PhotometricInterpretation:52527"
+    "Semantic Mask" "EXIF:PhotometricInterpretation:6" "YCbCr" "EXIF:PhotometricInterpretation:8"
+    "CIELab" "EXIF:PhotometricInterpretation:9" "ICCLab" "EXIF:PixelFormat" "Pixel Format"
+    "EXIF:PixelFormat:10" "16-bit BGR565" "EXIF:PixelFormat:11" "16-bit Gray" "EXIF:PixelFormat:12"
+    "24-bit BGR" "EXIF:PixelFormat:13" "24-bit RGB" "EXIF:PixelFormat:14" "32-bit BGR"
+    "EXIF:PixelFormat:15" "32-bit BGRA" "EXIF:PixelFormat:16" "32-bit PBGRA" "EXIF:PixelFormat:17"
+    "32-bit Gray Float" "EXIF:PixelFormat:18" "48-bit RGB Fixed Point" "EXIF:PixelFormat:19"
+    "32-bit BGR101010" "EXIF:PixelFormat:21" "48-bit RGB" "EXIF:PixelFormat:22" "64-bit RGBA"
+    "EXIF:PixelFormat:23" "64-bit PRGBA" "EXIF:PixelFormat:24" "96-bit RGB Fixed Point"
+    "EXIF:PixelFormat:25" "128-bit RGBA Float" "EXIF:PixelFormat:26" "128-bit PRGBA Float"
+    "EXIF:PixelFormat:27" "128-bit RGB Float" "EXIF:PixelFormat:28" "32-bit CMYK"
+    "EXIF:PixelFormat:29" "64-bit RGBA Fixed Point" "EXIF:PixelFormat:30" "128-bit RGBA Fixed Point"
+    "EXIF:PixelFormat:31" "64-bit CMYK" "EXIF:PixelFormat:32" "24-bit 3 Channels"
+    "EXIF:PixelFormat:33" "32-bit 4 Channels" "EXIF:PixelFormat:34" "40-bit 5 Channels"
+    "EXIF:PixelFormat:35" "48-bit 6 Channels" "EXIF:PixelFormat:36" "56-bit 7 Channels"
+    "EXIF:PixelFormat:37" "64-bit 8 Channels" "EXIF:PixelFormat:38" "48-bit 3 Channels"
+    "EXIF:PixelFormat:39" "64-bit 4 Channels" "EXIF:PixelFormat:40" "80-bit 5 Channels"
+    "EXIF:PixelFormat:41" "96-bit 6 Channels" "EXIF:PixelFormat:42" "112-bit 7 Channels"
+    "EXIF:PixelFormat:43" "128-bit 8 Channels" "EXIF:PixelFormat:44" "40-bit CMYK Alpha"
+    "EXIF:PixelFormat:45" "80-bit CMYK Alpha" "EXIF:PixelFormat:46" "32-bit 3 Channels Alpha"
+    "EXIF:PixelFormat:47" "40-bit 4 Channels Alpha" "EXIF:PixelFormat:48" "48-bit 5 Channels Alpha"
+    "EXIF:PixelFormat:49" "56-bit 6 Channels Alpha" "EXIF:PixelFormat:5" "Black & White"
+    "EXIF:PixelFormat:50" "64-bit 7 Channels Alpha" "EXIF:PixelFormat:51" "72-bit 8 Channels Alpha"
+    "EXIF:PixelFormat:52" "64-bit 3 Channels Alpha" "EXIF:PixelFormat:53" "80-bit 4 Channels Alpha"
+    "EXIF:PixelFormat:54" "96-bit 5 Channels Alpha" "EXIF:PixelFormat:55" "112-bit 6 Channels Alpha"
+    "EXIF:PixelFormat:56" "128-bit 7 Channels Alpha" "EXIF:PixelFormat:57"
+    "144-bit 8 Channels Alpha" "EXIF:PixelFormat:58" "64-bit RGBA Half" "EXIF:PixelFormat:59"
+    "48-bit RGB Half" "EXIF:PixelFormat:61" "32-bit RGBE" "EXIF:PixelFormat:62" "16-bit Gray Half"
+    "EXIF:PixelFormat:63" "32-bit Gray Fixed Point" "EXIF:PixelFormat:8" "8-bit Gray"
+    "EXIF:PixelFormat:9" "16-bit BGR555" "EXIF:PixelIntensityRange" "Pixel Intensity Range"
+    "EXIF:PixelMagicJBIGOptions" "Pixel Magic JBIG Options" "EXIF:PixelScale" "Pixel Scale"
+    "EXIF:PixelUnits" "Pixel Units" "EXIF:PixelsPerUnitX" "Pixels Per Unit X" "EXIF:PixelsPerUnitY"
+    "Pixels Per Unit Y" "EXIF:PlanarConfiguration" "Planar Configuration"
+    "EXIF:PlanarConfiguration:1" "Chunky" "EXIF:PlanarConfiguration:2" "Planar" "EXIF:Predictor"
+    "EXIF:Predictor:1" "EXIF:Predictor:2" "Horizontal differencing" "EXIF:Predictor:3"
+    "Floating point" "EXIF:Predictor:34892" "Horizontal difference X2" "EXIF:Predictor:34893"
+    "Horizontal difference X4" "EXIF:Predictor:34894" "Floating point X2" "EXIF:Predictor:34895"
+    "Floating point X4" "EXIF:Pressure" "EXIF:PreviewApplicationName" "Preview Application Name"
+    "EXIF:PreviewApplicationVersion" "Preview Application Version" "EXIF:PreviewColorSpace"
+    "Preview Color Space" "EXIF:PreviewColorSpace:0" "EXIF:PreviewColorSpace:1" "Gray Gamma 2.2"
+    "EXIF:PreviewColorSpace:2" "EXIF:PreviewColorSpace:3" "EXIF:PreviewColorSpace:4" "ProPhoto RGB"
+    "EXIF:PreviewDateTime" "Preview Date Time" "EXIF:PreviewImage" "Preview Image"
+    "EXIF:PreviewImageLength" "Preview Image Length" "EXIF:PreviewImageStart" "Preview Image Start"
+    "EXIF:PreviewSettingsDigest" "Preview Settings Digest" "EXIF:PreviewSettingsName"
+    "Preview Settings Name" "EXIF:PrimaryChromaticities" "Primary Chromaticities" "EXIF:PrintFlags"
+    "Print Flags" "EXIF:PrintFlagsBleedWidth" "Print Flags Bleed Width"
+    "EXIF:PrintFlagsBleedWidthScale" "Print Flags Bleed Width Scale" "EXIF:PrintFlagsCrop"
+    "Print Flags Crop" "EXIF:PrintFlagsVersion" "Print Flags Version" "EXIF:PrintIM"
+    "Print Image Matching" "EXIF:ProcessingSoftware" "Processing Software"
+    "EXIF:ProfileCalibrationSig" "Profile Calibration Sig" "EXIF:ProfileCopyright"
+    "Profile Copyright" "EXIF:ProfileDynamicRange" "Profile Dynamic Range" "EXIF:ProfileEmbedPolicy"
+    "Profile Embed Policy" "EXIF:ProfileEmbedPolicy:0" "Allow Copying" "EXIF:ProfileEmbedPolicy:1"
+    "Embed if Used" "EXIF:ProfileEmbedPolicy:2" "Never Embed" "EXIF:ProfileEmbedPolicy:3"
+    "No Restrictions" "EXIF:ProfileGainTableMap" "Profile Gain Table Map"
+    "EXIF:ProfileGainTableMap2" "Profile Gain Table Map 2" "EXIF:ProfileGroupName"
+    "Profile Group Name" "EXIF:ProfileHueSatMapData1" "Profile Hue Sat Map Data 1"
+    "EXIF:ProfileHueSatMapData2" "Profile Hue Sat Map Data 2" "EXIF:ProfileHueSatMapData3"
+    "Profile Hue Sat Map Data 3" "EXIF:ProfileHueSatMapDims" "Profile Hue Sat Map Dims"
+    "EXIF:ProfileHueSatMapEncoding" "Profile Hue Sat Map Encoding" "EXIF:ProfileHueSatMapEncoding:0"
+    "EXIF:ProfileHueSatMapEncoding:1" "EXIF:ProfileLookTableData" "Profile Look Table Data"
+    "EXIF:ProfileLookTableDims" "Profile Look Table Dims" "EXIF:ProfileLookTableEncoding"
+    "Profile Look Table Encoding" "EXIF:ProfileLookTableEncoding:0"
+    "EXIF:ProfileLookTableEncoding:1" "EXIF:ProfileName" "Profile Name" "EXIF:ProfileToneCurve"
+    "Profile Tone Curve" "EXIF:ProfileType" "Profile Type" "EXIF:ProfileType:0" "EXIF:ProfileType:1"
+    "Group 3 FAX" "EXIF:RAWDevelopingSoftware" "RAW Developing Software" "EXIF:RGBTables"
+    "RGB Tables" "EXIF:RasterPadding" "Raster Padding" "EXIF:RasterPadding:0" "Byte"
+    "EXIF:RasterPadding:1" "Word" "EXIF:RasterPadding:10" "Long Sector" "EXIF:RasterPadding:2"
+    "Long Word" "EXIF:RasterPadding:9" "Sector" "EXIF:Rating" "EXIF:RatingPercent" "Rating Percent"
+    "EXIF:RawDataOffset" "Raw Data Offset" "EXIF:RawDataUniqueID" "Raw Data Unique ID"
+    "EXIF:RawFile" "Raw File" "EXIF:RawFormat" "Raw Format" "EXIF:RawImageDigest" "Raw Image Digest"
+    "EXIF:RawImageSegmentation" "Raw Image Segmentation" "EXIF:RawToPreviewGain"
+    "Raw To Preview Gain" "EXIF:RecommendedExposureIndex" "Recommended Exposure Index"
+    "EXIF:RedBalance" "Red Balance" "EXIF:ReductionMatrix1" "Reduction Matrix 1"
+    "EXIF:ReductionMatrix2" "Reduction Matrix 2" "EXIF:ReductionMatrix3" "Reduction Matrix 3"
+    "EXIF:ReelName" "Reel Name" "EXIF:ReferenceBlackWhite" "Reference Black White"
+    "EXIF:RegionXformTackPoint" "Region Xform Tack Point" "EXIF:RelatedImageFileFormat"
+    "Related Image File Format" "EXIF:RelatedImageHeight" "Related Image Height"
+    "EXIF:RelatedImageWidth" "Related Image Width" "EXIF:RelatedSoundFile" "Related Sound File"
+    "EXIF:ResolutionUnit" "Resolution Unit" "EXIF:ResolutionUnit:1" "EXIF:ResolutionUnit:2"
+    "EXIF:ResolutionUnit:3" "EXIF:ResolutionXLengthUnit" "Resolution X Length Unit"
+    "EXIF:ResolutionXUnit" "Resolution X Unit" "EXIF:ResolutionYLengthUnit"
+    "Resolution Y Length Unit" "EXIF:ResolutionYUnit" "Resolution Y Unit" "EXIF:RowInterleaveFactor"
+    "Row Interleave Factor" "EXIF:RowsPerStrip" "Rows Per Strip" "EXIF:SEMInfo" "SEM Info"
+    "EXIF:SMaxSampleValue" "S Max Sample Value" "EXIF:SMinSampleValue" "S Min Sample Value"
+    "EXIF:SRawType" "SRaw Type" "EXIF:SampleFormat" "Sample Format" "EXIF:SampleFormat:1" "Unsigned"
+    "EXIF:SampleFormat:2" "Signed" "EXIF:SampleFormat:3" "Float" "EXIF:SampleFormat:4" "Undefined"
+    "EXIF:SampleFormat:5" "Complex int" "EXIF:SampleFormat:6" "Complex float" "EXIF:SamplesPerPixel"
+    "Samples Per Pixel" "EXIF:SamsungRawByteOrder" "Samsung Raw Byte Order"
+    "EXIF:SamsungRawPointersLength" "Samsung Raw Pointers Length" "EXIF:SamsungRawPointersOffset"
+    "Samsung Raw Pointers Offset" "EXIF:SamsungRawUnknown" "Samsung Raw Unknown" "EXIF:Saturation"
+    "EXIF:Saturation:0" "EXIF:Saturation:1" "EXIF:Saturation:2" "EXIF:SceneCaptureType"
+    "Scene Capture Type" "EXIF:SceneCaptureType:0" "EXIF:SceneCaptureType:1"
+    "EXIF:SceneCaptureType:2" "EXIF:SceneCaptureType:3" "Night" "EXIF:SceneCaptureType:4"
+    "EXIF:SceneType" "Scene Type" "EXIF:SceneType:1" "Directly photographed"
+    "EXIF:SecurityClassification" "Security Classification" "EXIF:SecurityClassification:C"
+    "Confidential" "EXIF:SecurityClassification:R" "Restricted" "EXIF:SecurityClassification:S"
+    "Secret" "EXIF:SecurityClassification:T" "Top Secret" "EXIF:SecurityClassification:U"
+    "Unclassified" "EXIF:SelfTimerMode" "Self Timer Mode" "EXIF:SemanticInstanceID"
+    "Semantic Instance ID" "EXIF:SemanticName" "Semantic Name" "EXIF:SensingMethod" "Sensing Method"
+    "EXIF:SensingMethod:1" "Monochrome area |\302\240Not defined" "EXIF:SensingMethod:2"
+    "One-chip color area" "EXIF:SensingMethod:3" "Two-chip color area" "EXIF:SensingMethod:4"
+    "Three-chip color area" "EXIF:SensingMethod:5" "Color sequential area" "EXIF:SensingMethod:6"
+    "Monochrome linear" "EXIF:SensingMethod:7" "Trilinear" "EXIF:SensingMethod:8"
+    "Color sequential linear" "EXIF:SensitivityType" "Sensitivity Type" "EXIF:SensitivityType:0"
+    "EXIF:SensitivityType:1" "Standard Output Sensitivity" "EXIF:SensitivityType:2"
+    "EXIF:SensitivityType:3" "EXIF:SensitivityType:4"
+    "Standard Output Sensitivity and Recommended Exposure Index" "EXIF:SensitivityType:5"
+    "Standard Output Sensitivity and ISO Speed" "EXIF:SensitivityType:6"
+    "Recommended Exposure Index and ISO Speed" "EXIF:SensitivityType:7"
+    "Standard Output Sensitivity, Recommended Exposure Index and ISO Speed"
+    "EXIF:SensorBottomBorder" "Sensor Bottom Border" "EXIF:SensorHeight" "Sensor Height"
+    "EXIF:SensorLeftBorder" "Sensor Left Border" "EXIF:SensorRightBorder" "Sensor Right Border"
+    "EXIF:SensorTopBorder" "Sensor Top Border" "EXIF:SensorWidth" "Sensor Width" "EXIF:SerialNumber"
+    "Serial Number" "EXIF:ShadowScale" "Shadow Scale" "EXIF:Shadows" "EXIF:SharedData"
+    "EXIF:Sharpness" "EXIF:Sharpness:0" "EXIF:Sharpness:1" "Soft" "EXIF:Sharpness:2" "Hard"
+    "EXIF:ShutterSpeedValue" "Shutter Speed Value" "EXIF:Site" "EXIF:Smoothness" "EXIF:Software"
+    "EXIF:SonyCropSize" "Sony Crop Size" "EXIF:SonyCropTopLeft" "Sony Crop Top Left"
+    "EXIF:SonyRawFileType" "Sony Raw File Type" "EXIF:SonyRawFileType:0"
+    "Sony Uncompressed 14-bit RAW" "EXIF:SonyRawFileType:1" "Sony Uncompressed 12-bit RAW"
+    "EXIF:SonyRawFileType:2" "Sony Compressed RAW" "EXIF:SonyRawFileType:3"
+    "Sony Lossless Compressed RAW" "EXIF:SonyRawFileType:4" "Sony Lossless Compressed RAW 2"
+    "EXIF:SonyRawImageSize" "Sony Raw Image Size" "EXIF:SonyToneCurve" "Sony Tone Curve"
+    "EXIF:SpatialFrequencyResponse" "Spatial Frequency Response" "EXIF:SpectralSensitivity"
+    "Spectral Sensitivity" "EXIF:StandardOutputSensitivity" "EXIF:StoNits" "Sto Nits"
+    "EXIF:StripByteCounts" "Strip Byte Counts" "EXIF:StripOffsets" "Strip Offsets"
+    "EXIF:StripRowCounts" "Strip Row Counts" "EXIF:SubSecTime" "Sub Sec Time"
+    "EXIF:SubSecTimeDigitized" "Sub Sec Time Digitized" "EXIF:SubSecTimeOriginal"
+    "Sub Sec Time Original" "EXIF:SubTileBlockSize" "Sub Tile Block Size" "EXIF:SubfileType"
+    "EXIF:SubfileType:0" "EXIF:SubfileType:1" "EXIF:SubfileType:16" "Enhanced image data"
+    "EXIF:SubfileType:2" "EXIF:SubfileType:3" "Single page of multi-page reduced-resolution image"
+    "EXIF:SubfileType:4" "Transparency mask" "EXIF:SubfileType:4294967295" "invalid"
+    "EXIF:SubfileType:5" "Transparency mask of reduced-resolution image" "EXIF:SubfileType:6"
+    "Transparency mask of multi-page image" "EXIF:SubfileType:65537"
+    "Alternate reduced-resolution image" "EXIF:SubfileType:65540" "EXIF:SubfileType:7"
+    "Transparency mask of reduced-resolution multi-page image" "EXIF:SubfileType:8" "Depth map"
+    "EXIF:SubfileType:9" "Depth map of reduced-resolution image" "EXIF:SubjectArea" "Subject Area"
+    "EXIF:SubjectDistance" "Subject Distance" "EXIF:SubjectDistanceRange" "Subject Distance Range"
+    "EXIF:SubjectDistanceRange:0" "EXIF:SubjectDistanceRange:1" "Macro"
+    "EXIF:SubjectDistanceRange:2" "Close" "EXIF:SubjectDistanceRange:3" "Distant"
+    "EXIF:SubjectLocation" "Subject Location" "EXIF:T4Options" "T4 Options" "EXIF:T4Options:1"
+    "2-Dimensional encoding" "EXIF:T4Options:2" "EXIF:T4Options:4" "Fill bits added"
+    "EXIF:T6Options" "T6 Options" "EXIF:T6Options:2" "EXIF:T82Options" "T82 Options"
+    "EXIF:T88Options" "T88 Options" "EXIF:TIFF-EPStandardID" "TIFF-EP Standard ID"
+    "EXIF:TIFF_FXExtensions" "TIFF FX Extensions" "EXIF:TIFF_FXExtensions:1"
+    "EXIF:TIFF_FXExtensions:16" "EXIF:TIFF_FXExtensions:2" "EXIF:TIFF_FXExtensions:4"
+    "EXIF:TIFF_FXExtensions:8" "B&W JBIG2" "EXIF:TStop" "T Stop" "EXIF:TargetPrinter"
+    "Target Printer" "EXIF:TextureFormat" "Texture Format" "EXIF:Thresholding" "EXIF:Thresholding:1"
+    "No dithering or halftoning" "EXIF:Thresholding:2" "Ordered dither or halftone"
+    "EXIF:Thresholding:3" "Randomized dither" "EXIF:ThumbnailArtist" "Thumbnail Artist"
+    "EXIF:ThumbnailBitsPerSample" "Thumbnail Bits Per Sample" "EXIF:ThumbnailColorDepth"
+    "Thumbnail Color Depth" "EXIF:ThumbnailCompressedSize" "Thumbnail Compressed Size"
+    "EXIF:ThumbnailCompression" "Thumbnail Compression" "EXIF:ThumbnailCopyright"
+    "Thumbnail Copyright" "EXIF:ThumbnailData" "Thumbnail Data" "EXIF:ThumbnailDateTime"
+    "Thumbnail Date Time" "EXIF:ThumbnailDescription" "Thumbnail Description"
+    "EXIF:ThumbnailEquipMake" "Thumbnail Equip Make" "EXIF:ThumbnailEquipModel"
+    "Thumbnail Equip Model" "EXIF:ThumbnailFormat" "Thumbnail Format" "EXIF:ThumbnailHeight"
+    "Thumbnail Height" "EXIF:ThumbnailImage" "Thumbnail Image" "EXIF:ThumbnailImageHeight"
+    "Thumbnail Image Height" "EXIF:ThumbnailImageWidth" "Thumbnail Image Width"
+    "EXIF:ThumbnailLength" "Thumbnail Length" "EXIF:ThumbnailOffset" "Thumbnail Offset"
+    "EXIF:ThumbnailOrientation" "Thumbnail Orientation" "EXIF:ThumbnailPhotometricInterp"
+    "Thumbnail Photometric Interp" "EXIF:ThumbnailPlanarConfig" "Thumbnail Planar Config"
+    "EXIF:ThumbnailPlanes" "Thumbnail Planes" "EXIF:ThumbnailPrimaryChromaticities"
+    "Thumbnail Primary Chromaticities" "EXIF:ThumbnailRawBytes" "Thumbnail Raw Bytes"
+    "EXIF:ThumbnailRefBlackWhite" "Thumbnail Ref Black White" "EXIF:ThumbnailResolutionUnit"
+    "Thumbnail Resolution Unit" "EXIF:ThumbnailResolutionX" "Thumbnail Resolution X"
+    "EXIF:ThumbnailResolutionY" "Thumbnail Resolution Y" "EXIF:ThumbnailRowsPerStrip"
+    "Thumbnail Rows Per Strip" "EXIF:ThumbnailSamplesPerPixel" "Thumbnail Samples Per Pixel"
+    "EXIF:ThumbnailSoftware" "Thumbnail Software" "EXIF:ThumbnailStripByteCounts"
+    "Thumbnail Strip Byte Counts" "EXIF:ThumbnailStripOffsets" "Thumbnail Strip Offsets"
+    "EXIF:ThumbnailTransferFunction" "Thumbnail Transfer Function" "EXIF:ThumbnailWhitePoint"
+    "Thumbnail White Point" "EXIF:ThumbnailWidth" "Thumbnail Width"
+    "EXIF:ThumbnailYCbCrCoefficients" "Thumbnail Y Cb Cr Coefficients"
+    "EXIF:ThumbnailYCbCrPositioning" "Thumbnail Y Cb Cr Positioning"
+    "EXIF:ThumbnailYCbCrSubsampling" "Thumbnail Y Cb Cr Subsampling" "EXIF:TileByteCounts"
+    "Tile Byte Counts" "EXIF:TileDepth" "Tile Depth" "EXIF:TileLength" "Tile Length"
+    "EXIF:TileOffsets" "Tile Offsets" "EXIF:TileWidth" "Tile Width" "EXIF:TimeCodes" "Time Codes"
+    "EXIF:TimeZoneOffset" "Time Zone Offset" "EXIF:Title" "EXIF:TransferFunction"
+    "Transfer Function" "EXIF:TransferRange" "Transfer Range" "EXIF:Transformation"
+    "EXIF:Transformation:0" "EXIF:Transformation:1" "EXIF:Transformation:2" "EXIF:Transformation:3"
+    "EXIF:Transformation:4" "EXIF:Transformation:5" "EXIF:Transformation:6" "EXIF:Transformation:7"
+    "EXIF:TransparencyIndicator" "Transparency Indicator" "EXIF:TrapIndicator" "Trap Indicator"
+    "EXIF:UIC1Tag" "UIC1 Tag" "EXIF:UIC2Tag" "UIC2 Tag" "EXIF:UIC3Tag" "UIC3 Tag" "EXIF:UIC4Tag"
+    "UIC4 Tag" "EXIF:USPTOMiscellaneous" "USPTO Miscellaneous" "EXIF:USPTOOriginalContentType"
+    "USPTO Original Content Type" "EXIF:USPTOOriginalContentType:0" "Text or Drawing"
+    "EXIF:USPTOOriginalContentType:1" "Grayscale" "EXIF:USPTOOriginalContentType:2" "Color"
+    "EXIF:Uncompressed" "EXIF:Uncompressed:0" "EXIF:Uncompressed:1" "EXIF:UniqueCameraModel"
+    "Unique Camera Model" "EXIF:UserComment" "User Comment" "EXIF:VersionYear" "Version Year"
+    "EXIF:VignettingCorrParams" "Vignetting Corr Params" "EXIF:VignettingCorrection"
+    "Vignetting Correction" "EXIF:VignettingCorrection:256" "EXIF:VignettingCorrection:257"
+    "EXIF:VignettingCorrection:272" "Auto (ILCE-1)" "EXIF:VignettingCorrection:511"
+    "EXIF:WBBlueLevel" "WB Blue Level" "EXIF:WBGreenLevel" "WB Green Level" "EXIF:WBRedLevel"
+    "WB Red Level" "EXIF:WB_GRGBLevels" "WB GRGB Levels" "EXIF:WB_RGGBLevels" "WB RGGB Levels"
+    "EXIF:WangAnnotation" "Wang Annotation" "EXIF:WangTag1" "Wang Tag 1" "EXIF:WangTag3"
+    "Wang Tag 3" "EXIF:WangTag4" "Wang Tag 4" "EXIF:WarpQuadrilateral" "Warp Quadrilateral"
+    "EXIF:WaterDepth" "Water Depth" "EXIF:WhiteBalance" "White Balance" "EXIF:WhiteBalance:0"
+    "EXIF:WhiteBalance:1" "EXIF:WhiteLevel" "White Level" "EXIF:WhitePoint" "White Point"
+    "EXIF:WidthResolution" "Width Resolution" "EXIF:WrapModes" "Wrap Modes" "EXIF:XClipPathUnits"
+    "X Clip Path Units" "EXIF:XPAuthor" "XP Author" "EXIF:XPComment" "XP Comment" "EXIF:XPKeywords"
+    "XP Keywords" "EXIF:XPSubject" "XP Subject" "EXIF:XPTitle" "XP Title" "EXIF:XPosition"
+    "X Position" "EXIF:XResolution" "X Resolution" "EXIF:YCbCrCoefficients" "Y Cb Cr Coefficients"
+    "EXIF:YCbCrPositioning" "Y Cb Cr Positioning" "EXIF:YCbCrPositioning:1" "Centered"
+    "EXIF:YCbCrPositioning:2" "Co-sited" "EXIF:YCbCrSubSampling" "Y Cb Cr Sub Sampling"
+    "EXIF:YCbCrSubSampling:1 1" "YCbCr4:4:4 (1 1)" "EXIF:YCbCrSubSampling:1 2" "YCbCr4:4:0 (1 2)"
+    "EXIF:YCbCrSubSampling:1 4" "YCbCr4:4:1 (1 4)" "EXIF:YCbCrSubSampling:2 1" "YCbCr4:2:2 (2 1)"
+    "EXIF:YCbCrSubSampling:2 2" "YCbCr4:2:0 (2 2)" "EXIF:YCbCrSubSampling:2 4" "YCbCr4:2:1 (2 4)"
+    "EXIF:YCbCrSubSampling:4 1" "YCbCr4:1:1 (4 1)" "EXIF:YCbCrSubSampling:4 2" "YCbCr4:1:0 (4 2)"
+    "EXIF:YClipPathUnits" "Y Clip Path Units" "EXIF:YPosition" "Y Position" "EXIF:YResolution"
+    "Y Resolution" "光圈" "图像作者" "电池电量" "每个组件的比特数" "亮度" "CFA 模式" "太阳光" "阴天" "阴影" "日光色荧光灯（D5700-7100K）"
+    "日光白色荧光灯（N4600-5500K）" "冷白色荧光灯（W3800-4500K）" "白色荧光灯（WW3250-3800K）" "暖白荧光灯（L2600-3250K）" "标准光A"
+    "标准光B" "标准光C" "荧光" "ISO相室白炽灯" "其他光源" "白炽灯" "闪光" "晴天" "色彩空间信息" "色彩特性文件" "自发" "图像压缩模式" "压缩方案"
+    "未压缩" "NeXT 2比特编码" "索尼 ARW 压缩" "ThunderScan 4比特编码" "柯达 KDC 压缩" "SGI 32比特对数亮度编码" "SGI 24比特对数亮度编码"
+    "尼康 NEF 压缩" "JPEG (旧样式)" "柯达 DCR 压缩" "宾得 PEF 压缩" "JEPG压缩率" "对比度" "标准" "软调" "硬调" "用户自定义图像处理"
+    "普通模式" "自定义处理" "设备设定说明" "数码变焦比" "Exif 版本" "胶片扩展" "滤镜扩展" "闪光灯扩展" "镜头扩展" "扫描仪扩展" "软件扩展" "曝光偏差"
+    "曝光索引" "曝光模式" "自动曝光" "手动曝光" "自动支架" "曝光程序" "手动" "一般程序" "光圈优先" "快门优先" "创意摄影" "运动摄影" "人物" "风景"
+    "曝光时间" "光圈数" "文件来源" "胶片扫描仪" "反射型扫描仪" "数码相机" "无闪光功能" "闪光灯亮" "开 (强制闪光，检测返回光)" "开 (自动闪光)"
+    "开 (自动闪光，检测返回光)" "开 (减轻红眼)" "开 (检测返回光)" "开 (减轻红眼，检测返回光)" "开 (强制闪光(减轻红眼))" "开 (强制闪光，减轻红眼，检测返回光)"
+    "开 (自动闪光，减轻红眼)" "开 (强制闪光)" "闪光强度" "支持的 Flashpix 版本" "焦距" "35 mm 换算镜头焦点距离" "焦平面分辨率单位" "英寸"
+    "µm (微米)" "焦平面 X 分辨率" "焦平面 Y 分辨率" "空白字节数" "海拔高度" "高度基准" "海平面" "海拔(负值)" "GPS区域名" "测量精度" "GPS日期"
+    "目的地方位" "目的地方位参照" "离终点的距离" "距目的地距离参照" "公里数" "英里数" "节数" "终点纬度" "目的地的北纬或南纬" "北纬" "南纬" "终点经度"
+    "目的地的东经或西经" "东经" "西经" "GPS 差分校正" "非差分校正测量" "差分校正定位" "图像方向" "图像方向参照" "纬度" "北纬或者南纬" "经度" "东经或者西经"
+    "使用的大地测量数据" "GPS测量模式" "2维测量" "3维测量" "定位方式名称" "用于定位的 GPS 卫星信号" "GPS接收器的速度" "速度单位" "公里/小时" "英里/小时"
+    "海里/小时" "GPS 接收器状态" "正在测量中" "测量中断" "GPS 时间(原子钟)" "运动方向" "运动方向参照" "磁场方向" "真方向" "GPS标签版本" "增益控制"
+    "无" "弱增益" "强增益" "弱减少" "强减少" "IPTC-NAA 元数据" "图像标题" "图像唯一标识" "互用标识" "THM: DCF 缩略图文件" "互用版本" "镜头"
+    "镜头信息" "光源" "最大镜头光圈" "测量方式" "平均" "中央重点" "其它" "点测光" "多点" "分割测光" "部分测光" "型号" "噪声" "光电转换因子"
+    "0° (上/右)" "180° (底/左)" "90° CW (左/上)" "90° CCW (右/底)" "页数" "像素方案" "零白色" "零黑色" "调色板颜色"
+    "CFA (颜色滤镜矩阵)" "CIE Log2(L) (对数亮度)" "CIE Log2(L)(u',v') (对数亮度和色度)" "透明蒙板" "图像数据排列" "点顺序格式"
+    "平面格式" "原色色度坐标值" "评分" "百分比评级" "黑白参照值对" "相关图像文件格式" "相关图像高度" "相关图像宽度" "相关的音频文件" "图像高宽分辨率单位"
+    "像素/厘米" "每条带的行数" "组件数" "饱和度" "低饱和度" "高饱和度" "取景类型" "夜景" "场景类型" "直接拍摄的图像" "感应方法" "单片色彩区感应器"
+    "2 片色彩区传感器" "3 片色彩区传感器" "色彩连续区感应器" "3 线传感器" "色彩连续线性感应器" "照相机标识" "锐度" "弱" "强" "快门速度" "使用软件"
+    "空间频率响应" "光谱灵敏度" "每压缩条带的字节数" "图像数据位置" "时间的次秒" "数字化时间的次秒" "原始时间的次秒" "被摄对象区域" "目标距离" "被摄对象距离范围"
+    "微距" "近景" "远景" "被摄对象位置" "T6 选项" "缩略图" "传送功能" "用户注释" "白平衡" "自动" "白点色度" "关键词" "色彩空间变换矩阵系数"
+    "YCC 像素结构(Y 和 C 的位置)" "中心的" "一致" "YCC 像素结构(Y 至 C 的子采样率)" "Accélération" "Zone active"
+    "Balance analogique" "Annotations Photoshop"
+    "Puissance relative du filtre anticrénelage de l'appareil" "Ouverture" "Artiste"
+    "Balance neutre à la prise de vue" "Matrice de pré-profil à la prise de vue"
+    "Nom du profil du cliché" "Balance blanc X-Y à la prise de vue"
+    "Indicateur de couleur d'arrière-plan" "Valeur de couleur d'arrière-plan"
+    "Mauvaises lignes de Fax" "Exposition de référence" "Bruit de référence" "Netteté de référence"
+    "Batterie" "Séparation de vert Bayer" "Meilleure balance de qualité"
+    "Bits par « Run Length » étendue" "Bits par « Run Length »" "Nombre de bits par échantillon"
+    "Niveau noir" "Delta H du niveau noir" "Delta V du niveau noir"
+    "Dimension de répétition du niveau noir" "Balance bleue" "Luminosité" "Organisation CFA"
     "Plan rectangulaire (ou carré)"
     "Organisation décalée A : les colonnes paires sont décalées vers le bas d'une demi-rangée."
     "Organisation décalée B : les colonnes paires sont décalées vers le haut d'une demi-rangée."
     "Organisation décalée C : les rangées paires sont décalées vers la droite d'une demi-colonne."
     "Organisation décalée D : les rangées paires sont décalées vers la gauche d'une demi-colonne."
-    "Matrice de filtrage couleur""Modèle CFA 2""Non applicable""[Rouge,Vert][Vert,Bleu]"
-    "[Vert,Rouge][Bleu,Vert]""[Vert,Bleu][Rouge,Vert]""[Bleu,Vert][Vert,Rouge]""Couleur de plan CFA"
-    "Dimension du modèle de répétition CFA""Equivalent CMJK""Motif CR2 CFA"
-    "Illuminant de calibration 1""Inconnue""Lumière du jour""Temps nuageux""Ombre"
-    "Fluorescente type jour""Fluorescente type blanc""Fluorescente type soft""Fluorescent blanc"
-    "Fluorescent blanc chaud""Lumière standard A""Lumière standard B""Lumière standard C"
-    "Fluorescente""Tungstène studio ISO""Autre source de lumière""Tungstène (lumière incandescente)"
-    "Beau temps""Illuminant de calibration 2""Calibration de l'appareil photo 1"
-    "Calibration de l'appareil photo 2""Calibration de l'appareil photo 3"
-    "Signature de calibration de l'appareil photo""Angle d'élémvation de l'appareil photo"
-    "Numéro de série de l'appareil photo""Longueur de la cellule""Largeur de la cellule"
-    "Rayon de flou de chromatisme""Paramètres de correction de l'aberration chromatique"
-    "Correction de l'aberration chromatique""Désactivée""Aucun paramètre de correction disponible"
-    "Données de Fax propres""Chemin d'accès à l'extrait""Caractérisation de la couleur"
-    "Charte de couleur""Matrice de couleurs 1""Matrice de couleurs 2""Matrice de couleurs 3"
-    "Unité de réponse de la couleur""Séquence de couleur""Espace colorimétrique""sRVB""Adobe RVB"
-    "Wide Gamut RVB""Profil ICC""Non calibré""Tableau de couleurs""Référence colorimétrique"
-    "Image composite""N'est pas une image composite""Image composite générale"
-    "Image composite capturée pendant la prise de vue""Mode de compression de l'image"
-    "Schéma de compression""Non compressé""JBIG Couleur""T4/Groupe 3 Fax""Encodage NeXT 2 bits"
-    "Sony ARW Compressé""RAW encapsulé""Samsung SRW Compressé""Samsung SRW Compressé 2"
-    "Encodage ThunderScan 4 bits""Compressé avec Kodak KDC""Film Pixar""Journal Pixar"
-    "Aperio JPEG 2000 RVB""RAW 1 Panasonic""Encodage Log luminance SGI 32 bits"
-    "Encodage Log luminance SGI 24 bits""Nikon NEF compressé"
+    "Matrice de filtrage couleur" "Modèle CFA 2" "Non applicable" "[Rouge,Vert][Vert,Bleu]"
+    "[Vert,Rouge][Bleu,Vert]" "[Vert,Bleu][Rouge,Vert]" "[Bleu,Vert][Vert,Rouge]"
+    "Couleur de plan CFA" "Dimension du modèle de répétition CFA" "Equivalent CMJK" "Motif CR2 CFA"
+    "Illuminant de calibration 1" "Inconnue" "Lumière du jour" "Temps nuageux" "Ombre"
+    "Fluorescente type jour" "Fluorescente type blanc" "Fluorescente type soft" "Fluorescent blanc"
+    "Fluorescent blanc chaud" "Lumière standard A" "Lumière standard B" "Lumière standard C"
+    "Fluorescente" "Tungstène studio ISO" "Autre source de lumière"
+    "Tungstène (lumière incandescente)" "Beau temps" "Illuminant de calibration 2"
+    "Calibration de l'appareil photo 1" "Calibration de l'appareil photo 2"
+    "Calibration de l'appareil photo 3" "Signature de calibration de l'appareil photo"
+    "Angle d'élémvation de l'appareil photo" "Numéro de série de l'appareil photo"
+    "Longueur de la cellule" "Largeur de la cellule" "Rayon de flou de chromatisme"
+    "Paramètres de correction de l'aberration chromatique" "Correction de l'aberration chromatique"
+    "Désactivée" "Aucun paramètre de correction disponible" "Données de Fax propres"
+    "Chemin d'accès à l'extrait" "Caractérisation de la couleur" "Charte de couleur"
+    "Matrice de couleurs 1" "Matrice de couleurs 2" "Matrice de couleurs 3"
+    "Unité de réponse de la couleur" "Séquence de couleur" "Espace colorimétrique" "sRVB"
+    "Adobe RVB" "Wide Gamut RVB" "Profil ICC" "Non calibré" "Tableau de couleurs"
+    "Référence colorimétrique" "Image composite" "N'est pas une image composite"
+    "Image composite générale" "Image composite capturée pendant la prise de vue"
+    "Mode de compression de l'image" "Schéma de compression" "Non compressé" "JBIG Couleur"
+    "T4/Groupe 3 Fax" "Encodage NeXT 2 bits" "Sony ARW Compressé" "RAW encapsulé"
+    "Samsung SRW Compressé" "Samsung SRW Compressé 2" "Encodage ThunderScan 4 bits"
+    "Compressé avec Kodak KDC" "Film Pixar" "Journal Pixar" "Aperio JPEG 2000 RVB" "RAW 1 Panasonic"
+    "Encodage Log luminance SGI 32 bits" "Encodage Log luminance SGI 24 bits" "Nikon NEF compressé"
     "Microsoft Document Imaging (MDI) Codec de niveau binaire"
     "Microsoft Document Imaging (MDI) Codec de transformation progressive"
-    "Microsoft Document Imaging (MDI) Vectoriel""RAW 2 Panasonic""RAW 3 Panasonic""RAW 4 Panasonic"
-    "JPEG avec pertes""T6/Groupe 4 Fax""JPEG (ancien schéma)""Compressé avec Kodak DCR"
-    "Compression Pentax PEF""Compression JPEG""JBIG N&B""Mauvaises lignes de Fax consécutives"
-    "Contraste""Normale""Faible""Fort""Recadrage inférieur""Recadrage gauche""Recadrage droite"
-    "Recadrage supérieur""Matrice de pré-profil actuelle""Traitement de l'image""Traitement normal"
-    "Traitement personnalisé""HDR (pas d'original enregistré)""HDR (original enregistré)"
-    "Original (pour HDR)""Version DNG antérieure""Distance focale minimale""Version DNG"
-    "Type de données""Origine du recadrage par défaut""Taille du recadrage par défaut"
-    "Echelle par défaut""Description des réglages de l'appareil""Rapport de zoom numérique"
-    "Paramètres de correction de la distorsion""Correction de la distorsion"
-    "Correction automatique réalisée par l'objectif""Nom du document""Étendue de points"
-    "Version Exif""Extension film""Objectif à filtre extensible""Extension de lampe flash"
-    "Extension d'objectif""Extension Scanner""Extension logiciel""Exposition""Décalage d'exposition"
-    "Indice d'exposition""Mode d'exposition""Exposition automatique""Exposition manuelle"
-    "Bracketting auto""Programme d'exposition""Non défini""Manuel""Programme normal"
-    "Priorité à l'ouverture AE""Priorité vitesse""Programme créatif (orienté profondeur de champ)"
-    "Programme action (orienté grandes vitesses d'obturation)""Mode portrait""Paysage"
-    "Temps de pose""Echantillons supplémentaires""Diaphragme ƒ""Paramètres de réception Fax"
-    "Temps de réception Fax""Sous-adresse Fax""Source du fichier""Scanner de film"
-    "Scanner par réflexion""Appareil photo numérique""Appareil photo numérique Sigma"
-    "Ordre de remplissage""Inversé""Flash ""Flash non déclenché""Flash déclenché"
+    "Microsoft Document Imaging (MDI) Vectoriel" "RAW 2 Panasonic" "RAW 3 Panasonic"
+    "RAW 4 Panasonic" "JPEG avec pertes" "T6/Groupe 4 Fax" "JPEG (ancien schéma)"
+    "Compressé avec Kodak DCR" "Compression Pentax PEF" "Compression JPEG" "JBIG N&B"
+    "Mauvaises lignes de Fax consécutives" "Contraste" "Normale" "Faible" "Fort"
+    "Recadrage inférieur" "Recadrage gauche" "Recadrage droite" "Recadrage supérieur"
+    "Matrice de pré-profil actuelle" "Traitement de l'image" "Traitement normal"
+    "Traitement personnalisé" "HDR (pas d'original enregistré)" "HDR (original enregistré)"
+    "Original (pour HDR)" "Version DNG antérieure" "Distance focale minimale" "Version DNG"
+    "Type de données" "Origine du recadrage par défaut" "Taille du recadrage par défaut"
+    "Echelle par défaut" "Description des réglages de l'appareil" "Rapport de zoom numérique"
+    "Paramètres de correction de la distorsion" "Correction de la distorsion"
+    "Correction automatique réalisée par l'objectif" "Nom du document" "Étendue de points"
+    "Version Exif" "Extension film" "Objectif à filtre extensible" "Extension de lampe flash"
+    "Extension d'objectif" "Extension Scanner" "Extension logiciel" "Exposition"
+    "Décalage d'exposition" "Indice d'exposition" "Mode d'exposition" "Exposition automatique"
+    "Exposition manuelle" "Bracketting auto" "Programme d'exposition" "Non défini" "Manuel"
+    "Programme normal" "Priorité à l'ouverture AE" "Priorité vitesse"
+    "Programme créatif (orienté profondeur de champ)"
+    "Programme action (orienté grandes vitesses d'obturation)" "Mode portrait" "Paysage"
+    "Temps de pose" "Echantillons supplémentaires" "Diaphragme ƒ" "Paramètres de réception Fax"
+    "Temps de réception Fax" "Sous-adresse Fax" "Source du fichier" "Scanner de film"
+    "Scanner par réflexion" "Appareil photo numérique" "Appareil photo numérique Sigma"
+    "Ordre de remplissage" "Inversé" "Flash " "Flash non déclenché" "Flash déclenché"
     "Flash déclenché, mode flash forcé, lumière renvoyée non détectée"
     "Flash déclenché, mode flash forcé, lumière renvoyée détectée"
     "Flash non déclenché, mode flash forcé"
-    "Éteint, flash non déclenché, lumière renvoyée non détectée""Flash non déclenché, mode auto"
-    "Flash déclenché, mode auto""Flash déclenché, mode auto, lumière renvoyée non détectée"
-    "Flash déclenché, mode auto, lumière renvoyée détectée""Pas de fonction flash"
-    "Éteint, pas de fonction flash""Lumière renvoyée sur le capteur non détectée"
+    "Éteint, flash non déclenché, lumière renvoyée non détectée" "Flash non déclenché, mode auto"
+    "Flash déclenché, mode auto" "Flash déclenché, mode auto, lumière renvoyée non détectée"
+    "Flash déclenché, mode auto, lumière renvoyée détectée" "Pas de fonction flash"
+    "Éteint, pas de fonction flash" "Lumière renvoyée sur le capteur non détectée"
     "Flash déclenché, mode réduction yeux rouges"
     "Flash déclenché, mode réduction yeux rouges, lumière renvoyée non détectée"
     "Lumière renvoyée sur le capteur détectée"
@@ -1150,180 +1218,186 @@ constexpr char kText[] =
     "Flash déclenché, mode forcé, mode réduction yeux rouges"
     "Flash déclenché, mode forcé, mode réduction yeux rouges, lumière renvoyée non détectée"
     "Flash déclenché, mode forcé, mode réduction yeux rouges, lumière renvoyée détectée"
-    "Hors service, flash non déclenché""Éteint, mode réduction yeux rouges"
+    "Hors service, flash non déclenché" "Éteint, mode réduction yeux rouges"
     "Auto, flash non déclenché, mode réduction yeux rouges"
     "Flash déclenché, mode auto, mode réduction yeux rouges, lumière renvoyée détectée"
     "Flash déclenché, mode flash forcé"
     "Flash déclenché, mode auto, lumière renvoyée non détectée, mode réduction yeux rouges"
     "Flash déclenché, mode auto, lumière renvoyée détectée, mode réduction yeux rouges"
-    "Énergie du flash""Version Flashpix""Focale de l'objectif"
-    "Longueur de focale équivalente à un film 35 mm""Unité de résolution de plan focal""Pouces"
-    "µm (micromètre)""Résolution du plan focal horizontal""Résolution du plan focal vertical"
-    "Matrice de déplacement 1""Matrice de déplacement 2""Matrice de déplacement 3"
-    "Nombre d'octets libres""Offsets libres""Altitude GPS""Référence de l'altitude GPS"
-    "Au-dessus du niveau de la mer""En-dessous du niveau de la mer""Nom de la zone GPS"
-    "Précision de la mesure""Horodatage GPS""Azimut GPS de la destination"
-    "Référence de l'azimut GPS de la destination""Nord magnétique""Nord vrai"
-    "Distance GPS de la destination""Référence de la distance GPS de la destination""Kilomètres"
-    "Milles nautiques""Latitude GPS de la destination"
-    "Référence de la valeur GPS en latitude de la destination""Nord""Sud"
-    "Longitude GPS de la destination""Référence de la valeur GPS en longitude de la destination"
-    "Est""Ouest""Différentiel GPS""Sans correction""Différentiel corrigé"
-    "Erreur horizontale de la position GPS""Direction GPS de la prise de vue"
-    "Référence de la direction GPS de la prise de vue""Latitude GPS"
-    "Référence de la valeur GPS en latitude""Longitude GPS""Référence de la valeur GPS en Longitude"
-    "Données de surveillance géodésique utilisées""Mode de mesure GPS""Mesure bidimensionnelle"
-    "Mesure tridimensionnelle""Nom de la méthode de traitement GPS"
-    "Satellites GPS utilisés pour la mesure""Vitesse du récepteur GPS""Référence de vitesse du GPS"
-    "Kilomètres par heure""Miles par heure""nœuds""État du récepteur GPS""Mesure active"
-    "Mesure vide""Heure GPS (horloge atomique)""Tracé GPS""Référence pour du tracé GPS"
-    "Identifiant de la version GPS""Contrôle du gain""Aucun""Augmentation du gain faible"
-    "Augmentation du gain élevé""Réduction du gain faible""Réduction du gain élevé"
-    "Tag de paramètres Ascii GeoTiff""Courbe de réponse grise"
-    "Unités des valeurs de réponses grises""0.1. La valeur représente des dixièmes"
-    "0.001. La valeur représente des centièmes""0.0001 - La valeur représente des millièmes"
+    "Énergie du flash" "Version Flashpix" "Focale de l'objectif"
+    "Longueur de focale équivalente à un film 35 mm" "Unité de résolution de plan focal" "Pouces"
+    "µm (micromètre)" "Résolution du plan focal horizontal" "Résolution du plan focal vertical"
+    "Matrice de déplacement 1" "Matrice de déplacement 2" "Matrice de déplacement 3"
+    "Nombre d'octets libres" "Offsets libres" "Altitude GPS" "Référence de l'altitude GPS"
+    "Au-dessus du niveau de la mer" "En-dessous du niveau de la mer" "Nom de la zone GPS"
+    "Précision de la mesure" "Horodatage GPS" "Azimut GPS de la destination"
+    "Référence de l'azimut GPS de la destination" "Nord magnétique" "Nord vrai"
+    "Distance GPS de la destination" "Référence de la distance GPS de la destination" "Kilomètres"
+    "Milles nautiques" "Latitude GPS de la destination"
+    "Référence de la valeur GPS en latitude de la destination" "Nord" "Sud"
+    "Longitude GPS de la destination" "Référence de la valeur GPS en longitude de la destination"
+    "Est" "Ouest" "Différentiel GPS" "Sans correction" "Différentiel corrigé"
+    "Erreur horizontale de la position GPS" "Direction GPS de la prise de vue"
+    "Référence de la direction GPS de la prise de vue" "Latitude GPS"
+    "Référence de la valeur GPS en latitude" "Longitude GPS"
+    "Référence de la valeur GPS en Longitude" "Données de surveillance géodésique utilisées"
+    "Mode de mesure GPS" "Mesure bidimensionnelle" "Mesure tridimensionnelle"
+    "Nom de la méthode de traitement GPS" "Satellites GPS utilisés pour la mesure"
+    "Vitesse du récepteur GPS" "Référence de vitesse du GPS" "Kilomètres par heure"
+    "Miles par heure" "nœuds" "État du récepteur GPS" "Mesure active" "Mesure vide"
+    "Heure GPS (horloge atomique)" "Tracé GPS" "Référence pour du tracé GPS"
+    "Identifiant de la version GPS" "Contrôle du gain" "Aucun" "Augmentation du gain faible"
+    "Augmentation du gain élevé" "Réduction du gain faible" "Réduction du gain élevé"
+    "Tag de paramètres Ascii GeoTiff" "Courbe de réponse grise"
+    "Unités des valeurs de réponses grises" "0.1. La valeur représente des dixièmes"
+    "0.001. La valeur représente des centièmes" "0.0001 - La valeur représente des millièmes"
     "1e-05 - LLa valeur représente des dix-millièmes"
-    "1e-06 - La valeur représente des cent-millièmes""Taille de la grille""Usage HC"
-    "Indications sur les demi-teintes""Ordinateur hôte""Métadonnées IPTC-NAA""Sensibilité ISO"
-    "En-tête IT8""Indicateur de couleur de l'image""Valeur de couleur de l'image"
-    "Profondeur de l'image""Description de l'image""Historique de l'image""ID de l'image"
-    "Couche image""Numéro de l'image""Données source de l'image""Type de l'image"
-    "Identificateur unique de l'image""Indexé""Nom des encres""Encrage""Matrice intergraphe"
-    "Entrelacement""Identification d'interopérabilité""R03: fichier d'option DCF (Adobe RVB)"
-    "R98: fichier de base DCF (sRVB)""THM: fichier de vignette DCF""Version d'interopérabilité"
-    "Tableaux AC JPEG""Tableaux DC JPEG""Prédicteurs JPEG sans perte""Transformations de point JPEG"
-    "Proc JPEG""Tableaux Q JPEG""Intervalle de redémarrage JPEG""Tableaux JPEG"
-    "Jpeg à partir des données RAW""Longueur du Jpeg à partir des données RAW"
-    "Début du Jpeg à partir des données RAW""Objectif ""Informations sur l'objectif"
-    "Marque de l'objectif""Modèle de l'objectif""Numéro de série de l'objectif""Source de lumière"
-    "Nuageux""Lumière du jour Fluorescente""Jour blanc Fluorescent""Autre"
-    "Limite de réponse linéaire""Table de linéarisation""Nom localisé du modèle de l'appareil"
-    "Note du fabricant Infos DJI""Note du fabricant Kodak 12""Note du fabricant Leica 10"
-    "Note du fabricant Olympus 3""Note du fabricant Panasonic 3""Note du fabricant Reconyx 3"
-    "Note du fabricant Ricoh Pentax""Sécurité de la note du fabricant""Pas sûre""Sûre"
-    "Zones masquées""Matité""Ouverture maximale de l'objectif""Valeur maxi d'échantillon"
-    "Mode de mesure""Moyenne""Moyenne pondérée centrale""Multi-spots""Multi-segments""Partielle"
-    "Valeur mini d'échantillon""Modèle de l'appareil photo""Modèle de l'appareil photo (2)"
-    "Point d'attache du modèle""Transformation du modèle""Bruit""Réduction de bruit appliquée"
-    "Nombre d'encres""Proxy OPI""Schéma de décalage""Valeur du décalage UTC"
-    "Valeur du décalage UTC des données numériques""Valeur du décalage UTC des données originales"
-    "Type du sous-fichier""Facteur de conversion optoélectrique""Mise en miroir horizontal"
-    "Mise en miroir vertical""Mise en miroir horizontal et rotation antihoraire de 270°"
-    "Mise en miroir horizontal et rotation antihoraire de 90°""Données du fichier RAW d'origine"
-    "Digest du fichier RAW original""Nom du fichier RAW d'origine""Autre image""Nom du propriétaire"
-    "Remplissage""Nom de page""Page numéro""Version RAW Panasonic""Interprétation photométrique"
-    "Zéro pour blanc""Zéro pour noir""RVB""Palette RVB""CFA (Matrice de filtres de couleurs)"
-    "CIE Log2(L) (Log luminance)""CIE Log2(L)(u',v') (Log luminance et chrominance)"
-    "Masque de transparence""Plage d'intensité des pixels""Échelle en pixel""Configuration planaire"
-    "Format Chunky (composants entrelacés)""Format Planaire (composants séparés)""Prédicteur"
-    "Aucun schéma de prédicteur utilisé avant l'encodage""Différentiation horizontale"
-    "Nom de l'application d'aperçu""Version de l'application d'aperçu"
-    "Espace de couleur de l'aperçu""Gamma gris 2.2""Photo Pro Adobe RVB""Horodatage de l'aperçu"
-    "Aperçu de l'image""Longueur de l'aperçu""Début de l'aperçu""Digest des réglages d'aperçu"
-    "Nom des réglages d'aperçu""Chromaticité des couleurs primaires""Print IM"
-    "Logiciel de traitement""Signature de calibration du profil""Copyright du profil"
-    "Règles d'usage du profil incluses""Permet la copie""Inclus si utilisé""Jamais inclus"
-    "Pas de restriction""Données du profil teinte sat. 1""Données du profil teinte sat. 2"
-    "Divisions de teinte""Table de correspondance (LUT) du profil - Données"
-    "Table de correspondance (LUT) du profil - Teintes""Codage de la table de correspondance"
-    "Linéaire""Nom du profil""Courbe de tonalité du profil""Type de profil""Non spécifié"
-    "Fax Group 3""Remplissage raster""Classement""Rapport en pourcentage""Décalage données RAW"
-    "ID unique de données brutes""Fichier RAW""Format RAW""Résumé de l'image RAW"
-    "Segmentation de l'image RAW""Index d'exposition recommandé""Balance rouge"
-    "Matrice de réduction 1""Matrice de réduction 2""Matrice de réduction 3"
-    "Paire de valeurs de référence noir et blanc""Format du fichier image associé"
-    "Hauteur de l'image asspciée""Largeur de l'image associée""Fichier audio associé"
-    "Unité de résolutions""pouce""Pixels/cm""Facteur d'entrelacement des lignes"
-    "Nombre de rangées par bande""Valeur maxi d'échantillon S""Valeur mini d'échantillon S"
-    "Type sRAW""Format d'échantillon""Entier non signé""Entier signé""Réel à virgule flottante"
-    "Entier complexe""Nombre de composantes""Forte""Type de capture de scène""Nocturne"
-    "Type de scène""Photographié directement""Classification de sécurité""Confidentiel""Restreint"
-    "Trés secret""Non classifié""Mode du minuteur""Méthode de capture"
-    "Capteur monochrome |\302\240Non définie""Capteur mono-puce couleur""Capteur bi-puces couleur"
-    "Capteur tri-puces couleur""Capteur couleur séquentiel""Capteur linéaire monochrome"
-    "Capteur tri-linéaire""Capteur couleur séquentiel linéaire""Type de sensibilité"
-    "Sensibilité de sortie standard""Vitesse ISO"
+    "1e-06 - La valeur représente des cent-millièmes" "Taille de la grille" "Usage HC"
+    "Indications sur les demi-teintes" "Ordinateur hôte" "Métadonnées IPTC-NAA" "Sensibilité ISO"
+    "En-tête IT8" "Indicateur de couleur de l'image" "Valeur de couleur de l'image"
+    "Profondeur de l'image" "Description de l'image" "Historique de l'image" "ID de l'image"
+    "Couche image" "Numéro de l'image" "Données source de l'image" "Type de l'image"
+    "Identificateur unique de l'image" "Indexé" "Nom des encres" "Encrage" "Matrice intergraphe"
+    "Entrelacement" "Identification d'interopérabilité" "R03: fichier d'option DCF (Adobe RVB)"
+    "R98: fichier de base DCF (sRVB)" "THM: fichier de vignette DCF" "Version d'interopérabilité"
+    "Tableaux AC JPEG" "Tableaux DC JPEG" "Prédicteurs JPEG sans perte"
+    "Transformations de point JPEG" "Proc JPEG" "Tableaux Q JPEG" "Intervalle de redémarrage JPEG"
+    "Tableaux JPEG" "Jpeg à partir des données RAW" "Longueur du Jpeg à partir des données RAW"
+    "Début du Jpeg à partir des données RAW" "Objectif " "Informations sur l'objectif"
+    "Marque de l'objectif" "Modèle de l'objectif" "Numéro de série de l'objectif"
+    "Source de lumière" "Nuageux" "Lumière du jour Fluorescente" "Jour blanc Fluorescent" "Autre"
+    "Limite de réponse linéaire" "Table de linéarisation" "Nom localisé du modèle de l'appareil"
+    "Note du fabricant Infos DJI" "Note du fabricant Kodak 12" "Note du fabricant Leica 10"
+    "Note du fabricant Olympus 3" "Note du fabricant Panasonic 3" "Note du fabricant Reconyx 3"
+    "Note du fabricant Ricoh Pentax" "Sécurité de la note du fabricant" "Pas sûre" "Sûre"
+    "Zones masquées" "Matité" "Ouverture maximale de l'objectif" "Valeur maxi d'échantillon"
+    "Mode de mesure" "Moyenne" "Moyenne pondérée centrale" "Multi-spots" "Multi-segments"
+    "Partielle" "Valeur mini d'échantillon" "Modèle de l'appareil photo"
+    "Modèle de l'appareil photo (2)" "Point d'attache du modèle" "Transformation du modèle" "Bruit"
+    "Réduction de bruit appliquée" "Nombre d'encres" "Proxy OPI" "Schéma de décalage"
+    "Valeur du décalage UTC" "Valeur du décalage UTC des données numériques"
+    "Valeur du décalage UTC des données originales" "Type du sous-fichier"
+    "Facteur de conversion optoélectrique" "Mise en miroir horizontal" "Mise en miroir vertical"
+    "Mise en miroir horizontal et rotation antihoraire de 270°"
+    "Mise en miroir horizontal et rotation antihoraire de 90°" "Données du fichier RAW d'origine"
+    "Digest du fichier RAW original" "Nom du fichier RAW d'origine" "Autre image"
+    "Nom du propriétaire" "Remplissage" "Nom de page" "Page numéro" "Version RAW Panasonic"
+    "Interprétation photométrique" "Zéro pour blanc" "Zéro pour noir" "RVB" "Palette RVB"
+    "CFA (Matrice de filtres de couleurs)" "CIE Log2(L) (Log luminance)"
+    "CIE Log2(L)(u',v') (Log luminance et chrominance)" "Masque de transparence"
+    "Plage d'intensité des pixels" "Échelle en pixel" "Configuration planaire"
+    "Format Chunky (composants entrelacés)" "Format Planaire (composants séparés)" "Prédicteur"
+    "Aucun schéma de prédicteur utilisé avant l'encodage" "Différentiation horizontale"
+    "Nom de l'application d'aperçu" "Version de l'application d'aperçu"
+    "Espace de couleur de l'aperçu" "Gamma gris 2.2" "Photo Pro Adobe RVB" "Horodatage de l'aperçu"
+    "Aperçu de l'image" "Longueur de l'aperçu" "Début de l'aperçu" "Digest des réglages d'aperçu"
+    "Nom des réglages d'aperçu" "Chromaticité des couleurs primaires" "Print IM"
+    "Logiciel de traitement" "Signature de calibration du profil" "Copyright du profil"
+    "Règles d'usage du profil incluses" "Permet la copie" "Inclus si utilisé" "Jamais inclus"
+    "Pas de restriction" "Données du profil teinte sat. 1" "Données du profil teinte sat. 2"
+    "Divisions de teinte" "Table de correspondance (LUT) du profil - Données"
+    "Table de correspondance (LUT) du profil - Teintes" "Codage de la table de correspondance"
+    "Linéaire" "Nom du profil" "Courbe de tonalité du profil" "Type de profil" "Non spécifié"
+    "Fax Group 3" "Remplissage raster" "Classement" "Rapport en pourcentage" "Décalage données RAW"
+    "ID unique de données brutes" "Fichier RAW" "Format RAW" "Résumé de l'image RAW"
+    "Segmentation de l'image RAW" "Index d'exposition recommandé" "Balance rouge"
+    "Matrice de réduction 1" "Matrice de réduction 2" "Matrice de réduction 3"
+    "Paire de valeurs de référence noir et blanc" "Format du fichier image associé"
+    "Hauteur de l'image asspciée" "Largeur de l'image associée" "Fichier audio associé"
+    "Unité de résolutions" "pouce" "Pixels/cm" "Facteur d'entrelacement des lignes"
+    "Nombre de rangées par bande" "Valeur maxi d'échantillon S" "Valeur mini d'échantillon S"
+    "Type sRAW" "Format d'échantillon" "Entier non signé" "Entier signé" "Réel à virgule flottante"
+    "Entier complexe" "Nombre de composantes" "Forte" "Type de capture de scène" "Nocturne"
+    "Type de scène" "Photographié directement" "Classification de sécurité" "Confidentiel"
+    "Restreint" "Trés secret" "Non classifié" "Mode du minuteur" "Méthode de capture"
+    "Capteur monochrome |\302\240Non définie" "Capteur mono-puce couleur" "Capteur bi-puces couleur"
+    "Capteur tri-puces couleur" "Capteur couleur séquentiel" "Capteur linéaire monochrome"
+    "Capteur tri-linéaire" "Capteur couleur séquentiel linéaire" "Type de sensibilité"
+    "Sensibilité de sortie standard" "Vitesse ISO"
     "Sensibilité de sortie standard et index d'exposition recommandé"
-    "Sensibilité de sortie standard et vitesse ISO""Index d'exposition et vitesse ISO recommandés"
+    "Sensibilité de sortie standard et vitesse ISO" "Index d'exposition et vitesse ISO recommandés"
     "Sensibilité de sortie standard, index d'exposition et vitesse ISO recommandés"
-    "Bordure inférieure du capteur""Hauteur du capteur""Bordure gauche du capteur"
-    "Bordure droit du capteur""Bordure supérieure du capteur""Largeur du capteur""Numéro de série"
-    "Echelle d'ombre""Ombres""Netteté""Douce""Dure""Vitesse d'obturation""Logiciel"
-    "Taille du recadrage Sony""Recadrage en haut à gauche Sony""Type de fichier RAW Sony"
-    "RAW Sony 14 bits non compressé""RAW Sony 12 bits non compressé""RAW Sony compressé"
-    "RAW Sony compressé sans perte""RAW 2 Sony compressé sans perte""Courbe de tonalité Sony"
-    "Réponse spatiale en fréquence""Sensibilité spectrale""Nombre d'octets dans la bande"
-    "Décalage des bandes""Fractions de seconde de l'heure de création"
+    "Bordure inférieure du capteur" "Hauteur du capteur" "Bordure gauche du capteur"
+    "Bordure droit du capteur" "Bordure supérieure du capteur" "Largeur du capteur"
+    "Numéro de série" "Echelle d'ombre" "Ombres" "Netteté" "Douce" "Dure" "Vitesse d'obturation"
+    "Logiciel" "Taille du recadrage Sony" "Recadrage en haut à gauche Sony"
+    "Type de fichier RAW Sony" "RAW Sony 14 bits non compressé" "RAW Sony 12 bits non compressé"
+    "RAW Sony compressé" "RAW Sony compressé sans perte" "RAW 2 Sony compressé sans perte"
+    "Courbe de tonalité Sony" "Réponse spatiale en fréquence" "Sensibilité spectrale"
+    "Nombre d'octets dans la bande" "Décalage des bandes"
+    "Fractions de seconde de l'heure de création"
     "Fractions de seconde de l'heure de création des données numériques"
     "Fractions de seconde de l'heure de création des données originales"
-    "Taille de bloc de sous-tuile""Image en pleine résolution""Image en résolution réduite"
-    "Données d'image améliorées""Une page d'une image multipage"
-    "Une page d'une image multipage en résolution réduite""invalide"
+    "Taille de bloc de sous-tuile" "Image en pleine résolution" "Image en résolution réduite"
+    "Données d'image améliorées" "Une page d'une image multipage"
+    "Une page d'une image multipage en résolution réduite" "invalide"
     "Masque de transparence de l'image en résolution réduite"
-    "Masque de transparence de l'image multipage""Image alternative à résolution réduite"
-    "Masque sémantique""Masque de transparence de l'image multipage à résolution réduite"
-    "Carte de profondeur""Carte de profondeur de l'image en résolution réduite""Zone du sujet"
-    "Distance du sujet""Plage de distance du sujet""Proche""Lointaine""Localisation du sujet"
-    "Bits de remplissage ajoutés""Options T6""Identification standard TIFF-EP""Imprimante cible"
-    "Seuil""Hauteur de la vignette""Vignette""Longueur de la vignette""Décalage de la vignette"
-    "Nombre d'octets d'élément""Profondeur d'élément""Longueur de l'élément""Décalages de l'élément"
-    "Largeur de l'élément""Décalage du fuseau horaire""Fonction de transfert"
-    "Intervalle de transfert""Mise en miroir vertical)""Indicateur de transparence"
-    "Indicateur de piège""Non.comprimé""Non""Oui""Nom unique de modèle d'appareil"
-    "Commentaire de l'utilisateur""Paramètres de correction du vignettage""Correction du vignettage"
-    "Niveau Bleu Balance des Blancs""Niveau Vert Balance des Blancs"
-    "Niveau Rouge Balance des Blancs""Balance des Blancs des niveaux VRVB"
-    "Balance des blancs des niveaux RVVB""Profondeur de l'eau""Balance des blancs"
-    "Equilibrage automatique des blancs""Manuelle""Niveau blanc""Chromaticité du point blanc"
-    "Unités de la valeur horizontale du chemin d'accès de l'extrait""Position horizontale"
+    "Masque de transparence de l'image multipage" "Image alternative à résolution réduite"
+    "Masque sémantique" "Masque de transparence de l'image multipage à résolution réduite"
+    "Carte de profondeur" "Carte de profondeur de l'image en résolution réduite" "Zone du sujet"
+    "Distance du sujet" "Plage de distance du sujet" "Proche" "Lointaine" "Localisation du sujet"
+    "Bits de remplissage ajoutés" "Options T6" "Identification standard TIFF-EP" "Imprimante cible"
+    "Seuil" "Hauteur de la vignette" "Vignette" "Longueur de la vignette" "Décalage de la vignette"
+    "Nombre d'octets d'élément" "Profondeur d'élément" "Longueur de l'élément"
+    "Décalages de l'élément" "Largeur de l'élément" "Décalage du fuseau horaire"
+    "Fonction de transfert" "Intervalle de transfert" "Mise en miroir vertical)"
+    "Indicateur de transparence" "Indicateur de piège" "Non.comprimé" "Non" "Oui"
+    "Nom unique de modèle d'appareil" "Commentaire de l'utilisateur"
+    "Paramètres de correction du vignettage" "Correction du vignettage"
+    "Niveau Bleu Balance des Blancs" "Niveau Vert Balance des Blancs"
+    "Niveau Rouge Balance des Blancs" "Balance des Blancs des niveaux VRVB"
+    "Balance des blancs des niveaux RVVB" "Profondeur de l'eau" "Balance des blancs"
+    "Equilibrage automatique des blancs" "Manuelle" "Niveau blanc" "Chromaticité du point blanc"
+    "Unités de la valeur horizontale du chemin d'accès de l'extrait" "Position horizontale"
     "Résolution horizontale de l'image"
-    "Coefficients de la matrice de transformation de l'espace colorimétrique""Positionnement YCbCr"
-    "Centré""Côte à côte""Sous-échantillonnage YCbCr"
-    "Unités de la valeur verticale du chemin d'accès de l'extrait""Position verticale"
-    "Résolution verticale de l'image""Aktiver Bereich""Anzahl Bytes der Alpha-Kanal-Daten"
-    "Verworfene Alpha-Kanal-Daten""Volle Auflösung""FlexBits verworfen"
-    "Hochpass-Frequenz-Daten verworfen""Hochpass- und Tiefpass-Frequenz-Daten verworfen"
-    "Alpha-Kanal-Datenposition""Analog-Balance""Anmerkungen""Anti-Aliasing Stärke""Blende""Künstler"
-    "Aufnahme Neutral""Aufnahme Pre Profil Matrix""Aufnahme Pre Profilname""Aufnahme Weiß XY"
-    "Indikator Hintergrundfarbe""Hintergrundfarbwert""Referenzbelichtung"
-    "Referenzbelichtung Abweichung""Grundrauschen""Referenzschärfe""Batteriestatus"
-    "Pixelaufteilung nach Bayer""Anzahl der Bits pro Komponente""Schwarzwert""Schwarzwert Delta H"
-    "Schwarzwert Delta V""Farbabgleich Blau""Helligkeit""Farbfilter Anordnung""Rechteckig"
-    "Farbfiltermatrix""Farbfiltermatrix 2""Farbfiltermatrix-Größe""Lichtquellenkalibrierung 1"
-    "Tageslicht""Bewölkt""Schatten""Neonlicht tageslichtweiß""Neonlicht neutralweiß"
-    "Neonlicht kaltweiß""Neonlicht universalweiß""Neonlicht warmweiß""Standard-Licht A"
-    "Standard-Licht B""Standard-Licht C""Neonlicht""ISO Studio-Kunstlicht (Glühbirne)"
-    "Andere Lichtquelle""Kunstlicht (Glühbirne)""Blitz""Wolkenlos""Lichtquellenkalibrierung 2"
-    "Kamerakalibrierung 1""Kamerakalibrierung 2""Kamera-Seriennummer""Farbabweichung Korrektur""Aus"
-    "Farbtafel""Farbmatrix 1""Farbmatrix 2""Farbreihenfolge""Farbraum""ICC-Profil""Nicht festgelegt"
-    "Farbmetrische Referenz""Bildkomprimierungsmodus""Komprimierungsschema""Nicht komprimiert"
-    "JBIG Farbe""NeXT 2-Bit Kodierung""Sony ARW-Komprimierung""ThunderScan 4-Bit Kodierung"
-    "Kodak KDC-Komprimierung""SGI 32-Bit Log Luminance Kodierung"
-    "SGI 24-Bit Log Luminance Kodierung""Nikon NEF-Komprimierung""PNG-Komprimierung"
-    "JPEG (alte Version)""Kodak DCR-Komprimierung""Pentax PEF-Komprimierung""JPEG-Komprimierung"
-    "JBIG Schwarz-Weiß""Kontrast""Leicht""Stark""Konverter""Ausschnitt Unten""Ausschnitt Links"
-    "Ausschnitt Rechts""Ausschnitt Oben""Benutzerdefinierte Bildverarbeitung""Standard-Prozess"
-    "Benutzerdefinierter Prozess""DNG Versionskompatibilität""DNG Objektiv-Informationen"
-    "DNG-Version""System-Ausschnitt Beginn""System-Ausschnitt Größe""System-Bildfarbe""Systemmaß"
-    "Geräteeinstellung""Digitaler Zoom-Faktor""Verzeichnungskorrektur""Dokumentenname"
-    "Exif-Bildhöhe""Exif-Bildbreite""Exif-Version""Erweitert Film""Erweitert Filterlinse"
-    "Erweitert Blitzlicht""Erweitert Objektiv""Erweitert Scanner""Erweitert Software""Belichtung"
-    "Belichtungskorrektur""Belichtungsindex""Belichtungsmodus""Automatische Belichtung"
-    "Manuelle Belichtung""Belichtungsreihe""Belichtungsprogramm""Nicht definiert""Manuell"
-    "Programmautomatik""Blendenpriorität""Verschlusspriorität"
-    "Kreativ-Programm (ausgerichtet auf Schärfentiefe)"
-    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)""Porträt""Landschaft"
-    "Belichtungsdauer""Zusätzliche Komponenten""F-Wert""Faxprofil""Fax-Empfangsparameter"
-    "Fax-Empfangszeit""Fax-Sub-Adresse""Dateiquelle""Film-Scanner""Scanner""Digital-Kamera"
-    "Sigma Digital-Kamera""Blitzmodus""Blitz wurde nicht ausgelöst""Blitz wurde ausgelöst"
+    "Coefficients de la matrice de transformation de l'espace colorimétrique" "Positionnement YCbCr"
+    "Centré" "Côte à côte" "Sous-échantillonnage YCbCr"
+    "Unités de la valeur verticale du chemin d'accès de l'extrait" "Position verticale"
+    "Résolution verticale de l'image" "Aktiver Bereich" "Anzahl Bytes der Alpha-Kanal-Daten"
+    "Verworfene Alpha-Kanal-Daten" "Volle Auflösung" "FlexBits verworfen"
+    "Hochpass-Frequenz-Daten verworfen" "Hochpass- und Tiefpass-Frequenz-Daten verworfen"
+    "Alpha-Kanal-Datenposition" "Analog-Balance" "Anmerkungen" "Anti-Aliasing Stärke" "Blende"
+    "Künstler" "Aufnahme Neutral" "Aufnahme Pre Profil Matrix" "Aufnahme Pre Profilname"
+    "Aufnahme Weiß XY" "Indikator Hintergrundfarbe" "Hintergrundfarbwert" "Referenzbelichtung"
+    "Referenzbelichtung Abweichung" "Grundrauschen" "Referenzschärfe" "Batteriestatus"
+    "Pixelaufteilung nach Bayer" "Anzahl der Bits pro Komponente" "Schwarzwert"
+    "Schwarzwert Delta H" "Schwarzwert Delta V" "Farbabgleich Blau" "Helligkeit"
+    "Farbfilter Anordnung" "Rechteckig" "Farbfiltermatrix" "Farbfiltermatrix 2"
+    "Farbfiltermatrix-Größe" "Lichtquellenkalibrierung 1" "Tageslicht" "Bewölkt" "Schatten"
+    "Neonlicht tageslichtweiß" "Neonlicht neutralweiß" "Neonlicht kaltweiß"
+    "Neonlicht universalweiß" "Neonlicht warmweiß" "Standard-Licht A" "Standard-Licht B"
+    "Standard-Licht C" "Neonlicht" "ISO Studio-Kunstlicht (Glühbirne)" "Andere Lichtquelle"
+    "Kunstlicht (Glühbirne)" "Blitz" "Wolkenlos" "Lichtquellenkalibrierung 2" "Kamerakalibrierung 1"
+    "Kamerakalibrierung 2" "Kamera-Seriennummer" "Farbabweichung Korrektur" "Aus" "Farbtafel"
+    "Farbmatrix 1" "Farbmatrix 2" "Farbreihenfolge" "Farbraum" "ICC-Profil" "Nicht festgelegt"
+    "Farbmetrische Referenz" "Bildkomprimierungsmodus" "Komprimierungsschema" "Nicht komprimiert"
+    "JBIG Farbe" "NeXT 2-Bit Kodierung" "Sony ARW-Komprimierung" "ThunderScan 4-Bit Kodierung"
+    "Kodak KDC-Komprimierung" "SGI 32-Bit Log Luminance Kodierung"
+    "SGI 24-Bit Log Luminance Kodierung" "Nikon NEF-Komprimierung" "PNG-Komprimierung"
+    "JPEG (alte Version)" "Kodak DCR-Komprimierung" "Pentax PEF-Komprimierung" "JPEG-Komprimierung"
+    "JBIG Schwarz-Weiß" "Kontrast" "Leicht" "Stark" "Konverter" "Ausschnitt Unten"
+    "Ausschnitt Links" "Ausschnitt Rechts" "Ausschnitt Oben" "Benutzerdefinierte Bildverarbeitung"
+    "Standard-Prozess" "Benutzerdefinierter Prozess" "DNG Versionskompatibilität"
+    "DNG Objektiv-Informationen" "DNG-Version" "System-Ausschnitt Beginn" "System-Ausschnitt Größe"
+    "System-Bildfarbe" "Systemmaß" "Geräteeinstellung" "Digitaler Zoom-Faktor"
+    "Verzeichnungskorrektur" "Dokumentenname" "Exif-Bildhöhe" "Exif-Bildbreite" "Exif-Version"
+    "Erweitert Film" "Erweitert Filterlinse" "Erweitert Blitzlicht" "Erweitert Objektiv"
+    "Erweitert Scanner" "Erweitert Software" "Belichtung" "Belichtungskorrektur" "Belichtungsindex"
+    "Belichtungsmodus" "Automatische Belichtung" "Manuelle Belichtung" "Belichtungsreihe"
+    "Belichtungsprogramm" "Nicht definiert" "Manuell" "Programmautomatik" "Blendenpriorität"
+    "Verschlusspriorität" "Kreativ-Programm (ausgerichtet auf Schärfentiefe)"
+    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)" "Porträt" "Landschaft"
+    "Belichtungsdauer" "Zusätzliche Komponenten" "F-Wert" "Faxprofil" "Fax-Empfangsparameter"
+    "Fax-Empfangszeit" "Fax-Sub-Adresse" "Dateiquelle" "Film-Scanner" "Scanner" "Digital-Kamera"
+    "Sigma Digital-Kamera" "Blitzmodus" "Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Messblitz-Licht zurückgeworfen"
     "Blitz wurde nicht ausgelöst, Blitz unterdrücken-Modus"
     "Deaktiviert, Blitz wurde nicht ausgelöst, kein Messblitz-Licht zurückgeworfen"
-    "Blitz wurde nicht ausgelöst, Automodus""Blitz wurde ausgelöst, Automodus"
+    "Blitz wurde nicht ausgelöst, Automodus" "Blitz wurde ausgelöst, Automodus"
     "Blitz wurde ausgelöst, Automodus, kein Messblitz-Licht zurückgeworfen"
-    "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen""Keine Blitzfunktion"
-    "Deaktiviert, Keine Blitzfunktion""Kein Messblitz-Licht zurückgeworfen"
+    "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen" "Keine Blitzfunktion"
+    "Deaktiviert, Keine Blitzfunktion" "Kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Rote-Augen-Reduzierung, kein Messblitz-Licht zurückgeworfen"
     "Messblitz-Licht zurückgeworfen"
@@ -1331,387 +1405,405 @@ constexpr char kText[] =
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung, kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung, Messblitz-Licht zurückgeworfen"
-    "Ein, Blitz wurde nicht ausgelöst""Deaktiviert, Rote-Augen-Reduzierung"
+    "Ein, Blitz wurde nicht ausgelöst" "Deaktiviert, Rote-Augen-Reduzierung"
     "Blitz wurde nicht ausgelöst, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Automodus, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus"
     "Blitz wurde ausgelöst, Automodus, kein Messblitz-Licht zurückgeworfen, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen, Rote-Augen-Reduzierung"
-    "Blitzstärke""Unterstützte Flashpix-Version""Brennweite""Brennweite in 35 mm-Kleinbildformat"
-    "Einheit der Sensorauflösung""Keine""Zoll""µm (Mikrometer)""Sensorauflösung horizontal"
-    "Sensorauflösung vertikal""Anzahl Bytes des leeren Datenbereiches""Leerdatenposition""GPS Höhe"
-    "GPS-Höhe Bezug""Höhe über Normal-Null (Meeresspiegel)""Höhe unter Normal-Null (Meeresspiegel)"
-    "Name des GPS-Gebietes""Messgenauigkeit""GPS Datum""Motivrichtung""Referenz für Motivrichtung"
-    "Magnetische Ausrichtung""Geographische Ausrichtung""GPS Zielentfernung"
-    "GPS-Zielentfernung Maßeinheit""Kilometer""Meilen""Knoten""Breite des Zieles"
-    "Referenz für die Breite des Zieles""Nördliche Breite""Südliche Breite""Längengrad des Ziels"
-    "Referenz für die Länge des Zieles""Östliche Länge""Westliche Länge""GPS Differentialkorrektur"
-    "Messung ohne Differentialkorrektur""Differentialkorrektur angewandt""Bildrichtung"
-    "Referenz für die Ausrichtung des Bildes""Geografische Breite""Nördl. oder südl. Breite"
-    "Geografische Länge""östl. oder westl. Länge""Geodätisches Datum""GPS Messverfahren"
-    "2-Dimensionale Messung""3-Dimensionale Messung""Name der GPS-Verarbeitungsmethode"
-    "Für die Messung verwendete Satelliten""Geschwindigkeit des GPS-Empfängers"
-    "Geschwindigkeitseinheit""Kilometer pro Stunde""Meilen pro Stunde""GPS-Empfänger Status"
-    "Messung aktiv""Messung ungültig""GPS-Zeit UTC""Bewegungsrichtung"
-    "Referenz für Bewegungsrichtung""GPS-Tag-Version""Belichtungsverstärkung"
-    "Geringe Helligkeitsverstärkung""Hohe Helligkeitsverstärkung""Geringe Helligkeitsminderung"
-    "Hohe Helligkeitsminderung""Nummer stellt ein 10tel einer Einheit dar"
-    "Nummer stellt ein 100tel einer Einheit dar""Nummer stellt ein 1000tel einer Einheit dar"
-    "Nummer stellt ein 10000tel einer Einheit dar""Nummer stellt ein 100000tel einer Einheit dar"
-    "Vertikale Bildauflösung""IPTC-NAA Metadaten""ISO-Empfindlichkeit""Anzahl Bytes der Bilddaten"
-    "Verworfene Bilddaten""Bildbeschreibung""Bild-Historie""Bildnummer""Bilddatenposition""Bildtyp"
-    "Vorschau""Seite""Eindeutige Bild-ID""Interoperabilität Identifikation"
-    "R03: DCF Option-Format (Adobe RGB)""R98: DCF Basic-Format (sRGB)""THM: DCF Miniaturbild-Format"
-    "Interoperabilitäts-Version""JPEG Verfahren""Verlustfrei""Bildqualität""JPEG Tabellen"
-    "Jpg From Raw Bild""Jpg From Raw Datenlänge""Jpg From Raw Datenposition""Objektiv"
-    "Objektiv-Informationen""Objektivhersteller""Objektiv-Typ""Objektiv-Seriennummer""Lichtquelle"
-    "Linearisierungstabelle""Lokalisiertes Kameramodell"
-    "Sicherheit der Hersteller-Informationsdaten""Unsicher""Sicher""Größtmögliche Blende"
-    "Größter Sample Wert""Belichtungsmessmethode""Integralmessung""Mittenbetont""Andere"
-    "Spotmessung""MultiSpot""Multi-Segment""Teilbild""Kleinster Sample Wert""Kameramodell"
-    "Kameramodell (2)""Neuer RAW Image Kennwert""Bildrauschen"
-    "Höher aufgelöstes Bild nicht vorhanden""Höher aufgelöstes Bild vorhanden""Offset-Schema"
-    "Bild in voller Auflösung""Bild in reduzierter Auflösung""Einzelbild eines mehrseitigen Bildes"
-    "Optoelektronischer Umrechnungsfaktor""Horizontal gespiegelt""Vertikal gespiegelt"
+    "Blitzstärke" "Unterstützte Flashpix-Version" "Brennweite" "Brennweite in 35 mm-Kleinbildformat"
+    "Einheit der Sensorauflösung" "Keine" "Zoll" "µm (Mikrometer)" "Sensorauflösung horizontal"
+    "Sensorauflösung vertikal" "Anzahl Bytes des leeren Datenbereiches" "Leerdatenposition"
+    "GPS Höhe" "GPS-Höhe Bezug" "Höhe über Normal-Null (Meeresspiegel)"
+    "Höhe unter Normal-Null (Meeresspiegel)" "Name des GPS-Gebietes" "Messgenauigkeit" "GPS Datum"
+    "Motivrichtung" "Referenz für Motivrichtung" "Magnetische Ausrichtung"
+    "Geographische Ausrichtung" "GPS Zielentfernung" "GPS-Zielentfernung Maßeinheit" "Kilometer"
+    "Meilen" "Knoten" "Breite des Zieles" "Referenz für die Breite des Zieles" "Nördliche Breite"
+    "Südliche Breite" "Längengrad des Ziels" "Referenz für die Länge des Zieles" "Östliche Länge"
+    "Westliche Länge" "GPS Differentialkorrektur" "Messung ohne Differentialkorrektur"
+    "Differentialkorrektur angewandt" "Bildrichtung" "Referenz für die Ausrichtung des Bildes"
+    "Geografische Breite" "Nördl. oder südl. Breite" "Geografische Länge" "östl. oder westl. Länge"
+    "Geodätisches Datum" "GPS Messverfahren" "2-Dimensionale Messung" "3-Dimensionale Messung"
+    "Name der GPS-Verarbeitungsmethode" "Für die Messung verwendete Satelliten"
+    "Geschwindigkeit des GPS-Empfängers" "Geschwindigkeitseinheit" "Kilometer pro Stunde"
+    "Meilen pro Stunde" "GPS-Empfänger Status" "Messung aktiv" "Messung ungültig" "GPS-Zeit UTC"
+    "Bewegungsrichtung" "Referenz für Bewegungsrichtung" "GPS-Tag-Version" "Belichtungsverstärkung"
+    "Geringe Helligkeitsverstärkung" "Hohe Helligkeitsverstärkung" "Geringe Helligkeitsminderung"
+    "Hohe Helligkeitsminderung" "Nummer stellt ein 10tel einer Einheit dar"
+    "Nummer stellt ein 100tel einer Einheit dar" "Nummer stellt ein 1000tel einer Einheit dar"
+    "Nummer stellt ein 10000tel einer Einheit dar" "Nummer stellt ein 100000tel einer Einheit dar"
+    "Vertikale Bildauflösung" "IPTC-NAA Metadaten" "ISO-Empfindlichkeit"
+    "Anzahl Bytes der Bilddaten" "Verworfene Bilddaten" "Bildbeschreibung" "Bild-Historie"
+    "Bildnummer" "Bilddatenposition" "Bildtyp" "Vorschau" "Seite" "Eindeutige Bild-ID"
+    "Interoperabilität Identifikation" "R03: DCF Option-Format (Adobe RGB)"
+    "R98: DCF Basic-Format (sRGB)" "THM: DCF Miniaturbild-Format" "Interoperabilitäts-Version"
+    "JPEG Verfahren" "Verlustfrei" "Bildqualität" "JPEG Tabellen" "Jpg From Raw Bild"
+    "Jpg From Raw Datenlänge" "Jpg From Raw Datenposition" "Objektiv" "Objektiv-Informationen"
+    "Objektivhersteller" "Objektiv-Typ" "Objektiv-Seriennummer" "Lichtquelle"
+    "Linearisierungstabelle" "Lokalisiertes Kameramodell"
+    "Sicherheit der Hersteller-Informationsdaten" "Unsicher" "Sicher" "Größtmögliche Blende"
+    "Größter Sample Wert" "Belichtungsmessmethode" "Integralmessung" "Mittenbetont" "Andere"
+    "Spotmessung" "MultiSpot" "Multi-Segment" "Teilbild" "Kleinster Sample Wert" "Kameramodell"
+    "Kameramodell (2)" "Neuer RAW Image Kennwert" "Bildrauschen"
+    "Höher aufgelöstes Bild nicht vorhanden" "Höher aufgelöstes Bild vorhanden" "Offset-Schema"
+    "Bild in voller Auflösung" "Bild in reduzierter Auflösung"
+    "Einzelbild eines mehrseitigen Bildes" "Optoelektronischer Umrechnungsfaktor"
+    "Horizontal gespiegelt" "Vertikal gespiegelt"
     "Horizontal gespiegelt und 90° gegen den Uhrzeigersinn"
-    "Horizontal gespiegelt und 90° im Uhrzeigersinn""Original Raw Daten"
-    "Original RAW Image Kennwert""Original Raw Dateiname""Other Image Vorschaubild"
-    "OtherImage Datenlänge""Other Image Datenposition""Name des Besitzers""Platzhalter""Seitenname"
-    "Seitenummer""Pixel-Schema""Weiß ist Null""Schwarz ist Null""CFA (Farbfiltermatrix)"
-    "CIE Log2(L) (Log Luminanz)""CIE Log2(L)(u',v') (Log Luminanz und Chrominanz)""Transparenzmaske"
-    "Pixel-Format""Schwarz/Weiß""Pixel Einheit""Pixel pro X-Einheit""Pixel pro Y-Einheit"
-    "Bilddatenausrichtung""Kompaktformat""Ebenes Format""Prädiktor"
-    "Kein Prädiktor-Schema in Benutzung""Horizontale Differenzierung""Vorschaubild"
-    "Vorschaubild-Datenlänge""Vorschaubild-Datenposition""Kennwert der Voreinstellungen"
-    "Chromatizität der Primärfarben""Verarbeitungssoftware""Tonwertkurve Profil""Profiltyp"
-    "Nicht bekannt""Gruppe 3 Fax""Bewertung""Bewertung in Prozent""RAW-Daten Offset"
-    "Raw-Daten eindeutige ID""RAW Datei""RAW Image Kennwert""Raw Bild Aufteilung""Farbabgleich Rot"
-    "Reduktionsmatrix 1""Reduktionsmatrix 2""Schwarz-Weiß-Referenzpunkte""Dateiformat der Bilddaten"
-    "Zugehörige Audio-Datei""Einheit der X- und Y-Auflösung""Anzahl der Bild-Zeilen"
-    "Vorzeichenloser Integer""Vorzeichenbehafteter Integer""Fließkommawert""Komplexer Integer"
-    "Anzahl der Komponenten""Farbsättigung""Geringe Farbsättigung""Hohe Farbsättigung"
-    "Szenenaufnahmetyp""Nachtszene""Szenentyp""Direkt aufgenommenes Bild"
-    "Sicherheitsklassifizierung""Vertraulich""Eingeschränkt""Geheim""Streng geheim"
-    "Nicht klassifiziert""Selbstauslösermodus""Messmethode"
-    "Monochrom-Sensor |\302\240Nicht definiert""Ein-Chip-Farbsensor""Zwei-Chip-Farbsensor"
-    "Drei-Chip-Farbsensor""Color-Sequential-Area-Sensor""Monochrom-linearer Sensor"
-    "Trilinearer Sensor""Color-Sequential-Linear-Sensor""Art der Empfindlichkeit"
-    "Standard Ausgabeempfindlichkeit""Empfohlener Belichtungsindex""ISO Empfindlichkeit"
+    "Horizontal gespiegelt und 90° im Uhrzeigersinn" "Original Raw Daten"
+    "Original RAW Image Kennwert" "Original Raw Dateiname" "Other Image Vorschaubild"
+    "OtherImage Datenlänge" "Other Image Datenposition" "Name des Besitzers" "Platzhalter"
+    "Seitenname" "Seitenummer" "Pixel-Schema" "Weiß ist Null" "Schwarz ist Null"
+    "CFA (Farbfiltermatrix)" "CIE Log2(L) (Log Luminanz)"
+    "CIE Log2(L)(u',v') (Log Luminanz und Chrominanz)" "Transparenzmaske" "Pixel-Format"
+    "Schwarz/Weiß" "Pixel Einheit" "Pixel pro X-Einheit" "Pixel pro Y-Einheit"
+    "Bilddatenausrichtung" "Kompaktformat" "Ebenes Format" "Prädiktor"
+    "Kein Prädiktor-Schema in Benutzung" "Horizontale Differenzierung" "Vorschaubild"
+    "Vorschaubild-Datenlänge" "Vorschaubild-Datenposition" "Kennwert der Voreinstellungen"
+    "Chromatizität der Primärfarben" "Verarbeitungssoftware" "Tonwertkurve Profil" "Profiltyp"
+    "Nicht bekannt" "Gruppe 3 Fax" "Bewertung" "Bewertung in Prozent" "RAW-Daten Offset"
+    "Raw-Daten eindeutige ID" "RAW Datei" "RAW Image Kennwert" "Raw Bild Aufteilung"
+    "Farbabgleich Rot" "Reduktionsmatrix 1" "Reduktionsmatrix 2" "Schwarz-Weiß-Referenzpunkte"
+    "Dateiformat der Bilddaten" "Zugehörige Audio-Datei" "Einheit der X- und Y-Auflösung"
+    "Anzahl der Bild-Zeilen" "Vorzeichenloser Integer" "Vorzeichenbehafteter Integer"
+    "Fließkommawert" "Komplexer Integer" "Anzahl der Komponenten" "Farbsättigung"
+    "Geringe Farbsättigung" "Hohe Farbsättigung" "Szenenaufnahmetyp" "Nachtszene" "Szenentyp"
+    "Direkt aufgenommenes Bild" "Sicherheitsklassifizierung" "Vertraulich" "Eingeschränkt" "Geheim"
+    "Streng geheim" "Nicht klassifiziert" "Selbstauslösermodus" "Messmethode"
+    "Monochrom-Sensor |\302\240Nicht definiert" "Ein-Chip-Farbsensor" "Zwei-Chip-Farbsensor"
+    "Drei-Chip-Farbsensor" "Color-Sequential-Area-Sensor" "Monochrom-linearer Sensor"
+    "Trilinearer Sensor" "Color-Sequential-Linear-Sensor" "Art der Empfindlichkeit"
+    "Standard Ausgabeempfindlichkeit" "Empfohlener Belichtungsindex" "ISO Empfindlichkeit"
     "Standard Ausgabeempfindlichkeit und empfohlener Belichtungsindex"
     "Standard Ausgabeempfindlichkeit und ISO Empfindlichkeit"
     "Empfohlener Belichtungsindex und ISO Empfindlichkeit"
     "Standard Ausgabeempfindlichkeit,empfohlener Belichtungsindex und ISO Empfindlichkeit"
-    "Sensor unterer Rand""Sensor Höhe""Sensor linker Rand""Sensor rechter Rand""Sensor oberer Rand"
-    "Sensor Breite""Seriennummer""Schärfe""Belichtungszeit""Raumfrequenz-Antwort"
-    "Spektralempfindlichkeit""Anzahl Bytes pro komprimiertem Bildabschnitt"
-    "Datum/Uhrzeit 1/100 Sekunden""Digitalisierungsdatum/-uhrzeit 1/100 Sekunden"
+    "Sensor unterer Rand" "Sensor Höhe" "Sensor linker Rand" "Sensor rechter Rand"
+    "Sensor oberer Rand" "Sensor Breite" "Seriennummer" "Schärfe" "Belichtungszeit"
+    "Raumfrequenz-Antwort" "Spektralempfindlichkeit" "Anzahl Bytes pro komprimiertem Bildabschnitt"
+    "Datum/Uhrzeit 1/100 Sekunden" "Digitalisierungsdatum/-uhrzeit 1/100 Sekunden"
     "Erstellungsdatum/-uhrzeit 1/100 Sekunden"
     "Einzelbild eines mehrseitigen Bildes in reduzierter Auflösung"
     "Transparenzmaske eines Bildes in reduzierter Auflösung"
-    "Transparenzmaske eines mehrseitigen Bildes""Alternatives Bild in reduzierter Auflösung"
-    "Transparenzmaske eines mehrseitigen Bildes in reduzierter Auflösung""Hauptobjektposition"
-    "Objektentfernung""Objektdistanzbereich""Makro""Nahaufnahme""Fernaufnahme""Füllbits hinzugefügt"
-    "T6 Optionen""T82 Option""Schwarz-Weiß JBIG2""Miniaturbild-Format""Miniaturbild-Höhe"
-    "Miniaturbild-Datenlänge""Miniaturbild-Datenposition""Miniaturbild-Breite""Zeitzonen-Offset"
-    "Transformationsfunktion""Unkomprimiert""Nein""Ja""Eindeutige Kamerabezeichnung"
-    "Benutzerkommentar""Farbabgleich Grün""Weißabgleich GRGB-Farbverteilung"
-    "Weißabgleich RGGB-Farbverteilung""Wang Anmerkung""Weißabgleich""Automatisch""Weißwert"
-    "Weißpunkt-Chromatizität""Horizontale Bildauflösung""XP Autor""XP Kommentar""XP Schlüsselwörter"
-    "XP Thema""XP Titel""YCbCr-Koeffizienten""Y und C Ausrichtung""Zentriert""Benachbart"
-    "Subsampling Rate von Y bis C""Offset dati A100""Area attiva""Revisione arrivo""Scala arrivo"
-    "Livello metadati alias""Numero byte trasparenza""Scarto dati trasparenza""Risoluzione piena"
-    "Flexbit scartati""Dati in frequenza passa-alto scartati"
-    "Dati in frequenza passa-alto e passa-basso scartati""Scostamento trasparenza"
-    "Bilanciamento analogico""Annotazioni""Forza antialiasing""Apertura diaframma"
-    "Note applicazione""Persona che ha creato l'immagine""Neutrale allo scatto"
-    "Matrice pre-profilo allo scatto""Nome profilo allo scatto"
-    "Bilanciamento del bianco X-T allo scatto""Indicatore colore di sfondo"
-    "Colore di sfondo non specificato""Colore di sfondo specificato""Valore colore di sfondo"
-    "Linee fax non valide""Esposizione di riferimento""Rumore di riferimento"
-    "Nitidezza di riferimento""Livello batteria""Scala qualità migliore""Bit per rrun-length esteso"
-    "Bit per rrun-length""Numero di bit per componente""Livello del nero"
-    "Livello del nero - Delta H""Livello del nero - Delta V""Dim ripeti livello del nero"
-    "Bilanciamento del blu""Luminosità""Valore di luminosità""Layout CFA""Rettangolare"
-    "Colonne pari giù di 1/2 riga""Colonne pari su di 1/2 riga""Righe pari a destra di 1/2 colonna"
-    "Righe pari a sinistra di 1/2 colonna"
+    "Transparenzmaske eines mehrseitigen Bildes" "Alternatives Bild in reduzierter Auflösung"
+    "Transparenzmaske eines mehrseitigen Bildes in reduzierter Auflösung" "Hauptobjektposition"
+    "Objektentfernung" "Objektdistanzbereich" "Makro" "Nahaufnahme" "Fernaufnahme"
+    "Füllbits hinzugefügt" "T6 Optionen" "T82 Option" "Schwarz-Weiß JBIG2" "Miniaturbild-Format"
+    "Miniaturbild-Höhe" "Miniaturbild-Datenlänge" "Miniaturbild-Datenposition" "Miniaturbild-Breite"
+    "Zeitzonen-Offset" "Transformationsfunktion" "Unkomprimiert" "Nein" "Ja"
+    "Eindeutige Kamerabezeichnung" "Benutzerkommentar" "Farbabgleich Grün"
+    "Weißabgleich GRGB-Farbverteilung" "Weißabgleich RGGB-Farbverteilung" "Wang Anmerkung"
+    "Weißabgleich" "Automatisch" "Weißwert" "Weißpunkt-Chromatizität" "Horizontale Bildauflösung"
+    "XP Autor" "XP Kommentar" "XP Schlüsselwörter" "XP Thema" "XP Titel" "YCbCr-Koeffizienten"
+    "Y und C Ausrichtung" "Zentriert" "Benachbart" "Subsampling Rate von Y bis C" "Offset dati A100"
+    "Area attiva" "Revisione arrivo" "Scala arrivo" "Livello metadati alias"
+    "Numero byte trasparenza" "Scarto dati trasparenza" "Risoluzione piena" "Flexbit scartati"
+    "Dati in frequenza passa-alto scartati" "Dati in frequenza passa-alto e passa-basso scartati"
+    "Scostamento trasparenza" "Bilanciamento analogico" "Annotazioni" "Forza antialiasing"
+    "Apertura diaframma" "Note applicazione" "Persona che ha creato l'immagine"
+    "Neutrale allo scatto" "Matrice pre-profilo allo scatto" "Nome profilo allo scatto"
+    "Bilanciamento del bianco X-T allo scatto" "Indicatore colore di sfondo"
+    "Colore di sfondo non specificato" "Colore di sfondo specificato" "Valore colore di sfondo"
+    "Linee fax non valide" "Esposizione di riferimento" "Rumore di riferimento"
+    "Nitidezza di riferimento" "Livello batteria" "Scala qualità migliore"
+    "Bit per rrun-length esteso" "Bit per rrun-length" "Numero di bit per componente"
+    "Livello del nero" "Livello del nero - Delta H" "Livello del nero - Delta V"
+    "Dim ripeti livello del nero" "Bilanciamento del blu" "Luminosità" "Valore di luminosità"
+    "Layout CFA" "Rettangolare" "Colonne pari giù di 1/2 riga" "Colonne pari su di 1/2 riga"
+    "Righe pari a destra di 1/2 colonna" "Righe pari a sinistra di 1/2 colonna"
     "Righe pari su 1/2 riga, colonne pari a sinistra di 1/2 colonna"
     "Righe pari su 1/2 riga, colonne pari a destra di 1/2 colonna"
     "Righe pari giù di 1/2 riga, colonne pari a sinistra di 1/2 colonna"
-    "Righe pari giù di 1/2 riga, colonne pari a destra di 1/2 colonna""Pattern CFA""Pattern CFA 2"
-    "Piano colori CFA""Dim pattern ripetuto CFA""File di dati CIP3""Foglio CIP3""Lato CIP3"
-    "CMYK equivalente""Calibration illuminazione 1""Luce del giorno""Nuvoloso""Ombrato"
-    "Fluorescente a luce del giorno""Fluorescente a luce del giorno bianca"
-    "Fluorescente a luce calda""Fluorescente bianca""Luce fluorescente bianca calda"
-    "Luce standard A""Luce standard B""Luce standard C""Tungsteno studio ISO"
-    "Altra Sorgente di Luce""Tungsteno (luce incandescente)""Bel tempo""Calibration illuminazione 2"
-    "Calibrazione fotocamera 1""Calibrazione fotocamera 2""Segnale calibrazione fotocamera"
-    "Etichetta fotocamera""Numero di serie fotocamera""Lunghezza cella""Larghezza cella"
-    "Raggio sfocatura cromatica""Spento""Dati fax precisi""Pulito""Rigenerato""Sporco""Percoso clip"
-    "Metodi di codifica""Compressione non specificata""Huffman modificato""Linea di base JPEG"
-    "JBIG a colori""Caratterizzazione colore""Mappa colore""Matrice colore 1""Matrice colore 2"
-    "Unità risposta colore""Sequenza colori""Spazio colore""Profilo ICC""Non calibrato"
-    "Tabella colore""Riferimento colorimetrico""Bit per pixel compressi""Compressione"
-    "Non compresso""Fax T4/Group 3""Codifica NeXT""Sony ARW compresso""RAW pacchettizzato"
-    "Samsung SRW compresso""Kodak KDC compresso""Nikon NEF compresso"
+    "Righe pari giù di 1/2 riga, colonne pari a destra di 1/2 colonna" "Pattern CFA" "Pattern CFA 2"
+    "Piano colori CFA" "Dim pattern ripetuto CFA" "File di dati CIP3" "Foglio CIP3" "Lato CIP3"
+    "CMYK equivalente" "Calibration illuminazione 1" "Luce del giorno" "Nuvoloso" "Ombrato"
+    "Fluorescente a luce del giorno" "Fluorescente a luce del giorno bianca"
+    "Fluorescente a luce calda" "Fluorescente bianca" "Luce fluorescente bianca calda"
+    "Luce standard A" "Luce standard B" "Luce standard C" "Tungsteno studio ISO"
+    "Altra Sorgente di Luce" "Tungsteno (luce incandescente)" "Bel tempo"
+    "Calibration illuminazione 2" "Calibrazione fotocamera 1" "Calibrazione fotocamera 2"
+    "Segnale calibrazione fotocamera" "Etichetta fotocamera" "Numero di serie fotocamera"
+    "Lunghezza cella" "Larghezza cella" "Raggio sfocatura cromatica" "Spento" "Dati fax precisi"
+    "Pulito" "Rigenerato" "Sporco" "Percoso clip" "Metodi di codifica"
+    "Compressione non specificata" "Huffman modificato" "Linea di base JPEG" "JBIG a colori"
+    "Caratterizzazione colore" "Mappa colore" "Matrice colore 1" "Matrice colore 2"
+    "Unità risposta colore" "Sequenza colori" "Spazio colore" "Profilo ICC" "Non calibrato"
+    "Tabella colore" "Riferimento colorimetrico" "Bit per pixel compressi" "Compressione"
+    "Non compresso" "Fax T4/Group 3" "Codifica NeXT" "Sony ARW compresso" "RAW pacchettizzato"
+    "Samsung SRW compresso" "Kodak KDC compresso" "Nikon NEF compresso"
     "Microsoft Document Imaging (MDI) - Codec a livello binario"
     "Microsoft Document Imaging (MDI) - Codec a trasformazione progressiva"
-    "Microsoft Document Imaging (MDI) - Vettore""Fax T6/Group 4""JPEG (vecchio stile)"
-    "Kodak DCR compresso""Pentax PEF compresso""Compressione JPEG""Deflate Adobe""JBIG B&N"
-    "Linee fax non valide consecutive""Contrasto""Basso""Alto""Convertitore"
-    "Matrice di pre-profilo attuale""Resa personalizzata""Personalizzata""Versione precedente DNG"
-    "Informazioni lenti DNG""Dati privati DNG""Versione DNG""Tipo di dati""Decodifica"
-    "Ritaglio origine predefinito""Ritaglio dimensione predefinito""Colore immagine predefinito"
-    "Scala predefinita""Descrizione impostazioni dispositivo""Rapporto zoom digitale"
-    "Nome documento""Intervallo puntuale""Altezza immagine Exif""Larghezza immagine Exif"
-    "Versione Exif""Esposizione""Compensazione esposizione""Indice di esposizione""Modo esposizione"
-    "Esposizione automatica""Manuale""A forcella automatica""Programma esposizione""Non definito"
-    "Programma AE""Priorità diaframma""Priorità otturatore AE""Creativo (bassa velocità)"
-    "Azione (alta velocità)""Verticale""Orizzontale""Bulbo""Tempo esposizione""Campioni extra"
-    "Non specificati""Associati alla trasparenza""Non associati alla trasparenza""Numero F"
-    "Profilo fax""Bianco e nero minimale con perdita, S""Bianco e nero esteso senza perdita, F"
-    "Profili multipli""Senza perdita JBIG bianco e nero, J"
-    "Con perdita a colori e scala di grigi, C""Senza perdita a colori e scala di grigi, L"
-    "Contenuto raster misto, M""Profilo T""Parametri ricezione fax""Ora ricezione fax"
-    "Sotto-indirizzo fax""Origine file""Scanner per pellicola""Scanner a riflessione"
-    "Fotocamera digitale""Fotocamera digitale Sigma""Ordine riempimento""Invertito"
-    "Flash non emesso""Emesso""Attivato, ritorno non rilevato""Attivato, ritorno rilevato"
-    "Flash non emesso, modalità flash forzata""Off, Non emesso. Luce di ritorno non rilevata"
-    "Auto, flash non emesso""Auto, flash emesso""Auto, flash emesso, luce di ritorno non rilevata"
-    "Auto, flash emesso, luce di ritorno rilevata""Nessuna funzione flash"
-    "Off, Nessuna funzione flash""Emesso, ritorno non rilevato""Emesso, riduzione occhi rossi"
-    "Emesso, riduzione occhi rossi, ritorno non rilevato""Emesso, ritorno rilevato"
-    "Emesso, riduzione occhi rossi, ritorno rilevato""Attivato, riiduzione occhi rossi"
+    "Microsoft Document Imaging (MDI) - Vettore" "Fax T6/Group 4" "JPEG (vecchio stile)"
+    "Kodak DCR compresso" "Pentax PEF compresso" "Compressione JPEG" "Deflate Adobe" "JBIG B&N"
+    "Linee fax non valide consecutive" "Contrasto" "Basso" "Alto" "Convertitore"
+    "Matrice di pre-profilo attuale" "Resa personalizzata" "Personalizzata"
+    "Versione precedente DNG" "Informazioni lenti DNG" "Dati privati DNG" "Versione DNG"
+    "Tipo di dati" "Decodifica" "Ritaglio origine predefinito" "Ritaglio dimensione predefinito"
+    "Colore immagine predefinito" "Scala predefinita" "Descrizione impostazioni dispositivo"
+    "Rapporto zoom digitale" "Nome documento" "Intervallo puntuale" "Altezza immagine Exif"
+    "Larghezza immagine Exif" "Versione Exif" "Esposizione" "Compensazione esposizione"
+    "Indice di esposizione" "Modo esposizione" "Esposizione automatica" "Manuale"
+    "A forcella automatica" "Programma esposizione" "Non definito" "Programma AE"
+    "Priorità diaframma" "Priorità otturatore AE" "Creativo (bassa velocità)"
+    "Azione (alta velocità)" "Verticale" "Orizzontale" "Bulbo" "Tempo esposizione" "Campioni extra"
+    "Non specificati" "Associati alla trasparenza" "Non associati alla trasparenza" "Numero F"
+    "Profilo fax" "Bianco e nero minimale con perdita, S" "Bianco e nero esteso senza perdita, F"
+    "Profili multipli" "Senza perdita JBIG bianco e nero, J"
+    "Con perdita a colori e scala di grigi, C" "Senza perdita a colori e scala di grigi, L"
+    "Contenuto raster misto, M" "Profilo T" "Parametri ricezione fax" "Ora ricezione fax"
+    "Sotto-indirizzo fax" "Origine file" "Scanner per pellicola" "Scanner a riflessione"
+    "Fotocamera digitale" "Fotocamera digitale Sigma" "Ordine riempimento" "Invertito"
+    "Flash non emesso" "Emesso" "Attivato, ritorno non rilevato" "Attivato, ritorno rilevato"
+    "Flash non emesso, modalità flash forzata" "Off, Non emesso. Luce di ritorno non rilevata"
+    "Auto, flash non emesso" "Auto, flash emesso" "Auto, flash emesso, luce di ritorno non rilevata"
+    "Auto, flash emesso, luce di ritorno rilevata" "Nessuna funzione flash"
+    "Off, Nessuna funzione flash" "Emesso, ritorno non rilevato" "Emesso, riduzione occhi rossi"
+    "Emesso, riduzione occhi rossi, ritorno non rilevato" "Emesso, ritorno rilevato"
+    "Emesso, riduzione occhi rossi, ritorno rilevato" "Attivato, riiduzione occhi rossi"
     "Attivato, riiduzione occhi rossi, ritorno non rilevato"
-    "Attivato, riiduzione occhi rossi, ritorno rilevato""Attivato, non emesso"
-    "Disattivato, riduzione occhi rossi""Auto, flash non emesso, riduzione occhi rossi"
-    "Auto, flash emesso, riduzione occhi rossi""Attivato, emesso"
+    "Attivato, riiduzione occhi rossi, ritorno rilevato" "Attivato, non emesso"
+    "Disattivato, riduzione occhi rossi" "Auto, flash non emesso, riduzione occhi rossi"
+    "Auto, flash emesso, riduzione occhi rossi" "Attivato, emesso"
     "Auto, flash emesso, riduzione occhi rossi, luce di ritorno non rilevata"
-    "Auto, flash emesso, riduzione occhi rossi, luce di ritorno rilevata""Energia del flash"
-    "Versione Flashpix""Lunghezza focale""Lunghezza focale in formato 35mm"
-    "Unità risoluzione piano focale""pollici""Risoluzione X del piano focale"
-    "Risoluzione Y del piano focale""Matrice predittiva 1""Matrice predittiva 2""Byte disponibili"
-    "Offset disponibili""Metadati GDAL""Nessun dato GDAL""Altitudine GPS"
-    "Riferimento altitudine GPS""Sul livello del mare""Sotto il livello del mare"
-    "Informazioni area GPS""Precisione misurazione GPS""Data GPS""Direzione destinazione GPS"
-    "Riferimento direzione destinazione GPS""Nord magnetico""Nord geografico"
-    "Distanza destinazione GPS""Riferimento distanza destinazione GPS""Chilometri""Miglia"
-    "Miglia nautiche""Latitudine destinazione GPS""Riferimento latitudine destinazione GPS"
-    "Longitudine destinazione GPS""Riferimento per longitudine di destinazione""Ovest"
-    "Correzione differenziale GPS""Misurazione senza correzione differenziale"
-    "Correzione differenziale applicata""Errore posizionamento orizzontale GPS"
-    "Direzione di immagine""Riferimento per direzione di immagine""Latitudine"
-    "Latitudine Nord o Sud""Latitudine Nord""Latitudine Sud""Longitudine""Longitudine Est o Ovest"
-    "Longitudine Est""Longitudine Ovest""Dati di rilevamento geodetico utilizzati"
-    "Modalità misurazione GPS""Misurazione 2D""Misurazione tridimensionale"
-    "Nome metodo di elaborazione GPS""Satelliti GPS usati per la misurazione"
-    "Velocità ricevitore GPS""Unità velocità""Chilometri all'ora""Miglie all'ora""Nodi"
-    "Stato ricevitore GPS""Misurazione in corso""Interoperatività misurazione"
-    "Ora GPS (orologio atomico)""Direzione di movimento""Riferimento per direzione di movimento"
-    "Direzione magnetica""Direzione effettiva""Versione tag GPS""Controllo di Guadagno"
-    "Aumentare il guadagno basso""Aumentare il guadagno alto""Diminuire il guadagno basso"
-    "Diminuire il guadagno alto""Parametri Geo Tiff Ascii""Curva di risposta Grigio"
-    "Unità di risposta Grigio""1e-005""1e-006""Uso HC""Line art""Suggerimenti mezzi toni"
-    "Risoluzione altezza""Computer ospite""Riseervato a INGR""Metadati IPTC-NAA""Sensibilità ISO"
-    "Velocità ISO""Velocità ISO - Latitudine yyy""Velocità ISO - Latitudine zzz""Intestazione IT8"
-    "Numero di byte dell'immagine""Indicazione colore dell'immagine"
-    "Colore immagine non specificato""Colore immagine specificato""Valore colore dell'immagine"
-    "Dati scartati dell'immagine""Risoluzione completa""Profondità Immagine""Descrizione Immagine"
-    "Cronologia immagine""ID Immagine""Livello immagine""Numero immagine""Offset immagine"
-    "Dati origine immagine""Tipo immagine""Anteprima""Pagina""ID unico immagine""Indicizzato"
-    "Non indicizzato""Nomi inchiostri""Gruppo inchiostri""Non CMYK""Interlacciamento"
-    "Identificazione interoperatività""R03 - file opzioni DCF (Adobe RGB)"
-    "R98 - file base DCF (sRGB)""File miniatura THM - DCF""Versione interoperatività"
-    "Tabelle JPEGAC""Tabelle JPEGDC""Predittori JPEG senza perdita""Trasformazioni puntiali JPEG"
-    "Linea di base""Senza perdita""Tabelle JPEGQ""Intervallo riavvio JPEG""Tabelle JPEG""JPG da raw"
-    "Lunghezza JPG da raw""Inizio JPG da raw""Obiettivo""Informazioni obiettivo""Marca obiettivo"
-    "Modello obiettivo""Numero di serie obiettivo""Sorgente di luce""Limite risposta lineare"
-    "Tabella di linearizzazione""Modello fotocamera localizzato""Tabella colori MD""Tag file MD"
-    "Unità file MD""Nome lab MD""Data prep MD""Ora prep MD""Info campione MD""Scala pixel MD"
-    "Testo documento MS""Posizione testo documento MS""Gruppo di memoria proprietà MS"
-    "Note marca Safety""Non sicuro""Sicuro""Aree mascherate""Opacizzazione"
-    "Diaframma massimo obiettivo""Massimo valore campioni""Modalità misurazione""Media"
-    "Media centrale ponderata""Altro""Punto""Multi-punto""Multi-zona""Parziale"
-    "Minimo valore campioni""Numero modo""Nome modello fotocamera""Modello 2""Filtro moire"
-    "Profilo S""Risoluzione/larghezza immagine""Profilo L""Profilo F""Livello N profilo M"
-    "Profilo M""Profilo J""Dati condivisi""Profilo C""Rumore""Profilo rumore"
-    "Riduzione rumore applicata""Numero di inchiostri"
-    "Immagine a risoluzione maggiore non esistente""Immagine a risoluzione maggiore esistente"
-    "Schema Offset""Vecchio tipo sotto-file""Immagine con risoluzione originale"
-    "Immagine a risoluzione ridotta""Singola pagina di un'immagine multi-pagina""Lista opcode 1"
-    "Lista opcode 2""Lista opcode 3""Fattore di conversione optoelettrica""Rifletti orizzontalmente"
-    "Rifletti verticalmente""Rifletti orizzontalmente e ruota di 270° in senso orario"
-    "Rifletti orizzontalmente e ruota di 90° in senso orario""Dati file raw originale"
-    "Sommario file raw originale""Nome file raw originale""Altra lunghezza immagine"
-    "Altro inizio immagine""Nome proprietario""Nome pagina""Numero pagina""Versione raw Panasonic"
-    "Titolo Panasonic""Titolo Panasonic 2""Interpretazione fotometrica""Bianco è zero""Nero è zero"
-    "Tavolozza RGB""Array filtro colore""Raw lineare""Maschera trasparenza""Formato pixel"
-    "16-bit grigio""32-bit punto grigio virgola mobile""48-bit RGB virgola fissa"
-    "96-bit RGB virgola fissa""128-bit RGBA virgola mobile""128-bit PRGBA virgola mobile"
-    "128-bit RGB virgola mobile""64-bit RGBA virgola fissa""128-bit RGBA virgola fissa"
-    "24-bit 3 canali""32-bit 4 canali""40-bit 5 canali""48-bit 6 canali""56-bit 7 canali"
-    "64-bit 8 canali""48-bit 3 canali""64-bit 4 canali""80-bit 5 canali""96-bit 6 canali"
-    "112-bit 7 canali""128-bit 8 canali""40-bit CMYK trasparenza""80-bit CMYK trasparenza"
-    "32-bit 3 canali trasparenza""40-bit 4 canali trasparenza""48-bit 5 canali trasparenza"
-    "56-bit 6 canali trasparenza""Bianco e nero""64-bit 7 canali trasparenza"
-    "72-bit 8 canali trasparenza""64-bit 3 canali trasparenza""80-bit 4 canali trasparenza"
-    "96-bit 5 canali trasparenza""112-bit 6 canali trasparenza""128-bit 7 canali trasparenza"
-    "144-bit 8 canali trasparenza""64-bit RGBA mezzi toni""48-bit RGB metà""16-bit grigio metà"
-    "32-bit punto grigio virgola fissa""8-bit grigio""Intervallo intensità pixel"
-    "Opzioni Pixel Magic JBIG""Scala pixel""Configurazione planare""Spezzettato""Planare"
-    "Predittore""Differenziazione orizzontale""Nome applicazione anteprima "
-    "Versione applicazione anteprima ""Spazio colore anteprima""Gamma grigio 2.2"
-    "Data ora anteprima""Immagine anteprima""Lunghezza immagine anteprima"
-    "Inizio immagine anteprima""Sommario impostazioni anteprima""Nome impostazioni anteprima"
-    "Cromatismo dei colori primari""Stampa Image Matching""Software di elaborazione"
-    "Segn calibrazione profilo""Copyright profilo""Politica incorporamento profilo"
-    "Permetti la copia""Incorpora se usato""Non incorporare mai""Nessuna restrizione""Nome profilo"
-    "Tipo profilo""Non specificato""Parola""Settore lungo""Parola lunga""Settore""Valutazione"
-    "Valutazione percentuale""Offset dati raw""ID unico dati raw""File raw""Sommario file raw"
-    "Segmentazione file raw""Indice esposizione raccomandato""Bilanciamento del rosso"
-    "Matrice di riduzione 1""Matrice di riduzione 2""Coppia valori riferimento di bianco e nero"
-    "Formato file immagine correlato""Numero delle righe dei dati immagine"
-    "Larghezza immagine correlata""File audio relativo""Unità risoluzione""Pollici"
-    "Righe per striscia""Info SEM""Formato campioni""Senza segno""Con segno""Virgola mobile"
-    "Intero immaginario""Virgola mobile immaginario""Campioni per pixel""Saturazione""Alta"
-    "Tipo cattura scena""Notte""Tipo scena""Immagine fotografata direttamente"
-    "Classificazione sicurezza""Confidenziale""Riservato""Segreto""Massima segretezza"
-    "Non classificato""Modo autoscatto""Metodo misurazione esposimetrica"
-    "Monochrome area |\302\240Non definito""Sensore area a colori a un chip"
-    "Sensore area a colori a due chip""Sensore area a colori a tre chip""Area sequenziale a colori"
-    "Trilineare""Lineare sequenziale a colori""Tipo sensibilità""Sensibilità predefinita uscita"
+    "Auto, flash emesso, riduzione occhi rossi, luce di ritorno rilevata" "Energia del flash"
+    "Versione Flashpix" "Lunghezza focale" "Lunghezza focale in formato 35mm"
+    "Unità risoluzione piano focale" "pollici" "Risoluzione X del piano focale"
+    "Risoluzione Y del piano focale" "Matrice predittiva 1" "Matrice predittiva 2"
+    "Byte disponibili" "Offset disponibili" "Metadati GDAL" "Nessun dato GDAL" "Altitudine GPS"
+    "Riferimento altitudine GPS" "Sul livello del mare" "Sotto il livello del mare"
+    "Informazioni area GPS" "Precisione misurazione GPS" "Data GPS" "Direzione destinazione GPS"
+    "Riferimento direzione destinazione GPS" "Nord magnetico" "Nord geografico"
+    "Distanza destinazione GPS" "Riferimento distanza destinazione GPS" "Chilometri" "Miglia"
+    "Miglia nautiche" "Latitudine destinazione GPS" "Riferimento latitudine destinazione GPS"
+    "Longitudine destinazione GPS" "Riferimento per longitudine di destinazione" "Ovest"
+    "Correzione differenziale GPS" "Misurazione senza correzione differenziale"
+    "Correzione differenziale applicata" "Errore posizionamento orizzontale GPS"
+    "Direzione di immagine" "Riferimento per direzione di immagine" "Latitudine"
+    "Latitudine Nord o Sud" "Latitudine Nord" "Latitudine Sud" "Longitudine"
+    "Longitudine Est o Ovest" "Longitudine Est" "Longitudine Ovest"
+    "Dati di rilevamento geodetico utilizzati" "Modalità misurazione GPS" "Misurazione 2D"
+    "Misurazione tridimensionale" "Nome metodo di elaborazione GPS"
+    "Satelliti GPS usati per la misurazione" "Velocità ricevitore GPS" "Unità velocità"
+    "Chilometri all'ora" "Miglie all'ora" "Nodi" "Stato ricevitore GPS" "Misurazione in corso"
+    "Interoperatività misurazione" "Ora GPS (orologio atomico)" "Direzione di movimento"
+    "Riferimento per direzione di movimento" "Direzione magnetica" "Direzione effettiva"
+    "Versione tag GPS" "Controllo di Guadagno" "Aumentare il guadagno basso"
+    "Aumentare il guadagno alto" "Diminuire il guadagno basso" "Diminuire il guadagno alto"
+    "Parametri Geo Tiff Ascii" "Curva di risposta Grigio" "Unità di risposta Grigio" "1e-005"
+    "1e-006" "Uso HC" "Line art" "Suggerimenti mezzi toni" "Risoluzione altezza" "Computer ospite"
+    "Riseervato a INGR" "Metadati IPTC-NAA" "Sensibilità ISO" "Velocità ISO"
+    "Velocità ISO - Latitudine yyy" "Velocità ISO - Latitudine zzz" "Intestazione IT8"
+    "Numero di byte dell'immagine" "Indicazione colore dell'immagine"
+    "Colore immagine non specificato" "Colore immagine specificato" "Valore colore dell'immagine"
+    "Dati scartati dell'immagine" "Risoluzione completa" "Profondità Immagine"
+    "Descrizione Immagine" "Cronologia immagine" "ID Immagine" "Livello immagine" "Numero immagine"
+    "Offset immagine" "Dati origine immagine" "Tipo immagine" "Anteprima" "Pagina"
+    "ID unico immagine" "Indicizzato" "Non indicizzato" "Nomi inchiostri" "Gruppo inchiostri"
+    "Non CMYK" "Interlacciamento" "Identificazione interoperatività"
+    "R03 - file opzioni DCF (Adobe RGB)" "R98 - file base DCF (sRGB)" "File miniatura THM - DCF"
+    "Versione interoperatività" "Tabelle JPEGAC" "Tabelle JPEGDC" "Predittori JPEG senza perdita"
+    "Trasformazioni puntiali JPEG" "Linea di base" "Senza perdita" "Tabelle JPEGQ"
+    "Intervallo riavvio JPEG" "Tabelle JPEG" "JPG da raw" "Lunghezza JPG da raw" "Inizio JPG da raw"
+    "Obiettivo" "Informazioni obiettivo" "Marca obiettivo" "Modello obiettivo"
+    "Numero di serie obiettivo" "Sorgente di luce" "Limite risposta lineare"
+    "Tabella di linearizzazione" "Modello fotocamera localizzato" "Tabella colori MD" "Tag file MD"
+    "Unità file MD" "Nome lab MD" "Data prep MD" "Ora prep MD" "Info campione MD" "Scala pixel MD"
+    "Testo documento MS" "Posizione testo documento MS" "Gruppo di memoria proprietà MS"
+    "Note marca Safety" "Non sicuro" "Sicuro" "Aree mascherate" "Opacizzazione"
+    "Diaframma massimo obiettivo" "Massimo valore campioni" "Modalità misurazione" "Media"
+    "Media centrale ponderata" "Altro" "Punto" "Multi-punto" "Multi-zona" "Parziale"
+    "Minimo valore campioni" "Numero modo" "Nome modello fotocamera" "Modello 2" "Filtro moire"
+    "Profilo S" "Risoluzione/larghezza immagine" "Profilo L" "Profilo F" "Livello N profilo M"
+    "Profilo M" "Profilo J" "Dati condivisi" "Profilo C" "Rumore" "Profilo rumore"
+    "Riduzione rumore applicata" "Numero di inchiostri"
+    "Immagine a risoluzione maggiore non esistente" "Immagine a risoluzione maggiore esistente"
+    "Schema Offset" "Vecchio tipo sotto-file" "Immagine con risoluzione originale"
+    "Immagine a risoluzione ridotta" "Singola pagina di un'immagine multi-pagina" "Lista opcode 1"
+    "Lista opcode 2" "Lista opcode 3" "Fattore di conversione optoelettrica"
+    "Rifletti orizzontalmente" "Rifletti verticalmente"
+    "Rifletti orizzontalmente e ruota di 270° in senso orario"
+    "Rifletti orizzontalmente e ruota di 90° in senso orario" "Dati file raw originale"
+    "Sommario file raw originale" "Nome file raw originale" "Altra lunghezza immagine"
+    "Altro inizio immagine" "Nome proprietario" "Nome pagina" "Numero pagina"
+    "Versione raw Panasonic" "Titolo Panasonic" "Titolo Panasonic 2" "Interpretazione fotometrica"
+    "Bianco è zero" "Nero è zero" "Tavolozza RGB" "Array filtro colore" "Raw lineare"
+    "Maschera trasparenza" "Formato pixel" "16-bit grigio" "32-bit punto grigio virgola mobile"
+    "48-bit RGB virgola fissa" "96-bit RGB virgola fissa" "128-bit RGBA virgola mobile"
+    "128-bit PRGBA virgola mobile" "128-bit RGB virgola mobile" "64-bit RGBA virgola fissa"
+    "128-bit RGBA virgola fissa" "24-bit 3 canali" "32-bit 4 canali" "40-bit 5 canali"
+    "48-bit 6 canali" "56-bit 7 canali" "64-bit 8 canali" "48-bit 3 canali" "64-bit 4 canali"
+    "80-bit 5 canali" "96-bit 6 canali" "112-bit 7 canali" "128-bit 8 canali"
+    "40-bit CMYK trasparenza" "80-bit CMYK trasparenza" "32-bit 3 canali trasparenza"
+    "40-bit 4 canali trasparenza" "48-bit 5 canali trasparenza" "56-bit 6 canali trasparenza"
+    "Bianco e nero" "64-bit 7 canali trasparenza" "72-bit 8 canali trasparenza"
+    "64-bit 3 canali trasparenza" "80-bit 4 canali trasparenza" "96-bit 5 canali trasparenza"
+    "112-bit 6 canali trasparenza" "128-bit 7 canali trasparenza" "144-bit 8 canali trasparenza"
+    "64-bit RGBA mezzi toni" "48-bit RGB metà" "16-bit grigio metà"
+    "32-bit punto grigio virgola fissa" "8-bit grigio" "Intervallo intensità pixel"
+    "Opzioni Pixel Magic JBIG" "Scala pixel" "Configurazione planare" "Spezzettato" "Planare"
+    "Predittore" "Differenziazione orizzontale" "Nome applicazione anteprima "
+    "Versione applicazione anteprima " "Spazio colore anteprima" "Gamma grigio 2.2"
+    "Data ora anteprima" "Immagine anteprima" "Lunghezza immagine anteprima"
+    "Inizio immagine anteprima" "Sommario impostazioni anteprima" "Nome impostazioni anteprima"
+    "Cromatismo dei colori primari" "Stampa Image Matching" "Software di elaborazione"
+    "Segn calibrazione profilo" "Copyright profilo" "Politica incorporamento profilo"
+    "Permetti la copia" "Incorpora se usato" "Non incorporare mai" "Nessuna restrizione"
+    "Nome profilo" "Tipo profilo" "Non specificato" "Parola" "Settore lungo" "Parola lunga"
+    "Settore" "Valutazione" "Valutazione percentuale" "Offset dati raw" "ID unico dati raw"
+    "File raw" "Sommario file raw" "Segmentazione file raw" "Indice esposizione raccomandato"
+    "Bilanciamento del rosso" "Matrice di riduzione 1" "Matrice di riduzione 2"
+    "Coppia valori riferimento di bianco e nero" "Formato file immagine correlato"
+    "Numero delle righe dei dati immagine" "Larghezza immagine correlata" "File audio relativo"
+    "Unità risoluzione" "Pollici" "Righe per striscia" "Info SEM" "Formato campioni" "Senza segno"
+    "Con segno" "Virgola mobile" "Intero immaginario" "Virgola mobile immaginario"
+    "Campioni per pixel" "Saturazione" "Alta" "Tipo cattura scena" "Notte" "Tipo scena"
+    "Immagine fotografata direttamente" "Classificazione sicurezza" "Confidenziale" "Riservato"
+    "Segreto" "Massima segretezza" "Non classificato" "Modo autoscatto"
+    "Metodo misurazione esposimetrica" "Monochrome area |\302\240Non definito"
+    "Sensore area a colori a un chip" "Sensore area a colori a due chip"
+    "Sensore area a colori a tre chip" "Area sequenziale a colori" "Trilineare"
+    "Lineare sequenziale a colori" "Tipo sensibilità" "Sensibilità predefinita uscita"
     "Sensibilità predefinita uscita e indice esposizione consigliato"
-    "Sensibilità predefinita uscita e velocità ISO""Indice esposizione raccomandato e velocità ISO"
-    "Sensibilità predefinita uscita, indice esposizione consigliato e velocità ISO""Altezza sensore"
-    "Bordo sinistro sensore""Bordo superiore sensore""Larghezza sensore""Numero di serie"
-    "Scala ombre""Nitidezza""Leggera""Velocità otturatore""Sito""Arrotondamento"
-    "Software utilizzato""Risposta in frequenza spaziale""Sensibilità spettro""Byte per striscia"
-    "Offset striscia""Numero righe striscia""Sottosecondi ora""Sottosecondi ora digitalizzazione"
-    "Sottosecondi ora originale""Dimensione blocco sotto-tasselli"
-    "Singola pagina di un'immagine multi-pagina a risoluzione ridotta""non valido"
+    "Sensibilità predefinita uscita e velocità ISO" "Indice esposizione raccomandato e velocità ISO"
+    "Sensibilità predefinita uscita, indice esposizione consigliato e velocità ISO"
+    "Altezza sensore" "Bordo sinistro sensore" "Bordo superiore sensore" "Larghezza sensore"
+    "Numero di serie" "Scala ombre" "Nitidezza" "Leggera" "Velocità otturatore" "Sito"
+    "Arrotondamento" "Software utilizzato" "Risposta in frequenza spaziale" "Sensibilità spettro"
+    "Byte per striscia" "Offset striscia" "Numero righe striscia" "Sottosecondi ora"
+    "Sottosecondi ora digitalizzazione" "Sottosecondi ora originale"
+    "Dimensione blocco sotto-tasselli"
+    "Singola pagina di un'immagine multi-pagina a risoluzione ridotta" "non valido"
     "Maschera trasparenza di immagine a risoluzione ridotta"
     "Maschera trasparenza di immagine multi-pagina"
-    "Maschera trasparenza di immagine multi-pagina a risoluzione ridotta""Area soggetto"
-    "Distanza soggetto""Intervallo distanza soggetto""Vicino""Lontano""Posizione soggetto"
-    "Opzioni T4""Codifica 2D""Bit di riempimento aggiunti""Opzioni T6""Opzioni T82""Opzioni T88"
-    "Estensioni TIFF FX""JBIG2 bianco e nero""Stampante di destinazione""Soglia"
-    "Nessun dithering o resa a mezzi toni""Dither casuale""Formato miniatura""Dimensioni miniatura"
-    "Offset miniatura""Larghezza miniatura""Byte tassello""Profondità tassello""Lunghezza tassello"
-    "Offset tasselli""Larghezza tassello""Scostamento fuso orario""Funzione di trasferimento"
-    "Intervallo di trasferimento""Trasformazione""Indicatore trasparenza""Indicatore trap""Tag UIC1"
-    "Tag UIC2""Tag UIC3""Tag UIC4""Testo o disegno""Scala di grigi""Colore""Sì"
-    "Modello unico fotocamera""Commento utente""Anno versione""Bilanciamento del bianco"
-    "Equilibrio del bianco automatico""Livello bianco""Punto bianco""Risoluzione larghezza"
-    "Commento XP""Parole chiave XP""Soggetto XP""Titolo XP""Posizione X"
-    "Risoluzione orizzontale immagine""Coefficienti matrice trasformazione spazio colori"
-    "Posizionamento Y e C""Centrato""Affiancato""Indice sottocampionamento da Y a C""Posizione Y"
-    "Risoluzione verticale immagine""アクティブ領域""アルファバイト数""アルファデータ破棄""完全な解像度""フレックスビット破棄""ハイパス周波数データ破棄"
-    "ハイパスとローパス周波数データ破棄""アルファオフセット""アナログバランス""フォトショップ注釈""カメラのアンチエイリアスフィルタの相対的な強度""絞り""画像作成者"
-    "ニュートラルショット""撮影時プロファイルマトリックス""撮影時プロフィール名""ホワイトX-Yショット""背景色指標""背景色値""粗悪なFAX線""ベースライン露出"
-    "ベースラインノイズ""ベースラインシャープネス""バッテリーレベル""ベイヤーグリーン分割""高品質スケール""拡張ランレングスあたりのビット""ランレングスあたりのビット"
-    "コンポーネントのビット数""黒レベル""黒レベルデルタH""黒レベルデルタV""黒レベル反復値""ブルーバランス""ブライトネス""CFAレイアウト""CFAパターン""CFAパターン2"
-    "CFAプレーン色""CFA反復パターン特性""CMYK等価物""光源キャリブレーション1""昼光""曇り""日陰""昼光色蛍光灯""昼白色蛍光灯""白色蛍光灯""温白色蛍光灯"
-    "暖白光色蛍光灯""標準ライトA""標準ライトB""標準ライトC""蛍光灯""ISOスタジオタングステン""その他の光源""タングステン(白熱灯)""ストロボ""良い天気"
-    "光源キャリブレーション2""カメラキャリブレーション1""カメラキャリブレーション2""カメラキャリブレーションサイン""カメラシリアル番号""セル長""セル幅""彩度ぼけ半径"
-    "純粋なFAXデータ""クリップパス""カラー特徴描写""カラーマップ""カラーマトリックス1""カラーマトリックス2""色応答単位""カラーシーケンス""色空間""ICCプロフィール"
-    "未調整""カラーテーブル""比色分析参照""画像圧縮モード""圧縮計画""非圧縮""JPEG (古い形式)""JPEG圧縮率""連続的に粗悪なFAX線""コントラスト""ソフト""ハード"
-    "コンバーター""開始オフセットX""開始オフセットY""カレントプロファイルマトリックス""カスタム画像処理""標準処理""カスタム処理""DNGバックワードバージョン""レンズ情報"
-    "DNGバージョン""日付型""デフォルト切取り基点""デフォルト切取りサイズ""デフォルトスケール""デバイス設定の説明""デジタルズーム比率""歪曲修正""オフ""ドキュメント名"
-    "ドット範囲""Exifバージョン""拡張フイルム""拡張レンズフィルター""拡張フラッシュランプ""拡張レンズ""拡張スキャナー""拡張ソフト""露出""露出補正値""露出指標"
-    "露光モード""自動露出""マニュアル露出""オートブラケット""露出プログラム""未定義""マニュアル""ノーマルプログラム""絞り優先""シャッター優先"
-    "クリエイティブプログラム(被写界深度優先)""スポーツモード(高速シャッター優先)""ポートレートモード""風景モード""バルブ""露出時間""特別サンプル""F値""FAX受信パラメータ"
-    "FAX受信時間""FAXサブアドレス""ファイルソース""フィルムスキャナー""反射印刷スキャナー""デジタルカメラ""フルオーダー""標準""フラッシュ未発光""フラッシュ発光"
-    "フラッシュ発光、強制発光モード、ストロボ光未検知""フラッシュ発光、強制発光モード、ストロボ光検知""フラッシュ未発光、強制発光モード""オフ、フラッシュ未発光、ストロボ光未検知"
-    "フラッシュ未発光、オートモード""フラッシュ発光、オートモード""フラッシュ発光、オートモード、ストロボ光未検知""フラッシュ発光、オートモード、ストロボ光検知""フラッシュ機能無し"
-    "オフ、フラッシュ機能無し""ストロボ光未検知""フラッシュ発光、赤目軽減モード""フラッシュ発光、赤目軽減モード、ストロボ光未検知""ストロボ光検知"
-    "フラッシュ発光、赤目軽減モード、ストロボ光検知""フラッシュ発光、強制発光モード、赤目軽減モード""フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光未検知"
-    "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光検知""オン、フラッシュ未発光""オフ、赤目軽減モード""オート、フラッシュ未発光、赤目軽減モード"
-    "フラッシュ発光、オートモード、赤目軽減モード""フラッシュ発光、強制発光モード""フラッシュ発光、オートモード、ストロボ光未検知、赤目軽減モード"
-    "フラッシュ発光、オートモード、ストロボ光検知、赤目軽減モード""フラッシュ強度""サポートフラッシュピックスバージョン""レンズ焦点距離""35mmフイルム換算焦点距離""焦点面解像度単位"
-    "インチ""焦点面X解像度""焦点面Y解像度""前行列1""前行列2""フリーバイト数""フリーオフセット""高度""参照高度""海水面""参照海水面(負の値)""GPSエリアの名称"
-    "測定精度""GPSデータ""目的地の方向""目的地の方向の参照""磁気の方向""正常な方向""目的地の距離""目的地の距離の参照""キロメートル""マイル""ノット""目的地の緯度"
-    "目的地の緯度のための参照""北緯""南緯""目的地の経度""目的地の経度のための参照""東経""西経""GPS誤差修正""誤差修正無し""誤差修正あり""イメージの方向""画像方向参照"
-    "本当の方向""緯度""北緯または南緯""経度""東経または西経""データが使った測地測量""GPS測定モード""２次元測定""３次元測定""GPS処理方法の名称"
-    "測定のために使われたGPS衛星""GPS受信機のスピード""スピード単位""時速(km)""時速(マイル)""GPS受信機ステータス""測定アクティブ""測定無効""GPS時間(原子時計)"
-    "動作方向""動作方向の参照""GPSタグバージョン""ゲインコントロール""低いゲインアップ""高いゲインアップ""低いゲインダウン""高いゲインダウン""ジオアスキー設定タグ"
-    "グレー反応曲線""グレー反応単位""単位の数は10を表す""単位の数は100を表す""単位の数は1000を表す""単位の数は10-1000を表す""単位の数は100-1000を表す"
-    "HC使用""ハーフトーンヒント""高さ方向の画像解像度""ホストコンピューター""IPTC-NAAメタデータ""ISOスピードレート""IT8ヘッダー""画像バイト数""画像色指標"
-    "画像色値""イメージデータ廃棄""イメージの深さ""イメージ説明""画像履歴""イメージID""イメージレイヤー""イメージ番号""イメージオフセット""イメージソースデータ""ページ"
-    "ユニークなイメージID""インデックス""インク名""インクセット""相互グラフマトリックスタグ""インタレース""インターオペラビリティID"
-    "R03: DCFオプションファイル(Adobe RGB)""R98: DCF基本ファイル(sRGB)""THM: DCFサムネイルファイル""インターオペラビリティバージョン"
-    "JPEG AC テーブル""JPEG DC テーブル""JPEGロスレス予測""JPEG位置変換""JPEG処理""JPEG Q テーブル""JPEG\343\200\200品質"
-    "JPEG再開間隔""JPEGテーブル""レンズ""レンズシリアル番号""線型反応限界""線形化テーブル""限定カメラモデル""メーカーノートセーフティ""危険""安全""マスク領域"
-    "マッチング""最大レンズ口径""最大サンプル値""測光モード""その他""スポット""マルチスポット""パターン""部分""最小サンプル値""画像入力機器モデル""画像入力機器モデル(2)"
-    "モデル拘束ポイントタグ""モデル変化タグ""ノイズ""適用ノイズリダクション""インク番号""OPIプロキシー""オフセットの概要""光電交換関数""オリジナルRAWファイルデータ"
-    "オリジナルRAWファイル要約""オリジナルRAWファイル名""オーナー名""引き伸ばし""ページ名""ページ番号""パナソニックRAWバージョン""ピクセル形式""白はゼロ""黒はゼロ"
-    "パレット色""CFA (カラーフィルターマトリックス)""CIE Log2(L) (ログ輝度)""CIE Log2(L)(u',v') (ログ輝度と基準色)""透明度マスク"
-    "ピクセルフォーマット""白黒""ピクセル強度範囲""モデル画素スケールタグ""画像データの並び""点順次形式 (重ね合わせ)""平面形式""指標""プレビューアプリケーション名"
-    "プレビューアプリケーションバージョン""プレビュー色空間""プレビュー日時""プレビューイメージ""プレビューイメージ容量""プレビューイメージ開始""プレビュー設定要約"
-    "プレビュー設定名""原色色度""プリントイメージマッチング""処理ソフトウェア""プロフィールキャリブレーションサイン""プロフィール著作権""プロフィール埋め込み方針""コピー許可"
-    "埋め込み使用""埋め込み禁止""無制限""色相Sat.マップデータプロフィール1""色相Sat.マップデータプロフィール2""色境界""表示テーブルデータプロフィール""プロフィール名"
-    "トーンカーブプロフィール""ラスタパディング""格付け""格付け(%)""RAWデータオフセット""RAWデータユニークID""RAWイメージ要約""RAWイメージ部分番号"
-    "レッドバランス""縮小マトリックス1""縮小マトリックス2""白黒の基準値の一組""関連イメージファイル形式""関連イメージ高""関連イメージ幅""関連オーディオファイル"
-    "XとY解像度単位""ピクセル/cm""列を挟む要因""1片の列数""S 最大サンプル値""S 最小サンプル値""サンプル形式""コンポーネント数""彩度""低い彩度""高い彩度"
-    "シーンキャプチャタイプ""風景""ポートレート""シーンタイプ""直接撮影画像""セキュリティ区分""機密文書""限定""秘密""最高機密""未分類""セルフタイマーモード""センサー方式"
-    "モノクロエリアセンサー |\302\240未定義""単板式カラーセンサー""２板式カラーセンサー""３板式カラーセンサー""シーケンシャルカラーセンサー""モノクロラインセンサー"
-    "３ラインセンサー""シーケンシャルカラーラインセンサー""センサー高さ""イメージ左部""イメージ上部""センサー幅""シリアル番号""シャドウスケール""シャドウ""シャープネス"
-    "ノーマル""シャッタースピード""サイト""ソフトウェア""空間周波数特性""スペクトル感度""Stoニット""圧縮片のバイト数""画像データ位置""DateTimeサブ秒"
-    "DateTimeDigitizedサブ秒""DateTimeOriginalサブ秒""サブタイトルブロックサイズ""対象領域""対象距離""被写体距離範囲""マクロ""遠景"
-    "T4オプション""T6オプション""TIFF/EP標準ID""標的プリンタ""閾値化""サムネイル画像""タイルのバイト数""タイルの深さ""タイルの長さ""タイルのオフセット"
-    "タイルの幅""タイムゾーンオフセット""転送機能""転送範囲""変形""透明度指標""トラップインジケーター""いいえ""はい""ユニークカメラモデル""ユーザーコメント"
-    "ホワイトバランス青レベル""ホワイトバランス緑レベル""ホワイトバランス赤レベル""WB GRGB レベル""WB RGGB レベル""ホワイトバランス""オート""白レベル"
-    "幅方向の画像解像度""Xクリップパス単位""X位置""画像幅の解像度""カラースペース変化マトリックス係数""YとCの位置""中央""相互配置""YとCのサブサンプリング比率"
-    "Yクリップパス単位""Y位置""画像高さの解像度""Área Activa""Número Byte Alfa""Datos Alfa Descartados"
-    "Resolución Total""FlexBits Descartado""Datos Frecuencia High-Pass Descartados"
-    "Dato Frecuencia High-Pass y Low-Pass Descartados""Offset Alfa""Balance Analógico""Anotaciones"
-    "Potencia Relativa del Filtro Antialiasing""Apertura""Captura Neutral"
-    "Matriz Pre Perfil Captura""Nombre Perfil Captura""Captura Blanco X-Y""Indicador Color Fondo"
-    "Valor Color Fondo""Líneas Fax Malas""Exposición Base""Ruido Base""Nitidez Base""Nivel Batería"
-    "Mosaico Bayer Verde""Escala Mayor Calidad""Bits Por \"Run Length\" Extendido"
-    "Bits Por \"Run Length\"""Número de Bits Por Muestra""Nivel Negro""Nivel Negro Delta H"
-    "Nivel Negro Delta V""Dimensión Repetición Nivel Negro""Balance de azules""Brillo""Luminosidad"
-    "Distribución CFA""Distribución Rectangular (o cuadrada)"
+    "Maschera trasparenza di immagine multi-pagina a risoluzione ridotta" "Area soggetto"
+    "Distanza soggetto" "Intervallo distanza soggetto" "Vicino" "Lontano" "Posizione soggetto"
+    "Opzioni T4" "Codifica 2D" "Bit di riempimento aggiunti" "Opzioni T6" "Opzioni T82"
+    "Opzioni T88" "Estensioni TIFF FX" "JBIG2 bianco e nero" "Stampante di destinazione" "Soglia"
+    "Nessun dithering o resa a mezzi toni" "Dither casuale" "Formato miniatura"
+    "Dimensioni miniatura" "Offset miniatura" "Larghezza miniatura" "Byte tassello"
+    "Profondità tassello" "Lunghezza tassello" "Offset tasselli" "Larghezza tassello"
+    "Scostamento fuso orario" "Funzione di trasferimento" "Intervallo di trasferimento"
+    "Trasformazione" "Indicatore trasparenza" "Indicatore trap" "Tag UIC1" "Tag UIC2" "Tag UIC3"
+    "Tag UIC4" "Testo o disegno" "Scala di grigi" "Colore" "Sì" "Modello unico fotocamera"
+    "Commento utente" "Anno versione" "Bilanciamento del bianco" "Equilibrio del bianco automatico"
+    "Livello bianco" "Punto bianco" "Risoluzione larghezza" "Commento XP" "Parole chiave XP"
+    "Soggetto XP" "Titolo XP" "Posizione X" "Risoluzione orizzontale immagine"
+    "Coefficienti matrice trasformazione spazio colori" "Posizionamento Y e C" "Centrato"
+    "Affiancato" "Indice sottocampionamento da Y a C" "Posizione Y" "Risoluzione verticale immagine"
+    "アクティブ領域" "アルファバイト数" "アルファデータ破棄" "完全な解像度" "フレックスビット破棄" "ハイパス周波数データ破棄" "ハイパスとローパス周波数データ破棄"
+    "アルファオフセット" "アナログバランス" "フォトショップ注釈" "カメラのアンチエイリアスフィルタの相対的な強度" "絞り" "画像作成者" "ニュートラルショット"
+    "撮影時プロファイルマトリックス" "撮影時プロフィール名" "ホワイトX-Yショット" "背景色指標" "背景色値" "粗悪なFAX線" "ベースライン露出" "ベースラインノイズ"
+    "ベースラインシャープネス" "バッテリーレベル" "ベイヤーグリーン分割" "高品質スケール" "拡張ランレングスあたりのビット" "ランレングスあたりのビット"
+    "コンポーネントのビット数" "黒レベル" "黒レベルデルタH" "黒レベルデルタV" "黒レベル反復値" "ブルーバランス" "ブライトネス" "CFAレイアウト" "CFAパターン"
+    "CFAパターン2" "CFAプレーン色" "CFA反復パターン特性" "CMYK等価物" "光源キャリブレーション1" "昼光" "曇り" "日陰" "昼光色蛍光灯" "昼白色蛍光灯"
+    "白色蛍光灯" "温白色蛍光灯" "暖白光色蛍光灯" "標準ライトA" "標準ライトB" "標準ライトC" "蛍光灯" "ISOスタジオタングステン" "その他の光源"
+    "タングステン(白熱灯)" "ストロボ" "良い天気" "光源キャリブレーション2" "カメラキャリブレーション1" "カメラキャリブレーション2" "カメラキャリブレーションサイン"
+    "カメラシリアル番号" "セル長" "セル幅" "彩度ぼけ半径" "純粋なFAXデータ" "クリップパス" "カラー特徴描写" "カラーマップ" "カラーマトリックス1"
+    "カラーマトリックス2" "色応答単位" "カラーシーケンス" "色空間" "ICCプロフィール" "未調整" "カラーテーブル" "比色分析参照" "画像圧縮モード" "圧縮計画"
+    "非圧縮" "JPEG (古い形式)" "JPEG圧縮率" "連続的に粗悪なFAX線" "コントラスト" "ソフト" "ハード" "コンバーター" "開始オフセットX" "開始オフセットY"
+    "カレントプロファイルマトリックス" "カスタム画像処理" "標準処理" "カスタム処理" "DNGバックワードバージョン" "レンズ情報" "DNGバージョン" "日付型"
+    "デフォルト切取り基点" "デフォルト切取りサイズ" "デフォルトスケール" "デバイス設定の説明" "デジタルズーム比率" "歪曲修正" "オフ" "ドキュメント名" "ドット範囲"
+    "Exifバージョン" "拡張フイルム" "拡張レンズフィルター" "拡張フラッシュランプ" "拡張レンズ" "拡張スキャナー" "拡張ソフト" "露出" "露出補正値" "露出指標"
+    "露光モード" "自動露出" "マニュアル露出" "オートブラケット" "露出プログラム" "未定義" "マニュアル" "ノーマルプログラム" "絞り優先" "シャッター優先"
+    "クリエイティブプログラム(被写界深度優先)" "スポーツモード(高速シャッター優先)" "ポートレートモード" "風景モード" "バルブ" "露出時間" "特別サンプル" "F値"
+    "FAX受信パラメータ" "FAX受信時間" "FAXサブアドレス" "ファイルソース" "フィルムスキャナー" "反射印刷スキャナー" "デジタルカメラ" "フルオーダー" "標準"
+    "フラッシュ未発光" "フラッシュ発光" "フラッシュ発光、強制発光モード、ストロボ光未検知" "フラッシュ発光、強制発光モード、ストロボ光検知" "フラッシュ未発光、強制発光モード"
+    "オフ、フラッシュ未発光、ストロボ光未検知" "フラッシュ未発光、オートモード" "フラッシュ発光、オートモード" "フラッシュ発光、オートモード、ストロボ光未検知"
+    "フラッシュ発光、オートモード、ストロボ光検知" "フラッシュ機能無し" "オフ、フラッシュ機能無し" "ストロボ光未検知" "フラッシュ発光、赤目軽減モード"
+    "フラッシュ発光、赤目軽減モード、ストロボ光未検知" "ストロボ光検知" "フラッシュ発光、赤目軽減モード、ストロボ光検知" "フラッシュ発光、強制発光モード、赤目軽減モード"
+    "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光未検知" "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光検知" "オン、フラッシュ未発光" "オフ、赤目軽減モード"
+    "オート、フラッシュ未発光、赤目軽減モード" "フラッシュ発光、オートモード、赤目軽減モード" "フラッシュ発光、強制発光モード"
+    "フラッシュ発光、オートモード、ストロボ光未検知、赤目軽減モード" "フラッシュ発光、オートモード、ストロボ光検知、赤目軽減モード" "フラッシュ強度"
+    "サポートフラッシュピックスバージョン" "レンズ焦点距離" "35mmフイルム換算焦点距離" "焦点面解像度単位" "インチ" "焦点面X解像度" "焦点面Y解像度" "前行列1"
+    "前行列2" "フリーバイト数" "フリーオフセット" "高度" "参照高度" "海水面" "参照海水面(負の値)" "GPSエリアの名称" "測定精度" "GPSデータ" "目的地の方向"
+    "目的地の方向の参照" "磁気の方向" "正常な方向" "目的地の距離" "目的地の距離の参照" "キロメートル" "マイル" "ノット" "目的地の緯度" "目的地の緯度のための参照"
+    "北緯" "南緯" "目的地の経度" "目的地の経度のための参照" "東経" "西経" "GPS誤差修正" "誤差修正無し" "誤差修正あり" "イメージの方向" "画像方向参照"
+    "本当の方向" "緯度" "北緯または南緯" "経度" "東経または西経" "データが使った測地測量" "GPS測定モード" "２次元測定" "３次元測定" "GPS処理方法の名称"
+    "測定のために使われたGPS衛星" "GPS受信機のスピード" "スピード単位" "時速(km)" "時速(マイル)" "GPS受信機ステータス" "測定アクティブ" "測定無効"
+    "GPS時間(原子時計)" "動作方向" "動作方向の参照" "GPSタグバージョン" "ゲインコントロール" "低いゲインアップ" "高いゲインアップ" "低いゲインダウン"
+    "高いゲインダウン" "ジオアスキー設定タグ" "グレー反応曲線" "グレー反応単位" "単位の数は10を表す" "単位の数は100を表す" "単位の数は1000を表す"
+    "単位の数は10-1000を表す" "単位の数は100-1000を表す" "HC使用" "ハーフトーンヒント" "高さ方向の画像解像度" "ホストコンピューター"
+    "IPTC-NAAメタデータ" "ISOスピードレート" "IT8ヘッダー" "画像バイト数" "画像色指標" "画像色値" "イメージデータ廃棄" "イメージの深さ" "イメージ説明"
+    "画像履歴" "イメージID" "イメージレイヤー" "イメージ番号" "イメージオフセット" "イメージソースデータ" "ページ" "ユニークなイメージID" "インデックス" "インク名"
+    "インクセット" "相互グラフマトリックスタグ" "インタレース" "インターオペラビリティID" "R03: DCFオプションファイル(Adobe RGB)"
+    "R98: DCF基本ファイル(sRGB)" "THM: DCFサムネイルファイル" "インターオペラビリティバージョン" "JPEG AC テーブル" "JPEG DC テーブル"
+    "JPEGロスレス予測" "JPEG位置変換" "JPEG処理" "JPEG Q テーブル" "JPEG\343\200\200品質" "JPEG再開間隔" "JPEGテーブル" "レンズ"
+    "レンズシリアル番号" "線型反応限界" "線形化テーブル" "限定カメラモデル" "メーカーノートセーフティ" "危険" "安全" "マスク領域" "マッチング" "最大レンズ口径"
+    "最大サンプル値" "測光モード" "その他" "スポット" "マルチスポット" "パターン" "部分" "最小サンプル値" "画像入力機器モデル" "画像入力機器モデル(2)"
+    "モデル拘束ポイントタグ" "モデル変化タグ" "ノイズ" "適用ノイズリダクション" "インク番号" "OPIプロキシー" "オフセットの概要" "光電交換関数"
+    "オリジナルRAWファイルデータ" "オリジナルRAWファイル要約" "オリジナルRAWファイル名" "オーナー名" "引き伸ばし" "ページ名" "ページ番号"
+    "パナソニックRAWバージョン" "ピクセル形式" "白はゼロ" "黒はゼロ" "パレット色" "CFA (カラーフィルターマトリックス)" "CIE Log2(L) (ログ輝度)"
+    "CIE Log2(L)(u',v') (ログ輝度と基準色)" "透明度マスク" "ピクセルフォーマット" "白黒" "ピクセル強度範囲" "モデル画素スケールタグ" "画像データの並び"
+    "点順次形式 (重ね合わせ)" "平面形式" "指標" "プレビューアプリケーション名" "プレビューアプリケーションバージョン" "プレビュー色空間" "プレビュー日時"
+    "プレビューイメージ" "プレビューイメージ容量" "プレビューイメージ開始" "プレビュー設定要約" "プレビュー設定名" "原色色度" "プリントイメージマッチング" "処理ソフトウェア"
+    "プロフィールキャリブレーションサイン" "プロフィール著作権" "プロフィール埋め込み方針" "コピー許可" "埋め込み使用" "埋め込み禁止" "無制限"
+    "色相Sat.マップデータプロフィール1" "色相Sat.マップデータプロフィール2" "色境界" "表示テーブルデータプロフィール" "プロフィール名" "トーンカーブプロフィール"
+    "ラスタパディング" "格付け" "格付け(%)" "RAWデータオフセット" "RAWデータユニークID" "RAWイメージ要約" "RAWイメージ部分番号" "レッドバランス"
+    "縮小マトリックス1" "縮小マトリックス2" "白黒の基準値の一組" "関連イメージファイル形式" "関連イメージ高" "関連イメージ幅" "関連オーディオファイル" "XとY解像度単位"
+    "ピクセル/cm" "列を挟む要因" "1片の列数" "S 最大サンプル値" "S 最小サンプル値" "サンプル形式" "コンポーネント数" "彩度" "低い彩度" "高い彩度"
+    "シーンキャプチャタイプ" "風景" "ポートレート" "シーンタイプ" "直接撮影画像" "セキュリティ区分" "機密文書" "限定" "秘密" "最高機密" "未分類"
+    "セルフタイマーモード" "センサー方式" "モノクロエリアセンサー |\302\240未定義" "単板式カラーセンサー" "２板式カラーセンサー" "３板式カラーセンサー"
+    "シーケンシャルカラーセンサー" "モノクロラインセンサー" "３ラインセンサー" "シーケンシャルカラーラインセンサー" "センサー高さ" "イメージ左部" "イメージ上部" "センサー幅"
+    "シリアル番号" "シャドウスケール" "シャドウ" "シャープネス" "ノーマル" "シャッタースピード" "サイト" "ソフトウェア" "空間周波数特性" "スペクトル感度"
+    "Stoニット" "圧縮片のバイト数" "画像データ位置" "DateTimeサブ秒" "DateTimeDigitizedサブ秒" "DateTimeOriginalサブ秒"
+    "サブタイトルブロックサイズ" "対象領域" "対象距離" "被写体距離範囲" "マクロ" "遠景" "T4オプション" "T6オプション" "TIFF/EP標準ID" "標的プリンタ"
+    "閾値化" "サムネイル画像" "タイルのバイト数" "タイルの深さ" "タイルの長さ" "タイルのオフセット" "タイルの幅" "タイムゾーンオフセット" "転送機能" "転送範囲"
+    "変形" "透明度指標" "トラップインジケーター" "いいえ" "はい" "ユニークカメラモデル" "ユーザーコメント" "ホワイトバランス青レベル" "ホワイトバランス緑レベル"
+    "ホワイトバランス赤レベル" "WB GRGB レベル" "WB RGGB レベル" "ホワイトバランス" "オート" "白レベル" "幅方向の画像解像度" "Xクリップパス単位" "X位置"
+    "画像幅の解像度" "カラースペース変化マトリックス係数" "YとCの位置" "中央" "相互配置" "YとCのサブサンプリング比率" "Yクリップパス単位" "Y位置" "画像高さの解像度"
+    "Área Activa" "Número Byte Alfa" "Datos Alfa Descartados" "Resolución Total"
+    "FlexBits Descartado" "Datos Frecuencia High-Pass Descartados"
+    "Dato Frecuencia High-Pass y Low-Pass Descartados" "Offset Alfa" "Balance Analógico"
+    "Anotaciones" "Potencia Relativa del Filtro Antialiasing" "Apertura" "Captura Neutral"
+    "Matriz Pre Perfil Captura" "Nombre Perfil Captura" "Captura Blanco X-Y" "Indicador Color Fondo"
+    "Valor Color Fondo" "Líneas Fax Malas" "Exposición Base" "Ruido Base" "Nitidez Base"
+    "Nivel Batería" "Mosaico Bayer Verde" "Escala Mayor Calidad" "Bits Por \"Run Length\" Extendido"
+    "Bits Por \"Run Length\"" "Número de Bits Por Muestra" "Nivel Negro" "Nivel Negro Delta H"
+    "Nivel Negro Delta V" "Dimensión Repetición Nivel Negro" "Balance de azules" "Brillo"
+    "Luminosidad" "Distribución CFA" "Distribución Rectangular (o cuadrada)"
     "Distribución escalonada A: columnas pares son movidas hacia abajo 1/2 fila"
     "Distribución escalonada B: columnas pares son movidas hacia arriba 1/2 fila"
     "Distribución escalonada C: filas pares son movidas a la derecha 1/2 columna"
-    "Distribución escalonada D: filas pares son movidas a la izquierda 1/2 columna""Patrón CFA"
-    "Patrón CFA 2""Color Plano CFA""Dimensión Patrón Repetición CFA""CMYK Equivalente"
-    "Calibración Iluminación 1""Luz del día""Tiempo Nublado""Sombrío"
-    "Fluorescente luz de día (D 5700 - 7100K)""Fluorescente blanco día (N 4600 - 5500K)"
-    "Fluorescente blanco cálido (W 3800 - 4500K)""Fluorescente blanco (WW 3250 - 3800K)"
-    "Fluorescente blanco cálido (L 2600 - 3250K)""Luz Estándar A""Luz Estándar B""Luz Estándar C"
-    "Tungsteno estudio ISO""Otras Fuentes Luz""Tungsteno (luz incandescente)""Buen tiempo"
-    "Calibración Iluminación 2""Calibración Cámara 1""Calibración Cámara 2"
-    "Firma Calibración Cámara""Número Serie Cámara""Alto Celda""Ancho Celda""Radio Mezcla Croma"
-    "Datos Fax Claro""Camino Fragmento""Caracterización Color""Mapa Color""Matriz Color 1"
-    "Matriz Color 2""Unidad Respuesta Color""Representación de Color""Espacio Color"
-    "Gamut RVB Grande""Perfil ICC""Sin calibrar""Tabla Color""Referencia Colorimétrica"
-    "Modo Compresión Imagen""Compresión""Sin comprimir""Codificación NeXT 2-bit"
-    "Compresión Sony ARW""Codificación ThunderScan 4-bit""Compresión Kodak KDC"
-    "Codificación Log Luminancia SGI 32-bit""Codificación Log Luminancia SGI 24-bit"
-    "Compresión Nikon NEF""JPEG (estilo antiguo)""Compresión Kodak DCR""Compresión Pentax PEF"
-    "Compresión JPEG""Líneas Fax Malas Consecutivas""Bajo""Recorte Izquierda""Recorte Arriba"
-    "Matriz Pre Perfil Actual""Proceso Imagen Personalizado""Proceso normal""Proceso personalizado"
-    "Versión Antigua DNG""Distancia Focal Mínima""Versión DNG""Tipo Datos""Origen Corte Defecto"
-    "Tamaño Corte Defecto""Escala por Defecto""Descripción Ajustes Dispositivo""Ratio Zoom Digital"
-    "Corrección Distorsión""Desactivado""Nombre Documento""Intervalo Puntos""Versión Exif"
-    "Película Expandida""Filtro Objetivo Expandida""Lampara Flash Expandida""Objetivo Expandido"
-    "Escaner Expandido""Software Expandido""Compensación Exposición""Índice Exposición"
-    "Modo Exposición""Exposición automática""Exposición manual""Auto-horquillado"
-    "Programa Exposición""No definido""Programa normal""Prioridad Apertura""Prioridad obturador"
+    "Distribución escalonada D: filas pares son movidas a la izquierda 1/2 columna" "Patrón CFA"
+    "Patrón CFA 2" "Color Plano CFA" "Dimensión Patrón Repetición CFA" "CMYK Equivalente"
+    "Calibración Iluminación 1" "Luz del día" "Tiempo Nublado" "Sombrío"
+    "Fluorescente luz de día (D 5700 - 7100K)" "Fluorescente blanco día (N 4600 - 5500K)"
+    "Fluorescente blanco cálido (W 3800 - 4500K)" "Fluorescente blanco (WW 3250 - 3800K)"
+    "Fluorescente blanco cálido (L 2600 - 3250K)" "Luz Estándar A" "Luz Estándar B" "Luz Estándar C"
+    "Tungsteno estudio ISO" "Otras Fuentes Luz" "Tungsteno (luz incandescente)" "Buen tiempo"
+    "Calibración Iluminación 2" "Calibración Cámara 1" "Calibración Cámara 2"
+    "Firma Calibración Cámara" "Número Serie Cámara" "Alto Celda" "Ancho Celda" "Radio Mezcla Croma"
+    "Datos Fax Claro" "Camino Fragmento" "Caracterización Color" "Mapa Color" "Matriz Color 1"
+    "Matriz Color 2" "Unidad Respuesta Color" "Representación de Color" "Espacio Color"
+    "Gamut RVB Grande" "Perfil ICC" "Sin calibrar" "Tabla Color" "Referencia Colorimétrica"
+    "Modo Compresión Imagen" "Compresión" "Sin comprimir" "Codificación NeXT 2-bit"
+    "Compresión Sony ARW" "Codificación ThunderScan 4-bit" "Compresión Kodak KDC"
+    "Codificación Log Luminancia SGI 32-bit" "Codificación Log Luminancia SGI 24-bit"
+    "Compresión Nikon NEF" "JPEG (estilo antiguo)" "Compresión Kodak DCR" "Compresión Pentax PEF"
+    "Compresión JPEG" "Líneas Fax Malas Consecutivas" "Bajo" "Recorte Izquierda" "Recorte Arriba"
+    "Matriz Pre Perfil Actual" "Proceso Imagen Personalizado" "Proceso normal"
+    "Proceso personalizado" "Versión Antigua DNG" "Distancia Focal Mínima" "Versión DNG"
+    "Tipo Datos" "Origen Corte Defecto" "Tamaño Corte Defecto" "Escala por Defecto"
+    "Descripción Ajustes Dispositivo" "Ratio Zoom Digital" "Corrección Distorsión" "Desactivado"
+    "Nombre Documento" "Intervalo Puntos" "Versión Exif" "Película Expandida"
+    "Filtro Objetivo Expandida" "Lampara Flash Expandida" "Objetivo Expandido" "Escaner Expandido"
+    "Software Expandido" "Compensación Exposición" "Índice Exposición" "Modo Exposición"
+    "Exposición automática" "Exposición manual" "Auto-horquillado" "Programa Exposición"
+    "No definido" "Programa normal" "Prioridad Apertura" "Prioridad obturador"
     "Programa creativo (orientado a profundidad de campo)"
     "Programa acción (orientado a velocidad de obturación rápida)"
     "Modo retrato (para fotos de cerca con el fondo fuera de enfoque)"
-    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)""Tiempo de Exposición"
-    "Muestra Extra""Número F""Parámetros Recepción Fax""Hora Recepción Fax""Subdirección Fax"
-    "Fuente Archivo""Escaner Película""Escaner de Reflexión""Cámara Digital""Orden Rellenado"
-    "Flash no disparado""Flash disparado"
+    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)" "Tiempo de Exposición"
+    "Muestra Extra" "Número F" "Parámetros Recepción Fax" "Hora Recepción Fax" "Subdirección Fax"
+    "Fuente Archivo" "Escaner Película" "Escaner de Reflexión" "Cámara Digital" "Orden Rellenado"
+    "Flash no disparado" "Flash disparado"
     "Flash disparado, modo flash forzado, retorno luz no detectado"
     "Flash disparado, modo flash forzado, retorno luz detectado"
-    "Flash no disparado, modo flash forzado""Apagado, flash no disparado, retorno luz no detectado"
-    "Flash no disparado, modo automático""Flash disparado, modo automático"
+    "Flash no disparado, modo flash forzado" "Apagado, flash no disparado, retorno luz no detectado"
+    "Flash no disparado, modo automático" "Flash disparado, modo automático"
     "Flash disparado, modo automático, retorno luz no detectado"
-    "Flash disparado, modo automático, retorno luz detectado""Sin función flash"
-    "Apagado, sin función flash""Luz devuelta en captador no detectada"
+    "Flash disparado, modo automático, retorno luz detectado" "Sin función flash"
+    "Apagado, sin función flash" "Luz devuelta en captador no detectada"
     "Flash disparado, modo reducción ojos rojos"
     "Flash disparado, modo reducción ojos rojos, retorno luz no detectado"
     "Luz devuelta en captador detectada"
@@ -1719,730 +1811,761 @@ constexpr char kText[] =
     "Flash disparado, modo flash forzado, modo reducción ojos rojos"
     "Flash disparado, modo flash forzado, modo reducción ojos rojos, retorno luz no detectado"
     "Flash disparado, modo flash forzado, modo reducción ojos rojos, retorno luz detectado"
-    "Encendido, flash no disparado""Apagado, modo reducción ojos rojos"
+    "Encendido, flash no disparado" "Apagado, modo reducción ojos rojos"
     "Auto, Flash no disparado, modo reducción ojos rojos"
     "Flash disparado, modo automático, modo reducción ojos rojos"
     "Flash disparado, modo flash forzardo"
     "Flash disparado, modo automático, retorno luz no detectado, modo reducción ojos rojos"
     "Flash disparado, modo automático, retorno luz detectado, modo reducción ojos rojos"
-    "Energía Flash""Versión Flashpix Soportado""Distancia Focal Objetivo"
-    "Distancia Focal en Película de 35 mm""Unidad Resolución Plano Focal""Pulgada""µm (Micrometro)"
-    "Resolución X Plano Focal""Resolución Y Plano Focal""Matriz Avance 1""Matriz Avance 2"
-    "Número Bytes Libres""Offsets Libres""Altitud""Referencia Altitud""Nivel del Mar"
-    "Referencia Nivel del Mar (valor negativo)""Nombre de Zona GPS""Precisión Medición""Fecha GPS"
-    "Orientación de Destino""Referencia para Orientación de Destino""Dirección magnética"
-    "Dirección real""Distancia a Destino""Referencia para Distancia a Destino""Kilómetros""Millas"
-    "Nudos""Latitud de Destino""Referencia para Latitud de Destino""Latitud norte""Latitud sur"
-    "Longitud de Destino""Referencia para Longitud de Destino""Longitud este""Longitud oeste"
-    "Corrección Diferencial GPS""Medición sin corrección diferencial"
-    "Corrección diferencial aplicada""Dirección de Imagen""Referencia para Dirección de Imagen"
-    "Latitud""Latitud Norte o Sur""Longitud""Longitud Este u Oeste""Longitud Este""Longitud Oeste"
-    "Dato Medición Geodésica Usado""Modo Medición GPS""Medición bidimensional"
-    "Medición tridimensional""Nombre del Método de Procesado GPS""Satélites GPS Usados para Medida"
-    "Velocidad del Receptor GPS""Unidad Velocidad""Kilómetros por hora""Millas por hora"
-    "Estado Receptor GPS""Medición Activa""Medición Vacía""Hora GPS (reloj atómico)"
-    "Dirección de Movimiento""Referencia de Dirección de Movimiento""Versión Etiqueta GPS"
-    "Control Ganancia""Ganancia debil""Ganancia alta""Atenuación baja""Atenuación alta"
-    "Etiqueta Parámetros Ascii Geo""Curva Respuesta Gris""Unidad Respuesta Gris"
-    "Número representa la décima de una unidad""Número representa la centésima de una unidad"
-    "Número representa la milésima de una unidad""Número representa la diezmilésima de una unidad"
-    "Número representa la cienmilésima de una unidad""Indicación Medio Tono"
-    "Resolución Imagen Vertical""Ordenador Principal""Metadato IPTC-NAA""Ratio Velocidad ISO"
-    "Cabecera IT8""Número Byte Imagen""Indicador Color Imagen""Valor Color Imagen"
-    "Datos Imagen Descartado""FlexBits Descartados""Título Imagen""Historia Imagen""ID Imagen"
-    "Capa Imagen""Número Imagen""Offset Imagen""Datos Fuente Imagen""Tipo Imagen""ID Único Imagen"
-    "Indizado""Nombres Tinta""Conjunto Tinta""Etiqueta Matriz Intergráfica""Entrelazado"
-    "Identificación Interoperabilidad""R03: Archivo opción DCF (Adobe RGB)"
-    "R98: Archivo básico DCF (sRGB)""THM: Archivo miniatura DCF""Versión Interoperabilidad"
-    "Tablas AC JPEG""Tablas DC JPEG""Predictores Sin Perdidas JPEG""Tranformadores Puntos JPEG"
-    "Tablas Q JPEG""Intervalo Reinicio JPEG""Tablas JPEG""Objetivo""Información del Objetivo"
-    "Modelo Objetivo""Número Serie Objetivo""Fuente Luz""Límite Respuesta Lineal"
-    "Tabla Linearización""Modelo Cámara Traducido""Seguridad Maker Note""No Seguro""Seguro"
-    "Área Oculta""Mate""Apertura Lente Máxima""Valor Muestra Max""Modo Medición""Promedio"
-    "Media ponderada al centro""Otro""Puntual""Multi-puntual""Multi-segmento""Parcial"
-    "Valor Muestra Min""Modelo""Modelo Equipamiento Entrada Imagen (2)""Etiqueta Modelo Punto Lazo"
-    "Etiqueta Modelo Transformación""Ruido""Reducción Ruido Aplicada""Número de Tintas"
-    "Offset Esquema""Factor Conversión Optoeléctrico""Invertir horizontal""Invertir vertical"
-    "Invertir horizontal y rotar 270° sentido reloj""Invertir horizontal y rotar 90° sentido reloj"
-    "Dato Archivo Raw Original""Cifrado Archivo Raw Original""Nombre Archivo Raw Original"
-    "Nombre del Propietario""Margen Inferior""Nombre Página""Número Página"
-    "Interpretación Fotométrica""Blanco es cero""Negro es cero""Paleta Color"
-    "CFA (Matriz Filtro Color)""CIE Log2(L) (Log luminancia)"
-    "CIE Log2(L)(u',v') (Log luminancia y crominancia)""Máscara de transparencia""Formato Pixel"
-    "Intervalo Intensidad Pixel""Etiqueta Escala Pixel Modelo""Ajuste Datos Imagen"
-    "Formato 'Chunky' (Entrelazado)""Formato 'Planar'"
-    "No se usa esquema de predicción antes de codificar""Diferenciación Horizontal"
-    "Nombre Aplicación Previa""Versión Aplicación Previa""Espacio Color Previa""Fecha y Hora Previa"
-    "Vista Previa""Longitud Imagen Previa""Inicio Imagen Previa""Cifrado Configuración Previa"
-    "Nombre Configuración Previa""Cromaticidades de Colores Primarios""Tratamiendo de Software"
-    "Firma Perfil Calibración""Perfil Política Incrustada""Permitir copia""Incrustar si se usa"
-    "Incrustado nunca""Sin restricciones""Perfil Matiz Sat. Mapa Dato 1"
-    "Perfil Matiz Sat. Mapa Dato 2""Divisiones Matiz""Perfil Datos Tabla Consulta""Nombre Perfil"
-    "Perfil Curva Tono""Relleno Trama""Clasificación""Valoración en Porcentaje""ID Único Dato Raw"
-    "Cifrado Imagen RAW""Matriz Reducción 1""Matriz Reducción 2"
-    "Par de Valores de Referencia Blanco y Negro""Formato Archivo Imagen Relacionado"
-    "Alto Imagen Relacionada""Ancho Imagen Relacionada""Archivo Audio Relacionado"
-    "Unidad de Resolución de X e Y""Píxeles/cm""Factor Interpolar Fila""Número de Filas por Tira"
-    "Valor Muestra Max S""Valor Muestra Min S""Formato Muestra""Número de Componentes""Saturación"
-    "Tipo Captura Escena""Paisaje""Retrato""Escena nocturna""Tipo Escena"
-    "Imagen fotografiada directamente""Clasificación Seguridad""Confidencial""Restringida""Secreta"
-    "Alto secreto""Sin clasificar""Modo Automático""Método Sensor"
-    "No definido |\302\240Sensor monocromo""Sensor monochip de color""Sensor bichip de color"
-    "Sensor tres chips de color""Sensor de color secuencial""Sensor lineal monocromo"
-    "Sensor trilineal""Sensor lineal de color secuencial""Número Serie""Escala Sombrío""Nitidez"
-    "Suave""Fuerte""Velocidad Obturación""Sitio""Programa Utilizado""Respuesta Frecuencia Espacial"
-    "Sensibilidad Espectral""Bytes por Tira Comprimida""Localización Datos Imagen"
-    "Subsegundos DateTime""Subsegundos DateTimeDigitized""Subsegundos DateTimeOriginal"
-    "Tamaño Bloque Submosaico""Zona Sujeto""Distancia Sujeto""Intervalo Distancia Sujeto"
-    "Vista cercana""Vista alejada""Localización Sujeto""Opciones T4""Opciones T6"
-    "ID Estándar TIFF/EP""Impresora Objetivo""Umbral""Número Byte Elemento""Ancho Elemento"
-    "Largo Elemento""Offsets Elemento""Offset Zona Horaria""Función Transferencia"
-    "Intervalo Transferencia""Transformación""Indicador Transparencia""Indicador Tampa"
-    "Sin Comprimir""Si""Modelo Cámara Unico""Comentarios Usuario""Año versión""Balance de Blancos"
-    "Automático""Equilibrio del blanco manual""Nivel Blanco""Cromaticidad Punto Blanco"
-    "Resolución Imagen Horizontal""Unidades Camino Fragmento X""Posición X"
-    "Coeficientes de Matriz de Tranformación de Espacio de Color""Posicionamiento Y y C""Centrado"
-    "Vecino""Ratio Submuestreo de Y a C""Unidades Camino Fragmento Y""Posición Y""Background"
-    "ObservationDateEnd""ObservationDate""History""Instrument""Object""Observer""Reference"
-    "Telescope""ObservationTimeEnd""ObservationTime""FITS:Author""FITS:Background""FITS:Comment"
-    "FITS:CreateDate""FITS:History""FITS:Instrument""FITS:Object""FITS:ObservationDate"
-    "Observation Date""FITS:ObservationDateEnd""Observation Date End""FITS:ObservationTime"
-    "Observation Time""FITS:ObservationTimeEnd""Observation Time End""FITS:Observer""FITS:Reference"
-    "FITS:Telescope""Récapitulatif""Oggetto""Riferimento""ApplicationUnknown""SeekTable""CueSheet"
-    "PictureType""PictureMIMEType""PictureDescription""PictureWidth""PictureHeight"
-    "PictureBitsPerPixel""PictureIndexedColors""PictureLength""Picture""BlockSizeMin""BlockSizeMax"
-    "FrameSizeMin""FrameSizeMax""SampleRate""Channels""TotalSamples""MD5Signature"
-    "FLAC:ApplicationUnknown""Application Unknown""FLAC:BitsPerSample""FLAC:BlockSizeMax"
-    "Block Size Max""FLAC:BlockSizeMin""Block Size Min""FLAC:Channels""FLAC:CueSheet""Cue Sheet"
-    "FLAC:FrameSizeMax""Frame Size Max""FLAC:FrameSizeMin""Frame Size Min""FLAC:MD5Signature"
-    "MD5 Signature""FLAC:Padding""FLAC:Picture""FLAC:PictureBitsPerPixel""Picture Bits Per Pixel"
-    "FLAC:PictureDescription""Picture Description""FLAC:PictureHeight""Picture Height"
-    "FLAC:PictureIndexedColors""Picture Indexed Colors""FLAC:PictureLength""Picture Length"
-    "FLAC:PictureMIMEType""Picture MIME Type""FLAC:PictureType""Picture Type""FLAC:PictureType:0"
-    "FLAC:PictureType:1""32x32 PNG Icon""FLAC:PictureType:10""FLAC:PictureType:11""Composer"
-    "FLAC:PictureType:12""Lyricist""FLAC:PictureType:13""Recording Studio or Location"
-    "FLAC:PictureType:14""Recording Session""FLAC:PictureType:15""Performance""FLAC:PictureType:16"
-    "Capture from Movie or Video""FLAC:PictureType:17""Bright(ly) Colored Fish""FLAC:PictureType:18"
-    "Illustration""FLAC:PictureType:19""Band Logo""FLAC:PictureType:2""Other Icon"
-    "FLAC:PictureType:20""Publisher Logo""FLAC:PictureType:3""Front Cover""FLAC:PictureType:4"
-    "Back Cover""FLAC:PictureType:5""Leaflet""FLAC:PictureType:6""FLAC:PictureType:7""Lead Artist"
-    "FLAC:PictureType:8""FLAC:PictureType:9""Conductor""FLAC:PictureWidth""Picture Width"
-    "FLAC:SampleRate""Sample Rate""FLAC:SeekTable""Seek Table""FLAC:TotalSamples""Total Samples"
-    "Kanäle""Canali""Immagine""Descrizione immagine""MIME type immagine""Icona PNG 32x32"
-    "Compositore""Paroliere""Studio/luogo registrazione""Sessione registrazione""Interpretazione"
-    "Acquisizione da film o video""Pesci dai vivaci colori""Illustrazione""Logo band""Altra icona"
-    "Logo editore""Copertina""Retrocopertina""Volantino""Artista principale""Artista"
-    "Direttore d'orchestra""Frequenza campionamento""Canales""Imágen""Descripción Imágen"
-    "Tipo Imágen""Icono PNG 32x32""Compositor""Letrista""Sesión Grabación""Interpretación"
-    "Ilustración""Otro Icono""Cubierta Frontal""Cubierta Posterior""Soporte""Director"
-    "Frecuencia muestreo""PeakSpectralSensitivity""RawDataByteOrder""CameraInfoByteOrder"
-    "ReflectedApparentTemperature""AtmosphericTemperature""IRWindowTemperature"
-    "IRWindowTransmission""PlanckR1""PlanckB""PlanckF""AtmosphericTransAlpha1"
-    "AtmosphericTransAlpha2""AtmosphericTransBeta1""AtmosphericTransBeta2""AtmosphericTransX"
-    "CameraTemperatureRangeMax""CameraTemperatureRangeMin""CameraTemperatureMaxClip"
-    "CameraTemperatureMinClip""CameraTemperatureMaxWarn""CameraTemperatureMinWarn"
-    "CameraTemperatureMaxSaturated""CameraTemperatureMinSaturated""CameraModel""CameraPartNumber"
-    "CameraSoftware""LensPartNumber""FieldOfView""FilterModel""FilterPartNumber""FilterSerialNumber"
-    "PlanckO""PlanckR2""RawValueRangeMin""RawValueRangeMax""RawValueMedian""RawValueRange"
-    "FocusStepCount""FocusDistance""CoarseMapByteOrder""CoarseMapImageWidth""CoarseMapImageHeight"
-    "CoarseMapImageType""CoarseMapImage""EmbeddedImageByteOrder""EmbeddedImageWidth"
-    "EmbeddedImageHeight""EmbeddedImageType""EmbeddedImage""EmbeddedAudioFile""FPFVersion"
-    "ImageDataOffset""ImagePixelFormat""ExternalTriggerCount""SequenceFrameNumber"
-    "ComputedAtmosphericTrans""EstimatedAtmosphericTrans""ReferenceTemperature""CameraScaleMin"
-    "CameraScaleMax""CalculatedScaleMin""CalculatedScaleMax""ActualScaleMin""ActualScaleMax"
-    "GPSValid""GainDeadMapByteOrder""GainDeadMapImageWidth""GainDeadMapImageHeight"
-    "GainDeadMapImageType""GainDeadMapImage""CreatorSoftware""ImageTemperatureMax"
-    "ImageTemperatureMin""UnknownTemperature""Meas1Label""Meas1Params""Meas1Type""Reading1Units"
-    "Reading1Description""Reading1Device""Reading1Value""Reading2Units""Reading2Description"
-    "Reading2Device""Reading2Value""Reading3Units""Reading3Description""Reading3Device"
-    "Reading3Value""Reading4Units""Reading4Description""Reading4Device""Reading4Value"
-    "UnknownTemperature1""UnknownTemperature2""PaintByteOrder""PaintImageWidth""PaintImageHeight"
-    "PaintImageType""PaintImage""PaletteColors""AboveColor""BelowColor""OverflowColor"
-    "UnderflowColor""Isotherm1Color""Isotherm2Color""PaletteMethod""PaletteStretch""PaletteFileName"
-    "PaletteName""Palette""DateTimeGenerated""Param0""Param1""Param2""Param3""BAHPVer""BALPVer"
-    "Battery""BAVPVer""CamCore""DetectorBoard""Detector""GIDCVer""GIDPVer""GIPC_CPLD""GIPCVer"
-    "GIXIVer""MainBoard""Optics""PartNumber""Real2IR""OffsetX""OffsetY""PiPX1""PiPX2""PiPY1""PiPY2"
-    "RawThermalImageWidth""RawThermalImageHeight""RawThermalImageType""RawThermalImage"
-    "UnknownSerial1""UnknownSerial2""UnknownSerial3""UnknownSerial4""UnknownNumber""Label0""Label1"
-    "Label2""Label3""Value0""Value1""Value2""Value3""SoftwareComponents""FLIR_Unknown""Units"
-    "FLIR:AboveColor""Above Color""FLIR:ActualScaleMax""Actual Scale Max""FLIR:ActualScaleMin"
-    "Actual Scale Min""FLIR:AtmosphericTemperature""Atmospheric Temperature"
-    "FLIR:AtmosphericTransAlpha1""Atmospheric Trans Alpha 1""FLIR:AtmosphericTransAlpha2"
-    "Atmospheric Trans Alpha 2""FLIR:AtmosphericTransBeta1""Atmospheric Trans Beta 1"
-    "FLIR:AtmosphericTransBeta2""Atmospheric Trans Beta 2""FLIR:AtmosphericTransX"
-    "Atmospheric Trans X""FLIR:BAHPVer""BAHP Ver""FLIR:BALPVer""BALP Ver""FLIR:BAVPVer""BAVP Ver"
-    "FLIR:Battery""FLIR:BelowColor""Below Color""FLIR:CalculatedScaleMax""Calculated Scale Max"
-    "FLIR:CalculatedScaleMin""Calculated Scale Min""FLIR:CamCore""Cam Core"
-    "FLIR:CameraInfoByteOrder""Camera Info Byte Order""FLIR:CameraModel""Camera Model"
-    "FLIR:CameraPartNumber""Camera Part Number""FLIR:CameraScaleMax""Camera Scale Max"
-    "FLIR:CameraScaleMin""Camera Scale Min""FLIR:CameraSerialNumber""FLIR:CameraSoftware"
-    "Camera Software""FLIR:CameraTemperatureMaxClip""Camera Temperature Max Clip"
-    "FLIR:CameraTemperatureMaxSaturated""Camera Temperature Max Saturated"
-    "FLIR:CameraTemperatureMaxWarn""Camera Temperature Max Warn""FLIR:CameraTemperatureMinClip"
-    "Camera Temperature Min Clip""FLIR:CameraTemperatureMinSaturated"
-    "Camera Temperature Min Saturated""FLIR:CameraTemperatureMinWarn""Camera Temperature Min Warn"
-    "FLIR:CameraTemperatureRangeMax""Camera Temperature Range Max""FLIR:CameraTemperatureRangeMin"
-    "Camera Temperature Range Min""FLIR:CoarseMapByteOrder""Coarse Map Byte Order"
-    "FLIR:CoarseMapImage""Coarse Map Image""FLIR:CoarseMapImageHeight""Coarse Map Image Height"
-    "FLIR:CoarseMapImageType""Coarse Map Image Type""FLIR:CoarseMapImageWidth"
-    "Coarse Map Image Width""FLIR:ComputedAtmosphericTrans""Computed Atmospheric Trans"
-    "FLIR:CreatorSoftware""Creator Software""FLIR:DateTimeGenerated""Date/Time Generated"
-    "FLIR:DateTimeOriginal""FLIR:Detector""FLIR:DetectorBoard""Detector Board"
-    "FLIR:EmbeddedAudioFile""Embedded Audio File""FLIR:EmbeddedImage""Embedded Image"
-    "FLIR:EmbeddedImageByteOrder""Embedded Image Byte Order""FLIR:EmbeddedImageHeight"
-    "Embedded Image Height""FLIR:EmbeddedImageType""Embedded Image Type""FLIR:EmbeddedImageWidth"
-    "Embedded Image Width""FLIR:Emissivity""FLIR:EstimatedAtmosphericTrans"
-    "Estimated Atmospheric Trans""FLIR:ExternalTriggerCount""External Trigger Count"
-    "FLIR:FLIR_Unknown""FLIR Unknown""FLIR:FPFVersion""FPF Version""FLIR:FieldOfView""Field Of View"
-    "FLIR:FilterModel""Filter Model""FLIR:FilterPartNumber""Filter Part Number"
-    "FLIR:FilterSerialNumber""Filter Serial Number""FLIR:FocusDistance""Focus Distance"
-    "FLIR:FocusStepCount""Focus Step Count""FLIR:FrameRate""FLIR:GIDCVer""GIDC Ver""FLIR:GIDPVer"
-    "GIDP Ver""FLIR:GIPCVer""GIPC Ver""FLIR:GIPC_CPLD""GIPC CPLD""FLIR:GIXIVer""GIXI Ver"
-    "FLIR:GPSAltitude""FLIR:GPSDOP""FLIR:GPSImgDirection""FLIR:GPSImgDirectionRef"
-    "FLIR:GPSImgDirectionRef:M""FLIR:GPSImgDirectionRef:T""FLIR:GPSLatitude""FLIR:GPSLatitudeRef"
-    "FLIR:GPSLatitudeRef:N""FLIR:GPSLatitudeRef:S""FLIR:GPSLongitude""FLIR:GPSLongitudeRef"
-    "FLIR:GPSLongitudeRef:E""FLIR:GPSLongitudeRef:W""FLIR:GPSMapDatum""FLIR:GPSSpeed"
-    "FLIR:GPSSpeedRef""FLIR:GPSSpeedRef:K""FLIR:GPSSpeedRef:M""FLIR:GPSSpeedRef:N""FLIR:GPSTrack"
-    "FLIR:GPSTrackRef""FLIR:GPSTrackRef:M""FLIR:GPSTrackRef:T""FLIR:GPSValid""GPS Valid"
-    "FLIR:GPSValid:0""FLIR:GPSValid:1""FLIR:GPSVersionID""FLIR:GainDeadMapByteOrder"
-    "Gain Dead Map Byte Order""FLIR:GainDeadMapImage""Gain Dead Map Image"
-    "FLIR:GainDeadMapImageHeight""Gain Dead Map Image Height""FLIR:GainDeadMapImageType"
-    "Gain Dead Map Image Type""FLIR:GainDeadMapImageWidth""Gain Dead Map Image Width"
-    "FLIR:IRWindowTemperature""IR Window Temperature""FLIR:IRWindowTransmission"
-    "IR Window Transmission""FLIR:ImageDataOffset""Image Data Offset""FLIR:ImageHeight"
-    "FLIR:ImagePixelFormat""Image Pixel Format""FLIR:ImagePixelFormat:0""2-byte short integer"
-    "FLIR:ImagePixelFormat:1""4-byte long integer""FLIR:ImagePixelFormat:2""4-byte float"
-    "FLIR:ImagePixelFormat:3""8-byte double""FLIR:ImageTemperatureMax""Image Temperature Max"
-    "FLIR:ImageTemperatureMin""Image Temperature Min""FLIR:ImageType""FLIR:ImageType:0""Temperature"
-    "FLIR:ImageType:1""Temperature Difference""FLIR:ImageType:2""Object Signal""FLIR:ImageType:3"
-    "Object Signal Difference""FLIR:ImageWidth""FLIR:Isotherm1Color""Isotherm 1 Color"
-    "FLIR:Isotherm2Color""Isotherm 2 Color""FLIR:Label0""Label 0""FLIR:Label1""Label 1""FLIR:Label2"
-    "Label 2""FLIR:Label3""Label 3""FLIR:LensModel""FLIR:LensPartNumber""Lens Part Number"
-    "FLIR:LensSerialNumber""FLIR:MainBoard""Main Board""FLIR:Meas1Label""Meas 1 Label"
-    "FLIR:Meas1Params""Meas 1 Params""FLIR:Meas1Type""Meas 1 Type""FLIR:Meas1Type:1"
-    "FLIR:Meas1Type:2""Area""FLIR:Meas1Type:3""Ellipse""FLIR:Meas1Type:4""Line""FLIR:Meas1Type:5"
-    "Endpoint""FLIR:Meas1Type:6""Alarm""FLIR:Meas1Type:7""Unused""FLIR:Meas1Type:8""Difference"
-    "FLIR:ObjectDistance""FLIR:OffsetX""Offset X""FLIR:OffsetY""Offset Y""FLIR:Optics"
-    "FLIR:OverflowColor""Overflow Color""FLIR:PaintByteOrder""Paint Byte Order""FLIR:PaintImage"
-    "Paint Image""FLIR:PaintImageHeight""Paint Image Height""FLIR:PaintImageType""Paint Image Type"
-    "FLIR:PaintImageWidth""Paint Image Width""FLIR:Palette""FLIR:PaletteColors""Palette Colors"
-    "FLIR:PaletteFileName""Palette File Name""FLIR:PaletteMethod""Palette Method""FLIR:PaletteName"
-    "Palette Name""FLIR:PaletteStretch""Palette Stretch""FLIR:Param0""Param 0""FLIR:Param1""Param 1"
-    "FLIR:Param2""Param 2""FLIR:Param3""Param 3""FLIR:PartNumber""Part Number"
-    "FLIR:PeakSpectralSensitivity""Peak Spectral Sensitivity""FLIR:PiPX1""PiP X1""FLIR:PiPX2"
-    "PiP X2""FLIR:PiPY1""PiP Y1""FLIR:PiPY2""PiP Y2""FLIR:PlanckB""Planck B""FLIR:PlanckF""Planck F"
-    "FLIR:PlanckO""Planck O""FLIR:PlanckR1""Planck R1""FLIR:PlanckR2""Planck R2"
-    "FLIR:RawDataByteOrder""Raw Data Byte Order""FLIR:RawThermalImage""Raw Thermal Image"
-    "FLIR:RawThermalImageHeight""Raw Thermal Image Height""FLIR:RawThermalImageType"
-    "Raw Thermal Image Type""FLIR:RawThermalImageWidth""Raw Thermal Image Width"
-    "FLIR:RawValueMedian""Raw Value Median""FLIR:RawValueRange""Raw Value Range"
-    "FLIR:RawValueRangeMax""Raw Value Range Max""FLIR:RawValueRangeMin""Raw Value Range Min"
-    "FLIR:Reading1Description""Reading 1 Description""FLIR:Reading1Description:0"
-    "FLIR:Reading1Description:11""Difference Temperature""FLIR:Reading1Description:3""Moisture"
-    "FLIR:Reading1Description:7""Dew Point""FLIR:Reading1Description:8""Air Temperature"
-    "FLIR:Reading1Description:9""IR Temperature""FLIR:Reading1Device""Reading 1 Device"
-    "FLIR:Reading1Units""Reading 1 Units""FLIR:Reading1Units:13""FLIR:Reading1Units:27""%"
-    "FLIR:Reading1Units:29""Relative""FLIR:Reading1Units:36""g/kg""FLIR:Reading1Value"
-    "Reading 1 Value""FLIR:Reading2Description""Reading 2 Description""FLIR:Reading2Description:0"
-    "FLIR:Reading2Description:11""FLIR:Reading2Description:3""FLIR:Reading2Description:7"
-    "FLIR:Reading2Description:8""FLIR:Reading2Description:9""FLIR:Reading2Device""Reading 2 Device"
-    "FLIR:Reading2Units""Reading 2 Units""FLIR:Reading2Units:13""FLIR:Reading2Units:27"
-    "FLIR:Reading2Units:29""rel""FLIR:Reading2Units:36""FLIR:Reading2Value""Reading 2 Value"
-    "FLIR:Reading3Description""Reading 3 Description""FLIR:Reading3Description:0"
-    "FLIR:Reading3Description:11""FLIR:Reading3Description:3""FLIR:Reading3Description:7"
-    "FLIR:Reading3Description:8""FLIR:Reading3Description:9""FLIR:Reading3Device""Reading 3 Device"
-    "FLIR:Reading3Units""Reading 3 Units""FLIR:Reading3Units:13""FLIR:Reading3Units:27"
-    "FLIR:Reading3Units:29""FLIR:Reading3Units:36""FLIR:Reading3Value""Reading 3 Value"
-    "FLIR:Reading4Description""Reading 4 Description""FLIR:Reading4Description:0"
-    "FLIR:Reading4Description:11""FLIR:Reading4Description:3""FLIR:Reading4Description:7"
-    "FLIR:Reading4Description:8""FLIR:Reading4Description:9""FLIR:Reading4Device""Reading 4 Device"
-    "FLIR:Reading4Units""Reading 4 Units""FLIR:Reading4Units:13""FLIR:Reading4Units:27"
-    "FLIR:Reading4Units:29""FLIR:Reading4Units:36""FLIR:Reading4Value""Reading 4 Value"
-    "FLIR:Real2IR""Real 2 IR""FLIR:ReferenceTemperature""Reference Temperature"
-    "FLIR:ReflectedApparentTemperature""Reflected Apparent Temperature""FLIR:RelativeHumidity"
-    "FLIR:SensorHeight""FLIR:SensorWidth""FLIR:SequenceFrameNumber""Sequence Frame Number"
-    "FLIR:SoftwareComponents""Software Components""FLIR:ThumbnailImage""FLIR:UnderflowColor"
-    "Underflow Color""FLIR:Units""FLIR:UnknownNumber""Unknown Number""FLIR:UnknownSerial1"
-    "Unknown Serial 1""FLIR:UnknownSerial2""Unknown Serial 2""FLIR:UnknownSerial3""Unknown Serial 3"
-    "FLIR:UnknownSerial4""Unknown Serial 4""FLIR:UnknownTemperature""Unknown Temperature"
-    "FLIR:UnknownTemperature1""Unknown Temperature 1""FLIR:UnknownTemperature2"
-    "Unknown Temperature 2""FLIR:Value0""Value 0""FLIR:Value1""Value 1""FLIR:Value2""Value 2"
-    "FLIR:Value3""Value 3""Ordre des octets de l'appareil photo""Logiciel du créateur""Détecteur"
-    "FLIR Inconnu""Version FPF""Distance focale""Nombre de pas du focus"
-    "Format des pixels de l'image""Nombre entier court de 2 octets""Nombre entier long de 4 octets"
-    "Nombre flottant de 4 octets""Nombre entier double de 8 octets""Numéro de pièce de l'objectif"
-    "Kamerainformation Bytereihenfolge""Kamera Modell""Eingebettetes Bild"
-    "Eingebettetes Bild Bytereihenfolge""Eingebettetes Bild Bildhöhe""Eingebettetes Bild Bildtyp"
-    "Eingebettetes Bild Bildbreite""Fokus-Distanz""Fokus-Stufenzähler""RAW Daten Bytereihenfolge"
-    "Modello fotocamera""Distanza fuoco""Unità""被写体距離""フォーカスステップ数""Directory""FileCreateDate"
-    "FileModifyDate""FileName""FilePath""FileTypeExtension""MIMEType""MDItemUserTags"
-    "File:Directory""File:FileCreateDate""File Creation Date/Time""File:FileModifyDate"
-    "File Modification Date/Time""File:FileName""File Name""File:FilePath""File Path"
-    "File:FileTypeExtension""File Type Extension""File:MDItemUserTags""MD Item User Tags"
-    "File:MIMEType""MIME Type""文件存储位置""更新日期""文件名""Répertoire""Nom du fichier"
-    "Chemin d'accès au fichier""Extension du type de fichiers""Type MIME""Verzeichnis"
-    "Datum/Uhrzeit der Dateierstellung""Datum/Uhrzeit der Dateiänderung""Dateiname""MIME-Typ"
-    "Posizione file""Data aggiornamento""Nome file""Tipo mime""ファイルの場所""更新日時""ファイル名""MIMEタイプ"
-    "Ubicación del Fichero""Fecha y Hora de Creación""Fecha Actualización""Nombre Archivo"
-    "AudioEncoding""Name""Time""Compressed""FlashVersion""FrameCount""FlashAttributes""AudioCodecID"
-    "AudioBitrate""AudioDelay""AudioSampleSize""AudioSize""ByteLength""CanSeekToEnd""CanSeekOnTime"
-    "CreatedBy""DataSize""FileSizeBytes""HasAudio""HasCuePoints""HasKeyFrames""HasMetadata"
-    "HasVideo""HTTPHostHeader""KeyFramePositions""KeyFramesTimes""LastKeyFrameTime""LastTimeStamp"
-    "MetadataCreator""MetadataDate""Message""SourceData""StartTime""Stereo""TotalDataRate"
-    "TotalDuration""VideoCodecID""VideoBitrate""VideoSize""VideoEncoding""Flash:AudioBitrate"
-    "Audio Bitrate""Flash:AudioBitsPerSample""Flash:AudioChannels""Flash:AudioChannels:1""1 (mono)"
-    "Flash:AudioChannels:2""2 (stereo)""Flash:AudioCodecID""Audio Codec ID""Flash:AudioDelay"
-    "Audio Delay""Flash:AudioEncoding""Audio Encoding""Flash:AudioEncoding:0""PCM-BE (uncompressed)"
-    "Flash:AudioEncoding:1""ADPCM""Flash:AudioEncoding:10""AAC""Flash:AudioEncoding:11""Speex"
-    "Flash:AudioEncoding:13""MP3 8-Khz""Flash:AudioEncoding:15""Device-specific sound"
-    "Flash:AudioEncoding:2""MP3""Flash:AudioEncoding:3""PCM-LE (uncompressed)"
-    "Flash:AudioEncoding:4""Nellymoser 16kHz Mono""Flash:AudioEncoding:5""Nellymoser 8kHz Mono"
-    "Flash:AudioEncoding:6""Nellymoser""Flash:AudioEncoding:7""G.711 A-law logarithmic PCM"
-    "Flash:AudioEncoding:8""G.711 mu-law logarithmic PCM""Flash:AudioSampleRate"
-    "Flash:AudioSampleSize""Audio Sample Size""Flash:AudioSize""Audio Size""Flash:ByteLength"
-    "Byte Length""Flash:CanSeekOnTime""Can Seek On Time""Flash:CanSeekToEnd""Can Seek To End"
-    "Flash:Compressed""Flash:Compressed:0""False""Flash:Compressed:1""True""Flash:CreateDate"
-    "Flash:CreatedBy""Created By""Flash:DataSize""Data Size""Flash:Duration""Flash:FileSizeBytes"
-    "File Size Bytes""Flash:FlashAttributes""Flash Attributes""Flash:FlashAttributes:1""UseNetwork"
-    "Flash:FlashAttributes:16""Flash:FlashAttributes:8""ActionScript3""Flash:FlashVersion"
-    "Flash Version""Flash:FrameCount""Frame Count""Flash:FrameRate""Flash:HTTPHostHeader"
-    "HTTP Host Header""Flash:HasAudio""Has Audio""Flash:HasCuePoints""Has Cue Points"
-    "Flash:HasKeyFrames""Has Key Frames""Flash:HasMetadata""Has Metadata""Flash:HasVideo""Has Video"
-    "Flash:ImageHeight""Flash:ImageWidth""Flash:KeyFramePositions""Key Frame Positions"
-    "Flash:KeyFramesTimes""Key Frames Times""Flash:LastKeyFrameTime""Last Key Frame Time"
-    "Flash:LastTimeStamp""Last Time Stamp""Flash:Message""Flash:MetadataCreator""Metadata Creator"
-    "Flash:MetadataDate""Metadata Date""Flash:Name""Flash:SourceData""Source Data""Flash:StartTime"
-    "Start Time""Flash:Stereo""Flash:Time""Flash:TotalDataRate""Total Data Rate"
-    "Flash:TotalDuration""Total Duration""Flash:Type""Flash:URL""Flash:VideoBitrate""Video Bitrate"
-    "Flash:VideoCodecID""Video Codec ID""Flash:VideoEncoding""Video Encoding""Flash:VideoEncoding:1"
-    "Flash:VideoEncoding:2""Sorensen H.263""Flash:VideoEncoding:3""Screen Video"
-    "Flash:VideoEncoding:4""On2 VP6""Flash:VideoEncoding:5""On2 VP6 Alpha""Flash:VideoEncoding:6"
-    "Screen Video 2""Flash:VideoEncoding:7""H.264""Flash:VideoSize""Video Size""Bitrate audio"
-    "Taille du fichier en octets""Attribut du flash""Utilise le réseau""A des métadonnées"
-    "Action Script 3""Date des metadonnées""Nom""Heure""Metadaten Ersteller""Datum der Metadaten"
-    "Zeit""ID codec audio""Falso""Dimensione file in byte""Versione del flash""Nome""Ora inizio"
-    "Ora""Bitrate video""ID codec video""時間""Tiene Audio""Tiene Video""Nombre""CompObjUserTypeLen"
-    "CompObjUserType""LastPrinted""RevisionNumber""TotalEditTime""Words""Characters""Paragraphs"
-    "Lines""DataObjectID""LockedPropertyList""DataObjectTitle""LastModifier""DataCreateDate"
-    "DataModifyDate""CreatingApplication""DataObjectStatus""CreatingTransform""UsingTransforms"
-    "CachedImageHeight""CachedImageWidth""CommentBy""LastSavedBy""TableOffsets""Category"
-    "PresentationTarget""Bytes""Slides""Notes""HiddenSlides""MMClips""ScaleCrop""HeadingPairs"
-    "TitleOfParts""Manager""Company""LinksUpToDate""CharCountWithSpaces""SharedDoc"
-    "HyperlinksChanged""AppVersion""ContentType""ContentStatus""Language""DocVersion""Hyperlinks"
-    "HyperlinkBase""ExtensionName""ExtensionClassID""ExtensionPersistence""ExtensionCreateDate"
-    "ExtensionModifyDate""ExtensionDescription""Storage-StreamPathname""FlashPixStreamPathname"
-    "FlashPixStreamFieldOffset""PropertySetPathname""PropertySetIDCodes""PropertyVectorElements"
-    "SubimageResolutions""UsedExtensionNumbers""TransformedImageTitle""VisibleOutputs"
-    "MaximumImageIndex""MaximumTransformIndex""MaximumOperationIndex""NumberOfResolutions"
-    "DefaultDisplayHeight""DefaultDisplayWidth""DisplayUnits""SubimageWidth""SubimageHeight"
-    "SubimageColor""SubimageNumericalFormat""DecimationMethod""DecimationPrefilterWidth"
-    "SubimageICC_Profile""MaxJPEGTableIndex""CreationPathVector""SoftwareRelease""UserDefinedID"
-    "SharpnessApproximation""OriginalImageBroker""DigitalImageBroker""Authorship"
-    "IntellectualPropertyNotes""TestTarget""GroupCaption""CaptionText""People""Things""Events"
-    "Places""ContentDescriptionNotes""FlashReturn""BackLight""SpecialEffectsOpticalFilter"
-    "PerPictureNotes""FilmBrand""FilmCategory""FilmSize""FilmRollNumber""FilmFrameNumber"
-    "ScannerMake""ScannerModel""ScannerSerialNumber""ScanSoftware""ScanSoftwareRevisionDate"
-    "ServiceOrganizationName""ScanOperatorID""ScanDate""ScannerPixelSize""OriginalScannedImageSize"
-    "OriginalDocumentSize""OriginalMedium""TypeOfOriginal""ScreenNail""Table0""Table1""AudioStream"
-    "BasicFileInfo""CurrentUser""EmbeddedImageClass""EmbeddedImageRectangle""OperationID"
-    "PreviewImageWidth""PreviewImageHeight""SubimageTileCount""SubimageTileWidth"
-    "SubimageTileHeight""NumChannels""Dictionary""CodePage""Template""LastModifiedBy""ThumbnailClip"
-    "Security""DocumentID""LocaleIndicator""TransformNodeID""OperationClassID""TransformTitle"
-    "TransformCreateDate""TransformModifyDate""InputDataObjectList""OutputDataObjectList"
-    "OperationNumber""ResultAspectRatio""RectangleOfInterest""Filtering""SpatialOrientation"
-    "ColorTwistMatrix""ContrastAdjustment""Identification""DocFlags""System""Word97""01 0000"
-    "01 0001""01 8000""01 8001""03 0002""03 0003""03 8002""03 8003""04 0002""04 0003""04 8002"
-    "04 8003""437""500""708""709""710""720""737""775""850""852""855""857""858""860""861""862""863"
-    "864""865""866""869""874""875""932""936""949""950""1026""1047""1140""1141""1142""1143""1144"
-    "1145""1146""1147""1148""1149""1200""1201""1250""1251""1252""1253""1254""1255""1256""1257""1258"
-    "1361""10000""10001""10002""10003""10004""10005""10006""10007""10008""10010""10017""10021"
-    "10029""10079""10081""10082""12000""12001""20000""20001""20002""20003""20004""20005""20105"
-    "20106""20107""20108""20127""20261""20269""20273""20277""20278""20280""20284""20285""20290"
-    "20297""20420""20423""20424""20833""20838""20866""20871""20880""20905""20924""20932""20936"
-    "20949""21025""21027""21866""28591""28592""28593""28594""28595""28596""28597""28598""28599"
-    "28603""28605""29001""38598""50220""50221""50222""50225""50227""50229""50930""50931""50933"
-    "50935""50936""50937""50939""51932""51936""51949""51950""52936""54936""57002""57003""57004"
-    "57005""57006""57007""57008""57009""57010""57011""65001""25194""27234""42460""42476""1025""1027"
-    "1028""1029""1030""1031""1032""1033""1034""1035""1036""1037""1038""1039""1040""1041""1042""1043"
-    "1044""1045""1046""1048""1049""1050""1051""1052""1053""1054""1055""1056""1057""1058""1059""1060"
-    "1061""1062""1063""1065""1069""1071""1078""1086""2052""2055""2057""2058""2060""2064""2067""2068"
-    "2070""2074""3081""3084""4108""FlashPix:AppVersion""App Version""FlashPix:AudioStream"
-    "Audio Stream""FlashPix:Author""FlashPix:Authorship""FlashPix:BackLight""Back Light"
-    "FlashPix:BackLight:1""Front Lit""FlashPix:BackLight:2""Back Lit 1""FlashPix:BackLight:3"
-    "Back Lit 2""FlashPix:BasicFileInfo""Basic File Info""FlashPix:BrightnessValue""FlashPix:Bytes"
-    "FlashPix:CFAPattern""FlashPix:CachedImageHeight""Cached Image Height"
-    "FlashPix:CachedImageWidth""Cached Image Width""FlashPix:CaptionText""Caption Text"
-    "FlashPix:Category""FlashPix:CharCountWithSpaces""Char Count With Spaces""FlashPix:Characters"
-    "FlashPix:CodePage""Code Page""FlashPix:CodePage:10000""Mac Roman (Western European)"
-    "FlashPix:CodePage:10001""Mac Japanese""FlashPix:CodePage:10002""Mac Traditional Chinese"
-    "FlashPix:CodePage:10003""Mac Korean""FlashPix:CodePage:10004""Mac Arabic"
-    "FlashPix:CodePage:10005""Mac Hebrew""FlashPix:CodePage:10006""Mac Greek"
-    "FlashPix:CodePage:10007""Mac Cyrillic""FlashPix:CodePage:10008""Mac Simplified Chinese"
-    "FlashPix:CodePage:10010""Mac Romanian""FlashPix:CodePage:10017""Mac Ukrainian"
-    "FlashPix:CodePage:10021""Mac Thai""FlashPix:CodePage:10029""Mac Latin 2 (Central European)"
-    "FlashPix:CodePage:10079""Mac Icelandic""FlashPix:CodePage:10081""Mac Turkish"
-    "FlashPix:CodePage:10082""Mac Croatian""FlashPix:CodePage:1026""IBM EBCDIC Turkish (Latin 5)"
-    "FlashPix:CodePage:1047""IBM EBCDIC Latin 1/Open System""FlashPix:CodePage:1140"
-    "IBM EBCDIC US-Canada with Euro""FlashPix:CodePage:1141""IBM EBCDIC Germany with Euro"
-    "FlashPix:CodePage:1142""IBM EBCDIC Denmark-Norway with Euro""FlashPix:CodePage:1143"
-    "IBM EBCDIC Finland-Sweden with Euro""FlashPix:CodePage:1144""IBM EBCDIC Italy with Euro"
-    "FlashPix:CodePage:1145""IBM EBCDIC Latin America-Spain with Euro""FlashPix:CodePage:1146"
-    "IBM EBCDIC United Kingdom with Euro""FlashPix:CodePage:1147""IBM EBCDIC France with Euro"
-    "FlashPix:CodePage:1148""IBM EBCDIC International with Euro""FlashPix:CodePage:1149"
-    "IBM EBCDIC Icelandic with Euro""FlashPix:CodePage:1200""Unicode UTF-16, little endian"
-    "FlashPix:CodePage:12000""Unicode UTF-32, little endian""FlashPix:CodePage:12001"
-    "Unicode UTF-32, big endian""FlashPix:CodePage:1201""Unicode UTF-16, big endian"
-    "FlashPix:CodePage:1250""Windows Latin 2 (Central European)""FlashPix:CodePage:1251"
-    "Windows Cyrillic""FlashPix:CodePage:1252""Windows Latin 1 (Western European)"
-    "FlashPix:CodePage:1253""Windows Greek""FlashPix:CodePage:1254""Windows Turkish"
-    "FlashPix:CodePage:1255""Windows Hebrew""FlashPix:CodePage:1256""Windows Arabic"
-    "FlashPix:CodePage:1257""Windows Baltic""FlashPix:CodePage:1258""Windows Vietnamese"
-    "FlashPix:CodePage:1361""Korean (Johab)""FlashPix:CodePage:20000""CNS Taiwan"
-    "FlashPix:CodePage:20001""TCA Taiwan""FlashPix:CodePage:20002""Eten Taiwan"
-    "FlashPix:CodePage:20003""IBM5550 Taiwan""FlashPix:CodePage:20004""TeleText Taiwan"
-    "FlashPix:CodePage:20005""Wang Taiwan""FlashPix:CodePage:20105"
-    "IA5 (IRV International Alphabet No. 5, 7-bit)""FlashPix:CodePage:20106""IA5 German (7-bit)"
-    "FlashPix:CodePage:20107""IA5 Swedish (7-bit)""FlashPix:CodePage:20108""IA5 Norwegian (7-bit)"
-    "FlashPix:CodePage:20127""US-ASCII (7-bit)""FlashPix:CodePage:20261""T.61"
-    "FlashPix:CodePage:20269""ISO 6937 Non-Spacing Accent""FlashPix:CodePage:20273"
-    "IBM EBCDIC Germany""FlashPix:CodePage:20277""IBM EBCDIC Denmark-Norway"
-    "FlashPix:CodePage:20278""IBM EBCDIC Finland-Sweden""FlashPix:CodePage:20280""IBM EBCDIC Italy"
-    "FlashPix:CodePage:20284""IBM EBCDIC Latin America-Spain""FlashPix:CodePage:20285"
-    "IBM EBCDIC United Kingdom""FlashPix:CodePage:20290""IBM EBCDIC Japanese Katakana Extended"
-    "FlashPix:CodePage:20297""IBM EBCDIC France""FlashPix:CodePage:20420""IBM EBCDIC Arabic"
-    "FlashPix:CodePage:20423""IBM EBCDIC Greek""FlashPix:CodePage:20424""IBM EBCDIC Hebrew"
-    "FlashPix:CodePage:20833""IBM EBCDIC Korean Extended""FlashPix:CodePage:20838""IBM EBCDIC Thai"
-    "FlashPix:CodePage:20866""Russian/Cyrillic (KOI8-R)""FlashPix:CodePage:20871"
-    "IBM EBCDIC Icelandic""FlashPix:CodePage:20880""IBM EBCDIC Cyrillic Russian"
-    "FlashPix:CodePage:20905""IBM EBCDIC Turkish""FlashPix:CodePage:20924"
-    "IBM EBCDIC Latin 1/Open System with Euro""FlashPix:CodePage:20932"
-    "Japanese (JIS 0208-1990 and 0121-1990)""FlashPix:CodePage:20936""Simplified Chinese (GB2312)"
-    "FlashPix:CodePage:20949""Korean Wansung""FlashPix:CodePage:21025"
-    "IBM EBCDIC Cyrillic Serbian-Bulgarian""FlashPix:CodePage:21027"
-    "Extended Alpha Lowercase (deprecated)""FlashPix:CodePage:21866""Ukrainian/Cyrillic (KOI8-U)"
-    "FlashPix:CodePage:28591""ISO 8859-1 Latin 1 (Western European)""FlashPix:CodePage:28592"
-    "ISO 8859-2 (Central European)""FlashPix:CodePage:28593""ISO 8859-3 Latin 3"
-    "FlashPix:CodePage:28594""ISO 8859-4 Baltic""FlashPix:CodePage:28595""ISO 8859-5 Cyrillic"
-    "FlashPix:CodePage:28596""ISO 8859-6 Arabic""FlashPix:CodePage:28597""ISO 8859-7 Greek"
-    "FlashPix:CodePage:28598""ISO 8859-8 Hebrew (Visual)""FlashPix:CodePage:28599"
-    "ISO 8859-9 Turkish""FlashPix:CodePage:28603""ISO 8859-13 Estonian""FlashPix:CodePage:28605"
-    "ISO 8859-15 Latin 9""FlashPix:CodePage:29001""Europa 3""FlashPix:CodePage:37"
-    "IBM EBCDIC US-Canada""FlashPix:CodePage:38598""ISO 8859-8 Hebrew (Logical)"
-    "FlashPix:CodePage:437""DOS United States""FlashPix:CodePage:500""IBM EBCDIC International"
-    "FlashPix:CodePage:50220""ISO 2022 Japanese with no halfwidth Katakana (JIS)"
-    "FlashPix:CodePage:50221""ISO 2022 Japanese with halfwidth Katakana (JIS-Allow 1 byte Kana)"
-    "FlashPix:CodePage:50222""ISO 2022 Japanese JIS X 0201-1989 (JIS-Allow 1 byte Kana - SO/SI)"
-    "FlashPix:CodePage:50225""ISO 2022 Korean""FlashPix:CodePage:50227""ISO 2022 Simplified Chinese"
-    "FlashPix:CodePage:50229""ISO 2022 Traditional Chinese""FlashPix:CodePage:50930"
-    "EBCDIC Japanese (Katakana) Extended""FlashPix:CodePage:50931""EBCDIC US-Canada and Japanese"
-    "FlashPix:CodePage:50933""EBCDIC Korean Extended and Korean""FlashPix:CodePage:50935"
-    "EBCDIC Simplified Chinese Extended and Simplified Chinese""FlashPix:CodePage:50936"
-    "EBCDIC Simplified Chinese""FlashPix:CodePage:50937""EBCDIC US-Canada and Traditional Chinese"
-    "FlashPix:CodePage:50939""EBCDIC Japanese (Latin) Extended and Japanese"
-    "FlashPix:CodePage:51932""EUC Japanese""FlashPix:CodePage:51936""EUC Simplified Chinese"
-    "FlashPix:CodePage:51949""EUC Korean""FlashPix:CodePage:51950""EUC Traditional Chinese"
-    "FlashPix:CodePage:52936""HZ-GB2312 Simplified Chinese""FlashPix:CodePage:54936"
-    "Windows XP and later: GB18030 Simplified Chinese (4 byte)""FlashPix:CodePage:57002"
-    "ISCII Devanagari""FlashPix:CodePage:57003""ISCII Bengali""FlashPix:CodePage:57004""ISCII Tamil"
-    "FlashPix:CodePage:57005""ISCII Telugu""FlashPix:CodePage:57006""ISCII Assamese"
-    "FlashPix:CodePage:57007""ISCII Oriya""FlashPix:CodePage:57008""ISCII Kannada"
-    "FlashPix:CodePage:57009""ISCII Malayalam""FlashPix:CodePage:57010""ISCII Gujarati"
-    "FlashPix:CodePage:57011""ISCII Punjabi""FlashPix:CodePage:65000""Unicode (UTF-7)"
-    "FlashPix:CodePage:65001""Unicode (UTF-8)""FlashPix:CodePage:708""Arabic (ASMO 708)"
-    "FlashPix:CodePage:709""Arabic (ASMO-449+, BCON V4)""FlashPix:CodePage:710"
-    "Arabic - Transparent Arabic""FlashPix:CodePage:720""DOS Arabic (Transparent ASMO)"
-    "FlashPix:CodePage:737""DOS Greek (formerly 437G)""FlashPix:CodePage:775""DOS Baltic"
-    "FlashPix:CodePage:850""DOS Latin 1 (Western European)""FlashPix:CodePage:852"
-    "DOS Latin 2 (Central European)""FlashPix:CodePage:855""DOS Cyrillic (primarily Russian)"
-    "FlashPix:CodePage:857""DOS Turkish""FlashPix:CodePage:858""DOS Multilingual Latin 1 with Euro"
-    "FlashPix:CodePage:860""DOS Portuguese""FlashPix:CodePage:861""DOS Icelandic"
-    "FlashPix:CodePage:862""DOS Hebrew""FlashPix:CodePage:863""DOS French Canadian"
-    "FlashPix:CodePage:864""DOS Arabic""FlashPix:CodePage:865""DOS Nordic""FlashPix:CodePage:866"
-    "DOS Russian (Cyrillic)""FlashPix:CodePage:869""DOS Modern Greek""FlashPix:CodePage:870"
-    "IBM EBCDIC Multilingual/ROECE (Latin 2)""FlashPix:CodePage:874"
-    "Windows Thai (same as 28605, ISO 8859-15)""FlashPix:CodePage:875""IBM EBCDIC Greek Modern"
-    "FlashPix:CodePage:932""Windows Japanese (Shift-JIS)""FlashPix:CodePage:936"
-    "Windows Simplified Chinese (PRC, Singapore)""FlashPix:CodePage:949"
-    "Windows Korean (Unified Hangul Code)""FlashPix:CodePage:950"
-    "Windows Traditional Chinese (Taiwan)""FlashPix:ColorTwistMatrix""Color Twist Matrix"
-    "FlashPix:CommentBy""Comment By""FlashPix:Comments""FlashPix:CompObjUserType"
-    "Comp Obj User Type""FlashPix:CompObjUserTypeLen""Comp Obj User Type Len""FlashPix:Company"
-    "FlashPix:ContentDescriptionNotes""Content Description Notes""FlashPix:ContentStatus"
-    "Content Status""FlashPix:ContentType""Content Type""FlashPix:ContrastAdjustment"
-    "Contrast Adjustment""FlashPix:Copyright""FlashPix:CreateDate""FlashPix:CreatedBy"
-    "FlashPix:CreatingApplication""Creating Application""FlashPix:CreatingTransform"
-    "Creating Transform""FlashPix:CreationPathVector""Creation Path Vector""FlashPix:CurrentUser"
-    "Current User""FlashPix:DataCreateDate""Data Create Date""FlashPix:DataModifyDate"
-    "Data Modify Date""FlashPix:DataObjectID""Data Object ID""FlashPix:DataObjectStatus"
-    "Data Object Status""FlashPix:DataObjectTitle""Data Object Title""FlashPix:DateTimeOriginal"
-    "FlashPix:DecimationMethod""Decimation Method""FlashPix:DecimationMethod:0"
-    "None (Full-sized Image)""FlashPix:DecimationMethod:8""8-point Prefilter"
-    "FlashPix:DecimationPrefilterWidth""Decimation Prefilter Width""FlashPix:DefaultDisplayHeight"
-    "Default Display Height""FlashPix:DefaultDisplayWidth""Default Display Width"
-    "FlashPix:Dictionary""FlashPix:DigitalImageBroker""Digital Image Broker""FlashPix:DisplayUnits"
-    "Display Units""FlashPix:DisplayUnits:0""FlashPix:DisplayUnits:1""meters"
-    "FlashPix:DisplayUnits:2""FlashPix:DisplayUnits:3""FlashPix:DocFlags""Doc Flags"
-    "FlashPix:DocFlags:1""FlashPix:DocFlags:1024""Read only""FlashPix:DocFlags:16384""Far east"
-    "FlashPix:DocFlags:2""AutoText only""FlashPix:DocFlags:2048""Passworded""FlashPix:DocFlags:256"
-    "Encrypted""FlashPix:DocFlags:32768""Obfuscated""FlashPix:DocFlags:4""Complex"
-    "FlashPix:DocFlags:4096""ExtChar""FlashPix:DocFlags:512""1Table""FlashPix:DocFlags:8"
-    "Has picture""FlashPix:DocFlags:8192""Load override""FlashPix:DocVersion""Doc Version"
-    "FlashPix:DocumentID""Document ID""FlashPix:EmbeddedImage""FlashPix:EmbeddedImageClass"
-    "Embedded Image Class""FlashPix:EmbeddedImageRectangle""Embedded Image Rectangle"
-    "FlashPix:Events""FlashPix:ExposureCompensation""FlashPix:ExposureIndex"
-    "FlashPix:ExposureProgram""FlashPix:ExposureProgram:0""FlashPix:ExposureProgram:1"
-    "FlashPix:ExposureProgram:2""FlashPix:ExposureProgram:3""FlashPix:ExposureProgram:4"
-    "FlashPix:ExposureProgram:5""FlashPix:ExposureProgram:6""FlashPix:ExposureProgram:7"
-    "FlashPix:ExposureProgram:8""FlashPix:ExposureProgram:9""FlashPix:ExposureTime"
-    "FlashPix:ExtensionClassID""Extension Class ID""FlashPix:ExtensionCreateDate"
-    "Extension Create Date""FlashPix:ExtensionDescription""Extension Description"
-    "FlashPix:ExtensionModifyDate""Extension Modify Date""FlashPix:ExtensionName""Extension Name"
-    "FlashPix:ExtensionPersistence""Extension Persistence""FlashPix:ExtensionPersistence:0"
-    "Always Valid""FlashPix:ExtensionPersistence:1""Invalidated By Modification"
-    "FlashPix:ExtensionPersistence:2""Potentially Invalidated By Modification""FlashPix:FNumber"
-    "FlashPix:FileSource""FlashPix:FileSource:1""FlashPix:FileSource:2""FlashPix:FileSource:3"
-    "FlashPix:FileSource:4""Video Capture""FlashPix:FileSource:5""Computer Graphics"
-    "FlashPix:FilmBrand""Film Brand""FlashPix:FilmCategory""Film Category""FlashPix:FilmFrameNumber"
-    "Film Frame Number""FlashPix:FilmRollNumber""Film Roll Number""FlashPix:FilmSize""Film Size"
-    "FlashPix:Filtering""FlashPix:Flash""FlashPix:Flash:1""FlashPix:Flash:2""Flash Fired"
-    "FlashPix:FlashEnergy""FlashPix:FlashPixStreamFieldOffset""Flash Pix Stream Field Offset"
-    "FlashPix:FlashPixStreamPathname""Flash Pix Stream Pathname""FlashPix:FlashReturn""Flash Return"
-    "FlashPix:FlashReturn:1""Subject Outside Flash Range""FlashPix:FlashReturn:2"
-    "Subject Inside Flash Range""FlashPix:FocalLength""FlashPix:FocalPlaneResolutionUnit"
-    "FlashPix:FocalPlaneResolutionUnit:1""FlashPix:FocalPlaneResolutionUnit:2"
-    "FlashPix:FocalPlaneResolutionUnit:3""FlashPix:FocalPlaneResolutionUnit:4"
-    "FlashPix:FocalPlaneResolutionUnit:5""FlashPix:FocalPlaneXResolution"
-    "FlashPix:FocalPlaneYResolution""FlashPix:GroupCaption""Group Caption""FlashPix:HeadingPairs"
-    "Heading Pairs""FlashPix:HiddenSlides""Hidden Slides""FlashPix:HyperlinkBase""Hyperlink Base"
-    "FlashPix:Hyperlinks""FlashPix:HyperlinksChanged""Hyperlinks Changed"
-    "FlashPix:HyperlinksChanged:0""FlashPix:HyperlinksChanged:1""FlashPix:ISO"
-    "FlashPix:Identification""FlashPix:Identification:25194""Word 98 Mac"
-    "FlashPix:Identification:27234""MS Word 97""FlashPix:Identification:42460""Word 6.0/7.0"
-    "FlashPix:Identification:42476""Word 8.0""FlashPix:ImageHeight""FlashPix:ImageWidth"
-    "FlashPix:InputDataObjectList""Input Data Object List""FlashPix:IntellectualPropertyNotes"
-    "Intellectual Property Notes""FlashPix:JPEGTables""FlashPix:Keywords""FlashPix:Language"
-    "FlashPix:LanguageCode""FlashPix:LanguageCode:1024""FlashPix:LanguageCode:1025"
-    "FlashPix:LanguageCode:1026""FlashPix:LanguageCode:1027""FlashPix:LanguageCode:1028"
-    "Traditional Chinese""FlashPix:LanguageCode:1029""FlashPix:LanguageCode:1030"
-    "FlashPix:LanguageCode:1031""FlashPix:LanguageCode:1032""FlashPix:LanguageCode:1033"
-    "English (US)""FlashPix:LanguageCode:1034""FlashPix:LanguageCode:1035"
-    "FlashPix:LanguageCode:1036""FlashPix:LanguageCode:1037""FlashPix:LanguageCode:1038"
-    "FlashPix:LanguageCode:1039""FlashPix:LanguageCode:1040""FlashPix:LanguageCode:1041"
-    "FlashPix:LanguageCode:1042""FlashPix:LanguageCode:1043""FlashPix:LanguageCode:1044"
-    "Norwegian (Bokmal)""FlashPix:LanguageCode:1045""FlashPix:LanguageCode:1046"
-    "FlashPix:LanguageCode:1047""FlashPix:LanguageCode:1048""FlashPix:LanguageCode:1049"
-    "FlashPix:LanguageCode:1050""FlashPix:LanguageCode:1051""FlashPix:LanguageCode:1052"
-    "FlashPix:LanguageCode:1053""FlashPix:LanguageCode:1054""FlashPix:LanguageCode:1055"
-    "FlashPix:LanguageCode:1056""FlashPix:LanguageCode:1057""Bahasa""FlashPix:LanguageCode:1058"
-    "FlashPix:LanguageCode:1059""Byelorussian""FlashPix:LanguageCode:1060"
-    "FlashPix:LanguageCode:1061""FlashPix:LanguageCode:1062""FlashPix:LanguageCode:1063"
-    "FlashPix:LanguageCode:1065""FlashPix:LanguageCode:1069""FlashPix:LanguageCode:1071"
-    "FlashPix:LanguageCode:1078""FlashPix:LanguageCode:1086""Malaysian""FlashPix:LanguageCode:2052"
-    "Simplified Chinese""FlashPix:LanguageCode:2055""FlashPix:LanguageCode:2057"
-    "FlashPix:LanguageCode:2058""FlashPix:LanguageCode:2060""FlashPix:LanguageCode:2064"
-    "FlashPix:LanguageCode:2067""FlashPix:LanguageCode:2068""FlashPix:LanguageCode:2070"
-    "FlashPix:LanguageCode:2074""FlashPix:LanguageCode:3081""FlashPix:LanguageCode:3084"
-    "FlashPix:LanguageCode:4108""FlashPix:LastModifiedBy""Last Modified By""FlashPix:LastModifier"
-    "Last Modifier""FlashPix:LastPrinted""Last Printed""FlashPix:LastSavedBy""Last Saved By"
-    "FlashPix:LightSource""FlashPix:LightSource:0""FlashPix:LightSource:1""FlashPix:LightSource:10"
-    "FlashPix:LightSource:11""FlashPix:LightSource:12""FlashPix:LightSource:13"
-    "FlashPix:LightSource:14""FlashPix:LightSource:15""FlashPix:LightSource:16"
-    "FlashPix:LightSource:17""FlashPix:LightSource:18""FlashPix:LightSource:19"
-    "FlashPix:LightSource:2""FlashPix:LightSource:20""FlashPix:LightSource:21"
-    "FlashPix:LightSource:22""FlashPix:LightSource:23""FlashPix:LightSource:24"
-    "FlashPix:LightSource:255""FlashPix:LightSource:3""FlashPix:LightSource:4"
-    "FlashPix:LightSource:9""FlashPix:Lines""FlashPix:LinksUpToDate""Links Up To Date"
-    "FlashPix:LinksUpToDate:0""FlashPix:LinksUpToDate:1""FlashPix:LocaleIndicator""Locale Indicator"
-    "FlashPix:LockedPropertyList""Locked Property List""FlashPix:MMClips""MM Clips""FlashPix:Make"
-    "FlashPix:Manager""FlashPix:MaxApertureValue""FlashPix:MaxJPEGTableIndex""Max JPEG Table Index"
-    "FlashPix:MaximumImageIndex""Maximum Image Index""FlashPix:MaximumOperationIndex"
-    "Maximum Operation Index""FlashPix:MaximumTransformIndex""Maximum Transform Index"
-    "FlashPix:MeteringMode""FlashPix:MeteringMode:0""FlashPix:MeteringMode:1"
-    "FlashPix:MeteringMode:2""FlashPix:MeteringMode:255""FlashPix:MeteringMode:3"
-    "FlashPix:MeteringMode:4""FlashPix:MeteringMode:5""FlashPix:MeteringMode:6""FlashPix:Model"
-    "FlashPix:ModifyDate""FlashPix:Notes""FlashPix:NumChannels""Num Channels"
-    "FlashPix:NumberOfResolutions""Number Of Resolutions""FlashPix:OperationClassID"
-    "Operation Class ID""FlashPix:OperationID""Operation ID""FlashPix:OperationNumber"
-    "Operation Number""FlashPix:Opto-ElectricConvFactor""FlashPix:OriginalDocumentSize"
-    "Original Document Size""FlashPix:OriginalImageBroker""Original Image Broker"
-    "FlashPix:OriginalMedium""Original Medium""FlashPix:OriginalMedium:1""Continuous Tone Image"
-    "FlashPix:OriginalMedium:2""Halftone Image""FlashPix:OriginalMedium:3"
-    "FlashPix:OriginalScannedImageSize""Original Scanned Image Size""FlashPix:OutputDataObjectList"
-    "Output Data Object List""FlashPix:Pages""FlashPix:Paragraphs""FlashPix:People"
-    "FlashPix:PerPictureNotes""Per Picture Notes""FlashPix:Places""FlashPix:PresentationTarget"
-    "Presentation Target""FlashPix:PreviewImage""FlashPix:PreviewImageHeight""Preview Image Height"
-    "FlashPix:PreviewImageWidth""Preview Image Width""FlashPix:PropertySetIDCodes"
-    "Property Set ID Codes""FlashPix:PropertySetPathname""Property Set Pathname"
-    "FlashPix:PropertyVectorElements""Property Vector Elements""FlashPix:RectangleOfInterest"
-    "Rectangle Of Interest""FlashPix:ResultAspectRatio""Result Aspect Ratio"
-    "FlashPix:RevisionNumber""Revision Number""FlashPix:ScaleCrop""Scale Crop""FlashPix:ScaleCrop:0"
-    "FlashPix:ScaleCrop:1""FlashPix:ScanDate""Scan Date""FlashPix:ScanOperatorID""Scan Operator ID"
-    "FlashPix:ScanSoftware""Scan Software""FlashPix:ScanSoftwareRevisionDate"
-    "Scan Software Revision Date""FlashPix:ScannerMake""Scanner Make""FlashPix:ScannerModel"
-    "Scanner Model""FlashPix:ScannerPixelSize""Scanner Pixel Size""FlashPix:ScannerSerialNumber"
-    "Scanner Serial Number""FlashPix:SceneType""FlashPix:SceneType:1""Original Scene"
-    "FlashPix:SceneType:2""Second Generation Scene""FlashPix:SceneType:3""Digital Scene Generation"
-    "FlashPix:ScreenNail""Screen Nail""FlashPix:Security""FlashPix:Security:0""FlashPix:Security:1"
-    "Password protected""FlashPix:Security:2""Read-only recommended""FlashPix:Security:4"
-    "Read-only enforced""FlashPix:Security:8""Locked for annotations""FlashPix:SensingMethod"
-    "FlashPix:SensingMethod:1""Monochrome area""FlashPix:SensingMethod:2""FlashPix:SensingMethod:3"
-    "FlashPix:SensingMethod:4""FlashPix:SensingMethod:5""FlashPix:SensingMethod:6"
-    "FlashPix:SensingMethod:7""FlashPix:SensingMethod:8""FlashPix:SerialNumber"
-    "FlashPix:ServiceOrganizationName""Service Organization Name""FlashPix:SharedDoc""Shared Doc"
-    "FlashPix:SharedDoc:0""FlashPix:SharedDoc:1""FlashPix:SharpnessApproximation"
-    "Sharpness Approximation""FlashPix:Slides""FlashPix:Software""FlashPix:SoftwareRelease"
-    "Software Release""FlashPix:SpatialFrequencyResponse""FlashPix:SpatialOrientation"
-    "Spatial Orientation""FlashPix:SpecialEffectsOpticalFilter""Special Effects Optical Filter"
-    "FlashPix:SpecialEffectsOpticalFilter:1""FlashPix:SpecialEffectsOpticalFilter:2""Colored"
-    "FlashPix:SpecialEffectsOpticalFilter:3""Diffusion""FlashPix:SpecialEffectsOpticalFilter:4"
-    "Multi-image""FlashPix:SpecialEffectsOpticalFilter:5""Polarizing"
-    "FlashPix:SpecialEffectsOpticalFilter:6""Split-field""FlashPix:SpecialEffectsOpticalFilter:7"
-    "Star""FlashPix:Storage-StreamPathname""Storage-Stream Pathname""FlashPix:SubimageColor"
-    "Subimage Color""FlashPix:SubimageColor:01 0000""Opacity Only""FlashPix:SubimageColor:01 0001"
-    "Monochrome""FlashPix:SubimageColor:01 8000""Opacity Only (uncalibrated)"
-    "FlashPix:SubimageColor:01 8001""Monochrome (uncalibrated)""FlashPix:SubimageColor:03 0002"
-    "FlashPix:SubimageColor:03 0003""FlashPix:SubimageColor:03 8002""YCbCr (uncalibrated)"
-    "FlashPix:SubimageColor:03 8003""RGB (uncalibrated)""FlashPix:SubimageColor:04 0002"
-    "YCbCr with Opacity""FlashPix:SubimageColor:04 0003""RGB with Opacity"
-    "FlashPix:SubimageColor:04 8002""YCbCr with Opacity (uncalibrated)"
-    "FlashPix:SubimageColor:04 8003""RGB with Opacity (uncalibrated)""FlashPix:SubimageHeight"
-    "Subimage Height""FlashPix:SubimageICC_Profile""Subimage ICC Profile"
-    "FlashPix:SubimageNumericalFormat""Subimage Numerical Format"
-    "FlashPix:SubimageNumericalFormat:17""8-bit, Unsigned""FlashPix:SubimageNumericalFormat:18"
-    "16-bit, Unsigned""FlashPix:SubimageNumericalFormat:19""32-bit, Unsigned"
-    "FlashPix:SubimageResolutions""Subimage Resolutions""FlashPix:SubimageTileCount"
-    "Subimage Tile Count""FlashPix:SubimageTileHeight""Subimage Tile Height"
-    "FlashPix:SubimageTileWidth""Subimage Tile Width""FlashPix:SubimageWidth""Subimage Width"
-    "FlashPix:Subject""FlashPix:SubjectDistance""FlashPix:SubjectLocation""FlashPix:System"
-    "FlashPix:System:0""Windows""FlashPix:System:1""Macintosh""FlashPix:Table0""Table 0"
-    "FlashPix:Table1""Table 1""FlashPix:TableOffsets""Table Offsets""FlashPix:Template"
-    "FlashPix:TestTarget""Test Target""FlashPix:TestTarget:1""Color Chart""FlashPix:TestTarget:2"
-    "Gray Card""FlashPix:TestTarget:3""FlashPix:TestTarget:4""Resolution Chart"
-    "FlashPix:TestTarget:5""Inch Scale""FlashPix:TestTarget:6""Centimeter Scale"
-    "FlashPix:TestTarget:7""Millimeter Scale""FlashPix:TestTarget:8""Micrometer Scale"
-    "FlashPix:Things""FlashPix:ThumbnailClip""Thumbnail Clip""FlashPix:Title""FlashPix:TitleOfParts"
-    "Title Of Parts""FlashPix:TotalEditTime""Total Edit Time""FlashPix:TransformCreateDate"
-    "Transform Create Date""FlashPix:TransformModifyDate""Transform Modify Date"
-    "FlashPix:TransformNodeID""Transform Node ID""FlashPix:TransformTitle""Transform Title"
-    "FlashPix:TransformedImageTitle""Transformed Image Title""FlashPix:TypeOfOriginal"
-    "Type Of Original""FlashPix:TypeOfOriginal:1""B&W Print""FlashPix:TypeOfOriginal:2""Color Print"
-    "FlashPix:TypeOfOriginal:3""B&W Document""FlashPix:TypeOfOriginal:4""Color Document"
-    "FlashPix:UsedExtensionNumbers""Used Extension Numbers""FlashPix:UserDefinedID""User Defined ID"
-    "FlashPix:UsingTransforms""Using Transforms""FlashPix:VisibleOutputs""Visible Outputs"
-    "FlashPix:Word97""Word 97""FlashPix:Word97:0""FlashPix:Word97:1""FlashPix:Words""类别"
-    "Contre-jour""Lumière frontale""Rétroéclairage 1""Catégorie""Utilisateur courant""Pouce"
-    "Capture vidéo""Infographie""Retour de flash""Sujet hors de porté du flash"
-    "Sujet en porté du flash""Langage""Chinois traditionnel""Anglais (US)""Norvégien (Bokmal)"
-    "Biélorusse""Malaysien""Chinois simplifié""Nombre de canaux""Personnes""Hauteur de l'aperçu"
-    "Numéro de révision""Logiciel de numérisation""Date de révision du logiciel de numérisation"
-    "Fabricant du scanner""Modèle du scanner""Numéro de série du scanner""Scène originale"
-    "Scène de deuxième génération""Génération d'une scène numérique""Capteur monochrome""Système"
-    "Hintergrundbeleuchtung""Kategorie""Unicode UTF-16, Little-endian"
-    "Unicode UTF-32, Little-endian""Unicode UTF-32, Big-endian""Unicode UTF-16, Big-endian"
-    "Kontrastkorrektur""Default Anzeigehöhe""Default Anzeigebreite""Anzeigeeinheit""Meter"
-    "Blitz Reflexion""Objekt ausserhalb der Blitzreichweite""Objekt innerhalb der Blitzreichweite"
-    "Größter Index JPEG Tabellen""Hinweise""Anzahl Kanäle""Menschen""Vorschaubild-Höhe"
-    "Vorschaubild-Breite""Revisionsnummer""Sicherheit""Passwort geschützt"
-    "Nur Lesen - vorgeschlagen""Nur Lesen - erzwungen""Gesperrt für Anmerkungen""Monochrom-Sensor"
-    "Spezialeffekt Filter""Keiner""Farbfilter""Diffusionsfilter""Mehrfachbildfilter"
-    "Polarisationsfilter""Splitfilter""Sternenfilter""Monochrom""Schwarz-Weiß Druck""Farbdruck"
-    "Schwarz-Weiß Dokument""Farb Dokument""Categoria""Caratteri""Russo/Cirillico (KOI8-R)"
-    "Giapponese (JIS 0208-1990 e 0121-1990)""Eventi""Potenzialmente invalidato per modifica"
-    "Flash emesso""Ritorno flash""Lingua""Linee""Numero canali""Altezza immagine anteprima"
-    "Larghezza immagine anteprima""Numero revisione""Sicurezza""Nome organizzazione servizio"
-    "Stella""RGB (non calibrato)""RGB con opacità""RGB con opacità (non calibrato)""Modello"
-    "Titolo parti""カテゴリー""人々""モノクロエリアセンサー""モノトーン""Categoría""Idioma""Número Canales"
-    "Número Revisión""Sensor monocromo""Monocromo""Ascender""CapHeight""Descender""EncodingScheme"
-    "EscChar""FontFamily""FontName""FullName""IsBaseFont""IsFixedV""MappingScheme""Notice""Version"
-    "Weight""XHeight""NumFonts""PostScriptFontName""FontSubfamily""FontSubfamilyID"
-    "NameTableVersion""Trademark""Manufacturer""Designer""Description""VendorURL""DesignerURL"
-    "License""LicenseInfoURL""PreferredFamily""PreferredSubfamily""CompatibleFontName""SampleText"
-    "WWSFamilyName""WWSSubfamilyName""PFMVersion""FontType""PointSize""Ascent""InternalLeading"
-    "ExternalLeading""Italic""Underline""Strikeout""PixWidth""PixHeight""PitchAndFamily""AvgWidth"
-    "MaxWidth""FirstChar""LastChar""DefaultChar""BreakChar""WidthBytes""FSType""ItalicAngle"
-    "UnderlinePosition""UnderlineThickness""IsFixedPitch""Font:Ascender""Font:Ascent""Font:AvgWidth"
-    "Avg Width""Font:BreakChar""Break Char""Font:CapHeight""Cap Height""Font:CharacterSet"
-    "Font:Characters""Font:CompatibleFontName""Compatible Font Name""Font:Copyright"
-    "Font:CreateDate""Font:DefaultChar""Default Char""Font:Descender""Font:Description"
-    "Font:Designer""Font:DesignerURL""Designer URL""Font:EncodingScheme""Encoding Scheme"
-    "Font:EscChar""Esc Char""Font:ExternalLeading""External Leading""Font:FSType""FS Type"
-    "Font:FirstChar""First Char""Font:FontFamily""Font Family""Font:FontName""Font Name"
-    "Font:FontSubfamily""Font Subfamily""Font:FontSubfamilyID""Font Subfamily ID""Font:FontType"
-    "Font Type""Font:FullName""Full Name""Font:InternalLeading""Internal Leading""Font:IsBaseFont"
-    "Is Base Font""Font:IsFixedPitch""Is Fixed Pitch""Font:IsFixedV""Is Fixed V""Font:Italic"
-    "Font:ItalicAngle""Italic Angle""Font:LastChar""Last Char""Font:License""Font:LicenseInfoURL"
-    "License Info URL""Font:Manufacturer""Font:MappingScheme""Mapping Scheme""Font:MaxWidth"
-    "Max Width""Font:NameTableVersion""Name Table Version""Font:Notice""Font:NumFonts""Num Fonts"
-    "Font:PFMVersion""PFM Version""Font:PitchAndFamily""Pitch And Family""Font:PixHeight"
-    "Pix Height""Font:PixWidth""Pix Width""Font:PointSize""Point Size""Font:PostScriptFontName"
-    "PostScript Font Name""Font:PreferredFamily""Preferred Family""Font:PreferredSubfamily"
-    "Preferred Subfamily""Font:SampleText""Sample Text""Font:Strikeout""Font:Trademark"
-    "Font:Underline""Font:UnderlinePosition""Underline Position""Font:UnderlineThickness"
-    "Underline Thickness""Font:VendorURL""Vendor URL""Font:Version""Font:WWSFamilyName"
-    "WWS Family Name""Font:WWSSubfamilyName""WWS Subfamily Name""Font:Weight""Font:WidthBytes"
-    "Width Bytes""Font:XHeight""X Height""Font:XResolution""Font:YResolution""版本"
-    "Nom de police compatible""Type FS""Nom complet""Nombre de polices""Beschreibung""Lizenz"
-    "Descrizione""Schema di codifica""Primo carattere""Tipo di carattere""Nome carattere"
-    "Sottotipo di carattere""ID sottotipo di carattere""Corsivo""Licenza""Nome carattere PostScript"
-    "Famiglia preferita""Sotto-famiglia preferita""Testo d'esempio""Numero versione immagine""説明"
-    "バージョン""Descripción""Versión PrintIM""OriginalImageWidth""OriginalImageHeight""ColorPlanes"
-    "XYResolution""Rotation""CropRotation""FotoStation:ColorPlanes""Color Planes"
-    "FotoStation:CropBottom""FotoStation:CropLeft""FotoStation:CropRight""FotoStation:CropRotation"
-    "Crop Rotation""FotoStation:CropTop""FotoStation:OriginalImageHeight""Original Image Height"
-    "FotoStation:OriginalImageWidth""Original Image Width""FotoStation:PreviewImage"
-    "FotoStation:Rotation""FotoStation:ThumbnailImage""FotoStation:XYResolution""XY Resolution"
-    "Recadrage de la rotation""Farbebenen""Ausschnitt Drehung""Bildbreite Original""XY Auflösung"
-    "Rotazione""回転""Rotación";
+    "Energía Flash" "Versión Flashpix Soportado" "Distancia Focal Objetivo"
+    "Distancia Focal en Película de 35 mm" "Unidad Resolución Plano Focal" "Pulgada"
+    "µm (Micrometro)" "Resolución X Plano Focal" "Resolución Y Plano Focal" "Matriz Avance 1"
+    "Matriz Avance 2" "Número Bytes Libres" "Offsets Libres" "Altitud" "Referencia Altitud"
+    "Nivel del Mar" "Referencia Nivel del Mar (valor negativo)" "Nombre de Zona GPS"
+    "Precisión Medición" "Fecha GPS" "Orientación de Destino"
+    "Referencia para Orientación de Destino" "Dirección magnética" "Dirección real"
+    "Distancia a Destino" "Referencia para Distancia a Destino" "Kilómetros" "Millas" "Nudos"
+    "Latitud de Destino" "Referencia para Latitud de Destino" "Latitud norte" "Latitud sur"
+    "Longitud de Destino" "Referencia para Longitud de Destino" "Longitud este" "Longitud oeste"
+    "Corrección Diferencial GPS" "Medición sin corrección diferencial"
+    "Corrección diferencial aplicada" "Dirección de Imagen" "Referencia para Dirección de Imagen"
+    "Latitud" "Latitud Norte o Sur" "Longitud" "Longitud Este u Oeste" "Longitud Este"
+    "Longitud Oeste" "Dato Medición Geodésica Usado" "Modo Medición GPS" "Medición bidimensional"
+    "Medición tridimensional" "Nombre del Método de Procesado GPS"
+    "Satélites GPS Usados para Medida" "Velocidad del Receptor GPS" "Unidad Velocidad"
+    "Kilómetros por hora" "Millas por hora" "Estado Receptor GPS" "Medición Activa" "Medición Vacía"
+    "Hora GPS (reloj atómico)" "Dirección de Movimiento" "Referencia de Dirección de Movimiento"
+    "Versión Etiqueta GPS" "Control Ganancia" "Ganancia debil" "Ganancia alta" "Atenuación baja"
+    "Atenuación alta" "Etiqueta Parámetros Ascii Geo" "Curva Respuesta Gris" "Unidad Respuesta Gris"
+    "Número representa la décima de una unidad" "Número representa la centésima de una unidad"
+    "Número representa la milésima de una unidad" "Número representa la diezmilésima de una unidad"
+    "Número representa la cienmilésima de una unidad" "Indicación Medio Tono"
+    "Resolución Imagen Vertical" "Ordenador Principal" "Metadato IPTC-NAA" "Ratio Velocidad ISO"
+    "Cabecera IT8" "Número Byte Imagen" "Indicador Color Imagen" "Valor Color Imagen"
+    "Datos Imagen Descartado" "FlexBits Descartados" "Título Imagen" "Historia Imagen" "ID Imagen"
+    "Capa Imagen" "Número Imagen" "Offset Imagen" "Datos Fuente Imagen" "Tipo Imagen"
+    "ID Único Imagen" "Indizado" "Nombres Tinta" "Conjunto Tinta" "Etiqueta Matriz Intergráfica"
+    "Entrelazado" "Identificación Interoperabilidad" "R03: Archivo opción DCF (Adobe RGB)"
+    "R98: Archivo básico DCF (sRGB)" "THM: Archivo miniatura DCF" "Versión Interoperabilidad"
+    "Tablas AC JPEG" "Tablas DC JPEG" "Predictores Sin Perdidas JPEG" "Tranformadores Puntos JPEG"
+    "Tablas Q JPEG" "Intervalo Reinicio JPEG" "Tablas JPEG" "Objetivo" "Información del Objetivo"
+    "Modelo Objetivo" "Número Serie Objetivo" "Fuente Luz" "Límite Respuesta Lineal"
+    "Tabla Linearización" "Modelo Cámara Traducido" "Seguridad Maker Note" "No Seguro" "Seguro"
+    "Área Oculta" "Mate" "Apertura Lente Máxima" "Valor Muestra Max" "Modo Medición" "Promedio"
+    "Media ponderada al centro" "Otro" "Puntual" "Multi-puntual" "Multi-segmento" "Parcial"
+    "Valor Muestra Min" "Modelo" "Modelo Equipamiento Entrada Imagen (2)"
+    "Etiqueta Modelo Punto Lazo" "Etiqueta Modelo Transformación" "Ruido" "Reducción Ruido Aplicada"
+    "Número de Tintas" "Offset Esquema" "Factor Conversión Optoeléctrico" "Invertir horizontal"
+    "Invertir vertical" "Invertir horizontal y rotar 270° sentido reloj"
+    "Invertir horizontal y rotar 90° sentido reloj" "Dato Archivo Raw Original"
+    "Cifrado Archivo Raw Original" "Nombre Archivo Raw Original" "Nombre del Propietario"
+    "Margen Inferior" "Nombre Página" "Número Página" "Interpretación Fotométrica" "Blanco es cero"
+    "Negro es cero" "Paleta Color" "CFA (Matriz Filtro Color)" "CIE Log2(L) (Log luminancia)"
+    "CIE Log2(L)(u',v') (Log luminancia y crominancia)" "Máscara de transparencia" "Formato Pixel"
+    "Intervalo Intensidad Pixel" "Etiqueta Escala Pixel Modelo" "Ajuste Datos Imagen"
+    "Formato 'Chunky' (Entrelazado)" "Formato 'Planar'"
+    "No se usa esquema de predicción antes de codificar" "Diferenciación Horizontal"
+    "Nombre Aplicación Previa" "Versión Aplicación Previa" "Espacio Color Previa"
+    "Fecha y Hora Previa" "Vista Previa" "Longitud Imagen Previa" "Inicio Imagen Previa"
+    "Cifrado Configuración Previa" "Nombre Configuración Previa"
+    "Cromaticidades de Colores Primarios" "Tratamiendo de Software" "Firma Perfil Calibración"
+    "Perfil Política Incrustada" "Permitir copia" "Incrustar si se usa" "Incrustado nunca"
+    "Sin restricciones" "Perfil Matiz Sat. Mapa Dato 1" "Perfil Matiz Sat. Mapa Dato 2"
+    "Divisiones Matiz" "Perfil Datos Tabla Consulta" "Nombre Perfil" "Perfil Curva Tono"
+    "Relleno Trama" "Clasificación" "Valoración en Porcentaje" "ID Único Dato Raw"
+    "Cifrado Imagen RAW" "Matriz Reducción 1" "Matriz Reducción 2"
+    "Par de Valores de Referencia Blanco y Negro" "Formato Archivo Imagen Relacionado"
+    "Alto Imagen Relacionada" "Ancho Imagen Relacionada" "Archivo Audio Relacionado"
+    "Unidad de Resolución de X e Y" "Píxeles/cm" "Factor Interpolar Fila" "Número de Filas por Tira"
+    "Valor Muestra Max S" "Valor Muestra Min S" "Formato Muestra" "Número de Componentes"
+    "Saturación" "Tipo Captura Escena" "Paisaje" "Retrato" "Escena nocturna" "Tipo Escena"
+    "Imagen fotografiada directamente" "Clasificación Seguridad" "Confidencial" "Restringida"
+    "Secreta" "Alto secreto" "Sin clasificar" "Modo Automático" "Método Sensor"
+    "No definido |\302\240Sensor monocromo" "Sensor monochip de color" "Sensor bichip de color"
+    "Sensor tres chips de color" "Sensor de color secuencial" "Sensor lineal monocromo"
+    "Sensor trilineal" "Sensor lineal de color secuencial" "Número Serie" "Escala Sombrío" "Nitidez"
+    "Suave" "Fuerte" "Velocidad Obturación" "Sitio" "Programa Utilizado"
+    "Respuesta Frecuencia Espacial" "Sensibilidad Espectral" "Bytes por Tira Comprimida"
+    "Localización Datos Imagen" "Subsegundos DateTime" "Subsegundos DateTimeDigitized"
+    "Subsegundos DateTimeOriginal" "Tamaño Bloque Submosaico" "Zona Sujeto" "Distancia Sujeto"
+    "Intervalo Distancia Sujeto" "Vista cercana" "Vista alejada" "Localización Sujeto" "Opciones T4"
+    "Opciones T6" "ID Estándar TIFF/EP" "Impresora Objetivo" "Umbral" "Número Byte Elemento"
+    "Ancho Elemento" "Largo Elemento" "Offsets Elemento" "Offset Zona Horaria"
+    "Función Transferencia" "Intervalo Transferencia" "Transformación" "Indicador Transparencia"
+    "Indicador Tampa" "Sin Comprimir" "Si" "Modelo Cámara Unico" "Comentarios Usuario" "Año versión"
+    "Balance de Blancos" "Automático" "Equilibrio del blanco manual" "Nivel Blanco"
+    "Cromaticidad Punto Blanco" "Resolución Imagen Horizontal" "Unidades Camino Fragmento X"
+    "Posición X" "Coeficientes de Matriz de Tranformación de Espacio de Color"
+    "Posicionamiento Y y C" "Centrado" "Vecino" "Ratio Submuestreo de Y a C"
+    "Unidades Camino Fragmento Y" "Posición Y" "Background" "ObservationDateEnd" "ObservationDate"
+    "History" "Instrument" "Object" "Observer" "Reference" "Telescope" "ObservationTimeEnd"
+    "ObservationTime" "FITS:Author" "FITS:Background" "FITS:Comment" "FITS:CreateDate"
+    "FITS:History" "FITS:Instrument" "FITS:Object" "FITS:ObservationDate" "Observation Date"
+    "FITS:ObservationDateEnd" "Observation Date End" "FITS:ObservationTime" "Observation Time"
+    "FITS:ObservationTimeEnd" "Observation Time End" "FITS:Observer" "FITS:Reference"
+    "FITS:Telescope" "Récapitulatif" "Oggetto" "Riferimento" "ApplicationUnknown" "SeekTable"
+    "CueSheet" "PictureType" "PictureMIMEType" "PictureDescription" "PictureWidth" "PictureHeight"
+    "PictureBitsPerPixel" "PictureIndexedColors" "PictureLength" "Picture" "BlockSizeMin"
+    "BlockSizeMax" "FrameSizeMin" "FrameSizeMax" "SampleRate" "Channels" "TotalSamples"
+    "MD5Signature" "FLAC:ApplicationUnknown" "Application Unknown" "FLAC:BitsPerSample"
+    "FLAC:BlockSizeMax" "Block Size Max" "FLAC:BlockSizeMin" "Block Size Min" "FLAC:Channels"
+    "FLAC:CueSheet" "Cue Sheet" "FLAC:FrameSizeMax" "Frame Size Max" "FLAC:FrameSizeMin"
+    "Frame Size Min" "FLAC:MD5Signature" "MD5 Signature" "FLAC:Padding" "FLAC:Picture"
+    "FLAC:PictureBitsPerPixel" "Picture Bits Per Pixel" "FLAC:PictureDescription"
+    "Picture Description" "FLAC:PictureHeight" "Picture Height" "FLAC:PictureIndexedColors"
+    "Picture Indexed Colors" "FLAC:PictureLength" "Picture Length" "FLAC:PictureMIMEType"
+    "Picture MIME Type" "FLAC:PictureType" "Picture Type" "FLAC:PictureType:0" "FLAC:PictureType:1"
+    "32x32 PNG Icon" "FLAC:PictureType:10" "FLAC:PictureType:11" "Composer" "FLAC:PictureType:12"
+    "Lyricist" "FLAC:PictureType:13" "Recording Studio or Location" "FLAC:PictureType:14"
+    "Recording Session" "FLAC:PictureType:15" "Performance" "FLAC:PictureType:16"
+    "Capture from Movie or Video" "FLAC:PictureType:17" "Bright(ly) Colored Fish"
+    "FLAC:PictureType:18" "Illustration" "FLAC:PictureType:19" "Band Logo" "FLAC:PictureType:2"
+    "Other Icon" "FLAC:PictureType:20" "Publisher Logo" "FLAC:PictureType:3" "Front Cover"
+    "FLAC:PictureType:4" "Back Cover" "FLAC:PictureType:5" "Leaflet" "FLAC:PictureType:6"
+    "FLAC:PictureType:7" "Lead Artist" "FLAC:PictureType:8" "FLAC:PictureType:9" "Conductor"
+    "FLAC:PictureWidth" "Picture Width" "FLAC:SampleRate" "Sample Rate" "FLAC:SeekTable"
+    "Seek Table" "FLAC:TotalSamples" "Total Samples" "Kanäle" "Canali" "Immagine"
+    "Descrizione immagine" "MIME type immagine" "Icona PNG 32x32" "Compositore" "Paroliere"
+    "Studio/luogo registrazione" "Sessione registrazione" "Interpretazione"
+    "Acquisizione da film o video" "Pesci dai vivaci colori" "Illustrazione" "Logo band"
+    "Altra icona" "Logo editore" "Copertina" "Retrocopertina" "Volantino" "Artista principale"
+    "Artista" "Direttore d'orchestra" "Frequenza campionamento" "Canales" "Imágen"
+    "Descripción Imágen" "Tipo Imágen" "Icono PNG 32x32" "Compositor" "Letrista" "Sesión Grabación"
+    "Interpretación" "Ilustración" "Otro Icono" "Cubierta Frontal" "Cubierta Posterior" "Soporte"
+    "Director" "Frecuencia muestreo" "PeakSpectralSensitivity" "RawDataByteOrder"
+    "CameraInfoByteOrder" "ReflectedApparentTemperature" "AtmosphericTemperature"
+    "IRWindowTemperature" "IRWindowTransmission" "PlanckR1" "PlanckB" "PlanckF"
+    "AtmosphericTransAlpha1" "AtmosphericTransAlpha2" "AtmosphericTransBeta1"
+    "AtmosphericTransBeta2" "AtmosphericTransX" "CameraTemperatureRangeMax"
+    "CameraTemperatureRangeMin" "CameraTemperatureMaxClip" "CameraTemperatureMinClip"
+    "CameraTemperatureMaxWarn" "CameraTemperatureMinWarn" "CameraTemperatureMaxSaturated"
+    "CameraTemperatureMinSaturated" "CameraModel" "CameraPartNumber" "CameraSoftware"
+    "LensPartNumber" "FieldOfView" "FilterModel" "FilterPartNumber" "FilterSerialNumber" "PlanckO"
+    "PlanckR2" "RawValueRangeMin" "RawValueRangeMax" "RawValueMedian" "RawValueRange"
+    "FocusStepCount" "FocusDistance" "CoarseMapByteOrder" "CoarseMapImageWidth"
+    "CoarseMapImageHeight" "CoarseMapImageType" "CoarseMapImage" "EmbeddedImageByteOrder"
+    "EmbeddedImageWidth" "EmbeddedImageHeight" "EmbeddedImageType" "EmbeddedImage"
+    "EmbeddedAudioFile" "FPFVersion" "ImageDataOffset" "ImagePixelFormat" "ExternalTriggerCount"
+    "SequenceFrameNumber" "ComputedAtmosphericTrans" "EstimatedAtmosphericTrans"
+    "ReferenceTemperature" "CameraScaleMin" "CameraScaleMax" "CalculatedScaleMin"
+    "CalculatedScaleMax" "ActualScaleMin" "ActualScaleMax" "GPSValid" "GainDeadMapByteOrder"
+    "GainDeadMapImageWidth" "GainDeadMapImageHeight" "GainDeadMapImageType" "GainDeadMapImage"
+    "CreatorSoftware" "ImageTemperatureMax" "ImageTemperatureMin" "UnknownTemperature" "Meas1Label"
+    "Meas1Params" "Meas1Type" "Reading1Units" "Reading1Description" "Reading1Device" "Reading1Value"
+    "Reading2Units" "Reading2Description" "Reading2Device" "Reading2Value" "Reading3Units"
+    "Reading3Description" "Reading3Device" "Reading3Value" "Reading4Units" "Reading4Description"
+    "Reading4Device" "Reading4Value" "UnknownTemperature1" "UnknownTemperature2" "PaintByteOrder"
+    "PaintImageWidth" "PaintImageHeight" "PaintImageType" "PaintImage" "PaletteColors" "AboveColor"
+    "BelowColor" "OverflowColor" "UnderflowColor" "Isotherm1Color" "Isotherm2Color" "PaletteMethod"
+    "PaletteStretch" "PaletteFileName" "PaletteName" "Palette" "DateTimeGenerated" "Param0" "Param1"
+    "Param2" "Param3" "BAHPVer" "BALPVer" "Battery" "BAVPVer" "CamCore" "DetectorBoard" "Detector"
+    "GIDCVer" "GIDPVer" "GIPC_CPLD" "GIPCVer" "GIXIVer" "MainBoard" "Optics" "PartNumber" "Real2IR"
+    "OffsetX" "OffsetY" "PiPX1" "PiPX2" "PiPY1" "PiPY2" "RawThermalImageWidth"
+    "RawThermalImageHeight" "RawThermalImageType" "RawThermalImage" "UnknownSerial1"
+    "UnknownSerial2" "UnknownSerial3" "UnknownSerial4" "UnknownNumber" "Label0" "Label1" "Label2"
+    "Label3" "Value0" "Value1" "Value2" "Value3" "SoftwareComponents" "FLIR_Unknown" "Units"
+    "FLIR:AboveColor" "Above Color" "FLIR:ActualScaleMax" "Actual Scale Max" "FLIR:ActualScaleMin"
+    "Actual Scale Min" "FLIR:AtmosphericTemperature" "Atmospheric Temperature"
+    "FLIR:AtmosphericTransAlpha1" "Atmospheric Trans Alpha 1" "FLIR:AtmosphericTransAlpha2"
+    "Atmospheric Trans Alpha 2" "FLIR:AtmosphericTransBeta1" "Atmospheric Trans Beta 1"
+    "FLIR:AtmosphericTransBeta2" "Atmospheric Trans Beta 2" "FLIR:AtmosphericTransX"
+    "Atmospheric Trans X" "FLIR:BAHPVer" "BAHP Ver" "FLIR:BALPVer" "BALP Ver" "FLIR:BAVPVer"
+    "BAVP Ver" "FLIR:Battery" "FLIR:BelowColor" "Below Color" "FLIR:CalculatedScaleMax"
+    "Calculated Scale Max" "FLIR:CalculatedScaleMin" "Calculated Scale Min" "FLIR:CamCore"
+    "Cam Core" "FLIR:CameraInfoByteOrder" "Camera Info Byte Order" "FLIR:CameraModel" "Camera Model"
+    "FLIR:CameraPartNumber" "Camera Part Number" "FLIR:CameraScaleMax" "Camera Scale Max"
+    "FLIR:CameraScaleMin" "Camera Scale Min" "FLIR:CameraSerialNumber" "FLIR:CameraSoftware"
+    "Camera Software" "FLIR:CameraTemperatureMaxClip" "Camera Temperature Max Clip"
+    "FLIR:CameraTemperatureMaxSaturated" "Camera Temperature Max Saturated"
+    "FLIR:CameraTemperatureMaxWarn" "Camera Temperature Max Warn" "FLIR:CameraTemperatureMinClip"
+    "Camera Temperature Min Clip" "FLIR:CameraTemperatureMinSaturated"
+    "Camera Temperature Min Saturated" "FLIR:CameraTemperatureMinWarn" "Camera Temperature Min Warn"
+    "FLIR:CameraTemperatureRangeMax" "Camera Temperature Range Max" "FLIR:CameraTemperatureRangeMin"
+    "Camera Temperature Range Min" "FLIR:CoarseMapByteOrder" "Coarse Map Byte Order"
+    "FLIR:CoarseMapImage" "Coarse Map Image" "FLIR:CoarseMapImageHeight" "Coarse Map Image Height"
+    "FLIR:CoarseMapImageType" "Coarse Map Image Type" "FLIR:CoarseMapImageWidth"
+    "Coarse Map Image Width" "FLIR:ComputedAtmosphericTrans" "Computed Atmospheric Trans"
+    "FLIR:CreatorSoftware" "Creator Software" "FLIR:DateTimeGenerated" "Date/Time Generated"
+    "FLIR:DateTimeOriginal" "FLIR:Detector" "FLIR:DetectorBoard" "Detector Board"
+    "FLIR:EmbeddedAudioFile" "Embedded Audio File" "FLIR:EmbeddedImage" "Embedded Image"
+    "FLIR:EmbeddedImageByteOrder" "Embedded Image Byte Order" "FLIR:EmbeddedImageHeight"
+    "Embedded Image Height" "FLIR:EmbeddedImageType" "Embedded Image Type" "FLIR:EmbeddedImageWidth"
+    "Embedded Image Width" "FLIR:Emissivity" "FLIR:EstimatedAtmosphericTrans"
+    "Estimated Atmospheric Trans" "FLIR:ExternalTriggerCount" "External Trigger Count"
+    "FLIR:FLIR_Unknown" "FLIR Unknown" "FLIR:FPFVersion" "FPF Version" "FLIR:FieldOfView"
+    "Field Of View" "FLIR:FilterModel" "Filter Model" "FLIR:FilterPartNumber" "Filter Part Number"
+    "FLIR:FilterSerialNumber" "Filter Serial Number" "FLIR:FocusDistance" "Focus Distance"
+    "FLIR:FocusStepCount" "Focus Step Count" "FLIR:FrameRate" "FLIR:GIDCVer" "GIDC Ver"
+    "FLIR:GIDPVer" "GIDP Ver" "FLIR:GIPCVer" "GIPC Ver" "FLIR:GIPC_CPLD" "GIPC CPLD" "FLIR:GIXIVer"
+    "GIXI Ver" "FLIR:GPSAltitude" "FLIR:GPSDOP" "FLIR:GPSImgDirection" "FLIR:GPSImgDirectionRef"
+    "FLIR:GPSImgDirectionRef:M" "FLIR:GPSImgDirectionRef:T" "FLIR:GPSLatitude" "FLIR:GPSLatitudeRef"
+    "FLIR:GPSLatitudeRef:N" "FLIR:GPSLatitudeRef:S" "FLIR:GPSLongitude" "FLIR:GPSLongitudeRef"
+    "FLIR:GPSLongitudeRef:E" "FLIR:GPSLongitudeRef:W" "FLIR:GPSMapDatum" "FLIR:GPSSpeed"
+    "FLIR:GPSSpeedRef" "FLIR:GPSSpeedRef:K" "FLIR:GPSSpeedRef:M" "FLIR:GPSSpeedRef:N"
+    "FLIR:GPSTrack" "FLIR:GPSTrackRef" "FLIR:GPSTrackRef:M" "FLIR:GPSTrackRef:T" "FLIR:GPSValid"
+    "GPS Valid" "FLIR:GPSValid:0" "FLIR:GPSValid:1" "FLIR:GPSVersionID" "FLIR:GainDeadMapByteOrder"
+    "Gain Dead Map Byte Order" "FLIR:GainDeadMapImage" "Gain Dead Map Image"
+    "FLIR:GainDeadMapImageHeight" "Gain Dead Map Image Height" "FLIR:GainDeadMapImageType"
+    "Gain Dead Map Image Type" "FLIR:GainDeadMapImageWidth" "Gain Dead Map Image Width"
+    "FLIR:IRWindowTemperature" "IR Window Temperature" "FLIR:IRWindowTransmission"
+    "IR Window Transmission" "FLIR:ImageDataOffset" "Image Data Offset" "FLIR:ImageHeight"
+    "FLIR:ImagePixelFormat" "Image Pixel Format" "FLIR:ImagePixelFormat:0" "2-byte short integer"
+    "FLIR:ImagePixelFormat:1" "4-byte long integer" "FLIR:ImagePixelFormat:2" "4-byte float"
+    "FLIR:ImagePixelFormat:3" "8-byte double" "FLIR:ImageTemperatureMax" "Image Temperature Max"
+    "FLIR:ImageTemperatureMin" "Image Temperature Min" "FLIR:ImageType" "FLIR:ImageType:0"
+    "Temperature" "FLIR:ImageType:1" "Temperature Difference" "FLIR:ImageType:2" "Object Signal"
+    "FLIR:ImageType:3" "Object Signal Difference" "FLIR:ImageWidth" "FLIR:Isotherm1Color"
+    "Isotherm 1 Color" "FLIR:Isotherm2Color" "Isotherm 2 Color" "FLIR:Label0" "Label 0"
+    "FLIR:Label1" "Label 1" "FLIR:Label2" "Label 2" "FLIR:Label3" "Label 3" "FLIR:LensModel"
+    "FLIR:LensPartNumber" "Lens Part Number" "FLIR:LensSerialNumber" "FLIR:MainBoard" "Main Board"
+    "FLIR:Meas1Label" "Meas 1 Label" "FLIR:Meas1Params" "Meas 1 Params" "FLIR:Meas1Type"
+    "Meas 1 Type" "FLIR:Meas1Type:1" "FLIR:Meas1Type:2" "Area" "FLIR:Meas1Type:3" "Ellipse"
+    "FLIR:Meas1Type:4" "Line" "FLIR:Meas1Type:5" "Endpoint" "FLIR:Meas1Type:6" "Alarm"
+    "FLIR:Meas1Type:7" "Unused" "FLIR:Meas1Type:8" "Difference" "FLIR:ObjectDistance" "FLIR:OffsetX"
+    "Offset X" "FLIR:OffsetY" "Offset Y" "FLIR:Optics" "FLIR:OverflowColor" "Overflow Color"
+    "FLIR:PaintByteOrder" "Paint Byte Order" "FLIR:PaintImage" "Paint Image" "FLIR:PaintImageHeight"
+    "Paint Image Height" "FLIR:PaintImageType" "Paint Image Type" "FLIR:PaintImageWidth"
+    "Paint Image Width" "FLIR:Palette" "FLIR:PaletteColors" "Palette Colors" "FLIR:PaletteFileName"
+    "Palette File Name" "FLIR:PaletteMethod" "Palette Method" "FLIR:PaletteName" "Palette Name"
+    "FLIR:PaletteStretch" "Palette Stretch" "FLIR:Param0" "Param 0" "FLIR:Param1" "Param 1"
+    "FLIR:Param2" "Param 2" "FLIR:Param3" "Param 3" "FLIR:PartNumber" "Part Number"
+    "FLIR:PeakSpectralSensitivity" "Peak Spectral Sensitivity" "FLIR:PiPX1" "PiP X1" "FLIR:PiPX2"
+    "PiP X2" "FLIR:PiPY1" "PiP Y1" "FLIR:PiPY2" "PiP Y2" "FLIR:PlanckB" "Planck B" "FLIR:PlanckF"
+    "Planck F" "FLIR:PlanckO" "Planck O" "FLIR:PlanckR1" "Planck R1" "FLIR:PlanckR2" "Planck R2"
+    "FLIR:RawDataByteOrder" "Raw Data Byte Order" "FLIR:RawThermalImage" "Raw Thermal Image"
+    "FLIR:RawThermalImageHeight" "Raw Thermal Image Height" "FLIR:RawThermalImageType"
+    "Raw Thermal Image Type" "FLIR:RawThermalImageWidth" "Raw Thermal Image Width"
+    "FLIR:RawValueMedian" "Raw Value Median" "FLIR:RawValueRange" "Raw Value Range"
+    "FLIR:RawValueRangeMax" "Raw Value Range Max" "FLIR:RawValueRangeMin" "Raw Value Range Min"
+    "FLIR:Reading1Description" "Reading 1 Description" "FLIR:Reading1Description:0"
+    "FLIR:Reading1Description:11" "Difference Temperature" "FLIR:Reading1Description:3" "Moisture"
+    "FLIR:Reading1Description:7" "Dew Point" "FLIR:Reading1Description:8" "Air Temperature"
+    "FLIR:Reading1Description:9" "IR Temperature" "FLIR:Reading1Device" "Reading 1 Device"
+    "FLIR:Reading1Units" "Reading 1 Units" "FLIR:Reading1Units:13" "FLIR:Reading1Units:27" "%"
+    "FLIR:Reading1Units:29" "Relative" "FLIR:Reading1Units:36" "g/kg" "FLIR:Reading1Value"
+    "Reading 1 Value" "FLIR:Reading2Description" "Reading 2 Description"
+    "FLIR:Reading2Description:0" "FLIR:Reading2Description:11" "FLIR:Reading2Description:3"
+    "FLIR:Reading2Description:7" "FLIR:Reading2Description:8" "FLIR:Reading2Description:9"
+    "FLIR:Reading2Device" "Reading 2 Device" "FLIR:Reading2Units" "Reading 2 Units"
+    "FLIR:Reading2Units:13" "FLIR:Reading2Units:27" "FLIR:Reading2Units:29" "rel"
+    "FLIR:Reading2Units:36" "FLIR:Reading2Value" "Reading 2 Value" "FLIR:Reading3Description"
+    "Reading 3 Description" "FLIR:Reading3Description:0" "FLIR:Reading3Description:11"
+    "FLIR:Reading3Description:3" "FLIR:Reading3Description:7" "FLIR:Reading3Description:8"
+    "FLIR:Reading3Description:9" "FLIR:Reading3Device" "Reading 3 Device" "FLIR:Reading3Units"
+    "Reading 3 Units" "FLIR:Reading3Units:13" "FLIR:Reading3Units:27" "FLIR:Reading3Units:29"
+    "FLIR:Reading3Units:36" "FLIR:Reading3Value" "Reading 3 Value" "FLIR:Reading4Description"
+    "Reading 4 Description" "FLIR:Reading4Description:0" "FLIR:Reading4Description:11"
+    "FLIR:Reading4Description:3" "FLIR:Reading4Description:7" "FLIR:Reading4Description:8"
+    "FLIR:Reading4Description:9" "FLIR:Reading4Device" "Reading 4 Device" "FLIR:Reading4Units"
+    "Reading 4 Units" "FLIR:Reading4Units:13" "FLIR:Reading4Units:27" "FLIR:Reading4Units:29"
+    "FLIR:Reading4Units:36" "FLIR:Reading4Value" "Reading 4 Value" "FLIR:Real2IR" "Real 2 IR"
+    "FLIR:ReferenceTemperature" "Reference Temperature" "FLIR:ReflectedApparentTemperature"
+    "Reflected Apparent Temperature" "FLIR:RelativeHumidity" "FLIR:SensorHeight" "FLIR:SensorWidth"
+    "FLIR:SequenceFrameNumber" "Sequence Frame Number" "FLIR:SoftwareComponents"
+    "Software Components" "FLIR:ThumbnailImage" "FLIR:UnderflowColor" "Underflow Color" "FLIR:Units"
+    "FLIR:UnknownNumber" "Unknown Number" "FLIR:UnknownSerial1" "Unknown Serial 1"
+    "FLIR:UnknownSerial2" "Unknown Serial 2" "FLIR:UnknownSerial3" "Unknown Serial 3"
+    "FLIR:UnknownSerial4" "Unknown Serial 4" "FLIR:UnknownTemperature" "Unknown Temperature"
+    "FLIR:UnknownTemperature1" "Unknown Temperature 1" "FLIR:UnknownTemperature2"
+    "Unknown Temperature 2" "FLIR:Value0" "Value 0" "FLIR:Value1" "Value 1" "FLIR:Value2" "Value 2"
+    "FLIR:Value3" "Value 3" "Ordre des octets de l'appareil photo" "Logiciel du créateur"
+    "Détecteur" "FLIR Inconnu" "Version FPF" "Distance focale" "Nombre de pas du focus"
+    "Format des pixels de l'image" "Nombre entier court de 2 octets"
+    "Nombre entier long de 4 octets" "Nombre flottant de 4 octets"
+    "Nombre entier double de 8 octets" "Numéro de pièce de l'objectif"
+    "Kamerainformation Bytereihenfolge" "Kamera Modell" "Eingebettetes Bild"
+    "Eingebettetes Bild Bytereihenfolge" "Eingebettetes Bild Bildhöhe" "Eingebettetes Bild Bildtyp"
+    "Eingebettetes Bild Bildbreite" "Fokus-Distanz" "Fokus-Stufenzähler" "RAW Daten Bytereihenfolge"
+    "Modello fotocamera" "Distanza fuoco" "Unità" "被写体距離" "フォーカスステップ数" "Directory" "FileCreateDate"
+    "FileModifyDate" "FileName" "FilePath" "FileTypeExtension" "MIMEType" "MDItemUserTags"
+    "File:Directory" "File:FileCreateDate" "File Creation Date/Time" "File:FileModifyDate"
+    "File Modification Date/Time" "File:FileName" "File Name" "File:FilePath" "File Path"
+    "File:FileTypeExtension" "File Type Extension" "File:MDItemUserTags" "MD Item User Tags"
+    "File:MIMEType" "MIME Type" "文件存储位置" "更新日期" "文件名" "Répertoire" "Nom du fichier"
+    "Chemin d'accès au fichier" "Extension du type de fichiers" "Type MIME" "Verzeichnis"
+    "Datum/Uhrzeit der Dateierstellung" "Datum/Uhrzeit der Dateiänderung" "Dateiname" "MIME-Typ"
+    "Posizione file" "Data aggiornamento" "Nome file" "Tipo mime" "ファイルの場所" "更新日時" "ファイル名" "MIMEタイプ"
+    "Ubicación del Fichero" "Fecha y Hora de Creación" "Fecha Actualización" "Nombre Archivo"
+    "AudioEncoding" "Name" "Time" "Compressed" "FlashVersion" "FrameCount" "FlashAttributes"
+    "AudioCodecID" "AudioBitrate" "AudioDelay" "AudioSampleSize" "AudioSize" "ByteLength"
+    "CanSeekToEnd" "CanSeekOnTime" "CreatedBy" "DataSize" "FileSizeBytes" "HasAudio" "HasCuePoints"
+    "HasKeyFrames" "HasMetadata" "HasVideo" "HTTPHostHeader" "KeyFramePositions" "KeyFramesTimes"
+    "LastKeyFrameTime" "LastTimeStamp" "MetadataCreator" "MetadataDate" "Message" "SourceData"
+    "StartTime" "Stereo" "TotalDataRate" "TotalDuration" "VideoCodecID" "VideoBitrate" "VideoSize"
+    "VideoEncoding" "Flash:AudioBitrate" "Audio Bitrate" "Flash:AudioBitsPerSample"
+    "Flash:AudioChannels" "Flash:AudioChannels:1" "1 (mono)" "Flash:AudioChannels:2" "2 (stereo)"
+    "Flash:AudioCodecID" "Audio Codec ID" "Flash:AudioDelay" "Audio Delay" "Flash:AudioEncoding"
+    "Audio Encoding" "Flash:AudioEncoding:0" "PCM-BE (uncompressed)" "Flash:AudioEncoding:1" "ADPCM"
+    "Flash:AudioEncoding:10" "AAC" "Flash:AudioEncoding:11" "Speex" "Flash:AudioEncoding:13"
+    "MP3 8-Khz" "Flash:AudioEncoding:15" "Device-specific sound" "Flash:AudioEncoding:2" "MP3"
+    "Flash:AudioEncoding:3" "PCM-LE (uncompressed)" "Flash:AudioEncoding:4" "Nellymoser 16kHz Mono"
+    "Flash:AudioEncoding:5" "Nellymoser 8kHz Mono" "Flash:AudioEncoding:6" "Nellymoser"
+    "Flash:AudioEncoding:7" "G.711 A-law logarithmic PCM" "Flash:AudioEncoding:8"
+    "G.711 mu-law logarithmic PCM" "Flash:AudioSampleRate" "Flash:AudioSampleSize"
+    "Audio Sample Size" "Flash:AudioSize" "Audio Size" "Flash:ByteLength" "Byte Length"
+    "Flash:CanSeekOnTime" "Can Seek On Time" "Flash:CanSeekToEnd" "Can Seek To End"
+    "Flash:Compressed" "Flash:Compressed:0" "False" "Flash:Compressed:1" "True" "Flash:CreateDate"
+    "Flash:CreatedBy" "Created By" "Flash:DataSize" "Data Size" "Flash:Duration"
+    "Flash:FileSizeBytes" "File Size Bytes" "Flash:FlashAttributes" "Flash Attributes"
+    "Flash:FlashAttributes:1" "UseNetwork" "Flash:FlashAttributes:16" "Flash:FlashAttributes:8"
+    "ActionScript3" "Flash:FlashVersion" "Flash Version" "Flash:FrameCount" "Frame Count"
+    "Flash:FrameRate" "Flash:HTTPHostHeader" "HTTP Host Header" "Flash:HasAudio" "Has Audio"
+    "Flash:HasCuePoints" "Has Cue Points" "Flash:HasKeyFrames" "Has Key Frames" "Flash:HasMetadata"
+    "Has Metadata" "Flash:HasVideo" "Has Video" "Flash:ImageHeight" "Flash:ImageWidth"
+    "Flash:KeyFramePositions" "Key Frame Positions" "Flash:KeyFramesTimes" "Key Frames Times"
+    "Flash:LastKeyFrameTime" "Last Key Frame Time" "Flash:LastTimeStamp" "Last Time Stamp"
+    "Flash:Message" "Flash:MetadataCreator" "Metadata Creator" "Flash:MetadataDate" "Metadata Date"
+    "Flash:Name" "Flash:SourceData" "Source Data" "Flash:StartTime" "Start Time" "Flash:Stereo"
+    "Flash:Time" "Flash:TotalDataRate" "Total Data Rate" "Flash:TotalDuration" "Total Duration"
+    "Flash:Type" "Flash:URL" "Flash:VideoBitrate" "Video Bitrate" "Flash:VideoCodecID"
+    "Video Codec ID" "Flash:VideoEncoding" "Video Encoding" "Flash:VideoEncoding:1"
+    "Flash:VideoEncoding:2" "Sorensen H.263" "Flash:VideoEncoding:3" "Screen Video"
+    "Flash:VideoEncoding:4" "On2 VP6" "Flash:VideoEncoding:5" "On2 VP6 Alpha"
+    "Flash:VideoEncoding:6" "Screen Video 2" "Flash:VideoEncoding:7" "H.264" "Flash:VideoSize"
+    "Video Size" "Bitrate audio" "Taille du fichier en octets" "Attribut du flash"
+    "Utilise le réseau" "A des métadonnées" "Action Script 3" "Date des metadonnées" "Nom" "Heure"
+    "Metadaten Ersteller" "Datum der Metadaten" "Zeit" "ID codec audio" "Falso"
+    "Dimensione file in byte" "Versione del flash" "Nome" "Ora inizio" "Ora" "Bitrate video"
+    "ID codec video" "時間" "Tiene Audio" "Tiene Video" "Nombre" "CompObjUserTypeLen"
+    "CompObjUserType" "LastPrinted" "RevisionNumber" "TotalEditTime" "Words" "Characters"
+    "Paragraphs" "Lines" "DataObjectID" "LockedPropertyList" "DataObjectTitle" "LastModifier"
+    "DataCreateDate" "DataModifyDate" "CreatingApplication" "DataObjectStatus" "CreatingTransform"
+    "UsingTransforms" "CachedImageHeight" "CachedImageWidth" "CommentBy" "LastSavedBy"
+    "TableOffsets" "Category" "PresentationTarget" "Bytes" "Slides" "Notes" "HiddenSlides" "MMClips"
+    "ScaleCrop" "HeadingPairs" "TitleOfParts" "Manager" "Company" "LinksUpToDate"
+    "CharCountWithSpaces" "SharedDoc" "HyperlinksChanged" "AppVersion" "ContentType" "ContentStatus"
+    "Language" "DocVersion" "Hyperlinks" "HyperlinkBase" "ExtensionName" "ExtensionClassID"
+    "ExtensionPersistence" "ExtensionCreateDate" "ExtensionModifyDate" "ExtensionDescription"
+    "Storage-StreamPathname" "FlashPixStreamPathname" "FlashPixStreamFieldOffset"
+    "PropertySetPathname" "PropertySetIDCodes" "PropertyVectorElements" "SubimageResolutions"
+    "UsedExtensionNumbers" "TransformedImageTitle" "VisibleOutputs" "MaximumImageIndex"
+    "MaximumTransformIndex" "MaximumOperationIndex" "NumberOfResolutions" "DefaultDisplayHeight"
+    "DefaultDisplayWidth" "DisplayUnits" "SubimageWidth" "SubimageHeight" "SubimageColor"
+    "SubimageNumericalFormat" "DecimationMethod" "DecimationPrefilterWidth" "SubimageICC_Profile"
+    "MaxJPEGTableIndex" "CreationPathVector" "SoftwareRelease" "UserDefinedID"
+    "SharpnessApproximation" "OriginalImageBroker" "DigitalImageBroker" "Authorship"
+    "IntellectualPropertyNotes" "TestTarget" "GroupCaption" "CaptionText" "People" "Things" "Events"
+    "Places" "ContentDescriptionNotes" "FlashReturn" "BackLight" "SpecialEffectsOpticalFilter"
+    "PerPictureNotes" "FilmBrand" "FilmCategory" "FilmSize" "FilmRollNumber" "FilmFrameNumber"
+    "ScannerMake" "ScannerModel" "ScannerSerialNumber" "ScanSoftware" "ScanSoftwareRevisionDate"
+    "ServiceOrganizationName" "ScanOperatorID" "ScanDate" "ScannerPixelSize"
+    "OriginalScannedImageSize" "OriginalDocumentSize" "OriginalMedium" "TypeOfOriginal" "ScreenNail"
+    "Table0" "Table1" "AudioStream" "BasicFileInfo" "CurrentUser" "EmbeddedImageClass"
+    "EmbeddedImageRectangle" "OperationID" "PreviewImageWidth" "PreviewImageHeight"
+    "SubimageTileCount" "SubimageTileWidth" "SubimageTileHeight" "NumChannels" "Dictionary"
+    "CodePage" "Template" "LastModifiedBy" "ThumbnailClip" "Security" "DocumentID" "LocaleIndicator"
+    "TransformNodeID" "OperationClassID" "TransformTitle" "TransformCreateDate"
+    "TransformModifyDate" "InputDataObjectList" "OutputDataObjectList" "OperationNumber"
+    "ResultAspectRatio" "RectangleOfInterest" "Filtering" "SpatialOrientation" "ColorTwistMatrix"
+    "ContrastAdjustment" "Identification" "DocFlags" "System" "Word97" "01 0000" "01 0001" "01 8000"
+    "01 8001" "03 0002" "03 0003" "03 8002" "03 8003" "04 0002" "04 0003" "04 8002" "04 8003" "437"
+    "500" "708" "709" "710" "720" "737" "775" "850" "852" "855" "857" "858" "860" "861" "862" "863"
+    "864" "865" "866" "869" "874" "875" "932" "936" "949" "950" "1026" "1047" "1140" "1141" "1142"
+    "1143" "1144" "1145" "1146" "1147" "1148" "1149" "1200" "1201" "1250" "1251" "1252" "1253"
+    "1254" "1255" "1256" "1257" "1258" "1361" "10000" "10001" "10002" "10003" "10004" "10005"
+    "10006" "10007" "10008" "10010" "10017" "10021" "10029" "10079" "10081" "10082" "12000" "12001"
+    "20000" "20001" "20002" "20003" "20004" "20005" "20105" "20106" "20107" "20108" "20127" "20261"
+    "20269" "20273" "20277" "20278" "20280" "20284" "20285" "20290" "20297" "20420" "20423" "20424"
+    "20833" "20838" "20866" "20871" "20880" "20905" "20924" "20932" "20936" "20949" "21025" "21027"
+    "21866" "28591" "28592" "28593" "28594" "28595" "28596" "28597" "28598" "28599" "28603" "28605"
+    "29001" "38598" "50220" "50221" "50222" "50225" "50227" "50229" "50930" "50931" "50933" "50935"
+    "50936" "50937" "50939" "51932" "51936" "51949" "51950" "52936" "54936" "57002" "57003" "57004"
+    "57005" "57006" "57007" "57008" "57009" "57010" "57011" "65001" "25194" "27234" "42460" "42476"
+    "1025" "1027" "1028" "1029" "1030" "1031" "1032" "1033" "1034" "1035" "1036" "1037" "1038"
+    "1039" "1040" "1041" "1042" "1043" "1044" "1045" "1046" "1048" "1049" "1050" "1051" "1052"
+    "1053" "1054" "1055" "1056" "1057" "1058" "1059" "1060" "1061" "1062" "1063" "1065" "1069"
+    "1071" "1078" "1086" "2052" "2055" "2057" "2058" "2060" "2064" "2067" "2068" "2070" "2074"
+    "3081" "3084" "4108" "FlashPix:AppVersion" "App Version" "FlashPix:AudioStream" "Audio Stream"
+    "FlashPix:Author" "FlashPix:Authorship" "FlashPix:BackLight" "Back Light" "FlashPix:BackLight:1"
+    "Front Lit" "FlashPix:BackLight:2" "Back Lit 1" "FlashPix:BackLight:3" "Back Lit 2"
+    "FlashPix:BasicFileInfo" "Basic File Info" "FlashPix:BrightnessValue" "FlashPix:Bytes"
+    "FlashPix:CFAPattern" "FlashPix:CachedImageHeight" "Cached Image Height"
+    "FlashPix:CachedImageWidth" "Cached Image Width" "FlashPix:CaptionText" "Caption Text"
+    "FlashPix:Category" "FlashPix:CharCountWithSpaces" "Char Count With Spaces"
+    "FlashPix:Characters" "FlashPix:CodePage" "Code Page" "FlashPix:CodePage:10000"
+    "Mac Roman (Western European)" "FlashPix:CodePage:10001" "Mac Japanese"
+    "FlashPix:CodePage:10002" "Mac Traditional Chinese" "FlashPix:CodePage:10003" "Mac Korean"
+    "FlashPix:CodePage:10004" "Mac Arabic" "FlashPix:CodePage:10005" "Mac Hebrew"
+    "FlashPix:CodePage:10006" "Mac Greek" "FlashPix:CodePage:10007" "Mac Cyrillic"
+    "FlashPix:CodePage:10008" "Mac Simplified Chinese" "FlashPix:CodePage:10010" "Mac Romanian"
+    "FlashPix:CodePage:10017" "Mac Ukrainian" "FlashPix:CodePage:10021" "Mac Thai"
+    "FlashPix:CodePage:10029" "Mac Latin 2 (Central European)" "FlashPix:CodePage:10079"
+    "Mac Icelandic" "FlashPix:CodePage:10081" "Mac Turkish" "FlashPix:CodePage:10082" "Mac Croatian"
+    "FlashPix:CodePage:1026" "IBM EBCDIC Turkish (Latin 5)" "FlashPix:CodePage:1047"
+    "IBM EBCDIC Latin 1/Open System" "FlashPix:CodePage:1140" "IBM EBCDIC US-Canada with Euro"
+    "FlashPix:CodePage:1141" "IBM EBCDIC Germany with Euro" "FlashPix:CodePage:1142"
+    "IBM EBCDIC Denmark-Norway with Euro" "FlashPix:CodePage:1143"
+    "IBM EBCDIC Finland-Sweden with Euro" "FlashPix:CodePage:1144" "IBM EBCDIC Italy with Euro"
+    "FlashPix:CodePage:1145" "IBM EBCDIC Latin America-Spain with Euro" "FlashPix:CodePage:1146"
+    "IBM EBCDIC United Kingdom with Euro" "FlashPix:CodePage:1147" "IBM EBCDIC France with Euro"
+    "FlashPix:CodePage:1148" "IBM EBCDIC International with Euro" "FlashPix:CodePage:1149"
+    "IBM EBCDIC Icelandic with Euro" "FlashPix:CodePage:1200" "Unicode UTF-16, little endian"
+    "FlashPix:CodePage:12000" "Unicode UTF-32, little endian" "FlashPix:CodePage:12001"
+    "Unicode UTF-32, big endian" "FlashPix:CodePage:1201" "Unicode UTF-16, big endian"
+    "FlashPix:CodePage:1250" "Windows Latin 2 (Central European)" "FlashPix:CodePage:1251"
+    "Windows Cyrillic" "FlashPix:CodePage:1252" "Windows Latin 1 (Western European)"
+    "FlashPix:CodePage:1253" "Windows Greek" "FlashPix:CodePage:1254" "Windows Turkish"
+    "FlashPix:CodePage:1255" "Windows Hebrew" "FlashPix:CodePage:1256" "Windows Arabic"
+    "FlashPix:CodePage:1257" "Windows Baltic" "FlashPix:CodePage:1258" "Windows Vietnamese"
+    "FlashPix:CodePage:1361" "Korean (Johab)" "FlashPix:CodePage:20000" "CNS Taiwan"
+    "FlashPix:CodePage:20001" "TCA Taiwan" "FlashPix:CodePage:20002" "Eten Taiwan"
+    "FlashPix:CodePage:20003" "IBM5550 Taiwan" "FlashPix:CodePage:20004" "TeleText Taiwan"
+    "FlashPix:CodePage:20005" "Wang Taiwan" "FlashPix:CodePage:20105"
+    "IA5 (IRV International Alphabet No. 5, 7-bit)" "FlashPix:CodePage:20106" "IA5 German (7-bit)"
+    "FlashPix:CodePage:20107" "IA5 Swedish (7-bit)" "FlashPix:CodePage:20108"
+    "IA5 Norwegian (7-bit)" "FlashPix:CodePage:20127" "US-ASCII (7-bit)" "FlashPix:CodePage:20261"
+    "T.61" "FlashPix:CodePage:20269" "ISO 6937 Non-Spacing Accent" "FlashPix:CodePage:20273"
+    "IBM EBCDIC Germany" "FlashPix:CodePage:20277" "IBM EBCDIC Denmark-Norway"
+    "FlashPix:CodePage:20278" "IBM EBCDIC Finland-Sweden" "FlashPix:CodePage:20280"
+    "IBM EBCDIC Italy" "FlashPix:CodePage:20284" "IBM EBCDIC Latin America-Spain"
+    "FlashPix:CodePage:20285" "IBM EBCDIC United Kingdom" "FlashPix:CodePage:20290"
+    "IBM EBCDIC Japanese Katakana Extended" "FlashPix:CodePage:20297" "IBM EBCDIC France"
+    "FlashPix:CodePage:20420" "IBM EBCDIC Arabic" "FlashPix:CodePage:20423" "IBM EBCDIC Greek"
+    "FlashPix:CodePage:20424" "IBM EBCDIC Hebrew" "FlashPix:CodePage:20833"
+    "IBM EBCDIC Korean Extended" "FlashPix:CodePage:20838" "IBM EBCDIC Thai"
+    "FlashPix:CodePage:20866" "Russian/Cyrillic (KOI8-R)" "FlashPix:CodePage:20871"
+    "IBM EBCDIC Icelandic" "FlashPix:CodePage:20880" "IBM EBCDIC Cyrillic Russian"
+    "FlashPix:CodePage:20905" "IBM EBCDIC Turkish" "FlashPix:CodePage:20924"
+    "IBM EBCDIC Latin 1/Open System with Euro" "FlashPix:CodePage:20932"
+    "Japanese (JIS 0208-1990 and 0121-1990)" "FlashPix:CodePage:20936" "Simplified Chinese (GB2312)"
+    "FlashPix:CodePage:20949" "Korean Wansung" "FlashPix:CodePage:21025"
+    "IBM EBCDIC Cyrillic Serbian-Bulgarian" "FlashPix:CodePage:21027"
+    "Extended Alpha Lowercase (deprecated)" "FlashPix:CodePage:21866" "Ukrainian/Cyrillic (KOI8-U)"
+    "FlashPix:CodePage:28591" "ISO 8859-1 Latin 1 (Western European)" "FlashPix:CodePage:28592"
+    "ISO 8859-2 (Central European)" "FlashPix:CodePage:28593" "ISO 8859-3 Latin 3"
+    "FlashPix:CodePage:28594" "ISO 8859-4 Baltic" "FlashPix:CodePage:28595" "ISO 8859-5 Cyrillic"
+    "FlashPix:CodePage:28596" "ISO 8859-6 Arabic" "FlashPix:CodePage:28597" "ISO 8859-7 Greek"
+    "FlashPix:CodePage:28598" "ISO 8859-8 Hebrew (Visual)" "FlashPix:CodePage:28599"
+    "ISO 8859-9 Turkish" "FlashPix:CodePage:28603" "ISO 8859-13 Estonian" "FlashPix:CodePage:28605"
+    "ISO 8859-15 Latin 9" "FlashPix:CodePage:29001" "Europa 3" "FlashPix:CodePage:37"
+    "IBM EBCDIC US-Canada" "FlashPix:CodePage:38598" "ISO 8859-8 Hebrew (Logical)"
+    "FlashPix:CodePage:437" "DOS United States" "FlashPix:CodePage:500" "IBM EBCDIC International"
+    "FlashPix:CodePage:50220" "ISO 2022 Japanese with no halfwidth Katakana (JIS)"
+    "FlashPix:CodePage:50221" "ISO 2022 Japanese with halfwidth Katakana (JIS-Allow 1 byte Kana)"
+    "FlashPix:CodePage:50222" "ISO 2022 Japanese JIS X 0201-1989 (JIS-Allow 1 byte Kana - SO/SI)"
+    "FlashPix:CodePage:50225" "ISO 2022 Korean" "FlashPix:CodePage:50227"
+    "ISO 2022 Simplified Chinese" "FlashPix:CodePage:50229" "ISO 2022 Traditional Chinese"
+    "FlashPix:CodePage:50930" "EBCDIC Japanese (Katakana) Extended" "FlashPix:CodePage:50931"
+    "EBCDIC US-Canada and Japanese" "FlashPix:CodePage:50933" "EBCDIC Korean Extended and Korean"
+    "FlashPix:CodePage:50935" "EBCDIC Simplified Chinese Extended and Simplified Chinese"
+    "FlashPix:CodePage:50936" "EBCDIC Simplified Chinese" "FlashPix:CodePage:50937"
+    "EBCDIC US-Canada and Traditional Chinese" "FlashPix:CodePage:50939"
+    "EBCDIC Japanese (Latin) Extended and Japanese" "FlashPix:CodePage:51932" "EUC Japanese"
+    "FlashPix:CodePage:51936" "EUC Simplified Chinese" "FlashPix:CodePage:51949" "EUC Korean"
+    "FlashPix:CodePage:51950" "EUC Traditional Chinese" "FlashPix:CodePage:52936"
+    "HZ-GB2312 Simplified Chinese" "FlashPix:CodePage:54936"
+    "Windows XP and later: GB18030 Simplified Chinese (4 byte)" "FlashPix:CodePage:57002"
+    "ISCII Devanagari" "FlashPix:CodePage:57003" "ISCII Bengali" "FlashPix:CodePage:57004"
+    "ISCII Tamil" "FlashPix:CodePage:57005" "ISCII Telugu" "FlashPix:CodePage:57006"
+    "ISCII Assamese" "FlashPix:CodePage:57007" "ISCII Oriya" "FlashPix:CodePage:57008"
+    "ISCII Kannada" "FlashPix:CodePage:57009" "ISCII Malayalam" "FlashPix:CodePage:57010"
+    "ISCII Gujarati" "FlashPix:CodePage:57011" "ISCII Punjabi" "FlashPix:CodePage:65000"
+    "Unicode (UTF-7)" "FlashPix:CodePage:65001" "Unicode (UTF-8)" "FlashPix:CodePage:708"
+    "Arabic (ASMO 708)" "FlashPix:CodePage:709" "Arabic (ASMO-449+, BCON V4)"
+    "FlashPix:CodePage:710" "Arabic - Transparent Arabic" "FlashPix:CodePage:720"
+    "DOS Arabic (Transparent ASMO)" "FlashPix:CodePage:737" "DOS Greek (formerly 437G)"
+    "FlashPix:CodePage:775" "DOS Baltic" "FlashPix:CodePage:850" "DOS Latin 1 (Western European)"
+    "FlashPix:CodePage:852" "DOS Latin 2 (Central European)" "FlashPix:CodePage:855"
+    "DOS Cyrillic (primarily Russian)" "FlashPix:CodePage:857" "DOS Turkish" "FlashPix:CodePage:858"
+    "DOS Multilingual Latin 1 with Euro" "FlashPix:CodePage:860" "DOS Portuguese"
+    "FlashPix:CodePage:861" "DOS Icelandic" "FlashPix:CodePage:862" "DOS Hebrew"
+    "FlashPix:CodePage:863" "DOS French Canadian" "FlashPix:CodePage:864" "DOS Arabic"
+    "FlashPix:CodePage:865" "DOS Nordic" "FlashPix:CodePage:866" "DOS Russian (Cyrillic)"
+    "FlashPix:CodePage:869" "DOS Modern Greek" "FlashPix:CodePage:870"
+    "IBM EBCDIC Multilingual/ROECE (Latin 2)" "FlashPix:CodePage:874"
+    "Windows Thai (same as 28605, ISO 8859-15)" "FlashPix:CodePage:875" "IBM EBCDIC Greek Modern"
+    "FlashPix:CodePage:932" "Windows Japanese (Shift-JIS)" "FlashPix:CodePage:936"
+    "Windows Simplified Chinese (PRC, Singapore)" "FlashPix:CodePage:949"
+    "Windows Korean (Unified Hangul Code)" "FlashPix:CodePage:950"
+    "Windows Traditional Chinese (Taiwan)" "FlashPix:ColorTwistMatrix" "Color Twist Matrix"
+    "FlashPix:CommentBy" "Comment By" "FlashPix:Comments" "FlashPix:CompObjUserType"
+    "Comp Obj User Type" "FlashPix:CompObjUserTypeLen" "Comp Obj User Type Len" "FlashPix:Company"
+    "FlashPix:ContentDescriptionNotes" "Content Description Notes" "FlashPix:ContentStatus"
+    "Content Status" "FlashPix:ContentType" "Content Type" "FlashPix:ContrastAdjustment"
+    "Contrast Adjustment" "FlashPix:Copyright" "FlashPix:CreateDate" "FlashPix:CreatedBy"
+    "FlashPix:CreatingApplication" "Creating Application" "FlashPix:CreatingTransform"
+    "Creating Transform" "FlashPix:CreationPathVector" "Creation Path Vector" "FlashPix:CurrentUser"
+    "Current User" "FlashPix:DataCreateDate" "Data Create Date" "FlashPix:DataModifyDate"
+    "Data Modify Date" "FlashPix:DataObjectID" "Data Object ID" "FlashPix:DataObjectStatus"
+    "Data Object Status" "FlashPix:DataObjectTitle" "Data Object Title" "FlashPix:DateTimeOriginal"
+    "FlashPix:DecimationMethod" "Decimation Method" "FlashPix:DecimationMethod:0"
+    "None (Full-sized Image)" "FlashPix:DecimationMethod:8" "8-point Prefilter"
+    "FlashPix:DecimationPrefilterWidth" "Decimation Prefilter Width" "FlashPix:DefaultDisplayHeight"
+    "Default Display Height" "FlashPix:DefaultDisplayWidth" "Default Display Width"
+    "FlashPix:Dictionary" "FlashPix:DigitalImageBroker" "Digital Image Broker"
+    "FlashPix:DisplayUnits" "Display Units" "FlashPix:DisplayUnits:0" "FlashPix:DisplayUnits:1"
+    "meters" "FlashPix:DisplayUnits:2" "FlashPix:DisplayUnits:3" "FlashPix:DocFlags" "Doc Flags"
+    "FlashPix:DocFlags:1" "FlashPix:DocFlags:1024" "Read only" "FlashPix:DocFlags:16384" "Far east"
+    "FlashPix:DocFlags:2" "AutoText only" "FlashPix:DocFlags:2048" "Passworded"
+    "FlashPix:DocFlags:256" "Encrypted" "FlashPix:DocFlags:32768" "Obfuscated" "FlashPix:DocFlags:4"
+    "Complex" "FlashPix:DocFlags:4096" "ExtChar" "FlashPix:DocFlags:512" "1Table"
+    "FlashPix:DocFlags:8" "Has picture" "FlashPix:DocFlags:8192" "Load override"
+    "FlashPix:DocVersion" "Doc Version" "FlashPix:DocumentID" "Document ID" "FlashPix:EmbeddedImage"
+    "FlashPix:EmbeddedImageClass" "Embedded Image Class" "FlashPix:EmbeddedImageRectangle"
+    "Embedded Image Rectangle" "FlashPix:Events" "FlashPix:ExposureCompensation"
+    "FlashPix:ExposureIndex" "FlashPix:ExposureProgram" "FlashPix:ExposureProgram:0"
+    "FlashPix:ExposureProgram:1" "FlashPix:ExposureProgram:2" "FlashPix:ExposureProgram:3"
+    "FlashPix:ExposureProgram:4" "FlashPix:ExposureProgram:5" "FlashPix:ExposureProgram:6"
+    "FlashPix:ExposureProgram:7" "FlashPix:ExposureProgram:8" "FlashPix:ExposureProgram:9"
+    "FlashPix:ExposureTime" "FlashPix:ExtensionClassID" "Extension Class ID"
+    "FlashPix:ExtensionCreateDate" "Extension Create Date" "FlashPix:ExtensionDescription"
+    "Extension Description" "FlashPix:ExtensionModifyDate" "Extension Modify Date"
+    "FlashPix:ExtensionName" "Extension Name" "FlashPix:ExtensionPersistence"
+    "Extension Persistence" "FlashPix:ExtensionPersistence:0" "Always Valid"
+    "FlashPix:ExtensionPersistence:1" "Invalidated By Modification"
+    "FlashPix:ExtensionPersistence:2" "Potentially Invalidated By Modification" "FlashPix:FNumber"
+    "FlashPix:FileSource" "FlashPix:FileSource:1" "FlashPix:FileSource:2" "FlashPix:FileSource:3"
+    "FlashPix:FileSource:4" "Video Capture" "FlashPix:FileSource:5" "Computer Graphics"
+    "FlashPix:FilmBrand" "Film Brand" "FlashPix:FilmCategory" "Film Category"
+    "FlashPix:FilmFrameNumber" "Film Frame Number" "FlashPix:FilmRollNumber" "Film Roll Number"
+    "FlashPix:FilmSize" "Film Size" "FlashPix:Filtering" "FlashPix:Flash" "FlashPix:Flash:1"
+    "FlashPix:Flash:2" "Flash Fired" "FlashPix:FlashEnergy" "FlashPix:FlashPixStreamFieldOffset"
+    "Flash Pix Stream Field Offset" "FlashPix:FlashPixStreamPathname" "Flash Pix Stream Pathname"
+    "FlashPix:FlashReturn" "Flash Return" "FlashPix:FlashReturn:1" "Subject Outside Flash Range"
+    "FlashPix:FlashReturn:2" "Subject Inside Flash Range" "FlashPix:FocalLength"
+    "FlashPix:FocalPlaneResolutionUnit" "FlashPix:FocalPlaneResolutionUnit:1"
+    "FlashPix:FocalPlaneResolutionUnit:2" "FlashPix:FocalPlaneResolutionUnit:3"
+    "FlashPix:FocalPlaneResolutionUnit:4" "FlashPix:FocalPlaneResolutionUnit:5"
+    "FlashPix:FocalPlaneXResolution" "FlashPix:FocalPlaneYResolution" "FlashPix:GroupCaption"
+    "Group Caption" "FlashPix:HeadingPairs" "Heading Pairs" "FlashPix:HiddenSlides" "Hidden Slides"
+    "FlashPix:HyperlinkBase" "Hyperlink Base" "FlashPix:Hyperlinks" "FlashPix:HyperlinksChanged"
+    "Hyperlinks Changed" "FlashPix:HyperlinksChanged:0" "FlashPix:HyperlinksChanged:1"
+    "FlashPix:ISO" "FlashPix:Identification" "FlashPix:Identification:25194" "Word 98 Mac"
+    "FlashPix:Identification:27234" "MS Word 97" "FlashPix:Identification:42460" "Word 6.0/7.0"
+    "FlashPix:Identification:42476" "Word 8.0" "FlashPix:ImageHeight" "FlashPix:ImageWidth"
+    "FlashPix:InputDataObjectList" "Input Data Object List" "FlashPix:IntellectualPropertyNotes"
+    "Intellectual Property Notes" "FlashPix:JPEGTables" "FlashPix:Keywords" "FlashPix:Language"
+    "FlashPix:LanguageCode" "FlashPix:LanguageCode:1024" "FlashPix:LanguageCode:1025"
+    "FlashPix:LanguageCode:1026" "FlashPix:LanguageCode:1027" "FlashPix:LanguageCode:1028"
+    "Traditional Chinese" "FlashPix:LanguageCode:1029" "FlashPix:LanguageCode:1030"
+    "FlashPix:LanguageCode:1031" "FlashPix:LanguageCode:1032" "FlashPix:LanguageCode:1033"
+    "English (US)" "FlashPix:LanguageCode:1034" "FlashPix:LanguageCode:1035"
+    "FlashPix:LanguageCode:1036" "FlashPix:LanguageCode:1037" "FlashPix:LanguageCode:1038"
+    "FlashPix:LanguageCode:1039" "FlashPix:LanguageCode:1040" "FlashPix:LanguageCode:1041"
+    "FlashPix:LanguageCode:1042" "FlashPix:LanguageCode:1043" "FlashPix:LanguageCode:1044"
+    "Norwegian (Bokmal)" "FlashPix:LanguageCode:1045" "FlashPix:LanguageCode:1046"
+    "FlashPix:LanguageCode:1047" "FlashPix:LanguageCode:1048" "FlashPix:LanguageCode:1049"
+    "FlashPix:LanguageCode:1050" "FlashPix:LanguageCode:1051" "FlashPix:LanguageCode:1052"
+    "FlashPix:LanguageCode:1053" "FlashPix:LanguageCode:1054" "FlashPix:LanguageCode:1055"
+    "FlashPix:LanguageCode:1056" "FlashPix:LanguageCode:1057" "Bahasa" "FlashPix:LanguageCode:1058"
+    "FlashPix:LanguageCode:1059" "Byelorussian" "FlashPix:LanguageCode:1060"
+    "FlashPix:LanguageCode:1061" "FlashPix:LanguageCode:1062" "FlashPix:LanguageCode:1063"
+    "FlashPix:LanguageCode:1065" "FlashPix:LanguageCode:1069" "FlashPix:LanguageCode:1071"
+    "FlashPix:LanguageCode:1078" "FlashPix:LanguageCode:1086" "Malaysian"
+    "FlashPix:LanguageCode:2052" "Simplified Chinese" "FlashPix:LanguageCode:2055"
+    "FlashPix:LanguageCode:2057" "FlashPix:LanguageCode:2058" "FlashPix:LanguageCode:2060"
+    "FlashPix:LanguageCode:2064" "FlashPix:LanguageCode:2067" "FlashPix:LanguageCode:2068"
+    "FlashPix:LanguageCode:2070" "FlashPix:LanguageCode:2074" "FlashPix:LanguageCode:3081"
+    "FlashPix:LanguageCode:3084" "FlashPix:LanguageCode:4108" "FlashPix:LastModifiedBy"
+    "Last Modified By" "FlashPix:LastModifier" "Last Modifier" "FlashPix:LastPrinted" "Last Printed"
+    "FlashPix:LastSavedBy" "Last Saved By" "FlashPix:LightSource" "FlashPix:LightSource:0"
+    "FlashPix:LightSource:1" "FlashPix:LightSource:10" "FlashPix:LightSource:11"
+    "FlashPix:LightSource:12" "FlashPix:LightSource:13" "FlashPix:LightSource:14"
+    "FlashPix:LightSource:15" "FlashPix:LightSource:16" "FlashPix:LightSource:17"
+    "FlashPix:LightSource:18" "FlashPix:LightSource:19" "FlashPix:LightSource:2"
+    "FlashPix:LightSource:20" "FlashPix:LightSource:21" "FlashPix:LightSource:22"
+    "FlashPix:LightSource:23" "FlashPix:LightSource:24" "FlashPix:LightSource:255"
+    "FlashPix:LightSource:3" "FlashPix:LightSource:4" "FlashPix:LightSource:9" "FlashPix:Lines"
+    "FlashPix:LinksUpToDate" "Links Up To Date" "FlashPix:LinksUpToDate:0"
+    "FlashPix:LinksUpToDate:1" "FlashPix:LocaleIndicator" "Locale Indicator"
+    "FlashPix:LockedPropertyList" "Locked Property List" "FlashPix:MMClips" "MM Clips"
+    "FlashPix:Make" "FlashPix:Manager" "FlashPix:MaxApertureValue" "FlashPix:MaxJPEGTableIndex"
+    "Max JPEG Table Index" "FlashPix:MaximumImageIndex" "Maximum Image Index"
+    "FlashPix:MaximumOperationIndex" "Maximum Operation Index" "FlashPix:MaximumTransformIndex"
+    "Maximum Transform Index" "FlashPix:MeteringMode" "FlashPix:MeteringMode:0"
+    "FlashPix:MeteringMode:1" "FlashPix:MeteringMode:2" "FlashPix:MeteringMode:255"
+    "FlashPix:MeteringMode:3" "FlashPix:MeteringMode:4" "FlashPix:MeteringMode:5"
+    "FlashPix:MeteringMode:6" "FlashPix:Model" "FlashPix:ModifyDate" "FlashPix:Notes"
+    "FlashPix:NumChannels" "Num Channels" "FlashPix:NumberOfResolutions" "Number Of Resolutions"
+    "FlashPix:OperationClassID" "Operation Class ID" "FlashPix:OperationID" "Operation ID"
+    "FlashPix:OperationNumber" "Operation Number" "FlashPix:Opto-ElectricConvFactor"
+    "FlashPix:OriginalDocumentSize" "Original Document Size" "FlashPix:OriginalImageBroker"
+    "Original Image Broker" "FlashPix:OriginalMedium" "Original Medium" "FlashPix:OriginalMedium:1"
+    "Continuous Tone Image" "FlashPix:OriginalMedium:2" "Halftone Image" "FlashPix:OriginalMedium:3"
+    "FlashPix:OriginalScannedImageSize" "Original Scanned Image Size"
+    "FlashPix:OutputDataObjectList" "Output Data Object List" "FlashPix:Pages" "FlashPix:Paragraphs"
+    "FlashPix:People" "FlashPix:PerPictureNotes" "Per Picture Notes" "FlashPix:Places"
+    "FlashPix:PresentationTarget" "Presentation Target" "FlashPix:PreviewImage"
+    "FlashPix:PreviewImageHeight" "Preview Image Height" "FlashPix:PreviewImageWidth"
+    "Preview Image Width" "FlashPix:PropertySetIDCodes" "Property Set ID Codes"
+    "FlashPix:PropertySetPathname" "Property Set Pathname" "FlashPix:PropertyVectorElements"
+    "Property Vector Elements" "FlashPix:RectangleOfInterest" "Rectangle Of Interest"
+    "FlashPix:ResultAspectRatio" "Result Aspect Ratio" "FlashPix:RevisionNumber" "Revision Number"
+    "FlashPix:ScaleCrop" "Scale Crop" "FlashPix:ScaleCrop:0" "FlashPix:ScaleCrop:1"
+    "FlashPix:ScanDate" "Scan Date" "FlashPix:ScanOperatorID" "Scan Operator ID"
+    "FlashPix:ScanSoftware" "Scan Software" "FlashPix:ScanSoftwareRevisionDate"
+    "Scan Software Revision Date" "FlashPix:ScannerMake" "Scanner Make" "FlashPix:ScannerModel"
+    "Scanner Model" "FlashPix:ScannerPixelSize" "Scanner Pixel Size" "FlashPix:ScannerSerialNumber"
+    "Scanner Serial Number" "FlashPix:SceneType" "FlashPix:SceneType:1" "Original Scene"
+    "FlashPix:SceneType:2" "Second Generation Scene" "FlashPix:SceneType:3"
+    "Digital Scene Generation" "FlashPix:ScreenNail" "Screen Nail" "FlashPix:Security"
+    "FlashPix:Security:0" "FlashPix:Security:1" "Password protected" "FlashPix:Security:2"
+    "Read-only recommended" "FlashPix:Security:4" "Read-only enforced" "FlashPix:Security:8"
+    "Locked for annotations" "FlashPix:SensingMethod" "FlashPix:SensingMethod:1" "Monochrome area"
+    "FlashPix:SensingMethod:2" "FlashPix:SensingMethod:3" "FlashPix:SensingMethod:4"
+    "FlashPix:SensingMethod:5" "FlashPix:SensingMethod:6" "FlashPix:SensingMethod:7"
+    "FlashPix:SensingMethod:8" "FlashPix:SerialNumber" "FlashPix:ServiceOrganizationName"
+    "Service Organization Name" "FlashPix:SharedDoc" "Shared Doc" "FlashPix:SharedDoc:0"
+    "FlashPix:SharedDoc:1" "FlashPix:SharpnessApproximation" "Sharpness Approximation"
+    "FlashPix:Slides" "FlashPix:Software" "FlashPix:SoftwareRelease" "Software Release"
+    "FlashPix:SpatialFrequencyResponse" "FlashPix:SpatialOrientation" "Spatial Orientation"
+    "FlashPix:SpecialEffectsOpticalFilter" "Special Effects Optical Filter"
+    "FlashPix:SpecialEffectsOpticalFilter:1" "FlashPix:SpecialEffectsOpticalFilter:2" "Colored"
+    "FlashPix:SpecialEffectsOpticalFilter:3" "Diffusion" "FlashPix:SpecialEffectsOpticalFilter:4"
+    "Multi-image" "FlashPix:SpecialEffectsOpticalFilter:5" "Polarizing"
+    "FlashPix:SpecialEffectsOpticalFilter:6" "Split-field" "FlashPix:SpecialEffectsOpticalFilter:7"
+    "Star" "FlashPix:Storage-StreamPathname" "Storage-Stream Pathname" "FlashPix:SubimageColor"
+    "Subimage Color" "FlashPix:SubimageColor:01 0000" "Opacity Only"
+    "FlashPix:SubimageColor:01 0001" "Monochrome" "FlashPix:SubimageColor:01 8000"
+    "Opacity Only (uncalibrated)" "FlashPix:SubimageColor:01 8001" "Monochrome (uncalibrated)"
+    "FlashPix:SubimageColor:03 0002" "FlashPix:SubimageColor:03 0003"
+    "FlashPix:SubimageColor:03 8002" "YCbCr (uncalibrated)" "FlashPix:SubimageColor:03 8003"
+    "RGB (uncalibrated)" "FlashPix:SubimageColor:04 0002" "YCbCr with Opacity"
+    "FlashPix:SubimageColor:04 0003" "RGB with Opacity" "FlashPix:SubimageColor:04 8002"
+    "YCbCr with Opacity (uncalibrated)" "FlashPix:SubimageColor:04 8003"
+    "RGB with Opacity (uncalibrated)" "FlashPix:SubimageHeight" "Subimage Height"
+    "FlashPix:SubimageICC_Profile" "Subimage ICC Profile" "FlashPix:SubimageNumericalFormat"
+    "Subimage Numerical Format" "FlashPix:SubimageNumericalFormat:17" "8-bit, Unsigned"
+    "FlashPix:SubimageNumericalFormat:18" "16-bit, Unsigned" "FlashPix:SubimageNumericalFormat:19"
+    "32-bit, Unsigned" "FlashPix:SubimageResolutions" "Subimage Resolutions"
+    "FlashPix:SubimageTileCount" "Subimage Tile Count" "FlashPix:SubimageTileHeight"
+    "Subimage Tile Height" "FlashPix:SubimageTileWidth" "Subimage Tile Width"
+    "FlashPix:SubimageWidth" "Subimage Width" "FlashPix:Subject" "FlashPix:SubjectDistance"
+    "FlashPix:SubjectLocation" "FlashPix:System" "FlashPix:System:0" "Windows" "FlashPix:System:1"
+    "Macintosh" "FlashPix:Table0" "Table 0" "FlashPix:Table1" "Table 1" "FlashPix:TableOffsets"
+    "Table Offsets" "FlashPix:Template" "FlashPix:TestTarget" "Test Target" "FlashPix:TestTarget:1"
+    "Color Chart" "FlashPix:TestTarget:2" "Gray Card" "FlashPix:TestTarget:3"
+    "FlashPix:TestTarget:4" "Resolution Chart" "FlashPix:TestTarget:5" "Inch Scale"
+    "FlashPix:TestTarget:6" "Centimeter Scale" "FlashPix:TestTarget:7" "Millimeter Scale"
+    "FlashPix:TestTarget:8" "Micrometer Scale" "FlashPix:Things" "FlashPix:ThumbnailClip"
+    "Thumbnail Clip" "FlashPix:Title" "FlashPix:TitleOfParts" "Title Of Parts"
+    "FlashPix:TotalEditTime" "Total Edit Time" "FlashPix:TransformCreateDate"
+    "Transform Create Date" "FlashPix:TransformModifyDate" "Transform Modify Date"
+    "FlashPix:TransformNodeID" "Transform Node ID" "FlashPix:TransformTitle" "Transform Title"
+    "FlashPix:TransformedImageTitle" "Transformed Image Title" "FlashPix:TypeOfOriginal"
+    "Type Of Original" "FlashPix:TypeOfOriginal:1" "B&W Print" "FlashPix:TypeOfOriginal:2"
+    "Color Print" "FlashPix:TypeOfOriginal:3" "B&W Document" "FlashPix:TypeOfOriginal:4"
+    "Color Document" "FlashPix:UsedExtensionNumbers" "Used Extension Numbers"
+    "FlashPix:UserDefinedID" "User Defined ID" "FlashPix:UsingTransforms" "Using Transforms"
+    "FlashPix:VisibleOutputs" "Visible Outputs" "FlashPix:Word97" "Word 97" "FlashPix:Word97:0"
+    "FlashPix:Word97:1" "FlashPix:Words" "类别" "Contre-jour" "Lumière frontale" "Rétroéclairage 1"
+    "Catégorie" "Utilisateur courant" "Pouce" "Capture vidéo" "Infographie" "Retour de flash"
+    "Sujet hors de porté du flash" "Sujet en porté du flash" "Langage" "Chinois traditionnel"
+    "Anglais (US)" "Norvégien (Bokmal)" "Biélorusse" "Malaysien" "Chinois simplifié"
+    "Nombre de canaux" "Personnes" "Hauteur de l'aperçu" "Numéro de révision"
+    "Logiciel de numérisation" "Date de révision du logiciel de numérisation" "Fabricant du scanner"
+    "Modèle du scanner" "Numéro de série du scanner" "Scène originale"
+    "Scène de deuxième génération" "Génération d'une scène numérique" "Capteur monochrome" "Système"
+    "Hintergrundbeleuchtung" "Kategorie" "Unicode UTF-16, Little-endian"
+    "Unicode UTF-32, Little-endian" "Unicode UTF-32, Big-endian" "Unicode UTF-16, Big-endian"
+    "Kontrastkorrektur" "Default Anzeigehöhe" "Default Anzeigebreite" "Anzeigeeinheit" "Meter"
+    "Blitz Reflexion" "Objekt ausserhalb der Blitzreichweite" "Objekt innerhalb der Blitzreichweite"
+    "Größter Index JPEG Tabellen" "Hinweise" "Anzahl Kanäle" "Menschen" "Vorschaubild-Höhe"
+    "Vorschaubild-Breite" "Revisionsnummer" "Sicherheit" "Passwort geschützt"
+    "Nur Lesen - vorgeschlagen" "Nur Lesen - erzwungen" "Gesperrt für Anmerkungen"
+    "Monochrom-Sensor" "Spezialeffekt Filter" "Keiner" "Farbfilter" "Diffusionsfilter"
+    "Mehrfachbildfilter" "Polarisationsfilter" "Splitfilter" "Sternenfilter" "Monochrom"
+    "Schwarz-Weiß Druck" "Farbdruck" "Schwarz-Weiß Dokument" "Farb Dokument" "Categoria" "Caratteri"
+    "Russo/Cirillico (KOI8-R)" "Giapponese (JIS 0208-1990 e 0121-1990)" "Eventi"
+    "Potenzialmente invalidato per modifica" "Flash emesso" "Ritorno flash" "Lingua" "Linee"
+    "Numero canali" "Altezza immagine anteprima" "Larghezza immagine anteprima" "Numero revisione"
+    "Sicurezza" "Nome organizzazione servizio" "Stella" "RGB (non calibrato)" "RGB con opacità"
+    "RGB con opacità (non calibrato)" "Modello" "Titolo parti" "カテゴリー" "人々" "モノクロエリアセンサー" "モノトーン"
+    "Categoría" "Idioma" "Número Canales" "Número Revisión" "Sensor monocromo" "Monocromo"
+    "Ascender" "CapHeight" "Descender" "EncodingScheme" "EscChar" "FontFamily" "FontName" "FullName"
+    "IsBaseFont" "IsFixedV" "MappingScheme" "Notice" "Version" "Weight" "XHeight" "NumFonts"
+    "PostScriptFontName" "FontSubfamily" "FontSubfamilyID" "NameTableVersion" "Trademark"
+    "Manufacturer" "Designer" "Description" "VendorURL" "DesignerURL" "License" "LicenseInfoURL"
+    "PreferredFamily" "PreferredSubfamily" "CompatibleFontName" "SampleText" "WWSFamilyName"
+    "WWSSubfamilyName" "PFMVersion" "FontType" "PointSize" "Ascent" "InternalLeading"
+    "ExternalLeading" "Italic" "Underline" "Strikeout" "PixWidth" "PixHeight" "PitchAndFamily"
+    "AvgWidth" "MaxWidth" "FirstChar" "LastChar" "DefaultChar" "BreakChar" "WidthBytes" "FSType"
+    "ItalicAngle" "UnderlinePosition" "UnderlineThickness" "IsFixedPitch" "Font:Ascender"
+    "Font:Ascent" "Font:AvgWidth" "Avg Width" "Font:BreakChar" "Break Char" "Font:CapHeight"
+    "Cap Height" "Font:CharacterSet" "Font:Characters" "Font:CompatibleFontName"
+    "Compatible Font Name" "Font:Copyright" "Font:CreateDate" "Font:DefaultChar" "Default Char"
+    "Font:Descender" "Font:Description" "Font:Designer" "Font:DesignerURL" "Designer URL"
+    "Font:EncodingScheme" "Encoding Scheme" "Font:EscChar" "Esc Char" "Font:ExternalLeading"
+    "External Leading" "Font:FSType" "FS Type" "Font:FirstChar" "First Char" "Font:FontFamily"
+    "Font Family" "Font:FontName" "Font Name" "Font:FontSubfamily" "Font Subfamily"
+    "Font:FontSubfamilyID" "Font Subfamily ID" "Font:FontType" "Font Type" "Font:FullName"
+    "Full Name" "Font:InternalLeading" "Internal Leading" "Font:IsBaseFont" "Is Base Font"
+    "Font:IsFixedPitch" "Is Fixed Pitch" "Font:IsFixedV" "Is Fixed V" "Font:Italic"
+    "Font:ItalicAngle" "Italic Angle" "Font:LastChar" "Last Char" "Font:License"
+    "Font:LicenseInfoURL" "License Info URL" "Font:Manufacturer" "Font:MappingScheme"
+    "Mapping Scheme" "Font:MaxWidth" "Max Width" "Font:NameTableVersion" "Name Table Version"
+    "Font:Notice" "Font:NumFonts" "Num Fonts" "Font:PFMVersion" "PFM Version" "Font:PitchAndFamily"
+    "Pitch And Family" "Font:PixHeight" "Pix Height" "Font:PixWidth" "Pix Width" "Font:PointSize"
+    "Point Size" "Font:PostScriptFontName" "PostScript Font Name" "Font:PreferredFamily"
+    "Preferred Family" "Font:PreferredSubfamily" "Preferred Subfamily" "Font:SampleText"
+    "Sample Text" "Font:Strikeout" "Font:Trademark" "Font:Underline" "Font:UnderlinePosition"
+    "Underline Position" "Font:UnderlineThickness" "Underline Thickness" "Font:VendorURL"
+    "Vendor URL" "Font:Version" "Font:WWSFamilyName" "WWS Family Name" "Font:WWSSubfamilyName"
+    "WWS Subfamily Name" "Font:Weight" "Font:WidthBytes" "Width Bytes" "Font:XHeight" "X Height"
+    "Font:XResolution" "Font:YResolution" "版本" "Nom de police compatible" "Type FS" "Nom complet"
+    "Nombre de polices" "Beschreibung" "Lizenz" "Descrizione" "Schema di codifica" "Primo carattere"
+    "Tipo di carattere" "Nome carattere" "Sottotipo di carattere" "ID sottotipo di carattere"
+    "Corsivo" "Licenza" "Nome carattere PostScript" "Famiglia preferita" "Sotto-famiglia preferita"
+    "Testo d'esempio" "Numero versione immagine" "説明" "バージョン" "Descripción" "Versión PrintIM"
+    "OriginalImageWidth" "OriginalImageHeight" "ColorPlanes" "XYResolution" "Rotation"
+    "CropRotation" "FotoStation:ColorPlanes" "Color Planes" "FotoStation:CropBottom"
+    "FotoStation:CropLeft" "FotoStation:CropRight" "FotoStation:CropRotation" "Crop Rotation"
+    "FotoStation:CropTop" "FotoStation:OriginalImageHeight" "Original Image Height"
+    "FotoStation:OriginalImageWidth" "Original Image Width" "FotoStation:PreviewImage"
+    "FotoStation:Rotation" "FotoStation:ThumbnailImage" "FotoStation:XYResolution" "XY Resolution"
+    "Recadrage de la rotation" "Farbebenen" "Ausschnitt Drehung" "Bildbreite Original"
+    "XY Auflösung" "Rotazione" "回転" "Rotación";
 
 // DJI: 46 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDJI[] = {
-    {{0, 12}, TagType::string, 0, 0, 0, 0},
-    {{12, 11}, TagType::string, 0, 0, 0, 0},
-    {{23, 12}, TagType::string, 0, 0, 0, 0},
-    {{35, 12}, TagType::string, 0, 0, 0, 0},
-    {{47, 11}, TagType::string, 0, 0, 0, 0},
-    {{58, 15}, TagType::string, 0, 0, 0, 0},
-    {{73, 23}, TagType::string, 0, 0, 0, 0},
-    {{96, 24}, TagType::string, 0, 0, 0, 0},
-    {{120, 16}, TagType::string, 0, 0, 0, 0},
-    {{136, 11}, TagType::string, 0, 0, 0, 0},
-    {{147, 12}, TagType::string, 0, 0, 0, 0},
-    {{159, 9}, TagType::string, 0, 0, 0, 0},
-    {{168, 18}, TagType::string, 0, 0, 0, 0},
-    {{186, 8}, TagType::string, 0, 0, 0, 0},
-    {{194, 6}, TagType::string, 0, 0, 0, 0},
-    {{200, 4}, TagType::string, 2, 0, 0, 0},
-    {{204, 6}, TagType::float_, 2, 0, 0, 0},
-    {{210, 6}, TagType::float_, 2, 0, 0, 0},
-    {{216, 6}, TagType::float_, 2, 0, 0, 0},
-    {{222, 5}, TagType::float_, 2, 0, 0, 0},
-    {{227, 3}, TagType::float_, 2, 0, 0, 0},
-    {{230, 4}, TagType::float_, 2, 0, 0, 0},
-    {{234, 11}, TagType::float_, 2, 0, 0, 0},
-    {{245, 9}, TagType::float_, 2, 0, 0, 0},
-    {{254, 10}, TagType::float_, 2, 0, 0, 0},
-    {{264, 2}, TagType::float_, 0, 0, 0, 0},
-    {{266, 2}, TagType::float_, 0, 0, 0, 0},
-    {{268, 2}, TagType::float_, 0, 0, 0, 0},
-    {{270, 2}, TagType::float_, 0, 0, 0, 0},
-    {{272, 2}, TagType::float_, 0, 0, 0, 0},
-    {{274, 2}, TagType::float_, 0, 0, 0, 0},
-    {{276, 2}, TagType::float_, 0, 0, 0, 0},
-    {{278, 14}, TagType::float_, 0, 0, 0, 0},
-    {{292, 16}, TagType::float_, 0, 0, 0, 0},
-    {{308, 10}, TagType::float_, 0, 0, 0, 0},
-    {{318, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{328, 18}, TagType::float_, 0, 0, 0, 0},
-    {{346, 2}, TagType::int32s, 0, 0, 0, 0},
-    {{348, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{350, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{352, 2}, TagType::int16u, 0, 0, 0, 0},
-    {{354, 20}, TagType::float_, 0, 0, 0, 0},
-    {{374, 8}, TagType::string, 0, 16, 0, 0},
-    {{382, 11}, TagType::string, 8, 0, 0, 0},
-    {{393, 18}, TagType::string, 8, 0, 0, 0},
-    {{411, 8}, TagType::string, 0, 0, 0, 0},
+    {{0, 12}, TagType::string, 0, 0, 0, 0},  // FlightDegree
+    {{12, 11}, TagType::string, 0, 0, 0, 0},  // FlightSpeed
+    {{23, 12}, TagType::string, 0, 0, 0, 0},  // GimbalDegree
+    {{35, 12}, TagType::string, 0, 0, 0, 0},  // ADJDebugInfo
+    {{47, 11}, TagType::string, 0, 0, 0, 0},  // AEDebugInfo
+    {{58, 15}, TagType::string, 0, 0, 0, 0},  // AEHistogramInfo
+    {{73, 23}, TagType::string, 0, 0, 0, 0},  // AELiveViewHistogramInfo
+    {{96, 24}, TagType::string, 0, 0, 0, 0},  // AELiveViewLocalHistogram
+    {{120, 16}, TagType::string, 0, 0, 0, 0},  // AELocalHistogram
+    {{136, 11}, TagType::string, 0, 0, 0, 0},  // AFDebugInfo
+    {{147, 12}, TagType::string, 0, 0, 0, 0},  // AWBDebugInfo
+    {{159, 9}, TagType::string, 0, 0, 0, 0},  // Histogram
+    {{168, 18}, TagType::string, 0, 0, 0, 0},  // HyperlapsDebugInfo
+    {{186, 8}, TagType::string, 0, 0, 0, 0},  // SensorID
+    {{194, 6}, TagType::string, 0, 0, 0, 0},  // Xidiri
+    {{200, 4}, TagType::string, 2, 0, 0, 0},  // Make
+    {{204, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedX
+    {{210, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedY
+    {{216, 6}, TagType::float_, 2, 0, 0, 0},  // SpeedZ
+    {{222, 5}, TagType::float_, 2, 0, 0, 0},  // Pitch
+    {{227, 3}, TagType::float_, 2, 0, 0, 0},  // Yaw
+    {{230, 4}, TagType::float_, 2, 0, 0, 0},  // Roll
+    {{234, 11}, TagType::float_, 2, 0, 0, 0},  // CameraPitch
+    {{245, 9}, TagType::float_, 2, 0, 0, 0},  // CameraYaw
+    {{254, 10}, TagType::float_, 2, 0, 0, 0},  // CameraRoll
+    {{264, 2}, TagType::float_, 0, 0, 0, 0},  // K1
+    {{266, 2}, TagType::float_, 0, 0, 0, 0},  // K2
+    {{268, 2}, TagType::float_, 0, 0, 0, 0},  // K3
+    {{270, 2}, TagType::float_, 0, 0, 0, 0},  // K4
+    {{272, 2}, TagType::float_, 0, 0, 0, 0},  // KF
+    {{274, 2}, TagType::float_, 0, 0, 0, 0},  // B1
+    {{276, 2}, TagType::float_, 0, 0, 0, 0},  // B2
+    {{278, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
+    {{292, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
+    {{308, 10}, TagType::float_, 0, 0, 0, 0},  // Emissivity
+    {{318, 10}, TagType::int16u, 0, 0, 0, 0},  // Reflection
+    {{328, 18}, TagType::float_, 0, 0, 0, 0},  // AmbientTemperature
+    {{346, 2}, TagType::int32s, 0, 0, 0, 0},  // D2
+    {{348, 2}, TagType::int16u, 0, 0, 0, 0},  // KJ
+    {{350, 2}, TagType::int16u, 0, 0, 0, 0},  // DB
+    {{352, 2}, TagType::int16u, 0, 0, 0, 0},  // KK
+    {{354, 20}, TagType::float_, 0, 0, 0, 0},  // ReflectedTemperature
+    {{374, 8}, TagType::string, 0, 16, 0, 0},  // IDString
+    {{382, 11}, TagType::string, 8, 0, 0, 0},  // ThermalData
+    {{393, 18}, TagType::string, 8, 0, 0, 0},  // ThermalCalibration
+    {{411, 8}, TagType::string, 0, 0, 0, 0},  // DJI_DTAT
 };
 constexpr detail::StringRow kStringsEnglishDJI[] = {
     {{419, 16}, {435, 14}},
@@ -2532,24 +2655,25 @@ constinit detail::StreamTags gTagsDJI("DJI", kText, kTagsDJI, kKeyOrderDJI, {}, 
 
 // DNG: 17 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDNG[] = {
-    {{1654, 5}, TagType::var_string, 0, 0, 0, 0},
-    {{1659, 7}, TagType::var_string, 0, 0, 0, 0},
-    {{1666, 12}, TagType::var_string, 0, 0, 0, 0},
-    {{1678, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{1686, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{1694, 8}, TagType::int8u, 0, 0, 0, 2},
-    {{1702, 16}, TagType::string, 8, 0, 0, 0},
-    {{1718, 19}, TagType::string, 8, 0, 0, 0},
-    {{1737, 19}, TagType::string, 0, 0, 0, 0},
-    {{1756, 18}, TagType::string, 0, 0, 0, 0},
-    {{1774, 16}, TagType::string, 8, 0, 0, 0},
-    {{1790, 19}, TagType::string, 8, 0, 0, 0},
-    {{1809, 19}, TagType::string, 0, 0, 0, 0},
-    {{1828, 18}, TagType::string, 0, 0, 0, 0},
-    {{1846, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{1856, 12}, TagType::int16u, 0, 0, 0, 2},
-    {{1868, 18}, TagType::float_, 0, 0, 0, 0},
+    {{1654, 5}, TagType::var_string, 0, 0, 0, 0},  // SeqID
+    {{1659, 7}, TagType::var_string, 0, 0, 0, 0},  // SeqType
+    {{1666, 12}, TagType::var_string, 0, 0, 0, 0},  // SeqFrameInfo
+    {{1678, 8}, TagType::int32u, 0, 0, 0, 0},  // SeqIndex
+    {{1686, 8}, TagType::int32u, 0, 0, 0, 0},  // SeqCount
+    {{1694, 8}, TagType::int8u, 0, 0, 0, 2},  // SeqFinal
+    {{1702, 16}, TagType::string, 8, 0, 0, 0},  // OriginalRawImage
+    {{1718, 19}, TagType::string, 8, 0, 0, 0},  // OriginalRawResource
+    {{1737, 19}, TagType::string, 0, 0, 0, 0},  // OriginalRawFileType
+    {{1756, 18}, TagType::string, 0, 0, 0, 0},  // OriginalRawCreator
+    {{1774, 16}, TagType::string, 8, 0, 0, 0},  // OriginalTHMImage
+    {{1790, 19}, TagType::string, 8, 0, 0, 0},  // OriginalTHMResource
+    {{1809, 19}, TagType::string, 0, 0, 0, 0},  // OriginalTHMFileType
+    {{1828, 18}, TagType::string, 0, 0, 0, 0},  // OriginalTHMCreator
+    {{1846, 10}, TagType::int16u, 0, 0, 0, 0},  // PDRVersion
+    {{1856, 12}, TagType::int16u, 0, 0, 0, 2},  // DynamicRange
+    {{1868, 18}, TagType::float_, 0, 0, 0, 0},  // HintMaxOutputValue
 };
 constexpr detail::TextRef kChoicesDNG[] = {
     {1886, 1}, {1887, 1},
@@ -2609,20 +2733,21 @@ constinit detail::StreamTags gTagsDNG("DNG", kText, kTagsDNG, kKeyOrderDNG, kCho
 
 // DV: 13 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDV[] = {
-    {{2828, 11}, TagType::string, 0, 0, 0, 0},
-    {{2839, 18}, TagType::string, 0, 0, 0, 0},
-    {{2857, 13}, TagType::string, 0, 0, 0, 0},
-    {{2870, 15}, TagType::string, 0, 0, 0, 0},
-    {{2885, 11}, TagType::string, 0, 0, 0, 0},
-    {{2896, 16}, TagType::string, 0, 0, 0, 0},
-    {{2912, 8}, TagType::string, 0, 0, 0, 0},
-    {{2920, 9}, TagType::string, 0, 0, 0, 0},
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},
-    {{2950, 12}, TagType::string, 0, 0, 0, 0},
-    {{2962, 11}, TagType::string, 0, 0, 0, 0},
-    {{2973, 13}, TagType::string, 0, 0, 0, 0},
+    {{2828, 11}, TagType::string, 0, 0, 0, 0},  // AspectRatio
+    {{2839, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
+    {{2857, 13}, TagType::string, 0, 0, 0, 0},  // AudioChannels
+    {{2870, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
+    {{2885, 11}, TagType::string, 0, 0, 0, 0},  // Colorimetry
+    {{2896, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{2912, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{2920, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{2950, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
+    {{2962, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
+    {{2973, 13}, TagType::string, 0, 0, 0, 0},  // VideoScanType
 };
 constexpr detail::StringRow kStringsEnglishDV[] = {
     {{2986, 14}, {3000, 12}},
@@ -2692,47 +2817,48 @@ constinit detail::StreamTags gTagsDV("DV", kText, kTagsDV, kKeyOrderDV, {}, gIte
 
 // DjVu: 40 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDjVu[] = {
-    {{3870, 11}, TagType::string, 0, 4, 0, 6},
-    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{3881, 11}, TagType::int8u, 0, 2, 0, 0},
-    {{3892, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{3909, 5}, TagType::int8u, 0, 0, 0, 0},
-    {{3914, 11}, TagType::int8u, 0, 0, 6, 4},
-    {{3925, 14}, TagType::string, 0, 0, 0, 0},
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},
-    {{3955, 7}, TagType::string, 0, 0, 0, 0},
-    {{3962, 8}, TagType::string, 0, 0, 0, 0},
-    {{3970, 10}, TagType::string, 0, 0, 0, 0},
-    {{3980, 8}, TagType::string, 0, 0, 0, 0},
-    {{3988, 7}, TagType::string, 0, 0, 0, 0},
-    {{3995, 5}, TagType::string, 0, 0, 0, 0},
-    {{4000, 7}, TagType::string, 0, 0, 0, 0},
-    {{4007, 7}, TagType::string, 0, 0, 0, 0},
-    {{4014, 10}, TagType::string, 0, 0, 0, 0},
-    {{4024, 9}, TagType::string, 0, 0, 0, 0},
-    {{4033, 7}, TagType::string, 0, 0, 0, 0},
-    {{4040, 8}, TagType::string, 0, 0, 0, 0},
-    {{4048, 7}, TagType::string, 0, 0, 0, 0},
-    {{4055, 6}, TagType::string, 0, 0, 0, 0},
-    {{4061, 12}, TagType::string, 0, 0, 0, 0},
-    {{4073, 11}, TagType::string, 0, 0, 0, 0},
-    {{4084, 7}, TagType::string, 0, 0, 0, 0},
-    {{4091, 3}, TagType::string, 0, 0, 0, 0},
-    {{4094, 5}, TagType::string, 0, 0, 0, 0},
-    {{4099, 4}, TagType::string, 0, 0, 0, 0},
-    {{4103, 6}, TagType::string, 0, 0, 0, 0},
-    {{4109, 12}, TagType::string, 0, 0, 0, 0},
-    {{4121, 5}, TagType::string, 0, 0, 0, 0},
-    {{4126, 9}, TagType::string, 0, 0, 0, 0},
-    {{4135, 6}, TagType::string, 0, 0, 0, 0},
-    {{4141, 6}, TagType::string, 0, 0, 0, 0},
-    {{4147, 4}, TagType::string, 0, 0, 0, 0},
-    {{4151, 3}, TagType::string, 0, 0, 0, 0},
-    {{4154, 6}, TagType::string, 0, 0, 0, 0},
-    {{4160, 4}, TagType::string, 0, 0, 0, 0},
+    {{3870, 11}, TagType::string, 0, 4, 0, 6},  // SubfileType
+    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
+    {{3881, 11}, TagType::int8u, 0, 2, 0, 0},  // DjVuVersion
+    {{3892, 17}, TagType::int16u, 0, 0, 0, 0},  // SpatialResolution
+    {{3909, 5}, TagType::int8u, 0, 0, 0, 0},  // Gamma
+    {{3914, 11}, TagType::int8u, 0, 0, 6, 4},  // Orientation
+    {{3925, 14}, TagType::string, 0, 0, 0, 0},  // IncludedFileID
+    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{3955, 7}, TagType::string, 0, 0, 0, 0},  // Creator
+    {{3962, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{3970, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
+    {{3980, 8}, TagType::string, 0, 0, 0, 0},  // Producer
+    {{3988, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{3995, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{4000, 7}, TagType::string, 0, 0, 0, 0},  // Trapped
+    {{4007, 7}, TagType::string, 0, 0, 0, 0},  // Address
+    {{4014, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
+    {{4024, 9}, TagType::string, 0, 0, 0, 0},  // BookTitle
+    {{4033, 7}, TagType::string, 0, 0, 0, 0},  // Chapter
+    {{4040, 8}, TagType::string, 0, 0, 0, 0},  // CrossRef
+    {{4048, 7}, TagType::string, 0, 0, 0, 0},  // Edition
+    {{4055, 6}, TagType::string, 0, 0, 0, 0},  // EPrint
+    {{4061, 12}, TagType::string, 0, 0, 0, 0},  // HowPublished
+    {{4073, 11}, TagType::string, 0, 0, 0, 0},  // Institution
+    {{4084, 7}, TagType::string, 0, 0, 0, 0},  // Journal
+    {{4091, 3}, TagType::string, 0, 0, 0, 0},  // Key
+    {{4094, 5}, TagType::string, 0, 0, 0, 0},  // Month
+    {{4099, 4}, TagType::string, 0, 0, 0, 0},  // Note
+    {{4103, 6}, TagType::string, 0, 0, 0, 0},  // Number
+    {{4109, 12}, TagType::string, 0, 0, 0, 0},  // Organization
+    {{4121, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{4126, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{4135, 6}, TagType::string, 0, 0, 0, 0},  // School
+    {{4141, 6}, TagType::string, 0, 0, 0, 0},  // Series
+    {{4147, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{4151, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{4154, 6}, TagType::string, 0, 0, 0, 0},  // Volume
+    {{4160, 4}, TagType::string, 0, 0, 0, 0},  // Year
 };
 constexpr detail::TextRef kChoicesDjVu[] = {
     {4164, 4}, {4168, 4}, {4172, 4}, {4176, 4}, {4180, 4}, {4184, 4}, {1887, 1}, {4188, 1},
@@ -2945,10 +3071,11 @@ constinit detail::StreamTags gTagsDjVu("DjVu", kText, kTagsDjVu, kKeyOrderDjVu, 
 
 // Ducky: 3 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsDucky[] = {
-    {{6836, 7}, TagType::int32u, 2, 0, 0, 0},
-    {{6843, 7}, TagType::string, 2, 0, 0, 0},
-    {{6850, 9}, TagType::string, 2, 0, 0, 0},
+    {{6836, 7}, TagType::int32u, 2, 0, 0, 0},  // Quality
+    {{6843, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{6850, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
 };
 constexpr detail::StringRow kStringsEnglishDucky[] = {
     {{6859, 13}, {6843, 7}},
@@ -2994,53 +3121,54 @@ constinit detail::StreamTags gTagsDucky("Ducky", kText, kTagsDucky, kKeyOrderDuc
 
 // EXE: 46 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsEXE[] = {
-    {{3945, 10}, TagType::string, 0, 12, 0, 0},
-    {{7120, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{7130, 12}, TagType::int32u, 0, 0, 0, 112},
-    {{7142, 15}, TagType::int8u, 0, 4, 112, 4},
-    {{7157, 12}, TagType::int8u, 0, 0, 116, 2},
-    {{7169, 14}, TagType::int32s, 0, 0, 118, 13},
-    {{7183, 7}, TagType::int16u, 1, 0, 131, 84},
-    {{7190, 8}, TagType::string, 0, 0, 0, 0},
-    {{7198, 10}, TagType::string, 1, 0, 215, 100},
-    {{7208, 11}, TagType::string, 0, 0, 315, 22},
-    {{7219, 11}, TagType::int16u, 0, 0, 337, 27},
-    {{7230, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{7239, 24}, TagType::int16u, 0, 0, 364, 15},
-    {{7263, 6}, TagType::int16u, 0, 0, 379, 3},
-    {{7269, 13}, TagType::int8u, 0, 2, 0, 0},
-    {{7282, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{7290, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{7309, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{7330, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{7340, 9}, TagType::int16u, 0, 2, 0, 0},
-    {{7349, 12}, TagType::int16u, 0, 2, 0, 0},
-    {{7361, 16}, TagType::int16u, 0, 2, 0, 0},
-    {{7377, 9}, TagType::int16u, 0, 0, 382, 12},
-    {{7386, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{7396, 9}, TagType::string, 0, 0, 0, 0},
-    {{7405, 12}, TagType::string, 0, 0, 0, 0},
-    {{7417, 12}, TagType::string, 0, 0, 394, 13},
-    {{7429, 8}, TagType::string, 0, 0, 0, 0},
-    {{7437, 11}, TagType::string, 0, 0, 0, 0},
-    {{6850, 9}, TagType::string, 0, 0, 0, 0},
-    {{7448, 15}, TagType::string, 0, 0, 0, 0},
-    {{7463, 11}, TagType::string, 0, 0, 0, 0},
-    {{7474, 12}, TagType::string, 0, 0, 0, 0},
-    {{7486, 14}, TagType::string, 0, 0, 0, 0},
-    {{7500, 15}, TagType::string, 0, 0, 0, 0},
-    {{7515, 16}, TagType::string, 0, 0, 0, 0},
-    {{7531, 12}, TagType::string, 0, 0, 0, 0},
-    {{7543, 11}, TagType::string, 0, 0, 0, 0},
-    {{7554, 14}, TagType::string, 0, 0, 0, 0},
-    {{7568, 12}, TagType::string, 0, 0, 0, 0},
-    {{7580, 17}, TagType::int16u, 0, 4, 0, 0},
-    {{7597, 20}, TagType::int16u, 0, 4, 0, 0},
-    {{7617, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{7630, 9}, TagType::int32u, 0, 0, 407, 6},
-    {{7639, 6}, TagType::int32u, 0, 0, 413, 13},
-    {{7645, 11}, TagType::int32u, 0, 0, 0, 0},
+    {{3945, 10}, TagType::string, 0, 12, 0, 0},  // CreateDate
+    {{7120, 10}, TagType::int32u, 0, 0, 0, 0},  // CHMVersion
+    {{7130, 12}, TagType::int32u, 0, 0, 0, 112},  // LanguageCode
+    {{7142, 15}, TagType::int8u, 0, 4, 112, 4},  // CPUArchitecture
+    {{7157, 12}, TagType::int8u, 0, 0, 116, 2},  // CPUByteOrder
+    {{7169, 14}, TagType::int32s, 0, 0, 118, 13},  // ObjectFileType
+    {{7183, 7}, TagType::int16u, 1, 0, 131, 84},  // CPUType
+    {{7190, 8}, TagType::string, 0, 0, 0, 0},  // CPUCount
+    {{7198, 10}, TagType::string, 1, 0, 215, 100},  // CPUSubtype
+    {{7208, 11}, TagType::string, 0, 0, 315, 22},  // ObjectFlags
+    {{7219, 11}, TagType::int16u, 0, 0, 337, 27},  // MachineType
+    {{7230, 9}, TagType::int32u, 0, 0, 0, 0},  // TimeStamp
+    {{7239, 24}, TagType::int16u, 0, 0, 364, 15},  // ImageFileCharacteristics
+    {{7263, 6}, TagType::int16u, 0, 0, 379, 3},  // PEType
+    {{7269, 13}, TagType::int8u, 0, 2, 0, 0},  // LinkerVersion
+    {{7282, 8}, TagType::int32u, 0, 0, 0, 0},  // CodeSize
+    {{7290, 19}, TagType::int32u, 0, 0, 0, 0},  // InitializedDataSize
+    {{7309, 21}, TagType::int32u, 0, 0, 0, 0},  // UninitializedDataSize
+    {{7330, 10}, TagType::int32u, 0, 0, 0, 0},  // EntryPoint
+    {{7340, 9}, TagType::int16u, 0, 2, 0, 0},  // OSVersion
+    {{7349, 12}, TagType::int16u, 0, 2, 0, 0},  // ImageVersion
+    {{7361, 16}, TagType::int16u, 0, 2, 0, 0},  // SubsystemVersion
+    {{7377, 9}, TagType::int16u, 0, 0, 382, 12},  // Subsystem
+    {{7386, 10}, TagType::int32u, 0, 0, 0, 0},  // PEFVersion
+    {{7396, 9}, TagType::string, 0, 0, 0, 0},  // BuildDate
+    {{7405, 12}, TagType::string, 0, 0, 0, 0},  // BuildVersion
+    {{7417, 12}, TagType::string, 0, 0, 394, 13},  // CharacterSet
+    {{7429, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{7437, 11}, TagType::string, 0, 0, 0, 0},  // CompanyName
+    {{6850, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{7448, 15}, TagType::string, 0, 0, 0, 0},  // FileDescription
+    {{7463, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{7474, 12}, TagType::string, 0, 0, 0, 0},  // InternalName
+    {{7486, 14}, TagType::string, 0, 0, 0, 0},  // LegalCopyright
+    {{7500, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
+    {{7515, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
+    {{7531, 12}, TagType::string, 0, 0, 0, 0},  // PrivateBuild
+    {{7543, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
+    {{7554, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
+    {{7568, 12}, TagType::string, 0, 0, 0, 0},  // SpecialBuild
+    {{7580, 17}, TagType::int16u, 0, 4, 0, 0},  // FileVersionNumber
+    {{7597, 20}, TagType::int16u, 0, 4, 0, 0},  // ProductVersionNumber
+    {{7617, 13}, TagType::int32u, 0, 0, 0, 0},  // FileFlagsMask
+    {{7630, 9}, TagType::int32u, 0, 0, 407, 6},  // FileFlags
+    {{7639, 6}, TagType::int32u, 0, 0, 413, 13},  // FileOS
+    {{7645, 11}, TagType::int32u, 0, 0, 0, 0},  // FileSubtype
 };
 constexpr detail::TextRef kChoicesEXE[] = {
     {7656, 4}, {7660, 4}, {7664, 4}, {7668, 4}, {7672, 4}, {7676, 4}, {7680, 4}, {7684, 4},
@@ -3959,621 +4087,622 @@ constinit detail::StreamTags gTagsEXE("EXE", kText, kTagsEXE, kKeyOrderEXE, kCho
 
 // EXIF: 614 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsEXIF[] = {
-    {{29212, 10}, TagType::imagedata, 2, 0, 0, 0},
-    {{29222, 10}, TagType::string, 2, 0, 0, 0},
-    {{29232, 12}, TagType::string, 2, 0, 0, 0},
-    {{29244, 14}, TagType::string, 2, 0, 0, 0},
-    {{29258, 12}, TagType::string, 18, 0, 0, 3},
-    {{29270, 14}, TagType::string, 16, 0, 0, 0},
-    {{29284, 18}, TagType::string, 2, 0, 0, 0},
-    {{3870, 11}, TagType::int32u, 18, 0, 3, 14},
-    {{29302, 14}, TagType::int16u, 18, 0, 17, 3},
-    {{2940, 10}, TagType::int32u, 18, 0, 0, 0},
-    {{2929, 11}, TagType::int32u, 18, 0, 0, 0},
-    {{29316, 13}, TagType::int16u, 18, -1, 0, 0},
-    {{29329, 11}, TagType::int16u, 18, 0, 20, 54},
-    {{29340, 25}, TagType::int16u, 18, 0, 74, 17},
-    {{29365, 12}, TagType::int16u, 18, 0, 17, 3},
-    {{29377, 9}, TagType::int16u, 18, 0, 0, 0},
-    {{29386, 10}, TagType::int16u, 18, 0, 0, 0},
-    {{29396, 9}, TagType::int16u, 18, 0, 91, 2},
-    {{29405, 12}, TagType::string, 2, 0, 0, 0},
-    {{29417, 16}, TagType::longstring, 2, 0, 0, 0},
-    {{200, 4}, TagType::string, 2, 0, 0, 0},
-    {{29433, 5}, TagType::string, 2, 0, 0, 0},
-    {{29438, 12}, TagType::string, 0, 0, 0, 0},
-    {{29450, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{29465, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{29482, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{3914, 11}, TagType::int16u, 2, 0, 93, 8},
-    {{29497, 15}, TagType::int16u, 18, 0, 0, 0},
-    {{29512, 12}, TagType::int32u, 18, 0, 0, 0},
-    {{29524, 15}, TagType::string, 0, 0, 0, 0},
-    {{29539, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{29555, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{29573, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{29589, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{29603, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{29617, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{29628, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{29639, 19}, TagType::int16u, 18, 0, 91, 2},
-    {{29658, 8}, TagType::string, 2, 0, 0, 0},
-    {{29666, 9}, TagType::rational64u, 2, 0, 0, 0},
-    {{29675, 9}, TagType::rational64u, 2, 0, 0, 0},
-    {{29684, 11}, TagType::string, 0, 0, 0, 0},
-    {{29695, 14}, TagType::string, 0, 0, 0, 0},
-    {{29709, 16}, TagType::int16u, 2, 0, 101, 5},
-    {{29725, 17}, TagType::string, 8, 0, 0, 0},
-    {{29742, 9}, TagType::string, 0, 0, 106, 3},
-    {{29751, 9}, TagType::string, 0, 0, 109, 1},
-    {{29760, 14}, TagType::int16u, 2, 0, 17, 3},
-    {{29774, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{29784, 17}, TagType::string, 0, 0, 0, 0},
-    {{29801, 16}, TagType::int16u, 26, 768, 0, 0},
-    {{29817, 8}, TagType::string, 2, 0, 0, 0},
-    {{3970, 10}, TagType::datetime, 2, 0, 0, 0},
-    {{29825, 6}, TagType::string, 2, 0, 0, 0},
-    {{29831, 12}, TagType::string, 2, 0, 0, 0},
-    {{29843, 9}, TagType::int16u, 18, 0, 110, 7},
-    {{29852, 10}, TagType::rational64u, 2, 2, 0, 0},
-    {{29862, 21}, TagType::rational64u, 2, 6, 0, 0},
-    {{29883, 8}, TagType::binary, 8, 0, 0, 0},
-    {{29891, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{29904, 9}, TagType::int32u, 18, 0, 0, 0},
-    {{29913, 10}, TagType::int32u, 18, 0, 0, 0},
-    {{29923, 11}, TagType::string, 0, 0, 0, 0},
-    {{29934, 14}, TagType::string, 0, 0, 0, 0},
-    {{29948, 11}, TagType::string, 0, 0, 0, 0},
-    {{29959, 12}, TagType::string, 0, 0, 117, 3},
-    {{29971, 22}, TagType::string, 0, 0, 0, 0},
-    {{29993, 14}, TagType::string, 0, 0, 0, 0},
-    {{30007, 6}, TagType::int16u, 2, 0, 91, 2},
-    {{30013, 8}, TagType::string, 0, 0, 0, 0},
-    {{30021, 12}, TagType::string, 0, 0, 0, 0},
-    {{30033, 8}, TagType::string, 0, 0, 0, 0},
-    {{30041, 13}, TagType::string, 2, 0, 0, 0},
-    {{30054, 12}, TagType::string, 0, 0, 117, 3},
-    {{30066, 12}, TagType::string, 0, 0, 120, 24},
-    {{30078, 15}, TagType::string, 0, 0, 0, 0},
-    {{30093, 15}, TagType::string, 0, 0, 0, 0},
-    {{30108, 13}, TagType::string, 0, 0, 0, 0},
-    {{30121, 8}, TagType::string, 0, 0, 0, 0},
-    {{30129, 14}, TagType::string, 0, 0, 0, 0},
-    {{30143, 14}, TagType::string, 0, 0, 0, 0},
-    {{30157, 7}, TagType::string, 0, 0, 144, 2},
-    {{30164, 10}, TagType::string, 8, 0, 0, 0},
-    {{30174, 8}, TagType::string, 0, 0, 144, 2},
-    {{30182, 11}, TagType::string, 0, 0, 144, 2},
-    {{30193, 10}, TagType::string, 0, 0, 146, 9},
-    {{30203, 13}, TagType::string, 0, 0, 155, 7},
-    {{30216, 11}, TagType::string, 0, 0, 0, 0},
-    {{30227, 10}, TagType::string, 0, 0, 0, 0},
-    {{30237, 6}, TagType::string, 0, 0, 0, 0},
-    {{30243, 17}, TagType::string, 0, 0, 0, 0},
-    {{30260, 10}, TagType::string, 0, 0, 0, 0},
-    {{30270, 8}, TagType::string, 0, 0, 162, 2},
-    {{30278, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{30293, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{30308, 19}, TagType::string, 0, 0, 0, 0},
-    {{30327, 22}, TagType::string, 0, 0, 0, 0},
-    {{30349, 19}, TagType::string, 0, 0, 0, 0},
-    {{30368, 11}, TagType::string, 0, 0, 0, 0},
-    {{30379, 12}, TagType::string, 0, 0, 0, 0},
-    {{30391, 12}, TagType::string, 0, 0, 0, 0},
-    {{30403, 17}, TagType::rational64u, 18, 3, 0, 0},
-    {{30420, 16}, TagType::int16u, 18, 2, 164, 8},
-    {{30436, 16}, TagType::int16u, 18, 0, 91, 2},
-    {{30452, 19}, TagType::rational64u, 2, 6, 0, 0},
-    {{30471, 14}, TagType::string, 0, 0, 0, 0},
-    {{30485, 16}, TagType::int8u, 26, 0, 0, 0},
-    {{30501, 18}, TagType::string, 0, 0, 0, 0},
-    {{30519, 22}, TagType::string, 18, 0, 0, 0},
-    {{30541, 17}, TagType::int16u, 18, 0, 0, 0},
-    {{30558, 18}, TagType::int16u, 18, 0, 0, 0},
-    {{30576, 6}, TagType::int16u, 2, 0, 0, 0},
-    {{30582, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{30595, 15}, TagType::string, 0, 0, 0, 0},
-    {{30610, 15}, TagType::string, 0, 0, 0, 0},
-    {{30625, 21}, TagType::string, 0, 0, 0, 0},
-    {{30646, 21}, TagType::string, 0, 0, 0, 0},
-    {{30667, 10}, TagType::string, 0, 0, 0, 0},
-    {{30677, 17}, TagType::string, 0, 0, 0, 0},
-    {{30694, 14}, TagType::string, 0, 0, 0, 0},
-    {{30708, 20}, TagType::string, 0, 0, 0, 0},
-    {{30728, 25}, TagType::string, 0, 0, 0, 0},
-    {{30753, 11}, TagType::string, 0, 0, 0, 0},
-    {{30764, 15}, TagType::string, 0, 0, 0, 0},
-    {{30779, 14}, TagType::string, 0, 0, 0, 0},
-    {{30793, 13}, TagType::string, 0, 0, 0, 0},
-    {{30806, 12}, TagType::string, 0, 0, 0, 0},
-    {{30818, 14}, TagType::string, 0, 0, 0, 0},
-    {{30832, 11}, TagType::string, 0, 0, 0, 0},
-    {{30843, 8}, TagType::string, 8, 0, 0, 0},
-    {{30851, 15}, TagType::string, 0, 0, 0, 0},
-    {{30866, 14}, TagType::string, 0, 0, 0, 0},
-    {{30880, 15}, TagType::string, 0, 0, 0, 0},
-    {{30895, 19}, TagType::string, 0, 0, 0, 0},
-    {{30914, 15}, TagType::string, 0, 0, 0, 0},
-    {{30929, 17}, TagType::string, 0, 0, 0, 0},
-    {{30946, 23}, TagType::string, 0, 0, 0, 0},
-    {{30969, 21}, TagType::string, 8, 0, 0, 0},
-    {{30990, 13}, TagType::string, 8, 0, 0, 0},
-    {{31003, 19}, TagType::string, 0, 0, 0, 0},
-    {{31022, 20}, TagType::string, 0, 0, 0, 0},
-    {{31042, 22}, TagType::string, 0, 0, 0, 0},
-    {{31064, 20}, TagType::string, 0, 0, 0, 0},
-    {{31084, 26}, TagType::string, 0, 0, 0, 0},
-    {{31110, 20}, TagType::string, 0, 0, 0, 0},
-    {{31130, 18}, TagType::string, 0, 0, 0, 0},
-    {{31148, 19}, TagType::string, 0, 0, 0, 0},
-    {{31167, 21}, TagType::string, 0, 0, 0, 0},
-    {{31188, 20}, TagType::string, 0, 0, 0, 0},
-    {{31208, 24}, TagType::string, 0, 0, 0, 0},
-    {{31232, 21}, TagType::string, 0, 0, 0, 0},
-    {{31253, 24}, TagType::string, 0, 0, 0, 0},
-    {{31277, 20}, TagType::string, 0, 0, 0, 0},
-    {{31297, 20}, TagType::string, 0, 0, 0, 0},
-    {{31317, 21}, TagType::string, 0, 0, 0, 0},
-    {{31338, 23}, TagType::string, 0, 0, 0, 0},
-    {{31361, 25}, TagType::string, 0, 0, 0, 0},
-    {{31386, 17}, TagType::string, 0, 0, 0, 0},
-    {{31403, 17}, TagType::string, 0, 0, 0, 0},
-    {{31420, 15}, TagType::string, 0, 0, 0, 0},
-    {{31435, 19}, TagType::string, 0, 0, 0, 0},
-    {{31454, 30}, TagType::string, 0, 0, 0, 0},
-    {{31484, 26}, TagType::string, 0, 0, 0, 0},
-    {{31510, 25}, TagType::string, 0, 0, 0, 0},
-    {{31535, 25}, TagType::string, 0, 0, 0, 0},
-    {{31560, 22}, TagType::string, 0, 0, 0, 0},
-    {{31582, 18}, TagType::string, 0, 0, 0, 0},
-    {{31600, 14}, TagType::string, 0, 0, 0, 0},
-    {{31614, 16}, TagType::string, 0, 0, 0, 0},
-    {{31630, 10}, TagType::string, 0, 0, 0, 0},
-    {{31640, 9}, TagType::string, 0, 0, 0, 0},
-    {{31649, 13}, TagType::string, 0, 0, 0, 0},
-    {{31662, 15}, TagType::string, 0, 0, 0, 0},
-    {{31677, 16}, TagType::string, 0, 0, 0, 0},
-    {{31693, 10}, TagType::string, 0, 0, 0, 0},
-    {{31703, 14}, TagType::string, 0, 0, 0, 0},
-    {{31717, 14}, TagType::string, 0, 0, 0, 0},
-    {{31731, 16}, TagType::string, 0, 0, 0, 0},
-    {{31747, 15}, TagType::string, 0, 0, 172, 5},
-    {{31762, 13}, TagType::string, 0, 0, 0, 0},
-    {{31775, 20}, TagType::int16s, 18, 0, 177, 4},
-    {{31795, 20}, TagType::int16s, 18, 17, 0, 0},
-    {{31815, 29}, TagType::int16s, 18, 0, 181, 3},
-    {{31844, 29}, TagType::int16s, 18, 33, 0, 0},
-    {{31873, 20}, TagType::int16s, 18, 0, 184, 4},
-    {{31893, 20}, TagType::int16s, 18, 17, 0, 0},
-    {{31913, 16}, TagType::int32u, 18, 2, 0, 0},
-    {{31929, 10}, TagType::float_, 18, -1, 0, 0},
-    {{31939, 13}, TagType::int16s, 18, 4, 0, 0},
-    {{31952, 15}, TagType::int32u, 18, 2, 0, 0},
-    {{31967, 12}, TagType::int32u, 18, 2, 0, 0},
-    {{31979, 7}, TagType::string, 0, 0, 0, 0},
-    {{31986, 8}, TagType::string, 8, 0, 0, 0},
-    {{31994, 14}, TagType::string, 8, 0, 0, 0},
-    {{32008, 8}, TagType::string, 8, 0, 0, 0},
-    {{32016, 8}, TagType::string, 0, 0, 0, 0},
-    {{32024, 20}, TagType::string, 0, 0, 0, 0},
-    {{32044, 20}, TagType::string, 0, 0, 0, 0},
-    {{32064, 17}, TagType::string, 0, 0, 0, 0},
-    {{32081, 18}, TagType::string, 0, 0, 0, 0},
-    {{32099, 8}, TagType::string, 0, 0, 0, 0},
-    {{32107, 8}, TagType::string, 0, 0, 0, 0},
-    {{32115, 10}, TagType::string, 0, 0, 0, 0},
-    {{32125, 9}, TagType::string, 0, 0, 0, 0},
-    {{32134, 14}, TagType::string, 0, 0, 0, 0},
-    {{32148, 15}, TagType::string, 0, 0, 0, 0},
-    {{32163, 13}, TagType::string, 0, 0, 0, 0},
-    {{32176, 9}, TagType::string, 0, 0, 0, 0},
-    {{32185, 6}, TagType::string, 0, 0, 0, 0},
-    {{32191, 19}, TagType::string, 0, 0, 0, 0},
-    {{32210, 19}, TagType::string, 0, 0, 0, 0},
-    {{32229, 6}, TagType::string, 0, 0, 0, 0},
-    {{32235, 19}, TagType::int16u, 18, 2, 0, 0},
-    {{32254, 11}, TagType::int8u, 18, -1, 0, 0},
-    {{32265, 12}, TagType::string, 0, 0, 0, 0},
-    {{6850, 9}, TagType::string, 2, 0, 0, 0},
-    {{32277, 12}, TagType::speed, 2, 0, 0, 0},
-    {{32289, 7}, TagType::rational64u, 2, 0, 0, 0},
-    {{32296, 9}, TagType::string, 0, 0, 0, 0},
-    {{32305, 12}, TagType::string, 0, 0, 0, 0},
-    {{32317, 12}, TagType::string, 0, 0, 0, 0},
-    {{32329, 9}, TagType::string, 0, 0, 0, 0},
-    {{32338, 12}, TagType::string, 0, 0, 0, 0},
-    {{32350, 10}, TagType::string, 0, 0, 0, 0},
-    {{32360, 10}, TagType::string, 0, 0, 0, 0},
-    {{32370, 11}, TagType::string, 0, 0, 0, 0},
-    {{32381, 10}, TagType::double_, 2, 3, 0, 0},
-    {{32391, 11}, TagType::string, 0, 0, 0, 0},
-    {{32402, 14}, TagType::string, 0, 0, 0, 0},
-    {{32416, 7}, TagType::string, 0, 0, 0, 0},
-    {{32423, 7}, TagType::string, 0, 0, 0, 0},
-    {{32430, 7}, TagType::string, 0, 0, 0, 0},
-    {{32437, 7}, TagType::string, 0, 0, 0, 0},
-    {{32444, 8}, TagType::int32u, 26, 0, 0, 0},
-    {{32452, 20}, TagType::string, 0, 0, 0, 0},
-    {{32472, 23}, TagType::string, 0, 0, 0, 0},
-    {{32495, 16}, TagType::double_, 2, 0, 0, 0},
-    {{32511, 12}, TagType::string, 0, 0, 0, 0},
-    {{32523, 13}, TagType::double_, 2, 0, 0, 0},
-    {{32536, 4}, TagType::string, 0, 0, 0, 0},
-    {{32540, 13}, TagType::string, 0, 0, 0, 0},
-    {{32553, 9}, TagType::string, 0, 0, 0, 0},
-    {{32562, 13}, TagType::string, 0, 0, 188, 5},
-    {{32575, 16}, TagType::string, 0, 0, 0, 0},
-    {{32591, 24}, TagType::string, 0, 0, 0, 0},
-    {{32615, 10}, TagType::string, 0, 0, 0, 0},
-    {{32625, 19}, TagType::string, 0, 0, 144, 2},
-    {{32644, 24}, TagType::string, 0, 0, 144, 2},
-    {{32668, 15}, TagType::string, 0, 0, 0, 0},
-    {{32683, 20}, TagType::string, 0, 0, 0, 0},
-    {{32703, 19}, TagType::string, 0, 0, 0, 0},
-    {{32722, 21}, TagType::string, 0, 0, 0, 0},
-    {{32743, 21}, TagType::string, 0, 0, 0, 0},
-    {{32764, 7}, TagType::string, 0, 0, 117, 3},
-    {{32771, 13}, TagType::string, 0, 0, 0, 0},
-    {{32784, 14}, TagType::string, 0, 0, 0, 0},
-    {{32798, 7}, TagType::string, 2, 0, 0, 0},
-    {{32805, 21}, TagType::string, 0, 0, 0, 0},
-    {{32826, 11}, TagType::string, 0, 0, 0, 0},
-    {{32837, 14}, TagType::double_, 2, 16, 0, 0},
-    {{32851, 13}, TagType::string, 0, 0, 0, 0},
-    {{32864, 17}, TagType::string, 0, 0, 193, 5},
-    {{32881, 13}, TagType::string, 0, 0, 198, 11},
-    {{32894, 10}, TagType::string, 0, 0, 0, 0},
-    {{32904, 10}, TagType::string, 0, 0, 0, 0},
-    {{32914, 10}, TagType::string, 0, 0, 0, 0},
-    {{32924, 18}, TagType::string, 10, 0, 0, 0},
-    {{32942, 11}, TagType::string, 0, 0, 0, 0},
-    {{32953, 15}, TagType::int16u, 2, 0, 209, 10},
-    {{32968, 19}, TagType::string, 2, 0, 0, 0},
-    {{32987, 3}, TagType::int16u, 2, -1, 0, 0},
-    {{32990, 23}, TagType::string, 8, 0, 0, 0},
-    {{33013, 9}, TagType::string, 0, 0, 0, 0},
-    {{33022, 14}, TagType::int16s, 2, -1, 0, 0},
-    {{33036, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{33049, 15}, TagType::int16u, 2, 0, 219, 8},
-    {{33064, 25}, TagType::int32u, 2, 0, 0, 0},
-    {{33089, 24}, TagType::int32u, 2, 0, 0, 0},
-    {{33113, 8}, TagType::int32u, 2, 0, 0, 0},
-    {{33121, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{33140, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{33159, 13}, TagType::string, 0, 0, 0, 0},
-    {{33172, 13}, TagType::string, 0, 0, 0, 0},
-    {{33185, 11}, TagType::string, 0, 0, 0, 0},
-    {{33196, 8}, TagType::string, 0, 0, 0, 0},
-    {{33204, 11}, TagType::string, 2, 0, 0, 0},
-    {{2896, 16}, TagType::datetime, 2, 0, 0, 0},
-    {{3945, 10}, TagType::datetime, 2, 0, 0, 0},
-    {{33215, 10}, TagType::string, 2, 0, 0, 0},
-    {{33225, 18}, TagType::string, 2, 0, 0, 0},
-    {{33243, 19}, TagType::string, 2, 0, 0, 0},
-    {{33262, 22}, TagType::rational64u, 18, 0, 0, 0},
-    {{33284, 17}, TagType::speed, 2, 0, 0, 0},
-    {{33301, 13}, TagType::rational64u, 2, 0, 0, 0},
-    {{33314, 15}, TagType::rational64s, 2, 0, 0, 0},
-    {{33329, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{33349, 16}, TagType::rational64u, 2, 0, 0, 0},
-    {{33365, 15}, TagType::rational64u, 2, 0, 0, 0},
-    {{33380, 12}, TagType::int16u, 2, 0, 227, 8},
-    {{33392, 11}, TagType::int16u, 2, 0, 235, 22},
-    {{33403, 5}, TagType::int16u, 2, 0, 257, 27},
-    {{33408, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{33419, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{33430, 24}, TagType::string, 0, 0, 0, 0},
-    {{33454, 5}, TagType::string, 0, 0, 0, 0},
-    {{33459, 21}, TagType::rational64u, 2, 0, 0, 0},
-    {{33480, 21}, TagType::rational64u, 2, 0, 0, 0},
-    {{33501, 24}, TagType::int16u, 2, 0, 101, 5},
-    {{33525, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{33536, 22}, TagType::string, 2, 0, 284, 5},
-    {{33558, 12}, TagType::string, 2, 0, 0, 0},
-    {{33570, 11}, TagType::int16u, 2, -1, 0, 0},
-    {{33581, 13}, TagType::rational64u, 2, 0, 0, 0},
-    {{33594, 17}, TagType::string, 0, 0, 0, 0},
-    {{33611, 13}, TagType::int16u, 2, 0, 93, 8},
-    {{33624, 12}, TagType::string, 0, 0, 0, 0},
-    {{33636, 9}, TagType::string, 0, 0, 0, 0},
-    {{33645, 8}, TagType::string, 0, 0, 0, 0},
-    {{33653, 7}, TagType::string, 0, 0, 0, 0},
-    {{33660, 16}, TagType::string, 10, 0, 0, 0},
-    {{33676, 16}, TagType::string, 10, 0, 0, 0},
-    {{33692, 17}, TagType::string, 10, 0, 0, 0},
-    {{33709, 16}, TagType::string, 10, 0, 0, 0},
-    {{33725, 19}, TagType::string, 10, 0, 0, 0},
-    {{33744, 17}, TagType::string, 10, 0, 0, 0},
-    {{33761, 20}, TagType::string, 10, 0, 0, 0},
-    {{33781, 11}, TagType::longstring, 2, 0, 0, 0},
-    {{33792, 10}, TagType::string, 2, 0, 0, 0},
-    {{33802, 18}, TagType::string, 2, 0, 0, 0},
-    {{33820, 19}, TagType::string, 2, 0, 0, 0},
-    {{33839, 14}, TagType::string, 0, 0, 0, 0},
-    {{33853, 20}, TagType::string, 8, 0, 0, 0},
-    {{33873, 22}, TagType::string, 8, 0, 0, 0},
-    {{33895, 15}, TagType::imagedata, 26, 0, 0, 0},
-    {{328, 18}, TagType::rational64s, 2, 0, 0, 0},
-    {{33910, 8}, TagType::rational64u, 2, 0, 0, 0},
-    {{33918, 8}, TagType::rational64u, 2, 0, 0, 0},
-    {{33926, 10}, TagType::rational64s, 2, 0, 0, 0},
-    {{33936, 12}, TagType::rational64u, 2, 0, 0, 0},
-    {{33948, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{33968, 7}, TagType::int8u, 2, 0, 0, 0},
-    {{33975, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{33984, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{33992, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{34002, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{34011, 15}, TagType::string, 2, 0, 0, 0},
-    {{34026, 10}, TagType::int16u, 2, 0, 289, 5},
-    {{34036, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{34050, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{34065, 16}, TagType::string, 2, 0, 0, 0},
-    {{34081, 24}, TagType::string, 0, 0, 0, 0},
-    {{34105, 24}, TagType::string, 0, 0, 0, 0},
-    {{34129, 19}, TagType::string, 0, 0, 0, 0},
-    {{34148, 17}, TagType::string, 0, 0, 0, 0},
-    {{34165, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{34180, 10}, TagType::string, 2, 0, 294, 4},
-    {{34190, 9}, TagType::string, 2, 0, 298, 1},
-    {{34199, 10}, TagType::string, 18, 0, 172, 5},
-    {{34209, 14}, TagType::int16u, 2, 0, 299, 8},
-    {{34223, 12}, TagType::int16u, 2, 0, 117, 3},
-    {{34235, 12}, TagType::string, 2, 0, 144, 2},
-    {{34247, 16}, TagType::rational64u, 2, 0, 0, 0},
-    {{34263, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{34286, 16}, TagType::int16u, 2, 0, 172, 5},
-    {{34302, 11}, TagType::int16u, 2, 0, 172, 5},
-    {{34313, 8}, TagType::string, 2, 0, 117, 3},
-    {{34321, 10}, TagType::string, 2, 0, 117, 3},
-    {{34331, 9}, TagType::string, 2, 0, 117, 3},
-    {{34340, 24}, TagType::string, 8, 0, 0, 0},
-    {{34364, 20}, TagType::int16u, 2, 0, 307, 4},
-    {{34384, 13}, TagType::string, 2, 0, 0, 0},
-    {{34397, 9}, TagType::string, 2, 0, 0, 0},
-    {{34406, 12}, TagType::string, 2, 0, 0, 0},
-    {{34418, 8}, TagType::rational64u, 2, 4, 0, 0},
-    {{34426, 8}, TagType::string, 2, 0, 0, 0},
-    {{34434, 9}, TagType::string, 2, 0, 0, 0},
-    {{34443, 16}, TagType::string, 2, 0, 0, 0},
-    {{3995, 5}, TagType::string, 2, 0, 0, 0},
-    {{34459, 12}, TagType::string, 2, 0, 0, 0},
-    {{34471, 11}, TagType::string, 2, 0, 0, 0},
-    {{34482, 14}, TagType::string, 2, 0, 0, 0},
-    {{34496, 21}, TagType::string, 2, 0, 0, 0},
-    {{34517, 20}, TagType::string, 2, 0, 0, 0},
-    {{34537, 23}, TagType::string, 2, 0, 0, 0},
-    {{34560, 14}, TagType::int16u, 2, 0, 307, 4},
-    {{34574, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{34593, 27}, TagType::string, 2, 0, 0, 0},
-    {{34620, 12}, TagType::string, 2, 0, 0, 0},
-    {{34632, 10}, TagType::string, 2, 0, 0, 0},
-    {{3909, 5}, TagType::float_, 2, 0, 0, 0},
-    {{34642, 14}, TagType::string, 0, 0, 0, 0},
-    {{34656, 10}, TagType::string, 0, 0, 0, 0},
-    {{34666, 10}, TagType::string, 0, 0, 0, 0},
-    {{34676, 16}, TagType::string, 0, 0, 0, 0},
-    {{34692, 13}, TagType::string, 0, 0, 0, 0},
-    {{34705, 15}, TagType::string, 0, 0, 0, 0},
-    {{34720, 18}, TagType::string, 8, 0, 0, 0},
-    {{34738, 11}, TagType::string, 0, 0, 311, 55},
-    {{34749, 14}, TagType::string, 0, 0, 219, 8},
-    {{34763, 12}, TagType::string, 0, 0, 144, 2},
-    {{34775, 9}, TagType::string, 0, 0, 91, 2},
-    {{34784, 15}, TagType::string, 0, 0, 0, 0},
-    {{34799, 16}, TagType::string, 0, 0, 0, 0},
-    {{34815, 11}, TagType::string, 0, 0, 0, 0},
-    {{34826, 14}, TagType::string, 0, 0, 0, 0},
-    {{34840, 11}, TagType::string, 0, 0, 0, 0},
-    {{34851, 14}, TagType::string, 0, 0, 0, 0},
-    {{34865, 16}, TagType::string, 0, 0, 307, 4},
-    {{34881, 16}, TagType::string, 0, 0, 307, 4},
-    {{34897, 14}, TagType::string, 0, 0, 0, 0},
-    {{34911, 22}, TagType::string, 0, 0, 0, 0},
-    {{34933, 11}, TagType::string, 0, 0, 0, 0},
-    {{34944, 13}, TagType::string, 0, 0, 0, 0},
-    {{34957, 11}, TagType::string, 8, 0, 0, 0},
-    {{34968, 7}, TagType::string, 10, 0, 0, 0},
-    {{7515, 16}, TagType::string, 0, 0, 0, 0},
-    {{34975, 24}, TagType::string, 0, 0, 117, 3},
-    {{34999, 13}, TagType::string, 0, 0, 366, 4},
-    {{35012, 10}, TagType::int8u, 18, 4, 0, 0},
-    {{35022, 18}, TagType::int8u, 18, 4, 0, 0},
-    {{35040, 17}, TagType::string, 2, 0, 0, 0},
-    {{35057, 20}, TagType::string, 2, 0, 0, 0},
-    {{35077, 13}, TagType::string, 0, 0, 0, 0},
-    {{35090, 9}, TagType::string, 0, 0, 370, 9},
-    {{35099, 18}, TagType::int16u, 26, -1, 0, 0},
-    {{35117, 19}, TagType::int16u, 18, 2, 0, 0},
-    {{35136, 16}, TagType::rational64s, 18, -1, 0, 0},
-    {{35152, 16}, TagType::rational64s, 18, -1, 0, 0},
-    {{35168, 10}, TagType::int32u, 18, -1, 0, 0},
-    {{35178, 12}, TagType::rational64u, 18, 2, 0, 0},
-    {{35190, 17}, TagType::int32u, 18, 2, 0, 0},
-    {{35207, 15}, TagType::int32u, 18, 2, 0, 0},
-    {{35222, 12}, TagType::rational64s, 18, -1, 0, 0},
-    {{35234, 12}, TagType::rational64s, 18, -1, 0, 0},
-    {{35246, 18}, TagType::rational64s, 18, -1, 0, 0},
-    {{35264, 18}, TagType::rational64s, 18, -1, 0, 0},
-    {{35282, 16}, TagType::rational64s, 18, -1, 0, 0},
-    {{35298, 16}, TagType::rational64s, 18, -1, 0, 0},
-    {{35314, 13}, TagType::rational64u, 18, -1, 0, 0},
-    {{35327, 13}, TagType::rational64u, 18, -1, 0, 0},
-    {{35340, 13}, TagType::rational64u, 18, 2, 0, 0},
-    {{35353, 16}, TagType::rational64s, 18, 0, 0, 0},
-    {{35369, 13}, TagType::rational64u, 18, 0, 0, 0},
-    {{35382, 17}, TagType::rational64u, 18, 0, 0, 0},
-    {{35399, 15}, TagType::int32u, 18, 0, 0, 0},
-    {{35414, 19}, TagType::rational64u, 18, 0, 0, 0},
-    {{35433, 18}, TagType::string, 2, 0, 0, 0},
-    {{35451, 11}, TagType::rational64u, 2, 4, 0, 0},
-    {{35462, 16}, TagType::rational64u, 18, 0, 0, 0},
-    {{35478, 17}, TagType::rational64u, 18, 0, 0, 0},
-    {{35495, 11}, TagType::rational64u, 18, 0, 0, 0},
-    {{35506, 12}, TagType::imagedata, 26, 0, 0, 0},
-    {{35518, 14}, TagType::imagedata, 26, 0, 0, 0},
-    {{35532, 15}, TagType::int16u, 2, 0, 144, 2},
-    {{35547, 20}, TagType::string, 0, 0, 0, 0},
-    {{35567, 22}, TagType::int16u, 18, 0, 235, 22},
-    {{35589, 22}, TagType::int16u, 18, 0, 235, 22},
-    {{35611, 16}, TagType::rational64u, 18, 0, 0, 0},
-    {{35627, 15}, TagType::int8u, 18, 16, 0, 0},
-    {{35642, 18}, TagType::string, 0, 0, 0, 0},
-    {{35660, 19}, TagType::string, 18, 0, 0, 0},
-    {{35679, 19}, TagType::imagedata, 26, 0, 0, 0},
-    {{35698, 10}, TagType::int32u, 18, 4, 0, 0},
-    {{35708, 11}, TagType::int32u, 18, -1, 0, 0},
-    {{35719, 22}, TagType::rational64s, 18, -1, 0, 0},
-    {{35741, 23}, TagType::rational64s, 18, -1, 0, 0},
-    {{35764, 21}, TagType::int16u, 18, 0, 117, 3},
-    {{35785, 8}, TagType::string, 0, 0, 0, 0},
-    {{35793, 14}, TagType::string, 2, 0, 0, 0},
-    {{35807, 15}, TagType::string, 2, 0, 0, 0},
-    {{35822, 20}, TagType::string, 18, 0, 0, 0},
-    {{35842, 21}, TagType::string, 18, 0, 0, 0},
-    {{35863, 17}, TagType::string, 18, 0, 0, 0},
-    {{35880, 21}, TagType::rational64u, 18, 0, 0, 0},
-    {{35901, 11}, TagType::string, 18, 0, 0, 0},
-    {{35912, 20}, TagType::int32u, 18, 3, 0, 0},
-    {{35932, 21}, TagType::float_, 18, -1, 0, 0},
-    {{35953, 21}, TagType::float_, 18, -1, 0, 0},
-    {{35974, 16}, TagType::float_, 18, -1, 0, 0},
-    {{35990, 18}, TagType::int32u, 18, 0, 307, 4},
-    {{36008, 16}, TagType::string, 18, 0, 0, 0},
-    {{36024, 14}, TagType::rational64s, 18, -1, 0, 0},
-    {{36038, 14}, TagType::rational64s, 18, -1, 0, 0},
-    {{36052, 22}, TagType::string, 18, 0, 0, 0},
-    {{36074, 25}, TagType::string, 18, 0, 0, 0},
-    {{36099, 19}, TagType::string, 18, 0, 0, 0},
-    {{36118, 21}, TagType::int8u, 18, 0, 0, 0},
-    {{36139, 17}, TagType::int32u, 18, 0, 172, 5},
-    {{36156, 15}, TagType::datetime, 18, 0, 0, 0},
-    {{36171, 14}, TagType::int8u, 18, 16, 0, 0},
-    {{36185, 21}, TagType::int8u, 18, 16, 0, 0},
-    {{36206, 16}, TagType::string, 0, 0, 0, 0},
-    {{36222, 19}, TagType::string, 0, 0, 0, 0},
-    {{36241, 20}, TagType::int32u, 18, 3, 0, 0},
-    {{36261, 20}, TagType::float_, 18, -1, 0, 0},
-    {{36281, 11}, TagType::string, 26, 0, 379, 14},
-    {{36292, 11}, TagType::string, 26, 0, 379, 14},
-    {{36303, 11}, TagType::string, 26, 0, 379, 14},
-    {{36314, 12}, TagType::double_, 18, -1, 0, 0},
-    {{36326, 9}, TagType::int8u, 2, -1, 0, 0},
-    {{2920, 9}, TagType::rational64s, 2, 0, 0, 0},
-    {{36335, 5}, TagType::rational64u, 2, -1, 0, 0},
-    {{36340, 8}, TagType::string, 2, 0, 0, 0},
-    {{36348, 24}, TagType::int32u, 18, 2, 0, 0},
-    {{36372, 23}, TagType::int32u, 18, 2, 0, 0},
-    {{36395, 23}, TagType::rational64u, 18, 2, 0, 0},
-    {{36418, 11}, TagType::string, 2, 0, 0, 0},
-    {{36429, 24}, TagType::int32u, 18, 0, 144, 2},
-    {{36453, 24}, TagType::int32u, 18, 0, 144, 2},
-    {{36477, 22}, TagType::rational64s, 18, 0, 0, 0},
-    {{36499, 18}, TagType::int32u, 18, 0, 144, 2},
-    {{36517, 17}, TagType::int8u, 18, 16, 0, 0},
-    {{36534, 16}, TagType::double_, 18, 0, 0, 0},
-    {{36550, 12}, TagType::int32u, 18, 4, 0, 0},
-    {{36562, 15}, TagType::rational64u, 18, 4, 0, 0},
-    {{36577, 11}, TagType::int16u, 18, 0, 117, 3},
-    {{36588, 9}, TagType::rational64u, 18, 0, 0, 0},
-    {{36597, 8}, TagType::rational64u, 18, 0, 0, 0},
-    {{36605, 10}, TagType::int16u, 18, 0, 144, 2},
-    {{36615, 16}, TagType::int16u, 18, 0, 117, 3},
-    {{36631, 13}, TagType::string, 18, 0, 0, 0},
-    {{36644, 19}, TagType::string, 26, 0, 0, 0},
-    {{36663, 12}, TagType::string, 0, 0, 0, 0},
-    {{36675, 18}, TagType::string, 0, 0, 0, 0},
-    {{36693, 22}, TagType::int16u, 18, 0, 235, 22},
-    {{36715, 18}, TagType::rational64s, 18, 0, 0, 0},
-    {{36733, 12}, TagType::rational64s, 18, 0, 0, 0},
-    {{36745, 14}, TagType::rational64s, 18, 0, 0, 0},
-    {{36759, 15}, TagType::string, 18, 0, 0, 0},
-    {{36774, 15}, TagType::string, 18, 0, 0, 0},
-    {{36789, 15}, TagType::string, 18, 0, 0, 0},
-    {{36804, 11}, TagType::string, 0, 4, 0, 0},
-    {{36815, 21}, TagType::float_, 18, 0, 0, 0},
-    {{36836, 16}, TagType::rational64s, 18, 0, 0, 0},
-    {{36852, 9}, TagType::string, 18, 0, 0, 0},
-    {{36861, 20}, TagType::string, 26, 0, 0, 0},
-    {{36881, 22}, TagType::int32u, 18, 0, 0, 0},
-    {{36903, 17}, TagType::string, 2, 0, 0, 0},
-    {{36920, 10}, TagType::string, 26, 0, 0, 0},
-    {{36930, 19}, TagType::string, 2, 0, 0, 0},
-    {{36949, 16}, TagType::string, 18, 0, 0, 0},
-    {{36965, 7}, TagType::string, 26, 0, 0, 0},
-    {{36972, 12}, TagType::int32s, 18, 0, 0, 0},
-    {{36984, 4}, TagType::string, 2, 0, 0, 0},
-    {{36988, 7}, TagType::string, 2, 0, 0, 0},
-    {{36995, 9}, TagType::string, 2, 0, 0, 0},
-    {{37004, 8}, TagType::string, 2, 0, 0, 0},
-    {{37012, 7}, TagType::string, 2, 0, 0, 0},
-    {{37019, 10}, TagType::string, 2, 0, 0, 0},
-    {{37029, 10}, TagType::string, 2, 0, 0, 0},
-    {{37039, 11}, TagType::string, 2, 0, 0, 0},
-    {{37050, 4}, TagType::string, 26, 0, 0, 0},
-    {{37054, 12}, TagType::int8u, 2, 4, 0, 0},
-    {{37066, 14}, TagType::string, 2, 2, 393, 2},
-    {{37080, 11}, TagType::rational64u, 2, 1, 0, 0},
-    {{37091, 15}, TagType::string, 2, 2, 395, 2},
-    {{37106, 12}, TagType::rational64u, 2, 1, 0, 0},
-    {{37118, 14}, TagType::int8u, 2, 0, 144, 2},
-    {{37132, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{37143, 12}, TagType::partialtime, 2, 1, 0, 0},
-    {{37155, 13}, TagType::string, 2, 0, 0, 0},
-    {{37168, 9}, TagType::string, 2, 2, 397, 2},
-    {{37177, 14}, TagType::string, 2, 2, 399, 2},
-    {{37191, 6}, TagType::rational64u, 2, 0, 0, 0},
-    {{37197, 11}, TagType::string, 2, 2, 401, 3},
-    {{37208, 8}, TagType::rational64u, 2, 0, 0, 0},
-    {{37216, 11}, TagType::string, 2, 2, 404, 2},
-    {{37227, 8}, TagType::rational64u, 2, 0, 0, 0},
-    {{37235, 18}, TagType::string, 2, 2, 404, 2},
-    {{37253, 15}, TagType::rational64u, 2, 0, 0, 0},
-    {{37268, 11}, TagType::string, 2, 0, 0, 0},
-    {{37279, 18}, TagType::string, 2, 2, 393, 2},
-    {{37297, 15}, TagType::rational64u, 2, 1, 0, 0},
-    {{37312, 19}, TagType::string, 2, 2, 395, 2},
-    {{37331, 16}, TagType::rational64u, 2, 1, 0, 0},
-    {{37347, 17}, TagType::string, 2, 2, 404, 2},
-    {{37364, 14}, TagType::rational64u, 2, 0, 0, 0},
-    {{37378, 18}, TagType::string, 2, 2, 401, 3},
-    {{37396, 15}, TagType::rational64u, 2, 0, 0, 0},
-    {{37411, 19}, TagType::string, 2, 0, 0, 0},
-    {{37430, 18}, TagType::string, 2, 0, 0, 0},
-    {{37448, 12}, TagType::partialdate, 2, 1, 0, 0},
-    {{37460, 15}, TagType::int16u, 2, 0, 144, 2},
-    {{37475, 20}, TagType::rational64u, 2, 0, 0, 0},
-    {{37495, 19}, TagType::string, 2, 0, 0, 0},
-    {{37514, 11}, TagType::string, 0, 0, 0, 0},
-    {{37525, 12}, TagType::string, 0, 0, 0, 0},
-    {{37537, 15}, TagType::string, 0, 0, 0, 0},
-    {{37552, 16}, TagType::string, 0, 0, 0, 0},
-    {{37568, 18}, TagType::string, 0, 0, 0, 0},
-    {{37586, 17}, TagType::string, 0, 0, 0, 0},
-    {{37603, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{37620, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{37639, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{37657, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{37667, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{37678, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{37698, 22}, TagType::int16u, 2, 0, 0, 0},
-    {{37720, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{37741, 20}, TagType::string, 18, 0, 0, 0},
-    {{37761, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{37774, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{37789, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{37803, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{37813, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{37825, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{37836, 9}, TagType::int16u, 18, 0, 0, 0},
-    {{37845, 7}, TagType::int16u, 2, 0, 0, 0},
-    {{37852, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{37860, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{37870, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{37879, 13}, TagType::string, 0, 0, 0, 0},
-    {{37892, 9}, TagType::int32u, 2, 0, 406, 2},
-    {{37901, 11}, TagType::string, 0, 0, 0, 0},
+    {{29212, 10}, TagType::imagedata, 2, 0, 0, 0},  // JpgFromRaw
+    {{29222, 10}, TagType::string, 2, 0, 0, 0},  // OtherImage
+    {{29232, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{29244, 14}, TagType::string, 2, 0, 0, 0},  // ThumbnailImage
+    {{29258, 12}, TagType::string, 18, 0, 0, 3},  // InteropIndex
+    {{29270, 14}, TagType::string, 16, 0, 0, 0},  // InteropVersion
+    {{29284, 18}, TagType::string, 2, 0, 0, 0},  // ProcessingSoftware
+    {{3870, 11}, TagType::int32u, 18, 0, 3, 14},  // SubfileType
+    {{29302, 14}, TagType::int16u, 18, 0, 17, 3},  // OldSubfileType
+    {{2940, 10}, TagType::int32u, 18, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int32u, 18, 0, 0, 0},  // ImageHeight
+    {{29316, 13}, TagType::int16u, 18, -1, 0, 0},  // BitsPerSample
+    {{29329, 11}, TagType::int16u, 18, 0, 20, 54},  // Compression
+    {{29340, 25}, TagType::int16u, 18, 0, 74, 17},  // PhotometricInterpretation
+    {{29365, 12}, TagType::int16u, 18, 0, 17, 3},  // Thresholding
+    {{29377, 9}, TagType::int16u, 18, 0, 0, 0},  // CellWidth
+    {{29386, 10}, TagType::int16u, 18, 0, 0, 0},  // CellLength
+    {{29396, 9}, TagType::int16u, 18, 0, 91, 2},  // FillOrder
+    {{29405, 12}, TagType::string, 2, 0, 0, 0},  // DocumentName
+    {{29417, 16}, TagType::longstring, 2, 0, 0, 0},  // ImageDescription
+    {{200, 4}, TagType::string, 2, 0, 0, 0},  // Make
+    {{29433, 5}, TagType::string, 2, 0, 0, 0},  // Model
+    {{29438, 12}, TagType::string, 0, 0, 0, 0},  // StripOffsets
+    {{29450, 15}, TagType::int32u, 2, 0, 0, 0},  // OtherImageStart
+    {{29465, 17}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageStart
+    {{29482, 15}, TagType::int32u, 2, 0, 0, 0},  // JpgFromRawStart
+    {{3914, 11}, TagType::int16u, 2, 0, 93, 8},  // Orientation
+    {{29497, 15}, TagType::int16u, 18, 0, 0, 0},  // SamplesPerPixel
+    {{29512, 12}, TagType::int32u, 18, 0, 0, 0},  // RowsPerStrip
+    {{29524, 15}, TagType::string, 0, 0, 0, 0},  // StripByteCounts
+    {{29539, 16}, TagType::int32u, 2, 0, 0, 0},  // OtherImageLength
+    {{29555, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
+    {{29573, 16}, TagType::int32u, 2, 0, 0, 0},  // JpgFromRawLength
+    {{29589, 14}, TagType::int16u, 2, 0, 0, 0},  // MinSampleValue
+    {{29603, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxSampleValue
+    {{29617, 11}, TagType::rational64u, 2, 0, 0, 0},  // XResolution
+    {{29628, 11}, TagType::rational64u, 2, 0, 0, 0},  // YResolution
+    {{29639, 19}, TagType::int16u, 18, 0, 91, 2},  // PlanarConfiguration
+    {{29658, 8}, TagType::string, 2, 0, 0, 0},  // PageName
+    {{29666, 9}, TagType::rational64u, 2, 0, 0, 0},  // XPosition
+    {{29675, 9}, TagType::rational64u, 2, 0, 0, 0},  // YPosition
+    {{29684, 11}, TagType::string, 0, 0, 0, 0},  // FreeOffsets
+    {{29695, 14}, TagType::string, 0, 0, 0, 0},  // FreeByteCounts
+    {{29709, 16}, TagType::int16u, 2, 0, 101, 5},  // GrayResponseUnit
+    {{29725, 17}, TagType::string, 8, 0, 0, 0},  // GrayResponseCurve
+    {{29742, 9}, TagType::string, 0, 0, 106, 3},  // T4Options
+    {{29751, 9}, TagType::string, 0, 0, 109, 1},  // T6Options
+    {{29760, 14}, TagType::int16u, 2, 0, 17, 3},  // ResolutionUnit
+    {{29774, 10}, TagType::int16u, 2, 2, 0, 0},  // PageNumber
+    {{29784, 17}, TagType::string, 0, 0, 0, 0},  // ColorResponseUnit
+    {{29801, 16}, TagType::int16u, 26, 768, 0, 0},  // TransferFunction
+    {{29817, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{3970, 10}, TagType::datetime, 2, 0, 0, 0},  // ModifyDate
+    {{29825, 6}, TagType::string, 2, 0, 0, 0},  // Artist
+    {{29831, 12}, TagType::string, 2, 0, 0, 0},  // HostComputer
+    {{29843, 9}, TagType::int16u, 18, 0, 110, 7},  // Predictor
+    {{29852, 10}, TagType::rational64u, 2, 2, 0, 0},  // WhitePoint
+    {{29862, 21}, TagType::rational64u, 2, 6, 0, 0},  // PrimaryChromaticities
+    {{29883, 8}, TagType::binary, 8, 0, 0, 0},  // ColorMap
+    {{29891, 13}, TagType::int16u, 2, 2, 0, 0},  // HalftoneHints
+    {{29904, 9}, TagType::int32u, 18, 0, 0, 0},  // TileWidth
+    {{29913, 10}, TagType::int32u, 18, 0, 0, 0},  // TileLength
+    {{29923, 11}, TagType::string, 0, 0, 0, 0},  // TileOffsets
+    {{29934, 14}, TagType::string, 0, 0, 0, 0},  // TileByteCounts
+    {{29948, 11}, TagType::string, 0, 0, 0, 0},  // BadFaxLines
+    {{29959, 12}, TagType::string, 0, 0, 117, 3},  // CleanFaxData
+    {{29971, 22}, TagType::string, 0, 0, 0, 0},  // ConsecutiveBadFaxLines
+    {{29993, 14}, TagType::string, 0, 0, 0, 0},  // A100DataOffset
+    {{30007, 6}, TagType::int16u, 2, 0, 91, 2},  // InkSet
+    {{30013, 8}, TagType::string, 0, 0, 0, 0},  // InkNames
+    {{30021, 12}, TagType::string, 0, 0, 0, 0},  // NumberofInks
+    {{30033, 8}, TagType::string, 0, 0, 0, 0},  // DotRange
+    {{30041, 13}, TagType::string, 2, 0, 0, 0},  // TargetPrinter
+    {{30054, 12}, TagType::string, 0, 0, 117, 3},  // ExtraSamples
+    {{30066, 12}, TagType::string, 0, 0, 120, 24},  // SampleFormat
+    {{30078, 15}, TagType::string, 0, 0, 0, 0},  // SMinSampleValue
+    {{30093, 15}, TagType::string, 0, 0, 0, 0},  // SMaxSampleValue
+    {{30108, 13}, TagType::string, 0, 0, 0, 0},  // TransferRange
+    {{30121, 8}, TagType::string, 0, 0, 0, 0},  // ClipPath
+    {{30129, 14}, TagType::string, 0, 0, 0, 0},  // XClipPathUnits
+    {{30143, 14}, TagType::string, 0, 0, 0, 0},  // YClipPathUnits
+    {{30157, 7}, TagType::string, 0, 0, 144, 2},  // Indexed
+    {{30164, 10}, TagType::string, 8, 0, 0, 0},  // JPEGTables
+    {{30174, 8}, TagType::string, 0, 0, 144, 2},  // OPIProxy
+    {{30182, 11}, TagType::string, 0, 0, 144, 2},  // ProfileType
+    {{30193, 10}, TagType::string, 0, 0, 146, 9},  // FaxProfile
+    {{30203, 13}, TagType::string, 0, 0, 155, 7},  // CodingMethods
+    {{30216, 11}, TagType::string, 0, 0, 0, 0},  // VersionYear
+    {{30227, 10}, TagType::string, 0, 0, 0, 0},  // ModeNumber
+    {{30237, 6}, TagType::string, 0, 0, 0, 0},  // Decode
+    {{30243, 17}, TagType::string, 0, 0, 0, 0},  // DefaultImageColor
+    {{30260, 10}, TagType::string, 0, 0, 0, 0},  // T82Options
+    {{30270, 8}, TagType::string, 0, 0, 162, 2},  // JPEGProc
+    {{30278, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
+    {{30293, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
+    {{30308, 19}, TagType::string, 0, 0, 0, 0},  // JPEGRestartInterval
+    {{30327, 22}, TagType::string, 0, 0, 0, 0},  // JPEGLosslessPredictors
+    {{30349, 19}, TagType::string, 0, 0, 0, 0},  // JPEGPointTransforms
+    {{30368, 11}, TagType::string, 0, 0, 0, 0},  // JPEGQTables
+    {{30379, 12}, TagType::string, 0, 0, 0, 0},  // JPEGDCTables
+    {{30391, 12}, TagType::string, 0, 0, 0, 0},  // JPEGACTables
+    {{30403, 17}, TagType::rational64u, 18, 3, 0, 0},  // YCbCrCoefficients
+    {{30420, 16}, TagType::int16u, 18, 2, 164, 8},  // YCbCrSubSampling
+    {{30436, 16}, TagType::int16u, 18, 0, 91, 2},  // YCbCrPositioning
+    {{30452, 19}, TagType::rational64u, 2, 6, 0, 0},  // ReferenceBlackWhite
+    {{30471, 14}, TagType::string, 0, 0, 0, 0},  // StripRowCounts
+    {{30485, 16}, TagType::int8u, 26, 0, 0, 0},  // ApplicationNotes
+    {{30501, 18}, TagType::string, 0, 0, 0, 0},  // USPTOMiscellaneous
+    {{30519, 22}, TagType::string, 18, 0, 0, 0},  // RelatedImageFileFormat
+    {{30541, 17}, TagType::int16u, 18, 0, 0, 0},  // RelatedImageWidth
+    {{30558, 18}, TagType::int16u, 18, 0, 0, 0},  // RelatedImageHeight
+    {{30576, 6}, TagType::int16u, 2, 0, 0, 0},  // Rating
+    {{30582, 13}, TagType::int16u, 2, 0, 0, 0},  // RatingPercent
+    {{30595, 15}, TagType::string, 0, 0, 0, 0},  // ResolutionXUnit
+    {{30610, 15}, TagType::string, 0, 0, 0, 0},  // ResolutionYUnit
+    {{30625, 21}, TagType::string, 0, 0, 0, 0},  // ResolutionXLengthUnit
+    {{30646, 21}, TagType::string, 0, 0, 0, 0},  // ResolutionYLengthUnit
+    {{30667, 10}, TagType::string, 0, 0, 0, 0},  // PrintFlags
+    {{30677, 17}, TagType::string, 0, 0, 0, 0},  // PrintFlagsVersion
+    {{30694, 14}, TagType::string, 0, 0, 0, 0},  // PrintFlagsCrop
+    {{30708, 20}, TagType::string, 0, 0, 0, 0},  // PrintFlagsBleedWidth
+    {{30728, 25}, TagType::string, 0, 0, 0, 0},  // PrintFlagsBleedWidthScale
+    {{30753, 11}, TagType::string, 0, 0, 0, 0},  // HalftoneLPI
+    {{30764, 15}, TagType::string, 0, 0, 0, 0},  // HalftoneLPIUnit
+    {{30779, 14}, TagType::string, 0, 0, 0, 0},  // HalftoneDegree
+    {{30793, 13}, TagType::string, 0, 0, 0, 0},  // HalftoneShape
+    {{30806, 12}, TagType::string, 0, 0, 0, 0},  // HalftoneMisc
+    {{30818, 14}, TagType::string, 0, 0, 0, 0},  // HalftoneScreen
+    {{30832, 11}, TagType::string, 0, 0, 0, 0},  // JPEGQuality
+    {{30843, 8}, TagType::string, 8, 0, 0, 0},  // GridSize
+    {{30851, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailFormat
+    {{30866, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailWidth
+    {{30880, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailHeight
+    {{30895, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailColorDepth
+    {{30914, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailPlanes
+    {{30929, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailRawBytes
+    {{30946, 23}, TagType::string, 0, 0, 0, 0},  // ThumbnailCompressedSize
+    {{30969, 21}, TagType::string, 8, 0, 0, 0},  // ColorTransferFunction
+    {{30990, 13}, TagType::string, 8, 0, 0, 0},  // ThumbnailData
+    {{31003, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailImageWidth
+    {{31022, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailImageHeight
+    {{31042, 22}, TagType::string, 0, 0, 0, 0},  // ThumbnailBitsPerSample
+    {{31064, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailCompression
+    {{31084, 26}, TagType::string, 0, 0, 0, 0},  // ThumbnailPhotometricInterp
+    {{31110, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailDescription
+    {{31130, 18}, TagType::string, 0, 0, 0, 0},  // ThumbnailEquipMake
+    {{31148, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailEquipModel
+    {{31167, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailStripOffsets
+    {{31188, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailOrientation
+    {{31208, 24}, TagType::string, 0, 0, 0, 0},  // ThumbnailSamplesPerPixel
+    {{31232, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailRowsPerStrip
+    {{31253, 24}, TagType::string, 0, 0, 0, 0},  // ThumbnailStripByteCounts
+    {{31277, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionX
+    {{31297, 20}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionY
+    {{31317, 21}, TagType::string, 0, 0, 0, 0},  // ThumbnailPlanarConfig
+    {{31338, 23}, TagType::string, 0, 0, 0, 0},  // ThumbnailResolutionUnit
+    {{31361, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailTransferFunction
+    {{31386, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailSoftware
+    {{31403, 17}, TagType::string, 0, 0, 0, 0},  // ThumbnailDateTime
+    {{31420, 15}, TagType::string, 0, 0, 0, 0},  // ThumbnailArtist
+    {{31435, 19}, TagType::string, 0, 0, 0, 0},  // ThumbnailWhitePoint
+    {{31454, 30}, TagType::string, 0, 0, 0, 0},  // ThumbnailPrimaryChromaticities
+    {{31484, 26}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrCoefficients
+    {{31510, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrSubsampling
+    {{31535, 25}, TagType::string, 0, 0, 0, 0},  // ThumbnailYCbCrPositioning
+    {{31560, 22}, TagType::string, 0, 0, 0, 0},  // ThumbnailRefBlackWhite
+    {{31582, 18}, TagType::string, 0, 0, 0, 0},  // ThumbnailCopyright
+    {{31600, 14}, TagType::string, 0, 0, 0, 0},  // LuminanceTable
+    {{31614, 16}, TagType::string, 0, 0, 0, 0},  // ChrominanceTable
+    {{31630, 10}, TagType::string, 0, 0, 0, 0},  // FrameDelay
+    {{31640, 9}, TagType::string, 0, 0, 0, 0},  // LoopCount
+    {{31649, 13}, TagType::string, 0, 0, 0, 0},  // GlobalPalette
+    {{31662, 15}, TagType::string, 0, 0, 0, 0},  // IndexBackground
+    {{31677, 16}, TagType::string, 0, 0, 0, 0},  // IndexTransparent
+    {{31693, 10}, TagType::string, 0, 0, 0, 0},  // PixelUnits
+    {{31703, 14}, TagType::string, 0, 0, 0, 0},  // PixelsPerUnitX
+    {{31717, 14}, TagType::string, 0, 0, 0, 0},  // PixelsPerUnitY
+    {{31731, 16}, TagType::string, 0, 0, 0, 0},  // PaletteHistogram
+    {{31747, 15}, TagType::string, 0, 0, 172, 5},  // SonyRawFileType
+    {{31762, 13}, TagType::string, 0, 0, 0, 0},  // SonyToneCurve
+    {{31775, 20}, TagType::int16s, 18, 0, 177, 4},  // VignettingCorrection
+    {{31795, 20}, TagType::int16s, 18, 17, 0, 0},  // VignettingCorrParams
+    {{31815, 29}, TagType::int16s, 18, 0, 181, 3},  // ChromaticAberrationCorrection
+    {{31844, 29}, TagType::int16s, 18, 33, 0, 0},  // ChromaticAberrationCorrParams
+    {{31873, 20}, TagType::int16s, 18, 0, 184, 4},  // DistortionCorrection
+    {{31893, 20}, TagType::int16s, 18, 17, 0, 0},  // DistortionCorrParams
+    {{31913, 16}, TagType::int32u, 18, 2, 0, 0},  // SonyRawImageSize
+    {{31929, 10}, TagType::float_, 18, -1, 0, 0},  // BlackLevel
+    {{31939, 13}, TagType::int16s, 18, 4, 0, 0},  // WB_RGGBLevels
+    {{31952, 15}, TagType::int32u, 18, 2, 0, 0},  // SonyCropTopLeft
+    {{31967, 12}, TagType::int32u, 18, 2, 0, 0},  // SonyCropSize
+    {{31979, 7}, TagType::string, 0, 0, 0, 0},  // ImageID
+    {{31986, 8}, TagType::string, 8, 0, 0, 0},  // WangTag1
+    {{31994, 14}, TagType::string, 8, 0, 0, 0},  // WangAnnotation
+    {{32008, 8}, TagType::string, 8, 0, 0, 0},  // WangTag3
+    {{32016, 8}, TagType::string, 0, 0, 0, 0},  // WangTag4
+    {{32024, 20}, TagType::string, 0, 0, 0, 0},  // ImageReferencePoints
+    {{32044, 20}, TagType::string, 0, 0, 0, 0},  // RegionXformTackPoint
+    {{32064, 17}, TagType::string, 0, 0, 0, 0},  // WarpQuadrilateral
+    {{32081, 18}, TagType::string, 0, 0, 0, 0},  // AffineTransformMat
+    {{32099, 8}, TagType::string, 0, 0, 0, 0},  // Matteing
+    {{32107, 8}, TagType::string, 0, 0, 0, 0},  // DataType
+    {{32115, 10}, TagType::string, 0, 0, 0, 0},  // ImageDepth
+    {{32125, 9}, TagType::string, 0, 0, 0, 0},  // TileDepth
+    {{32134, 14}, TagType::string, 0, 0, 0, 0},  // ImageFullWidth
+    {{32148, 15}, TagType::string, 0, 0, 0, 0},  // ImageFullHeight
+    {{32163, 13}, TagType::string, 0, 0, 0, 0},  // TextureFormat
+    {{32176, 9}, TagType::string, 0, 0, 0, 0},  // WrapModes
+    {{32185, 6}, TagType::string, 0, 0, 0, 0},  // FovCot
+    {{32191, 19}, TagType::string, 0, 0, 0, 0},  // MatrixWorldToScreen
+    {{32210, 19}, TagType::string, 0, 0, 0, 0},  // MatrixWorldToCamera
+    {{32229, 6}, TagType::string, 0, 0, 0, 0},  // Model2
+    {{32235, 19}, TagType::int16u, 18, 2, 0, 0},  // CFARepeatPatternDim
+    {{32254, 11}, TagType::int8u, 18, -1, 0, 0},  // CFAPattern2
+    {{32265, 12}, TagType::string, 0, 0, 0, 0},  // BatteryLevel
+    {{6850, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{32277, 12}, TagType::speed, 2, 0, 0, 0},  // ExposureTime
+    {{32289, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
+    {{32296, 9}, TagType::string, 0, 0, 0, 0},  // MDFileTag
+    {{32305, 12}, TagType::string, 0, 0, 0, 0},  // MDScalePixel
+    {{32317, 12}, TagType::string, 0, 0, 0, 0},  // MDColorTable
+    {{32329, 9}, TagType::string, 0, 0, 0, 0},  // MDLabName
+    {{32338, 12}, TagType::string, 0, 0, 0, 0},  // MDSampleInfo
+    {{32350, 10}, TagType::string, 0, 0, 0, 0},  // MDPrepDate
+    {{32360, 10}, TagType::string, 0, 0, 0, 0},  // MDPrepTime
+    {{32370, 11}, TagType::string, 0, 0, 0, 0},  // MDFileUnits
+    {{32381, 10}, TagType::double_, 2, 3, 0, 0},  // PixelScale
+    {{32391, 11}, TagType::string, 0, 0, 0, 0},  // AdventScale
+    {{32402, 14}, TagType::string, 0, 0, 0, 0},  // AdventRevision
+    {{32416, 7}, TagType::string, 0, 0, 0, 0},  // UIC1Tag
+    {{32423, 7}, TagType::string, 0, 0, 0, 0},  // UIC2Tag
+    {{32430, 7}, TagType::string, 0, 0, 0, 0},  // UIC3Tag
+    {{32437, 7}, TagType::string, 0, 0, 0, 0},  // UIC4Tag
+    {{32444, 8}, TagType::int32u, 26, 0, 0, 0},  // IPTC-NAA
+    {{32452, 20}, TagType::string, 0, 0, 0, 0},  // IntergraphPacketData
+    {{32472, 23}, TagType::string, 0, 0, 0, 0},  // IntergraphFlagRegisters
+    {{32495, 16}, TagType::double_, 2, 0, 0, 0},  // IntergraphMatrix
+    {{32511, 12}, TagType::string, 0, 0, 0, 0},  // INGRReserved
+    {{32523, 13}, TagType::double_, 2, 0, 0, 0},  // ModelTiePoint
+    {{32536, 4}, TagType::string, 0, 0, 0, 0},  // Site
+    {{32540, 13}, TagType::string, 0, 0, 0, 0},  // ColorSequence
+    {{32553, 9}, TagType::string, 0, 0, 0, 0},  // IT8Header
+    {{32562, 13}, TagType::string, 0, 0, 188, 5},  // RasterPadding
+    {{32575, 16}, TagType::string, 0, 0, 0, 0},  // BitsPerRunLength
+    {{32591, 24}, TagType::string, 0, 0, 0, 0},  // BitsPerExtendedRunLength
+    {{32615, 10}, TagType::string, 0, 0, 0, 0},  // ColorTable
+    {{32625, 19}, TagType::string, 0, 0, 144, 2},  // ImageColorIndicator
+    {{32644, 24}, TagType::string, 0, 0, 144, 2},  // BackgroundColorIndicator
+    {{32668, 15}, TagType::string, 0, 0, 0, 0},  // ImageColorValue
+    {{32683, 20}, TagType::string, 0, 0, 0, 0},  // BackgroundColorValue
+    {{32703, 19}, TagType::string, 0, 0, 0, 0},  // PixelIntensityRange
+    {{32722, 21}, TagType::string, 0, 0, 0, 0},  // TransparencyIndicator
+    {{32743, 21}, TagType::string, 0, 0, 0, 0},  // ColorCharacterization
+    {{32764, 7}, TagType::string, 0, 0, 117, 3},  // HCUsage
+    {{32771, 13}, TagType::string, 0, 0, 0, 0},  // TrapIndicator
+    {{32784, 14}, TagType::string, 0, 0, 0, 0},  // CMYKEquivalent
+    {{32798, 7}, TagType::string, 2, 0, 0, 0},  // SEMInfo
+    {{32805, 21}, TagType::string, 0, 0, 0, 0},  // PixelMagicJBIGOptions
+    {{32826, 11}, TagType::string, 0, 0, 0, 0},  // JPLCartoIFD
+    {{32837, 14}, TagType::double_, 2, 16, 0, 0},  // ModelTransform
+    {{32851, 13}, TagType::string, 0, 0, 0, 0},  // WB_GRGBLevels
+    {{32864, 17}, TagType::string, 0, 0, 193, 5},  // TIFF_FXExtensions
+    {{32881, 13}, TagType::string, 0, 0, 198, 11},  // MultiProfiles
+    {{32894, 10}, TagType::string, 0, 0, 0, 0},  // SharedData
+    {{32904, 10}, TagType::string, 0, 0, 0, 0},  // T88Options
+    {{32914, 10}, TagType::string, 0, 0, 0, 0},  // ImageLayer
+    {{32924, 18}, TagType::string, 10, 0, 0, 0},  // GeoTiffAsciiParams
+    {{32942, 11}, TagType::string, 0, 0, 0, 0},  // JBIGOptions
+    {{32953, 15}, TagType::int16u, 2, 0, 209, 10},  // ExposureProgram
+    {{32968, 19}, TagType::string, 2, 0, 0, 0},  // SpectralSensitivity
+    {{32987, 3}, TagType::int16u, 2, -1, 0, 0},  // ISO
+    {{32990, 23}, TagType::string, 8, 0, 0, 0},  // Opto-ElectricConvFactor
+    {{33013, 9}, TagType::string, 0, 0, 0, 0},  // Interlace
+    {{33022, 14}, TagType::int16s, 2, -1, 0, 0},  // TimeZoneOffset
+    {{33036, 13}, TagType::int16u, 2, 0, 0, 0},  // SelfTimerMode
+    {{33049, 15}, TagType::int16u, 2, 0, 219, 8},  // SensitivityType
+    {{33064, 25}, TagType::int32u, 2, 0, 0, 0},  // StandardOutputSensitivity
+    {{33089, 24}, TagType::int32u, 2, 0, 0, 0},  // RecommendedExposureIndex
+    {{33113, 8}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeed
+    {{33121, 19}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeedLatitudeyyy
+    {{33140, 19}, TagType::int32u, 2, 0, 0, 0},  // ISOSpeedLatitudezzz
+    {{33159, 13}, TagType::string, 0, 0, 0, 0},  // FaxRecvParams
+    {{33172, 13}, TagType::string, 0, 0, 0, 0},  // FaxSubAddress
+    {{33185, 11}, TagType::string, 0, 0, 0, 0},  // FaxRecvTime
+    {{33196, 8}, TagType::string, 0, 0, 0, 0},  // FedexEDR
+    {{33204, 11}, TagType::string, 2, 0, 0, 0},  // ExifVersion
+    {{2896, 16}, TagType::datetime, 2, 0, 0, 0},  // DateTimeOriginal
+    {{3945, 10}, TagType::datetime, 2, 0, 0, 0},  // CreateDate
+    {{33215, 10}, TagType::string, 2, 0, 0, 0},  // OffsetTime
+    {{33225, 18}, TagType::string, 2, 0, 0, 0},  // OffsetTimeOriginal
+    {{33243, 19}, TagType::string, 2, 0, 0, 0},  // OffsetTimeDigitized
+    {{33262, 22}, TagType::rational64u, 18, 0, 0, 0},  // CompressedBitsPerPixel
+    {{33284, 17}, TagType::speed, 2, 0, 0, 0},  // ShutterSpeedValue
+    {{33301, 13}, TagType::rational64u, 2, 0, 0, 0},  // ApertureValue
+    {{33314, 15}, TagType::rational64s, 2, 0, 0, 0},  // BrightnessValue
+    {{33329, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
+    {{33349, 16}, TagType::rational64u, 2, 0, 0, 0},  // MaxApertureValue
+    {{33365, 15}, TagType::rational64u, 2, 0, 0, 0},  // SubjectDistance
+    {{33380, 12}, TagType::int16u, 2, 0, 227, 8},  // MeteringMode
+    {{33392, 11}, TagType::int16u, 2, 0, 235, 22},  // LightSource
+    {{33403, 5}, TagType::int16u, 2, 0, 257, 27},  // Flash
+    {{33408, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
+    {{33419, 11}, TagType::rational64u, 2, 0, 0, 0},  // FlashEnergy
+    {{33430, 24}, TagType::string, 0, 0, 0, 0},  // SpatialFrequencyResponse
+    {{33454, 5}, TagType::string, 0, 0, 0, 0},  // Noise
+    {{33459, 21}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneXResolution
+    {{33480, 21}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneYResolution
+    {{33501, 24}, TagType::int16u, 2, 0, 101, 5},  // FocalPlaneResolutionUnit
+    {{33525, 11}, TagType::int32u, 2, 0, 0, 0},  // ImageNumber
+    {{33536, 22}, TagType::string, 2, 0, 284, 5},  // SecurityClassification
+    {{33558, 12}, TagType::string, 2, 0, 0, 0},  // ImageHistory
+    {{33570, 11}, TagType::int16u, 2, -1, 0, 0},  // SubjectArea
+    {{33581, 13}, TagType::rational64u, 2, 0, 0, 0},  // ExposureIndex
+    {{33594, 17}, TagType::string, 0, 0, 0, 0},  // TIFF-EPStandardID
+    {{33611, 13}, TagType::int16u, 2, 0, 93, 8},  // SensingMethod
+    {{33624, 12}, TagType::string, 0, 0, 0, 0},  // CIP3DataFile
+    {{33636, 9}, TagType::string, 0, 0, 0, 0},  // CIP3Sheet
+    {{33645, 8}, TagType::string, 0, 0, 0, 0},  // CIP3Side
+    {{33653, 7}, TagType::string, 0, 0, 0, 0},  // StoNits
+    {{33660, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteDJIInfo
+    {{33676, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteKodak12
+    {{33692, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteOlympus3
+    {{33709, 16}, TagType::string, 10, 0, 0, 0},  // MakerNoteLeica10
+    {{33725, 19}, TagType::string, 10, 0, 0, 0},  // MakerNotePanasonic3
+    {{33744, 17}, TagType::string, 10, 0, 0, 0},  // MakerNoteReconyx3
+    {{33761, 20}, TagType::string, 10, 0, 0, 0},  // MakerNoteRicohPentax
+    {{33781, 11}, TagType::longstring, 2, 0, 0, 0},  // UserComment
+    {{33792, 10}, TagType::string, 2, 0, 0, 0},  // SubSecTime
+    {{33802, 18}, TagType::string, 2, 0, 0, 0},  // SubSecTimeOriginal
+    {{33820, 19}, TagType::string, 2, 0, 0, 0},  // SubSecTimeDigitized
+    {{33839, 14}, TagType::string, 0, 0, 0, 0},  // MSDocumentText
+    {{33853, 20}, TagType::string, 8, 0, 0, 0},  // MSPropertySetStorage
+    {{33873, 22}, TagType::string, 8, 0, 0, 0},  // MSDocumentTextPosition
+    {{33895, 15}, TagType::imagedata, 26, 0, 0, 0},  // ImageSourceData
+    {{328, 18}, TagType::rational64s, 2, 0, 0, 0},  // AmbientTemperature
+    {{33910, 8}, TagType::rational64u, 2, 0, 0, 0},  // Humidity
+    {{33918, 8}, TagType::rational64u, 2, 0, 0, 0},  // Pressure
+    {{33926, 10}, TagType::rational64s, 2, 0, 0, 0},  // WaterDepth
+    {{33936, 12}, TagType::rational64u, 2, 0, 0, 0},  // Acceleration
+    {{33948, 20}, TagType::rational64s, 2, 0, 0, 0},  // CameraElevationAngle
+    {{33968, 7}, TagType::int8u, 2, 0, 0, 0},  // XPTitle
+    {{33975, 9}, TagType::int8u, 2, 0, 0, 0},  // XPComment
+    {{33984, 8}, TagType::int8u, 2, 0, 0, 0},  // XPAuthor
+    {{33992, 10}, TagType::int8u, 2, 0, 0, 0},  // XPKeywords
+    {{34002, 9}, TagType::int8u, 2, 0, 0, 0},  // XPSubject
+    {{34011, 15}, TagType::string, 2, 0, 0, 0},  // FlashpixVersion
+    {{34026, 10}, TagType::int16u, 2, 0, 289, 5},  // ColorSpace
+    {{34036, 14}, TagType::int16u, 2, 0, 0, 0},  // ExifImageWidth
+    {{34050, 15}, TagType::int16u, 2, 0, 0, 0},  // ExifImageHeight
+    {{34065, 16}, TagType::string, 2, 0, 0, 0},  // RelatedSoundFile
+    {{34081, 24}, TagType::string, 0, 0, 0, 0},  // SamsungRawPointersOffset
+    {{34105, 24}, TagType::string, 0, 0, 0, 0},  // SamsungRawPointersLength
+    {{34129, 19}, TagType::string, 0, 0, 0, 0},  // SamsungRawByteOrder
+    {{34148, 17}, TagType::string, 0, 0, 0, 0},  // SamsungRawUnknown
+    {{34165, 15}, TagType::int16u, 2, 2, 0, 0},  // SubjectLocation
+    {{34180, 10}, TagType::string, 2, 0, 294, 4},  // FileSource
+    {{34190, 9}, TagType::string, 2, 0, 298, 1},  // SceneType
+    {{34199, 10}, TagType::string, 18, 0, 172, 5},  // CFAPattern
+    {{34209, 14}, TagType::int16u, 2, 0, 299, 8},  // CustomRendered
+    {{34223, 12}, TagType::int16u, 2, 0, 117, 3},  // ExposureMode
+    {{34235, 12}, TagType::string, 2, 0, 144, 2},  // WhiteBalance
+    {{34247, 16}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoomRatio
+    {{34263, 23}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{34286, 16}, TagType::int16u, 2, 0, 172, 5},  // SceneCaptureType
+    {{34302, 11}, TagType::int16u, 2, 0, 172, 5},  // GainControl
+    {{34313, 8}, TagType::string, 2, 0, 117, 3},  // Contrast
+    {{34321, 10}, TagType::string, 2, 0, 117, 3},  // Saturation
+    {{34331, 9}, TagType::string, 2, 0, 117, 3},  // Sharpness
+    {{34340, 24}, TagType::string, 8, 0, 0, 0},  // DeviceSettingDescription
+    {{34364, 20}, TagType::int16u, 2, 0, 307, 4},  // SubjectDistanceRange
+    {{34384, 13}, TagType::string, 2, 0, 0, 0},  // ImageUniqueID
+    {{34397, 9}, TagType::string, 2, 0, 0, 0},  // OwnerName
+    {{34406, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{34418, 8}, TagType::rational64u, 2, 4, 0, 0},  // LensInfo
+    {{34426, 8}, TagType::string, 2, 0, 0, 0},  // LensMake
+    {{34434, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
+    {{34443, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
+    {{3995, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{34459, 12}, TagType::string, 2, 0, 0, 0},  // Photographer
+    {{34471, 11}, TagType::string, 2, 0, 0, 0},  // ImageEditor
+    {{34482, 14}, TagType::string, 2, 0, 0, 0},  // CameraFirmware
+    {{34496, 21}, TagType::string, 2, 0, 0, 0},  // RAWDevelopingSoftware
+    {{34517, 20}, TagType::string, 2, 0, 0, 0},  // ImageEditingSoftware
+    {{34537, 23}, TagType::string, 2, 0, 0, 0},  // MetadataEditingSoftware
+    {{34560, 14}, TagType::int16u, 2, 0, 307, 4},  // CompositeImage
+    {{34574, 19}, TagType::int16u, 2, 2, 0, 0},  // CompositeImageCount
+    {{34593, 27}, TagType::string, 2, 0, 0, 0},  // CompositeImageExposureTimes
+    {{34620, 12}, TagType::string, 2, 0, 0, 0},  // GDALMetadata
+    {{34632, 10}, TagType::string, 2, 0, 0, 0},  // GDALNoData
+    {{3909, 5}, TagType::float_, 2, 0, 0, 0},  // Gamma
+    {{34642, 14}, TagType::string, 0, 0, 0, 0},  // ExpandSoftware
+    {{34656, 10}, TagType::string, 0, 0, 0, 0},  // ExpandLens
+    {{34666, 10}, TagType::string, 0, 0, 0, 0},  // ExpandFilm
+    {{34676, 16}, TagType::string, 0, 0, 0, 0},  // ExpandFilterLens
+    {{34692, 13}, TagType::string, 0, 0, 0, 0},  // ExpandScanner
+    {{34705, 15}, TagType::string, 0, 0, 0, 0},  // ExpandFlashLamp
+    {{34720, 18}, TagType::string, 8, 0, 0, 0},  // HasselbladRawImage
+    {{34738, 11}, TagType::string, 0, 0, 311, 55},  // PixelFormat
+    {{34749, 14}, TagType::string, 0, 0, 219, 8},  // Transformation
+    {{34763, 12}, TagType::string, 0, 0, 144, 2},  // Uncompressed
+    {{34775, 9}, TagType::string, 0, 0, 91, 2},  // ImageType
+    {{34784, 15}, TagType::string, 0, 0, 0, 0},  // WidthResolution
+    {{34799, 16}, TagType::string, 0, 0, 0, 0},  // HeightResolution
+    {{34815, 11}, TagType::string, 0, 0, 0, 0},  // ImageOffset
+    {{34826, 14}, TagType::string, 0, 0, 0, 0},  // ImageByteCount
+    {{34840, 11}, TagType::string, 0, 0, 0, 0},  // AlphaOffset
+    {{34851, 14}, TagType::string, 0, 0, 0, 0},  // AlphaByteCount
+    {{34865, 16}, TagType::string, 0, 0, 307, 4},  // ImageDataDiscard
+    {{34881, 16}, TagType::string, 0, 0, 307, 4},  // AlphaDataDiscard
+    {{34897, 14}, TagType::string, 0, 0, 0, 0},  // OceScanjobDesc
+    {{34911, 22}, TagType::string, 0, 0, 0, 0},  // OceApplicationSelector
+    {{34933, 11}, TagType::string, 0, 0, 0, 0},  // OceIDNumber
+    {{34944, 13}, TagType::string, 0, 0, 0, 0},  // OceImageLogic
+    {{34957, 11}, TagType::string, 8, 0, 0, 0},  // Annotations
+    {{34968, 7}, TagType::string, 10, 0, 0, 0},  // PrintIM
+    {{7515, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
+    {{34975, 24}, TagType::string, 0, 0, 117, 3},  // USPTOOriginalContentType
+    {{34999, 13}, TagType::string, 0, 0, 366, 4},  // CR2CFAPattern
+    {{35012, 10}, TagType::int8u, 18, 4, 0, 0},  // DNGVersion
+    {{35022, 18}, TagType::int8u, 18, 4, 0, 0},  // DNGBackwardVersion
+    {{35040, 17}, TagType::string, 2, 0, 0, 0},  // UniqueCameraModel
+    {{35057, 20}, TagType::string, 2, 0, 0, 0},  // LocalizedCameraModel
+    {{35077, 13}, TagType::string, 0, 0, 0, 0},  // CFAPlaneColor
+    {{35090, 9}, TagType::string, 0, 0, 370, 9},  // CFALayout
+    {{35099, 18}, TagType::int16u, 26, -1, 0, 0},  // LinearizationTable
+    {{35117, 19}, TagType::int16u, 18, 2, 0, 0},  // BlackLevelRepeatDim
+    {{35136, 16}, TagType::rational64s, 18, -1, 0, 0},  // BlackLevelDeltaH
+    {{35152, 16}, TagType::rational64s, 18, -1, 0, 0},  // BlackLevelDeltaV
+    {{35168, 10}, TagType::int32u, 18, -1, 0, 0},  // WhiteLevel
+    {{35178, 12}, TagType::rational64u, 18, 2, 0, 0},  // DefaultScale
+    {{35190, 17}, TagType::int32u, 18, 2, 0, 0},  // DefaultCropOrigin
+    {{35207, 15}, TagType::int32u, 18, 2, 0, 0},  // DefaultCropSize
+    {{35222, 12}, TagType::rational64s, 18, -1, 0, 0},  // ColorMatrix1
+    {{35234, 12}, TagType::rational64s, 18, -1, 0, 0},  // ColorMatrix2
+    {{35246, 18}, TagType::rational64s, 18, -1, 0, 0},  // CameraCalibration1
+    {{35264, 18}, TagType::rational64s, 18, -1, 0, 0},  // CameraCalibration2
+    {{35282, 16}, TagType::rational64s, 18, -1, 0, 0},  // ReductionMatrix1
+    {{35298, 16}, TagType::rational64s, 18, -1, 0, 0},  // ReductionMatrix2
+    {{35314, 13}, TagType::rational64u, 18, -1, 0, 0},  // AnalogBalance
+    {{35327, 13}, TagType::rational64u, 18, -1, 0, 0},  // AsShotNeutral
+    {{35340, 13}, TagType::rational64u, 18, 2, 0, 0},  // AsShotWhiteXY
+    {{35353, 16}, TagType::rational64s, 18, 0, 0, 0},  // BaselineExposure
+    {{35369, 13}, TagType::rational64u, 18, 0, 0, 0},  // BaselineNoise
+    {{35382, 17}, TagType::rational64u, 18, 0, 0, 0},  // BaselineSharpness
+    {{35399, 15}, TagType::int32u, 18, 0, 0, 0},  // BayerGreenSplit
+    {{35414, 19}, TagType::rational64u, 18, 0, 0, 0},  // LinearResponseLimit
+    {{35433, 18}, TagType::string, 2, 0, 0, 0},  // CameraSerialNumber
+    {{35451, 11}, TagType::rational64u, 2, 4, 0, 0},  // DNGLensInfo
+    {{35462, 16}, TagType::rational64u, 18, 0, 0, 0},  // ChromaBlurRadius
+    {{35478, 17}, TagType::rational64u, 18, 0, 0, 0},  // AntiAliasStrength
+    {{35495, 11}, TagType::rational64u, 18, 0, 0, 0},  // ShadowScale
+    {{35506, 12}, TagType::imagedata, 26, 0, 0, 0},  // DNGAdobeData
+    {{35518, 14}, TagType::imagedata, 26, 0, 0, 0},  // DNGPrivateData
+    {{35532, 15}, TagType::int16u, 2, 0, 144, 2},  // MakerNoteSafety
+    {{35547, 20}, TagType::string, 0, 0, 0, 0},  // RawImageSegmentation
+    {{35567, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant1
+    {{35589, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant2
+    {{35611, 16}, TagType::rational64u, 18, 0, 0, 0},  // BestQualityScale
+    {{35627, 15}, TagType::int8u, 18, 16, 0, 0},  // RawDataUniqueID
+    {{35642, 18}, TagType::string, 0, 0, 0, 0},  // AliasLayerMetadata
+    {{35660, 19}, TagType::string, 18, 0, 0, 0},  // OriginalRawFileName
+    {{35679, 19}, TagType::imagedata, 26, 0, 0, 0},  // OriginalRawFileData
+    {{35698, 10}, TagType::int32u, 18, 4, 0, 0},  // ActiveArea
+    {{35708, 11}, TagType::int32u, 18, -1, 0, 0},  // MaskedAreas
+    {{35719, 22}, TagType::rational64s, 18, -1, 0, 0},  // AsShotPreProfileMatrix
+    {{35741, 23}, TagType::rational64s, 18, -1, 0, 0},  // CurrentPreProfileMatrix
+    {{35764, 21}, TagType::int16u, 18, 0, 117, 3},  // ColorimetricReference
+    {{35785, 8}, TagType::string, 0, 0, 0, 0},  // SRawType
+    {{35793, 14}, TagType::string, 2, 0, 0, 0},  // PanasonicTitle
+    {{35807, 15}, TagType::string, 2, 0, 0, 0},  // PanasonicTitle2
+    {{35822, 20}, TagType::string, 18, 0, 0, 0},  // CameraCalibrationSig
+    {{35842, 21}, TagType::string, 18, 0, 0, 0},  // ProfileCalibrationSig
+    {{35863, 17}, TagType::string, 18, 0, 0, 0},  // AsShotProfileName
+    {{35880, 21}, TagType::rational64u, 18, 0, 0, 0},  // NoiseReductionApplied
+    {{35901, 11}, TagType::string, 18, 0, 0, 0},  // ProfileName
+    {{35912, 20}, TagType::int32u, 18, 3, 0, 0},  // ProfileHueSatMapDims
+    {{35932, 21}, TagType::float_, 18, -1, 0, 0},  // ProfileHueSatMapData1
+    {{35953, 21}, TagType::float_, 18, -1, 0, 0},  // ProfileHueSatMapData2
+    {{35974, 16}, TagType::float_, 18, -1, 0, 0},  // ProfileToneCurve
+    {{35990, 18}, TagType::int32u, 18, 0, 307, 4},  // ProfileEmbedPolicy
+    {{36008, 16}, TagType::string, 18, 0, 0, 0},  // ProfileCopyright
+    {{36024, 14}, TagType::rational64s, 18, -1, 0, 0},  // ForwardMatrix1
+    {{36038, 14}, TagType::rational64s, 18, -1, 0, 0},  // ForwardMatrix2
+    {{36052, 22}, TagType::string, 18, 0, 0, 0},  // PreviewApplicationName
+    {{36074, 25}, TagType::string, 18, 0, 0, 0},  // PreviewApplicationVersion
+    {{36099, 19}, TagType::string, 18, 0, 0, 0},  // PreviewSettingsName
+    {{36118, 21}, TagType::int8u, 18, 0, 0, 0},  // PreviewSettingsDigest
+    {{36139, 17}, TagType::int32u, 18, 0, 172, 5},  // PreviewColorSpace
+    {{36156, 15}, TagType::datetime, 18, 0, 0, 0},  // PreviewDateTime
+    {{36171, 14}, TagType::int8u, 18, 16, 0, 0},  // RawImageDigest
+    {{36185, 21}, TagType::int8u, 18, 16, 0, 0},  // OriginalRawFileDigest
+    {{36206, 16}, TagType::string, 0, 0, 0, 0},  // SubTileBlockSize
+    {{36222, 19}, TagType::string, 0, 0, 0, 0},  // RowInterleaveFactor
+    {{36241, 20}, TagType::int32u, 18, 3, 0, 0},  // ProfileLookTableDims
+    {{36261, 20}, TagType::float_, 18, -1, 0, 0},  // ProfileLookTableData
+    {{36281, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList1
+    {{36292, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList2
+    {{36303, 11}, TagType::string, 26, 0, 379, 14},  // OpcodeList3
+    {{36314, 12}, TagType::double_, 18, -1, 0, 0},  // NoiseProfile
+    {{36326, 9}, TagType::int8u, 2, -1, 0, 0},  // TimeCodes
+    {{2920, 9}, TagType::rational64s, 2, 0, 0, 0},  // FrameRate
+    {{36335, 5}, TagType::rational64u, 2, -1, 0, 0},  // TStop
+    {{36340, 8}, TagType::string, 2, 0, 0, 0},  // ReelName
+    {{36348, 24}, TagType::int32u, 18, 2, 0, 0},  // OriginalDefaultFinalSize
+    {{36372, 23}, TagType::int32u, 18, 2, 0, 0},  // OriginalBestQualitySize
+    {{36395, 23}, TagType::rational64u, 18, 2, 0, 0},  // OriginalDefaultCropSize
+    {{36418, 11}, TagType::string, 2, 0, 0, 0},  // CameraLabel
+    {{36429, 24}, TagType::int32u, 18, 0, 144, 2},  // ProfileHueSatMapEncoding
+    {{36453, 24}, TagType::int32u, 18, 0, 144, 2},  // ProfileLookTableEncoding
+    {{36477, 22}, TagType::rational64s, 18, 0, 0, 0},  // BaselineExposureOffset
+    {{36499, 18}, TagType::int32u, 18, 0, 144, 2},  // DefaultBlackRender
+    {{36517, 17}, TagType::int8u, 18, 16, 0, 0},  // NewRawImageDigest
+    {{36534, 16}, TagType::double_, 18, 0, 0, 0},  // RawToPreviewGain
+    {{36550, 12}, TagType::int32u, 18, 4, 0, 0},  // CacheVersion
+    {{36562, 15}, TagType::rational64u, 18, 4, 0, 0},  // DefaultUserCrop
+    {{36577, 11}, TagType::int16u, 18, 0, 117, 3},  // DepthFormat
+    {{36588, 9}, TagType::rational64u, 18, 0, 0, 0},  // DepthNear
+    {{36597, 8}, TagType::rational64u, 18, 0, 0, 0},  // DepthFar
+    {{36605, 10}, TagType::int16u, 18, 0, 144, 2},  // DepthUnits
+    {{36615, 16}, TagType::int16u, 18, 0, 117, 3},  // DepthMeasureType
+    {{36631, 13}, TagType::string, 18, 0, 0, 0},  // EnhanceParams
+    {{36644, 19}, TagType::string, 26, 0, 0, 0},  // ProfileGainTableMap
+    {{36663, 12}, TagType::string, 0, 0, 0, 0},  // SemanticName
+    {{36675, 18}, TagType::string, 0, 0, 0, 0},  // SemanticInstanceID
+    {{36693, 22}, TagType::int16u, 18, 0, 235, 22},  // CalibrationIlluminant3
+    {{36715, 18}, TagType::rational64s, 18, 0, 0, 0},  // CameraCalibration3
+    {{36733, 12}, TagType::rational64s, 18, 0, 0, 0},  // ColorMatrix3
+    {{36745, 14}, TagType::rational64s, 18, 0, 0, 0},  // ForwardMatrix3
+    {{36759, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData1
+    {{36774, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData2
+    {{36789, 15}, TagType::string, 18, 0, 0, 0},  // IlluminantData3
+    {{36804, 11}, TagType::string, 0, 4, 0, 0},  // MaskSubArea
+    {{36815, 21}, TagType::float_, 18, 0, 0, 0},  // ProfileHueSatMapData3
+    {{36836, 16}, TagType::rational64s, 18, 0, 0, 0},  // ReductionMatrix3
+    {{36852, 9}, TagType::string, 18, 0, 0, 0},  // RGBTables
+    {{36861, 20}, TagType::string, 26, 0, 0, 0},  // ProfileGainTableMap2
+    {{36881, 22}, TagType::int32u, 18, 0, 0, 0},  // ColumnInterleaveFactor
+    {{36903, 17}, TagType::string, 2, 0, 0, 0},  // ImageSequenceInfo
+    {{36920, 10}, TagType::string, 26, 0, 0, 0},  // ImageStats
+    {{36930, 19}, TagType::string, 2, 0, 0, 0},  // ProfileDynamicRange
+    {{36949, 16}, TagType::string, 18, 0, 0, 0},  // ProfileGroupName
+    {{36965, 7}, TagType::string, 26, 0, 0, 0},  // Padding
+    {{36972, 12}, TagType::int32s, 18, 0, 0, 0},  // OffsetSchema
+    {{36984, 4}, TagType::string, 2, 0, 0, 0},  // Lens
+    {{36988, 7}, TagType::string, 2, 0, 0, 0},  // RawFile
+    {{36995, 9}, TagType::string, 2, 0, 0, 0},  // Converter
+    {{37004, 8}, TagType::string, 2, 0, 0, 0},  // Exposure
+    {{37012, 7}, TagType::string, 2, 0, 0, 0},  // Shadows
+    {{37019, 10}, TagType::string, 2, 0, 0, 0},  // Brightness
+    {{37029, 10}, TagType::string, 2, 0, 0, 0},  // Smoothness
+    {{37039, 11}, TagType::string, 2, 0, 0, 0},  // MoireFilter
+    {{37050, 4}, TagType::string, 26, 0, 0, 0},  // EXIF
+    {{37054, 12}, TagType::int8u, 2, 4, 0, 0},  // GPSVersionID
+    {{37066, 14}, TagType::string, 2, 2, 393, 2},  // GPSLatitudeRef
+    {{37080, 11}, TagType::rational64u, 2, 1, 0, 0},  // GPSLatitude
+    {{37091, 15}, TagType::string, 2, 2, 395, 2},  // GPSLongitudeRef
+    {{37106, 12}, TagType::rational64u, 2, 1, 0, 0},  // GPSLongitude
+    {{37118, 14}, TagType::int8u, 2, 0, 144, 2},  // GPSAltitudeRef
+    {{37132, 11}, TagType::rational64u, 2, 0, 0, 0},  // GPSAltitude
+    {{37143, 12}, TagType::partialtime, 2, 1, 0, 0},  // GPSTimeStamp
+    {{37155, 13}, TagType::string, 2, 0, 0, 0},  // GPSSatellites
+    {{37168, 9}, TagType::string, 2, 2, 397, 2},  // GPSStatus
+    {{37177, 14}, TagType::string, 2, 2, 399, 2},  // GPSMeasureMode
+    {{37191, 6}, TagType::rational64u, 2, 0, 0, 0},  // GPSDOP
+    {{37197, 11}, TagType::string, 2, 2, 401, 3},  // GPSSpeedRef
+    {{37208, 8}, TagType::rational64u, 2, 0, 0, 0},  // GPSSpeed
+    {{37216, 11}, TagType::string, 2, 2, 404, 2},  // GPSTrackRef
+    {{37227, 8}, TagType::rational64u, 2, 0, 0, 0},  // GPSTrack
+    {{37235, 18}, TagType::string, 2, 2, 404, 2},  // GPSImgDirectionRef
+    {{37253, 15}, TagType::rational64u, 2, 0, 0, 0},  // GPSImgDirection
+    {{37268, 11}, TagType::string, 2, 0, 0, 0},  // GPSMapDatum
+    {{37279, 18}, TagType::string, 2, 2, 393, 2},  // GPSDestLatitudeRef
+    {{37297, 15}, TagType::rational64u, 2, 1, 0, 0},  // GPSDestLatitude
+    {{37312, 19}, TagType::string, 2, 2, 395, 2},  // GPSDestLongitudeRef
+    {{37331, 16}, TagType::rational64u, 2, 1, 0, 0},  // GPSDestLongitude
+    {{37347, 17}, TagType::string, 2, 2, 404, 2},  // GPSDestBearingRef
+    {{37364, 14}, TagType::rational64u, 2, 0, 0, 0},  // GPSDestBearing
+    {{37378, 18}, TagType::string, 2, 2, 401, 3},  // GPSDestDistanceRef
+    {{37396, 15}, TagType::rational64u, 2, 0, 0, 0},  // GPSDestDistance
+    {{37411, 19}, TagType::string, 2, 0, 0, 0},  // GPSProcessingMethod
+    {{37430, 18}, TagType::string, 2, 0, 0, 0},  // GPSAreaInformation
+    {{37448, 12}, TagType::partialdate, 2, 1, 0, 0},  // GPSDateStamp
+    {{37460, 15}, TagType::int16u, 2, 0, 144, 2},  // GPSDifferential
+    {{37475, 20}, TagType::rational64u, 2, 0, 0, 0},  // GPSHPositioningError
+    {{37495, 19}, TagType::string, 2, 0, 0, 0},  // PanasonicRawVersion
+    {{37514, 11}, TagType::string, 0, 0, 0, 0},  // SensorWidth
+    {{37525, 12}, TagType::string, 0, 0, 0, 0},  // SensorHeight
+    {{37537, 15}, TagType::string, 0, 0, 0, 0},  // SensorTopBorder
+    {{37552, 16}, TagType::string, 0, 0, 0, 0},  // SensorLeftBorder
+    {{37568, 18}, TagType::string, 0, 0, 0, 0},  // SensorBottomBorder
+    {{37586, 17}, TagType::string, 0, 0, 0, 0},  // SensorRightBorder
+    {{37603, 17}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitRed
+    {{37620, 19}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitGreen
+    {{37639, 18}, TagType::int16u, 2, 0, 0, 0},  // LinearityLimitBlue
+    {{37657, 10}, TagType::int16u, 2, 0, 0, 0},  // RedBalance
+    {{37667, 11}, TagType::int16u, 2, 0, 0, 0},  // BlueBalance
+    {{37678, 20}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierRed
+    {{37698, 22}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierGreen
+    {{37720, 21}, TagType::int16u, 2, 0, 0, 0},  // HighISOMultiplierBlue
+    {{37741, 20}, TagType::string, 18, 0, 0, 0},  // NoiseReductionParams
+    {{37761, 13}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelRed
+    {{37774, 15}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelGreen
+    {{37789, 14}, TagType::int16u, 2, 0, 0, 0},  // BlackLevelBlue
+    {{37803, 10}, TagType::int16u, 2, 0, 0, 0},  // WBRedLevel
+    {{37813, 12}, TagType::int16u, 2, 0, 0, 0},  // WBGreenLevel
+    {{37825, 11}, TagType::int16u, 2, 0, 0, 0},  // WBBlueLevel
+    {{37836, 9}, TagType::int16u, 18, 0, 0, 0},  // RawFormat
+    {{37845, 7}, TagType::int16u, 2, 0, 0, 0},  // CropTop
+    {{37852, 8}, TagType::int16u, 2, 0, 0, 0},  // CropLeft
+    {{37860, 10}, TagType::int16u, 2, 0, 0, 0},  // CropBottom
+    {{37870, 9}, TagType::int16u, 2, 0, 0, 0},  // CropRight
+    {{37879, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
+    {{37892, 9}, TagType::int32u, 2, 0, 406, 2},  // Multishot
+    {{37901, 11}, TagType::string, 0, 0, 0, 0},  // JpgFromRaw2
 };
 constexpr detail::TextRef kChoicesEXIF[] = {
     {37912, 3}, {37915, 3}, {37918, 3}, {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1},
@@ -9481,21 +9610,22 @@ constinit detail::StreamTags gTagsEXIF("EXIF", kText, kTagsEXIF, kKeyOrderEXIF, 
 
 // FITS: 14 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFITS[] = {
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},
-    {{146033, 10}, TagType::string, 0, 0, 0, 0},
-    {{6843, 7}, TagType::string, 0, 0, 0, 0},
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},
-    {{146043, 18}, TagType::string, 0, 0, 0, 0},
-    {{146061, 15}, TagType::string, 0, 0, 0, 0},
-    {{146076, 7}, TagType::string, 0, 0, 0, 0},
-    {{146083, 10}, TagType::string, 0, 0, 0, 0},
-    {{146093, 6}, TagType::string, 0, 0, 0, 0},
-    {{146099, 8}, TagType::string, 0, 0, 0, 0},
-    {{146107, 9}, TagType::string, 0, 0, 0, 0},
-    {{146116, 9}, TagType::string, 0, 0, 0, 0},
-    {{146125, 18}, TagType::string, 0, 0, 0, 0},
-    {{146143, 15}, TagType::string, 0, 0, 0, 0},
+    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{146033, 10}, TagType::string, 0, 0, 0, 0},  // Background
+    {{6843, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{146043, 18}, TagType::string, 0, 0, 0, 0},  // ObservationDateEnd
+    {{146061, 15}, TagType::string, 0, 0, 0, 0},  // ObservationDate
+    {{146076, 7}, TagType::string, 0, 0, 0, 0},  // History
+    {{146083, 10}, TagType::string, 0, 0, 0, 0},  // Instrument
+    {{146093, 6}, TagType::string, 0, 0, 0, 0},  // Object
+    {{146099, 8}, TagType::string, 0, 0, 0, 0},  // Observer
+    {{146107, 9}, TagType::string, 0, 0, 0, 0},  // Reference
+    {{146116, 9}, TagType::string, 0, 0, 0, 0},  // Telescope
+    {{146125, 18}, TagType::string, 0, 0, 0, 0},  // ObservationTimeEnd
+    {{146143, 15}, TagType::string, 0, 0, 0, 0},  // ObservationTime
 };
 constexpr detail::StringRow kStringsEnglishFITS[] = {
     {{146158, 11}, {3939, 6}},
@@ -9555,29 +9685,30 @@ constinit detail::StreamTags gTagsFITS("FITS", kText, kTagsFITS, kKeyOrderFITS, 
 
 // FLAC: 22 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFLAC[] = {
-    {{36965, 7}, TagType::string, 8, 0, 0, 0},
-    {{146480, 18}, TagType::string, 8, 0, 0, 0},
-    {{146498, 9}, TagType::string, 8, 0, 0, 0},
-    {{146507, 8}, TagType::string, 8, 0, 0, 0},
-    {{146515, 11}, TagType::int32u, 0, 0, 0, 21},
-    {{146526, 15}, TagType::var_pstr32, 0, 0, 0, 0},
-    {{146541, 18}, TagType::var_pstr32, 0, 0, 0, 0},
-    {{146559, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{146571, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{146584, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{146603, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{146623, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{146636, 7}, TagType::string, 8, 0, 0, 0},
-    {{146643, 12}, TagType::string, 0, 0, 0, 0},
-    {{146655, 12}, TagType::string, 0, 0, 0, 0},
-    {{146667, 12}, TagType::string, 0, 0, 0, 0},
-    {{146679, 12}, TagType::string, 0, 0, 0, 0},
-    {{146691, 10}, TagType::string, 0, 0, 0, 0},
-    {{146701, 8}, TagType::string, 0, 0, 0, 0},
-    {{29316, 13}, TagType::string, 0, 0, 0, 0},
-    {{146709, 12}, TagType::string, 0, 0, 0, 0},
-    {{146721, 12}, TagType::string, 0, 0, 0, 0},
+    {{36965, 7}, TagType::string, 8, 0, 0, 0},  // Padding
+    {{146480, 18}, TagType::string, 8, 0, 0, 0},  // ApplicationUnknown
+    {{146498, 9}, TagType::string, 8, 0, 0, 0},  // SeekTable
+    {{146507, 8}, TagType::string, 8, 0, 0, 0},  // CueSheet
+    {{146515, 11}, TagType::int32u, 0, 0, 0, 21},  // PictureType
+    {{146526, 15}, TagType::var_pstr32, 0, 0, 0, 0},  // PictureMIMEType
+    {{146541, 18}, TagType::var_pstr32, 0, 0, 0, 0},  // PictureDescription
+    {{146559, 12}, TagType::int32u, 0, 0, 0, 0},  // PictureWidth
+    {{146571, 13}, TagType::int32u, 0, 0, 0, 0},  // PictureHeight
+    {{146584, 19}, TagType::int32u, 0, 0, 0, 0},  // PictureBitsPerPixel
+    {{146603, 20}, TagType::int32u, 0, 0, 0, 0},  // PictureIndexedColors
+    {{146623, 13}, TagType::int32u, 0, 0, 0, 0},  // PictureLength
+    {{146636, 7}, TagType::string, 8, 0, 0, 0},  // Picture
+    {{146643, 12}, TagType::string, 0, 0, 0, 0},  // BlockSizeMin
+    {{146655, 12}, TagType::string, 0, 0, 0, 0},  // BlockSizeMax
+    {{146667, 12}, TagType::string, 0, 0, 0, 0},  // FrameSizeMin
+    {{146679, 12}, TagType::string, 0, 0, 0, 0},  // FrameSizeMax
+    {{146691, 10}, TagType::string, 0, 0, 0, 0},  // SampleRate
+    {{146701, 8}, TagType::string, 0, 0, 0, 0},  // Channels
+    {{29316, 13}, TagType::string, 0, 0, 0, 0},  // BitsPerSample
+    {{146709, 12}, TagType::string, 0, 0, 0, 0},  // TotalSamples
+    {{146721, 12}, TagType::string, 0, 0, 0, 0},  // MD5Signature
 };
 constexpr detail::TextRef kChoicesFLAC[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1}, {4189, 1}, {4190, 1}, {8120, 1},
@@ -9705,194 +9836,195 @@ constinit detail::StreamTags gTagsFLAC("FLAC", kText, kTagsFLAC, kKeyOrderFLAC, 
 
 // FLIR: 187 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFLIR[] = {
-    {{148554, 23}, TagType::string, 0, 0, 0, 0},
-    {{148577, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{37514, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{37525, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{148593, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{308, 10}, TagType::float_, 2, 0, 0, 0},
-    {{278, 14}, TagType::float_, 0, 0, 0, 0},
-    {{148612, 28}, TagType::float_, 0, 0, 0, 0},
-    {{148640, 22}, TagType::float_, 0, 0, 0, 0},
-    {{148662, 19}, TagType::float_, 0, 0, 0, 0},
-    {{148681, 20}, TagType::float_, 0, 0, 0, 0},
-    {{292, 16}, TagType::float_, 0, 0, 0, 0},
-    {{148701, 8}, TagType::float_, 0, 0, 0, 0},
-    {{148709, 7}, TagType::float_, 0, 0, 0, 0},
-    {{148716, 7}, TagType::float_, 0, 0, 0, 0},
-    {{148723, 22}, TagType::float_, 0, 0, 0, 0},
-    {{148745, 22}, TagType::float_, 0, 0, 0, 0},
-    {{148767, 21}, TagType::float_, 0, 0, 0, 0},
-    {{148788, 21}, TagType::float_, 0, 0, 0, 0},
-    {{148809, 17}, TagType::float_, 0, 0, 0, 0},
-    {{148826, 25}, TagType::float_, 2, 0, 0, 0},
-    {{148851, 25}, TagType::float_, 2, 0, 0, 0},
-    {{148876, 24}, TagType::float_, 0, 0, 0, 0},
-    {{148900, 24}, TagType::float_, 0, 0, 0, 0},
-    {{148924, 24}, TagType::float_, 0, 0, 0, 0},
-    {{148948, 24}, TagType::float_, 0, 0, 0, 0},
-    {{148972, 29}, TagType::float_, 0, 0, 0, 0},
-    {{149001, 29}, TagType::float_, 0, 0, 0, 0},
-    {{149030, 11}, TagType::string, 0, 32, 0, 0},
-    {{149041, 16}, TagType::string, 0, 32, 0, 0},
-    {{35433, 18}, TagType::string, 0, 32, 0, 0},
-    {{149057, 14}, TagType::string, 0, 16, 0, 0},
-    {{34434, 9}, TagType::string, 0, 32, 0, 0},
-    {{149071, 14}, TagType::string, 0, 32, 0, 0},
-    {{34443, 16}, TagType::string, 0, 32, 0, 0},
-    {{149085, 11}, TagType::float_, 0, 0, 0, 0},
-    {{149096, 11}, TagType::string, 0, 32, 0, 0},
-    {{149107, 16}, TagType::string, 0, 32, 0, 0},
-    {{149123, 18}, TagType::string, 0, 32, 0, 0},
-    {{149141, 7}, TagType::int32s, 0, 0, 0, 0},
-    {{149148, 8}, TagType::float_, 0, 0, 0, 0},
-    {{149156, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{149172, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{149188, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{149202, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{2896, 16}, TagType::int32u, 0, 10, 0, 0},
-    {{149215, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{149229, 13}, TagType::float_, 0, 0, 0, 0},
-    {{2920, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{149242, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{149260, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{149279, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{149299, 18}, TagType::string, 0, 0, 0, 0},
-    {{149317, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{149331, 22}, TagType::int16u, 0, 0, 0, 0},
-    {{149353, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{149371, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{149390, 17}, TagType::string, 0, 4, 0, 0},
-    {{149407, 13}, TagType::string, 8, 0, 0, 0},
-    {{149420, 17}, TagType::string, 0, 0, 0, 0},
-    {{149437, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{149447, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{34775, 9}, TagType::int16u, 0, 0, 0, 4},
-    {{149462, 16}, TagType::int16u, 0, 0, 0, 4},
-    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{149478, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{149498, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{149517, 24}, TagType::float_, 0, 0, 0, 0},
-    {{149541, 25}, TagType::float_, 0, 0, 0, 0},
-    {{149566, 20}, TagType::float_, 0, 0, 0, 0},
-    {{149586, 14}, TagType::float_, 0, 0, 0, 0},
-    {{149600, 14}, TagType::float_, 0, 0, 0, 0},
-    {{149614, 18}, TagType::float_, 0, 0, 0, 0},
-    {{149632, 18}, TagType::float_, 0, 0, 0, 0},
-    {{149650, 14}, TagType::float_, 0, 0, 0, 0},
-    {{149664, 14}, TagType::float_, 0, 0, 0, 0},
-    {{149678, 8}, TagType::int32u, 0, 0, 4, 2},
-    {{37054, 12}, TagType::string, 0, 4, 0, 0},
-    {{37066, 14}, TagType::string, 0, 2, 6, 2},
-    {{37091, 15}, TagType::string, 0, 2, 8, 2},
-    {{37080, 11}, TagType::float_, 0, 0, 0, 0},
-    {{37106, 12}, TagType::float_, 0, 0, 0, 0},
-    {{37132, 11}, TagType::float_, 0, 0, 0, 0},
-    {{37191, 6}, TagType::float_, 0, 0, 0, 0},
-    {{37197, 11}, TagType::string, 0, 2, 10, 3},
-    {{37216, 11}, TagType::string, 0, 2, 13, 2},
-    {{37235, 18}, TagType::string, 0, 2, 13, 2},
-    {{37208, 8}, TagType::float_, 0, 0, 0, 0},
-    {{37227, 8}, TagType::float_, 0, 0, 0, 0},
-    {{37253, 15}, TagType::float_, 0, 0, 0, 0},
-    {{37268, 11}, TagType::string, 0, 16, 0, 0},
-    {{149686, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{149706, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{149727, 22}, TagType::int16u, 0, 0, 0, 0},
-    {{149749, 20}, TagType::string, 0, 0, 0, 0},
-    {{149769, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{149785, 15}, TagType::string, 0, 16, 0, 0},
-    {{149800, 19}, TagType::rational64u, 2, 0, 0, 0},
-    {{149819, 19}, TagType::rational64u, 2, 0, 0, 0},
-    {{149838, 18}, TagType::rational64u, 2, 0, 0, 0},
-    {{149856, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{149866, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{149877, 9}, TagType::int16u, 0, 0, 15, 8},
-    {{149886, 13}, TagType::int8u, 0, 0, 23, 4},
-    {{149899, 19}, TagType::int8u, 0, 0, 27, 6},
-    {{149918, 14}, TagType::string, 0, 16, 0, 0},
-    {{149932, 13}, TagType::double_, 0, 0, 0, 0},
-    {{149945, 13}, TagType::int8u, 0, 0, 23, 4},
-    {{149958, 19}, TagType::int8u, 0, 0, 27, 6},
-    {{149977, 14}, TagType::string, 0, 16, 0, 0},
-    {{149991, 13}, TagType::double_, 0, 0, 0, 0},
-    {{150004, 13}, TagType::int8u, 0, 0, 23, 4},
-    {{150017, 19}, TagType::int8u, 0, 0, 27, 6},
-    {{150036, 14}, TagType::string, 0, 16, 0, 0},
-    {{150050, 13}, TagType::double_, 0, 0, 0, 0},
-    {{150063, 13}, TagType::int8u, 0, 0, 23, 4},
-    {{150076, 19}, TagType::int8u, 0, 0, 27, 6},
-    {{150095, 14}, TagType::string, 0, 16, 0, 0},
-    {{150109, 13}, TagType::double_, 0, 0, 0, 0},
-    {{150122, 19}, TagType::float_, 0, 0, 0, 0},
-    {{150141, 19}, TagType::float_, 0, 0, 0, 0},
-    {{150160, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{150174, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{150189, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{150205, 14}, TagType::string, 0, 0, 0, 0},
-    {{150219, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{150229, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{150242, 10}, TagType::int8u, 0, 3, 0, 0},
-    {{150252, 10}, TagType::int8u, 0, 3, 0, 0},
-    {{150262, 13}, TagType::int8u, 0, 3, 0, 0},
-    {{150275, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{150289, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{150303, 14}, TagType::int8u, 0, 3, 0, 0},
-    {{150317, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{150330, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{150344, 15}, TagType::string, 0, 32, 0, 0},
-    {{150359, 11}, TagType::string, 0, 32, 0, 0},
-    {{150370, 7}, TagType::string, 8, 0, 0, 0},
-    {{150377, 17}, TagType::string, 0, 0, 0, 0},
-    {{150394, 6}, TagType::string, 0, 0, 0, 0},
-    {{150400, 6}, TagType::string, 0, 0, 0, 0},
-    {{150406, 6}, TagType::string, 0, 0, 0, 0},
-    {{150412, 6}, TagType::string, 0, 0, 0, 0},
-    {{150418, 7}, TagType::string, 0, 0, 0, 0},
-    {{150425, 7}, TagType::string, 0, 0, 0, 0},
-    {{150432, 7}, TagType::string, 0, 0, 0, 0},
-    {{150439, 7}, TagType::string, 0, 0, 0, 0},
-    {{150446, 7}, TagType::string, 0, 0, 0, 0},
-    {{150453, 13}, TagType::string, 0, 0, 0, 0},
-    {{150466, 8}, TagType::string, 0, 0, 0, 0},
-    {{150474, 7}, TagType::string, 0, 0, 0, 0},
-    {{150481, 7}, TagType::string, 0, 0, 0, 0},
-    {{150488, 9}, TagType::string, 0, 0, 0, 0},
-    {{150497, 7}, TagType::string, 0, 0, 0, 0},
-    {{150504, 7}, TagType::string, 0, 0, 0, 0},
-    {{150511, 9}, TagType::string, 0, 0, 0, 0},
-    {{150520, 6}, TagType::string, 0, 0, 0, 0},
-    {{150526, 10}, TagType::string, 0, 0, 0, 0},
-    {{150536, 7}, TagType::float_, 0, 0, 0, 0},
-    {{150543, 7}, TagType::int16s, 0, 0, 0, 0},
-    {{150550, 7}, TagType::int16s, 0, 0, 0, 0},
-    {{150557, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{150562, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{150567, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{150572, 5}, TagType::int16s, 0, 0, 0, 0},
-    {{150577, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{150597, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{150618, 19}, TagType::string, 0, 0, 0, 0},
-    {{150637, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{150652, 14}, TagType::string, 0, 33, 0, 0},
-    {{150666, 14}, TagType::string, 0, 33, 0, 0},
-    {{150680, 14}, TagType::string, 0, 33, 0, 0},
-    {{150694, 14}, TagType::string, 0, 11, 0, 0},
-    {{150708, 13}, TagType::string, 0, 3, 0, 0},
-    {{150721, 6}, TagType::string, 0, 0, 0, 0},
-    {{150727, 6}, TagType::string, 0, 0, 0, 0},
-    {{150733, 6}, TagType::string, 0, 0, 0, 0},
-    {{150739, 6}, TagType::string, 0, 0, 0, 0},
-    {{150745, 6}, TagType::string, 0, 0, 0, 0},
-    {{150751, 6}, TagType::string, 0, 0, 0, 0},
-    {{150757, 6}, TagType::string, 0, 0, 0, 0},
-    {{150763, 6}, TagType::string, 0, 0, 0, 0},
-    {{150769, 18}, TagType::string, 0, 0, 0, 0},
-    {{150787, 12}, TagType::string, 0, 0, 0, 0},
-    {{150799, 5}, TagType::string, 1, 0, 0, 0},
-    {{29244, 14}, TagType::string, 8, 0, 0, 0},
+    {{148554, 23}, TagType::string, 0, 0, 0, 0},  // PeakSpectralSensitivity
+    {{148577, 16}, TagType::int16u, 0, 0, 0, 0},  // RawDataByteOrder
+    {{37514, 11}, TagType::int16u, 0, 0, 0, 0},  // SensorWidth
+    {{37525, 12}, TagType::int16u, 0, 0, 0, 0},  // SensorHeight
+    {{148593, 19}, TagType::int16u, 0, 0, 0, 0},  // CameraInfoByteOrder
+    {{308, 10}, TagType::float_, 2, 0, 0, 0},  // Emissivity
+    {{278, 14}, TagType::float_, 0, 0, 0, 0},  // ObjectDistance
+    {{148612, 28}, TagType::float_, 0, 0, 0, 0},  // ReflectedApparentTemperature
+    {{148640, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTemperature
+    {{148662, 19}, TagType::float_, 0, 0, 0, 0},  // IRWindowTemperature
+    {{148681, 20}, TagType::float_, 0, 0, 0, 0},  // IRWindowTransmission
+    {{292, 16}, TagType::float_, 0, 0, 0, 0},  // RelativeHumidity
+    {{148701, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR1
+    {{148709, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckB
+    {{148716, 7}, TagType::float_, 0, 0, 0, 0},  // PlanckF
+    {{148723, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha1
+    {{148745, 22}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransAlpha2
+    {{148767, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta1
+    {{148788, 21}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransBeta2
+    {{148809, 17}, TagType::float_, 0, 0, 0, 0},  // AtmosphericTransX
+    {{148826, 25}, TagType::float_, 2, 0, 0, 0},  // CameraTemperatureRangeMax
+    {{148851, 25}, TagType::float_, 2, 0, 0, 0},  // CameraTemperatureRangeMin
+    {{148876, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxClip
+    {{148900, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinClip
+    {{148924, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxWarn
+    {{148948, 24}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinWarn
+    {{148972, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMaxSaturated
+    {{149001, 29}, TagType::float_, 0, 0, 0, 0},  // CameraTemperatureMinSaturated
+    {{149030, 11}, TagType::string, 0, 32, 0, 0},  // CameraModel
+    {{149041, 16}, TagType::string, 0, 32, 0, 0},  // CameraPartNumber
+    {{35433, 18}, TagType::string, 0, 32, 0, 0},  // CameraSerialNumber
+    {{149057, 14}, TagType::string, 0, 16, 0, 0},  // CameraSoftware
+    {{34434, 9}, TagType::string, 0, 32, 0, 0},  // LensModel
+    {{149071, 14}, TagType::string, 0, 32, 0, 0},  // LensPartNumber
+    {{34443, 16}, TagType::string, 0, 32, 0, 0},  // LensSerialNumber
+    {{149085, 11}, TagType::float_, 0, 0, 0, 0},  // FieldOfView
+    {{149096, 11}, TagType::string, 0, 32, 0, 0},  // FilterModel
+    {{149107, 16}, TagType::string, 0, 32, 0, 0},  // FilterPartNumber
+    {{149123, 18}, TagType::string, 0, 32, 0, 0},  // FilterSerialNumber
+    {{149141, 7}, TagType::int32s, 0, 0, 0, 0},  // PlanckO
+    {{149148, 8}, TagType::float_, 0, 0, 0, 0},  // PlanckR2
+    {{149156, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMin
+    {{149172, 16}, TagType::int16u, 0, 0, 0, 0},  // RawValueRangeMax
+    {{149188, 14}, TagType::int16u, 0, 0, 0, 0},  // RawValueMedian
+    {{149202, 13}, TagType::int16u, 0, 0, 0, 0},  // RawValueRange
+    {{2896, 16}, TagType::int32u, 0, 10, 0, 0},  // DateTimeOriginal
+    {{149215, 14}, TagType::int16u, 0, 0, 0, 0},  // FocusStepCount
+    {{149229, 13}, TagType::float_, 0, 0, 0, 0},  // FocusDistance
+    {{2920, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
+    {{149242, 18}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapByteOrder
+    {{149260, 19}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageWidth
+    {{149279, 20}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImageHeight
+    {{149299, 18}, TagType::string, 0, 0, 0, 0},  // CoarseMapImageType
+    {{149317, 14}, TagType::int16u, 0, 0, 0, 0},  // CoarseMapImage
+    {{149331, 22}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageByteOrder
+    {{149353, 18}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageWidth
+    {{149371, 19}, TagType::int16u, 0, 0, 0, 0},  // EmbeddedImageHeight
+    {{149390, 17}, TagType::string, 0, 4, 0, 0},  // EmbeddedImageType
+    {{149407, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{149420, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFile
+    {{149437, 10}, TagType::int32u, 0, 0, 0, 0},  // FPFVersion
+    {{149447, 15}, TagType::int32u, 0, 0, 0, 0},  // ImageDataOffset
+    {{34775, 9}, TagType::int16u, 0, 0, 0, 4},  // ImageType
+    {{149462, 16}, TagType::int16u, 0, 0, 0, 4},  // ImagePixelFormat
+    {{2940, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
+    {{149478, 20}, TagType::int32u, 0, 0, 0, 0},  // ExternalTriggerCount
+    {{149498, 19}, TagType::int32u, 0, 0, 0, 0},  // SequenceFrameNumber
+    {{149517, 24}, TagType::float_, 0, 0, 0, 0},  // ComputedAtmosphericTrans
+    {{149541, 25}, TagType::float_, 0, 0, 0, 0},  // EstimatedAtmosphericTrans
+    {{149566, 20}, TagType::float_, 0, 0, 0, 0},  // ReferenceTemperature
+    {{149586, 14}, TagType::float_, 0, 0, 0, 0},  // CameraScaleMin
+    {{149600, 14}, TagType::float_, 0, 0, 0, 0},  // CameraScaleMax
+    {{149614, 18}, TagType::float_, 0, 0, 0, 0},  // CalculatedScaleMin
+    {{149632, 18}, TagType::float_, 0, 0, 0, 0},  // CalculatedScaleMax
+    {{149650, 14}, TagType::float_, 0, 0, 0, 0},  // ActualScaleMin
+    {{149664, 14}, TagType::float_, 0, 0, 0, 0},  // ActualScaleMax
+    {{149678, 8}, TagType::int32u, 0, 0, 4, 2},  // GPSValid
+    {{37054, 12}, TagType::string, 0, 4, 0, 0},  // GPSVersionID
+    {{37066, 14}, TagType::string, 0, 2, 6, 2},  // GPSLatitudeRef
+    {{37091, 15}, TagType::string, 0, 2, 8, 2},  // GPSLongitudeRef
+    {{37080, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
+    {{37106, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
+    {{37132, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
+    {{37191, 6}, TagType::float_, 0, 0, 0, 0},  // GPSDOP
+    {{37197, 11}, TagType::string, 0, 2, 10, 3},  // GPSSpeedRef
+    {{37216, 11}, TagType::string, 0, 2, 13, 2},  // GPSTrackRef
+    {{37235, 18}, TagType::string, 0, 2, 13, 2},  // GPSImgDirectionRef
+    {{37208, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
+    {{37227, 8}, TagType::float_, 0, 0, 0, 0},  // GPSTrack
+    {{37253, 15}, TagType::float_, 0, 0, 0, 0},  // GPSImgDirection
+    {{37268, 11}, TagType::string, 0, 16, 0, 0},  // GPSMapDatum
+    {{149686, 20}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapByteOrder
+    {{149706, 21}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageWidth
+    {{149727, 22}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImageHeight
+    {{149749, 20}, TagType::string, 0, 0, 0, 0},  // GainDeadMapImageType
+    {{149769, 16}, TagType::int16u, 0, 0, 0, 0},  // GainDeadMapImage
+    {{149785, 15}, TagType::string, 0, 16, 0, 0},  // CreatorSoftware
+    {{149800, 19}, TagType::rational64u, 2, 0, 0, 0},  // ImageTemperatureMax
+    {{149819, 19}, TagType::rational64u, 2, 0, 0, 0},  // ImageTemperatureMin
+    {{149838, 18}, TagType::rational64u, 2, 0, 0, 0},  // UnknownTemperature
+    {{149856, 10}, TagType::int16u, 0, 0, 0, 0},  // Meas1Label
+    {{149866, 11}, TagType::int16u, 0, 0, 0, 0},  // Meas1Params
+    {{149877, 9}, TagType::int16u, 0, 0, 15, 8},  // Meas1Type
+    {{149886, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading1Units
+    {{149899, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading1Description
+    {{149918, 14}, TagType::string, 0, 16, 0, 0},  // Reading1Device
+    {{149932, 13}, TagType::double_, 0, 0, 0, 0},  // Reading1Value
+    {{149945, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading2Units
+    {{149958, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading2Description
+    {{149977, 14}, TagType::string, 0, 16, 0, 0},  // Reading2Device
+    {{149991, 13}, TagType::double_, 0, 0, 0, 0},  // Reading2Value
+    {{150004, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading3Units
+    {{150017, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading3Description
+    {{150036, 14}, TagType::string, 0, 16, 0, 0},  // Reading3Device
+    {{150050, 13}, TagType::double_, 0, 0, 0, 0},  // Reading3Value
+    {{150063, 13}, TagType::int8u, 0, 0, 23, 4},  // Reading4Units
+    {{150076, 19}, TagType::int8u, 0, 0, 27, 6},  // Reading4Description
+    {{150095, 14}, TagType::string, 0, 16, 0, 0},  // Reading4Device
+    {{150109, 13}, TagType::double_, 0, 0, 0, 0},  // Reading4Value
+    {{150122, 19}, TagType::float_, 0, 0, 0, 0},  // UnknownTemperature1
+    {{150141, 19}, TagType::float_, 0, 0, 0, 0},  // UnknownTemperature2
+    {{150160, 14}, TagType::int16u, 0, 0, 0, 0},  // PaintByteOrder
+    {{150174, 15}, TagType::int16u, 0, 0, 0, 0},  // PaintImageWidth
+    {{150189, 16}, TagType::int16u, 0, 0, 0, 0},  // PaintImageHeight
+    {{150205, 14}, TagType::string, 0, 0, 0, 0},  // PaintImageType
+    {{150219, 10}, TagType::int16u, 0, 0, 0, 0},  // PaintImage
+    {{150229, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteColors
+    {{150242, 10}, TagType::int8u, 0, 3, 0, 0},  // AboveColor
+    {{150252, 10}, TagType::int8u, 0, 3, 0, 0},  // BelowColor
+    {{150262, 13}, TagType::int8u, 0, 3, 0, 0},  // OverflowColor
+    {{150275, 14}, TagType::int8u, 0, 3, 0, 0},  // UnderflowColor
+    {{150289, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm1Color
+    {{150303, 14}, TagType::int8u, 0, 3, 0, 0},  // Isotherm2Color
+    {{150317, 13}, TagType::int8u, 0, 0, 0, 0},  // PaletteMethod
+    {{150330, 14}, TagType::int8u, 0, 0, 0, 0},  // PaletteStretch
+    {{150344, 15}, TagType::string, 0, 32, 0, 0},  // PaletteFileName
+    {{150359, 11}, TagType::string, 0, 32, 0, 0},  // PaletteName
+    {{150370, 7}, TagType::string, 8, 0, 0, 0},  // Palette
+    {{150377, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeGenerated
+    {{150394, 6}, TagType::string, 0, 0, 0, 0},  // Param0
+    {{150400, 6}, TagType::string, 0, 0, 0, 0},  // Param1
+    {{150406, 6}, TagType::string, 0, 0, 0, 0},  // Param2
+    {{150412, 6}, TagType::string, 0, 0, 0, 0},  // Param3
+    {{150418, 7}, TagType::string, 0, 0, 0, 0},  // BAHPVer
+    {{150425, 7}, TagType::string, 0, 0, 0, 0},  // BALPVer
+    {{150432, 7}, TagType::string, 0, 0, 0, 0},  // Battery
+    {{150439, 7}, TagType::string, 0, 0, 0, 0},  // BAVPVer
+    {{150446, 7}, TagType::string, 0, 0, 0, 0},  // CamCore
+    {{150453, 13}, TagType::string, 0, 0, 0, 0},  // DetectorBoard
+    {{150466, 8}, TagType::string, 0, 0, 0, 0},  // Detector
+    {{150474, 7}, TagType::string, 0, 0, 0, 0},  // GIDCVer
+    {{150481, 7}, TagType::string, 0, 0, 0, 0},  // GIDPVer
+    {{150488, 9}, TagType::string, 0, 0, 0, 0},  // GIPC_CPLD
+    {{150497, 7}, TagType::string, 0, 0, 0, 0},  // GIPCVer
+    {{150504, 7}, TagType::string, 0, 0, 0, 0},  // GIXIVer
+    {{150511, 9}, TagType::string, 0, 0, 0, 0},  // MainBoard
+    {{150520, 6}, TagType::string, 0, 0, 0, 0},  // Optics
+    {{150526, 10}, TagType::string, 0, 0, 0, 0},  // PartNumber
+    {{150536, 7}, TagType::float_, 0, 0, 0, 0},  // Real2IR
+    {{150543, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetX
+    {{150550, 7}, TagType::int16s, 0, 0, 0, 0},  // OffsetY
+    {{150557, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX1
+    {{150562, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPX2
+    {{150567, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY1
+    {{150572, 5}, TagType::int16s, 0, 0, 0, 0},  // PiPY2
+    {{150577, 20}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageWidth
+    {{150597, 21}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImageHeight
+    {{150618, 19}, TagType::string, 0, 0, 0, 0},  // RawThermalImageType
+    {{150637, 15}, TagType::int16u, 0, 0, 0, 0},  // RawThermalImage
+    {{150652, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial1
+    {{150666, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial2
+    {{150680, 14}, TagType::string, 0, 33, 0, 0},  // UnknownSerial3
+    {{150694, 14}, TagType::string, 0, 11, 0, 0},  // UnknownSerial4
+    {{150708, 13}, TagType::string, 0, 3, 0, 0},  // UnknownNumber
+    {{150721, 6}, TagType::string, 0, 0, 0, 0},  // Label0
+    {{150727, 6}, TagType::string, 0, 0, 0, 0},  // Label1
+    {{150733, 6}, TagType::string, 0, 0, 0, 0},  // Label2
+    {{150739, 6}, TagType::string, 0, 0, 0, 0},  // Label3
+    {{150745, 6}, TagType::string, 0, 0, 0, 0},  // Value0
+    {{150751, 6}, TagType::string, 0, 0, 0, 0},  // Value1
+    {{150757, 6}, TagType::string, 0, 0, 0, 0},  // Value2
+    {{150763, 6}, TagType::string, 0, 0, 0, 0},  // Value3
+    {{150769, 18}, TagType::string, 0, 0, 0, 0},  // SoftwareComponents
+    {{150787, 12}, TagType::string, 0, 0, 0, 0},  // FLIR_Unknown
+    {{150799, 5}, TagType::string, 1, 0, 0, 0},  // Units
+    {{29244, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
 };
 constexpr detail::TextRef kChoicesFLIR[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {1886, 1}, {1887, 1}, {38289, 1}, {38218, 1},
@@ -10424,15 +10556,16 @@ constinit detail::StreamTags gTagsFLIR("FLIR", kText, kTagsFLIR, kKeyOrderFLIR, 
 
 // File: 8 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFile[] = {
-    {{159218, 9}, TagType::string, 16, 0, 0, 0},
-    {{159227, 14}, TagType::datetime, 18, 0, 0, 0},
-    {{159241, 14}, TagType::datetime, 18, 0, 0, 0},
-    {{159255, 8}, TagType::string, 16, 0, 0, 0},
-    {{159263, 8}, TagType::string, 0, 0, 0, 0},
-    {{159271, 17}, TagType::string, 0, 0, 0, 0},
-    {{159288, 8}, TagType::string, 0, 0, 0, 0},
-    {{159296, 14}, TagType::string, 19, 0, 0, 0},
+    {{159218, 9}, TagType::string, 16, 0, 0, 0},  // Directory
+    {{159227, 14}, TagType::datetime, 18, 0, 0, 0},  // FileCreateDate
+    {{159241, 14}, TagType::datetime, 18, 0, 0, 0},  // FileModifyDate
+    {{159255, 8}, TagType::string, 16, 0, 0, 0},  // FileName
+    {{159263, 8}, TagType::string, 0, 0, 0, 0},  // FilePath
+    {{159271, 17}, TagType::string, 0, 0, 0, 0},  // FileTypeExtension
+    {{159288, 8}, TagType::string, 0, 0, 0, 0},  // MIMEType
+    {{159296, 14}, TagType::string, 19, 0, 0, 0},  // MDItemUserTags
 };
 constexpr detail::StringRow kStringsEnglishFile[] = {
     {{159310, 14}, {159218, 9}},
@@ -10491,57 +10624,58 @@ constinit detail::StreamTags gTagsFile("File", kText, kTagsFile, kKeyOrderFile, 
 
 // Flash: 50 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFlash[] = {
-    {{159968, 13}, TagType::string, 0, 0, 0, 13},
-    {{2870, 15}, TagType::string, 0, 0, 0, 0},
-    {{2839, 18}, TagType::string, 0, 0, 0, 0},
-    {{2857, 13}, TagType::string, 0, 0, 13, 2},
-    {{159981, 4}, TagType::string, 0, 0, 0, 0},
-    {{159985, 4}, TagType::string, 0, 0, 0, 0},
-    {{4147, 4}, TagType::string, 0, 0, 0, 0},
-    {{159989, 10}, TagType::string, 0, 0, 15, 2},
-    {{2912, 8}, TagType::string, 0, 0, 0, 0},
-    {{159999, 12}, TagType::string, 0, 0, 0, 0},
-    {{160011, 10}, TagType::string, 0, 0, 0, 0},
-    {{2920, 9}, TagType::string, 0, 0, 0, 0},
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},
-    {{160021, 15}, TagType::string, 0, 0, 17, 3},
-    {{160036, 12}, TagType::string, 0, 0, 0, 0},
-    {{160048, 12}, TagType::string, 0, 0, 0, 0},
-    {{160060, 10}, TagType::string, 0, 0, 0, 0},
-    {{160070, 15}, TagType::string, 0, 0, 0, 0},
-    {{160085, 9}, TagType::string, 0, 0, 0, 0},
-    {{160094, 10}, TagType::string, 0, 0, 0, 0},
-    {{160104, 12}, TagType::string, 0, 0, 0, 0},
-    {{160116, 13}, TagType::string, 0, 0, 0, 0},
-    {{160129, 9}, TagType::string, 0, 0, 0, 0},
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},
-    {{160138, 8}, TagType::string, 0, 0, 0, 0},
-    {{160146, 13}, TagType::string, 0, 0, 0, 0},
-    {{160159, 8}, TagType::string, 0, 0, 0, 0},
-    {{160167, 12}, TagType::string, 0, 0, 0, 0},
-    {{160179, 12}, TagType::string, 0, 0, 0, 0},
-    {{160191, 11}, TagType::string, 0, 0, 0, 0},
-    {{160202, 8}, TagType::string, 0, 0, 0, 0},
-    {{160210, 14}, TagType::string, 0, 0, 0, 0},
-    {{160224, 17}, TagType::string, 0, 0, 0, 0},
-    {{160241, 14}, TagType::string, 0, 0, 0, 0},
-    {{160255, 16}, TagType::string, 0, 0, 0, 0},
-    {{160271, 13}, TagType::string, 0, 0, 0, 0},
-    {{160284, 15}, TagType::string, 0, 0, 0, 0},
-    {{160299, 12}, TagType::string, 0, 0, 0, 0},
-    {{160311, 7}, TagType::string, 0, 0, 0, 0},
-    {{4151, 3}, TagType::string, 0, 0, 0, 0},
-    {{160318, 10}, TagType::string, 0, 0, 0, 0},
-    {{160328, 9}, TagType::string, 0, 0, 0, 0},
-    {{160337, 6}, TagType::string, 0, 0, 0, 0},
-    {{160343, 13}, TagType::string, 0, 0, 0, 0},
-    {{160356, 13}, TagType::string, 0, 0, 0, 0},
-    {{160369, 12}, TagType::string, 0, 0, 0, 0},
-    {{160381, 12}, TagType::string, 0, 0, 0, 0},
-    {{160393, 9}, TagType::string, 0, 0, 0, 0},
-    {{160402, 13}, TagType::string, 0, 0, 20, 7},
+    {{159968, 13}, TagType::string, 0, 0, 0, 13},  // AudioEncoding
+    {{2870, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
+    {{2839, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
+    {{2857, 13}, TagType::string, 0, 0, 13, 2},  // AudioChannels
+    {{159981, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{159985, 4}, TagType::string, 0, 0, 0, 0},  // Time
+    {{4147, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{159989, 10}, TagType::string, 0, 0, 15, 2},  // Compressed
+    {{2912, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{159999, 12}, TagType::string, 0, 0, 0, 0},  // FlashVersion
+    {{160011, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
+    {{2920, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{160021, 15}, TagType::string, 0, 0, 17, 3},  // FlashAttributes
+    {{160036, 12}, TagType::string, 0, 0, 0, 0},  // AudioCodecID
+    {{160048, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{160060, 10}, TagType::string, 0, 0, 0, 0},  // AudioDelay
+    {{160070, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
+    {{160085, 9}, TagType::string, 0, 0, 0, 0},  // AudioSize
+    {{160094, 10}, TagType::string, 0, 0, 0, 0},  // ByteLength
+    {{160104, 12}, TagType::string, 0, 0, 0, 0},  // CanSeekToEnd
+    {{160116, 13}, TagType::string, 0, 0, 0, 0},  // CanSeekOnTime
+    {{160129, 9}, TagType::string, 0, 0, 0, 0},  // CreatedBy
+    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{160138, 8}, TagType::string, 0, 0, 0, 0},  // DataSize
+    {{160146, 13}, TagType::string, 0, 0, 0, 0},  // FileSizeBytes
+    {{160159, 8}, TagType::string, 0, 0, 0, 0},  // HasAudio
+    {{160167, 12}, TagType::string, 0, 0, 0, 0},  // HasCuePoints
+    {{160179, 12}, TagType::string, 0, 0, 0, 0},  // HasKeyFrames
+    {{160191, 11}, TagType::string, 0, 0, 0, 0},  // HasMetadata
+    {{160202, 8}, TagType::string, 0, 0, 0, 0},  // HasVideo
+    {{160210, 14}, TagType::string, 0, 0, 0, 0},  // HTTPHostHeader
+    {{160224, 17}, TagType::string, 0, 0, 0, 0},  // KeyFramePositions
+    {{160241, 14}, TagType::string, 0, 0, 0, 0},  // KeyFramesTimes
+    {{160255, 16}, TagType::string, 0, 0, 0, 0},  // LastKeyFrameTime
+    {{160271, 13}, TagType::string, 0, 0, 0, 0},  // LastTimeStamp
+    {{160284, 15}, TagType::string, 0, 0, 0, 0},  // MetadataCreator
+    {{160299, 12}, TagType::string, 0, 0, 0, 0},  // MetadataDate
+    {{160311, 7}, TagType::string, 0, 0, 0, 0},  // Message
+    {{4151, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{160318, 10}, TagType::string, 0, 0, 0, 0},  // SourceData
+    {{160328, 9}, TagType::string, 0, 0, 0, 0},  // StartTime
+    {{160337, 6}, TagType::string, 0, 0, 0, 0},  // Stereo
+    {{160343, 13}, TagType::string, 0, 0, 0, 0},  // TotalDataRate
+    {{160356, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
+    {{160369, 12}, TagType::string, 0, 0, 0, 0},  // VideoCodecID
+    {{160381, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
+    {{160393, 9}, TagType::string, 0, 0, 0, 0},  // VideoSize
+    {{160402, 13}, TagType::string, 0, 0, 20, 7},  // VideoEncoding
 };
 constexpr detail::TextRef kChoicesFlash[] = {
     {1886, 1}, {1887, 1}, {4188, 1}, {8118, 1}, {8119, 1}, {4189, 1}, {4190, 1}, {8120, 1},
@@ -10708,209 +10842,210 @@ constinit detail::StreamTags gTagsFlash("Flash", kText, kTagsFlash, kKeyOrderFla
 
 // FlashPix: 202 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFlashPix[] = {
-    {{162930, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{162948, 15}, TagType::string, 0, 0, 0, 0},
-    {{3945, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{3970, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{162963, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{162974, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{162988, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{163001, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{163006, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4121, 5}, TagType::int16u, 0, 0, 0, 0},
-    {{163016, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{163026, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{163031, 12}, TagType::string, 0, 0, 0, 0},
-    {{163043, 18}, TagType::string, 0, 0, 0, 0},
-    {{163061, 15}, TagType::string, 0, 0, 0, 0},
-    {{163076, 12}, TagType::string, 0, 0, 0, 0},
-    {{163088, 14}, TagType::string, 0, 0, 0, 0},
-    {{163102, 14}, TagType::string, 0, 0, 0, 0},
-    {{163116, 19}, TagType::string, 0, 0, 0, 0},
-    {{163135, 16}, TagType::string, 0, 0, 0, 0},
-    {{163151, 17}, TagType::string, 0, 0, 0, 0},
-    {{163168, 15}, TagType::string, 0, 0, 0, 0},
-    {{163183, 17}, TagType::string, 0, 0, 0, 0},
-    {{163200, 16}, TagType::string, 0, 0, 0, 0},
-    {{163216, 9}, TagType::string, 0, 0, 0, 0},
-    {{163225, 11}, TagType::string, 0, 0, 0, 0},
-    {{163236, 12}, TagType::string, 0, 0, 0, 0},
-    {{163248, 8}, TagType::string, 0, 0, 0, 0},
-    {{163256, 18}, TagType::string, 0, 0, 0, 0},
-    {{163274, 5}, TagType::string, 0, 0, 0, 0},
-    {{163279, 6}, TagType::string, 0, 0, 0, 0},
-    {{163285, 5}, TagType::string, 0, 0, 0, 0},
-    {{163290, 12}, TagType::string, 0, 0, 0, 0},
-    {{163302, 7}, TagType::string, 0, 0, 0, 0},
-    {{163309, 9}, TagType::string, 0, 0, 0, 2},
-    {{163318, 12}, TagType::string, 0, 0, 0, 0},
-    {{163330, 12}, TagType::string, 0, 0, 0, 0},
-    {{163342, 7}, TagType::string, 0, 0, 0, 0},
-    {{163349, 7}, TagType::string, 0, 0, 0, 0},
-    {{163356, 13}, TagType::string, 0, 0, 0, 2},
-    {{163369, 19}, TagType::string, 0, 0, 0, 0},
-    {{163388, 9}, TagType::string, 0, 0, 0, 2},
-    {{163397, 17}, TagType::string, 0, 0, 0, 2},
-    {{163414, 10}, TagType::string, 0, 0, 0, 0},
-    {{163424, 11}, TagType::string, 0, 0, 0, 0},
-    {{163435, 13}, TagType::string, 0, 0, 0, 0},
-    {{163448, 8}, TagType::string, 0, 0, 0, 0},
-    {{163456, 10}, TagType::string, 0, 0, 0, 0},
-    {{163466, 10}, TagType::string, 0, 0, 0, 0},
-    {{163476, 13}, TagType::string, 0, 0, 0, 0},
-    {{163489, 13}, TagType::string, 0, 0, 0, 0},
-    {{163502, 16}, TagType::string, 0, 0, 0, 0},
-    {{163518, 20}, TagType::string, 0, 0, 2, 3},
-    {{163538, 19}, TagType::string, 0, 0, 0, 0},
-    {{163557, 19}, TagType::string, 0, 0, 0, 0},
-    {{163576, 20}, TagType::string, 0, 0, 0, 0},
-    {{163596, 22}, TagType::string, 0, 0, 0, 0},
-    {{163618, 22}, TagType::string, 0, 0, 0, 0},
-    {{163640, 25}, TagType::string, 0, 0, 0, 0},
-    {{163665, 19}, TagType::string, 0, 0, 0, 0},
-    {{163684, 18}, TagType::string, 0, 0, 0, 0},
-    {{163702, 22}, TagType::string, 0, 0, 0, 0},
-    {{163724, 19}, TagType::string, 0, 0, 0, 0},
-    {{163743, 20}, TagType::string, 0, 0, 0, 0},
-    {{163763, 21}, TagType::string, 0, 0, 0, 0},
-    {{163784, 14}, TagType::string, 0, 0, 0, 0},
-    {{163798, 17}, TagType::string, 0, 0, 0, 0},
-    {{163815, 21}, TagType::string, 0, 0, 0, 0},
-    {{163836, 21}, TagType::string, 0, 0, 0, 0},
-    {{163857, 19}, TagType::string, 0, 0, 0, 0},
-    {{2940, 10}, TagType::string, 0, 0, 0, 0},
-    {{2929, 11}, TagType::string, 0, 0, 0, 0},
-    {{163876, 20}, TagType::string, 0, 0, 0, 0},
-    {{163896, 19}, TagType::string, 0, 0, 0, 0},
-    {{163915, 12}, TagType::string, 0, 0, 5, 4},
-    {{163927, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{163940, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{163954, 13}, TagType::string, 0, 0, 9, 12},
-    {{163967, 23}, TagType::string, 0, 0, 21, 3},
-    {{163990, 16}, TagType::string, 0, 0, 24, 2},
-    {{164006, 24}, TagType::string, 0, 0, 0, 0},
-    {{164030, 19}, TagType::string, 0, 0, 0, 0},
-    {{30164, 10}, TagType::string, 8, 0, 0, 0},
-    {{164049, 17}, TagType::string, 0, 0, 0, 0},
-    {{34180, 10}, TagType::string, 0, 0, 26, 5},
-    {{34190, 9}, TagType::string, 0, 0, 31, 3},
-    {{164066, 18}, TagType::string, 0, 0, 0, 0},
-    {{164084, 15}, TagType::string, 0, 0, 0, 0},
-    {{164099, 13}, TagType::string, 0, 0, 0, 0},
-    {{164112, 22}, TagType::string, 0, 0, 0, 0},
-    {{6850, 9}, TagType::string, 0, 0, 0, 0},
-    {{164134, 19}, TagType::string, 0, 0, 0, 0},
-    {{164153, 18}, TagType::string, 0, 0, 0, 0},
-    {{164171, 10}, TagType::string, 0, 0, 0, 0},
-    {{164181, 25}, TagType::string, 0, 0, 0, 0},
-    {{164206, 10}, TagType::string, 0, 0, 34, 8},
-    {{164216, 12}, TagType::string, 0, 0, 0, 0},
-    {{164228, 11}, TagType::string, 0, 0, 0, 0},
-    {{164239, 6}, TagType::string, 0, 0, 0, 0},
-    {{164245, 6}, TagType::string, 0, 0, 0, 0},
-    {{2896, 16}, TagType::string, 0, 0, 0, 0},
-    {{164251, 6}, TagType::string, 0, 0, 0, 0},
-    {{164257, 6}, TagType::string, 0, 0, 0, 0},
-    {{164263, 23}, TagType::string, 0, 0, 0, 0},
-    {{200, 4}, TagType::string, 0, 0, 0, 0},
-    {{29433, 5}, TagType::string, 0, 0, 0, 0},
-    {{34406, 12}, TagType::string, 0, 0, 0, 0},
-    {{32277, 12}, TagType::string, 0, 0, 0, 0},
-    {{32289, 7}, TagType::string, 0, 0, 0, 0},
-    {{32953, 15}, TagType::string, 0, 0, 42, 10},
-    {{33314, 15}, TagType::string, 0, 0, 0, 0},
-    {{33329, 20}, TagType::string, 0, 0, 0, 0},
-    {{33365, 15}, TagType::string, 0, 0, 0, 0},
-    {{33380, 12}, TagType::string, 0, 0, 52, 8},
-    {{33392, 11}, TagType::string, 0, 0, 60, 22},
-    {{33408, 11}, TagType::string, 0, 0, 0, 0},
-    {{33349, 16}, TagType::string, 0, 0, 0, 0},
-    {{33403, 5}, TagType::string, 0, 0, 82, 2},
-    {{33419, 11}, TagType::string, 0, 0, 0, 0},
-    {{164286, 11}, TagType::string, 0, 0, 82, 2},
-    {{164297, 9}, TagType::string, 0, 0, 31, 3},
-    {{34165, 15}, TagType::string, 0, 0, 0, 0},
-    {{33581, 13}, TagType::string, 0, 0, 0, 0},
-    {{164306, 27}, TagType::string, 0, 0, 84, 7},
-    {{164333, 15}, TagType::string, 0, 0, 0, 0},
-    {{33611, 13}, TagType::string, 0, 0, 34, 8},
-    {{33459, 21}, TagType::string, 0, 0, 0, 0},
-    {{33480, 21}, TagType::string, 0, 0, 0, 0},
-    {{33501, 24}, TagType::string, 0, 0, 26, 5},
-    {{33430, 24}, TagType::string, 0, 0, 0, 0},
-    {{34199, 10}, TagType::string, 0, 0, 0, 0},
-    {{32987, 3}, TagType::string, 0, 0, 0, 0},
-    {{32990, 23}, TagType::string, 0, 0, 0, 0},
-    {{164348, 9}, TagType::string, 0, 0, 0, 0},
-    {{164357, 12}, TagType::string, 0, 0, 0, 0},
-    {{164369, 8}, TagType::string, 0, 0, 0, 0},
-    {{164377, 14}, TagType::string, 0, 0, 0, 0},
-    {{164391, 15}, TagType::string, 0, 0, 0, 0},
-    {{164406, 11}, TagType::string, 0, 0, 0, 0},
-    {{164417, 12}, TagType::string, 0, 0, 0, 0},
-    {{164429, 19}, TagType::string, 0, 0, 0, 0},
-    {{164448, 12}, TagType::string, 0, 0, 0, 0},
-    {{164460, 24}, TagType::string, 0, 0, 0, 0},
-    {{164484, 23}, TagType::string, 0, 0, 0, 0},
-    {{164507, 14}, TagType::string, 0, 0, 0, 0},
-    {{164521, 8}, TagType::string, 0, 0, 0, 0},
-    {{164529, 16}, TagType::string, 0, 0, 0, 0},
-    {{164545, 24}, TagType::string, 0, 0, 0, 0},
-    {{164569, 20}, TagType::string, 0, 0, 0, 0},
-    {{164589, 14}, TagType::string, 0, 0, 31, 3},
-    {{164603, 14}, TagType::string, 0, 0, 91, 4},
-    {{164617, 10}, TagType::string, 0, 0, 0, 0},
-    {{164627, 6}, TagType::string, 8, 0, 0, 0},
-    {{164633, 6}, TagType::string, 8, 0, 0, 0},
-    {{164639, 11}, TagType::string, 0, 0, 0, 0},
-    {{164650, 13}, TagType::string, 8, 0, 0, 0},
-    {{164663, 11}, TagType::string, 0, 0, 0, 0},
-    {{149407, 13}, TagType::string, 8, 0, 0, 0},
-    {{164674, 18}, TagType::string, 0, 0, 0, 0},
-    {{164692, 22}, TagType::string, 0, 0, 0, 0},
-    {{29232, 12}, TagType::string, 8, 0, 0, 0},
-    {{164714, 11}, TagType::string, 0, 0, 0, 0},
-    {{164725, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{164742, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{164760, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{164777, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{164794, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{164812, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{164823, 10}, TagType::string, 8, 0, 0, 0},
-    {{164833, 8}, TagType::string, 0, 0, 95, 152},
-    {{3995, 5}, TagType::string, 0, 0, 0, 0},
-    {{3988, 7}, TagType::string, 0, 0, 0, 0},
-    {{3939, 6}, TagType::string, 0, 0, 0, 0},
-    {{3962, 8}, TagType::string, 0, 0, 0, 0},
-    {{7429, 8}, TagType::string, 0, 0, 0, 0},
-    {{164841, 8}, TagType::string, 0, 0, 0, 0},
-    {{164849, 14}, TagType::string, 0, 0, 0, 0},
-    {{164863, 13}, TagType::string, 8, 0, 0, 0},
-    {{29817, 8}, TagType::string, 0, 0, 0, 0},
-    {{164876, 8}, TagType::string, 0, 0, 247, 5},
-    {{160129, 9}, TagType::string, 0, 0, 0, 0},
-    {{164884, 10}, TagType::string, 0, 0, 0, 0},
-    {{164894, 15}, TagType::string, 0, 0, 0, 0},
-    {{164909, 15}, TagType::string, 0, 0, 0, 0},
-    {{164924, 16}, TagType::string, 0, 0, 0, 0},
-    {{164940, 14}, TagType::string, 0, 0, 0, 0},
-    {{164954, 19}, TagType::string, 0, 0, 0, 0},
-    {{164973, 19}, TagType::string, 0, 0, 0, 0},
-    {{164992, 19}, TagType::string, 0, 0, 0, 0},
-    {{165011, 20}, TagType::string, 0, 0, 0, 0},
-    {{165031, 15}, TagType::string, 0, 0, 0, 0},
-    {{165046, 17}, TagType::string, 0, 0, 0, 0},
-    {{165063, 19}, TagType::string, 0, 0, 0, 0},
-    {{165082, 9}, TagType::string, 0, 0, 0, 0},
-    {{165091, 18}, TagType::string, 0, 0, 0, 0},
-    {{165109, 16}, TagType::string, 0, 0, 0, 0},
-    {{165125, 18}, TagType::string, 0, 0, 0, 0},
-    {{165143, 14}, TagType::int16u, 0, 0, 252, 4},
-    {{7130, 12}, TagType::int16u, 0, 0, 256, 58},
-    {{165157, 8}, TagType::int16u, 0, 0, 314, 12},
-    {{165165, 6}, TagType::int16u, 0, 0, 0, 2},
-    {{165171, 6}, TagType::int16u, 0, 0, 0, 2},
+    {{162930, 18}, TagType::int32u, 0, 0, 0, 0},  // CompObjUserTypeLen
+    {{162948, 15}, TagType::string, 0, 0, 0, 0},  // CompObjUserType
+    {{3945, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
+    {{3970, 10}, TagType::int32s, 0, 0, 0, 0},  // ModifyDate
+    {{162963, 11}, TagType::int32u, 0, 0, 0, 0},  // LastPrinted
+    {{162974, 14}, TagType::int16u, 0, 0, 0, 0},  // RevisionNumber
+    {{162988, 13}, TagType::int32u, 0, 0, 0, 0},  // TotalEditTime
+    {{163001, 5}, TagType::int32u, 0, 0, 0, 0},  // Words
+    {{163006, 10}, TagType::int32u, 0, 0, 0, 0},  // Characters
+    {{4121, 5}, TagType::int16u, 0, 0, 0, 0},  // Pages
+    {{163016, 10}, TagType::int32u, 0, 0, 0, 0},  // Paragraphs
+    {{163026, 5}, TagType::int32u, 0, 0, 0, 0},  // Lines
+    {{163031, 12}, TagType::string, 0, 0, 0, 0},  // DataObjectID
+    {{163043, 18}, TagType::string, 0, 0, 0, 0},  // LockedPropertyList
+    {{163061, 15}, TagType::string, 0, 0, 0, 0},  // DataObjectTitle
+    {{163076, 12}, TagType::string, 0, 0, 0, 0},  // LastModifier
+    {{163088, 14}, TagType::string, 0, 0, 0, 0},  // DataCreateDate
+    {{163102, 14}, TagType::string, 0, 0, 0, 0},  // DataModifyDate
+    {{163116, 19}, TagType::string, 0, 0, 0, 0},  // CreatingApplication
+    {{163135, 16}, TagType::string, 0, 0, 0, 0},  // DataObjectStatus
+    {{163151, 17}, TagType::string, 0, 0, 0, 0},  // CreatingTransform
+    {{163168, 15}, TagType::string, 0, 0, 0, 0},  // UsingTransforms
+    {{163183, 17}, TagType::string, 0, 0, 0, 0},  // CachedImageHeight
+    {{163200, 16}, TagType::string, 0, 0, 0, 0},  // CachedImageWidth
+    {{163216, 9}, TagType::string, 0, 0, 0, 0},  // CommentBy
+    {{163225, 11}, TagType::string, 0, 0, 0, 0},  // LastSavedBy
+    {{163236, 12}, TagType::string, 0, 0, 0, 0},  // TableOffsets
+    {{163248, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{163256, 18}, TagType::string, 0, 0, 0, 0},  // PresentationTarget
+    {{163274, 5}, TagType::string, 0, 0, 0, 0},  // Bytes
+    {{163279, 6}, TagType::string, 0, 0, 0, 0},  // Slides
+    {{163285, 5}, TagType::string, 0, 0, 0, 0},  // Notes
+    {{163290, 12}, TagType::string, 0, 0, 0, 0},  // HiddenSlides
+    {{163302, 7}, TagType::string, 0, 0, 0, 0},  // MMClips
+    {{163309, 9}, TagType::string, 0, 0, 0, 2},  // ScaleCrop
+    {{163318, 12}, TagType::string, 0, 0, 0, 0},  // HeadingPairs
+    {{163330, 12}, TagType::string, 0, 0, 0, 0},  // TitleOfParts
+    {{163342, 7}, TagType::string, 0, 0, 0, 0},  // Manager
+    {{163349, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{163356, 13}, TagType::string, 0, 0, 0, 2},  // LinksUpToDate
+    {{163369, 19}, TagType::string, 0, 0, 0, 0},  // CharCountWithSpaces
+    {{163388, 9}, TagType::string, 0, 0, 0, 2},  // SharedDoc
+    {{163397, 17}, TagType::string, 0, 0, 0, 2},  // HyperlinksChanged
+    {{163414, 10}, TagType::string, 0, 0, 0, 0},  // AppVersion
+    {{163424, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
+    {{163435, 13}, TagType::string, 0, 0, 0, 0},  // ContentStatus
+    {{163448, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{163456, 10}, TagType::string, 0, 0, 0, 0},  // DocVersion
+    {{163466, 10}, TagType::string, 0, 0, 0, 0},  // Hyperlinks
+    {{163476, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
+    {{163489, 13}, TagType::string, 0, 0, 0, 0},  // ExtensionName
+    {{163502, 16}, TagType::string, 0, 0, 0, 0},  // ExtensionClassID
+    {{163518, 20}, TagType::string, 0, 0, 2, 3},  // ExtensionPersistence
+    {{163538, 19}, TagType::string, 0, 0, 0, 0},  // ExtensionCreateDate
+    {{163557, 19}, TagType::string, 0, 0, 0, 0},  // ExtensionModifyDate
+    {{163576, 20}, TagType::string, 0, 0, 0, 0},  // ExtensionDescription
+    {{163596, 22}, TagType::string, 0, 0, 0, 0},  // Storage-StreamPathname
+    {{163618, 22}, TagType::string, 0, 0, 0, 0},  // FlashPixStreamPathname
+    {{163640, 25}, TagType::string, 0, 0, 0, 0},  // FlashPixStreamFieldOffset
+    {{163665, 19}, TagType::string, 0, 0, 0, 0},  // PropertySetPathname
+    {{163684, 18}, TagType::string, 0, 0, 0, 0},  // PropertySetIDCodes
+    {{163702, 22}, TagType::string, 0, 0, 0, 0},  // PropertyVectorElements
+    {{163724, 19}, TagType::string, 0, 0, 0, 0},  // SubimageResolutions
+    {{163743, 20}, TagType::string, 0, 0, 0, 0},  // UsedExtensionNumbers
+    {{163763, 21}, TagType::string, 0, 0, 0, 0},  // TransformedImageTitle
+    {{163784, 14}, TagType::string, 0, 0, 0, 0},  // VisibleOutputs
+    {{163798, 17}, TagType::string, 0, 0, 0, 0},  // MaximumImageIndex
+    {{163815, 21}, TagType::string, 0, 0, 0, 0},  // MaximumTransformIndex
+    {{163836, 21}, TagType::string, 0, 0, 0, 0},  // MaximumOperationIndex
+    {{163857, 19}, TagType::string, 0, 0, 0, 0},  // NumberOfResolutions
+    {{2940, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{2929, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{163876, 20}, TagType::string, 0, 0, 0, 0},  // DefaultDisplayHeight
+    {{163896, 19}, TagType::string, 0, 0, 0, 0},  // DefaultDisplayWidth
+    {{163915, 12}, TagType::string, 0, 0, 5, 4},  // DisplayUnits
+    {{163927, 13}, TagType::int32u, 0, 0, 0, 0},  // SubimageWidth
+    {{163940, 14}, TagType::int32u, 0, 0, 0, 0},  // SubimageHeight
+    {{163954, 13}, TagType::string, 0, 0, 9, 12},  // SubimageColor
+    {{163967, 23}, TagType::string, 0, 0, 21, 3},  // SubimageNumericalFormat
+    {{163990, 16}, TagType::string, 0, 0, 24, 2},  // DecimationMethod
+    {{164006, 24}, TagType::string, 0, 0, 0, 0},  // DecimationPrefilterWidth
+    {{164030, 19}, TagType::string, 0, 0, 0, 0},  // SubimageICC_Profile
+    {{30164, 10}, TagType::string, 8, 0, 0, 0},  // JPEGTables
+    {{164049, 17}, TagType::string, 0, 0, 0, 0},  // MaxJPEGTableIndex
+    {{34180, 10}, TagType::string, 0, 0, 26, 5},  // FileSource
+    {{34190, 9}, TagType::string, 0, 0, 31, 3},  // SceneType
+    {{164066, 18}, TagType::string, 0, 0, 0, 0},  // CreationPathVector
+    {{164084, 15}, TagType::string, 0, 0, 0, 0},  // SoftwareRelease
+    {{164099, 13}, TagType::string, 0, 0, 0, 0},  // UserDefinedID
+    {{164112, 22}, TagType::string, 0, 0, 0, 0},  // SharpnessApproximation
+    {{6850, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{164134, 19}, TagType::string, 0, 0, 0, 0},  // OriginalImageBroker
+    {{164153, 18}, TagType::string, 0, 0, 0, 0},  // DigitalImageBroker
+    {{164171, 10}, TagType::string, 0, 0, 0, 0},  // Authorship
+    {{164181, 25}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyNotes
+    {{164206, 10}, TagType::string, 0, 0, 34, 8},  // TestTarget
+    {{164216, 12}, TagType::string, 0, 0, 0, 0},  // GroupCaption
+    {{164228, 11}, TagType::string, 0, 0, 0, 0},  // CaptionText
+    {{164239, 6}, TagType::string, 0, 0, 0, 0},  // People
+    {{164245, 6}, TagType::string, 0, 0, 0, 0},  // Things
+    {{2896, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{164251, 6}, TagType::string, 0, 0, 0, 0},  // Events
+    {{164257, 6}, TagType::string, 0, 0, 0, 0},  // Places
+    {{164263, 23}, TagType::string, 0, 0, 0, 0},  // ContentDescriptionNotes
+    {{200, 4}, TagType::string, 0, 0, 0, 0},  // Make
+    {{29433, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{34406, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
+    {{32277, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{32289, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{32953, 15}, TagType::string, 0, 0, 42, 10},  // ExposureProgram
+    {{33314, 15}, TagType::string, 0, 0, 0, 0},  // BrightnessValue
+    {{33329, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
+    {{33365, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
+    {{33380, 12}, TagType::string, 0, 0, 52, 8},  // MeteringMode
+    {{33392, 11}, TagType::string, 0, 0, 60, 22},  // LightSource
+    {{33408, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{33349, 16}, TagType::string, 0, 0, 0, 0},  // MaxApertureValue
+    {{33403, 5}, TagType::string, 0, 0, 82, 2},  // Flash
+    {{33419, 11}, TagType::string, 0, 0, 0, 0},  // FlashEnergy
+    {{164286, 11}, TagType::string, 0, 0, 82, 2},  // FlashReturn
+    {{164297, 9}, TagType::string, 0, 0, 31, 3},  // BackLight
+    {{34165, 15}, TagType::string, 0, 0, 0, 0},  // SubjectLocation
+    {{33581, 13}, TagType::string, 0, 0, 0, 0},  // ExposureIndex
+    {{164306, 27}, TagType::string, 0, 0, 84, 7},  // SpecialEffectsOpticalFilter
+    {{164333, 15}, TagType::string, 0, 0, 0, 0},  // PerPictureNotes
+    {{33611, 13}, TagType::string, 0, 0, 34, 8},  // SensingMethod
+    {{33459, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneXResolution
+    {{33480, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneYResolution
+    {{33501, 24}, TagType::string, 0, 0, 26, 5},  // FocalPlaneResolutionUnit
+    {{33430, 24}, TagType::string, 0, 0, 0, 0},  // SpatialFrequencyResponse
+    {{34199, 10}, TagType::string, 0, 0, 0, 0},  // CFAPattern
+    {{32987, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{32990, 23}, TagType::string, 0, 0, 0, 0},  // Opto-ElectricConvFactor
+    {{164348, 9}, TagType::string, 0, 0, 0, 0},  // FilmBrand
+    {{164357, 12}, TagType::string, 0, 0, 0, 0},  // FilmCategory
+    {{164369, 8}, TagType::string, 0, 0, 0, 0},  // FilmSize
+    {{164377, 14}, TagType::string, 0, 0, 0, 0},  // FilmRollNumber
+    {{164391, 15}, TagType::string, 0, 0, 0, 0},  // FilmFrameNumber
+    {{164406, 11}, TagType::string, 0, 0, 0, 0},  // ScannerMake
+    {{164417, 12}, TagType::string, 0, 0, 0, 0},  // ScannerModel
+    {{164429, 19}, TagType::string, 0, 0, 0, 0},  // ScannerSerialNumber
+    {{164448, 12}, TagType::string, 0, 0, 0, 0},  // ScanSoftware
+    {{164460, 24}, TagType::string, 0, 0, 0, 0},  // ScanSoftwareRevisionDate
+    {{164484, 23}, TagType::string, 0, 0, 0, 0},  // ServiceOrganizationName
+    {{164507, 14}, TagType::string, 0, 0, 0, 0},  // ScanOperatorID
+    {{164521, 8}, TagType::string, 0, 0, 0, 0},  // ScanDate
+    {{164529, 16}, TagType::string, 0, 0, 0, 0},  // ScannerPixelSize
+    {{164545, 24}, TagType::string, 0, 0, 0, 0},  // OriginalScannedImageSize
+    {{164569, 20}, TagType::string, 0, 0, 0, 0},  // OriginalDocumentSize
+    {{164589, 14}, TagType::string, 0, 0, 31, 3},  // OriginalMedium
+    {{164603, 14}, TagType::string, 0, 0, 91, 4},  // TypeOfOriginal
+    {{164617, 10}, TagType::string, 0, 0, 0, 0},  // ScreenNail
+    {{164627, 6}, TagType::string, 8, 0, 0, 0},  // Table0
+    {{164633, 6}, TagType::string, 8, 0, 0, 0},  // Table1
+    {{164639, 11}, TagType::string, 0, 0, 0, 0},  // AudioStream
+    {{164650, 13}, TagType::string, 8, 0, 0, 0},  // BasicFileInfo
+    {{164663, 11}, TagType::string, 0, 0, 0, 0},  // CurrentUser
+    {{149407, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{164674, 18}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageClass
+    {{164692, 22}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageRectangle
+    {{29232, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
+    {{164714, 11}, TagType::string, 0, 0, 0, 0},  // OperationID
+    {{164725, 17}, TagType::int16u, 0, 0, 0, 0},  // PreviewImageWidth
+    {{164742, 18}, TagType::int16u, 0, 0, 0, 0},  // PreviewImageHeight
+    {{164760, 17}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileCount
+    {{164777, 17}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileWidth
+    {{164794, 18}, TagType::int32u, 0, 0, 0, 0},  // SubimageTileHeight
+    {{164812, 11}, TagType::int32u, 0, 0, 0, 0},  // NumChannels
+    {{164823, 10}, TagType::string, 8, 0, 0, 0},  // Dictionary
+    {{164833, 8}, TagType::string, 0, 0, 95, 152},  // CodePage
+    {{3995, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{3988, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{3939, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{3962, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{7429, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{164841, 8}, TagType::string, 0, 0, 0, 0},  // Template
+    {{164849, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
+    {{164863, 13}, TagType::string, 8, 0, 0, 0},  // ThumbnailClip
+    {{29817, 8}, TagType::string, 0, 0, 0, 0},  // Software
+    {{164876, 8}, TagType::string, 0, 0, 247, 5},  // Security
+    {{160129, 9}, TagType::string, 0, 0, 0, 0},  // CreatedBy
+    {{164884, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
+    {{164894, 15}, TagType::string, 0, 0, 0, 0},  // LocaleIndicator
+    {{164909, 15}, TagType::string, 0, 0, 0, 0},  // TransformNodeID
+    {{164924, 16}, TagType::string, 0, 0, 0, 0},  // OperationClassID
+    {{164940, 14}, TagType::string, 0, 0, 0, 0},  // TransformTitle
+    {{164954, 19}, TagType::string, 0, 0, 0, 0},  // TransformCreateDate
+    {{164973, 19}, TagType::string, 0, 0, 0, 0},  // TransformModifyDate
+    {{164992, 19}, TagType::string, 0, 0, 0, 0},  // InputDataObjectList
+    {{165011, 20}, TagType::string, 0, 0, 0, 0},  // OutputDataObjectList
+    {{165031, 15}, TagType::string, 0, 0, 0, 0},  // OperationNumber
+    {{165046, 17}, TagType::string, 0, 0, 0, 0},  // ResultAspectRatio
+    {{165063, 19}, TagType::string, 0, 0, 0, 0},  // RectangleOfInterest
+    {{165082, 9}, TagType::string, 0, 0, 0, 0},  // Filtering
+    {{165091, 18}, TagType::string, 0, 0, 0, 0},  // SpatialOrientation
+    {{165109, 16}, TagType::string, 0, 0, 0, 0},  // ColorTwistMatrix
+    {{165125, 18}, TagType::string, 0, 0, 0, 0},  // ContrastAdjustment
+    {{165143, 14}, TagType::int16u, 0, 0, 252, 4},  // Identification
+    {{7130, 12}, TagType::int16u, 0, 0, 256, 58},  // LanguageCode
+    {{165157, 8}, TagType::int16u, 0, 0, 314, 12},  // DocFlags
+    {{165165, 6}, TagType::int16u, 0, 0, 0, 2},  // System
+    {{165171, 6}, TagType::int16u, 0, 0, 0, 2},  // Word97
 };
 constexpr detail::TextRef kChoicesFlashPix[] = {
     {1886, 1}, {1887, 1}, {1886, 1}, {1887, 1}, {4188, 1}, {1886, 1}, {1887, 1}, {4188, 1},
@@ -12290,71 +12425,72 @@ constinit detail::StreamTags gTagsFlashPix("FlashPix", kText, kTagsFlashPix, kKe
 
 // Font: 64 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFont[] = {
-    {{188089, 8}, TagType::string, 0, 0, 0, 0},
-    {{188097, 9}, TagType::string, 0, 0, 0, 0},
-    {{7417, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{163006, 10}, TagType::string, 0, 0, 0, 0},
-    {{3945, 10}, TagType::string, 0, 0, 0, 0},
-    {{188106, 9}, TagType::string, 0, 0, 0, 0},
-    {{188115, 14}, TagType::string, 0, 0, 0, 0},
-    {{188129, 7}, TagType::string, 0, 0, 0, 0},
-    {{188136, 10}, TagType::string, 0, 0, 0, 0},
-    {{188146, 8}, TagType::string, 0, 0, 0, 0},
-    {{188154, 8}, TagType::string, 0, 0, 0, 0},
-    {{188162, 10}, TagType::string, 0, 0, 0, 0},
-    {{188172, 8}, TagType::string, 0, 0, 0, 0},
-    {{188180, 13}, TagType::string, 0, 0, 0, 0},
-    {{188193, 6}, TagType::string, 0, 0, 0, 0},
-    {{188199, 7}, TagType::string, 0, 0, 0, 0},
-    {{188206, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{188212, 7}, TagType::string, 0, 0, 0, 0},
-    {{188219, 8}, TagType::string, 0, 0, 0, 0},
-    {{188227, 18}, TagType::string, 0, 0, 0, 0},
-    {{6850, 9}, TagType::string, 0, 60, 0, 0},
-    {{188245, 13}, TagType::string, 0, 0, 0, 0},
-    {{188258, 15}, TagType::string, 0, 0, 0, 0},
-    {{188273, 16}, TagType::string, 0, 0, 0, 0},
-    {{188289, 9}, TagType::string, 0, 0, 0, 0},
-    {{188298, 12}, TagType::string, 0, 0, 0, 0},
-    {{188310, 8}, TagType::string, 0, 0, 0, 0},
-    {{188318, 11}, TagType::string, 0, 0, 0, 0},
-    {{188329, 9}, TagType::string, 0, 0, 0, 0},
-    {{188338, 11}, TagType::string, 0, 0, 0, 0},
-    {{188349, 7}, TagType::string, 0, 0, 0, 0},
-    {{188356, 14}, TagType::string, 0, 0, 0, 0},
-    {{188370, 15}, TagType::string, 0, 0, 0, 0},
-    {{188385, 18}, TagType::string, 0, 0, 0, 0},
-    {{188403, 18}, TagType::string, 0, 0, 0, 0},
-    {{188421, 10}, TagType::string, 0, 0, 0, 0},
-    {{188431, 13}, TagType::string, 0, 0, 0, 0},
-    {{188444, 16}, TagType::string, 0, 0, 0, 0},
-    {{188460, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{188470, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{188478, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{29628, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{29617, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{188487, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{188493, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{188508, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{188523, 6}, TagType::int8u, 0, 0, 0, 0},
-    {{188529, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{188538, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{188547, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{188555, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{188564, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{188578, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{188586, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{188594, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{188603, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{188611, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{188622, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{188631, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{188641, 6}, TagType::string, 0, 0, 0, 0},
-    {{188647, 11}, TagType::string, 0, 0, 0, 0},
-    {{188658, 17}, TagType::string, 0, 0, 0, 0},
-    {{188675, 18}, TagType::string, 0, 0, 0, 0},
-    {{188693, 12}, TagType::string, 0, 0, 0, 0},
+    {{188089, 8}, TagType::string, 0, 0, 0, 0},  // Ascender
+    {{188097, 9}, TagType::string, 0, 0, 0, 0},  // CapHeight
+    {{7417, 12}, TagType::int8u, 0, 0, 0, 0},  // CharacterSet
+    {{163006, 10}, TagType::string, 0, 0, 0, 0},  // Characters
+    {{3945, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{188106, 9}, TagType::string, 0, 0, 0, 0},  // Descender
+    {{188115, 14}, TagType::string, 0, 0, 0, 0},  // EncodingScheme
+    {{188129, 7}, TagType::string, 0, 0, 0, 0},  // EscChar
+    {{188136, 10}, TagType::string, 0, 0, 0, 0},  // FontFamily
+    {{188146, 8}, TagType::string, 0, 0, 0, 0},  // FontName
+    {{188154, 8}, TagType::string, 0, 0, 0, 0},  // FullName
+    {{188162, 10}, TagType::string, 0, 0, 0, 0},  // IsBaseFont
+    {{188172, 8}, TagType::string, 0, 0, 0, 0},  // IsFixedV
+    {{188180, 13}, TagType::string, 0, 0, 0, 0},  // MappingScheme
+    {{188193, 6}, TagType::string, 0, 0, 0, 0},  // Notice
+    {{188199, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{188206, 6}, TagType::int16u, 0, 0, 0, 0},  // Weight
+    {{188212, 7}, TagType::string, 0, 0, 0, 0},  // XHeight
+    {{188219, 8}, TagType::string, 0, 0, 0, 0},  // NumFonts
+    {{188227, 18}, TagType::string, 0, 0, 0, 0},  // PostScriptFontName
+    {{6850, 9}, TagType::string, 0, 60, 0, 0},  // Copyright
+    {{188245, 13}, TagType::string, 0, 0, 0, 0},  // FontSubfamily
+    {{188258, 15}, TagType::string, 0, 0, 0, 0},  // FontSubfamilyID
+    {{188273, 16}, TagType::string, 0, 0, 0, 0},  // NameTableVersion
+    {{188289, 9}, TagType::string, 0, 0, 0, 0},  // Trademark
+    {{188298, 12}, TagType::string, 0, 0, 0, 0},  // Manufacturer
+    {{188310, 8}, TagType::string, 0, 0, 0, 0},  // Designer
+    {{188318, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{188329, 9}, TagType::string, 0, 0, 0, 0},  // VendorURL
+    {{188338, 11}, TagType::string, 0, 0, 0, 0},  // DesignerURL
+    {{188349, 7}, TagType::string, 0, 0, 0, 0},  // License
+    {{188356, 14}, TagType::string, 0, 0, 0, 0},  // LicenseInfoURL
+    {{188370, 15}, TagType::string, 0, 0, 0, 0},  // PreferredFamily
+    {{188385, 18}, TagType::string, 0, 0, 0, 0},  // PreferredSubfamily
+    {{188403, 18}, TagType::string, 0, 0, 0, 0},  // CompatibleFontName
+    {{188421, 10}, TagType::string, 0, 0, 0, 0},  // SampleText
+    {{188431, 13}, TagType::string, 0, 0, 0, 0},  // WWSFamilyName
+    {{188444, 16}, TagType::string, 0, 0, 0, 0},  // WWSSubfamilyName
+    {{188460, 10}, TagType::int16u, 0, 0, 0, 0},  // PFMVersion
+    {{188470, 8}, TagType::int16u, 0, 0, 0, 0},  // FontType
+    {{188478, 9}, TagType::int16u, 0, 0, 0, 0},  // PointSize
+    {{29628, 11}, TagType::int16u, 0, 0, 0, 0},  // YResolution
+    {{29617, 11}, TagType::int16u, 0, 0, 0, 0},  // XResolution
+    {{188487, 6}, TagType::int16u, 0, 0, 0, 0},  // Ascent
+    {{188493, 15}, TagType::int16u, 0, 0, 0, 0},  // InternalLeading
+    {{188508, 15}, TagType::int16u, 0, 0, 0, 0},  // ExternalLeading
+    {{188523, 6}, TagType::int8u, 0, 0, 0, 0},  // Italic
+    {{188529, 9}, TagType::int8u, 0, 0, 0, 0},  // Underline
+    {{188538, 9}, TagType::int8u, 0, 0, 0, 0},  // Strikeout
+    {{188547, 8}, TagType::int16u, 0, 0, 0, 0},  // PixWidth
+    {{188555, 9}, TagType::int16u, 0, 0, 0, 0},  // PixHeight
+    {{188564, 14}, TagType::int8u, 0, 0, 0, 0},  // PitchAndFamily
+    {{188578, 8}, TagType::int16u, 0, 0, 0, 0},  // AvgWidth
+    {{188586, 8}, TagType::int16u, 0, 0, 0, 0},  // MaxWidth
+    {{188594, 9}, TagType::int8u, 0, 0, 0, 0},  // FirstChar
+    {{188603, 8}, TagType::int8u, 0, 0, 0, 0},  // LastChar
+    {{188611, 11}, TagType::int8u, 0, 0, 0, 0},  // DefaultChar
+    {{188622, 9}, TagType::int8u, 0, 0, 0, 0},  // BreakChar
+    {{188631, 10}, TagType::int16u, 0, 0, 0, 0},  // WidthBytes
+    {{188641, 6}, TagType::string, 0, 0, 0, 0},  // FSType
+    {{188647, 11}, TagType::string, 0, 0, 0, 0},  // ItalicAngle
+    {{188658, 17}, TagType::string, 0, 0, 0, 0},  // UnderlinePosition
+    {{188675, 18}, TagType::string, 0, 0, 0, 0},  // UnderlineThickness
+    {{188693, 12}, TagType::string, 0, 0, 0, 0},  // IsFixedPitch
 };
 constexpr detail::StringRow kStringsEnglishFont[] = {
     {{188705, 13}, {188089, 8}},
@@ -12499,19 +12635,20 @@ constinit detail::StreamTags gTagsFont("Font", kText, kTagsFont, kKeyOrderFont, 
 
 // FotoStation: 12 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFotoStation[] = {
-    {{29244, 14}, TagType::string, 2, 0, 0, 0},
-    {{29232, 12}, TagType::string, 2, 0, 0, 0},
-    {{190636, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{190654, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{190673, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{190684, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{190696, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{37852, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{37845, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{37870, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{37860, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{190704, 12}, TagType::int32s, 2, 0, 0, 0},
+    {{29244, 14}, TagType::string, 2, 0, 0, 0},  // ThumbnailImage
+    {{29232, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{190636, 18}, TagType::int32s, 2, 0, 0, 0},  // OriginalImageWidth
+    {{190654, 19}, TagType::int32s, 2, 0, 0, 0},  // OriginalImageHeight
+    {{190673, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorPlanes
+    {{190684, 12}, TagType::int32s, 2, 0, 0, 0},  // XYResolution
+    {{190696, 8}, TagType::int32s, 2, 0, 0, 0},  // Rotation
+    {{37852, 8}, TagType::int32s, 2, 0, 0, 0},  // CropLeft
+    {{37845, 7}, TagType::int32s, 2, 0, 0, 0},  // CropTop
+    {{37870, 9}, TagType::int32s, 2, 0, 0, 0},  // CropRight
+    {{37860, 10}, TagType::int32s, 2, 0, 0, 0},  // CropBottom
+    {{190704, 12}, TagType::int32s, 2, 0, 0, 0},  // CropRotation
 };
 constexpr detail::StringRow kStringsEnglishFotoStation[] = {
     {{190716, 23}, {190739, 12}},

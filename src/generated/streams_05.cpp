@@ -8,1939 +8,2006 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "AF-CSetting""AF-CTrackingSensitivity""AF-CSpeedTrackingSensitivity""AF-CZoneAreaSwitching"
-    "DriveMode""DriveSpeed""MovieStreamName""Face1Birthday""Face1Category""Face1Name""Face2Birthday"
-    "Face2Category""Face2Name""Face3Birthday""Face3Category""Face3Name""Face4Birthday"
-    "Face4Category""Face4Name""Face5Birthday""Face5Category""Face5Name""Face6Birthday"
-    "Face6Category""Face6Name""Face7Birthday""Face7Category""Face7Name""Face8Birthday"
-    "Face8Category""Face8Name""FocusMode2""PreAF""AFAreaMode""AFAreaPointSize""AFAreaZoneSize""Make"
-    "Model""ExposureTime""FNumber""ExposureCompensation""Version""InternalSerialNumber""Quality"
-    "Sharpness""WhiteBalance""Saturation""Contrast""ColorTemperature""WhiteBalanceFineTune"
-    "NoiseReduction""Clarity""FujiFlashMode""FlashExposureComp""Macro""FocusMode""AFMode"
-    "FocusPixel""SlowSync""PictureMode""ExposureCount""EXRAuto""EXRMode""ShadowTone""HighlightTone"
-    "DigitalZoom""LensModulationOptimizer""GrainEffectRoughness""ColorChromeEffect""BWAdjustment"
-    "BWMagentaGreen""GrainEffectSize""CropMode""ColorChromeFXBlue""ShutterType""AutoBracketing"
-    "SequenceNumber""PixelShiftShots""PixelShiftOffset""PanoramaAngle""PanoramaDirection"
-    "AdvancedFilter""ColorMode""BlurWarning""FocusWarning""ExposureWarning""GEImageSize"
-    "DynamicRange""FilmMode""DynamicRangeSetting""DevelopmentDynamicRange""MinFocalLength"
-    "MaxFocalLength""MaxApertureAtMinFocal""MaxApertureAtMaxFocal""AutoDynamicRange"
-    "ImageStabilization""SceneRecognition""Rating""ImageGeneration""ImageCount""DRangePriority"
-    "DRangePriorityAuto""DRangePriorityFixed""FlickerReduction""FujiModel""FujiModel2""RollAngle"
-    "VideoRecordingMode""PeripheralLighting""VideoCompression""FrameRate""FrameWidth""FrameHeight"
-    "FullHDHighSpeedRec""FaceElementSelected""FacesDetected""FacePositions""NumFaceElements"
-    "FaceElementTypes""FaceElementPositions""FileSource""OrderNumber""FrameNumber""Parallax"
-    "AF-SPriority""AF-CPriority""RawImageWidth""RawImageHeight""16""258""290""291""515""0""1""2""4"
-    "8""3""5""6""130""132""32768""65535""256""512""768""769""770""771""772""1024""1280""1536""3840"
-    "3841""3842""3843""3844""4080""128""192""224""384""784""1216""1248""1281""1282""1283""448""480"
-    "64""640""704""736""-5000""-4000""-3000""-2000""-1000""1000""2000""3000""4000""5000""33056"
-    "33568""38976""39008""39040""43296""43552""43808""44320""44576""44832""51488""51744""52000"
-    "52512""52768""53024""59680""7""9""10""11""12""13""14""15""17""18""19""20""22""23""24""25""26"
-    "27""28""48""-64""-48""-32""-16""32""65536""131072""196608""262144""327680""393217""393218"
-    "393219""393220""393221""393222""458752""589824""272""288""304""1792""2048""2304""2560""2816"
-    "513""259""261""21""29""FujiFilm:AF-CPriority""AF-C Priority""FujiFilm:AF-CPriority:1""Release"
-    "FujiFilm:AF-CPriority:2""Focus""FujiFilm:AF-CSetting""AF-C Setting""FujiFilm:AF-CSetting:16"
-    "Set 4 (suddenly appearing subject)""FujiFilm:AF-CSetting:258""Set 1 (multi-purpose)"
-    "FujiFilm:AF-CSetting:290""Set 3 (accelerating subject)""FujiFilm:AF-CSetting:291"
-    "Set 5 (erratic motion)""FujiFilm:AF-CSetting:515""Set 2 (ignore obstacles)"
-    "FujiFilm:AF-CSpeedTrackingSensitivity""AF-C Speed Tracking Sensitivity"
-    "FujiFilm:AF-CTrackingSensitivity""AF-C Tracking Sensitivity""FujiFilm:AF-CZoneAreaSwitching"
-    "AF-C Zone Area Switching""FujiFilm:AF-CZoneAreaSwitching:0""Front"
-    "FujiFilm:AF-CZoneAreaSwitching:1""Auto""FujiFilm:AF-CZoneAreaSwitching:2""Center"
-    "FujiFilm:AF-SPriority""AF-S Priority""FujiFilm:AF-SPriority:1""FujiFilm:AF-SPriority:2"
-    "FujiFilm:AFAreaMode""AF Area Mode""FujiFilm:AFAreaMode:0""Single Point""FujiFilm:AFAreaMode:1"
-    "Zone""FujiFilm:AFAreaMode:2""Wide/Tracking""FujiFilm:AFAreaPointSize""AF Area Point Size"
-    "FujiFilm:AFAreaPointSize:0""n/a""FujiFilm:AFAreaZoneSize""AF Area Zone Size"
-    "FujiFilm:AFAreaZoneSize:0""FujiFilm:AFMode""AF Mode""FujiFilm:AFMode:0""No""FujiFilm:AFMode:1"
-    "FujiFilm:AFMode:256""FujiFilm:AFMode:512""FujiFilm:AdvancedFilter""Advanced Filter"
-    "FujiFilm:AdvancedFilter:131072""Hi Key""FujiFilm:AdvancedFilter:196608""Toy Camera"
-    "FujiFilm:AdvancedFilter:262144""Miniature""FujiFilm:AdvancedFilter:327680""Dynamic Tone"
-    "FujiFilm:AdvancedFilter:393217""Partial Color Red""FujiFilm:AdvancedFilter:393218"
-    "Partial Color Yellow""FujiFilm:AdvancedFilter:393219""Partial Color Green"
-    "FujiFilm:AdvancedFilter:393220""Partial Color Blue""FujiFilm:AdvancedFilter:393221"
-    "Partial Color Orange""FujiFilm:AdvancedFilter:393222""Partial Color Purple"
-    "FujiFilm:AdvancedFilter:458752""Soft Focus""FujiFilm:AdvancedFilter:589824""Low Key"
-    "FujiFilm:AdvancedFilter:65536""Pop Color""FujiFilm:AutoBracketing""Auto Bracketing"
-    "FujiFilm:AutoBracketing:0""Off""FujiFilm:AutoBracketing:1""On""FujiFilm:AutoBracketing:2"
-    "No flash & flash |\302\240Pre-shot""FujiFilm:AutoBracketing:6""Pixel Shift"
-    "FujiFilm:AutoDynamicRange""Auto Dynamic Range""FujiFilm:BWAdjustment""BW Adjustment"
-    "FujiFilm:BWMagentaGreen""BW Magenta Green""FujiFilm:BlurWarning""Blur Warning"
-    "FujiFilm:BlurWarning:0""None""FujiFilm:BlurWarning:1""FujiFilm:Clarity""FujiFilm:Clarity:-1000"
-    "-1""FujiFilm:Clarity:-2000""-2""FujiFilm:Clarity:-3000""-3""FujiFilm:Clarity:-4000""-4"
-    "FujiFilm:Clarity:-5000""-5""FujiFilm:Clarity:0""FujiFilm:Clarity:1000""FujiFilm:Clarity:2000"
-    "FujiFilm:Clarity:3000""FujiFilm:Clarity:4000""FujiFilm:Clarity:5000"
-    "FujiFilm:ColorChromeEffect""Color Chrome Effect""FujiFilm:ColorChromeEffect:0"
-    "FujiFilm:ColorChromeEffect:32""Weak""FujiFilm:ColorChromeEffect:64""Strong"
-    "FujiFilm:ColorChromeFXBlue""Color Chrome FX Blue""FujiFilm:ColorChromeFXBlue:0"
-    "FujiFilm:ColorChromeFXBlue:32""FujiFilm:ColorChromeFXBlue:64""FujiFilm:ColorMode""Color Mode"
-    "FujiFilm:ColorMode:0""Standard""FujiFilm:ColorMode:16""Chrome""FujiFilm:ColorMode:48""B & W"
-    "FujiFilm:ColorTemperature""Color Temperature""FujiFilm:Contrast""FujiFilm:Contrast:0""Normal"
-    "FujiFilm:Contrast:128""Medium High""FujiFilm:Contrast:256""High""FujiFilm:Contrast:32768"
-    "Film Simulation""FujiFilm:Contrast:384""Medium Low""FujiFilm:Contrast:512""Low"
-    "FujiFilm:Contrast:768""FujiFilm:CropMode""Crop Mode""FujiFilm:CropMode:0""FujiFilm:CropMode:1"
-    "Full-frame on GFX""FujiFilm:CropMode:2""Sports Finder Mode""FujiFilm:CropMode:4"
-    "Electronic Shutter 1.25x Crop""FujiFilm:DRangePriority""D Range Priority"
-    "FujiFilm:DRangePriority:0""FujiFilm:DRangePriority:1""Fixed""FujiFilm:DRangePriorityAuto"
-    "D Range Priority Auto""FujiFilm:DRangePriorityAuto:1""FujiFilm:DRangePriorityAuto:2"
-    "FujiFilm:DRangePriorityAuto:3""Plus""FujiFilm:DRangePriorityFixed""D Range Priority Fixed"
-    "FujiFilm:DRangePriorityFixed:1""FujiFilm:DRangePriorityFixed:2"
-    "FujiFilm:DevelopmentDynamicRange""Development Dynamic Range""FujiFilm:DigitalZoom"
-    "Digital Zoom""FujiFilm:DriveMode""Drive Mode""FujiFilm:DriveMode:0""Single"
-    "FujiFilm:DriveMode:1""Continuous Low""FujiFilm:DriveMode:2""Continuous High"
-    "FujiFilm:DriveSpeed""Drive Speed""FujiFilm:DriveSpeed:0""FujiFilm:DynamicRange""Dynamic Range"
-    "FujiFilm:DynamicRange:1""FujiFilm:DynamicRange:3""Wide""FujiFilm:DynamicRangeSetting"
-    "Dynamic Range Setting""FujiFilm:DynamicRangeSetting:0""FujiFilm:DynamicRangeSetting:1""Manual"
-    "FujiFilm:DynamicRangeSetting:256""Standard (100%)""FujiFilm:DynamicRangeSetting:32768"
-    "FujiFilm:DynamicRangeSetting:512""Wide1 (230%)""FujiFilm:DynamicRangeSetting:513""Wide2 (400%)"
-    "FujiFilm:EXRAuto""EXR Auto""FujiFilm:EXRAuto:0""FujiFilm:EXRAuto:1""FujiFilm:EXRMode""EXR Mode"
-    "FujiFilm:EXRMode:256""HR (High Resolution)""FujiFilm:EXRMode:512"
-    "SN (Signal to Noise priority)""FujiFilm:EXRMode:768""DR (Dynamic Range priority)"
-    "FujiFilm:ExposureCompensation""Exposure Compensation""FujiFilm:ExposureCount""Exposure Count"
-    "FujiFilm:ExposureTime""Exposure Time""FujiFilm:ExposureWarning""Exposure Warning"
-    "FujiFilm:ExposureWarning:0""Good""FujiFilm:ExposureWarning:1""Bad exposure""FujiFilm:FNumber"
-    "F Number""FujiFilm:Face1Birthday""Face 1 Birthday""FujiFilm:Face1Category""Face 1 Category"
-    "FujiFilm:Face1Category:2""Partner""FujiFilm:Face1Category:4""Family""FujiFilm:Face1Category:8"
-    "Friend""FujiFilm:Face1Name""Face 1 Name""FujiFilm:Face2Birthday""Face 2 Birthday"
-    "FujiFilm:Face2Category""Face 2 Category""FujiFilm:Face2Category:2""FujiFilm:Face2Category:4"
-    "FujiFilm:Face2Category:8""FujiFilm:Face2Name""Face 2 Name""FujiFilm:Face3Birthday"
-    "Face 3 Birthday""FujiFilm:Face3Category""Face 3 Category""FujiFilm:Face3Category:2"
-    "FujiFilm:Face3Category:4""FujiFilm:Face3Category:8""FujiFilm:Face3Name""Face 3 Name"
-    "FujiFilm:Face4Birthday""Face 4 Birthday""FujiFilm:Face4Category""Face 4 Category"
-    "FujiFilm:Face4Category:2""FujiFilm:Face4Category:4""FujiFilm:Face4Category:8"
-    "FujiFilm:Face4Name""Face 4 Name""FujiFilm:Face5Birthday""Face 5 Birthday"
-    "FujiFilm:Face5Category""Face 5 Category""FujiFilm:Face5Category:2""FujiFilm:Face5Category:4"
-    "FujiFilm:Face5Category:8""FujiFilm:Face5Name""Face 5 Name""FujiFilm:Face6Birthday"
-    "Face 6 Birthday""FujiFilm:Face6Category""Face 6 Category""FujiFilm:Face6Category:2"
-    "FujiFilm:Face6Category:4""FujiFilm:Face6Category:8""FujiFilm:Face6Name""Face 6 Name"
-    "FujiFilm:Face7Birthday""Face 7 Birthday""FujiFilm:Face7Category""Face 7 Category"
-    "FujiFilm:Face7Category:2""FujiFilm:Face7Category:4""FujiFilm:Face7Category:8"
-    "FujiFilm:Face7Name""Face 7 Name""FujiFilm:Face8Birthday""Face 8 Birthday"
-    "FujiFilm:Face8Category""Face 8 Category""FujiFilm:Face8Category:2""FujiFilm:Face8Category:4"
-    "FujiFilm:Face8Category:8""FujiFilm:Face8Name""Face 8 Name""FujiFilm:FaceElementPositions"
-    "Face Element Positions""FujiFilm:FaceElementSelected""Face Element Selected"
-    "FujiFilm:FaceElementTypes""Face Element Types""FujiFilm:FaceElementTypes:1""Face"
-    "FujiFilm:FaceElementTypes:11""Bike""FujiFilm:FaceElementTypes:12""Body of Car"
-    "FujiFilm:FaceElementTypes:13""Front of Car""FujiFilm:FaceElementTypes:14""Animal Body"
-    "FujiFilm:FaceElementTypes:15""Animal Head""FujiFilm:FaceElementTypes:16""Animal Face"
-    "FujiFilm:FaceElementTypes:17""Animal Left Eye""FujiFilm:FaceElementTypes:18""Animal Right Eye"
-    "FujiFilm:FaceElementTypes:19""Bird Body""FujiFilm:FaceElementTypes:2""Left Eye"
-    "FujiFilm:FaceElementTypes:20""Bird Head""FujiFilm:FaceElementTypes:21""Bird Left Eye"
-    "FujiFilm:FaceElementTypes:22""Bird Right Eye""FujiFilm:FaceElementTypes:23""Aircraft Body"
-    "FujiFilm:FaceElementTypes:25""Aircraft Cockpit""FujiFilm:FaceElementTypes:26""Train Front"
-    "FujiFilm:FaceElementTypes:27""Train Cockpit""FujiFilm:FaceElementTypes:28""Animal Head (28)"
-    "FujiFilm:FaceElementTypes:29""Animal Body (29)""FujiFilm:FaceElementTypes:3""Right Eye"
-    "FujiFilm:FaceElementTypes:7""Body""FujiFilm:FaceElementTypes:8""Head""FujiFilm:FacePositions"
-    "Face Positions""FujiFilm:FacesDetected""Faces Detected""FujiFilm:FileSource""File Source"
-    "FujiFilm:FilmMode""Film Mode""FujiFilm:FilmMode:0""F0/Standard (Provia)"
-    "FujiFilm:FilmMode:1024""F4/Velvia""FujiFilm:FilmMode:1280""Pro Neg. Std"
-    "FujiFilm:FilmMode:1281""Pro Neg. Hi""FujiFilm:FilmMode:1536""Classic Chrome"
-    "FujiFilm:FilmMode:1792""Eterna""FujiFilm:FilmMode:2048""Classic Negative"
-    "FujiFilm:FilmMode:2304""Bleach Bypass""FujiFilm:FilmMode:256""F1/Studio Portrait"
-    "FujiFilm:FilmMode:2560""Nostalgic Neg""FujiFilm:FilmMode:272"
-    "F1a/Studio Portrait Enhanced Saturation""FujiFilm:FilmMode:2816""Reala ACE"
-    "FujiFilm:FilmMode:288""F1b/Studio Portrait Smooth Skin Tone (Astia)""FujiFilm:FilmMode:304"
-    "F1c/Studio Portrait Increased Sharpness""FujiFilm:FilmMode:512""F2/Fujichrome (Velvia)"
-    "FujiFilm:FilmMode:768""F3/Studio Portrait Ex""FujiFilm:FlashExposureComp""Flash Exposure Comp"
-    "FujiFilm:FlickerReduction""Flicker Reduction""FujiFilm:FocusMode""Focus Mode"
-    "FujiFilm:FocusMode2""Focus Mode 2""FujiFilm:FocusMode2:0""AF-M""FujiFilm:FocusMode2:1""AF-S"
-    "FujiFilm:FocusMode2:2""AF-C""FujiFilm:FocusMode:0""FujiFilm:FocusMode:1"
-    "FujiFilm:FocusMode:65535""Movie""FujiFilm:FocusPixel""Focus Pixel""FujiFilm:FocusWarning"
-    "Focus Warning""FujiFilm:FocusWarning:0""FujiFilm:FocusWarning:1""Out of focus"
-    "FujiFilm:FrameHeight""Frame Height""FujiFilm:FrameNumber""Frame Number""FujiFilm:FrameRate"
-    "Frame Rate""FujiFilm:FrameWidth""Frame Width""FujiFilm:FujiFlashMode""Fuji Flash Mode"
-    "FujiFilm:FujiFlashMode:0""FujiFilm:FujiFlashMode:1""FujiFilm:FujiFlashMode:16""Commander"
-    "FujiFilm:FujiFlashMode:2""FujiFilm:FujiFlashMode:3""Red-eye reduction"
-    "FujiFilm:FujiFlashMode:32768""Not Attached""FujiFilm:FujiFlashMode:33056""TTL"
-    "FujiFilm:FujiFlashMode:33568""TTL Auto - Did not fire""FujiFilm:FujiFlashMode:38976"
-    "FujiFilm:FujiFlashMode:39008""Flash Commander""FujiFilm:FujiFlashMode:39040""Multi-flash"
-    "FujiFilm:FujiFlashMode:4""External""FujiFilm:FujiFlashMode:43296""1st Curtain (front)"
-    "FujiFilm:FujiFlashMode:43552""TTL Slow - 1st Curtain (front)""FujiFilm:FujiFlashMode:43808"
-    "TTL Auto - 1st Curtain (front)""FujiFilm:FujiFlashMode:44320"
-    "TTL - Red-eye Flash - 1st Curtain (front)""FujiFilm:FujiFlashMode:44576"
-    "TTL Slow - Red-eye Flash - 1st Curtain (front)""FujiFilm:FujiFlashMode:44832"
-    "TTL Auto - Red-eye Flash - 1st Curtain (front)""FujiFilm:FujiFlashMode:51488"
-    "2nd Curtain (rear)""FujiFilm:FujiFlashMode:51744""TTL Slow - 2nd Curtain (rear)"
-    "FujiFilm:FujiFlashMode:52000""TTL Auto - 2nd Curtain (rear)""FujiFilm:FujiFlashMode:52512"
-    "TTL - Red-eye Flash - 2nd Curtain (rear)""FujiFilm:FujiFlashMode:52768"
-    "TTL Slow - Red-eye Flash - 2nd Curtain (rear)""FujiFilm:FujiFlashMode:53024"
-    "TTL Auto - Red-eye Flash - 2nd Curtain (rear)""FujiFilm:FujiFlashMode:59680"
-    "High Speed Sync (HSS)""FujiFilm:FujiModel""Fuji Model""FujiFilm:FujiModel2""Fuji Model 2"
-    "FujiFilm:FullHDHighSpeedRec""Full HD High Speed Rec""FujiFilm:FullHDHighSpeedRec:1"
-    "FujiFilm:FullHDHighSpeedRec:2""FujiFilm:GEImageSize""GE Image Size"
-    "FujiFilm:GrainEffectRoughness""Grain Effect Roughness""FujiFilm:GrainEffectRoughness:0"
-    "FujiFilm:GrainEffectRoughness:32""FujiFilm:GrainEffectRoughness:64""FujiFilm:GrainEffectSize"
-    "Grain Effect Size""FujiFilm:GrainEffectSize:0""FujiFilm:GrainEffectSize:16""Small"
-    "FujiFilm:GrainEffectSize:32""Large""FujiFilm:HighlightTone""Highlight Tone"
-    "FujiFilm:HighlightTone:-16""+1 (medium hard)""FujiFilm:HighlightTone:-32""+2 (hard)"
-    "FujiFilm:HighlightTone:-48""+3 (very hard)""FujiFilm:HighlightTone:-64""+4 (hardest)"
-    "FujiFilm:HighlightTone:0""0 (normal)""FujiFilm:HighlightTone:16""-1 (medium soft)"
-    "FujiFilm:HighlightTone:32""-2 (soft)""FujiFilm:ImageCount""Image Count"
-    "FujiFilm:ImageGeneration""Image Generation""FujiFilm:ImageGeneration:0""Original Image"
-    "FujiFilm:ImageGeneration:1""Re-developed from RAW""FujiFilm:ImageStabilization"
-    "Image Stabilization""FujiFilm:ImageStabilization:0""FujiFilm:ImageStabilization:1"
-    "On (mode 1, continuous)""FujiFilm:ImageStabilization:2""On (mode 2, shooting only)"
-    "FujiFilm:ImageStabilization:258""IBIS/OIS + DIS""FujiFilm:ImageStabilization:3""OIS Lens"
-    "FujiFilm:ImageStabilization:512""Digital""FujiFilm:InternalSerialNumber"
-    "Internal Serial Number""FujiFilm:LensModulationOptimizer""Lens Modulation Optimizer"
-    "FujiFilm:LensModulationOptimizer:0""FujiFilm:LensModulationOptimizer:1""FujiFilm:Macro"
-    "FujiFilm:Macro:0""FujiFilm:Macro:1""FujiFilm:Make""FujiFilm:MaxApertureAtMaxFocal"
-    "Max Aperture At Max Focal""FujiFilm:MaxApertureAtMinFocal""Max Aperture At Min Focal"
-    "FujiFilm:MaxFocalLength""Max Focal Length""FujiFilm:MinFocalLength""Min Focal Length"
-    "FujiFilm:Model""Camera Model Name""FujiFilm:MovieStreamName""Movie Stream Name"
-    "FujiFilm:NoiseReduction""Noise Reduction""FujiFilm:NoiseReduction:0"
-    "FujiFilm:NoiseReduction:128""FujiFilm:NoiseReduction:256""+2 (strong) |\302\240n/a"
-    "FujiFilm:NoiseReduction:384""+1 (medium strong)""FujiFilm:NoiseReduction:448""+3 (very strong)"
-    "FujiFilm:NoiseReduction:480""+4 (strongest)""FujiFilm:NoiseReduction:512""-2 (weak)"
-    "FujiFilm:NoiseReduction:64""FujiFilm:NoiseReduction:640""-1 (medium weak)"
-    "FujiFilm:NoiseReduction:704""-3 (very weak)""FujiFilm:NoiseReduction:736""-4 (weakest)"
-    "FujiFilm:NumFaceElements""Num Face Elements""FujiFilm:OrderNumber""Order Number"
-    "FujiFilm:PanoramaAngle""Panorama Angle""FujiFilm:PanoramaDirection""Panorama Direction"
-    "FujiFilm:PanoramaDirection:1""Right""FujiFilm:PanoramaDirection:2""Up"
-    "FujiFilm:PanoramaDirection:3""Left""FujiFilm:PanoramaDirection:4""Down""FujiFilm:Parallax"
-    "FujiFilm:PeripheralLighting""Peripheral Lighting""FujiFilm:PeripheralLighting:0"
-    "FujiFilm:PeripheralLighting:1""FujiFilm:PictureMode""Picture Mode""FujiFilm:PictureMode:0"
-    "FujiFilm:PictureMode:1""Portrait""FujiFilm:PictureMode:10""Sunset""FujiFilm:PictureMode:11"
-    "Museum""FujiFilm:PictureMode:12""Party""FujiFilm:PictureMode:13""Flower"
-    "FujiFilm:PictureMode:14""Text""FujiFilm:PictureMode:15""Natural Light & Flash"
-    "FujiFilm:PictureMode:16""Beach""FujiFilm:PictureMode:17""Snow""FujiFilm:PictureMode:18"
-    "Fireworks""FujiFilm:PictureMode:19""Underwater""FujiFilm:PictureMode:2""Landscape"
-    "FujiFilm:PictureMode:20""Portrait with Skin Correction""FujiFilm:PictureMode:22""Panorama"
-    "FujiFilm:PictureMode:23""Night (tripod)""FujiFilm:PictureMode:24""Pro Low-light"
-    "FujiFilm:PictureMode:25""Pro Focus""FujiFilm:PictureMode:256""Aperture-priority AE"
-    "FujiFilm:PictureMode:26""Portrait 2""FujiFilm:PictureMode:27""Dog Face Detection"
-    "FujiFilm:PictureMode:28""Cat Face Detection""FujiFilm:PictureMode:3""FujiFilm:PictureMode:4"
-    "Sports""FujiFilm:PictureMode:48""HDR""FujiFilm:PictureMode:5""Night Scene"
-    "FujiFilm:PictureMode:512""Shutter speed priority AE""FujiFilm:PictureMode:6""Program AE"
-    "FujiFilm:PictureMode:64""FujiFilm:PictureMode:7""Natural Light""FujiFilm:PictureMode:768"
-    "FujiFilm:PictureMode:8""Anti-blur""FujiFilm:PictureMode:9""Beach & Snow"
-    "FujiFilm:PixelShiftOffset""Pixel Shift Offset""FujiFilm:PixelShiftShots""Pixel Shift Shots"
-    "FujiFilm:PreAF""Pre AF""FujiFilm:PreAF:0""FujiFilm:PreAF:1""FujiFilm:Quality""FujiFilm:Rating"
-    "FujiFilm:RawImageHeight""Raw Image Height""FujiFilm:RawImageWidth""Raw Image Width"
-    "FujiFilm:RollAngle""Roll Angle""FujiFilm:Saturation""FujiFilm:Saturation:0"
-    "FujiFilm:Saturation:1024""-2 (low)""FujiFilm:Saturation:1216""-3 (very low)"
-    "FujiFilm:Saturation:1248""-4 (lowest)""FujiFilm:Saturation:128""+1 (medium high)"
-    "FujiFilm:Saturation:1280""Acros""FujiFilm:Saturation:1281""Acros Red Filter"
-    "FujiFilm:Saturation:1282""Acros Yellow Filter""FujiFilm:Saturation:1283""Acros Green Filter"
-    "FujiFilm:Saturation:192""+3 (very high)""FujiFilm:Saturation:224""+4 (highest)"
-    "FujiFilm:Saturation:256""+2 (high)""FujiFilm:Saturation:32768""FujiFilm:Saturation:384"
-    "-1 (medium low)""FujiFilm:Saturation:512""FujiFilm:Saturation:768""None (B&W)"
-    "FujiFilm:Saturation:769""B&W Red Filter""FujiFilm:Saturation:770""B&W Yellow Filter"
-    "FujiFilm:Saturation:771""B&W Green Filter""FujiFilm:Saturation:784""B&W Sepia"
-    "FujiFilm:SceneRecognition""Scene Recognition""FujiFilm:SceneRecognition:0""Unrecognized"
-    "FujiFilm:SceneRecognition:1024""FujiFilm:SceneRecognition:256""Portrait Image"
-    "FujiFilm:SceneRecognition:259""Night Portrait""FujiFilm:SceneRecognition:261""Backlit Portrait"
-    "FujiFilm:SceneRecognition:512""Landscape Image""FujiFilm:SceneRecognition:768"
-    "FujiFilm:SequenceNumber""Sequence Number""FujiFilm:ShadowTone""Shadow Tone"
-    "FujiFilm:ShadowTone:-16""FujiFilm:ShadowTone:-32""FujiFilm:ShadowTone:-48"
-    "FujiFilm:ShadowTone:-64""FujiFilm:ShadowTone:0""FujiFilm:ShadowTone:16""FujiFilm:ShadowTone:32"
-    "FujiFilm:Sharpness""FujiFilm:Sharpness:0""-4 (softest)""FujiFilm:Sharpness:1""-3 (very soft)"
-    "FujiFilm:Sharpness:130""FujiFilm:Sharpness:132""FujiFilm:Sharpness:2""FujiFilm:Sharpness:3"
-    "FujiFilm:Sharpness:32768""FujiFilm:Sharpness:4""FujiFilm:Sharpness:5""FujiFilm:Sharpness:6"
-    "FujiFilm:Sharpness:65535""FujiFilm:ShutterType""Shutter Type""FujiFilm:ShutterType:0"
-    "Mechanical""FujiFilm:ShutterType:1""Electronic""FujiFilm:ShutterType:2"
-    "Electronic (long shutter speed)""FujiFilm:ShutterType:3""Electronic Front Curtain"
-    "FujiFilm:SlowSync""Slow Sync""FujiFilm:SlowSync:0""FujiFilm:SlowSync:1""FujiFilm:Version"
-    "FujiFilm:VideoCompression""Video Compression""FujiFilm:VideoCompression:1""Log GOP"
-    "FujiFilm:VideoCompression:2""All Intra""FujiFilm:VideoRecordingMode""Video Recording Mode"
-    "FujiFilm:VideoRecordingMode:0""FujiFilm:VideoRecordingMode:16""F-log"
-    "FujiFilm:VideoRecordingMode:32""HLG""FujiFilm:VideoRecordingMode:48""F-log2"
-    "FujiFilm:WhiteBalance""White Balance""FujiFilm:WhiteBalance:0""FujiFilm:WhiteBalance:1"
-    "Auto (white priority)""FujiFilm:WhiteBalance:1024""Incandescent""FujiFilm:WhiteBalance:1280"
-    "Flash""FujiFilm:WhiteBalance:1536""FujiFilm:WhiteBalance:2""Auto (ambiance priority)"
-    "FujiFilm:WhiteBalance:256""Daylight""FujiFilm:WhiteBalance:3840""Custom"
-    "FujiFilm:WhiteBalance:3841""Custom2""FujiFilm:WhiteBalance:3842""Custom3"
-    "FujiFilm:WhiteBalance:3843""Custom4""FujiFilm:WhiteBalance:3844""Custom5"
-    "FujiFilm:WhiteBalance:4080""Kelvin""FujiFilm:WhiteBalance:512""Cloudy"
-    "FujiFilm:WhiteBalance:768""Daylight Fluorescent""FujiFilm:WhiteBalance:769"
-    "Day White Fluorescent""FujiFilm:WhiteBalance:770""White Fluorescent""FujiFilm:WhiteBalance:771"
-    "Warm White Fluorescent""FujiFilm:WhiteBalance:772""Living Room Warm White Fluorescent"
-    "FujiFilm:WhiteBalanceFineTune""White Balance Fine Tune""创意风格""标准""色温""对比度""硬调""软调""数码变焦""驱动模式"
-    "曝光偏差""曝光时间""光圈数""文件来源""闪光补偿""对焦模式""自动""手动""更新速率""厂商""型号""减少噪声""人物""风景""光圈优先""快门优先""图像质量""评分"
-    "饱和度""低饱和度""锐度""未设置""版本""白平衡""闪光""太阳光""自定义""阴天""日光色荧光灯""日光白色荧光灯""白色荧光灯""暖白荧光灯"
-    "Mode de la zone d'autofocus""Point unique""Large/Suivi""Non applicable"
-    "Taille de la zone de l'autofocus""Mode de l'Autofocus""Tons clairs""Caméra jouet"
-    "Flou artistique""Tons sombres""Couleur pop""Bracketing auto""Désactivé""Activé""Alerte de flou"
-    "Aucune""Clarté""Mode colorimétrique""N & B""Température couleur""Contraste""Normale"
-    "Moyen fort""Fort""Simulation de film""Moyen faible""Faible"
-    "Développement de la plage dynamique""Zoom numérique""Mode de prise de vue""Simple"
-    "Continu (ultrarapide)""Plage dynamique""Réglage de la plage dynamique""Manuel""Large1 (230%)"
-    "Large2 (400%)""Décalage d'exposition""Nombre d'expositions""Temps de pose""Alerte d'exposition"
-    "Bonne exposition""Mauvaise exposition""Diaphragme ƒ""Anniversaire Visage 1""Catégorie visage 1"
-    "Conjoint""Famille""Ami""Nom visage 1""Anniversaire Visage 2""Catégorie visage 2""Nom visage 2"
-    "Anniversaire Visage 3""Catégorie visage 3""Nom visage 3""Anniversaire Visage 4"
-    "Catégorie visage 4""Nom visage 4""Anniversaire Visage 5""Catégorie visage 5""Nom visage 5"
-    "Anniversaire Visage 6""Catégorie visage 6""Nom visage 6""Anniversaire Visage 7"
-    "Catégorie visage 7""Nom visage 7""Anniversaire Visage 8""Catégorie visage 8""Nom visage 8"
-    "Types d'éléments détectés""Visage""Vélo""Carrosserie de voiture""Calandre de voiture"
-    "Corps d'animal""Tête d'animal""Visage d'animal""Œil gauche d'animal""Œil droit d'animal"
-    "Corps d'oiseau""Œil gauche""Tête d'oiseau""Œil gauche d'oiseau""Œil droit d'oiseau"
-    "Carlingue d'avion""Cockpit d'avion""Avant de train""Poste de conduite de train""Œil droit"
-    "Corps""Tête""Positions du visage""Visages détectés""Source du fichier""Mode vidéo"
-    "Compensation d'exposition au flash""Mode de mise au point""Mode de mise au point 2"
-    "AF-S (prise de vue unique)""AF-C (prise de vue en rafale)""Manuelle""Vidéo"
-    "Pixels de mise au point""Alerte de mise au point""Bonne focalisation""Pas de focalisation"
-    "Numéro de vue""Vitesse""Mode Flash Fuji""Commandeur""Réduction yeux rouges""Non attaché"
-    "TTL Auto - Non déclenché""Commandeur de Flash""Externe""TTL Lent - 1er rideau (avant"
-    "TTL Auto - 1er rideau (avant)""TTL - Flash yeux rouges - 1er rideau (avant)"
-    "TTL Lent - Flash yeux rouges - 1er rideau (avant""TTL Lent - 2eme rideau (arrière)"
-    "TTL Auto - 2eme rideau (arrière)""TTL - Flash yeux rouges - 2eme rideau (arrière)"
-    "TTL Lent - Flash yeux rouges - 2eme rideau (arrière)""Synchronisation haute vitesse (HSS)"
-    "Modèle Fuji""Modèle Fuji2""Tonalité lumineuse""+1 (moyennement dure)""+2 (dure)"
-    "+3 (très dure)""+4 (la plus dure)""0 (normale)""-1 (moyennement douce)""-2 (douce)"
-    "Compteur d'images""Génération de l'image""Image orginale""Redéveloppée à partir du RAW"
-    "Stabilisation de l'image""Désactivée""Activée (mode 1, continu)"
-    "Activée (mode 2, prise de vue uniquement)""Numéro de série interne"
-    "Optimiseur de modulation de l'objectif""Activée""Fabricant""Ouverture à la focale maxi"
-    "Ouverture à la focale mini""Focale maxi""Focale mini""Modèle de l'appareil photo"
-    "Réduction du bruit""+2 (forte) |\302\240Non applicable""+1 (moyennement forte)"
-    "+3 (très forte)""+4 (la plus forte)""-2 (faible)""-1 (moyennement faible)""-3 (très faible)"
-    "-4 (la plus faible)""Nombre d'éléments de visages""Correction éclairage périphérique"
-    "Désactiver""Activer""Mode de l'image""Coucher de soleil""Musée""Texte"
-    "Lumière naturelle & Flash""Neige""Feux d'artifice""Sous-marine""Paysage"
-    "Priorité à l'ouverture AE""Scène nocturne""Priorité vitesse""Lumière naturelle""Anti-flou"
-    "Qualité""Classement""Hauteur de l'image RAW""Largeur de l'image brute""Angle de roulis"
-    "+1 (moyennement élevée)""Filtre rouge Acros""Filtre jaune Acros""Filtre vert Acros"
-    "+3 (très élevée)""+4 (la plus élevée)""+2 (élevée)""Aucune (N&B)""Filtre rouge N&B"
-    "Filtre jaune N&B""Filtre vert N&B""Filtre sépia N&B""Reconnaissance de scène""Non reconnue"
-    "Image de portrait""Portrait nocturne""Portrait rétro-éclairé""Image de paysage"
-    "Numéro de Séquence""Tonalité d'ombrage""Netteté""-4 (la plus douce)""-3 (très douce)"
-    "-1 (moyennement dure)""Synchronisation lente""Balance des blancs"
-    "Equilibrage automatique des blancs""Lumière du jour""Personnalisée""Temps nuageux"
-    "Fluorescente type jour""Fluorescente type blanc""Fluorescent blanc""Fluorescent blanc chaud"
-    "Balance des blancs - Réglage fin""Messfeldsteuerung""Bereich""AF-Modus"
-    "Automatische Belichtungsreihe""Aus""Ein""Kein Blitz & Blitz |\302\240Vorauslösung"
-    "Verwackelungswarnung""Keine""Farbmodus""Farbe""S/W""Farbtemperatur""Kontrast""Mittel-Hoch"
-    "Stark""Film-Simulation""Mittel-Gering""Leicht""Dynamikbereich Entwicklung""Digital-Zoom"
-    "Aufnahmeart""Einzelbild""Serienaufnahme Niedrig""Serienaufnahme (Hi)""Dynamikbereich""Weit"
-    "Dynamikbereich-Einstellungen""Weit1 (230%)""Weit2 (400%)""Belichtungskorrektur"
-    "Belichtungsdauer""Belichtungswarnung""OK""Schlechte Belichtung""F-Wert"
-    "Positionen der Gesichter""Gesichter erkannt""Dateiquelle""Film-Modus""F1/Studio-Porträt"
-    "F1a/Studio-Porträt Erweiterte Sättigung""F1b/Studio-Porträt Weiche Hauttöne"
-    "F1c/Studio-Porträt Erhöhte Schärfe""F3/Studio Porträt Ex""Blitzbelichtungskorrektur"
-    "Fokus-Modus""Fokus-Modus 2""AF-S (Einzelautofokus)""AF-C (Kontinuierlicher Autofokus)"
-    "Automatisch""Manuell""Fokus-Pixel""Fokus-Warnung""Ausserhalb des Fokus""Bereichshöhe"
-    "Bildnummer""Bildwechselfrequenz""Bereichsbreite""Blitz-Modus""Erzwungener Blitz"
-    "Unterdrückter Blitz""Rote-Augen-Reduzierung""Externer Blitz""GE Bildgröße""Bildzähler"
-    "Bilderstellung""Originalbild""RAW generiert""Bildstabilisierung""Ein (Modus 1, nachführend)"
-    "Ein (Modus 2, Aufnahme)""Interne Seriennummer""Makro""Gerätehersteller"
-    "Größte Blende bei größter Brennweite""Größte Blende bei geringster Brennweite"
-    "Größte Brennweite""Kleinste Brennweite""Kameramodell""Rauschreduktion"
-    "(nicht gesetzt) |\302\240+2 (strong)""Gering""Auftragsnummer""Panorama-Richtung""Motivprogramm"
-    "Porträt""Sonnenuntergang""Blumen""Umgebungslicht & Blitz""Strand""Schnee""Feuerwerk"
-    "Unterwasser""Landschaft""Blendenpriorität""Porträt 2""Sport""Nachtszene""Verschlusspriorität"
-    "Programmautomatik""Umgebungslicht""Motivschärfe-Modus""Strand & Schnee""Qualität""Bewertung"
-    "Raw Bildhöhe""Raw Bildbreite""Farbsättigung""0 (Normal)""-2 (Geringe Farbsättigung)"
-    "-3 (Sehr gering)""+1 (Leicht erhöht)""+3 (Sehr hoch)""+4""+2 (Hohe Farbsättigung)"
-    "-1 (Leicht verringert)""Geringe Farbsättigung""Keine (S&W)""Schwarz-Weiß Rotfilter"
-    "Schwarz-Weiß Gelbfilter""Schwarz-Weiß Grünfilter""Schwarz-Weiß Sepia""Bildsequenznummer"
-    "Schärfe""-3 (Sehr weich)""-2 (Leicht)""+2 (Stark)""(nicht gesetzt)""Slow-Synchro""Weißabgleich"
-    "Glühbirne""Blitz""Tageslicht""Benutzerdefiniert""Benutzerdefiniert 2""Benutzerdefiniert 3"
-    "Benutzerdefiniert 4""Benutzerdefiniert 5""Bewölkt""Neonlicht tageslichtweiß"
-    "Neonlicht neutralweiß""Neonlicht universalweiß""Neonlicht warmweiß"
-    "Neonlicht Wohnzimmer-warmweiß)""Weißabgleichsfeineinstellung""Modo AF""Spento""Nessuno"
-    "Modo colore""Temperatura colore""Contrasto""Alto""Basso""Zoom Digitale""Modalità esecuzione"
-    "Manuale""Compensazione esposizione""Tempo esposizione""Numero F""Famiglia""Facce rimosse"
-    "Origine file""Compensazione Esposizione Flash""Modalità messa a fuoco"
-    "Modalità messa a fuoco 2""Frequenza fotogramma""Riduzione occhi rossi""Esterno"
-    "Conteggio Immagini""Stabilizzazione Immagine""Costruttore"
-    "Diaframma massimo alla focale massima""Diaframma massimo alla focale minima"
-    "Lunghezza focale massima""Lunghezza focale minima""Nome modello fotocamera""Riduzione rumore"
-    "+2 (strong) |\302\240n/d""Verticale""Tramonto""Fiore""Testo""Fuochi artificiali""Orizzontale"
-    "Priorità diaframma""Priorità otturatore AE""Programma AE""Qualità""Valutazione"
-    "Altezza immagine raw""Larghezza immagine raw""Saturazione""Nessuno (B&N)""Numero sequenza"
-    "Nitidezza""n/d""Numero versione immagine""Bilanciamento del bianco"
-    "Equilibrio del bianco automatico""Luce del giorno""Personalizzato""Nuvoloso"
-    "Fluorescente a luce del giorno""Fluorescente a luce del giorno bianca""Fluorescente bianca"
-    "Luce fluorescente bianca calda""Regolazione Fine Bilanciamento Bianco""AFエリアモード""AFモード"
-    "オートブラケット""オフ""オン""Pre-shot |\302\240フラッシュ無し＆フラッシュ有り""手振れ警告""無し""カラーモード""スタンダード""クローム""白黒""色温度"
-    "コントラスト""少し高い""ハード""フィルムシミュレーション""少し低い""ソフト""進化ダイナミックレンジ""デジタルズーム""ドライブモード""１コマ撮影""連射 (Hi)"
-    "ダイナミックレンジ""ワイド""ダイナミックレンジ設定""露出補正値""露出時間""露出警告""適正""露出失敗""F値""顔認識""ファイルソース""フィルムモード""フラッシュ露出補正"
-    "フォーカスモード""フォーカスモード2""オート""マニュアル""焦点解像度""フォーカス警告""ジャスピン""ピンボケ""フレーム高""フレーム番号""フレームレート""フレーム幅"
-    "フラッシュモード""赤目軽減""外付フラッシュ""イメージカウント""イメージスタビライザー""内部シリアル番号""マクロ""メーカー""最大焦点時最大絞り""最小焦点時最大絞り"
-    "最大焦点距離""最小焦点距離""画像入力機器モデル""ノイズリダクション""標準""低い""オーダー番号""ピクチャーモード""ポートレート""夕日""美術館""パーティ""花""テキスト"
-    "ナチュラルフォト＆フラッシュ""ビーチ""スノー""花火""水中""風景""パノラマ""絞り優先""スポーツ""夜景""シャッター優先""プログラムAE""ナチュラルフォト""手振れ補正"
-    "ビーチ＆スノー""品質""格付け""イメージ高さ""イメージ幅""彩度""0 (スタンダード)""-2 (ソフト)""-3 (かなり低い)""+1 (少し高い)""+3 (かなり高い)"
-    "+2 (ハード)""-1 (少し低い)""低い彩度""無し（黒＆白）""シーケンス番号""シャープネス""-3 (かなりソフト)""-1 (ミドルソフト)""+1 (少しハード)"
-    "0 (ノーマル)""+3 (かなりハード)""該当無し""スローシンクロ""バージョン""ホワイトバランス""電球""ストロボ""昼光""カスタム""カスタム2""カスタム3""カスタム4"
-    "カスタム5""ケルビン""曇り""昼光色蛍光灯""昼白色蛍光灯""温白色蛍光灯""暖白光色蛍光灯""リビング暖白光色蛍光灯""ホワイトバランスファインチューン""AF Modo Área"
-    "Ninguno""Modo de Color""Estándar""Temperatura de Color""Bajo""Zoom Digital""Modo Entrada"
-    "Compensación Exposición""Tiempo de Exposición""Número F""Caras Detectadas""Fuente Archivo"
-    "Compensación Exposición Flash""Modo Enfoque""Velocidad del Fotograma""Estabilización Imagen"
-    "Desactivado""Número Serie Interno""Apagado""Encendido""Marca""Apertura máxima a focal máxima"
-    "Apertura máxima a focal mínima""Longitud focal máxima""Longitud focal mínima""Modelo"
-    "Reducción Ruido""Retrato""Playa""Nieve""Fuegos Artificiales""Subacuatica""Paisaje""Panoramica"
-    "Calidad""Clasificación""Saturación""Ninguna (N&B)""Nitidez""Versión PrintIM"
-    "Balance de Blancos""Automático""Luz de día""Personalizado""Nublado""Fluorescente luz de día"
-    "Fluorescente blanco de día""Fluorescente blanco""Fluorescente blanco cálido""GEModel""GEMake"
-    "GE:GEMake""GE Make""GE:GEModel""GE Model""GE:Macro""GE:Macro:0""GE:Macro:1""モデル"
-    "AnimationIterations""ICC_Profile""MIDISong""XMP""MIDIControlVersion""MelodicPolyphony"
-    "PercussivePolyphony""ChannelUsage""DelayTime""Comment""Duration""FrameCount""GIFVersion"
-    "TransparentColor""ImageWidth""ImageHeight""HasColorMap""ColorResolutionDepth""BitsPerPixel"
-    "BackgroundColor""PixelAspectRatio""GIF:AnimationIterations""Animation Iterations"
-    "GIF:BackgroundColor""Background Color""GIF:BitsPerPixel""Bits Per Pixel""GIF:ChannelUsage"
-    "Channel Usage""GIF:ColorResolutionDepth""Color Resolution Depth""GIF:Comment""GIF:DelayTime"
-    "Delay Time""GIF:Duration""GIF:FrameCount""Frame Count""GIF:GIFVersion""GIF Version"
-    "GIF:HasColorMap""Has Color Map""GIF:HasColorMap:0""GIF:HasColorMap:1""Yes""GIF:ICC_Profile"
-    "ICC Profile""GIF:ImageHeight""Image Height""GIF:ImageWidth""Image Width"
-    "GIF:MIDIControlVersion""MIDI Control Version""GIF:MIDISong""MIDI Song""GIF:MelodicPolyphony"
-    "Melodic Polyphony""GIF:PercussivePolyphony""Percussive Polyphony""GIF:PixelAspectRatio"
-    "Pixel Aspect Ratio""GIF:SequenceNumber""GIF:Text""GIF:TransparentColor""Transparent Color"
-    "GIF:XMP""注释""GIF 版本""像高""像宽""XMP 元数据""Commentaire""Durée""Version GIF"
-    "Profil de couleur ICC d'entrée""Hauteur de l'image""Largeur de l'image"
-    "Ratio d'aspect des pixels""Métadonnées XMP""Hintergrundfarbe""Kommentar""Dauer""GIF-Version"
-    "ICC-Profil""Bildhöhe""Bildbreite""XMP Metadaten""Commento""Versione GIF""Altezza immagine"
-    "Larghezza immagine""コメント""GIFバージョン""ICC入力色プロフィール""画像高さ""画像幅""XMPメタデータ""Comentario""Duración"
-    "Perfil Color Entrada ICC""Alto Imagen""Ancho Imagen""Texto""Metadatos XMP""XCFVersion"
-    "Compression""Tattoo""Units""ICCProfileName""XResolution""YResolution""file""v001""v002"
-    "GIMP:ColorMode""GIMP:ColorMode:0""RGB Color""GIMP:ColorMode:1""Grayscale""GIMP:ColorMode:2"
-    "Indexed Color""GIMP:Comment""GIMP:Compression""GIMP:Compression:0""GIMP:Compression:1"
-    "RLE Encoding""GIMP:Compression:2""Zlib""GIMP:Compression:3""Fractal""GIMP:ICCProfileName"
-    "ICC Profile Name""GIMP:ImageHeight""GIMP:ImageWidth""GIMP:Tattoo""GIMP:Units""GIMP:Units:1"
-    "Inches""GIMP:Units:2""mm""GIMP:Units:3""Points""GIMP:Units:4""Picas""GIMP:XCFVersion"
-    "XCF Version""GIMP:XCFVersion:file""GIMP:XCFVersion:v001""GIMP:XCFVersion:v002"
-    "GIMP:XResolution""X Resolution""GIMP:YResolution""Y Resolution""压缩方案""Couleur RVB"
-    "Niveaux de gris""Couleurs indexées""Schéma de compression""Aucun""Encodage RLE"
-    "Nom du profil ICC""Résolution horizontale de l'image""Résolution verticale de l'image"
-    "RGB Farbe""Graustufen""Indizierte Farben""Komprimierungsschema""Keines""ICC-Profil Name"
-    "Horizontale Bildauflösung""Vertikale Bildauflösung""Colore RGB""Scala di grigi""Compressione"
-    "Codifica RLE""Unità""Risoluzione orizzontale immagine""Risoluzione verticale immagine""圧縮計画"
-    "画像幅の解像度""画像高さの解像度""Compresión""Resolución Imagen Horizontal""Resolución Imagen Vertical"
-    "GeoTiffVersion""GTModelType""GTRasterType""GTCitation""GeographicType""GeogCitation"
-    "GeogGeodeticDatum""GeogPrimeMeridian""GeogLinearUnits""GeogLinearUnitSize""GeogAngularUnits"
-    "GeogAngularUnitSize""GeogEllipsoid""GeogSemiMajorAxis""GeogSemiMinorAxis""GeogInvFlattening"
-    "GeogAzimuthUnits""GeogPrimeMeridianLong""GeogToWGS84""ProjectedCSType""PCSCitation""Projection"
-    "ProjCoordTrans""ProjLinearUnits""ProjLinearUnitSize""ProjStdParallel1""ProjStdParallel2"
-    "ProjNatOriginLong""ProjNatOriginLat""ProjFalseEasting""ProjFalseNorthing""ProjFalseOriginLong"
-    "ProjFalseOriginLat""ProjFalseOriginEasting""ProjFalseOriginNorthing""ProjCenterLong"
-    "ProjCenterLat""ProjCenterEasting""ProjCenterNorthing""ProjScaleAtNatOrigin""ProjScaleAtCenter"
-    "ProjAzimuthAngle""ProjStraightVertPoleLong""ProjRectifiedGridAngle""VerticalCSType"
-    "VerticalCitation""VerticalDatum""VerticalUnits""ChartFormat""ChartSource""ChartSourceEdition"
-    "ChartSourceDate""ChartCorrDate""ChartCountryOrigin""ChartRasterEdition""ChartSoundingDatum"
-    "ChartDepthUnits""ChartMagVar""ChartMagVarYear""ChartMagVarAnnChange""ChartWGSNSShift"
-    "InsetNWPixelX""InsetNWPixelY""ChartContourInterval""32767""4001""4002""4003""4004""4005""4006"
-    "4007""4008""4009""4010""4011""4012""4013""4014""4015""4016""4017""4018""4019""4020""4021""4022"
-    "4023""4024""4025""4026""4027""4028""4029""4030""4031""4032""4033""4034""4035""4120""4121""4123"
-    "4124""4133""4201""4202""4203""4204""4205""4206""4207""4208""4209""4210""4211""4212""4213""4214"
-    "4215""4216""4217""4218""4219""4220""4221""4222""4223""4224""4225""4226""4227""4228""4229""4230"
-    "4231""4232""4233""4234""4235""4236""4237""4238""4239""4240""4241""4242""4243""4244""4245""4246"
-    "4247""4248""4249""4250""4251""4252""4253""4254""4255""4256""4257""4258""4259""4260""4261""4262"
-    "4263""4264""4265""4266""4267""4268""4269""4270""4271""4272""4273""4274""4275""4276""4277""4278"
-    "4279""4280""4281""4282""4283""4284""4285""4286""4287""4288""4289""4290""4291""4292""4293""4294"
-    "4295""4296""4297""4298""4299""4300""4301""4302""4303""4304""4305""4306""4307""4308""4309""4310"
-    "4311""4312""4313""4314""4315""4317""4322""4324""4326""4801""4802""4803""4804""4805""4806""4807"
-    "4808""4809""4810""4811""4812""4813""4815""4901""4902""6001""6002""6003""6004""6005""6006""6007"
-    "6008""6009""6010""6011""6012""6013""6014""6015""6016""6017""6018""6019""6020""6021""6022""6023"
-    "6024""6025""6026""6027""6028""6029""6030""6031""6032""6033""6034""6035""6201""6202""6203""6204"
-    "6205""6206""6207""6208""6209""6210""6211""6212""6213""6214""6215""6216""6217""6218""6219""6220"
-    "6221""6222""6223""6224""6225""6226""6227""6228""6229""6230""6231""6232""6233""6234""6235""6236"
-    "6237""6238""6239""6240""6241""6242""6243""6244""6245""6246""6247""6248""6249""6250""6251""6252"
-    "6253""6254""6255""6256""6257""6258""6259""6260""6261""6262""6263""6264""6265""6266""6267""6268"
-    "6269""6270""6271""6272""6273""6274""6275""6276""6277""6278""6279""6280""6281""6282""6283""6284"
-    "6285""6286""6287""6288""6289""6290""6291""6292""6293""6294""6295""6296""6297""6298""6299""6300"
-    "6301""6302""6303""6304""6305""6306""6307""6308""6309""6310""6311""6312""6313""6314""6315""6317"
-    "6322""6324""6326""6901""6902""8901""8902""8903""8904""8905""8906""8907""8908""8909""8910""8911"
-    "9001""9002""9003""9004""9005""9006""9007""9008""9009""9010""9011""9012""9013""9014""9015""9101"
-    "9102""9103""9104""9105""9106""9107""9108""7001""7002""7003""7004""7005""7006""7007""7008""7009"
-    "7010""7011""7012""7013""7014""7015""7016""7017""7018""7019""7020""7021""7022""7023""7024""7025"
-    "7026""7027""7028""7029""7030""7031""7032""7033""7034""7035""2100""2176""2177""2178""2180""2204"
-    "2205""2391""2392""2393""2394""2400""2600""3053""3057""3300""3786""3857""20137""20138""20248"
-    "20249""20250""20251""20252""20253""20254""20255""20256""20257""20258""20348""20349""20350"
-    "20351""20352""20353""20354""20355""20356""20357""20358""20437""20438""20439""20499""20538"
-    "20539""20700""20822""20823""20824""20973""20975""20977""20979""20981""20983""20985""20987"
-    "20989""20991""20993""20995""21100""21148""21149""21150""21413""21414""21415""21416""21417"
-    "21418""21419""21420""21421""21422""21423""21473""21474""21475""21476""21477""21478""21479"
-    "21480""21481""21482""21483""21500""21790""21817""21818""21891""21892""21893""21894""22032"
-    "22033""22191""22192""22193""22194""22195""22196""22197""22332""22391""22392""22523""22524"
-    "22832""22992""22993""22994""23028""23029""23030""23031""23032""23033""23034""23035""23036"
-    "23037""23038""23239""23240""23433""23700""23846""23847""23848""23849""23850""23851""23852"
-    "23853""23886""23887""23888""23889""23890""23891""23892""23893""23894""23947""23948""24047"
-    "24048""24100""24200""24370""24371""24372""24373""24374""24382""24383""24384""24500""24547"
-    "24548""24720""24721""24818""24819""24820""24821""24877""24878""24879""24880""24891""24892"
-    "24893""25000""25231""25391""25392""25393""25394""25395""25700""25932""26191""26192""26193"
-    "26237""26331""26332""26391""26392""26393""26432""26591""26592""26632""26692""26703""26704"
-    "26705""26706""26707""26708""26709""26710""26711""26712""26713""26714""26715""26716""26717"
-    "26718""26719""26720""26721""26722""26729""26730""26731""26732""26733""26734""26735""26736"
-    "26737""26738""26739""26740""26741""26742""26743""26744""26745""26746""26747""26748""26749"
-    "26750""26751""26752""26753""26754""26755""26756""26757""26758""26759""26760""26761""26762"
-    "26763""26764""26765""26766""26767""26768""26769""26770""26771""26772""26773""26774""26775"
-    "26776""26777""26778""26779""26780""26781""26782""26783""26784""26785""26786""26787""26788"
-    "26789""26790""26791""26792""26793""26794""26795""26796""26797""26798""26801""26802""26803"
-    "26903""26904""26905""26906""26907""26908""26909""26910""26911""26912""26913""26914""26915"
-    "26916""26917""26918""26919""26920""26921""26922""26923""26929""26930""26931""26932""26933"
-    "26934""26935""26936""26937""26938""26939""26940""26941""26942""26943""26944""26945""26946"
-    "26948""26949""26950""26951""26952""26953""26954""26955""26956""26957""26958""26959""26960"
-    "26961""26962""26963""26964""26965""26966""26967""26968""26969""26970""26971""26972""26973"
-    "26974""26975""26976""26977""26978""26979""26980""26981""26982""26983""26984""26985""26986"
-    "26987""26988""26989""26990""26991""26992""26993""26994""26995""26996""26997""26998""27038"
-    "27039""27040""27120""27200""27291""27292""27429""27500""27581""27582""27583""27591""27592"
-    "27593""27700""28232""28348""28349""28350""28351""28352""28353""28354""28355""28356""28357"
-    "28358""28404""28405""28406""28407""28408""28409""28410""28411""28412""28413""28414""28415"
-    "28416""28417""28418""28419""28420""28421""28422""28423""28424""28425""28426""28427""28428"
-    "28429""28430""28431""28432""28464""28465""28466""28467""28468""28469""28470""28471""28472"
-    "28473""28474""28475""28476""28477""28478""28479""28480""28481""28482""28483""28484""28485"
-    "28486""28487""28488""28489""28490""28491""28492""28600""28991""28992""29118""29119""29120"
-    "29121""29122""29177""29178""29179""29180""29181""29182""29183""29184""29185""29220""29221"
-    "29333""29635""29636""29700""29738""29739""29800""29849""29850""29900""30200""30339""30340"
-    "30491""30492""30591""30592""30600""30729""30730""30731""30732""31028""31121""31291""31292"
-    "31293""31300""31491""31492""31493""31494""31495""31700""32001""32002""32003""32005""32006"
-    "32007""32008""32009""32010""32011""32012""32013""32014""32015""32016""32017""32018""32019"
-    "32020""32021""32022""32023""32024""32025""32026""32027""32028""32029""32030""32031""32033"
-    "32034""32035""32036""32037""32038""32039""32040""32041""32042""32043""32044""32045""32046"
-    "32047""32048""32049""32050""32051""32052""32053""32054""32055""32056""32057""32058""32059"
-    "32060""32100""32104""32107""32108""32109""32110""32111""32112""32113""32114""32115""32116"
-    "32117""32118""32119""32120""32121""32122""32123""32124""32125""32126""32127""32128""32129"
-    "32130""32133""32134""32135""32136""32137""32138""32139""32140""32141""32142""32143""32144"
-    "32145""32146""32147""32148""32149""32150""32151""32152""32153""32154""32155""32156""32157"
-    "32158""32161""32201""32202""32203""32204""32205""32206""32207""32208""32209""32210""32211"
-    "32212""32213""32214""32215""32216""32217""32218""32219""32220""32221""32222""32223""32224"
-    "32225""32226""32227""32228""32229""32230""32231""32232""32233""32234""32235""32236""32237"
-    "32238""32239""32240""32241""32242""32243""32244""32245""32246""32247""32248""32249""32250"
-    "32251""32252""32253""32254""32255""32256""32257""32258""32259""32260""32301""32302""32303"
-    "32304""32305""32306""32307""32308""32309""32310""32311""32312""32313""32314""32315""32316"
-    "32317""32318""32319""32320""32321""32322""32323""32324""32325""32326""32327""32328""32329"
-    "32330""32331""32332""32333""32334""32335""32336""32337""32338""32339""32340""32341""32342"
-    "32343""32344""32345""32346""32347""32348""32349""32350""32351""32352""32353""32354""32355"
-    "32356""32357""32358""32359""32360""32401""32402""32403""32404""32405""32406""32407""32408"
-    "32409""32410""32411""32412""32413""32414""32415""32416""32417""32418""32419""32420""32421"
-    "32422""32423""32424""32425""32426""32427""32428""32429""32430""32431""32432""32433""32434"
-    "32435""32436""32437""32438""32439""32440""32441""32442""32443""32444""32445""32446""32447"
-    "32448""32449""32450""32451""32452""32453""32454""32455""32456""32457""32458""32459""32460"
-    "32501""32502""32503""32504""32505""32506""32507""32508""32509""32510""32511""32512""32513"
-    "32514""32515""32516""32517""32518""32519""32520""32521""32522""32523""32524""32525""32526"
-    "32527""32528""32529""32530""32531""32532""32533""32534""32535""32536""32537""32538""32539"
-    "32540""32541""32542""32543""32544""32545""32546""32547""32548""32549""32550""32551""32552"
-    "32553""32554""32555""32556""32557""32558""32559""32560""32601""32602""32603""32604""32605"
-    "32606""32607""32608""32609""32610""32611""32612""32613""32614""32615""32616""32617""32618"
-    "32619""32620""32621""32622""32623""32624""32625""32626""32627""32628""32629""32630""32631"
-    "32632""32633""32634""32635""32636""32637""32638""32639""32640""32641""32642""32643""32644"
-    "32645""32646""32647""32648""32649""32650""32651""32652""32653""32654""32655""32656""32657"
-    "32658""32659""32660""32701""32702""32703""32704""32705""32706""32707""32708""32709""32710"
-    "32711""32712""32713""32714""32715""32716""32717""32718""32719""32720""32721""32722""32723"
-    "32724""32725""32726""32727""32728""32729""32730""32731""32732""32733""32734""32735""32736"
-    "32737""32738""32739""32740""32741""32742""32743""32744""32745""32746""32747""32748""32749"
-    "32750""32751""32752""32753""32754""32755""32756""32757""32758""32759""32760""10101""10102"
-    "10131""10132""10201""10202""10203""10231""10232""10233""10301""10302""10331""10332""10401"
-    "10402""10403""10404""10405""10406""10407""10431""10432""10433""10434""10435""10436""10501"
-    "10502""10503""10531""10532""10533""10600""10630""10700""10730""10901""10902""10903""10931"
-    "10932""10933""11001""11002""11031""11032""11101""11102""11103""11131""11132""11133""11201"
-    "11202""11231""11232""11301""11302""11331""11332""11401""11402""11431""11432""11501""11502"
-    "11531""11532""11601""11602""11631""11632""11701""11702""11731""11732""11801""11802""11831"
-    "11832""11900""11930""12001""12002""12031""12032""12101""12102""12103""12111""12112""12113"
-    "12141""12142""12143""12201""12202""12203""12231""12232""12233""12301""12302""12331""12332"
-    "12401""12402""12403""12431""12432""12433""12501""12502""12503""12530""12601""12602""12630"
-    "12701""12702""12703""12731""12732""12733""12800""12830""12900""12930""13001""13002""13003"
-    "13031""13032""13033""13101""13102""13103""13104""13131""13132""13133""13134""13200""13230"
-    "13301""13302""13331""13332""13401""13402""13431""13432""13501""13502""13531""13532""13601"
-    "13602""13631""13632""13701""13702""13731""13732""13800""13830""13901""13902""13930""14001"
-    "14002""14031""14032""14100""14130""14201""14202""14203""14204""14205""14231""14232""14233"
-    "14234""14235""14301""14302""14303""14331""14332""14333""14400""14430""14501""14502""14531"
-    "14532""14601""14602""14631""14632""14701""14702""14731""14732""14801""14802""14803""14831"
-    "14832""14833""14901""14902""14903""14904""14931""14932""14933""14934""15001""15002""15003"
-    "15004""15005""15006""15007""15008""15009""15010""15031""15032""15033""15034""15035""15036"
-    "15037""15038""15039""15040""15101""15102""15103""15104""15105""15131""15132""15133""15134"
-    "15135""15201""15202""15230""15302""15303""15914""15915""15916""15917""16001""16002""16003"
-    "16004""16005""16006""16007""16008""16009""16010""16011""16012""16013""16014""16015""16016"
-    "16017""16018""16019""16020""16021""16022""16023""16024""16025""16026""16027""16028""16029"
-    "16030""16031""16032""16033""16034""16035""16036""16037""16038""16039""16040""16041""16042"
-    "16043""16044""16045""16046""16047""16048""16049""16050""16051""16052""16053""16054""16055"
-    "16056""16057""16058""16059""16060""16101""16102""16103""16104""16105""16106""16107""16108"
-    "16109""16110""16111""16112""16113""16114""16115""16116""16117""16118""16119""16120""16121"
-    "16122""16123""16124""16125""16126""16127""16128""16129""16130""16131""16132""16133""16134"
-    "16135""16136""16137""16138""16139""16140""16141""16142""16143""16144""16145""16146""16147"
-    "16148""16149""16150""16151""16152""16153""16154""16155""16156""16157""16158""16159""16160"
-    "16200""16201""16202""16203""16204""16205""17348""17349""17350""17351""17352""17353""17354"
-    "17355""17356""17357""17358""17448""17449""17450""17451""17452""17453""17454""17455""17456"
-    "17457""17458""18031""18032""18033""18034""18035""18036""18037""18051""18052""18053""18054"
-    "18072""18073""18074""18141""18142""19900""19905""19912""19926""5001""5002""5003""5004""5005"
-    "5006""5007""5008""5010""5011""5012""5013""5014""5015""5016""5017""5018""5019""5020""5021""5022"
-    "5023""5024""5025""5026""5027""5028""5029""5030""5031""5032""5033""5101""5102""5103""5104""5105"
-    "5106""47500""47501""47502""47503""47504""47505""47506""47507""47508""47509""47510""47600"
-    "47601""47602""47603""47604""47605""47606""47607""47608""47609""47610""47611""47612""47613"
-    "GeoTiff:ChartContourInterval""Chart Contour Interval""GeoTiff:ChartCorrDate""Chart Corr Date"
-    "GeoTiff:ChartCountryOrigin""Chart Country Origin""GeoTiff:ChartDepthUnits""Chart Depth Units"
-    "GeoTiff:ChartDepthUnits:32767""User Defined""GeoTiff:ChartDepthUnits:9001""Linear Meter"
-    "GeoTiff:ChartDepthUnits:9002""Linear Foot""GeoTiff:ChartDepthUnits:9003""Linear Foot US Survey"
-    "GeoTiff:ChartDepthUnits:9004""Linear Foot Modified American""GeoTiff:ChartDepthUnits:9005"
-    "Linear Foot Clarke""GeoTiff:ChartDepthUnits:9006""Linear Foot Indian"
-    "GeoTiff:ChartDepthUnits:9007""Linear Link""GeoTiff:ChartDepthUnits:9008""Linear Link Benoit"
-    "GeoTiff:ChartDepthUnits:9009""Linear Link Sears""GeoTiff:ChartDepthUnits:9010"
-    "Linear Chain Benoit""GeoTiff:ChartDepthUnits:9011""Linear Chain Sears"
-    "GeoTiff:ChartDepthUnits:9012""Linear Yard Sears""GeoTiff:ChartDepthUnits:9013"
-    "Linear Yard Indian""GeoTiff:ChartDepthUnits:9014""Linear Fathom""GeoTiff:ChartDepthUnits:9015"
-    "Linear Mile International Nautical""GeoTiff:ChartDepthUnits:9101""Angular Radian"
-    "GeoTiff:ChartDepthUnits:9102""Angular Degree""GeoTiff:ChartDepthUnits:9103""Angular Arc Minute"
-    "GeoTiff:ChartDepthUnits:9104""Angular Arc Second""GeoTiff:ChartDepthUnits:9105""Angular Grad"
-    "GeoTiff:ChartDepthUnits:9106""Angular Gon""GeoTiff:ChartDepthUnits:9107""Angular DMS"
-    "GeoTiff:ChartDepthUnits:9108""Angular DMS Hemisphere""GeoTiff:ChartFormat""Chart Format"
-    "GeoTiff:ChartFormat:47500""General""GeoTiff:ChartFormat:47501""Coastal"
-    "GeoTiff:ChartFormat:47502""Harbor""GeoTiff:ChartFormat:47503""SailingInternational"
-    "GeoTiff:ChartFormat:47504""SmallCraft Route""GeoTiff:ChartFormat:47505""SmallCraftArea"
-    "GeoTiff:ChartFormat:47506""SmallCraftFolio""GeoTiff:ChartFormat:47507""Topographic"
-    "GeoTiff:ChartFormat:47508""Recreation""GeoTiff:ChartFormat:47509""Index"
-    "GeoTiff:ChartFormat:47510""Inset""GeoTiff:ChartMagVar""Chart Mag Var"
-    "GeoTiff:ChartMagVarAnnChange""Chart Mag Var Ann Change""GeoTiff:ChartMagVarYear"
-    "Chart Mag Var Year""GeoTiff:ChartRasterEdition""Chart Raster Edition"
-    "GeoTiff:ChartSoundingDatum""Chart Sounding Datum""GeoTiff:ChartSoundingDatum:47600"
-    "Equatorial Spring Low Water""GeoTiff:ChartSoundingDatum:47601""Indian Spring Low Water"
-    "GeoTiff:ChartSoundingDatum:47602""Lowest Astronomical Tide""GeoTiff:ChartSoundingDatum:47603"
-    "Lowest Low Water""GeoTiff:ChartSoundingDatum:47604""Lowest Normal Low Water"
-    "GeoTiff:ChartSoundingDatum:47605""Mean Higher High Water""GeoTiff:ChartSoundingDatum:47606"
-    "Mean High Water""GeoTiff:ChartSoundingDatum:47607""Mean High Water Springs"
-    "GeoTiff:ChartSoundingDatum:47608""Mean Lower Low Water""GeoTiff:ChartSoundingDatum:47609"
-    "Mean Lower Low Water Springs""GeoTiff:ChartSoundingDatum:47610""Mean Low Water"
-    "GeoTiff:ChartSoundingDatum:47611""Mean Sea Level""GeoTiff:ChartSoundingDatum:47612"
-    "Tropic Higher High Water""GeoTiff:ChartSoundingDatum:47613""Tropic Lower Low Water"
-    "GeoTiff:ChartSource""Chart Source""GeoTiff:ChartSourceDate""Chart Source Date"
-    "GeoTiff:ChartSourceEdition""Chart Source Edition""GeoTiff:ChartWGSNSShift""Chart WGSNS Shift"
-    "GeoTiff:GTCitation""GT Citation""GeoTiff:GTModelType""GT Model Type""GeoTiff:GTModelType:1"
-    "Projected""GeoTiff:GTModelType:2""Geographic""GeoTiff:GTModelType:3""Geocentric"
-    "GeoTiff:GTModelType:32767""GeoTiff:GTRasterType""GT Raster Type""GeoTiff:GTRasterType:1"
-    "Pixel Is Area""GeoTiff:GTRasterType:2""Pixel Is Point""GeoTiff:GTRasterType:32767"
-    "GeoTiff:GeoTiffVersion""Geo Tiff Version""GeoTiff:GeogAngularUnitSize""Geog Angular Unit Size"
-    "GeoTiff:GeogAngularUnits""Geog Angular Units""GeoTiff:GeogAngularUnits:32767"
-    "GeoTiff:GeogAngularUnits:9001""GeoTiff:GeogAngularUnits:9002""GeoTiff:GeogAngularUnits:9003"
-    "GeoTiff:GeogAngularUnits:9004""GeoTiff:GeogAngularUnits:9005""GeoTiff:GeogAngularUnits:9006"
-    "GeoTiff:GeogAngularUnits:9007""GeoTiff:GeogAngularUnits:9008""GeoTiff:GeogAngularUnits:9009"
-    "GeoTiff:GeogAngularUnits:9010""GeoTiff:GeogAngularUnits:9011""GeoTiff:GeogAngularUnits:9012"
-    "GeoTiff:GeogAngularUnits:9013""GeoTiff:GeogAngularUnits:9014""GeoTiff:GeogAngularUnits:9015"
-    "GeoTiff:GeogAngularUnits:9101""GeoTiff:GeogAngularUnits:9102""GeoTiff:GeogAngularUnits:9103"
-    "GeoTiff:GeogAngularUnits:9104""GeoTiff:GeogAngularUnits:9105""GeoTiff:GeogAngularUnits:9106"
-    "GeoTiff:GeogAngularUnits:9107""GeoTiff:GeogAngularUnits:9108""GeoTiff:GeogAzimuthUnits"
-    "Geog Azimuth Units""GeoTiff:GeogAzimuthUnits:32767""GeoTiff:GeogAzimuthUnits:9001"
-    "GeoTiff:GeogAzimuthUnits:9002""GeoTiff:GeogAzimuthUnits:9003""GeoTiff:GeogAzimuthUnits:9004"
-    "GeoTiff:GeogAzimuthUnits:9005""GeoTiff:GeogAzimuthUnits:9006""GeoTiff:GeogAzimuthUnits:9007"
-    "GeoTiff:GeogAzimuthUnits:9008""GeoTiff:GeogAzimuthUnits:9009""GeoTiff:GeogAzimuthUnits:9010"
-    "GeoTiff:GeogAzimuthUnits:9011""GeoTiff:GeogAzimuthUnits:9012""GeoTiff:GeogAzimuthUnits:9013"
-    "GeoTiff:GeogAzimuthUnits:9014""GeoTiff:GeogAzimuthUnits:9015""GeoTiff:GeogAzimuthUnits:9101"
-    "GeoTiff:GeogAzimuthUnits:9102""GeoTiff:GeogAzimuthUnits:9103""GeoTiff:GeogAzimuthUnits:9104"
-    "GeoTiff:GeogAzimuthUnits:9105""GeoTiff:GeogAzimuthUnits:9106""GeoTiff:GeogAzimuthUnits:9107"
-    "GeoTiff:GeogAzimuthUnits:9108""GeoTiff:GeogCitation""Geog Citation""GeoTiff:GeogEllipsoid"
-    "Geog Ellipsoid""GeoTiff:GeogEllipsoid:32767""GeoTiff:GeogEllipsoid:7001""Airy 1830"
-    "GeoTiff:GeogEllipsoid:7002""Airy Modified 1849""GeoTiff:GeogEllipsoid:7003"
-    "Australian National Spheroid""GeoTiff:GeogEllipsoid:7004""Bessel 1841"
-    "GeoTiff:GeogEllipsoid:7005""Bessel Modified""GeoTiff:GeogEllipsoid:7006""Bessel Namibia"
-    "GeoTiff:GeogEllipsoid:7007""Clarke 1858""GeoTiff:GeogEllipsoid:7008""Clarke 1866"
-    "GeoTiff:GeogEllipsoid:7009""Clarke 1866 Michigan""GeoTiff:GeogEllipsoid:7010"
-    "Clarke 1880 Benoit""GeoTiff:GeogEllipsoid:7011""Clarke 1880 IGN""GeoTiff:GeogEllipsoid:7012"
-    "Clarke 1880 RGS""GeoTiff:GeogEllipsoid:7013""Clarke 1880 Arc""GeoTiff:GeogEllipsoid:7014"
-    "Clarke 1880 SGA 1922""GeoTiff:GeogEllipsoid:7015""Everest 1830 1937 Adjustment"
-    "GeoTiff:GeogEllipsoid:7016""Everest 1830 1967 Definition""GeoTiff:GeogEllipsoid:7017"
-    "Everest 1830 1975 Definition""GeoTiff:GeogEllipsoid:7018""Everest 1830 Modified"
-    "GeoTiff:GeogEllipsoid:7019""GRS 1980""GeoTiff:GeogEllipsoid:7020""Helmert 1906"
-    "GeoTiff:GeogEllipsoid:7021""Indonesian National Spheroid""GeoTiff:GeogEllipsoid:7022"
-    "International 1924""GeoTiff:GeogEllipsoid:7023""International 1967""GeoTiff:GeogEllipsoid:7024"
-    "Krassowsky 1940""GeoTiff:GeogEllipsoid:7025""NWL 9D""GeoTiff:GeogEllipsoid:7026""NWL 10D"
-    "GeoTiff:GeogEllipsoid:7027""Plessis 1817""GeoTiff:GeogEllipsoid:7028""Struve 1860"
-    "GeoTiff:GeogEllipsoid:7029""War Office""GeoTiff:GeogEllipsoid:7030""WGS 84"
-    "GeoTiff:GeogEllipsoid:7031""GEM 10C""GeoTiff:GeogEllipsoid:7032""OSU86F"
-    "GeoTiff:GeogEllipsoid:7033""OSU91A""GeoTiff:GeogEllipsoid:7034""Clarke 1880"
-    "GeoTiff:GeogEllipsoid:7035""Sphere""GeoTiff:GeogGeodeticDatum""Geog Geodetic Datum"
-    "GeoTiff:GeogGeodeticDatum:32767""GeoTiff:GeogGeodeticDatum:6001"
-    "GeoTiff:GeogGeodeticDatum:6002""GeoTiff:GeogGeodeticDatum:6003""GeoTiff:GeogGeodeticDatum:6004"
-    "GeoTiff:GeogGeodeticDatum:6005""GeoTiff:GeogGeodeticDatum:6006""GeoTiff:GeogGeodeticDatum:6007"
-    "GeoTiff:GeogGeodeticDatum:6008""GeoTiff:GeogGeodeticDatum:6009""GeoTiff:GeogGeodeticDatum:6010"
-    "GeoTiff:GeogGeodeticDatum:6011""GeoTiff:GeogGeodeticDatum:6012""GeoTiff:GeogGeodeticDatum:6013"
-    "GeoTiff:GeogGeodeticDatum:6014""GeoTiff:GeogGeodeticDatum:6015""GeoTiff:GeogGeodeticDatum:6016"
-    "GeoTiff:GeogGeodeticDatum:6017""GeoTiff:GeogGeodeticDatum:6018""GeoTiff:GeogGeodeticDatum:6019"
-    "GeoTiff:GeogGeodeticDatum:6020""GeoTiff:GeogGeodeticDatum:6021""GeoTiff:GeogGeodeticDatum:6022"
-    "GeoTiff:GeogGeodeticDatum:6023""GeoTiff:GeogGeodeticDatum:6024""Krassowsky 1960"
-    "GeoTiff:GeogGeodeticDatum:6025""NWL9D""GeoTiff:GeogGeodeticDatum:6026""NWL10D"
-    "GeoTiff:GeogGeodeticDatum:6027""GeoTiff:GeogGeodeticDatum:6028""GeoTiff:GeogGeodeticDatum:6029"
-    "GeoTiff:GeogGeodeticDatum:6030""WGS84""GeoTiff:GeogGeodeticDatum:6031""GEM10C"
-    "GeoTiff:GeogGeodeticDatum:6032""GeoTiff:GeogGeodeticDatum:6033""GeoTiff:GeogGeodeticDatum:6034"
-    "GeoTiff:GeogGeodeticDatum:6035""GeoTiff:GeogGeodeticDatum:6201""Adindan"
-    "GeoTiff:GeogGeodeticDatum:6202""Australian Geodetic Datum 1966""GeoTiff:GeogGeodeticDatum:6203"
-    "Australian Geodetic Datum 1984""GeoTiff:GeogGeodeticDatum:6204""Ain el Abd 1970"
-    "GeoTiff:GeogGeodeticDatum:6205""Afgooye""GeoTiff:GeogGeodeticDatum:6206""Agadez"
-    "GeoTiff:GeogGeodeticDatum:6207""Lisbon""GeoTiff:GeogGeodeticDatum:6208""Aratu"
-    "GeoTiff:GeogGeodeticDatum:6209""Arc 1950""GeoTiff:GeogGeodeticDatum:6210""Arc 1960"
-    "GeoTiff:GeogGeodeticDatum:6211""Batavia""GeoTiff:GeogGeodeticDatum:6212""Barbados"
-    "GeoTiff:GeogGeodeticDatum:6213""Beduaram""GeoTiff:GeogGeodeticDatum:6214""Beijing 1954"
-    "GeoTiff:GeogGeodeticDatum:6215""Reseau National Belge 1950""GeoTiff:GeogGeodeticDatum:6216"
-    "Bermuda 1957""GeoTiff:GeogGeodeticDatum:6217""Bern 1898""GeoTiff:GeogGeodeticDatum:6218"
-    "Bogota""GeoTiff:GeogGeodeticDatum:6219""Bukit Rimpah""GeoTiff:GeogGeodeticDatum:6220""Camacupa"
-    "GeoTiff:GeogGeodeticDatum:6221""Campo Inchauspe""GeoTiff:GeogGeodeticDatum:6222""Cape"
-    "GeoTiff:GeogGeodeticDatum:6223""Carthage""GeoTiff:GeogGeodeticDatum:6224""Chua"
-    "GeoTiff:GeogGeodeticDatum:6225""Corrego Alegre""GeoTiff:GeogGeodeticDatum:6226""Cote d Ivoire"
-    "GeoTiff:GeogGeodeticDatum:6227""Deir ez Zor""GeoTiff:GeogGeodeticDatum:6228""Douala"
-    "GeoTiff:GeogGeodeticDatum:6229""Egypt 1907""GeoTiff:GeogGeodeticDatum:6230"
-    "European Datum 1950""GeoTiff:GeogGeodeticDatum:6231""European Datum 1987"
-    "GeoTiff:GeogGeodeticDatum:6232""Fahud""GeoTiff:GeogGeodeticDatum:6233""Gandajika 1970"
-    "GeoTiff:GeogGeodeticDatum:6234""Garoua""GeoTiff:GeogGeodeticDatum:6235""Guyane Francaise"
-    "GeoTiff:GeogGeodeticDatum:6236""Hu Tzu Shan""GeoTiff:GeogGeodeticDatum:6237"
-    "Hungarian Datum 1972""GeoTiff:GeogGeodeticDatum:6238""Indonesian Datum 1974"
-    "GeoTiff:GeogGeodeticDatum:6239""Indian 1954""GeoTiff:GeogGeodeticDatum:6240""Indian 1975"
-    "GeoTiff:GeogGeodeticDatum:6241""Jamaica 1875""GeoTiff:GeogGeodeticDatum:6242""Jamaica 1969"
-    "GeoTiff:GeogGeodeticDatum:6243""Kalianpur""GeoTiff:GeogGeodeticDatum:6244""Kandawala"
-    "GeoTiff:GeogGeodeticDatum:6245""Kertau""GeoTiff:GeogGeodeticDatum:6246""Kuwait Oil Company"
-    "GeoTiff:GeogGeodeticDatum:6247""La Canoa""GeoTiff:GeogGeodeticDatum:6248"
-    "Provisional S American Datum 1956""GeoTiff:GeogGeodeticDatum:6249""Lake"
-    "GeoTiff:GeogGeodeticDatum:6250""Leigon""GeoTiff:GeogGeodeticDatum:6251""Liberia 1964"
-    "GeoTiff:GeogGeodeticDatum:6252""Lome""GeoTiff:GeogGeodeticDatum:6253""Luzon 1911"
-    "GeoTiff:GeogGeodeticDatum:6254""Hito XVIII 1963""GeoTiff:GeogGeodeticDatum:6255""Herat North"
-    "GeoTiff:GeogGeodeticDatum:6256""Mahe 1971""GeoTiff:GeogGeodeticDatum:6257""Makassar"
-    "GeoTiff:GeogGeodeticDatum:6258""European Reference System 1989""GeoTiff:GeogGeodeticDatum:6259"
-    "Malongo 1987""GeoTiff:GeogGeodeticDatum:6260""Manoca""GeoTiff:GeogGeodeticDatum:6261""Merchich"
-    "GeoTiff:GeogGeodeticDatum:6262""Massawa""GeoTiff:GeogGeodeticDatum:6263""Minna"
-    "GeoTiff:GeogGeodeticDatum:6264""Mhast""GeoTiff:GeogGeodeticDatum:6265""Monte Mario"
-    "GeoTiff:GeogGeodeticDatum:6266""M poraloko""GeoTiff:GeogGeodeticDatum:6267"
-    "North American Datum 1927""GeoTiff:GeogGeodeticDatum:6268""NAD Michigan"
-    "GeoTiff:GeogGeodeticDatum:6269""North American Datum 1983""GeoTiff:GeogGeodeticDatum:6270"
-    "Nahrwan 1967""GeoTiff:GeogGeodeticDatum:6271""Naparima 1972""GeoTiff:GeogGeodeticDatum:6272"
-    "New Zealand Geodetic Datum 1949""GeoTiff:GeogGeodeticDatum:6273""NGO 1948"
-    "GeoTiff:GeogGeodeticDatum:6274""Datum 73""GeoTiff:GeogGeodeticDatum:6275"
-    "Nouvelle Triangulation Francaise""GeoTiff:GeogGeodeticDatum:6276""NSWC 9Z 2"
-    "GeoTiff:GeogGeodeticDatum:6277""OSGB 1936""GeoTiff:GeogGeodeticDatum:6278""OSGB 1970 SN"
-    "GeoTiff:GeogGeodeticDatum:6279""OS SN 1980""GeoTiff:GeogGeodeticDatum:6280""Padang 1884"
-    "GeoTiff:GeogGeodeticDatum:6281""Palestine 1923""GeoTiff:GeogGeodeticDatum:6282""Pointe Noire"
-    "GeoTiff:GeogGeodeticDatum:6283""Geocentric Datum of Australia 1994"
-    "GeoTiff:GeogGeodeticDatum:6284""Pulkovo 1942""GeoTiff:GeogGeodeticDatum:6285""Qatar"
-    "GeoTiff:GeogGeodeticDatum:6286""Qatar 1948""GeoTiff:GeogGeodeticDatum:6287""Qornoq"
-    "GeoTiff:GeogGeodeticDatum:6288""Loma Quintana""GeoTiff:GeogGeodeticDatum:6289""Amersfoort"
-    "GeoTiff:GeogGeodeticDatum:6290""RT38""GeoTiff:GeogGeodeticDatum:6291"
-    "South American Datum 1969""GeoTiff:GeogGeodeticDatum:6292""Sapper Hill 1943"
-    "GeoTiff:GeogGeodeticDatum:6293""Schwarzeck""GeoTiff:GeogGeodeticDatum:6294""Segora"
-    "GeoTiff:GeogGeodeticDatum:6295""Serindung""GeoTiff:GeogGeodeticDatum:6296""Sudan"
-    "GeoTiff:GeogGeodeticDatum:6297""Tananarive 1925""GeoTiff:GeogGeodeticDatum:6298""Timbalai 1948"
-    "GeoTiff:GeogGeodeticDatum:6299""TM65""GeoTiff:GeogGeodeticDatum:6300""TM75"
-    "GeoTiff:GeogGeodeticDatum:6301""Tokyo""GeoTiff:GeogGeodeticDatum:6302""Trinidad 1903"
-    "GeoTiff:GeogGeodeticDatum:6303""Trucial Coast 1948""GeoTiff:GeogGeodeticDatum:6304"
-    "Voirol 1875""GeoTiff:GeogGeodeticDatum:6305""Voirol Unifie 1960"
-    "GeoTiff:GeogGeodeticDatum:6306""Bern 1938""GeoTiff:GeogGeodeticDatum:6307""Nord Sahara 1959"
-    "GeoTiff:GeogGeodeticDatum:6308""Stockholm 1938""GeoTiff:GeogGeodeticDatum:6309""Yacare"
-    "GeoTiff:GeogGeodeticDatum:6310""Yoff""GeoTiff:GeogGeodeticDatum:6311""Zanderij"
-    "GeoTiff:GeogGeodeticDatum:6312""Militar Geographische Institut""GeoTiff:GeogGeodeticDatum:6313"
-    "Reseau National Belge 1972""GeoTiff:GeogGeodeticDatum:6314""Deutsche Hauptdreiecksnetz"
-    "GeoTiff:GeogGeodeticDatum:6315""Conakry 1905""GeoTiff:GeogGeodeticDatum:6317"
-    "Dealul Piscului 1970""GeoTiff:GeogGeodeticDatum:6322""WGS72""GeoTiff:GeogGeodeticDatum:6324"
-    "WGS72 Transit Broadcast Ephemeris""GeoTiff:GeogGeodeticDatum:6326"
-    "GeoTiff:GeogGeodeticDatum:6901""Ancienne Triangulation Francaise"
-    "GeoTiff:GeogGeodeticDatum:6902""Nord de Guerre""GeoTiff:GeogInvFlattening""Geog Inv Flattening"
-    "GeoTiff:GeogLinearUnitSize""Geog Linear Unit Size""GeoTiff:GeogLinearUnits""Geog Linear Units"
-    "GeoTiff:GeogLinearUnits:32767""GeoTiff:GeogLinearUnits:9001""GeoTiff:GeogLinearUnits:9002"
-    "GeoTiff:GeogLinearUnits:9003""GeoTiff:GeogLinearUnits:9004""GeoTiff:GeogLinearUnits:9005"
-    "GeoTiff:GeogLinearUnits:9006""GeoTiff:GeogLinearUnits:9007""GeoTiff:GeogLinearUnits:9008"
-    "GeoTiff:GeogLinearUnits:9009""GeoTiff:GeogLinearUnits:9010""GeoTiff:GeogLinearUnits:9011"
-    "GeoTiff:GeogLinearUnits:9012""GeoTiff:GeogLinearUnits:9013""GeoTiff:GeogLinearUnits:9014"
-    "GeoTiff:GeogLinearUnits:9015""GeoTiff:GeogLinearUnits:9101""GeoTiff:GeogLinearUnits:9102"
-    "GeoTiff:GeogLinearUnits:9103""GeoTiff:GeogLinearUnits:9104""GeoTiff:GeogLinearUnits:9105"
-    "GeoTiff:GeogLinearUnits:9106""GeoTiff:GeogLinearUnits:9107""GeoTiff:GeogLinearUnits:9108"
-    "GeoTiff:GeogPrimeMeridian""Geog Prime Meridian""GeoTiff:GeogPrimeMeridian:32767"
-    "GeoTiff:GeogPrimeMeridian:8901""Greenwich""GeoTiff:GeogPrimeMeridian:8902"
-    "GeoTiff:GeogPrimeMeridian:8903""Paris""GeoTiff:GeogPrimeMeridian:8904"
-    "GeoTiff:GeogPrimeMeridian:8905""Madrid""GeoTiff:GeogPrimeMeridian:8906""Rome"
-    "GeoTiff:GeogPrimeMeridian:8907""Bern""GeoTiff:GeogPrimeMeridian:8908""Jakarta"
-    "GeoTiff:GeogPrimeMeridian:8909""Ferro""GeoTiff:GeogPrimeMeridian:8910""Brussels"
-    "GeoTiff:GeogPrimeMeridian:8911""Stockholm""GeoTiff:GeogPrimeMeridianLong"
-    "Geog Prime Meridian Long""GeoTiff:GeogSemiMajorAxis""Geog Semi Major Axis"
-    "GeoTiff:GeogSemiMinorAxis""Geog Semi Minor Axis""GeoTiff:GeogToWGS84""Geog To WGS84"
-    "GeoTiff:GeographicType""Geographic Type""GeoTiff:GeographicType:32767"
-    "GeoTiff:GeographicType:4001""GeoTiff:GeographicType:4002""GeoTiff:GeographicType:4003"
-    "GeoTiff:GeographicType:4004""GeoTiff:GeographicType:4005""GeoTiff:GeographicType:4006"
-    "GeoTiff:GeographicType:4007""GeoTiff:GeographicType:4008""GeoTiff:GeographicType:4009"
-    "GeoTiff:GeographicType:4010""GeoTiff:GeographicType:4011""GeoTiff:GeographicType:4012"
-    "GeoTiff:GeographicType:4013""GeoTiff:GeographicType:4014""GeoTiff:GeographicType:4015"
-    "GeoTiff:GeographicType:4016""GeoTiff:GeographicType:4017""GeoTiff:GeographicType:4018"
-    "GeoTiff:GeographicType:4019""GeoTiff:GeographicType:4020""GeoTiff:GeographicType:4021"
-    "GeoTiff:GeographicType:4022""GeoTiff:GeographicType:4023""GeoTiff:GeographicType:4024"
-    "GeoTiff:GeographicType:4025""GeoTiff:GeographicType:4026""GeoTiff:GeographicType:4027"
-    "GeoTiff:GeographicType:4028""GeoTiff:GeographicType:4029""GeoTiff:GeographicType:4030"
-    "GeoTiff:GeographicType:4031""GeoTiff:GeographicType:4032""GeoTiff:GeographicType:4033"
-    "GeoTiff:GeographicType:4034""GeoTiff:GeographicType:4035""GeoTiff:GeographicType:4120""Greek"
-    "GeoTiff:GeographicType:4121""GGRS87""GeoTiff:GeographicType:4123""KKJ"
-    "GeoTiff:GeographicType:4124""RT90""GeoTiff:GeographicType:4133""EST92"
-    "GeoTiff:GeographicType:4201""GeoTiff:GeographicType:4202""AGD66""GeoTiff:GeographicType:4203"
-    "AGD84""GeoTiff:GeographicType:4204""Ain el Abd""GeoTiff:GeographicType:4205"
-    "GeoTiff:GeographicType:4206""GeoTiff:GeographicType:4207""GeoTiff:GeographicType:4208"
-    "GeoTiff:GeographicType:4209""GeoTiff:GeographicType:4210""GeoTiff:GeographicType:4211"
-    "GeoTiff:GeographicType:4212""GeoTiff:GeographicType:4213""GeoTiff:GeographicType:4214"
-    "GeoTiff:GeographicType:4215""Belge 1950""GeoTiff:GeographicType:4216"
-    "GeoTiff:GeographicType:4217""GeoTiff:GeographicType:4218""GeoTiff:GeographicType:4219"
-    "GeoTiff:GeographicType:4220""GeoTiff:GeographicType:4221""GeoTiff:GeographicType:4222"
-    "GeoTiff:GeographicType:4223""GeoTiff:GeographicType:4224""GeoTiff:GeographicType:4225"
-    "GeoTiff:GeographicType:4226""GeoTiff:GeographicType:4227""GeoTiff:GeographicType:4228"
-    "GeoTiff:GeographicType:4229""GeoTiff:GeographicType:4230""ED50""GeoTiff:GeographicType:4231"
-    "ED87""GeoTiff:GeographicType:4232""GeoTiff:GeographicType:4233""GeoTiff:GeographicType:4234"
-    "GeoTiff:GeographicType:4235""GeoTiff:GeographicType:4236""GeoTiff:GeographicType:4237""HD72"
-    "GeoTiff:GeographicType:4238""ID74""GeoTiff:GeographicType:4239""GeoTiff:GeographicType:4240"
-    "GeoTiff:GeographicType:4241""GeoTiff:GeographicType:4242""JAD69""GeoTiff:GeographicType:4243"
-    "GeoTiff:GeographicType:4244""GeoTiff:GeographicType:4245""GeoTiff:GeographicType:4246""KOC"
-    "GeoTiff:GeographicType:4247""GeoTiff:GeographicType:4248""PSAD56""GeoTiff:GeographicType:4249"
-    "GeoTiff:GeographicType:4250""GeoTiff:GeographicType:4251""GeoTiff:GeographicType:4252"
-    "GeoTiff:GeographicType:4253""GeoTiff:GeographicType:4254""GeoTiff:GeographicType:4255"
-    "GeoTiff:GeographicType:4256""GeoTiff:GeographicType:4257""GeoTiff:GeographicType:4258""EUREF89"
-    "GeoTiff:GeographicType:4259""GeoTiff:GeographicType:4260""GeoTiff:GeographicType:4261"
-    "GeoTiff:GeographicType:4262""GeoTiff:GeographicType:4263""GeoTiff:GeographicType:4264"
-    "GeoTiff:GeographicType:4265""GeoTiff:GeographicType:4266""GeoTiff:GeographicType:4267""NAD27"
-    "GeoTiff:GeographicType:4268""GeoTiff:GeographicType:4269""NAD83""GeoTiff:GeographicType:4270"
-    "GeoTiff:GeographicType:4271""GeoTiff:GeographicType:4272""GD49""GeoTiff:GeographicType:4273"
-    "GeoTiff:GeographicType:4274""73""GeoTiff:GeographicType:4275""NTF""GeoTiff:GeographicType:4276"
-    "GeoTiff:GeographicType:4277""GeoTiff:GeographicType:4278""OSGB70""GeoTiff:GeographicType:4279"
-    "OS SN80""GeoTiff:GeographicType:4280""Padang""GeoTiff:GeographicType:4281"
-    "GeoTiff:GeographicType:4282""GeoTiff:GeographicType:4283""GDA94""GeoTiff:GeographicType:4284"
-    "GeoTiff:GeographicType:4285""GeoTiff:GeographicType:4286""GeoTiff:GeographicType:4287"
-    "GeoTiff:GeographicType:4288""GeoTiff:GeographicType:4289""GeoTiff:GeographicType:4290"
-    "GeoTiff:GeographicType:4291""SAD69""GeoTiff:GeographicType:4292""GeoTiff:GeographicType:4293"
-    "GeoTiff:GeographicType:4294""GeoTiff:GeographicType:4295""GeoTiff:GeographicType:4296"
-    "GeoTiff:GeographicType:4297""Tananarive""GeoTiff:GeographicType:4298"
-    "GeoTiff:GeographicType:4299""GeoTiff:GeographicType:4300""GeoTiff:GeographicType:4301"
-    "GeoTiff:GeographicType:4302""GeoTiff:GeographicType:4303""TC 1948""GeoTiff:GeographicType:4304"
-    "GeoTiff:GeographicType:4305""Voirol Unifie""GeoTiff:GeographicType:4306"
-    "GeoTiff:GeographicType:4307""GeoTiff:GeographicType:4308""GeoTiff:GeographicType:4309"
-    "GeoTiff:GeographicType:4310""GeoTiff:GeographicType:4311""GeoTiff:GeographicType:4312""MGI"
-    "GeoTiff:GeographicType:4313""Belge 1972""GeoTiff:GeographicType:4314""DHDN"
-    "GeoTiff:GeographicType:4315""GeoTiff:GeographicType:4317""GeoTiff:GeographicType:4322""WGS 72"
-    "GeoTiff:GeographicType:4324""WGS 72BE""GeoTiff:GeographicType:4326"
-    "GeoTiff:GeographicType:4801""Bern 1898 Bern""GeoTiff:GeographicType:4802""Bogota Bogota"
-    "GeoTiff:GeographicType:4803""Lisbon Lisbon""GeoTiff:GeographicType:4804""Makassar Jakarta"
-    "GeoTiff:GeographicType:4805""MGI Ferro""GeoTiff:GeographicType:4806""Monte Mario Rome"
-    "GeoTiff:GeographicType:4807""NTF Paris""GeoTiff:GeographicType:4808""Padang Jakarta"
-    "GeoTiff:GeographicType:4809""Belge 1950 Brussels""GeoTiff:GeographicType:4810"
-    "Tananarive Paris""GeoTiff:GeographicType:4811""Voirol 1875 Paris""GeoTiff:GeographicType:4812"
-    "Voirol Unifie Paris""GeoTiff:GeographicType:4813""Batavia Jakarta""GeoTiff:GeographicType:4815"
-    "Greek Athens""GeoTiff:GeographicType:4901""ATF Paris""GeoTiff:GeographicType:4902""NDG Paris"
-    "GeoTiff:InsetNWPixelX""Inset NW Pixel X""GeoTiff:InsetNWPixelY""Inset NW Pixel Y"
-    "GeoTiff:PCSCitation""PCS Citation""GeoTiff:ProjAzimuthAngle""Proj Azimuth Angle"
-    "GeoTiff:ProjCenterEasting""Proj Center Easting""GeoTiff:ProjCenterLat""Proj Center Lat"
-    "GeoTiff:ProjCenterLong""Proj Center Long""GeoTiff:ProjCenterNorthing""Proj Center Northing"
-    "GeoTiff:ProjCoordTrans""Proj Coord Trans""GeoTiff:ProjCoordTrans:1""Transverse Mercator"
-    "GeoTiff:ProjCoordTrans:10""Lambert Azim Equal Area""GeoTiff:ProjCoordTrans:11"
-    "Albers Equal Area""GeoTiff:ProjCoordTrans:12""Azimuthal Equidistant""GeoTiff:ProjCoordTrans:13"
-    "Equidistant Conic""GeoTiff:ProjCoordTrans:14""Stereographic""GeoTiff:ProjCoordTrans:15"
-    "Polar Stereographic""GeoTiff:ProjCoordTrans:16""Oblique Stereographic"
-    "GeoTiff:ProjCoordTrans:17""Equirectangular""GeoTiff:ProjCoordTrans:18""Cassini Soldner"
-    "GeoTiff:ProjCoordTrans:19""Gnomonic""GeoTiff:ProjCoordTrans:2"
-    "Transverse Mercator Modified Alaska""GeoTiff:ProjCoordTrans:20""Miller Cylindrical"
-    "GeoTiff:ProjCoordTrans:21""Orthographic""GeoTiff:ProjCoordTrans:22""Polyconic"
-    "GeoTiff:ProjCoordTrans:23""Robinson""GeoTiff:ProjCoordTrans:24""Sinusoidal"
-    "GeoTiff:ProjCoordTrans:25""VanDerGrinten""GeoTiff:ProjCoordTrans:26""New Zealand Map Grid"
-    "GeoTiff:ProjCoordTrans:27""Transverse Mercator South Orientated""GeoTiff:ProjCoordTrans:28"
-    "Cylindrical Equal Area""GeoTiff:ProjCoordTrans:3""Oblique Mercator"
-    "GeoTiff:ProjCoordTrans:32767""GeoTiff:ProjCoordTrans:4""Oblique Mercator Laborde"
-    "GeoTiff:ProjCoordTrans:5""Oblique Mercator Rosenmund""GeoTiff:ProjCoordTrans:6"
-    "Oblique Mercator Spherical""GeoTiff:ProjCoordTrans:7""Mercator""GeoTiff:ProjCoordTrans:8"
-    "Lambert Conf Conic 2SP""GeoTiff:ProjCoordTrans:9""Lambert Conf Conic 1SP"
-    "GeoTiff:ProjFalseEasting""Proj False Easting""GeoTiff:ProjFalseNorthing""Proj False Northing"
-    "GeoTiff:ProjFalseOriginEasting""Proj False Origin Easting""GeoTiff:ProjFalseOriginLat"
-    "Proj False Origin Lat""GeoTiff:ProjFalseOriginLong""Proj False Origin Long"
-    "GeoTiff:ProjFalseOriginNorthing""Proj False Origin Northing""GeoTiff:ProjLinearUnitSize"
-    "Proj Linear Unit Size""GeoTiff:ProjLinearUnits""Proj Linear Units"
-    "GeoTiff:ProjLinearUnits:32767""GeoTiff:ProjLinearUnits:9001""GeoTiff:ProjLinearUnits:9002"
-    "GeoTiff:ProjLinearUnits:9003""GeoTiff:ProjLinearUnits:9004""GeoTiff:ProjLinearUnits:9005"
-    "GeoTiff:ProjLinearUnits:9006""GeoTiff:ProjLinearUnits:9007""GeoTiff:ProjLinearUnits:9008"
-    "GeoTiff:ProjLinearUnits:9009""GeoTiff:ProjLinearUnits:9010""GeoTiff:ProjLinearUnits:9011"
-    "GeoTiff:ProjLinearUnits:9012""GeoTiff:ProjLinearUnits:9013""GeoTiff:ProjLinearUnits:9014"
-    "GeoTiff:ProjLinearUnits:9015""GeoTiff:ProjLinearUnits:9101""GeoTiff:ProjLinearUnits:9102"
-    "GeoTiff:ProjLinearUnits:9103""GeoTiff:ProjLinearUnits:9104""GeoTiff:ProjLinearUnits:9105"
-    "GeoTiff:ProjLinearUnits:9106""GeoTiff:ProjLinearUnits:9107""GeoTiff:ProjLinearUnits:9108"
-    "GeoTiff:ProjNatOriginLat""Proj Nat Origin Lat""GeoTiff:ProjNatOriginLong""Proj Nat Origin Long"
-    "GeoTiff:ProjRectifiedGridAngle""Proj Rectified Grid Angle""GeoTiff:ProjScaleAtCenter"
-    "Proj Scale At Center""GeoTiff:ProjScaleAtNatOrigin""Proj Scale At Nat Origin"
-    "GeoTiff:ProjStdParallel1""Proj Std Parallel 1""GeoTiff:ProjStdParallel2""Proj Std Parallel 2"
-    "GeoTiff:ProjStraightVertPoleLong""Proj Straight Vert Pole Long""GeoTiff:ProjectedCSType"
-    "Projected CS Type""GeoTiff:ProjectedCSType:20137""Adindan UTM zone 37N"
-    "GeoTiff:ProjectedCSType:20138""Adindan UTM zone 38N""GeoTiff:ProjectedCSType:20248"
-    "AGD66 AMG zone 48""GeoTiff:ProjectedCSType:20249""AGD66 AMG zone 49"
-    "GeoTiff:ProjectedCSType:20250""AGD66 AMG zone 50""GeoTiff:ProjectedCSType:20251"
-    "AGD66 AMG zone 51""GeoTiff:ProjectedCSType:20252""AGD66 AMG zone 52"
-    "GeoTiff:ProjectedCSType:20253""AGD66 AMG zone 53""GeoTiff:ProjectedCSType:20254"
-    "AGD66 AMG zone 54""GeoTiff:ProjectedCSType:20255""AGD66 AMG zone 55"
-    "GeoTiff:ProjectedCSType:20256""AGD66 AMG zone 56""GeoTiff:ProjectedCSType:20257"
-    "AGD66 AMG zone 57""GeoTiff:ProjectedCSType:20258""AGD66 AMG zone 58"
-    "GeoTiff:ProjectedCSType:20348""AGD84 AMG zone 48""GeoTiff:ProjectedCSType:20349"
-    "AGD84 AMG zone 49""GeoTiff:ProjectedCSType:20350""AGD84 AMG zone 50"
-    "GeoTiff:ProjectedCSType:20351""AGD84 AMG zone 51""GeoTiff:ProjectedCSType:20352"
-    "AGD84 AMG zone 52""GeoTiff:ProjectedCSType:20353""AGD84 AMG zone 53"
-    "GeoTiff:ProjectedCSType:20354""AGD84 AMG zone 54""GeoTiff:ProjectedCSType:20355"
-    "AGD84 AMG zone 55""GeoTiff:ProjectedCSType:20356""AGD84 AMG zone 56"
-    "GeoTiff:ProjectedCSType:20357""AGD84 AMG zone 57""GeoTiff:ProjectedCSType:20358"
-    "AGD84 AMG zone 58""GeoTiff:ProjectedCSType:20437""Ain el Abd UTM zone 37N"
-    "GeoTiff:ProjectedCSType:20438""Ain el Abd UTM zone 38N""GeoTiff:ProjectedCSType:20439"
-    "Ain el Abd UTM zone 39N""GeoTiff:ProjectedCSType:20499""Ain el Abd Bahrain Grid"
-    "GeoTiff:ProjectedCSType:20538""Afgooye UTM zone 38N""GeoTiff:ProjectedCSType:20539"
-    "Afgooye UTM zone 39N""GeoTiff:ProjectedCSType:20700""Lisbon Portuguese Grid"
-    "GeoTiff:ProjectedCSType:20822""Aratu UTM zone 22S""GeoTiff:ProjectedCSType:20823"
-    "Aratu UTM zone 23S""GeoTiff:ProjectedCSType:20824""Aratu UTM zone 24S"
-    "GeoTiff:ProjectedCSType:20973""Arc 1950 Lo13""GeoTiff:ProjectedCSType:20975""Arc 1950 Lo15"
-    "GeoTiff:ProjectedCSType:20977""Arc 1950 Lo17""GeoTiff:ProjectedCSType:20979""Arc 1950 Lo19"
-    "GeoTiff:ProjectedCSType:20981""Arc 1950 Lo21""GeoTiff:ProjectedCSType:20983""Arc 1950 Lo23"
-    "GeoTiff:ProjectedCSType:20985""Arc 1950 Lo25""GeoTiff:ProjectedCSType:20987""Arc 1950 Lo27"
-    "GeoTiff:ProjectedCSType:20989""Arc 1950 Lo29""GeoTiff:ProjectedCSType:20991""Arc 1950 Lo31"
-    "GeoTiff:ProjectedCSType:20993""Arc 1950 Lo33""GeoTiff:ProjectedCSType:20995""Arc 1950 Lo35"
-    "GeoTiff:ProjectedCSType:2100""GGRS87 Greek Grid""GeoTiff:ProjectedCSType:21100""Batavia NEIEZ"
-    "GeoTiff:ProjectedCSType:21148""Batavia UTM zone 48S""GeoTiff:ProjectedCSType:21149"
-    "Batavia UTM zone 49S""GeoTiff:ProjectedCSType:21150""Batavia UTM zone 50S"
-    "GeoTiff:ProjectedCSType:21413""Beijing Gauss zone 13""GeoTiff:ProjectedCSType:21414"
-    "Beijing Gauss zone 14""GeoTiff:ProjectedCSType:21415""Beijing Gauss zone 15"
-    "GeoTiff:ProjectedCSType:21416""Beijing Gauss zone 16""GeoTiff:ProjectedCSType:21417"
-    "Beijing Gauss zone 17""GeoTiff:ProjectedCSType:21418""Beijing Gauss zone 18"
-    "GeoTiff:ProjectedCSType:21419""Beijing Gauss zone 19""GeoTiff:ProjectedCSType:21420"
-    "Beijing Gauss zone 20""GeoTiff:ProjectedCSType:21421""Beijing Gauss zone 21"
-    "GeoTiff:ProjectedCSType:21422""Beijing Gauss zone 22""GeoTiff:ProjectedCSType:21423"
-    "Beijing Gauss zone 23""GeoTiff:ProjectedCSType:21473""Beijing Gauss 13N"
-    "GeoTiff:ProjectedCSType:21474""Beijing Gauss 14N""GeoTiff:ProjectedCSType:21475"
-    "Beijing Gauss 15N""GeoTiff:ProjectedCSType:21476""Beijing Gauss 16N"
-    "GeoTiff:ProjectedCSType:21477""Beijing Gauss 17N""GeoTiff:ProjectedCSType:21478"
-    "Beijing Gauss 18N""GeoTiff:ProjectedCSType:21479""Beijing Gauss 19N"
-    "GeoTiff:ProjectedCSType:21480""Beijing Gauss 20N""GeoTiff:ProjectedCSType:21481"
-    "Beijing Gauss 21N""GeoTiff:ProjectedCSType:21482""Beijing Gauss 22N"
-    "GeoTiff:ProjectedCSType:21483""Beijing Gauss 23N""GeoTiff:ProjectedCSType:21500"
-    "Belge Lambert 50""GeoTiff:ProjectedCSType:2176""ETRS89 Poland CS2000 zone 5"
-    "GeoTiff:ProjectedCSType:2177""ETRS89 Poland CS2000 zone 7""GeoTiff:ProjectedCSType:2178"
-    "ETRS89 Poland CS2000 zone 8""GeoTiff:ProjectedCSType:21790""Bern 1898 Swiss Old"
-    "GeoTiff:ProjectedCSType:2180""ETRS89 Poland CS92""GeoTiff:ProjectedCSType:21817"
-    "Bogota UTM zone 17N""GeoTiff:ProjectedCSType:21818""Bogota UTM zone 18N"
-    "GeoTiff:ProjectedCSType:21891""Bogota Colombia 3W""GeoTiff:ProjectedCSType:21892"
-    "Bogota Colombia Bogota""GeoTiff:ProjectedCSType:21893""Bogota Colombia 3E"
-    "GeoTiff:ProjectedCSType:21894""Bogota Colombia 6E""GeoTiff:ProjectedCSType:22032"
-    "Camacupa UTM 32S""GeoTiff:ProjectedCSType:22033""Camacupa UTM 33S"
-    "GeoTiff:ProjectedCSType:2204""NAD27 Tennessee""GeoTiff:ProjectedCSType:2205"
-    "NAD83 Kentucky North""GeoTiff:ProjectedCSType:22191""C Inchauspe Argentina 1"
-    "GeoTiff:ProjectedCSType:22192""C Inchauspe Argentina 2""GeoTiff:ProjectedCSType:22193"
-    "C Inchauspe Argentina 3""GeoTiff:ProjectedCSType:22194""C Inchauspe Argentina 4"
-    "GeoTiff:ProjectedCSType:22195""C Inchauspe Argentina 5""GeoTiff:ProjectedCSType:22196"
-    "C Inchauspe Argentina 6""GeoTiff:ProjectedCSType:22197""C Inchauspe Argentina 7"
-    "GeoTiff:ProjectedCSType:22332""Carthage UTM zone 32N""GeoTiff:ProjectedCSType:22391"
-    "Carthage Nord Tunisie""GeoTiff:ProjectedCSType:22392""Carthage Sud Tunisie"
-    "GeoTiff:ProjectedCSType:22523""Corrego Alegre UTM 23S""GeoTiff:ProjectedCSType:22524"
-    "Corrego Alegre UTM 24S""GeoTiff:ProjectedCSType:22832""Douala UTM zone 32N"
-    "GeoTiff:ProjectedCSType:22992""Egypt 1907 Red Belt""GeoTiff:ProjectedCSType:22993"
-    "Egypt 1907 Purple Belt""GeoTiff:ProjectedCSType:22994""Egypt 1907 Ext Purple"
-    "GeoTiff:ProjectedCSType:23028""ED50 UTM zone 28N""GeoTiff:ProjectedCSType:23029"
-    "ED50 UTM zone 29N""GeoTiff:ProjectedCSType:23030""ED50 UTM zone 30N"
-    "GeoTiff:ProjectedCSType:23031""ED50 UTM zone 31N""GeoTiff:ProjectedCSType:23032"
-    "ED50 UTM zone 32N""GeoTiff:ProjectedCSType:23033""ED50 UTM zone 33N"
-    "GeoTiff:ProjectedCSType:23034""ED50 UTM zone 34N""GeoTiff:ProjectedCSType:23035"
-    "ED50 UTM zone 35N""GeoTiff:ProjectedCSType:23036""ED50 UTM zone 36N"
-    "GeoTiff:ProjectedCSType:23037""ED50 UTM zone 37N""GeoTiff:ProjectedCSType:23038"
-    "ED50 UTM zone 38N""GeoTiff:ProjectedCSType:23239""Fahud UTM zone 39N"
-    "GeoTiff:ProjectedCSType:23240""Fahud UTM zone 40N""GeoTiff:ProjectedCSType:23433"
-    "Garoua UTM zone 33N""GeoTiff:ProjectedCSType:23700""HD72 EOV""GeoTiff:ProjectedCSType:23846"
-    "ID74 UTM zone 46N""GeoTiff:ProjectedCSType:23847""ID74 UTM zone 47N"
-    "GeoTiff:ProjectedCSType:23848""ID74 UTM zone 48N""GeoTiff:ProjectedCSType:23849"
-    "ID74 UTM zone 49N""GeoTiff:ProjectedCSType:23850""ID74 UTM zone 50N"
-    "GeoTiff:ProjectedCSType:23851""ID74 UTM zone 51N""GeoTiff:ProjectedCSType:23852"
-    "ID74 UTM zone 52N""GeoTiff:ProjectedCSType:23853""ID74 UTM zone 53N"
-    "GeoTiff:ProjectedCSType:23886""ID74 UTM zone 46S""GeoTiff:ProjectedCSType:23887"
-    "ID74 UTM zone 47S""GeoTiff:ProjectedCSType:23888""ID74 UTM zone 48S"
-    "GeoTiff:ProjectedCSType:23889""ID74 UTM zone 49S""GeoTiff:ProjectedCSType:23890"
-    "ID74 UTM zone 50S""GeoTiff:ProjectedCSType:23891""ID74 UTM zone 51S"
-    "GeoTiff:ProjectedCSType:23892""ID74 UTM zone 52S""GeoTiff:ProjectedCSType:23893"
-    "ID74 UTM zone 53S""GeoTiff:ProjectedCSType:23894""ID74 UTM zone 54S"
-    "GeoTiff:ProjectedCSType:2391""KKJ Finland zone 1""GeoTiff:ProjectedCSType:2392"
-    "KKJ Finland zone 2""GeoTiff:ProjectedCSType:2393""KKJ Finland zone 3"
-    "GeoTiff:ProjectedCSType:2394""KKJ Finland zone 4""GeoTiff:ProjectedCSType:23947"
-    "Indian 1954 UTM 47N""GeoTiff:ProjectedCSType:23948""Indian 1954 UTM 48N"
-    "GeoTiff:ProjectedCSType:2400""RT90 2 5 gon W""GeoTiff:ProjectedCSType:24047"
-    "Indian 1975 UTM 47N""GeoTiff:ProjectedCSType:24048""Indian 1975 UTM 48N"
-    "GeoTiff:ProjectedCSType:24100""Jamaica 1875 Old Grid""GeoTiff:ProjectedCSType:24200"
-    "JAD69 Jamaica Grid""GeoTiff:ProjectedCSType:24370""Kalianpur India 0"
-    "GeoTiff:ProjectedCSType:24371""Kalianpur India I""GeoTiff:ProjectedCSType:24372"
-    "Kalianpur India IIa""GeoTiff:ProjectedCSType:24373""Kalianpur India IIIa"
-    "GeoTiff:ProjectedCSType:24374""Kalianpur India IVa""GeoTiff:ProjectedCSType:24382"
-    "Kalianpur India IIb""GeoTiff:ProjectedCSType:24383""Kalianpur India IIIb"
-    "GeoTiff:ProjectedCSType:24384""Kalianpur India IVb""GeoTiff:ProjectedCSType:24500"
-    "Kertau Singapore Grid""GeoTiff:ProjectedCSType:24547""Kertau UTM zone 47N"
-    "GeoTiff:ProjectedCSType:24548""Kertau UTM zone 48N""GeoTiff:ProjectedCSType:24720"
-    "La Canoa UTM zone 20N""GeoTiff:ProjectedCSType:24721""La Canoa UTM zone 21N"
-    "GeoTiff:ProjectedCSType:24818""PSAD56 UTM zone 18N""GeoTiff:ProjectedCSType:24819"
-    "PSAD56 UTM zone 19N""GeoTiff:ProjectedCSType:24820""PSAD56 UTM zone 20N"
-    "GeoTiff:ProjectedCSType:24821""PSAD56 UTM zone 21N""GeoTiff:ProjectedCSType:24877"
-    "PSAD56 UTM zone 17S""GeoTiff:ProjectedCSType:24878""PSAD56 UTM zone 18S"
-    "GeoTiff:ProjectedCSType:24879""PSAD56 UTM zone 19S""GeoTiff:ProjectedCSType:24880"
-    "PSAD56 UTM zone 20S""GeoTiff:ProjectedCSType:24891""PSAD56 Peru west zone"
-    "GeoTiff:ProjectedCSType:24892""PSAD56 Peru central""GeoTiff:ProjectedCSType:24893"
-    "PSAD56 Peru east zone""GeoTiff:ProjectedCSType:25000""Leigon Ghana Grid"
-    "GeoTiff:ProjectedCSType:25231""Lome UTM zone 31N""GeoTiff:ProjectedCSType:25391"
-    "Luzon Philippines I""GeoTiff:ProjectedCSType:25392""Luzon Philippines II"
-    "GeoTiff:ProjectedCSType:25393""Luzon Philippines III""GeoTiff:ProjectedCSType:25394"
-    "Luzon Philippines IV""GeoTiff:ProjectedCSType:25395""Luzon Philippines V"
-    "GeoTiff:ProjectedCSType:25700""Makassar NEIEZ""GeoTiff:ProjectedCSType:25932"
-    "Malongo 1987 UTM 32S""GeoTiff:ProjectedCSType:2600""Lietuvos Koordinoei Sistema 1994"
-    "GeoTiff:ProjectedCSType:26191""Merchich Nord Maroc""GeoTiff:ProjectedCSType:26192"
-    "Merchich Sud Maroc""GeoTiff:ProjectedCSType:26193""Merchich Sahara"
-    "GeoTiff:ProjectedCSType:26237""Massawa UTM zone 37N""GeoTiff:ProjectedCSType:26331"
-    "Minna UTM zone 31N""GeoTiff:ProjectedCSType:26332""Minna UTM zone 32N"
-    "GeoTiff:ProjectedCSType:26391""Minna Nigeria West""GeoTiff:ProjectedCSType:26392"
-    "Minna Nigeria Mid Belt""GeoTiff:ProjectedCSType:26393""Minna Nigeria East"
-    "GeoTiff:ProjectedCSType:26432""Mhast UTM zone 32S""GeoTiff:ProjectedCSType:26591"
-    "Monte Mario Italy 1""GeoTiff:ProjectedCSType:26592""Monte Mario Italy 2"
-    "GeoTiff:ProjectedCSType:26632""M poraloko UTM 32N""GeoTiff:ProjectedCSType:26692"
-    "M poraloko UTM 32S""GeoTiff:ProjectedCSType:26703""NAD27 UTM zone 3N"
-    "GeoTiff:ProjectedCSType:26704""NAD27 UTM zone 4N""GeoTiff:ProjectedCSType:26705"
-    "NAD27 UTM zone 5N""GeoTiff:ProjectedCSType:26706""NAD27 UTM zone 6N"
-    "GeoTiff:ProjectedCSType:26707""NAD27 UTM zone 7N""GeoTiff:ProjectedCSType:26708"
-    "NAD27 UTM zone 8N""GeoTiff:ProjectedCSType:26709""NAD27 UTM zone 9N"
-    "GeoTiff:ProjectedCSType:26710""NAD27 UTM zone 10N""GeoTiff:ProjectedCSType:26711"
-    "NAD27 UTM zone 11N""GeoTiff:ProjectedCSType:26712""NAD27 UTM zone 12N"
-    "GeoTiff:ProjectedCSType:26713""NAD27 UTM zone 13N""GeoTiff:ProjectedCSType:26714"
-    "NAD27 UTM zone 14N""GeoTiff:ProjectedCSType:26715""NAD27 UTM zone 15N"
-    "GeoTiff:ProjectedCSType:26716""NAD27 UTM zone 16N""GeoTiff:ProjectedCSType:26717"
-    "NAD27 UTM zone 17N""GeoTiff:ProjectedCSType:26718""NAD27 UTM zone 18N"
-    "GeoTiff:ProjectedCSType:26719""NAD27 UTM zone 19N""GeoTiff:ProjectedCSType:26720"
-    "NAD27 UTM zone 20N""GeoTiff:ProjectedCSType:26721""NAD27 UTM zone 21N"
-    "GeoTiff:ProjectedCSType:26722""NAD27 UTM zone 22N""GeoTiff:ProjectedCSType:26729"
-    "NAD27 Alabama East""GeoTiff:ProjectedCSType:26730""NAD27 Alabama West"
-    "GeoTiff:ProjectedCSType:26731""NAD27 Alaska zone 1""GeoTiff:ProjectedCSType:26732"
-    "NAD27 Alaska zone 2""GeoTiff:ProjectedCSType:26733""NAD27 Alaska zone 3"
-    "GeoTiff:ProjectedCSType:26734""NAD27 Alaska zone 4""GeoTiff:ProjectedCSType:26735"
-    "NAD27 Alaska zone 5""GeoTiff:ProjectedCSType:26736""NAD27 Alaska zone 6"
-    "GeoTiff:ProjectedCSType:26737""NAD27 Alaska zone 7""GeoTiff:ProjectedCSType:26738"
-    "NAD27 Alaska zone 8""GeoTiff:ProjectedCSType:26739""NAD27 Alaska zone 9"
-    "GeoTiff:ProjectedCSType:26740""NAD27 Alaska zone 10""GeoTiff:ProjectedCSType:26741"
-    "NAD27 California I""GeoTiff:ProjectedCSType:26742""NAD27 California II"
-    "GeoTiff:ProjectedCSType:26743""NAD27 California III""GeoTiff:ProjectedCSType:26744"
-    "NAD27 California IV""GeoTiff:ProjectedCSType:26745""NAD27 California V"
-    "GeoTiff:ProjectedCSType:26746""NAD27 California VI""GeoTiff:ProjectedCSType:26747"
-    "NAD27 California VII""GeoTiff:ProjectedCSType:26748""NAD27 Arizona East"
-    "GeoTiff:ProjectedCSType:26749""NAD27 Arizona Central""GeoTiff:ProjectedCSType:26750"
-    "NAD27 Arizona West""GeoTiff:ProjectedCSType:26751""NAD27 Arkansas North"
-    "GeoTiff:ProjectedCSType:26752""NAD27 Arkansas South""GeoTiff:ProjectedCSType:26753"
-    "NAD27 Colorado North""GeoTiff:ProjectedCSType:26754""NAD27 Colorado Central"
-    "GeoTiff:ProjectedCSType:26755""NAD27 Colorado South""GeoTiff:ProjectedCSType:26756"
-    "NAD27 Connecticut""GeoTiff:ProjectedCSType:26757""NAD27 Delaware"
-    "GeoTiff:ProjectedCSType:26758""NAD27 Florida East""GeoTiff:ProjectedCSType:26759"
-    "NAD27 Florida West""GeoTiff:ProjectedCSType:26760""NAD27 Florida North"
-    "GeoTiff:ProjectedCSType:26761""NAD27 Hawaii zone 1""GeoTiff:ProjectedCSType:26762"
-    "NAD27 Hawaii zone 2""GeoTiff:ProjectedCSType:26763""NAD27 Hawaii zone 3"
-    "GeoTiff:ProjectedCSType:26764""NAD27 Hawaii zone 4""GeoTiff:ProjectedCSType:26765"
-    "NAD27 Hawaii zone 5""GeoTiff:ProjectedCSType:26766""NAD27 Georgia East"
-    "GeoTiff:ProjectedCSType:26767""NAD27 Georgia West""GeoTiff:ProjectedCSType:26768"
-    "NAD27 Idaho East""GeoTiff:ProjectedCSType:26769""NAD27 Idaho Central"
-    "GeoTiff:ProjectedCSType:26770""NAD27 Idaho West""GeoTiff:ProjectedCSType:26771"
-    "NAD27 Illinois East""GeoTiff:ProjectedCSType:26772""NAD27 Illinois West"
-    "GeoTiff:ProjectedCSType:26773""NAD27 Indiana East""GeoTiff:ProjectedCSType:26774"
-    "NAD27 Indiana West""GeoTiff:ProjectedCSType:26775""NAD27 Iowa North"
-    "GeoTiff:ProjectedCSType:26776""NAD27 Iowa South""GeoTiff:ProjectedCSType:26777"
-    "NAD27 Kansas North""GeoTiff:ProjectedCSType:26778""NAD27 Kansas South"
-    "GeoTiff:ProjectedCSType:26779""NAD27 Kentucky North""GeoTiff:ProjectedCSType:26780"
-    "NAD27 Kentucky South""GeoTiff:ProjectedCSType:26781""NAD27 Louisiana North"
-    "GeoTiff:ProjectedCSType:26782""NAD27 Louisiana South""GeoTiff:ProjectedCSType:26783"
-    "NAD27 Maine East""GeoTiff:ProjectedCSType:26784""NAD27 Maine West"
-    "GeoTiff:ProjectedCSType:26785""NAD27 Maryland""GeoTiff:ProjectedCSType:26786"
-    "NAD27 Massachusetts""GeoTiff:ProjectedCSType:26787""NAD27 Massachusetts Is"
-    "GeoTiff:ProjectedCSType:26788""NAD27 Michigan North""GeoTiff:ProjectedCSType:26789"
-    "NAD27 Michigan Central""GeoTiff:ProjectedCSType:26790""NAD27 Michigan South"
-    "GeoTiff:ProjectedCSType:26791""NAD27 Minnesota North""GeoTiff:ProjectedCSType:26792"
-    "NAD27 Minnesota Cent""GeoTiff:ProjectedCSType:26793""NAD27 Minnesota South"
-    "GeoTiff:ProjectedCSType:26794""NAD27 Mississippi East""GeoTiff:ProjectedCSType:26795"
-    "NAD27 Mississippi West""GeoTiff:ProjectedCSType:26796""NAD27 Missouri East"
-    "GeoTiff:ProjectedCSType:26797""NAD27 Missouri Central""GeoTiff:ProjectedCSType:26798"
-    "NAD27 Missouri West""GeoTiff:ProjectedCSType:26801""NAD Michigan Michigan East"
-    "GeoTiff:ProjectedCSType:26802""NAD Michigan Michigan Old Central"
-    "GeoTiff:ProjectedCSType:26803""NAD Michigan Michigan West""GeoTiff:ProjectedCSType:26903"
-    "NAD83 UTM zone 3N""GeoTiff:ProjectedCSType:26904""NAD83 UTM zone 4N"
-    "GeoTiff:ProjectedCSType:26905""NAD83 UTM zone 5N""GeoTiff:ProjectedCSType:26906"
-    "NAD83 UTM zone 6N""GeoTiff:ProjectedCSType:26907""NAD83 UTM zone 7N"
-    "GeoTiff:ProjectedCSType:26908""NAD83 UTM zone 8N""GeoTiff:ProjectedCSType:26909"
-    "NAD83 UTM zone 9N""GeoTiff:ProjectedCSType:26910""NAD83 UTM zone 10N"
-    "GeoTiff:ProjectedCSType:26911""NAD83 UTM zone 11N""GeoTiff:ProjectedCSType:26912"
-    "NAD83 UTM zone 12N""GeoTiff:ProjectedCSType:26913""NAD83 UTM zone 13N"
-    "GeoTiff:ProjectedCSType:26914""NAD83 UTM zone 14N""GeoTiff:ProjectedCSType:26915"
-    "NAD83 UTM zone 15N""GeoTiff:ProjectedCSType:26916""NAD83 UTM zone 16N"
-    "GeoTiff:ProjectedCSType:26917""NAD83 UTM zone 17N""GeoTiff:ProjectedCSType:26918"
-    "NAD83 UTM zone 18N""GeoTiff:ProjectedCSType:26919""NAD83 UTM zone 19N"
-    "GeoTiff:ProjectedCSType:26920""NAD83 UTM zone 20N""GeoTiff:ProjectedCSType:26921"
-    "NAD83 UTM zone 21N""GeoTiff:ProjectedCSType:26922""NAD83 UTM zone 22N"
-    "GeoTiff:ProjectedCSType:26923""NAD83 UTM zone 23N""GeoTiff:ProjectedCSType:26929"
-    "NAD83 Alabama East""GeoTiff:ProjectedCSType:26930""NAD83 Alabama West"
-    "GeoTiff:ProjectedCSType:26931""NAD83 Alaska zone 1""GeoTiff:ProjectedCSType:26932"
-    "NAD83 Alaska zone 2""GeoTiff:ProjectedCSType:26933""NAD83 Alaska zone 3"
-    "GeoTiff:ProjectedCSType:26934""NAD83 Alaska zone 4""GeoTiff:ProjectedCSType:26935"
-    "NAD83 Alaska zone 5""GeoTiff:ProjectedCSType:26936""NAD83 Alaska zone 6"
-    "GeoTiff:ProjectedCSType:26937""NAD83 Alaska zone 7""GeoTiff:ProjectedCSType:26938"
-    "NAD83 Alaska zone 8""GeoTiff:ProjectedCSType:26939""NAD83 Alaska zone 9"
-    "GeoTiff:ProjectedCSType:26940""NAD83 Alaska zone 10""GeoTiff:ProjectedCSType:26941"
-    "NAD83 California 1""GeoTiff:ProjectedCSType:26942""NAD83 California 2"
-    "GeoTiff:ProjectedCSType:26943""NAD83 California 3""GeoTiff:ProjectedCSType:26944"
-    "NAD83 California 4""GeoTiff:ProjectedCSType:26945""NAD83 California 5"
-    "GeoTiff:ProjectedCSType:26946""NAD83 California 6""GeoTiff:ProjectedCSType:26948"
-    "NAD83 Arizona East""GeoTiff:ProjectedCSType:26949""NAD83 Arizona Central"
-    "GeoTiff:ProjectedCSType:26950""NAD83 Arizona West""GeoTiff:ProjectedCSType:26951"
-    "NAD83 Arkansas North""GeoTiff:ProjectedCSType:26952""NAD83 Arkansas South"
-    "GeoTiff:ProjectedCSType:26953""NAD83 Colorado North""GeoTiff:ProjectedCSType:26954"
-    "NAD83 Colorado Central""GeoTiff:ProjectedCSType:26955""NAD83 Colorado South"
-    "GeoTiff:ProjectedCSType:26956""NAD83 Connecticut""GeoTiff:ProjectedCSType:26957"
-    "NAD83 Delaware""GeoTiff:ProjectedCSType:26958""NAD83 Florida East"
-    "GeoTiff:ProjectedCSType:26959""NAD83 Florida West""GeoTiff:ProjectedCSType:26960"
-    "NAD83 Florida North""GeoTiff:ProjectedCSType:26961""NAD83 Hawaii zone 1"
-    "GeoTiff:ProjectedCSType:26962""NAD83 Hawaii zone 2""GeoTiff:ProjectedCSType:26963"
-    "NAD83 Hawaii zone 3""GeoTiff:ProjectedCSType:26964""NAD83 Hawaii zone 4"
-    "GeoTiff:ProjectedCSType:26965""NAD83 Hawaii zone 5""GeoTiff:ProjectedCSType:26966"
-    "NAD83 Georgia East""GeoTiff:ProjectedCSType:26967""NAD83 Georgia West"
-    "GeoTiff:ProjectedCSType:26968""NAD83 Idaho East""GeoTiff:ProjectedCSType:26969"
-    "NAD83 Idaho Central""GeoTiff:ProjectedCSType:26970""NAD83 Idaho West"
-    "GeoTiff:ProjectedCSType:26971""NAD83 Illinois East""GeoTiff:ProjectedCSType:26972"
-    "NAD83 Illinois West""GeoTiff:ProjectedCSType:26973""NAD83 Indiana East"
-    "GeoTiff:ProjectedCSType:26974""NAD83 Indiana West""GeoTiff:ProjectedCSType:26975"
-    "NAD83 Iowa North""GeoTiff:ProjectedCSType:26976""NAD83 Iowa South"
-    "GeoTiff:ProjectedCSType:26977""NAD83 Kansas North""GeoTiff:ProjectedCSType:26978"
-    "NAD83 Kansas South""GeoTiff:ProjectedCSType:26979""GeoTiff:ProjectedCSType:26980"
-    "NAD83 Kentucky South""GeoTiff:ProjectedCSType:26981""NAD83 Louisiana North"
-    "GeoTiff:ProjectedCSType:26982""NAD83 Louisiana South""GeoTiff:ProjectedCSType:26983"
-    "NAD83 Maine East""GeoTiff:ProjectedCSType:26984""NAD83 Maine West"
-    "GeoTiff:ProjectedCSType:26985""NAD83 Maryland""GeoTiff:ProjectedCSType:26986"
-    "NAD83 Massachusetts""GeoTiff:ProjectedCSType:26987""NAD83 Massachusetts Is"
-    "GeoTiff:ProjectedCSType:26988""NAD83 Michigan North""GeoTiff:ProjectedCSType:26989"
-    "NAD83 Michigan Central""GeoTiff:ProjectedCSType:26990""NAD83 Michigan South"
-    "GeoTiff:ProjectedCSType:26991""NAD83 Minnesota North""GeoTiff:ProjectedCSType:26992"
-    "NAD83 Minnesota Cent""GeoTiff:ProjectedCSType:26993""NAD83 Minnesota South"
-    "GeoTiff:ProjectedCSType:26994""NAD83 Mississippi East""GeoTiff:ProjectedCSType:26995"
-    "NAD83 Mississippi West""GeoTiff:ProjectedCSType:26996""NAD83 Missouri East"
-    "GeoTiff:ProjectedCSType:26997""NAD83 Missouri Central""GeoTiff:ProjectedCSType:26998"
-    "NAD83 Missouri West""GeoTiff:ProjectedCSType:27038""Nahrwan 1967 UTM 38N"
-    "GeoTiff:ProjectedCSType:27039""Nahrwan 1967 UTM 39N""GeoTiff:ProjectedCSType:27040"
-    "Nahrwan 1967 UTM 40N""GeoTiff:ProjectedCSType:27120""Naparima UTM 20N"
-    "GeoTiff:ProjectedCSType:27200""GD49 NZ Map Grid""GeoTiff:ProjectedCSType:27291"
-    "GD49 North Island Grid""GeoTiff:ProjectedCSType:27292""GD49 South Island Grid"
-    "GeoTiff:ProjectedCSType:27429""Datum 73 UTM zone 29N""GeoTiff:ProjectedCSType:27500"
-    "ATF Nord de Guerre""GeoTiff:ProjectedCSType:27581""NTF France I""GeoTiff:ProjectedCSType:27582"
-    "NTF France II""GeoTiff:ProjectedCSType:27583""NTF France III""GeoTiff:ProjectedCSType:27591"
-    "NTF Nord France""GeoTiff:ProjectedCSType:27592""NTF Centre France"
-    "GeoTiff:ProjectedCSType:27593""NTF Sud France""GeoTiff:ProjectedCSType:27700"
-    "British National Grid""GeoTiff:ProjectedCSType:28232""Point Noire UTM 32S"
-    "GeoTiff:ProjectedCSType:28348""GDA94 MGA zone 48""GeoTiff:ProjectedCSType:28349"
-    "GDA94 MGA zone 49""GeoTiff:ProjectedCSType:28350""GDA94 MGA zone 50"
-    "GeoTiff:ProjectedCSType:28351""GDA94 MGA zone 51""GeoTiff:ProjectedCSType:28352"
-    "GDA94 MGA zone 52""GeoTiff:ProjectedCSType:28353""GDA94 MGA zone 53"
-    "GeoTiff:ProjectedCSType:28354""GDA94 MGA zone 54""GeoTiff:ProjectedCSType:28355"
-    "GDA94 MGA zone 55""GeoTiff:ProjectedCSType:28356""GDA94 MGA zone 56"
-    "GeoTiff:ProjectedCSType:28357""GDA94 MGA zone 57""GeoTiff:ProjectedCSType:28358"
-    "GDA94 MGA zone 58""GeoTiff:ProjectedCSType:28404""Pulkovo Gauss zone 4"
-    "GeoTiff:ProjectedCSType:28405""Pulkovo Gauss zone 5""GeoTiff:ProjectedCSType:28406"
-    "Pulkovo Gauss zone 6""GeoTiff:ProjectedCSType:28407""Pulkovo Gauss zone 7"
-    "GeoTiff:ProjectedCSType:28408""Pulkovo Gauss zone 8""GeoTiff:ProjectedCSType:28409"
-    "Pulkovo Gauss zone 9""GeoTiff:ProjectedCSType:28410""Pulkovo Gauss zone 10"
-    "GeoTiff:ProjectedCSType:28411""Pulkovo Gauss zone 11""GeoTiff:ProjectedCSType:28412"
-    "Pulkovo Gauss zone 12""GeoTiff:ProjectedCSType:28413""Pulkovo Gauss zone 13"
-    "GeoTiff:ProjectedCSType:28414""Pulkovo Gauss zone 14""GeoTiff:ProjectedCSType:28415"
-    "Pulkovo Gauss zone 15""GeoTiff:ProjectedCSType:28416""Pulkovo Gauss zone 16"
-    "GeoTiff:ProjectedCSType:28417""Pulkovo Gauss zone 17""GeoTiff:ProjectedCSType:28418"
-    "Pulkovo Gauss zone 18""GeoTiff:ProjectedCSType:28419""Pulkovo Gauss zone 19"
-    "GeoTiff:ProjectedCSType:28420""Pulkovo Gauss zone 20""GeoTiff:ProjectedCSType:28421"
-    "Pulkovo Gauss zone 21""GeoTiff:ProjectedCSType:28422""Pulkovo Gauss zone 22"
-    "GeoTiff:ProjectedCSType:28423""Pulkovo Gauss zone 23""GeoTiff:ProjectedCSType:28424"
-    "Pulkovo Gauss zone 24""GeoTiff:ProjectedCSType:28425""Pulkovo Gauss zone 25"
-    "GeoTiff:ProjectedCSType:28426""Pulkovo Gauss zone 26""GeoTiff:ProjectedCSType:28427"
-    "Pulkovo Gauss zone 27""GeoTiff:ProjectedCSType:28428""Pulkovo Gauss zone 28"
-    "GeoTiff:ProjectedCSType:28429""Pulkovo Gauss zone 29""GeoTiff:ProjectedCSType:28430"
-    "Pulkovo Gauss zone 30""GeoTiff:ProjectedCSType:28431""Pulkovo Gauss zone 31"
-    "GeoTiff:ProjectedCSType:28432""Pulkovo Gauss zone 32""GeoTiff:ProjectedCSType:28464"
-    "Pulkovo Gauss 4N""GeoTiff:ProjectedCSType:28465""Pulkovo Gauss 5N"
-    "GeoTiff:ProjectedCSType:28466""Pulkovo Gauss 6N""GeoTiff:ProjectedCSType:28467"
-    "Pulkovo Gauss 7N""GeoTiff:ProjectedCSType:28468""Pulkovo Gauss 8N"
-    "GeoTiff:ProjectedCSType:28469""Pulkovo Gauss 9N""GeoTiff:ProjectedCSType:28470"
-    "Pulkovo Gauss 10N""GeoTiff:ProjectedCSType:28471""Pulkovo Gauss 11N"
-    "GeoTiff:ProjectedCSType:28472""Pulkovo Gauss 12N""GeoTiff:ProjectedCSType:28473"
-    "Pulkovo Gauss 13N""GeoTiff:ProjectedCSType:28474""Pulkovo Gauss 14N"
-    "GeoTiff:ProjectedCSType:28475""Pulkovo Gauss 15N""GeoTiff:ProjectedCSType:28476"
-    "Pulkovo Gauss 16N""GeoTiff:ProjectedCSType:28477""Pulkovo Gauss 17N"
-    "GeoTiff:ProjectedCSType:28478""Pulkovo Gauss 18N""GeoTiff:ProjectedCSType:28479"
-    "Pulkovo Gauss 19N""GeoTiff:ProjectedCSType:28480""Pulkovo Gauss 20N"
-    "GeoTiff:ProjectedCSType:28481""Pulkovo Gauss 21N""GeoTiff:ProjectedCSType:28482"
-    "Pulkovo Gauss 22N""GeoTiff:ProjectedCSType:28483""Pulkovo Gauss 23N"
-    "GeoTiff:ProjectedCSType:28484""Pulkovo Gauss 24N""GeoTiff:ProjectedCSType:28485"
-    "Pulkovo Gauss 25N""GeoTiff:ProjectedCSType:28486""Pulkovo Gauss 26N"
-    "GeoTiff:ProjectedCSType:28487""Pulkovo Gauss 27N""GeoTiff:ProjectedCSType:28488"
-    "Pulkovo Gauss 28N""GeoTiff:ProjectedCSType:28489""Pulkovo Gauss 29N"
-    "GeoTiff:ProjectedCSType:28490""Pulkovo Gauss 30N""GeoTiff:ProjectedCSType:28491"
-    "Pulkovo Gauss 31N""GeoTiff:ProjectedCSType:28492""Pulkovo Gauss 32N"
-    "GeoTiff:ProjectedCSType:28600""Qatar National Grid""GeoTiff:ProjectedCSType:28991"
-    "RD Netherlands Old""GeoTiff:ProjectedCSType:28992""RD Netherlands New"
-    "GeoTiff:ProjectedCSType:29118""SAD69 UTM zone 18N""GeoTiff:ProjectedCSType:29119"
-    "SAD69 UTM zone 19N""GeoTiff:ProjectedCSType:29120""SAD69 UTM zone 20N"
-    "GeoTiff:ProjectedCSType:29121""SAD69 UTM zone 21N""GeoTiff:ProjectedCSType:29122"
-    "SAD69 UTM zone 22N""GeoTiff:ProjectedCSType:29177""SAD69 UTM zone 17S"
-    "GeoTiff:ProjectedCSType:29178""SAD69 UTM zone 18S""GeoTiff:ProjectedCSType:29179"
-    "SAD69 UTM zone 19S""GeoTiff:ProjectedCSType:29180""SAD69 UTM zone 20S"
-    "GeoTiff:ProjectedCSType:29181""SAD69 UTM zone 21S""GeoTiff:ProjectedCSType:29182"
-    "SAD69 UTM zone 22S""GeoTiff:ProjectedCSType:29183""SAD69 UTM zone 23S"
-    "GeoTiff:ProjectedCSType:29184""SAD69 UTM zone 24S""GeoTiff:ProjectedCSType:29185"
-    "SAD69 UTM zone 25S""GeoTiff:ProjectedCSType:29220""Sapper Hill UTM 20S"
-    "GeoTiff:ProjectedCSType:29221""Sapper Hill UTM 21S""GeoTiff:ProjectedCSType:29333"
-    "Schwarzeck UTM 33S""GeoTiff:ProjectedCSType:29635""Sudan UTM zone 35N"
-    "GeoTiff:ProjectedCSType:29636""Sudan UTM zone 36N""GeoTiff:ProjectedCSType:29700"
-    "Tananarive Laborde""GeoTiff:ProjectedCSType:29738""Tananarive UTM 38S"
-    "GeoTiff:ProjectedCSType:29739""Tananarive UTM 39S""GeoTiff:ProjectedCSType:29800"
-    "Timbalai 1948 Borneo""GeoTiff:ProjectedCSType:29849""Timbalai 1948 UTM 49N"
-    "GeoTiff:ProjectedCSType:29850""Timbalai 1948 UTM 50N""GeoTiff:ProjectedCSType:29900"
-    "TM65 Irish Nat Grid""GeoTiff:ProjectedCSType:30200""Trinidad 1903 Trinidad"
-    "GeoTiff:ProjectedCSType:30339""TC 1948 UTM zone 39N""GeoTiff:ProjectedCSType:30340"
-    "TC 1948 UTM zone 40N""GeoTiff:ProjectedCSType:30491""Voirol N Algerie ancien"
-    "GeoTiff:ProjectedCSType:30492""Voirol S Algerie ancien""GeoTiff:ProjectedCSType:3053"
-    "Hjorsey 1955 Lambert""GeoTiff:ProjectedCSType:3057""ISN93 Lambert 1993"
-    "GeoTiff:ProjectedCSType:30591""Voirol Unifie N Algerie""GeoTiff:ProjectedCSType:30592"
-    "Voirol Unifie S Algerie""GeoTiff:ProjectedCSType:30600""Bern 1938 Swiss New"
-    "GeoTiff:ProjectedCSType:30729""Nord Sahara UTM 29N""GeoTiff:ProjectedCSType:30730"
-    "Nord Sahara UTM 30N""GeoTiff:ProjectedCSType:30731""Nord Sahara UTM 31N"
-    "GeoTiff:ProjectedCSType:30732""Nord Sahara UTM 32N""GeoTiff:ProjectedCSType:31028"
-    "Yoff UTM zone 28N""GeoTiff:ProjectedCSType:31121""Zanderij UTM zone 21N"
-    "GeoTiff:ProjectedCSType:31291""MGI Austria West""GeoTiff:ProjectedCSType:31292"
-    "MGI Austria Central""GeoTiff:ProjectedCSType:31293""MGI Austria East"
-    "GeoTiff:ProjectedCSType:31300""Belge Lambert 72""GeoTiff:ProjectedCSType:31491"
-    "DHDN Germany zone 1""GeoTiff:ProjectedCSType:31492""DHDN Germany zone 2"
-    "GeoTiff:ProjectedCSType:31493""DHDN Germany zone 3""GeoTiff:ProjectedCSType:31494"
-    "DHDN Germany zone 4""GeoTiff:ProjectedCSType:31495""DHDN Germany zone 5"
-    "GeoTiff:ProjectedCSType:31700""Dealul Piscului 1970 Stereo 70""GeoTiff:ProjectedCSType:32001"
-    "NAD27 Montana North""GeoTiff:ProjectedCSType:32002""NAD27 Montana Central"
-    "GeoTiff:ProjectedCSType:32003""NAD27 Montana South""GeoTiff:ProjectedCSType:32005"
-    "NAD27 Nebraska North""GeoTiff:ProjectedCSType:32006""NAD27 Nebraska South"
-    "GeoTiff:ProjectedCSType:32007""NAD27 Nevada East""GeoTiff:ProjectedCSType:32008"
-    "NAD27 Nevada Central""GeoTiff:ProjectedCSType:32009""NAD27 Nevada West"
-    "GeoTiff:ProjectedCSType:32010""NAD27 New Hampshire""GeoTiff:ProjectedCSType:32011"
-    "NAD27 New Jersey""GeoTiff:ProjectedCSType:32012""NAD27 New Mexico East"
-    "GeoTiff:ProjectedCSType:32013""NAD27 New Mexico Cent""GeoTiff:ProjectedCSType:32014"
-    "NAD27 New Mexico West""GeoTiff:ProjectedCSType:32015""NAD27 New York East"
-    "GeoTiff:ProjectedCSType:32016""NAD27 New York Central""GeoTiff:ProjectedCSType:32017"
-    "NAD27 New York West""GeoTiff:ProjectedCSType:32018""NAD27 New York Long Is"
-    "GeoTiff:ProjectedCSType:32019""NAD27 North Carolina""GeoTiff:ProjectedCSType:32020"
-    "NAD27 North Dakota N""GeoTiff:ProjectedCSType:32021""NAD27 North Dakota S"
-    "GeoTiff:ProjectedCSType:32022""NAD27 Ohio North""GeoTiff:ProjectedCSType:32023"
-    "NAD27 Ohio South""GeoTiff:ProjectedCSType:32024""NAD27 Oklahoma North"
-    "GeoTiff:ProjectedCSType:32025""NAD27 Oklahoma South""GeoTiff:ProjectedCSType:32026"
-    "NAD27 Oregon North""GeoTiff:ProjectedCSType:32027""NAD27 Oregon South"
-    "GeoTiff:ProjectedCSType:32028""NAD27 Pennsylvania N""GeoTiff:ProjectedCSType:32029"
-    "NAD27 Pennsylvania S""GeoTiff:ProjectedCSType:32030""NAD27 Rhode Island"
-    "GeoTiff:ProjectedCSType:32031""NAD27 South Carolina N""GeoTiff:ProjectedCSType:32033"
-    "NAD27 South Carolina S""GeoTiff:ProjectedCSType:32034""NAD27 South Dakota N"
-    "GeoTiff:ProjectedCSType:32035""NAD27 South Dakota S""GeoTiff:ProjectedCSType:32036"
-    "GeoTiff:ProjectedCSType:32037""NAD27 Texas North""GeoTiff:ProjectedCSType:32038"
-    "NAD27 Texas North Cen""GeoTiff:ProjectedCSType:32039""NAD27 Texas Central"
-    "GeoTiff:ProjectedCSType:32040""NAD27 Texas South Cen""GeoTiff:ProjectedCSType:32041"
-    "NAD27 Texas South""GeoTiff:ProjectedCSType:32042""NAD27 Utah North"
-    "GeoTiff:ProjectedCSType:32043""NAD27 Utah Central""GeoTiff:ProjectedCSType:32044"
-    "NAD27 Utah South""GeoTiff:ProjectedCSType:32045""NAD27 Vermont""GeoTiff:ProjectedCSType:32046"
-    "NAD27 Virginia North""GeoTiff:ProjectedCSType:32047""NAD27 Virginia South"
-    "GeoTiff:ProjectedCSType:32048""NAD27 Washington North""GeoTiff:ProjectedCSType:32049"
-    "NAD27 Washington South""GeoTiff:ProjectedCSType:32050""NAD27 West Virginia N"
-    "GeoTiff:ProjectedCSType:32051""NAD27 West Virginia S""GeoTiff:ProjectedCSType:32052"
-    "NAD27 Wisconsin North""GeoTiff:ProjectedCSType:32053""NAD27 Wisconsin Cen"
-    "GeoTiff:ProjectedCSType:32054""NAD27 Wisconsin South""GeoTiff:ProjectedCSType:32055"
-    "NAD27 Wyoming East""GeoTiff:ProjectedCSType:32056""NAD27 Wyoming E Cen"
-    "GeoTiff:ProjectedCSType:32057""NAD27 Wyoming W Cen""GeoTiff:ProjectedCSType:32058"
-    "NAD27 Wyoming West""GeoTiff:ProjectedCSType:32059""NAD27 Puerto Rico"
-    "GeoTiff:ProjectedCSType:32060""NAD27 St Croix""GeoTiff:ProjectedCSType:32100""NAD83 Montana"
-    "GeoTiff:ProjectedCSType:32104""NAD83 Nebraska""GeoTiff:ProjectedCSType:32107"
-    "NAD83 Nevada East""GeoTiff:ProjectedCSType:32108""NAD83 Nevada Central"
-    "GeoTiff:ProjectedCSType:32109""NAD83 Nevada West""GeoTiff:ProjectedCSType:32110"
-    "NAD83 New Hampshire""GeoTiff:ProjectedCSType:32111""NAD83 New Jersey"
-    "GeoTiff:ProjectedCSType:32112""NAD83 New Mexico East""GeoTiff:ProjectedCSType:32113"
-    "NAD83 New Mexico Cent""GeoTiff:ProjectedCSType:32114""NAD83 New Mexico West"
-    "GeoTiff:ProjectedCSType:32115""NAD83 New York East""GeoTiff:ProjectedCSType:32116"
-    "NAD83 New York Central""GeoTiff:ProjectedCSType:32117""NAD83 New York West"
-    "GeoTiff:ProjectedCSType:32118""NAD83 New York Long Is""GeoTiff:ProjectedCSType:32119"
-    "NAD83 North Carolina""GeoTiff:ProjectedCSType:32120""NAD83 North Dakota N"
-    "GeoTiff:ProjectedCSType:32121""NAD83 North Dakota S""GeoTiff:ProjectedCSType:32122"
-    "NAD83 Ohio North""GeoTiff:ProjectedCSType:32123""NAD83 Ohio South"
-    "GeoTiff:ProjectedCSType:32124""NAD83 Oklahoma North""GeoTiff:ProjectedCSType:32125"
-    "NAD83 Oklahoma South""GeoTiff:ProjectedCSType:32126""NAD83 Oregon North"
-    "GeoTiff:ProjectedCSType:32127""NAD83 Oregon South""GeoTiff:ProjectedCSType:32128"
-    "NAD83 Pennsylvania N""GeoTiff:ProjectedCSType:32129""NAD83 Pennsylvania S"
-    "GeoTiff:ProjectedCSType:32130""NAD83 Rhode Island""GeoTiff:ProjectedCSType:32133"
-    "NAD83 South Carolina""GeoTiff:ProjectedCSType:32134""NAD83 South Dakota N"
-    "GeoTiff:ProjectedCSType:32135""NAD83 South Dakota S""GeoTiff:ProjectedCSType:32136"
-    "NAD83 Tennessee""GeoTiff:ProjectedCSType:32137""NAD83 Texas North"
-    "GeoTiff:ProjectedCSType:32138""NAD83 Texas North Cen""GeoTiff:ProjectedCSType:32139"
-    "NAD83 Texas Central""GeoTiff:ProjectedCSType:32140""NAD83 Texas South Cen"
-    "GeoTiff:ProjectedCSType:32141""NAD83 Texas South""GeoTiff:ProjectedCSType:32142"
-    "NAD83 Utah North""GeoTiff:ProjectedCSType:32143""NAD83 Utah Central"
-    "GeoTiff:ProjectedCSType:32144""NAD83 Utah South""GeoTiff:ProjectedCSType:32145""NAD83 Vermont"
-    "GeoTiff:ProjectedCSType:32146""NAD83 Virginia North""GeoTiff:ProjectedCSType:32147"
-    "NAD83 Virginia South""GeoTiff:ProjectedCSType:32148""NAD83 Washington North"
-    "GeoTiff:ProjectedCSType:32149""NAD83 Washington South""GeoTiff:ProjectedCSType:32150"
-    "NAD83 West Virginia N""GeoTiff:ProjectedCSType:32151""NAD83 West Virginia S"
-    "GeoTiff:ProjectedCSType:32152""NAD83 Wisconsin North""GeoTiff:ProjectedCSType:32153"
-    "NAD83 Wisconsin Cen""GeoTiff:ProjectedCSType:32154""NAD83 Wisconsin South"
-    "GeoTiff:ProjectedCSType:32155""NAD83 Wyoming East""GeoTiff:ProjectedCSType:32156"
-    "NAD83 Wyoming E Cen""GeoTiff:ProjectedCSType:32157""NAD83 Wyoming W Cen"
-    "GeoTiff:ProjectedCSType:32158""NAD83 Wyoming West""GeoTiff:ProjectedCSType:32161"
-    "NAD83 Puerto Rico Virgin Is""GeoTiff:ProjectedCSType:32201""WGS72 UTM zone 1N"
-    "GeoTiff:ProjectedCSType:32202""WGS72 UTM zone 2N""GeoTiff:ProjectedCSType:32203"
-    "WGS72 UTM zone 3N""GeoTiff:ProjectedCSType:32204""WGS72 UTM zone 4N"
-    "GeoTiff:ProjectedCSType:32205""WGS72 UTM zone 5N""GeoTiff:ProjectedCSType:32206"
-    "WGS72 UTM zone 6N""GeoTiff:ProjectedCSType:32207""WGS72 UTM zone 7N"
-    "GeoTiff:ProjectedCSType:32208""WGS72 UTM zone 8N""GeoTiff:ProjectedCSType:32209"
-    "WGS72 UTM zone 9N""GeoTiff:ProjectedCSType:32210""WGS72 UTM zone 10N"
-    "GeoTiff:ProjectedCSType:32211""WGS72 UTM zone 11N""GeoTiff:ProjectedCSType:32212"
-    "WGS72 UTM zone 12N""GeoTiff:ProjectedCSType:32213""WGS72 UTM zone 13N"
-    "GeoTiff:ProjectedCSType:32214""WGS72 UTM zone 14N""GeoTiff:ProjectedCSType:32215"
-    "WGS72 UTM zone 15N""GeoTiff:ProjectedCSType:32216""WGS72 UTM zone 16N"
-    "GeoTiff:ProjectedCSType:32217""WGS72 UTM zone 17N""GeoTiff:ProjectedCSType:32218"
-    "WGS72 UTM zone 18N""GeoTiff:ProjectedCSType:32219""WGS72 UTM zone 19N"
-    "GeoTiff:ProjectedCSType:32220""WGS72 UTM zone 20N""GeoTiff:ProjectedCSType:32221"
-    "WGS72 UTM zone 21N""GeoTiff:ProjectedCSType:32222""WGS72 UTM zone 22N"
-    "GeoTiff:ProjectedCSType:32223""WGS72 UTM zone 23N""GeoTiff:ProjectedCSType:32224"
-    "WGS72 UTM zone 24N""GeoTiff:ProjectedCSType:32225""WGS72 UTM zone 25N"
-    "GeoTiff:ProjectedCSType:32226""WGS72 UTM zone 26N""GeoTiff:ProjectedCSType:32227"
-    "WGS72 UTM zone 27N""GeoTiff:ProjectedCSType:32228""WGS72 UTM zone 28N"
-    "GeoTiff:ProjectedCSType:32229""WGS72 UTM zone 29N""GeoTiff:ProjectedCSType:32230"
-    "WGS72 UTM zone 30N""GeoTiff:ProjectedCSType:32231""WGS72 UTM zone 31N"
-    "GeoTiff:ProjectedCSType:32232""WGS72 UTM zone 32N""GeoTiff:ProjectedCSType:32233"
-    "WGS72 UTM zone 33N""GeoTiff:ProjectedCSType:32234""WGS72 UTM zone 34N"
-    "GeoTiff:ProjectedCSType:32235""WGS72 UTM zone 35N""GeoTiff:ProjectedCSType:32236"
-    "WGS72 UTM zone 36N""GeoTiff:ProjectedCSType:32237""WGS72 UTM zone 37N"
-    "GeoTiff:ProjectedCSType:32238""WGS72 UTM zone 38N""GeoTiff:ProjectedCSType:32239"
-    "WGS72 UTM zone 39N""GeoTiff:ProjectedCSType:32240""WGS72 UTM zone 40N"
-    "GeoTiff:ProjectedCSType:32241""WGS72 UTM zone 41N""GeoTiff:ProjectedCSType:32242"
-    "WGS72 UTM zone 42N""GeoTiff:ProjectedCSType:32243""WGS72 UTM zone 43N"
-    "GeoTiff:ProjectedCSType:32244""WGS72 UTM zone 44N""GeoTiff:ProjectedCSType:32245"
-    "WGS72 UTM zone 45N""GeoTiff:ProjectedCSType:32246""WGS72 UTM zone 46N"
-    "GeoTiff:ProjectedCSType:32247""WGS72 UTM zone 47N""GeoTiff:ProjectedCSType:32248"
-    "WGS72 UTM zone 48N""GeoTiff:ProjectedCSType:32249""WGS72 UTM zone 49N"
-    "GeoTiff:ProjectedCSType:32250""WGS72 UTM zone 50N""GeoTiff:ProjectedCSType:32251"
-    "WGS72 UTM zone 51N""GeoTiff:ProjectedCSType:32252""WGS72 UTM zone 52N"
-    "GeoTiff:ProjectedCSType:32253""WGS72 UTM zone 53N""GeoTiff:ProjectedCSType:32254"
-    "WGS72 UTM zone 54N""GeoTiff:ProjectedCSType:32255""WGS72 UTM zone 55N"
-    "GeoTiff:ProjectedCSType:32256""WGS72 UTM zone 56N""GeoTiff:ProjectedCSType:32257"
-    "WGS72 UTM zone 57N""GeoTiff:ProjectedCSType:32258""WGS72 UTM zone 58N"
-    "GeoTiff:ProjectedCSType:32259""WGS72 UTM zone 59N""GeoTiff:ProjectedCSType:32260"
-    "WGS72 UTM zone 60N""GeoTiff:ProjectedCSType:32301""WGS72 UTM zone 1S"
-    "GeoTiff:ProjectedCSType:32302""WGS72 UTM zone 2S""GeoTiff:ProjectedCSType:32303"
-    "WGS72 UTM zone 3S""GeoTiff:ProjectedCSType:32304""WGS72 UTM zone 4S"
-    "GeoTiff:ProjectedCSType:32305""WGS72 UTM zone 5S""GeoTiff:ProjectedCSType:32306"
-    "WGS72 UTM zone 6S""GeoTiff:ProjectedCSType:32307""WGS72 UTM zone 7S"
-    "GeoTiff:ProjectedCSType:32308""WGS72 UTM zone 8S""GeoTiff:ProjectedCSType:32309"
-    "WGS72 UTM zone 9S""GeoTiff:ProjectedCSType:32310""WGS72 UTM zone 10S"
-    "GeoTiff:ProjectedCSType:32311""WGS72 UTM zone 11S""GeoTiff:ProjectedCSType:32312"
-    "WGS72 UTM zone 12S""GeoTiff:ProjectedCSType:32313""WGS72 UTM zone 13S"
-    "GeoTiff:ProjectedCSType:32314""WGS72 UTM zone 14S""GeoTiff:ProjectedCSType:32315"
-    "WGS72 UTM zone 15S""GeoTiff:ProjectedCSType:32316""WGS72 UTM zone 16S"
-    "GeoTiff:ProjectedCSType:32317""WGS72 UTM zone 17S""GeoTiff:ProjectedCSType:32318"
-    "WGS72 UTM zone 18S""GeoTiff:ProjectedCSType:32319""WGS72 UTM zone 19S"
-    "GeoTiff:ProjectedCSType:32320""WGS72 UTM zone 20S""GeoTiff:ProjectedCSType:32321"
-    "WGS72 UTM zone 21S""GeoTiff:ProjectedCSType:32322""WGS72 UTM zone 22S"
-    "GeoTiff:ProjectedCSType:32323""WGS72 UTM zone 23S""GeoTiff:ProjectedCSType:32324"
-    "WGS72 UTM zone 24S""GeoTiff:ProjectedCSType:32325""WGS72 UTM zone 25S"
-    "GeoTiff:ProjectedCSType:32326""WGS72 UTM zone 26S""GeoTiff:ProjectedCSType:32327"
-    "WGS72 UTM zone 27S""GeoTiff:ProjectedCSType:32328""WGS72 UTM zone 28S"
-    "GeoTiff:ProjectedCSType:32329""WGS72 UTM zone 29S""GeoTiff:ProjectedCSType:32330"
-    "WGS72 UTM zone 30S""GeoTiff:ProjectedCSType:32331""WGS72 UTM zone 31S"
-    "GeoTiff:ProjectedCSType:32332""WGS72 UTM zone 32S""GeoTiff:ProjectedCSType:32333"
-    "WGS72 UTM zone 33S""GeoTiff:ProjectedCSType:32334""WGS72 UTM zone 34S"
-    "GeoTiff:ProjectedCSType:32335""WGS72 UTM zone 35S""GeoTiff:ProjectedCSType:32336"
-    "WGS72 UTM zone 36S""GeoTiff:ProjectedCSType:32337""WGS72 UTM zone 37S"
-    "GeoTiff:ProjectedCSType:32338""WGS72 UTM zone 38S""GeoTiff:ProjectedCSType:32339"
-    "WGS72 UTM zone 39S""GeoTiff:ProjectedCSType:32340""WGS72 UTM zone 40S"
-    "GeoTiff:ProjectedCSType:32341""WGS72 UTM zone 41S""GeoTiff:ProjectedCSType:32342"
-    "WGS72 UTM zone 42S""GeoTiff:ProjectedCSType:32343""WGS72 UTM zone 43S"
-    "GeoTiff:ProjectedCSType:32344""WGS72 UTM zone 44S""GeoTiff:ProjectedCSType:32345"
-    "WGS72 UTM zone 45S""GeoTiff:ProjectedCSType:32346""WGS72 UTM zone 46S"
-    "GeoTiff:ProjectedCSType:32347""WGS72 UTM zone 47S""GeoTiff:ProjectedCSType:32348"
-    "WGS72 UTM zone 48S""GeoTiff:ProjectedCSType:32349""WGS72 UTM zone 49S"
-    "GeoTiff:ProjectedCSType:32350""WGS72 UTM zone 50S""GeoTiff:ProjectedCSType:32351"
-    "WGS72 UTM zone 51S""GeoTiff:ProjectedCSType:32352""WGS72 UTM zone 52S"
-    "GeoTiff:ProjectedCSType:32353""WGS72 UTM zone 53S""GeoTiff:ProjectedCSType:32354"
-    "WGS72 UTM zone 54S""GeoTiff:ProjectedCSType:32355""WGS72 UTM zone 55S"
-    "GeoTiff:ProjectedCSType:32356""WGS72 UTM zone 56S""GeoTiff:ProjectedCSType:32357"
-    "WGS72 UTM zone 57S""GeoTiff:ProjectedCSType:32358""WGS72 UTM zone 58S"
-    "GeoTiff:ProjectedCSType:32359""WGS72 UTM zone 59S""GeoTiff:ProjectedCSType:32360"
-    "WGS72 UTM zone 60S""GeoTiff:ProjectedCSType:32401""WGS72BE UTM zone 1N"
-    "GeoTiff:ProjectedCSType:32402""WGS72BE UTM zone 2N""GeoTiff:ProjectedCSType:32403"
-    "WGS72BE UTM zone 3N""GeoTiff:ProjectedCSType:32404""WGS72BE UTM zone 4N"
-    "GeoTiff:ProjectedCSType:32405""WGS72BE UTM zone 5N""GeoTiff:ProjectedCSType:32406"
-    "WGS72BE UTM zone 6N""GeoTiff:ProjectedCSType:32407""WGS72BE UTM zone 7N"
-    "GeoTiff:ProjectedCSType:32408""WGS72BE UTM zone 8N""GeoTiff:ProjectedCSType:32409"
-    "WGS72BE UTM zone 9N""GeoTiff:ProjectedCSType:32410""WGS72BE UTM zone 10N"
-    "GeoTiff:ProjectedCSType:32411""WGS72BE UTM zone 11N""GeoTiff:ProjectedCSType:32412"
-    "WGS72BE UTM zone 12N""GeoTiff:ProjectedCSType:32413""WGS72BE UTM zone 13N"
-    "GeoTiff:ProjectedCSType:32414""WGS72BE UTM zone 14N""GeoTiff:ProjectedCSType:32415"
-    "WGS72BE UTM zone 15N""GeoTiff:ProjectedCSType:32416""WGS72BE UTM zone 16N"
-    "GeoTiff:ProjectedCSType:32417""WGS72BE UTM zone 17N""GeoTiff:ProjectedCSType:32418"
-    "WGS72BE UTM zone 18N""GeoTiff:ProjectedCSType:32419""WGS72BE UTM zone 19N"
-    "GeoTiff:ProjectedCSType:32420""WGS72BE UTM zone 20N""GeoTiff:ProjectedCSType:32421"
-    "WGS72BE UTM zone 21N""GeoTiff:ProjectedCSType:32422""WGS72BE UTM zone 22N"
-    "GeoTiff:ProjectedCSType:32423""WGS72BE UTM zone 23N""GeoTiff:ProjectedCSType:32424"
-    "WGS72BE UTM zone 24N""GeoTiff:ProjectedCSType:32425""WGS72BE UTM zone 25N"
-    "GeoTiff:ProjectedCSType:32426""WGS72BE UTM zone 26N""GeoTiff:ProjectedCSType:32427"
-    "WGS72BE UTM zone 27N""GeoTiff:ProjectedCSType:32428""WGS72BE UTM zone 28N"
-    "GeoTiff:ProjectedCSType:32429""WGS72BE UTM zone 29N""GeoTiff:ProjectedCSType:32430"
-    "WGS72BE UTM zone 30N""GeoTiff:ProjectedCSType:32431""WGS72BE UTM zone 31N"
-    "GeoTiff:ProjectedCSType:32432""WGS72BE UTM zone 32N""GeoTiff:ProjectedCSType:32433"
-    "WGS72BE UTM zone 33N""GeoTiff:ProjectedCSType:32434""WGS72BE UTM zone 34N"
-    "GeoTiff:ProjectedCSType:32435""WGS72BE UTM zone 35N""GeoTiff:ProjectedCSType:32436"
-    "WGS72BE UTM zone 36N""GeoTiff:ProjectedCSType:32437""WGS72BE UTM zone 37N"
-    "GeoTiff:ProjectedCSType:32438""WGS72BE UTM zone 38N""GeoTiff:ProjectedCSType:32439"
-    "WGS72BE UTM zone 39N""GeoTiff:ProjectedCSType:32440""WGS72BE UTM zone 40N"
-    "GeoTiff:ProjectedCSType:32441""WGS72BE UTM zone 41N""GeoTiff:ProjectedCSType:32442"
-    "WGS72BE UTM zone 42N""GeoTiff:ProjectedCSType:32443""WGS72BE UTM zone 43N"
-    "GeoTiff:ProjectedCSType:32444""WGS72BE UTM zone 44N""GeoTiff:ProjectedCSType:32445"
-    "WGS72BE UTM zone 45N""GeoTiff:ProjectedCSType:32446""WGS72BE UTM zone 46N"
-    "GeoTiff:ProjectedCSType:32447""WGS72BE UTM zone 47N""GeoTiff:ProjectedCSType:32448"
-    "WGS72BE UTM zone 48N""GeoTiff:ProjectedCSType:32449""WGS72BE UTM zone 49N"
-    "GeoTiff:ProjectedCSType:32450""WGS72BE UTM zone 50N""GeoTiff:ProjectedCSType:32451"
-    "WGS72BE UTM zone 51N""GeoTiff:ProjectedCSType:32452""WGS72BE UTM zone 52N"
-    "GeoTiff:ProjectedCSType:32453""WGS72BE UTM zone 53N""GeoTiff:ProjectedCSType:32454"
-    "WGS72BE UTM zone 54N""GeoTiff:ProjectedCSType:32455""WGS72BE UTM zone 55N"
-    "GeoTiff:ProjectedCSType:32456""WGS72BE UTM zone 56N""GeoTiff:ProjectedCSType:32457"
-    "WGS72BE UTM zone 57N""GeoTiff:ProjectedCSType:32458""WGS72BE UTM zone 58N"
-    "GeoTiff:ProjectedCSType:32459""WGS72BE UTM zone 59N""GeoTiff:ProjectedCSType:32460"
-    "WGS72BE UTM zone 60N""GeoTiff:ProjectedCSType:32501""WGS72BE UTM zone 1S"
-    "GeoTiff:ProjectedCSType:32502""WGS72BE UTM zone 2S""GeoTiff:ProjectedCSType:32503"
-    "WGS72BE UTM zone 3S""GeoTiff:ProjectedCSType:32504""WGS72BE UTM zone 4S"
-    "GeoTiff:ProjectedCSType:32505""WGS72BE UTM zone 5S""GeoTiff:ProjectedCSType:32506"
-    "WGS72BE UTM zone 6S""GeoTiff:ProjectedCSType:32507""WGS72BE UTM zone 7S"
-    "GeoTiff:ProjectedCSType:32508""WGS72BE UTM zone 8S""GeoTiff:ProjectedCSType:32509"
-    "WGS72BE UTM zone 9S""GeoTiff:ProjectedCSType:32510""WGS72BE UTM zone 10S"
-    "GeoTiff:ProjectedCSType:32511""WGS72BE UTM zone 11S""GeoTiff:ProjectedCSType:32512"
-    "WGS72BE UTM zone 12S""GeoTiff:ProjectedCSType:32513""WGS72BE UTM zone 13S"
-    "GeoTiff:ProjectedCSType:32514""WGS72BE UTM zone 14S""GeoTiff:ProjectedCSType:32515"
-    "WGS72BE UTM zone 15S""GeoTiff:ProjectedCSType:32516""WGS72BE UTM zone 16S"
-    "GeoTiff:ProjectedCSType:32517""WGS72BE UTM zone 17S""GeoTiff:ProjectedCSType:32518"
-    "WGS72BE UTM zone 18S""GeoTiff:ProjectedCSType:32519""WGS72BE UTM zone 19S"
-    "GeoTiff:ProjectedCSType:32520""WGS72BE UTM zone 20S""GeoTiff:ProjectedCSType:32521"
-    "WGS72BE UTM zone 21S""GeoTiff:ProjectedCSType:32522""WGS72BE UTM zone 22S"
-    "GeoTiff:ProjectedCSType:32523""WGS72BE UTM zone 23S""GeoTiff:ProjectedCSType:32524"
-    "WGS72BE UTM zone 24S""GeoTiff:ProjectedCSType:32525""WGS72BE UTM zone 25S"
-    "GeoTiff:ProjectedCSType:32526""WGS72BE UTM zone 26S""GeoTiff:ProjectedCSType:32527"
-    "WGS72BE UTM zone 27S""GeoTiff:ProjectedCSType:32528""WGS72BE UTM zone 28S"
-    "GeoTiff:ProjectedCSType:32529""WGS72BE UTM zone 29S""GeoTiff:ProjectedCSType:32530"
-    "WGS72BE UTM zone 30S""GeoTiff:ProjectedCSType:32531""WGS72BE UTM zone 31S"
-    "GeoTiff:ProjectedCSType:32532""WGS72BE UTM zone 32S""GeoTiff:ProjectedCSType:32533"
-    "WGS72BE UTM zone 33S""GeoTiff:ProjectedCSType:32534""WGS72BE UTM zone 34S"
-    "GeoTiff:ProjectedCSType:32535""WGS72BE UTM zone 35S""GeoTiff:ProjectedCSType:32536"
-    "WGS72BE UTM zone 36S""GeoTiff:ProjectedCSType:32537""WGS72BE UTM zone 37S"
-    "GeoTiff:ProjectedCSType:32538""WGS72BE UTM zone 38S""GeoTiff:ProjectedCSType:32539"
-    "WGS72BE UTM zone 39S""GeoTiff:ProjectedCSType:32540""WGS72BE UTM zone 40S"
-    "GeoTiff:ProjectedCSType:32541""WGS72BE UTM zone 41S""GeoTiff:ProjectedCSType:32542"
-    "WGS72BE UTM zone 42S""GeoTiff:ProjectedCSType:32543""WGS72BE UTM zone 43S"
-    "GeoTiff:ProjectedCSType:32544""WGS72BE UTM zone 44S""GeoTiff:ProjectedCSType:32545"
-    "WGS72BE UTM zone 45S""GeoTiff:ProjectedCSType:32546""WGS72BE UTM zone 46S"
-    "GeoTiff:ProjectedCSType:32547""WGS72BE UTM zone 47S""GeoTiff:ProjectedCSType:32548"
-    "WGS72BE UTM zone 48S""GeoTiff:ProjectedCSType:32549""WGS72BE UTM zone 49S"
-    "GeoTiff:ProjectedCSType:32550""WGS72BE UTM zone 50S""GeoTiff:ProjectedCSType:32551"
-    "WGS72BE UTM zone 51S""GeoTiff:ProjectedCSType:32552""WGS72BE UTM zone 52S"
-    "GeoTiff:ProjectedCSType:32553""WGS72BE UTM zone 53S""GeoTiff:ProjectedCSType:32554"
-    "WGS72BE UTM zone 54S""GeoTiff:ProjectedCSType:32555""WGS72BE UTM zone 55S"
-    "GeoTiff:ProjectedCSType:32556""WGS72BE UTM zone 56S""GeoTiff:ProjectedCSType:32557"
-    "WGS72BE UTM zone 57S""GeoTiff:ProjectedCSType:32558""WGS72BE UTM zone 58S"
-    "GeoTiff:ProjectedCSType:32559""WGS72BE UTM zone 59S""GeoTiff:ProjectedCSType:32560"
-    "WGS72BE UTM zone 60S""GeoTiff:ProjectedCSType:32601""WGS84 UTM zone 1N"
-    "GeoTiff:ProjectedCSType:32602""WGS84 UTM zone 2N""GeoTiff:ProjectedCSType:32603"
-    "WGS84 UTM zone 3N""GeoTiff:ProjectedCSType:32604""WGS84 UTM zone 4N"
-    "GeoTiff:ProjectedCSType:32605""WGS84 UTM zone 5N""GeoTiff:ProjectedCSType:32606"
-    "WGS84 UTM zone 6N""GeoTiff:ProjectedCSType:32607""WGS84 UTM zone 7N"
-    "GeoTiff:ProjectedCSType:32608""WGS84 UTM zone 8N""GeoTiff:ProjectedCSType:32609"
-    "WGS84 UTM zone 9N""GeoTiff:ProjectedCSType:32610""WGS84 UTM zone 10N"
-    "GeoTiff:ProjectedCSType:32611""WGS84 UTM zone 11N""GeoTiff:ProjectedCSType:32612"
-    "WGS84 UTM zone 12N""GeoTiff:ProjectedCSType:32613""WGS84 UTM zone 13N"
-    "GeoTiff:ProjectedCSType:32614""WGS84 UTM zone 14N""GeoTiff:ProjectedCSType:32615"
-    "WGS84 UTM zone 15N""GeoTiff:ProjectedCSType:32616""WGS84 UTM zone 16N"
-    "GeoTiff:ProjectedCSType:32617""WGS84 UTM zone 17N""GeoTiff:ProjectedCSType:32618"
-    "WGS84 UTM zone 18N""GeoTiff:ProjectedCSType:32619""WGS84 UTM zone 19N"
-    "GeoTiff:ProjectedCSType:32620""WGS84 UTM zone 20N""GeoTiff:ProjectedCSType:32621"
-    "WGS84 UTM zone 21N""GeoTiff:ProjectedCSType:32622""WGS84 UTM zone 22N"
-    "GeoTiff:ProjectedCSType:32623""WGS84 UTM zone 23N""GeoTiff:ProjectedCSType:32624"
-    "WGS84 UTM zone 24N""GeoTiff:ProjectedCSType:32625""WGS84 UTM zone 25N"
-    "GeoTiff:ProjectedCSType:32626""WGS84 UTM zone 26N""GeoTiff:ProjectedCSType:32627"
-    "WGS84 UTM zone 27N""GeoTiff:ProjectedCSType:32628""WGS84 UTM zone 28N"
-    "GeoTiff:ProjectedCSType:32629""WGS84 UTM zone 29N""GeoTiff:ProjectedCSType:32630"
-    "WGS84 UTM zone 30N""GeoTiff:ProjectedCSType:32631""WGS84 UTM zone 31N"
-    "GeoTiff:ProjectedCSType:32632""WGS84 UTM zone 32N""GeoTiff:ProjectedCSType:32633"
-    "WGS84 UTM zone 33N""GeoTiff:ProjectedCSType:32634""WGS84 UTM zone 34N"
-    "GeoTiff:ProjectedCSType:32635""WGS84 UTM zone 35N""GeoTiff:ProjectedCSType:32636"
-    "WGS84 UTM zone 36N""GeoTiff:ProjectedCSType:32637""WGS84 UTM zone 37N"
-    "GeoTiff:ProjectedCSType:32638""WGS84 UTM zone 38N""GeoTiff:ProjectedCSType:32639"
-    "WGS84 UTM zone 39N""GeoTiff:ProjectedCSType:32640""WGS84 UTM zone 40N"
-    "GeoTiff:ProjectedCSType:32641""WGS84 UTM zone 41N""GeoTiff:ProjectedCSType:32642"
-    "WGS84 UTM zone 42N""GeoTiff:ProjectedCSType:32643""WGS84 UTM zone 43N"
-    "GeoTiff:ProjectedCSType:32644""WGS84 UTM zone 44N""GeoTiff:ProjectedCSType:32645"
-    "WGS84 UTM zone 45N""GeoTiff:ProjectedCSType:32646""WGS84 UTM zone 46N"
-    "GeoTiff:ProjectedCSType:32647""WGS84 UTM zone 47N""GeoTiff:ProjectedCSType:32648"
-    "WGS84 UTM zone 48N""GeoTiff:ProjectedCSType:32649""WGS84 UTM zone 49N"
-    "GeoTiff:ProjectedCSType:32650""WGS84 UTM zone 50N""GeoTiff:ProjectedCSType:32651"
-    "WGS84 UTM zone 51N""GeoTiff:ProjectedCSType:32652""WGS84 UTM zone 52N"
-    "GeoTiff:ProjectedCSType:32653""WGS84 UTM zone 53N""GeoTiff:ProjectedCSType:32654"
-    "WGS84 UTM zone 54N""GeoTiff:ProjectedCSType:32655""WGS84 UTM zone 55N"
-    "GeoTiff:ProjectedCSType:32656""WGS84 UTM zone 56N""GeoTiff:ProjectedCSType:32657"
-    "WGS84 UTM zone 57N""GeoTiff:ProjectedCSType:32658""WGS84 UTM zone 58N"
-    "GeoTiff:ProjectedCSType:32659""WGS84 UTM zone 59N""GeoTiff:ProjectedCSType:32660"
-    "WGS84 UTM zone 60N""GeoTiff:ProjectedCSType:32701""WGS84 UTM zone 1S"
-    "GeoTiff:ProjectedCSType:32702""WGS84 UTM zone 2S""GeoTiff:ProjectedCSType:32703"
-    "WGS84 UTM zone 3S""GeoTiff:ProjectedCSType:32704""WGS84 UTM zone 4S"
-    "GeoTiff:ProjectedCSType:32705""WGS84 UTM zone 5S""GeoTiff:ProjectedCSType:32706"
-    "WGS84 UTM zone 6S""GeoTiff:ProjectedCSType:32707""WGS84 UTM zone 7S"
-    "GeoTiff:ProjectedCSType:32708""WGS84 UTM zone 8S""GeoTiff:ProjectedCSType:32709"
-    "WGS84 UTM zone 9S""GeoTiff:ProjectedCSType:32710""WGS84 UTM zone 10S"
-    "GeoTiff:ProjectedCSType:32711""WGS84 UTM zone 11S""GeoTiff:ProjectedCSType:32712"
-    "WGS84 UTM zone 12S""GeoTiff:ProjectedCSType:32713""WGS84 UTM zone 13S"
-    "GeoTiff:ProjectedCSType:32714""WGS84 UTM zone 14S""GeoTiff:ProjectedCSType:32715"
-    "WGS84 UTM zone 15S""GeoTiff:ProjectedCSType:32716""WGS84 UTM zone 16S"
-    "GeoTiff:ProjectedCSType:32717""WGS84 UTM zone 17S""GeoTiff:ProjectedCSType:32718"
-    "WGS84 UTM zone 18S""GeoTiff:ProjectedCSType:32719""WGS84 UTM zone 19S"
-    "GeoTiff:ProjectedCSType:32720""WGS84 UTM zone 20S""GeoTiff:ProjectedCSType:32721"
-    "WGS84 UTM zone 21S""GeoTiff:ProjectedCSType:32722""WGS84 UTM zone 22S"
-    "GeoTiff:ProjectedCSType:32723""WGS84 UTM zone 23S""GeoTiff:ProjectedCSType:32724"
-    "WGS84 UTM zone 24S""GeoTiff:ProjectedCSType:32725""WGS84 UTM zone 25S"
-    "GeoTiff:ProjectedCSType:32726""WGS84 UTM zone 26S""GeoTiff:ProjectedCSType:32727"
-    "WGS84 UTM zone 27S""GeoTiff:ProjectedCSType:32728""WGS84 UTM zone 28S"
-    "GeoTiff:ProjectedCSType:32729""WGS84 UTM zone 29S""GeoTiff:ProjectedCSType:32730"
-    "WGS84 UTM zone 30S""GeoTiff:ProjectedCSType:32731""WGS84 UTM zone 31S"
-    "GeoTiff:ProjectedCSType:32732""WGS84 UTM zone 32S""GeoTiff:ProjectedCSType:32733"
-    "WGS84 UTM zone 33S""GeoTiff:ProjectedCSType:32734""WGS84 UTM zone 34S"
-    "GeoTiff:ProjectedCSType:32735""WGS84 UTM zone 35S""GeoTiff:ProjectedCSType:32736"
-    "WGS84 UTM zone 36S""GeoTiff:ProjectedCSType:32737""WGS84 UTM zone 37S"
-    "GeoTiff:ProjectedCSType:32738""WGS84 UTM zone 38S""GeoTiff:ProjectedCSType:32739"
-    "WGS84 UTM zone 39S""GeoTiff:ProjectedCSType:32740""WGS84 UTM zone 40S"
-    "GeoTiff:ProjectedCSType:32741""WGS84 UTM zone 41S""GeoTiff:ProjectedCSType:32742"
-    "WGS84 UTM zone 42S""GeoTiff:ProjectedCSType:32743""WGS84 UTM zone 43S"
-    "GeoTiff:ProjectedCSType:32744""WGS84 UTM zone 44S""GeoTiff:ProjectedCSType:32745"
-    "WGS84 UTM zone 45S""GeoTiff:ProjectedCSType:32746""WGS84 UTM zone 46S"
-    "GeoTiff:ProjectedCSType:32747""WGS84 UTM zone 47S""GeoTiff:ProjectedCSType:32748"
-    "WGS84 UTM zone 48S""GeoTiff:ProjectedCSType:32749""WGS84 UTM zone 49S"
-    "GeoTiff:ProjectedCSType:32750""WGS84 UTM zone 50S""GeoTiff:ProjectedCSType:32751"
-    "WGS84 UTM zone 51S""GeoTiff:ProjectedCSType:32752""WGS84 UTM zone 52S"
-    "GeoTiff:ProjectedCSType:32753""WGS84 UTM zone 53S""GeoTiff:ProjectedCSType:32754"
-    "WGS84 UTM zone 54S""GeoTiff:ProjectedCSType:32755""WGS84 UTM zone 55S"
-    "GeoTiff:ProjectedCSType:32756""WGS84 UTM zone 56S""GeoTiff:ProjectedCSType:32757"
-    "WGS84 UTM zone 57S""GeoTiff:ProjectedCSType:32758""WGS84 UTM zone 58S"
-    "GeoTiff:ProjectedCSType:32759""WGS84 UTM zone 59S""GeoTiff:ProjectedCSType:32760"
-    "WGS84 UTM zone 60S""GeoTiff:ProjectedCSType:32767""GeoTiff:ProjectedCSType:3300"
-    "Estonian Coordinate System of 1992""GeoTiff:ProjectedCSType:3786"
-    "Popular Visualisation CRS / Mercator""GeoTiff:ProjectedCSType:3857""WGS 84 / Pseudo-Mercator"
-    "GeoTiff:Projection""GeoTiff:Projection:10101""Alabama CS27 East""GeoTiff:Projection:10102"
-    "Alabama CS27 West""GeoTiff:Projection:10131""Alabama CS83 East""GeoTiff:Projection:10132"
-    "Alabama CS83 West""GeoTiff:Projection:10201""Arizona Coordinate System east"
-    "GeoTiff:Projection:10202""Arizona Coordinate System Central""GeoTiff:Projection:10203"
-    "Arizona Coordinate System west""GeoTiff:Projection:10231""Arizona CS83 east"
-    "GeoTiff:Projection:10232""Arizona CS83 Central""GeoTiff:Projection:10233""Arizona CS83 west"
-    "GeoTiff:Projection:10301""Arkansas CS27 North""GeoTiff:Projection:10302""Arkansas CS27 South"
-    "GeoTiff:Projection:10331""Arkansas CS83 North""GeoTiff:Projection:10332""Arkansas CS83 South"
-    "GeoTiff:Projection:10401""California CS27 I""GeoTiff:Projection:10402""California CS27 II"
-    "GeoTiff:Projection:10403""California CS27 III""GeoTiff:Projection:10404""California CS27 IV"
-    "GeoTiff:Projection:10405""California CS27 V""GeoTiff:Projection:10406""California CS27 VI"
-    "GeoTiff:Projection:10407""California CS27 VII""GeoTiff:Projection:10431""California CS83 1"
-    "GeoTiff:Projection:10432""California CS83 2""GeoTiff:Projection:10433""California CS83 3"
-    "GeoTiff:Projection:10434""California CS83 4""GeoTiff:Projection:10435""California CS83 5"
-    "GeoTiff:Projection:10436""California CS83 6""GeoTiff:Projection:10501""Colorado CS27 North"
-    "GeoTiff:Projection:10502""Colorado CS27 Central""GeoTiff:Projection:10503""Colorado CS27 South"
-    "GeoTiff:Projection:10531""Colorado CS83 North""GeoTiff:Projection:10532""Colorado CS83 Central"
-    "GeoTiff:Projection:10533""Colorado CS83 South""GeoTiff:Projection:10600""Connecticut CS27"
-    "GeoTiff:Projection:10630""Connecticut CS83""GeoTiff:Projection:10700""Delaware CS27"
-    "GeoTiff:Projection:10730""Delaware CS83""GeoTiff:Projection:10901""Florida CS27 East"
-    "GeoTiff:Projection:10902""Florida CS27 West""GeoTiff:Projection:10903""Florida CS27 North"
-    "GeoTiff:Projection:10931""Florida CS83 East""GeoTiff:Projection:10932""Florida CS83 West"
-    "GeoTiff:Projection:10933""Florida CS83 North""GeoTiff:Projection:11001""Georgia CS27 East"
-    "GeoTiff:Projection:11002""Georgia CS27 West""GeoTiff:Projection:11031""Georgia CS83 East"
-    "GeoTiff:Projection:11032""Georgia CS83 West""GeoTiff:Projection:11101""Idaho CS27 East"
-    "GeoTiff:Projection:11102""Idaho CS27 Central""GeoTiff:Projection:11103""Idaho CS27 West"
-    "GeoTiff:Projection:11131""Idaho CS83 East""GeoTiff:Projection:11132""Idaho CS83 Central"
-    "GeoTiff:Projection:11133""Idaho CS83 West""GeoTiff:Projection:11201""Illinois CS27 East"
-    "GeoTiff:Projection:11202""Illinois CS27 West""GeoTiff:Projection:11231""Illinois CS83 East"
-    "GeoTiff:Projection:11232""Illinois CS83 West""GeoTiff:Projection:11301""Indiana CS27 East"
-    "GeoTiff:Projection:11302""Indiana CS27 West""GeoTiff:Projection:11331""Indiana CS83 East"
-    "GeoTiff:Projection:11332""Indiana CS83 West""GeoTiff:Projection:11401""Iowa CS27 North"
-    "GeoTiff:Projection:11402""Iowa CS27 South""GeoTiff:Projection:11431""Iowa CS83 North"
-    "GeoTiff:Projection:11432""Iowa CS83 South""GeoTiff:Projection:11501""Kansas CS27 North"
-    "GeoTiff:Projection:11502""Kansas CS27 South""GeoTiff:Projection:11531""Kansas CS83 North"
-    "GeoTiff:Projection:11532""Kansas CS83 South""GeoTiff:Projection:11601""Kentucky CS27 North"
-    "GeoTiff:Projection:11602""Kentucky CS27 South""GeoTiff:Projection:11631""Kentucky CS83 North"
-    "GeoTiff:Projection:11632""Kentucky CS83 South""GeoTiff:Projection:11701""Louisiana CS27 North"
-    "GeoTiff:Projection:11702""Louisiana CS27 South""GeoTiff:Projection:11731""Louisiana CS83 North"
-    "GeoTiff:Projection:11732""Louisiana CS83 South""GeoTiff:Projection:11801""Maine CS27 East"
-    "GeoTiff:Projection:11802""Maine CS27 West""GeoTiff:Projection:11831""Maine CS83 East"
-    "GeoTiff:Projection:11832""Maine CS83 West""GeoTiff:Projection:11900""Maryland CS27"
-    "GeoTiff:Projection:11930""Maryland CS83""GeoTiff:Projection:12001""Massachusetts CS27 Mainland"
-    "GeoTiff:Projection:12002""Massachusetts CS27 Island""GeoTiff:Projection:12031"
-    "Massachusetts CS83 Mainland""GeoTiff:Projection:12032""Massachusetts CS83 Island"
-    "GeoTiff:Projection:12101""Michigan State Plane East""GeoTiff:Projection:12102"
-    "Michigan State Plane Old Central""GeoTiff:Projection:12103""Michigan State Plane West"
-    "GeoTiff:Projection:12111""Michigan CS27 North""GeoTiff:Projection:12112""Michigan CS27 Central"
-    "GeoTiff:Projection:12113""Michigan CS27 South""GeoTiff:Projection:12141""Michigan CS83 North"
-    "GeoTiff:Projection:12142""Michigan CS83 Central""GeoTiff:Projection:12143""Michigan CS83 South"
-    "GeoTiff:Projection:12201""Minnesota CS27 North""GeoTiff:Projection:12202"
-    "Minnesota CS27 Central""GeoTiff:Projection:12203""Minnesota CS27 South"
-    "GeoTiff:Projection:12231""Minnesota CS83 North""GeoTiff:Projection:12232"
-    "Minnesota CS83 Central""GeoTiff:Projection:12233""Minnesota CS83 South"
-    "GeoTiff:Projection:12301""Mississippi CS27 East""GeoTiff:Projection:12302"
-    "Mississippi CS27 West""GeoTiff:Projection:12331""Mississippi CS83 East"
-    "GeoTiff:Projection:12332""Mississippi CS83 West""GeoTiff:Projection:12401""Missouri CS27 East"
-    "GeoTiff:Projection:12402""Missouri CS27 Central""GeoTiff:Projection:12403""Missouri CS27 West"
-    "GeoTiff:Projection:12431""Missouri CS83 East""GeoTiff:Projection:12432""Missouri CS83 Central"
-    "GeoTiff:Projection:12433""Missouri CS83 West""GeoTiff:Projection:12501""Montana CS27 North"
-    "GeoTiff:Projection:12502""Montana CS27 Central""GeoTiff:Projection:12503""Montana CS27 South"
-    "GeoTiff:Projection:12530""Montana CS83""GeoTiff:Projection:12601""Nebraska CS27 North"
-    "GeoTiff:Projection:12602""Nebraska CS27 South""GeoTiff:Projection:12630""Nebraska CS83"
-    "GeoTiff:Projection:12701""Nevada CS27 East""GeoTiff:Projection:12702""Nevada CS27 Central"
-    "GeoTiff:Projection:12703""Nevada CS27 West""GeoTiff:Projection:12731""Nevada CS83 East"
-    "GeoTiff:Projection:12732""Nevada CS83 Central""GeoTiff:Projection:12733""Nevada CS83 West"
-    "GeoTiff:Projection:12800""New Hampshire CS27""GeoTiff:Projection:12830""New Hampshire CS83"
-    "GeoTiff:Projection:12900""New Jersey CS27""GeoTiff:Projection:12930""New Jersey CS83"
-    "GeoTiff:Projection:13001""New Mexico CS27 East""GeoTiff:Projection:13002"
-    "New Mexico CS27 Central""GeoTiff:Projection:13003""New Mexico CS27 West"
-    "GeoTiff:Projection:13031""New Mexico CS83 East""GeoTiff:Projection:13032"
-    "New Mexico CS83 Central""GeoTiff:Projection:13033""New Mexico CS83 West"
-    "GeoTiff:Projection:13101""New York CS27 East""GeoTiff:Projection:13102""New York CS27 Central"
-    "GeoTiff:Projection:13103""New York CS27 West""GeoTiff:Projection:13104"
-    "New York CS27 Long Island""GeoTiff:Projection:13131""New York CS83 East"
-    "GeoTiff:Projection:13132""New York CS83 Central""GeoTiff:Projection:13133""New York CS83 West"
-    "GeoTiff:Projection:13134""New York CS83 Long Island""GeoTiff:Projection:13200"
-    "North Carolina CS27""GeoTiff:Projection:13230""North Carolina CS83""GeoTiff:Projection:13301"
-    "North Dakota CS27 North""GeoTiff:Projection:13302""North Dakota CS27 South"
-    "GeoTiff:Projection:13331""North Dakota CS83 North""GeoTiff:Projection:13332"
-    "North Dakota CS83 South""GeoTiff:Projection:13401""Ohio CS27 North""GeoTiff:Projection:13402"
-    "Ohio CS27 South""GeoTiff:Projection:13431""Ohio CS83 North""GeoTiff:Projection:13432"
-    "Ohio CS83 South""GeoTiff:Projection:13501""Oklahoma CS27 North""GeoTiff:Projection:13502"
-    "Oklahoma CS27 South""GeoTiff:Projection:13531""Oklahoma CS83 North""GeoTiff:Projection:13532"
-    "Oklahoma CS83 South""GeoTiff:Projection:13601""Oregon CS27 North""GeoTiff:Projection:13602"
-    "Oregon CS27 South""GeoTiff:Projection:13631""Oregon CS83 North""GeoTiff:Projection:13632"
-    "Oregon CS83 South""GeoTiff:Projection:13701""Pennsylvania CS27 North""GeoTiff:Projection:13702"
-    "Pennsylvania CS27 South""GeoTiff:Projection:13731""Pennsylvania CS83 North"
-    "GeoTiff:Projection:13732""Pennsylvania CS83 South""GeoTiff:Projection:13800""Rhode Island CS27"
-    "GeoTiff:Projection:13830""Rhode Island CS83""GeoTiff:Projection:13901"
-    "South Carolina CS27 North""GeoTiff:Projection:13902""South Carolina CS27 South"
-    "GeoTiff:Projection:13930""South Carolina CS83""GeoTiff:Projection:14001"
-    "South Dakota CS27 North""GeoTiff:Projection:14002""South Dakota CS27 South"
-    "GeoTiff:Projection:14031""South Dakota CS83 North""GeoTiff:Projection:14032"
-    "South Dakota CS83 South""GeoTiff:Projection:14100""Tennessee CS27""GeoTiff:Projection:14130"
-    "Tennessee CS83""GeoTiff:Projection:14201""Texas CS27 North""GeoTiff:Projection:14202"
-    "Texas CS27 North Central""GeoTiff:Projection:14203""Texas CS27 Central"
-    "GeoTiff:Projection:14204""Texas CS27 South Central""GeoTiff:Projection:14205""Texas CS27 South"
-    "GeoTiff:Projection:14231""Texas CS83 North""GeoTiff:Projection:14232""Texas CS83 North Central"
-    "GeoTiff:Projection:14233""Texas CS83 Central""GeoTiff:Projection:14234"
-    "Texas CS83 South Central""GeoTiff:Projection:14235""Texas CS83 South""GeoTiff:Projection:14301"
-    "Utah CS27 North""GeoTiff:Projection:14302""Utah CS27 Central""GeoTiff:Projection:14303"
-    "Utah CS27 South""GeoTiff:Projection:14331""Utah CS83 North""GeoTiff:Projection:14332"
-    "Utah CS83 Central""GeoTiff:Projection:14333""Utah CS83 South""GeoTiff:Projection:14400"
-    "Vermont CS27""GeoTiff:Projection:14430""Vermont CS83""GeoTiff:Projection:14501"
-    "Virginia CS27 North""GeoTiff:Projection:14502""Virginia CS27 South""GeoTiff:Projection:14531"
-    "Virginia CS83 North""GeoTiff:Projection:14532""Virginia CS83 South""GeoTiff:Projection:14601"
-    "Washington CS27 North""GeoTiff:Projection:14602""Washington CS27 South"
-    "GeoTiff:Projection:14631""Washington CS83 North""GeoTiff:Projection:14632"
-    "Washington CS83 South""GeoTiff:Projection:14701""West Virginia CS27 North"
-    "GeoTiff:Projection:14702""West Virginia CS27 South""GeoTiff:Projection:14731"
-    "West Virginia CS83 North""GeoTiff:Projection:14732""West Virginia CS83 South"
-    "GeoTiff:Projection:14801""Wisconsin CS27 North""GeoTiff:Projection:14802"
-    "Wisconsin CS27 Central""GeoTiff:Projection:14803""Wisconsin CS27 South"
-    "GeoTiff:Projection:14831""Wisconsin CS83 North""GeoTiff:Projection:14832"
-    "Wisconsin CS83 Central""GeoTiff:Projection:14833""Wisconsin CS83 South"
-    "GeoTiff:Projection:14901""Wyoming CS27 East""GeoTiff:Projection:14902"
-    "Wyoming CS27 East Central""GeoTiff:Projection:14903""Wyoming CS27 West Central"
-    "GeoTiff:Projection:14904""Wyoming CS27 West""GeoTiff:Projection:14931""Wyoming CS83 East"
-    "GeoTiff:Projection:14932""Wyoming CS83 East Central""GeoTiff:Projection:14933"
-    "Wyoming CS83 West Central""GeoTiff:Projection:14934""Wyoming CS83 West"
-    "GeoTiff:Projection:15001""Alaska CS27 1""GeoTiff:Projection:15002""Alaska CS27 2"
-    "GeoTiff:Projection:15003""Alaska CS27 3""GeoTiff:Projection:15004""Alaska CS27 4"
-    "GeoTiff:Projection:15005""Alaska CS27 5""GeoTiff:Projection:15006""Alaska CS27 6"
-    "GeoTiff:Projection:15007""Alaska CS27 7""GeoTiff:Projection:15008""Alaska CS27 8"
-    "GeoTiff:Projection:15009""Alaska CS27 9""GeoTiff:Projection:15010""Alaska CS27 10"
-    "GeoTiff:Projection:15031""Alaska CS83 1""GeoTiff:Projection:15032""Alaska CS83 2"
-    "GeoTiff:Projection:15033""Alaska CS83 3""GeoTiff:Projection:15034""Alaska CS83 4"
-    "GeoTiff:Projection:15035""Alaska CS83 5""GeoTiff:Projection:15036""Alaska CS83 6"
-    "GeoTiff:Projection:15037""Alaska CS83 7""GeoTiff:Projection:15038""Alaska CS83 8"
-    "GeoTiff:Projection:15039""Alaska CS83 9""GeoTiff:Projection:15040""Alaska CS83 10"
-    "GeoTiff:Projection:15101""Hawaii CS27 1""GeoTiff:Projection:15102""Hawaii CS27 2"
-    "GeoTiff:Projection:15103""Hawaii CS27 3""GeoTiff:Projection:15104""Hawaii CS27 4"
-    "GeoTiff:Projection:15105""Hawaii CS27 5""GeoTiff:Projection:15131""Hawaii CS83 1"
-    "GeoTiff:Projection:15132""Hawaii CS83 2""GeoTiff:Projection:15133""Hawaii CS83 3"
-    "GeoTiff:Projection:15134""Hawaii CS83 4""GeoTiff:Projection:15135""Hawaii CS83 5"
-    "GeoTiff:Projection:15201""Puerto Rico CS27""GeoTiff:Projection:15202""St Croix"
-    "GeoTiff:Projection:15230""Puerto Rico Virgin Is""GeoTiff:Projection:15302""Kentucky CS27"
-    "GeoTiff:Projection:15303""GeoTiff:Projection:15914""BLM 14N feet""GeoTiff:Projection:15915"
-    "BLM 15N feet""GeoTiff:Projection:15916""BLM 16N feet""GeoTiff:Projection:15917""BLM 17N feet"
-    "GeoTiff:Projection:16001""UTM zone 1N""GeoTiff:Projection:16002""UTM zone 2N"
-    "GeoTiff:Projection:16003""UTM zone 3N""GeoTiff:Projection:16004""UTM zone 4N"
-    "GeoTiff:Projection:16005""UTM zone 5N""GeoTiff:Projection:16006""UTM zone 6N"
-    "GeoTiff:Projection:16007""UTM zone 7N""GeoTiff:Projection:16008""UTM zone 8N"
-    "GeoTiff:Projection:16009""UTM zone 9N""GeoTiff:Projection:16010""UTM zone 10N"
-    "GeoTiff:Projection:16011""UTM zone 11N""GeoTiff:Projection:16012""UTM zone 12N"
-    "GeoTiff:Projection:16013""UTM zone 13N""GeoTiff:Projection:16014""UTM zone 14N"
-    "GeoTiff:Projection:16015""UTM zone 15N""GeoTiff:Projection:16016""UTM zone 16N"
-    "GeoTiff:Projection:16017""UTM zone 17N""GeoTiff:Projection:16018""UTM zone 18N"
-    "GeoTiff:Projection:16019""UTM zone 19N""GeoTiff:Projection:16020""UTM zone 20N"
-    "GeoTiff:Projection:16021""UTM zone 21N""GeoTiff:Projection:16022""UTM zone 22N"
-    "GeoTiff:Projection:16023""UTM zone 23N""GeoTiff:Projection:16024""UTM zone 24N"
-    "GeoTiff:Projection:16025""UTM zone 25N""GeoTiff:Projection:16026""UTM zone 26N"
-    "GeoTiff:Projection:16027""UTM zone 27N""GeoTiff:Projection:16028""UTM zone 28N"
-    "GeoTiff:Projection:16029""UTM zone 29N""GeoTiff:Projection:16030""UTM zone 30N"
-    "GeoTiff:Projection:16031""UTM zone 31N""GeoTiff:Projection:16032""UTM zone 32N"
-    "GeoTiff:Projection:16033""UTM zone 33N""GeoTiff:Projection:16034""UTM zone 34N"
-    "GeoTiff:Projection:16035""UTM zone 35N""GeoTiff:Projection:16036""UTM zone 36N"
-    "GeoTiff:Projection:16037""UTM zone 37N""GeoTiff:Projection:16038""UTM zone 38N"
-    "GeoTiff:Projection:16039""UTM zone 39N""GeoTiff:Projection:16040""UTM zone 40N"
-    "GeoTiff:Projection:16041""UTM zone 41N""GeoTiff:Projection:16042""UTM zone 42N"
-    "GeoTiff:Projection:16043""UTM zone 43N""GeoTiff:Projection:16044""UTM zone 44N"
-    "GeoTiff:Projection:16045""UTM zone 45N""GeoTiff:Projection:16046""UTM zone 46N"
-    "GeoTiff:Projection:16047""UTM zone 47N""GeoTiff:Projection:16048""UTM zone 48N"
-    "GeoTiff:Projection:16049""UTM zone 49N""GeoTiff:Projection:16050""UTM zone 50N"
-    "GeoTiff:Projection:16051""UTM zone 51N""GeoTiff:Projection:16052""UTM zone 52N"
-    "GeoTiff:Projection:16053""UTM zone 53N""GeoTiff:Projection:16054""UTM zone 54N"
-    "GeoTiff:Projection:16055""UTM zone 55N""GeoTiff:Projection:16056""UTM zone 56N"
-    "GeoTiff:Projection:16057""UTM zone 57N""GeoTiff:Projection:16058""UTM zone 58N"
-    "GeoTiff:Projection:16059""UTM zone 59N""GeoTiff:Projection:16060""UTM zone 60N"
-    "GeoTiff:Projection:16101""UTM zone 1S""GeoTiff:Projection:16102""UTM zone 2S"
-    "GeoTiff:Projection:16103""UTM zone 3S""GeoTiff:Projection:16104""UTM zone 4S"
-    "GeoTiff:Projection:16105""UTM zone 5S""GeoTiff:Projection:16106""UTM zone 6S"
-    "GeoTiff:Projection:16107""UTM zone 7S""GeoTiff:Projection:16108""UTM zone 8S"
-    "GeoTiff:Projection:16109""UTM zone 9S""GeoTiff:Projection:16110""UTM zone 10S"
-    "GeoTiff:Projection:16111""UTM zone 11S""GeoTiff:Projection:16112""UTM zone 12S"
-    "GeoTiff:Projection:16113""UTM zone 13S""GeoTiff:Projection:16114""UTM zone 14S"
-    "GeoTiff:Projection:16115""UTM zone 15S""GeoTiff:Projection:16116""UTM zone 16S"
-    "GeoTiff:Projection:16117""UTM zone 17S""GeoTiff:Projection:16118""UTM zone 18S"
-    "GeoTiff:Projection:16119""UTM zone 19S""GeoTiff:Projection:16120""UTM zone 20S"
-    "GeoTiff:Projection:16121""UTM zone 21S""GeoTiff:Projection:16122""UTM zone 22S"
-    "GeoTiff:Projection:16123""UTM zone 23S""GeoTiff:Projection:16124""UTM zone 24S"
-    "GeoTiff:Projection:16125""UTM zone 25S""GeoTiff:Projection:16126""UTM zone 26S"
-    "GeoTiff:Projection:16127""UTM zone 27S""GeoTiff:Projection:16128""UTM zone 28S"
-    "GeoTiff:Projection:16129""UTM zone 29S""GeoTiff:Projection:16130""UTM zone 30S"
-    "GeoTiff:Projection:16131""UTM zone 31S""GeoTiff:Projection:16132""UTM zone 32S"
-    "GeoTiff:Projection:16133""UTM zone 33S""GeoTiff:Projection:16134""UTM zone 34S"
-    "GeoTiff:Projection:16135""UTM zone 35S""GeoTiff:Projection:16136""UTM zone 36S"
-    "GeoTiff:Projection:16137""UTM zone 37S""GeoTiff:Projection:16138""UTM zone 38S"
-    "GeoTiff:Projection:16139""UTM zone 39S""GeoTiff:Projection:16140""UTM zone 40S"
-    "GeoTiff:Projection:16141""UTM zone 41S""GeoTiff:Projection:16142""UTM zone 42S"
-    "GeoTiff:Projection:16143""UTM zone 43S""GeoTiff:Projection:16144""UTM zone 44S"
-    "GeoTiff:Projection:16145""UTM zone 45S""GeoTiff:Projection:16146""UTM zone 46S"
-    "GeoTiff:Projection:16147""UTM zone 47S""GeoTiff:Projection:16148""UTM zone 48S"
-    "GeoTiff:Projection:16149""UTM zone 49S""GeoTiff:Projection:16150""UTM zone 50S"
-    "GeoTiff:Projection:16151""UTM zone 51S""GeoTiff:Projection:16152""UTM zone 52S"
-    "GeoTiff:Projection:16153""UTM zone 53S""GeoTiff:Projection:16154""UTM zone 54S"
-    "GeoTiff:Projection:16155""UTM zone 55S""GeoTiff:Projection:16156""UTM zone 56S"
-    "GeoTiff:Projection:16157""UTM zone 57S""GeoTiff:Projection:16158""UTM zone 58S"
-    "GeoTiff:Projection:16159""UTM zone 59S""GeoTiff:Projection:16160""UTM zone 60S"
-    "GeoTiff:Projection:16200""Gauss Kruger zone 0""GeoTiff:Projection:16201""Gauss Kruger zone 1"
-    "GeoTiff:Projection:16202""Gauss Kruger zone 2""GeoTiff:Projection:16203""Gauss Kruger zone 3"
-    "GeoTiff:Projection:16204""Gauss Kruger zone 4""GeoTiff:Projection:16205""Gauss Kruger zone 5"
-    "GeoTiff:Projection:17348""Map Grid of Australia 48""GeoTiff:Projection:17349"
-    "Map Grid of Australia 49""GeoTiff:Projection:17350""Map Grid of Australia 50"
-    "GeoTiff:Projection:17351""Map Grid of Australia 51""GeoTiff:Projection:17352"
-    "Map Grid of Australia 52""GeoTiff:Projection:17353""Map Grid of Australia 53"
-    "GeoTiff:Projection:17354""Map Grid of Australia 54""GeoTiff:Projection:17355"
-    "Map Grid of Australia 55""GeoTiff:Projection:17356""Map Grid of Australia 56"
-    "GeoTiff:Projection:17357""Map Grid of Australia 57""GeoTiff:Projection:17358"
-    "Map Grid of Australia 58""GeoTiff:Projection:17448""Australian Map Grid 48"
-    "GeoTiff:Projection:17449""Australian Map Grid 49""GeoTiff:Projection:17450"
-    "Australian Map Grid 50""GeoTiff:Projection:17451""Australian Map Grid 51"
-    "GeoTiff:Projection:17452""Australian Map Grid 52""GeoTiff:Projection:17453"
-    "Australian Map Grid 53""GeoTiff:Projection:17454""Australian Map Grid 54"
-    "GeoTiff:Projection:17455""Australian Map Grid 55""GeoTiff:Projection:17456"
-    "Australian Map Grid 56""GeoTiff:Projection:17457""Australian Map Grid 57"
-    "GeoTiff:Projection:17458""Australian Map Grid 58""GeoTiff:Projection:18031""Argentina 1"
-    "GeoTiff:Projection:18032""Argentina 2""GeoTiff:Projection:18033""Argentina 3"
-    "GeoTiff:Projection:18034""Argentina 4""GeoTiff:Projection:18035""Argentina 5"
-    "GeoTiff:Projection:18036""Argentina 6""GeoTiff:Projection:18037""Argentina 7"
-    "GeoTiff:Projection:18051""Colombia 3W""GeoTiff:Projection:18052""Colombia Bogota"
-    "GeoTiff:Projection:18053""Colombia 3E""GeoTiff:Projection:18054""Colombia 6E"
-    "GeoTiff:Projection:18072""Egypt Red Belt""GeoTiff:Projection:18073""Egypt Purple Belt"
-    "GeoTiff:Projection:18074""Extended Purple Belt""GeoTiff:Projection:18141"
-    "New Zealand North Island Nat Grid""GeoTiff:Projection:18142""New Zealand South Island Nat Grid"
-    "GeoTiff:Projection:19900""Bahrain Grid""GeoTiff:Projection:19905"
-    "Netherlands E Indies Equatorial""GeoTiff:Projection:19912""RSO Borneo"
-    "GeoTiff:Projection:19926""Stereo 70""GeoTiff:Projection:32767""GeoTiff:VerticalCSType"
-    "Vertical CS Type""GeoTiff:VerticalCSType:0""Undefined""GeoTiff:VerticalCSType:32767"
-    "GeoTiff:VerticalCSType:5001""Airy 1830 ellipsoid""GeoTiff:VerticalCSType:5002"
-    "Airy Modified 1849 ellipsoid""GeoTiff:VerticalCSType:5003""ANS ellipsoid"
-    "GeoTiff:VerticalCSType:5004""Bessel 1841 ellipsoid""GeoTiff:VerticalCSType:5005"
-    "Bessel Modified ellipsoid""GeoTiff:VerticalCSType:5006""Bessel Namibia ellipsoid"
-    "GeoTiff:VerticalCSType:5007""Clarke 1858 ellipsoid""GeoTiff:VerticalCSType:5008"
-    "Clarke 1866 ellipsoid""GeoTiff:VerticalCSType:5010""Clarke 1880 Benoit ellipsoid"
-    "GeoTiff:VerticalCSType:5011""Clarke 1880 IGN ellipsoid""GeoTiff:VerticalCSType:5012"
-    "Clarke 1880 RGS ellipsoid""GeoTiff:VerticalCSType:5013""Clarke 1880 Arc ellipsoid"
-    "GeoTiff:VerticalCSType:5014""Clarke 1880 SGA 1922 ellipsoid""GeoTiff:VerticalCSType:5015"
-    "Everest 1830 1937 Adjustment ellipsoid""GeoTiff:VerticalCSType:5016"
-    "Everest 1830 1967 Definition ellipsoid""GeoTiff:VerticalCSType:5017"
-    "Everest 1830 1975 Definition ellipsoid""GeoTiff:VerticalCSType:5018"
-    "Everest 1830 Modified ellipsoid""GeoTiff:VerticalCSType:5019""GRS 1980 ellipsoid"
-    "GeoTiff:VerticalCSType:5020""Helmert 1906 ellipsoid""GeoTiff:VerticalCSType:5021"
-    "INS ellipsoid""GeoTiff:VerticalCSType:5022""International 1924 ellipsoid"
-    "GeoTiff:VerticalCSType:5023""International 1967 ellipsoid""GeoTiff:VerticalCSType:5024"
-    "Krassowsky 1940 ellipsoid""GeoTiff:VerticalCSType:5025""NWL 9D ellipsoid"
-    "GeoTiff:VerticalCSType:5026""NWL 10D ellipsoid""GeoTiff:VerticalCSType:5027"
-    "Plessis 1817 ellipsoid""GeoTiff:VerticalCSType:5028""Struve 1860 ellipsoid"
-    "GeoTiff:VerticalCSType:5029""War Office ellipsoid""GeoTiff:VerticalCSType:5030"
-    "WGS 84 ellipsoid""GeoTiff:VerticalCSType:5031""GEM 10C ellipsoid""GeoTiff:VerticalCSType:5032"
-    "OSU86F ellipsoid""GeoTiff:VerticalCSType:5033""OSU91A ellipsoid""GeoTiff:VerticalCSType:5101"
-    "Newlyn""GeoTiff:VerticalCSType:5102""North American Vertical Datum 1929"
-    "GeoTiff:VerticalCSType:5103""North American Vertical Datum 1988""GeoTiff:VerticalCSType:5104"
-    "Yellow Sea 1956""GeoTiff:VerticalCSType:5105""Baltic Sea""GeoTiff:VerticalCSType:5106"
-    "Caspian Sea""GeoTiff:VerticalCitation""Vertical Citation""GeoTiff:VerticalDatum"
-    "Vertical Datum""GeoTiff:VerticalDatum:0""GeoTiff:VerticalDatum:32767"
-    "GeoTiff:VerticalDatum:5001""GeoTiff:VerticalDatum:5002""GeoTiff:VerticalDatum:5003"
-    "GeoTiff:VerticalDatum:5004""GeoTiff:VerticalDatum:5005""GeoTiff:VerticalDatum:5006"
-    "GeoTiff:VerticalDatum:5007""GeoTiff:VerticalDatum:5008""GeoTiff:VerticalDatum:5010"
-    "GeoTiff:VerticalDatum:5011""GeoTiff:VerticalDatum:5012""GeoTiff:VerticalDatum:5013"
-    "GeoTiff:VerticalDatum:5014""GeoTiff:VerticalDatum:5015""GeoTiff:VerticalDatum:5016"
-    "GeoTiff:VerticalDatum:5017""GeoTiff:VerticalDatum:5018""GeoTiff:VerticalDatum:5019"
-    "GeoTiff:VerticalDatum:5020""GeoTiff:VerticalDatum:5021""GeoTiff:VerticalDatum:5022"
-    "GeoTiff:VerticalDatum:5023""GeoTiff:VerticalDatum:5024""GeoTiff:VerticalDatum:5025"
-    "GeoTiff:VerticalDatum:5026""GeoTiff:VerticalDatum:5027""GeoTiff:VerticalDatum:5028"
-    "GeoTiff:VerticalDatum:5029""GeoTiff:VerticalDatum:5030""GeoTiff:VerticalDatum:5031"
-    "GeoTiff:VerticalDatum:5032""GeoTiff:VerticalDatum:5033""GeoTiff:VerticalDatum:5101"
-    "GeoTiff:VerticalDatum:5102""GeoTiff:VerticalDatum:5103""GeoTiff:VerticalDatum:5104"
-    "GeoTiff:VerticalDatum:5105""GeoTiff:VerticalDatum:5106""GeoTiff:VerticalUnits""Vertical Units"
-    "GeoTiff:VerticalUnits:32767""GeoTiff:VerticalUnits:9001""GeoTiff:VerticalUnits:9002"
-    "GeoTiff:VerticalUnits:9003""GeoTiff:VerticalUnits:9004""GeoTiff:VerticalUnits:9005"
-    "GeoTiff:VerticalUnits:9006""GeoTiff:VerticalUnits:9007""GeoTiff:VerticalUnits:9008"
-    "GeoTiff:VerticalUnits:9009""GeoTiff:VerticalUnits:9010""GeoTiff:VerticalUnits:9011"
-    "GeoTiff:VerticalUnits:9012""GeoTiff:VerticalUnits:9013""GeoTiff:VerticalUnits:9014"
-    "GeoTiff:VerticalUnits:9015""GeoTiff:VerticalUnits:9101""GeoTiff:VerticalUnits:9102"
-    "GeoTiff:VerticalUnits:9103""GeoTiff:VerticalUnits:9104""GeoTiff:VerticalUnits:9105"
-    "GeoTiff:VerticalUnits:9106""GeoTiff:VerticalUnits:9107""GeoTiff:VerticalUnits:9108"
-    "Type de modèle GT""Projeté""Géographique""Géocentrique""Défini par l'utilisateur""Proiettato"
-    "Lisbona""Stoccolma 1938""Roma""Stoccolma""Greco""Tipo CS proiettato"
-    "ETRS89 Poland CS2000 zona 5""ETRS89 Poland CS2000 zona 7""ETRS89 Poland CS2000 zona 8"
-    "PSAD56 UTM zona 18N""PSAD56 UTM zona 19N""PSAD56 UTM zona 20N""PSAD56 UTM zona 21N"
-    "PSAD56 UTM zona 17S""PSAD56 UTM zona 18S""PSAD56 UTM zona 19S""PSAD56 UTM zona 20S"
-    "Pulkovo Gauss zona 4""Pulkovo Gauss zona 5""Pulkovo Gauss zona 6""Pulkovo Gauss zona 7"
-    "Pulkovo Gauss zona 8""Pulkovo Gauss zona 9""Pulkovo Gauss zona 10""Pulkovo Gauss zona 11"
-    "Pulkovo Gauss zona 12""Pulkovo Gauss zona 13""Pulkovo Gauss zona 14""Pulkovo Gauss zona 15"
-    "Pulkovo Gauss zona 16""Pulkovo Gauss zona 17""Pulkovo Gauss zona 18""Pulkovo Gauss zona 19"
-    "Pulkovo Gauss zona 20""Pulkovo Gauss zona 21""Pulkovo Gauss zona 22""Pulkovo Gauss zona 23"
-    "Pulkovo Gauss zona 24""Pulkovo Gauss zona 25""Pulkovo Gauss zona 26""Pulkovo Gauss zona 27"
-    "Pulkovo Gauss zona 28""Pulkovo Gauss zona 29""Pulkovo Gauss zona 30""Pulkovo Gauss zona 31"
-    "Pulkovo Gauss zona 32""Sudan UTM zona 35N""Sudan UTM zona 36N""Proiezione""Ellissoide WGS 84"
-    "Mar Caspio""Unità verticali""GPSDateTime""GPSLatitude""GPSLongitude""GPSAltitude"
-    "GLPI_Unknown4""GPSSpeedX""GPSSpeedY""GPSSpeedZ""GPSTrack""Accelerometer""AutoLowLightDuration"
-    "Attitude""AttitudeTarget""AudioSetting""Controller""CameraSerialNumber""CoyoteSense"
-    "CoyoteStatus""DeviceID""DeviceName""ElectronicImageStabilization""Empty""EscapeStatus"
-    "MaximumShutterAngle""FaceDetected""FaceNumbers""FirmwareVersion""OtherFirmware""GPSMeasureMode"
-    "GPSHPositioningError""Gyroscope""ISOSpeeds""ImageSensorGain""LocalPositionNED""Magnetometer"
-    "AccelerometerMatrix""MediaUniqueID""AutoRotation""InputOrientation""OutputOrientation"
-    "HDRSetting""AutoISOMin""AutoISOMax""PhotoResolution""ProTune""Rate""Comments""ScaleFactor"
-    "ScaledPressure""ExposureTimes""ScaledIMU""SIUnits""SensorReadoutTime""TimeStamp""StreamName"
-    "SystemTime""CameraTemperature""TotalSamples""StructureType""InputUniformity""MetadataVersion"
-    "FieldOfView""VisualFlightRulesHUD""ColorTemperatures""WhiteBalanceRGB""GPSDateTimeRaw"
-    "GPSLatitudeRaw""GPSLongitudeRaw""GPSAltitudeRaw""GPRI_Unknown4""GPRI_Unknown5""GPSSpeedRaw"
-    "GPSTrackRaw""GPRI_Unknown8""GPRI_Unknown9""GPSSpeed""GPSSpeed3D""BatteryCurrent"
-    "BatteryCapacity""KBAT_Unknown2""BatteryTemperature""BatteryVoltage1""BatteryVoltage2"
-    "BatteryVoltage3""BatteryVoltage4""BatteryTime""KBAT_Unknown9""KBAT_Unknown10""KBAT_Unknown11"
-    "KBAT_Unknown12""KBAT_Unknown13""BatteryLevel""SerialNumber""OtherSerialNumber""N""Y""A""D""U"
-    "L""S""W""GoPro:Accelerometer""GoPro:AccelerometerMatrix""Accelerometer Matrix""GoPro:Attitude"
-    "GoPro:AttitudeTarget""Attitude Target""GoPro:AudioSetting""Audio Setting""GoPro:AutoISOMax"
-    "Auto ISO Max""GoPro:AutoISOMin""Auto ISO Min""GoPro:AutoLowLightDuration"
-    "Auto Low Light Duration""GoPro:AutoRotation""Auto Rotation""GoPro:AutoRotation:A"
-    "GoPro:AutoRotation:D""GoPro:AutoRotation:U""GoPro:BatteryCapacity""Battery Capacity"
-    "GoPro:BatteryCurrent""Battery Current""GoPro:BatteryLevel""Battery Level"
-    "GoPro:BatteryTemperature""Battery Temperature""GoPro:BatteryTime""Battery Time"
-    "GoPro:BatteryVoltage1""Battery Voltage 1""GoPro:BatteryVoltage2""Battery Voltage 2"
-    "GoPro:BatteryVoltage3""Battery Voltage 3""GoPro:BatteryVoltage4""Battery Voltage 4"
-    "GoPro:CameraSerialNumber""Camera Serial Number""GoPro:CameraTemperature""Camera Temperature"
-    "GoPro:ColorMode""GoPro:ColorTemperatures""Color Temperatures""GoPro:Comments""GoPro:Controller"
-    "GoPro:CoyoteSense""Coyote Sense""GoPro:CoyoteStatus""Coyote Status""GoPro:DeviceID""Device ID"
-    "GoPro:DeviceName""Device Name""GoPro:DigitalZoom""GoPro:DigitalZoom:N""GoPro:DigitalZoom:Y"
-    "GoPro:ElectronicImageStabilization""Electronic Image Stabilization""GoPro:Empty"
-    "GoPro:EscapeStatus""Escape Status""GoPro:ExposureCompensation""GoPro:ExposureTimes"
-    "Exposure Times""GoPro:FaceDetected""Face Detected""GoPro:FaceNumbers""Face Numbers"
-    "GoPro:FieldOfView""Field Of View""GoPro:FieldOfView:L""Linear""GoPro:FieldOfView:S""Super View"
-    "GoPro:FieldOfView:W""GoPro:FirmwareVersion""Firmware Version""GoPro:GLPI_Unknown4"
-    "GLPI Unknown 4""GoPro:GPRI_Unknown4""GPRI Unknown 4""GoPro:GPRI_Unknown5""GPRI Unknown 5"
-    "GoPro:GPRI_Unknown8""GPRI Unknown 8""GoPro:GPRI_Unknown9""GPRI Unknown 9""GoPro:GPSAltitude"
-    "GPS Altitude""GoPro:GPSAltitudeRaw""GPS Altitude Raw""GoPro:GPSDateTime""GPS Date Time"
-    "GoPro:GPSDateTimeRaw""GPS Date Time Raw""GoPro:GPSHPositioningError"
-    "GPS Horizontal Positioning Error""GoPro:GPSLatitude""GPS Latitude""GoPro:GPSLatitudeRaw"
-    "GPS Latitude Raw""GoPro:GPSLongitude""GPS Longitude""GoPro:GPSLongitudeRaw""GPS Longitude Raw"
-    "GoPro:GPSMeasureMode""GPS Measure Mode""GoPro:GPSMeasureMode:2""2-Dimensional Measurement"
-    "GoPro:GPSMeasureMode:3""3-Dimensional Measurement""GoPro:GPSSpeed""GPS Speed""GoPro:GPSSpeed3D"
-    "GPS Speed 3D""GoPro:GPSSpeedRaw""GPS Speed Raw""GoPro:GPSSpeedX""GPS Speed X""GoPro:GPSSpeedY"
-    "GPS Speed Y""GoPro:GPSSpeedZ""GPS Speed Z""GoPro:GPSTrack""GPS Track""GoPro:GPSTrackRaw"
-    "GPS Track Raw""GoPro:Gyroscope""GoPro:HDRSetting""HDR Setting""GoPro:ISOSpeeds""ISO Speeds"
-    "GoPro:ImageSensorGain""Image Sensor Gain""GoPro:InputOrientation""Input Orientation"
-    "GoPro:InputUniformity""Input Uniformity""GoPro:KBAT_Unknown10""KBAT Unknown 10"
-    "GoPro:KBAT_Unknown11""KBAT Unknown 11""GoPro:KBAT_Unknown12""KBAT Unknown 12"
-    "GoPro:KBAT_Unknown13""KBAT Unknown 13""GoPro:KBAT_Unknown2""KBAT Unknown 2"
-    "GoPro:KBAT_Unknown9""KBAT Unknown 9""GoPro:LocalPositionNED""Local Position NED"
-    "GoPro:Magnetometer""GoPro:MaximumShutterAngle""Maximum Shutter Angle""GoPro:MediaUniqueID"
-    "Media Unique ID""GoPro:MetadataVersion""Metadata Version""GoPro:Model""GoPro:OtherFirmware"
-    "Other Firmware""GoPro:OtherSerialNumber""Other Serial Number""GoPro:OutputOrientation"
-    "Output Orientation""GoPro:PhotoResolution""Photo Resolution""GoPro:ProTune""Pro Tune"
-    "GoPro:ProTune:N""GoPro:ProTune:Y""GoPro:Rate""GoPro:SIUnits""SI Units""GoPro:ScaleFactor"
-    "Scale Factor""GoPro:ScaledIMU""Scaled IMU""GoPro:ScaledPressure""Scaled Pressure"
-    "GoPro:SensorReadoutTime""Sensor Readout Time""GoPro:SerialNumber""Serial Number"
-    "GoPro:Sharpness""GoPro:StreamName""Stream Name""GoPro:StructureType""Structure Type"
-    "GoPro:SystemTime""System Time""GoPro:TimeStamp""Time Stamp""GoPro:TotalSamples""Total Samples"
-    "GoPro:Units""GoPro:VisualFlightRulesHUD""Visual Flight Rules HUD""GoPro:WhiteBalance"
-    "GoPro:WhiteBalanceRGB""White Balance RGB""电池电量""海拔高度""纬度""经度""GPS测量模式""2维测量""3维测量""GPS接收器的速度"
-    "运动方向""照相机标识""Batterie""Température de la batterie""Numéro de série de l'appareil photo"
-    "Température de l'appareil photo""Commentaires""Nom de l'appareil""Visage détecté"
-    "Numéros du visage""Version du micrologiciel""Altitude GPS""Date/Heure GPS (horloge atomique)"
-    "Date/Heure GPS brute""Erreur horizontale de la position GPS""Latitude GPS""Latitude GPS brute"
-    "Longitude GPS""Longitude GPS brute""Mode de mesure GPS""Mesure bidimensionnelle"
-    "Mesure tridimensionnelle""Vitesse du récepteur GPS""Vitesse GPS 3D""Vitesse GPS brute"
-    "Tracé GPS""Tracé GPS brut""Réglage HDR""Facteur d'échelle""Numéro de série""Horodateur"
-    "Balance des blancs RVB""ISO-Automatik Max""Batteriestatus""Kamera-Seriennummer"
-    "Kamera-Temperatur""Kommentare""Firmware-Version""GPS Höhe""GPS Zeitstempel"
-    "Geografische Breite""Geografische Länge""GPS Messverfahren""2-Dimensionale Messung"
-    "3-Dimensionale Messung""Geschwindigkeit des GPS-Empfängers""Bewegungsrichtung""Seriennummer"
-    "Zeitstempel""Livello batteria""Numero di serie fotocamera""Temperatura fotocamera""Commenti"
-    "Versione firmware""Altitudine GPS""Ora GPS (orologio atomico)"
-    "Errore posizionamento orizzontale GPS""Latitudine""Longitudine""Modalità misurazione GPS"
-    "Misurazione 2D""Misurazione tridimensionale""Velocità ricevitore GPS""Direzione di movimento"
-    "Numero di serie""Marcatura oraria""ISOオート 最大感度""バッテリーレベル""カメラシリアル番号""カメラ温度""ファームウェアバージョン""高度"
-    "GPS時間(原子時計)""緯度""経度""GPS測定モード""２次元測定""３次元測定""GPS受信機のスピード""動作方向""シリアル番号""タイムスタンプ""Nivel Batería"
-    "Número Serie Cámara""Temperatura Cámara""Versión Firmware""Altitud""Fecha y Hora GPS""Latitud"
-    "Longitud""Modo Medición GPS""Medición bidimensional""Medición tridimensional"
-    "Velocidad del Receptor GPS""Dirección de Movimiento""Número Serie""Marca de Tiempo"
-    "ApertureSetting""Gain""ExposureProgram""CaptureFrameRate""VideoFrameRate""TimeCode"
-    "DateTimeOriginal""BrightnessValue""MaxApertureValue""CustomRendered""FocalLengthIn35mmFormat"
-    "SceneCaptureType""GPSVersionID""GPSLatitudeRef""GPSLongitudeRef""GPSAltitudeRef""GPSTimeStamp"
-    "GPSStatus""GPSDOP""GPSSpeedRef""GPSTrackRef""GPSImgDirectionRef""GPSImgDirection""GPSMapDatum"
-    "GPSDateStamp""RecordingMode""254""255""63""191""31""65""69""71""77""79""80""88""89""93""95""E"
-    "V""K""M""T""264""4113""4356""H264:ApertureSetting""Aperture Setting""H264:ApertureSetting:254"
-    "Closed""H264:ApertureSetting:255""H264:BrightnessValue""Brightness Value"
-    "H264:CaptureFrameRate""Capture Frame Rate""H264:CustomRendered""Custom Rendered"
-    "H264:CustomRendered:0""H264:CustomRendered:1""H264:DateTimeOriginal""Date/Time Original"
-    "H264:ExposureCompensation""H264:ExposureProgram""Exposure Program""H264:ExposureProgram:0"
-    "Not Defined |\302\240Program AE""H264:ExposureProgram:1""Gain |\302\240Manual"
-    "H264:ExposureProgram:2""Program AE |\302\240Shutter speed priority AE""H264:ExposureProgram:3"
-    "H264:ExposureProgram:4""Manual |\302\240Shutter speed priority AE""H264:ExposureProgram:5"
-    "Creative (Slow speed)""H264:ExposureProgram:6""Action (High speed)""H264:ExposureProgram:7"
-    "H264:ExposureProgram:8""H264:ExposureTime""H264:FNumber""H264:Flash""H264:Flash:0""No Flash"
-    "H264:Flash:1""Fired""H264:Flash:13""On, Return not detected""H264:Flash:15"
-    "On, Return detected""H264:Flash:16""Off, Did not fire""H264:Flash:20"
-    "Off, Did not fire, Return not detected""H264:Flash:24""Auto, Did not fire""H264:Flash:25"
-    "Auto, Fired""H264:Flash:29""Auto, Fired, Return not detected""H264:Flash:31"
-    "Auto, Fired, Return detected""H264:Flash:32""No flash function""H264:Flash:48"
-    "Off, No flash function""H264:Flash:5""Fired, Return not detected""H264:Flash:65"
-    "Fired, Red-eye reduction""H264:Flash:69""Fired, Red-eye reduction, Return not detected"
-    "H264:Flash:7""Fired, Return detected""H264:Flash:71""Fired, Red-eye reduction, Return detected"
-    "H264:Flash:73""On, Red-eye reduction""H264:Flash:77"
-    "On, Red-eye reduction, Return not detected""H264:Flash:79"
-    "On, Red-eye reduction, Return detected""H264:Flash:8""On, Did not fire""H264:Flash:80"
-    "Off, Red-eye reduction""H264:Flash:88""Auto, Did not fire, Red-eye reduction""H264:Flash:89"
-    "Auto, Fired, Red-eye reduction""H264:Flash:9""On, Fired""H264:Flash:93"
-    "Auto, Fired, Red-eye reduction, Return not detected""H264:Flash:95"
-    "Auto, Fired, Red-eye reduction, Return detected""H264:FocalLengthIn35mmFormat"
-    "Focal Length In 35mm Format""H264:Focus""H264:GPSAltitude""H264:GPSAltitudeRef"
-    "GPS Altitude Ref""H264:GPSAltitudeRef:0""Above Sea Level""H264:GPSAltitudeRef:1"
-    "Below Sea Level""H264:GPSDOP""GPS Dilution Of Precision""H264:GPSDateStamp""GPS Date Stamp"
-    "H264:GPSImgDirection""GPS Img Direction""H264:GPSImgDirectionRef""GPS Img Direction Ref"
-    "H264:GPSImgDirectionRef:M""Magnetic North""H264:GPSImgDirectionRef:T""True North"
-    "H264:GPSLatitude""H264:GPSLatitudeRef""GPS Latitude Ref""H264:GPSLatitudeRef:N""North"
-    "H264:GPSLatitudeRef:S""South""H264:GPSLongitude""H264:GPSLongitudeRef""GPS Longitude Ref"
-    "H264:GPSLongitudeRef:E""East""H264:GPSLongitudeRef:W""West""H264:GPSMapDatum""GPS Map Datum"
-    "H264:GPSMeasureMode""H264:GPSMeasureMode:2""H264:GPSMeasureMode:3""H264:GPSSpeed"
-    "H264:GPSSpeedRef""GPS Speed Ref""H264:GPSSpeedRef:K""km/h""H264:GPSSpeedRef:M""mph"
-    "H264:GPSSpeedRef:N""knots""H264:GPSStatus""GPS Status""H264:GPSStatus:A""Measurement Active"
-    "H264:GPSStatus:V""Measurement Void""H264:GPSTimeStamp""GPS Time Stamp""H264:GPSTrack"
-    "H264:GPSTrackRef""GPS Track Ref""H264:GPSTrackRef:M""H264:GPSTrackRef:T""H264:GPSVersionID"
-    "GPS Version ID""H264:Gain""H264:ImageHeight""H264:ImageStabilization"
-    "H264:ImageStabilization:0""H264:ImageStabilization:191""Off (0xbf)"
-    "H264:ImageStabilization:255""H264:ImageStabilization:63""On (0x3f)""H264:ImageWidth""H264:Make"
-    "H264:Make:259""Panasonic""H264:Make:264""Sony""H264:Make:4113""Canon""H264:Make:4356""JVC"
-    "H264:MaxApertureValue""Max Aperture Value""H264:Model""H264:RecordingMode""Recording Mode"
-    "H264:RecordingMode:2""XP+""H264:RecordingMode:4""SP""H264:RecordingMode:5""LP"
-    "H264:RecordingMode:6""FXP""H264:RecordingMode:7""MXP""H264:SceneCaptureType"
-    "Scene Capture Type""H264:SceneCaptureType:0""H264:SceneCaptureType:1""H264:SceneCaptureType:2"
-    "H264:SceneCaptureType:3""Night""H264:TimeCode""Time Code""H264:VideoFrameRate"
-    "Video Frame Rate""H264:WhiteBalance""H264:WhiteBalance:0""H264:WhiteBalance:1"
-    "Hold |\302\240Manual""H264:WhiteBalance:2""1-Push""H264:WhiteBalance:3""亮度""用户自定义图像处理""普通模式"
-    "自定义处理""原始数据产生的日期和时间""曝光程序""Not Defined |\302\240一般程序""Gain |\302\240手动""一般程序 |\302\240快门优先"
-    "快门优先 |\302\240手动""创意摄影""运动摄影""无闪光功能""闪光灯亮""开 (强制闪光，检测返回光)""开 (自动闪光)""开 (自动闪光，检测返回光)""开 (减轻红眼)"
-    "开 (检测返回光)""开 (减轻红眼，检测返回光)""开 (强制闪光(减轻红眼))""开 (强制闪光，减轻红眼，检测返回光)""开 (自动闪光，减轻红眼)""开 (强制闪光)"
-    "35 mm 换算镜头焦点距离""高度基准""海平面""海拔(负值)""测量精度""GPS日期""图像方向""图像方向参照""北纬或者南纬""北纬""南纬""东经或者西经""东经""西经"
-    "使用的大地测量数据""速度单位""公里/小时""英里/小时""海里/小时""GPS 接收器状态""正在测量中""测量中断""GPS 时间(原子钟)""运动方向参照""磁场方向""真方向"
-    "GPS标签版本""最大镜头光圈""取景类型""Hold |\302\240手动""Luminosité""Traitement de l'image""Traitement normal"
-    "Traitement personnalisé""Date de création des données originales""Programme d'exposition"
-    "Non défini |\302\240Programme normal""Gain |\302\240Manuel"
-    "Priorité vitesse |\302\240Programme normal""Manuel |\302\240Priorité vitesse"
+    "AF-CSetting" "AF-CTrackingSensitivity" "AF-CSpeedTrackingSensitivity" "AF-CZoneAreaSwitching"
+    "DriveMode" "DriveSpeed" "MovieStreamName" "Face1Birthday" "Face1Category" "Face1Name"
+    "Face2Birthday" "Face2Category" "Face2Name" "Face3Birthday" "Face3Category" "Face3Name"
+    "Face4Birthday" "Face4Category" "Face4Name" "Face5Birthday" "Face5Category" "Face5Name"
+    "Face6Birthday" "Face6Category" "Face6Name" "Face7Birthday" "Face7Category" "Face7Name"
+    "Face8Birthday" "Face8Category" "Face8Name" "FocusMode2" "PreAF" "AFAreaMode" "AFAreaPointSize"
+    "AFAreaZoneSize" "Make" "Model" "ExposureTime" "FNumber" "ExposureCompensation" "Version"
+    "InternalSerialNumber" "Quality" "Sharpness" "WhiteBalance" "Saturation" "Contrast"
+    "ColorTemperature" "WhiteBalanceFineTune" "NoiseReduction" "Clarity" "FujiFlashMode"
+    "FlashExposureComp" "Macro" "FocusMode" "AFMode" "FocusPixel" "SlowSync" "PictureMode"
+    "ExposureCount" "EXRAuto" "EXRMode" "ShadowTone" "HighlightTone" "DigitalZoom"
+    "LensModulationOptimizer" "GrainEffectRoughness" "ColorChromeEffect" "BWAdjustment"
+    "BWMagentaGreen" "GrainEffectSize" "CropMode" "ColorChromeFXBlue" "ShutterType" "AutoBracketing"
+    "SequenceNumber" "PixelShiftShots" "PixelShiftOffset" "PanoramaAngle" "PanoramaDirection"
+    "AdvancedFilter" "ColorMode" "BlurWarning" "FocusWarning" "ExposureWarning" "GEImageSize"
+    "DynamicRange" "FilmMode" "DynamicRangeSetting" "DevelopmentDynamicRange" "MinFocalLength"
+    "MaxFocalLength" "MaxApertureAtMinFocal" "MaxApertureAtMaxFocal" "AutoDynamicRange"
+    "ImageStabilization" "SceneRecognition" "Rating" "ImageGeneration" "ImageCount" "DRangePriority"
+    "DRangePriorityAuto" "DRangePriorityFixed" "FlickerReduction" "FujiModel" "FujiModel2"
+    "RollAngle" "VideoRecordingMode" "PeripheralLighting" "VideoCompression" "FrameRate"
+    "FrameWidth" "FrameHeight" "FullHDHighSpeedRec" "FaceElementSelected" "FacesDetected"
+    "FacePositions" "NumFaceElements" "FaceElementTypes" "FaceElementPositions" "FileSource"
+    "OrderNumber" "FrameNumber" "Parallax" "AF-SPriority" "AF-CPriority" "RawImageWidth"
+    "RawImageHeight" "16" "258" "290" "291" "515" "0" "1" "2" "4" "8" "3" "5" "6" "130" "132"
+    "32768" "65535" "256" "512" "768" "769" "770" "771" "772" "1024" "1280" "1536" "3840" "3841"
+    "3842" "3843" "3844" "4080" "128" "192" "224" "384" "784" "1216" "1248" "1281" "1282" "1283"
+    "448" "480" "64" "640" "704" "736" "-5000" "-4000" "-3000" "-2000" "-1000" "1000" "2000" "3000"
+    "4000" "5000" "33056" "33568" "38976" "39008" "39040" "43296" "43552" "43808" "44320" "44576"
+    "44832" "51488" "51744" "52000" "52512" "52768" "53024" "59680" "7" "9" "10" "11" "12" "13" "14"
+    "15" "17" "18" "19" "20" "22" "23" "24" "25" "26" "27" "28" "48" "-64" "-48" "-32" "-16" "32"
+    "65536" "131072" "196608" "262144" "327680" "393217" "393218" "393219" "393220" "393221"
+    "393222" "458752" "589824" "272" "288" "304" "1792" "2048" "2304" "2560" "2816" "513" "259"
+    "261" "21" "29" "FujiFilm:AF-CPriority" "AF-C Priority" "FujiFilm:AF-CPriority:1" "Release"
+    "FujiFilm:AF-CPriority:2" "Focus" "FujiFilm:AF-CSetting" "AF-C Setting"
+    "FujiFilm:AF-CSetting:16" "Set 4 (suddenly appearing subject)" "FujiFilm:AF-CSetting:258"
+    "Set 1 (multi-purpose)" "FujiFilm:AF-CSetting:290" "Set 3 (accelerating subject)"
+    "FujiFilm:AF-CSetting:291" "Set 5 (erratic motion)" "FujiFilm:AF-CSetting:515"
+    "Set 2 (ignore obstacles)" "FujiFilm:AF-CSpeedTrackingSensitivity"
+    "AF-C Speed Tracking Sensitivity" "FujiFilm:AF-CTrackingSensitivity" "AF-C Tracking Sensitivity"
+    "FujiFilm:AF-CZoneAreaSwitching" "AF-C Zone Area Switching" "FujiFilm:AF-CZoneAreaSwitching:0"
+    "Front" "FujiFilm:AF-CZoneAreaSwitching:1" "Auto" "FujiFilm:AF-CZoneAreaSwitching:2" "Center"
+    "FujiFilm:AF-SPriority" "AF-S Priority" "FujiFilm:AF-SPriority:1" "FujiFilm:AF-SPriority:2"
+    "FujiFilm:AFAreaMode" "AF Area Mode" "FujiFilm:AFAreaMode:0" "Single Point"
+    "FujiFilm:AFAreaMode:1" "Zone" "FujiFilm:AFAreaMode:2" "Wide/Tracking"
+    "FujiFilm:AFAreaPointSize" "AF Area Point Size" "FujiFilm:AFAreaPointSize:0" "n/a"
+    "FujiFilm:AFAreaZoneSize" "AF Area Zone Size" "FujiFilm:AFAreaZoneSize:0" "FujiFilm:AFMode"
+    "AF Mode" "FujiFilm:AFMode:0" "No" "FujiFilm:AFMode:1" "FujiFilm:AFMode:256"
+    "FujiFilm:AFMode:512" "FujiFilm:AdvancedFilter" "Advanced Filter"
+    "FujiFilm:AdvancedFilter:131072" "Hi Key" "FujiFilm:AdvancedFilter:196608" "Toy Camera"
+    "FujiFilm:AdvancedFilter:262144" "Miniature" "FujiFilm:AdvancedFilter:327680" "Dynamic Tone"
+    "FujiFilm:AdvancedFilter:393217" "Partial Color Red" "FujiFilm:AdvancedFilter:393218"
+    "Partial Color Yellow" "FujiFilm:AdvancedFilter:393219" "Partial Color Green"
+    "FujiFilm:AdvancedFilter:393220" "Partial Color Blue" "FujiFilm:AdvancedFilter:393221"
+    "Partial Color Orange" "FujiFilm:AdvancedFilter:393222" "Partial Color Purple"
+    "FujiFilm:AdvancedFilter:458752" "Soft Focus" "FujiFilm:AdvancedFilter:589824" "Low Key"
+    "FujiFilm:AdvancedFilter:65536" "Pop Color" "FujiFilm:AutoBracketing" "Auto Bracketing"
+    "FujiFilm:AutoBracketing:0" "Off" "FujiFilm:AutoBracketing:1" "On" "FujiFilm:AutoBracketing:2"
+    "No flash & flash |\302\240Pre-shot" "FujiFilm:AutoBracketing:6" "Pixel Shift"
+    "FujiFilm:AutoDynamicRange" "Auto Dynamic Range" "FujiFilm:BWAdjustment" "BW Adjustment"
+    "FujiFilm:BWMagentaGreen" "BW Magenta Green" "FujiFilm:BlurWarning" "Blur Warning"
+    "FujiFilm:BlurWarning:0" "None" "FujiFilm:BlurWarning:1" "FujiFilm:Clarity"
+    "FujiFilm:Clarity:-1000" "-1" "FujiFilm:Clarity:-2000" "-2" "FujiFilm:Clarity:-3000" "-3"
+    "FujiFilm:Clarity:-4000" "-4" "FujiFilm:Clarity:-5000" "-5" "FujiFilm:Clarity:0"
+    "FujiFilm:Clarity:1000" "FujiFilm:Clarity:2000" "FujiFilm:Clarity:3000" "FujiFilm:Clarity:4000"
+    "FujiFilm:Clarity:5000" "FujiFilm:ColorChromeEffect" "Color Chrome Effect"
+    "FujiFilm:ColorChromeEffect:0" "FujiFilm:ColorChromeEffect:32" "Weak"
+    "FujiFilm:ColorChromeEffect:64" "Strong" "FujiFilm:ColorChromeFXBlue" "Color Chrome FX Blue"
+    "FujiFilm:ColorChromeFXBlue:0" "FujiFilm:ColorChromeFXBlue:32" "FujiFilm:ColorChromeFXBlue:64"
+    "FujiFilm:ColorMode" "Color Mode" "FujiFilm:ColorMode:0" "Standard" "FujiFilm:ColorMode:16"
+    "Chrome" "FujiFilm:ColorMode:48" "B & W" "FujiFilm:ColorTemperature" "Color Temperature"
+    "FujiFilm:Contrast" "FujiFilm:Contrast:0" "Normal" "FujiFilm:Contrast:128" "Medium High"
+    "FujiFilm:Contrast:256" "High" "FujiFilm:Contrast:32768" "Film Simulation"
+    "FujiFilm:Contrast:384" "Medium Low" "FujiFilm:Contrast:512" "Low" "FujiFilm:Contrast:768"
+    "FujiFilm:CropMode" "Crop Mode" "FujiFilm:CropMode:0" "FujiFilm:CropMode:1" "Full-frame on GFX"
+    "FujiFilm:CropMode:2" "Sports Finder Mode" "FujiFilm:CropMode:4" "Electronic Shutter 1.25x Crop"
+    "FujiFilm:DRangePriority" "D Range Priority" "FujiFilm:DRangePriority:0"
+    "FujiFilm:DRangePriority:1" "Fixed" "FujiFilm:DRangePriorityAuto" "D Range Priority Auto"
+    "FujiFilm:DRangePriorityAuto:1" "FujiFilm:DRangePriorityAuto:2" "FujiFilm:DRangePriorityAuto:3"
+    "Plus" "FujiFilm:DRangePriorityFixed" "D Range Priority Fixed" "FujiFilm:DRangePriorityFixed:1"
+    "FujiFilm:DRangePriorityFixed:2" "FujiFilm:DevelopmentDynamicRange" "Development Dynamic Range"
+    "FujiFilm:DigitalZoom" "Digital Zoom" "FujiFilm:DriveMode" "Drive Mode" "FujiFilm:DriveMode:0"
+    "Single" "FujiFilm:DriveMode:1" "Continuous Low" "FujiFilm:DriveMode:2" "Continuous High"
+    "FujiFilm:DriveSpeed" "Drive Speed" "FujiFilm:DriveSpeed:0" "FujiFilm:DynamicRange"
+    "Dynamic Range" "FujiFilm:DynamicRange:1" "FujiFilm:DynamicRange:3" "Wide"
+    "FujiFilm:DynamicRangeSetting" "Dynamic Range Setting" "FujiFilm:DynamicRangeSetting:0"
+    "FujiFilm:DynamicRangeSetting:1" "Manual" "FujiFilm:DynamicRangeSetting:256" "Standard (100%)"
+    "FujiFilm:DynamicRangeSetting:32768" "FujiFilm:DynamicRangeSetting:512" "Wide1 (230%)"
+    "FujiFilm:DynamicRangeSetting:513" "Wide2 (400%)" "FujiFilm:EXRAuto" "EXR Auto"
+    "FujiFilm:EXRAuto:0" "FujiFilm:EXRAuto:1" "FujiFilm:EXRMode" "EXR Mode" "FujiFilm:EXRMode:256"
+    "HR (High Resolution)" "FujiFilm:EXRMode:512" "SN (Signal to Noise priority)"
+    "FujiFilm:EXRMode:768" "DR (Dynamic Range priority)" "FujiFilm:ExposureCompensation"
+    "Exposure Compensation" "FujiFilm:ExposureCount" "Exposure Count" "FujiFilm:ExposureTime"
+    "Exposure Time" "FujiFilm:ExposureWarning" "Exposure Warning" "FujiFilm:ExposureWarning:0"
+    "Good" "FujiFilm:ExposureWarning:1" "Bad exposure" "FujiFilm:FNumber" "F Number"
+    "FujiFilm:Face1Birthday" "Face 1 Birthday" "FujiFilm:Face1Category" "Face 1 Category"
+    "FujiFilm:Face1Category:2" "Partner" "FujiFilm:Face1Category:4" "Family"
+    "FujiFilm:Face1Category:8" "Friend" "FujiFilm:Face1Name" "Face 1 Name" "FujiFilm:Face2Birthday"
+    "Face 2 Birthday" "FujiFilm:Face2Category" "Face 2 Category" "FujiFilm:Face2Category:2"
+    "FujiFilm:Face2Category:4" "FujiFilm:Face2Category:8" "FujiFilm:Face2Name" "Face 2 Name"
+    "FujiFilm:Face3Birthday" "Face 3 Birthday" "FujiFilm:Face3Category" "Face 3 Category"
+    "FujiFilm:Face3Category:2" "FujiFilm:Face3Category:4" "FujiFilm:Face3Category:8"
+    "FujiFilm:Face3Name" "Face 3 Name" "FujiFilm:Face4Birthday" "Face 4 Birthday"
+    "FujiFilm:Face4Category" "Face 4 Category" "FujiFilm:Face4Category:2" "FujiFilm:Face4Category:4"
+    "FujiFilm:Face4Category:8" "FujiFilm:Face4Name" "Face 4 Name" "FujiFilm:Face5Birthday"
+    "Face 5 Birthday" "FujiFilm:Face5Category" "Face 5 Category" "FujiFilm:Face5Category:2"
+    "FujiFilm:Face5Category:4" "FujiFilm:Face5Category:8" "FujiFilm:Face5Name" "Face 5 Name"
+    "FujiFilm:Face6Birthday" "Face 6 Birthday" "FujiFilm:Face6Category" "Face 6 Category"
+    "FujiFilm:Face6Category:2" "FujiFilm:Face6Category:4" "FujiFilm:Face6Category:8"
+    "FujiFilm:Face6Name" "Face 6 Name" "FujiFilm:Face7Birthday" "Face 7 Birthday"
+    "FujiFilm:Face7Category" "Face 7 Category" "FujiFilm:Face7Category:2" "FujiFilm:Face7Category:4"
+    "FujiFilm:Face7Category:8" "FujiFilm:Face7Name" "Face 7 Name" "FujiFilm:Face8Birthday"
+    "Face 8 Birthday" "FujiFilm:Face8Category" "Face 8 Category" "FujiFilm:Face8Category:2"
+    "FujiFilm:Face8Category:4" "FujiFilm:Face8Category:8" "FujiFilm:Face8Name" "Face 8 Name"
+    "FujiFilm:FaceElementPositions" "Face Element Positions" "FujiFilm:FaceElementSelected"
+    "Face Element Selected" "FujiFilm:FaceElementTypes" "Face Element Types"
+    "FujiFilm:FaceElementTypes:1" "Face" "FujiFilm:FaceElementTypes:11" "Bike"
+    "FujiFilm:FaceElementTypes:12" "Body of Car" "FujiFilm:FaceElementTypes:13" "Front of Car"
+    "FujiFilm:FaceElementTypes:14" "Animal Body" "FujiFilm:FaceElementTypes:15" "Animal Head"
+    "FujiFilm:FaceElementTypes:16" "Animal Face" "FujiFilm:FaceElementTypes:17" "Animal Left Eye"
+    "FujiFilm:FaceElementTypes:18" "Animal Right Eye" "FujiFilm:FaceElementTypes:19" "Bird Body"
+    "FujiFilm:FaceElementTypes:2" "Left Eye" "FujiFilm:FaceElementTypes:20" "Bird Head"
+    "FujiFilm:FaceElementTypes:21" "Bird Left Eye" "FujiFilm:FaceElementTypes:22" "Bird Right Eye"
+    "FujiFilm:FaceElementTypes:23" "Aircraft Body" "FujiFilm:FaceElementTypes:25" "Aircraft Cockpit"
+    "FujiFilm:FaceElementTypes:26" "Train Front" "FujiFilm:FaceElementTypes:27" "Train Cockpit"
+    "FujiFilm:FaceElementTypes:28" "Animal Head (28)" "FujiFilm:FaceElementTypes:29"
+    "Animal Body (29)" "FujiFilm:FaceElementTypes:3" "Right Eye" "FujiFilm:FaceElementTypes:7"
+    "Body" "FujiFilm:FaceElementTypes:8" "Head" "FujiFilm:FacePositions" "Face Positions"
+    "FujiFilm:FacesDetected" "Faces Detected" "FujiFilm:FileSource" "File Source"
+    "FujiFilm:FilmMode" "Film Mode" "FujiFilm:FilmMode:0" "F0/Standard (Provia)"
+    "FujiFilm:FilmMode:1024" "F4/Velvia" "FujiFilm:FilmMode:1280" "Pro Neg. Std"
+    "FujiFilm:FilmMode:1281" "Pro Neg. Hi" "FujiFilm:FilmMode:1536" "Classic Chrome"
+    "FujiFilm:FilmMode:1792" "Eterna" "FujiFilm:FilmMode:2048" "Classic Negative"
+    "FujiFilm:FilmMode:2304" "Bleach Bypass" "FujiFilm:FilmMode:256" "F1/Studio Portrait"
+    "FujiFilm:FilmMode:2560" "Nostalgic Neg" "FujiFilm:FilmMode:272"
+    "F1a/Studio Portrait Enhanced Saturation" "FujiFilm:FilmMode:2816" "Reala ACE"
+    "FujiFilm:FilmMode:288" "F1b/Studio Portrait Smooth Skin Tone (Astia)" "FujiFilm:FilmMode:304"
+    "F1c/Studio Portrait Increased Sharpness" "FujiFilm:FilmMode:512" "F2/Fujichrome (Velvia)"
+    "FujiFilm:FilmMode:768" "F3/Studio Portrait Ex" "FujiFilm:FlashExposureComp"
+    "Flash Exposure Comp" "FujiFilm:FlickerReduction" "Flicker Reduction" "FujiFilm:FocusMode"
+    "Focus Mode" "FujiFilm:FocusMode2" "Focus Mode 2" "FujiFilm:FocusMode2:0" "AF-M"
+    "FujiFilm:FocusMode2:1" "AF-S" "FujiFilm:FocusMode2:2" "AF-C" "FujiFilm:FocusMode:0"
+    "FujiFilm:FocusMode:1" "FujiFilm:FocusMode:65535" "Movie" "FujiFilm:FocusPixel" "Focus Pixel"
+    "FujiFilm:FocusWarning" "Focus Warning" "FujiFilm:FocusWarning:0" "FujiFilm:FocusWarning:1"
+    "Out of focus" "FujiFilm:FrameHeight" "Frame Height" "FujiFilm:FrameNumber" "Frame Number"
+    "FujiFilm:FrameRate" "Frame Rate" "FujiFilm:FrameWidth" "Frame Width" "FujiFilm:FujiFlashMode"
+    "Fuji Flash Mode" "FujiFilm:FujiFlashMode:0" "FujiFilm:FujiFlashMode:1"
+    "FujiFilm:FujiFlashMode:16" "Commander" "FujiFilm:FujiFlashMode:2" "FujiFilm:FujiFlashMode:3"
+    "Red-eye reduction" "FujiFilm:FujiFlashMode:32768" "Not Attached" "FujiFilm:FujiFlashMode:33056"
+    "TTL" "FujiFilm:FujiFlashMode:33568" "TTL Auto - Did not fire" "FujiFilm:FujiFlashMode:38976"
+    "FujiFilm:FujiFlashMode:39008" "Flash Commander" "FujiFilm:FujiFlashMode:39040" "Multi-flash"
+    "FujiFilm:FujiFlashMode:4" "External" "FujiFilm:FujiFlashMode:43296" "1st Curtain (front)"
+    "FujiFilm:FujiFlashMode:43552" "TTL Slow - 1st Curtain (front)" "FujiFilm:FujiFlashMode:43808"
+    "TTL Auto - 1st Curtain (front)" "FujiFilm:FujiFlashMode:44320"
+    "TTL - Red-eye Flash - 1st Curtain (front)" "FujiFilm:FujiFlashMode:44576"
+    "TTL Slow - Red-eye Flash - 1st Curtain (front)" "FujiFilm:FujiFlashMode:44832"
+    "TTL Auto - Red-eye Flash - 1st Curtain (front)" "FujiFilm:FujiFlashMode:51488"
+    "2nd Curtain (rear)" "FujiFilm:FujiFlashMode:51744" "TTL Slow - 2nd Curtain (rear)"
+    "FujiFilm:FujiFlashMode:52000" "TTL Auto - 2nd Curtain (rear)" "FujiFilm:FujiFlashMode:52512"
+    "TTL - Red-eye Flash - 2nd Curtain (rear)" "FujiFilm:FujiFlashMode:52768"
+    "TTL Slow - Red-eye Flash - 2nd Curtain (rear)" "FujiFilm:FujiFlashMode:53024"
+    "TTL Auto - Red-eye Flash - 2nd Curtain (rear)" "FujiFilm:FujiFlashMode:59680"
+    "High Speed Sync (HSS)" "FujiFilm:FujiModel" "Fuji Model" "FujiFilm:FujiModel2" "Fuji Model 2"
+    "FujiFilm:FullHDHighSpeedRec" "Full HD High Speed Rec" "FujiFilm:FullHDHighSpeedRec:1"
+    "FujiFilm:FullHDHighSpeedRec:2" "FujiFilm:GEImageSize" "GE Image Size"
+    "FujiFilm:GrainEffectRoughness" "Grain Effect Roughness" "FujiFilm:GrainEffectRoughness:0"
+    "FujiFilm:GrainEffectRoughness:32" "FujiFilm:GrainEffectRoughness:64" "FujiFilm:GrainEffectSize"
+    "Grain Effect Size" "FujiFilm:GrainEffectSize:0" "FujiFilm:GrainEffectSize:16" "Small"
+    "FujiFilm:GrainEffectSize:32" "Large" "FujiFilm:HighlightTone" "Highlight Tone"
+    "FujiFilm:HighlightTone:-16" "+1 (medium hard)" "FujiFilm:HighlightTone:-32" "+2 (hard)"
+    "FujiFilm:HighlightTone:-48" "+3 (very hard)" "FujiFilm:HighlightTone:-64" "+4 (hardest)"
+    "FujiFilm:HighlightTone:0" "0 (normal)" "FujiFilm:HighlightTone:16" "-1 (medium soft)"
+    "FujiFilm:HighlightTone:32" "-2 (soft)" "FujiFilm:ImageCount" "Image Count"
+    "FujiFilm:ImageGeneration" "Image Generation" "FujiFilm:ImageGeneration:0" "Original Image"
+    "FujiFilm:ImageGeneration:1" "Re-developed from RAW" "FujiFilm:ImageStabilization"
+    "Image Stabilization" "FujiFilm:ImageStabilization:0" "FujiFilm:ImageStabilization:1"
+    "On (mode 1, continuous)" "FujiFilm:ImageStabilization:2" "On (mode 2, shooting only)"
+    "FujiFilm:ImageStabilization:258" "IBIS/OIS + DIS" "FujiFilm:ImageStabilization:3" "OIS Lens"
+    "FujiFilm:ImageStabilization:512" "Digital" "FujiFilm:InternalSerialNumber"
+    "Internal Serial Number" "FujiFilm:LensModulationOptimizer" "Lens Modulation Optimizer"
+    "FujiFilm:LensModulationOptimizer:0" "FujiFilm:LensModulationOptimizer:1" "FujiFilm:Macro"
+    "FujiFilm:Macro:0" "FujiFilm:Macro:1" "FujiFilm:Make" "FujiFilm:MaxApertureAtMaxFocal"
+    "Max Aperture At Max Focal" "FujiFilm:MaxApertureAtMinFocal" "Max Aperture At Min Focal"
+    "FujiFilm:MaxFocalLength" "Max Focal Length" "FujiFilm:MinFocalLength" "Min Focal Length"
+    "FujiFilm:Model" "Camera Model Name" "FujiFilm:MovieStreamName" "Movie Stream Name"
+    "FujiFilm:NoiseReduction" "Noise Reduction" "FujiFilm:NoiseReduction:0"
+    "FujiFilm:NoiseReduction:128" "FujiFilm:NoiseReduction:256" "+2 (strong) |\302\240n/a"
+    "FujiFilm:NoiseReduction:384" "+1 (medium strong)" "FujiFilm:NoiseReduction:448"
+    "+3 (very strong)" "FujiFilm:NoiseReduction:480" "+4 (strongest)" "FujiFilm:NoiseReduction:512"
+    "-2 (weak)" "FujiFilm:NoiseReduction:64" "FujiFilm:NoiseReduction:640" "-1 (medium weak)"
+    "FujiFilm:NoiseReduction:704" "-3 (very weak)" "FujiFilm:NoiseReduction:736" "-4 (weakest)"
+    "FujiFilm:NumFaceElements" "Num Face Elements" "FujiFilm:OrderNumber" "Order Number"
+    "FujiFilm:PanoramaAngle" "Panorama Angle" "FujiFilm:PanoramaDirection" "Panorama Direction"
+    "FujiFilm:PanoramaDirection:1" "Right" "FujiFilm:PanoramaDirection:2" "Up"
+    "FujiFilm:PanoramaDirection:3" "Left" "FujiFilm:PanoramaDirection:4" "Down" "FujiFilm:Parallax"
+    "FujiFilm:PeripheralLighting" "Peripheral Lighting" "FujiFilm:PeripheralLighting:0"
+    "FujiFilm:PeripheralLighting:1" "FujiFilm:PictureMode" "Picture Mode" "FujiFilm:PictureMode:0"
+    "FujiFilm:PictureMode:1" "Portrait" "FujiFilm:PictureMode:10" "Sunset" "FujiFilm:PictureMode:11"
+    "Museum" "FujiFilm:PictureMode:12" "Party" "FujiFilm:PictureMode:13" "Flower"
+    "FujiFilm:PictureMode:14" "Text" "FujiFilm:PictureMode:15" "Natural Light & Flash"
+    "FujiFilm:PictureMode:16" "Beach" "FujiFilm:PictureMode:17" "Snow" "FujiFilm:PictureMode:18"
+    "Fireworks" "FujiFilm:PictureMode:19" "Underwater" "FujiFilm:PictureMode:2" "Landscape"
+    "FujiFilm:PictureMode:20" "Portrait with Skin Correction" "FujiFilm:PictureMode:22" "Panorama"
+    "FujiFilm:PictureMode:23" "Night (tripod)" "FujiFilm:PictureMode:24" "Pro Low-light"
+    "FujiFilm:PictureMode:25" "Pro Focus" "FujiFilm:PictureMode:256" "Aperture-priority AE"
+    "FujiFilm:PictureMode:26" "Portrait 2" "FujiFilm:PictureMode:27" "Dog Face Detection"
+    "FujiFilm:PictureMode:28" "Cat Face Detection" "FujiFilm:PictureMode:3" "FujiFilm:PictureMode:4"
+    "Sports" "FujiFilm:PictureMode:48" "HDR" "FujiFilm:PictureMode:5" "Night Scene"
+    "FujiFilm:PictureMode:512" "Shutter speed priority AE" "FujiFilm:PictureMode:6" "Program AE"
+    "FujiFilm:PictureMode:64" "FujiFilm:PictureMode:7" "Natural Light" "FujiFilm:PictureMode:768"
+    "FujiFilm:PictureMode:8" "Anti-blur" "FujiFilm:PictureMode:9" "Beach & Snow"
+    "FujiFilm:PixelShiftOffset" "Pixel Shift Offset" "FujiFilm:PixelShiftShots" "Pixel Shift Shots"
+    "FujiFilm:PreAF" "Pre AF" "FujiFilm:PreAF:0" "FujiFilm:PreAF:1" "FujiFilm:Quality"
+    "FujiFilm:Rating" "FujiFilm:RawImageHeight" "Raw Image Height" "FujiFilm:RawImageWidth"
+    "Raw Image Width" "FujiFilm:RollAngle" "Roll Angle" "FujiFilm:Saturation"
+    "FujiFilm:Saturation:0" "FujiFilm:Saturation:1024" "-2 (low)" "FujiFilm:Saturation:1216"
+    "-3 (very low)" "FujiFilm:Saturation:1248" "-4 (lowest)" "FujiFilm:Saturation:128"
+    "+1 (medium high)" "FujiFilm:Saturation:1280" "Acros" "FujiFilm:Saturation:1281"
+    "Acros Red Filter" "FujiFilm:Saturation:1282" "Acros Yellow Filter" "FujiFilm:Saturation:1283"
+    "Acros Green Filter" "FujiFilm:Saturation:192" "+3 (very high)" "FujiFilm:Saturation:224"
+    "+4 (highest)" "FujiFilm:Saturation:256" "+2 (high)" "FujiFilm:Saturation:32768"
+    "FujiFilm:Saturation:384" "-1 (medium low)" "FujiFilm:Saturation:512" "FujiFilm:Saturation:768"
+    "None (B&W)" "FujiFilm:Saturation:769" "B&W Red Filter" "FujiFilm:Saturation:770"
+    "B&W Yellow Filter" "FujiFilm:Saturation:771" "B&W Green Filter" "FujiFilm:Saturation:784"
+    "B&W Sepia" "FujiFilm:SceneRecognition" "Scene Recognition" "FujiFilm:SceneRecognition:0"
+    "Unrecognized" "FujiFilm:SceneRecognition:1024" "FujiFilm:SceneRecognition:256" "Portrait Image"
+    "FujiFilm:SceneRecognition:259" "Night Portrait" "FujiFilm:SceneRecognition:261"
+    "Backlit Portrait" "FujiFilm:SceneRecognition:512" "Landscape Image"
+    "FujiFilm:SceneRecognition:768" "FujiFilm:SequenceNumber" "Sequence Number"
+    "FujiFilm:ShadowTone" "Shadow Tone" "FujiFilm:ShadowTone:-16" "FujiFilm:ShadowTone:-32"
+    "FujiFilm:ShadowTone:-48" "FujiFilm:ShadowTone:-64" "FujiFilm:ShadowTone:0"
+    "FujiFilm:ShadowTone:16" "FujiFilm:ShadowTone:32" "FujiFilm:Sharpness" "FujiFilm:Sharpness:0"
+    "-4 (softest)" "FujiFilm:Sharpness:1" "-3 (very soft)" "FujiFilm:Sharpness:130"
+    "FujiFilm:Sharpness:132" "FujiFilm:Sharpness:2" "FujiFilm:Sharpness:3"
+    "FujiFilm:Sharpness:32768" "FujiFilm:Sharpness:4" "FujiFilm:Sharpness:5" "FujiFilm:Sharpness:6"
+    "FujiFilm:Sharpness:65535" "FujiFilm:ShutterType" "Shutter Type" "FujiFilm:ShutterType:0"
+    "Mechanical" "FujiFilm:ShutterType:1" "Electronic" "FujiFilm:ShutterType:2"
+    "Electronic (long shutter speed)" "FujiFilm:ShutterType:3" "Electronic Front Curtain"
+    "FujiFilm:SlowSync" "Slow Sync" "FujiFilm:SlowSync:0" "FujiFilm:SlowSync:1" "FujiFilm:Version"
+    "FujiFilm:VideoCompression" "Video Compression" "FujiFilm:VideoCompression:1" "Log GOP"
+    "FujiFilm:VideoCompression:2" "All Intra" "FujiFilm:VideoRecordingMode" "Video Recording Mode"
+    "FujiFilm:VideoRecordingMode:0" "FujiFilm:VideoRecordingMode:16" "F-log"
+    "FujiFilm:VideoRecordingMode:32" "HLG" "FujiFilm:VideoRecordingMode:48" "F-log2"
+    "FujiFilm:WhiteBalance" "White Balance" "FujiFilm:WhiteBalance:0" "FujiFilm:WhiteBalance:1"
+    "Auto (white priority)" "FujiFilm:WhiteBalance:1024" "Incandescent" "FujiFilm:WhiteBalance:1280"
+    "Flash" "FujiFilm:WhiteBalance:1536" "FujiFilm:WhiteBalance:2" "Auto (ambiance priority)"
+    "FujiFilm:WhiteBalance:256" "Daylight" "FujiFilm:WhiteBalance:3840" "Custom"
+    "FujiFilm:WhiteBalance:3841" "Custom2" "FujiFilm:WhiteBalance:3842" "Custom3"
+    "FujiFilm:WhiteBalance:3843" "Custom4" "FujiFilm:WhiteBalance:3844" "Custom5"
+    "FujiFilm:WhiteBalance:4080" "Kelvin" "FujiFilm:WhiteBalance:512" "Cloudy"
+    "FujiFilm:WhiteBalance:768" "Daylight Fluorescent" "FujiFilm:WhiteBalance:769"
+    "Day White Fluorescent" "FujiFilm:WhiteBalance:770" "White Fluorescent"
+    "FujiFilm:WhiteBalance:771" "Warm White Fluorescent" "FujiFilm:WhiteBalance:772"
+    "Living Room Warm White Fluorescent" "FujiFilm:WhiteBalanceFineTune" "White Balance Fine Tune"
+    "创意风格" "标准" "色温" "对比度" "硬调" "软调" "数码变焦" "驱动模式" "曝光偏差" "曝光时间" "光圈数" "文件来源" "闪光补偿" "对焦模式" "自动"
+    "手动" "更新速率" "厂商" "型号" "减少噪声" "人物" "风景" "光圈优先" "快门优先" "图像质量" "评分" "饱和度" "低饱和度" "锐度" "未设置" "版本"
+    "白平衡" "闪光" "太阳光" "自定义" "阴天" "日光色荧光灯" "日光白色荧光灯" "白色荧光灯" "暖白荧光灯" "Mode de la zone d'autofocus"
+    "Point unique" "Large/Suivi" "Non applicable" "Taille de la zone de l'autofocus"
+    "Mode de l'Autofocus" "Tons clairs" "Caméra jouet" "Flou artistique" "Tons sombres"
+    "Couleur pop" "Bracketing auto" "Désactivé" "Activé" "Alerte de flou" "Aucune" "Clarté"
+    "Mode colorimétrique" "N & B" "Température couleur" "Contraste" "Normale" "Moyen fort" "Fort"
+    "Simulation de film" "Moyen faible" "Faible" "Développement de la plage dynamique"
+    "Zoom numérique" "Mode de prise de vue" "Simple" "Continu (ultrarapide)" "Plage dynamique"
+    "Réglage de la plage dynamique" "Manuel" "Large1 (230%)" "Large2 (400%)" "Décalage d'exposition"
+    "Nombre d'expositions" "Temps de pose" "Alerte d'exposition" "Bonne exposition"
+    "Mauvaise exposition" "Diaphragme ƒ" "Anniversaire Visage 1" "Catégorie visage 1" "Conjoint"
+    "Famille" "Ami" "Nom visage 1" "Anniversaire Visage 2" "Catégorie visage 2" "Nom visage 2"
+    "Anniversaire Visage 3" "Catégorie visage 3" "Nom visage 3" "Anniversaire Visage 4"
+    "Catégorie visage 4" "Nom visage 4" "Anniversaire Visage 5" "Catégorie visage 5" "Nom visage 5"
+    "Anniversaire Visage 6" "Catégorie visage 6" "Nom visage 6" "Anniversaire Visage 7"
+    "Catégorie visage 7" "Nom visage 7" "Anniversaire Visage 8" "Catégorie visage 8" "Nom visage 8"
+    "Types d'éléments détectés" "Visage" "Vélo" "Carrosserie de voiture" "Calandre de voiture"
+    "Corps d'animal" "Tête d'animal" "Visage d'animal" "Œil gauche d'animal" "Œil droit d'animal"
+    "Corps d'oiseau" "Œil gauche" "Tête d'oiseau" "Œil gauche d'oiseau" "Œil droit d'oiseau"
+    "Carlingue d'avion" "Cockpit d'avion" "Avant de train" "Poste de conduite de train" "Œil droit"
+    "Corps" "Tête" "Positions du visage" "Visages détectés" "Source du fichier" "Mode vidéo"
+    "Compensation d'exposition au flash" "Mode de mise au point" "Mode de mise au point 2"
+    "AF-S (prise de vue unique)" "AF-C (prise de vue en rafale)" "Manuelle" "Vidéo"
+    "Pixels de mise au point" "Alerte de mise au point" "Bonne focalisation" "Pas de focalisation"
+    "Numéro de vue" "Vitesse" "Mode Flash Fuji" "Commandeur" "Réduction yeux rouges" "Non attaché"
+    "TTL Auto - Non déclenché" "Commandeur de Flash" "Externe" "TTL Lent - 1er rideau (avant"
+    "TTL Auto - 1er rideau (avant)" "TTL - Flash yeux rouges - 1er rideau (avant)"
+    "TTL Lent - Flash yeux rouges - 1er rideau (avant" "TTL Lent - 2eme rideau (arrière)"
+    "TTL Auto - 2eme rideau (arrière)" "TTL - Flash yeux rouges - 2eme rideau (arrière)"
+    "TTL Lent - Flash yeux rouges - 2eme rideau (arrière)" "Synchronisation haute vitesse (HSS)"
+    "Modèle Fuji" "Modèle Fuji2" "Tonalité lumineuse" "+1 (moyennement dure)" "+2 (dure)"
+    "+3 (très dure)" "+4 (la plus dure)" "0 (normale)" "-1 (moyennement douce)" "-2 (douce)"
+    "Compteur d'images" "Génération de l'image" "Image orginale" "Redéveloppée à partir du RAW"
+    "Stabilisation de l'image" "Désactivée" "Activée (mode 1, continu)"
+    "Activée (mode 2, prise de vue uniquement)" "Numéro de série interne"
+    "Optimiseur de modulation de l'objectif" "Activée" "Fabricant" "Ouverture à la focale maxi"
+    "Ouverture à la focale mini" "Focale maxi" "Focale mini" "Modèle de l'appareil photo"
+    "Réduction du bruit" "+2 (forte) |\302\240Non applicable" "+1 (moyennement forte)"
+    "+3 (très forte)" "+4 (la plus forte)" "-2 (faible)" "-1 (moyennement faible)"
+    "-3 (très faible)" "-4 (la plus faible)" "Nombre d'éléments de visages"
+    "Correction éclairage périphérique" "Désactiver" "Activer" "Mode de l'image" "Coucher de soleil"
+    "Musée" "Texte" "Lumière naturelle & Flash" "Neige" "Feux d'artifice" "Sous-marine" "Paysage"
+    "Priorité à l'ouverture AE" "Scène nocturne" "Priorité vitesse" "Lumière naturelle" "Anti-flou"
+    "Qualité" "Classement" "Hauteur de l'image RAW" "Largeur de l'image brute" "Angle de roulis"
+    "+1 (moyennement élevée)" "Filtre rouge Acros" "Filtre jaune Acros" "Filtre vert Acros"
+    "+3 (très élevée)" "+4 (la plus élevée)" "+2 (élevée)" "Aucune (N&B)" "Filtre rouge N&B"
+    "Filtre jaune N&B" "Filtre vert N&B" "Filtre sépia N&B" "Reconnaissance de scène" "Non reconnue"
+    "Image de portrait" "Portrait nocturne" "Portrait rétro-éclairé" "Image de paysage"
+    "Numéro de Séquence" "Tonalité d'ombrage" "Netteté" "-4 (la plus douce)" "-3 (très douce)"
+    "-1 (moyennement dure)" "Synchronisation lente" "Balance des blancs"
+    "Equilibrage automatique des blancs" "Lumière du jour" "Personnalisée" "Temps nuageux"
+    "Fluorescente type jour" "Fluorescente type blanc" "Fluorescent blanc" "Fluorescent blanc chaud"
+    "Balance des blancs - Réglage fin" "Messfeldsteuerung" "Bereich" "AF-Modus"
+    "Automatische Belichtungsreihe" "Aus" "Ein" "Kein Blitz & Blitz |\302\240Vorauslösung"
+    "Verwackelungswarnung" "Keine" "Farbmodus" "Farbe" "S/W" "Farbtemperatur" "Kontrast"
+    "Mittel-Hoch" "Stark" "Film-Simulation" "Mittel-Gering" "Leicht" "Dynamikbereich Entwicklung"
+    "Digital-Zoom" "Aufnahmeart" "Einzelbild" "Serienaufnahme Niedrig" "Serienaufnahme (Hi)"
+    "Dynamikbereich" "Weit" "Dynamikbereich-Einstellungen" "Weit1 (230%)" "Weit2 (400%)"
+    "Belichtungskorrektur" "Belichtungsdauer" "Belichtungswarnung" "OK" "Schlechte Belichtung"
+    "F-Wert" "Positionen der Gesichter" "Gesichter erkannt" "Dateiquelle" "Film-Modus"
+    "F1/Studio-Porträt" "F1a/Studio-Porträt Erweiterte Sättigung"
+    "F1b/Studio-Porträt Weiche Hauttöne" "F1c/Studio-Porträt Erhöhte Schärfe" "F3/Studio Porträt Ex"
+    "Blitzbelichtungskorrektur" "Fokus-Modus" "Fokus-Modus 2" "AF-S (Einzelautofokus)"
+    "AF-C (Kontinuierlicher Autofokus)" "Automatisch" "Manuell" "Fokus-Pixel" "Fokus-Warnung"
+    "Ausserhalb des Fokus" "Bereichshöhe" "Bildnummer" "Bildwechselfrequenz" "Bereichsbreite"
+    "Blitz-Modus" "Erzwungener Blitz" "Unterdrückter Blitz" "Rote-Augen-Reduzierung"
+    "Externer Blitz" "GE Bildgröße" "Bildzähler" "Bilderstellung" "Originalbild" "RAW generiert"
+    "Bildstabilisierung" "Ein (Modus 1, nachführend)" "Ein (Modus 2, Aufnahme)"
+    "Interne Seriennummer" "Makro" "Gerätehersteller" "Größte Blende bei größter Brennweite"
+    "Größte Blende bei geringster Brennweite" "Größte Brennweite" "Kleinste Brennweite"
+    "Kameramodell" "Rauschreduktion" "(nicht gesetzt) |\302\240+2 (strong)" "Gering"
+    "Auftragsnummer" "Panorama-Richtung" "Motivprogramm" "Porträt" "Sonnenuntergang" "Blumen"
+    "Umgebungslicht & Blitz" "Strand" "Schnee" "Feuerwerk" "Unterwasser" "Landschaft"
+    "Blendenpriorität" "Porträt 2" "Sport" "Nachtszene" "Verschlusspriorität" "Programmautomatik"
+    "Umgebungslicht" "Motivschärfe-Modus" "Strand & Schnee" "Qualität" "Bewertung" "Raw Bildhöhe"
+    "Raw Bildbreite" "Farbsättigung" "0 (Normal)" "-2 (Geringe Farbsättigung)" "-3 (Sehr gering)"
+    "+1 (Leicht erhöht)" "+3 (Sehr hoch)" "+4" "+2 (Hohe Farbsättigung)" "-1 (Leicht verringert)"
+    "Geringe Farbsättigung" "Keine (S&W)" "Schwarz-Weiß Rotfilter" "Schwarz-Weiß Gelbfilter"
+    "Schwarz-Weiß Grünfilter" "Schwarz-Weiß Sepia" "Bildsequenznummer" "Schärfe" "-3 (Sehr weich)"
+    "-2 (Leicht)" "+2 (Stark)" "(nicht gesetzt)" "Slow-Synchro" "Weißabgleich" "Glühbirne" "Blitz"
+    "Tageslicht" "Benutzerdefiniert" "Benutzerdefiniert 2" "Benutzerdefiniert 3"
+    "Benutzerdefiniert 4" "Benutzerdefiniert 5" "Bewölkt" "Neonlicht tageslichtweiß"
+    "Neonlicht neutralweiß" "Neonlicht universalweiß" "Neonlicht warmweiß"
+    "Neonlicht Wohnzimmer-warmweiß)" "Weißabgleichsfeineinstellung" "Modo AF" "Spento" "Nessuno"
+    "Modo colore" "Temperatura colore" "Contrasto" "Alto" "Basso" "Zoom Digitale"
+    "Modalità esecuzione" "Manuale" "Compensazione esposizione" "Tempo esposizione" "Numero F"
+    "Famiglia" "Facce rimosse" "Origine file" "Compensazione Esposizione Flash"
+    "Modalità messa a fuoco" "Modalità messa a fuoco 2" "Frequenza fotogramma"
+    "Riduzione occhi rossi" "Esterno" "Conteggio Immagini" "Stabilizzazione Immagine" "Costruttore"
+    "Diaframma massimo alla focale massima" "Diaframma massimo alla focale minima"
+    "Lunghezza focale massima" "Lunghezza focale minima" "Nome modello fotocamera"
+    "Riduzione rumore" "+2 (strong) |\302\240n/d" "Verticale" "Tramonto" "Fiore" "Testo"
+    "Fuochi artificiali" "Orizzontale" "Priorità diaframma" "Priorità otturatore AE" "Programma AE"
+    "Qualità" "Valutazione" "Altezza immagine raw" "Larghezza immagine raw" "Saturazione"
+    "Nessuno (B&N)" "Numero sequenza" "Nitidezza" "n/d" "Numero versione immagine"
+    "Bilanciamento del bianco" "Equilibrio del bianco automatico" "Luce del giorno" "Personalizzato"
+    "Nuvoloso" "Fluorescente a luce del giorno" "Fluorescente a luce del giorno bianca"
+    "Fluorescente bianca" "Luce fluorescente bianca calda" "Regolazione Fine Bilanciamento Bianco"
+    "AFエリアモード" "AFモード" "オートブラケット" "オフ" "オン" "Pre-shot |\302\240フラッシュ無し＆フラッシュ有り" "手振れ警告" "無し"
+    "カラーモード" "スタンダード" "クローム" "白黒" "色温度" "コントラスト" "少し高い" "ハード" "フィルムシミュレーション" "少し低い" "ソフト"
+    "進化ダイナミックレンジ" "デジタルズーム" "ドライブモード" "１コマ撮影" "連射 (Hi)" "ダイナミックレンジ" "ワイド" "ダイナミックレンジ設定" "露出補正値"
+    "露出時間" "露出警告" "適正" "露出失敗" "F値" "顔認識" "ファイルソース" "フィルムモード" "フラッシュ露出補正" "フォーカスモード" "フォーカスモード2"
+    "オート" "マニュアル" "焦点解像度" "フォーカス警告" "ジャスピン" "ピンボケ" "フレーム高" "フレーム番号" "フレームレート" "フレーム幅" "フラッシュモード"
+    "赤目軽減" "外付フラッシュ" "イメージカウント" "イメージスタビライザー" "内部シリアル番号" "マクロ" "メーカー" "最大焦点時最大絞り" "最小焦点時最大絞り"
+    "最大焦点距離" "最小焦点距離" "画像入力機器モデル" "ノイズリダクション" "標準" "低い" "オーダー番号" "ピクチャーモード" "ポートレート" "夕日" "美術館"
+    "パーティ" "花" "テキスト" "ナチュラルフォト＆フラッシュ" "ビーチ" "スノー" "花火" "水中" "風景" "パノラマ" "絞り優先" "スポーツ" "夜景"
+    "シャッター優先" "プログラムAE" "ナチュラルフォト" "手振れ補正" "ビーチ＆スノー" "品質" "格付け" "イメージ高さ" "イメージ幅" "彩度" "0 (スタンダード)"
+    "-2 (ソフト)" "-3 (かなり低い)" "+1 (少し高い)" "+3 (かなり高い)" "+2 (ハード)" "-1 (少し低い)" "低い彩度" "無し（黒＆白）"
+    "シーケンス番号" "シャープネス" "-3 (かなりソフト)" "-1 (ミドルソフト)" "+1 (少しハード)" "0 (ノーマル)" "+3 (かなりハード)" "該当無し"
+    "スローシンクロ" "バージョン" "ホワイトバランス" "電球" "ストロボ" "昼光" "カスタム" "カスタム2" "カスタム3" "カスタム4" "カスタム5" "ケルビン" "曇り"
+    "昼光色蛍光灯" "昼白色蛍光灯" "温白色蛍光灯" "暖白光色蛍光灯" "リビング暖白光色蛍光灯" "ホワイトバランスファインチューン" "AF Modo Área" "Ninguno"
+    "Modo de Color" "Estándar" "Temperatura de Color" "Bajo" "Zoom Digital" "Modo Entrada"
+    "Compensación Exposición" "Tiempo de Exposición" "Número F" "Caras Detectadas" "Fuente Archivo"
+    "Compensación Exposición Flash" "Modo Enfoque" "Velocidad del Fotograma" "Estabilización Imagen"
+    "Desactivado" "Número Serie Interno" "Apagado" "Encendido" "Marca"
+    "Apertura máxima a focal máxima" "Apertura máxima a focal mínima" "Longitud focal máxima"
+    "Longitud focal mínima" "Modelo" "Reducción Ruido" "Retrato" "Playa" "Nieve"
+    "Fuegos Artificiales" "Subacuatica" "Paisaje" "Panoramica" "Calidad" "Clasificación"
+    "Saturación" "Ninguna (N&B)" "Nitidez" "Versión PrintIM" "Balance de Blancos" "Automático"
+    "Luz de día" "Personalizado" "Nublado" "Fluorescente luz de día" "Fluorescente blanco de día"
+    "Fluorescente blanco" "Fluorescente blanco cálido" "GEModel" "GEMake" "GE:GEMake" "GE Make"
+    "GE:GEModel" "GE Model" "GE:Macro" "GE:Macro:0" "GE:Macro:1" "モデル" "AnimationIterations"
+    "ICC_Profile" "MIDISong" "XMP" "MIDIControlVersion" "MelodicPolyphony" "PercussivePolyphony"
+    "ChannelUsage" "DelayTime" "Comment" "Duration" "FrameCount" "GIFVersion" "TransparentColor"
+    "ImageWidth" "ImageHeight" "HasColorMap" "ColorResolutionDepth" "BitsPerPixel" "BackgroundColor"
+    "PixelAspectRatio" "GIF:AnimationIterations" "Animation Iterations" "GIF:BackgroundColor"
+    "Background Color" "GIF:BitsPerPixel" "Bits Per Pixel" "GIF:ChannelUsage" "Channel Usage"
+    "GIF:ColorResolutionDepth" "Color Resolution Depth" "GIF:Comment" "GIF:DelayTime" "Delay Time"
+    "GIF:Duration" "GIF:FrameCount" "Frame Count" "GIF:GIFVersion" "GIF Version" "GIF:HasColorMap"
+    "Has Color Map" "GIF:HasColorMap:0" "GIF:HasColorMap:1" "Yes" "GIF:ICC_Profile" "ICC Profile"
+    "GIF:ImageHeight" "Image Height" "GIF:ImageWidth" "Image Width" "GIF:MIDIControlVersion"
+    "MIDI Control Version" "GIF:MIDISong" "MIDI Song" "GIF:MelodicPolyphony" "Melodic Polyphony"
+    "GIF:PercussivePolyphony" "Percussive Polyphony" "GIF:PixelAspectRatio" "Pixel Aspect Ratio"
+    "GIF:SequenceNumber" "GIF:Text" "GIF:TransparentColor" "Transparent Color" "GIF:XMP" "注释"
+    "GIF 版本" "像高" "像宽" "XMP 元数据" "Commentaire" "Durée" "Version GIF"
+    "Profil de couleur ICC d'entrée" "Hauteur de l'image" "Largeur de l'image"
+    "Ratio d'aspect des pixels" "Métadonnées XMP" "Hintergrundfarbe" "Kommentar" "Dauer"
+    "GIF-Version" "ICC-Profil" "Bildhöhe" "Bildbreite" "XMP Metadaten" "Commento" "Versione GIF"
+    "Altezza immagine" "Larghezza immagine" "コメント" "GIFバージョン" "ICC入力色プロフィール" "画像高さ" "画像幅" "XMPメタデータ"
+    "Comentario" "Duración" "Perfil Color Entrada ICC" "Alto Imagen" "Ancho Imagen" "Texto"
+    "Metadatos XMP" "XCFVersion" "Compression" "Tattoo" "Units" "ICCProfileName" "XResolution"
+    "YResolution" "file" "v001" "v002" "GIMP:ColorMode" "GIMP:ColorMode:0" "RGB Color"
+    "GIMP:ColorMode:1" "Grayscale" "GIMP:ColorMode:2" "Indexed Color" "GIMP:Comment"
+    "GIMP:Compression" "GIMP:Compression:0" "GIMP:Compression:1" "RLE Encoding" "GIMP:Compression:2"
+    "Zlib" "GIMP:Compression:3" "Fractal" "GIMP:ICCProfileName" "ICC Profile Name"
+    "GIMP:ImageHeight" "GIMP:ImageWidth" "GIMP:Tattoo" "GIMP:Units" "GIMP:Units:1" "Inches"
+    "GIMP:Units:2" "mm" "GIMP:Units:3" "Points" "GIMP:Units:4" "Picas" "GIMP:XCFVersion"
+    "XCF Version" "GIMP:XCFVersion:file" "GIMP:XCFVersion:v001" "GIMP:XCFVersion:v002"
+    "GIMP:XResolution" "X Resolution" "GIMP:YResolution" "Y Resolution" "压缩方案" "Couleur RVB"
+    "Niveaux de gris" "Couleurs indexées" "Schéma de compression" "Aucun" "Encodage RLE"
+    "Nom du profil ICC" "Résolution horizontale de l'image" "Résolution verticale de l'image"
+    "RGB Farbe" "Graustufen" "Indizierte Farben" "Komprimierungsschema" "Keines" "ICC-Profil Name"
+    "Horizontale Bildauflösung" "Vertikale Bildauflösung" "Colore RGB" "Scala di grigi"
+    "Compressione" "Codifica RLE" "Unità" "Risoluzione orizzontale immagine"
+    "Risoluzione verticale immagine" "圧縮計画" "画像幅の解像度" "画像高さの解像度" "Compresión"
+    "Resolución Imagen Horizontal" "Resolución Imagen Vertical" "GeoTiffVersion" "GTModelType"
+    "GTRasterType" "GTCitation" "GeographicType" "GeogCitation" "GeogGeodeticDatum"
+    "GeogPrimeMeridian" "GeogLinearUnits" "GeogLinearUnitSize" "GeogAngularUnits"
+    "GeogAngularUnitSize" "GeogEllipsoid" "GeogSemiMajorAxis" "GeogSemiMinorAxis"
+    "GeogInvFlattening" "GeogAzimuthUnits" "GeogPrimeMeridianLong" "GeogToWGS84" "ProjectedCSType"
+    "PCSCitation" "Projection" "ProjCoordTrans" "ProjLinearUnits" "ProjLinearUnitSize"
+    "ProjStdParallel1" "ProjStdParallel2" "ProjNatOriginLong" "ProjNatOriginLat" "ProjFalseEasting"
+    "ProjFalseNorthing" "ProjFalseOriginLong" "ProjFalseOriginLat" "ProjFalseOriginEasting"
+    "ProjFalseOriginNorthing" "ProjCenterLong" "ProjCenterLat" "ProjCenterEasting"
+    "ProjCenterNorthing" "ProjScaleAtNatOrigin" "ProjScaleAtCenter" "ProjAzimuthAngle"
+    "ProjStraightVertPoleLong" "ProjRectifiedGridAngle" "VerticalCSType" "VerticalCitation"
+    "VerticalDatum" "VerticalUnits" "ChartFormat" "ChartSource" "ChartSourceEdition"
+    "ChartSourceDate" "ChartCorrDate" "ChartCountryOrigin" "ChartRasterEdition" "ChartSoundingDatum"
+    "ChartDepthUnits" "ChartMagVar" "ChartMagVarYear" "ChartMagVarAnnChange" "ChartWGSNSShift"
+    "InsetNWPixelX" "InsetNWPixelY" "ChartContourInterval" "32767" "4001" "4002" "4003" "4004"
+    "4005" "4006" "4007" "4008" "4009" "4010" "4011" "4012" "4013" "4014" "4015" "4016" "4017"
+    "4018" "4019" "4020" "4021" "4022" "4023" "4024" "4025" "4026" "4027" "4028" "4029" "4030"
+    "4031" "4032" "4033" "4034" "4035" "4120" "4121" "4123" "4124" "4133" "4201" "4202" "4203"
+    "4204" "4205" "4206" "4207" "4208" "4209" "4210" "4211" "4212" "4213" "4214" "4215" "4216"
+    "4217" "4218" "4219" "4220" "4221" "4222" "4223" "4224" "4225" "4226" "4227" "4228" "4229"
+    "4230" "4231" "4232" "4233" "4234" "4235" "4236" "4237" "4238" "4239" "4240" "4241" "4242"
+    "4243" "4244" "4245" "4246" "4247" "4248" "4249" "4250" "4251" "4252" "4253" "4254" "4255"
+    "4256" "4257" "4258" "4259" "4260" "4261" "4262" "4263" "4264" "4265" "4266" "4267" "4268"
+    "4269" "4270" "4271" "4272" "4273" "4274" "4275" "4276" "4277" "4278" "4279" "4280" "4281"
+    "4282" "4283" "4284" "4285" "4286" "4287" "4288" "4289" "4290" "4291" "4292" "4293" "4294"
+    "4295" "4296" "4297" "4298" "4299" "4300" "4301" "4302" "4303" "4304" "4305" "4306" "4307"
+    "4308" "4309" "4310" "4311" "4312" "4313" "4314" "4315" "4317" "4322" "4324" "4326" "4801"
+    "4802" "4803" "4804" "4805" "4806" "4807" "4808" "4809" "4810" "4811" "4812" "4813" "4815"
+    "4901" "4902" "6001" "6002" "6003" "6004" "6005" "6006" "6007" "6008" "6009" "6010" "6011"
+    "6012" "6013" "6014" "6015" "6016" "6017" "6018" "6019" "6020" "6021" "6022" "6023" "6024"
+    "6025" "6026" "6027" "6028" "6029" "6030" "6031" "6032" "6033" "6034" "6035" "6201" "6202"
+    "6203" "6204" "6205" "6206" "6207" "6208" "6209" "6210" "6211" "6212" "6213" "6214" "6215"
+    "6216" "6217" "6218" "6219" "6220" "6221" "6222" "6223" "6224" "6225" "6226" "6227" "6228"
+    "6229" "6230" "6231" "6232" "6233" "6234" "6235" "6236" "6237" "6238" "6239" "6240" "6241"
+    "6242" "6243" "6244" "6245" "6246" "6247" "6248" "6249" "6250" "6251" "6252" "6253" "6254"
+    "6255" "6256" "6257" "6258" "6259" "6260" "6261" "6262" "6263" "6264" "6265" "6266" "6267"
+    "6268" "6269" "6270" "6271" "6272" "6273" "6274" "6275" "6276" "6277" "6278" "6279" "6280"
+    "6281" "6282" "6283" "6284" "6285" "6286" "6287" "6288" "6289" "6290" "6291" "6292" "6293"
+    "6294" "6295" "6296" "6297" "6298" "6299" "6300" "6301" "6302" "6303" "6304" "6305" "6306"
+    "6307" "6308" "6309" "6310" "6311" "6312" "6313" "6314" "6315" "6317" "6322" "6324" "6326"
+    "6901" "6902" "8901" "8902" "8903" "8904" "8905" "8906" "8907" "8908" "8909" "8910" "8911"
+    "9001" "9002" "9003" "9004" "9005" "9006" "9007" "9008" "9009" "9010" "9011" "9012" "9013"
+    "9014" "9015" "9101" "9102" "9103" "9104" "9105" "9106" "9107" "9108" "7001" "7002" "7003"
+    "7004" "7005" "7006" "7007" "7008" "7009" "7010" "7011" "7012" "7013" "7014" "7015" "7016"
+    "7017" "7018" "7019" "7020" "7021" "7022" "7023" "7024" "7025" "7026" "7027" "7028" "7029"
+    "7030" "7031" "7032" "7033" "7034" "7035" "2100" "2176" "2177" "2178" "2180" "2204" "2205"
+    "2391" "2392" "2393" "2394" "2400" "2600" "3053" "3057" "3300" "3786" "3857" "20137" "20138"
+    "20248" "20249" "20250" "20251" "20252" "20253" "20254" "20255" "20256" "20257" "20258" "20348"
+    "20349" "20350" "20351" "20352" "20353" "20354" "20355" "20356" "20357" "20358" "20437" "20438"
+    "20439" "20499" "20538" "20539" "20700" "20822" "20823" "20824" "20973" "20975" "20977" "20979"
+    "20981" "20983" "20985" "20987" "20989" "20991" "20993" "20995" "21100" "21148" "21149" "21150"
+    "21413" "21414" "21415" "21416" "21417" "21418" "21419" "21420" "21421" "21422" "21423" "21473"
+    "21474" "21475" "21476" "21477" "21478" "21479" "21480" "21481" "21482" "21483" "21500" "21790"
+    "21817" "21818" "21891" "21892" "21893" "21894" "22032" "22033" "22191" "22192" "22193" "22194"
+    "22195" "22196" "22197" "22332" "22391" "22392" "22523" "22524" "22832" "22992" "22993" "22994"
+    "23028" "23029" "23030" "23031" "23032" "23033" "23034" "23035" "23036" "23037" "23038" "23239"
+    "23240" "23433" "23700" "23846" "23847" "23848" "23849" "23850" "23851" "23852" "23853" "23886"
+    "23887" "23888" "23889" "23890" "23891" "23892" "23893" "23894" "23947" "23948" "24047" "24048"
+    "24100" "24200" "24370" "24371" "24372" "24373" "24374" "24382" "24383" "24384" "24500" "24547"
+    "24548" "24720" "24721" "24818" "24819" "24820" "24821" "24877" "24878" "24879" "24880" "24891"
+    "24892" "24893" "25000" "25231" "25391" "25392" "25393" "25394" "25395" "25700" "25932" "26191"
+    "26192" "26193" "26237" "26331" "26332" "26391" "26392" "26393" "26432" "26591" "26592" "26632"
+    "26692" "26703" "26704" "26705" "26706" "26707" "26708" "26709" "26710" "26711" "26712" "26713"
+    "26714" "26715" "26716" "26717" "26718" "26719" "26720" "26721" "26722" "26729" "26730" "26731"
+    "26732" "26733" "26734" "26735" "26736" "26737" "26738" "26739" "26740" "26741" "26742" "26743"
+    "26744" "26745" "26746" "26747" "26748" "26749" "26750" "26751" "26752" "26753" "26754" "26755"
+    "26756" "26757" "26758" "26759" "26760" "26761" "26762" "26763" "26764" "26765" "26766" "26767"
+    "26768" "26769" "26770" "26771" "26772" "26773" "26774" "26775" "26776" "26777" "26778" "26779"
+    "26780" "26781" "26782" "26783" "26784" "26785" "26786" "26787" "26788" "26789" "26790" "26791"
+    "26792" "26793" "26794" "26795" "26796" "26797" "26798" "26801" "26802" "26803" "26903" "26904"
+    "26905" "26906" "26907" "26908" "26909" "26910" "26911" "26912" "26913" "26914" "26915" "26916"
+    "26917" "26918" "26919" "26920" "26921" "26922" "26923" "26929" "26930" "26931" "26932" "26933"
+    "26934" "26935" "26936" "26937" "26938" "26939" "26940" "26941" "26942" "26943" "26944" "26945"
+    "26946" "26948" "26949" "26950" "26951" "26952" "26953" "26954" "26955" "26956" "26957" "26958"
+    "26959" "26960" "26961" "26962" "26963" "26964" "26965" "26966" "26967" "26968" "26969" "26970"
+    "26971" "26972" "26973" "26974" "26975" "26976" "26977" "26978" "26979" "26980" "26981" "26982"
+    "26983" "26984" "26985" "26986" "26987" "26988" "26989" "26990" "26991" "26992" "26993" "26994"
+    "26995" "26996" "26997" "26998" "27038" "27039" "27040" "27120" "27200" "27291" "27292" "27429"
+    "27500" "27581" "27582" "27583" "27591" "27592" "27593" "27700" "28232" "28348" "28349" "28350"
+    "28351" "28352" "28353" "28354" "28355" "28356" "28357" "28358" "28404" "28405" "28406" "28407"
+    "28408" "28409" "28410" "28411" "28412" "28413" "28414" "28415" "28416" "28417" "28418" "28419"
+    "28420" "28421" "28422" "28423" "28424" "28425" "28426" "28427" "28428" "28429" "28430" "28431"
+    "28432" "28464" "28465" "28466" "28467" "28468" "28469" "28470" "28471" "28472" "28473" "28474"
+    "28475" "28476" "28477" "28478" "28479" "28480" "28481" "28482" "28483" "28484" "28485" "28486"
+    "28487" "28488" "28489" "28490" "28491" "28492" "28600" "28991" "28992" "29118" "29119" "29120"
+    "29121" "29122" "29177" "29178" "29179" "29180" "29181" "29182" "29183" "29184" "29185" "29220"
+    "29221" "29333" "29635" "29636" "29700" "29738" "29739" "29800" "29849" "29850" "29900" "30200"
+    "30339" "30340" "30491" "30492" "30591" "30592" "30600" "30729" "30730" "30731" "30732" "31028"
+    "31121" "31291" "31292" "31293" "31300" "31491" "31492" "31493" "31494" "31495" "31700" "32001"
+    "32002" "32003" "32005" "32006" "32007" "32008" "32009" "32010" "32011" "32012" "32013" "32014"
+    "32015" "32016" "32017" "32018" "32019" "32020" "32021" "32022" "32023" "32024" "32025" "32026"
+    "32027" "32028" "32029" "32030" "32031" "32033" "32034" "32035" "32036" "32037" "32038" "32039"
+    "32040" "32041" "32042" "32043" "32044" "32045" "32046" "32047" "32048" "32049" "32050" "32051"
+    "32052" "32053" "32054" "32055" "32056" "32057" "32058" "32059" "32060" "32100" "32104" "32107"
+    "32108" "32109" "32110" "32111" "32112" "32113" "32114" "32115" "32116" "32117" "32118" "32119"
+    "32120" "32121" "32122" "32123" "32124" "32125" "32126" "32127" "32128" "32129" "32130" "32133"
+    "32134" "32135" "32136" "32137" "32138" "32139" "32140" "32141" "32142" "32143" "32144" "32145"
+    "32146" "32147" "32148" "32149" "32150" "32151" "32152" "32153" "32154" "32155" "32156" "32157"
+    "32158" "32161" "32201" "32202" "32203" "32204" "32205" "32206" "32207" "32208" "32209" "32210"
+    "32211" "32212" "32213" "32214" "32215" "32216" "32217" "32218" "32219" "32220" "32221" "32222"
+    "32223" "32224" "32225" "32226" "32227" "32228" "32229" "32230" "32231" "32232" "32233" "32234"
+    "32235" "32236" "32237" "32238" "32239" "32240" "32241" "32242" "32243" "32244" "32245" "32246"
+    "32247" "32248" "32249" "32250" "32251" "32252" "32253" "32254" "32255" "32256" "32257" "32258"
+    "32259" "32260" "32301" "32302" "32303" "32304" "32305" "32306" "32307" "32308" "32309" "32310"
+    "32311" "32312" "32313" "32314" "32315" "32316" "32317" "32318" "32319" "32320" "32321" "32322"
+    "32323" "32324" "32325" "32326" "32327" "32328" "32329" "32330" "32331" "32332" "32333" "32334"
+    "32335" "32336" "32337" "32338" "32339" "32340" "32341" "32342" "32343" "32344" "32345" "32346"
+    "32347" "32348" "32349" "32350" "32351" "32352" "32353" "32354" "32355" "32356" "32357" "32358"
+    "32359" "32360" "32401" "32402" "32403" "32404" "32405" "32406" "32407" "32408" "32409" "32410"
+    "32411" "32412" "32413" "32414" "32415" "32416" "32417" "32418" "32419" "32420" "32421" "32422"
+    "32423" "32424" "32425" "32426" "32427" "32428" "32429" "32430" "32431" "32432" "32433" "32434"
+    "32435" "32436" "32437" "32438" "32439" "32440" "32441" "32442" "32443" "32444" "32445" "32446"
+    "32447" "32448" "32449" "32450" "32451" "32452" "32453" "32454" "32455" "32456" "32457" "32458"
+    "32459" "32460" "32501" "32502" "32503" "32504" "32505" "32506" "32507" "32508" "32509" "32510"
+    "32511" "32512" "32513" "32514" "32515" "32516" "32517" "32518" "32519" "32520" "32521" "32522"
+    "32523" "32524" "32525" "32526" "32527" "32528" "32529" "32530" "32531" "32532" "32533" "32534"
+    "32535" "32536" "32537" "32538" "32539" "32540" "32541" "32542" "32543" "32544" "32545" "32546"
+    "32547" "32548" "32549" "32550" "32551" "32552" "32553" "32554" "32555" "32556" "32557" "32558"
+    "32559" "32560" "32601" "32602" "32603" "32604" "32605" "32606" "32607" "32608" "32609" "32610"
+    "32611" "32612" "32613" "32614" "32615" "32616" "32617" "32618" "32619" "32620" "32621" "32622"
+    "32623" "32624" "32625" "32626" "32627" "32628" "32629" "32630" "32631" "32632" "32633" "32634"
+    "32635" "32636" "32637" "32638" "32639" "32640" "32641" "32642" "32643" "32644" "32645" "32646"
+    "32647" "32648" "32649" "32650" "32651" "32652" "32653" "32654" "32655" "32656" "32657" "32658"
+    "32659" "32660" "32701" "32702" "32703" "32704" "32705" "32706" "32707" "32708" "32709" "32710"
+    "32711" "32712" "32713" "32714" "32715" "32716" "32717" "32718" "32719" "32720" "32721" "32722"
+    "32723" "32724" "32725" "32726" "32727" "32728" "32729" "32730" "32731" "32732" "32733" "32734"
+    "32735" "32736" "32737" "32738" "32739" "32740" "32741" "32742" "32743" "32744" "32745" "32746"
+    "32747" "32748" "32749" "32750" "32751" "32752" "32753" "32754" "32755" "32756" "32757" "32758"
+    "32759" "32760" "10101" "10102" "10131" "10132" "10201" "10202" "10203" "10231" "10232" "10233"
+    "10301" "10302" "10331" "10332" "10401" "10402" "10403" "10404" "10405" "10406" "10407" "10431"
+    "10432" "10433" "10434" "10435" "10436" "10501" "10502" "10503" "10531" "10532" "10533" "10600"
+    "10630" "10700" "10730" "10901" "10902" "10903" "10931" "10932" "10933" "11001" "11002" "11031"
+    "11032" "11101" "11102" "11103" "11131" "11132" "11133" "11201" "11202" "11231" "11232" "11301"
+    "11302" "11331" "11332" "11401" "11402" "11431" "11432" "11501" "11502" "11531" "11532" "11601"
+    "11602" "11631" "11632" "11701" "11702" "11731" "11732" "11801" "11802" "11831" "11832" "11900"
+    "11930" "12001" "12002" "12031" "12032" "12101" "12102" "12103" "12111" "12112" "12113" "12141"
+    "12142" "12143" "12201" "12202" "12203" "12231" "12232" "12233" "12301" "12302" "12331" "12332"
+    "12401" "12402" "12403" "12431" "12432" "12433" "12501" "12502" "12503" "12530" "12601" "12602"
+    "12630" "12701" "12702" "12703" "12731" "12732" "12733" "12800" "12830" "12900" "12930" "13001"
+    "13002" "13003" "13031" "13032" "13033" "13101" "13102" "13103" "13104" "13131" "13132" "13133"
+    "13134" "13200" "13230" "13301" "13302" "13331" "13332" "13401" "13402" "13431" "13432" "13501"
+    "13502" "13531" "13532" "13601" "13602" "13631" "13632" "13701" "13702" "13731" "13732" "13800"
+    "13830" "13901" "13902" "13930" "14001" "14002" "14031" "14032" "14100" "14130" "14201" "14202"
+    "14203" "14204" "14205" "14231" "14232" "14233" "14234" "14235" "14301" "14302" "14303" "14331"
+    "14332" "14333" "14400" "14430" "14501" "14502" "14531" "14532" "14601" "14602" "14631" "14632"
+    "14701" "14702" "14731" "14732" "14801" "14802" "14803" "14831" "14832" "14833" "14901" "14902"
+    "14903" "14904" "14931" "14932" "14933" "14934" "15001" "15002" "15003" "15004" "15005" "15006"
+    "15007" "15008" "15009" "15010" "15031" "15032" "15033" "15034" "15035" "15036" "15037" "15038"
+    "15039" "15040" "15101" "15102" "15103" "15104" "15105" "15131" "15132" "15133" "15134" "15135"
+    "15201" "15202" "15230" "15302" "15303" "15914" "15915" "15916" "15917" "16001" "16002" "16003"
+    "16004" "16005" "16006" "16007" "16008" "16009" "16010" "16011" "16012" "16013" "16014" "16015"
+    "16016" "16017" "16018" "16019" "16020" "16021" "16022" "16023" "16024" "16025" "16026" "16027"
+    "16028" "16029" "16030" "16031" "16032" "16033" "16034" "16035" "16036" "16037" "16038" "16039"
+    "16040" "16041" "16042" "16043" "16044" "16045" "16046" "16047" "16048" "16049" "16050" "16051"
+    "16052" "16053" "16054" "16055" "16056" "16057" "16058" "16059" "16060" "16101" "16102" "16103"
+    "16104" "16105" "16106" "16107" "16108" "16109" "16110" "16111" "16112" "16113" "16114" "16115"
+    "16116" "16117" "16118" "16119" "16120" "16121" "16122" "16123" "16124" "16125" "16126" "16127"
+    "16128" "16129" "16130" "16131" "16132" "16133" "16134" "16135" "16136" "16137" "16138" "16139"
+    "16140" "16141" "16142" "16143" "16144" "16145" "16146" "16147" "16148" "16149" "16150" "16151"
+    "16152" "16153" "16154" "16155" "16156" "16157" "16158" "16159" "16160" "16200" "16201" "16202"
+    "16203" "16204" "16205" "17348" "17349" "17350" "17351" "17352" "17353" "17354" "17355" "17356"
+    "17357" "17358" "17448" "17449" "17450" "17451" "17452" "17453" "17454" "17455" "17456" "17457"
+    "17458" "18031" "18032" "18033" "18034" "18035" "18036" "18037" "18051" "18052" "18053" "18054"
+    "18072" "18073" "18074" "18141" "18142" "19900" "19905" "19912" "19926" "5001" "5002" "5003"
+    "5004" "5005" "5006" "5007" "5008" "5010" "5011" "5012" "5013" "5014" "5015" "5016" "5017"
+    "5018" "5019" "5020" "5021" "5022" "5023" "5024" "5025" "5026" "5027" "5028" "5029" "5030"
+    "5031" "5032" "5033" "5101" "5102" "5103" "5104" "5105" "5106" "47500" "47501" "47502" "47503"
+    "47504" "47505" "47506" "47507" "47508" "47509" "47510" "47600" "47601" "47602" "47603" "47604"
+    "47605" "47606" "47607" "47608" "47609" "47610" "47611" "47612" "47613"
+    "GeoTiff:ChartContourInterval" "Chart Contour Interval" "GeoTiff:ChartCorrDate"
+    "Chart Corr Date" "GeoTiff:ChartCountryOrigin" "Chart Country Origin" "GeoTiff:ChartDepthUnits"
+    "Chart Depth Units" "GeoTiff:ChartDepthUnits:32767" "User Defined"
+    "GeoTiff:ChartDepthUnits:9001" "Linear Meter" "GeoTiff:ChartDepthUnits:9002" "Linear Foot"
+    "GeoTiff:ChartDepthUnits:9003" "Linear Foot US Survey" "GeoTiff:ChartDepthUnits:9004"
+    "Linear Foot Modified American" "GeoTiff:ChartDepthUnits:9005" "Linear Foot Clarke"
+    "GeoTiff:ChartDepthUnits:9006" "Linear Foot Indian" "GeoTiff:ChartDepthUnits:9007" "Linear Link"
+    "GeoTiff:ChartDepthUnits:9008" "Linear Link Benoit" "GeoTiff:ChartDepthUnits:9009"
+    "Linear Link Sears" "GeoTiff:ChartDepthUnits:9010" "Linear Chain Benoit"
+    "GeoTiff:ChartDepthUnits:9011" "Linear Chain Sears" "GeoTiff:ChartDepthUnits:9012"
+    "Linear Yard Sears" "GeoTiff:ChartDepthUnits:9013" "Linear Yard Indian"
+    "GeoTiff:ChartDepthUnits:9014" "Linear Fathom" "GeoTiff:ChartDepthUnits:9015"
+    "Linear Mile International Nautical" "GeoTiff:ChartDepthUnits:9101" "Angular Radian"
+    "GeoTiff:ChartDepthUnits:9102" "Angular Degree" "GeoTiff:ChartDepthUnits:9103"
+    "Angular Arc Minute" "GeoTiff:ChartDepthUnits:9104" "Angular Arc Second"
+    "GeoTiff:ChartDepthUnits:9105" "Angular Grad" "GeoTiff:ChartDepthUnits:9106" "Angular Gon"
+    "GeoTiff:ChartDepthUnits:9107" "Angular DMS" "GeoTiff:ChartDepthUnits:9108"
+    "Angular DMS Hemisphere" "GeoTiff:ChartFormat" "Chart Format" "GeoTiff:ChartFormat:47500"
+    "General" "GeoTiff:ChartFormat:47501" "Coastal" "GeoTiff:ChartFormat:47502" "Harbor"
+    "GeoTiff:ChartFormat:47503" "SailingInternational" "GeoTiff:ChartFormat:47504"
+    "SmallCraft Route" "GeoTiff:ChartFormat:47505" "SmallCraftArea" "GeoTiff:ChartFormat:47506"
+    "SmallCraftFolio" "GeoTiff:ChartFormat:47507" "Topographic" "GeoTiff:ChartFormat:47508"
+    "Recreation" "GeoTiff:ChartFormat:47509" "Index" "GeoTiff:ChartFormat:47510" "Inset"
+    "GeoTiff:ChartMagVar" "Chart Mag Var" "GeoTiff:ChartMagVarAnnChange" "Chart Mag Var Ann Change"
+    "GeoTiff:ChartMagVarYear" "Chart Mag Var Year" "GeoTiff:ChartRasterEdition"
+    "Chart Raster Edition" "GeoTiff:ChartSoundingDatum" "Chart Sounding Datum"
+    "GeoTiff:ChartSoundingDatum:47600" "Equatorial Spring Low Water"
+    "GeoTiff:ChartSoundingDatum:47601" "Indian Spring Low Water" "GeoTiff:ChartSoundingDatum:47602"
+    "Lowest Astronomical Tide" "GeoTiff:ChartSoundingDatum:47603" "Lowest Low Water"
+    "GeoTiff:ChartSoundingDatum:47604" "Lowest Normal Low Water" "GeoTiff:ChartSoundingDatum:47605"
+    "Mean Higher High Water" "GeoTiff:ChartSoundingDatum:47606" "Mean High Water"
+    "GeoTiff:ChartSoundingDatum:47607" "Mean High Water Springs" "GeoTiff:ChartSoundingDatum:47608"
+    "Mean Lower Low Water" "GeoTiff:ChartSoundingDatum:47609" "Mean Lower Low Water Springs"
+    "GeoTiff:ChartSoundingDatum:47610" "Mean Low Water" "GeoTiff:ChartSoundingDatum:47611"
+    "Mean Sea Level" "GeoTiff:ChartSoundingDatum:47612" "Tropic Higher High Water"
+    "GeoTiff:ChartSoundingDatum:47613" "Tropic Lower Low Water" "GeoTiff:ChartSource" "Chart Source"
+    "GeoTiff:ChartSourceDate" "Chart Source Date" "GeoTiff:ChartSourceEdition"
+    "Chart Source Edition" "GeoTiff:ChartWGSNSShift" "Chart WGSNS Shift" "GeoTiff:GTCitation"
+    "GT Citation" "GeoTiff:GTModelType" "GT Model Type" "GeoTiff:GTModelType:1" "Projected"
+    "GeoTiff:GTModelType:2" "Geographic" "GeoTiff:GTModelType:3" "Geocentric"
+    "GeoTiff:GTModelType:32767" "GeoTiff:GTRasterType" "GT Raster Type" "GeoTiff:GTRasterType:1"
+    "Pixel Is Area" "GeoTiff:GTRasterType:2" "Pixel Is Point" "GeoTiff:GTRasterType:32767"
+    "GeoTiff:GeoTiffVersion" "Geo Tiff Version" "GeoTiff:GeogAngularUnitSize"
+    "Geog Angular Unit Size" "GeoTiff:GeogAngularUnits" "Geog Angular Units"
+    "GeoTiff:GeogAngularUnits:32767" "GeoTiff:GeogAngularUnits:9001" "GeoTiff:GeogAngularUnits:9002"
+    "GeoTiff:GeogAngularUnits:9003" "GeoTiff:GeogAngularUnits:9004" "GeoTiff:GeogAngularUnits:9005"
+    "GeoTiff:GeogAngularUnits:9006" "GeoTiff:GeogAngularUnits:9007" "GeoTiff:GeogAngularUnits:9008"
+    "GeoTiff:GeogAngularUnits:9009" "GeoTiff:GeogAngularUnits:9010" "GeoTiff:GeogAngularUnits:9011"
+    "GeoTiff:GeogAngularUnits:9012" "GeoTiff:GeogAngularUnits:9013" "GeoTiff:GeogAngularUnits:9014"
+    "GeoTiff:GeogAngularUnits:9015" "GeoTiff:GeogAngularUnits:9101" "GeoTiff:GeogAngularUnits:9102"
+    "GeoTiff:GeogAngularUnits:9103" "GeoTiff:GeogAngularUnits:9104" "GeoTiff:GeogAngularUnits:9105"
+    "GeoTiff:GeogAngularUnits:9106" "GeoTiff:GeogAngularUnits:9107" "GeoTiff:GeogAngularUnits:9108"
+    "GeoTiff:GeogAzimuthUnits" "Geog Azimuth Units" "GeoTiff:GeogAzimuthUnits:32767"
+    "GeoTiff:GeogAzimuthUnits:9001" "GeoTiff:GeogAzimuthUnits:9002" "GeoTiff:GeogAzimuthUnits:9003"
+    "GeoTiff:GeogAzimuthUnits:9004" "GeoTiff:GeogAzimuthUnits:9005" "GeoTiff:GeogAzimuthUnits:9006"
+    "GeoTiff:GeogAzimuthUnits:9007" "GeoTiff:GeogAzimuthUnits:9008" "GeoTiff:GeogAzimuthUnits:9009"
+    "GeoTiff:GeogAzimuthUnits:9010" "GeoTiff:GeogAzimuthUnits:9011" "GeoTiff:GeogAzimuthUnits:9012"
+    "GeoTiff:GeogAzimuthUnits:9013" "GeoTiff:GeogAzimuthUnits:9014" "GeoTiff:GeogAzimuthUnits:9015"
+    "GeoTiff:GeogAzimuthUnits:9101" "GeoTiff:GeogAzimuthUnits:9102" "GeoTiff:GeogAzimuthUnits:9103"
+    "GeoTiff:GeogAzimuthUnits:9104" "GeoTiff:GeogAzimuthUnits:9105" "GeoTiff:GeogAzimuthUnits:9106"
+    "GeoTiff:GeogAzimuthUnits:9107" "GeoTiff:GeogAzimuthUnits:9108" "GeoTiff:GeogCitation"
+    "Geog Citation" "GeoTiff:GeogEllipsoid" "Geog Ellipsoid" "GeoTiff:GeogEllipsoid:32767"
+    "GeoTiff:GeogEllipsoid:7001" "Airy 1830" "GeoTiff:GeogEllipsoid:7002" "Airy Modified 1849"
+    "GeoTiff:GeogEllipsoid:7003" "Australian National Spheroid" "GeoTiff:GeogEllipsoid:7004"
+    "Bessel 1841" "GeoTiff:GeogEllipsoid:7005" "Bessel Modified" "GeoTiff:GeogEllipsoid:7006"
+    "Bessel Namibia" "GeoTiff:GeogEllipsoid:7007" "Clarke 1858" "GeoTiff:GeogEllipsoid:7008"
+    "Clarke 1866" "GeoTiff:GeogEllipsoid:7009" "Clarke 1866 Michigan" "GeoTiff:GeogEllipsoid:7010"
+    "Clarke 1880 Benoit" "GeoTiff:GeogEllipsoid:7011" "Clarke 1880 IGN" "GeoTiff:GeogEllipsoid:7012"
+    "Clarke 1880 RGS" "GeoTiff:GeogEllipsoid:7013" "Clarke 1880 Arc" "GeoTiff:GeogEllipsoid:7014"
+    "Clarke 1880 SGA 1922" "GeoTiff:GeogEllipsoid:7015" "Everest 1830 1937 Adjustment"
+    "GeoTiff:GeogEllipsoid:7016" "Everest 1830 1967 Definition" "GeoTiff:GeogEllipsoid:7017"
+    "Everest 1830 1975 Definition" "GeoTiff:GeogEllipsoid:7018" "Everest 1830 Modified"
+    "GeoTiff:GeogEllipsoid:7019" "GRS 1980" "GeoTiff:GeogEllipsoid:7020" "Helmert 1906"
+    "GeoTiff:GeogEllipsoid:7021" "Indonesian National Spheroid" "GeoTiff:GeogEllipsoid:7022"
+    "International 1924" "GeoTiff:GeogEllipsoid:7023" "International 1967"
+    "GeoTiff:GeogEllipsoid:7024" "Krassowsky 1940" "GeoTiff:GeogEllipsoid:7025" "NWL 9D"
+    "GeoTiff:GeogEllipsoid:7026" "NWL 10D" "GeoTiff:GeogEllipsoid:7027" "Plessis 1817"
+    "GeoTiff:GeogEllipsoid:7028" "Struve 1860" "GeoTiff:GeogEllipsoid:7029" "War Office"
+    "GeoTiff:GeogEllipsoid:7030" "WGS 84" "GeoTiff:GeogEllipsoid:7031" "GEM 10C"
+    "GeoTiff:GeogEllipsoid:7032" "OSU86F" "GeoTiff:GeogEllipsoid:7033" "OSU91A"
+    "GeoTiff:GeogEllipsoid:7034" "Clarke 1880" "GeoTiff:GeogEllipsoid:7035" "Sphere"
+    "GeoTiff:GeogGeodeticDatum" "Geog Geodetic Datum" "GeoTiff:GeogGeodeticDatum:32767"
+    "GeoTiff:GeogGeodeticDatum:6001" "GeoTiff:GeogGeodeticDatum:6002"
+    "GeoTiff:GeogGeodeticDatum:6003" "GeoTiff:GeogGeodeticDatum:6004"
+    "GeoTiff:GeogGeodeticDatum:6005" "GeoTiff:GeogGeodeticDatum:6006"
+    "GeoTiff:GeogGeodeticDatum:6007" "GeoTiff:GeogGeodeticDatum:6008"
+    "GeoTiff:GeogGeodeticDatum:6009" "GeoTiff:GeogGeodeticDatum:6010"
+    "GeoTiff:GeogGeodeticDatum:6011" "GeoTiff:GeogGeodeticDatum:6012"
+    "GeoTiff:GeogGeodeticDatum:6013" "GeoTiff:GeogGeodeticDatum:6014"
+    "GeoTiff:GeogGeodeticDatum:6015" "GeoTiff:GeogGeodeticDatum:6016"
+    "GeoTiff:GeogGeodeticDatum:6017" "GeoTiff:GeogGeodeticDatum:6018"
+    "GeoTiff:GeogGeodeticDatum:6019" "GeoTiff:GeogGeodeticDatum:6020"
+    "GeoTiff:GeogGeodeticDatum:6021" "GeoTiff:GeogGeodeticDatum:6022"
+    "GeoTiff:GeogGeodeticDatum:6023" "GeoTiff:GeogGeodeticDatum:6024" "Krassowsky 1960"
+    "GeoTiff:GeogGeodeticDatum:6025" "NWL9D" "GeoTiff:GeogGeodeticDatum:6026" "NWL10D"
+    "GeoTiff:GeogGeodeticDatum:6027" "GeoTiff:GeogGeodeticDatum:6028"
+    "GeoTiff:GeogGeodeticDatum:6029" "GeoTiff:GeogGeodeticDatum:6030" "WGS84"
+    "GeoTiff:GeogGeodeticDatum:6031" "GEM10C" "GeoTiff:GeogGeodeticDatum:6032"
+    "GeoTiff:GeogGeodeticDatum:6033" "GeoTiff:GeogGeodeticDatum:6034"
+    "GeoTiff:GeogGeodeticDatum:6035" "GeoTiff:GeogGeodeticDatum:6201" "Adindan"
+    "GeoTiff:GeogGeodeticDatum:6202" "Australian Geodetic Datum 1966"
+    "GeoTiff:GeogGeodeticDatum:6203" "Australian Geodetic Datum 1984"
+    "GeoTiff:GeogGeodeticDatum:6204" "Ain el Abd 1970" "GeoTiff:GeogGeodeticDatum:6205" "Afgooye"
+    "GeoTiff:GeogGeodeticDatum:6206" "Agadez" "GeoTiff:GeogGeodeticDatum:6207" "Lisbon"
+    "GeoTiff:GeogGeodeticDatum:6208" "Aratu" "GeoTiff:GeogGeodeticDatum:6209" "Arc 1950"
+    "GeoTiff:GeogGeodeticDatum:6210" "Arc 1960" "GeoTiff:GeogGeodeticDatum:6211" "Batavia"
+    "GeoTiff:GeogGeodeticDatum:6212" "Barbados" "GeoTiff:GeogGeodeticDatum:6213" "Beduaram"
+    "GeoTiff:GeogGeodeticDatum:6214" "Beijing 1954" "GeoTiff:GeogGeodeticDatum:6215"
+    "Reseau National Belge 1950" "GeoTiff:GeogGeodeticDatum:6216" "Bermuda 1957"
+    "GeoTiff:GeogGeodeticDatum:6217" "Bern 1898" "GeoTiff:GeogGeodeticDatum:6218" "Bogota"
+    "GeoTiff:GeogGeodeticDatum:6219" "Bukit Rimpah" "GeoTiff:GeogGeodeticDatum:6220" "Camacupa"
+    "GeoTiff:GeogGeodeticDatum:6221" "Campo Inchauspe" "GeoTiff:GeogGeodeticDatum:6222" "Cape"
+    "GeoTiff:GeogGeodeticDatum:6223" "Carthage" "GeoTiff:GeogGeodeticDatum:6224" "Chua"
+    "GeoTiff:GeogGeodeticDatum:6225" "Corrego Alegre" "GeoTiff:GeogGeodeticDatum:6226"
+    "Cote d Ivoire" "GeoTiff:GeogGeodeticDatum:6227" "Deir ez Zor" "GeoTiff:GeogGeodeticDatum:6228"
+    "Douala" "GeoTiff:GeogGeodeticDatum:6229" "Egypt 1907" "GeoTiff:GeogGeodeticDatum:6230"
+    "European Datum 1950" "GeoTiff:GeogGeodeticDatum:6231" "European Datum 1987"
+    "GeoTiff:GeogGeodeticDatum:6232" "Fahud" "GeoTiff:GeogGeodeticDatum:6233" "Gandajika 1970"
+    "GeoTiff:GeogGeodeticDatum:6234" "Garoua" "GeoTiff:GeogGeodeticDatum:6235" "Guyane Francaise"
+    "GeoTiff:GeogGeodeticDatum:6236" "Hu Tzu Shan" "GeoTiff:GeogGeodeticDatum:6237"
+    "Hungarian Datum 1972" "GeoTiff:GeogGeodeticDatum:6238" "Indonesian Datum 1974"
+    "GeoTiff:GeogGeodeticDatum:6239" "Indian 1954" "GeoTiff:GeogGeodeticDatum:6240" "Indian 1975"
+    "GeoTiff:GeogGeodeticDatum:6241" "Jamaica 1875" "GeoTiff:GeogGeodeticDatum:6242" "Jamaica 1969"
+    "GeoTiff:GeogGeodeticDatum:6243" "Kalianpur" "GeoTiff:GeogGeodeticDatum:6244" "Kandawala"
+    "GeoTiff:GeogGeodeticDatum:6245" "Kertau" "GeoTiff:GeogGeodeticDatum:6246" "Kuwait Oil Company"
+    "GeoTiff:GeogGeodeticDatum:6247" "La Canoa" "GeoTiff:GeogGeodeticDatum:6248"
+    "Provisional S American Datum 1956" "GeoTiff:GeogGeodeticDatum:6249" "Lake"
+    "GeoTiff:GeogGeodeticDatum:6250" "Leigon" "GeoTiff:GeogGeodeticDatum:6251" "Liberia 1964"
+    "GeoTiff:GeogGeodeticDatum:6252" "Lome" "GeoTiff:GeogGeodeticDatum:6253" "Luzon 1911"
+    "GeoTiff:GeogGeodeticDatum:6254" "Hito XVIII 1963" "GeoTiff:GeogGeodeticDatum:6255"
+    "Herat North" "GeoTiff:GeogGeodeticDatum:6256" "Mahe 1971" "GeoTiff:GeogGeodeticDatum:6257"
+    "Makassar" "GeoTiff:GeogGeodeticDatum:6258" "European Reference System 1989"
+    "GeoTiff:GeogGeodeticDatum:6259" "Malongo 1987" "GeoTiff:GeogGeodeticDatum:6260" "Manoca"
+    "GeoTiff:GeogGeodeticDatum:6261" "Merchich" "GeoTiff:GeogGeodeticDatum:6262" "Massawa"
+    "GeoTiff:GeogGeodeticDatum:6263" "Minna" "GeoTiff:GeogGeodeticDatum:6264" "Mhast"
+    "GeoTiff:GeogGeodeticDatum:6265" "Monte Mario" "GeoTiff:GeogGeodeticDatum:6266" "M poraloko"
+    "GeoTiff:GeogGeodeticDatum:6267" "North American Datum 1927" "GeoTiff:GeogGeodeticDatum:6268"
+    "NAD Michigan" "GeoTiff:GeogGeodeticDatum:6269" "North American Datum 1983"
+    "GeoTiff:GeogGeodeticDatum:6270" "Nahrwan 1967" "GeoTiff:GeogGeodeticDatum:6271" "Naparima 1972"
+    "GeoTiff:GeogGeodeticDatum:6272" "New Zealand Geodetic Datum 1949"
+    "GeoTiff:GeogGeodeticDatum:6273" "NGO 1948" "GeoTiff:GeogGeodeticDatum:6274" "Datum 73"
+    "GeoTiff:GeogGeodeticDatum:6275" "Nouvelle Triangulation Francaise"
+    "GeoTiff:GeogGeodeticDatum:6276" "NSWC 9Z 2" "GeoTiff:GeogGeodeticDatum:6277" "OSGB 1936"
+    "GeoTiff:GeogGeodeticDatum:6278" "OSGB 1970 SN" "GeoTiff:GeogGeodeticDatum:6279" "OS SN 1980"
+    "GeoTiff:GeogGeodeticDatum:6280" "Padang 1884" "GeoTiff:GeogGeodeticDatum:6281" "Palestine 1923"
+    "GeoTiff:GeogGeodeticDatum:6282" "Pointe Noire" "GeoTiff:GeogGeodeticDatum:6283"
+    "Geocentric Datum of Australia 1994" "GeoTiff:GeogGeodeticDatum:6284" "Pulkovo 1942"
+    "GeoTiff:GeogGeodeticDatum:6285" "Qatar" "GeoTiff:GeogGeodeticDatum:6286" "Qatar 1948"
+    "GeoTiff:GeogGeodeticDatum:6287" "Qornoq" "GeoTiff:GeogGeodeticDatum:6288" "Loma Quintana"
+    "GeoTiff:GeogGeodeticDatum:6289" "Amersfoort" "GeoTiff:GeogGeodeticDatum:6290" "RT38"
+    "GeoTiff:GeogGeodeticDatum:6291" "South American Datum 1969" "GeoTiff:GeogGeodeticDatum:6292"
+    "Sapper Hill 1943" "GeoTiff:GeogGeodeticDatum:6293" "Schwarzeck"
+    "GeoTiff:GeogGeodeticDatum:6294" "Segora" "GeoTiff:GeogGeodeticDatum:6295" "Serindung"
+    "GeoTiff:GeogGeodeticDatum:6296" "Sudan" "GeoTiff:GeogGeodeticDatum:6297" "Tananarive 1925"
+    "GeoTiff:GeogGeodeticDatum:6298" "Timbalai 1948" "GeoTiff:GeogGeodeticDatum:6299" "TM65"
+    "GeoTiff:GeogGeodeticDatum:6300" "TM75" "GeoTiff:GeogGeodeticDatum:6301" "Tokyo"
+    "GeoTiff:GeogGeodeticDatum:6302" "Trinidad 1903" "GeoTiff:GeogGeodeticDatum:6303"
+    "Trucial Coast 1948" "GeoTiff:GeogGeodeticDatum:6304" "Voirol 1875"
+    "GeoTiff:GeogGeodeticDatum:6305" "Voirol Unifie 1960" "GeoTiff:GeogGeodeticDatum:6306"
+    "Bern 1938" "GeoTiff:GeogGeodeticDatum:6307" "Nord Sahara 1959" "GeoTiff:GeogGeodeticDatum:6308"
+    "Stockholm 1938" "GeoTiff:GeogGeodeticDatum:6309" "Yacare" "GeoTiff:GeogGeodeticDatum:6310"
+    "Yoff" "GeoTiff:GeogGeodeticDatum:6311" "Zanderij" "GeoTiff:GeogGeodeticDatum:6312"
+    "Militar Geographische Institut" "GeoTiff:GeogGeodeticDatum:6313" "Reseau National Belge 1972"
+    "GeoTiff:GeogGeodeticDatum:6314" "Deutsche Hauptdreiecksnetz" "GeoTiff:GeogGeodeticDatum:6315"
+    "Conakry 1905" "GeoTiff:GeogGeodeticDatum:6317" "Dealul Piscului 1970"
+    "GeoTiff:GeogGeodeticDatum:6322" "WGS72" "GeoTiff:GeogGeodeticDatum:6324"
+    "WGS72 Transit Broadcast Ephemeris" "GeoTiff:GeogGeodeticDatum:6326"
+    "GeoTiff:GeogGeodeticDatum:6901" "Ancienne Triangulation Francaise"
+    "GeoTiff:GeogGeodeticDatum:6902" "Nord de Guerre" "GeoTiff:GeogInvFlattening"
+    "Geog Inv Flattening" "GeoTiff:GeogLinearUnitSize" "Geog Linear Unit Size"
+    "GeoTiff:GeogLinearUnits" "Geog Linear Units" "GeoTiff:GeogLinearUnits:32767"
+    "GeoTiff:GeogLinearUnits:9001" "GeoTiff:GeogLinearUnits:9002" "GeoTiff:GeogLinearUnits:9003"
+    "GeoTiff:GeogLinearUnits:9004" "GeoTiff:GeogLinearUnits:9005" "GeoTiff:GeogLinearUnits:9006"
+    "GeoTiff:GeogLinearUnits:9007" "GeoTiff:GeogLinearUnits:9008" "GeoTiff:GeogLinearUnits:9009"
+    "GeoTiff:GeogLinearUnits:9010" "GeoTiff:GeogLinearUnits:9011" "GeoTiff:GeogLinearUnits:9012"
+    "GeoTiff:GeogLinearUnits:9013" "GeoTiff:GeogLinearUnits:9014" "GeoTiff:GeogLinearUnits:9015"
+    "GeoTiff:GeogLinearUnits:9101" "GeoTiff:GeogLinearUnits:9102" "GeoTiff:GeogLinearUnits:9103"
+    "GeoTiff:GeogLinearUnits:9104" "GeoTiff:GeogLinearUnits:9105" "GeoTiff:GeogLinearUnits:9106"
+    "GeoTiff:GeogLinearUnits:9107" "GeoTiff:GeogLinearUnits:9108" "GeoTiff:GeogPrimeMeridian"
+    "Geog Prime Meridian" "GeoTiff:GeogPrimeMeridian:32767" "GeoTiff:GeogPrimeMeridian:8901"
+    "Greenwich" "GeoTiff:GeogPrimeMeridian:8902" "GeoTiff:GeogPrimeMeridian:8903" "Paris"
+    "GeoTiff:GeogPrimeMeridian:8904" "GeoTiff:GeogPrimeMeridian:8905" "Madrid"
+    "GeoTiff:GeogPrimeMeridian:8906" "Rome" "GeoTiff:GeogPrimeMeridian:8907" "Bern"
+    "GeoTiff:GeogPrimeMeridian:8908" "Jakarta" "GeoTiff:GeogPrimeMeridian:8909" "Ferro"
+    "GeoTiff:GeogPrimeMeridian:8910" "Brussels" "GeoTiff:GeogPrimeMeridian:8911" "Stockholm"
+    "GeoTiff:GeogPrimeMeridianLong" "Geog Prime Meridian Long" "GeoTiff:GeogSemiMajorAxis"
+    "Geog Semi Major Axis" "GeoTiff:GeogSemiMinorAxis" "Geog Semi Minor Axis" "GeoTiff:GeogToWGS84"
+    "Geog To WGS84" "GeoTiff:GeographicType" "Geographic Type" "GeoTiff:GeographicType:32767"
+    "GeoTiff:GeographicType:4001" "GeoTiff:GeographicType:4002" "GeoTiff:GeographicType:4003"
+    "GeoTiff:GeographicType:4004" "GeoTiff:GeographicType:4005" "GeoTiff:GeographicType:4006"
+    "GeoTiff:GeographicType:4007" "GeoTiff:GeographicType:4008" "GeoTiff:GeographicType:4009"
+    "GeoTiff:GeographicType:4010" "GeoTiff:GeographicType:4011" "GeoTiff:GeographicType:4012"
+    "GeoTiff:GeographicType:4013" "GeoTiff:GeographicType:4014" "GeoTiff:GeographicType:4015"
+    "GeoTiff:GeographicType:4016" "GeoTiff:GeographicType:4017" "GeoTiff:GeographicType:4018"
+    "GeoTiff:GeographicType:4019" "GeoTiff:GeographicType:4020" "GeoTiff:GeographicType:4021"
+    "GeoTiff:GeographicType:4022" "GeoTiff:GeographicType:4023" "GeoTiff:GeographicType:4024"
+    "GeoTiff:GeographicType:4025" "GeoTiff:GeographicType:4026" "GeoTiff:GeographicType:4027"
+    "GeoTiff:GeographicType:4028" "GeoTiff:GeographicType:4029" "GeoTiff:GeographicType:4030"
+    "GeoTiff:GeographicType:4031" "GeoTiff:GeographicType:4032" "GeoTiff:GeographicType:4033"
+    "GeoTiff:GeographicType:4034" "GeoTiff:GeographicType:4035" "GeoTiff:GeographicType:4120"
+    "Greek" "GeoTiff:GeographicType:4121" "GGRS87" "GeoTiff:GeographicType:4123" "KKJ"
+    "GeoTiff:GeographicType:4124" "RT90" "GeoTiff:GeographicType:4133" "EST92"
+    "GeoTiff:GeographicType:4201" "GeoTiff:GeographicType:4202" "AGD66"
+    "GeoTiff:GeographicType:4203" "AGD84" "GeoTiff:GeographicType:4204" "Ain el Abd"
+    "GeoTiff:GeographicType:4205" "GeoTiff:GeographicType:4206" "GeoTiff:GeographicType:4207"
+    "GeoTiff:GeographicType:4208" "GeoTiff:GeographicType:4209" "GeoTiff:GeographicType:4210"
+    "GeoTiff:GeographicType:4211" "GeoTiff:GeographicType:4212" "GeoTiff:GeographicType:4213"
+    "GeoTiff:GeographicType:4214" "GeoTiff:GeographicType:4215" "Belge 1950"
+    "GeoTiff:GeographicType:4216" "GeoTiff:GeographicType:4217" "GeoTiff:GeographicType:4218"
+    "GeoTiff:GeographicType:4219" "GeoTiff:GeographicType:4220" "GeoTiff:GeographicType:4221"
+    "GeoTiff:GeographicType:4222" "GeoTiff:GeographicType:4223" "GeoTiff:GeographicType:4224"
+    "GeoTiff:GeographicType:4225" "GeoTiff:GeographicType:4226" "GeoTiff:GeographicType:4227"
+    "GeoTiff:GeographicType:4228" "GeoTiff:GeographicType:4229" "GeoTiff:GeographicType:4230" "ED50"
+    "GeoTiff:GeographicType:4231" "ED87" "GeoTiff:GeographicType:4232" "GeoTiff:GeographicType:4233"
+    "GeoTiff:GeographicType:4234" "GeoTiff:GeographicType:4235" "GeoTiff:GeographicType:4236"
+    "GeoTiff:GeographicType:4237" "HD72" "GeoTiff:GeographicType:4238" "ID74"
+    "GeoTiff:GeographicType:4239" "GeoTiff:GeographicType:4240" "GeoTiff:GeographicType:4241"
+    "GeoTiff:GeographicType:4242" "JAD69" "GeoTiff:GeographicType:4243"
+    "GeoTiff:GeographicType:4244" "GeoTiff:GeographicType:4245" "GeoTiff:GeographicType:4246" "KOC"
+    "GeoTiff:GeographicType:4247" "GeoTiff:GeographicType:4248" "PSAD56"
+    "GeoTiff:GeographicType:4249" "GeoTiff:GeographicType:4250" "GeoTiff:GeographicType:4251"
+    "GeoTiff:GeographicType:4252" "GeoTiff:GeographicType:4253" "GeoTiff:GeographicType:4254"
+    "GeoTiff:GeographicType:4255" "GeoTiff:GeographicType:4256" "GeoTiff:GeographicType:4257"
+    "GeoTiff:GeographicType:4258" "EUREF89" "GeoTiff:GeographicType:4259"
+    "GeoTiff:GeographicType:4260" "GeoTiff:GeographicType:4261" "GeoTiff:GeographicType:4262"
+    "GeoTiff:GeographicType:4263" "GeoTiff:GeographicType:4264" "GeoTiff:GeographicType:4265"
+    "GeoTiff:GeographicType:4266" "GeoTiff:GeographicType:4267" "NAD27"
+    "GeoTiff:GeographicType:4268" "GeoTiff:GeographicType:4269" "NAD83"
+    "GeoTiff:GeographicType:4270" "GeoTiff:GeographicType:4271" "GeoTiff:GeographicType:4272" "GD49"
+    "GeoTiff:GeographicType:4273" "GeoTiff:GeographicType:4274" "73" "GeoTiff:GeographicType:4275"
+    "NTF" "GeoTiff:GeographicType:4276" "GeoTiff:GeographicType:4277" "GeoTiff:GeographicType:4278"
+    "OSGB70" "GeoTiff:GeographicType:4279" "OS SN80" "GeoTiff:GeographicType:4280" "Padang"
+    "GeoTiff:GeographicType:4281" "GeoTiff:GeographicType:4282" "GeoTiff:GeographicType:4283"
+    "GDA94" "GeoTiff:GeographicType:4284" "GeoTiff:GeographicType:4285"
+    "GeoTiff:GeographicType:4286" "GeoTiff:GeographicType:4287" "GeoTiff:GeographicType:4288"
+    "GeoTiff:GeographicType:4289" "GeoTiff:GeographicType:4290" "GeoTiff:GeographicType:4291"
+    "SAD69" "GeoTiff:GeographicType:4292" "GeoTiff:GeographicType:4293"
+    "GeoTiff:GeographicType:4294" "GeoTiff:GeographicType:4295" "GeoTiff:GeographicType:4296"
+    "GeoTiff:GeographicType:4297" "Tananarive" "GeoTiff:GeographicType:4298"
+    "GeoTiff:GeographicType:4299" "GeoTiff:GeographicType:4300" "GeoTiff:GeographicType:4301"
+    "GeoTiff:GeographicType:4302" "GeoTiff:GeographicType:4303" "TC 1948"
+    "GeoTiff:GeographicType:4304" "GeoTiff:GeographicType:4305" "Voirol Unifie"
+    "GeoTiff:GeographicType:4306" "GeoTiff:GeographicType:4307" "GeoTiff:GeographicType:4308"
+    "GeoTiff:GeographicType:4309" "GeoTiff:GeographicType:4310" "GeoTiff:GeographicType:4311"
+    "GeoTiff:GeographicType:4312" "MGI" "GeoTiff:GeographicType:4313" "Belge 1972"
+    "GeoTiff:GeographicType:4314" "DHDN" "GeoTiff:GeographicType:4315" "GeoTiff:GeographicType:4317"
+    "GeoTiff:GeographicType:4322" "WGS 72" "GeoTiff:GeographicType:4324" "WGS 72BE"
+    "GeoTiff:GeographicType:4326" "GeoTiff:GeographicType:4801" "Bern 1898 Bern"
+    "GeoTiff:GeographicType:4802" "Bogota Bogota" "GeoTiff:GeographicType:4803" "Lisbon Lisbon"
+    "GeoTiff:GeographicType:4804" "Makassar Jakarta" "GeoTiff:GeographicType:4805" "MGI Ferro"
+    "GeoTiff:GeographicType:4806" "Monte Mario Rome" "GeoTiff:GeographicType:4807" "NTF Paris"
+    "GeoTiff:GeographicType:4808" "Padang Jakarta" "GeoTiff:GeographicType:4809"
+    "Belge 1950 Brussels" "GeoTiff:GeographicType:4810" "Tananarive Paris"
+    "GeoTiff:GeographicType:4811" "Voirol 1875 Paris" "GeoTiff:GeographicType:4812"
+    "Voirol Unifie Paris" "GeoTiff:GeographicType:4813" "Batavia Jakarta"
+    "GeoTiff:GeographicType:4815" "Greek Athens" "GeoTiff:GeographicType:4901" "ATF Paris"
+    "GeoTiff:GeographicType:4902" "NDG Paris" "GeoTiff:InsetNWPixelX" "Inset NW Pixel X"
+    "GeoTiff:InsetNWPixelY" "Inset NW Pixel Y" "GeoTiff:PCSCitation" "PCS Citation"
+    "GeoTiff:ProjAzimuthAngle" "Proj Azimuth Angle" "GeoTiff:ProjCenterEasting"
+    "Proj Center Easting" "GeoTiff:ProjCenterLat" "Proj Center Lat" "GeoTiff:ProjCenterLong"
+    "Proj Center Long" "GeoTiff:ProjCenterNorthing" "Proj Center Northing" "GeoTiff:ProjCoordTrans"
+    "Proj Coord Trans" "GeoTiff:ProjCoordTrans:1" "Transverse Mercator" "GeoTiff:ProjCoordTrans:10"
+    "Lambert Azim Equal Area" "GeoTiff:ProjCoordTrans:11" "Albers Equal Area"
+    "GeoTiff:ProjCoordTrans:12" "Azimuthal Equidistant" "GeoTiff:ProjCoordTrans:13"
+    "Equidistant Conic" "GeoTiff:ProjCoordTrans:14" "Stereographic" "GeoTiff:ProjCoordTrans:15"
+    "Polar Stereographic" "GeoTiff:ProjCoordTrans:16" "Oblique Stereographic"
+    "GeoTiff:ProjCoordTrans:17" "Equirectangular" "GeoTiff:ProjCoordTrans:18" "Cassini Soldner"
+    "GeoTiff:ProjCoordTrans:19" "Gnomonic" "GeoTiff:ProjCoordTrans:2"
+    "Transverse Mercator Modified Alaska" "GeoTiff:ProjCoordTrans:20" "Miller Cylindrical"
+    "GeoTiff:ProjCoordTrans:21" "Orthographic" "GeoTiff:ProjCoordTrans:22" "Polyconic"
+    "GeoTiff:ProjCoordTrans:23" "Robinson" "GeoTiff:ProjCoordTrans:24" "Sinusoidal"
+    "GeoTiff:ProjCoordTrans:25" "VanDerGrinten" "GeoTiff:ProjCoordTrans:26" "New Zealand Map Grid"
+    "GeoTiff:ProjCoordTrans:27" "Transverse Mercator South Orientated" "GeoTiff:ProjCoordTrans:28"
+    "Cylindrical Equal Area" "GeoTiff:ProjCoordTrans:3" "Oblique Mercator"
+    "GeoTiff:ProjCoordTrans:32767" "GeoTiff:ProjCoordTrans:4" "Oblique Mercator Laborde"
+    "GeoTiff:ProjCoordTrans:5" "Oblique Mercator Rosenmund" "GeoTiff:ProjCoordTrans:6"
+    "Oblique Mercator Spherical" "GeoTiff:ProjCoordTrans:7" "Mercator" "GeoTiff:ProjCoordTrans:8"
+    "Lambert Conf Conic 2SP" "GeoTiff:ProjCoordTrans:9" "Lambert Conf Conic 1SP"
+    "GeoTiff:ProjFalseEasting" "Proj False Easting" "GeoTiff:ProjFalseNorthing"
+    "Proj False Northing" "GeoTiff:ProjFalseOriginEasting" "Proj False Origin Easting"
+    "GeoTiff:ProjFalseOriginLat" "Proj False Origin Lat" "GeoTiff:ProjFalseOriginLong"
+    "Proj False Origin Long" "GeoTiff:ProjFalseOriginNorthing" "Proj False Origin Northing"
+    "GeoTiff:ProjLinearUnitSize" "Proj Linear Unit Size" "GeoTiff:ProjLinearUnits"
+    "Proj Linear Units" "GeoTiff:ProjLinearUnits:32767" "GeoTiff:ProjLinearUnits:9001"
+    "GeoTiff:ProjLinearUnits:9002" "GeoTiff:ProjLinearUnits:9003" "GeoTiff:ProjLinearUnits:9004"
+    "GeoTiff:ProjLinearUnits:9005" "GeoTiff:ProjLinearUnits:9006" "GeoTiff:ProjLinearUnits:9007"
+    "GeoTiff:ProjLinearUnits:9008" "GeoTiff:ProjLinearUnits:9009" "GeoTiff:ProjLinearUnits:9010"
+    "GeoTiff:ProjLinearUnits:9011" "GeoTiff:ProjLinearUnits:9012" "GeoTiff:ProjLinearUnits:9013"
+    "GeoTiff:ProjLinearUnits:9014" "GeoTiff:ProjLinearUnits:9015" "GeoTiff:ProjLinearUnits:9101"
+    "GeoTiff:ProjLinearUnits:9102" "GeoTiff:ProjLinearUnits:9103" "GeoTiff:ProjLinearUnits:9104"
+    "GeoTiff:ProjLinearUnits:9105" "GeoTiff:ProjLinearUnits:9106" "GeoTiff:ProjLinearUnits:9107"
+    "GeoTiff:ProjLinearUnits:9108" "GeoTiff:ProjNatOriginLat" "Proj Nat Origin Lat"
+    "GeoTiff:ProjNatOriginLong" "Proj Nat Origin Long" "GeoTiff:ProjRectifiedGridAngle"
+    "Proj Rectified Grid Angle" "GeoTiff:ProjScaleAtCenter" "Proj Scale At Center"
+    "GeoTiff:ProjScaleAtNatOrigin" "Proj Scale At Nat Origin" "GeoTiff:ProjStdParallel1"
+    "Proj Std Parallel 1" "GeoTiff:ProjStdParallel2" "Proj Std Parallel 2"
+    "GeoTiff:ProjStraightVertPoleLong" "Proj Straight Vert Pole Long" "GeoTiff:ProjectedCSType"
+    "Projected CS Type" "GeoTiff:ProjectedCSType:20137" "Adindan UTM zone 37N"
+    "GeoTiff:ProjectedCSType:20138" "Adindan UTM zone 38N" "GeoTiff:ProjectedCSType:20248"
+    "AGD66 AMG zone 48" "GeoTiff:ProjectedCSType:20249" "AGD66 AMG zone 49"
+    "GeoTiff:ProjectedCSType:20250" "AGD66 AMG zone 50" "GeoTiff:ProjectedCSType:20251"
+    "AGD66 AMG zone 51" "GeoTiff:ProjectedCSType:20252" "AGD66 AMG zone 52"
+    "GeoTiff:ProjectedCSType:20253" "AGD66 AMG zone 53" "GeoTiff:ProjectedCSType:20254"
+    "AGD66 AMG zone 54" "GeoTiff:ProjectedCSType:20255" "AGD66 AMG zone 55"
+    "GeoTiff:ProjectedCSType:20256" "AGD66 AMG zone 56" "GeoTiff:ProjectedCSType:20257"
+    "AGD66 AMG zone 57" "GeoTiff:ProjectedCSType:20258" "AGD66 AMG zone 58"
+    "GeoTiff:ProjectedCSType:20348" "AGD84 AMG zone 48" "GeoTiff:ProjectedCSType:20349"
+    "AGD84 AMG zone 49" "GeoTiff:ProjectedCSType:20350" "AGD84 AMG zone 50"
+    "GeoTiff:ProjectedCSType:20351" "AGD84 AMG zone 51" "GeoTiff:ProjectedCSType:20352"
+    "AGD84 AMG zone 52" "GeoTiff:ProjectedCSType:20353" "AGD84 AMG zone 53"
+    "GeoTiff:ProjectedCSType:20354" "AGD84 AMG zone 54" "GeoTiff:ProjectedCSType:20355"
+    "AGD84 AMG zone 55" "GeoTiff:ProjectedCSType:20356" "AGD84 AMG zone 56"
+    "GeoTiff:ProjectedCSType:20357" "AGD84 AMG zone 57" "GeoTiff:ProjectedCSType:20358"
+    "AGD84 AMG zone 58" "GeoTiff:ProjectedCSType:20437" "Ain el Abd UTM zone 37N"
+    "GeoTiff:ProjectedCSType:20438" "Ain el Abd UTM zone 38N" "GeoTiff:ProjectedCSType:20439"
+    "Ain el Abd UTM zone 39N" "GeoTiff:ProjectedCSType:20499" "Ain el Abd Bahrain Grid"
+    "GeoTiff:ProjectedCSType:20538" "Afgooye UTM zone 38N" "GeoTiff:ProjectedCSType:20539"
+    "Afgooye UTM zone 39N" "GeoTiff:ProjectedCSType:20700" "Lisbon Portuguese Grid"
+    "GeoTiff:ProjectedCSType:20822" "Aratu UTM zone 22S" "GeoTiff:ProjectedCSType:20823"
+    "Aratu UTM zone 23S" "GeoTiff:ProjectedCSType:20824" "Aratu UTM zone 24S"
+    "GeoTiff:ProjectedCSType:20973" "Arc 1950 Lo13" "GeoTiff:ProjectedCSType:20975" "Arc 1950 Lo15"
+    "GeoTiff:ProjectedCSType:20977" "Arc 1950 Lo17" "GeoTiff:ProjectedCSType:20979" "Arc 1950 Lo19"
+    "GeoTiff:ProjectedCSType:20981" "Arc 1950 Lo21" "GeoTiff:ProjectedCSType:20983" "Arc 1950 Lo23"
+    "GeoTiff:ProjectedCSType:20985" "Arc 1950 Lo25" "GeoTiff:ProjectedCSType:20987" "Arc 1950 Lo27"
+    "GeoTiff:ProjectedCSType:20989" "Arc 1950 Lo29" "GeoTiff:ProjectedCSType:20991" "Arc 1950 Lo31"
+    "GeoTiff:ProjectedCSType:20993" "Arc 1950 Lo33" "GeoTiff:ProjectedCSType:20995" "Arc 1950 Lo35"
+    "GeoTiff:ProjectedCSType:2100" "GGRS87 Greek Grid" "GeoTiff:ProjectedCSType:21100"
+    "Batavia NEIEZ" "GeoTiff:ProjectedCSType:21148" "Batavia UTM zone 48S"
+    "GeoTiff:ProjectedCSType:21149" "Batavia UTM zone 49S" "GeoTiff:ProjectedCSType:21150"
+    "Batavia UTM zone 50S" "GeoTiff:ProjectedCSType:21413" "Beijing Gauss zone 13"
+    "GeoTiff:ProjectedCSType:21414" "Beijing Gauss zone 14" "GeoTiff:ProjectedCSType:21415"
+    "Beijing Gauss zone 15" "GeoTiff:ProjectedCSType:21416" "Beijing Gauss zone 16"
+    "GeoTiff:ProjectedCSType:21417" "Beijing Gauss zone 17" "GeoTiff:ProjectedCSType:21418"
+    "Beijing Gauss zone 18" "GeoTiff:ProjectedCSType:21419" "Beijing Gauss zone 19"
+    "GeoTiff:ProjectedCSType:21420" "Beijing Gauss zone 20" "GeoTiff:ProjectedCSType:21421"
+    "Beijing Gauss zone 21" "GeoTiff:ProjectedCSType:21422" "Beijing Gauss zone 22"
+    "GeoTiff:ProjectedCSType:21423" "Beijing Gauss zone 23" "GeoTiff:ProjectedCSType:21473"
+    "Beijing Gauss 13N" "GeoTiff:ProjectedCSType:21474" "Beijing Gauss 14N"
+    "GeoTiff:ProjectedCSType:21475" "Beijing Gauss 15N" "GeoTiff:ProjectedCSType:21476"
+    "Beijing Gauss 16N" "GeoTiff:ProjectedCSType:21477" "Beijing Gauss 17N"
+    "GeoTiff:ProjectedCSType:21478" "Beijing Gauss 18N" "GeoTiff:ProjectedCSType:21479"
+    "Beijing Gauss 19N" "GeoTiff:ProjectedCSType:21480" "Beijing Gauss 20N"
+    "GeoTiff:ProjectedCSType:21481" "Beijing Gauss 21N" "GeoTiff:ProjectedCSType:21482"
+    "Beijing Gauss 22N" "GeoTiff:ProjectedCSType:21483" "Beijing Gauss 23N"
+    "GeoTiff:ProjectedCSType:21500" "Belge Lambert 50" "GeoTiff:ProjectedCSType:2176"
+    "ETRS89 Poland CS2000 zone 5" "GeoTiff:ProjectedCSType:2177" "ETRS89 Poland CS2000 zone 7"
+    "GeoTiff:ProjectedCSType:2178" "ETRS89 Poland CS2000 zone 8" "GeoTiff:ProjectedCSType:21790"
+    "Bern 1898 Swiss Old" "GeoTiff:ProjectedCSType:2180" "ETRS89 Poland CS92"
+    "GeoTiff:ProjectedCSType:21817" "Bogota UTM zone 17N" "GeoTiff:ProjectedCSType:21818"
+    "Bogota UTM zone 18N" "GeoTiff:ProjectedCSType:21891" "Bogota Colombia 3W"
+    "GeoTiff:ProjectedCSType:21892" "Bogota Colombia Bogota" "GeoTiff:ProjectedCSType:21893"
+    "Bogota Colombia 3E" "GeoTiff:ProjectedCSType:21894" "Bogota Colombia 6E"
+    "GeoTiff:ProjectedCSType:22032" "Camacupa UTM 32S" "GeoTiff:ProjectedCSType:22033"
+    "Camacupa UTM 33S" "GeoTiff:ProjectedCSType:2204" "NAD27 Tennessee"
+    "GeoTiff:ProjectedCSType:2205" "NAD83 Kentucky North" "GeoTiff:ProjectedCSType:22191"
+    "C Inchauspe Argentina 1" "GeoTiff:ProjectedCSType:22192" "C Inchauspe Argentina 2"
+    "GeoTiff:ProjectedCSType:22193" "C Inchauspe Argentina 3" "GeoTiff:ProjectedCSType:22194"
+    "C Inchauspe Argentina 4" "GeoTiff:ProjectedCSType:22195" "C Inchauspe Argentina 5"
+    "GeoTiff:ProjectedCSType:22196" "C Inchauspe Argentina 6" "GeoTiff:ProjectedCSType:22197"
+    "C Inchauspe Argentina 7" "GeoTiff:ProjectedCSType:22332" "Carthage UTM zone 32N"
+    "GeoTiff:ProjectedCSType:22391" "Carthage Nord Tunisie" "GeoTiff:ProjectedCSType:22392"
+    "Carthage Sud Tunisie" "GeoTiff:ProjectedCSType:22523" "Corrego Alegre UTM 23S"
+    "GeoTiff:ProjectedCSType:22524" "Corrego Alegre UTM 24S" "GeoTiff:ProjectedCSType:22832"
+    "Douala UTM zone 32N" "GeoTiff:ProjectedCSType:22992" "Egypt 1907 Red Belt"
+    "GeoTiff:ProjectedCSType:22993" "Egypt 1907 Purple Belt" "GeoTiff:ProjectedCSType:22994"
+    "Egypt 1907 Ext Purple" "GeoTiff:ProjectedCSType:23028" "ED50 UTM zone 28N"
+    "GeoTiff:ProjectedCSType:23029" "ED50 UTM zone 29N" "GeoTiff:ProjectedCSType:23030"
+    "ED50 UTM zone 30N" "GeoTiff:ProjectedCSType:23031" "ED50 UTM zone 31N"
+    "GeoTiff:ProjectedCSType:23032" "ED50 UTM zone 32N" "GeoTiff:ProjectedCSType:23033"
+    "ED50 UTM zone 33N" "GeoTiff:ProjectedCSType:23034" "ED50 UTM zone 34N"
+    "GeoTiff:ProjectedCSType:23035" "ED50 UTM zone 35N" "GeoTiff:ProjectedCSType:23036"
+    "ED50 UTM zone 36N" "GeoTiff:ProjectedCSType:23037" "ED50 UTM zone 37N"
+    "GeoTiff:ProjectedCSType:23038" "ED50 UTM zone 38N" "GeoTiff:ProjectedCSType:23239"
+    "Fahud UTM zone 39N" "GeoTiff:ProjectedCSType:23240" "Fahud UTM zone 40N"
+    "GeoTiff:ProjectedCSType:23433" "Garoua UTM zone 33N" "GeoTiff:ProjectedCSType:23700" "HD72 EOV"
+    "GeoTiff:ProjectedCSType:23846" "ID74 UTM zone 46N" "GeoTiff:ProjectedCSType:23847"
+    "ID74 UTM zone 47N" "GeoTiff:ProjectedCSType:23848" "ID74 UTM zone 48N"
+    "GeoTiff:ProjectedCSType:23849" "ID74 UTM zone 49N" "GeoTiff:ProjectedCSType:23850"
+    "ID74 UTM zone 50N" "GeoTiff:ProjectedCSType:23851" "ID74 UTM zone 51N"
+    "GeoTiff:ProjectedCSType:23852" "ID74 UTM zone 52N" "GeoTiff:ProjectedCSType:23853"
+    "ID74 UTM zone 53N" "GeoTiff:ProjectedCSType:23886" "ID74 UTM zone 46S"
+    "GeoTiff:ProjectedCSType:23887" "ID74 UTM zone 47S" "GeoTiff:ProjectedCSType:23888"
+    "ID74 UTM zone 48S" "GeoTiff:ProjectedCSType:23889" "ID74 UTM zone 49S"
+    "GeoTiff:ProjectedCSType:23890" "ID74 UTM zone 50S" "GeoTiff:ProjectedCSType:23891"
+    "ID74 UTM zone 51S" "GeoTiff:ProjectedCSType:23892" "ID74 UTM zone 52S"
+    "GeoTiff:ProjectedCSType:23893" "ID74 UTM zone 53S" "GeoTiff:ProjectedCSType:23894"
+    "ID74 UTM zone 54S" "GeoTiff:ProjectedCSType:2391" "KKJ Finland zone 1"
+    "GeoTiff:ProjectedCSType:2392" "KKJ Finland zone 2" "GeoTiff:ProjectedCSType:2393"
+    "KKJ Finland zone 3" "GeoTiff:ProjectedCSType:2394" "KKJ Finland zone 4"
+    "GeoTiff:ProjectedCSType:23947" "Indian 1954 UTM 47N" "GeoTiff:ProjectedCSType:23948"
+    "Indian 1954 UTM 48N" "GeoTiff:ProjectedCSType:2400" "RT90 2 5 gon W"
+    "GeoTiff:ProjectedCSType:24047" "Indian 1975 UTM 47N" "GeoTiff:ProjectedCSType:24048"
+    "Indian 1975 UTM 48N" "GeoTiff:ProjectedCSType:24100" "Jamaica 1875 Old Grid"
+    "GeoTiff:ProjectedCSType:24200" "JAD69 Jamaica Grid" "GeoTiff:ProjectedCSType:24370"
+    "Kalianpur India 0" "GeoTiff:ProjectedCSType:24371" "Kalianpur India I"
+    "GeoTiff:ProjectedCSType:24372" "Kalianpur India IIa" "GeoTiff:ProjectedCSType:24373"
+    "Kalianpur India IIIa" "GeoTiff:ProjectedCSType:24374" "Kalianpur India IVa"
+    "GeoTiff:ProjectedCSType:24382" "Kalianpur India IIb" "GeoTiff:ProjectedCSType:24383"
+    "Kalianpur India IIIb" "GeoTiff:ProjectedCSType:24384" "Kalianpur India IVb"
+    "GeoTiff:ProjectedCSType:24500" "Kertau Singapore Grid" "GeoTiff:ProjectedCSType:24547"
+    "Kertau UTM zone 47N" "GeoTiff:ProjectedCSType:24548" "Kertau UTM zone 48N"
+    "GeoTiff:ProjectedCSType:24720" "La Canoa UTM zone 20N" "GeoTiff:ProjectedCSType:24721"
+    "La Canoa UTM zone 21N" "GeoTiff:ProjectedCSType:24818" "PSAD56 UTM zone 18N"
+    "GeoTiff:ProjectedCSType:24819" "PSAD56 UTM zone 19N" "GeoTiff:ProjectedCSType:24820"
+    "PSAD56 UTM zone 20N" "GeoTiff:ProjectedCSType:24821" "PSAD56 UTM zone 21N"
+    "GeoTiff:ProjectedCSType:24877" "PSAD56 UTM zone 17S" "GeoTiff:ProjectedCSType:24878"
+    "PSAD56 UTM zone 18S" "GeoTiff:ProjectedCSType:24879" "PSAD56 UTM zone 19S"
+    "GeoTiff:ProjectedCSType:24880" "PSAD56 UTM zone 20S" "GeoTiff:ProjectedCSType:24891"
+    "PSAD56 Peru west zone" "GeoTiff:ProjectedCSType:24892" "PSAD56 Peru central"
+    "GeoTiff:ProjectedCSType:24893" "PSAD56 Peru east zone" "GeoTiff:ProjectedCSType:25000"
+    "Leigon Ghana Grid" "GeoTiff:ProjectedCSType:25231" "Lome UTM zone 31N"
+    "GeoTiff:ProjectedCSType:25391" "Luzon Philippines I" "GeoTiff:ProjectedCSType:25392"
+    "Luzon Philippines II" "GeoTiff:ProjectedCSType:25393" "Luzon Philippines III"
+    "GeoTiff:ProjectedCSType:25394" "Luzon Philippines IV" "GeoTiff:ProjectedCSType:25395"
+    "Luzon Philippines V" "GeoTiff:ProjectedCSType:25700" "Makassar NEIEZ"
+    "GeoTiff:ProjectedCSType:25932" "Malongo 1987 UTM 32S" "GeoTiff:ProjectedCSType:2600"
+    "Lietuvos Koordinoei Sistema 1994" "GeoTiff:ProjectedCSType:26191" "Merchich Nord Maroc"
+    "GeoTiff:ProjectedCSType:26192" "Merchich Sud Maroc" "GeoTiff:ProjectedCSType:26193"
+    "Merchich Sahara" "GeoTiff:ProjectedCSType:26237" "Massawa UTM zone 37N"
+    "GeoTiff:ProjectedCSType:26331" "Minna UTM zone 31N" "GeoTiff:ProjectedCSType:26332"
+    "Minna UTM zone 32N" "GeoTiff:ProjectedCSType:26391" "Minna Nigeria West"
+    "GeoTiff:ProjectedCSType:26392" "Minna Nigeria Mid Belt" "GeoTiff:ProjectedCSType:26393"
+    "Minna Nigeria East" "GeoTiff:ProjectedCSType:26432" "Mhast UTM zone 32S"
+    "GeoTiff:ProjectedCSType:26591" "Monte Mario Italy 1" "GeoTiff:ProjectedCSType:26592"
+    "Monte Mario Italy 2" "GeoTiff:ProjectedCSType:26632" "M poraloko UTM 32N"
+    "GeoTiff:ProjectedCSType:26692" "M poraloko UTM 32S" "GeoTiff:ProjectedCSType:26703"
+    "NAD27 UTM zone 3N" "GeoTiff:ProjectedCSType:26704" "NAD27 UTM zone 4N"
+    "GeoTiff:ProjectedCSType:26705" "NAD27 UTM zone 5N" "GeoTiff:ProjectedCSType:26706"
+    "NAD27 UTM zone 6N" "GeoTiff:ProjectedCSType:26707" "NAD27 UTM zone 7N"
+    "GeoTiff:ProjectedCSType:26708" "NAD27 UTM zone 8N" "GeoTiff:ProjectedCSType:26709"
+    "NAD27 UTM zone 9N" "GeoTiff:ProjectedCSType:26710" "NAD27 UTM zone 10N"
+    "GeoTiff:ProjectedCSType:26711" "NAD27 UTM zone 11N" "GeoTiff:ProjectedCSType:26712"
+    "NAD27 UTM zone 12N" "GeoTiff:ProjectedCSType:26713" "NAD27 UTM zone 13N"
+    "GeoTiff:ProjectedCSType:26714" "NAD27 UTM zone 14N" "GeoTiff:ProjectedCSType:26715"
+    "NAD27 UTM zone 15N" "GeoTiff:ProjectedCSType:26716" "NAD27 UTM zone 16N"
+    "GeoTiff:ProjectedCSType:26717" "NAD27 UTM zone 17N" "GeoTiff:ProjectedCSType:26718"
+    "NAD27 UTM zone 18N" "GeoTiff:ProjectedCSType:26719" "NAD27 UTM zone 19N"
+    "GeoTiff:ProjectedCSType:26720" "NAD27 UTM zone 20N" "GeoTiff:ProjectedCSType:26721"
+    "NAD27 UTM zone 21N" "GeoTiff:ProjectedCSType:26722" "NAD27 UTM zone 22N"
+    "GeoTiff:ProjectedCSType:26729" "NAD27 Alabama East" "GeoTiff:ProjectedCSType:26730"
+    "NAD27 Alabama West" "GeoTiff:ProjectedCSType:26731" "NAD27 Alaska zone 1"
+    "GeoTiff:ProjectedCSType:26732" "NAD27 Alaska zone 2" "GeoTiff:ProjectedCSType:26733"
+    "NAD27 Alaska zone 3" "GeoTiff:ProjectedCSType:26734" "NAD27 Alaska zone 4"
+    "GeoTiff:ProjectedCSType:26735" "NAD27 Alaska zone 5" "GeoTiff:ProjectedCSType:26736"
+    "NAD27 Alaska zone 6" "GeoTiff:ProjectedCSType:26737" "NAD27 Alaska zone 7"
+    "GeoTiff:ProjectedCSType:26738" "NAD27 Alaska zone 8" "GeoTiff:ProjectedCSType:26739"
+    "NAD27 Alaska zone 9" "GeoTiff:ProjectedCSType:26740" "NAD27 Alaska zone 10"
+    "GeoTiff:ProjectedCSType:26741" "NAD27 California I" "GeoTiff:ProjectedCSType:26742"
+    "NAD27 California II" "GeoTiff:ProjectedCSType:26743" "NAD27 California III"
+    "GeoTiff:ProjectedCSType:26744" "NAD27 California IV" "GeoTiff:ProjectedCSType:26745"
+    "NAD27 California V" "GeoTiff:ProjectedCSType:26746" "NAD27 California VI"
+    "GeoTiff:ProjectedCSType:26747" "NAD27 California VII" "GeoTiff:ProjectedCSType:26748"
+    "NAD27 Arizona East" "GeoTiff:ProjectedCSType:26749" "NAD27 Arizona Central"
+    "GeoTiff:ProjectedCSType:26750" "NAD27 Arizona West" "GeoTiff:ProjectedCSType:26751"
+    "NAD27 Arkansas North" "GeoTiff:ProjectedCSType:26752" "NAD27 Arkansas South"
+    "GeoTiff:ProjectedCSType:26753" "NAD27 Colorado North" "GeoTiff:ProjectedCSType:26754"
+    "NAD27 Colorado Central" "GeoTiff:ProjectedCSType:26755" "NAD27 Colorado South"
+    "GeoTiff:ProjectedCSType:26756" "NAD27 Connecticut" "GeoTiff:ProjectedCSType:26757"
+    "NAD27 Delaware" "GeoTiff:ProjectedCSType:26758" "NAD27 Florida East"
+    "GeoTiff:ProjectedCSType:26759" "NAD27 Florida West" "GeoTiff:ProjectedCSType:26760"
+    "NAD27 Florida North" "GeoTiff:ProjectedCSType:26761" "NAD27 Hawaii zone 1"
+    "GeoTiff:ProjectedCSType:26762" "NAD27 Hawaii zone 2" "GeoTiff:ProjectedCSType:26763"
+    "NAD27 Hawaii zone 3" "GeoTiff:ProjectedCSType:26764" "NAD27 Hawaii zone 4"
+    "GeoTiff:ProjectedCSType:26765" "NAD27 Hawaii zone 5" "GeoTiff:ProjectedCSType:26766"
+    "NAD27 Georgia East" "GeoTiff:ProjectedCSType:26767" "NAD27 Georgia West"
+    "GeoTiff:ProjectedCSType:26768" "NAD27 Idaho East" "GeoTiff:ProjectedCSType:26769"
+    "NAD27 Idaho Central" "GeoTiff:ProjectedCSType:26770" "NAD27 Idaho West"
+    "GeoTiff:ProjectedCSType:26771" "NAD27 Illinois East" "GeoTiff:ProjectedCSType:26772"
+    "NAD27 Illinois West" "GeoTiff:ProjectedCSType:26773" "NAD27 Indiana East"
+    "GeoTiff:ProjectedCSType:26774" "NAD27 Indiana West" "GeoTiff:ProjectedCSType:26775"
+    "NAD27 Iowa North" "GeoTiff:ProjectedCSType:26776" "NAD27 Iowa South"
+    "GeoTiff:ProjectedCSType:26777" "NAD27 Kansas North" "GeoTiff:ProjectedCSType:26778"
+    "NAD27 Kansas South" "GeoTiff:ProjectedCSType:26779" "NAD27 Kentucky North"
+    "GeoTiff:ProjectedCSType:26780" "NAD27 Kentucky South" "GeoTiff:ProjectedCSType:26781"
+    "NAD27 Louisiana North" "GeoTiff:ProjectedCSType:26782" "NAD27 Louisiana South"
+    "GeoTiff:ProjectedCSType:26783" "NAD27 Maine East" "GeoTiff:ProjectedCSType:26784"
+    "NAD27 Maine West" "GeoTiff:ProjectedCSType:26785" "NAD27 Maryland"
+    "GeoTiff:ProjectedCSType:26786" "NAD27 Massachusetts" "GeoTiff:ProjectedCSType:26787"
+    "NAD27 Massachusetts Is" "GeoTiff:ProjectedCSType:26788" "NAD27 Michigan North"
+    "GeoTiff:ProjectedCSType:26789" "NAD27 Michigan Central" "GeoTiff:ProjectedCSType:26790"
+    "NAD27 Michigan South" "GeoTiff:ProjectedCSType:26791" "NAD27 Minnesota North"
+    "GeoTiff:ProjectedCSType:26792" "NAD27 Minnesota Cent" "GeoTiff:ProjectedCSType:26793"
+    "NAD27 Minnesota South" "GeoTiff:ProjectedCSType:26794" "NAD27 Mississippi East"
+    "GeoTiff:ProjectedCSType:26795" "NAD27 Mississippi West" "GeoTiff:ProjectedCSType:26796"
+    "NAD27 Missouri East" "GeoTiff:ProjectedCSType:26797" "NAD27 Missouri Central"
+    "GeoTiff:ProjectedCSType:26798" "NAD27 Missouri West" "GeoTiff:ProjectedCSType:26801"
+    "NAD Michigan Michigan East" "GeoTiff:ProjectedCSType:26802" "NAD Michigan Michigan Old Central"
+    "GeoTiff:ProjectedCSType:26803" "NAD Michigan Michigan West" "GeoTiff:ProjectedCSType:26903"
+    "NAD83 UTM zone 3N" "GeoTiff:ProjectedCSType:26904" "NAD83 UTM zone 4N"
+    "GeoTiff:ProjectedCSType:26905" "NAD83 UTM zone 5N" "GeoTiff:ProjectedCSType:26906"
+    "NAD83 UTM zone 6N" "GeoTiff:ProjectedCSType:26907" "NAD83 UTM zone 7N"
+    "GeoTiff:ProjectedCSType:26908" "NAD83 UTM zone 8N" "GeoTiff:ProjectedCSType:26909"
+    "NAD83 UTM zone 9N" "GeoTiff:ProjectedCSType:26910" "NAD83 UTM zone 10N"
+    "GeoTiff:ProjectedCSType:26911" "NAD83 UTM zone 11N" "GeoTiff:ProjectedCSType:26912"
+    "NAD83 UTM zone 12N" "GeoTiff:ProjectedCSType:26913" "NAD83 UTM zone 13N"
+    "GeoTiff:ProjectedCSType:26914" "NAD83 UTM zone 14N" "GeoTiff:ProjectedCSType:26915"
+    "NAD83 UTM zone 15N" "GeoTiff:ProjectedCSType:26916" "NAD83 UTM zone 16N"
+    "GeoTiff:ProjectedCSType:26917" "NAD83 UTM zone 17N" "GeoTiff:ProjectedCSType:26918"
+    "NAD83 UTM zone 18N" "GeoTiff:ProjectedCSType:26919" "NAD83 UTM zone 19N"
+    "GeoTiff:ProjectedCSType:26920" "NAD83 UTM zone 20N" "GeoTiff:ProjectedCSType:26921"
+    "NAD83 UTM zone 21N" "GeoTiff:ProjectedCSType:26922" "NAD83 UTM zone 22N"
+    "GeoTiff:ProjectedCSType:26923" "NAD83 UTM zone 23N" "GeoTiff:ProjectedCSType:26929"
+    "NAD83 Alabama East" "GeoTiff:ProjectedCSType:26930" "NAD83 Alabama West"
+    "GeoTiff:ProjectedCSType:26931" "NAD83 Alaska zone 1" "GeoTiff:ProjectedCSType:26932"
+    "NAD83 Alaska zone 2" "GeoTiff:ProjectedCSType:26933" "NAD83 Alaska zone 3"
+    "GeoTiff:ProjectedCSType:26934" "NAD83 Alaska zone 4" "GeoTiff:ProjectedCSType:26935"
+    "NAD83 Alaska zone 5" "GeoTiff:ProjectedCSType:26936" "NAD83 Alaska zone 6"
+    "GeoTiff:ProjectedCSType:26937" "NAD83 Alaska zone 7" "GeoTiff:ProjectedCSType:26938"
+    "NAD83 Alaska zone 8" "GeoTiff:ProjectedCSType:26939" "NAD83 Alaska zone 9"
+    "GeoTiff:ProjectedCSType:26940" "NAD83 Alaska zone 10" "GeoTiff:ProjectedCSType:26941"
+    "NAD83 California 1" "GeoTiff:ProjectedCSType:26942" "NAD83 California 2"
+    "GeoTiff:ProjectedCSType:26943" "NAD83 California 3" "GeoTiff:ProjectedCSType:26944"
+    "NAD83 California 4" "GeoTiff:ProjectedCSType:26945" "NAD83 California 5"
+    "GeoTiff:ProjectedCSType:26946" "NAD83 California 6" "GeoTiff:ProjectedCSType:26948"
+    "NAD83 Arizona East" "GeoTiff:ProjectedCSType:26949" "NAD83 Arizona Central"
+    "GeoTiff:ProjectedCSType:26950" "NAD83 Arizona West" "GeoTiff:ProjectedCSType:26951"
+    "NAD83 Arkansas North" "GeoTiff:ProjectedCSType:26952" "NAD83 Arkansas South"
+    "GeoTiff:ProjectedCSType:26953" "NAD83 Colorado North" "GeoTiff:ProjectedCSType:26954"
+    "NAD83 Colorado Central" "GeoTiff:ProjectedCSType:26955" "NAD83 Colorado South"
+    "GeoTiff:ProjectedCSType:26956" "NAD83 Connecticut" "GeoTiff:ProjectedCSType:26957"
+    "NAD83 Delaware" "GeoTiff:ProjectedCSType:26958" "NAD83 Florida East"
+    "GeoTiff:ProjectedCSType:26959" "NAD83 Florida West" "GeoTiff:ProjectedCSType:26960"
+    "NAD83 Florida North" "GeoTiff:ProjectedCSType:26961" "NAD83 Hawaii zone 1"
+    "GeoTiff:ProjectedCSType:26962" "NAD83 Hawaii zone 2" "GeoTiff:ProjectedCSType:26963"
+    "NAD83 Hawaii zone 3" "GeoTiff:ProjectedCSType:26964" "NAD83 Hawaii zone 4"
+    "GeoTiff:ProjectedCSType:26965" "NAD83 Hawaii zone 5" "GeoTiff:ProjectedCSType:26966"
+    "NAD83 Georgia East" "GeoTiff:ProjectedCSType:26967" "NAD83 Georgia West"
+    "GeoTiff:ProjectedCSType:26968" "NAD83 Idaho East" "GeoTiff:ProjectedCSType:26969"
+    "NAD83 Idaho Central" "GeoTiff:ProjectedCSType:26970" "NAD83 Idaho West"
+    "GeoTiff:ProjectedCSType:26971" "NAD83 Illinois East" "GeoTiff:ProjectedCSType:26972"
+    "NAD83 Illinois West" "GeoTiff:ProjectedCSType:26973" "NAD83 Indiana East"
+    "GeoTiff:ProjectedCSType:26974" "NAD83 Indiana West" "GeoTiff:ProjectedCSType:26975"
+    "NAD83 Iowa North" "GeoTiff:ProjectedCSType:26976" "NAD83 Iowa South"
+    "GeoTiff:ProjectedCSType:26977" "NAD83 Kansas North" "GeoTiff:ProjectedCSType:26978"
+    "NAD83 Kansas South" "GeoTiff:ProjectedCSType:26979" "GeoTiff:ProjectedCSType:26980"
+    "NAD83 Kentucky South" "GeoTiff:ProjectedCSType:26981" "NAD83 Louisiana North"
+    "GeoTiff:ProjectedCSType:26982" "NAD83 Louisiana South" "GeoTiff:ProjectedCSType:26983"
+    "NAD83 Maine East" "GeoTiff:ProjectedCSType:26984" "NAD83 Maine West"
+    "GeoTiff:ProjectedCSType:26985" "NAD83 Maryland" "GeoTiff:ProjectedCSType:26986"
+    "NAD83 Massachusetts" "GeoTiff:ProjectedCSType:26987" "NAD83 Massachusetts Is"
+    "GeoTiff:ProjectedCSType:26988" "NAD83 Michigan North" "GeoTiff:ProjectedCSType:26989"
+    "NAD83 Michigan Central" "GeoTiff:ProjectedCSType:26990" "NAD83 Michigan South"
+    "GeoTiff:ProjectedCSType:26991" "NAD83 Minnesota North" "GeoTiff:ProjectedCSType:26992"
+    "NAD83 Minnesota Cent" "GeoTiff:ProjectedCSType:26993" "NAD83 Minnesota South"
+    "GeoTiff:ProjectedCSType:26994" "NAD83 Mississippi East" "GeoTiff:ProjectedCSType:26995"
+    "NAD83 Mississippi West" "GeoTiff:ProjectedCSType:26996" "NAD83 Missouri East"
+    "GeoTiff:ProjectedCSType:26997" "NAD83 Missouri Central" "GeoTiff:ProjectedCSType:26998"
+    "NAD83 Missouri West" "GeoTiff:ProjectedCSType:27038" "Nahrwan 1967 UTM 38N"
+    "GeoTiff:ProjectedCSType:27039" "Nahrwan 1967 UTM 39N" "GeoTiff:ProjectedCSType:27040"
+    "Nahrwan 1967 UTM 40N" "GeoTiff:ProjectedCSType:27120" "Naparima UTM 20N"
+    "GeoTiff:ProjectedCSType:27200" "GD49 NZ Map Grid" "GeoTiff:ProjectedCSType:27291"
+    "GD49 North Island Grid" "GeoTiff:ProjectedCSType:27292" "GD49 South Island Grid"
+    "GeoTiff:ProjectedCSType:27429" "Datum 73 UTM zone 29N" "GeoTiff:ProjectedCSType:27500"
+    "ATF Nord de Guerre" "GeoTiff:ProjectedCSType:27581" "NTF France I"
+    "GeoTiff:ProjectedCSType:27582" "NTF France II" "GeoTiff:ProjectedCSType:27583" "NTF France III"
+    "GeoTiff:ProjectedCSType:27591" "NTF Nord France" "GeoTiff:ProjectedCSType:27592"
+    "NTF Centre France" "GeoTiff:ProjectedCSType:27593" "NTF Sud France"
+    "GeoTiff:ProjectedCSType:27700" "British National Grid" "GeoTiff:ProjectedCSType:28232"
+    "Point Noire UTM 32S" "GeoTiff:ProjectedCSType:28348" "GDA94 MGA zone 48"
+    "GeoTiff:ProjectedCSType:28349" "GDA94 MGA zone 49" "GeoTiff:ProjectedCSType:28350"
+    "GDA94 MGA zone 50" "GeoTiff:ProjectedCSType:28351" "GDA94 MGA zone 51"
+    "GeoTiff:ProjectedCSType:28352" "GDA94 MGA zone 52" "GeoTiff:ProjectedCSType:28353"
+    "GDA94 MGA zone 53" "GeoTiff:ProjectedCSType:28354" "GDA94 MGA zone 54"
+    "GeoTiff:ProjectedCSType:28355" "GDA94 MGA zone 55" "GeoTiff:ProjectedCSType:28356"
+    "GDA94 MGA zone 56" "GeoTiff:ProjectedCSType:28357" "GDA94 MGA zone 57"
+    "GeoTiff:ProjectedCSType:28358" "GDA94 MGA zone 58" "GeoTiff:ProjectedCSType:28404"
+    "Pulkovo Gauss zone 4" "GeoTiff:ProjectedCSType:28405" "Pulkovo Gauss zone 5"
+    "GeoTiff:ProjectedCSType:28406" "Pulkovo Gauss zone 6" "GeoTiff:ProjectedCSType:28407"
+    "Pulkovo Gauss zone 7" "GeoTiff:ProjectedCSType:28408" "Pulkovo Gauss zone 8"
+    "GeoTiff:ProjectedCSType:28409" "Pulkovo Gauss zone 9" "GeoTiff:ProjectedCSType:28410"
+    "Pulkovo Gauss zone 10" "GeoTiff:ProjectedCSType:28411" "Pulkovo Gauss zone 11"
+    "GeoTiff:ProjectedCSType:28412" "Pulkovo Gauss zone 12" "GeoTiff:ProjectedCSType:28413"
+    "Pulkovo Gauss zone 13" "GeoTiff:ProjectedCSType:28414" "Pulkovo Gauss zone 14"
+    "GeoTiff:ProjectedCSType:28415" "Pulkovo Gauss zone 15" "GeoTiff:ProjectedCSType:28416"
+    "Pulkovo Gauss zone 16" "GeoTiff:ProjectedCSType:28417" "Pulkovo Gauss zone 17"
+    "GeoTiff:ProjectedCSType:28418" "Pulkovo Gauss zone 18" "GeoTiff:ProjectedCSType:28419"
+    "Pulkovo Gauss zone 19" "GeoTiff:ProjectedCSType:28420" "Pulkovo Gauss zone 20"
+    "GeoTiff:ProjectedCSType:28421" "Pulkovo Gauss zone 21" "GeoTiff:ProjectedCSType:28422"
+    "Pulkovo Gauss zone 22" "GeoTiff:ProjectedCSType:28423" "Pulkovo Gauss zone 23"
+    "GeoTiff:ProjectedCSType:28424" "Pulkovo Gauss zone 24" "GeoTiff:ProjectedCSType:28425"
+    "Pulkovo Gauss zone 25" "GeoTiff:ProjectedCSType:28426" "Pulkovo Gauss zone 26"
+    "GeoTiff:ProjectedCSType:28427" "Pulkovo Gauss zone 27" "GeoTiff:ProjectedCSType:28428"
+    "Pulkovo Gauss zone 28" "GeoTiff:ProjectedCSType:28429" "Pulkovo Gauss zone 29"
+    "GeoTiff:ProjectedCSType:28430" "Pulkovo Gauss zone 30" "GeoTiff:ProjectedCSType:28431"
+    "Pulkovo Gauss zone 31" "GeoTiff:ProjectedCSType:28432" "Pulkovo Gauss zone 32"
+    "GeoTiff:ProjectedCSType:28464" "Pulkovo Gauss 4N" "GeoTiff:ProjectedCSType:28465"
+    "Pulkovo Gauss 5N" "GeoTiff:ProjectedCSType:28466" "Pulkovo Gauss 6N"
+    "GeoTiff:ProjectedCSType:28467" "Pulkovo Gauss 7N" "GeoTiff:ProjectedCSType:28468"
+    "Pulkovo Gauss 8N" "GeoTiff:ProjectedCSType:28469" "Pulkovo Gauss 9N"
+    "GeoTiff:ProjectedCSType:28470" "Pulkovo Gauss 10N" "GeoTiff:ProjectedCSType:28471"
+    "Pulkovo Gauss 11N" "GeoTiff:ProjectedCSType:28472" "Pulkovo Gauss 12N"
+    "GeoTiff:ProjectedCSType:28473" "Pulkovo Gauss 13N" "GeoTiff:ProjectedCSType:28474"
+    "Pulkovo Gauss 14N" "GeoTiff:ProjectedCSType:28475" "Pulkovo Gauss 15N"
+    "GeoTiff:ProjectedCSType:28476" "Pulkovo Gauss 16N" "GeoTiff:ProjectedCSType:28477"
+    "Pulkovo Gauss 17N" "GeoTiff:ProjectedCSType:28478" "Pulkovo Gauss 18N"
+    "GeoTiff:ProjectedCSType:28479" "Pulkovo Gauss 19N" "GeoTiff:ProjectedCSType:28480"
+    "Pulkovo Gauss 20N" "GeoTiff:ProjectedCSType:28481" "Pulkovo Gauss 21N"
+    "GeoTiff:ProjectedCSType:28482" "Pulkovo Gauss 22N" "GeoTiff:ProjectedCSType:28483"
+    "Pulkovo Gauss 23N" "GeoTiff:ProjectedCSType:28484" "Pulkovo Gauss 24N"
+    "GeoTiff:ProjectedCSType:28485" "Pulkovo Gauss 25N" "GeoTiff:ProjectedCSType:28486"
+    "Pulkovo Gauss 26N" "GeoTiff:ProjectedCSType:28487" "Pulkovo Gauss 27N"
+    "GeoTiff:ProjectedCSType:28488" "Pulkovo Gauss 28N" "GeoTiff:ProjectedCSType:28489"
+    "Pulkovo Gauss 29N" "GeoTiff:ProjectedCSType:28490" "Pulkovo Gauss 30N"
+    "GeoTiff:ProjectedCSType:28491" "Pulkovo Gauss 31N" "GeoTiff:ProjectedCSType:28492"
+    "Pulkovo Gauss 32N" "GeoTiff:ProjectedCSType:28600" "Qatar National Grid"
+    "GeoTiff:ProjectedCSType:28991" "RD Netherlands Old" "GeoTiff:ProjectedCSType:28992"
+    "RD Netherlands New" "GeoTiff:ProjectedCSType:29118" "SAD69 UTM zone 18N"
+    "GeoTiff:ProjectedCSType:29119" "SAD69 UTM zone 19N" "GeoTiff:ProjectedCSType:29120"
+    "SAD69 UTM zone 20N" "GeoTiff:ProjectedCSType:29121" "SAD69 UTM zone 21N"
+    "GeoTiff:ProjectedCSType:29122" "SAD69 UTM zone 22N" "GeoTiff:ProjectedCSType:29177"
+    "SAD69 UTM zone 17S" "GeoTiff:ProjectedCSType:29178" "SAD69 UTM zone 18S"
+    "GeoTiff:ProjectedCSType:29179" "SAD69 UTM zone 19S" "GeoTiff:ProjectedCSType:29180"
+    "SAD69 UTM zone 20S" "GeoTiff:ProjectedCSType:29181" "SAD69 UTM zone 21S"
+    "GeoTiff:ProjectedCSType:29182" "SAD69 UTM zone 22S" "GeoTiff:ProjectedCSType:29183"
+    "SAD69 UTM zone 23S" "GeoTiff:ProjectedCSType:29184" "SAD69 UTM zone 24S"
+    "GeoTiff:ProjectedCSType:29185" "SAD69 UTM zone 25S" "GeoTiff:ProjectedCSType:29220"
+    "Sapper Hill UTM 20S" "GeoTiff:ProjectedCSType:29221" "Sapper Hill UTM 21S"
+    "GeoTiff:ProjectedCSType:29333" "Schwarzeck UTM 33S" "GeoTiff:ProjectedCSType:29635"
+    "Sudan UTM zone 35N" "GeoTiff:ProjectedCSType:29636" "Sudan UTM zone 36N"
+    "GeoTiff:ProjectedCSType:29700" "Tananarive Laborde" "GeoTiff:ProjectedCSType:29738"
+    "Tananarive UTM 38S" "GeoTiff:ProjectedCSType:29739" "Tananarive UTM 39S"
+    "GeoTiff:ProjectedCSType:29800" "Timbalai 1948 Borneo" "GeoTiff:ProjectedCSType:29849"
+    "Timbalai 1948 UTM 49N" "GeoTiff:ProjectedCSType:29850" "Timbalai 1948 UTM 50N"
+    "GeoTiff:ProjectedCSType:29900" "TM65 Irish Nat Grid" "GeoTiff:ProjectedCSType:30200"
+    "Trinidad 1903 Trinidad" "GeoTiff:ProjectedCSType:30339" "TC 1948 UTM zone 39N"
+    "GeoTiff:ProjectedCSType:30340" "TC 1948 UTM zone 40N" "GeoTiff:ProjectedCSType:30491"
+    "Voirol N Algerie ancien" "GeoTiff:ProjectedCSType:30492" "Voirol S Algerie ancien"
+    "GeoTiff:ProjectedCSType:3053" "Hjorsey 1955 Lambert" "GeoTiff:ProjectedCSType:3057"
+    "ISN93 Lambert 1993" "GeoTiff:ProjectedCSType:30591" "Voirol Unifie N Algerie"
+    "GeoTiff:ProjectedCSType:30592" "Voirol Unifie S Algerie" "GeoTiff:ProjectedCSType:30600"
+    "Bern 1938 Swiss New" "GeoTiff:ProjectedCSType:30729" "Nord Sahara UTM 29N"
+    "GeoTiff:ProjectedCSType:30730" "Nord Sahara UTM 30N" "GeoTiff:ProjectedCSType:30731"
+    "Nord Sahara UTM 31N" "GeoTiff:ProjectedCSType:30732" "Nord Sahara UTM 32N"
+    "GeoTiff:ProjectedCSType:31028" "Yoff UTM zone 28N" "GeoTiff:ProjectedCSType:31121"
+    "Zanderij UTM zone 21N" "GeoTiff:ProjectedCSType:31291" "MGI Austria West"
+    "GeoTiff:ProjectedCSType:31292" "MGI Austria Central" "GeoTiff:ProjectedCSType:31293"
+    "MGI Austria East" "GeoTiff:ProjectedCSType:31300" "Belge Lambert 72"
+    "GeoTiff:ProjectedCSType:31491" "DHDN Germany zone 1" "GeoTiff:ProjectedCSType:31492"
+    "DHDN Germany zone 2" "GeoTiff:ProjectedCSType:31493" "DHDN Germany zone 3"
+    "GeoTiff:ProjectedCSType:31494" "DHDN Germany zone 4" "GeoTiff:ProjectedCSType:31495"
+    "DHDN Germany zone 5" "GeoTiff:ProjectedCSType:31700" "Dealul Piscului 1970 Stereo 70"
+    "GeoTiff:ProjectedCSType:32001" "NAD27 Montana North" "GeoTiff:ProjectedCSType:32002"
+    "NAD27 Montana Central" "GeoTiff:ProjectedCSType:32003" "NAD27 Montana South"
+    "GeoTiff:ProjectedCSType:32005" "NAD27 Nebraska North" "GeoTiff:ProjectedCSType:32006"
+    "NAD27 Nebraska South" "GeoTiff:ProjectedCSType:32007" "NAD27 Nevada East"
+    "GeoTiff:ProjectedCSType:32008" "NAD27 Nevada Central" "GeoTiff:ProjectedCSType:32009"
+    "NAD27 Nevada West" "GeoTiff:ProjectedCSType:32010" "NAD27 New Hampshire"
+    "GeoTiff:ProjectedCSType:32011" "NAD27 New Jersey" "GeoTiff:ProjectedCSType:32012"
+    "NAD27 New Mexico East" "GeoTiff:ProjectedCSType:32013" "NAD27 New Mexico Cent"
+    "GeoTiff:ProjectedCSType:32014" "NAD27 New Mexico West" "GeoTiff:ProjectedCSType:32015"
+    "NAD27 New York East" "GeoTiff:ProjectedCSType:32016" "NAD27 New York Central"
+    "GeoTiff:ProjectedCSType:32017" "NAD27 New York West" "GeoTiff:ProjectedCSType:32018"
+    "NAD27 New York Long Is" "GeoTiff:ProjectedCSType:32019" "NAD27 North Carolina"
+    "GeoTiff:ProjectedCSType:32020" "NAD27 North Dakota N" "GeoTiff:ProjectedCSType:32021"
+    "NAD27 North Dakota S" "GeoTiff:ProjectedCSType:32022" "NAD27 Ohio North"
+    "GeoTiff:ProjectedCSType:32023" "NAD27 Ohio South" "GeoTiff:ProjectedCSType:32024"
+    "NAD27 Oklahoma North" "GeoTiff:ProjectedCSType:32025" "NAD27 Oklahoma South"
+    "GeoTiff:ProjectedCSType:32026" "NAD27 Oregon North" "GeoTiff:ProjectedCSType:32027"
+    "NAD27 Oregon South" "GeoTiff:ProjectedCSType:32028" "NAD27 Pennsylvania N"
+    "GeoTiff:ProjectedCSType:32029" "NAD27 Pennsylvania S" "GeoTiff:ProjectedCSType:32030"
+    "NAD27 Rhode Island" "GeoTiff:ProjectedCSType:32031" "NAD27 South Carolina N"
+    "GeoTiff:ProjectedCSType:32033" "NAD27 South Carolina S" "GeoTiff:ProjectedCSType:32034"
+    "NAD27 South Dakota N" "GeoTiff:ProjectedCSType:32035" "NAD27 South Dakota S"
+    "GeoTiff:ProjectedCSType:32036" "GeoTiff:ProjectedCSType:32037" "NAD27 Texas North"
+    "GeoTiff:ProjectedCSType:32038" "NAD27 Texas North Cen" "GeoTiff:ProjectedCSType:32039"
+    "NAD27 Texas Central" "GeoTiff:ProjectedCSType:32040" "NAD27 Texas South Cen"
+    "GeoTiff:ProjectedCSType:32041" "NAD27 Texas South" "GeoTiff:ProjectedCSType:32042"
+    "NAD27 Utah North" "GeoTiff:ProjectedCSType:32043" "NAD27 Utah Central"
+    "GeoTiff:ProjectedCSType:32044" "NAD27 Utah South" "GeoTiff:ProjectedCSType:32045"
+    "NAD27 Vermont" "GeoTiff:ProjectedCSType:32046" "NAD27 Virginia North"
+    "GeoTiff:ProjectedCSType:32047" "NAD27 Virginia South" "GeoTiff:ProjectedCSType:32048"
+    "NAD27 Washington North" "GeoTiff:ProjectedCSType:32049" "NAD27 Washington South"
+    "GeoTiff:ProjectedCSType:32050" "NAD27 West Virginia N" "GeoTiff:ProjectedCSType:32051"
+    "NAD27 West Virginia S" "GeoTiff:ProjectedCSType:32052" "NAD27 Wisconsin North"
+    "GeoTiff:ProjectedCSType:32053" "NAD27 Wisconsin Cen" "GeoTiff:ProjectedCSType:32054"
+    "NAD27 Wisconsin South" "GeoTiff:ProjectedCSType:32055" "NAD27 Wyoming East"
+    "GeoTiff:ProjectedCSType:32056" "NAD27 Wyoming E Cen" "GeoTiff:ProjectedCSType:32057"
+    "NAD27 Wyoming W Cen" "GeoTiff:ProjectedCSType:32058" "NAD27 Wyoming West"
+    "GeoTiff:ProjectedCSType:32059" "NAD27 Puerto Rico" "GeoTiff:ProjectedCSType:32060"
+    "NAD27 St Croix" "GeoTiff:ProjectedCSType:32100" "NAD83 Montana" "GeoTiff:ProjectedCSType:32104"
+    "NAD83 Nebraska" "GeoTiff:ProjectedCSType:32107" "NAD83 Nevada East"
+    "GeoTiff:ProjectedCSType:32108" "NAD83 Nevada Central" "GeoTiff:ProjectedCSType:32109"
+    "NAD83 Nevada West" "GeoTiff:ProjectedCSType:32110" "NAD83 New Hampshire"
+    "GeoTiff:ProjectedCSType:32111" "NAD83 New Jersey" "GeoTiff:ProjectedCSType:32112"
+    "NAD83 New Mexico East" "GeoTiff:ProjectedCSType:32113" "NAD83 New Mexico Cent"
+    "GeoTiff:ProjectedCSType:32114" "NAD83 New Mexico West" "GeoTiff:ProjectedCSType:32115"
+    "NAD83 New York East" "GeoTiff:ProjectedCSType:32116" "NAD83 New York Central"
+    "GeoTiff:ProjectedCSType:32117" "NAD83 New York West" "GeoTiff:ProjectedCSType:32118"
+    "NAD83 New York Long Is" "GeoTiff:ProjectedCSType:32119" "NAD83 North Carolina"
+    "GeoTiff:ProjectedCSType:32120" "NAD83 North Dakota N" "GeoTiff:ProjectedCSType:32121"
+    "NAD83 North Dakota S" "GeoTiff:ProjectedCSType:32122" "NAD83 Ohio North"
+    "GeoTiff:ProjectedCSType:32123" "NAD83 Ohio South" "GeoTiff:ProjectedCSType:32124"
+    "NAD83 Oklahoma North" "GeoTiff:ProjectedCSType:32125" "NAD83 Oklahoma South"
+    "GeoTiff:ProjectedCSType:32126" "NAD83 Oregon North" "GeoTiff:ProjectedCSType:32127"
+    "NAD83 Oregon South" "GeoTiff:ProjectedCSType:32128" "NAD83 Pennsylvania N"
+    "GeoTiff:ProjectedCSType:32129" "NAD83 Pennsylvania S" "GeoTiff:ProjectedCSType:32130"
+    "NAD83 Rhode Island" "GeoTiff:ProjectedCSType:32133" "NAD83 South Carolina"
+    "GeoTiff:ProjectedCSType:32134" "NAD83 South Dakota N" "GeoTiff:ProjectedCSType:32135"
+    "NAD83 South Dakota S" "GeoTiff:ProjectedCSType:32136" "NAD83 Tennessee"
+    "GeoTiff:ProjectedCSType:32137" "NAD83 Texas North" "GeoTiff:ProjectedCSType:32138"
+    "NAD83 Texas North Cen" "GeoTiff:ProjectedCSType:32139" "NAD83 Texas Central"
+    "GeoTiff:ProjectedCSType:32140" "NAD83 Texas South Cen" "GeoTiff:ProjectedCSType:32141"
+    "NAD83 Texas South" "GeoTiff:ProjectedCSType:32142" "NAD83 Utah North"
+    "GeoTiff:ProjectedCSType:32143" "NAD83 Utah Central" "GeoTiff:ProjectedCSType:32144"
+    "NAD83 Utah South" "GeoTiff:ProjectedCSType:32145" "NAD83 Vermont"
+    "GeoTiff:ProjectedCSType:32146" "NAD83 Virginia North" "GeoTiff:ProjectedCSType:32147"
+    "NAD83 Virginia South" "GeoTiff:ProjectedCSType:32148" "NAD83 Washington North"
+    "GeoTiff:ProjectedCSType:32149" "NAD83 Washington South" "GeoTiff:ProjectedCSType:32150"
+    "NAD83 West Virginia N" "GeoTiff:ProjectedCSType:32151" "NAD83 West Virginia S"
+    "GeoTiff:ProjectedCSType:32152" "NAD83 Wisconsin North" "GeoTiff:ProjectedCSType:32153"
+    "NAD83 Wisconsin Cen" "GeoTiff:ProjectedCSType:32154" "NAD83 Wisconsin South"
+    "GeoTiff:ProjectedCSType:32155" "NAD83 Wyoming East" "GeoTiff:ProjectedCSType:32156"
+    "NAD83 Wyoming E Cen" "GeoTiff:ProjectedCSType:32157" "NAD83 Wyoming W Cen"
+    "GeoTiff:ProjectedCSType:32158" "NAD83 Wyoming West" "GeoTiff:ProjectedCSType:32161"
+    "NAD83 Puerto Rico Virgin Is" "GeoTiff:ProjectedCSType:32201" "WGS72 UTM zone 1N"
+    "GeoTiff:ProjectedCSType:32202" "WGS72 UTM zone 2N" "GeoTiff:ProjectedCSType:32203"
+    "WGS72 UTM zone 3N" "GeoTiff:ProjectedCSType:32204" "WGS72 UTM zone 4N"
+    "GeoTiff:ProjectedCSType:32205" "WGS72 UTM zone 5N" "GeoTiff:ProjectedCSType:32206"
+    "WGS72 UTM zone 6N" "GeoTiff:ProjectedCSType:32207" "WGS72 UTM zone 7N"
+    "GeoTiff:ProjectedCSType:32208" "WGS72 UTM zone 8N" "GeoTiff:ProjectedCSType:32209"
+    "WGS72 UTM zone 9N" "GeoTiff:ProjectedCSType:32210" "WGS72 UTM zone 10N"
+    "GeoTiff:ProjectedCSType:32211" "WGS72 UTM zone 11N" "GeoTiff:ProjectedCSType:32212"
+    "WGS72 UTM zone 12N" "GeoTiff:ProjectedCSType:32213" "WGS72 UTM zone 13N"
+    "GeoTiff:ProjectedCSType:32214" "WGS72 UTM zone 14N" "GeoTiff:ProjectedCSType:32215"
+    "WGS72 UTM zone 15N" "GeoTiff:ProjectedCSType:32216" "WGS72 UTM zone 16N"
+    "GeoTiff:ProjectedCSType:32217" "WGS72 UTM zone 17N" "GeoTiff:ProjectedCSType:32218"
+    "WGS72 UTM zone 18N" "GeoTiff:ProjectedCSType:32219" "WGS72 UTM zone 19N"
+    "GeoTiff:ProjectedCSType:32220" "WGS72 UTM zone 20N" "GeoTiff:ProjectedCSType:32221"
+    "WGS72 UTM zone 21N" "GeoTiff:ProjectedCSType:32222" "WGS72 UTM zone 22N"
+    "GeoTiff:ProjectedCSType:32223" "WGS72 UTM zone 23N" "GeoTiff:ProjectedCSType:32224"
+    "WGS72 UTM zone 24N" "GeoTiff:ProjectedCSType:32225" "WGS72 UTM zone 25N"
+    "GeoTiff:ProjectedCSType:32226" "WGS72 UTM zone 26N" "GeoTiff:ProjectedCSType:32227"
+    "WGS72 UTM zone 27N" "GeoTiff:ProjectedCSType:32228" "WGS72 UTM zone 28N"
+    "GeoTiff:ProjectedCSType:32229" "WGS72 UTM zone 29N" "GeoTiff:ProjectedCSType:32230"
+    "WGS72 UTM zone 30N" "GeoTiff:ProjectedCSType:32231" "WGS72 UTM zone 31N"
+    "GeoTiff:ProjectedCSType:32232" "WGS72 UTM zone 32N" "GeoTiff:ProjectedCSType:32233"
+    "WGS72 UTM zone 33N" "GeoTiff:ProjectedCSType:32234" "WGS72 UTM zone 34N"
+    "GeoTiff:ProjectedCSType:32235" "WGS72 UTM zone 35N" "GeoTiff:ProjectedCSType:32236"
+    "WGS72 UTM zone 36N" "GeoTiff:ProjectedCSType:32237" "WGS72 UTM zone 37N"
+    "GeoTiff:ProjectedCSType:32238" "WGS72 UTM zone 38N" "GeoTiff:ProjectedCSType:32239"
+    "WGS72 UTM zone 39N" "GeoTiff:ProjectedCSType:32240" "WGS72 UTM zone 40N"
+    "GeoTiff:ProjectedCSType:32241" "WGS72 UTM zone 41N" "GeoTiff:ProjectedCSType:32242"
+    "WGS72 UTM zone 42N" "GeoTiff:ProjectedCSType:32243" "WGS72 UTM zone 43N"
+    "GeoTiff:ProjectedCSType:32244" "WGS72 UTM zone 44N" "GeoTiff:ProjectedCSType:32245"
+    "WGS72 UTM zone 45N" "GeoTiff:ProjectedCSType:32246" "WGS72 UTM zone 46N"
+    "GeoTiff:ProjectedCSType:32247" "WGS72 UTM zone 47N" "GeoTiff:ProjectedCSType:32248"
+    "WGS72 UTM zone 48N" "GeoTiff:ProjectedCSType:32249" "WGS72 UTM zone 49N"
+    "GeoTiff:ProjectedCSType:32250" "WGS72 UTM zone 50N" "GeoTiff:ProjectedCSType:32251"
+    "WGS72 UTM zone 51N" "GeoTiff:ProjectedCSType:32252" "WGS72 UTM zone 52N"
+    "GeoTiff:ProjectedCSType:32253" "WGS72 UTM zone 53N" "GeoTiff:ProjectedCSType:32254"
+    "WGS72 UTM zone 54N" "GeoTiff:ProjectedCSType:32255" "WGS72 UTM zone 55N"
+    "GeoTiff:ProjectedCSType:32256" "WGS72 UTM zone 56N" "GeoTiff:ProjectedCSType:32257"
+    "WGS72 UTM zone 57N" "GeoTiff:ProjectedCSType:32258" "WGS72 UTM zone 58N"
+    "GeoTiff:ProjectedCSType:32259" "WGS72 UTM zone 59N" "GeoTiff:ProjectedCSType:32260"
+    "WGS72 UTM zone 60N" "GeoTiff:ProjectedCSType:32301" "WGS72 UTM zone 1S"
+    "GeoTiff:ProjectedCSType:32302" "WGS72 UTM zone 2S" "GeoTiff:ProjectedCSType:32303"
+    "WGS72 UTM zone 3S" "GeoTiff:ProjectedCSType:32304" "WGS72 UTM zone 4S"
+    "GeoTiff:ProjectedCSType:32305" "WGS72 UTM zone 5S" "GeoTiff:ProjectedCSType:32306"
+    "WGS72 UTM zone 6S" "GeoTiff:ProjectedCSType:32307" "WGS72 UTM zone 7S"
+    "GeoTiff:ProjectedCSType:32308" "WGS72 UTM zone 8S" "GeoTiff:ProjectedCSType:32309"
+    "WGS72 UTM zone 9S" "GeoTiff:ProjectedCSType:32310" "WGS72 UTM zone 10S"
+    "GeoTiff:ProjectedCSType:32311" "WGS72 UTM zone 11S" "GeoTiff:ProjectedCSType:32312"
+    "WGS72 UTM zone 12S" "GeoTiff:ProjectedCSType:32313" "WGS72 UTM zone 13S"
+    "GeoTiff:ProjectedCSType:32314" "WGS72 UTM zone 14S" "GeoTiff:ProjectedCSType:32315"
+    "WGS72 UTM zone 15S" "GeoTiff:ProjectedCSType:32316" "WGS72 UTM zone 16S"
+    "GeoTiff:ProjectedCSType:32317" "WGS72 UTM zone 17S" "GeoTiff:ProjectedCSType:32318"
+    "WGS72 UTM zone 18S" "GeoTiff:ProjectedCSType:32319" "WGS72 UTM zone 19S"
+    "GeoTiff:ProjectedCSType:32320" "WGS72 UTM zone 20S" "GeoTiff:ProjectedCSType:32321"
+    "WGS72 UTM zone 21S" "GeoTiff:ProjectedCSType:32322" "WGS72 UTM zone 22S"
+    "GeoTiff:ProjectedCSType:32323" "WGS72 UTM zone 23S" "GeoTiff:ProjectedCSType:32324"
+    "WGS72 UTM zone 24S" "GeoTiff:ProjectedCSType:32325" "WGS72 UTM zone 25S"
+    "GeoTiff:ProjectedCSType:32326" "WGS72 UTM zone 26S" "GeoTiff:ProjectedCSType:32327"
+    "WGS72 UTM zone 27S" "GeoTiff:ProjectedCSType:32328" "WGS72 UTM zone 28S"
+    "GeoTiff:ProjectedCSType:32329" "WGS72 UTM zone 29S" "GeoTiff:ProjectedCSType:32330"
+    "WGS72 UTM zone 30S" "GeoTiff:ProjectedCSType:32331" "WGS72 UTM zone 31S"
+    "GeoTiff:ProjectedCSType:32332" "WGS72 UTM zone 32S" "GeoTiff:ProjectedCSType:32333"
+    "WGS72 UTM zone 33S" "GeoTiff:ProjectedCSType:32334" "WGS72 UTM zone 34S"
+    "GeoTiff:ProjectedCSType:32335" "WGS72 UTM zone 35S" "GeoTiff:ProjectedCSType:32336"
+    "WGS72 UTM zone 36S" "GeoTiff:ProjectedCSType:32337" "WGS72 UTM zone 37S"
+    "GeoTiff:ProjectedCSType:32338" "WGS72 UTM zone 38S" "GeoTiff:ProjectedCSType:32339"
+    "WGS72 UTM zone 39S" "GeoTiff:ProjectedCSType:32340" "WGS72 UTM zone 40S"
+    "GeoTiff:ProjectedCSType:32341" "WGS72 UTM zone 41S" "GeoTiff:ProjectedCSType:32342"
+    "WGS72 UTM zone 42S" "GeoTiff:ProjectedCSType:32343" "WGS72 UTM zone 43S"
+    "GeoTiff:ProjectedCSType:32344" "WGS72 UTM zone 44S" "GeoTiff:ProjectedCSType:32345"
+    "WGS72 UTM zone 45S" "GeoTiff:ProjectedCSType:32346" "WGS72 UTM zone 46S"
+    "GeoTiff:ProjectedCSType:32347" "WGS72 UTM zone 47S" "GeoTiff:ProjectedCSType:32348"
+    "WGS72 UTM zone 48S" "GeoTiff:ProjectedCSType:32349" "WGS72 UTM zone 49S"
+    "GeoTiff:ProjectedCSType:32350" "WGS72 UTM zone 50S" "GeoTiff:ProjectedCSType:32351"
+    "WGS72 UTM zone 51S" "GeoTiff:ProjectedCSType:32352" "WGS72 UTM zone 52S"
+    "GeoTiff:ProjectedCSType:32353" "WGS72 UTM zone 53S" "GeoTiff:ProjectedCSType:32354"
+    "WGS72 UTM zone 54S" "GeoTiff:ProjectedCSType:32355" "WGS72 UTM zone 55S"
+    "GeoTiff:ProjectedCSType:32356" "WGS72 UTM zone 56S" "GeoTiff:ProjectedCSType:32357"
+    "WGS72 UTM zone 57S" "GeoTiff:ProjectedCSType:32358" "WGS72 UTM zone 58S"
+    "GeoTiff:ProjectedCSType:32359" "WGS72 UTM zone 59S" "GeoTiff:ProjectedCSType:32360"
+    "WGS72 UTM zone 60S" "GeoTiff:ProjectedCSType:32401" "WGS72BE UTM zone 1N"
+    "GeoTiff:ProjectedCSType:32402" "WGS72BE UTM zone 2N" "GeoTiff:ProjectedCSType:32403"
+    "WGS72BE UTM zone 3N" "GeoTiff:ProjectedCSType:32404" "WGS72BE UTM zone 4N"
+    "GeoTiff:ProjectedCSType:32405" "WGS72BE UTM zone 5N" "GeoTiff:ProjectedCSType:32406"
+    "WGS72BE UTM zone 6N" "GeoTiff:ProjectedCSType:32407" "WGS72BE UTM zone 7N"
+    "GeoTiff:ProjectedCSType:32408" "WGS72BE UTM zone 8N" "GeoTiff:ProjectedCSType:32409"
+    "WGS72BE UTM zone 9N" "GeoTiff:ProjectedCSType:32410" "WGS72BE UTM zone 10N"
+    "GeoTiff:ProjectedCSType:32411" "WGS72BE UTM zone 11N" "GeoTiff:ProjectedCSType:32412"
+    "WGS72BE UTM zone 12N" "GeoTiff:ProjectedCSType:32413" "WGS72BE UTM zone 13N"
+    "GeoTiff:ProjectedCSType:32414" "WGS72BE UTM zone 14N" "GeoTiff:ProjectedCSType:32415"
+    "WGS72BE UTM zone 15N" "GeoTiff:ProjectedCSType:32416" "WGS72BE UTM zone 16N"
+    "GeoTiff:ProjectedCSType:32417" "WGS72BE UTM zone 17N" "GeoTiff:ProjectedCSType:32418"
+    "WGS72BE UTM zone 18N" "GeoTiff:ProjectedCSType:32419" "WGS72BE UTM zone 19N"
+    "GeoTiff:ProjectedCSType:32420" "WGS72BE UTM zone 20N" "GeoTiff:ProjectedCSType:32421"
+    "WGS72BE UTM zone 21N" "GeoTiff:ProjectedCSType:32422" "WGS72BE UTM zone 22N"
+    "GeoTiff:ProjectedCSType:32423" "WGS72BE UTM zone 23N" "GeoTiff:ProjectedCSType:32424"
+    "WGS72BE UTM zone 24N" "GeoTiff:ProjectedCSType:32425" "WGS72BE UTM zone 25N"
+    "GeoTiff:ProjectedCSType:32426" "WGS72BE UTM zone 26N" "GeoTiff:ProjectedCSType:32427"
+    "WGS72BE UTM zone 27N" "GeoTiff:ProjectedCSType:32428" "WGS72BE UTM zone 28N"
+    "GeoTiff:ProjectedCSType:32429" "WGS72BE UTM zone 29N" "GeoTiff:ProjectedCSType:32430"
+    "WGS72BE UTM zone 30N" "GeoTiff:ProjectedCSType:32431" "WGS72BE UTM zone 31N"
+    "GeoTiff:ProjectedCSType:32432" "WGS72BE UTM zone 32N" "GeoTiff:ProjectedCSType:32433"
+    "WGS72BE UTM zone 33N" "GeoTiff:ProjectedCSType:32434" "WGS72BE UTM zone 34N"
+    "GeoTiff:ProjectedCSType:32435" "WGS72BE UTM zone 35N" "GeoTiff:ProjectedCSType:32436"
+    "WGS72BE UTM zone 36N" "GeoTiff:ProjectedCSType:32437" "WGS72BE UTM zone 37N"
+    "GeoTiff:ProjectedCSType:32438" "WGS72BE UTM zone 38N" "GeoTiff:ProjectedCSType:32439"
+    "WGS72BE UTM zone 39N" "GeoTiff:ProjectedCSType:32440" "WGS72BE UTM zone 40N"
+    "GeoTiff:ProjectedCSType:32441" "WGS72BE UTM zone 41N" "GeoTiff:ProjectedCSType:32442"
+    "WGS72BE UTM zone 42N" "GeoTiff:ProjectedCSType:32443" "WGS72BE UTM zone 43N"
+    "GeoTiff:ProjectedCSType:32444" "WGS72BE UTM zone 44N" "GeoTiff:ProjectedCSType:32445"
+    "WGS72BE UTM zone 45N" "GeoTiff:ProjectedCSType:32446" "WGS72BE UTM zone 46N"
+    "GeoTiff:ProjectedCSType:32447" "WGS72BE UTM zone 47N" "GeoTiff:ProjectedCSType:32448"
+    "WGS72BE UTM zone 48N" "GeoTiff:ProjectedCSType:32449" "WGS72BE UTM zone 49N"
+    "GeoTiff:ProjectedCSType:32450" "WGS72BE UTM zone 50N" "GeoTiff:ProjectedCSType:32451"
+    "WGS72BE UTM zone 51N" "GeoTiff:ProjectedCSType:32452" "WGS72BE UTM zone 52N"
+    "GeoTiff:ProjectedCSType:32453" "WGS72BE UTM zone 53N" "GeoTiff:ProjectedCSType:32454"
+    "WGS72BE UTM zone 54N" "GeoTiff:ProjectedCSType:32455" "WGS72BE UTM zone 55N"
+    "GeoTiff:ProjectedCSType:32456" "WGS72BE UTM zone 56N" "GeoTiff:ProjectedCSType:32457"
+    "WGS72BE UTM zone 57N" "GeoTiff:ProjectedCSType:32458" "WGS72BE UTM zone 58N"
+    "GeoTiff:ProjectedCSType:32459" "WGS72BE UTM zone 59N" "GeoTiff:ProjectedCSType:32460"
+    "WGS72BE UTM zone 60N" "GeoTiff:ProjectedCSType:32501" "WGS72BE UTM zone 1S"
+    "GeoTiff:ProjectedCSType:32502" "WGS72BE UTM zone 2S" "GeoTiff:ProjectedCSType:32503"
+    "WGS72BE UTM zone 3S" "GeoTiff:ProjectedCSType:32504" "WGS72BE UTM zone 4S"
+    "GeoTiff:ProjectedCSType:32505" "WGS72BE UTM zone 5S" "GeoTiff:ProjectedCSType:32506"
+    "WGS72BE UTM zone 6S" "GeoTiff:ProjectedCSType:32507" "WGS72BE UTM zone 7S"
+    "GeoTiff:ProjectedCSType:32508" "WGS72BE UTM zone 8S" "GeoTiff:ProjectedCSType:32509"
+    "WGS72BE UTM zone 9S" "GeoTiff:ProjectedCSType:32510" "WGS72BE UTM zone 10S"
+    "GeoTiff:ProjectedCSType:32511" "WGS72BE UTM zone 11S" "GeoTiff:ProjectedCSType:32512"
+    "WGS72BE UTM zone 12S" "GeoTiff:ProjectedCSType:32513" "WGS72BE UTM zone 13S"
+    "GeoTiff:ProjectedCSType:32514" "WGS72BE UTM zone 14S" "GeoTiff:ProjectedCSType:32515"
+    "WGS72BE UTM zone 15S" "GeoTiff:ProjectedCSType:32516" "WGS72BE UTM zone 16S"
+    "GeoTiff:ProjectedCSType:32517" "WGS72BE UTM zone 17S" "GeoTiff:ProjectedCSType:32518"
+    "WGS72BE UTM zone 18S" "GeoTiff:ProjectedCSType:32519" "WGS72BE UTM zone 19S"
+    "GeoTiff:ProjectedCSType:32520" "WGS72BE UTM zone 20S" "GeoTiff:ProjectedCSType:32521"
+    "WGS72BE UTM zone 21S" "GeoTiff:ProjectedCSType:32522" "WGS72BE UTM zone 22S"
+    "GeoTiff:ProjectedCSType:32523" "WGS72BE UTM zone 23S" "GeoTiff:ProjectedCSType:32524"
+    "WGS72BE UTM zone 24S" "GeoTiff:ProjectedCSType:32525" "WGS72BE UTM zone 25S"
+    "GeoTiff:ProjectedCSType:32526" "WGS72BE UTM zone 26S" "GeoTiff:ProjectedCSType:32527"
+    "WGS72BE UTM zone 27S" "GeoTiff:ProjectedCSType:32528" "WGS72BE UTM zone 28S"
+    "GeoTiff:ProjectedCSType:32529" "WGS72BE UTM zone 29S" "GeoTiff:ProjectedCSType:32530"
+    "WGS72BE UTM zone 30S" "GeoTiff:ProjectedCSType:32531" "WGS72BE UTM zone 31S"
+    "GeoTiff:ProjectedCSType:32532" "WGS72BE UTM zone 32S" "GeoTiff:ProjectedCSType:32533"
+    "WGS72BE UTM zone 33S" "GeoTiff:ProjectedCSType:32534" "WGS72BE UTM zone 34S"
+    "GeoTiff:ProjectedCSType:32535" "WGS72BE UTM zone 35S" "GeoTiff:ProjectedCSType:32536"
+    "WGS72BE UTM zone 36S" "GeoTiff:ProjectedCSType:32537" "WGS72BE UTM zone 37S"
+    "GeoTiff:ProjectedCSType:32538" "WGS72BE UTM zone 38S" "GeoTiff:ProjectedCSType:32539"
+    "WGS72BE UTM zone 39S" "GeoTiff:ProjectedCSType:32540" "WGS72BE UTM zone 40S"
+    "GeoTiff:ProjectedCSType:32541" "WGS72BE UTM zone 41S" "GeoTiff:ProjectedCSType:32542"
+    "WGS72BE UTM zone 42S" "GeoTiff:ProjectedCSType:32543" "WGS72BE UTM zone 43S"
+    "GeoTiff:ProjectedCSType:32544" "WGS72BE UTM zone 44S" "GeoTiff:ProjectedCSType:32545"
+    "WGS72BE UTM zone 45S" "GeoTiff:ProjectedCSType:32546" "WGS72BE UTM zone 46S"
+    "GeoTiff:ProjectedCSType:32547" "WGS72BE UTM zone 47S" "GeoTiff:ProjectedCSType:32548"
+    "WGS72BE UTM zone 48S" "GeoTiff:ProjectedCSType:32549" "WGS72BE UTM zone 49S"
+    "GeoTiff:ProjectedCSType:32550" "WGS72BE UTM zone 50S" "GeoTiff:ProjectedCSType:32551"
+    "WGS72BE UTM zone 51S" "GeoTiff:ProjectedCSType:32552" "WGS72BE UTM zone 52S"
+    "GeoTiff:ProjectedCSType:32553" "WGS72BE UTM zone 53S" "GeoTiff:ProjectedCSType:32554"
+    "WGS72BE UTM zone 54S" "GeoTiff:ProjectedCSType:32555" "WGS72BE UTM zone 55S"
+    "GeoTiff:ProjectedCSType:32556" "WGS72BE UTM zone 56S" "GeoTiff:ProjectedCSType:32557"
+    "WGS72BE UTM zone 57S" "GeoTiff:ProjectedCSType:32558" "WGS72BE UTM zone 58S"
+    "GeoTiff:ProjectedCSType:32559" "WGS72BE UTM zone 59S" "GeoTiff:ProjectedCSType:32560"
+    "WGS72BE UTM zone 60S" "GeoTiff:ProjectedCSType:32601" "WGS84 UTM zone 1N"
+    "GeoTiff:ProjectedCSType:32602" "WGS84 UTM zone 2N" "GeoTiff:ProjectedCSType:32603"
+    "WGS84 UTM zone 3N" "GeoTiff:ProjectedCSType:32604" "WGS84 UTM zone 4N"
+    "GeoTiff:ProjectedCSType:32605" "WGS84 UTM zone 5N" "GeoTiff:ProjectedCSType:32606"
+    "WGS84 UTM zone 6N" "GeoTiff:ProjectedCSType:32607" "WGS84 UTM zone 7N"
+    "GeoTiff:ProjectedCSType:32608" "WGS84 UTM zone 8N" "GeoTiff:ProjectedCSType:32609"
+    "WGS84 UTM zone 9N" "GeoTiff:ProjectedCSType:32610" "WGS84 UTM zone 10N"
+    "GeoTiff:ProjectedCSType:32611" "WGS84 UTM zone 11N" "GeoTiff:ProjectedCSType:32612"
+    "WGS84 UTM zone 12N" "GeoTiff:ProjectedCSType:32613" "WGS84 UTM zone 13N"
+    "GeoTiff:ProjectedCSType:32614" "WGS84 UTM zone 14N" "GeoTiff:ProjectedCSType:32615"
+    "WGS84 UTM zone 15N" "GeoTiff:ProjectedCSType:32616" "WGS84 UTM zone 16N"
+    "GeoTiff:ProjectedCSType:32617" "WGS84 UTM zone 17N" "GeoTiff:ProjectedCSType:32618"
+    "WGS84 UTM zone 18N" "GeoTiff:ProjectedCSType:32619" "WGS84 UTM zone 19N"
+    "GeoTiff:ProjectedCSType:32620" "WGS84 UTM zone 20N" "GeoTiff:ProjectedCSType:32621"
+    "WGS84 UTM zone 21N" "GeoTiff:ProjectedCSType:32622" "WGS84 UTM zone 22N"
+    "GeoTiff:ProjectedCSType:32623" "WGS84 UTM zone 23N" "GeoTiff:ProjectedCSType:32624"
+    "WGS84 UTM zone 24N" "GeoTiff:ProjectedCSType:32625" "WGS84 UTM zone 25N"
+    "GeoTiff:ProjectedCSType:32626" "WGS84 UTM zone 26N" "GeoTiff:ProjectedCSType:32627"
+    "WGS84 UTM zone 27N" "GeoTiff:ProjectedCSType:32628" "WGS84 UTM zone 28N"
+    "GeoTiff:ProjectedCSType:32629" "WGS84 UTM zone 29N" "GeoTiff:ProjectedCSType:32630"
+    "WGS84 UTM zone 30N" "GeoTiff:ProjectedCSType:32631" "WGS84 UTM zone 31N"
+    "GeoTiff:ProjectedCSType:32632" "WGS84 UTM zone 32N" "GeoTiff:ProjectedCSType:32633"
+    "WGS84 UTM zone 33N" "GeoTiff:ProjectedCSType:32634" "WGS84 UTM zone 34N"
+    "GeoTiff:ProjectedCSType:32635" "WGS84 UTM zone 35N" "GeoTiff:ProjectedCSType:32636"
+    "WGS84 UTM zone 36N" "GeoTiff:ProjectedCSType:32637" "WGS84 UTM zone 37N"
+    "GeoTiff:ProjectedCSType:32638" "WGS84 UTM zone 38N" "GeoTiff:ProjectedCSType:32639"
+    "WGS84 UTM zone 39N" "GeoTiff:ProjectedCSType:32640" "WGS84 UTM zone 40N"
+    "GeoTiff:ProjectedCSType:32641" "WGS84 UTM zone 41N" "GeoTiff:ProjectedCSType:32642"
+    "WGS84 UTM zone 42N" "GeoTiff:ProjectedCSType:32643" "WGS84 UTM zone 43N"
+    "GeoTiff:ProjectedCSType:32644" "WGS84 UTM zone 44N" "GeoTiff:ProjectedCSType:32645"
+    "WGS84 UTM zone 45N" "GeoTiff:ProjectedCSType:32646" "WGS84 UTM zone 46N"
+    "GeoTiff:ProjectedCSType:32647" "WGS84 UTM zone 47N" "GeoTiff:ProjectedCSType:32648"
+    "WGS84 UTM zone 48N" "GeoTiff:ProjectedCSType:32649" "WGS84 UTM zone 49N"
+    "GeoTiff:ProjectedCSType:32650" "WGS84 UTM zone 50N" "GeoTiff:ProjectedCSType:32651"
+    "WGS84 UTM zone 51N" "GeoTiff:ProjectedCSType:32652" "WGS84 UTM zone 52N"
+    "GeoTiff:ProjectedCSType:32653" "WGS84 UTM zone 53N" "GeoTiff:ProjectedCSType:32654"
+    "WGS84 UTM zone 54N" "GeoTiff:ProjectedCSType:32655" "WGS84 UTM zone 55N"
+    "GeoTiff:ProjectedCSType:32656" "WGS84 UTM zone 56N" "GeoTiff:ProjectedCSType:32657"
+    "WGS84 UTM zone 57N" "GeoTiff:ProjectedCSType:32658" "WGS84 UTM zone 58N"
+    "GeoTiff:ProjectedCSType:32659" "WGS84 UTM zone 59N" "GeoTiff:ProjectedCSType:32660"
+    "WGS84 UTM zone 60N" "GeoTiff:ProjectedCSType:32701" "WGS84 UTM zone 1S"
+    "GeoTiff:ProjectedCSType:32702" "WGS84 UTM zone 2S" "GeoTiff:ProjectedCSType:32703"
+    "WGS84 UTM zone 3S" "GeoTiff:ProjectedCSType:32704" "WGS84 UTM zone 4S"
+    "GeoTiff:ProjectedCSType:32705" "WGS84 UTM zone 5S" "GeoTiff:ProjectedCSType:32706"
+    "WGS84 UTM zone 6S" "GeoTiff:ProjectedCSType:32707" "WGS84 UTM zone 7S"
+    "GeoTiff:ProjectedCSType:32708" "WGS84 UTM zone 8S" "GeoTiff:ProjectedCSType:32709"
+    "WGS84 UTM zone 9S" "GeoTiff:ProjectedCSType:32710" "WGS84 UTM zone 10S"
+    "GeoTiff:ProjectedCSType:32711" "WGS84 UTM zone 11S" "GeoTiff:ProjectedCSType:32712"
+    "WGS84 UTM zone 12S" "GeoTiff:ProjectedCSType:32713" "WGS84 UTM zone 13S"
+    "GeoTiff:ProjectedCSType:32714" "WGS84 UTM zone 14S" "GeoTiff:ProjectedCSType:32715"
+    "WGS84 UTM zone 15S" "GeoTiff:ProjectedCSType:32716" "WGS84 UTM zone 16S"
+    "GeoTiff:ProjectedCSType:32717" "WGS84 UTM zone 17S" "GeoTiff:ProjectedCSType:32718"
+    "WGS84 UTM zone 18S" "GeoTiff:ProjectedCSType:32719" "WGS84 UTM zone 19S"
+    "GeoTiff:ProjectedCSType:32720" "WGS84 UTM zone 20S" "GeoTiff:ProjectedCSType:32721"
+    "WGS84 UTM zone 21S" "GeoTiff:ProjectedCSType:32722" "WGS84 UTM zone 22S"
+    "GeoTiff:ProjectedCSType:32723" "WGS84 UTM zone 23S" "GeoTiff:ProjectedCSType:32724"
+    "WGS84 UTM zone 24S" "GeoTiff:ProjectedCSType:32725" "WGS84 UTM zone 25S"
+    "GeoTiff:ProjectedCSType:32726" "WGS84 UTM zone 26S" "GeoTiff:ProjectedCSType:32727"
+    "WGS84 UTM zone 27S" "GeoTiff:ProjectedCSType:32728" "WGS84 UTM zone 28S"
+    "GeoTiff:ProjectedCSType:32729" "WGS84 UTM zone 29S" "GeoTiff:ProjectedCSType:32730"
+    "WGS84 UTM zone 30S" "GeoTiff:ProjectedCSType:32731" "WGS84 UTM zone 31S"
+    "GeoTiff:ProjectedCSType:32732" "WGS84 UTM zone 32S" "GeoTiff:ProjectedCSType:32733"
+    "WGS84 UTM zone 33S" "GeoTiff:ProjectedCSType:32734" "WGS84 UTM zone 34S"
+    "GeoTiff:ProjectedCSType:32735" "WGS84 UTM zone 35S" "GeoTiff:ProjectedCSType:32736"
+    "WGS84 UTM zone 36S" "GeoTiff:ProjectedCSType:32737" "WGS84 UTM zone 37S"
+    "GeoTiff:ProjectedCSType:32738" "WGS84 UTM zone 38S" "GeoTiff:ProjectedCSType:32739"
+    "WGS84 UTM zone 39S" "GeoTiff:ProjectedCSType:32740" "WGS84 UTM zone 40S"
+    "GeoTiff:ProjectedCSType:32741" "WGS84 UTM zone 41S" "GeoTiff:ProjectedCSType:32742"
+    "WGS84 UTM zone 42S" "GeoTiff:ProjectedCSType:32743" "WGS84 UTM zone 43S"
+    "GeoTiff:ProjectedCSType:32744" "WGS84 UTM zone 44S" "GeoTiff:ProjectedCSType:32745"
+    "WGS84 UTM zone 45S" "GeoTiff:ProjectedCSType:32746" "WGS84 UTM zone 46S"
+    "GeoTiff:ProjectedCSType:32747" "WGS84 UTM zone 47S" "GeoTiff:ProjectedCSType:32748"
+    "WGS84 UTM zone 48S" "GeoTiff:ProjectedCSType:32749" "WGS84 UTM zone 49S"
+    "GeoTiff:ProjectedCSType:32750" "WGS84 UTM zone 50S" "GeoTiff:ProjectedCSType:32751"
+    "WGS84 UTM zone 51S" "GeoTiff:ProjectedCSType:32752" "WGS84 UTM zone 52S"
+    "GeoTiff:ProjectedCSType:32753" "WGS84 UTM zone 53S" "GeoTiff:ProjectedCSType:32754"
+    "WGS84 UTM zone 54S" "GeoTiff:ProjectedCSType:32755" "WGS84 UTM zone 55S"
+    "GeoTiff:ProjectedCSType:32756" "WGS84 UTM zone 56S" "GeoTiff:ProjectedCSType:32757"
+    "WGS84 UTM zone 57S" "GeoTiff:ProjectedCSType:32758" "WGS84 UTM zone 58S"
+    "GeoTiff:ProjectedCSType:32759" "WGS84 UTM zone 59S" "GeoTiff:ProjectedCSType:32760"
+    "WGS84 UTM zone 60S" "GeoTiff:ProjectedCSType:32767" "GeoTiff:ProjectedCSType:3300"
+    "Estonian Coordinate System of 1992" "GeoTiff:ProjectedCSType:3786"
+    "Popular Visualisation CRS / Mercator" "GeoTiff:ProjectedCSType:3857" "WGS 84 / Pseudo-Mercator"
+    "GeoTiff:Projection" "GeoTiff:Projection:10101" "Alabama CS27 East" "GeoTiff:Projection:10102"
+    "Alabama CS27 West" "GeoTiff:Projection:10131" "Alabama CS83 East" "GeoTiff:Projection:10132"
+    "Alabama CS83 West" "GeoTiff:Projection:10201" "Arizona Coordinate System east"
+    "GeoTiff:Projection:10202" "Arizona Coordinate System Central" "GeoTiff:Projection:10203"
+    "Arizona Coordinate System west" "GeoTiff:Projection:10231" "Arizona CS83 east"
+    "GeoTiff:Projection:10232" "Arizona CS83 Central" "GeoTiff:Projection:10233" "Arizona CS83 west"
+    "GeoTiff:Projection:10301" "Arkansas CS27 North" "GeoTiff:Projection:10302"
+    "Arkansas CS27 South" "GeoTiff:Projection:10331" "Arkansas CS83 North"
+    "GeoTiff:Projection:10332" "Arkansas CS83 South" "GeoTiff:Projection:10401" "California CS27 I"
+    "GeoTiff:Projection:10402" "California CS27 II" "GeoTiff:Projection:10403" "California CS27 III"
+    "GeoTiff:Projection:10404" "California CS27 IV" "GeoTiff:Projection:10405" "California CS27 V"
+    "GeoTiff:Projection:10406" "California CS27 VI" "GeoTiff:Projection:10407" "California CS27 VII"
+    "GeoTiff:Projection:10431" "California CS83 1" "GeoTiff:Projection:10432" "California CS83 2"
+    "GeoTiff:Projection:10433" "California CS83 3" "GeoTiff:Projection:10434" "California CS83 4"
+    "GeoTiff:Projection:10435" "California CS83 5" "GeoTiff:Projection:10436" "California CS83 6"
+    "GeoTiff:Projection:10501" "Colorado CS27 North" "GeoTiff:Projection:10502"
+    "Colorado CS27 Central" "GeoTiff:Projection:10503" "Colorado CS27 South"
+    "GeoTiff:Projection:10531" "Colorado CS83 North" "GeoTiff:Projection:10532"
+    "Colorado CS83 Central" "GeoTiff:Projection:10533" "Colorado CS83 South"
+    "GeoTiff:Projection:10600" "Connecticut CS27" "GeoTiff:Projection:10630" "Connecticut CS83"
+    "GeoTiff:Projection:10700" "Delaware CS27" "GeoTiff:Projection:10730" "Delaware CS83"
+    "GeoTiff:Projection:10901" "Florida CS27 East" "GeoTiff:Projection:10902" "Florida CS27 West"
+    "GeoTiff:Projection:10903" "Florida CS27 North" "GeoTiff:Projection:10931" "Florida CS83 East"
+    "GeoTiff:Projection:10932" "Florida CS83 West" "GeoTiff:Projection:10933" "Florida CS83 North"
+    "GeoTiff:Projection:11001" "Georgia CS27 East" "GeoTiff:Projection:11002" "Georgia CS27 West"
+    "GeoTiff:Projection:11031" "Georgia CS83 East" "GeoTiff:Projection:11032" "Georgia CS83 West"
+    "GeoTiff:Projection:11101" "Idaho CS27 East" "GeoTiff:Projection:11102" "Idaho CS27 Central"
+    "GeoTiff:Projection:11103" "Idaho CS27 West" "GeoTiff:Projection:11131" "Idaho CS83 East"
+    "GeoTiff:Projection:11132" "Idaho CS83 Central" "GeoTiff:Projection:11133" "Idaho CS83 West"
+    "GeoTiff:Projection:11201" "Illinois CS27 East" "GeoTiff:Projection:11202" "Illinois CS27 West"
+    "GeoTiff:Projection:11231" "Illinois CS83 East" "GeoTiff:Projection:11232" "Illinois CS83 West"
+    "GeoTiff:Projection:11301" "Indiana CS27 East" "GeoTiff:Projection:11302" "Indiana CS27 West"
+    "GeoTiff:Projection:11331" "Indiana CS83 East" "GeoTiff:Projection:11332" "Indiana CS83 West"
+    "GeoTiff:Projection:11401" "Iowa CS27 North" "GeoTiff:Projection:11402" "Iowa CS27 South"
+    "GeoTiff:Projection:11431" "Iowa CS83 North" "GeoTiff:Projection:11432" "Iowa CS83 South"
+    "GeoTiff:Projection:11501" "Kansas CS27 North" "GeoTiff:Projection:11502" "Kansas CS27 South"
+    "GeoTiff:Projection:11531" "Kansas CS83 North" "GeoTiff:Projection:11532" "Kansas CS83 South"
+    "GeoTiff:Projection:11601" "Kentucky CS27 North" "GeoTiff:Projection:11602"
+    "Kentucky CS27 South" "GeoTiff:Projection:11631" "Kentucky CS83 North"
+    "GeoTiff:Projection:11632" "Kentucky CS83 South" "GeoTiff:Projection:11701"
+    "Louisiana CS27 North" "GeoTiff:Projection:11702" "Louisiana CS27 South"
+    "GeoTiff:Projection:11731" "Louisiana CS83 North" "GeoTiff:Projection:11732"
+    "Louisiana CS83 South" "GeoTiff:Projection:11801" "Maine CS27 East" "GeoTiff:Projection:11802"
+    "Maine CS27 West" "GeoTiff:Projection:11831" "Maine CS83 East" "GeoTiff:Projection:11832"
+    "Maine CS83 West" "GeoTiff:Projection:11900" "Maryland CS27" "GeoTiff:Projection:11930"
+    "Maryland CS83" "GeoTiff:Projection:12001" "Massachusetts CS27 Mainland"
+    "GeoTiff:Projection:12002" "Massachusetts CS27 Island" "GeoTiff:Projection:12031"
+    "Massachusetts CS83 Mainland" "GeoTiff:Projection:12032" "Massachusetts CS83 Island"
+    "GeoTiff:Projection:12101" "Michigan State Plane East" "GeoTiff:Projection:12102"
+    "Michigan State Plane Old Central" "GeoTiff:Projection:12103" "Michigan State Plane West"
+    "GeoTiff:Projection:12111" "Michigan CS27 North" "GeoTiff:Projection:12112"
+    "Michigan CS27 Central" "GeoTiff:Projection:12113" "Michigan CS27 South"
+    "GeoTiff:Projection:12141" "Michigan CS83 North" "GeoTiff:Projection:12142"
+    "Michigan CS83 Central" "GeoTiff:Projection:12143" "Michigan CS83 South"
+    "GeoTiff:Projection:12201" "Minnesota CS27 North" "GeoTiff:Projection:12202"
+    "Minnesota CS27 Central" "GeoTiff:Projection:12203" "Minnesota CS27 South"
+    "GeoTiff:Projection:12231" "Minnesota CS83 North" "GeoTiff:Projection:12232"
+    "Minnesota CS83 Central" "GeoTiff:Projection:12233" "Minnesota CS83 South"
+    "GeoTiff:Projection:12301" "Mississippi CS27 East" "GeoTiff:Projection:12302"
+    "Mississippi CS27 West" "GeoTiff:Projection:12331" "Mississippi CS83 East"
+    "GeoTiff:Projection:12332" "Mississippi CS83 West" "GeoTiff:Projection:12401"
+    "Missouri CS27 East" "GeoTiff:Projection:12402" "Missouri CS27 Central"
+    "GeoTiff:Projection:12403" "Missouri CS27 West" "GeoTiff:Projection:12431" "Missouri CS83 East"
+    "GeoTiff:Projection:12432" "Missouri CS83 Central" "GeoTiff:Projection:12433"
+    "Missouri CS83 West" "GeoTiff:Projection:12501" "Montana CS27 North" "GeoTiff:Projection:12502"
+    "Montana CS27 Central" "GeoTiff:Projection:12503" "Montana CS27 South"
+    "GeoTiff:Projection:12530" "Montana CS83" "GeoTiff:Projection:12601" "Nebraska CS27 North"
+    "GeoTiff:Projection:12602" "Nebraska CS27 South" "GeoTiff:Projection:12630" "Nebraska CS83"
+    "GeoTiff:Projection:12701" "Nevada CS27 East" "GeoTiff:Projection:12702" "Nevada CS27 Central"
+    "GeoTiff:Projection:12703" "Nevada CS27 West" "GeoTiff:Projection:12731" "Nevada CS83 East"
+    "GeoTiff:Projection:12732" "Nevada CS83 Central" "GeoTiff:Projection:12733" "Nevada CS83 West"
+    "GeoTiff:Projection:12800" "New Hampshire CS27" "GeoTiff:Projection:12830" "New Hampshire CS83"
+    "GeoTiff:Projection:12900" "New Jersey CS27" "GeoTiff:Projection:12930" "New Jersey CS83"
+    "GeoTiff:Projection:13001" "New Mexico CS27 East" "GeoTiff:Projection:13002"
+    "New Mexico CS27 Central" "GeoTiff:Projection:13003" "New Mexico CS27 West"
+    "GeoTiff:Projection:13031" "New Mexico CS83 East" "GeoTiff:Projection:13032"
+    "New Mexico CS83 Central" "GeoTiff:Projection:13033" "New Mexico CS83 West"
+    "GeoTiff:Projection:13101" "New York CS27 East" "GeoTiff:Projection:13102"
+    "New York CS27 Central" "GeoTiff:Projection:13103" "New York CS27 West"
+    "GeoTiff:Projection:13104" "New York CS27 Long Island" "GeoTiff:Projection:13131"
+    "New York CS83 East" "GeoTiff:Projection:13132" "New York CS83 Central"
+    "GeoTiff:Projection:13133" "New York CS83 West" "GeoTiff:Projection:13134"
+    "New York CS83 Long Island" "GeoTiff:Projection:13200" "North Carolina CS27"
+    "GeoTiff:Projection:13230" "North Carolina CS83" "GeoTiff:Projection:13301"
+    "North Dakota CS27 North" "GeoTiff:Projection:13302" "North Dakota CS27 South"
+    "GeoTiff:Projection:13331" "North Dakota CS83 North" "GeoTiff:Projection:13332"
+    "North Dakota CS83 South" "GeoTiff:Projection:13401" "Ohio CS27 North"
+    "GeoTiff:Projection:13402" "Ohio CS27 South" "GeoTiff:Projection:13431" "Ohio CS83 North"
+    "GeoTiff:Projection:13432" "Ohio CS83 South" "GeoTiff:Projection:13501" "Oklahoma CS27 North"
+    "GeoTiff:Projection:13502" "Oklahoma CS27 South" "GeoTiff:Projection:13531"
+    "Oklahoma CS83 North" "GeoTiff:Projection:13532" "Oklahoma CS83 South"
+    "GeoTiff:Projection:13601" "Oregon CS27 North" "GeoTiff:Projection:13602" "Oregon CS27 South"
+    "GeoTiff:Projection:13631" "Oregon CS83 North" "GeoTiff:Projection:13632" "Oregon CS83 South"
+    "GeoTiff:Projection:13701" "Pennsylvania CS27 North" "GeoTiff:Projection:13702"
+    "Pennsylvania CS27 South" "GeoTiff:Projection:13731" "Pennsylvania CS83 North"
+    "GeoTiff:Projection:13732" "Pennsylvania CS83 South" "GeoTiff:Projection:13800"
+    "Rhode Island CS27" "GeoTiff:Projection:13830" "Rhode Island CS83" "GeoTiff:Projection:13901"
+    "South Carolina CS27 North" "GeoTiff:Projection:13902" "South Carolina CS27 South"
+    "GeoTiff:Projection:13930" "South Carolina CS83" "GeoTiff:Projection:14001"
+    "South Dakota CS27 North" "GeoTiff:Projection:14002" "South Dakota CS27 South"
+    "GeoTiff:Projection:14031" "South Dakota CS83 North" "GeoTiff:Projection:14032"
+    "South Dakota CS83 South" "GeoTiff:Projection:14100" "Tennessee CS27" "GeoTiff:Projection:14130"
+    "Tennessee CS83" "GeoTiff:Projection:14201" "Texas CS27 North" "GeoTiff:Projection:14202"
+    "Texas CS27 North Central" "GeoTiff:Projection:14203" "Texas CS27 Central"
+    "GeoTiff:Projection:14204" "Texas CS27 South Central" "GeoTiff:Projection:14205"
+    "Texas CS27 South" "GeoTiff:Projection:14231" "Texas CS83 North" "GeoTiff:Projection:14232"
+    "Texas CS83 North Central" "GeoTiff:Projection:14233" "Texas CS83 Central"
+    "GeoTiff:Projection:14234" "Texas CS83 South Central" "GeoTiff:Projection:14235"
+    "Texas CS83 South" "GeoTiff:Projection:14301" "Utah CS27 North" "GeoTiff:Projection:14302"
+    "Utah CS27 Central" "GeoTiff:Projection:14303" "Utah CS27 South" "GeoTiff:Projection:14331"
+    "Utah CS83 North" "GeoTiff:Projection:14332" "Utah CS83 Central" "GeoTiff:Projection:14333"
+    "Utah CS83 South" "GeoTiff:Projection:14400" "Vermont CS27" "GeoTiff:Projection:14430"
+    "Vermont CS83" "GeoTiff:Projection:14501" "Virginia CS27 North" "GeoTiff:Projection:14502"
+    "Virginia CS27 South" "GeoTiff:Projection:14531" "Virginia CS83 North"
+    "GeoTiff:Projection:14532" "Virginia CS83 South" "GeoTiff:Projection:14601"
+    "Washington CS27 North" "GeoTiff:Projection:14602" "Washington CS27 South"
+    "GeoTiff:Projection:14631" "Washington CS83 North" "GeoTiff:Projection:14632"
+    "Washington CS83 South" "GeoTiff:Projection:14701" "West Virginia CS27 North"
+    "GeoTiff:Projection:14702" "West Virginia CS27 South" "GeoTiff:Projection:14731"
+    "West Virginia CS83 North" "GeoTiff:Projection:14732" "West Virginia CS83 South"
+    "GeoTiff:Projection:14801" "Wisconsin CS27 North" "GeoTiff:Projection:14802"
+    "Wisconsin CS27 Central" "GeoTiff:Projection:14803" "Wisconsin CS27 South"
+    "GeoTiff:Projection:14831" "Wisconsin CS83 North" "GeoTiff:Projection:14832"
+    "Wisconsin CS83 Central" "GeoTiff:Projection:14833" "Wisconsin CS83 South"
+    "GeoTiff:Projection:14901" "Wyoming CS27 East" "GeoTiff:Projection:14902"
+    "Wyoming CS27 East Central" "GeoTiff:Projection:14903" "Wyoming CS27 West Central"
+    "GeoTiff:Projection:14904" "Wyoming CS27 West" "GeoTiff:Projection:14931" "Wyoming CS83 East"
+    "GeoTiff:Projection:14932" "Wyoming CS83 East Central" "GeoTiff:Projection:14933"
+    "Wyoming CS83 West Central" "GeoTiff:Projection:14934" "Wyoming CS83 West"
+    "GeoTiff:Projection:15001" "Alaska CS27 1" "GeoTiff:Projection:15002" "Alaska CS27 2"
+    "GeoTiff:Projection:15003" "Alaska CS27 3" "GeoTiff:Projection:15004" "Alaska CS27 4"
+    "GeoTiff:Projection:15005" "Alaska CS27 5" "GeoTiff:Projection:15006" "Alaska CS27 6"
+    "GeoTiff:Projection:15007" "Alaska CS27 7" "GeoTiff:Projection:15008" "Alaska CS27 8"
+    "GeoTiff:Projection:15009" "Alaska CS27 9" "GeoTiff:Projection:15010" "Alaska CS27 10"
+    "GeoTiff:Projection:15031" "Alaska CS83 1" "GeoTiff:Projection:15032" "Alaska CS83 2"
+    "GeoTiff:Projection:15033" "Alaska CS83 3" "GeoTiff:Projection:15034" "Alaska CS83 4"
+    "GeoTiff:Projection:15035" "Alaska CS83 5" "GeoTiff:Projection:15036" "Alaska CS83 6"
+    "GeoTiff:Projection:15037" "Alaska CS83 7" "GeoTiff:Projection:15038" "Alaska CS83 8"
+    "GeoTiff:Projection:15039" "Alaska CS83 9" "GeoTiff:Projection:15040" "Alaska CS83 10"
+    "GeoTiff:Projection:15101" "Hawaii CS27 1" "GeoTiff:Projection:15102" "Hawaii CS27 2"
+    "GeoTiff:Projection:15103" "Hawaii CS27 3" "GeoTiff:Projection:15104" "Hawaii CS27 4"
+    "GeoTiff:Projection:15105" "Hawaii CS27 5" "GeoTiff:Projection:15131" "Hawaii CS83 1"
+    "GeoTiff:Projection:15132" "Hawaii CS83 2" "GeoTiff:Projection:15133" "Hawaii CS83 3"
+    "GeoTiff:Projection:15134" "Hawaii CS83 4" "GeoTiff:Projection:15135" "Hawaii CS83 5"
+    "GeoTiff:Projection:15201" "Puerto Rico CS27" "GeoTiff:Projection:15202" "St Croix"
+    "GeoTiff:Projection:15230" "Puerto Rico Virgin Is" "GeoTiff:Projection:15302" "Kentucky CS27"
+    "GeoTiff:Projection:15303" "GeoTiff:Projection:15914" "BLM 14N feet" "GeoTiff:Projection:15915"
+    "BLM 15N feet" "GeoTiff:Projection:15916" "BLM 16N feet" "GeoTiff:Projection:15917"
+    "BLM 17N feet" "GeoTiff:Projection:16001" "UTM zone 1N" "GeoTiff:Projection:16002" "UTM zone 2N"
+    "GeoTiff:Projection:16003" "UTM zone 3N" "GeoTiff:Projection:16004" "UTM zone 4N"
+    "GeoTiff:Projection:16005" "UTM zone 5N" "GeoTiff:Projection:16006" "UTM zone 6N"
+    "GeoTiff:Projection:16007" "UTM zone 7N" "GeoTiff:Projection:16008" "UTM zone 8N"
+    "GeoTiff:Projection:16009" "UTM zone 9N" "GeoTiff:Projection:16010" "UTM zone 10N"
+    "GeoTiff:Projection:16011" "UTM zone 11N" "GeoTiff:Projection:16012" "UTM zone 12N"
+    "GeoTiff:Projection:16013" "UTM zone 13N" "GeoTiff:Projection:16014" "UTM zone 14N"
+    "GeoTiff:Projection:16015" "UTM zone 15N" "GeoTiff:Projection:16016" "UTM zone 16N"
+    "GeoTiff:Projection:16017" "UTM zone 17N" "GeoTiff:Projection:16018" "UTM zone 18N"
+    "GeoTiff:Projection:16019" "UTM zone 19N" "GeoTiff:Projection:16020" "UTM zone 20N"
+    "GeoTiff:Projection:16021" "UTM zone 21N" "GeoTiff:Projection:16022" "UTM zone 22N"
+    "GeoTiff:Projection:16023" "UTM zone 23N" "GeoTiff:Projection:16024" "UTM zone 24N"
+    "GeoTiff:Projection:16025" "UTM zone 25N" "GeoTiff:Projection:16026" "UTM zone 26N"
+    "GeoTiff:Projection:16027" "UTM zone 27N" "GeoTiff:Projection:16028" "UTM zone 28N"
+    "GeoTiff:Projection:16029" "UTM zone 29N" "GeoTiff:Projection:16030" "UTM zone 30N"
+    "GeoTiff:Projection:16031" "UTM zone 31N" "GeoTiff:Projection:16032" "UTM zone 32N"
+    "GeoTiff:Projection:16033" "UTM zone 33N" "GeoTiff:Projection:16034" "UTM zone 34N"
+    "GeoTiff:Projection:16035" "UTM zone 35N" "GeoTiff:Projection:16036" "UTM zone 36N"
+    "GeoTiff:Projection:16037" "UTM zone 37N" "GeoTiff:Projection:16038" "UTM zone 38N"
+    "GeoTiff:Projection:16039" "UTM zone 39N" "GeoTiff:Projection:16040" "UTM zone 40N"
+    "GeoTiff:Projection:16041" "UTM zone 41N" "GeoTiff:Projection:16042" "UTM zone 42N"
+    "GeoTiff:Projection:16043" "UTM zone 43N" "GeoTiff:Projection:16044" "UTM zone 44N"
+    "GeoTiff:Projection:16045" "UTM zone 45N" "GeoTiff:Projection:16046" "UTM zone 46N"
+    "GeoTiff:Projection:16047" "UTM zone 47N" "GeoTiff:Projection:16048" "UTM zone 48N"
+    "GeoTiff:Projection:16049" "UTM zone 49N" "GeoTiff:Projection:16050" "UTM zone 50N"
+    "GeoTiff:Projection:16051" "UTM zone 51N" "GeoTiff:Projection:16052" "UTM zone 52N"
+    "GeoTiff:Projection:16053" "UTM zone 53N" "GeoTiff:Projection:16054" "UTM zone 54N"
+    "GeoTiff:Projection:16055" "UTM zone 55N" "GeoTiff:Projection:16056" "UTM zone 56N"
+    "GeoTiff:Projection:16057" "UTM zone 57N" "GeoTiff:Projection:16058" "UTM zone 58N"
+    "GeoTiff:Projection:16059" "UTM zone 59N" "GeoTiff:Projection:16060" "UTM zone 60N"
+    "GeoTiff:Projection:16101" "UTM zone 1S" "GeoTiff:Projection:16102" "UTM zone 2S"
+    "GeoTiff:Projection:16103" "UTM zone 3S" "GeoTiff:Projection:16104" "UTM zone 4S"
+    "GeoTiff:Projection:16105" "UTM zone 5S" "GeoTiff:Projection:16106" "UTM zone 6S"
+    "GeoTiff:Projection:16107" "UTM zone 7S" "GeoTiff:Projection:16108" "UTM zone 8S"
+    "GeoTiff:Projection:16109" "UTM zone 9S" "GeoTiff:Projection:16110" "UTM zone 10S"
+    "GeoTiff:Projection:16111" "UTM zone 11S" "GeoTiff:Projection:16112" "UTM zone 12S"
+    "GeoTiff:Projection:16113" "UTM zone 13S" "GeoTiff:Projection:16114" "UTM zone 14S"
+    "GeoTiff:Projection:16115" "UTM zone 15S" "GeoTiff:Projection:16116" "UTM zone 16S"
+    "GeoTiff:Projection:16117" "UTM zone 17S" "GeoTiff:Projection:16118" "UTM zone 18S"
+    "GeoTiff:Projection:16119" "UTM zone 19S" "GeoTiff:Projection:16120" "UTM zone 20S"
+    "GeoTiff:Projection:16121" "UTM zone 21S" "GeoTiff:Projection:16122" "UTM zone 22S"
+    "GeoTiff:Projection:16123" "UTM zone 23S" "GeoTiff:Projection:16124" "UTM zone 24S"
+    "GeoTiff:Projection:16125" "UTM zone 25S" "GeoTiff:Projection:16126" "UTM zone 26S"
+    "GeoTiff:Projection:16127" "UTM zone 27S" "GeoTiff:Projection:16128" "UTM zone 28S"
+    "GeoTiff:Projection:16129" "UTM zone 29S" "GeoTiff:Projection:16130" "UTM zone 30S"
+    "GeoTiff:Projection:16131" "UTM zone 31S" "GeoTiff:Projection:16132" "UTM zone 32S"
+    "GeoTiff:Projection:16133" "UTM zone 33S" "GeoTiff:Projection:16134" "UTM zone 34S"
+    "GeoTiff:Projection:16135" "UTM zone 35S" "GeoTiff:Projection:16136" "UTM zone 36S"
+    "GeoTiff:Projection:16137" "UTM zone 37S" "GeoTiff:Projection:16138" "UTM zone 38S"
+    "GeoTiff:Projection:16139" "UTM zone 39S" "GeoTiff:Projection:16140" "UTM zone 40S"
+    "GeoTiff:Projection:16141" "UTM zone 41S" "GeoTiff:Projection:16142" "UTM zone 42S"
+    "GeoTiff:Projection:16143" "UTM zone 43S" "GeoTiff:Projection:16144" "UTM zone 44S"
+    "GeoTiff:Projection:16145" "UTM zone 45S" "GeoTiff:Projection:16146" "UTM zone 46S"
+    "GeoTiff:Projection:16147" "UTM zone 47S" "GeoTiff:Projection:16148" "UTM zone 48S"
+    "GeoTiff:Projection:16149" "UTM zone 49S" "GeoTiff:Projection:16150" "UTM zone 50S"
+    "GeoTiff:Projection:16151" "UTM zone 51S" "GeoTiff:Projection:16152" "UTM zone 52S"
+    "GeoTiff:Projection:16153" "UTM zone 53S" "GeoTiff:Projection:16154" "UTM zone 54S"
+    "GeoTiff:Projection:16155" "UTM zone 55S" "GeoTiff:Projection:16156" "UTM zone 56S"
+    "GeoTiff:Projection:16157" "UTM zone 57S" "GeoTiff:Projection:16158" "UTM zone 58S"
+    "GeoTiff:Projection:16159" "UTM zone 59S" "GeoTiff:Projection:16160" "UTM zone 60S"
+    "GeoTiff:Projection:16200" "Gauss Kruger zone 0" "GeoTiff:Projection:16201"
+    "Gauss Kruger zone 1" "GeoTiff:Projection:16202" "Gauss Kruger zone 2"
+    "GeoTiff:Projection:16203" "Gauss Kruger zone 3" "GeoTiff:Projection:16204"
+    "Gauss Kruger zone 4" "GeoTiff:Projection:16205" "Gauss Kruger zone 5"
+    "GeoTiff:Projection:17348" "Map Grid of Australia 48" "GeoTiff:Projection:17349"
+    "Map Grid of Australia 49" "GeoTiff:Projection:17350" "Map Grid of Australia 50"
+    "GeoTiff:Projection:17351" "Map Grid of Australia 51" "GeoTiff:Projection:17352"
+    "Map Grid of Australia 52" "GeoTiff:Projection:17353" "Map Grid of Australia 53"
+    "GeoTiff:Projection:17354" "Map Grid of Australia 54" "GeoTiff:Projection:17355"
+    "Map Grid of Australia 55" "GeoTiff:Projection:17356" "Map Grid of Australia 56"
+    "GeoTiff:Projection:17357" "Map Grid of Australia 57" "GeoTiff:Projection:17358"
+    "Map Grid of Australia 58" "GeoTiff:Projection:17448" "Australian Map Grid 48"
+    "GeoTiff:Projection:17449" "Australian Map Grid 49" "GeoTiff:Projection:17450"
+    "Australian Map Grid 50" "GeoTiff:Projection:17451" "Australian Map Grid 51"
+    "GeoTiff:Projection:17452" "Australian Map Grid 52" "GeoTiff:Projection:17453"
+    "Australian Map Grid 53" "GeoTiff:Projection:17454" "Australian Map Grid 54"
+    "GeoTiff:Projection:17455" "Australian Map Grid 55" "GeoTiff:Projection:17456"
+    "Australian Map Grid 56" "GeoTiff:Projection:17457" "Australian Map Grid 57"
+    "GeoTiff:Projection:17458" "Australian Map Grid 58" "GeoTiff:Projection:18031" "Argentina 1"
+    "GeoTiff:Projection:18032" "Argentina 2" "GeoTiff:Projection:18033" "Argentina 3"
+    "GeoTiff:Projection:18034" "Argentina 4" "GeoTiff:Projection:18035" "Argentina 5"
+    "GeoTiff:Projection:18036" "Argentina 6" "GeoTiff:Projection:18037" "Argentina 7"
+    "GeoTiff:Projection:18051" "Colombia 3W" "GeoTiff:Projection:18052" "Colombia Bogota"
+    "GeoTiff:Projection:18053" "Colombia 3E" "GeoTiff:Projection:18054" "Colombia 6E"
+    "GeoTiff:Projection:18072" "Egypt Red Belt" "GeoTiff:Projection:18073" "Egypt Purple Belt"
+    "GeoTiff:Projection:18074" "Extended Purple Belt" "GeoTiff:Projection:18141"
+    "New Zealand North Island Nat Grid" "GeoTiff:Projection:18142"
+    "New Zealand South Island Nat Grid" "GeoTiff:Projection:19900" "Bahrain Grid"
+    "GeoTiff:Projection:19905" "Netherlands E Indies Equatorial" "GeoTiff:Projection:19912"
+    "RSO Borneo" "GeoTiff:Projection:19926" "Stereo 70" "GeoTiff:Projection:32767"
+    "GeoTiff:VerticalCSType" "Vertical CS Type" "GeoTiff:VerticalCSType:0" "Undefined"
+    "GeoTiff:VerticalCSType:32767" "GeoTiff:VerticalCSType:5001" "Airy 1830 ellipsoid"
+    "GeoTiff:VerticalCSType:5002" "Airy Modified 1849 ellipsoid" "GeoTiff:VerticalCSType:5003"
+    "ANS ellipsoid" "GeoTiff:VerticalCSType:5004" "Bessel 1841 ellipsoid"
+    "GeoTiff:VerticalCSType:5005" "Bessel Modified ellipsoid" "GeoTiff:VerticalCSType:5006"
+    "Bessel Namibia ellipsoid" "GeoTiff:VerticalCSType:5007" "Clarke 1858 ellipsoid"
+    "GeoTiff:VerticalCSType:5008" "Clarke 1866 ellipsoid" "GeoTiff:VerticalCSType:5010"
+    "Clarke 1880 Benoit ellipsoid" "GeoTiff:VerticalCSType:5011" "Clarke 1880 IGN ellipsoid"
+    "GeoTiff:VerticalCSType:5012" "Clarke 1880 RGS ellipsoid" "GeoTiff:VerticalCSType:5013"
+    "Clarke 1880 Arc ellipsoid" "GeoTiff:VerticalCSType:5014" "Clarke 1880 SGA 1922 ellipsoid"
+    "GeoTiff:VerticalCSType:5015" "Everest 1830 1937 Adjustment ellipsoid"
+    "GeoTiff:VerticalCSType:5016" "Everest 1830 1967 Definition ellipsoid"
+    "GeoTiff:VerticalCSType:5017" "Everest 1830 1975 Definition ellipsoid"
+    "GeoTiff:VerticalCSType:5018" "Everest 1830 Modified ellipsoid" "GeoTiff:VerticalCSType:5019"
+    "GRS 1980 ellipsoid" "GeoTiff:VerticalCSType:5020" "Helmert 1906 ellipsoid"
+    "GeoTiff:VerticalCSType:5021" "INS ellipsoid" "GeoTiff:VerticalCSType:5022"
+    "International 1924 ellipsoid" "GeoTiff:VerticalCSType:5023" "International 1967 ellipsoid"
+    "GeoTiff:VerticalCSType:5024" "Krassowsky 1940 ellipsoid" "GeoTiff:VerticalCSType:5025"
+    "NWL 9D ellipsoid" "GeoTiff:VerticalCSType:5026" "NWL 10D ellipsoid"
+    "GeoTiff:VerticalCSType:5027" "Plessis 1817 ellipsoid" "GeoTiff:VerticalCSType:5028"
+    "Struve 1860 ellipsoid" "GeoTiff:VerticalCSType:5029" "War Office ellipsoid"
+    "GeoTiff:VerticalCSType:5030" "WGS 84 ellipsoid" "GeoTiff:VerticalCSType:5031"
+    "GEM 10C ellipsoid" "GeoTiff:VerticalCSType:5032" "OSU86F ellipsoid"
+    "GeoTiff:VerticalCSType:5033" "OSU91A ellipsoid" "GeoTiff:VerticalCSType:5101" "Newlyn"
+    "GeoTiff:VerticalCSType:5102" "North American Vertical Datum 1929" "GeoTiff:VerticalCSType:5103"
+    "North American Vertical Datum 1988" "GeoTiff:VerticalCSType:5104" "Yellow Sea 1956"
+    "GeoTiff:VerticalCSType:5105" "Baltic Sea" "GeoTiff:VerticalCSType:5106" "Caspian Sea"
+    "GeoTiff:VerticalCitation" "Vertical Citation" "GeoTiff:VerticalDatum" "Vertical Datum"
+    "GeoTiff:VerticalDatum:0" "GeoTiff:VerticalDatum:32767" "GeoTiff:VerticalDatum:5001"
+    "GeoTiff:VerticalDatum:5002" "GeoTiff:VerticalDatum:5003" "GeoTiff:VerticalDatum:5004"
+    "GeoTiff:VerticalDatum:5005" "GeoTiff:VerticalDatum:5006" "GeoTiff:VerticalDatum:5007"
+    "GeoTiff:VerticalDatum:5008" "GeoTiff:VerticalDatum:5010" "GeoTiff:VerticalDatum:5011"
+    "GeoTiff:VerticalDatum:5012" "GeoTiff:VerticalDatum:5013" "GeoTiff:VerticalDatum:5014"
+    "GeoTiff:VerticalDatum:5015" "GeoTiff:VerticalDatum:5016" "GeoTiff:VerticalDatum:5017"
+    "GeoTiff:VerticalDatum:5018" "GeoTiff:VerticalDatum:5019" "GeoTiff:VerticalDatum:5020"
+    "GeoTiff:VerticalDatum:5021" "GeoTiff:VerticalDatum:5022" "GeoTiff:VerticalDatum:5023"
+    "GeoTiff:VerticalDatum:5024" "GeoTiff:VerticalDatum:5025" "GeoTiff:VerticalDatum:5026"
+    "GeoTiff:VerticalDatum:5027" "GeoTiff:VerticalDatum:5028" "GeoTiff:VerticalDatum:5029"
+    "GeoTiff:VerticalDatum:5030" "GeoTiff:VerticalDatum:5031" "GeoTiff:VerticalDatum:5032"
+    "GeoTiff:VerticalDatum:5033" "GeoTiff:VerticalDatum:5101" "GeoTiff:VerticalDatum:5102"
+    "GeoTiff:VerticalDatum:5103" "GeoTiff:VerticalDatum:5104" "GeoTiff:VerticalDatum:5105"
+    "GeoTiff:VerticalDatum:5106" "GeoTiff:VerticalUnits" "Vertical Units"
+    "GeoTiff:VerticalUnits:32767" "GeoTiff:VerticalUnits:9001" "GeoTiff:VerticalUnits:9002"
+    "GeoTiff:VerticalUnits:9003" "GeoTiff:VerticalUnits:9004" "GeoTiff:VerticalUnits:9005"
+    "GeoTiff:VerticalUnits:9006" "GeoTiff:VerticalUnits:9007" "GeoTiff:VerticalUnits:9008"
+    "GeoTiff:VerticalUnits:9009" "GeoTiff:VerticalUnits:9010" "GeoTiff:VerticalUnits:9011"
+    "GeoTiff:VerticalUnits:9012" "GeoTiff:VerticalUnits:9013" "GeoTiff:VerticalUnits:9014"
+    "GeoTiff:VerticalUnits:9015" "GeoTiff:VerticalUnits:9101" "GeoTiff:VerticalUnits:9102"
+    "GeoTiff:VerticalUnits:9103" "GeoTiff:VerticalUnits:9104" "GeoTiff:VerticalUnits:9105"
+    "GeoTiff:VerticalUnits:9106" "GeoTiff:VerticalUnits:9107" "GeoTiff:VerticalUnits:9108"
+    "Type de modèle GT" "Projeté" "Géographique" "Géocentrique" "Défini par l'utilisateur"
+    "Proiettato" "Lisbona" "Stoccolma 1938" "Roma" "Stoccolma" "Greco" "Tipo CS proiettato"
+    "ETRS89 Poland CS2000 zona 5" "ETRS89 Poland CS2000 zona 7" "ETRS89 Poland CS2000 zona 8"
+    "PSAD56 UTM zona 18N" "PSAD56 UTM zona 19N" "PSAD56 UTM zona 20N" "PSAD56 UTM zona 21N"
+    "PSAD56 UTM zona 17S" "PSAD56 UTM zona 18S" "PSAD56 UTM zona 19S" "PSAD56 UTM zona 20S"
+    "Pulkovo Gauss zona 4" "Pulkovo Gauss zona 5" "Pulkovo Gauss zona 6" "Pulkovo Gauss zona 7"
+    "Pulkovo Gauss zona 8" "Pulkovo Gauss zona 9" "Pulkovo Gauss zona 10" "Pulkovo Gauss zona 11"
+    "Pulkovo Gauss zona 12" "Pulkovo Gauss zona 13" "Pulkovo Gauss zona 14" "Pulkovo Gauss zona 15"
+    "Pulkovo Gauss zona 16" "Pulkovo Gauss zona 17" "Pulkovo Gauss zona 18" "Pulkovo Gauss zona 19"
+    "Pulkovo Gauss zona 20" "Pulkovo Gauss zona 21" "Pulkovo Gauss zona 22" "Pulkovo Gauss zona 23"
+    "Pulkovo Gauss zona 24" "Pulkovo Gauss zona 25" "Pulkovo Gauss zona 26" "Pulkovo Gauss zona 27"
+    "Pulkovo Gauss zona 28" "Pulkovo Gauss zona 29" "Pulkovo Gauss zona 30" "Pulkovo Gauss zona 31"
+    "Pulkovo Gauss zona 32" "Sudan UTM zona 35N" "Sudan UTM zona 36N" "Proiezione"
+    "Ellissoide WGS 84" "Mar Caspio" "Unità verticali" "GPSDateTime" "GPSLatitude" "GPSLongitude"
+    "GPSAltitude" "GLPI_Unknown4" "GPSSpeedX" "GPSSpeedY" "GPSSpeedZ" "GPSTrack" "Accelerometer"
+    "AutoLowLightDuration" "Attitude" "AttitudeTarget" "AudioSetting" "Controller"
+    "CameraSerialNumber" "CoyoteSense" "CoyoteStatus" "DeviceID" "DeviceName"
+    "ElectronicImageStabilization" "Empty" "EscapeStatus" "MaximumShutterAngle" "FaceDetected"
+    "FaceNumbers" "FirmwareVersion" "OtherFirmware" "GPSMeasureMode" "GPSHPositioningError"
+    "Gyroscope" "ISOSpeeds" "ImageSensorGain" "LocalPositionNED" "Magnetometer"
+    "AccelerometerMatrix" "MediaUniqueID" "AutoRotation" "InputOrientation" "OutputOrientation"
+    "HDRSetting" "AutoISOMin" "AutoISOMax" "PhotoResolution" "ProTune" "Rate" "Comments"
+    "ScaleFactor" "ScaledPressure" "ExposureTimes" "ScaledIMU" "SIUnits" "SensorReadoutTime"
+    "TimeStamp" "StreamName" "SystemTime" "CameraTemperature" "TotalSamples" "StructureType"
+    "InputUniformity" "MetadataVersion" "FieldOfView" "VisualFlightRulesHUD" "ColorTemperatures"
+    "WhiteBalanceRGB" "GPSDateTimeRaw" "GPSLatitudeRaw" "GPSLongitudeRaw" "GPSAltitudeRaw"
+    "GPRI_Unknown4" "GPRI_Unknown5" "GPSSpeedRaw" "GPSTrackRaw" "GPRI_Unknown8" "GPRI_Unknown9"
+    "GPSSpeed" "GPSSpeed3D" "BatteryCurrent" "BatteryCapacity" "KBAT_Unknown2" "BatteryTemperature"
+    "BatteryVoltage1" "BatteryVoltage2" "BatteryVoltage3" "BatteryVoltage4" "BatteryTime"
+    "KBAT_Unknown9" "KBAT_Unknown10" "KBAT_Unknown11" "KBAT_Unknown12" "KBAT_Unknown13"
+    "BatteryLevel" "SerialNumber" "OtherSerialNumber" "N" "Y" "A" "D" "U" "L" "S" "W"
+    "GoPro:Accelerometer" "GoPro:AccelerometerMatrix" "Accelerometer Matrix" "GoPro:Attitude"
+    "GoPro:AttitudeTarget" "Attitude Target" "GoPro:AudioSetting" "Audio Setting" "GoPro:AutoISOMax"
+    "Auto ISO Max" "GoPro:AutoISOMin" "Auto ISO Min" "GoPro:AutoLowLightDuration"
+    "Auto Low Light Duration" "GoPro:AutoRotation" "Auto Rotation" "GoPro:AutoRotation:A"
+    "GoPro:AutoRotation:D" "GoPro:AutoRotation:U" "GoPro:BatteryCapacity" "Battery Capacity"
+    "GoPro:BatteryCurrent" "Battery Current" "GoPro:BatteryLevel" "Battery Level"
+    "GoPro:BatteryTemperature" "Battery Temperature" "GoPro:BatteryTime" "Battery Time"
+    "GoPro:BatteryVoltage1" "Battery Voltage 1" "GoPro:BatteryVoltage2" "Battery Voltage 2"
+    "GoPro:BatteryVoltage3" "Battery Voltage 3" "GoPro:BatteryVoltage4" "Battery Voltage 4"
+    "GoPro:CameraSerialNumber" "Camera Serial Number" "GoPro:CameraTemperature" "Camera Temperature"
+    "GoPro:ColorMode" "GoPro:ColorTemperatures" "Color Temperatures" "GoPro:Comments"
+    "GoPro:Controller" "GoPro:CoyoteSense" "Coyote Sense" "GoPro:CoyoteStatus" "Coyote Status"
+    "GoPro:DeviceID" "Device ID" "GoPro:DeviceName" "Device Name" "GoPro:DigitalZoom"
+    "GoPro:DigitalZoom:N" "GoPro:DigitalZoom:Y" "GoPro:ElectronicImageStabilization"
+    "Electronic Image Stabilization" "GoPro:Empty" "GoPro:EscapeStatus" "Escape Status"
+    "GoPro:ExposureCompensation" "GoPro:ExposureTimes" "Exposure Times" "GoPro:FaceDetected"
+    "Face Detected" "GoPro:FaceNumbers" "Face Numbers" "GoPro:FieldOfView" "Field Of View"
+    "GoPro:FieldOfView:L" "Linear" "GoPro:FieldOfView:S" "Super View" "GoPro:FieldOfView:W"
+    "GoPro:FirmwareVersion" "Firmware Version" "GoPro:GLPI_Unknown4" "GLPI Unknown 4"
+    "GoPro:GPRI_Unknown4" "GPRI Unknown 4" "GoPro:GPRI_Unknown5" "GPRI Unknown 5"
+    "GoPro:GPRI_Unknown8" "GPRI Unknown 8" "GoPro:GPRI_Unknown9" "GPRI Unknown 9"
+    "GoPro:GPSAltitude" "GPS Altitude" "GoPro:GPSAltitudeRaw" "GPS Altitude Raw" "GoPro:GPSDateTime"
+    "GPS Date Time" "GoPro:GPSDateTimeRaw" "GPS Date Time Raw" "GoPro:GPSHPositioningError"
+    "GPS Horizontal Positioning Error" "GoPro:GPSLatitude" "GPS Latitude" "GoPro:GPSLatitudeRaw"
+    "GPS Latitude Raw" "GoPro:GPSLongitude" "GPS Longitude" "GoPro:GPSLongitudeRaw"
+    "GPS Longitude Raw" "GoPro:GPSMeasureMode" "GPS Measure Mode" "GoPro:GPSMeasureMode:2"
+    "2-Dimensional Measurement" "GoPro:GPSMeasureMode:3" "3-Dimensional Measurement"
+    "GoPro:GPSSpeed" "GPS Speed" "GoPro:GPSSpeed3D" "GPS Speed 3D" "GoPro:GPSSpeedRaw"
+    "GPS Speed Raw" "GoPro:GPSSpeedX" "GPS Speed X" "GoPro:GPSSpeedY" "GPS Speed Y"
+    "GoPro:GPSSpeedZ" "GPS Speed Z" "GoPro:GPSTrack" "GPS Track" "GoPro:GPSTrackRaw" "GPS Track Raw"
+    "GoPro:Gyroscope" "GoPro:HDRSetting" "HDR Setting" "GoPro:ISOSpeeds" "ISO Speeds"
+    "GoPro:ImageSensorGain" "Image Sensor Gain" "GoPro:InputOrientation" "Input Orientation"
+    "GoPro:InputUniformity" "Input Uniformity" "GoPro:KBAT_Unknown10" "KBAT Unknown 10"
+    "GoPro:KBAT_Unknown11" "KBAT Unknown 11" "GoPro:KBAT_Unknown12" "KBAT Unknown 12"
+    "GoPro:KBAT_Unknown13" "KBAT Unknown 13" "GoPro:KBAT_Unknown2" "KBAT Unknown 2"
+    "GoPro:KBAT_Unknown9" "KBAT Unknown 9" "GoPro:LocalPositionNED" "Local Position NED"
+    "GoPro:Magnetometer" "GoPro:MaximumShutterAngle" "Maximum Shutter Angle" "GoPro:MediaUniqueID"
+    "Media Unique ID" "GoPro:MetadataVersion" "Metadata Version" "GoPro:Model" "GoPro:OtherFirmware"
+    "Other Firmware" "GoPro:OtherSerialNumber" "Other Serial Number" "GoPro:OutputOrientation"
+    "Output Orientation" "GoPro:PhotoResolution" "Photo Resolution" "GoPro:ProTune" "Pro Tune"
+    "GoPro:ProTune:N" "GoPro:ProTune:Y" "GoPro:Rate" "GoPro:SIUnits" "SI Units" "GoPro:ScaleFactor"
+    "Scale Factor" "GoPro:ScaledIMU" "Scaled IMU" "GoPro:ScaledPressure" "Scaled Pressure"
+    "GoPro:SensorReadoutTime" "Sensor Readout Time" "GoPro:SerialNumber" "Serial Number"
+    "GoPro:Sharpness" "GoPro:StreamName" "Stream Name" "GoPro:StructureType" "Structure Type"
+    "GoPro:SystemTime" "System Time" "GoPro:TimeStamp" "Time Stamp" "GoPro:TotalSamples"
+    "Total Samples" "GoPro:Units" "GoPro:VisualFlightRulesHUD" "Visual Flight Rules HUD"
+    "GoPro:WhiteBalance" "GoPro:WhiteBalanceRGB" "White Balance RGB" "电池电量" "海拔高度" "纬度" "经度"
+    "GPS测量模式" "2维测量" "3维测量" "GPS接收器的速度" "运动方向" "照相机标识" "Batterie" "Température de la batterie"
+    "Numéro de série de l'appareil photo" "Température de l'appareil photo" "Commentaires"
+    "Nom de l'appareil" "Visage détecté" "Numéros du visage" "Version du micrologiciel"
+    "Altitude GPS" "Date/Heure GPS (horloge atomique)" "Date/Heure GPS brute"
+    "Erreur horizontale de la position GPS" "Latitude GPS" "Latitude GPS brute" "Longitude GPS"
+    "Longitude GPS brute" "Mode de mesure GPS" "Mesure bidimensionnelle" "Mesure tridimensionnelle"
+    "Vitesse du récepteur GPS" "Vitesse GPS 3D" "Vitesse GPS brute" "Tracé GPS" "Tracé GPS brut"
+    "Réglage HDR" "Facteur d'échelle" "Numéro de série" "Horodateur" "Balance des blancs RVB"
+    "ISO-Automatik Max" "Batteriestatus" "Kamera-Seriennummer" "Kamera-Temperatur" "Kommentare"
+    "Firmware-Version" "GPS Höhe" "GPS Zeitstempel" "Geografische Breite" "Geografische Länge"
+    "GPS Messverfahren" "2-Dimensionale Messung" "3-Dimensionale Messung"
+    "Geschwindigkeit des GPS-Empfängers" "Bewegungsrichtung" "Seriennummer" "Zeitstempel"
+    "Livello batteria" "Numero di serie fotocamera" "Temperatura fotocamera" "Commenti"
+    "Versione firmware" "Altitudine GPS" "Ora GPS (orologio atomico)"
+    "Errore posizionamento orizzontale GPS" "Latitudine" "Longitudine" "Modalità misurazione GPS"
+    "Misurazione 2D" "Misurazione tridimensionale" "Velocità ricevitore GPS"
+    "Direzione di movimento" "Numero di serie" "Marcatura oraria" "ISOオート 最大感度" "バッテリーレベル"
+    "カメラシリアル番号" "カメラ温度" "ファームウェアバージョン" "高度" "GPS時間(原子時計)" "緯度" "経度" "GPS測定モード" "２次元測定" "３次元測定"
+    "GPS受信機のスピード" "動作方向" "シリアル番号" "タイムスタンプ" "Nivel Batería" "Número Serie Cámara"
+    "Temperatura Cámara" "Versión Firmware" "Altitud" "Fecha y Hora GPS" "Latitud" "Longitud"
+    "Modo Medición GPS" "Medición bidimensional" "Medición tridimensional"
+    "Velocidad del Receptor GPS" "Dirección de Movimiento" "Número Serie" "Marca de Tiempo"
+    "ApertureSetting" "Gain" "ExposureProgram" "CaptureFrameRate" "VideoFrameRate" "TimeCode"
+    "DateTimeOriginal" "BrightnessValue" "MaxApertureValue" "CustomRendered"
+    "FocalLengthIn35mmFormat" "SceneCaptureType" "GPSVersionID" "GPSLatitudeRef" "GPSLongitudeRef"
+    "GPSAltitudeRef" "GPSTimeStamp" "GPSStatus" "GPSDOP" "GPSSpeedRef" "GPSTrackRef"
+    "GPSImgDirectionRef" "GPSImgDirection" "GPSMapDatum" "GPSDateStamp" "RecordingMode" "254" "255"
+    "63" "191" "31" "65" "69" "71" "77" "79" "80" "88" "89" "93" "95" "E" "V" "K" "M" "T" "264"
+    "4113" "4356" "H264:ApertureSetting" "Aperture Setting" "H264:ApertureSetting:254" "Closed"
+    "H264:ApertureSetting:255" "H264:BrightnessValue" "Brightness Value" "H264:CaptureFrameRate"
+    "Capture Frame Rate" "H264:CustomRendered" "Custom Rendered" "H264:CustomRendered:0"
+    "H264:CustomRendered:1" "H264:DateTimeOriginal" "Date/Time Original" "H264:ExposureCompensation"
+    "H264:ExposureProgram" "Exposure Program" "H264:ExposureProgram:0"
+    "Not Defined |\302\240Program AE" "H264:ExposureProgram:1" "Gain |\302\240Manual"
+    "H264:ExposureProgram:2" "Program AE |\302\240Shutter speed priority AE"
+    "H264:ExposureProgram:3" "H264:ExposureProgram:4" "Manual |\302\240Shutter speed priority AE"
+    "H264:ExposureProgram:5" "Creative (Slow speed)" "H264:ExposureProgram:6" "Action (High speed)"
+    "H264:ExposureProgram:7" "H264:ExposureProgram:8" "H264:ExposureTime" "H264:FNumber"
+    "H264:Flash" "H264:Flash:0" "No Flash" "H264:Flash:1" "Fired" "H264:Flash:13"
+    "On, Return not detected" "H264:Flash:15" "On, Return detected" "H264:Flash:16"
+    "Off, Did not fire" "H264:Flash:20" "Off, Did not fire, Return not detected" "H264:Flash:24"
+    "Auto, Did not fire" "H264:Flash:25" "Auto, Fired" "H264:Flash:29"
+    "Auto, Fired, Return not detected" "H264:Flash:31" "Auto, Fired, Return detected"
+    "H264:Flash:32" "No flash function" "H264:Flash:48" "Off, No flash function" "H264:Flash:5"
+    "Fired, Return not detected" "H264:Flash:65" "Fired, Red-eye reduction" "H264:Flash:69"
+    "Fired, Red-eye reduction, Return not detected" "H264:Flash:7" "Fired, Return detected"
+    "H264:Flash:71" "Fired, Red-eye reduction, Return detected" "H264:Flash:73"
+    "On, Red-eye reduction" "H264:Flash:77" "On, Red-eye reduction, Return not detected"
+    "H264:Flash:79" "On, Red-eye reduction, Return detected" "H264:Flash:8" "On, Did not fire"
+    "H264:Flash:80" "Off, Red-eye reduction" "H264:Flash:88" "Auto, Did not fire, Red-eye reduction"
+    "H264:Flash:89" "Auto, Fired, Red-eye reduction" "H264:Flash:9" "On, Fired" "H264:Flash:93"
+    "Auto, Fired, Red-eye reduction, Return not detected" "H264:Flash:95"
+    "Auto, Fired, Red-eye reduction, Return detected" "H264:FocalLengthIn35mmFormat"
+    "Focal Length In 35mm Format" "H264:Focus" "H264:GPSAltitude" "H264:GPSAltitudeRef"
+    "GPS Altitude Ref" "H264:GPSAltitudeRef:0" "Above Sea Level" "H264:GPSAltitudeRef:1"
+    "Below Sea Level" "H264:GPSDOP" "GPS Dilution Of Precision" "H264:GPSDateStamp" "GPS Date Stamp"
+    "H264:GPSImgDirection" "GPS Img Direction" "H264:GPSImgDirectionRef" "GPS Img Direction Ref"
+    "H264:GPSImgDirectionRef:M" "Magnetic North" "H264:GPSImgDirectionRef:T" "True North"
+    "H264:GPSLatitude" "H264:GPSLatitudeRef" "GPS Latitude Ref" "H264:GPSLatitudeRef:N" "North"
+    "H264:GPSLatitudeRef:S" "South" "H264:GPSLongitude" "H264:GPSLongitudeRef" "GPS Longitude Ref"
+    "H264:GPSLongitudeRef:E" "East" "H264:GPSLongitudeRef:W" "West" "H264:GPSMapDatum"
+    "GPS Map Datum" "H264:GPSMeasureMode" "H264:GPSMeasureMode:2" "H264:GPSMeasureMode:3"
+    "H264:GPSSpeed" "H264:GPSSpeedRef" "GPS Speed Ref" "H264:GPSSpeedRef:K" "km/h"
+    "H264:GPSSpeedRef:M" "mph" "H264:GPSSpeedRef:N" "knots" "H264:GPSStatus" "GPS Status"
+    "H264:GPSStatus:A" "Measurement Active" "H264:GPSStatus:V" "Measurement Void"
+    "H264:GPSTimeStamp" "GPS Time Stamp" "H264:GPSTrack" "H264:GPSTrackRef" "GPS Track Ref"
+    "H264:GPSTrackRef:M" "H264:GPSTrackRef:T" "H264:GPSVersionID" "GPS Version ID" "H264:Gain"
+    "H264:ImageHeight" "H264:ImageStabilization" "H264:ImageStabilization:0"
+    "H264:ImageStabilization:191" "Off (0xbf)" "H264:ImageStabilization:255"
+    "H264:ImageStabilization:63" "On (0x3f)" "H264:ImageWidth" "H264:Make" "H264:Make:259"
+    "Panasonic" "H264:Make:264" "Sony" "H264:Make:4113" "Canon" "H264:Make:4356" "JVC"
+    "H264:MaxApertureValue" "Max Aperture Value" "H264:Model" "H264:RecordingMode" "Recording Mode"
+    "H264:RecordingMode:2" "XP+" "H264:RecordingMode:4" "SP" "H264:RecordingMode:5" "LP"
+    "H264:RecordingMode:6" "FXP" "H264:RecordingMode:7" "MXP" "H264:SceneCaptureType"
+    "Scene Capture Type" "H264:SceneCaptureType:0" "H264:SceneCaptureType:1"
+    "H264:SceneCaptureType:2" "H264:SceneCaptureType:3" "Night" "H264:TimeCode" "Time Code"
+    "H264:VideoFrameRate" "Video Frame Rate" "H264:WhiteBalance" "H264:WhiteBalance:0"
+    "H264:WhiteBalance:1" "Hold |\302\240Manual" "H264:WhiteBalance:2" "1-Push"
+    "H264:WhiteBalance:3" "亮度" "用户自定义图像处理" "普通模式" "自定义处理" "原始数据产生的日期和时间" "曝光程序"
+    "Not Defined |\302\240一般程序" "Gain |\302\240手动" "一般程序 |\302\240快门优先" "快门优先 |\302\240手动" "创意摄影"
+    "运动摄影" "无闪光功能" "闪光灯亮" "开 (强制闪光，检测返回光)" "开 (自动闪光)" "开 (自动闪光，检测返回光)" "开 (减轻红眼)" "开 (检测返回光)"
+    "开 (减轻红眼，检测返回光)" "开 (强制闪光(减轻红眼))" "开 (强制闪光，减轻红眼，检测返回光)" "开 (自动闪光，减轻红眼)" "开 (强制闪光)"
+    "35 mm 换算镜头焦点距离" "高度基准" "海平面" "海拔(负值)" "测量精度" "GPS日期" "图像方向" "图像方向参照" "北纬或者南纬" "北纬" "南纬"
+    "东经或者西经" "东经" "西经" "使用的大地测量数据" "速度单位" "公里/小时" "英里/小时" "海里/小时" "GPS 接收器状态" "正在测量中" "测量中断"
+    "GPS 时间(原子钟)" "运动方向参照" "磁场方向" "真方向" "GPS标签版本" "最大镜头光圈" "取景类型" "Hold |\302\240手动" "Luminosité"
+    "Traitement de l'image" "Traitement normal" "Traitement personnalisé"
+    "Date de création des données originales" "Programme d'exposition"
+    "Non défini |\302\240Programme normal" "Gain |\302\240Manuel"
+    "Priorité vitesse |\302\240Programme normal" "Manuel |\302\240Priorité vitesse"
     "Programme créatif (orienté profondeur de champ)"
-    "Programme action (orienté grandes vitesses d'obturation)""Mode portrait""Flash "
-    "Flash non déclenché""Flash déclenché"
+    "Programme action (orienté grandes vitesses d'obturation)" "Mode portrait" "Flash "
+    "Flash non déclenché" "Flash déclenché"
     "Flash déclenché, mode flash forcé, lumière renvoyée non détectée"
     "Flash déclenché, mode flash forcé, lumière renvoyée détectée"
     "Flash non déclenché, mode flash forcé"
-    "Éteint, flash non déclenché, lumière renvoyée non détectée""Flash non déclenché, mode auto"
-    "Flash déclenché, mode auto""Flash déclenché, mode auto, lumière renvoyée non détectée"
-    "Flash déclenché, mode auto, lumière renvoyée détectée""Pas de fonction flash"
-    "Éteint, pas de fonction flash""Lumière renvoyée sur le capteur non détectée"
+    "Éteint, flash non déclenché, lumière renvoyée non détectée" "Flash non déclenché, mode auto"
+    "Flash déclenché, mode auto" "Flash déclenché, mode auto, lumière renvoyée non détectée"
+    "Flash déclenché, mode auto, lumière renvoyée détectée" "Pas de fonction flash"
+    "Éteint, pas de fonction flash" "Lumière renvoyée sur le capteur non détectée"
     "Flash déclenché, mode réduction yeux rouges"
     "Flash déclenché, mode réduction yeux rouges, lumière renvoyée non détectée"
     "Lumière renvoyée sur le capteur détectée"
@@ -1948,37 +2015,37 @@ constexpr char kText[] =
     "Flash déclenché, mode forcé, mode réduction yeux rouges"
     "Flash déclenché, mode forcé, mode réduction yeux rouges, lumière renvoyée non détectée"
     "Flash déclenché, mode forcé, mode réduction yeux rouges, lumière renvoyée détectée"
-    "Hors service, flash non déclenché""Éteint, mode réduction yeux rouges"
+    "Hors service, flash non déclenché" "Éteint, mode réduction yeux rouges"
     "Auto, flash non déclenché, mode réduction yeux rouges"
     "Flash déclenché, mode auto, mode réduction yeux rouges, lumière renvoyée détectée"
     "Flash déclenché, mode flash forcé"
     "Flash déclenché, mode auto, lumière renvoyée non détectée, mode réduction yeux rouges"
     "Flash déclenché, mode auto, lumière renvoyée détectée, mode réduction yeux rouges"
-    "Longueur de focale équivalente à un film 35 mm""Mise au point""Référence de l'altitude GPS"
-    "Au-dessus du niveau de la mer""En-dessous du niveau de la mer""Précision de la mesure"
-    "Horodatage GPS""Direction GPS de la prise de vue"
-    "Référence de la direction GPS de la prise de vue""Nord magnétique""Nord vrai"
-    "Référence de la valeur GPS en latitude""Nord""Sud""Référence de la valeur GPS en Longitude"
-    "Est""Ouest""Données de surveillance géodésique utilisées""Référence de vitesse du GPS"
-    "Kilomètres par heure""Miles par heure""nœuds""État du récepteur GPS""Mesure active"
-    "Mesure vide""Heure GPS (horloge atomique)""Référence pour du tracé GPS"
-    "Identifiant de la version GPS""Activée (0x3f)""Ouverture maximale de l'objectif"
-    "Type de capture de scène""Nocturne""Fréquence d'images vidéo""Hold |\302\240Manuelle"
-    "Blendeneinstellung""Helligkeit""Benutzerdefinierte Bildverarbeitung""Standard-Prozess"
-    "Benutzerdefinierter Prozess""Erstellungsdatum/-uhrzeit""Belichtungsprogramm"
-    "Nicht definiert |\302\240Programmautomatik""Gain |\302\240Manuell"
-    "Programmautomatik |\302\240Verschlusspriorität""Manuell |\302\240Verschlusspriorität"
+    "Longueur de focale équivalente à un film 35 mm" "Mise au point" "Référence de l'altitude GPS"
+    "Au-dessus du niveau de la mer" "En-dessous du niveau de la mer" "Précision de la mesure"
+    "Horodatage GPS" "Direction GPS de la prise de vue"
+    "Référence de la direction GPS de la prise de vue" "Nord magnétique" "Nord vrai"
+    "Référence de la valeur GPS en latitude" "Nord" "Sud" "Référence de la valeur GPS en Longitude"
+    "Est" "Ouest" "Données de surveillance géodésique utilisées" "Référence de vitesse du GPS"
+    "Kilomètres par heure" "Miles par heure" "nœuds" "État du récepteur GPS" "Mesure active"
+    "Mesure vide" "Heure GPS (horloge atomique)" "Référence pour du tracé GPS"
+    "Identifiant de la version GPS" "Activée (0x3f)" "Ouverture maximale de l'objectif"
+    "Type de capture de scène" "Nocturne" "Fréquence d'images vidéo" "Hold |\302\240Manuelle"
+    "Blendeneinstellung" "Helligkeit" "Benutzerdefinierte Bildverarbeitung" "Standard-Prozess"
+    "Benutzerdefinierter Prozess" "Erstellungsdatum/-uhrzeit" "Belichtungsprogramm"
+    "Nicht definiert |\302\240Programmautomatik" "Gain |\302\240Manuell"
+    "Programmautomatik |\302\240Verschlusspriorität" "Manuell |\302\240Verschlusspriorität"
     "Kreativ-Programm (ausgerichtet auf Schärfentiefe)"
-    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)""Blitzmodus"
-    "Blitz wurde nicht ausgelöst""Blitz wurde ausgelöst"
+    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)" "Blitzmodus"
+    "Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Messblitz-Licht zurückgeworfen"
     "Blitz wurde nicht ausgelöst, Blitz unterdrücken-Modus"
     "Deaktiviert, Blitz wurde nicht ausgelöst, kein Messblitz-Licht zurückgeworfen"
-    "Blitz wurde nicht ausgelöst, Automodus""Blitz wurde ausgelöst, Automodus"
+    "Blitz wurde nicht ausgelöst, Automodus" "Blitz wurde ausgelöst, Automodus"
     "Blitz wurde ausgelöst, Automodus, kein Messblitz-Licht zurückgeworfen"
-    "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen""Keine Blitzfunktion"
-    "Deaktiviert, Keine Blitzfunktion""Kein Messblitz-Licht zurückgeworfen"
+    "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen" "Keine Blitzfunktion"
+    "Deaktiviert, Keine Blitzfunktion" "Kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Rote-Augen-Reduzierung, kein Messblitz-Licht zurückgeworfen"
     "Messblitz-Licht zurückgeworfen"
@@ -1986,73 +2053,75 @@ constexpr char kText[] =
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung, kein Messblitz-Licht zurückgeworfen"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus, Rote-Augen-Reduzierung, Messblitz-Licht zurückgeworfen"
-    "Ein, Blitz wurde nicht ausgelöst""Deaktiviert, Rote-Augen-Reduzierung"
+    "Ein, Blitz wurde nicht ausgelöst" "Deaktiviert, Rote-Augen-Reduzierung"
     "Blitz wurde nicht ausgelöst, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Automodus, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Blitz erzwingen-Modus"
     "Blitz wurde ausgelöst, Automodus, kein Messblitz-Licht zurückgeworfen, Rote-Augen-Reduzierung"
     "Blitz wurde ausgelöst, Automodus, Messblitz-Licht zurückgeworfen, Rote-Augen-Reduzierung"
-    "Brennweite in 35 mm-Kleinbildformat""Schärfepriorität""GPS-Höhe Bezug"
-    "Höhe über Normal-Null (Meeresspiegel)""Höhe unter Normal-Null (Meeresspiegel)""Messgenauigkeit"
-    "GPS Datum""Bildrichtung""Referenz für die Ausrichtung des Bildes""Magnetische Ausrichtung"
-    "Geographische Ausrichtung""Nördl. oder südl. Breite""Nördliche Breite""Südliche Breite"
-    "östl. oder westl. Länge""Östliche Länge""Westliche Länge""Geodätisches Datum"
-    "Geschwindigkeitseinheit""Kilometer pro Stunde""Meilen pro Stunde""Knoten""GPS-Empfänger Status"
-    "Messung aktiv""Messung ungültig""GPS-Zeit UTC""Referenz für Bewegungsrichtung""GPS-Tag-Version"
-    "Aus (0xbf)""Ein (0x3f)""Größtmögliche Blende""Szenenaufnahmetyp""Hold |\302\240Manuell"
-    "Valore di luminosità""Resa personalizzata""Personalizzata""Data/ora originale di creazione"
-    "Programma esposizione""Non definito |\302\240Programma AE""Gain |\302\240Manuale"
-    "Priorità otturatore AE |\302\240Programma AE""Manuale |\302\240Priorità otturatore AE"
-    "Creativo (bassa velocità)""Azione (alta velocità)""Flash non emesso""Emesso"
-    "Attivato, ritorno non rilevato""Attivato, ritorno rilevato"
-    "Flash non emesso, modalità flash forzata""Off, Non emesso. Luce di ritorno non rilevata"
-    "Auto, flash non emesso""Auto, flash emesso""Auto, flash emesso, luce di ritorno non rilevata"
-    "Auto, flash emesso, luce di ritorno rilevata""Nessuna funzione flash"
-    "Off, Nessuna funzione flash""Emesso, ritorno non rilevato""Emesso, riduzione occhi rossi"
-    "Emesso, riduzione occhi rossi, ritorno non rilevato""Emesso, ritorno rilevato"
-    "Emesso, riduzione occhi rossi, ritorno rilevato""Attivato, riiduzione occhi rossi"
+    "Brennweite in 35 mm-Kleinbildformat" "Schärfepriorität" "GPS-Höhe Bezug"
+    "Höhe über Normal-Null (Meeresspiegel)" "Höhe unter Normal-Null (Meeresspiegel)"
+    "Messgenauigkeit" "GPS Datum" "Bildrichtung" "Referenz für die Ausrichtung des Bildes"
+    "Magnetische Ausrichtung" "Geographische Ausrichtung" "Nördl. oder südl. Breite"
+    "Nördliche Breite" "Südliche Breite" "östl. oder westl. Länge" "Östliche Länge"
+    "Westliche Länge" "Geodätisches Datum" "Geschwindigkeitseinheit" "Kilometer pro Stunde"
+    "Meilen pro Stunde" "Knoten" "GPS-Empfänger Status" "Messung aktiv" "Messung ungültig"
+    "GPS-Zeit UTC" "Referenz für Bewegungsrichtung" "GPS-Tag-Version" "Aus (0xbf)" "Ein (0x3f)"
+    "Größtmögliche Blende" "Szenenaufnahmetyp" "Hold |\302\240Manuell" "Valore di luminosità"
+    "Resa personalizzata" "Personalizzata" "Data/ora originale di creazione" "Programma esposizione"
+    "Non definito |\302\240Programma AE" "Gain |\302\240Manuale"
+    "Priorità otturatore AE |\302\240Programma AE" "Manuale |\302\240Priorità otturatore AE"
+    "Creativo (bassa velocità)" "Azione (alta velocità)" "Flash non emesso" "Emesso"
+    "Attivato, ritorno non rilevato" "Attivato, ritorno rilevato"
+    "Flash non emesso, modalità flash forzata" "Off, Non emesso. Luce di ritorno non rilevata"
+    "Auto, flash non emesso" "Auto, flash emesso" "Auto, flash emesso, luce di ritorno non rilevata"
+    "Auto, flash emesso, luce di ritorno rilevata" "Nessuna funzione flash"
+    "Off, Nessuna funzione flash" "Emesso, ritorno non rilevato" "Emesso, riduzione occhi rossi"
+    "Emesso, riduzione occhi rossi, ritorno non rilevato" "Emesso, ritorno rilevato"
+    "Emesso, riduzione occhi rossi, ritorno rilevato" "Attivato, riiduzione occhi rossi"
     "Attivato, riiduzione occhi rossi, ritorno non rilevato"
-    "Attivato, riiduzione occhi rossi, ritorno rilevato""Attivato, non emesso"
-    "Disattivato, riduzione occhi rossi""Auto, flash non emesso, riduzione occhi rossi"
-    "Auto, flash emesso, riduzione occhi rossi""Attivato, emesso"
+    "Attivato, riiduzione occhi rossi, ritorno rilevato" "Attivato, non emesso"
+    "Disattivato, riduzione occhi rossi" "Auto, flash non emesso, riduzione occhi rossi"
+    "Auto, flash emesso, riduzione occhi rossi" "Attivato, emesso"
     "Auto, flash emesso, riduzione occhi rossi, luce di ritorno non rilevata"
     "Auto, flash emesso, riduzione occhi rossi, luce di ritorno rilevata"
-    "Lunghezza focale in formato 35mm""Riferimento altitudine GPS""Sul livello del mare"
-    "Sotto il livello del mare""Precisione misurazione GPS""Data GPS""Direzione di immagine"
-    "Riferimento per direzione di immagine""Nord magnetico""Nord geografico""Latitudine Nord o Sud"
-    "Latitudine Nord""Latitudine Sud""Longitudine Est o Ovest""Longitudine Est""Longitudine Ovest"
-    "Dati di rilevamento geodetico utilizzati""Unità velocità""Chilometri all'ora""Miglie all'ora"
-    "Nodi""Stato ricevitore GPS""Misurazione in corso""Interoperatività misurazione"
-    "Riferimento per direzione di movimento""Direzione magnetica""Direzione effettiva"
-    "Versione tag GPS""Diaframma massimo obiettivo""Modo registrazione""Tipo cattura scena""Notte"
-    "Hold |\302\240Manuale""ブライトネス""カスタム画像処理""標準処理""カスタム処理""オリジナルデータ作成日時""露出プログラム"
-    "ノーマルプログラム |\302\240未定義""Gain |\302\240マニュアル""シャッター優先 |\302\240ノーマルプログラム"
-    "シャッター優先 |\302\240マニュアル""クリエイティブプログラム(被写界深度優先)""スポーツモード(高速シャッター優先)""ポートレートモード""風景モード""フラッシュ未発光"
-    "フラッシュ発光""フラッシュ発光、強制発光モード、ストロボ光未検知""フラッシュ発光、強制発光モード、ストロボ光検知""フラッシュ未発光、強制発光モード"
-    "オフ、フラッシュ未発光、ストロボ光未検知""フラッシュ未発光、オートモード""フラッシュ発光、オートモード""フラッシュ発光、オートモード、ストロボ光未検知"
-    "フラッシュ発光、オートモード、ストロボ光検知""フラッシュ機能無し""オフ、フラッシュ機能無し""ストロボ光未検知""フラッシュ発光、赤目軽減モード"
-    "フラッシュ発光、赤目軽減モード、ストロボ光未検知""ストロボ光検知""フラッシュ発光、赤目軽減モード、ストロボ光検知""フラッシュ発光、強制発光モード、赤目軽減モード"
-    "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光未検知""フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光検知""オン、フラッシュ未発光""オフ、赤目軽減モード"
-    "オート、フラッシュ未発光、赤目軽減モード""フラッシュ発光、オートモード、赤目軽減モード""フラッシュ発光、強制発光モード""フラッシュ発光、オートモード、ストロボ光未検知、赤目軽減モード"
-    "フラッシュ発光、オートモード、ストロボ光検知、赤目軽減モード""35mmフイルム換算焦点距離""フォーカス""参照高度""海水面""参照海水面(負の値)""測定精度""GPSデータ"
-    "イメージの方向""画像方向参照""磁気の方向""本当の方向""北緯または南緯""北緯""南緯""東経または西経""東経""西経""データが使った測地測量""スピード単位""時速(km)"
-    "時速(マイル)""ノット""GPS受信機ステータス""測定アクティブ""測定無効""動作方向の参照""GPSタグバージョン""最大レンズ口径""記録モード""シーンキャプチャタイプ"
-    "Hold |\302\240マニュアル""Ajustes Apertura""Luminosidad""Proceso Imagen Personalizado"
-    "Proceso normal""Proceso personalizado""Fecha y Hora de Datos Original""Programa Exposición"
-    "No definido |\302\240Programa normal""Exposición manual |\302\240Gain"
-    "Prioridad obturador |\302\240Programa normal""Prioridad Apertura"
+    "Lunghezza focale in formato 35mm" "Riferimento altitudine GPS" "Sul livello del mare"
+    "Sotto il livello del mare" "Precisione misurazione GPS" "Data GPS" "Direzione di immagine"
+    "Riferimento per direzione di immagine" "Nord magnetico" "Nord geografico"
+    "Latitudine Nord o Sud" "Latitudine Nord" "Latitudine Sud" "Longitudine Est o Ovest"
+    "Longitudine Est" "Longitudine Ovest" "Dati di rilevamento geodetico utilizzati"
+    "Unità velocità" "Chilometri all'ora" "Miglie all'ora" "Nodi" "Stato ricevitore GPS"
+    "Misurazione in corso" "Interoperatività misurazione" "Riferimento per direzione di movimento"
+    "Direzione magnetica" "Direzione effettiva" "Versione tag GPS" "Diaframma massimo obiettivo"
+    "Modo registrazione" "Tipo cattura scena" "Notte" "Hold |\302\240Manuale" "ブライトネス" "カスタム画像処理"
+    "標準処理" "カスタム処理" "オリジナルデータ作成日時" "露出プログラム" "ノーマルプログラム |\302\240未定義" "Gain |\302\240マニュアル"
+    "シャッター優先 |\302\240ノーマルプログラム" "シャッター優先 |\302\240マニュアル" "クリエイティブプログラム(被写界深度優先)"
+    "スポーツモード(高速シャッター優先)" "ポートレートモード" "風景モード" "フラッシュ未発光" "フラッシュ発光" "フラッシュ発光、強制発光モード、ストロボ光未検知"
+    "フラッシュ発光、強制発光モード、ストロボ光検知" "フラッシュ未発光、強制発光モード" "オフ、フラッシュ未発光、ストロボ光未検知" "フラッシュ未発光、オートモード"
+    "フラッシュ発光、オートモード" "フラッシュ発光、オートモード、ストロボ光未検知" "フラッシュ発光、オートモード、ストロボ光検知" "フラッシュ機能無し" "オフ、フラッシュ機能無し"
+    "ストロボ光未検知" "フラッシュ発光、赤目軽減モード" "フラッシュ発光、赤目軽減モード、ストロボ光未検知" "ストロボ光検知" "フラッシュ発光、赤目軽減モード、ストロボ光検知"
+    "フラッシュ発光、強制発光モード、赤目軽減モード" "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光未検知" "フラッシュ発光、強制発光モード、赤目軽減モード、ストロボ光検知"
+    "オン、フラッシュ未発光" "オフ、赤目軽減モード" "オート、フラッシュ未発光、赤目軽減モード" "フラッシュ発光、オートモード、赤目軽減モード" "フラッシュ発光、強制発光モード"
+    "フラッシュ発光、オートモード、ストロボ光未検知、赤目軽減モード" "フラッシュ発光、オートモード、ストロボ光検知、赤目軽減モード" "35mmフイルム換算焦点距離" "フォーカス"
+    "参照高度" "海水面" "参照海水面(負の値)" "測定精度" "GPSデータ" "イメージの方向" "画像方向参照" "磁気の方向" "本当の方向" "北緯または南緯" "北緯" "南緯"
+    "東経または西経" "東経" "西経" "データが使った測地測量" "スピード単位" "時速(km)" "時速(マイル)" "ノット" "GPS受信機ステータス" "測定アクティブ"
+    "測定無効" "動作方向の参照" "GPSタグバージョン" "最大レンズ口径" "記録モード" "シーンキャプチャタイプ" "Hold |\302\240マニュアル"
+    "Ajustes Apertura" "Luminosidad" "Proceso Imagen Personalizado" "Proceso normal"
+    "Proceso personalizado" "Fecha y Hora de Datos Original" "Programa Exposición"
+    "No definido |\302\240Programa normal" "Exposición manual |\302\240Gain"
+    "Prioridad obturador |\302\240Programa normal" "Prioridad Apertura"
     "Exposición manual |\302\240Prioridad obturador"
     "Programa creativo (orientado a profundidad de campo)"
     "Programa acción (orientado a velocidad de obturación rápida)"
     "Modo retrato (para fotos de cerca con el fondo fuera de enfoque)"
-    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)""Flash no disparado"
-    "Flash disparado""Flash disparado, modo flash forzado, retorno luz no detectado"
+    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)" "Flash no disparado"
+    "Flash disparado" "Flash disparado, modo flash forzado, retorno luz no detectado"
     "Flash disparado, modo flash forzado, retorno luz detectado"
-    "Flash no disparado, modo flash forzado""Apagado, flash no disparado, retorno luz no detectado"
-    "Flash no disparado, modo automático""Flash disparado, modo automático"
+    "Flash no disparado, modo flash forzado" "Apagado, flash no disparado, retorno luz no detectado"
+    "Flash no disparado, modo automático" "Flash disparado, modo automático"
     "Flash disparado, modo automático, retorno luz no detectado"
-    "Flash disparado, modo automático, retorno luz detectado""Sin función flash"
-    "Apagado, sin función flash""Luz devuelta en captador no detectada"
+    "Flash disparado, modo automático, retorno luz detectado" "Sin función flash"
+    "Apagado, sin función flash" "Luz devuelta en captador no detectada"
     "Flash disparado, modo reducción ojos rojos"
     "Flash disparado, modo reducción ojos rojos, retorno luz no detectado"
     "Luz devuelta en captador detectada"
@@ -2060,1530 +2129,1586 @@ constexpr char kText[] =
     "Flash disparado, modo flash forzado, modo reducción ojos rojos"
     "Flash disparado, modo flash forzado, modo reducción ojos rojos, retorno luz no detectado"
     "Flash disparado, modo flash forzado, modo reducción ojos rojos, retorno luz detectado"
-    "Encendido, flash no disparado""Apagado, modo reducción ojos rojos"
+    "Encendido, flash no disparado" "Apagado, modo reducción ojos rojos"
     "Auto, Flash no disparado, modo reducción ojos rojos"
     "Flash disparado, modo automático, modo reducción ojos rojos"
     "Flash disparado, modo flash forzardo"
     "Flash disparado, modo automático, retorno luz no detectado, modo reducción ojos rojos"
     "Flash disparado, modo automático, retorno luz detectado, modo reducción ojos rojos"
-    "Distancia Focal en Película de 35 mm""Referencia Altitud""Nivel del Mar"
-    "Referencia Nivel del Mar (valor negativo)""Precisión Medición""Fecha GPS""Dirección de Imagen"
-    "Referencia para Dirección de Imagen""Dirección magnética""Dirección real""Latitud Norte o Sur"
-    "Latitud norte""Latitud sur""Longitud Este u Oeste""Longitud Este""Longitud Oeste"
-    "Dato Medición Geodésica Usado""Unidad Velocidad""Kilómetros por hora""Millas por hora""Nudos"
-    "Estado Receptor GPS""Medición Activa""Medición Vacía""Hora GPS (reloj atómico)"
-    "Referencia de Dirección de Movimiento""Versión Etiqueta GPS""Apertura Lente Máxima"
-    "Tipo Captura Escena""Escena nocturna""Equilibrio del blanco manual |\302\240Hold""LensShading"
-    "PreviewImage""MaxAperture""CameraDateTime""ISO""HP:CameraDateTime""Camera Date Time"
-    "HP:ExposureTime""HP:FNumber""HP:FirmwareVersion""HP:ISO""HP:LensShading""Lens Shading"
-    "HP:MaxAperture""Max Aperture""HP:PreviewImage""Preview Image""HP:SerialNumber""镜头光圈最大值"
-    "Date et heure de l'appareil photo""Sensibilité ISO""Teinte de l'objectif""Ouverture maximale"
-    "Aperçu de l'image""ISO-Empfindlichkeit""Größte Blende""Vorschaubild""Data/ora fotocamera"
-    "Sensibilità ISO""Massima apertura delle lenti""Immagine anteprima""ISOスピードレート""最大絞り""プレビューイメージ"
-    "Ratio Velocidad ISO""Máxima Apertura del Objetivo""Vista Previa""Abstract""Author"
-    "Classification""ContentLanguage""Copyright""Description""Distribution""DocClass""DocRights"
-    "DocType""Formatter""Generator""GeneratorVersion""GoogleBot""Keywords""NoMSSmartTags"
-    "Originator""Owner""ProgID""Refresh""ResourceType""RevisitAfter""Robots""Title""Category"
-    "Characters""CharactersWithSpaces""Company""CreateDate""LastAuthor""LastPrinted""ModifyDate"
-    "Lines""Manager""Pages""Paragraphs""RevisionNumber""Subject""Template""TotalEditTime""Words"
-    "Contributor""Coverage""Creator""Date""Format""Identifier""Language""Publisher""Relation"
-    "Rights""Source""Type""CacheControl""ContentDisposition""ContentScriptType""ContentStyleType"
-    "ContentType""DefaultStyle""Expires""ExtCache""ImageToolbar""Lotus""PageEnter""PageExit"
-    "PicsLabel""Pragma""ReplyTo""SetCookie""SiteEnter""SiteExit""Vary""WindowTarget""CharacterSet"
-    "Depth""Files""Footnotes""KByteSize""MaxPageNormal""MultimediaType""Narrator""PageFront"
-    "PageNormal""PageSpecial""ProdNotes""ProducedDate""Producer""Revision""RevisionDate""SetInfo"
-    "Sidebars""SourceDate""SourceEdition""SourcePublisher""SourceRights""SourceTitle""TOCItems"
-    "RecEngineer""RecLocation""ObjectType""HTML:Abstract""HTML:Author""HTML:CacheControl"
-    "Cache Control""HTML:Category""HTML:CharacterSet""Character Set""HTML:Characters"
-    "HTML:CharactersWithSpaces""Characters With Spaces""HTML:Classification""HTML:Company"
-    "HTML:ContentDisposition""Content Disposition""HTML:ContentLanguage""Content Language"
-    "HTML:ContentScriptType""Content Script Type""HTML:ContentStyleType""Content Style Type"
-    "HTML:ContentType""Content Type""HTML:Contributor""HTML:Copyright""HTML:Coverage"
-    "HTML:CreateDate""Create Date""HTML:Creator""HTML:Date""HTML:DefaultStyle""Default Style"
-    "HTML:Depth""HTML:Description""HTML:Distribution""HTML:DocClass""Doc Class""HTML:DocRights"
-    "Doc Rights""HTML:DocType""Doc Type""HTML:Duration""HTML:Expires""HTML:ExtCache""Ext Cache"
-    "HTML:Files""HTML:Footnotes""HTML:Format""HTML:Formatter""HTML:Generator""HTML:GeneratorVersion"
-    "Generator Version""HTML:GoogleBot""Google Bot""HTML:Identifier""HTML:ImageToolbar"
-    "Image Toolbar""HTML:KByteSize""K Byte Size""HTML:Keywords""HTML:Language""HTML:LastAuthor"
-    "Last Author""HTML:LastPrinted""Last Printed""HTML:Lines""HTML:Lotus""HTML:Manager"
-    "HTML:MaxPageNormal""Max Page Normal""HTML:ModifyDate""Modify Date""HTML:MultimediaType"
-    "Multimedia Type""HTML:Narrator""HTML:NoMSSmartTags""No MS Smart Tags""HTML:ObjectType"
-    "Object Type""HTML:Originator""HTML:Owner""HTML:PageEnter""Page Enter""HTML:PageExit""Page Exit"
-    "HTML:PageFront""Page Front""HTML:PageNormal""Page Normal""HTML:PageSpecial""Page Special"
-    "HTML:Pages""HTML:Paragraphs""HTML:PicsLabel""Pics Label""HTML:Pragma""HTML:ProdNotes"
-    "Prod Notes""HTML:ProducedDate""Produced Date""HTML:Producer""HTML:ProgID""Prog ID"
-    "HTML:Publisher""HTML:Rating""HTML:RecEngineer""Rec Engineer""HTML:RecLocation""Rec Location"
-    "HTML:Refresh""HTML:Relation""HTML:ReplyTo""Reply To""HTML:ResourceType""Resource Type"
-    "HTML:Revision""HTML:RevisionDate""Revision Date""HTML:RevisionNumber""Revision Number"
-    "HTML:RevisitAfter""Revisit After""HTML:Rights""HTML:Robots""HTML:SetCookie""Set Cookie"
-    "HTML:SetInfo""Set Info""HTML:Sidebars""HTML:SiteEnter""Site Enter""HTML:SiteExit""Site Exit"
-    "HTML:Source""HTML:SourceDate""Source Date""HTML:SourceEdition""Source Edition"
-    "HTML:SourcePublisher""Source Publisher""HTML:SourceRights""Source Rights""HTML:SourceTitle"
-    "Source Title""HTML:Subject""HTML:TOCItems""TOC Items""HTML:Template""HTML:Title"
-    "HTML:TotalEditTime""Total Edit Time""HTML:Type""HTML:Vary""HTML:WindowTarget""Window Target"
-    "HTML:Words""作者""类别""专利拥有者""数字数据产生的日期和时间""关键字""文件改变的日期和时间""来源""主题""标题""Auteur""Catégorie"
-    "Jeu de caractères""Contributeur""Propriétaire du copyright""Couverture"
-    "Date de création des données numériques""Créateur""Fichiers""Bot Google""Identifiant"
-    "Mots-clés""Langage""Date de modification du fichier""Propriétaire""Producteur""Editeur"
-    "Numéro de révision""Droits""Sujet""Titre""Autor""Kategorie""Zeichensatz""Mitwirkender"
-    "Urheberrechtsvermerk""Anwendungsbereich""Digitalisierungsdatum/-uhrzeit""Ersteller""Datum"
-    "Beschreibung""Schlüsselwörter""Sprache""Änderungsdatum""Besitzer""Seiten""Produzent"
-    "Herausgeber""Revisionsdatum""Revisionsnummer""Rechte""Quelle""Themen/Schlüsselwörter""Titel"
-    "Typ""Sommario""Autore""Categoria""Set di caratteri""Caratteri""Caratteri con spazi"
-    "Titolare del copyright""Data di creazione""Creatore""Data""Descrizione""Scade""File""Formato"
-    "Parole chiave""Lingua""Linee""Data modifica""ID programma""Editore""Aggiorna""Relazione"
-    "Rispondi a""Tipo risorsa""Revisione""Data revisione""Numero revisione""Robot""Imposta cookie"
-    "Imposta info""Barre laterali""Origine""Titolo fonte""Soggetto""Modello""Titolo""カテゴリー"
-    "キャラクターセット""版権所有者""デジタルデータ作成日時""製作者""日付""説明""キーワード""ファイル作成日時""ソース""サブジェクト""タイトル""タイプ""Categoría"
-    "Conjunto de Caracteres""Copyright Perfil""Fecha y Hora de Datos Digital""Creador""Fecha"
-    "Descripción""Clave""Idioma""Fecha y Hora de Cambio del Archivo""Propietario""Productor""Editor"
-    "Número Revisión""Fuente""Sujeto""Título""Tipo""ChromaticityChannels""ChromaticityColorant"
-    "ChromaticityChannel1""ChromaticityChannel2""ChromaticityChannel3""ChromaticityChannel4"
-    "ColorantCount""Colorant1Name""Colorant1Coordinates""Colorant2Name""Colorant2Coordinates"
-    "Colorant3Name""Colorant3Coordinates""ProfileCMMType""ProfileVersion""ProfileClass"
-    "ColorSpaceData""ProfileConnectionSpace""ProfileDateTime""ProfileFileSignature""PrimaryPlatform"
-    "CMMFlags""DeviceManufacturer""DeviceModel""DeviceAttributes""RenderingIntent"
-    "ConnectionSpaceIlluminant""ProfileCreator""ProfileID""AToB0""AToB1""AToB2""AToB3""AToM0""BToA0"
-    "BToA1""BToA2""BToA3""BToD0""BToD1""BToD2""BToD3""CXF""DToB0""DToB1""DToB2""DToB3""MToA0""MToB0"
-    "MToB1""MToB2""MToB3""MToS0""MToS1""MToS2""MToS3""WCSProfiles""BRDFAToB0""BRDFAToB1""BRDFAToB2"
-    "BRDFAToB3""BRDFBToA0""BRDFBToA1""BRDFBToA2""BRDFBToA3""BRDFBToD0""BRDFBToD1""BRDFBToD2"
-    "BRDFBToD3""BRDFDToB0""BRDFDToB1""BRDFDToB2""BRDFDToB3""BRDFMToB0""BRDFMToB1""BRDFMToB2"
-    "BRDFMToB3""BRDFMToS0""BRDFMToS1""BRDFMToS2""BRDFMToS3""BlueTRC""BlueMatrixColumn"
-    "BRDFColorimetricParam0""BRDFColorimetricParam1""BRDFColorimetricParam2""BRDFColorimetricParam3"
-    "UCRBG""MediaBlackPoint""BRDFSpectralParam0""BRDFSpectralParam1""BRDFSpectralParam2"
-    "BRDFSpectralParam3""CustomToStandardPcc""CalibrationDateTime""ColorEncodingParams"
-    "ChromaticAdaptation""ColorimetricIntentImageState""ColorantInfoOut""ColorantOrderOut"
-    "ColorantTableOut""ColorantOrder""ProfileCopyright""CRDInfo""ColorSpaceName""DirectionalAToB0"
-    "DirectionalAToB1""DirectionalAToB2""DirectionalAToB3""DirectionalBToA0""DirectionalBToA1"
-    "DirectionalBToA2""DirectionalBToA3""DirectionalBToD0""DirectionalBToD1""DirectionalBToD2"
-    "DirectionalBToD3""DirectionalDToB0""DirectionalDToB1""DirectionalDToB2""DirectionalDToB3"
-    "ProfileDescription""DeviceSettings""DeviceModelDesc""DeviceMfgDesc""ProfileDescriptionML"
-    "FocalPlaneColorimetryEstimates""GreenTRC""GreenMatrixColumn""Gamut""GamutBoundaryDescription0"
-    "GamutBoundaryDescription1""GamutBoundaryDescription2""GamutBoundaryDescription3""GrayTRC"
-    "Luminance""MultiplexTypeArray""MultiplexDefaultValues""MeasurementInputInfo""MeasurementInfo"
-    "MakeAndModel""NamedColor2""NamedColor""NativeDisplayInfo""Preview0""Preview1""Preview2"
-    "PS2RenderingIntent""PostScript2CSA""PostScript2CRD0""PostScript2CRD1""PostScript2CRD2"
-    "PostScript2CRD3""ProfileSequenceDesc""ProfileSequenceIdentifier""ProfileSequenceInfo"
-    "PS2CRDVMSize""RedTRC""RedMatrixColumn""OutputResponse""ReferenceName"
-    "ReflectionHardcopyOrigColorimetry""PerceptualRenderingIntentGamut"
-    "SaturationRenderingIntentGamut""ReflectionPrintOutputColorimetry""StandardToCustomPcc"
-    "SceneAppearanceEstimates""SceneColorimetryEstimates""ScreeningDesc""Screening""SurfaceMap"
-    "SpectralViewingConditions""SpectralWhitePoint""CharTarget""Technology""VideoCardGamma"
-    "ViewingCondDesc""MediaWhitePoint""MeasurementObserver""MeasurementBacking""MeasurementGeometry"
-    "MeasurementFlare""MeasurementIlluminant""CreatorApp""ManufacturerName""MediaColor""MediaWeight"
-    "ViewingCondIlluminant""ViewingCondSurround""ViewingCondIlluminantType""""4d2p""AAMA""ACER"
-    "ACLT""ACTI""ADAR""ADBE""ADI ""AGFA""ALMD""ALPS""ALWN""AMTI""AOC ""APAG""APPL""AST ""AT&T""BAEL"
-    "BRCO""BRKP""BROT""BULL""BUS ""C-IT""CAMR""CANO""CARR""CASI""CBUS""CEL ""CELx""CGS ""CHM ""CIGL"
-    "CITI""CL00""CLIQ""CMCO""CMiX""COLO""COMP""COMp""CONR""CORD""CPQ ""CPRO""CRN ""CTX ""CVIS""CWC "
-    "DARI""DATA""DCP ""DCRC""DELL""DIC ""DICO""DIGI""DL&C""DPLG""DS  ""DSOL""DUPN""EPSO""ESKO""ETRI"
-    "EVER""EXAC""Eizo""FALC""FF  ""FFEI""FNRD""FORA""FORE""FP  ""FPA ""FUJI""FX  ""GCC ""GGSL""GMB "
-    "GMG ""GOLD""GOOG""GPRT""GTMB""GVC ""GW2K""HCI ""HDM ""HERM""HITA""HP  ""HTC ""HiTi""IBM ""IDNT"
-    "IEC ""IIYA""IKEG""IMAG""IMI ""INTC""INTL""INTR""IOCO""IPS ""IRIS""ISL ""ITNL""IVM ""IWAT""Idnt"
-    "Inca""Iris""JPEG""JSFT""JVC ""KART""KFC ""KLH ""KMHD""KNCA""KODA""KYOC""Kart""LCAG""LCCD""LDAK"
-    "LEAD""LEXM""LINK""LINO""LITE""Leaf""Lino""MAGC""MAGI""MANN""MICN""MICR""MICV""MINO""MITS""MITs"
-    "MNLT""MODG""MONI""MONS""MORS""MOTI""MSFT""MUTO""Mits""NANA""NEC ""NEXP""NISS""NKON""NONE""OCE "
-    "OCEC""OKI ""OKID""OKIP""OLIV""OLYM""ONYX""OPTI""PACK""PANA""PANT""PBN ""PFU ""PHIL""PNTX""POne"
-    "PREM""PRIN""PRIP""QLUX""QMS ""QPCD""QUAD""QUME""RADI""RDDx""RDG ""REDM""RELI""RGMS""RICO""RNLD"
-    "ROYA""RPC ""RTL ""SAMP""SAMS""SANT""SCIT""SCRN""SDP ""SEC ""SEIK""SEIk""SGUY""SHAR""SICC""SONY"
-    "SPCL""STAR""STC ""Scit""Sdp ""TALO""TAND""TATU""TAXA""TDS ""TECO""TEGR""TEKT""TI  ""TMKR""TOSB"
-    "TOSH""TOTK""TRIU""TSBT""TTX ""TVM ""TW  ""ULSX""UNIS""UTZF""VARI""VIEW""VISL""VIVO""WANG""WLBR"
-    "WTG2""WYSE""XERX""XRIT""Z123""ZRAN""Zebr""appl""bICC""berg""ceyd""clsp""ds  ""dupn""ffei""flux"
-    "iris""kart""lcms""lino""none""ob4d""obic""quby""scit""scrn""sdp ""siwi""yxym""abst""cenc""link"
-    "mid ""mlnk""mntr""mvis""nkpf""nmcl""prtr""scnr""spac""SGI ""SUNW""TGNT""prmg""AMD ""CRT ""KPCD"
-    "PMD ""dcam""dcpj""dmpc""dsub""epho""esta""flex""fprn""fscn""grav""ijet""imgs""mpfr""mpfs""offs"
-    "pjtv""rpho""rscn""silk""twax""vidc""vidm""ICC_Profile:AToB0""A To B0""ICC_Profile:AToB1"
-    "A To B1""ICC_Profile:AToB2""A To B2""ICC_Profile:AToB3""A To B3""ICC_Profile:AToM0""A To M0"
-    "ICC_Profile:BRDFAToB0""BRDFA To B0""ICC_Profile:BRDFAToB1""BRDFA To B1""ICC_Profile:BRDFAToB2"
-    "BRDFA To B2""ICC_Profile:BRDFAToB3""BRDFA To B3""ICC_Profile:BRDFBToA0""BRDFB To A0"
-    "ICC_Profile:BRDFBToA1""BRDFB To A1""ICC_Profile:BRDFBToA2""BRDFB To A2""ICC_Profile:BRDFBToA3"
-    "BRDFB To A3""ICC_Profile:BRDFBToD0""BRDFB To D0""ICC_Profile:BRDFBToD1""BRDFB To D1"
-    "ICC_Profile:BRDFBToD2""BRDFB To D2""ICC_Profile:BRDFBToD3""BRDFB To D3"
-    "ICC_Profile:BRDFColorimetricParam0""BRDF Colorimetric Param 0"
-    "ICC_Profile:BRDFColorimetricParam1""BRDF Colorimetric Param 1"
-    "ICC_Profile:BRDFColorimetricParam2""BRDF Colorimetric Param 2"
-    "ICC_Profile:BRDFColorimetricParam3""BRDF Colorimetric Param 3""ICC_Profile:BRDFDToB0"
-    "BRDFD To B0""ICC_Profile:BRDFDToB1""BRDFD To B1""ICC_Profile:BRDFDToB2""BRDFD To B2"
-    "ICC_Profile:BRDFDToB3""BRDFD To B3""ICC_Profile:BRDFMToB0""BRDFM To B0""ICC_Profile:BRDFMToB1"
-    "BRDFM To B1""ICC_Profile:BRDFMToB2""BRDFM To B2""ICC_Profile:BRDFMToB3""BRDFM To B3"
-    "ICC_Profile:BRDFMToS0""BRDFM To S0""ICC_Profile:BRDFMToS1""BRDFM To S1""ICC_Profile:BRDFMToS2"
-    "BRDFM To S2""ICC_Profile:BRDFMToS3""BRDFM To S3""ICC_Profile:BRDFSpectralParam0"
-    "BRDF Spectral Param 0""ICC_Profile:BRDFSpectralParam1""BRDF Spectral Param 1"
-    "ICC_Profile:BRDFSpectralParam2""BRDF Spectral Param 2""ICC_Profile:BRDFSpectralParam3"
-    "BRDF Spectral Param 3""ICC_Profile:BToA0""B To A0""ICC_Profile:BToA1""B To A1"
-    "ICC_Profile:BToA2""B To A2""ICC_Profile:BToA3""B To A3""ICC_Profile:BToD0""B To D0"
-    "ICC_Profile:BToD1""B To D1""ICC_Profile:BToD2""B To D2""ICC_Profile:BToD3""B To D3"
-    "ICC_Profile:BlueMatrixColumn""Blue Matrix Column""ICC_Profile:BlueTRC"
-    "Blue Tone Reproduction Curve""ICC_Profile:CMMFlags""CMM Flags""ICC_Profile:CRDInfo""CRD Info"
-    "ICC_Profile:CXF""ICC_Profile:CalibrationDateTime""Calibration Date Time"
-    "ICC_Profile:CharTarget""Char Target""ICC_Profile:ChromaticAdaptation""Chromatic Adaptation"
-    "ICC_Profile:ChromaticityChannel1""Chromaticity Channel 1""ICC_Profile:ChromaticityChannel2"
-    "Chromaticity Channel 2""ICC_Profile:ChromaticityChannel3""Chromaticity Channel 3"
-    "ICC_Profile:ChromaticityChannel4""Chromaticity Channel 4""ICC_Profile:ChromaticityChannels"
-    "Chromaticity Channels""ICC_Profile:ChromaticityColorant""Chromaticity Colorant"
-    "ICC_Profile:ChromaticityColorant:0""Unknown""ICC_Profile:ChromaticityColorant:1""ITU-R BT.709"
-    "ICC_Profile:ChromaticityColorant:2""SMPTE RP145-1994""ICC_Profile:ChromaticityColorant:3"
-    "EBU Tech.3213-E""ICC_Profile:ChromaticityColorant:4""P22""ICC_Profile:ColorEncodingParams"
-    "Color Encoding Params""ICC_Profile:ColorSpaceData""Color Space Data"
-    "ICC_Profile:ColorSpaceName""Color Space Name""ICC_Profile:Colorant1Coordinates"
-    "Colorant 1 Coordinates""ICC_Profile:Colorant1Name""Colorant 1 Name"
-    "ICC_Profile:Colorant2Coordinates""Colorant 2 Coordinates""ICC_Profile:Colorant2Name"
-    "Colorant 2 Name""ICC_Profile:Colorant3Coordinates""Colorant 3 Coordinates"
-    "ICC_Profile:Colorant3Name""Colorant 3 Name""ICC_Profile:ColorantCount""Colorant Count"
-    "ICC_Profile:ColorantInfoOut""Colorant Info Out""ICC_Profile:ColorantOrder""Colorant Order"
-    "ICC_Profile:ColorantOrderOut""Colorant Order Out""ICC_Profile:ColorantTableOut"
-    "Colorant Table Out""ICC_Profile:ColorimetricIntentImageState""Colorimetric Intent Image State"
-    "ICC_Profile:ConnectionSpaceIlluminant""Connection Space Illuminant""ICC_Profile:CreatorApp"
-    "Creator App""ICC_Profile:CustomToStandardPcc""Custom To Standard Pcc""ICC_Profile:DToB0"
-    "D To B0""ICC_Profile:DToB1""D To B1""ICC_Profile:DToB2""D To B2""ICC_Profile:DToB3""D To B3"
-    "ICC_Profile:DeviceAttributes""Device Attributes""ICC_Profile:DeviceManufacturer"
-    "Device Manufacturer""ICC_Profile:DeviceManufacturer:""ICC_Profile:DeviceManufacturer:4d2p"
-    "Erdt Systems GmbH & Co KG""ICC_Profile:DeviceManufacturer:AAMA""Aamazing Technologies, Inc."
-    "ICC_Profile:DeviceManufacturer:ACER""Acer Peripherals""ICC_Profile:DeviceManufacturer:ACLT"
-    "Acolyte Color Research""ICC_Profile:DeviceManufacturer:ACTI""Actix Systems, Inc."
-    "ICC_Profile:DeviceManufacturer:ADAR""Adara Technology, Inc."
-    "ICC_Profile:DeviceManufacturer:ADBE""Adobe Systems Inc.""ICC_Profile:DeviceManufacturer:ADI "
-    "ADI Systems, Inc.""ICC_Profile:DeviceManufacturer:AGFA""Agfa Graphics N.V."
-    "ICC_Profile:DeviceManufacturer:ALMD""Alps Electric USA, Inc."
-    "ICC_Profile:DeviceManufacturer:ALPS""ICC_Profile:DeviceManufacturer:ALWN"
-    "Alwan Color Expertise""ICC_Profile:DeviceManufacturer:AMTI""Amiable Technologies, Inc."
-    "ICC_Profile:DeviceManufacturer:AOC ""AOC International (U.S.A), Ltd."
-    "ICC_Profile:DeviceManufacturer:APAG""Apago""ICC_Profile:DeviceManufacturer:APPL"
-    "Apple Computer Inc.""ICC_Profile:DeviceManufacturer:AST ""AST"
-    "ICC_Profile:DeviceManufacturer:AT&T""AT&T Computer Systems"
-    "ICC_Profile:DeviceManufacturer:BAEL""BARBIERI electronic""ICC_Profile:DeviceManufacturer:BRCO"
-    "Barco NV""ICC_Profile:DeviceManufacturer:BRKP""Breakpoint Pty Limited"
-    "ICC_Profile:DeviceManufacturer:BROT""Brother Industries, LTD"
-    "ICC_Profile:DeviceManufacturer:BULL""Bull""ICC_Profile:DeviceManufacturer:BUS "
-    "Bus Computer Systems""ICC_Profile:DeviceManufacturer:C-IT""C-Itoh"
-    "ICC_Profile:DeviceManufacturer:CAMR""Intel Corporation""ICC_Profile:DeviceManufacturer:CANO"
-    "Canon, Inc. (Canon Development Americas, Inc.)""ICC_Profile:DeviceManufacturer:CARR"
-    "Carroll Touch""ICC_Profile:DeviceManufacturer:CASI""Casio Computer Co., Ltd."
-    "ICC_Profile:DeviceManufacturer:CBUS""Colorbus PL""ICC_Profile:DeviceManufacturer:CEL "
-    "Crossfield""ICC_Profile:DeviceManufacturer:CELx""ICC_Profile:DeviceManufacturer:CGS "
-    "CGS Publishing Technologies International GmbH""ICC_Profile:DeviceManufacturer:CHM "
-    "Rochester Robotics""ICC_Profile:DeviceManufacturer:CIGL""Colour Imaging Group, London"
-    "ICC_Profile:DeviceManufacturer:CITI""Citizen""ICC_Profile:DeviceManufacturer:CL00"
-    "Candela, Ltd.""ICC_Profile:DeviceManufacturer:CLIQ""Color IQ"
-    "ICC_Profile:DeviceManufacturer:CMCO""Chromaco, Inc.""ICC_Profile:DeviceManufacturer:CMiX"
-    "CHROMiX""ICC_Profile:DeviceManufacturer:COLO""Colorgraphic Communications Corporation"
-    "ICC_Profile:DeviceManufacturer:COMP""COMPAQ Computer Corporation"
-    "ICC_Profile:DeviceManufacturer:COMp""Compeq USA/Focus Technology"
-    "ICC_Profile:DeviceManufacturer:CONR""Conrac Display Products"
-    "ICC_Profile:DeviceManufacturer:CORD""Cordata Technologies, Inc."
-    "ICC_Profile:DeviceManufacturer:CPQ ""Compaq Computer Corporation"
-    "ICC_Profile:DeviceManufacturer:CPRO""ColorPro""ICC_Profile:DeviceManufacturer:CRN "
-    "Cornerstone""ICC_Profile:DeviceManufacturer:CTX ""CTX International, Inc."
-    "ICC_Profile:DeviceManufacturer:CVIS""ColorVision""ICC_Profile:DeviceManufacturer:CWC "
-    "Fujitsu Laboratories, Ltd.""ICC_Profile:DeviceManufacturer:DARI""Darius Technology, Ltd."
-    "ICC_Profile:DeviceManufacturer:DATA""Dataproducts""ICC_Profile:DeviceManufacturer:DCP "
-    "Dry Creek Photo""ICC_Profile:DeviceManufacturer:DCRC"
-    "Digital Contents Resource Center, Chung-Ang University""ICC_Profile:DeviceManufacturer:DELL"
-    "Dell Computer Corporation""ICC_Profile:DeviceManufacturer:DIC ""Dainippon Ink and Chemicals"
-    "ICC_Profile:DeviceManufacturer:DICO""Diconix""ICC_Profile:DeviceManufacturer:DIGI"
-    "ICC_Profile:DeviceManufacturer:DL&C""Digital Light & Color"
-    "ICC_Profile:DeviceManufacturer:DPLG""Doppelganger, LLC""ICC_Profile:DeviceManufacturer:DS  "
-    "Dainippon Screen""ICC_Profile:DeviceManufacturer:DSOL""DOOSOL"
-    "ICC_Profile:DeviceManufacturer:DUPN""DuPont""ICC_Profile:DeviceManufacturer:EPSO""Epson"
-    "ICC_Profile:DeviceManufacturer:ESKO""Esko-Graphics""ICC_Profile:DeviceManufacturer:ETRI"
-    "Electronics and Telecommunications Research Institute""ICC_Profile:DeviceManufacturer:EVER"
-    "Everex Systems, Inc.""ICC_Profile:DeviceManufacturer:EXAC""ExactCODE GmbH"
-    "ICC_Profile:DeviceManufacturer:Eizo""EIZO NANAO CORPORATION"
-    "ICC_Profile:DeviceManufacturer:FALC""Falco Data Products, Inc."
-    "ICC_Profile:DeviceManufacturer:FF  ""Fuji Photo Film Co.,LTD"
-    "ICC_Profile:DeviceManufacturer:FFEI""FujiFilm Electronic Imaging, Ltd."
-    "ICC_Profile:DeviceManufacturer:FNRD""fnord software""ICC_Profile:DeviceManufacturer:FORA"
-    "Fora, Inc.""ICC_Profile:DeviceManufacturer:FORE""Forefront Technology Corporation"
-    "ICC_Profile:DeviceManufacturer:FP  ""Fujitsu""ICC_Profile:DeviceManufacturer:FPA "
-    "WayTech Development, Inc.""ICC_Profile:DeviceManufacturer:FUJI"
-    "ICC_Profile:DeviceManufacturer:FX  ""Fuji Xerox Co., Ltd.""ICC_Profile:DeviceManufacturer:GCC "
-    "GCC Technologies, Inc.""ICC_Profile:DeviceManufacturer:GGSL""Global Graphics Software Limited"
-    "ICC_Profile:DeviceManufacturer:GMB ""Gretagmacbeth""ICC_Profile:DeviceManufacturer:GMG "
-    "GMG GmbH & Co. KG""ICC_Profile:DeviceManufacturer:GOLD""GoldStar Technology, Inc."
-    "ICC_Profile:DeviceManufacturer:GOOG""Google""ICC_Profile:DeviceManufacturer:GPRT"
-    "Giantprint Pty Ltd""ICC_Profile:DeviceManufacturer:GTMB""ICC_Profile:DeviceManufacturer:GVC "
-    "ICC_Profile:DeviceManufacturer:GW2K""Sony Corporation""ICC_Profile:DeviceManufacturer:HCI "
-    "HCI""ICC_Profile:DeviceManufacturer:HDM ""Heidelberger Druckmaschinen AG"
-    "ICC_Profile:DeviceManufacturer:HERM""Hermes""ICC_Profile:DeviceManufacturer:HITA"
-    "Hitachi America, Ltd.""ICC_Profile:DeviceManufacturer:HP  ""Hewlett-Packard"
-    "ICC_Profile:DeviceManufacturer:HTC ""Hitachi, Ltd.""ICC_Profile:DeviceManufacturer:HiTi"
-    "HiTi Digital, Inc.""ICC_Profile:DeviceManufacturer:IBM ""IBM Corporation"
-    "ICC_Profile:DeviceManufacturer:IDNT""Scitex Corporation, Ltd."
-    "ICC_Profile:DeviceManufacturer:IEC ""ICC_Profile:DeviceManufacturer:IIYA"
-    "Iiyama North America, Inc.""ICC_Profile:DeviceManufacturer:IKEG""Ikegami Electronics, Inc."
-    "ICC_Profile:DeviceManufacturer:IMAG""Image Systems Corporation"
-    "ICC_Profile:DeviceManufacturer:IMI ""Ingram Micro, Inc.""ICC_Profile:DeviceManufacturer:INTC"
-    "ICC_Profile:DeviceManufacturer:INTL""N/A (INTL)""ICC_Profile:DeviceManufacturer:INTR"
-    "Intra Electronics USA, Inc.""ICC_Profile:DeviceManufacturer:IOCO"
-    "Iocomm International Technology Corporation""ICC_Profile:DeviceManufacturer:IPS "
-    "InfoPrint Solutions Company""ICC_Profile:DeviceManufacturer:IRIS"
-    "ICC_Profile:DeviceManufacturer:ISL ""Ichikawa Soft Laboratory"
-    "ICC_Profile:DeviceManufacturer:ITNL""N/A (ITNL)""ICC_Profile:DeviceManufacturer:IVM ""IVM"
-    "ICC_Profile:DeviceManufacturer:IWAT""Iwatsu Electric Co., Ltd."
-    "ICC_Profile:DeviceManufacturer:Idnt""ICC_Profile:DeviceManufacturer:Inca"
-    "Inca Digital Printers Ltd.""ICC_Profile:DeviceManufacturer:Iris"
-    "ICC_Profile:DeviceManufacturer:JPEG""Joint Photographic Experts Group"
-    "ICC_Profile:DeviceManufacturer:JSFT""Jetsoft Development""ICC_Profile:DeviceManufacturer:JVC "
-    "JVC Information Products Co.""ICC_Profile:DeviceManufacturer:KART"
-    "ICC_Profile:DeviceManufacturer:KFC ""KFC Computek Components Corporation"
-    "ICC_Profile:DeviceManufacturer:KLH ""KLH Computers""ICC_Profile:DeviceManufacturer:KMHD"
-    "Konica Minolta Holdings, Inc.""ICC_Profile:DeviceManufacturer:KNCA""Konica Corporation"
-    "ICC_Profile:DeviceManufacturer:KODA""Kodak""ICC_Profile:DeviceManufacturer:KYOC""Kyocera"
-    "ICC_Profile:DeviceManufacturer:Kart""ICC_Profile:DeviceManufacturer:LCAG""Leica Camera AG"
-    "ICC_Profile:DeviceManufacturer:LCCD""Leeds Colour""ICC_Profile:DeviceManufacturer:LDAK"
-    "Left Dakota""ICC_Profile:DeviceManufacturer:LEAD""Leading Technology, Inc."
-    "ICC_Profile:DeviceManufacturer:LEXM""Lexmark International, Inc."
-    "ICC_Profile:DeviceManufacturer:LINK""Link Computer, Inc.""ICC_Profile:DeviceManufacturer:LINO"
-    "Linotronic""ICC_Profile:DeviceManufacturer:LITE""Lite-On, Inc."
-    "ICC_Profile:DeviceManufacturer:Leaf""ICC_Profile:DeviceManufacturer:Lino"
-    "ICC_Profile:DeviceManufacturer:MAGC""Mag Computronic (USA) Inc."
-    "ICC_Profile:DeviceManufacturer:MAGI""MAG Innovision, Inc.""ICC_Profile:DeviceManufacturer:MANN"
-    "Mannesmann""ICC_Profile:DeviceManufacturer:MICN""Micron Technology, Inc."
-    "ICC_Profile:DeviceManufacturer:MICR""Microtek""ICC_Profile:DeviceManufacturer:MICV"
-    "Microvitec, Inc.""ICC_Profile:DeviceManufacturer:MINO""Minolta"
-    "ICC_Profile:DeviceManufacturer:MITS""Mitsubishi Electronics America, Inc."
-    "ICC_Profile:DeviceManufacturer:MITs""Mitsuba Corporation""ICC_Profile:DeviceManufacturer:MNLT"
-    "ICC_Profile:DeviceManufacturer:MODG""Modgraph, Inc.""ICC_Profile:DeviceManufacturer:MONI"
-    "Monitronix, Inc.""ICC_Profile:DeviceManufacturer:MONS""Monaco Systems Inc."
-    "ICC_Profile:DeviceManufacturer:MORS""Morse Technology, Inc."
-    "ICC_Profile:DeviceManufacturer:MOTI""Motive Systems""ICC_Profile:DeviceManufacturer:MSFT"
-    "Microsoft Corporation""ICC_Profile:DeviceManufacturer:MUTO""MUTOH INDUSTRIES LTD."
-    "ICC_Profile:DeviceManufacturer:Mits""Mitsubishi Electric Corporation Kyoto Works"
-    "ICC_Profile:DeviceManufacturer:NANA""NANAO USA Corporation"
-    "ICC_Profile:DeviceManufacturer:NEC ""NEC Corporation""ICC_Profile:DeviceManufacturer:NEXP"
-    "NexPress Solutions LLC""ICC_Profile:DeviceManufacturer:NISS""Nissei Sangyo America, Ltd."
-    "ICC_Profile:DeviceManufacturer:NKON""Nikon Corporation""ICC_Profile:DeviceManufacturer:NONE"
-    "ICC_Profile:DeviceManufacturer:OCE ""Oce Technologies B.V."
-    "ICC_Profile:DeviceManufacturer:OCEC""OceColor""ICC_Profile:DeviceManufacturer:OKI ""Oki"
-    "ICC_Profile:DeviceManufacturer:OKID""Okidata""ICC_Profile:DeviceManufacturer:OKIP"
-    "ICC_Profile:DeviceManufacturer:OLIV""Olivetti""ICC_Profile:DeviceManufacturer:OLYM"
-    "OLYMPUS OPTICAL CO., LTD""ICC_Profile:DeviceManufacturer:ONYX""Onyx Graphics"
-    "ICC_Profile:DeviceManufacturer:OPTI""Optiquest""ICC_Profile:DeviceManufacturer:PACK"
-    "Packard Bell""ICC_Profile:DeviceManufacturer:PANA""Matsushita Electric Industrial Co., Ltd."
-    "ICC_Profile:DeviceManufacturer:PANT""Pantone, Inc.""ICC_Profile:DeviceManufacturer:PBN "
-    "ICC_Profile:DeviceManufacturer:PFU ""PFU Limited""ICC_Profile:DeviceManufacturer:PHIL"
-    "Philips Consumer Electronics Co.""ICC_Profile:DeviceManufacturer:PNTX"
-    "HOYA Corporation PENTAX Imaging Systems Division""ICC_Profile:DeviceManufacturer:POne"
-    "Phase One A/S""ICC_Profile:DeviceManufacturer:PREM""Premier Computer Innovations"
-    "ICC_Profile:DeviceManufacturer:PRIN""Princeton Graphic Systems"
-    "ICC_Profile:DeviceManufacturer:PRIP""Princeton Publishing Labs"
-    "ICC_Profile:DeviceManufacturer:QLUX""Hong Kong""ICC_Profile:DeviceManufacturer:QMS ""QMS, Inc."
-    "ICC_Profile:DeviceManufacturer:QPCD""QPcard AB""ICC_Profile:DeviceManufacturer:QUAD""QuadLaser"
-    "ICC_Profile:DeviceManufacturer:QUME""Qume Corporation""ICC_Profile:DeviceManufacturer:RADI"
-    "Radius, Inc.""ICC_Profile:DeviceManufacturer:RDDx""Integrated Color Solutions, Inc."
-    "ICC_Profile:DeviceManufacturer:RDG ""Roland DG Corporation"
-    "ICC_Profile:DeviceManufacturer:REDM""REDMS Group, Inc.""ICC_Profile:DeviceManufacturer:RELI"
-    "Relisys""ICC_Profile:DeviceManufacturer:RGMS""Rolf Gierling Multitools"
-    "ICC_Profile:DeviceManufacturer:RICO""Ricoh Corporation""ICC_Profile:DeviceManufacturer:RNLD"
-    "Edmund Ronald""ICC_Profile:DeviceManufacturer:ROYA""Royal""ICC_Profile:DeviceManufacturer:RPC "
-    "Ricoh Printing Systems,Ltd.""ICC_Profile:DeviceManufacturer:RTL "
-    "Royal Information Electronics Co., Ltd.""ICC_Profile:DeviceManufacturer:SAMP"
-    "Sampo Corporation of America""ICC_Profile:DeviceManufacturer:SAMS""Samsung, Inc."
-    "ICC_Profile:DeviceManufacturer:SANT""Jaime Santana Pomares"
-    "ICC_Profile:DeviceManufacturer:SCIT""ICC_Profile:DeviceManufacturer:SCRN"
-    "ICC_Profile:DeviceManufacturer:SDP ""ICC_Profile:DeviceManufacturer:SEC "
-    "SAMSUNG ELECTRONICS CO.,LTD""ICC_Profile:DeviceManufacturer:SEIK"
-    "Seiko Instruments U.S.A., Inc.""ICC_Profile:DeviceManufacturer:SEIk""Seikosha"
-    "ICC_Profile:DeviceManufacturer:SGUY""ScanGuy.com""ICC_Profile:DeviceManufacturer:SHAR"
-    "Sharp Laboratories""ICC_Profile:DeviceManufacturer:SICC""International Color Consortium"
-    "ICC_Profile:DeviceManufacturer:SONY""SONY Corporation""ICC_Profile:DeviceManufacturer:SPCL"
-    "SpectraCal""ICC_Profile:DeviceManufacturer:STAR""Star""ICC_Profile:DeviceManufacturer:STC "
-    "Sampo Technology Corporation""ICC_Profile:DeviceManufacturer:Scit"
-    "ICC_Profile:DeviceManufacturer:Sdp ""ICC_Profile:DeviceManufacturer:Sony"
-    "ICC_Profile:DeviceManufacturer:TALO""Talon Technology Corporation"
-    "ICC_Profile:DeviceManufacturer:TAND""Tandy""ICC_Profile:DeviceManufacturer:TATU"
-    "Tatung Co. of America, Inc.""ICC_Profile:DeviceManufacturer:TAXA""TAXAN America, Inc."
-    "ICC_Profile:DeviceManufacturer:TDS ""Tokyo Denshi Sekei K.K."
-    "ICC_Profile:DeviceManufacturer:TECO""TECO Information Systems, Inc."
-    "ICC_Profile:DeviceManufacturer:TEGR""Tegra""ICC_Profile:DeviceManufacturer:TEKT"
-    "Tektronix, Inc.""ICC_Profile:DeviceManufacturer:TI  ""Texas Instruments"
-    "ICC_Profile:DeviceManufacturer:TMKR""TypeMaker Ltd.""ICC_Profile:DeviceManufacturer:TOSB"
-    "TOSHIBA corp.""ICC_Profile:DeviceManufacturer:TOSH""Toshiba, Inc."
-    "ICC_Profile:DeviceManufacturer:TOTK""TOTOKU ELECTRIC Co., LTD"
-    "ICC_Profile:DeviceManufacturer:TRIU""Triumph""ICC_Profile:DeviceManufacturer:TSBT"
-    "TOSHIBA TEC CORPORATION""ICC_Profile:DeviceManufacturer:TTX ""TTX Computer Products, Inc."
-    "ICC_Profile:DeviceManufacturer:TVM ""TVM Professional Monitor Corporation"
-    "ICC_Profile:DeviceManufacturer:TW  ""TW Casper Corporation"
-    "ICC_Profile:DeviceManufacturer:ULSX""Ulead Systems""ICC_Profile:DeviceManufacturer:UNIS"
-    "Unisys""ICC_Profile:DeviceManufacturer:UTZF""Utz Fehlau & Sohn"
-    "ICC_Profile:DeviceManufacturer:VARI""Varityper""ICC_Profile:DeviceManufacturer:VIEW""Viewsonic"
-    "ICC_Profile:DeviceManufacturer:VISL""Visual communication""ICC_Profile:DeviceManufacturer:VIVO"
-    "Vivo Mobile Communication Co., Ltd""ICC_Profile:DeviceManufacturer:WANG""Wang"
-    "ICC_Profile:DeviceManufacturer:WLBR""Wilbur Imaging""ICC_Profile:DeviceManufacturer:WTG2"
-    "Ware To Go""ICC_Profile:DeviceManufacturer:WYSE""WYSE Technology"
-    "ICC_Profile:DeviceManufacturer:XERX""Xerox Corporation""ICC_Profile:DeviceManufacturer:XRIT"
-    "X-Rite""ICC_Profile:DeviceManufacturer:Z123""Lavanya's test Company"
-    "ICC_Profile:DeviceManufacturer:ZRAN""Zoran Corporation""ICC_Profile:DeviceManufacturer:Zebr"
-    "Zebra Technologies Inc""ICC_Profile:DeviceManufacturer:appl"
-    "ICC_Profile:DeviceManufacturer:bICC""basICColor GmbH""ICC_Profile:DeviceManufacturer:berg"
-    "bergdesign incorporated""ICC_Profile:DeviceManufacturer:ceyd"
-    "ICC_Profile:DeviceManufacturer:clsp""MacDermid ColorSpan, Inc."
-    "ICC_Profile:DeviceManufacturer:ds  ""ICC_Profile:DeviceManufacturer:dupn"
-    "ICC_Profile:DeviceManufacturer:ffei""ICC_Profile:DeviceManufacturer:flux""FluxData Corporation"
-    "ICC_Profile:DeviceManufacturer:iris""ICC_Profile:DeviceManufacturer:kart"
-    "ICC_Profile:DeviceManufacturer:lcms""Little CMS""ICC_Profile:DeviceManufacturer:lino"
-    "ICC_Profile:DeviceManufacturer:none""ICC_Profile:DeviceManufacturer:ob4d"
-    "ICC_Profile:DeviceManufacturer:obic""Medigraph GmbH""ICC_Profile:DeviceManufacturer:quby"
-    "Qubyx Sarl""ICC_Profile:DeviceManufacturer:scit""ICC_Profile:DeviceManufacturer:scrn"
-    "ICC_Profile:DeviceManufacturer:sdp ""ICC_Profile:DeviceManufacturer:siwi"
-    "SIWI GRAFIKA CORPORATION""ICC_Profile:DeviceManufacturer:yxym""YxyMaster GmbH"
-    "ICC_Profile:DeviceMfgDesc""Device Mfg Desc""ICC_Profile:DeviceModel""Device Model"
-    "ICC_Profile:DeviceModelDesc""Device Model Desc""ICC_Profile:DeviceSettings""Device Settings"
-    "ICC_Profile:DirectionalAToB0""Directional A To B0""ICC_Profile:DirectionalAToB1"
-    "Directional A To B1""ICC_Profile:DirectionalAToB2""Directional A To B2"
-    "ICC_Profile:DirectionalAToB3""Directional A To B3""ICC_Profile:DirectionalBToA0"
-    "Directional B To A0""ICC_Profile:DirectionalBToA1""Directional B To A1"
-    "ICC_Profile:DirectionalBToA2""Directional B To A2""ICC_Profile:DirectionalBToA3"
-    "Directional B To A3""ICC_Profile:DirectionalBToD0""Directional B To D0"
-    "ICC_Profile:DirectionalBToD1""Directional B To D1""ICC_Profile:DirectionalBToD2"
-    "Directional B To D2""ICC_Profile:DirectionalBToD3""Directional B To D3"
-    "ICC_Profile:DirectionalDToB0""Directional D To B0""ICC_Profile:DirectionalDToB1"
-    "Directional D To B1""ICC_Profile:DirectionalDToB2""Directional D To B2"
-    "ICC_Profile:DirectionalDToB3""Directional D To B3""ICC_Profile:FocalPlaneColorimetryEstimates"
-    "Focal Plane Colorimetry Estimates""ICC_Profile:Gamut""ICC_Profile:GamutBoundaryDescription0"
-    "Gamut Boundary Description 0""ICC_Profile:GamutBoundaryDescription1"
-    "Gamut Boundary Description 1""ICC_Profile:GamutBoundaryDescription2"
-    "Gamut Boundary Description 2""ICC_Profile:GamutBoundaryDescription3"
-    "Gamut Boundary Description 3""ICC_Profile:GrayTRC""Gray Tone Reproduction Curve"
-    "ICC_Profile:GreenMatrixColumn""Green Matrix Column""ICC_Profile:GreenTRC"
-    "Green Tone Reproduction Curve""ICC_Profile:ICC_Profile""ICC_Profile:Luminance"
-    "ICC_Profile:MToA0""M To A0""ICC_Profile:MToB0""M To B0""ICC_Profile:MToB1""M To B1"
-    "ICC_Profile:MToB2""M To B2""ICC_Profile:MToB3""M To B3""ICC_Profile:MToS0""M To S0"
-    "ICC_Profile:MToS1""M To S1""ICC_Profile:MToS2""M To S2""ICC_Profile:MToS3""M To S3"
-    "ICC_Profile:MakeAndModel""Make And Model""ICC_Profile:ManufacturerName""Manufacturer Name"
-    "ICC_Profile:MeasurementBacking""Measurement Backing""ICC_Profile:MeasurementFlare"
-    "Measurement Flare""ICC_Profile:MeasurementGeometry""Measurement Geometry"
-    "ICC_Profile:MeasurementGeometry:0""ICC_Profile:MeasurementGeometry:1""0/45 or 45/0"
-    "ICC_Profile:MeasurementGeometry:2""0/d or d/0""ICC_Profile:MeasurementIlluminant"
-    "Measurement Illuminant""ICC_Profile:MeasurementIlluminant:1""D50"
-    "ICC_Profile:MeasurementIlluminant:2""D65""ICC_Profile:MeasurementIlluminant:3""D93"
-    "ICC_Profile:MeasurementIlluminant:4""F2""ICC_Profile:MeasurementIlluminant:5""D55"
-    "ICC_Profile:MeasurementIlluminant:6""ICC_Profile:MeasurementIlluminant:7""Equi-Power (E)"
-    "ICC_Profile:MeasurementIlluminant:8""F8""ICC_Profile:MeasurementInfo""Measurement Info"
-    "ICC_Profile:MeasurementInputInfo""Measurement Input Info""ICC_Profile:MeasurementObserver"
-    "Measurement Observer""ICC_Profile:MeasurementObserver:1""CIE 1931"
-    "ICC_Profile:MeasurementObserver:2""CIE 1964""ICC_Profile:MediaBlackPoint""Media Black Point"
-    "ICC_Profile:MediaColor""Media Color""ICC_Profile:MediaWeight""Media Weight"
-    "ICC_Profile:MediaWhitePoint""Media White Point""ICC_Profile:MultiplexDefaultValues"
-    "Multiplex Default Values""ICC_Profile:MultiplexTypeArray""Multiplex Type Array"
-    "ICC_Profile:NamedColor""Named Color""ICC_Profile:NamedColor2""Named Color 2"
-    "ICC_Profile:NativeDisplayInfo""Native Display Info""ICC_Profile:OutputResponse"
-    "Output Response""ICC_Profile:PS2CRDVMSize""PS2 CRDVM Size""ICC_Profile:PS2RenderingIntent"
-    "PS2 Rendering Intent""ICC_Profile:PerceptualRenderingIntentGamut"
-    "Perceptual Rendering Intent Gamut""ICC_Profile:PerceptualRenderingIntentGamut:prmg"
-    "Perceptual Reference Medium Gamut""ICC_Profile:PostScript2CRD0""Post Script 2 CRD0"
-    "ICC_Profile:PostScript2CRD1""Post Script 2 CRD1""ICC_Profile:PostScript2CRD2"
-    "Post Script 2 CRD2""ICC_Profile:PostScript2CRD3""Post Script 2 CRD3"
-    "ICC_Profile:PostScript2CSA""Post Script 2 CSA""ICC_Profile:Preview0""Preview 0"
-    "ICC_Profile:Preview1""Preview 1""ICC_Profile:Preview2""Preview 2""ICC_Profile:PrimaryPlatform"
-    "Primary Platform""ICC_Profile:PrimaryPlatform:APPL""ICC_Profile:PrimaryPlatform:MSFT"
-    "ICC_Profile:PrimaryPlatform:SGI ""Silicon Graphics Inc.""ICC_Profile:PrimaryPlatform:SUNW"
-    "Sun Microsystems Inc.""ICC_Profile:PrimaryPlatform:TGNT""Taligent Inc."
-    "ICC_Profile:ProfileCMMType""Profile CMM Type""ICC_Profile:ProfileCMMType:"
-    "ICC_Profile:ProfileCMMType:4d2p""ICC_Profile:ProfileCMMType:AAMA"
-    "ICC_Profile:ProfileCMMType:ACER""ICC_Profile:ProfileCMMType:ACLT"
-    "ICC_Profile:ProfileCMMType:ACTI""ICC_Profile:ProfileCMMType:ADAR"
-    "ICC_Profile:ProfileCMMType:ADBE""ICC_Profile:ProfileCMMType:ADI "
-    "ICC_Profile:ProfileCMMType:AGFA""ICC_Profile:ProfileCMMType:ALMD"
-    "ICC_Profile:ProfileCMMType:ALPS""ICC_Profile:ProfileCMMType:ALWN"
-    "ICC_Profile:ProfileCMMType:AMTI""ICC_Profile:ProfileCMMType:AOC "
-    "ICC_Profile:ProfileCMMType:APAG""ICC_Profile:ProfileCMMType:APPL"
-    "ICC_Profile:ProfileCMMType:AST ""ICC_Profile:ProfileCMMType:AT&T"
-    "ICC_Profile:ProfileCMMType:BAEL""ICC_Profile:ProfileCMMType:BRCO"
-    "ICC_Profile:ProfileCMMType:BRKP""ICC_Profile:ProfileCMMType:BROT"
-    "ICC_Profile:ProfileCMMType:BULL""ICC_Profile:ProfileCMMType:BUS "
-    "ICC_Profile:ProfileCMMType:C-IT""ICC_Profile:ProfileCMMType:CAMR"
-    "ICC_Profile:ProfileCMMType:CANO""ICC_Profile:ProfileCMMType:CARR"
-    "ICC_Profile:ProfileCMMType:CASI""ICC_Profile:ProfileCMMType:CBUS"
-    "ICC_Profile:ProfileCMMType:CEL ""ICC_Profile:ProfileCMMType:CELx"
-    "ICC_Profile:ProfileCMMType:CGS ""ICC_Profile:ProfileCMMType:CHM "
-    "ICC_Profile:ProfileCMMType:CIGL""ICC_Profile:ProfileCMMType:CITI"
-    "ICC_Profile:ProfileCMMType:CL00""ICC_Profile:ProfileCMMType:CLIQ"
-    "ICC_Profile:ProfileCMMType:CMCO""ICC_Profile:ProfileCMMType:CMiX"
-    "ICC_Profile:ProfileCMMType:COLO""ICC_Profile:ProfileCMMType:COMP"
-    "ICC_Profile:ProfileCMMType:COMp""ICC_Profile:ProfileCMMType:CONR"
-    "ICC_Profile:ProfileCMMType:CORD""ICC_Profile:ProfileCMMType:CPQ "
-    "ICC_Profile:ProfileCMMType:CPRO""ICC_Profile:ProfileCMMType:CRN "
-    "ICC_Profile:ProfileCMMType:CTX ""ICC_Profile:ProfileCMMType:CVIS"
-    "ICC_Profile:ProfileCMMType:CWC ""ICC_Profile:ProfileCMMType:DARI"
-    "ICC_Profile:ProfileCMMType:DATA""ICC_Profile:ProfileCMMType:DCP "
-    "ICC_Profile:ProfileCMMType:DCRC""ICC_Profile:ProfileCMMType:DELL"
-    "ICC_Profile:ProfileCMMType:DIC ""ICC_Profile:ProfileCMMType:DICO"
-    "ICC_Profile:ProfileCMMType:DIGI""ICC_Profile:ProfileCMMType:DL&C"
-    "ICC_Profile:ProfileCMMType:DPLG""ICC_Profile:ProfileCMMType:DS  "
-    "ICC_Profile:ProfileCMMType:DSOL""ICC_Profile:ProfileCMMType:DUPN"
-    "ICC_Profile:ProfileCMMType:EPSO""ICC_Profile:ProfileCMMType:ESKO"
-    "ICC_Profile:ProfileCMMType:ETRI""ICC_Profile:ProfileCMMType:EVER"
-    "ICC_Profile:ProfileCMMType:EXAC""ICC_Profile:ProfileCMMType:Eizo"
-    "ICC_Profile:ProfileCMMType:FALC""ICC_Profile:ProfileCMMType:FF  "
-    "ICC_Profile:ProfileCMMType:FFEI""ICC_Profile:ProfileCMMType:FNRD"
-    "ICC_Profile:ProfileCMMType:FORA""ICC_Profile:ProfileCMMType:FORE"
-    "ICC_Profile:ProfileCMMType:FP  ""ICC_Profile:ProfileCMMType:FPA "
-    "ICC_Profile:ProfileCMMType:FUJI""ICC_Profile:ProfileCMMType:FX  "
-    "ICC_Profile:ProfileCMMType:GCC ""ICC_Profile:ProfileCMMType:GGSL"
-    "ICC_Profile:ProfileCMMType:GMB ""ICC_Profile:ProfileCMMType:GMG "
-    "ICC_Profile:ProfileCMMType:GOLD""ICC_Profile:ProfileCMMType:GOOG"
-    "ICC_Profile:ProfileCMMType:GPRT""ICC_Profile:ProfileCMMType:GTMB"
-    "ICC_Profile:ProfileCMMType:GVC ""ICC_Profile:ProfileCMMType:GW2K"
-    "ICC_Profile:ProfileCMMType:HCI ""ICC_Profile:ProfileCMMType:HDM "
-    "ICC_Profile:ProfileCMMType:HERM""ICC_Profile:ProfileCMMType:HITA"
-    "ICC_Profile:ProfileCMMType:HP  ""ICC_Profile:ProfileCMMType:HTC "
-    "ICC_Profile:ProfileCMMType:HiTi""ICC_Profile:ProfileCMMType:IBM "
-    "ICC_Profile:ProfileCMMType:IDNT""ICC_Profile:ProfileCMMType:IEC "
-    "ICC_Profile:ProfileCMMType:IIYA""ICC_Profile:ProfileCMMType:IKEG"
-    "ICC_Profile:ProfileCMMType:IMAG""ICC_Profile:ProfileCMMType:IMI "
-    "ICC_Profile:ProfileCMMType:INTC""ICC_Profile:ProfileCMMType:INTL"
-    "ICC_Profile:ProfileCMMType:INTR""ICC_Profile:ProfileCMMType:IOCO"
-    "ICC_Profile:ProfileCMMType:IPS ""ICC_Profile:ProfileCMMType:IRIS"
-    "ICC_Profile:ProfileCMMType:ISL ""ICC_Profile:ProfileCMMType:ITNL"
-    "ICC_Profile:ProfileCMMType:IVM ""ICC_Profile:ProfileCMMType:IWAT"
-    "ICC_Profile:ProfileCMMType:Idnt""ICC_Profile:ProfileCMMType:Inca"
-    "ICC_Profile:ProfileCMMType:Iris""ICC_Profile:ProfileCMMType:JPEG"
-    "ICC_Profile:ProfileCMMType:JSFT""ICC_Profile:ProfileCMMType:JVC "
-    "ICC_Profile:ProfileCMMType:KART""ICC_Profile:ProfileCMMType:KFC "
-    "ICC_Profile:ProfileCMMType:KLH ""ICC_Profile:ProfileCMMType:KMHD"
-    "ICC_Profile:ProfileCMMType:KNCA""ICC_Profile:ProfileCMMType:KODA"
-    "ICC_Profile:ProfileCMMType:KYOC""ICC_Profile:ProfileCMMType:Kart"
-    "ICC_Profile:ProfileCMMType:LCAG""ICC_Profile:ProfileCMMType:LCCD"
-    "ICC_Profile:ProfileCMMType:LDAK""ICC_Profile:ProfileCMMType:LEAD"
-    "ICC_Profile:ProfileCMMType:LEXM""ICC_Profile:ProfileCMMType:LINK"
-    "ICC_Profile:ProfileCMMType:LINO""ICC_Profile:ProfileCMMType:LITE"
-    "ICC_Profile:ProfileCMMType:Leaf""ICC_Profile:ProfileCMMType:Lino"
-    "ICC_Profile:ProfileCMMType:MAGC""ICC_Profile:ProfileCMMType:MAGI"
-    "ICC_Profile:ProfileCMMType:MANN""ICC_Profile:ProfileCMMType:MICN"
-    "ICC_Profile:ProfileCMMType:MICR""ICC_Profile:ProfileCMMType:MICV"
-    "ICC_Profile:ProfileCMMType:MINO""ICC_Profile:ProfileCMMType:MITS"
-    "ICC_Profile:ProfileCMMType:MITs""ICC_Profile:ProfileCMMType:MNLT"
-    "ICC_Profile:ProfileCMMType:MODG""ICC_Profile:ProfileCMMType:MONI"
-    "ICC_Profile:ProfileCMMType:MONS""ICC_Profile:ProfileCMMType:MORS"
-    "ICC_Profile:ProfileCMMType:MOTI""ICC_Profile:ProfileCMMType:MSFT"
-    "ICC_Profile:ProfileCMMType:MUTO""ICC_Profile:ProfileCMMType:Mits"
-    "ICC_Profile:ProfileCMMType:NANA""ICC_Profile:ProfileCMMType:NEC "
-    "ICC_Profile:ProfileCMMType:NEXP""ICC_Profile:ProfileCMMType:NISS"
-    "ICC_Profile:ProfileCMMType:NKON""ICC_Profile:ProfileCMMType:NONE"
-    "ICC_Profile:ProfileCMMType:OCE ""ICC_Profile:ProfileCMMType:OCEC"
-    "ICC_Profile:ProfileCMMType:OKI ""ICC_Profile:ProfileCMMType:OKID"
-    "ICC_Profile:ProfileCMMType:OKIP""ICC_Profile:ProfileCMMType:OLIV"
-    "ICC_Profile:ProfileCMMType:OLYM""ICC_Profile:ProfileCMMType:ONYX"
-    "ICC_Profile:ProfileCMMType:OPTI""ICC_Profile:ProfileCMMType:PACK"
-    "ICC_Profile:ProfileCMMType:PANA""ICC_Profile:ProfileCMMType:PANT"
-    "ICC_Profile:ProfileCMMType:PBN ""ICC_Profile:ProfileCMMType:PFU "
-    "ICC_Profile:ProfileCMMType:PHIL""ICC_Profile:ProfileCMMType:PNTX"
-    "ICC_Profile:ProfileCMMType:POne""ICC_Profile:ProfileCMMType:PREM"
-    "ICC_Profile:ProfileCMMType:PRIN""ICC_Profile:ProfileCMMType:PRIP"
-    "ICC_Profile:ProfileCMMType:QLUX""ICC_Profile:ProfileCMMType:QMS "
-    "ICC_Profile:ProfileCMMType:QPCD""ICC_Profile:ProfileCMMType:QUAD"
-    "ICC_Profile:ProfileCMMType:QUME""ICC_Profile:ProfileCMMType:RADI"
-    "ICC_Profile:ProfileCMMType:RDDx""ICC_Profile:ProfileCMMType:RDG "
-    "ICC_Profile:ProfileCMMType:REDM""ICC_Profile:ProfileCMMType:RELI"
-    "ICC_Profile:ProfileCMMType:RGMS""ICC_Profile:ProfileCMMType:RICO"
-    "ICC_Profile:ProfileCMMType:RNLD""ICC_Profile:ProfileCMMType:ROYA"
-    "ICC_Profile:ProfileCMMType:RPC ""ICC_Profile:ProfileCMMType:RTL "
-    "ICC_Profile:ProfileCMMType:SAMP""ICC_Profile:ProfileCMMType:SAMS"
-    "ICC_Profile:ProfileCMMType:SANT""ICC_Profile:ProfileCMMType:SCIT"
-    "ICC_Profile:ProfileCMMType:SCRN""ICC_Profile:ProfileCMMType:SDP "
-    "ICC_Profile:ProfileCMMType:SEC ""ICC_Profile:ProfileCMMType:SEIK"
-    "ICC_Profile:ProfileCMMType:SEIk""ICC_Profile:ProfileCMMType:SGUY"
-    "ICC_Profile:ProfileCMMType:SHAR""ICC_Profile:ProfileCMMType:SICC"
-    "ICC_Profile:ProfileCMMType:SONY""ICC_Profile:ProfileCMMType:SPCL"
-    "ICC_Profile:ProfileCMMType:STAR""ICC_Profile:ProfileCMMType:STC "
-    "ICC_Profile:ProfileCMMType:Scit""ICC_Profile:ProfileCMMType:Sdp "
-    "ICC_Profile:ProfileCMMType:Sony""ICC_Profile:ProfileCMMType:TALO"
-    "ICC_Profile:ProfileCMMType:TAND""ICC_Profile:ProfileCMMType:TATU"
-    "ICC_Profile:ProfileCMMType:TAXA""ICC_Profile:ProfileCMMType:TDS "
-    "ICC_Profile:ProfileCMMType:TECO""ICC_Profile:ProfileCMMType:TEGR"
-    "ICC_Profile:ProfileCMMType:TEKT""ICC_Profile:ProfileCMMType:TI  "
-    "ICC_Profile:ProfileCMMType:TMKR""ICC_Profile:ProfileCMMType:TOSB"
-    "ICC_Profile:ProfileCMMType:TOSH""ICC_Profile:ProfileCMMType:TOTK"
-    "ICC_Profile:ProfileCMMType:TRIU""ICC_Profile:ProfileCMMType:TSBT"
-    "ICC_Profile:ProfileCMMType:TTX ""ICC_Profile:ProfileCMMType:TVM "
-    "ICC_Profile:ProfileCMMType:TW  ""ICC_Profile:ProfileCMMType:ULSX"
-    "ICC_Profile:ProfileCMMType:UNIS""ICC_Profile:ProfileCMMType:UTZF"
-    "ICC_Profile:ProfileCMMType:VARI""ICC_Profile:ProfileCMMType:VIEW"
-    "ICC_Profile:ProfileCMMType:VISL""ICC_Profile:ProfileCMMType:VIVO"
-    "ICC_Profile:ProfileCMMType:WANG""ICC_Profile:ProfileCMMType:WLBR"
-    "ICC_Profile:ProfileCMMType:WTG2""ICC_Profile:ProfileCMMType:WYSE"
-    "ICC_Profile:ProfileCMMType:XERX""ICC_Profile:ProfileCMMType:XRIT"
-    "ICC_Profile:ProfileCMMType:Z123""ICC_Profile:ProfileCMMType:ZRAN"
-    "ICC_Profile:ProfileCMMType:Zebr""ICC_Profile:ProfileCMMType:appl"
-    "ICC_Profile:ProfileCMMType:bICC""ICC_Profile:ProfileCMMType:berg"
-    "ICC_Profile:ProfileCMMType:ceyd""ICC_Profile:ProfileCMMType:clsp"
-    "ICC_Profile:ProfileCMMType:ds  ""ICC_Profile:ProfileCMMType:dupn"
-    "ICC_Profile:ProfileCMMType:ffei""ICC_Profile:ProfileCMMType:flux"
-    "ICC_Profile:ProfileCMMType:iris""ICC_Profile:ProfileCMMType:kart"
-    "ICC_Profile:ProfileCMMType:lcms""ICC_Profile:ProfileCMMType:lino"
-    "ICC_Profile:ProfileCMMType:none""ICC_Profile:ProfileCMMType:ob4d"
-    "ICC_Profile:ProfileCMMType:obic""ICC_Profile:ProfileCMMType:quby"
-    "ICC_Profile:ProfileCMMType:scit""ICC_Profile:ProfileCMMType:scrn"
-    "ICC_Profile:ProfileCMMType:sdp ""ICC_Profile:ProfileCMMType:siwi"
-    "ICC_Profile:ProfileCMMType:yxym""ICC_Profile:ProfileClass""Profile Class"
-    "ICC_Profile:ProfileClass:abst""Abstract Profile""ICC_Profile:ProfileClass:cenc"
-    "ColorEncodingSpace Profile""ICC_Profile:ProfileClass:link""DeviceLink Profile"
-    "ICC_Profile:ProfileClass:mid ""MultiplexIdentification Profile""ICC_Profile:ProfileClass:mlnk"
-    "MultiplexLink Profile""ICC_Profile:ProfileClass:mntr""Display Device Profile"
-    "ICC_Profile:ProfileClass:mvis""MultiplexVisualization Profile""ICC_Profile:ProfileClass:nkpf"
-    "Nikon Input Device Profile (NON-STANDARD!)""ICC_Profile:ProfileClass:nmcl""NamedColor Profile"
-    "ICC_Profile:ProfileClass:prtr""Output Device Profile""ICC_Profile:ProfileClass:scnr"
-    "Input Device Profile""ICC_Profile:ProfileClass:spac""ColorSpace Conversion Profile"
-    "ICC_Profile:ProfileConnectionSpace""Profile Connection Space""ICC_Profile:ProfileCopyright"
-    "Profile Copyright""ICC_Profile:ProfileCreator""Profile Creator""ICC_Profile:ProfileCreator:"
-    "ICC_Profile:ProfileCreator:4d2p""ICC_Profile:ProfileCreator:AAMA"
-    "ICC_Profile:ProfileCreator:ACER""ICC_Profile:ProfileCreator:ACLT"
-    "ICC_Profile:ProfileCreator:ACTI""ICC_Profile:ProfileCreator:ADAR"
-    "ICC_Profile:ProfileCreator:ADBE""ICC_Profile:ProfileCreator:ADI "
-    "ICC_Profile:ProfileCreator:AGFA""ICC_Profile:ProfileCreator:ALMD"
-    "ICC_Profile:ProfileCreator:ALPS""ICC_Profile:ProfileCreator:ALWN"
-    "ICC_Profile:ProfileCreator:AMTI""ICC_Profile:ProfileCreator:AOC "
-    "ICC_Profile:ProfileCreator:APAG""ICC_Profile:ProfileCreator:APPL"
-    "ICC_Profile:ProfileCreator:AST ""ICC_Profile:ProfileCreator:AT&T"
-    "ICC_Profile:ProfileCreator:BAEL""ICC_Profile:ProfileCreator:BRCO"
-    "ICC_Profile:ProfileCreator:BRKP""ICC_Profile:ProfileCreator:BROT"
-    "ICC_Profile:ProfileCreator:BULL""ICC_Profile:ProfileCreator:BUS "
-    "ICC_Profile:ProfileCreator:C-IT""ICC_Profile:ProfileCreator:CAMR"
-    "ICC_Profile:ProfileCreator:CANO""ICC_Profile:ProfileCreator:CARR"
-    "ICC_Profile:ProfileCreator:CASI""ICC_Profile:ProfileCreator:CBUS"
-    "ICC_Profile:ProfileCreator:CEL ""ICC_Profile:ProfileCreator:CELx"
-    "ICC_Profile:ProfileCreator:CGS ""ICC_Profile:ProfileCreator:CHM "
-    "ICC_Profile:ProfileCreator:CIGL""ICC_Profile:ProfileCreator:CITI"
-    "ICC_Profile:ProfileCreator:CL00""ICC_Profile:ProfileCreator:CLIQ"
-    "ICC_Profile:ProfileCreator:CMCO""ICC_Profile:ProfileCreator:CMiX"
-    "ICC_Profile:ProfileCreator:COLO""ICC_Profile:ProfileCreator:COMP"
-    "ICC_Profile:ProfileCreator:COMp""ICC_Profile:ProfileCreator:CONR"
-    "ICC_Profile:ProfileCreator:CORD""ICC_Profile:ProfileCreator:CPQ "
-    "ICC_Profile:ProfileCreator:CPRO""ICC_Profile:ProfileCreator:CRN "
-    "ICC_Profile:ProfileCreator:CTX ""ICC_Profile:ProfileCreator:CVIS"
-    "ICC_Profile:ProfileCreator:CWC ""ICC_Profile:ProfileCreator:DARI"
-    "ICC_Profile:ProfileCreator:DATA""ICC_Profile:ProfileCreator:DCP "
-    "ICC_Profile:ProfileCreator:DCRC""ICC_Profile:ProfileCreator:DELL"
-    "ICC_Profile:ProfileCreator:DIC ""ICC_Profile:ProfileCreator:DICO"
-    "ICC_Profile:ProfileCreator:DIGI""ICC_Profile:ProfileCreator:DL&C"
-    "ICC_Profile:ProfileCreator:DPLG""ICC_Profile:ProfileCreator:DS  "
-    "ICC_Profile:ProfileCreator:DSOL""ICC_Profile:ProfileCreator:DUPN"
-    "ICC_Profile:ProfileCreator:EPSO""ICC_Profile:ProfileCreator:ESKO"
-    "ICC_Profile:ProfileCreator:ETRI""ICC_Profile:ProfileCreator:EVER"
-    "ICC_Profile:ProfileCreator:EXAC""ICC_Profile:ProfileCreator:Eizo"
-    "ICC_Profile:ProfileCreator:FALC""ICC_Profile:ProfileCreator:FF  "
-    "ICC_Profile:ProfileCreator:FFEI""ICC_Profile:ProfileCreator:FNRD"
-    "ICC_Profile:ProfileCreator:FORA""ICC_Profile:ProfileCreator:FORE"
-    "ICC_Profile:ProfileCreator:FP  ""ICC_Profile:ProfileCreator:FPA "
-    "ICC_Profile:ProfileCreator:FUJI""ICC_Profile:ProfileCreator:FX  "
-    "ICC_Profile:ProfileCreator:GCC ""ICC_Profile:ProfileCreator:GGSL"
-    "ICC_Profile:ProfileCreator:GMB ""ICC_Profile:ProfileCreator:GMG "
-    "ICC_Profile:ProfileCreator:GOLD""ICC_Profile:ProfileCreator:GOOG"
-    "ICC_Profile:ProfileCreator:GPRT""ICC_Profile:ProfileCreator:GTMB"
-    "ICC_Profile:ProfileCreator:GVC ""ICC_Profile:ProfileCreator:GW2K"
-    "ICC_Profile:ProfileCreator:HCI ""ICC_Profile:ProfileCreator:HDM "
-    "ICC_Profile:ProfileCreator:HERM""ICC_Profile:ProfileCreator:HITA"
-    "ICC_Profile:ProfileCreator:HP  ""ICC_Profile:ProfileCreator:HTC "
-    "ICC_Profile:ProfileCreator:HiTi""ICC_Profile:ProfileCreator:IBM "
-    "ICC_Profile:ProfileCreator:IDNT""ICC_Profile:ProfileCreator:IEC "
-    "ICC_Profile:ProfileCreator:IIYA""ICC_Profile:ProfileCreator:IKEG"
-    "ICC_Profile:ProfileCreator:IMAG""ICC_Profile:ProfileCreator:IMI "
-    "ICC_Profile:ProfileCreator:INTC""ICC_Profile:ProfileCreator:INTL"
-    "ICC_Profile:ProfileCreator:INTR""ICC_Profile:ProfileCreator:IOCO"
-    "ICC_Profile:ProfileCreator:IPS ""ICC_Profile:ProfileCreator:IRIS"
-    "ICC_Profile:ProfileCreator:ISL ""ICC_Profile:ProfileCreator:ITNL"
-    "ICC_Profile:ProfileCreator:IVM ""ICC_Profile:ProfileCreator:IWAT"
-    "ICC_Profile:ProfileCreator:Idnt""ICC_Profile:ProfileCreator:Inca"
-    "ICC_Profile:ProfileCreator:Iris""ICC_Profile:ProfileCreator:JPEG"
-    "ICC_Profile:ProfileCreator:JSFT""ICC_Profile:ProfileCreator:JVC "
-    "ICC_Profile:ProfileCreator:KART""ICC_Profile:ProfileCreator:KFC "
-    "ICC_Profile:ProfileCreator:KLH ""ICC_Profile:ProfileCreator:KMHD"
-    "ICC_Profile:ProfileCreator:KNCA""ICC_Profile:ProfileCreator:KODA"
-    "ICC_Profile:ProfileCreator:KYOC""ICC_Profile:ProfileCreator:Kart"
-    "ICC_Profile:ProfileCreator:LCAG""ICC_Profile:ProfileCreator:LCCD"
-    "ICC_Profile:ProfileCreator:LDAK""ICC_Profile:ProfileCreator:LEAD"
-    "ICC_Profile:ProfileCreator:LEXM""ICC_Profile:ProfileCreator:LINK"
-    "ICC_Profile:ProfileCreator:LINO""ICC_Profile:ProfileCreator:LITE"
-    "ICC_Profile:ProfileCreator:Leaf""ICC_Profile:ProfileCreator:Lino"
-    "ICC_Profile:ProfileCreator:MAGC""ICC_Profile:ProfileCreator:MAGI"
-    "ICC_Profile:ProfileCreator:MANN""ICC_Profile:ProfileCreator:MICN"
-    "ICC_Profile:ProfileCreator:MICR""ICC_Profile:ProfileCreator:MICV"
-    "ICC_Profile:ProfileCreator:MINO""ICC_Profile:ProfileCreator:MITS"
-    "ICC_Profile:ProfileCreator:MITs""ICC_Profile:ProfileCreator:MNLT"
-    "ICC_Profile:ProfileCreator:MODG""ICC_Profile:ProfileCreator:MONI"
-    "ICC_Profile:ProfileCreator:MONS""ICC_Profile:ProfileCreator:MORS"
-    "ICC_Profile:ProfileCreator:MOTI""ICC_Profile:ProfileCreator:MSFT"
-    "ICC_Profile:ProfileCreator:MUTO""ICC_Profile:ProfileCreator:Mits"
-    "ICC_Profile:ProfileCreator:NANA""ICC_Profile:ProfileCreator:NEC "
-    "ICC_Profile:ProfileCreator:NEXP""ICC_Profile:ProfileCreator:NISS"
-    "ICC_Profile:ProfileCreator:NKON""ICC_Profile:ProfileCreator:NONE"
-    "ICC_Profile:ProfileCreator:OCE ""ICC_Profile:ProfileCreator:OCEC"
-    "ICC_Profile:ProfileCreator:OKI ""ICC_Profile:ProfileCreator:OKID"
-    "ICC_Profile:ProfileCreator:OKIP""ICC_Profile:ProfileCreator:OLIV"
-    "ICC_Profile:ProfileCreator:OLYM""ICC_Profile:ProfileCreator:ONYX"
-    "ICC_Profile:ProfileCreator:OPTI""ICC_Profile:ProfileCreator:PACK"
-    "ICC_Profile:ProfileCreator:PANA""ICC_Profile:ProfileCreator:PANT"
-    "ICC_Profile:ProfileCreator:PBN ""ICC_Profile:ProfileCreator:PFU "
-    "ICC_Profile:ProfileCreator:PHIL""ICC_Profile:ProfileCreator:PNTX"
-    "ICC_Profile:ProfileCreator:POne""ICC_Profile:ProfileCreator:PREM"
-    "ICC_Profile:ProfileCreator:PRIN""ICC_Profile:ProfileCreator:PRIP"
-    "ICC_Profile:ProfileCreator:QLUX""ICC_Profile:ProfileCreator:QMS "
-    "ICC_Profile:ProfileCreator:QPCD""ICC_Profile:ProfileCreator:QUAD"
-    "ICC_Profile:ProfileCreator:QUME""ICC_Profile:ProfileCreator:RADI"
-    "ICC_Profile:ProfileCreator:RDDx""ICC_Profile:ProfileCreator:RDG "
-    "ICC_Profile:ProfileCreator:REDM""ICC_Profile:ProfileCreator:RELI"
-    "ICC_Profile:ProfileCreator:RGMS""ICC_Profile:ProfileCreator:RICO"
-    "ICC_Profile:ProfileCreator:RNLD""ICC_Profile:ProfileCreator:ROYA"
-    "ICC_Profile:ProfileCreator:RPC ""ICC_Profile:ProfileCreator:RTL "
-    "ICC_Profile:ProfileCreator:SAMP""ICC_Profile:ProfileCreator:SAMS"
-    "ICC_Profile:ProfileCreator:SANT""ICC_Profile:ProfileCreator:SCIT"
-    "ICC_Profile:ProfileCreator:SCRN""ICC_Profile:ProfileCreator:SDP "
-    "ICC_Profile:ProfileCreator:SEC ""ICC_Profile:ProfileCreator:SEIK"
-    "ICC_Profile:ProfileCreator:SEIk""ICC_Profile:ProfileCreator:SGUY"
-    "ICC_Profile:ProfileCreator:SHAR""ICC_Profile:ProfileCreator:SICC"
-    "ICC_Profile:ProfileCreator:SONY""ICC_Profile:ProfileCreator:SPCL"
-    "ICC_Profile:ProfileCreator:STAR""ICC_Profile:ProfileCreator:STC "
-    "ICC_Profile:ProfileCreator:Scit""ICC_Profile:ProfileCreator:Sdp "
-    "ICC_Profile:ProfileCreator:Sony""ICC_Profile:ProfileCreator:TALO"
-    "ICC_Profile:ProfileCreator:TAND""ICC_Profile:ProfileCreator:TATU"
-    "ICC_Profile:ProfileCreator:TAXA""ICC_Profile:ProfileCreator:TDS "
-    "ICC_Profile:ProfileCreator:TECO""ICC_Profile:ProfileCreator:TEGR"
-    "ICC_Profile:ProfileCreator:TEKT""ICC_Profile:ProfileCreator:TI  "
-    "ICC_Profile:ProfileCreator:TMKR""ICC_Profile:ProfileCreator:TOSB"
-    "ICC_Profile:ProfileCreator:TOSH""ICC_Profile:ProfileCreator:TOTK"
-    "ICC_Profile:ProfileCreator:TRIU""ICC_Profile:ProfileCreator:TSBT"
-    "ICC_Profile:ProfileCreator:TTX ""ICC_Profile:ProfileCreator:TVM "
-    "ICC_Profile:ProfileCreator:TW  ""ICC_Profile:ProfileCreator:ULSX"
-    "ICC_Profile:ProfileCreator:UNIS""ICC_Profile:ProfileCreator:UTZF"
-    "ICC_Profile:ProfileCreator:VARI""ICC_Profile:ProfileCreator:VIEW"
-    "ICC_Profile:ProfileCreator:VISL""ICC_Profile:ProfileCreator:VIVO"
-    "ICC_Profile:ProfileCreator:WANG""ICC_Profile:ProfileCreator:WLBR"
-    "ICC_Profile:ProfileCreator:WTG2""ICC_Profile:ProfileCreator:WYSE"
-    "ICC_Profile:ProfileCreator:XERX""ICC_Profile:ProfileCreator:XRIT"
-    "ICC_Profile:ProfileCreator:Z123""ICC_Profile:ProfileCreator:ZRAN"
-    "ICC_Profile:ProfileCreator:Zebr""ICC_Profile:ProfileCreator:appl"
-    "ICC_Profile:ProfileCreator:bICC""ICC_Profile:ProfileCreator:berg"
-    "ICC_Profile:ProfileCreator:ceyd""ICC_Profile:ProfileCreator:clsp"
-    "ICC_Profile:ProfileCreator:ds  ""ICC_Profile:ProfileCreator:dupn"
-    "ICC_Profile:ProfileCreator:ffei""ICC_Profile:ProfileCreator:flux"
-    "ICC_Profile:ProfileCreator:iris""ICC_Profile:ProfileCreator:kart"
-    "ICC_Profile:ProfileCreator:lcms""ICC_Profile:ProfileCreator:lino"
-    "ICC_Profile:ProfileCreator:none""ICC_Profile:ProfileCreator:ob4d"
-    "ICC_Profile:ProfileCreator:obic""ICC_Profile:ProfileCreator:quby"
-    "ICC_Profile:ProfileCreator:scit""ICC_Profile:ProfileCreator:scrn"
-    "ICC_Profile:ProfileCreator:sdp ""ICC_Profile:ProfileCreator:siwi"
-    "ICC_Profile:ProfileCreator:yxym""ICC_Profile:ProfileDateTime""Profile Date Time"
-    "ICC_Profile:ProfileDescription""Profile Description""ICC_Profile:ProfileDescriptionML"
-    "Profile Description ML""ICC_Profile:ProfileFileSignature""Profile File Signature"
-    "ICC_Profile:ProfileID""Profile ID""ICC_Profile:ProfileSequenceDesc""Profile Sequence Desc"
-    "ICC_Profile:ProfileSequenceIdentifier""Profile Sequence Identifier"
-    "ICC_Profile:ProfileSequenceInfo""Profile Sequence Info""ICC_Profile:ProfileVersion"
-    "Profile Version""ICC_Profile:RedMatrixColumn""Red Matrix Column""ICC_Profile:RedTRC"
-    "Red Tone Reproduction Curve""ICC_Profile:ReferenceName""Reference Name"
-    "ICC_Profile:ReflectionHardcopyOrigColorimetry""Reflection Hardcopy Orig Colorimetry"
-    "ICC_Profile:ReflectionPrintOutputColorimetry""Reflection Print Output Colorimetry"
-    "ICC_Profile:RenderingIntent""Rendering Intent""ICC_Profile:RenderingIntent:0""Perceptual"
-    "ICC_Profile:RenderingIntent:1""Media-Relative Colorimetric""ICC_Profile:RenderingIntent:2"
-    "ICC_Profile:RenderingIntent:3""ICC-Absolute Colorimetric"
-    "ICC_Profile:SaturationRenderingIntentGamut""Saturation Rendering Intent Gamut"
-    "ICC_Profile:SaturationRenderingIntentGamut:prmg""ICC_Profile:SceneAppearanceEstimates"
-    "Scene Appearance Estimates""ICC_Profile:SceneColorimetryEstimates""Scene Colorimetry Estimates"
-    "ICC_Profile:Screening""ICC_Profile:ScreeningDesc""Screening Desc"
-    "ICC_Profile:SpectralViewingConditions""Spectral Viewing Conditions"
-    "ICC_Profile:SpectralWhitePoint""Spectral White Point""ICC_Profile:StandardToCustomPcc"
-    "Standard To Custom Pcc""ICC_Profile:SurfaceMap""Surface Map""ICC_Profile:Technology"
-    "ICC_Profile:Technology:AMD ""Active Matrix Display""ICC_Profile:Technology:CRT "
-    "Cathode Ray Tube Display""ICC_Profile:Technology:KPCD""Photo CD""ICC_Profile:Technology:PMD "
-    "Passive Matrix Display""ICC_Profile:Technology:dcam""Digital Camera"
-    "ICC_Profile:Technology:dcpj""Digital Cinema Projector""ICC_Profile:Technology:dmpc"
-    "Digital Motion Picture Camera""ICC_Profile:Technology:dsub""Dye Sublimation Printer"
-    "ICC_Profile:Technology:epho""Electrophotographic Printer""ICC_Profile:Technology:esta"
-    "Electrostatic Printer""ICC_Profile:Technology:flex""Flexography""ICC_Profile:Technology:fprn"
-    "Film Writer""ICC_Profile:Technology:fscn""Film Scanner""ICC_Profile:Technology:grav""Gravure"
-    "ICC_Profile:Technology:ijet""Ink Jet Printer""ICC_Profile:Technology:imgs""Photo Image Setter"
-    "ICC_Profile:Technology:mpfr""Motion Picture Film Recorder""ICC_Profile:Technology:mpfs"
-    "Motion Picture Film Scanner""ICC_Profile:Technology:offs""Offset Lithography"
-    "ICC_Profile:Technology:pjtv""Projection Television""ICC_Profile:Technology:rpho"
-    "Photographic Paper Printer""ICC_Profile:Technology:rscn""Reflective Scanner"
-    "ICC_Profile:Technology:silk""Silkscreen""ICC_Profile:Technology:twax""Thermal Wax Printer"
-    "ICC_Profile:Technology:vidc""Video Camera""ICC_Profile:Technology:vidm""Video Monitor"
-    "ICC_Profile:UCRBG""Under Color Removal and Black Gen.""ICC_Profile:VideoCardGamma"
-    "Video Card Gamma""ICC_Profile:ViewingCondDesc""Viewing Cond Desc"
-    "ICC_Profile:ViewingCondIlluminant""Viewing Cond Illuminant"
-    "ICC_Profile:ViewingCondIlluminantType""Viewing Cond Illuminant Type"
-    "ICC_Profile:ViewingCondIlluminantType:1""ICC_Profile:ViewingCondIlluminantType:2"
-    "ICC_Profile:ViewingCondIlluminantType:3""ICC_Profile:ViewingCondIlluminantType:4"
-    "ICC_Profile:ViewingCondIlluminantType:5""ICC_Profile:ViewingCondIlluminantType:6"
-    "ICC_Profile:ViewingCondIlluminantType:7""ICC_Profile:ViewingCondIlluminantType:8"
-    "ICC_Profile:ViewingCondSurround""Viewing Cond Surround""ICC_Profile:WCSProfiles""WCS Profiles"
-    "A à B0""A à B1""A à B2""B à A0""B à A1""B à A2""Colonne de la matrice bleue"
-    "Courbe de reproduction des tonalités bleues""Indicateurs CMM""Date et heure de calibration"
-    "Cible caractère""Adaptation chromatique""Espace de couleur des données"
-    "Nom de l'espace couleur""Ordre de colorant""Illuminant d'espace de connexion"
-    "Attributs d'appareil""Fabricant de l'appareil""Description du fabricant de l'appareil"
-    "Modèle de l'appareil""Description du modèle de l'appareil""Réglages de l'appareil"
-    "Courbe de reproduction des tonalités grises""Colonne de la matrice verte"
-    "Courbe de reproduction des tonalités vertes""Fabricant et modèle""Support de mesure"
-    "Flare de mesure""Géométrie de mesure""0/45 ou 45/0""0/d ou d/0""Illuminant de mesure"
-    "Observateur de mesure""Point noir moyen""Point blanc moyen""Couleur nommée 2"
-    "Information sur l'affichage natif""Réponse de sortie""Aperçu 0""Aperçu 1""Aperçu 2"
-    "Plateforme primaire""Type du profil CMM""Etsoft Development""Odgraph, Inc."
-    "Hilips Consumer Electronics Co.""Classe du profil""Profil de résumé""Profil de liaison"
-    "Profil d'appareil d'affichage""Profil Nikon (\"nkpf\")""Profil de couleur nommée"
-    "Profil d'appareil de sortie""Profil d'appareil d'entrée"
-    "Profil de conversion d'espace de couleur""Espace de connexion du profil""Copyright du profil"
-    "Créateur du profil""Horodatage du profil""Description du profil""Description ML du profil"
-    "Signature du fichier du profil""ID du profil""Description de séquence du profil"
-    "Version du profil""Colonne de la matrice rouge""Courbe de reproduction des tonalités rouges"
-    "Intention de rendu""Perceptif""Colorimétrique relatif""Colorimétrique absolu""Technologie"
-    "Afficheur à matrice active""Afficheur à tube cathodique""CD photo""Afficheur à matrice passive"
-    "Appareil photo numérique""Projecteur cinéma numérique""Caméra numérique de cinéma"
-    "Imprimante à sublimation thermique""Imprimante électrophotographique"
-    "Imprimante électrostatique""Flexographie""Scanner de film""Imprimante à jet d'encre"
-    "Cadre photo""Enregistreur de film cinématographique""Scanneur de films cinématographiques"
-    "Lithographie offset""Télévision par projection""Imprimante à papier photo""Scanner réflectif"
-    "Sérigraphie""Imprimante thermique à cire""Caméra vidéo""Moniteur vidéo"
-    "Gamma de la carte vidéo""Description des conditions de visionnage"
-    "Illuminant des conditions de visionnage""Type d'illuminant des conditions de visionnage"
-    "Environnement des conditions de visionnage""Profil Windows Color System""Blau-Matrixspalte"
-    "Blau-Tonwertwiedergabe-Kurve""CMM-Flags""Farbraum Daten""Weißpunkt des Verbindungsfarbraums"
-    "Geräte-Eigenschaften""Gerätehersteller-Bezeichnung""Geräte-Modell""Geräte-Modell-Bezeichnung"
-    "Grau-Tonwertwiedergabe-Kurve""Grün-Matrixspalte""Grün-Tonwertwiedergabe-Kurve""Luminanz"
-    "Hersteller und Modell""Basis der Messung""Messung Lichtschein""Geometrie der Messung"
-    "0/45 oder 45/0""0/d oder d/0""Messung Beleuchtung""Messung nach""Medium-Schwarzpunkt"
-    "Medium-Weißpunkt""Vorschau 0""Vorschau 1""Vorschau 2""Hauptplattform""Profil CMM-Typ"
-    "Profil-Klasse""Abstract-Profil""DeviceLink-Profil""Bildschirm-Geräteprofil"
-    "Nikon-Profil (\"nkpf\")""Named Color-Profil""Ausgabe-Geräteprofil""Eingabe-Geräteprofil"
-    "Farbraum-Konvertierungsprofile""Profil-Verbindungsfarbraum""Profilersteller"
-    "Profil-Erstellungszeit""Farbprofil Name""Farbprofil Name mehrsprachig""Profil-Datei-Signatur"
-    "Profile-ID""Profilsequenz-Beschreibung""Profil-Version""Rot-Matrixspalte"
-    "Rot-Tonwertwiedergabe-Kurve""Umrechnungsmethode"
-    "Wahrnehmungsorientiert (perzeptiv, fotografisch)""Relativ farbmetrisch""Sättigungserhaltend"
-    "Absolut farbmetrisch""Aktives Matrix-Display""Kathodenstrahlröhrenbildschirm""Photo-CD"
-    "Passives Matrix-Display""Digitalkamera""Thermosublimationsdrucker""Laserdrucker"
-    "Elektrostatischer Drucker""Film-Writer""Film-Scanner""Gravur""Tintenstrahldrucker"
-    "Foto-Filmbelichter""Offset Lithographie""Projektionsfernsehgerät""Fotopapierdrucker"
-    "Reflexionsscanner""Thermowachsdrucker""Videokamera""Video-Monitor""Windows Color System-Profil"
-    "Da A a B0""Da A a B1""Da A a B2""Colonna della Matrice Blu""Curva riproduzione tono blu"
-    "Data/ora di calibrazione""Adattamento cromatico""Dati Spazio Colore""Attributi Dispositivo"
-    "Costruttore dispositivo""Descrizione del Costruttore Dispositivo""Modello Dispositivo"
-    "Descrizione Modello Dispositivo""Curva Riproduzione Tono Grigio""Colonna della Matrice Verde"
-    "Curva Riproduziozne Tono Verde""Marca e Modello""0/45 o 45/0""0/d o d/0""Media Punto Nero"
-    "Media Punto Bianco""Colore Chiamato 2""Info Display Nativo""Anteprima 0 ""Anteprima 1 "
-    "Anteprima 2""Piattaforma primaria""Tipo profilo CMM""Classe profilo""Profilo Astratto"
-    "Profilo Dispositivo di Collegamento""Profilo Dispositivo Visualizzazione"
-    "Profilo Nikon (\"nkpf\")""Profilo Colore Chiamato""Profilo Dispositivo Output"
-    "Profilo dispositivo di Input""Profilo Conversione Spazio Colore""Spazio connessione profilo"
-    "Copyright profilo""Autore profilo""Data/ora profilo""Descrizione del Profilo"
-    "Descrizione profilo multilinguaggio.""Firma file profilo""ID profilo"
-    "Descrizione della Sequenza del Profilo""Versione profilo""Colonna matrice rosso"
-    "Curva riproduzione tono rosso""Percentuale""Colorimetrico Relativo""Colorimetrico Assoluto"
-    "Tecnologia""Display a matrice attiva""Monitor con Tubo a Raggi Catodici"
-    "Display a Matrice passiva""Fotocamera Digitale""Stampante a Sublimazione Termica"
-    "Stampante Laser""Stampante Elettrostatica""Scanner per Pellicola""Stampante Ink Jet"
-    "Litografía Offset""Proiettore televisivo""Stampante per Carta Fotografica"
-    "Scanner a riflessione""Stampante Thermal Wax""Gamma della Scheda Video"
-    "Descrizione Condizioni di Visualizzazione""Profilo Windows Color System""AからB0""AからB1""AからB2"
-    "BからA0""BからA1""BからA2""青色マトリックス列""青色調増殖曲線""CMMフラグ""キャリブレーション日時""目的文字""色彩順応化""カラースペースデータ""着色順"
-    "接続スペース光源""機器属性""機器メーカー""機器メーカー説明""機器モデル""機器モデル説明""全域""灰色調増殖曲線""緑色マトリックス列""緑色調増殖曲線""輝度""作成とモデル"
-    "バック測定""フレア測定""幾何学測定""光源測定""測定オブザーバー""メディア黒点""メディア白点""色名称2""ネイティブディスプレイ情報""出力反応""プレビュー0""プレビュー1"
-    "プレビュー2""主要プラットフォーム""CMMタイププロフィール""プロフィールクラス""抜粋プロフィール""デバイスリンクプロフィール""表示装置プロフィール"
-    "ニコンプロフィール(\"nkpf\")""色名称プロフィール""出力装置プロフィール""入力装置プロフィール""色空間変換プロフィール""接続スペースプロフィール""プロフィール著作権"
-    "プロフィール製作者""プロフィール日時""プロフィール説明""プロフィール説明ML""プロフィールファイルシグネーチャ""プロフィールID""プロフィールシーケンス説明"
-    "プロフィールバージョン""赤色マトリックス列""赤色調増殖曲線""意思表現""知覚的""相対比色分析""飽和""絶対比色分析""テクノロジー""アクティブマトリクス型ディスプレイ"
-    "CRTディスプレイ""フォトCD""単純マトリクス型ディスプレイ""デジタルカメラ""昇華型プリンター""静電記録式プリンター""静電気プリンター""アニリン印刷""フィルムライター"
-    "フイルムスキャナー""グラビア印刷""インクジェットプリンター""フォトイメージセッター""オフセット印刷""プロジェクションテレビ""印画紙プリンター""反射スキャナ"
-    "シルクスクリーン印刷""熱転写プリンター""ビデオカメラ""ビデオモニター""ビデオカードガンマ""視聴状態説明""視聴状態光源""視聴状態光源タイプ""視聴状態周辺"
-    "Windowsカラーシステムプロフィール""A a B0""A a B1""A a B2""B a A0""B a A1""B a A2""Columna Matriz Azul"
-    "Curva Reproducción Tono Azul""Banderas CMM""Fecha y Hora Calibración""Objetivo Caracter"
-    "Adaptación Cromática""Espacio Color Datos""Orden Colorante""Iluminación Espacio Conexión"
-    "Atributos Dispositivo""Fabricante Dispositivo""Descripción Fabricante Dispositivo"
-    "Modelo Dispositivo""Descripción Modelo Dispositivo""Columna Matriz Gris""Columna Matriz Verde"
-    "Curva Reproducción Tono Verde""Luminancia""Marca y Modelo""Apoyo de Medida""Llama de Medida"
-    "Geometría de Medida""Iluminación de Medida""Observador de Medida""Punto Negro Medio"
-    "Punto Blanco Medio""Color Llamado 2""Información Pantalla Nativa""Respuesta Salida""Previa 0"
-    "Previa 1""Previa 2""Plataforma Primaria""Tipo Perfil CMM""Clase Perfil""Perfil Abstracto"
-    "Perfil Dispositivo Conexión""Perfil Dispositivo Pantalla""Perfil Nikon (\"nkpf\")"
-    "Perfil Color Nombrado""Perfil Dispositivo Salida""Perfil Dispositivo Entrada"
-    "Perfil Conversión Espacio Color""Espacio Conexión Perfil""Creador Perfil""Fecha y Hora Perfil"
-    "Descripción Perfil""Descripción Perfil ML""Firma Archivo Perfil""ID Perfil"
-    "Descripción Secuencia Perfil""Versión Perfil""Columna Matriz Rojo"
-    "Curva Reproducción Tono Rojo""Intento Interpretación""Colorimétrica Relativa"
-    "Colorimétrica Absoluta""Tecnología""Pantalla Matriz Activa""Pantalla Tubo Rayos Catódicos"
-    "Pantalla Matriz Pasiva""Cámara Digital""Impresora Sublimación"
-    "Impresora Electrofotográfica (Laser)""Impresora Electrostática""Flexografía"
-    "Impresora Película""Escaner Película""Grabado""Impresora Inyección Tinta""Marco Foto"
-    "Televisión Proyección""Impresora Papel Fotográfico""Escaner Reflectivo""Pantalla Sedosa"
-    "Impresora Cera Termal""Videocámara""Monitor Video""Tarjeta Video Gamma"
-    "Descripción en Condiciones de Visión""Iluminación en Condiciones de Visión"
-    "Tipo Iluminación en Condiciones de Visión""Entorno en Condiciones de Visión"
-    "Perfil Sistema Color Windows""GEOB-Data""GEOB-Desc""GEOB-File""GEOB-Mime""CRC"
-    "ExtendedAlbumName""ExtendedArtistName""ExtendedTrackTitle""AssociatedImageFile""Indications"
-    "AdditionalInfo""Lyrics""AverageLevel""PeakValue""WM_MediaClassPrimaryID"
-    "WM_MediaClassSecondaryID""WM_Provider""WM_CollectionGroupID""WM_CollectionID""WM_ContentID"
-    "SynchronizedLyricsDescription""SynchronizedLyricsText""SynchronizedLyricsType""Artist""Album"
-    "Year""Track""Genre""Title2""Artist2""Album2""Speed""StartTime""EndTime""PlayCounter""Grouping"
-    "InvolvedPeople""iTunesU""MovementNumber""MovementName""Podcast""Picture""PictureFormat"
-    "PictureType""PictureDescription""Popularimeter""RelativeVolumeAdjustment""BeatsPerMinute"
-    "Composer""Compilation""PlaylistDelay""EncodedBy""FileType""Time""InitialKey""Length""Media"
-    "OriginalArtist""OriginalFileName""OriginalLyricist""OriginalReleaseYear""OriginalAlbum""Band"
-    "Conductor""InterpretedBy""PartOfSet""ISRC""RecordingDates""AlbumArtistSortOrder"
-    "AlbumSortOrder""ComposerSortOrder""Size""PerformerSortOrder""EncoderSettings""TitleSortOrder"
-    "Subtitle""Lyricist""UserDefinedText""FileURL""ArtistURL""SourceURL""CommercialURL"
-    "CopyrightURL""PublisherURL""UserDefinedURL""PictureMIMEType""MusicCDIdentifier""Ownership"
-    "PodcastCategory""PodcastDescription""PodcastID""PodcastKeywords""FileOwner"
-    "InternetRadioStationName""InternetRadioStationOwner""TermsOfUse""PodcastURL"
-    "InternetRadioStationURL""PaymentURL""OriginalReleaseTime""EncodingTime""RecordingTime"
-    "ReleaseTime""TaggingTime""MusicianCredits""Mood""ProducedNotice""SetSubtitle""100""101""102"
-    "103""104""105""106""107""108""109""110""111""112""113""114""115""116""117""118""119""120""121"
-    "122""123""124""125""126""127""129""131""133""134""135""136""137""138""139""140""141""142""143"
-    "144""145""146""147""148""149""150""151""152""153""154""155""156""157""158""159""160""161""162"
-    "163""164""165""166""167""168""169""170""171""172""173""174""175""176""177""178""179""180""181"
-    "182""183""184""185""186""187""188""189""190""30""33""34""35""36""37""38""39""40""41""42""43"
-    "44""45""46""47""49""50""51""52""53""54""55""56""57""58""59""60""61""62""66""67""68""70""72""74"
-    "75""76""78""81""82""83""84""85""86""87""90""91""92""94""96""97""98""99""CR""RX"
-    "ID3:AdditionalInfo""Additional Info""ID3:Album""ID3:Album2""Album 2""ID3:AlbumArtistSortOrder"
-    "Album Artist Sort Order""ID3:AlbumSortOrder""Album Sort Order""ID3:Artist""ID3:Artist2"
-    "Artist 2""ID3:ArtistURL""Artist URL""ID3:AssociatedImageFile""Associated Image File"
-    "ID3:Author""ID3:AverageLevel""Average Level""ID3:Band""ID3:BeatsPerMinute""Beats Per Minute"
-    "ID3:CRC""ID3:Comment""ID3:CommercialURL""Commercial URL""ID3:Compilation""ID3:Compilation:0"
-    "ID3:Compilation:1""ID3:Composer""ID3:ComposerSortOrder""Composer Sort Order""ID3:Conductor"
-    "ID3:Copyright""ID3:CopyrightURL""Copyright URL""ID3:Date""ID3:EncodedBy""Encoded By"
-    "ID3:EncoderSettings""Encoder Settings""ID3:EncodingTime""Encoding Time""ID3:EndTime""End Time"
-    "ID3:ExtendedAlbumName""Extended Album Name""ID3:ExtendedArtistName""Extended Artist Name"
-    "ID3:ExtendedTrackTitle""Extended Track Title""ID3:FileOwner""File Owner""ID3:FileType"
-    "File Type""ID3:FileURL""File URL""ID3:GEOB-Data""ID3:GEOB-Desc""ID3:GEOB-File""ID3:GEOB-Mime"
-    "ID3:Genre""ID3:Genre:0""Blues""ID3:Genre:1""Classic Rock""ID3:Genre:10""New Age""ID3:Genre:100"
-    "Humour""ID3:Genre:101""Speech""ID3:Genre:102""Chanson""ID3:Genre:103""Opera""ID3:Genre:104"
-    "Chamber Music""ID3:Genre:105""Sonata""ID3:Genre:106""Symphony""ID3:Genre:107""Booty Bass"
-    "ID3:Genre:108""Primus""ID3:Genre:109""Porn Groove""ID3:Genre:11""Oldies""ID3:Genre:110""Satire"
-    "ID3:Genre:111""Slow Jam""ID3:Genre:112""Club""ID3:Genre:113""Tango""ID3:Genre:114""Samba"
-    "ID3:Genre:115""Folklore""ID3:Genre:116""Ballad""ID3:Genre:117""Power Ballad""ID3:Genre:118"
-    "Rhythmic Soul""ID3:Genre:119""Freestyle""ID3:Genre:12""Other""ID3:Genre:120""Duet"
-    "ID3:Genre:121""Punk Rock""ID3:Genre:122""Drum Solo""ID3:Genre:123""A Cappella""ID3:Genre:124"
-    "Euro-House""ID3:Genre:125""Dance Hall""ID3:Genre:126""Goa""ID3:Genre:127""Drum & Bass"
-    "ID3:Genre:128""Club-House""ID3:Genre:129""Hardcore""ID3:Genre:13""Pop""ID3:Genre:130""Terror"
-    "ID3:Genre:131""Indie""ID3:Genre:132""BritPop""ID3:Genre:133""Afro-Punk""ID3:Genre:134"
-    "Polsk Punk""ID3:Genre:135""Beat""ID3:Genre:136""Christian Gangsta Rap""ID3:Genre:137"
-    "Heavy Metal""ID3:Genre:138""Black Metal""ID3:Genre:139""Crossover""ID3:Genre:14""R&B"
-    "ID3:Genre:140""Contemporary Christian""ID3:Genre:141""Christian Rock""ID3:Genre:142""Merengue"
-    "ID3:Genre:143""Salsa""ID3:Genre:144""Thrash Metal""ID3:Genre:145""Anime""ID3:Genre:146""JPop"
-    "ID3:Genre:147""Synthpop""ID3:Genre:148""ID3:Genre:149""Art Rock""ID3:Genre:15""Rap"
-    "ID3:Genre:150""Baroque""ID3:Genre:151""Bhangra""ID3:Genre:152""Big Beat""ID3:Genre:153"
-    "Breakbeat""ID3:Genre:154""Chillout""ID3:Genre:155""Downtempo""ID3:Genre:156""Dub"
-    "ID3:Genre:157""EBM""ID3:Genre:158""Eclectic""ID3:Genre:159""Electro""ID3:Genre:16""Reggae"
-    "ID3:Genre:160""Electroclash""ID3:Genre:161""Emo""ID3:Genre:162""Experimental""ID3:Genre:163"
-    "Garage""ID3:Genre:164""Global""ID3:Genre:165""IDM""ID3:Genre:166""Illbient""ID3:Genre:167"
-    "Industro-Goth""ID3:Genre:168""Jam Band""ID3:Genre:169""Krautrock""ID3:Genre:17""Rock"
-    "ID3:Genre:170""Leftfield""ID3:Genre:171""Lounge""ID3:Genre:172""Math Rock""ID3:Genre:173"
-    "New Romantic""ID3:Genre:174""Nu-Breakz""ID3:Genre:175""Post-Punk""ID3:Genre:176""Post-Rock"
-    "ID3:Genre:177""Psytrance""ID3:Genre:178""Shoegaze""ID3:Genre:179""Space Rock""ID3:Genre:18"
-    "Techno""ID3:Genre:180""Trop Rock""ID3:Genre:181""World Music""ID3:Genre:182""Neoclassical"
-    "ID3:Genre:183""Audiobook""ID3:Genre:184""Audio Theatre""ID3:Genre:185""Neue Deutsche Welle"
-    "ID3:Genre:186""ID3:Genre:187""Indie Rock""ID3:Genre:188""G-Funk""ID3:Genre:189""Dubstep"
-    "ID3:Genre:19""Industrial""ID3:Genre:190""Garage Rock""ID3:Genre:191""Psybient""ID3:Genre:2"
-    "Country""ID3:Genre:20""Alternative""ID3:Genre:21""Ska""ID3:Genre:22""Death Metal""ID3:Genre:23"
-    "Pranks""ID3:Genre:24""Soundtrack""ID3:Genre:25""Euro-Techno""ID3:Genre:255""ID3:Genre:26"
-    "Ambient""ID3:Genre:27""Trip-Hop""ID3:Genre:28""Vocal""ID3:Genre:29""Jazz+Funk""ID3:Genre:3"
-    "Dance""ID3:Genre:30""Fusion""ID3:Genre:31""Trance""ID3:Genre:32""Classical""ID3:Genre:33"
-    "Instrumental""ID3:Genre:34""Acid""ID3:Genre:35""House""ID3:Genre:36""Game""ID3:Genre:37"
-    "Sound Clip""ID3:Genre:38""Gospel""ID3:Genre:39""Noise""ID3:Genre:4""Disco""ID3:Genre:40"
-    "Alt. Rock""ID3:Genre:41""Bass""ID3:Genre:42""Soul""ID3:Genre:43""Punk""ID3:Genre:44""Space"
-    "ID3:Genre:45""Meditative""ID3:Genre:46""Instrumental Pop""ID3:Genre:47""Instrumental Rock"
-    "ID3:Genre:48""Ethnic""ID3:Genre:49""Gothic""ID3:Genre:5""Funk""ID3:Genre:50""Darkwave"
-    "ID3:Genre:51""Techno-Industrial""ID3:Genre:52""ID3:Genre:53""Pop-Folk""ID3:Genre:54""Eurodance"
-    "ID3:Genre:55""Dream""ID3:Genre:56""Southern Rock""ID3:Genre:57""Comedy""ID3:Genre:58""Cult"
-    "ID3:Genre:59""Gangsta Rap""ID3:Genre:6""Grunge""ID3:Genre:60""Top 40""ID3:Genre:61"
-    "Christian Rap""ID3:Genre:62""Pop/Funk""ID3:Genre:63""Jungle""ID3:Genre:64""Native American"
-    "ID3:Genre:65""Cabaret""ID3:Genre:66""New Wave""ID3:Genre:67""Psychedelic""ID3:Genre:68""Rave"
-    "ID3:Genre:69""Showtunes""ID3:Genre:7""Hip-Hop""ID3:Genre:70""Trailer""ID3:Genre:71""Lo-Fi"
-    "ID3:Genre:72""Tribal""ID3:Genre:73""Acid Punk""ID3:Genre:74""Acid Jazz""ID3:Genre:75""Polka"
-    "ID3:Genre:76""Retro""ID3:Genre:77""Musical""ID3:Genre:78""Rock & Roll""ID3:Genre:79""Hard Rock"
-    "ID3:Genre:8""Jazz""ID3:Genre:80""Folk""ID3:Genre:81""Folk-Rock""ID3:Genre:82""National Folk"
-    "ID3:Genre:83""Swing""ID3:Genre:84""Fast-Fusion""ID3:Genre:85""Bebop""ID3:Genre:86""Latin"
-    "ID3:Genre:87""Revival""ID3:Genre:88""Celtic""ID3:Genre:89""Bluegrass""ID3:Genre:9""Metal"
-    "ID3:Genre:90""Avantgarde""ID3:Genre:91""Gothic Rock""ID3:Genre:92""Progressive Rock"
-    "ID3:Genre:93""Psychedelic Rock""ID3:Genre:94""Symphonic Rock""ID3:Genre:95""Slow Rock"
-    "ID3:Genre:96""Big Band""ID3:Genre:97""Chorus""ID3:Genre:98""Easy Listening""ID3:Genre:99"
-    "Acoustic""ID3:Genre:CR""Cover""ID3:Genre:RX""Remix""ID3:Grouping""ID3:ISRC""ID3:Indications"
-    "ID3:InitialKey""Initial Key""ID3:InternetRadioStationName""Internet Radio Station Name"
-    "ID3:InternetRadioStationOwner""Internet Radio Station Owner""ID3:InternetRadioStationURL"
-    "Internet Radio Station URL""ID3:InterpretedBy""Interpreted By""ID3:InvolvedPeople"
-    "Involved People""ID3:Language""ID3:Length""ID3:Lyricist""ID3:Lyrics""ID3:Media""ID3:Mood"
-    "ID3:MovementName""Movement Name""ID3:MovementNumber""Movement Number""ID3:MusicCDIdentifier"
-    "Music CD Identifier""ID3:MusicianCredits""Musician Credits""ID3:OriginalAlbum""Original Album"
-    "ID3:OriginalArtist""Original Artist""ID3:OriginalFileName""Original File Name"
-    "ID3:OriginalLyricist""Original Lyricist""ID3:OriginalReleaseTime""Original Release Time"
-    "ID3:OriginalReleaseYear""Original Release Year""ID3:Ownership""ID3:PartOfSet""Part Of Set"
-    "ID3:PaymentURL""Payment URL""ID3:PeakValue""Peak Value""ID3:PerformerSortOrder"
-    "Performer Sort Order""ID3:Picture""ID3:PictureDescription""Picture Description"
-    "ID3:PictureFormat""Picture Format""ID3:PictureMIMEType""Picture MIME Type""ID3:PictureType"
-    "Picture Type""ID3:PictureType:0""ID3:PictureType:1""32x32 PNG Icon""ID3:PictureType:10"
-    "ID3:PictureType:11""ID3:PictureType:12""ID3:PictureType:13""Recording Studio or Location"
-    "ID3:PictureType:14""Recording Session""ID3:PictureType:15""Performance""ID3:PictureType:16"
-    "Capture from Movie or Video""ID3:PictureType:17""Bright(ly) Colored Fish""ID3:PictureType:18"
-    "Illustration""ID3:PictureType:19""Band Logo""ID3:PictureType:2""Other Icon""ID3:PictureType:20"
-    "Publisher Logo""ID3:PictureType:3""Front Cover""ID3:PictureType:4""Back Cover"
-    "ID3:PictureType:5""Leaflet""ID3:PictureType:6""ID3:PictureType:7""Lead Artist"
-    "ID3:PictureType:8""ID3:PictureType:9""ID3:PlayCounter""Play Counter""ID3:PlaylistDelay"
-    "Playlist Delay""ID3:Podcast""ID3:PodcastCategory""Podcast Category""ID3:PodcastDescription"
-    "Podcast Description""ID3:PodcastID""Podcast ID""ID3:PodcastKeywords""Podcast Keywords"
-    "ID3:PodcastURL""Podcast URL""ID3:Popularimeter""ID3:ProducedNotice""Produced Notice"
-    "ID3:Publisher""ID3:PublisherURL""Publisher URL""ID3:RecordingDates""Recording Dates"
-    "ID3:RecordingTime""Recording Time""ID3:RelativeVolumeAdjustment""Relative Volume Adjustment"
-    "ID3:ReleaseTime""Release Time""ID3:SetSubtitle""Set Subtitle""ID3:Size""ID3:SourceURL"
-    "Source URL""ID3:Speed""ID3:Speed:1""Slow""ID3:Speed:2""Medium""ID3:Speed:3""Fast""ID3:Speed:4"
-    "ID3:StartTime""Start Time""ID3:Subtitle""ID3:SynchronizedLyricsDescription"
-    "Synchronized Lyrics Description""ID3:SynchronizedLyricsText""Synchronized Lyrics Text"
-    "ID3:SynchronizedLyricsType""Synchronized Lyrics Type""ID3:SynchronizedLyricsType:0"
-    "ID3:SynchronizedLyricsType:1""ID3:SynchronizedLyricsType:2""Text Transcription"
-    "ID3:SynchronizedLyricsType:3""Movement/part Name""ID3:SynchronizedLyricsType:4""Events"
-    "ID3:SynchronizedLyricsType:5""Chord""ID3:SynchronizedLyricsType:6"
-    "Trivia/\"pop-up\" Information""ID3:SynchronizedLyricsType:7""Web Page URL"
-    "ID3:SynchronizedLyricsType:8""Image URL""ID3:TaggingTime""Tagging Time""ID3:TermsOfUse"
-    "Terms Of Use""ID3:Time""ID3:Title""ID3:Title2""Title 2""ID3:TitleSortOrder""Title Sort Order"
-    "ID3:Track""ID3:UserDefinedText""User Defined Text""ID3:UserDefinedURL""User Defined URL"
-    "ID3:WM_CollectionGroupID""WM Collection Group ID""ID3:WM_CollectionID""WM Collection ID"
-    "ID3:WM_ContentID""WM Content ID""ID3:WM_MediaClassPrimaryID""WM Media Class Primary ID"
-    "ID3:WM_MediaClassSecondaryID""WM Media Class Secondary ID""ID3:WM_Provider""WM Provider"
-    "ID3:Year""ID3:iTunesU""iTunes U""相册""图像作者""文件格式""Artiste""Artiste 2""Non""Oui"
-    "Propriétaire du fichier""Type de fichier""URL du fichier""Nom du fichier original"
-    "Description de l'image""Heure de version""Lent""Moyenne""Rapide""Matérielle""Heure""Année"
-    "Künstler""Nein""Ja""Dateityp""Gruppierung""Original Dateiname""Veröffentlichungszeit""Zeit"
-    "Jahr""Ordinamento album-artista""Ordinamento album""Persona che ha creato l'immagine"
-    "Artista 2""URL artista""Livello medio""Battiti al minuto""URL pubblicitario""Sì""Compositore"
-    "Ordinamento compositore""Direttore d'orchestra""URL copyright""Codificato da"
-    "Impostazioni codificatore""Durata codifica""Ora fine""Proprietario del file""Tipo di file"
-    "URL file""Genere""Rock classico""New age""Umoristica""Parlato""Musica da camera""Sinfonia"
-    "Basso booty""Porn groove""Vecchi successi""Satira""Slow jam""Ballata""Power ballad"
-    "Rhythmic soul""Altro""Duetto""Punk rock""Batteria solo""Euro-house""Dance hall"
-    "Batteria e basso""Club-house""Terrore""Punk polacco""Heavy metal""Black metal""Rock cristiano"
-    "Thrash metal""Nazione""Death metal""Colonna sonora""Euro-techno""Ambientale""Trip-hop"
-    "Jazz+funk""Classica""Strumentale""Gioco""Clip sonora""Rumore""Medidativa""Pop strumentale"
-    "Rock strumentale""Etnica""Gotica""Techno-industrial""Elettronica""Pop-folk""Southern rock"
-    "Commedia""Rap cristiano""Pop/funk""Nativi americani""New wave""Hip-hop""Lo-fi""Tribale"
-    "Acid punk""Acid jazz""Retrò""Rock & roll""Hard rock""Folk-rock""Folklore nazionale""Latina"
-    "Celtica""Avanguardia""Rock gotico""Progressive rock""Rock psichedelica""Rock sinfonico"
-    "Slow rock""Big band""Coro""Easy listening""Acustica""Copertina""Raggruppamento"
-    "Chiave iniziale""Nome stazione radio internet""Proprietario stazione radio internet"
-    "URL stazione radio internet""Interpetrato da""Persone coinvolte""Durata""Paroliere"
-    "Identificativo CD musicale""Info sul musicista""Album originale""Artista originale"
-    "Nome file originale""Paroliere originale""Ora di rilascio originale"
-    "Anno di rilascio originale""Parte del gruppo""URL pagamento""Valore di picco"
-    "Ordinamento interprete""Immagine""Descrizione immagine""Formato immagine""MIME type immagine"
-    "Tipo immagine""Icona PNG 32x32""Studio/luogo registrazione""Sessione registrazione"
-    "Interpretazione""Acquisizione da film o video""Pesci dai vivaci colori""Illustrazione"
-    "Logo band""Altra icona""Logo editore""Retrocopertina""Volantino""Artista principale""Artista"
-    "Conteggio esecuzioni""Attesa playlist""Note prodotte""URL editore""Date registrazioni"
-    "Tempo registrazione""Correzione relativa volume""Ora di rilascio""Imposta sottotitoli"
-    "Dimensioni""URL fonte""Velocità""Lento""Medio""Veloce""Ora inizio""Sottotitolo""Ora tag"
-    "Termini di utilizzo""Ora""Titolo 2""Ordinamento titolo""Traccia""Testo personalizzato"
-    "URL personalizzato""Anno""ITunes U""アルバム""画像作成者""いいえ""はい""ファイルタイプ""リリース時間""時間""Álbum"
-    "Nivel Medio""Si""Compositor""Director""Codificado por""Hora de codificación"
-    "Propietario del Archivo""Tipo Archivo""Género""Otro""Clave inicial""Letras""Artista original"
-    "Nombre archivo original""Letrista Original""Año Versión Original""Imágen""Descripción Imágen"
-    "Tipo Imágen""Icono PNG 32x32""Letrista""Sesión Grabación""Interpretación""Ilustración"
-    "Otro Icono""Cubierta Frontal""Cubierta Posterior""Soporte""Hora Lanzamiento""Rápido""Subtitulo"
-    "Pista""Año""IPTC""ApplicationRecordVersion""ObjectTypeReference""ObjectAttributeReference"
-    "ObjectName""EditStatus""EditorialUpdate""Urgency""SubjectReference""SupplementalCategories"
-    "FixtureIdentifier""ContentLocationCode""ContentLocationName""ReleaseDate""ExpirationDate"
-    "ExpirationTime""SpecialInstructions""ActionAdvised""ReferenceService""ReferenceDate"
-    "ReferenceNumber""DateCreated""TimeCreated""DigitalCreationDate""DigitalCreationTime"
-    "OriginatingProgram""ProgramVersion""ObjectCycle""By-line""By-lineTitle""City""Sub-location"
-    "Province-State""Country-PrimaryLocationCode""Country-PrimaryLocationName"
-    "OriginalTransmissionReference""Headline""Credit""CopyrightNotice""Contact""Caption-Abstract"
-    "LocalCaption""Writer-Editor""ImageType""ImageOrientation""LanguageIdentifier""AudioType"
-    "AudioSamplingRate""AudioSamplingResolution""AudioDuration""AudioOutcue""JobID"
-    "MasterDocumentID""ShortDocumentID""UniqueDocumentID""OwnerID""ObjectPreviewFileFormat"
-    "ObjectPreviewFileVersion""ObjectPreviewData""Prefs""ClassifyState""SimilarityIndex"
-    "DocumentNotes""DocumentHistory""ExifCameraInfo""CatalogSets""EnvelopeRecordVersion"
-    "Destination""FileFormat""FileVersion""ServiceIdentifier""EnvelopeNumber""ProductID"
-    "EnvelopePriority""DateSent""TimeSent""CodedCharacterSet""UniqueObjectName""ARMIdentifier"
-    "ARMVersion""NewsPhotoVersion""IPTCPictureNumber""IPTCImageWidth""IPTCImageHeight"
-    "IPTCPixelWidth""IPTCPixelHeight""SupplementalType""ColorRepresentation""InterchangeColorSpace"
-    "ColorSequence""ColorCalibrationMatrix""LookupTable""NumIndexEntries""ColorPalette"
-    "IPTCBitsPerSample""SampleStructure""ScanningDirection""IPTCImageRotation"
-    "DataCompressionMethod""QuantizationMethod""EndPoints""ExcursionTolerance""BitsPerComponent"
-    "MaximumDensityRange""GammaCompensatedValue""SubFile""ConfirmedObjectSize""SizeMode"
-    "MaxSubfileSize""ObjectSizeAnnounced""MaximumObjectSize""01""02""03""04""a""b""p""P""0T""1A""1C"
-    "1M""1Q""1R""1S""1V""1W""2A""2C""2M""2Q""2R""2S""2V""2W""773""1025""1026""1027""1028""1029"
-    "IPTC:ARMIdentifier""ARM Identifier""IPTC:ARMVersion""ARM Version""IPTC:ActionAdvised"
-    "Action Advised""IPTC:ActionAdvised:""IPTC:ActionAdvised:01""Object Kill""IPTC:ActionAdvised:02"
-    "Object Replace""IPTC:ActionAdvised:03""Object Append""IPTC:ActionAdvised:04""Object Reference"
-    "IPTC:ApplicationRecordVersion""Application Record Version""IPTC:AudioDuration""Audio Duration"
-    "IPTC:AudioOutcue""Audio Outcue""IPTC:AudioSamplingRate""Audio Sampling Rate"
-    "IPTC:AudioSamplingResolution""Audio Sampling Resolution""IPTC:AudioType""Audio Type"
-    "IPTC:AudioType:0T""Text Only""IPTC:AudioType:1A""Mono Actuality""IPTC:AudioType:1C"
-    "Mono Question and Answer Session""IPTC:AudioType:1M""Mono Music""IPTC:AudioType:1Q"
-    "Mono Response to a Question""IPTC:AudioType:1R""Mono Raw Sound""IPTC:AudioType:1S""Mono Scener"
-    "IPTC:AudioType:1V""Mono Voicer""IPTC:AudioType:1W""Mono Wrap""IPTC:AudioType:2A"
-    "Stereo Actuality""IPTC:AudioType:2C""Stereo Question and Answer Session""IPTC:AudioType:2M"
-    "Stereo Music""IPTC:AudioType:2Q""Stereo Response to a Question""IPTC:AudioType:2R"
-    "Stereo Raw Sound""IPTC:AudioType:2S""Stereo Scener""IPTC:AudioType:2V""Stereo Voicer"
-    "IPTC:AudioType:2W""Stereo Wrap""IPTC:BitsPerComponent""Bits Per Component""IPTC:By-line"
-    "IPTC:By-lineTitle""By-line Title""IPTC:Caption-Abstract""IPTC:CatalogSets""Catalog Sets"
-    "IPTC:Category""IPTC:City""IPTC:ClassifyState""Classify State""IPTC:CodedCharacterSet"
-    "Coded Character Set""IPTC:ColorCalibrationMatrix""Color Calibration Matrix""IPTC:ColorPalette"
-    "Color Palette""IPTC:ColorRepresentation""Color Representation""IPTC:ColorRepresentation:0"
-    "No Image, Single Frame""IPTC:ColorRepresentation:1024""4 Components, Single Frame"
-    "IPTC:ColorRepresentation:1025""4 Components, Frame Sequential in Multiple Objects"
-    "IPTC:ColorRepresentation:1026""4 Components, Frame Sequential in One Object"
-    "IPTC:ColorRepresentation:1027""4 Components, Line Sequential""IPTC:ColorRepresentation:1028"
-    "4 Components, Pixel Sequential""IPTC:ColorRepresentation:1029"
-    "4 Components, Special Interleaving""IPTC:ColorRepresentation:256""Monochrome, Single Frame"
-    "IPTC:ColorRepresentation:768""3 Components, Single Frame""IPTC:ColorRepresentation:769"
-    "3 Components, Frame Sequential in Multiple Objects""IPTC:ColorRepresentation:770"
-    "3 Components, Frame Sequential in One Object""IPTC:ColorRepresentation:771"
-    "3 Components, Line Sequential""IPTC:ColorRepresentation:772""3 Components, Pixel Sequential"
-    "IPTC:ColorRepresentation:773""3 Components, Special Interleaving""IPTC:ColorSequence"
-    "Color Sequence""IPTC:ConfirmedObjectSize""Confirmed Object Size""IPTC:Contact"
-    "IPTC:ContentLocationCode""Content Location Code""IPTC:ContentLocationName"
-    "Content Location Name""IPTC:CopyrightNotice""Copyright Notice"
-    "IPTC:Country-PrimaryLocationCode""Country-Primary Location Code"
-    "IPTC:Country-PrimaryLocationName""Country-Primary Location Name""IPTC:Credit"
-    "IPTC:DataCompressionMethod""Data Compression Method""IPTC:DateCreated""Date Created"
-    "IPTC:DateSent""Date Sent""IPTC:Destination""IPTC:DigitalCreationDate""Digital Creation Date"
-    "IPTC:DigitalCreationTime""Digital Creation Time""IPTC:DocumentHistory""Document History"
-    "IPTC:DocumentNotes""Document Notes""IPTC:EditStatus""Edit Status""IPTC:EditorialUpdate"
-    "Editorial Update""IPTC:EditorialUpdate:01""Additional language""IPTC:EndPoints""End Points"
-    "IPTC:EnvelopeNumber""Envelope Number""IPTC:EnvelopePriority""Envelope Priority"
-    "IPTC:EnvelopePriority:0""0 (reserved)""IPTC:EnvelopePriority:1""1 (most urgent)"
-    "IPTC:EnvelopePriority:2""IPTC:EnvelopePriority:3""IPTC:EnvelopePriority:4"
-    "IPTC:EnvelopePriority:5""5 (normal urgency)""IPTC:EnvelopePriority:6""IPTC:EnvelopePriority:7"
-    "IPTC:EnvelopePriority:8""8 (least urgent)""IPTC:EnvelopePriority:9""9 (user-defined priority)"
-    "IPTC:EnvelopeRecordVersion""Envelope Record Version""IPTC:ExcursionTolerance"
-    "Excursion Tolerance""IPTC:ExcursionTolerance:0""Not Allowed""IPTC:ExcursionTolerance:1"
-    "Allowed""IPTC:ExifCameraInfo""Exif Camera Info""IPTC:ExpirationDate""Expiration Date"
-    "IPTC:ExpirationTime""Expiration Time""IPTC:FileFormat""File Format""IPTC:FileFormat:0"
-    "No ObjectData""IPTC:FileFormat:1""IPTC-NAA Digital Newsphoto Parameter Record"
-    "IPTC:FileFormat:10""United Press International Down-Load Message""IPTC:FileFormat:11"
-    "JPEG File Interchange (JFIF)""IPTC:FileFormat:12""Photo-CD Image-Pac (Eastman Kodak)"
-    "IPTC:FileFormat:13""Bit Mapped Graphics File [.BMP] (Microsoft)""IPTC:FileFormat:14"
-    "Digital Audio File [.WAV] (Microsoft & Creative Labs)""IPTC:FileFormat:15"
-    "Audio plus Moving Video [.AVI] (Microsoft)""IPTC:FileFormat:16"
-    "PC DOS/Windows Executable Files [.COM][.EXE]""IPTC:FileFormat:17"
-    "Compressed Binary File [.ZIP] (PKWare Inc)""IPTC:FileFormat:18"
-    "Audio Interchange File Format AIFF (Apple Computer Inc)""IPTC:FileFormat:19"
-    "RIFF Wave (Microsoft Corporation)""IPTC:FileFormat:2""IPTC7901 Recommended Message Format"
-    "IPTC:FileFormat:20""Freehand (Macromedia/Aldus)""IPTC:FileFormat:21"
-    "Hypertext Markup Language [.HTML] (The Internet Society)""IPTC:FileFormat:22"
-    "MPEG 2 Audio Layer 2 (Musicom), ISO/IEC""IPTC:FileFormat:23""MPEG 2 Audio Layer 3, ISO/IEC"
-    "IPTC:FileFormat:24""Portable Document File [.PDF] Adobe""IPTC:FileFormat:25"
-    "News Industry Text Format (NITF)""IPTC:FileFormat:26""Tape Archive [.TAR]""IPTC:FileFormat:27"
-    "Tidningarnas Telegrambyra NITF version (TTNITF DTD)""IPTC:FileFormat:28"
-    "Ritzaus Bureau NITF version (RBNITF DTD)""IPTC:FileFormat:29""Corel Draw [.CDR]"
-    "IPTC:FileFormat:3""Tagged Image File Format (Adobe/Aldus Image data)""IPTC:FileFormat:4"
-    "Illustrator (Adobe Graphics data)""IPTC:FileFormat:5""AppleSingle (Apple Computer Inc)"
-    "IPTC:FileFormat:6""NAA 89-3 (ANPA 1312)""IPTC:FileFormat:7""MacBinary II""IPTC:FileFormat:8"
-    "IPTC Unstructured Character Oriented File Format (UCOFF)""IPTC:FileFormat:9"
-    "United Press International ANPA 1312 variant""IPTC:FileVersion""File Version"
-    "IPTC:FixtureIdentifier""Fixture Identifier""IPTC:GammaCompensatedValue"
-    "Gamma Compensated Value""IPTC:Headline""IPTC:ICC_Profile""IPTC:IPTC""IPTC:IPTCBitsPerSample"
-    "IPTC Bits Per Sample""IPTC:IPTCImageHeight""IPTC Image Height""IPTC:IPTCImageRotation"
-    "IPTC Image Rotation""IPTC:IPTCImageRotation:0""IPTC:IPTCImageRotation:1"
-    "IPTC:IPTCImageRotation:2""IPTC:IPTCImageRotation:3""270""IPTC:IPTCImageWidth""IPTC Image Width"
-    "IPTC:IPTCPictureNumber""IPTC Picture Number""IPTC:IPTCPixelHeight""IPTC Pixel Height"
-    "IPTC:IPTCPixelWidth""IPTC Pixel Width""IPTC:ImageOrientation""Image Orientation"
-    "IPTC:ImageOrientation:L""IPTC:ImageOrientation:P""IPTC:ImageOrientation:S""Square"
-    "IPTC:ImageType""Image Type""IPTC:InterchangeColorSpace""Interchange Color Space"
-    "IPTC:InterchangeColorSpace:1""X,Y,Z CIE""IPTC:InterchangeColorSpace:2""RGB SMPTE"
-    "IPTC:InterchangeColorSpace:3""Y,U,V (K) (D65)""IPTC:InterchangeColorSpace:4"
-    "RGB Device Dependent""IPTC:InterchangeColorSpace:5""CMY (K) Device Dependent"
-    "IPTC:InterchangeColorSpace:6""Lab (K) CIE""IPTC:InterchangeColorSpace:7""YCbCr"
-    "IPTC:InterchangeColorSpace:8""sRGB""IPTC:JobID""Job ID""IPTC:Keywords""IPTC:LanguageIdentifier"
-    "Language Identifier""IPTC:LocalCaption""Local Caption""IPTC:LookupTable""Lookup Table"
-    "IPTC:MasterDocumentID""Master Document ID""IPTC:MaxSubfileSize""Max Subfile Size"
-    "IPTC:MaximumDensityRange""Maximum Density Range""IPTC:MaximumObjectSize""Maximum Object Size"
-    "IPTC:NewsPhotoVersion""News Photo Version""IPTC:NumIndexEntries""Num Index Entries"
-    "IPTC:ObjectAttributeReference""Object Attribute Reference""IPTC:ObjectCycle""Object Cycle"
-    "IPTC:ObjectCycle:a""Morning""IPTC:ObjectCycle:b""Both Morning and Evening""IPTC:ObjectCycle:p"
-    "Evening""IPTC:ObjectName""Object Name""IPTC:ObjectPreviewData""Object Preview Data"
-    "IPTC:ObjectPreviewFileFormat""Object Preview File Format""IPTC:ObjectPreviewFileFormat:0"
-    "IPTC:ObjectPreviewFileFormat:1""IPTC:ObjectPreviewFileFormat:10"
-    "IPTC:ObjectPreviewFileFormat:11""IPTC:ObjectPreviewFileFormat:12"
-    "IPTC:ObjectPreviewFileFormat:13""IPTC:ObjectPreviewFileFormat:14"
-    "IPTC:ObjectPreviewFileFormat:15""IPTC:ObjectPreviewFileFormat:16"
-    "IPTC:ObjectPreviewFileFormat:17""IPTC:ObjectPreviewFileFormat:18"
-    "IPTC:ObjectPreviewFileFormat:19""IPTC:ObjectPreviewFileFormat:2"
-    "IPTC:ObjectPreviewFileFormat:20""IPTC:ObjectPreviewFileFormat:21"
-    "IPTC:ObjectPreviewFileFormat:22""IPTC:ObjectPreviewFileFormat:23"
-    "IPTC:ObjectPreviewFileFormat:24""IPTC:ObjectPreviewFileFormat:25"
-    "IPTC:ObjectPreviewFileFormat:26""IPTC:ObjectPreviewFileFormat:27"
-    "IPTC:ObjectPreviewFileFormat:28""IPTC:ObjectPreviewFileFormat:29"
-    "IPTC:ObjectPreviewFileFormat:3""IPTC:ObjectPreviewFileFormat:4""IPTC:ObjectPreviewFileFormat:5"
-    "IPTC:ObjectPreviewFileFormat:6""IPTC:ObjectPreviewFileFormat:7""IPTC:ObjectPreviewFileFormat:8"
-    "IPTC:ObjectPreviewFileFormat:9""IPTC:ObjectPreviewFileVersion""Object Preview File Version"
-    "IPTC:ObjectSizeAnnounced""Object Size Announced""IPTC:ObjectTypeReference"
-    "Object Type Reference""IPTC:OriginalTransmissionReference""Original Transmission Reference"
-    "IPTC:OriginatingProgram""Originating Program""IPTC:OwnerID""Owner ID""IPTC:Prefs"
-    "IPTC:ProductID""Product ID""IPTC:ProgramVersion""Program Version""IPTC:Province-State"
-    "IPTC:QuantizationMethod""Quantization Method""IPTC:QuantizationMethod:0"
-    "Linear Reflectance/Transmittance""IPTC:QuantizationMethod:1""Linear Density"
-    "IPTC:QuantizationMethod:2""IPTC Ref B""IPTC:QuantizationMethod:3""Linear Dot Percent"
-    "IPTC:QuantizationMethod:4""AP Domestic Analogue""IPTC:QuantizationMethod:5"
-    "Compression Method Specific""IPTC:QuantizationMethod:6""Color Space Specific"
-    "IPTC:QuantizationMethod:7""Gamma Compensated""IPTC:ReferenceDate""Reference Date"
-    "IPTC:ReferenceNumber""Reference Number""IPTC:ReferenceService""Reference Service"
-    "IPTC:ReleaseDate""Release Date""IPTC:ReleaseTime""IPTC:SampleStructure""Sample Structure"
-    "IPTC:SampleStructure:0""OrthogonalConstangSampling""IPTC:SampleStructure:1"
-    "Orthogonal4-2-2Sampling""IPTC:SampleStructure:2""CompressionDependent""IPTC:ScanningDirection"
-    "Scanning Direction""IPTC:ScanningDirection:0""L-R, Top-Bottom""IPTC:ScanningDirection:1"
-    "R-L, Top-Bottom""IPTC:ScanningDirection:2""L-R, Bottom-Top""IPTC:ScanningDirection:3"
-    "R-L, Bottom-Top""IPTC:ScanningDirection:4""Top-Bottom, L-R""IPTC:ScanningDirection:5"
-    "Bottom-Top, L-R""IPTC:ScanningDirection:6""Top-Bottom, R-L""IPTC:ScanningDirection:7"
-    "Bottom-Top, R-L""IPTC:ServiceIdentifier""Service Identifier""IPTC:ShortDocumentID"
-    "Short Document ID""IPTC:SimilarityIndex""Similarity Index""IPTC:SizeMode""Size Mode"
-    "IPTC:SizeMode:0""Size Not Known""IPTC:SizeMode:1""Size Known""IPTC:Source"
-    "IPTC:SpecialInstructions""Special Instructions""IPTC:Sub-location""IPTC:SubFile""Sub File"
-    "IPTC:SubjectReference""Subject Reference""IPTC:SupplementalCategories""Supplemental Categories"
-    "IPTC:SupplementalType""Supplemental Type""IPTC:SupplementalType:0""Main Image"
-    "IPTC:SupplementalType:1""Reduced Resolution Image""IPTC:SupplementalType:2""Logo"
-    "IPTC:SupplementalType:3""Rasterized Caption""IPTC:TimeCreated""Time Created""IPTC:TimeSent"
-    "Time Sent""IPTC:UniqueDocumentID""Unique Document ID""IPTC:UniqueObjectName"
-    "Unique Object Name""IPTC:Urgency""IPTC:Urgency:0""IPTC:Urgency:1""IPTC:Urgency:2"
-    "IPTC:Urgency:3""IPTC:Urgency:4""IPTC:Urgency:5""IPTC:Urgency:6""IPTC:Urgency:7""IPTC:Urgency:8"
-    "IPTC:Urgency:9""IPTC:Writer-Editor""说明""城市""版权信息""国家""创建日期""格式""州／省""追加类别""紧急度""说明作者"
-    "Identificateur ARM""Version ARM""Action conseillée""Détruire un objet""Remplacer un objet"
-    "Ajouter un objet""Référencer un objet""Version d'enregistrement de l'application""Durée audio"
-    "Queue audio""Taux d'échantillonnage audio""Résolution d'échantillonnage audio""Type audio"
-    "Texte seul (pas de données d'objet)""Actualité (audio mono (1 canal)"
+    "Distancia Focal en Película de 35 mm" "Referencia Altitud" "Nivel del Mar"
+    "Referencia Nivel del Mar (valor negativo)" "Precisión Medición" "Fecha GPS"
+    "Dirección de Imagen" "Referencia para Dirección de Imagen" "Dirección magnética"
+    "Dirección real" "Latitud Norte o Sur" "Latitud norte" "Latitud sur" "Longitud Este u Oeste"
+    "Longitud Este" "Longitud Oeste" "Dato Medición Geodésica Usado" "Unidad Velocidad"
+    "Kilómetros por hora" "Millas por hora" "Nudos" "Estado Receptor GPS" "Medición Activa"
+    "Medición Vacía" "Hora GPS (reloj atómico)" "Referencia de Dirección de Movimiento"
+    "Versión Etiqueta GPS" "Apertura Lente Máxima" "Tipo Captura Escena" "Escena nocturna"
+    "Equilibrio del blanco manual |\302\240Hold" "LensShading" "PreviewImage" "MaxAperture"
+    "CameraDateTime" "ISO" "HP:CameraDateTime" "Camera Date Time" "HP:ExposureTime" "HP:FNumber"
+    "HP:FirmwareVersion" "HP:ISO" "HP:LensShading" "Lens Shading" "HP:MaxAperture" "Max Aperture"
+    "HP:PreviewImage" "Preview Image" "HP:SerialNumber" "镜头光圈最大值"
+    "Date et heure de l'appareil photo" "Sensibilité ISO" "Teinte de l'objectif"
+    "Ouverture maximale" "Aperçu de l'image" "ISO-Empfindlichkeit" "Größte Blende" "Vorschaubild"
+    "Data/ora fotocamera" "Sensibilità ISO" "Massima apertura delle lenti" "Immagine anteprima"
+    "ISOスピードレート" "最大絞り" "プレビューイメージ" "Ratio Velocidad ISO" "Máxima Apertura del Objetivo"
+    "Vista Previa" "Abstract" "Author" "Classification" "ContentLanguage" "Copyright" "Description"
+    "Distribution" "DocClass" "DocRights" "DocType" "Formatter" "Generator" "GeneratorVersion"
+    "GoogleBot" "Keywords" "NoMSSmartTags" "Originator" "Owner" "ProgID" "Refresh" "ResourceType"
+    "RevisitAfter" "Robots" "Title" "Category" "Characters" "CharactersWithSpaces" "Company"
+    "CreateDate" "LastAuthor" "LastPrinted" "ModifyDate" "Lines" "Manager" "Pages" "Paragraphs"
+    "RevisionNumber" "Subject" "Template" "TotalEditTime" "Words" "Contributor" "Coverage" "Creator"
+    "Date" "Format" "Identifier" "Language" "Publisher" "Relation" "Rights" "Source" "Type"
+    "CacheControl" "ContentDisposition" "ContentScriptType" "ContentStyleType" "ContentType"
+    "DefaultStyle" "Expires" "ExtCache" "ImageToolbar" "Lotus" "PageEnter" "PageExit" "PicsLabel"
+    "Pragma" "ReplyTo" "SetCookie" "SiteEnter" "SiteExit" "Vary" "WindowTarget" "CharacterSet"
+    "Depth" "Files" "Footnotes" "KByteSize" "MaxPageNormal" "MultimediaType" "Narrator" "PageFront"
+    "PageNormal" "PageSpecial" "ProdNotes" "ProducedDate" "Producer" "Revision" "RevisionDate"
+    "SetInfo" "Sidebars" "SourceDate" "SourceEdition" "SourcePublisher" "SourceRights" "SourceTitle"
+    "TOCItems" "RecEngineer" "RecLocation" "ObjectType" "HTML:Abstract" "HTML:Author"
+    "HTML:CacheControl" "Cache Control" "HTML:Category" "HTML:CharacterSet" "Character Set"
+    "HTML:Characters" "HTML:CharactersWithSpaces" "Characters With Spaces" "HTML:Classification"
+    "HTML:Company" "HTML:ContentDisposition" "Content Disposition" "HTML:ContentLanguage"
+    "Content Language" "HTML:ContentScriptType" "Content Script Type" "HTML:ContentStyleType"
+    "Content Style Type" "HTML:ContentType" "Content Type" "HTML:Contributor" "HTML:Copyright"
+    "HTML:Coverage" "HTML:CreateDate" "Create Date" "HTML:Creator" "HTML:Date" "HTML:DefaultStyle"
+    "Default Style" "HTML:Depth" "HTML:Description" "HTML:Distribution" "HTML:DocClass" "Doc Class"
+    "HTML:DocRights" "Doc Rights" "HTML:DocType" "Doc Type" "HTML:Duration" "HTML:Expires"
+    "HTML:ExtCache" "Ext Cache" "HTML:Files" "HTML:Footnotes" "HTML:Format" "HTML:Formatter"
+    "HTML:Generator" "HTML:GeneratorVersion" "Generator Version" "HTML:GoogleBot" "Google Bot"
+    "HTML:Identifier" "HTML:ImageToolbar" "Image Toolbar" "HTML:KByteSize" "K Byte Size"
+    "HTML:Keywords" "HTML:Language" "HTML:LastAuthor" "Last Author" "HTML:LastPrinted"
+    "Last Printed" "HTML:Lines" "HTML:Lotus" "HTML:Manager" "HTML:MaxPageNormal" "Max Page Normal"
+    "HTML:ModifyDate" "Modify Date" "HTML:MultimediaType" "Multimedia Type" "HTML:Narrator"
+    "HTML:NoMSSmartTags" "No MS Smart Tags" "HTML:ObjectType" "Object Type" "HTML:Originator"
+    "HTML:Owner" "HTML:PageEnter" "Page Enter" "HTML:PageExit" "Page Exit" "HTML:PageFront"
+    "Page Front" "HTML:PageNormal" "Page Normal" "HTML:PageSpecial" "Page Special" "HTML:Pages"
+    "HTML:Paragraphs" "HTML:PicsLabel" "Pics Label" "HTML:Pragma" "HTML:ProdNotes" "Prod Notes"
+    "HTML:ProducedDate" "Produced Date" "HTML:Producer" "HTML:ProgID" "Prog ID" "HTML:Publisher"
+    "HTML:Rating" "HTML:RecEngineer" "Rec Engineer" "HTML:RecLocation" "Rec Location" "HTML:Refresh"
+    "HTML:Relation" "HTML:ReplyTo" "Reply To" "HTML:ResourceType" "Resource Type" "HTML:Revision"
+    "HTML:RevisionDate" "Revision Date" "HTML:RevisionNumber" "Revision Number" "HTML:RevisitAfter"
+    "Revisit After" "HTML:Rights" "HTML:Robots" "HTML:SetCookie" "Set Cookie" "HTML:SetInfo"
+    "Set Info" "HTML:Sidebars" "HTML:SiteEnter" "Site Enter" "HTML:SiteExit" "Site Exit"
+    "HTML:Source" "HTML:SourceDate" "Source Date" "HTML:SourceEdition" "Source Edition"
+    "HTML:SourcePublisher" "Source Publisher" "HTML:SourceRights" "Source Rights" "HTML:SourceTitle"
+    "Source Title" "HTML:Subject" "HTML:TOCItems" "TOC Items" "HTML:Template" "HTML:Title"
+    "HTML:TotalEditTime" "Total Edit Time" "HTML:Type" "HTML:Vary" "HTML:WindowTarget"
+    "Window Target" "HTML:Words" "作者" "类别" "专利拥有者" "数字数据产生的日期和时间" "关键字" "文件改变的日期和时间" "来源" "主题" "标题"
+    "Auteur" "Catégorie" "Jeu de caractères" "Contributeur" "Propriétaire du copyright" "Couverture"
+    "Date de création des données numériques" "Créateur" "Fichiers" "Bot Google" "Identifiant"
+    "Mots-clés" "Langage" "Date de modification du fichier" "Propriétaire" "Producteur" "Editeur"
+    "Numéro de révision" "Droits" "Sujet" "Titre" "Autor" "Kategorie" "Zeichensatz" "Mitwirkender"
+    "Urheberrechtsvermerk" "Anwendungsbereich" "Digitalisierungsdatum/-uhrzeit" "Ersteller" "Datum"
+    "Beschreibung" "Schlüsselwörter" "Sprache" "Änderungsdatum" "Besitzer" "Seiten" "Produzent"
+    "Herausgeber" "Revisionsdatum" "Revisionsnummer" "Rechte" "Quelle" "Themen/Schlüsselwörter"
+    "Titel" "Typ" "Sommario" "Autore" "Categoria" "Set di caratteri" "Caratteri"
+    "Caratteri con spazi" "Titolare del copyright" "Data di creazione" "Creatore" "Data"
+    "Descrizione" "Scade" "File" "Formato" "Parole chiave" "Lingua" "Linee" "Data modifica"
+    "ID programma" "Editore" "Aggiorna" "Relazione" "Rispondi a" "Tipo risorsa" "Revisione"
+    "Data revisione" "Numero revisione" "Robot" "Imposta cookie" "Imposta info" "Barre laterali"
+    "Origine" "Titolo fonte" "Soggetto" "Modello" "Titolo" "カテゴリー" "キャラクターセット" "版権所有者" "デジタルデータ作成日時"
+    "製作者" "日付" "説明" "キーワード" "ファイル作成日時" "ソース" "サブジェクト" "タイトル" "タイプ" "Categoría"
+    "Conjunto de Caracteres" "Copyright Perfil" "Fecha y Hora de Datos Digital" "Creador" "Fecha"
+    "Descripción" "Clave" "Idioma" "Fecha y Hora de Cambio del Archivo" "Propietario" "Productor"
+    "Editor" "Número Revisión" "Fuente" "Sujeto" "Título" "Tipo" "ChromaticityChannels"
+    "ChromaticityColorant" "ChromaticityChannel1" "ChromaticityChannel2" "ChromaticityChannel3"
+    "ChromaticityChannel4" "ColorantCount" "Colorant1Name" "Colorant1Coordinates" "Colorant2Name"
+    "Colorant2Coordinates" "Colorant3Name" "Colorant3Coordinates" "ProfileCMMType" "ProfileVersion"
+    "ProfileClass" "ColorSpaceData" "ProfileConnectionSpace" "ProfileDateTime"
+    "ProfileFileSignature" "PrimaryPlatform" "CMMFlags" "DeviceManufacturer" "DeviceModel"
+    "DeviceAttributes" "RenderingIntent" "ConnectionSpaceIlluminant" "ProfileCreator" "ProfileID"
+    "AToB0" "AToB1" "AToB2" "AToB3" "AToM0" "BToA0" "BToA1" "BToA2" "BToA3" "BToD0" "BToD1" "BToD2"
+    "BToD3" "CXF" "DToB0" "DToB1" "DToB2" "DToB3" "MToA0" "MToB0" "MToB1" "MToB2" "MToB3" "MToS0"
+    "MToS1" "MToS2" "MToS3" "WCSProfiles" "BRDFAToB0" "BRDFAToB1" "BRDFAToB2" "BRDFAToB3"
+    "BRDFBToA0" "BRDFBToA1" "BRDFBToA2" "BRDFBToA3" "BRDFBToD0" "BRDFBToD1" "BRDFBToD2" "BRDFBToD3"
+    "BRDFDToB0" "BRDFDToB1" "BRDFDToB2" "BRDFDToB3" "BRDFMToB0" "BRDFMToB1" "BRDFMToB2" "BRDFMToB3"
+    "BRDFMToS0" "BRDFMToS1" "BRDFMToS2" "BRDFMToS3" "BlueTRC" "BlueMatrixColumn"
+    "BRDFColorimetricParam0" "BRDFColorimetricParam1" "BRDFColorimetricParam2"
+    "BRDFColorimetricParam3" "UCRBG" "MediaBlackPoint" "BRDFSpectralParam0" "BRDFSpectralParam1"
+    "BRDFSpectralParam2" "BRDFSpectralParam3" "CustomToStandardPcc" "CalibrationDateTime"
+    "ColorEncodingParams" "ChromaticAdaptation" "ColorimetricIntentImageState" "ColorantInfoOut"
+    "ColorantOrderOut" "ColorantTableOut" "ColorantOrder" "ProfileCopyright" "CRDInfo"
+    "ColorSpaceName" "DirectionalAToB0" "DirectionalAToB1" "DirectionalAToB2" "DirectionalAToB3"
+    "DirectionalBToA0" "DirectionalBToA1" "DirectionalBToA2" "DirectionalBToA3" "DirectionalBToD0"
+    "DirectionalBToD1" "DirectionalBToD2" "DirectionalBToD3" "DirectionalDToB0" "DirectionalDToB1"
+    "DirectionalDToB2" "DirectionalDToB3" "ProfileDescription" "DeviceSettings" "DeviceModelDesc"
+    "DeviceMfgDesc" "ProfileDescriptionML" "FocalPlaneColorimetryEstimates" "GreenTRC"
+    "GreenMatrixColumn" "Gamut" "GamutBoundaryDescription0" "GamutBoundaryDescription1"
+    "GamutBoundaryDescription2" "GamutBoundaryDescription3" "GrayTRC" "Luminance"
+    "MultiplexTypeArray" "MultiplexDefaultValues" "MeasurementInputInfo" "MeasurementInfo"
+    "MakeAndModel" "NamedColor2" "NamedColor" "NativeDisplayInfo" "Preview0" "Preview1" "Preview2"
+    "PS2RenderingIntent" "PostScript2CSA" "PostScript2CRD0" "PostScript2CRD1" "PostScript2CRD2"
+    "PostScript2CRD3" "ProfileSequenceDesc" "ProfileSequenceIdentifier" "ProfileSequenceInfo"
+    "PS2CRDVMSize" "RedTRC" "RedMatrixColumn" "OutputResponse" "ReferenceName"
+    "ReflectionHardcopyOrigColorimetry" "PerceptualRenderingIntentGamut"
+    "SaturationRenderingIntentGamut" "ReflectionPrintOutputColorimetry" "StandardToCustomPcc"
+    "SceneAppearanceEstimates" "SceneColorimetryEstimates" "ScreeningDesc" "Screening" "SurfaceMap"
+    "SpectralViewingConditions" "SpectralWhitePoint" "CharTarget" "Technology" "VideoCardGamma"
+    "ViewingCondDesc" "MediaWhitePoint" "MeasurementObserver" "MeasurementBacking"
+    "MeasurementGeometry" "MeasurementFlare" "MeasurementIlluminant" "CreatorApp" "ManufacturerName"
+    "MediaColor" "MediaWeight" "ViewingCondIlluminant" "ViewingCondSurround"
+    "ViewingCondIlluminantType" "" "4d2p" "AAMA" "ACER" "ACLT" "ACTI" "ADAR" "ADBE" "ADI " "AGFA"
+    "ALMD" "ALPS" "ALWN" "AMTI" "AOC " "APAG" "APPL" "AST " "AT&T" "BAEL" "BRCO" "BRKP" "BROT"
+    "BULL" "BUS " "C-IT" "CAMR" "CANO" "CARR" "CASI" "CBUS" "CEL " "CELx" "CGS " "CHM " "CIGL"
+    "CITI" "CL00" "CLIQ" "CMCO" "CMiX" "COLO" "COMP" "COMp" "CONR" "CORD" "CPQ " "CPRO" "CRN "
+    "CTX " "CVIS" "CWC " "DARI" "DATA" "DCP " "DCRC" "DELL" "DIC " "DICO" "DIGI" "DL&C" "DPLG"
+    "DS  " "DSOL" "DUPN" "EPSO" "ESKO" "ETRI" "EVER" "EXAC" "Eizo" "FALC" "FF  " "FFEI" "FNRD"
+    "FORA" "FORE" "FP  " "FPA " "FUJI" "FX  " "GCC " "GGSL" "GMB " "GMG " "GOLD" "GOOG" "GPRT"
+    "GTMB" "GVC " "GW2K" "HCI " "HDM " "HERM" "HITA" "HP  " "HTC " "HiTi" "IBM " "IDNT" "IEC "
+    "IIYA" "IKEG" "IMAG" "IMI " "INTC" "INTL" "INTR" "IOCO" "IPS " "IRIS" "ISL " "ITNL" "IVM "
+    "IWAT" "Idnt" "Inca" "Iris" "JPEG" "JSFT" "JVC " "KART" "KFC " "KLH " "KMHD" "KNCA" "KODA"
+    "KYOC" "Kart" "LCAG" "LCCD" "LDAK" "LEAD" "LEXM" "LINK" "LINO" "LITE" "Leaf" "Lino" "MAGC"
+    "MAGI" "MANN" "MICN" "MICR" "MICV" "MINO" "MITS" "MITs" "MNLT" "MODG" "MONI" "MONS" "MORS"
+    "MOTI" "MSFT" "MUTO" "Mits" "NANA" "NEC " "NEXP" "NISS" "NKON" "NONE" "OCE " "OCEC" "OKI "
+    "OKID" "OKIP" "OLIV" "OLYM" "ONYX" "OPTI" "PACK" "PANA" "PANT" "PBN " "PFU " "PHIL" "PNTX"
+    "POne" "PREM" "PRIN" "PRIP" "QLUX" "QMS " "QPCD" "QUAD" "QUME" "RADI" "RDDx" "RDG " "REDM"
+    "RELI" "RGMS" "RICO" "RNLD" "ROYA" "RPC " "RTL " "SAMP" "SAMS" "SANT" "SCIT" "SCRN" "SDP "
+    "SEC " "SEIK" "SEIk" "SGUY" "SHAR" "SICC" "SONY" "SPCL" "STAR" "STC " "Scit" "Sdp " "TALO"
+    "TAND" "TATU" "TAXA" "TDS " "TECO" "TEGR" "TEKT" "TI  " "TMKR" "TOSB" "TOSH" "TOTK" "TRIU"
+    "TSBT" "TTX " "TVM " "TW  " "ULSX" "UNIS" "UTZF" "VARI" "VIEW" "VISL" "VIVO" "WANG" "WLBR"
+    "WTG2" "WYSE" "XERX" "XRIT" "Z123" "ZRAN" "Zebr" "appl" "bICC" "berg" "ceyd" "clsp" "ds  "
+    "dupn" "ffei" "flux" "iris" "kart" "lcms" "lino" "none" "ob4d" "obic" "quby" "scit" "scrn"
+    "sdp " "siwi" "yxym" "abst" "cenc" "link" "mid " "mlnk" "mntr" "mvis" "nkpf" "nmcl" "prtr"
+    "scnr" "spac" "SGI " "SUNW" "TGNT" "prmg" "AMD " "CRT " "KPCD" "PMD " "dcam" "dcpj" "dmpc"
+    "dsub" "epho" "esta" "flex" "fprn" "fscn" "grav" "ijet" "imgs" "mpfr" "mpfs" "offs" "pjtv"
+    "rpho" "rscn" "silk" "twax" "vidc" "vidm" "ICC_Profile:AToB0" "A To B0" "ICC_Profile:AToB1"
+    "A To B1" "ICC_Profile:AToB2" "A To B2" "ICC_Profile:AToB3" "A To B3" "ICC_Profile:AToM0"
+    "A To M0" "ICC_Profile:BRDFAToB0" "BRDFA To B0" "ICC_Profile:BRDFAToB1" "BRDFA To B1"
+    "ICC_Profile:BRDFAToB2" "BRDFA To B2" "ICC_Profile:BRDFAToB3" "BRDFA To B3"
+    "ICC_Profile:BRDFBToA0" "BRDFB To A0" "ICC_Profile:BRDFBToA1" "BRDFB To A1"
+    "ICC_Profile:BRDFBToA2" "BRDFB To A2" "ICC_Profile:BRDFBToA3" "BRDFB To A3"
+    "ICC_Profile:BRDFBToD0" "BRDFB To D0" "ICC_Profile:BRDFBToD1" "BRDFB To D1"
+    "ICC_Profile:BRDFBToD2" "BRDFB To D2" "ICC_Profile:BRDFBToD3" "BRDFB To D3"
+    "ICC_Profile:BRDFColorimetricParam0" "BRDF Colorimetric Param 0"
+    "ICC_Profile:BRDFColorimetricParam1" "BRDF Colorimetric Param 1"
+    "ICC_Profile:BRDFColorimetricParam2" "BRDF Colorimetric Param 2"
+    "ICC_Profile:BRDFColorimetricParam3" "BRDF Colorimetric Param 3" "ICC_Profile:BRDFDToB0"
+    "BRDFD To B0" "ICC_Profile:BRDFDToB1" "BRDFD To B1" "ICC_Profile:BRDFDToB2" "BRDFD To B2"
+    "ICC_Profile:BRDFDToB3" "BRDFD To B3" "ICC_Profile:BRDFMToB0" "BRDFM To B0"
+    "ICC_Profile:BRDFMToB1" "BRDFM To B1" "ICC_Profile:BRDFMToB2" "BRDFM To B2"
+    "ICC_Profile:BRDFMToB3" "BRDFM To B3" "ICC_Profile:BRDFMToS0" "BRDFM To S0"
+    "ICC_Profile:BRDFMToS1" "BRDFM To S1" "ICC_Profile:BRDFMToS2" "BRDFM To S2"
+    "ICC_Profile:BRDFMToS3" "BRDFM To S3" "ICC_Profile:BRDFSpectralParam0" "BRDF Spectral Param 0"
+    "ICC_Profile:BRDFSpectralParam1" "BRDF Spectral Param 1" "ICC_Profile:BRDFSpectralParam2"
+    "BRDF Spectral Param 2" "ICC_Profile:BRDFSpectralParam3" "BRDF Spectral Param 3"
+    "ICC_Profile:BToA0" "B To A0" "ICC_Profile:BToA1" "B To A1" "ICC_Profile:BToA2" "B To A2"
+    "ICC_Profile:BToA3" "B To A3" "ICC_Profile:BToD0" "B To D0" "ICC_Profile:BToD1" "B To D1"
+    "ICC_Profile:BToD2" "B To D2" "ICC_Profile:BToD3" "B To D3" "ICC_Profile:BlueMatrixColumn"
+    "Blue Matrix Column" "ICC_Profile:BlueTRC" "Blue Tone Reproduction Curve" "ICC_Profile:CMMFlags"
+    "CMM Flags" "ICC_Profile:CRDInfo" "CRD Info" "ICC_Profile:CXF" "ICC_Profile:CalibrationDateTime"
+    "Calibration Date Time" "ICC_Profile:CharTarget" "Char Target" "ICC_Profile:ChromaticAdaptation"
+    "Chromatic Adaptation" "ICC_Profile:ChromaticityChannel1" "Chromaticity Channel 1"
+    "ICC_Profile:ChromaticityChannel2" "Chromaticity Channel 2" "ICC_Profile:ChromaticityChannel3"
+    "Chromaticity Channel 3" "ICC_Profile:ChromaticityChannel4" "Chromaticity Channel 4"
+    "ICC_Profile:ChromaticityChannels" "Chromaticity Channels" "ICC_Profile:ChromaticityColorant"
+    "Chromaticity Colorant" "ICC_Profile:ChromaticityColorant:0" "Unknown"
+    "ICC_Profile:ChromaticityColorant:1" "ITU-R BT.709" "ICC_Profile:ChromaticityColorant:2"
+    "SMPTE RP145-1994" "ICC_Profile:ChromaticityColorant:3" "EBU Tech.3213-E"
+    "ICC_Profile:ChromaticityColorant:4" "P22" "ICC_Profile:ColorEncodingParams"
+    "Color Encoding Params" "ICC_Profile:ColorSpaceData" "Color Space Data"
+    "ICC_Profile:ColorSpaceName" "Color Space Name" "ICC_Profile:Colorant1Coordinates"
+    "Colorant 1 Coordinates" "ICC_Profile:Colorant1Name" "Colorant 1 Name"
+    "ICC_Profile:Colorant2Coordinates" "Colorant 2 Coordinates" "ICC_Profile:Colorant2Name"
+    "Colorant 2 Name" "ICC_Profile:Colorant3Coordinates" "Colorant 3 Coordinates"
+    "ICC_Profile:Colorant3Name" "Colorant 3 Name" "ICC_Profile:ColorantCount" "Colorant Count"
+    "ICC_Profile:ColorantInfoOut" "Colorant Info Out" "ICC_Profile:ColorantOrder" "Colorant Order"
+    "ICC_Profile:ColorantOrderOut" "Colorant Order Out" "ICC_Profile:ColorantTableOut"
+    "Colorant Table Out" "ICC_Profile:ColorimetricIntentImageState"
+    "Colorimetric Intent Image State" "ICC_Profile:ConnectionSpaceIlluminant"
+    "Connection Space Illuminant" "ICC_Profile:CreatorApp" "Creator App"
+    "ICC_Profile:CustomToStandardPcc" "Custom To Standard Pcc" "ICC_Profile:DToB0" "D To B0"
+    "ICC_Profile:DToB1" "D To B1" "ICC_Profile:DToB2" "D To B2" "ICC_Profile:DToB3" "D To B3"
+    "ICC_Profile:DeviceAttributes" "Device Attributes" "ICC_Profile:DeviceManufacturer"
+    "Device Manufacturer" "ICC_Profile:DeviceManufacturer:" "ICC_Profile:DeviceManufacturer:4d2p"
+    "Erdt Systems GmbH & Co KG" "ICC_Profile:DeviceManufacturer:AAMA" "Aamazing Technologies, Inc."
+    "ICC_Profile:DeviceManufacturer:ACER" "Acer Peripherals" "ICC_Profile:DeviceManufacturer:ACLT"
+    "Acolyte Color Research" "ICC_Profile:DeviceManufacturer:ACTI" "Actix Systems, Inc."
+    "ICC_Profile:DeviceManufacturer:ADAR" "Adara Technology, Inc."
+    "ICC_Profile:DeviceManufacturer:ADBE" "Adobe Systems Inc." "ICC_Profile:DeviceManufacturer:ADI "
+    "ADI Systems, Inc." "ICC_Profile:DeviceManufacturer:AGFA" "Agfa Graphics N.V."
+    "ICC_Profile:DeviceManufacturer:ALMD" "Alps Electric USA, Inc."
+    "ICC_Profile:DeviceManufacturer:ALPS" "ICC_Profile:DeviceManufacturer:ALWN"
+    "Alwan Color Expertise" "ICC_Profile:DeviceManufacturer:AMTI" "Amiable Technologies, Inc."
+    "ICC_Profile:DeviceManufacturer:AOC " "AOC International (U.S.A), Ltd."
+    "ICC_Profile:DeviceManufacturer:APAG" "Apago" "ICC_Profile:DeviceManufacturer:APPL"
+    "Apple Computer Inc." "ICC_Profile:DeviceManufacturer:AST " "AST"
+    "ICC_Profile:DeviceManufacturer:AT&T" "AT&T Computer Systems"
+    "ICC_Profile:DeviceManufacturer:BAEL" "BARBIERI electronic"
+    "ICC_Profile:DeviceManufacturer:BRCO" "Barco NV" "ICC_Profile:DeviceManufacturer:BRKP"
+    "Breakpoint Pty Limited" "ICC_Profile:DeviceManufacturer:BROT" "Brother Industries, LTD"
+    "ICC_Profile:DeviceManufacturer:BULL" "Bull" "ICC_Profile:DeviceManufacturer:BUS "
+    "Bus Computer Systems" "ICC_Profile:DeviceManufacturer:C-IT" "C-Itoh"
+    "ICC_Profile:DeviceManufacturer:CAMR" "Intel Corporation" "ICC_Profile:DeviceManufacturer:CANO"
+    "Canon, Inc. (Canon Development Americas, Inc.)" "ICC_Profile:DeviceManufacturer:CARR"
+    "Carroll Touch" "ICC_Profile:DeviceManufacturer:CASI" "Casio Computer Co., Ltd."
+    "ICC_Profile:DeviceManufacturer:CBUS" "Colorbus PL" "ICC_Profile:DeviceManufacturer:CEL "
+    "Crossfield" "ICC_Profile:DeviceManufacturer:CELx" "ICC_Profile:DeviceManufacturer:CGS "
+    "CGS Publishing Technologies International GmbH" "ICC_Profile:DeviceManufacturer:CHM "
+    "Rochester Robotics" "ICC_Profile:DeviceManufacturer:CIGL" "Colour Imaging Group, London"
+    "ICC_Profile:DeviceManufacturer:CITI" "Citizen" "ICC_Profile:DeviceManufacturer:CL00"
+    "Candela, Ltd." "ICC_Profile:DeviceManufacturer:CLIQ" "Color IQ"
+    "ICC_Profile:DeviceManufacturer:CMCO" "Chromaco, Inc." "ICC_Profile:DeviceManufacturer:CMiX"
+    "CHROMiX" "ICC_Profile:DeviceManufacturer:COLO" "Colorgraphic Communications Corporation"
+    "ICC_Profile:DeviceManufacturer:COMP" "COMPAQ Computer Corporation"
+    "ICC_Profile:DeviceManufacturer:COMp" "Compeq USA/Focus Technology"
+    "ICC_Profile:DeviceManufacturer:CONR" "Conrac Display Products"
+    "ICC_Profile:DeviceManufacturer:CORD" "Cordata Technologies, Inc."
+    "ICC_Profile:DeviceManufacturer:CPQ " "Compaq Computer Corporation"
+    "ICC_Profile:DeviceManufacturer:CPRO" "ColorPro" "ICC_Profile:DeviceManufacturer:CRN "
+    "Cornerstone" "ICC_Profile:DeviceManufacturer:CTX " "CTX International, Inc."
+    "ICC_Profile:DeviceManufacturer:CVIS" "ColorVision" "ICC_Profile:DeviceManufacturer:CWC "
+    "Fujitsu Laboratories, Ltd." "ICC_Profile:DeviceManufacturer:DARI" "Darius Technology, Ltd."
+    "ICC_Profile:DeviceManufacturer:DATA" "Dataproducts" "ICC_Profile:DeviceManufacturer:DCP "
+    "Dry Creek Photo" "ICC_Profile:DeviceManufacturer:DCRC"
+    "Digital Contents Resource Center, Chung-Ang University" "ICC_Profile:DeviceManufacturer:DELL"
+    "Dell Computer Corporation" "ICC_Profile:DeviceManufacturer:DIC " "Dainippon Ink and Chemicals"
+    "ICC_Profile:DeviceManufacturer:DICO" "Diconix" "ICC_Profile:DeviceManufacturer:DIGI"
+    "ICC_Profile:DeviceManufacturer:DL&C" "Digital Light & Color"
+    "ICC_Profile:DeviceManufacturer:DPLG" "Doppelganger, LLC" "ICC_Profile:DeviceManufacturer:DS  "
+    "Dainippon Screen" "ICC_Profile:DeviceManufacturer:DSOL" "DOOSOL"
+    "ICC_Profile:DeviceManufacturer:DUPN" "DuPont" "ICC_Profile:DeviceManufacturer:EPSO" "Epson"
+    "ICC_Profile:DeviceManufacturer:ESKO" "Esko-Graphics" "ICC_Profile:DeviceManufacturer:ETRI"
+    "Electronics and Telecommunications Research Institute" "ICC_Profile:DeviceManufacturer:EVER"
+    "Everex Systems, Inc." "ICC_Profile:DeviceManufacturer:EXAC" "ExactCODE GmbH"
+    "ICC_Profile:DeviceManufacturer:Eizo" "EIZO NANAO CORPORATION"
+    "ICC_Profile:DeviceManufacturer:FALC" "Falco Data Products, Inc."
+    "ICC_Profile:DeviceManufacturer:FF  " "Fuji Photo Film Co.,LTD"
+    "ICC_Profile:DeviceManufacturer:FFEI" "FujiFilm Electronic Imaging, Ltd."
+    "ICC_Profile:DeviceManufacturer:FNRD" "fnord software" "ICC_Profile:DeviceManufacturer:FORA"
+    "Fora, Inc." "ICC_Profile:DeviceManufacturer:FORE" "Forefront Technology Corporation"
+    "ICC_Profile:DeviceManufacturer:FP  " "Fujitsu" "ICC_Profile:DeviceManufacturer:FPA "
+    "WayTech Development, Inc." "ICC_Profile:DeviceManufacturer:FUJI"
+    "ICC_Profile:DeviceManufacturer:FX  " "Fuji Xerox Co., Ltd."
+    "ICC_Profile:DeviceManufacturer:GCC " "GCC Technologies, Inc."
+    "ICC_Profile:DeviceManufacturer:GGSL" "Global Graphics Software Limited"
+    "ICC_Profile:DeviceManufacturer:GMB " "Gretagmacbeth" "ICC_Profile:DeviceManufacturer:GMG "
+    "GMG GmbH & Co. KG" "ICC_Profile:DeviceManufacturer:GOLD" "GoldStar Technology, Inc."
+    "ICC_Profile:DeviceManufacturer:GOOG" "Google" "ICC_Profile:DeviceManufacturer:GPRT"
+    "Giantprint Pty Ltd" "ICC_Profile:DeviceManufacturer:GTMB" "ICC_Profile:DeviceManufacturer:GVC "
+    "ICC_Profile:DeviceManufacturer:GW2K" "Sony Corporation" "ICC_Profile:DeviceManufacturer:HCI "
+    "HCI" "ICC_Profile:DeviceManufacturer:HDM " "Heidelberger Druckmaschinen AG"
+    "ICC_Profile:DeviceManufacturer:HERM" "Hermes" "ICC_Profile:DeviceManufacturer:HITA"
+    "Hitachi America, Ltd." "ICC_Profile:DeviceManufacturer:HP  " "Hewlett-Packard"
+    "ICC_Profile:DeviceManufacturer:HTC " "Hitachi, Ltd." "ICC_Profile:DeviceManufacturer:HiTi"
+    "HiTi Digital, Inc." "ICC_Profile:DeviceManufacturer:IBM " "IBM Corporation"
+    "ICC_Profile:DeviceManufacturer:IDNT" "Scitex Corporation, Ltd."
+    "ICC_Profile:DeviceManufacturer:IEC " "ICC_Profile:DeviceManufacturer:IIYA"
+    "Iiyama North America, Inc." "ICC_Profile:DeviceManufacturer:IKEG" "Ikegami Electronics, Inc."
+    "ICC_Profile:DeviceManufacturer:IMAG" "Image Systems Corporation"
+    "ICC_Profile:DeviceManufacturer:IMI " "Ingram Micro, Inc." "ICC_Profile:DeviceManufacturer:INTC"
+    "ICC_Profile:DeviceManufacturer:INTL" "N/A (INTL)" "ICC_Profile:DeviceManufacturer:INTR"
+    "Intra Electronics USA, Inc." "ICC_Profile:DeviceManufacturer:IOCO"
+    "Iocomm International Technology Corporation" "ICC_Profile:DeviceManufacturer:IPS "
+    "InfoPrint Solutions Company" "ICC_Profile:DeviceManufacturer:IRIS"
+    "ICC_Profile:DeviceManufacturer:ISL " "Ichikawa Soft Laboratory"
+    "ICC_Profile:DeviceManufacturer:ITNL" "N/A (ITNL)" "ICC_Profile:DeviceManufacturer:IVM " "IVM"
+    "ICC_Profile:DeviceManufacturer:IWAT" "Iwatsu Electric Co., Ltd."
+    "ICC_Profile:DeviceManufacturer:Idnt" "ICC_Profile:DeviceManufacturer:Inca"
+    "Inca Digital Printers Ltd." "ICC_Profile:DeviceManufacturer:Iris"
+    "ICC_Profile:DeviceManufacturer:JPEG" "Joint Photographic Experts Group"
+    "ICC_Profile:DeviceManufacturer:JSFT" "Jetsoft Development"
+    "ICC_Profile:DeviceManufacturer:JVC " "JVC Information Products Co."
+    "ICC_Profile:DeviceManufacturer:KART" "ICC_Profile:DeviceManufacturer:KFC "
+    "KFC Computek Components Corporation" "ICC_Profile:DeviceManufacturer:KLH " "KLH Computers"
+    "ICC_Profile:DeviceManufacturer:KMHD" "Konica Minolta Holdings, Inc."
+    "ICC_Profile:DeviceManufacturer:KNCA" "Konica Corporation" "ICC_Profile:DeviceManufacturer:KODA"
+    "Kodak" "ICC_Profile:DeviceManufacturer:KYOC" "Kyocera" "ICC_Profile:DeviceManufacturer:Kart"
+    "ICC_Profile:DeviceManufacturer:LCAG" "Leica Camera AG" "ICC_Profile:DeviceManufacturer:LCCD"
+    "Leeds Colour" "ICC_Profile:DeviceManufacturer:LDAK" "Left Dakota"
+    "ICC_Profile:DeviceManufacturer:LEAD" "Leading Technology, Inc."
+    "ICC_Profile:DeviceManufacturer:LEXM" "Lexmark International, Inc."
+    "ICC_Profile:DeviceManufacturer:LINK" "Link Computer, Inc."
+    "ICC_Profile:DeviceManufacturer:LINO" "Linotronic" "ICC_Profile:DeviceManufacturer:LITE"
+    "Lite-On, Inc." "ICC_Profile:DeviceManufacturer:Leaf" "ICC_Profile:DeviceManufacturer:Lino"
+    "ICC_Profile:DeviceManufacturer:MAGC" "Mag Computronic (USA) Inc."
+    "ICC_Profile:DeviceManufacturer:MAGI" "MAG Innovision, Inc."
+    "ICC_Profile:DeviceManufacturer:MANN" "Mannesmann" "ICC_Profile:DeviceManufacturer:MICN"
+    "Micron Technology, Inc." "ICC_Profile:DeviceManufacturer:MICR" "Microtek"
+    "ICC_Profile:DeviceManufacturer:MICV" "Microvitec, Inc." "ICC_Profile:DeviceManufacturer:MINO"
+    "Minolta" "ICC_Profile:DeviceManufacturer:MITS" "Mitsubishi Electronics America, Inc."
+    "ICC_Profile:DeviceManufacturer:MITs" "Mitsuba Corporation"
+    "ICC_Profile:DeviceManufacturer:MNLT" "ICC_Profile:DeviceManufacturer:MODG" "Modgraph, Inc."
+    "ICC_Profile:DeviceManufacturer:MONI" "Monitronix, Inc." "ICC_Profile:DeviceManufacturer:MONS"
+    "Monaco Systems Inc." "ICC_Profile:DeviceManufacturer:MORS" "Morse Technology, Inc."
+    "ICC_Profile:DeviceManufacturer:MOTI" "Motive Systems" "ICC_Profile:DeviceManufacturer:MSFT"
+    "Microsoft Corporation" "ICC_Profile:DeviceManufacturer:MUTO" "MUTOH INDUSTRIES LTD."
+    "ICC_Profile:DeviceManufacturer:Mits" "Mitsubishi Electric Corporation Kyoto Works"
+    "ICC_Profile:DeviceManufacturer:NANA" "NANAO USA Corporation"
+    "ICC_Profile:DeviceManufacturer:NEC " "NEC Corporation" "ICC_Profile:DeviceManufacturer:NEXP"
+    "NexPress Solutions LLC" "ICC_Profile:DeviceManufacturer:NISS" "Nissei Sangyo America, Ltd."
+    "ICC_Profile:DeviceManufacturer:NKON" "Nikon Corporation" "ICC_Profile:DeviceManufacturer:NONE"
+    "ICC_Profile:DeviceManufacturer:OCE " "Oce Technologies B.V."
+    "ICC_Profile:DeviceManufacturer:OCEC" "OceColor" "ICC_Profile:DeviceManufacturer:OKI " "Oki"
+    "ICC_Profile:DeviceManufacturer:OKID" "Okidata" "ICC_Profile:DeviceManufacturer:OKIP"
+    "ICC_Profile:DeviceManufacturer:OLIV" "Olivetti" "ICC_Profile:DeviceManufacturer:OLYM"
+    "OLYMPUS OPTICAL CO., LTD" "ICC_Profile:DeviceManufacturer:ONYX" "Onyx Graphics"
+    "ICC_Profile:DeviceManufacturer:OPTI" "Optiquest" "ICC_Profile:DeviceManufacturer:PACK"
+    "Packard Bell" "ICC_Profile:DeviceManufacturer:PANA" "Matsushita Electric Industrial Co., Ltd."
+    "ICC_Profile:DeviceManufacturer:PANT" "Pantone, Inc." "ICC_Profile:DeviceManufacturer:PBN "
+    "ICC_Profile:DeviceManufacturer:PFU " "PFU Limited" "ICC_Profile:DeviceManufacturer:PHIL"
+    "Philips Consumer Electronics Co." "ICC_Profile:DeviceManufacturer:PNTX"
+    "HOYA Corporation PENTAX Imaging Systems Division" "ICC_Profile:DeviceManufacturer:POne"
+    "Phase One A/S" "ICC_Profile:DeviceManufacturer:PREM" "Premier Computer Innovations"
+    "ICC_Profile:DeviceManufacturer:PRIN" "Princeton Graphic Systems"
+    "ICC_Profile:DeviceManufacturer:PRIP" "Princeton Publishing Labs"
+    "ICC_Profile:DeviceManufacturer:QLUX" "Hong Kong" "ICC_Profile:DeviceManufacturer:QMS "
+    "QMS, Inc." "ICC_Profile:DeviceManufacturer:QPCD" "QPcard AB"
+    "ICC_Profile:DeviceManufacturer:QUAD" "QuadLaser" "ICC_Profile:DeviceManufacturer:QUME"
+    "Qume Corporation" "ICC_Profile:DeviceManufacturer:RADI" "Radius, Inc."
+    "ICC_Profile:DeviceManufacturer:RDDx" "Integrated Color Solutions, Inc."
+    "ICC_Profile:DeviceManufacturer:RDG " "Roland DG Corporation"
+    "ICC_Profile:DeviceManufacturer:REDM" "REDMS Group, Inc." "ICC_Profile:DeviceManufacturer:RELI"
+    "Relisys" "ICC_Profile:DeviceManufacturer:RGMS" "Rolf Gierling Multitools"
+    "ICC_Profile:DeviceManufacturer:RICO" "Ricoh Corporation" "ICC_Profile:DeviceManufacturer:RNLD"
+    "Edmund Ronald" "ICC_Profile:DeviceManufacturer:ROYA" "Royal"
+    "ICC_Profile:DeviceManufacturer:RPC " "Ricoh Printing Systems,Ltd."
+    "ICC_Profile:DeviceManufacturer:RTL " "Royal Information Electronics Co., Ltd."
+    "ICC_Profile:DeviceManufacturer:SAMP" "Sampo Corporation of America"
+    "ICC_Profile:DeviceManufacturer:SAMS" "Samsung, Inc." "ICC_Profile:DeviceManufacturer:SANT"
+    "Jaime Santana Pomares" "ICC_Profile:DeviceManufacturer:SCIT"
+    "ICC_Profile:DeviceManufacturer:SCRN" "ICC_Profile:DeviceManufacturer:SDP "
+    "ICC_Profile:DeviceManufacturer:SEC " "SAMSUNG ELECTRONICS CO.,LTD"
+    "ICC_Profile:DeviceManufacturer:SEIK" "Seiko Instruments U.S.A., Inc."
+    "ICC_Profile:DeviceManufacturer:SEIk" "Seikosha" "ICC_Profile:DeviceManufacturer:SGUY"
+    "ScanGuy.com" "ICC_Profile:DeviceManufacturer:SHAR" "Sharp Laboratories"
+    "ICC_Profile:DeviceManufacturer:SICC" "International Color Consortium"
+    "ICC_Profile:DeviceManufacturer:SONY" "SONY Corporation" "ICC_Profile:DeviceManufacturer:SPCL"
+    "SpectraCal" "ICC_Profile:DeviceManufacturer:STAR" "Star" "ICC_Profile:DeviceManufacturer:STC "
+    "Sampo Technology Corporation" "ICC_Profile:DeviceManufacturer:Scit"
+    "ICC_Profile:DeviceManufacturer:Sdp " "ICC_Profile:DeviceManufacturer:Sony"
+    "ICC_Profile:DeviceManufacturer:TALO" "Talon Technology Corporation"
+    "ICC_Profile:DeviceManufacturer:TAND" "Tandy" "ICC_Profile:DeviceManufacturer:TATU"
+    "Tatung Co. of America, Inc." "ICC_Profile:DeviceManufacturer:TAXA" "TAXAN America, Inc."
+    "ICC_Profile:DeviceManufacturer:TDS " "Tokyo Denshi Sekei K.K."
+    "ICC_Profile:DeviceManufacturer:TECO" "TECO Information Systems, Inc."
+    "ICC_Profile:DeviceManufacturer:TEGR" "Tegra" "ICC_Profile:DeviceManufacturer:TEKT"
+    "Tektronix, Inc." "ICC_Profile:DeviceManufacturer:TI  " "Texas Instruments"
+    "ICC_Profile:DeviceManufacturer:TMKR" "TypeMaker Ltd." "ICC_Profile:DeviceManufacturer:TOSB"
+    "TOSHIBA corp." "ICC_Profile:DeviceManufacturer:TOSH" "Toshiba, Inc."
+    "ICC_Profile:DeviceManufacturer:TOTK" "TOTOKU ELECTRIC Co., LTD"
+    "ICC_Profile:DeviceManufacturer:TRIU" "Triumph" "ICC_Profile:DeviceManufacturer:TSBT"
+    "TOSHIBA TEC CORPORATION" "ICC_Profile:DeviceManufacturer:TTX " "TTX Computer Products, Inc."
+    "ICC_Profile:DeviceManufacturer:TVM " "TVM Professional Monitor Corporation"
+    "ICC_Profile:DeviceManufacturer:TW  " "TW Casper Corporation"
+    "ICC_Profile:DeviceManufacturer:ULSX" "Ulead Systems" "ICC_Profile:DeviceManufacturer:UNIS"
+    "Unisys" "ICC_Profile:DeviceManufacturer:UTZF" "Utz Fehlau & Sohn"
+    "ICC_Profile:DeviceManufacturer:VARI" "Varityper" "ICC_Profile:DeviceManufacturer:VIEW"
+    "Viewsonic" "ICC_Profile:DeviceManufacturer:VISL" "Visual communication"
+    "ICC_Profile:DeviceManufacturer:VIVO" "Vivo Mobile Communication Co., Ltd"
+    "ICC_Profile:DeviceManufacturer:WANG" "Wang" "ICC_Profile:DeviceManufacturer:WLBR"
+    "Wilbur Imaging" "ICC_Profile:DeviceManufacturer:WTG2" "Ware To Go"
+    "ICC_Profile:DeviceManufacturer:WYSE" "WYSE Technology" "ICC_Profile:DeviceManufacturer:XERX"
+    "Xerox Corporation" "ICC_Profile:DeviceManufacturer:XRIT" "X-Rite"
+    "ICC_Profile:DeviceManufacturer:Z123" "Lavanya's test Company"
+    "ICC_Profile:DeviceManufacturer:ZRAN" "Zoran Corporation" "ICC_Profile:DeviceManufacturer:Zebr"
+    "Zebra Technologies Inc" "ICC_Profile:DeviceManufacturer:appl"
+    "ICC_Profile:DeviceManufacturer:bICC" "basICColor GmbH" "ICC_Profile:DeviceManufacturer:berg"
+    "bergdesign incorporated" "ICC_Profile:DeviceManufacturer:ceyd"
+    "ICC_Profile:DeviceManufacturer:clsp" "MacDermid ColorSpan, Inc."
+    "ICC_Profile:DeviceManufacturer:ds  " "ICC_Profile:DeviceManufacturer:dupn"
+    "ICC_Profile:DeviceManufacturer:ffei" "ICC_Profile:DeviceManufacturer:flux"
+    "FluxData Corporation" "ICC_Profile:DeviceManufacturer:iris"
+    "ICC_Profile:DeviceManufacturer:kart" "ICC_Profile:DeviceManufacturer:lcms" "Little CMS"
+    "ICC_Profile:DeviceManufacturer:lino" "ICC_Profile:DeviceManufacturer:none"
+    "ICC_Profile:DeviceManufacturer:ob4d" "ICC_Profile:DeviceManufacturer:obic" "Medigraph GmbH"
+    "ICC_Profile:DeviceManufacturer:quby" "Qubyx Sarl" "ICC_Profile:DeviceManufacturer:scit"
+    "ICC_Profile:DeviceManufacturer:scrn" "ICC_Profile:DeviceManufacturer:sdp "
+    "ICC_Profile:DeviceManufacturer:siwi" "SIWI GRAFIKA CORPORATION"
+    "ICC_Profile:DeviceManufacturer:yxym" "YxyMaster GmbH" "ICC_Profile:DeviceMfgDesc"
+    "Device Mfg Desc" "ICC_Profile:DeviceModel" "Device Model" "ICC_Profile:DeviceModelDesc"
+    "Device Model Desc" "ICC_Profile:DeviceSettings" "Device Settings"
+    "ICC_Profile:DirectionalAToB0" "Directional A To B0" "ICC_Profile:DirectionalAToB1"
+    "Directional A To B1" "ICC_Profile:DirectionalAToB2" "Directional A To B2"
+    "ICC_Profile:DirectionalAToB3" "Directional A To B3" "ICC_Profile:DirectionalBToA0"
+    "Directional B To A0" "ICC_Profile:DirectionalBToA1" "Directional B To A1"
+    "ICC_Profile:DirectionalBToA2" "Directional B To A2" "ICC_Profile:DirectionalBToA3"
+    "Directional B To A3" "ICC_Profile:DirectionalBToD0" "Directional B To D0"
+    "ICC_Profile:DirectionalBToD1" "Directional B To D1" "ICC_Profile:DirectionalBToD2"
+    "Directional B To D2" "ICC_Profile:DirectionalBToD3" "Directional B To D3"
+    "ICC_Profile:DirectionalDToB0" "Directional D To B0" "ICC_Profile:DirectionalDToB1"
+    "Directional D To B1" "ICC_Profile:DirectionalDToB2" "Directional D To B2"
+    "ICC_Profile:DirectionalDToB3" "Directional D To B3"
+    "ICC_Profile:FocalPlaneColorimetryEstimates" "Focal Plane Colorimetry Estimates"
+    "ICC_Profile:Gamut" "ICC_Profile:GamutBoundaryDescription0" "Gamut Boundary Description 0"
+    "ICC_Profile:GamutBoundaryDescription1" "Gamut Boundary Description 1"
+    "ICC_Profile:GamutBoundaryDescription2" "Gamut Boundary Description 2"
+    "ICC_Profile:GamutBoundaryDescription3" "Gamut Boundary Description 3" "ICC_Profile:GrayTRC"
+    "Gray Tone Reproduction Curve" "ICC_Profile:GreenMatrixColumn" "Green Matrix Column"
+    "ICC_Profile:GreenTRC" "Green Tone Reproduction Curve" "ICC_Profile:ICC_Profile"
+    "ICC_Profile:Luminance" "ICC_Profile:MToA0" "M To A0" "ICC_Profile:MToB0" "M To B0"
+    "ICC_Profile:MToB1" "M To B1" "ICC_Profile:MToB2" "M To B2" "ICC_Profile:MToB3" "M To B3"
+    "ICC_Profile:MToS0" "M To S0" "ICC_Profile:MToS1" "M To S1" "ICC_Profile:MToS2" "M To S2"
+    "ICC_Profile:MToS3" "M To S3" "ICC_Profile:MakeAndModel" "Make And Model"
+    "ICC_Profile:ManufacturerName" "Manufacturer Name" "ICC_Profile:MeasurementBacking"
+    "Measurement Backing" "ICC_Profile:MeasurementFlare" "Measurement Flare"
+    "ICC_Profile:MeasurementGeometry" "Measurement Geometry" "ICC_Profile:MeasurementGeometry:0"
+    "ICC_Profile:MeasurementGeometry:1" "0/45 or 45/0" "ICC_Profile:MeasurementGeometry:2"
+    "0/d or d/0" "ICC_Profile:MeasurementIlluminant" "Measurement Illuminant"
+    "ICC_Profile:MeasurementIlluminant:1" "D50" "ICC_Profile:MeasurementIlluminant:2" "D65"
+    "ICC_Profile:MeasurementIlluminant:3" "D93" "ICC_Profile:MeasurementIlluminant:4" "F2"
+    "ICC_Profile:MeasurementIlluminant:5" "D55" "ICC_Profile:MeasurementIlluminant:6"
+    "ICC_Profile:MeasurementIlluminant:7" "Equi-Power (E)" "ICC_Profile:MeasurementIlluminant:8"
+    "F8" "ICC_Profile:MeasurementInfo" "Measurement Info" "ICC_Profile:MeasurementInputInfo"
+    "Measurement Input Info" "ICC_Profile:MeasurementObserver" "Measurement Observer"
+    "ICC_Profile:MeasurementObserver:1" "CIE 1931" "ICC_Profile:MeasurementObserver:2" "CIE 1964"
+    "ICC_Profile:MediaBlackPoint" "Media Black Point" "ICC_Profile:MediaColor" "Media Color"
+    "ICC_Profile:MediaWeight" "Media Weight" "ICC_Profile:MediaWhitePoint" "Media White Point"
+    "ICC_Profile:MultiplexDefaultValues" "Multiplex Default Values" "ICC_Profile:MultiplexTypeArray"
+    "Multiplex Type Array" "ICC_Profile:NamedColor" "Named Color" "ICC_Profile:NamedColor2"
+    "Named Color 2" "ICC_Profile:NativeDisplayInfo" "Native Display Info"
+    "ICC_Profile:OutputResponse" "Output Response" "ICC_Profile:PS2CRDVMSize" "PS2 CRDVM Size"
+    "ICC_Profile:PS2RenderingIntent" "PS2 Rendering Intent"
+    "ICC_Profile:PerceptualRenderingIntentGamut" "Perceptual Rendering Intent Gamut"
+    "ICC_Profile:PerceptualRenderingIntentGamut:prmg" "Perceptual Reference Medium Gamut"
+    "ICC_Profile:PostScript2CRD0" "Post Script 2 CRD0" "ICC_Profile:PostScript2CRD1"
+    "Post Script 2 CRD1" "ICC_Profile:PostScript2CRD2" "Post Script 2 CRD2"
+    "ICC_Profile:PostScript2CRD3" "Post Script 2 CRD3" "ICC_Profile:PostScript2CSA"
+    "Post Script 2 CSA" "ICC_Profile:Preview0" "Preview 0" "ICC_Profile:Preview1" "Preview 1"
+    "ICC_Profile:Preview2" "Preview 2" "ICC_Profile:PrimaryPlatform" "Primary Platform"
+    "ICC_Profile:PrimaryPlatform:APPL" "ICC_Profile:PrimaryPlatform:MSFT"
+    "ICC_Profile:PrimaryPlatform:SGI " "Silicon Graphics Inc." "ICC_Profile:PrimaryPlatform:SUNW"
+    "Sun Microsystems Inc." "ICC_Profile:PrimaryPlatform:TGNT" "Taligent Inc."
+    "ICC_Profile:ProfileCMMType" "Profile CMM Type" "ICC_Profile:ProfileCMMType:"
+    "ICC_Profile:ProfileCMMType:4d2p" "ICC_Profile:ProfileCMMType:AAMA"
+    "ICC_Profile:ProfileCMMType:ACER" "ICC_Profile:ProfileCMMType:ACLT"
+    "ICC_Profile:ProfileCMMType:ACTI" "ICC_Profile:ProfileCMMType:ADAR"
+    "ICC_Profile:ProfileCMMType:ADBE" "ICC_Profile:ProfileCMMType:ADI "
+    "ICC_Profile:ProfileCMMType:AGFA" "ICC_Profile:ProfileCMMType:ALMD"
+    "ICC_Profile:ProfileCMMType:ALPS" "ICC_Profile:ProfileCMMType:ALWN"
+    "ICC_Profile:ProfileCMMType:AMTI" "ICC_Profile:ProfileCMMType:AOC "
+    "ICC_Profile:ProfileCMMType:APAG" "ICC_Profile:ProfileCMMType:APPL"
+    "ICC_Profile:ProfileCMMType:AST " "ICC_Profile:ProfileCMMType:AT&T"
+    "ICC_Profile:ProfileCMMType:BAEL" "ICC_Profile:ProfileCMMType:BRCO"
+    "ICC_Profile:ProfileCMMType:BRKP" "ICC_Profile:ProfileCMMType:BROT"
+    "ICC_Profile:ProfileCMMType:BULL" "ICC_Profile:ProfileCMMType:BUS "
+    "ICC_Profile:ProfileCMMType:C-IT" "ICC_Profile:ProfileCMMType:CAMR"
+    "ICC_Profile:ProfileCMMType:CANO" "ICC_Profile:ProfileCMMType:CARR"
+    "ICC_Profile:ProfileCMMType:CASI" "ICC_Profile:ProfileCMMType:CBUS"
+    "ICC_Profile:ProfileCMMType:CEL " "ICC_Profile:ProfileCMMType:CELx"
+    "ICC_Profile:ProfileCMMType:CGS " "ICC_Profile:ProfileCMMType:CHM "
+    "ICC_Profile:ProfileCMMType:CIGL" "ICC_Profile:ProfileCMMType:CITI"
+    "ICC_Profile:ProfileCMMType:CL00" "ICC_Profile:ProfileCMMType:CLIQ"
+    "ICC_Profile:ProfileCMMType:CMCO" "ICC_Profile:ProfileCMMType:CMiX"
+    "ICC_Profile:ProfileCMMType:COLO" "ICC_Profile:ProfileCMMType:COMP"
+    "ICC_Profile:ProfileCMMType:COMp" "ICC_Profile:ProfileCMMType:CONR"
+    "ICC_Profile:ProfileCMMType:CORD" "ICC_Profile:ProfileCMMType:CPQ "
+    "ICC_Profile:ProfileCMMType:CPRO" "ICC_Profile:ProfileCMMType:CRN "
+    "ICC_Profile:ProfileCMMType:CTX " "ICC_Profile:ProfileCMMType:CVIS"
+    "ICC_Profile:ProfileCMMType:CWC " "ICC_Profile:ProfileCMMType:DARI"
+    "ICC_Profile:ProfileCMMType:DATA" "ICC_Profile:ProfileCMMType:DCP "
+    "ICC_Profile:ProfileCMMType:DCRC" "ICC_Profile:ProfileCMMType:DELL"
+    "ICC_Profile:ProfileCMMType:DIC " "ICC_Profile:ProfileCMMType:DICO"
+    "ICC_Profile:ProfileCMMType:DIGI" "ICC_Profile:ProfileCMMType:DL&C"
+    "ICC_Profile:ProfileCMMType:DPLG" "ICC_Profile:ProfileCMMType:DS  "
+    "ICC_Profile:ProfileCMMType:DSOL" "ICC_Profile:ProfileCMMType:DUPN"
+    "ICC_Profile:ProfileCMMType:EPSO" "ICC_Profile:ProfileCMMType:ESKO"
+    "ICC_Profile:ProfileCMMType:ETRI" "ICC_Profile:ProfileCMMType:EVER"
+    "ICC_Profile:ProfileCMMType:EXAC" "ICC_Profile:ProfileCMMType:Eizo"
+    "ICC_Profile:ProfileCMMType:FALC" "ICC_Profile:ProfileCMMType:FF  "
+    "ICC_Profile:ProfileCMMType:FFEI" "ICC_Profile:ProfileCMMType:FNRD"
+    "ICC_Profile:ProfileCMMType:FORA" "ICC_Profile:ProfileCMMType:FORE"
+    "ICC_Profile:ProfileCMMType:FP  " "ICC_Profile:ProfileCMMType:FPA "
+    "ICC_Profile:ProfileCMMType:FUJI" "ICC_Profile:ProfileCMMType:FX  "
+    "ICC_Profile:ProfileCMMType:GCC " "ICC_Profile:ProfileCMMType:GGSL"
+    "ICC_Profile:ProfileCMMType:GMB " "ICC_Profile:ProfileCMMType:GMG "
+    "ICC_Profile:ProfileCMMType:GOLD" "ICC_Profile:ProfileCMMType:GOOG"
+    "ICC_Profile:ProfileCMMType:GPRT" "ICC_Profile:ProfileCMMType:GTMB"
+    "ICC_Profile:ProfileCMMType:GVC " "ICC_Profile:ProfileCMMType:GW2K"
+    "ICC_Profile:ProfileCMMType:HCI " "ICC_Profile:ProfileCMMType:HDM "
+    "ICC_Profile:ProfileCMMType:HERM" "ICC_Profile:ProfileCMMType:HITA"
+    "ICC_Profile:ProfileCMMType:HP  " "ICC_Profile:ProfileCMMType:HTC "
+    "ICC_Profile:ProfileCMMType:HiTi" "ICC_Profile:ProfileCMMType:IBM "
+    "ICC_Profile:ProfileCMMType:IDNT" "ICC_Profile:ProfileCMMType:IEC "
+    "ICC_Profile:ProfileCMMType:IIYA" "ICC_Profile:ProfileCMMType:IKEG"
+    "ICC_Profile:ProfileCMMType:IMAG" "ICC_Profile:ProfileCMMType:IMI "
+    "ICC_Profile:ProfileCMMType:INTC" "ICC_Profile:ProfileCMMType:INTL"
+    "ICC_Profile:ProfileCMMType:INTR" "ICC_Profile:ProfileCMMType:IOCO"
+    "ICC_Profile:ProfileCMMType:IPS " "ICC_Profile:ProfileCMMType:IRIS"
+    "ICC_Profile:ProfileCMMType:ISL " "ICC_Profile:ProfileCMMType:ITNL"
+    "ICC_Profile:ProfileCMMType:IVM " "ICC_Profile:ProfileCMMType:IWAT"
+    "ICC_Profile:ProfileCMMType:Idnt" "ICC_Profile:ProfileCMMType:Inca"
+    "ICC_Profile:ProfileCMMType:Iris" "ICC_Profile:ProfileCMMType:JPEG"
+    "ICC_Profile:ProfileCMMType:JSFT" "ICC_Profile:ProfileCMMType:JVC "
+    "ICC_Profile:ProfileCMMType:KART" "ICC_Profile:ProfileCMMType:KFC "
+    "ICC_Profile:ProfileCMMType:KLH " "ICC_Profile:ProfileCMMType:KMHD"
+    "ICC_Profile:ProfileCMMType:KNCA" "ICC_Profile:ProfileCMMType:KODA"
+    "ICC_Profile:ProfileCMMType:KYOC" "ICC_Profile:ProfileCMMType:Kart"
+    "ICC_Profile:ProfileCMMType:LCAG" "ICC_Profile:ProfileCMMType:LCCD"
+    "ICC_Profile:ProfileCMMType:LDAK" "ICC_Profile:ProfileCMMType:LEAD"
+    "ICC_Profile:ProfileCMMType:LEXM" "ICC_Profile:ProfileCMMType:LINK"
+    "ICC_Profile:ProfileCMMType:LINO" "ICC_Profile:ProfileCMMType:LITE"
+    "ICC_Profile:ProfileCMMType:Leaf" "ICC_Profile:ProfileCMMType:Lino"
+    "ICC_Profile:ProfileCMMType:MAGC" "ICC_Profile:ProfileCMMType:MAGI"
+    "ICC_Profile:ProfileCMMType:MANN" "ICC_Profile:ProfileCMMType:MICN"
+    "ICC_Profile:ProfileCMMType:MICR" "ICC_Profile:ProfileCMMType:MICV"
+    "ICC_Profile:ProfileCMMType:MINO" "ICC_Profile:ProfileCMMType:MITS"
+    "ICC_Profile:ProfileCMMType:MITs" "ICC_Profile:ProfileCMMType:MNLT"
+    "ICC_Profile:ProfileCMMType:MODG" "ICC_Profile:ProfileCMMType:MONI"
+    "ICC_Profile:ProfileCMMType:MONS" "ICC_Profile:ProfileCMMType:MORS"
+    "ICC_Profile:ProfileCMMType:MOTI" "ICC_Profile:ProfileCMMType:MSFT"
+    "ICC_Profile:ProfileCMMType:MUTO" "ICC_Profile:ProfileCMMType:Mits"
+    "ICC_Profile:ProfileCMMType:NANA" "ICC_Profile:ProfileCMMType:NEC "
+    "ICC_Profile:ProfileCMMType:NEXP" "ICC_Profile:ProfileCMMType:NISS"
+    "ICC_Profile:ProfileCMMType:NKON" "ICC_Profile:ProfileCMMType:NONE"
+    "ICC_Profile:ProfileCMMType:OCE " "ICC_Profile:ProfileCMMType:OCEC"
+    "ICC_Profile:ProfileCMMType:OKI " "ICC_Profile:ProfileCMMType:OKID"
+    "ICC_Profile:ProfileCMMType:OKIP" "ICC_Profile:ProfileCMMType:OLIV"
+    "ICC_Profile:ProfileCMMType:OLYM" "ICC_Profile:ProfileCMMType:ONYX"
+    "ICC_Profile:ProfileCMMType:OPTI" "ICC_Profile:ProfileCMMType:PACK"
+    "ICC_Profile:ProfileCMMType:PANA" "ICC_Profile:ProfileCMMType:PANT"
+    "ICC_Profile:ProfileCMMType:PBN " "ICC_Profile:ProfileCMMType:PFU "
+    "ICC_Profile:ProfileCMMType:PHIL" "ICC_Profile:ProfileCMMType:PNTX"
+    "ICC_Profile:ProfileCMMType:POne" "ICC_Profile:ProfileCMMType:PREM"
+    "ICC_Profile:ProfileCMMType:PRIN" "ICC_Profile:ProfileCMMType:PRIP"
+    "ICC_Profile:ProfileCMMType:QLUX" "ICC_Profile:ProfileCMMType:QMS "
+    "ICC_Profile:ProfileCMMType:QPCD" "ICC_Profile:ProfileCMMType:QUAD"
+    "ICC_Profile:ProfileCMMType:QUME" "ICC_Profile:ProfileCMMType:RADI"
+    "ICC_Profile:ProfileCMMType:RDDx" "ICC_Profile:ProfileCMMType:RDG "
+    "ICC_Profile:ProfileCMMType:REDM" "ICC_Profile:ProfileCMMType:RELI"
+    "ICC_Profile:ProfileCMMType:RGMS" "ICC_Profile:ProfileCMMType:RICO"
+    "ICC_Profile:ProfileCMMType:RNLD" "ICC_Profile:ProfileCMMType:ROYA"
+    "ICC_Profile:ProfileCMMType:RPC " "ICC_Profile:ProfileCMMType:RTL "
+    "ICC_Profile:ProfileCMMType:SAMP" "ICC_Profile:ProfileCMMType:SAMS"
+    "ICC_Profile:ProfileCMMType:SANT" "ICC_Profile:ProfileCMMType:SCIT"
+    "ICC_Profile:ProfileCMMType:SCRN" "ICC_Profile:ProfileCMMType:SDP "
+    "ICC_Profile:ProfileCMMType:SEC " "ICC_Profile:ProfileCMMType:SEIK"
+    "ICC_Profile:ProfileCMMType:SEIk" "ICC_Profile:ProfileCMMType:SGUY"
+    "ICC_Profile:ProfileCMMType:SHAR" "ICC_Profile:ProfileCMMType:SICC"
+    "ICC_Profile:ProfileCMMType:SONY" "ICC_Profile:ProfileCMMType:SPCL"
+    "ICC_Profile:ProfileCMMType:STAR" "ICC_Profile:ProfileCMMType:STC "
+    "ICC_Profile:ProfileCMMType:Scit" "ICC_Profile:ProfileCMMType:Sdp "
+    "ICC_Profile:ProfileCMMType:Sony" "ICC_Profile:ProfileCMMType:TALO"
+    "ICC_Profile:ProfileCMMType:TAND" "ICC_Profile:ProfileCMMType:TATU"
+    "ICC_Profile:ProfileCMMType:TAXA" "ICC_Profile:ProfileCMMType:TDS "
+    "ICC_Profile:ProfileCMMType:TECO" "ICC_Profile:ProfileCMMType:TEGR"
+    "ICC_Profile:ProfileCMMType:TEKT" "ICC_Profile:ProfileCMMType:TI  "
+    "ICC_Profile:ProfileCMMType:TMKR" "ICC_Profile:ProfileCMMType:TOSB"
+    "ICC_Profile:ProfileCMMType:TOSH" "ICC_Profile:ProfileCMMType:TOTK"
+    "ICC_Profile:ProfileCMMType:TRIU" "ICC_Profile:ProfileCMMType:TSBT"
+    "ICC_Profile:ProfileCMMType:TTX " "ICC_Profile:ProfileCMMType:TVM "
+    "ICC_Profile:ProfileCMMType:TW  " "ICC_Profile:ProfileCMMType:ULSX"
+    "ICC_Profile:ProfileCMMType:UNIS" "ICC_Profile:ProfileCMMType:UTZF"
+    "ICC_Profile:ProfileCMMType:VARI" "ICC_Profile:ProfileCMMType:VIEW"
+    "ICC_Profile:ProfileCMMType:VISL" "ICC_Profile:ProfileCMMType:VIVO"
+    "ICC_Profile:ProfileCMMType:WANG" "ICC_Profile:ProfileCMMType:WLBR"
+    "ICC_Profile:ProfileCMMType:WTG2" "ICC_Profile:ProfileCMMType:WYSE"
+    "ICC_Profile:ProfileCMMType:XERX" "ICC_Profile:ProfileCMMType:XRIT"
+    "ICC_Profile:ProfileCMMType:Z123" "ICC_Profile:ProfileCMMType:ZRAN"
+    "ICC_Profile:ProfileCMMType:Zebr" "ICC_Profile:ProfileCMMType:appl"
+    "ICC_Profile:ProfileCMMType:bICC" "ICC_Profile:ProfileCMMType:berg"
+    "ICC_Profile:ProfileCMMType:ceyd" "ICC_Profile:ProfileCMMType:clsp"
+    "ICC_Profile:ProfileCMMType:ds  " "ICC_Profile:ProfileCMMType:dupn"
+    "ICC_Profile:ProfileCMMType:ffei" "ICC_Profile:ProfileCMMType:flux"
+    "ICC_Profile:ProfileCMMType:iris" "ICC_Profile:ProfileCMMType:kart"
+    "ICC_Profile:ProfileCMMType:lcms" "ICC_Profile:ProfileCMMType:lino"
+    "ICC_Profile:ProfileCMMType:none" "ICC_Profile:ProfileCMMType:ob4d"
+    "ICC_Profile:ProfileCMMType:obic" "ICC_Profile:ProfileCMMType:quby"
+    "ICC_Profile:ProfileCMMType:scit" "ICC_Profile:ProfileCMMType:scrn"
+    "ICC_Profile:ProfileCMMType:sdp " "ICC_Profile:ProfileCMMType:siwi"
+    "ICC_Profile:ProfileCMMType:yxym" "ICC_Profile:ProfileClass" "Profile Class"
+    "ICC_Profile:ProfileClass:abst" "Abstract Profile" "ICC_Profile:ProfileClass:cenc"
+    "ColorEncodingSpace Profile" "ICC_Profile:ProfileClass:link" "DeviceLink Profile"
+    "ICC_Profile:ProfileClass:mid " "MultiplexIdentification Profile"
+    "ICC_Profile:ProfileClass:mlnk" "MultiplexLink Profile" "ICC_Profile:ProfileClass:mntr"
+    "Display Device Profile" "ICC_Profile:ProfileClass:mvis" "MultiplexVisualization Profile"
+    "ICC_Profile:ProfileClass:nkpf" "Nikon Input Device Profile (NON-STANDARD!)"
+    "ICC_Profile:ProfileClass:nmcl" "NamedColor Profile" "ICC_Profile:ProfileClass:prtr"
+    "Output Device Profile" "ICC_Profile:ProfileClass:scnr" "Input Device Profile"
+    "ICC_Profile:ProfileClass:spac" "ColorSpace Conversion Profile"
+    "ICC_Profile:ProfileConnectionSpace" "Profile Connection Space" "ICC_Profile:ProfileCopyright"
+    "Profile Copyright" "ICC_Profile:ProfileCreator" "Profile Creator" "ICC_Profile:ProfileCreator:"
+    "ICC_Profile:ProfileCreator:4d2p" "ICC_Profile:ProfileCreator:AAMA"
+    "ICC_Profile:ProfileCreator:ACER" "ICC_Profile:ProfileCreator:ACLT"
+    "ICC_Profile:ProfileCreator:ACTI" "ICC_Profile:ProfileCreator:ADAR"
+    "ICC_Profile:ProfileCreator:ADBE" "ICC_Profile:ProfileCreator:ADI "
+    "ICC_Profile:ProfileCreator:AGFA" "ICC_Profile:ProfileCreator:ALMD"
+    "ICC_Profile:ProfileCreator:ALPS" "ICC_Profile:ProfileCreator:ALWN"
+    "ICC_Profile:ProfileCreator:AMTI" "ICC_Profile:ProfileCreator:AOC "
+    "ICC_Profile:ProfileCreator:APAG" "ICC_Profile:ProfileCreator:APPL"
+    "ICC_Profile:ProfileCreator:AST " "ICC_Profile:ProfileCreator:AT&T"
+    "ICC_Profile:ProfileCreator:BAEL" "ICC_Profile:ProfileCreator:BRCO"
+    "ICC_Profile:ProfileCreator:BRKP" "ICC_Profile:ProfileCreator:BROT"
+    "ICC_Profile:ProfileCreator:BULL" "ICC_Profile:ProfileCreator:BUS "
+    "ICC_Profile:ProfileCreator:C-IT" "ICC_Profile:ProfileCreator:CAMR"
+    "ICC_Profile:ProfileCreator:CANO" "ICC_Profile:ProfileCreator:CARR"
+    "ICC_Profile:ProfileCreator:CASI" "ICC_Profile:ProfileCreator:CBUS"
+    "ICC_Profile:ProfileCreator:CEL " "ICC_Profile:ProfileCreator:CELx"
+    "ICC_Profile:ProfileCreator:CGS " "ICC_Profile:ProfileCreator:CHM "
+    "ICC_Profile:ProfileCreator:CIGL" "ICC_Profile:ProfileCreator:CITI"
+    "ICC_Profile:ProfileCreator:CL00" "ICC_Profile:ProfileCreator:CLIQ"
+    "ICC_Profile:ProfileCreator:CMCO" "ICC_Profile:ProfileCreator:CMiX"
+    "ICC_Profile:ProfileCreator:COLO" "ICC_Profile:ProfileCreator:COMP"
+    "ICC_Profile:ProfileCreator:COMp" "ICC_Profile:ProfileCreator:CONR"
+    "ICC_Profile:ProfileCreator:CORD" "ICC_Profile:ProfileCreator:CPQ "
+    "ICC_Profile:ProfileCreator:CPRO" "ICC_Profile:ProfileCreator:CRN "
+    "ICC_Profile:ProfileCreator:CTX " "ICC_Profile:ProfileCreator:CVIS"
+    "ICC_Profile:ProfileCreator:CWC " "ICC_Profile:ProfileCreator:DARI"
+    "ICC_Profile:ProfileCreator:DATA" "ICC_Profile:ProfileCreator:DCP "
+    "ICC_Profile:ProfileCreator:DCRC" "ICC_Profile:ProfileCreator:DELL"
+    "ICC_Profile:ProfileCreator:DIC " "ICC_Profile:ProfileCreator:DICO"
+    "ICC_Profile:ProfileCreator:DIGI" "ICC_Profile:ProfileCreator:DL&C"
+    "ICC_Profile:ProfileCreator:DPLG" "ICC_Profile:ProfileCreator:DS  "
+    "ICC_Profile:ProfileCreator:DSOL" "ICC_Profile:ProfileCreator:DUPN"
+    "ICC_Profile:ProfileCreator:EPSO" "ICC_Profile:ProfileCreator:ESKO"
+    "ICC_Profile:ProfileCreator:ETRI" "ICC_Profile:ProfileCreator:EVER"
+    "ICC_Profile:ProfileCreator:EXAC" "ICC_Profile:ProfileCreator:Eizo"
+    "ICC_Profile:ProfileCreator:FALC" "ICC_Profile:ProfileCreator:FF  "
+    "ICC_Profile:ProfileCreator:FFEI" "ICC_Profile:ProfileCreator:FNRD"
+    "ICC_Profile:ProfileCreator:FORA" "ICC_Profile:ProfileCreator:FORE"
+    "ICC_Profile:ProfileCreator:FP  " "ICC_Profile:ProfileCreator:FPA "
+    "ICC_Profile:ProfileCreator:FUJI" "ICC_Profile:ProfileCreator:FX  "
+    "ICC_Profile:ProfileCreator:GCC " "ICC_Profile:ProfileCreator:GGSL"
+    "ICC_Profile:ProfileCreator:GMB " "ICC_Profile:ProfileCreator:GMG "
+    "ICC_Profile:ProfileCreator:GOLD" "ICC_Profile:ProfileCreator:GOOG"
+    "ICC_Profile:ProfileCreator:GPRT" "ICC_Profile:ProfileCreator:GTMB"
+    "ICC_Profile:ProfileCreator:GVC " "ICC_Profile:ProfileCreator:GW2K"
+    "ICC_Profile:ProfileCreator:HCI " "ICC_Profile:ProfileCreator:HDM "
+    "ICC_Profile:ProfileCreator:HERM" "ICC_Profile:ProfileCreator:HITA"
+    "ICC_Profile:ProfileCreator:HP  " "ICC_Profile:ProfileCreator:HTC "
+    "ICC_Profile:ProfileCreator:HiTi" "ICC_Profile:ProfileCreator:IBM "
+    "ICC_Profile:ProfileCreator:IDNT" "ICC_Profile:ProfileCreator:IEC "
+    "ICC_Profile:ProfileCreator:IIYA" "ICC_Profile:ProfileCreator:IKEG"
+    "ICC_Profile:ProfileCreator:IMAG" "ICC_Profile:ProfileCreator:IMI "
+    "ICC_Profile:ProfileCreator:INTC" "ICC_Profile:ProfileCreator:INTL"
+    "ICC_Profile:ProfileCreator:INTR" "ICC_Profile:ProfileCreator:IOCO"
+    "ICC_Profile:ProfileCreator:IPS " "ICC_Profile:ProfileCreator:IRIS"
+    "ICC_Profile:ProfileCreator:ISL " "ICC_Profile:ProfileCreator:ITNL"
+    "ICC_Profile:ProfileCreator:IVM " "ICC_Profile:ProfileCreator:IWAT"
+    "ICC_Profile:ProfileCreator:Idnt" "ICC_Profile:ProfileCreator:Inca"
+    "ICC_Profile:ProfileCreator:Iris" "ICC_Profile:ProfileCreator:JPEG"
+    "ICC_Profile:ProfileCreator:JSFT" "ICC_Profile:ProfileCreator:JVC "
+    "ICC_Profile:ProfileCreator:KART" "ICC_Profile:ProfileCreator:KFC "
+    "ICC_Profile:ProfileCreator:KLH " "ICC_Profile:ProfileCreator:KMHD"
+    "ICC_Profile:ProfileCreator:KNCA" "ICC_Profile:ProfileCreator:KODA"
+    "ICC_Profile:ProfileCreator:KYOC" "ICC_Profile:ProfileCreator:Kart"
+    "ICC_Profile:ProfileCreator:LCAG" "ICC_Profile:ProfileCreator:LCCD"
+    "ICC_Profile:ProfileCreator:LDAK" "ICC_Profile:ProfileCreator:LEAD"
+    "ICC_Profile:ProfileCreator:LEXM" "ICC_Profile:ProfileCreator:LINK"
+    "ICC_Profile:ProfileCreator:LINO" "ICC_Profile:ProfileCreator:LITE"
+    "ICC_Profile:ProfileCreator:Leaf" "ICC_Profile:ProfileCreator:Lino"
+    "ICC_Profile:ProfileCreator:MAGC" "ICC_Profile:ProfileCreator:MAGI"
+    "ICC_Profile:ProfileCreator:MANN" "ICC_Profile:ProfileCreator:MICN"
+    "ICC_Profile:ProfileCreator:MICR" "ICC_Profile:ProfileCreator:MICV"
+    "ICC_Profile:ProfileCreator:MINO" "ICC_Profile:ProfileCreator:MITS"
+    "ICC_Profile:ProfileCreator:MITs" "ICC_Profile:ProfileCreator:MNLT"
+    "ICC_Profile:ProfileCreator:MODG" "ICC_Profile:ProfileCreator:MONI"
+    "ICC_Profile:ProfileCreator:MONS" "ICC_Profile:ProfileCreator:MORS"
+    "ICC_Profile:ProfileCreator:MOTI" "ICC_Profile:ProfileCreator:MSFT"
+    "ICC_Profile:ProfileCreator:MUTO" "ICC_Profile:ProfileCreator:Mits"
+    "ICC_Profile:ProfileCreator:NANA" "ICC_Profile:ProfileCreator:NEC "
+    "ICC_Profile:ProfileCreator:NEXP" "ICC_Profile:ProfileCreator:NISS"
+    "ICC_Profile:ProfileCreator:NKON" "ICC_Profile:ProfileCreator:NONE"
+    "ICC_Profile:ProfileCreator:OCE " "ICC_Profile:ProfileCreator:OCEC"
+    "ICC_Profile:ProfileCreator:OKI " "ICC_Profile:ProfileCreator:OKID"
+    "ICC_Profile:ProfileCreator:OKIP" "ICC_Profile:ProfileCreator:OLIV"
+    "ICC_Profile:ProfileCreator:OLYM" "ICC_Profile:ProfileCreator:ONYX"
+    "ICC_Profile:ProfileCreator:OPTI" "ICC_Profile:ProfileCreator:PACK"
+    "ICC_Profile:ProfileCreator:PANA" "ICC_Profile:ProfileCreator:PANT"
+    "ICC_Profile:ProfileCreator:PBN " "ICC_Profile:ProfileCreator:PFU "
+    "ICC_Profile:ProfileCreator:PHIL" "ICC_Profile:ProfileCreator:PNTX"
+    "ICC_Profile:ProfileCreator:POne" "ICC_Profile:ProfileCreator:PREM"
+    "ICC_Profile:ProfileCreator:PRIN" "ICC_Profile:ProfileCreator:PRIP"
+    "ICC_Profile:ProfileCreator:QLUX" "ICC_Profile:ProfileCreator:QMS "
+    "ICC_Profile:ProfileCreator:QPCD" "ICC_Profile:ProfileCreator:QUAD"
+    "ICC_Profile:ProfileCreator:QUME" "ICC_Profile:ProfileCreator:RADI"
+    "ICC_Profile:ProfileCreator:RDDx" "ICC_Profile:ProfileCreator:RDG "
+    "ICC_Profile:ProfileCreator:REDM" "ICC_Profile:ProfileCreator:RELI"
+    "ICC_Profile:ProfileCreator:RGMS" "ICC_Profile:ProfileCreator:RICO"
+    "ICC_Profile:ProfileCreator:RNLD" "ICC_Profile:ProfileCreator:ROYA"
+    "ICC_Profile:ProfileCreator:RPC " "ICC_Profile:ProfileCreator:RTL "
+    "ICC_Profile:ProfileCreator:SAMP" "ICC_Profile:ProfileCreator:SAMS"
+    "ICC_Profile:ProfileCreator:SANT" "ICC_Profile:ProfileCreator:SCIT"
+    "ICC_Profile:ProfileCreator:SCRN" "ICC_Profile:ProfileCreator:SDP "
+    "ICC_Profile:ProfileCreator:SEC " "ICC_Profile:ProfileCreator:SEIK"
+    "ICC_Profile:ProfileCreator:SEIk" "ICC_Profile:ProfileCreator:SGUY"
+    "ICC_Profile:ProfileCreator:SHAR" "ICC_Profile:ProfileCreator:SICC"
+    "ICC_Profile:ProfileCreator:SONY" "ICC_Profile:ProfileCreator:SPCL"
+    "ICC_Profile:ProfileCreator:STAR" "ICC_Profile:ProfileCreator:STC "
+    "ICC_Profile:ProfileCreator:Scit" "ICC_Profile:ProfileCreator:Sdp "
+    "ICC_Profile:ProfileCreator:Sony" "ICC_Profile:ProfileCreator:TALO"
+    "ICC_Profile:ProfileCreator:TAND" "ICC_Profile:ProfileCreator:TATU"
+    "ICC_Profile:ProfileCreator:TAXA" "ICC_Profile:ProfileCreator:TDS "
+    "ICC_Profile:ProfileCreator:TECO" "ICC_Profile:ProfileCreator:TEGR"
+    "ICC_Profile:ProfileCreator:TEKT" "ICC_Profile:ProfileCreator:TI  "
+    "ICC_Profile:ProfileCreator:TMKR" "ICC_Profile:ProfileCreator:TOSB"
+    "ICC_Profile:ProfileCreator:TOSH" "ICC_Profile:ProfileCreator:TOTK"
+    "ICC_Profile:ProfileCreator:TRIU" "ICC_Profile:ProfileCreator:TSBT"
+    "ICC_Profile:ProfileCreator:TTX " "ICC_Profile:ProfileCreator:TVM "
+    "ICC_Profile:ProfileCreator:TW  " "ICC_Profile:ProfileCreator:ULSX"
+    "ICC_Profile:ProfileCreator:UNIS" "ICC_Profile:ProfileCreator:UTZF"
+    "ICC_Profile:ProfileCreator:VARI" "ICC_Profile:ProfileCreator:VIEW"
+    "ICC_Profile:ProfileCreator:VISL" "ICC_Profile:ProfileCreator:VIVO"
+    "ICC_Profile:ProfileCreator:WANG" "ICC_Profile:ProfileCreator:WLBR"
+    "ICC_Profile:ProfileCreator:WTG2" "ICC_Profile:ProfileCreator:WYSE"
+    "ICC_Profile:ProfileCreator:XERX" "ICC_Profile:ProfileCreator:XRIT"
+    "ICC_Profile:ProfileCreator:Z123" "ICC_Profile:ProfileCreator:ZRAN"
+    "ICC_Profile:ProfileCreator:Zebr" "ICC_Profile:ProfileCreator:appl"
+    "ICC_Profile:ProfileCreator:bICC" "ICC_Profile:ProfileCreator:berg"
+    "ICC_Profile:ProfileCreator:ceyd" "ICC_Profile:ProfileCreator:clsp"
+    "ICC_Profile:ProfileCreator:ds  " "ICC_Profile:ProfileCreator:dupn"
+    "ICC_Profile:ProfileCreator:ffei" "ICC_Profile:ProfileCreator:flux"
+    "ICC_Profile:ProfileCreator:iris" "ICC_Profile:ProfileCreator:kart"
+    "ICC_Profile:ProfileCreator:lcms" "ICC_Profile:ProfileCreator:lino"
+    "ICC_Profile:ProfileCreator:none" "ICC_Profile:ProfileCreator:ob4d"
+    "ICC_Profile:ProfileCreator:obic" "ICC_Profile:ProfileCreator:quby"
+    "ICC_Profile:ProfileCreator:scit" "ICC_Profile:ProfileCreator:scrn"
+    "ICC_Profile:ProfileCreator:sdp " "ICC_Profile:ProfileCreator:siwi"
+    "ICC_Profile:ProfileCreator:yxym" "ICC_Profile:ProfileDateTime" "Profile Date Time"
+    "ICC_Profile:ProfileDescription" "Profile Description" "ICC_Profile:ProfileDescriptionML"
+    "Profile Description ML" "ICC_Profile:ProfileFileSignature" "Profile File Signature"
+    "ICC_Profile:ProfileID" "Profile ID" "ICC_Profile:ProfileSequenceDesc" "Profile Sequence Desc"
+    "ICC_Profile:ProfileSequenceIdentifier" "Profile Sequence Identifier"
+    "ICC_Profile:ProfileSequenceInfo" "Profile Sequence Info" "ICC_Profile:ProfileVersion"
+    "Profile Version" "ICC_Profile:RedMatrixColumn" "Red Matrix Column" "ICC_Profile:RedTRC"
+    "Red Tone Reproduction Curve" "ICC_Profile:ReferenceName" "Reference Name"
+    "ICC_Profile:ReflectionHardcopyOrigColorimetry" "Reflection Hardcopy Orig Colorimetry"
+    "ICC_Profile:ReflectionPrintOutputColorimetry" "Reflection Print Output Colorimetry"
+    "ICC_Profile:RenderingIntent" "Rendering Intent" "ICC_Profile:RenderingIntent:0" "Perceptual"
+    "ICC_Profile:RenderingIntent:1" "Media-Relative Colorimetric" "ICC_Profile:RenderingIntent:2"
+    "ICC_Profile:RenderingIntent:3" "ICC-Absolute Colorimetric"
+    "ICC_Profile:SaturationRenderingIntentGamut" "Saturation Rendering Intent Gamut"
+    "ICC_Profile:SaturationRenderingIntentGamut:prmg" "ICC_Profile:SceneAppearanceEstimates"
+    "Scene Appearance Estimates" "ICC_Profile:SceneColorimetryEstimates"
+    "Scene Colorimetry Estimates" "ICC_Profile:Screening" "ICC_Profile:ScreeningDesc"
+    "Screening Desc" "ICC_Profile:SpectralViewingConditions" "Spectral Viewing Conditions"
+    "ICC_Profile:SpectralWhitePoint" "Spectral White Point" "ICC_Profile:StandardToCustomPcc"
+    "Standard To Custom Pcc" "ICC_Profile:SurfaceMap" "Surface Map" "ICC_Profile:Technology"
+    "ICC_Profile:Technology:AMD " "Active Matrix Display" "ICC_Profile:Technology:CRT "
+    "Cathode Ray Tube Display" "ICC_Profile:Technology:KPCD" "Photo CD"
+    "ICC_Profile:Technology:PMD " "Passive Matrix Display" "ICC_Profile:Technology:dcam"
+    "Digital Camera" "ICC_Profile:Technology:dcpj" "Digital Cinema Projector"
+    "ICC_Profile:Technology:dmpc" "Digital Motion Picture Camera" "ICC_Profile:Technology:dsub"
+    "Dye Sublimation Printer" "ICC_Profile:Technology:epho" "Electrophotographic Printer"
+    "ICC_Profile:Technology:esta" "Electrostatic Printer" "ICC_Profile:Technology:flex"
+    "Flexography" "ICC_Profile:Technology:fprn" "Film Writer" "ICC_Profile:Technology:fscn"
+    "Film Scanner" "ICC_Profile:Technology:grav" "Gravure" "ICC_Profile:Technology:ijet"
+    "Ink Jet Printer" "ICC_Profile:Technology:imgs" "Photo Image Setter"
+    "ICC_Profile:Technology:mpfr" "Motion Picture Film Recorder" "ICC_Profile:Technology:mpfs"
+    "Motion Picture Film Scanner" "ICC_Profile:Technology:offs" "Offset Lithography"
+    "ICC_Profile:Technology:pjtv" "Projection Television" "ICC_Profile:Technology:rpho"
+    "Photographic Paper Printer" "ICC_Profile:Technology:rscn" "Reflective Scanner"
+    "ICC_Profile:Technology:silk" "Silkscreen" "ICC_Profile:Technology:twax" "Thermal Wax Printer"
+    "ICC_Profile:Technology:vidc" "Video Camera" "ICC_Profile:Technology:vidm" "Video Monitor"
+    "ICC_Profile:UCRBG" "Under Color Removal and Black Gen." "ICC_Profile:VideoCardGamma"
+    "Video Card Gamma" "ICC_Profile:ViewingCondDesc" "Viewing Cond Desc"
+    "ICC_Profile:ViewingCondIlluminant" "Viewing Cond Illuminant"
+    "ICC_Profile:ViewingCondIlluminantType" "Viewing Cond Illuminant Type"
+    "ICC_Profile:ViewingCondIlluminantType:1" "ICC_Profile:ViewingCondIlluminantType:2"
+    "ICC_Profile:ViewingCondIlluminantType:3" "ICC_Profile:ViewingCondIlluminantType:4"
+    "ICC_Profile:ViewingCondIlluminantType:5" "ICC_Profile:ViewingCondIlluminantType:6"
+    "ICC_Profile:ViewingCondIlluminantType:7" "ICC_Profile:ViewingCondIlluminantType:8"
+    "ICC_Profile:ViewingCondSurround" "Viewing Cond Surround" "ICC_Profile:WCSProfiles"
+    "WCS Profiles" "A à B0" "A à B1" "A à B2" "B à A0" "B à A1" "B à A2"
+    "Colonne de la matrice bleue" "Courbe de reproduction des tonalités bleues" "Indicateurs CMM"
+    "Date et heure de calibration" "Cible caractère" "Adaptation chromatique"
+    "Espace de couleur des données" "Nom de l'espace couleur" "Ordre de colorant"
+    "Illuminant d'espace de connexion" "Attributs d'appareil" "Fabricant de l'appareil"
+    "Description du fabricant de l'appareil" "Modèle de l'appareil"
+    "Description du modèle de l'appareil" "Réglages de l'appareil"
+    "Courbe de reproduction des tonalités grises" "Colonne de la matrice verte"
+    "Courbe de reproduction des tonalités vertes" "Fabricant et modèle" "Support de mesure"
+    "Flare de mesure" "Géométrie de mesure" "0/45 ou 45/0" "0/d ou d/0" "Illuminant de mesure"
+    "Observateur de mesure" "Point noir moyen" "Point blanc moyen" "Couleur nommée 2"
+    "Information sur l'affichage natif" "Réponse de sortie" "Aperçu 0" "Aperçu 1" "Aperçu 2"
+    "Plateforme primaire" "Type du profil CMM" "Etsoft Development" "Odgraph, Inc."
+    "Hilips Consumer Electronics Co." "Classe du profil" "Profil de résumé" "Profil de liaison"
+    "Profil d'appareil d'affichage" "Profil Nikon (\"nkpf\")" "Profil de couleur nommée"
+    "Profil d'appareil de sortie" "Profil d'appareil d'entrée"
+    "Profil de conversion d'espace de couleur" "Espace de connexion du profil" "Copyright du profil"
+    "Créateur du profil" "Horodatage du profil" "Description du profil" "Description ML du profil"
+    "Signature du fichier du profil" "ID du profil" "Description de séquence du profil"
+    "Version du profil" "Colonne de la matrice rouge" "Courbe de reproduction des tonalités rouges"
+    "Intention de rendu" "Perceptif" "Colorimétrique relatif" "Colorimétrique absolu" "Technologie"
+    "Afficheur à matrice active" "Afficheur à tube cathodique" "CD photo"
+    "Afficheur à matrice passive" "Appareil photo numérique" "Projecteur cinéma numérique"
+    "Caméra numérique de cinéma" "Imprimante à sublimation thermique"
+    "Imprimante électrophotographique" "Imprimante électrostatique" "Flexographie" "Scanner de film"
+    "Imprimante à jet d'encre" "Cadre photo" "Enregistreur de film cinématographique"
+    "Scanneur de films cinématographiques" "Lithographie offset" "Télévision par projection"
+    "Imprimante à papier photo" "Scanner réflectif" "Sérigraphie" "Imprimante thermique à cire"
+    "Caméra vidéo" "Moniteur vidéo" "Gamma de la carte vidéo"
+    "Description des conditions de visionnage" "Illuminant des conditions de visionnage"
+    "Type d'illuminant des conditions de visionnage" "Environnement des conditions de visionnage"
+    "Profil Windows Color System" "Blau-Matrixspalte" "Blau-Tonwertwiedergabe-Kurve" "CMM-Flags"
+    "Farbraum Daten" "Weißpunkt des Verbindungsfarbraums" "Geräte-Eigenschaften"
+    "Gerätehersteller-Bezeichnung" "Geräte-Modell" "Geräte-Modell-Bezeichnung"
+    "Grau-Tonwertwiedergabe-Kurve" "Grün-Matrixspalte" "Grün-Tonwertwiedergabe-Kurve" "Luminanz"
+    "Hersteller und Modell" "Basis der Messung" "Messung Lichtschein" "Geometrie der Messung"
+    "0/45 oder 45/0" "0/d oder d/0" "Messung Beleuchtung" "Messung nach" "Medium-Schwarzpunkt"
+    "Medium-Weißpunkt" "Vorschau 0" "Vorschau 1" "Vorschau 2" "Hauptplattform" "Profil CMM-Typ"
+    "Profil-Klasse" "Abstract-Profil" "DeviceLink-Profil" "Bildschirm-Geräteprofil"
+    "Nikon-Profil (\"nkpf\")" "Named Color-Profil" "Ausgabe-Geräteprofil" "Eingabe-Geräteprofil"
+    "Farbraum-Konvertierungsprofile" "Profil-Verbindungsfarbraum" "Profilersteller"
+    "Profil-Erstellungszeit" "Farbprofil Name" "Farbprofil Name mehrsprachig"
+    "Profil-Datei-Signatur" "Profile-ID" "Profilsequenz-Beschreibung" "Profil-Version"
+    "Rot-Matrixspalte" "Rot-Tonwertwiedergabe-Kurve" "Umrechnungsmethode"
+    "Wahrnehmungsorientiert (perzeptiv, fotografisch)" "Relativ farbmetrisch" "Sättigungserhaltend"
+    "Absolut farbmetrisch" "Aktives Matrix-Display" "Kathodenstrahlröhrenbildschirm" "Photo-CD"
+    "Passives Matrix-Display" "Digitalkamera" "Thermosublimationsdrucker" "Laserdrucker"
+    "Elektrostatischer Drucker" "Film-Writer" "Film-Scanner" "Gravur" "Tintenstrahldrucker"
+    "Foto-Filmbelichter" "Offset Lithographie" "Projektionsfernsehgerät" "Fotopapierdrucker"
+    "Reflexionsscanner" "Thermowachsdrucker" "Videokamera" "Video-Monitor"
+    "Windows Color System-Profil" "Da A a B0" "Da A a B1" "Da A a B2" "Colonna della Matrice Blu"
+    "Curva riproduzione tono blu" "Data/ora di calibrazione" "Adattamento cromatico"
+    "Dati Spazio Colore" "Attributi Dispositivo" "Costruttore dispositivo"
+    "Descrizione del Costruttore Dispositivo" "Modello Dispositivo"
+    "Descrizione Modello Dispositivo" "Curva Riproduzione Tono Grigio" "Colonna della Matrice Verde"
+    "Curva Riproduziozne Tono Verde" "Marca e Modello" "0/45 o 45/0" "0/d o d/0" "Media Punto Nero"
+    "Media Punto Bianco" "Colore Chiamato 2" "Info Display Nativo" "Anteprima 0 " "Anteprima 1 "
+    "Anteprima 2" "Piattaforma primaria" "Tipo profilo CMM" "Classe profilo" "Profilo Astratto"
+    "Profilo Dispositivo di Collegamento" "Profilo Dispositivo Visualizzazione"
+    "Profilo Nikon (\"nkpf\")" "Profilo Colore Chiamato" "Profilo Dispositivo Output"
+    "Profilo dispositivo di Input" "Profilo Conversione Spazio Colore" "Spazio connessione profilo"
+    "Copyright profilo" "Autore profilo" "Data/ora profilo" "Descrizione del Profilo"
+    "Descrizione profilo multilinguaggio." "Firma file profilo" "ID profilo"
+    "Descrizione della Sequenza del Profilo" "Versione profilo" "Colonna matrice rosso"
+    "Curva riproduzione tono rosso" "Percentuale" "Colorimetrico Relativo" "Colorimetrico Assoluto"
+    "Tecnologia" "Display a matrice attiva" "Monitor con Tubo a Raggi Catodici"
+    "Display a Matrice passiva" "Fotocamera Digitale" "Stampante a Sublimazione Termica"
+    "Stampante Laser" "Stampante Elettrostatica" "Scanner per Pellicola" "Stampante Ink Jet"
+    "Litografía Offset" "Proiettore televisivo" "Stampante per Carta Fotografica"
+    "Scanner a riflessione" "Stampante Thermal Wax" "Gamma della Scheda Video"
+    "Descrizione Condizioni di Visualizzazione" "Profilo Windows Color System" "AからB0" "AからB1"
+    "AからB2" "BからA0" "BからA1" "BからA2" "青色マトリックス列" "青色調増殖曲線" "CMMフラグ" "キャリブレーション日時" "目的文字" "色彩順応化"
+    "カラースペースデータ" "着色順" "接続スペース光源" "機器属性" "機器メーカー" "機器メーカー説明" "機器モデル" "機器モデル説明" "全域" "灰色調増殖曲線"
+    "緑色マトリックス列" "緑色調増殖曲線" "輝度" "作成とモデル" "バック測定" "フレア測定" "幾何学測定" "光源測定" "測定オブザーバー" "メディア黒点" "メディア白点"
+    "色名称2" "ネイティブディスプレイ情報" "出力反応" "プレビュー0" "プレビュー1" "プレビュー2" "主要プラットフォーム" "CMMタイププロフィール" "プロフィールクラス"
+    "抜粋プロフィール" "デバイスリンクプロフィール" "表示装置プロフィール" "ニコンプロフィール(\"nkpf\")" "色名称プロフィール" "出力装置プロフィール"
+    "入力装置プロフィール" "色空間変換プロフィール" "接続スペースプロフィール" "プロフィール著作権" "プロフィール製作者" "プロフィール日時" "プロフィール説明"
+    "プロフィール説明ML" "プロフィールファイルシグネーチャ" "プロフィールID" "プロフィールシーケンス説明" "プロフィールバージョン" "赤色マトリックス列" "赤色調増殖曲線"
+    "意思表現" "知覚的" "相対比色分析" "飽和" "絶対比色分析" "テクノロジー" "アクティブマトリクス型ディスプレイ" "CRTディスプレイ" "フォトCD"
+    "単純マトリクス型ディスプレイ" "デジタルカメラ" "昇華型プリンター" "静電記録式プリンター" "静電気プリンター" "アニリン印刷" "フィルムライター" "フイルムスキャナー"
+    "グラビア印刷" "インクジェットプリンター" "フォトイメージセッター" "オフセット印刷" "プロジェクションテレビ" "印画紙プリンター" "反射スキャナ" "シルクスクリーン印刷"
+    "熱転写プリンター" "ビデオカメラ" "ビデオモニター" "ビデオカードガンマ" "視聴状態説明" "視聴状態光源" "視聴状態光源タイプ" "視聴状態周辺"
+    "Windowsカラーシステムプロフィール" "A a B0" "A a B1" "A a B2" "B a A0" "B a A1" "B a A2"
+    "Columna Matriz Azul" "Curva Reproducción Tono Azul" "Banderas CMM" "Fecha y Hora Calibración"
+    "Objetivo Caracter" "Adaptación Cromática" "Espacio Color Datos" "Orden Colorante"
+    "Iluminación Espacio Conexión" "Atributos Dispositivo" "Fabricante Dispositivo"
+    "Descripción Fabricante Dispositivo" "Modelo Dispositivo" "Descripción Modelo Dispositivo"
+    "Columna Matriz Gris" "Columna Matriz Verde" "Curva Reproducción Tono Verde" "Luminancia"
+    "Marca y Modelo" "Apoyo de Medida" "Llama de Medida" "Geometría de Medida"
+    "Iluminación de Medida" "Observador de Medida" "Punto Negro Medio" "Punto Blanco Medio"
+    "Color Llamado 2" "Información Pantalla Nativa" "Respuesta Salida" "Previa 0" "Previa 1"
+    "Previa 2" "Plataforma Primaria" "Tipo Perfil CMM" "Clase Perfil" "Perfil Abstracto"
+    "Perfil Dispositivo Conexión" "Perfil Dispositivo Pantalla" "Perfil Nikon (\"nkpf\")"
+    "Perfil Color Nombrado" "Perfil Dispositivo Salida" "Perfil Dispositivo Entrada"
+    "Perfil Conversión Espacio Color" "Espacio Conexión Perfil" "Creador Perfil"
+    "Fecha y Hora Perfil" "Descripción Perfil" "Descripción Perfil ML" "Firma Archivo Perfil"
+    "ID Perfil" "Descripción Secuencia Perfil" "Versión Perfil" "Columna Matriz Rojo"
+    "Curva Reproducción Tono Rojo" "Intento Interpretación" "Colorimétrica Relativa"
+    "Colorimétrica Absoluta" "Tecnología" "Pantalla Matriz Activa" "Pantalla Tubo Rayos Catódicos"
+    "Pantalla Matriz Pasiva" "Cámara Digital" "Impresora Sublimación"
+    "Impresora Electrofotográfica (Laser)" "Impresora Electrostática" "Flexografía"
+    "Impresora Película" "Escaner Película" "Grabado" "Impresora Inyección Tinta" "Marco Foto"
+    "Televisión Proyección" "Impresora Papel Fotográfico" "Escaner Reflectivo" "Pantalla Sedosa"
+    "Impresora Cera Termal" "Videocámara" "Monitor Video" "Tarjeta Video Gamma"
+    "Descripción en Condiciones de Visión" "Iluminación en Condiciones de Visión"
+    "Tipo Iluminación en Condiciones de Visión" "Entorno en Condiciones de Visión"
+    "Perfil Sistema Color Windows" "GEOB-Data" "GEOB-Desc" "GEOB-File" "GEOB-Mime" "CRC"
+    "ExtendedAlbumName" "ExtendedArtistName" "ExtendedTrackTitle" "AssociatedImageFile"
+    "Indications" "AdditionalInfo" "Lyrics" "AverageLevel" "PeakValue" "WM_MediaClassPrimaryID"
+    "WM_MediaClassSecondaryID" "WM_Provider" "WM_CollectionGroupID" "WM_CollectionID" "WM_ContentID"
+    "SynchronizedLyricsDescription" "SynchronizedLyricsText" "SynchronizedLyricsType" "Artist"
+    "Album" "Year" "Track" "Genre" "Title2" "Artist2" "Album2" "Speed" "StartTime" "EndTime"
+    "PlayCounter" "Grouping" "InvolvedPeople" "iTunesU" "MovementNumber" "MovementName" "Podcast"
+    "Picture" "PictureFormat" "PictureType" "PictureDescription" "Popularimeter"
+    "RelativeVolumeAdjustment" "BeatsPerMinute" "Composer" "Compilation" "PlaylistDelay" "EncodedBy"
+    "FileType" "Time" "InitialKey" "Length" "Media" "OriginalArtist" "OriginalFileName"
+    "OriginalLyricist" "OriginalReleaseYear" "OriginalAlbum" "Band" "Conductor" "InterpretedBy"
+    "PartOfSet" "ISRC" "RecordingDates" "AlbumArtistSortOrder" "AlbumSortOrder" "ComposerSortOrder"
+    "Size" "PerformerSortOrder" "EncoderSettings" "TitleSortOrder" "Subtitle" "Lyricist"
+    "UserDefinedText" "FileURL" "ArtistURL" "SourceURL" "CommercialURL" "CopyrightURL"
+    "PublisherURL" "UserDefinedURL" "PictureMIMEType" "MusicCDIdentifier" "Ownership"
+    "PodcastCategory" "PodcastDescription" "PodcastID" "PodcastKeywords" "FileOwner"
+    "InternetRadioStationName" "InternetRadioStationOwner" "TermsOfUse" "PodcastURL"
+    "InternetRadioStationURL" "PaymentURL" "OriginalReleaseTime" "EncodingTime" "RecordingTime"
+    "ReleaseTime" "TaggingTime" "MusicianCredits" "Mood" "ProducedNotice" "SetSubtitle" "100" "101"
+    "102" "103" "104" "105" "106" "107" "108" "109" "110" "111" "112" "113" "114" "115" "116" "117"
+    "118" "119" "120" "121" "122" "123" "124" "125" "126" "127" "129" "131" "133" "134" "135" "136"
+    "137" "138" "139" "140" "141" "142" "143" "144" "145" "146" "147" "148" "149" "150" "151" "152"
+    "153" "154" "155" "156" "157" "158" "159" "160" "161" "162" "163" "164" "165" "166" "167" "168"
+    "169" "170" "171" "172" "173" "174" "175" "176" "177" "178" "179" "180" "181" "182" "183" "184"
+    "185" "186" "187" "188" "189" "190" "30" "33" "34" "35" "36" "37" "38" "39" "40" "41" "42" "43"
+    "44" "45" "46" "47" "49" "50" "51" "52" "53" "54" "55" "56" "57" "58" "59" "60" "61" "62" "66"
+    "67" "68" "70" "72" "74" "75" "76" "78" "81" "82" "83" "84" "85" "86" "87" "90" "91" "92" "94"
+    "96" "97" "98" "99" "CR" "RX" "ID3:AdditionalInfo" "Additional Info" "ID3:Album" "ID3:Album2"
+    "Album 2" "ID3:AlbumArtistSortOrder" "Album Artist Sort Order" "ID3:AlbumSortOrder"
+    "Album Sort Order" "ID3:Artist" "ID3:Artist2" "Artist 2" "ID3:ArtistURL" "Artist URL"
+    "ID3:AssociatedImageFile" "Associated Image File" "ID3:Author" "ID3:AverageLevel"
+    "Average Level" "ID3:Band" "ID3:BeatsPerMinute" "Beats Per Minute" "ID3:CRC" "ID3:Comment"
+    "ID3:CommercialURL" "Commercial URL" "ID3:Compilation" "ID3:Compilation:0" "ID3:Compilation:1"
+    "ID3:Composer" "ID3:ComposerSortOrder" "Composer Sort Order" "ID3:Conductor" "ID3:Copyright"
+    "ID3:CopyrightURL" "Copyright URL" "ID3:Date" "ID3:EncodedBy" "Encoded By" "ID3:EncoderSettings"
+    "Encoder Settings" "ID3:EncodingTime" "Encoding Time" "ID3:EndTime" "End Time"
+    "ID3:ExtendedAlbumName" "Extended Album Name" "ID3:ExtendedArtistName" "Extended Artist Name"
+    "ID3:ExtendedTrackTitle" "Extended Track Title" "ID3:FileOwner" "File Owner" "ID3:FileType"
+    "File Type" "ID3:FileURL" "File URL" "ID3:GEOB-Data" "ID3:GEOB-Desc" "ID3:GEOB-File"
+    "ID3:GEOB-Mime" "ID3:Genre" "ID3:Genre:0" "Blues" "ID3:Genre:1" "Classic Rock" "ID3:Genre:10"
+    "New Age" "ID3:Genre:100" "Humour" "ID3:Genre:101" "Speech" "ID3:Genre:102" "Chanson"
+    "ID3:Genre:103" "Opera" "ID3:Genre:104" "Chamber Music" "ID3:Genre:105" "Sonata" "ID3:Genre:106"
+    "Symphony" "ID3:Genre:107" "Booty Bass" "ID3:Genre:108" "Primus" "ID3:Genre:109" "Porn Groove"
+    "ID3:Genre:11" "Oldies" "ID3:Genre:110" "Satire" "ID3:Genre:111" "Slow Jam" "ID3:Genre:112"
+    "Club" "ID3:Genre:113" "Tango" "ID3:Genre:114" "Samba" "ID3:Genre:115" "Folklore"
+    "ID3:Genre:116" "Ballad" "ID3:Genre:117" "Power Ballad" "ID3:Genre:118" "Rhythmic Soul"
+    "ID3:Genre:119" "Freestyle" "ID3:Genre:12" "Other" "ID3:Genre:120" "Duet" "ID3:Genre:121"
+    "Punk Rock" "ID3:Genre:122" "Drum Solo" "ID3:Genre:123" "A Cappella" "ID3:Genre:124"
+    "Euro-House" "ID3:Genre:125" "Dance Hall" "ID3:Genre:126" "Goa" "ID3:Genre:127" "Drum & Bass"
+    "ID3:Genre:128" "Club-House" "ID3:Genre:129" "Hardcore" "ID3:Genre:13" "Pop" "ID3:Genre:130"
+    "Terror" "ID3:Genre:131" "Indie" "ID3:Genre:132" "BritPop" "ID3:Genre:133" "Afro-Punk"
+    "ID3:Genre:134" "Polsk Punk" "ID3:Genre:135" "Beat" "ID3:Genre:136" "Christian Gangsta Rap"
+    "ID3:Genre:137" "Heavy Metal" "ID3:Genre:138" "Black Metal" "ID3:Genre:139" "Crossover"
+    "ID3:Genre:14" "R&B" "ID3:Genre:140" "Contemporary Christian" "ID3:Genre:141" "Christian Rock"
+    "ID3:Genre:142" "Merengue" "ID3:Genre:143" "Salsa" "ID3:Genre:144" "Thrash Metal"
+    "ID3:Genre:145" "Anime" "ID3:Genre:146" "JPop" "ID3:Genre:147" "Synthpop" "ID3:Genre:148"
+    "ID3:Genre:149" "Art Rock" "ID3:Genre:15" "Rap" "ID3:Genre:150" "Baroque" "ID3:Genre:151"
+    "Bhangra" "ID3:Genre:152" "Big Beat" "ID3:Genre:153" "Breakbeat" "ID3:Genre:154" "Chillout"
+    "ID3:Genre:155" "Downtempo" "ID3:Genre:156" "Dub" "ID3:Genre:157" "EBM" "ID3:Genre:158"
+    "Eclectic" "ID3:Genre:159" "Electro" "ID3:Genre:16" "Reggae" "ID3:Genre:160" "Electroclash"
+    "ID3:Genre:161" "Emo" "ID3:Genre:162" "Experimental" "ID3:Genre:163" "Garage" "ID3:Genre:164"
+    "Global" "ID3:Genre:165" "IDM" "ID3:Genre:166" "Illbient" "ID3:Genre:167" "Industro-Goth"
+    "ID3:Genre:168" "Jam Band" "ID3:Genre:169" "Krautrock" "ID3:Genre:17" "Rock" "ID3:Genre:170"
+    "Leftfield" "ID3:Genre:171" "Lounge" "ID3:Genre:172" "Math Rock" "ID3:Genre:173" "New Romantic"
+    "ID3:Genre:174" "Nu-Breakz" "ID3:Genre:175" "Post-Punk" "ID3:Genre:176" "Post-Rock"
+    "ID3:Genre:177" "Psytrance" "ID3:Genre:178" "Shoegaze" "ID3:Genre:179" "Space Rock"
+    "ID3:Genre:18" "Techno" "ID3:Genre:180" "Trop Rock" "ID3:Genre:181" "World Music"
+    "ID3:Genre:182" "Neoclassical" "ID3:Genre:183" "Audiobook" "ID3:Genre:184" "Audio Theatre"
+    "ID3:Genre:185" "Neue Deutsche Welle" "ID3:Genre:186" "ID3:Genre:187" "Indie Rock"
+    "ID3:Genre:188" "G-Funk" "ID3:Genre:189" "Dubstep" "ID3:Genre:19" "Industrial" "ID3:Genre:190"
+    "Garage Rock" "ID3:Genre:191" "Psybient" "ID3:Genre:2" "Country" "ID3:Genre:20" "Alternative"
+    "ID3:Genre:21" "Ska" "ID3:Genre:22" "Death Metal" "ID3:Genre:23" "Pranks" "ID3:Genre:24"
+    "Soundtrack" "ID3:Genre:25" "Euro-Techno" "ID3:Genre:255" "ID3:Genre:26" "Ambient"
+    "ID3:Genre:27" "Trip-Hop" "ID3:Genre:28" "Vocal" "ID3:Genre:29" "Jazz+Funk" "ID3:Genre:3"
+    "Dance" "ID3:Genre:30" "Fusion" "ID3:Genre:31" "Trance" "ID3:Genre:32" "Classical"
+    "ID3:Genre:33" "Instrumental" "ID3:Genre:34" "Acid" "ID3:Genre:35" "House" "ID3:Genre:36" "Game"
+    "ID3:Genre:37" "Sound Clip" "ID3:Genre:38" "Gospel" "ID3:Genre:39" "Noise" "ID3:Genre:4" "Disco"
+    "ID3:Genre:40" "Alt. Rock" "ID3:Genre:41" "Bass" "ID3:Genre:42" "Soul" "ID3:Genre:43" "Punk"
+    "ID3:Genre:44" "Space" "ID3:Genre:45" "Meditative" "ID3:Genre:46" "Instrumental Pop"
+    "ID3:Genre:47" "Instrumental Rock" "ID3:Genre:48" "Ethnic" "ID3:Genre:49" "Gothic" "ID3:Genre:5"
+    "Funk" "ID3:Genre:50" "Darkwave" "ID3:Genre:51" "Techno-Industrial" "ID3:Genre:52"
+    "ID3:Genre:53" "Pop-Folk" "ID3:Genre:54" "Eurodance" "ID3:Genre:55" "Dream" "ID3:Genre:56"
+    "Southern Rock" "ID3:Genre:57" "Comedy" "ID3:Genre:58" "Cult" "ID3:Genre:59" "Gangsta Rap"
+    "ID3:Genre:6" "Grunge" "ID3:Genre:60" "Top 40" "ID3:Genre:61" "Christian Rap" "ID3:Genre:62"
+    "Pop/Funk" "ID3:Genre:63" "Jungle" "ID3:Genre:64" "Native American" "ID3:Genre:65" "Cabaret"
+    "ID3:Genre:66" "New Wave" "ID3:Genre:67" "Psychedelic" "ID3:Genre:68" "Rave" "ID3:Genre:69"
+    "Showtunes" "ID3:Genre:7" "Hip-Hop" "ID3:Genre:70" "Trailer" "ID3:Genre:71" "Lo-Fi"
+    "ID3:Genre:72" "Tribal" "ID3:Genre:73" "Acid Punk" "ID3:Genre:74" "Acid Jazz" "ID3:Genre:75"
+    "Polka" "ID3:Genre:76" "Retro" "ID3:Genre:77" "Musical" "ID3:Genre:78" "Rock & Roll"
+    "ID3:Genre:79" "Hard Rock" "ID3:Genre:8" "Jazz" "ID3:Genre:80" "Folk" "ID3:Genre:81" "Folk-Rock"
+    "ID3:Genre:82" "National Folk" "ID3:Genre:83" "Swing" "ID3:Genre:84" "Fast-Fusion"
+    "ID3:Genre:85" "Bebop" "ID3:Genre:86" "Latin" "ID3:Genre:87" "Revival" "ID3:Genre:88" "Celtic"
+    "ID3:Genre:89" "Bluegrass" "ID3:Genre:9" "Metal" "ID3:Genre:90" "Avantgarde" "ID3:Genre:91"
+    "Gothic Rock" "ID3:Genre:92" "Progressive Rock" "ID3:Genre:93" "Psychedelic Rock" "ID3:Genre:94"
+    "Symphonic Rock" "ID3:Genre:95" "Slow Rock" "ID3:Genre:96" "Big Band" "ID3:Genre:97" "Chorus"
+    "ID3:Genre:98" "Easy Listening" "ID3:Genre:99" "Acoustic" "ID3:Genre:CR" "Cover" "ID3:Genre:RX"
+    "Remix" "ID3:Grouping" "ID3:ISRC" "ID3:Indications" "ID3:InitialKey" "Initial Key"
+    "ID3:InternetRadioStationName" "Internet Radio Station Name" "ID3:InternetRadioStationOwner"
+    "Internet Radio Station Owner" "ID3:InternetRadioStationURL" "Internet Radio Station URL"
+    "ID3:InterpretedBy" "Interpreted By" "ID3:InvolvedPeople" "Involved People" "ID3:Language"
+    "ID3:Length" "ID3:Lyricist" "ID3:Lyrics" "ID3:Media" "ID3:Mood" "ID3:MovementName"
+    "Movement Name" "ID3:MovementNumber" "Movement Number" "ID3:MusicCDIdentifier"
+    "Music CD Identifier" "ID3:MusicianCredits" "Musician Credits" "ID3:OriginalAlbum"
+    "Original Album" "ID3:OriginalArtist" "Original Artist" "ID3:OriginalFileName"
+    "Original File Name" "ID3:OriginalLyricist" "Original Lyricist" "ID3:OriginalReleaseTime"
+    "Original Release Time" "ID3:OriginalReleaseYear" "Original Release Year" "ID3:Ownership"
+    "ID3:PartOfSet" "Part Of Set" "ID3:PaymentURL" "Payment URL" "ID3:PeakValue" "Peak Value"
+    "ID3:PerformerSortOrder" "Performer Sort Order" "ID3:Picture" "ID3:PictureDescription"
+    "Picture Description" "ID3:PictureFormat" "Picture Format" "ID3:PictureMIMEType"
+    "Picture MIME Type" "ID3:PictureType" "Picture Type" "ID3:PictureType:0" "ID3:PictureType:1"
+    "32x32 PNG Icon" "ID3:PictureType:10" "ID3:PictureType:11" "ID3:PictureType:12"
+    "ID3:PictureType:13" "Recording Studio or Location" "ID3:PictureType:14" "Recording Session"
+    "ID3:PictureType:15" "Performance" "ID3:PictureType:16" "Capture from Movie or Video"
+    "ID3:PictureType:17" "Bright(ly) Colored Fish" "ID3:PictureType:18" "Illustration"
+    "ID3:PictureType:19" "Band Logo" "ID3:PictureType:2" "Other Icon" "ID3:PictureType:20"
+    "Publisher Logo" "ID3:PictureType:3" "Front Cover" "ID3:PictureType:4" "Back Cover"
+    "ID3:PictureType:5" "Leaflet" "ID3:PictureType:6" "ID3:PictureType:7" "Lead Artist"
+    "ID3:PictureType:8" "ID3:PictureType:9" "ID3:PlayCounter" "Play Counter" "ID3:PlaylistDelay"
+    "Playlist Delay" "ID3:Podcast" "ID3:PodcastCategory" "Podcast Category" "ID3:PodcastDescription"
+    "Podcast Description" "ID3:PodcastID" "Podcast ID" "ID3:PodcastKeywords" "Podcast Keywords"
+    "ID3:PodcastURL" "Podcast URL" "ID3:Popularimeter" "ID3:ProducedNotice" "Produced Notice"
+    "ID3:Publisher" "ID3:PublisherURL" "Publisher URL" "ID3:RecordingDates" "Recording Dates"
+    "ID3:RecordingTime" "Recording Time" "ID3:RelativeVolumeAdjustment" "Relative Volume Adjustment"
+    "ID3:ReleaseTime" "Release Time" "ID3:SetSubtitle" "Set Subtitle" "ID3:Size" "ID3:SourceURL"
+    "Source URL" "ID3:Speed" "ID3:Speed:1" "Slow" "ID3:Speed:2" "Medium" "ID3:Speed:3" "Fast"
+    "ID3:Speed:4" "ID3:StartTime" "Start Time" "ID3:Subtitle" "ID3:SynchronizedLyricsDescription"
+    "Synchronized Lyrics Description" "ID3:SynchronizedLyricsText" "Synchronized Lyrics Text"
+    "ID3:SynchronizedLyricsType" "Synchronized Lyrics Type" "ID3:SynchronizedLyricsType:0"
+    "ID3:SynchronizedLyricsType:1" "ID3:SynchronizedLyricsType:2" "Text Transcription"
+    "ID3:SynchronizedLyricsType:3" "Movement/part Name" "ID3:SynchronizedLyricsType:4" "Events"
+    "ID3:SynchronizedLyricsType:5" "Chord" "ID3:SynchronizedLyricsType:6"
+    "Trivia/\"pop-up\" Information" "ID3:SynchronizedLyricsType:7" "Web Page URL"
+    "ID3:SynchronizedLyricsType:8" "Image URL" "ID3:TaggingTime" "Tagging Time" "ID3:TermsOfUse"
+    "Terms Of Use" "ID3:Time" "ID3:Title" "ID3:Title2" "Title 2" "ID3:TitleSortOrder"
+    "Title Sort Order" "ID3:Track" "ID3:UserDefinedText" "User Defined Text" "ID3:UserDefinedURL"
+    "User Defined URL" "ID3:WM_CollectionGroupID" "WM Collection Group ID" "ID3:WM_CollectionID"
+    "WM Collection ID" "ID3:WM_ContentID" "WM Content ID" "ID3:WM_MediaClassPrimaryID"
+    "WM Media Class Primary ID" "ID3:WM_MediaClassSecondaryID" "WM Media Class Secondary ID"
+    "ID3:WM_Provider" "WM Provider" "ID3:Year" "ID3:iTunesU" "iTunes U" "相册" "图像作者" "文件格式" "Artiste"
+    "Artiste 2" "Non" "Oui" "Propriétaire du fichier" "Type de fichier" "URL du fichier"
+    "Nom du fichier original" "Description de l'image" "Heure de version" "Lent" "Moyenne" "Rapide"
+    "Matérielle" "Heure" "Année" "Künstler" "Nein" "Ja" "Dateityp" "Gruppierung"
+    "Original Dateiname" "Veröffentlichungszeit" "Zeit" "Jahr" "Ordinamento album-artista"
+    "Ordinamento album" "Persona che ha creato l'immagine" "Artista 2" "URL artista" "Livello medio"
+    "Battiti al minuto" "URL pubblicitario" "Sì" "Compositore" "Ordinamento compositore"
+    "Direttore d'orchestra" "URL copyright" "Codificato da" "Impostazioni codificatore"
+    "Durata codifica" "Ora fine" "Proprietario del file" "Tipo di file" "URL file" "Genere"
+    "Rock classico" "New age" "Umoristica" "Parlato" "Musica da camera" "Sinfonia" "Basso booty"
+    "Porn groove" "Vecchi successi" "Satira" "Slow jam" "Ballata" "Power ballad" "Rhythmic soul"
+    "Altro" "Duetto" "Punk rock" "Batteria solo" "Euro-house" "Dance hall" "Batteria e basso"
+    "Club-house" "Terrore" "Punk polacco" "Heavy metal" "Black metal" "Rock cristiano"
+    "Thrash metal" "Nazione" "Death metal" "Colonna sonora" "Euro-techno" "Ambientale" "Trip-hop"
+    "Jazz+funk" "Classica" "Strumentale" "Gioco" "Clip sonora" "Rumore" "Medidativa"
+    "Pop strumentale" "Rock strumentale" "Etnica" "Gotica" "Techno-industrial" "Elettronica"
+    "Pop-folk" "Southern rock" "Commedia" "Rap cristiano" "Pop/funk" "Nativi americani" "New wave"
+    "Hip-hop" "Lo-fi" "Tribale" "Acid punk" "Acid jazz" "Retrò" "Rock & roll" "Hard rock"
+    "Folk-rock" "Folklore nazionale" "Latina" "Celtica" "Avanguardia" "Rock gotico"
+    "Progressive rock" "Rock psichedelica" "Rock sinfonico" "Slow rock" "Big band" "Coro"
+    "Easy listening" "Acustica" "Copertina" "Raggruppamento" "Chiave iniziale"
+    "Nome stazione radio internet" "Proprietario stazione radio internet"
+    "URL stazione radio internet" "Interpetrato da" "Persone coinvolte" "Durata" "Paroliere"
+    "Identificativo CD musicale" "Info sul musicista" "Album originale" "Artista originale"
+    "Nome file originale" "Paroliere originale" "Ora di rilascio originale"
+    "Anno di rilascio originale" "Parte del gruppo" "URL pagamento" "Valore di picco"
+    "Ordinamento interprete" "Immagine" "Descrizione immagine" "Formato immagine"
+    "MIME type immagine" "Tipo immagine" "Icona PNG 32x32" "Studio/luogo registrazione"
+    "Sessione registrazione" "Interpretazione" "Acquisizione da film o video"
+    "Pesci dai vivaci colori" "Illustrazione" "Logo band" "Altra icona" "Logo editore"
+    "Retrocopertina" "Volantino" "Artista principale" "Artista" "Conteggio esecuzioni"
+    "Attesa playlist" "Note prodotte" "URL editore" "Date registrazioni" "Tempo registrazione"
+    "Correzione relativa volume" "Ora di rilascio" "Imposta sottotitoli" "Dimensioni" "URL fonte"
+    "Velocità" "Lento" "Medio" "Veloce" "Ora inizio" "Sottotitolo" "Ora tag" "Termini di utilizzo"
+    "Ora" "Titolo 2" "Ordinamento titolo" "Traccia" "Testo personalizzato" "URL personalizzato"
+    "Anno" "ITunes U" "アルバム" "画像作成者" "いいえ" "はい" "ファイルタイプ" "リリース時間" "時間" "Álbum" "Nivel Medio" "Si"
+    "Compositor" "Director" "Codificado por" "Hora de codificación" "Propietario del Archivo"
+    "Tipo Archivo" "Género" "Otro" "Clave inicial" "Letras" "Artista original"
+    "Nombre archivo original" "Letrista Original" "Año Versión Original" "Imágen"
+    "Descripción Imágen" "Tipo Imágen" "Icono PNG 32x32" "Letrista" "Sesión Grabación"
+    "Interpretación" "Ilustración" "Otro Icono" "Cubierta Frontal" "Cubierta Posterior" "Soporte"
+    "Hora Lanzamiento" "Rápido" "Subtitulo" "Pista" "Año" "IPTC" "ApplicationRecordVersion"
+    "ObjectTypeReference" "ObjectAttributeReference" "ObjectName" "EditStatus" "EditorialUpdate"
+    "Urgency" "SubjectReference" "SupplementalCategories" "FixtureIdentifier" "ContentLocationCode"
+    "ContentLocationName" "ReleaseDate" "ExpirationDate" "ExpirationTime" "SpecialInstructions"
+    "ActionAdvised" "ReferenceService" "ReferenceDate" "ReferenceNumber" "DateCreated" "TimeCreated"
+    "DigitalCreationDate" "DigitalCreationTime" "OriginatingProgram" "ProgramVersion" "ObjectCycle"
+    "By-line" "By-lineTitle" "City" "Sub-location" "Province-State" "Country-PrimaryLocationCode"
+    "Country-PrimaryLocationName" "OriginalTransmissionReference" "Headline" "Credit"
+    "CopyrightNotice" "Contact" "Caption-Abstract" "LocalCaption" "Writer-Editor" "ImageType"
+    "ImageOrientation" "LanguageIdentifier" "AudioType" "AudioSamplingRate"
+    "AudioSamplingResolution" "AudioDuration" "AudioOutcue" "JobID" "MasterDocumentID"
+    "ShortDocumentID" "UniqueDocumentID" "OwnerID" "ObjectPreviewFileFormat"
+    "ObjectPreviewFileVersion" "ObjectPreviewData" "Prefs" "ClassifyState" "SimilarityIndex"
+    "DocumentNotes" "DocumentHistory" "ExifCameraInfo" "CatalogSets" "EnvelopeRecordVersion"
+    "Destination" "FileFormat" "FileVersion" "ServiceIdentifier" "EnvelopeNumber" "ProductID"
+    "EnvelopePriority" "DateSent" "TimeSent" "CodedCharacterSet" "UniqueObjectName" "ARMIdentifier"
+    "ARMVersion" "NewsPhotoVersion" "IPTCPictureNumber" "IPTCImageWidth" "IPTCImageHeight"
+    "IPTCPixelWidth" "IPTCPixelHeight" "SupplementalType" "ColorRepresentation"
+    "InterchangeColorSpace" "ColorSequence" "ColorCalibrationMatrix" "LookupTable" "NumIndexEntries"
+    "ColorPalette" "IPTCBitsPerSample" "SampleStructure" "ScanningDirection" "IPTCImageRotation"
+    "DataCompressionMethod" "QuantizationMethod" "EndPoints" "ExcursionTolerance" "BitsPerComponent"
+    "MaximumDensityRange" "GammaCompensatedValue" "SubFile" "ConfirmedObjectSize" "SizeMode"
+    "MaxSubfileSize" "ObjectSizeAnnounced" "MaximumObjectSize" "01" "02" "03" "04" "a" "b" "p" "P"
+    "0T" "1A" "1C" "1M" "1Q" "1R" "1S" "1V" "1W" "2A" "2C" "2M" "2Q" "2R" "2S" "2V" "2W" "773"
+    "1025" "1026" "1027" "1028" "1029" "IPTC:ARMIdentifier" "ARM Identifier" "IPTC:ARMVersion"
+    "ARM Version" "IPTC:ActionAdvised" "Action Advised" "IPTC:ActionAdvised:"
+    "IPTC:ActionAdvised:01" "Object Kill" "IPTC:ActionAdvised:02" "Object Replace"
+    "IPTC:ActionAdvised:03" "Object Append" "IPTC:ActionAdvised:04" "Object Reference"
+    "IPTC:ApplicationRecordVersion" "Application Record Version" "IPTC:AudioDuration"
+    "Audio Duration" "IPTC:AudioOutcue" "Audio Outcue" "IPTC:AudioSamplingRate"
+    "Audio Sampling Rate" "IPTC:AudioSamplingResolution" "Audio Sampling Resolution"
+    "IPTC:AudioType" "Audio Type" "IPTC:AudioType:0T" "Text Only" "IPTC:AudioType:1A"
+    "Mono Actuality" "IPTC:AudioType:1C" "Mono Question and Answer Session" "IPTC:AudioType:1M"
+    "Mono Music" "IPTC:AudioType:1Q" "Mono Response to a Question" "IPTC:AudioType:1R"
+    "Mono Raw Sound" "IPTC:AudioType:1S" "Mono Scener" "IPTC:AudioType:1V" "Mono Voicer"
+    "IPTC:AudioType:1W" "Mono Wrap" "IPTC:AudioType:2A" "Stereo Actuality" "IPTC:AudioType:2C"
+    "Stereo Question and Answer Session" "IPTC:AudioType:2M" "Stereo Music" "IPTC:AudioType:2Q"
+    "Stereo Response to a Question" "IPTC:AudioType:2R" "Stereo Raw Sound" "IPTC:AudioType:2S"
+    "Stereo Scener" "IPTC:AudioType:2V" "Stereo Voicer" "IPTC:AudioType:2W" "Stereo Wrap"
+    "IPTC:BitsPerComponent" "Bits Per Component" "IPTC:By-line" "IPTC:By-lineTitle" "By-line Title"
+    "IPTC:Caption-Abstract" "IPTC:CatalogSets" "Catalog Sets" "IPTC:Category" "IPTC:City"
+    "IPTC:ClassifyState" "Classify State" "IPTC:CodedCharacterSet" "Coded Character Set"
+    "IPTC:ColorCalibrationMatrix" "Color Calibration Matrix" "IPTC:ColorPalette" "Color Palette"
+    "IPTC:ColorRepresentation" "Color Representation" "IPTC:ColorRepresentation:0"
+    "No Image, Single Frame" "IPTC:ColorRepresentation:1024" "4 Components, Single Frame"
+    "IPTC:ColorRepresentation:1025" "4 Components, Frame Sequential in Multiple Objects"
+    "IPTC:ColorRepresentation:1026" "4 Components, Frame Sequential in One Object"
+    "IPTC:ColorRepresentation:1027" "4 Components, Line Sequential" "IPTC:ColorRepresentation:1028"
+    "4 Components, Pixel Sequential" "IPTC:ColorRepresentation:1029"
+    "4 Components, Special Interleaving" "IPTC:ColorRepresentation:256" "Monochrome, Single Frame"
+    "IPTC:ColorRepresentation:768" "3 Components, Single Frame" "IPTC:ColorRepresentation:769"
+    "3 Components, Frame Sequential in Multiple Objects" "IPTC:ColorRepresentation:770"
+    "3 Components, Frame Sequential in One Object" "IPTC:ColorRepresentation:771"
+    "3 Components, Line Sequential" "IPTC:ColorRepresentation:772" "3 Components, Pixel Sequential"
+    "IPTC:ColorRepresentation:773" "3 Components, Special Interleaving" "IPTC:ColorSequence"
+    "Color Sequence" "IPTC:ConfirmedObjectSize" "Confirmed Object Size" "IPTC:Contact"
+    "IPTC:ContentLocationCode" "Content Location Code" "IPTC:ContentLocationName"
+    "Content Location Name" "IPTC:CopyrightNotice" "Copyright Notice"
+    "IPTC:Country-PrimaryLocationCode" "Country-Primary Location Code"
+    "IPTC:Country-PrimaryLocationName" "Country-Primary Location Name" "IPTC:Credit"
+    "IPTC:DataCompressionMethod" "Data Compression Method" "IPTC:DateCreated" "Date Created"
+    "IPTC:DateSent" "Date Sent" "IPTC:Destination" "IPTC:DigitalCreationDate"
+    "Digital Creation Date" "IPTC:DigitalCreationTime" "Digital Creation Time"
+    "IPTC:DocumentHistory" "Document History" "IPTC:DocumentNotes" "Document Notes"
+    "IPTC:EditStatus" "Edit Status" "IPTC:EditorialUpdate" "Editorial Update"
+    "IPTC:EditorialUpdate:01" "Additional language" "IPTC:EndPoints" "End Points"
+    "IPTC:EnvelopeNumber" "Envelope Number" "IPTC:EnvelopePriority" "Envelope Priority"
+    "IPTC:EnvelopePriority:0" "0 (reserved)" "IPTC:EnvelopePriority:1" "1 (most urgent)"
+    "IPTC:EnvelopePriority:2" "IPTC:EnvelopePriority:3" "IPTC:EnvelopePriority:4"
+    "IPTC:EnvelopePriority:5" "5 (normal urgency)" "IPTC:EnvelopePriority:6"
+    "IPTC:EnvelopePriority:7" "IPTC:EnvelopePriority:8" "8 (least urgent)" "IPTC:EnvelopePriority:9"
+    "9 (user-defined priority)" "IPTC:EnvelopeRecordVersion" "Envelope Record Version"
+    "IPTC:ExcursionTolerance" "Excursion Tolerance" "IPTC:ExcursionTolerance:0" "Not Allowed"
+    "IPTC:ExcursionTolerance:1" "Allowed" "IPTC:ExifCameraInfo" "Exif Camera Info"
+    "IPTC:ExpirationDate" "Expiration Date" "IPTC:ExpirationTime" "Expiration Time"
+    "IPTC:FileFormat" "File Format" "IPTC:FileFormat:0" "No ObjectData" "IPTC:FileFormat:1"
+    "IPTC-NAA Digital Newsphoto Parameter Record" "IPTC:FileFormat:10"
+    "United Press International Down-Load Message" "IPTC:FileFormat:11"
+    "JPEG File Interchange (JFIF)" "IPTC:FileFormat:12" "Photo-CD Image-Pac (Eastman Kodak)"
+    "IPTC:FileFormat:13" "Bit Mapped Graphics File [.BMP] (Microsoft)" "IPTC:FileFormat:14"
+    "Digital Audio File [.WAV] (Microsoft & Creative Labs)" "IPTC:FileFormat:15"
+    "Audio plus Moving Video [.AVI] (Microsoft)" "IPTC:FileFormat:16"
+    "PC DOS/Windows Executable Files [.COM][.EXE]" "IPTC:FileFormat:17"
+    "Compressed Binary File [.ZIP] (PKWare Inc)" "IPTC:FileFormat:18"
+    "Audio Interchange File Format AIFF (Apple Computer Inc)" "IPTC:FileFormat:19"
+    "RIFF Wave (Microsoft Corporation)" "IPTC:FileFormat:2" "IPTC7901 Recommended Message Format"
+    "IPTC:FileFormat:20" "Freehand (Macromedia/Aldus)" "IPTC:FileFormat:21"
+    "Hypertext Markup Language [.HTML] (The Internet Society)" "IPTC:FileFormat:22"
+    "MPEG 2 Audio Layer 2 (Musicom), ISO/IEC" "IPTC:FileFormat:23" "MPEG 2 Audio Layer 3, ISO/IEC"
+    "IPTC:FileFormat:24" "Portable Document File [.PDF] Adobe" "IPTC:FileFormat:25"
+    "News Industry Text Format (NITF)" "IPTC:FileFormat:26" "Tape Archive [.TAR]"
+    "IPTC:FileFormat:27" "Tidningarnas Telegrambyra NITF version (TTNITF DTD)" "IPTC:FileFormat:28"
+    "Ritzaus Bureau NITF version (RBNITF DTD)" "IPTC:FileFormat:29" "Corel Draw [.CDR]"
+    "IPTC:FileFormat:3" "Tagged Image File Format (Adobe/Aldus Image data)" "IPTC:FileFormat:4"
+    "Illustrator (Adobe Graphics data)" "IPTC:FileFormat:5" "AppleSingle (Apple Computer Inc)"
+    "IPTC:FileFormat:6" "NAA 89-3 (ANPA 1312)" "IPTC:FileFormat:7" "MacBinary II"
+    "IPTC:FileFormat:8" "IPTC Unstructured Character Oriented File Format (UCOFF)"
+    "IPTC:FileFormat:9" "United Press International ANPA 1312 variant" "IPTC:FileVersion"
+    "File Version" "IPTC:FixtureIdentifier" "Fixture Identifier" "IPTC:GammaCompensatedValue"
+    "Gamma Compensated Value" "IPTC:Headline" "IPTC:ICC_Profile" "IPTC:IPTC"
+    "IPTC:IPTCBitsPerSample" "IPTC Bits Per Sample" "IPTC:IPTCImageHeight" "IPTC Image Height"
+    "IPTC:IPTCImageRotation" "IPTC Image Rotation" "IPTC:IPTCImageRotation:0"
+    "IPTC:IPTCImageRotation:1" "IPTC:IPTCImageRotation:2" "IPTC:IPTCImageRotation:3" "270"
+    "IPTC:IPTCImageWidth" "IPTC Image Width" "IPTC:IPTCPictureNumber" "IPTC Picture Number"
+    "IPTC:IPTCPixelHeight" "IPTC Pixel Height" "IPTC:IPTCPixelWidth" "IPTC Pixel Width"
+    "IPTC:ImageOrientation" "Image Orientation" "IPTC:ImageOrientation:L" "IPTC:ImageOrientation:P"
+    "IPTC:ImageOrientation:S" "Square" "IPTC:ImageType" "Image Type" "IPTC:InterchangeColorSpace"
+    "Interchange Color Space" "IPTC:InterchangeColorSpace:1" "X,Y,Z CIE"
+    "IPTC:InterchangeColorSpace:2" "RGB SMPTE" "IPTC:InterchangeColorSpace:3" "Y,U,V (K) (D65)"
+    "IPTC:InterchangeColorSpace:4" "RGB Device Dependent" "IPTC:InterchangeColorSpace:5"
+    "CMY (K) Device Dependent" "IPTC:InterchangeColorSpace:6" "Lab (K) CIE"
+    "IPTC:InterchangeColorSpace:7" "YCbCr" "IPTC:InterchangeColorSpace:8" "sRGB" "IPTC:JobID"
+    "Job ID" "IPTC:Keywords" "IPTC:LanguageIdentifier" "Language Identifier" "IPTC:LocalCaption"
+    "Local Caption" "IPTC:LookupTable" "Lookup Table" "IPTC:MasterDocumentID" "Master Document ID"
+    "IPTC:MaxSubfileSize" "Max Subfile Size" "IPTC:MaximumDensityRange" "Maximum Density Range"
+    "IPTC:MaximumObjectSize" "Maximum Object Size" "IPTC:NewsPhotoVersion" "News Photo Version"
+    "IPTC:NumIndexEntries" "Num Index Entries" "IPTC:ObjectAttributeReference"
+    "Object Attribute Reference" "IPTC:ObjectCycle" "Object Cycle" "IPTC:ObjectCycle:a" "Morning"
+    "IPTC:ObjectCycle:b" "Both Morning and Evening" "IPTC:ObjectCycle:p" "Evening" "IPTC:ObjectName"
+    "Object Name" "IPTC:ObjectPreviewData" "Object Preview Data" "IPTC:ObjectPreviewFileFormat"
+    "Object Preview File Format" "IPTC:ObjectPreviewFileFormat:0" "IPTC:ObjectPreviewFileFormat:1"
+    "IPTC:ObjectPreviewFileFormat:10" "IPTC:ObjectPreviewFileFormat:11"
+    "IPTC:ObjectPreviewFileFormat:12" "IPTC:ObjectPreviewFileFormat:13"
+    "IPTC:ObjectPreviewFileFormat:14" "IPTC:ObjectPreviewFileFormat:15"
+    "IPTC:ObjectPreviewFileFormat:16" "IPTC:ObjectPreviewFileFormat:17"
+    "IPTC:ObjectPreviewFileFormat:18" "IPTC:ObjectPreviewFileFormat:19"
+    "IPTC:ObjectPreviewFileFormat:2" "IPTC:ObjectPreviewFileFormat:20"
+    "IPTC:ObjectPreviewFileFormat:21" "IPTC:ObjectPreviewFileFormat:22"
+    "IPTC:ObjectPreviewFileFormat:23" "IPTC:ObjectPreviewFileFormat:24"
+    "IPTC:ObjectPreviewFileFormat:25" "IPTC:ObjectPreviewFileFormat:26"
+    "IPTC:ObjectPreviewFileFormat:27" "IPTC:ObjectPreviewFileFormat:28"
+    "IPTC:ObjectPreviewFileFormat:29" "IPTC:ObjectPreviewFileFormat:3"
+    "IPTC:ObjectPreviewFileFormat:4" "IPTC:ObjectPreviewFileFormat:5"
+    "IPTC:ObjectPreviewFileFormat:6" "IPTC:ObjectPreviewFileFormat:7"
+    "IPTC:ObjectPreviewFileFormat:8" "IPTC:ObjectPreviewFileFormat:9"
+    "IPTC:ObjectPreviewFileVersion" "Object Preview File Version" "IPTC:ObjectSizeAnnounced"
+    "Object Size Announced" "IPTC:ObjectTypeReference" "Object Type Reference"
+    "IPTC:OriginalTransmissionReference" "Original Transmission Reference" "IPTC:OriginatingProgram"
+    "Originating Program" "IPTC:OwnerID" "Owner ID" "IPTC:Prefs" "IPTC:ProductID" "Product ID"
+    "IPTC:ProgramVersion" "Program Version" "IPTC:Province-State" "IPTC:QuantizationMethod"
+    "Quantization Method" "IPTC:QuantizationMethod:0" "Linear Reflectance/Transmittance"
+    "IPTC:QuantizationMethod:1" "Linear Density" "IPTC:QuantizationMethod:2" "IPTC Ref B"
+    "IPTC:QuantizationMethod:3" "Linear Dot Percent" "IPTC:QuantizationMethod:4"
+    "AP Domestic Analogue" "IPTC:QuantizationMethod:5" "Compression Method Specific"
+    "IPTC:QuantizationMethod:6" "Color Space Specific" "IPTC:QuantizationMethod:7"
+    "Gamma Compensated" "IPTC:ReferenceDate" "Reference Date" "IPTC:ReferenceNumber"
+    "Reference Number" "IPTC:ReferenceService" "Reference Service" "IPTC:ReleaseDate" "Release Date"
+    "IPTC:ReleaseTime" "IPTC:SampleStructure" "Sample Structure" "IPTC:SampleStructure:0"
+    "OrthogonalConstangSampling" "IPTC:SampleStructure:1" "Orthogonal4-2-2Sampling"
+    "IPTC:SampleStructure:2" "CompressionDependent" "IPTC:ScanningDirection" "Scanning Direction"
+    "IPTC:ScanningDirection:0" "L-R, Top-Bottom" "IPTC:ScanningDirection:1" "R-L, Top-Bottom"
+    "IPTC:ScanningDirection:2" "L-R, Bottom-Top" "IPTC:ScanningDirection:3" "R-L, Bottom-Top"
+    "IPTC:ScanningDirection:4" "Top-Bottom, L-R" "IPTC:ScanningDirection:5" "Bottom-Top, L-R"
+    "IPTC:ScanningDirection:6" "Top-Bottom, R-L" "IPTC:ScanningDirection:7" "Bottom-Top, R-L"
+    "IPTC:ServiceIdentifier" "Service Identifier" "IPTC:ShortDocumentID" "Short Document ID"
+    "IPTC:SimilarityIndex" "Similarity Index" "IPTC:SizeMode" "Size Mode" "IPTC:SizeMode:0"
+    "Size Not Known" "IPTC:SizeMode:1" "Size Known" "IPTC:Source" "IPTC:SpecialInstructions"
+    "Special Instructions" "IPTC:Sub-location" "IPTC:SubFile" "Sub File" "IPTC:SubjectReference"
+    "Subject Reference" "IPTC:SupplementalCategories" "Supplemental Categories"
+    "IPTC:SupplementalType" "Supplemental Type" "IPTC:SupplementalType:0" "Main Image"
+    "IPTC:SupplementalType:1" "Reduced Resolution Image" "IPTC:SupplementalType:2" "Logo"
+    "IPTC:SupplementalType:3" "Rasterized Caption" "IPTC:TimeCreated" "Time Created" "IPTC:TimeSent"
+    "Time Sent" "IPTC:UniqueDocumentID" "Unique Document ID" "IPTC:UniqueObjectName"
+    "Unique Object Name" "IPTC:Urgency" "IPTC:Urgency:0" "IPTC:Urgency:1" "IPTC:Urgency:2"
+    "IPTC:Urgency:3" "IPTC:Urgency:4" "IPTC:Urgency:5" "IPTC:Urgency:6" "IPTC:Urgency:7"
+    "IPTC:Urgency:8" "IPTC:Urgency:9" "IPTC:Writer-Editor" "说明" "城市" "版权信息" "国家" "创建日期" "格式" "州／省"
+    "追加类别" "紧急度" "说明作者" "Identificateur ARM" "Version ARM" "Action conseillée" "Détruire un objet"
+    "Remplacer un objet" "Ajouter un objet" "Référencer un objet"
+    "Version d'enregistrement de l'application" "Durée audio" "Queue audio"
+    "Taux d'échantillonnage audio" "Résolution d'échantillonnage audio" "Type audio"
+    "Texte seul (pas de données d'objet)" "Actualité (audio mono (1 canal)"
     "Question et réponse (audio mono (1 canal)"
     "Musique, transmise par elle-même (audio mono (1 canal)"
-    "Réponse à une question (audio mono (1 canal)""Son brut (audio mono (1 canal)"
-    "Scener (audio mono (1 canal)""Voix (audio mono (1 canal)""Wrap (audio mono (1 canal)"
-    "Actualité (audio stéréo (2 canaux)""Question et réponse (audio stéréo (2 canaux)"
+    "Réponse à une question (audio mono (1 canal)" "Son brut (audio mono (1 canal)"
+    "Scener (audio mono (1 canal)" "Voix (audio mono (1 canal)" "Wrap (audio mono (1 canal)"
+    "Actualité (audio stéréo (2 canaux)" "Question et réponse (audio stéréo (2 canaux)"
     "Musique, transmise par elle-même (audio stéréo (2 canaux)"
-    "Réponse à une question (audio stéréo (2 canaux)""Son brut (audio stéréo (2 canaux)"
-    "Scener (audio stéréo (2 canaux)""Voix (audio stéréo (2 canaux)""Wrap (audio stéréo (2 canaux)"
-    "Bits par composante""Fonction du créateur""Légende / Description""Ville"
-    "État de classification""Codage du jeu de caractères""Matrice de calibration de la couleur"
-    "Palette de couleur""Représentation de couleur""Pas d'image, Vue unique"
-    "Quatre composantes, Vue unique""Quatre composantes, Vue séquentielle dans différents objets"
-    "Quatre composantes, Vue séquentielle dans un objet""Quatre composantes, Ligne séquentielle"
-    "Quatre composantes, Pixel séquentiel""Quatre composantes, Entrelacement spécial"
-    "Monochrome, Vue unique""Trois composantes, Vue unique"
+    "Réponse à une question (audio stéréo (2 canaux)" "Son brut (audio stéréo (2 canaux)"
+    "Scener (audio stéréo (2 canaux)" "Voix (audio stéréo (2 canaux)"
+    "Wrap (audio stéréo (2 canaux)" "Bits par composante" "Fonction du créateur"
+    "Légende / Description" "Ville" "État de classification" "Codage du jeu de caractères"
+    "Matrice de calibration de la couleur" "Palette de couleur" "Représentation de couleur"
+    "Pas d'image, Vue unique" "Quatre composantes, Vue unique"
+    "Quatre composantes, Vue séquentielle dans différents objets"
+    "Quatre composantes, Vue séquentielle dans un objet" "Quatre composantes, Ligne séquentielle"
+    "Quatre composantes, Pixel séquentiel" "Quatre composantes, Entrelacement spécial"
+    "Monochrome, Vue unique" "Trois composantes, Vue unique"
     "Trois composantes, Vue séquentielle dans différents objets"
-    "Trois composantes, Vue séquentielle dans un objet""Trois composantes, Ligne séquentielle"
-    "Trois composantes, Pixel séquentiel""Trois composantes, Entrelacement spécial"
-    "Séquence de couleur""Code du lieu du contenu""Nom du lieu du contenu""Mention de copyright"
-    "Code de pays ISO""Pays""Fournisseur"
-    "Fournisseur/propriétaire de l'algorithme de compression de données""Date de création"
-    "Date d'envoi""Date de création numérique""Heure de création numérique""Historique du document"
-    "Remarques sur le document""Statut d'édition""Mise à jour éditoriale""Langues supplémentaires"
-    "Points de terminaison""Numéro d'enveloppe""Priorité d'enveloppe"
-    "0 (réservé pour utilisation future)""1 (très urgent)""5 (normalement urgent)""8 (moins urgent)"
-    "9 (priorité définie par l'utilisateur)""Version d'enregistrement de l'enveloppe"
-    "Tolérance d'excursion ""Non permis (défaut)""Possible""Info d'appareil photo Exif"
-    "Date d'expiration""Heure d'expiration""Format du fichier"
-    "Fichier audio numérique [.WAV] (Microsoft & Creative Labs)"
+    "Trois composantes, Vue séquentielle dans un objet" "Trois composantes, Ligne séquentielle"
+    "Trois composantes, Pixel séquentiel" "Trois composantes, Entrelacement spécial"
+    "Séquence de couleur" "Code du lieu du contenu" "Nom du lieu du contenu" "Mention de copyright"
+    "Code de pays ISO" "Pays" "Fournisseur"
+    "Fournisseur/propriétaire de l'algorithme de compression de données" "Date de création"
+    "Date d'envoi" "Date de création numérique" "Heure de création numérique"
+    "Historique du document" "Remarques sur le document" "Statut d'édition" "Mise à jour éditoriale"
+    "Langues supplémentaires" "Points de terminaison" "Numéro d'enveloppe" "Priorité d'enveloppe"
+    "0 (réservé pour utilisation future)" "1 (très urgent)" "5 (normalement urgent)"
+    "8 (moins urgent)" "9 (priorité définie par l'utilisateur)"
+    "Version d'enregistrement de l'enveloppe" "Tolérance d'excursion " "Non permis (défaut)"
+    "Possible" "Info d'appareil photo Exif" "Date d'expiration" "Heure d'expiration"
+    "Format du fichier" "Fichier audio numérique [.WAV] (Microsoft & Creative Labs)"
     "Fichier binaire compressé [.ZIP] (PKWare Inc)"
-    "HyperText Markup Language [.HTML] (The Internet Society)""Ape Archive [.TAR]"
-    "Tagged Image File Format (Adobe/Aldus Image data""Illustrator (Adobe Graphics data"
-    "Version de format de fichier""Identificateur d'installation""Valeur de compensation gamma"
-    "Titre principal""Nombre de bits par échantillon IPTC""Hauteur de l'image IPTC"
-    "Rotation de l'image IPTC""Pas de rotation""Rotation de 90 degrés""Rotation de 180 degrés"
-    "Rotation de 270 degrés""Largeur de l'image IPTC""Numéro d'image IPTC""Hauteur du pixel IPTC"
-    "Largeur du pixel IPTC""Orientation de l'image""Carré""Type de l'image"
-    "RVB dépendant de l'appareil""CMY(K) dépendant de l'appareil""ID de la tâche"
-    "Identificateur de langue""Table de correspondance""ID du document maître"
-    "Etendue maximale de densité""Version d'enregistrement news photo""Nombre d'entrées d'index"
-    "Genre intellectuel""Cycle d'objet""Matin""Les deux""Soir""Données de la miniature de l\\aperçu"
-    "Format du fichier de la miniature de l'aperçu"
-    "Version du format du fichier de la miniature de l'aperçu""Référence du type d'objet"
-    "Identificateur de tâche""Programme d'origine""ID du propriétaire""ID de produit"
-    "Version du programme""État / Région""Méthode de quantification"
-    "Réflectance/transmittance linéaire""Densité linéaire""IPTC réf \"B\""
-    "Pourcentage de point linéaire""Spécifique à la méthode de compression"
-    "Spécifique à l'espace de couleur""Compensée gamma""Date de référence""Numéro de référence"
-    "Service de référence""Date de version""Structure d'échantillonnage"
+    "HyperText Markup Language [.HTML] (The Internet Society)" "Ape Archive [.TAR]"
+    "Tagged Image File Format (Adobe/Aldus Image data" "Illustrator (Adobe Graphics data"
+    "Version de format de fichier" "Identificateur d'installation" "Valeur de compensation gamma"
+    "Titre principal" "Nombre de bits par échantillon IPTC" "Hauteur de l'image IPTC"
+    "Rotation de l'image IPTC" "Pas de rotation" "Rotation de 90 degrés" "Rotation de 180 degrés"
+    "Rotation de 270 degrés" "Largeur de l'image IPTC" "Numéro d'image IPTC" "Hauteur du pixel IPTC"
+    "Largeur du pixel IPTC" "Orientation de l'image" "Carré" "Type de l'image"
+    "RVB dépendant de l'appareil" "CMY(K) dépendant de l'appareil" "ID de la tâche"
+    "Identificateur de langue" "Table de correspondance" "ID du document maître"
+    "Etendue maximale de densité" "Version d'enregistrement news photo" "Nombre d'entrées d'index"
+    "Genre intellectuel" "Cycle d'objet" "Matin" "Les deux" "Soir"
+    "Données de la miniature de l\\aperçu" "Format du fichier de la miniature de l'aperçu"
+    "Version du format du fichier de la miniature de l'aperçu" "Référence du type d'objet"
+    "Identificateur de tâche" "Programme d'origine" "ID du propriétaire" "ID de produit"
+    "Version du programme" "État / Région" "Méthode de quantification"
+    "Réflectance/transmittance linéaire" "Densité linéaire" "IPTC réf \"B\""
+    "Pourcentage de point linéaire" "Spécifique à la méthode de compression"
+    "Spécifique à l'espace de couleur" "Compensée gamma" "Date de référence" "Numéro de référence"
+    "Service de référence" "Date de version" "Structure d'échantillonnage"
     "Orthogonale, avec les mêmes fréquences d'échantillonnage relatives sur chaque composante"
     "Orthogonale, avec les fréquences d'échantillonnage dans le rapport 4:2:2:(4)"
-    "Définie dans le processus de compression""Direction de la numérisation"
-    "De gauche à droite, de haut en bas""De droite à gauche, de haut en bas"
-    "De gauche à droite, de bas en haut""De droite à gauche, de bas en haut"
-    "De haut en bas, de gauche à droite""De bas en haut, de gauche à droite"
-    "De haut en bas, de droite à gauche""De bas en haut, de droite à gauche"
-    "Identificateur de service""ID court de document""Indice de similarité""Lieu""Code de sujet"
-    "Catégorie d'appoint""Type de supplément""Non établi""Image de résolution réduite"
-    "Titre rastérisé""Heure de création""Heure d'envoi""ID unique de document""Nom Unique d'Objet"
-    "Urgence""9 (réservé pour utilisation future)""Auteur de la légende / description""ARM-Version"
-    "Aktion empfohlen""IPTC-Modell-2-Version""Audiodauer""Audio-Outcue""Audio-Samplingrate"
-    "Audio-Samplingauflösung""Audiotyp""Beruf des Erstellers""Beschreibung/Zusammenfassung"
-    "Katalogzusammenstellungen""Stadt/Ort""Klassifizierungs-Status""IPTC Characterset""Farbpalette"
-    "Farbdarstellung""Farbreihenfolge""Kontakt""Inhaltspositionscode""Inhaltspositionsname"
-    "ISO-Ländercode""Land""Anbieter""Daten Komprimierungsmethode""Erstellungsdatum""Absendedatum"
-    "Ziel""Digitalisierungsdatum""Digitalisierungszeit""Historie des Dokuments"
-    "Notizen zum Dokument""Bearbeitungsstatus""Redaktionelle Überarbeitung""Priorität"
-    "0 (reserviert)""1 (sehr dringend)""5 (normale Dringlichkeit)""8 (geringe Wichtigkeit)"
-    "9 (benutzerdefinierte Priorität)""IPTC-Modell-1-Version""Exif Kamerainformationen""Ablaufdatum"
-    "Ablaufzeit""Dateiformat""Dateiformatversion""Kennzeichnung""Überschrift""IPTC-Bildhöhe"
-    "IPTC Bildausrichtung""90° im Uhrzeigersinn""180° gedreht""90° gegen den Uhrzeigersinn"
-    "IPTC-Bildbreite""IPTC Bildnummer""IPTC-Pixelhöhe""IPTC-Pixelbreite""Bildausrichtung"
-    "Querformat""Quadratisch""Bildtyp""Job-Kennung""Sprachkennung""ID des Originaldokuments"
-    "IPTC-Modell-3-Version""Gattung""Objektzyklus""Morgens""Beides""Abends""Objektdatenvorschau"
-    "Dateiformat der Objektdatenvorschau""Dateiformatversion der Objektdatenvorschau"
-    "Objekttypreferenz""Anbietervermerk Verweis""Erstellungsprogramm""Besitzer-ID""Produkt-ID"
-    "Programmversion""Bundesland/Kanton""Referenzdatum""Referenznummer""Referenzdienst"
-    "Veröffentlichungsdatum""Service-ID""Kurze Bild-ID""Bildgleichheits-Index""Anweisungen"
-    "Ort des Motivs""Themencode""Zusätzliche Kategorien""Erstellungszeit""Absendezeit"
-    "Eindeutige Bild-ID""Dringlichkeit""8 (geringe Dringlichkeit)""Verfasser der Beschreibung"
-    "ID ARM""Versione ARM""Azione consigliata""Distruzione oggetto""Sostituzione oggetto"
-    "Allega oggetto""Riferimento oggetto""Versione Registrazione Applicazione""Tipo Audio"
-    "Solo testo""Bits per componente""Titolo Creatore""Didascalia/descrizione""Città"
-    "Stato di Classificazione""Impostazione Caratteri Codificati""Palette di Colore"
-    "Rappresentazione del Colore""Nessuna immagine, quadro singolo""Sequenza colori""Contatto"
-    "Codice ubicazione contenuto""Nome Ubicazione Contenuto""Info Copyright""Codice ISO Nazione"
-    "Fornitore""Data d'invio""Destinazione""Data di creazione digitale""Ora di Creazione Digitale"
-    "Cronologia documento""Note del Documento""Modifica Stato""Aggiornamento Editoriale"
-    "Linguaggio addizionale""Punti finali""0 (riservato)""1 (molto urgente)""5 (urgenza normale)"
-    "8 (meno urgente)""9 (priorità definita dall'utente)""Non permesso""Possibile"
-    "Info Exif fotocamera""Data scadenza""Ora scadenza""Formato file"
-    "Versione Ritzaus Bureau NITF (RBNITF DTD)""Versione file""Identificatore d'installazione"
-    "Valore di Compensazione Gamma""Intestazione""Numero di Bits per Campione""Numero di linee"
-    "Rotazione Immagine""Nessuna rotazione""Rotazione di 90 gradi""Rotazione di 180 gradi"
-    "Rotazione di 270 gradi""Pixels per linea""Numero Immagine""Orientamento Immagine""Quadrata"
-    "ID processo""Identificativo lingua""ID Documento Principale""Genere intellettuale"
-    "Ciclo oggetto""Mattino""Entrambi""Sera""Riferimento Tipo Oggetto""ID Lavoro"
-    "Programma d'origine""ID proprietario""Preferenze""ID prodotto""Versione programma"
-    "Provincia/Stato""Metodo quantizzazione""Data di riferimento""Numero di riferimento"
-    "Riferimento di servizio""Data di rilascio""Struttura d'esempio""D-S, alto-basso"
-    "D-S, basso-alto""Identificativo servizio""ID documento breve""Indice di Somiglianza"
-    "Istruzioni""Località""Codice Soggetto""Categoria Supplementare""Non impostato"
-    "Risoluzione immagine ridotta""Didascalia rasterizzata""Ora di Creazione""Ora d'invio"
-    "ID Unico del Documento""Urgenza""8 (meno urgent)e""9 (riservato per usi futuri)"
-    "Autore Didascalia/Descrizione""ARM識別子""ARMバージョン""動作推奨""アプリケーションレコードバージョン""オーディオ時間""オーディオ終了合図"
-    "オーディオサンプリングレート""オーディオサンプリング解像度""オーディオタイプ""コンポーネントあたりビット""製作者の職種""表題/説明""都市""分類状態""キャラクタセットコード"
-    "カラーキャリブレーションマトリックステーブル""カラーパレット""色表現""カラーシーケンス""連絡""内容位置コード""内容位置名""著作権表示""ISO国コード""国""プロバイダー"
-    "データ圧縮アルゴリズム プロバイダー/オーナー""作成日付""発送日付""宛先""デジタル作成日付""デジタル作成時間""文書履歴""文書ノート""編集状態""更新編集""追加言語""末端"
-    "エンベロープ数""エンベロープ優先度""0 (将来拡張用)""1 (高い緊急性)""5 (普通の緊急性)""8 (低い緊急性)""9 (ユーザ定義優先度)""エンベロープレコードバージョン"
-    "振幅許容範囲""Exifカメラ情報""有効日付""有効時間""ファイル形式""ファイル形式バージョン""フィクチャー識別子""ガンマ補償値""ヘッドライン""サンプルあたりビット数"
-    "ライン数""イメージ回転""ラインあたりのピクセル数""写真番号""スキャン方向垂直ピクセルサイズ""スキャン方向ピクセルサイズ""イメージ方向""ランドスケープ""正方形""ページ"
-    "ジョブID""言語識別子""ルックアップテーブル""マスタ文書ID""最大密度範囲""報道写真レコードバージョン""インデックスエントリ数""インテリジャンル""オブジェクトサイクル"
-    "オブジェクトデータプレビューデータ""オブジェクトデータプレビューファイル形式""オブジェクトデータプレビューファイル形式バージョン""オブジェクトタイプ参照""作業識別子"
-    "開始プログラム""オーナーID""製品ID""プログラムバージョン""行政区/州""量子化方法""参照日付""参照数""参照サービス""リリース日付""サンプリング構造""走査方向"
-    "サービス識別子""短文書ID""類似インデックス""手順""場所""サブジェクトコード""補足カテゴリー""補足タイプ""作成時間""発送時間""ユニーク文書ID"
-    "ユニーク・ネーム・オブ・オブジェクト""緊急性""表題/説明の作家""Identificador ARM""Versión ARM""Acción Aconsejada"
-    "Destruir Objecto""Reemplazar Objecto""Añadir Objeto""Referencia Objecto"
-    "Versión Registro Aplicación""Duración Audio""Cola Audio""Ratio Muestreo Audio"
-    "Resolución Muestreo Audio""Solo texto (sin dato de objeto)""Actualidad (audio mono (1 canal))"
-    "Sesión pregunta y respuesta (audio mono (1 canal))"
+    "Définie dans le processus de compression" "Direction de la numérisation"
+    "De gauche à droite, de haut en bas" "De droite à gauche, de haut en bas"
+    "De gauche à droite, de bas en haut" "De droite à gauche, de bas en haut"
+    "De haut en bas, de gauche à droite" "De bas en haut, de gauche à droite"
+    "De haut en bas, de droite à gauche" "De bas en haut, de droite à gauche"
+    "Identificateur de service" "ID court de document" "Indice de similarité" "Lieu" "Code de sujet"
+    "Catégorie d'appoint" "Type de supplément" "Non établi" "Image de résolution réduite"
+    "Titre rastérisé" "Heure de création" "Heure d'envoi" "ID unique de document"
+    "Nom Unique d'Objet" "Urgence" "9 (réservé pour utilisation future)"
+    "Auteur de la légende / description" "ARM-Version" "Aktion empfohlen" "IPTC-Modell-2-Version"
+    "Audiodauer" "Audio-Outcue" "Audio-Samplingrate" "Audio-Samplingauflösung" "Audiotyp"
+    "Beruf des Erstellers" "Beschreibung/Zusammenfassung" "Katalogzusammenstellungen" "Stadt/Ort"
+    "Klassifizierungs-Status" "IPTC Characterset" "Farbpalette" "Farbdarstellung" "Farbreihenfolge"
+    "Kontakt" "Inhaltspositionscode" "Inhaltspositionsname" "ISO-Ländercode" "Land" "Anbieter"
+    "Daten Komprimierungsmethode" "Erstellungsdatum" "Absendedatum" "Ziel" "Digitalisierungsdatum"
+    "Digitalisierungszeit" "Historie des Dokuments" "Notizen zum Dokument" "Bearbeitungsstatus"
+    "Redaktionelle Überarbeitung" "Priorität" "0 (reserviert)" "1 (sehr dringend)"
+    "5 (normale Dringlichkeit)" "8 (geringe Wichtigkeit)" "9 (benutzerdefinierte Priorität)"
+    "IPTC-Modell-1-Version" "Exif Kamerainformationen" "Ablaufdatum" "Ablaufzeit" "Dateiformat"
+    "Dateiformatversion" "Kennzeichnung" "Überschrift" "IPTC-Bildhöhe" "IPTC Bildausrichtung"
+    "90° im Uhrzeigersinn" "180° gedreht" "90° gegen den Uhrzeigersinn" "IPTC-Bildbreite"
+    "IPTC Bildnummer" "IPTC-Pixelhöhe" "IPTC-Pixelbreite" "Bildausrichtung" "Querformat"
+    "Quadratisch" "Bildtyp" "Job-Kennung" "Sprachkennung" "ID des Originaldokuments"
+    "IPTC-Modell-3-Version" "Gattung" "Objektzyklus" "Morgens" "Beides" "Abends"
+    "Objektdatenvorschau" "Dateiformat der Objektdatenvorschau"
+    "Dateiformatversion der Objektdatenvorschau" "Objekttypreferenz" "Anbietervermerk Verweis"
+    "Erstellungsprogramm" "Besitzer-ID" "Produkt-ID" "Programmversion" "Bundesland/Kanton"
+    "Referenzdatum" "Referenznummer" "Referenzdienst" "Veröffentlichungsdatum" "Service-ID"
+    "Kurze Bild-ID" "Bildgleichheits-Index" "Anweisungen" "Ort des Motivs" "Themencode"
+    "Zusätzliche Kategorien" "Erstellungszeit" "Absendezeit" "Eindeutige Bild-ID" "Dringlichkeit"
+    "8 (geringe Dringlichkeit)" "Verfasser der Beschreibung" "ID ARM" "Versione ARM"
+    "Azione consigliata" "Distruzione oggetto" "Sostituzione oggetto" "Allega oggetto"
+    "Riferimento oggetto" "Versione Registrazione Applicazione" "Tipo Audio" "Solo testo"
+    "Bits per componente" "Titolo Creatore" "Didascalia/descrizione" "Città"
+    "Stato di Classificazione" "Impostazione Caratteri Codificati" "Palette di Colore"
+    "Rappresentazione del Colore" "Nessuna immagine, quadro singolo" "Sequenza colori" "Contatto"
+    "Codice ubicazione contenuto" "Nome Ubicazione Contenuto" "Info Copyright" "Codice ISO Nazione"
+    "Fornitore" "Data d'invio" "Destinazione" "Data di creazione digitale"
+    "Ora di Creazione Digitale" "Cronologia documento" "Note del Documento" "Modifica Stato"
+    "Aggiornamento Editoriale" "Linguaggio addizionale" "Punti finali" "0 (riservato)"
+    "1 (molto urgente)" "5 (urgenza normale)" "8 (meno urgente)" "9 (priorità definita dall'utente)"
+    "Non permesso" "Possibile" "Info Exif fotocamera" "Data scadenza" "Ora scadenza" "Formato file"
+    "Versione Ritzaus Bureau NITF (RBNITF DTD)" "Versione file" "Identificatore d'installazione"
+    "Valore di Compensazione Gamma" "Intestazione" "Numero di Bits per Campione" "Numero di linee"
+    "Rotazione Immagine" "Nessuna rotazione" "Rotazione di 90 gradi" "Rotazione di 180 gradi"
+    "Rotazione di 270 gradi" "Pixels per linea" "Numero Immagine" "Orientamento Immagine" "Quadrata"
+    "ID processo" "Identificativo lingua" "ID Documento Principale" "Genere intellettuale"
+    "Ciclo oggetto" "Mattino" "Entrambi" "Sera" "Riferimento Tipo Oggetto" "ID Lavoro"
+    "Programma d'origine" "ID proprietario" "Preferenze" "ID prodotto" "Versione programma"
+    "Provincia/Stato" "Metodo quantizzazione" "Data di riferimento" "Numero di riferimento"
+    "Riferimento di servizio" "Data di rilascio" "Struttura d'esempio" "D-S, alto-basso"
+    "D-S, basso-alto" "Identificativo servizio" "ID documento breve" "Indice di Somiglianza"
+    "Istruzioni" "Località" "Codice Soggetto" "Categoria Supplementare" "Non impostato"
+    "Risoluzione immagine ridotta" "Didascalia rasterizzata" "Ora di Creazione" "Ora d'invio"
+    "ID Unico del Documento" "Urgenza" "8 (meno urgent)e" "9 (riservato per usi futuri)"
+    "Autore Didascalia/Descrizione" "ARM識別子" "ARMバージョン" "動作推奨" "アプリケーションレコードバージョン" "オーディオ時間"
+    "オーディオ終了合図" "オーディオサンプリングレート" "オーディオサンプリング解像度" "オーディオタイプ" "コンポーネントあたりビット" "製作者の職種" "表題/説明" "都市"
+    "分類状態" "キャラクタセットコード" "カラーキャリブレーションマトリックステーブル" "カラーパレット" "色表現" "カラーシーケンス" "連絡" "内容位置コード" "内容位置名"
+    "著作権表示" "ISO国コード" "国" "プロバイダー" "データ圧縮アルゴリズム プロバイダー/オーナー" "作成日付" "発送日付" "宛先" "デジタル作成日付"
+    "デジタル作成時間" "文書履歴" "文書ノート" "編集状態" "更新編集" "追加言語" "末端" "エンベロープ数" "エンベロープ優先度" "0 (将来拡張用)"
+    "1 (高い緊急性)" "5 (普通の緊急性)" "8 (低い緊急性)" "9 (ユーザ定義優先度)" "エンベロープレコードバージョン" "振幅許容範囲" "Exifカメラ情報"
+    "有効日付" "有効時間" "ファイル形式" "ファイル形式バージョン" "フィクチャー識別子" "ガンマ補償値" "ヘッドライン" "サンプルあたりビット数" "ライン数" "イメージ回転"
+    "ラインあたりのピクセル数" "写真番号" "スキャン方向垂直ピクセルサイズ" "スキャン方向ピクセルサイズ" "イメージ方向" "ランドスケープ" "正方形" "ページ" "ジョブID"
+    "言語識別子" "ルックアップテーブル" "マスタ文書ID" "最大密度範囲" "報道写真レコードバージョン" "インデックスエントリ数" "インテリジャンル" "オブジェクトサイクル"
+    "オブジェクトデータプレビューデータ" "オブジェクトデータプレビューファイル形式" "オブジェクトデータプレビューファイル形式バージョン" "オブジェクトタイプ参照" "作業識別子"
+    "開始プログラム" "オーナーID" "製品ID" "プログラムバージョン" "行政区/州" "量子化方法" "参照日付" "参照数" "参照サービス" "リリース日付" "サンプリング構造"
+    "走査方向" "サービス識別子" "短文書ID" "類似インデックス" "手順" "場所" "サブジェクトコード" "補足カテゴリー" "補足タイプ" "作成時間" "発送時間"
+    "ユニーク文書ID" "ユニーク・ネーム・オブ・オブジェクト" "緊急性" "表題/説明の作家" "Identificador ARM" "Versión ARM"
+    "Acción Aconsejada" "Destruir Objecto" "Reemplazar Objecto" "Añadir Objeto" "Referencia Objecto"
+    "Versión Registro Aplicación" "Duración Audio" "Cola Audio" "Ratio Muestreo Audio"
+    "Resolución Muestreo Audio" "Solo texto (sin dato de objeto)"
+    "Actualidad (audio mono (1 canal))" "Sesión pregunta y respuesta (audio mono (1 canal))"
     "Música transmitida por si misma (audio mono (1 canal))"
-    "Respuesta a una pregunta (audio mono (1 canal))""Sonido bruto (audio mono (1 canal))"
-    "Escena (audio mono (1 canal))""Voz (audio mono (1 canal))""Envolvente (audio mono (1 canal))"
+    "Respuesta a una pregunta (audio mono (1 canal))" "Sonido bruto (audio mono (1 canal))"
+    "Escena (audio mono (1 canal))" "Voz (audio mono (1 canal))" "Envolvente (audio mono (1 canal))"
     "Actualidad (audio estéreo (2 canales))"
     "Sesión pregunta y respuesta (audio estéreo (2 canales))"
     "Música transmitida por si misma (audio estéreo (2 canales))"
-    "Respuesta a una pregunta (audio estéreo (2 canales))""Sonido bruto (audio estéreo (2 canales))"
-    "Escena (audio estéreo (2 canales))""Voz (audio estéreo (2 canales))"
-    "Envolvente (audio estéreo (2 canales))""Bits Por Componente""Puesto del Creador"
-    "Título/Descripción""Ciudad""Clasificar Estado""Juego Caracteres Codificado"
-    "Tabla Matriz Calibración Color""Paleta Color""Representación Color""Sin imagen, Marco simple"
-    "Cuatro componentes, Marco simple""Cuatro componentes, Marco secuencial en múltiples objectos"
-    "Cuatro componentes, Marco secuencial en un único objeto""Cuatro componentes, Línea secuencial"
-    "Cuatro componentes, Pixel secuencial""Cuatro componentes, Entrelazado especial"
-    "Monocromo, Marco simple""Tres componentes, Marco simple"
+    "Respuesta a una pregunta (audio estéreo (2 canales))"
+    "Sonido bruto (audio estéreo (2 canales))" "Escena (audio estéreo (2 canales))"
+    "Voz (audio estéreo (2 canales))" "Envolvente (audio estéreo (2 canales))" "Bits Por Componente"
+    "Puesto del Creador" "Título/Descripción" "Ciudad" "Clasificar Estado"
+    "Juego Caracteres Codificado" "Tabla Matriz Calibración Color" "Paleta Color"
+    "Representación Color" "Sin imagen, Marco simple" "Cuatro componentes, Marco simple"
+    "Cuatro componentes, Marco secuencial en múltiples objectos"
+    "Cuatro componentes, Marco secuencial en un único objeto" "Cuatro componentes, Línea secuencial"
+    "Cuatro componentes, Pixel secuencial" "Cuatro componentes, Entrelazado especial"
+    "Monocromo, Marco simple" "Tres componentes, Marco simple"
     "Tres componentes, Marco secuencial en múltiples objectos"
-    "Tres componentes, Marco secuencial en un único objeto""Tres componentes, Línea secuencial"
-    "Tres componentes, Pixel secuencial""Tres componentes, Entrelazado especial"
-    "Representación de Color""Contacto""Código Localización Contenido"
-    "Nombre Localización Contenido""Aviso Copyright""Código País ISO""País""Proveedor"
-    "Proveedor/Propietario Algoritmo Compresión Datos""Fecha Creación""Fecha Envío""Destino"
-    "Fecha Creación Digital""Hora Creación Digital""Historial del Documento""Notas del Documento"
-    "Estado Edición""Actualización Editorial""Idioma Adicional""Puntos Finales""Número Sobre"
-    "Prioridad Sobre""0 (reservada para uso futuro)""1 (más urgente)""5 (urgencia normal)"
-    "8 (menos urgente)""9 (prioridad definida por el usuario)""Versión Registro Sobre"
-    "Tolerancia Excursión""No Permitido (defecto)""Puede ocurrir""Información Cámara Exif"
-    "Fecha Expiración""Hora Expiración""Formato Archivo""Versión Formato Archivo"
-    "Identificador Marca""Valor Compensado Gamma""Titular""Número de Bits por Muestra"
-    "Número de Líneas""Rotación Imagen""Sin rotación""Rotación 90 grados""Rotación 180 grados"
-    "Rotación 270 grados""Pixels por Línea""Número Imagen"
-    "Tamaño Pixel Perpendicular a Dirección Escaneo""Tamaño Pixel en Dirección Escaneo"
-    "Orientación Imagen""Cuadro""Tipo Imagen""Dispositivo dependiente RGB"
-    "Dispositivo dependiente CMY(K)""ID del Trabajo""Identificador Idioma""Tabla de Consulta"
-    "ID de Documento Maestro""Rango Densidad Maxima""Versión Registro Foto Noticias"
-    "Número de Entradas de Índice""Género Intelectual""Ciclo Objecto""Mañana""Ambos""Tarde"
-    "Datos Previos del Objecto""Formato Archivo Previo de Objecto"
-    "Versión Formato Archivo Previo del Objecto""Referencia Tipo Objeto""Identificador de Trabajo"
-    "Programa Originario""ID del Propietario""ID Producto""Versión Programa""Provincia/Estado"
-    "Método Cuantización""Reflectancia/transmitancia lineal""Densidad lineal""IPTC ref \"B\""
-    "Porcentaje Punto lineal""AP Doméstico Análogo""Método Compresión Específico"
-    "Espacio Color Específico""Gamma Compensada""Fecha Referencia""Número Referencia"
-    "Servicio Referencia""Fecha Lanzamiento""Estructura Muestreo"
+    "Tres componentes, Marco secuencial en un único objeto" "Tres componentes, Línea secuencial"
+    "Tres componentes, Pixel secuencial" "Tres componentes, Entrelazado especial"
+    "Representación de Color" "Contacto" "Código Localización Contenido"
+    "Nombre Localización Contenido" "Aviso Copyright" "Código País ISO" "País" "Proveedor"
+    "Proveedor/Propietario Algoritmo Compresión Datos" "Fecha Creación" "Fecha Envío" "Destino"
+    "Fecha Creación Digital" "Hora Creación Digital" "Historial del Documento" "Notas del Documento"
+    "Estado Edición" "Actualización Editorial" "Idioma Adicional" "Puntos Finales" "Número Sobre"
+    "Prioridad Sobre" "0 (reservada para uso futuro)" "1 (más urgente)" "5 (urgencia normal)"
+    "8 (menos urgente)" "9 (prioridad definida por el usuario)" "Versión Registro Sobre"
+    "Tolerancia Excursión" "No Permitido (defecto)" "Puede ocurrir" "Información Cámara Exif"
+    "Fecha Expiración" "Hora Expiración" "Formato Archivo" "Versión Formato Archivo"
+    "Identificador Marca" "Valor Compensado Gamma" "Titular" "Número de Bits por Muestra"
+    "Número de Líneas" "Rotación Imagen" "Sin rotación" "Rotación 90 grados" "Rotación 180 grados"
+    "Rotación 270 grados" "Pixels por Línea" "Número Imagen"
+    "Tamaño Pixel Perpendicular a Dirección Escaneo" "Tamaño Pixel en Dirección Escaneo"
+    "Orientación Imagen" "Cuadro" "Tipo Imagen" "Dispositivo dependiente RGB"
+    "Dispositivo dependiente CMY(K)" "ID del Trabajo" "Identificador Idioma" "Tabla de Consulta"
+    "ID de Documento Maestro" "Rango Densidad Maxima" "Versión Registro Foto Noticias"
+    "Número de Entradas de Índice" "Género Intelectual" "Ciclo Objecto" "Mañana" "Ambos" "Tarde"
+    "Datos Previos del Objecto" "Formato Archivo Previo de Objecto"
+    "Versión Formato Archivo Previo del Objecto" "Referencia Tipo Objeto" "Identificador de Trabajo"
+    "Programa Originario" "ID del Propietario" "ID Producto" "Versión Programa" "Provincia/Estado"
+    "Método Cuantización" "Reflectancia/transmitancia lineal" "Densidad lineal" "IPTC ref \"B\""
+    "Porcentaje Punto lineal" "AP Doméstico Análogo" "Método Compresión Específico"
+    "Espacio Color Específico" "Gamma Compensada" "Fecha Referencia" "Número Referencia"
+    "Servicio Referencia" "Fecha Lanzamiento" "Estructura Muestreo"
     "Ortogonal con la mismas frecuencias de muestreo relativo en cada componente"
     "Ortogonal con las frecuencias de muestreo en el ratio de 4:2:2:(4)"
-    "Definido dentro del proceso de compresión""Dirección Escaneo"
-    "Izquierda a derecha, arriba a abajo""Derecha a izquierda, arriba a abajo"
-    "Izquierda a derecha, abajo a arriba""Derecha a izquierda, abajo a arriba"
-    "Arriba a abajo, izquierda a derecha""Abajo a arriba, izquierda a derecha"
-    "Arriba a abajo, derecha a izquierda""Abajo a arriba, derecha a izquierda"
-    "Identificador Servicio""ID Corta del Documento""Índice de Similitudes""Instrucciones"
-    "Localización""Código Sujeto""Categoría Suplementaria""Tipo Suplemento""No Definido"
-    "Imagen resolución reducida""Título Rasterizado""Hora Creación""Hora Envío"
-    "ID de Documento Única""Nombre Único de Objeto""Urgencia""0 (reservado para futuro uso)"
-    "9 (reservado para futuro uso)""Título/Descripción Escritor""BootSystem""BootIdentifier""System"
-    "VolumeName""VolumeBlockCount""VolumeSetDiskCount""VolumeSetDiskNumber""VolumeBlockSize"
-    "PathTableSize""PathTableLocation""RootDirectoryCreateDate""VolumeSetName""DataPreparer"
-    "Software""CopyrightFileName""AbstractFileName""BibligraphicFileName""VolumeCreateDate"
-    "VolumeModifyDate""VolumeExpirationDate""VolumeEffectiveDate""ISO:AbstractFileName"
-    "Abstract File Name""ISO:BibligraphicFileName""Bibligraphic File Name""ISO:BootIdentifier"
-    "Boot Identifier""ISO:BootSystem""Boot System""ISO:CopyrightFileName""Copyright File Name"
-    "ISO:DataPreparer""Data Preparer""ISO:PathTableLocation""Path Table Location""ISO:PathTableSize"
-    "Path Table Size""ISO:Publisher""ISO:RootDirectoryCreateDate""Root Directory Create Date"
-    "ISO:Software""ISO:System""ISO:VolumeBlockCount""Volume Block Count""ISO:VolumeBlockSize"
-    "Volume Block Size""ISO:VolumeCreateDate""Volume Create Date""ISO:VolumeEffectiveDate"
-    "Volume Effective Date""ISO:VolumeExpirationDate""Volume Expiration Date""ISO:VolumeModifyDate"
-    "Volume Modify Date""ISO:VolumeName""Volume Name""ISO:VolumeSetDiskCount""Volume Set Disk Count"
-    "ISO:VolumeSetDiskNumber""Volume Set Disk Number""ISO:VolumeSetName""Volume Set Name""使用软件"
-    "Logiciel""Système""Software utilizzato""ソフトウェア""Programa Utilizado""DataType""LibraryID"
-    "TrackID""DataLocation""ImageData""artw""down""locl""ITC:DataLocation""Data Location"
-    "ITC:DataLocation:down""Downloaded Separately""ITC:DataLocation:locl""Local Music File"
-    "ITC:DataType""Data Type""ITC:DataType:artw""Artwork""ITC:ImageData""Image Data"
-    "ITC:ImageHeight""ITC:ImageType""ITC:ImageWidth""ITC:LibraryID""Library ID""ITC:TrackID"
-    "Track ID""Type de données""Tipo di dati""日付型""Tipo Datos""ID Pista""ThumbnailImage"
-    "ThumbnailTIFF""JFIFVersion""ResolutionUnit""ThumbnailWidth""ThumbnailHeight""JFIF:JFIFVersion"
-    "JFIF Version""JFIF:ResolutionUnit""Resolution Unit""JFIF:ResolutionUnit:0"
-    "JFIF:ResolutionUnit:1""inches""JFIF:ResolutionUnit:2""cm""JFIF:ThumbnailHeight"
-    "Thumbnail Height""JFIF:ThumbnailImage""Thumbnail Image""JFIF:ThumbnailTIFF""Thumbnail TIFF"
-    "JFIF:ThumbnailWidth""Thumbnail Width""JFIF:XResolution""JFIF:YResolution""JFIF 版本""图像高宽分辨率单位"
-    "英寸""像素/厘米""缩略图""Version JFIF""Unité de résolutions""pouce""Pixels/cm""Hauteur de la vignette"
-    "Vignette""Vignette TIFF""JFIF-Version""Einheit der X- und Y-Auflösung""Zoll""Miniaturbild-Höhe"
-    "Miniaturbild""Miniaturbild-Breite""Versione JFIF""Unità risoluzione""Pollici""Miniatura"
-    "Larghezza miniatura""JFIFバージョン""XとY解像度単位""インチ""ピクセル/cm""サムネイル画像""Versión JFIF"
-    "Unidad de Resolución de X e Y""Pulgada""Píxeles/cm""Adobe""DefineQuantizationTable"
-    "EmbeddedVideo""Insta360""NikonApp""JPEG:Adobe""JPEG:Comment""JPEG:DefineQuantizationTable"
-    "Define Quantization Table""JPEG:EmbeddedVideo""Embedded Video""JPEG:Insta360""Insta 360"
-    "JPEG:NikonApp""Nikon App""JPEG:PreviewImage""ON1_SettingsMetadataCreated"
-    "ON1_SettingsMetadataModified""ON1_SettingsMetadataName""ON1_SettingsMetadataPluginID"
-    "ON1_SettingsMetadataTimestamp""ON1_SettingsMetadataUsage""ON1_SettingsMetadataVisibleToUser"
-    "JSON:ON1_SettingsMetadataCreated""ON1 Settings Metadata Created"
-    "JSON:ON1_SettingsMetadataModified""ON1 Settings Metadata Modified"
-    "JSON:ON1_SettingsMetadataName""ON1 Settings Metadata Name""JSON:ON1_SettingsMetadataPluginID"
-    "ON1 Settings Metadata Plugin ID""JSON:ON1_SettingsMetadataTimestamp"
-    "ON1 Settings Metadata Timestamp""JSON:ON1_SettingsMetadataUsage""ON1 Settings Metadata Usage"
-    "JSON:ON1_SettingsMetadataVisibleToUser""ON1 Settings Metadata Visible To User";
+    "Definido dentro del proceso de compresión" "Dirección Escaneo"
+    "Izquierda a derecha, arriba a abajo" "Derecha a izquierda, arriba a abajo"
+    "Izquierda a derecha, abajo a arriba" "Derecha a izquierda, abajo a arriba"
+    "Arriba a abajo, izquierda a derecha" "Abajo a arriba, izquierda a derecha"
+    "Arriba a abajo, derecha a izquierda" "Abajo a arriba, derecha a izquierda"
+    "Identificador Servicio" "ID Corta del Documento" "Índice de Similitudes" "Instrucciones"
+    "Localización" "Código Sujeto" "Categoría Suplementaria" "Tipo Suplemento" "No Definido"
+    "Imagen resolución reducida" "Título Rasterizado" "Hora Creación" "Hora Envío"
+    "ID de Documento Única" "Nombre Único de Objeto" "Urgencia" "0 (reservado para futuro uso)"
+    "9 (reservado para futuro uso)" "Título/Descripción Escritor" "BootSystem" "BootIdentifier"
+    "System" "VolumeName" "VolumeBlockCount" "VolumeSetDiskCount" "VolumeSetDiskNumber"
+    "VolumeBlockSize" "PathTableSize" "PathTableLocation" "RootDirectoryCreateDate" "VolumeSetName"
+    "DataPreparer" "Software" "CopyrightFileName" "AbstractFileName" "BibligraphicFileName"
+    "VolumeCreateDate" "VolumeModifyDate" "VolumeExpirationDate" "VolumeEffectiveDate"
+    "ISO:AbstractFileName" "Abstract File Name" "ISO:BibligraphicFileName" "Bibligraphic File Name"
+    "ISO:BootIdentifier" "Boot Identifier" "ISO:BootSystem" "Boot System" "ISO:CopyrightFileName"
+    "Copyright File Name" "ISO:DataPreparer" "Data Preparer" "ISO:PathTableLocation"
+    "Path Table Location" "ISO:PathTableSize" "Path Table Size" "ISO:Publisher"
+    "ISO:RootDirectoryCreateDate" "Root Directory Create Date" "ISO:Software" "ISO:System"
+    "ISO:VolumeBlockCount" "Volume Block Count" "ISO:VolumeBlockSize" "Volume Block Size"
+    "ISO:VolumeCreateDate" "Volume Create Date" "ISO:VolumeEffectiveDate" "Volume Effective Date"
+    "ISO:VolumeExpirationDate" "Volume Expiration Date" "ISO:VolumeModifyDate" "Volume Modify Date"
+    "ISO:VolumeName" "Volume Name" "ISO:VolumeSetDiskCount" "Volume Set Disk Count"
+    "ISO:VolumeSetDiskNumber" "Volume Set Disk Number" "ISO:VolumeSetName" "Volume Set Name" "使用软件"
+    "Logiciel" "Système" "Software utilizzato" "ソフトウェア" "Programa Utilizado" "DataType" "LibraryID"
+    "TrackID" "DataLocation" "ImageData" "artw" "down" "locl" "ITC:DataLocation" "Data Location"
+    "ITC:DataLocation:down" "Downloaded Separately" "ITC:DataLocation:locl" "Local Music File"
+    "ITC:DataType" "Data Type" "ITC:DataType:artw" "Artwork" "ITC:ImageData" "Image Data"
+    "ITC:ImageHeight" "ITC:ImageType" "ITC:ImageWidth" "ITC:LibraryID" "Library ID" "ITC:TrackID"
+    "Track ID" "Type de données" "Tipo di dati" "日付型" "Tipo Datos" "ID Pista" "ThumbnailImage"
+    "ThumbnailTIFF" "JFIFVersion" "ResolutionUnit" "ThumbnailWidth" "ThumbnailHeight"
+    "JFIF:JFIFVersion" "JFIF Version" "JFIF:ResolutionUnit" "Resolution Unit"
+    "JFIF:ResolutionUnit:0" "JFIF:ResolutionUnit:1" "inches" "JFIF:ResolutionUnit:2" "cm"
+    "JFIF:ThumbnailHeight" "Thumbnail Height" "JFIF:ThumbnailImage" "Thumbnail Image"
+    "JFIF:ThumbnailTIFF" "Thumbnail TIFF" "JFIF:ThumbnailWidth" "Thumbnail Width" "JFIF:XResolution"
+    "JFIF:YResolution" "JFIF 版本" "图像高宽分辨率单位" "英寸" "像素/厘米" "缩略图" "Version JFIF"
+    "Unité de résolutions" "pouce" "Pixels/cm" "Hauteur de la vignette" "Vignette" "Vignette TIFF"
+    "JFIF-Version" "Einheit der X- und Y-Auflösung" "Zoll" "Miniaturbild-Höhe" "Miniaturbild"
+    "Miniaturbild-Breite" "Versione JFIF" "Unità risoluzione" "Pollici" "Miniatura"
+    "Larghezza miniatura" "JFIFバージョン" "XとY解像度単位" "インチ" "ピクセル/cm" "サムネイル画像" "Versión JFIF"
+    "Unidad de Resolución de X e Y" "Pulgada" "Píxeles/cm" "Adobe" "DefineQuantizationTable"
+    "EmbeddedVideo" "Insta360" "NikonApp" "JPEG:Adobe" "JPEG:Comment" "JPEG:DefineQuantizationTable"
+    "Define Quantization Table" "JPEG:EmbeddedVideo" "Embedded Video" "JPEG:Insta360" "Insta 360"
+    "JPEG:NikonApp" "Nikon App" "JPEG:PreviewImage" "ON1_SettingsMetadataCreated"
+    "ON1_SettingsMetadataModified" "ON1_SettingsMetadataName" "ON1_SettingsMetadataPluginID"
+    "ON1_SettingsMetadataTimestamp" "ON1_SettingsMetadataUsage" "ON1_SettingsMetadataVisibleToUser"
+    "JSON:ON1_SettingsMetadataCreated" "ON1 Settings Metadata Created"
+    "JSON:ON1_SettingsMetadataModified" "ON1 Settings Metadata Modified"
+    "JSON:ON1_SettingsMetadataName" "ON1 Settings Metadata Name" "JSON:ON1_SettingsMetadataPluginID"
+    "ON1 Settings Metadata Plugin ID" "JSON:ON1_SettingsMetadataTimestamp"
+    "ON1 Settings Metadata Timestamp" "JSON:ON1_SettingsMetadataUsage" "ON1 Settings Metadata Usage"
+    "JSON:ON1_SettingsMetadataVisibleToUser" "ON1 Settings Metadata Visible To User";
 
 // FujiFilm: 129 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsFujiFilm[] = {
-    {{0, 11}, TagType::int32u, 2, 0, 0, 5},
-    {{11, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{34, 28}, TagType::int32u, 2, 0, 0, 0},
-    {{62, 21}, TagType::int32u, 2, 0, 5, 3},
-    {{83, 9}, TagType::int32u, 2, 0, 5, 3},
-    {{92, 10}, TagType::int32u, 2, 0, 8, 1},
-    {{102, 15}, TagType::string, 0, 34, 0, 0},
-    {{117, 13}, TagType::string, 0, 0, 0, 0},
-    {{130, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{143, 9}, TagType::string, 0, 0, 0, 0},
-    {{152, 13}, TagType::string, 0, 0, 0, 0},
-    {{165, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{178, 9}, TagType::string, 0, 0, 0, 0},
-    {{187, 13}, TagType::string, 0, 0, 0, 0},
-    {{200, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{213, 9}, TagType::string, 0, 0, 0, 0},
-    {{222, 13}, TagType::string, 0, 0, 0, 0},
-    {{235, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{248, 9}, TagType::string, 0, 0, 0, 0},
-    {{257, 13}, TagType::string, 0, 0, 0, 0},
-    {{270, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{283, 9}, TagType::string, 0, 0, 0, 0},
-    {{292, 13}, TagType::string, 0, 0, 0, 0},
-    {{305, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{318, 9}, TagType::string, 0, 0, 0, 0},
-    {{327, 13}, TagType::string, 0, 0, 0, 0},
-    {{340, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{353, 9}, TagType::string, 0, 0, 0, 0},
-    {{362, 13}, TagType::string, 0, 0, 0, 0},
-    {{375, 13}, TagType::int8u, 0, 0, 9, 3},
-    {{388, 9}, TagType::string, 0, 0, 0, 0},
-    {{397, 10}, TagType::int32u, 2, 0, 5, 3},
-    {{407, 5}, TagType::int32u, 2, 0, 12, 2},
-    {{412, 10}, TagType::int32u, 2, 0, 5, 3},
-    {{422, 15}, TagType::int32u, 2, 0, 8, 1},
-    {{437, 14}, TagType::int32u, 2, 0, 8, 1},
-    {{451, 4}, TagType::string, 0, 24, 0, 0},
-    {{455, 5}, TagType::string, 0, 16, 0, 0},
-    {{460, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{472, 7}, TagType::rational64u, 0, 0, 0, 0},
-    {{479, 20}, TagType::rational64s, 0, 0, 0, 0},
-    {{499, 7}, TagType::string, 2, 0, 0, 0},
-    {{506, 20}, TagType::string, 2, 0, 0, 0},
-    {{526, 7}, TagType::string, 2, 0, 0, 0},
-    {{533, 9}, TagType::int16u, 2, 0, 14, 11},
-    {{542, 12}, TagType::int16u, 2, 0, 25, 19},
-    {{554, 10}, TagType::int16u, 2, 0, 44, 20},
-    {{564, 8}, TagType::int16u, 2, 0, 64, 7},
-    {{572, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{588, 20}, TagType::int32s, 2, 2, 0, 0},
-    {{608, 14}, TagType::int16u, 2, 0, 71, 11},
-    {{622, 7}, TagType::int32s, 2, 0, 82, 11},
-    {{629, 13}, TagType::int16u, 2, 0, 93, 25},
-    {{642, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{659, 5}, TagType::int16u, 2, 0, 12, 2},
-    {{664, 9}, TagType::int16u, 2, 0, 118, 3},
-    {{673, 6}, TagType::int16u, 2, 0, 121, 4},
-    {{679, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{689, 8}, TagType::int16u, 2, 0, 12, 2},
-    {{697, 11}, TagType::int16u, 2, 0, 125, 33},
-    {{708, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{721, 7}, TagType::int16u, 2, 0, 12, 2},
-    {{728, 7}, TagType::int16u, 2, 0, 158, 3},
-    {{735, 10}, TagType::int32s, 2, 0, 161, 7},
-    {{745, 13}, TagType::int32s, 2, 0, 161, 7},
-    {{758, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{769, 23}, TagType::int32u, 2, 0, 12, 2},
-    {{792, 20}, TagType::int32s, 2, 0, 168, 3},
-    {{812, 17}, TagType::int32s, 2, 0, 168, 3},
-    {{829, 12}, TagType::int8s, 2, 0, 0, 0},
-    {{841, 14}, TagType::int8s, 2, 0, 0, 0},
-    {{855, 15}, TagType::int16u, 2, 0, 171, 3},
-    {{870, 8}, TagType::int16u, 2, 0, 174, 4},
-    {{878, 17}, TagType::int32s, 2, 0, 168, 3},
-    {{895, 11}, TagType::int16u, 2, 0, 178, 4},
-    {{906, 14}, TagType::int16u, 2, 0, 182, 4},
-    {{920, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{934, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{949, 16}, TagType::rational64s, 2, 2, 0, 0},
-    {{965, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{978, 17}, TagType::int16u, 2, 0, 186, 4},
-    {{995, 14}, TagType::int32u, 2, 0, 190, 13},
-    {{1009, 9}, TagType::int16u, 2, 0, 203, 3},
-    {{1018, 11}, TagType::int16u, 2, 0, 12, 2},
-    {{1029, 12}, TagType::int16u, 2, 0, 12, 2},
-    {{1041, 15}, TagType::int16u, 2, 0, 12, 2},
-    {{1056, 11}, TagType::string, 2, 0, 0, 0},
-    {{1067, 12}, TagType::int16u, 2, 0, 206, 2},
-    {{1079, 8}, TagType::int16u, 2, 0, 208, 16},
-    {{1087, 19}, TagType::int16u, 2, 0, 224, 6},
-    {{1106, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{1129, 14}, TagType::rational64s, 2, 0, 0, 0},
-    {{1143, 14}, TagType::rational64s, 2, 0, 0, 0},
-    {{1157, 21}, TagType::rational64s, 2, 0, 0, 0},
-    {{1178, 21}, TagType::rational64s, 2, 0, 0, 0},
-    {{1199, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{1215, 18}, TagType::int16u, 2, 3, 230, 9},
-    {{1233, 16}, TagType::int16u, 2, 0, 239, 7},
-    {{1249, 6}, TagType::int32u, 2, 0, 0, 0},
-    {{1255, 15}, TagType::int16u, 2, 0, 12, 2},
-    {{1270, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{1280, 14}, TagType::int16u, 2, 0, 12, 2},
-    {{1294, 18}, TagType::int16u, 2, 0, 246, 3},
-    {{1312, 19}, TagType::int16u, 2, 0, 249, 2},
-    {{1331, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{1347, 9}, TagType::string, 2, 0, 0, 0},
-    {{1356, 10}, TagType::string, 2, 0, 0, 0},
-    {{1366, 9}, TagType::rational64s, 2, 0, 0, 0},
-    {{1375, 18}, TagType::int32u, 2, 0, 251, 4},
-    {{1393, 18}, TagType::int16u, 2, 0, 12, 2},
-    {{1411, 16}, TagType::int16u, 2, 0, 249, 2},
-    {{1427, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{1436, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{1446, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{1457, 18}, TagType::int32u, 2, 0, 249, 2},
-    {{1475, 19}, TagType::int16u, 2, 4, 0, 0},
-    {{1494, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{1507, 13}, TagType::int16u, 2, -1, 0, 0},
-    {{1520, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{1535, 16}, TagType::int8u, 2, -1, 255, 23},
-    {{1551, 20}, TagType::int16u, 2, -1, 0, 0},
-    {{1571, 10}, TagType::string, 2, 0, 0, 0},
-    {{1581, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{1592, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{1603, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{1611, 12}, TagType::int16u, 2, 0, 249, 2},
-    {{1623, 12}, TagType::int16u, 2, 0, 249, 2},
-    {{1635, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{1648, 14}, TagType::int32u, 0, 0, 0, 0},
+    {{0, 11}, TagType::int32u, 2, 0, 0, 5},  // AF-CSetting
+    {{11, 23}, TagType::int32u, 2, 0, 0, 0},  // AF-CTrackingSensitivity
+    {{34, 28}, TagType::int32u, 2, 0, 0, 0},  // AF-CSpeedTrackingSensitivity
+    {{62, 21}, TagType::int32u, 2, 0, 5, 3},  // AF-CZoneAreaSwitching
+    {{83, 9}, TagType::int32u, 2, 0, 5, 3},  // DriveMode
+    {{92, 10}, TagType::int32u, 2, 0, 8, 1},  // DriveSpeed
+    {{102, 15}, TagType::string, 0, 34, 0, 0},  // MovieStreamName
+    {{117, 13}, TagType::string, 0, 0, 0, 0},  // Face1Birthday
+    {{130, 13}, TagType::int8u, 0, 0, 9, 3},  // Face1Category
+    {{143, 9}, TagType::string, 0, 0, 0, 0},  // Face1Name
+    {{152, 13}, TagType::string, 0, 0, 0, 0},  // Face2Birthday
+    {{165, 13}, TagType::int8u, 0, 0, 9, 3},  // Face2Category
+    {{178, 9}, TagType::string, 0, 0, 0, 0},  // Face2Name
+    {{187, 13}, TagType::string, 0, 0, 0, 0},  // Face3Birthday
+    {{200, 13}, TagType::int8u, 0, 0, 9, 3},  // Face3Category
+    {{213, 9}, TagType::string, 0, 0, 0, 0},  // Face3Name
+    {{222, 13}, TagType::string, 0, 0, 0, 0},  // Face4Birthday
+    {{235, 13}, TagType::int8u, 0, 0, 9, 3},  // Face4Category
+    {{248, 9}, TagType::string, 0, 0, 0, 0},  // Face4Name
+    {{257, 13}, TagType::string, 0, 0, 0, 0},  // Face5Birthday
+    {{270, 13}, TagType::int8u, 0, 0, 9, 3},  // Face5Category
+    {{283, 9}, TagType::string, 0, 0, 0, 0},  // Face5Name
+    {{292, 13}, TagType::string, 0, 0, 0, 0},  // Face6Birthday
+    {{305, 13}, TagType::int8u, 0, 0, 9, 3},  // Face6Category
+    {{318, 9}, TagType::string, 0, 0, 0, 0},  // Face6Name
+    {{327, 13}, TagType::string, 0, 0, 0, 0},  // Face7Birthday
+    {{340, 13}, TagType::int8u, 0, 0, 9, 3},  // Face7Category
+    {{353, 9}, TagType::string, 0, 0, 0, 0},  // Face7Name
+    {{362, 13}, TagType::string, 0, 0, 0, 0},  // Face8Birthday
+    {{375, 13}, TagType::int8u, 0, 0, 9, 3},  // Face8Category
+    {{388, 9}, TagType::string, 0, 0, 0, 0},  // Face8Name
+    {{397, 10}, TagType::int32u, 2, 0, 5, 3},  // FocusMode2
+    {{407, 5}, TagType::int32u, 2, 0, 12, 2},  // PreAF
+    {{412, 10}, TagType::int32u, 2, 0, 5, 3},  // AFAreaMode
+    {{422, 15}, TagType::int32u, 2, 0, 8, 1},  // AFAreaPointSize
+    {{437, 14}, TagType::int32u, 2, 0, 8, 1},  // AFAreaZoneSize
+    {{451, 4}, TagType::string, 0, 24, 0, 0},  // Make
+    {{455, 5}, TagType::string, 0, 16, 0, 0},  // Model
+    {{460, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
+    {{472, 7}, TagType::rational64u, 0, 0, 0, 0},  // FNumber
+    {{479, 20}, TagType::rational64s, 0, 0, 0, 0},  // ExposureCompensation
+    {{499, 7}, TagType::string, 2, 0, 0, 0},  // Version
+    {{506, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
+    {{526, 7}, TagType::string, 2, 0, 0, 0},  // Quality
+    {{533, 9}, TagType::int16u, 2, 0, 14, 11},  // Sharpness
+    {{542, 12}, TagType::int16u, 2, 0, 25, 19},  // WhiteBalance
+    {{554, 10}, TagType::int16u, 2, 0, 44, 20},  // Saturation
+    {{564, 8}, TagType::int16u, 2, 0, 64, 7},  // Contrast
+    {{572, 16}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperature
+    {{588, 20}, TagType::int32s, 2, 2, 0, 0},  // WhiteBalanceFineTune
+    {{608, 14}, TagType::int16u, 2, 0, 71, 11},  // NoiseReduction
+    {{622, 7}, TagType::int32s, 2, 0, 82, 11},  // Clarity
+    {{629, 13}, TagType::int16u, 2, 0, 93, 25},  // FujiFlashMode
+    {{642, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{659, 5}, TagType::int16u, 2, 0, 12, 2},  // Macro
+    {{664, 9}, TagType::int16u, 2, 0, 118, 3},  // FocusMode
+    {{673, 6}, TagType::int16u, 2, 0, 121, 4},  // AFMode
+    {{679, 10}, TagType::int16u, 2, 2, 0, 0},  // FocusPixel
+    {{689, 8}, TagType::int16u, 2, 0, 12, 2},  // SlowSync
+    {{697, 11}, TagType::int16u, 2, 0, 125, 33},  // PictureMode
+    {{708, 13}, TagType::int16u, 2, 0, 0, 0},  // ExposureCount
+    {{721, 7}, TagType::int16u, 2, 0, 12, 2},  // EXRAuto
+    {{728, 7}, TagType::int16u, 2, 0, 158, 3},  // EXRMode
+    {{735, 10}, TagType::int32s, 2, 0, 161, 7},  // ShadowTone
+    {{745, 13}, TagType::int32s, 2, 0, 161, 7},  // HighlightTone
+    {{758, 11}, TagType::int32u, 2, 0, 0, 0},  // DigitalZoom
+    {{769, 23}, TagType::int32u, 2, 0, 12, 2},  // LensModulationOptimizer
+    {{792, 20}, TagType::int32s, 2, 0, 168, 3},  // GrainEffectRoughness
+    {{812, 17}, TagType::int32s, 2, 0, 168, 3},  // ColorChromeEffect
+    {{829, 12}, TagType::int8s, 2, 0, 0, 0},  // BWAdjustment
+    {{841, 14}, TagType::int8s, 2, 0, 0, 0},  // BWMagentaGreen
+    {{855, 15}, TagType::int16u, 2, 0, 171, 3},  // GrainEffectSize
+    {{870, 8}, TagType::int16u, 2, 0, 174, 4},  // CropMode
+    {{878, 17}, TagType::int32s, 2, 0, 168, 3},  // ColorChromeFXBlue
+    {{895, 11}, TagType::int16u, 2, 0, 178, 4},  // ShutterType
+    {{906, 14}, TagType::int16u, 2, 0, 182, 4},  // AutoBracketing
+    {{920, 14}, TagType::int16u, 2, 0, 0, 0},  // SequenceNumber
+    {{934, 15}, TagType::int16u, 2, 0, 0, 0},  // PixelShiftShots
+    {{949, 16}, TagType::rational64s, 2, 2, 0, 0},  // PixelShiftOffset
+    {{965, 13}, TagType::int16u, 2, 0, 0, 0},  // PanoramaAngle
+    {{978, 17}, TagType::int16u, 2, 0, 186, 4},  // PanoramaDirection
+    {{995, 14}, TagType::int32u, 2, 0, 190, 13},  // AdvancedFilter
+    {{1009, 9}, TagType::int16u, 2, 0, 203, 3},  // ColorMode
+    {{1018, 11}, TagType::int16u, 2, 0, 12, 2},  // BlurWarning
+    {{1029, 12}, TagType::int16u, 2, 0, 12, 2},  // FocusWarning
+    {{1041, 15}, TagType::int16u, 2, 0, 12, 2},  // ExposureWarning
+    {{1056, 11}, TagType::string, 2, 0, 0, 0},  // GEImageSize
+    {{1067, 12}, TagType::int16u, 2, 0, 206, 2},  // DynamicRange
+    {{1079, 8}, TagType::int16u, 2, 0, 208, 16},  // FilmMode
+    {{1087, 19}, TagType::int16u, 2, 0, 224, 6},  // DynamicRangeSetting
+    {{1106, 23}, TagType::int16u, 2, 0, 0, 0},  // DevelopmentDynamicRange
+    {{1129, 14}, TagType::rational64s, 2, 0, 0, 0},  // MinFocalLength
+    {{1143, 14}, TagType::rational64s, 2, 0, 0, 0},  // MaxFocalLength
+    {{1157, 21}, TagType::rational64s, 2, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{1178, 21}, TagType::rational64s, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{1199, 16}, TagType::int16u, 2, 0, 0, 0},  // AutoDynamicRange
+    {{1215, 18}, TagType::int16u, 2, 3, 230, 9},  // ImageStabilization
+    {{1233, 16}, TagType::int16u, 2, 0, 239, 7},  // SceneRecognition
+    {{1249, 6}, TagType::int32u, 2, 0, 0, 0},  // Rating
+    {{1255, 15}, TagType::int16u, 2, 0, 12, 2},  // ImageGeneration
+    {{1270, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageCount
+    {{1280, 14}, TagType::int16u, 2, 0, 12, 2},  // DRangePriority
+    {{1294, 18}, TagType::int16u, 2, 0, 246, 3},  // DRangePriorityAuto
+    {{1312, 19}, TagType::int16u, 2, 0, 249, 2},  // DRangePriorityFixed
+    {{1331, 16}, TagType::int32u, 2, 0, 0, 0},  // FlickerReduction
+    {{1347, 9}, TagType::string, 2, 0, 0, 0},  // FujiModel
+    {{1356, 10}, TagType::string, 2, 0, 0, 0},  // FujiModel2
+    {{1366, 9}, TagType::rational64s, 2, 0, 0, 0},  // RollAngle
+    {{1375, 18}, TagType::int32u, 2, 0, 251, 4},  // VideoRecordingMode
+    {{1393, 18}, TagType::int16u, 2, 0, 12, 2},  // PeripheralLighting
+    {{1411, 16}, TagType::int16u, 2, 0, 249, 2},  // VideoCompression
+    {{1427, 9}, TagType::int16u, 2, 0, 0, 0},  // FrameRate
+    {{1436, 10}, TagType::int16u, 2, 0, 0, 0},  // FrameWidth
+    {{1446, 11}, TagType::int16u, 2, 0, 0, 0},  // FrameHeight
+    {{1457, 18}, TagType::int32u, 2, 0, 249, 2},  // FullHDHighSpeedRec
+    {{1475, 19}, TagType::int16u, 2, 4, 0, 0},  // FaceElementSelected
+    {{1494, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
+    {{1507, 13}, TagType::int16u, 2, -1, 0, 0},  // FacePositions
+    {{1520, 15}, TagType::int16u, 2, 0, 0, 0},  // NumFaceElements
+    {{1535, 16}, TagType::int8u, 2, -1, 255, 23},  // FaceElementTypes
+    {{1551, 20}, TagType::int16u, 2, -1, 0, 0},  // FaceElementPositions
+    {{1571, 10}, TagType::string, 2, 0, 0, 0},  // FileSource
+    {{1581, 11}, TagType::int32u, 2, 0, 0, 0},  // OrderNumber
+    {{1592, 11}, TagType::int16u, 2, 0, 0, 0},  // FrameNumber
+    {{1603, 8}, TagType::rational64s, 2, 0, 0, 0},  // Parallax
+    {{1611, 12}, TagType::int16u, 2, 0, 249, 2},  // AF-SPriority
+    {{1623, 12}, TagType::int16u, 2, 0, 249, 2},  // AF-CPriority
+    {{1635, 13}, TagType::int32u, 0, 0, 0, 0},  // RawImageWidth
+    {{1648, 14}, TagType::int32u, 0, 0, 0, 0},  // RawImageHeight
 };
 constexpr detail::TextRef kChoicesFujiFilm[] = {
     {1662, 2}, {1664, 3}, {1667, 3}, {1670, 3}, {1673, 3}, {1676, 1}, {1677, 1}, {1678, 1},
@@ -4926,10 +5051,11 @@ constinit detail::StreamTags gTagsFujiFilm("FujiFilm", kText, kTagsFujiFilm, kKe
 
 // GE: 3 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGE[] = {
-    {{659, 5}, TagType::int16u, 2, 0, 0, 2},
-    {{29059, 7}, TagType::string, 2, 0, 0, 0},
-    {{29066, 6}, TagType::string, 2, 0, 0, 0},
+    {{659, 5}, TagType::int16u, 2, 0, 0, 2},  // Macro
+    {{29059, 7}, TagType::string, 2, 0, 0, 0},  // GEModel
+    {{29066, 6}, TagType::string, 2, 0, 0, 0},  // GEMake
 };
 constexpr detail::TextRef kChoicesGE[] = {
     {1676, 1}, {1677, 1},
@@ -4973,30 +5099,31 @@ constinit detail::StreamTags gTagsGE("GE", kText, kTagsGE, kKeyOrderGE, kChoices
 
 // GIF: 23 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGIF[] = {
-    {{29143, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{29162, 11}, TagType::string, 2, 0, 0, 0},
-    {{29173, 8}, TagType::string, 8, 0, 0, 0},
-    {{29181, 3}, TagType::string, 2, 0, 0, 0},
-    {{29184, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{920, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{29202, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{29218, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{29237, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{29249, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{29258, 7}, TagType::string, 2, 0, 0, 0},
-    {{29265, 8}, TagType::string, 0, 0, 0, 0},
-    {{29273, 10}, TagType::string, 0, 0, 0, 0},
-    {{29283, 10}, TagType::string, 0, 0, 0, 0},
-    {{14517, 4}, TagType::string, 0, 0, 0, 0},
-    {{29293, 16}, TagType::string, 0, 0, 0, 0},
-    {{29309, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{29319, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{29330, 11}, TagType::int8u, 0, 0, 0, 2},
-    {{29341, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{29361, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{29373, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{29388, 16}, TagType::int8u, 0, 0, 0, 0},
+    {{29143, 19}, TagType::int16u, 0, 0, 0, 0},  // AnimationIterations
+    {{29162, 11}, TagType::string, 2, 0, 0, 0},  // ICC_Profile
+    {{29173, 8}, TagType::string, 8, 0, 0, 0},  // MIDISong
+    {{29181, 3}, TagType::string, 2, 0, 0, 0},  // XMP
+    {{29184, 18}, TagType::int8u, 0, 0, 0, 0},  // MIDIControlVersion
+    {{920, 14}, TagType::int8u, 0, 0, 0, 0},  // SequenceNumber
+    {{29202, 16}, TagType::int8u, 0, 0, 0, 0},  // MelodicPolyphony
+    {{29218, 19}, TagType::int8u, 0, 0, 0, 0},  // PercussivePolyphony
+    {{29237, 12}, TagType::int16u, 0, 0, 0, 0},  // ChannelUsage
+    {{29249, 9}, TagType::int16u, 0, 0, 0, 0},  // DelayTime
+    {{29258, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{29265, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{29273, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
+    {{29283, 10}, TagType::string, 0, 0, 0, 0},  // GIFVersion
+    {{14517, 4}, TagType::string, 0, 0, 0, 0},  // Text
+    {{29293, 16}, TagType::string, 0, 0, 0, 0},  // TransparentColor
+    {{29309, 10}, TagType::int16u, 0, 0, 0, 0},  // ImageWidth
+    {{29319, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageHeight
+    {{29330, 11}, TagType::int8u, 0, 0, 0, 2},  // HasColorMap
+    {{29341, 20}, TagType::int8u, 0, 0, 0, 0},  // ColorResolutionDepth
+    {{29361, 12}, TagType::int8u, 0, 0, 0, 0},  // BitsPerPixel
+    {{29373, 15}, TagType::int8u, 0, 0, 0, 0},  // BackgroundColor
+    {{29388, 16}, TagType::int8u, 0, 0, 0, 0},  // PixelAspectRatio
 };
 constexpr detail::TextRef kChoicesGIF[] = {
     {1676, 1}, {1677, 1},
@@ -5094,18 +5221,19 @@ constinit detail::StreamTags gTagsGIF("GIF", kText, kTagsGIF, kKeyOrderGIF, kCho
 
 // GIMP: 11 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGIMP[] = {
-    {{30575, 10}, TagType::string, 0, 5, 0, 3},
-    {{29309, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{29319, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{1009, 9}, TagType::int32u, 0, 0, 3, 3},
-    {{30585, 11}, TagType::int8u, 0, 0, 6, 4},
-    {{30596, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{30602, 5}, TagType::int32u, 0, 0, 10, 4},
-    {{29258, 7}, TagType::string, 0, 0, 0, 0},
-    {{30607, 14}, TagType::string, 0, 0, 0, 0},
-    {{30621, 11}, TagType::float_, 0, 0, 0, 0},
-    {{30632, 11}, TagType::float_, 0, 0, 0, 0},
+    {{30575, 10}, TagType::string, 0, 5, 0, 3},  // XCFVersion
+    {{29309, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{29319, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{1009, 9}, TagType::int32u, 0, 0, 3, 3},  // ColorMode
+    {{30585, 11}, TagType::int8u, 0, 0, 6, 4},  // Compression
+    {{30596, 6}, TagType::int32u, 0, 0, 0, 0},  // Tattoo
+    {{30602, 5}, TagType::int32u, 0, 0, 10, 4},  // Units
+    {{29258, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{30607, 14}, TagType::string, 0, 0, 0, 0},  // ICCProfileName
+    {{30621, 11}, TagType::float_, 0, 0, 0, 0},  // XResolution
+    {{30632, 11}, TagType::float_, 0, 0, 0, 0},  // YResolution
 };
 constexpr detail::TextRef kChoicesGIMP[] = {
     {30643, 4}, {30647, 4}, {30651, 4}, {1676, 1}, {1677, 1}, {1678, 1}, {1676, 1}, {1677, 1},
@@ -5217,71 +5345,72 @@ constinit detail::StreamTags gTagsGIMP("GIMP", kText, kTagsGIMP, kKeyOrderGIMP, 
 
 // GeoTiff: 64 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGeoTiff[] = {
-    {{31712, 14}, TagType::string, 0, 0, 0, 0},
-    {{31726, 11}, TagType::string, 0, 0, 0, 4},
-    {{31737, 12}, TagType::string, 0, 0, 4, 3},
-    {{31749, 10}, TagType::string, 0, 0, 0, 0},
-    {{31759, 14}, TagType::string, 0, 0, 7, 176},
-    {{31773, 12}, TagType::string, 0, 0, 0, 0},
-    {{31785, 17}, TagType::string, 0, 0, 183, 157},
-    {{31802, 17}, TagType::string, 0, 0, 340, 12},
-    {{31819, 15}, TagType::string, 0, 0, 352, 24},
-    {{31834, 18}, TagType::string, 0, 0, 0, 0},
-    {{31852, 16}, TagType::string, 0, 0, 352, 24},
-    {{31868, 19}, TagType::string, 0, 0, 0, 0},
-    {{31887, 13}, TagType::string, 0, 0, 376, 36},
-    {{31900, 17}, TagType::string, 0, 0, 0, 0},
-    {{31917, 17}, TagType::string, 0, 0, 0, 0},
-    {{31934, 17}, TagType::string, 0, 0, 0, 0},
-    {{31951, 16}, TagType::string, 0, 0, 352, 24},
-    {{31967, 21}, TagType::string, 0, 0, 0, 0},
-    {{31988, 11}, TagType::string, 0, 0, 0, 0},
-    {{31999, 15}, TagType::string, 0, 0, 412, 995},
-    {{32014, 11}, TagType::string, 0, 0, 0, 0},
-    {{32025, 10}, TagType::string, 0, 0, 1407, 428},
-    {{32035, 14}, TagType::string, 0, 0, 1835, 29},
-    {{32049, 15}, TagType::string, 0, 0, 352, 24},
-    {{32064, 18}, TagType::string, 0, 0, 0, 0},
-    {{32082, 16}, TagType::string, 0, 0, 0, 0},
-    {{32098, 16}, TagType::string, 0, 0, 0, 0},
-    {{32114, 17}, TagType::string, 0, 0, 0, 0},
-    {{32131, 16}, TagType::string, 0, 0, 0, 0},
-    {{32147, 16}, TagType::string, 0, 0, 0, 0},
-    {{32163, 17}, TagType::string, 0, 0, 0, 0},
-    {{32180, 19}, TagType::string, 0, 0, 0, 0},
-    {{32199, 18}, TagType::string, 0, 0, 0, 0},
-    {{32217, 22}, TagType::string, 0, 0, 0, 0},
-    {{32239, 23}, TagType::string, 0, 0, 0, 0},
-    {{32262, 14}, TagType::string, 0, 0, 0, 0},
-    {{32276, 13}, TagType::string, 0, 0, 0, 0},
-    {{32289, 17}, TagType::string, 0, 0, 0, 0},
-    {{32306, 18}, TagType::string, 0, 0, 0, 0},
-    {{32324, 20}, TagType::string, 0, 0, 0, 0},
-    {{32344, 17}, TagType::string, 0, 0, 0, 0},
-    {{32361, 16}, TagType::string, 0, 0, 0, 0},
-    {{32377, 24}, TagType::string, 0, 0, 0, 0},
-    {{32401, 22}, TagType::string, 0, 0, 0, 0},
-    {{32423, 14}, TagType::string, 0, 0, 1864, 40},
-    {{32437, 16}, TagType::string, 0, 0, 0, 0},
-    {{32453, 13}, TagType::string, 0, 0, 1864, 40},
-    {{32466, 13}, TagType::string, 0, 0, 352, 24},
-    {{32479, 11}, TagType::string, 0, 0, 1904, 11},
-    {{32490, 11}, TagType::string, 0, 0, 0, 0},
-    {{32501, 18}, TagType::string, 0, 0, 0, 0},
-    {{32519, 15}, TagType::string, 0, 0, 0, 0},
-    {{32534, 13}, TagType::string, 0, 0, 0, 0},
-    {{32547, 18}, TagType::string, 0, 0, 0, 0},
-    {{32565, 18}, TagType::string, 0, 0, 0, 0},
-    {{32583, 18}, TagType::string, 0, 0, 1915, 14},
-    {{32601, 15}, TagType::string, 0, 0, 352, 24},
-    {{32616, 11}, TagType::string, 0, 0, 0, 0},
-    {{32627, 15}, TagType::string, 0, 0, 0, 0},
-    {{32642, 20}, TagType::string, 0, 0, 0, 0},
-    {{32662, 15}, TagType::string, 0, 0, 0, 0},
-    {{32677, 13}, TagType::string, 0, 0, 0, 0},
-    {{32690, 13}, TagType::string, 0, 0, 0, 0},
-    {{32703, 20}, TagType::string, 0, 0, 0, 0},
+    {{31712, 14}, TagType::string, 0, 0, 0, 0},  // GeoTiffVersion
+    {{31726, 11}, TagType::string, 0, 0, 0, 4},  // GTModelType
+    {{31737, 12}, TagType::string, 0, 0, 4, 3},  // GTRasterType
+    {{31749, 10}, TagType::string, 0, 0, 0, 0},  // GTCitation
+    {{31759, 14}, TagType::string, 0, 0, 7, 176},  // GeographicType
+    {{31773, 12}, TagType::string, 0, 0, 0, 0},  // GeogCitation
+    {{31785, 17}, TagType::string, 0, 0, 183, 157},  // GeogGeodeticDatum
+    {{31802, 17}, TagType::string, 0, 0, 340, 12},  // GeogPrimeMeridian
+    {{31819, 15}, TagType::string, 0, 0, 352, 24},  // GeogLinearUnits
+    {{31834, 18}, TagType::string, 0, 0, 0, 0},  // GeogLinearUnitSize
+    {{31852, 16}, TagType::string, 0, 0, 352, 24},  // GeogAngularUnits
+    {{31868, 19}, TagType::string, 0, 0, 0, 0},  // GeogAngularUnitSize
+    {{31887, 13}, TagType::string, 0, 0, 376, 36},  // GeogEllipsoid
+    {{31900, 17}, TagType::string, 0, 0, 0, 0},  // GeogSemiMajorAxis
+    {{31917, 17}, TagType::string, 0, 0, 0, 0},  // GeogSemiMinorAxis
+    {{31934, 17}, TagType::string, 0, 0, 0, 0},  // GeogInvFlattening
+    {{31951, 16}, TagType::string, 0, 0, 352, 24},  // GeogAzimuthUnits
+    {{31967, 21}, TagType::string, 0, 0, 0, 0},  // GeogPrimeMeridianLong
+    {{31988, 11}, TagType::string, 0, 0, 0, 0},  // GeogToWGS84
+    {{31999, 15}, TagType::string, 0, 0, 412, 995},  // ProjectedCSType
+    {{32014, 11}, TagType::string, 0, 0, 0, 0},  // PCSCitation
+    {{32025, 10}, TagType::string, 0, 0, 1407, 428},  // Projection
+    {{32035, 14}, TagType::string, 0, 0, 1835, 29},  // ProjCoordTrans
+    {{32049, 15}, TagType::string, 0, 0, 352, 24},  // ProjLinearUnits
+    {{32064, 18}, TagType::string, 0, 0, 0, 0},  // ProjLinearUnitSize
+    {{32082, 16}, TagType::string, 0, 0, 0, 0},  // ProjStdParallel1
+    {{32098, 16}, TagType::string, 0, 0, 0, 0},  // ProjStdParallel2
+    {{32114, 17}, TagType::string, 0, 0, 0, 0},  // ProjNatOriginLong
+    {{32131, 16}, TagType::string, 0, 0, 0, 0},  // ProjNatOriginLat
+    {{32147, 16}, TagType::string, 0, 0, 0, 0},  // ProjFalseEasting
+    {{32163, 17}, TagType::string, 0, 0, 0, 0},  // ProjFalseNorthing
+    {{32180, 19}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginLong
+    {{32199, 18}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginLat
+    {{32217, 22}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginEasting
+    {{32239, 23}, TagType::string, 0, 0, 0, 0},  // ProjFalseOriginNorthing
+    {{32262, 14}, TagType::string, 0, 0, 0, 0},  // ProjCenterLong
+    {{32276, 13}, TagType::string, 0, 0, 0, 0},  // ProjCenterLat
+    {{32289, 17}, TagType::string, 0, 0, 0, 0},  // ProjCenterEasting
+    {{32306, 18}, TagType::string, 0, 0, 0, 0},  // ProjCenterNorthing
+    {{32324, 20}, TagType::string, 0, 0, 0, 0},  // ProjScaleAtNatOrigin
+    {{32344, 17}, TagType::string, 0, 0, 0, 0},  // ProjScaleAtCenter
+    {{32361, 16}, TagType::string, 0, 0, 0, 0},  // ProjAzimuthAngle
+    {{32377, 24}, TagType::string, 0, 0, 0, 0},  // ProjStraightVertPoleLong
+    {{32401, 22}, TagType::string, 0, 0, 0, 0},  // ProjRectifiedGridAngle
+    {{32423, 14}, TagType::string, 0, 0, 1864, 40},  // VerticalCSType
+    {{32437, 16}, TagType::string, 0, 0, 0, 0},  // VerticalCitation
+    {{32453, 13}, TagType::string, 0, 0, 1864, 40},  // VerticalDatum
+    {{32466, 13}, TagType::string, 0, 0, 352, 24},  // VerticalUnits
+    {{32479, 11}, TagType::string, 0, 0, 1904, 11},  // ChartFormat
+    {{32490, 11}, TagType::string, 0, 0, 0, 0},  // ChartSource
+    {{32501, 18}, TagType::string, 0, 0, 0, 0},  // ChartSourceEdition
+    {{32519, 15}, TagType::string, 0, 0, 0, 0},  // ChartSourceDate
+    {{32534, 13}, TagType::string, 0, 0, 0, 0},  // ChartCorrDate
+    {{32547, 18}, TagType::string, 0, 0, 0, 0},  // ChartCountryOrigin
+    {{32565, 18}, TagType::string, 0, 0, 0, 0},  // ChartRasterEdition
+    {{32583, 18}, TagType::string, 0, 0, 1915, 14},  // ChartSoundingDatum
+    {{32601, 15}, TagType::string, 0, 0, 352, 24},  // ChartDepthUnits
+    {{32616, 11}, TagType::string, 0, 0, 0, 0},  // ChartMagVar
+    {{32627, 15}, TagType::string, 0, 0, 0, 0},  // ChartMagVarYear
+    {{32642, 20}, TagType::string, 0, 0, 0, 0},  // ChartMagVarAnnChange
+    {{32662, 15}, TagType::string, 0, 0, 0, 0},  // ChartWGSNSShift
+    {{32677, 13}, TagType::string, 0, 0, 0, 0},  // InsetNWPixelX
+    {{32690, 13}, TagType::string, 0, 0, 0, 0},  // InsetNWPixelY
+    {{32703, 20}, TagType::string, 0, 0, 0, 0},  // ChartContourInterval
 };
 constexpr detail::TextRef kChoicesGeoTiff[] = {
     {1677, 1}, {1678, 1}, {1681, 1}, {32723, 5}, {1677, 1}, {1678, 1}, {32723, 5}, {32728, 4},
@@ -7758,108 +7887,109 @@ constinit detail::StreamTags gTagsGeoTiff("GeoTiff", kText, kTagsGeoTiff, kKeyOr
 
 // GoPro: 101 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsGoPro[] = {
-    {{133386, 11}, TagType::string, 0, 0, 0, 0},
-    {{133397, 11}, TagType::string, 0, 0, 0, 0},
-    {{133408, 12}, TagType::string, 0, 0, 0, 0},
-    {{133420, 11}, TagType::string, 0, 0, 0, 0},
-    {{133431, 13}, TagType::string, 0, 0, 0, 0},
-    {{133444, 9}, TagType::string, 0, 0, 0, 0},
-    {{133453, 9}, TagType::string, 0, 0, 0, 0},
-    {{133462, 9}, TagType::string, 0, 0, 0, 0},
-    {{133471, 8}, TagType::string, 0, 0, 0, 0},
-    {{133479, 13}, TagType::string, 8, 0, 0, 0},
-    {{133492, 20}, TagType::string, 0, 0, 0, 0},
-    {{133512, 8}, TagType::string, 8, 0, 0, 0},
-    {{133520, 14}, TagType::string, 8, 0, 0, 0},
-    {{133534, 12}, TagType::string, 0, 0, 0, 0},
-    {{133546, 10}, TagType::string, 0, 0, 0, 0},
-    {{133556, 18}, TagType::string, 0, 0, 0, 0},
-    {{133574, 11}, TagType::string, 8, 0, 0, 0},
-    {{133585, 12}, TagType::string, 8, 0, 0, 0},
-    {{133597, 8}, TagType::string, 0, 0, 0, 0},
-    {{133605, 10}, TagType::string, 0, 0, 0, 0},
-    {{758, 11}, TagType::string, 0, 0, 0, 2},
-    {{133615, 28}, TagType::string, 0, 0, 0, 0},
-    {{133643, 5}, TagType::string, 0, 0, 0, 0},
-    {{133648, 12}, TagType::string, 0, 0, 0, 0},
-    {{133660, 19}, TagType::string, 0, 0, 0, 0},
-    {{133679, 12}, TagType::string, 0, 0, 0, 0},
-    {{133691, 11}, TagType::string, 0, 0, 0, 0},
-    {{133702, 15}, TagType::string, 0, 15, 0, 0},
-    {{133717, 13}, TagType::string, 0, 0, 0, 0},
-    {{133730, 14}, TagType::string, 0, 0, 2, 2},
-    {{133744, 20}, TagType::string, 0, 0, 0, 0},
-    {{133764, 9}, TagType::string, 8, 0, 0, 0},
-    {{133773, 9}, TagType::string, 0, 0, 0, 0},
-    {{133782, 15}, TagType::string, 8, 0, 0, 0},
-    {{133797, 16}, TagType::string, 8, 0, 0, 0},
-    {{133813, 12}, TagType::string, 0, 0, 0, 0},
-    {{455, 5}, TagType::string, 0, 16, 0, 0},
-    {{133825, 19}, TagType::string, 0, 0, 0, 0},
-    {{133844, 13}, TagType::string, 0, 0, 0, 0},
-    {{133857, 12}, TagType::string, 0, 0, 4, 3},
-    {{133869, 16}, TagType::string, 0, 0, 0, 0},
-    {{133885, 17}, TagType::string, 0, 0, 0, 0},
-    {{133902, 10}, TagType::string, 0, 0, 0, 0},
-    {{133912, 10}, TagType::string, 0, 0, 0, 0},
-    {{133922, 10}, TagType::string, 0, 0, 0, 0},
-    {{133932, 15}, TagType::string, 0, 0, 0, 0},
-    {{133947, 7}, TagType::string, 0, 0, 0, 2},
-    {{1009, 9}, TagType::string, 0, 0, 0, 0},
-    {{479, 20}, TagType::string, 0, 0, 0, 0},
-    {{533, 9}, TagType::string, 0, 0, 0, 0},
-    {{542, 12}, TagType::string, 0, 0, 0, 0},
-    {{133954, 4}, TagType::string, 0, 0, 0, 0},
-    {{133958, 8}, TagType::string, 0, 0, 0, 0},
-    {{133966, 11}, TagType::string, 0, 0, 0, 0},
-    {{133977, 14}, TagType::string, 0, 0, 0, 0},
-    {{133991, 13}, TagType::string, 0, 0, 0, 0},
-    {{134004, 9}, TagType::string, 0, 0, 0, 0},
-    {{134013, 7}, TagType::string, 0, 0, 0, 0},
-    {{134020, 17}, TagType::string, 0, 0, 0, 0},
-    {{134037, 9}, TagType::string, 0, 0, 0, 0},
-    {{134046, 10}, TagType::string, 0, 0, 0, 0},
-    {{134056, 10}, TagType::string, 0, 0, 0, 0},
-    {{134066, 17}, TagType::string, 0, 0, 0, 0},
-    {{134083, 12}, TagType::string, 0, 0, 0, 0},
-    {{134095, 13}, TagType::string, 0, 0, 0, 0},
-    {{134108, 15}, TagType::string, 0, 0, 0, 0},
-    {{30602, 5}, TagType::string, 0, 0, 0, 0},
-    {{134123, 15}, TagType::string, 0, 0, 0, 0},
-    {{134138, 11}, TagType::string, 0, 0, 7, 3},
-    {{134149, 20}, TagType::string, 0, 0, 0, 0},
-    {{134169, 17}, TagType::string, 0, 0, 0, 0},
-    {{134186, 15}, TagType::string, 8, 0, 0, 0},
-    {{134201, 14}, TagType::string, 0, 0, 0, 0},
-    {{134215, 14}, TagType::string, 0, 0, 0, 0},
-    {{134229, 15}, TagType::string, 0, 0, 0, 0},
-    {{134244, 14}, TagType::string, 0, 0, 0, 0},
-    {{134258, 13}, TagType::string, 0, 0, 0, 0},
-    {{134271, 13}, TagType::string, 0, 0, 0, 0},
-    {{134284, 11}, TagType::string, 0, 0, 0, 0},
-    {{134295, 11}, TagType::string, 0, 0, 0, 0},
-    {{134306, 13}, TagType::string, 0, 0, 0, 0},
-    {{134319, 13}, TagType::string, 0, 0, 0, 0},
-    {{134332, 8}, TagType::string, 0, 0, 0, 0},
-    {{134340, 10}, TagType::string, 0, 0, 0, 0},
-    {{134350, 14}, TagType::string, 0, 0, 0, 0},
-    {{134364, 15}, TagType::string, 0, 0, 0, 0},
-    {{134379, 13}, TagType::string, 0, 0, 0, 0},
-    {{134392, 18}, TagType::string, 0, 0, 0, 0},
-    {{134410, 15}, TagType::string, 0, 0, 0, 0},
-    {{134425, 15}, TagType::string, 0, 0, 0, 0},
-    {{134440, 15}, TagType::string, 0, 0, 0, 0},
-    {{134455, 15}, TagType::string, 0, 0, 0, 0},
-    {{134470, 11}, TagType::string, 0, 0, 0, 0},
-    {{134481, 13}, TagType::string, 0, 0, 0, 0},
-    {{134494, 14}, TagType::string, 0, 0, 0, 0},
-    {{134508, 14}, TagType::string, 0, 0, 0, 0},
-    {{134522, 14}, TagType::string, 0, 0, 0, 0},
-    {{134536, 14}, TagType::string, 0, 0, 0, 0},
-    {{134550, 12}, TagType::string, 0, 0, 0, 0},
-    {{134562, 12}, TagType::string, 0, 16, 0, 0},
-    {{134574, 17}, TagType::string, 0, 15, 0, 0},
+    {{133386, 11}, TagType::string, 0, 0, 0, 0},  // GPSDateTime
+    {{133397, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
+    {{133408, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
+    {{133420, 11}, TagType::string, 0, 0, 0, 0},  // GPSAltitude
+    {{133431, 13}, TagType::string, 0, 0, 0, 0},  // GLPI_Unknown4
+    {{133444, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedX
+    {{133453, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedY
+    {{133462, 9}, TagType::string, 0, 0, 0, 0},  // GPSSpeedZ
+    {{133471, 8}, TagType::string, 0, 0, 0, 0},  // GPSTrack
+    {{133479, 13}, TagType::string, 8, 0, 0, 0},  // Accelerometer
+    {{133492, 20}, TagType::string, 0, 0, 0, 0},  // AutoLowLightDuration
+    {{133512, 8}, TagType::string, 8, 0, 0, 0},  // Attitude
+    {{133520, 14}, TagType::string, 8, 0, 0, 0},  // AttitudeTarget
+    {{133534, 12}, TagType::string, 0, 0, 0, 0},  // AudioSetting
+    {{133546, 10}, TagType::string, 0, 0, 0, 0},  // Controller
+    {{133556, 18}, TagType::string, 0, 0, 0, 0},  // CameraSerialNumber
+    {{133574, 11}, TagType::string, 8, 0, 0, 0},  // CoyoteSense
+    {{133585, 12}, TagType::string, 8, 0, 0, 0},  // CoyoteStatus
+    {{133597, 8}, TagType::string, 0, 0, 0, 0},  // DeviceID
+    {{133605, 10}, TagType::string, 0, 0, 0, 0},  // DeviceName
+    {{758, 11}, TagType::string, 0, 0, 0, 2},  // DigitalZoom
+    {{133615, 28}, TagType::string, 0, 0, 0, 0},  // ElectronicImageStabilization
+    {{133643, 5}, TagType::string, 0, 0, 0, 0},  // Empty
+    {{133648, 12}, TagType::string, 0, 0, 0, 0},  // EscapeStatus
+    {{133660, 19}, TagType::string, 0, 0, 0, 0},  // MaximumShutterAngle
+    {{133679, 12}, TagType::string, 0, 0, 0, 0},  // FaceDetected
+    {{133691, 11}, TagType::string, 0, 0, 0, 0},  // FaceNumbers
+    {{133702, 15}, TagType::string, 0, 15, 0, 0},  // FirmwareVersion
+    {{133717, 13}, TagType::string, 0, 0, 0, 0},  // OtherFirmware
+    {{133730, 14}, TagType::string, 0, 0, 2, 2},  // GPSMeasureMode
+    {{133744, 20}, TagType::string, 0, 0, 0, 0},  // GPSHPositioningError
+    {{133764, 9}, TagType::string, 8, 0, 0, 0},  // Gyroscope
+    {{133773, 9}, TagType::string, 0, 0, 0, 0},  // ISOSpeeds
+    {{133782, 15}, TagType::string, 8, 0, 0, 0},  // ImageSensorGain
+    {{133797, 16}, TagType::string, 8, 0, 0, 0},  // LocalPositionNED
+    {{133813, 12}, TagType::string, 0, 0, 0, 0},  // Magnetometer
+    {{455, 5}, TagType::string, 0, 16, 0, 0},  // Model
+    {{133825, 19}, TagType::string, 0, 0, 0, 0},  // AccelerometerMatrix
+    {{133844, 13}, TagType::string, 0, 0, 0, 0},  // MediaUniqueID
+    {{133857, 12}, TagType::string, 0, 0, 4, 3},  // AutoRotation
+    {{133869, 16}, TagType::string, 0, 0, 0, 0},  // InputOrientation
+    {{133885, 17}, TagType::string, 0, 0, 0, 0},  // OutputOrientation
+    {{133902, 10}, TagType::string, 0, 0, 0, 0},  // HDRSetting
+    {{133912, 10}, TagType::string, 0, 0, 0, 0},  // AutoISOMin
+    {{133922, 10}, TagType::string, 0, 0, 0, 0},  // AutoISOMax
+    {{133932, 15}, TagType::string, 0, 0, 0, 0},  // PhotoResolution
+    {{133947, 7}, TagType::string, 0, 0, 0, 2},  // ProTune
+    {{1009, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
+    {{479, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
+    {{533, 9}, TagType::string, 0, 0, 0, 0},  // Sharpness
+    {{542, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
+    {{133954, 4}, TagType::string, 0, 0, 0, 0},  // Rate
+    {{133958, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{133966, 11}, TagType::string, 0, 0, 0, 0},  // ScaleFactor
+    {{133977, 14}, TagType::string, 0, 0, 0, 0},  // ScaledPressure
+    {{133991, 13}, TagType::string, 0, 0, 0, 0},  // ExposureTimes
+    {{134004, 9}, TagType::string, 0, 0, 0, 0},  // ScaledIMU
+    {{134013, 7}, TagType::string, 0, 0, 0, 0},  // SIUnits
+    {{134020, 17}, TagType::string, 0, 0, 0, 0},  // SensorReadoutTime
+    {{134037, 9}, TagType::string, 0, 0, 0, 0},  // TimeStamp
+    {{134046, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
+    {{134056, 10}, TagType::string, 0, 0, 0, 0},  // SystemTime
+    {{134066, 17}, TagType::string, 0, 0, 0, 0},  // CameraTemperature
+    {{134083, 12}, TagType::string, 0, 0, 0, 0},  // TotalSamples
+    {{134095, 13}, TagType::string, 0, 0, 0, 0},  // StructureType
+    {{134108, 15}, TagType::string, 0, 0, 0, 0},  // InputUniformity
+    {{30602, 5}, TagType::string, 0, 0, 0, 0},  // Units
+    {{134123, 15}, TagType::string, 0, 0, 0, 0},  // MetadataVersion
+    {{134138, 11}, TagType::string, 0, 0, 7, 3},  // FieldOfView
+    {{134149, 20}, TagType::string, 0, 0, 0, 0},  // VisualFlightRulesHUD
+    {{134169, 17}, TagType::string, 0, 0, 0, 0},  // ColorTemperatures
+    {{134186, 15}, TagType::string, 8, 0, 0, 0},  // WhiteBalanceRGB
+    {{134201, 14}, TagType::string, 0, 0, 0, 0},  // GPSDateTimeRaw
+    {{134215, 14}, TagType::string, 0, 0, 0, 0},  // GPSLatitudeRaw
+    {{134229, 15}, TagType::string, 0, 0, 0, 0},  // GPSLongitudeRaw
+    {{134244, 14}, TagType::string, 0, 0, 0, 0},  // GPSAltitudeRaw
+    {{134258, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown4
+    {{134271, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown5
+    {{134284, 11}, TagType::string, 0, 0, 0, 0},  // GPSSpeedRaw
+    {{134295, 11}, TagType::string, 0, 0, 0, 0},  // GPSTrackRaw
+    {{134306, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown8
+    {{134319, 13}, TagType::string, 0, 0, 0, 0},  // GPRI_Unknown9
+    {{134332, 8}, TagType::string, 0, 0, 0, 0},  // GPSSpeed
+    {{134340, 10}, TagType::string, 0, 0, 0, 0},  // GPSSpeed3D
+    {{134350, 14}, TagType::string, 0, 0, 0, 0},  // BatteryCurrent
+    {{134364, 15}, TagType::string, 0, 0, 0, 0},  // BatteryCapacity
+    {{134379, 13}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown2
+    {{134392, 18}, TagType::string, 0, 0, 0, 0},  // BatteryTemperature
+    {{134410, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage1
+    {{134425, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage2
+    {{134440, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage3
+    {{134455, 15}, TagType::string, 0, 0, 0, 0},  // BatteryVoltage4
+    {{134470, 11}, TagType::string, 0, 0, 0, 0},  // BatteryTime
+    {{134481, 13}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown9
+    {{134494, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown10
+    {{134508, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown11
+    {{134522, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown12
+    {{134536, 14}, TagType::string, 0, 0, 0, 0},  // KBAT_Unknown13
+    {{134550, 12}, TagType::string, 0, 0, 0, 0},  // BatteryLevel
+    {{134562, 12}, TagType::string, 0, 16, 0, 0},  // SerialNumber
+    {{134574, 17}, TagType::string, 0, 15, 0, 0},  // OtherSerialNumber
 };
 constexpr detail::TextRef kChoicesGoPro[] = {
     {134591, 1}, {134592, 1}, {1678, 1}, {1681, 1}, {134593, 1}, {134594, 1}, {134595, 1},
@@ -8148,50 +8278,51 @@ constinit detail::StreamTags gTagsGoPro("GoPro", kText, kTagsGoPro, kKeyOrderGoP
 
 // H264: 43 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsH264[] = {
-    {{139908, 15}, TagType::int8u, 0, 0, 0, 2},
-    {{139923, 4}, TagType::int8u, 0, 0, 0, 0},
-    {{139927, 15}, TagType::int32s, 0, 0, 2, 9},
-    {{542, 12}, TagType::int32s, 0, 0, 11, 4},
-    {{2202, 5}, TagType::int8u, 0, 0, 0, 0},
-    {{1215, 18}, TagType::int8u, 0, 0, 15, 4},
-    {{139942, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{139958, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{139972, 8}, TagType::string, 0, 0, 0, 0},
-    {{139980, 16}, TagType::string, 0, 0, 0, 0},
-    {{460, 12}, TagType::float_, 0, 0, 0, 0},
-    {{472, 7}, TagType::rational32u, 0, 0, 0, 0},
-    {{139996, 15}, TagType::rational32s, 0, 0, 0, 0},
-    {{479, 20}, TagType::rational32s, 0, 0, 0, 0},
-    {{140011, 16}, TagType::rational32u, 0, 0, 0, 0},
-    {{17927, 5}, TagType::int32u, 0, 0, 19, 27},
-    {{140027, 14}, TagType::int32u, 0, 0, 46, 2},
-    {{140041, 23}, TagType::rational32u, 0, 0, 0, 0},
-    {{140064, 16}, TagType::int32u, 0, 0, 11, 4},
-    {{140080, 12}, TagType::int8u, 0, 4, 0, 0},
-    {{140092, 14}, TagType::string, 0, 0, 48, 2},
-    {{133397, 11}, TagType::rational32u, 0, 0, 0, 0},
-    {{140106, 15}, TagType::string, 0, 0, 50, 2},
-    {{133408, 12}, TagType::rational32u, 0, 0, 0, 0},
-    {{140121, 14}, TagType::int32u, 0, 0, 46, 2},
-    {{133420, 11}, TagType::rational32u, 0, 0, 0, 0},
-    {{140135, 12}, TagType::rational32u, 0, 0, 0, 0},
-    {{140147, 9}, TagType::string, 0, 0, 52, 2},
-    {{133730, 14}, TagType::string, 0, 0, 54, 2},
-    {{140156, 6}, TagType::rational32u, 0, 0, 0, 0},
-    {{140162, 11}, TagType::string, 0, 0, 56, 3},
-    {{134332, 8}, TagType::rational32u, 0, 0, 0, 0},
-    {{140173, 11}, TagType::string, 0, 0, 59, 2},
-    {{133471, 8}, TagType::rational32u, 0, 0, 0, 0},
-    {{140184, 18}, TagType::string, 0, 0, 59, 2},
-    {{140202, 15}, TagType::rational32u, 0, 0, 0, 0},
-    {{140217, 11}, TagType::string, 0, 0, 0, 0},
-    {{140228, 12}, TagType::string, 0, 0, 0, 0},
-    {{455, 5}, TagType::string, 0, 0, 0, 0},
-    {{29319, 11}, TagType::string, 0, 0, 0, 0},
-    {{29309, 10}, TagType::string, 0, 0, 0, 0},
-    {{451, 4}, TagType::int16u, 0, 0, 61, 4},
-    {{140240, 13}, TagType::int8u, 0, 0, 65, 5},
+    {{139908, 15}, TagType::int8u, 0, 0, 0, 2},  // ApertureSetting
+    {{139923, 4}, TagType::int8u, 0, 0, 0, 0},  // Gain
+    {{139927, 15}, TagType::int32s, 0, 0, 2, 9},  // ExposureProgram
+    {{542, 12}, TagType::int32s, 0, 0, 11, 4},  // WhiteBalance
+    {{2202, 5}, TagType::int8u, 0, 0, 0, 0},  // Focus
+    {{1215, 18}, TagType::int8u, 0, 0, 15, 4},  // ImageStabilization
+    {{139942, 16}, TagType::int8u, 0, 0, 0, 0},  // CaptureFrameRate
+    {{139958, 14}, TagType::int8u, 0, 0, 0, 0},  // VideoFrameRate
+    {{139972, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
+    {{139980, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{460, 12}, TagType::float_, 0, 0, 0, 0},  // ExposureTime
+    {{472, 7}, TagType::rational32u, 0, 0, 0, 0},  // FNumber
+    {{139996, 15}, TagType::rational32s, 0, 0, 0, 0},  // BrightnessValue
+    {{479, 20}, TagType::rational32s, 0, 0, 0, 0},  // ExposureCompensation
+    {{140011, 16}, TagType::rational32u, 0, 0, 0, 0},  // MaxApertureValue
+    {{17927, 5}, TagType::int32u, 0, 0, 19, 27},  // Flash
+    {{140027, 14}, TagType::int32u, 0, 0, 46, 2},  // CustomRendered
+    {{140041, 23}, TagType::rational32u, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{140064, 16}, TagType::int32u, 0, 0, 11, 4},  // SceneCaptureType
+    {{140080, 12}, TagType::int8u, 0, 4, 0, 0},  // GPSVersionID
+    {{140092, 14}, TagType::string, 0, 0, 48, 2},  // GPSLatitudeRef
+    {{133397, 11}, TagType::rational32u, 0, 0, 0, 0},  // GPSLatitude
+    {{140106, 15}, TagType::string, 0, 0, 50, 2},  // GPSLongitudeRef
+    {{133408, 12}, TagType::rational32u, 0, 0, 0, 0},  // GPSLongitude
+    {{140121, 14}, TagType::int32u, 0, 0, 46, 2},  // GPSAltitudeRef
+    {{133420, 11}, TagType::rational32u, 0, 0, 0, 0},  // GPSAltitude
+    {{140135, 12}, TagType::rational32u, 0, 0, 0, 0},  // GPSTimeStamp
+    {{140147, 9}, TagType::string, 0, 0, 52, 2},  // GPSStatus
+    {{133730, 14}, TagType::string, 0, 0, 54, 2},  // GPSMeasureMode
+    {{140156, 6}, TagType::rational32u, 0, 0, 0, 0},  // GPSDOP
+    {{140162, 11}, TagType::string, 0, 0, 56, 3},  // GPSSpeedRef
+    {{134332, 8}, TagType::rational32u, 0, 0, 0, 0},  // GPSSpeed
+    {{140173, 11}, TagType::string, 0, 0, 59, 2},  // GPSTrackRef
+    {{133471, 8}, TagType::rational32u, 0, 0, 0, 0},  // GPSTrack
+    {{140184, 18}, TagType::string, 0, 0, 59, 2},  // GPSImgDirectionRef
+    {{140202, 15}, TagType::rational32u, 0, 0, 0, 0},  // GPSImgDirection
+    {{140217, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
+    {{140228, 12}, TagType::string, 0, 0, 0, 0},  // GPSDateStamp
+    {{455, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{29319, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{29309, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{451, 4}, TagType::int16u, 0, 0, 61, 4},  // Make
+    {{140240, 13}, TagType::int8u, 0, 0, 65, 5},  // RecordingMode
 };
 constexpr detail::TextRef kChoicesH264[] = {
     {140253, 3}, {140256, 3}, {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1},
@@ -8934,16 +9065,17 @@ constinit detail::StreamTags gTagsH264("H264", kText, kTagsH264, kKeyOrderH264, 
 
 // HP: 9 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsHP[] = {
-    {{134562, 12}, TagType::string, 0, 26, 0, 0},
-    {{133702, 15}, TagType::string, 0, 0, 0, 0},
-    {{156974, 11}, TagType::string, 0, 0, 0, 0},
-    {{156985, 12}, TagType::string, 0, 0, 0, 0},
-    {{156997, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{460, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{157008, 14}, TagType::string, 0, 20, 0, 0},
-    {{157022, 3}, TagType::int16u, 0, 0, 0, 0},
-    {{472, 7}, TagType::int16u, 0, 0, 0, 0},
+    {{134562, 12}, TagType::string, 0, 26, 0, 0},  // SerialNumber
+    {{133702, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{156974, 11}, TagType::string, 0, 0, 0, 0},  // LensShading
+    {{156985, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
+    {{156997, 11}, TagType::int16u, 0, 0, 0, 0},  // MaxAperture
+    {{460, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
+    {{157008, 14}, TagType::string, 0, 20, 0, 0},  // CameraDateTime
+    {{157022, 3}, TagType::int16u, 0, 0, 0, 0},  // ISO
+    {{472, 7}, TagType::int16u, 0, 0, 0, 0},  // FNumber
 };
 constexpr detail::StringRow kStringsEnglishHP[] = {
     {{157025, 17}, {157042, 16}},
@@ -9019,109 +9151,110 @@ constinit detail::StreamTags gTagsHP("HP", kText, kTagsHP, kKeyOrderHP, {}, gIte
 
 // HTML: 102 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsHTML[] = {
-    {{157578, 8}, TagType::string, 0, 0, 0, 0},
-    {{157586, 6}, TagType::string, 0, 0, 0, 0},
-    {{157592, 14}, TagType::string, 0, 0, 0, 0},
-    {{157606, 15}, TagType::string, 0, 0, 0, 0},
-    {{157621, 9}, TagType::string, 0, 0, 0, 0},
-    {{157630, 11}, TagType::string, 0, 0, 0, 0},
-    {{157641, 12}, TagType::string, 0, 0, 0, 0},
-    {{157653, 8}, TagType::string, 0, 0, 0, 0},
-    {{157661, 9}, TagType::string, 0, 0, 0, 0},
-    {{157670, 7}, TagType::string, 0, 0, 0, 0},
-    {{157677, 9}, TagType::string, 0, 0, 0, 0},
-    {{157686, 9}, TagType::string, 0, 0, 0, 0},
-    {{157695, 16}, TagType::string, 0, 0, 0, 0},
-    {{157711, 9}, TagType::string, 0, 0, 0, 0},
-    {{157720, 8}, TagType::string, 1, 0, 0, 0},
-    {{157728, 13}, TagType::string, 0, 0, 0, 0},
-    {{157741, 10}, TagType::string, 0, 0, 0, 0},
-    {{157751, 5}, TagType::string, 0, 0, 0, 0},
-    {{157756, 6}, TagType::string, 0, 0, 0, 0},
-    {{1249, 6}, TagType::string, 0, 0, 0, 0},
-    {{157762, 7}, TagType::string, 0, 0, 0, 0},
-    {{157769, 12}, TagType::string, 0, 0, 0, 0},
-    {{157781, 12}, TagType::string, 0, 0, 0, 0},
-    {{157793, 6}, TagType::string, 1, 0, 0, 0},
-    {{157799, 5}, TagType::string, 0, 0, 0, 0},
-    {{157804, 8}, TagType::string, 0, 0, 0, 0},
-    {{157812, 10}, TagType::string, 0, 0, 0, 0},
-    {{157822, 20}, TagType::string, 0, 0, 0, 0},
-    {{157842, 7}, TagType::string, 0, 0, 0, 0},
-    {{157849, 10}, TagType::string, 0, 0, 0, 0},
-    {{157859, 10}, TagType::string, 0, 0, 0, 0},
-    {{157869, 11}, TagType::string, 0, 0, 0, 0},
-    {{157880, 10}, TagType::string, 0, 0, 0, 0},
-    {{157890, 5}, TagType::string, 0, 0, 0, 0},
-    {{157895, 7}, TagType::string, 0, 0, 0, 0},
-    {{157902, 5}, TagType::string, 0, 0, 0, 0},
-    {{157907, 10}, TagType::string, 0, 0, 0, 0},
-    {{157917, 14}, TagType::string, 0, 0, 0, 0},
-    {{157931, 7}, TagType::string, 1, 0, 0, 0},
-    {{157938, 8}, TagType::string, 0, 0, 0, 0},
-    {{157946, 13}, TagType::string, 0, 0, 0, 0},
-    {{157959, 5}, TagType::string, 0, 0, 0, 0},
-    {{157964, 11}, TagType::string, 1, 0, 0, 0},
-    {{157975, 8}, TagType::string, 0, 0, 0, 0},
-    {{157983, 7}, TagType::string, 1, 0, 0, 0},
-    {{157990, 4}, TagType::string, 1, 0, 0, 0},
-    {{157994, 6}, TagType::string, 0, 0, 0, 0},
-    {{158000, 10}, TagType::string, 0, 0, 0, 0},
-    {{158010, 8}, TagType::string, 1, 0, 0, 0},
-    {{158018, 9}, TagType::string, 1, 0, 0, 0},
-    {{158027, 8}, TagType::string, 1, 0, 0, 0},
-    {{158035, 6}, TagType::string, 0, 0, 0, 0},
-    {{158041, 6}, TagType::string, 0, 0, 0, 0},
-    {{158047, 4}, TagType::string, 1, 0, 0, 0},
-    {{158051, 12}, TagType::string, 0, 0, 0, 0},
-    {{158063, 18}, TagType::string, 0, 0, 0, 0},
-    {{158081, 17}, TagType::string, 0, 0, 0, 0},
-    {{158098, 16}, TagType::string, 0, 0, 0, 0},
-    {{158114, 11}, TagType::string, 0, 0, 0, 0},
-    {{158125, 12}, TagType::string, 0, 0, 0, 0},
-    {{158137, 7}, TagType::string, 0, 0, 0, 0},
-    {{158144, 8}, TagType::string, 0, 0, 0, 0},
-    {{158152, 12}, TagType::string, 0, 0, 0, 0},
-    {{158164, 5}, TagType::string, 0, 0, 0, 0},
-    {{158169, 9}, TagType::string, 0, 0, 0, 0},
-    {{158178, 8}, TagType::string, 0, 0, 0, 0},
-    {{158186, 9}, TagType::string, 0, 0, 0, 0},
-    {{158195, 6}, TagType::string, 0, 0, 0, 0},
-    {{158201, 7}, TagType::string, 0, 0, 0, 0},
-    {{158208, 9}, TagType::string, 0, 0, 0, 0},
-    {{158217, 9}, TagType::string, 0, 0, 0, 0},
-    {{158226, 8}, TagType::string, 0, 0, 0, 0},
-    {{158234, 4}, TagType::string, 0, 0, 0, 0},
-    {{158238, 12}, TagType::string, 0, 0, 0, 0},
-    {{158250, 12}, TagType::string, 0, 0, 0, 0},
-    {{158262, 5}, TagType::string, 0, 0, 0, 0},
-    {{158267, 5}, TagType::string, 0, 0, 0, 0},
-    {{158272, 9}, TagType::string, 0, 0, 0, 0},
-    {{158281, 9}, TagType::string, 0, 0, 0, 0},
-    {{158290, 13}, TagType::string, 0, 0, 0, 0},
-    {{158303, 14}, TagType::string, 0, 0, 0, 0},
-    {{158317, 8}, TagType::string, 0, 0, 0, 0},
-    {{158325, 9}, TagType::string, 0, 0, 0, 0},
-    {{158334, 10}, TagType::string, 0, 0, 0, 0},
-    {{158344, 11}, TagType::string, 0, 0, 0, 0},
-    {{158355, 9}, TagType::string, 0, 0, 0, 0},
-    {{158364, 12}, TagType::string, 0, 0, 0, 0},
-    {{158376, 8}, TagType::string, 0, 0, 0, 0},
-    {{158384, 8}, TagType::string, 0, 0, 0, 0},
-    {{158392, 12}, TagType::string, 0, 0, 0, 0},
-    {{158404, 7}, TagType::string, 0, 0, 0, 0},
-    {{158411, 8}, TagType::string, 0, 0, 0, 0},
-    {{158419, 10}, TagType::string, 0, 0, 0, 0},
-    {{158429, 13}, TagType::string, 0, 0, 0, 0},
-    {{158442, 15}, TagType::string, 0, 0, 0, 0},
-    {{158457, 12}, TagType::string, 0, 0, 0, 0},
-    {{158469, 11}, TagType::string, 0, 0, 0, 0},
-    {{158480, 8}, TagType::string, 0, 0, 0, 0},
-    {{29265, 8}, TagType::string, 0, 0, 0, 0},
-    {{158488, 11}, TagType::string, 0, 0, 0, 0},
-    {{158499, 11}, TagType::string, 0, 0, 0, 0},
-    {{158510, 10}, TagType::string, 0, 0, 0, 0},
+    {{157578, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{157586, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{157592, 14}, TagType::string, 0, 0, 0, 0},  // Classification
+    {{157606, 15}, TagType::string, 0, 0, 0, 0},  // ContentLanguage
+    {{157621, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{157630, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{157641, 12}, TagType::string, 0, 0, 0, 0},  // Distribution
+    {{157653, 8}, TagType::string, 0, 0, 0, 0},  // DocClass
+    {{157661, 9}, TagType::string, 0, 0, 0, 0},  // DocRights
+    {{157670, 7}, TagType::string, 0, 0, 0, 0},  // DocType
+    {{157677, 9}, TagType::string, 0, 0, 0, 0},  // Formatter
+    {{157686, 9}, TagType::string, 0, 0, 0, 0},  // Generator
+    {{157695, 16}, TagType::string, 0, 0, 0, 0},  // GeneratorVersion
+    {{157711, 9}, TagType::string, 0, 0, 0, 0},  // GoogleBot
+    {{157720, 8}, TagType::string, 1, 0, 0, 0},  // Keywords
+    {{157728, 13}, TagType::string, 0, 0, 0, 0},  // NoMSSmartTags
+    {{157741, 10}, TagType::string, 0, 0, 0, 0},  // Originator
+    {{157751, 5}, TagType::string, 0, 0, 0, 0},  // Owner
+    {{157756, 6}, TagType::string, 0, 0, 0, 0},  // ProgID
+    {{1249, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{157762, 7}, TagType::string, 0, 0, 0, 0},  // Refresh
+    {{157769, 12}, TagType::string, 0, 0, 0, 0},  // ResourceType
+    {{157781, 12}, TagType::string, 0, 0, 0, 0},  // RevisitAfter
+    {{157793, 6}, TagType::string, 1, 0, 0, 0},  // Robots
+    {{157799, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{157804, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{157812, 10}, TagType::string, 0, 0, 0, 0},  // Characters
+    {{157822, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
+    {{157842, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{157849, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{157859, 10}, TagType::string, 0, 0, 0, 0},  // LastAuthor
+    {{157869, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
+    {{157880, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
+    {{157890, 5}, TagType::string, 0, 0, 0, 0},  // Lines
+    {{157895, 7}, TagType::string, 0, 0, 0, 0},  // Manager
+    {{157902, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{157907, 10}, TagType::string, 0, 0, 0, 0},  // Paragraphs
+    {{157917, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
+    {{157931, 7}, TagType::string, 1, 0, 0, 0},  // Subject
+    {{157938, 8}, TagType::string, 0, 0, 0, 0},  // Template
+    {{157946, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
+    {{157959, 5}, TagType::string, 0, 0, 0, 0},  // Words
+    {{157964, 11}, TagType::string, 1, 0, 0, 0},  // Contributor
+    {{157975, 8}, TagType::string, 0, 0, 0, 0},  // Coverage
+    {{157983, 7}, TagType::string, 1, 0, 0, 0},  // Creator
+    {{157990, 4}, TagType::string, 1, 0, 0, 0},  // Date
+    {{157994, 6}, TagType::string, 0, 0, 0, 0},  // Format
+    {{158000, 10}, TagType::string, 0, 0, 0, 0},  // Identifier
+    {{158010, 8}, TagType::string, 1, 0, 0, 0},  // Language
+    {{158018, 9}, TagType::string, 1, 0, 0, 0},  // Publisher
+    {{158027, 8}, TagType::string, 1, 0, 0, 0},  // Relation
+    {{158035, 6}, TagType::string, 0, 0, 0, 0},  // Rights
+    {{158041, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{158047, 4}, TagType::string, 1, 0, 0, 0},  // Type
+    {{158051, 12}, TagType::string, 0, 0, 0, 0},  // CacheControl
+    {{158063, 18}, TagType::string, 0, 0, 0, 0},  // ContentDisposition
+    {{158081, 17}, TagType::string, 0, 0, 0, 0},  // ContentScriptType
+    {{158098, 16}, TagType::string, 0, 0, 0, 0},  // ContentStyleType
+    {{158114, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
+    {{158125, 12}, TagType::string, 0, 0, 0, 0},  // DefaultStyle
+    {{158137, 7}, TagType::string, 0, 0, 0, 0},  // Expires
+    {{158144, 8}, TagType::string, 0, 0, 0, 0},  // ExtCache
+    {{158152, 12}, TagType::string, 0, 0, 0, 0},  // ImageToolbar
+    {{158164, 5}, TagType::string, 0, 0, 0, 0},  // Lotus
+    {{158169, 9}, TagType::string, 0, 0, 0, 0},  // PageEnter
+    {{158178, 8}, TagType::string, 0, 0, 0, 0},  // PageExit
+    {{158186, 9}, TagType::string, 0, 0, 0, 0},  // PicsLabel
+    {{158195, 6}, TagType::string, 0, 0, 0, 0},  // Pragma
+    {{158201, 7}, TagType::string, 0, 0, 0, 0},  // ReplyTo
+    {{158208, 9}, TagType::string, 0, 0, 0, 0},  // SetCookie
+    {{158217, 9}, TagType::string, 0, 0, 0, 0},  // SiteEnter
+    {{158226, 8}, TagType::string, 0, 0, 0, 0},  // SiteExit
+    {{158234, 4}, TagType::string, 0, 0, 0, 0},  // Vary
+    {{158238, 12}, TagType::string, 0, 0, 0, 0},  // WindowTarget
+    {{158250, 12}, TagType::string, 0, 0, 0, 0},  // CharacterSet
+    {{158262, 5}, TagType::string, 0, 0, 0, 0},  // Depth
+    {{158267, 5}, TagType::string, 0, 0, 0, 0},  // Files
+    {{158272, 9}, TagType::string, 0, 0, 0, 0},  // Footnotes
+    {{158281, 9}, TagType::string, 0, 0, 0, 0},  // KByteSize
+    {{158290, 13}, TagType::string, 0, 0, 0, 0},  // MaxPageNormal
+    {{158303, 14}, TagType::string, 0, 0, 0, 0},  // MultimediaType
+    {{158317, 8}, TagType::string, 0, 0, 0, 0},  // Narrator
+    {{158325, 9}, TagType::string, 0, 0, 0, 0},  // PageFront
+    {{158334, 10}, TagType::string, 0, 0, 0, 0},  // PageNormal
+    {{158344, 11}, TagType::string, 0, 0, 0, 0},  // PageSpecial
+    {{158355, 9}, TagType::string, 0, 0, 0, 0},  // ProdNotes
+    {{158364, 12}, TagType::string, 0, 0, 0, 0},  // ProducedDate
+    {{158376, 8}, TagType::string, 0, 0, 0, 0},  // Producer
+    {{158384, 8}, TagType::string, 0, 0, 0, 0},  // Revision
+    {{158392, 12}, TagType::string, 0, 0, 0, 0},  // RevisionDate
+    {{158404, 7}, TagType::string, 0, 0, 0, 0},  // SetInfo
+    {{158411, 8}, TagType::string, 0, 0, 0, 0},  // Sidebars
+    {{158419, 10}, TagType::string, 0, 0, 0, 0},  // SourceDate
+    {{158429, 13}, TagType::string, 0, 0, 0, 0},  // SourceEdition
+    {{158442, 15}, TagType::string, 0, 0, 0, 0},  // SourcePublisher
+    {{158457, 12}, TagType::string, 0, 0, 0, 0},  // SourceRights
+    {{158469, 11}, TagType::string, 0, 0, 0, 0},  // SourceTitle
+    {{158480, 8}, TagType::string, 0, 0, 0, 0},  // TOCItems
+    {{29265, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{158488, 11}, TagType::string, 0, 0, 0, 0},  // RecEngineer
+    {{158499, 11}, TagType::string, 0, 0, 0, 0},  // RecLocation
+    {{158510, 10}, TagType::string, 0, 0, 0, 0},  // ObjectType
 };
 constexpr detail::StringRow kStringsEnglishHTML[] = {
     {{158520, 13}, {157578, 8}},
@@ -9384,198 +9517,199 @@ constinit detail::StreamTags gTagsHTML("HTML", kText, kTagsHTML, kKeyOrderHTML, 
 
 // ICC_Profile: 191 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsICC_Profile[] = {
-    {{29162, 11}, TagType::string, 26, 0, 0, 0},
-    {{162084, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{162104, 20}, TagType::int16u, 0, 0, 0, 5},
-    {{162124, 20}, TagType::fixed32u, 0, 2, 0, 0},
-    {{162144, 20}, TagType::fixed32u, 0, 2, 0, 0},
-    {{162164, 20}, TagType::fixed32u, 0, 2, 0, 0},
-    {{162184, 20}, TagType::fixed32u, 0, 2, 0, 0},
-    {{162204, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{162217, 13}, TagType::string, 0, 32, 0, 0},
-    {{162230, 20}, TagType::int16u, 0, 3, 0, 0},
-    {{162250, 13}, TagType::string, 0, 32, 0, 0},
-    {{162263, 20}, TagType::int16u, 0, 3, 0, 0},
-    {{162283, 13}, TagType::string, 0, 32, 0, 0},
-    {{162296, 20}, TagType::int16u, 0, 3, 0, 0},
-    {{162316, 14}, TagType::string, 0, 4, 5, 274},
-    {{162330, 14}, TagType::int16s, 0, 0, 0, 0},
-    {{162344, 12}, TagType::string, 0, 4, 279, 12},
-    {{162356, 14}, TagType::string, 0, 4, 0, 0},
-    {{162370, 22}, TagType::string, 0, 4, 0, 0},
-    {{162392, 15}, TagType::datetime, 0, 6, 0, 0},
-    {{162407, 20}, TagType::string, 0, 4, 0, 0},
-    {{162427, 15}, TagType::string, 0, 4, 291, 5},
-    {{162442, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{162450, 18}, TagType::string, 0, 4, 5, 274},
-    {{162468, 11}, TagType::string, 0, 4, 0, 0},
-    {{162479, 16}, TagType::int32u, 0, 2, 0, 0},
-    {{162495, 15}, TagType::int32u, 0, 0, 296, 4},
-    {{162510, 25}, TagType::fixed32s, 0, 3, 0, 0},
-    {{162535, 14}, TagType::string, 0, 4, 5, 274},
-    {{162549, 9}, TagType::int8u, 0, 16, 0, 0},
-    {{162558, 5}, TagType::string, 0, 0, 0, 0},
-    {{162563, 5}, TagType::string, 0, 0, 0, 0},
-    {{162568, 5}, TagType::string, 0, 0, 0, 0},
-    {{162573, 5}, TagType::string, 0, 0, 0, 0},
-    {{162578, 5}, TagType::string, 0, 0, 0, 0},
-    {{162583, 5}, TagType::string, 0, 0, 0, 0},
-    {{162588, 5}, TagType::string, 0, 0, 0, 0},
-    {{162593, 5}, TagType::string, 0, 0, 0, 0},
-    {{162598, 5}, TagType::string, 0, 0, 0, 0},
-    {{162603, 5}, TagType::string, 8, 0, 0, 0},
-    {{162608, 5}, TagType::string, 8, 0, 0, 0},
-    {{162613, 5}, TagType::string, 8, 0, 0, 0},
-    {{162618, 5}, TagType::string, 8, 0, 0, 0},
-    {{162623, 3}, TagType::string, 0, 0, 0, 0},
-    {{162626, 5}, TagType::string, 8, 0, 0, 0},
-    {{162631, 5}, TagType::string, 8, 0, 0, 0},
-    {{162636, 5}, TagType::string, 8, 0, 0, 0},
-    {{162641, 5}, TagType::string, 8, 0, 0, 0},
-    {{162646, 5}, TagType::string, 0, 0, 0, 0},
-    {{162651, 5}, TagType::string, 0, 0, 0, 0},
-    {{162656, 5}, TagType::string, 0, 0, 0, 0},
-    {{162661, 5}, TagType::string, 0, 0, 0, 0},
-    {{162666, 5}, TagType::string, 0, 0, 0, 0},
-    {{162671, 5}, TagType::string, 0, 0, 0, 0},
-    {{162676, 5}, TagType::string, 0, 0, 0, 0},
-    {{162681, 5}, TagType::string, 0, 0, 0, 0},
-    {{162686, 5}, TagType::string, 0, 0, 0, 0},
-    {{162691, 11}, TagType::string, 0, 0, 0, 0},
-    {{162702, 9}, TagType::string, 0, 0, 0, 0},
-    {{162711, 9}, TagType::string, 0, 0, 0, 0},
-    {{162720, 9}, TagType::string, 0, 0, 0, 0},
-    {{162729, 9}, TagType::string, 0, 0, 0, 0},
-    {{162738, 9}, TagType::string, 0, 0, 0, 0},
-    {{162747, 9}, TagType::string, 0, 0, 0, 0},
-    {{162756, 9}, TagType::string, 0, 0, 0, 0},
-    {{162765, 9}, TagType::string, 0, 0, 0, 0},
-    {{162774, 9}, TagType::string, 0, 0, 0, 0},
-    {{162783, 9}, TagType::string, 0, 0, 0, 0},
-    {{162792, 9}, TagType::string, 0, 0, 0, 0},
-    {{162801, 9}, TagType::string, 0, 0, 0, 0},
-    {{162810, 9}, TagType::string, 0, 0, 0, 0},
-    {{162819, 9}, TagType::string, 0, 0, 0, 0},
-    {{162828, 9}, TagType::string, 0, 0, 0, 0},
-    {{162837, 9}, TagType::string, 0, 0, 0, 0},
-    {{162846, 9}, TagType::string, 0, 0, 0, 0},
-    {{162855, 9}, TagType::string, 0, 0, 0, 0},
-    {{162864, 9}, TagType::string, 0, 0, 0, 0},
-    {{162873, 9}, TagType::string, 0, 0, 0, 0},
-    {{162882, 9}, TagType::string, 0, 0, 0, 0},
-    {{162891, 9}, TagType::string, 0, 0, 0, 0},
-    {{162900, 9}, TagType::string, 0, 0, 0, 0},
-    {{162909, 9}, TagType::string, 0, 0, 0, 0},
-    {{162918, 7}, TagType::string, 0, 0, 0, 0},
-    {{162925, 16}, TagType::string, 0, 0, 0, 0},
-    {{162941, 22}, TagType::string, 0, 0, 0, 0},
-    {{162963, 22}, TagType::string, 0, 0, 0, 0},
-    {{162985, 22}, TagType::string, 0, 0, 0, 0},
-    {{163007, 22}, TagType::string, 0, 0, 0, 0},
-    {{163029, 5}, TagType::string, 0, 0, 0, 0},
-    {{163034, 15}, TagType::string, 0, 0, 0, 0},
-    {{163049, 18}, TagType::string, 0, 0, 0, 0},
-    {{163067, 18}, TagType::string, 0, 0, 0, 0},
-    {{163085, 18}, TagType::string, 0, 0, 0, 0},
-    {{163103, 18}, TagType::string, 0, 0, 0, 0},
-    {{163121, 19}, TagType::string, 0, 0, 0, 0},
-    {{163140, 19}, TagType::string, 0, 0, 0, 0},
-    {{163159, 19}, TagType::string, 0, 0, 0, 0},
-    {{163178, 19}, TagType::string, 0, 0, 0, 0},
-    {{163197, 28}, TagType::string, 0, 0, 0, 0},
-    {{163225, 15}, TagType::string, 0, 0, 0, 0},
-    {{163240, 16}, TagType::string, 0, 0, 0, 0},
-    {{163256, 16}, TagType::string, 8, 0, 0, 0},
-    {{163272, 13}, TagType::string, 0, 0, 0, 0},
-    {{163285, 16}, TagType::string, 0, 0, 0, 0},
-    {{163301, 7}, TagType::string, 0, 0, 0, 0},
-    {{163308, 14}, TagType::string, 0, 0, 0, 0},
-    {{163322, 16}, TagType::string, 0, 0, 0, 0},
-    {{163338, 16}, TagType::string, 0, 0, 0, 0},
-    {{163354, 16}, TagType::string, 0, 0, 0, 0},
-    {{163370, 16}, TagType::string, 0, 0, 0, 0},
-    {{163386, 16}, TagType::string, 0, 0, 0, 0},
-    {{163402, 16}, TagType::string, 0, 0, 0, 0},
-    {{163418, 16}, TagType::string, 0, 0, 0, 0},
-    {{163434, 16}, TagType::string, 0, 0, 0, 0},
-    {{163450, 16}, TagType::string, 0, 0, 0, 0},
-    {{163466, 16}, TagType::string, 0, 0, 0, 0},
-    {{163482, 16}, TagType::string, 0, 0, 0, 0},
-    {{163498, 16}, TagType::string, 0, 0, 0, 0},
-    {{163514, 16}, TagType::string, 0, 0, 0, 0},
-    {{163530, 16}, TagType::string, 0, 0, 0, 0},
-    {{163546, 16}, TagType::string, 0, 0, 0, 0},
-    {{163562, 16}, TagType::string, 0, 0, 0, 0},
-    {{163578, 18}, TagType::string, 0, 0, 0, 0},
-    {{163596, 14}, TagType::string, 0, 0, 0, 0},
-    {{163610, 15}, TagType::string, 0, 0, 0, 0},
-    {{163625, 13}, TagType::string, 0, 0, 0, 0},
-    {{163638, 20}, TagType::string, 0, 0, 0, 0},
-    {{163658, 30}, TagType::string, 0, 0, 0, 0},
-    {{163688, 8}, TagType::string, 0, 0, 0, 0},
-    {{163696, 17}, TagType::string, 0, 0, 0, 0},
-    {{163713, 5}, TagType::string, 0, 0, 0, 0},
-    {{163718, 25}, TagType::string, 0, 0, 0, 0},
-    {{163743, 25}, TagType::string, 0, 0, 0, 0},
-    {{163768, 25}, TagType::string, 0, 0, 0, 0},
-    {{163793, 25}, TagType::string, 0, 0, 0, 0},
-    {{163818, 7}, TagType::string, 0, 0, 0, 0},
-    {{163825, 9}, TagType::string, 0, 0, 0, 0},
-    {{163834, 18}, TagType::string, 0, 0, 0, 0},
-    {{163852, 22}, TagType::string, 0, 0, 0, 0},
-    {{163874, 20}, TagType::string, 0, 0, 0, 0},
-    {{163894, 15}, TagType::string, 0, 0, 0, 0},
-    {{163909, 12}, TagType::string, 0, 0, 0, 0},
-    {{163921, 11}, TagType::string, 0, 0, 0, 0},
-    {{163932, 10}, TagType::string, 0, 0, 0, 0},
-    {{163942, 17}, TagType::string, 0, 0, 0, 0},
-    {{163959, 8}, TagType::string, 0, 0, 0, 0},
-    {{163967, 8}, TagType::string, 0, 0, 0, 0},
-    {{163975, 8}, TagType::string, 0, 0, 0, 0},
-    {{163983, 18}, TagType::string, 0, 0, 0, 0},
-    {{164001, 14}, TagType::string, 0, 0, 0, 0},
-    {{164015, 15}, TagType::string, 0, 0, 0, 0},
-    {{164030, 15}, TagType::string, 0, 0, 0, 0},
-    {{164045, 15}, TagType::string, 0, 0, 0, 0},
-    {{164060, 15}, TagType::string, 8, 0, 0, 0},
-    {{164075, 19}, TagType::string, 0, 0, 0, 0},
-    {{164094, 25}, TagType::string, 8, 0, 0, 0},
-    {{164119, 19}, TagType::string, 0, 0, 0, 0},
-    {{164138, 12}, TagType::string, 0, 0, 0, 0},
-    {{164150, 6}, TagType::string, 0, 0, 0, 0},
-    {{164156, 15}, TagType::string, 0, 0, 0, 0},
-    {{164171, 14}, TagType::string, 0, 0, 0, 0},
-    {{164185, 13}, TagType::string, 0, 0, 0, 0},
-    {{164198, 33}, TagType::string, 0, 0, 0, 0},
-    {{164231, 30}, TagType::string, 0, 0, 300, 1},
-    {{164261, 30}, TagType::string, 0, 0, 300, 1},
-    {{164291, 32}, TagType::string, 0, 0, 0, 0},
-    {{164323, 19}, TagType::string, 0, 0, 0, 0},
-    {{164342, 24}, TagType::string, 0, 0, 0, 0},
-    {{164366, 25}, TagType::string, 0, 0, 0, 0},
-    {{164391, 13}, TagType::string, 0, 0, 0, 0},
-    {{164404, 9}, TagType::string, 0, 0, 0, 0},
-    {{164413, 10}, TagType::string, 0, 0, 0, 0},
-    {{164423, 25}, TagType::string, 0, 0, 0, 0},
-    {{164448, 18}, TagType::string, 0, 0, 0, 0},
-    {{164466, 10}, TagType::string, 0, 0, 0, 0},
-    {{164476, 10}, TagType::string, 0, 0, 301, 26},
-    {{164486, 14}, TagType::string, 0, 0, 0, 0},
-    {{164500, 15}, TagType::string, 0, 0, 0, 0},
-    {{164515, 15}, TagType::string, 0, 0, 0, 0},
-    {{164530, 19}, TagType::int32u, 0, 0, 327, 2},
-    {{164549, 18}, TagType::fixed32s, 0, 3, 0, 0},
-    {{164567, 19}, TagType::int32u, 0, 0, 329, 3},
-    {{164586, 16}, TagType::fixed32u, 0, 0, 0, 0},
-    {{164602, 21}, TagType::int32u, 0, 0, 332, 8},
-    {{164623, 10}, TagType::string, 0, 0, 0, 0},
-    {{164633, 16}, TagType::string, 0, 0, 0, 0},
-    {{164649, 10}, TagType::string, 0, 0, 0, 0},
-    {{164659, 11}, TagType::string, 0, 0, 0, 0},
-    {{164670, 21}, TagType::fixed32s, 0, 3, 0, 0},
-    {{164691, 19}, TagType::fixed32s, 0, 3, 0, 0},
-    {{164710, 25}, TagType::int32u, 0, 0, 332, 8},
+    {{29162, 11}, TagType::string, 26, 0, 0, 0},  // ICC_Profile
+    {{162084, 20}, TagType::int16u, 0, 0, 0, 0},  // ChromaticityChannels
+    {{162104, 20}, TagType::int16u, 0, 0, 0, 5},  // ChromaticityColorant
+    {{162124, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel1
+    {{162144, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel2
+    {{162164, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel3
+    {{162184, 20}, TagType::fixed32u, 0, 2, 0, 0},  // ChromaticityChannel4
+    {{162204, 13}, TagType::int32u, 0, 0, 0, 0},  // ColorantCount
+    {{162217, 13}, TagType::string, 0, 32, 0, 0},  // Colorant1Name
+    {{162230, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant1Coordinates
+    {{162250, 13}, TagType::string, 0, 32, 0, 0},  // Colorant2Name
+    {{162263, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant2Coordinates
+    {{162283, 13}, TagType::string, 0, 32, 0, 0},  // Colorant3Name
+    {{162296, 20}, TagType::int16u, 0, 3, 0, 0},  // Colorant3Coordinates
+    {{162316, 14}, TagType::string, 0, 4, 5, 274},  // ProfileCMMType
+    {{162330, 14}, TagType::int16s, 0, 0, 0, 0},  // ProfileVersion
+    {{162344, 12}, TagType::string, 0, 4, 279, 12},  // ProfileClass
+    {{162356, 14}, TagType::string, 0, 4, 0, 0},  // ColorSpaceData
+    {{162370, 22}, TagType::string, 0, 4, 0, 0},  // ProfileConnectionSpace
+    {{162392, 15}, TagType::datetime, 0, 6, 0, 0},  // ProfileDateTime
+    {{162407, 20}, TagType::string, 0, 4, 0, 0},  // ProfileFileSignature
+    {{162427, 15}, TagType::string, 0, 4, 291, 5},  // PrimaryPlatform
+    {{162442, 8}, TagType::int32u, 0, 0, 0, 0},  // CMMFlags
+    {{162450, 18}, TagType::string, 0, 4, 5, 274},  // DeviceManufacturer
+    {{162468, 11}, TagType::string, 0, 4, 0, 0},  // DeviceModel
+    {{162479, 16}, TagType::int32u, 0, 2, 0, 0},  // DeviceAttributes
+    {{162495, 15}, TagType::int32u, 0, 0, 296, 4},  // RenderingIntent
+    {{162510, 25}, TagType::fixed32s, 0, 3, 0, 0},  // ConnectionSpaceIlluminant
+    {{162535, 14}, TagType::string, 0, 4, 5, 274},  // ProfileCreator
+    {{162549, 9}, TagType::int8u, 0, 16, 0, 0},  // ProfileID
+    {{162558, 5}, TagType::string, 0, 0, 0, 0},  // AToB0
+    {{162563, 5}, TagType::string, 0, 0, 0, 0},  // AToB1
+    {{162568, 5}, TagType::string, 0, 0, 0, 0},  // AToB2
+    {{162573, 5}, TagType::string, 0, 0, 0, 0},  // AToB3
+    {{162578, 5}, TagType::string, 0, 0, 0, 0},  // AToM0
+    {{162583, 5}, TagType::string, 0, 0, 0, 0},  // BToA0
+    {{162588, 5}, TagType::string, 0, 0, 0, 0},  // BToA1
+    {{162593, 5}, TagType::string, 0, 0, 0, 0},  // BToA2
+    {{162598, 5}, TagType::string, 0, 0, 0, 0},  // BToA3
+    {{162603, 5}, TagType::string, 8, 0, 0, 0},  // BToD0
+    {{162608, 5}, TagType::string, 8, 0, 0, 0},  // BToD1
+    {{162613, 5}, TagType::string, 8, 0, 0, 0},  // BToD2
+    {{162618, 5}, TagType::string, 8, 0, 0, 0},  // BToD3
+    {{162623, 3}, TagType::string, 0, 0, 0, 0},  // CXF
+    {{162626, 5}, TagType::string, 8, 0, 0, 0},  // DToB0
+    {{162631, 5}, TagType::string, 8, 0, 0, 0},  // DToB1
+    {{162636, 5}, TagType::string, 8, 0, 0, 0},  // DToB2
+    {{162641, 5}, TagType::string, 8, 0, 0, 0},  // DToB3
+    {{162646, 5}, TagType::string, 0, 0, 0, 0},  // MToA0
+    {{162651, 5}, TagType::string, 0, 0, 0, 0},  // MToB0
+    {{162656, 5}, TagType::string, 0, 0, 0, 0},  // MToB1
+    {{162661, 5}, TagType::string, 0, 0, 0, 0},  // MToB2
+    {{162666, 5}, TagType::string, 0, 0, 0, 0},  // MToB3
+    {{162671, 5}, TagType::string, 0, 0, 0, 0},  // MToS0
+    {{162676, 5}, TagType::string, 0, 0, 0, 0},  // MToS1
+    {{162681, 5}, TagType::string, 0, 0, 0, 0},  // MToS2
+    {{162686, 5}, TagType::string, 0, 0, 0, 0},  // MToS3
+    {{162691, 11}, TagType::string, 0, 0, 0, 0},  // WCSProfiles
+    {{162702, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB0
+    {{162711, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB1
+    {{162720, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB2
+    {{162729, 9}, TagType::string, 0, 0, 0, 0},  // BRDFAToB3
+    {{162738, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA0
+    {{162747, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA1
+    {{162756, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA2
+    {{162765, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToA3
+    {{162774, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD0
+    {{162783, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD1
+    {{162792, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD2
+    {{162801, 9}, TagType::string, 0, 0, 0, 0},  // BRDFBToD3
+    {{162810, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB0
+    {{162819, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB1
+    {{162828, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB2
+    {{162837, 9}, TagType::string, 0, 0, 0, 0},  // BRDFDToB3
+    {{162846, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB0
+    {{162855, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB1
+    {{162864, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB2
+    {{162873, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToB3
+    {{162882, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS0
+    {{162891, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS1
+    {{162900, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS2
+    {{162909, 9}, TagType::string, 0, 0, 0, 0},  // BRDFMToS3
+    {{162918, 7}, TagType::string, 0, 0, 0, 0},  // BlueTRC
+    {{162925, 16}, TagType::string, 0, 0, 0, 0},  // BlueMatrixColumn
+    {{162941, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam0
+    {{162963, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam1
+    {{162985, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam2
+    {{163007, 22}, TagType::string, 0, 0, 0, 0},  // BRDFColorimetricParam3
+    {{163029, 5}, TagType::string, 0, 0, 0, 0},  // UCRBG
+    {{163034, 15}, TagType::string, 0, 0, 0, 0},  // MediaBlackPoint
+    {{163049, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam0
+    {{163067, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam1
+    {{163085, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam2
+    {{163103, 18}, TagType::string, 0, 0, 0, 0},  // BRDFSpectralParam3
+    {{163121, 19}, TagType::string, 0, 0, 0, 0},  // CustomToStandardPcc
+    {{163140, 19}, TagType::string, 0, 0, 0, 0},  // CalibrationDateTime
+    {{163159, 19}, TagType::string, 0, 0, 0, 0},  // ColorEncodingParams
+    {{163178, 19}, TagType::string, 0, 0, 0, 0},  // ChromaticAdaptation
+    {{163197, 28}, TagType::string, 0, 0, 0, 0},  // ColorimetricIntentImageState
+    {{163225, 15}, TagType::string, 0, 0, 0, 0},  // ColorantInfoOut
+    {{163240, 16}, TagType::string, 0, 0, 0, 0},  // ColorantOrderOut
+    {{163256, 16}, TagType::string, 8, 0, 0, 0},  // ColorantTableOut
+    {{163272, 13}, TagType::string, 0, 0, 0, 0},  // ColorantOrder
+    {{163285, 16}, TagType::string, 0, 0, 0, 0},  // ProfileCopyright
+    {{163301, 7}, TagType::string, 0, 0, 0, 0},  // CRDInfo
+    {{163308, 14}, TagType::string, 0, 0, 0, 0},  // ColorSpaceName
+    {{163322, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB0
+    {{163338, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB1
+    {{163354, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB2
+    {{163370, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalAToB3
+    {{163386, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA0
+    {{163402, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA1
+    {{163418, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA2
+    {{163434, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToA3
+    {{163450, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD0
+    {{163466, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD1
+    {{163482, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD2
+    {{163498, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalBToD3
+    {{163514, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB0
+    {{163530, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB1
+    {{163546, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB2
+    {{163562, 16}, TagType::string, 0, 0, 0, 0},  // DirectionalDToB3
+    {{163578, 18}, TagType::string, 0, 0, 0, 0},  // ProfileDescription
+    {{163596, 14}, TagType::string, 0, 0, 0, 0},  // DeviceSettings
+    {{163610, 15}, TagType::string, 0, 0, 0, 0},  // DeviceModelDesc
+    {{163625, 13}, TagType::string, 0, 0, 0, 0},  // DeviceMfgDesc
+    {{163638, 20}, TagType::string, 0, 0, 0, 0},  // ProfileDescriptionML
+    {{163658, 30}, TagType::string, 0, 0, 0, 0},  // FocalPlaneColorimetryEstimates
+    {{163688, 8}, TagType::string, 0, 0, 0, 0},  // GreenTRC
+    {{163696, 17}, TagType::string, 0, 0, 0, 0},  // GreenMatrixColumn
+    {{163713, 5}, TagType::string, 0, 0, 0, 0},  // Gamut
+    {{163718, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription0
+    {{163743, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription1
+    {{163768, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription2
+    {{163793, 25}, TagType::string, 0, 0, 0, 0},  // GamutBoundaryDescription3
+    {{163818, 7}, TagType::string, 0, 0, 0, 0},  // GrayTRC
+    {{163825, 9}, TagType::string, 0, 0, 0, 0},  // Luminance
+    {{163834, 18}, TagType::string, 0, 0, 0, 0},  // MultiplexTypeArray
+    {{163852, 22}, TagType::string, 0, 0, 0, 0},  // MultiplexDefaultValues
+    {{163874, 20}, TagType::string, 0, 0, 0, 0},  // MeasurementInputInfo
+    {{163894, 15}, TagType::string, 0, 0, 0, 0},  // MeasurementInfo
+    {{163909, 12}, TagType::string, 0, 0, 0, 0},  // MakeAndModel
+    {{163921, 11}, TagType::string, 0, 0, 0, 0},  // NamedColor2
+    {{163932, 10}, TagType::string, 0, 0, 0, 0},  // NamedColor
+    {{163942, 17}, TagType::string, 0, 0, 0, 0},  // NativeDisplayInfo
+    {{163959, 8}, TagType::string, 0, 0, 0, 0},  // Preview0
+    {{163967, 8}, TagType::string, 0, 0, 0, 0},  // Preview1
+    {{163975, 8}, TagType::string, 0, 0, 0, 0},  // Preview2
+    {{163983, 18}, TagType::string, 0, 0, 0, 0},  // PS2RenderingIntent
+    {{164001, 14}, TagType::string, 0, 0, 0, 0},  // PostScript2CSA
+    {{164015, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD0
+    {{164030, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD1
+    {{164045, 15}, TagType::string, 0, 0, 0, 0},  // PostScript2CRD2
+    {{164060, 15}, TagType::string, 8, 0, 0, 0},  // PostScript2CRD3
+    {{164075, 19}, TagType::string, 0, 0, 0, 0},  // ProfileSequenceDesc
+    {{164094, 25}, TagType::string, 8, 0, 0, 0},  // ProfileSequenceIdentifier
+    {{164119, 19}, TagType::string, 0, 0, 0, 0},  // ProfileSequenceInfo
+    {{164138, 12}, TagType::string, 0, 0, 0, 0},  // PS2CRDVMSize
+    {{164150, 6}, TagType::string, 0, 0, 0, 0},  // RedTRC
+    {{164156, 15}, TagType::string, 0, 0, 0, 0},  // RedMatrixColumn
+    {{164171, 14}, TagType::string, 0, 0, 0, 0},  // OutputResponse
+    {{164185, 13}, TagType::string, 0, 0, 0, 0},  // ReferenceName
+    {{164198, 33}, TagType::string, 0, 0, 0, 0},  // ReflectionHardcopyOrigColorimetry
+    {{164231, 30}, TagType::string, 0, 0, 300, 1},  // PerceptualRenderingIntentGamut
+    {{164261, 30}, TagType::string, 0, 0, 300, 1},  // SaturationRenderingIntentGamut
+    {{164291, 32}, TagType::string, 0, 0, 0, 0},  // ReflectionPrintOutputColorimetry
+    {{164323, 19}, TagType::string, 0, 0, 0, 0},  // StandardToCustomPcc
+    {{164342, 24}, TagType::string, 0, 0, 0, 0},  // SceneAppearanceEstimates
+    {{164366, 25}, TagType::string, 0, 0, 0, 0},  // SceneColorimetryEstimates
+    {{164391, 13}, TagType::string, 0, 0, 0, 0},  // ScreeningDesc
+    {{164404, 9}, TagType::string, 0, 0, 0, 0},  // Screening
+    {{164413, 10}, TagType::string, 0, 0, 0, 0},  // SurfaceMap
+    {{164423, 25}, TagType::string, 0, 0, 0, 0},  // SpectralViewingConditions
+    {{164448, 18}, TagType::string, 0, 0, 0, 0},  // SpectralWhitePoint
+    {{164466, 10}, TagType::string, 0, 0, 0, 0},  // CharTarget
+    {{164476, 10}, TagType::string, 0, 0, 301, 26},  // Technology
+    {{164486, 14}, TagType::string, 0, 0, 0, 0},  // VideoCardGamma
+    {{164500, 15}, TagType::string, 0, 0, 0, 0},  // ViewingCondDesc
+    {{164515, 15}, TagType::string, 0, 0, 0, 0},  // MediaWhitePoint
+    {{164530, 19}, TagType::int32u, 0, 0, 327, 2},  // MeasurementObserver
+    {{164549, 18}, TagType::fixed32s, 0, 3, 0, 0},  // MeasurementBacking
+    {{164567, 19}, TagType::int32u, 0, 0, 329, 3},  // MeasurementGeometry
+    {{164586, 16}, TagType::fixed32u, 0, 0, 0, 0},  // MeasurementFlare
+    {{164602, 21}, TagType::int32u, 0, 0, 332, 8},  // MeasurementIlluminant
+    {{164623, 10}, TagType::string, 0, 0, 0, 0},  // CreatorApp
+    {{164633, 16}, TagType::string, 0, 0, 0, 0},  // ManufacturerName
+    {{164649, 10}, TagType::string, 0, 0, 0, 0},  // MediaColor
+    {{164659, 11}, TagType::string, 0, 0, 0, 0},  // MediaWeight
+    {{164670, 21}, TagType::fixed32s, 0, 3, 0, 0},  // ViewingCondIlluminant
+    {{164691, 19}, TagType::fixed32s, 0, 3, 0, 0},  // ViewingCondSurround
+    {{164710, 25}, TagType::int32u, 0, 0, 332, 8},  // ViewingCondIlluminantType
 };
 constexpr detail::TextRef kChoicesICC_Profile[] = {
     {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {164735, 0}, {164735, 4}, {164739, 4},
@@ -11192,122 +11326,123 @@ constinit detail::StreamTags gTagsICC_Profile("ICC_Profile", kText, kTagsICC_Pro
 
 // ID3: 115 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsID3[] = {
-    {{217573, 9}, TagType::string, 0, 0, 0, 0},
-    {{217582, 9}, TagType::string, 0, 0, 0, 0},
-    {{217591, 9}, TagType::string, 0, 0, 0, 0},
-    {{217600, 9}, TagType::string, 0, 0, 0, 0},
-    {{157586, 6}, TagType::string, 0, 0, 0, 0},
-    {{217609, 3}, TagType::string, 0, 0, 0, 0},
-    {{217612, 17}, TagType::string, 0, 0, 0, 0},
-    {{217629, 18}, TagType::string, 0, 0, 0, 0},
-    {{217647, 18}, TagType::string, 0, 0, 0, 0},
-    {{217665, 19}, TagType::string, 0, 0, 0, 0},
-    {{217684, 11}, TagType::string, 0, 0, 0, 0},
-    {{217695, 14}, TagType::string, 0, 0, 0, 0},
-    {{217709, 6}, TagType::string, 0, 0, 0, 0},
-    {{217715, 12}, TagType::string, 0, 0, 0, 0},
-    {{217727, 9}, TagType::string, 0, 0, 0, 0},
-    {{217736, 22}, TagType::string, 0, 0, 0, 0},
-    {{217758, 24}, TagType::string, 0, 0, 0, 0},
-    {{217782, 11}, TagType::string, 0, 0, 0, 0},
-    {{217793, 20}, TagType::string, 0, 0, 0, 0},
-    {{217813, 15}, TagType::string, 0, 0, 0, 0},
-    {{217828, 12}, TagType::string, 0, 0, 0, 0},
-    {{217840, 29}, TagType::string, 0, 0, 0, 0},
-    {{217869, 22}, TagType::string, 1, 0, 0, 0},
-    {{217891, 22}, TagType::string, 0, 0, 0, 9},
-    {{157799, 5}, TagType::string, 0, 30, 0, 0},
-    {{217913, 6}, TagType::string, 0, 30, 0, 0},
-    {{217919, 5}, TagType::string, 0, 30, 0, 0},
-    {{217924, 4}, TagType::string, 0, 4, 0, 0},
-    {{29258, 7}, TagType::string, 0, 30, 0, 0},
-    {{217928, 5}, TagType::int8u, 0, 2, 0, 0},
-    {{217933, 5}, TagType::string, 0, 30, 9, 195},
-    {{217938, 6}, TagType::string, 0, 60, 0, 0},
-    {{217944, 7}, TagType::string, 0, 60, 0, 0},
-    {{217951, 6}, TagType::string, 0, 60, 0, 0},
-    {{217957, 5}, TagType::int8u, 0, 0, 204, 4},
-    {{217962, 9}, TagType::string, 0, 6, 0, 0},
-    {{217971, 7}, TagType::string, 0, 6, 0, 0},
-    {{217978, 11}, TagType::string, 0, 0, 0, 0},
-    {{217989, 8}, TagType::string, 0, 0, 0, 0},
-    {{217997, 14}, TagType::string, 0, 0, 0, 0},
-    {{218011, 7}, TagType::string, 8, 0, 0, 0},
-    {{218018, 14}, TagType::string, 0, 0, 0, 0},
-    {{218032, 12}, TagType::string, 0, 0, 0, 0},
-    {{218044, 7}, TagType::string, 8, 0, 0, 0},
-    {{218051, 7}, TagType::string, 8, 0, 0, 0},
-    {{218058, 13}, TagType::string, 0, 0, 0, 0},
-    {{218071, 11}, TagType::string, 0, 0, 208, 21},
-    {{218082, 18}, TagType::string, 0, 0, 0, 0},
-    {{218100, 13}, TagType::string, 0, 0, 0, 0},
-    {{218113, 24}, TagType::string, 0, 0, 0, 0},
-    {{218137, 14}, TagType::string, 0, 0, 0, 0},
-    {{218151, 8}, TagType::string, 0, 0, 0, 0},
-    {{218159, 11}, TagType::string, 0, 0, 229, 2},
-    {{157621, 9}, TagType::string, 0, 0, 0, 0},
-    {{157990, 4}, TagType::string, 0, 0, 0, 0},
-    {{218170, 13}, TagType::string, 0, 0, 0, 0},
-    {{218183, 9}, TagType::string, 0, 0, 0, 0},
-    {{218192, 8}, TagType::string, 0, 0, 0, 0},
-    {{218200, 4}, TagType::string, 0, 0, 0, 0},
-    {{218204, 10}, TagType::string, 0, 0, 0, 0},
-    {{158010, 8}, TagType::string, 0, 0, 0, 0},
-    {{218214, 6}, TagType::string, 0, 0, 0, 0},
-    {{218220, 5}, TagType::string, 0, 0, 0, 0},
-    {{218225, 14}, TagType::string, 0, 0, 0, 0},
-    {{218239, 16}, TagType::string, 0, 0, 0, 0},
-    {{218255, 16}, TagType::string, 0, 0, 0, 0},
-    {{218271, 19}, TagType::string, 0, 0, 0, 0},
-    {{218290, 13}, TagType::string, 0, 0, 0, 0},
-    {{218303, 4}, TagType::string, 0, 0, 0, 0},
-    {{218307, 9}, TagType::string, 0, 0, 0, 0},
-    {{218316, 13}, TagType::string, 0, 0, 0, 0},
-    {{218329, 9}, TagType::string, 0, 0, 0, 0},
-    {{158018, 9}, TagType::string, 0, 0, 0, 0},
-    {{218338, 4}, TagType::string, 0, 0, 0, 0},
-    {{218342, 14}, TagType::string, 0, 0, 0, 0},
-    {{218356, 20}, TagType::string, 0, 0, 0, 0},
-    {{218376, 14}, TagType::string, 0, 0, 0, 0},
-    {{218390, 17}, TagType::string, 0, 0, 0, 0},
-    {{218407, 4}, TagType::string, 0, 0, 0, 0},
-    {{218411, 18}, TagType::string, 0, 0, 0, 0},
-    {{218429, 15}, TagType::string, 0, 0, 0, 0},
-    {{218444, 14}, TagType::string, 0, 0, 0, 0},
-    {{218458, 8}, TagType::string, 0, 0, 0, 0},
-    {{218466, 8}, TagType::string, 0, 0, 0, 0},
-    {{218474, 15}, TagType::string, 0, 0, 0, 0},
-    {{218489, 7}, TagType::string, 0, 0, 0, 0},
-    {{218496, 9}, TagType::string, 0, 0, 0, 0},
-    {{218505, 9}, TagType::string, 0, 0, 0, 0},
-    {{218514, 13}, TagType::string, 0, 0, 0, 0},
-    {{218527, 12}, TagType::string, 0, 0, 0, 0},
-    {{218539, 12}, TagType::string, 0, 0, 0, 0},
-    {{218551, 14}, TagType::string, 0, 0, 0, 0},
-    {{218565, 15}, TagType::string, 0, 0, 0, 0},
-    {{218580, 17}, TagType::string, 8, 0, 0, 0},
-    {{218597, 9}, TagType::string, 0, 0, 0, 0},
-    {{218606, 15}, TagType::string, 0, 0, 0, 0},
-    {{218621, 18}, TagType::string, 0, 0, 0, 0},
-    {{218639, 9}, TagType::string, 0, 0, 0, 0},
-    {{218648, 15}, TagType::string, 0, 0, 0, 0},
-    {{218663, 9}, TagType::string, 0, 0, 0, 0},
-    {{218672, 24}, TagType::string, 0, 0, 0, 0},
-    {{218696, 25}, TagType::string, 0, 0, 0, 0},
-    {{218721, 10}, TagType::string, 0, 0, 0, 0},
-    {{218731, 10}, TagType::string, 0, 0, 0, 0},
-    {{218741, 23}, TagType::string, 0, 0, 0, 0},
-    {{218764, 10}, TagType::string, 0, 0, 0, 0},
-    {{218774, 19}, TagType::string, 0, 0, 0, 0},
-    {{218793, 12}, TagType::string, 0, 0, 0, 0},
-    {{218805, 13}, TagType::string, 0, 0, 0, 0},
-    {{218818, 11}, TagType::string, 0, 0, 0, 0},
-    {{218829, 11}, TagType::string, 0, 0, 0, 0},
-    {{218840, 15}, TagType::string, 0, 0, 0, 0},
-    {{218855, 4}, TagType::string, 0, 0, 0, 0},
-    {{218859, 14}, TagType::string, 0, 0, 0, 0},
-    {{218873, 11}, TagType::string, 0, 0, 0, 0},
+    {{217573, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Data
+    {{217582, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Desc
+    {{217591, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-File
+    {{217600, 9}, TagType::string, 0, 0, 0, 0},  // GEOB-Mime
+    {{157586, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{217609, 3}, TagType::string, 0, 0, 0, 0},  // CRC
+    {{217612, 17}, TagType::string, 0, 0, 0, 0},  // ExtendedAlbumName
+    {{217629, 18}, TagType::string, 0, 0, 0, 0},  // ExtendedArtistName
+    {{217647, 18}, TagType::string, 0, 0, 0, 0},  // ExtendedTrackTitle
+    {{217665, 19}, TagType::string, 0, 0, 0, 0},  // AssociatedImageFile
+    {{217684, 11}, TagType::string, 0, 0, 0, 0},  // Indications
+    {{217695, 14}, TagType::string, 0, 0, 0, 0},  // AdditionalInfo
+    {{217709, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
+    {{217715, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
+    {{217727, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
+    {{217736, 22}, TagType::string, 0, 0, 0, 0},  // WM_MediaClassPrimaryID
+    {{217758, 24}, TagType::string, 0, 0, 0, 0},  // WM_MediaClassSecondaryID
+    {{217782, 11}, TagType::string, 0, 0, 0, 0},  // WM_Provider
+    {{217793, 20}, TagType::string, 0, 0, 0, 0},  // WM_CollectionGroupID
+    {{217813, 15}, TagType::string, 0, 0, 0, 0},  // WM_CollectionID
+    {{217828, 12}, TagType::string, 0, 0, 0, 0},  // WM_ContentID
+    {{217840, 29}, TagType::string, 0, 0, 0, 0},  // SynchronizedLyricsDescription
+    {{217869, 22}, TagType::string, 1, 0, 0, 0},  // SynchronizedLyricsText
+    {{217891, 22}, TagType::string, 0, 0, 0, 9},  // SynchronizedLyricsType
+    {{157799, 5}, TagType::string, 0, 30, 0, 0},  // Title
+    {{217913, 6}, TagType::string, 0, 30, 0, 0},  // Artist
+    {{217919, 5}, TagType::string, 0, 30, 0, 0},  // Album
+    {{217924, 4}, TagType::string, 0, 4, 0, 0},  // Year
+    {{29258, 7}, TagType::string, 0, 30, 0, 0},  // Comment
+    {{217928, 5}, TagType::int8u, 0, 2, 0, 0},  // Track
+    {{217933, 5}, TagType::string, 0, 30, 9, 195},  // Genre
+    {{217938, 6}, TagType::string, 0, 60, 0, 0},  // Title2
+    {{217944, 7}, TagType::string, 0, 60, 0, 0},  // Artist2
+    {{217951, 6}, TagType::string, 0, 60, 0, 0},  // Album2
+    {{217957, 5}, TagType::int8u, 0, 0, 204, 4},  // Speed
+    {{217962, 9}, TagType::string, 0, 6, 0, 0},  // StartTime
+    {{217971, 7}, TagType::string, 0, 6, 0, 0},  // EndTime
+    {{217978, 11}, TagType::string, 0, 0, 0, 0},  // PlayCounter
+    {{217989, 8}, TagType::string, 0, 0, 0, 0},  // Grouping
+    {{217997, 14}, TagType::string, 0, 0, 0, 0},  // InvolvedPeople
+    {{218011, 7}, TagType::string, 8, 0, 0, 0},  // iTunesU
+    {{218018, 14}, TagType::string, 0, 0, 0, 0},  // MovementNumber
+    {{218032, 12}, TagType::string, 0, 0, 0, 0},  // MovementName
+    {{218044, 7}, TagType::string, 8, 0, 0, 0},  // Podcast
+    {{218051, 7}, TagType::string, 8, 0, 0, 0},  // Picture
+    {{218058, 13}, TagType::string, 0, 0, 0, 0},  // PictureFormat
+    {{218071, 11}, TagType::string, 0, 0, 208, 21},  // PictureType
+    {{218082, 18}, TagType::string, 0, 0, 0, 0},  // PictureDescription
+    {{218100, 13}, TagType::string, 0, 0, 0, 0},  // Popularimeter
+    {{218113, 24}, TagType::string, 0, 0, 0, 0},  // RelativeVolumeAdjustment
+    {{218137, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
+    {{218151, 8}, TagType::string, 0, 0, 0, 0},  // Composer
+    {{218159, 11}, TagType::string, 0, 0, 229, 2},  // Compilation
+    {{157621, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{157990, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{218170, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistDelay
+    {{218183, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{218192, 8}, TagType::string, 0, 0, 0, 0},  // FileType
+    {{218200, 4}, TagType::string, 0, 0, 0, 0},  // Time
+    {{218204, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
+    {{158010, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{218214, 6}, TagType::string, 0, 0, 0, 0},  // Length
+    {{218220, 5}, TagType::string, 0, 0, 0, 0},  // Media
+    {{218225, 14}, TagType::string, 0, 0, 0, 0},  // OriginalArtist
+    {{218239, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
+    {{218255, 16}, TagType::string, 0, 0, 0, 0},  // OriginalLyricist
+    {{218271, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseYear
+    {{218290, 13}, TagType::string, 0, 0, 0, 0},  // OriginalAlbum
+    {{218303, 4}, TagType::string, 0, 0, 0, 0},  // Band
+    {{218307, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
+    {{218316, 13}, TagType::string, 0, 0, 0, 0},  // InterpretedBy
+    {{218329, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
+    {{158018, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{218338, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
+    {{218342, 14}, TagType::string, 0, 0, 0, 0},  // RecordingDates
+    {{218356, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
+    {{218376, 14}, TagType::string, 0, 0, 0, 0},  // AlbumSortOrder
+    {{218390, 17}, TagType::string, 0, 0, 0, 0},  // ComposerSortOrder
+    {{218407, 4}, TagType::string, 0, 0, 0, 0},  // Size
+    {{218411, 18}, TagType::string, 0, 0, 0, 0},  // PerformerSortOrder
+    {{218429, 15}, TagType::string, 0, 0, 0, 0},  // EncoderSettings
+    {{218444, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
+    {{218458, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{218466, 8}, TagType::string, 0, 0, 0, 0},  // Lyricist
+    {{218474, 15}, TagType::string, 0, 0, 0, 0},  // UserDefinedText
+    {{218489, 7}, TagType::string, 0, 0, 0, 0},  // FileURL
+    {{218496, 9}, TagType::string, 0, 0, 0, 0},  // ArtistURL
+    {{218505, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
+    {{218514, 13}, TagType::string, 0, 0, 0, 0},  // CommercialURL
+    {{218527, 12}, TagType::string, 0, 0, 0, 0},  // CopyrightURL
+    {{218539, 12}, TagType::string, 0, 0, 0, 0},  // PublisherURL
+    {{218551, 14}, TagType::string, 0, 0, 0, 0},  // UserDefinedURL
+    {{218565, 15}, TagType::string, 0, 0, 0, 0},  // PictureMIMEType
+    {{218580, 17}, TagType::string, 8, 0, 0, 0},  // MusicCDIdentifier
+    {{218597, 9}, TagType::string, 0, 0, 0, 0},  // Ownership
+    {{218606, 15}, TagType::string, 0, 0, 0, 0},  // PodcastCategory
+    {{218621, 18}, TagType::string, 0, 0, 0, 0},  // PodcastDescription
+    {{218639, 9}, TagType::string, 0, 0, 0, 0},  // PodcastID
+    {{218648, 15}, TagType::string, 0, 0, 0, 0},  // PodcastKeywords
+    {{218663, 9}, TagType::string, 0, 0, 0, 0},  // FileOwner
+    {{218672, 24}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationName
+    {{218696, 25}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationOwner
+    {{218721, 10}, TagType::string, 0, 0, 0, 0},  // TermsOfUse
+    {{218731, 10}, TagType::string, 0, 0, 0, 0},  // PodcastURL
+    {{218741, 23}, TagType::string, 0, 0, 0, 0},  // InternetRadioStationURL
+    {{218764, 10}, TagType::string, 0, 0, 0, 0},  // PaymentURL
+    {{218774, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
+    {{218793, 12}, TagType::string, 0, 0, 0, 0},  // EncodingTime
+    {{218805, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
+    {{218818, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseTime
+    {{218829, 11}, TagType::string, 0, 0, 0, 0},  // TaggingTime
+    {{218840, 15}, TagType::string, 0, 0, 0, 0},  // MusicianCredits
+    {{218855, 4}, TagType::string, 0, 0, 0, 0},  // Mood
+    {{218859, 14}, TagType::string, 0, 0, 0, 0},  // ProducedNotice
+    {{218873, 11}, TagType::string, 0, 0, 0, 0},  // SetSubtitle
 };
 constexpr detail::TextRef kChoicesID3[] = {
     {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1}, {1683, 1}, {1944, 1},
@@ -12002,123 +12137,124 @@ constinit detail::StreamTags gTagsID3("ID3", kText, kTagsID3, kKeyOrderID3, kCho
 
 // IPTC: 116 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsIPTC[] = {
-    {{230197, 4}, TagType::string, 26, 0, 0, 0},
-    {{230201, 24}, TagType::int16u, 2, 0, 0, 0},
-    {{230225, 19}, TagType::string, 2, 67, 0, 0},
-    {{230244, 24}, TagType::string, 3, 68, 0, 0},
-    {{230268, 10}, TagType::string, 2, 64, 0, 0},
-    {{230278, 10}, TagType::string, 2, 64, 0, 0},
-    {{230288, 15}, TagType::digits, 2, 2, 0, 1},
-    {{230303, 7}, TagType::digits, 2, 1, 1, 10},
-    {{230310, 16}, TagType::string, 3, 236, 0, 0},
-    {{157804, 8}, TagType::string, 2, 3, 0, 0},
-    {{230326, 22}, TagType::string, 3, 32, 0, 0},
-    {{230348, 17}, TagType::string, 2, 32, 0, 0},
-    {{157720, 8}, TagType::string, 3, 64, 0, 0},
-    {{230365, 19}, TagType::country3166a3, 3, 3, 0, 0},
-    {{230384, 19}, TagType::string, 3, 64, 0, 0},
-    {{230403, 11}, TagType::digitsdate, 2, 1, 0, 0},
-    {{218818, 11}, TagType::digitstime, 2, 1, 0, 0},
-    {{230414, 14}, TagType::digitsdate, 2, 1, 0, 0},
-    {{230428, 14}, TagType::digitstime, 2, 1, 0, 0},
-    {{230442, 19}, TagType::string, 2, 256, 0, 0},
-    {{230461, 13}, TagType::digits, 2, 2, 11, 5},
-    {{230474, 16}, TagType::string, 3, 10, 0, 0},
-    {{230490, 13}, TagType::digitsdate, 3, 1, 0, 0},
-    {{230503, 15}, TagType::digits, 3, 8, 0, 0},
-    {{230518, 11}, TagType::digitsdate, 2, 1, 0, 0},
-    {{230529, 11}, TagType::digitstime, 2, 1, 0, 0},
-    {{230540, 19}, TagType::digitsdate, 2, 1, 0, 0},
-    {{230559, 19}, TagType::digitstime, 2, 1, 0, 0},
-    {{230578, 18}, TagType::string, 2, 32, 0, 0},
-    {{230596, 14}, TagType::string, 2, 10, 0, 0},
-    {{230610, 11}, TagType::string, 2, 1, 16, 3},
-    {{230621, 7}, TagType::string, 3, 32, 0, 0},
-    {{230628, 12}, TagType::string, 3, 32, 0, 0},
-    {{230640, 4}, TagType::string, 2, 32, 0, 0},
-    {{230644, 12}, TagType::string, 2, 32, 0, 0},
-    {{230656, 14}, TagType::string, 2, 32, 0, 0},
-    {{230670, 27}, TagType::country3166a3, 2, 3, 0, 0},
-    {{230697, 27}, TagType::string, 2, 64, 0, 0},
-    {{230724, 29}, TagType::string, 2, 32, 0, 0},
-    {{230753, 8}, TagType::string, 2, 256, 0, 0},
-    {{230761, 6}, TagType::string, 2, 32, 0, 0},
-    {{158041, 6}, TagType::string, 2, 32, 0, 0},
-    {{230767, 15}, TagType::string, 2, 128, 0, 0},
-    {{230782, 7}, TagType::string, 3, 128, 0, 0},
-    {{230789, 16}, TagType::longstring, 2, 2000, 0, 0},
-    {{230805, 12}, TagType::string, 2, 256, 0, 0},
-    {{230817, 13}, TagType::string, 3, 32, 0, 0},
-    {{230830, 9}, TagType::string, 2, 2, 0, 0},
-    {{230839, 16}, TagType::string, 2, 1, 19, 3},
-    {{230855, 18}, TagType::string, 2, 3, 0, 0},
-    {{230873, 9}, TagType::string, 2, 2, 22, 17},
-    {{230882, 17}, TagType::digits, 2, 6, 0, 0},
-    {{230899, 23}, TagType::digits, 2, 2, 0, 0},
-    {{230922, 13}, TagType::digits, 2, 6, 0, 0},
-    {{230935, 11}, TagType::string, 2, 64, 0, 0},
-    {{230946, 5}, TagType::string, 2, 64, 0, 0},
-    {{230951, 16}, TagType::string, 2, 256, 0, 0},
-    {{230967, 15}, TagType::string, 2, 64, 0, 0},
-    {{230982, 16}, TagType::string, 2, 128, 0, 0},
-    {{230998, 7}, TagType::string, 2, 128, 0, 0},
-    {{231005, 23}, TagType::int16u, 2, 0, 39, 30},
-    {{231028, 24}, TagType::int16u, 2, 0, 0, 0},
-    {{231052, 17}, TagType::imagedata, 10, 256000, 0, 0},
-    {{231069, 5}, TagType::string, 2, 64, 0, 0},
-    {{231074, 13}, TagType::string, 2, 64, 0, 0},
-    {{231087, 15}, TagType::string, 2, 32, 0, 0},
-    {{231102, 13}, TagType::string, 2, 1024, 0, 0},
-    {{231115, 15}, TagType::string, 2, 256, 0, 0},
-    {{231130, 14}, TagType::string, 2, 4096, 0, 0},
-    {{231144, 11}, TagType::string, 3, 256, 0, 0},
-    {{231155, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{231176, 11}, TagType::string, 3, 1024, 0, 0},
-    {{231187, 10}, TagType::int16u, 2, 0, 39, 30},
-    {{231197, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{231208, 17}, TagType::string, 2, 10, 0, 0},
-    {{231225, 14}, TagType::digits, 2, 8, 0, 0},
-    {{231239, 9}, TagType::string, 3, 32, 0, 0},
-    {{231248, 16}, TagType::digits, 2, 1, 1, 10},
-    {{231264, 8}, TagType::digitsdate, 2, 1, 0, 0},
-    {{231272, 8}, TagType::digitstime, 2, 1, 0, 0},
-    {{231280, 17}, TagType::string, 18, 32, 0, 0},
-    {{231297, 16}, TagType::string, 2, 80, 0, 0},
-    {{231313, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{231326, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{231336, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{231352, 17}, TagType::string, 2, 16, 0, 0},
-    {{231369, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{231383, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{231398, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{231412, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{231427, 16}, TagType::int8u, 2, 0, 69, 4},
-    {{231443, 19}, TagType::int16u, 2, 0, 73, 14},
-    {{231462, 21}, TagType::int8u, 2, 0, 87, 8},
-    {{231483, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{29162, 11}, TagType::string, 10, 0, 0, 0},
-    {{231496, 22}, TagType::string, 10, 0, 0, 0},
-    {{231518, 11}, TagType::string, 10, 0, 0, 0},
-    {{231529, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{231544, 12}, TagType::string, 10, 0, 0, 0},
-    {{231556, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{231573, 15}, TagType::int8u, 2, 0, 95, 3},
-    {{231588, 17}, TagType::int8u, 2, 0, 98, 8},
-    {{231605, 17}, TagType::int8u, 2, 0, 69, 4},
-    {{231622, 21}, TagType::int32u, 2, 0, 0, 0},
-    {{231643, 18}, TagType::int8u, 2, 0, 98, 8},
-    {{231661, 9}, TagType::string, 10, 0, 0, 0},
-    {{231670, 18}, TagType::int8u, 2, 0, 106, 2},
-    {{231688, 16}, TagType::int8u, 2, 0, 0, 0},
-    {{231704, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{231723, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{231744, 7}, TagType::string, 9, 0, 0, 0},
-    {{231751, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{231770, 8}, TagType::int8u, 0, 0, 106, 2},
-    {{231778, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{231792, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{231811, 17}, TagType::int32u, 0, 0, 0, 0},
+    {{230197, 4}, TagType::string, 26, 0, 0, 0},  // IPTC
+    {{230201, 24}, TagType::int16u, 2, 0, 0, 0},  // ApplicationRecordVersion
+    {{230225, 19}, TagType::string, 2, 67, 0, 0},  // ObjectTypeReference
+    {{230244, 24}, TagType::string, 3, 68, 0, 0},  // ObjectAttributeReference
+    {{230268, 10}, TagType::string, 2, 64, 0, 0},  // ObjectName
+    {{230278, 10}, TagType::string, 2, 64, 0, 0},  // EditStatus
+    {{230288, 15}, TagType::digits, 2, 2, 0, 1},  // EditorialUpdate
+    {{230303, 7}, TagType::digits, 2, 1, 1, 10},  // Urgency
+    {{230310, 16}, TagType::string, 3, 236, 0, 0},  // SubjectReference
+    {{157804, 8}, TagType::string, 2, 3, 0, 0},  // Category
+    {{230326, 22}, TagType::string, 3, 32, 0, 0},  // SupplementalCategories
+    {{230348, 17}, TagType::string, 2, 32, 0, 0},  // FixtureIdentifier
+    {{157720, 8}, TagType::string, 3, 64, 0, 0},  // Keywords
+    {{230365, 19}, TagType::country3166a3, 3, 3, 0, 0},  // ContentLocationCode
+    {{230384, 19}, TagType::string, 3, 64, 0, 0},  // ContentLocationName
+    {{230403, 11}, TagType::digitsdate, 2, 1, 0, 0},  // ReleaseDate
+    {{218818, 11}, TagType::digitstime, 2, 1, 0, 0},  // ReleaseTime
+    {{230414, 14}, TagType::digitsdate, 2, 1, 0, 0},  // ExpirationDate
+    {{230428, 14}, TagType::digitstime, 2, 1, 0, 0},  // ExpirationTime
+    {{230442, 19}, TagType::string, 2, 256, 0, 0},  // SpecialInstructions
+    {{230461, 13}, TagType::digits, 2, 2, 11, 5},  // ActionAdvised
+    {{230474, 16}, TagType::string, 3, 10, 0, 0},  // ReferenceService
+    {{230490, 13}, TagType::digitsdate, 3, 1, 0, 0},  // ReferenceDate
+    {{230503, 15}, TagType::digits, 3, 8, 0, 0},  // ReferenceNumber
+    {{230518, 11}, TagType::digitsdate, 2, 1, 0, 0},  // DateCreated
+    {{230529, 11}, TagType::digitstime, 2, 1, 0, 0},  // TimeCreated
+    {{230540, 19}, TagType::digitsdate, 2, 1, 0, 0},  // DigitalCreationDate
+    {{230559, 19}, TagType::digitstime, 2, 1, 0, 0},  // DigitalCreationTime
+    {{230578, 18}, TagType::string, 2, 32, 0, 0},  // OriginatingProgram
+    {{230596, 14}, TagType::string, 2, 10, 0, 0},  // ProgramVersion
+    {{230610, 11}, TagType::string, 2, 1, 16, 3},  // ObjectCycle
+    {{230621, 7}, TagType::string, 3, 32, 0, 0},  // By-line
+    {{230628, 12}, TagType::string, 3, 32, 0, 0},  // By-lineTitle
+    {{230640, 4}, TagType::string, 2, 32, 0, 0},  // City
+    {{230644, 12}, TagType::string, 2, 32, 0, 0},  // Sub-location
+    {{230656, 14}, TagType::string, 2, 32, 0, 0},  // Province-State
+    {{230670, 27}, TagType::country3166a3, 2, 3, 0, 0},  // Country-PrimaryLocationCode
+    {{230697, 27}, TagType::string, 2, 64, 0, 0},  // Country-PrimaryLocationName
+    {{230724, 29}, TagType::string, 2, 32, 0, 0},  // OriginalTransmissionReference
+    {{230753, 8}, TagType::string, 2, 256, 0, 0},  // Headline
+    {{230761, 6}, TagType::string, 2, 32, 0, 0},  // Credit
+    {{158041, 6}, TagType::string, 2, 32, 0, 0},  // Source
+    {{230767, 15}, TagType::string, 2, 128, 0, 0},  // CopyrightNotice
+    {{230782, 7}, TagType::string, 3, 128, 0, 0},  // Contact
+    {{230789, 16}, TagType::longstring, 2, 2000, 0, 0},  // Caption-Abstract
+    {{230805, 12}, TagType::string, 2, 256, 0, 0},  // LocalCaption
+    {{230817, 13}, TagType::string, 3, 32, 0, 0},  // Writer-Editor
+    {{230830, 9}, TagType::string, 2, 2, 0, 0},  // ImageType
+    {{230839, 16}, TagType::string, 2, 1, 19, 3},  // ImageOrientation
+    {{230855, 18}, TagType::string, 2, 3, 0, 0},  // LanguageIdentifier
+    {{230873, 9}, TagType::string, 2, 2, 22, 17},  // AudioType
+    {{230882, 17}, TagType::digits, 2, 6, 0, 0},  // AudioSamplingRate
+    {{230899, 23}, TagType::digits, 2, 2, 0, 0},  // AudioSamplingResolution
+    {{230922, 13}, TagType::digits, 2, 6, 0, 0},  // AudioDuration
+    {{230935, 11}, TagType::string, 2, 64, 0, 0},  // AudioOutcue
+    {{230946, 5}, TagType::string, 2, 64, 0, 0},  // JobID
+    {{230951, 16}, TagType::string, 2, 256, 0, 0},  // MasterDocumentID
+    {{230967, 15}, TagType::string, 2, 64, 0, 0},  // ShortDocumentID
+    {{230982, 16}, TagType::string, 2, 128, 0, 0},  // UniqueDocumentID
+    {{230998, 7}, TagType::string, 2, 128, 0, 0},  // OwnerID
+    {{231005, 23}, TagType::int16u, 2, 0, 39, 30},  // ObjectPreviewFileFormat
+    {{231028, 24}, TagType::int16u, 2, 0, 0, 0},  // ObjectPreviewFileVersion
+    {{231052, 17}, TagType::imagedata, 10, 256000, 0, 0},  // ObjectPreviewData
+    {{231069, 5}, TagType::string, 2, 64, 0, 0},  // Prefs
+    {{231074, 13}, TagType::string, 2, 64, 0, 0},  // ClassifyState
+    {{231087, 15}, TagType::string, 2, 32, 0, 0},  // SimilarityIndex
+    {{231102, 13}, TagType::string, 2, 1024, 0, 0},  // DocumentNotes
+    {{231115, 15}, TagType::string, 2, 256, 0, 0},  // DocumentHistory
+    {{231130, 14}, TagType::string, 2, 4096, 0, 0},  // ExifCameraInfo
+    {{231144, 11}, TagType::string, 3, 256, 0, 0},  // CatalogSets
+    {{231155, 21}, TagType::int16u, 2, 0, 0, 0},  // EnvelopeRecordVersion
+    {{231176, 11}, TagType::string, 3, 1024, 0, 0},  // Destination
+    {{231187, 10}, TagType::int16u, 2, 0, 39, 30},  // FileFormat
+    {{231197, 11}, TagType::int16u, 2, 0, 0, 0},  // FileVersion
+    {{231208, 17}, TagType::string, 2, 10, 0, 0},  // ServiceIdentifier
+    {{231225, 14}, TagType::digits, 2, 8, 0, 0},  // EnvelopeNumber
+    {{231239, 9}, TagType::string, 3, 32, 0, 0},  // ProductID
+    {{231248, 16}, TagType::digits, 2, 1, 1, 10},  // EnvelopePriority
+    {{231264, 8}, TagType::digitsdate, 2, 1, 0, 0},  // DateSent
+    {{231272, 8}, TagType::digitstime, 2, 1, 0, 0},  // TimeSent
+    {{231280, 17}, TagType::string, 18, 32, 0, 0},  // CodedCharacterSet
+    {{231297, 16}, TagType::string, 2, 80, 0, 0},  // UniqueObjectName
+    {{231313, 13}, TagType::int16u, 2, 0, 0, 0},  // ARMIdentifier
+    {{231326, 10}, TagType::int16u, 2, 0, 0, 0},  // ARMVersion
+    {{231336, 16}, TagType::int16u, 2, 0, 0, 0},  // NewsPhotoVersion
+    {{231352, 17}, TagType::string, 2, 16, 0, 0},  // IPTCPictureNumber
+    {{231369, 14}, TagType::int16u, 2, 0, 0, 0},  // IPTCImageWidth
+    {{231383, 15}, TagType::int16u, 2, 0, 0, 0},  // IPTCImageHeight
+    {{231398, 14}, TagType::int16u, 2, 0, 0, 0},  // IPTCPixelWidth
+    {{231412, 15}, TagType::int16u, 2, 0, 0, 0},  // IPTCPixelHeight
+    {{231427, 16}, TagType::int8u, 2, 0, 69, 4},  // SupplementalType
+    {{231443, 19}, TagType::int16u, 2, 0, 73, 14},  // ColorRepresentation
+    {{231462, 21}, TagType::int8u, 2, 0, 87, 8},  // InterchangeColorSpace
+    {{231483, 13}, TagType::int8u, 2, 0, 0, 0},  // ColorSequence
+    {{29162, 11}, TagType::string, 10, 0, 0, 0},  // ICC_Profile
+    {{231496, 22}, TagType::string, 10, 0, 0, 0},  // ColorCalibrationMatrix
+    {{231518, 11}, TagType::string, 10, 0, 0, 0},  // LookupTable
+    {{231529, 15}, TagType::int16u, 2, 0, 0, 0},  // NumIndexEntries
+    {{231544, 12}, TagType::string, 10, 0, 0, 0},  // ColorPalette
+    {{231556, 17}, TagType::int8u, 2, 0, 0, 0},  // IPTCBitsPerSample
+    {{231573, 15}, TagType::int8u, 2, 0, 95, 3},  // SampleStructure
+    {{231588, 17}, TagType::int8u, 2, 0, 98, 8},  // ScanningDirection
+    {{231605, 17}, TagType::int8u, 2, 0, 69, 4},  // IPTCImageRotation
+    {{231622, 21}, TagType::int32u, 2, 0, 0, 0},  // DataCompressionMethod
+    {{231643, 18}, TagType::int8u, 2, 0, 98, 8},  // QuantizationMethod
+    {{231661, 9}, TagType::string, 10, 0, 0, 0},  // EndPoints
+    {{231670, 18}, TagType::int8u, 2, 0, 106, 2},  // ExcursionTolerance
+    {{231688, 16}, TagType::int8u, 2, 0, 0, 0},  // BitsPerComponent
+    {{231704, 19}, TagType::int16u, 2, 0, 0, 0},  // MaximumDensityRange
+    {{231723, 21}, TagType::int16u, 2, 0, 0, 0},  // GammaCompensatedValue
+    {{231744, 7}, TagType::string, 9, 0, 0, 0},  // SubFile
+    {{231751, 19}, TagType::int32u, 0, 0, 0, 0},  // ConfirmedObjectSize
+    {{231770, 8}, TagType::int8u, 0, 0, 106, 2},  // SizeMode
+    {{231778, 14}, TagType::int32u, 0, 0, 0, 0},  // MaxSubfileSize
+    {{231792, 19}, TagType::int32u, 0, 0, 0, 0},  // ObjectSizeAnnounced
+    {{231811, 17}, TagType::int32u, 0, 0, 0, 0},  // MaximumObjectSize
 };
 constexpr detail::TextRef kChoicesIPTC[] = {
     {231828, 2}, {1676, 1}, {1677, 1}, {1678, 1}, {1681, 1}, {1679, 1}, {1682, 1}, {1683, 1},
@@ -13176,29 +13312,30 @@ constinit detail::StreamTags gTagsIPTC("IPTC", kText, kTagsIPTC, kKeyOrderIPTC, 
 
 // ISO: 22 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsISO[] = {
-    {{257033, 10}, TagType::string, 0, 32, 0, 0},
-    {{257043, 14}, TagType::string, 0, 32, 0, 0},
-    {{257057, 6}, TagType::string, 0, 32, 0, 0},
-    {{257063, 10}, TagType::string, 0, 32, 0, 0},
-    {{257073, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{257089, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{257107, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{257126, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{257141, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{257154, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{257171, 23}, TagType::string, 0, 7, 0, 0},
-    {{257194, 13}, TagType::string, 0, 128, 0, 0},
-    {{158018, 9}, TagType::string, 0, 128, 0, 0},
-    {{257207, 12}, TagType::string, 0, 128, 0, 0},
-    {{257219, 8}, TagType::string, 0, 128, 0, 0},
-    {{257227, 17}, TagType::string, 0, 38, 0, 0},
-    {{257244, 16}, TagType::string, 0, 36, 0, 0},
-    {{257260, 20}, TagType::string, 0, 37, 0, 0},
-    {{257280, 16}, TagType::string, 0, 17, 0, 0},
-    {{257296, 16}, TagType::string, 0, 17, 0, 0},
-    {{257312, 20}, TagType::string, 0, 17, 0, 0},
-    {{257332, 19}, TagType::string, 0, 17, 0, 0},
+    {{257033, 10}, TagType::string, 0, 32, 0, 0},  // BootSystem
+    {{257043, 14}, TagType::string, 0, 32, 0, 0},  // BootIdentifier
+    {{257057, 6}, TagType::string, 0, 32, 0, 0},  // System
+    {{257063, 10}, TagType::string, 0, 32, 0, 0},  // VolumeName
+    {{257073, 16}, TagType::int32u, 0, 0, 0, 0},  // VolumeBlockCount
+    {{257089, 18}, TagType::int16u, 0, 0, 0, 0},  // VolumeSetDiskCount
+    {{257107, 19}, TagType::int16u, 0, 0, 0, 0},  // VolumeSetDiskNumber
+    {{257126, 15}, TagType::int16u, 0, 0, 0, 0},  // VolumeBlockSize
+    {{257141, 13}, TagType::int32u, 0, 0, 0, 0},  // PathTableSize
+    {{257154, 17}, TagType::int32u, 0, 0, 0, 0},  // PathTableLocation
+    {{257171, 23}, TagType::string, 0, 7, 0, 0},  // RootDirectoryCreateDate
+    {{257194, 13}, TagType::string, 0, 128, 0, 0},  // VolumeSetName
+    {{158018, 9}, TagType::string, 0, 128, 0, 0},  // Publisher
+    {{257207, 12}, TagType::string, 0, 128, 0, 0},  // DataPreparer
+    {{257219, 8}, TagType::string, 0, 128, 0, 0},  // Software
+    {{257227, 17}, TagType::string, 0, 38, 0, 0},  // CopyrightFileName
+    {{257244, 16}, TagType::string, 0, 36, 0, 0},  // AbstractFileName
+    {{257260, 20}, TagType::string, 0, 37, 0, 0},  // BibligraphicFileName
+    {{257280, 16}, TagType::string, 0, 17, 0, 0},  // VolumeCreateDate
+    {{257296, 16}, TagType::string, 0, 17, 0, 0},  // VolumeModifyDate
+    {{257312, 20}, TagType::string, 0, 17, 0, 0},  // VolumeExpirationDate
+    {{257332, 19}, TagType::string, 0, 17, 0, 0},  // VolumeEffectiveDate
 };
 constexpr detail::StringRow kStringsEnglishISO[] = {
     {{257351, 20}, {257371, 18}},
@@ -13255,15 +13392,16 @@ constinit detail::StreamTags gTagsISO("ISO", kText, kTagsISO, kKeyOrderISO, {}, 
 
 // ITC: 8 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsITC[] = {
-    {{258190, 8}, TagType::string, 0, 4, 0, 1},
-    {{258198, 9}, TagType::string, 0, 8, 0, 0},
-    {{258207, 7}, TagType::string, 0, 8, 0, 0},
-    {{258214, 12}, TagType::string, 0, 4, 1, 2},
-    {{230830, 9}, TagType::string, 0, 4, 0, 0},
-    {{29309, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{29319, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{258226, 9}, TagType::string, 0, 0, 0, 0},
+    {{258190, 8}, TagType::string, 0, 4, 0, 1},  // DataType
+    {{258198, 9}, TagType::string, 0, 8, 0, 0},  // LibraryID
+    {{258207, 7}, TagType::string, 0, 8, 0, 0},  // TrackID
+    {{258214, 12}, TagType::string, 0, 4, 1, 2},  // DataLocation
+    {{230830, 9}, TagType::string, 0, 4, 0, 0},  // ImageType
+    {{29309, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{29319, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{258226, 9}, TagType::string, 0, 0, 0, 0},  // ImageData
 };
 constexpr detail::TextRef kChoicesITC[] = {
     {258235, 4}, {258239, 4}, {258243, 4},
@@ -13324,15 +13462,16 @@ constinit detail::StreamTags gTagsITC("ITC", kText, kTagsITC, kKeyOrderITC, kCho
 
 // JFIF: 8 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJFIF[] = {
-    {{258562, 14}, TagType::string, 0, 0, 0, 0},
-    {{258576, 13}, TagType::string, 0, 0, 0, 0},
-    {{258589, 11}, TagType::int8u, 0, 2, 0, 0},
-    {{258600, 14}, TagType::int8u, 2, 0, 0, 3},
-    {{30621, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{30632, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{258614, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{258628, 15}, TagType::int8u, 0, 0, 0, 0},
+    {{258562, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
+    {{258576, 13}, TagType::string, 0, 0, 0, 0},  // ThumbnailTIFF
+    {{258589, 11}, TagType::int8u, 0, 2, 0, 0},  // JFIFVersion
+    {{258600, 14}, TagType::int8u, 2, 0, 0, 3},  // ResolutionUnit
+    {{30621, 11}, TagType::int16u, 2, 0, 0, 0},  // XResolution
+    {{30632, 11}, TagType::int16u, 2, 0, 0, 0},  // YResolution
+    {{258614, 14}, TagType::int8u, 0, 0, 0, 0},  // ThumbnailWidth
+    {{258628, 15}, TagType::int8u, 0, 0, 0, 0},  // ThumbnailHeight
 };
 constexpr detail::TextRef kChoicesJFIF[] = {
     {1676, 1}, {1677, 1}, {1678, 1},
@@ -13421,14 +13560,15 @@ constinit detail::StreamTags gTagsJFIF("JFIF", kText, kTagsJFIF, kKeyOrderJFIF, 
 
 // JPEG: 7 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJPEG[] = {
-    {{156985, 12}, TagType::string, 2, 0, 0, 0},
-    {{29258, 7}, TagType::string, 2, 0, 0, 0},
-    {{259408, 5}, TagType::string, 2, 0, 0, 0},
-    {{259413, 23}, TagType::string, 0, 0, 0, 0},
-    {{259436, 13}, TagType::string, 0, 0, 0, 0},
-    {{259449, 8}, TagType::string, 0, 0, 0, 0},
-    {{259457, 8}, TagType::string, 0, 0, 0, 0},
+    {{156985, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{29258, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{259408, 5}, TagType::string, 2, 0, 0, 0},  // Adobe
+    {{259413, 23}, TagType::string, 0, 0, 0, 0},  // DefineQuantizationTable
+    {{259436, 13}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideo
+    {{259449, 8}, TagType::string, 0, 0, 0, 0},  // Insta360
+    {{259457, 8}, TagType::string, 0, 0, 0, 0},  // NikonApp
 };
 constexpr detail::StringRow kStringsEnglishJPEG[] = {
     {{259465, 10}, {259408, 5}},
@@ -13471,14 +13611,15 @@ constinit detail::StreamTags gTagsJPEG("JPEG", kText, kTagsJPEG, kKeyOrderJPEG, 
 
 // JSON: 7 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJSON[] = {
-    {{259633, 27}, TagType::string, 0, 0, 0, 0},
-    {{259660, 28}, TagType::string, 0, 0, 0, 0},
-    {{259688, 24}, TagType::string, 0, 0, 0, 0},
-    {{259712, 28}, TagType::string, 0, 0, 0, 0},
-    {{259740, 29}, TagType::string, 0, 0, 0, 0},
-    {{259769, 25}, TagType::string, 0, 0, 0, 0},
-    {{259794, 33}, TagType::string, 0, 0, 0, 0},
+    {{259633, 27}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataCreated
+    {{259660, 28}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataModified
+    {{259688, 24}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataName
+    {{259712, 28}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataPluginID
+    {{259740, 29}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataTimestamp
+    {{259769, 25}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataUsage
+    {{259794, 33}, TagType::string, 0, 0, 0, 0},  // ON1_SettingsMetadataVisibleToUser
 };
 constexpr detail::StringRow kStringsEnglishJSON[] = {
     {{259827, 32}, {259859, 29}},

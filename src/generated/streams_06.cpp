@@ -8,2106 +8,2197 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "AuthorIdentifier""AuthorName""Format""Title""DocumentID""InstanceID""Relationship"
-    "ThumbnailHash""ThumbnailURL""JUMDID""JUMDLabel""JUMDSignature""JUMDToggles""JUMDType""1""2""4"
-    "8""JUMBF:AuthorIdentifier""Author Identifier""JUMBF:AuthorName""Author Name""JUMBF:DocumentID"
-    "Document ID""JUMBF:Format""JUMBF:InstanceID""Instance ID""JUMBF:JUMDID""JUMD ID"
-    "JUMBF:JUMDLabel""JUMD Label""JUMBF:JUMDSignature""JUMD Signature""JUMBF:JUMDToggles"
-    "JUMD Toggles""JUMBF:JUMDToggles:1""Requestable""JUMBF:JUMDToggles:2""Label"
-    "JUMBF:JUMDToggles:4""ID""JUMBF:JUMDToggles:8""Signature""JUMBF:JUMDType""JUMD Type"
-    "JUMBF:Relationship""JUMBF:ThumbnailHash""Thumbnail Hash""JUMBF:ThumbnailURL""Thumbnail URL"
-    "JUMBF:Title""标题""URL de la vignette""Titre""Titel""Formato""Titolo""タイトル""Título""CPUVersions"
-    "Quality""MakerNoteVersion""0""FINE""STD""STND""JVC:CPUVersions""CPU Versions"
-    "JVC:MakerNoteVersion""Maker Note Version""JVC:Quality""JVC:Quality:0""Low""JVC:Quality:1"
-    "Normal""JVC:Quality:2""Fine""JVC:Quality:FINE""JVC:Quality:STD""JVC:Quality:STND""图像质量""低画质"
-    "标准画质""精细""Version des informations spécifiques fabricant""Qualité""Basse""Normale"
-    "MakerNote-Version""Qualität""Leicht""Standardqualität""Fein""Note Versione Costruttore"
-    "Qualità""Basso""メーカーノートバージョン""品質""低画質""ノーマル""ファイン""Versión nota Fabricante""Calidad""Bajo"
-    "Calidad estándar""Fina""CaptureYResolution""CaptureXResolution""CaptureYResolutionUnit"
-    "CaptureXResolutionUnit""ColorSpecMethod""ColorSpecPrecedence""ColorSpecApproximation"
-    "ColorSpace""ColorSpecData""DisplayYResolution""DisplayXResolution""DisplayYResolutionUnit"
-    "DisplayXResolutionUnit""MajorBrand""MinorVersion""CompatibleBrands""ImageHeight""ImageWidth"
-    "NumberOfComponents""BitsPerComponent""Compression""BinaryDataType""BinaryFilter""BinaryData"
-    "C2PASaltHash""ComponentDefinition""ColorGroup""DigitalSignature""ComponentMapping""Composition"
-    "CompositionOptions""Cross-Reference""CodestreamRegistration""DesiredReproductions"
-    "DataReference""FragmentList""Free""FragmentTable""GraphicsTechnologyStandardOutput"
-    "GainMapImage""InstructionSet""JP2Signature""ContiguousCodestream""PreviewImage""JXLCodestream"
-    "PartialJXLCodestream""MediaData""MPEG7Binary""NumberList""Opacity""Palette""Profile"
-    "ROIDescription""ReaderRequirements""UUIDList""URL""UUID-Signature""UUID-Unknown""XML""-3""-2"
-    "-1""3""5""6""9""11""12""13""14""15""16""17""18""19""20""21""22""23""24""jp2 ""jph ""jpm ""jpx "
-    "jxl ""7""Jpeg2000:BinaryData""Binary Data""Jpeg2000:BinaryDataType""Binary Data Type"
-    "Jpeg2000:BinaryFilter""Binary Filter""Jpeg2000:BitsPerComponent""Bits Per Component"
-    "Jpeg2000:C2PASaltHash""C2 PA Salt Hash""Jpeg2000:CaptureXResolution""Capture X Resolution"
-    "Jpeg2000:CaptureXResolutionUnit""Capture X Resolution Unit""Jpeg2000:CaptureXResolutionUnit:-1"
-    "10 m""Jpeg2000:CaptureXResolutionUnit:-2""100 m""Jpeg2000:CaptureXResolutionUnit:-3""km"
-    "Jpeg2000:CaptureXResolutionUnit:0""m""Jpeg2000:CaptureXResolutionUnit:1""10 cm"
-    "Jpeg2000:CaptureXResolutionUnit:2""cm""Jpeg2000:CaptureXResolutionUnit:3""mm"
-    "Jpeg2000:CaptureXResolutionUnit:4""0.1 mm""Jpeg2000:CaptureXResolutionUnit:5""0.01 mm"
-    "Jpeg2000:CaptureXResolutionUnit:6""um""Jpeg2000:CaptureYResolution""Capture Y Resolution"
-    "Jpeg2000:CaptureYResolutionUnit""Capture Y Resolution Unit""Jpeg2000:CaptureYResolutionUnit:-1"
-    "Jpeg2000:CaptureYResolutionUnit:-2""Jpeg2000:CaptureYResolutionUnit:-3"
-    "Jpeg2000:CaptureYResolutionUnit:0""Jpeg2000:CaptureYResolutionUnit:1"
-    "Jpeg2000:CaptureYResolutionUnit:2""Jpeg2000:CaptureYResolutionUnit:3"
-    "Jpeg2000:CaptureYResolutionUnit:4""Jpeg2000:CaptureYResolutionUnit:5"
-    "Jpeg2000:CaptureYResolutionUnit:6""Jpeg2000:CodestreamRegistration""Codestream Registration"
-    "Jpeg2000:ColorGroup""Color Group""Jpeg2000:ColorSpace""Color Space""Jpeg2000:ColorSpace:0"
-    "Bi-level""Jpeg2000:ColorSpace:1""YCbCr(1)""Jpeg2000:ColorSpace:11""CMY""Jpeg2000:ColorSpace:12"
-    "CMYK""Jpeg2000:ColorSpace:13""YCCK""Jpeg2000:ColorSpace:14""CIELab""Jpeg2000:ColorSpace:15"
-    "Bi-level(2)""Jpeg2000:ColorSpace:16""sRGB""Jpeg2000:ColorSpace:17""Grayscale"
-    "Jpeg2000:ColorSpace:18""sYCC""Jpeg2000:ColorSpace:19""CIEJab""Jpeg2000:ColorSpace:20""e-sRGB"
-    "Jpeg2000:ColorSpace:21""ROMM-RGB""Jpeg2000:ColorSpace:22""YPbPr(1125/60)"
-    "Jpeg2000:ColorSpace:23""YPbPr(1250/50)""Jpeg2000:ColorSpace:24""e-sYCC""Jpeg2000:ColorSpace:3"
-    "YCbCr(2)""Jpeg2000:ColorSpace:4""YCbCr(3)""Jpeg2000:ColorSpace:9""PhotoYCC"
-    "Jpeg2000:ColorSpecApproximation""Color Spec Approximation""Jpeg2000:ColorSpecApproximation:0"
-    "Not Specified""Jpeg2000:ColorSpecApproximation:1""Accurate""Jpeg2000:ColorSpecApproximation:2"
-    "Exceptional Quality""Jpeg2000:ColorSpecApproximation:3""Reasonable Quality"
-    "Jpeg2000:ColorSpecApproximation:4""Poor Quality""Jpeg2000:ColorSpecData""Color Spec Data"
-    "Jpeg2000:ColorSpecMethod""Color Spec Method""Jpeg2000:ColorSpecMethod:1""Enumerated"
-    "Jpeg2000:ColorSpecMethod:2""Restricted ICC""Jpeg2000:ColorSpecMethod:3""Any ICC"
-    "Jpeg2000:ColorSpecMethod:4""Vendor Color""Jpeg2000:ColorSpecPrecedence""Color Spec Precedence"
-    "Jpeg2000:CompatibleBrands""Compatible Brands""Jpeg2000:ComponentDefinition"
-    "Component Definition""Jpeg2000:ComponentMapping""Component Mapping""Jpeg2000:Composition"
-    "Jpeg2000:CompositionOptions""Composition Options""Jpeg2000:Compression""Jpeg2000:Compression:0"
-    "Uncompressed""Jpeg2000:Compression:1""Modified Huffman""Jpeg2000:Compression:2""Modified READ"
-    "Jpeg2000:Compression:3""Modified Modified READ""Jpeg2000:Compression:4""JBIG"
-    "Jpeg2000:Compression:5""JPEG""Jpeg2000:Compression:6""JPEG-LS""Jpeg2000:Compression:7"
-    "JPEG 2000""Jpeg2000:Compression:8""JBIG2""Jpeg2000:ContiguousCodestream""Contiguous Codestream"
-    "Jpeg2000:Cross-Reference""Jpeg2000:DataReference""Data Reference"
-    "Jpeg2000:DesiredReproductions""Desired Reproductions""Jpeg2000:DigitalSignature"
-    "Digital Signature""Jpeg2000:DisplayXResolution""Display X Resolution"
-    "Jpeg2000:DisplayXResolutionUnit""Display X Resolution Unit""Jpeg2000:DisplayXResolutionUnit:-1"
-    "Jpeg2000:DisplayXResolutionUnit:-2""Jpeg2000:DisplayXResolutionUnit:-3"
-    "Jpeg2000:DisplayXResolutionUnit:0""Jpeg2000:DisplayXResolutionUnit:1"
-    "Jpeg2000:DisplayXResolutionUnit:2""Jpeg2000:DisplayXResolutionUnit:3"
-    "Jpeg2000:DisplayXResolutionUnit:4""Jpeg2000:DisplayXResolutionUnit:5"
-    "Jpeg2000:DisplayXResolutionUnit:6""Jpeg2000:DisplayYResolution""Display Y Resolution"
-    "Jpeg2000:DisplayYResolutionUnit""Display Y Resolution Unit""Jpeg2000:DisplayYResolutionUnit:-1"
-    "Jpeg2000:DisplayYResolutionUnit:-2""Jpeg2000:DisplayYResolutionUnit:-3"
-    "Jpeg2000:DisplayYResolutionUnit:0""Jpeg2000:DisplayYResolutionUnit:1"
-    "Jpeg2000:DisplayYResolutionUnit:2""Jpeg2000:DisplayYResolutionUnit:3"
-    "Jpeg2000:DisplayYResolutionUnit:4""Jpeg2000:DisplayYResolutionUnit:5"
-    "Jpeg2000:DisplayYResolutionUnit:6""Jpeg2000:FragmentList""Fragment List"
-    "Jpeg2000:FragmentTable""Fragment Table""Jpeg2000:Free""Jpeg2000:GainMapImage""Gain Map Image"
-    "Jpeg2000:GraphicsTechnologyStandardOutput""Graphics Technology Standard Output"
-    "Jpeg2000:ImageHeight""Image Height""Jpeg2000:ImageWidth""Image Width""Jpeg2000:InstructionSet"
-    "Instruction Set""Jpeg2000:JP2Signature""JP2 Signature""Jpeg2000:JXLCodestream""JXL Codestream"
-    "Jpeg2000:Label""Jpeg2000:MPEG7Binary""MPEG7 Binary""Jpeg2000:MajorBrand""Major Brand"
-    "Jpeg2000:MajorBrand:jp2 ""JPEG 2000 Image (.JP2)""Jpeg2000:MajorBrand:jph "
-    "High-throughput JPEG 2000 (.JPH)""Jpeg2000:MajorBrand:jpm ""JPEG 2000 Compound Image (.JPM)"
-    "Jpeg2000:MajorBrand:jpx ""JPEG 2000 with extensions (.JPX)""Jpeg2000:MajorBrand:jxl "
-    "JPEG XL Image (.JXL)""Jpeg2000:MediaData""Media Data""Jpeg2000:MinorVersion""Minor Version"
-    "Jpeg2000:NumberList""Number List""Jpeg2000:NumberOfComponents""Number Of Components"
-    "Jpeg2000:Opacity""Jpeg2000:Palette""Jpeg2000:PartialJXLCodestream""Partial JXL Codestream"
-    "Jpeg2000:PreviewImage""Preview Image""Jpeg2000:Profile""Jpeg2000:ROIDescription"
-    "ROI Description""Jpeg2000:ReaderRequirements""Reader Requirements""Jpeg2000:URL"
-    "Jpeg2000:UUID-Signature""Jpeg2000:UUID-Unknown""Jpeg2000:UUIDList""UUID List""Jpeg2000:XML"
-    "µm (微米)""色彩空间信息""压缩方案""未压缩""JEPG压缩率""像高""像宽""Bits par composante""µm (micromètre)"
-    "Espace colorimétrique""sRVB""Approximation de la spécification des couleurs""Non spécifié"
-    "Précise""Qualité exceptionnelle""Qualité raisonnable""Qualité médiocre""Labels compatibles"
-    "Schéma de compression""Non compressé""Huffman modifié""LECTURE Modifiée"
-    "LECTURE Modifiée Modifiée""Compression JPEG""JPEG LS""Hauteur de l'image""Largeur de l'image"
-    "Label majeur""Image JPEG 2000 Image (.JP2)""Image composée JPEG 2000 (.JPM"
-    "Image JPEG 2000 avec extensions (.JPX)""Image JPEG XL (.JXL)""Version mineure"
-    "Aperçu de l'image""URL ""µm (Mikrometer)""Farbraum""Komprimierungsschema""Nicht komprimiert"
-    "JPEG-Komprimierung""Bildhöhe""Bildbreite""Beschriftung""Vorschaubild""Bits per componente"
-    "Spazio colore""Scala di grigi""Non specificato""Enumerato""Compressione""Non compresso"
-    "Compressione JPEG""Altezza immagine""Larghezza immagine""Immagine anteprima""Profilo"
-    "コンポーネントあたりビット""色空間""圧縮計画""非圧縮""JPEG圧縮率""画像高さ""画像幅""プレビューイメージ""Bits Por Componente"
-    "Espacio Color""Compresión""Sin comprimir""Compresión JPEG""Firma Digital""Alto Imagen"
-    "Ancho Imagen""Vista Previa""SensorWidth""SensorHeight""BayerPattern""SensorFullWidth"
-    "SensorFullHeight""KodakImageWidth""KodakImageHeight""KodakInfoType""SerialNumber""FNumber"
-    "ExposureTime""ISO""CameraByteOrder""ApertureValue""BrightnessValue""ExposureCompensation"
-    "FocalLengthIn35mmFormat""FocalLength""FirmwareVersion""ShutterSpeedValue""Make""Model"
-    "ModelType""KodakModel""BurstMode""YearCreated""MonthDayCreated""TimeCreated""BurstMode2"
-    "ShutterMode""MeteringMode""SequenceNumber""VariousModes""Distance1""Distance2""Distance3"
-    "Distance4""FocusMode""VariousModes2""PanoramaMode""SubjectDistance""WhiteBalance""FlashMode"
-    "FlashFired""ISOSetting""TotalZoom""DateTimeStamp""ColorMode""DigitalZoom""Sharpness"
-    "WB_RGBLevels""PreviewImageWidth""PreviewImageHeight""PreviewImageLength""SceneMode"
-    "OpticalZoom""ThumbnailWidth""ThumbnailHeight""SceneModeUsed""MaxAperture""Kodak_SubIFD3_0x2007"
-    "Kodak_SubIFD3_0x2008""Kodak_SubIFD3_0x2009""Kodak_SubIFD3_0x200a""Kodak_SubIFD3_0x200b"
-    "Kodak_SubIFD3_0x3020""Kodak_SubIFD3_0x3030""Kodak_SubIFD3_0x3040""Kodak_SubIFD3_0x3050"
-    "Kodak_SubIFD3_0x3060""Kodak_SubIFD3_0x8001""Kodak_SubIFD3_0x8002""Kodak_SubIFD3_0x8003"
-    "Kodak_SubIFD3_0x8004""Kodak_SubIFD3_0x8005""Kodak_SubIFD3_0x8006""Kodak_SubIFD3_0x8007"
-    "Kodak_SubIFD3_0x8008""Kodak_SubIFD3_0x8009""Kodak_SubIFD3_0x800a""Kodak_SubIFD3_0x800b"
-    "Kodak_SubIFD3_0x800c""AFMode""ActualCompensation""Aperture""AutoBracket""CameraModel"
-    "CameraBody""Date""ExposureBias""ExposureMode""FlashExposureComp""FlashSyncMode""ImageNumber"
-    "Lens""MeterMode""MinAperture""PopupFlash""ShootingMode""ShutterSpeed""Temperature""Time"
-    "OtherInfo""PreviewImageSize""PictureEffect""KodakMake""LensSerialNumber""LensModel""LevelMeter"
-    "Pitch""Yaw""Roll""CX""CY""Rads""KodakMaker""OriginalFileName""ImageRotated""Macro""Flash"
-    "DateTimeOriginal""UnknownNumber""ThumbnailImage""Duration""KodakVersion""Accelerometer"
-    "AngularVelocity""II""MM""32""64""256""512""8192""16384""10""25""28""29""31""33""34""A""B""M""P"
-    "S""Kodak:AFMode""AF Mode""Kodak:Accelerometer""Kodak:ActualCompensation""Actual Compensation"
-    "Kodak:AngularVelocity""Angular Velocity""Kodak:Aperture""Kodak:ApertureValue""Aperture Value"
-    "Kodak:AutoBracket""Auto Bracket""Kodak:BayerPattern""Bayer Pattern""Kodak:BrightnessValue"
-    "Brightness Value""Kodak:BurstMode""Burst Mode""Kodak:BurstMode2""Burst Mode 2"
-    "Kodak:BurstMode:0""Off""Kodak:BurstMode:1""On""Kodak:CX""Kodak:CY""Kodak:CameraBody"
-    "Camera Body""Kodak:CameraByteOrder""Camera Byte Order""Kodak:CameraByteOrder:II"
-    "Little-endian (Intel, II)""Kodak:CameraByteOrder:MM""Big-endian (Motorola, MM)"
-    "Kodak:CameraModel""Camera Model""Kodak:ColorMode""Color Mode""Kodak:ColorMode:1""B&W"
-    "Kodak:ColorMode:16384""Sepia""Kodak:ColorMode:2""Kodak:ColorMode:256""Saturated Color"
-    "Kodak:ColorMode:3""B&W Yellow Filter""Kodak:ColorMode:32""Kodak:ColorMode:4""B&W Red Filter"
-    "Kodak:ColorMode:512""Neutral Color""Kodak:ColorMode:64""Kodak:ColorMode:8192""Kodak:Date"
-    "Kodak:DateTimeOriginal""Date/Time Original""Kodak:DateTimeStamp""Date Time Stamp"
-    "Kodak:DigitalZoom""Digital Zoom""Kodak:Distance1""Distance 1""Kodak:Distance2""Distance 2"
-    "Kodak:Distance3""Distance 3""Kodak:Distance4""Distance 4""Kodak:Duration""Kodak:ExposureBias"
-    "Exposure Bias""Kodak:ExposureCompensation""Exposure Compensation""Kodak:ExposureMode"
-    "Exposure Mode""Kodak:ExposureMode:A""Aperture Priority""Kodak:ExposureMode:B""Bulb"
-    "Kodak:ExposureMode:M""Manual""Kodak:ExposureMode:P""Program""Kodak:ExposureMode:S"
-    "Shutter Priority""Kodak:ExposureTime""Exposure Time""Kodak:FNumber""F Number"
-    "Kodak:FirmwareVersion""Firmware Version""Kodak:Flash""Kodak:Flash:0""No Flash""Kodak:Flash:1"
-    "Fired""Kodak:FlashExposureComp""Flash Exposure Comp""Kodak:FlashFired""Flash Fired"
-    "Kodak:FlashFired:0""No""Kodak:FlashFired:1""Yes""Kodak:FlashMode""Flash Mode"
-    "Kodak:FlashMode:0""Auto""Kodak:FlashMode:1""Fill Flash |\302\240On""Kodak:FlashMode:16"
-    "Fill Flash""Kodak:FlashMode:2""Kodak:FlashMode:3""Red-Eye""Kodak:FlashMode:32"
-    "Kodak:FlashMode:64""Red-Eye?""Kodak:FlashSyncMode""Flash Sync Mode""Kodak:FocalLength"
-    "Focal Length""Kodak:FocalLengthIn35mmFormat""Focal Length In 35mm Format""Kodak:FocusMode"
-    "Focus Mode""Kodak:FocusMode:0""Kodak:FocusMode:2""Kodak:ISO""Kodak:ISOSetting""ISO Setting"
-    "Kodak:ImageNumber""Image Number""Kodak:ImageRotated""Image Rotated""Kodak:ImageRotated:0"
-    "Kodak:ImageRotated:1""Kodak:KodakImageHeight""Kodak Image Height""Kodak:KodakImageWidth"
-    "Kodak Image Width""Kodak:KodakInfoType""Kodak Info Type""Kodak:KodakMake""Kodak Make"
-    "Kodak:KodakMaker""Kodak Maker""Kodak:KodakModel""Kodak Model""Kodak:KodakVersion"
-    "Kodak Version""Kodak:Kodak_SubIFD3_0x2007""Kodak Sub IFD3 0x2007""Kodak:Kodak_SubIFD3_0x2008"
-    "Kodak Sub IFD3 0x2008""Kodak:Kodak_SubIFD3_0x2009""Kodak Sub IFD3 0x2009"
-    "Kodak:Kodak_SubIFD3_0x200a""Kodak Sub IFD3 0x200a""Kodak:Kodak_SubIFD3_0x200b"
-    "Kodak Sub IFD3 0x200b""Kodak:Kodak_SubIFD3_0x3020""Kodak Sub IFD3 0x3020"
-    "Kodak:Kodak_SubIFD3_0x3030""Kodak Sub IFD3 0x3030""Kodak:Kodak_SubIFD3_0x3040"
-    "Kodak Sub IFD3 0x3040""Kodak:Kodak_SubIFD3_0x3050""Kodak Sub IFD3 0x3050"
-    "Kodak:Kodak_SubIFD3_0x3060""Kodak Sub IFD3 0x3060""Kodak:Kodak_SubIFD3_0x8001"
-    "Kodak Sub IFD3 0x8001""Kodak:Kodak_SubIFD3_0x8002""Kodak Sub IFD3 0x8002"
-    "Kodak:Kodak_SubIFD3_0x8003""Kodak Sub IFD3 0x8003""Kodak:Kodak_SubIFD3_0x8004"
-    "Kodak Sub IFD3 0x8004""Kodak:Kodak_SubIFD3_0x8005""Kodak Sub IFD3 0x8005"
-    "Kodak:Kodak_SubIFD3_0x8006""Kodak Sub IFD3 0x8006""Kodak:Kodak_SubIFD3_0x8007"
-    "Kodak Sub IFD3 0x8007""Kodak:Kodak_SubIFD3_0x8008""Kodak Sub IFD3 0x8008"
-    "Kodak:Kodak_SubIFD3_0x8009""Kodak Sub IFD3 0x8009""Kodak:Kodak_SubIFD3_0x800a"
-    "Kodak Sub IFD3 0x800a""Kodak:Kodak_SubIFD3_0x800b""Kodak Sub IFD3 0x800b"
-    "Kodak:Kodak_SubIFD3_0x800c""Kodak Sub IFD3 0x800c""Kodak:Lens""Kodak:LensModel""Lens Model"
-    "Kodak:LensSerialNumber""Lens Serial Number""Kodak:LevelMeter""Level Meter""Kodak:Macro"
-    "Kodak:Macro:0""Kodak:Macro:1""Kodak:Make""Kodak:MaxAperture""Max Aperture""Kodak:MeterMode"
-    "Meter Mode""Kodak:MeteringMode""Metering Mode""Kodak:MeteringMode:0""Multi-segment"
-    "Kodak:MeteringMode:1""Center-weighted average""Kodak:MeteringMode:2""Spot""Kodak:MinAperture"
-    "Min Aperture""Kodak:Model""Kodak:ModelType""Model Type""Kodak:MonthDayCreated"
-    "Month Day Created""Kodak:OpticalZoom""Optical Zoom""Kodak:OriginalFileName""Original File Name"
-    "Kodak:OtherInfo""Other Info""Kodak:PanoramaMode""Panorama Mode""Kodak:PictureEffect"
-    "Picture Effect""Kodak:PictureEffect:0""None""Kodak:PictureEffect:3""Monochrome"
-    "Kodak:PictureEffect:9""Kodachrome""Kodak:Pitch""Kodak:PopupFlash""Popup Flash"
-    "Kodak:PreviewImage""Kodak:PreviewImageHeight""Preview Image Height""Kodak:PreviewImageLength"
-    "Preview Image Length""Kodak:PreviewImageSize""Preview Image Size""Kodak:PreviewImageWidth"
-    "Preview Image Width""Kodak:Quality""Kodak:Quality:1""Kodak:Quality:2""Kodak:Rads""Kodak:Roll"
-    "Kodak:SceneMode""Scene Mode""Kodak:SceneMode:1""Sport""Kodak:SceneMode:10""Text"
-    "Kodak:SceneMode:11""Fireworks""Kodak:SceneMode:12""Kodak:SceneMode:13""Museum"
-    "Kodak:SceneMode:16""Children""Kodak:SceneMode:17""Kodak:SceneMode:18""Kodak:SceneMode:19"
-    "Kodak:SceneMode:20""Kodak:SceneMode:25""Back Light""Kodak:SceneMode:28""Candlelight"
-    "Kodak:SceneMode:29""Sunset""Kodak:SceneMode:3""Portrait""Kodak:SceneMode:31"
-    "Panorama Left-right""Kodak:SceneMode:32""Panorama Right-left""Kodak:SceneMode:33""Smart Scene"
-    "Kodak:SceneMode:34""High ISO""Kodak:SceneMode:4""Landscape""Kodak:SceneMode:6""Beach"
-    "Kodak:SceneMode:7""Night Portrait""Kodak:SceneMode:8""Night Landscape""Kodak:SceneMode:9""Snow"
-    "Kodak:SceneModeUsed""Scene Mode Used""Kodak:SceneModeUsed:0""Kodak:SceneModeUsed:10"
-    "Kodak:SceneModeUsed:11""Kodak:SceneModeUsed:12""Kodak:SceneModeUsed:13""Kodak:SceneModeUsed:16"
-    "Kodak:SceneModeUsed:17""Kodak:SceneModeUsed:18""Kodak:SceneModeUsed:19""Kodak:SceneModeUsed:2"
-    "Kodak:SceneModeUsed:20""Kodak:SceneModeUsed:21""Kodak:SceneModeUsed:22""Kodak:SceneModeUsed:23"
-    "Kodak:SceneModeUsed:28""Panorama""Kodak:SceneModeUsed:3""Kodak:SceneModeUsed:4"
-    "Kodak:SceneModeUsed:5""Kodak:SceneModeUsed:6""Kodak:SceneModeUsed:7""Kodak:SceneModeUsed:8"
-    "Kodak:SensorFullHeight""Sensor Full Height""Kodak:SensorFullWidth""Sensor Full Width"
-    "Kodak:SensorHeight""Sensor Height""Kodak:SensorWidth""Sensor Width""Kodak:SequenceNumber"
-    "Sequence Number""Kodak:SerialNumber""Serial Number""Kodak:Sharpness""Kodak:Sharpness:0"
-    "Kodak:ShootingMode""Shooting Mode""Kodak:ShutterMode""Shutter Mode""Kodak:ShutterMode:0"
-    "Kodak:ShutterMode:32""Manual?""Kodak:ShutterMode:8""Kodak:ShutterSpeed""Shutter Speed"
-    "Kodak:ShutterSpeedValue""Shutter Speed Value""Kodak:SubjectDistance""Subject Distance"
-    "Kodak:Temperature""Kodak:ThumbnailHeight""Thumbnail Height""Kodak:ThumbnailImage"
-    "Thumbnail Image""Kodak:ThumbnailWidth""Thumbnail Width""Kodak:Time""Kodak:TimeCreated"
-    "Time Created""Kodak:TotalZoom""Total Zoom""Kodak:UnknownNumber""Unknown Number"
-    "Kodak:VariousModes""Various Modes""Kodak:VariousModes2""Various Modes 2""Kodak:WB_RGBLevels"
-    "WB RGB Levels""Kodak:WhiteBalance""White Balance""Kodak:WhiteBalance:0""Kodak:WhiteBalance:1"
-    "Daylight |\302\240Flash?""Kodak:WhiteBalance:2""Flash |\302\240Tungsten""Kodak:WhiteBalance:3"
-    "Daylight |\302\240Tungsten""Kodak:Yaw""Kodak:YearCreated""Year Created""光圈数""光圈""亮度""创意风格""黑白"
-    "原始数据产生的日期和时间""数码变焦""曝光偏差""曝光模式""光圈优先""手动曝光""快门优先""曝光时间""闪光""无闪光功能""闪光灯亮""闪光补偿""自动""焦距"
-    "35 mm 换算镜头焦点距离""对焦模式""镜头""厂商""镜头光圈最大值""测量方式""分割测光""中央重点""点测光""型号""场景选择""微距""手动""夕阳""人物""风景"
-    "夜晚肖像""照相机标识""锐度""标准""拍摄模式""快门速度""目标距离""缩略图""白平衡""Flash? |\302\240太阳光""白炽灯 |\302\240闪光"
-    "太阳光 |\302\240白炽灯""Mode de l'Autofocus""Vélocité angulaire""Ouverture""Auto bracketing"
-    "Luminosité""Mode Rafale""Mode rafale""Désactivé""Activé""Modèle de l'appareil photo"
-    "Mode colorimétrique""N&B""Couleurs saturées""Filtre jaune N&B""Filtre rouge N&B"
-    "Couleur neutre""Date de création des données originales""Zoom numérique""Durée"
-    "Réglage du biais""Décalage d'exposition""Mode d'exposition""Priorité à l'ouverture""Pose B"
-    "Exposition manuelle""Priorité à l'obturateur""Temps de pose""Diaphragme ƒ"
-    "Version du micrologiciel""Flash ""Flash non déclenché""Flash déclenché"
-    "Compensation d'exposition au flash""Flash utilisé""Non""Oui""Mode du flash""Flash Auto"
-    "Flash activé |\302\240Flash d'appoint""Flash d'appoint""Flash désactivé""Flash yeux rouge"
-    "Flash yeux rouge ?""Focale de l'objectif""Longueur de focale équivalente à un film 35 mm"
-    "Mode de mise au point""Sensibilité ISO""Réglage ISO""Numéro de l'image""Objectif "
-    "Modèle de l'objectif""Numéro de série de l'objectif""Activée""Désactivée""Fabricant"
-    "Ouverture maximale""Mode de mesure""Multi-segments""Moyenne pondérée centrale"
-    "Ouverture minimale""Type de modèle""Zoom optique""Nom du fichier original""Effet d'image"
-    "Aucun""Tangage""Hauteur de l'aperçu""Longueur de l'aperçu""Taille de l'aperçu""Roulis"
-    "Mode Scène""Texte""Feux d'artifice""Musée""Enfants""Programme""Manuelle""Contre-jour"
-    "Lumière de bougie""Coucher de soleil""Panorama gauche-droite""Panorama droite-gauche"
-    "Scène intelligente""Haute sensibilité ISO""Paysage""Plage""Portrait nocturne""Paysage nocturne"
-    "Neige""Mode scène utilisé""Rétro-éclairage""Chandelle""Manuel""Musé""Hauteur totale du capteur"
-    "Largeur totale du capteur""Hauteur du capteur""Largeur du capteur""Numéro de Séquence"
-    "Numéro de série""Netteté""Mode de prise de vue""Vitesse d'obturation""Distance du sujet"
-    "Hauteur de la vignette""Vignette""Heure""Heure de création""Balance des Blancs des niveaux RVB"
-    "Balance des blancs""Equilibrage automatique des blancs""Flash? |\302\240Lumière du jour"
+    "AuthorIdentifier" "AuthorName" "Format" "Title" "DocumentID" "InstanceID" "Relationship"
+    "ThumbnailHash" "ThumbnailURL" "JUMDID" "JUMDLabel" "JUMDSignature" "JUMDToggles" "JUMDType" "1"
+    "2" "4" "8" "JUMBF:AuthorIdentifier" "Author Identifier" "JUMBF:AuthorName" "Author Name"
+    "JUMBF:DocumentID" "Document ID" "JUMBF:Format" "JUMBF:InstanceID" "Instance ID" "JUMBF:JUMDID"
+    "JUMD ID" "JUMBF:JUMDLabel" "JUMD Label" "JUMBF:JUMDSignature" "JUMD Signature"
+    "JUMBF:JUMDToggles" "JUMD Toggles" "JUMBF:JUMDToggles:1" "Requestable" "JUMBF:JUMDToggles:2"
+    "Label" "JUMBF:JUMDToggles:4" "ID" "JUMBF:JUMDToggles:8" "Signature" "JUMBF:JUMDType"
+    "JUMD Type" "JUMBF:Relationship" "JUMBF:ThumbnailHash" "Thumbnail Hash" "JUMBF:ThumbnailURL"
+    "Thumbnail URL" "JUMBF:Title" "标题" "URL de la vignette" "Titre" "Titel" "Formato" "Titolo"
+    "タイトル" "Título" "CPUVersions" "Quality" "MakerNoteVersion" "0" "FINE" "STD" "STND"
+    "JVC:CPUVersions" "CPU Versions" "JVC:MakerNoteVersion" "Maker Note Version" "JVC:Quality"
+    "JVC:Quality:0" "Low" "JVC:Quality:1" "Normal" "JVC:Quality:2" "Fine" "JVC:Quality:FINE"
+    "JVC:Quality:STD" "JVC:Quality:STND" "图像质量" "低画质" "标准画质" "精细"
+    "Version des informations spécifiques fabricant" "Qualité" "Basse" "Normale" "MakerNote-Version"
+    "Qualität" "Leicht" "Standardqualität" "Fein" "Note Versione Costruttore" "Qualità" "Basso"
+    "メーカーノートバージョン" "品質" "低画質" "ノーマル" "ファイン" "Versión nota Fabricante" "Calidad" "Bajo"
+    "Calidad estándar" "Fina" "CaptureYResolution" "CaptureXResolution" "CaptureYResolutionUnit"
+    "CaptureXResolutionUnit" "ColorSpecMethod" "ColorSpecPrecedence" "ColorSpecApproximation"
+    "ColorSpace" "ColorSpecData" "DisplayYResolution" "DisplayXResolution" "DisplayYResolutionUnit"
+    "DisplayXResolutionUnit" "MajorBrand" "MinorVersion" "CompatibleBrands" "ImageHeight"
+    "ImageWidth" "NumberOfComponents" "BitsPerComponent" "Compression" "BinaryDataType"
+    "BinaryFilter" "BinaryData" "C2PASaltHash" "ComponentDefinition" "ColorGroup" "DigitalSignature"
+    "ComponentMapping" "Composition" "CompositionOptions" "Cross-Reference" "CodestreamRegistration"
+    "DesiredReproductions" "DataReference" "FragmentList" "Free" "FragmentTable"
+    "GraphicsTechnologyStandardOutput" "GainMapImage" "InstructionSet" "JP2Signature"
+    "ContiguousCodestream" "PreviewImage" "JXLCodestream" "PartialJXLCodestream" "MediaData"
+    "MPEG7Binary" "NumberList" "Opacity" "Palette" "Profile" "ROIDescription" "ReaderRequirements"
+    "UUIDList" "URL" "UUID-Signature" "UUID-Unknown" "XML" "-3" "-2" "-1" "3" "5" "6" "9" "11" "12"
+    "13" "14" "15" "16" "17" "18" "19" "20" "21" "22" "23" "24" "jp2 " "jph " "jpm " "jpx " "jxl "
+    "7" "Jpeg2000:BinaryData" "Binary Data" "Jpeg2000:BinaryDataType" "Binary Data Type"
+    "Jpeg2000:BinaryFilter" "Binary Filter" "Jpeg2000:BitsPerComponent" "Bits Per Component"
+    "Jpeg2000:C2PASaltHash" "C2 PA Salt Hash" "Jpeg2000:CaptureXResolution" "Capture X Resolution"
+    "Jpeg2000:CaptureXResolutionUnit" "Capture X Resolution Unit"
+    "Jpeg2000:CaptureXResolutionUnit:-1" "10 m" "Jpeg2000:CaptureXResolutionUnit:-2" "100 m"
+    "Jpeg2000:CaptureXResolutionUnit:-3" "km" "Jpeg2000:CaptureXResolutionUnit:0" "m"
+    "Jpeg2000:CaptureXResolutionUnit:1" "10 cm" "Jpeg2000:CaptureXResolutionUnit:2" "cm"
+    "Jpeg2000:CaptureXResolutionUnit:3" "mm" "Jpeg2000:CaptureXResolutionUnit:4" "0.1 mm"
+    "Jpeg2000:CaptureXResolutionUnit:5" "0.01 mm" "Jpeg2000:CaptureXResolutionUnit:6" "um"
+    "Jpeg2000:CaptureYResolution" "Capture Y Resolution" "Jpeg2000:CaptureYResolutionUnit"
+    "Capture Y Resolution Unit" "Jpeg2000:CaptureYResolutionUnit:-1"
+    "Jpeg2000:CaptureYResolutionUnit:-2" "Jpeg2000:CaptureYResolutionUnit:-3"
+    "Jpeg2000:CaptureYResolutionUnit:0" "Jpeg2000:CaptureYResolutionUnit:1"
+    "Jpeg2000:CaptureYResolutionUnit:2" "Jpeg2000:CaptureYResolutionUnit:3"
+    "Jpeg2000:CaptureYResolutionUnit:4" "Jpeg2000:CaptureYResolutionUnit:5"
+    "Jpeg2000:CaptureYResolutionUnit:6" "Jpeg2000:CodestreamRegistration" "Codestream Registration"
+    "Jpeg2000:ColorGroup" "Color Group" "Jpeg2000:ColorSpace" "Color Space" "Jpeg2000:ColorSpace:0"
+    "Bi-level" "Jpeg2000:ColorSpace:1" "YCbCr(1)" "Jpeg2000:ColorSpace:11" "CMY"
+    "Jpeg2000:ColorSpace:12" "CMYK" "Jpeg2000:ColorSpace:13" "YCCK" "Jpeg2000:ColorSpace:14"
+    "CIELab" "Jpeg2000:ColorSpace:15" "Bi-level(2)" "Jpeg2000:ColorSpace:16" "sRGB"
+    "Jpeg2000:ColorSpace:17" "Grayscale" "Jpeg2000:ColorSpace:18" "sYCC" "Jpeg2000:ColorSpace:19"
+    "CIEJab" "Jpeg2000:ColorSpace:20" "e-sRGB" "Jpeg2000:ColorSpace:21" "ROMM-RGB"
+    "Jpeg2000:ColorSpace:22" "YPbPr(1125/60)" "Jpeg2000:ColorSpace:23" "YPbPr(1250/50)"
+    "Jpeg2000:ColorSpace:24" "e-sYCC" "Jpeg2000:ColorSpace:3" "YCbCr(2)" "Jpeg2000:ColorSpace:4"
+    "YCbCr(3)" "Jpeg2000:ColorSpace:9" "PhotoYCC" "Jpeg2000:ColorSpecApproximation"
+    "Color Spec Approximation" "Jpeg2000:ColorSpecApproximation:0" "Not Specified"
+    "Jpeg2000:ColorSpecApproximation:1" "Accurate" "Jpeg2000:ColorSpecApproximation:2"
+    "Exceptional Quality" "Jpeg2000:ColorSpecApproximation:3" "Reasonable Quality"
+    "Jpeg2000:ColorSpecApproximation:4" "Poor Quality" "Jpeg2000:ColorSpecData" "Color Spec Data"
+    "Jpeg2000:ColorSpecMethod" "Color Spec Method" "Jpeg2000:ColorSpecMethod:1" "Enumerated"
+    "Jpeg2000:ColorSpecMethod:2" "Restricted ICC" "Jpeg2000:ColorSpecMethod:3" "Any ICC"
+    "Jpeg2000:ColorSpecMethod:4" "Vendor Color" "Jpeg2000:ColorSpecPrecedence"
+    "Color Spec Precedence" "Jpeg2000:CompatibleBrands" "Compatible Brands"
+    "Jpeg2000:ComponentDefinition" "Component Definition" "Jpeg2000:ComponentMapping"
+    "Component Mapping" "Jpeg2000:Composition" "Jpeg2000:CompositionOptions" "Composition Options"
+    "Jpeg2000:Compression" "Jpeg2000:Compression:0" "Uncompressed" "Jpeg2000:Compression:1"
+    "Modified Huffman" "Jpeg2000:Compression:2" "Modified READ" "Jpeg2000:Compression:3"
+    "Modified Modified READ" "Jpeg2000:Compression:4" "JBIG" "Jpeg2000:Compression:5" "JPEG"
+    "Jpeg2000:Compression:6" "JPEG-LS" "Jpeg2000:Compression:7" "JPEG 2000" "Jpeg2000:Compression:8"
+    "JBIG2" "Jpeg2000:ContiguousCodestream" "Contiguous Codestream" "Jpeg2000:Cross-Reference"
+    "Jpeg2000:DataReference" "Data Reference" "Jpeg2000:DesiredReproductions"
+    "Desired Reproductions" "Jpeg2000:DigitalSignature" "Digital Signature"
+    "Jpeg2000:DisplayXResolution" "Display X Resolution" "Jpeg2000:DisplayXResolutionUnit"
+    "Display X Resolution Unit" "Jpeg2000:DisplayXResolutionUnit:-1"
+    "Jpeg2000:DisplayXResolutionUnit:-2" "Jpeg2000:DisplayXResolutionUnit:-3"
+    "Jpeg2000:DisplayXResolutionUnit:0" "Jpeg2000:DisplayXResolutionUnit:1"
+    "Jpeg2000:DisplayXResolutionUnit:2" "Jpeg2000:DisplayXResolutionUnit:3"
+    "Jpeg2000:DisplayXResolutionUnit:4" "Jpeg2000:DisplayXResolutionUnit:5"
+    "Jpeg2000:DisplayXResolutionUnit:6" "Jpeg2000:DisplayYResolution" "Display Y Resolution"
+    "Jpeg2000:DisplayYResolutionUnit" "Display Y Resolution Unit"
+    "Jpeg2000:DisplayYResolutionUnit:-1" "Jpeg2000:DisplayYResolutionUnit:-2"
+    "Jpeg2000:DisplayYResolutionUnit:-3" "Jpeg2000:DisplayYResolutionUnit:0"
+    "Jpeg2000:DisplayYResolutionUnit:1" "Jpeg2000:DisplayYResolutionUnit:2"
+    "Jpeg2000:DisplayYResolutionUnit:3" "Jpeg2000:DisplayYResolutionUnit:4"
+    "Jpeg2000:DisplayYResolutionUnit:5" "Jpeg2000:DisplayYResolutionUnit:6" "Jpeg2000:FragmentList"
+    "Fragment List" "Jpeg2000:FragmentTable" "Fragment Table" "Jpeg2000:Free"
+    "Jpeg2000:GainMapImage" "Gain Map Image" "Jpeg2000:GraphicsTechnologyStandardOutput"
+    "Graphics Technology Standard Output" "Jpeg2000:ImageHeight" "Image Height"
+    "Jpeg2000:ImageWidth" "Image Width" "Jpeg2000:InstructionSet" "Instruction Set"
+    "Jpeg2000:JP2Signature" "JP2 Signature" "Jpeg2000:JXLCodestream" "JXL Codestream"
+    "Jpeg2000:Label" "Jpeg2000:MPEG7Binary" "MPEG7 Binary" "Jpeg2000:MajorBrand" "Major Brand"
+    "Jpeg2000:MajorBrand:jp2 " "JPEG 2000 Image (.JP2)" "Jpeg2000:MajorBrand:jph "
+    "High-throughput JPEG 2000 (.JPH)" "Jpeg2000:MajorBrand:jpm " "JPEG 2000 Compound Image (.JPM)"
+    "Jpeg2000:MajorBrand:jpx " "JPEG 2000 with extensions (.JPX)" "Jpeg2000:MajorBrand:jxl "
+    "JPEG XL Image (.JXL)" "Jpeg2000:MediaData" "Media Data" "Jpeg2000:MinorVersion" "Minor Version"
+    "Jpeg2000:NumberList" "Number List" "Jpeg2000:NumberOfComponents" "Number Of Components"
+    "Jpeg2000:Opacity" "Jpeg2000:Palette" "Jpeg2000:PartialJXLCodestream" "Partial JXL Codestream"
+    "Jpeg2000:PreviewImage" "Preview Image" "Jpeg2000:Profile" "Jpeg2000:ROIDescription"
+    "ROI Description" "Jpeg2000:ReaderRequirements" "Reader Requirements" "Jpeg2000:URL"
+    "Jpeg2000:UUID-Signature" "Jpeg2000:UUID-Unknown" "Jpeg2000:UUIDList" "UUID List" "Jpeg2000:XML"
+    "µm (微米)" "色彩空间信息" "压缩方案" "未压缩" "JEPG压缩率" "像高" "像宽" "Bits par composante" "µm (micromètre)"
+    "Espace colorimétrique" "sRVB" "Approximation de la spécification des couleurs" "Non spécifié"
+    "Précise" "Qualité exceptionnelle" "Qualité raisonnable" "Qualité médiocre" "Labels compatibles"
+    "Schéma de compression" "Non compressé" "Huffman modifié" "LECTURE Modifiée"
+    "LECTURE Modifiée Modifiée" "Compression JPEG" "JPEG LS" "Hauteur de l'image"
+    "Largeur de l'image" "Label majeur" "Image JPEG 2000 Image (.JP2)"
+    "Image composée JPEG 2000 (.JPM" "Image JPEG 2000 avec extensions (.JPX)" "Image JPEG XL (.JXL)"
+    "Version mineure" "Aperçu de l'image" "URL " "µm (Mikrometer)" "Farbraum" "Komprimierungsschema"
+    "Nicht komprimiert" "JPEG-Komprimierung" "Bildhöhe" "Bildbreite" "Beschriftung" "Vorschaubild"
+    "Bits per componente" "Spazio colore" "Scala di grigi" "Non specificato" "Enumerato"
+    "Compressione" "Non compresso" "Compressione JPEG" "Altezza immagine" "Larghezza immagine"
+    "Immagine anteprima" "Profilo" "コンポーネントあたりビット" "色空間" "圧縮計画" "非圧縮" "JPEG圧縮率" "画像高さ" "画像幅"
+    "プレビューイメージ" "Bits Por Componente" "Espacio Color" "Compresión" "Sin comprimir" "Compresión JPEG"
+    "Firma Digital" "Alto Imagen" "Ancho Imagen" "Vista Previa" "SensorWidth" "SensorHeight"
+    "BayerPattern" "SensorFullWidth" "SensorFullHeight" "KodakImageWidth" "KodakImageHeight"
+    "KodakInfoType" "SerialNumber" "FNumber" "ExposureTime" "ISO" "CameraByteOrder" "ApertureValue"
+    "BrightnessValue" "ExposureCompensation" "FocalLengthIn35mmFormat" "FocalLength"
+    "FirmwareVersion" "ShutterSpeedValue" "Make" "Model" "ModelType" "KodakModel" "BurstMode"
+    "YearCreated" "MonthDayCreated" "TimeCreated" "BurstMode2" "ShutterMode" "MeteringMode"
+    "SequenceNumber" "VariousModes" "Distance1" "Distance2" "Distance3" "Distance4" "FocusMode"
+    "VariousModes2" "PanoramaMode" "SubjectDistance" "WhiteBalance" "FlashMode" "FlashFired"
+    "ISOSetting" "TotalZoom" "DateTimeStamp" "ColorMode" "DigitalZoom" "Sharpness" "WB_RGBLevels"
+    "PreviewImageWidth" "PreviewImageHeight" "PreviewImageLength" "SceneMode" "OpticalZoom"
+    "ThumbnailWidth" "ThumbnailHeight" "SceneModeUsed" "MaxAperture" "Kodak_SubIFD3_0x2007"
+    "Kodak_SubIFD3_0x2008" "Kodak_SubIFD3_0x2009" "Kodak_SubIFD3_0x200a" "Kodak_SubIFD3_0x200b"
+    "Kodak_SubIFD3_0x3020" "Kodak_SubIFD3_0x3030" "Kodak_SubIFD3_0x3040" "Kodak_SubIFD3_0x3050"
+    "Kodak_SubIFD3_0x3060" "Kodak_SubIFD3_0x8001" "Kodak_SubIFD3_0x8002" "Kodak_SubIFD3_0x8003"
+    "Kodak_SubIFD3_0x8004" "Kodak_SubIFD3_0x8005" "Kodak_SubIFD3_0x8006" "Kodak_SubIFD3_0x8007"
+    "Kodak_SubIFD3_0x8008" "Kodak_SubIFD3_0x8009" "Kodak_SubIFD3_0x800a" "Kodak_SubIFD3_0x800b"
+    "Kodak_SubIFD3_0x800c" "AFMode" "ActualCompensation" "Aperture" "AutoBracket" "CameraModel"
+    "CameraBody" "Date" "ExposureBias" "ExposureMode" "FlashExposureComp" "FlashSyncMode"
+    "ImageNumber" "Lens" "MeterMode" "MinAperture" "PopupFlash" "ShootingMode" "ShutterSpeed"
+    "Temperature" "Time" "OtherInfo" "PreviewImageSize" "PictureEffect" "KodakMake"
+    "LensSerialNumber" "LensModel" "LevelMeter" "Pitch" "Yaw" "Roll" "CX" "CY" "Rads" "KodakMaker"
+    "OriginalFileName" "ImageRotated" "Macro" "Flash" "DateTimeOriginal" "UnknownNumber"
+    "ThumbnailImage" "Duration" "KodakVersion" "Accelerometer" "AngularVelocity" "II" "MM" "32" "64"
+    "256" "512" "8192" "16384" "10" "25" "28" "29" "31" "33" "34" "A" "B" "M" "P" "S" "Kodak:AFMode"
+    "AF Mode" "Kodak:Accelerometer" "Kodak:ActualCompensation" "Actual Compensation"
+    "Kodak:AngularVelocity" "Angular Velocity" "Kodak:Aperture" "Kodak:ApertureValue"
+    "Aperture Value" "Kodak:AutoBracket" "Auto Bracket" "Kodak:BayerPattern" "Bayer Pattern"
+    "Kodak:BrightnessValue" "Brightness Value" "Kodak:BurstMode" "Burst Mode" "Kodak:BurstMode2"
+    "Burst Mode 2" "Kodak:BurstMode:0" "Off" "Kodak:BurstMode:1" "On" "Kodak:CX" "Kodak:CY"
+    "Kodak:CameraBody" "Camera Body" "Kodak:CameraByteOrder" "Camera Byte Order"
+    "Kodak:CameraByteOrder:II" "Little-endian (Intel, II)" "Kodak:CameraByteOrder:MM"
+    "Big-endian (Motorola, MM)" "Kodak:CameraModel" "Camera Model" "Kodak:ColorMode" "Color Mode"
+    "Kodak:ColorMode:1" "B&W" "Kodak:ColorMode:16384" "Sepia" "Kodak:ColorMode:2"
+    "Kodak:ColorMode:256" "Saturated Color" "Kodak:ColorMode:3" "B&W Yellow Filter"
+    "Kodak:ColorMode:32" "Kodak:ColorMode:4" "B&W Red Filter" "Kodak:ColorMode:512" "Neutral Color"
+    "Kodak:ColorMode:64" "Kodak:ColorMode:8192" "Kodak:Date" "Kodak:DateTimeOriginal"
+    "Date/Time Original" "Kodak:DateTimeStamp" "Date Time Stamp" "Kodak:DigitalZoom" "Digital Zoom"
+    "Kodak:Distance1" "Distance 1" "Kodak:Distance2" "Distance 2" "Kodak:Distance3" "Distance 3"
+    "Kodak:Distance4" "Distance 4" "Kodak:Duration" "Kodak:ExposureBias" "Exposure Bias"
+    "Kodak:ExposureCompensation" "Exposure Compensation" "Kodak:ExposureMode" "Exposure Mode"
+    "Kodak:ExposureMode:A" "Aperture Priority" "Kodak:ExposureMode:B" "Bulb" "Kodak:ExposureMode:M"
+    "Manual" "Kodak:ExposureMode:P" "Program" "Kodak:ExposureMode:S" "Shutter Priority"
+    "Kodak:ExposureTime" "Exposure Time" "Kodak:FNumber" "F Number" "Kodak:FirmwareVersion"
+    "Firmware Version" "Kodak:Flash" "Kodak:Flash:0" "No Flash" "Kodak:Flash:1" "Fired"
+    "Kodak:FlashExposureComp" "Flash Exposure Comp" "Kodak:FlashFired" "Flash Fired"
+    "Kodak:FlashFired:0" "No" "Kodak:FlashFired:1" "Yes" "Kodak:FlashMode" "Flash Mode"
+    "Kodak:FlashMode:0" "Auto" "Kodak:FlashMode:1" "Fill Flash |\302\240On" "Kodak:FlashMode:16"
+    "Fill Flash" "Kodak:FlashMode:2" "Kodak:FlashMode:3" "Red-Eye" "Kodak:FlashMode:32"
+    "Kodak:FlashMode:64" "Red-Eye?" "Kodak:FlashSyncMode" "Flash Sync Mode" "Kodak:FocalLength"
+    "Focal Length" "Kodak:FocalLengthIn35mmFormat" "Focal Length In 35mm Format" "Kodak:FocusMode"
+    "Focus Mode" "Kodak:FocusMode:0" "Kodak:FocusMode:2" "Kodak:ISO" "Kodak:ISOSetting"
+    "ISO Setting" "Kodak:ImageNumber" "Image Number" "Kodak:ImageRotated" "Image Rotated"
+    "Kodak:ImageRotated:0" "Kodak:ImageRotated:1" "Kodak:KodakImageHeight" "Kodak Image Height"
+    "Kodak:KodakImageWidth" "Kodak Image Width" "Kodak:KodakInfoType" "Kodak Info Type"
+    "Kodak:KodakMake" "Kodak Make" "Kodak:KodakMaker" "Kodak Maker" "Kodak:KodakModel" "Kodak Model"
+    "Kodak:KodakVersion" "Kodak Version" "Kodak:Kodak_SubIFD3_0x2007" "Kodak Sub IFD3 0x2007"
+    "Kodak:Kodak_SubIFD3_0x2008" "Kodak Sub IFD3 0x2008" "Kodak:Kodak_SubIFD3_0x2009"
+    "Kodak Sub IFD3 0x2009" "Kodak:Kodak_SubIFD3_0x200a" "Kodak Sub IFD3 0x200a"
+    "Kodak:Kodak_SubIFD3_0x200b" "Kodak Sub IFD3 0x200b" "Kodak:Kodak_SubIFD3_0x3020"
+    "Kodak Sub IFD3 0x3020" "Kodak:Kodak_SubIFD3_0x3030" "Kodak Sub IFD3 0x3030"
+    "Kodak:Kodak_SubIFD3_0x3040" "Kodak Sub IFD3 0x3040" "Kodak:Kodak_SubIFD3_0x3050"
+    "Kodak Sub IFD3 0x3050" "Kodak:Kodak_SubIFD3_0x3060" "Kodak Sub IFD3 0x3060"
+    "Kodak:Kodak_SubIFD3_0x8001" "Kodak Sub IFD3 0x8001" "Kodak:Kodak_SubIFD3_0x8002"
+    "Kodak Sub IFD3 0x8002" "Kodak:Kodak_SubIFD3_0x8003" "Kodak Sub IFD3 0x8003"
+    "Kodak:Kodak_SubIFD3_0x8004" "Kodak Sub IFD3 0x8004" "Kodak:Kodak_SubIFD3_0x8005"
+    "Kodak Sub IFD3 0x8005" "Kodak:Kodak_SubIFD3_0x8006" "Kodak Sub IFD3 0x8006"
+    "Kodak:Kodak_SubIFD3_0x8007" "Kodak Sub IFD3 0x8007" "Kodak:Kodak_SubIFD3_0x8008"
+    "Kodak Sub IFD3 0x8008" "Kodak:Kodak_SubIFD3_0x8009" "Kodak Sub IFD3 0x8009"
+    "Kodak:Kodak_SubIFD3_0x800a" "Kodak Sub IFD3 0x800a" "Kodak:Kodak_SubIFD3_0x800b"
+    "Kodak Sub IFD3 0x800b" "Kodak:Kodak_SubIFD3_0x800c" "Kodak Sub IFD3 0x800c" "Kodak:Lens"
+    "Kodak:LensModel" "Lens Model" "Kodak:LensSerialNumber" "Lens Serial Number" "Kodak:LevelMeter"
+    "Level Meter" "Kodak:Macro" "Kodak:Macro:0" "Kodak:Macro:1" "Kodak:Make" "Kodak:MaxAperture"
+    "Max Aperture" "Kodak:MeterMode" "Meter Mode" "Kodak:MeteringMode" "Metering Mode"
+    "Kodak:MeteringMode:0" "Multi-segment" "Kodak:MeteringMode:1" "Center-weighted average"
+    "Kodak:MeteringMode:2" "Spot" "Kodak:MinAperture" "Min Aperture" "Kodak:Model" "Kodak:ModelType"
+    "Model Type" "Kodak:MonthDayCreated" "Month Day Created" "Kodak:OpticalZoom" "Optical Zoom"
+    "Kodak:OriginalFileName" "Original File Name" "Kodak:OtherInfo" "Other Info"
+    "Kodak:PanoramaMode" "Panorama Mode" "Kodak:PictureEffect" "Picture Effect"
+    "Kodak:PictureEffect:0" "None" "Kodak:PictureEffect:3" "Monochrome" "Kodak:PictureEffect:9"
+    "Kodachrome" "Kodak:Pitch" "Kodak:PopupFlash" "Popup Flash" "Kodak:PreviewImage"
+    "Kodak:PreviewImageHeight" "Preview Image Height" "Kodak:PreviewImageLength"
+    "Preview Image Length" "Kodak:PreviewImageSize" "Preview Image Size" "Kodak:PreviewImageWidth"
+    "Preview Image Width" "Kodak:Quality" "Kodak:Quality:1" "Kodak:Quality:2" "Kodak:Rads"
+    "Kodak:Roll" "Kodak:SceneMode" "Scene Mode" "Kodak:SceneMode:1" "Sport" "Kodak:SceneMode:10"
+    "Text" "Kodak:SceneMode:11" "Fireworks" "Kodak:SceneMode:12" "Kodak:SceneMode:13" "Museum"
+    "Kodak:SceneMode:16" "Children" "Kodak:SceneMode:17" "Kodak:SceneMode:18" "Kodak:SceneMode:19"
+    "Kodak:SceneMode:20" "Kodak:SceneMode:25" "Back Light" "Kodak:SceneMode:28" "Candlelight"
+    "Kodak:SceneMode:29" "Sunset" "Kodak:SceneMode:3" "Portrait" "Kodak:SceneMode:31"
+    "Panorama Left-right" "Kodak:SceneMode:32" "Panorama Right-left" "Kodak:SceneMode:33"
+    "Smart Scene" "Kodak:SceneMode:34" "High ISO" "Kodak:SceneMode:4" "Landscape"
+    "Kodak:SceneMode:6" "Beach" "Kodak:SceneMode:7" "Night Portrait" "Kodak:SceneMode:8"
+    "Night Landscape" "Kodak:SceneMode:9" "Snow" "Kodak:SceneModeUsed" "Scene Mode Used"
+    "Kodak:SceneModeUsed:0" "Kodak:SceneModeUsed:10" "Kodak:SceneModeUsed:11"
+    "Kodak:SceneModeUsed:12" "Kodak:SceneModeUsed:13" "Kodak:SceneModeUsed:16"
+    "Kodak:SceneModeUsed:17" "Kodak:SceneModeUsed:18" "Kodak:SceneModeUsed:19"
+    "Kodak:SceneModeUsed:2" "Kodak:SceneModeUsed:20" "Kodak:SceneModeUsed:21"
+    "Kodak:SceneModeUsed:22" "Kodak:SceneModeUsed:23" "Kodak:SceneModeUsed:28" "Panorama"
+    "Kodak:SceneModeUsed:3" "Kodak:SceneModeUsed:4" "Kodak:SceneModeUsed:5" "Kodak:SceneModeUsed:6"
+    "Kodak:SceneModeUsed:7" "Kodak:SceneModeUsed:8" "Kodak:SensorFullHeight" "Sensor Full Height"
+    "Kodak:SensorFullWidth" "Sensor Full Width" "Kodak:SensorHeight" "Sensor Height"
+    "Kodak:SensorWidth" "Sensor Width" "Kodak:SequenceNumber" "Sequence Number" "Kodak:SerialNumber"
+    "Serial Number" "Kodak:Sharpness" "Kodak:Sharpness:0" "Kodak:ShootingMode" "Shooting Mode"
+    "Kodak:ShutterMode" "Shutter Mode" "Kodak:ShutterMode:0" "Kodak:ShutterMode:32" "Manual?"
+    "Kodak:ShutterMode:8" "Kodak:ShutterSpeed" "Shutter Speed" "Kodak:ShutterSpeedValue"
+    "Shutter Speed Value" "Kodak:SubjectDistance" "Subject Distance" "Kodak:Temperature"
+    "Kodak:ThumbnailHeight" "Thumbnail Height" "Kodak:ThumbnailImage" "Thumbnail Image"
+    "Kodak:ThumbnailWidth" "Thumbnail Width" "Kodak:Time" "Kodak:TimeCreated" "Time Created"
+    "Kodak:TotalZoom" "Total Zoom" "Kodak:UnknownNumber" "Unknown Number" "Kodak:VariousModes"
+    "Various Modes" "Kodak:VariousModes2" "Various Modes 2" "Kodak:WB_RGBLevels" "WB RGB Levels"
+    "Kodak:WhiteBalance" "White Balance" "Kodak:WhiteBalance:0" "Kodak:WhiteBalance:1"
+    "Daylight |\302\240Flash?" "Kodak:WhiteBalance:2" "Flash |\302\240Tungsten"
+    "Kodak:WhiteBalance:3" "Daylight |\302\240Tungsten" "Kodak:Yaw" "Kodak:YearCreated"
+    "Year Created" "光圈数" "光圈" "亮度" "创意风格" "黑白" "原始数据产生的日期和时间" "数码变焦" "曝光偏差" "曝光模式" "光圈优先" "手动曝光"
+    "快门优先" "曝光时间" "闪光" "无闪光功能" "闪光灯亮" "闪光补偿" "自动" "焦距" "35 mm 换算镜头焦点距离" "对焦模式" "镜头" "厂商" "镜头光圈最大值"
+    "测量方式" "分割测光" "中央重点" "点测光" "型号" "场景选择" "微距" "手动" "夕阳" "人物" "风景" "夜晚肖像" "照相机标识" "锐度" "标准" "拍摄模式"
+    "快门速度" "目标距离" "缩略图" "白平衡" "Flash? |\302\240太阳光" "白炽灯 |\302\240闪光" "太阳光 |\302\240白炽灯"
+    "Mode de l'Autofocus" "Vélocité angulaire" "Ouverture" "Auto bracketing" "Luminosité"
+    "Mode Rafale" "Mode rafale" "Désactivé" "Activé" "Modèle de l'appareil photo"
+    "Mode colorimétrique" "N&B" "Couleurs saturées" "Filtre jaune N&B" "Filtre rouge N&B"
+    "Couleur neutre" "Date de création des données originales" "Zoom numérique" "Durée"
+    "Réglage du biais" "Décalage d'exposition" "Mode d'exposition" "Priorité à l'ouverture" "Pose B"
+    "Exposition manuelle" "Priorité à l'obturateur" "Temps de pose" "Diaphragme ƒ"
+    "Version du micrologiciel" "Flash " "Flash non déclenché" "Flash déclenché"
+    "Compensation d'exposition au flash" "Flash utilisé" "Non" "Oui" "Mode du flash" "Flash Auto"
+    "Flash activé |\302\240Flash d'appoint" "Flash d'appoint" "Flash désactivé" "Flash yeux rouge"
+    "Flash yeux rouge ?" "Focale de l'objectif" "Longueur de focale équivalente à un film 35 mm"
+    "Mode de mise au point" "Sensibilité ISO" "Réglage ISO" "Numéro de l'image" "Objectif "
+    "Modèle de l'objectif" "Numéro de série de l'objectif" "Activée" "Désactivée" "Fabricant"
+    "Ouverture maximale" "Mode de mesure" "Multi-segments" "Moyenne pondérée centrale"
+    "Ouverture minimale" "Type de modèle" "Zoom optique" "Nom du fichier original" "Effet d'image"
+    "Aucun" "Tangage" "Hauteur de l'aperçu" "Longueur de l'aperçu" "Taille de l'aperçu" "Roulis"
+    "Mode Scène" "Texte" "Feux d'artifice" "Musée" "Enfants" "Programme" "Manuelle" "Contre-jour"
+    "Lumière de bougie" "Coucher de soleil" "Panorama gauche-droite" "Panorama droite-gauche"
+    "Scène intelligente" "Haute sensibilité ISO" "Paysage" "Plage" "Portrait nocturne"
+    "Paysage nocturne" "Neige" "Mode scène utilisé" "Rétro-éclairage" "Chandelle" "Manuel" "Musé"
+    "Hauteur totale du capteur" "Largeur totale du capteur" "Hauteur du capteur"
+    "Largeur du capteur" "Numéro de Séquence" "Numéro de série" "Netteté" "Mode de prise de vue"
+    "Vitesse d'obturation" "Distance du sujet" "Hauteur de la vignette" "Vignette" "Heure"
+    "Heure de création" "Balance des Blancs des niveaux RVB" "Balance des blancs"
+    "Equilibrage automatique des blancs" "Flash? |\302\240Lumière du jour"
     "Flash |\302\240Tungstène (lumière incandescente)"
-    "Lumière du jour |\302\240Tungstène (lumière incandescente)""AF-Modus""Blende"
-    "Automatische Belichtungsreihe""Bayer Matrix""Helligkeit""Burst Modus""Burst Modus 2""Aus""Ein"
-    "Kamera Gehäuse""Kamera Bytereihenfolge""Kamera Modell""Farbmodus""Schwarz/Weiß"
-    "Schwarz-Weiß Gelbfilter""Schwarz-Weiß Rotfilter""Datum""Erstellungsdatum/-uhrzeit"
-    "Datum Uhrzeitangabe""Digital-Zoom""Dauer""Belichtungskorrekturwert""Belichtungskorrektur"
-    "Belichtungsmodus""Blendenpriorität""Bulb-Modus""Manuelle Belichtung""Programmautomatik"
-    "Verschlusspriorität""Belichtungsdauer""F-Wert""Firmware-Version""Blitzmodus"
-    "Blitz wurde nicht ausgelöst""Blitz wurde ausgelöst""Blitzbelichtungskorrektur""Nein""Ja"
-    "Blitz-Modus""Automatisch""Ein |\302\240Fill Flash""Blitz-Synchronisationsmodus""Brennweite"
-    "Brennweite in 35 mm-Kleinbildformat""Fokus-Modus""Makro""ISO-Empfindlichkeit""ISO-Einstellung"
-    "Bildnummer""Kodak-Bildhöhe""Kodak-Bildbreite""Objektiv""Objektiv-Typ""Objektiv-Seriennummer"
-    "Gerätehersteller""Größte Blende""Belichtungsmessmethode""Multi-Segment""Mittenbetont"
-    "Spotmessung""Kleinste Blende""Kameramodell""Optischer Zoom""Original Dateiname""Panorama Modus"
-    "Vorschaubild-Höhe""Vorschaubild-Datenlänge""Vorschaubild-Größe""Vorschaubild-Breite"
-    "Szenen-Modus""Feuerwerk""Kinder""Manuell""Kerzenlicht""Sonnenuntergang""Porträt""Landschaft"
-    "Strand""Nachtporträt""Landschaft bei Nacht""Schnee""Sensor Höhe""Sensor Breite"
-    "Bildsequenznummer""Seriennummer""Schärfe""Aufnahmemodus""Belichtungszeit""Objektentfernung"
-    "Miniaturbild-Höhe""Miniaturbild""Miniaturbild-Breite""Zeit""Erstellungszeit""Gesamtzoom"
-    "Weißabgleich RGB-Farbverteilung""Weißabgleich""Blitz |\302\240Tageslicht"
-    "Blitz |\302\240Glühbirne""Glühbirne |\302\240Tageslicht""Modo AF""Compensazione corrente"
-    "Diaframma""Apertura diaframma""Valore di luminosità""Spento""Corpo fotocamera"
-    "Ordine byte fotocamera""Modello fotocamera""Modo colore""B/N""Seppia""Colore saturato""Data"
-    "Data/ora originale di creazione""Zoom Digitale""Compensazione esposizione""Modo esposizione"
-    "Priorità diaframma""Manuale""Programma""Priorità otturatore""Tempo esposizione""Numero F"
-    "Versione firmware""Flash non emesso""Emesso""Compensazione Esposizione Flash""Flash emesso""Sì"
-    "Modo flash""Occhi rossi""Occhi rossi?""Lunghezza focale""Lunghezza focale in formato 35mm"
-    "Modalità messa a fuoco""Sensibilità ISO""Impostazione ISO""Numero immagine""Obiettivo"
-    "Modello obiettivo""Numero di serie obiettivo""Costruttore""Massima apertura delle lenti"
-    "Modalità misurazione""Multi-zona""Media centrale ponderata""Punto""Nome modello fotocamera"
-    "Nome file originale""Altezza immagine anteprima""Lunghezza immagine anteprima"
-    "Dimensioni immagine anteprima""Larghezza immagine anteprima""Modo scena""Testo"
-    "Fuochi artificiali""Bambini""Tramonto""Verticale""Orizzontale""Rit. notturno""Modo scena usato"
-    "Altezza sensore""Larghezza sensore""Numero sequenza""Numero di serie""Nitidezza""Modo scatto"
-    "Velocità otturatore""Distanza soggetto""Temperatura""Miniatura""Larghezza miniatura""Ora"
-    "Ora di Creazione""Modi vari""Modi vari 2""Bilanciamento del bianco"
-    "Equilibrio del bianco automatico""Flash? |\302\240Luce del giorno"
+    "Lumière du jour |\302\240Tungstène (lumière incandescente)" "AF-Modus" "Blende"
+    "Automatische Belichtungsreihe" "Bayer Matrix" "Helligkeit" "Burst Modus" "Burst Modus 2" "Aus"
+    "Ein" "Kamera Gehäuse" "Kamera Bytereihenfolge" "Kamera Modell" "Farbmodus" "Schwarz/Weiß"
+    "Schwarz-Weiß Gelbfilter" "Schwarz-Weiß Rotfilter" "Datum" "Erstellungsdatum/-uhrzeit"
+    "Datum Uhrzeitangabe" "Digital-Zoom" "Dauer" "Belichtungskorrekturwert" "Belichtungskorrektur"
+    "Belichtungsmodus" "Blendenpriorität" "Bulb-Modus" "Manuelle Belichtung" "Programmautomatik"
+    "Verschlusspriorität" "Belichtungsdauer" "F-Wert" "Firmware-Version" "Blitzmodus"
+    "Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst" "Blitzbelichtungskorrektur" "Nein" "Ja"
+    "Blitz-Modus" "Automatisch" "Ein |\302\240Fill Flash" "Blitz-Synchronisationsmodus" "Brennweite"
+    "Brennweite in 35 mm-Kleinbildformat" "Fokus-Modus" "Makro" "ISO-Empfindlichkeit"
+    "ISO-Einstellung" "Bildnummer" "Kodak-Bildhöhe" "Kodak-Bildbreite" "Objektiv" "Objektiv-Typ"
+    "Objektiv-Seriennummer" "Gerätehersteller" "Größte Blende" "Belichtungsmessmethode"
+    "Multi-Segment" "Mittenbetont" "Spotmessung" "Kleinste Blende" "Kameramodell" "Optischer Zoom"
+    "Original Dateiname" "Panorama Modus" "Vorschaubild-Höhe" "Vorschaubild-Datenlänge"
+    "Vorschaubild-Größe" "Vorschaubild-Breite" "Szenen-Modus" "Feuerwerk" "Kinder" "Manuell"
+    "Kerzenlicht" "Sonnenuntergang" "Porträt" "Landschaft" "Strand" "Nachtporträt"
+    "Landschaft bei Nacht" "Schnee" "Sensor Höhe" "Sensor Breite" "Bildsequenznummer" "Seriennummer"
+    "Schärfe" "Aufnahmemodus" "Belichtungszeit" "Objektentfernung" "Miniaturbild-Höhe"
+    "Miniaturbild" "Miniaturbild-Breite" "Zeit" "Erstellungszeit" "Gesamtzoom"
+    "Weißabgleich RGB-Farbverteilung" "Weißabgleich" "Blitz |\302\240Tageslicht"
+    "Blitz |\302\240Glühbirne" "Glühbirne |\302\240Tageslicht" "Modo AF" "Compensazione corrente"
+    "Diaframma" "Apertura diaframma" "Valore di luminosità" "Spento" "Corpo fotocamera"
+    "Ordine byte fotocamera" "Modello fotocamera" "Modo colore" "B/N" "Seppia" "Colore saturato"
+    "Data" "Data/ora originale di creazione" "Zoom Digitale" "Compensazione esposizione"
+    "Modo esposizione" "Priorità diaframma" "Manuale" "Programma" "Priorità otturatore"
+    "Tempo esposizione" "Numero F" "Versione firmware" "Flash non emesso" "Emesso"
+    "Compensazione Esposizione Flash" "Flash emesso" "Sì" "Modo flash" "Occhi rossi" "Occhi rossi?"
+    "Lunghezza focale" "Lunghezza focale in formato 35mm" "Modalità messa a fuoco" "Sensibilità ISO"
+    "Impostazione ISO" "Numero immagine" "Obiettivo" "Modello obiettivo" "Numero di serie obiettivo"
+    "Costruttore" "Massima apertura delle lenti" "Modalità misurazione" "Multi-zona"
+    "Media centrale ponderata" "Punto" "Nome modello fotocamera" "Nome file originale"
+    "Altezza immagine anteprima" "Lunghezza immagine anteprima" "Dimensioni immagine anteprima"
+    "Larghezza immagine anteprima" "Modo scena" "Testo" "Fuochi artificiali" "Bambini" "Tramonto"
+    "Verticale" "Orizzontale" "Rit. notturno" "Modo scena usato" "Altezza sensore"
+    "Larghezza sensore" "Numero sequenza" "Numero di serie" "Nitidezza" "Modo scatto"
+    "Velocità otturatore" "Distanza soggetto" "Temperatura" "Miniatura" "Larghezza miniatura" "Ora"
+    "Ora di Creazione" "Modi vari" "Modi vari 2" "Bilanciamento del bianco"
+    "Equilibrio del bianco automatico" "Flash? |\302\240Luce del giorno"
     "Flash |\302\240Tungsteno (luce incandescente)"
-    "Luce del giorno |\302\240Tungsteno (luce incandescente)""AFモード""絞り""オートブラケット""ブライトネス""ブラストモード"
-    "オフ""オン""カラーモード""白黒""セピア""日付""オリジナルデータ作成日時""デジタルズーム""露出補正値""露光モード""絞り優先""バルブ""マニュアル露出""プログラム"
-    "シャッター優先""露出時間""F値""ファームウェアバージョン""ストロボ""フラッシュ未発光""フラッシュ発光""フラッシュ露出補正""いいえ""はい""フラッシュモード""オート"
-    "Fill Flash |\302\240オン""レンズ焦点距離""35mmフイルム換算焦点距離""フォーカスモード""標準""マクロ""ISOスピードレート""ISO設定""イメージ番号"
-    "レンズ""レンズシリアル番号""メーカー""最大絞り""測光モード""パターン""スポット""最小絞り""画像入力機器モデル""パノラマモード""プレビューイメージ容量"
-    "プレビューイメージサイズ""シーンモード""スポーツ""テキスト""花火""美術館""子供""マニュアル""キャンドルライト""夕日""ポートレート""風景""ビーチ""人物夜景""スノー"
-    "センサー高さ""センサー幅""シーケンス番号""シリアル番号""シャープネス""撮影モード""シャッタースピード""対象距離""サムネイル画像""時間""作成時間""WB RGB レベル"
-    "ホワイトバランス""Flash? |\302\240昼光""ストロボ |\302\240タングステン(白熱灯)""タングステン(白熱灯) |\302\240昼光""Apertura"
-    "Auto-horquillado""Luminosidad""Modo de Color""ByN""Fecha""Fecha y Hora de Datos Original"
-    "Zoom Digital""Duración""Compensación Exposición""Modo Exposición""Exposición manual"
-    "Tiempo de Exposición""Número F""Versión Firmware""Flash no disparado""Flash disparado"
-    "Compensación Exposición Flash""Si""Modo Flash""Automático""Encendido |\302\240Fill Flash"
-    "Apagado""Distancia Focal Objetivo""Distancia Focal en Película de 35 mm""Modo Enfoque"
-    "Ratio Velocidad ISO""Ajuste ISO""Número Imagen""Objetivo""Modelo Objetivo"
-    "Número Serie Objetivo""Encendido""Marca""Máxima Apertura del Objetivo""Modo Medición"
-    "Multi-segmento""Media ponderada al centro""Puntual""Apertura mínima""Modelo"
-    "Nombre archivo original""Longitud Imagen Previa""Tamaño Imagen Previa""Selección de escena"
-    "Fuegos Artificiales""Puesta sol""Retrato""Paisaje""Playa""Retrato noct.""Nieve""Panoramica"
-    "Número Serie""Nitidez""Estándar""Modo de Disparo""Velocidad Obturación""Distancia Sujeto"
-    "Hora Creación""Balance de Blancos""Flash? |\302\240Luz de día""Flash |\302\240Tungsteno"
-    "Luz de día |\302\240Tungsteno""Año Creación""WB_RGGBLevels""KyoceraRaw:DateTimeOriginal"
-    "KyoceraRaw:ExposureTime""KyoceraRaw:FNumber""KyoceraRaw:FirmwareVersion"
-    "KyoceraRaw:FocalLength""KyoceraRaw:ISO""KyoceraRaw:ISO:10""50""KyoceraRaw:ISO:11"
-    "KyoceraRaw:ISO:12""80""KyoceraRaw:ISO:13""100""KyoceraRaw:ISO:14""125""KyoceraRaw:ISO:15""160"
-    "KyoceraRaw:ISO:16""200""KyoceraRaw:ISO:17""250""KyoceraRaw:ISO:18""320""KyoceraRaw:ISO:19""400"
-    "KyoceraRaw:ISO:7""KyoceraRaw:ISO:8""KyoceraRaw:ISO:9""40""KyoceraRaw:Lens""KyoceraRaw:Make"
-    "KyoceraRaw:MaxAperture""KyoceraRaw:Model""KyoceraRaw:WB_RGGBLevels""WB RGGB Levels"
-    "Balance des blancs des niveaux RVVB""Weißabgleich RGGB-Farbverteilung""WB RGGB レベル"
-    "FillAttributes""PopupFillAttributes""ScreenBufferSize""WindowSize""WindowOrigin""FontSize"
-    "FontFamily""FontWeight""FontName""CursorSize""FullScreen""QuickEdit""InsertMode"
-    "WindowOriginAuto""HistoryBufferSize""NumHistoryBuffers""RemoveHistoryDuplicates""CodePage"
-    "TargetFileDOSName""CommonNetworkRelLink""CommonPathSuffix""DeviceName""DriveSerialNumber"
-    "DriveType""LocalBasePath""NetName""NetProviderType""VolumeID""VolumeLabel""Flags"
-    "FileAttributes""CreateDate""AccessDate""ModifyDate""TargetFileSize""IconIndex""RunWindow"
-    "HotKey""Description""RelativePath""WorkingDirectory""CommandLineArguments""IconFileName"
-    "MachineID""48""1703936""1769472""1835008""1900544""1966080""2031616""2097152""2162688""2228224"
-    "2293760""2359296""2424832""2490368""2555904""2686976""2752512""2818048""2883584""2949120"
-    "3014656""3080192""3145728""3211264""3276800""3342336""3407872""3473408""3538944""3604480"
-    "3670016""3735552""3801088""3866624""128""1024""4096""32768""131072""262144""524288""1048576"
-    "4194304""8388608""16777216""33554432""67108864""2048""144""145""0x30'-'0x39""0x41'-'0x5a"
-    "0x70'-'0x87""LNK:AccessDate""Access Date""LNK:CodePage""Code Page""LNK:CommandLineArguments"
-    "Command Line Arguments""LNK:CommonNetworkRelLink""Common Network Rel Link"
-    "LNK:CommonPathSuffix""Common Path Suffix""LNK:CreateDate""Create Date""LNK:CursorSize"
-    "Cursor Size""LNK:Description""LNK:DeviceName""Device Name""LNK:DriveSerialNumber"
-    "Drive Serial Number""LNK:DriveType""Drive Type""LNK:DriveType:0""Unknown""LNK:DriveType:1"
-    "Invalid Root Path""LNK:DriveType:2""Removable Media""LNK:DriveType:3""Fixed Disk"
-    "LNK:DriveType:4""Remote Drive""LNK:DriveType:5""CD-ROM""LNK:DriveType:6""Ram Disk"
-    "LNK:FileAttributes""File Attributes""LNK:FileAttributes:1""Read-only""LNK:FileAttributes:1024"
-    "Reparse point""LNK:FileAttributes:128""LNK:FileAttributes:16""Directory"
-    "LNK:FileAttributes:16384""Encrypted""LNK:FileAttributes:2""Hidden""LNK:FileAttributes:2048"
-    "Compressed""LNK:FileAttributes:256""Temporary""LNK:FileAttributes:32""Archive"
-    "LNK:FileAttributes:4""System""LNK:FileAttributes:4096""Offline""LNK:FileAttributes:512""Sparse"
-    "LNK:FileAttributes:64""Encrypted?""LNK:FileAttributes:8""Volume""LNK:FileAttributes:8192"
-    "Not indexed""LNK:FillAttributes""Fill Attributes""LNK:Flags""LNK:Flags:1""IDList"
-    "LNK:Flags:1024""SeparateProc""LNK:Flags:1048576""NoLinkPathTracking""LNK:Flags:128""Unicode"
-    "LNK:Flags:131072""RunWithShim""LNK:Flags:16""WorkingDir""LNK:Flags:16384""ExpIcon"
-    "LNK:Flags:16777216""UnaliasOnSave""LNK:Flags:2""LinkInfo""LNK:Flags:2097152"
-    "NoKnownFolderTracking""LNK:Flags:256""NoLinkInfo""LNK:Flags:262144""NoLinkTrack""LNK:Flags:32"
-    "CommandArgs""LNK:Flags:32768""NoPidAlias""LNK:Flags:33554432""PreferEnvPath""LNK:Flags:4"
-    "LNK:Flags:4096""DarwinID""LNK:Flags:4194304""NoKnownFolderAlias""LNK:Flags:512""ExpString"
-    "LNK:Flags:524288""TargetMetadata""LNK:Flags:64""IconFile""LNK:Flags:67108864""KeepLocalIDList"
-    "LNK:Flags:8""LNK:Flags:8192""RunAsUser""LNK:Flags:8388608""LinkToLink""LNK:FontFamily"
-    "Font Family""LNK:FontFamily:0""Don't Care""LNK:FontFamily:16""Roman""LNK:FontFamily:32""Swiss"
-    "LNK:FontFamily:48""Modern""LNK:FontFamily:64""Script""LNK:FontFamily:80""Decorative"
-    "LNK:FontName""Font Name""LNK:FontSize""Font Size""LNK:FontWeight""Font Weight""LNK:FullScreen"
-    "Full Screen""LNK:HistoryBufferSize""History Buffer Size""LNK:HotKey""Hot Key""LNK:HotKey:0"
-    "(none)""LNK:HotKey:0x30'-'0x39""0-9""LNK:HotKey:0x41'-'0x5a""A-Z""LNK:HotKey:0x70'-'0x87"
-    "F1-F24""LNK:HotKey:1024""Alt""LNK:HotKey:144""Num Lock""LNK:HotKey:145""Scroll Lock"
-    "LNK:HotKey:256""Shift""LNK:HotKey:512""Control""LNK:IconFileName""Icon File Name"
-    "LNK:IconIndex""Icon Index""LNK:InsertMode""Insert Mode""LNK:LocalBasePath""Local Base Path"
-    "LNK:MachineID""Machine ID""LNK:ModifyDate""Modify Date""LNK:NetName""Net Name"
-    "LNK:NetProviderType""Net Provider Type""LNK:NetProviderType:1703936""AVID"
-    "LNK:NetProviderType:1769472""DOCUSPACE""LNK:NetProviderType:1835008""MANGOSOFT"
-    "LNK:NetProviderType:1900544""SERNET""LNK:NetProviderType:1966080""RIVERFRONT1"
-    "LNK:NetProviderType:2031616""RIVERFRONT2""LNK:NetProviderType:2097152""DECORB"
-    "LNK:NetProviderType:2162688""PROTSTOR""LNK:NetProviderType:2228224""FJ_REDIR"
-    "LNK:NetProviderType:2293760""DISTINCT""LNK:NetProviderType:2359296""TWINS"
-    "LNK:NetProviderType:2424832""RDR2SAMPLE""LNK:NetProviderType:2490368""CSC"
-    "LNK:NetProviderType:2555904""3IN1""LNK:NetProviderType:2686976""EXTENDNET"
-    "LNK:NetProviderType:2752512""STAC""LNK:NetProviderType:2818048""FOXBAT"
-    "LNK:NetProviderType:2883584""YAHOO""LNK:NetProviderType:2949120""EXIFS"
-    "LNK:NetProviderType:3014656""DAV""LNK:NetProviderType:3080192""KNOWARE"
-    "LNK:NetProviderType:3145728""OBJECT_DIRE""LNK:NetProviderType:3211264""MASFAX"
-    "LNK:NetProviderType:3276800""HOB_NFS""LNK:NetProviderType:3342336""SHIVA"
-    "LNK:NetProviderType:3407872""IBMAL""LNK:NetProviderType:3473408""LOCK"
-    "LNK:NetProviderType:3538944""TERMSRV""LNK:NetProviderType:3604480""SRT"
-    "LNK:NetProviderType:3670016""QUINCY""LNK:NetProviderType:3735552""OPENAFS"
-    "LNK:NetProviderType:3801088""AVID1""LNK:NetProviderType:3866624""DFS""LNK:NumHistoryBuffers"
-    "Num History Buffers""LNK:PopupFillAttributes""Popup Fill Attributes""LNK:QuickEdit""Quick Edit"
-    "LNK:RelativePath""Relative Path""LNK:RemoveHistoryDuplicates""Remove History Duplicates"
-    "LNK:RunWindow""Run Window""LNK:RunWindow:0""Hide""LNK:RunWindow:1""LNK:RunWindow:10"
-    "Show Default""LNK:RunWindow:2""Show Minimized""LNK:RunWindow:3""Show Maximized"
-    "LNK:RunWindow:4""Show No Activate""LNK:RunWindow:5""Show""LNK:RunWindow:6""Minimized"
-    "LNK:RunWindow:7""Show Minimized No Activate""LNK:RunWindow:8""Show NA""LNK:RunWindow:9"
-    "Restore""LNK:ScreenBufferSize""Screen Buffer Size""LNK:TargetFileDOSName""Target File DOS Name"
-    "LNK:TargetFileSize""Target File Size""LNK:VolumeID""Volume ID""LNK:VolumeLabel""Volume Label"
-    "LNK:WindowOrigin""Window Origin""LNK:WindowOriginAuto""Window Origin Auto""LNK:WindowSize"
-    "Window Size""LNK:WorkingDirectory""Working Directory""数字数据产生的日期和时间""文件改变的日期和时间"
-    "Date de création des données numériques""Taille du curseur""Nom de l'appareil"
-    "Attribut du fichier""Lecture seule""Point de reparsage""Répertoire""Crypté""Masqué""Compressé"
-    "Temporaire""Système""Hors ligne""Crypté?""Non indexé""Date de modification du fichier"
-    "Zugriffsdatum""Digitalisierungsdatum/-uhrzeit""Beschreibung""Unbekannt""Änderungsdatum"
-    "Data di accesso""Data di creazione""Descrizione""Sconosciuto""Disco fisso""Sola lettura"
-    "Crittografato""Sistema""Crittografato?""Non indicizzato""Tipo di carattere""Svizzera"
-    "Nome carattere""Dimensioni carattere""Peso carattere""(nessuno)""Data modifica"
-    "Modifica velote""Ripristina""デジタルデータ作成日時""説明""ファイル作成日時""Fecha y Hora de Datos Digital"
-    "Descripción""Fecha y Hora de Cambio del Archivo""CameraBackType""CameraName""CameraType"
-    "CameraProfileVersion""ISOSpeed""CameraObjBackType""LensID""LensType""CameraObjName""Strobe"
-    "CameraObjType""CameraObjVersion""CCDRect""CCDValidRect""CCDVideoRect""CaptProfBackType"
-    "CenterDarkRect""ColorAverages""ColorMatrix""DarkCorrectionType""ImageBounds""ImageFields"
-    "ImageOffset""LeftDarkRect""LuminanceConsts""MosaicPattern""CaptProfName""NumberOfPlanes"
-    "RawDataRotation""ReconstructionType""RightDarkRect""CaptureSerial""CaptProfType"
-    "CaptProfVersion""XYOffsetInfo""MultiQuality""CaptureObjBackType""CaptureObjName""SingleQuality"
-    "CaptureObjType""CaptureObjVersion""ColorObjBackType""ColorType""HasICC""InputProfile"
-    "ColorObjName""OutputProfile""ColorObjType""ColorObjVersion""ImgProfBackType""ImageStatus"
-    "ImgProfName""RotationAngle""ImgProfType""ImgProfVersion""LookHeadBackType""LookHeadName"
-    "LookHeadType""LookHeadVersion""PreviewInfo""PDAHistogram""BackSerial""ToneMatrix"
-    "ToneSpaceFlow""PatternAngle""NeutObjBackType""ColorCasts""HighlightEndPoints""NeutObjName"
-    "Neutrals""ShadowEndPoints""NeutObjType""NeutObjVersion""SaveObjBackType""LeafAutoActive"
-    "LeafAutoBaseName""LeafHotFolder""LeafOpenProcHDR""LeafOutputFileType""LeafSaveSelection"
-    "SaveObjName""StdAutoActive""StdBaseName""StdHotFolder""StdOpenInPhotoshop""StdOutputBitDepth"
-    "StdOutputColorMode""StdOutputFileType""StdOxygen""StdSaveSelection""StdScaledOutput"
-    "StdSharpenOutput""SaveObjType""SaveObjVersion""SelObjBackType""Locks""SelObjName""Orientation"
-    "Rect""Resolution""Scale""SelObjType""SelObjVersion""SharpObjBackType""DataLen""SharpObjName"
-    "SharpInfo""SharpMethod""SharpObjType""SharpObjVersion""ShootObjBackType""ShootObjName"
-    "ShootObjType""ShootObjVersion""ToneObjBackType""Gamma""ToneObjName""Npts""Tones""ToneObjType"
-    "ToneObjVersion""Leaf:BackSerial""Back Serial Number""Leaf:CCDRect""CCD Rect""Leaf:CCDValidRect"
-    "CCD Valid Rect""Leaf:CCDVideoRect""CCD Video Rect""Leaf:CameraBackType""Camera Back Type"
-    "Leaf:CameraName""Camera Name""Leaf:CameraObjBackType""Camera Obj Back Type""Leaf:CameraObjName"
-    "Camera Obj Name""Leaf:CameraObjType""Camera Obj Type""Leaf:CameraObjVersion"
-    "Camera Obj Version""Leaf:CameraProfileVersion""Camera Profile Version""Leaf:CameraType"
-    "Camera Type""Leaf:CaptProfBackType""Capt Prof Back Type""Leaf:CaptProfName""Capt Prof Name"
-    "Leaf:CaptProfType""Capt Prof Type""Leaf:CaptProfVersion""Capt Prof Version"
-    "Leaf:CaptureObjBackType""Capture Obj Back Type""Leaf:CaptureObjName""Capture Obj Name"
-    "Leaf:CaptureObjType""Capture Obj Type""Leaf:CaptureObjVersion""Capture Obj Version"
-    "Leaf:CaptureSerial""Capture Serial Number""Leaf:CenterDarkRect""Center Dark Rect"
-    "Leaf:ColorAverages""Color Averages""Leaf:ColorCasts""Color Casts""Leaf:ColorMatrix"
-    "Color Matrix""Leaf:ColorMode""Leaf:ColorObjBackType""Color Obj Back Type""Leaf:ColorObjName"
-    "Color Obj Name""Leaf:ColorObjType""Color Obj Type""Leaf:ColorObjVersion""Color Obj Version"
-    "Leaf:ColorType""Color Type""Leaf:DarkCorrectionType""Dark Correction Type""Leaf:DataLen"
-    "Data Len""Leaf:Gamma""Leaf:HasICC""Has ICC""Leaf:HighlightEndPoints""Highlight End Points"
-    "Leaf:ISOSpeed""ISO Speed""Leaf:ImageBounds""Image Bounds""Leaf:ImageFields""Image Fields"
-    "Leaf:ImageOffset""Image Offset""Leaf:ImageStatus""Image Status""Leaf:ImgProfBackType"
-    "Img Prof Back Type""Leaf:ImgProfName""Img Prof Name""Leaf:ImgProfType""Img Prof Type"
-    "Leaf:ImgProfVersion""Img Prof Version""Leaf:InputProfile""Input Profile""Leaf:LeafAutoActive"
-    "Leaf Auto Active""Leaf:LeafAutoBaseName""Leaf Auto Base Name""Leaf:LeafHotFolder"
-    "Leaf Hot Folder""Leaf:LeafOpenProcHDR""Leaf Open Proc HDR""Leaf:LeafOutputFileType"
-    "Leaf Output File Type""Leaf:LeafSaveSelection""Leaf Save Selection""Leaf:LeftDarkRect"
-    "Left Dark Rect""Leaf:LensID""Lens ID""Leaf:LensType""Lens Type""Leaf:Locks"
-    "Leaf:LookHeadBackType""Look Head Back Type""Leaf:LookHeadName""Look Head Name"
-    "Leaf:LookHeadType""Look Head Type""Leaf:LookHeadVersion""Look Head Version"
-    "Leaf:LuminanceConsts""Luminance Consts""Leaf:MosaicPattern""Mosaic Pattern""Leaf:MultiQuality"
-    "Multi Quality""Leaf:NeutObjBackType""Neut Obj Back Type""Leaf:NeutObjName""Neut Obj Name"
-    "Leaf:NeutObjType""Neut Obj Type""Leaf:NeutObjVersion""Neut Obj Version""Leaf:Neutrals"
-    "Leaf:Npts""Leaf:NumberOfPlanes""Number Of Planes""Leaf:Orientation""Leaf:OutputProfile"
-    "Output Profile""Leaf:PDAHistogram""PDA Histogram""Leaf:PatternAngle""Pattern Rotation Angle"
-    "Leaf:PreviewImage""Leaf:PreviewInfo""Preview Info""Leaf:RawDataRotation""Raw Data Rotation"
-    "Leaf:ReconstructionType""Reconstruction Type""Leaf:Rect""Leaf:Resolution""Leaf:RightDarkRect"
-    "Right Dark Rect""Leaf:RotationAngle""Rotation Angle""Leaf:SaveObjBackType""Save Obj Back Type"
-    "Leaf:SaveObjName""Save Obj Name""Leaf:SaveObjType""Save Obj Type""Leaf:SaveObjVersion"
-    "Save Obj Version""Leaf:Scale""Leaf:SelObjBackType""Sel Obj Back Type""Leaf:SelObjName"
-    "Sel Obj Name""Leaf:SelObjType""Sel Obj Type""Leaf:SelObjVersion""Sel Obj Version"
-    "Leaf:ShadowEndPoints""Shadow End Points""Leaf:SharpInfo""Sharp Info""Leaf:SharpMethod"
-    "Sharp Method""Leaf:SharpObjBackType""Sharp Obj Back Type""Leaf:SharpObjName""Sharp Obj Name"
-    "Leaf:SharpObjType""Sharp Obj Type""Leaf:SharpObjVersion""Sharp Obj Version"
-    "Leaf:ShootObjBackType""Shoot Obj Back Type""Leaf:ShootObjName""Shoot Obj Name"
-    "Leaf:ShootObjType""Shoot Obj Type""Leaf:ShootObjVersion""Shoot Obj Version""Leaf:SingleQuality"
-    "Single Quality""Leaf:StdAutoActive""Std Auto Active""Leaf:StdBaseName""Std Base Name"
-    "Leaf:StdHotFolder""Std Hot Folder""Leaf:StdOpenInPhotoshop""Std Open In Photoshop"
-    "Leaf:StdOutputBitDepth""Std Output Bit Depth""Leaf:StdOutputColorMode""Std Output Color Mode"
-    "Leaf:StdOutputFileType""Std Output File Type""Leaf:StdOxygen""Std Oxygen"
-    "Leaf:StdSaveSelection""Std Save Selection""Leaf:StdScaledOutput""Std Scaled Output"
-    "Leaf:StdSharpenOutput""Std Sharpen Output""Leaf:Strobe""Leaf:ToneMatrix""ICC To Tone Matrix"
-    "Leaf:ToneObjBackType""Tone Obj Back Type""Leaf:ToneObjName""Tone Obj Name""Leaf:ToneObjType"
-    "Tone Obj Type""Leaf:ToneObjVersion""Tone Obj Version""Leaf:ToneSpaceFlow"
-    "ICC To Tone Space Flow""Leaf:Tones""Leaf:XYOffsetInfo""XY Offset Info""对比系数""未设置""图像取向"
-    "Nom de l'appareil photo""Type d'appareil photo""Matrice des couleurs"
-    "Identifiant de l'Objectif""Type d'objectif""Orientation de l'image""Résolution de l'image"
-    "Kameratyp""Farb-Matrix""Bilddatenposition""Objektiv-ID""Objektivtyp""Anzahl Ebenen"
-    "Ausrichtung""Bildauflösung""Nome fotocamera""Nome oggetto nero fotocamera"
-    "Nome oggetto fotocamera""Tipo oggetto fotocamera""Versione oggetto fotocamera"
-    "Versione profilo fotocamera""Tipo fotocamera""Velocità ISO""Offset immagine"
-    "Obiettivo Utilizzato""Tipo obiettivo""Orientamento""Info anteprima""Risoluzione"
-    "Angolo rotazione""カメラタイプ""カラーマトリックス""ガンマ""イメージオフセット""レンズID""レンズタイプ""画像の向き""Tipo Cámara"
-    "Matriz de Color""Offset Imagen""ID Objetivo""Tipo Objetivo""Orientación de Imagen""Resolución"
-    "FocusDistance""UserProfile""ExternalSensorBrightnessValue""MeasuredLV""ApproximateFNumber"
-    "CameraTemperature""ColorTemperature""WBRedLevel""WBGreenLevel""WBBlueLevel"
-    "UV-IRFilterCorrection""CCDVersion""CCDBoardVersion""ControllerBoardVersion""M16CVersion"
-    "ImageIDNumber""OriginalDirectory""FilmMode""InternalSerialNumber""UnknownBlock""ISOSelected"
-    "CorrelatedColorTemp""ColorTint""WhitePoint""FileIndex""Contrast""Sharpening""Saturation"
-    "JPEGQuality""JPEGSize""BaseISO""SensorBitDepth""0 0""16 1""16 2""16 3""26""27""29 0""30""31 0"
-    "35""36""37""38""39""39 0""41""41 3""42""42 1""42 2""42 3""43""44""45""46""47""49""51""51 2""52"
-    "53""53 2""53 3""58""6 0""9 0""0 0 0 0""1 0 0 0""1 1 0 0""2 0 0 0""3 0 0 0""94""97"
-    "Leica:ApproximateFNumber""Approximate F Number""Leica:BaseISO""Base ISO""Leica:CCDBoardVersion"
-    "CCD Board Version""Leica:CCDVersion""CCD Version""Leica:CameraTemperature""Camera Temperature"
-    "Leica:ColorTemperature""Color Temperature""Leica:ColorTint""Color Tint""Leica:Contrast"
-    "Leica:Contrast:0""Leica:Contrast:1""Medium Low""Leica:Contrast:2""Leica:Contrast:3"
-    "Medium High""Leica:Contrast:4""High""Leica:ControllerBoardVersion""Controller Board Version"
-    "Leica:CorrelatedColorTemp""Correlated Color Temp""Leica:ExposureMode"
-    "Leica:ExposureMode:0 0 0 0""Program AE""Leica:ExposureMode:1 0 0 0""Aperture-priority AE"
-    "Leica:ExposureMode:1 1 0 0""Aperture-priority AE (1)""Leica:ExposureMode:2 0 0 0"
-    "Shutter speed priority AE""Leica:ExposureMode:3 0 0 0""Leica:ExternalSensorBrightnessValue"
-    "External Sensor Brightness Value""Leica:FNumber""Leica:FileIndex""File Index""Leica:FilmMode"
-    "Film Mode""Leica:FirmwareVersion""Leica:FocalLength""Leica:FocusDistance""Focus Distance"
-    "Leica:ISOSelected""ISO Selected""Leica:ISOSelected:0""Leica:ImageIDNumber""Image ID Number"
-    "Leica:InternalSerialNumber""Internal Serial Number""Leica:JPEGQuality""JPEG Quality"
-    "Leica:JPEGQuality:94""Basic""Leica:JPEGQuality:97""Leica:JPEGSize""JPEG Size""Leica:JPEGSize:0"
-    "5216x3472""Leica:JPEGSize:1""3840x2592""Leica:JPEGSize:2""2592x1728""Leica:JPEGSize:3"
-    "1728x1152""Leica:JPEGSize:4""1280x864""Leica:LensSerialNumber""Leica:LensType"
-    "Leica:LensType:0 0""Uncoded lens""Leica:LensType:1""Elmarit-M 21mm f/2.8""Leica:LensType:11"
-    "Summaron-M 28mm f/5.6""Leica:LensType:12""Thambar-M 90mm f/2.2""Leica:LensType:16"
-    "Tri-Elmar-M 16-18-21mm f/4 ASPH.""Leica:LensType:16 1"
-    "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 16mm)""Leica:LensType:16 2"
-    "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 18mm)""Leica:LensType:16 3"
-    "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 21mm)""Leica:LensType:23""Summicron-M 50mm f/2 (III)"
-    "Leica:LensType:24""Elmarit-M 21mm f/2.8 ASPH.""Leica:LensType:25""Elmarit-M 24mm f/2.8 ASPH."
-    "Leica:LensType:26""Summicron-M 28mm f/2 ASPH.""Leica:LensType:27""Elmarit-M 28mm f/2.8 (IV)"
-    "Leica:LensType:28""Elmarit-M 28mm f/2.8 ASPH.""Leica:LensType:29""Summilux-M 35mm f/1.4 ASPH."
-    "Leica:LensType:29 0""Summilux-M 35mm f/1.4 ASPHERICAL""Leica:LensType:3"
-    "Elmarit-M 28mm f/2.8 (III)""Leica:LensType:30""Summicron-M 35mm f/2 ASPH.""Leica:LensType:31"
-    "Noctilux-M 50mm f/1""Leica:LensType:31 0""Noctilux-M 50mm f/1.2""Leica:LensType:32"
-    "Summilux-M 50mm f/1.4 ASPH.""Leica:LensType:33""Summicron-M 50mm f/2 (IV, V)"
-    "Leica:LensType:34""Elmar-M 50mm f/2.8""Leica:LensType:35""Summilux-M 75mm f/1.4"
-    "Leica:LensType:36""Apo-Summicron-M 75mm f/2 ASPH.""Leica:LensType:37"
-    "Apo-Summicron-M 90mm f/2 ASPH.""Leica:LensType:38""Elmarit-M 90mm f/2.8""Leica:LensType:39"
-    "Macro-Elmar-M 90mm f/4""Leica:LensType:39 0""Tele-Elmar-M 135mm f/4 (II)""Leica:LensType:4"
-    "Tele-Elmarit-M 90mm f/2.8 (II)""Leica:LensType:40""Macro-Adapter M""Leica:LensType:41"
-    "Apo-Summicron-M 50mm f/2 ASPH.""Leica:LensType:41 3""Leica:LensType:42"
-    "Tri-Elmar-M 28-35-50mm f/4 ASPH.""Leica:LensType:42 1"
-    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 28mm)""Leica:LensType:42 2"
-    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 35mm)""Leica:LensType:42 3"
-    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 50mm)""Leica:LensType:43""Summarit-M 35mm f/2.5"
-    "Leica:LensType:44""Summarit-M 50mm f/2.5""Leica:LensType:45""Summarit-M 75mm f/2.5"
-    "Leica:LensType:46""Summarit-M 90mm f/2.5""Leica:LensType:47""Summilux-M 21mm f/1.4 ASPH."
-    "Leica:LensType:48""Summilux-M 24mm f/1.4 ASPH.""Leica:LensType:49"
-    "Noctilux-M 50mm f/0.95 ASPH.""Leica:LensType:5""Summilux-M 50mm f/1.4 (II)""Leica:LensType:50"
-    "Elmar-M 24mm f/3.8 ASPH.""Leica:LensType:51""Super-Elmar-M 21mm f/3.4 Asph"
-    "Leica:LensType:51 2""Super-Elmar-M 14mm f/3.8 Asph""Leica:LensType:52"
-    "Apo-Telyt-M 18mm f/3.8 ASPH.""Leica:LensType:53""Apo-Telyt-M 135mm f/3.4""Leica:LensType:53 2"
-    "Leica:LensType:53 3""Apo-Summicron-M 50mm f/2 (VI)""Leica:LensType:58"
-    "Noctilux-M 75mm f/1.25 ASPH.""Leica:LensType:6""Summicron-M 35mm f/2 (IV)""Leica:LensType:6 0"
-    "Summilux-M 35mm f/1.4""Leica:LensType:7""Summicron-M 90mm f/2 (II)""Leica:LensType:9"
-    "Elmarit-M 135mm f/2.8 (I/II)""Leica:LensType:9 0""Leica:M16CVersion""M16C Version"
-    "Leica:MeasuredLV""Measured LV""Leica:OriginalDirectory""Original Directory"
-    "Leica:OriginalFileName""Leica:PreviewImage""Leica:Quality""Leica:Quality:1""Leica:Quality:2"
-    "Leica:Saturation""Leica:Saturation:0""Leica:Saturation:1""Leica:Saturation:2"
-    "Leica:Saturation:3""Leica:Saturation:4""Leica:Saturation:5""Black & White""Leica:Saturation:6"
-    "Vintage B&W""Leica:SensorBitDepth""Sensor Bit Depth""Leica:SensorHeight""Leica:SensorWidth"
-    "Leica:SerialNumber""Leica:Sharpening""Leica:Sharpening:0""Leica:Sharpening:1"
-    "Leica:Sharpening:2""Leica:Sharpening:3""Leica:Sharpening:4""Leica:UV-IRFilterCorrection"
-    "UV/IR Filter Correction""Leica:UV-IRFilterCorrection:0""Not Active"
-    "Leica:UV-IRFilterCorrection:1""Active""Leica:UnknownBlock""Unknown Block""Leica:UserProfile"
-    "User Profile""Leica:UserProfile:1""User Profile 1""Leica:UserProfile:2""User Profile 2"
-    "Leica:UserProfile:3""User Profile 3""Leica:UserProfile:4""User Profile 0 (Dynamic)"
-    "Leica:WBBlueLevel""WB Blue Level""Leica:WBGreenLevel""WB Green Level""Leica:WBRedLevel"
-    "WB Red Level""Leica:WB_RGBLevels""Leica:WhiteBalance""Leica:WhiteBalance:0"
-    "Auto |\302\240Auto or Manual""Leica:WhiteBalance:1""Leica:WhiteBalance:10""Cloudy"
-    "Leica:WhiteBalance:11""Shade""Leica:WhiteBalance:2""Fluorescent""Leica:WhiteBalance:3"
-    "Daylight Fluorescent |\302\240Tungsten""Leica:WhiteBalance:4""Daylight |\302\240Flash"
-    "Leica:WhiteBalance:5""Leica:WhiteBalance:6""Leica:WhiteBalance:7""Leica:WhiteBalance:8"
-    "Leica:WhiteBalance:9""Kelvin""Leica:WhitePoint""White Point""色温""对比度""软调""硬调""饱和度""低饱和度""高饱和度"
-    "Auto or Manual |\302\240自动""阴天""阴影""荧光""日光色荧光灯 |\302\240白炽灯""太阳光 |\302\240闪光""白点色度"
-    "Diaphragme ƒ aproximatif""ISO de référence""Température de l'appareil photo"
-    "Température couleur""Contraste""Faible""Moyen faible""Moyen fort""Fort""Priorité ouverture"
-    "Priorité vitesse""Index du fichier""Mode vidéo""Distance focale""Numéro de série interne"
-    "Basique""LV mesuré""Moyennement élevée""Forte""Noir et blanc""Vintage N&B"
-    "Profondeur de bit du capteur""Niveau Bleu Balance des Blancs""Niveau Vert Balance des Blancs"
-    "Niveau Rouge Balance des Blancs""Auto or Manual |\302\240Equilibrage automatique des blancs"
-    "Temps nuageux""Ombre""Fluorescente"
-    "Fluorescente type jour |\302\240Tungstène (lumière incandescente)"
-    "Flash |\302\240Lumière du jour""Chromaticité du point blanc""F-Wert angenähert""Basis-ISO"
-    "Kamera-Temperatur""Farbtemperatur""Kontrast""Mittel-Gering""Mittel-Hoch""Stark"
-    "Externer Sensor Helligkeitswert""Datei-Index""Film-Modus""Fokus-Distanz""Interne Seriennummer"
-    "Bildqualität""JPEG Größe""Nicht kodiertes Objektiv""Lichtwert gemessen""Farbsättigung"
-    "Geringe Farbsättigung""Hohe Farbsättigung""Vintage Schwarz-Weiß""Schärfung""Niedrig""Mittel"
-    "Hoch""Benutzerprofil""Benutzerprofil 1""Benutzerprofil 2""Benutzerprofil 3"
-    "Benutzerprofil 0 (dynamisch)""Farbabgleich Blau""Farbabgleich Grün""Farbabgleich Rot"
-    "Auto or Manual |\302\240Automatisch""Bewölkt""Schatten""Neonlicht"
-    "Glühbirne |\302\240Neonlicht tageslichtweiß""Blitz""Weißpunkt-Chromatizität"
-    "Temperatura fotocamera""Temperatura colore""Contrasto""Alto""Programma AE"
-    "Priorità otturatore AE""Indice file""Distanza fuoco""Saturazione""Alta""Non attivo"
-    "Auto or Manual |\302\240Equilibrio del bianco automatico""Nuvoloso""Ombrato"
+    "Luce del giorno |\302\240Tungsteno (luce incandescente)" "AFモード" "絞り" "オートブラケット" "ブライトネス"
+    "ブラストモード" "オフ" "オン" "カラーモード" "白黒" "セピア" "日付" "オリジナルデータ作成日時" "デジタルズーム" "露出補正値" "露光モード" "絞り優先"
+    "バルブ" "マニュアル露出" "プログラム" "シャッター優先" "露出時間" "F値" "ファームウェアバージョン" "ストロボ" "フラッシュ未発光" "フラッシュ発光"
+    "フラッシュ露出補正" "いいえ" "はい" "フラッシュモード" "オート" "Fill Flash |\302\240オン" "レンズ焦点距離" "35mmフイルム換算焦点距離"
+    "フォーカスモード" "標準" "マクロ" "ISOスピードレート" "ISO設定" "イメージ番号" "レンズ" "レンズシリアル番号" "メーカー" "最大絞り" "測光モード"
+    "パターン" "スポット" "最小絞り" "画像入力機器モデル" "パノラマモード" "プレビューイメージ容量" "プレビューイメージサイズ" "シーンモード" "スポーツ" "テキスト"
+    "花火" "美術館" "子供" "マニュアル" "キャンドルライト" "夕日" "ポートレート" "風景" "ビーチ" "人物夜景" "スノー" "センサー高さ" "センサー幅"
+    "シーケンス番号" "シリアル番号" "シャープネス" "撮影モード" "シャッタースピード" "対象距離" "サムネイル画像" "時間" "作成時間" "WB RGB レベル"
+    "ホワイトバランス" "Flash? |\302\240昼光" "ストロボ |\302\240タングステン(白熱灯)" "タングステン(白熱灯) |\302\240昼光" "Apertura"
+    "Auto-horquillado" "Luminosidad" "Modo de Color" "ByN" "Fecha" "Fecha y Hora de Datos Original"
+    "Zoom Digital" "Duración" "Compensación Exposición" "Modo Exposición" "Exposición manual"
+    "Tiempo de Exposición" "Número F" "Versión Firmware" "Flash no disparado" "Flash disparado"
+    "Compensación Exposición Flash" "Si" "Modo Flash" "Automático" "Encendido |\302\240Fill Flash"
+    "Apagado" "Distancia Focal Objetivo" "Distancia Focal en Película de 35 mm" "Modo Enfoque"
+    "Ratio Velocidad ISO" "Ajuste ISO" "Número Imagen" "Objetivo" "Modelo Objetivo"
+    "Número Serie Objetivo" "Encendido" "Marca" "Máxima Apertura del Objetivo" "Modo Medición"
+    "Multi-segmento" "Media ponderada al centro" "Puntual" "Apertura mínima" "Modelo"
+    "Nombre archivo original" "Longitud Imagen Previa" "Tamaño Imagen Previa" "Selección de escena"
+    "Fuegos Artificiales" "Puesta sol" "Retrato" "Paisaje" "Playa" "Retrato noct." "Nieve"
+    "Panoramica" "Número Serie" "Nitidez" "Estándar" "Modo de Disparo" "Velocidad Obturación"
+    "Distancia Sujeto" "Hora Creación" "Balance de Blancos" "Flash? |\302\240Luz de día"
+    "Flash |\302\240Tungsteno" "Luz de día |\302\240Tungsteno" "Año Creación" "WB_RGGBLevels"
+    "KyoceraRaw:DateTimeOriginal" "KyoceraRaw:ExposureTime" "KyoceraRaw:FNumber"
+    "KyoceraRaw:FirmwareVersion" "KyoceraRaw:FocalLength" "KyoceraRaw:ISO" "KyoceraRaw:ISO:10" "50"
+    "KyoceraRaw:ISO:11" "KyoceraRaw:ISO:12" "80" "KyoceraRaw:ISO:13" "100" "KyoceraRaw:ISO:14" "125"
+    "KyoceraRaw:ISO:15" "160" "KyoceraRaw:ISO:16" "200" "KyoceraRaw:ISO:17" "250"
+    "KyoceraRaw:ISO:18" "320" "KyoceraRaw:ISO:19" "400" "KyoceraRaw:ISO:7" "KyoceraRaw:ISO:8"
+    "KyoceraRaw:ISO:9" "40" "KyoceraRaw:Lens" "KyoceraRaw:Make" "KyoceraRaw:MaxAperture"
+    "KyoceraRaw:Model" "KyoceraRaw:WB_RGGBLevels" "WB RGGB Levels"
+    "Balance des blancs des niveaux RVVB" "Weißabgleich RGGB-Farbverteilung" "WB RGGB レベル"
+    "FillAttributes" "PopupFillAttributes" "ScreenBufferSize" "WindowSize" "WindowOrigin" "FontSize"
+    "FontFamily" "FontWeight" "FontName" "CursorSize" "FullScreen" "QuickEdit" "InsertMode"
+    "WindowOriginAuto" "HistoryBufferSize" "NumHistoryBuffers" "RemoveHistoryDuplicates" "CodePage"
+    "TargetFileDOSName" "CommonNetworkRelLink" "CommonPathSuffix" "DeviceName" "DriveSerialNumber"
+    "DriveType" "LocalBasePath" "NetName" "NetProviderType" "VolumeID" "VolumeLabel" "Flags"
+    "FileAttributes" "CreateDate" "AccessDate" "ModifyDate" "TargetFileSize" "IconIndex" "RunWindow"
+    "HotKey" "Description" "RelativePath" "WorkingDirectory" "CommandLineArguments" "IconFileName"
+    "MachineID" "48" "1703936" "1769472" "1835008" "1900544" "1966080" "2031616" "2097152" "2162688"
+    "2228224" "2293760" "2359296" "2424832" "2490368" "2555904" "2686976" "2752512" "2818048"
+    "2883584" "2949120" "3014656" "3080192" "3145728" "3211264" "3276800" "3342336" "3407872"
+    "3473408" "3538944" "3604480" "3670016" "3735552" "3801088" "3866624" "128" "1024" "4096"
+    "32768" "131072" "262144" "524288" "1048576" "4194304" "8388608" "16777216" "33554432"
+    "67108864" "2048" "144" "145" "0x30'-'0x39" "0x41'-'0x5a" "0x70'-'0x87" "LNK:AccessDate"
+    "Access Date" "LNK:CodePage" "Code Page" "LNK:CommandLineArguments" "Command Line Arguments"
+    "LNK:CommonNetworkRelLink" "Common Network Rel Link" "LNK:CommonPathSuffix" "Common Path Suffix"
+    "LNK:CreateDate" "Create Date" "LNK:CursorSize" "Cursor Size" "LNK:Description" "LNK:DeviceName"
+    "Device Name" "LNK:DriveSerialNumber" "Drive Serial Number" "LNK:DriveType" "Drive Type"
+    "LNK:DriveType:0" "Unknown" "LNK:DriveType:1" "Invalid Root Path" "LNK:DriveType:2"
+    "Removable Media" "LNK:DriveType:3" "Fixed Disk" "LNK:DriveType:4" "Remote Drive"
+    "LNK:DriveType:5" "CD-ROM" "LNK:DriveType:6" "Ram Disk" "LNK:FileAttributes" "File Attributes"
+    "LNK:FileAttributes:1" "Read-only" "LNK:FileAttributes:1024" "Reparse point"
+    "LNK:FileAttributes:128" "LNK:FileAttributes:16" "Directory" "LNK:FileAttributes:16384"
+    "Encrypted" "LNK:FileAttributes:2" "Hidden" "LNK:FileAttributes:2048" "Compressed"
+    "LNK:FileAttributes:256" "Temporary" "LNK:FileAttributes:32" "Archive" "LNK:FileAttributes:4"
+    "System" "LNK:FileAttributes:4096" "Offline" "LNK:FileAttributes:512" "Sparse"
+    "LNK:FileAttributes:64" "Encrypted?" "LNK:FileAttributes:8" "Volume" "LNK:FileAttributes:8192"
+    "Not indexed" "LNK:FillAttributes" "Fill Attributes" "LNK:Flags" "LNK:Flags:1" "IDList"
+    "LNK:Flags:1024" "SeparateProc" "LNK:Flags:1048576" "NoLinkPathTracking" "LNK:Flags:128"
+    "Unicode" "LNK:Flags:131072" "RunWithShim" "LNK:Flags:16" "WorkingDir" "LNK:Flags:16384"
+    "ExpIcon" "LNK:Flags:16777216" "UnaliasOnSave" "LNK:Flags:2" "LinkInfo" "LNK:Flags:2097152"
+    "NoKnownFolderTracking" "LNK:Flags:256" "NoLinkInfo" "LNK:Flags:262144" "NoLinkTrack"
+    "LNK:Flags:32" "CommandArgs" "LNK:Flags:32768" "NoPidAlias" "LNK:Flags:33554432" "PreferEnvPath"
+    "LNK:Flags:4" "LNK:Flags:4096" "DarwinID" "LNK:Flags:4194304" "NoKnownFolderAlias"
+    "LNK:Flags:512" "ExpString" "LNK:Flags:524288" "TargetMetadata" "LNK:Flags:64" "IconFile"
+    "LNK:Flags:67108864" "KeepLocalIDList" "LNK:Flags:8" "LNK:Flags:8192" "RunAsUser"
+    "LNK:Flags:8388608" "LinkToLink" "LNK:FontFamily" "Font Family" "LNK:FontFamily:0" "Don't Care"
+    "LNK:FontFamily:16" "Roman" "LNK:FontFamily:32" "Swiss" "LNK:FontFamily:48" "Modern"
+    "LNK:FontFamily:64" "Script" "LNK:FontFamily:80" "Decorative" "LNK:FontName" "Font Name"
+    "LNK:FontSize" "Font Size" "LNK:FontWeight" "Font Weight" "LNK:FullScreen" "Full Screen"
+    "LNK:HistoryBufferSize" "History Buffer Size" "LNK:HotKey" "Hot Key" "LNK:HotKey:0" "(none)"
+    "LNK:HotKey:0x30'-'0x39" "0-9" "LNK:HotKey:0x41'-'0x5a" "A-Z" "LNK:HotKey:0x70'-'0x87" "F1-F24"
+    "LNK:HotKey:1024" "Alt" "LNK:HotKey:144" "Num Lock" "LNK:HotKey:145" "Scroll Lock"
+    "LNK:HotKey:256" "Shift" "LNK:HotKey:512" "Control" "LNK:IconFileName" "Icon File Name"
+    "LNK:IconIndex" "Icon Index" "LNK:InsertMode" "Insert Mode" "LNK:LocalBasePath"
+    "Local Base Path" "LNK:MachineID" "Machine ID" "LNK:ModifyDate" "Modify Date" "LNK:NetName"
+    "Net Name" "LNK:NetProviderType" "Net Provider Type" "LNK:NetProviderType:1703936" "AVID"
+    "LNK:NetProviderType:1769472" "DOCUSPACE" "LNK:NetProviderType:1835008" "MANGOSOFT"
+    "LNK:NetProviderType:1900544" "SERNET" "LNK:NetProviderType:1966080" "RIVERFRONT1"
+    "LNK:NetProviderType:2031616" "RIVERFRONT2" "LNK:NetProviderType:2097152" "DECORB"
+    "LNK:NetProviderType:2162688" "PROTSTOR" "LNK:NetProviderType:2228224" "FJ_REDIR"
+    "LNK:NetProviderType:2293760" "DISTINCT" "LNK:NetProviderType:2359296" "TWINS"
+    "LNK:NetProviderType:2424832" "RDR2SAMPLE" "LNK:NetProviderType:2490368" "CSC"
+    "LNK:NetProviderType:2555904" "3IN1" "LNK:NetProviderType:2686976" "EXTENDNET"
+    "LNK:NetProviderType:2752512" "STAC" "LNK:NetProviderType:2818048" "FOXBAT"
+    "LNK:NetProviderType:2883584" "YAHOO" "LNK:NetProviderType:2949120" "EXIFS"
+    "LNK:NetProviderType:3014656" "DAV" "LNK:NetProviderType:3080192" "KNOWARE"
+    "LNK:NetProviderType:3145728" "OBJECT_DIRE" "LNK:NetProviderType:3211264" "MASFAX"
+    "LNK:NetProviderType:3276800" "HOB_NFS" "LNK:NetProviderType:3342336" "SHIVA"
+    "LNK:NetProviderType:3407872" "IBMAL" "LNK:NetProviderType:3473408" "LOCK"
+    "LNK:NetProviderType:3538944" "TERMSRV" "LNK:NetProviderType:3604480" "SRT"
+    "LNK:NetProviderType:3670016" "QUINCY" "LNK:NetProviderType:3735552" "OPENAFS"
+    "LNK:NetProviderType:3801088" "AVID1" "LNK:NetProviderType:3866624" "DFS"
+    "LNK:NumHistoryBuffers" "Num History Buffers" "LNK:PopupFillAttributes" "Popup Fill Attributes"
+    "LNK:QuickEdit" "Quick Edit" "LNK:RelativePath" "Relative Path" "LNK:RemoveHistoryDuplicates"
+    "Remove History Duplicates" "LNK:RunWindow" "Run Window" "LNK:RunWindow:0" "Hide"
+    "LNK:RunWindow:1" "LNK:RunWindow:10" "Show Default" "LNK:RunWindow:2" "Show Minimized"
+    "LNK:RunWindow:3" "Show Maximized" "LNK:RunWindow:4" "Show No Activate" "LNK:RunWindow:5" "Show"
+    "LNK:RunWindow:6" "Minimized" "LNK:RunWindow:7" "Show Minimized No Activate" "LNK:RunWindow:8"
+    "Show NA" "LNK:RunWindow:9" "Restore" "LNK:ScreenBufferSize" "Screen Buffer Size"
+    "LNK:TargetFileDOSName" "Target File DOS Name" "LNK:TargetFileSize" "Target File Size"
+    "LNK:VolumeID" "Volume ID" "LNK:VolumeLabel" "Volume Label" "LNK:WindowOrigin" "Window Origin"
+    "LNK:WindowOriginAuto" "Window Origin Auto" "LNK:WindowSize" "Window Size"
+    "LNK:WorkingDirectory" "Working Directory" "数字数据产生的日期和时间" "文件改变的日期和时间"
+    "Date de création des données numériques" "Taille du curseur" "Nom de l'appareil"
+    "Attribut du fichier" "Lecture seule" "Point de reparsage" "Répertoire" "Crypté" "Masqué"
+    "Compressé" "Temporaire" "Système" "Hors ligne" "Crypté?" "Non indexé"
+    "Date de modification du fichier" "Zugriffsdatum" "Digitalisierungsdatum/-uhrzeit"
+    "Beschreibung" "Unbekannt" "Änderungsdatum" "Data di accesso" "Data di creazione" "Descrizione"
+    "Sconosciuto" "Disco fisso" "Sola lettura" "Crittografato" "Sistema" "Crittografato?"
+    "Non indicizzato" "Tipo di carattere" "Svizzera" "Nome carattere" "Dimensioni carattere"
+    "Peso carattere" "(nessuno)" "Data modifica" "Modifica velote" "Ripristina" "デジタルデータ作成日時" "説明"
+    "ファイル作成日時" "Fecha y Hora de Datos Digital" "Descripción" "Fecha y Hora de Cambio del Archivo"
+    "CameraBackType" "CameraName" "CameraType" "CameraProfileVersion" "ISOSpeed" "CameraObjBackType"
+    "LensID" "LensType" "CameraObjName" "Strobe" "CameraObjType" "CameraObjVersion" "CCDRect"
+    "CCDValidRect" "CCDVideoRect" "CaptProfBackType" "CenterDarkRect" "ColorAverages" "ColorMatrix"
+    "DarkCorrectionType" "ImageBounds" "ImageFields" "ImageOffset" "LeftDarkRect" "LuminanceConsts"
+    "MosaicPattern" "CaptProfName" "NumberOfPlanes" "RawDataRotation" "ReconstructionType"
+    "RightDarkRect" "CaptureSerial" "CaptProfType" "CaptProfVersion" "XYOffsetInfo" "MultiQuality"
+    "CaptureObjBackType" "CaptureObjName" "SingleQuality" "CaptureObjType" "CaptureObjVersion"
+    "ColorObjBackType" "ColorType" "HasICC" "InputProfile" "ColorObjName" "OutputProfile"
+    "ColorObjType" "ColorObjVersion" "ImgProfBackType" "ImageStatus" "ImgProfName" "RotationAngle"
+    "ImgProfType" "ImgProfVersion" "LookHeadBackType" "LookHeadName" "LookHeadType"
+    "LookHeadVersion" "PreviewInfo" "PDAHistogram" "BackSerial" "ToneMatrix" "ToneSpaceFlow"
+    "PatternAngle" "NeutObjBackType" "ColorCasts" "HighlightEndPoints" "NeutObjName" "Neutrals"
+    "ShadowEndPoints" "NeutObjType" "NeutObjVersion" "SaveObjBackType" "LeafAutoActive"
+    "LeafAutoBaseName" "LeafHotFolder" "LeafOpenProcHDR" "LeafOutputFileType" "LeafSaveSelection"
+    "SaveObjName" "StdAutoActive" "StdBaseName" "StdHotFolder" "StdOpenInPhotoshop"
+    "StdOutputBitDepth" "StdOutputColorMode" "StdOutputFileType" "StdOxygen" "StdSaveSelection"
+    "StdScaledOutput" "StdSharpenOutput" "SaveObjType" "SaveObjVersion" "SelObjBackType" "Locks"
+    "SelObjName" "Orientation" "Rect" "Resolution" "Scale" "SelObjType" "SelObjVersion"
+    "SharpObjBackType" "DataLen" "SharpObjName" "SharpInfo" "SharpMethod" "SharpObjType"
+    "SharpObjVersion" "ShootObjBackType" "ShootObjName" "ShootObjType" "ShootObjVersion"
+    "ToneObjBackType" "Gamma" "ToneObjName" "Npts" "Tones" "ToneObjType" "ToneObjVersion"
+    "Leaf:BackSerial" "Back Serial Number" "Leaf:CCDRect" "CCD Rect" "Leaf:CCDValidRect"
+    "CCD Valid Rect" "Leaf:CCDVideoRect" "CCD Video Rect" "Leaf:CameraBackType" "Camera Back Type"
+    "Leaf:CameraName" "Camera Name" "Leaf:CameraObjBackType" "Camera Obj Back Type"
+    "Leaf:CameraObjName" "Camera Obj Name" "Leaf:CameraObjType" "Camera Obj Type"
+    "Leaf:CameraObjVersion" "Camera Obj Version" "Leaf:CameraProfileVersion"
+    "Camera Profile Version" "Leaf:CameraType" "Camera Type" "Leaf:CaptProfBackType"
+    "Capt Prof Back Type" "Leaf:CaptProfName" "Capt Prof Name" "Leaf:CaptProfType" "Capt Prof Type"
+    "Leaf:CaptProfVersion" "Capt Prof Version" "Leaf:CaptureObjBackType" "Capture Obj Back Type"
+    "Leaf:CaptureObjName" "Capture Obj Name" "Leaf:CaptureObjType" "Capture Obj Type"
+    "Leaf:CaptureObjVersion" "Capture Obj Version" "Leaf:CaptureSerial" "Capture Serial Number"
+    "Leaf:CenterDarkRect" "Center Dark Rect" "Leaf:ColorAverages" "Color Averages" "Leaf:ColorCasts"
+    "Color Casts" "Leaf:ColorMatrix" "Color Matrix" "Leaf:ColorMode" "Leaf:ColorObjBackType"
+    "Color Obj Back Type" "Leaf:ColorObjName" "Color Obj Name" "Leaf:ColorObjType" "Color Obj Type"
+    "Leaf:ColorObjVersion" "Color Obj Version" "Leaf:ColorType" "Color Type"
+    "Leaf:DarkCorrectionType" "Dark Correction Type" "Leaf:DataLen" "Data Len" "Leaf:Gamma"
+    "Leaf:HasICC" "Has ICC" "Leaf:HighlightEndPoints" "Highlight End Points" "Leaf:ISOSpeed"
+    "ISO Speed" "Leaf:ImageBounds" "Image Bounds" "Leaf:ImageFields" "Image Fields"
+    "Leaf:ImageOffset" "Image Offset" "Leaf:ImageStatus" "Image Status" "Leaf:ImgProfBackType"
+    "Img Prof Back Type" "Leaf:ImgProfName" "Img Prof Name" "Leaf:ImgProfType" "Img Prof Type"
+    "Leaf:ImgProfVersion" "Img Prof Version" "Leaf:InputProfile" "Input Profile"
+    "Leaf:LeafAutoActive" "Leaf Auto Active" "Leaf:LeafAutoBaseName" "Leaf Auto Base Name"
+    "Leaf:LeafHotFolder" "Leaf Hot Folder" "Leaf:LeafOpenProcHDR" "Leaf Open Proc HDR"
+    "Leaf:LeafOutputFileType" "Leaf Output File Type" "Leaf:LeafSaveSelection" "Leaf Save Selection"
+    "Leaf:LeftDarkRect" "Left Dark Rect" "Leaf:LensID" "Lens ID" "Leaf:LensType" "Lens Type"
+    "Leaf:Locks" "Leaf:LookHeadBackType" "Look Head Back Type" "Leaf:LookHeadName" "Look Head Name"
+    "Leaf:LookHeadType" "Look Head Type" "Leaf:LookHeadVersion" "Look Head Version"
+    "Leaf:LuminanceConsts" "Luminance Consts" "Leaf:MosaicPattern" "Mosaic Pattern"
+    "Leaf:MultiQuality" "Multi Quality" "Leaf:NeutObjBackType" "Neut Obj Back Type"
+    "Leaf:NeutObjName" "Neut Obj Name" "Leaf:NeutObjType" "Neut Obj Type" "Leaf:NeutObjVersion"
+    "Neut Obj Version" "Leaf:Neutrals" "Leaf:Npts" "Leaf:NumberOfPlanes" "Number Of Planes"
+    "Leaf:Orientation" "Leaf:OutputProfile" "Output Profile" "Leaf:PDAHistogram" "PDA Histogram"
+    "Leaf:PatternAngle" "Pattern Rotation Angle" "Leaf:PreviewImage" "Leaf:PreviewInfo"
+    "Preview Info" "Leaf:RawDataRotation" "Raw Data Rotation" "Leaf:ReconstructionType"
+    "Reconstruction Type" "Leaf:Rect" "Leaf:Resolution" "Leaf:RightDarkRect" "Right Dark Rect"
+    "Leaf:RotationAngle" "Rotation Angle" "Leaf:SaveObjBackType" "Save Obj Back Type"
+    "Leaf:SaveObjName" "Save Obj Name" "Leaf:SaveObjType" "Save Obj Type" "Leaf:SaveObjVersion"
+    "Save Obj Version" "Leaf:Scale" "Leaf:SelObjBackType" "Sel Obj Back Type" "Leaf:SelObjName"
+    "Sel Obj Name" "Leaf:SelObjType" "Sel Obj Type" "Leaf:SelObjVersion" "Sel Obj Version"
+    "Leaf:ShadowEndPoints" "Shadow End Points" "Leaf:SharpInfo" "Sharp Info" "Leaf:SharpMethod"
+    "Sharp Method" "Leaf:SharpObjBackType" "Sharp Obj Back Type" "Leaf:SharpObjName"
+    "Sharp Obj Name" "Leaf:SharpObjType" "Sharp Obj Type" "Leaf:SharpObjVersion" "Sharp Obj Version"
+    "Leaf:ShootObjBackType" "Shoot Obj Back Type" "Leaf:ShootObjName" "Shoot Obj Name"
+    "Leaf:ShootObjType" "Shoot Obj Type" "Leaf:ShootObjVersion" "Shoot Obj Version"
+    "Leaf:SingleQuality" "Single Quality" "Leaf:StdAutoActive" "Std Auto Active" "Leaf:StdBaseName"
+    "Std Base Name" "Leaf:StdHotFolder" "Std Hot Folder" "Leaf:StdOpenInPhotoshop"
+    "Std Open In Photoshop" "Leaf:StdOutputBitDepth" "Std Output Bit Depth"
+    "Leaf:StdOutputColorMode" "Std Output Color Mode" "Leaf:StdOutputFileType"
+    "Std Output File Type" "Leaf:StdOxygen" "Std Oxygen" "Leaf:StdSaveSelection"
+    "Std Save Selection" "Leaf:StdScaledOutput" "Std Scaled Output" "Leaf:StdSharpenOutput"
+    "Std Sharpen Output" "Leaf:Strobe" "Leaf:ToneMatrix" "ICC To Tone Matrix" "Leaf:ToneObjBackType"
+    "Tone Obj Back Type" "Leaf:ToneObjName" "Tone Obj Name" "Leaf:ToneObjType" "Tone Obj Type"
+    "Leaf:ToneObjVersion" "Tone Obj Version" "Leaf:ToneSpaceFlow" "ICC To Tone Space Flow"
+    "Leaf:Tones" "Leaf:XYOffsetInfo" "XY Offset Info" "对比系数" "未设置" "图像取向" "Nom de l'appareil photo"
+    "Type d'appareil photo" "Matrice des couleurs" "Identifiant de l'Objectif" "Type d'objectif"
+    "Orientation de l'image" "Résolution de l'image" "Kameratyp" "Farb-Matrix" "Bilddatenposition"
+    "Objektiv-ID" "Objektivtyp" "Anzahl Ebenen" "Ausrichtung" "Bildauflösung" "Nome fotocamera"
+    "Nome oggetto nero fotocamera" "Nome oggetto fotocamera" "Tipo oggetto fotocamera"
+    "Versione oggetto fotocamera" "Versione profilo fotocamera" "Tipo fotocamera" "Velocità ISO"
+    "Offset immagine" "Obiettivo Utilizzato" "Tipo obiettivo" "Orientamento" "Info anteprima"
+    "Risoluzione" "Angolo rotazione" "カメラタイプ" "カラーマトリックス" "ガンマ" "イメージオフセット" "レンズID" "レンズタイプ" "画像の向き"
+    "Tipo Cámara" "Matriz de Color" "Offset Imagen" "ID Objetivo" "Tipo Objetivo"
+    "Orientación de Imagen" "Resolución" "FocusDistance" "UserProfile"
+    "ExternalSensorBrightnessValue" "MeasuredLV" "ApproximateFNumber" "CameraTemperature"
+    "ColorTemperature" "WBRedLevel" "WBGreenLevel" "WBBlueLevel" "UV-IRFilterCorrection"
+    "CCDVersion" "CCDBoardVersion" "ControllerBoardVersion" "M16CVersion" "ImageIDNumber"
+    "OriginalDirectory" "FilmMode" "InternalSerialNumber" "UnknownBlock" "ISOSelected"
+    "CorrelatedColorTemp" "ColorTint" "WhitePoint" "FileIndex" "Contrast" "Sharpening" "Saturation"
+    "JPEGQuality" "JPEGSize" "BaseISO" "SensorBitDepth" "0 0" "16 1" "16 2" "16 3" "26" "27" "29 0"
+    "30" "31 0" "35" "36" "37" "38" "39" "39 0" "41" "41 3" "42" "42 1" "42 2" "42 3" "43" "44" "45"
+    "46" "47" "49" "51" "51 2" "52" "53" "53 2" "53 3" "58" "6 0" "9 0" "0 0 0 0" "1 0 0 0"
+    "1 1 0 0" "2 0 0 0" "3 0 0 0" "94" "97" "Leica:ApproximateFNumber" "Approximate F Number"
+    "Leica:BaseISO" "Base ISO" "Leica:CCDBoardVersion" "CCD Board Version" "Leica:CCDVersion"
+    "CCD Version" "Leica:CameraTemperature" "Camera Temperature" "Leica:ColorTemperature"
+    "Color Temperature" "Leica:ColorTint" "Color Tint" "Leica:Contrast" "Leica:Contrast:0"
+    "Leica:Contrast:1" "Medium Low" "Leica:Contrast:2" "Leica:Contrast:3" "Medium High"
+    "Leica:Contrast:4" "High" "Leica:ControllerBoardVersion" "Controller Board Version"
+    "Leica:CorrelatedColorTemp" "Correlated Color Temp" "Leica:ExposureMode"
+    "Leica:ExposureMode:0 0 0 0" "Program AE" "Leica:ExposureMode:1 0 0 0" "Aperture-priority AE"
+    "Leica:ExposureMode:1 1 0 0" "Aperture-priority AE (1)" "Leica:ExposureMode:2 0 0 0"
+    "Shutter speed priority AE" "Leica:ExposureMode:3 0 0 0" "Leica:ExternalSensorBrightnessValue"
+    "External Sensor Brightness Value" "Leica:FNumber" "Leica:FileIndex" "File Index"
+    "Leica:FilmMode" "Film Mode" "Leica:FirmwareVersion" "Leica:FocalLength" "Leica:FocusDistance"
+    "Focus Distance" "Leica:ISOSelected" "ISO Selected" "Leica:ISOSelected:0" "Leica:ImageIDNumber"
+    "Image ID Number" "Leica:InternalSerialNumber" "Internal Serial Number" "Leica:JPEGQuality"
+    "JPEG Quality" "Leica:JPEGQuality:94" "Basic" "Leica:JPEGQuality:97" "Leica:JPEGSize"
+    "JPEG Size" "Leica:JPEGSize:0" "5216x3472" "Leica:JPEGSize:1" "3840x2592" "Leica:JPEGSize:2"
+    "2592x1728" "Leica:JPEGSize:3" "1728x1152" "Leica:JPEGSize:4" "1280x864"
+    "Leica:LensSerialNumber" "Leica:LensType" "Leica:LensType:0 0" "Uncoded lens" "Leica:LensType:1"
+    "Elmarit-M 21mm f/2.8" "Leica:LensType:11" "Summaron-M 28mm f/5.6" "Leica:LensType:12"
+    "Thambar-M 90mm f/2.2" "Leica:LensType:16" "Tri-Elmar-M 16-18-21mm f/4 ASPH."
+    "Leica:LensType:16 1" "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 16mm)" "Leica:LensType:16 2"
+    "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 18mm)" "Leica:LensType:16 3"
+    "Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 21mm)" "Leica:LensType:23" "Summicron-M 50mm f/2 (III)"
+    "Leica:LensType:24" "Elmarit-M 21mm f/2.8 ASPH." "Leica:LensType:25"
+    "Elmarit-M 24mm f/2.8 ASPH." "Leica:LensType:26" "Summicron-M 28mm f/2 ASPH."
+    "Leica:LensType:27" "Elmarit-M 28mm f/2.8 (IV)" "Leica:LensType:28" "Elmarit-M 28mm f/2.8 ASPH."
+    "Leica:LensType:29" "Summilux-M 35mm f/1.4 ASPH." "Leica:LensType:29 0"
+    "Summilux-M 35mm f/1.4 ASPHERICAL" "Leica:LensType:3" "Elmarit-M 28mm f/2.8 (III)"
+    "Leica:LensType:30" "Summicron-M 35mm f/2 ASPH." "Leica:LensType:31" "Noctilux-M 50mm f/1"
+    "Leica:LensType:31 0" "Noctilux-M 50mm f/1.2" "Leica:LensType:32" "Summilux-M 50mm f/1.4 ASPH."
+    "Leica:LensType:33" "Summicron-M 50mm f/2 (IV, V)" "Leica:LensType:34" "Elmar-M 50mm f/2.8"
+    "Leica:LensType:35" "Summilux-M 75mm f/1.4" "Leica:LensType:36" "Apo-Summicron-M 75mm f/2 ASPH."
+    "Leica:LensType:37" "Apo-Summicron-M 90mm f/2 ASPH." "Leica:LensType:38" "Elmarit-M 90mm f/2.8"
+    "Leica:LensType:39" "Macro-Elmar-M 90mm f/4" "Leica:LensType:39 0" "Tele-Elmar-M 135mm f/4 (II)"
+    "Leica:LensType:4" "Tele-Elmarit-M 90mm f/2.8 (II)" "Leica:LensType:40" "Macro-Adapter M"
+    "Leica:LensType:41" "Apo-Summicron-M 50mm f/2 ASPH." "Leica:LensType:41 3" "Leica:LensType:42"
+    "Tri-Elmar-M 28-35-50mm f/4 ASPH." "Leica:LensType:42 1"
+    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 28mm)" "Leica:LensType:42 2"
+    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 35mm)" "Leica:LensType:42 3"
+    "Tri-Elmar-M 28-35-50mm f/4 ASPH. (at 50mm)" "Leica:LensType:43" "Summarit-M 35mm f/2.5"
+    "Leica:LensType:44" "Summarit-M 50mm f/2.5" "Leica:LensType:45" "Summarit-M 75mm f/2.5"
+    "Leica:LensType:46" "Summarit-M 90mm f/2.5" "Leica:LensType:47" "Summilux-M 21mm f/1.4 ASPH."
+    "Leica:LensType:48" "Summilux-M 24mm f/1.4 ASPH." "Leica:LensType:49"
+    "Noctilux-M 50mm f/0.95 ASPH." "Leica:LensType:5" "Summilux-M 50mm f/1.4 (II)"
+    "Leica:LensType:50" "Elmar-M 24mm f/3.8 ASPH." "Leica:LensType:51"
+    "Super-Elmar-M 21mm f/3.4 Asph" "Leica:LensType:51 2" "Super-Elmar-M 14mm f/3.8 Asph"
+    "Leica:LensType:52" "Apo-Telyt-M 18mm f/3.8 ASPH." "Leica:LensType:53" "Apo-Telyt-M 135mm f/3.4"
+    "Leica:LensType:53 2" "Leica:LensType:53 3" "Apo-Summicron-M 50mm f/2 (VI)" "Leica:LensType:58"
+    "Noctilux-M 75mm f/1.25 ASPH." "Leica:LensType:6" "Summicron-M 35mm f/2 (IV)"
+    "Leica:LensType:6 0" "Summilux-M 35mm f/1.4" "Leica:LensType:7" "Summicron-M 90mm f/2 (II)"
+    "Leica:LensType:9" "Elmarit-M 135mm f/2.8 (I/II)" "Leica:LensType:9 0" "Leica:M16CVersion"
+    "M16C Version" "Leica:MeasuredLV" "Measured LV" "Leica:OriginalDirectory" "Original Directory"
+    "Leica:OriginalFileName" "Leica:PreviewImage" "Leica:Quality" "Leica:Quality:1"
+    "Leica:Quality:2" "Leica:Saturation" "Leica:Saturation:0" "Leica:Saturation:1"
+    "Leica:Saturation:2" "Leica:Saturation:3" "Leica:Saturation:4" "Leica:Saturation:5"
+    "Black & White" "Leica:Saturation:6" "Vintage B&W" "Leica:SensorBitDepth" "Sensor Bit Depth"
+    "Leica:SensorHeight" "Leica:SensorWidth" "Leica:SerialNumber" "Leica:Sharpening"
+    "Leica:Sharpening:0" "Leica:Sharpening:1" "Leica:Sharpening:2" "Leica:Sharpening:3"
+    "Leica:Sharpening:4" "Leica:UV-IRFilterCorrection" "UV/IR Filter Correction"
+    "Leica:UV-IRFilterCorrection:0" "Not Active" "Leica:UV-IRFilterCorrection:1" "Active"
+    "Leica:UnknownBlock" "Unknown Block" "Leica:UserProfile" "User Profile" "Leica:UserProfile:1"
+    "User Profile 1" "Leica:UserProfile:2" "User Profile 2" "Leica:UserProfile:3" "User Profile 3"
+    "Leica:UserProfile:4" "User Profile 0 (Dynamic)" "Leica:WBBlueLevel" "WB Blue Level"
+    "Leica:WBGreenLevel" "WB Green Level" "Leica:WBRedLevel" "WB Red Level" "Leica:WB_RGBLevels"
+    "Leica:WhiteBalance" "Leica:WhiteBalance:0" "Auto |\302\240Auto or Manual"
+    "Leica:WhiteBalance:1" "Leica:WhiteBalance:10" "Cloudy" "Leica:WhiteBalance:11" "Shade"
+    "Leica:WhiteBalance:2" "Fluorescent" "Leica:WhiteBalance:3"
+    "Daylight Fluorescent |\302\240Tungsten" "Leica:WhiteBalance:4" "Daylight |\302\240Flash"
+    "Leica:WhiteBalance:5" "Leica:WhiteBalance:6" "Leica:WhiteBalance:7" "Leica:WhiteBalance:8"
+    "Leica:WhiteBalance:9" "Kelvin" "Leica:WhitePoint" "White Point" "色温" "对比度" "软调" "硬调" "饱和度"
+    "低饱和度" "高饱和度" "Auto or Manual |\302\240自动" "阴天" "阴影" "荧光" "日光色荧光灯 |\302\240白炽灯"
+    "太阳光 |\302\240闪光" "白点色度" "Diaphragme ƒ aproximatif" "ISO de référence"
+    "Température de l'appareil photo" "Température couleur" "Contraste" "Faible" "Moyen faible"
+    "Moyen fort" "Fort" "Priorité ouverture" "Priorité vitesse" "Index du fichier" "Mode vidéo"
+    "Distance focale" "Numéro de série interne" "Basique" "LV mesuré" "Moyennement élevée" "Forte"
+    "Noir et blanc" "Vintage N&B" "Profondeur de bit du capteur" "Niveau Bleu Balance des Blancs"
+    "Niveau Vert Balance des Blancs" "Niveau Rouge Balance des Blancs"
+    "Auto or Manual |\302\240Equilibrage automatique des blancs" "Temps nuageux" "Ombre"
+    "Fluorescente" "Fluorescente type jour |\302\240Tungstène (lumière incandescente)"
+    "Flash |\302\240Lumière du jour" "Chromaticité du point blanc" "F-Wert angenähert" "Basis-ISO"
+    "Kamera-Temperatur" "Farbtemperatur" "Kontrast" "Mittel-Gering" "Mittel-Hoch" "Stark"
+    "Externer Sensor Helligkeitswert" "Datei-Index" "Film-Modus" "Fokus-Distanz"
+    "Interne Seriennummer" "Bildqualität" "JPEG Größe" "Nicht kodiertes Objektiv"
+    "Lichtwert gemessen" "Farbsättigung" "Geringe Farbsättigung" "Hohe Farbsättigung"
+    "Vintage Schwarz-Weiß" "Schärfung" "Niedrig" "Mittel" "Hoch" "Benutzerprofil" "Benutzerprofil 1"
+    "Benutzerprofil 2" "Benutzerprofil 3" "Benutzerprofil 0 (dynamisch)" "Farbabgleich Blau"
+    "Farbabgleich Grün" "Farbabgleich Rot" "Auto or Manual |\302\240Automatisch" "Bewölkt"
+    "Schatten" "Neonlicht" "Glühbirne |\302\240Neonlicht tageslichtweiß" "Blitz"
+    "Weißpunkt-Chromatizität" "Temperatura fotocamera" "Temperatura colore" "Contrasto" "Alto"
+    "Programma AE" "Priorità otturatore AE" "Indice file" "Distanza fuoco" "Saturazione" "Alta"
+    "Non attivo" "Auto or Manual |\302\240Equilibrio del bianco automatico" "Nuvoloso" "Ombrato"
     "Fluorescente a luce del giorno |\302\240Tungsteno (luce incandescente)"
-    "Flash |\302\240Luce del giorno""Punto bianco""ベース感度""カメラ温度""色温度""コントラスト""ソフト""少し低い""スタンダード"
-    "少し高い""ハード""プログラムAE""ファイル索引""フィルムモード""被写体距離""内部シリアル番号""JPEG\343\200\200品質""彩度""低い彩度""高い彩度"
-    "ホワイトバランス青レベル""ホワイトバランス緑レベル""ホワイトバランス赤レベル""Auto or Manual |\302\240オート""曇り""日陰""蛍光灯"
-    "タングステン(白熱灯) |\302\240昼光色蛍光灯""ストロボ |\302\240昼光""ケルビン""Temperatura Cámara""Temperatura de Color"
-    "Programa AE""Prioridad Aberture AE""Prioridad velocidad obturador AE""Número Serie Interno"
-    "Saturación""Auto or Manual |\302\240Automático""Nublado""Sombrío""Flourescente"
-    "Fluorescente luz de día |\302\240Tungsteno""Flash |\302\240Luz de día"
-    "Equilibrio del blanco manual""Cromaticidad Punto Blanco""AccelerometerTime""AccelerometerX"
-    "AccelerometerY""AccelerometerZ""LensTemperature""FocalPlaneXResolution""SensorSerialNumber"
-    "FrameExposureTime""SocTemperature""EmbeddedImage""ImageLimitExposureBias"
-    "ImageModulationExposureBias""JSONMetadata""Lytro:AccelerometerTime""Accelerometer Time"
-    "Lytro:AccelerometerX""Accelerometer X""Lytro:AccelerometerY""Accelerometer Y"
-    "Lytro:AccelerometerZ""Accelerometer Z""Lytro:CameraType""Lytro:DateTimeOriginal"
-    "Lytro:EmbeddedImage""Embedded Image""Lytro:ExposureTime""Lytro:FNumber""Lytro:FirmwareVersion"
-    "Lytro:FocalLength""Lytro:FocalPlaneXResolution""Focal Plane X Resolution"
-    "Lytro:FrameExposureTime""Frame Exposure Time""Lytro:ISO""Lytro:ImageLimitExposureBias"
-    "Image Limit Exposure Bias""Lytro:ImageModulationExposureBias""Image Modulation Exposure Bias"
-    "Lytro:JSONMetadata""JSON Metadata""Lytro:LensTemperature""Lens Temperature""Lytro:Make"
-    "Lytro:Model""Camera Model Name""Lytro:Orientation""Lytro:Orientation:1""Horizontal (normal)"
-    "Lytro:SensorSerialNumber""Sensor Serial Number""Lytro:SerialNumber""Lytro:SocTemperature"
-    "Soc Temperature""焦平面 X 分辨率""0° (上/左)""Accéléromètre X""Accéléromètre Y""Accéléromètre Z"
-    "Résolution du plan focal horizontal""Horizontale (normale)""Numéro de sérue du capteur"
-    "Eingebettetes Bild""Sensorauflösung horizontal""Risoluzione X del piano focale"
-    "Orizzontale (normale)""焦点面X解像度""レンズ温度""水平（標準）""Resolución X Plano Focal""0° (arriba/izquierda)"
-    "AudioBitrate""AudioChannels""AudioSampleRate""SurroundMode""AudioStreamType""VideoStreamType"
-    "66""127""129""130""131""132""133""134""135""138""146""148""234""M2TS:AudioBitrate"
-    "Audio Bitrate""M2TS:AudioChannels""Audio Channels""M2TS:AudioChannels:0""1 + 1"
-    "M2TS:AudioChannels:1""M2TS:AudioChannels:10""3 max""M2TS:AudioChannels:11""4 max"
-    "M2TS:AudioChannels:12""5 max""M2TS:AudioChannels:13""6 max""M2TS:AudioChannels:2"
-    "M2TS:AudioChannels:3""M2TS:AudioChannels:4""2/1""M2TS:AudioChannels:5""3/1"
-    "M2TS:AudioChannels:6""2/2""M2TS:AudioChannels:7""3/2""M2TS:AudioChannels:8"
-    "M2TS:AudioChannels:9""2 max""M2TS:AudioSampleRate""Audio Sample Rate""M2TS:AudioSampleRate:0"
-    "48000""M2TS:AudioSampleRate:1""44100""M2TS:AudioSampleRate:2""32000""M2TS:AudioStreamType"
-    "Audio Stream Type""M2TS:AudioStreamType:0""Reserved""M2TS:AudioStreamType:1""MPEG-1 Video"
-    "M2TS:AudioStreamType:10""ISO 13818-6 multi-protocol encap""M2TS:AudioStreamType:11"
-    "ISO 13818-6 DSM-CC U-N msgs""M2TS:AudioStreamType:12""ISO 13818-6 stream descriptors"
-    "M2TS:AudioStreamType:127""ISO/IEC 13818-11 IPMP (DRM)""M2TS:AudioStreamType:128"
-    "DigiCipher II Video""M2TS:AudioStreamType:129""A52/AC-3 Audio""M2TS:AudioStreamType:13"
-    "ISO 13818-6 sections""M2TS:AudioStreamType:130""HDMV DTS Audio""M2TS:AudioStreamType:131"
-    "LPCM Audio""M2TS:AudioStreamType:132""SDDS Audio""M2TS:AudioStreamType:133""ATSC Program ID"
-    "M2TS:AudioStreamType:134""DTS-HD Audio""M2TS:AudioStreamType:135""E-AC-3 Audio"
-    "M2TS:AudioStreamType:138""DTS Audio""M2TS:AudioStreamType:14""ISO 13818-1 auxiliary"
-    "M2TS:AudioStreamType:144""PGS Audio""M2TS:AudioStreamType:145""A52b/AC-3 Audio"
-    "M2TS:AudioStreamType:146""DVD_SPU vls Subtitle""M2TS:AudioStreamType:148"
-    "M2TS:AudioStreamType:15""MPEG-2 AAC Audio""M2TS:AudioStreamType:16""MPEG-4 Video"
-    "M2TS:AudioStreamType:160""MSCODEC Video""M2TS:AudioStreamType:17""MPEG-4 LATM AAC Audio"
-    "M2TS:AudioStreamType:18""MPEG-4 generic""M2TS:AudioStreamType:19""ISO 14496-1 SL-packetized"
-    "M2TS:AudioStreamType:2""MPEG-2 Video""M2TS:AudioStreamType:20"
-    "ISO 13818-6 Synchronized Download Protocol""M2TS:AudioStreamType:21""Packetized metadata"
-    "M2TS:AudioStreamType:22""Sectioned metadata""M2TS:AudioStreamType:23"
-    "ISO/IEC 13818-6 DSM CC Data Carousel metadata""M2TS:AudioStreamType:234""Private ES (VC-1)"
-    "M2TS:AudioStreamType:24""ISO/IEC 13818-6 DSM CC Object Carousel metadata"
-    "M2TS:AudioStreamType:25""ISO/IEC 13818-6 Synchronized Download Protocol metadata"
-    "M2TS:AudioStreamType:26""ISO/IEC 13818-11 IPMP""M2TS:AudioStreamType:27""H.264 (AVC) Video"
-    "M2TS:AudioStreamType:28""ISO/IEC 14496-3 (MPEG-4 raw audio)""M2TS:AudioStreamType:29"
-    "ISO/IEC 14496-17 (MPEG-4 text)""M2TS:AudioStreamType:3""MPEG-1 Audio""M2TS:AudioStreamType:30"
-    "ISO/IEC 23002-3 (MPEG-4 auxiliary video)""M2TS:AudioStreamType:31"
-    "ISO/IEC 14496-10 SVC (MPEG-4 AVC sub-bitstream)""M2TS:AudioStreamType:32"
-    "ISO/IEC 14496-10 MVC (MPEG-4 AVC sub-bitstream)""M2TS:AudioStreamType:33"
-    "ITU-T Rec. T.800 and ISO/IEC 15444 (JPEG 2000 video)""M2TS:AudioStreamType:36"
-    "H.265 (HEVC) Video""M2TS:AudioStreamType:4""MPEG-2 Audio""M2TS:AudioStreamType:5"
-    "ISO 13818-1 private sections""M2TS:AudioStreamType:6""ISO 13818-1 PES private data"
-    "M2TS:AudioStreamType:66""Chinese Video Standard""M2TS:AudioStreamType:7""ISO 13522 MHEG"
-    "M2TS:AudioStreamType:8""ISO 13818-1 DSM-CC""M2TS:AudioStreamType:9""M2TS:Duration"
-    "M2TS:SurroundMode""Surround Mode""M2TS:SurroundMode:0""Not indicated""M2TS:SurroundMode:1"
-    "Not Dolby surround""M2TS:SurroundMode:2""Dolby surround""M2TS:VideoStreamType"
-    "Video Stream Type""M2TS:VideoStreamType:0""M2TS:VideoStreamType:1""M2TS:VideoStreamType:10"
-    "M2TS:VideoStreamType:11""M2TS:VideoStreamType:12""M2TS:VideoStreamType:127"
-    "M2TS:VideoStreamType:128""M2TS:VideoStreamType:129""M2TS:VideoStreamType:13"
-    "M2TS:VideoStreamType:130""M2TS:VideoStreamType:131""M2TS:VideoStreamType:132"
-    "M2TS:VideoStreamType:133""M2TS:VideoStreamType:134""M2TS:VideoStreamType:135"
-    "M2TS:VideoStreamType:138""M2TS:VideoStreamType:14""M2TS:VideoStreamType:144"
-    "M2TS:VideoStreamType:145""M2TS:VideoStreamType:146""M2TS:VideoStreamType:148"
-    "M2TS:VideoStreamType:15""M2TS:VideoStreamType:16""M2TS:VideoStreamType:160"
-    "M2TS:VideoStreamType:17""M2TS:VideoStreamType:18""M2TS:VideoStreamType:19"
-    "M2TS:VideoStreamType:2""M2TS:VideoStreamType:20""M2TS:VideoStreamType:21"
-    "M2TS:VideoStreamType:22""M2TS:VideoStreamType:23""M2TS:VideoStreamType:234"
-    "M2TS:VideoStreamType:24""M2TS:VideoStreamType:25""M2TS:VideoStreamType:26"
-    "M2TS:VideoStreamType:27""M2TS:VideoStreamType:28""M2TS:VideoStreamType:29"
-    "M2TS:VideoStreamType:3""M2TS:VideoStreamType:30""M2TS:VideoStreamType:31"
-    "M2TS:VideoStreamType:32""M2TS:VideoStreamType:33""M2TS:VideoStreamType:36"
-    "M2TS:VideoStreamType:4""M2TS:VideoStreamType:5""M2TS:VideoStreamType:6"
-    "M2TS:VideoStreamType:66""M2TS:VideoStreamType:7""M2TS:VideoStreamType:8"
-    "M2TS:VideoStreamType:9""Bitrate audio""Canali audio""Riservato""Non indicato"
-    "Non Dolby surround""Canales Audio""RelatedAudioFileType""RelatedAudioFileName""Channels"
-    "AudioCompression""SampleBits""SampleRate""RelatedAudioFile""Brightness""ColorBalance"
-    "ImageQuality""ImageStabilization""MeasuredEV""OwnerName""SensorSize""Author""Comment"
-    "Contributors""Copyright""Email""Keywords""PhoneNumber""References""Software"
-    "ExtenderMagnification""ExtenderMake""ExtenderModel""ExtenderSerialNumber""FlashGuideNumber"
-    "FlashMake""FlashModel""FlashSerialNumber""FlashType""GPSAltitude""GPSDestBearing""GPSDateTime"
-    "GPSMapDatum""GPSDifferential""GPSDestDistance""GPSTrack""GPSLatitude""GPSLongitude"
-    "GPSMeasureMode""GPSSatellites""GPSSpeed""Address""City""Country""PostalCode""State"
-    "FullSizeImageType""FullSizeImageName""BitDepth""ComponentsConfiguration""CompressionRatio"
-    "ImageSize""OriginalImageSize""FullSizeImage""LensMake""MaxApertureAtMaxFocal""MaxFocalLength"
-    "MinFocalLength""SubfileType""MIEVersion""SubfileDirectory""SubfileName""SubfileMIMEType"
-    "SubfileData""SubfileResource""MD5Digest""TrailerSignature""Azimuth""Declination""Elevation"
-    "RightAscension""Rotation""PreviewImageType""PreviewImageName""ThumbnailImageType"
-    "ThumbnailImageName""ThumbnailImageSize""UTMMapDatum""UTMEasting""UTMNorthing""UTMZone"
-    "RelatedVideoFileType""RelatedVideoFileName""Codec""RelatedVideoFile""MIE:Address"
-    "MIE:AudioCompression""Audio Compression""MIE:Author""MIE:Azimuth""MIE:BitDepth""Bit Depth"
-    "MIE:Brightness""MIE:Channels""MIE:City""MIE:Codec""MIE:ColorBalance""Color Balance"
-    "MIE:ColorSpace""MIE:ColorTemperature""MIE:Comment""MIE:ComponentsConfiguration"
-    "Components Configuration""MIE:CompressionRatio""Compression Ratio""MIE:Contrast"
-    "MIE:Contributors""MIE:Copyright""MIE:Country""MIE:CreateDate""MIE:DateTimeOriginal"
-    "MIE:Declination""MIE:DigitalZoom""MIE:Duration""MIE:Elevation""MIE:Email"
-    "MIE:ExposureCompensation""MIE:ExposureMode""MIE:ExposureTime""MIE:ExtenderMagnification"
-    "Extender Magnification""MIE:ExtenderMake""Extender Make""MIE:ExtenderModel""Extender Model"
-    "MIE:ExtenderSerialNumber""Extender Serial Number""MIE:FNumber""MIE:FirmwareVersion"
-    "MIE:FlashExposureComp""MIE:FlashFired""MIE:FlashFired:0""MIE:FlashFired:1"
-    "MIE:FlashGuideNumber""Flash Guide Number""MIE:FlashMake""Flash Make""MIE:FlashMode"
-    "MIE:FlashModel""Flash Model""MIE:FlashSerialNumber""Flash Serial Number""MIE:FlashType"
-    "Flash Type""MIE:FocalLength""MIE:FocusDistance""MIE:FocusMode""MIE:FullSizeImage"
-    "Full Size Image""MIE:FullSizeImageName""Full Size Image Name""MIE:FullSizeImageType"
-    "Full Size Image Type""MIE:GPSAltitude""GPS Altitude""MIE:GPSDateTime""GPS Date Time"
-    "MIE:GPSDestBearing""GPS Dest Bearing""MIE:GPSDestDistance""GPS Dest Distance"
-    "MIE:GPSDifferential""GPS Differential""MIE:GPSDifferential:0""No Correction"
-    "MIE:GPSDifferential:1""Differential Corrected""MIE:GPSLatitude""GPS Latitude""MIE:GPSLongitude"
-    "GPS Longitude""MIE:GPSMapDatum""GPS Map Datum""MIE:GPSMeasureMode""GPS Measure Mode"
-    "MIE:GPSMeasureMode:2""2-D""MIE:GPSMeasureMode:3""3-D""MIE:GPSSatellites""GPS Satellites"
-    "MIE:GPSSpeed""GPS Speed""MIE:GPSTrack""GPS Track""MIE:ISO""MIE:ISOSetting""MIE:ImageNumber"
-    "MIE:ImageQuality""Image Quality""MIE:ImageSize""Image Size""MIE:ImageStabilization"
-    "Image Stabilization""MIE:Keywords""MIE:LensMake""Lens Make""MIE:LensModel"
-    "MIE:LensSerialNumber""MIE:MD5Digest""MD5 Digest""MIE:MIEVersion""MIE Version""MIE:Make"
-    "MIE:MaxAperture""MIE:MaxApertureAtMaxFocal""Max Aperture At Max Focal""MIE:MaxFocalLength"
-    "Max Focal Length""MIE:MeasuredEV""Measured EV""MIE:MinAperture""MIE:MinFocalLength"
-    "Min Focal Length""MIE:Model""MIE:ModifyDate""MIE:OpticalZoom""MIE:OriginalImageSize"
-    "Original Image Size""MIE:OwnerName""Owner Name""MIE:PhoneNumber""Phone Number""MIE:PostalCode"
-    "Postal Code""MIE:PreviewImage""MIE:PreviewImageName""Preview Image Name""MIE:PreviewImageSize"
-    "MIE:PreviewImageType""Preview Image Type""MIE:References""MIE:RelatedAudioFile"
-    "Related Audio File""MIE:RelatedAudioFileName""Related Audio File Name"
-    "MIE:RelatedAudioFileType""Related Audio File Type""MIE:RelatedVideoFile""Related Video File"
-    "MIE:RelatedVideoFileName""Related Video File Name""MIE:RelatedVideoFileType"
-    "Related Video File Type""MIE:Resolution""MIE:RightAscension""Right Ascension""MIE:Rotation"
-    "MIE:SampleBits""Sample Bits""MIE:SampleRate""Sample Rate""MIE:Saturation""MIE:SensorSize"
-    "Sensor Size""MIE:SerialNumber""MIE:Sharpness""MIE:ShootingMode""MIE:Software""MIE:State"
-    "MIE:SubfileData""Subfile Data""MIE:SubfileDirectory""Subfile Directory""MIE:SubfileMIMEType"
-    "Subfile MIME Type""MIE:SubfileName""Subfile Name""MIE:SubfileResource""Subfile Resource"
-    "MIE:SubfileType""Subfile Type""MIE:ThumbnailImage""MIE:ThumbnailImageName"
-    "Thumbnail Image Name""MIE:ThumbnailImageSize""Thumbnail Image Size""MIE:ThumbnailImageType"
-    "Thumbnail Image Type""MIE:Title""MIE:TrailerSignature""Trailer Signature""MIE:URL"
-    "MIE:UTMEasting""UTM Easting""MIE:UTMMapDatum""UTM Map Datum""MIE:UTMNorthing""UTM Northing"
-    "MIE:UTMZone""UTM Zone""作者""城市""注释""各分组的含义""专利拥有者""国家""海拔高度""目的地方位""离终点的距离""GPS 差分校正""非差分校正测量"
-    "差分校正定位""纬度""经度""使用的大地测量数据""GPS测量模式""2维测量""3维测量""用于定位的 GPS 卫星信号""GPS接收器的速度""运动方向""图像尺寸""关键字"
-    "MIE 版本""使用软件""州""缩图尺寸""Adresse""Auteur""Ville""Balance des couleurs""Commentaire"
-    "Configuration des composants""Propriétaire du copyright""Pays""Numéro de série de l'extension"
-    "Numéro du guide du flash""Modèle du Flash""Numéro de série du flash""Type de flash"
-    "Altitude GPS""Date/Heure GPS (horloge atomique)""Azimut GPS de la destination"
-    "Distance GPS de la destination""Différentiel GPS""Sans correction""Différentiel corrigé"
-    "Latitude GPS""Longitude GPS""Données de surveillance géodésique utilisées""Mode de mesure GPS"
-    "2D""3D""Satellites GPS utilisés pour la mesure""Vitesse du récepteur GPS""Tracé GPS"
-    "Qualité de l'image""Taille de l'image""Stabilisation de l'image""Mots-clés"
-    "Marque de l'objectif""Version MIE""Ouverture à la focale maxi""Focale maxi""EV mesuré"
-    "Focale mini""Nom du propriétaire""Code Postal""Nom de l'aperçu""Type de l\\image d'aperçu"
-    "Taille du capteur""Logiciel""État / Région""Type du nouveau sous-fichier"
-    "Taille des miniatures""Autor""Bit-Tiefe""Kanäle""Stadt/Ort""Farbabgleich""Kommentar"
-    "Bedeutung jeder Komponente""Komprimierungsrate""Mitwirkende""Urheberrechtsvermerk""Land"
-    "Deklination""E-Mail""Konverterhersteller""Konverter-Modell""Konverter-Seriennummer"
-    "Blitzleitzahl""Blitzgerätehersteller""Blitz-Modell""Blitz-Seriennummer""Blitztyp""GPS Höhe"
-    "GPS Zeitstempel""Motivrichtung""GPS Zielentfernung""GPS Differentialkorrektur"
-    "Messung ohne Differentialkorrektur""Differentialkorrektur angewandt""Geografische Breite"
-    "Geografische Länge""Geodätisches Datum""GPS Messverfahren""2-Dimensionale Messung"
-    "3-Dimensionale Messung""Für die Messung verwendete Satelliten"
-    "Geschwindigkeit des GPS-Empfängers""Bewegungsrichtung""Bildgröße""Bildstabilisierung"
-    "Schlüsselwörter""Objektivhersteller""MD5 Kennwert""MIE-Version"
-    "Größte Blende bei größter Brennweite""Größte Brennweite""Gemessener LW""Kleinste Brennweite"
-    "Name des Besitzers""Telefonnummer""Postleitzahl""Vorschaubild-Name""Vorschaubild-Typ""Verweise"
-    "Sensorgröße""Bundesland/Kanton""Unterdatei-Typ""Miniaturbild-Name""Miniaturbild-Größe"
-    "Miniaturbild-Typ""Signatur des Nachspanns""Indirizzo""Compressione audio""Autore""Luminosità"
-    "Canali""Città""Bilanciamento Colore""Commento""Configurazione componenti"
-    "Titolare del copyright""Paese""Elevazione""Modello flash""Numero di serie del flash"
-    "Tipo di flash""Altitudine GPS""Ora GPS (orologio atomico)""Direzione destinazione GPS"
-    "Distanza destinazione GPS""Correzione differenziale GPS"
-    "Misurazione senza correzione differenziale""Correzione differenziale applicata""Latitudine"
-    "Longitudine""Dati di rilevamento geodetico utilizzati""Modalità misurazione GPS"
-    "Satelliti GPS usati per la misurazione""Velocità ricevitore GPS""Direzione di movimento"
-    "Qualità Immagine""Dimensioni immagini""Stabilizzazione Immagine""Parole chiave"
-    "Marca obiettivo""Versione MIE""Diaframma massimo alla focale massima""Lunghezza focale massima"
-    "Lunghezza focale minima""Nome proprietario""Nome immagine anteprima""Tipo immagine anteprima"
-    "Ascensione retta""Rotazione""Bit campione""Frequenza campionamento""Dimensione sensore"
-    "Software utilizzato""Stato""Tipo sotto-file""Nome miniatura""Dimensione miniatura"
-    "Tipo miniatura""ビット深度""都市""カラーバランス""コメント""各構成要素の意味""圧縮率""版権所有者""国名""エクステンダーモデル""エクステンダーシリアル番号"
-    "フラッシュガイドナンバー""フラッシュモデル""フラッシュシリアル番号""フラッシュタイプ""高度""GPS時間(原子時計)""目的地の方向""目的地の距離""GPS誤差修正"
-    "誤差修正無し""誤差修正あり""緯度""経度""データが使った測地測量""GPS測定モード""２次元測定""３次元測定""測定のために使われたGPS衛星""GPS受信機のスピード"
-    "動作方向""画像品質""イメージサイズ""イメージスタビライザー""キーワード""MIEバージョン""最大焦点時最大絞り""最大焦点距離""計測EV""最小焦点距離""オーナー名""回転"
-    "ソフトウェア""都道府県名""新規サブファイルタイプ""サムネイルサイズ""Brillo""Canales""Ciudad""Comentario"
-    "Configuración de Componentes""Copyright Perfil""País""Modelo Flash""Número Serie Flash"
-    "Tipo Flash""Altitud""Fecha y Hora GPS""Orientación de Destino""Distancia a Destino"
-    "Corrección Diferencial GPS""Medición sin corrección diferencial"
-    "Corrección diferencial aplicada""Latitud""Longitud""Dato Medición Geodésica Usado"
-    "Modo Medición GPS""Satélites GPS Usados para Medida""Velocidad del Receptor GPS"
-    "Dirección de Movimiento""Tamaño de la Imagen""Estabilización Imagen""Clave"
-    "Apertura máxima a focal máxima""Longitud focal máxima""Longitud focal mínima"
-    "Nombre del Propietario""Rotación""Frecuencia muestreo""Programa Utilizado""Estado"
-    "Nuevo Tipo Subarchivo""Tamaño de la Vista en Miniatura""BackgroundColor""BluePrimary"
-    "BorderColor""Class""Colors""Delay""Depth""Dispose""GreenPrimary""Iterations""MattColor""Matte"
-    "Montage""Packets""Page""RedPrimary""RenderingIntent""Scene""Units""MIFF:BackgroundColor"
-    "Background Color""MIFF:BluePrimary""Blue Primary""MIFF:BorderColor""Border Color""MIFF:Class"
-    "MIFF:ColorSpace""MIFF:Colors""MIFF:Compression""MIFF:Delay""MIFF:Depth""MIFF:Dispose"
-    "MIFF:Gamma""MIFF:GreenPrimary""Green Primary""MIFF:ID""MIFF:ImageHeight""MIFF:ImageWidth"
-    "MIFF:Iterations""MIFF:Label""MIFF:MattColor""Matt Color""MIFF:Matte""MIFF:Montage"
-    "MIFF:Packets""MIFF:Page""MIFF:RedPrimary""Red Primary""MIFF:RenderingIntent""Rendering Intent"
-    "MIFF:Resolution""MIFF:Scene""MIFF:Signature""MIFF:Units""MIFF:WhitePoint""Intention de rendu"
-    "Scène""Hintergrundfarbe""Umrechnungsmethode""Szene""Rosso primario""Scena""Unità""意思表現""場面"
-    "Intento Interpretación""Escena""ChurchillNav_0x0001""ChurchillNav_0x0002""ChurchillNav_0x0003"
-    "ChurchillNav_0x0004""ChurchillNav_0x0005""ChurchillNav_0x0006""ChurchillNav_0x0009"
-    "ChurchillNav_0x000a""ChurchillNav_0x000b""ChurchillNav_0x000c""ChurchillNav_0x000d"
-    "ChurchillNav_0x000e""ChurchillNav_0x0010""ChurchillNav_0x0011""ChurchillNav_0x0012"
-    "ChurchillNav_0x0014""SecurityClassification""ClassifyingCountryCodeMethod""ClassifyingCountry"
-    "SecuritySCI-SHIInformation""Caveats""ReleasingInstructions""ClassifiedBy""DerivedFrom"
-    "ClassificationReason""DeclassificationDate""ClassificationAndMarkingSystem"
-    "ObjectCountryCodingMethod""ObjectCountryCodes""ClassificationComments""UMID""StreamID"
-    "TransportStreamID""ItemDesignatorID""SecurityVersion""ClassifyingCountryCodingMethodDate"
-    "ObjectCountryCodingMethodDate""Checksum""MissionID""TailNumber""PitchAngle""RollAngle"
-    "TrueAirspeed""IndicatedAirspeed""ProjectIDCode""SensorName""ImageCoordinateSystem"
-    "HorizontalFieldOfView""VerticalFieldOfView""SensorRelativeAzimuthAngle"
-    "SensorRelativeElevationAngle""SensorRelativeRollAngle""SlantRange""TargetWidth"
-    "FrameCenterLatitude""FrameCenterLongitude""FrameCenterElevation""OffsetCornerLatitude1"
-    "OffsetCornerLongitude1""OffsetCornerLatitude2""OffsetCornerLongitude2""OffsetCornerLatitude3"
-    "OffsetCornerLongitude3""OffsetCornerLatitude4""OffsetCornerLongitude4""IcingDetected"
-    "WindDirection""WindSpeed""StaticPressure""DensityAltitude""AirTemperature"
-    "TargetLocationLatitude""TargetLocationLongitude""TargetLocationElevation""TargetTrackGateWidth"
-    "TargetTrackGateHeight""TargetErrorEstimateCE90""TargetErrorEstimateLE90""GenericFlagData01"
-    "DifferentialPressure""AngleOfAttack""VerticalSpeed""SideslipAngle""AirfieldBarometricPressure"
-    "AirfieldElevation""RelativeHumidity""GroundRange""FuelRemaining""CallSign""WeaponLoad"
-    "WeaponFired""LaserPRFCode""SensorFieldOfViewName""MagneticHeading""UAS_LSVersionNumber"
-    "TargetLocationCovarianceMatrix""AlternateLatitude""AlternateLongitude""AlternateAltitude"
-    "AlternateName""AlternateHeading""EventStartTime""SensorEllipsoidHeight"
-    "AlternateEllipsoidHeight""OperationalMode""FrameCenterHeightAboveEllipsoid"
-    "SensorVelocityNorth""SensorVelocityEast""ImageHorizonPixelPack""CornerLatitude1"
-    "CornerLongitude1""CornerLatitude2""CornerLongitude2""CornerLatitude3""CornerLongitude3"
-    "CornerLatitude4""CornerLongitude4""FullPitchAngle""FullRollAngle""FullAngleOfAttack"
-    "FullSideslipAngle""MIISCoreIdentifier""TargetWidthExtended""SDCC-FLP""DensityAltitudeExtended"
-    "SensorEllipsoidHeightExtended""AlternateEllipsoidHeightExtended""MISB:AirTemperature"
-    "Air Temperature""MISB:AirfieldBarometricPressure""Airfield Barometric Pressure"
-    "MISB:AirfieldElevation""Airfield Elevation""MISB:AlternateAltitude""Alternate Altitude"
-    "MISB:AlternateEllipsoidHeight""Alternate Ellipsoid Height"
-    "MISB:AlternateEllipsoidHeightExtended""Alternate Ellipsoid Height Extended"
-    "MISB:AlternateHeading""Alternate Heading""MISB:AlternateLatitude""Alternate Latitude"
-    "MISB:AlternateLongitude""Alternate Longitude""MISB:AlternateName""Alternate Name"
-    "MISB:AngleOfAttack""Angle Of Attack""MISB:CallSign""Call Sign""MISB:Caveats""MISB:Checksum"
-    "MISB:ChurchillNav_0x0001""Churchill Nav 0x0001""MISB:ChurchillNav_0x0002""Churchill Nav 0x0002"
-    "MISB:ChurchillNav_0x0003""Churchill Nav 0x0003""MISB:ChurchillNav_0x0004""Churchill Nav 0x0004"
-    "MISB:ChurchillNav_0x0005""Churchill Nav 0x0005""MISB:ChurchillNav_0x0006""Churchill Nav 0x0006"
-    "MISB:ChurchillNav_0x0009""Churchill Nav 0x0009""MISB:ChurchillNav_0x000a""Churchill Nav 0x000a"
-    "MISB:ChurchillNav_0x000b""Churchill Nav 0x000b""MISB:ChurchillNav_0x000c""Churchill Nav 0x000c"
-    "MISB:ChurchillNav_0x000d""Churchill Nav 0x000d""MISB:ChurchillNav_0x000e""Churchill Nav 0x000e"
-    "MISB:ChurchillNav_0x0010""Churchill Nav 0x0010""MISB:ChurchillNav_0x0011""Churchill Nav 0x0011"
-    "MISB:ChurchillNav_0x0012""Churchill Nav 0x0012""MISB:ChurchillNav_0x0014""Churchill Nav 0x0014"
-    "MISB:ClassificationAndMarkingSystem""Classification And Marking System"
-    "MISB:ClassificationComments""Classification Comments""MISB:ClassificationReason"
-    "Classification Reason""MISB:ClassifiedBy""Classified By""MISB:ClassifyingCountry"
-    "Classifying Country""MISB:ClassifyingCountryCodeMethod""Classifying Country Code Method"
-    "MISB:ClassifyingCountryCodeMethod:1""ISO-3166 Two Letter""MISB:ClassifyingCountryCodeMethod:10"
-    "FIPS 10-4 Mixed""MISB:ClassifyingCountryCodeMethod:11""ISO 3166 Mixed"
-    "MISB:ClassifyingCountryCodeMethod:12""STANAG 1059 Mixed""MISB:ClassifyingCountryCodeMethod:13"
-    "GENC Two Letter""MISB:ClassifyingCountryCodeMethod:14""GENC Three Letter"
-    "MISB:ClassifyingCountryCodeMethod:15""GENC Numeric""MISB:ClassifyingCountryCodeMethod:16"
-    "GENC Mixed""MISB:ClassifyingCountryCodeMethod:2""ISO-3166 Three Letter"
-    "MISB:ClassifyingCountryCodeMethod:3""FIPS 10-4 Two Letter""MISB:ClassifyingCountryCodeMethod:4"
-    "FIPS 10-4 Four Letter""MISB:ClassifyingCountryCodeMethod:5""ISO-3166 Numeric"
-    "MISB:ClassifyingCountryCodeMethod:6""1059 Two Letter""MISB:ClassifyingCountryCodeMethod:7"
-    "1059 Three Letter""MISB:ClassifyingCountryCodingMethodDate"
-    "Classifying Country Coding Method Date""MISB:CornerLatitude1""Corner Latitude 1"
-    "MISB:CornerLatitude2""Corner Latitude 2""MISB:CornerLatitude3""Corner Latitude 3"
-    "MISB:CornerLatitude4""Corner Latitude 4""MISB:CornerLongitude1""Corner Longitude 1"
-    "MISB:CornerLongitude2""Corner Longitude 2""MISB:CornerLongitude3""Corner Longitude 3"
-    "MISB:CornerLongitude4""Corner Longitude 4""MISB:DeclassificationDate""Declassification Date"
-    "MISB:DensityAltitude""Density Altitude""MISB:DensityAltitudeExtended"
-    "Density Altitude Extended""MISB:DerivedFrom""Derived From""MISB:DifferentialPressure"
-    "Differential Pressure""MISB:EventStartTime""Event Start Time""MISB:FrameCenterElevation"
-    "Frame Center Elevation""MISB:FrameCenterHeightAboveEllipsoid"
-    "Frame Center Height Above Ellipsoid""MISB:FrameCenterLatitude""Frame Center Latitude"
-    "MISB:FrameCenterLongitude""Frame Center Longitude""MISB:FuelRemaining""Fuel Remaining"
-    "MISB:FullAngleOfAttack""Full Angle Of Attack""MISB:FullPitchAngle""Full Pitch Angle"
-    "MISB:FullRollAngle""Full Roll Angle""MISB:FullSideslipAngle""Full Sideslip Angle"
-    "MISB:GPSAltitude""MISB:GPSDateTime""MISB:GPSLatitude""MISB:GPSLongitude""MISB:GPSSpeed"
-    "MISB:GPSTrack""MISB:GenericFlagData01""Generic Flag Data 01""MISB:GenericFlagData01:1"
-    "Laser range""MISB:GenericFlagData01:16""Slant range measured""MISB:GenericFlagData01:2"
-    "Auto-track""MISB:GenericFlagData01:32""Image invalid""MISB:GenericFlagData01:4"
-    "IR polarity black""MISB:GenericFlagData01:8""Icing detected""MISB:GroundRange""Ground Range"
-    "MISB:HorizontalFieldOfView""Horizontal Field Of View""MISB:IcingDetected""Icing Detected"
-    "MISB:IcingDetected:0""n/a""MISB:IcingDetected:1""MISB:IcingDetected:2"
-    "MISB:ImageCoordinateSystem""Image Coordinate System""MISB:ImageHorizonPixelPack"
-    "Image Horizon Pixel Pack""MISB:IndicatedAirspeed""Indicated Airspeed""MISB:ItemDesignatorID"
-    "Item Designator ID""MISB:LaserPRFCode""Laser PRF Code""MISB:MIISCoreIdentifier"
-    "MIIS Core Identifier""MISB:MagneticHeading""Magnetic Heading""MISB:MissionID""Mission ID"
-    "MISB:ObjectCountryCodes""Object Country Codes""MISB:ObjectCountryCodingMethod"
-    "Object Country Coding Method""MISB:ObjectCountryCodingMethod:1"
-    "MISB:ObjectCountryCodingMethod:13""MISB:ObjectCountryCodingMethod:14"
-    "MISB:ObjectCountryCodingMethod:15""MISB:ObjectCountryCodingMethod:2"
-    "MISB:ObjectCountryCodingMethod:3""MISB:ObjectCountryCodingMethod:4"
-    "MISB:ObjectCountryCodingMethod:5""MISB:ObjectCountryCodingMethod:6"
-    "MISB:ObjectCountryCodingMethod:64""GENC AdminSub""MISB:ObjectCountryCodingMethod:7"
-    "MISB:ObjectCountryCodingMethodDate""Object Country Coding Method Date"
-    "MISB:OffsetCornerLatitude1""Offset Corner Latitude 1""MISB:OffsetCornerLatitude2"
-    "Offset Corner Latitude 2""MISB:OffsetCornerLatitude3""Offset Corner Latitude 3"
-    "MISB:OffsetCornerLatitude4""Offset Corner Latitude 4""MISB:OffsetCornerLongitude1"
-    "Offset Corner Longitude 1""MISB:OffsetCornerLongitude2""Offset Corner Longitude 2"
-    "MISB:OffsetCornerLongitude3""Offset Corner Longitude 3""MISB:OffsetCornerLongitude4"
-    "Offset Corner Longitude 4""MISB:OperationalMode""Operational Mode""MISB:OperationalMode:0"
-    "Other""MISB:OperationalMode:1""Operational""MISB:OperationalMode:2""Training"
-    "MISB:OperationalMode:3""Exercise""MISB:OperationalMode:4""Maintenance""MISB:PitchAngle"
-    "Pitch Angle""MISB:ProjectIDCode""Project ID Code""MISB:RelativeHumidity""Relative Humidity"
-    "MISB:ReleasingInstructions""Releasing Instructions""MISB:RollAngle""Roll Angle""MISB:SDCC-FLP"
-    "MISB:SecurityClassification""Security Classification""MISB:SecurityClassification:1"
-    "Unclassified""MISB:SecurityClassification:2""Restricted""MISB:SecurityClassification:3"
-    "Confidential""MISB:SecurityClassification:4""Secret""MISB:SecurityClassification:5""Top Secret"
-    "MISB:SecuritySCI-SHIInformation""Security SCI-SHI Information""MISB:SecurityVersion"
-    "Security Version""MISB:SensorEllipsoidHeight""Sensor Ellipsoid Height"
-    "MISB:SensorEllipsoidHeightExtended""Sensor Ellipsoid Height Extended"
-    "MISB:SensorFieldOfViewName""Sensor Field Of View Name""MISB:SensorFieldOfViewName:0"
-    "Ultranarrow""MISB:SensorFieldOfViewName:1""Narrow""MISB:SensorFieldOfViewName:2""Medium"
-    "MISB:SensorFieldOfViewName:3""Wide""MISB:SensorFieldOfViewName:4""Ultrawide"
-    "MISB:SensorFieldOfViewName:5""Narrow Medium""MISB:SensorFieldOfViewName:6""2x Ultranarrow"
-    "MISB:SensorFieldOfViewName:7""4x Ultranarrow""MISB:SensorName""Sensor Name"
-    "MISB:SensorRelativeAzimuthAngle""Sensor Relative Azimuth Angle"
-    "MISB:SensorRelativeElevationAngle""Sensor Relative Elevation Angle"
-    "MISB:SensorRelativeRollAngle""Sensor Relative Roll Angle""MISB:SensorVelocityEast"
-    "Sensor Velocity East""MISB:SensorVelocityNorth""Sensor Velocity North""MISB:SideslipAngle"
-    "Sideslip Angle""MISB:SlantRange""Slant Range""MISB:StaticPressure""Static Pressure"
-    "MISB:StreamID""Stream ID""MISB:TailNumber""Tail Number""MISB:TargetErrorEstimateCE90"
-    "Target Error Estimate CE90""MISB:TargetErrorEstimateLE90""Target Error Estimate LE90"
-    "MISB:TargetLocationCovarianceMatrix""Target Location Covariance Matrix"
-    "MISB:TargetLocationElevation""Target Location Elevation""MISB:TargetLocationLatitude"
-    "Target Location Latitude""MISB:TargetLocationLongitude""Target Location Longitude"
-    "MISB:TargetTrackGateHeight""Target Track Gate Height""MISB:TargetTrackGateWidth"
-    "Target Track Gate Width""MISB:TargetWidth""Target Width""MISB:TargetWidthExtended"
-    "Target Width Extended""MISB:TransportStreamID""Transport Stream ID""MISB:TrueAirspeed"
-    "True Airspeed""MISB:UAS_LSVersionNumber""UAS LS Version Number""MISB:UMID"
-    "MISB:VerticalFieldOfView""Vertical Field Of View""MISB:VerticalSpeed""Vertical Speed"
-    "MISB:WeaponFired""Weapon Fired""MISB:WeaponLoad""Weapon Load""MISB:WindDirection"
-    "Wind Direction""MISB:WindSpeed""Wind Speed""Angle d\\attaque""Non applicable""Angle de tangage"
-    "Angle de roulis""Classification de sécurité""Non classifié""Restreint""Confidentiel"
-    "Trés secret""Large""Nom du capteur""Sicherheitsklassifizierung""Nicht klassifiziert"
-    "Eingeschränkt""Vertraulich""Geheim""Streng geheim""Classificazione sicurezza""Non classificato"
-    "Confidenziale""Segreto""Massima segretezza""セキュリティ区分""未分類""限定""機密文書""秘密""最高機密"
-    "Clasificación Seguridad""Sin clasificar""Restringida""Confidencial""Secreta""Alto secreto"
-    "MandatoryBackground""BackgroundImageID""BackgroundTiling""Filter""Interlace""RedSample"
-    "GreenSample""BlueSample""AlphaSample""Viewable""FirstObject""LastObject""DeltaType"
-    "ClipBoundary""SourceID""CloneID""CloneType""DoNotShow""ConcreteFlag""LocalDeltaType""DeltaXY"
-    "ObjectID""XYLocation""ClippingBoundary""ImageType""BlockSize""BlockLocation""SnapshotID"
-    "SnapshotName""Priority""AlphaBitDepth""AlphaCompression""AlphaFilter""AlphaInterlace"
-    "NestLevel""IterationCount""TerminationCondition""IterationMinMax""SignalNumber""TicksPerSecond"
-    "NominalLayerCount""NominalFrameCount""NominalPlayTime""SimplicityProfile""FirstObjectID"
-    "LastObjectID""XMethod""XMag""YMag""LeftMag""RightMag""TopMag""BottomMag""YMethod"
-    "DropByKeyword""DiscardObjects""DropChunks""Frame""OrderingRestrictions""PartialPalette"
-    "SaveObjects""SeekPoint""ResourcesNeeded""DestinationID""TargetDeltaType""TargetXY"
-    "CompositionMode""OffsetOrigin""OffsetXY""BoundaryOrigin""PastClippingBoundary""NewColorType"
-    "NewBitDepth""FillMethod""ShowMode""TerminationAction""IterationEndAction""IterationMax"
-    "MNG:AlphaBitDepth""Alpha Bit Depth""MNG:AlphaCompression""Alpha Compression"
-    "MNG:AlphaCompression:0""MNG Grayscale IDAT""MNG:AlphaCompression:8""JNG 8-bit Grayscale JDAA"
-    "MNG:AlphaFilter""Alpha Filter""MNG:AlphaFilter:0""Adaptive MNG (N/A for JPEG)"
-    "MNG:AlphaInterlace""Alpha Interlace""MNG:AlphaInterlace:0""Noninterlaced""MNG:AlphaSample"
-    "Alpha Sample""MNG:BackgroundColor""MNG:BackgroundImageID""Background Image ID"
-    "MNG:BackgroundTiling""Background Tiling""MNG:BackgroundTiling:0""MNG:BackgroundTiling:1"
-    "MNG:BitDepth""MNG:BlockLocation""Block Location""MNG:BlockSize""Block Size""MNG:BlueSample"
-    "Blue Sample""MNG:BottomMag""Bottom Mag""MNG:BoundaryOrigin""Boundary Origin"
-    "MNG:BoundaryOrigin:0""Desination Origin""MNG:BoundaryOrigin:1""Target Origin""MNG:ClipBoundary"
-    "Clip Boundary""MNG:ClippingBoundary""Clipping Boundary""MNG:CloneID""Clone ID""MNG:CloneType"
-    "Clone Type""MNG:CloneType:0""Full""MNG:CloneType:1""Parital""MNG:CloneType:2""Renumber object"
-    "MNG:ColorType""MNG:ColorType:0""MNG:ColorType:10""Color""MNG:ColorType:12""Gray Alpha"
-    "MNG:ColorType:14""Color Alpha""MNG:ColorType:2""RGB""MNG:ColorType:3""MNG:ColorType:4"
-    "Grayscale with Alpha""MNG:ColorType:6""RGB with Alpha""MNG:ColorType:8""Gray"
-    "MNG:CompositionMode""Composition Mode""MNG:CompositionMode:0""Over""MNG:CompositionMode:1"
-    "Replace""MNG:CompositionMode:2""Under""MNG:Compression""MNG:Compression:0""Deflate/Inflate"
-    "MNG:Compression:8""Huffman-coded baseline JPEG""MNG:ConcreteFlag""Concrete Flag""MNG:Delay"
-    "MNG:DeltaType""Delta Type""MNG:DeltaType:0""Absolute |\302\240Full Replacement"
-    "MNG:DeltaType:1""Pixel Addition |\302\240Relative""MNG:DeltaType:2""Alpha Addition"
-    "MNG:DeltaType:3""Color Addition""MNG:DeltaType:4""Pixel Replacement""MNG:DeltaType:5"
-    "Alpha Replacement""MNG:DeltaType:6""Color Replacement""MNG:DeltaType:7""No Change""MNG:DeltaXY"
-    "Delta XY""MNG:DestinationID""Destination ID""MNG:DiscardObjects""Discard Objects"
-    "MNG:DoNotShow""Do Not Show""MNG:DropByKeyword""Drop By Keyword""MNG:DropChunks""Drop Chunks"
-    "MNG:FillMethod""Fill Method""MNG:FillMethod:0""Bit Replication""MNG:FillMethod:1""Zero Fill"
-    "MNG:Filter""MNG:Filter:0""Adaptive""MNG:FirstObject""First Object""MNG:FirstObjectID"
-    "First Object ID""MNG:Frame""MNG:GreenSample""Green Sample""MNG:ImageHeight""MNG:ImageType"
-    "Image Type""MNG:ImageType:0""Unspecified""MNG:ImageType:1""PNG""MNG:ImageType:2""JNG"
-    "MNG:ImageWidth""MNG:Interlace""MNG:Interlace:0""Noninterlaced |\302\240Sequential"
-    "MNG:Interlace:1""Adam7 Interlace""MNG:Interlace:8""Progressive""MNG:IterationCount"
-    "Iteration Count""MNG:IterationEndAction""Iteration End Action""MNG:IterationEndAction:0"
-    "Show Last Frame""MNG:IterationEndAction:1""Display Nothing""MNG:IterationEndAction:2"
-    "Show First Frame""MNG:IterationMax""Iteration Max""MNG:IterationMinMax""Iteration Min Max"
-    "MNG:LastObject""Last Object""MNG:LastObjectID""Last Object ID""MNG:LeftMag""Left Mag"
-    "MNG:LocalDeltaType""Local Delta Type""MNG:LocalDeltaType:0""Absolute""MNG:LocalDeltaType:1"
-    "Relative""MNG:MandatoryBackground""Mandatory Background""MNG:MandatoryBackground:0"
-    "Color and Image Advisory""MNG:MandatoryBackground:1""Color Mandatory, Image Advisory"
-    "MNG:MandatoryBackground:2""Color Advisory, Image Mandatory""MNG:MandatoryBackground:3"
-    "Color and Image Mandatory""MNG:NestLevel""Nest Level""MNG:NewBitDepth""New Bit Depth"
-    "MNG:NewColorType""New Color Type""MNG:NominalFrameCount""Nominal Frame Count"
-    "MNG:NominalLayerCount""Nominal Layer Count""MNG:NominalPlayTime""Nominal Play Time"
-    "MNG:ObjectID""Object ID""MNG:OffsetOrigin""Offset Origin""MNG:OffsetOrigin:0"
-    "MNG:OffsetOrigin:1""MNG:OffsetXY""Offset XY""MNG:OrderingRestrictions""Ordering Restrictions"
-    "MNG:Orientation""MNG:Orientation:0""Same as source""MNG:Orientation:2"
-    "Flipped left-right, then up-down""MNG:Orientation:4""Flipped left-right""MNG:Orientation:6"
-    "Flipped up-down""MNG:Orientation:8""Tiled""MNG:PartialPalette""Partial Palette"
-    "MNG:PastClippingBoundary""Past Clipping Boundary""MNG:Priority""MNG:RedSample""Red Sample"
-    "MNG:ResourcesNeeded""Resources Needed""MNG:RightMag""Right Mag""MNG:SaveObjects""Save Objects"
-    "MNG:SeekPoint""Seek Point""MNG:ShowMode""Show Mode""MNG:SignalNumber""Signal Number"
-    "MNG:SimplicityProfile""Simplicity Profile""MNG:SnapshotID""Snapshot ID""MNG:SnapshotName"
-    "Snapshot Name""MNG:SourceID""Source ID""MNG:TargetDeltaType""Target Delta Type"
-    "MNG:TargetDeltaType:0""MNG:TargetDeltaType:1""MNG:TargetXY""Target XY""MNG:TerminationAction"
-    "Termination Action""MNG:TerminationAction:0""MNG:TerminationAction:1""MNG:TerminationAction:2"
-    "MNG:TerminationAction:3""Repeat Sequence""MNG:TerminationCondition""Termination Condition"
-    "MNG:TerminationCondition:0""Deterministic, not cacheable""MNG:TerminationCondition:1"
-    "Decoder discretion, not cacheable""MNG:TerminationCondition:2""User discretion, not cacheable"
-    "MNG:TerminationCondition:3""External signal, not cacheable""MNG:TerminationCondition:4"
-    "Deterministic, cacheable""MNG:TerminationCondition:5""Decoder discretion, cacheable"
-    "MNG:TerminationCondition:6""User discretion, cacheable""MNG:TerminationCondition:7"
-    "External signal, cacheable""MNG:TicksPerSecond""Ticks Per Second""MNG:TopMag""Top Mag"
-    "MNG:Viewable""MNG:XMag""X Mag""MNG:XMethod""X Method""MNG:XMethod:0""No Magnification"
-    "MNG:XMethod:1""Pixel Replication""MNG:XMethod:2""Linear Interpolation""MNG:XMethod:3"
-    "Closest Pixel""MNG:XMethod:4""Color Linear Interpolation and Alpha Closest Pixel"
-    "MNG:XMethod:5""Color Closest Pixel and Alpha Linear Interpolation""MNG:XYLocation""XY Location"
-    "MNG:YMag""Y Mag""MNG:YMethod""Y Method""MNG:YMethod:0""MNG:YMethod:1""MNG:YMethod:2"
-    "MNG:YMethod:3""MNG:YMethod:4""MNG:YMethod:5""RVB""JPEG de base à codage Huffman"
-    "ID Destination""Méthode de remplissage""Réplication de bits""Remplissage à zéro"
-    "Type de l'image""Entrelacement""Identique à la source"
-    "Retourné de gauche à droite, puis de haut en bas""Retourné de gauche à droite"
-    "Retourné de haut en bas""Carrelée""Bildtyp""Non interlacciato""RGB con trasparenza"
-    "Sostituisci""Assoluto |\302\240Full Replacement""Primo oggetto""ID primo oggetto"
-    "Tipo immagine""Interlacciamento""Non interlacciato |\302\240Sequential""Progressivo""Assoluto"
-    "Tassellato""Priorità""Campione rosso""Risorse richieste""Nessun ingrandimento""フィルター""ページ"
-    "インタレース""Tipo Imagen""Entrelazado""MOIVersion""AspectRatio""AudioCodec""VideoBitrate""193"
-    "16385""MOI:AspectRatio""Aspect Ratio""MOI:AudioBitrate""MOI:AudioCodec""Audio Codec"
-    "MOI:AudioCodec:16385""MPEG""MOI:AudioCodec:193""AC3""MOI:DateTimeOriginal""MOI:Duration"
-    "MOI:MOIVersion""MOI Version""MOI:VideoBitrate""Video Bitrate""Ratio d'aspect""Bildformat"
-    "Rapporto immagine""Codec audio""Bitrate video""TotalFrames""MaxBand""ReplayGainTrackPeak"
-    "ReplayGainTrackGain""ReplayGainAlbumPeak""ReplayGainAlbumGain""FastSeek""Gapless"
-    "EncoderVersion""MPC:EncoderVersion""Encoder Version""MPC:FastSeek""Fast Seek""MPC:FastSeek:0"
-    "MPC:FastSeek:1""MPC:Gapless""MPC:Gapless:0""MPC:Gapless:1""MPC:MaxBand""Max Band""MPC:Quality"
-    "MPC:Quality:1""Unstable/Experimental""MPC:Quality:10""5 (Standard)""MPC:Quality:11""6 (Xtreme)"
-    "MPC:Quality:12""7 (Insane)""MPC:Quality:13""8 (BrainDead)""MPC:Quality:14""MPC:Quality:15"
-    "MPC:Quality:5""MPC:Quality:6""MPC:Quality:7""2 (Telephone)""MPC:Quality:8""3 (Thumb)"
-    "MPC:Quality:9""4 (Radio)""MPC:ReplayGainAlbumGain""Replay Gain Album Gain"
-    "MPC:ReplayGainAlbumPeak""Replay Gain Album Peak""MPC:ReplayGainTrackGain"
-    "Replay Gain Track Gain""MPC:ReplayGainTrackPeak""Replay Gain Track Peak""MPC:SampleRate"
-    "MPC:SampleRate:0""MPC:SampleRate:1""MPC:SampleRate:2""37800""MPC:SampleRate:3""MPC:TotalFrames"
-    "Total Frames""Instable/Expérimental""6 (Extrême)""7 (Folle)""8 (Mort cérébrale)""2 (Téléphone)"
-    "3 (Pouce)""Versione codificatore""Frame totali""Total Imagenes""MPEGAudioVersion""AudioLayer"
-    "ChannelMode""MSStereo""ModeExtension""IntensityStereo""CopyrightFlag""OriginalMedia""Emphasis"
-    "LameMethod""LameLowPassFilter""LameBitrate""LameStereoMode""FrameRate""VBRFrames""VBRBytes"
-    "VBRScale""Encoder""LameVBRQuality""LameQuality""0.6735""0.7031""0.7615""0.8055""0.8437""0.8935"
-    "0.9157""0.9815""1.095""1.0255""1.0695""1.1575""1.2015""MPEG:AspectRatio"
-    "MPEG:AspectRatio:0.6735""MPEG:AspectRatio:0.7031""16:9, 625 line, PAL""MPEG:AspectRatio:0.7615"
-    "MPEG:AspectRatio:0.8055""MPEG:AspectRatio:0.8437""16:9, 525 line, NTSC"
-    "MPEG:AspectRatio:0.8935""MPEG:AspectRatio:0.9157""4:3, 625 line, PAL, CCIR601"
-    "MPEG:AspectRatio:0.9815""MPEG:AspectRatio:1""1:1""MPEG:AspectRatio:1.0255"
-    "MPEG:AspectRatio:1.0695""MPEG:AspectRatio:1.095""4:3, 525 line, NTSC, CCIR601"
-    "MPEG:AspectRatio:1.1575""MPEG:AspectRatio:1.2015""MPEG:AudioBitrate""MPEG:AudioLayer"
-    "Audio Layer""MPEG:AudioLayer:1""MPEG:AudioLayer:2""MPEG:AudioLayer:3""MPEG:ChannelMode"
-    "Channel Mode""MPEG:ChannelMode:0""Stereo""MPEG:ChannelMode:1""Joint Stereo""MPEG:ChannelMode:2"
-    "Dual Channel""MPEG:ChannelMode:3""Single Channel""MPEG:CopyrightFlag""Copyright Flag"
-    "MPEG:CopyrightFlag:0""False""MPEG:CopyrightFlag:1""True""MPEG:Emphasis""MPEG:Emphasis:0"
-    "MPEG:Emphasis:1""50/15 ms""MPEG:Emphasis:2""reserved""MPEG:Emphasis:3""CCIT J.17""MPEG:Encoder"
-    "MPEG:FrameRate""Frame Rate""MPEG:ImageHeight""MPEG:ImageWidth""MPEG:IntensityStereo"
-    "Intensity Stereo""MPEG:IntensityStereo:0""MPEG:IntensityStereo:1""MPEG:LameBitrate"
-    "Lame Bitrate""MPEG:LameLowPassFilter""Lame Low Pass Filter""MPEG:LameMethod""Lame Method"
-    "MPEG:LameMethod:1""CBR""MPEG:LameMethod:2""ABR""MPEG:LameMethod:3""VBR (old/rh)"
-    "MPEG:LameMethod:4""VBR (new/mtrh)""MPEG:LameMethod:5""MPEG:LameMethod:6""VBR"
-    "MPEG:LameMethod:8""CBR (2-pass)""MPEG:LameMethod:9""ABR (2-pass)""MPEG:LameQuality"
-    "Lame Quality""MPEG:LameStereoMode""Lame Stereo Mode""MPEG:LameStereoMode:0""Mono"
-    "MPEG:LameStereoMode:1""MPEG:LameStereoMode:2""Dual Channels""MPEG:LameStereoMode:3"
-    "MPEG:LameStereoMode:4""Forced Joint Stereo""MPEG:LameStereoMode:6""MPEG:LameStereoMode:7"
-    "MPEG:LameVBRQuality""Lame VBR Quality""MPEG:MPEGAudioVersion""MPEG Audio Version"
-    "MPEG:MPEGAudioVersion:0""2.5""MPEG:MPEGAudioVersion:2""MPEG:MPEGAudioVersion:3""MPEG:MSStereo"
-    "MS Stereo""MPEG:MSStereo:0""MPEG:MSStereo:1""MPEG:ModeExtension""Mode Extension"
-    "MPEG:ModeExtension:0""Bands 4-31""MPEG:ModeExtension:1""Bands 8-31""MPEG:ModeExtension:2"
-    "Bands 12-31""MPEG:ModeExtension:3""Bands 16-31""MPEG:OriginalMedia""Original Media"
-    "MPEG:OriginalMedia:0""MPEG:OriginalMedia:1""MPEG:SampleRate""MPEG:SampleRate:0"
-    "11025 |\302\24022050 |\302\24044100""MPEG:SampleRate:1""12000 |\302\24024000 |\302\24048000"
-    "MPEG:SampleRate:2""16000 |\302\24032000 |\302\2408000""MPEG:VBRBytes""VBR Bytes"
-    "MPEG:VBRFrames""VBR Frames""MPEG:VBRScale""VBR Scale""MPEG:VideoBitrate""更新速率"
-    "16:9, 625 lignes, PAL""16:9, 525 lignes, NTSC""4:3, 625 lignes, PAL, CCIR601"
-    "4:3, 525 lignes, NTSC, CCIR601""Aucune""Vitesse""Qualité Lame""Mode stéréo Lame""Stéréo"
-    "Doubles canaux""Stéréo jointe""Stéréo jointe forcée""Stéréo Intensité""Keine""reserviert"
-    "Bildwechselfrequenz""Livello audio""Modo canale""Falso""Nessuno""riservato""Codificatore"
-    "Frequenza fotogramma""無し""フレームレート""Ninguno""Velocidad del Fotograma""Desactivado""Activado"
-    "MPImageFlags""MPImageFormat""MPImageType""MPImageLength""MPImageStart"
-    "DependentImage1EntryNumber""DependentImage2EntryNumber""MPFVersion""NumberOfImages"
-    "ImageUIDList""MPIndividualNum""PanOrientation""PanOverlapH""PanOverlapV""BaseViewpointNum"
-    "ConvergenceAngle""BaselineLength""VerticalDivergence""AxisDistanceX""AxisDistanceY"
-    "AxisDistanceZ""YawAngle""65537""65538""131073""131074""131075""196608""MPF:AxisDistanceX"
-    "Axis Distance X""MPF:AxisDistanceY""Axis Distance Y""MPF:AxisDistanceZ""Axis Distance Z"
-    "MPF:BaseViewpointNum""Base Viewpoint Num""MPF:BaselineLength""Baseline Length"
-    "MPF:ConvergenceAngle""Convergence Angle""MPF:DependentImage1EntryNumber"
-    "Dependent Image 1 Entry Number""MPF:DependentImage2EntryNumber""Dependent Image 2 Entry Number"
-    "MPF:ImageUIDList""Image UID List""MPF:MPFVersion""MPF Version""MPF:MPImageFlags"
-    "MP Image Flags""MPF:MPImageFlags:16""Dependent parent image""MPF:MPImageFlags:4"
-    "Representative image""MPF:MPImageFlags:8""Dependent child image""MPF:MPImageFormat"
-    "MP Image Format""MPF:MPImageFormat:0""MPF:MPImageLength""MP Image Length""MPF:MPImageStart"
-    "MP Image Start""MPF:MPImageType""MP Image Type""MPF:MPImageType:0""Undefined"
-    "MPF:MPImageType:131073""Multi-frame Panorama""MPF:MPImageType:131074""Multi-frame Disparity"
-    "MPF:MPImageType:131075""Multi-angle""MPF:MPImageType:196608""Baseline MP Primary Image"
-    "MPF:MPImageType:262144""Original Preservation Image""MPF:MPImageType:65537"
-    "Large Thumbnail (VGA equivalent)""MPF:MPImageType:65538""Large Thumbnail (full HD equivalent)"
-    "MPF:MPIndividualNum""MP Individual Num""MPF:NumberOfImages""Number Of Images"
-    "MPF:PanOrientation""Pan Orientation""MPF:PanOrientation:0""[unused]""MPF:PanOrientation:1"
-    "Left to right""MPF:PanOrientation:16""Clockwise""MPF:PanOrientation:2""Right to left"
-    "MPF:PanOrientation:3""Top to bottom""MPF:PanOrientation:32""Counter clockwise"
-    "MPF:PanOrientation:4""Bottom to top""MPF:PanOrientation:48""Zigzag (row start)"
-    "MPF:PanOrientation:64""Zigzag (column start)""MPF:PanOverlapH""Pan Overlap H""MPF:PanOverlapV"
-    "Pan Overlap V""MPF:PitchAngle""MPF:RollAngle""MPF:TotalFrames""MPF:VerticalDivergence"
-    "Vertical Divergence""MPF:YawAngle""Yaw Angle""Numéro d'entrée de l'image dépendante 1"
-    "Numéro d'entrée de l'image dépendante 2""Version MPF""Indicateurs image MP"
-    "Image parent dépendante""Image représentative""Image fille dépendante""Format de l'image MP"
-    "Longueur de l'image MP""Début de l'image MP""Type de l'image MP""Indéfini"
-    "Panorama multi-image""Disparité multi-image""Image primaire MP de référence"
-    "Grande vignette (équivalent VGA)""Grande vignette (équivalent à full HD)""Nombre d'images"
-    "Bilder UID Liste""MP Vorschaubild Flags""MP Vorschaubild Format""MP Vorschaubild-Datenlänge"
-    "MP Vorschaubild Datenposition""MP Vorschaubild Typ""Nicht definiert""Mehrbild Panorama"
-    "Vorschaubild groß (VGA)""Vorschaubild groß (HD)""Anzahl Bilder""Pan Ausrichtung"
-    "[nicht verwendet]""Von Links nach Rechts""Im Uhrzeigersinn""Von Rechts nach Links"
-    "Von Oben nach Unten""Gegen den Uhrzeigersinn""Von Unten nach Oben""[non usato]""MXFVersion"
-    "FooterPosition""HeaderSize""OrganizationID""UPID""UPN""IBTN""ISAN""ISBN""ISSN""ISWC""ISMN"
-    "ISCI""ISRC""ISRN""ISBD""ISTC""SICI""BICI""AICI""PII""DOI""InstanceUID""PackageID"
-    "DeviceDesignation""DeviceModel""DeviceSerialNumber""PURL""URN""TransmissionID""ArchiveID"
-    "ItemID""AccountingReferenceNumber""TrafficID""ReelOrRollNumber""LocalTapeNumber""LUID"
-    "PackageName""LocalFilePath""EdgeCode""FrameCode""KeyCode""InkNumber""KeyText""KeyFrame"
-    "KeySound""KeyDataOrProgram""TitleKind""MainTitle""SecondaryTitle""SeriesNumber""EpisodeNumber"
-    "SceneNumber""TakeNumber""CISACLegalEntityID""AGICOAID""SourceOrganization"
-    "SupplyContractNumber""OriginalProducerName""TotalEpisodeCount""CopyrightStatus"
-    "CopyrightOwnerName""IntellectualPropertyDescription""IntellectualPropertyRights""Rightsholder"
-    "RightsManagementAuthority""InterestedPartyName""MaximumUseCount""LicenseOptionsDescription"
-    "CurrencyCode""RoyaltyPaymentInformation""RoyaltyIncomeInformation""RestrictionsonUse"
-    "ExCCIData""UserName""Password""ScramblingKeyKind""ScramblingKeyValue"
-    "BroadcastOrganizationName""BroadcastChannel""BroadcastMediumKind""BroadcastRegion"
-    "FirstBroadcastFlag""CurrentRepeatNumber""PreviousRepeatNumber""AudienceRating""AudienceReach"
-    "NatureOfPersonality""ContributionStatus""SupportOrAdministrationStatus""OrganizationKind"
-    "ProductionOrganizationRole""SupportOrganizationRole""JobFunctionName""RoleName""ContactKind"
-    "ContactDepartmentName""FamilyName""FirstGivenName""SecondGivenName""ThirdGivenName""MainName"
-    "SupplementaryName""OrganizationMainName""SupplementaryOrganizationName""ISO3166CountryCode"
-    "ISO639-1LanguageCode""OperatingSystemInterpretations""ByteOrder""EssenceIsIdentified"
-    "LengthSystemName""LengthUnitKind""AngularUnitKind""TimeSystemOffset""TimeUnitKind"
-    "ContentCodingSystem""ProgramKind""Genre""TargetAudience""CatalogDataStatus""ThesaurusName"
-    "Theme""ContentClassification""KeyFrames""KeySounds""KeyData""Abstract""Purpose"
-    "ColorDescriptor""FormatDescriptor""StratumKind""IndividualAwardName""ProgramAwardName"
-    "AssetValue""ContentValue""CulturalValue""AestheticValue""HistoricalValue""TechnicalValue"
-    "OtherValues""CatalogingSystemName""ComputedKeywords""ComputedKeyFrames""ComputedKeySounds"
-    "ComputedKeyData""ComputedStratumKind""PresentationAspectRatio""CaptureAspectRatio"
-    "CaptureGammaEquation""LumaEquation""ColorimetryCode""SignalFormCode""ColorFieldCode""FieldRate"
-    "FrameLayout""SamplingStructureCode""TotalLinesperFrame""ActiveLinesperFrame""LeadingLines"
-    "TrailingLines""AnalogVideoSystemName""LuminanceSampleRate""ActiveSamplesperLine"
-    "TotalSamplesperLine""SamplingHierarchyCode""HorizontalSubsampling""ColorSiting""SampledHeight"
-    "SampledWidth""SampledXOffset""SampledYOffset""DisplayHeight""DisplayWidth""DisplayXOffset"
-    "DisplayYOffset""FilteringCode""BitsPerPixel""RoundingMethodCode""BlackReferenceLevel"
-    "WhiteReferenceLevel""FieldFrameTypeCode""PulldownSequence""PulldownFieldDominance"
-    "VideoAndFilmFrameRelationship""CaptureFilmFrameRate""TransferFilmFrameRate""VideoTestParameter"
-    "VideoTestResult""FilmTestParameter""FilmTestResult""ElectrospatialFormulation"
-    "FilteringApplied""AudioReferenceLevel""AudioMonoChannelCount""AudioStereoChannelCount"
-    "AnalogSystem""BitsPerSample""RoundingLaw""Dither""OpticalTrack""MagneticTrack"
-    "Signal-to-NoiseRatio""Weighting""AnalogDataCodingKind""TimecodeKind""TimecodeTimebase"
-    "TimecodeUserBitsFlag""IncludeSync""DropFrame""TimecodeSourceKind""AnalogMetadataCarrier"
-    "DigitalMetadataCarrier""AnalogMonitoringAndControlCodingKind""EssenceLength""FilmColorProcess"
-    "EdgeCodeFormat""FilmFormatName""FilmStockKind""FilmStockManufacturerName""PhysicalMediaLength"
-    "FilmCaptureAperture""ImageCategory""ImageSourceDeviceKind""OpticalTestParameterName"
-    "OpticalTestResult""SensorType""PolarCharacteristic""IntegrationIndication""EventIndication"
-    "QualityFlag""PhysicalInstanceKind""DigitalOrAnalogOrigination""MicrophonePlacementTechniques"
-    "SimpleFlaggingCount""CopyCount""CloneCount""Work-in-ProgressFlag"
-    "VideoOrImageCompressionAlgorithm""SplicingMetadata""AudioCompressionAlgorithm"
-    "VideoNoiseReductionAlgorithm""AudioNoiseReductionAlgorithm"
-    "EnhancementOrModificationDescription""VideoDeviceKind""VideoDeviceParameterName"
-    "VideoDeviceParameterSetting""AudioEnhancementOrModificationDescription"
-    "AudioFirstMix-DownProcess""AudioDeviceKind""AudioDeviceParameter""AudioDeviceParameterSetting"
-    "DataEnhancementOrModificationDescription""DataDeviceKind""DataDeviceParameterName"
-    "DataDeviceParameterSetting""DefaultFadeType""ActiveState""Fade-InType""Fade-OutType"
-    "SpeedChangeEffectFlag""InputSegmentCount""Bypass""VideoCompressionAlgorithm"
-    "MPEGVideoRecodingDataset""UpstreamAudioCompressionAlgorithm""MPEGAudioRecodingDataset"
-    "ProgramSupportMaterialReference""AdvertisingMaterialReference"
-    "ProgramCommercialMaterialReference""ContiguousDataFlag""PositionInSequence"
-    "RelativePositionInSequenceOffset""RelativePositionInSequenceName""MapDatumUsed"
-    "LocalDatumAbsolutePositionAccuracy""DeviceAbsolutePositionalAccuracy""DeviceAltitude"
-    "DeviceLatitude""DeviceLongitude""DeviceXDimension""DeviceYDimension""FramePositionalAccuracy"
-    "FrameCenterLatitudeLongitude""LocalDatumRelativePositionAccuracy"
-    "DeviceRelativePositionalAccuracy""DeviceRelativePositionX""DeviceRelativePositionY"
-    "DeviceRelativePositionZ""SubjectRelativePositionalAccuracy"
-    "PositionWithinViewportImageXCoordinate""PositionWithinViewportImageYCoordinate"
-    "SourceImageCenterXCoordinate""SourceImageCenterYCoordinate""ViewportImageCenterCCoordinate"
-    "ViewportImageCenterYCoordinate""DeviceAbsoluteSpeed""DeviceAbsoluteHeading"
-    "SubjectAbsoluteSpeed""SubjectAbsoluteHeading""DeviceRelativeSpeed""DeviceRelativeHeading"
-    "SubjectRelativeSpeed""SubjectRelativeHeading""ViewportHeight""ViewportWidth""SensorRollAngle"
-    "AngleToNorth""ObliquityAngle""PlaceKeyword""ObjectCountryCode""ShootingCountryCode"
-    "SettingCountryCode""CopyrightLicenseCountryCode""IntellectualPropertyLicenseCountryCode"
-    "ObjectRegionCode""ShootingRegionCode""SettingRegionCode""CopyrightLicenseRegionCode"
-    "IntellectualPropertyLicenseRegionCode""RoomNumber""StreetNumber""StreetName""PostalTown"
-    "CityName""StateOrProvinceOrCountyName""CountryName""SettingRoomNumber"
-    "SettingStreetNumberOrBuildingName""SettingStreetName""SettingTownName""SettingCityName"
-    "SettingStateOrProvinceOrCountyName""SettingPostalCode""SettingCountryName""TelephoneNumber"
-    "FaxNumber""E-mailAddress""SettingDescription""UTCUserDateTime""LocalUserDateTime"
-    "SMPTE309MUserDateTime""SMPTE12MUserDateTime""UTCStartDateTime""LocalStartDateTime"
-    "TimecodeStartDateTime""UTCEndDateTime""LocalEndDateTime""TimecodeEndDateTime"
-    "UTCLastModifyDate""LocalLastModifyDate""TimecodeLastModifyDate""UTCEventStartDateTime"
-    "LocalEventStartDateTime""TimecodeEventStartDateTime""UTCEventEndDateTime"
-    "LocalEventEndDateTime""TimecodeEventEndDateTime""StartTimeRelativeToReference"
-    "StartTimecodeRelativeToReference""MaterialEndTimeOffset""MaterialEndTimecodeOffset"
-    "EventStartTimeOffset""EventStartTimecodeOffset""EventEndTimeOffset""EventEndTimecodeOffset"
-    "FrameCountOffset""TimePeriodName""LocalCreationDateTime""TimecodeCreationDateTime"
-    "LocalModifyDate""TimecodeModifyDate""FrameCount""MaterialAbsoluteDuration"
-    "TextlessBlackDuration""EventAbsoluteDurationFrameCount""EventAbsoluteDuration""BufferDelay"
-    "ProgramIdentifier""ProgramIdentifierString""ShimName""SignalStandard""IntendedAFD""SlateTitle"
-    "NOLACode""Rating""NielsenStreamIdentifier""IsRecording""IsLiveProduction""IsLiveTransmission"
-    "IsDubbed""IsVoiceover""HasAudioWatermark""AudioWatermarkKind""HasVideoWatermark"
-    "VideoWatermarkKind""SubtitlesPresent""CaptionTitles""CaptionsViaTeletext""TextlessMaterial"
-    "StorageDeviceKind""StorageMediaKind""StorageMediaID""BroadcastDate""BroadcastTime""IsRepeat"
-    "FirstTransmissionInfo""TeletextSubtitlesAvailable""SeasonEpisodeNumber""SeasonEpisodeTitle"
-    "EPGProgramSynopsis""DVBParentalRating""ContentMaturityRating""ContentMaturityDescription"
-    "ContentMaturityGraphic""ContractEntity""ContractTypeLink""ConsumerRightsToCopy"
-    "BroadcasterRightsToCopy""DirectorName""ProducerName""FemaleLeadActressName""MaleLeadActorName"
-    "PresenterName""MainSponsorName""VoiceTalentName""PostboxNumber""PostCodeForPostbox"
-    "ProgramNumber""DefinitionObjectID""IEEEDeviceID""ProjectNumber""EdgeCodeHeader""ChannelHandle"
-    "PhysicalMediaLocation""MediaLocation""TrackNumber""EdgeCodeStart""VersionTitle""TrackID"
-    "TrackName""DefinitionObjectName""ContentPackageMetadataLink""DefinedName"
-    "DeviceManufacturerName""ManufacturerID""IEEEManufacturerID""AAFManufacturerID"
-    "SupplyingDepartmentName""AudienceShare""AudienceAppreciation""Salutation"
-    "HonorsAndQualifications""ObjectModelVersion""SDKVersion""IsOptional""IsSearchable"
-    "UseDefaultValue""DefaultDataValue""Size""IsSigned""ElementCount""ElementNameList"
-    "TypeDefinitionElementValueList""MemberNameList""ExtendibleElementNameList"
-    "TypeDefinitionExtendibleElementValues""TargetSet""FillerData""KLVDataValue""PackageKLVData"
-    "ComponentKLVData""AssignedCategoryName""AssignedCategoryValue""ShotList""PackageUserComments"
-    "Cue-InWords""Cue-OutWords""ObjectKind""ObjectDescription""ObjectName""MetadataItemName"
-    "ShotCommentKind""ShotComment""ComputedObjectKind""VersionNumberString""VersionNumber"
-    "WAVESummary""AIFCSummary""TIFFSummary""ViewportAspectRatio""PresentationGammaEquation"
-    "FieldDominance""VideoLineMap""VerticalSub-sampling""ColorRangeLevels""PixelLayout"
-    "AlphaSampleDepth""PaletteLayout""ComponentDepth""VideoCodingSchemeID"
-    "RoundedCaptureFilmFrameRate""AudioAverageBitrate""AudioFixedBitrateFlag""CodingLawKind"
-    "AudioCodingSchemeID""LayerNumber""RoundedTimecodeTimebase""ComponentDataDefinition""StreamData"
-    "TimecodeStreamData""RecordedFormat""TapeShellKind""TapeFormulation""TapeCapacity"
-    "TapeManufacturer""TapeStock""TapeBatchNumber""PerforationsPerFrame""FilmBatchNumber""FilmGauge"
-    "EdgeCodeFilmGauge""ExposedAspectRatio""ImageAlignmentOffset""ImageStartOffset""ImageEndOffset"
-    "PaddingBits""SensorTypeCode""FieldOfViewHorizontal""AnamorphicLensCharacteristic"
-    "UniformDataFlag""JPEGTableID""AlphaTransparency""GenerationID""ApplicationSupplierName"
-    "ApplicationName""ApplicationVersionNumber""ApplicationVersionString""ApplicationPlatform"
-    "ApplicationProductID""LinkedGenerationID""ContainerVersion""ToolkitVersion""Plug-InCategoryID"
-    "Plug-InPlatformID""MinimumSupportedPlatformVersion""MaximumSupportedPlatformVersion"
-    "Plug-InEngineID""MinimumSupportedEngineVersion""MaximumSupportedEngineVersion""Plug-InAPIID"
-    "MinimumAPIVersion""MaximumAPIVersion""Software-OnlySupportFlag""HardwareAcceleratorFlag"
-    "Plug-InLocatorSet""AuthenticationFlag""AssociatedMetadataDefinition""EventTrackEditRate"
-    "DefaultFadeEditRate""EditingEventComment""EditRate""OperationDefinitionID""Value""EditHint"
-    "OperationDataDefinition""OperationCategory""DisplayUnits""BypassOverride""TimepointValue"
-    "BeginAnchor""EndAnchor""FilmToVideoTransferDirection""FilmToVideoTransferKind"
-    "FilmToVideoTransferPhase""TeletextSubtitlesFlag""SubtitleDatafileFlag"
-    "ClosedCaptionSubtitlesFlag""SampleIndex""SourcePackageID""SourceTrackID""RelativeScope"
-    "RelativeTrack""ObjectClass""EssenceContainerFormat""CodecDefinition""ParameterDefinition"
-    "Interpolation""ParameterDataType""CodecEssenceDescriptor""ContentStorage""Dictionary"
-    "EssenceDescription""Sequence""TransitionEffect""EffectRendering""InputSegment""StillFrame"
-    "Selected""Annotation""ManufacturerInformationObject""CodecEssenceKinds""OperationParameters"
-    "DegradedEffects""Packages""EssenceData""OperationDefinitions""ParameterDefinitions"
-    "DataDefinitions""Plug-InDefinitions""CodecDefinitions""ContainerDefinitions"
-    "InterpolationDefinitions""AvailableRepresentations""InputSegments""EssenceLocators"
-    "IdentificationList""Tracks""ControlPointList""PackageTracks""Alternates""ComponentsInSequence"
-    "Parameters""LinkedPackageID""ParentClass""Properties""IsConcrete""PropertyType""LocalID"
-    "IsUniqueIdentifier""ClassDefinitions""TypeDefinitions""TargetClassOfStrongReference"
-    "TargetClassOfWeakReference""EnumerationUnderlyingIntegerType""FixedArrayElementType"
-    "VariableArrayElementType""SetElementType""StringElementType""StreamElementType""MemberTypes"
-    "RenamedType""DictionaryIdentifier""DictionaryDescription""BlockContinuityCount"
-    "StreamPositionIndicator""Origin""StartTimecode""CutPoint""EventStart""ControlPointTime"
-    "ContainerLastModifyDate""PackageLastModifyDate""DefaultFadeDuration""Fade-InDuration"
-    "Fade-OutDuration""TapeFormat""GlobalNumber""DeviceIDKind""DeviceKind""DeviceKindCode"
-    "PlatformDesignation""PlatformModel""PlatformSerialNumber""LocalTargetID""MagneticDiskNumber"
-    "OpticalDiscNumber""OrganizationalProgramNumber""RecordingLabelName""CollectionName""OriginCode"
-    "MainCatalogNumber""CatalogPrefixNumber""SideNumber""RecordedTrackNumber"
-    "SeriesinaSeriesGroupCount""ProgrammingGroupKind""PurchasingOrganizationName"
-    "SalesContractNumber""PurchasingDepartment""ContractType""ContractTypeCode"
-    "ContractClauseDescription""ContractLineCode""ContractLineName""ContractTermsOfBusiness"
-    "ContractInstallmentPercentage""Jurisdiction""RightsConditionDescription""CurrencyName"
-    "TotalPayment""PayeeAccountName""PayeeAccountNumber""PayeeAccountSortCode""TotalIncome"
-    "PayerAccountName""PayerAccountNumber""PayerAccountSortCode""SecurityClassificationCaveats"
-    "ClassificationComment""BroadcastServiceName""BroadcastMediumCode""JobFunctionCode""JobTitle"
-    "PersonDescription""RegionCode""RegionName""LanguageName""TerminatingFillerData"
-    "TimingBiasCorrection""TimingBiasCorrectionDescription""ProgramMaterialClassificationCode"
-    "SubjectName""KeyFrameSampleCount""IntentDescriptor""TextualDescriptionKind""FestivalName"
-    "ObjectDescriptionCode""DescriptionKind""DescriptiveComment""ContextDescription"
-    "ObjectIdentificationConfidence""ObjectHorizontalAverageDimension"
-    "ObjectVerticalAverageDimension""ObjectAreaDimension""HorizontalActionSafePercentage"
-    "VerticalActionSafePercentage""HorizontalGraphicsSafePercentage""VerticalGraphicsSafePercentage"
-    "PerceivedDisplayFormatName""PerceivedDisplayFormatCode""VideoColorKind""PictureDisplayRate"
-    "VideoAverageBitrate""VideoFixedBitrate""DigitalVideoFileFormat""CodingLawName"
-    "AudioCodingSchemeCode""AudioCodingSchemeName""DigitalEncodingBitrate""DataEssenceCodingID"
-    "StorageKind""StorageKindCode""TapePartitionCapacity""DiscPartitionCapacity"
-    "FieldOfViewVertical""SystemNameOrNumber""LogoFlag""GraphicKind""GraphicUsageKind"
-    "SignatureTuneFlag""BackgroundMusicFlag""ProductionScriptReference""TranscriptReference"
-    "HorizontalDatum""VerticalDatum""CornerLatitudePoint1""CornerLatitudePoint2"
-    "CornerLatitudePoint3""CornerLatitudePoint4""CornerLongitudePoint1""CornerLongitudePoint2"
-    "CornerLongitudePoint3""CornerLongitudePoint4""ObjectCountryCodeMethod""CountryCodeMethod"
-    "Non-USClassifyingCountryCode""ReleasableCountryCode""ObjectRegionName""ShootingRegionName"
-    "SettingRegionName""CopyrightLicenseRegionName""IntellectualPropertyLicenseRegionName"
-    "POSIXMicroseconds""EventElapsedTimeToStart""EventElapsedTimeToEnd""OrganizationIDKind""SMPTEUL"
-    "EssenceContainerArray""EssenceStreamID""IndexStreamID""WorkingTitle""OriginalTitle""ClipNumber"
-    "DescriptiveMetadataTrackIDs""IdentifierKind""IdentifierValue""OrganizationCode"
-    "SupplierIdentificationKind""SupplierIdentificationValue""SupplierAccountNumber"
-    "SupplierAccountName""EpisodeStartNumber""EpisodeEndNumber""PurchaserIdentificationKind"
-    "PurchaserIdentificationValue""PurchaserAccountNumber""PurchaserAccountName"
-    "TotalCurrencyAmount""InstallmentNumber""IdentifierIssuingAuthority""PublishingOrganizationName"
-    "PublishingServiceName""PublishingMediumName""PublishingRegionName""OtherGivenNames"
-    "ISO639TextLanguageCode""ISO639CaptionsLanguageCode""PrimarySpokenLanguageCode"
-    "SecondarySpokenLanguageCode""PrimaryOriginalLanguageCode""SecondaryOriginalLanguageCode"
-    "MajorVersion""SectorSize""ElementLength""KeypointKind""KeypointValue""AwardName""AwardCategory"
-    "SlateInformation""LockedIndicator""BitsPerAudioSample""CaptionKind""SliceCount""SliceNumber"
-    "ElementDelta""PositionTableIndexing""SliceOffsetList""PosTableArray""StreamOffset"
-    "EditUnitFlags""TemporalOffset""AnchorOffset""EditUnitLength""HeaderByteCount""IndexByteCount"
-    "PackLength""PrimaryPackage""DescriptiveMetadataSets""DescriptiveMetadataSetReferences"
-    "FileDescriptors""OffsetToMetadata""OffsetToIndexTable""ByteOffset""ReversePlay"
-    "FirstNumberInSequence""PreviousNumberInSequence""CurrentNumberInSequence""NextNumberInSequence"
-    "LastNumberInSequence""CentralTelephoneNumber""MobileTelephoneNumber""LocationDescription"
-    "LocationKind""KeyTimePoint""SettingDateTime""ContractDateTime""RightsStartDateTime"
-    "RightsStopDateTime""PaymentDueDateTime""ClipID""DeviceAssetNumber""IdentificationUL"
-    "OperationalPatternUL""EssenceContainers""DescriptiveMetadataSchemes""ProjectName"
-    "LocalTagValue""LocalTagUniqueID""BrandMainTitle""BrandOriginalTitle""FrameworkTitle"
-    "SourceTrackIDs""ShotTrackIDs""ProgrammingGroupTitle""LinkingName""NameSuffix""FormerFamilyName"
-    "Nationality""Citizenship""FrameworkTextLanguageCode""KAGSize""ReversedByteOrder""ItemName"
-    "ItemValue""XMLDocumentText""FrameworkThesaurusName""GroupSynopsis""AnnotationSynopsis"
-    "AnnotationDescription""ScriptingKind""ScriptingText""ShotDescription""AnnotationKind"
-    "RelatedMaterialDescription""ClipKind""DeviceUsageDescription""DisplayF2Offset""StoredF2Offset"
-    "ActiveFormatDescriptor""LineNumber""ScanningDirection""ComponentMaximumRef"
-    "ComponentMinimumRef""AlphaMaximumRef""AlphaMinimumRef""VideoPayloadIdentifier"
-    "VideoPayloadIdentifier2002""SingleSequenceFlag""ConstantBPictureFlag""CodedContentScanningKind"
-    "LowDelayIndicator""ClosedGOPIndicator""IdenticalGOPIndicator""MaximumGOPSize"
-    "MaximumBPictureCount""ProfileAndLevel""Bitrate""ChannelCount""PeakEnvelope""PeakEnvelopeData"
-    "BlockAlign""SequenceOffset""BlockStartOffset""FileSecurityReport""FileSecurityWave"
-    "AverageBytesPerSecond""AuxiliaryBitsMode""ChannelStatusMode""FixedChannelStatusData"
-    "UserDataMode""FixedUserData""BextCodingHistory""QltyBasicData""QltyStartOfModulation"
-    "QltyQualityEvent""QltyEndOfModulation""QltyQualityParameter""QltyOperatorComment""QltyCueSheet"
-    "DialNorm""DataEssenceCoding""DateTimeRate""DateTimeDropFrameFlag""DateTimeEmbeddedFlag"
-    "DateTimeKind""DeltaEntryArray""PositionTableCount""PositionTable""IndexEntryArray"
-    "DataDefinition""GenerationCopyNumber""GenerationCloneNumber""ThemeMusicFlag""InsertMusicFlag"
-    "IndexEditRate""LinkedTrackID""DescriptiveMetadataFramework""GroupSet""BankDetailsSet"
-    "ImageFormatSet""ProcessingSet""ProjectSet""ContactsListSet""AnnotationCueWordsSet"
-    "ShotCueWordsSet""AwardParticipantSets""ContractParticipantSets""PersonSets"
-    "ParticipantOrganizationSets""PersonOrganizationSets""LocationSets""TitlesSets""GroupSets"
-    "IdentificationSets""EpisodicItemSets""BrandingSets""EventSets""PublicationSets""AwardSets"
-    "CaptionDescriptionSets""AnnotationSets""ProductionSettingPeriodSets""SceneSettingPeriodSets"
-    "ScriptingSets""ClassificationSets""SceneShotSets""ClipShotSets""KeyPointSets"
-    "ShotParticipantRoleSets""ShotPersonSets""OrganizationSets""ShotLocationSets""AddressSets"
-    "CommunicationSets""ContractSets""RightsSets""PaymentsSets""DeviceParametersSets"
-    "ClassificationNameValueSets""ContactNameValueSets""DeviceParameterNameValueSets"
-    "MetadataServerLocators""RelatedMaterialLocators""LocalTagEntries""TotalNumberInSequence"
-    "RoomOrSuiteName""BuildingName""LocalFestivalDateTime""ShotStartPosition""IndexingStartPosition"
-    "EventOrigin""SettingPeriodDescription""IndexDuration""ShotDuration""ExtendedClipID"
-    "ClipIDArray""ExtendedClipIDArray""TrackNumberBatch""ExtendedTextLanguageCode"
-    "ExtendedCaptionsLanguageCode""FrameworkExtendedTextLanguageCode"
-    "PrimaryExtendedSpokenLanguageCode""SecondaryExtendedSpokenLanguageCode"
-    "OriginalExtendedSpokenPrimaryLanguageCode""SecondaryOriginalExtendedSpokenLanguageCode"
-    "KLVMetadataSequence""PackageAttributes""ComponentAttributes""MPEG7BiMDecoderInitFrame1"
-    "MPEG7BiMDecoderInitFrame2""MPEG7BiMDecoderInitFrame3""MPEG7BiMDecoderInitFrame4"
-    "MPEG7BiMDecoderInitFrame5""MPEG7BiMDecoderInitFrame6""MPEG7BiMDecoderInitFrame7"
-    "MPEG7BiMDecoderInitFrame8""MPEG7BiMAccessUnitFrame1""MPEG7BiMAccessUnitFrame2"
-    "MPEG7BiMAccessUnitFrame3""MPEG7BiMAccessUnitFrame4""MPEG7BiMAccessUnitFrame5"
-    "MPEG7BiMAccessUnitFrame6""MPEG7BiMAccessUnitFrame7""MPEG7BiMAccessUnitFrame8"
-    "ComponentUserComments""SensorMode""ChannelAssignment""ContentPackageIndexArray"
-    "VideoIndexArray""ApproximateImageContainerSize""MetadataEncodingSchemeCode""MIMEMediaType"
-    "FieldOfViewVerticalFP""PackageUsageKind""ChannelID""ChannelIDs""KLVDataType"
-    "KLVDataParentProperties""TaggedValueParentProperties""AnnotationParticipantSets"
-    "KLVDataDefinitions""TaggedValueDefinitions""AddressNameValueSets""NMEADocumentText"
-    "PlatformRollAngle""PlatformPitchAngle""PlatformHeadingAngle""AddressLine""PlaceName"
-    "GeographicalCoordinates""AstronomicalBodyName""TimecodeArray""MarkIn""UserPosition""MarkOut"
-    "ClipCreationDateTime""VideoClipDuration""ParticipantID""ContactID""DefaultNamespaceURI"
-    "NamespaceURI""NamespaceURIs""HTMLDOCTYPE""NamespacePrefix""NamespacePrefixes""RightsComment"
-    "NominationCategory""PeakEnvelopeVersion""PeakEnvelopeFormat""PointsPerPeakValue"
-    "PeakEnvelopeBlockSize""PeakChannelCount""PeakFrameCount""PeakOfPeaksPosition"
-    "PeakEnvelopeTimestamp""RIFFChunkID""RIFFChunkLength""RIFFChunkData""MIMECharSet""MIMEEncoding"
-    "MonoSourceTrackIDs""CompositionRendering""CaptionsDescriptionParticipantSets"
-    "EventAnnotationSets""ScriptingLocators""UnknownBWFChunks""CryptographicContextID"
-    "NITFLayerTargetID""RP217DataStreamPID""RP217VideoStreamPID""CipherAlgorithm"
-    "CryptographicKeyID""EncryptedSourceValue""MICAlgorithm""MIC""JFIFMarkerDescription"
-    "HTMLMetaDescription""ColorPrimaries""ProductFormat""SourceLength""SourceContainerFormat"
-    "SourceKey""DynamicSourcePackageID""DynamicSourceTrackIDs""SourceIndex""SourceSpecies"
-    "SourceValue""CryptographicContextObject""Sub-descriptors""EncryptedTrackFileID"
-    "CryptographicContextLink""PlaintextOffset""TripletSequenceNumber""BoundingRectangle"
-    "GeographicLocation""GeographicPolygonCoordinates""GeographicAreaNorthwest"
-    "GeographicAreaSoutheast""GeographicAreaSourceDatum""GeographicPolygonSourceDatum"
-    "ClassifyingCountryCode""UTCInstantDateTime""ToleranceMode""ToleranceWindow"
-    "ToleranceInterpolationMethod""VBILineCount""StoredVBILineNumber""VBIWrappingType"
-    "VBIPayloadSampleCount""VBIPayloadByteArray""ANCPacketCount""StoredANCLineNumber"
-    "ANCWrappingType""ANCPayloadSampleCount""ANCPayloadByteArray""VBIPayloadSampleCoding"
-    "ANCPayloadSampleCoding""Rsiz""Xsiz""Ysiz""XOsiz""YOsiz""XTsiz""YTsiz""XTOsiz""YTOsiz""Csiz"
-    "PictureComponentSizing""CodingStyleDefault""QuantizationDefault""MPEGAudioBitrate"
-    "CBEStartOffset""VBEEndOffset""SubDescriptor""SubDescriptors""RootMetaDictionary""RootPreface"
-    "RootObjectDirectory""RootFormatVersion""PackageMarkInPosition""PackageMarkOutPosition""Ad-ID"
-    "ResourceID""AncillaryResourceID""ApplicationSchemeBatch""RegisterKind""RegisterVersion"
-    "RegisterEditorName""RegisterStatusKind""RegisterItemName""RegisterItemDefinition"
-    "RegisterItemSymbol""RegisterItemDefiningDocumentName""RegisterItemUL""RegisterItemNotes"
-    "RegisterItemIntroductionVersion""RegisterItemHierarchyLevel""RegisterEntryStatus"
-    "RegisterAction""RegisterApproverName""RegisterCreationTime""RegistrantName"
-    "RegisterItemOriginatorName""RegisterUserName""RegisterUserTime""RegisterAdministrationNotes"
-    "AFDAndBarData""PanScanInformation""VC-1InitializationMetadata""VC-1SingleSequence"
-    "VC-1CodedContentType""VC-1IdenticalGOP""VC-1MaximumGOP""VC-1BPictureCount""VC-1AverageBitrate"
-    "VC-1MaximumBitrate""VC-1Profile""VC-1Level""LinkedTimecodeTrackID""SMPTE337MDataStreamNumber"
-    "ApplicationScheme""DescriptiveMetadataScheme""UCSEncoding""LinkedApplicationPlug-InInstanceID"
-    "LinkedDescriptiveFrameworkPlug-InID""ApplicationPlug-InInstanceID"
-    "DescriptiveMetadataPlug-InID""ApplicationEnvironmentID"
-    "DescriptiveMetadataApplicationEnvironmentID""LinkedDescriptiveObjectPlug-InID"
-    "TimebaseReferenceTrackID""ObjectClassDefinition""ApplicationPlug-InBatch""PackageMarker"
-    "PackageTimelineMarkerRef""RegisterAdministrationObject""RegisterEntryAdministrationObject"
-    "GenericPayloads""RegisterEntryArray""RegisterAdministrationArray""ApplicationInformationArray"
-    "RegisterChildEntryArray""RegisterReleaseDateTime""RegisterItemStatusChangeDateTime"
-    "OpenBodyPartition""ClosedBodyPartition""OpenCompleteBodyPartition""ClosedCompleteBodyPartition"
-    "Footer""CompleteFooter""RandomIndexMetadataV10""RandomIndexMetadata""PartitionMetadata"
-    "SourceClip""V10IndexTableSegment""IndexTableSegment""DefaultObject""CipherAlgorithmAES128CBC"
-    "HMACAlgorithmSHA1128""EncryptedContainerLabel""CryptographicFrameworkLabel"
-    "060e2b34.0401.0101.01030201.01000000""060e2b34.0401.0101.01030201.02000000"
-    "060e2b34.0401.0101.01030201.03000000""060e2b34.0401.0101.01030201.10000000"
-    "060e2b34.0401.0101.01030202.01000000""060e2b34.0401.0101.01030202.02000000"
-    "060e2b34.0401.0101.01030202.03000000""MXF:AAFManufacturerID""AAF Manufacturer ID"
-    "MXF:AFDAndBarData""AFD And Bar Data""MXF:AGICOAID""MXF:AICI""MXF:AIFCSummary""AIFC Summary"
-    "MXF:ANCPacketCount""ANC Packet Count""MXF:ANCPayloadByteArray""ANC Payload Byte Array"
-    "MXF:ANCPayloadSampleCoding""ANC Payload Sample Coding""MXF:ANCPayloadSampleCount"
-    "ANC Payload Sample Count""MXF:ANCWrappingType""ANC Wrapping Type""MXF:Abstract"
-    "MXF:AccountingReferenceNumber""Accounting Reference Number""MXF:ActiveFormatDescriptor"
-    "Active Format Descriptor""MXF:ActiveLinesperFrame""Active Linesper Frame"
-    "MXF:ActiveSamplesperLine""Active Samplesper Line""MXF:ActiveState""Active State""MXF:Ad-ID"
-    "MXF:AddressLine""Address Line""MXF:AddressNameValueSets""Address Name Value Sets"
-    "MXF:AddressSets""Address Sets""MXF:AdvertisingMaterialReference"
-    "Advertising Material Reference""MXF:AestheticValue""Aesthetic Value""MXF:AlphaMaximumRef"
-    "Alpha Maximum Ref""MXF:AlphaMinimumRef""Alpha Minimum Ref""MXF:AlphaSampleDepth"
-    "Alpha Sample Depth""MXF:AlphaTransparency""Alpha Transparency""MXF:AlphaTransparency:0"
-    "Not Inverted""MXF:AlphaTransparency:1""Inverted""MXF:AlternateName""MXF:Alternates"
-    "MXF:AnalogDataCodingKind""Analog Data Coding Kind""MXF:AnalogMetadataCarrier"
-    "Analog Metadata Carrier""MXF:AnalogMonitoringAndControlCodingKind"
-    "Analog Monitoring And Control Coding Kind""MXF:AnalogSystem""Analog System"
-    "MXF:AnalogVideoSystemName""Analog Video System Name""MXF:AnamorphicLensCharacteristic"
-    "Anamorphic Lens Characteristic""MXF:AnchorOffset""Anchor Offset""MXF:AncillaryResourceID"
-    "Ancillary Resource ID""MXF:AngleToNorth""Angle To North""MXF:AngularUnitKind"
-    "Angular Unit Kind""MXF:Annotation""MXF:AnnotationCueWordsSet""Annotation Cue Words Set"
-    "MXF:AnnotationDescription""Annotation Description""MXF:AnnotationKind""Annotation Kind"
-    "MXF:AnnotationParticipantSets""Annotation Participant Sets""MXF:AnnotationSets"
-    "Annotation Sets""MXF:AnnotationSynopsis""Annotation Synopsis""MXF:ApplicationEnvironmentID"
-    "Application Environment ID""MXF:ApplicationInformationArray""Application Information Array"
-    "MXF:ApplicationName""Application Name""MXF:ApplicationPlatform""Application Platform"
-    "MXF:ApplicationPlug-InBatch""Application Plug-In Batch""MXF:ApplicationPlug-InInstanceID"
-    "Application Plug-In Instance ID""MXF:ApplicationProductID""Application Product ID"
-    "MXF:ApplicationScheme""Application Scheme""MXF:ApplicationSchemeBatch"
-    "Application Scheme Batch""MXF:ApplicationSupplierName""Application Supplier Name"
-    "MXF:ApplicationVersionNumber""Application Version Number""MXF:ApplicationVersionString"
-    "Application Version String""MXF:ApproximateImageContainerSize"
-    "Approximate Image Container Size""MXF:ArchiveID""Archive ID""MXF:AssetValue""Asset Value"
-    "MXF:AssignedCategoryName""Assigned Category Name""MXF:AssignedCategoryValue"
-    "Assigned Category Value""MXF:AssociatedMetadataDefinition""Associated Metadata Definition"
-    "MXF:AstronomicalBodyName""Astronomical Body Name""MXF:AudienceAppreciation"
-    "Audience Appreciation""MXF:AudienceRating""Audience Rating""MXF:AudienceReach""Audience Reach"
-    "MXF:AudienceShare""Audience Share""MXF:AudioAverageBitrate""Audio Average Bitrate"
-    "MXF:AudioCodingSchemeCode""Audio Coding Scheme Code""MXF:AudioCodingSchemeID"
-    "Audio Coding Scheme ID""MXF:AudioCodingSchemeName""Audio Coding Scheme Name"
-    "MXF:AudioCompressionAlgorithm""Audio Compression Algorithm""MXF:AudioDeviceKind"
-    "Audio Device Kind""MXF:AudioDeviceParameter""Audio Device Parameter"
-    "MXF:AudioDeviceParameterSetting""Audio Device Parameter Setting"
-    "MXF:AudioEnhancementOrModificationDescription""Audio Enhancement Or Modification Description"
-    "MXF:AudioFirstMix-DownProcess""Audio First Mix-Down Process""MXF:AudioFixedBitrateFlag"
-    "Audio Fixed Bitrate Flag""MXF:AudioMonoChannelCount""Audio Mono Channel Count"
-    "MXF:AudioNoiseReductionAlgorithm""Audio Noise Reduction Algorithm""MXF:AudioReferenceLevel"
-    "Audio Reference Level""MXF:AudioSampleRate""MXF:AudioStereoChannelCount"
-    "Audio Stereo Channel Count""MXF:AudioWatermarkKind""Audio Watermark Kind"
-    "MXF:AuthenticationFlag""Authentication Flag""MXF:AuxiliaryBitsMode""Auxiliary Bits Mode"
-    "MXF:AvailableRepresentations""Available Representations""MXF:AverageBytesPerSecond"
-    "Average Bytes Per Second""MXF:AwardCategory""Award Category""MXF:AwardName""Award Name"
-    "MXF:AwardParticipantSets""Award Participant Sets""MXF:AwardSets""Award Sets""MXF:BICI"
-    "MXF:BackgroundMusicFlag""Background Music Flag""MXF:BankDetailsSet""Bank Details Set"
-    "MXF:BeginAnchor""Begin Anchor""MXF:BextCodingHistory""Bext Coding History""MXF:Bitrate"
-    "MXF:BitsPerAudioSample""Bits Per Audio Sample""MXF:BitsPerPixel""Bits Per Pixel"
-    "MXF:BitsPerSample""Bits Per Sample""MXF:BlackReferenceLevel""Black Reference Level"
-    "MXF:BlockAlign""Block Align""MXF:BlockContinuityCount""Block Continuity Count"
-    "MXF:BlockStartOffset""Block Start Offset""MXF:BoundingRectangle""Bounding Rectangle"
-    "MXF:BrandMainTitle""Brand Main Title""MXF:BrandOriginalTitle""Brand Original Title"
-    "MXF:BrandingSets""Branding Sets""MXF:BroadcastChannel""Broadcast Channel""MXF:BroadcastDate"
-    "Broadcast Date""MXF:BroadcastMediumCode""Broadcast Medium Code""MXF:BroadcastMediumKind"
-    "Broadcast Medium Kind""MXF:BroadcastOrganizationName""Broadcast Organization Name"
-    "MXF:BroadcastRegion""Broadcast Region""MXF:BroadcastServiceName""Broadcast Service Name"
-    "MXF:BroadcastTime""Broadcast Time""MXF:BroadcasterRightsToCopy""Broadcaster Rights To Copy"
-    "MXF:BufferDelay""Buffer Delay""MXF:BuildingName""Building Name""MXF:Bypass""MXF:BypassOverride"
-    "Bypass Override""MXF:ByteOffset""Byte Offset""MXF:ByteOrder""Byte Order""MXF:ByteOrder:II"
-    "MXF:ByteOrder:MM""MXF:CBEStartOffset""CBE Start Offset""MXF:CISACLegalEntityID"
-    "CISAC Legal Entity ID""MXF:CaptionDescriptionSets""Caption Description Sets""MXF:CaptionKind"
-    "Caption Kind""MXF:CaptionTitles""Caption Titles""MXF:CaptionsDescriptionParticipantSets"
-    "Captions Description Participant Sets""MXF:CaptionsViaTeletext""Captions Via Teletext"
-    "MXF:CaptureAspectRatio""Capture Aspect Ratio""MXF:CaptureFilmFrameRate"
-    "Capture Film Frame Rate""MXF:CaptureGammaEquation""Capture Gamma Equation"
-    "MXF:CatalogDataStatus""Catalog Data Status""MXF:CatalogPrefixNumber""Catalog Prefix Number"
-    "MXF:CatalogingSystemName""Cataloging System Name""MXF:CentralTelephoneNumber"
-    "Central Telephone Number""MXF:ChannelAssignment""Channel Assignment""MXF:ChannelCount"
-    "Channel Count""MXF:ChannelHandle""Channel Handle""MXF:ChannelID""Channel ID""MXF:ChannelIDs"
-    "Channel I Ds""MXF:ChannelStatusMode""Channel Status Mode""MXF:ChannelStatusMode:0"
-    "No Channel Status Data""MXF:ChannelStatusMode:1""AES3 Minimum""MXF:ChannelStatusMode:2"
-    "AES3 Standard""MXF:ChannelStatusMode:3""Fixed 24 Bytes in FixedChannelStatusData"
-    "MXF:ChannelStatusMode:4""Stream of Data in MXF Header Metadata""MXF:ChannelStatusMode:5"
-    "Stream of Data Multiplexed within MXF Body""MXF:CipherAlgorithm""Cipher Algorithm"
-    "MXF:CipherAlgorithmAES128CBC""Cipher Algorithm AES128 CBC""MXF:Citizenship""MXF:CityName"
-    "City Name""MXF:ClassDefinitions""Class Definitions""MXF:ClassificationAndMarkingSystem"
-    "MXF:ClassificationComment""Classification Comment""MXF:ClassificationNameValueSets"
-    "Classification Name Value Sets""MXF:ClassificationReason""MXF:ClassificationSets"
-    "Classification Sets""MXF:ClassifiedBy""MXF:ClassifyingCountryCode""Classifying Country Code"
-    "MXF:ClipCreationDateTime""Clip Creation Date Time""MXF:ClipID""Clip ID""MXF:ClipIDArray"
-    "Clip ID Array""MXF:ClipKind""Clip Kind""MXF:ClipNumber""Clip Number""MXF:ClipShotSets"
-    "Clip Shot Sets""MXF:CloneCount""Clone Count""MXF:ClosedBodyPartition""Closed Body Partition"
-    "MXF:ClosedCaptionSubtitlesFlag""Closed Caption Subtitles Flag""MXF:ClosedCompleteBodyPartition"
-    "Closed Complete Body Partition""MXF:ClosedGOPIndicator""Closed GOP Indicator"
-    "MXF:CodecDefinition""Codec Definition""MXF:CodecDefinitions""Codec Definitions"
-    "MXF:CodecEssenceDescriptor""Codec Essence Descriptor""MXF:CodecEssenceKinds"
-    "Codec Essence Kinds""MXF:CodedContentScanningKind""Coded Content Scanning Kind"
-    "MXF:CodedContentScanningKind:0""MXF:CodedContentScanningKind:1""MXF:CodedContentScanningKind:2"
-    "Interlaced""MXF:CodedContentScanningKind:3""Mixed""MXF:CodingLawKind""Coding Law Kind"
-    "MXF:CodingLawName""Coding Law Name""MXF:CodingStyleDefault""Coding Style Default"
-    "MXF:CollectionName""Collection Name""MXF:ColorDescriptor""Color Descriptor""MXF:ColorFieldCode"
-    "Color Field Code""MXF:ColorPrimaries""Color Primaries""MXF:ColorRangeLevels"
-    "Color Range Levels""MXF:ColorSiting""Color Siting""MXF:ColorimetryCode""Colorimetry Code"
-    "MXF:CommunicationSets""Communication Sets""MXF:CompleteFooter""Complete Footer"
-    "MXF:ComponentAttributes""Component Attributes""MXF:ComponentDataDefinition"
-    "Component Data Definition""MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.01000000"
-    "SMPTE 12M Timecode Track""MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.02000000"
+    "Flash |\302\240Luce del giorno" "Punto bianco" "ベース感度" "カメラ温度" "色温度" "コントラスト" "ソフト" "少し低い"
+    "スタンダード" "少し高い" "ハード" "プログラムAE" "ファイル索引" "フィルムモード" "被写体距離" "内部シリアル番号" "JPEG\343\200\200品質" "彩度"
+    "低い彩度" "高い彩度" "ホワイトバランス青レベル" "ホワイトバランス緑レベル" "ホワイトバランス赤レベル" "Auto or Manual |\302\240オート" "曇り"
+    "日陰" "蛍光灯" "タングステン(白熱灯) |\302\240昼光色蛍光灯" "ストロボ |\302\240昼光" "ケルビン" "Temperatura Cámara"
+    "Temperatura de Color" "Programa AE" "Prioridad Aberture AE" "Prioridad velocidad obturador AE"
+    "Número Serie Interno" "Saturación" "Auto or Manual |\302\240Automático" "Nublado" "Sombrío"
+    "Flourescente" "Fluorescente luz de día |\302\240Tungsteno" "Flash |\302\240Luz de día"
+    "Equilibrio del blanco manual" "Cromaticidad Punto Blanco" "AccelerometerTime" "AccelerometerX"
+    "AccelerometerY" "AccelerometerZ" "LensTemperature" "FocalPlaneXResolution" "SensorSerialNumber"
+    "FrameExposureTime" "SocTemperature" "EmbeddedImage" "ImageLimitExposureBias"
+    "ImageModulationExposureBias" "JSONMetadata" "Lytro:AccelerometerTime" "Accelerometer Time"
+    "Lytro:AccelerometerX" "Accelerometer X" "Lytro:AccelerometerY" "Accelerometer Y"
+    "Lytro:AccelerometerZ" "Accelerometer Z" "Lytro:CameraType" "Lytro:DateTimeOriginal"
+    "Lytro:EmbeddedImage" "Embedded Image" "Lytro:ExposureTime" "Lytro:FNumber"
+    "Lytro:FirmwareVersion" "Lytro:FocalLength" "Lytro:FocalPlaneXResolution"
+    "Focal Plane X Resolution" "Lytro:FrameExposureTime" "Frame Exposure Time" "Lytro:ISO"
+    "Lytro:ImageLimitExposureBias" "Image Limit Exposure Bias" "Lytro:ImageModulationExposureBias"
+    "Image Modulation Exposure Bias" "Lytro:JSONMetadata" "JSON Metadata" "Lytro:LensTemperature"
+    "Lens Temperature" "Lytro:Make" "Lytro:Model" "Camera Model Name" "Lytro:Orientation"
+    "Lytro:Orientation:1" "Horizontal (normal)" "Lytro:SensorSerialNumber" "Sensor Serial Number"
+    "Lytro:SerialNumber" "Lytro:SocTemperature" "Soc Temperature" "焦平面 X 分辨率" "0° (上/左)"
+    "Accéléromètre X" "Accéléromètre Y" "Accéléromètre Z" "Résolution du plan focal horizontal"
+    "Horizontale (normale)" "Numéro de sérue du capteur" "Eingebettetes Bild"
+    "Sensorauflösung horizontal" "Risoluzione X del piano focale" "Orizzontale (normale)" "焦点面X解像度"
+    "レンズ温度" "水平（標準）" "Resolución X Plano Focal" "0° (arriba/izquierda)" "AudioBitrate"
+    "AudioChannels" "AudioSampleRate" "SurroundMode" "AudioStreamType" "VideoStreamType" "66" "127"
+    "129" "130" "131" "132" "133" "134" "135" "138" "146" "148" "234" "M2TS:AudioBitrate"
+    "Audio Bitrate" "M2TS:AudioChannels" "Audio Channels" "M2TS:AudioChannels:0" "1 + 1"
+    "M2TS:AudioChannels:1" "M2TS:AudioChannels:10" "3 max" "M2TS:AudioChannels:11" "4 max"
+    "M2TS:AudioChannels:12" "5 max" "M2TS:AudioChannels:13" "6 max" "M2TS:AudioChannels:2"
+    "M2TS:AudioChannels:3" "M2TS:AudioChannels:4" "2/1" "M2TS:AudioChannels:5" "3/1"
+    "M2TS:AudioChannels:6" "2/2" "M2TS:AudioChannels:7" "3/2" "M2TS:AudioChannels:8"
+    "M2TS:AudioChannels:9" "2 max" "M2TS:AudioSampleRate" "Audio Sample Rate"
+    "M2TS:AudioSampleRate:0" "48000" "M2TS:AudioSampleRate:1" "44100" "M2TS:AudioSampleRate:2"
+    "32000" "M2TS:AudioStreamType" "Audio Stream Type" "M2TS:AudioStreamType:0" "Reserved"
+    "M2TS:AudioStreamType:1" "MPEG-1 Video" "M2TS:AudioStreamType:10"
+    "ISO 13818-6 multi-protocol encap" "M2TS:AudioStreamType:11" "ISO 13818-6 DSM-CC U-N msgs"
+    "M2TS:AudioStreamType:12" "ISO 13818-6 stream descriptors" "M2TS:AudioStreamType:127"
+    "ISO/IEC 13818-11 IPMP (DRM)" "M2TS:AudioStreamType:128" "DigiCipher II Video"
+    "M2TS:AudioStreamType:129" "A52/AC-3 Audio" "M2TS:AudioStreamType:13" "ISO 13818-6 sections"
+    "M2TS:AudioStreamType:130" "HDMV DTS Audio" "M2TS:AudioStreamType:131" "LPCM Audio"
+    "M2TS:AudioStreamType:132" "SDDS Audio" "M2TS:AudioStreamType:133" "ATSC Program ID"
+    "M2TS:AudioStreamType:134" "DTS-HD Audio" "M2TS:AudioStreamType:135" "E-AC-3 Audio"
+    "M2TS:AudioStreamType:138" "DTS Audio" "M2TS:AudioStreamType:14" "ISO 13818-1 auxiliary"
+    "M2TS:AudioStreamType:144" "PGS Audio" "M2TS:AudioStreamType:145" "A52b/AC-3 Audio"
+    "M2TS:AudioStreamType:146" "DVD_SPU vls Subtitle" "M2TS:AudioStreamType:148"
+    "M2TS:AudioStreamType:15" "MPEG-2 AAC Audio" "M2TS:AudioStreamType:16" "MPEG-4 Video"
+    "M2TS:AudioStreamType:160" "MSCODEC Video" "M2TS:AudioStreamType:17" "MPEG-4 LATM AAC Audio"
+    "M2TS:AudioStreamType:18" "MPEG-4 generic" "M2TS:AudioStreamType:19" "ISO 14496-1 SL-packetized"
+    "M2TS:AudioStreamType:2" "MPEG-2 Video" "M2TS:AudioStreamType:20"
+    "ISO 13818-6 Synchronized Download Protocol" "M2TS:AudioStreamType:21" "Packetized metadata"
+    "M2TS:AudioStreamType:22" "Sectioned metadata" "M2TS:AudioStreamType:23"
+    "ISO/IEC 13818-6 DSM CC Data Carousel metadata" "M2TS:AudioStreamType:234" "Private ES (VC-1)"
+    "M2TS:AudioStreamType:24" "ISO/IEC 13818-6 DSM CC Object Carousel metadata"
+    "M2TS:AudioStreamType:25" "ISO/IEC 13818-6 Synchronized Download Protocol metadata"
+    "M2TS:AudioStreamType:26" "ISO/IEC 13818-11 IPMP" "M2TS:AudioStreamType:27" "H.264 (AVC) Video"
+    "M2TS:AudioStreamType:28" "ISO/IEC 14496-3 (MPEG-4 raw audio)" "M2TS:AudioStreamType:29"
+    "ISO/IEC 14496-17 (MPEG-4 text)" "M2TS:AudioStreamType:3" "MPEG-1 Audio"
+    "M2TS:AudioStreamType:30" "ISO/IEC 23002-3 (MPEG-4 auxiliary video)" "M2TS:AudioStreamType:31"
+    "ISO/IEC 14496-10 SVC (MPEG-4 AVC sub-bitstream)" "M2TS:AudioStreamType:32"
+    "ISO/IEC 14496-10 MVC (MPEG-4 AVC sub-bitstream)" "M2TS:AudioStreamType:33"
+    "ITU-T Rec. T.800 and ISO/IEC 15444 (JPEG 2000 video)" "M2TS:AudioStreamType:36"
+    "H.265 (HEVC) Video" "M2TS:AudioStreamType:4" "MPEG-2 Audio" "M2TS:AudioStreamType:5"
+    "ISO 13818-1 private sections" "M2TS:AudioStreamType:6" "ISO 13818-1 PES private data"
+    "M2TS:AudioStreamType:66" "Chinese Video Standard" "M2TS:AudioStreamType:7" "ISO 13522 MHEG"
+    "M2TS:AudioStreamType:8" "ISO 13818-1 DSM-CC" "M2TS:AudioStreamType:9" "M2TS:Duration"
+    "M2TS:SurroundMode" "Surround Mode" "M2TS:SurroundMode:0" "Not indicated" "M2TS:SurroundMode:1"
+    "Not Dolby surround" "M2TS:SurroundMode:2" "Dolby surround" "M2TS:VideoStreamType"
+    "Video Stream Type" "M2TS:VideoStreamType:0" "M2TS:VideoStreamType:1" "M2TS:VideoStreamType:10"
+    "M2TS:VideoStreamType:11" "M2TS:VideoStreamType:12" "M2TS:VideoStreamType:127"
+    "M2TS:VideoStreamType:128" "M2TS:VideoStreamType:129" "M2TS:VideoStreamType:13"
+    "M2TS:VideoStreamType:130" "M2TS:VideoStreamType:131" "M2TS:VideoStreamType:132"
+    "M2TS:VideoStreamType:133" "M2TS:VideoStreamType:134" "M2TS:VideoStreamType:135"
+    "M2TS:VideoStreamType:138" "M2TS:VideoStreamType:14" "M2TS:VideoStreamType:144"
+    "M2TS:VideoStreamType:145" "M2TS:VideoStreamType:146" "M2TS:VideoStreamType:148"
+    "M2TS:VideoStreamType:15" "M2TS:VideoStreamType:16" "M2TS:VideoStreamType:160"
+    "M2TS:VideoStreamType:17" "M2TS:VideoStreamType:18" "M2TS:VideoStreamType:19"
+    "M2TS:VideoStreamType:2" "M2TS:VideoStreamType:20" "M2TS:VideoStreamType:21"
+    "M2TS:VideoStreamType:22" "M2TS:VideoStreamType:23" "M2TS:VideoStreamType:234"
+    "M2TS:VideoStreamType:24" "M2TS:VideoStreamType:25" "M2TS:VideoStreamType:26"
+    "M2TS:VideoStreamType:27" "M2TS:VideoStreamType:28" "M2TS:VideoStreamType:29"
+    "M2TS:VideoStreamType:3" "M2TS:VideoStreamType:30" "M2TS:VideoStreamType:31"
+    "M2TS:VideoStreamType:32" "M2TS:VideoStreamType:33" "M2TS:VideoStreamType:36"
+    "M2TS:VideoStreamType:4" "M2TS:VideoStreamType:5" "M2TS:VideoStreamType:6"
+    "M2TS:VideoStreamType:66" "M2TS:VideoStreamType:7" "M2TS:VideoStreamType:8"
+    "M2TS:VideoStreamType:9" "Bitrate audio" "Canali audio" "Riservato" "Non indicato"
+    "Non Dolby surround" "Canales Audio" "RelatedAudioFileType" "RelatedAudioFileName" "Channels"
+    "AudioCompression" "SampleBits" "SampleRate" "RelatedAudioFile" "Brightness" "ColorBalance"
+    "ImageQuality" "ImageStabilization" "MeasuredEV" "OwnerName" "SensorSize" "Author" "Comment"
+    "Contributors" "Copyright" "Email" "Keywords" "PhoneNumber" "References" "Software"
+    "ExtenderMagnification" "ExtenderMake" "ExtenderModel" "ExtenderSerialNumber" "FlashGuideNumber"
+    "FlashMake" "FlashModel" "FlashSerialNumber" "FlashType" "GPSAltitude" "GPSDestBearing"
+    "GPSDateTime" "GPSMapDatum" "GPSDifferential" "GPSDestDistance" "GPSTrack" "GPSLatitude"
+    "GPSLongitude" "GPSMeasureMode" "GPSSatellites" "GPSSpeed" "Address" "City" "Country"
+    "PostalCode" "State" "FullSizeImageType" "FullSizeImageName" "BitDepth"
+    "ComponentsConfiguration" "CompressionRatio" "ImageSize" "OriginalImageSize" "FullSizeImage"
+    "LensMake" "MaxApertureAtMaxFocal" "MaxFocalLength" "MinFocalLength" "SubfileType" "MIEVersion"
+    "SubfileDirectory" "SubfileName" "SubfileMIMEType" "SubfileData" "SubfileResource" "MD5Digest"
+    "TrailerSignature" "Azimuth" "Declination" "Elevation" "RightAscension" "Rotation"
+    "PreviewImageType" "PreviewImageName" "ThumbnailImageType" "ThumbnailImageName"
+    "ThumbnailImageSize" "UTMMapDatum" "UTMEasting" "UTMNorthing" "UTMZone" "RelatedVideoFileType"
+    "RelatedVideoFileName" "Codec" "RelatedVideoFile" "MIE:Address" "MIE:AudioCompression"
+    "Audio Compression" "MIE:Author" "MIE:Azimuth" "MIE:BitDepth" "Bit Depth" "MIE:Brightness"
+    "MIE:Channels" "MIE:City" "MIE:Codec" "MIE:ColorBalance" "Color Balance" "MIE:ColorSpace"
+    "MIE:ColorTemperature" "MIE:Comment" "MIE:ComponentsConfiguration" "Components Configuration"
+    "MIE:CompressionRatio" "Compression Ratio" "MIE:Contrast" "MIE:Contributors" "MIE:Copyright"
+    "MIE:Country" "MIE:CreateDate" "MIE:DateTimeOriginal" "MIE:Declination" "MIE:DigitalZoom"
+    "MIE:Duration" "MIE:Elevation" "MIE:Email" "MIE:ExposureCompensation" "MIE:ExposureMode"
+    "MIE:ExposureTime" "MIE:ExtenderMagnification" "Extender Magnification" "MIE:ExtenderMake"
+    "Extender Make" "MIE:ExtenderModel" "Extender Model" "MIE:ExtenderSerialNumber"
+    "Extender Serial Number" "MIE:FNumber" "MIE:FirmwareVersion" "MIE:FlashExposureComp"
+    "MIE:FlashFired" "MIE:FlashFired:0" "MIE:FlashFired:1" "MIE:FlashGuideNumber"
+    "Flash Guide Number" "MIE:FlashMake" "Flash Make" "MIE:FlashMode" "MIE:FlashModel" "Flash Model"
+    "MIE:FlashSerialNumber" "Flash Serial Number" "MIE:FlashType" "Flash Type" "MIE:FocalLength"
+    "MIE:FocusDistance" "MIE:FocusMode" "MIE:FullSizeImage" "Full Size Image"
+    "MIE:FullSizeImageName" "Full Size Image Name" "MIE:FullSizeImageType" "Full Size Image Type"
+    "MIE:GPSAltitude" "GPS Altitude" "MIE:GPSDateTime" "GPS Date Time" "MIE:GPSDestBearing"
+    "GPS Dest Bearing" "MIE:GPSDestDistance" "GPS Dest Distance" "MIE:GPSDifferential"
+    "GPS Differential" "MIE:GPSDifferential:0" "No Correction" "MIE:GPSDifferential:1"
+    "Differential Corrected" "MIE:GPSLatitude" "GPS Latitude" "MIE:GPSLongitude" "GPS Longitude"
+    "MIE:GPSMapDatum" "GPS Map Datum" "MIE:GPSMeasureMode" "GPS Measure Mode" "MIE:GPSMeasureMode:2"
+    "2-D" "MIE:GPSMeasureMode:3" "3-D" "MIE:GPSSatellites" "GPS Satellites" "MIE:GPSSpeed"
+    "GPS Speed" "MIE:GPSTrack" "GPS Track" "MIE:ISO" "MIE:ISOSetting" "MIE:ImageNumber"
+    "MIE:ImageQuality" "Image Quality" "MIE:ImageSize" "Image Size" "MIE:ImageStabilization"
+    "Image Stabilization" "MIE:Keywords" "MIE:LensMake" "Lens Make" "MIE:LensModel"
+    "MIE:LensSerialNumber" "MIE:MD5Digest" "MD5 Digest" "MIE:MIEVersion" "MIE Version" "MIE:Make"
+    "MIE:MaxAperture" "MIE:MaxApertureAtMaxFocal" "Max Aperture At Max Focal" "MIE:MaxFocalLength"
+    "Max Focal Length" "MIE:MeasuredEV" "Measured EV" "MIE:MinAperture" "MIE:MinFocalLength"
+    "Min Focal Length" "MIE:Model" "MIE:ModifyDate" "MIE:OpticalZoom" "MIE:OriginalImageSize"
+    "Original Image Size" "MIE:OwnerName" "Owner Name" "MIE:PhoneNumber" "Phone Number"
+    "MIE:PostalCode" "Postal Code" "MIE:PreviewImage" "MIE:PreviewImageName" "Preview Image Name"
+    "MIE:PreviewImageSize" "MIE:PreviewImageType" "Preview Image Type" "MIE:References"
+    "MIE:RelatedAudioFile" "Related Audio File" "MIE:RelatedAudioFileName" "Related Audio File Name"
+    "MIE:RelatedAudioFileType" "Related Audio File Type" "MIE:RelatedVideoFile" "Related Video File"
+    "MIE:RelatedVideoFileName" "Related Video File Name" "MIE:RelatedVideoFileType"
+    "Related Video File Type" "MIE:Resolution" "MIE:RightAscension" "Right Ascension" "MIE:Rotation"
+    "MIE:SampleBits" "Sample Bits" "MIE:SampleRate" "Sample Rate" "MIE:Saturation" "MIE:SensorSize"
+    "Sensor Size" "MIE:SerialNumber" "MIE:Sharpness" "MIE:ShootingMode" "MIE:Software" "MIE:State"
+    "MIE:SubfileData" "Subfile Data" "MIE:SubfileDirectory" "Subfile Directory"
+    "MIE:SubfileMIMEType" "Subfile MIME Type" "MIE:SubfileName" "Subfile Name" "MIE:SubfileResource"
+    "Subfile Resource" "MIE:SubfileType" "Subfile Type" "MIE:ThumbnailImage"
+    "MIE:ThumbnailImageName" "Thumbnail Image Name" "MIE:ThumbnailImageSize" "Thumbnail Image Size"
+    "MIE:ThumbnailImageType" "Thumbnail Image Type" "MIE:Title" "MIE:TrailerSignature"
+    "Trailer Signature" "MIE:URL" "MIE:UTMEasting" "UTM Easting" "MIE:UTMMapDatum" "UTM Map Datum"
+    "MIE:UTMNorthing" "UTM Northing" "MIE:UTMZone" "UTM Zone" "作者" "城市" "注释" "各分组的含义" "专利拥有者" "国家"
+    "海拔高度" "目的地方位" "离终点的距离" "GPS 差分校正" "非差分校正测量" "差分校正定位" "纬度" "经度" "使用的大地测量数据" "GPS测量模式" "2维测量"
+    "3维测量" "用于定位的 GPS 卫星信号" "GPS接收器的速度" "运动方向" "图像尺寸" "关键字" "MIE 版本" "使用软件" "州" "缩图尺寸" "Adresse"
+    "Auteur" "Ville" "Balance des couleurs" "Commentaire" "Configuration des composants"
+    "Propriétaire du copyright" "Pays" "Numéro de série de l'extension" "Numéro du guide du flash"
+    "Modèle du Flash" "Numéro de série du flash" "Type de flash" "Altitude GPS"
+    "Date/Heure GPS (horloge atomique)" "Azimut GPS de la destination"
+    "Distance GPS de la destination" "Différentiel GPS" "Sans correction" "Différentiel corrigé"
+    "Latitude GPS" "Longitude GPS" "Données de surveillance géodésique utilisées"
+    "Mode de mesure GPS" "2D" "3D" "Satellites GPS utilisés pour la mesure"
+    "Vitesse du récepteur GPS" "Tracé GPS" "Qualité de l'image" "Taille de l'image"
+    "Stabilisation de l'image" "Mots-clés" "Marque de l'objectif" "Version MIE"
+    "Ouverture à la focale maxi" "Focale maxi" "EV mesuré" "Focale mini" "Nom du propriétaire"
+    "Code Postal" "Nom de l'aperçu" "Type de l\\image d'aperçu" "Taille du capteur" "Logiciel"
+    "État / Région" "Type du nouveau sous-fichier" "Taille des miniatures" "Autor" "Bit-Tiefe"
+    "Kanäle" "Stadt/Ort" "Farbabgleich" "Kommentar" "Bedeutung jeder Komponente"
+    "Komprimierungsrate" "Mitwirkende" "Urheberrechtsvermerk" "Land" "Deklination" "E-Mail"
+    "Konverterhersteller" "Konverter-Modell" "Konverter-Seriennummer" "Blitzleitzahl"
+    "Blitzgerätehersteller" "Blitz-Modell" "Blitz-Seriennummer" "Blitztyp" "GPS Höhe"
+    "GPS Zeitstempel" "Motivrichtung" "GPS Zielentfernung" "GPS Differentialkorrektur"
+    "Messung ohne Differentialkorrektur" "Differentialkorrektur angewandt" "Geografische Breite"
+    "Geografische Länge" "Geodätisches Datum" "GPS Messverfahren" "2-Dimensionale Messung"
+    "3-Dimensionale Messung" "Für die Messung verwendete Satelliten"
+    "Geschwindigkeit des GPS-Empfängers" "Bewegungsrichtung" "Bildgröße" "Bildstabilisierung"
+    "Schlüsselwörter" "Objektivhersteller" "MD5 Kennwert" "MIE-Version"
+    "Größte Blende bei größter Brennweite" "Größte Brennweite" "Gemessener LW" "Kleinste Brennweite"
+    "Name des Besitzers" "Telefonnummer" "Postleitzahl" "Vorschaubild-Name" "Vorschaubild-Typ"
+    "Verweise" "Sensorgröße" "Bundesland/Kanton" "Unterdatei-Typ" "Miniaturbild-Name"
+    "Miniaturbild-Größe" "Miniaturbild-Typ" "Signatur des Nachspanns" "Indirizzo"
+    "Compressione audio" "Autore" "Luminosità" "Canali" "Città" "Bilanciamento Colore" "Commento"
+    "Configurazione componenti" "Titolare del copyright" "Paese" "Elevazione" "Modello flash"
+    "Numero di serie del flash" "Tipo di flash" "Altitudine GPS" "Ora GPS (orologio atomico)"
+    "Direzione destinazione GPS" "Distanza destinazione GPS" "Correzione differenziale GPS"
+    "Misurazione senza correzione differenziale" "Correzione differenziale applicata" "Latitudine"
+    "Longitudine" "Dati di rilevamento geodetico utilizzati" "Modalità misurazione GPS"
+    "Satelliti GPS usati per la misurazione" "Velocità ricevitore GPS" "Direzione di movimento"
+    "Qualità Immagine" "Dimensioni immagini" "Stabilizzazione Immagine" "Parole chiave"
+    "Marca obiettivo" "Versione MIE" "Diaframma massimo alla focale massima"
+    "Lunghezza focale massima" "Lunghezza focale minima" "Nome proprietario"
+    "Nome immagine anteprima" "Tipo immagine anteprima" "Ascensione retta" "Rotazione"
+    "Bit campione" "Frequenza campionamento" "Dimensione sensore" "Software utilizzato" "Stato"
+    "Tipo sotto-file" "Nome miniatura" "Dimensione miniatura" "Tipo miniatura" "ビット深度" "都市"
+    "カラーバランス" "コメント" "各構成要素の意味" "圧縮率" "版権所有者" "国名" "エクステンダーモデル" "エクステンダーシリアル番号" "フラッシュガイドナンバー"
+    "フラッシュモデル" "フラッシュシリアル番号" "フラッシュタイプ" "高度" "GPS時間(原子時計)" "目的地の方向" "目的地の距離" "GPS誤差修正" "誤差修正無し"
+    "誤差修正あり" "緯度" "経度" "データが使った測地測量" "GPS測定モード" "２次元測定" "３次元測定" "測定のために使われたGPS衛星" "GPS受信機のスピード"
+    "動作方向" "画像品質" "イメージサイズ" "イメージスタビライザー" "キーワード" "MIEバージョン" "最大焦点時最大絞り" "最大焦点距離" "計測EV" "最小焦点距離"
+    "オーナー名" "回転" "ソフトウェア" "都道府県名" "新規サブファイルタイプ" "サムネイルサイズ" "Brillo" "Canales" "Ciudad" "Comentario"
+    "Configuración de Componentes" "Copyright Perfil" "País" "Modelo Flash" "Número Serie Flash"
+    "Tipo Flash" "Altitud" "Fecha y Hora GPS" "Orientación de Destino" "Distancia a Destino"
+    "Corrección Diferencial GPS" "Medición sin corrección diferencial"
+    "Corrección diferencial aplicada" "Latitud" "Longitud" "Dato Medición Geodésica Usado"
+    "Modo Medición GPS" "Satélites GPS Usados para Medida" "Velocidad del Receptor GPS"
+    "Dirección de Movimiento" "Tamaño de la Imagen" "Estabilización Imagen" "Clave"
+    "Apertura máxima a focal máxima" "Longitud focal máxima" "Longitud focal mínima"
+    "Nombre del Propietario" "Rotación" "Frecuencia muestreo" "Programa Utilizado" "Estado"
+    "Nuevo Tipo Subarchivo" "Tamaño de la Vista en Miniatura" "BackgroundColor" "BluePrimary"
+    "BorderColor" "Class" "Colors" "Delay" "Depth" "Dispose" "GreenPrimary" "Iterations" "MattColor"
+    "Matte" "Montage" "Packets" "Page" "RedPrimary" "RenderingIntent" "Scene" "Units"
+    "MIFF:BackgroundColor" "Background Color" "MIFF:BluePrimary" "Blue Primary" "MIFF:BorderColor"
+    "Border Color" "MIFF:Class" "MIFF:ColorSpace" "MIFF:Colors" "MIFF:Compression" "MIFF:Delay"
+    "MIFF:Depth" "MIFF:Dispose" "MIFF:Gamma" "MIFF:GreenPrimary" "Green Primary" "MIFF:ID"
+    "MIFF:ImageHeight" "MIFF:ImageWidth" "MIFF:Iterations" "MIFF:Label" "MIFF:MattColor"
+    "Matt Color" "MIFF:Matte" "MIFF:Montage" "MIFF:Packets" "MIFF:Page" "MIFF:RedPrimary"
+    "Red Primary" "MIFF:RenderingIntent" "Rendering Intent" "MIFF:Resolution" "MIFF:Scene"
+    "MIFF:Signature" "MIFF:Units" "MIFF:WhitePoint" "Intention de rendu" "Scène" "Hintergrundfarbe"
+    "Umrechnungsmethode" "Szene" "Rosso primario" "Scena" "Unità" "意思表現" "場面"
+    "Intento Interpretación" "Escena" "ChurchillNav_0x0001" "ChurchillNav_0x0002"
+    "ChurchillNav_0x0003" "ChurchillNav_0x0004" "ChurchillNav_0x0005" "ChurchillNav_0x0006"
+    "ChurchillNav_0x0009" "ChurchillNav_0x000a" "ChurchillNav_0x000b" "ChurchillNav_0x000c"
+    "ChurchillNav_0x000d" "ChurchillNav_0x000e" "ChurchillNav_0x0010" "ChurchillNav_0x0011"
+    "ChurchillNav_0x0012" "ChurchillNav_0x0014" "SecurityClassification"
+    "ClassifyingCountryCodeMethod" "ClassifyingCountry" "SecuritySCI-SHIInformation" "Caveats"
+    "ReleasingInstructions" "ClassifiedBy" "DerivedFrom" "ClassificationReason"
+    "DeclassificationDate" "ClassificationAndMarkingSystem" "ObjectCountryCodingMethod"
+    "ObjectCountryCodes" "ClassificationComments" "UMID" "StreamID" "TransportStreamID"
+    "ItemDesignatorID" "SecurityVersion" "ClassifyingCountryCodingMethodDate"
+    "ObjectCountryCodingMethodDate" "Checksum" "MissionID" "TailNumber" "PitchAngle" "RollAngle"
+    "TrueAirspeed" "IndicatedAirspeed" "ProjectIDCode" "SensorName" "ImageCoordinateSystem"
+    "HorizontalFieldOfView" "VerticalFieldOfView" "SensorRelativeAzimuthAngle"
+    "SensorRelativeElevationAngle" "SensorRelativeRollAngle" "SlantRange" "TargetWidth"
+    "FrameCenterLatitude" "FrameCenterLongitude" "FrameCenterElevation" "OffsetCornerLatitude1"
+    "OffsetCornerLongitude1" "OffsetCornerLatitude2" "OffsetCornerLongitude2"
+    "OffsetCornerLatitude3" "OffsetCornerLongitude3" "OffsetCornerLatitude4"
+    "OffsetCornerLongitude4" "IcingDetected" "WindDirection" "WindSpeed" "StaticPressure"
+    "DensityAltitude" "AirTemperature" "TargetLocationLatitude" "TargetLocationLongitude"
+    "TargetLocationElevation" "TargetTrackGateWidth" "TargetTrackGateHeight"
+    "TargetErrorEstimateCE90" "TargetErrorEstimateLE90" "GenericFlagData01" "DifferentialPressure"
+    "AngleOfAttack" "VerticalSpeed" "SideslipAngle" "AirfieldBarometricPressure" "AirfieldElevation"
+    "RelativeHumidity" "GroundRange" "FuelRemaining" "CallSign" "WeaponLoad" "WeaponFired"
+    "LaserPRFCode" "SensorFieldOfViewName" "MagneticHeading" "UAS_LSVersionNumber"
+    "TargetLocationCovarianceMatrix" "AlternateLatitude" "AlternateLongitude" "AlternateAltitude"
+    "AlternateName" "AlternateHeading" "EventStartTime" "SensorEllipsoidHeight"
+    "AlternateEllipsoidHeight" "OperationalMode" "FrameCenterHeightAboveEllipsoid"
+    "SensorVelocityNorth" "SensorVelocityEast" "ImageHorizonPixelPack" "CornerLatitude1"
+    "CornerLongitude1" "CornerLatitude2" "CornerLongitude2" "CornerLatitude3" "CornerLongitude3"
+    "CornerLatitude4" "CornerLongitude4" "FullPitchAngle" "FullRollAngle" "FullAngleOfAttack"
+    "FullSideslipAngle" "MIISCoreIdentifier" "TargetWidthExtended" "SDCC-FLP"
+    "DensityAltitudeExtended" "SensorEllipsoidHeightExtended" "AlternateEllipsoidHeightExtended"
+    "MISB:AirTemperature" "Air Temperature" "MISB:AirfieldBarometricPressure"
+    "Airfield Barometric Pressure" "MISB:AirfieldElevation" "Airfield Elevation"
+    "MISB:AlternateAltitude" "Alternate Altitude" "MISB:AlternateEllipsoidHeight"
+    "Alternate Ellipsoid Height" "MISB:AlternateEllipsoidHeightExtended"
+    "Alternate Ellipsoid Height Extended" "MISB:AlternateHeading" "Alternate Heading"
+    "MISB:AlternateLatitude" "Alternate Latitude" "MISB:AlternateLongitude" "Alternate Longitude"
+    "MISB:AlternateName" "Alternate Name" "MISB:AngleOfAttack" "Angle Of Attack" "MISB:CallSign"
+    "Call Sign" "MISB:Caveats" "MISB:Checksum" "MISB:ChurchillNav_0x0001" "Churchill Nav 0x0001"
+    "MISB:ChurchillNav_0x0002" "Churchill Nav 0x0002" "MISB:ChurchillNav_0x0003"
+    "Churchill Nav 0x0003" "MISB:ChurchillNav_0x0004" "Churchill Nav 0x0004"
+    "MISB:ChurchillNav_0x0005" "Churchill Nav 0x0005" "MISB:ChurchillNav_0x0006"
+    "Churchill Nav 0x0006" "MISB:ChurchillNav_0x0009" "Churchill Nav 0x0009"
+    "MISB:ChurchillNav_0x000a" "Churchill Nav 0x000a" "MISB:ChurchillNav_0x000b"
+    "Churchill Nav 0x000b" "MISB:ChurchillNav_0x000c" "Churchill Nav 0x000c"
+    "MISB:ChurchillNav_0x000d" "Churchill Nav 0x000d" "MISB:ChurchillNav_0x000e"
+    "Churchill Nav 0x000e" "MISB:ChurchillNav_0x0010" "Churchill Nav 0x0010"
+    "MISB:ChurchillNav_0x0011" "Churchill Nav 0x0011" "MISB:ChurchillNav_0x0012"
+    "Churchill Nav 0x0012" "MISB:ChurchillNav_0x0014" "Churchill Nav 0x0014"
+    "MISB:ClassificationAndMarkingSystem" "Classification And Marking System"
+    "MISB:ClassificationComments" "Classification Comments" "MISB:ClassificationReason"
+    "Classification Reason" "MISB:ClassifiedBy" "Classified By" "MISB:ClassifyingCountry"
+    "Classifying Country" "MISB:ClassifyingCountryCodeMethod" "Classifying Country Code Method"
+    "MISB:ClassifyingCountryCodeMethod:1" "ISO-3166 Two Letter"
+    "MISB:ClassifyingCountryCodeMethod:10" "FIPS 10-4 Mixed" "MISB:ClassifyingCountryCodeMethod:11"
+    "ISO 3166 Mixed" "MISB:ClassifyingCountryCodeMethod:12" "STANAG 1059 Mixed"
+    "MISB:ClassifyingCountryCodeMethod:13" "GENC Two Letter" "MISB:ClassifyingCountryCodeMethod:14"
+    "GENC Three Letter" "MISB:ClassifyingCountryCodeMethod:15" "GENC Numeric"
+    "MISB:ClassifyingCountryCodeMethod:16" "GENC Mixed" "MISB:ClassifyingCountryCodeMethod:2"
+    "ISO-3166 Three Letter" "MISB:ClassifyingCountryCodeMethod:3" "FIPS 10-4 Two Letter"
+    "MISB:ClassifyingCountryCodeMethod:4" "FIPS 10-4 Four Letter"
+    "MISB:ClassifyingCountryCodeMethod:5" "ISO-3166 Numeric" "MISB:ClassifyingCountryCodeMethod:6"
+    "1059 Two Letter" "MISB:ClassifyingCountryCodeMethod:7" "1059 Three Letter"
+    "MISB:ClassifyingCountryCodingMethodDate" "Classifying Country Coding Method Date"
+    "MISB:CornerLatitude1" "Corner Latitude 1" "MISB:CornerLatitude2" "Corner Latitude 2"
+    "MISB:CornerLatitude3" "Corner Latitude 3" "MISB:CornerLatitude4" "Corner Latitude 4"
+    "MISB:CornerLongitude1" "Corner Longitude 1" "MISB:CornerLongitude2" "Corner Longitude 2"
+    "MISB:CornerLongitude3" "Corner Longitude 3" "MISB:CornerLongitude4" "Corner Longitude 4"
+    "MISB:DeclassificationDate" "Declassification Date" "MISB:DensityAltitude" "Density Altitude"
+    "MISB:DensityAltitudeExtended" "Density Altitude Extended" "MISB:DerivedFrom" "Derived From"
+    "MISB:DifferentialPressure" "Differential Pressure" "MISB:EventStartTime" "Event Start Time"
+    "MISB:FrameCenterElevation" "Frame Center Elevation" "MISB:FrameCenterHeightAboveEllipsoid"
+    "Frame Center Height Above Ellipsoid" "MISB:FrameCenterLatitude" "Frame Center Latitude"
+    "MISB:FrameCenterLongitude" "Frame Center Longitude" "MISB:FuelRemaining" "Fuel Remaining"
+    "MISB:FullAngleOfAttack" "Full Angle Of Attack" "MISB:FullPitchAngle" "Full Pitch Angle"
+    "MISB:FullRollAngle" "Full Roll Angle" "MISB:FullSideslipAngle" "Full Sideslip Angle"
+    "MISB:GPSAltitude" "MISB:GPSDateTime" "MISB:GPSLatitude" "MISB:GPSLongitude" "MISB:GPSSpeed"
+    "MISB:GPSTrack" "MISB:GenericFlagData01" "Generic Flag Data 01" "MISB:GenericFlagData01:1"
+    "Laser range" "MISB:GenericFlagData01:16" "Slant range measured" "MISB:GenericFlagData01:2"
+    "Auto-track" "MISB:GenericFlagData01:32" "Image invalid" "MISB:GenericFlagData01:4"
+    "IR polarity black" "MISB:GenericFlagData01:8" "Icing detected" "MISB:GroundRange"
+    "Ground Range" "MISB:HorizontalFieldOfView" "Horizontal Field Of View" "MISB:IcingDetected"
+    "Icing Detected" "MISB:IcingDetected:0" "n/a" "MISB:IcingDetected:1" "MISB:IcingDetected:2"
+    "MISB:ImageCoordinateSystem" "Image Coordinate System" "MISB:ImageHorizonPixelPack"
+    "Image Horizon Pixel Pack" "MISB:IndicatedAirspeed" "Indicated Airspeed" "MISB:ItemDesignatorID"
+    "Item Designator ID" "MISB:LaserPRFCode" "Laser PRF Code" "MISB:MIISCoreIdentifier"
+    "MIIS Core Identifier" "MISB:MagneticHeading" "Magnetic Heading" "MISB:MissionID" "Mission ID"
+    "MISB:ObjectCountryCodes" "Object Country Codes" "MISB:ObjectCountryCodingMethod"
+    "Object Country Coding Method" "MISB:ObjectCountryCodingMethod:1"
+    "MISB:ObjectCountryCodingMethod:13" "MISB:ObjectCountryCodingMethod:14"
+    "MISB:ObjectCountryCodingMethod:15" "MISB:ObjectCountryCodingMethod:2"
+    "MISB:ObjectCountryCodingMethod:3" "MISB:ObjectCountryCodingMethod:4"
+    "MISB:ObjectCountryCodingMethod:5" "MISB:ObjectCountryCodingMethod:6"
+    "MISB:ObjectCountryCodingMethod:64" "GENC AdminSub" "MISB:ObjectCountryCodingMethod:7"
+    "MISB:ObjectCountryCodingMethodDate" "Object Country Coding Method Date"
+    "MISB:OffsetCornerLatitude1" "Offset Corner Latitude 1" "MISB:OffsetCornerLatitude2"
+    "Offset Corner Latitude 2" "MISB:OffsetCornerLatitude3" "Offset Corner Latitude 3"
+    "MISB:OffsetCornerLatitude4" "Offset Corner Latitude 4" "MISB:OffsetCornerLongitude1"
+    "Offset Corner Longitude 1" "MISB:OffsetCornerLongitude2" "Offset Corner Longitude 2"
+    "MISB:OffsetCornerLongitude3" "Offset Corner Longitude 3" "MISB:OffsetCornerLongitude4"
+    "Offset Corner Longitude 4" "MISB:OperationalMode" "Operational Mode" "MISB:OperationalMode:0"
+    "Other" "MISB:OperationalMode:1" "Operational" "MISB:OperationalMode:2" "Training"
+    "MISB:OperationalMode:3" "Exercise" "MISB:OperationalMode:4" "Maintenance" "MISB:PitchAngle"
+    "Pitch Angle" "MISB:ProjectIDCode" "Project ID Code" "MISB:RelativeHumidity" "Relative Humidity"
+    "MISB:ReleasingInstructions" "Releasing Instructions" "MISB:RollAngle" "Roll Angle"
+    "MISB:SDCC-FLP" "MISB:SecurityClassification" "Security Classification"
+    "MISB:SecurityClassification:1" "Unclassified" "MISB:SecurityClassification:2" "Restricted"
+    "MISB:SecurityClassification:3" "Confidential" "MISB:SecurityClassification:4" "Secret"
+    "MISB:SecurityClassification:5" "Top Secret" "MISB:SecuritySCI-SHIInformation"
+    "Security SCI-SHI Information" "MISB:SecurityVersion" "Security Version"
+    "MISB:SensorEllipsoidHeight" "Sensor Ellipsoid Height" "MISB:SensorEllipsoidHeightExtended"
+    "Sensor Ellipsoid Height Extended" "MISB:SensorFieldOfViewName" "Sensor Field Of View Name"
+    "MISB:SensorFieldOfViewName:0" "Ultranarrow" "MISB:SensorFieldOfViewName:1" "Narrow"
+    "MISB:SensorFieldOfViewName:2" "Medium" "MISB:SensorFieldOfViewName:3" "Wide"
+    "MISB:SensorFieldOfViewName:4" "Ultrawide" "MISB:SensorFieldOfViewName:5" "Narrow Medium"
+    "MISB:SensorFieldOfViewName:6" "2x Ultranarrow" "MISB:SensorFieldOfViewName:7" "4x Ultranarrow"
+    "MISB:SensorName" "Sensor Name" "MISB:SensorRelativeAzimuthAngle"
+    "Sensor Relative Azimuth Angle" "MISB:SensorRelativeElevationAngle"
+    "Sensor Relative Elevation Angle" "MISB:SensorRelativeRollAngle" "Sensor Relative Roll Angle"
+    "MISB:SensorVelocityEast" "Sensor Velocity East" "MISB:SensorVelocityNorth"
+    "Sensor Velocity North" "MISB:SideslipAngle" "Sideslip Angle" "MISB:SlantRange" "Slant Range"
+    "MISB:StaticPressure" "Static Pressure" "MISB:StreamID" "Stream ID" "MISB:TailNumber"
+    "Tail Number" "MISB:TargetErrorEstimateCE90" "Target Error Estimate CE90"
+    "MISB:TargetErrorEstimateLE90" "Target Error Estimate LE90"
+    "MISB:TargetLocationCovarianceMatrix" "Target Location Covariance Matrix"
+    "MISB:TargetLocationElevation" "Target Location Elevation" "MISB:TargetLocationLatitude"
+    "Target Location Latitude" "MISB:TargetLocationLongitude" "Target Location Longitude"
+    "MISB:TargetTrackGateHeight" "Target Track Gate Height" "MISB:TargetTrackGateWidth"
+    "Target Track Gate Width" "MISB:TargetWidth" "Target Width" "MISB:TargetWidthExtended"
+    "Target Width Extended" "MISB:TransportStreamID" "Transport Stream ID" "MISB:TrueAirspeed"
+    "True Airspeed" "MISB:UAS_LSVersionNumber" "UAS LS Version Number" "MISB:UMID"
+    "MISB:VerticalFieldOfView" "Vertical Field Of View" "MISB:VerticalSpeed" "Vertical Speed"
+    "MISB:WeaponFired" "Weapon Fired" "MISB:WeaponLoad" "Weapon Load" "MISB:WindDirection"
+    "Wind Direction" "MISB:WindSpeed" "Wind Speed" "Angle d\\attaque" "Non applicable"
+    "Angle de tangage" "Angle de roulis" "Classification de sécurité" "Non classifié" "Restreint"
+    "Confidentiel" "Trés secret" "Large" "Nom du capteur" "Sicherheitsklassifizierung"
+    "Nicht klassifiziert" "Eingeschränkt" "Vertraulich" "Geheim" "Streng geheim"
+    "Classificazione sicurezza" "Non classificato" "Confidenziale" "Segreto" "Massima segretezza"
+    "セキュリティ区分" "未分類" "限定" "機密文書" "秘密" "最高機密" "Clasificación Seguridad" "Sin clasificar"
+    "Restringida" "Confidencial" "Secreta" "Alto secreto" "MandatoryBackground" "BackgroundImageID"
+    "BackgroundTiling" "Filter" "Interlace" "RedSample" "GreenSample" "BlueSample" "AlphaSample"
+    "Viewable" "FirstObject" "LastObject" "DeltaType" "ClipBoundary" "SourceID" "CloneID"
+    "CloneType" "DoNotShow" "ConcreteFlag" "LocalDeltaType" "DeltaXY" "ObjectID" "XYLocation"
+    "ClippingBoundary" "ImageType" "BlockSize" "BlockLocation" "SnapshotID" "SnapshotName"
+    "Priority" "AlphaBitDepth" "AlphaCompression" "AlphaFilter" "AlphaInterlace" "NestLevel"
+    "IterationCount" "TerminationCondition" "IterationMinMax" "SignalNumber" "TicksPerSecond"
+    "NominalLayerCount" "NominalFrameCount" "NominalPlayTime" "SimplicityProfile" "FirstObjectID"
+    "LastObjectID" "XMethod" "XMag" "YMag" "LeftMag" "RightMag" "TopMag" "BottomMag" "YMethod"
+    "DropByKeyword" "DiscardObjects" "DropChunks" "Frame" "OrderingRestrictions" "PartialPalette"
+    "SaveObjects" "SeekPoint" "ResourcesNeeded" "DestinationID" "TargetDeltaType" "TargetXY"
+    "CompositionMode" "OffsetOrigin" "OffsetXY" "BoundaryOrigin" "PastClippingBoundary"
+    "NewColorType" "NewBitDepth" "FillMethod" "ShowMode" "TerminationAction" "IterationEndAction"
+    "IterationMax" "MNG:AlphaBitDepth" "Alpha Bit Depth" "MNG:AlphaCompression" "Alpha Compression"
+    "MNG:AlphaCompression:0" "MNG Grayscale IDAT" "MNG:AlphaCompression:8"
+    "JNG 8-bit Grayscale JDAA" "MNG:AlphaFilter" "Alpha Filter" "MNG:AlphaFilter:0"
+    "Adaptive MNG (N/A for JPEG)" "MNG:AlphaInterlace" "Alpha Interlace" "MNG:AlphaInterlace:0"
+    "Noninterlaced" "MNG:AlphaSample" "Alpha Sample" "MNG:BackgroundColor" "MNG:BackgroundImageID"
+    "Background Image ID" "MNG:BackgroundTiling" "Background Tiling" "MNG:BackgroundTiling:0"
+    "MNG:BackgroundTiling:1" "MNG:BitDepth" "MNG:BlockLocation" "Block Location" "MNG:BlockSize"
+    "Block Size" "MNG:BlueSample" "Blue Sample" "MNG:BottomMag" "Bottom Mag" "MNG:BoundaryOrigin"
+    "Boundary Origin" "MNG:BoundaryOrigin:0" "Desination Origin" "MNG:BoundaryOrigin:1"
+    "Target Origin" "MNG:ClipBoundary" "Clip Boundary" "MNG:ClippingBoundary" "Clipping Boundary"
+    "MNG:CloneID" "Clone ID" "MNG:CloneType" "Clone Type" "MNG:CloneType:0" "Full" "MNG:CloneType:1"
+    "Parital" "MNG:CloneType:2" "Renumber object" "MNG:ColorType" "MNG:ColorType:0"
+    "MNG:ColorType:10" "Color" "MNG:ColorType:12" "Gray Alpha" "MNG:ColorType:14" "Color Alpha"
+    "MNG:ColorType:2" "RGB" "MNG:ColorType:3" "MNG:ColorType:4" "Grayscale with Alpha"
+    "MNG:ColorType:6" "RGB with Alpha" "MNG:ColorType:8" "Gray" "MNG:CompositionMode"
+    "Composition Mode" "MNG:CompositionMode:0" "Over" "MNG:CompositionMode:1" "Replace"
+    "MNG:CompositionMode:2" "Under" "MNG:Compression" "MNG:Compression:0" "Deflate/Inflate"
+    "MNG:Compression:8" "Huffman-coded baseline JPEG" "MNG:ConcreteFlag" "Concrete Flag" "MNG:Delay"
+    "MNG:DeltaType" "Delta Type" "MNG:DeltaType:0" "Absolute |\302\240Full Replacement"
+    "MNG:DeltaType:1" "Pixel Addition |\302\240Relative" "MNG:DeltaType:2" "Alpha Addition"
+    "MNG:DeltaType:3" "Color Addition" "MNG:DeltaType:4" "Pixel Replacement" "MNG:DeltaType:5"
+    "Alpha Replacement" "MNG:DeltaType:6" "Color Replacement" "MNG:DeltaType:7" "No Change"
+    "MNG:DeltaXY" "Delta XY" "MNG:DestinationID" "Destination ID" "MNG:DiscardObjects"
+    "Discard Objects" "MNG:DoNotShow" "Do Not Show" "MNG:DropByKeyword" "Drop By Keyword"
+    "MNG:DropChunks" "Drop Chunks" "MNG:FillMethod" "Fill Method" "MNG:FillMethod:0"
+    "Bit Replication" "MNG:FillMethod:1" "Zero Fill" "MNG:Filter" "MNG:Filter:0" "Adaptive"
+    "MNG:FirstObject" "First Object" "MNG:FirstObjectID" "First Object ID" "MNG:Frame"
+    "MNG:GreenSample" "Green Sample" "MNG:ImageHeight" "MNG:ImageType" "Image Type"
+    "MNG:ImageType:0" "Unspecified" "MNG:ImageType:1" "PNG" "MNG:ImageType:2" "JNG" "MNG:ImageWidth"
+    "MNG:Interlace" "MNG:Interlace:0" "Noninterlaced |\302\240Sequential" "MNG:Interlace:1"
+    "Adam7 Interlace" "MNG:Interlace:8" "Progressive" "MNG:IterationCount" "Iteration Count"
+    "MNG:IterationEndAction" "Iteration End Action" "MNG:IterationEndAction:0" "Show Last Frame"
+    "MNG:IterationEndAction:1" "Display Nothing" "MNG:IterationEndAction:2" "Show First Frame"
+    "MNG:IterationMax" "Iteration Max" "MNG:IterationMinMax" "Iteration Min Max" "MNG:LastObject"
+    "Last Object" "MNG:LastObjectID" "Last Object ID" "MNG:LeftMag" "Left Mag" "MNG:LocalDeltaType"
+    "Local Delta Type" "MNG:LocalDeltaType:0" "Absolute" "MNG:LocalDeltaType:1" "Relative"
+    "MNG:MandatoryBackground" "Mandatory Background" "MNG:MandatoryBackground:0"
+    "Color and Image Advisory" "MNG:MandatoryBackground:1" "Color Mandatory, Image Advisory"
+    "MNG:MandatoryBackground:2" "Color Advisory, Image Mandatory" "MNG:MandatoryBackground:3"
+    "Color and Image Mandatory" "MNG:NestLevel" "Nest Level" "MNG:NewBitDepth" "New Bit Depth"
+    "MNG:NewColorType" "New Color Type" "MNG:NominalFrameCount" "Nominal Frame Count"
+    "MNG:NominalLayerCount" "Nominal Layer Count" "MNG:NominalPlayTime" "Nominal Play Time"
+    "MNG:ObjectID" "Object ID" "MNG:OffsetOrigin" "Offset Origin" "MNG:OffsetOrigin:0"
+    "MNG:OffsetOrigin:1" "MNG:OffsetXY" "Offset XY" "MNG:OrderingRestrictions"
+    "Ordering Restrictions" "MNG:Orientation" "MNG:Orientation:0" "Same as source"
+    "MNG:Orientation:2" "Flipped left-right, then up-down" "MNG:Orientation:4" "Flipped left-right"
+    "MNG:Orientation:6" "Flipped up-down" "MNG:Orientation:8" "Tiled" "MNG:PartialPalette"
+    "Partial Palette" "MNG:PastClippingBoundary" "Past Clipping Boundary" "MNG:Priority"
+    "MNG:RedSample" "Red Sample" "MNG:ResourcesNeeded" "Resources Needed" "MNG:RightMag" "Right Mag"
+    "MNG:SaveObjects" "Save Objects" "MNG:SeekPoint" "Seek Point" "MNG:ShowMode" "Show Mode"
+    "MNG:SignalNumber" "Signal Number" "MNG:SimplicityProfile" "Simplicity Profile" "MNG:SnapshotID"
+    "Snapshot ID" "MNG:SnapshotName" "Snapshot Name" "MNG:SourceID" "Source ID"
+    "MNG:TargetDeltaType" "Target Delta Type" "MNG:TargetDeltaType:0" "MNG:TargetDeltaType:1"
+    "MNG:TargetXY" "Target XY" "MNG:TerminationAction" "Termination Action"
+    "MNG:TerminationAction:0" "MNG:TerminationAction:1" "MNG:TerminationAction:2"
+    "MNG:TerminationAction:3" "Repeat Sequence" "MNG:TerminationCondition" "Termination Condition"
+    "MNG:TerminationCondition:0" "Deterministic, not cacheable" "MNG:TerminationCondition:1"
+    "Decoder discretion, not cacheable" "MNG:TerminationCondition:2"
+    "User discretion, not cacheable" "MNG:TerminationCondition:3" "External signal, not cacheable"
+    "MNG:TerminationCondition:4" "Deterministic, cacheable" "MNG:TerminationCondition:5"
+    "Decoder discretion, cacheable" "MNG:TerminationCondition:6" "User discretion, cacheable"
+    "MNG:TerminationCondition:7" "External signal, cacheable" "MNG:TicksPerSecond"
+    "Ticks Per Second" "MNG:TopMag" "Top Mag" "MNG:Viewable" "MNG:XMag" "X Mag" "MNG:XMethod"
+    "X Method" "MNG:XMethod:0" "No Magnification" "MNG:XMethod:1" "Pixel Replication"
+    "MNG:XMethod:2" "Linear Interpolation" "MNG:XMethod:3" "Closest Pixel" "MNG:XMethod:4"
+    "Color Linear Interpolation and Alpha Closest Pixel" "MNG:XMethod:5"
+    "Color Closest Pixel and Alpha Linear Interpolation" "MNG:XYLocation" "XY Location" "MNG:YMag"
+    "Y Mag" "MNG:YMethod" "Y Method" "MNG:YMethod:0" "MNG:YMethod:1" "MNG:YMethod:2" "MNG:YMethod:3"
+    "MNG:YMethod:4" "MNG:YMethod:5" "RVB" "JPEG de base à codage Huffman" "ID Destination"
+    "Méthode de remplissage" "Réplication de bits" "Remplissage à zéro" "Type de l'image"
+    "Entrelacement" "Identique à la source" "Retourné de gauche à droite, puis de haut en bas"
+    "Retourné de gauche à droite" "Retourné de haut en bas" "Carrelée" "Bildtyp" "Non interlacciato"
+    "RGB con trasparenza" "Sostituisci" "Assoluto |\302\240Full Replacement" "Primo oggetto"
+    "ID primo oggetto" "Tipo immagine" "Interlacciamento" "Non interlacciato |\302\240Sequential"
+    "Progressivo" "Assoluto" "Tassellato" "Priorità" "Campione rosso" "Risorse richieste"
+    "Nessun ingrandimento" "フィルター" "ページ" "インタレース" "Tipo Imagen" "Entrelazado" "MOIVersion"
+    "AspectRatio" "AudioCodec" "VideoBitrate" "193" "16385" "MOI:AspectRatio" "Aspect Ratio"
+    "MOI:AudioBitrate" "MOI:AudioCodec" "Audio Codec" "MOI:AudioCodec:16385" "MPEG"
+    "MOI:AudioCodec:193" "AC3" "MOI:DateTimeOriginal" "MOI:Duration" "MOI:MOIVersion" "MOI Version"
+    "MOI:VideoBitrate" "Video Bitrate" "Ratio d'aspect" "Bildformat" "Rapporto immagine"
+    "Codec audio" "Bitrate video" "TotalFrames" "MaxBand" "ReplayGainTrackPeak"
+    "ReplayGainTrackGain" "ReplayGainAlbumPeak" "ReplayGainAlbumGain" "FastSeek" "Gapless"
+    "EncoderVersion" "MPC:EncoderVersion" "Encoder Version" "MPC:FastSeek" "Fast Seek"
+    "MPC:FastSeek:0" "MPC:FastSeek:1" "MPC:Gapless" "MPC:Gapless:0" "MPC:Gapless:1" "MPC:MaxBand"
+    "Max Band" "MPC:Quality" "MPC:Quality:1" "Unstable/Experimental" "MPC:Quality:10" "5 (Standard)"
+    "MPC:Quality:11" "6 (Xtreme)" "MPC:Quality:12" "7 (Insane)" "MPC:Quality:13" "8 (BrainDead)"
+    "MPC:Quality:14" "MPC:Quality:15" "MPC:Quality:5" "MPC:Quality:6" "MPC:Quality:7"
+    "2 (Telephone)" "MPC:Quality:8" "3 (Thumb)" "MPC:Quality:9" "4 (Radio)"
+    "MPC:ReplayGainAlbumGain" "Replay Gain Album Gain" "MPC:ReplayGainAlbumPeak"
+    "Replay Gain Album Peak" "MPC:ReplayGainTrackGain" "Replay Gain Track Gain"
+    "MPC:ReplayGainTrackPeak" "Replay Gain Track Peak" "MPC:SampleRate" "MPC:SampleRate:0"
+    "MPC:SampleRate:1" "MPC:SampleRate:2" "37800" "MPC:SampleRate:3" "MPC:TotalFrames"
+    "Total Frames" "Instable/Expérimental" "6 (Extrême)" "7 (Folle)" "8 (Mort cérébrale)"
+    "2 (Téléphone)" "3 (Pouce)" "Versione codificatore" "Frame totali" "Total Imagenes"
+    "MPEGAudioVersion" "AudioLayer" "ChannelMode" "MSStereo" "ModeExtension" "IntensityStereo"
+    "CopyrightFlag" "OriginalMedia" "Emphasis" "LameMethod" "LameLowPassFilter" "LameBitrate"
+    "LameStereoMode" "FrameRate" "VBRFrames" "VBRBytes" "VBRScale" "Encoder" "LameVBRQuality"
+    "LameQuality" "0.6735" "0.7031" "0.7615" "0.8055" "0.8437" "0.8935" "0.9157" "0.9815" "1.095"
+    "1.0255" "1.0695" "1.1575" "1.2015" "MPEG:AspectRatio" "MPEG:AspectRatio:0.6735"
+    "MPEG:AspectRatio:0.7031" "16:9, 625 line, PAL" "MPEG:AspectRatio:0.7615"
+    "MPEG:AspectRatio:0.8055" "MPEG:AspectRatio:0.8437" "16:9, 525 line, NTSC"
+    "MPEG:AspectRatio:0.8935" "MPEG:AspectRatio:0.9157" "4:3, 625 line, PAL, CCIR601"
+    "MPEG:AspectRatio:0.9815" "MPEG:AspectRatio:1" "1:1" "MPEG:AspectRatio:1.0255"
+    "MPEG:AspectRatio:1.0695" "MPEG:AspectRatio:1.095" "4:3, 525 line, NTSC, CCIR601"
+    "MPEG:AspectRatio:1.1575" "MPEG:AspectRatio:1.2015" "MPEG:AudioBitrate" "MPEG:AudioLayer"
+    "Audio Layer" "MPEG:AudioLayer:1" "MPEG:AudioLayer:2" "MPEG:AudioLayer:3" "MPEG:ChannelMode"
+    "Channel Mode" "MPEG:ChannelMode:0" "Stereo" "MPEG:ChannelMode:1" "Joint Stereo"
+    "MPEG:ChannelMode:2" "Dual Channel" "MPEG:ChannelMode:3" "Single Channel" "MPEG:CopyrightFlag"
+    "Copyright Flag" "MPEG:CopyrightFlag:0" "False" "MPEG:CopyrightFlag:1" "True" "MPEG:Emphasis"
+    "MPEG:Emphasis:0" "MPEG:Emphasis:1" "50/15 ms" "MPEG:Emphasis:2" "reserved" "MPEG:Emphasis:3"
+    "CCIT J.17" "MPEG:Encoder" "MPEG:FrameRate" "Frame Rate" "MPEG:ImageHeight" "MPEG:ImageWidth"
+    "MPEG:IntensityStereo" "Intensity Stereo" "MPEG:IntensityStereo:0" "MPEG:IntensityStereo:1"
+    "MPEG:LameBitrate" "Lame Bitrate" "MPEG:LameLowPassFilter" "Lame Low Pass Filter"
+    "MPEG:LameMethod" "Lame Method" "MPEG:LameMethod:1" "CBR" "MPEG:LameMethod:2" "ABR"
+    "MPEG:LameMethod:3" "VBR (old/rh)" "MPEG:LameMethod:4" "VBR (new/mtrh)" "MPEG:LameMethod:5"
+    "MPEG:LameMethod:6" "VBR" "MPEG:LameMethod:8" "CBR (2-pass)" "MPEG:LameMethod:9" "ABR (2-pass)"
+    "MPEG:LameQuality" "Lame Quality" "MPEG:LameStereoMode" "Lame Stereo Mode"
+    "MPEG:LameStereoMode:0" "Mono" "MPEG:LameStereoMode:1" "MPEG:LameStereoMode:2" "Dual Channels"
+    "MPEG:LameStereoMode:3" "MPEG:LameStereoMode:4" "Forced Joint Stereo" "MPEG:LameStereoMode:6"
+    "MPEG:LameStereoMode:7" "MPEG:LameVBRQuality" "Lame VBR Quality" "MPEG:MPEGAudioVersion"
+    "MPEG Audio Version" "MPEG:MPEGAudioVersion:0" "2.5" "MPEG:MPEGAudioVersion:2"
+    "MPEG:MPEGAudioVersion:3" "MPEG:MSStereo" "MS Stereo" "MPEG:MSStereo:0" "MPEG:MSStereo:1"
+    "MPEG:ModeExtension" "Mode Extension" "MPEG:ModeExtension:0" "Bands 4-31" "MPEG:ModeExtension:1"
+    "Bands 8-31" "MPEG:ModeExtension:2" "Bands 12-31" "MPEG:ModeExtension:3" "Bands 16-31"
+    "MPEG:OriginalMedia" "Original Media" "MPEG:OriginalMedia:0" "MPEG:OriginalMedia:1"
+    "MPEG:SampleRate" "MPEG:SampleRate:0" "11025 |\302\24022050 |\302\24044100" "MPEG:SampleRate:1"
+    "12000 |\302\24024000 |\302\24048000" "MPEG:SampleRate:2" "16000 |\302\24032000 |\302\2408000"
+    "MPEG:VBRBytes" "VBR Bytes" "MPEG:VBRFrames" "VBR Frames" "MPEG:VBRScale" "VBR Scale"
+    "MPEG:VideoBitrate" "更新速率" "16:9, 625 lignes, PAL" "16:9, 525 lignes, NTSC"
+    "4:3, 625 lignes, PAL, CCIR601" "4:3, 525 lignes, NTSC, CCIR601" "Aucune" "Vitesse"
+    "Qualité Lame" "Mode stéréo Lame" "Stéréo" "Doubles canaux" "Stéréo jointe"
+    "Stéréo jointe forcée" "Stéréo Intensité" "Keine" "reserviert" "Bildwechselfrequenz"
+    "Livello audio" "Modo canale" "Falso" "Nessuno" "riservato" "Codificatore"
+    "Frequenza fotogramma" "無し" "フレームレート" "Ninguno" "Velocidad del Fotograma" "Desactivado"
+    "Activado" "MPImageFlags" "MPImageFormat" "MPImageType" "MPImageLength" "MPImageStart"
+    "DependentImage1EntryNumber" "DependentImage2EntryNumber" "MPFVersion" "NumberOfImages"
+    "ImageUIDList" "MPIndividualNum" "PanOrientation" "PanOverlapH" "PanOverlapV" "BaseViewpointNum"
+    "ConvergenceAngle" "BaselineLength" "VerticalDivergence" "AxisDistanceX" "AxisDistanceY"
+    "AxisDistanceZ" "YawAngle" "65537" "65538" "131073" "131074" "131075" "196608"
+    "MPF:AxisDistanceX" "Axis Distance X" "MPF:AxisDistanceY" "Axis Distance Y" "MPF:AxisDistanceZ"
+    "Axis Distance Z" "MPF:BaseViewpointNum" "Base Viewpoint Num" "MPF:BaselineLength"
+    "Baseline Length" "MPF:ConvergenceAngle" "Convergence Angle" "MPF:DependentImage1EntryNumber"
+    "Dependent Image 1 Entry Number" "MPF:DependentImage2EntryNumber"
+    "Dependent Image 2 Entry Number" "MPF:ImageUIDList" "Image UID List" "MPF:MPFVersion"
+    "MPF Version" "MPF:MPImageFlags" "MP Image Flags" "MPF:MPImageFlags:16" "Dependent parent image"
+    "MPF:MPImageFlags:4" "Representative image" "MPF:MPImageFlags:8" "Dependent child image"
+    "MPF:MPImageFormat" "MP Image Format" "MPF:MPImageFormat:0" "MPF:MPImageLength"
+    "MP Image Length" "MPF:MPImageStart" "MP Image Start" "MPF:MPImageType" "MP Image Type"
+    "MPF:MPImageType:0" "Undefined" "MPF:MPImageType:131073" "Multi-frame Panorama"
+    "MPF:MPImageType:131074" "Multi-frame Disparity" "MPF:MPImageType:131075" "Multi-angle"
+    "MPF:MPImageType:196608" "Baseline MP Primary Image" "MPF:MPImageType:262144"
+    "Original Preservation Image" "MPF:MPImageType:65537" "Large Thumbnail (VGA equivalent)"
+    "MPF:MPImageType:65538" "Large Thumbnail (full HD equivalent)" "MPF:MPIndividualNum"
+    "MP Individual Num" "MPF:NumberOfImages" "Number Of Images" "MPF:PanOrientation"
+    "Pan Orientation" "MPF:PanOrientation:0" "[unused]" "MPF:PanOrientation:1" "Left to right"
+    "MPF:PanOrientation:16" "Clockwise" "MPF:PanOrientation:2" "Right to left"
+    "MPF:PanOrientation:3" "Top to bottom" "MPF:PanOrientation:32" "Counter clockwise"
+    "MPF:PanOrientation:4" "Bottom to top" "MPF:PanOrientation:48" "Zigzag (row start)"
+    "MPF:PanOrientation:64" "Zigzag (column start)" "MPF:PanOverlapH" "Pan Overlap H"
+    "MPF:PanOverlapV" "Pan Overlap V" "MPF:PitchAngle" "MPF:RollAngle" "MPF:TotalFrames"
+    "MPF:VerticalDivergence" "Vertical Divergence" "MPF:YawAngle" "Yaw Angle"
+    "Numéro d'entrée de l'image dépendante 1" "Numéro d'entrée de l'image dépendante 2"
+    "Version MPF" "Indicateurs image MP" "Image parent dépendante" "Image représentative"
+    "Image fille dépendante" "Format de l'image MP" "Longueur de l'image MP" "Début de l'image MP"
+    "Type de l'image MP" "Indéfini" "Panorama multi-image" "Disparité multi-image"
+    "Image primaire MP de référence" "Grande vignette (équivalent VGA)"
+    "Grande vignette (équivalent à full HD)" "Nombre d'images" "Bilder UID Liste"
+    "MP Vorschaubild Flags" "MP Vorschaubild Format" "MP Vorschaubild-Datenlänge"
+    "MP Vorschaubild Datenposition" "MP Vorschaubild Typ" "Nicht definiert" "Mehrbild Panorama"
+    "Vorschaubild groß (VGA)" "Vorschaubild groß (HD)" "Anzahl Bilder" "Pan Ausrichtung"
+    "[nicht verwendet]" "Von Links nach Rechts" "Im Uhrzeigersinn" "Von Rechts nach Links"
+    "Von Oben nach Unten" "Gegen den Uhrzeigersinn" "Von Unten nach Oben" "[non usato]" "MXFVersion"
+    "FooterPosition" "HeaderSize" "OrganizationID" "UPID" "UPN" "IBTN" "ISAN" "ISBN" "ISSN" "ISWC"
+    "ISMN" "ISCI" "ISRC" "ISRN" "ISBD" "ISTC" "SICI" "BICI" "AICI" "PII" "DOI" "InstanceUID"
+    "PackageID" "DeviceDesignation" "DeviceModel" "DeviceSerialNumber" "PURL" "URN" "TransmissionID"
+    "ArchiveID" "ItemID" "AccountingReferenceNumber" "TrafficID" "ReelOrRollNumber"
+    "LocalTapeNumber" "LUID" "PackageName" "LocalFilePath" "EdgeCode" "FrameCode" "KeyCode"
+    "InkNumber" "KeyText" "KeyFrame" "KeySound" "KeyDataOrProgram" "TitleKind" "MainTitle"
+    "SecondaryTitle" "SeriesNumber" "EpisodeNumber" "SceneNumber" "TakeNumber" "CISACLegalEntityID"
+    "AGICOAID" "SourceOrganization" "SupplyContractNumber" "OriginalProducerName"
+    "TotalEpisodeCount" "CopyrightStatus" "CopyrightOwnerName" "IntellectualPropertyDescription"
+    "IntellectualPropertyRights" "Rightsholder" "RightsManagementAuthority" "InterestedPartyName"
+    "MaximumUseCount" "LicenseOptionsDescription" "CurrencyCode" "RoyaltyPaymentInformation"
+    "RoyaltyIncomeInformation" "RestrictionsonUse" "ExCCIData" "UserName" "Password"
+    "ScramblingKeyKind" "ScramblingKeyValue" "BroadcastOrganizationName" "BroadcastChannel"
+    "BroadcastMediumKind" "BroadcastRegion" "FirstBroadcastFlag" "CurrentRepeatNumber"
+    "PreviousRepeatNumber" "AudienceRating" "AudienceReach" "NatureOfPersonality"
+    "ContributionStatus" "SupportOrAdministrationStatus" "OrganizationKind"
+    "ProductionOrganizationRole" "SupportOrganizationRole" "JobFunctionName" "RoleName"
+    "ContactKind" "ContactDepartmentName" "FamilyName" "FirstGivenName" "SecondGivenName"
+    "ThirdGivenName" "MainName" "SupplementaryName" "OrganizationMainName"
+    "SupplementaryOrganizationName" "ISO3166CountryCode" "ISO639-1LanguageCode"
+    "OperatingSystemInterpretations" "ByteOrder" "EssenceIsIdentified" "LengthSystemName"
+    "LengthUnitKind" "AngularUnitKind" "TimeSystemOffset" "TimeUnitKind" "ContentCodingSystem"
+    "ProgramKind" "Genre" "TargetAudience" "CatalogDataStatus" "ThesaurusName" "Theme"
+    "ContentClassification" "KeyFrames" "KeySounds" "KeyData" "Abstract" "Purpose" "ColorDescriptor"
+    "FormatDescriptor" "StratumKind" "IndividualAwardName" "ProgramAwardName" "AssetValue"
+    "ContentValue" "CulturalValue" "AestheticValue" "HistoricalValue" "TechnicalValue" "OtherValues"
+    "CatalogingSystemName" "ComputedKeywords" "ComputedKeyFrames" "ComputedKeySounds"
+    "ComputedKeyData" "ComputedStratumKind" "PresentationAspectRatio" "CaptureAspectRatio"
+    "CaptureGammaEquation" "LumaEquation" "ColorimetryCode" "SignalFormCode" "ColorFieldCode"
+    "FieldRate" "FrameLayout" "SamplingStructureCode" "TotalLinesperFrame" "ActiveLinesperFrame"
+    "LeadingLines" "TrailingLines" "AnalogVideoSystemName" "LuminanceSampleRate"
+    "ActiveSamplesperLine" "TotalSamplesperLine" "SamplingHierarchyCode" "HorizontalSubsampling"
+    "ColorSiting" "SampledHeight" "SampledWidth" "SampledXOffset" "SampledYOffset" "DisplayHeight"
+    "DisplayWidth" "DisplayXOffset" "DisplayYOffset" "FilteringCode" "BitsPerPixel"
+    "RoundingMethodCode" "BlackReferenceLevel" "WhiteReferenceLevel" "FieldFrameTypeCode"
+    "PulldownSequence" "PulldownFieldDominance" "VideoAndFilmFrameRelationship"
+    "CaptureFilmFrameRate" "TransferFilmFrameRate" "VideoTestParameter" "VideoTestResult"
+    "FilmTestParameter" "FilmTestResult" "ElectrospatialFormulation" "FilteringApplied"
+    "AudioReferenceLevel" "AudioMonoChannelCount" "AudioStereoChannelCount" "AnalogSystem"
+    "BitsPerSample" "RoundingLaw" "Dither" "OpticalTrack" "MagneticTrack" "Signal-to-NoiseRatio"
+    "Weighting" "AnalogDataCodingKind" "TimecodeKind" "TimecodeTimebase" "TimecodeUserBitsFlag"
+    "IncludeSync" "DropFrame" "TimecodeSourceKind" "AnalogMetadataCarrier" "DigitalMetadataCarrier"
+    "AnalogMonitoringAndControlCodingKind" "EssenceLength" "FilmColorProcess" "EdgeCodeFormat"
+    "FilmFormatName" "FilmStockKind" "FilmStockManufacturerName" "PhysicalMediaLength"
+    "FilmCaptureAperture" "ImageCategory" "ImageSourceDeviceKind" "OpticalTestParameterName"
+    "OpticalTestResult" "SensorType" "PolarCharacteristic" "IntegrationIndication" "EventIndication"
+    "QualityFlag" "PhysicalInstanceKind" "DigitalOrAnalogOrigination"
+    "MicrophonePlacementTechniques" "SimpleFlaggingCount" "CopyCount" "CloneCount"
+    "Work-in-ProgressFlag" "VideoOrImageCompressionAlgorithm" "SplicingMetadata"
+    "AudioCompressionAlgorithm" "VideoNoiseReductionAlgorithm" "AudioNoiseReductionAlgorithm"
+    "EnhancementOrModificationDescription" "VideoDeviceKind" "VideoDeviceParameterName"
+    "VideoDeviceParameterSetting" "AudioEnhancementOrModificationDescription"
+    "AudioFirstMix-DownProcess" "AudioDeviceKind" "AudioDeviceParameter"
+    "AudioDeviceParameterSetting" "DataEnhancementOrModificationDescription" "DataDeviceKind"
+    "DataDeviceParameterName" "DataDeviceParameterSetting" "DefaultFadeType" "ActiveState"
+    "Fade-InType" "Fade-OutType" "SpeedChangeEffectFlag" "InputSegmentCount" "Bypass"
+    "VideoCompressionAlgorithm" "MPEGVideoRecodingDataset" "UpstreamAudioCompressionAlgorithm"
+    "MPEGAudioRecodingDataset" "ProgramSupportMaterialReference" "AdvertisingMaterialReference"
+    "ProgramCommercialMaterialReference" "ContiguousDataFlag" "PositionInSequence"
+    "RelativePositionInSequenceOffset" "RelativePositionInSequenceName" "MapDatumUsed"
+    "LocalDatumAbsolutePositionAccuracy" "DeviceAbsolutePositionalAccuracy" "DeviceAltitude"
+    "DeviceLatitude" "DeviceLongitude" "DeviceXDimension" "DeviceYDimension"
+    "FramePositionalAccuracy" "FrameCenterLatitudeLongitude" "LocalDatumRelativePositionAccuracy"
+    "DeviceRelativePositionalAccuracy" "DeviceRelativePositionX" "DeviceRelativePositionY"
+    "DeviceRelativePositionZ" "SubjectRelativePositionalAccuracy"
+    "PositionWithinViewportImageXCoordinate" "PositionWithinViewportImageYCoordinate"
+    "SourceImageCenterXCoordinate" "SourceImageCenterYCoordinate" "ViewportImageCenterCCoordinate"
+    "ViewportImageCenterYCoordinate" "DeviceAbsoluteSpeed" "DeviceAbsoluteHeading"
+    "SubjectAbsoluteSpeed" "SubjectAbsoluteHeading" "DeviceRelativeSpeed" "DeviceRelativeHeading"
+    "SubjectRelativeSpeed" "SubjectRelativeHeading" "ViewportHeight" "ViewportWidth"
+    "SensorRollAngle" "AngleToNorth" "ObliquityAngle" "PlaceKeyword" "ObjectCountryCode"
+    "ShootingCountryCode" "SettingCountryCode" "CopyrightLicenseCountryCode"
+    "IntellectualPropertyLicenseCountryCode" "ObjectRegionCode" "ShootingRegionCode"
+    "SettingRegionCode" "CopyrightLicenseRegionCode" "IntellectualPropertyLicenseRegionCode"
+    "RoomNumber" "StreetNumber" "StreetName" "PostalTown" "CityName" "StateOrProvinceOrCountyName"
+    "CountryName" "SettingRoomNumber" "SettingStreetNumberOrBuildingName" "SettingStreetName"
+    "SettingTownName" "SettingCityName" "SettingStateOrProvinceOrCountyName" "SettingPostalCode"
+    "SettingCountryName" "TelephoneNumber" "FaxNumber" "E-mailAddress" "SettingDescription"
+    "UTCUserDateTime" "LocalUserDateTime" "SMPTE309MUserDateTime" "SMPTE12MUserDateTime"
+    "UTCStartDateTime" "LocalStartDateTime" "TimecodeStartDateTime" "UTCEndDateTime"
+    "LocalEndDateTime" "TimecodeEndDateTime" "UTCLastModifyDate" "LocalLastModifyDate"
+    "TimecodeLastModifyDate" "UTCEventStartDateTime" "LocalEventStartDateTime"
+    "TimecodeEventStartDateTime" "UTCEventEndDateTime" "LocalEventEndDateTime"
+    "TimecodeEventEndDateTime" "StartTimeRelativeToReference" "StartTimecodeRelativeToReference"
+    "MaterialEndTimeOffset" "MaterialEndTimecodeOffset" "EventStartTimeOffset"
+    "EventStartTimecodeOffset" "EventEndTimeOffset" "EventEndTimecodeOffset" "FrameCountOffset"
+    "TimePeriodName" "LocalCreationDateTime" "TimecodeCreationDateTime" "LocalModifyDate"
+    "TimecodeModifyDate" "FrameCount" "MaterialAbsoluteDuration" "TextlessBlackDuration"
+    "EventAbsoluteDurationFrameCount" "EventAbsoluteDuration" "BufferDelay" "ProgramIdentifier"
+    "ProgramIdentifierString" "ShimName" "SignalStandard" "IntendedAFD" "SlateTitle" "NOLACode"
+    "Rating" "NielsenStreamIdentifier" "IsRecording" "IsLiveProduction" "IsLiveTransmission"
+    "IsDubbed" "IsVoiceover" "HasAudioWatermark" "AudioWatermarkKind" "HasVideoWatermark"
+    "VideoWatermarkKind" "SubtitlesPresent" "CaptionTitles" "CaptionsViaTeletext" "TextlessMaterial"
+    "StorageDeviceKind" "StorageMediaKind" "StorageMediaID" "BroadcastDate" "BroadcastTime"
+    "IsRepeat" "FirstTransmissionInfo" "TeletextSubtitlesAvailable" "SeasonEpisodeNumber"
+    "SeasonEpisodeTitle" "EPGProgramSynopsis" "DVBParentalRating" "ContentMaturityRating"
+    "ContentMaturityDescription" "ContentMaturityGraphic" "ContractEntity" "ContractTypeLink"
+    "ConsumerRightsToCopy" "BroadcasterRightsToCopy" "DirectorName" "ProducerName"
+    "FemaleLeadActressName" "MaleLeadActorName" "PresenterName" "MainSponsorName" "VoiceTalentName"
+    "PostboxNumber" "PostCodeForPostbox" "ProgramNumber" "DefinitionObjectID" "IEEEDeviceID"
+    "ProjectNumber" "EdgeCodeHeader" "ChannelHandle" "PhysicalMediaLocation" "MediaLocation"
+    "TrackNumber" "EdgeCodeStart" "VersionTitle" "TrackID" "TrackName" "DefinitionObjectName"
+    "ContentPackageMetadataLink" "DefinedName" "DeviceManufacturerName" "ManufacturerID"
+    "IEEEManufacturerID" "AAFManufacturerID" "SupplyingDepartmentName" "AudienceShare"
+    "AudienceAppreciation" "Salutation" "HonorsAndQualifications" "ObjectModelVersion" "SDKVersion"
+    "IsOptional" "IsSearchable" "UseDefaultValue" "DefaultDataValue" "Size" "IsSigned"
+    "ElementCount" "ElementNameList" "TypeDefinitionElementValueList" "MemberNameList"
+    "ExtendibleElementNameList" "TypeDefinitionExtendibleElementValues" "TargetSet" "FillerData"
+    "KLVDataValue" "PackageKLVData" "ComponentKLVData" "AssignedCategoryName"
+    "AssignedCategoryValue" "ShotList" "PackageUserComments" "Cue-InWords" "Cue-OutWords"
+    "ObjectKind" "ObjectDescription" "ObjectName" "MetadataItemName" "ShotCommentKind" "ShotComment"
+    "ComputedObjectKind" "VersionNumberString" "VersionNumber" "WAVESummary" "AIFCSummary"
+    "TIFFSummary" "ViewportAspectRatio" "PresentationGammaEquation" "FieldDominance" "VideoLineMap"
+    "VerticalSub-sampling" "ColorRangeLevels" "PixelLayout" "AlphaSampleDepth" "PaletteLayout"
+    "ComponentDepth" "VideoCodingSchemeID" "RoundedCaptureFilmFrameRate" "AudioAverageBitrate"
+    "AudioFixedBitrateFlag" "CodingLawKind" "AudioCodingSchemeID" "LayerNumber"
+    "RoundedTimecodeTimebase" "ComponentDataDefinition" "StreamData" "TimecodeStreamData"
+    "RecordedFormat" "TapeShellKind" "TapeFormulation" "TapeCapacity" "TapeManufacturer" "TapeStock"
+    "TapeBatchNumber" "PerforationsPerFrame" "FilmBatchNumber" "FilmGauge" "EdgeCodeFilmGauge"
+    "ExposedAspectRatio" "ImageAlignmentOffset" "ImageStartOffset" "ImageEndOffset" "PaddingBits"
+    "SensorTypeCode" "FieldOfViewHorizontal" "AnamorphicLensCharacteristic" "UniformDataFlag"
+    "JPEGTableID" "AlphaTransparency" "GenerationID" "ApplicationSupplierName" "ApplicationName"
+    "ApplicationVersionNumber" "ApplicationVersionString" "ApplicationPlatform"
+    "ApplicationProductID" "LinkedGenerationID" "ContainerVersion" "ToolkitVersion"
+    "Plug-InCategoryID" "Plug-InPlatformID" "MinimumSupportedPlatformVersion"
+    "MaximumSupportedPlatformVersion" "Plug-InEngineID" "MinimumSupportedEngineVersion"
+    "MaximumSupportedEngineVersion" "Plug-InAPIID" "MinimumAPIVersion" "MaximumAPIVersion"
+    "Software-OnlySupportFlag" "HardwareAcceleratorFlag" "Plug-InLocatorSet" "AuthenticationFlag"
+    "AssociatedMetadataDefinition" "EventTrackEditRate" "DefaultFadeEditRate" "EditingEventComment"
+    "EditRate" "OperationDefinitionID" "Value" "EditHint" "OperationDataDefinition"
+    "OperationCategory" "DisplayUnits" "BypassOverride" "TimepointValue" "BeginAnchor" "EndAnchor"
+    "FilmToVideoTransferDirection" "FilmToVideoTransferKind" "FilmToVideoTransferPhase"
+    "TeletextSubtitlesFlag" "SubtitleDatafileFlag" "ClosedCaptionSubtitlesFlag" "SampleIndex"
+    "SourcePackageID" "SourceTrackID" "RelativeScope" "RelativeTrack" "ObjectClass"
+    "EssenceContainerFormat" "CodecDefinition" "ParameterDefinition" "Interpolation"
+    "ParameterDataType" "CodecEssenceDescriptor" "ContentStorage" "Dictionary" "EssenceDescription"
+    "Sequence" "TransitionEffect" "EffectRendering" "InputSegment" "StillFrame" "Selected"
+    "Annotation" "ManufacturerInformationObject" "CodecEssenceKinds" "OperationParameters"
+    "DegradedEffects" "Packages" "EssenceData" "OperationDefinitions" "ParameterDefinitions"
+    "DataDefinitions" "Plug-InDefinitions" "CodecDefinitions" "ContainerDefinitions"
+    "InterpolationDefinitions" "AvailableRepresentations" "InputSegments" "EssenceLocators"
+    "IdentificationList" "Tracks" "ControlPointList" "PackageTracks" "Alternates"
+    "ComponentsInSequence" "Parameters" "LinkedPackageID" "ParentClass" "Properties" "IsConcrete"
+    "PropertyType" "LocalID" "IsUniqueIdentifier" "ClassDefinitions" "TypeDefinitions"
+    "TargetClassOfStrongReference" "TargetClassOfWeakReference" "EnumerationUnderlyingIntegerType"
+    "FixedArrayElementType" "VariableArrayElementType" "SetElementType" "StringElementType"
+    "StreamElementType" "MemberTypes" "RenamedType" "DictionaryIdentifier" "DictionaryDescription"
+    "BlockContinuityCount" "StreamPositionIndicator" "Origin" "StartTimecode" "CutPoint"
+    "EventStart" "ControlPointTime" "ContainerLastModifyDate" "PackageLastModifyDate"
+    "DefaultFadeDuration" "Fade-InDuration" "Fade-OutDuration" "TapeFormat" "GlobalNumber"
+    "DeviceIDKind" "DeviceKind" "DeviceKindCode" "PlatformDesignation" "PlatformModel"
+    "PlatformSerialNumber" "LocalTargetID" "MagneticDiskNumber" "OpticalDiscNumber"
+    "OrganizationalProgramNumber" "RecordingLabelName" "CollectionName" "OriginCode"
+    "MainCatalogNumber" "CatalogPrefixNumber" "SideNumber" "RecordedTrackNumber"
+    "SeriesinaSeriesGroupCount" "ProgrammingGroupKind" "PurchasingOrganizationName"
+    "SalesContractNumber" "PurchasingDepartment" "ContractType" "ContractTypeCode"
+    "ContractClauseDescription" "ContractLineCode" "ContractLineName" "ContractTermsOfBusiness"
+    "ContractInstallmentPercentage" "Jurisdiction" "RightsConditionDescription" "CurrencyName"
+    "TotalPayment" "PayeeAccountName" "PayeeAccountNumber" "PayeeAccountSortCode" "TotalIncome"
+    "PayerAccountName" "PayerAccountNumber" "PayerAccountSortCode" "SecurityClassificationCaveats"
+    "ClassificationComment" "BroadcastServiceName" "BroadcastMediumCode" "JobFunctionCode"
+    "JobTitle" "PersonDescription" "RegionCode" "RegionName" "LanguageName" "TerminatingFillerData"
+    "TimingBiasCorrection" "TimingBiasCorrectionDescription" "ProgramMaterialClassificationCode"
+    "SubjectName" "KeyFrameSampleCount" "IntentDescriptor" "TextualDescriptionKind" "FestivalName"
+    "ObjectDescriptionCode" "DescriptionKind" "DescriptiveComment" "ContextDescription"
+    "ObjectIdentificationConfidence" "ObjectHorizontalAverageDimension"
+    "ObjectVerticalAverageDimension" "ObjectAreaDimension" "HorizontalActionSafePercentage"
+    "VerticalActionSafePercentage" "HorizontalGraphicsSafePercentage"
+    "VerticalGraphicsSafePercentage" "PerceivedDisplayFormatName" "PerceivedDisplayFormatCode"
+    "VideoColorKind" "PictureDisplayRate" "VideoAverageBitrate" "VideoFixedBitrate"
+    "DigitalVideoFileFormat" "CodingLawName" "AudioCodingSchemeCode" "AudioCodingSchemeName"
+    "DigitalEncodingBitrate" "DataEssenceCodingID" "StorageKind" "StorageKindCode"
+    "TapePartitionCapacity" "DiscPartitionCapacity" "FieldOfViewVertical" "SystemNameOrNumber"
+    "LogoFlag" "GraphicKind" "GraphicUsageKind" "SignatureTuneFlag" "BackgroundMusicFlag"
+    "ProductionScriptReference" "TranscriptReference" "HorizontalDatum" "VerticalDatum"
+    "CornerLatitudePoint1" "CornerLatitudePoint2" "CornerLatitudePoint3" "CornerLatitudePoint4"
+    "CornerLongitudePoint1" "CornerLongitudePoint2" "CornerLongitudePoint3" "CornerLongitudePoint4"
+    "ObjectCountryCodeMethod" "CountryCodeMethod" "Non-USClassifyingCountryCode"
+    "ReleasableCountryCode" "ObjectRegionName" "ShootingRegionName" "SettingRegionName"
+    "CopyrightLicenseRegionName" "IntellectualPropertyLicenseRegionName" "POSIXMicroseconds"
+    "EventElapsedTimeToStart" "EventElapsedTimeToEnd" "OrganizationIDKind" "SMPTEUL"
+    "EssenceContainerArray" "EssenceStreamID" "IndexStreamID" "WorkingTitle" "OriginalTitle"
+    "ClipNumber" "DescriptiveMetadataTrackIDs" "IdentifierKind" "IdentifierValue" "OrganizationCode"
+    "SupplierIdentificationKind" "SupplierIdentificationValue" "SupplierAccountNumber"
+    "SupplierAccountName" "EpisodeStartNumber" "EpisodeEndNumber" "PurchaserIdentificationKind"
+    "PurchaserIdentificationValue" "PurchaserAccountNumber" "PurchaserAccountName"
+    "TotalCurrencyAmount" "InstallmentNumber" "IdentifierIssuingAuthority"
+    "PublishingOrganizationName" "PublishingServiceName" "PublishingMediumName"
+    "PublishingRegionName" "OtherGivenNames" "ISO639TextLanguageCode" "ISO639CaptionsLanguageCode"
+    "PrimarySpokenLanguageCode" "SecondarySpokenLanguageCode" "PrimaryOriginalLanguageCode"
+    "SecondaryOriginalLanguageCode" "MajorVersion" "SectorSize" "ElementLength" "KeypointKind"
+    "KeypointValue" "AwardName" "AwardCategory" "SlateInformation" "LockedIndicator"
+    "BitsPerAudioSample" "CaptionKind" "SliceCount" "SliceNumber" "ElementDelta"
+    "PositionTableIndexing" "SliceOffsetList" "PosTableArray" "StreamOffset" "EditUnitFlags"
+    "TemporalOffset" "AnchorOffset" "EditUnitLength" "HeaderByteCount" "IndexByteCount" "PackLength"
+    "PrimaryPackage" "DescriptiveMetadataSets" "DescriptiveMetadataSetReferences" "FileDescriptors"
+    "OffsetToMetadata" "OffsetToIndexTable" "ByteOffset" "ReversePlay" "FirstNumberInSequence"
+    "PreviousNumberInSequence" "CurrentNumberInSequence" "NextNumberInSequence"
+    "LastNumberInSequence" "CentralTelephoneNumber" "MobileTelephoneNumber" "LocationDescription"
+    "LocationKind" "KeyTimePoint" "SettingDateTime" "ContractDateTime" "RightsStartDateTime"
+    "RightsStopDateTime" "PaymentDueDateTime" "ClipID" "DeviceAssetNumber" "IdentificationUL"
+    "OperationalPatternUL" "EssenceContainers" "DescriptiveMetadataSchemes" "ProjectName"
+    "LocalTagValue" "LocalTagUniqueID" "BrandMainTitle" "BrandOriginalTitle" "FrameworkTitle"
+    "SourceTrackIDs" "ShotTrackIDs" "ProgrammingGroupTitle" "LinkingName" "NameSuffix"
+    "FormerFamilyName" "Nationality" "Citizenship" "FrameworkTextLanguageCode" "KAGSize"
+    "ReversedByteOrder" "ItemName" "ItemValue" "XMLDocumentText" "FrameworkThesaurusName"
+    "GroupSynopsis" "AnnotationSynopsis" "AnnotationDescription" "ScriptingKind" "ScriptingText"
+    "ShotDescription" "AnnotationKind" "RelatedMaterialDescription" "ClipKind"
+    "DeviceUsageDescription" "DisplayF2Offset" "StoredF2Offset" "ActiveFormatDescriptor"
+    "LineNumber" "ScanningDirection" "ComponentMaximumRef" "ComponentMinimumRef" "AlphaMaximumRef"
+    "AlphaMinimumRef" "VideoPayloadIdentifier" "VideoPayloadIdentifier2002" "SingleSequenceFlag"
+    "ConstantBPictureFlag" "CodedContentScanningKind" "LowDelayIndicator" "ClosedGOPIndicator"
+    "IdenticalGOPIndicator" "MaximumGOPSize" "MaximumBPictureCount" "ProfileAndLevel" "Bitrate"
+    "ChannelCount" "PeakEnvelope" "PeakEnvelopeData" "BlockAlign" "SequenceOffset"
+    "BlockStartOffset" "FileSecurityReport" "FileSecurityWave" "AverageBytesPerSecond"
+    "AuxiliaryBitsMode" "ChannelStatusMode" "FixedChannelStatusData" "UserDataMode" "FixedUserData"
+    "BextCodingHistory" "QltyBasicData" "QltyStartOfModulation" "QltyQualityEvent"
+    "QltyEndOfModulation" "QltyQualityParameter" "QltyOperatorComment" "QltyCueSheet" "DialNorm"
+    "DataEssenceCoding" "DateTimeRate" "DateTimeDropFrameFlag" "DateTimeEmbeddedFlag" "DateTimeKind"
+    "DeltaEntryArray" "PositionTableCount" "PositionTable" "IndexEntryArray" "DataDefinition"
+    "GenerationCopyNumber" "GenerationCloneNumber" "ThemeMusicFlag" "InsertMusicFlag"
+    "IndexEditRate" "LinkedTrackID" "DescriptiveMetadataFramework" "GroupSet" "BankDetailsSet"
+    "ImageFormatSet" "ProcessingSet" "ProjectSet" "ContactsListSet" "AnnotationCueWordsSet"
+    "ShotCueWordsSet" "AwardParticipantSets" "ContractParticipantSets" "PersonSets"
+    "ParticipantOrganizationSets" "PersonOrganizationSets" "LocationSets" "TitlesSets" "GroupSets"
+    "IdentificationSets" "EpisodicItemSets" "BrandingSets" "EventSets" "PublicationSets" "AwardSets"
+    "CaptionDescriptionSets" "AnnotationSets" "ProductionSettingPeriodSets" "SceneSettingPeriodSets"
+    "ScriptingSets" "ClassificationSets" "SceneShotSets" "ClipShotSets" "KeyPointSets"
+    "ShotParticipantRoleSets" "ShotPersonSets" "OrganizationSets" "ShotLocationSets" "AddressSets"
+    "CommunicationSets" "ContractSets" "RightsSets" "PaymentsSets" "DeviceParametersSets"
+    "ClassificationNameValueSets" "ContactNameValueSets" "DeviceParameterNameValueSets"
+    "MetadataServerLocators" "RelatedMaterialLocators" "LocalTagEntries" "TotalNumberInSequence"
+    "RoomOrSuiteName" "BuildingName" "LocalFestivalDateTime" "ShotStartPosition"
+    "IndexingStartPosition" "EventOrigin" "SettingPeriodDescription" "IndexDuration" "ShotDuration"
+    "ExtendedClipID" "ClipIDArray" "ExtendedClipIDArray" "TrackNumberBatch"
+    "ExtendedTextLanguageCode" "ExtendedCaptionsLanguageCode" "FrameworkExtendedTextLanguageCode"
+    "PrimaryExtendedSpokenLanguageCode" "SecondaryExtendedSpokenLanguageCode"
+    "OriginalExtendedSpokenPrimaryLanguageCode" "SecondaryOriginalExtendedSpokenLanguageCode"
+    "KLVMetadataSequence" "PackageAttributes" "ComponentAttributes" "MPEG7BiMDecoderInitFrame1"
+    "MPEG7BiMDecoderInitFrame2" "MPEG7BiMDecoderInitFrame3" "MPEG7BiMDecoderInitFrame4"
+    "MPEG7BiMDecoderInitFrame5" "MPEG7BiMDecoderInitFrame6" "MPEG7BiMDecoderInitFrame7"
+    "MPEG7BiMDecoderInitFrame8" "MPEG7BiMAccessUnitFrame1" "MPEG7BiMAccessUnitFrame2"
+    "MPEG7BiMAccessUnitFrame3" "MPEG7BiMAccessUnitFrame4" "MPEG7BiMAccessUnitFrame5"
+    "MPEG7BiMAccessUnitFrame6" "MPEG7BiMAccessUnitFrame7" "MPEG7BiMAccessUnitFrame8"
+    "ComponentUserComments" "SensorMode" "ChannelAssignment" "ContentPackageIndexArray"
+    "VideoIndexArray" "ApproximateImageContainerSize" "MetadataEncodingSchemeCode" "MIMEMediaType"
+    "FieldOfViewVerticalFP" "PackageUsageKind" "ChannelID" "ChannelIDs" "KLVDataType"
+    "KLVDataParentProperties" "TaggedValueParentProperties" "AnnotationParticipantSets"
+    "KLVDataDefinitions" "TaggedValueDefinitions" "AddressNameValueSets" "NMEADocumentText"
+    "PlatformRollAngle" "PlatformPitchAngle" "PlatformHeadingAngle" "AddressLine" "PlaceName"
+    "GeographicalCoordinates" "AstronomicalBodyName" "TimecodeArray" "MarkIn" "UserPosition"
+    "MarkOut" "ClipCreationDateTime" "VideoClipDuration" "ParticipantID" "ContactID"
+    "DefaultNamespaceURI" "NamespaceURI" "NamespaceURIs" "HTMLDOCTYPE" "NamespacePrefix"
+    "NamespacePrefixes" "RightsComment" "NominationCategory" "PeakEnvelopeVersion"
+    "PeakEnvelopeFormat" "PointsPerPeakValue" "PeakEnvelopeBlockSize" "PeakChannelCount"
+    "PeakFrameCount" "PeakOfPeaksPosition" "PeakEnvelopeTimestamp" "RIFFChunkID" "RIFFChunkLength"
+    "RIFFChunkData" "MIMECharSet" "MIMEEncoding" "MonoSourceTrackIDs" "CompositionRendering"
+    "CaptionsDescriptionParticipantSets" "EventAnnotationSets" "ScriptingLocators"
+    "UnknownBWFChunks" "CryptographicContextID" "NITFLayerTargetID" "RP217DataStreamPID"
+    "RP217VideoStreamPID" "CipherAlgorithm" "CryptographicKeyID" "EncryptedSourceValue"
+    "MICAlgorithm" "MIC" "JFIFMarkerDescription" "HTMLMetaDescription" "ColorPrimaries"
+    "ProductFormat" "SourceLength" "SourceContainerFormat" "SourceKey" "DynamicSourcePackageID"
+    "DynamicSourceTrackIDs" "SourceIndex" "SourceSpecies" "SourceValue" "CryptographicContextObject"
+    "Sub-descriptors" "EncryptedTrackFileID" "CryptographicContextLink" "PlaintextOffset"
+    "TripletSequenceNumber" "BoundingRectangle" "GeographicLocation" "GeographicPolygonCoordinates"
+    "GeographicAreaNorthwest" "GeographicAreaSoutheast" "GeographicAreaSourceDatum"
+    "GeographicPolygonSourceDatum" "ClassifyingCountryCode" "UTCInstantDateTime" "ToleranceMode"
+    "ToleranceWindow" "ToleranceInterpolationMethod" "VBILineCount" "StoredVBILineNumber"
+    "VBIWrappingType" "VBIPayloadSampleCount" "VBIPayloadByteArray" "ANCPacketCount"
+    "StoredANCLineNumber" "ANCWrappingType" "ANCPayloadSampleCount" "ANCPayloadByteArray"
+    "VBIPayloadSampleCoding" "ANCPayloadSampleCoding" "Rsiz" "Xsiz" "Ysiz" "XOsiz" "YOsiz" "XTsiz"
+    "YTsiz" "XTOsiz" "YTOsiz" "Csiz" "PictureComponentSizing" "CodingStyleDefault"
+    "QuantizationDefault" "MPEGAudioBitrate" "CBEStartOffset" "VBEEndOffset" "SubDescriptor"
+    "SubDescriptors" "RootMetaDictionary" "RootPreface" "RootObjectDirectory" "RootFormatVersion"
+    "PackageMarkInPosition" "PackageMarkOutPosition" "Ad-ID" "ResourceID" "AncillaryResourceID"
+    "ApplicationSchemeBatch" "RegisterKind" "RegisterVersion" "RegisterEditorName"
+    "RegisterStatusKind" "RegisterItemName" "RegisterItemDefinition" "RegisterItemSymbol"
+    "RegisterItemDefiningDocumentName" "RegisterItemUL" "RegisterItemNotes"
+    "RegisterItemIntroductionVersion" "RegisterItemHierarchyLevel" "RegisterEntryStatus"
+    "RegisterAction" "RegisterApproverName" "RegisterCreationTime" "RegistrantName"
+    "RegisterItemOriginatorName" "RegisterUserName" "RegisterUserTime" "RegisterAdministrationNotes"
+    "AFDAndBarData" "PanScanInformation" "VC-1InitializationMetadata" "VC-1SingleSequence"
+    "VC-1CodedContentType" "VC-1IdenticalGOP" "VC-1MaximumGOP" "VC-1BPictureCount"
+    "VC-1AverageBitrate" "VC-1MaximumBitrate" "VC-1Profile" "VC-1Level" "LinkedTimecodeTrackID"
+    "SMPTE337MDataStreamNumber" "ApplicationScheme" "DescriptiveMetadataScheme" "UCSEncoding"
+    "LinkedApplicationPlug-InInstanceID" "LinkedDescriptiveFrameworkPlug-InID"
+    "ApplicationPlug-InInstanceID" "DescriptiveMetadataPlug-InID" "ApplicationEnvironmentID"
+    "DescriptiveMetadataApplicationEnvironmentID" "LinkedDescriptiveObjectPlug-InID"
+    "TimebaseReferenceTrackID" "ObjectClassDefinition" "ApplicationPlug-InBatch" "PackageMarker"
+    "PackageTimelineMarkerRef" "RegisterAdministrationObject" "RegisterEntryAdministrationObject"
+    "GenericPayloads" "RegisterEntryArray" "RegisterAdministrationArray"
+    "ApplicationInformationArray" "RegisterChildEntryArray" "RegisterReleaseDateTime"
+    "RegisterItemStatusChangeDateTime" "OpenBodyPartition" "ClosedBodyPartition"
+    "OpenCompleteBodyPartition" "ClosedCompleteBodyPartition" "Footer" "CompleteFooter"
+    "RandomIndexMetadataV10" "RandomIndexMetadata" "PartitionMetadata" "SourceClip"
+    "V10IndexTableSegment" "IndexTableSegment" "DefaultObject" "CipherAlgorithmAES128CBC"
+    "HMACAlgorithmSHA1128" "EncryptedContainerLabel" "CryptographicFrameworkLabel"
+    "060e2b34.0401.0101.01030201.01000000" "060e2b34.0401.0101.01030201.02000000"
+    "060e2b34.0401.0101.01030201.03000000" "060e2b34.0401.0101.01030201.10000000"
+    "060e2b34.0401.0101.01030202.01000000" "060e2b34.0401.0101.01030202.02000000"
+    "060e2b34.0401.0101.01030202.03000000" "MXF:AAFManufacturerID" "AAF Manufacturer ID"
+    "MXF:AFDAndBarData" "AFD And Bar Data" "MXF:AGICOAID" "MXF:AICI" "MXF:AIFCSummary"
+    "AIFC Summary" "MXF:ANCPacketCount" "ANC Packet Count" "MXF:ANCPayloadByteArray"
+    "ANC Payload Byte Array" "MXF:ANCPayloadSampleCoding" "ANC Payload Sample Coding"
+    "MXF:ANCPayloadSampleCount" "ANC Payload Sample Count" "MXF:ANCWrappingType" "ANC Wrapping Type"
+    "MXF:Abstract" "MXF:AccountingReferenceNumber" "Accounting Reference Number"
+    "MXF:ActiveFormatDescriptor" "Active Format Descriptor" "MXF:ActiveLinesperFrame"
+    "Active Linesper Frame" "MXF:ActiveSamplesperLine" "Active Samplesper Line" "MXF:ActiveState"
+    "Active State" "MXF:Ad-ID" "MXF:AddressLine" "Address Line" "MXF:AddressNameValueSets"
+    "Address Name Value Sets" "MXF:AddressSets" "Address Sets" "MXF:AdvertisingMaterialReference"
+    "Advertising Material Reference" "MXF:AestheticValue" "Aesthetic Value" "MXF:AlphaMaximumRef"
+    "Alpha Maximum Ref" "MXF:AlphaMinimumRef" "Alpha Minimum Ref" "MXF:AlphaSampleDepth"
+    "Alpha Sample Depth" "MXF:AlphaTransparency" "Alpha Transparency" "MXF:AlphaTransparency:0"
+    "Not Inverted" "MXF:AlphaTransparency:1" "Inverted" "MXF:AlternateName" "MXF:Alternates"
+    "MXF:AnalogDataCodingKind" "Analog Data Coding Kind" "MXF:AnalogMetadataCarrier"
+    "Analog Metadata Carrier" "MXF:AnalogMonitoringAndControlCodingKind"
+    "Analog Monitoring And Control Coding Kind" "MXF:AnalogSystem" "Analog System"
+    "MXF:AnalogVideoSystemName" "Analog Video System Name" "MXF:AnamorphicLensCharacteristic"
+    "Anamorphic Lens Characteristic" "MXF:AnchorOffset" "Anchor Offset" "MXF:AncillaryResourceID"
+    "Ancillary Resource ID" "MXF:AngleToNorth" "Angle To North" "MXF:AngularUnitKind"
+    "Angular Unit Kind" "MXF:Annotation" "MXF:AnnotationCueWordsSet" "Annotation Cue Words Set"
+    "MXF:AnnotationDescription" "Annotation Description" "MXF:AnnotationKind" "Annotation Kind"
+    "MXF:AnnotationParticipantSets" "Annotation Participant Sets" "MXF:AnnotationSets"
+    "Annotation Sets" "MXF:AnnotationSynopsis" "Annotation Synopsis" "MXF:ApplicationEnvironmentID"
+    "Application Environment ID" "MXF:ApplicationInformationArray" "Application Information Array"
+    "MXF:ApplicationName" "Application Name" "MXF:ApplicationPlatform" "Application Platform"
+    "MXF:ApplicationPlug-InBatch" "Application Plug-In Batch" "MXF:ApplicationPlug-InInstanceID"
+    "Application Plug-In Instance ID" "MXF:ApplicationProductID" "Application Product ID"
+    "MXF:ApplicationScheme" "Application Scheme" "MXF:ApplicationSchemeBatch"
+    "Application Scheme Batch" "MXF:ApplicationSupplierName" "Application Supplier Name"
+    "MXF:ApplicationVersionNumber" "Application Version Number" "MXF:ApplicationVersionString"
+    "Application Version String" "MXF:ApproximateImageContainerSize"
+    "Approximate Image Container Size" "MXF:ArchiveID" "Archive ID" "MXF:AssetValue" "Asset Value"
+    "MXF:AssignedCategoryName" "Assigned Category Name" "MXF:AssignedCategoryValue"
+    "Assigned Category Value" "MXF:AssociatedMetadataDefinition" "Associated Metadata Definition"
+    "MXF:AstronomicalBodyName" "Astronomical Body Name" "MXF:AudienceAppreciation"
+    "Audience Appreciation" "MXF:AudienceRating" "Audience Rating" "MXF:AudienceReach"
+    "Audience Reach" "MXF:AudienceShare" "Audience Share" "MXF:AudioAverageBitrate"
+    "Audio Average Bitrate" "MXF:AudioCodingSchemeCode" "Audio Coding Scheme Code"
+    "MXF:AudioCodingSchemeID" "Audio Coding Scheme ID" "MXF:AudioCodingSchemeName"
+    "Audio Coding Scheme Name" "MXF:AudioCompressionAlgorithm" "Audio Compression Algorithm"
+    "MXF:AudioDeviceKind" "Audio Device Kind" "MXF:AudioDeviceParameter" "Audio Device Parameter"
+    "MXF:AudioDeviceParameterSetting" "Audio Device Parameter Setting"
+    "MXF:AudioEnhancementOrModificationDescription" "Audio Enhancement Or Modification Description"
+    "MXF:AudioFirstMix-DownProcess" "Audio First Mix-Down Process" "MXF:AudioFixedBitrateFlag"
+    "Audio Fixed Bitrate Flag" "MXF:AudioMonoChannelCount" "Audio Mono Channel Count"
+    "MXF:AudioNoiseReductionAlgorithm" "Audio Noise Reduction Algorithm" "MXF:AudioReferenceLevel"
+    "Audio Reference Level" "MXF:AudioSampleRate" "MXF:AudioStereoChannelCount"
+    "Audio Stereo Channel Count" "MXF:AudioWatermarkKind" "Audio Watermark Kind"
+    "MXF:AuthenticationFlag" "Authentication Flag" "MXF:AuxiliaryBitsMode" "Auxiliary Bits Mode"
+    "MXF:AvailableRepresentations" "Available Representations" "MXF:AverageBytesPerSecond"
+    "Average Bytes Per Second" "MXF:AwardCategory" "Award Category" "MXF:AwardName" "Award Name"
+    "MXF:AwardParticipantSets" "Award Participant Sets" "MXF:AwardSets" "Award Sets" "MXF:BICI"
+    "MXF:BackgroundMusicFlag" "Background Music Flag" "MXF:BankDetailsSet" "Bank Details Set"
+    "MXF:BeginAnchor" "Begin Anchor" "MXF:BextCodingHistory" "Bext Coding History" "MXF:Bitrate"
+    "MXF:BitsPerAudioSample" "Bits Per Audio Sample" "MXF:BitsPerPixel" "Bits Per Pixel"
+    "MXF:BitsPerSample" "Bits Per Sample" "MXF:BlackReferenceLevel" "Black Reference Level"
+    "MXF:BlockAlign" "Block Align" "MXF:BlockContinuityCount" "Block Continuity Count"
+    "MXF:BlockStartOffset" "Block Start Offset" "MXF:BoundingRectangle" "Bounding Rectangle"
+    "MXF:BrandMainTitle" "Brand Main Title" "MXF:BrandOriginalTitle" "Brand Original Title"
+    "MXF:BrandingSets" "Branding Sets" "MXF:BroadcastChannel" "Broadcast Channel"
+    "MXF:BroadcastDate" "Broadcast Date" "MXF:BroadcastMediumCode" "Broadcast Medium Code"
+    "MXF:BroadcastMediumKind" "Broadcast Medium Kind" "MXF:BroadcastOrganizationName"
+    "Broadcast Organization Name" "MXF:BroadcastRegion" "Broadcast Region"
+    "MXF:BroadcastServiceName" "Broadcast Service Name" "MXF:BroadcastTime" "Broadcast Time"
+    "MXF:BroadcasterRightsToCopy" "Broadcaster Rights To Copy" "MXF:BufferDelay" "Buffer Delay"
+    "MXF:BuildingName" "Building Name" "MXF:Bypass" "MXF:BypassOverride" "Bypass Override"
+    "MXF:ByteOffset" "Byte Offset" "MXF:ByteOrder" "Byte Order" "MXF:ByteOrder:II"
+    "MXF:ByteOrder:MM" "MXF:CBEStartOffset" "CBE Start Offset" "MXF:CISACLegalEntityID"
+    "CISAC Legal Entity ID" "MXF:CaptionDescriptionSets" "Caption Description Sets"
+    "MXF:CaptionKind" "Caption Kind" "MXF:CaptionTitles" "Caption Titles"
+    "MXF:CaptionsDescriptionParticipantSets" "Captions Description Participant Sets"
+    "MXF:CaptionsViaTeletext" "Captions Via Teletext" "MXF:CaptureAspectRatio"
+    "Capture Aspect Ratio" "MXF:CaptureFilmFrameRate" "Capture Film Frame Rate"
+    "MXF:CaptureGammaEquation" "Capture Gamma Equation" "MXF:CatalogDataStatus"
+    "Catalog Data Status" "MXF:CatalogPrefixNumber" "Catalog Prefix Number"
+    "MXF:CatalogingSystemName" "Cataloging System Name" "MXF:CentralTelephoneNumber"
+    "Central Telephone Number" "MXF:ChannelAssignment" "Channel Assignment" "MXF:ChannelCount"
+    "Channel Count" "MXF:ChannelHandle" "Channel Handle" "MXF:ChannelID" "Channel ID"
+    "MXF:ChannelIDs" "Channel I Ds" "MXF:ChannelStatusMode" "Channel Status Mode"
+    "MXF:ChannelStatusMode:0" "No Channel Status Data" "MXF:ChannelStatusMode:1" "AES3 Minimum"
+    "MXF:ChannelStatusMode:2" "AES3 Standard" "MXF:ChannelStatusMode:3"
+    "Fixed 24 Bytes in FixedChannelStatusData" "MXF:ChannelStatusMode:4"
+    "Stream of Data in MXF Header Metadata" "MXF:ChannelStatusMode:5"
+    "Stream of Data Multiplexed within MXF Body" "MXF:CipherAlgorithm" "Cipher Algorithm"
+    "MXF:CipherAlgorithmAES128CBC" "Cipher Algorithm AES128 CBC" "MXF:Citizenship" "MXF:CityName"
+    "City Name" "MXF:ClassDefinitions" "Class Definitions" "MXF:ClassificationAndMarkingSystem"
+    "MXF:ClassificationComment" "Classification Comment" "MXF:ClassificationNameValueSets"
+    "Classification Name Value Sets" "MXF:ClassificationReason" "MXF:ClassificationSets"
+    "Classification Sets" "MXF:ClassifiedBy" "MXF:ClassifyingCountryCode" "Classifying Country Code"
+    "MXF:ClipCreationDateTime" "Clip Creation Date Time" "MXF:ClipID" "Clip ID" "MXF:ClipIDArray"
+    "Clip ID Array" "MXF:ClipKind" "Clip Kind" "MXF:ClipNumber" "Clip Number" "MXF:ClipShotSets"
+    "Clip Shot Sets" "MXF:CloneCount" "Clone Count" "MXF:ClosedBodyPartition"
+    "Closed Body Partition" "MXF:ClosedCaptionSubtitlesFlag" "Closed Caption Subtitles Flag"
+    "MXF:ClosedCompleteBodyPartition" "Closed Complete Body Partition" "MXF:ClosedGOPIndicator"
+    "Closed GOP Indicator" "MXF:CodecDefinition" "Codec Definition" "MXF:CodecDefinitions"
+    "Codec Definitions" "MXF:CodecEssenceDescriptor" "Codec Essence Descriptor"
+    "MXF:CodecEssenceKinds" "Codec Essence Kinds" "MXF:CodedContentScanningKind"
+    "Coded Content Scanning Kind" "MXF:CodedContentScanningKind:0" "MXF:CodedContentScanningKind:1"
+    "MXF:CodedContentScanningKind:2" "Interlaced" "MXF:CodedContentScanningKind:3" "Mixed"
+    "MXF:CodingLawKind" "Coding Law Kind" "MXF:CodingLawName" "Coding Law Name"
+    "MXF:CodingStyleDefault" "Coding Style Default" "MXF:CollectionName" "Collection Name"
+    "MXF:ColorDescriptor" "Color Descriptor" "MXF:ColorFieldCode" "Color Field Code"
+    "MXF:ColorPrimaries" "Color Primaries" "MXF:ColorRangeLevels" "Color Range Levels"
+    "MXF:ColorSiting" "Color Siting" "MXF:ColorimetryCode" "Colorimetry Code"
+    "MXF:CommunicationSets" "Communication Sets" "MXF:CompleteFooter" "Complete Footer"
+    "MXF:ComponentAttributes" "Component Attributes" "MXF:ComponentDataDefinition"
+    "Component Data Definition" "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.01000000"
+    "SMPTE 12M Timecode Track" "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.02000000"
     "SMPTE 12M Timecode Track with active user bits"
-    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.03000000""SMPTE 309M Timecode Track"
-    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.10000000""Descriptive Metadata Track"
-    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.01000000""Picture Essence Track"
-    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.02000000""Sound Essence Track"
-    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.03000000""Data Essence Track"
-    "MXF:ComponentDepth""Component Depth""MXF:ComponentKLVData""Component KLV Data"
-    "MXF:ComponentMaximumRef""Component Maximum Ref""MXF:ComponentMinimumRef""Component Minimum Ref"
-    "MXF:ComponentUserComments""Component User Comments""MXF:ComponentsInSequence"
-    "Components In Sequence""MXF:CompositionRendering""Composition Rendering""MXF:ComputedKeyData"
-    "Computed Key Data""MXF:ComputedKeyFrames""Computed Key Frames""MXF:ComputedKeySounds"
-    "Computed Key Sounds""MXF:ComputedKeywords""Computed Keywords""MXF:ComputedObjectKind"
-    "Computed Object Kind""MXF:ComputedStratumKind""Computed Stratum Kind""MXF:ConstantBPictureFlag"
-    "Constant B Picture Flag""MXF:ConsumerRightsToCopy""Consumer Rights To Copy"
-    "MXF:ContactDepartmentName""Contact Department Name""MXF:ContactID""Contact ID""MXF:ContactKind"
-    "Contact Kind""MXF:ContactNameValueSets""Contact Name Value Sets""MXF:ContactsListSet"
-    "Contacts List Set""MXF:ContainerDefinitions""Container Definitions"
-    "MXF:ContainerLastModifyDate""Container Last Modify Date""MXF:ContainerVersion"
-    "Container Version""MXF:ContentClassification""Content Classification""MXF:ContentCodingSystem"
-    "Content Coding System""MXF:ContentMaturityDescription""Content Maturity Description"
-    "MXF:ContentMaturityGraphic""Content Maturity Graphic""MXF:ContentMaturityRating"
-    "Content Maturity Rating""MXF:ContentPackageIndexArray""Content Package Index Array"
-    "MXF:ContentPackageMetadataLink""Content Package Metadata Link""MXF:ContentStorage"
-    "Content Storage""MXF:ContentValue""Content Value""MXF:ContextDescription""Context Description"
-    "MXF:ContiguousDataFlag""Contiguous Data Flag""MXF:ContractClauseDescription"
-    "Contract Clause Description""MXF:ContractDateTime""Contract Date Time""MXF:ContractEntity"
-    "Contract Entity""MXF:ContractInstallmentPercentage""Contract Installment Percentage"
-    "MXF:ContractLineCode""Contract Line Code""MXF:ContractLineName""Contract Line Name"
-    "MXF:ContractParticipantSets""Contract Participant Sets""MXF:ContractSets""Contract Sets"
-    "MXF:ContractTermsOfBusiness""Contract Terms Of Business""MXF:ContractType""Contract Type"
-    "MXF:ContractTypeCode""Contract Type Code""MXF:ContractTypeLink""Contract Type Link"
-    "MXF:ContributionStatus""Contribution Status""MXF:ControlPointList""Control Point List"
-    "MXF:ControlPointTime""Control Point Time""MXF:CopyCount""Copy Count"
-    "MXF:CopyrightLicenseCountryCode""Copyright License Country Code"
-    "MXF:CopyrightLicenseRegionCode""Copyright License Region Code""MXF:CopyrightLicenseRegionName"
-    "Copyright License Region Name""MXF:CopyrightOwnerName""Copyright Owner Name"
-    "MXF:CopyrightStatus""Copyright Status""MXF:CornerLatitudePoint1""Corner Latitude Point 1"
-    "MXF:CornerLatitudePoint2""Corner Latitude Point 2""MXF:CornerLatitudePoint3"
-    "Corner Latitude Point 3""MXF:CornerLatitudePoint4""Corner Latitude Point 4"
-    "MXF:CornerLongitudePoint1""Corner Longitude Point 1""MXF:CornerLongitudePoint2"
-    "Corner Longitude Point 2""MXF:CornerLongitudePoint3""Corner Longitude Point 3"
-    "MXF:CornerLongitudePoint4""Corner Longitude Point 4""MXF:CountryCodeMethod"
-    "Country Code Method""MXF:CountryName""Country Name""MXF:CreateDate""MXF:CryptographicContextID"
-    "Cryptographic Context ID""MXF:CryptographicContextLink""Cryptographic Context Link"
-    "MXF:CryptographicContextObject""Cryptographic Context Object""MXF:CryptographicFrameworkLabel"
-    "Cryptographic Framework Label""MXF:CryptographicKeyID""Cryptographic Key ID""MXF:Csiz"
-    "MXF:Cue-InWords""Cue-In Words""MXF:Cue-OutWords""Cue-Out Words""MXF:CulturalValue"
-    "Cultural Value""MXF:CurrencyCode""Currency Code""MXF:CurrencyName""Currency Name"
-    "MXF:CurrentNumberInSequence""Current Number In Sequence""MXF:CurrentRepeatNumber"
-    "Current Repeat Number""MXF:CutPoint""Cut Point""MXF:DOI""MXF:DVBParentalRating"
-    "DVB Parental Rating""MXF:DataDefinition""Data Definition""MXF:DataDefinitions"
-    "Data Definitions""MXF:DataDeviceKind""Data Device Kind""MXF:DataDeviceParameterName"
-    "Data Device Parameter Name""MXF:DataDeviceParameterSetting""Data Device Parameter Setting"
-    "MXF:DataEnhancementOrModificationDescription""Data Enhancement Or Modification Description"
-    "MXF:DataEssenceCoding""Data Essence Coding""MXF:DataEssenceCodingID""Data Essence Coding ID"
-    "MXF:DateTimeDropFrameFlag""Date Time Drop Frame Flag""MXF:DateTimeEmbeddedFlag"
-    "Date Time Embedded Flag""MXF:DateTimeKind""Date Time Kind""MXF:DateTimeRate""Date Time Rate"
-    "MXF:DeclassificationDate""MXF:DefaultDataValue""Default Data Value""MXF:DefaultFadeDuration"
-    "Default Fade Duration""MXF:DefaultFadeEditRate""Default Fade Edit Rate""MXF:DefaultFadeType"
-    "Default Fade Type""MXF:DefaultNamespaceURI""Default Namespace URI""MXF:DefaultObject"
-    "Default Object""MXF:DefinedName""Defined Name""MXF:DefinitionObjectID""Definition Object ID"
-    "MXF:DefinitionObjectName""Definition Object Name""MXF:DegradedEffects""Degraded Effects"
-    "MXF:DeltaEntryArray""Delta Entry Array""MXF:DerivedFrom""MXF:Description""MXF:DescriptionKind"
-    "Description Kind""MXF:DescriptiveComment""Descriptive Comment"
-    "MXF:DescriptiveMetadataApplicationEnvironmentID"
-    "Descriptive Metadata Application Environment ID""MXF:DescriptiveMetadataFramework"
-    "Descriptive Metadata Framework""MXF:DescriptiveMetadataPlug-InID"
-    "Descriptive Metadata Plug-In ID""MXF:DescriptiveMetadataScheme""Descriptive Metadata Scheme"
-    "MXF:DescriptiveMetadataSchemes""Descriptive Metadata Schemes"
-    "MXF:DescriptiveMetadataSetReferences""Descriptive Metadata Set References"
-    "MXF:DescriptiveMetadataSets""Descriptive Metadata Sets""MXF:DescriptiveMetadataTrackIDs"
-    "Descriptive Metadata Track I Ds""MXF:DeviceAbsoluteHeading""Device Absolute Heading"
-    "MXF:DeviceAbsolutePositionalAccuracy""Device Absolute Positional Accuracy"
-    "MXF:DeviceAbsoluteSpeed""Device Absolute Speed""MXF:DeviceAltitude""Device Altitude"
-    "MXF:DeviceAssetNumber""Device Asset Number""MXF:DeviceDesignation""Device Designation"
-    "MXF:DeviceIDKind""Device ID Kind""MXF:DeviceKind""Device Kind""MXF:DeviceKindCode"
-    "Device Kind Code""MXF:DeviceLatitude""Device Latitude""MXF:DeviceLongitude""Device Longitude"
-    "MXF:DeviceManufacturerName""Device Manufacturer Name""MXF:DeviceModel""Device Model"
-    "MXF:DeviceParameterNameValueSets""Device Parameter Name Value Sets""MXF:DeviceParametersSets"
-    "Device Parameters Sets""MXF:DeviceRelativeHeading""Device Relative Heading"
-    "MXF:DeviceRelativePositionX""Device Relative Position X""MXF:DeviceRelativePositionY"
-    "Device Relative Position Y""MXF:DeviceRelativePositionZ""Device Relative Position Z"
-    "MXF:DeviceRelativePositionalAccuracy""Device Relative Positional Accuracy"
-    "MXF:DeviceRelativeSpeed""Device Relative Speed""MXF:DeviceSerialNumber""Device Serial Number"
-    "MXF:DeviceUsageDescription""Device Usage Description""MXF:DeviceXDimension""Device X Dimension"
-    "MXF:DeviceYDimension""Device Y Dimension""MXF:DialNorm""Dial Norm""MXF:Dictionary"
-    "MXF:DictionaryDescription""Dictionary Description""MXF:DictionaryIdentifier"
-    "Dictionary Identifier""MXF:DigitalEncodingBitrate""Digital Encoding Bitrate"
-    "MXF:DigitalMetadataCarrier""Digital Metadata Carrier""MXF:DigitalOrAnalogOrigination"
-    "Digital Or Analog Origination""MXF:DigitalVideoFileFormat""Digital Video File Format"
-    "MXF:DirectorName""Director Name""MXF:DiscPartitionCapacity""Disc Partition Capacity"
-    "MXF:DisplayF2Offset""Display F2 Offset""MXF:DisplayHeight""Display Height""MXF:DisplayUnits"
-    "Display Units""MXF:DisplayWidth""Display Width""MXF:DisplayXOffset""Display X Offset"
-    "MXF:DisplayYOffset""Display Y Offset""MXF:Dither""MXF:DropFrame""Drop Frame""MXF:Duration"
-    "MXF:DynamicSourcePackageID""Dynamic Source Package ID""MXF:DynamicSourceTrackIDs"
-    "Dynamic Source Track I Ds""MXF:E-mailAddress""E-mail Address""MXF:EPGProgramSynopsis"
-    "EPG Program Synopsis""MXF:EdgeCode""Edge Code""MXF:EdgeCodeFilmGauge""Edge Code Film Gauge"
-    "MXF:EdgeCodeFormat""Edge Code Format""MXF:EdgeCodeHeader""Edge Code Header""MXF:EdgeCodeStart"
-    "Edge Code Start""MXF:EditHint""Edit Hint""MXF:EditRate""Edit Rate""MXF:EditUnitFlags"
-    "Edit Unit Flags""MXF:EditUnitLength""Edit Unit Length""MXF:EditingEventComment"
-    "Editing Event Comment""MXF:EffectRendering""Effect Rendering""MXF:ElectrospatialFormulation"
-    "Electrospatial Formulation""MXF:ElementCount""Element Count""MXF:ElementDelta""Element Delta"
-    "MXF:ElementLength""Element Length""MXF:ElementNameList""Element Name List""MXF:Emphasis"
-    "MXF:EncryptedContainerLabel""Encrypted Container Label""MXF:EncryptedSourceValue"
-    "Encrypted Source Value""MXF:EncryptedTrackFileID""Encrypted Track File ID""MXF:EndAnchor"
-    "End Anchor""MXF:EnhancementOrModificationDescription""Enhancement Or Modification Description"
-    "MXF:EnumerationUnderlyingIntegerType""Enumeration Underlying Integer Type"
-    "MXF:EpisodeEndNumber""Episode End Number""MXF:EpisodeNumber""Episode Number"
-    "MXF:EpisodeStartNumber""Episode Start Number""MXF:EpisodicItemSets""Episodic Item Sets"
-    "MXF:EssenceContainerArray""Essence Container Array""MXF:EssenceContainerFormat"
-    "Essence Container Format""MXF:EssenceContainers""Essence Containers""MXF:EssenceData"
-    "Essence Data""MXF:EssenceDescription""Essence Description""MXF:EssenceIsIdentified"
-    "Essence Is Identified""MXF:EssenceLength""Essence Length""MXF:EssenceLocators"
-    "Essence Locators""MXF:EssenceStreamID""Essence Stream ID""MXF:EventAbsoluteDuration"
-    "Event Absolute Duration""MXF:EventAbsoluteDurationFrameCount"
-    "Event Absolute Duration Frame Count""MXF:EventAnnotationSets""Event Annotation Sets"
-    "MXF:EventElapsedTimeToEnd""Event Elapsed Time To End""MXF:EventElapsedTimeToStart"
-    "Event Elapsed Time To Start""MXF:EventEndTimeOffset""Event End Time Offset"
-    "MXF:EventEndTimecodeOffset""Event End Timecode Offset""MXF:EventIndication""Event Indication"
-    "MXF:EventOrigin""Event Origin""MXF:EventSets""Event Sets""MXF:EventStart""Event Start"
-    "MXF:EventStartTimeOffset""Event Start Time Offset""MXF:EventStartTimecodeOffset"
-    "Event Start Timecode Offset""MXF:EventTrackEditRate""Event Track Edit Rate""MXF:ExCCIData"
-    "Ex CCI Data""MXF:ExposedAspectRatio""Exposed Aspect Ratio""MXF:ExtendedCaptionsLanguageCode"
-    "Extended Captions Language Code""MXF:ExtendedClipID""Extended Clip ID""MXF:ExtendedClipIDArray"
-    "Extended Clip ID Array""MXF:ExtendedTextLanguageCode""Extended Text Language Code"
-    "MXF:ExtendibleElementNameList""Extendible Element Name List""MXF:FNumber""MXF:Fade-InDuration"
-    "Fade-In Duration""MXF:Fade-InType""Fade-In Type""MXF:Fade-OutDuration""Fade-Out Duration"
-    "MXF:Fade-OutType""Fade-Out Type""MXF:FamilyName""Family Name""MXF:FaxNumber""Fax Number"
-    "MXF:FemaleLeadActressName""Female Lead Actress Name""MXF:FestivalName""Festival Name"
-    "MXF:FieldDominance""Field Dominance""MXF:FieldFrameTypeCode""Field Frame Type Code"
-    "MXF:FieldOfViewHorizontal""Field Of View Horizontal""MXF:FieldOfViewVertical"
-    "Field Of View Vertical""MXF:FieldOfViewVerticalFP""Field Of View Vertical FP""MXF:FieldRate"
-    "Field Rate""MXF:FileDescriptors""File Descriptors""MXF:FileSecurityReport"
-    "File Security Report""MXF:FileSecurityWave""File Security Wave""MXF:FillerData""Filler Data"
-    "MXF:FilmBatchNumber""Film Batch Number""MXF:FilmCaptureAperture""Film Capture Aperture"
-    "MXF:FilmColorProcess""Film Color Process""MXF:FilmFormatName""Film Format Name""MXF:FilmGauge"
-    "Film Gauge""MXF:FilmStockKind""Film Stock Kind""MXF:FilmStockManufacturerName"
-    "Film Stock Manufacturer Name""MXF:FilmTestParameter""Film Test Parameter""MXF:FilmTestResult"
-    "Film Test Result""MXF:FilmToVideoTransferDirection""Film To Video Transfer Direction"
-    "MXF:FilmToVideoTransferKind""Film To Video Transfer Kind""MXF:FilmToVideoTransferPhase"
-    "Film To Video Transfer Phase""MXF:FilteringApplied""Filtering Applied""MXF:FilteringCode"
-    "Filtering Code""MXF:FirstBroadcastFlag""First Broadcast Flag""MXF:FirstGivenName"
-    "First Given Name""MXF:FirstNumberInSequence""First Number In Sequence"
-    "MXF:FirstTransmissionInfo""First Transmission Info""MXF:FixedArrayElementType"
-    "Fixed Array Element Type""MXF:FixedChannelStatusData""Fixed Channel Status Data"
-    "MXF:FixedUserData""Fixed User Data""MXF:FocalLength""MXF:Footer""MXF:FooterPosition"
-    "Footer Position""MXF:FormatDescriptor""Format Descriptor""MXF:FormerFamilyName"
-    "Former Family Name""MXF:FrameCenterElevation""MXF:FrameCenterLatitude"
-    "MXF:FrameCenterLatitudeLongitude""Frame Center Latitude Longitude""MXF:FrameCenterLongitude"
-    "MXF:FrameCode""Frame Code""MXF:FrameCount""Frame Count""MXF:FrameCountOffset"
-    "Frame Count Offset""MXF:FrameLayout""Frame Layout""MXF:FramePositionalAccuracy"
-    "Frame Positional Accuracy""MXF:FrameRate""MXF:FrameworkExtendedTextLanguageCode"
-    "Framework Extended Text Language Code""MXF:FrameworkTextLanguageCode"
-    "Framework Text Language Code""MXF:FrameworkThesaurusName""Framework Thesaurus Name"
-    "MXF:FrameworkTitle""Framework Title""MXF:GenerationCloneNumber""Generation Clone Number"
-    "MXF:GenerationCopyNumber""Generation Copy Number""MXF:GenerationID""Generation ID"
-    "MXF:GenericPayloads""Generic Payloads""MXF:Genre""MXF:GeographicAreaNorthwest"
-    "Geographic Area Northwest""MXF:GeographicAreaSourceDatum""Geographic Area Source Datum"
-    "MXF:GeographicAreaSoutheast""Geographic Area Southeast""MXF:GeographicLocation"
-    "Geographic Location""MXF:GeographicPolygonCoordinates""Geographic Polygon Coordinates"
-    "MXF:GeographicPolygonSourceDatum""Geographic Polygon Source Datum""MXF:GeographicalCoordinates"
-    "Geographical Coordinates""MXF:GlobalNumber""Global Number""MXF:GraphicKind""Graphic Kind"
-    "MXF:GraphicUsageKind""Graphic Usage Kind""MXF:GroupSet""Group Set""MXF:GroupSets""Group Sets"
-    "MXF:GroupSynopsis""Group Synopsis""MXF:HMACAlgorithmSHA1128""HMAC Algorithm SHA1128"
-    "MXF:HTMLDOCTYPE""MXF:HTMLMetaDescription""HTML Meta Description""MXF:HardwareAcceleratorFlag"
-    "Hardware Accelerator Flag""MXF:HasAudioWatermark""Has Audio Watermark""MXF:HasVideoWatermark"
-    "Has Video Watermark""MXF:HeaderByteCount""Header Byte Count""MXF:HeaderSize""Header Size"
-    "MXF:HistoricalValue""Historical Value""MXF:HonorsAndQualifications""Honors And Qualifications"
-    "MXF:HorizontalActionSafePercentage""Horizontal Action Safe Percentage""MXF:HorizontalDatum"
-    "Horizontal Datum""MXF:HorizontalGraphicsSafePercentage""Horizontal Graphics Safe Percentage"
-    "MXF:HorizontalSubsampling""Horizontal Subsampling""MXF:IBTN""MXF:IEEEDeviceID""IEEE Device ID"
-    "MXF:IEEEManufacturerID""IEEE Manufacturer ID""MXF:ISAN""MXF:ISBD""MXF:ISBN""MXF:ISCI""MXF:ISMN"
-    "MXF:ISO3166CountryCode""ISO3166 Country Code""MXF:ISO639-1LanguageCode""ISO639-1 Language Code"
-    "MXF:ISO639CaptionsLanguageCode""ISO639 Captions Language Code""MXF:ISO639TextLanguageCode"
-    "ISO639 Text Language Code""MXF:ISRC""MXF:ISRN""MXF:ISSN""MXF:ISTC""MXF:ISWC"
-    "MXF:IdenticalGOPIndicator""Identical GOP Indicator""MXF:IdentificationList"
-    "Identification List""MXF:IdentificationSets""Identification Sets""MXF:IdentificationUL"
-    "Identification UL""MXF:IdentifierIssuingAuthority""Identifier Issuing Authority"
-    "MXF:IdentifierKind""Identifier Kind""MXF:IdentifierValue""Identifier Value"
-    "MXF:ImageAlignmentOffset""Image Alignment Offset""MXF:ImageCategory""Image Category"
-    "MXF:ImageCoordinateSystem""MXF:ImageEndOffset""Image End Offset""MXF:ImageFormatSet"
-    "Image Format Set""MXF:ImageHeight""MXF:ImageSourceDeviceKind""Image Source Device Kind"
-    "MXF:ImageStartOffset""Image Start Offset""MXF:ImageWidth""MXF:IncludeSync""Include Sync"
-    "MXF:IndexByteCount""Index Byte Count""MXF:IndexDuration""Index Duration""MXF:IndexEditRate"
-    "Index Edit Rate""MXF:IndexEntryArray""Index Entry Array""MXF:IndexStreamID""Index Stream ID"
-    "MXF:IndexTableSegment""Index Table Segment""MXF:IndexingStartPosition""Indexing Start Position"
-    "MXF:IndividualAwardName""Individual Award Name""MXF:InkNumber""Ink Number""MXF:InputSegment"
-    "Input Segment""MXF:InputSegmentCount""Input Segment Count""MXF:InputSegments""Input Segments"
-    "MXF:InsertMusicFlag""Insert Music Flag""MXF:InstallmentNumber""Installment Number"
-    "MXF:InstanceUID""Instance UID""MXF:IntegrationIndication""Integration Indication"
-    "MXF:IntellectualPropertyDescription""Intellectual Property Description"
-    "MXF:IntellectualPropertyLicenseCountryCode""Intellectual Property License Country Code"
-    "MXF:IntellectualPropertyLicenseRegionCode""Intellectual Property License Region Code"
-    "MXF:IntellectualPropertyLicenseRegionName""Intellectual Property License Region Name"
-    "MXF:IntellectualPropertyRights""Intellectual Property Rights""MXF:IntendedAFD""Intended AFD"
-    "MXF:IntentDescriptor""Intent Descriptor""MXF:InterestedPartyName""Interested Party Name"
-    "MXF:Interpolation""MXF:InterpolationDefinitions""Interpolation Definitions""MXF:IsConcrete"
-    "Is Concrete""MXF:IsDubbed""Is Dubbed""MXF:IsLiveProduction""Is Live Production"
-    "MXF:IsLiveTransmission""Is Live Transmission""MXF:IsOptional""Is Optional""MXF:IsRecording"
-    "Is Recording""MXF:IsRepeat""Is Repeat""MXF:IsSearchable""Is Searchable""MXF:IsSigned"
-    "Is Signed""MXF:IsUniqueIdentifier""Is Unique Identifier""MXF:IsVoiceover""Is Voiceover"
-    "MXF:ItemDesignatorID""MXF:ItemID""Item ID""MXF:ItemName""Item Name""MXF:ItemValue""Item Value"
-    "MXF:JFIFMarkerDescription""JFIF Marker Description""MXF:JPEGTableID""JPEG Table ID"
-    "MXF:JobFunctionCode""Job Function Code""MXF:JobFunctionName""Job Function Name""MXF:JobTitle"
-    "Job Title""MXF:Jurisdiction""MXF:KAGSize""KAG Size""MXF:KLVDataDefinitions"
-    "KLV Data Definitions""MXF:KLVDataParentProperties""KLV Data Parent Properties""MXF:KLVDataType"
-    "KLV Data Type""MXF:KLVDataValue""KLV Data Value""MXF:KLVMetadataSequence"
-    "KLV Metadata Sequence""MXF:KeyCode""Key Code""MXF:KeyData""Key Data""MXF:KeyDataOrProgram"
-    "Key Data Or Program""MXF:KeyFrame""Key Frame""MXF:KeyFrameSampleCount""Key Frame Sample Count"
-    "MXF:KeyFrames""Key Frames""MXF:KeyPointSets""Key Point Sets""MXF:KeySound""Key Sound"
-    "MXF:KeySounds""Key Sounds""MXF:KeyText""Key Text""MXF:KeyTimePoint""Key Time Point"
-    "MXF:KeypointKind""Keypoint Kind""MXF:KeypointValue""Keypoint Value""MXF:Keywords""MXF:LUID"
-    "MXF:LanguageName""Language Name""MXF:LastNumberInSequence""Last Number In Sequence"
-    "MXF:LayerNumber""Layer Number""MXF:LeadingLines""Leading Lines""MXF:LengthSystemName"
-    "Length System Name""MXF:LengthUnitKind""Length Unit Kind""MXF:LicenseOptionsDescription"
-    "License Options Description""MXF:LineNumber""Line Number"
-    "MXF:LinkedApplicationPlug-InInstanceID""Linked Application Plug-In Instance ID"
-    "MXF:LinkedDescriptiveFrameworkPlug-InID""Linked Descriptive Framework Plug-In ID"
-    "MXF:LinkedDescriptiveObjectPlug-InID""Linked Descriptive Object Plug-In ID"
-    "MXF:LinkedGenerationID""Linked Generation ID""MXF:LinkedPackageID""Linked Package ID"
-    "MXF:LinkedTimecodeTrackID""Linked Timecode Track ID""MXF:LinkedTrackID""Linked Track ID"
-    "MXF:LinkingName""Linking Name""MXF:LocalCreationDateTime""Local Creation Date Time"
-    "MXF:LocalDatumAbsolutePositionAccuracy""Local Datum Absolute Position Accuracy"
-    "MXF:LocalDatumRelativePositionAccuracy""Local Datum Relative Position Accuracy"
-    "MXF:LocalEndDateTime""Local End Date Time""MXF:LocalEventEndDateTime"
-    "Local Event End Date Time""MXF:LocalEventStartDateTime""Local Event Start Date Time"
-    "MXF:LocalFestivalDateTime""Local Festival Date Time""MXF:LocalFilePath""Local File Path"
-    "MXF:LocalID""Local ID""MXF:LocalLastModifyDate""Local Last Modify Date""MXF:LocalModifyDate"
-    "Local Modify Date""MXF:LocalStartDateTime""Local Start Date Time""MXF:LocalTagEntries"
-    "Local Tag Entries""MXF:LocalTagUniqueID""Local Tag Unique ID""MXF:LocalTagValue"
-    "Local Tag Value""MXF:LocalTapeNumber""Local Tape Number""MXF:LocalTargetID""Local Target ID"
-    "MXF:LocalUserDateTime""Local User Date Time""MXF:LocationDescription""Location Description"
-    "MXF:LocationKind""Location Kind""MXF:LocationSets""Location Sets""MXF:LockedIndicator"
-    "Locked Indicator""MXF:LogoFlag""Logo Flag""MXF:LowDelayIndicator""Low Delay Indicator"
-    "MXF:LumaEquation""Luma Equation""MXF:LuminanceSampleRate""Luminance Sample Rate""MXF:MIC"
-    "MXF:MICAlgorithm""MIC Algorithm""MXF:MIMECharSet""MIME Char Set""MXF:MIMEEncoding"
-    "MIME Encoding""MXF:MIMEMediaType""MIME Media Type""MXF:MPEG7BiMAccessUnitFrame1"
-    "MPEG7 Bi M Access Unit Frame 1""MXF:MPEG7BiMAccessUnitFrame2""MPEG7 Bi M Access Unit Frame 2"
-    "MXF:MPEG7BiMAccessUnitFrame3""MPEG7 Bi M Access Unit Frame 3""MXF:MPEG7BiMAccessUnitFrame4"
-    "MPEG7 Bi M Access Unit Frame 4""MXF:MPEG7BiMAccessUnitFrame5""MPEG7 Bi M Access Unit Frame 5"
-    "MXF:MPEG7BiMAccessUnitFrame6""MPEG7 Bi M Access Unit Frame 6""MXF:MPEG7BiMAccessUnitFrame7"
-    "MPEG7 Bi M Access Unit Frame 7""MXF:MPEG7BiMAccessUnitFrame8""MPEG7 Bi M Access Unit Frame 8"
-    "MXF:MPEG7BiMDecoderInitFrame1""MPEG7 Bi M Decoder Init Frame 1""MXF:MPEG7BiMDecoderInitFrame2"
-    "MPEG7 Bi M Decoder Init Frame 2""MXF:MPEG7BiMDecoderInitFrame3"
-    "MPEG7 Bi M Decoder Init Frame 3""MXF:MPEG7BiMDecoderInitFrame4"
-    "MPEG7 Bi M Decoder Init Frame 4""MXF:MPEG7BiMDecoderInitFrame5"
-    "MPEG7 Bi M Decoder Init Frame 5""MXF:MPEG7BiMDecoderInitFrame6"
-    "MPEG7 Bi M Decoder Init Frame 6""MXF:MPEG7BiMDecoderInitFrame7"
-    "MPEG7 Bi M Decoder Init Frame 7""MXF:MPEG7BiMDecoderInitFrame8"
-    "MPEG7 Bi M Decoder Init Frame 8""MXF:MPEGAudioBitrate""MPEG Audio Bitrate"
-    "MXF:MPEGAudioRecodingDataset""MPEG Audio Recoding Dataset""MXF:MPEGVideoRecodingDataset"
-    "MPEG Video Recoding Dataset""MXF:MXFVersion""MXF Version""MXF:MagneticDiskNumber"
-    "Magnetic Disk Number""MXF:MagneticTrack""Magnetic Track""MXF:MainCatalogNumber"
-    "Main Catalog Number""MXF:MainName""Main Name""MXF:MainSponsorName""Main Sponsor Name"
-    "MXF:MainTitle""Main Title""MXF:MajorVersion""Major Version""MXF:MaleLeadActorName"
-    "Male Lead Actor Name""MXF:ManufacturerID""Manufacturer ID""MXF:ManufacturerInformationObject"
-    "Manufacturer Information Object""MXF:MapDatumUsed""Map Datum Used""MXF:MarkIn""Mark In"
-    "MXF:MarkOut""Mark Out""MXF:MaterialAbsoluteDuration""Material Absolute Duration"
-    "MXF:MaterialEndTimeOffset""Material End Time Offset""MXF:MaterialEndTimecodeOffset"
-    "Material End Timecode Offset""MXF:MaximumAPIVersion""Maximum API Version"
-    "MXF:MaximumBPictureCount""Maximum B Picture Count""MXF:MaximumGOPSize""Maximum GOP Size"
-    "MXF:MaximumSupportedEngineVersion""Maximum Supported Engine Version"
-    "MXF:MaximumSupportedPlatformVersion""Maximum Supported Platform Version""MXF:MaximumUseCount"
-    "Maximum Use Count""MXF:MediaLocation""Media Location""MXF:MemberNameList""Member Name List"
-    "MXF:MemberTypes""Member Types""MXF:MetadataEncodingSchemeCode""Metadata Encoding Scheme Code"
-    "MXF:MetadataItemName""Metadata Item Name""MXF:MetadataServerLocators""Metadata Server Locators"
-    "MXF:MicrophonePlacementTechniques""Microphone Placement Techniques""MXF:MinimumAPIVersion"
-    "Minimum API Version""MXF:MinimumSupportedEngineVersion""Minimum Supported Engine Version"
-    "MXF:MinimumSupportedPlatformVersion""Minimum Supported Platform Version""MXF:MinorVersion"
-    "MXF:MissionID""MXF:MobileTelephoneNumber""Mobile Telephone Number""MXF:ModifyDate"
-    "MXF:MonoSourceTrackIDs""Mono Source Track I Ds""MXF:NITFLayerTargetID""NITF Layer Target ID"
-    "MXF:NMEADocumentText""NMEA Document Text""MXF:NOLACode""NOLA Code""MXF:NameSuffix""Name Suffix"
-    "MXF:NamespacePrefix""Namespace Prefix""MXF:NamespacePrefixes""Namespace Prefixes"
-    "MXF:NamespaceURI""Namespace URI""MXF:NamespaceURIs""Namespace UR Is""MXF:Nationality"
-    "MXF:NatureOfPersonality""Nature Of Personality""MXF:NextNumberInSequence"
-    "Next Number In Sequence""MXF:NielsenStreamIdentifier""Nielsen Stream Identifier"
-    "MXF:NominationCategory""Nomination Category""MXF:Non-USClassifyingCountryCode"
-    "Non-US Classifying Country Code""MXF:ObjectAreaDimension""Object Area Dimension"
-    "MXF:ObjectClass""Object Class""MXF:ObjectClassDefinition""Object Class Definition"
-    "MXF:ObjectCountryCode""Object Country Code""MXF:ObjectCountryCodeMethod"
-    "Object Country Code Method""MXF:ObjectDescription""Object Description"
-    "MXF:ObjectDescriptionCode""Object Description Code""MXF:ObjectHorizontalAverageDimension"
-    "Object Horizontal Average Dimension""MXF:ObjectIdentificationConfidence"
-    "Object Identification Confidence""MXF:ObjectKind""Object Kind""MXF:ObjectModelVersion"
-    "Object Model Version""MXF:ObjectName""Object Name""MXF:ObjectRegionCode""Object Region Code"
-    "MXF:ObjectRegionName""Object Region Name""MXF:ObjectVerticalAverageDimension"
-    "Object Vertical Average Dimension""MXF:ObliquityAngle""Obliquity Angle""MXF:OffsetToIndexTable"
-    "Offset To Index Table""MXF:OffsetToMetadata""Offset To Metadata""MXF:OpenBodyPartition"
-    "Open Body Partition""MXF:OpenCompleteBodyPartition""Open Complete Body Partition"
-    "MXF:OperatingSystemInterpretations""Operating System Interpretations""MXF:OperationCategory"
-    "Operation Category""MXF:OperationDataDefinition""Operation Data Definition"
-    "MXF:OperationDefinitionID""Operation Definition ID""MXF:OperationDefinitions"
-    "Operation Definitions""MXF:OperationParameters""Operation Parameters""MXF:OperationalPatternUL"
-    "Operational Pattern UL""MXF:OpticalDiscNumber""Optical Disc Number"
-    "MXF:OpticalTestParameterName""Optical Test Parameter Name""MXF:OpticalTestResult"
-    "Optical Test Result""MXF:OpticalTrack""Optical Track""MXF:OrganizationCode""Organization Code"
-    "MXF:OrganizationID""Organization ID""MXF:OrganizationIDKind""Organization ID Kind"
-    "MXF:OrganizationKind""Organization Kind""MXF:OrganizationMainName""Organization Main Name"
-    "MXF:OrganizationSets""Organization Sets""MXF:OrganizationalProgramNumber"
-    "Organizational Program Number""MXF:Origin""MXF:OriginCode""Origin Code"
-    "MXF:OriginalExtendedSpokenPrimaryLanguageCode""Original Extended Spoken Primary Language Code"
-    "MXF:OriginalProducerName""Original Producer Name""MXF:OriginalTitle""Original Title"
-    "MXF:OtherGivenNames""Other Given Names""MXF:OtherValues""Other Values""MXF:PII"
-    "MXF:POSIXMicroseconds""POSIX Microseconds""MXF:PURL""MXF:PackLength""Pack Length"
-    "MXF:PackageAttributes""Package Attributes""MXF:PackageID""Package ID""MXF:PackageKLVData"
-    "Package KLV Data""MXF:PackageLastModifyDate""Package Last Modify Date"
-    "MXF:PackageMarkInPosition""Package Mark In Position""MXF:PackageMarkOutPosition"
-    "Package Mark Out Position""MXF:PackageMarker""Package Marker""MXF:PackageName""Package Name"
-    "MXF:PackageTimelineMarkerRef""Package Timeline Marker Ref""MXF:PackageTracks""Package Tracks"
-    "MXF:PackageUsageKind""Package Usage Kind""MXF:PackageUserComments""Package User Comments"
-    "MXF:Packages""MXF:PaddingBits""Padding Bits""MXF:Palette""MXF:PaletteLayout""Palette Layout"
-    "MXF:PanScanInformation""Pan Scan Information""MXF:ParameterDataType""Parameter Data Type"
-    "MXF:ParameterDefinition""Parameter Definition""MXF:ParameterDefinitions""Parameter Definitions"
-    "MXF:Parameters""MXF:ParentClass""Parent Class""MXF:ParticipantID""Participant ID"
-    "MXF:ParticipantOrganizationSets""Participant Organization Sets""MXF:PartitionMetadata"
-    "Partition Metadata""MXF:Password""MXF:PayeeAccountName""Payee Account Name"
-    "MXF:PayeeAccountNumber""Payee Account Number""MXF:PayeeAccountSortCode"
-    "Payee Account Sort Code""MXF:PayerAccountName""Payer Account Name""MXF:PayerAccountNumber"
-    "Payer Account Number""MXF:PayerAccountSortCode""Payer Account Sort Code"
-    "MXF:PaymentDueDateTime""Payment Due Date Time""MXF:PaymentsSets""Payments Sets"
-    "MXF:PeakChannelCount""Peak Channel Count""MXF:PeakEnvelope""Peak Envelope"
-    "MXF:PeakEnvelopeBlockSize""Peak Envelope Block Size""MXF:PeakEnvelopeData""Peak Envelope Data"
-    "MXF:PeakEnvelopeFormat""Peak Envelope Format""MXF:PeakEnvelopeTimestamp"
-    "Peak Envelope Timestamp""MXF:PeakEnvelopeVersion""Peak Envelope Version""MXF:PeakFrameCount"
-    "Peak Frame Count""MXF:PeakOfPeaksPosition""Peak Of Peaks Position"
-    "MXF:PerceivedDisplayFormatCode""Perceived Display Format Code""MXF:PerceivedDisplayFormatName"
-    "Perceived Display Format Name""MXF:PerforationsPerFrame""Perforations Per Frame"
-    "MXF:PersonDescription""Person Description""MXF:PersonOrganizationSets"
-    "Person Organization Sets""MXF:PersonSets""Person Sets""MXF:PhysicalInstanceKind"
-    "Physical Instance Kind""MXF:PhysicalMediaLength""Physical Media Length"
-    "MXF:PhysicalMediaLocation""Physical Media Location""MXF:PictureComponentSizing"
-    "Picture Component Sizing""MXF:PictureDisplayRate""Picture Display Rate""MXF:PixelLayout"
-    "Pixel Layout""MXF:PlaceKeyword""Place Keyword""MXF:PlaceName""Place Name""MXF:PlaintextOffset"
-    "Plaintext Offset""MXF:PlatformDesignation""Platform Designation""MXF:PlatformHeadingAngle"
-    "Platform Heading Angle""MXF:PlatformModel""Platform Model""MXF:PlatformPitchAngle"
-    "Platform Pitch Angle""MXF:PlatformRollAngle""Platform Roll Angle""MXF:PlatformSerialNumber"
-    "Platform Serial Number""MXF:Plug-InAPIID""Plug-In APIID""MXF:Plug-InCategoryID"
-    "Plug-In Category ID""MXF:Plug-InDefinitions""Plug-In Definitions""MXF:Plug-InEngineID"
-    "Plug-In Engine ID""MXF:Plug-InLocatorSet""Plug-In Locator Set""MXF:Plug-InPlatformID"
-    "Plug-In Platform ID""MXF:PointsPerPeakValue""Points Per Peak Value""MXF:PolarCharacteristic"
-    "Polar Characteristic""MXF:PosTableArray""Pos Table Array""MXF:PositionInSequence"
-    "Position In Sequence""MXF:PositionTable""Position Table""MXF:PositionTableCount"
-    "Position Table Count""MXF:PositionTableIndexing""Position Table Indexing"
-    "MXF:PositionWithinViewportImageXCoordinate""Position Within Viewport Image X Coordinate"
-    "MXF:PositionWithinViewportImageYCoordinate""Position Within Viewport Image Y Coordinate"
-    "MXF:PostCodeForPostbox""Post Code For Postbox""MXF:PostalCode""MXF:PostalTown""Postal Town"
-    "MXF:PostboxNumber""Postbox Number""MXF:PresentationAspectRatio""Presentation Aspect Ratio"
-    "MXF:PresentationGammaEquation""Presentation Gamma Equation""MXF:PresenterName""Presenter Name"
-    "MXF:PreviousNumberInSequence""Previous Number In Sequence""MXF:PreviousRepeatNumber"
-    "Previous Repeat Number""MXF:PrimaryExtendedSpokenLanguageCode"
-    "Primary Extended Spoken Language Code""MXF:PrimaryOriginalLanguageCode"
-    "Primary Original Language Code""MXF:PrimaryPackage""Primary Package"
-    "MXF:PrimarySpokenLanguageCode""Primary Spoken Language Code""MXF:ProcessingSet""Processing Set"
-    "MXF:ProducerName""Producer Name""MXF:ProductFormat""Product Format"
-    "MXF:ProductionOrganizationRole""Production Organization Role""MXF:ProductionScriptReference"
-    "Production Script Reference""MXF:ProductionSettingPeriodSets""Production Setting Period Sets"
-    "MXF:ProfileAndLevel""Profile And Level""MXF:ProgramAwardName""Program Award Name"
-    "MXF:ProgramCommercialMaterialReference""Program Commercial Material Reference"
-    "MXF:ProgramIdentifier""Program Identifier""MXF:ProgramIdentifierString"
-    "Program Identifier String""MXF:ProgramKind""Program Kind"
-    "MXF:ProgramMaterialClassificationCode""Program Material Classification Code""MXF:ProgramNumber"
-    "Program Number""MXF:ProgramSupportMaterialReference""Program Support Material Reference"
-    "MXF:ProgrammingGroupKind""Programming Group Kind""MXF:ProgrammingGroupTitle"
-    "Programming Group Title""MXF:ProjectName""Project Name""MXF:ProjectNumber""Project Number"
-    "MXF:ProjectSet""Project Set""MXF:Properties""MXF:PropertyType""Property Type"
-    "MXF:PublicationSets""Publication Sets""MXF:PublishingMediumName""Publishing Medium Name"
-    "MXF:PublishingOrganizationName""Publishing Organization Name""MXF:PublishingRegionName"
-    "Publishing Region Name""MXF:PublishingServiceName""Publishing Service Name"
-    "MXF:PulldownFieldDominance""Pulldown Field Dominance""MXF:PulldownSequence""Pulldown Sequence"
-    "MXF:PurchaserAccountName""Purchaser Account Name""MXF:PurchaserAccountNumber"
-    "Purchaser Account Number""MXF:PurchaserIdentificationKind""Purchaser Identification Kind"
-    "MXF:PurchaserIdentificationValue""Purchaser Identification Value""MXF:PurchasingDepartment"
-    "Purchasing Department""MXF:PurchasingOrganizationName""Purchasing Organization Name"
-    "MXF:Purpose""MXF:QltyBasicData""Qlty Basic Data""MXF:QltyCueSheet""Qlty Cue Sheet"
-    "MXF:QltyEndOfModulation""Qlty End Of Modulation""MXF:QltyOperatorComment"
-    "Qlty Operator Comment""MXF:QltyQualityEvent""Qlty Quality Event""MXF:QltyQualityParameter"
-    "Qlty Quality Parameter""MXF:QltyStartOfModulation""Qlty Start Of Modulation""MXF:QualityFlag"
-    "Quality Flag""MXF:QuantizationDefault""Quantization Default""MXF:RIFFChunkData"
-    "RIFF Chunk Data""MXF:RIFFChunkID""RIFF Chunk ID""MXF:RIFFChunkLength""RIFF Chunk Length"
-    "MXF:RP217DataStreamPID""RP217 Data Stream PID""MXF:RP217VideoStreamPID""RP217 Video Stream PID"
-    "MXF:RandomIndexMetadata""Random Index Metadata""MXF:RandomIndexMetadataV10"
-    "Random Index Metadata V10""MXF:Rating""MXF:RecordedFormat""Recorded Format"
-    "MXF:RecordedTrackNumber""Recorded Track Number""MXF:RecordingLabelName""Recording Label Name"
-    "MXF:ReelOrRollNumber""Reel Or Roll Number""MXF:RegionCode""Region Code""MXF:RegionName"
-    "Region Name""MXF:RegisterAction""Register Action""MXF:RegisterAdministrationArray"
-    "Register Administration Array""MXF:RegisterAdministrationNotes""Register Administration Notes"
-    "MXF:RegisterAdministrationObject""Register Administration Object""MXF:RegisterApproverName"
-    "Register Approver Name""MXF:RegisterChildEntryArray""Register Child Entry Array"
-    "MXF:RegisterCreationTime""Register Creation Time""MXF:RegisterEditorName""Register Editor Name"
-    "MXF:RegisterEntryAdministrationObject""Register Entry Administration Object"
-    "MXF:RegisterEntryArray""Register Entry Array""MXF:RegisterEntryStatus""Register Entry Status"
-    "MXF:RegisterItemDefiningDocumentName""Register Item Defining Document Name"
-    "MXF:RegisterItemDefinition""Register Item Definition""MXF:RegisterItemHierarchyLevel"
-    "Register Item Hierarchy Level""MXF:RegisterItemIntroductionVersion"
-    "Register Item Introduction Version""MXF:RegisterItemName""Register Item Name"
-    "MXF:RegisterItemNotes""Register Item Notes""MXF:RegisterItemOriginatorName"
-    "Register Item Originator Name""MXF:RegisterItemStatusChangeDateTime"
-    "Register Item Status Change Date Time""MXF:RegisterItemSymbol""Register Item Symbol"
-    "MXF:RegisterItemUL""Register Item UL""MXF:RegisterKind""Register Kind"
-    "MXF:RegisterReleaseDateTime""Register Release Date Time""MXF:RegisterStatusKind"
-    "Register Status Kind""MXF:RegisterUserName""Register User Name""MXF:RegisterUserTime"
-    "Register User Time""MXF:RegisterVersion""Register Version""MXF:RegistrantName""Registrant Name"
-    "MXF:RelatedMaterialDescription""Related Material Description""MXF:RelatedMaterialLocators"
-    "Related Material Locators""MXF:RelativePositionInSequenceName"
-    "Relative Position In Sequence Name""MXF:RelativePositionInSequenceOffset"
-    "Relative Position In Sequence Offset""MXF:RelativeScope""Relative Scope""MXF:RelativeTrack"
-    "Relative Track""MXF:ReleasableCountryCode""Releasable Country Code""MXF:RenamedType"
-    "Renamed Type""MXF:ResourceID""Resource ID""MXF:RestrictionsonUse""Restrictionson Use"
-    "MXF:ReversePlay""Reverse Play""MXF:ReversedByteOrder""Reversed Byte Order""MXF:RightsComment"
-    "Rights Comment""MXF:RightsConditionDescription""Rights Condition Description"
-    "MXF:RightsManagementAuthority""Rights Management Authority""MXF:RightsSets""Rights Sets"
-    "MXF:RightsStartDateTime""Rights Start Date Time""MXF:RightsStopDateTime""Rights Stop Date Time"
-    "MXF:Rightsholder""MXF:RoleName""Role Name""MXF:RoomNumber""Room Number""MXF:RoomOrSuiteName"
-    "Room Or Suite Name""MXF:RootFormatVersion""Root Format Version""MXF:RootMetaDictionary"
-    "Root Meta Dictionary""MXF:RootObjectDirectory""Root Object Directory""MXF:RootPreface"
-    "Root Preface""MXF:RoundedCaptureFilmFrameRate""Rounded Capture Film Frame Rate"
-    "MXF:RoundedTimecodeTimebase""Rounded Timecode Timebase""MXF:RoundingLaw""Rounding Law"
-    "MXF:RoundingMethodCode""Rounding Method Code""MXF:RoyaltyIncomeInformation"
-    "Royalty Income Information""MXF:RoyaltyPaymentInformation""Royalty Payment Information"
-    "MXF:Rsiz""MXF:SDKVersion""SDK Version""MXF:SICI""MXF:SMPTE12MUserDateTime"
-    "SMPTE12M User Date Time""MXF:SMPTE309MUserDateTime""SMPTE309M User Date Time"
-    "MXF:SMPTE337MDataStreamNumber""SMPTE337M Data Stream Number""MXF:SMPTEUL"
-    "MXF:SalesContractNumber""Sales Contract Number""MXF:Salutation""MXF:SampleIndex""Sample Index"
-    "MXF:SampleRate""MXF:SampledHeight""Sampled Height""MXF:SampledWidth""Sampled Width"
-    "MXF:SampledXOffset""Sampled X Offset""MXF:SampledYOffset""Sampled Y Offset"
-    "MXF:SamplingHierarchyCode""Sampling Hierarchy Code""MXF:SamplingStructureCode"
-    "Sampling Structure Code""MXF:ScanningDirection""Scanning Direction""MXF:SceneNumber"
-    "Scene Number""MXF:SceneSettingPeriodSets""Scene Setting Period Sets""MXF:SceneShotSets"
-    "Scene Shot Sets""MXF:ScramblingKeyKind""Scrambling Key Kind""MXF:ScramblingKeyValue"
-    "Scrambling Key Value""MXF:ScriptingKind""Scripting Kind""MXF:ScriptingLocators"
-    "Scripting Locators""MXF:ScriptingSets""Scripting Sets""MXF:ScriptingText""Scripting Text"
-    "MXF:SeasonEpisodeNumber""Season Episode Number""MXF:SeasonEpisodeTitle""Season Episode Title"
-    "MXF:SecondGivenName""Second Given Name""MXF:SecondaryExtendedSpokenLanguageCode"
-    "Secondary Extended Spoken Language Code""MXF:SecondaryOriginalExtendedSpokenLanguageCode"
-    "Secondary Original Extended Spoken Language Code""MXF:SecondaryOriginalLanguageCode"
-    "Secondary Original Language Code""MXF:SecondarySpokenLanguageCode"
-    "Secondary Spoken Language Code""MXF:SecondaryTitle""Secondary Title""MXF:SectorSize"
-    "Sector Size""MXF:SecurityClassification""MXF:SecurityClassificationCaveats"
-    "Security Classification Caveats""MXF:Selected""MXF:SensorMode""Sensor Mode"
-    "MXF:SensorRollAngle""Sensor Roll Angle""MXF:SensorSize""MXF:SensorType""Sensor Type"
-    "MXF:SensorTypeCode""Sensor Type Code""MXF:Sequence""MXF:SequenceOffset""Sequence Offset"
-    "MXF:SeriesNumber""Series Number""MXF:SeriesinaSeriesGroupCount""Seriesina Series Group Count"
-    "MXF:SetElementType""Set Element Type""MXF:SettingCityName""Setting City Name"
-    "MXF:SettingCountryCode""Setting Country Code""MXF:SettingCountryName""Setting Country Name"
-    "MXF:SettingDateTime""Setting Date Time""MXF:SettingDescription""Setting Description"
-    "MXF:SettingPeriodDescription""Setting Period Description""MXF:SettingPostalCode"
-    "Setting Postal Code""MXF:SettingRegionCode""Setting Region Code""MXF:SettingRegionName"
-    "Setting Region Name""MXF:SettingRoomNumber""Setting Room Number"
-    "MXF:SettingStateOrProvinceOrCountyName""Setting State Or Province Or County Name"
-    "MXF:SettingStreetName""Setting Street Name""MXF:SettingStreetNumberOrBuildingName"
-    "Setting Street Number Or Building Name""MXF:SettingTownName""Setting Town Name""MXF:ShimName"
-    "Shim Name""MXF:ShootingCountryCode""Shooting Country Code""MXF:ShootingRegionCode"
-    "Shooting Region Code""MXF:ShootingRegionName""Shooting Region Name""MXF:ShotComment"
-    "Shot Comment""MXF:ShotCommentKind""Shot Comment Kind""MXF:ShotCueWordsSet""Shot Cue Words Set"
-    "MXF:ShotDescription""Shot Description""MXF:ShotDuration""Shot Duration""MXF:ShotList"
-    "Shot List""MXF:ShotLocationSets""Shot Location Sets""MXF:ShotParticipantRoleSets"
-    "Shot Participant Role Sets""MXF:ShotPersonSets""Shot Person Sets""MXF:ShotStartPosition"
-    "Shot Start Position""MXF:ShotTrackIDs""Shot Track I Ds""MXF:SideNumber""Side Number"
-    "MXF:Signal-to-NoiseRatio""Signal-to-Noise Ratio""MXF:SignalFormCode""Signal Form Code"
-    "MXF:SignalStandard""Signal Standard""MXF:SignatureTuneFlag""Signature Tune Flag"
-    "MXF:SimpleFlaggingCount""Simple Flagging Count""MXF:SingleSequenceFlag""Single Sequence Flag"
-    "MXF:Size""MXF:SlantRange""MXF:SlateInformation""Slate Information""MXF:SlateTitle""Slate Title"
-    "MXF:SliceCount""Slice Count""MXF:SliceNumber""Slice Number""MXF:SliceOffsetList"
-    "Slice Offset List""MXF:Software-OnlySupportFlag""Software-Only Support Flag""MXF:SourceClip"
-    "Source Clip""MXF:SourceContainerFormat""Source Container Format"
-    "MXF:SourceImageCenterXCoordinate""Source Image Center X Coordinate"
-    "MXF:SourceImageCenterYCoordinate""Source Image Center Y Coordinate""MXF:SourceIndex"
-    "Source Index""MXF:SourceKey""Source Key""MXF:SourceLength""Source Length"
-    "MXF:SourceOrganization""Source Organization""MXF:SourcePackageID""Source Package ID"
-    "MXF:SourceSpecies""Source Species""MXF:SourceTrackID""Source Track ID""MXF:SourceTrackIDs"
-    "Source Track I Ds""MXF:SourceValue""Source Value""MXF:SpeedChangeEffectFlag"
-    "Speed Change Effect Flag""MXF:SplicingMetadata""Splicing Metadata"
-    "MXF:StartTimeRelativeToReference""Start Time Relative To Reference""MXF:StartTimecode"
-    "Start Timecode""MXF:StartTimecodeRelativeToReference""Start Timecode Relative To Reference"
-    "MXF:StateOrProvinceOrCountyName""State Or Province Or County Name""MXF:StillFrame""Still Frame"
-    "MXF:StorageDeviceKind""Storage Device Kind""MXF:StorageKind""Storage Kind""MXF:StorageKindCode"
-    "Storage Kind Code""MXF:StorageMediaID""Storage Media ID""MXF:StorageMediaKind"
-    "Storage Media Kind""MXF:StoredANCLineNumber""Stored ANC Line Number""MXF:StoredF2Offset"
-    "Stored F2 Offset""MXF:StoredVBILineNumber""Stored VBI Line Number""MXF:StratumKind"
-    "Stratum Kind""MXF:StreamData""Stream Data""MXF:StreamElementType""Stream Element Type"
-    "MXF:StreamID""MXF:StreamOffset""Stream Offset""MXF:StreamPositionIndicator"
-    "Stream Position Indicator""MXF:StreetName""Street Name""MXF:StreetNumber""Street Number"
-    "MXF:StringElementType""String Element Type""MXF:Sub-descriptors""MXF:SubDescriptor"
-    "Sub Descriptor""MXF:SubDescriptors""Sub Descriptors""MXF:SubjectAbsoluteHeading"
-    "Subject Absolute Heading""MXF:SubjectAbsoluteSpeed""Subject Absolute Speed"
-    "MXF:SubjectDistance""MXF:SubjectName""Subject Name""MXF:SubjectRelativeHeading"
-    "Subject Relative Heading""MXF:SubjectRelativePositionalAccuracy"
-    "Subject Relative Positional Accuracy""MXF:SubjectRelativeSpeed""Subject Relative Speed"
-    "MXF:SubtitleDatafileFlag""Subtitle Datafile Flag""MXF:SubtitlesPresent""Subtitles Present"
-    "MXF:SupplementaryName""Supplementary Name""MXF:SupplementaryOrganizationName"
-    "Supplementary Organization Name""MXF:SupplierAccountName""Supplier Account Name"
-    "MXF:SupplierAccountNumber""Supplier Account Number""MXF:SupplierIdentificationKind"
-    "Supplier Identification Kind""MXF:SupplierIdentificationValue""Supplier Identification Value"
-    "MXF:SupplyContractNumber""Supply Contract Number""MXF:SupplyingDepartmentName"
-    "Supplying Department Name""MXF:SupportOrAdministrationStatus""Support Or Administration Status"
-    "MXF:SupportOrganizationRole""Support Organization Role""MXF:SystemNameOrNumber"
-    "System Name Or Number""MXF:TIFFSummary""TIFF Summary""MXF:TaggedValueDefinitions"
-    "Tagged Value Definitions""MXF:TaggedValueParentProperties""Tagged Value Parent Properties"
-    "MXF:TakeNumber""Take Number""MXF:TapeBatchNumber""Tape Batch Number""MXF:TapeCapacity"
-    "Tape Capacity""MXF:TapeFormat""Tape Format""MXF:TapeFormulation""Tape Formulation"
-    "MXF:TapeManufacturer""Tape Manufacturer""MXF:TapePartitionCapacity""Tape Partition Capacity"
-    "MXF:TapeShellKind""Tape Shell Kind""MXF:TapeStock""Tape Stock""MXF:TargetAudience"
-    "Target Audience""MXF:TargetClassOfStrongReference""Target Class Of Strong Reference"
-    "MXF:TargetClassOfWeakReference""Target Class Of Weak Reference""MXF:TargetSet""Target Set"
-    "MXF:TargetWidth""MXF:TechnicalValue""Technical Value""MXF:TelephoneNumber""Telephone Number"
-    "MXF:TeletextSubtitlesAvailable""Teletext Subtitles Available""MXF:TeletextSubtitlesFlag"
-    "Teletext Subtitles Flag""MXF:TemporalOffset""Temporal Offset""MXF:TerminatingFillerData"
-    "Terminating Filler Data""MXF:TextlessBlackDuration""Textless Black Duration"
-    "MXF:TextlessMaterial""Textless Material""MXF:TextualDescriptionKind""Textual Description Kind"
-    "MXF:Theme""MXF:ThemeMusicFlag""Theme Music Flag""MXF:ThesaurusName""Thesaurus Name"
-    "MXF:ThirdGivenName""Third Given Name""MXF:TimePeriodName""Time Period Name"
-    "MXF:TimeSystemOffset""Time System Offset""MXF:TimeUnitKind""Time Unit Kind"
-    "MXF:TimebaseReferenceTrackID""Timebase Reference Track ID""MXF:TimecodeArray""Timecode Array"
-    "MXF:TimecodeCreationDateTime""Timecode Creation Date Time""MXF:TimecodeEndDateTime"
-    "Timecode End Date Time""MXF:TimecodeEventEndDateTime""Timecode Event End Date Time"
-    "MXF:TimecodeEventStartDateTime""Timecode Event Start Date Time""MXF:TimecodeKind"
-    "Timecode Kind""MXF:TimecodeLastModifyDate""Timecode Last Modify Date""MXF:TimecodeModifyDate"
-    "Timecode Modify Date""MXF:TimecodeSourceKind""Timecode Source Kind""MXF:TimecodeStartDateTime"
-    "Timecode Start Date Time""MXF:TimecodeStreamData""Timecode Stream Data""MXF:TimecodeTimebase"
-    "Timecode Timebase""MXF:TimecodeUserBitsFlag""Timecode User Bits Flag""MXF:TimepointValue"
-    "Timepoint Value""MXF:TimingBiasCorrection""Timing Bias Correction"
-    "MXF:TimingBiasCorrectionDescription""Timing Bias Correction Description""MXF:TitleKind"
-    "Title Kind""MXF:TitlesSets""Titles Sets""MXF:ToleranceInterpolationMethod"
-    "Tolerance Interpolation Method""MXF:ToleranceMode""Tolerance Mode""MXF:ToleranceWindow"
-    "Tolerance Window""MXF:ToolkitVersion""Toolkit Version""MXF:TotalCurrencyAmount"
-    "Total Currency Amount""MXF:TotalEpisodeCount""Total Episode Count""MXF:TotalIncome"
-    "Total Income""MXF:TotalLinesperFrame""Total Linesper Frame""MXF:TotalNumberInSequence"
-    "Total Number In Sequence""MXF:TotalPayment""Total Payment""MXF:TotalSamplesperLine"
-    "Total Samplesper Line""MXF:TrackID""Track ID""MXF:TrackName""Track Name""MXF:TrackNumber"
-    "Track Number""MXF:TrackNumberBatch""Track Number Batch""MXF:Tracks""MXF:TrafficID""Traffic ID"
-    "MXF:TrailingLines""Trailing Lines""MXF:TranscriptReference""Transcript Reference"
-    "MXF:TransferFilmFrameRate""Transfer Film Frame Rate""MXF:TransitionEffect""Transition Effect"
-    "MXF:TransmissionID""Transmission ID""MXF:TransportStreamID""MXF:TripletSequenceNumber"
-    "Triplet Sequence Number""MXF:TypeDefinitionElementValueList"
-    "Type Definition Element Value List""MXF:TypeDefinitionExtendibleElementValues"
-    "Type Definition Extendible Element Values""MXF:TypeDefinitions""Type Definitions"
-    "MXF:UCSEncoding""UCS Encoding""MXF:UPID""MXF:UPN""MXF:URL""MXF:URN""MXF:UTCEndDateTime"
-    "UTC End Date Time""MXF:UTCEventEndDateTime""UTC Event End Date Time""MXF:UTCEventStartDateTime"
-    "UTC Event Start Date Time""MXF:UTCInstantDateTime""UTC Instant Date Time"
-    "MXF:UTCLastModifyDate""UTC Last Modify Date""MXF:UTCStartDateTime""UTC Start Date Time"
-    "MXF:UTCUserDateTime""UTC User Date Time""MXF:UniformDataFlag""Uniform Data Flag"
-    "MXF:UnknownBWFChunks""Unknown BWF Chunks""MXF:UpstreamAudioCompressionAlgorithm"
-    "Upstream Audio Compression Algorithm""MXF:UseDefaultValue""Use Default Value""MXF:UserDataMode"
-    "User Data Mode""MXF:UserName""User Name""MXF:UserPosition""User Position"
-    "MXF:V10IndexTableSegment""V10 Index Table Segment""MXF:VBEEndOffset""VBE End Offset"
-    "MXF:VBILineCount""VBI Line Count""MXF:VBIPayloadByteArray""VBI Payload Byte Array"
-    "MXF:VBIPayloadSampleCoding""VBI Payload Sample Coding""MXF:VBIPayloadSampleCount"
-    "VBI Payload Sample Count""MXF:VBIWrappingType""VBI Wrapping Type""MXF:VC-1AverageBitrate"
-    "VC-1 Average Bitrate""MXF:VC-1BPictureCount""VC-1B Picture Count""MXF:VC-1CodedContentType"
-    "VC-1 Coded Content Type""MXF:VC-1IdenticalGOP""VC-1 Identical GOP"
-    "MXF:VC-1InitializationMetadata""VC-1 Initialization Metadata""MXF:VC-1Level""VC-1 Level"
-    "MXF:VC-1MaximumBitrate""VC-1 Maximum Bitrate""MXF:VC-1MaximumGOP""VC-1 Maximum GOP"
-    "MXF:VC-1Profile""VC-1 Profile""MXF:VC-1SingleSequence""VC-1 Single Sequence""MXF:Value"
-    "MXF:VariableArrayElementType""Variable Array Element Type""MXF:VersionNumber""Version Number"
-    "MXF:VersionNumberString""Version Number String""MXF:VersionTitle""Version Title"
-    "MXF:VerticalActionSafePercentage""Vertical Action Safe Percentage""MXF:VerticalDatum"
-    "Vertical Datum""MXF:VerticalGraphicsSafePercentage""Vertical Graphics Safe Percentage"
-    "MXF:VerticalSub-sampling""Vertical Sub-sampling""MXF:VideoAndFilmFrameRelationship"
-    "Video And Film Frame Relationship""MXF:VideoAverageBitrate""Video Average Bitrate"
-    "MXF:VideoClipDuration""Video Clip Duration""MXF:VideoCodingSchemeID""Video Coding Scheme ID"
-    "MXF:VideoColorKind""Video Color Kind""MXF:VideoCompressionAlgorithm"
-    "Video Compression Algorithm""MXF:VideoDeviceKind""Video Device Kind"
-    "MXF:VideoDeviceParameterName""Video Device Parameter Name""MXF:VideoDeviceParameterSetting"
-    "Video Device Parameter Setting""MXF:VideoFixedBitrate""Video Fixed Bitrate"
-    "MXF:VideoIndexArray""Video Index Array""MXF:VideoLineMap""Video Line Map"
-    "MXF:VideoNoiseReductionAlgorithm""Video Noise Reduction Algorithm"
-    "MXF:VideoOrImageCompressionAlgorithm""Video Or Image Compression Algorithm"
-    "MXF:VideoPayloadIdentifier""Video Payload Identifier""MXF:VideoPayloadIdentifier2002"
-    "Video Payload Identifier 2002""MXF:VideoTestParameter""Video Test Parameter"
-    "MXF:VideoTestResult""Video Test Result""MXF:VideoWatermarkKind""Video Watermark Kind"
-    "MXF:ViewportAspectRatio""Viewport Aspect Ratio""MXF:ViewportHeight""Viewport Height"
-    "MXF:ViewportImageCenterCCoordinate""Viewport Image Center C Coordinate"
-    "MXF:ViewportImageCenterYCoordinate""Viewport Image Center Y Coordinate""MXF:ViewportWidth"
-    "Viewport Width""MXF:VoiceTalentName""Voice Talent Name""MXF:WAVESummary""WAVE Summary"
-    "MXF:Weighting""MXF:WhiteReferenceLevel""White Reference Level""MXF:Work-in-ProgressFlag"
-    "Work-in-Progress Flag""MXF:WorkingTitle""Working Title""MXF:XMLDocumentText""XML Document Text"
-    "MXF:XOsiz""X Osiz""MXF:XTOsiz""XT Osiz""MXF:XTsiz""X Tsiz""MXF:Xsiz""MXF:YOsiz""Y Osiz"
-    "MXF:YTOsiz""YT Osiz""MXF:YTsiz""Y Tsiz""MXF:Ysiz""每个组件的比特数""评分""Résumé AIM"
-    "Angle par rapport au Nord""Type d'unité angulaire""Nombre de bits par échantillon"
-    "Nom de la ville""Type d'analyse du contenu codé""Inconnu""Progressif""Entrelacé""Mixte"
-    "Nom de collection""Numéro actuel en séquence""Numéro de répétition actuel"
-    "Nom du fabricant de l'appareil""Modèle de l'appareil""Jeux de paramètres de l'appareil"
-    "Cap relatif de l'appareil""Position relative en X de l'appareil"
-    "Position relative en Y de l'appareil""Position relative en Z de l'appareil"
-    "Précision de la position relative de l'appareil""Vitesse relative de l'appareil"
-    "Numéro de série de l'appareil""Description de l'utilisation de l'appareil"
-    "Durée du fondu enchaîné""Type du fondu enchaîné""Durée du fondu à la fermeture"
-    "Type du fondu à la fermeture""Rapport de sécurité du fichier""Coordonnées géographiques"
-    "Code pays ISO 3166""Code langue ISO 639-1""Code langue des sous-titres ISO 639"
-    "Code langue du texte ISO 639""Jeux de localisation""Jeu de données de recodage vidéo MPEG"
-    "Version majeure""Emplacement du média""Évaluation de l'image""Classement""Code de la zone"
-    "Nom de la zone""Direction de la numérisation""Numéro de scène""Mode du capteur"
-    "Angle de roulis du capteur""Type de capteur""Code du type de senseur"
-    "Mode des données utilisateur""Anmerkung""Anzahl der Bits pro Komponente""Bytereihenfolge"
-    "Geräte-Modell""Anzeigehöhe""Anzeigeeinheit""Bewertung""ID AAF produttore""Sommario"
-    "Riferimento contabile""Descrittore formato attivo""Linee per quadro attuali"
-    "Linee per campione attuali""Stato attivo""ID Ad""Linea indirizzo"
-    "Gruppi di valori nome indirizzo""Gruppi di indirizzi""Riferimento materiale pubblicitario"
-    "Non invertito""Annotazione""Algoritmo di compressione audio""Numero di bit per componente"
-    "ID canale""Modo stato canale""Misto""Modello Dispositivo""Descrizione miglioramento/modifica"
-    "Durata assoluta evento""Nome famiglia""Numero di fax""Descrittori file"
-    "Rapporto sicurezza file""Genere""Nome lingua""Tipo località""Origine""Codice origine"
-    "Profilo e livello""Tipo di programma""Numero programma""Tipo gruppo programmazione"
-    "Titolo gruppo programmazione""Nome progetto""Numero progetto""Set progetto""Proprietà"
-    "Set pupplicazione""Nome account acquirente""Numero account acquirente"
-    "Tipo identificazione acquirente""Valore identificazione acquirente""Reparto acquirente"
-    "Nome organizzazione acquirente""Scopo""Indicatore qualità""Default quantizzazione"
-    "Indice casuale metadati""Indice casuale metadati V10""Valutazione""Formato registrato"
-    "Nome etichetta registrazione""Codice regione""Nome regione""ID risorsa""Ordine byte invertito"
-    "Nome ruolo""Numero stanza""Numero stanza/suite""Versione formato radice""Indice campione"
-    "Numero scena""Dimensione settore""Selezionato""Modo sensore""Tipo sensore""Codice tipo sensore"
-    "Sequenza""Commento scatto""Tipo commento scatto""Descrizione scatto""Durata scatto"
-    "Elenco scatti""Insiemi posizione scatto""Numero lato""Dimensioni""ID traccia fonte"
-    "Valore fonte""Nome soggetto""Nome/numero sistema""Sommario TIFF""Tipo titolo"
-    "Insiemi di titoli""Valore""Numero versione""Stringa numero versione""Titolo versione"
-    "コンポーネントのビット数""機器モデル""格付け""走査方向""シーケンス""Anotación""Número de Bits Por Muestra"
-    "Modelo Dispositivo""Género""Cargo""Clasificación""Número Pista grabada""Dirección Escaneo"
-    "ID Pista""Nombre Pista""Número Pista""Pistas";
+    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.03000000" "SMPTE 309M Timecode Track"
+    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030201.10000000" "Descriptive Metadata Track"
+    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.01000000" "Picture Essence Track"
+    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.02000000" "Sound Essence Track"
+    "MXF:ComponentDataDefinition:060e2b34.0401.0101.01030202.03000000" "Data Essence Track"
+    "MXF:ComponentDepth" "Component Depth" "MXF:ComponentKLVData" "Component KLV Data"
+    "MXF:ComponentMaximumRef" "Component Maximum Ref" "MXF:ComponentMinimumRef"
+    "Component Minimum Ref" "MXF:ComponentUserComments" "Component User Comments"
+    "MXF:ComponentsInSequence" "Components In Sequence" "MXF:CompositionRendering"
+    "Composition Rendering" "MXF:ComputedKeyData" "Computed Key Data" "MXF:ComputedKeyFrames"
+    "Computed Key Frames" "MXF:ComputedKeySounds" "Computed Key Sounds" "MXF:ComputedKeywords"
+    "Computed Keywords" "MXF:ComputedObjectKind" "Computed Object Kind" "MXF:ComputedStratumKind"
+    "Computed Stratum Kind" "MXF:ConstantBPictureFlag" "Constant B Picture Flag"
+    "MXF:ConsumerRightsToCopy" "Consumer Rights To Copy" "MXF:ContactDepartmentName"
+    "Contact Department Name" "MXF:ContactID" "Contact ID" "MXF:ContactKind" "Contact Kind"
+    "MXF:ContactNameValueSets" "Contact Name Value Sets" "MXF:ContactsListSet" "Contacts List Set"
+    "MXF:ContainerDefinitions" "Container Definitions" "MXF:ContainerLastModifyDate"
+    "Container Last Modify Date" "MXF:ContainerVersion" "Container Version"
+    "MXF:ContentClassification" "Content Classification" "MXF:ContentCodingSystem"
+    "Content Coding System" "MXF:ContentMaturityDescription" "Content Maturity Description"
+    "MXF:ContentMaturityGraphic" "Content Maturity Graphic" "MXF:ContentMaturityRating"
+    "Content Maturity Rating" "MXF:ContentPackageIndexArray" "Content Package Index Array"
+    "MXF:ContentPackageMetadataLink" "Content Package Metadata Link" "MXF:ContentStorage"
+    "Content Storage" "MXF:ContentValue" "Content Value" "MXF:ContextDescription"
+    "Context Description" "MXF:ContiguousDataFlag" "Contiguous Data Flag"
+    "MXF:ContractClauseDescription" "Contract Clause Description" "MXF:ContractDateTime"
+    "Contract Date Time" "MXF:ContractEntity" "Contract Entity" "MXF:ContractInstallmentPercentage"
+    "Contract Installment Percentage" "MXF:ContractLineCode" "Contract Line Code"
+    "MXF:ContractLineName" "Contract Line Name" "MXF:ContractParticipantSets"
+    "Contract Participant Sets" "MXF:ContractSets" "Contract Sets" "MXF:ContractTermsOfBusiness"
+    "Contract Terms Of Business" "MXF:ContractType" "Contract Type" "MXF:ContractTypeCode"
+    "Contract Type Code" "MXF:ContractTypeLink" "Contract Type Link" "MXF:ContributionStatus"
+    "Contribution Status" "MXF:ControlPointList" "Control Point List" "MXF:ControlPointTime"
+    "Control Point Time" "MXF:CopyCount" "Copy Count" "MXF:CopyrightLicenseCountryCode"
+    "Copyright License Country Code" "MXF:CopyrightLicenseRegionCode"
+    "Copyright License Region Code" "MXF:CopyrightLicenseRegionName" "Copyright License Region Name"
+    "MXF:CopyrightOwnerName" "Copyright Owner Name" "MXF:CopyrightStatus" "Copyright Status"
+    "MXF:CornerLatitudePoint1" "Corner Latitude Point 1" "MXF:CornerLatitudePoint2"
+    "Corner Latitude Point 2" "MXF:CornerLatitudePoint3" "Corner Latitude Point 3"
+    "MXF:CornerLatitudePoint4" "Corner Latitude Point 4" "MXF:CornerLongitudePoint1"
+    "Corner Longitude Point 1" "MXF:CornerLongitudePoint2" "Corner Longitude Point 2"
+    "MXF:CornerLongitudePoint3" "Corner Longitude Point 3" "MXF:CornerLongitudePoint4"
+    "Corner Longitude Point 4" "MXF:CountryCodeMethod" "Country Code Method" "MXF:CountryName"
+    "Country Name" "MXF:CreateDate" "MXF:CryptographicContextID" "Cryptographic Context ID"
+    "MXF:CryptographicContextLink" "Cryptographic Context Link" "MXF:CryptographicContextObject"
+    "Cryptographic Context Object" "MXF:CryptographicFrameworkLabel" "Cryptographic Framework Label"
+    "MXF:CryptographicKeyID" "Cryptographic Key ID" "MXF:Csiz" "MXF:Cue-InWords" "Cue-In Words"
+    "MXF:Cue-OutWords" "Cue-Out Words" "MXF:CulturalValue" "Cultural Value" "MXF:CurrencyCode"
+    "Currency Code" "MXF:CurrencyName" "Currency Name" "MXF:CurrentNumberInSequence"
+    "Current Number In Sequence" "MXF:CurrentRepeatNumber" "Current Repeat Number" "MXF:CutPoint"
+    "Cut Point" "MXF:DOI" "MXF:DVBParentalRating" "DVB Parental Rating" "MXF:DataDefinition"
+    "Data Definition" "MXF:DataDefinitions" "Data Definitions" "MXF:DataDeviceKind"
+    "Data Device Kind" "MXF:DataDeviceParameterName" "Data Device Parameter Name"
+    "MXF:DataDeviceParameterSetting" "Data Device Parameter Setting"
+    "MXF:DataEnhancementOrModificationDescription" "Data Enhancement Or Modification Description"
+    "MXF:DataEssenceCoding" "Data Essence Coding" "MXF:DataEssenceCodingID" "Data Essence Coding ID"
+    "MXF:DateTimeDropFrameFlag" "Date Time Drop Frame Flag" "MXF:DateTimeEmbeddedFlag"
+    "Date Time Embedded Flag" "MXF:DateTimeKind" "Date Time Kind" "MXF:DateTimeRate"
+    "Date Time Rate" "MXF:DeclassificationDate" "MXF:DefaultDataValue" "Default Data Value"
+    "MXF:DefaultFadeDuration" "Default Fade Duration" "MXF:DefaultFadeEditRate"
+    "Default Fade Edit Rate" "MXF:DefaultFadeType" "Default Fade Type" "MXF:DefaultNamespaceURI"
+    "Default Namespace URI" "MXF:DefaultObject" "Default Object" "MXF:DefinedName" "Defined Name"
+    "MXF:DefinitionObjectID" "Definition Object ID" "MXF:DefinitionObjectName"
+    "Definition Object Name" "MXF:DegradedEffects" "Degraded Effects" "MXF:DeltaEntryArray"
+    "Delta Entry Array" "MXF:DerivedFrom" "MXF:Description" "MXF:DescriptionKind" "Description Kind"
+    "MXF:DescriptiveComment" "Descriptive Comment" "MXF:DescriptiveMetadataApplicationEnvironmentID"
+    "Descriptive Metadata Application Environment ID" "MXF:DescriptiveMetadataFramework"
+    "Descriptive Metadata Framework" "MXF:DescriptiveMetadataPlug-InID"
+    "Descriptive Metadata Plug-In ID" "MXF:DescriptiveMetadataScheme" "Descriptive Metadata Scheme"
+    "MXF:DescriptiveMetadataSchemes" "Descriptive Metadata Schemes"
+    "MXF:DescriptiveMetadataSetReferences" "Descriptive Metadata Set References"
+    "MXF:DescriptiveMetadataSets" "Descriptive Metadata Sets" "MXF:DescriptiveMetadataTrackIDs"
+    "Descriptive Metadata Track I Ds" "MXF:DeviceAbsoluteHeading" "Device Absolute Heading"
+    "MXF:DeviceAbsolutePositionalAccuracy" "Device Absolute Positional Accuracy"
+    "MXF:DeviceAbsoluteSpeed" "Device Absolute Speed" "MXF:DeviceAltitude" "Device Altitude"
+    "MXF:DeviceAssetNumber" "Device Asset Number" "MXF:DeviceDesignation" "Device Designation"
+    "MXF:DeviceIDKind" "Device ID Kind" "MXF:DeviceKind" "Device Kind" "MXF:DeviceKindCode"
+    "Device Kind Code" "MXF:DeviceLatitude" "Device Latitude" "MXF:DeviceLongitude"
+    "Device Longitude" "MXF:DeviceManufacturerName" "Device Manufacturer Name" "MXF:DeviceModel"
+    "Device Model" "MXF:DeviceParameterNameValueSets" "Device Parameter Name Value Sets"
+    "MXF:DeviceParametersSets" "Device Parameters Sets" "MXF:DeviceRelativeHeading"
+    "Device Relative Heading" "MXF:DeviceRelativePositionX" "Device Relative Position X"
+    "MXF:DeviceRelativePositionY" "Device Relative Position Y" "MXF:DeviceRelativePositionZ"
+    "Device Relative Position Z" "MXF:DeviceRelativePositionalAccuracy"
+    "Device Relative Positional Accuracy" "MXF:DeviceRelativeSpeed" "Device Relative Speed"
+    "MXF:DeviceSerialNumber" "Device Serial Number" "MXF:DeviceUsageDescription"
+    "Device Usage Description" "MXF:DeviceXDimension" "Device X Dimension" "MXF:DeviceYDimension"
+    "Device Y Dimension" "MXF:DialNorm" "Dial Norm" "MXF:Dictionary" "MXF:DictionaryDescription"
+    "Dictionary Description" "MXF:DictionaryIdentifier" "Dictionary Identifier"
+    "MXF:DigitalEncodingBitrate" "Digital Encoding Bitrate" "MXF:DigitalMetadataCarrier"
+    "Digital Metadata Carrier" "MXF:DigitalOrAnalogOrigination" "Digital Or Analog Origination"
+    "MXF:DigitalVideoFileFormat" "Digital Video File Format" "MXF:DirectorName" "Director Name"
+    "MXF:DiscPartitionCapacity" "Disc Partition Capacity" "MXF:DisplayF2Offset" "Display F2 Offset"
+    "MXF:DisplayHeight" "Display Height" "MXF:DisplayUnits" "Display Units" "MXF:DisplayWidth"
+    "Display Width" "MXF:DisplayXOffset" "Display X Offset" "MXF:DisplayYOffset" "Display Y Offset"
+    "MXF:Dither" "MXF:DropFrame" "Drop Frame" "MXF:Duration" "MXF:DynamicSourcePackageID"
+    "Dynamic Source Package ID" "MXF:DynamicSourceTrackIDs" "Dynamic Source Track I Ds"
+    "MXF:E-mailAddress" "E-mail Address" "MXF:EPGProgramSynopsis" "EPG Program Synopsis"
+    "MXF:EdgeCode" "Edge Code" "MXF:EdgeCodeFilmGauge" "Edge Code Film Gauge" "MXF:EdgeCodeFormat"
+    "Edge Code Format" "MXF:EdgeCodeHeader" "Edge Code Header" "MXF:EdgeCodeStart" "Edge Code Start"
+    "MXF:EditHint" "Edit Hint" "MXF:EditRate" "Edit Rate" "MXF:EditUnitFlags" "Edit Unit Flags"
+    "MXF:EditUnitLength" "Edit Unit Length" "MXF:EditingEventComment" "Editing Event Comment"
+    "MXF:EffectRendering" "Effect Rendering" "MXF:ElectrospatialFormulation"
+    "Electrospatial Formulation" "MXF:ElementCount" "Element Count" "MXF:ElementDelta"
+    "Element Delta" "MXF:ElementLength" "Element Length" "MXF:ElementNameList" "Element Name List"
+    "MXF:Emphasis" "MXF:EncryptedContainerLabel" "Encrypted Container Label"
+    "MXF:EncryptedSourceValue" "Encrypted Source Value" "MXF:EncryptedTrackFileID"
+    "Encrypted Track File ID" "MXF:EndAnchor" "End Anchor"
+    "MXF:EnhancementOrModificationDescription" "Enhancement Or Modification Description"
+    "MXF:EnumerationUnderlyingIntegerType" "Enumeration Underlying Integer Type"
+    "MXF:EpisodeEndNumber" "Episode End Number" "MXF:EpisodeNumber" "Episode Number"
+    "MXF:EpisodeStartNumber" "Episode Start Number" "MXF:EpisodicItemSets" "Episodic Item Sets"
+    "MXF:EssenceContainerArray" "Essence Container Array" "MXF:EssenceContainerFormat"
+    "Essence Container Format" "MXF:EssenceContainers" "Essence Containers" "MXF:EssenceData"
+    "Essence Data" "MXF:EssenceDescription" "Essence Description" "MXF:EssenceIsIdentified"
+    "Essence Is Identified" "MXF:EssenceLength" "Essence Length" "MXF:EssenceLocators"
+    "Essence Locators" "MXF:EssenceStreamID" "Essence Stream ID" "MXF:EventAbsoluteDuration"
+    "Event Absolute Duration" "MXF:EventAbsoluteDurationFrameCount"
+    "Event Absolute Duration Frame Count" "MXF:EventAnnotationSets" "Event Annotation Sets"
+    "MXF:EventElapsedTimeToEnd" "Event Elapsed Time To End" "MXF:EventElapsedTimeToStart"
+    "Event Elapsed Time To Start" "MXF:EventEndTimeOffset" "Event End Time Offset"
+    "MXF:EventEndTimecodeOffset" "Event End Timecode Offset" "MXF:EventIndication"
+    "Event Indication" "MXF:EventOrigin" "Event Origin" "MXF:EventSets" "Event Sets"
+    "MXF:EventStart" "Event Start" "MXF:EventStartTimeOffset" "Event Start Time Offset"
+    "MXF:EventStartTimecodeOffset" "Event Start Timecode Offset" "MXF:EventTrackEditRate"
+    "Event Track Edit Rate" "MXF:ExCCIData" "Ex CCI Data" "MXF:ExposedAspectRatio"
+    "Exposed Aspect Ratio" "MXF:ExtendedCaptionsLanguageCode" "Extended Captions Language Code"
+    "MXF:ExtendedClipID" "Extended Clip ID" "MXF:ExtendedClipIDArray" "Extended Clip ID Array"
+    "MXF:ExtendedTextLanguageCode" "Extended Text Language Code" "MXF:ExtendibleElementNameList"
+    "Extendible Element Name List" "MXF:FNumber" "MXF:Fade-InDuration" "Fade-In Duration"
+    "MXF:Fade-InType" "Fade-In Type" "MXF:Fade-OutDuration" "Fade-Out Duration" "MXF:Fade-OutType"
+    "Fade-Out Type" "MXF:FamilyName" "Family Name" "MXF:FaxNumber" "Fax Number"
+    "MXF:FemaleLeadActressName" "Female Lead Actress Name" "MXF:FestivalName" "Festival Name"
+    "MXF:FieldDominance" "Field Dominance" "MXF:FieldFrameTypeCode" "Field Frame Type Code"
+    "MXF:FieldOfViewHorizontal" "Field Of View Horizontal" "MXF:FieldOfViewVertical"
+    "Field Of View Vertical" "MXF:FieldOfViewVerticalFP" "Field Of View Vertical FP" "MXF:FieldRate"
+    "Field Rate" "MXF:FileDescriptors" "File Descriptors" "MXF:FileSecurityReport"
+    "File Security Report" "MXF:FileSecurityWave" "File Security Wave" "MXF:FillerData"
+    "Filler Data" "MXF:FilmBatchNumber" "Film Batch Number" "MXF:FilmCaptureAperture"
+    "Film Capture Aperture" "MXF:FilmColorProcess" "Film Color Process" "MXF:FilmFormatName"
+    "Film Format Name" "MXF:FilmGauge" "Film Gauge" "MXF:FilmStockKind" "Film Stock Kind"
+    "MXF:FilmStockManufacturerName" "Film Stock Manufacturer Name" "MXF:FilmTestParameter"
+    "Film Test Parameter" "MXF:FilmTestResult" "Film Test Result" "MXF:FilmToVideoTransferDirection"
+    "Film To Video Transfer Direction" "MXF:FilmToVideoTransferKind" "Film To Video Transfer Kind"
+    "MXF:FilmToVideoTransferPhase" "Film To Video Transfer Phase" "MXF:FilteringApplied"
+    "Filtering Applied" "MXF:FilteringCode" "Filtering Code" "MXF:FirstBroadcastFlag"
+    "First Broadcast Flag" "MXF:FirstGivenName" "First Given Name" "MXF:FirstNumberInSequence"
+    "First Number In Sequence" "MXF:FirstTransmissionInfo" "First Transmission Info"
+    "MXF:FixedArrayElementType" "Fixed Array Element Type" "MXF:FixedChannelStatusData"
+    "Fixed Channel Status Data" "MXF:FixedUserData" "Fixed User Data" "MXF:FocalLength" "MXF:Footer"
+    "MXF:FooterPosition" "Footer Position" "MXF:FormatDescriptor" "Format Descriptor"
+    "MXF:FormerFamilyName" "Former Family Name" "MXF:FrameCenterElevation" "MXF:FrameCenterLatitude"
+    "MXF:FrameCenterLatitudeLongitude" "Frame Center Latitude Longitude" "MXF:FrameCenterLongitude"
+    "MXF:FrameCode" "Frame Code" "MXF:FrameCount" "Frame Count" "MXF:FrameCountOffset"
+    "Frame Count Offset" "MXF:FrameLayout" "Frame Layout" "MXF:FramePositionalAccuracy"
+    "Frame Positional Accuracy" "MXF:FrameRate" "MXF:FrameworkExtendedTextLanguageCode"
+    "Framework Extended Text Language Code" "MXF:FrameworkTextLanguageCode"
+    "Framework Text Language Code" "MXF:FrameworkThesaurusName" "Framework Thesaurus Name"
+    "MXF:FrameworkTitle" "Framework Title" "MXF:GenerationCloneNumber" "Generation Clone Number"
+    "MXF:GenerationCopyNumber" "Generation Copy Number" "MXF:GenerationID" "Generation ID"
+    "MXF:GenericPayloads" "Generic Payloads" "MXF:Genre" "MXF:GeographicAreaNorthwest"
+    "Geographic Area Northwest" "MXF:GeographicAreaSourceDatum" "Geographic Area Source Datum"
+    "MXF:GeographicAreaSoutheast" "Geographic Area Southeast" "MXF:GeographicLocation"
+    "Geographic Location" "MXF:GeographicPolygonCoordinates" "Geographic Polygon Coordinates"
+    "MXF:GeographicPolygonSourceDatum" "Geographic Polygon Source Datum"
+    "MXF:GeographicalCoordinates" "Geographical Coordinates" "MXF:GlobalNumber" "Global Number"
+    "MXF:GraphicKind" "Graphic Kind" "MXF:GraphicUsageKind" "Graphic Usage Kind" "MXF:GroupSet"
+    "Group Set" "MXF:GroupSets" "Group Sets" "MXF:GroupSynopsis" "Group Synopsis"
+    "MXF:HMACAlgorithmSHA1128" "HMAC Algorithm SHA1128" "MXF:HTMLDOCTYPE" "MXF:HTMLMetaDescription"
+    "HTML Meta Description" "MXF:HardwareAcceleratorFlag" "Hardware Accelerator Flag"
+    "MXF:HasAudioWatermark" "Has Audio Watermark" "MXF:HasVideoWatermark" "Has Video Watermark"
+    "MXF:HeaderByteCount" "Header Byte Count" "MXF:HeaderSize" "Header Size" "MXF:HistoricalValue"
+    "Historical Value" "MXF:HonorsAndQualifications" "Honors And Qualifications"
+    "MXF:HorizontalActionSafePercentage" "Horizontal Action Safe Percentage" "MXF:HorizontalDatum"
+    "Horizontal Datum" "MXF:HorizontalGraphicsSafePercentage" "Horizontal Graphics Safe Percentage"
+    "MXF:HorizontalSubsampling" "Horizontal Subsampling" "MXF:IBTN" "MXF:IEEEDeviceID"
+    "IEEE Device ID" "MXF:IEEEManufacturerID" "IEEE Manufacturer ID" "MXF:ISAN" "MXF:ISBD"
+    "MXF:ISBN" "MXF:ISCI" "MXF:ISMN" "MXF:ISO3166CountryCode" "ISO3166 Country Code"
+    "MXF:ISO639-1LanguageCode" "ISO639-1 Language Code" "MXF:ISO639CaptionsLanguageCode"
+    "ISO639 Captions Language Code" "MXF:ISO639TextLanguageCode" "ISO639 Text Language Code"
+    "MXF:ISRC" "MXF:ISRN" "MXF:ISSN" "MXF:ISTC" "MXF:ISWC" "MXF:IdenticalGOPIndicator"
+    "Identical GOP Indicator" "MXF:IdentificationList" "Identification List"
+    "MXF:IdentificationSets" "Identification Sets" "MXF:IdentificationUL" "Identification UL"
+    "MXF:IdentifierIssuingAuthority" "Identifier Issuing Authority" "MXF:IdentifierKind"
+    "Identifier Kind" "MXF:IdentifierValue" "Identifier Value" "MXF:ImageAlignmentOffset"
+    "Image Alignment Offset" "MXF:ImageCategory" "Image Category" "MXF:ImageCoordinateSystem"
+    "MXF:ImageEndOffset" "Image End Offset" "MXF:ImageFormatSet" "Image Format Set"
+    "MXF:ImageHeight" "MXF:ImageSourceDeviceKind" "Image Source Device Kind" "MXF:ImageStartOffset"
+    "Image Start Offset" "MXF:ImageWidth" "MXF:IncludeSync" "Include Sync" "MXF:IndexByteCount"
+    "Index Byte Count" "MXF:IndexDuration" "Index Duration" "MXF:IndexEditRate" "Index Edit Rate"
+    "MXF:IndexEntryArray" "Index Entry Array" "MXF:IndexStreamID" "Index Stream ID"
+    "MXF:IndexTableSegment" "Index Table Segment" "MXF:IndexingStartPosition"
+    "Indexing Start Position" "MXF:IndividualAwardName" "Individual Award Name" "MXF:InkNumber"
+    "Ink Number" "MXF:InputSegment" "Input Segment" "MXF:InputSegmentCount" "Input Segment Count"
+    "MXF:InputSegments" "Input Segments" "MXF:InsertMusicFlag" "Insert Music Flag"
+    "MXF:InstallmentNumber" "Installment Number" "MXF:InstanceUID" "Instance UID"
+    "MXF:IntegrationIndication" "Integration Indication" "MXF:IntellectualPropertyDescription"
+    "Intellectual Property Description" "MXF:IntellectualPropertyLicenseCountryCode"
+    "Intellectual Property License Country Code" "MXF:IntellectualPropertyLicenseRegionCode"
+    "Intellectual Property License Region Code" "MXF:IntellectualPropertyLicenseRegionName"
+    "Intellectual Property License Region Name" "MXF:IntellectualPropertyRights"
+    "Intellectual Property Rights" "MXF:IntendedAFD" "Intended AFD" "MXF:IntentDescriptor"
+    "Intent Descriptor" "MXF:InterestedPartyName" "Interested Party Name" "MXF:Interpolation"
+    "MXF:InterpolationDefinitions" "Interpolation Definitions" "MXF:IsConcrete" "Is Concrete"
+    "MXF:IsDubbed" "Is Dubbed" "MXF:IsLiveProduction" "Is Live Production" "MXF:IsLiveTransmission"
+    "Is Live Transmission" "MXF:IsOptional" "Is Optional" "MXF:IsRecording" "Is Recording"
+    "MXF:IsRepeat" "Is Repeat" "MXF:IsSearchable" "Is Searchable" "MXF:IsSigned" "Is Signed"
+    "MXF:IsUniqueIdentifier" "Is Unique Identifier" "MXF:IsVoiceover" "Is Voiceover"
+    "MXF:ItemDesignatorID" "MXF:ItemID" "Item ID" "MXF:ItemName" "Item Name" "MXF:ItemValue"
+    "Item Value" "MXF:JFIFMarkerDescription" "JFIF Marker Description" "MXF:JPEGTableID"
+    "JPEG Table ID" "MXF:JobFunctionCode" "Job Function Code" "MXF:JobFunctionName"
+    "Job Function Name" "MXF:JobTitle" "Job Title" "MXF:Jurisdiction" "MXF:KAGSize" "KAG Size"
+    "MXF:KLVDataDefinitions" "KLV Data Definitions" "MXF:KLVDataParentProperties"
+    "KLV Data Parent Properties" "MXF:KLVDataType" "KLV Data Type" "MXF:KLVDataValue"
+    "KLV Data Value" "MXF:KLVMetadataSequence" "KLV Metadata Sequence" "MXF:KeyCode" "Key Code"
+    "MXF:KeyData" "Key Data" "MXF:KeyDataOrProgram" "Key Data Or Program" "MXF:KeyFrame" "Key Frame"
+    "MXF:KeyFrameSampleCount" "Key Frame Sample Count" "MXF:KeyFrames" "Key Frames"
+    "MXF:KeyPointSets" "Key Point Sets" "MXF:KeySound" "Key Sound" "MXF:KeySounds" "Key Sounds"
+    "MXF:KeyText" "Key Text" "MXF:KeyTimePoint" "Key Time Point" "MXF:KeypointKind" "Keypoint Kind"
+    "MXF:KeypointValue" "Keypoint Value" "MXF:Keywords" "MXF:LUID" "MXF:LanguageName"
+    "Language Name" "MXF:LastNumberInSequence" "Last Number In Sequence" "MXF:LayerNumber"
+    "Layer Number" "MXF:LeadingLines" "Leading Lines" "MXF:LengthSystemName" "Length System Name"
+    "MXF:LengthUnitKind" "Length Unit Kind" "MXF:LicenseOptionsDescription"
+    "License Options Description" "MXF:LineNumber" "Line Number"
+    "MXF:LinkedApplicationPlug-InInstanceID" "Linked Application Plug-In Instance ID"
+    "MXF:LinkedDescriptiveFrameworkPlug-InID" "Linked Descriptive Framework Plug-In ID"
+    "MXF:LinkedDescriptiveObjectPlug-InID" "Linked Descriptive Object Plug-In ID"
+    "MXF:LinkedGenerationID" "Linked Generation ID" "MXF:LinkedPackageID" "Linked Package ID"
+    "MXF:LinkedTimecodeTrackID" "Linked Timecode Track ID" "MXF:LinkedTrackID" "Linked Track ID"
+    "MXF:LinkingName" "Linking Name" "MXF:LocalCreationDateTime" "Local Creation Date Time"
+    "MXF:LocalDatumAbsolutePositionAccuracy" "Local Datum Absolute Position Accuracy"
+    "MXF:LocalDatumRelativePositionAccuracy" "Local Datum Relative Position Accuracy"
+    "MXF:LocalEndDateTime" "Local End Date Time" "MXF:LocalEventEndDateTime"
+    "Local Event End Date Time" "MXF:LocalEventStartDateTime" "Local Event Start Date Time"
+    "MXF:LocalFestivalDateTime" "Local Festival Date Time" "MXF:LocalFilePath" "Local File Path"
+    "MXF:LocalID" "Local ID" "MXF:LocalLastModifyDate" "Local Last Modify Date"
+    "MXF:LocalModifyDate" "Local Modify Date" "MXF:LocalStartDateTime" "Local Start Date Time"
+    "MXF:LocalTagEntries" "Local Tag Entries" "MXF:LocalTagUniqueID" "Local Tag Unique ID"
+    "MXF:LocalTagValue" "Local Tag Value" "MXF:LocalTapeNumber" "Local Tape Number"
+    "MXF:LocalTargetID" "Local Target ID" "MXF:LocalUserDateTime" "Local User Date Time"
+    "MXF:LocationDescription" "Location Description" "MXF:LocationKind" "Location Kind"
+    "MXF:LocationSets" "Location Sets" "MXF:LockedIndicator" "Locked Indicator" "MXF:LogoFlag"
+    "Logo Flag" "MXF:LowDelayIndicator" "Low Delay Indicator" "MXF:LumaEquation" "Luma Equation"
+    "MXF:LuminanceSampleRate" "Luminance Sample Rate" "MXF:MIC" "MXF:MICAlgorithm" "MIC Algorithm"
+    "MXF:MIMECharSet" "MIME Char Set" "MXF:MIMEEncoding" "MIME Encoding" "MXF:MIMEMediaType"
+    "MIME Media Type" "MXF:MPEG7BiMAccessUnitFrame1" "MPEG7 Bi M Access Unit Frame 1"
+    "MXF:MPEG7BiMAccessUnitFrame2" "MPEG7 Bi M Access Unit Frame 2" "MXF:MPEG7BiMAccessUnitFrame3"
+    "MPEG7 Bi M Access Unit Frame 3" "MXF:MPEG7BiMAccessUnitFrame4" "MPEG7 Bi M Access Unit Frame 4"
+    "MXF:MPEG7BiMAccessUnitFrame5" "MPEG7 Bi M Access Unit Frame 5" "MXF:MPEG7BiMAccessUnitFrame6"
+    "MPEG7 Bi M Access Unit Frame 6" "MXF:MPEG7BiMAccessUnitFrame7" "MPEG7 Bi M Access Unit Frame 7"
+    "MXF:MPEG7BiMAccessUnitFrame8" "MPEG7 Bi M Access Unit Frame 8" "MXF:MPEG7BiMDecoderInitFrame1"
+    "MPEG7 Bi M Decoder Init Frame 1" "MXF:MPEG7BiMDecoderInitFrame2"
+    "MPEG7 Bi M Decoder Init Frame 2" "MXF:MPEG7BiMDecoderInitFrame3"
+    "MPEG7 Bi M Decoder Init Frame 3" "MXF:MPEG7BiMDecoderInitFrame4"
+    "MPEG7 Bi M Decoder Init Frame 4" "MXF:MPEG7BiMDecoderInitFrame5"
+    "MPEG7 Bi M Decoder Init Frame 5" "MXF:MPEG7BiMDecoderInitFrame6"
+    "MPEG7 Bi M Decoder Init Frame 6" "MXF:MPEG7BiMDecoderInitFrame7"
+    "MPEG7 Bi M Decoder Init Frame 7" "MXF:MPEG7BiMDecoderInitFrame8"
+    "MPEG7 Bi M Decoder Init Frame 8" "MXF:MPEGAudioBitrate" "MPEG Audio Bitrate"
+    "MXF:MPEGAudioRecodingDataset" "MPEG Audio Recoding Dataset" "MXF:MPEGVideoRecodingDataset"
+    "MPEG Video Recoding Dataset" "MXF:MXFVersion" "MXF Version" "MXF:MagneticDiskNumber"
+    "Magnetic Disk Number" "MXF:MagneticTrack" "Magnetic Track" "MXF:MainCatalogNumber"
+    "Main Catalog Number" "MXF:MainName" "Main Name" "MXF:MainSponsorName" "Main Sponsor Name"
+    "MXF:MainTitle" "Main Title" "MXF:MajorVersion" "Major Version" "MXF:MaleLeadActorName"
+    "Male Lead Actor Name" "MXF:ManufacturerID" "Manufacturer ID"
+    "MXF:ManufacturerInformationObject" "Manufacturer Information Object" "MXF:MapDatumUsed"
+    "Map Datum Used" "MXF:MarkIn" "Mark In" "MXF:MarkOut" "Mark Out" "MXF:MaterialAbsoluteDuration"
+    "Material Absolute Duration" "MXF:MaterialEndTimeOffset" "Material End Time Offset"
+    "MXF:MaterialEndTimecodeOffset" "Material End Timecode Offset" "MXF:MaximumAPIVersion"
+    "Maximum API Version" "MXF:MaximumBPictureCount" "Maximum B Picture Count" "MXF:MaximumGOPSize"
+    "Maximum GOP Size" "MXF:MaximumSupportedEngineVersion" "Maximum Supported Engine Version"
+    "MXF:MaximumSupportedPlatformVersion" "Maximum Supported Platform Version" "MXF:MaximumUseCount"
+    "Maximum Use Count" "MXF:MediaLocation" "Media Location" "MXF:MemberNameList" "Member Name List"
+    "MXF:MemberTypes" "Member Types" "MXF:MetadataEncodingSchemeCode"
+    "Metadata Encoding Scheme Code" "MXF:MetadataItemName" "Metadata Item Name"
+    "MXF:MetadataServerLocators" "Metadata Server Locators" "MXF:MicrophonePlacementTechniques"
+    "Microphone Placement Techniques" "MXF:MinimumAPIVersion" "Minimum API Version"
+    "MXF:MinimumSupportedEngineVersion" "Minimum Supported Engine Version"
+    "MXF:MinimumSupportedPlatformVersion" "Minimum Supported Platform Version" "MXF:MinorVersion"
+    "MXF:MissionID" "MXF:MobileTelephoneNumber" "Mobile Telephone Number" "MXF:ModifyDate"
+    "MXF:MonoSourceTrackIDs" "Mono Source Track I Ds" "MXF:NITFLayerTargetID" "NITF Layer Target ID"
+    "MXF:NMEADocumentText" "NMEA Document Text" "MXF:NOLACode" "NOLA Code" "MXF:NameSuffix"
+    "Name Suffix" "MXF:NamespacePrefix" "Namespace Prefix" "MXF:NamespacePrefixes"
+    "Namespace Prefixes" "MXF:NamespaceURI" "Namespace URI" "MXF:NamespaceURIs" "Namespace UR Is"
+    "MXF:Nationality" "MXF:NatureOfPersonality" "Nature Of Personality" "MXF:NextNumberInSequence"
+    "Next Number In Sequence" "MXF:NielsenStreamIdentifier" "Nielsen Stream Identifier"
+    "MXF:NominationCategory" "Nomination Category" "MXF:Non-USClassifyingCountryCode"
+    "Non-US Classifying Country Code" "MXF:ObjectAreaDimension" "Object Area Dimension"
+    "MXF:ObjectClass" "Object Class" "MXF:ObjectClassDefinition" "Object Class Definition"
+    "MXF:ObjectCountryCode" "Object Country Code" "MXF:ObjectCountryCodeMethod"
+    "Object Country Code Method" "MXF:ObjectDescription" "Object Description"
+    "MXF:ObjectDescriptionCode" "Object Description Code" "MXF:ObjectHorizontalAverageDimension"
+    "Object Horizontal Average Dimension" "MXF:ObjectIdentificationConfidence"
+    "Object Identification Confidence" "MXF:ObjectKind" "Object Kind" "MXF:ObjectModelVersion"
+    "Object Model Version" "MXF:ObjectName" "Object Name" "MXF:ObjectRegionCode"
+    "Object Region Code" "MXF:ObjectRegionName" "Object Region Name"
+    "MXF:ObjectVerticalAverageDimension" "Object Vertical Average Dimension" "MXF:ObliquityAngle"
+    "Obliquity Angle" "MXF:OffsetToIndexTable" "Offset To Index Table" "MXF:OffsetToMetadata"
+    "Offset To Metadata" "MXF:OpenBodyPartition" "Open Body Partition"
+    "MXF:OpenCompleteBodyPartition" "Open Complete Body Partition"
+    "MXF:OperatingSystemInterpretations" "Operating System Interpretations" "MXF:OperationCategory"
+    "Operation Category" "MXF:OperationDataDefinition" "Operation Data Definition"
+    "MXF:OperationDefinitionID" "Operation Definition ID" "MXF:OperationDefinitions"
+    "Operation Definitions" "MXF:OperationParameters" "Operation Parameters"
+    "MXF:OperationalPatternUL" "Operational Pattern UL" "MXF:OpticalDiscNumber"
+    "Optical Disc Number" "MXF:OpticalTestParameterName" "Optical Test Parameter Name"
+    "MXF:OpticalTestResult" "Optical Test Result" "MXF:OpticalTrack" "Optical Track"
+    "MXF:OrganizationCode" "Organization Code" "MXF:OrganizationID" "Organization ID"
+    "MXF:OrganizationIDKind" "Organization ID Kind" "MXF:OrganizationKind" "Organization Kind"
+    "MXF:OrganizationMainName" "Organization Main Name" "MXF:OrganizationSets" "Organization Sets"
+    "MXF:OrganizationalProgramNumber" "Organizational Program Number" "MXF:Origin" "MXF:OriginCode"
+    "Origin Code" "MXF:OriginalExtendedSpokenPrimaryLanguageCode"
+    "Original Extended Spoken Primary Language Code" "MXF:OriginalProducerName"
+    "Original Producer Name" "MXF:OriginalTitle" "Original Title" "MXF:OtherGivenNames"
+    "Other Given Names" "MXF:OtherValues" "Other Values" "MXF:PII" "MXF:POSIXMicroseconds"
+    "POSIX Microseconds" "MXF:PURL" "MXF:PackLength" "Pack Length" "MXF:PackageAttributes"
+    "Package Attributes" "MXF:PackageID" "Package ID" "MXF:PackageKLVData" "Package KLV Data"
+    "MXF:PackageLastModifyDate" "Package Last Modify Date" "MXF:PackageMarkInPosition"
+    "Package Mark In Position" "MXF:PackageMarkOutPosition" "Package Mark Out Position"
+    "MXF:PackageMarker" "Package Marker" "MXF:PackageName" "Package Name"
+    "MXF:PackageTimelineMarkerRef" "Package Timeline Marker Ref" "MXF:PackageTracks"
+    "Package Tracks" "MXF:PackageUsageKind" "Package Usage Kind" "MXF:PackageUserComments"
+    "Package User Comments" "MXF:Packages" "MXF:PaddingBits" "Padding Bits" "MXF:Palette"
+    "MXF:PaletteLayout" "Palette Layout" "MXF:PanScanInformation" "Pan Scan Information"
+    "MXF:ParameterDataType" "Parameter Data Type" "MXF:ParameterDefinition" "Parameter Definition"
+    "MXF:ParameterDefinitions" "Parameter Definitions" "MXF:Parameters" "MXF:ParentClass"
+    "Parent Class" "MXF:ParticipantID" "Participant ID" "MXF:ParticipantOrganizationSets"
+    "Participant Organization Sets" "MXF:PartitionMetadata" "Partition Metadata" "MXF:Password"
+    "MXF:PayeeAccountName" "Payee Account Name" "MXF:PayeeAccountNumber" "Payee Account Number"
+    "MXF:PayeeAccountSortCode" "Payee Account Sort Code" "MXF:PayerAccountName" "Payer Account Name"
+    "MXF:PayerAccountNumber" "Payer Account Number" "MXF:PayerAccountSortCode"
+    "Payer Account Sort Code" "MXF:PaymentDueDateTime" "Payment Due Date Time" "MXF:PaymentsSets"
+    "Payments Sets" "MXF:PeakChannelCount" "Peak Channel Count" "MXF:PeakEnvelope" "Peak Envelope"
+    "MXF:PeakEnvelopeBlockSize" "Peak Envelope Block Size" "MXF:PeakEnvelopeData"
+    "Peak Envelope Data" "MXF:PeakEnvelopeFormat" "Peak Envelope Format" "MXF:PeakEnvelopeTimestamp"
+    "Peak Envelope Timestamp" "MXF:PeakEnvelopeVersion" "Peak Envelope Version" "MXF:PeakFrameCount"
+    "Peak Frame Count" "MXF:PeakOfPeaksPosition" "Peak Of Peaks Position"
+    "MXF:PerceivedDisplayFormatCode" "Perceived Display Format Code"
+    "MXF:PerceivedDisplayFormatName" "Perceived Display Format Name" "MXF:PerforationsPerFrame"
+    "Perforations Per Frame" "MXF:PersonDescription" "Person Description"
+    "MXF:PersonOrganizationSets" "Person Organization Sets" "MXF:PersonSets" "Person Sets"
+    "MXF:PhysicalInstanceKind" "Physical Instance Kind" "MXF:PhysicalMediaLength"
+    "Physical Media Length" "MXF:PhysicalMediaLocation" "Physical Media Location"
+    "MXF:PictureComponentSizing" "Picture Component Sizing" "MXF:PictureDisplayRate"
+    "Picture Display Rate" "MXF:PixelLayout" "Pixel Layout" "MXF:PlaceKeyword" "Place Keyword"
+    "MXF:PlaceName" "Place Name" "MXF:PlaintextOffset" "Plaintext Offset" "MXF:PlatformDesignation"
+    "Platform Designation" "MXF:PlatformHeadingAngle" "Platform Heading Angle" "MXF:PlatformModel"
+    "Platform Model" "MXF:PlatformPitchAngle" "Platform Pitch Angle" "MXF:PlatformRollAngle"
+    "Platform Roll Angle" "MXF:PlatformSerialNumber" "Platform Serial Number" "MXF:Plug-InAPIID"
+    "Plug-In APIID" "MXF:Plug-InCategoryID" "Plug-In Category ID" "MXF:Plug-InDefinitions"
+    "Plug-In Definitions" "MXF:Plug-InEngineID" "Plug-In Engine ID" "MXF:Plug-InLocatorSet"
+    "Plug-In Locator Set" "MXF:Plug-InPlatformID" "Plug-In Platform ID" "MXF:PointsPerPeakValue"
+    "Points Per Peak Value" "MXF:PolarCharacteristic" "Polar Characteristic" "MXF:PosTableArray"
+    "Pos Table Array" "MXF:PositionInSequence" "Position In Sequence" "MXF:PositionTable"
+    "Position Table" "MXF:PositionTableCount" "Position Table Count" "MXF:PositionTableIndexing"
+    "Position Table Indexing" "MXF:PositionWithinViewportImageXCoordinate"
+    "Position Within Viewport Image X Coordinate" "MXF:PositionWithinViewportImageYCoordinate"
+    "Position Within Viewport Image Y Coordinate" "MXF:PostCodeForPostbox" "Post Code For Postbox"
+    "MXF:PostalCode" "MXF:PostalTown" "Postal Town" "MXF:PostboxNumber" "Postbox Number"
+    "MXF:PresentationAspectRatio" "Presentation Aspect Ratio" "MXF:PresentationGammaEquation"
+    "Presentation Gamma Equation" "MXF:PresenterName" "Presenter Name"
+    "MXF:PreviousNumberInSequence" "Previous Number In Sequence" "MXF:PreviousRepeatNumber"
+    "Previous Repeat Number" "MXF:PrimaryExtendedSpokenLanguageCode"
+    "Primary Extended Spoken Language Code" "MXF:PrimaryOriginalLanguageCode"
+    "Primary Original Language Code" "MXF:PrimaryPackage" "Primary Package"
+    "MXF:PrimarySpokenLanguageCode" "Primary Spoken Language Code" "MXF:ProcessingSet"
+    "Processing Set" "MXF:ProducerName" "Producer Name" "MXF:ProductFormat" "Product Format"
+    "MXF:ProductionOrganizationRole" "Production Organization Role" "MXF:ProductionScriptReference"
+    "Production Script Reference" "MXF:ProductionSettingPeriodSets" "Production Setting Period Sets"
+    "MXF:ProfileAndLevel" "Profile And Level" "MXF:ProgramAwardName" "Program Award Name"
+    "MXF:ProgramCommercialMaterialReference" "Program Commercial Material Reference"
+    "MXF:ProgramIdentifier" "Program Identifier" "MXF:ProgramIdentifierString"
+    "Program Identifier String" "MXF:ProgramKind" "Program Kind"
+    "MXF:ProgramMaterialClassificationCode" "Program Material Classification Code"
+    "MXF:ProgramNumber" "Program Number" "MXF:ProgramSupportMaterialReference"
+    "Program Support Material Reference" "MXF:ProgrammingGroupKind" "Programming Group Kind"
+    "MXF:ProgrammingGroupTitle" "Programming Group Title" "MXF:ProjectName" "Project Name"
+    "MXF:ProjectNumber" "Project Number" "MXF:ProjectSet" "Project Set" "MXF:Properties"
+    "MXF:PropertyType" "Property Type" "MXF:PublicationSets" "Publication Sets"
+    "MXF:PublishingMediumName" "Publishing Medium Name" "MXF:PublishingOrganizationName"
+    "Publishing Organization Name" "MXF:PublishingRegionName" "Publishing Region Name"
+    "MXF:PublishingServiceName" "Publishing Service Name" "MXF:PulldownFieldDominance"
+    "Pulldown Field Dominance" "MXF:PulldownSequence" "Pulldown Sequence" "MXF:PurchaserAccountName"
+    "Purchaser Account Name" "MXF:PurchaserAccountNumber" "Purchaser Account Number"
+    "MXF:PurchaserIdentificationKind" "Purchaser Identification Kind"
+    "MXF:PurchaserIdentificationValue" "Purchaser Identification Value" "MXF:PurchasingDepartment"
+    "Purchasing Department" "MXF:PurchasingOrganizationName" "Purchasing Organization Name"
+    "MXF:Purpose" "MXF:QltyBasicData" "Qlty Basic Data" "MXF:QltyCueSheet" "Qlty Cue Sheet"
+    "MXF:QltyEndOfModulation" "Qlty End Of Modulation" "MXF:QltyOperatorComment"
+    "Qlty Operator Comment" "MXF:QltyQualityEvent" "Qlty Quality Event" "MXF:QltyQualityParameter"
+    "Qlty Quality Parameter" "MXF:QltyStartOfModulation" "Qlty Start Of Modulation"
+    "MXF:QualityFlag" "Quality Flag" "MXF:QuantizationDefault" "Quantization Default"
+    "MXF:RIFFChunkData" "RIFF Chunk Data" "MXF:RIFFChunkID" "RIFF Chunk ID" "MXF:RIFFChunkLength"
+    "RIFF Chunk Length" "MXF:RP217DataStreamPID" "RP217 Data Stream PID" "MXF:RP217VideoStreamPID"
+    "RP217 Video Stream PID" "MXF:RandomIndexMetadata" "Random Index Metadata"
+    "MXF:RandomIndexMetadataV10" "Random Index Metadata V10" "MXF:Rating" "MXF:RecordedFormat"
+    "Recorded Format" "MXF:RecordedTrackNumber" "Recorded Track Number" "MXF:RecordingLabelName"
+    "Recording Label Name" "MXF:ReelOrRollNumber" "Reel Or Roll Number" "MXF:RegionCode"
+    "Region Code" "MXF:RegionName" "Region Name" "MXF:RegisterAction" "Register Action"
+    "MXF:RegisterAdministrationArray" "Register Administration Array"
+    "MXF:RegisterAdministrationNotes" "Register Administration Notes"
+    "MXF:RegisterAdministrationObject" "Register Administration Object" "MXF:RegisterApproverName"
+    "Register Approver Name" "MXF:RegisterChildEntryArray" "Register Child Entry Array"
+    "MXF:RegisterCreationTime" "Register Creation Time" "MXF:RegisterEditorName"
+    "Register Editor Name" "MXF:RegisterEntryAdministrationObject"
+    "Register Entry Administration Object" "MXF:RegisterEntryArray" "Register Entry Array"
+    "MXF:RegisterEntryStatus" "Register Entry Status" "MXF:RegisterItemDefiningDocumentName"
+    "Register Item Defining Document Name" "MXF:RegisterItemDefinition" "Register Item Definition"
+    "MXF:RegisterItemHierarchyLevel" "Register Item Hierarchy Level"
+    "MXF:RegisterItemIntroductionVersion" "Register Item Introduction Version"
+    "MXF:RegisterItemName" "Register Item Name" "MXF:RegisterItemNotes" "Register Item Notes"
+    "MXF:RegisterItemOriginatorName" "Register Item Originator Name"
+    "MXF:RegisterItemStatusChangeDateTime" "Register Item Status Change Date Time"
+    "MXF:RegisterItemSymbol" "Register Item Symbol" "MXF:RegisterItemUL" "Register Item UL"
+    "MXF:RegisterKind" "Register Kind" "MXF:RegisterReleaseDateTime" "Register Release Date Time"
+    "MXF:RegisterStatusKind" "Register Status Kind" "MXF:RegisterUserName" "Register User Name"
+    "MXF:RegisterUserTime" "Register User Time" "MXF:RegisterVersion" "Register Version"
+    "MXF:RegistrantName" "Registrant Name" "MXF:RelatedMaterialDescription"
+    "Related Material Description" "MXF:RelatedMaterialLocators" "Related Material Locators"
+    "MXF:RelativePositionInSequenceName" "Relative Position In Sequence Name"
+    "MXF:RelativePositionInSequenceOffset" "Relative Position In Sequence Offset"
+    "MXF:RelativeScope" "Relative Scope" "MXF:RelativeTrack" "Relative Track"
+    "MXF:ReleasableCountryCode" "Releasable Country Code" "MXF:RenamedType" "Renamed Type"
+    "MXF:ResourceID" "Resource ID" "MXF:RestrictionsonUse" "Restrictionson Use" "MXF:ReversePlay"
+    "Reverse Play" "MXF:ReversedByteOrder" "Reversed Byte Order" "MXF:RightsComment"
+    "Rights Comment" "MXF:RightsConditionDescription" "Rights Condition Description"
+    "MXF:RightsManagementAuthority" "Rights Management Authority" "MXF:RightsSets" "Rights Sets"
+    "MXF:RightsStartDateTime" "Rights Start Date Time" "MXF:RightsStopDateTime"
+    "Rights Stop Date Time" "MXF:Rightsholder" "MXF:RoleName" "Role Name" "MXF:RoomNumber"
+    "Room Number" "MXF:RoomOrSuiteName" "Room Or Suite Name" "MXF:RootFormatVersion"
+    "Root Format Version" "MXF:RootMetaDictionary" "Root Meta Dictionary" "MXF:RootObjectDirectory"
+    "Root Object Directory" "MXF:RootPreface" "Root Preface" "MXF:RoundedCaptureFilmFrameRate"
+    "Rounded Capture Film Frame Rate" "MXF:RoundedTimecodeTimebase" "Rounded Timecode Timebase"
+    "MXF:RoundingLaw" "Rounding Law" "MXF:RoundingMethodCode" "Rounding Method Code"
+    "MXF:RoyaltyIncomeInformation" "Royalty Income Information" "MXF:RoyaltyPaymentInformation"
+    "Royalty Payment Information" "MXF:Rsiz" "MXF:SDKVersion" "SDK Version" "MXF:SICI"
+    "MXF:SMPTE12MUserDateTime" "SMPTE12M User Date Time" "MXF:SMPTE309MUserDateTime"
+    "SMPTE309M User Date Time" "MXF:SMPTE337MDataStreamNumber" "SMPTE337M Data Stream Number"
+    "MXF:SMPTEUL" "MXF:SalesContractNumber" "Sales Contract Number" "MXF:Salutation"
+    "MXF:SampleIndex" "Sample Index" "MXF:SampleRate" "MXF:SampledHeight" "Sampled Height"
+    "MXF:SampledWidth" "Sampled Width" "MXF:SampledXOffset" "Sampled X Offset" "MXF:SampledYOffset"
+    "Sampled Y Offset" "MXF:SamplingHierarchyCode" "Sampling Hierarchy Code"
+    "MXF:SamplingStructureCode" "Sampling Structure Code" "MXF:ScanningDirection"
+    "Scanning Direction" "MXF:SceneNumber" "Scene Number" "MXF:SceneSettingPeriodSets"
+    "Scene Setting Period Sets" "MXF:SceneShotSets" "Scene Shot Sets" "MXF:ScramblingKeyKind"
+    "Scrambling Key Kind" "MXF:ScramblingKeyValue" "Scrambling Key Value" "MXF:ScriptingKind"
+    "Scripting Kind" "MXF:ScriptingLocators" "Scripting Locators" "MXF:ScriptingSets"
+    "Scripting Sets" "MXF:ScriptingText" "Scripting Text" "MXF:SeasonEpisodeNumber"
+    "Season Episode Number" "MXF:SeasonEpisodeTitle" "Season Episode Title" "MXF:SecondGivenName"
+    "Second Given Name" "MXF:SecondaryExtendedSpokenLanguageCode"
+    "Secondary Extended Spoken Language Code" "MXF:SecondaryOriginalExtendedSpokenLanguageCode"
+    "Secondary Original Extended Spoken Language Code" "MXF:SecondaryOriginalLanguageCode"
+    "Secondary Original Language Code" "MXF:SecondarySpokenLanguageCode"
+    "Secondary Spoken Language Code" "MXF:SecondaryTitle" "Secondary Title" "MXF:SectorSize"
+    "Sector Size" "MXF:SecurityClassification" "MXF:SecurityClassificationCaveats"
+    "Security Classification Caveats" "MXF:Selected" "MXF:SensorMode" "Sensor Mode"
+    "MXF:SensorRollAngle" "Sensor Roll Angle" "MXF:SensorSize" "MXF:SensorType" "Sensor Type"
+    "MXF:SensorTypeCode" "Sensor Type Code" "MXF:Sequence" "MXF:SequenceOffset" "Sequence Offset"
+    "MXF:SeriesNumber" "Series Number" "MXF:SeriesinaSeriesGroupCount"
+    "Seriesina Series Group Count" "MXF:SetElementType" "Set Element Type" "MXF:SettingCityName"
+    "Setting City Name" "MXF:SettingCountryCode" "Setting Country Code" "MXF:SettingCountryName"
+    "Setting Country Name" "MXF:SettingDateTime" "Setting Date Time" "MXF:SettingDescription"
+    "Setting Description" "MXF:SettingPeriodDescription" "Setting Period Description"
+    "MXF:SettingPostalCode" "Setting Postal Code" "MXF:SettingRegionCode" "Setting Region Code"
+    "MXF:SettingRegionName" "Setting Region Name" "MXF:SettingRoomNumber" "Setting Room Number"
+    "MXF:SettingStateOrProvinceOrCountyName" "Setting State Or Province Or County Name"
+    "MXF:SettingStreetName" "Setting Street Name" "MXF:SettingStreetNumberOrBuildingName"
+    "Setting Street Number Or Building Name" "MXF:SettingTownName" "Setting Town Name"
+    "MXF:ShimName" "Shim Name" "MXF:ShootingCountryCode" "Shooting Country Code"
+    "MXF:ShootingRegionCode" "Shooting Region Code" "MXF:ShootingRegionName" "Shooting Region Name"
+    "MXF:ShotComment" "Shot Comment" "MXF:ShotCommentKind" "Shot Comment Kind" "MXF:ShotCueWordsSet"
+    "Shot Cue Words Set" "MXF:ShotDescription" "Shot Description" "MXF:ShotDuration" "Shot Duration"
+    "MXF:ShotList" "Shot List" "MXF:ShotLocationSets" "Shot Location Sets"
+    "MXF:ShotParticipantRoleSets" "Shot Participant Role Sets" "MXF:ShotPersonSets"
+    "Shot Person Sets" "MXF:ShotStartPosition" "Shot Start Position" "MXF:ShotTrackIDs"
+    "Shot Track I Ds" "MXF:SideNumber" "Side Number" "MXF:Signal-to-NoiseRatio"
+    "Signal-to-Noise Ratio" "MXF:SignalFormCode" "Signal Form Code" "MXF:SignalStandard"
+    "Signal Standard" "MXF:SignatureTuneFlag" "Signature Tune Flag" "MXF:SimpleFlaggingCount"
+    "Simple Flagging Count" "MXF:SingleSequenceFlag" "Single Sequence Flag" "MXF:Size"
+    "MXF:SlantRange" "MXF:SlateInformation" "Slate Information" "MXF:SlateTitle" "Slate Title"
+    "MXF:SliceCount" "Slice Count" "MXF:SliceNumber" "Slice Number" "MXF:SliceOffsetList"
+    "Slice Offset List" "MXF:Software-OnlySupportFlag" "Software-Only Support Flag" "MXF:SourceClip"
+    "Source Clip" "MXF:SourceContainerFormat" "Source Container Format"
+    "MXF:SourceImageCenterXCoordinate" "Source Image Center X Coordinate"
+    "MXF:SourceImageCenterYCoordinate" "Source Image Center Y Coordinate" "MXF:SourceIndex"
+    "Source Index" "MXF:SourceKey" "Source Key" "MXF:SourceLength" "Source Length"
+    "MXF:SourceOrganization" "Source Organization" "MXF:SourcePackageID" "Source Package ID"
+    "MXF:SourceSpecies" "Source Species" "MXF:SourceTrackID" "Source Track ID" "MXF:SourceTrackIDs"
+    "Source Track I Ds" "MXF:SourceValue" "Source Value" "MXF:SpeedChangeEffectFlag"
+    "Speed Change Effect Flag" "MXF:SplicingMetadata" "Splicing Metadata"
+    "MXF:StartTimeRelativeToReference" "Start Time Relative To Reference" "MXF:StartTimecode"
+    "Start Timecode" "MXF:StartTimecodeRelativeToReference" "Start Timecode Relative To Reference"
+    "MXF:StateOrProvinceOrCountyName" "State Or Province Or County Name" "MXF:StillFrame"
+    "Still Frame" "MXF:StorageDeviceKind" "Storage Device Kind" "MXF:StorageKind" "Storage Kind"
+    "MXF:StorageKindCode" "Storage Kind Code" "MXF:StorageMediaID" "Storage Media ID"
+    "MXF:StorageMediaKind" "Storage Media Kind" "MXF:StoredANCLineNumber" "Stored ANC Line Number"
+    "MXF:StoredF2Offset" "Stored F2 Offset" "MXF:StoredVBILineNumber" "Stored VBI Line Number"
+    "MXF:StratumKind" "Stratum Kind" "MXF:StreamData" "Stream Data" "MXF:StreamElementType"
+    "Stream Element Type" "MXF:StreamID" "MXF:StreamOffset" "Stream Offset"
+    "MXF:StreamPositionIndicator" "Stream Position Indicator" "MXF:StreetName" "Street Name"
+    "MXF:StreetNumber" "Street Number" "MXF:StringElementType" "String Element Type"
+    "MXF:Sub-descriptors" "MXF:SubDescriptor" "Sub Descriptor" "MXF:SubDescriptors"
+    "Sub Descriptors" "MXF:SubjectAbsoluteHeading" "Subject Absolute Heading"
+    "MXF:SubjectAbsoluteSpeed" "Subject Absolute Speed" "MXF:SubjectDistance" "MXF:SubjectName"
+    "Subject Name" "MXF:SubjectRelativeHeading" "Subject Relative Heading"
+    "MXF:SubjectRelativePositionalAccuracy" "Subject Relative Positional Accuracy"
+    "MXF:SubjectRelativeSpeed" "Subject Relative Speed" "MXF:SubtitleDatafileFlag"
+    "Subtitle Datafile Flag" "MXF:SubtitlesPresent" "Subtitles Present" "MXF:SupplementaryName"
+    "Supplementary Name" "MXF:SupplementaryOrganizationName" "Supplementary Organization Name"
+    "MXF:SupplierAccountName" "Supplier Account Name" "MXF:SupplierAccountNumber"
+    "Supplier Account Number" "MXF:SupplierIdentificationKind" "Supplier Identification Kind"
+    "MXF:SupplierIdentificationValue" "Supplier Identification Value" "MXF:SupplyContractNumber"
+    "Supply Contract Number" "MXF:SupplyingDepartmentName" "Supplying Department Name"
+    "MXF:SupportOrAdministrationStatus" "Support Or Administration Status"
+    "MXF:SupportOrganizationRole" "Support Organization Role" "MXF:SystemNameOrNumber"
+    "System Name Or Number" "MXF:TIFFSummary" "TIFF Summary" "MXF:TaggedValueDefinitions"
+    "Tagged Value Definitions" "MXF:TaggedValueParentProperties" "Tagged Value Parent Properties"
+    "MXF:TakeNumber" "Take Number" "MXF:TapeBatchNumber" "Tape Batch Number" "MXF:TapeCapacity"
+    "Tape Capacity" "MXF:TapeFormat" "Tape Format" "MXF:TapeFormulation" "Tape Formulation"
+    "MXF:TapeManufacturer" "Tape Manufacturer" "MXF:TapePartitionCapacity" "Tape Partition Capacity"
+    "MXF:TapeShellKind" "Tape Shell Kind" "MXF:TapeStock" "Tape Stock" "MXF:TargetAudience"
+    "Target Audience" "MXF:TargetClassOfStrongReference" "Target Class Of Strong Reference"
+    "MXF:TargetClassOfWeakReference" "Target Class Of Weak Reference" "MXF:TargetSet" "Target Set"
+    "MXF:TargetWidth" "MXF:TechnicalValue" "Technical Value" "MXF:TelephoneNumber"
+    "Telephone Number" "MXF:TeletextSubtitlesAvailable" "Teletext Subtitles Available"
+    "MXF:TeletextSubtitlesFlag" "Teletext Subtitles Flag" "MXF:TemporalOffset" "Temporal Offset"
+    "MXF:TerminatingFillerData" "Terminating Filler Data" "MXF:TextlessBlackDuration"
+    "Textless Black Duration" "MXF:TextlessMaterial" "Textless Material"
+    "MXF:TextualDescriptionKind" "Textual Description Kind" "MXF:Theme" "MXF:ThemeMusicFlag"
+    "Theme Music Flag" "MXF:ThesaurusName" "Thesaurus Name" "MXF:ThirdGivenName" "Third Given Name"
+    "MXF:TimePeriodName" "Time Period Name" "MXF:TimeSystemOffset" "Time System Offset"
+    "MXF:TimeUnitKind" "Time Unit Kind" "MXF:TimebaseReferenceTrackID" "Timebase Reference Track ID"
+    "MXF:TimecodeArray" "Timecode Array" "MXF:TimecodeCreationDateTime"
+    "Timecode Creation Date Time" "MXF:TimecodeEndDateTime" "Timecode End Date Time"
+    "MXF:TimecodeEventEndDateTime" "Timecode Event End Date Time" "MXF:TimecodeEventStartDateTime"
+    "Timecode Event Start Date Time" "MXF:TimecodeKind" "Timecode Kind" "MXF:TimecodeLastModifyDate"
+    "Timecode Last Modify Date" "MXF:TimecodeModifyDate" "Timecode Modify Date"
+    "MXF:TimecodeSourceKind" "Timecode Source Kind" "MXF:TimecodeStartDateTime"
+    "Timecode Start Date Time" "MXF:TimecodeStreamData" "Timecode Stream Data"
+    "MXF:TimecodeTimebase" "Timecode Timebase" "MXF:TimecodeUserBitsFlag" "Timecode User Bits Flag"
+    "MXF:TimepointValue" "Timepoint Value" "MXF:TimingBiasCorrection" "Timing Bias Correction"
+    "MXF:TimingBiasCorrectionDescription" "Timing Bias Correction Description" "MXF:TitleKind"
+    "Title Kind" "MXF:TitlesSets" "Titles Sets" "MXF:ToleranceInterpolationMethod"
+    "Tolerance Interpolation Method" "MXF:ToleranceMode" "Tolerance Mode" "MXF:ToleranceWindow"
+    "Tolerance Window" "MXF:ToolkitVersion" "Toolkit Version" "MXF:TotalCurrencyAmount"
+    "Total Currency Amount" "MXF:TotalEpisodeCount" "Total Episode Count" "MXF:TotalIncome"
+    "Total Income" "MXF:TotalLinesperFrame" "Total Linesper Frame" "MXF:TotalNumberInSequence"
+    "Total Number In Sequence" "MXF:TotalPayment" "Total Payment" "MXF:TotalSamplesperLine"
+    "Total Samplesper Line" "MXF:TrackID" "Track ID" "MXF:TrackName" "Track Name" "MXF:TrackNumber"
+    "Track Number" "MXF:TrackNumberBatch" "Track Number Batch" "MXF:Tracks" "MXF:TrafficID"
+    "Traffic ID" "MXF:TrailingLines" "Trailing Lines" "MXF:TranscriptReference"
+    "Transcript Reference" "MXF:TransferFilmFrameRate" "Transfer Film Frame Rate"
+    "MXF:TransitionEffect" "Transition Effect" "MXF:TransmissionID" "Transmission ID"
+    "MXF:TransportStreamID" "MXF:TripletSequenceNumber" "Triplet Sequence Number"
+    "MXF:TypeDefinitionElementValueList" "Type Definition Element Value List"
+    "MXF:TypeDefinitionExtendibleElementValues" "Type Definition Extendible Element Values"
+    "MXF:TypeDefinitions" "Type Definitions" "MXF:UCSEncoding" "UCS Encoding" "MXF:UPID" "MXF:UPN"
+    "MXF:URL" "MXF:URN" "MXF:UTCEndDateTime" "UTC End Date Time" "MXF:UTCEventEndDateTime"
+    "UTC Event End Date Time" "MXF:UTCEventStartDateTime" "UTC Event Start Date Time"
+    "MXF:UTCInstantDateTime" "UTC Instant Date Time" "MXF:UTCLastModifyDate" "UTC Last Modify Date"
+    "MXF:UTCStartDateTime" "UTC Start Date Time" "MXF:UTCUserDateTime" "UTC User Date Time"
+    "MXF:UniformDataFlag" "Uniform Data Flag" "MXF:UnknownBWFChunks" "Unknown BWF Chunks"
+    "MXF:UpstreamAudioCompressionAlgorithm" "Upstream Audio Compression Algorithm"
+    "MXF:UseDefaultValue" "Use Default Value" "MXF:UserDataMode" "User Data Mode" "MXF:UserName"
+    "User Name" "MXF:UserPosition" "User Position" "MXF:V10IndexTableSegment"
+    "V10 Index Table Segment" "MXF:VBEEndOffset" "VBE End Offset" "MXF:VBILineCount"
+    "VBI Line Count" "MXF:VBIPayloadByteArray" "VBI Payload Byte Array" "MXF:VBIPayloadSampleCoding"
+    "VBI Payload Sample Coding" "MXF:VBIPayloadSampleCount" "VBI Payload Sample Count"
+    "MXF:VBIWrappingType" "VBI Wrapping Type" "MXF:VC-1AverageBitrate" "VC-1 Average Bitrate"
+    "MXF:VC-1BPictureCount" "VC-1B Picture Count" "MXF:VC-1CodedContentType"
+    "VC-1 Coded Content Type" "MXF:VC-1IdenticalGOP" "VC-1 Identical GOP"
+    "MXF:VC-1InitializationMetadata" "VC-1 Initialization Metadata" "MXF:VC-1Level" "VC-1 Level"
+    "MXF:VC-1MaximumBitrate" "VC-1 Maximum Bitrate" "MXF:VC-1MaximumGOP" "VC-1 Maximum GOP"
+    "MXF:VC-1Profile" "VC-1 Profile" "MXF:VC-1SingleSequence" "VC-1 Single Sequence" "MXF:Value"
+    "MXF:VariableArrayElementType" "Variable Array Element Type" "MXF:VersionNumber"
+    "Version Number" "MXF:VersionNumberString" "Version Number String" "MXF:VersionTitle"
+    "Version Title" "MXF:VerticalActionSafePercentage" "Vertical Action Safe Percentage"
+    "MXF:VerticalDatum" "Vertical Datum" "MXF:VerticalGraphicsSafePercentage"
+    "Vertical Graphics Safe Percentage" "MXF:VerticalSub-sampling" "Vertical Sub-sampling"
+    "MXF:VideoAndFilmFrameRelationship" "Video And Film Frame Relationship"
+    "MXF:VideoAverageBitrate" "Video Average Bitrate" "MXF:VideoClipDuration" "Video Clip Duration"
+    "MXF:VideoCodingSchemeID" "Video Coding Scheme ID" "MXF:VideoColorKind" "Video Color Kind"
+    "MXF:VideoCompressionAlgorithm" "Video Compression Algorithm" "MXF:VideoDeviceKind"
+    "Video Device Kind" "MXF:VideoDeviceParameterName" "Video Device Parameter Name"
+    "MXF:VideoDeviceParameterSetting" "Video Device Parameter Setting" "MXF:VideoFixedBitrate"
+    "Video Fixed Bitrate" "MXF:VideoIndexArray" "Video Index Array" "MXF:VideoLineMap"
+    "Video Line Map" "MXF:VideoNoiseReductionAlgorithm" "Video Noise Reduction Algorithm"
+    "MXF:VideoOrImageCompressionAlgorithm" "Video Or Image Compression Algorithm"
+    "MXF:VideoPayloadIdentifier" "Video Payload Identifier" "MXF:VideoPayloadIdentifier2002"
+    "Video Payload Identifier 2002" "MXF:VideoTestParameter" "Video Test Parameter"
+    "MXF:VideoTestResult" "Video Test Result" "MXF:VideoWatermarkKind" "Video Watermark Kind"
+    "MXF:ViewportAspectRatio" "Viewport Aspect Ratio" "MXF:ViewportHeight" "Viewport Height"
+    "MXF:ViewportImageCenterCCoordinate" "Viewport Image Center C Coordinate"
+    "MXF:ViewportImageCenterYCoordinate" "Viewport Image Center Y Coordinate" "MXF:ViewportWidth"
+    "Viewport Width" "MXF:VoiceTalentName" "Voice Talent Name" "MXF:WAVESummary" "WAVE Summary"
+    "MXF:Weighting" "MXF:WhiteReferenceLevel" "White Reference Level" "MXF:Work-in-ProgressFlag"
+    "Work-in-Progress Flag" "MXF:WorkingTitle" "Working Title" "MXF:XMLDocumentText"
+    "XML Document Text" "MXF:XOsiz" "X Osiz" "MXF:XTOsiz" "XT Osiz" "MXF:XTsiz" "X Tsiz" "MXF:Xsiz"
+    "MXF:YOsiz" "Y Osiz" "MXF:YTOsiz" "YT Osiz" "MXF:YTsiz" "Y Tsiz" "MXF:Ysiz" "每个组件的比特数" "评分"
+    "Résumé AIM" "Angle par rapport au Nord" "Type d'unité angulaire"
+    "Nombre de bits par échantillon" "Nom de la ville" "Type d'analyse du contenu codé" "Inconnu"
+    "Progressif" "Entrelacé" "Mixte" "Nom de collection" "Numéro actuel en séquence"
+    "Numéro de répétition actuel" "Nom du fabricant de l'appareil" "Modèle de l'appareil"
+    "Jeux de paramètres de l'appareil" "Cap relatif de l'appareil"
+    "Position relative en X de l'appareil" "Position relative en Y de l'appareil"
+    "Position relative en Z de l'appareil" "Précision de la position relative de l'appareil"
+    "Vitesse relative de l'appareil" "Numéro de série de l'appareil"
+    "Description de l'utilisation de l'appareil" "Durée du fondu enchaîné" "Type du fondu enchaîné"
+    "Durée du fondu à la fermeture" "Type du fondu à la fermeture" "Rapport de sécurité du fichier"
+    "Coordonnées géographiques" "Code pays ISO 3166" "Code langue ISO 639-1"
+    "Code langue des sous-titres ISO 639" "Code langue du texte ISO 639" "Jeux de localisation"
+    "Jeu de données de recodage vidéo MPEG" "Version majeure" "Emplacement du média"
+    "Évaluation de l'image" "Classement" "Code de la zone" "Nom de la zone"
+    "Direction de la numérisation" "Numéro de scène" "Mode du capteur" "Angle de roulis du capteur"
+    "Type de capteur" "Code du type de senseur" "Mode des données utilisateur" "Anmerkung"
+    "Anzahl der Bits pro Komponente" "Bytereihenfolge" "Geräte-Modell" "Anzeigehöhe"
+    "Anzeigeeinheit" "Bewertung" "ID AAF produttore" "Sommario" "Riferimento contabile"
+    "Descrittore formato attivo" "Linee per quadro attuali" "Linee per campione attuali"
+    "Stato attivo" "ID Ad" "Linea indirizzo" "Gruppi di valori nome indirizzo" "Gruppi di indirizzi"
+    "Riferimento materiale pubblicitario" "Non invertito" "Annotazione"
+    "Algoritmo di compressione audio" "Numero di bit per componente" "ID canale" "Modo stato canale"
+    "Misto" "Modello Dispositivo" "Descrizione miglioramento/modifica" "Durata assoluta evento"
+    "Nome famiglia" "Numero di fax" "Descrittori file" "Rapporto sicurezza file" "Genere"
+    "Nome lingua" "Tipo località" "Origine" "Codice origine" "Profilo e livello" "Tipo di programma"
+    "Numero programma" "Tipo gruppo programmazione" "Titolo gruppo programmazione" "Nome progetto"
+    "Numero progetto" "Set progetto" "Proprietà" "Set pupplicazione" "Nome account acquirente"
+    "Numero account acquirente" "Tipo identificazione acquirente"
+    "Valore identificazione acquirente" "Reparto acquirente" "Nome organizzazione acquirente"
+    "Scopo" "Indicatore qualità" "Default quantizzazione" "Indice casuale metadati"
+    "Indice casuale metadati V10" "Valutazione" "Formato registrato" "Nome etichetta registrazione"
+    "Codice regione" "Nome regione" "ID risorsa" "Ordine byte invertito" "Nome ruolo"
+    "Numero stanza" "Numero stanza/suite" "Versione formato radice" "Indice campione" "Numero scena"
+    "Dimensione settore" "Selezionato" "Modo sensore" "Tipo sensore" "Codice tipo sensore"
+    "Sequenza" "Commento scatto" "Tipo commento scatto" "Descrizione scatto" "Durata scatto"
+    "Elenco scatti" "Insiemi posizione scatto" "Numero lato" "Dimensioni" "ID traccia fonte"
+    "Valore fonte" "Nome soggetto" "Nome/numero sistema" "Sommario TIFF" "Tipo titolo"
+    "Insiemi di titoli" "Valore" "Numero versione" "Stringa numero versione" "Titolo versione"
+    "コンポーネントのビット数" "機器モデル" "格付け" "走査方向" "シーケンス" "Anotación" "Número de Bits Por Muestra"
+    "Modelo Dispositivo" "Género" "Cargo" "Clasificación" "Número Pista grabada" "Dirección Escaneo"
+    "ID Pista" "Nombre Pista" "Número Pista" "Pistas";
 
 // JUMBF: 14 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJUMBF[] = {
-    {{0, 16}, TagType::string, 0, 0, 0, 0},
-    {{16, 10}, TagType::string, 0, 0, 0, 0},
-    {{26, 6}, TagType::string, 0, 0, 0, 0},
-    {{32, 5}, TagType::string, 0, 0, 0, 0},
-    {{37, 10}, TagType::string, 0, 0, 0, 0},
-    {{47, 10}, TagType::string, 0, 0, 0, 0},
-    {{57, 12}, TagType::string, 0, 0, 0, 0},
-    {{69, 13}, TagType::string, 1, 0, 0, 0},
-    {{82, 12}, TagType::string, 0, 0, 0, 0},
-    {{94, 6}, TagType::string, 0, 0, 0, 0},
-    {{100, 9}, TagType::string, 0, 0, 0, 0},
-    {{109, 13}, TagType::string, 0, 0, 0, 0},
-    {{122, 11}, TagType::string, 0, 0, 0, 4},
-    {{133, 8}, TagType::string, 0, 0, 0, 0},
+    {{0, 16}, TagType::string, 0, 0, 0, 0},  // AuthorIdentifier
+    {{16, 10}, TagType::string, 0, 0, 0, 0},  // AuthorName
+    {{26, 6}, TagType::string, 0, 0, 0, 0},  // Format
+    {{32, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{37, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
+    {{47, 10}, TagType::string, 0, 0, 0, 0},  // InstanceID
+    {{57, 12}, TagType::string, 0, 0, 0, 0},  // Relationship
+    {{69, 13}, TagType::string, 1, 0, 0, 0},  // ThumbnailHash
+    {{82, 12}, TagType::string, 0, 0, 0, 0},  // ThumbnailURL
+    {{94, 6}, TagType::string, 0, 0, 0, 0},  // JUMDID
+    {{100, 9}, TagType::string, 0, 0, 0, 0},  // JUMDLabel
+    {{109, 13}, TagType::string, 0, 0, 0, 0},  // JUMDSignature
+    {{122, 11}, TagType::string, 0, 0, 0, 4},  // JUMDToggles
+    {{133, 8}, TagType::string, 0, 0, 0, 0},  // JUMDType
 };
 constexpr detail::TextRef kChoicesJUMBF[] = {
     {141, 1}, {142, 1}, {143, 1}, {144, 1},
@@ -2161,10 +2252,11 @@ constinit detail::StreamTags gTagsJUMBF("JUMBF", kText, kTagsJUMBF, kKeyOrderJUM
 
 // JVC: 3 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJVC[] = {
-    {{668, 11}, TagType::string, 0, 0, 0, 0},
-    {{679, 7}, TagType::string, 0, 0, 0, 6},
-    {{686, 16}, TagType::string, 0, 0, 0, 0},
+    {{668, 11}, TagType::string, 0, 0, 0, 0},  // CPUVersions
+    {{679, 7}, TagType::string, 0, 0, 0, 6},  // Quality
+    {{686, 16}, TagType::string, 0, 0, 0, 0},  // MakerNoteVersion
 };
 constexpr detail::TextRef kChoicesJVC[] = {
     {702, 1}, {141, 1}, {142, 1}, {703, 4}, {707, 3}, {710, 4},
@@ -2244,67 +2336,68 @@ constinit detail::StreamTags gTagsJVC("JVC", kText, kTagsJVC, kKeyOrderJVC, kCho
 
 // Jpeg2000: 60 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsJpeg2000[] = {
-    {{1217, 18}, TagType::rational32u, 0, 0, 0, 0},
-    {{1235, 18}, TagType::rational32u, 0, 0, 0, 0},
-    {{1253, 22}, TagType::int8s, 0, 0, 0, 10},
-    {{1275, 22}, TagType::int8s, 0, 0, 0, 10},
-    {{1297, 15}, TagType::int8s, 18, 0, 10, 4},
-    {{1312, 19}, TagType::int8s, 18, 0, 0, 0},
-    {{1331, 22}, TagType::int8s, 18, 0, 14, 5},
-    {{1353, 10}, TagType::int32u, 18, 0, 19, 19},
-    {{1363, 13}, TagType::string, 26, 0, 0, 0},
-    {{1376, 18}, TagType::rational32u, 0, 0, 0, 0},
-    {{1394, 18}, TagType::rational32u, 0, 0, 0, 0},
-    {{1412, 22}, TagType::int8s, 0, 0, 0, 10},
-    {{1434, 22}, TagType::int8s, 0, 0, 0, 10},
-    {{1456, 10}, TagType::string, 0, 4, 38, 5},
-    {{1466, 12}, TagType::string, 0, 4, 0, 0},
-    {{1478, 16}, TagType::string, 0, 0, 0, 0},
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{1515, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{1533, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{1549, 11}, TagType::int8u, 0, 0, 43, 9},
-    {{1560, 14}, TagType::string, 0, 0, 0, 0},
-    {{1574, 12}, TagType::string, 0, 0, 0, 0},
-    {{1586, 10}, TagType::string, 8, 0, 0, 0},
-    {{1596, 12}, TagType::string, 0, 0, 0, 0},
-    {{1608, 19}, TagType::string, 0, 0, 0, 0},
-    {{1627, 10}, TagType::string, 0, 0, 0, 0},
-    {{1637, 16}, TagType::string, 0, 0, 0, 0},
-    {{1653, 16}, TagType::string, 0, 0, 0, 0},
-    {{1669, 11}, TagType::string, 0, 0, 0, 0},
-    {{1680, 18}, TagType::string, 0, 0, 0, 0},
-    {{1698, 15}, TagType::string, 0, 0, 0, 0},
-    {{1713, 22}, TagType::string, 0, 0, 0, 0},
-    {{1735, 20}, TagType::string, 0, 0, 0, 0},
-    {{1755, 13}, TagType::string, 0, 0, 0, 0},
-    {{1768, 12}, TagType::string, 0, 0, 0, 0},
-    {{1780, 4}, TagType::string, 0, 0, 0, 0},
-    {{1784, 13}, TagType::string, 0, 0, 0, 0},
-    {{1797, 32}, TagType::string, 0, 0, 0, 0},
-    {{1829, 12}, TagType::string, 8, 0, 0, 0},
-    {{1841, 14}, TagType::string, 0, 0, 0, 0},
-    {{1855, 12}, TagType::string, 0, 0, 0, 0},
-    {{1867, 20}, TagType::string, 0, 0, 0, 0},
-    {{1887, 12}, TagType::string, 8, 0, 0, 0},
-    {{1899, 13}, TagType::string, 0, 0, 0, 0},
-    {{1912, 20}, TagType::string, 0, 0, 0, 0},
-    {{432, 5}, TagType::string, 0, 0, 0, 0},
-    {{1932, 9}, TagType::string, 0, 0, 0, 0},
-    {{1941, 11}, TagType::string, 0, 0, 0, 0},
-    {{1952, 10}, TagType::string, 0, 0, 0, 0},
-    {{1962, 7}, TagType::string, 0, 0, 0, 0},
-    {{1969, 7}, TagType::string, 0, 0, 0, 0},
-    {{1976, 7}, TagType::string, 0, 0, 0, 0},
-    {{1983, 14}, TagType::string, 0, 0, 0, 0},
-    {{1997, 18}, TagType::string, 0, 0, 0, 0},
-    {{2015, 8}, TagType::string, 0, 0, 0, 0},
-    {{2023, 3}, TagType::string, 0, 0, 0, 0},
-    {{2026, 14}, TagType::string, 0, 0, 0, 0},
-    {{2040, 12}, TagType::string, 0, 0, 0, 0},
-    {{2052, 3}, TagType::string, 27, 0, 0, 0},
+    {{1217, 18}, TagType::rational32u, 0, 0, 0, 0},  // CaptureYResolution
+    {{1235, 18}, TagType::rational32u, 0, 0, 0, 0},  // CaptureXResolution
+    {{1253, 22}, TagType::int8s, 0, 0, 0, 10},  // CaptureYResolutionUnit
+    {{1275, 22}, TagType::int8s, 0, 0, 0, 10},  // CaptureXResolutionUnit
+    {{1297, 15}, TagType::int8s, 18, 0, 10, 4},  // ColorSpecMethod
+    {{1312, 19}, TagType::int8s, 18, 0, 0, 0},  // ColorSpecPrecedence
+    {{1331, 22}, TagType::int8s, 18, 0, 14, 5},  // ColorSpecApproximation
+    {{1353, 10}, TagType::int32u, 18, 0, 19, 19},  // ColorSpace
+    {{1363, 13}, TagType::string, 26, 0, 0, 0},  // ColorSpecData
+    {{1376, 18}, TagType::rational32u, 0, 0, 0, 0},  // DisplayYResolution
+    {{1394, 18}, TagType::rational32u, 0, 0, 0, 0},  // DisplayXResolution
+    {{1412, 22}, TagType::int8s, 0, 0, 0, 10},  // DisplayYResolutionUnit
+    {{1434, 22}, TagType::int8s, 0, 0, 0, 10},  // DisplayXResolutionUnit
+    {{1456, 10}, TagType::string, 0, 4, 38, 5},  // MajorBrand
+    {{1466, 12}, TagType::string, 0, 4, 0, 0},  // MinorVersion
+    {{1478, 16}, TagType::string, 0, 0, 0, 0},  // CompatibleBrands
+    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{1515, 18}, TagType::int16u, 0, 0, 0, 0},  // NumberOfComponents
+    {{1533, 16}, TagType::int8u, 0, 0, 0, 0},  // BitsPerComponent
+    {{1549, 11}, TagType::int8u, 0, 0, 43, 9},  // Compression
+    {{1560, 14}, TagType::string, 0, 0, 0, 0},  // BinaryDataType
+    {{1574, 12}, TagType::string, 0, 0, 0, 0},  // BinaryFilter
+    {{1586, 10}, TagType::string, 8, 0, 0, 0},  // BinaryData
+    {{1596, 12}, TagType::string, 0, 0, 0, 0},  // C2PASaltHash
+    {{1608, 19}, TagType::string, 0, 0, 0, 0},  // ComponentDefinition
+    {{1627, 10}, TagType::string, 0, 0, 0, 0},  // ColorGroup
+    {{1637, 16}, TagType::string, 0, 0, 0, 0},  // DigitalSignature
+    {{1653, 16}, TagType::string, 0, 0, 0, 0},  // ComponentMapping
+    {{1669, 11}, TagType::string, 0, 0, 0, 0},  // Composition
+    {{1680, 18}, TagType::string, 0, 0, 0, 0},  // CompositionOptions
+    {{1698, 15}, TagType::string, 0, 0, 0, 0},  // Cross-Reference
+    {{1713, 22}, TagType::string, 0, 0, 0, 0},  // CodestreamRegistration
+    {{1735, 20}, TagType::string, 0, 0, 0, 0},  // DesiredReproductions
+    {{1755, 13}, TagType::string, 0, 0, 0, 0},  // DataReference
+    {{1768, 12}, TagType::string, 0, 0, 0, 0},  // FragmentList
+    {{1780, 4}, TagType::string, 0, 0, 0, 0},  // Free
+    {{1784, 13}, TagType::string, 0, 0, 0, 0},  // FragmentTable
+    {{1797, 32}, TagType::string, 0, 0, 0, 0},  // GraphicsTechnologyStandardOutput
+    {{1829, 12}, TagType::string, 8, 0, 0, 0},  // GainMapImage
+    {{1841, 14}, TagType::string, 0, 0, 0, 0},  // InstructionSet
+    {{1855, 12}, TagType::string, 0, 0, 0, 0},  // JP2Signature
+    {{1867, 20}, TagType::string, 0, 0, 0, 0},  // ContiguousCodestream
+    {{1887, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
+    {{1899, 13}, TagType::string, 0, 0, 0, 0},  // JXLCodestream
+    {{1912, 20}, TagType::string, 0, 0, 0, 0},  // PartialJXLCodestream
+    {{432, 5}, TagType::string, 0, 0, 0, 0},  // Label
+    {{1932, 9}, TagType::string, 0, 0, 0, 0},  // MediaData
+    {{1941, 11}, TagType::string, 0, 0, 0, 0},  // MPEG7Binary
+    {{1952, 10}, TagType::string, 0, 0, 0, 0},  // NumberList
+    {{1962, 7}, TagType::string, 0, 0, 0, 0},  // Opacity
+    {{1969, 7}, TagType::string, 0, 0, 0, 0},  // Palette
+    {{1976, 7}, TagType::string, 0, 0, 0, 0},  // Profile
+    {{1983, 14}, TagType::string, 0, 0, 0, 0},  // ROIDescription
+    {{1997, 18}, TagType::string, 0, 0, 0, 0},  // ReaderRequirements
+    {{2015, 8}, TagType::string, 0, 0, 0, 0},  // UUIDList
+    {{2023, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{2026, 14}, TagType::string, 0, 0, 0, 0},  // UUID-Signature
+    {{2040, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
+    {{2052, 3}, TagType::string, 27, 0, 0, 0},  // XML
 };
 constexpr detail::TextRef kChoicesJpeg2000[] = {
     {2055, 2}, {2057, 2}, {2059, 2}, {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1},
@@ -2563,136 +2656,137 @@ constinit detail::StreamTags gTagsJpeg2000("Jpeg2000", kText, kTagsJpeg2000, kKe
 
 // Kodak: 129 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsKodak[] = {
-    {{8313, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{8324, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{8336, 12}, TagType::string, 2, 0, 0, 0},
-    {{8348, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{8363, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{8379, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{8394, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{8410, 13}, TagType::string, 2, 0, 0, 0},
-    {{8423, 12}, TagType::string, 2, 16, 0, 0},
-    {{8435, 7}, TagType::float_, 2, 0, 0, 0},
-    {{8442, 12}, TagType::float_, 2, 0, 0, 0},
-    {{8454, 3}, TagType::int32s, 2, 0, 0, 0},
-    {{8457, 15}, TagType::string, 0, 0, 0, 2},
-    {{8472, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{8485, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{8500, 20}, TagType::float_, 2, 0, 0, 0},
-    {{8520, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{8543, 11}, TagType::float_, 2, 0, 0, 0},
-    {{8554, 15}, TagType::string, 2, 16, 0, 0},
-    {{8569, 17}, TagType::int16s, 0, 0, 0, 0},
-    {{8586, 4}, TagType::string, 0, 21, 0, 0},
-    {{8590, 5}, TagType::string, 0, 42, 0, 0},
-    {{8595, 9}, TagType::string, 0, 8, 0, 0},
-    {{8604, 10}, TagType::string, 2, 32, 0, 0},
-    {{679, 7}, TagType::int8u, 2, 0, 2, 2},
-    {{8614, 9}, TagType::int8u, 2, 0, 4, 2},
-    {{8623, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{8634, 15}, TagType::int8u, 2, 2, 0, 0},
-    {{8649, 11}, TagType::int8u, 2, 4, 0, 0},
-    {{8660, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{8670, 11}, TagType::int8u, 2, 0, 6, 3},
-    {{8681, 12}, TagType::int8u, 2, 0, 9, 3},
-    {{8693, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{8707, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{8719, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{8728, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{8737, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{8746, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{8755, 9}, TagType::int8u, 2, 0, 12, 2},
-    {{8764, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{8777, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{8789, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{8804, 12}, TagType::int8u, 2, 0, 14, 4},
-    {{8816, 9}, TagType::int8u, 2, 0, 18, 7},
-    {{8825, 10}, TagType::int8u, 2, 0, 4, 2},
-    {{8835, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{8845, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{8854, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{8867, 9}, TagType::int16u, 2, 0, 25, 10},
-    {{8876, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{8887, 9}, TagType::int8s, 2, 0, 35, 1},
-    {{8896, 12}, TagType::int16u, 0, 3, 0, 0},
-    {{8908, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{8925, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{8943, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{1887, 12}, TagType::string, 0, 0, 0, 0},
-    {{8961, 9}, TagType::int16u, 2, 0, 36, 23},
-    {{8970, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{8981, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{8995, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{9010, 13}, TagType::int32u, 2, 0, 59, 21},
-    {{9023, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{9034, 20}, TagType::string, 0, 0, 0, 0},
-    {{9054, 20}, TagType::string, 0, 0, 0, 0},
-    {{9074, 20}, TagType::string, 0, 0, 0, 0},
-    {{9094, 20}, TagType::string, 0, 0, 0, 0},
-    {{9114, 20}, TagType::string, 0, 0, 0, 0},
-    {{9134, 20}, TagType::string, 0, 0, 0, 0},
-    {{9154, 20}, TagType::string, 0, 0, 0, 0},
-    {{9174, 20}, TagType::string, 0, 0, 0, 0},
-    {{9194, 20}, TagType::string, 0, 0, 0, 0},
-    {{9214, 20}, TagType::string, 0, 0, 0, 0},
-    {{9234, 20}, TagType::string, 0, 0, 0, 0},
-    {{9254, 20}, TagType::string, 0, 0, 0, 0},
-    {{9274, 20}, TagType::string, 0, 0, 0, 0},
-    {{9294, 20}, TagType::string, 0, 0, 0, 0},
-    {{9314, 20}, TagType::string, 0, 0, 0, 0},
-    {{9334, 20}, TagType::string, 0, 0, 0, 0},
-    {{9354, 20}, TagType::string, 0, 0, 0, 0},
-    {{9374, 20}, TagType::string, 0, 0, 0, 0},
-    {{9394, 20}, TagType::string, 0, 0, 0, 0},
-    {{9414, 20}, TagType::string, 0, 0, 0, 0},
-    {{9434, 20}, TagType::string, 0, 0, 0, 0},
-    {{9454, 20}, TagType::string, 0, 0, 0, 0},
-    {{9474, 6}, TagType::string, 0, 0, 0, 0},
-    {{9480, 18}, TagType::string, 0, 0, 0, 0},
-    {{9498, 8}, TagType::string, 0, 0, 0, 0},
-    {{9506, 11}, TagType::string, 0, 0, 0, 0},
-    {{9517, 11}, TagType::string, 0, 0, 0, 0},
-    {{9528, 10}, TagType::string, 0, 0, 0, 0},
-    {{9538, 4}, TagType::string, 0, 0, 0, 0},
-    {{9542, 12}, TagType::string, 0, 0, 0, 0},
-    {{9554, 12}, TagType::string, 0, 0, 80, 5},
-    {{9566, 17}, TagType::string, 0, 0, 0, 0},
-    {{9583, 13}, TagType::string, 0, 0, 0, 0},
-    {{9596, 11}, TagType::string, 0, 0, 0, 0},
-    {{9607, 4}, TagType::string, 0, 0, 0, 0},
-    {{9611, 9}, TagType::string, 0, 0, 0, 0},
-    {{9620, 11}, TagType::string, 0, 0, 0, 0},
-    {{9631, 10}, TagType::string, 0, 0, 0, 0},
-    {{9641, 12}, TagType::string, 0, 0, 0, 0},
-    {{9653, 12}, TagType::string, 0, 0, 0, 0},
-    {{9665, 11}, TagType::string, 0, 0, 0, 0},
-    {{9676, 4}, TagType::string, 0, 0, 0, 0},
-    {{9680, 9}, TagType::string, 0, 0, 0, 0},
-    {{9689, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{9705, 13}, TagType::string, 0, 0, 85, 3},
-    {{9718, 9}, TagType::string, 0, 0, 0, 0},
-    {{9727, 16}, TagType::string, 0, 0, 0, 0},
-    {{9743, 9}, TagType::string, 0, 0, 0, 0},
-    {{9752, 10}, TagType::string, 0, 0, 0, 0},
-    {{9762, 5}, TagType::string, 0, 0, 0, 0},
-    {{9767, 3}, TagType::string, 0, 0, 0, 0},
-    {{9770, 4}, TagType::string, 0, 0, 0, 0},
-    {{9774, 2}, TagType::string, 0, 0, 0, 0},
-    {{9776, 2}, TagType::string, 0, 0, 0, 0},
-    {{9778, 4}, TagType::string, 0, 0, 0, 0},
-    {{9782, 10}, TagType::string, 2, 32, 0, 0},
-    {{9792, 16}, TagType::string, 2, 12, 0, 0},
-    {{9808, 12}, TagType::int8u, 2, 0, 4, 2},
-    {{9820, 5}, TagType::int8u, 2, 0, 4, 2},
-    {{9825, 5}, TagType::int16u, 2, 0, 4, 2},
-    {{9830, 16}, TagType::string, 2, 20, 0, 0},
-    {{9846, 13}, TagType::string, 2, 12, 0, 0},
-    {{9859, 14}, TagType::string, 8, 0, 0, 0},
-    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{9881, 12}, TagType::string, 0, 0, 0, 0},
-    {{9893, 13}, TagType::string, 0, 0, 0, 0},
-    {{9906, 15}, TagType::string, 0, 0, 0, 0},
+    {{8313, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
+    {{8324, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
+    {{8336, 12}, TagType::string, 2, 0, 0, 0},  // BayerPattern
+    {{8348, 15}, TagType::int16u, 2, 0, 0, 0},  // SensorFullWidth
+    {{8363, 16}, TagType::int16u, 2, 0, 0, 0},  // SensorFullHeight
+    {{8379, 15}, TagType::int32s, 2, 0, 0, 0},  // KodakImageWidth
+    {{8394, 16}, TagType::int32s, 2, 0, 0, 0},  // KodakImageHeight
+    {{8410, 13}, TagType::string, 2, 0, 0, 0},  // KodakInfoType
+    {{8423, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
+    {{8435, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{8442, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
+    {{8454, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
+    {{8457, 15}, TagType::string, 0, 0, 0, 2},  // CameraByteOrder
+    {{8472, 13}, TagType::int16s, 0, 0, 0, 0},  // ApertureValue
+    {{8485, 15}, TagType::int32s, 0, 0, 0, 0},  // BrightnessValue
+    {{8500, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
+    {{8520, 23}, TagType::int16u, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{8543, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{8554, 15}, TagType::string, 2, 16, 0, 0},  // FirmwareVersion
+    {{8569, 17}, TagType::int16s, 0, 0, 0, 0},  // ShutterSpeedValue
+    {{8586, 4}, TagType::string, 0, 21, 0, 0},  // Make
+    {{8590, 5}, TagType::string, 0, 42, 0, 0},  // Model
+    {{8595, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
+    {{8604, 10}, TagType::string, 2, 32, 0, 0},  // KodakModel
+    {{679, 7}, TagType::int8u, 2, 0, 2, 2},  // Quality
+    {{8614, 9}, TagType::int8u, 2, 0, 4, 2},  // BurstMode
+    {{8623, 11}, TagType::int16u, 2, 0, 0, 0},  // YearCreated
+    {{8634, 15}, TagType::int8u, 2, 2, 0, 0},  // MonthDayCreated
+    {{8649, 11}, TagType::int8u, 2, 4, 0, 0},  // TimeCreated
+    {{8660, 10}, TagType::int16u, 2, 0, 0, 0},  // BurstMode2
+    {{8670, 11}, TagType::int8u, 2, 0, 6, 3},  // ShutterMode
+    {{8681, 12}, TagType::int8u, 2, 0, 9, 3},  // MeteringMode
+    {{8693, 14}, TagType::int8u, 2, 0, 0, 0},  // SequenceNumber
+    {{8707, 12}, TagType::int16u, 2, 0, 0, 0},  // VariousModes
+    {{8719, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance1
+    {{8728, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance2
+    {{8737, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance3
+    {{8746, 9}, TagType::int32u, 2, 0, 0, 0},  // Distance4
+    {{8755, 9}, TagType::int8u, 2, 0, 12, 2},  // FocusMode
+    {{8764, 13}, TagType::int16u, 2, 0, 0, 0},  // VariousModes2
+    {{8777, 12}, TagType::int16u, 2, 0, 0, 0},  // PanoramaMode
+    {{8789, 15}, TagType::int16u, 2, 0, 0, 0},  // SubjectDistance
+    {{8804, 12}, TagType::int8u, 2, 0, 14, 4},  // WhiteBalance
+    {{8816, 9}, TagType::int8u, 2, 0, 18, 7},  // FlashMode
+    {{8825, 10}, TagType::int8u, 2, 0, 4, 2},  // FlashFired
+    {{8835, 10}, TagType::int32s, 2, 0, 0, 0},  // ISOSetting
+    {{8845, 9}, TagType::int16u, 2, 0, 0, 0},  // TotalZoom
+    {{8854, 13}, TagType::int16u, 2, 0, 0, 0},  // DateTimeStamp
+    {{8867, 9}, TagType::int16u, 2, 0, 25, 10},  // ColorMode
+    {{8876, 11}, TagType::int16u, 2, 0, 0, 0},  // DigitalZoom
+    {{8887, 9}, TagType::int8s, 2, 0, 35, 1},  // Sharpness
+    {{8896, 12}, TagType::int16u, 0, 3, 0, 0},  // WB_RGBLevels
+    {{8908, 17}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageWidth
+    {{8925, 18}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageHeight
+    {{8943, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
+    {{1887, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
+    {{8961, 9}, TagType::int16u, 2, 0, 36, 23},  // SceneMode
+    {{8970, 11}, TagType::int32s, 2, 0, 0, 0},  // OpticalZoom
+    {{8981, 14}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailWidth
+    {{8995, 15}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailHeight
+    {{9010, 13}, TagType::int32u, 2, 0, 59, 21},  // SceneModeUsed
+    {{9023, 11}, TagType::int32u, 2, 0, 0, 0},  // MaxAperture
+    {{9034, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2007
+    {{9054, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2008
+    {{9074, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x2009
+    {{9094, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x200a
+    {{9114, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x200b
+    {{9134, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3020
+    {{9154, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3030
+    {{9174, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3040
+    {{9194, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3050
+    {{9214, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x3060
+    {{9234, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8001
+    {{9254, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8002
+    {{9274, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8003
+    {{9294, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8004
+    {{9314, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8005
+    {{9334, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8006
+    {{9354, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8007
+    {{9374, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8008
+    {{9394, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x8009
+    {{9414, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800a
+    {{9434, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800b
+    {{9454, 20}, TagType::string, 0, 0, 0, 0},  // Kodak_SubIFD3_0x800c
+    {{9474, 6}, TagType::string, 0, 0, 0, 0},  // AFMode
+    {{9480, 18}, TagType::string, 0, 0, 0, 0},  // ActualCompensation
+    {{9498, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
+    {{9506, 11}, TagType::string, 0, 0, 0, 0},  // AutoBracket
+    {{9517, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
+    {{9528, 10}, TagType::string, 0, 0, 0, 0},  // CameraBody
+    {{9538, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{9542, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
+    {{9554, 12}, TagType::string, 0, 0, 80, 5},  // ExposureMode
+    {{9566, 17}, TagType::string, 0, 0, 0, 0},  // FlashExposureComp
+    {{9583, 13}, TagType::string, 0, 0, 0, 0},  // FlashSyncMode
+    {{9596, 11}, TagType::string, 0, 0, 0, 0},  // ImageNumber
+    {{9607, 4}, TagType::string, 0, 0, 0, 0},  // Lens
+    {{9611, 9}, TagType::string, 0, 0, 0, 0},  // MeterMode
+    {{9620, 11}, TagType::string, 0, 0, 0, 0},  // MinAperture
+    {{9631, 10}, TagType::string, 0, 0, 0, 0},  // PopupFlash
+    {{9641, 12}, TagType::string, 0, 0, 0, 0},  // ShootingMode
+    {{9653, 12}, TagType::string, 0, 0, 0, 0},  // ShutterSpeed
+    {{9665, 11}, TagType::string, 0, 0, 0, 0},  // Temperature
+    {{9676, 4}, TagType::string, 0, 0, 0, 0},  // Time
+    {{9680, 9}, TagType::string, 0, 0, 0, 0},  // OtherInfo
+    {{9689, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
+    {{9705, 13}, TagType::string, 0, 0, 85, 3},  // PictureEffect
+    {{9718, 9}, TagType::string, 0, 0, 0, 0},  // KodakMake
+    {{9727, 16}, TagType::string, 0, 0, 0, 0},  // LensSerialNumber
+    {{9743, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
+    {{9752, 10}, TagType::string, 0, 0, 0, 0},  // LevelMeter
+    {{9762, 5}, TagType::string, 0, 0, 0, 0},  // Pitch
+    {{9767, 3}, TagType::string, 0, 0, 0, 0},  // Yaw
+    {{9770, 4}, TagType::string, 0, 0, 0, 0},  // Roll
+    {{9774, 2}, TagType::string, 0, 0, 0, 0},  // CX
+    {{9776, 2}, TagType::string, 0, 0, 0, 0},  // CY
+    {{9778, 4}, TagType::string, 0, 0, 0, 0},  // Rads
+    {{9782, 10}, TagType::string, 2, 32, 0, 0},  // KodakMaker
+    {{9792, 16}, TagType::string, 2, 12, 0, 0},  // OriginalFileName
+    {{9808, 12}, TagType::int8u, 2, 0, 4, 2},  // ImageRotated
+    {{9820, 5}, TagType::int8u, 2, 0, 4, 2},  // Macro
+    {{9825, 5}, TagType::int16u, 2, 0, 4, 2},  // Flash
+    {{9830, 16}, TagType::string, 2, 20, 0, 0},  // DateTimeOriginal
+    {{9846, 13}, TagType::string, 2, 12, 0, 0},  // UnknownNumber
+    {{9859, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
+    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
+    {{9881, 12}, TagType::string, 0, 0, 0, 0},  // KodakVersion
+    {{9893, 13}, TagType::string, 0, 0, 0, 0},  // Accelerometer
+    {{9906, 15}, TagType::string, 0, 0, 0, 0},  // AngularVelocity
 };
 constexpr detail::TextRef kChoicesKodak[] = {
     {9921, 2}, {9923, 2}, {141, 1}, {142, 1}, {702, 1}, {141, 1}, {702, 1}, {144, 1}, {9925, 2},
@@ -3623,18 +3717,19 @@ constinit detail::StreamTags gTagsKodak("Kodak", kText, kTagsKodak, kKeyOrderKod
 
 // KyoceraRaw: 11 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsKyoceraRaw[] = {
-    {{8554, 15}, TagType::string, 0, 10, 0, 0},
-    {{8590, 5}, TagType::string, 0, 12, 0, 0},
-    {{8586, 4}, TagType::string, 0, 7, 0, 0},
-    {{9830, 16}, TagType::string, 0, 20, 0, 0},
-    {{8454, 3}, TagType::int32u, 0, 0, 0, 13},
-    {{8442, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{23917, 13}, TagType::int32u, 0, 4, 0, 0},
-    {{8435, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{9023, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{8543, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{9607, 4}, TagType::string, 0, 32, 0, 0},
+    {{8554, 15}, TagType::string, 0, 10, 0, 0},  // FirmwareVersion
+    {{8590, 5}, TagType::string, 0, 12, 0, 0},  // Model
+    {{8586, 4}, TagType::string, 0, 7, 0, 0},  // Make
+    {{9830, 16}, TagType::string, 0, 20, 0, 0},  // DateTimeOriginal
+    {{8454, 3}, TagType::int32u, 0, 0, 0, 13},  // ISO
+    {{8442, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
+    {{23917, 13}, TagType::int32u, 0, 4, 0, 0},  // WB_RGGBLevels
+    {{8435, 7}, TagType::int32u, 0, 0, 0, 0},  // FNumber
+    {{9023, 11}, TagType::int32u, 0, 0, 0, 0},  // MaxAperture
+    {{8543, 11}, TagType::int32u, 0, 0, 0, 0},  // FocalLength
+    {{9607, 4}, TagType::string, 0, 32, 0, 0},  // Lens
 };
 constexpr detail::TextRef kChoicesKyoceraRaw[] = {
     {2113, 1}, {144, 1}, {2064, 1}, {9944, 2}, {2065, 2}, {2067, 2}, {2069, 2}, {2071, 2},
@@ -3748,51 +3843,52 @@ constinit detail::StreamTags gTagsKyoceraRaw("KyoceraRaw", kText, kTagsKyoceraRa
 
 // LNK: 44 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLNK[] = {
-    {{24496, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{24510, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{24529, 16}, TagType::int16u, 0, 2, 0, 0},
-    {{24545, 10}, TagType::int16u, 0, 2, 0, 0},
-    {{24555, 12}, TagType::int16u, 0, 2, 0, 0},
-    {{24567, 8}, TagType::int16u, 0, 2, 0, 0},
-    {{24575, 10}, TagType::int32u, 0, 0, 0, 6},
-    {{24585, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24595, 8}, TagType::string, 0, 64, 0, 0},
-    {{24603, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24613, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24623, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{24632, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24642, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{24658, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{24675, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{24692, 23}, TagType::int32u, 0, 0, 0, 0},
-    {{24715, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{24723, 17}, TagType::var_string, 0, 0, 0, 0},
-    {{24740, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{24760, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{24776, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{24786, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{24803, 9}, TagType::int32u, 0, 0, 6, 7},
-    {{24812, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{24825, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{24832, 15}, TagType::int32u, 0, 0, 13, 33},
-    {{24847, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{24855, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{24866, 5}, TagType::int32u, 0, 0, 46, 25},
-    {{24871, 14}, TagType::int32u, 0, 0, 71, 15},
-    {{24885, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{24895, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{24905, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{24915, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{24929, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{24938, 9}, TagType::int32u, 0, 0, 86, 11},
-    {{24947, 6}, TagType::int32u, 0, 0, 97, 9},
-    {{24953, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{24964, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{24976, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{24992, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{25012, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{25024, 9}, TagType::var_string, 0, 0, 0, 0},
+    {{24496, 14}, TagType::int16u, 0, 0, 0, 0},  // FillAttributes
+    {{24510, 19}, TagType::int16u, 0, 0, 0, 0},  // PopupFillAttributes
+    {{24529, 16}, TagType::int16u, 0, 2, 0, 0},  // ScreenBufferSize
+    {{24545, 10}, TagType::int16u, 0, 2, 0, 0},  // WindowSize
+    {{24555, 12}, TagType::int16u, 0, 2, 0, 0},  // WindowOrigin
+    {{24567, 8}, TagType::int16u, 0, 2, 0, 0},  // FontSize
+    {{24575, 10}, TagType::int32u, 0, 0, 0, 6},  // FontFamily
+    {{24585, 10}, TagType::int32u, 0, 0, 0, 0},  // FontWeight
+    {{24595, 8}, TagType::string, 0, 64, 0, 0},  // FontName
+    {{24603, 10}, TagType::int32u, 0, 0, 0, 0},  // CursorSize
+    {{24613, 10}, TagType::int32u, 0, 0, 0, 0},  // FullScreen
+    {{24623, 9}, TagType::int32u, 0, 0, 0, 0},  // QuickEdit
+    {{24632, 10}, TagType::int32u, 0, 0, 0, 0},  // InsertMode
+    {{24642, 16}, TagType::int32u, 0, 0, 0, 0},  // WindowOriginAuto
+    {{24658, 17}, TagType::int32u, 0, 0, 0, 0},  // HistoryBufferSize
+    {{24675, 17}, TagType::int32u, 0, 0, 0, 0},  // NumHistoryBuffers
+    {{24692, 23}, TagType::int32u, 0, 0, 0, 0},  // RemoveHistoryDuplicates
+    {{24715, 8}, TagType::int32u, 0, 0, 0, 0},  // CodePage
+    {{24723, 17}, TagType::var_string, 0, 0, 0, 0},  // TargetFileDOSName
+    {{24740, 20}, TagType::int32u, 0, 0, 0, 0},  // CommonNetworkRelLink
+    {{24760, 16}, TagType::int32u, 0, 0, 0, 0},  // CommonPathSuffix
+    {{24776, 10}, TagType::int32u, 0, 0, 0, 0},  // DeviceName
+    {{24786, 17}, TagType::int32u, 0, 0, 0, 0},  // DriveSerialNumber
+    {{24803, 9}, TagType::int32u, 0, 0, 6, 7},  // DriveType
+    {{24812, 13}, TagType::int32u, 0, 0, 0, 0},  // LocalBasePath
+    {{24825, 7}, TagType::int32u, 0, 0, 0, 0},  // NetName
+    {{24832, 15}, TagType::int32u, 0, 0, 13, 33},  // NetProviderType
+    {{24847, 8}, TagType::int32u, 0, 0, 0, 0},  // VolumeID
+    {{24855, 11}, TagType::int32u, 0, 0, 0, 0},  // VolumeLabel
+    {{24866, 5}, TagType::int32u, 0, 0, 46, 25},  // Flags
+    {{24871, 14}, TagType::int32u, 0, 0, 71, 15},  // FileAttributes
+    {{24885, 10}, TagType::int64u, 0, 0, 0, 0},  // CreateDate
+    {{24895, 10}, TagType::int64u, 0, 0, 0, 0},  // AccessDate
+    {{24905, 10}, TagType::int64u, 0, 0, 0, 0},  // ModifyDate
+    {{24915, 14}, TagType::int32u, 0, 0, 0, 0},  // TargetFileSize
+    {{24929, 9}, TagType::int32u, 0, 0, 0, 0},  // IconIndex
+    {{24938, 9}, TagType::int32u, 0, 0, 86, 11},  // RunWindow
+    {{24947, 6}, TagType::int32u, 0, 0, 97, 9},  // HotKey
+    {{24953, 11}, TagType::int8u, 0, 0, 0, 0},  // Description
+    {{24964, 12}, TagType::int8u, 0, 0, 0, 0},  // RelativePath
+    {{24976, 16}, TagType::int8u, 0, 0, 0, 0},  // WorkingDirectory
+    {{24992, 20}, TagType::int8u, 0, 0, 0, 0},  // CommandLineArguments
+    {{25012, 12}, TagType::int8u, 0, 0, 0, 0},  // IconFileName
+    {{25024, 9}, TagType::var_string, 0, 0, 0, 0},  // MachineID
 };
 constexpr detail::TextRef kChoicesLNK[] = {
     {702, 1}, {2075, 2}, {9925, 2}, {25033, 2}, {9927, 2}, {24113, 2}, {702, 1}, {141, 1}, {142, 1},
@@ -4033,130 +4129,131 @@ constinit detail::StreamTags gTagsLNK("LNK", kText, kTagsLNK, kKeyOrderLNK, kCho
 
 // Leaf: 123 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLeaf[] = {
-    {{30416, 14}, TagType::string, 0, 0, 0, 0},
-    {{30430, 10}, TagType::string, 0, 0, 0, 0},
-    {{30440, 10}, TagType::string, 0, 0, 0, 0},
-    {{30450, 20}, TagType::string, 0, 0, 0, 0},
-    {{30470, 8}, TagType::string, 0, 0, 0, 0},
-    {{30478, 17}, TagType::string, 0, 0, 0, 0},
-    {{30495, 6}, TagType::string, 0, 0, 0, 0},
-    {{30501, 8}, TagType::string, 0, 0, 0, 0},
-    {{30509, 13}, TagType::string, 0, 0, 0, 0},
-    {{30522, 6}, TagType::string, 0, 0, 0, 0},
-    {{30528, 13}, TagType::string, 0, 0, 0, 0},
-    {{30541, 16}, TagType::string, 0, 0, 0, 0},
-    {{30557, 7}, TagType::string, 0, 0, 0, 0},
-    {{30564, 12}, TagType::string, 0, 0, 0, 0},
-    {{30576, 12}, TagType::string, 0, 0, 0, 0},
-    {{30588, 16}, TagType::string, 0, 0, 0, 0},
-    {{30604, 14}, TagType::string, 0, 0, 0, 0},
-    {{30618, 13}, TagType::string, 0, 0, 0, 0},
-    {{30631, 11}, TagType::string, 0, 0, 0, 0},
-    {{30642, 18}, TagType::string, 0, 0, 0, 0},
-    {{30660, 11}, TagType::string, 0, 0, 0, 0},
-    {{30671, 11}, TagType::string, 0, 0, 0, 0},
-    {{30682, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{30693, 12}, TagType::string, 0, 0, 0, 0},
-    {{30705, 15}, TagType::string, 0, 0, 0, 0},
-    {{30720, 13}, TagType::string, 0, 0, 0, 0},
-    {{30733, 12}, TagType::string, 0, 0, 0, 0},
-    {{30745, 14}, TagType::string, 0, 0, 0, 0},
-    {{30759, 15}, TagType::string, 0, 0, 0, 0},
-    {{30774, 18}, TagType::string, 0, 0, 0, 0},
-    {{30792, 13}, TagType::string, 0, 0, 0, 0},
-    {{30805, 13}, TagType::string, 0, 0, 0, 0},
-    {{30818, 12}, TagType::string, 0, 0, 0, 0},
-    {{30830, 15}, TagType::string, 0, 0, 0, 0},
-    {{30845, 12}, TagType::string, 0, 0, 0, 0},
-    {{30857, 12}, TagType::string, 0, 0, 0, 0},
-    {{30869, 18}, TagType::string, 0, 0, 0, 0},
-    {{30887, 14}, TagType::string, 0, 0, 0, 0},
-    {{30901, 13}, TagType::string, 0, 0, 0, 0},
-    {{30914, 14}, TagType::string, 0, 0, 0, 0},
-    {{30928, 17}, TagType::string, 0, 0, 0, 0},
-    {{30945, 16}, TagType::string, 0, 0, 0, 0},
-    {{8867, 9}, TagType::string, 0, 0, 0, 0},
-    {{30961, 9}, TagType::string, 0, 0, 0, 0},
-    {{30970, 6}, TagType::string, 0, 0, 0, 0},
-    {{30976, 12}, TagType::string, 0, 0, 0, 0},
-    {{30988, 12}, TagType::string, 0, 0, 0, 0},
-    {{31000, 13}, TagType::string, 0, 0, 0, 0},
-    {{31013, 12}, TagType::string, 0, 0, 0, 0},
-    {{31025, 15}, TagType::string, 0, 0, 0, 0},
-    {{31040, 15}, TagType::string, 0, 0, 0, 0},
-    {{31055, 11}, TagType::string, 0, 0, 0, 0},
-    {{31066, 11}, TagType::string, 0, 0, 0, 0},
-    {{31077, 13}, TagType::string, 0, 0, 0, 0},
-    {{31090, 11}, TagType::string, 0, 0, 0, 0},
-    {{31101, 14}, TagType::string, 0, 0, 0, 0},
-    {{31115, 16}, TagType::string, 0, 0, 0, 0},
-    {{31131, 12}, TagType::string, 0, 0, 0, 0},
-    {{31143, 12}, TagType::string, 0, 0, 0, 0},
-    {{31155, 15}, TagType::string, 0, 0, 0, 0},
-    {{1887, 12}, TagType::string, 2, 0, 0, 0},
-    {{31170, 11}, TagType::string, 0, 0, 0, 0},
-    {{31181, 12}, TagType::string, 8, 0, 0, 0},
-    {{31193, 10}, TagType::string, 0, 0, 0, 0},
-    {{31203, 10}, TagType::int8u, 8, 0, 0, 0},
-    {{31213, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{31226, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{31238, 15}, TagType::string, 0, 0, 0, 0},
-    {{31253, 10}, TagType::string, 0, 0, 0, 0},
-    {{31263, 18}, TagType::string, 0, 0, 0, 0},
-    {{31281, 11}, TagType::string, 0, 0, 0, 0},
-    {{31292, 8}, TagType::string, 0, 0, 0, 0},
-    {{31300, 15}, TagType::string, 0, 0, 0, 0},
-    {{31315, 11}, TagType::string, 0, 0, 0, 0},
-    {{31326, 14}, TagType::string, 0, 0, 0, 0},
-    {{31340, 15}, TagType::string, 0, 0, 0, 0},
-    {{31355, 14}, TagType::string, 0, 0, 0, 0},
-    {{31369, 16}, TagType::string, 0, 0, 0, 0},
-    {{31385, 13}, TagType::string, 0, 0, 0, 0},
-    {{31398, 15}, TagType::string, 0, 0, 0, 0},
-    {{31413, 18}, TagType::string, 0, 0, 0, 0},
-    {{31431, 17}, TagType::string, 0, 0, 0, 0},
-    {{31448, 11}, TagType::string, 0, 0, 0, 0},
-    {{31459, 13}, TagType::string, 0, 0, 0, 0},
-    {{31472, 11}, TagType::string, 0, 0, 0, 0},
-    {{31483, 12}, TagType::string, 0, 0, 0, 0},
-    {{31495, 18}, TagType::string, 0, 0, 0, 0},
-    {{31513, 17}, TagType::string, 0, 0, 0, 0},
-    {{31530, 18}, TagType::string, 0, 0, 0, 0},
-    {{31548, 17}, TagType::string, 0, 0, 0, 0},
-    {{31565, 9}, TagType::string, 0, 0, 0, 0},
-    {{31574, 16}, TagType::string, 0, 0, 0, 0},
-    {{31590, 15}, TagType::string, 0, 0, 0, 0},
-    {{31605, 16}, TagType::string, 0, 0, 0, 0},
-    {{31621, 11}, TagType::string, 0, 0, 0, 0},
-    {{31632, 14}, TagType::string, 0, 0, 0, 0},
-    {{31646, 14}, TagType::string, 0, 0, 0, 0},
-    {{31660, 5}, TagType::string, 0, 0, 0, 0},
-    {{31665, 10}, TagType::string, 0, 0, 0, 0},
-    {{31675, 11}, TagType::string, 0, 0, 0, 0},
-    {{31686, 4}, TagType::string, 0, 0, 0, 0},
-    {{31690, 10}, TagType::string, 0, 0, 0, 0},
-    {{31700, 5}, TagType::string, 0, 0, 0, 0},
-    {{31705, 10}, TagType::string, 0, 0, 0, 0},
-    {{31715, 13}, TagType::string, 0, 0, 0, 0},
-    {{31728, 16}, TagType::string, 0, 0, 0, 0},
-    {{31744, 7}, TagType::string, 0, 0, 0, 0},
-    {{31751, 12}, TagType::string, 0, 0, 0, 0},
-    {{31763, 9}, TagType::string, 0, 0, 0, 0},
-    {{31772, 11}, TagType::string, 0, 0, 0, 0},
-    {{31783, 12}, TagType::string, 0, 0, 0, 0},
-    {{31795, 15}, TagType::string, 0, 0, 0, 0},
-    {{31810, 16}, TagType::string, 0, 0, 0, 0},
-    {{31826, 12}, TagType::string, 0, 0, 0, 0},
-    {{31838, 12}, TagType::string, 0, 0, 0, 0},
-    {{31850, 15}, TagType::string, 0, 0, 0, 0},
-    {{31865, 15}, TagType::string, 0, 0, 0, 0},
-    {{31880, 5}, TagType::string, 0, 0, 0, 0},
-    {{31885, 11}, TagType::string, 0, 0, 0, 0},
-    {{31896, 4}, TagType::string, 0, 0, 0, 0},
-    {{31900, 5}, TagType::string, 0, 0, 0, 0},
-    {{31905, 11}, TagType::string, 0, 0, 0, 0},
-    {{31916, 14}, TagType::string, 0, 0, 0, 0},
+    {{30416, 14}, TagType::string, 0, 0, 0, 0},  // CameraBackType
+    {{30430, 10}, TagType::string, 0, 0, 0, 0},  // CameraName
+    {{30440, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
+    {{30450, 20}, TagType::string, 0, 0, 0, 0},  // CameraProfileVersion
+    {{30470, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
+    {{30478, 17}, TagType::string, 0, 0, 0, 0},  // CameraObjBackType
+    {{30495, 6}, TagType::string, 0, 0, 0, 0},  // LensID
+    {{30501, 8}, TagType::string, 0, 0, 0, 0},  // LensType
+    {{30509, 13}, TagType::string, 0, 0, 0, 0},  // CameraObjName
+    {{30522, 6}, TagType::string, 0, 0, 0, 0},  // Strobe
+    {{30528, 13}, TagType::string, 0, 0, 0, 0},  // CameraObjType
+    {{30541, 16}, TagType::string, 0, 0, 0, 0},  // CameraObjVersion
+    {{30557, 7}, TagType::string, 0, 0, 0, 0},  // CCDRect
+    {{30564, 12}, TagType::string, 0, 0, 0, 0},  // CCDValidRect
+    {{30576, 12}, TagType::string, 0, 0, 0, 0},  // CCDVideoRect
+    {{30588, 16}, TagType::string, 0, 0, 0, 0},  // CaptProfBackType
+    {{30604, 14}, TagType::string, 0, 0, 0, 0},  // CenterDarkRect
+    {{30618, 13}, TagType::string, 0, 0, 0, 0},  // ColorAverages
+    {{30631, 11}, TagType::string, 0, 0, 0, 0},  // ColorMatrix
+    {{30642, 18}, TagType::string, 0, 0, 0, 0},  // DarkCorrectionType
+    {{30660, 11}, TagType::string, 0, 0, 0, 0},  // ImageBounds
+    {{30671, 11}, TagType::string, 0, 0, 0, 0},  // ImageFields
+    {{30682, 11}, TagType::int16u, 0, 0, 0, 0},  // ImageOffset
+    {{30693, 12}, TagType::string, 0, 0, 0, 0},  // LeftDarkRect
+    {{30705, 15}, TagType::string, 0, 0, 0, 0},  // LuminanceConsts
+    {{30720, 13}, TagType::string, 0, 0, 0, 0},  // MosaicPattern
+    {{30733, 12}, TagType::string, 0, 0, 0, 0},  // CaptProfName
+    {{30745, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfPlanes
+    {{30759, 15}, TagType::string, 0, 0, 0, 0},  // RawDataRotation
+    {{30774, 18}, TagType::string, 0, 0, 0, 0},  // ReconstructionType
+    {{30792, 13}, TagType::string, 0, 0, 0, 0},  // RightDarkRect
+    {{30805, 13}, TagType::string, 0, 0, 0, 0},  // CaptureSerial
+    {{30818, 12}, TagType::string, 0, 0, 0, 0},  // CaptProfType
+    {{30830, 15}, TagType::string, 0, 0, 0, 0},  // CaptProfVersion
+    {{30845, 12}, TagType::string, 0, 0, 0, 0},  // XYOffsetInfo
+    {{30857, 12}, TagType::string, 0, 0, 0, 0},  // MultiQuality
+    {{30869, 18}, TagType::string, 0, 0, 0, 0},  // CaptureObjBackType
+    {{30887, 14}, TagType::string, 0, 0, 0, 0},  // CaptureObjName
+    {{30901, 13}, TagType::string, 0, 0, 0, 0},  // SingleQuality
+    {{30914, 14}, TagType::string, 0, 0, 0, 0},  // CaptureObjType
+    {{30928, 17}, TagType::string, 0, 0, 0, 0},  // CaptureObjVersion
+    {{30945, 16}, TagType::string, 0, 0, 0, 0},  // ColorObjBackType
+    {{8867, 9}, TagType::string, 0, 0, 0, 0},  // ColorMode
+    {{30961, 9}, TagType::string, 0, 0, 0, 0},  // ColorType
+    {{30970, 6}, TagType::string, 0, 0, 0, 0},  // HasICC
+    {{30976, 12}, TagType::string, 0, 0, 0, 0},  // InputProfile
+    {{30988, 12}, TagType::string, 0, 0, 0, 0},  // ColorObjName
+    {{31000, 13}, TagType::string, 0, 0, 0, 0},  // OutputProfile
+    {{31013, 12}, TagType::string, 0, 0, 0, 0},  // ColorObjType
+    {{31025, 15}, TagType::string, 0, 0, 0, 0},  // ColorObjVersion
+    {{31040, 15}, TagType::string, 0, 0, 0, 0},  // ImgProfBackType
+    {{31055, 11}, TagType::string, 0, 0, 0, 0},  // ImageStatus
+    {{31066, 11}, TagType::string, 0, 0, 0, 0},  // ImgProfName
+    {{31077, 13}, TagType::string, 0, 0, 0, 0},  // RotationAngle
+    {{31090, 11}, TagType::string, 0, 0, 0, 0},  // ImgProfType
+    {{31101, 14}, TagType::string, 0, 0, 0, 0},  // ImgProfVersion
+    {{31115, 16}, TagType::string, 0, 0, 0, 0},  // LookHeadBackType
+    {{31131, 12}, TagType::string, 0, 0, 0, 0},  // LookHeadName
+    {{31143, 12}, TagType::string, 0, 0, 0, 0},  // LookHeadType
+    {{31155, 15}, TagType::string, 0, 0, 0, 0},  // LookHeadVersion
+    {{1887, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{31170, 11}, TagType::string, 0, 0, 0, 0},  // PreviewInfo
+    {{31181, 12}, TagType::string, 8, 0, 0, 0},  // PDAHistogram
+    {{31193, 10}, TagType::string, 0, 0, 0, 0},  // BackSerial
+    {{31203, 10}, TagType::int8u, 8, 0, 0, 0},  // ToneMatrix
+    {{31213, 13}, TagType::int16u, 0, 0, 0, 0},  // ToneSpaceFlow
+    {{31226, 12}, TagType::int16u, 0, 0, 0, 0},  // PatternAngle
+    {{31238, 15}, TagType::string, 0, 0, 0, 0},  // NeutObjBackType
+    {{31253, 10}, TagType::string, 0, 0, 0, 0},  // ColorCasts
+    {{31263, 18}, TagType::string, 0, 0, 0, 0},  // HighlightEndPoints
+    {{31281, 11}, TagType::string, 0, 0, 0, 0},  // NeutObjName
+    {{31292, 8}, TagType::string, 0, 0, 0, 0},  // Neutrals
+    {{31300, 15}, TagType::string, 0, 0, 0, 0},  // ShadowEndPoints
+    {{31315, 11}, TagType::string, 0, 0, 0, 0},  // NeutObjType
+    {{31326, 14}, TagType::string, 0, 0, 0, 0},  // NeutObjVersion
+    {{31340, 15}, TagType::string, 0, 0, 0, 0},  // SaveObjBackType
+    {{31355, 14}, TagType::string, 0, 0, 0, 0},  // LeafAutoActive
+    {{31369, 16}, TagType::string, 0, 0, 0, 0},  // LeafAutoBaseName
+    {{31385, 13}, TagType::string, 0, 0, 0, 0},  // LeafHotFolder
+    {{31398, 15}, TagType::string, 0, 0, 0, 0},  // LeafOpenProcHDR
+    {{31413, 18}, TagType::string, 0, 0, 0, 0},  // LeafOutputFileType
+    {{31431, 17}, TagType::string, 0, 0, 0, 0},  // LeafSaveSelection
+    {{31448, 11}, TagType::string, 0, 0, 0, 0},  // SaveObjName
+    {{31459, 13}, TagType::string, 0, 0, 0, 0},  // StdAutoActive
+    {{31472, 11}, TagType::string, 0, 0, 0, 0},  // StdBaseName
+    {{31483, 12}, TagType::string, 0, 0, 0, 0},  // StdHotFolder
+    {{31495, 18}, TagType::string, 0, 0, 0, 0},  // StdOpenInPhotoshop
+    {{31513, 17}, TagType::string, 0, 0, 0, 0},  // StdOutputBitDepth
+    {{31530, 18}, TagType::string, 0, 0, 0, 0},  // StdOutputColorMode
+    {{31548, 17}, TagType::string, 0, 0, 0, 0},  // StdOutputFileType
+    {{31565, 9}, TagType::string, 0, 0, 0, 0},  // StdOxygen
+    {{31574, 16}, TagType::string, 0, 0, 0, 0},  // StdSaveSelection
+    {{31590, 15}, TagType::string, 0, 0, 0, 0},  // StdScaledOutput
+    {{31605, 16}, TagType::string, 0, 0, 0, 0},  // StdSharpenOutput
+    {{31621, 11}, TagType::string, 0, 0, 0, 0},  // SaveObjType
+    {{31632, 14}, TagType::string, 0, 0, 0, 0},  // SaveObjVersion
+    {{31646, 14}, TagType::string, 0, 0, 0, 0},  // SelObjBackType
+    {{31660, 5}, TagType::string, 0, 0, 0, 0},  // Locks
+    {{31665, 10}, TagType::string, 0, 0, 0, 0},  // SelObjName
+    {{31675, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
+    {{31686, 4}, TagType::string, 0, 0, 0, 0},  // Rect
+    {{31690, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
+    {{31700, 5}, TagType::string, 0, 0, 0, 0},  // Scale
+    {{31705, 10}, TagType::string, 0, 0, 0, 0},  // SelObjType
+    {{31715, 13}, TagType::string, 0, 0, 0, 0},  // SelObjVersion
+    {{31728, 16}, TagType::string, 0, 0, 0, 0},  // SharpObjBackType
+    {{31744, 7}, TagType::string, 0, 0, 0, 0},  // DataLen
+    {{31751, 12}, TagType::string, 0, 0, 0, 0},  // SharpObjName
+    {{31763, 9}, TagType::string, 0, 0, 0, 0},  // SharpInfo
+    {{31772, 11}, TagType::string, 0, 0, 0, 0},  // SharpMethod
+    {{31783, 12}, TagType::string, 0, 0, 0, 0},  // SharpObjType
+    {{31795, 15}, TagType::string, 0, 0, 0, 0},  // SharpObjVersion
+    {{31810, 16}, TagType::string, 0, 0, 0, 0},  // ShootObjBackType
+    {{31826, 12}, TagType::string, 0, 0, 0, 0},  // ShootObjName
+    {{31838, 12}, TagType::string, 0, 0, 0, 0},  // ShootObjType
+    {{31850, 15}, TagType::string, 0, 0, 0, 0},  // ShootObjVersion
+    {{31865, 15}, TagType::string, 0, 0, 0, 0},  // ToneObjBackType
+    {{31880, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
+    {{31885, 11}, TagType::string, 0, 0, 0, 0},  // ToneObjName
+    {{31896, 4}, TagType::string, 0, 0, 0, 0},  // Npts
+    {{31900, 5}, TagType::string, 0, 0, 0, 0},  // Tones
+    {{31905, 11}, TagType::string, 0, 0, 0, 0},  // ToneObjType
+    {{31916, 14}, TagType::string, 0, 0, 0, 0},  // ToneObjVersion
 };
 constexpr detail::StringRow kStringsEnglishLeaf[] = {
     {{31930, 15}, {31945, 18}},
@@ -4367,53 +4464,54 @@ constinit detail::StreamTags gTagsLeaf("Leaf", kText, kTagsLeaf, kKeyOrderLeaf, 
 
 // Leica: 46 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLeica[] = {
-    {{30501, 8}, TagType::string, 2, 0, 0, 58},
-    {{36549, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{8543, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{679, 7}, TagType::int16u, 2, 0, 58, 2},
-    {{36562, 11}, TagType::string, 2, 0, 60, 4},
-    {{8423, 12}, TagType::string, 2, 8, 0, 0},
-    {{8804, 12}, TagType::int32s, 2, 0, 64, 12},
-    {{36573, 29}, TagType::float_, 2, 0, 0, 0},
-    {{36602, 10}, TagType::float_, 2, 0, 0, 0},
-    {{36612, 18}, TagType::rational64u, 2, 0, 0, 0},
-    {{36630, 17}, TagType::int32s, 2, 0, 0, 0},
-    {{36647, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{36663, 10}, TagType::rational64u, 2, 0, 0, 0},
-    {{36673, 12}, TagType::rational64u, 2, 0, 0, 0},
-    {{36685, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{36696, 21}, TagType::int32u, 2, 0, 76, 2},
-    {{36717, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{36727, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{36742, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{36764, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{36775, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{8896, 12}, TagType::float_, 2, 3, 0, 0},
-    {{9792, 16}, TagType::string, 2, 0, 0, 0},
-    {{36788, 17}, TagType::string, 2, 0, 0, 0},
-    {{9554, 12}, TagType::int8u, 2, 4, 78, 5},
-    {{36805, 8}, TagType::string, 2, 0, 0, 0},
-    {{36813, 20}, TagType::string, 2, 0, 0, 0},
-    {{1887, 12}, TagType::imagedata, 2, 0, 0, 0},
-    {{36833, 12}, TagType::string, 8, 0, 0, 0},
-    {{8554, 15}, TagType::string, 2, 4, 0, 0},
-    {{9727, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{36845, 11}, TagType::int32s, 2, 0, 83, 1},
-    {{8435, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{36856, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{36875, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{36884, 10}, TagType::rational64u, 2, 2, 0, 0},
-    {{36894, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{36903, 8}, TagType::int32u, 2, 0, 84, 5},
-    {{36911, 10}, TagType::int32u, 2, 0, 84, 5},
-    {{36921, 10}, TagType::int32u, 2, 0, 89, 7},
-    {{36931, 11}, TagType::int32u, 2, 0, 96, 2},
-    {{36942, 8}, TagType::int32u, 2, 0, 84, 5},
-    {{36950, 7}, TagType::int32u, 2, 0, 0, 0},
-    {{8313, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{8324, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{36957, 14}, TagType::int32u, 2, 0, 0, 0},
+    {{30501, 8}, TagType::string, 2, 0, 0, 58},  // LensType
+    {{36549, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
+    {{8543, 11}, TagType::int16u, 2, 0, 0, 0},  // FocalLength
+    {{679, 7}, TagType::int16u, 2, 0, 58, 2},  // Quality
+    {{36562, 11}, TagType::string, 2, 0, 60, 4},  // UserProfile
+    {{8423, 12}, TagType::string, 2, 8, 0, 0},  // SerialNumber
+    {{8804, 12}, TagType::int32s, 2, 0, 64, 12},  // WhiteBalance
+    {{36573, 29}, TagType::float_, 2, 0, 0, 0},  // ExternalSensorBrightnessValue
+    {{36602, 10}, TagType::float_, 2, 0, 0, 0},  // MeasuredLV
+    {{36612, 18}, TagType::rational64u, 2, 0, 0, 0},  // ApproximateFNumber
+    {{36630, 17}, TagType::int32s, 2, 0, 0, 0},  // CameraTemperature
+    {{36647, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
+    {{36663, 10}, TagType::rational64u, 2, 0, 0, 0},  // WBRedLevel
+    {{36673, 12}, TagType::rational64u, 2, 0, 0, 0},  // WBGreenLevel
+    {{36685, 11}, TagType::rational64u, 2, 0, 0, 0},  // WBBlueLevel
+    {{36696, 21}, TagType::int32u, 2, 0, 76, 2},  // UV-IRFilterCorrection
+    {{36717, 10}, TagType::int32u, 2, 0, 0, 0},  // CCDVersion
+    {{36727, 15}, TagType::int32u, 2, 0, 0, 0},  // CCDBoardVersion
+    {{36742, 22}, TagType::int32u, 2, 0, 0, 0},  // ControllerBoardVersion
+    {{36764, 11}, TagType::int32u, 2, 0, 0, 0},  // M16CVersion
+    {{36775, 13}, TagType::int32u, 2, 0, 0, 0},  // ImageIDNumber
+    {{8896, 12}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevels
+    {{9792, 16}, TagType::string, 2, 0, 0, 0},  // OriginalFileName
+    {{36788, 17}, TagType::string, 2, 0, 0, 0},  // OriginalDirectory
+    {{9554, 12}, TagType::int8u, 2, 4, 78, 5},  // ExposureMode
+    {{36805, 8}, TagType::string, 2, 0, 0, 0},  // FilmMode
+    {{36813, 20}, TagType::string, 2, 0, 0, 0},  // InternalSerialNumber
+    {{1887, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
+    {{36833, 12}, TagType::string, 8, 0, 0, 0},  // UnknownBlock
+    {{8554, 15}, TagType::string, 2, 4, 0, 0},  // FirmwareVersion
+    {{9727, 16}, TagType::int32u, 2, 0, 0, 0},  // LensSerialNumber
+    {{36845, 11}, TagType::int32s, 2, 0, 83, 1},  // ISOSelected
+    {{8435, 7}, TagType::int32s, 2, 0, 0, 0},  // FNumber
+    {{36856, 19}, TagType::int16u, 2, 0, 0, 0},  // CorrelatedColorTemp
+    {{36875, 9}, TagType::int16s, 2, 0, 0, 0},  // ColorTint
+    {{36884, 10}, TagType::rational64u, 2, 2, 0, 0},  // WhitePoint
+    {{36894, 9}, TagType::int16u, 2, 0, 0, 0},  // FileIndex
+    {{36903, 8}, TagType::int32u, 2, 0, 84, 5},  // Contrast
+    {{36911, 10}, TagType::int32u, 2, 0, 84, 5},  // Sharpening
+    {{36921, 10}, TagType::int32u, 2, 0, 89, 7},  // Saturation
+    {{36931, 11}, TagType::int32u, 2, 0, 96, 2},  // JPEGQuality
+    {{36942, 8}, TagType::int32u, 2, 0, 84, 5},  // JPEGSize
+    {{36950, 7}, TagType::int32u, 2, 0, 0, 0},  // BaseISO
+    {{8313, 11}, TagType::int32u, 2, 0, 0, 0},  // SensorWidth
+    {{8324, 12}, TagType::int32u, 2, 0, 0, 0},  // SensorHeight
+    {{36957, 14}, TagType::int32u, 2, 0, 0, 0},  // SensorBitDepth
 };
 constexpr detail::TextRef kChoicesLeica[] = {
     {36971, 3}, {141, 1}, {2065, 2}, {2067, 2}, {2075, 2}, {36974, 4}, {36978, 4}, {36982, 4},
@@ -4910,31 +5008,32 @@ constinit detail::StreamTags gTagsLeica("Leica", kText, kTagsLeica, kKeyOrderLei
 
 // Lytro: 24 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsLytro[] = {
-    {{8554, 15}, TagType::string, 0, 0, 0, 0},
-    {{8586, 4}, TagType::string, 0, 0, 0, 0},
-    {{8590, 5}, TagType::string, 0, 0, 0, 0},
-    {{8423, 12}, TagType::string, 0, 0, 0, 0},
-    {{44717, 17}, TagType::string, 0, 0, 0, 0},
-    {{44734, 14}, TagType::string, 0, 0, 0, 0},
-    {{44748, 14}, TagType::string, 0, 0, 0, 0},
-    {{44762, 14}, TagType::string, 0, 0, 0, 0},
-    {{9830, 16}, TagType::string, 0, 0, 0, 0},
-    {{8435, 7}, TagType::string, 0, 0, 0, 0},
-    {{8543, 11}, TagType::string, 0, 0, 0, 0},
-    {{44776, 15}, TagType::string, 0, 0, 0, 0},
-    {{8454, 3}, TagType::string, 0, 0, 0, 0},
-    {{44791, 21}, TagType::string, 0, 0, 0, 0},
-    {{44812, 18}, TagType::string, 0, 0, 0, 0},
-    {{44830, 17}, TagType::string, 0, 0, 0, 0},
-    {{8442, 12}, TagType::string, 0, 0, 0, 0},
-    {{44847, 14}, TagType::string, 0, 0, 0, 0},
-    {{44861, 13}, TagType::string, 8, 0, 0, 0},
-    {{44874, 22}, TagType::string, 0, 0, 0, 0},
-    {{44896, 27}, TagType::string, 0, 0, 0, 0},
-    {{31675, 11}, TagType::string, 0, 0, 0, 1},
-    {{44923, 12}, TagType::string, 9, 0, 0, 0},
-    {{30440, 10}, TagType::string, 0, 0, 0, 0},
+    {{8554, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{8586, 4}, TagType::string, 0, 0, 0, 0},  // Make
+    {{8590, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{8423, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
+    {{44717, 17}, TagType::string, 0, 0, 0, 0},  // AccelerometerTime
+    {{44734, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerX
+    {{44748, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerY
+    {{44762, 14}, TagType::string, 0, 0, 0, 0},  // AccelerometerZ
+    {{9830, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{8435, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{8543, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{44776, 15}, TagType::string, 0, 0, 0, 0},  // LensTemperature
+    {{8454, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{44791, 21}, TagType::string, 0, 0, 0, 0},  // FocalPlaneXResolution
+    {{44812, 18}, TagType::string, 0, 0, 0, 0},  // SensorSerialNumber
+    {{44830, 17}, TagType::string, 0, 0, 0, 0},  // FrameExposureTime
+    {{8442, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{44847, 14}, TagType::string, 0, 0, 0, 0},  // SocTemperature
+    {{44861, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{44874, 22}, TagType::string, 0, 0, 0, 0},  // ImageLimitExposureBias
+    {{44896, 27}, TagType::string, 0, 0, 0, 0},  // ImageModulationExposureBias
+    {{31675, 11}, TagType::string, 0, 0, 0, 1},  // Orientation
+    {{44923, 12}, TagType::string, 9, 0, 0, 0},  // JSONMetadata
+    {{30440, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
 };
 constexpr detail::TextRef kChoicesLytro[] = {
     {141, 1},
@@ -5067,14 +5166,15 @@ constinit detail::StreamTags gTagsLytro("Lytro", kText, kTagsLytro, kKeyOrderLyt
 
 // M2TS: 7 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsM2TS[] = {
-    {{46065, 12}, TagType::string, 0, 0, 0, 0},
-    {{46077, 13}, TagType::string, 0, 0, 0, 14},
-    {{46090, 15}, TagType::string, 0, 0, 14, 3},
-    {{46105, 12}, TagType::string, 0, 0, 14, 3},
-    {{46117, 15}, TagType::string, 0, 0, 17, 52},
-    {{9873, 8}, TagType::string, 0, 0, 0, 0},
-    {{46132, 15}, TagType::string, 0, 0, 17, 52},
+    {{46065, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{46077, 13}, TagType::string, 0, 0, 0, 14},  // AudioChannels
+    {{46090, 15}, TagType::string, 0, 0, 14, 3},  // AudioSampleRate
+    {{46105, 12}, TagType::string, 0, 0, 14, 3},  // SurroundMode
+    {{46117, 15}, TagType::string, 0, 0, 17, 52},  // AudioStreamType
+    {{9873, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{46132, 15}, TagType::string, 0, 0, 17, 52},  // VideoStreamType
 };
 constexpr detail::TextRef kChoicesM2TS[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1}, {2063, 1}, {2113, 1}, {144, 1},
@@ -5247,134 +5347,135 @@ constinit detail::StreamTags gTagsM2TS("M2TS", kText, kTagsM2TS, kKeyOrderM2TS, 
 
 // MIE: 127 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMIE[] = {
-    {{50523, 20}, TagType::string, 2, 0, 0, 0},
-    {{50543, 20}, TagType::string, 2, 0, 0, 0},
-    {{50563, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{50571, 16}, TagType::string, 2, 0, 0, 0},
-    {{9873, 8}, TagType::rational64u, 0, 0, 0, 0},
-    {{50587, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{50597, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{50607, 16}, TagType::string, 10, 0, 0, 0},
-    {{50623, 10}, TagType::int8s, 2, 0, 0, 0},
-    {{50633, 12}, TagType::rational64u, 2, 3, 0, 0},
-    {{36647, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{36903, 8}, TagType::int8s, 2, 0, 0, 0},
-    {{8876, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{8500, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{9554, 12}, TagType::string, 2, 0, 0, 0},
-    {{8442, 12}, TagType::rational64u, 2, 0, 0, 0},
-    {{8554, 15}, TagType::string, 2, 0, 0, 0},
-    {{8755, 9}, TagType::string, 2, 0, 0, 0},
-    {{8454, 3}, TagType::int16u, 2, 0, 0, 0},
-    {{8835, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{9596, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{50645, 12}, TagType::string, 2, 0, 0, 0},
-    {{50657, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{8586, 4}, TagType::string, 2, 0, 0, 0},
-    {{50675, 10}, TagType::rational64s, 2, 0, 0, 0},
-    {{8590, 5}, TagType::string, 2, 0, 0, 0},
-    {{50685, 9}, TagType::string, 2, 0, 0, 0},
-    {{36921, 10}, TagType::int8s, 2, 0, 0, 0},
-    {{50694, 10}, TagType::rational64u, 2, 2, 0, 0},
-    {{8423, 12}, TagType::string, 2, 0, 0, 0},
-    {{8887, 9}, TagType::int8s, 2, 0, 0, 0},
-    {{9641, 12}, TagType::string, 2, 0, 0, 0},
-    {{50704, 6}, TagType::string, 2, 0, 0, 0},
-    {{50710, 7}, TagType::string, 2, 0, 0, 0},
-    {{50717, 12}, TagType::string, 3, 0, 0, 0},
-    {{50729, 9}, TagType::string, 2, 0, 0, 0},
-    {{24885, 10}, TagType::string, 2, 0, 0, 0},
-    {{50738, 5}, TagType::string, 2, 0, 0, 0},
-    {{50743, 8}, TagType::string, 3, 0, 0, 0},
-    {{24905, 10}, TagType::string, 2, 0, 0, 0},
-    {{9830, 16}, TagType::string, 2, 0, 0, 0},
-    {{50751, 11}, TagType::string, 2, 0, 0, 0},
-    {{50762, 10}, TagType::string, 3, 0, 0, 0},
-    {{50772, 8}, TagType::string, 2, 0, 0, 0},
-    {{32, 5}, TagType::string, 2, 0, 0, 0},
-    {{2023, 3}, TagType::string, 2, 0, 0, 0},
-    {{50780, 21}, TagType::rational64s, 2, 0, 0, 0},
-    {{50801, 12}, TagType::string, 2, 0, 0, 0},
-    {{50813, 13}, TagType::string, 2, 0, 0, 0},
-    {{50826, 20}, TagType::string, 2, 0, 0, 0},
-    {{9566, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{8825, 10}, TagType::int8u, 2, 0, 0, 2},
-    {{50846, 16}, TagType::string, 2, 0, 0, 0},
-    {{50862, 9}, TagType::string, 2, 0, 0, 0},
-    {{8816, 9}, TagType::string, 2, 0, 0, 0},
-    {{50871, 10}, TagType::string, 2, 0, 0, 0},
-    {{50881, 17}, TagType::string, 2, 0, 0, 0},
-    {{50898, 9}, TagType::string, 2, 0, 0, 0},
-    {{50907, 11}, TagType::rational64s, 2, 0, 0, 0},
-    {{50918, 14}, TagType::rational64s, 2, 0, 0, 0},
-    {{50932, 11}, TagType::string, 2, 0, 0, 0},
-    {{50943, 11}, TagType::string, 2, 0, 0, 0},
-    {{50954, 15}, TagType::int8u, 2, 0, 0, 2},
-    {{50969, 15}, TagType::rational64s, 2, 0, 0, 0},
-    {{50984, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{50992, 11}, TagType::rational64s, 2, 0, 0, 0},
-    {{51003, 12}, TagType::rational64s, 2, 0, 0, 0},
-    {{51015, 14}, TagType::int8u, 2, 0, 2, 2},
-    {{51029, 13}, TagType::string, 2, 0, 0, 0},
-    {{51042, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{51050, 7}, TagType::string, 2, 0, 0, 0},
-    {{51057, 4}, TagType::string, 2, 0, 0, 0},
-    {{51061, 7}, TagType::string, 2, 0, 0, 0},
-    {{51068, 10}, TagType::string, 2, 0, 0, 0},
-    {{51078, 5}, TagType::string, 2, 0, 0, 0},
-    {{51083, 17}, TagType::string, 2, 0, 0, 0},
-    {{51100, 17}, TagType::string, 2, 0, 0, 0},
-    {{51117, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{1353, 10}, TagType::string, 2, 0, 0, 0},
-    {{51125, 23}, TagType::string, 2, 0, 0, 0},
-    {{51148, 16}, TagType::rational32u, 2, 0, 0, 0},
-    {{51164, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{51173, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{31690, 10}, TagType::rational64u, 2, 0, 0, 0},
-    {{51190, 13}, TagType::string, 10, 0, 0, 0},
-    {{8435, 7}, TagType::rational64u, 2, 0, 0, 0},
-    {{8543, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{36549, 13}, TagType::rational64u, 2, 0, 0, 0},
-    {{51203, 8}, TagType::string, 2, 0, 0, 0},
-    {{9023, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{51211, 21}, TagType::rational64u, 2, 0, 0, 0},
-    {{51232, 14}, TagType::rational64u, 2, 0, 0, 0},
-    {{9620, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{51246, 14}, TagType::rational64u, 2, 0, 0, 0},
-    {{9743, 9}, TagType::string, 2, 0, 0, 0},
-    {{8970, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{9727, 16}, TagType::string, 2, 0, 0, 0},
-    {{51260, 11}, TagType::string, 2, 0, 0, 0},
-    {{51271, 10}, TagType::string, 2, 0, 0, 0},
-    {{51281, 16}, TagType::string, 2, 0, 0, 0},
-    {{51297, 11}, TagType::string, 2, 0, 0, 0},
-    {{51308, 15}, TagType::string, 2, 0, 0, 0},
-    {{51323, 11}, TagType::string, 10, 0, 0, 0},
-    {{51334, 15}, TagType::string, 10, 0, 0, 0},
-    {{51349, 9}, TagType::string, 2, 0, 0, 0},
-    {{51358, 16}, TagType::string, 2, 0, 0, 0},
-    {{51374, 7}, TagType::rational64s, 2, 0, 0, 0},
-    {{51381, 11}, TagType::rational64s, 2, 0, 0, 0},
-    {{51392, 9}, TagType::rational64s, 2, 0, 0, 0},
-    {{51401, 14}, TagType::rational64s, 2, 0, 0, 0},
-    {{51415, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{51423, 16}, TagType::string, 2, 0, 0, 0},
-    {{51439, 16}, TagType::string, 2, 0, 0, 0},
-    {{9689, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{1887, 12}, TagType::string, 10, 0, 0, 0},
-    {{51455, 18}, TagType::string, 2, 0, 0, 0},
-    {{51473, 18}, TagType::string, 2, 0, 0, 0},
-    {{51491, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{9859, 14}, TagType::string, 10, 0, 0, 0},
-    {{51509, 11}, TagType::string, 2, 0, 0, 0},
-    {{51520, 10}, TagType::string, 2, 0, 0, 0},
-    {{51530, 11}, TagType::string, 2, 0, 0, 0},
-    {{51541, 7}, TagType::int8s, 2, 0, 0, 0},
-    {{51548, 20}, TagType::string, 2, 0, 0, 0},
-    {{51568, 20}, TagType::string, 2, 0, 0, 0},
-    {{51588, 5}, TagType::string, 2, 0, 0, 0},
-    {{51593, 16}, TagType::string, 10, 0, 0, 0},
+    {{50523, 20}, TagType::string, 2, 0, 0, 0},  // RelatedAudioFileType
+    {{50543, 20}, TagType::string, 2, 0, 0, 0},  // RelatedAudioFileName
+    {{50563, 8}, TagType::int8u, 2, 0, 0, 0},  // Channels
+    {{50571, 16}, TagType::string, 2, 0, 0, 0},  // AudioCompression
+    {{9873, 8}, TagType::rational64u, 0, 0, 0, 0},  // Duration
+    {{50587, 10}, TagType::int16u, 2, 0, 0, 0},  // SampleBits
+    {{50597, 10}, TagType::int32u, 2, 0, 0, 0},  // SampleRate
+    {{50607, 16}, TagType::string, 10, 0, 0, 0},  // RelatedAudioFile
+    {{50623, 10}, TagType::int8s, 2, 0, 0, 0},  // Brightness
+    {{50633, 12}, TagType::rational64u, 2, 3, 0, 0},  // ColorBalance
+    {{36647, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
+    {{36903, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
+    {{8876, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
+    {{8500, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
+    {{9554, 12}, TagType::string, 2, 0, 0, 0},  // ExposureMode
+    {{8442, 12}, TagType::rational64u, 2, 0, 0, 0},  // ExposureTime
+    {{8554, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
+    {{8755, 9}, TagType::string, 2, 0, 0, 0},  // FocusMode
+    {{8454, 3}, TagType::int16u, 2, 0, 0, 0},  // ISO
+    {{8835, 10}, TagType::int16u, 2, 0, 0, 0},  // ISOSetting
+    {{9596, 11}, TagType::int32u, 2, 0, 0, 0},  // ImageNumber
+    {{50645, 12}, TagType::string, 2, 0, 0, 0},  // ImageQuality
+    {{50657, 18}, TagType::int8u, 2, 0, 0, 0},  // ImageStabilization
+    {{8586, 4}, TagType::string, 2, 0, 0, 0},  // Make
+    {{50675, 10}, TagType::rational64s, 2, 0, 0, 0},  // MeasuredEV
+    {{8590, 5}, TagType::string, 2, 0, 0, 0},  // Model
+    {{50685, 9}, TagType::string, 2, 0, 0, 0},  // OwnerName
+    {{36921, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
+    {{50694, 10}, TagType::rational64u, 2, 2, 0, 0},  // SensorSize
+    {{8423, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{8887, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
+    {{9641, 12}, TagType::string, 2, 0, 0, 0},  // ShootingMode
+    {{50704, 6}, TagType::string, 2, 0, 0, 0},  // Author
+    {{50710, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{50717, 12}, TagType::string, 3, 0, 0, 0},  // Contributors
+    {{50729, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{24885, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
+    {{50738, 5}, TagType::string, 2, 0, 0, 0},  // Email
+    {{50743, 8}, TagType::string, 3, 0, 0, 0},  // Keywords
+    {{24905, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
+    {{9830, 16}, TagType::string, 2, 0, 0, 0},  // DateTimeOriginal
+    {{50751, 11}, TagType::string, 2, 0, 0, 0},  // PhoneNumber
+    {{50762, 10}, TagType::string, 3, 0, 0, 0},  // References
+    {{50772, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{32, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{2023, 3}, TagType::string, 2, 0, 0, 0},  // URL
+    {{50780, 21}, TagType::rational64s, 2, 0, 0, 0},  // ExtenderMagnification
+    {{50801, 12}, TagType::string, 2, 0, 0, 0},  // ExtenderMake
+    {{50813, 13}, TagType::string, 2, 0, 0, 0},  // ExtenderModel
+    {{50826, 20}, TagType::string, 2, 0, 0, 0},  // ExtenderSerialNumber
+    {{9566, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{8825, 10}, TagType::int8u, 2, 0, 0, 2},  // FlashFired
+    {{50846, 16}, TagType::string, 2, 0, 0, 0},  // FlashGuideNumber
+    {{50862, 9}, TagType::string, 2, 0, 0, 0},  // FlashMake
+    {{8816, 9}, TagType::string, 2, 0, 0, 0},  // FlashMode
+    {{50871, 10}, TagType::string, 2, 0, 0, 0},  // FlashModel
+    {{50881, 17}, TagType::string, 2, 0, 0, 0},  // FlashSerialNumber
+    {{50898, 9}, TagType::string, 2, 0, 0, 0},  // FlashType
+    {{50907, 11}, TagType::rational64s, 2, 0, 0, 0},  // GPSAltitude
+    {{50918, 14}, TagType::rational64s, 2, 0, 0, 0},  // GPSDestBearing
+    {{50932, 11}, TagType::string, 2, 0, 0, 0},  // GPSDateTime
+    {{50943, 11}, TagType::string, 2, 0, 0, 0},  // GPSMapDatum
+    {{50954, 15}, TagType::int8u, 2, 0, 0, 2},  // GPSDifferential
+    {{50969, 15}, TagType::rational64s, 2, 0, 0, 0},  // GPSDestDistance
+    {{50984, 8}, TagType::rational64s, 2, 0, 0, 0},  // GPSTrack
+    {{50992, 11}, TagType::rational64s, 2, 0, 0, 0},  // GPSLatitude
+    {{51003, 12}, TagType::rational64s, 2, 0, 0, 0},  // GPSLongitude
+    {{51015, 14}, TagType::int8u, 2, 0, 2, 2},  // GPSMeasureMode
+    {{51029, 13}, TagType::string, 2, 0, 0, 0},  // GPSSatellites
+    {{51042, 8}, TagType::rational64s, 2, 0, 0, 0},  // GPSSpeed
+    {{51050, 7}, TagType::string, 2, 0, 0, 0},  // Address
+    {{51057, 4}, TagType::string, 2, 0, 0, 0},  // City
+    {{51061, 7}, TagType::string, 2, 0, 0, 0},  // Country
+    {{51068, 10}, TagType::string, 2, 0, 0, 0},  // PostalCode
+    {{51078, 5}, TagType::string, 2, 0, 0, 0},  // State
+    {{51083, 17}, TagType::string, 2, 0, 0, 0},  // FullSizeImageType
+    {{51100, 17}, TagType::string, 2, 0, 0, 0},  // FullSizeImageName
+    {{51117, 8}, TagType::int16u, 2, 0, 0, 0},  // BitDepth
+    {{1353, 10}, TagType::string, 2, 0, 0, 0},  // ColorSpace
+    {{51125, 23}, TagType::string, 2, 0, 0, 0},  // ComponentsConfiguration
+    {{51148, 16}, TagType::rational32u, 2, 0, 0, 0},  // CompressionRatio
+    {{51164, 9}, TagType::int16u, 2, 0, 0, 0},  // ImageSize
+    {{51173, 17}, TagType::int16u, 2, 0, 0, 0},  // OriginalImageSize
+    {{31690, 10}, TagType::rational64u, 2, 0, 0, 0},  // Resolution
+    {{51190, 13}, TagType::string, 10, 0, 0, 0},  // FullSizeImage
+    {{8435, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
+    {{8543, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
+    {{36549, 13}, TagType::rational64u, 2, 0, 0, 0},  // FocusDistance
+    {{51203, 8}, TagType::string, 2, 0, 0, 0},  // LensMake
+    {{9023, 11}, TagType::rational64u, 2, 0, 0, 0},  // MaxAperture
+    {{51211, 21}, TagType::rational64u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{51232, 14}, TagType::rational64u, 2, 0, 0, 0},  // MaxFocalLength
+    {{9620, 11}, TagType::rational64u, 2, 0, 0, 0},  // MinAperture
+    {{51246, 14}, TagType::rational64u, 2, 0, 0, 0},  // MinFocalLength
+    {{9743, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
+    {{8970, 11}, TagType::rational64u, 2, 0, 0, 0},  // OpticalZoom
+    {{9727, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
+    {{51260, 11}, TagType::string, 2, 0, 0, 0},  // SubfileType
+    {{51271, 10}, TagType::string, 2, 0, 0, 0},  // MIEVersion
+    {{51281, 16}, TagType::string, 2, 0, 0, 0},  // SubfileDirectory
+    {{51297, 11}, TagType::string, 2, 0, 0, 0},  // SubfileName
+    {{51308, 15}, TagType::string, 2, 0, 0, 0},  // SubfileMIMEType
+    {{51323, 11}, TagType::string, 10, 0, 0, 0},  // SubfileData
+    {{51334, 15}, TagType::string, 10, 0, 0, 0},  // SubfileResource
+    {{51349, 9}, TagType::string, 2, 0, 0, 0},  // MD5Digest
+    {{51358, 16}, TagType::string, 2, 0, 0, 0},  // TrailerSignature
+    {{51374, 7}, TagType::rational64s, 2, 0, 0, 0},  // Azimuth
+    {{51381, 11}, TagType::rational64s, 2, 0, 0, 0},  // Declination
+    {{51392, 9}, TagType::rational64s, 2, 0, 0, 0},  // Elevation
+    {{51401, 14}, TagType::rational64s, 2, 0, 0, 0},  // RightAscension
+    {{51415, 8}, TagType::rational64s, 2, 0, 0, 0},  // Rotation
+    {{51423, 16}, TagType::string, 2, 0, 0, 0},  // PreviewImageType
+    {{51439, 16}, TagType::string, 2, 0, 0, 0},  // PreviewImageName
+    {{9689, 16}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageSize
+    {{1887, 12}, TagType::string, 10, 0, 0, 0},  // PreviewImage
+    {{51455, 18}, TagType::string, 2, 0, 0, 0},  // ThumbnailImageType
+    {{51473, 18}, TagType::string, 2, 0, 0, 0},  // ThumbnailImageName
+    {{51491, 18}, TagType::int16u, 2, 0, 0, 0},  // ThumbnailImageSize
+    {{9859, 14}, TagType::string, 10, 0, 0, 0},  // ThumbnailImage
+    {{51509, 11}, TagType::string, 2, 0, 0, 0},  // UTMMapDatum
+    {{51520, 10}, TagType::string, 2, 0, 0, 0},  // UTMEasting
+    {{51530, 11}, TagType::string, 2, 0, 0, 0},  // UTMNorthing
+    {{51541, 7}, TagType::int8s, 2, 0, 0, 0},  // UTMZone
+    {{51548, 20}, TagType::string, 2, 0, 0, 0},  // RelatedVideoFileType
+    {{51568, 20}, TagType::string, 2, 0, 0, 0},  // RelatedVideoFileName
+    {{51588, 5}, TagType::string, 2, 0, 0, 0},  // Codec
+    {{51593, 16}, TagType::string, 10, 0, 0, 0},  // RelatedVideoFile
 };
 constexpr detail::TextRef kChoicesMIE[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1},
@@ -6029,36 +6130,37 @@ constinit detail::StreamTags gTagsMIE("MIE", kText, kTagsMIE, kKeyOrderMIE, kCho
 
 // MIFF: 29 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMIFF[] = {
-    {{59567, 15}, TagType::string, 0, 0, 0, 0},
-    {{59582, 11}, TagType::string, 0, 0, 0, 0},
-    {{59593, 11}, TagType::string, 0, 0, 0, 0},
-    {{59604, 5}, TagType::string, 0, 0, 0, 0},
-    {{59609, 6}, TagType::string, 0, 0, 0, 0},
-    {{1353, 10}, TagType::string, 0, 0, 0, 0},
-    {{1505, 10}, TagType::string, 0, 0, 0, 0},
-    {{1549, 11}, TagType::string, 0, 0, 0, 0},
-    {{59615, 5}, TagType::string, 0, 0, 0, 0},
-    {{59620, 5}, TagType::string, 0, 0, 0, 0},
-    {{59625, 7}, TagType::string, 0, 0, 0, 0},
-    {{31880, 5}, TagType::string, 0, 0, 0, 0},
-    {{59632, 12}, TagType::string, 0, 0, 0, 0},
-    {{456, 2}, TagType::string, 0, 0, 0, 0},
-    {{59644, 10}, TagType::string, 0, 0, 0, 0},
-    {{432, 5}, TagType::string, 0, 0, 0, 0},
-    {{59654, 9}, TagType::string, 0, 0, 0, 0},
-    {{59663, 5}, TagType::string, 0, 0, 0, 0},
-    {{59668, 7}, TagType::string, 0, 0, 0, 0},
-    {{59675, 7}, TagType::string, 0, 0, 0, 0},
-    {{59682, 4}, TagType::string, 0, 0, 0, 0},
-    {{59686, 10}, TagType::string, 0, 0, 0, 0},
-    {{59696, 15}, TagType::string, 0, 0, 0, 0},
-    {{31690, 10}, TagType::string, 0, 0, 0, 0},
-    {{1494, 11}, TagType::string, 0, 0, 0, 0},
-    {{59711, 5}, TagType::string, 0, 0, 0, 0},
-    {{477, 9}, TagType::string, 0, 0, 0, 0},
-    {{59716, 5}, TagType::string, 0, 0, 0, 0},
-    {{36884, 10}, TagType::string, 0, 0, 0, 0},
+    {{59567, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
+    {{59582, 11}, TagType::string, 0, 0, 0, 0},  // BluePrimary
+    {{59593, 11}, TagType::string, 0, 0, 0, 0},  // BorderColor
+    {{59604, 5}, TagType::string, 0, 0, 0, 0},  // Class
+    {{59609, 6}, TagType::string, 0, 0, 0, 0},  // Colors
+    {{1353, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
+    {{1505, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{1549, 11}, TagType::string, 0, 0, 0, 0},  // Compression
+    {{59615, 5}, TagType::string, 0, 0, 0, 0},  // Delay
+    {{59620, 5}, TagType::string, 0, 0, 0, 0},  // Depth
+    {{59625, 7}, TagType::string, 0, 0, 0, 0},  // Dispose
+    {{31880, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
+    {{59632, 12}, TagType::string, 0, 0, 0, 0},  // GreenPrimary
+    {{456, 2}, TagType::string, 0, 0, 0, 0},  // ID
+    {{59644, 10}, TagType::string, 0, 0, 0, 0},  // Iterations
+    {{432, 5}, TagType::string, 0, 0, 0, 0},  // Label
+    {{59654, 9}, TagType::string, 0, 0, 0, 0},  // MattColor
+    {{59663, 5}, TagType::string, 0, 0, 0, 0},  // Matte
+    {{59668, 7}, TagType::string, 0, 0, 0, 0},  // Montage
+    {{59675, 7}, TagType::string, 0, 0, 0, 0},  // Packets
+    {{59682, 4}, TagType::string, 0, 0, 0, 0},  // Page
+    {{59686, 10}, TagType::string, 0, 0, 0, 0},  // RedPrimary
+    {{59696, 15}, TagType::string, 0, 0, 0, 0},  // RenderingIntent
+    {{31690, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
+    {{1494, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{59711, 5}, TagType::string, 0, 0, 0, 0},  // Scene
+    {{477, 9}, TagType::string, 0, 0, 0, 0},  // Signature
+    {{59716, 5}, TagType::string, 0, 0, 0, 0},  // Units
+    {{36884, 10}, TagType::string, 0, 0, 0, 0},  // WhitePoint
 };
 constexpr detail::StringRow kStringsEnglishMIFF[] = {
     {{59721, 20}, {59741, 16}},
@@ -6162,140 +6264,141 @@ constinit detail::StreamTags gTagsMIFF("MIFF", kText, kTagsMIFF, kKeyOrderMIFF, 
 
 // MISB: 133 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMISB[] = {
-    {{60328, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60347, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60366, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60385, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60404, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60423, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60442, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60461, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60480, 19}, TagType::string, 0, 0, 0, 0},
-    {{60499, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60518, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60537, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60556, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60575, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60594, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60613, 19}, TagType::double_, 0, 0, 0, 0},
-    {{60632, 22}, TagType::string, 0, 0, 0, 5},
-    {{60654, 28}, TagType::string, 0, 0, 5, 14},
-    {{60682, 18}, TagType::string, 0, 0, 0, 0},
-    {{60700, 26}, TagType::string, 0, 0, 0, 0},
-    {{60726, 7}, TagType::string, 0, 0, 0, 0},
-    {{60733, 21}, TagType::string, 0, 0, 0, 0},
-    {{60754, 12}, TagType::string, 0, 0, 0, 0},
-    {{60766, 11}, TagType::string, 0, 0, 0, 0},
-    {{60777, 20}, TagType::string, 0, 0, 0, 0},
-    {{60797, 20}, TagType::string, 0, 0, 0, 0},
-    {{60817, 30}, TagType::string, 0, 0, 0, 0},
-    {{60847, 25}, TagType::string, 0, 0, 19, 11},
-    {{60872, 18}, TagType::string, 0, 0, 0, 0},
-    {{60890, 22}, TagType::string, 0, 0, 0, 0},
-    {{60912, 4}, TagType::string, 0, 0, 0, 0},
-    {{60916, 8}, TagType::string, 0, 0, 0, 0},
-    {{60924, 17}, TagType::string, 0, 0, 0, 0},
-    {{60941, 16}, TagType::string, 0, 0, 0, 0},
-    {{60957, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{60972, 34}, TagType::string, 0, 0, 0, 0},
-    {{61006, 29}, TagType::string, 0, 0, 0, 0},
-    {{61035, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{50932, 11}, TagType::int64u, 0, 0, 0, 0},
-    {{61043, 9}, TagType::string, 0, 0, 0, 0},
-    {{61052, 10}, TagType::string, 0, 0, 0, 0},
-    {{50984, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{61062, 10}, TagType::int16s, 0, 0, 0, 0},
-    {{61072, 9}, TagType::int16s, 0, 0, 0, 0},
-    {{61081, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{61093, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{61110, 13}, TagType::string, 0, 0, 0, 0},
-    {{61123, 10}, TagType::string, 0, 0, 0, 0},
-    {{61133, 21}, TagType::string, 0, 0, 0, 0},
-    {{50992, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{51003, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{50907, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{61154, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{61175, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{61194, 26}, TagType::int32u, 0, 0, 0, 0},
-    {{61220, 28}, TagType::int32s, 0, 0, 0, 0},
-    {{61248, 23}, TagType::int32u, 0, 0, 0, 0},
-    {{61271, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{61281, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{61292, 19}, TagType::int32s, 0, 0, 0, 0},
-    {{61311, 20}, TagType::int32s, 0, 0, 0, 0},
-    {{61331, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{61351, 21}, TagType::int16s, 0, 0, 0, 0},
-    {{61372, 22}, TagType::int16s, 0, 0, 0, 0},
-    {{61394, 21}, TagType::int16s, 0, 0, 0, 0},
-    {{61415, 22}, TagType::int16s, 0, 0, 0, 0},
-    {{61437, 21}, TagType::int16s, 0, 0, 0, 0},
-    {{61458, 22}, TagType::int16s, 0, 0, 0, 0},
-    {{61480, 21}, TagType::int16s, 0, 0, 0, 0},
-    {{61501, 22}, TagType::int16s, 0, 0, 0, 0},
-    {{61523, 13}, TagType::int8u, 0, 0, 30, 3},
-    {{61536, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{61549, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{61558, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{61572, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{61587, 14}, TagType::int8s, 0, 0, 0, 0},
-    {{61601, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{61623, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{61646, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{61669, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{61689, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{61710, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{61733, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{61756, 17}, TagType::int8u, 0, 0, 33, 6},
-    {{61773, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{61793, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{61806, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{61819, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{61832, 26}, TagType::int16u, 0, 0, 0, 0},
-    {{61858, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{61875, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{51042, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{61891, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{61902, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{61915, 8}, TagType::string, 0, 0, 0, 0},
-    {{61923, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{61933, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{61944, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{61956, 21}, TagType::int8u, 0, 0, 39, 8},
-    {{61977, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{61992, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{62011, 30}, TagType::string, 0, 0, 0, 0},
-    {{62041, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{62058, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{62076, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{62093, 13}, TagType::string, 0, 0, 0, 0},
-    {{62106, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{62122, 14}, TagType::int64u, 0, 0, 0, 0},
-    {{62136, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{62157, 24}, TagType::int16u, 0, 0, 0, 0},
-    {{62181, 15}, TagType::int8u, 0, 0, 47, 5},
-    {{62196, 31}, TagType::int16u, 0, 0, 0, 0},
-    {{62227, 19}, TagType::int16s, 0, 0, 0, 0},
-    {{62246, 18}, TagType::int16s, 0, 0, 0, 0},
-    {{62264, 21}, TagType::string, 0, 0, 0, 0},
-    {{62285, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{62300, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{62316, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{62331, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{62347, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{62362, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{62378, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{62393, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{62409, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{62423, 13}, TagType::int32s, 0, 0, 0, 0},
-    {{62436, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{62453, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{62470, 18}, TagType::string, 0, 0, 0, 0},
-    {{62488, 19}, TagType::string, 0, 0, 0, 0},
-    {{62507, 8}, TagType::string, 0, 0, 0, 0},
-    {{62515, 23}, TagType::string, 0, 0, 0, 0},
-    {{62538, 29}, TagType::string, 0, 0, 0, 0},
-    {{62567, 32}, TagType::string, 0, 0, 0, 0},
+    {{60328, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0001
+    {{60347, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0002
+    {{60366, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0003
+    {{60385, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0004
+    {{60404, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0005
+    {{60423, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0006
+    {{60442, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0009
+    {{60461, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000a
+    {{60480, 19}, TagType::string, 0, 0, 0, 0},  // ChurchillNav_0x000b
+    {{60499, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000c
+    {{60518, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000d
+    {{60537, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x000e
+    {{60556, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0010
+    {{60575, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0011
+    {{60594, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0012
+    {{60613, 19}, TagType::double_, 0, 0, 0, 0},  // ChurchillNav_0x0014
+    {{60632, 22}, TagType::string, 0, 0, 0, 5},  // SecurityClassification
+    {{60654, 28}, TagType::string, 0, 0, 5, 14},  // ClassifyingCountryCodeMethod
+    {{60682, 18}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountry
+    {{60700, 26}, TagType::string, 0, 0, 0, 0},  // SecuritySCI-SHIInformation
+    {{60726, 7}, TagType::string, 0, 0, 0, 0},  // Caveats
+    {{60733, 21}, TagType::string, 0, 0, 0, 0},  // ReleasingInstructions
+    {{60754, 12}, TagType::string, 0, 0, 0, 0},  // ClassifiedBy
+    {{60766, 11}, TagType::string, 0, 0, 0, 0},  // DerivedFrom
+    {{60777, 20}, TagType::string, 0, 0, 0, 0},  // ClassificationReason
+    {{60797, 20}, TagType::string, 0, 0, 0, 0},  // DeclassificationDate
+    {{60817, 30}, TagType::string, 0, 0, 0, 0},  // ClassificationAndMarkingSystem
+    {{60847, 25}, TagType::string, 0, 0, 19, 11},  // ObjectCountryCodingMethod
+    {{60872, 18}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodes
+    {{60890, 22}, TagType::string, 0, 0, 0, 0},  // ClassificationComments
+    {{60912, 4}, TagType::string, 0, 0, 0, 0},  // UMID
+    {{60916, 8}, TagType::string, 0, 0, 0, 0},  // StreamID
+    {{60924, 17}, TagType::string, 0, 0, 0, 0},  // TransportStreamID
+    {{60941, 16}, TagType::string, 0, 0, 0, 0},  // ItemDesignatorID
+    {{60957, 15}, TagType::int16u, 0, 0, 0, 0},  // SecurityVersion
+    {{60972, 34}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountryCodingMethodDate
+    {{61006, 29}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodingMethodDate
+    {{61035, 8}, TagType::int16u, 0, 0, 0, 0},  // Checksum
+    {{50932, 11}, TagType::int64u, 0, 0, 0, 0},  // GPSDateTime
+    {{61043, 9}, TagType::string, 0, 0, 0, 0},  // MissionID
+    {{61052, 10}, TagType::string, 0, 0, 0, 0},  // TailNumber
+    {{50984, 8}, TagType::int16u, 0, 0, 0, 0},  // GPSTrack
+    {{61062, 10}, TagType::int16s, 0, 0, 0, 0},  // PitchAngle
+    {{61072, 9}, TagType::int16s, 0, 0, 0, 0},  // RollAngle
+    {{61081, 12}, TagType::int8u, 0, 0, 0, 0},  // TrueAirspeed
+    {{61093, 17}, TagType::int8u, 0, 0, 0, 0},  // IndicatedAirspeed
+    {{61110, 13}, TagType::string, 0, 0, 0, 0},  // ProjectIDCode
+    {{61123, 10}, TagType::string, 0, 0, 0, 0},  // SensorName
+    {{61133, 21}, TagType::string, 0, 0, 0, 0},  // ImageCoordinateSystem
+    {{50992, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSLatitude
+    {{51003, 12}, TagType::int32s, 0, 0, 0, 0},  // GPSLongitude
+    {{50907, 11}, TagType::int16u, 0, 0, 0, 0},  // GPSAltitude
+    {{61154, 21}, TagType::int16u, 0, 0, 0, 0},  // HorizontalFieldOfView
+    {{61175, 19}, TagType::int16u, 0, 0, 0, 0},  // VerticalFieldOfView
+    {{61194, 26}, TagType::int32u, 0, 0, 0, 0},  // SensorRelativeAzimuthAngle
+    {{61220, 28}, TagType::int32s, 0, 0, 0, 0},  // SensorRelativeElevationAngle
+    {{61248, 23}, TagType::int32u, 0, 0, 0, 0},  // SensorRelativeRollAngle
+    {{61271, 10}, TagType::int32u, 0, 0, 0, 0},  // SlantRange
+    {{61281, 11}, TagType::int16u, 0, 0, 0, 0},  // TargetWidth
+    {{61292, 19}, TagType::int32s, 0, 0, 0, 0},  // FrameCenterLatitude
+    {{61311, 20}, TagType::int32s, 0, 0, 0, 0},  // FrameCenterLongitude
+    {{61331, 20}, TagType::int16u, 0, 0, 0, 0},  // FrameCenterElevation
+    {{61351, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude1
+    {{61372, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude1
+    {{61394, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude2
+    {{61415, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude2
+    {{61437, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude3
+    {{61458, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude3
+    {{61480, 21}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLatitude4
+    {{61501, 22}, TagType::int16s, 0, 0, 0, 0},  // OffsetCornerLongitude4
+    {{61523, 13}, TagType::int8u, 0, 0, 30, 3},  // IcingDetected
+    {{61536, 13}, TagType::int16u, 0, 0, 0, 0},  // WindDirection
+    {{61549, 9}, TagType::int8u, 0, 0, 0, 0},  // WindSpeed
+    {{61558, 14}, TagType::int16u, 0, 0, 0, 0},  // StaticPressure
+    {{61572, 15}, TagType::int16u, 0, 0, 0, 0},  // DensityAltitude
+    {{61587, 14}, TagType::int8s, 0, 0, 0, 0},  // AirTemperature
+    {{61601, 22}, TagType::int32s, 0, 0, 0, 0},  // TargetLocationLatitude
+    {{61623, 23}, TagType::int32s, 0, 0, 0, 0},  // TargetLocationLongitude
+    {{61646, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetLocationElevation
+    {{61669, 20}, TagType::int8u, 0, 0, 0, 0},  // TargetTrackGateWidth
+    {{61689, 21}, TagType::int8u, 0, 0, 0, 0},  // TargetTrackGateHeight
+    {{61710, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetErrorEstimateCE90
+    {{61733, 23}, TagType::int16u, 0, 0, 0, 0},  // TargetErrorEstimateLE90
+    {{61756, 17}, TagType::int8u, 0, 0, 33, 6},  // GenericFlagData01
+    {{61773, 20}, TagType::int16u, 0, 0, 0, 0},  // DifferentialPressure
+    {{61793, 13}, TagType::int16s, 0, 0, 0, 0},  // AngleOfAttack
+    {{61806, 13}, TagType::int16s, 0, 0, 0, 0},  // VerticalSpeed
+    {{61819, 13}, TagType::int16s, 0, 0, 0, 0},  // SideslipAngle
+    {{61832, 26}, TagType::int16u, 0, 0, 0, 0},  // AirfieldBarometricPressure
+    {{61858, 17}, TagType::int16u, 0, 0, 0, 0},  // AirfieldElevation
+    {{61875, 16}, TagType::int8u, 0, 0, 0, 0},  // RelativeHumidity
+    {{51042, 8}, TagType::int8u, 0, 0, 0, 0},  // GPSSpeed
+    {{61891, 11}, TagType::int32u, 0, 0, 0, 0},  // GroundRange
+    {{61902, 13}, TagType::int16u, 0, 0, 0, 0},  // FuelRemaining
+    {{61915, 8}, TagType::string, 0, 0, 0, 0},  // CallSign
+    {{61923, 10}, TagType::int16u, 0, 0, 0, 0},  // WeaponLoad
+    {{61933, 11}, TagType::int8u, 0, 0, 0, 0},  // WeaponFired
+    {{61944, 12}, TagType::int16u, 0, 0, 0, 0},  // LaserPRFCode
+    {{61956, 21}, TagType::int8u, 0, 0, 39, 8},  // SensorFieldOfViewName
+    {{61977, 15}, TagType::int16u, 0, 0, 0, 0},  // MagneticHeading
+    {{61992, 19}, TagType::int8u, 0, 0, 0, 0},  // UAS_LSVersionNumber
+    {{62011, 30}, TagType::string, 0, 0, 0, 0},  // TargetLocationCovarianceMatrix
+    {{62041, 17}, TagType::int32s, 0, 0, 0, 0},  // AlternateLatitude
+    {{62058, 18}, TagType::int32s, 0, 0, 0, 0},  // AlternateLongitude
+    {{62076, 17}, TagType::int16u, 0, 0, 0, 0},  // AlternateAltitude
+    {{62093, 13}, TagType::string, 0, 0, 0, 0},  // AlternateName
+    {{62106, 16}, TagType::int16u, 0, 0, 0, 0},  // AlternateHeading
+    {{62122, 14}, TagType::int64u, 0, 0, 0, 0},  // EventStartTime
+    {{62136, 21}, TagType::int16u, 0, 0, 0, 0},  // SensorEllipsoidHeight
+    {{62157, 24}, TagType::int16u, 0, 0, 0, 0},  // AlternateEllipsoidHeight
+    {{62181, 15}, TagType::int8u, 0, 0, 47, 5},  // OperationalMode
+    {{62196, 31}, TagType::int16u, 0, 0, 0, 0},  // FrameCenterHeightAboveEllipsoid
+    {{62227, 19}, TagType::int16s, 0, 0, 0, 0},  // SensorVelocityNorth
+    {{62246, 18}, TagType::int16s, 0, 0, 0, 0},  // SensorVelocityEast
+    {{62264, 21}, TagType::string, 0, 0, 0, 0},  // ImageHorizonPixelPack
+    {{62285, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude1
+    {{62300, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude1
+    {{62316, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude2
+    {{62331, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude2
+    {{62347, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude3
+    {{62362, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude3
+    {{62378, 15}, TagType::int32s, 0, 0, 0, 0},  // CornerLatitude4
+    {{62393, 16}, TagType::int32s, 0, 0, 0, 0},  // CornerLongitude4
+    {{62409, 14}, TagType::int32s, 0, 0, 0, 0},  // FullPitchAngle
+    {{62423, 13}, TagType::int32s, 0, 0, 0, 0},  // FullRollAngle
+    {{62436, 17}, TagType::int32s, 0, 0, 0, 0},  // FullAngleOfAttack
+    {{62453, 17}, TagType::int32s, 0, 0, 0, 0},  // FullSideslipAngle
+    {{62470, 18}, TagType::string, 0, 0, 0, 0},  // MIISCoreIdentifier
+    {{62488, 19}, TagType::string, 0, 0, 0, 0},  // TargetWidthExtended
+    {{62507, 8}, TagType::string, 0, 0, 0, 0},  // SDCC-FLP
+    {{62515, 23}, TagType::string, 0, 0, 0, 0},  // DensityAltitudeExtended
+    {{62538, 29}, TagType::string, 0, 0, 0, 0},  // SensorEllipsoidHeightExtended
+    {{62567, 32}, TagType::string, 0, 0, 0, 0},  // AlternateEllipsoidHeightExtended
 };
 constexpr detail::TextRef kChoicesMISB[] = {
     {141, 1}, {142, 1}, {2061, 1}, {143, 1}, {2062, 1}, {141, 1}, {142, 1}, {2061, 1}, {143, 1},
@@ -6590,93 +6693,94 @@ constinit detail::StreamTags gTagsMISB("MISB", kText, kTagsMISB, kKeyOrderMISB, 
 
 // MNG: 86 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMNG[] = {
-    {{59567, 15}, TagType::int16u, 0, 3, 0, 0},
-    {{70571, 19}, TagType::int8u, 0, 0, 0, 4},
-    {{70590, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{70607, 16}, TagType::int8u, 0, 0, 4, 2},
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{51117, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{30961, 9}, TagType::int8u, 0, 0, 6, 9},
-    {{1549, 11}, TagType::int8u, 0, 0, 15, 2},
-    {{70623, 6}, TagType::int8u, 0, 0, 17, 1},
-    {{70629, 9}, TagType::int8u, 0, 0, 18, 3},
-    {{70638, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{70647, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{70658, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{70668, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{70679, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{70687, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{70698, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{70708, 9}, TagType::int8u, 0, 0, 21, 8},
-    {{70717, 12}, TagType::int32u, 0, 4, 0, 0},
-    {{70729, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{70737, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{70744, 9}, TagType::int8u, 0, 0, 29, 3},
-    {{70753, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{70762, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{70774, 14}, TagType::int8u, 0, 0, 4, 2},
-    {{70788, 7}, TagType::int32u, 0, 2, 0, 0},
-    {{70795, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{70803, 10}, TagType::int32u, 0, 2, 0, 0},
-    {{70813, 16}, TagType::int32u, 0, 4, 0, 0},
-    {{70829, 9}, TagType::int8u, 0, 0, 29, 3},
-    {{70838, 9}, TagType::int32u, 0, 2, 0, 0},
-    {{70847, 13}, TagType::int32u, 0, 2, 0, 0},
-    {{70860, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{70870, 12}, TagType::string, 0, 0, 0, 0},
-    {{70882, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{70890, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{70903, 16}, TagType::int8u, 0, 0, 15, 2},
-    {{70919, 11}, TagType::int8u, 0, 0, 17, 1},
-    {{70930, 14}, TagType::int8u, 0, 0, 17, 1},
-    {{70944, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{70953, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{70967, 20}, TagType::int8u, 0, 0, 21, 8},
-    {{70987, 15}, TagType::int32u, 0, 2, 0, 0},
-    {{71002, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{71014, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{71028, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{71045, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{71062, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{71077, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{71094, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{71107, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{71119, 7}, TagType::int8u, 0, 0, 32, 6},
-    {{71126, 4}, TagType::int16u, 0, 0, 0, 0},
-    {{71130, 4}, TagType::int16u, 0, 0, 0, 0},
-    {{71134, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{71141, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{71149, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{71155, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{71164, 7}, TagType::int8u, 0, 0, 32, 6},
-    {{71171, 13}, TagType::string, 8, 0, 0, 0},
-    {{71184, 14}, TagType::string, 0, 0, 0, 0},
-    {{71198, 10}, TagType::string, 0, 0, 0, 0},
-    {{71208, 5}, TagType::string, 8, 0, 0, 0},
-    {{71213, 20}, TagType::string, 8, 0, 0, 0},
-    {{71233, 14}, TagType::string, 8, 0, 0, 0},
-    {{71247, 11}, TagType::string, 8, 0, 0, 0},
-    {{71258, 9}, TagType::string, 0, 0, 0, 0},
-    {{71267, 15}, TagType::string, 8, 0, 0, 0},
-    {{71282, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{71295, 15}, TagType::int8u, 0, 0, 4, 2},
-    {{71310, 8}, TagType::int32u, 0, 2, 0, 0},
-    {{71318, 15}, TagType::int8u, 0, 0, 29, 3},
-    {{31675, 11}, TagType::int8u, 0, 0, 38, 5},
-    {{71333, 12}, TagType::int8u, 0, 0, 4, 2},
-    {{71345, 8}, TagType::int32u, 0, 2, 0, 0},
-    {{71353, 14}, TagType::int8u, 0, 0, 4, 2},
-    {{71367, 20}, TagType::int32u, 0, 4, 0, 0},
-    {{71387, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{71399, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{71410, 10}, TagType::int8u, 0, 0, 4, 2},
-    {{71420, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{71428, 17}, TagType::int8u, 0, 0, 0, 4},
-    {{71445, 18}, TagType::int8u, 0, 0, 29, 3},
-    {{59615, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{71463, 12}, TagType::int32u, 0, 0, 0, 0},
+    {{59567, 15}, TagType::int16u, 0, 3, 0, 0},  // BackgroundColor
+    {{70571, 19}, TagType::int8u, 0, 0, 0, 4},  // MandatoryBackground
+    {{70590, 17}, TagType::int16u, 0, 0, 0, 0},  // BackgroundImageID
+    {{70607, 16}, TagType::int8u, 0, 0, 4, 2},  // BackgroundTiling
+    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{51117, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
+    {{30961, 9}, TagType::int8u, 0, 0, 6, 9},  // ColorType
+    {{1549, 11}, TagType::int8u, 0, 0, 15, 2},  // Compression
+    {{70623, 6}, TagType::int8u, 0, 0, 17, 1},  // Filter
+    {{70629, 9}, TagType::int8u, 0, 0, 18, 3},  // Interlace
+    {{70638, 9}, TagType::int32u, 0, 0, 0, 0},  // RedSample
+    {{70647, 11}, TagType::int32u, 0, 0, 0, 0},  // GreenSample
+    {{70658, 10}, TagType::int32u, 0, 0, 0, 0},  // BlueSample
+    {{70668, 11}, TagType::int32u, 0, 0, 0, 0},  // AlphaSample
+    {{70679, 8}, TagType::int8u, 0, 0, 0, 0},  // Viewable
+    {{70687, 11}, TagType::int16u, 0, 0, 0, 0},  // FirstObject
+    {{70698, 10}, TagType::int16u, 0, 0, 0, 0},  // LastObject
+    {{70708, 9}, TagType::int8u, 0, 0, 21, 8},  // DeltaType
+    {{70717, 12}, TagType::int32u, 0, 4, 0, 0},  // ClipBoundary
+    {{70729, 8}, TagType::int16u, 0, 0, 0, 0},  // SourceID
+    {{70737, 7}, TagType::int16u, 0, 0, 0, 0},  // CloneID
+    {{70744, 9}, TagType::int8u, 0, 0, 29, 3},  // CloneType
+    {{70753, 9}, TagType::int8u, 0, 0, 0, 0},  // DoNotShow
+    {{70762, 12}, TagType::int8u, 0, 0, 0, 0},  // ConcreteFlag
+    {{70774, 14}, TagType::int8u, 0, 0, 4, 2},  // LocalDeltaType
+    {{70788, 7}, TagType::int32u, 0, 2, 0, 0},  // DeltaXY
+    {{70795, 8}, TagType::int16u, 0, 0, 0, 0},  // ObjectID
+    {{70803, 10}, TagType::int32u, 0, 2, 0, 0},  // XYLocation
+    {{70813, 16}, TagType::int32u, 0, 4, 0, 0},  // ClippingBoundary
+    {{70829, 9}, TagType::int8u, 0, 0, 29, 3},  // ImageType
+    {{70838, 9}, TagType::int32u, 0, 2, 0, 0},  // BlockSize
+    {{70847, 13}, TagType::int32u, 0, 2, 0, 0},  // BlockLocation
+    {{70860, 10}, TagType::int16u, 0, 0, 0, 0},  // SnapshotID
+    {{70870, 12}, TagType::string, 0, 0, 0, 0},  // SnapshotName
+    {{70882, 8}, TagType::int8u, 0, 0, 0, 0},  // Priority
+    {{70890, 13}, TagType::int8u, 0, 0, 0, 0},  // AlphaBitDepth
+    {{70903, 16}, TagType::int8u, 0, 0, 15, 2},  // AlphaCompression
+    {{70919, 11}, TagType::int8u, 0, 0, 17, 1},  // AlphaFilter
+    {{70930, 14}, TagType::int8u, 0, 0, 17, 1},  // AlphaInterlace
+    {{70944, 9}, TagType::int8u, 0, 0, 0, 0},  // NestLevel
+    {{70953, 14}, TagType::int32u, 0, 0, 0, 0},  // IterationCount
+    {{70967, 20}, TagType::int8u, 0, 0, 21, 8},  // TerminationCondition
+    {{70987, 15}, TagType::int32u, 0, 2, 0, 0},  // IterationMinMax
+    {{71002, 12}, TagType::int32u, 0, 0, 0, 0},  // SignalNumber
+    {{71014, 14}, TagType::int32u, 0, 0, 0, 0},  // TicksPerSecond
+    {{71028, 17}, TagType::int32u, 0, 0, 0, 0},  // NominalLayerCount
+    {{71045, 17}, TagType::int32u, 0, 0, 0, 0},  // NominalFrameCount
+    {{71062, 15}, TagType::int32u, 0, 0, 0, 0},  // NominalPlayTime
+    {{71077, 17}, TagType::int32u, 0, 0, 0, 0},  // SimplicityProfile
+    {{71094, 13}, TagType::int16u, 0, 0, 0, 0},  // FirstObjectID
+    {{71107, 12}, TagType::int16u, 0, 0, 0, 0},  // LastObjectID
+    {{71119, 7}, TagType::int8u, 0, 0, 32, 6},  // XMethod
+    {{71126, 4}, TagType::int16u, 0, 0, 0, 0},  // XMag
+    {{71130, 4}, TagType::int16u, 0, 0, 0, 0},  // YMag
+    {{71134, 7}, TagType::int16u, 0, 0, 0, 0},  // LeftMag
+    {{71141, 8}, TagType::int16u, 0, 0, 0, 0},  // RightMag
+    {{71149, 6}, TagType::int16u, 0, 0, 0, 0},  // TopMag
+    {{71155, 9}, TagType::int16u, 0, 0, 0, 0},  // BottomMag
+    {{71164, 7}, TagType::int8u, 0, 0, 32, 6},  // YMethod
+    {{71171, 13}, TagType::string, 8, 0, 0, 0},  // DropByKeyword
+    {{71184, 14}, TagType::string, 0, 0, 0, 0},  // DiscardObjects
+    {{71198, 10}, TagType::string, 0, 0, 0, 0},  // DropChunks
+    {{71208, 5}, TagType::string, 8, 0, 0, 0},  // Frame
+    {{71213, 20}, TagType::string, 8, 0, 0, 0},  // OrderingRestrictions
+    {{71233, 14}, TagType::string, 8, 0, 0, 0},  // PartialPalette
+    {{71247, 11}, TagType::string, 8, 0, 0, 0},  // SaveObjects
+    {{71258, 9}, TagType::string, 0, 0, 0, 0},  // SeekPoint
+    {{71267, 15}, TagType::string, 8, 0, 0, 0},  // ResourcesNeeded
+    {{71282, 13}, TagType::int16u, 0, 0, 0, 0},  // DestinationID
+    {{71295, 15}, TagType::int8u, 0, 0, 4, 2},  // TargetDeltaType
+    {{71310, 8}, TagType::int32u, 0, 2, 0, 0},  // TargetXY
+    {{71318, 15}, TagType::int8u, 0, 0, 29, 3},  // CompositionMode
+    {{31675, 11}, TagType::int8u, 0, 0, 38, 5},  // Orientation
+    {{71333, 12}, TagType::int8u, 0, 0, 4, 2},  // OffsetOrigin
+    {{71345, 8}, TagType::int32u, 0, 2, 0, 0},  // OffsetXY
+    {{71353, 14}, TagType::int8u, 0, 0, 4, 2},  // BoundaryOrigin
+    {{71367, 20}, TagType::int32u, 0, 4, 0, 0},  // PastClippingBoundary
+    {{71387, 12}, TagType::int8u, 0, 0, 0, 0},  // NewColorType
+    {{71399, 11}, TagType::int8u, 0, 0, 0, 0},  // NewBitDepth
+    {{71410, 10}, TagType::int8u, 0, 0, 4, 2},  // FillMethod
+    {{71420, 8}, TagType::int8u, 0, 0, 0, 0},  // ShowMode
+    {{71428, 17}, TagType::int8u, 0, 0, 0, 4},  // TerminationAction
+    {{71445, 18}, TagType::int8u, 0, 0, 29, 3},  // IterationEndAction
+    {{59615, 5}, TagType::int32u, 0, 0, 0, 0},  // Delay
+    {{71463, 12}, TagType::int32u, 0, 0, 0, 0},  // IterationMax
 };
 constexpr detail::TextRef kChoicesMNG[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {702, 1}, {141, 1}, {702, 1}, {9944, 2}, {2067, 2},
@@ -6954,14 +7058,15 @@ constinit detail::StreamTags gTagsMNG("MNG", kText, kTagsMNG, kKeyOrderMNG, kCho
 
 // MOI: 7 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMOI[] = {
-    {{77058, 10}, TagType::string, 0, 2, 0, 0},
-    {{9830, 16}, TagType::string, 0, 8, 0, 0},
-    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{77068, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{77079, 10}, TagType::int16u, 0, 0, 0, 2},
-    {{46065, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{77089, 12}, TagType::int16u, 0, 0, 0, 0},
+    {{77058, 10}, TagType::string, 0, 2, 0, 0},  // MOIVersion
+    {{9830, 16}, TagType::string, 0, 8, 0, 0},  // DateTimeOriginal
+    {{9873, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
+    {{77068, 11}, TagType::int8u, 0, 0, 0, 0},  // AspectRatio
+    {{77079, 10}, TagType::int16u, 0, 0, 0, 2},  // AudioCodec
+    {{46065, 12}, TagType::int8u, 0, 0, 0, 0},  // AudioBitrate
+    {{77089, 12}, TagType::int16u, 0, 0, 0, 0},  // VideoBitrate
 };
 constexpr detail::TextRef kChoicesMOI[] = {
     {77101, 3}, {77104, 5},
@@ -7013,18 +7118,19 @@ constinit detail::StreamTags gTagsMOI("MOI", kText, kTagsMOI, kKeyOrderMOI, kCho
 
 // MPC: 11 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPC[] = {
-    {{77373, 11}, TagType::string, 0, 0, 0, 0},
-    {{50597, 10}, TagType::string, 0, 0, 0, 4},
-    {{679, 7}, TagType::string, 0, 0, 4, 12},
-    {{77384, 7}, TagType::string, 0, 0, 0, 0},
-    {{77391, 19}, TagType::string, 0, 0, 0, 0},
-    {{77410, 19}, TagType::string, 0, 0, 0, 0},
-    {{77429, 19}, TagType::string, 0, 0, 0, 0},
-    {{77448, 19}, TagType::string, 0, 0, 0, 0},
-    {{77467, 8}, TagType::string, 0, 0, 16, 2},
-    {{77475, 7}, TagType::string, 0, 0, 16, 2},
-    {{77482, 14}, TagType::string, 0, 0, 0, 0},
+    {{77373, 11}, TagType::string, 0, 0, 0, 0},  // TotalFrames
+    {{50597, 10}, TagType::string, 0, 0, 0, 4},  // SampleRate
+    {{679, 7}, TagType::string, 0, 0, 4, 12},  // Quality
+    {{77384, 7}, TagType::string, 0, 0, 0, 0},  // MaxBand
+    {{77391, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackPeak
+    {{77410, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackGain
+    {{77429, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumPeak
+    {{77448, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumGain
+    {{77467, 8}, TagType::string, 0, 0, 16, 2},  // FastSeek
+    {{77475, 7}, TagType::string, 0, 0, 16, 2},  // Gapless
+    {{77482, 14}, TagType::string, 0, 0, 0, 0},  // EncoderVersion
 };
 constexpr detail::TextRef kChoicesMPC[] = {
     {702, 1}, {141, 1}, {142, 1}, {2061, 1}, {141, 1}, {2062, 1}, {2063, 1}, {2113, 1}, {144, 1},
@@ -7117,33 +7223,34 @@ constinit detail::StreamTags gTagsMPC("MPC", kText, kTagsMPC, kKeyOrderMPC, kCho
 
 // MPEG: 26 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPEG[] = {
-    {{78328, 16}, TagType::string, 0, 0, 0, 3},
-    {{78344, 10}, TagType::string, 0, 0, 3, 3},
-    {{46065, 12}, TagType::string, 0, 0, 0, 0},
-    {{50597, 10}, TagType::string, 0, 0, 6, 3},
-    {{78354, 11}, TagType::string, 0, 0, 9, 4},
-    {{78365, 8}, TagType::string, 0, 0, 13, 2},
-    {{78373, 13}, TagType::string, 0, 0, 9, 4},
-    {{78386, 15}, TagType::string, 0, 0, 13, 2},
-    {{78401, 13}, TagType::string, 0, 0, 13, 2},
-    {{78414, 13}, TagType::string, 0, 0, 13, 2},
-    {{78427, 8}, TagType::string, 0, 0, 9, 4},
-    {{78435, 10}, TagType::int8u, 0, 0, 15, 8},
-    {{78445, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{78462, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{78473, 14}, TagType::int8u, 0, 0, 23, 7},
-    {{1505, 10}, TagType::string, 0, 0, 0, 0},
-    {{1494, 11}, TagType::string, 0, 0, 0, 0},
-    {{77068, 11}, TagType::string, 0, 0, 30, 14},
-    {{78487, 9}, TagType::string, 0, 0, 0, 0},
-    {{77089, 12}, TagType::string, 0, 0, 0, 0},
-    {{78496, 9}, TagType::string, 0, 0, 0, 0},
-    {{78505, 8}, TagType::string, 0, 0, 0, 0},
-    {{78513, 8}, TagType::string, 0, 0, 0, 0},
-    {{78521, 7}, TagType::string, 0, 0, 0, 0},
-    {{78528, 14}, TagType::string, 0, 0, 0, 0},
-    {{78542, 11}, TagType::string, 0, 0, 0, 0},
+    {{78328, 16}, TagType::string, 0, 0, 0, 3},  // MPEGAudioVersion
+    {{78344, 10}, TagType::string, 0, 0, 3, 3},  // AudioLayer
+    {{46065, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{50597, 10}, TagType::string, 0, 0, 6, 3},  // SampleRate
+    {{78354, 11}, TagType::string, 0, 0, 9, 4},  // ChannelMode
+    {{78365, 8}, TagType::string, 0, 0, 13, 2},  // MSStereo
+    {{78373, 13}, TagType::string, 0, 0, 9, 4},  // ModeExtension
+    {{78386, 15}, TagType::string, 0, 0, 13, 2},  // IntensityStereo
+    {{78401, 13}, TagType::string, 0, 0, 13, 2},  // CopyrightFlag
+    {{78414, 13}, TagType::string, 0, 0, 13, 2},  // OriginalMedia
+    {{78427, 8}, TagType::string, 0, 0, 9, 4},  // Emphasis
+    {{78435, 10}, TagType::int8u, 0, 0, 15, 8},  // LameMethod
+    {{78445, 17}, TagType::int8u, 0, 0, 0, 0},  // LameLowPassFilter
+    {{78462, 11}, TagType::int8u, 0, 0, 0, 0},  // LameBitrate
+    {{78473, 14}, TagType::int8u, 0, 0, 23, 7},  // LameStereoMode
+    {{1505, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
+    {{1494, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{77068, 11}, TagType::string, 0, 0, 30, 14},  // AspectRatio
+    {{78487, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{77089, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
+    {{78496, 9}, TagType::string, 0, 0, 0, 0},  // VBRFrames
+    {{78505, 8}, TagType::string, 0, 0, 0, 0},  // VBRBytes
+    {{78513, 8}, TagType::string, 0, 0, 0, 0},  // VBRScale
+    {{78521, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
+    {{78528, 14}, TagType::string, 0, 0, 0, 0},  // LameVBRQuality
+    {{78542, 11}, TagType::string, 0, 0, 0, 0},  // LameQuality
 };
 constexpr detail::TextRef kChoicesMPEG[] = {
     {702, 1}, {142, 1}, {2061, 1}, {141, 1}, {142, 1}, {2061, 1}, {702, 1}, {141, 1}, {142, 1},
@@ -7326,32 +7433,33 @@ constinit detail::StreamTags gTagsMPEG("MPEG", kText, kTagsMPEG, kKeyOrderMPEG, 
 
 // MPF: 25 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMPF[] = {
-    {{81227, 12}, TagType::int32u, 0, 0, 0, 3},
-    {{81239, 13}, TagType::int32u, 0, 0, 3, 1},
-    {{81252, 11}, TagType::int32u, 0, 0, 4, 8},
-    {{81263, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{81276, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{81288, 26}, TagType::int16u, 0, 0, 0, 0},
-    {{81314, 26}, TagType::int16u, 0, 0, 0, 0},
-    {{81340, 10}, TagType::string, 0, 0, 0, 0},
-    {{81350, 14}, TagType::string, 0, 0, 0, 0},
-    {{81364, 12}, TagType::string, 8, 0, 0, 0},
-    {{77373, 11}, TagType::string, 0, 0, 0, 0},
-    {{81376, 15}, TagType::string, 0, 0, 0, 0},
-    {{81391, 14}, TagType::string, 0, 0, 12, 13},
-    {{81405, 11}, TagType::string, 0, 0, 0, 0},
-    {{81416, 11}, TagType::string, 0, 0, 0, 0},
-    {{81427, 16}, TagType::string, 0, 0, 0, 0},
-    {{81443, 16}, TagType::string, 0, 0, 0, 0},
-    {{81459, 14}, TagType::string, 0, 0, 0, 0},
-    {{81473, 18}, TagType::string, 0, 0, 0, 0},
-    {{81491, 13}, TagType::string, 0, 0, 0, 0},
-    {{81504, 13}, TagType::string, 0, 0, 0, 0},
-    {{81517, 13}, TagType::string, 0, 0, 0, 0},
-    {{81530, 8}, TagType::string, 0, 0, 0, 0},
-    {{61062, 10}, TagType::string, 0, 0, 0, 0},
-    {{61072, 9}, TagType::string, 0, 0, 0, 0},
+    {{81227, 12}, TagType::int32u, 0, 0, 0, 3},  // MPImageFlags
+    {{81239, 13}, TagType::int32u, 0, 0, 3, 1},  // MPImageFormat
+    {{81252, 11}, TagType::int32u, 0, 0, 4, 8},  // MPImageType
+    {{81263, 13}, TagType::int32u, 0, 0, 0, 0},  // MPImageLength
+    {{81276, 12}, TagType::int32u, 0, 0, 0, 0},  // MPImageStart
+    {{81288, 26}, TagType::int16u, 0, 0, 0, 0},  // DependentImage1EntryNumber
+    {{81314, 26}, TagType::int16u, 0, 0, 0, 0},  // DependentImage2EntryNumber
+    {{81340, 10}, TagType::string, 0, 0, 0, 0},  // MPFVersion
+    {{81350, 14}, TagType::string, 0, 0, 0, 0},  // NumberOfImages
+    {{81364, 12}, TagType::string, 8, 0, 0, 0},  // ImageUIDList
+    {{77373, 11}, TagType::string, 0, 0, 0, 0},  // TotalFrames
+    {{81376, 15}, TagType::string, 0, 0, 0, 0},  // MPIndividualNum
+    {{81391, 14}, TagType::string, 0, 0, 12, 13},  // PanOrientation
+    {{81405, 11}, TagType::string, 0, 0, 0, 0},  // PanOverlapH
+    {{81416, 11}, TagType::string, 0, 0, 0, 0},  // PanOverlapV
+    {{81427, 16}, TagType::string, 0, 0, 0, 0},  // BaseViewpointNum
+    {{81443, 16}, TagType::string, 0, 0, 0, 0},  // ConvergenceAngle
+    {{81459, 14}, TagType::string, 0, 0, 0, 0},  // BaselineLength
+    {{81473, 18}, TagType::string, 0, 0, 0, 0},  // VerticalDivergence
+    {{81491, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceX
+    {{81504, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceY
+    {{81517, 13}, TagType::string, 0, 0, 0, 0},  // AxisDistanceZ
+    {{81530, 8}, TagType::string, 0, 0, 0, 0},  // YawAngle
+    {{61062, 10}, TagType::string, 0, 0, 0, 0},  // PitchAngle
+    {{61072, 9}, TagType::string, 0, 0, 0, 0},  // RollAngle
 };
 constexpr detail::TextRef kChoicesMPF[] = {
     {143, 1}, {144, 1}, {2075, 2}, {702, 1}, {702, 1}, {81538, 5}, {81543, 5}, {81548, 6},
@@ -7465,1304 +7573,1305 @@ constinit detail::StreamTags gTagsMPF("MPF", kText, kTagsMPF, kKeyOrderMPF, kCho
 
 // MXF: 1297 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMXF[] = {
-    {{83984, 10}, TagType::int16u, 0, 2, 0, 0},
-    {{83994, 14}, TagType::int64u, 0, 0, 0, 0},
-    {{84008, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{84018, 14}, TagType::string, 0, 0, 0, 0},
-    {{84032, 4}, TagType::string, 0, 0, 0, 0},
-    {{84036, 3}, TagType::string, 0, 0, 0, 0},
-    {{84039, 4}, TagType::string, 0, 0, 0, 0},
-    {{84043, 4}, TagType::string, 0, 0, 0, 0},
-    {{84047, 4}, TagType::string, 0, 0, 0, 0},
-    {{84051, 4}, TagType::string, 0, 0, 0, 0},
-    {{84055, 4}, TagType::string, 0, 0, 0, 0},
-    {{84059, 4}, TagType::string, 0, 0, 0, 0},
-    {{84063, 4}, TagType::string, 0, 0, 0, 0},
-    {{84067, 4}, TagType::string, 0, 0, 0, 0},
-    {{84071, 4}, TagType::string, 0, 0, 0, 0},
-    {{84075, 4}, TagType::string, 0, 0, 0, 0},
-    {{84079, 4}, TagType::string, 0, 0, 0, 0},
-    {{84083, 4}, TagType::string, 0, 0, 0, 0},
-    {{84087, 4}, TagType::string, 0, 0, 0, 0},
-    {{84091, 4}, TagType::string, 0, 0, 0, 0},
-    {{84095, 3}, TagType::string, 0, 0, 0, 0},
-    {{84098, 3}, TagType::string, 0, 0, 0, 0},
-    {{84101, 11}, TagType::string, 0, 0, 0, 0},
-    {{84112, 9}, TagType::string, 0, 0, 0, 0},
-    {{84121, 17}, TagType::string, 0, 0, 0, 0},
-    {{84138, 11}, TagType::string, 0, 0, 0, 0},
-    {{84149, 18}, TagType::string, 0, 0, 0, 0},
-    {{2023, 3}, TagType::string, 0, 0, 0, 0},
-    {{84167, 4}, TagType::string, 0, 0, 0, 0},
-    {{84171, 3}, TagType::string, 0, 0, 0, 0},
-    {{84174, 14}, TagType::string, 0, 0, 0, 0},
-    {{84188, 9}, TagType::string, 0, 0, 0, 0},
-    {{84197, 6}, TagType::string, 0, 0, 0, 0},
-    {{84203, 25}, TagType::string, 0, 0, 0, 0},
-    {{84228, 9}, TagType::string, 0, 0, 0, 0},
-    {{84237, 16}, TagType::string, 0, 0, 0, 0},
-    {{84253, 15}, TagType::string, 0, 0, 0, 0},
-    {{84268, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{84272, 11}, TagType::string, 0, 0, 0, 0},
-    {{84283, 13}, TagType::string, 0, 0, 0, 0},
-    {{84296, 8}, TagType::string, 0, 0, 0, 0},
-    {{84304, 9}, TagType::string, 0, 0, 0, 0},
-    {{84313, 7}, TagType::string, 0, 0, 0, 0},
-    {{84320, 9}, TagType::string, 0, 0, 0, 0},
-    {{84329, 7}, TagType::string, 0, 0, 0, 0},
-    {{84336, 8}, TagType::string, 0, 0, 0, 0},
-    {{84344, 8}, TagType::string, 0, 0, 0, 0},
-    {{84352, 16}, TagType::string, 0, 0, 0, 0},
-    {{84368, 9}, TagType::string, 0, 0, 0, 0},
-    {{84377, 9}, TagType::string, 0, 0, 0, 0},
-    {{84386, 14}, TagType::string, 0, 0, 0, 0},
-    {{84400, 12}, TagType::string, 0, 0, 0, 0},
-    {{84412, 13}, TagType::string, 0, 0, 0, 0},
-    {{84425, 11}, TagType::string, 0, 0, 0, 0},
-    {{84436, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{84446, 18}, TagType::string, 0, 0, 0, 0},
-    {{84464, 8}, TagType::string, 0, 0, 0, 0},
-    {{84472, 18}, TagType::string, 0, 0, 0, 0},
-    {{84490, 20}, TagType::string, 0, 0, 0, 0},
-    {{84510, 20}, TagType::string, 0, 0, 0, 0},
-    {{84530, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{84547, 15}, TagType::string, 0, 0, 0, 0},
-    {{84562, 18}, TagType::string, 0, 0, 0, 0},
-    {{84580, 31}, TagType::string, 0, 0, 0, 0},
-    {{84611, 26}, TagType::string, 0, 0, 0, 0},
-    {{84637, 12}, TagType::string, 0, 0, 0, 0},
-    {{84649, 25}, TagType::string, 0, 0, 0, 0},
-    {{84674, 19}, TagType::string, 0, 0, 0, 0},
-    {{84693, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{84708, 25}, TagType::string, 0, 0, 0, 0},
-    {{84733, 12}, TagType::string, 0, 0, 0, 0},
-    {{84745, 25}, TagType::string, 0, 0, 0, 0},
-    {{84770, 24}, TagType::string, 0, 0, 0, 0},
-    {{84794, 17}, TagType::string, 0, 0, 0, 0},
-    {{84811, 9}, TagType::string, 0, 0, 0, 0},
-    {{84820, 8}, TagType::string, 0, 0, 0, 0},
-    {{84828, 8}, TagType::string, 0, 0, 0, 0},
-    {{84836, 17}, TagType::string, 0, 0, 0, 0},
-    {{84853, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{84871, 25}, TagType::string, 0, 0, 0, 0},
-    {{84896, 16}, TagType::string, 0, 0, 0, 0},
-    {{84912, 19}, TagType::string, 0, 0, 0, 0},
-    {{84931, 15}, TagType::string, 0, 0, 0, 0},
-    {{84946, 18}, TagType::string, 0, 0, 0, 0},
-    {{84964, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{84983, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{85003, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{85017, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{85030, 19}, TagType::string, 0, 0, 0, 0},
-    {{85049, 18}, TagType::string, 0, 0, 0, 0},
-    {{85067, 29}, TagType::string, 0, 0, 0, 0},
-    {{85096, 16}, TagType::string, 0, 0, 0, 0},
-    {{85112, 26}, TagType::string, 0, 0, 0, 0},
-    {{85138, 23}, TagType::string, 0, 0, 0, 0},
-    {{85161, 15}, TagType::string, 0, 0, 0, 0},
-    {{85176, 8}, TagType::string, 0, 0, 0, 0},
-    {{85184, 11}, TagType::string, 0, 0, 0, 0},
-    {{85195, 21}, TagType::string, 0, 0, 0, 0},
-    {{85216, 10}, TagType::string, 0, 0, 0, 0},
-    {{85226, 14}, TagType::string, 0, 0, 0, 0},
-    {{85240, 15}, TagType::string, 0, 0, 0, 0},
-    {{85255, 14}, TagType::string, 0, 0, 0, 0},
-    {{85269, 8}, TagType::string, 0, 0, 0, 0},
-    {{85277, 17}, TagType::string, 0, 0, 0, 0},
-    {{85294, 20}, TagType::string, 0, 0, 0, 0},
-    {{85314, 29}, TagType::string, 0, 0, 0, 0},
-    {{85343, 18}, TagType::string, 0, 0, 0, 0},
-    {{85361, 20}, TagType::string, 0, 0, 0, 0},
-    {{85381, 30}, TagType::int8u, 0, 0, 0, 0},
-    {{85411, 9}, TagType::string, 0, 0, 0, 2},
-    {{85420, 19}, TagType::string, 0, 0, 0, 0},
-    {{85439, 16}, TagType::string, 0, 0, 0, 0},
-    {{85455, 14}, TagType::string, 0, 0, 0, 0},
-    {{85469, 15}, TagType::string, 0, 0, 0, 0},
-    {{85484, 16}, TagType::string, 0, 0, 0, 0},
-    {{85500, 12}, TagType::string, 0, 0, 0, 0},
-    {{85512, 19}, TagType::string, 0, 0, 0, 0},
-    {{85531, 11}, TagType::string, 0, 0, 0, 0},
-    {{85542, 5}, TagType::string, 0, 0, 0, 0},
-    {{85547, 14}, TagType::string, 0, 0, 0, 0},
-    {{85561, 17}, TagType::string, 0, 0, 0, 0},
-    {{85578, 13}, TagType::string, 0, 0, 0, 0},
-    {{85591, 5}, TagType::string, 0, 0, 0, 0},
-    {{85596, 21}, TagType::string, 0, 0, 0, 0},
-    {{50743, 8}, TagType::string, 0, 0, 0, 0},
-    {{85617, 9}, TagType::string, 0, 0, 0, 0},
-    {{85626, 9}, TagType::string, 0, 0, 0, 0},
-    {{85635, 7}, TagType::string, 0, 0, 0, 0},
-    {{85642, 8}, TagType::string, 0, 0, 0, 0},
-    {{85650, 7}, TagType::string, 0, 0, 0, 0},
-    {{24953, 11}, TagType::string, 0, 0, 0, 0},
-    {{85657, 15}, TagType::string, 0, 0, 0, 0},
-    {{85672, 16}, TagType::string, 0, 0, 0, 0},
-    {{85688, 11}, TagType::string, 0, 0, 0, 0},
-    {{85699, 19}, TagType::string, 0, 0, 0, 0},
-    {{85718, 16}, TagType::string, 0, 0, 0, 0},
-    {{85734, 10}, TagType::string, 0, 0, 0, 0},
-    {{85744, 12}, TagType::string, 0, 0, 0, 0},
-    {{85756, 13}, TagType::string, 0, 0, 0, 0},
-    {{85769, 14}, TagType::string, 0, 0, 0, 0},
-    {{85783, 15}, TagType::string, 0, 0, 0, 0},
-    {{85798, 14}, TagType::string, 0, 0, 0, 0},
-    {{85812, 11}, TagType::string, 0, 0, 0, 0},
-    {{85823, 20}, TagType::string, 0, 0, 0, 0},
-    {{85843, 16}, TagType::string, 0, 0, 0, 0},
-    {{85859, 17}, TagType::string, 0, 0, 0, 0},
-    {{85876, 17}, TagType::string, 0, 0, 0, 0},
-    {{85893, 15}, TagType::string, 0, 0, 0, 0},
-    {{85908, 19}, TagType::string, 0, 0, 0, 0},
-    {{85927, 23}, TagType::rational64s, 0, 0, 0, 0},
-    {{85950, 18}, TagType::string, 0, 0, 0, 0},
-    {{85968, 20}, TagType::string, 0, 0, 0, 0},
-    {{85988, 12}, TagType::string, 0, 0, 0, 0},
-    {{86000, 15}, TagType::string, 0, 0, 0, 0},
-    {{86015, 14}, TagType::string, 0, 0, 0, 0},
-    {{86029, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{86043, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{78487, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{86052, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{86063, 21}, TagType::string, 0, 0, 0, 0},
-    {{86084, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{86102, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{86121, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{86133, 13}, TagType::int32s, 0, 0, 0, 0},
-    {{86146, 21}, TagType::string, 0, 0, 0, 0},
-    {{86167, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{86186, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{86206, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{86225, 21}, TagType::string, 0, 0, 0, 0},
-    {{86246, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{86267, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{86278, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{86291, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{86303, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{86317, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{86331, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{86344, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{86356, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{86370, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{86384, 13}, TagType::string, 0, 0, 0, 0},
-    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{86397, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{86409, 18}, TagType::string, 0, 0, 0, 0},
-    {{86427, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{86446, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{86465, 18}, TagType::string, 0, 0, 0, 0},
-    {{86483, 16}, TagType::string, 0, 0, 0, 0},
-    {{86499, 22}, TagType::string, 0, 0, 0, 0},
-    {{86521, 29}, TagType::int8u, 0, 0, 0, 0},
-    {{86550, 20}, TagType::string, 0, 0, 0, 0},
-    {{86570, 21}, TagType::string, 0, 0, 0, 0},
-    {{86591, 18}, TagType::string, 0, 0, 0, 0},
-    {{86609, 15}, TagType::float_, 0, 0, 0, 0},
-    {{86624, 17}, TagType::string, 0, 0, 0, 0},
-    {{86641, 14}, TagType::float_, 0, 0, 0, 0},
-    {{86655, 25}, TagType::int8u, 0, 0, 0, 0},
-    {{86680, 16}, TagType::string, 0, 0, 0, 0},
-    {{86696, 19}, TagType::string, 0, 0, 0, 0},
-    {{86715, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{86736, 23}, TagType::int8u, 0, 0, 0, 0},
-    {{86759, 12}, TagType::string, 0, 0, 0, 0},
-    {{46090, 15}, TagType::float_, 0, 0, 0, 0},
-    {{86771, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{86784, 11}, TagType::string, 0, 0, 0, 0},
-    {{86795, 6}, TagType::string, 0, 0, 0, 0},
-    {{86801, 12}, TagType::string, 0, 0, 0, 0},
-    {{86813, 13}, TagType::string, 0, 0, 0, 0},
-    {{86826, 20}, TagType::float_, 0, 0, 0, 0},
-    {{86846, 9}, TagType::string, 0, 0, 0, 0},
-    {{86855, 20}, TagType::string, 0, 0, 0, 0},
-    {{86875, 12}, TagType::string, 0, 0, 0, 0},
-    {{86887, 16}, TagType::float_, 0, 0, 0, 0},
-    {{86903, 20}, TagType::string, 0, 0, 0, 0},
-    {{86923, 11}, TagType::string, 0, 0, 0, 0},
-    {{86934, 9}, TagType::string, 0, 0, 0, 0},
-    {{86943, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{86961, 21}, TagType::string, 0, 0, 0, 0},
-    {{86982, 22}, TagType::string, 0, 0, 0, 0},
-    {{87004, 36}, TagType::string, 0, 0, 0, 0},
-    {{50597, 10}, TagType::rational64s, 0, 0, 0, 0},
-    {{87040, 13}, TagType::string, 0, 0, 0, 0},
-    {{87053, 16}, TagType::string, 0, 0, 0, 0},
-    {{87069, 14}, TagType::string, 0, 0, 0, 0},
-    {{87083, 14}, TagType::string, 0, 0, 0, 0},
-    {{87097, 13}, TagType::string, 0, 0, 0, 0},
-    {{87110, 25}, TagType::string, 0, 0, 0, 0},
-    {{87135, 19}, TagType::string, 0, 0, 0, 0},
-    {{87154, 19}, TagType::string, 0, 0, 0, 0},
-    {{87173, 13}, TagType::string, 0, 0, 0, 0},
-    {{87186, 21}, TagType::string, 0, 0, 0, 0},
-    {{87207, 24}, TagType::string, 0, 0, 0, 0},
-    {{87231, 17}, TagType::float_, 0, 0, 0, 0},
-    {{87248, 10}, TagType::string, 0, 0, 0, 0},
-    {{87258, 19}, TagType::string, 0, 0, 0, 0},
-    {{87277, 21}, TagType::string, 0, 0, 0, 0},
-    {{87298, 15}, TagType::string, 0, 0, 0, 0},
-    {{87313, 11}, TagType::string, 0, 0, 0, 0},
-    {{87324, 20}, TagType::string, 0, 0, 0, 0},
-    {{87344, 26}, TagType::string, 0, 0, 0, 0},
-    {{87370, 29}, TagType::string, 0, 0, 0, 0},
-    {{87399, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{87418, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{87427, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{87437, 20}, TagType::string, 0, 0, 0, 0},
-    {{87457, 32}, TagType::string, 0, 0, 0, 0},
-    {{87489, 16}, TagType::string, 0, 0, 0, 0},
-    {{87505, 25}, TagType::string, 0, 0, 0, 0},
-    {{87530, 28}, TagType::string, 0, 0, 0, 0},
-    {{87558, 28}, TagType::string, 0, 0, 0, 0},
-    {{87586, 36}, TagType::string, 0, 0, 0, 0},
-    {{87622, 15}, TagType::string, 0, 0, 0, 0},
-    {{87637, 24}, TagType::string, 0, 0, 0, 0},
-    {{87661, 27}, TagType::string, 0, 0, 0, 0},
-    {{87688, 41}, TagType::string, 0, 0, 0, 0},
-    {{87729, 25}, TagType::string, 0, 0, 0, 0},
-    {{87754, 15}, TagType::string, 0, 0, 0, 0},
-    {{87769, 20}, TagType::string, 0, 0, 0, 0},
-    {{87789, 27}, TagType::string, 0, 0, 0, 0},
-    {{87816, 40}, TagType::string, 0, 0, 0, 0},
-    {{87856, 14}, TagType::string, 0, 0, 0, 0},
-    {{87870, 23}, TagType::string, 0, 0, 0, 0},
-    {{87893, 26}, TagType::string, 0, 0, 0, 0},
-    {{87919, 15}, TagType::string, 0, 0, 0, 0},
-    {{87934, 11}, TagType::string, 0, 0, 0, 0},
-    {{87945, 11}, TagType::string, 0, 0, 0, 0},
-    {{87956, 12}, TagType::string, 0, 0, 0, 0},
-    {{87968, 21}, TagType::string, 0, 0, 0, 0},
-    {{87989, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{88006, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{88012, 25}, TagType::string, 0, 0, 0, 0},
-    {{88037, 24}, TagType::string, 0, 0, 0, 0},
-    {{88061, 33}, TagType::string, 0, 0, 0, 0},
-    {{88094, 24}, TagType::string, 0, 0, 0, 0},
-    {{88118, 31}, TagType::string, 0, 0, 0, 0},
-    {{88149, 28}, TagType::string, 0, 0, 0, 0},
-    {{88177, 34}, TagType::string, 0, 0, 0, 0},
-    {{88211, 18}, TagType::string, 0, 0, 0, 0},
-    {{88229, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{88247, 32}, TagType::int32s, 0, 0, 0, 0},
-    {{88279, 30}, TagType::string, 0, 0, 0, 0},
-    {{61133, 21}, TagType::string, 0, 0, 0, 0},
-    {{88309, 12}, TagType::string, 0, 0, 0, 0},
-    {{88321, 34}, TagType::float_, 0, 0, 0, 0},
-    {{88355, 32}, TagType::float_, 0, 0, 0, 0},
-    {{88387, 14}, TagType::float_, 0, 0, 0, 0},
-    {{88401, 14}, TagType::float_, 0, 0, 0, 0},
-    {{88415, 15}, TagType::float_, 0, 0, 0, 0},
-    {{88430, 16}, TagType::float_, 0, 0, 0, 0},
-    {{88446, 16}, TagType::float_, 0, 0, 0, 0},
-    {{88462, 23}, TagType::float_, 0, 0, 0, 0},
-    {{61292, 19}, TagType::string, 0, 0, 0, 0},
-    {{61311, 20}, TagType::string, 0, 0, 0, 0},
-    {{88485, 28}, TagType::string, 0, 0, 0, 0},
-    {{88513, 34}, TagType::float_, 0, 0, 0, 0},
-    {{88547, 32}, TagType::float_, 0, 0, 0, 0},
-    {{88579, 23}, TagType::float_, 0, 0, 0, 0},
-    {{88602, 23}, TagType::float_, 0, 0, 0, 0},
-    {{88625, 23}, TagType::float_, 0, 0, 0, 0},
-    {{88648, 33}, TagType::float_, 0, 0, 0, 0},
-    {{88681, 38}, TagType::int16s, 0, 0, 0, 0},
-    {{88719, 38}, TagType::int16s, 0, 0, 0, 0},
-    {{88757, 28}, TagType::int16s, 0, 0, 0, 0},
-    {{88785, 28}, TagType::int16s, 0, 0, 0, 0},
-    {{88813, 30}, TagType::int16s, 0, 0, 0, 0},
-    {{88843, 30}, TagType::int16s, 0, 0, 0, 0},
-    {{88873, 19}, TagType::float_, 0, 0, 0, 0},
-    {{88892, 21}, TagType::float_, 0, 0, 0, 0},
-    {{88913, 20}, TagType::float_, 0, 0, 0, 0},
-    {{88933, 22}, TagType::float_, 0, 0, 0, 0},
-    {{88955, 19}, TagType::float_, 0, 0, 0, 0},
-    {{88974, 21}, TagType::float_, 0, 0, 0, 0},
-    {{88995, 20}, TagType::float_, 0, 0, 0, 0},
-    {{89015, 22}, TagType::float_, 0, 0, 0, 0},
-    {{61271, 10}, TagType::float_, 0, 0, 0, 0},
-    {{61281, 11}, TagType::float_, 0, 0, 0, 0},
-    {{89037, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{89051, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{89064, 15}, TagType::float_, 0, 0, 0, 0},
-    {{89079, 12}, TagType::float_, 0, 0, 0, 0},
-    {{89091, 14}, TagType::float_, 0, 0, 0, 0},
-    {{89105, 12}, TagType::string, 0, 0, 0, 0},
-    {{89117, 17}, TagType::string, 0, 0, 0, 0},
-    {{89134, 19}, TagType::string, 0, 0, 0, 0},
-    {{89153, 18}, TagType::string, 0, 0, 0, 0},
-    {{89171, 27}, TagType::string, 0, 0, 0, 0},
-    {{89198, 38}, TagType::string, 0, 0, 0, 0},
-    {{89236, 16}, TagType::string, 0, 0, 0, 0},
-    {{89252, 18}, TagType::string, 0, 0, 0, 0},
-    {{89270, 17}, TagType::string, 0, 0, 0, 0},
-    {{89287, 26}, TagType::string, 0, 0, 0, 0},
-    {{89313, 37}, TagType::string, 0, 0, 0, 0},
-    {{89350, 10}, TagType::string, 0, 0, 0, 0},
-    {{89360, 12}, TagType::string, 0, 0, 0, 0},
-    {{89372, 10}, TagType::string, 0, 0, 0, 0},
-    {{89382, 10}, TagType::string, 0, 0, 0, 0},
-    {{89392, 8}, TagType::string, 0, 0, 0, 0},
-    {{89400, 27}, TagType::string, 0, 0, 0, 0},
-    {{51068, 10}, TagType::string, 0, 0, 0, 0},
-    {{89427, 11}, TagType::string, 0, 0, 0, 0},
-    {{89438, 17}, TagType::string, 0, 0, 0, 0},
-    {{89455, 33}, TagType::string, 0, 0, 0, 0},
-    {{89488, 17}, TagType::string, 0, 0, 0, 0},
-    {{89505, 15}, TagType::string, 0, 0, 0, 0},
-    {{89520, 15}, TagType::string, 0, 0, 0, 0},
-    {{89535, 34}, TagType::string, 0, 0, 0, 0},
-    {{89569, 17}, TagType::string, 0, 0, 0, 0},
-    {{89586, 18}, TagType::string, 0, 0, 0, 0},
-    {{89604, 15}, TagType::string, 0, 0, 0, 0},
-    {{89619, 9}, TagType::string, 0, 0, 0, 0},
-    {{89628, 13}, TagType::string, 0, 0, 0, 0},
-    {{89641, 18}, TagType::string, 0, 0, 0, 0},
-    {{89659, 15}, TagType::string, 0, 0, 0, 0},
-    {{89674, 17}, TagType::string, 0, 0, 0, 0},
-    {{89691, 21}, TagType::string, 0, 0, 0, 0},
-    {{89712, 20}, TagType::string, 0, 0, 0, 0},
-    {{89732, 16}, TagType::string, 0, 0, 0, 0},
-    {{89748, 18}, TagType::string, 0, 0, 0, 0},
-    {{89766, 21}, TagType::string, 0, 0, 0, 0},
-    {{89787, 14}, TagType::string, 0, 0, 0, 0},
-    {{89801, 16}, TagType::string, 0, 0, 0, 0},
-    {{89817, 19}, TagType::string, 0, 0, 0, 0},
-    {{89836, 17}, TagType::string, 0, 0, 0, 0},
-    {{89853, 19}, TagType::string, 0, 0, 0, 0},
-    {{89872, 22}, TagType::string, 0, 0, 0, 0},
-    {{89894, 21}, TagType::string, 0, 0, 0, 0},
-    {{89915, 23}, TagType::string, 0, 0, 0, 0},
-    {{89938, 26}, TagType::string, 0, 0, 0, 0},
-    {{89964, 19}, TagType::string, 0, 0, 0, 0},
-    {{89983, 21}, TagType::string, 0, 0, 0, 0},
-    {{90004, 24}, TagType::string, 0, 0, 0, 0},
-    {{90028, 28}, TagType::string, 0, 0, 0, 0},
-    {{90056, 32}, TagType::string, 0, 0, 0, 0},
-    {{90088, 21}, TagType::string, 0, 0, 0, 0},
-    {{90109, 25}, TagType::string, 0, 0, 0, 0},
-    {{90134, 20}, TagType::string, 0, 0, 0, 0},
-    {{90154, 24}, TagType::string, 0, 0, 0, 0},
-    {{90178, 18}, TagType::string, 0, 0, 0, 0},
-    {{90196, 22}, TagType::string, 0, 0, 0, 0},
-    {{90218, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{90234, 14}, TagType::string, 0, 0, 0, 0},
-    {{90248, 21}, TagType::string, 0, 0, 0, 0},
-    {{90269, 24}, TagType::string, 0, 0, 0, 0},
-    {{90293, 15}, TagType::string, 0, 0, 0, 0},
-    {{90308, 18}, TagType::string, 0, 0, 0, 0},
-    {{90326, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{90336, 24}, TagType::string, 0, 0, 0, 0},
-    {{90360, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{90381, 31}, TagType::int32u, 0, 0, 0, 0},
-    {{90412, 21}, TagType::string, 0, 0, 0, 0},
-    {{90433, 11}, TagType::string, 0, 0, 0, 0},
-    {{90444, 17}, TagType::string, 0, 0, 0, 0},
-    {{90461, 23}, TagType::string, 0, 0, 0, 0},
-    {{90484, 8}, TagType::string, 0, 0, 0, 0},
-    {{90492, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{90506, 11}, TagType::string, 0, 0, 0, 0},
-    {{90517, 10}, TagType::string, 0, 0, 0, 0},
-    {{90527, 8}, TagType::string, 0, 0, 0, 0},
-    {{90535, 6}, TagType::string, 0, 0, 0, 0},
-    {{90541, 23}, TagType::string, 0, 0, 0, 0},
-    {{90564, 11}, TagType::string, 0, 0, 0, 0},
-    {{90575, 16}, TagType::string, 0, 0, 0, 0},
-    {{90591, 18}, TagType::string, 0, 0, 0, 0},
-    {{90609, 8}, TagType::string, 0, 0, 0, 0},
-    {{90617, 11}, TagType::string, 0, 0, 0, 0},
-    {{90628, 17}, TagType::string, 0, 0, 0, 0},
-    {{90645, 18}, TagType::string, 0, 0, 0, 0},
-    {{90663, 17}, TagType::string, 0, 0, 0, 0},
-    {{90680, 18}, TagType::string, 0, 0, 0, 0},
-    {{90698, 16}, TagType::string, 0, 0, 0, 0},
-    {{90714, 13}, TagType::string, 0, 0, 0, 0},
-    {{90727, 19}, TagType::string, 0, 0, 0, 0},
-    {{90746, 16}, TagType::string, 0, 0, 0, 0},
-    {{90762, 17}, TagType::string, 0, 0, 0, 0},
-    {{90779, 16}, TagType::string, 0, 0, 0, 0},
-    {{90795, 14}, TagType::string, 0, 0, 0, 0},
-    {{90809, 13}, TagType::string, 0, 0, 0, 0},
-    {{90822, 13}, TagType::string, 0, 0, 0, 0},
-    {{90835, 8}, TagType::string, 0, 0, 0, 0},
-    {{90843, 21}, TagType::string, 0, 0, 0, 0},
-    {{90864, 26}, TagType::string, 0, 0, 0, 0},
-    {{90890, 19}, TagType::string, 0, 0, 0, 0},
-    {{90909, 18}, TagType::string, 0, 0, 0, 0},
-    {{90927, 18}, TagType::string, 0, 0, 0, 0},
-    {{90945, 17}, TagType::string, 0, 0, 0, 0},
-    {{90962, 21}, TagType::string, 0, 0, 0, 0},
-    {{90983, 26}, TagType::string, 0, 0, 0, 0},
-    {{91009, 22}, TagType::string, 0, 0, 0, 0},
-    {{91031, 14}, TagType::string, 0, 0, 0, 0},
-    {{91045, 16}, TagType::string, 0, 0, 0, 0},
-    {{91061, 20}, TagType::string, 0, 0, 0, 0},
-    {{91081, 23}, TagType::string, 0, 0, 0, 0},
-    {{91104, 12}, TagType::string, 0, 0, 0, 0},
-    {{91116, 12}, TagType::string, 0, 0, 0, 0},
-    {{91128, 21}, TagType::string, 0, 0, 0, 0},
-    {{91149, 17}, TagType::string, 0, 0, 0, 0},
-    {{91166, 13}, TagType::string, 0, 0, 0, 0},
-    {{91179, 15}, TagType::string, 0, 0, 0, 0},
-    {{91194, 15}, TagType::string, 0, 0, 0, 0},
-    {{91209, 13}, TagType::string, 0, 0, 0, 0},
-    {{91222, 18}, TagType::string, 0, 0, 0, 0},
-    {{91240, 13}, TagType::string, 0, 0, 0, 0},
-    {{91253, 18}, TagType::string, 0, 0, 0, 0},
-    {{91271, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{91283, 13}, TagType::string, 0, 0, 0, 0},
-    {{91296, 14}, TagType::string, 0, 0, 0, 0},
-    {{91310, 13}, TagType::int16s, 0, 0, 0, 0},
-    {{91323, 21}, TagType::string, 0, 0, 0, 0},
-    {{91344, 13}, TagType::string, 0, 0, 0, 0},
-    {{91357, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{91368, 13}, TagType::string, 0, 0, 0, 0},
-    {{91381, 12}, TagType::string, 0, 0, 0, 0},
-    {{91393, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{91400, 9}, TagType::string, 0, 0, 0, 0},
-    {{91409, 20}, TagType::string, 0, 0, 0, 0},
-    {{91429, 26}, TagType::int8u, 0, 0, 0, 0},
-    {{91455, 11}, TagType::string, 0, 0, 0, 0},
-    {{91466, 22}, TagType::string, 0, 0, 0, 0},
-    {{91488, 14}, TagType::string, 0, 0, 0, 0},
-    {{91502, 18}, TagType::string, 0, 0, 0, 0},
-    {{91520, 17}, TagType::string, 0, 0, 0, 0},
-    {{91537, 23}, TagType::string, 0, 0, 0, 0},
-    {{91560, 13}, TagType::float_, 0, 0, 0, 0},
-    {{91573, 20}, TagType::float_, 0, 0, 0, 0},
-    {{91593, 10}, TagType::string, 0, 0, 0, 0},
-    {{91603, 23}, TagType::string, 0, 0, 0, 0},
-    {{91626, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{91644, 10}, TagType::string, 0, 0, 0, 0},
-    {{91654, 10}, TagType::string, 0, 0, 0, 0},
-    {{91664, 12}, TagType::string, 0, 0, 0, 0},
-    {{91676, 15}, TagType::string, 0, 0, 0, 0},
-    {{91691, 16}, TagType::string, 0, 0, 0, 0},
-    {{91707, 4}, TagType::int8u, 0, 0, 0, 0},
-    {{91711, 8}, TagType::string, 0, 0, 0, 0},
-    {{91719, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{91731, 15}, TagType::string, 0, 0, 0, 0},
-    {{91746, 30}, TagType::int64s, 0, 0, 0, 0},
-    {{91776, 14}, TagType::string, 0, 0, 0, 0},
-    {{91790, 25}, TagType::string, 0, 0, 0, 0},
-    {{91815, 37}, TagType::string, 0, 0, 0, 0},
-    {{91852, 9}, TagType::string, 0, 0, 0, 0},
-    {{91861, 10}, TagType::string, 0, 0, 0, 0},
-    {{91871, 12}, TagType::string, 0, 0, 0, 0},
-    {{91883, 14}, TagType::string, 0, 0, 0, 0},
-    {{91897, 16}, TagType::string, 0, 0, 0, 0},
-    {{91913, 20}, TagType::string, 0, 0, 0, 0},
-    {{91933, 21}, TagType::string, 0, 0, 0, 0},
-    {{91954, 8}, TagType::string, 0, 0, 0, 0},
-    {{91962, 19}, TagType::string, 0, 0, 0, 0},
-    {{91981, 11}, TagType::string, 0, 0, 0, 0},
-    {{91992, 12}, TagType::string, 0, 0, 0, 0},
-    {{92004, 10}, TagType::string, 0, 0, 0, 0},
-    {{92014, 17}, TagType::string, 0, 0, 0, 0},
-    {{92031, 10}, TagType::string, 0, 0, 0, 0},
-    {{92041, 16}, TagType::string, 0, 0, 0, 0},
-    {{92057, 15}, TagType::string, 0, 0, 0, 0},
-    {{92072, 11}, TagType::string, 0, 0, 0, 0},
-    {{92083, 18}, TagType::string, 0, 0, 0, 0},
-    {{92101, 19}, TagType::string, 0, 0, 0, 0},
-    {{92120, 13}, TagType::string, 0, 0, 0, 0},
-    {{92133, 11}, TagType::string, 0, 0, 0, 0},
-    {{92144, 11}, TagType::string, 0, 0, 0, 0},
-    {{92155, 11}, TagType::string, 0, 0, 0, 0},
-    {{92166, 19}, TagType::rational64s, 0, 0, 0, 0},
-    {{92185, 25}, TagType::string, 0, 0, 0, 0},
-    {{92210, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{92224, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{92236, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{92256, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{92272, 11}, TagType::string, 0, 0, 0, 0},
-    {{92283, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{1969, 7}, TagType::string, 0, 0, 0, 0},
-    {{92299, 13}, TagType::string, 0, 0, 0, 0},
-    {{92312, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{92326, 19}, TagType::string, 0, 0, 0, 0},
-    {{92345, 27}, TagType::int32u, 0, 0, 0, 0},
-    {{92372, 19}, TagType::float_, 0, 0, 0, 0},
-    {{92391, 21}, TagType::string, 0, 0, 0, 0},
-    {{92412, 13}, TagType::string, 0, 0, 0, 0},
-    {{92425, 19}, TagType::string, 0, 0, 0, 0},
-    {{92444, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{92455, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{92478, 23}, TagType::string, 0, 0, 2, 7},
-    {{92501, 10}, TagType::string, 0, 0, 0, 0},
-    {{92511, 18}, TagType::string, 0, 0, 0, 0},
-    {{92529, 14}, TagType::string, 0, 0, 0, 0},
-    {{92543, 13}, TagType::string, 0, 0, 0, 0},
-    {{92556, 15}, TagType::string, 0, 0, 0, 0},
-    {{92571, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{92583, 16}, TagType::string, 0, 0, 0, 0},
-    {{92599, 9}, TagType::string, 0, 0, 0, 0},
-    {{92608, 15}, TagType::string, 0, 0, 0, 0},
-    {{92623, 20}, TagType::float_, 0, 0, 0, 0},
-    {{92643, 15}, TagType::string, 0, 0, 0, 0},
-    {{92658, 9}, TagType::string, 0, 0, 0, 0},
-    {{92667, 17}, TagType::string, 0, 0, 0, 0},
-    {{92684, 18}, TagType::rational64s, 0, 0, 0, 0},
-    {{92702, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{92722, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{92738, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{92752, 11}, TagType::int16s, 0, 0, 0, 0},
-    {{8543, 11}, TagType::float_, 0, 0, 0, 0},
-    {{50694, 10}, TagType::string, 0, 0, 0, 0},
-    {{8435, 7}, TagType::float_, 0, 0, 0, 0},
-    {{92763, 14}, TagType::string, 0, 0, 0, 0},
-    {{92777, 21}, TagType::float_, 0, 0, 0, 0},
-    {{92798, 28}, TagType::string, 0, 0, 0, 0},
-    {{92826, 15}, TagType::string, 0, 0, 0, 0},
-    {{92841, 11}, TagType::string, 0, 0, 0, 0},
-    {{92852, 17}, TagType::int8u, 0, 0, 9, 2},
-    {{92869, 12}, TagType::string, 0, 0, 0, 0},
-    {{92881, 23}, TagType::string, 0, 0, 0, 0},
-    {{92904, 15}, TagType::string, 0, 0, 0, 0},
-    {{92919, 24}, TagType::string, 0, 0, 0, 0},
-    {{92943, 24}, TagType::string, 0, 0, 0, 0},
-    {{92967, 19}, TagType::string, 0, 0, 0, 0},
-    {{92986, 20}, TagType::string, 0, 0, 0, 0},
-    {{93006, 18}, TagType::string, 0, 0, 0, 0},
-    {{93024, 16}, TagType::string, 0, 0, 0, 0},
-    {{93040, 14}, TagType::string, 0, 0, 0, 0},
-    {{93054, 17}, TagType::string, 0, 0, 0, 0},
-    {{93071, 17}, TagType::string, 0, 0, 0, 0},
-    {{93088, 31}, TagType::string, 0, 0, 0, 0},
-    {{93119, 31}, TagType::string, 0, 0, 0, 0},
-    {{93150, 15}, TagType::string, 0, 0, 0, 0},
-    {{93165, 29}, TagType::string, 0, 0, 0, 0},
-    {{93194, 29}, TagType::string, 0, 0, 0, 0},
-    {{93223, 12}, TagType::string, 0, 0, 0, 0},
-    {{93235, 17}, TagType::string, 0, 0, 0, 0},
-    {{93252, 17}, TagType::string, 0, 0, 0, 0},
-    {{93269, 24}, TagType::string, 0, 0, 0, 0},
-    {{93293, 23}, TagType::string, 0, 0, 0, 0},
-    {{93316, 17}, TagType::string, 0, 0, 0, 0},
-    {{93333, 18}, TagType::string, 0, 0, 0, 0},
-    {{93351, 28}, TagType::string, 0, 0, 0, 0},
-    {{93379, 18}, TagType::rational64s, 0, 0, 0, 0},
-    {{93397, 19}, TagType::rational64s, 0, 0, 0, 0},
-    {{93416, 19}, TagType::string, 0, 0, 0, 0},
-    {{93435, 8}, TagType::rational64s, 0, 0, 0, 0},
-    {{93443, 21}, TagType::string, 0, 0, 0, 0},
-    {{93464, 5}, TagType::string, 0, 0, 0, 0},
-    {{93469, 8}, TagType::string, 0, 0, 0, 0},
-    {{93477, 23}, TagType::string, 0, 0, 0, 0},
-    {{93500, 17}, TagType::string, 0, 0, 0, 0},
-    {{93517, 12}, TagType::string, 0, 0, 0, 0},
-    {{93529, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{93543, 14}, TagType::string, 0, 0, 0, 0},
-    {{93557, 11}, TagType::string, 0, 0, 0, 0},
-    {{93568, 9}, TagType::string, 0, 0, 0, 0},
-    {{93577, 28}, TagType::string, 0, 0, 0, 0},
-    {{93605, 23}, TagType::string, 0, 0, 0, 0},
-    {{93628, 24}, TagType::string, 0, 0, 0, 0},
-    {{93652, 21}, TagType::string, 0, 0, 0, 0},
-    {{93673, 20}, TagType::string, 0, 0, 0, 0},
-    {{93693, 26}, TagType::string, 0, 0, 0, 0},
-    {{93719, 11}, TagType::string, 0, 0, 0, 0},
-    {{93730, 15}, TagType::string, 0, 0, 0, 0},
-    {{93745, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{93758, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{93771, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{93784, 11}, TagType::string, 0, 0, 0, 0},
-    {{93795, 22}, TagType::string, 0, 0, 0, 0},
-    {{93817, 15}, TagType::string, 0, 0, 0, 0},
-    {{93832, 19}, TagType::string, 0, 0, 0, 0},
-    {{93851, 13}, TagType::string, 0, 0, 0, 0},
-    {{93864, 17}, TagType::string, 0, 0, 0, 0},
-    {{93881, 22}, TagType::string, 0, 0, 0, 0},
-    {{93903, 14}, TagType::string, 0, 0, 0, 0},
-    {{93917, 10}, TagType::string, 0, 0, 0, 0},
-    {{93927, 18}, TagType::string, 0, 0, 0, 0},
-    {{93945, 8}, TagType::string, 0, 0, 0, 0},
-    {{93953, 16}, TagType::string, 0, 0, 0, 0},
-    {{93969, 15}, TagType::string, 0, 0, 0, 0},
-    {{93984, 12}, TagType::string, 0, 0, 0, 0},
-    {{93996, 10}, TagType::string, 0, 0, 0, 0},
-    {{94006, 8}, TagType::string, 0, 0, 0, 0},
-    {{94014, 10}, TagType::string, 0, 0, 0, 0},
-    {{94024, 29}, TagType::string, 0, 0, 0, 0},
-    {{94053, 17}, TagType::string, 0, 0, 0, 0},
-    {{94070, 19}, TagType::string, 0, 0, 0, 0},
-    {{94089, 15}, TagType::string, 0, 0, 0, 0},
-    {{94104, 8}, TagType::string, 0, 0, 0, 0},
-    {{94112, 11}, TagType::string, 0, 0, 0, 0},
-    {{94123, 20}, TagType::string, 0, 0, 0, 0},
-    {{94143, 20}, TagType::string, 0, 0, 0, 0},
-    {{94163, 15}, TagType::string, 0, 0, 0, 0},
-    {{94178, 18}, TagType::string, 0, 0, 0, 0},
-    {{94196, 16}, TagType::string, 0, 0, 0, 0},
-    {{94212, 20}, TagType::string, 0, 0, 0, 0},
-    {{94232, 24}, TagType::string, 0, 0, 0, 0},
-    {{94256, 24}, TagType::string, 0, 0, 0, 0},
-    {{94280, 13}, TagType::string, 0, 0, 0, 0},
-    {{94293, 15}, TagType::string, 0, 0, 0, 0},
-    {{94308, 18}, TagType::string, 0, 0, 0, 0},
-    {{94326, 6}, TagType::string, 0, 0, 0, 0},
-    {{94332, 16}, TagType::string, 0, 0, 0, 0},
-    {{94348, 13}, TagType::string, 0, 0, 0, 0},
-    {{94361, 10}, TagType::string, 0, 0, 0, 0},
-    {{94371, 20}, TagType::string, 0, 0, 0, 0},
-    {{94391, 10}, TagType::string, 0, 0, 0, 0},
-    {{94401, 15}, TagType::string, 0, 0, 0, 0},
-    {{94416, 11}, TagType::string, 0, 0, 0, 0},
-    {{94427, 10}, TagType::string, 0, 0, 0, 0},
-    {{94437, 10}, TagType::string, 0, 0, 0, 0},
-    {{94447, 12}, TagType::string, 0, 0, 0, 0},
-    {{94459, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{94466, 18}, TagType::string, 0, 0, 0, 0},
-    {{94484, 16}, TagType::string, 0, 0, 0, 0},
-    {{94500, 15}, TagType::string, 0, 0, 0, 0},
-    {{94515, 28}, TagType::string, 0, 0, 0, 0},
-    {{94543, 26}, TagType::string, 0, 0, 0, 0},
-    {{94569, 32}, TagType::string, 0, 0, 0, 0},
-    {{94601, 21}, TagType::string, 0, 0, 0, 0},
-    {{94622, 24}, TagType::string, 0, 0, 0, 0},
-    {{94646, 14}, TagType::string, 0, 0, 0, 0},
-    {{94660, 17}, TagType::string, 0, 0, 0, 0},
-    {{94677, 17}, TagType::string, 0, 0, 0, 0},
-    {{94694, 11}, TagType::string, 0, 0, 0, 0},
-    {{94705, 11}, TagType::string, 0, 0, 0, 0},
-    {{94716, 20}, TagType::string, 0, 0, 0, 0},
-    {{94736, 21}, TagType::string, 0, 0, 0, 0},
-    {{94757, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{94777, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{94800, 6}, TagType::int64s, 0, 0, 0, 0},
-    {{94806, 13}, TagType::int64s, 0, 0, 0, 0},
-    {{94819, 8}, TagType::int64s, 0, 0, 0, 0},
-    {{94827, 10}, TagType::string, 0, 0, 0, 0},
-    {{94837, 16}, TagType::rational64s, 0, 0, 0, 0},
-    {{24885, 10}, TagType::string, 0, 0, 0, 0},
-    {{24905, 10}, TagType::string, 0, 0, 0, 0},
-    {{94853, 23}, TagType::string, 0, 0, 0, 0},
-    {{94876, 21}, TagType::string, 0, 0, 0, 0},
-    {{9873, 8}, TagType::string, 0, 0, 0, 0},
-    {{94897, 19}, TagType::string, 0, 0, 0, 0},
-    {{94916, 15}, TagType::string, 0, 0, 0, 0},
-    {{94931, 16}, TagType::string, 0, 0, 0, 0},
-    {{94947, 10}, TagType::string, 0, 0, 0, 0},
-    {{94957, 12}, TagType::string, 0, 0, 0, 0},
-    {{94969, 12}, TagType::string, 0, 0, 0, 0},
-    {{94981, 10}, TagType::string, 0, 0, 0, 0},
-    {{94991, 14}, TagType::string, 0, 0, 0, 0},
-    {{95005, 19}, TagType::string, 0, 0, 0, 0},
-    {{95024, 13}, TagType::string, 0, 0, 0, 0},
-    {{95037, 20}, TagType::string, 0, 0, 0, 0},
-    {{95057, 13}, TagType::string, 0, 0, 0, 0},
-    {{95070, 18}, TagType::string, 0, 0, 0, 0},
-    {{95088, 17}, TagType::string, 0, 0, 0, 0},
-    {{60916, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{60924, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{95105, 27}, TagType::string, 0, 0, 0, 0},
-    {{60941, 16}, TagType::string, 0, 0, 0, 0},
-    {{61043, 9}, TagType::string, 0, 0, 0, 0},
-    {{95132, 18}, TagType::string, 0, 0, 0, 0},
-    {{95150, 14}, TagType::string, 0, 0, 0, 0},
-    {{95164, 10}, TagType::string, 0, 0, 0, 0},
-    {{95174, 17}, TagType::string, 0, 0, 0, 0},
-    {{95191, 19}, TagType::string, 0, 0, 0, 0},
-    {{95210, 10}, TagType::string, 0, 0, 0, 0},
-    {{95220, 19}, TagType::string, 0, 0, 0, 0},
-    {{95239, 25}, TagType::int16u, 0, 0, 0, 0},
-    {{95264, 20}, TagType::string, 0, 0, 0, 0},
-    {{95284, 26}, TagType::string, 0, 0, 0, 0},
-    {{95310, 19}, TagType::string, 0, 0, 0, 0},
-    {{95329, 20}, TagType::string, 0, 0, 0, 0},
-    {{95349, 12}, TagType::string, 0, 0, 0, 0},
-    {{95361, 16}, TagType::string, 0, 0, 0, 0},
-    {{95377, 25}, TagType::string, 0, 0, 0, 0},
-    {{95402, 16}, TagType::string, 0, 0, 0, 0},
-    {{95418, 16}, TagType::string, 0, 0, 0, 0},
-    {{95434, 23}, TagType::string, 0, 0, 0, 0},
-    {{95457, 29}, TagType::float_, 0, 0, 0, 0},
-    {{95486, 12}, TagType::string, 0, 0, 0, 0},
-    {{95498, 26}, TagType::string, 0, 0, 0, 0},
-    {{95524, 12}, TagType::string, 0, 0, 0, 0},
-    {{95536, 12}, TagType::string, 0, 0, 0, 0},
-    {{95548, 16}, TagType::string, 0, 0, 0, 0},
-    {{95564, 18}, TagType::string, 0, 0, 0, 0},
-    {{95582, 20}, TagType::string, 0, 0, 0, 0},
-    {{95602, 11}, TagType::string, 0, 0, 0, 0},
-    {{95613, 16}, TagType::string, 0, 0, 0, 0},
-    {{95629, 18}, TagType::string, 0, 0, 0, 0},
-    {{95647, 20}, TagType::string, 0, 0, 0, 0},
-    {{60632, 22}, TagType::string, 0, 0, 0, 0},
-    {{95667, 29}, TagType::string, 0, 0, 0, 0},
-    {{60754, 12}, TagType::string, 0, 0, 0, 0},
-    {{60777, 20}, TagType::string, 0, 0, 0, 0},
-    {{60797, 20}, TagType::string, 0, 0, 0, 0},
-    {{60766, 11}, TagType::string, 0, 0, 0, 0},
-    {{95696, 21}, TagType::string, 0, 0, 0, 0},
-    {{60817, 30}, TagType::string, 0, 0, 0, 0},
-    {{95717, 20}, TagType::string, 0, 0, 0, 0},
-    {{95737, 19}, TagType::string, 0, 0, 0, 0},
-    {{95756, 15}, TagType::string, 0, 0, 0, 0},
-    {{95771, 8}, TagType::string, 0, 0, 0, 0},
-    {{95779, 17}, TagType::string, 0, 0, 0, 0},
-    {{95796, 10}, TagType::string, 0, 0, 0, 0},
-    {{95806, 10}, TagType::string, 0, 0, 0, 0},
-    {{95816, 12}, TagType::string, 0, 0, 0, 0},
-    {{95828, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{95849, 20}, TagType::float_, 0, 0, 0, 0},
-    {{95869, 31}, TagType::string, 0, 0, 0, 0},
-    {{95900, 33}, TagType::string, 0, 0, 0, 0},
-    {{95933, 11}, TagType::string, 0, 0, 0, 0},
-    {{95944, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{95963, 16}, TagType::string, 0, 0, 0, 0},
-    {{95979, 22}, TagType::string, 0, 0, 0, 0},
-    {{96001, 12}, TagType::string, 0, 0, 0, 0},
-    {{96013, 21}, TagType::string, 0, 0, 0, 0},
-    {{96034, 15}, TagType::string, 0, 0, 0, 0},
-    {{96049, 18}, TagType::string, 0, 0, 0, 0},
-    {{96067, 18}, TagType::string, 0, 0, 0, 0},
-    {{96085, 30}, TagType::int16u, 0, 0, 0, 0},
-    {{96115, 32}, TagType::int32u, 0, 0, 0, 0},
-    {{96147, 30}, TagType::int32u, 0, 0, 0, 0},
-    {{96177, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{96196, 30}, TagType::float_, 0, 0, 0, 0},
-    {{96226, 28}, TagType::float_, 0, 0, 0, 0},
-    {{96254, 32}, TagType::float_, 0, 0, 0, 0},
-    {{96286, 30}, TagType::float_, 0, 0, 0, 0},
-    {{96316, 26}, TagType::string, 0, 0, 0, 0},
-    {{96342, 26}, TagType::string, 0, 0, 0, 0},
-    {{96368, 14}, TagType::string, 0, 0, 0, 0},
-    {{96382, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{96400, 19}, TagType::float_, 0, 0, 0, 0},
-    {{96419, 17}, TagType::string, 0, 0, 0, 0},
-    {{96436, 22}, TagType::string, 0, 0, 0, 0},
-    {{96458, 13}, TagType::string, 0, 0, 0, 0},
-    {{96471, 21}, TagType::string, 0, 0, 0, 0},
-    {{96492, 21}, TagType::string, 0, 0, 0, 0},
-    {{96513, 22}, TagType::int32u, 0, 0, 0, 0},
-    {{96535, 19}, TagType::string, 0, 0, 0, 0},
-    {{96554, 11}, TagType::string, 0, 0, 0, 0},
-    {{96565, 15}, TagType::string, 0, 0, 0, 0},
-    {{96580, 21}, TagType::int64u, 0, 0, 0, 0},
-    {{96601, 21}, TagType::int64u, 0, 0, 0, 0},
-    {{96622, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{96641, 18}, TagType::string, 0, 0, 0, 0},
-    {{96659, 8}, TagType::string, 0, 0, 0, 0},
-    {{96667, 11}, TagType::string, 0, 0, 0, 0},
-    {{96678, 16}, TagType::string, 0, 0, 0, 0},
-    {{96694, 17}, TagType::string, 0, 0, 0, 0},
-    {{96711, 19}, TagType::string, 0, 0, 0, 0},
-    {{96730, 25}, TagType::string, 0, 0, 0, 0},
-    {{96755, 19}, TagType::string, 0, 0, 0, 0},
-    {{96774, 15}, TagType::string, 0, 0, 0, 0},
-    {{96789, 13}, TagType::string, 0, 0, 0, 0},
-    {{96802, 20}, TagType::string, 0, 0, 0, 0},
-    {{96822, 20}, TagType::string, 0, 0, 0, 0},
-    {{96842, 20}, TagType::string, 0, 0, 0, 0},
-    {{96862, 20}, TagType::string, 0, 0, 0, 0},
-    {{96882, 21}, TagType::string, 0, 0, 0, 0},
-    {{96903, 21}, TagType::string, 0, 0, 0, 0},
-    {{96924, 21}, TagType::string, 0, 0, 0, 0},
-    {{96945, 21}, TagType::string, 0, 0, 0, 0},
-    {{8789, 15}, TagType::float_, 0, 0, 0, 0},
-    {{96966, 23}, TagType::string, 0, 0, 0, 0},
-    {{96989, 17}, TagType::string, 0, 0, 0, 0},
-    {{97006, 28}, TagType::string, 0, 0, 0, 0},
-    {{97034, 21}, TagType::string, 0, 0, 0, 0},
-    {{97055, 16}, TagType::string, 0, 0, 0, 0},
-    {{97071, 18}, TagType::string, 0, 0, 0, 0},
-    {{97089, 17}, TagType::string, 0, 0, 0, 0},
-    {{97106, 26}, TagType::string, 0, 0, 0, 0},
-    {{97132, 37}, TagType::string, 0, 0, 0, 0},
-    {{97169, 17}, TagType::int64u, 0, 0, 0, 0},
-    {{97186, 23}, TagType::string, 0, 0, 0, 0},
-    {{97209, 21}, TagType::string, 0, 0, 0, 0},
-    {{97230, 18}, TagType::string, 0, 0, 0, 0},
-    {{97248, 7}, TagType::string, 0, 0, 0, 0},
-    {{97255, 21}, TagType::string, 0, 0, 0, 0},
-    {{97276, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{97291, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{97304, 12}, TagType::string, 0, 0, 0, 0},
-    {{97316, 13}, TagType::string, 0, 0, 0, 0},
-    {{97329, 10}, TagType::string, 0, 0, 0, 0},
-    {{97339, 27}, TagType::int32u, 0, 0, 0, 0},
-    {{97366, 14}, TagType::string, 0, 0, 0, 0},
-    {{97380, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{97395, 16}, TagType::string, 0, 0, 0, 0},
-    {{97411, 26}, TagType::string, 0, 0, 0, 0},
-    {{97437, 27}, TagType::string, 0, 0, 0, 0},
-    {{97464, 21}, TagType::string, 0, 0, 0, 0},
-    {{97485, 19}, TagType::string, 0, 0, 0, 0},
-    {{97504, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{97522, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{97538, 27}, TagType::string, 0, 0, 0, 0},
-    {{97565, 28}, TagType::string, 0, 0, 0, 0},
-    {{97593, 22}, TagType::string, 0, 0, 0, 0},
-    {{97615, 20}, TagType::string, 0, 0, 0, 0},
-    {{97635, 19}, TagType::double_, 0, 0, 0, 0},
-    {{97654, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{97671, 26}, TagType::string, 0, 0, 0, 0},
-    {{97697, 26}, TagType::string, 0, 0, 0, 0},
-    {{97723, 21}, TagType::string, 0, 0, 0, 0},
-    {{97744, 20}, TagType::string, 0, 0, 0, 0},
-    {{97764, 20}, TagType::string, 0, 0, 0, 0},
-    {{97784, 15}, TagType::string, 0, 0, 0, 0},
-    {{62093, 13}, TagType::string, 0, 0, 0, 0},
-    {{97799, 22}, TagType::string, 0, 0, 0, 0},
-    {{97821, 26}, TagType::string, 0, 0, 0, 0},
-    {{97847, 25}, TagType::string, 0, 0, 0, 0},
-    {{97872, 27}, TagType::string, 0, 0, 0, 0},
-    {{97899, 27}, TagType::string, 0, 0, 0, 0},
-    {{97926, 29}, TagType::string, 0, 0, 0, 0},
-    {{97955, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{1466, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{97967, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{97977, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{97990, 12}, TagType::string, 0, 0, 0, 0},
-    {{98002, 13}, TagType::string, 0, 0, 0, 0},
-    {{98015, 9}, TagType::string, 0, 0, 0, 0},
-    {{98024, 13}, TagType::string, 0, 0, 0, 0},
-    {{98037, 16}, TagType::string, 0, 0, 0, 0},
-    {{98053, 15}, TagType::string, 0, 0, 0, 0},
-    {{98068, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{98086, 11}, TagType::string, 0, 0, 0, 0},
-    {{98097, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{98107, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{98118, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{98130, 21}, TagType::int8s, 0, 0, 0, 0},
-    {{98151, 15}, TagType::string, 0, 0, 0, 0},
-    {{98166, 13}, TagType::string, 0, 0, 0, 0},
-    {{98179, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{98191, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{98204, 14}, TagType::int8s, 0, 0, 0, 0},
-    {{98218, 12}, TagType::int8s, 0, 0, 0, 0},
-    {{98230, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{98244, 15}, TagType::int64u, 0, 0, 0, 0},
-    {{98259, 14}, TagType::int64u, 0, 0, 0, 0},
-    {{98273, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{98283, 14}, TagType::string, 0, 0, 0, 0},
-    {{98297, 23}, TagType::string, 0, 0, 0, 0},
-    {{98320, 32}, TagType::string, 0, 0, 0, 0},
-    {{98352, 15}, TagType::string, 0, 0, 0, 0},
-    {{98367, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{98383, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{98401, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{98411, 11}, TagType::int64u, 0, 0, 0, 0},
-    {{98422, 21}, TagType::int32s, 0, 0, 0, 0},
-    {{98443, 24}, TagType::int32s, 0, 0, 0, 0},
-    {{98467, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{98490, 20}, TagType::int32s, 0, 0, 0, 0},
-    {{98510, 20}, TagType::int32s, 0, 0, 0, 0},
-    {{98530, 22}, TagType::string, 0, 0, 0, 0},
-    {{98552, 21}, TagType::string, 0, 0, 0, 0},
-    {{98573, 19}, TagType::string, 0, 0, 0, 0},
-    {{98592, 12}, TagType::string, 0, 0, 0, 0},
-    {{98604, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{98616, 15}, TagType::string, 0, 0, 0, 0},
-    {{98631, 16}, TagType::string, 0, 0, 0, 0},
-    {{98647, 19}, TagType::string, 0, 0, 0, 0},
-    {{98666, 18}, TagType::string, 0, 0, 0, 0},
-    {{98684, 18}, TagType::string, 0, 0, 0, 0},
-    {{98702, 6}, TagType::string, 0, 0, 0, 0},
-    {{98708, 17}, TagType::string, 0, 0, 0, 0},
-    {{98725, 16}, TagType::string, 0, 0, 0, 0},
-    {{98741, 20}, TagType::string, 0, 0, 0, 0},
-    {{98761, 17}, TagType::string, 0, 0, 0, 0},
-    {{98778, 26}, TagType::string, 0, 0, 0, 0},
-    {{98804, 11}, TagType::string, 0, 0, 0, 0},
-    {{98815, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{98828, 16}, TagType::string, 0, 0, 0, 0},
-    {{98844, 14}, TagType::string, 0, 0, 0, 0},
-    {{98858, 18}, TagType::string, 0, 0, 0, 0},
-    {{98876, 14}, TagType::string, 0, 0, 0, 0},
-    {{98890, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{98904, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{98916, 21}, TagType::string, 0, 0, 0, 0},
-    {{98937, 11}, TagType::string, 0, 0, 0, 0},
-    {{98948, 10}, TagType::string, 0, 0, 0, 0},
-    {{98958, 16}, TagType::string, 0, 0, 0, 0},
-    {{98974, 11}, TagType::string, 0, 0, 0, 0},
-    {{98985, 11}, TagType::string, 0, 0, 0, 0},
-    {{98996, 25}, TagType::string, 0, 0, 0, 0},
-    {{99021, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{99028, 17}, TagType::string, 0, 0, 0, 0},
-    {{99045, 8}, TagType::string, 0, 0, 0, 0},
-    {{99053, 9}, TagType::string, 0, 0, 0, 0},
-    {{99062, 15}, TagType::string, 0, 0, 0, 0},
-    {{99077, 22}, TagType::string, 0, 0, 0, 0},
-    {{99099, 13}, TagType::string, 0, 0, 0, 0},
-    {{99112, 18}, TagType::string, 0, 0, 0, 0},
-    {{99130, 21}, TagType::string, 0, 0, 0, 0},
-    {{99151, 13}, TagType::string, 0, 0, 0, 0},
-    {{99164, 13}, TagType::string, 0, 0, 0, 0},
-    {{99177, 15}, TagType::string, 0, 0, 0, 0},
-    {{99192, 14}, TagType::string, 0, 0, 0, 0},
-    {{99206, 26}, TagType::string, 0, 0, 0, 0},
-    {{99232, 8}, TagType::string, 0, 0, 0, 0},
-    {{99240, 22}, TagType::string, 0, 0, 0, 0},
-    {{99262, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{99277, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{99291, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{99313, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{99323, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{99340, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{99359, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{99378, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{99393, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{99408, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{99430, 26}, TagType::int8u, 0, 0, 0, 0},
-    {{99456, 18}, TagType::string, 0, 0, 0, 0},
-    {{99474, 20}, TagType::string, 0, 0, 0, 0},
-    {{99494, 24}, TagType::string, 0, 0, 11, 4},
-    {{99518, 17}, TagType::string, 0, 0, 0, 0},
-    {{99535, 18}, TagType::string, 0, 0, 0, 0},
-    {{99553, 21}, TagType::string, 0, 0, 0, 0},
-    {{99574, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{99588, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{99608, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{99623, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{99630, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{99642, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{99654, 16}, TagType::string, 0, 0, 0, 0},
-    {{99670, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{99680, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{99694, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{99710, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{99728, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{99744, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{99765, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{99782, 17}, TagType::string, 0, 0, 15, 6},
-    {{99799, 22}, TagType::string, 0, 0, 0, 0},
-    {{99821, 12}, TagType::string, 0, 0, 0, 0},
-    {{99833, 13}, TagType::string, 0, 0, 0, 0},
-    {{78427, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{99846, 17}, TagType::string, 0, 0, 0, 0},
-    {{99863, 13}, TagType::string, 0, 0, 0, 0},
-    {{99876, 21}, TagType::string, 0, 0, 0, 0},
-    {{99897, 16}, TagType::string, 0, 0, 0, 0},
-    {{99913, 19}, TagType::string, 0, 0, 0, 0},
-    {{99932, 20}, TagType::string, 0, 0, 0, 0},
-    {{99952, 19}, TagType::string, 0, 0, 0, 0},
-    {{99971, 12}, TagType::string, 0, 0, 0, 0},
-    {{99983, 8}, TagType::int8s, 0, 0, 0, 0},
-    {{99991, 17}, TagType::string, 0, 0, 0, 0},
-    {{100008, 12}, TagType::rational64s, 0, 0, 0, 0},
-    {{100020, 21}, TagType::string, 0, 0, 0, 0},
-    {{100041, 20}, TagType::string, 0, 0, 0, 0},
-    {{100061, 12}, TagType::string, 0, 0, 0, 0},
-    {{100073, 15}, TagType::string, 0, 0, 0, 0},
-    {{100088, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{100106, 13}, TagType::string, 0, 0, 0, 0},
-    {{100119, 15}, TagType::string, 0, 0, 0, 0},
-    {{100134, 14}, TagType::string, 0, 0, 0, 0},
-    {{100148, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{100168, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{100189, 14}, TagType::string, 0, 0, 0, 0},
-    {{100203, 15}, TagType::string, 0, 0, 0, 0},
-    {{100218, 13}, TagType::rational64s, 0, 0, 0, 0},
-    {{100231, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{100244, 28}, TagType::string, 0, 0, 0, 0},
-    {{100272, 8}, TagType::string, 0, 0, 0, 0},
-    {{100280, 14}, TagType::string, 0, 0, 0, 0},
-    {{100294, 14}, TagType::string, 0, 0, 0, 0},
-    {{100308, 13}, TagType::string, 0, 0, 0, 0},
-    {{100321, 10}, TagType::string, 0, 0, 0, 0},
-    {{100331, 15}, TagType::string, 0, 0, 0, 0},
-    {{100346, 21}, TagType::string, 0, 0, 0, 0},
-    {{100367, 15}, TagType::string, 0, 0, 0, 0},
-    {{100382, 20}, TagType::string, 0, 0, 0, 0},
-    {{100402, 23}, TagType::string, 0, 0, 0, 0},
-    {{100425, 10}, TagType::string, 0, 0, 0, 0},
-    {{100435, 27}, TagType::string, 0, 0, 0, 0},
-    {{100462, 22}, TagType::string, 0, 0, 0, 0},
-    {{100484, 12}, TagType::string, 0, 0, 0, 0},
-    {{100496, 10}, TagType::string, 0, 0, 0, 0},
-    {{100506, 9}, TagType::string, 0, 0, 0, 0},
-    {{100515, 18}, TagType::string, 0, 0, 0, 0},
-    {{100533, 16}, TagType::string, 0, 0, 0, 0},
-    {{100549, 12}, TagType::string, 0, 0, 0, 0},
-    {{100561, 9}, TagType::string, 0, 0, 0, 0},
-    {{100570, 15}, TagType::string, 0, 0, 0, 0},
-    {{100585, 9}, TagType::string, 0, 0, 0, 0},
-    {{100594, 22}, TagType::string, 0, 0, 0, 0},
-    {{100616, 14}, TagType::string, 0, 0, 0, 0},
-    {{100630, 27}, TagType::string, 0, 0, 0, 0},
-    {{100657, 22}, TagType::string, 0, 0, 0, 0},
-    {{100679, 13}, TagType::string, 0, 0, 0, 0},
-    {{100692, 18}, TagType::string, 0, 0, 0, 0},
-    {{100710, 13}, TagType::string, 0, 0, 0, 0},
-    {{100723, 12}, TagType::string, 0, 0, 0, 0},
-    {{100735, 12}, TagType::string, 0, 0, 0, 0},
-    {{100747, 23}, TagType::string, 0, 0, 0, 0},
-    {{100770, 14}, TagType::string, 0, 0, 0, 0},
-    {{100784, 16}, TagType::string, 0, 0, 0, 0},
-    {{100800, 16}, TagType::string, 0, 0, 0, 0},
-    {{100816, 11}, TagType::string, 0, 0, 0, 0},
-    {{100827, 17}, TagType::string, 0, 0, 0, 0},
-    {{100844, 12}, TagType::string, 0, 0, 0, 0},
-    {{100856, 10}, TagType::string, 0, 0, 0, 0},
-    {{100866, 12}, TagType::string, 0, 0, 0, 0},
-    {{100878, 20}, TagType::string, 0, 0, 0, 0},
-    {{100898, 27}, TagType::string, 0, 0, 0, 0},
-    {{100925, 20}, TagType::string, 0, 0, 0, 0},
-    {{100945, 28}, TagType::string, 0, 0, 0, 0},
-    {{100973, 22}, TagType::string, 0, 0, 0, 0},
-    {{100995, 23}, TagType::string, 0, 0, 0, 0},
-    {{101018, 15}, TagType::string, 0, 0, 0, 0},
-    {{101033, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{101054, 15}, TagType::string, 0, 0, 0, 0},
-    {{101069, 12}, TagType::string, 0, 0, 0, 0},
-    {{101081, 21}, TagType::string, 0, 0, 0, 0},
-    {{101102, 17}, TagType::string, 0, 0, 0, 0},
-    {{101119, 21}, TagType::string, 0, 0, 0, 0},
-    {{101140, 11}, TagType::string, 0, 0, 0, 0},
-    {{101151, 24}, TagType::string, 0, 0, 0, 0},
-    {{101175, 13}, TagType::string, 0, 0, 0, 0},
-    {{101188, 12}, TagType::string, 0, 0, 0, 0},
-    {{101200, 14}, TagType::string, 0, 0, 0, 0},
-    {{101214, 11}, TagType::string, 0, 0, 0, 0},
-    {{101225, 19}, TagType::string, 0, 0, 0, 0},
-    {{101244, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{101260, 24}, TagType::string, 0, 0, 0, 0},
-    {{101284, 28}, TagType::string, 0, 0, 0, 0},
-    {{101312, 33}, TagType::string, 0, 0, 0, 0},
-    {{101345, 33}, TagType::string, 0, 0, 0, 0},
-    {{101378, 35}, TagType::string, 0, 0, 0, 0},
-    {{101413, 41}, TagType::string, 0, 0, 0, 0},
-    {{101454, 43}, TagType::string, 0, 0, 0, 0},
-    {{101497, 19}, TagType::string, 0, 0, 0, 0},
-    {{101516, 17}, TagType::string, 0, 0, 0, 0},
-    {{101533, 19}, TagType::string, 0, 0, 0, 0},
-    {{101552, 25}, TagType::string, 0, 0, 0, 0},
-    {{101577, 25}, TagType::string, 0, 0, 0, 0},
-    {{101602, 25}, TagType::string, 0, 0, 0, 0},
-    {{101627, 25}, TagType::string, 0, 0, 0, 0},
-    {{101652, 25}, TagType::string, 0, 0, 0, 0},
-    {{101677, 25}, TagType::string, 0, 0, 0, 0},
-    {{101702, 25}, TagType::string, 0, 0, 0, 0},
-    {{101727, 25}, TagType::string, 0, 0, 0, 0},
-    {{101752, 24}, TagType::string, 0, 0, 0, 0},
-    {{101776, 24}, TagType::string, 0, 0, 0, 0},
-    {{101800, 24}, TagType::string, 0, 0, 0, 0},
-    {{101824, 24}, TagType::string, 0, 0, 0, 0},
-    {{101848, 24}, TagType::string, 0, 0, 0, 0},
-    {{101872, 24}, TagType::string, 0, 0, 0, 0},
-    {{101896, 24}, TagType::string, 0, 0, 0, 0},
-    {{101920, 24}, TagType::string, 0, 0, 0, 0},
-    {{101944, 21}, TagType::string, 0, 0, 0, 0},
-    {{101965, 10}, TagType::string, 0, 0, 0, 0},
-    {{101975, 17}, TagType::string, 0, 0, 0, 0},
-    {{101992, 24}, TagType::string, 0, 0, 0, 0},
-    {{102016, 15}, TagType::string, 0, 0, 0, 0},
-    {{102031, 29}, TagType::int32u, 0, 0, 0, 0},
-    {{102060, 26}, TagType::string, 0, 0, 0, 0},
-    {{102086, 13}, TagType::string, 0, 0, 0, 0},
-    {{102099, 21}, TagType::float_, 0, 0, 0, 0},
-    {{102120, 16}, TagType::string, 0, 0, 0, 0},
-    {{102136, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{102145, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{102155, 11}, TagType::string, 0, 0, 0, 0},
-    {{102166, 23}, TagType::string, 0, 0, 0, 0},
-    {{102189, 27}, TagType::string, 0, 0, 0, 0},
-    {{102216, 25}, TagType::string, 0, 0, 0, 0},
-    {{102241, 18}, TagType::string, 0, 0, 0, 0},
-    {{102259, 22}, TagType::string, 0, 0, 0, 0},
-    {{102281, 20}, TagType::string, 0, 0, 0, 0},
-    {{102301, 16}, TagType::string, 0, 0, 0, 0},
-    {{102317, 17}, TagType::float_, 0, 0, 0, 0},
-    {{102334, 18}, TagType::float_, 0, 0, 0, 0},
-    {{102352, 20}, TagType::float_, 0, 0, 0, 0},
-    {{102372, 11}, TagType::string, 0, 0, 0, 0},
-    {{102383, 9}, TagType::string, 0, 0, 0, 0},
-    {{102392, 23}, TagType::string, 0, 0, 0, 0},
-    {{102415, 20}, TagType::string, 0, 0, 0, 0},
-    {{102435, 13}, TagType::string, 0, 0, 0, 0},
-    {{102448, 6}, TagType::string, 0, 0, 0, 0},
-    {{102454, 12}, TagType::string, 0, 0, 0, 0},
-    {{102466, 7}, TagType::string, 0, 0, 0, 0},
-    {{102473, 20}, TagType::string, 0, 0, 0, 0},
-    {{102493, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{102510, 13}, TagType::string, 0, 0, 0, 0},
-    {{102523, 9}, TagType::string, 0, 0, 0, 0},
-    {{102532, 19}, TagType::string, 0, 0, 0, 0},
-    {{102551, 12}, TagType::string, 0, 0, 0, 0},
-    {{102563, 13}, TagType::string, 0, 0, 0, 0},
-    {{102576, 11}, TagType::string, 0, 0, 0, 0},
-    {{102587, 15}, TagType::string, 0, 0, 0, 0},
-    {{102602, 17}, TagType::string, 0, 0, 0, 0},
-    {{102619, 13}, TagType::string, 0, 0, 0, 0},
-    {{102632, 18}, TagType::string, 0, 0, 0, 0},
-    {{102650, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{102669, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{102687, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{102705, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{102726, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{102742, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{102756, 19}, TagType::string, 0, 0, 0, 0},
-    {{102775, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{102796, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{102807, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{102822, 13}, TagType::string, 0, 0, 0, 0},
-    {{102835, 11}, TagType::string, 0, 0, 0, 0},
-    {{102846, 12}, TagType::string, 0, 0, 0, 0},
-    {{102858, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{102876, 20}, TagType::string, 0, 0, 0, 0},
-    {{102896, 34}, TagType::string, 0, 0, 0, 0},
-    {{102930, 19}, TagType::string, 0, 0, 0, 0},
-    {{102949, 17}, TagType::string, 0, 0, 0, 0},
-    {{102966, 16}, TagType::string, 0, 0, 0, 0},
-    {{102982, 22}, TagType::string, 0, 0, 0, 0},
-    {{103004, 17}, TagType::string, 0, 0, 0, 0},
-    {{103021, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{103039, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{103058, 15}, TagType::string, 0, 0, 0, 0},
-    {{103073, 18}, TagType::string, 0, 0, 0, 0},
-    {{103091, 20}, TagType::string, 0, 0, 0, 0},
-    {{103111, 12}, TagType::string, 0, 0, 0, 0},
-    {{103123, 3}, TagType::string, 0, 0, 0, 0},
-    {{103126, 21}, TagType::string, 0, 0, 0, 0},
-    {{103147, 19}, TagType::string, 0, 0, 0, 0},
-    {{103166, 14}, TagType::string, 0, 0, 0, 0},
-    {{103180, 13}, TagType::string, 0, 0, 0, 0},
-    {{103193, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{103205, 21}, TagType::string, 0, 0, 0, 0},
-    {{103226, 9}, TagType::string, 0, 0, 0, 0},
-    {{103235, 22}, TagType::string, 0, 0, 0, 0},
-    {{103257, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{103278, 11}, TagType::string, 0, 0, 0, 0},
-    {{103289, 13}, TagType::string, 0, 0, 0, 0},
-    {{103302, 11}, TagType::string, 0, 0, 0, 0},
-    {{103313, 26}, TagType::string, 0, 0, 0, 0},
-    {{103339, 15}, TagType::string, 0, 0, 0, 0},
-    {{103354, 20}, TagType::string, 0, 0, 0, 0},
-    {{103374, 24}, TagType::string, 0, 0, 0, 0},
-    {{103398, 15}, TagType::int64u, 0, 0, 0, 0},
-    {{103413, 21}, TagType::int64u, 0, 0, 0, 0},
-    {{103434, 17}, TagType::string, 0, 0, 0, 0},
-    {{103451, 18}, TagType::string, 0, 0, 0, 0},
-    {{103469, 28}, TagType::string, 0, 0, 0, 0},
-    {{103497, 23}, TagType::string, 0, 0, 0, 0},
-    {{103520, 23}, TagType::string, 0, 0, 0, 0},
-    {{103543, 25}, TagType::string, 0, 0, 0, 0},
-    {{103568, 28}, TagType::string, 0, 0, 0, 0},
-    {{103596, 22}, TagType::string, 0, 0, 0, 0},
-    {{103618, 18}, TagType::string, 0, 0, 0, 0},
-    {{103636, 13}, TagType::string, 0, 0, 0, 0},
-    {{103649, 15}, TagType::string, 0, 0, 0, 0},
-    {{103664, 28}, TagType::string, 0, 0, 0, 0},
-    {{103692, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{103704, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{103723, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{103738, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{103759, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{103778, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{103792, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{103811, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{103826, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{103847, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{103866, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{103888, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{103910, 4}, TagType::int16u, 0, 0, 0, 0},
-    {{103914, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{103918, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{103922, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{103927, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{103932, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{103937, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{103942, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{103948, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{103954, 4}, TagType::int16u, 0, 0, 0, 0},
-    {{103958, 22}, TagType::string, 0, 0, 0, 0},
-    {{103980, 18}, TagType::string, 0, 0, 0, 0},
-    {{103998, 19}, TagType::string, 0, 0, 0, 0},
-    {{104017, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{104033, 14}, TagType::int64u, 0, 0, 0, 0},
-    {{104047, 12}, TagType::int64u, 0, 0, 0, 0},
-    {{104059, 13}, TagType::string, 0, 0, 0, 0},
-    {{104072, 14}, TagType::string, 0, 0, 0, 0},
-    {{104086, 18}, TagType::string, 0, 0, 0, 0},
-    {{104104, 11}, TagType::string, 0, 0, 0, 0},
-    {{104115, 19}, TagType::string, 0, 0, 0, 0},
-    {{104134, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{61331, 20}, TagType::float_, 0, 0, 0, 0},
-    {{104151, 21}, TagType::string, 0, 0, 0, 0},
-    {{104172, 22}, TagType::string, 0, 0, 0, 0},
-    {{104194, 5}, TagType::string, 0, 0, 0, 0},
-    {{104199, 10}, TagType::string, 0, 0, 0, 0},
-    {{104209, 19}, TagType::string, 0, 0, 0, 0},
-    {{104228, 22}, TagType::string, 0, 0, 0, 0},
-    {{104250, 12}, TagType::string, 0, 0, 0, 0},
-    {{104262, 15}, TagType::string, 0, 0, 0, 0},
-    {{104277, 18}, TagType::string, 0, 0, 0, 0},
-    {{104295, 18}, TagType::string, 0, 0, 0, 0},
-    {{104313, 16}, TagType::string, 0, 0, 0, 0},
-    {{104329, 22}, TagType::string, 0, 0, 0, 0},
-    {{104351, 18}, TagType::string, 0, 0, 0, 0},
-    {{104369, 32}, TagType::string, 0, 0, 0, 0},
-    {{104401, 14}, TagType::string, 0, 0, 0, 0},
-    {{104415, 17}, TagType::string, 0, 0, 0, 0},
-    {{104432, 31}, TagType::int8u, 0, 0, 0, 0},
-    {{104463, 26}, TagType::int16u, 0, 0, 0, 0},
-    {{104489, 19}, TagType::string, 0, 0, 0, 0},
-    {{104508, 14}, TagType::string, 0, 0, 0, 0},
-    {{104522, 20}, TagType::string, 0, 0, 0, 0},
-    {{104542, 20}, TagType::string, 0, 0, 0, 0},
-    {{104562, 14}, TagType::string, 0, 0, 0, 0},
-    {{104576, 26}, TagType::string, 0, 0, 0, 0},
-    {{104602, 16}, TagType::string, 0, 0, 0, 0},
-    {{104618, 16}, TagType::string, 0, 0, 0, 0},
-    {{104634, 27}, TagType::string, 0, 0, 0, 0},
-    {{104661, 13}, TagType::string, 0, 0, 0, 0},
-    {{104674, 18}, TagType::string, 0, 0, 0, 0},
-    {{104692, 26}, TagType::string, 0, 0, 0, 0},
-    {{104718, 18}, TagType::string, 0, 0, 0, 0},
-    {{104736, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{104756, 16}, TagType::string, 0, 0, 0, 0},
-    {{104772, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{104786, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{104803, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{104821, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{104839, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{104850, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{104859, 21}, TagType::string, 0, 0, 0, 0},
-    {{104880, 25}, TagType::int8u, 0, 0, 0, 0},
-    {{104905, 17}, TagType::string, 0, 0, 0, 0},
-    {{104922, 25}, TagType::string, 0, 0, 0, 0},
-    {{104947, 11}, TagType::string, 0, 0, 0, 0},
-    {{104958, 34}, TagType::string, 0, 0, 0, 0},
-    {{104992, 35}, TagType::string, 0, 0, 0, 0},
-    {{105027, 28}, TagType::string, 0, 0, 0, 0},
-    {{105055, 28}, TagType::string, 0, 0, 0, 0},
-    {{105083, 24}, TagType::string, 0, 0, 0, 0},
-    {{105107, 43}, TagType::string, 0, 0, 0, 0},
-    {{105150, 32}, TagType::string, 0, 0, 0, 0},
-    {{105182, 24}, TagType::int32u, 0, 0, 0, 0},
-    {{105206, 21}, TagType::string, 0, 0, 0, 0},
-    {{105227, 23}, TagType::string, 0, 0, 0, 0},
-    {{105250, 13}, TagType::string, 0, 0, 0, 0},
-    {{105263, 24}, TagType::string, 0, 0, 0, 0},
-    {{105287, 28}, TagType::string, 0, 0, 0, 0},
-    {{105315, 33}, TagType::string, 0, 0, 0, 0},
-    {{105348, 15}, TagType::string, 0, 0, 0, 0},
-    {{105363, 18}, TagType::string, 0, 0, 0, 0},
-    {{105381, 27}, TagType::string, 0, 0, 0, 0},
-    {{105408, 27}, TagType::string, 0, 0, 0, 0},
-    {{105435, 23}, TagType::string, 0, 0, 0, 0},
-    {{105458, 23}, TagType::string, 0, 0, 0, 0},
-    {{105481, 32}, TagType::string, 0, 0, 0, 0},
-    {{105513, 17}, TagType::string, 0, 0, 0, 0},
-    {{105530, 19}, TagType::string, 0, 0, 0, 0},
-    {{105549, 25}, TagType::string, 0, 0, 0, 0},
-    {{105574, 27}, TagType::string, 0, 0, 0, 0},
-    {{105601, 6}, TagType::string, 0, 0, 0, 0},
-    {{105607, 14}, TagType::string, 0, 0, 0, 0},
-    {{105621, 22}, TagType::string, 0, 0, 0, 0},
-    {{105643, 19}, TagType::string, 0, 0, 0, 0},
-    {{105662, 17}, TagType::string, 0, 0, 0, 0},
-    {{105679, 10}, TagType::string, 0, 0, 0, 0},
-    {{105689, 20}, TagType::string, 0, 0, 0, 0},
-    {{105709, 17}, TagType::string, 0, 0, 0, 0},
-    {{105726, 13}, TagType::string, 0, 0, 0, 0},
-    {{105739, 24}, TagType::string, 0, 0, 0, 0},
-    {{105763, 20}, TagType::string, 0, 0, 0, 0},
-    {{105783, 23}, TagType::string, 0, 0, 0, 0},
-    {{105806, 27}, TagType::string, 0, 0, 0, 0},
+    {{83984, 10}, TagType::int16u, 0, 2, 0, 0},  // MXFVersion
+    {{83994, 14}, TagType::int64u, 0, 0, 0, 0},  // FooterPosition
+    {{84008, 10}, TagType::int64u, 0, 0, 0, 0},  // HeaderSize
+    {{84018, 14}, TagType::string, 0, 0, 0, 0},  // OrganizationID
+    {{84032, 4}, TagType::string, 0, 0, 0, 0},  // UPID
+    {{84036, 3}, TagType::string, 0, 0, 0, 0},  // UPN
+    {{84039, 4}, TagType::string, 0, 0, 0, 0},  // IBTN
+    {{84043, 4}, TagType::string, 0, 0, 0, 0},  // ISAN
+    {{84047, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
+    {{84051, 4}, TagType::string, 0, 0, 0, 0},  // ISSN
+    {{84055, 4}, TagType::string, 0, 0, 0, 0},  // ISWC
+    {{84059, 4}, TagType::string, 0, 0, 0, 0},  // ISMN
+    {{84063, 4}, TagType::string, 0, 0, 0, 0},  // ISCI
+    {{84067, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
+    {{84071, 4}, TagType::string, 0, 0, 0, 0},  // ISRN
+    {{84075, 4}, TagType::string, 0, 0, 0, 0},  // ISBD
+    {{84079, 4}, TagType::string, 0, 0, 0, 0},  // ISTC
+    {{84083, 4}, TagType::string, 0, 0, 0, 0},  // SICI
+    {{84087, 4}, TagType::string, 0, 0, 0, 0},  // BICI
+    {{84091, 4}, TagType::string, 0, 0, 0, 0},  // AICI
+    {{84095, 3}, TagType::string, 0, 0, 0, 0},  // PII
+    {{84098, 3}, TagType::string, 0, 0, 0, 0},  // DOI
+    {{84101, 11}, TagType::string, 0, 0, 0, 0},  // InstanceUID
+    {{84112, 9}, TagType::string, 0, 0, 0, 0},  // PackageID
+    {{84121, 17}, TagType::string, 0, 0, 0, 0},  // DeviceDesignation
+    {{84138, 11}, TagType::string, 0, 0, 0, 0},  // DeviceModel
+    {{84149, 18}, TagType::string, 0, 0, 0, 0},  // DeviceSerialNumber
+    {{2023, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{84167, 4}, TagType::string, 0, 0, 0, 0},  // PURL
+    {{84171, 3}, TagType::string, 0, 0, 0, 0},  // URN
+    {{84174, 14}, TagType::string, 0, 0, 0, 0},  // TransmissionID
+    {{84188, 9}, TagType::string, 0, 0, 0, 0},  // ArchiveID
+    {{84197, 6}, TagType::string, 0, 0, 0, 0},  // ItemID
+    {{84203, 25}, TagType::string, 0, 0, 0, 0},  // AccountingReferenceNumber
+    {{84228, 9}, TagType::string, 0, 0, 0, 0},  // TrafficID
+    {{84237, 16}, TagType::string, 0, 0, 0, 0},  // ReelOrRollNumber
+    {{84253, 15}, TagType::string, 0, 0, 0, 0},  // LocalTapeNumber
+    {{84268, 4}, TagType::int32u, 0, 0, 0, 0},  // LUID
+    {{84272, 11}, TagType::string, 0, 0, 0, 0},  // PackageName
+    {{84283, 13}, TagType::string, 0, 0, 0, 0},  // LocalFilePath
+    {{84296, 8}, TagType::string, 0, 0, 0, 0},  // EdgeCode
+    {{84304, 9}, TagType::string, 0, 0, 0, 0},  // FrameCode
+    {{84313, 7}, TagType::string, 0, 0, 0, 0},  // KeyCode
+    {{84320, 9}, TagType::string, 0, 0, 0, 0},  // InkNumber
+    {{84329, 7}, TagType::string, 0, 0, 0, 0},  // KeyText
+    {{84336, 8}, TagType::string, 0, 0, 0, 0},  // KeyFrame
+    {{84344, 8}, TagType::string, 0, 0, 0, 0},  // KeySound
+    {{84352, 16}, TagType::string, 0, 0, 0, 0},  // KeyDataOrProgram
+    {{84368, 9}, TagType::string, 0, 0, 0, 0},  // TitleKind
+    {{84377, 9}, TagType::string, 0, 0, 0, 0},  // MainTitle
+    {{84386, 14}, TagType::string, 0, 0, 0, 0},  // SecondaryTitle
+    {{84400, 12}, TagType::string, 0, 0, 0, 0},  // SeriesNumber
+    {{84412, 13}, TagType::string, 0, 0, 0, 0},  // EpisodeNumber
+    {{84425, 11}, TagType::string, 0, 0, 0, 0},  // SceneNumber
+    {{84436, 10}, TagType::int16u, 0, 0, 0, 0},  // TakeNumber
+    {{84446, 18}, TagType::string, 0, 0, 0, 0},  // CISACLegalEntityID
+    {{84464, 8}, TagType::string, 0, 0, 0, 0},  // AGICOAID
+    {{84472, 18}, TagType::string, 0, 0, 0, 0},  // SourceOrganization
+    {{84490, 20}, TagType::string, 0, 0, 0, 0},  // SupplyContractNumber
+    {{84510, 20}, TagType::string, 0, 0, 0, 0},  // OriginalProducerName
+    {{84530, 17}, TagType::int16u, 0, 0, 0, 0},  // TotalEpisodeCount
+    {{84547, 15}, TagType::string, 0, 0, 0, 0},  // CopyrightStatus
+    {{84562, 18}, TagType::string, 0, 0, 0, 0},  // CopyrightOwnerName
+    {{84580, 31}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyDescription
+    {{84611, 26}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyRights
+    {{84637, 12}, TagType::string, 0, 0, 0, 0},  // Rightsholder
+    {{84649, 25}, TagType::string, 0, 0, 0, 0},  // RightsManagementAuthority
+    {{84674, 19}, TagType::string, 0, 0, 0, 0},  // InterestedPartyName
+    {{84693, 15}, TagType::int16u, 0, 0, 0, 0},  // MaximumUseCount
+    {{84708, 25}, TagType::string, 0, 0, 0, 0},  // LicenseOptionsDescription
+    {{84733, 12}, TagType::string, 0, 0, 0, 0},  // CurrencyCode
+    {{84745, 25}, TagType::string, 0, 0, 0, 0},  // RoyaltyPaymentInformation
+    {{84770, 24}, TagType::string, 0, 0, 0, 0},  // RoyaltyIncomeInformation
+    {{84794, 17}, TagType::string, 0, 0, 0, 0},  // RestrictionsonUse
+    {{84811, 9}, TagType::string, 0, 0, 0, 0},  // ExCCIData
+    {{84820, 8}, TagType::string, 0, 0, 0, 0},  // UserName
+    {{84828, 8}, TagType::string, 0, 0, 0, 0},  // Password
+    {{84836, 17}, TagType::string, 0, 0, 0, 0},  // ScramblingKeyKind
+    {{84853, 18}, TagType::int8u, 0, 0, 0, 0},  // ScramblingKeyValue
+    {{84871, 25}, TagType::string, 0, 0, 0, 0},  // BroadcastOrganizationName
+    {{84896, 16}, TagType::string, 0, 0, 0, 0},  // BroadcastChannel
+    {{84912, 19}, TagType::string, 0, 0, 0, 0},  // BroadcastMediumKind
+    {{84931, 15}, TagType::string, 0, 0, 0, 0},  // BroadcastRegion
+    {{84946, 18}, TagType::string, 0, 0, 0, 0},  // FirstBroadcastFlag
+    {{84964, 19}, TagType::int16u, 0, 0, 0, 0},  // CurrentRepeatNumber
+    {{84983, 20}, TagType::int16u, 0, 0, 0, 0},  // PreviousRepeatNumber
+    {{85003, 14}, TagType::int32u, 0, 0, 0, 0},  // AudienceRating
+    {{85017, 13}, TagType::int32u, 0, 0, 0, 0},  // AudienceReach
+    {{85030, 19}, TagType::string, 0, 0, 0, 0},  // NatureOfPersonality
+    {{85049, 18}, TagType::string, 0, 0, 0, 0},  // ContributionStatus
+    {{85067, 29}, TagType::string, 0, 0, 0, 0},  // SupportOrAdministrationStatus
+    {{85096, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationKind
+    {{85112, 26}, TagType::string, 0, 0, 0, 0},  // ProductionOrganizationRole
+    {{85138, 23}, TagType::string, 0, 0, 0, 0},  // SupportOrganizationRole
+    {{85161, 15}, TagType::string, 0, 0, 0, 0},  // JobFunctionName
+    {{85176, 8}, TagType::string, 0, 0, 0, 0},  // RoleName
+    {{85184, 11}, TagType::string, 0, 0, 0, 0},  // ContactKind
+    {{85195, 21}, TagType::string, 0, 0, 0, 0},  // ContactDepartmentName
+    {{85216, 10}, TagType::string, 0, 0, 0, 0},  // FamilyName
+    {{85226, 14}, TagType::string, 0, 0, 0, 0},  // FirstGivenName
+    {{85240, 15}, TagType::string, 0, 0, 0, 0},  // SecondGivenName
+    {{85255, 14}, TagType::string, 0, 0, 0, 0},  // ThirdGivenName
+    {{85269, 8}, TagType::string, 0, 0, 0, 0},  // MainName
+    {{85277, 17}, TagType::string, 0, 0, 0, 0},  // SupplementaryName
+    {{85294, 20}, TagType::string, 0, 0, 0, 0},  // OrganizationMainName
+    {{85314, 29}, TagType::string, 0, 0, 0, 0},  // SupplementaryOrganizationName
+    {{85343, 18}, TagType::string, 0, 0, 0, 0},  // ISO3166CountryCode
+    {{85361, 20}, TagType::string, 0, 0, 0, 0},  // ISO639-1LanguageCode
+    {{85381, 30}, TagType::int8u, 0, 0, 0, 0},  // OperatingSystemInterpretations
+    {{85411, 9}, TagType::string, 0, 0, 0, 2},  // ByteOrder
+    {{85420, 19}, TagType::string, 0, 0, 0, 0},  // EssenceIsIdentified
+    {{85439, 16}, TagType::string, 0, 0, 0, 0},  // LengthSystemName
+    {{85455, 14}, TagType::string, 0, 0, 0, 0},  // LengthUnitKind
+    {{85469, 15}, TagType::string, 0, 0, 0, 0},  // AngularUnitKind
+    {{85484, 16}, TagType::string, 0, 0, 0, 0},  // TimeSystemOffset
+    {{85500, 12}, TagType::string, 0, 0, 0, 0},  // TimeUnitKind
+    {{85512, 19}, TagType::string, 0, 0, 0, 0},  // ContentCodingSystem
+    {{85531, 11}, TagType::string, 0, 0, 0, 0},  // ProgramKind
+    {{85542, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{85547, 14}, TagType::string, 0, 0, 0, 0},  // TargetAudience
+    {{85561, 17}, TagType::string, 0, 0, 0, 0},  // CatalogDataStatus
+    {{85578, 13}, TagType::string, 0, 0, 0, 0},  // ThesaurusName
+    {{85591, 5}, TagType::string, 0, 0, 0, 0},  // Theme
+    {{85596, 21}, TagType::string, 0, 0, 0, 0},  // ContentClassification
+    {{50743, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{85617, 9}, TagType::string, 0, 0, 0, 0},  // KeyFrames
+    {{85626, 9}, TagType::string, 0, 0, 0, 0},  // KeySounds
+    {{85635, 7}, TagType::string, 0, 0, 0, 0},  // KeyData
+    {{85642, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{85650, 7}, TagType::string, 0, 0, 0, 0},  // Purpose
+    {{24953, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{85657, 15}, TagType::string, 0, 0, 0, 0},  // ColorDescriptor
+    {{85672, 16}, TagType::string, 0, 0, 0, 0},  // FormatDescriptor
+    {{85688, 11}, TagType::string, 0, 0, 0, 0},  // StratumKind
+    {{85699, 19}, TagType::string, 0, 0, 0, 0},  // IndividualAwardName
+    {{85718, 16}, TagType::string, 0, 0, 0, 0},  // ProgramAwardName
+    {{85734, 10}, TagType::string, 0, 0, 0, 0},  // AssetValue
+    {{85744, 12}, TagType::string, 0, 0, 0, 0},  // ContentValue
+    {{85756, 13}, TagType::string, 0, 0, 0, 0},  // CulturalValue
+    {{85769, 14}, TagType::string, 0, 0, 0, 0},  // AestheticValue
+    {{85783, 15}, TagType::string, 0, 0, 0, 0},  // HistoricalValue
+    {{85798, 14}, TagType::string, 0, 0, 0, 0},  // TechnicalValue
+    {{85812, 11}, TagType::string, 0, 0, 0, 0},  // OtherValues
+    {{85823, 20}, TagType::string, 0, 0, 0, 0},  // CatalogingSystemName
+    {{85843, 16}, TagType::string, 0, 0, 0, 0},  // ComputedKeywords
+    {{85859, 17}, TagType::string, 0, 0, 0, 0},  // ComputedKeyFrames
+    {{85876, 17}, TagType::string, 0, 0, 0, 0},  // ComputedKeySounds
+    {{85893, 15}, TagType::string, 0, 0, 0, 0},  // ComputedKeyData
+    {{85908, 19}, TagType::string, 0, 0, 0, 0},  // ComputedStratumKind
+    {{85927, 23}, TagType::rational64s, 0, 0, 0, 0},  // PresentationAspectRatio
+    {{85950, 18}, TagType::string, 0, 0, 0, 0},  // CaptureAspectRatio
+    {{85968, 20}, TagType::string, 0, 0, 0, 0},  // CaptureGammaEquation
+    {{85988, 12}, TagType::string, 0, 0, 0, 0},  // LumaEquation
+    {{86000, 15}, TagType::string, 0, 0, 0, 0},  // ColorimetryCode
+    {{86015, 14}, TagType::string, 0, 0, 0, 0},  // SignalFormCode
+    {{86029, 14}, TagType::int8u, 0, 0, 0, 0},  // ColorFieldCode
+    {{86043, 9}, TagType::int16u, 0, 0, 0, 0},  // FieldRate
+    {{78487, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameRate
+    {{86052, 11}, TagType::int8u, 0, 0, 0, 0},  // FrameLayout
+    {{86063, 21}, TagType::string, 0, 0, 0, 0},  // SamplingStructureCode
+    {{86084, 18}, TagType::int16u, 0, 0, 0, 0},  // TotalLinesperFrame
+    {{86102, 19}, TagType::int16u, 0, 0, 0, 0},  // ActiveLinesperFrame
+    {{86121, 12}, TagType::int32s, 0, 0, 0, 0},  // LeadingLines
+    {{86133, 13}, TagType::int32s, 0, 0, 0, 0},  // TrailingLines
+    {{86146, 21}, TagType::string, 0, 0, 0, 0},  // AnalogVideoSystemName
+    {{86167, 19}, TagType::int8u, 0, 0, 0, 0},  // LuminanceSampleRate
+    {{86186, 20}, TagType::int16u, 0, 0, 0, 0},  // ActiveSamplesperLine
+    {{86206, 19}, TagType::int16u, 0, 0, 0, 0},  // TotalSamplesperLine
+    {{86225, 21}, TagType::string, 0, 0, 0, 0},  // SamplingHierarchyCode
+    {{86246, 21}, TagType::int32u, 0, 0, 0, 0},  // HorizontalSubsampling
+    {{86267, 11}, TagType::int8u, 0, 0, 0, 0},  // ColorSiting
+    {{86278, 13}, TagType::int32u, 0, 0, 0, 0},  // SampledHeight
+    {{86291, 12}, TagType::int32u, 0, 0, 0, 0},  // SampledWidth
+    {{86303, 14}, TagType::int32s, 0, 0, 0, 0},  // SampledXOffset
+    {{86317, 14}, TagType::int32s, 0, 0, 0, 0},  // SampledYOffset
+    {{86331, 13}, TagType::int32u, 0, 0, 0, 0},  // DisplayHeight
+    {{86344, 12}, TagType::int32u, 0, 0, 0, 0},  // DisplayWidth
+    {{86356, 14}, TagType::int32s, 0, 0, 0, 0},  // DisplayXOffset
+    {{86370, 14}, TagType::int32s, 0, 0, 0, 0},  // DisplayYOffset
+    {{86384, 13}, TagType::string, 0, 0, 0, 0},  // FilteringCode
+    {{1494, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{1505, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{86397, 12}, TagType::int32s, 0, 0, 0, 0},  // BitsPerPixel
+    {{86409, 18}, TagType::string, 0, 0, 0, 0},  // RoundingMethodCode
+    {{86427, 19}, TagType::int32u, 0, 0, 0, 0},  // BlackReferenceLevel
+    {{86446, 19}, TagType::int32u, 0, 0, 0, 0},  // WhiteReferenceLevel
+    {{86465, 18}, TagType::string, 0, 0, 0, 0},  // FieldFrameTypeCode
+    {{86483, 16}, TagType::string, 0, 0, 0, 0},  // PulldownSequence
+    {{86499, 22}, TagType::string, 0, 0, 0, 0},  // PulldownFieldDominance
+    {{86521, 29}, TagType::int8u, 0, 0, 0, 0},  // VideoAndFilmFrameRelationship
+    {{86550, 20}, TagType::string, 0, 0, 0, 0},  // CaptureFilmFrameRate
+    {{86570, 21}, TagType::string, 0, 0, 0, 0},  // TransferFilmFrameRate
+    {{86591, 18}, TagType::string, 0, 0, 0, 0},  // VideoTestParameter
+    {{86609, 15}, TagType::float_, 0, 0, 0, 0},  // VideoTestResult
+    {{86624, 17}, TagType::string, 0, 0, 0, 0},  // FilmTestParameter
+    {{86641, 14}, TagType::float_, 0, 0, 0, 0},  // FilmTestResult
+    {{86655, 25}, TagType::int8u, 0, 0, 0, 0},  // ElectrospatialFormulation
+    {{86680, 16}, TagType::string, 0, 0, 0, 0},  // FilteringApplied
+    {{86696, 19}, TagType::string, 0, 0, 0, 0},  // AudioReferenceLevel
+    {{86715, 21}, TagType::int8u, 0, 0, 0, 0},  // AudioMonoChannelCount
+    {{86736, 23}, TagType::int8u, 0, 0, 0, 0},  // AudioStereoChannelCount
+    {{86759, 12}, TagType::string, 0, 0, 0, 0},  // AnalogSystem
+    {{46090, 15}, TagType::float_, 0, 0, 0, 0},  // AudioSampleRate
+    {{86771, 13}, TagType::int8u, 0, 0, 0, 0},  // BitsPerSample
+    {{86784, 11}, TagType::string, 0, 0, 0, 0},  // RoundingLaw
+    {{86795, 6}, TagType::string, 0, 0, 0, 0},  // Dither
+    {{86801, 12}, TagType::string, 0, 0, 0, 0},  // OpticalTrack
+    {{86813, 13}, TagType::string, 0, 0, 0, 0},  // MagneticTrack
+    {{86826, 20}, TagType::float_, 0, 0, 0, 0},  // Signal-to-NoiseRatio
+    {{86846, 9}, TagType::string, 0, 0, 0, 0},  // Weighting
+    {{86855, 20}, TagType::string, 0, 0, 0, 0},  // AnalogDataCodingKind
+    {{86875, 12}, TagType::string, 0, 0, 0, 0},  // TimecodeKind
+    {{86887, 16}, TagType::float_, 0, 0, 0, 0},  // TimecodeTimebase
+    {{86903, 20}, TagType::string, 0, 0, 0, 0},  // TimecodeUserBitsFlag
+    {{86923, 11}, TagType::string, 0, 0, 0, 0},  // IncludeSync
+    {{86934, 9}, TagType::string, 0, 0, 0, 0},  // DropFrame
+    {{86943, 18}, TagType::int8u, 0, 0, 0, 0},  // TimecodeSourceKind
+    {{86961, 21}, TagType::string, 0, 0, 0, 0},  // AnalogMetadataCarrier
+    {{86982, 22}, TagType::string, 0, 0, 0, 0},  // DigitalMetadataCarrier
+    {{87004, 36}, TagType::string, 0, 0, 0, 0},  // AnalogMonitoringAndControlCodingKind
+    {{50597, 10}, TagType::rational64s, 0, 0, 0, 0},  // SampleRate
+    {{87040, 13}, TagType::string, 0, 0, 0, 0},  // EssenceLength
+    {{87053, 16}, TagType::string, 0, 0, 0, 0},  // FilmColorProcess
+    {{87069, 14}, TagType::string, 0, 0, 0, 0},  // EdgeCodeFormat
+    {{87083, 14}, TagType::string, 0, 0, 0, 0},  // FilmFormatName
+    {{87097, 13}, TagType::string, 0, 0, 0, 0},  // FilmStockKind
+    {{87110, 25}, TagType::string, 0, 0, 0, 0},  // FilmStockManufacturerName
+    {{87135, 19}, TagType::string, 0, 0, 0, 0},  // PhysicalMediaLength
+    {{87154, 19}, TagType::string, 0, 0, 0, 0},  // FilmCaptureAperture
+    {{87173, 13}, TagType::string, 0, 0, 0, 0},  // ImageCategory
+    {{87186, 21}, TagType::string, 0, 0, 0, 0},  // ImageSourceDeviceKind
+    {{87207, 24}, TagType::string, 0, 0, 0, 0},  // OpticalTestParameterName
+    {{87231, 17}, TagType::float_, 0, 0, 0, 0},  // OpticalTestResult
+    {{87248, 10}, TagType::string, 0, 0, 0, 0},  // SensorType
+    {{87258, 19}, TagType::string, 0, 0, 0, 0},  // PolarCharacteristic
+    {{87277, 21}, TagType::string, 0, 0, 0, 0},  // IntegrationIndication
+    {{87298, 15}, TagType::string, 0, 0, 0, 0},  // EventIndication
+    {{87313, 11}, TagType::string, 0, 0, 0, 0},  // QualityFlag
+    {{87324, 20}, TagType::string, 0, 0, 0, 0},  // PhysicalInstanceKind
+    {{87344, 26}, TagType::string, 0, 0, 0, 0},  // DigitalOrAnalogOrigination
+    {{87370, 29}, TagType::string, 0, 0, 0, 0},  // MicrophonePlacementTechniques
+    {{87399, 19}, TagType::int16u, 0, 0, 0, 0},  // SimpleFlaggingCount
+    {{87418, 9}, TagType::int8u, 0, 0, 0, 0},  // CopyCount
+    {{87427, 10}, TagType::int8u, 0, 0, 0, 0},  // CloneCount
+    {{87437, 20}, TagType::string, 0, 0, 0, 0},  // Work-in-ProgressFlag
+    {{87457, 32}, TagType::string, 0, 0, 0, 0},  // VideoOrImageCompressionAlgorithm
+    {{87489, 16}, TagType::string, 0, 0, 0, 0},  // SplicingMetadata
+    {{87505, 25}, TagType::string, 0, 0, 0, 0},  // AudioCompressionAlgorithm
+    {{87530, 28}, TagType::string, 0, 0, 0, 0},  // VideoNoiseReductionAlgorithm
+    {{87558, 28}, TagType::string, 0, 0, 0, 0},  // AudioNoiseReductionAlgorithm
+    {{87586, 36}, TagType::string, 0, 0, 0, 0},  // EnhancementOrModificationDescription
+    {{87622, 15}, TagType::string, 0, 0, 0, 0},  // VideoDeviceKind
+    {{87637, 24}, TagType::string, 0, 0, 0, 0},  // VideoDeviceParameterName
+    {{87661, 27}, TagType::string, 0, 0, 0, 0},  // VideoDeviceParameterSetting
+    {{87688, 41}, TagType::string, 0, 0, 0, 0},  // AudioEnhancementOrModificationDescription
+    {{87729, 25}, TagType::string, 0, 0, 0, 0},  // AudioFirstMix-DownProcess
+    {{87754, 15}, TagType::string, 0, 0, 0, 0},  // AudioDeviceKind
+    {{87769, 20}, TagType::string, 0, 0, 0, 0},  // AudioDeviceParameter
+    {{87789, 27}, TagType::string, 0, 0, 0, 0},  // AudioDeviceParameterSetting
+    {{87816, 40}, TagType::string, 0, 0, 0, 0},  // DataEnhancementOrModificationDescription
+    {{87856, 14}, TagType::string, 0, 0, 0, 0},  // DataDeviceKind
+    {{87870, 23}, TagType::string, 0, 0, 0, 0},  // DataDeviceParameterName
+    {{87893, 26}, TagType::string, 0, 0, 0, 0},  // DataDeviceParameterSetting
+    {{87919, 15}, TagType::string, 0, 0, 0, 0},  // DefaultFadeType
+    {{87934, 11}, TagType::string, 0, 0, 0, 0},  // ActiveState
+    {{87945, 11}, TagType::string, 0, 0, 0, 0},  // Fade-InType
+    {{87956, 12}, TagType::string, 0, 0, 0, 0},  // Fade-OutType
+    {{87968, 21}, TagType::string, 0, 0, 0, 0},  // SpeedChangeEffectFlag
+    {{87989, 17}, TagType::int32s, 0, 0, 0, 0},  // InputSegmentCount
+    {{88006, 6}, TagType::int32u, 0, 0, 0, 0},  // Bypass
+    {{88012, 25}, TagType::string, 0, 0, 0, 0},  // VideoCompressionAlgorithm
+    {{88037, 24}, TagType::string, 0, 0, 0, 0},  // MPEGVideoRecodingDataset
+    {{88061, 33}, TagType::string, 0, 0, 0, 0},  // UpstreamAudioCompressionAlgorithm
+    {{88094, 24}, TagType::string, 0, 0, 0, 0},  // MPEGAudioRecodingDataset
+    {{88118, 31}, TagType::string, 0, 0, 0, 0},  // ProgramSupportMaterialReference
+    {{88149, 28}, TagType::string, 0, 0, 0, 0},  // AdvertisingMaterialReference
+    {{88177, 34}, TagType::string, 0, 0, 0, 0},  // ProgramCommercialMaterialReference
+    {{88211, 18}, TagType::string, 0, 0, 0, 0},  // ContiguousDataFlag
+    {{88229, 18}, TagType::int32u, 0, 0, 0, 0},  // PositionInSequence
+    {{88247, 32}, TagType::int32s, 0, 0, 0, 0},  // RelativePositionInSequenceOffset
+    {{88279, 30}, TagType::string, 0, 0, 0, 0},  // RelativePositionInSequenceName
+    {{61133, 21}, TagType::string, 0, 0, 0, 0},  // ImageCoordinateSystem
+    {{88309, 12}, TagType::string, 0, 0, 0, 0},  // MapDatumUsed
+    {{88321, 34}, TagType::float_, 0, 0, 0, 0},  // LocalDatumAbsolutePositionAccuracy
+    {{88355, 32}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsolutePositionalAccuracy
+    {{88387, 14}, TagType::float_, 0, 0, 0, 0},  // DeviceAltitude
+    {{88401, 14}, TagType::float_, 0, 0, 0, 0},  // DeviceLatitude
+    {{88415, 15}, TagType::float_, 0, 0, 0, 0},  // DeviceLongitude
+    {{88430, 16}, TagType::float_, 0, 0, 0, 0},  // DeviceXDimension
+    {{88446, 16}, TagType::float_, 0, 0, 0, 0},  // DeviceYDimension
+    {{88462, 23}, TagType::float_, 0, 0, 0, 0},  // FramePositionalAccuracy
+    {{61292, 19}, TagType::string, 0, 0, 0, 0},  // FrameCenterLatitude
+    {{61311, 20}, TagType::string, 0, 0, 0, 0},  // FrameCenterLongitude
+    {{88485, 28}, TagType::string, 0, 0, 0, 0},  // FrameCenterLatitudeLongitude
+    {{88513, 34}, TagType::float_, 0, 0, 0, 0},  // LocalDatumRelativePositionAccuracy
+    {{88547, 32}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionalAccuracy
+    {{88579, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionX
+    {{88602, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionY
+    {{88625, 23}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativePositionZ
+    {{88648, 33}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativePositionalAccuracy
+    {{88681, 38}, TagType::int16s, 0, 0, 0, 0},  // PositionWithinViewportImageXCoordinate
+    {{88719, 38}, TagType::int16s, 0, 0, 0, 0},  // PositionWithinViewportImageYCoordinate
+    {{88757, 28}, TagType::int16s, 0, 0, 0, 0},  // SourceImageCenterXCoordinate
+    {{88785, 28}, TagType::int16s, 0, 0, 0, 0},  // SourceImageCenterYCoordinate
+    {{88813, 30}, TagType::int16s, 0, 0, 0, 0},  // ViewportImageCenterCCoordinate
+    {{88843, 30}, TagType::int16s, 0, 0, 0, 0},  // ViewportImageCenterYCoordinate
+    {{88873, 19}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsoluteSpeed
+    {{88892, 21}, TagType::float_, 0, 0, 0, 0},  // DeviceAbsoluteHeading
+    {{88913, 20}, TagType::float_, 0, 0, 0, 0},  // SubjectAbsoluteSpeed
+    {{88933, 22}, TagType::float_, 0, 0, 0, 0},  // SubjectAbsoluteHeading
+    {{88955, 19}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativeSpeed
+    {{88974, 21}, TagType::float_, 0, 0, 0, 0},  // DeviceRelativeHeading
+    {{88995, 20}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativeSpeed
+    {{89015, 22}, TagType::float_, 0, 0, 0, 0},  // SubjectRelativeHeading
+    {{61271, 10}, TagType::float_, 0, 0, 0, 0},  // SlantRange
+    {{61281, 11}, TagType::float_, 0, 0, 0, 0},  // TargetWidth
+    {{89037, 14}, TagType::int16u, 0, 0, 0, 0},  // ViewportHeight
+    {{89051, 13}, TagType::int16u, 0, 0, 0, 0},  // ViewportWidth
+    {{89064, 15}, TagType::float_, 0, 0, 0, 0},  // SensorRollAngle
+    {{89079, 12}, TagType::float_, 0, 0, 0, 0},  // AngleToNorth
+    {{89091, 14}, TagType::float_, 0, 0, 0, 0},  // ObliquityAngle
+    {{89105, 12}, TagType::string, 0, 0, 0, 0},  // PlaceKeyword
+    {{89117, 17}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCode
+    {{89134, 19}, TagType::string, 0, 0, 0, 0},  // ShootingCountryCode
+    {{89153, 18}, TagType::string, 0, 0, 0, 0},  // SettingCountryCode
+    {{89171, 27}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseCountryCode
+    {{89198, 38}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseCountryCode
+    {{89236, 16}, TagType::string, 0, 0, 0, 0},  // ObjectRegionCode
+    {{89252, 18}, TagType::string, 0, 0, 0, 0},  // ShootingRegionCode
+    {{89270, 17}, TagType::string, 0, 0, 0, 0},  // SettingRegionCode
+    {{89287, 26}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseRegionCode
+    {{89313, 37}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseRegionCode
+    {{89350, 10}, TagType::string, 0, 0, 0, 0},  // RoomNumber
+    {{89360, 12}, TagType::string, 0, 0, 0, 0},  // StreetNumber
+    {{89372, 10}, TagType::string, 0, 0, 0, 0},  // StreetName
+    {{89382, 10}, TagType::string, 0, 0, 0, 0},  // PostalTown
+    {{89392, 8}, TagType::string, 0, 0, 0, 0},  // CityName
+    {{89400, 27}, TagType::string, 0, 0, 0, 0},  // StateOrProvinceOrCountyName
+    {{51068, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
+    {{89427, 11}, TagType::string, 0, 0, 0, 0},  // CountryName
+    {{89438, 17}, TagType::string, 0, 0, 0, 0},  // SettingRoomNumber
+    {{89455, 33}, TagType::string, 0, 0, 0, 0},  // SettingStreetNumberOrBuildingName
+    {{89488, 17}, TagType::string, 0, 0, 0, 0},  // SettingStreetName
+    {{89505, 15}, TagType::string, 0, 0, 0, 0},  // SettingTownName
+    {{89520, 15}, TagType::string, 0, 0, 0, 0},  // SettingCityName
+    {{89535, 34}, TagType::string, 0, 0, 0, 0},  // SettingStateOrProvinceOrCountyName
+    {{89569, 17}, TagType::string, 0, 0, 0, 0},  // SettingPostalCode
+    {{89586, 18}, TagType::string, 0, 0, 0, 0},  // SettingCountryName
+    {{89604, 15}, TagType::string, 0, 0, 0, 0},  // TelephoneNumber
+    {{89619, 9}, TagType::string, 0, 0, 0, 0},  // FaxNumber
+    {{89628, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
+    {{89641, 18}, TagType::string, 0, 0, 0, 0},  // SettingDescription
+    {{89659, 15}, TagType::string, 0, 0, 0, 0},  // UTCUserDateTime
+    {{89674, 17}, TagType::string, 0, 0, 0, 0},  // LocalUserDateTime
+    {{89691, 21}, TagType::string, 0, 0, 0, 0},  // SMPTE309MUserDateTime
+    {{89712, 20}, TagType::string, 0, 0, 0, 0},  // SMPTE12MUserDateTime
+    {{89732, 16}, TagType::string, 0, 0, 0, 0},  // UTCStartDateTime
+    {{89748, 18}, TagType::string, 0, 0, 0, 0},  // LocalStartDateTime
+    {{89766, 21}, TagType::string, 0, 0, 0, 0},  // TimecodeStartDateTime
+    {{89787, 14}, TagType::string, 0, 0, 0, 0},  // UTCEndDateTime
+    {{89801, 16}, TagType::string, 0, 0, 0, 0},  // LocalEndDateTime
+    {{89817, 19}, TagType::string, 0, 0, 0, 0},  // TimecodeEndDateTime
+    {{89836, 17}, TagType::string, 0, 0, 0, 0},  // UTCLastModifyDate
+    {{89853, 19}, TagType::string, 0, 0, 0, 0},  // LocalLastModifyDate
+    {{89872, 22}, TagType::string, 0, 0, 0, 0},  // TimecodeLastModifyDate
+    {{89894, 21}, TagType::string, 0, 0, 0, 0},  // UTCEventStartDateTime
+    {{89915, 23}, TagType::string, 0, 0, 0, 0},  // LocalEventStartDateTime
+    {{89938, 26}, TagType::string, 0, 0, 0, 0},  // TimecodeEventStartDateTime
+    {{89964, 19}, TagType::string, 0, 0, 0, 0},  // UTCEventEndDateTime
+    {{89983, 21}, TagType::string, 0, 0, 0, 0},  // LocalEventEndDateTime
+    {{90004, 24}, TagType::string, 0, 0, 0, 0},  // TimecodeEventEndDateTime
+    {{90028, 28}, TagType::string, 0, 0, 0, 0},  // StartTimeRelativeToReference
+    {{90056, 32}, TagType::string, 0, 0, 0, 0},  // StartTimecodeRelativeToReference
+    {{90088, 21}, TagType::string, 0, 0, 0, 0},  // MaterialEndTimeOffset
+    {{90109, 25}, TagType::string, 0, 0, 0, 0},  // MaterialEndTimecodeOffset
+    {{90134, 20}, TagType::string, 0, 0, 0, 0},  // EventStartTimeOffset
+    {{90154, 24}, TagType::string, 0, 0, 0, 0},  // EventStartTimecodeOffset
+    {{90178, 18}, TagType::string, 0, 0, 0, 0},  // EventEndTimeOffset
+    {{90196, 22}, TagType::string, 0, 0, 0, 0},  // EventEndTimecodeOffset
+    {{90218, 16}, TagType::int32u, 0, 0, 0, 0},  // FrameCountOffset
+    {{90234, 14}, TagType::string, 0, 0, 0, 0},  // TimePeriodName
+    {{90248, 21}, TagType::string, 0, 0, 0, 0},  // LocalCreationDateTime
+    {{90269, 24}, TagType::string, 0, 0, 0, 0},  // TimecodeCreationDateTime
+    {{90293, 15}, TagType::string, 0, 0, 0, 0},  // LocalModifyDate
+    {{90308, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeModifyDate
+    {{90326, 10}, TagType::int32u, 0, 0, 0, 0},  // FrameCount
+    {{90336, 24}, TagType::string, 0, 0, 0, 0},  // MaterialAbsoluteDuration
+    {{90360, 21}, TagType::int32u, 0, 0, 0, 0},  // TextlessBlackDuration
+    {{90381, 31}, TagType::int32u, 0, 0, 0, 0},  // EventAbsoluteDurationFrameCount
+    {{90412, 21}, TagType::string, 0, 0, 0, 0},  // EventAbsoluteDuration
+    {{90433, 11}, TagType::string, 0, 0, 0, 0},  // BufferDelay
+    {{90444, 17}, TagType::string, 0, 0, 0, 0},  // ProgramIdentifier
+    {{90461, 23}, TagType::string, 0, 0, 0, 0},  // ProgramIdentifierString
+    {{90484, 8}, TagType::string, 0, 0, 0, 0},  // ShimName
+    {{90492, 14}, TagType::int8u, 0, 0, 0, 0},  // SignalStandard
+    {{90506, 11}, TagType::string, 0, 0, 0, 0},  // IntendedAFD
+    {{90517, 10}, TagType::string, 0, 0, 0, 0},  // SlateTitle
+    {{90527, 8}, TagType::string, 0, 0, 0, 0},  // NOLACode
+    {{90535, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{90541, 23}, TagType::string, 0, 0, 0, 0},  // NielsenStreamIdentifier
+    {{90564, 11}, TagType::string, 0, 0, 0, 0},  // IsRecording
+    {{90575, 16}, TagType::string, 0, 0, 0, 0},  // IsLiveProduction
+    {{90591, 18}, TagType::string, 0, 0, 0, 0},  // IsLiveTransmission
+    {{90609, 8}, TagType::string, 0, 0, 0, 0},  // IsDubbed
+    {{90617, 11}, TagType::string, 0, 0, 0, 0},  // IsVoiceover
+    {{90628, 17}, TagType::string, 0, 0, 0, 0},  // HasAudioWatermark
+    {{90645, 18}, TagType::string, 0, 0, 0, 0},  // AudioWatermarkKind
+    {{90663, 17}, TagType::string, 0, 0, 0, 0},  // HasVideoWatermark
+    {{90680, 18}, TagType::string, 0, 0, 0, 0},  // VideoWatermarkKind
+    {{90698, 16}, TagType::string, 0, 0, 0, 0},  // SubtitlesPresent
+    {{90714, 13}, TagType::string, 0, 0, 0, 0},  // CaptionTitles
+    {{90727, 19}, TagType::string, 0, 0, 0, 0},  // CaptionsViaTeletext
+    {{90746, 16}, TagType::string, 0, 0, 0, 0},  // TextlessMaterial
+    {{90762, 17}, TagType::string, 0, 0, 0, 0},  // StorageDeviceKind
+    {{90779, 16}, TagType::string, 0, 0, 0, 0},  // StorageMediaKind
+    {{90795, 14}, TagType::string, 0, 0, 0, 0},  // StorageMediaID
+    {{90809, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
+    {{90822, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastTime
+    {{90835, 8}, TagType::string, 0, 0, 0, 0},  // IsRepeat
+    {{90843, 21}, TagType::string, 0, 0, 0, 0},  // FirstTransmissionInfo
+    {{90864, 26}, TagType::string, 0, 0, 0, 0},  // TeletextSubtitlesAvailable
+    {{90890, 19}, TagType::string, 0, 0, 0, 0},  // SeasonEpisodeNumber
+    {{90909, 18}, TagType::string, 0, 0, 0, 0},  // SeasonEpisodeTitle
+    {{90927, 18}, TagType::string, 0, 0, 0, 0},  // EPGProgramSynopsis
+    {{90945, 17}, TagType::string, 0, 0, 0, 0},  // DVBParentalRating
+    {{90962, 21}, TagType::string, 0, 0, 0, 0},  // ContentMaturityRating
+    {{90983, 26}, TagType::string, 0, 0, 0, 0},  // ContentMaturityDescription
+    {{91009, 22}, TagType::string, 0, 0, 0, 0},  // ContentMaturityGraphic
+    {{91031, 14}, TagType::string, 0, 0, 0, 0},  // ContractEntity
+    {{91045, 16}, TagType::string, 0, 0, 0, 0},  // ContractTypeLink
+    {{91061, 20}, TagType::string, 0, 0, 0, 0},  // ConsumerRightsToCopy
+    {{91081, 23}, TagType::string, 0, 0, 0, 0},  // BroadcasterRightsToCopy
+    {{91104, 12}, TagType::string, 0, 0, 0, 0},  // DirectorName
+    {{91116, 12}, TagType::string, 0, 0, 0, 0},  // ProducerName
+    {{91128, 21}, TagType::string, 0, 0, 0, 0},  // FemaleLeadActressName
+    {{91149, 17}, TagType::string, 0, 0, 0, 0},  // MaleLeadActorName
+    {{91166, 13}, TagType::string, 0, 0, 0, 0},  // PresenterName
+    {{91179, 15}, TagType::string, 0, 0, 0, 0},  // MainSponsorName
+    {{91194, 15}, TagType::string, 0, 0, 0, 0},  // VoiceTalentName
+    {{91209, 13}, TagType::string, 0, 0, 0, 0},  // PostboxNumber
+    {{91222, 18}, TagType::string, 0, 0, 0, 0},  // PostCodeForPostbox
+    {{91240, 13}, TagType::string, 0, 0, 0, 0},  // ProgramNumber
+    {{91253, 18}, TagType::string, 0, 0, 0, 0},  // DefinitionObjectID
+    {{91271, 12}, TagType::int8u, 0, 0, 0, 0},  // IEEEDeviceID
+    {{91283, 13}, TagType::string, 0, 0, 0, 0},  // ProjectNumber
+    {{91296, 14}, TagType::string, 0, 0, 0, 0},  // EdgeCodeHeader
+    {{91310, 13}, TagType::int16s, 0, 0, 0, 0},  // ChannelHandle
+    {{91323, 21}, TagType::string, 0, 0, 0, 0},  // PhysicalMediaLocation
+    {{91344, 13}, TagType::string, 0, 0, 0, 0},  // MediaLocation
+    {{91357, 11}, TagType::int32u, 0, 0, 0, 0},  // TrackNumber
+    {{91368, 13}, TagType::string, 0, 0, 0, 0},  // EdgeCodeStart
+    {{91381, 12}, TagType::string, 0, 0, 0, 0},  // VersionTitle
+    {{91393, 7}, TagType::int32u, 0, 0, 0, 0},  // TrackID
+    {{91400, 9}, TagType::string, 0, 0, 0, 0},  // TrackName
+    {{91409, 20}, TagType::string, 0, 0, 0, 0},  // DefinitionObjectName
+    {{91429, 26}, TagType::int8u, 0, 0, 0, 0},  // ContentPackageMetadataLink
+    {{91455, 11}, TagType::string, 0, 0, 0, 0},  // DefinedName
+    {{91466, 22}, TagType::string, 0, 0, 0, 0},  // DeviceManufacturerName
+    {{91488, 14}, TagType::string, 0, 0, 0, 0},  // ManufacturerID
+    {{91502, 18}, TagType::string, 0, 0, 0, 0},  // IEEEManufacturerID
+    {{91520, 17}, TagType::string, 0, 0, 0, 0},  // AAFManufacturerID
+    {{91537, 23}, TagType::string, 0, 0, 0, 0},  // SupplyingDepartmentName
+    {{91560, 13}, TagType::float_, 0, 0, 0, 0},  // AudienceShare
+    {{91573, 20}, TagType::float_, 0, 0, 0, 0},  // AudienceAppreciation
+    {{91593, 10}, TagType::string, 0, 0, 0, 0},  // Salutation
+    {{91603, 23}, TagType::string, 0, 0, 0, 0},  // HonorsAndQualifications
+    {{91626, 18}, TagType::int32u, 0, 0, 0, 0},  // ObjectModelVersion
+    {{91644, 10}, TagType::string, 0, 0, 0, 0},  // SDKVersion
+    {{91654, 10}, TagType::string, 0, 0, 0, 0},  // IsOptional
+    {{91664, 12}, TagType::string, 0, 0, 0, 0},  // IsSearchable
+    {{91676, 15}, TagType::string, 0, 0, 0, 0},  // UseDefaultValue
+    {{91691, 16}, TagType::string, 0, 0, 0, 0},  // DefaultDataValue
+    {{91707, 4}, TagType::int8u, 0, 0, 0, 0},  // Size
+    {{91711, 8}, TagType::string, 0, 0, 0, 0},  // IsSigned
+    {{91719, 12}, TagType::int32u, 0, 0, 0, 0},  // ElementCount
+    {{91731, 15}, TagType::string, 0, 0, 0, 0},  // ElementNameList
+    {{91746, 30}, TagType::int64s, 0, 0, 0, 0},  // TypeDefinitionElementValueList
+    {{91776, 14}, TagType::string, 0, 0, 0, 0},  // MemberNameList
+    {{91790, 25}, TagType::string, 0, 0, 0, 0},  // ExtendibleElementNameList
+    {{91815, 37}, TagType::string, 0, 0, 0, 0},  // TypeDefinitionExtendibleElementValues
+    {{91852, 9}, TagType::string, 0, 0, 0, 0},  // TargetSet
+    {{91861, 10}, TagType::string, 0, 0, 0, 0},  // FillerData
+    {{91871, 12}, TagType::string, 0, 0, 0, 0},  // KLVDataValue
+    {{91883, 14}, TagType::string, 0, 0, 0, 0},  // PackageKLVData
+    {{91897, 16}, TagType::string, 0, 0, 0, 0},  // ComponentKLVData
+    {{91913, 20}, TagType::string, 0, 0, 0, 0},  // AssignedCategoryName
+    {{91933, 21}, TagType::string, 0, 0, 0, 0},  // AssignedCategoryValue
+    {{91954, 8}, TagType::string, 0, 0, 0, 0},  // ShotList
+    {{91962, 19}, TagType::string, 0, 0, 0, 0},  // PackageUserComments
+    {{91981, 11}, TagType::string, 0, 0, 0, 0},  // Cue-InWords
+    {{91992, 12}, TagType::string, 0, 0, 0, 0},  // Cue-OutWords
+    {{92004, 10}, TagType::string, 0, 0, 0, 0},  // ObjectKind
+    {{92014, 17}, TagType::string, 0, 0, 0, 0},  // ObjectDescription
+    {{92031, 10}, TagType::string, 0, 0, 0, 0},  // ObjectName
+    {{92041, 16}, TagType::string, 0, 0, 0, 0},  // MetadataItemName
+    {{92057, 15}, TagType::string, 0, 0, 0, 0},  // ShotCommentKind
+    {{92072, 11}, TagType::string, 0, 0, 0, 0},  // ShotComment
+    {{92083, 18}, TagType::string, 0, 0, 0, 0},  // ComputedObjectKind
+    {{92101, 19}, TagType::string, 0, 0, 0, 0},  // VersionNumberString
+    {{92120, 13}, TagType::string, 0, 0, 0, 0},  // VersionNumber
+    {{92133, 11}, TagType::string, 0, 0, 0, 0},  // WAVESummary
+    {{92144, 11}, TagType::string, 0, 0, 0, 0},  // AIFCSummary
+    {{92155, 11}, TagType::string, 0, 0, 0, 0},  // TIFFSummary
+    {{92166, 19}, TagType::rational64s, 0, 0, 0, 0},  // ViewportAspectRatio
+    {{92185, 25}, TagType::string, 0, 0, 0, 0},  // PresentationGammaEquation
+    {{92210, 14}, TagType::int8u, 0, 0, 0, 0},  // FieldDominance
+    {{92224, 12}, TagType::int32s, 0, 0, 0, 0},  // VideoLineMap
+    {{92236, 20}, TagType::int32u, 0, 0, 0, 0},  // VerticalSub-sampling
+    {{92256, 16}, TagType::int32u, 0, 0, 0, 0},  // ColorRangeLevels
+    {{92272, 11}, TagType::string, 0, 0, 0, 0},  // PixelLayout
+    {{92283, 16}, TagType::int32u, 0, 0, 0, 0},  // AlphaSampleDepth
+    {{1969, 7}, TagType::string, 0, 0, 0, 0},  // Palette
+    {{92299, 13}, TagType::string, 0, 0, 0, 0},  // PaletteLayout
+    {{92312, 14}, TagType::int32u, 0, 0, 0, 0},  // ComponentDepth
+    {{92326, 19}, TagType::string, 0, 0, 0, 0},  // VideoCodingSchemeID
+    {{92345, 27}, TagType::int32u, 0, 0, 0, 0},  // RoundedCaptureFilmFrameRate
+    {{92372, 19}, TagType::float_, 0, 0, 0, 0},  // AudioAverageBitrate
+    {{92391, 21}, TagType::string, 0, 0, 0, 0},  // AudioFixedBitrateFlag
+    {{92412, 13}, TagType::string, 0, 0, 0, 0},  // CodingLawKind
+    {{92425, 19}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeID
+    {{92444, 11}, TagType::int8u, 0, 0, 0, 0},  // LayerNumber
+    {{92455, 23}, TagType::int16u, 0, 0, 0, 0},  // RoundedTimecodeTimebase
+    {{92478, 23}, TagType::string, 0, 0, 2, 7},  // ComponentDataDefinition
+    {{92501, 10}, TagType::string, 0, 0, 0, 0},  // StreamData
+    {{92511, 18}, TagType::string, 0, 0, 0, 0},  // TimecodeStreamData
+    {{92529, 14}, TagType::string, 0, 0, 0, 0},  // RecordedFormat
+    {{92543, 13}, TagType::string, 0, 0, 0, 0},  // TapeShellKind
+    {{92556, 15}, TagType::string, 0, 0, 0, 0},  // TapeFormulation
+    {{92571, 12}, TagType::int32u, 0, 0, 0, 0},  // TapeCapacity
+    {{92583, 16}, TagType::string, 0, 0, 0, 0},  // TapeManufacturer
+    {{92599, 9}, TagType::string, 0, 0, 0, 0},  // TapeStock
+    {{92608, 15}, TagType::string, 0, 0, 0, 0},  // TapeBatchNumber
+    {{92623, 20}, TagType::float_, 0, 0, 0, 0},  // PerforationsPerFrame
+    {{92643, 15}, TagType::string, 0, 0, 0, 0},  // FilmBatchNumber
+    {{92658, 9}, TagType::string, 0, 0, 0, 0},  // FilmGauge
+    {{92667, 17}, TagType::string, 0, 0, 0, 0},  // EdgeCodeFilmGauge
+    {{92684, 18}, TagType::rational64s, 0, 0, 0, 0},  // ExposedAspectRatio
+    {{92702, 20}, TagType::int32u, 0, 0, 0, 0},  // ImageAlignmentOffset
+    {{92722, 16}, TagType::int32u, 0, 0, 0, 0},  // ImageStartOffset
+    {{92738, 14}, TagType::int32u, 0, 0, 0, 0},  // ImageEndOffset
+    {{92752, 11}, TagType::int16s, 0, 0, 0, 0},  // PaddingBits
+    {{8543, 11}, TagType::float_, 0, 0, 0, 0},  // FocalLength
+    {{50694, 10}, TagType::string, 0, 0, 0, 0},  // SensorSize
+    {{8435, 7}, TagType::float_, 0, 0, 0, 0},  // FNumber
+    {{92763, 14}, TagType::string, 0, 0, 0, 0},  // SensorTypeCode
+    {{92777, 21}, TagType::float_, 0, 0, 0, 0},  // FieldOfViewHorizontal
+    {{92798, 28}, TagType::string, 0, 0, 0, 0},  // AnamorphicLensCharacteristic
+    {{92826, 15}, TagType::string, 0, 0, 0, 0},  // UniformDataFlag
+    {{92841, 11}, TagType::string, 0, 0, 0, 0},  // JPEGTableID
+    {{92852, 17}, TagType::int8u, 0, 0, 9, 2},  // AlphaTransparency
+    {{92869, 12}, TagType::string, 0, 0, 0, 0},  // GenerationID
+    {{92881, 23}, TagType::string, 0, 0, 0, 0},  // ApplicationSupplierName
+    {{92904, 15}, TagType::string, 0, 0, 0, 0},  // ApplicationName
+    {{92919, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationVersionNumber
+    {{92943, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationVersionString
+    {{92967, 19}, TagType::string, 0, 0, 0, 0},  // ApplicationPlatform
+    {{92986, 20}, TagType::string, 0, 0, 0, 0},  // ApplicationProductID
+    {{93006, 18}, TagType::string, 0, 0, 0, 0},  // LinkedGenerationID
+    {{93024, 16}, TagType::string, 0, 0, 0, 0},  // ContainerVersion
+    {{93040, 14}, TagType::string, 0, 0, 0, 0},  // ToolkitVersion
+    {{93054, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InCategoryID
+    {{93071, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InPlatformID
+    {{93088, 31}, TagType::string, 0, 0, 0, 0},  // MinimumSupportedPlatformVersion
+    {{93119, 31}, TagType::string, 0, 0, 0, 0},  // MaximumSupportedPlatformVersion
+    {{93150, 15}, TagType::string, 0, 0, 0, 0},  // Plug-InEngineID
+    {{93165, 29}, TagType::string, 0, 0, 0, 0},  // MinimumSupportedEngineVersion
+    {{93194, 29}, TagType::string, 0, 0, 0, 0},  // MaximumSupportedEngineVersion
+    {{93223, 12}, TagType::string, 0, 0, 0, 0},  // Plug-InAPIID
+    {{93235, 17}, TagType::string, 0, 0, 0, 0},  // MinimumAPIVersion
+    {{93252, 17}, TagType::string, 0, 0, 0, 0},  // MaximumAPIVersion
+    {{93269, 24}, TagType::string, 0, 0, 0, 0},  // Software-OnlySupportFlag
+    {{93293, 23}, TagType::string, 0, 0, 0, 0},  // HardwareAcceleratorFlag
+    {{93316, 17}, TagType::string, 0, 0, 0, 0},  // Plug-InLocatorSet
+    {{93333, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationFlag
+    {{93351, 28}, TagType::string, 0, 0, 0, 0},  // AssociatedMetadataDefinition
+    {{93379, 18}, TagType::rational64s, 0, 0, 0, 0},  // EventTrackEditRate
+    {{93397, 19}, TagType::rational64s, 0, 0, 0, 0},  // DefaultFadeEditRate
+    {{93416, 19}, TagType::string, 0, 0, 0, 0},  // EditingEventComment
+    {{93435, 8}, TagType::rational64s, 0, 0, 0, 0},  // EditRate
+    {{93443, 21}, TagType::string, 0, 0, 0, 0},  // OperationDefinitionID
+    {{93464, 5}, TagType::string, 0, 0, 0, 0},  // Value
+    {{93469, 8}, TagType::string, 0, 0, 0, 0},  // EditHint
+    {{93477, 23}, TagType::string, 0, 0, 0, 0},  // OperationDataDefinition
+    {{93500, 17}, TagType::string, 0, 0, 0, 0},  // OperationCategory
+    {{93517, 12}, TagType::string, 0, 0, 0, 0},  // DisplayUnits
+    {{93529, 14}, TagType::int32u, 0, 0, 0, 0},  // BypassOverride
+    {{93543, 14}, TagType::string, 0, 0, 0, 0},  // TimepointValue
+    {{93557, 11}, TagType::string, 0, 0, 0, 0},  // BeginAnchor
+    {{93568, 9}, TagType::string, 0, 0, 0, 0},  // EndAnchor
+    {{93577, 28}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferDirection
+    {{93605, 23}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferKind
+    {{93628, 24}, TagType::string, 0, 0, 0, 0},  // FilmToVideoTransferPhase
+    {{93652, 21}, TagType::string, 0, 0, 0, 0},  // TeletextSubtitlesFlag
+    {{93673, 20}, TagType::string, 0, 0, 0, 0},  // SubtitleDatafileFlag
+    {{93693, 26}, TagType::string, 0, 0, 0, 0},  // ClosedCaptionSubtitlesFlag
+    {{93719, 11}, TagType::string, 0, 0, 0, 0},  // SampleIndex
+    {{93730, 15}, TagType::string, 0, 0, 0, 0},  // SourcePackageID
+    {{93745, 13}, TagType::int32u, 0, 0, 0, 0},  // SourceTrackID
+    {{93758, 13}, TagType::int32u, 0, 0, 0, 0},  // RelativeScope
+    {{93771, 13}, TagType::int32u, 0, 0, 0, 0},  // RelativeTrack
+    {{93784, 11}, TagType::string, 0, 0, 0, 0},  // ObjectClass
+    {{93795, 22}, TagType::string, 0, 0, 0, 0},  // EssenceContainerFormat
+    {{93817, 15}, TagType::string, 0, 0, 0, 0},  // CodecDefinition
+    {{93832, 19}, TagType::string, 0, 0, 0, 0},  // ParameterDefinition
+    {{93851, 13}, TagType::string, 0, 0, 0, 0},  // Interpolation
+    {{93864, 17}, TagType::string, 0, 0, 0, 0},  // ParameterDataType
+    {{93881, 22}, TagType::string, 0, 0, 0, 0},  // CodecEssenceDescriptor
+    {{93903, 14}, TagType::string, 0, 0, 0, 0},  // ContentStorage
+    {{93917, 10}, TagType::string, 0, 0, 0, 0},  // Dictionary
+    {{93927, 18}, TagType::string, 0, 0, 0, 0},  // EssenceDescription
+    {{93945, 8}, TagType::string, 0, 0, 0, 0},  // Sequence
+    {{93953, 16}, TagType::string, 0, 0, 0, 0},  // TransitionEffect
+    {{93969, 15}, TagType::string, 0, 0, 0, 0},  // EffectRendering
+    {{93984, 12}, TagType::string, 0, 0, 0, 0},  // InputSegment
+    {{93996, 10}, TagType::string, 0, 0, 0, 0},  // StillFrame
+    {{94006, 8}, TagType::string, 0, 0, 0, 0},  // Selected
+    {{94014, 10}, TagType::string, 0, 0, 0, 0},  // Annotation
+    {{94024, 29}, TagType::string, 0, 0, 0, 0},  // ManufacturerInformationObject
+    {{94053, 17}, TagType::string, 0, 0, 0, 0},  // CodecEssenceKinds
+    {{94070, 19}, TagType::string, 0, 0, 0, 0},  // OperationParameters
+    {{94089, 15}, TagType::string, 0, 0, 0, 0},  // DegradedEffects
+    {{94104, 8}, TagType::string, 0, 0, 0, 0},  // Packages
+    {{94112, 11}, TagType::string, 0, 0, 0, 0},  // EssenceData
+    {{94123, 20}, TagType::string, 0, 0, 0, 0},  // OperationDefinitions
+    {{94143, 20}, TagType::string, 0, 0, 0, 0},  // ParameterDefinitions
+    {{94163, 15}, TagType::string, 0, 0, 0, 0},  // DataDefinitions
+    {{94178, 18}, TagType::string, 0, 0, 0, 0},  // Plug-InDefinitions
+    {{94196, 16}, TagType::string, 0, 0, 0, 0},  // CodecDefinitions
+    {{94212, 20}, TagType::string, 0, 0, 0, 0},  // ContainerDefinitions
+    {{94232, 24}, TagType::string, 0, 0, 0, 0},  // InterpolationDefinitions
+    {{94256, 24}, TagType::string, 0, 0, 0, 0},  // AvailableRepresentations
+    {{94280, 13}, TagType::string, 0, 0, 0, 0},  // InputSegments
+    {{94293, 15}, TagType::string, 0, 0, 0, 0},  // EssenceLocators
+    {{94308, 18}, TagType::string, 0, 0, 0, 0},  // IdentificationList
+    {{94326, 6}, TagType::string, 0, 0, 0, 0},  // Tracks
+    {{94332, 16}, TagType::string, 0, 0, 0, 0},  // ControlPointList
+    {{94348, 13}, TagType::string, 0, 0, 0, 0},  // PackageTracks
+    {{94361, 10}, TagType::string, 0, 0, 0, 0},  // Alternates
+    {{94371, 20}, TagType::string, 0, 0, 0, 0},  // ComponentsInSequence
+    {{94391, 10}, TagType::string, 0, 0, 0, 0},  // Parameters
+    {{94401, 15}, TagType::string, 0, 0, 0, 0},  // LinkedPackageID
+    {{94416, 11}, TagType::string, 0, 0, 0, 0},  // ParentClass
+    {{94427, 10}, TagType::string, 0, 0, 0, 0},  // Properties
+    {{94437, 10}, TagType::string, 0, 0, 0, 0},  // IsConcrete
+    {{94447, 12}, TagType::string, 0, 0, 0, 0},  // PropertyType
+    {{94459, 7}, TagType::int16u, 0, 0, 0, 0},  // LocalID
+    {{94466, 18}, TagType::string, 0, 0, 0, 0},  // IsUniqueIdentifier
+    {{94484, 16}, TagType::string, 0, 0, 0, 0},  // ClassDefinitions
+    {{94500, 15}, TagType::string, 0, 0, 0, 0},  // TypeDefinitions
+    {{94515, 28}, TagType::string, 0, 0, 0, 0},  // TargetClassOfStrongReference
+    {{94543, 26}, TagType::string, 0, 0, 0, 0},  // TargetClassOfWeakReference
+    {{94569, 32}, TagType::string, 0, 0, 0, 0},  // EnumerationUnderlyingIntegerType
+    {{94601, 21}, TagType::string, 0, 0, 0, 0},  // FixedArrayElementType
+    {{94622, 24}, TagType::string, 0, 0, 0, 0},  // VariableArrayElementType
+    {{94646, 14}, TagType::string, 0, 0, 0, 0},  // SetElementType
+    {{94660, 17}, TagType::string, 0, 0, 0, 0},  // StringElementType
+    {{94677, 17}, TagType::string, 0, 0, 0, 0},  // StreamElementType
+    {{94694, 11}, TagType::string, 0, 0, 0, 0},  // MemberTypes
+    {{94705, 11}, TagType::string, 0, 0, 0, 0},  // RenamedType
+    {{94716, 20}, TagType::string, 0, 0, 0, 0},  // DictionaryIdentifier
+    {{94736, 21}, TagType::string, 0, 0, 0, 0},  // DictionaryDescription
+    {{94757, 20}, TagType::int16u, 0, 0, 0, 0},  // BlockContinuityCount
+    {{94777, 23}, TagType::int32s, 0, 0, 0, 0},  // StreamPositionIndicator
+    {{94800, 6}, TagType::int64s, 0, 0, 0, 0},  // Origin
+    {{94806, 13}, TagType::int64s, 0, 0, 0, 0},  // StartTimecode
+    {{94819, 8}, TagType::int64s, 0, 0, 0, 0},  // CutPoint
+    {{94827, 10}, TagType::string, 0, 0, 0, 0},  // EventStart
+    {{94837, 16}, TagType::rational64s, 0, 0, 0, 0},  // ControlPointTime
+    {{24885, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{24905, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
+    {{94853, 23}, TagType::string, 0, 0, 0, 0},  // ContainerLastModifyDate
+    {{94876, 21}, TagType::string, 0, 0, 0, 0},  // PackageLastModifyDate
+    {{9873, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{94897, 19}, TagType::string, 0, 0, 0, 0},  // DefaultFadeDuration
+    {{94916, 15}, TagType::string, 0, 0, 0, 0},  // Fade-InDuration
+    {{94931, 16}, TagType::string, 0, 0, 0, 0},  // Fade-OutDuration
+    {{94947, 10}, TagType::string, 0, 0, 0, 0},  // TapeFormat
+    {{94957, 12}, TagType::string, 0, 0, 0, 0},  // GlobalNumber
+    {{94969, 12}, TagType::string, 0, 0, 0, 0},  // DeviceIDKind
+    {{94981, 10}, TagType::string, 0, 0, 0, 0},  // DeviceKind
+    {{94991, 14}, TagType::string, 0, 0, 0, 0},  // DeviceKindCode
+    {{95005, 19}, TagType::string, 0, 0, 0, 0},  // PlatformDesignation
+    {{95024, 13}, TagType::string, 0, 0, 0, 0},  // PlatformModel
+    {{95037, 20}, TagType::string, 0, 0, 0, 0},  // PlatformSerialNumber
+    {{95057, 13}, TagType::string, 0, 0, 0, 0},  // LocalTargetID
+    {{95070, 18}, TagType::string, 0, 0, 0, 0},  // MagneticDiskNumber
+    {{95088, 17}, TagType::string, 0, 0, 0, 0},  // OpticalDiscNumber
+    {{60916, 8}, TagType::int8u, 0, 0, 0, 0},  // StreamID
+    {{60924, 17}, TagType::int16u, 0, 0, 0, 0},  // TransportStreamID
+    {{95105, 27}, TagType::string, 0, 0, 0, 0},  // OrganizationalProgramNumber
+    {{60941, 16}, TagType::string, 0, 0, 0, 0},  // ItemDesignatorID
+    {{61043, 9}, TagType::string, 0, 0, 0, 0},  // MissionID
+    {{95132, 18}, TagType::string, 0, 0, 0, 0},  // RecordingLabelName
+    {{95150, 14}, TagType::string, 0, 0, 0, 0},  // CollectionName
+    {{95164, 10}, TagType::string, 0, 0, 0, 0},  // OriginCode
+    {{95174, 17}, TagType::string, 0, 0, 0, 0},  // MainCatalogNumber
+    {{95191, 19}, TagType::string, 0, 0, 0, 0},  // CatalogPrefixNumber
+    {{95210, 10}, TagType::string, 0, 0, 0, 0},  // SideNumber
+    {{95220, 19}, TagType::string, 0, 0, 0, 0},  // RecordedTrackNumber
+    {{95239, 25}, TagType::int16u, 0, 0, 0, 0},  // SeriesinaSeriesGroupCount
+    {{95264, 20}, TagType::string, 0, 0, 0, 0},  // ProgrammingGroupKind
+    {{95284, 26}, TagType::string, 0, 0, 0, 0},  // PurchasingOrganizationName
+    {{95310, 19}, TagType::string, 0, 0, 0, 0},  // SalesContractNumber
+    {{95329, 20}, TagType::string, 0, 0, 0, 0},  // PurchasingDepartment
+    {{95349, 12}, TagType::string, 0, 0, 0, 0},  // ContractType
+    {{95361, 16}, TagType::string, 0, 0, 0, 0},  // ContractTypeCode
+    {{95377, 25}, TagType::string, 0, 0, 0, 0},  // ContractClauseDescription
+    {{95402, 16}, TagType::string, 0, 0, 0, 0},  // ContractLineCode
+    {{95418, 16}, TagType::string, 0, 0, 0, 0},  // ContractLineName
+    {{95434, 23}, TagType::string, 0, 0, 0, 0},  // ContractTermsOfBusiness
+    {{95457, 29}, TagType::float_, 0, 0, 0, 0},  // ContractInstallmentPercentage
+    {{95486, 12}, TagType::string, 0, 0, 0, 0},  // Jurisdiction
+    {{95498, 26}, TagType::string, 0, 0, 0, 0},  // RightsConditionDescription
+    {{95524, 12}, TagType::string, 0, 0, 0, 0},  // CurrencyName
+    {{95536, 12}, TagType::string, 0, 0, 0, 0},  // TotalPayment
+    {{95548, 16}, TagType::string, 0, 0, 0, 0},  // PayeeAccountName
+    {{95564, 18}, TagType::string, 0, 0, 0, 0},  // PayeeAccountNumber
+    {{95582, 20}, TagType::string, 0, 0, 0, 0},  // PayeeAccountSortCode
+    {{95602, 11}, TagType::string, 0, 0, 0, 0},  // TotalIncome
+    {{95613, 16}, TagType::string, 0, 0, 0, 0},  // PayerAccountName
+    {{95629, 18}, TagType::string, 0, 0, 0, 0},  // PayerAccountNumber
+    {{95647, 20}, TagType::string, 0, 0, 0, 0},  // PayerAccountSortCode
+    {{60632, 22}, TagType::string, 0, 0, 0, 0},  // SecurityClassification
+    {{95667, 29}, TagType::string, 0, 0, 0, 0},  // SecurityClassificationCaveats
+    {{60754, 12}, TagType::string, 0, 0, 0, 0},  // ClassifiedBy
+    {{60777, 20}, TagType::string, 0, 0, 0, 0},  // ClassificationReason
+    {{60797, 20}, TagType::string, 0, 0, 0, 0},  // DeclassificationDate
+    {{60766, 11}, TagType::string, 0, 0, 0, 0},  // DerivedFrom
+    {{95696, 21}, TagType::string, 0, 0, 0, 0},  // ClassificationComment
+    {{60817, 30}, TagType::string, 0, 0, 0, 0},  // ClassificationAndMarkingSystem
+    {{95717, 20}, TagType::string, 0, 0, 0, 0},  // BroadcastServiceName
+    {{95737, 19}, TagType::string, 0, 0, 0, 0},  // BroadcastMediumCode
+    {{95756, 15}, TagType::string, 0, 0, 0, 0},  // JobFunctionCode
+    {{95771, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
+    {{95779, 17}, TagType::string, 0, 0, 0, 0},  // PersonDescription
+    {{95796, 10}, TagType::string, 0, 0, 0, 0},  // RegionCode
+    {{95806, 10}, TagType::string, 0, 0, 0, 0},  // RegionName
+    {{95816, 12}, TagType::string, 0, 0, 0, 0},  // LanguageName
+    {{95828, 21}, TagType::int8u, 0, 0, 0, 0},  // TerminatingFillerData
+    {{95849, 20}, TagType::float_, 0, 0, 0, 0},  // TimingBiasCorrection
+    {{95869, 31}, TagType::string, 0, 0, 0, 0},  // TimingBiasCorrectionDescription
+    {{95900, 33}, TagType::string, 0, 0, 0, 0},  // ProgramMaterialClassificationCode
+    {{95933, 11}, TagType::string, 0, 0, 0, 0},  // SubjectName
+    {{95944, 19}, TagType::int32u, 0, 0, 0, 0},  // KeyFrameSampleCount
+    {{95963, 16}, TagType::string, 0, 0, 0, 0},  // IntentDescriptor
+    {{95979, 22}, TagType::string, 0, 0, 0, 0},  // TextualDescriptionKind
+    {{96001, 12}, TagType::string, 0, 0, 0, 0},  // FestivalName
+    {{96013, 21}, TagType::string, 0, 0, 0, 0},  // ObjectDescriptionCode
+    {{96034, 15}, TagType::string, 0, 0, 0, 0},  // DescriptionKind
+    {{96049, 18}, TagType::string, 0, 0, 0, 0},  // DescriptiveComment
+    {{96067, 18}, TagType::string, 0, 0, 0, 0},  // ContextDescription
+    {{96085, 30}, TagType::int16u, 0, 0, 0, 0},  // ObjectIdentificationConfidence
+    {{96115, 32}, TagType::int32u, 0, 0, 0, 0},  // ObjectHorizontalAverageDimension
+    {{96147, 30}, TagType::int32u, 0, 0, 0, 0},  // ObjectVerticalAverageDimension
+    {{96177, 19}, TagType::int32u, 0, 0, 0, 0},  // ObjectAreaDimension
+    {{96196, 30}, TagType::float_, 0, 0, 0, 0},  // HorizontalActionSafePercentage
+    {{96226, 28}, TagType::float_, 0, 0, 0, 0},  // VerticalActionSafePercentage
+    {{96254, 32}, TagType::float_, 0, 0, 0, 0},  // HorizontalGraphicsSafePercentage
+    {{96286, 30}, TagType::float_, 0, 0, 0, 0},  // VerticalGraphicsSafePercentage
+    {{96316, 26}, TagType::string, 0, 0, 0, 0},  // PerceivedDisplayFormatName
+    {{96342, 26}, TagType::string, 0, 0, 0, 0},  // PerceivedDisplayFormatCode
+    {{96368, 14}, TagType::string, 0, 0, 0, 0},  // VideoColorKind
+    {{96382, 18}, TagType::int16u, 0, 0, 0, 0},  // PictureDisplayRate
+    {{96400, 19}, TagType::float_, 0, 0, 0, 0},  // VideoAverageBitrate
+    {{96419, 17}, TagType::string, 0, 0, 0, 0},  // VideoFixedBitrate
+    {{96436, 22}, TagType::string, 0, 0, 0, 0},  // DigitalVideoFileFormat
+    {{96458, 13}, TagType::string, 0, 0, 0, 0},  // CodingLawName
+    {{96471, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeCode
+    {{96492, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodingSchemeName
+    {{96513, 22}, TagType::int32u, 0, 0, 0, 0},  // DigitalEncodingBitrate
+    {{96535, 19}, TagType::string, 0, 0, 0, 0},  // DataEssenceCodingID
+    {{96554, 11}, TagType::string, 0, 0, 0, 0},  // StorageKind
+    {{96565, 15}, TagType::string, 0, 0, 0, 0},  // StorageKindCode
+    {{96580, 21}, TagType::int64u, 0, 0, 0, 0},  // TapePartitionCapacity
+    {{96601, 21}, TagType::int64u, 0, 0, 0, 0},  // DiscPartitionCapacity
+    {{96622, 19}, TagType::int16u, 0, 0, 0, 0},  // FieldOfViewVertical
+    {{96641, 18}, TagType::string, 0, 0, 0, 0},  // SystemNameOrNumber
+    {{96659, 8}, TagType::string, 0, 0, 0, 0},  // LogoFlag
+    {{96667, 11}, TagType::string, 0, 0, 0, 0},  // GraphicKind
+    {{96678, 16}, TagType::string, 0, 0, 0, 0},  // GraphicUsageKind
+    {{96694, 17}, TagType::string, 0, 0, 0, 0},  // SignatureTuneFlag
+    {{96711, 19}, TagType::string, 0, 0, 0, 0},  // BackgroundMusicFlag
+    {{96730, 25}, TagType::string, 0, 0, 0, 0},  // ProductionScriptReference
+    {{96755, 19}, TagType::string, 0, 0, 0, 0},  // TranscriptReference
+    {{96774, 15}, TagType::string, 0, 0, 0, 0},  // HorizontalDatum
+    {{96789, 13}, TagType::string, 0, 0, 0, 0},  // VerticalDatum
+    {{96802, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint1
+    {{96822, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint2
+    {{96842, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint3
+    {{96862, 20}, TagType::string, 0, 0, 0, 0},  // CornerLatitudePoint4
+    {{96882, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint1
+    {{96903, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint2
+    {{96924, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint3
+    {{96945, 21}, TagType::string, 0, 0, 0, 0},  // CornerLongitudePoint4
+    {{8789, 15}, TagType::float_, 0, 0, 0, 0},  // SubjectDistance
+    {{96966, 23}, TagType::string, 0, 0, 0, 0},  // ObjectCountryCodeMethod
+    {{96989, 17}, TagType::string, 0, 0, 0, 0},  // CountryCodeMethod
+    {{97006, 28}, TagType::string, 0, 0, 0, 0},  // Non-USClassifyingCountryCode
+    {{97034, 21}, TagType::string, 0, 0, 0, 0},  // ReleasableCountryCode
+    {{97055, 16}, TagType::string, 0, 0, 0, 0},  // ObjectRegionName
+    {{97071, 18}, TagType::string, 0, 0, 0, 0},  // ShootingRegionName
+    {{97089, 17}, TagType::string, 0, 0, 0, 0},  // SettingRegionName
+    {{97106, 26}, TagType::string, 0, 0, 0, 0},  // CopyrightLicenseRegionName
+    {{97132, 37}, TagType::string, 0, 0, 0, 0},  // IntellectualPropertyLicenseRegionName
+    {{97169, 17}, TagType::int64u, 0, 0, 0, 0},  // POSIXMicroseconds
+    {{97186, 23}, TagType::string, 0, 0, 0, 0},  // EventElapsedTimeToStart
+    {{97209, 21}, TagType::string, 0, 0, 0, 0},  // EventElapsedTimeToEnd
+    {{97230, 18}, TagType::string, 0, 0, 0, 0},  // OrganizationIDKind
+    {{97248, 7}, TagType::string, 0, 0, 0, 0},  // SMPTEUL
+    {{97255, 21}, TagType::string, 0, 0, 0, 0},  // EssenceContainerArray
+    {{97276, 15}, TagType::int32u, 0, 0, 0, 0},  // EssenceStreamID
+    {{97291, 13}, TagType::int32u, 0, 0, 0, 0},  // IndexStreamID
+    {{97304, 12}, TagType::string, 0, 0, 0, 0},  // WorkingTitle
+    {{97316, 13}, TagType::string, 0, 0, 0, 0},  // OriginalTitle
+    {{97329, 10}, TagType::string, 0, 0, 0, 0},  // ClipNumber
+    {{97339, 27}, TagType::int32u, 0, 0, 0, 0},  // DescriptiveMetadataTrackIDs
+    {{97366, 14}, TagType::string, 0, 0, 0, 0},  // IdentifierKind
+    {{97380, 15}, TagType::int8u, 0, 0, 0, 0},  // IdentifierValue
+    {{97395, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationCode
+    {{97411, 26}, TagType::string, 0, 0, 0, 0},  // SupplierIdentificationKind
+    {{97437, 27}, TagType::string, 0, 0, 0, 0},  // SupplierIdentificationValue
+    {{97464, 21}, TagType::string, 0, 0, 0, 0},  // SupplierAccountNumber
+    {{97485, 19}, TagType::string, 0, 0, 0, 0},  // SupplierAccountName
+    {{97504, 18}, TagType::int16u, 0, 0, 0, 0},  // EpisodeStartNumber
+    {{97522, 16}, TagType::int16u, 0, 0, 0, 0},  // EpisodeEndNumber
+    {{97538, 27}, TagType::string, 0, 0, 0, 0},  // PurchaserIdentificationKind
+    {{97565, 28}, TagType::string, 0, 0, 0, 0},  // PurchaserIdentificationValue
+    {{97593, 22}, TagType::string, 0, 0, 0, 0},  // PurchaserAccountNumber
+    {{97615, 20}, TagType::string, 0, 0, 0, 0},  // PurchaserAccountName
+    {{97635, 19}, TagType::double_, 0, 0, 0, 0},  // TotalCurrencyAmount
+    {{97654, 17}, TagType::int16u, 0, 0, 0, 0},  // InstallmentNumber
+    {{97671, 26}, TagType::string, 0, 0, 0, 0},  // IdentifierIssuingAuthority
+    {{97697, 26}, TagType::string, 0, 0, 0, 0},  // PublishingOrganizationName
+    {{97723, 21}, TagType::string, 0, 0, 0, 0},  // PublishingServiceName
+    {{97744, 20}, TagType::string, 0, 0, 0, 0},  // PublishingMediumName
+    {{97764, 20}, TagType::string, 0, 0, 0, 0},  // PublishingRegionName
+    {{97784, 15}, TagType::string, 0, 0, 0, 0},  // OtherGivenNames
+    {{62093, 13}, TagType::string, 0, 0, 0, 0},  // AlternateName
+    {{97799, 22}, TagType::string, 0, 0, 0, 0},  // ISO639TextLanguageCode
+    {{97821, 26}, TagType::string, 0, 0, 0, 0},  // ISO639CaptionsLanguageCode
+    {{97847, 25}, TagType::string, 0, 0, 0, 0},  // PrimarySpokenLanguageCode
+    {{97872, 27}, TagType::string, 0, 0, 0, 0},  // SecondarySpokenLanguageCode
+    {{97899, 27}, TagType::string, 0, 0, 0, 0},  // PrimaryOriginalLanguageCode
+    {{97926, 29}, TagType::string, 0, 0, 0, 0},  // SecondaryOriginalLanguageCode
+    {{97955, 12}, TagType::int16u, 0, 0, 0, 0},  // MajorVersion
+    {{1466, 12}, TagType::int16u, 0, 0, 0, 0},  // MinorVersion
+    {{97967, 10}, TagType::int32u, 0, 0, 0, 0},  // SectorSize
+    {{97977, 13}, TagType::int32u, 0, 0, 0, 0},  // ElementLength
+    {{97990, 12}, TagType::string, 0, 0, 0, 0},  // KeypointKind
+    {{98002, 13}, TagType::string, 0, 0, 0, 0},  // KeypointValue
+    {{98015, 9}, TagType::string, 0, 0, 0, 0},  // AwardName
+    {{98024, 13}, TagType::string, 0, 0, 0, 0},  // AwardCategory
+    {{98037, 16}, TagType::string, 0, 0, 0, 0},  // SlateInformation
+    {{98053, 15}, TagType::string, 0, 0, 0, 0},  // LockedIndicator
+    {{98068, 18}, TagType::int32u, 0, 0, 0, 0},  // BitsPerAudioSample
+    {{98086, 11}, TagType::string, 0, 0, 0, 0},  // CaptionKind
+    {{98097, 10}, TagType::int8u, 0, 0, 0, 0},  // SliceCount
+    {{98107, 11}, TagType::int8u, 0, 0, 0, 0},  // SliceNumber
+    {{98118, 12}, TagType::int32u, 0, 0, 0, 0},  // ElementDelta
+    {{98130, 21}, TagType::int8s, 0, 0, 0, 0},  // PositionTableIndexing
+    {{98151, 15}, TagType::string, 0, 0, 0, 0},  // SliceOffsetList
+    {{98166, 13}, TagType::string, 0, 0, 0, 0},  // PosTableArray
+    {{98179, 12}, TagType::int64u, 0, 0, 0, 0},  // StreamOffset
+    {{98191, 13}, TagType::int8u, 0, 0, 0, 0},  // EditUnitFlags
+    {{98204, 14}, TagType::int8s, 0, 0, 0, 0},  // TemporalOffset
+    {{98218, 12}, TagType::int8s, 0, 0, 0, 0},  // AnchorOffset
+    {{98230, 14}, TagType::int32u, 0, 0, 0, 0},  // EditUnitLength
+    {{98244, 15}, TagType::int64u, 0, 0, 0, 0},  // HeaderByteCount
+    {{98259, 14}, TagType::int64u, 0, 0, 0, 0},  // IndexByteCount
+    {{98273, 10}, TagType::int32u, 0, 0, 0, 0},  // PackLength
+    {{98283, 14}, TagType::string, 0, 0, 0, 0},  // PrimaryPackage
+    {{98297, 23}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSets
+    {{98320, 32}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSetReferences
+    {{98352, 15}, TagType::string, 0, 0, 0, 0},  // FileDescriptors
+    {{98367, 16}, TagType::int32s, 0, 0, 0, 0},  // OffsetToMetadata
+    {{98383, 18}, TagType::int32s, 0, 0, 0, 0},  // OffsetToIndexTable
+    {{98401, 10}, TagType::int64u, 0, 0, 0, 0},  // ByteOffset
+    {{98411, 11}, TagType::int64u, 0, 0, 0, 0},  // ReversePlay
+    {{98422, 21}, TagType::int32s, 0, 0, 0, 0},  // FirstNumberInSequence
+    {{98443, 24}, TagType::int32s, 0, 0, 0, 0},  // PreviousNumberInSequence
+    {{98467, 23}, TagType::int32s, 0, 0, 0, 0},  // CurrentNumberInSequence
+    {{98490, 20}, TagType::int32s, 0, 0, 0, 0},  // NextNumberInSequence
+    {{98510, 20}, TagType::int32s, 0, 0, 0, 0},  // LastNumberInSequence
+    {{98530, 22}, TagType::string, 0, 0, 0, 0},  // CentralTelephoneNumber
+    {{98552, 21}, TagType::string, 0, 0, 0, 0},  // MobileTelephoneNumber
+    {{98573, 19}, TagType::string, 0, 0, 0, 0},  // LocationDescription
+    {{98592, 12}, TagType::string, 0, 0, 0, 0},  // LocationKind
+    {{98604, 12}, TagType::int64u, 0, 0, 0, 0},  // KeyTimePoint
+    {{98616, 15}, TagType::string, 0, 0, 0, 0},  // SettingDateTime
+    {{98631, 16}, TagType::string, 0, 0, 0, 0},  // ContractDateTime
+    {{98647, 19}, TagType::string, 0, 0, 0, 0},  // RightsStartDateTime
+    {{98666, 18}, TagType::string, 0, 0, 0, 0},  // RightsStopDateTime
+    {{98684, 18}, TagType::string, 0, 0, 0, 0},  // PaymentDueDateTime
+    {{98702, 6}, TagType::string, 0, 0, 0, 0},  // ClipID
+    {{98708, 17}, TagType::string, 0, 0, 0, 0},  // DeviceAssetNumber
+    {{98725, 16}, TagType::string, 0, 0, 0, 0},  // IdentificationUL
+    {{98741, 20}, TagType::string, 0, 0, 0, 0},  // OperationalPatternUL
+    {{98761, 17}, TagType::string, 0, 0, 0, 0},  // EssenceContainers
+    {{98778, 26}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataSchemes
+    {{98804, 11}, TagType::string, 0, 0, 0, 0},  // ProjectName
+    {{98815, 13}, TagType::int16u, 0, 0, 0, 0},  // LocalTagValue
+    {{98828, 16}, TagType::string, 0, 0, 0, 0},  // LocalTagUniqueID
+    {{98844, 14}, TagType::string, 0, 0, 0, 0},  // BrandMainTitle
+    {{98858, 18}, TagType::string, 0, 0, 0, 0},  // BrandOriginalTitle
+    {{98876, 14}, TagType::string, 0, 0, 0, 0},  // FrameworkTitle
+    {{98890, 14}, TagType::int32u, 0, 0, 0, 0},  // SourceTrackIDs
+    {{98904, 12}, TagType::int32u, 0, 0, 0, 0},  // ShotTrackIDs
+    {{98916, 21}, TagType::string, 0, 0, 0, 0},  // ProgrammingGroupTitle
+    {{98937, 11}, TagType::string, 0, 0, 0, 0},  // LinkingName
+    {{98948, 10}, TagType::string, 0, 0, 0, 0},  // NameSuffix
+    {{98958, 16}, TagType::string, 0, 0, 0, 0},  // FormerFamilyName
+    {{98974, 11}, TagType::string, 0, 0, 0, 0},  // Nationality
+    {{98985, 11}, TagType::string, 0, 0, 0, 0},  // Citizenship
+    {{98996, 25}, TagType::string, 0, 0, 0, 0},  // FrameworkTextLanguageCode
+    {{99021, 7}, TagType::int32u, 0, 0, 0, 0},  // KAGSize
+    {{99028, 17}, TagType::string, 0, 0, 0, 0},  // ReversedByteOrder
+    {{99045, 8}, TagType::string, 0, 0, 0, 0},  // ItemName
+    {{99053, 9}, TagType::string, 0, 0, 0, 0},  // ItemValue
+    {{99062, 15}, TagType::string, 0, 0, 0, 0},  // XMLDocumentText
+    {{99077, 22}, TagType::string, 0, 0, 0, 0},  // FrameworkThesaurusName
+    {{99099, 13}, TagType::string, 0, 0, 0, 0},  // GroupSynopsis
+    {{99112, 18}, TagType::string, 0, 0, 0, 0},  // AnnotationSynopsis
+    {{99130, 21}, TagType::string, 0, 0, 0, 0},  // AnnotationDescription
+    {{99151, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingKind
+    {{99164, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingText
+    {{99177, 15}, TagType::string, 0, 0, 0, 0},  // ShotDescription
+    {{99192, 14}, TagType::string, 0, 0, 0, 0},  // AnnotationKind
+    {{99206, 26}, TagType::string, 0, 0, 0, 0},  // RelatedMaterialDescription
+    {{99232, 8}, TagType::string, 0, 0, 0, 0},  // ClipKind
+    {{99240, 22}, TagType::string, 0, 0, 0, 0},  // DeviceUsageDescription
+    {{99262, 15}, TagType::int32s, 0, 0, 0, 0},  // DisplayF2Offset
+    {{99277, 14}, TagType::int32s, 0, 0, 0, 0},  // StoredF2Offset
+    {{99291, 22}, TagType::int8u, 0, 0, 0, 0},  // ActiveFormatDescriptor
+    {{99313, 10}, TagType::int32u, 0, 0, 0, 0},  // LineNumber
+    {{99323, 17}, TagType::int8u, 0, 0, 0, 0},  // ScanningDirection
+    {{99340, 19}, TagType::int32u, 0, 0, 0, 0},  // ComponentMaximumRef
+    {{99359, 19}, TagType::int32u, 0, 0, 0, 0},  // ComponentMinimumRef
+    {{99378, 15}, TagType::int32u, 0, 0, 0, 0},  // AlphaMaximumRef
+    {{99393, 15}, TagType::int32u, 0, 0, 0, 0},  // AlphaMinimumRef
+    {{99408, 22}, TagType::int8u, 0, 0, 0, 0},  // VideoPayloadIdentifier
+    {{99430, 26}, TagType::int8u, 0, 0, 0, 0},  // VideoPayloadIdentifier2002
+    {{99456, 18}, TagType::string, 0, 0, 0, 0},  // SingleSequenceFlag
+    {{99474, 20}, TagType::string, 0, 0, 0, 0},  // ConstantBPictureFlag
+    {{99494, 24}, TagType::string, 0, 0, 11, 4},  // CodedContentScanningKind
+    {{99518, 17}, TagType::string, 0, 0, 0, 0},  // LowDelayIndicator
+    {{99535, 18}, TagType::string, 0, 0, 0, 0},  // ClosedGOPIndicator
+    {{99553, 21}, TagType::string, 0, 0, 0, 0},  // IdenticalGOPIndicator
+    {{99574, 14}, TagType::int16u, 0, 0, 0, 0},  // MaximumGOPSize
+    {{99588, 20}, TagType::int16u, 0, 0, 0, 0},  // MaximumBPictureCount
+    {{99608, 15}, TagType::int8u, 0, 0, 0, 0},  // ProfileAndLevel
+    {{99623, 7}, TagType::int32u, 0, 0, 0, 0},  // Bitrate
+    {{99630, 12}, TagType::int32u, 0, 0, 0, 0},  // ChannelCount
+    {{99642, 12}, TagType::int8u, 0, 0, 0, 0},  // PeakEnvelope
+    {{99654, 16}, TagType::string, 0, 0, 0, 0},  // PeakEnvelopeData
+    {{99670, 10}, TagType::int16u, 0, 0, 0, 0},  // BlockAlign
+    {{99680, 14}, TagType::int8u, 0, 0, 0, 0},  // SequenceOffset
+    {{99694, 16}, TagType::int16u, 0, 0, 0, 0},  // BlockStartOffset
+    {{99710, 18}, TagType::int32u, 0, 0, 0, 0},  // FileSecurityReport
+    {{99728, 16}, TagType::int32u, 0, 0, 0, 0},  // FileSecurityWave
+    {{99744, 21}, TagType::int32u, 0, 0, 0, 0},  // AverageBytesPerSecond
+    {{99765, 17}, TagType::int8u, 0, 0, 0, 0},  // AuxiliaryBitsMode
+    {{99782, 17}, TagType::string, 0, 0, 15, 6},  // ChannelStatusMode
+    {{99799, 22}, TagType::string, 0, 0, 0, 0},  // FixedChannelStatusData
+    {{99821, 12}, TagType::string, 0, 0, 0, 0},  // UserDataMode
+    {{99833, 13}, TagType::string, 0, 0, 0, 0},  // FixedUserData
+    {{78427, 8}, TagType::int8u, 0, 0, 0, 0},  // Emphasis
+    {{99846, 17}, TagType::string, 0, 0, 0, 0},  // BextCodingHistory
+    {{99863, 13}, TagType::string, 0, 0, 0, 0},  // QltyBasicData
+    {{99876, 21}, TagType::string, 0, 0, 0, 0},  // QltyStartOfModulation
+    {{99897, 16}, TagType::string, 0, 0, 0, 0},  // QltyQualityEvent
+    {{99913, 19}, TagType::string, 0, 0, 0, 0},  // QltyEndOfModulation
+    {{99932, 20}, TagType::string, 0, 0, 0, 0},  // QltyQualityParameter
+    {{99952, 19}, TagType::string, 0, 0, 0, 0},  // QltyOperatorComment
+    {{99971, 12}, TagType::string, 0, 0, 0, 0},  // QltyCueSheet
+    {{99983, 8}, TagType::int8s, 0, 0, 0, 0},  // DialNorm
+    {{99991, 17}, TagType::string, 0, 0, 0, 0},  // DataEssenceCoding
+    {{100008, 12}, TagType::rational64s, 0, 0, 0, 0},  // DateTimeRate
+    {{100020, 21}, TagType::string, 0, 0, 0, 0},  // DateTimeDropFrameFlag
+    {{100041, 20}, TagType::string, 0, 0, 0, 0},  // DateTimeEmbeddedFlag
+    {{100061, 12}, TagType::string, 0, 0, 0, 0},  // DateTimeKind
+    {{100073, 15}, TagType::string, 0, 0, 0, 0},  // DeltaEntryArray
+    {{100088, 18}, TagType::int8u, 0, 0, 0, 0},  // PositionTableCount
+    {{100106, 13}, TagType::string, 0, 0, 0, 0},  // PositionTable
+    {{100119, 15}, TagType::string, 0, 0, 0, 0},  // IndexEntryArray
+    {{100134, 14}, TagType::string, 0, 0, 0, 0},  // DataDefinition
+    {{100148, 20}, TagType::int16u, 0, 0, 0, 0},  // GenerationCopyNumber
+    {{100168, 21}, TagType::int16u, 0, 0, 0, 0},  // GenerationCloneNumber
+    {{100189, 14}, TagType::string, 0, 0, 0, 0},  // ThemeMusicFlag
+    {{100203, 15}, TagType::string, 0, 0, 0, 0},  // InsertMusicFlag
+    {{100218, 13}, TagType::rational64s, 0, 0, 0, 0},  // IndexEditRate
+    {{100231, 13}, TagType::int32u, 0, 0, 0, 0},  // LinkedTrackID
+    {{100244, 28}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataFramework
+    {{100272, 8}, TagType::string, 0, 0, 0, 0},  // GroupSet
+    {{100280, 14}, TagType::string, 0, 0, 0, 0},  // BankDetailsSet
+    {{100294, 14}, TagType::string, 0, 0, 0, 0},  // ImageFormatSet
+    {{100308, 13}, TagType::string, 0, 0, 0, 0},  // ProcessingSet
+    {{100321, 10}, TagType::string, 0, 0, 0, 0},  // ProjectSet
+    {{100331, 15}, TagType::string, 0, 0, 0, 0},  // ContactsListSet
+    {{100346, 21}, TagType::string, 0, 0, 0, 0},  // AnnotationCueWordsSet
+    {{100367, 15}, TagType::string, 0, 0, 0, 0},  // ShotCueWordsSet
+    {{100382, 20}, TagType::string, 0, 0, 0, 0},  // AwardParticipantSets
+    {{100402, 23}, TagType::string, 0, 0, 0, 0},  // ContractParticipantSets
+    {{100425, 10}, TagType::string, 0, 0, 0, 0},  // PersonSets
+    {{100435, 27}, TagType::string, 0, 0, 0, 0},  // ParticipantOrganizationSets
+    {{100462, 22}, TagType::string, 0, 0, 0, 0},  // PersonOrganizationSets
+    {{100484, 12}, TagType::string, 0, 0, 0, 0},  // LocationSets
+    {{100496, 10}, TagType::string, 0, 0, 0, 0},  // TitlesSets
+    {{100506, 9}, TagType::string, 0, 0, 0, 0},  // GroupSets
+    {{100515, 18}, TagType::string, 0, 0, 0, 0},  // IdentificationSets
+    {{100533, 16}, TagType::string, 0, 0, 0, 0},  // EpisodicItemSets
+    {{100549, 12}, TagType::string, 0, 0, 0, 0},  // BrandingSets
+    {{100561, 9}, TagType::string, 0, 0, 0, 0},  // EventSets
+    {{100570, 15}, TagType::string, 0, 0, 0, 0},  // PublicationSets
+    {{100585, 9}, TagType::string, 0, 0, 0, 0},  // AwardSets
+    {{100594, 22}, TagType::string, 0, 0, 0, 0},  // CaptionDescriptionSets
+    {{100616, 14}, TagType::string, 0, 0, 0, 0},  // AnnotationSets
+    {{100630, 27}, TagType::string, 0, 0, 0, 0},  // ProductionSettingPeriodSets
+    {{100657, 22}, TagType::string, 0, 0, 0, 0},  // SceneSettingPeriodSets
+    {{100679, 13}, TagType::string, 0, 0, 0, 0},  // ScriptingSets
+    {{100692, 18}, TagType::string, 0, 0, 0, 0},  // ClassificationSets
+    {{100710, 13}, TagType::string, 0, 0, 0, 0},  // SceneShotSets
+    {{100723, 12}, TagType::string, 0, 0, 0, 0},  // ClipShotSets
+    {{100735, 12}, TagType::string, 0, 0, 0, 0},  // KeyPointSets
+    {{100747, 23}, TagType::string, 0, 0, 0, 0},  // ShotParticipantRoleSets
+    {{100770, 14}, TagType::string, 0, 0, 0, 0},  // ShotPersonSets
+    {{100784, 16}, TagType::string, 0, 0, 0, 0},  // OrganizationSets
+    {{100800, 16}, TagType::string, 0, 0, 0, 0},  // ShotLocationSets
+    {{100816, 11}, TagType::string, 0, 0, 0, 0},  // AddressSets
+    {{100827, 17}, TagType::string, 0, 0, 0, 0},  // CommunicationSets
+    {{100844, 12}, TagType::string, 0, 0, 0, 0},  // ContractSets
+    {{100856, 10}, TagType::string, 0, 0, 0, 0},  // RightsSets
+    {{100866, 12}, TagType::string, 0, 0, 0, 0},  // PaymentsSets
+    {{100878, 20}, TagType::string, 0, 0, 0, 0},  // DeviceParametersSets
+    {{100898, 27}, TagType::string, 0, 0, 0, 0},  // ClassificationNameValueSets
+    {{100925, 20}, TagType::string, 0, 0, 0, 0},  // ContactNameValueSets
+    {{100945, 28}, TagType::string, 0, 0, 0, 0},  // DeviceParameterNameValueSets
+    {{100973, 22}, TagType::string, 0, 0, 0, 0},  // MetadataServerLocators
+    {{100995, 23}, TagType::string, 0, 0, 0, 0},  // RelatedMaterialLocators
+    {{101018, 15}, TagType::string, 0, 0, 0, 0},  // LocalTagEntries
+    {{101033, 21}, TagType::int32u, 0, 0, 0, 0},  // TotalNumberInSequence
+    {{101054, 15}, TagType::string, 0, 0, 0, 0},  // RoomOrSuiteName
+    {{101069, 12}, TagType::string, 0, 0, 0, 0},  // BuildingName
+    {{101081, 21}, TagType::string, 0, 0, 0, 0},  // LocalFestivalDateTime
+    {{101102, 17}, TagType::string, 0, 0, 0, 0},  // ShotStartPosition
+    {{101119, 21}, TagType::string, 0, 0, 0, 0},  // IndexingStartPosition
+    {{101140, 11}, TagType::string, 0, 0, 0, 0},  // EventOrigin
+    {{101151, 24}, TagType::string, 0, 0, 0, 0},  // SettingPeriodDescription
+    {{101175, 13}, TagType::string, 0, 0, 0, 0},  // IndexDuration
+    {{101188, 12}, TagType::string, 0, 0, 0, 0},  // ShotDuration
+    {{101200, 14}, TagType::string, 0, 0, 0, 0},  // ExtendedClipID
+    {{101214, 11}, TagType::string, 0, 0, 0, 0},  // ClipIDArray
+    {{101225, 19}, TagType::string, 0, 0, 0, 0},  // ExtendedClipIDArray
+    {{101244, 16}, TagType::int32u, 0, 0, 0, 0},  // TrackNumberBatch
+    {{101260, 24}, TagType::string, 0, 0, 0, 0},  // ExtendedTextLanguageCode
+    {{101284, 28}, TagType::string, 0, 0, 0, 0},  // ExtendedCaptionsLanguageCode
+    {{101312, 33}, TagType::string, 0, 0, 0, 0},  // FrameworkExtendedTextLanguageCode
+    {{101345, 33}, TagType::string, 0, 0, 0, 0},  // PrimaryExtendedSpokenLanguageCode
+    {{101378, 35}, TagType::string, 0, 0, 0, 0},  // SecondaryExtendedSpokenLanguageCode
+    {{101413, 41}, TagType::string, 0, 0, 0, 0},  // OriginalExtendedSpokenPrimaryLanguageCode
+    {{101454, 43}, TagType::string, 0, 0, 0, 0},  // SecondaryOriginalExtendedSpokenLanguageCode
+    {{101497, 19}, TagType::string, 0, 0, 0, 0},  // KLVMetadataSequence
+    {{101516, 17}, TagType::string, 0, 0, 0, 0},  // PackageAttributes
+    {{101533, 19}, TagType::string, 0, 0, 0, 0},  // ComponentAttributes
+    {{101552, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame1
+    {{101577, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame2
+    {{101602, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame3
+    {{101627, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame4
+    {{101652, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame5
+    {{101677, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame6
+    {{101702, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame7
+    {{101727, 25}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMDecoderInitFrame8
+    {{101752, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame1
+    {{101776, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame2
+    {{101800, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame3
+    {{101824, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame4
+    {{101848, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame5
+    {{101872, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame6
+    {{101896, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame7
+    {{101920, 24}, TagType::string, 0, 0, 0, 0},  // MPEG7BiMAccessUnitFrame8
+    {{101944, 21}, TagType::string, 0, 0, 0, 0},  // ComponentUserComments
+    {{101965, 10}, TagType::string, 0, 0, 0, 0},  // SensorMode
+    {{101975, 17}, TagType::string, 0, 0, 0, 0},  // ChannelAssignment
+    {{101992, 24}, TagType::string, 0, 0, 0, 0},  // ContentPackageIndexArray
+    {{102016, 15}, TagType::string, 0, 0, 0, 0},  // VideoIndexArray
+    {{102031, 29}, TagType::int32u, 0, 0, 0, 0},  // ApproximateImageContainerSize
+    {{102060, 26}, TagType::string, 0, 0, 0, 0},  // MetadataEncodingSchemeCode
+    {{102086, 13}, TagType::string, 0, 0, 0, 0},  // MIMEMediaType
+    {{102099, 21}, TagType::float_, 0, 0, 0, 0},  // FieldOfViewVerticalFP
+    {{102120, 16}, TagType::string, 0, 0, 0, 0},  // PackageUsageKind
+    {{102136, 9}, TagType::int32u, 0, 0, 0, 0},  // ChannelID
+    {{102145, 10}, TagType::int32u, 0, 0, 0, 0},  // ChannelIDs
+    {{102155, 11}, TagType::string, 0, 0, 0, 0},  // KLVDataType
+    {{102166, 23}, TagType::string, 0, 0, 0, 0},  // KLVDataParentProperties
+    {{102189, 27}, TagType::string, 0, 0, 0, 0},  // TaggedValueParentProperties
+    {{102216, 25}, TagType::string, 0, 0, 0, 0},  // AnnotationParticipantSets
+    {{102241, 18}, TagType::string, 0, 0, 0, 0},  // KLVDataDefinitions
+    {{102259, 22}, TagType::string, 0, 0, 0, 0},  // TaggedValueDefinitions
+    {{102281, 20}, TagType::string, 0, 0, 0, 0},  // AddressNameValueSets
+    {{102301, 16}, TagType::string, 0, 0, 0, 0},  // NMEADocumentText
+    {{102317, 17}, TagType::float_, 0, 0, 0, 0},  // PlatformRollAngle
+    {{102334, 18}, TagType::float_, 0, 0, 0, 0},  // PlatformPitchAngle
+    {{102352, 20}, TagType::float_, 0, 0, 0, 0},  // PlatformHeadingAngle
+    {{102372, 11}, TagType::string, 0, 0, 0, 0},  // AddressLine
+    {{102383, 9}, TagType::string, 0, 0, 0, 0},  // PlaceName
+    {{102392, 23}, TagType::string, 0, 0, 0, 0},  // GeographicalCoordinates
+    {{102415, 20}, TagType::string, 0, 0, 0, 0},  // AstronomicalBodyName
+    {{102435, 13}, TagType::string, 0, 0, 0, 0},  // TimecodeArray
+    {{102448, 6}, TagType::string, 0, 0, 0, 0},  // MarkIn
+    {{102454, 12}, TagType::string, 0, 0, 0, 0},  // UserPosition
+    {{102466, 7}, TagType::string, 0, 0, 0, 0},  // MarkOut
+    {{102473, 20}, TagType::string, 0, 0, 0, 0},  // ClipCreationDateTime
+    {{102493, 17}, TagType::int32u, 0, 0, 0, 0},  // VideoClipDuration
+    {{102510, 13}, TagType::string, 0, 0, 0, 0},  // ParticipantID
+    {{102523, 9}, TagType::string, 0, 0, 0, 0},  // ContactID
+    {{102532, 19}, TagType::string, 0, 0, 0, 0},  // DefaultNamespaceURI
+    {{102551, 12}, TagType::string, 0, 0, 0, 0},  // NamespaceURI
+    {{102563, 13}, TagType::string, 0, 0, 0, 0},  // NamespaceURIs
+    {{102576, 11}, TagType::string, 0, 0, 0, 0},  // HTMLDOCTYPE
+    {{102587, 15}, TagType::string, 0, 0, 0, 0},  // NamespacePrefix
+    {{102602, 17}, TagType::string, 0, 0, 0, 0},  // NamespacePrefixes
+    {{102619, 13}, TagType::string, 0, 0, 0, 0},  // RightsComment
+    {{102632, 18}, TagType::string, 0, 0, 0, 0},  // NominationCategory
+    {{102650, 19}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeVersion
+    {{102669, 18}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeFormat
+    {{102687, 18}, TagType::int32u, 0, 0, 0, 0},  // PointsPerPeakValue
+    {{102705, 21}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeBlockSize
+    {{102726, 16}, TagType::int32u, 0, 0, 0, 0},  // PeakChannelCount
+    {{102742, 14}, TagType::int32u, 0, 0, 0, 0},  // PeakFrameCount
+    {{102756, 19}, TagType::string, 0, 0, 0, 0},  // PeakOfPeaksPosition
+    {{102775, 21}, TagType::int32u, 0, 0, 0, 0},  // PeakEnvelopeTimestamp
+    {{102796, 11}, TagType::int32u, 0, 0, 0, 0},  // RIFFChunkID
+    {{102807, 15}, TagType::int32u, 0, 0, 0, 0},  // RIFFChunkLength
+    {{102822, 13}, TagType::string, 0, 0, 0, 0},  // RIFFChunkData
+    {{102835, 11}, TagType::string, 0, 0, 0, 0},  // MIMECharSet
+    {{102846, 12}, TagType::string, 0, 0, 0, 0},  // MIMEEncoding
+    {{102858, 18}, TagType::int32u, 0, 0, 0, 0},  // MonoSourceTrackIDs
+    {{102876, 20}, TagType::string, 0, 0, 0, 0},  // CompositionRendering
+    {{102896, 34}, TagType::string, 0, 0, 0, 0},  // CaptionsDescriptionParticipantSets
+    {{102930, 19}, TagType::string, 0, 0, 0, 0},  // EventAnnotationSets
+    {{102949, 17}, TagType::string, 0, 0, 0, 0},  // ScriptingLocators
+    {{102966, 16}, TagType::string, 0, 0, 0, 0},  // UnknownBWFChunks
+    {{102982, 22}, TagType::string, 0, 0, 0, 0},  // CryptographicContextID
+    {{103004, 17}, TagType::string, 0, 0, 0, 0},  // NITFLayerTargetID
+    {{103021, 18}, TagType::int16u, 0, 0, 0, 0},  // RP217DataStreamPID
+    {{103039, 19}, TagType::int16u, 0, 0, 0, 0},  // RP217VideoStreamPID
+    {{103058, 15}, TagType::string, 0, 0, 0, 0},  // CipherAlgorithm
+    {{103073, 18}, TagType::string, 0, 0, 0, 0},  // CryptographicKeyID
+    {{103091, 20}, TagType::string, 0, 0, 0, 0},  // EncryptedSourceValue
+    {{103111, 12}, TagType::string, 0, 0, 0, 0},  // MICAlgorithm
+    {{103123, 3}, TagType::string, 0, 0, 0, 0},  // MIC
+    {{103126, 21}, TagType::string, 0, 0, 0, 0},  // JFIFMarkerDescription
+    {{103147, 19}, TagType::string, 0, 0, 0, 0},  // HTMLMetaDescription
+    {{103166, 14}, TagType::string, 0, 0, 0, 0},  // ColorPrimaries
+    {{103180, 13}, TagType::string, 0, 0, 0, 0},  // ProductFormat
+    {{103193, 12}, TagType::int64u, 0, 0, 0, 0},  // SourceLength
+    {{103205, 21}, TagType::string, 0, 0, 0, 0},  // SourceContainerFormat
+    {{103226, 9}, TagType::string, 0, 0, 0, 0},  // SourceKey
+    {{103235, 22}, TagType::string, 0, 0, 0, 0},  // DynamicSourcePackageID
+    {{103257, 21}, TagType::int32u, 0, 0, 0, 0},  // DynamicSourceTrackIDs
+    {{103278, 11}, TagType::string, 0, 0, 0, 0},  // SourceIndex
+    {{103289, 13}, TagType::string, 0, 0, 0, 0},  // SourceSpecies
+    {{103302, 11}, TagType::string, 0, 0, 0, 0},  // SourceValue
+    {{103313, 26}, TagType::string, 0, 0, 0, 0},  // CryptographicContextObject
+    {{103339, 15}, TagType::string, 0, 0, 0, 0},  // Sub-descriptors
+    {{103354, 20}, TagType::string, 0, 0, 0, 0},  // EncryptedTrackFileID
+    {{103374, 24}, TagType::string, 0, 0, 0, 0},  // CryptographicContextLink
+    {{103398, 15}, TagType::int64u, 0, 0, 0, 0},  // PlaintextOffset
+    {{103413, 21}, TagType::int64u, 0, 0, 0, 0},  // TripletSequenceNumber
+    {{103434, 17}, TagType::string, 0, 0, 0, 0},  // BoundingRectangle
+    {{103451, 18}, TagType::string, 0, 0, 0, 0},  // GeographicLocation
+    {{103469, 28}, TagType::string, 0, 0, 0, 0},  // GeographicPolygonCoordinates
+    {{103497, 23}, TagType::string, 0, 0, 0, 0},  // GeographicAreaNorthwest
+    {{103520, 23}, TagType::string, 0, 0, 0, 0},  // GeographicAreaSoutheast
+    {{103543, 25}, TagType::string, 0, 0, 0, 0},  // GeographicAreaSourceDatum
+    {{103568, 28}, TagType::string, 0, 0, 0, 0},  // GeographicPolygonSourceDatum
+    {{103596, 22}, TagType::string, 0, 0, 0, 0},  // ClassifyingCountryCode
+    {{103618, 18}, TagType::string, 0, 0, 0, 0},  // UTCInstantDateTime
+    {{103636, 13}, TagType::string, 0, 0, 0, 0},  // ToleranceMode
+    {{103649, 15}, TagType::string, 0, 0, 0, 0},  // ToleranceWindow
+    {{103664, 28}, TagType::string, 0, 0, 0, 0},  // ToleranceInterpolationMethod
+    {{103692, 12}, TagType::int16u, 0, 0, 0, 0},  // VBILineCount
+    {{103704, 19}, TagType::int16u, 0, 0, 0, 0},  // StoredVBILineNumber
+    {{103723, 15}, TagType::int8u, 0, 0, 0, 0},  // VBIWrappingType
+    {{103738, 21}, TagType::int16u, 0, 0, 0, 0},  // VBIPayloadSampleCount
+    {{103759, 19}, TagType::int8u, 0, 0, 0, 0},  // VBIPayloadByteArray
+    {{103778, 14}, TagType::int16u, 0, 0, 0, 0},  // ANCPacketCount
+    {{103792, 19}, TagType::int16u, 0, 0, 0, 0},  // StoredANCLineNumber
+    {{103811, 15}, TagType::int8u, 0, 0, 0, 0},  // ANCWrappingType
+    {{103826, 21}, TagType::int16u, 0, 0, 0, 0},  // ANCPayloadSampleCount
+    {{103847, 19}, TagType::int8u, 0, 0, 0, 0},  // ANCPayloadByteArray
+    {{103866, 22}, TagType::int8u, 0, 0, 0, 0},  // VBIPayloadSampleCoding
+    {{103888, 22}, TagType::int8u, 0, 0, 0, 0},  // ANCPayloadSampleCoding
+    {{103910, 4}, TagType::int16u, 0, 0, 0, 0},  // Rsiz
+    {{103914, 4}, TagType::int32u, 0, 0, 0, 0},  // Xsiz
+    {{103918, 4}, TagType::int32u, 0, 0, 0, 0},  // Ysiz
+    {{103922, 5}, TagType::int32u, 0, 0, 0, 0},  // XOsiz
+    {{103927, 5}, TagType::int32u, 0, 0, 0, 0},  // YOsiz
+    {{103932, 5}, TagType::int32u, 0, 0, 0, 0},  // XTsiz
+    {{103937, 5}, TagType::int32u, 0, 0, 0, 0},  // YTsiz
+    {{103942, 6}, TagType::int32u, 0, 0, 0, 0},  // XTOsiz
+    {{103948, 6}, TagType::int32u, 0, 0, 0, 0},  // YTOsiz
+    {{103954, 4}, TagType::int16u, 0, 0, 0, 0},  // Csiz
+    {{103958, 22}, TagType::string, 0, 0, 0, 0},  // PictureComponentSizing
+    {{103980, 18}, TagType::string, 0, 0, 0, 0},  // CodingStyleDefault
+    {{103998, 19}, TagType::string, 0, 0, 0, 0},  // QuantizationDefault
+    {{104017, 16}, TagType::int32u, 0, 0, 0, 0},  // MPEGAudioBitrate
+    {{104033, 14}, TagType::int64u, 0, 0, 0, 0},  // CBEStartOffset
+    {{104047, 12}, TagType::int64u, 0, 0, 0, 0},  // VBEEndOffset
+    {{104059, 13}, TagType::string, 0, 0, 0, 0},  // SubDescriptor
+    {{104072, 14}, TagType::string, 0, 0, 0, 0},  // SubDescriptors
+    {{104086, 18}, TagType::string, 0, 0, 0, 0},  // RootMetaDictionary
+    {{104104, 11}, TagType::string, 0, 0, 0, 0},  // RootPreface
+    {{104115, 19}, TagType::string, 0, 0, 0, 0},  // RootObjectDirectory
+    {{104134, 17}, TagType::int32u, 0, 0, 0, 0},  // RootFormatVersion
+    {{61331, 20}, TagType::float_, 0, 0, 0, 0},  // FrameCenterElevation
+    {{104151, 21}, TagType::string, 0, 0, 0, 0},  // PackageMarkInPosition
+    {{104172, 22}, TagType::string, 0, 0, 0, 0},  // PackageMarkOutPosition
+    {{104194, 5}, TagType::string, 0, 0, 0, 0},  // Ad-ID
+    {{104199, 10}, TagType::string, 0, 0, 0, 0},  // ResourceID
+    {{104209, 19}, TagType::string, 0, 0, 0, 0},  // AncillaryResourceID
+    {{104228, 22}, TagType::string, 0, 0, 0, 0},  // ApplicationSchemeBatch
+    {{104250, 12}, TagType::string, 0, 0, 0, 0},  // RegisterKind
+    {{104262, 15}, TagType::string, 0, 0, 0, 0},  // RegisterVersion
+    {{104277, 18}, TagType::string, 0, 0, 0, 0},  // RegisterEditorName
+    {{104295, 18}, TagType::string, 0, 0, 0, 0},  // RegisterStatusKind
+    {{104313, 16}, TagType::string, 0, 0, 0, 0},  // RegisterItemName
+    {{104329, 22}, TagType::string, 0, 0, 0, 0},  // RegisterItemDefinition
+    {{104351, 18}, TagType::string, 0, 0, 0, 0},  // RegisterItemSymbol
+    {{104369, 32}, TagType::string, 0, 0, 0, 0},  // RegisterItemDefiningDocumentName
+    {{104401, 14}, TagType::string, 0, 0, 0, 0},  // RegisterItemUL
+    {{104415, 17}, TagType::string, 0, 0, 0, 0},  // RegisterItemNotes
+    {{104432, 31}, TagType::int8u, 0, 0, 0, 0},  // RegisterItemIntroductionVersion
+    {{104463, 26}, TagType::int16u, 0, 0, 0, 0},  // RegisterItemHierarchyLevel
+    {{104489, 19}, TagType::string, 0, 0, 0, 0},  // RegisterEntryStatus
+    {{104508, 14}, TagType::string, 0, 0, 0, 0},  // RegisterAction
+    {{104522, 20}, TagType::string, 0, 0, 0, 0},  // RegisterApproverName
+    {{104542, 20}, TagType::string, 0, 0, 0, 0},  // RegisterCreationTime
+    {{104562, 14}, TagType::string, 0, 0, 0, 0},  // RegistrantName
+    {{104576, 26}, TagType::string, 0, 0, 0, 0},  // RegisterItemOriginatorName
+    {{104602, 16}, TagType::string, 0, 0, 0, 0},  // RegisterUserName
+    {{104618, 16}, TagType::string, 0, 0, 0, 0},  // RegisterUserTime
+    {{104634, 27}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationNotes
+    {{104661, 13}, TagType::string, 0, 0, 0, 0},  // AFDAndBarData
+    {{104674, 18}, TagType::string, 0, 0, 0, 0},  // PanScanInformation
+    {{104692, 26}, TagType::string, 0, 0, 0, 0},  // VC-1InitializationMetadata
+    {{104718, 18}, TagType::string, 0, 0, 0, 0},  // VC-1SingleSequence
+    {{104736, 20}, TagType::int8u, 0, 0, 0, 0},  // VC-1CodedContentType
+    {{104756, 16}, TagType::string, 0, 0, 0, 0},  // VC-1IdenticalGOP
+    {{104772, 14}, TagType::int16u, 0, 0, 0, 0},  // VC-1MaximumGOP
+    {{104786, 17}, TagType::int16u, 0, 0, 0, 0},  // VC-1BPictureCount
+    {{104803, 18}, TagType::int32u, 0, 0, 0, 0},  // VC-1AverageBitrate
+    {{104821, 18}, TagType::int32u, 0, 0, 0, 0},  // VC-1MaximumBitrate
+    {{104839, 11}, TagType::int8u, 0, 0, 0, 0},  // VC-1Profile
+    {{104850, 9}, TagType::int8u, 0, 0, 0, 0},  // VC-1Level
+    {{104859, 21}, TagType::string, 0, 0, 0, 0},  // LinkedTimecodeTrackID
+    {{104880, 25}, TagType::int8u, 0, 0, 0, 0},  // SMPTE337MDataStreamNumber
+    {{104905, 17}, TagType::string, 0, 0, 0, 0},  // ApplicationScheme
+    {{104922, 25}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataScheme
+    {{104947, 11}, TagType::string, 0, 0, 0, 0},  // UCSEncoding
+    {{104958, 34}, TagType::string, 0, 0, 0, 0},  // LinkedApplicationPlug-InInstanceID
+    {{104992, 35}, TagType::string, 0, 0, 0, 0},  // LinkedDescriptiveFrameworkPlug-InID
+    {{105027, 28}, TagType::string, 0, 0, 0, 0},  // ApplicationPlug-InInstanceID
+    {{105055, 28}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataPlug-InID
+    {{105083, 24}, TagType::string, 0, 0, 0, 0},  // ApplicationEnvironmentID
+    {{105107, 43}, TagType::string, 0, 0, 0, 0},  // DescriptiveMetadataApplicationEnvironmentID
+    {{105150, 32}, TagType::string, 0, 0, 0, 0},  // LinkedDescriptiveObjectPlug-InID
+    {{105182, 24}, TagType::int32u, 0, 0, 0, 0},  // TimebaseReferenceTrackID
+    {{105206, 21}, TagType::string, 0, 0, 0, 0},  // ObjectClassDefinition
+    {{105227, 23}, TagType::string, 0, 0, 0, 0},  // ApplicationPlug-InBatch
+    {{105250, 13}, TagType::string, 0, 0, 0, 0},  // PackageMarker
+    {{105263, 24}, TagType::string, 0, 0, 0, 0},  // PackageTimelineMarkerRef
+    {{105287, 28}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationObject
+    {{105315, 33}, TagType::string, 0, 0, 0, 0},  // RegisterEntryAdministrationObject
+    {{105348, 15}, TagType::string, 0, 0, 0, 0},  // GenericPayloads
+    {{105363, 18}, TagType::string, 0, 0, 0, 0},  // RegisterEntryArray
+    {{105381, 27}, TagType::string, 0, 0, 0, 0},  // RegisterAdministrationArray
+    {{105408, 27}, TagType::string, 0, 0, 0, 0},  // ApplicationInformationArray
+    {{105435, 23}, TagType::string, 0, 0, 0, 0},  // RegisterChildEntryArray
+    {{105458, 23}, TagType::string, 0, 0, 0, 0},  // RegisterReleaseDateTime
+    {{105481, 32}, TagType::string, 0, 0, 0, 0},  // RegisterItemStatusChangeDateTime
+    {{105513, 17}, TagType::string, 0, 0, 0, 0},  // OpenBodyPartition
+    {{105530, 19}, TagType::string, 0, 0, 0, 0},  // ClosedBodyPartition
+    {{105549, 25}, TagType::string, 0, 0, 0, 0},  // OpenCompleteBodyPartition
+    {{105574, 27}, TagType::string, 0, 0, 0, 0},  // ClosedCompleteBodyPartition
+    {{105601, 6}, TagType::string, 0, 0, 0, 0},  // Footer
+    {{105607, 14}, TagType::string, 0, 0, 0, 0},  // CompleteFooter
+    {{105621, 22}, TagType::string, 0, 0, 0, 0},  // RandomIndexMetadataV10
+    {{105643, 19}, TagType::string, 0, 0, 0, 0},  // RandomIndexMetadata
+    {{105662, 17}, TagType::string, 0, 0, 0, 0},  // PartitionMetadata
+    {{105679, 10}, TagType::string, 0, 0, 0, 0},  // SourceClip
+    {{105689, 20}, TagType::string, 0, 0, 0, 0},  // V10IndexTableSegment
+    {{105709, 17}, TagType::string, 0, 0, 0, 0},  // IndexTableSegment
+    {{105726, 13}, TagType::string, 0, 0, 0, 0},  // DefaultObject
+    {{105739, 24}, TagType::string, 0, 0, 0, 0},  // CipherAlgorithmAES128CBC
+    {{105763, 20}, TagType::string, 0, 0, 0, 0},  // HMACAlgorithmSHA1128
+    {{105783, 23}, TagType::string, 0, 0, 0, 0},  // EncryptedContainerLabel
+    {{105806, 27}, TagType::string, 0, 0, 0, 0},  // CryptographicFrameworkLabel
 };
 constexpr detail::TextRef kChoicesMXF[] = {
     {9921, 2}, {9923, 2}, {105833, 36}, {105869, 36}, {105905, 36}, {105941, 36}, {105977, 36},

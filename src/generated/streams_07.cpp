@@ -7,1506 +7,1553 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "VideoCodecID""AudioCodecID""CodecID""Block""BlockVirtual""SimpleBlock""CodecState"
-    "BlockAdditional""EncryptedBlock""AudioSampleRate""Void""ContentCompressionSettings""DocType"
-    "ChapterLanguage""ChapterCountry""SegmentFamily""DateTimeOriginal""TagLanguageBCP47""TagBinary"
-    "Duration""ChapterProcessPrivate""EditionUID""AttachedFileData""AttachedFileMIMEType"
-    "AttachedFileReferral""AttachedFileUID""ContentEncryptionKeyID""ContentSignature"
-    "ContentSignatureKeyID""SeekID""CodecPrivate""TagChapterUID""TagTrackUID""TagAttachmentUID"
-    "TagEditionUID""TargetType""SignedElement""TrackTranslateTrackID""TrackTranslateEditionUID"
-    "ChapterProcessData""ChapterTranslateID""ChapterTranslateEditionUID""ChapterSegmentUID"
-    "ChapterSegmentEditionUID""SegmentUID""ChapterUID""TrackUID""TrackAttachmentUID"
-    "OutputAudioSampleRate""ChannelPositions""SignaturePublicKey""Signature""TrackLanguage"
-    "TrackLanguageIETF""TrackTimecodeScale""FrameRate""CodecDownloadURL""ColorSpace""Gamma"
-    "CodecInfoURL""PrevUID""NextUID""ProjectionPrivate""ProjectionPoseYaw""ProjectionPosePitch"
-    "ProjectionPoseRoll""Accompaniment""Actor""Address""Arranger""Artist""ArtDirector"
-    "AssistantDirector""Barcode""BPM""BPS""CatalogNumber""Character""Choregrapher""Comment"
-    "Composer""ComposerNationality""CompositionLocation""Conductor""ContentType""Coproducer"
-    "Copyright""CostumeDesigner""Country""CreateDate""DateEncoded""DatePurchased""DateReleased"
-    "DateTagged""DateWritten""Description""Director""DirectorOfPhotography""DistributedBy""EditedBy"
-    "Email""EncodedBy""Encoder""EncoderSettings""ExecutiveProducer""FAX""FPS""Genre""IMDB"
-    "InitialKey""Instruments""ISBN""ISRC""Keywords""Label""LabelCode""LawRating""Lccn"
-    "LeadPerformer""License""Lyricist""Lyrics""MasteredBy""MCDI""Measure""MixedBy""Mood""Original"
-    "OriginalMediaType""PartNumber""PartOffset""Period""Phone""PlayCounter""Producer"
-    "ProductionCopyright""ProductionDesigner""ProductionStudio""Publisher""PurchaseCurrency"
-    "PurchaseInfo""PurchaseItem""PurchaseOwner""PurchasePrice""Rating""RecordingLocation""RemixedBy"
-    "ReplaygainGain""ReplaygainPeak""Sample""ScreenplayBy""SortWith""SoundEngineer""Subject"
-    "Subtitle""Summary""Synopsis""TermsOfUse""ThanksTo""Title""TMDB""TotalParts""Tuning""TVDB""URL"
-    "WrittenBy""Matroska:Accompaniment""Matroska:Actor""Matroska:Address""Matroska:Arranger"
-    "Matroska:ArtDirector""Art Director""Matroska:Artist""Matroska:AssistantDirector"
-    "Assistant Director""Matroska:AttachedFileData""Attached File Data"
-    "Matroska:AttachedFileMIMEType""Attached File MIME Type""Matroska:AttachedFileReferral"
-    "Attached File Referral""Matroska:AttachedFileUID""Attached File UID""Matroska:AudioCodecID"
-    "Audio Codec ID""Matroska:AudioSampleRate""Audio Sample Rate""Matroska:BPM""Matroska:BPS"
-    "Matroska:Barcode""Matroska:Block""Matroska:BlockAdditional""Block Additional"
-    "Matroska:BlockVirtual""Block Virtual""Matroska:CatalogNumber""Catalog Number"
-    "Matroska:ChannelPositions""Channel Positions""Matroska:ChapterCountry""Chapter Country"
-    "Matroska:ChapterLanguage""Chapter Language""Matroska:ChapterProcessData""Chapter Process Data"
-    "Matroska:ChapterProcessPrivate""Chapter Process Private""Matroska:ChapterSegmentEditionUID"
-    "Chapter Segment Edition UID""Matroska:ChapterSegmentUID""Chapter Segment UID"
-    "Matroska:ChapterTranslateEditionUID""Chapter Translate Edition UID"
-    "Matroska:ChapterTranslateID""Chapter Translate ID""Matroska:ChapterUID""Chapter UID"
-    "Matroska:Character""Matroska:Choregrapher""Matroska:CodecDownloadURL""Codec Download URL"
-    "Matroska:CodecID""Codec ID""Matroska:CodecInfoURL""Codec Info URL""Matroska:CodecPrivate"
-    "Codec Private""Matroska:CodecState""Codec State""Matroska:ColorSpace""Color Space"
-    "Matroska:Comment""Matroska:Composer""Matroska:ComposerNationality""Composer Nationality"
-    "Matroska:CompositionLocation""Composition Location""Matroska:Conductor"
-    "Matroska:ContentCompressionSettings""Content Compression Settings"
-    "Matroska:ContentEncryptionKeyID""Content Encryption Key ID""Matroska:ContentSignature"
-    "Content Signature""Matroska:ContentSignatureKeyID""Content Signature Key ID"
-    "Matroska:ContentType""Content Type""Matroska:Coproducer""Matroska:Copyright"
-    "Matroska:CostumeDesigner""Costume Designer""Matroska:Country""Matroska:CreateDate""Create Date"
-    "Matroska:DateEncoded""Date Encoded""Matroska:DatePurchased""Date Purchased"
-    "Matroska:DateReleased""Date Released""Matroska:DateTagged""Date Tagged"
-    "Matroska:DateTimeOriginal""Date/Time Original""Matroska:DateWritten""Date Written"
-    "Matroska:Description""Matroska:Director""Matroska:DirectorOfPhotography"
-    "Director Of Photography""Matroska:DistributedBy""Distributed By""Matroska:DocType""Doc Type"
-    "Matroska:Duration""Matroska:EditedBy""Edited By""Matroska:EditionUID""Edition UID"
-    "Matroska:Email""Matroska:EncodedBy""Encoded By""Matroska:Encoder""Matroska:EncoderSettings"
-    "Encoder Settings""Matroska:EncryptedBlock""Encrypted Block""Matroska:ExecutiveProducer"
-    "Executive Producer""Matroska:FAX""Matroska:FPS""Matroska:FrameRate""Frame Rate""Matroska:Gamma"
-    "Matroska:Genre""Matroska:IMDB""Matroska:ISBN""Matroska:ISRC""Matroska:InitialKey""Initial Key"
-    "Matroska:Instruments""Matroska:Keywords""Matroska:Label""Matroska:LabelCode""Label Code"
-    "Matroska:LawRating""Law Rating""Matroska:Lccn""Matroska:LeadPerformer""Lead Performer"
-    "Matroska:License""Matroska:Lyricist""Matroska:Lyrics""Matroska:MCDI""Matroska:MasteredBy"
-    "Mastered By""Matroska:Measure""Matroska:MixedBy""Mixed By""Matroska:Mood""Matroska:NextUID"
-    "Next UID""Matroska:Original""Matroska:OriginalMediaType""Original Media Type"
-    "Matroska:OutputAudioSampleRate""Output Audio Sample Rate""Matroska:PartNumber""Part Number"
-    "Matroska:PartOffset""Part Offset""Matroska:Period""Matroska:Phone""Matroska:PlayCounter"
-    "Play Counter""Matroska:PrevUID""Prev UID""Matroska:Producer""Matroska:ProductionCopyright"
-    "Production Copyright""Matroska:ProductionDesigner""Production Designer"
-    "Matroska:ProductionStudio""Production Studio""Matroska:ProjectionPosePitch"
-    "Projection Pose Pitch""Matroska:ProjectionPoseRoll""Projection Pose Roll"
-    "Matroska:ProjectionPoseYaw""Projection Pose Yaw""Matroska:ProjectionPrivate"
-    "Projection Private""Matroska:Publisher""Matroska:PurchaseCurrency""Purchase Currency"
-    "Matroska:PurchaseInfo""Purchase Info""Matroska:PurchaseItem""Purchase Item"
-    "Matroska:PurchaseOwner""Purchase Owner""Matroska:PurchasePrice""Purchase Price"
-    "Matroska:Rating""Matroska:RecordingLocation""Recording Location""Matroska:RemixedBy"
-    "Remixed By""Matroska:ReplaygainGain""Replaygain Gain""Matroska:ReplaygainPeak""Replaygain Peak"
-    "Matroska:Sample""Matroska:ScreenplayBy""Screenplay By""Matroska:SeekID""Seek ID"
-    "Matroska:SegmentFamily""Segment Family""Matroska:SegmentUID""Segment UID""Matroska:Signature"
-    "Matroska:SignaturePublicKey""Signature Public Key""Matroska:SignedElement""Signed Element"
-    "Matroska:SimpleBlock""Simple Block""Matroska:SortWith""Sort With""Matroska:SoundEngineer"
-    "Sound Engineer""Matroska:Subject""Matroska:Subtitle""Matroska:Summary""Matroska:Synopsis"
-    "Matroska:TMDB""Matroska:TVDB""Matroska:TagAttachmentUID""Tag Attachment UID"
-    "Matroska:TagBinary""Tag Binary""Matroska:TagChapterUID""Tag Chapter UID"
-    "Matroska:TagEditionUID""Tag Edition UID""Matroska:TagLanguageBCP47""Tag Language BCP47"
-    "Matroska:TagTrackUID""Tag Track UID""Matroska:TargetType""Target Type""Matroska:TermsOfUse"
-    "Terms Of Use""Matroska:ThanksTo""Thanks To""Matroska:Title""Matroska:TotalParts""Total Parts"
-    "Matroska:TrackAttachmentUID""Track Attachment UID""Matroska:TrackLanguage""Track Language"
-    "Matroska:TrackLanguageIETF""Track Language IETF""Matroska:TrackTimecodeScale"
-    "Track Timecode Scale""Matroska:TrackTranslateEditionUID""Track Translate Edition UID"
-    "Matroska:TrackTranslateTrackID""Track Translate Track ID""Matroska:TrackUID""Track UID"
-    "Matroska:Tuning""Matroska:URL""Matroska:VideoCodecID""Video Codec ID""Matroska:Void"
-    "Matroska:WrittenBy""Written By""图像作者""色彩空间信息""注释""专利拥有者""国家""数字数据产生的日期和时间""原始数据产生的日期和时间""更新速率"
-    "对比系数""关键字""评分""主题""标题""Adresse""Artiste""Code-barres""Espace colorimétrique""Commentaire"
-    "Propriétaire du copyright""Pays""Date de création des données numériques"
-    "Date de création des données originales""Durée""Vitesse""Mots-clés""Producteur""Editeur"
-    "Classement""Sujet""Titre""URL ""Künstler""Farbraum""Kommentar""Urheberrechtsvermerk""Land"
-    "Digitalisierungsdatum/-uhrzeit""Erstellungsdatum/-uhrzeit""Beschreibung""Dauer""E-Mail"
-    "Bildwechselfrequenz""Schlüsselwörter""Beschriftung""Lizenz""Produzent""Herausgeber""Bewertung"
-    "Themen/Schlüsselwörter""Titel""Attore""Indirizzo""Persona che ha creato l'immagine"
-    "ID codec audio""Posizioni canale""Spazio colore""Commento""Compositore""Direttore d'orchestra"
-    "Titolare del copyright""Paese""Data di creazione""Data/ora originale di creazione""Descrizione"
-    "Codificato da""Codificatore""Impostazioni codificatore""Frequenza fotogramma""Genere"
-    "Chiave iniziale""Parole chiave""Licenza""Paroliere""Testo""Conteggio esecuzioni"
-    "UID precedente""Editore""Valutazione""Soggetto""Sottotitolo""Sommario""Termini di utilizzo"
-    "Titolo""ID codec video""画像作成者""色空間""コメント""版権所有者""国名""デジタルデータ作成日時""オリジナルデータ作成日時""説明""フレームレート"
-    "ガンマ""キーワード""格付け""サブジェクト""タイトル""Autor""Espacio Color""Comentario""Compositor""Copyright Perfil"
-    "País""Fecha y Hora de Datos Digital""Fecha y Hora de Datos Original""Descripción""Duración"
-    "Codificado por""Velocidad del Fotograma""Género""Clave inicial""Clave""Letras""Período"
-    "Productor""Editor""Clasificación""Sujeto""Subtitulo""Título""BordersVersion""BorderName"
-    "BorderID""BorderLocation""BorderType""WatermarkType""FilmProductCode""ImageSourceEK"
-    "CaptureConditionsPAR""CameraOwner""SerialNumber""UserSelectGroupTitle""DealerIDNumber"
-    "CaptureDeviceFID""EnvelopeNumber""FrameNumber""FilmCategory""FilmGencode""ModelAndVersion"
-    "FilmSize""SBA_RGBShifts""SBAInputImageColorspace""SBAInputImageBitDepth""SBAExposureRecord"
-    "UserAdjSBA_RGBShifts""ImageRotationStatus""RollGuidElements""MetadataNumber""EditTagArray"
-    "Magnification""NativeXResolution""NativeYResolution""NativeResolutionUnit"
-    "SourceImageDirectory""SourceImageFileName""SourceImageVolumeName""PrintQuality"
-    "ImagePrintStatus""DigitalEffectsVersion""DigitalEffectsName""DigitalEffectsType""BinaryXML"
-    "Free""VesperineSize""ItemLocation""IPMPControl""ItemProtection""PrimaryItemReference"
-    "MetaVersion""UUID-Unknown""Meta:BinaryXML""Binary XML""Meta:BorderID""Border ID"
-    "Meta:BorderLocation""Border Location""Meta:BorderName""Border Name""Meta:BorderType"
-    "Border Type""Meta:BordersVersion""Borders Version""Meta:CameraOwner""Camera Owner"
-    "Meta:CaptureConditionsPAR""Capture Conditions PAR""Meta:CaptureDeviceFID""Capture Device FID"
-    "Meta:DealerIDNumber""Dealer ID Number""Meta:DigitalEffectsName""Digital Effects Name"
-    "Meta:DigitalEffectsType""Digital Effects Type""Meta:DigitalEffectsVersion"
-    "Digital Effects Version""Meta:EditTagArray""Edit Tag Array""Meta:EnvelopeNumber"
-    "Envelope Number""Meta:FilmCategory""Film Category""Meta:FilmGencode""Film Gencode"
-    "Meta:FilmProductCode""Film Product Code""Meta:FilmSize""Film Size""Meta:FrameNumber"
-    "Frame Number""Meta:Free""Meta:IPMPControl""IPMP Control""Meta:ImagePrintStatus"
-    "Image Print Status""Meta:ImageRotationStatus""Image Rotation Status""Meta:ImageSourceEK"
-    "Image Source EK""Meta:ItemLocation""Item Location""Meta:ItemProtection""Item Protection"
-    "Meta:Magnification""Meta:MetaVersion""Meta Version""Meta:MetadataNumber""Metadata Number"
-    "Meta:ModelAndVersion""Model And Version""Meta:NativeResolutionUnit""Native Resolution Unit"
-    "Meta:NativeXResolution""Native X Resolution""Meta:NativeYResolution""Native Y Resolution"
-    "Meta:PrimaryItemReference""Primary Item Reference""Meta:PrintQuality""Print Quality"
-    "Meta:RollGuidElements""Roll Guid Elements""Meta:SBAExposureRecord""SBA Exposure Record"
-    "Meta:SBAInputImageBitDepth""SBA Input Image Bit Depth""Meta:SBAInputImageColorspace"
-    "SBA Input Image Colorspace""Meta:SBA_RGBShifts""SBA RGB Shifts""Meta:SerialNumber"
-    "Serial Number""Meta:SourceImageDirectory""Source Image Directory""Meta:SourceImageFileName"
-    "Source Image File Name""Meta:SourceImageVolumeName""Source Image Volume Name"
-    "Meta:UUID-Unknown""Meta:UserAdjSBA_RGBShifts""User Adj SBA RGB Shifts"
-    "Meta:UserSelectGroupTitle""User Select Group Title""Meta:VesperineSize""Vesperine Size"
-    "Meta:WatermarkType""Watermark Type""照相机标识""Numéro d'enveloppe""Numéro de vue""Version méta"
-    "Modèle et version""Référence de l'élément principal""Numéro de série""Type de filigrane"
-    "Bildnummer""Seriennummer""Proprietario fotocamera""Qualità stampa""Numero di serie""エンベロープ数"
-    "フレーム番号""シリアル番号""Número Sobre""Número Serie""PanoramicStitchVersion"
-    "PanoramicStitchCameraMotion""PanoramicStitchMapType""PanoramicStitchTheta0"
-    "PanoramicStitchTheta1""PanoramicStitchPhi0""PanoramicStitchPhi1""Abstract""AcquisitionTime"
-    "AcquisitionTimeDay""AcquisitionTimeMonth""AcquisitionTimeYear""AcquisitionTimeYearMonth"
-    "AcquisitionTimeYearMonthDay""AlbumArtistSortOrder""AlbumID""AlbumIDAlbumArtist"
-    "AlbumTitleSortOrder""AlternateSourceURL""AudioBitrate""AudioFormat""Author""AuthorSortOrder"
-    "AverageLevel""Bitrate""BuyNow""BuyTickets""CDTrackEnabled""CallLetters""CameraManufacturer"
-    "CameraModel""Channels""ContentDistributorDuration""Count""CurrentBitrate""DLNAServerUDN"
-    "DLNASourceURI""DRMIndividualizedVersion""DRMKeyID""DTCPIPHost""DTCPIPPort""DVDID"
-    "DisplayArtist""Event""FileSize""FileType""FormatTag""FourCC""Frequency""IsNetworkFeed""IsVBR"
-    "IsProtected""LibraryID""LibraryName""Location""MediaContentTypes""MediaType""ModifiedBy"
-    "MoreInfo""PartOfSet""PeakValue""PixelAspectRatioX""PixelAspectRatioY""PlaylistIndex""Provider"
-    "ProviderLogoURL""ProviderURL""RadioBand""RadioFormat""RatingOrg""RecordingTime"
-    "RecordingTimeDay""RecordingTimeMonth""RecordingTimeYear""RecordingTimeYearMonth"
-    "RecordingTimeYearMonthDay""ReleaseDate""ReleaseDateDay""ReleaseDateMonth""ReleaseDateYear"
-    "ReleaseDateYearMonth""ReleaseDateYearMonthDay""RequestState""ShadowFilePath""SourceURL""Sync01"
-    "Sync02""Sync03""Sync04""Sync05""Sync06""Sync07""Sync08""Sync09""Sync10""Sync11""Sync12""Sync13"
-    "Sync14""Sync15""Sync16""SyncOnly""SyncState""Temporary""TitleSortOrder""TotalDuration"
-    "TrackingID""UserCustom1""UserCustom2""UserEffectiveRating""UserLastPlayedTime""UserPlayCount"
-    "UserPlaycountAfternoon""UserPlaycountEvening""UserPlaycountMorning""UserPlaycountNight"
-    "UserPlaycountWeekday""UserPlaycountWeekend""UserRating""UserServiceRating""VideoBitrate"
-    "VideoFormat""BeatsPerMinute""ContentDistributorType""ContentGroupDescription""EncodingTime"
-    "GenreID""Language""MediaOriginalBroadcastDateTime""MediaOriginalChannel""MediaStationName"
-    "ProtectionType""ProviderRating""ProviderStyle""SharedUserRating""SubtitleDescription"
-    "SubscriptionContentID""TrackNumber""UniqueFileIdentifier""VideoFrameRate""VideoHeight"
-    "VideoWidth""WMCollectionGroupID""WMCollectionID""WMContentID""WMShadowFileSourceDRMType"
-    "WMShadowFileSourceFileType""Year""ChapterNum""TitleNum""Resources""Complete"
-    "HomeCountry-Region""TaskOwner""MaxAperture""OptionalAttendees""HomeStreet"
-    "RequiredAttendeeAddresses""SenderAddress""FileVersion""ProductName""ProductVersion"
-    "LegalTrademarks""SenderName""ParentalRatingReason""FirstName""DateImported""CameraMaker"
-    "Orientation""ExposureTime""F-stop""ExposureProgram""ISOSpeed""DatePictureTaken""ExposureBias"
-    "SubjectDistance""MeteringMode""LightSource""FlashMode""FocalLength""HomePhone""PrimaryPhone"
-    "CellPhone""Birthday""PrimaryE-mail""JobTitle""HomeCity""PersonalTitle""OfficeLocation"
-    "GivenName""MiddleName""Suffix""Nickname""PostalCode""StationName""Division""Kinds""ClientID"
-    "Type""FileCount""TotalFileSize""Computer""PerceivedType""MediaCreated""IsRecurring""Incomplete"
-    "E-mail2""Project""Gender""DueDate""BusinessCity""WindowsFileName""DateArchived"
-    "BusinessStateOrProvince""BroadcastDate""Color""StartDate""Saturation""SearchRanking"
-    "OtherAddress""AutoSummary""BusinessHomePage""AlbumArtist""Beats-per-minute""Conductors"
-    "AlbumTitle""Free-busyStatus""DateVisited""IsDeleted""HasFlag""Hobbies""FullName""Street"
-    "Dimensions""Untitled0""Untitled1""HorizontalResolution""VerticalResolution""BitDepth"
-    "AudioSampleSize""VideoCompression""FrameWidth""FrameHeight""TotalBitrate""DataRate""Composers"
-    "Directors""ParentalRating""Producers""Writers""UserWebURL""E-mail3""HomeFax""Source""FlagColor"
-    "BusinessPhone""ProgramMode""OfflineStatus""ClosedCaptioning""Rerun""SAP""EpisodeName"
-    "ProgramDescription""StationCallSign""ChannelNumber""OtherCity""OtherStateOrProvince"
-    "Profession""DateCompleted""ReminderTime""BusinessAddress""OrganizerAddress""HomePOBox"
-    "E-mailList""CompanyMainPhone""HomePostalCode""OtherPOBox""OtherCountry-Region""LastName"
-    "CarPhone""BusinessFax""EntryType""OtherPostalCode""HomeAddress""AssistantsPhone""Anniversary"
-    "Owner""SpaceFree""TotalSize""SpaceUsed""Priority""HasAttachments""Spouse""FocalLength35mm"
-    "IsCompleted""OfflineAvailability""OrganizerName""TTY-TTDPhone""Protected"
-    "BusinessCountry-Region""RequiredAttendees""Name""Size""Attributes""DateModified""DateCreated"
-    "DateAccessed""FolderName""LinkTarget""LinkStatus""BusinessPOBox""ToDoTitle""CallbackNumber"
-    "IsOnline""MailingAddress""Telex""EndDate""HomeStateOrProvince""City""E-mailDisplayName"
-    "AssistantsName""Creator""ExifVersion""BillingInformation""Children""Participants"
-    "OptionalAttendeeAddresses""Company""Category""Status""Slides""Pager""IMAddresses""Folder"
-    "ConversationID""BusinessStreet""POBox""ContactNames""DocumentID""LensModel""BusinessPostalCode"
-    "ReadStatus""Importance""FlagStatus""FromAddresses""FromNames""Store""ToAddresses""ToNames"
-    "Webpage""DateSent""BccAddresses""DateReceived""Attachments""BccNames""CcAddresses""CcNames"
-    "FolderPath""Path""AccountName""Country-Region""LensMaker""WhiteBalance""Shared""SharedWith"
-    "StateOrProvince""FileAs""IsAttachment""TotalEditingTime""LastPrinted""Untitled2""DateLastSaved"
-    "Pages""WordCount""ProgramName""Comments""Contributors""Initials""Date""Sensitivity"
-    "E-mailAddress""Department""Mileage""OtherStreet""2""3""4""5""0""1""257""258"
-    "Microsoft:Abstract""Microsoft:AccountName""Account Name""Microsoft:AcquisitionTime"
-    "Acquisition Time""Microsoft:AcquisitionTimeDay""Acquisition Time Day"
-    "Microsoft:AcquisitionTimeMonth""Acquisition Time Month""Microsoft:AcquisitionTimeYear"
-    "Acquisition Time Year""Microsoft:AcquisitionTimeYearMonth""Acquisition Time Year Month"
-    "Microsoft:AcquisitionTimeYearMonthDay""Acquisition Time Year Month Day""Microsoft:AlbumArtist"
-    "Album Artist""Microsoft:AlbumArtistSortOrder""Album Artist Sort Order""Microsoft:AlbumID"
-    "Album ID""Microsoft:AlbumIDAlbumArtist""Album ID Album Artist""Microsoft:AlbumTitle"
-    "Album Title""Microsoft:AlbumTitleSortOrder""Album Title Sort Order"
-    "Microsoft:AlternateSourceURL""Alternate Source URL""Microsoft:Anniversary""Microsoft:Artist"
-    "Microsoft:AssistantsName""Assistants Name""Microsoft:AssistantsPhone""Assistants Phone"
-    "Microsoft:Attachments""Microsoft:Attributes""Microsoft:AudioBitrate""Audio Bitrate"
-    "Microsoft:AudioFormat""Audio Format""Microsoft:AudioSampleRate""Microsoft:AudioSampleSize"
-    "Audio Sample Size""Microsoft:Author""Microsoft:AuthorSortOrder""Author Sort Order"
-    "Microsoft:AutoSummary""Auto Summary""Microsoft:AverageLevel""Average Level"
-    "Microsoft:BccAddresses""Bcc Addresses""Microsoft:BccNames""Bcc Names"
-    "Microsoft:Beats-per-minute""Microsoft:BeatsPerMinute""Beats Per Minute"
-    "Microsoft:BillingInformation""Billing Information""Microsoft:Birthday""Microsoft:BitDepth"
-    "Bit Depth""Microsoft:Bitrate""Microsoft:BroadcastDate""Broadcast Date"
-    "Microsoft:BusinessAddress""Business Address""Microsoft:BusinessCity""Business City"
-    "Microsoft:BusinessCountry-Region""Business Country-Region""Microsoft:BusinessFax""Business Fax"
-    "Microsoft:BusinessHomePage""Business Home Page""Microsoft:BusinessPOBox""Business PO Box"
-    "Microsoft:BusinessPhone""Business Phone""Microsoft:BusinessPostalCode""Business Postal Code"
-    "Microsoft:BusinessStateOrProvince""Business State Or Province""Microsoft:BusinessStreet"
-    "Business Street""Microsoft:BuyNow""Buy Now""Microsoft:BuyTickets""Buy Tickets"
-    "Microsoft:CDTrackEnabled""CD Track Enabled""Microsoft:CallLetters""Call Letters"
-    "Microsoft:CallbackNumber""Callback Number""Microsoft:CameraMaker""Camera Maker"
-    "Microsoft:CameraManufacturer""Camera Manufacturer""Microsoft:CameraModel""Camera Model"
-    "Microsoft:CarPhone""Car Phone""Microsoft:Category""Microsoft:CcAddresses""Cc Addresses"
-    "Microsoft:CcNames""Cc Names""Microsoft:CellPhone""Cell Phone""Microsoft:ChannelNumber"
-    "Channel Number""Microsoft:Channels""Microsoft:ChapterNum""Chapter Num""Microsoft:Children"
-    "Microsoft:City""Microsoft:ClientID""Client ID""Microsoft:ClosedCaptioning""Closed Captioning"
-    "Microsoft:Color""Microsoft:Comment""Microsoft:Comments""Microsoft:Company"
-    "Microsoft:CompanyMainPhone""Company Main Phone""Microsoft:Complete""Microsoft:Composers"
-    "Microsoft:Computer""Microsoft:Conductors""Microsoft:ContactNames""Contact Names"
-    "Microsoft:ContentDistributorDuration""Content Distributor Duration"
-    "Microsoft:ContentDistributorType""Content Distributor Type""Microsoft:ContentGroupDescription"
-    "Content Group Description""Microsoft:ContentType""Microsoft:Contributors"
-    "Microsoft:ConversationID""Conversation ID""Microsoft:Copyright""Microsoft:Count"
-    "Microsoft:Country-Region""Microsoft:Creator""Microsoft:CurrentBitrate""Current Bitrate"
-    "Microsoft:DLNAServerUDN""DLNA Server UDN""Microsoft:DLNASourceURI""DLNA Source URI"
-    "Microsoft:DRMIndividualizedVersion""DRM Individualized Version""Microsoft:DRMKeyID""DRM Key ID"
-    "Microsoft:DTCPIPHost""DTCPIP Host""Microsoft:DTCPIPPort""DTCPIP Port""Microsoft:DVDID"
-    "Microsoft:DataRate""Data Rate""Microsoft:Date""Microsoft:DateAccessed""Date Accessed"
-    "Microsoft:DateArchived""Date Archived""Microsoft:DateCompleted""Date Completed"
-    "Microsoft:DateCreated""Date Created""Microsoft:DateImported""Date Imported"
-    "Microsoft:DateLastSaved""Date Last Saved""Microsoft:DateModified""Date Modified"
-    "Microsoft:DatePictureTaken""Date Picture Taken""Microsoft:DateReceived""Date Received"
-    "Microsoft:DateReleased""Microsoft:DateSent""Date Sent""Microsoft:DateVisited""Date Visited"
-    "Microsoft:Department""Microsoft:Description""Microsoft:Dimensions""Microsoft:Directors"
-    "Microsoft:DisplayArtist""Display Artist""Microsoft:Division""Microsoft:DocumentID""Document ID"
-    "Microsoft:DueDate""Due Date""Microsoft:Duration""Microsoft:E-mail2""E-mail 2"
-    "Microsoft:E-mail3""E-mail 3""Microsoft:E-mailAddress""E-mail Address"
-    "Microsoft:E-mailDisplayName""E-mail Display Name""Microsoft:E-mailList""E-mail List"
-    "Microsoft:EncodedBy""Microsoft:EncodingTime""Encoding Time""Microsoft:EndDate""End Date"
-    "Microsoft:EntryType""Entry Type""Microsoft:EpisodeName""Episode Name""Microsoft:Event"
-    "Microsoft:ExifVersion""Exif Version""Microsoft:ExposureBias""Exposure Bias"
-    "Microsoft:ExposureProgram""Exposure Program""Microsoft:ExposureTime""Exposure Time"
-    "Microsoft:F-stop""Microsoft:FileAs""File As""Microsoft:FileCount""File Count"
-    "Microsoft:FileSize""File Size""Microsoft:FileType""File Type""Microsoft:FileVersion"
-    "File Version""Microsoft:FirstName""First Name""Microsoft:FlagColor""Flag Color"
-    "Microsoft:FlagStatus""Flag Status""Microsoft:FlashMode""Flash Mode""Microsoft:FocalLength"
-    "Focal Length""Microsoft:FocalLength35mm""Focal Length 35mm""Microsoft:Folder"
-    "Microsoft:FolderName""Folder Name""Microsoft:FolderPath""Folder Path""Microsoft:FormatTag"
-    "Format Tag""Microsoft:FourCC""Four CC""Microsoft:FrameHeight""Frame Height"
-    "Microsoft:FrameRate""Microsoft:FrameWidth""Frame Width""Microsoft:Free-busyStatus"
-    "Free-busy Status""Microsoft:Frequency""Microsoft:FromAddresses""From Addresses"
-    "Microsoft:FromNames""From Names""Microsoft:FullName""Full Name""Microsoft:Gender"
-    "Microsoft:Genre""Microsoft:GenreID""Genre ID""Microsoft:GivenName""Given Name"
-    "Microsoft:HasAttachments""Has Attachments""Microsoft:HasFlag""Has Flag""Microsoft:Hobbies"
-    "Microsoft:HomeAddress""Home Address""Microsoft:HomeCity""Home City"
-    "Microsoft:HomeCountry-Region""Home Country-Region""Microsoft:HomeFax""Home Fax"
-    "Microsoft:HomePOBox""Home PO Box""Microsoft:HomePhone""Home Phone""Microsoft:HomePostalCode"
-    "Home Postal Code""Microsoft:HomeStateOrProvince""Home State Or Province""Microsoft:HomeStreet"
-    "Home Street""Microsoft:HorizontalResolution""Horizontal Resolution""Microsoft:IMAddresses"
-    "IM Addresses""Microsoft:ISOSpeed""ISO Speed""Microsoft:Importance""Microsoft:Incomplete"
-    "Microsoft:InitialKey""Microsoft:Initials""Microsoft:IsAttachment""Is Attachment"
-    "Microsoft:IsCompleted""Is Completed""Microsoft:IsDeleted""Is Deleted""Microsoft:IsNetworkFeed"
-    "Is Network Feed""Microsoft:IsOnline""Is Online""Microsoft:IsProtected""Is Protected"
-    "Microsoft:IsRecurring""Is Recurring""Microsoft:IsVBR""Is VBR""Microsoft:JobTitle""Job Title"
-    "Microsoft:Keywords""Microsoft:Kinds""Microsoft:Label""Microsoft:Language""Microsoft:LastName"
-    "Last Name""Microsoft:LastPrinted""Last Printed""Microsoft:LeadPerformer"
-    "Microsoft:LegalTrademarks""Legal Trademarks""Microsoft:LensMaker""Lens Maker"
-    "Microsoft:LensModel""Lens Model""Microsoft:LibraryID""Library ID""Microsoft:LibraryName"
-    "Library Name""Microsoft:LightSource""Light Source""Microsoft:LinkStatus""Link Status"
-    "Microsoft:LinkTarget""Link Target""Microsoft:Location""Microsoft:Lyrics""Microsoft:MCDI"
-    "Microsoft:MailingAddress""Mailing Address""Microsoft:MaxAperture""Max Aperture"
-    "Microsoft:MediaContentTypes""Media Content Types""Microsoft:MediaCreated""Media Created"
-    "Microsoft:MediaOriginalBroadcastDateTime""Media Original Broadcast Date Time"
-    "Microsoft:MediaOriginalChannel""Media Original Channel""Microsoft:MediaStationName"
-    "Media Station Name""Microsoft:MediaType""Media Type""Microsoft:MeteringMode""Metering Mode"
-    "Microsoft:MiddleName""Middle Name""Microsoft:Mileage""Microsoft:ModifiedBy""Modified By"
-    "Microsoft:Mood""Microsoft:MoreInfo""More Info""Microsoft:Name""Microsoft:Nickname"
-    "Microsoft:OfficeLocation""Office Location""Microsoft:OfflineAvailability""Offline Availability"
-    "Microsoft:OfflineStatus""Offline Status""Microsoft:OptionalAttendeeAddresses"
-    "Optional Attendee Addresses""Microsoft:OptionalAttendees""Optional Attendees"
-    "Microsoft:OrganizerAddress""Organizer Address""Microsoft:OrganizerName""Organizer Name"
-    "Microsoft:Orientation""Microsoft:OtherAddress""Other Address""Microsoft:OtherCity""Other City"
-    "Microsoft:OtherCountry-Region""Other Country-Region""Microsoft:OtherPOBox""Other PO Box"
-    "Microsoft:OtherPostalCode""Other Postal Code""Microsoft:OtherStateOrProvince"
-    "Other State Or Province""Microsoft:OtherStreet""Other Street""Microsoft:Owner""Microsoft:POBox"
-    "PO Box""Microsoft:Pager""Microsoft:Pages""Microsoft:PanoramicStitchCameraMotion"
-    "Panoramic Stitch Camera Motion""Microsoft:PanoramicStitchCameraMotion:2""Rigid Scale"
-    "Microsoft:PanoramicStitchCameraMotion:3""Affine""Microsoft:PanoramicStitchCameraMotion:4"
-    "3D Rotation""Microsoft:PanoramicStitchCameraMotion:5""Homography"
-    "Microsoft:PanoramicStitchMapType""Panoramic Stitch Map Type"
-    "Microsoft:PanoramicStitchMapType:0""Perspective""Microsoft:PanoramicStitchMapType:1"
-    "Horizontal Cylindrical""Microsoft:PanoramicStitchMapType:2""Horizontal Spherical"
-    "Microsoft:PanoramicStitchMapType:257""Vertical Cylindrical"
-    "Microsoft:PanoramicStitchMapType:258""Vertical Spherical""Microsoft:PanoramicStitchPhi0"
-    "Panoramic Stitch Phi 0""Microsoft:PanoramicStitchPhi1""Panoramic Stitch Phi 1"
-    "Microsoft:PanoramicStitchTheta0""Panoramic Stitch Theta 0""Microsoft:PanoramicStitchTheta1"
-    "Panoramic Stitch Theta 1""Microsoft:PanoramicStitchVersion""Panoramic Stitch Version"
-    "Microsoft:ParentalRating""Parental Rating""Microsoft:ParentalRatingReason"
-    "Parental Rating Reason""Microsoft:PartOfSet""Part Of Set""Microsoft:Participants"
-    "Microsoft:Path""Microsoft:PeakValue""Peak Value""Microsoft:PerceivedType""Perceived Type"
-    "Microsoft:Period""Microsoft:PersonalTitle""Personal Title""Microsoft:PixelAspectRatioX"
-    "Pixel Aspect Ratio X""Microsoft:PixelAspectRatioY""Pixel Aspect Ratio Y"
-    "Microsoft:PlaylistIndex""Playlist Index""Microsoft:PostalCode""Postal Code"
-    "Microsoft:PrimaryE-mail""Primary E-mail""Microsoft:PrimaryPhone""Primary Phone"
-    "Microsoft:Priority""Microsoft:Producers""Microsoft:ProductName""Product Name"
-    "Microsoft:ProductVersion""Product Version""Microsoft:Profession""Microsoft:ProgramDescription"
-    "Program Description""Microsoft:ProgramMode""Program Mode""Microsoft:ProgramName""Program Name"
-    "Microsoft:Project""Microsoft:Protected""Microsoft:ProtectionType""Protection Type"
-    "Microsoft:Provider""Microsoft:ProviderLogoURL""Provider Logo URL""Microsoft:ProviderRating"
-    "Provider Rating""Microsoft:ProviderStyle""Provider Style""Microsoft:ProviderURL""Provider URL"
-    "Microsoft:Publisher""Microsoft:RadioBand""Radio Band""Microsoft:RadioFormat""Radio Format"
-    "Microsoft:Rating""Microsoft:RatingOrg""Rating Org""Microsoft:ReadStatus""Read Status"
-    "Microsoft:RecordingTime""Recording Time""Microsoft:RecordingTimeDay""Recording Time Day"
-    "Microsoft:RecordingTimeMonth""Recording Time Month""Microsoft:RecordingTimeYear"
-    "Recording Time Year""Microsoft:RecordingTimeYearMonth""Recording Time Year Month"
-    "Microsoft:RecordingTimeYearMonthDay""Recording Time Year Month Day""Microsoft:ReleaseDate"
-    "Release Date""Microsoft:ReleaseDateDay""Release Date Day""Microsoft:ReleaseDateMonth"
-    "Release Date Month""Microsoft:ReleaseDateYear""Release Date Year"
-    "Microsoft:ReleaseDateYearMonth""Release Date Year Month""Microsoft:ReleaseDateYearMonthDay"
-    "Release Date Year Month Day""Microsoft:ReminderTime""Reminder Time""Microsoft:RequestState"
-    "Request State""Microsoft:RequiredAttendeeAddresses""Required Attendee Addresses"
-    "Microsoft:RequiredAttendees""Required Attendees""Microsoft:Rerun""Microsoft:Resources"
-    "Microsoft:SAP""Microsoft:Saturation""Microsoft:SearchRanking""Search Ranking"
-    "Microsoft:SenderAddress""Sender Address""Microsoft:SenderName""Sender Name"
-    "Microsoft:Sensitivity""Microsoft:ShadowFilePath""Shadow File Path""Microsoft:Shared"
-    "Microsoft:SharedUserRating""Shared User Rating""Microsoft:SharedWith""Shared With"
-    "Microsoft:Size""Microsoft:Slides""Microsoft:Source""Microsoft:SourceURL""Source URL"
-    "Microsoft:SpaceFree""Space Free""Microsoft:SpaceUsed""Space Used""Microsoft:Spouse"
-    "Microsoft:StartDate""Start Date""Microsoft:StateOrProvince""State Or Province"
-    "Microsoft:StationCallSign""Station Call Sign""Microsoft:StationName""Station Name"
-    "Microsoft:Status""Microsoft:Store""Microsoft:Street""Microsoft:Subject"
-    "Microsoft:SubjectDistance""Subject Distance""Microsoft:SubscriptionContentID"
-    "Subscription Content ID""Microsoft:Subtitle""Microsoft:SubtitleDescription"
-    "Subtitle Description""Microsoft:Suffix""Microsoft:Summary""Microsoft:Sync01""Sync 01"
-    "Microsoft:Sync02""Sync 02""Microsoft:Sync03""Sync 03""Microsoft:Sync04""Sync 04"
-    "Microsoft:Sync05""Sync 05""Microsoft:Sync06""Sync 06""Microsoft:Sync07""Sync 07"
-    "Microsoft:Sync08""Sync 08""Microsoft:Sync09""Sync 09""Microsoft:Sync10""Sync 10"
-    "Microsoft:Sync11""Sync 11""Microsoft:Sync12""Sync 12""Microsoft:Sync13""Sync 13"
-    "Microsoft:Sync14""Sync 14""Microsoft:Sync15""Sync 15""Microsoft:Sync16""Sync 16"
-    "Microsoft:SyncOnly""Sync Only""Microsoft:SyncState""Sync State""Microsoft:TTY-TTDPhone"
-    "TTY-TTD Phone""Microsoft:TaskOwner""Task Owner""Microsoft:Telex""Microsoft:Temporary"
-    "Microsoft:Title""Microsoft:TitleNum""Title Num""Microsoft:TitleSortOrder""Title Sort Order"
-    "Microsoft:ToAddresses""To Addresses""Microsoft:ToDoTitle""To Do Title""Microsoft:ToNames"
-    "To Names""Microsoft:TotalBitrate""Total Bitrate""Microsoft:TotalDuration""Total Duration"
-    "Microsoft:TotalEditingTime""Total Editing Time""Microsoft:TotalFileSize""Total File Size"
-    "Microsoft:TotalSize""Total Size""Microsoft:TrackNumber""Track Number""Microsoft:TrackingID"
-    "Tracking ID""Microsoft:Type""Microsoft:URL""Microsoft:UniqueFileIdentifier"
-    "Unique File Identifier""Microsoft:Untitled0""Untitled 0""Microsoft:Untitled1""Untitled 1"
-    "Microsoft:Untitled2""Untitled 2""Microsoft:UserCustom1""User Custom 1""Microsoft:UserCustom2"
-    "User Custom 2""Microsoft:UserEffectiveRating""User Effective Rating"
-    "Microsoft:UserLastPlayedTime""User Last Played Time""Microsoft:UserPlayCount""User Play Count"
-    "Microsoft:UserPlaycountAfternoon""User Playcount Afternoon""Microsoft:UserPlaycountEvening"
-    "User Playcount Evening""Microsoft:UserPlaycountMorning""User Playcount Morning"
-    "Microsoft:UserPlaycountNight""User Playcount Night""Microsoft:UserPlaycountWeekday"
-    "User Playcount Weekday""Microsoft:UserPlaycountWeekend""User Playcount Weekend"
-    "Microsoft:UserRating""User Rating""Microsoft:UserServiceRating""User Service Rating"
-    "Microsoft:UserWebURL""User Web URL""Microsoft:VerticalResolution""Vertical Resolution"
-    "Microsoft:VideoBitrate""Video Bitrate""Microsoft:VideoCompression""Video Compression"
-    "Microsoft:VideoFormat""Video Format""Microsoft:VideoFrameRate""Video Frame Rate"
-    "Microsoft:VideoHeight""Video Height""Microsoft:VideoWidth""Video Width"
-    "Microsoft:WMCollectionGroupID""WM Collection Group ID""Microsoft:WMCollectionID"
-    "WM Collection ID""Microsoft:WMContentID""WM Content ID""Microsoft:WMShadowFileSourceDRMType"
-    "WM Shadow File Source DRM Type""Microsoft:WMShadowFileSourceFileType"
-    "WM Shadow File Source File Type""Microsoft:Webpage""Microsoft:WhiteBalance""White Balance"
-    "Microsoft:WindowsFileName""Windows File Name""Microsoft:WordCount""Word Count"
-    "Microsoft:Writers""Microsoft:Year""作者""类别""城市""创建日期""Exif 版本""曝光程序""曝光时间""文件大小""文件格式""焦距""光源"
-    "镜头光圈最大值""测量方式""图像取向""饱和度""来源""目标距离""白平衡""Bitrate audio""Auteur""Fabricant de l'appareil photo"
-    "Modèle de l'appareil photo""Catégorie""Ville""Commentaires""Créateur""Date de création"
-    "Date d'envoi""Evenement""Version Exif""Réglage du biais""Programme d'exposition""Temps de pose"
-    "Taille du fichier""Type de fichier""Version de format de fichier""Prénom""Mode du flash"
-    "Focale de l'objectif""Distance focale 35 mm""Nom complet""Langage""Fabricant de l'objectif"
-    "Modèle de l'objectif""Source de lumière""Lieu""Ouverture maximale""Mode de mesure""Nom""Surnom"
-    "Orientation de l'image""Propriétaire""Code Postal""Date de version""Sensibilité"
-    "Distance du sujet""ID unique du fichier""Personnalisé par l'utilisateur 1"
-    "Personnalisé par l'utilisateur 2""Fréquence d'images vidéo""Page internet""Balance des blancs"
-    "Année""Bit-Tiefe""Kamera Modell""Kategorie""Kanäle""Kinder""Stadt/Ort""Kommentare""Mitwirkende"
-    "Ersteller""Datum""Erstellungsdatum""Absendedatum""Exif-Version""Belichtungskorrekturwert"
-    "Belichtungsprogramm""Belichtungsdauer""Dateigröße""Dateityp""Dateiformatversion""Blitz-Modus"
-    "Brennweite""Ordner-Name""Bereichshöhe""Bereichsbreite""Sprache""Objektiv-Typ""Lichtquelle"
-    "Aufnahmeort""Größte Blende""Belichtungsmessmethode""Ausrichtung""Besitzer""Seiten"
-    "Postleitzahl""Programmmodus""Veröffentlichungsdatum""Farbsättigung""Quelle""Objektentfernung"
-    "Typ""Weißabgleich""Schreiber""Jahr""Nome account""Ora acquisizione""Ora acquisizione - Giorno"
-    "Ora acquisizione - Mese""Ora acquisizione - Anno""Ora acquisizione - Anno mese"
-    "Ora acquisizione - Anno mese giorno""Ordinamento album-artista""Allegati""Formato audio"
-    "Autore""Livello medio""Battiti al minuto""Marca fotocamera""Produttore fotocamera"
-    "Modello fotocamera""Categoria""Numero canale""Canali""Bambini""Città""Commenti""Creatore""Data"
-    "Data d'invio""Durata codifica""Evento""Versione Exif""Programma esposizione""Tempo esposizione"
-    "Dimensione file""Tipo di file""Versione file""Modo flash""Lunghezza focale"
-    "Lunghezza focale 35mm""ID genere""Velocità ISO""Tipi""Lingua""Marchi legali""Modello obiettivo"
-    "Sorgente di luce""Località""Massima apertura delle lenti""Modalità misurazione""Nome"
-    "Orientamento""Parte del gruppo""Valore di picco""Priorità""Nome prodotto""Versione prodotto"
-    "Professione""Modo programma""Nome programma""Progetto""Protetto""Stato lettura"
-    "Tempo registrazione""Data di rilascio""Risorse""Saturazione""Indirizzo mittente""Nome mittente"
-    "Sensibilità""Dimensioni""Origine""URL fonte""Distanza soggetto""Suffisso""Num titolo"
-    "Ordinamento titolo""Titolo da fare""Bitrate video""Bilanciamento del bianco""Anno""ビット深度"
-    "カテゴリー""都市""製作者""日付""作成日付""発送日付""Exifバージョン""露出プログラム""露出時間""ファイルのサイズ""ファイルタイプ""ファイル形式バージョン"
-    "フラッシュモード""レンズ焦点距離""フォルダ名""フレーム高""フレーム幅""撮影場所""最大絞り""測光モード""画像の向き""リリース日付""彩度""ソース""対象距離""タイプ"
-    "ホワイトバランス""Nivel Medio""Categoría""Canales""Ciudad""Directores""Creador""Fecha""Fecha Creación"
-    "Fecha Envío""Hora de codificación""Versión Exif""Programa Exposición""Tiempo de Exposición"
-    "Tamaño Archivo""Tipo Archivo""Versión Formato Archivo""Modo Flash""Distancia Focal Objetivo"
-    "ID Género""Cargo""Idioma""Modelo Objetivo""Fuente Luz""Localización"
-    "Máxima Apertura del Objetivo""Modo Medición""Modificado por""Nombre""Orientación de Imagen"
-    "Propietario""Tipo Protección""Proveedor""Fecha Lanzamiento""Saturación""Fuente"
-    "Distancia Sujeto""Descripción Subtitulo""Número Pista""Tipo""Identificador Unico Archivo"
-    "Altura Video""Ancho Video""Balance de Blancos""Año""AFSensorActive""AFStatusActiveSensor"
-    "AFStatusTop-right""AFStatusBottom-right""AFStatusBottom""AFStatusMiddleHorizontal"
-    "AFStatusCenterVertical""AFStatusTop""AFStatusTop-left""AFStatusBottom-left""FocusLocked"
-    "AFPoint""AFMode""AFStatusLeft""AFStatusCenterHorizontal""AFStatusRight""AFAreaMode"
-    "ExposureMode""MinoltaImageSize""MinoltaQuality""DriveMode""ISO""FNumber""MacroMode"
-    "DigitalZoom""ExposureCompensation""BracketStep""IntervalLength""IntervalNumber""FocusDistance"
-    "FlashFired""MinoltaDate""MinoltaTime""FileNumberMemory""LastFileNumber""ColorBalanceRed"
-    "ColorBalanceGreen""ColorBalanceBlue""Contrast""Sharpness""SubjectProgram""FlashExposureComp"
-    "ISOSetting""MinoltaModelID""IntervalMode""ColorMode""ColorFilter""BWFilter""InternalFlash"
-    "Brightness""SpotFocusPointX""SpotFocusPointY""WideFocusZone""FocusMode""FocusArea""DECPosition"
-    "ColorProfile""DataImprint""FlashMetering""Flash""FreeMemoryCardImages""ColorTemperature"
-    "HueAdjustment""Rotation""PictureFinish""ImageNumber""NoiseReduction""ImageStabilization"
-    "AFPoints""ImageNumber2""ZoneMatchingOn""ExposureCompensationSetting""HighSpeedSync"
-    "ShutterSpeedSetting""ApertureSetting""DriveMode2""AFPointSelected""FlashExposureCompSet"
-    "ZoneMatchingMode""DynamicRangeOptimizer""PrioritySetupShutterRelease""SelfTimerTime"
-    "ContinuousBracketing""SingleFrameBracketing""WhiteBalanceBracketing""WhiteBalanceSetting"
-    "PresetWhiteBalance""ColorTemperatureSetting""CustomWBSetting""DynamicRangeOptimizerSetting"
-    "CustomWBRedLevel""CustomWBGreenLevel""CustomWBBlueLevel""CustomWBError""WhiteBalanceFineTune"
-    "ColorCompensationFilter""SonyImageSize""SonyQuality""InstantPlaybackTime""InstantPlaybackSetup"
-    "EyeStartAF""RedEyeReduction""FlashDefault""AutoBracketOrder""FocusHoldButton""AELButton"
-    "ControlDialSet""ExposureCompensationMode""AFAssist""CardShutterLock""LensShutterLock"
-    "AFAreaIllumination""MonitorDisplayOff""RecordDisplay""PlayDisplay""ExposureIndicator"
-    "AELExposureIndicator""ExposureBracketingIndicatorLast""MeteringOffScaleIndicator"
-    "FlashExposureIndicator""FlashExposureIndicatorNext""FlashExposureIndicatorLast"
-    "FocusModeSwitch""FlashType""AELock""BatteryState""Make""SoftwareVersion""ModelType"
-    "MakerNoteVersion""CompressedImageSize""PreviewImage""PreviewImageStart""PreviewImageLength"
-    "SceneMode""Teleconverter""RawAndJpgRecording""ZoneMatching""LensType""MinoltaCameraSettings2"
-    "ImageStabilizationSetting""DynamicRangeOptimizerMode""WBBracketShotNumber"
-    "ExposureBracketShotNumber""FlashFunction""AverageLV""WB_RGBLevels""WB_GBRGLevels"
-    "WB_RedLevelsTungsten""WB_BlueLevelsTungsten""WB_RedLevelsDaylight""WB_BlueLevelsDaylight"
-    "WB_RedLevelsCloudy""WB_BlueLevelsCloudy""WB_RedLevelsFlash""WB_BlueLevelsFlash"
-    "WB_RedLevelsFluorescent""WB_BlueLevelsFluorescent""WB_RedLevelsShade""WB_BlueLevelsShade"
-    "WB_RedLevel6500K""WB_BlueLevel6500K""WB_RedLevelCustom""WB_BlueLevelCustom""WB_RedLevel3500K"
-    "WB_BlueLevel3500K""WB_RedLevelsKelvin""WB_BlueLevelsKelvin""WB_RBLevelsFlash"
-    "WB_RBLevelsCoolWhiteF""WB_RBLevelsTungsten""WB_RBLevelsDaylight""WB_RBLevelsCloudy"
-    "WB_RBLevelsShade""WB_RBLevels6500K""WB_RBLevelsCustom""WB_RBLevels3500K""AEMeteringSegments"
-    "MeasuredLV""BrightnessValue""TiffMeteringImage""InternalSerialNumber""6""7""-32768""16""64""8"
-    "9""4115""4131""4147""4163""4179""4227""112""256""32""48""512""80""96""34""10""174""184""56""72"
-    "100""101""102""103""104""105""12""13""132""14""15""17""18""19""20""21""255""4294967295""76""82"
-    "10116""128""770""771""1794""1795""32769""32770""32771""119""120""121""122""123""124""125""126"
-    "127""129""130""131""133""134""135""136""253""254""22""23""24""25""26""27""28""33""65535""144"
-    "160""7.1""7.2""11""24.1""24.2""24.3""24.4""24.5""24.6""24.7""25.1""25.2""25.3""25.4""25.5"
-    "28.1""28.2""29""30""30.1""30.2""30.3""30.4""31""31.1""35""36""38""39""40""41""41.1""42""43""44"
-    "45""46""47""48.1""48.2""49""50""51""52""52.1""52.2""53""54""54.1""55""55.1""57""57.1""57.2""58"
-    "59""60""61""62""63""65""66""67""68""69""70""128.1""128.2""128.3""128.4""128.5""128.6""128.7"
-    "128.8""128.9""128.10""128.11""128.12""128.13""128.14""128.15""128.16""128.17""128.18""128.19"
-    "128.20""128.21""128.22""128.23""128.24""128.25""128.26""128.27""129.1""129.2""137""138""139"
-    "142""146""194""202""203""204""212""213""214""215""216""217""218""220""224""255.1""255.2""255.3"
-    "255.4""255.5""255.6""255.7""255.8""255.9""18688""25501""25511""25511.1""25511.2""25511.3"
-    "25511.4""25511.5""25521""25521.1""25521.2""25521.3""25521.4""25521.5""25521.6""25521.7"
-    "25521.8""25521.9""25531""25531.1""25531.2""25531.3""25531.4""25541""25551""25551.1""25551.2"
-    "25551.3""25561""25571""25581""25601""25611""25611.1""25611.2""25611.3""25611.4""25611.5"
-    "25611.6""25611.7""25611.8""25611.9""25611.10""25621""25631""25631.1""25631.2""25631.3""25631.4"
-    "25641""25641.1""25651""25661""25661.1""25721""25781""25781.1""25781.2""25781.3""25791""25791.1"
-    "25811""25811.1""25811.2""25811.3""25811.4""25811.5""25851""25858""25858.1""25881""25891"
-    "25891.1""25901""25901.1""25911""25921""25931""25941""25961""25971""25981""26011""26011.1"
-    "26041""26051""26061""26071""26081""26091""26121""26131""26151""26161""26181""26191""26201"
-    "26211""26241""26281""26291""26311""26321""26381""26391""26411""26421""26441""26621""26671"
-    "26681""26721""30464""45671""45681""45701""45711""45741""45741.1""45741.2""45741.3""45751"
-    "45851""45861""45871""48128""61184""65280""65535.1""65535.2""65535.3""65535.4""65535.5""65535.6"
-    "65535.7""768""4613""4622""4750""4782""5134""5262""5504""6030""Minolta:AELButton""AEL Button"
-    "Minolta:AELButton:0""Hold""Minolta:AELButton:1""Toggle""Minolta:AELButton:2""Spot Hold"
-    "Minolta:AELButton:3""Spot Toggle""Minolta:AELExposureIndicator""AEL Exposure Indicator"
-    "Minolta:AELExposureIndicator:0""Not Indicated""Minolta:AELExposureIndicator:1""Under Scale"
-    "Minolta:AELExposureIndicator:119""Bottom of Scale""Minolta:AELExposureIndicator:120""-2.0"
-    "Minolta:AELExposureIndicator:121""-1.7""Minolta:AELExposureIndicator:122""-1.5"
-    "Minolta:AELExposureIndicator:123""-1.3""Minolta:AELExposureIndicator:124""-1.0"
-    "Minolta:AELExposureIndicator:125""-0.7""Minolta:AELExposureIndicator:126""-0.5"
-    "Minolta:AELExposureIndicator:127""-0.3""Minolta:AELExposureIndicator:128"
-    "Minolta:AELExposureIndicator:129""+0.3""Minolta:AELExposureIndicator:130""+0.5"
-    "Minolta:AELExposureIndicator:131""+0.7""Minolta:AELExposureIndicator:132""+1.0"
-    "Minolta:AELExposureIndicator:133""+1.3""Minolta:AELExposureIndicator:134""+1.5"
-    "Minolta:AELExposureIndicator:135""+1.7""Minolta:AELExposureIndicator:136""+2.0"
-    "Minolta:AELExposureIndicator:253""Top of Scale""Minolta:AELExposureIndicator:254""Over Scale"
-    "Minolta:AELock""AE Lock""Minolta:AELock:0""Off""Minolta:AELock:1""On"
-    "Minolta:AEMeteringSegments""AE Metering Segments""Minolta:AFAreaIllumination"
-    "AF Area Illumination""Minolta:AFAreaIllumination:0""0.3 s""Minolta:AFAreaIllumination:1""0.6 s"
-    "Minolta:AFAreaIllumination:2""Minolta:AFAreaMode""AF Area Mode""Minolta:AFAreaMode:0""Wide"
-    "Minolta:AFAreaMode:1""Local""Minolta:AFAreaMode:2""Spot""Minolta:AFAssist""AF Assist"
-    "Minolta:AFAssist:0""Minolta:AFAssist:1""Minolta:AFMode""AF Mode""Minolta:AFMode:0""DMF"
-    "Minolta:AFMode:1""AF-S""Minolta:AFMode:2""AF-C""Minolta:AFMode:3""AF-A""Minolta:AFPoint"
-    "AF Point""Minolta:AFPoint:0""Auto""Minolta:AFPoint:1""Center""Minolta:AFPoint:2""Top"
-    "Minolta:AFPoint:3""Top-right""Minolta:AFPoint:4""Right""Minolta:AFPoint:5""Bottom-right"
-    "Minolta:AFPoint:6""Bottom""Minolta:AFPoint:7""Bottom-left""Minolta:AFPoint:8""Left"
-    "Minolta:AFPoint:9""Top-left""Minolta:AFPointSelected""AF Point Selected"
-    "Minolta:AFPointSelected:1""Minolta:AFPointSelected:2""Minolta:AFPointSelected:3"
-    "Minolta:AFPointSelected:4""Minolta:AFPointSelected:5""Minolta:AFPointSelected:6"
-    "Minolta:AFPointSelected:7""Minolta:AFPointSelected:8""Minolta:AFPointSelected:9"
-    "Minolta:AFPoints""AF Points""Minolta:AFPoints:0""(none)""Minolta:AFPoints:1"
-    "Minolta:AFPoints:128""Minolta:AFPoints:16""Minolta:AFPoints:2""Minolta:AFPoints:256"
-    "Minolta:AFPoints:32""Minolta:AFPoints:4""Minolta:AFPoints:64""Minolta:AFPoints:8"
-    "Minolta:AFSensorActive""AF Sensor Active""Minolta:AFSensorActive:0""Minolta:AFSensorActive:1"
-    "Minolta:AFSensorActive:2""Minolta:AFSensorActive:3""Middle Horizontal"
-    "Minolta:AFSensorActive:4""Center Vertical""Minolta:AFSensorActive:5""Minolta:AFSensorActive:6"
-    "Minolta:AFSensorActive:7""Minolta:AFStatusActiveSensor""AF Status Active Sensor"
-    "Minolta:AFStatusActiveSensor:-32768""Out of Focus""Minolta:AFStatusActiveSensor:0""In Focus"
-    "Minolta:AFStatusBottom""AF Status Bottom""Minolta:AFStatusBottom-left""AF Status Bottom-left"
-    "Minolta:AFStatusBottom-left:-32768""Minolta:AFStatusBottom-left:0"
-    "Minolta:AFStatusBottom-right""AF Status Bottom-right""Minolta:AFStatusBottom-right:-32768"
-    "Minolta:AFStatusBottom-right:0""Minolta:AFStatusBottom:-32768""Minolta:AFStatusBottom:0"
-    "Minolta:AFStatusCenterHorizontal""AF Status Center Horizontal"
-    "Minolta:AFStatusCenterHorizontal:-32768""Minolta:AFStatusCenterHorizontal:0"
-    "Minolta:AFStatusCenterVertical""AF Status Center Vertical"
-    "Minolta:AFStatusCenterVertical:-32768""Minolta:AFStatusCenterVertical:0""Minolta:AFStatusLeft"
-    "AF Status Left""Minolta:AFStatusLeft:-32768""Minolta:AFStatusLeft:0"
-    "Minolta:AFStatusMiddleHorizontal""AF Status Middle Horizontal"
-    "Minolta:AFStatusMiddleHorizontal:-32768""Minolta:AFStatusMiddleHorizontal:0"
-    "Minolta:AFStatusRight""AF Status Right""Minolta:AFStatusRight:-32768""Minolta:AFStatusRight:0"
-    "Minolta:AFStatusTop""AF Status Top""Minolta:AFStatusTop-left""AF Status Top-left"
-    "Minolta:AFStatusTop-left:-32768""Minolta:AFStatusTop-left:0""Minolta:AFStatusTop-right"
-    "AF Status Top-right""Minolta:AFStatusTop-right:-32768""Minolta:AFStatusTop-right:0"
-    "Minolta:AFStatusTop:-32768""Minolta:AFStatusTop:0""Minolta:ApertureSetting""Aperture Setting"
-    "Minolta:AutoBracketOrder""Auto Bracket Order""Minolta:AutoBracketOrder:0""0 - +"
-    "Minolta:AutoBracketOrder:1""- 0 +""Minolta:AverageLV""Average LV""Minolta:BWFilter""BW Filter"
-    "Minolta:BatteryState""Battery State""Minolta:BatteryState:3""Very Low""Minolta:BatteryState:4"
-    "Low""Minolta:BatteryState:5""Half Full""Minolta:BatteryState:6""Sufficient Power Remaining"
-    "Minolta:BracketStep""Bracket Step""Minolta:BracketStep:0""1/3 EV""Minolta:BracketStep:1"
-    "2/3 EV""Minolta:BracketStep:2""1 EV""Minolta:Brightness""Minolta:BrightnessValue"
-    "Brightness Value""Minolta:CardShutterLock""Card Shutter Lock""Minolta:CardShutterLock:0"
-    "Minolta:CardShutterLock:1""Minolta:ColorBalanceBlue""Color Balance Blue"
-    "Minolta:ColorBalanceGreen""Color Balance Green""Minolta:ColorBalanceRed""Color Balance Red"
-    "Minolta:ColorCompensationFilter""Color Compensation Filter""Minolta:ColorFilter""Color Filter"
-    "Minolta:ColorMode""Color Mode""Minolta:ColorMode:0""Natural color |\302\240Standard"
-    "Minolta:ColorMode:1""Black & White |\302\240Vivid""Minolta:ColorMode:100""Neutral"
-    "Minolta:ColorMode:101""Clear""Minolta:ColorMode:102""Deep""Minolta:ColorMode:103""Light"
-    "Minolta:ColorMode:104""Night View""Minolta:ColorMode:105""Autumn Leaves""Minolta:ColorMode:12"
-    "Neutral |\302\240Portrait""Minolta:ColorMode:13""Clear |\302\240Natural sRGB"
-    "Minolta:ColorMode:132""Embed Adobe RGB""Minolta:ColorMode:14""Deep |\302\240Natural+ sRGB"
-    "Minolta:ColorMode:15""Landscape |\302\240Light""Minolta:ColorMode:16"
-    "Autumn Leaves |\302\240Evening""Minolta:ColorMode:17""Night Scene |\302\240Sepia"
-    "Minolta:ColorMode:18""FL |\302\240Night Portrait""Minolta:ColorMode:19""Vivid 2"
-    "Minolta:ColorMode:2""Portrait |\302\240Vivid color""Minolta:ColorMode:20""IN"
-    "Minolta:ColorMode:21""SH""Minolta:ColorMode:255""Minolta:ColorMode:3"
-    "Landscape |\302\240Solarization""Minolta:ColorMode:4""Adobe RGB |\302\240Sunset"
-    "Minolta:ColorMode:4294967295""n/a""Minolta:ColorMode:5"
+    "VideoCodecID" "AudioCodecID" "CodecID" "Block" "BlockVirtual" "SimpleBlock" "CodecState"
+    "BlockAdditional" "EncryptedBlock" "AudioSampleRate" "Void" "ContentCompressionSettings"
+    "DocType" "ChapterLanguage" "ChapterCountry" "SegmentFamily" "DateTimeOriginal"
+    "TagLanguageBCP47" "TagBinary" "Duration" "ChapterProcessPrivate" "EditionUID"
+    "AttachedFileData" "AttachedFileMIMEType" "AttachedFileReferral" "AttachedFileUID"
+    "ContentEncryptionKeyID" "ContentSignature" "ContentSignatureKeyID" "SeekID" "CodecPrivate"
+    "TagChapterUID" "TagTrackUID" "TagAttachmentUID" "TagEditionUID" "TargetType" "SignedElement"
+    "TrackTranslateTrackID" "TrackTranslateEditionUID" "ChapterProcessData" "ChapterTranslateID"
+    "ChapterTranslateEditionUID" "ChapterSegmentUID" "ChapterSegmentEditionUID" "SegmentUID"
+    "ChapterUID" "TrackUID" "TrackAttachmentUID" "OutputAudioSampleRate" "ChannelPositions"
+    "SignaturePublicKey" "Signature" "TrackLanguage" "TrackLanguageIETF" "TrackTimecodeScale"
+    "FrameRate" "CodecDownloadURL" "ColorSpace" "Gamma" "CodecInfoURL" "PrevUID" "NextUID"
+    "ProjectionPrivate" "ProjectionPoseYaw" "ProjectionPosePitch" "ProjectionPoseRoll"
+    "Accompaniment" "Actor" "Address" "Arranger" "Artist" "ArtDirector" "AssistantDirector"
+    "Barcode" "BPM" "BPS" "CatalogNumber" "Character" "Choregrapher" "Comment" "Composer"
+    "ComposerNationality" "CompositionLocation" "Conductor" "ContentType" "Coproducer" "Copyright"
+    "CostumeDesigner" "Country" "CreateDate" "DateEncoded" "DatePurchased" "DateReleased"
+    "DateTagged" "DateWritten" "Description" "Director" "DirectorOfPhotography" "DistributedBy"
+    "EditedBy" "Email" "EncodedBy" "Encoder" "EncoderSettings" "ExecutiveProducer" "FAX" "FPS"
+    "Genre" "IMDB" "InitialKey" "Instruments" "ISBN" "ISRC" "Keywords" "Label" "LabelCode"
+    "LawRating" "Lccn" "LeadPerformer" "License" "Lyricist" "Lyrics" "MasteredBy" "MCDI" "Measure"
+    "MixedBy" "Mood" "Original" "OriginalMediaType" "PartNumber" "PartOffset" "Period" "Phone"
+    "PlayCounter" "Producer" "ProductionCopyright" "ProductionDesigner" "ProductionStudio"
+    "Publisher" "PurchaseCurrency" "PurchaseInfo" "PurchaseItem" "PurchaseOwner" "PurchasePrice"
+    "Rating" "RecordingLocation" "RemixedBy" "ReplaygainGain" "ReplaygainPeak" "Sample"
+    "ScreenplayBy" "SortWith" "SoundEngineer" "Subject" "Subtitle" "Summary" "Synopsis" "TermsOfUse"
+    "ThanksTo" "Title" "TMDB" "TotalParts" "Tuning" "TVDB" "URL" "WrittenBy"
+    "Matroska:Accompaniment" "Matroska:Actor" "Matroska:Address" "Matroska:Arranger"
+    "Matroska:ArtDirector" "Art Director" "Matroska:Artist" "Matroska:AssistantDirector"
+    "Assistant Director" "Matroska:AttachedFileData" "Attached File Data"
+    "Matroska:AttachedFileMIMEType" "Attached File MIME Type" "Matroska:AttachedFileReferral"
+    "Attached File Referral" "Matroska:AttachedFileUID" "Attached File UID" "Matroska:AudioCodecID"
+    "Audio Codec ID" "Matroska:AudioSampleRate" "Audio Sample Rate" "Matroska:BPM" "Matroska:BPS"
+    "Matroska:Barcode" "Matroska:Block" "Matroska:BlockAdditional" "Block Additional"
+    "Matroska:BlockVirtual" "Block Virtual" "Matroska:CatalogNumber" "Catalog Number"
+    "Matroska:ChannelPositions" "Channel Positions" "Matroska:ChapterCountry" "Chapter Country"
+    "Matroska:ChapterLanguage" "Chapter Language" "Matroska:ChapterProcessData"
+    "Chapter Process Data" "Matroska:ChapterProcessPrivate" "Chapter Process Private"
+    "Matroska:ChapterSegmentEditionUID" "Chapter Segment Edition UID" "Matroska:ChapterSegmentUID"
+    "Chapter Segment UID" "Matroska:ChapterTranslateEditionUID" "Chapter Translate Edition UID"
+    "Matroska:ChapterTranslateID" "Chapter Translate ID" "Matroska:ChapterUID" "Chapter UID"
+    "Matroska:Character" "Matroska:Choregrapher" "Matroska:CodecDownloadURL" "Codec Download URL"
+    "Matroska:CodecID" "Codec ID" "Matroska:CodecInfoURL" "Codec Info URL" "Matroska:CodecPrivate"
+    "Codec Private" "Matroska:CodecState" "Codec State" "Matroska:ColorSpace" "Color Space"
+    "Matroska:Comment" "Matroska:Composer" "Matroska:ComposerNationality" "Composer Nationality"
+    "Matroska:CompositionLocation" "Composition Location" "Matroska:Conductor"
+    "Matroska:ContentCompressionSettings" "Content Compression Settings"
+    "Matroska:ContentEncryptionKeyID" "Content Encryption Key ID" "Matroska:ContentSignature"
+    "Content Signature" "Matroska:ContentSignatureKeyID" "Content Signature Key ID"
+    "Matroska:ContentType" "Content Type" "Matroska:Coproducer" "Matroska:Copyright"
+    "Matroska:CostumeDesigner" "Costume Designer" "Matroska:Country" "Matroska:CreateDate"
+    "Create Date" "Matroska:DateEncoded" "Date Encoded" "Matroska:DatePurchased" "Date Purchased"
+    "Matroska:DateReleased" "Date Released" "Matroska:DateTagged" "Date Tagged"
+    "Matroska:DateTimeOriginal" "Date/Time Original" "Matroska:DateWritten" "Date Written"
+    "Matroska:Description" "Matroska:Director" "Matroska:DirectorOfPhotography"
+    "Director Of Photography" "Matroska:DistributedBy" "Distributed By" "Matroska:DocType"
+    "Doc Type" "Matroska:Duration" "Matroska:EditedBy" "Edited By" "Matroska:EditionUID"
+    "Edition UID" "Matroska:Email" "Matroska:EncodedBy" "Encoded By" "Matroska:Encoder"
+    "Matroska:EncoderSettings" "Encoder Settings" "Matroska:EncryptedBlock" "Encrypted Block"
+    "Matroska:ExecutiveProducer" "Executive Producer" "Matroska:FAX" "Matroska:FPS"
+    "Matroska:FrameRate" "Frame Rate" "Matroska:Gamma" "Matroska:Genre" "Matroska:IMDB"
+    "Matroska:ISBN" "Matroska:ISRC" "Matroska:InitialKey" "Initial Key" "Matroska:Instruments"
+    "Matroska:Keywords" "Matroska:Label" "Matroska:LabelCode" "Label Code" "Matroska:LawRating"
+    "Law Rating" "Matroska:Lccn" "Matroska:LeadPerformer" "Lead Performer" "Matroska:License"
+    "Matroska:Lyricist" "Matroska:Lyrics" "Matroska:MCDI" "Matroska:MasteredBy" "Mastered By"
+    "Matroska:Measure" "Matroska:MixedBy" "Mixed By" "Matroska:Mood" "Matroska:NextUID" "Next UID"
+    "Matroska:Original" "Matroska:OriginalMediaType" "Original Media Type"
+    "Matroska:OutputAudioSampleRate" "Output Audio Sample Rate" "Matroska:PartNumber" "Part Number"
+    "Matroska:PartOffset" "Part Offset" "Matroska:Period" "Matroska:Phone" "Matroska:PlayCounter"
+    "Play Counter" "Matroska:PrevUID" "Prev UID" "Matroska:Producer" "Matroska:ProductionCopyright"
+    "Production Copyright" "Matroska:ProductionDesigner" "Production Designer"
+    "Matroska:ProductionStudio" "Production Studio" "Matroska:ProjectionPosePitch"
+    "Projection Pose Pitch" "Matroska:ProjectionPoseRoll" "Projection Pose Roll"
+    "Matroska:ProjectionPoseYaw" "Projection Pose Yaw" "Matroska:ProjectionPrivate"
+    "Projection Private" "Matroska:Publisher" "Matroska:PurchaseCurrency" "Purchase Currency"
+    "Matroska:PurchaseInfo" "Purchase Info" "Matroska:PurchaseItem" "Purchase Item"
+    "Matroska:PurchaseOwner" "Purchase Owner" "Matroska:PurchasePrice" "Purchase Price"
+    "Matroska:Rating" "Matroska:RecordingLocation" "Recording Location" "Matroska:RemixedBy"
+    "Remixed By" "Matroska:ReplaygainGain" "Replaygain Gain" "Matroska:ReplaygainPeak"
+    "Replaygain Peak" "Matroska:Sample" "Matroska:ScreenplayBy" "Screenplay By" "Matroska:SeekID"
+    "Seek ID" "Matroska:SegmentFamily" "Segment Family" "Matroska:SegmentUID" "Segment UID"
+    "Matroska:Signature" "Matroska:SignaturePublicKey" "Signature Public Key"
+    "Matroska:SignedElement" "Signed Element" "Matroska:SimpleBlock" "Simple Block"
+    "Matroska:SortWith" "Sort With" "Matroska:SoundEngineer" "Sound Engineer" "Matroska:Subject"
+    "Matroska:Subtitle" "Matroska:Summary" "Matroska:Synopsis" "Matroska:TMDB" "Matroska:TVDB"
+    "Matroska:TagAttachmentUID" "Tag Attachment UID" "Matroska:TagBinary" "Tag Binary"
+    "Matroska:TagChapterUID" "Tag Chapter UID" "Matroska:TagEditionUID" "Tag Edition UID"
+    "Matroska:TagLanguageBCP47" "Tag Language BCP47" "Matroska:TagTrackUID" "Tag Track UID"
+    "Matroska:TargetType" "Target Type" "Matroska:TermsOfUse" "Terms Of Use" "Matroska:ThanksTo"
+    "Thanks To" "Matroska:Title" "Matroska:TotalParts" "Total Parts" "Matroska:TrackAttachmentUID"
+    "Track Attachment UID" "Matroska:TrackLanguage" "Track Language" "Matroska:TrackLanguageIETF"
+    "Track Language IETF" "Matroska:TrackTimecodeScale" "Track Timecode Scale"
+    "Matroska:TrackTranslateEditionUID" "Track Translate Edition UID"
+    "Matroska:TrackTranslateTrackID" "Track Translate Track ID" "Matroska:TrackUID" "Track UID"
+    "Matroska:Tuning" "Matroska:URL" "Matroska:VideoCodecID" "Video Codec ID" "Matroska:Void"
+    "Matroska:WrittenBy" "Written By" "图像作者" "色彩空间信息" "注释" "专利拥有者" "国家" "数字数据产生的日期和时间"
+    "原始数据产生的日期和时间" "更新速率" "对比系数" "关键字" "评分" "主题" "标题" "Adresse" "Artiste" "Code-barres"
+    "Espace colorimétrique" "Commentaire" "Propriétaire du copyright" "Pays"
+    "Date de création des données numériques" "Date de création des données originales" "Durée"
+    "Vitesse" "Mots-clés" "Producteur" "Editeur" "Classement" "Sujet" "Titre" "URL " "Künstler"
+    "Farbraum" "Kommentar" "Urheberrechtsvermerk" "Land" "Digitalisierungsdatum/-uhrzeit"
+    "Erstellungsdatum/-uhrzeit" "Beschreibung" "Dauer" "E-Mail" "Bildwechselfrequenz"
+    "Schlüsselwörter" "Beschriftung" "Lizenz" "Produzent" "Herausgeber" "Bewertung"
+    "Themen/Schlüsselwörter" "Titel" "Attore" "Indirizzo" "Persona che ha creato l'immagine"
+    "ID codec audio" "Posizioni canale" "Spazio colore" "Commento" "Compositore"
+    "Direttore d'orchestra" "Titolare del copyright" "Paese" "Data di creazione"
+    "Data/ora originale di creazione" "Descrizione" "Codificato da" "Codificatore"
+    "Impostazioni codificatore" "Frequenza fotogramma" "Genere" "Chiave iniziale" "Parole chiave"
+    "Licenza" "Paroliere" "Testo" "Conteggio esecuzioni" "UID precedente" "Editore" "Valutazione"
+    "Soggetto" "Sottotitolo" "Sommario" "Termini di utilizzo" "Titolo" "ID codec video" "画像作成者"
+    "色空間" "コメント" "版権所有者" "国名" "デジタルデータ作成日時" "オリジナルデータ作成日時" "説明" "フレームレート" "ガンマ" "キーワード" "格付け"
+    "サブジェクト" "タイトル" "Autor" "Espacio Color" "Comentario" "Compositor" "Copyright Perfil" "País"
+    "Fecha y Hora de Datos Digital" "Fecha y Hora de Datos Original" "Descripción" "Duración"
+    "Codificado por" "Velocidad del Fotograma" "Género" "Clave inicial" "Clave" "Letras" "Período"
+    "Productor" "Editor" "Clasificación" "Sujeto" "Subtitulo" "Título" "BordersVersion" "BorderName"
+    "BorderID" "BorderLocation" "BorderType" "WatermarkType" "FilmProductCode" "ImageSourceEK"
+    "CaptureConditionsPAR" "CameraOwner" "SerialNumber" "UserSelectGroupTitle" "DealerIDNumber"
+    "CaptureDeviceFID" "EnvelopeNumber" "FrameNumber" "FilmCategory" "FilmGencode" "ModelAndVersion"
+    "FilmSize" "SBA_RGBShifts" "SBAInputImageColorspace" "SBAInputImageBitDepth" "SBAExposureRecord"
+    "UserAdjSBA_RGBShifts" "ImageRotationStatus" "RollGuidElements" "MetadataNumber" "EditTagArray"
+    "Magnification" "NativeXResolution" "NativeYResolution" "NativeResolutionUnit"
+    "SourceImageDirectory" "SourceImageFileName" "SourceImageVolumeName" "PrintQuality"
+    "ImagePrintStatus" "DigitalEffectsVersion" "DigitalEffectsName" "DigitalEffectsType" "BinaryXML"
+    "Free" "VesperineSize" "ItemLocation" "IPMPControl" "ItemProtection" "PrimaryItemReference"
+    "MetaVersion" "UUID-Unknown" "Meta:BinaryXML" "Binary XML" "Meta:BorderID" "Border ID"
+    "Meta:BorderLocation" "Border Location" "Meta:BorderName" "Border Name" "Meta:BorderType"
+    "Border Type" "Meta:BordersVersion" "Borders Version" "Meta:CameraOwner" "Camera Owner"
+    "Meta:CaptureConditionsPAR" "Capture Conditions PAR" "Meta:CaptureDeviceFID"
+    "Capture Device FID" "Meta:DealerIDNumber" "Dealer ID Number" "Meta:DigitalEffectsName"
+    "Digital Effects Name" "Meta:DigitalEffectsType" "Digital Effects Type"
+    "Meta:DigitalEffectsVersion" "Digital Effects Version" "Meta:EditTagArray" "Edit Tag Array"
+    "Meta:EnvelopeNumber" "Envelope Number" "Meta:FilmCategory" "Film Category" "Meta:FilmGencode"
+    "Film Gencode" "Meta:FilmProductCode" "Film Product Code" "Meta:FilmSize" "Film Size"
+    "Meta:FrameNumber" "Frame Number" "Meta:Free" "Meta:IPMPControl" "IPMP Control"
+    "Meta:ImagePrintStatus" "Image Print Status" "Meta:ImageRotationStatus" "Image Rotation Status"
+    "Meta:ImageSourceEK" "Image Source EK" "Meta:ItemLocation" "Item Location" "Meta:ItemProtection"
+    "Item Protection" "Meta:Magnification" "Meta:MetaVersion" "Meta Version" "Meta:MetadataNumber"
+    "Metadata Number" "Meta:ModelAndVersion" "Model And Version" "Meta:NativeResolutionUnit"
+    "Native Resolution Unit" "Meta:NativeXResolution" "Native X Resolution" "Meta:NativeYResolution"
+    "Native Y Resolution" "Meta:PrimaryItemReference" "Primary Item Reference" "Meta:PrintQuality"
+    "Print Quality" "Meta:RollGuidElements" "Roll Guid Elements" "Meta:SBAExposureRecord"
+    "SBA Exposure Record" "Meta:SBAInputImageBitDepth" "SBA Input Image Bit Depth"
+    "Meta:SBAInputImageColorspace" "SBA Input Image Colorspace" "Meta:SBA_RGBShifts"
+    "SBA RGB Shifts" "Meta:SerialNumber" "Serial Number" "Meta:SourceImageDirectory"
+    "Source Image Directory" "Meta:SourceImageFileName" "Source Image File Name"
+    "Meta:SourceImageVolumeName" "Source Image Volume Name" "Meta:UUID-Unknown"
+    "Meta:UserAdjSBA_RGBShifts" "User Adj SBA RGB Shifts" "Meta:UserSelectGroupTitle"
+    "User Select Group Title" "Meta:VesperineSize" "Vesperine Size" "Meta:WatermarkType"
+    "Watermark Type" "照相机标识" "Numéro d'enveloppe" "Numéro de vue" "Version méta" "Modèle et version"
+    "Référence de l'élément principal" "Numéro de série" "Type de filigrane" "Bildnummer"
+    "Seriennummer" "Proprietario fotocamera" "Qualità stampa" "Numero di serie" "エンベロープ数" "フレーム番号"
+    "シリアル番号" "Número Sobre" "Número Serie" "PanoramicStitchVersion" "PanoramicStitchCameraMotion"
+    "PanoramicStitchMapType" "PanoramicStitchTheta0" "PanoramicStitchTheta1" "PanoramicStitchPhi0"
+    "PanoramicStitchPhi1" "Abstract" "AcquisitionTime" "AcquisitionTimeDay" "AcquisitionTimeMonth"
+    "AcquisitionTimeYear" "AcquisitionTimeYearMonth" "AcquisitionTimeYearMonthDay"
+    "AlbumArtistSortOrder" "AlbumID" "AlbumIDAlbumArtist" "AlbumTitleSortOrder" "AlternateSourceURL"
+    "AudioBitrate" "AudioFormat" "Author" "AuthorSortOrder" "AverageLevel" "Bitrate" "BuyNow"
+    "BuyTickets" "CDTrackEnabled" "CallLetters" "CameraManufacturer" "CameraModel" "Channels"
+    "ContentDistributorDuration" "Count" "CurrentBitrate" "DLNAServerUDN" "DLNASourceURI"
+    "DRMIndividualizedVersion" "DRMKeyID" "DTCPIPHost" "DTCPIPPort" "DVDID" "DisplayArtist" "Event"
+    "FileSize" "FileType" "FormatTag" "FourCC" "Frequency" "IsNetworkFeed" "IsVBR" "IsProtected"
+    "LibraryID" "LibraryName" "Location" "MediaContentTypes" "MediaType" "ModifiedBy" "MoreInfo"
+    "PartOfSet" "PeakValue" "PixelAspectRatioX" "PixelAspectRatioY" "PlaylistIndex" "Provider"
+    "ProviderLogoURL" "ProviderURL" "RadioBand" "RadioFormat" "RatingOrg" "RecordingTime"
+    "RecordingTimeDay" "RecordingTimeMonth" "RecordingTimeYear" "RecordingTimeYearMonth"
+    "RecordingTimeYearMonthDay" "ReleaseDate" "ReleaseDateDay" "ReleaseDateMonth" "ReleaseDateYear"
+    "ReleaseDateYearMonth" "ReleaseDateYearMonthDay" "RequestState" "ShadowFilePath" "SourceURL"
+    "Sync01" "Sync02" "Sync03" "Sync04" "Sync05" "Sync06" "Sync07" "Sync08" "Sync09" "Sync10"
+    "Sync11" "Sync12" "Sync13" "Sync14" "Sync15" "Sync16" "SyncOnly" "SyncState" "Temporary"
+    "TitleSortOrder" "TotalDuration" "TrackingID" "UserCustom1" "UserCustom2" "UserEffectiveRating"
+    "UserLastPlayedTime" "UserPlayCount" "UserPlaycountAfternoon" "UserPlaycountEvening"
+    "UserPlaycountMorning" "UserPlaycountNight" "UserPlaycountWeekday" "UserPlaycountWeekend"
+    "UserRating" "UserServiceRating" "VideoBitrate" "VideoFormat" "BeatsPerMinute"
+    "ContentDistributorType" "ContentGroupDescription" "EncodingTime" "GenreID" "Language"
+    "MediaOriginalBroadcastDateTime" "MediaOriginalChannel" "MediaStationName" "ProtectionType"
+    "ProviderRating" "ProviderStyle" "SharedUserRating" "SubtitleDescription"
+    "SubscriptionContentID" "TrackNumber" "UniqueFileIdentifier" "VideoFrameRate" "VideoHeight"
+    "VideoWidth" "WMCollectionGroupID" "WMCollectionID" "WMContentID" "WMShadowFileSourceDRMType"
+    "WMShadowFileSourceFileType" "Year" "ChapterNum" "TitleNum" "Resources" "Complete"
+    "HomeCountry-Region" "TaskOwner" "MaxAperture" "OptionalAttendees" "HomeStreet"
+    "RequiredAttendeeAddresses" "SenderAddress" "FileVersion" "ProductName" "ProductVersion"
+    "LegalTrademarks" "SenderName" "ParentalRatingReason" "FirstName" "DateImported" "CameraMaker"
+    "Orientation" "ExposureTime" "F-stop" "ExposureProgram" "ISOSpeed" "DatePictureTaken"
+    "ExposureBias" "SubjectDistance" "MeteringMode" "LightSource" "FlashMode" "FocalLength"
+    "HomePhone" "PrimaryPhone" "CellPhone" "Birthday" "PrimaryE-mail" "JobTitle" "HomeCity"
+    "PersonalTitle" "OfficeLocation" "GivenName" "MiddleName" "Suffix" "Nickname" "PostalCode"
+    "StationName" "Division" "Kinds" "ClientID" "Type" "FileCount" "TotalFileSize" "Computer"
+    "PerceivedType" "MediaCreated" "IsRecurring" "Incomplete" "E-mail2" "Project" "Gender" "DueDate"
+    "BusinessCity" "WindowsFileName" "DateArchived" "BusinessStateOrProvince" "BroadcastDate"
+    "Color" "StartDate" "Saturation" "SearchRanking" "OtherAddress" "AutoSummary" "BusinessHomePage"
+    "AlbumArtist" "Beats-per-minute" "Conductors" "AlbumTitle" "Free-busyStatus" "DateVisited"
+    "IsDeleted" "HasFlag" "Hobbies" "FullName" "Street" "Dimensions" "Untitled0" "Untitled1"
+    "HorizontalResolution" "VerticalResolution" "BitDepth" "AudioSampleSize" "VideoCompression"
+    "FrameWidth" "FrameHeight" "TotalBitrate" "DataRate" "Composers" "Directors" "ParentalRating"
+    "Producers" "Writers" "UserWebURL" "E-mail3" "HomeFax" "Source" "FlagColor" "BusinessPhone"
+    "ProgramMode" "OfflineStatus" "ClosedCaptioning" "Rerun" "SAP" "EpisodeName"
+    "ProgramDescription" "StationCallSign" "ChannelNumber" "OtherCity" "OtherStateOrProvince"
+    "Profession" "DateCompleted" "ReminderTime" "BusinessAddress" "OrganizerAddress" "HomePOBox"
+    "E-mailList" "CompanyMainPhone" "HomePostalCode" "OtherPOBox" "OtherCountry-Region" "LastName"
+    "CarPhone" "BusinessFax" "EntryType" "OtherPostalCode" "HomeAddress" "AssistantsPhone"
+    "Anniversary" "Owner" "SpaceFree" "TotalSize" "SpaceUsed" "Priority" "HasAttachments" "Spouse"
+    "FocalLength35mm" "IsCompleted" "OfflineAvailability" "OrganizerName" "TTY-TTDPhone" "Protected"
+    "BusinessCountry-Region" "RequiredAttendees" "Name" "Size" "Attributes" "DateModified"
+    "DateCreated" "DateAccessed" "FolderName" "LinkTarget" "LinkStatus" "BusinessPOBox" "ToDoTitle"
+    "CallbackNumber" "IsOnline" "MailingAddress" "Telex" "EndDate" "HomeStateOrProvince" "City"
+    "E-mailDisplayName" "AssistantsName" "Creator" "ExifVersion" "BillingInformation" "Children"
+    "Participants" "OptionalAttendeeAddresses" "Company" "Category" "Status" "Slides" "Pager"
+    "IMAddresses" "Folder" "ConversationID" "BusinessStreet" "POBox" "ContactNames" "DocumentID"
+    "LensModel" "BusinessPostalCode" "ReadStatus" "Importance" "FlagStatus" "FromAddresses"
+    "FromNames" "Store" "ToAddresses" "ToNames" "Webpage" "DateSent" "BccAddresses" "DateReceived"
+    "Attachments" "BccNames" "CcAddresses" "CcNames" "FolderPath" "Path" "AccountName"
+    "Country-Region" "LensMaker" "WhiteBalance" "Shared" "SharedWith" "StateOrProvince" "FileAs"
+    "IsAttachment" "TotalEditingTime" "LastPrinted" "Untitled2" "DateLastSaved" "Pages" "WordCount"
+    "ProgramName" "Comments" "Contributors" "Initials" "Date" "Sensitivity" "E-mailAddress"
+    "Department" "Mileage" "OtherStreet" "2" "3" "4" "5" "0" "1" "257" "258" "Microsoft:Abstract"
+    "Microsoft:AccountName" "Account Name" "Microsoft:AcquisitionTime" "Acquisition Time"
+    "Microsoft:AcquisitionTimeDay" "Acquisition Time Day" "Microsoft:AcquisitionTimeMonth"
+    "Acquisition Time Month" "Microsoft:AcquisitionTimeYear" "Acquisition Time Year"
+    "Microsoft:AcquisitionTimeYearMonth" "Acquisition Time Year Month"
+    "Microsoft:AcquisitionTimeYearMonthDay" "Acquisition Time Year Month Day"
+    "Microsoft:AlbumArtist" "Album Artist" "Microsoft:AlbumArtistSortOrder"
+    "Album Artist Sort Order" "Microsoft:AlbumID" "Album ID" "Microsoft:AlbumIDAlbumArtist"
+    "Album ID Album Artist" "Microsoft:AlbumTitle" "Album Title" "Microsoft:AlbumTitleSortOrder"
+    "Album Title Sort Order" "Microsoft:AlternateSourceURL" "Alternate Source URL"
+    "Microsoft:Anniversary" "Microsoft:Artist" "Microsoft:AssistantsName" "Assistants Name"
+    "Microsoft:AssistantsPhone" "Assistants Phone" "Microsoft:Attachments" "Microsoft:Attributes"
+    "Microsoft:AudioBitrate" "Audio Bitrate" "Microsoft:AudioFormat" "Audio Format"
+    "Microsoft:AudioSampleRate" "Microsoft:AudioSampleSize" "Audio Sample Size" "Microsoft:Author"
+    "Microsoft:AuthorSortOrder" "Author Sort Order" "Microsoft:AutoSummary" "Auto Summary"
+    "Microsoft:AverageLevel" "Average Level" "Microsoft:BccAddresses" "Bcc Addresses"
+    "Microsoft:BccNames" "Bcc Names" "Microsoft:Beats-per-minute" "Microsoft:BeatsPerMinute"
+    "Beats Per Minute" "Microsoft:BillingInformation" "Billing Information" "Microsoft:Birthday"
+    "Microsoft:BitDepth" "Bit Depth" "Microsoft:Bitrate" "Microsoft:BroadcastDate" "Broadcast Date"
+    "Microsoft:BusinessAddress" "Business Address" "Microsoft:BusinessCity" "Business City"
+    "Microsoft:BusinessCountry-Region" "Business Country-Region" "Microsoft:BusinessFax"
+    "Business Fax" "Microsoft:BusinessHomePage" "Business Home Page" "Microsoft:BusinessPOBox"
+    "Business PO Box" "Microsoft:BusinessPhone" "Business Phone" "Microsoft:BusinessPostalCode"
+    "Business Postal Code" "Microsoft:BusinessStateOrProvince" "Business State Or Province"
+    "Microsoft:BusinessStreet" "Business Street" "Microsoft:BuyNow" "Buy Now" "Microsoft:BuyTickets"
+    "Buy Tickets" "Microsoft:CDTrackEnabled" "CD Track Enabled" "Microsoft:CallLetters"
+    "Call Letters" "Microsoft:CallbackNumber" "Callback Number" "Microsoft:CameraMaker"
+    "Camera Maker" "Microsoft:CameraManufacturer" "Camera Manufacturer" "Microsoft:CameraModel"
+    "Camera Model" "Microsoft:CarPhone" "Car Phone" "Microsoft:Category" "Microsoft:CcAddresses"
+    "Cc Addresses" "Microsoft:CcNames" "Cc Names" "Microsoft:CellPhone" "Cell Phone"
+    "Microsoft:ChannelNumber" "Channel Number" "Microsoft:Channels" "Microsoft:ChapterNum"
+    "Chapter Num" "Microsoft:Children" "Microsoft:City" "Microsoft:ClientID" "Client ID"
+    "Microsoft:ClosedCaptioning" "Closed Captioning" "Microsoft:Color" "Microsoft:Comment"
+    "Microsoft:Comments" "Microsoft:Company" "Microsoft:CompanyMainPhone" "Company Main Phone"
+    "Microsoft:Complete" "Microsoft:Composers" "Microsoft:Computer" "Microsoft:Conductors"
+    "Microsoft:ContactNames" "Contact Names" "Microsoft:ContentDistributorDuration"
+    "Content Distributor Duration" "Microsoft:ContentDistributorType" "Content Distributor Type"
+    "Microsoft:ContentGroupDescription" "Content Group Description" "Microsoft:ContentType"
+    "Microsoft:Contributors" "Microsoft:ConversationID" "Conversation ID" "Microsoft:Copyright"
+    "Microsoft:Count" "Microsoft:Country-Region" "Microsoft:Creator" "Microsoft:CurrentBitrate"
+    "Current Bitrate" "Microsoft:DLNAServerUDN" "DLNA Server UDN" "Microsoft:DLNASourceURI"
+    "DLNA Source URI" "Microsoft:DRMIndividualizedVersion" "DRM Individualized Version"
+    "Microsoft:DRMKeyID" "DRM Key ID" "Microsoft:DTCPIPHost" "DTCPIP Host" "Microsoft:DTCPIPPort"
+    "DTCPIP Port" "Microsoft:DVDID" "Microsoft:DataRate" "Data Rate" "Microsoft:Date"
+    "Microsoft:DateAccessed" "Date Accessed" "Microsoft:DateArchived" "Date Archived"
+    "Microsoft:DateCompleted" "Date Completed" "Microsoft:DateCreated" "Date Created"
+    "Microsoft:DateImported" "Date Imported" "Microsoft:DateLastSaved" "Date Last Saved"
+    "Microsoft:DateModified" "Date Modified" "Microsoft:DatePictureTaken" "Date Picture Taken"
+    "Microsoft:DateReceived" "Date Received" "Microsoft:DateReleased" "Microsoft:DateSent"
+    "Date Sent" "Microsoft:DateVisited" "Date Visited" "Microsoft:Department"
+    "Microsoft:Description" "Microsoft:Dimensions" "Microsoft:Directors" "Microsoft:DisplayArtist"
+    "Display Artist" "Microsoft:Division" "Microsoft:DocumentID" "Document ID" "Microsoft:DueDate"
+    "Due Date" "Microsoft:Duration" "Microsoft:E-mail2" "E-mail 2" "Microsoft:E-mail3" "E-mail 3"
+    "Microsoft:E-mailAddress" "E-mail Address" "Microsoft:E-mailDisplayName" "E-mail Display Name"
+    "Microsoft:E-mailList" "E-mail List" "Microsoft:EncodedBy" "Microsoft:EncodingTime"
+    "Encoding Time" "Microsoft:EndDate" "End Date" "Microsoft:EntryType" "Entry Type"
+    "Microsoft:EpisodeName" "Episode Name" "Microsoft:Event" "Microsoft:ExifVersion" "Exif Version"
+    "Microsoft:ExposureBias" "Exposure Bias" "Microsoft:ExposureProgram" "Exposure Program"
+    "Microsoft:ExposureTime" "Exposure Time" "Microsoft:F-stop" "Microsoft:FileAs" "File As"
+    "Microsoft:FileCount" "File Count" "Microsoft:FileSize" "File Size" "Microsoft:FileType"
+    "File Type" "Microsoft:FileVersion" "File Version" "Microsoft:FirstName" "First Name"
+    "Microsoft:FlagColor" "Flag Color" "Microsoft:FlagStatus" "Flag Status" "Microsoft:FlashMode"
+    "Flash Mode" "Microsoft:FocalLength" "Focal Length" "Microsoft:FocalLength35mm"
+    "Focal Length 35mm" "Microsoft:Folder" "Microsoft:FolderName" "Folder Name"
+    "Microsoft:FolderPath" "Folder Path" "Microsoft:FormatTag" "Format Tag" "Microsoft:FourCC"
+    "Four CC" "Microsoft:FrameHeight" "Frame Height" "Microsoft:FrameRate" "Microsoft:FrameWidth"
+    "Frame Width" "Microsoft:Free-busyStatus" "Free-busy Status" "Microsoft:Frequency"
+    "Microsoft:FromAddresses" "From Addresses" "Microsoft:FromNames" "From Names"
+    "Microsoft:FullName" "Full Name" "Microsoft:Gender" "Microsoft:Genre" "Microsoft:GenreID"
+    "Genre ID" "Microsoft:GivenName" "Given Name" "Microsoft:HasAttachments" "Has Attachments"
+    "Microsoft:HasFlag" "Has Flag" "Microsoft:Hobbies" "Microsoft:HomeAddress" "Home Address"
+    "Microsoft:HomeCity" "Home City" "Microsoft:HomeCountry-Region" "Home Country-Region"
+    "Microsoft:HomeFax" "Home Fax" "Microsoft:HomePOBox" "Home PO Box" "Microsoft:HomePhone"
+    "Home Phone" "Microsoft:HomePostalCode" "Home Postal Code" "Microsoft:HomeStateOrProvince"
+    "Home State Or Province" "Microsoft:HomeStreet" "Home Street" "Microsoft:HorizontalResolution"
+    "Horizontal Resolution" "Microsoft:IMAddresses" "IM Addresses" "Microsoft:ISOSpeed" "ISO Speed"
+    "Microsoft:Importance" "Microsoft:Incomplete" "Microsoft:InitialKey" "Microsoft:Initials"
+    "Microsoft:IsAttachment" "Is Attachment" "Microsoft:IsCompleted" "Is Completed"
+    "Microsoft:IsDeleted" "Is Deleted" "Microsoft:IsNetworkFeed" "Is Network Feed"
+    "Microsoft:IsOnline" "Is Online" "Microsoft:IsProtected" "Is Protected" "Microsoft:IsRecurring"
+    "Is Recurring" "Microsoft:IsVBR" "Is VBR" "Microsoft:JobTitle" "Job Title" "Microsoft:Keywords"
+    "Microsoft:Kinds" "Microsoft:Label" "Microsoft:Language" "Microsoft:LastName" "Last Name"
+    "Microsoft:LastPrinted" "Last Printed" "Microsoft:LeadPerformer" "Microsoft:LegalTrademarks"
+    "Legal Trademarks" "Microsoft:LensMaker" "Lens Maker" "Microsoft:LensModel" "Lens Model"
+    "Microsoft:LibraryID" "Library ID" "Microsoft:LibraryName" "Library Name"
+    "Microsoft:LightSource" "Light Source" "Microsoft:LinkStatus" "Link Status"
+    "Microsoft:LinkTarget" "Link Target" "Microsoft:Location" "Microsoft:Lyrics" "Microsoft:MCDI"
+    "Microsoft:MailingAddress" "Mailing Address" "Microsoft:MaxAperture" "Max Aperture"
+    "Microsoft:MediaContentTypes" "Media Content Types" "Microsoft:MediaCreated" "Media Created"
+    "Microsoft:MediaOriginalBroadcastDateTime" "Media Original Broadcast Date Time"
+    "Microsoft:MediaOriginalChannel" "Media Original Channel" "Microsoft:MediaStationName"
+    "Media Station Name" "Microsoft:MediaType" "Media Type" "Microsoft:MeteringMode" "Metering Mode"
+    "Microsoft:MiddleName" "Middle Name" "Microsoft:Mileage" "Microsoft:ModifiedBy" "Modified By"
+    "Microsoft:Mood" "Microsoft:MoreInfo" "More Info" "Microsoft:Name" "Microsoft:Nickname"
+    "Microsoft:OfficeLocation" "Office Location" "Microsoft:OfflineAvailability"
+    "Offline Availability" "Microsoft:OfflineStatus" "Offline Status"
+    "Microsoft:OptionalAttendeeAddresses" "Optional Attendee Addresses"
+    "Microsoft:OptionalAttendees" "Optional Attendees" "Microsoft:OrganizerAddress"
+    "Organizer Address" "Microsoft:OrganizerName" "Organizer Name" "Microsoft:Orientation"
+    "Microsoft:OtherAddress" "Other Address" "Microsoft:OtherCity" "Other City"
+    "Microsoft:OtherCountry-Region" "Other Country-Region" "Microsoft:OtherPOBox" "Other PO Box"
+    "Microsoft:OtherPostalCode" "Other Postal Code" "Microsoft:OtherStateOrProvince"
+    "Other State Or Province" "Microsoft:OtherStreet" "Other Street" "Microsoft:Owner"
+    "Microsoft:POBox" "PO Box" "Microsoft:Pager" "Microsoft:Pages"
+    "Microsoft:PanoramicStitchCameraMotion" "Panoramic Stitch Camera Motion"
+    "Microsoft:PanoramicStitchCameraMotion:2" "Rigid Scale"
+    "Microsoft:PanoramicStitchCameraMotion:3" "Affine" "Microsoft:PanoramicStitchCameraMotion:4"
+    "3D Rotation" "Microsoft:PanoramicStitchCameraMotion:5" "Homography"
+    "Microsoft:PanoramicStitchMapType" "Panoramic Stitch Map Type"
+    "Microsoft:PanoramicStitchMapType:0" "Perspective" "Microsoft:PanoramicStitchMapType:1"
+    "Horizontal Cylindrical" "Microsoft:PanoramicStitchMapType:2" "Horizontal Spherical"
+    "Microsoft:PanoramicStitchMapType:257" "Vertical Cylindrical"
+    "Microsoft:PanoramicStitchMapType:258" "Vertical Spherical" "Microsoft:PanoramicStitchPhi0"
+    "Panoramic Stitch Phi 0" "Microsoft:PanoramicStitchPhi1" "Panoramic Stitch Phi 1"
+    "Microsoft:PanoramicStitchTheta0" "Panoramic Stitch Theta 0" "Microsoft:PanoramicStitchTheta1"
+    "Panoramic Stitch Theta 1" "Microsoft:PanoramicStitchVersion" "Panoramic Stitch Version"
+    "Microsoft:ParentalRating" "Parental Rating" "Microsoft:ParentalRatingReason"
+    "Parental Rating Reason" "Microsoft:PartOfSet" "Part Of Set" "Microsoft:Participants"
+    "Microsoft:Path" "Microsoft:PeakValue" "Peak Value" "Microsoft:PerceivedType" "Perceived Type"
+    "Microsoft:Period" "Microsoft:PersonalTitle" "Personal Title" "Microsoft:PixelAspectRatioX"
+    "Pixel Aspect Ratio X" "Microsoft:PixelAspectRatioY" "Pixel Aspect Ratio Y"
+    "Microsoft:PlaylistIndex" "Playlist Index" "Microsoft:PostalCode" "Postal Code"
+    "Microsoft:PrimaryE-mail" "Primary E-mail" "Microsoft:PrimaryPhone" "Primary Phone"
+    "Microsoft:Priority" "Microsoft:Producers" "Microsoft:ProductName" "Product Name"
+    "Microsoft:ProductVersion" "Product Version" "Microsoft:Profession"
+    "Microsoft:ProgramDescription" "Program Description" "Microsoft:ProgramMode" "Program Mode"
+    "Microsoft:ProgramName" "Program Name" "Microsoft:Project" "Microsoft:Protected"
+    "Microsoft:ProtectionType" "Protection Type" "Microsoft:Provider" "Microsoft:ProviderLogoURL"
+    "Provider Logo URL" "Microsoft:ProviderRating" "Provider Rating" "Microsoft:ProviderStyle"
+    "Provider Style" "Microsoft:ProviderURL" "Provider URL" "Microsoft:Publisher"
+    "Microsoft:RadioBand" "Radio Band" "Microsoft:RadioFormat" "Radio Format" "Microsoft:Rating"
+    "Microsoft:RatingOrg" "Rating Org" "Microsoft:ReadStatus" "Read Status"
+    "Microsoft:RecordingTime" "Recording Time" "Microsoft:RecordingTimeDay" "Recording Time Day"
+    "Microsoft:RecordingTimeMonth" "Recording Time Month" "Microsoft:RecordingTimeYear"
+    "Recording Time Year" "Microsoft:RecordingTimeYearMonth" "Recording Time Year Month"
+    "Microsoft:RecordingTimeYearMonthDay" "Recording Time Year Month Day" "Microsoft:ReleaseDate"
+    "Release Date" "Microsoft:ReleaseDateDay" "Release Date Day" "Microsoft:ReleaseDateMonth"
+    "Release Date Month" "Microsoft:ReleaseDateYear" "Release Date Year"
+    "Microsoft:ReleaseDateYearMonth" "Release Date Year Month" "Microsoft:ReleaseDateYearMonthDay"
+    "Release Date Year Month Day" "Microsoft:ReminderTime" "Reminder Time" "Microsoft:RequestState"
+    "Request State" "Microsoft:RequiredAttendeeAddresses" "Required Attendee Addresses"
+    "Microsoft:RequiredAttendees" "Required Attendees" "Microsoft:Rerun" "Microsoft:Resources"
+    "Microsoft:SAP" "Microsoft:Saturation" "Microsoft:SearchRanking" "Search Ranking"
+    "Microsoft:SenderAddress" "Sender Address" "Microsoft:SenderName" "Sender Name"
+    "Microsoft:Sensitivity" "Microsoft:ShadowFilePath" "Shadow File Path" "Microsoft:Shared"
+    "Microsoft:SharedUserRating" "Shared User Rating" "Microsoft:SharedWith" "Shared With"
+    "Microsoft:Size" "Microsoft:Slides" "Microsoft:Source" "Microsoft:SourceURL" "Source URL"
+    "Microsoft:SpaceFree" "Space Free" "Microsoft:SpaceUsed" "Space Used" "Microsoft:Spouse"
+    "Microsoft:StartDate" "Start Date" "Microsoft:StateOrProvince" "State Or Province"
+    "Microsoft:StationCallSign" "Station Call Sign" "Microsoft:StationName" "Station Name"
+    "Microsoft:Status" "Microsoft:Store" "Microsoft:Street" "Microsoft:Subject"
+    "Microsoft:SubjectDistance" "Subject Distance" "Microsoft:SubscriptionContentID"
+    "Subscription Content ID" "Microsoft:Subtitle" "Microsoft:SubtitleDescription"
+    "Subtitle Description" "Microsoft:Suffix" "Microsoft:Summary" "Microsoft:Sync01" "Sync 01"
+    "Microsoft:Sync02" "Sync 02" "Microsoft:Sync03" "Sync 03" "Microsoft:Sync04" "Sync 04"
+    "Microsoft:Sync05" "Sync 05" "Microsoft:Sync06" "Sync 06" "Microsoft:Sync07" "Sync 07"
+    "Microsoft:Sync08" "Sync 08" "Microsoft:Sync09" "Sync 09" "Microsoft:Sync10" "Sync 10"
+    "Microsoft:Sync11" "Sync 11" "Microsoft:Sync12" "Sync 12" "Microsoft:Sync13" "Sync 13"
+    "Microsoft:Sync14" "Sync 14" "Microsoft:Sync15" "Sync 15" "Microsoft:Sync16" "Sync 16"
+    "Microsoft:SyncOnly" "Sync Only" "Microsoft:SyncState" "Sync State" "Microsoft:TTY-TTDPhone"
+    "TTY-TTD Phone" "Microsoft:TaskOwner" "Task Owner" "Microsoft:Telex" "Microsoft:Temporary"
+    "Microsoft:Title" "Microsoft:TitleNum" "Title Num" "Microsoft:TitleSortOrder" "Title Sort Order"
+    "Microsoft:ToAddresses" "To Addresses" "Microsoft:ToDoTitle" "To Do Title" "Microsoft:ToNames"
+    "To Names" "Microsoft:TotalBitrate" "Total Bitrate" "Microsoft:TotalDuration" "Total Duration"
+    "Microsoft:TotalEditingTime" "Total Editing Time" "Microsoft:TotalFileSize" "Total File Size"
+    "Microsoft:TotalSize" "Total Size" "Microsoft:TrackNumber" "Track Number" "Microsoft:TrackingID"
+    "Tracking ID" "Microsoft:Type" "Microsoft:URL" "Microsoft:UniqueFileIdentifier"
+    "Unique File Identifier" "Microsoft:Untitled0" "Untitled 0" "Microsoft:Untitled1" "Untitled 1"
+    "Microsoft:Untitled2" "Untitled 2" "Microsoft:UserCustom1" "User Custom 1"
+    "Microsoft:UserCustom2" "User Custom 2" "Microsoft:UserEffectiveRating" "User Effective Rating"
+    "Microsoft:UserLastPlayedTime" "User Last Played Time" "Microsoft:UserPlayCount"
+    "User Play Count" "Microsoft:UserPlaycountAfternoon" "User Playcount Afternoon"
+    "Microsoft:UserPlaycountEvening" "User Playcount Evening" "Microsoft:UserPlaycountMorning"
+    "User Playcount Morning" "Microsoft:UserPlaycountNight" "User Playcount Night"
+    "Microsoft:UserPlaycountWeekday" "User Playcount Weekday" "Microsoft:UserPlaycountWeekend"
+    "User Playcount Weekend" "Microsoft:UserRating" "User Rating" "Microsoft:UserServiceRating"
+    "User Service Rating" "Microsoft:UserWebURL" "User Web URL" "Microsoft:VerticalResolution"
+    "Vertical Resolution" "Microsoft:VideoBitrate" "Video Bitrate" "Microsoft:VideoCompression"
+    "Video Compression" "Microsoft:VideoFormat" "Video Format" "Microsoft:VideoFrameRate"
+    "Video Frame Rate" "Microsoft:VideoHeight" "Video Height" "Microsoft:VideoWidth" "Video Width"
+    "Microsoft:WMCollectionGroupID" "WM Collection Group ID" "Microsoft:WMCollectionID"
+    "WM Collection ID" "Microsoft:WMContentID" "WM Content ID" "Microsoft:WMShadowFileSourceDRMType"
+    "WM Shadow File Source DRM Type" "Microsoft:WMShadowFileSourceFileType"
+    "WM Shadow File Source File Type" "Microsoft:Webpage" "Microsoft:WhiteBalance" "White Balance"
+    "Microsoft:WindowsFileName" "Windows File Name" "Microsoft:WordCount" "Word Count"
+    "Microsoft:Writers" "Microsoft:Year" "作者" "类别" "城市" "创建日期" "Exif 版本" "曝光程序" "曝光时间" "文件大小" "文件格式"
+    "焦距" "光源" "镜头光圈最大值" "测量方式" "图像取向" "饱和度" "来源" "目标距离" "白平衡" "Bitrate audio" "Auteur"
+    "Fabricant de l'appareil photo" "Modèle de l'appareil photo" "Catégorie" "Ville" "Commentaires"
+    "Créateur" "Date de création" "Date d'envoi" "Evenement" "Version Exif" "Réglage du biais"
+    "Programme d'exposition" "Temps de pose" "Taille du fichier" "Type de fichier"
+    "Version de format de fichier" "Prénom" "Mode du flash" "Focale de l'objectif"
+    "Distance focale 35 mm" "Nom complet" "Langage" "Fabricant de l'objectif" "Modèle de l'objectif"
+    "Source de lumière" "Lieu" "Ouverture maximale" "Mode de mesure" "Nom" "Surnom"
+    "Orientation de l'image" "Propriétaire" "Code Postal" "Date de version" "Sensibilité"
+    "Distance du sujet" "ID unique du fichier" "Personnalisé par l'utilisateur 1"
+    "Personnalisé par l'utilisateur 2" "Fréquence d'images vidéo" "Page internet"
+    "Balance des blancs" "Année" "Bit-Tiefe" "Kamera Modell" "Kategorie" "Kanäle" "Kinder"
+    "Stadt/Ort" "Kommentare" "Mitwirkende" "Ersteller" "Datum" "Erstellungsdatum" "Absendedatum"
+    "Exif-Version" "Belichtungskorrekturwert" "Belichtungsprogramm" "Belichtungsdauer" "Dateigröße"
+    "Dateityp" "Dateiformatversion" "Blitz-Modus" "Brennweite" "Ordner-Name" "Bereichshöhe"
+    "Bereichsbreite" "Sprache" "Objektiv-Typ" "Lichtquelle" "Aufnahmeort" "Größte Blende"
+    "Belichtungsmessmethode" "Ausrichtung" "Besitzer" "Seiten" "Postleitzahl" "Programmmodus"
+    "Veröffentlichungsdatum" "Farbsättigung" "Quelle" "Objektentfernung" "Typ" "Weißabgleich"
+    "Schreiber" "Jahr" "Nome account" "Ora acquisizione" "Ora acquisizione - Giorno"
+    "Ora acquisizione - Mese" "Ora acquisizione - Anno" "Ora acquisizione - Anno mese"
+    "Ora acquisizione - Anno mese giorno" "Ordinamento album-artista" "Allegati" "Formato audio"
+    "Autore" "Livello medio" "Battiti al minuto" "Marca fotocamera" "Produttore fotocamera"
+    "Modello fotocamera" "Categoria" "Numero canale" "Canali" "Bambini" "Città" "Commenti"
+    "Creatore" "Data" "Data d'invio" "Durata codifica" "Evento" "Versione Exif"
+    "Programma esposizione" "Tempo esposizione" "Dimensione file" "Tipo di file" "Versione file"
+    "Modo flash" "Lunghezza focale" "Lunghezza focale 35mm" "ID genere" "Velocità ISO" "Tipi"
+    "Lingua" "Marchi legali" "Modello obiettivo" "Sorgente di luce" "Località"
+    "Massima apertura delle lenti" "Modalità misurazione" "Nome" "Orientamento" "Parte del gruppo"
+    "Valore di picco" "Priorità" "Nome prodotto" "Versione prodotto" "Professione" "Modo programma"
+    "Nome programma" "Progetto" "Protetto" "Stato lettura" "Tempo registrazione" "Data di rilascio"
+    "Risorse" "Saturazione" "Indirizzo mittente" "Nome mittente" "Sensibilità" "Dimensioni"
+    "Origine" "URL fonte" "Distanza soggetto" "Suffisso" "Num titolo" "Ordinamento titolo"
+    "Titolo da fare" "Bitrate video" "Bilanciamento del bianco" "Anno" "ビット深度" "カテゴリー" "都市" "製作者"
+    "日付" "作成日付" "発送日付" "Exifバージョン" "露出プログラム" "露出時間" "ファイルのサイズ" "ファイルタイプ" "ファイル形式バージョン" "フラッシュモード"
+    "レンズ焦点距離" "フォルダ名" "フレーム高" "フレーム幅" "撮影場所" "最大絞り" "測光モード" "画像の向き" "リリース日付" "彩度" "ソース" "対象距離" "タイプ"
+    "ホワイトバランス" "Nivel Medio" "Categoría" "Canales" "Ciudad" "Directores" "Creador" "Fecha"
+    "Fecha Creación" "Fecha Envío" "Hora de codificación" "Versión Exif" "Programa Exposición"
+    "Tiempo de Exposición" "Tamaño Archivo" "Tipo Archivo" "Versión Formato Archivo" "Modo Flash"
+    "Distancia Focal Objetivo" "ID Género" "Cargo" "Idioma" "Modelo Objetivo" "Fuente Luz"
+    "Localización" "Máxima Apertura del Objetivo" "Modo Medición" "Modificado por" "Nombre"
+    "Orientación de Imagen" "Propietario" "Tipo Protección" "Proveedor" "Fecha Lanzamiento"
+    "Saturación" "Fuente" "Distancia Sujeto" "Descripción Subtitulo" "Número Pista" "Tipo"
+    "Identificador Unico Archivo" "Altura Video" "Ancho Video" "Balance de Blancos" "Año"
+    "AFSensorActive" "AFStatusActiveSensor" "AFStatusTop-right" "AFStatusBottom-right"
+    "AFStatusBottom" "AFStatusMiddleHorizontal" "AFStatusCenterVertical" "AFStatusTop"
+    "AFStatusTop-left" "AFStatusBottom-left" "FocusLocked" "AFPoint" "AFMode" "AFStatusLeft"
+    "AFStatusCenterHorizontal" "AFStatusRight" "AFAreaMode" "ExposureMode" "MinoltaImageSize"
+    "MinoltaQuality" "DriveMode" "ISO" "FNumber" "MacroMode" "DigitalZoom" "ExposureCompensation"
+    "BracketStep" "IntervalLength" "IntervalNumber" "FocusDistance" "FlashFired" "MinoltaDate"
+    "MinoltaTime" "FileNumberMemory" "LastFileNumber" "ColorBalanceRed" "ColorBalanceGreen"
+    "ColorBalanceBlue" "Contrast" "Sharpness" "SubjectProgram" "FlashExposureComp" "ISOSetting"
+    "MinoltaModelID" "IntervalMode" "ColorMode" "ColorFilter" "BWFilter" "InternalFlash"
+    "Brightness" "SpotFocusPointX" "SpotFocusPointY" "WideFocusZone" "FocusMode" "FocusArea"
+    "DECPosition" "ColorProfile" "DataImprint" "FlashMetering" "Flash" "FreeMemoryCardImages"
+    "ColorTemperature" "HueAdjustment" "Rotation" "PictureFinish" "ImageNumber" "NoiseReduction"
+    "ImageStabilization" "AFPoints" "ImageNumber2" "ZoneMatchingOn" "ExposureCompensationSetting"
+    "HighSpeedSync" "ShutterSpeedSetting" "ApertureSetting" "DriveMode2" "AFPointSelected"
+    "FlashExposureCompSet" "ZoneMatchingMode" "DynamicRangeOptimizer" "PrioritySetupShutterRelease"
+    "SelfTimerTime" "ContinuousBracketing" "SingleFrameBracketing" "WhiteBalanceBracketing"
+    "WhiteBalanceSetting" "PresetWhiteBalance" "ColorTemperatureSetting" "CustomWBSetting"
+    "DynamicRangeOptimizerSetting" "CustomWBRedLevel" "CustomWBGreenLevel" "CustomWBBlueLevel"
+    "CustomWBError" "WhiteBalanceFineTune" "ColorCompensationFilter" "SonyImageSize" "SonyQuality"
+    "InstantPlaybackTime" "InstantPlaybackSetup" "EyeStartAF" "RedEyeReduction" "FlashDefault"
+    "AutoBracketOrder" "FocusHoldButton" "AELButton" "ControlDialSet" "ExposureCompensationMode"
+    "AFAssist" "CardShutterLock" "LensShutterLock" "AFAreaIllumination" "MonitorDisplayOff"
+    "RecordDisplay" "PlayDisplay" "ExposureIndicator" "AELExposureIndicator"
+    "ExposureBracketingIndicatorLast" "MeteringOffScaleIndicator" "FlashExposureIndicator"
+    "FlashExposureIndicatorNext" "FlashExposureIndicatorLast" "FocusModeSwitch" "FlashType" "AELock"
+    "BatteryState" "Make" "SoftwareVersion" "ModelType" "MakerNoteVersion" "CompressedImageSize"
+    "PreviewImage" "PreviewImageStart" "PreviewImageLength" "SceneMode" "Teleconverter"
+    "RawAndJpgRecording" "ZoneMatching" "LensType" "MinoltaCameraSettings2"
+    "ImageStabilizationSetting" "DynamicRangeOptimizerMode" "WBBracketShotNumber"
+    "ExposureBracketShotNumber" "FlashFunction" "AverageLV" "WB_RGBLevels" "WB_GBRGLevels"
+    "WB_RedLevelsTungsten" "WB_BlueLevelsTungsten" "WB_RedLevelsDaylight" "WB_BlueLevelsDaylight"
+    "WB_RedLevelsCloudy" "WB_BlueLevelsCloudy" "WB_RedLevelsFlash" "WB_BlueLevelsFlash"
+    "WB_RedLevelsFluorescent" "WB_BlueLevelsFluorescent" "WB_RedLevelsShade" "WB_BlueLevelsShade"
+    "WB_RedLevel6500K" "WB_BlueLevel6500K" "WB_RedLevelCustom" "WB_BlueLevelCustom"
+    "WB_RedLevel3500K" "WB_BlueLevel3500K" "WB_RedLevelsKelvin" "WB_BlueLevelsKelvin"
+    "WB_RBLevelsFlash" "WB_RBLevelsCoolWhiteF" "WB_RBLevelsTungsten" "WB_RBLevelsDaylight"
+    "WB_RBLevelsCloudy" "WB_RBLevelsShade" "WB_RBLevels6500K" "WB_RBLevelsCustom" "WB_RBLevels3500K"
+    "AEMeteringSegments" "MeasuredLV" "BrightnessValue" "TiffMeteringImage" "InternalSerialNumber"
+    "6" "7" "-32768" "16" "64" "8" "9" "4115" "4131" "4147" "4163" "4179" "4227" "112" "256" "32"
+    "48" "512" "80" "96" "34" "10" "174" "184" "56" "72" "100" "101" "102" "103" "104" "105" "12"
+    "13" "132" "14" "15" "17" "18" "19" "20" "21" "255" "4294967295" "76" "82" "10116" "128" "770"
+    "771" "1794" "1795" "32769" "32770" "32771" "119" "120" "121" "122" "123" "124" "125" "126"
+    "127" "129" "130" "131" "133" "134" "135" "136" "253" "254" "22" "23" "24" "25" "26" "27" "28"
+    "33" "65535" "144" "160" "7.1" "7.2" "11" "24.1" "24.2" "24.3" "24.4" "24.5" "24.6" "24.7"
+    "25.1" "25.2" "25.3" "25.4" "25.5" "28.1" "28.2" "29" "30" "30.1" "30.2" "30.3" "30.4" "31"
+    "31.1" "35" "36" "38" "39" "40" "41" "41.1" "42" "43" "44" "45" "46" "47" "48.1" "48.2" "49"
+    "50" "51" "52" "52.1" "52.2" "53" "54" "54.1" "55" "55.1" "57" "57.1" "57.2" "58" "59" "60" "61"
+    "62" "63" "65" "66" "67" "68" "69" "70" "128.1" "128.2" "128.3" "128.4" "128.5" "128.6" "128.7"
+    "128.8" "128.9" "128.10" "128.11" "128.12" "128.13" "128.14" "128.15" "128.16" "128.17" "128.18"
+    "128.19" "128.20" "128.21" "128.22" "128.23" "128.24" "128.25" "128.26" "128.27" "129.1" "129.2"
+    "137" "138" "139" "142" "146" "194" "202" "203" "204" "212" "213" "214" "215" "216" "217" "218"
+    "220" "224" "255.1" "255.2" "255.3" "255.4" "255.5" "255.6" "255.7" "255.8" "255.9" "18688"
+    "25501" "25511" "25511.1" "25511.2" "25511.3" "25511.4" "25511.5" "25521" "25521.1" "25521.2"
+    "25521.3" "25521.4" "25521.5" "25521.6" "25521.7" "25521.8" "25521.9" "25531" "25531.1"
+    "25531.2" "25531.3" "25531.4" "25541" "25551" "25551.1" "25551.2" "25551.3" "25561" "25571"
+    "25581" "25601" "25611" "25611.1" "25611.2" "25611.3" "25611.4" "25611.5" "25611.6" "25611.7"
+    "25611.8" "25611.9" "25611.10" "25621" "25631" "25631.1" "25631.2" "25631.3" "25631.4" "25641"
+    "25641.1" "25651" "25661" "25661.1" "25721" "25781" "25781.1" "25781.2" "25781.3" "25791"
+    "25791.1" "25811" "25811.1" "25811.2" "25811.3" "25811.4" "25811.5" "25851" "25858" "25858.1"
+    "25881" "25891" "25891.1" "25901" "25901.1" "25911" "25921" "25931" "25941" "25961" "25971"
+    "25981" "26011" "26011.1" "26041" "26051" "26061" "26071" "26081" "26091" "26121" "26131"
+    "26151" "26161" "26181" "26191" "26201" "26211" "26241" "26281" "26291" "26311" "26321" "26381"
+    "26391" "26411" "26421" "26441" "26621" "26671" "26681" "26721" "30464" "45671" "45681" "45701"
+    "45711" "45741" "45741.1" "45741.2" "45741.3" "45751" "45851" "45861" "45871" "48128" "61184"
+    "65280" "65535.1" "65535.2" "65535.3" "65535.4" "65535.5" "65535.6" "65535.7" "768" "4613"
+    "4622" "4750" "4782" "5134" "5262" "5504" "6030" "Minolta:AELButton" "AEL Button"
+    "Minolta:AELButton:0" "Hold" "Minolta:AELButton:1" "Toggle" "Minolta:AELButton:2" "Spot Hold"
+    "Minolta:AELButton:3" "Spot Toggle" "Minolta:AELExposureIndicator" "AEL Exposure Indicator"
+    "Minolta:AELExposureIndicator:0" "Not Indicated" "Minolta:AELExposureIndicator:1" "Under Scale"
+    "Minolta:AELExposureIndicator:119" "Bottom of Scale" "Minolta:AELExposureIndicator:120" "-2.0"
+    "Minolta:AELExposureIndicator:121" "-1.7" "Minolta:AELExposureIndicator:122" "-1.5"
+    "Minolta:AELExposureIndicator:123" "-1.3" "Minolta:AELExposureIndicator:124" "-1.0"
+    "Minolta:AELExposureIndicator:125" "-0.7" "Minolta:AELExposureIndicator:126" "-0.5"
+    "Minolta:AELExposureIndicator:127" "-0.3" "Minolta:AELExposureIndicator:128"
+    "Minolta:AELExposureIndicator:129" "+0.3" "Minolta:AELExposureIndicator:130" "+0.5"
+    "Minolta:AELExposureIndicator:131" "+0.7" "Minolta:AELExposureIndicator:132" "+1.0"
+    "Minolta:AELExposureIndicator:133" "+1.3" "Minolta:AELExposureIndicator:134" "+1.5"
+    "Minolta:AELExposureIndicator:135" "+1.7" "Minolta:AELExposureIndicator:136" "+2.0"
+    "Minolta:AELExposureIndicator:253" "Top of Scale" "Minolta:AELExposureIndicator:254"
+    "Over Scale" "Minolta:AELock" "AE Lock" "Minolta:AELock:0" "Off" "Minolta:AELock:1" "On"
+    "Minolta:AEMeteringSegments" "AE Metering Segments" "Minolta:AFAreaIllumination"
+    "AF Area Illumination" "Minolta:AFAreaIllumination:0" "0.3 s" "Minolta:AFAreaIllumination:1"
+    "0.6 s" "Minolta:AFAreaIllumination:2" "Minolta:AFAreaMode" "AF Area Mode"
+    "Minolta:AFAreaMode:0" "Wide" "Minolta:AFAreaMode:1" "Local" "Minolta:AFAreaMode:2" "Spot"
+    "Minolta:AFAssist" "AF Assist" "Minolta:AFAssist:0" "Minolta:AFAssist:1" "Minolta:AFMode"
+    "AF Mode" "Minolta:AFMode:0" "DMF" "Minolta:AFMode:1" "AF-S" "Minolta:AFMode:2" "AF-C"
+    "Minolta:AFMode:3" "AF-A" "Minolta:AFPoint" "AF Point" "Minolta:AFPoint:0" "Auto"
+    "Minolta:AFPoint:1" "Center" "Minolta:AFPoint:2" "Top" "Minolta:AFPoint:3" "Top-right"
+    "Minolta:AFPoint:4" "Right" "Minolta:AFPoint:5" "Bottom-right" "Minolta:AFPoint:6" "Bottom"
+    "Minolta:AFPoint:7" "Bottom-left" "Minolta:AFPoint:8" "Left" "Minolta:AFPoint:9" "Top-left"
+    "Minolta:AFPointSelected" "AF Point Selected" "Minolta:AFPointSelected:1"
+    "Minolta:AFPointSelected:2" "Minolta:AFPointSelected:3" "Minolta:AFPointSelected:4"
+    "Minolta:AFPointSelected:5" "Minolta:AFPointSelected:6" "Minolta:AFPointSelected:7"
+    "Minolta:AFPointSelected:8" "Minolta:AFPointSelected:9" "Minolta:AFPoints" "AF Points"
+    "Minolta:AFPoints:0" "(none)" "Minolta:AFPoints:1" "Minolta:AFPoints:128" "Minolta:AFPoints:16"
+    "Minolta:AFPoints:2" "Minolta:AFPoints:256" "Minolta:AFPoints:32" "Minolta:AFPoints:4"
+    "Minolta:AFPoints:64" "Minolta:AFPoints:8" "Minolta:AFSensorActive" "AF Sensor Active"
+    "Minolta:AFSensorActive:0" "Minolta:AFSensorActive:1" "Minolta:AFSensorActive:2"
+    "Minolta:AFSensorActive:3" "Middle Horizontal" "Minolta:AFSensorActive:4" "Center Vertical"
+    "Minolta:AFSensorActive:5" "Minolta:AFSensorActive:6" "Minolta:AFSensorActive:7"
+    "Minolta:AFStatusActiveSensor" "AF Status Active Sensor" "Minolta:AFStatusActiveSensor:-32768"
+    "Out of Focus" "Minolta:AFStatusActiveSensor:0" "In Focus" "Minolta:AFStatusBottom"
+    "AF Status Bottom" "Minolta:AFStatusBottom-left" "AF Status Bottom-left"
+    "Minolta:AFStatusBottom-left:-32768" "Minolta:AFStatusBottom-left:0"
+    "Minolta:AFStatusBottom-right" "AF Status Bottom-right" "Minolta:AFStatusBottom-right:-32768"
+    "Minolta:AFStatusBottom-right:0" "Minolta:AFStatusBottom:-32768" "Minolta:AFStatusBottom:0"
+    "Minolta:AFStatusCenterHorizontal" "AF Status Center Horizontal"
+    "Minolta:AFStatusCenterHorizontal:-32768" "Minolta:AFStatusCenterHorizontal:0"
+    "Minolta:AFStatusCenterVertical" "AF Status Center Vertical"
+    "Minolta:AFStatusCenterVertical:-32768" "Minolta:AFStatusCenterVertical:0"
+    "Minolta:AFStatusLeft" "AF Status Left" "Minolta:AFStatusLeft:-32768" "Minolta:AFStatusLeft:0"
+    "Minolta:AFStatusMiddleHorizontal" "AF Status Middle Horizontal"
+    "Minolta:AFStatusMiddleHorizontal:-32768" "Minolta:AFStatusMiddleHorizontal:0"
+    "Minolta:AFStatusRight" "AF Status Right" "Minolta:AFStatusRight:-32768"
+    "Minolta:AFStatusRight:0" "Minolta:AFStatusTop" "AF Status Top" "Minolta:AFStatusTop-left"
+    "AF Status Top-left" "Minolta:AFStatusTop-left:-32768" "Minolta:AFStatusTop-left:0"
+    "Minolta:AFStatusTop-right" "AF Status Top-right" "Minolta:AFStatusTop-right:-32768"
+    "Minolta:AFStatusTop-right:0" "Minolta:AFStatusTop:-32768" "Minolta:AFStatusTop:0"
+    "Minolta:ApertureSetting" "Aperture Setting" "Minolta:AutoBracketOrder" "Auto Bracket Order"
+    "Minolta:AutoBracketOrder:0" "0 - +" "Minolta:AutoBracketOrder:1" "- 0 +" "Minolta:AverageLV"
+    "Average LV" "Minolta:BWFilter" "BW Filter" "Minolta:BatteryState" "Battery State"
+    "Minolta:BatteryState:3" "Very Low" "Minolta:BatteryState:4" "Low" "Minolta:BatteryState:5"
+    "Half Full" "Minolta:BatteryState:6" "Sufficient Power Remaining" "Minolta:BracketStep"
+    "Bracket Step" "Minolta:BracketStep:0" "1/3 EV" "Minolta:BracketStep:1" "2/3 EV"
+    "Minolta:BracketStep:2" "1 EV" "Minolta:Brightness" "Minolta:BrightnessValue" "Brightness Value"
+    "Minolta:CardShutterLock" "Card Shutter Lock" "Minolta:CardShutterLock:0"
+    "Minolta:CardShutterLock:1" "Minolta:ColorBalanceBlue" "Color Balance Blue"
+    "Minolta:ColorBalanceGreen" "Color Balance Green" "Minolta:ColorBalanceRed" "Color Balance Red"
+    "Minolta:ColorCompensationFilter" "Color Compensation Filter" "Minolta:ColorFilter"
+    "Color Filter" "Minolta:ColorMode" "Color Mode" "Minolta:ColorMode:0"
+    "Natural color |\302\240Standard" "Minolta:ColorMode:1" "Black & White |\302\240Vivid"
+    "Minolta:ColorMode:100" "Neutral" "Minolta:ColorMode:101" "Clear" "Minolta:ColorMode:102" "Deep"
+    "Minolta:ColorMode:103" "Light" "Minolta:ColorMode:104" "Night View" "Minolta:ColorMode:105"
+    "Autumn Leaves" "Minolta:ColorMode:12" "Neutral |\302\240Portrait" "Minolta:ColorMode:13"
+    "Clear |\302\240Natural sRGB" "Minolta:ColorMode:132" "Embed Adobe RGB" "Minolta:ColorMode:14"
+    "Deep |\302\240Natural+ sRGB" "Minolta:ColorMode:15" "Landscape |\302\240Light"
+    "Minolta:ColorMode:16" "Autumn Leaves |\302\240Evening" "Minolta:ColorMode:17"
+    "Night Scene |\302\240Sepia" "Minolta:ColorMode:18" "FL |\302\240Night Portrait"
+    "Minolta:ColorMode:19" "Vivid 2" "Minolta:ColorMode:2" "Portrait |\302\240Vivid color"
+    "Minolta:ColorMode:20" "IN" "Minolta:ColorMode:21" "SH" "Minolta:ColorMode:255"
+    "Minolta:ColorMode:3" "Landscape |\302\240Solarization" "Minolta:ColorMode:4"
+    "Adobe RGB |\302\240Sunset" "Minolta:ColorMode:4294967295" "n/a" "Minolta:ColorMode:5"
     "Night Scene |\302\240Night View |\302\240Night View/Portrait |\302\240Sepia"
-    "Minolta:ColorMode:6""B&W""Minolta:ColorMode:7""Adobe RGB |\302\240B&W""Minolta:ColorMode:8"
-    "Adobe RGB""Minolta:ColorMode:9""Natural""Minolta:ColorProfile""Color Profile"
-    "Minolta:ColorProfile:0""Not Embedded""Minolta:ColorProfile:1""Embedded""Minolta:ColorSpace"
-    "Minolta:ColorSpace:0""Natural sRGB |\302\240sRGB""Minolta:ColorSpace:1""Natural+ sRGB"
-    "Minolta:ColorSpace:2""B&W |\302\240Monochrome""Minolta:ColorSpace:4"
-    "Adobe RGB |\302\240Adobe RGB (ICC)""Minolta:ColorSpace:5""Minolta:ColorTemperature"
-    "Color Temperature""Minolta:ColorTemperatureSetting""Color Temperature Setting"
-    "Minolta:ColorTemperatureSetting:0""Temperature""Minolta:ColorTemperatureSetting:2"
-    "Minolta:CompressedImageSize""Compressed Image Size""Minolta:ContinuousBracketing"
-    "Continuous Bracketing""Minolta:ContinuousBracketing:1795""High"
-    "Minolta:ContinuousBracketing:771""Minolta:Contrast""Minolta:Contrast:0""Normal"
-    "Minolta:ControlDialSet""Control Dial Set""Minolta:ControlDialSet:0""Shutter Speed"
-    "Minolta:ControlDialSet:1""Aperture""Minolta:CustomWBBlueLevel""Custom WB Blue Level"
-    "Minolta:CustomWBError""Custom WB Error""Minolta:CustomWBError:0""OK""Minolta:CustomWBError:1"
-    "Error""Minolta:CustomWBGreenLevel""Custom WB Green Level""Minolta:CustomWBRedLevel"
-    "Custom WB Red Level""Minolta:CustomWBSetting""Custom WB Setting""Minolta:CustomWBSetting:0"
-    "Setup""Minolta:CustomWBSetting:1""Recall""Minolta:DECPosition""DEC Position"
-    "Minolta:DECPosition:0""Exposure""Minolta:DECPosition:1""Minolta:DECPosition:2"
-    "Minolta:DECPosition:3""Filter""Minolta:DataImprint""Data Imprint""Minolta:DataImprint:0""None"
-    "Minolta:DataImprint:1""YYYY/MM/DD""Minolta:DataImprint:2""MM/DD/HH:MM""Minolta:DataImprint:3"
-    "Text""Minolta:DataImprint:4""Text + ID#""Minolta:DigitalZoom""Digital Zoom"
-    "Minolta:DigitalZoom:0""Minolta:DigitalZoom:1""Electronic magnification""Minolta:DigitalZoom:2"
-    "2x""Minolta:DriveMode""Drive Mode""Minolta:DriveMode2""Drive Mode 2""Minolta:DriveMode2:0"
-    "Self-timer 10 sec""Minolta:DriveMode2:1""Continuous""Minolta:DriveMode2:1794"
-    "Single-frame Bracketing High""Minolta:DriveMode2:1795""Continuous Bracketing High"
-    "Minolta:DriveMode2:4""Self-timer 2 sec""Minolta:DriveMode2:5""Single Frame"
-    "Minolta:DriveMode2:770""Single-frame Bracketing Low""Minolta:DriveMode2:771"
-    "Continous Bracketing Low""Minolta:DriveMode2:8""White Balance Bracketing Low"
-    "Minolta:DriveMode2:9""White Balance Bracketing High""Minolta:DriveMode:0"
-    "Self-timer 10 sec |\302\240Single |\302\240Single Frame""Minolta:DriveMode:1"
-    "Minolta:DriveMode:2""Self-timer |\302\240Single-frame Exposure Bracketing""Minolta:DriveMode:3"
-    "Continuous Bracketing |\302\240Continuous Exposure Bracketing""Minolta:DriveMode:4"
-    "Bracketing |\302\240Self-Timer 2 sec |\302\240Single-Frame Bracketing""Minolta:DriveMode:5"
-    "Interval |\302\240Single Frame |\302\240White Balance Bracketing""Minolta:DriveMode:6"
-    "UHS continuous""Minolta:DriveMode:7""HS continuous""Minolta:DriveMode:8""Minolta:DriveMode:9"
-    "Minolta:DynamicRangeOptimizer""Dynamic Range Optimizer""Minolta:DynamicRangeOptimizer:0"
-    "Minolta:DynamicRangeOptimizer:1""Standard""Minolta:DynamicRangeOptimizer:2""Advanced"
-    "Minolta:DynamicRangeOptimizerMode""Dynamic Range Optimizer Mode"
-    "Minolta:DynamicRangeOptimizerMode:0""Minolta:DynamicRangeOptimizerMode:1"
-    "Minolta:DynamicRangeOptimizerMode:2""Minolta:DynamicRangeOptimizerSetting"
-    "Dynamic Range Optimizer Setting""Minolta:DynamicRangeOptimizerSetting:0"
-    "Minolta:DynamicRangeOptimizerSetting:1""Minolta:DynamicRangeOptimizerSetting:2"
-    "Minolta:ExposureBracketShotNumber""Exposure Bracket Shot Number"
-    "Minolta:ExposureBracketingIndicatorLast""Exposure Bracketing Indicator Last"
-    "Minolta:ExposureBracketingIndicatorLast:0""Minolta:ExposureBracketingIndicatorLast:1"
-    "Minolta:ExposureBracketingIndicatorLast:119""Minolta:ExposureBracketingIndicatorLast:120"
-    "Minolta:ExposureBracketingIndicatorLast:121""Minolta:ExposureBracketingIndicatorLast:122"
-    "Minolta:ExposureBracketingIndicatorLast:123""Minolta:ExposureBracketingIndicatorLast:124"
-    "Minolta:ExposureBracketingIndicatorLast:125""Minolta:ExposureBracketingIndicatorLast:126"
-    "Minolta:ExposureBracketingIndicatorLast:127""Minolta:ExposureBracketingIndicatorLast:128"
-    "Minolta:ExposureBracketingIndicatorLast:129""Minolta:ExposureBracketingIndicatorLast:130"
-    "Minolta:ExposureBracketingIndicatorLast:131""Minolta:ExposureBracketingIndicatorLast:132"
-    "Minolta:ExposureBracketingIndicatorLast:133""Minolta:ExposureBracketingIndicatorLast:134"
-    "Minolta:ExposureBracketingIndicatorLast:135""Minolta:ExposureBracketingIndicatorLast:136"
-    "Minolta:ExposureBracketingIndicatorLast:253""Minolta:ExposureBracketingIndicatorLast:254"
-    "Minolta:ExposureCompensation""Exposure Compensation""Minolta:ExposureCompensationMode"
-    "Exposure Compensation Mode""Minolta:ExposureCompensationMode:0""Ambient and Flash"
-    "Minolta:ExposureCompensationMode:1""Ambient Only""Minolta:ExposureCompensationSetting"
-    "Exposure Compensation Setting""Minolta:ExposureIndicator""Exposure Indicator"
-    "Minolta:ExposureIndicator:0""Minolta:ExposureIndicator:1""Minolta:ExposureIndicator:119"
-    "Minolta:ExposureIndicator:120""Minolta:ExposureIndicator:121""Minolta:ExposureIndicator:122"
-    "Minolta:ExposureIndicator:123""Minolta:ExposureIndicator:124""Minolta:ExposureIndicator:125"
-    "Minolta:ExposureIndicator:126""Minolta:ExposureIndicator:127""Minolta:ExposureIndicator:128"
-    "Minolta:ExposureIndicator:129""Minolta:ExposureIndicator:130""Minolta:ExposureIndicator:131"
-    "Minolta:ExposureIndicator:132""Minolta:ExposureIndicator:133""Minolta:ExposureIndicator:134"
-    "Minolta:ExposureIndicator:135""Minolta:ExposureIndicator:136""Minolta:ExposureIndicator:253"
-    "Minolta:ExposureIndicator:254""Minolta:ExposureMode""Exposure Mode""Minolta:ExposureMode:0"
-    "Program""Minolta:ExposureMode:1""Aperture Priority""Minolta:ExposureMode:2""Shutter Priority"
-    "Minolta:ExposureMode:3""Manual""Minolta:ExposureMode:4""Auto |\302\240Auto?"
-    "Minolta:ExposureMode:4115""Portrait""Minolta:ExposureMode:4131"
-    "Connected Copying? |\302\240Sports""Minolta:ExposureMode:4147""Sunset"
-    "Minolta:ExposureMode:4163""Night View/Portrait""Minolta:ExposureMode:4179""Landscape"
-    "Minolta:ExposureMode:4227""Macro""Minolta:ExposureMode:5"
-    "Program Shift A |\302\240Program-shift A""Minolta:ExposureMode:6"
-    "Program Shift S |\302\240Program-shift S""Minolta:ExposureTime""Minolta:EyeStartAF"
-    "Eye Start AF""Minolta:EyeStartAF:0""Minolta:EyeStartAF:1""Minolta:FNumber""F Number"
-    "Minolta:FileNumberMemory""File Number Memory""Minolta:FileNumberMemory:0"
-    "Minolta:FileNumberMemory:1""Minolta:Flash""Minolta:Flash:0""Did not fire |\302\240Off"
-    "Minolta:Flash:1""Fired |\302\240On""Minolta:FlashDefault""Flash Default"
-    "Minolta:FlashDefault:0""Minolta:FlashDefault:1""Fill Flash""Minolta:FlashExposureComp"
-    "Flash Exposure Compensation""Minolta:FlashExposureCompSet""Flash Exposure Comp. Setting"
-    "Minolta:FlashExposureIndicator""Flash Exposure Indicator""Minolta:FlashExposureIndicator:0"
-    "Minolta:FlashExposureIndicator:1""Minolta:FlashExposureIndicator:119"
-    "Minolta:FlashExposureIndicator:120""Minolta:FlashExposureIndicator:121"
-    "Minolta:FlashExposureIndicator:122""Minolta:FlashExposureIndicator:123"
-    "Minolta:FlashExposureIndicator:124""Minolta:FlashExposureIndicator:125"
-    "Minolta:FlashExposureIndicator:126""Minolta:FlashExposureIndicator:127"
-    "Minolta:FlashExposureIndicator:128""Minolta:FlashExposureIndicator:129"
-    "Minolta:FlashExposureIndicator:130""Minolta:FlashExposureIndicator:131"
-    "Minolta:FlashExposureIndicator:132""Minolta:FlashExposureIndicator:133"
-    "Minolta:FlashExposureIndicator:134""Minolta:FlashExposureIndicator:135"
-    "Minolta:FlashExposureIndicator:136""Minolta:FlashExposureIndicator:253"
-    "Minolta:FlashExposureIndicator:254""Minolta:FlashExposureIndicatorLast"
-    "Flash Exposure Indicator Last""Minolta:FlashExposureIndicatorLast:0"
-    "Minolta:FlashExposureIndicatorLast:1""Minolta:FlashExposureIndicatorLast:119"
-    "Minolta:FlashExposureIndicatorLast:120""Minolta:FlashExposureIndicatorLast:121"
-    "Minolta:FlashExposureIndicatorLast:122""Minolta:FlashExposureIndicatorLast:123"
-    "Minolta:FlashExposureIndicatorLast:124""Minolta:FlashExposureIndicatorLast:125"
-    "Minolta:FlashExposureIndicatorLast:126""Minolta:FlashExposureIndicatorLast:127"
-    "Minolta:FlashExposureIndicatorLast:128""Minolta:FlashExposureIndicatorLast:129"
-    "Minolta:FlashExposureIndicatorLast:130""Minolta:FlashExposureIndicatorLast:131"
-    "Minolta:FlashExposureIndicatorLast:132""Minolta:FlashExposureIndicatorLast:133"
-    "Minolta:FlashExposureIndicatorLast:134""Minolta:FlashExposureIndicatorLast:135"
-    "Minolta:FlashExposureIndicatorLast:136""Minolta:FlashExposureIndicatorLast:253"
-    "Minolta:FlashExposureIndicatorLast:254""Minolta:FlashExposureIndicatorNext"
-    "Flash Exposure Indicator Next""Minolta:FlashExposureIndicatorNext:0"
-    "Minolta:FlashExposureIndicatorNext:1""Minolta:FlashExposureIndicatorNext:119"
-    "Minolta:FlashExposureIndicatorNext:120""Minolta:FlashExposureIndicatorNext:121"
-    "Minolta:FlashExposureIndicatorNext:122""Minolta:FlashExposureIndicatorNext:123"
-    "Minolta:FlashExposureIndicatorNext:124""Minolta:FlashExposureIndicatorNext:125"
-    "Minolta:FlashExposureIndicatorNext:126""Minolta:FlashExposureIndicatorNext:127"
-    "Minolta:FlashExposureIndicatorNext:128""Minolta:FlashExposureIndicatorNext:129"
-    "Minolta:FlashExposureIndicatorNext:130""Minolta:FlashExposureIndicatorNext:131"
-    "Minolta:FlashExposureIndicatorNext:132""Minolta:FlashExposureIndicatorNext:133"
-    "Minolta:FlashExposureIndicatorNext:134""Minolta:FlashExposureIndicatorNext:135"
-    "Minolta:FlashExposureIndicatorNext:136""Minolta:FlashExposureIndicatorNext:253"
-    "Minolta:FlashExposureIndicatorNext:254""Minolta:FlashFired""Flash Fired""Minolta:FlashFired:0"
-    "No""Minolta:FlashFired:1""Yes""Minolta:FlashFunction""Flash Function""Minolta:FlashFunction:0"
-    "No flash""Minolta:FlashFunction:4613""Minolta:FlashFunction:4622""Strobe"
-    "Minolta:FlashFunction:4750""Fill flash, Pre-flash TTL""Minolta:FlashFunction:4782"
-    "Bounce flash""Minolta:FlashFunction:5134""Rear sync, ADI""Minolta:FlashFunction:5262"
-    "Fill flash, ADI""Minolta:FlashFunction:5504""Wireless""Minolta:FlashFunction:6030""HSS"
-    "Minolta:FlashFunction:768""Built-in flash""Minolta:FlashMetering""Flash Metering"
-    "Minolta:FlashMetering:0""ADI (Advanced Distance Integration)""Minolta:FlashMetering:1"
-    "Pre-flash TTL""Minolta:FlashMetering:2""Manual flash control""Minolta:FlashMode"
-    "Minolta:FlashMode:0""Auto |\302\240Fill flash |\302\240Normal""Minolta:FlashMode:1"
-    "Red-eye reduction""Minolta:FlashMode:2""Rear Sync |\302\240Rear flash sync"
-    "Minolta:FlashMode:3""Minolta:FlashMode:4""Fill Flash |\302\240Off?""Minolta:FlashType"
-    "Flash Type""Minolta:FlashType:0""Minolta:FlashType:1""Built-in""Minolta:FlashType:2""External"
-    "Minolta:FocalLength""Minolta:FocusArea""Focus Area""Minolta:FocusArea:0""Wide Focus (normal)"
-    "Minolta:FocusArea:1""Spot Focus""Minolta:FocusDistance""Focus Distance"
-    "Minolta:FocusHoldButton""Focus Hold Button""Minolta:FocusHoldButton:0""Focus Hold"
-    "Minolta:FocusHoldButton:1""DOF Preview""Minolta:FocusLocked""Focus Locked"
-    "Minolta:FocusLocked:0""Manual Focus""Minolta:FocusLocked:16""Continuous Focus"
-    "Minolta:FocusLocked:4""Minolta:FocusLocked:64""Minolta:FocusMode""Focus Mode"
-    "Minolta:FocusMode:0""AF |\302\240AF-S""Minolta:FocusMode:1""AF-C |\302\240MF"
-    "Minolta:FocusMode:3""Minolta:FocusMode:4""Minolta:FocusMode:5""Minolta:FocusMode:6"
-    "Minolta:FocusModeSwitch""Focus Mode Switch""Minolta:FocusModeSwitch:0""AF"
-    "Minolta:FocusModeSwitch:1""MF""Minolta:FolderName""Minolta:FolderName:0""Standard Form"
-    "Minolta:FolderName:1""Data Form""Minolta:FrameNumber""Minolta:FreeMemoryCardImages"
-    "Free Memory Card Images""Minolta:HighSpeedSync""High Speed Sync""Minolta:HighSpeedSync:0"
-    "Minolta:HighSpeedSync:1""Minolta:HueAdjustment""Hue Adjustment""Minolta:ISO"
-    "Minolta:ISOSetting""ISO Setting""Minolta:ISOSetting:0""100 |\302\240Auto""Minolta:ISOSetting:1"
-    "100 |\302\240200""Minolta:ISOSetting:10""80 (Zone Matching Low)""Minolta:ISOSetting:174"
-    "Minolta:ISOSetting:184""200 (Zone Matching High)""Minolta:ISOSetting:2""400"
-    "Minolta:ISOSetting:3""200 |\302\240800""Minolta:ISOSetting:4""400 |\302\240Auto"
-    "Minolta:ISOSetting:48""Minolta:ISOSetting:5""64 |\302\240800""Minolta:ISOSetting:56""200"
-    "Minolta:ISOSetting:6""1600""Minolta:ISOSetting:64""Minolta:ISOSetting:7""3200"
-    "Minolta:ISOSetting:72""800""Minolta:ISOSetting:8""Minolta:ISOSetting:80""Minolta:ImageNumber"
-    "Image Number""Minolta:ImageNumber2""Image Number 2""Minolta:ImageStabilization"
-    "Image Stabilization""Minolta:ImageStabilization:0""Minolta:ImageStabilization:1"
-    "Off |\302\240On""Minolta:ImageStabilization:10116""Minolta:ImageStabilization:5"
-    "Minolta:ImageStabilizationSetting""Image Stabilization Setting"
-    "Minolta:ImageStabilizationSetting:0""Minolta:ImageStabilizationSetting:1"
-    "Minolta:InstantPlaybackSetup""Instant Playback Setup""Minolta:InstantPlaybackSetup:0"
-    "Image and Information""Minolta:InstantPlaybackSetup:1""Image Only"
-    "Minolta:InstantPlaybackSetup:3""Image and Histogram""Minolta:InstantPlaybackTime"
-    "Instant Playback Time""Minolta:InternalFlash""Internal Flash""Minolta:InternalFlash:0"
-    "Minolta:InternalFlash:1""Fired""Minolta:InternalSerialNumber""Internal Serial Number"
-    "Minolta:IntervalLength""Interval Length""Minolta:IntervalMode""Interval Mode"
-    "Minolta:IntervalMode:0""Still Image""Minolta:IntervalMode:1""Time-lapse Movie"
-    "Minolta:IntervalNumber""Interval Number""Minolta:LastFileNumber""Last File Number"
-    "Minolta:LensShutterLock""Lens Shutter Lock""Minolta:LensShutterLock:0"
-    "Minolta:LensShutterLock:1""Minolta:LensType""Lens Type""Minolta:LensType:0"
-    "Minolta AF 28-85mm F3.5-4.5 New""Minolta:LensType:1""Minolta AF 80-200mm F2.8 HS-APO G"
-    "Minolta:LensType:10""Minolta AF 28-105mm F3.5-4.5 [New]""Minolta:LensType:11"
-    "Minolta AF 300mm F4 HS-APO G""Minolta:LensType:12""Minolta AF 100mm F2.8 Soft Focus"
-    "Minolta:LensType:128""Tamron or Sigma Lens (128)""Minolta:LensType:128.1"
-    "Tamron AF 18-200mm F3.5-6.3 XR Di II LD Aspherical [IF] Macro""Minolta:LensType:128.10"
-    "Sigma 85mm F1.4 EX DG HSM""Minolta:LensType:128.11""Sigma 24-70mm F2.8 IF EX DG HSM"
-    "Minolta:LensType:128.12""Sigma 18-250mm F3.5-6.3 DC OS HSM""Minolta:LensType:128.13"
-    "Sigma 17-50mm F2.8 EX DC HSM""Minolta:LensType:128.14""Sigma 17-70mm F2.8-4 DC Macro HSM"
-    "Minolta:LensType:128.15""Sigma 150mm F2.8 EX DG OS HSM APO Macro""Minolta:LensType:128.16"
-    "Sigma 150-500mm F5-6.3 APO DG OS HSM""Minolta:LensType:128.17""Tamron AF 28-105mm F4-5.6 [IF]"
-    "Minolta:LensType:128.18""Sigma 35mm F1.4 DG HSM""Minolta:LensType:128.19"
-    "Sigma 18-35mm F1.8 DC HSM""Minolta:LensType:128.2"
-    "Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro""Minolta:LensType:128.20"
-    "Sigma 50-500mm F4.5-6.3 APO DG OS HSM""Minolta:LensType:128.21""Sigma 24-105mm F4 DG HSM | A"
-    "Minolta:LensType:128.22""Sigma 30mm F1.4""Minolta:LensType:128.23""Sigma 35mm F1.4 DG HSM | A"
-    "Minolta:LensType:128.24""Sigma 105mm F2.8 EX DG OS HSM Macro""Minolta:LensType:128.25"
-    "Sigma 180mm F2.8 EX DG OS HSM APO Macro""Minolta:LensType:128.26"
-    "Sigma 18-300mm F3.5-6.3 DC Macro HSM | C""Minolta:LensType:128.27"
-    "Sigma 18-50mm F2.8-4.5 DC HSM""Minolta:LensType:128.3"
-    "Tamron AF 28-200mm F3.8-5.6 XR Di Aspherical [IF] Macro""Minolta:LensType:128.4"
-    "Tamron SP AF 17-35mm F2.8-4 Di LD Aspherical IF""Minolta:LensType:128.5"
-    "Sigma AF 50-150mm F2.8 EX DC APO HSM II""Minolta:LensType:128.6""Sigma 10-20mm F3.5 EX DC HSM"
-    "Minolta:LensType:128.7""Sigma 70-200mm F2.8 II EX DG APO MACRO HSM""Minolta:LensType:128.8"
-    "Sigma 10mm F2.8 EX DC HSM Fisheye""Minolta:LensType:128.9""Sigma 50mm F1.4 EX DG HSM"
-    "Minolta:LensType:129""Tamron Lens (129)""Minolta:LensType:129.1""Tamron 200-400mm F5.6 LD"
-    "Minolta:LensType:129.2""Tamron 70-300mm F4-5.6 LD""Minolta:LensType:13"
-    "Minolta AF 75-300mm F4.5-5.6 (New or II)""Minolta:LensType:131"
-    "Tamron 20-40mm F2.7-3.5 SP Aspherical IF""Minolta:LensType:135""Vivitar 28-210mm F3.5-5.6"
-    "Minolta:LensType:136""Tokina EMZ M100 AF 100mm F3.5""Minolta:LensType:137"
-    "Cosina 70-210mm F2.8-4 AF""Minolta:LensType:138""Soligor 19-35mm F3.5-4.5"
-    "Minolta:LensType:139""Tokina AF 28-300mm F4-6.3""Minolta:LensType:14"
-    "Minolta AF 100-400mm F4.5-6.7 APO""Minolta:LensType:142""Cosina AF 70-300mm F4.5-5.6 MC"
-    "Minolta:LensType:146""Voigtlander Macro APO-Lanthar 125mm F2.5 SL""Minolta:LensType:15"
-    "Minolta AF 400mm F4.5 HS-APO G""Minolta:LensType:16""Minolta AF 17-35mm F3.5 G"
-    "Minolta:LensType:17""Minolta AF 20-35mm F3.5-4.5""Minolta:LensType:18"
-    "Minolta AF 28-80mm F3.5-5.6 II""Minolta:LensType:18688"
-    "Sigma MC-11 SA-E Mount Converter with not-supported Sigma lens""Minolta:LensType:19"
-    "Minolta AF 35mm F1.4 G""Minolta:LensType:194"
-    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical [IF]""Minolta:LensType:2"
-    "Minolta AF 28-70mm F2.8 G""Minolta:LensType:20""Minolta/Sony 135mm F2.8 [T4.5] STF"
-    "Minolta:LensType:202""Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro""Minolta:LensType:203"
-    "Tamron SP 70-200mm F2.8 Di USD""Minolta:LensType:204""Tamron SP 24-70mm F2.8 Di USD"
-    "Minolta:LensType:212""Tamron 28-300mm F3.5-6.3 Di PZD""Minolta:LensType:213"
-    "Tamron 16-300mm F3.5-6.3 Di II PZD Macro""Minolta:LensType:214"
-    "Tamron SP 150-600mm F5-6.3 Di USD""Minolta:LensType:215""Tamron SP 15-30mm F2.8 Di USD"
-    "Minolta:LensType:216""Tamron SP 45mm F1.8 Di USD""Minolta:LensType:217"
-    "Tamron SP 35mm F1.8 Di USD""Minolta:LensType:218""Tamron SP 90mm F2.8 Di Macro 1:1 USD (F017)"
-    "Minolta:LensType:22""Minolta AF 35-80mm F4-5.6 II""Minolta:LensType:220"
-    "Tamron SP 150-600mm F5-6.3 Di USD G2""Minolta:LensType:224"
-    "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F004)""Minolta:LensType:23"
-    "Minolta AF 200mm F4 Macro APO G""Minolta:LensType:24"
-    "Minolta/Sony AF 24-105mm F3.5-4.5 (D) or Sigma or Tamron Lens""Minolta:LensType:24.1"
-    "Sigma 18-50mm F2.8""Minolta:LensType:24.2""Sigma 17-70mm F2.8-4.5 DC Macro"
-    "Minolta:LensType:24.3""Sigma 20-40mm F2.8 EX DG Aspherical IF""Minolta:LensType:24.4"
-    "Sigma 18-200mm F3.5-6.3 DC""Minolta:LensType:24.5""Sigma DC 18-125mm F4-5,6 D"
-    "Minolta:LensType:24.6""Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro"
-    "Minolta:LensType:24.7""Sigma 15-30mm F3.5-4.5 EX DG Aspherical""Minolta:LensType:25"
-    "Minolta AF 100-300mm F4.5-5.6 APO (D) or Sigma Lens""Minolta:LensType:25.1"
-    "Sigma 100-300mm F4 EX (APO (D) or D IF)""Minolta:LensType:25.2""Sigma 70mm F2.8 EX DG Macro"
-    "Minolta:LensType:25.3""Sigma 20mm F1.8 EX DG Aspherical RF""Minolta:LensType:25.4"
-    "Sigma 30mm F1.4 EX DC""Minolta:LensType:25.5""Sigma 24mm F1.8 EX DG ASP Macro"
-    "Minolta:LensType:255""Tamron Lens (255)""Minolta:LensType:255.1"
-    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical""Minolta:LensType:255.2"
-    "Tamron AF 18-250mm F3.5-6.3 XR Di II LD""Minolta:LensType:255.3"
-    "Tamron AF 55-200mm F4-5.6 Di II LD Macro""Minolta:LensType:255.4"
-    "Tamron AF 70-300mm F4-5.6 Di LD Macro 1:2""Minolta:LensType:255.5"
-    "Tamron SP AF 200-500mm F5.0-6.3 Di LD IF""Minolta:LensType:255.6"
-    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical IF""Minolta:LensType:255.7"
-    "Tamron SP AF 70-200mm F2.8 Di LD IF Macro""Minolta:LensType:255.8"
-    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical IF""Minolta:LensType:255.9"
-    "Tamron AF 90-300mm F4.5-5.6 Telemacro""Minolta:LensType:25501""Minolta AF 50mm F1.7"
-    "Minolta:LensType:25511""Minolta AF 35-70mm F4 or Other Lens""Minolta:LensType:25511.1"
-    "Sigma UC AF 28-70mm F3.5-4.5""Minolta:LensType:25511.2""Sigma AF 28-70mm F2.8"
-    "Minolta:LensType:25511.3""Sigma M-AF 70-200mm F2.8 EX Aspherical""Minolta:LensType:25511.4"
-    "Quantaray M-AF 35-80mm F4-5.6""Minolta:LensType:25511.5""Tokina 28-70mm F2.8-4.5 AF"
-    "Minolta:LensType:25521""Minolta AF 28-85mm F3.5-4.5 or Other Lens""Minolta:LensType:25521.1"
-    "Tokina 19-35mm F3.5-4.5""Minolta:LensType:25521.2""Tokina 28-70mm F2.8 AT-X"
-    "Minolta:LensType:25521.3""Tokina 80-400mm F4.5-5.6 AT-X AF II 840""Minolta:LensType:25521.4"
-    "Tokina AF PRO 28-80mm F2.8 AT-X 280""Minolta:LensType:25521.5"
-    "Tokina AT-X PRO [II] AF 28-70mm F2.6-2.8 270""Minolta:LensType:25521.6"
-    "Tamron AF 19-35mm F3.5-4.5""Minolta:LensType:25521.7""Angenieux AF 28-70mm F2.6"
-    "Minolta:LensType:25521.8""Tokina AT-X 17 AF 17mm F3.5""Minolta:LensType:25521.9"
-    "Tokina 20-35mm F3.5-4.5 II AF""Minolta:LensType:25531"
-    "Minolta AF 28-135mm F4-4.5 or Other Lens""Minolta:LensType:25531.1"
-    "Sigma ZOOM-alpha 35-135mm F3.5-4.5""Minolta:LensType:25531.2""Sigma 28-105mm F2.8-4 Aspherical"
-    "Minolta:LensType:25531.3""Sigma 28-105mm F4-5.6 UC""Minolta:LensType:25531.4"
-    "Tokina AT-X 242 AF 24-200mm F3.5-5.6""Minolta:LensType:25541""Minolta AF 35-105mm F3.5-4.5"
-    "Minolta:LensType:25551""Minolta AF 70-210mm F4 Macro or Sigma Lens""Minolta:LensType:25551.1"
-    "Sigma 70-210mm F4-5.6 APO""Minolta:LensType:25551.2""Sigma M-AF 70-200mm F2.8 EX APO"
-    "Minolta:LensType:25551.3""Sigma 75-200mm F2.8-3.5""Minolta:LensType:25561"
-    "Minolta AF 135mm F2.8""Minolta:LensType:25571""Minolta/Sony AF 28mm F2.8"
-    "Minolta:LensType:25581""Minolta AF 24-50mm F4""Minolta:LensType:25601"
-    "Minolta AF 100-200mm F4.5""Minolta:LensType:25611""Minolta AF 75-300mm F4.5-5.6 or Sigma Lens"
-    "Minolta:LensType:25611.1""Sigma 70-300mm F4-5.6 DL Macro""Minolta:LensType:25611.10"
-    "Sigma 1000mm F8 APO""Minolta:LensType:25611.2""Sigma 300mm F4 APO Macro"
-    "Minolta:LensType:25611.3""Sigma AF 500mm F4.5 APO""Minolta:LensType:25611.4"
-    "Sigma AF 170-500mm F5-6.3 APO Aspherical""Minolta:LensType:25611.5""Tokina AT-X AF 300mm F4"
-    "Minolta:LensType:25611.6""Tokina AT-X AF 400mm F5.6 SD""Minolta:LensType:25611.7"
-    "Tokina AF 730 II 75-300mm F4.5-5.6""Minolta:LensType:25611.8""Sigma 800mm F5.6 APO"
-    "Minolta:LensType:25611.9""Sigma AF 400mm F5.6 APO Macro""Minolta:LensType:25621"
-    "Minolta AF 50mm F1.4 [New]""Minolta:LensType:25631""Minolta AF 300mm F2.8 APO or Sigma Lens"
-    "Minolta:LensType:25631.1""Sigma AF 50-500mm F4-6.3 EX DG APO""Minolta:LensType:25631.2"
-    "Minolta:LensType:25631.3""Sigma AF 500mm F4.5 EX DG APO""Minolta:LensType:25631.4"
-    "Sigma 400mm F5.6 APO""Minolta:LensType:25641""Minolta AF 50mm F2.8 Macro or Sigma Lens"
-    "Minolta:LensType:25641.1""Sigma 50mm F2.8 EX Macro""Minolta:LensType:25651"
-    "Minolta AF 600mm F4 APO""Minolta:LensType:25661""Minolta AF 24mm F2.8 or Sigma Lens"
-    "Minolta:LensType:25661.1""Sigma 17-35mm F2.8-4 EX Aspherical""Minolta:LensType:25721"
-    "Minolta/Sony AF 500mm F8 Reflex""Minolta:LensType:25781"
-    "Minolta/Sony AF 16mm F2.8 Fisheye or Sigma Lens""Minolta:LensType:25781.1"
-    "Sigma 8mm F4 EX [DG] Fisheye""Minolta:LensType:25781.2""Sigma 14mm F3.5"
-    "Minolta:LensType:25781.3""Sigma 15mm F2.8 Fisheye""Minolta:LensType:25791"
-    "Minolta/Sony AF 20mm F2.8 or Tokina Lens""Minolta:LensType:25791.1"
-    "Tokina AT-X Pro DX 11-16mm F2.8""Minolta:LensType:25811"
-    "Minolta AF 100mm F2.8 Macro [New] or Sigma or Tamron Lens""Minolta:LensType:25811.1"
-    "Sigma AF 90mm F2.8 Macro""Minolta:LensType:25811.2""Sigma AF 105mm F2.8 EX [DG] Macro"
-    "Minolta:LensType:25811.3""Sigma 180mm F5.6 Macro""Minolta:LensType:25811.4"
-    "Sigma 180mm F3.5 EX DG Macro""Minolta:LensType:25811.5""Tamron 90mm F2.8 Macro"
-    "Minolta:LensType:25851""Beroflex 35-135mm F3.5-4.5""Minolta:LensType:25858"
-    "Minolta AF 35-105mm F3.5-4.5 New or Tamron Lens""Minolta:LensType:25858.1"
-    "Tamron 24-135mm F3.5-5.6""Minolta:LensType:25881""Minolta AF 70-210mm F3.5-4.5"
-    "Minolta:LensType:25891""Minolta AF 80-200mm F2.8 APO or Tokina Lens""Minolta:LensType:25891.1"
-    "Tokina 80-200mm F2.8""Minolta:LensType:25901"
+    "Minolta:ColorMode:6" "B&W" "Minolta:ColorMode:7" "Adobe RGB |\302\240B&W" "Minolta:ColorMode:8"
+    "Adobe RGB" "Minolta:ColorMode:9" "Natural" "Minolta:ColorProfile" "Color Profile"
+    "Minolta:ColorProfile:0" "Not Embedded" "Minolta:ColorProfile:1" "Embedded" "Minolta:ColorSpace"
+    "Minolta:ColorSpace:0" "Natural sRGB |\302\240sRGB" "Minolta:ColorSpace:1" "Natural+ sRGB"
+    "Minolta:ColorSpace:2" "B&W |\302\240Monochrome" "Minolta:ColorSpace:4"
+    "Adobe RGB |\302\240Adobe RGB (ICC)" "Minolta:ColorSpace:5" "Minolta:ColorTemperature"
+    "Color Temperature" "Minolta:ColorTemperatureSetting" "Color Temperature Setting"
+    "Minolta:ColorTemperatureSetting:0" "Temperature" "Minolta:ColorTemperatureSetting:2"
+    "Minolta:CompressedImageSize" "Compressed Image Size" "Minolta:ContinuousBracketing"
+    "Continuous Bracketing" "Minolta:ContinuousBracketing:1795" "High"
+    "Minolta:ContinuousBracketing:771" "Minolta:Contrast" "Minolta:Contrast:0" "Normal"
+    "Minolta:ControlDialSet" "Control Dial Set" "Minolta:ControlDialSet:0" "Shutter Speed"
+    "Minolta:ControlDialSet:1" "Aperture" "Minolta:CustomWBBlueLevel" "Custom WB Blue Level"
+    "Minolta:CustomWBError" "Custom WB Error" "Minolta:CustomWBError:0" "OK"
+    "Minolta:CustomWBError:1" "Error" "Minolta:CustomWBGreenLevel" "Custom WB Green Level"
+    "Minolta:CustomWBRedLevel" "Custom WB Red Level" "Minolta:CustomWBSetting" "Custom WB Setting"
+    "Minolta:CustomWBSetting:0" "Setup" "Minolta:CustomWBSetting:1" "Recall" "Minolta:DECPosition"
+    "DEC Position" "Minolta:DECPosition:0" "Exposure" "Minolta:DECPosition:1"
+    "Minolta:DECPosition:2" "Minolta:DECPosition:3" "Filter" "Minolta:DataImprint" "Data Imprint"
+    "Minolta:DataImprint:0" "None" "Minolta:DataImprint:1" "YYYY/MM/DD" "Minolta:DataImprint:2"
+    "MM/DD/HH:MM" "Minolta:DataImprint:3" "Text" "Minolta:DataImprint:4" "Text + ID#"
+    "Minolta:DigitalZoom" "Digital Zoom" "Minolta:DigitalZoom:0" "Minolta:DigitalZoom:1"
+    "Electronic magnification" "Minolta:DigitalZoom:2" "2x" "Minolta:DriveMode" "Drive Mode"
+    "Minolta:DriveMode2" "Drive Mode 2" "Minolta:DriveMode2:0" "Self-timer 10 sec"
+    "Minolta:DriveMode2:1" "Continuous" "Minolta:DriveMode2:1794" "Single-frame Bracketing High"
+    "Minolta:DriveMode2:1795" "Continuous Bracketing High" "Minolta:DriveMode2:4" "Self-timer 2 sec"
+    "Minolta:DriveMode2:5" "Single Frame" "Minolta:DriveMode2:770" "Single-frame Bracketing Low"
+    "Minolta:DriveMode2:771" "Continous Bracketing Low" "Minolta:DriveMode2:8"
+    "White Balance Bracketing Low" "Minolta:DriveMode2:9" "White Balance Bracketing High"
+    "Minolta:DriveMode:0" "Self-timer 10 sec |\302\240Single |\302\240Single Frame"
+    "Minolta:DriveMode:1" "Minolta:DriveMode:2"
+    "Self-timer |\302\240Single-frame Exposure Bracketing" "Minolta:DriveMode:3"
+    "Continuous Bracketing |\302\240Continuous Exposure Bracketing" "Minolta:DriveMode:4"
+    "Bracketing |\302\240Self-Timer 2 sec |\302\240Single-Frame Bracketing" "Minolta:DriveMode:5"
+    "Interval |\302\240Single Frame |\302\240White Balance Bracketing" "Minolta:DriveMode:6"
+    "UHS continuous" "Minolta:DriveMode:7" "HS continuous" "Minolta:DriveMode:8"
+    "Minolta:DriveMode:9" "Minolta:DynamicRangeOptimizer" "Dynamic Range Optimizer"
+    "Minolta:DynamicRangeOptimizer:0" "Minolta:DynamicRangeOptimizer:1" "Standard"
+    "Minolta:DynamicRangeOptimizer:2" "Advanced" "Minolta:DynamicRangeOptimizerMode"
+    "Dynamic Range Optimizer Mode" "Minolta:DynamicRangeOptimizerMode:0"
+    "Minolta:DynamicRangeOptimizerMode:1" "Minolta:DynamicRangeOptimizerMode:2"
+    "Minolta:DynamicRangeOptimizerSetting" "Dynamic Range Optimizer Setting"
+    "Minolta:DynamicRangeOptimizerSetting:0" "Minolta:DynamicRangeOptimizerSetting:1"
+    "Minolta:DynamicRangeOptimizerSetting:2" "Minolta:ExposureBracketShotNumber"
+    "Exposure Bracket Shot Number" "Minolta:ExposureBracketingIndicatorLast"
+    "Exposure Bracketing Indicator Last" "Minolta:ExposureBracketingIndicatorLast:0"
+    "Minolta:ExposureBracketingIndicatorLast:1" "Minolta:ExposureBracketingIndicatorLast:119"
+    "Minolta:ExposureBracketingIndicatorLast:120" "Minolta:ExposureBracketingIndicatorLast:121"
+    "Minolta:ExposureBracketingIndicatorLast:122" "Minolta:ExposureBracketingIndicatorLast:123"
+    "Minolta:ExposureBracketingIndicatorLast:124" "Minolta:ExposureBracketingIndicatorLast:125"
+    "Minolta:ExposureBracketingIndicatorLast:126" "Minolta:ExposureBracketingIndicatorLast:127"
+    "Minolta:ExposureBracketingIndicatorLast:128" "Minolta:ExposureBracketingIndicatorLast:129"
+    "Minolta:ExposureBracketingIndicatorLast:130" "Minolta:ExposureBracketingIndicatorLast:131"
+    "Minolta:ExposureBracketingIndicatorLast:132" "Minolta:ExposureBracketingIndicatorLast:133"
+    "Minolta:ExposureBracketingIndicatorLast:134" "Minolta:ExposureBracketingIndicatorLast:135"
+    "Minolta:ExposureBracketingIndicatorLast:136" "Minolta:ExposureBracketingIndicatorLast:253"
+    "Minolta:ExposureBracketingIndicatorLast:254" "Minolta:ExposureCompensation"
+    "Exposure Compensation" "Minolta:ExposureCompensationMode" "Exposure Compensation Mode"
+    "Minolta:ExposureCompensationMode:0" "Ambient and Flash" "Minolta:ExposureCompensationMode:1"
+    "Ambient Only" "Minolta:ExposureCompensationSetting" "Exposure Compensation Setting"
+    "Minolta:ExposureIndicator" "Exposure Indicator" "Minolta:ExposureIndicator:0"
+    "Minolta:ExposureIndicator:1" "Minolta:ExposureIndicator:119" "Minolta:ExposureIndicator:120"
+    "Minolta:ExposureIndicator:121" "Minolta:ExposureIndicator:122" "Minolta:ExposureIndicator:123"
+    "Minolta:ExposureIndicator:124" "Minolta:ExposureIndicator:125" "Minolta:ExposureIndicator:126"
+    "Minolta:ExposureIndicator:127" "Minolta:ExposureIndicator:128" "Minolta:ExposureIndicator:129"
+    "Minolta:ExposureIndicator:130" "Minolta:ExposureIndicator:131" "Minolta:ExposureIndicator:132"
+    "Minolta:ExposureIndicator:133" "Minolta:ExposureIndicator:134" "Minolta:ExposureIndicator:135"
+    "Minolta:ExposureIndicator:136" "Minolta:ExposureIndicator:253" "Minolta:ExposureIndicator:254"
+    "Minolta:ExposureMode" "Exposure Mode" "Minolta:ExposureMode:0" "Program"
+    "Minolta:ExposureMode:1" "Aperture Priority" "Minolta:ExposureMode:2" "Shutter Priority"
+    "Minolta:ExposureMode:3" "Manual" "Minolta:ExposureMode:4" "Auto |\302\240Auto?"
+    "Minolta:ExposureMode:4115" "Portrait" "Minolta:ExposureMode:4131"
+    "Connected Copying? |\302\240Sports" "Minolta:ExposureMode:4147" "Sunset"
+    "Minolta:ExposureMode:4163" "Night View/Portrait" "Minolta:ExposureMode:4179" "Landscape"
+    "Minolta:ExposureMode:4227" "Macro" "Minolta:ExposureMode:5"
+    "Program Shift A |\302\240Program-shift A" "Minolta:ExposureMode:6"
+    "Program Shift S |\302\240Program-shift S" "Minolta:ExposureTime" "Minolta:EyeStartAF"
+    "Eye Start AF" "Minolta:EyeStartAF:0" "Minolta:EyeStartAF:1" "Minolta:FNumber" "F Number"
+    "Minolta:FileNumberMemory" "File Number Memory" "Minolta:FileNumberMemory:0"
+    "Minolta:FileNumberMemory:1" "Minolta:Flash" "Minolta:Flash:0" "Did not fire |\302\240Off"
+    "Minolta:Flash:1" "Fired |\302\240On" "Minolta:FlashDefault" "Flash Default"
+    "Minolta:FlashDefault:0" "Minolta:FlashDefault:1" "Fill Flash" "Minolta:FlashExposureComp"
+    "Flash Exposure Compensation" "Minolta:FlashExposureCompSet" "Flash Exposure Comp. Setting"
+    "Minolta:FlashExposureIndicator" "Flash Exposure Indicator" "Minolta:FlashExposureIndicator:0"
+    "Minolta:FlashExposureIndicator:1" "Minolta:FlashExposureIndicator:119"
+    "Minolta:FlashExposureIndicator:120" "Minolta:FlashExposureIndicator:121"
+    "Minolta:FlashExposureIndicator:122" "Minolta:FlashExposureIndicator:123"
+    "Minolta:FlashExposureIndicator:124" "Minolta:FlashExposureIndicator:125"
+    "Minolta:FlashExposureIndicator:126" "Minolta:FlashExposureIndicator:127"
+    "Minolta:FlashExposureIndicator:128" "Minolta:FlashExposureIndicator:129"
+    "Minolta:FlashExposureIndicator:130" "Minolta:FlashExposureIndicator:131"
+    "Minolta:FlashExposureIndicator:132" "Minolta:FlashExposureIndicator:133"
+    "Minolta:FlashExposureIndicator:134" "Minolta:FlashExposureIndicator:135"
+    "Minolta:FlashExposureIndicator:136" "Minolta:FlashExposureIndicator:253"
+    "Minolta:FlashExposureIndicator:254" "Minolta:FlashExposureIndicatorLast"
+    "Flash Exposure Indicator Last" "Minolta:FlashExposureIndicatorLast:0"
+    "Minolta:FlashExposureIndicatorLast:1" "Minolta:FlashExposureIndicatorLast:119"
+    "Minolta:FlashExposureIndicatorLast:120" "Minolta:FlashExposureIndicatorLast:121"
+    "Minolta:FlashExposureIndicatorLast:122" "Minolta:FlashExposureIndicatorLast:123"
+    "Minolta:FlashExposureIndicatorLast:124" "Minolta:FlashExposureIndicatorLast:125"
+    "Minolta:FlashExposureIndicatorLast:126" "Minolta:FlashExposureIndicatorLast:127"
+    "Minolta:FlashExposureIndicatorLast:128" "Minolta:FlashExposureIndicatorLast:129"
+    "Minolta:FlashExposureIndicatorLast:130" "Minolta:FlashExposureIndicatorLast:131"
+    "Minolta:FlashExposureIndicatorLast:132" "Minolta:FlashExposureIndicatorLast:133"
+    "Minolta:FlashExposureIndicatorLast:134" "Minolta:FlashExposureIndicatorLast:135"
+    "Minolta:FlashExposureIndicatorLast:136" "Minolta:FlashExposureIndicatorLast:253"
+    "Minolta:FlashExposureIndicatorLast:254" "Minolta:FlashExposureIndicatorNext"
+    "Flash Exposure Indicator Next" "Minolta:FlashExposureIndicatorNext:0"
+    "Minolta:FlashExposureIndicatorNext:1" "Minolta:FlashExposureIndicatorNext:119"
+    "Minolta:FlashExposureIndicatorNext:120" "Minolta:FlashExposureIndicatorNext:121"
+    "Minolta:FlashExposureIndicatorNext:122" "Minolta:FlashExposureIndicatorNext:123"
+    "Minolta:FlashExposureIndicatorNext:124" "Minolta:FlashExposureIndicatorNext:125"
+    "Minolta:FlashExposureIndicatorNext:126" "Minolta:FlashExposureIndicatorNext:127"
+    "Minolta:FlashExposureIndicatorNext:128" "Minolta:FlashExposureIndicatorNext:129"
+    "Minolta:FlashExposureIndicatorNext:130" "Minolta:FlashExposureIndicatorNext:131"
+    "Minolta:FlashExposureIndicatorNext:132" "Minolta:FlashExposureIndicatorNext:133"
+    "Minolta:FlashExposureIndicatorNext:134" "Minolta:FlashExposureIndicatorNext:135"
+    "Minolta:FlashExposureIndicatorNext:136" "Minolta:FlashExposureIndicatorNext:253"
+    "Minolta:FlashExposureIndicatorNext:254" "Minolta:FlashFired" "Flash Fired"
+    "Minolta:FlashFired:0" "No" "Minolta:FlashFired:1" "Yes" "Minolta:FlashFunction"
+    "Flash Function" "Minolta:FlashFunction:0" "No flash" "Minolta:FlashFunction:4613"
+    "Minolta:FlashFunction:4622" "Strobe" "Minolta:FlashFunction:4750" "Fill flash, Pre-flash TTL"
+    "Minolta:FlashFunction:4782" "Bounce flash" "Minolta:FlashFunction:5134" "Rear sync, ADI"
+    "Minolta:FlashFunction:5262" "Fill flash, ADI" "Minolta:FlashFunction:5504" "Wireless"
+    "Minolta:FlashFunction:6030" "HSS" "Minolta:FlashFunction:768" "Built-in flash"
+    "Minolta:FlashMetering" "Flash Metering" "Minolta:FlashMetering:0"
+    "ADI (Advanced Distance Integration)" "Minolta:FlashMetering:1" "Pre-flash TTL"
+    "Minolta:FlashMetering:2" "Manual flash control" "Minolta:FlashMode" "Minolta:FlashMode:0"
+    "Auto |\302\240Fill flash |\302\240Normal" "Minolta:FlashMode:1" "Red-eye reduction"
+    "Minolta:FlashMode:2" "Rear Sync |\302\240Rear flash sync" "Minolta:FlashMode:3"
+    "Minolta:FlashMode:4" "Fill Flash |\302\240Off?" "Minolta:FlashType" "Flash Type"
+    "Minolta:FlashType:0" "Minolta:FlashType:1" "Built-in" "Minolta:FlashType:2" "External"
+    "Minolta:FocalLength" "Minolta:FocusArea" "Focus Area" "Minolta:FocusArea:0"
+    "Wide Focus (normal)" "Minolta:FocusArea:1" "Spot Focus" "Minolta:FocusDistance"
+    "Focus Distance" "Minolta:FocusHoldButton" "Focus Hold Button" "Minolta:FocusHoldButton:0"
+    "Focus Hold" "Minolta:FocusHoldButton:1" "DOF Preview" "Minolta:FocusLocked" "Focus Locked"
+    "Minolta:FocusLocked:0" "Manual Focus" "Minolta:FocusLocked:16" "Continuous Focus"
+    "Minolta:FocusLocked:4" "Minolta:FocusLocked:64" "Minolta:FocusMode" "Focus Mode"
+    "Minolta:FocusMode:0" "AF |\302\240AF-S" "Minolta:FocusMode:1" "AF-C |\302\240MF"
+    "Minolta:FocusMode:3" "Minolta:FocusMode:4" "Minolta:FocusMode:5" "Minolta:FocusMode:6"
+    "Minolta:FocusModeSwitch" "Focus Mode Switch" "Minolta:FocusModeSwitch:0" "AF"
+    "Minolta:FocusModeSwitch:1" "MF" "Minolta:FolderName" "Minolta:FolderName:0" "Standard Form"
+    "Minolta:FolderName:1" "Data Form" "Minolta:FrameNumber" "Minolta:FreeMemoryCardImages"
+    "Free Memory Card Images" "Minolta:HighSpeedSync" "High Speed Sync" "Minolta:HighSpeedSync:0"
+    "Minolta:HighSpeedSync:1" "Minolta:HueAdjustment" "Hue Adjustment" "Minolta:ISO"
+    "Minolta:ISOSetting" "ISO Setting" "Minolta:ISOSetting:0" "100 |\302\240Auto"
+    "Minolta:ISOSetting:1" "100 |\302\240200" "Minolta:ISOSetting:10" "80 (Zone Matching Low)"
+    "Minolta:ISOSetting:174" "Minolta:ISOSetting:184" "200 (Zone Matching High)"
+    "Minolta:ISOSetting:2" "400" "Minolta:ISOSetting:3" "200 |\302\240800" "Minolta:ISOSetting:4"
+    "400 |\302\240Auto" "Minolta:ISOSetting:48" "Minolta:ISOSetting:5" "64 |\302\240800"
+    "Minolta:ISOSetting:56" "200" "Minolta:ISOSetting:6" "1600" "Minolta:ISOSetting:64"
+    "Minolta:ISOSetting:7" "3200" "Minolta:ISOSetting:72" "800" "Minolta:ISOSetting:8"
+    "Minolta:ISOSetting:80" "Minolta:ImageNumber" "Image Number" "Minolta:ImageNumber2"
+    "Image Number 2" "Minolta:ImageStabilization" "Image Stabilization"
+    "Minolta:ImageStabilization:0" "Minolta:ImageStabilization:1" "Off |\302\240On"
+    "Minolta:ImageStabilization:10116" "Minolta:ImageStabilization:5"
+    "Minolta:ImageStabilizationSetting" "Image Stabilization Setting"
+    "Minolta:ImageStabilizationSetting:0" "Minolta:ImageStabilizationSetting:1"
+    "Minolta:InstantPlaybackSetup" "Instant Playback Setup" "Minolta:InstantPlaybackSetup:0"
+    "Image and Information" "Minolta:InstantPlaybackSetup:1" "Image Only"
+    "Minolta:InstantPlaybackSetup:3" "Image and Histogram" "Minolta:InstantPlaybackTime"
+    "Instant Playback Time" "Minolta:InternalFlash" "Internal Flash" "Minolta:InternalFlash:0"
+    "Minolta:InternalFlash:1" "Fired" "Minolta:InternalSerialNumber" "Internal Serial Number"
+    "Minolta:IntervalLength" "Interval Length" "Minolta:IntervalMode" "Interval Mode"
+    "Minolta:IntervalMode:0" "Still Image" "Minolta:IntervalMode:1" "Time-lapse Movie"
+    "Minolta:IntervalNumber" "Interval Number" "Minolta:LastFileNumber" "Last File Number"
+    "Minolta:LensShutterLock" "Lens Shutter Lock" "Minolta:LensShutterLock:0"
+    "Minolta:LensShutterLock:1" "Minolta:LensType" "Lens Type" "Minolta:LensType:0"
+    "Minolta AF 28-85mm F3.5-4.5 New" "Minolta:LensType:1" "Minolta AF 80-200mm F2.8 HS-APO G"
+    "Minolta:LensType:10" "Minolta AF 28-105mm F3.5-4.5 [New]" "Minolta:LensType:11"
+    "Minolta AF 300mm F4 HS-APO G" "Minolta:LensType:12" "Minolta AF 100mm F2.8 Soft Focus"
+    "Minolta:LensType:128" "Tamron or Sigma Lens (128)" "Minolta:LensType:128.1"
+    "Tamron AF 18-200mm F3.5-6.3 XR Di II LD Aspherical [IF] Macro" "Minolta:LensType:128.10"
+    "Sigma 85mm F1.4 EX DG HSM" "Minolta:LensType:128.11" "Sigma 24-70mm F2.8 IF EX DG HSM"
+    "Minolta:LensType:128.12" "Sigma 18-250mm F3.5-6.3 DC OS HSM" "Minolta:LensType:128.13"
+    "Sigma 17-50mm F2.8 EX DC HSM" "Minolta:LensType:128.14" "Sigma 17-70mm F2.8-4 DC Macro HSM"
+    "Minolta:LensType:128.15" "Sigma 150mm F2.8 EX DG OS HSM APO Macro" "Minolta:LensType:128.16"
+    "Sigma 150-500mm F5-6.3 APO DG OS HSM" "Minolta:LensType:128.17"
+    "Tamron AF 28-105mm F4-5.6 [IF]" "Minolta:LensType:128.18" "Sigma 35mm F1.4 DG HSM"
+    "Minolta:LensType:128.19" "Sigma 18-35mm F1.8 DC HSM" "Minolta:LensType:128.2"
+    "Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro" "Minolta:LensType:128.20"
+    "Sigma 50-500mm F4.5-6.3 APO DG OS HSM" "Minolta:LensType:128.21" "Sigma 24-105mm F4 DG HSM | A"
+    "Minolta:LensType:128.22" "Sigma 30mm F1.4" "Minolta:LensType:128.23"
+    "Sigma 35mm F1.4 DG HSM | A" "Minolta:LensType:128.24" "Sigma 105mm F2.8 EX DG OS HSM Macro"
+    "Minolta:LensType:128.25" "Sigma 180mm F2.8 EX DG OS HSM APO Macro" "Minolta:LensType:128.26"
+    "Sigma 18-300mm F3.5-6.3 DC Macro HSM | C" "Minolta:LensType:128.27"
+    "Sigma 18-50mm F2.8-4.5 DC HSM" "Minolta:LensType:128.3"
+    "Tamron AF 28-200mm F3.8-5.6 XR Di Aspherical [IF] Macro" "Minolta:LensType:128.4"
+    "Tamron SP AF 17-35mm F2.8-4 Di LD Aspherical IF" "Minolta:LensType:128.5"
+    "Sigma AF 50-150mm F2.8 EX DC APO HSM II" "Minolta:LensType:128.6"
+    "Sigma 10-20mm F3.5 EX DC HSM" "Minolta:LensType:128.7"
+    "Sigma 70-200mm F2.8 II EX DG APO MACRO HSM" "Minolta:LensType:128.8"
+    "Sigma 10mm F2.8 EX DC HSM Fisheye" "Minolta:LensType:128.9" "Sigma 50mm F1.4 EX DG HSM"
+    "Minolta:LensType:129" "Tamron Lens (129)" "Minolta:LensType:129.1" "Tamron 200-400mm F5.6 LD"
+    "Minolta:LensType:129.2" "Tamron 70-300mm F4-5.6 LD" "Minolta:LensType:13"
+    "Minolta AF 75-300mm F4.5-5.6 (New or II)" "Minolta:LensType:131"
+    "Tamron 20-40mm F2.7-3.5 SP Aspherical IF" "Minolta:LensType:135" "Vivitar 28-210mm F3.5-5.6"
+    "Minolta:LensType:136" "Tokina EMZ M100 AF 100mm F3.5" "Minolta:LensType:137"
+    "Cosina 70-210mm F2.8-4 AF" "Minolta:LensType:138" "Soligor 19-35mm F3.5-4.5"
+    "Minolta:LensType:139" "Tokina AF 28-300mm F4-6.3" "Minolta:LensType:14"
+    "Minolta AF 100-400mm F4.5-6.7 APO" "Minolta:LensType:142" "Cosina AF 70-300mm F4.5-5.6 MC"
+    "Minolta:LensType:146" "Voigtlander Macro APO-Lanthar 125mm F2.5 SL" "Minolta:LensType:15"
+    "Minolta AF 400mm F4.5 HS-APO G" "Minolta:LensType:16" "Minolta AF 17-35mm F3.5 G"
+    "Minolta:LensType:17" "Minolta AF 20-35mm F3.5-4.5" "Minolta:LensType:18"
+    "Minolta AF 28-80mm F3.5-5.6 II" "Minolta:LensType:18688"
+    "Sigma MC-11 SA-E Mount Converter with not-supported Sigma lens" "Minolta:LensType:19"
+    "Minolta AF 35mm F1.4 G" "Minolta:LensType:194"
+    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical [IF]" "Minolta:LensType:2"
+    "Minolta AF 28-70mm F2.8 G" "Minolta:LensType:20" "Minolta/Sony 135mm F2.8 [T4.5] STF"
+    "Minolta:LensType:202" "Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro" "Minolta:LensType:203"
+    "Tamron SP 70-200mm F2.8 Di USD" "Minolta:LensType:204" "Tamron SP 24-70mm F2.8 Di USD"
+    "Minolta:LensType:212" "Tamron 28-300mm F3.5-6.3 Di PZD" "Minolta:LensType:213"
+    "Tamron 16-300mm F3.5-6.3 Di II PZD Macro" "Minolta:LensType:214"
+    "Tamron SP 150-600mm F5-6.3 Di USD" "Minolta:LensType:215" "Tamron SP 15-30mm F2.8 Di USD"
+    "Minolta:LensType:216" "Tamron SP 45mm F1.8 Di USD" "Minolta:LensType:217"
+    "Tamron SP 35mm F1.8 Di USD" "Minolta:LensType:218"
+    "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F017)" "Minolta:LensType:22"
+    "Minolta AF 35-80mm F4-5.6 II" "Minolta:LensType:220" "Tamron SP 150-600mm F5-6.3 Di USD G2"
+    "Minolta:LensType:224" "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F004)" "Minolta:LensType:23"
+    "Minolta AF 200mm F4 Macro APO G" "Minolta:LensType:24"
+    "Minolta/Sony AF 24-105mm F3.5-4.5 (D) or Sigma or Tamron Lens" "Minolta:LensType:24.1"
+    "Sigma 18-50mm F2.8" "Minolta:LensType:24.2" "Sigma 17-70mm F2.8-4.5 DC Macro"
+    "Minolta:LensType:24.3" "Sigma 20-40mm F2.8 EX DG Aspherical IF" "Minolta:LensType:24.4"
+    "Sigma 18-200mm F3.5-6.3 DC" "Minolta:LensType:24.5" "Sigma DC 18-125mm F4-5,6 D"
+    "Minolta:LensType:24.6" "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro"
+    "Minolta:LensType:24.7" "Sigma 15-30mm F3.5-4.5 EX DG Aspherical" "Minolta:LensType:25"
+    "Minolta AF 100-300mm F4.5-5.6 APO (D) or Sigma Lens" "Minolta:LensType:25.1"
+    "Sigma 100-300mm F4 EX (APO (D) or D IF)" "Minolta:LensType:25.2" "Sigma 70mm F2.8 EX DG Macro"
+    "Minolta:LensType:25.3" "Sigma 20mm F1.8 EX DG Aspherical RF" "Minolta:LensType:25.4"
+    "Sigma 30mm F1.4 EX DC" "Minolta:LensType:25.5" "Sigma 24mm F1.8 EX DG ASP Macro"
+    "Minolta:LensType:255" "Tamron Lens (255)" "Minolta:LensType:255.1"
+    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical" "Minolta:LensType:255.2"
+    "Tamron AF 18-250mm F3.5-6.3 XR Di II LD" "Minolta:LensType:255.3"
+    "Tamron AF 55-200mm F4-5.6 Di II LD Macro" "Minolta:LensType:255.4"
+    "Tamron AF 70-300mm F4-5.6 Di LD Macro 1:2" "Minolta:LensType:255.5"
+    "Tamron SP AF 200-500mm F5.0-6.3 Di LD IF" "Minolta:LensType:255.6"
+    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical IF" "Minolta:LensType:255.7"
+    "Tamron SP AF 70-200mm F2.8 Di LD IF Macro" "Minolta:LensType:255.8"
+    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical IF" "Minolta:LensType:255.9"
+    "Tamron AF 90-300mm F4.5-5.6 Telemacro" "Minolta:LensType:25501" "Minolta AF 50mm F1.7"
+    "Minolta:LensType:25511" "Minolta AF 35-70mm F4 or Other Lens" "Minolta:LensType:25511.1"
+    "Sigma UC AF 28-70mm F3.5-4.5" "Minolta:LensType:25511.2" "Sigma AF 28-70mm F2.8"
+    "Minolta:LensType:25511.3" "Sigma M-AF 70-200mm F2.8 EX Aspherical" "Minolta:LensType:25511.4"
+    "Quantaray M-AF 35-80mm F4-5.6" "Minolta:LensType:25511.5" "Tokina 28-70mm F2.8-4.5 AF"
+    "Minolta:LensType:25521" "Minolta AF 28-85mm F3.5-4.5 or Other Lens" "Minolta:LensType:25521.1"
+    "Tokina 19-35mm F3.5-4.5" "Minolta:LensType:25521.2" "Tokina 28-70mm F2.8 AT-X"
+    "Minolta:LensType:25521.3" "Tokina 80-400mm F4.5-5.6 AT-X AF II 840" "Minolta:LensType:25521.4"
+    "Tokina AF PRO 28-80mm F2.8 AT-X 280" "Minolta:LensType:25521.5"
+    "Tokina AT-X PRO [II] AF 28-70mm F2.6-2.8 270" "Minolta:LensType:25521.6"
+    "Tamron AF 19-35mm F3.5-4.5" "Minolta:LensType:25521.7" "Angenieux AF 28-70mm F2.6"
+    "Minolta:LensType:25521.8" "Tokina AT-X 17 AF 17mm F3.5" "Minolta:LensType:25521.9"
+    "Tokina 20-35mm F3.5-4.5 II AF" "Minolta:LensType:25531"
+    "Minolta AF 28-135mm F4-4.5 or Other Lens" "Minolta:LensType:25531.1"
+    "Sigma ZOOM-alpha 35-135mm F3.5-4.5" "Minolta:LensType:25531.2"
+    "Sigma 28-105mm F2.8-4 Aspherical" "Minolta:LensType:25531.3" "Sigma 28-105mm F4-5.6 UC"
+    "Minolta:LensType:25531.4" "Tokina AT-X 242 AF 24-200mm F3.5-5.6" "Minolta:LensType:25541"
+    "Minolta AF 35-105mm F3.5-4.5" "Minolta:LensType:25551"
+    "Minolta AF 70-210mm F4 Macro or Sigma Lens" "Minolta:LensType:25551.1"
+    "Sigma 70-210mm F4-5.6 APO" "Minolta:LensType:25551.2" "Sigma M-AF 70-200mm F2.8 EX APO"
+    "Minolta:LensType:25551.3" "Sigma 75-200mm F2.8-3.5" "Minolta:LensType:25561"
+    "Minolta AF 135mm F2.8" "Minolta:LensType:25571" "Minolta/Sony AF 28mm F2.8"
+    "Minolta:LensType:25581" "Minolta AF 24-50mm F4" "Minolta:LensType:25601"
+    "Minolta AF 100-200mm F4.5" "Minolta:LensType:25611"
+    "Minolta AF 75-300mm F4.5-5.6 or Sigma Lens" "Minolta:LensType:25611.1"
+    "Sigma 70-300mm F4-5.6 DL Macro" "Minolta:LensType:25611.10" "Sigma 1000mm F8 APO"
+    "Minolta:LensType:25611.2" "Sigma 300mm F4 APO Macro" "Minolta:LensType:25611.3"
+    "Sigma AF 500mm F4.5 APO" "Minolta:LensType:25611.4" "Sigma AF 170-500mm F5-6.3 APO Aspherical"
+    "Minolta:LensType:25611.5" "Tokina AT-X AF 300mm F4" "Minolta:LensType:25611.6"
+    "Tokina AT-X AF 400mm F5.6 SD" "Minolta:LensType:25611.7" "Tokina AF 730 II 75-300mm F4.5-5.6"
+    "Minolta:LensType:25611.8" "Sigma 800mm F5.6 APO" "Minolta:LensType:25611.9"
+    "Sigma AF 400mm F5.6 APO Macro" "Minolta:LensType:25621" "Minolta AF 50mm F1.4 [New]"
+    "Minolta:LensType:25631" "Minolta AF 300mm F2.8 APO or Sigma Lens" "Minolta:LensType:25631.1"
+    "Sigma AF 50-500mm F4-6.3 EX DG APO" "Minolta:LensType:25631.2" "Minolta:LensType:25631.3"
+    "Sigma AF 500mm F4.5 EX DG APO" "Minolta:LensType:25631.4" "Sigma 400mm F5.6 APO"
+    "Minolta:LensType:25641" "Minolta AF 50mm F2.8 Macro or Sigma Lens" "Minolta:LensType:25641.1"
+    "Sigma 50mm F2.8 EX Macro" "Minolta:LensType:25651" "Minolta AF 600mm F4 APO"
+    "Minolta:LensType:25661" "Minolta AF 24mm F2.8 or Sigma Lens" "Minolta:LensType:25661.1"
+    "Sigma 17-35mm F2.8-4 EX Aspherical" "Minolta:LensType:25721" "Minolta/Sony AF 500mm F8 Reflex"
+    "Minolta:LensType:25781" "Minolta/Sony AF 16mm F2.8 Fisheye or Sigma Lens"
+    "Minolta:LensType:25781.1" "Sigma 8mm F4 EX [DG] Fisheye" "Minolta:LensType:25781.2"
+    "Sigma 14mm F3.5" "Minolta:LensType:25781.3" "Sigma 15mm F2.8 Fisheye" "Minolta:LensType:25791"
+    "Minolta/Sony AF 20mm F2.8 or Tokina Lens" "Minolta:LensType:25791.1"
+    "Tokina AT-X Pro DX 11-16mm F2.8" "Minolta:LensType:25811"
+    "Minolta AF 100mm F2.8 Macro [New] or Sigma or Tamron Lens" "Minolta:LensType:25811.1"
+    "Sigma AF 90mm F2.8 Macro" "Minolta:LensType:25811.2" "Sigma AF 105mm F2.8 EX [DG] Macro"
+    "Minolta:LensType:25811.3" "Sigma 180mm F5.6 Macro" "Minolta:LensType:25811.4"
+    "Sigma 180mm F3.5 EX DG Macro" "Minolta:LensType:25811.5" "Tamron 90mm F2.8 Macro"
+    "Minolta:LensType:25851" "Beroflex 35-135mm F3.5-4.5" "Minolta:LensType:25858"
+    "Minolta AF 35-105mm F3.5-4.5 New or Tamron Lens" "Minolta:LensType:25858.1"
+    "Tamron 24-135mm F3.5-5.6" "Minolta:LensType:25881" "Minolta AF 70-210mm F3.5-4.5"
+    "Minolta:LensType:25891" "Minolta AF 80-200mm F2.8 APO or Tokina Lens"
+    "Minolta:LensType:25891.1" "Tokina 80-200mm F2.8" "Minolta:LensType:25901"
     "Minolta AF 200mm F2.8 G APO + Minolta AF 1.4x APO or Other Lens + 1.4x"
-    "Minolta:LensType:25901.1""Minolta AF 600mm F4 HS-APO G + Minolta AF 1.4x APO"
-    "Minolta:LensType:25911""Minolta AF 35mm F1.4""Minolta:LensType:25921"
-    "Minolta AF 85mm F1.4 G (D)""Minolta:LensType:25931""Minolta AF 200mm F2.8 APO"
-    "Minolta:LensType:25941""Minolta AF 3x-1x F1.7-2.8 Macro""Minolta:LensType:25961"
-    "Minolta AF 28mm F2""Minolta:LensType:25971""Minolta AF 35mm F2 [New]""Minolta:LensType:25981"
-    "Minolta AF 100mm F2""Minolta:LensType:26011"
-    "Minolta AF 200mm F2.8 G APO + Minolta AF 2x APO or Other Lens + 2x""Minolta:LensType:26011.1"
-    "Minolta AF 600mm F4 HS-APO G + Minolta AF 2x APO""Minolta:LensType:26041"
-    "Minolta AF 80-200mm F4.5-5.6""Minolta:LensType:26051""Minolta AF 35-80mm F4-5.6"
-    "Minolta:LensType:26061""Minolta AF 100-300mm F4.5-5.6""Minolta:LensType:26071"
-    "Minolta:LensType:26081""Minolta AF 300mm F2.8 HS-APO G""Minolta:LensType:26091"
-    "Minolta AF 600mm F4 HS-APO G""Minolta:LensType:26121""Minolta AF 200mm F2.8 HS-APO G"
-    "Minolta:LensType:26131""Minolta AF 50mm F1.7 New""Minolta:LensType:26151"
-    "Minolta AF 28-105mm F3.5-4.5 xi""Minolta:LensType:26161""Minolta AF 35-200mm F4.5-5.6 xi"
-    "Minolta:LensType:26181""Minolta AF 28-80mm F4-5.6 xi""Minolta:LensType:26191"
-    "Minolta AF 80-200mm F4.5-5.6 xi""Minolta:LensType:26201""Minolta:LensType:26211"
-    "Minolta AF 100-300mm F4.5-5.6 xi""Minolta:LensType:26241""Minolta AF 35-80mm F4-5.6 Power Zoom"
-    "Minolta:LensType:26281""Minolta:LensType:26291""Minolta AF 85mm F1.4 New"
-    "Minolta:LensType:26311""Minolta AF 100-300mm F4.5-5.6 APO""Minolta:LensType:26321"
-    "Minolta AF 24-50mm F4 New""Minolta:LensType:26381""Minolta AF 50mm F2.8 Macro New"
-    "Minolta:LensType:26391""Minolta AF 100mm F2.8 Macro""Minolta:LensType:26411"
-    "Minolta/Sony AF 20mm F2.8 New""Minolta:LensType:26421""Minolta AF 24mm F2.8 New"
-    "Minolta:LensType:26441""Minolta:LensType:26621""Minolta AF 50mm F1.4 New"
-    "Minolta:LensType:26671""Minolta AF 35mm F2 New""Minolta:LensType:26681""Minolta AF 28mm F2 New"
-    "Minolta:LensType:26721""Minolta AF 24-105mm F3.5-4.5 (D)""Minolta:LensType:27"
-    "Minolta:LensType:28""Minolta/Sony AF 100mm F2.8 Macro (D) or Tamron Lens"
-    "Minolta:LensType:28.1""Tamron SP AF 90mm F2.8 Di Macro""Minolta:LensType:28.2"
-    "Tamron SP AF 180mm F3.5 Di LD [IF] Macro""Minolta:LensType:29"
-    "Minolta/Sony AF 75-300mm F4.5-5.6 (D)""Minolta:LensType:3""Minolta AF 28-80mm F4-5.6"
-    "Minolta:LensType:30""Minolta AF 28-80mm F3.5-5.6 (D) or Sigma Lens""Minolta:LensType:30.1"
-    "Sigma AF 10-20mm F4-5.6 EX DC""Minolta:LensType:30.2""Sigma AF 12-24mm F4.5-5.6 EX DG"
-    "Minolta:LensType:30.3""Sigma 28-70mm EX DG F2.8""Minolta:LensType:30.4"
-    "Sigma 55-200mm F4-5.6 DC""Minolta:LensType:30464""Metabones Canon EF Speed Booster"
-    "Minolta:LensType:31""Minolta/Sony AF 50mm F2.8 Macro (D) or F3.5""Minolta:LensType:31.1"
-    "Minolta/Sony AF 50mm F3.5 Macro""Minolta:LensType:32"
-    "Minolta/Sony AF 300mm F2.8 G or 1.5x Teleconverter""Minolta:LensType:33"
-    "Minolta/Sony AF 70-200mm F2.8 G""Minolta:LensType:35""Minolta AF 85mm F1.4 G (D) Limited"
-    "Minolta:LensType:36""Minolta AF 28-100mm F3.5-5.6 (D)""Minolta:LensType:38"
-    "Minolta AF 17-35mm F2.8-4 (D)""Minolta:LensType:39""Minolta AF 28-75mm F2.8 (D)"
-    "Minolta:LensType:4""Minolta AF 85mm F1.4G""Minolta:LensType:40"
-    "Minolta/Sony AF DT 18-70mm F3.5-5.6 (D)""Minolta:LensType:41"
-    "Minolta/Sony AF DT 11-18mm F4.5-5.6 (D) or Tamron Lens""Minolta:LensType:41.1"
-    "Tamron SP AF 11-18mm F4.5-5.6 Di II LD Aspherical IF""Minolta:LensType:42"
-    "Minolta/Sony AF DT 18-200mm F3.5-6.3 (D)""Minolta:LensType:43""Sony 35mm F1.4 G (SAL35F14G)"
-    "Minolta:LensType:44""Sony 50mm F1.4 (SAL50F14)""Minolta:LensType:45"
-    "Carl Zeiss Planar T* 85mm F1.4 ZA (SAL85F14Z)""Minolta:LensType:45671""Tokina 70-210mm F4-5.6"
-    "Minolta:LensType:45681""Tokina AF 35-200mm F4-5.6 Zoom SD""Minolta:LensType:45701"
-    "Tamron AF 35-135mm F3.5-4.5""Minolta:LensType:45711""Vivitar 70-210mm F4.5-5.6"
-    "Minolta:LensType:45741""2x Teleconverter or Tamron or Tokina Lens""Minolta:LensType:45741.1"
-    "Tamron SP AF 90mm F2.5""Minolta:LensType:45741.2""Tokina RF 500mm F8.0 x2"
-    "Minolta:LensType:45741.3""Tokina 300mm F2.8 x2""Minolta:LensType:45751""1.4x Teleconverter"
-    "Minolta:LensType:45851""Tamron SP AF 300mm F2.8 LD IF""Minolta:LensType:45861"
-    "Tamron SP AF 35-105mm F2.8 LD Aspherical IF""Minolta:LensType:45871"
-    "Tamron AF 70-210mm F2.8 SP LD""Minolta:LensType:46"
-    "Carl Zeiss Vario-Sonnar T* DT 16-80mm F3.5-4.5 ZA (SAL1680Z)""Minolta:LensType:47"
-    "Carl Zeiss Sonnar T* 135mm F1.8 ZA (SAL135F18Z)""Minolta:LensType:48"
-    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM (SAL2470Z) or Other Lens""Minolta:LensType:48.1"
-    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM II (SAL2470Z2)""Minolta:LensType:48.2"
-    "Minolta:LensType:48128""Metabones Canon EF Speed Booster Ultra""Minolta:LensType:49"
-    "Sony DT 55-200mm F4-5.6 (SAL55200)""Minolta:LensType:5""Minolta AF 35-70mm F3.5-4.5 [II]"
-    "Minolta:LensType:50""Sony DT 18-250mm F3.5-6.3 (SAL18250)""Minolta:LensType:51"
-    "Sony DT 16-105mm F3.5-5.6 (SAL16105)""Minolta:LensType:52"
-    "Sony 70-300mm F4.5-5.6 G SSM (SAL70300G) or G SSM II or Tamron Lens""Minolta:LensType:52.1"
-    "Sony 70-300mm F4.5-5.6 G SSM II (SAL70300G2)""Minolta:LensType:52.2"
-    "Tamron SP 70-300mm F4-5.6 Di USD""Minolta:LensType:53""Sony 70-400mm F4-5.6 G SSM (SAL70400G)"
-    "Minolta:LensType:54""Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM (SAL1635Z) or ZA SSM II"
-    "Minolta:LensType:54.1""Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM II (SAL1635Z2)"
-    "Minolta:LensType:55""Sony DT 18-55mm F3.5-5.6 SAM (SAL1855) or SAM II""Minolta:LensType:55.1"
-    "Sony DT 18-55mm F3.5-5.6 SAM II (SAL18552)""Minolta:LensType:56"
-    "Sony DT 55-200mm F4-5.6 SAM (SAL55200-2)""Minolta:LensType:57"
+    "Minolta:LensType:25901.1" "Minolta AF 600mm F4 HS-APO G + Minolta AF 1.4x APO"
+    "Minolta:LensType:25911" "Minolta AF 35mm F1.4" "Minolta:LensType:25921"
+    "Minolta AF 85mm F1.4 G (D)" "Minolta:LensType:25931" "Minolta AF 200mm F2.8 APO"
+    "Minolta:LensType:25941" "Minolta AF 3x-1x F1.7-2.8 Macro" "Minolta:LensType:25961"
+    "Minolta AF 28mm F2" "Minolta:LensType:25971" "Minolta AF 35mm F2 [New]"
+    "Minolta:LensType:25981" "Minolta AF 100mm F2" "Minolta:LensType:26011"
+    "Minolta AF 200mm F2.8 G APO + Minolta AF 2x APO or Other Lens + 2x" "Minolta:LensType:26011.1"
+    "Minolta AF 600mm F4 HS-APO G + Minolta AF 2x APO" "Minolta:LensType:26041"
+    "Minolta AF 80-200mm F4.5-5.6" "Minolta:LensType:26051" "Minolta AF 35-80mm F4-5.6"
+    "Minolta:LensType:26061" "Minolta AF 100-300mm F4.5-5.6" "Minolta:LensType:26071"
+    "Minolta:LensType:26081" "Minolta AF 300mm F2.8 HS-APO G" "Minolta:LensType:26091"
+    "Minolta AF 600mm F4 HS-APO G" "Minolta:LensType:26121" "Minolta AF 200mm F2.8 HS-APO G"
+    "Minolta:LensType:26131" "Minolta AF 50mm F1.7 New" "Minolta:LensType:26151"
+    "Minolta AF 28-105mm F3.5-4.5 xi" "Minolta:LensType:26161" "Minolta AF 35-200mm F4.5-5.6 xi"
+    "Minolta:LensType:26181" "Minolta AF 28-80mm F4-5.6 xi" "Minolta:LensType:26191"
+    "Minolta AF 80-200mm F4.5-5.6 xi" "Minolta:LensType:26201" "Minolta:LensType:26211"
+    "Minolta AF 100-300mm F4.5-5.6 xi" "Minolta:LensType:26241"
+    "Minolta AF 35-80mm F4-5.6 Power Zoom" "Minolta:LensType:26281" "Minolta:LensType:26291"
+    "Minolta AF 85mm F1.4 New" "Minolta:LensType:26311" "Minolta AF 100-300mm F4.5-5.6 APO"
+    "Minolta:LensType:26321" "Minolta AF 24-50mm F4 New" "Minolta:LensType:26381"
+    "Minolta AF 50mm F2.8 Macro New" "Minolta:LensType:26391" "Minolta AF 100mm F2.8 Macro"
+    "Minolta:LensType:26411" "Minolta/Sony AF 20mm F2.8 New" "Minolta:LensType:26421"
+    "Minolta AF 24mm F2.8 New" "Minolta:LensType:26441" "Minolta:LensType:26621"
+    "Minolta AF 50mm F1.4 New" "Minolta:LensType:26671" "Minolta AF 35mm F2 New"
+    "Minolta:LensType:26681" "Minolta AF 28mm F2 New" "Minolta:LensType:26721"
+    "Minolta AF 24-105mm F3.5-4.5 (D)" "Minolta:LensType:27" "Minolta:LensType:28"
+    "Minolta/Sony AF 100mm F2.8 Macro (D) or Tamron Lens" "Minolta:LensType:28.1"
+    "Tamron SP AF 90mm F2.8 Di Macro" "Minolta:LensType:28.2"
+    "Tamron SP AF 180mm F3.5 Di LD [IF] Macro" "Minolta:LensType:29"
+    "Minolta/Sony AF 75-300mm F4.5-5.6 (D)" "Minolta:LensType:3" "Minolta AF 28-80mm F4-5.6"
+    "Minolta:LensType:30" "Minolta AF 28-80mm F3.5-5.6 (D) or Sigma Lens" "Minolta:LensType:30.1"
+    "Sigma AF 10-20mm F4-5.6 EX DC" "Minolta:LensType:30.2" "Sigma AF 12-24mm F4.5-5.6 EX DG"
+    "Minolta:LensType:30.3" "Sigma 28-70mm EX DG F2.8" "Minolta:LensType:30.4"
+    "Sigma 55-200mm F4-5.6 DC" "Minolta:LensType:30464" "Metabones Canon EF Speed Booster"
+    "Minolta:LensType:31" "Minolta/Sony AF 50mm F2.8 Macro (D) or F3.5" "Minolta:LensType:31.1"
+    "Minolta/Sony AF 50mm F3.5 Macro" "Minolta:LensType:32"
+    "Minolta/Sony AF 300mm F2.8 G or 1.5x Teleconverter" "Minolta:LensType:33"
+    "Minolta/Sony AF 70-200mm F2.8 G" "Minolta:LensType:35" "Minolta AF 85mm F1.4 G (D) Limited"
+    "Minolta:LensType:36" "Minolta AF 28-100mm F3.5-5.6 (D)" "Minolta:LensType:38"
+    "Minolta AF 17-35mm F2.8-4 (D)" "Minolta:LensType:39" "Minolta AF 28-75mm F2.8 (D)"
+    "Minolta:LensType:4" "Minolta AF 85mm F1.4G" "Minolta:LensType:40"
+    "Minolta/Sony AF DT 18-70mm F3.5-5.6 (D)" "Minolta:LensType:41"
+    "Minolta/Sony AF DT 11-18mm F4.5-5.6 (D) or Tamron Lens" "Minolta:LensType:41.1"
+    "Tamron SP AF 11-18mm F4.5-5.6 Di II LD Aspherical IF" "Minolta:LensType:42"
+    "Minolta/Sony AF DT 18-200mm F3.5-6.3 (D)" "Minolta:LensType:43" "Sony 35mm F1.4 G (SAL35F14G)"
+    "Minolta:LensType:44" "Sony 50mm F1.4 (SAL50F14)" "Minolta:LensType:45"
+    "Carl Zeiss Planar T* 85mm F1.4 ZA (SAL85F14Z)" "Minolta:LensType:45671"
+    "Tokina 70-210mm F4-5.6" "Minolta:LensType:45681" "Tokina AF 35-200mm F4-5.6 Zoom SD"
+    "Minolta:LensType:45701" "Tamron AF 35-135mm F3.5-4.5" "Minolta:LensType:45711"
+    "Vivitar 70-210mm F4.5-5.6" "Minolta:LensType:45741" "2x Teleconverter or Tamron or Tokina Lens"
+    "Minolta:LensType:45741.1" "Tamron SP AF 90mm F2.5" "Minolta:LensType:45741.2"
+    "Tokina RF 500mm F8.0 x2" "Minolta:LensType:45741.3" "Tokina 300mm F2.8 x2"
+    "Minolta:LensType:45751" "1.4x Teleconverter" "Minolta:LensType:45851"
+    "Tamron SP AF 300mm F2.8 LD IF" "Minolta:LensType:45861"
+    "Tamron SP AF 35-105mm F2.8 LD Aspherical IF" "Minolta:LensType:45871"
+    "Tamron AF 70-210mm F2.8 SP LD" "Minolta:LensType:46"
+    "Carl Zeiss Vario-Sonnar T* DT 16-80mm F3.5-4.5 ZA (SAL1680Z)" "Minolta:LensType:47"
+    "Carl Zeiss Sonnar T* 135mm F1.8 ZA (SAL135F18Z)" "Minolta:LensType:48"
+    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM (SAL2470Z) or Other Lens"
+    "Minolta:LensType:48.1" "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM II (SAL2470Z2)"
+    "Minolta:LensType:48.2" "Minolta:LensType:48128" "Metabones Canon EF Speed Booster Ultra"
+    "Minolta:LensType:49" "Sony DT 55-200mm F4-5.6 (SAL55200)" "Minolta:LensType:5"
+    "Minolta AF 35-70mm F3.5-4.5 [II]" "Minolta:LensType:50" "Sony DT 18-250mm F3.5-6.3 (SAL18250)"
+    "Minolta:LensType:51" "Sony DT 16-105mm F3.5-5.6 (SAL16105)" "Minolta:LensType:52"
+    "Sony 70-300mm F4.5-5.6 G SSM (SAL70300G) or G SSM II or Tamron Lens" "Minolta:LensType:52.1"
+    "Sony 70-300mm F4.5-5.6 G SSM II (SAL70300G2)" "Minolta:LensType:52.2"
+    "Tamron SP 70-300mm F4-5.6 Di USD" "Minolta:LensType:53"
+    "Sony 70-400mm F4-5.6 G SSM (SAL70400G)" "Minolta:LensType:54"
+    "Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM (SAL1635Z) or ZA SSM II" "Minolta:LensType:54.1"
+    "Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM II (SAL1635Z2)" "Minolta:LensType:55"
+    "Sony DT 18-55mm F3.5-5.6 SAM (SAL1855) or SAM II" "Minolta:LensType:55.1"
+    "Sony DT 18-55mm F3.5-5.6 SAM II (SAL18552)" "Minolta:LensType:56"
+    "Sony DT 55-200mm F4-5.6 SAM (SAL55200-2)" "Minolta:LensType:57"
     "Sony DT 50mm F1.8 SAM (SAL50F18) or Tamron Lens or Commlite CM-EF-NEX adapter"
-    "Minolta:LensType:57.1""Tamron SP AF 60mm F2 Di II LD [IF] Macro 1:1""Minolta:LensType:57.2"
-    "Tamron 18-270mm F3.5-6.3 Di II PZD""Minolta:LensType:58"
-    "Sony DT 30mm F2.8 Macro SAM (SAL30M28)""Minolta:LensType:59""Sony 28-75mm F2.8 SAM (SAL2875)"
-    "Minolta:LensType:6""Minolta AF 24-85mm F3.5-4.5 [New]""Minolta:LensType:60"
-    "Carl Zeiss Distagon T* 24mm F2 ZA SSM (SAL24F20Z)""Minolta:LensType:61"
-    "Sony 85mm F2.8 SAM (SAL85F28)""Minolta:LensType:61184""Canon EF Adapter""Minolta:LensType:62"
-    "Sony DT 35mm F1.8 SAM (SAL35F18)""Minolta:LensType:63""Sony DT 16-50mm F2.8 SSM (SAL1650)"
-    "Minolta:LensType:64""Sony 500mm F4 G SSM (SAL500F40G)""Minolta:LensType:65"
-    "Sony DT 18-135mm F3.5-5.6 SAM (SAL18135)""Minolta:LensType:65280"
-    "Sigma 16mm F2.8 Filtermatic Fisheye""Minolta:LensType:65535"
-    "E-Mount, T-Mount, Other Lens or no lens""Minolta:LensType:65535.1"
-    "Arax MC 35mm F2.8 Tilt+Shift""Minolta:LensType:65535.2""Arax MC 80mm F2.8 Tilt+Shift"
-    "Minolta:LensType:65535.3""Zenitar MF 16mm F2.8 Fisheye M42""Minolta:LensType:65535.4"
-    "Samyang 500mm Mirror F8.0""Minolta:LensType:65535.5""Pentacon Auto 135mm F2.8"
-    "Minolta:LensType:65535.6""Pentacon Auto 29mm F2.8""Minolta:LensType:65535.7"
-    "Helios 44-2 58mm F2.0""Minolta:LensType:66""Sony 300mm F2.8 G SSM II (SAL300F28G2)"
-    "Minolta:LensType:67""Sony 70-200mm F2.8 G SSM II (SAL70200G2)""Minolta:LensType:68"
-    "Sony DT 55-300mm F4.5-5.6 SAM (SAL55300)""Minolta:LensType:69"
-    "Sony 70-400mm F4-5.6 G SSM II (SAL70400G2)""Minolta:LensType:7"
-    "Minolta AF 100-300mm F4.5-5.6 APO [New] or 100-400mm or Sigma Lens""Minolta:LensType:7.1"
-    "Minolta:LensType:7.2""Sigma AF 100-300mm F4 EX DG IF""Minolta:LensType:70"
-    "Carl Zeiss Planar T* 50mm F1.4 ZA SSM (SAL50F14Z)""Minolta:LensType:8"
-    "Minolta AF 70-210mm F4.5-5.6 [II]""Minolta:LensType:9""Minolta AF 50mm F3.5 Macro"
-    "Minolta:MacroMode""Macro Mode""Minolta:MacroMode:0""Minolta:MacroMode:1""Minolta:Make"
-    "Minolta:MakerNoteVersion""Maker Note Version""Minolta:MaxAperture""Minolta:MeasuredLV"
-    "Measured LV""Minolta:MeteringMode""Minolta:MeteringMode:0""Multi-segment"
-    "Minolta:MeteringMode:1""Center-weighted average""Minolta:MeteringMode:2"
-    "Minolta:MeteringOffScaleIndicator""Metering Off Scale Indicator"
-    "Minolta:MeteringOffScaleIndicator:0""Within Range""Minolta:MeteringOffScaleIndicator:1"
-    "Under/Over Range""Minolta:MeteringOffScaleIndicator:255""Out of Range"
-    "Minolta:MinoltaCameraSettings2""Minolta Camera Settings 2""Minolta:MinoltaDate""Minolta Date"
-    "Minolta:MinoltaImageSize""Minolta Image Size""Minolta:MinoltaImageSize:0""Full |\302\240Large"
-    "Minolta:MinoltaImageSize:1""1600x1200 |\302\240Medium""Minolta:MinoltaImageSize:2"
-    "1280x960 |\302\240Small""Minolta:MinoltaImageSize:3""640x480""Minolta:MinoltaImageSize:5"
-    "2560x1920""Minolta:MinoltaImageSize:6""2080x1560 |\302\2402272x1704"
-    "Minolta:MinoltaImageSize:7""2048x1536 |\302\2402560x1920""Minolta:MinoltaImageSize:8"
-    "3264x2176""Minolta:MinoltaModelID""Minolta Model ID""Minolta:MinoltaModelID:0"
-    "DiMAGE 7, X1, X21 or X31""Minolta:MinoltaModelID:1""DiMAGE 5""Minolta:MinoltaModelID:2"
-    "DiMAGE S304""Minolta:MinoltaModelID:3""DiMAGE S404""Minolta:MinoltaModelID:4""DiMAGE 7i"
-    "Minolta:MinoltaModelID:5""DiMAGE 7Hi""Minolta:MinoltaModelID:6""DiMAGE A1"
-    "Minolta:MinoltaModelID:7""DiMAGE A2 or S414""Minolta:MinoltaQuality""Minolta Quality"
-    "Minolta:MinoltaQuality:0""RAW |\302\240Raw""Minolta:MinoltaQuality:1""Super Fine"
-    "Minolta:MinoltaQuality:16""Fine""Minolta:MinoltaQuality:2""Minolta:MinoltaQuality:3"
-    "Minolta:MinoltaQuality:32""Minolta:MinoltaQuality:34""RAW+JPEG""Minolta:MinoltaQuality:4"
-    "Economy""Minolta:MinoltaQuality:48""Minolta:MinoltaQuality:5""Extra Fine |\302\240Extra fine"
-    "Minolta:MinoltaTime""Minolta Time""Minolta:ModelType""Model Type""Minolta:MonitorDisplayOff"
-    "Monitor Display Off""Minolta:MonitorDisplayOff:0""Automatic""Minolta:MonitorDisplayOff:1"
-    "Minolta:NoiseReduction""Noise Reduction""Minolta:NoiseReduction:0""Minolta:NoiseReduction:1"
-    "Minolta:PictureFinish""Picture Finish""Minolta:PictureFinish:0""Minolta:PictureFinish:1"
-    "Natural+""Minolta:PictureFinish:2""Minolta:PictureFinish:3""Wind Scene"
-    "Minolta:PictureFinish:4""Evening Scene""Minolta:PictureFinish:5""Night Scene"
-    "Minolta:PictureFinish:6""Night Portrait""Minolta:PictureFinish:7""Monochrome"
-    "Minolta:PictureFinish:8""Minolta:PictureFinish:9""Adobe RGB (ICC)""Minolta:PlayDisplay"
-    "Play Display""Minolta:PlayDisplay:0""Auto Rotate""Minolta:PlayDisplay:1""Manual Rotate"
-    "Minolta:PresetWhiteBalance""Preset White Balance""Minolta:PresetWhiteBalance:1""Daylight"
-    "Minolta:PresetWhiteBalance:2""Cloudy""Minolta:PresetWhiteBalance:3""Shade"
-    "Minolta:PresetWhiteBalance:4""Tungsten""Minolta:PresetWhiteBalance:5""Fluorescent"
-    "Minolta:PresetWhiteBalance:6""Minolta:PreviewImage""Preview Image""Minolta:PreviewImageLength"
-    "Preview Image Length""Minolta:PreviewImageStart""Preview Image Start"
-    "Minolta:PrioritySetupShutterRelease""Priority Setup Shutter Release"
-    "Minolta:PrioritySetupShutterRelease:0""Minolta:PrioritySetupShutterRelease:1""Release"
-    "Minolta:RawAndJpgRecording""Raw And Jpg Recording""Minolta:RawAndJpgRecording:0"
-    "Minolta:RawAndJpgRecording:1""Minolta:RecordDisplay""Record Display""Minolta:RecordDisplay:0"
-    "Minolta:RecordDisplay:1""Horizontal""Minolta:RedEyeReduction""Red Eye Reduction"
-    "Minolta:RedEyeReduction:0""Minolta:RedEyeReduction:1""Minolta:Rotation""Minolta:Rotation:0"
-    "Horizontal (Normal) |\302\240Horizontal (normal)""Minolta:Rotation:1"
-    "Rotate 270 CW |\302\240Rotate 90 CW""Minolta:Rotation:2""Minolta:Rotation:72"
-    "Horizontal (normal)""Minolta:Rotation:76""Rotate 90 CW""Minolta:Rotation:82""Rotate 270 CW"
-    "Minolta:Saturation""Minolta:Saturation:0""Minolta:SceneMode""Scene Mode""Minolta:SceneMode:0"
-    "Minolta:SceneMode:1""Minolta:SceneMode:16""Minolta:SceneMode:17""Minolta:SceneMode:18"
-    "Sweep Panorama""Minolta:SceneMode:19""Handheld Night Shot""Minolta:SceneMode:2"
-    "Minolta:SceneMode:20""Anti Motion Blur""Minolta:SceneMode:21""Cont. Priority AE"
-    "Minolta:SceneMode:22""Auto+""Minolta:SceneMode:23""3D Sweep Panorama""Minolta:SceneMode:24"
-    "Superior Auto""Minolta:SceneMode:25""High Sensitivity""Minolta:SceneMode:26""Fireworks"
-    "Minolta:SceneMode:27""Food""Minolta:SceneMode:28""Pet""Minolta:SceneMode:3"
-    "Minolta:SceneMode:33""HDR""Minolta:SceneMode:4""Minolta:SceneMode:5""Sports"
-    "Minolta:SceneMode:6""Minolta:SceneMode:65535""Minolta:SceneMode:7""Minolta:SceneMode:8"
-    "Minolta:SceneMode:9""Super Macro""Minolta:SelfTimerTime""Self Timer Time"
-    "Minolta:SelfTimerTime:0""10 s""Minolta:SelfTimerTime:4""2 s""Minolta:Sharpness"
-    "Minolta:Sharpness:0""Hard |\302\240Normal""Minolta:Sharpness:1""Minolta:Sharpness:2""Soft"
-    "Minolta:ShutterSpeedSetting""Shutter Speed Setting""Minolta:SingleFrameBracketing"
-    "Single Frame Bracketing""Minolta:SingleFrameBracketing:1794""Minolta:SingleFrameBracketing:770"
-    "Minolta:SoftwareVersion""Software Version""Minolta:SonyImageSize""Sony Image Size"
-    "Minolta:SonyImageSize:0""Minolta:SonyImageSize:1""Medium""Minolta:SonyImageSize:2""Small"
-    "Minolta:SonyQuality""Sony Quality""Minolta:SonyQuality:0""RAW""Minolta:SonyQuality:32"
-    "Minolta:SonyQuality:34""RAW + JPEG""Minolta:SonyQuality:48""Minolta:SpotFocusPointX"
-    "Spot Focus Point X""Minolta:SpotFocusPointY""Spot Focus Point Y""Minolta:SubjectProgram"
-    "Subject Program""Minolta:SubjectProgram:0""Minolta:SubjectProgram:1""Minolta:SubjectProgram:2"
-    "Minolta:SubjectProgram:3""Night portrait""Minolta:SubjectProgram:4""Minolta:SubjectProgram:5"
-    "Sports action""Minolta:Teleconverter""Minolta:Teleconverter:0""Minolta:Teleconverter:136"
-    "Minolta/Sony AF 1.4x APO (D)""Minolta:Teleconverter:144""Minolta AF 1.4x APO II"
-    "Minolta:Teleconverter:160""Minolta AF 1.4x APO""Minolta:Teleconverter:4"
-    "Minolta/Sony AF 1.4x APO (D) (0x04)""Minolta:Teleconverter:5"
-    "Minolta/Sony AF 2x APO (D) (0x05)""Minolta:Teleconverter:72""Minolta/Sony AF 2x APO (D)"
-    "Minolta:Teleconverter:80""Minolta AF 2x APO II""Minolta:Teleconverter:96""Minolta AF 2x APO"
-    "Minolta:TiffMeteringImage""Tiff Metering Image""Minolta:WBBracketShotNumber"
-    "WB Bracket Shot Number""Minolta:WB_BlueLevel3500K""WB Blue Level 3500K"
-    "Minolta:WB_BlueLevel6500K""WB Blue Level 6500K""Minolta:WB_BlueLevelCustom"
-    "WB Blue Level Custom""Minolta:WB_BlueLevelsCloudy""WB Blue Levels Cloudy"
-    "Minolta:WB_BlueLevelsDaylight""WB Blue Levels Daylight""Minolta:WB_BlueLevelsFlash"
-    "WB Blue Levels Flash""Minolta:WB_BlueLevelsFluorescent""WB Blue Levels Fluorescent"
-    "Minolta:WB_BlueLevelsKelvin""WB Blue Levels Kelvin""Minolta:WB_BlueLevelsShade"
-    "WB Blue Levels Shade""Minolta:WB_BlueLevelsTungsten""WB Blue Levels Tungsten"
-    "Minolta:WB_GBRGLevels""WB GBRG Levels""Minolta:WB_RBLevels3500K""WB RB Levels 3500K"
-    "Minolta:WB_RBLevels6500K""WB RB Levels 6500K""Minolta:WB_RBLevelsCloudy""WB RB Levels Cloudy"
-    "Minolta:WB_RBLevelsCoolWhiteF""WB RB Levels Cool White F""Minolta:WB_RBLevelsCustom"
-    "WB RB Levels Custom""Minolta:WB_RBLevelsDaylight""WB RB Levels Daylight"
-    "Minolta:WB_RBLevelsFlash""WB RB Levels Flash""Minolta:WB_RBLevelsShade""WB RB Levels Shade"
-    "Minolta:WB_RBLevelsTungsten""WB RB Levels Tungsten""Minolta:WB_RGBLevels""WB RGB Levels"
-    "Minolta:WB_RedLevel3500K""WB Red Level 3500K""Minolta:WB_RedLevel6500K""WB Red Level 6500K"
-    "Minolta:WB_RedLevelCustom""WB Red Level Custom""Minolta:WB_RedLevelsCloudy"
-    "WB Red Levels Cloudy""Minolta:WB_RedLevelsDaylight""WB Red Levels Daylight"
-    "Minolta:WB_RedLevelsFlash""WB Red Levels Flash""Minolta:WB_RedLevelsFluorescent"
-    "WB Red Levels Fluorescent""Minolta:WB_RedLevelsKelvin""WB Red Levels Kelvin"
-    "Minolta:WB_RedLevelsShade""WB Red Levels Shade""Minolta:WB_RedLevelsTungsten"
-    "WB Red Levels Tungsten""Minolta:WhiteBalance""Minolta:WhiteBalance:0""Minolta:WhiteBalance:1"
-    "Color Temperature/Color Filter |\302\240Daylight""Minolta:WhiteBalance:112""Custom"
-    "Minolta:WhiteBalance:16""Minolta:WhiteBalance:2""Cloudy |\302\240Shade"
-    "Minolta:WhiteBalance:256""Kelvin""Minolta:WhiteBalance:3""Minolta:WhiteBalance:32"
-    "Minolta:WhiteBalance:4""Minolta:WhiteBalance:48""Minolta:WhiteBalance:5"
-    "Minolta:WhiteBalance:512""Minolta:WhiteBalance:6""Minolta:WhiteBalance:64"
-    "Minolta:WhiteBalance:80""Minolta:WhiteBalance:96""Minolta:WhiteBalanceBracketing"
-    "White Balance Bracketing""Minolta:WhiteBalanceBracketing:0""Minolta:WhiteBalanceBracketing:1"
-    "Minolta:WhiteBalanceBracketing:2""Minolta:WhiteBalanceBracketing:8"
-    "Minolta:WhiteBalanceBracketing:9""Minolta:WhiteBalanceFineTune""White Balance Fine Tune"
-    "Minolta:WhiteBalanceSetting""White Balance Setting""Minolta:WhiteBalanceSetting:0"
-    "Minolta:WhiteBalanceSetting:1""Preset""Minolta:WhiteBalanceSetting:2"
-    "Minolta:WhiteBalanceSetting:3""Color Temperature/Color Filter"
-    "Minolta:WhiteBalanceSetting:32769""Minolta:WhiteBalanceSetting:32770"
-    "Minolta:WhiteBalanceSetting:32771""Minolta:WideFocusZone""Wide Focus Zone"
-    "Minolta:WideFocusZone:0""No zone""Minolta:WideFocusZone:1"
-    "Center zone (horizontal orientation)""Minolta:WideFocusZone:2"
-    "Center zone (vertical orientation)""Minolta:WideFocusZone:3""Left zone"
-    "Minolta:WideFocusZone:4""Right zone""Minolta:ZoneMatching""Zone Matching"
-    "Minolta:ZoneMatching:0""ISO Setting Used""Minolta:ZoneMatching:1""High Key"
-    "Minolta:ZoneMatching:2""Low Key""Minolta:ZoneMatchingMode""Zone Matching Mode"
-    "Minolta:ZoneMatchingMode:0""Minolta:ZoneMatchingMode:1""Minolta:ZoneMatchingMode:2"
-    "Minolta:ZoneMatchingOn""Zone Matching On""Minolta:ZoneMatchingOn:0""Minolta:ZoneMatchingOn:1"
-    "亮度""颜色滤镜""创意风格""Natural color |\302\240标准""Black & White |\302\240生动色彩""中性""清澈""深色""轻淡""夜景""红叶"
-    "中性 |\302\240人物""Natural sRGB |\302\240清澈""Natural+ sRGB |\302\240深色""轻淡 |\302\240风景"
-    "Evening |\302\240红叶""Vivid color |\302\240人物""Solarization |\302\240风景""Adobe RGB |\302\240黄昏"
-    "Night Scene |\302\240Sepia |\302\240夜晚肖像 |\302\240夜景""黑白""Adobe RGB |\302\240黑白""色温""对比度""标准"
-    "数码变焦""驱动模式""动态范围优化""关""曝光偏差""曝光模式""光圈优先""快门优先""手动曝光""Auto? |\302\240自动曝光""人物""风景""光圈数""闪光"
-    "Off |\302\240闪光灯未亮""On |\302\240闪光灯亮""闪光补偿""Fill flash |\302\240Normal |\302\240自动""对焦模式""手动"
-    "100 |\302\240自动""400 |\302\240自动""未设置""厂商""分割测光""中央重点""点测光""减少噪声""0° (上/左)"
-    "90° CCW (右/上) |\302\24090° CW (左/底)""90° CCW (右/上)""90° CW (左/底)""场景选择""自动""夜景/肖像""扫描全景"
-    "手持夜景拍摄""动作防抖""连续拍摄优先AE""3D""夕阳""运动模式""夜晚肖像""微距""锐度""强 |\302\240标准""弱""太阳光 |\302\240色温 / 彩色滤光片"
-    "自定义""太阳光""阴天 |\302\240阴影""阴天""白炽灯""阴影""荧光""区域匹配""强""Verrouillage AE""Désactivé""Activé"
-    "Segments de mesure AE""Illumination de la zone d'autofocus""Mode de la zone d'autofocus""Large"
-    "Locale""Faisceau d'assistance de l'autofocus""Mode de l'Autofocus""Point de l'Autofocus"
-    "Au Centre""En haut""En haut à droite""À droite""En bas à droite""En bas""En bas à gauche"
-    "À gauche""En haut à gauche""Point AF sélectionné""Centre""Haut""Droit""Bas""Gauche""Luminosité"
-    "Filtre de compensation des couleurs""Filtre de couleur""Mode colorimétrique"
-    "Couleur naturelle |\302\240Standard""Noir & Blanc |\302\240Éclatant""Neutre""Clair""Profond"
-    "Lumière""Vue nocturne""Feuilles automne""Neutre |\302\240Portrait""Clair |\302\240SRVB naturel"
-    "Adobe RVB intégré""Profond |\302\240SRVB naturel+""Lumière |\302\240Paysage"
-    "Feuilles automne |\302\240Soir""Scène nocturne |\302\240Sepia""FL |\302\240Portrait nocturne"
-    "Éclatant 2""Couleurs éclatantes |\302\240Portrait""Paysage |\302\240Solarisation"
-    "Adobe RVB |\302\240Coucher de soleil""Non applicable"
-    "Scène nocturne |\302\240Sepia |\302\240Vue nocturne |\302\240Vue/Portrait nocturne""N&B"
-    "Adobe RVB |\302\240N&B""Adobe RVB""Naturel""Natural sRGB |\302\240sRVB"
-    "Monochrome |\302\240N&B""Adobe RVB |\302\240Adobe RVB (ICC)""Température couleur""Contraste"
-    "Normale""Exposition""Fitre""Aucune""Texte""Zoom numérique""Mode de prise de vue"
-    "Exposition multiple""Vue par vue""Image unique |\302\240Retardateur 10 sec |\302\240Simple"
-    "Continu""Bracketing d'exposition sur image unique |\302\240Retardateur"
+    "Minolta:LensType:57.1" "Tamron SP AF 60mm F2 Di II LD [IF] Macro 1:1" "Minolta:LensType:57.2"
+    "Tamron 18-270mm F3.5-6.3 Di II PZD" "Minolta:LensType:58"
+    "Sony DT 30mm F2.8 Macro SAM (SAL30M28)" "Minolta:LensType:59" "Sony 28-75mm F2.8 SAM (SAL2875)"
+    "Minolta:LensType:6" "Minolta AF 24-85mm F3.5-4.5 [New]" "Minolta:LensType:60"
+    "Carl Zeiss Distagon T* 24mm F2 ZA SSM (SAL24F20Z)" "Minolta:LensType:61"
+    "Sony 85mm F2.8 SAM (SAL85F28)" "Minolta:LensType:61184" "Canon EF Adapter"
+    "Minolta:LensType:62" "Sony DT 35mm F1.8 SAM (SAL35F18)" "Minolta:LensType:63"
+    "Sony DT 16-50mm F2.8 SSM (SAL1650)" "Minolta:LensType:64" "Sony 500mm F4 G SSM (SAL500F40G)"
+    "Minolta:LensType:65" "Sony DT 18-135mm F3.5-5.6 SAM (SAL18135)" "Minolta:LensType:65280"
+    "Sigma 16mm F2.8 Filtermatic Fisheye" "Minolta:LensType:65535"
+    "E-Mount, T-Mount, Other Lens or no lens" "Minolta:LensType:65535.1"
+    "Arax MC 35mm F2.8 Tilt+Shift" "Minolta:LensType:65535.2" "Arax MC 80mm F2.8 Tilt+Shift"
+    "Minolta:LensType:65535.3" "Zenitar MF 16mm F2.8 Fisheye M42" "Minolta:LensType:65535.4"
+    "Samyang 500mm Mirror F8.0" "Minolta:LensType:65535.5" "Pentacon Auto 135mm F2.8"
+    "Minolta:LensType:65535.6" "Pentacon Auto 29mm F2.8" "Minolta:LensType:65535.7"
+    "Helios 44-2 58mm F2.0" "Minolta:LensType:66" "Sony 300mm F2.8 G SSM II (SAL300F28G2)"
+    "Minolta:LensType:67" "Sony 70-200mm F2.8 G SSM II (SAL70200G2)" "Minolta:LensType:68"
+    "Sony DT 55-300mm F4.5-5.6 SAM (SAL55300)" "Minolta:LensType:69"
+    "Sony 70-400mm F4-5.6 G SSM II (SAL70400G2)" "Minolta:LensType:7"
+    "Minolta AF 100-300mm F4.5-5.6 APO [New] or 100-400mm or Sigma Lens" "Minolta:LensType:7.1"
+    "Minolta:LensType:7.2" "Sigma AF 100-300mm F4 EX DG IF" "Minolta:LensType:70"
+    "Carl Zeiss Planar T* 50mm F1.4 ZA SSM (SAL50F14Z)" "Minolta:LensType:8"
+    "Minolta AF 70-210mm F4.5-5.6 [II]" "Minolta:LensType:9" "Minolta AF 50mm F3.5 Macro"
+    "Minolta:MacroMode" "Macro Mode" "Minolta:MacroMode:0" "Minolta:MacroMode:1" "Minolta:Make"
+    "Minolta:MakerNoteVersion" "Maker Note Version" "Minolta:MaxAperture" "Minolta:MeasuredLV"
+    "Measured LV" "Minolta:MeteringMode" "Minolta:MeteringMode:0" "Multi-segment"
+    "Minolta:MeteringMode:1" "Center-weighted average" "Minolta:MeteringMode:2"
+    "Minolta:MeteringOffScaleIndicator" "Metering Off Scale Indicator"
+    "Minolta:MeteringOffScaleIndicator:0" "Within Range" "Minolta:MeteringOffScaleIndicator:1"
+    "Under/Over Range" "Minolta:MeteringOffScaleIndicator:255" "Out of Range"
+    "Minolta:MinoltaCameraSettings2" "Minolta Camera Settings 2" "Minolta:MinoltaDate"
+    "Minolta Date" "Minolta:MinoltaImageSize" "Minolta Image Size" "Minolta:MinoltaImageSize:0"
+    "Full |\302\240Large" "Minolta:MinoltaImageSize:1" "1600x1200 |\302\240Medium"
+    "Minolta:MinoltaImageSize:2" "1280x960 |\302\240Small" "Minolta:MinoltaImageSize:3" "640x480"
+    "Minolta:MinoltaImageSize:5" "2560x1920" "Minolta:MinoltaImageSize:6"
+    "2080x1560 |\302\2402272x1704" "Minolta:MinoltaImageSize:7" "2048x1536 |\302\2402560x1920"
+    "Minolta:MinoltaImageSize:8" "3264x2176" "Minolta:MinoltaModelID" "Minolta Model ID"
+    "Minolta:MinoltaModelID:0" "DiMAGE 7, X1, X21 or X31" "Minolta:MinoltaModelID:1" "DiMAGE 5"
+    "Minolta:MinoltaModelID:2" "DiMAGE S304" "Minolta:MinoltaModelID:3" "DiMAGE S404"
+    "Minolta:MinoltaModelID:4" "DiMAGE 7i" "Minolta:MinoltaModelID:5" "DiMAGE 7Hi"
+    "Minolta:MinoltaModelID:6" "DiMAGE A1" "Minolta:MinoltaModelID:7" "DiMAGE A2 or S414"
+    "Minolta:MinoltaQuality" "Minolta Quality" "Minolta:MinoltaQuality:0" "RAW |\302\240Raw"
+    "Minolta:MinoltaQuality:1" "Super Fine" "Minolta:MinoltaQuality:16" "Fine"
+    "Minolta:MinoltaQuality:2" "Minolta:MinoltaQuality:3" "Minolta:MinoltaQuality:32"
+    "Minolta:MinoltaQuality:34" "RAW+JPEG" "Minolta:MinoltaQuality:4" "Economy"
+    "Minolta:MinoltaQuality:48" "Minolta:MinoltaQuality:5" "Extra Fine |\302\240Extra fine"
+    "Minolta:MinoltaTime" "Minolta Time" "Minolta:ModelType" "Model Type"
+    "Minolta:MonitorDisplayOff" "Monitor Display Off" "Minolta:MonitorDisplayOff:0" "Automatic"
+    "Minolta:MonitorDisplayOff:1" "Minolta:NoiseReduction" "Noise Reduction"
+    "Minolta:NoiseReduction:0" "Minolta:NoiseReduction:1" "Minolta:PictureFinish" "Picture Finish"
+    "Minolta:PictureFinish:0" "Minolta:PictureFinish:1" "Natural+" "Minolta:PictureFinish:2"
+    "Minolta:PictureFinish:3" "Wind Scene" "Minolta:PictureFinish:4" "Evening Scene"
+    "Minolta:PictureFinish:5" "Night Scene" "Minolta:PictureFinish:6" "Night Portrait"
+    "Minolta:PictureFinish:7" "Monochrome" "Minolta:PictureFinish:8" "Minolta:PictureFinish:9"
+    "Adobe RGB (ICC)" "Minolta:PlayDisplay" "Play Display" "Minolta:PlayDisplay:0" "Auto Rotate"
+    "Minolta:PlayDisplay:1" "Manual Rotate" "Minolta:PresetWhiteBalance" "Preset White Balance"
+    "Minolta:PresetWhiteBalance:1" "Daylight" "Minolta:PresetWhiteBalance:2" "Cloudy"
+    "Minolta:PresetWhiteBalance:3" "Shade" "Minolta:PresetWhiteBalance:4" "Tungsten"
+    "Minolta:PresetWhiteBalance:5" "Fluorescent" "Minolta:PresetWhiteBalance:6"
+    "Minolta:PreviewImage" "Preview Image" "Minolta:PreviewImageLength" "Preview Image Length"
+    "Minolta:PreviewImageStart" "Preview Image Start" "Minolta:PrioritySetupShutterRelease"
+    "Priority Setup Shutter Release" "Minolta:PrioritySetupShutterRelease:0"
+    "Minolta:PrioritySetupShutterRelease:1" "Release" "Minolta:RawAndJpgRecording"
+    "Raw And Jpg Recording" "Minolta:RawAndJpgRecording:0" "Minolta:RawAndJpgRecording:1"
+    "Minolta:RecordDisplay" "Record Display" "Minolta:RecordDisplay:0" "Minolta:RecordDisplay:1"
+    "Horizontal" "Minolta:RedEyeReduction" "Red Eye Reduction" "Minolta:RedEyeReduction:0"
+    "Minolta:RedEyeReduction:1" "Minolta:Rotation" "Minolta:Rotation:0"
+    "Horizontal (Normal) |\302\240Horizontal (normal)" "Minolta:Rotation:1"
+    "Rotate 270 CW |\302\240Rotate 90 CW" "Minolta:Rotation:2" "Minolta:Rotation:72"
+    "Horizontal (normal)" "Minolta:Rotation:76" "Rotate 90 CW" "Minolta:Rotation:82" "Rotate 270 CW"
+    "Minolta:Saturation" "Minolta:Saturation:0" "Minolta:SceneMode" "Scene Mode"
+    "Minolta:SceneMode:0" "Minolta:SceneMode:1" "Minolta:SceneMode:16" "Minolta:SceneMode:17"
+    "Minolta:SceneMode:18" "Sweep Panorama" "Minolta:SceneMode:19" "Handheld Night Shot"
+    "Minolta:SceneMode:2" "Minolta:SceneMode:20" "Anti Motion Blur" "Minolta:SceneMode:21"
+    "Cont. Priority AE" "Minolta:SceneMode:22" "Auto+" "Minolta:SceneMode:23" "3D Sweep Panorama"
+    "Minolta:SceneMode:24" "Superior Auto" "Minolta:SceneMode:25" "High Sensitivity"
+    "Minolta:SceneMode:26" "Fireworks" "Minolta:SceneMode:27" "Food" "Minolta:SceneMode:28" "Pet"
+    "Minolta:SceneMode:3" "Minolta:SceneMode:33" "HDR" "Minolta:SceneMode:4" "Minolta:SceneMode:5"
+    "Sports" "Minolta:SceneMode:6" "Minolta:SceneMode:65535" "Minolta:SceneMode:7"
+    "Minolta:SceneMode:8" "Minolta:SceneMode:9" "Super Macro" "Minolta:SelfTimerTime"
+    "Self Timer Time" "Minolta:SelfTimerTime:0" "10 s" "Minolta:SelfTimerTime:4" "2 s"
+    "Minolta:Sharpness" "Minolta:Sharpness:0" "Hard |\302\240Normal" "Minolta:Sharpness:1"
+    "Minolta:Sharpness:2" "Soft" "Minolta:ShutterSpeedSetting" "Shutter Speed Setting"
+    "Minolta:SingleFrameBracketing" "Single Frame Bracketing" "Minolta:SingleFrameBracketing:1794"
+    "Minolta:SingleFrameBracketing:770" "Minolta:SoftwareVersion" "Software Version"
+    "Minolta:SonyImageSize" "Sony Image Size" "Minolta:SonyImageSize:0" "Minolta:SonyImageSize:1"
+    "Medium" "Minolta:SonyImageSize:2" "Small" "Minolta:SonyQuality" "Sony Quality"
+    "Minolta:SonyQuality:0" "RAW" "Minolta:SonyQuality:32" "Minolta:SonyQuality:34" "RAW + JPEG"
+    "Minolta:SonyQuality:48" "Minolta:SpotFocusPointX" "Spot Focus Point X"
+    "Minolta:SpotFocusPointY" "Spot Focus Point Y" "Minolta:SubjectProgram" "Subject Program"
+    "Minolta:SubjectProgram:0" "Minolta:SubjectProgram:1" "Minolta:SubjectProgram:2"
+    "Minolta:SubjectProgram:3" "Night portrait" "Minolta:SubjectProgram:4"
+    "Minolta:SubjectProgram:5" "Sports action" "Minolta:Teleconverter" "Minolta:Teleconverter:0"
+    "Minolta:Teleconverter:136" "Minolta/Sony AF 1.4x APO (D)" "Minolta:Teleconverter:144"
+    "Minolta AF 1.4x APO II" "Minolta:Teleconverter:160" "Minolta AF 1.4x APO"
+    "Minolta:Teleconverter:4" "Minolta/Sony AF 1.4x APO (D) (0x04)" "Minolta:Teleconverter:5"
+    "Minolta/Sony AF 2x APO (D) (0x05)" "Minolta:Teleconverter:72" "Minolta/Sony AF 2x APO (D)"
+    "Minolta:Teleconverter:80" "Minolta AF 2x APO II" "Minolta:Teleconverter:96" "Minolta AF 2x APO"
+    "Minolta:TiffMeteringImage" "Tiff Metering Image" "Minolta:WBBracketShotNumber"
+    "WB Bracket Shot Number" "Minolta:WB_BlueLevel3500K" "WB Blue Level 3500K"
+    "Minolta:WB_BlueLevel6500K" "WB Blue Level 6500K" "Minolta:WB_BlueLevelCustom"
+    "WB Blue Level Custom" "Minolta:WB_BlueLevelsCloudy" "WB Blue Levels Cloudy"
+    "Minolta:WB_BlueLevelsDaylight" "WB Blue Levels Daylight" "Minolta:WB_BlueLevelsFlash"
+    "WB Blue Levels Flash" "Minolta:WB_BlueLevelsFluorescent" "WB Blue Levels Fluorescent"
+    "Minolta:WB_BlueLevelsKelvin" "WB Blue Levels Kelvin" "Minolta:WB_BlueLevelsShade"
+    "WB Blue Levels Shade" "Minolta:WB_BlueLevelsTungsten" "WB Blue Levels Tungsten"
+    "Minolta:WB_GBRGLevels" "WB GBRG Levels" "Minolta:WB_RBLevels3500K" "WB RB Levels 3500K"
+    "Minolta:WB_RBLevels6500K" "WB RB Levels 6500K" "Minolta:WB_RBLevelsCloudy"
+    "WB RB Levels Cloudy" "Minolta:WB_RBLevelsCoolWhiteF" "WB RB Levels Cool White F"
+    "Minolta:WB_RBLevelsCustom" "WB RB Levels Custom" "Minolta:WB_RBLevelsDaylight"
+    "WB RB Levels Daylight" "Minolta:WB_RBLevelsFlash" "WB RB Levels Flash"
+    "Minolta:WB_RBLevelsShade" "WB RB Levels Shade" "Minolta:WB_RBLevelsTungsten"
+    "WB RB Levels Tungsten" "Minolta:WB_RGBLevels" "WB RGB Levels" "Minolta:WB_RedLevel3500K"
+    "WB Red Level 3500K" "Minolta:WB_RedLevel6500K" "WB Red Level 6500K" "Minolta:WB_RedLevelCustom"
+    "WB Red Level Custom" "Minolta:WB_RedLevelsCloudy" "WB Red Levels Cloudy"
+    "Minolta:WB_RedLevelsDaylight" "WB Red Levels Daylight" "Minolta:WB_RedLevelsFlash"
+    "WB Red Levels Flash" "Minolta:WB_RedLevelsFluorescent" "WB Red Levels Fluorescent"
+    "Minolta:WB_RedLevelsKelvin" "WB Red Levels Kelvin" "Minolta:WB_RedLevelsShade"
+    "WB Red Levels Shade" "Minolta:WB_RedLevelsTungsten" "WB Red Levels Tungsten"
+    "Minolta:WhiteBalance" "Minolta:WhiteBalance:0" "Minolta:WhiteBalance:1"
+    "Color Temperature/Color Filter |\302\240Daylight" "Minolta:WhiteBalance:112" "Custom"
+    "Minolta:WhiteBalance:16" "Minolta:WhiteBalance:2" "Cloudy |\302\240Shade"
+    "Minolta:WhiteBalance:256" "Kelvin" "Minolta:WhiteBalance:3" "Minolta:WhiteBalance:32"
+    "Minolta:WhiteBalance:4" "Minolta:WhiteBalance:48" "Minolta:WhiteBalance:5"
+    "Minolta:WhiteBalance:512" "Minolta:WhiteBalance:6" "Minolta:WhiteBalance:64"
+    "Minolta:WhiteBalance:80" "Minolta:WhiteBalance:96" "Minolta:WhiteBalanceBracketing"
+    "White Balance Bracketing" "Minolta:WhiteBalanceBracketing:0" "Minolta:WhiteBalanceBracketing:1"
+    "Minolta:WhiteBalanceBracketing:2" "Minolta:WhiteBalanceBracketing:8"
+    "Minolta:WhiteBalanceBracketing:9" "Minolta:WhiteBalanceFineTune" "White Balance Fine Tune"
+    "Minolta:WhiteBalanceSetting" "White Balance Setting" "Minolta:WhiteBalanceSetting:0"
+    "Minolta:WhiteBalanceSetting:1" "Preset" "Minolta:WhiteBalanceSetting:2"
+    "Minolta:WhiteBalanceSetting:3" "Color Temperature/Color Filter"
+    "Minolta:WhiteBalanceSetting:32769" "Minolta:WhiteBalanceSetting:32770"
+    "Minolta:WhiteBalanceSetting:32771" "Minolta:WideFocusZone" "Wide Focus Zone"
+    "Minolta:WideFocusZone:0" "No zone" "Minolta:WideFocusZone:1"
+    "Center zone (horizontal orientation)" "Minolta:WideFocusZone:2"
+    "Center zone (vertical orientation)" "Minolta:WideFocusZone:3" "Left zone"
+    "Minolta:WideFocusZone:4" "Right zone" "Minolta:ZoneMatching" "Zone Matching"
+    "Minolta:ZoneMatching:0" "ISO Setting Used" "Minolta:ZoneMatching:1" "High Key"
+    "Minolta:ZoneMatching:2" "Low Key" "Minolta:ZoneMatchingMode" "Zone Matching Mode"
+    "Minolta:ZoneMatchingMode:0" "Minolta:ZoneMatchingMode:1" "Minolta:ZoneMatchingMode:2"
+    "Minolta:ZoneMatchingOn" "Zone Matching On" "Minolta:ZoneMatchingOn:0"
+    "Minolta:ZoneMatchingOn:1" "亮度" "颜色滤镜" "创意风格" "Natural color |\302\240标准"
+    "Black & White |\302\240生动色彩" "中性" "清澈" "深色" "轻淡" "夜景" "红叶" "中性 |\302\240人物"
+    "Natural sRGB |\302\240清澈" "Natural+ sRGB |\302\240深色" "轻淡 |\302\240风景" "Evening |\302\240红叶"
+    "Vivid color |\302\240人物" "Solarization |\302\240风景" "Adobe RGB |\302\240黄昏"
+    "Night Scene |\302\240Sepia |\302\240夜晚肖像 |\302\240夜景" "黑白" "Adobe RGB |\302\240黑白" "色温" "对比度"
+    "标准" "数码变焦" "驱动模式" "动态范围优化" "关" "曝光偏差" "曝光模式" "光圈优先" "快门优先" "手动曝光" "Auto? |\302\240自动曝光" "人物"
+    "风景" "光圈数" "闪光" "Off |\302\240闪光灯未亮" "On |\302\240闪光灯亮" "闪光补偿"
+    "Fill flash |\302\240Normal |\302\240自动" "对焦模式" "手动" "100 |\302\240自动" "400 |\302\240自动" "未设置"
+    "厂商" "分割测光" "中央重点" "点测光" "减少噪声" "0° (上/左)" "90° CCW (右/上) |\302\24090° CW (左/底)" "90° CCW (右/上)"
+    "90° CW (左/底)" "场景选择" "自动" "夜景/肖像" "扫描全景" "手持夜景拍摄" "动作防抖" "连续拍摄优先AE" "3D" "夕阳" "运动模式" "夜晚肖像"
+    "微距" "锐度" "强 |\302\240标准" "弱" "太阳光 |\302\240色温 / 彩色滤光片" "自定义" "太阳光" "阴天 |\302\240阴影" "阴天" "白炽灯"
+    "阴影" "荧光" "区域匹配" "强" "Verrouillage AE" "Désactivé" "Activé" "Segments de mesure AE"
+    "Illumination de la zone d'autofocus" "Mode de la zone d'autofocus" "Large" "Locale"
+    "Faisceau d'assistance de l'autofocus" "Mode de l'Autofocus" "Point de l'Autofocus" "Au Centre"
+    "En haut" "En haut à droite" "À droite" "En bas à droite" "En bas" "En bas à gauche" "À gauche"
+    "En haut à gauche" "Point AF sélectionné" "Centre" "Haut" "Droit" "Bas" "Gauche" "Luminosité"
+    "Filtre de compensation des couleurs" "Filtre de couleur" "Mode colorimétrique"
+    "Couleur naturelle |\302\240Standard" "Noir & Blanc |\302\240Éclatant" "Neutre" "Clair"
+    "Profond" "Lumière" "Vue nocturne" "Feuilles automne" "Neutre |\302\240Portrait"
+    "Clair |\302\240SRVB naturel" "Adobe RVB intégré" "Profond |\302\240SRVB naturel+"
+    "Lumière |\302\240Paysage" "Feuilles automne |\302\240Soir" "Scène nocturne |\302\240Sepia"
+    "FL |\302\240Portrait nocturne" "Éclatant 2" "Couleurs éclatantes |\302\240Portrait"
+    "Paysage |\302\240Solarisation" "Adobe RVB |\302\240Coucher de soleil" "Non applicable"
+    "Scène nocturne |\302\240Sepia |\302\240Vue nocturne |\302\240Vue/Portrait nocturne" "N&B"
+    "Adobe RVB |\302\240N&B" "Adobe RVB" "Naturel" "Natural sRGB |\302\240sRVB"
+    "Monochrome |\302\240N&B" "Adobe RVB |\302\240Adobe RVB (ICC)" "Température couleur" "Contraste"
+    "Normale" "Exposition" "Fitre" "Aucune" "Texte" "Zoom numérique" "Mode de prise de vue"
+    "Exposition multiple" "Vue par vue" "Image unique |\302\240Retardateur 10 sec |\302\240Simple"
+    "Continu" "Bracketing d'exposition sur image unique |\302\240Retardateur"
     "Bracketing |\302\240Bracketing sur image unique |\302\240Retardateur (2 sec)"
-    "Bracketing de la balance des blancs |\302\240Image unique |\302\240Interval""UHS continu"
-    "Bracketing de la balance des blancs Bas""Bracketing de la balance des blancs Haut"
-    "Optimiseur Dyna""Décalage d'exposition""Mode d'exposition""Priorité à l'ouverture"
-    "Priorité à l'obturateur""Exposition manuelle""Auto? |\302\240Exposition automatique"
-    "Coucher de soleil""Vue/Portrait nocturne""Paysage""Diaphragme ƒ""Flash "
-    "Désactivé |\302\240Flash non déclenché""Activé |\302\240Flash déclenché""Falsh par défaut"
-    "Flash d'appoint""Compensation d'exposition au flash"
-    "Réglage de compensation d'exposition au flash""Flash utilisé""Non""Oui""Fonction flash"
-    "Pas de flash""Manuel""Flash d'appoint, pré-flash TTL""Flash à rebond""Synchro arrière, ADI"
-    "Flash d'appoint, ADI""Sans cordon""Synchro Haute Vitesse (HSS)""Flash intégré"
+    "Bracketing de la balance des blancs |\302\240Image unique |\302\240Interval" "UHS continu"
+    "Bracketing de la balance des blancs Bas" "Bracketing de la balance des blancs Haut"
+    "Optimiseur Dyna" "Décalage d'exposition" "Mode d'exposition" "Priorité à l'ouverture"
+    "Priorité à l'obturateur" "Exposition manuelle" "Auto? |\302\240Exposition automatique"
+    "Coucher de soleil" "Vue/Portrait nocturne" "Paysage" "Diaphragme ƒ" "Flash "
+    "Désactivé |\302\240Flash non déclenché" "Activé |\302\240Flash déclenché" "Falsh par défaut"
+    "Flash d'appoint" "Compensation d'exposition au flash"
+    "Réglage de compensation d'exposition au flash" "Flash utilisé" "Non" "Oui" "Fonction flash"
+    "Pas de flash" "Manuel" "Flash d'appoint, pré-flash TTL" "Flash à rebond" "Synchro arrière, ADI"
+    "Flash d'appoint, ADI" "Sans cordon" "Synchro Haute Vitesse (HSS)" "Flash intégré"
     "Flash Auto |\302\240Flash d'appoint |\302\240Flash normale"
-    "Flash yeux rouge réduction yeux rouges""Flash synchro arrière""Flash sans cordon"
-    "Flash d'appoint |\302\240Flash désactivé ?""Type de flash""Externe""Distance focale"
-    "Focus verrouillé""Focus manuel""Focus continu""Mode de mise au point"
-    "AF |\302\240AF-S (prise de vue unique)""AF-C (prise de vue en rafale) |\302\240MF""Manuelle"
-    "Teinte""Sensibilité ISO""Réglage ISO""Numéro de l'image""Numéro de l'image 2"
-    "Stabilisation de l'image""Désactivée""Activée |\302\240Désactivée""Activée"
-    "Zoom du flash interne""Flash non déclenché""Flash déclenché""Numéro de série interne"
-    "Verrouillage de l'obturateur de l'objectif""Type d'objectif""Mode Macro""Fabricant"
-    "Version des informations spécifiques fabricant""LV mesuré""Multi-segments"
-    "Moyenne pondérée centrale""Indicateur de mesure hors échelle""Dans la plage de valeurs"
-    "En dessous/au-dessus de la plage de valeurs""Hors plage de valeurs""Qualité Minolta""Économie"
-    "Extra Fine""Type de modèle""Réduction du bruit""Finition de l'image""Naturel+""Scène venteuse"
-    "Scène du soir""Nocturne""Adobe RVB (ICC)""Aperçu de l'image""Longueur de l'aperçu"
-    "Début de l'aperçu""Mise au point automatique""Enregistrement RAW et JPEG"
-    "Réduction yeux rouges""Horizontale (normale)"
-    "Rotation antihoraire de 270° |\302\240Rotation antihoraire de 90°""Rotation antihoraire de 90°"
-    "Rotation antihoraire de 270°""Mode Scène""Auto.""Panorama par balayage"
-    "Photo nocturne à main levée""Anti-flou de mouvement""AE priorité continue"
-    "Panorama par balayage 3D""Auto Supérieur""Haute Sensibilité""Feux d'artifice""Alimentation"
-    "Animal de compagnie""Scène nocturne""Portrait nocturne""Super macro"
-    "Durée du minuteur automatique""Netteté""Dure |\302\240Normale""Douce""Programme du sujet"
-    "Aucun""Action sportive""Image de mesure TIFF""Balance des Blancs des niveaux VBRV"
-    "Niveaux balance des blancs RB 3500K""Niveaux balance des blancs RB 6500K"
-    "Niveaux balance des blancs RB nuageux""Balance des Blancs des niveaux RB ombre"
-    "Balance des Blancs des niveaux RB tungstène""Balance des Blancs des niveaux RVB"
-    "Equilibrage automatique des blancs""Lumière du jour |\302\240Temp. Couleur / Filtre couleur"
-    "Personnalisée""Lumière du jour""Ombre |\302\240Temps nuageux""Temps nuageux"
-    "Tungstène (lumière incandescente)""Ombre""Fluorescente""Bracketing de la balance des blancs"
-    "Balance des blancs - Réglage fin""Ajustage de la zone""Tons clairs""Tons sombres"
-    "Belichtungsspeicher""Aus""Ein""AE-Messfelder""Messfeld-LED""Messfeldsteuerung""Weit""Lokal"
-    "AF-Hilfslicht""AF-Modus""Gewählter AF-Punkt""Mitte""Oben""Oben Rechts""Rechts""Unten Rechts"
-    "Unten""Unten Links""Links""Oben Links""AF gewählter Punkt""Oben-rechts""Unten-rechts"
-    "Unten-links""Oben-links""AF-Punkte""Aktiver AF Sensor""Rechts Oben""Mitte horizontal"
-    "Mitte vertikal""Status aktiver AF Sensor""Nicht im Fokus""Im Fokus""AF Status Unten"
-    "AF Status Unten Links""AF Status Unten Rechts""AF Status Mitte horizontal"
-    "AF Status Mitte vertikal""AF Status Links""AF Status Rechts""AF Status Oben"
-    "AF Status Oben Links""AF Status Oben Rechts""Blendeneinstellung""BKT-Reihenfolge""S/W-Filter"
-    "Batteriestatus""Niedrig""Belichtungsreihenschritte""1/3 LW""2/3 LW""1 LW""Helligkeit"
-    "Farbabgleich Blau""Farbabgleich Grün""Farbangleich Rot""Farbkorrektur-Filter""Farbfilter"
-    "Farbmodus""Natürliche Farben |\302\240Standard""Lebhafte Farbe |\302\240Schwarz/Weiß""Klar"
-    "Tief""Hell""Abendszene""Herbstlaub""Neutral |\302\240Porträt""Klar |\302\240Neutral sRGB"
-    "Neutral+ sRGB |\302\240Tief""Hell |\302\240Landschaft""Abends |\302\240Herbstlaub"
-    "Nachtszene |\302\240Sepia""FL |\302\240Nachtporträt""Lebhafte Farbe |\302\240Porträt"
-    "Landschaft |\302\240Solarisation""Adobe RGB |\302\240Sonnenuntergang""(nicht gesetzt)"
-    "Abendszene |\302\240Abendszene/Porträt |\302\240Nachtszene |\302\240Sepia""Schwarz/Weiß"
-    "Adobe RGB |\302\240Schwarz/Weiß""Natürlich""Farbprofil""Nicht eingebunden""Eingebunden"
-    "Neutral sRGB |\302\240sRGB""Neutral+ sRGB""Monochrom |\302\240Schwarz/Weiß""Farbtemperatur"
-    "Komprimierte Bildgröße""Serienbild-Belichtungsreihe""Hoch""Kontrast""Belichtungszeit""Blende"
-    "DEC-Position""Belichtung""Sättigung""Daten-Einblendung""Keine""JJJJ/MM/TT""MM/TT/SS:MM"
-    "Digital-Zoom""Elektronische Vergrößerung""Aufnahmeart""Mehrfachbelichtung""Selbstauslöser 10 s"
-    "Serienaufnahme""Einzelbild Belichtungsreihe Hoch""Serienaufnahme Belichtungsreihe Hoch"
-    "Selbstauslöser 2 s""Einzelbild""Einzelbild Belichtungsreihe Niedrig"
-    "Serienaufnahme Belichtungsreihe Niedrig""Weißabgleich Belichtungsreihe Niedrig"
-    "Weißabgleich Belichtungsreihe Hoch""Einzelbild |\302\240Selbstauslöser 10 s"
-    "Einzelbild Belichtungsreihe |\302\240Selbstauslöser"
+    "Flash yeux rouge réduction yeux rouges" "Flash synchro arrière" "Flash sans cordon"
+    "Flash d'appoint |\302\240Flash désactivé ?" "Type de flash" "Externe" "Distance focale"
+    "Focus verrouillé" "Focus manuel" "Focus continu" "Mode de mise au point"
+    "AF |\302\240AF-S (prise de vue unique)" "AF-C (prise de vue en rafale) |\302\240MF" "Manuelle"
+    "Teinte" "Sensibilité ISO" "Réglage ISO" "Numéro de l'image" "Numéro de l'image 2"
+    "Stabilisation de l'image" "Désactivée" "Activée |\302\240Désactivée" "Activée"
+    "Zoom du flash interne" "Flash non déclenché" "Flash déclenché" "Numéro de série interne"
+    "Verrouillage de l'obturateur de l'objectif" "Type d'objectif" "Mode Macro" "Fabricant"
+    "Version des informations spécifiques fabricant" "LV mesuré" "Multi-segments"
+    "Moyenne pondérée centrale" "Indicateur de mesure hors échelle" "Dans la plage de valeurs"
+    "En dessous/au-dessus de la plage de valeurs" "Hors plage de valeurs" "Qualité Minolta"
+    "Économie" "Extra Fine" "Type de modèle" "Réduction du bruit" "Finition de l'image" "Naturel+"
+    "Scène venteuse" "Scène du soir" "Nocturne" "Adobe RVB (ICC)" "Aperçu de l'image"
+    "Longueur de l'aperçu" "Début de l'aperçu" "Mise au point automatique"
+    "Enregistrement RAW et JPEG" "Réduction yeux rouges" "Horizontale (normale)"
+    "Rotation antihoraire de 270° |\302\240Rotation antihoraire de 90°"
+    "Rotation antihoraire de 90°" "Rotation antihoraire de 270°" "Mode Scène" "Auto."
+    "Panorama par balayage" "Photo nocturne à main levée" "Anti-flou de mouvement"
+    "AE priorité continue" "Panorama par balayage 3D" "Auto Supérieur" "Haute Sensibilité"
+    "Feux d'artifice" "Alimentation" "Animal de compagnie" "Scène nocturne" "Portrait nocturne"
+    "Super macro" "Durée du minuteur automatique" "Netteté" "Dure |\302\240Normale" "Douce"
+    "Programme du sujet" "Aucun" "Action sportive" "Image de mesure TIFF"
+    "Balance des Blancs des niveaux VBRV" "Niveaux balance des blancs RB 3500K"
+    "Niveaux balance des blancs RB 6500K" "Niveaux balance des blancs RB nuageux"
+    "Balance des Blancs des niveaux RB ombre" "Balance des Blancs des niveaux RB tungstène"
+    "Balance des Blancs des niveaux RVB" "Equilibrage automatique des blancs"
+    "Lumière du jour |\302\240Temp. Couleur / Filtre couleur" "Personnalisée" "Lumière du jour"
+    "Ombre |\302\240Temps nuageux" "Temps nuageux" "Tungstène (lumière incandescente)" "Ombre"
+    "Fluorescente" "Bracketing de la balance des blancs" "Balance des blancs - Réglage fin"
+    "Ajustage de la zone" "Tons clairs" "Tons sombres" "Belichtungsspeicher" "Aus" "Ein"
+    "AE-Messfelder" "Messfeld-LED" "Messfeldsteuerung" "Weit" "Lokal" "AF-Hilfslicht" "AF-Modus"
+    "Gewählter AF-Punkt" "Mitte" "Oben" "Oben Rechts" "Rechts" "Unten Rechts" "Unten" "Unten Links"
+    "Links" "Oben Links" "AF gewählter Punkt" "Oben-rechts" "Unten-rechts" "Unten-links"
+    "Oben-links" "AF-Punkte" "Aktiver AF Sensor" "Rechts Oben" "Mitte horizontal" "Mitte vertikal"
+    "Status aktiver AF Sensor" "Nicht im Fokus" "Im Fokus" "AF Status Unten" "AF Status Unten Links"
+    "AF Status Unten Rechts" "AF Status Mitte horizontal" "AF Status Mitte vertikal"
+    "AF Status Links" "AF Status Rechts" "AF Status Oben" "AF Status Oben Links"
+    "AF Status Oben Rechts" "Blendeneinstellung" "BKT-Reihenfolge" "S/W-Filter" "Batteriestatus"
+    "Niedrig" "Belichtungsreihenschritte" "1/3 LW" "2/3 LW" "1 LW" "Helligkeit" "Farbabgleich Blau"
+    "Farbabgleich Grün" "Farbangleich Rot" "Farbkorrektur-Filter" "Farbfilter" "Farbmodus"
+    "Natürliche Farben |\302\240Standard" "Lebhafte Farbe |\302\240Schwarz/Weiß" "Klar" "Tief"
+    "Hell" "Abendszene" "Herbstlaub" "Neutral |\302\240Porträt" "Klar |\302\240Neutral sRGB"
+    "Neutral+ sRGB |\302\240Tief" "Hell |\302\240Landschaft" "Abends |\302\240Herbstlaub"
+    "Nachtszene |\302\240Sepia" "FL |\302\240Nachtporträt" "Lebhafte Farbe |\302\240Porträt"
+    "Landschaft |\302\240Solarisation" "Adobe RGB |\302\240Sonnenuntergang" "(nicht gesetzt)"
+    "Abendszene |\302\240Abendszene/Porträt |\302\240Nachtszene |\302\240Sepia" "Schwarz/Weiß"
+    "Adobe RGB |\302\240Schwarz/Weiß" "Natürlich" "Farbprofil" "Nicht eingebunden" "Eingebunden"
+    "Neutral sRGB |\302\240sRGB" "Neutral+ sRGB" "Monochrom |\302\240Schwarz/Weiß" "Farbtemperatur"
+    "Komprimierte Bildgröße" "Serienbild-Belichtungsreihe" "Hoch" "Kontrast" "Belichtungszeit"
+    "Blende" "DEC-Position" "Belichtung" "Sättigung" "Daten-Einblendung" "Keine" "JJJJ/MM/TT"
+    "MM/TT/SS:MM" "Digital-Zoom" "Elektronische Vergrößerung" "Aufnahmeart" "Mehrfachbelichtung"
+    "Selbstauslöser 10 s" "Serienaufnahme" "Einzelbild Belichtungsreihe Hoch"
+    "Serienaufnahme Belichtungsreihe Hoch" "Selbstauslöser 2 s" "Einzelbild"
+    "Einzelbild Belichtungsreihe Niedrig" "Serienaufnahme Belichtungsreihe Niedrig"
+    "Weißabgleich Belichtungsreihe Niedrig" "Weißabgleich Belichtungsreihe Hoch"
+    "Einzelbild |\302\240Selbstauslöser 10 s" "Einzelbild Belichtungsreihe |\302\240Selbstauslöser"
     "Serienaufnahme Belichtungsreihe |\302\240Serienbild-Belichtungsreihe"
     "Belichtungsreihe |\302\240Einzelbild-Belichtungsreihe |\302\240Selbstauslöser 2 s"
     "Einzelbild |\302\240Interval |\302\240Weißabgleichs-Belichtungsreihe"
-    "Ultra High-Speed Serienbild""High-Speed Serienbild""Weißabgleich-Belichtungsreihe Niedrig"
-    "Weißabgleich-Belichtungsreihe Hoch""Dynamikbereich-Optimierung""Belichtungsreihen-Bildnummer"
-    "Belichtungskorrektur""Belichtungskorrekturmodus""Belichtungsmodus""Programmautomatik"
-    "Blendenpriorität""Verschlusspriorität""Manuelle Belichtung"
-    "Automatisch? |\302\240Automatische Belichtung""Porträt""Connected Copying? |\302\240Sport"
-    "Sonnenuntergang""Abendszene/Porträt""Landschaft""Makro"
+    "Ultra High-Speed Serienbild" "High-Speed Serienbild" "Weißabgleich-Belichtungsreihe Niedrig"
+    "Weißabgleich-Belichtungsreihe Hoch" "Dynamikbereich-Optimierung" "Belichtungsreihen-Bildnummer"
+    "Belichtungskorrektur" "Belichtungskorrekturmodus" "Belichtungsmodus" "Programmautomatik"
+    "Blendenpriorität" "Verschlusspriorität" "Manuelle Belichtung"
+    "Automatisch? |\302\240Automatische Belichtung" "Porträt" "Connected Copying? |\302\240Sport"
+    "Sonnenuntergang" "Abendszene/Porträt" "Landschaft" "Makro"
     "Program Shift A |\302\240Programmverschiebung A"
-    "Program Shift S |\302\240Programmverschiebung S""F-Wert""Dateinummernspeicher""Blitzmodus"
-    "Aus |\302\240Blitz wurde nicht ausgelöst""Blitz wurde ausgelöst |\302\240Ein""Systemblitz"
-    "Aufhellblitz""Blitzbelichtungskorrektur""Eingestellte Blitz-Belichtungskorrektur"
-    "Blitz-Belichtungsindikator""Nicht angezeigt""Wert zu niedrig""Unterer Wert""Oberer Wert"
-    "Wert zu hoch""Blitz-Ende-Belichtungsindikator""Blitz-Folge-Belichtungsindikator"
-    "Blitz wurde ausgelöst""Nein""Ja""Blitzfunktion""Kein Blitz""Manuell""Stroboskop"
-    "Integrierter Blitz""Blitz-Messung""Vorblitz TTL""Manuelle Blitz-Kontrolle"
-    "Aufhellblitz |\302\240Automatisch |\302\240Normal""Rote-Augen-Reduzierung"
-    "Rear Sync |\302\240Synchronisation auf den zweiten Verschlussvorhang""Drahtlos"
-    "Aus? |\302\240Fill Flash""Blitztyp""Extern""Fokus-Bereich""Großes AF-Messfeld (normal)"
-    "Spot-AF-Messfeld""Fokus-Distanz""Fokus-Modus""AF |\302\240AF-S (Einzelautofokus)"
-    "AF-C (Kontinuierlicher Autofokus) |\302\240MF""Fokus-Modus Schalter"
-    "Platz auf Speicherkarten für""Farbtonkorrektur""ISO-Empfindlichkeit""ISO-Einstellung"
-    "100 |\302\240Automatisch""80 (Zonenabgleich Low)""200 (Zonenabgleich High)"
-    "400 |\302\240Automatisch""Bildnummer (2)""Bildstabilisierung""Aus |\302\240Ein"
-    "Integriertes Blitzgerät""Blitz wurde nicht ausgelöst""Interne Seriennummer""Intervallänge"
-    "Interval-Modus""Standbild""Zeitraffer-Film""Intervalnummer""Letzte Dateinummer""Objektivtyp"
-    "Makro-Modus""Gerätehersteller""MakerNote-Version""Lichtwert gemessen""Multi-Segment"
-    "Mittenbetont""Spotmessung""Kameraeinstellungen 2""Minolta-Datum""Minolta-Bildgröße"
-    "Groß |\302\240Volle Größe""1600x1200 |\302\240Mittelgroß""1280x960 |\302\240Klein"
-    "Minolta-Modell ID""Minolta-Bildqualität""Super-Fein""Fein""Extra fine |\302\240Extra-Fein"
-    "Minolta-Zeit""Rauschreduktion""Natürlich+""Windszene""Nachtszene""Nachtporträt""Monochrom"
-    "Weißabgleich Voreinstellung""Tageslicht""Bewölkt""Schatten""Glühbirne""Neonlicht""Blitz"
-    "Vorschaubild""Vorschaubild-Datenlänge""Vorschaubild-Datenposition"
-    "Dateiformat und JPEG-Qualität""Rote Augen Reduzierung"
-    "90° gegen den Uhrzeigersinn |\302\24090° im Uhrzeigersinn""90° im Uhrzeigersinn"
-    "90° gegen den Uhrzeigersinn""Szenen-Modus""Automatisch""Sweep-Panorama""Nachtaufnahme händisch"
-    "Verwackelungsschutz""Andauernde AE Priorität""3D Sweep-Panorama""Hohe Empfindlichkeit"
-    "Feuerwerk""Lebensmittel""Haustiere""Sport""Super-Makro""Selbstauslöser-Vorlaufzeit""Schärfe"
-    "Normal |\302\240Stark""Leicht""Belichtungszeit Einstellung""Einzelbild-Belichtungsreihe"
-    "Sony Bildgröße""Mittel""Klein""Spot-Fokuspunkt X""Spot-Fokuspunkt Y""Szenenauswahl"
-    "Sportereignis""Telekonverter""Keiner""Weißabgleich-Belichtungsreihen-Bildnummer"
-    "Weißabgleich GBRG-Farbverteilung""Weißabgleich RB-Farbverteilung Bewölkt"
-    "Weißabgleich RB-Farbverteilung Schatten""Weißabgleich RB-Farbverteilung Glühbirne"
-    "Weißabgleich RGB-Farbverteilung""Farbtemperatur/Farbfilter |\302\240Tageslicht"
-    "Benutzerdefiniert""Bewölkt |\302\240Schatten""Weißabgleichs-Belichtungsreihe"
-    "Weißabgleichsfeineinstellung""Weißabgleichs-Einstellung""Voreinstellung"
-    "Farbtemperatur/Farbfilter""Zone des großen AF-Messfeldes""Keine Zone"
-    "Mittlere Zone (horizontale Ausrichtung)""Mittlere Zone (vertikale Ausrichtung)""Linke Zone"
-    "Rechte Zone""Zonenabgleich""Aus (ISO-Einstellung verwendet)""Hi""Lo""Non indicato"
-    "Blocco esposizione automatica""Spento""Acceso""Modo AF""Punto AF""Centro""Alto""Destra""Basso"
-    "Sinistra""Luminosità""Valore di luminosità""Filtro colori""Modo colore"
-    "Black & White |\302\240Vivace""Neutra""Trasparente""Cupa""Chiara""Visione notturna"
-    "Foglie d'autunno""Neutra |\302\240Verticale""Natural sRGB |\302\240Trasparente"
-    "Cupa |\302\240Natural+ sRGB""Chiara |\302\240Orizzontale""Foglie d'autunno |\302\240Sera"
-    "Night Scene |\302\240Seppia""Colore vivace |\302\240Verticale"
-    "Orizzontale |\302\240Solarization""Adobe RGB |\302\240Tramonto""n/d"
-    "Night Scene |\302\240Rit. notturno |\302\240Seppia |\302\240Visione notturna""B/N"
-    "Adobe RGB |\302\240B/N""Non incorporato""Temperatura colore""Temperatura""Contrasto""Errore"
-    "Esposizione""Nessuno""Zoom Digitale""Modalità esecuzione""Autoscatto 10 sec""Autoscatto 2 sec"
-    "Autoscatto 10 sec |\302\240Single |\302\240Single Frame"
+    "Program Shift S |\302\240Programmverschiebung S" "F-Wert" "Dateinummernspeicher" "Blitzmodus"
+    "Aus |\302\240Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst |\302\240Ein" "Systemblitz"
+    "Aufhellblitz" "Blitzbelichtungskorrektur" "Eingestellte Blitz-Belichtungskorrektur"
+    "Blitz-Belichtungsindikator" "Nicht angezeigt" "Wert zu niedrig" "Unterer Wert" "Oberer Wert"
+    "Wert zu hoch" "Blitz-Ende-Belichtungsindikator" "Blitz-Folge-Belichtungsindikator"
+    "Blitz wurde ausgelöst" "Nein" "Ja" "Blitzfunktion" "Kein Blitz" "Manuell" "Stroboskop"
+    "Integrierter Blitz" "Blitz-Messung" "Vorblitz TTL" "Manuelle Blitz-Kontrolle"
+    "Aufhellblitz |\302\240Automatisch |\302\240Normal" "Rote-Augen-Reduzierung"
+    "Rear Sync |\302\240Synchronisation auf den zweiten Verschlussvorhang" "Drahtlos"
+    "Aus? |\302\240Fill Flash" "Blitztyp" "Extern" "Fokus-Bereich" "Großes AF-Messfeld (normal)"
+    "Spot-AF-Messfeld" "Fokus-Distanz" "Fokus-Modus" "AF |\302\240AF-S (Einzelautofokus)"
+    "AF-C (Kontinuierlicher Autofokus) |\302\240MF" "Fokus-Modus Schalter"
+    "Platz auf Speicherkarten für" "Farbtonkorrektur" "ISO-Empfindlichkeit" "ISO-Einstellung"
+    "100 |\302\240Automatisch" "80 (Zonenabgleich Low)" "200 (Zonenabgleich High)"
+    "400 |\302\240Automatisch" "Bildnummer (2)" "Bildstabilisierung" "Aus |\302\240Ein"
+    "Integriertes Blitzgerät" "Blitz wurde nicht ausgelöst" "Interne Seriennummer" "Intervallänge"
+    "Interval-Modus" "Standbild" "Zeitraffer-Film" "Intervalnummer" "Letzte Dateinummer"
+    "Objektivtyp" "Makro-Modus" "Gerätehersteller" "MakerNote-Version" "Lichtwert gemessen"
+    "Multi-Segment" "Mittenbetont" "Spotmessung" "Kameraeinstellungen 2" "Minolta-Datum"
+    "Minolta-Bildgröße" "Groß |\302\240Volle Größe" "1600x1200 |\302\240Mittelgroß"
+    "1280x960 |\302\240Klein" "Minolta-Modell ID" "Minolta-Bildqualität" "Super-Fein" "Fein"
+    "Extra fine |\302\240Extra-Fein" "Minolta-Zeit" "Rauschreduktion" "Natürlich+" "Windszene"
+    "Nachtszene" "Nachtporträt" "Monochrom" "Weißabgleich Voreinstellung" "Tageslicht" "Bewölkt"
+    "Schatten" "Glühbirne" "Neonlicht" "Blitz" "Vorschaubild" "Vorschaubild-Datenlänge"
+    "Vorschaubild-Datenposition" "Dateiformat und JPEG-Qualität" "Rote Augen Reduzierung"
+    "90° gegen den Uhrzeigersinn |\302\24090° im Uhrzeigersinn" "90° im Uhrzeigersinn"
+    "90° gegen den Uhrzeigersinn" "Szenen-Modus" "Automatisch" "Sweep-Panorama"
+    "Nachtaufnahme händisch" "Verwackelungsschutz" "Andauernde AE Priorität" "3D Sweep-Panorama"
+    "Hohe Empfindlichkeit" "Feuerwerk" "Lebensmittel" "Haustiere" "Sport" "Super-Makro"
+    "Selbstauslöser-Vorlaufzeit" "Schärfe" "Normal |\302\240Stark" "Leicht"
+    "Belichtungszeit Einstellung" "Einzelbild-Belichtungsreihe" "Sony Bildgröße" "Mittel" "Klein"
+    "Spot-Fokuspunkt X" "Spot-Fokuspunkt Y" "Szenenauswahl" "Sportereignis" "Telekonverter" "Keiner"
+    "Weißabgleich-Belichtungsreihen-Bildnummer" "Weißabgleich GBRG-Farbverteilung"
+    "Weißabgleich RB-Farbverteilung Bewölkt" "Weißabgleich RB-Farbverteilung Schatten"
+    "Weißabgleich RB-Farbverteilung Glühbirne" "Weißabgleich RGB-Farbverteilung"
+    "Farbtemperatur/Farbfilter |\302\240Tageslicht" "Benutzerdefiniert" "Bewölkt |\302\240Schatten"
+    "Weißabgleichs-Belichtungsreihe" "Weißabgleichsfeineinstellung" "Weißabgleichs-Einstellung"
+    "Voreinstellung" "Farbtemperatur/Farbfilter" "Zone des großen AF-Messfeldes" "Keine Zone"
+    "Mittlere Zone (horizontale Ausrichtung)" "Mittlere Zone (vertikale Ausrichtung)" "Linke Zone"
+    "Rechte Zone" "Zonenabgleich" "Aus (ISO-Einstellung verwendet)" "Hi" "Lo" "Non indicato"
+    "Blocco esposizione automatica" "Spento" "Acceso" "Modo AF" "Punto AF" "Centro" "Alto" "Destra"
+    "Basso" "Sinistra" "Luminosità" "Valore di luminosità" "Filtro colori" "Modo colore"
+    "Black & White |\302\240Vivace" "Neutra" "Trasparente" "Cupa" "Chiara" "Visione notturna"
+    "Foglie d'autunno" "Neutra |\302\240Verticale" "Natural sRGB |\302\240Trasparente"
+    "Cupa |\302\240Natural+ sRGB" "Chiara |\302\240Orizzontale" "Foglie d'autunno |\302\240Sera"
+    "Night Scene |\302\240Seppia" "Colore vivace |\302\240Verticale"
+    "Orizzontale |\302\240Solarization" "Adobe RGB |\302\240Tramonto" "n/d"
+    "Night Scene |\302\240Rit. notturno |\302\240Seppia |\302\240Visione notturna" "B/N"
+    "Adobe RGB |\302\240B/N" "Non incorporato" "Temperatura colore" "Temperatura" "Contrasto"
+    "Errore" "Esposizione" "Nessuno" "Zoom Digitale" "Modalità esecuzione" "Autoscatto 10 sec"
+    "Autoscatto 2 sec" "Autoscatto 10 sec |\302\240Single |\302\240Single Frame"
     "Autoscatto |\302\240Single-frame Exposure Bracketing"
-    "Autoscatto 2 sec |\302\240Bracketing |\302\240Single-Frame Bracketing""Ott.gamma din."
-    "Compensazione esposizione""Modo compensazione esposizione""Modo esposizione""Programma"
-    "Priorità diaframma""Priorità otturatore""Manuale""Auto? |\302\240Esposizione automatica"
-    "Verticale""Tramonto""Orizzontale""Numero F"
+    "Autoscatto 2 sec |\302\240Bracketing |\302\240Single-Frame Bracketing" "Ott.gamma din."
+    "Compensazione esposizione" "Modo compensazione esposizione" "Modo esposizione" "Programma"
+    "Priorità diaframma" "Priorità otturatore" "Manuale" "Auto? |\302\240Esposizione automatica"
+    "Verticale" "Tramonto" "Orizzontale" "Numero F"
     "Flash non emesso |\302\240Flash non emesso, modalità flash forzata"
-    "Emesso |\302\240Flash emesso, modalità flash forzata""Compensazione Esposizione Flash"
-    "Flash emesso""Sì""Funzione flash""Auto |\302\240Fill flash |\302\240Normale"
-    "Riduzione occhi rossi""Fill Flash |\302\240Spento?""Tipo di flash""Esterno""Distanza fuoco"
-    "Modalità messa a fuoco""Regolazione Hue""Sensibilità ISO""Impostazione ISO""Numero immagine"
-    "Stabilizzazione Immagine""On |\302\240Spento""Flash non emesso""Tipo obiettivo"
-    "Sigma 100-300mm F4 EX (APO (D) o D IF)""Moltiplicatore di focale 1.4x""Costruttore"
-    "Note Versione Costruttore""Multi-zona""Media centrale ponderata""Punto""Qualità"
-    "Riduzione rumore""Scena serale""Ombrato""Immagine anteprima""Lunghezza immagine anteprima"
-    "Inizio immagine anteprima""Registrazione raw e jpg""Rotazione""Orizzontale (normale)"
-    "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario""Ruota di 90° senso orario"
-    "Ruota di 270° in senso orario""Modo scena""Automatico""Visione/Ritratto notturni"
-    "Panoramica ad arco""Foto nott. senza trepp.""Riduz. sfocat. movim.""AE prior. avan.cont."
-    "Fuochi artificiali""Evento sportivo""Rit. notturno""Tempo autoscatto""Nitidezza"
-    "Forte |\302\240Normale""Leggera""Equilibrio del bianco automatico"
-    "Luce del giorno |\302\240Temperatura colore / Filtro colore""Personalizzato""Luce del giorno"
-    "Nuvoloso |\302\240Ombrato""Nuvoloso""Tungsteno (luce incandescente)"
-    "Regolazione Fine Bilanciamento Bianco""Adeguamento zona""Impostazione ISO usata""AEロック""オフ""オン"
-    "自動露出測光値""AFエリアイルミネーション""AFエリアモード""AFアシスト""AFモード""AF選択ポイント""中央""上""右""下""左""AF測距点""AFポイント"
-    "ブラケット順""白黒フィルター""ブラケットステップ""1/3ステップ""2/3ステップ""1ステップ""ブライトネス""カラーバランス青""カラーバランス緑""カラーバランス赤"
-    "カラーフィルター""カラーモード""スタンダード |\302\240ナチュラルカラー""ビビッド |\302\240白黒""ニュートラル""クリアー""ディープ""ライト""ナイトビュー"
-    "紅葉""ニュートラル |\302\240ポートレート""クリアー |\302\240ナチュラル sRGB""ディープ |\302\240ナチュラル+ sRGB"
-    "ライト |\302\240風景""夕焼け |\302\240紅葉""セピア |\302\240夜景""FL |\302\240人物夜景""ビビッドカラー |\302\240ポートレート"
-    "ソラリゼーション |\302\240風景""Adobe RGB |\302\240夕日"
-    "セピア |\302\240ナイトビュー |\302\240夜景 |\302\240夜景/夜景ポートレート""白黒""Adobe RGB |\302\240白黒""ナチュラル"
-    "カラープロフィール""埋め込み無し""埋め込み""B&W |\302\240モノトーン""色温度""圧縮画像サイズ""コントラスト""スタンダード""DEC位置""露出""フィルター"
-    "データインプリント""無し""テキスト""デジタルズーム""ドライブモード""多重露光""Self-timer 10 sec |\302\240１コマ撮影""連続撮影"
-    "Single-frame Exposure Bracketing |\302\240セルフタイマー"
+    "Emesso |\302\240Flash emesso, modalità flash forzata" "Compensazione Esposizione Flash"
+    "Flash emesso" "Sì" "Funzione flash" "Auto |\302\240Fill flash |\302\240Normale"
+    "Riduzione occhi rossi" "Fill Flash |\302\240Spento?" "Tipo di flash" "Esterno" "Distanza fuoco"
+    "Modalità messa a fuoco" "Regolazione Hue" "Sensibilità ISO" "Impostazione ISO"
+    "Numero immagine" "Stabilizzazione Immagine" "On |\302\240Spento" "Flash non emesso"
+    "Tipo obiettivo" "Sigma 100-300mm F4 EX (APO (D) o D IF)" "Moltiplicatore di focale 1.4x"
+    "Costruttore" "Note Versione Costruttore" "Multi-zona" "Media centrale ponderata" "Punto"
+    "Qualità" "Riduzione rumore" "Scena serale" "Ombrato" "Immagine anteprima"
+    "Lunghezza immagine anteprima" "Inizio immagine anteprima" "Registrazione raw e jpg" "Rotazione"
+    "Orizzontale (normale)" "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario"
+    "Ruota di 90° senso orario" "Ruota di 270° in senso orario" "Modo scena" "Automatico"
+    "Visione/Ritratto notturni" "Panoramica ad arco" "Foto nott. senza trepp."
+    "Riduz. sfocat. movim." "AE prior. avan.cont." "Fuochi artificiali" "Evento sportivo"
+    "Rit. notturno" "Tempo autoscatto" "Nitidezza" "Forte |\302\240Normale" "Leggera"
+    "Equilibrio del bianco automatico" "Luce del giorno |\302\240Temperatura colore / Filtro colore"
+    "Personalizzato" "Luce del giorno" "Nuvoloso |\302\240Ombrato" "Nuvoloso"
+    "Tungsteno (luce incandescente)" "Regolazione Fine Bilanciamento Bianco" "Adeguamento zona"
+    "Impostazione ISO usata" "AEロック" "オフ" "オン" "自動露出測光値" "AFエリアイルミネーション" "AFエリアモード" "AFアシスト" "AFモード"
+    "AF選択ポイント" "中央" "上" "右" "下" "左" "AF測距点" "AFポイント" "ブラケット順" "白黒フィルター" "ブラケットステップ" "1/3ステップ"
+    "2/3ステップ" "1ステップ" "ブライトネス" "カラーバランス青" "カラーバランス緑" "カラーバランス赤" "カラーフィルター" "カラーモード"
+    "スタンダード |\302\240ナチュラルカラー" "ビビッド |\302\240白黒" "ニュートラル" "クリアー" "ディープ" "ライト" "ナイトビュー" "紅葉"
+    "ニュートラル |\302\240ポートレート" "クリアー |\302\240ナチュラル sRGB" "ディープ |\302\240ナチュラル+ sRGB"
+    "ライト |\302\240風景" "夕焼け |\302\240紅葉" "セピア |\302\240夜景" "FL |\302\240人物夜景"
+    "ビビッドカラー |\302\240ポートレート" "ソラリゼーション |\302\240風景" "Adobe RGB |\302\240夕日"
+    "セピア |\302\240ナイトビュー |\302\240夜景 |\302\240夜景/夜景ポートレート" "白黒" "Adobe RGB |\302\240白黒" "ナチュラル"
+    "カラープロフィール" "埋め込み無し" "埋め込み" "B&W |\302\240モノトーン" "色温度" "圧縮画像サイズ" "コントラスト" "スタンダード" "DEC位置" "露出"
+    "フィルター" "データインプリント" "無し" "テキスト" "デジタルズーム" "ドライブモード" "多重露光" "Self-timer 10 sec |\302\240１コマ撮影"
+    "連続撮影" "Single-frame Exposure Bracketing |\302\240セルフタイマー"
     "Self-Timer 2 sec |\302\240Single-Frame Bracketing |\302\240ブラケット"
-    "White Balance Bracketing |\302\240インターバル |\302\240１コマ撮影""UHS連写""HS連写""Dレンジオプティマイザー""露出補正値"
-    "露光モード""プログラム""絞り優先""シャッター優先""マニュアル露出""Auto? |\302\240自動露出""ポートレート""風景""F値""ファイル番号メモリ""ストロボ"
-    "オフ |\302\240フラッシュ未発光""オン |\302\240フラッシュ発光""フラッシュ露出補正""ストロボ露出補正設定""フラッシュ発光""いいえ""はい""フラッシュ計測"
-    "オート |\302\240強制発光 |\302\240標準""赤目軽減""Rear Sync |\302\240リアフラッシュシンクロ""ワイヤレス"
-    "Fill Flash |\302\240オフ？""フラッシュタイプ""フォーカスエリア""被写体距離""フォーカスモード""マニュアル""フリーメモリーカードイメージ""色相調整"
-    "ISOスピードレート""ISO設定""100 |\302\240オート""400 |\302\240オート""イメージ番号""イメージ番号(2)""イメージスタビライザー"
-    "オフ |\302\240オン""内蔵フラッシュコントロール""フラッシュ未発光""内部シリアル番号""インターバル長""インターバルモード""インターバル数""最終ファイル番号"
-    "レンズタイプ""マクロモード""メーカー""メーカーノートバージョン""パターン""スポット""カメラ設定2""イメージサイズ""フル |\302\240ラージ"
-    "1600x1200 |\302\240ミドル""1280x960 |\302\240スモール""モデルID""イメージ品質""スーパーファイン""ファイン""標準""エコノミー"
-    "エクストラファイン""時間""ノイズリダクション""ピクチャーフィニッシュ""人物夜景""モノトーン""プレビューイメージ""プレビューイメージ容量""プレビューイメージ開始"
-    "RAWとJPEG記録""回転""水平（標準）""270度回転 CW |\302\24090度回転 CW""90度回転 CW""270度回転 CW""シーンモード""オート"
-    "ナイトビュー/ポートレイト""スイングパノラマ""手持ち夜景""人物ブレ軽減""連続撮影優先AE""Auto アドバンス""高感度""花火""料理""ペット""夕日""スポーツ""マクロ"
-    "スーパーマクロ""セルフタイマー遅延時間""シャープネス""ノーマル |\302\240ハード""ノーマル""ソフト""ソフトウェアバージョン""スポットフォーカスポイントX"
-    "スポットフォーカスポイントY""被写体プログラム""スポーツアクション""WB GBRG レベル""WB RB レベル\343\200\200曇天"
-    "WB RB レベル\343\200\200日陰""WB RB レベル\343\200\200白熱灯""WB RGB レベル""昼光 |\302\240色温度マニュアル指定""カスタム"
-    "昼光""日陰 |\302\240曇り""ケルビン""曇り""タングステン(白熱灯)""日陰""蛍光灯""ホワイトバランスファインチューン""ワイドフォーカスゾーン""ゾーンマッチング"
-    "オフ(ISO設定使用)""ハイキー""ローキー""Bloqueo AE""Desactivado""AF Modo Área""Activado""Derecha""Izquierda"
-    "Punto AF Seleccionado""Ajustes Apertura""Bajo""Brillo""Luminosidad""Filtro de Color"
-    "Modo de Color""Estándar |\302\240Natural color""Black & White |\302\240Vívido""Neutro""Claro"
-    "Profundo""Luz""Vista nocturna""Hojas de otoño""Neutro |\302\240Retrato"
-    "Claro |\302\240Natural sRGB""Natural+ sRGB |\302\240Profundo""Luz |\302\240Paisaje"
-    "Hojas de otoño |\302\240Tarde""Retrato |\302\240Vivid color""Paisaje |\302\240Solarization"
-    "Adobe RGB |\302\240Puesta sol"
-    "Night Scene |\302\240Retrato noct. |\302\240Sepia |\302\240Vista nocturna""ByN"
-    "Adobe RGB |\302\240ByN""B&W |\302\240Monocromo""Temperatura de Color""Estándar""Ninguno"
-    "Zoom Digital""Modo Entrada""Optim.gama diná""Compensación Exposición""Modo Exposición"
-    "Exposición manual""Auto? |\302\240Exposición automática""Retrato""Paisaje""Número F"
-    "Desactivado |\302\240No se ha disparado el flash""Activado |\302\240Flash disparado"
-    "Compensación Exposición Flash""Si""Automático |\302\240Fill flash |\302\240Normal""Tipo Flash"
-    "Modo Enfoque""Ratio Velocidad ISO""Ajuste ISO""Número Imagen""Estabilización Imagen"
-    "Activado |\302\240Desactivado""Ajustes Estabilización Imagen""Flash Interno"
-    "Número Serie Interno""Tipo Objetivo""Modo Macro""Marca""Versión nota Fabricante"
-    "Multi-segmento""Media ponderada al centro""Puntual""Reducción Ruido""Monocromo""Vista Previa"
-    "Longitud Imagen Previa""Inicio Imagen Previa""Rotación"
-    "Girado 270° sentido reloj |\302\240Girado 90° sentido reloj""Girado 90° sentido reloj"
-    "Girado 270° sentido reloj""Selección de escena""Vista/retrato nocturno""Barrido panorámico"
-    "Toma noct. manual""Anti movimiento""AE prioridad cont.""Fuegos Artificiales""Comida"
-    "Puesta sol""Acción deportiva""Retrato noct.""Nitidez""Estándar |\302\240Fuerte""Suave"
-    "Versión Software""Automático""Luz de día |\302\240Temperatura de color / Filtro de color"
-    "Personalizado""Luz de día""Nublado |\302\240Sombrío""Nublado""Tungsteno""Sombrío""Flourescente"
-    "Equilibrio del blanco manual""Zone matching""FirmwareID""SensorHeight""SensorWidth"
-    "ImageHeight""ImageWidth""RawDepth""StorageMethod""BayerPattern""WBMode""WB_RBLevelsDaylightF"
-    "WB_RBLevelsDayWhiteF""WB_RBLevelsWhiteF""Hue""RawDataLength""WBScale""WB_RGGBLevels""89"
-    "MinoltaRaw:BWFilter""MinoltaRaw:BayerPattern""Bayer Pattern""MinoltaRaw:BayerPattern:1""RGGB"
-    "MinoltaRaw:BayerPattern:4""GBRG""MinoltaRaw:BitDepth""MinoltaRaw:ColorFilter"
-    "MinoltaRaw:ColorMode""MinoltaRaw:ColorMode:0""MinoltaRaw:ColorMode:1""MinoltaRaw:ColorMode:100"
-    "MinoltaRaw:ColorMode:101""MinoltaRaw:ColorMode:102""MinoltaRaw:ColorMode:103"
-    "MinoltaRaw:ColorMode:104""MinoltaRaw:ColorMode:105""MinoltaRaw:ColorMode:12"
-    "MinoltaRaw:ColorMode:13""MinoltaRaw:ColorMode:132""MinoltaRaw:ColorMode:14"
-    "MinoltaRaw:ColorMode:15""MinoltaRaw:ColorMode:16""MinoltaRaw:ColorMode:17"
-    "MinoltaRaw:ColorMode:18""MinoltaRaw:ColorMode:19""MinoltaRaw:ColorMode:2"
-    "MinoltaRaw:ColorMode:20""MinoltaRaw:ColorMode:21""MinoltaRaw:ColorMode:255"
-    "MinoltaRaw:ColorMode:3""MinoltaRaw:ColorMode:4""MinoltaRaw:ColorMode:4294967295"
-    "MinoltaRaw:ColorMode:5""Night View/Portrait |\302\240Sepia""MinoltaRaw:ColorMode:6"
-    "MinoltaRaw:ColorMode:7""MinoltaRaw:ColorMode:9""MinoltaRaw:ColorTemperature"
-    "MinoltaRaw:Contrast""MinoltaRaw:FirmwareID""Firmware ID""MinoltaRaw:Hue""MinoltaRaw:ISOSetting"
-    "MinoltaRaw:ISOSetting:0""MinoltaRaw:ISOSetting:174""MinoltaRaw:ISOSetting:184"
-    "MinoltaRaw:ISOSetting:48""MinoltaRaw:ISOSetting:56""MinoltaRaw:ISOSetting:64"
-    "MinoltaRaw:ISOSetting:72""MinoltaRaw:ISOSetting:80""MinoltaRaw:ImageHeight""Image Height"
-    "MinoltaRaw:ImageWidth""Image Width""MinoltaRaw:ProgramMode""MinoltaRaw:ProgramMode:0"
-    "MinoltaRaw:ProgramMode:1""MinoltaRaw:ProgramMode:2""MinoltaRaw:ProgramMode:3"
-    "MinoltaRaw:ProgramMode:4""MinoltaRaw:ProgramMode:5""MinoltaRaw:RawDataLength""Raw Data Length"
-    "MinoltaRaw:RawDepth""Raw Depth""MinoltaRaw:Saturation""MinoltaRaw:SensorHeight""Sensor Height"
-    "MinoltaRaw:SensorWidth""Sensor Width""MinoltaRaw:Sharpness""MinoltaRaw:StorageMethod"
-    "Storage Method""MinoltaRaw:StorageMethod:82""Padded""MinoltaRaw:StorageMethod:89""Linear"
-    "MinoltaRaw:WBMode""WB Mode""MinoltaRaw:WBScale""WB Scale""MinoltaRaw:WB_GBRGLevels"
-    "MinoltaRaw:WB_RBLevelsCloudy""MinoltaRaw:WB_RBLevelsCoolWhiteF""MinoltaRaw:WB_RBLevelsCustom"
-    "MinoltaRaw:WB_RBLevelsDayWhiteF""WB RB Levels Day White F""MinoltaRaw:WB_RBLevelsDaylight"
-    "MinoltaRaw:WB_RBLevelsDaylightF""WB RB Levels Daylight F""MinoltaRaw:WB_RBLevelsFlash"
-    "MinoltaRaw:WB_RBLevelsShade""MinoltaRaw:WB_RBLevelsTungsten""MinoltaRaw:WB_RBLevelsWhiteF"
-    "WB RB Levels White F""MinoltaRaw:WB_RGGBLevels""WB RGGB Levels""MinoltaRaw:ZoneMatching"
-    "MinoltaRaw:ZoneMatching:0""MinoltaRaw:ZoneMatching:1""MinoltaRaw:ZoneMatching:2"
-    "Sepia |\302\240夜晚肖像""色相""像高""像宽""Sepia |\302\240Vue/Portrait nocturne"
-    "Identifiant du micrologiciel""Nuance""Hauteur de l'image""Largeur de l'image"
-    "Hauteur du capteur""Largeur du capteur""Balance des blancs des niveaux RVVB""Bayer Matrix"
-    "Abendszene/Porträt |\302\240Sepia""Farbton""Bildhöhe""Bildbreite""RAW-Daten Länge""Sensor Höhe"
-    "Sensor Breite""Weißabgleich RGGB-Farbverteilung""Rit. notturno |\302\240Seppia""ID firmware"
-    "Tonalità""Altezza immagine""Larghezza immagine""Profondità raw""Altezza sensore"
-    "Larghezza sensore""Lineare""セピア |\302\240夜景/夜景ポートレート""画像高さ""画像幅""センサー高さ""センサー幅""ホワイトバランスモード"
-    "WB RGGB レベル""Retrato noct. |\302\240Sepia""Tono""Alto Imagen""Ancho Imagen""BuildNumber"
-    "CustomRendered""Sensor""ManufactureDate""Motorola:BuildNumber""Build Number"
-    "Motorola:CustomRendered""Custom Rendered""Motorola:DriveMode""Motorola:ManufactureDate"
-    "Manufacture Date""Motorola:Sensor""Motorola:SerialNumber""用户自定义图像处理""Traitement de l'image"
-    "Date de fabrication""Capteur""Benutzerdefinierte Bildverarbeitung""Herstellungsdatum"
-    "Resa personalizzata""カスタム画像処理""製造日付？""Proceso Imagen Personalizado";
+    "White Balance Bracketing |\302\240インターバル |\302\240１コマ撮影" "UHS連写" "HS連写" "Dレンジオプティマイザー" "露出補正値"
+    "露光モード" "プログラム" "絞り優先" "シャッター優先" "マニュアル露出" "Auto? |\302\240自動露出" "ポートレート" "風景" "F値" "ファイル番号メモリ"
+    "ストロボ" "オフ |\302\240フラッシュ未発光" "オン |\302\240フラッシュ発光" "フラッシュ露出補正" "ストロボ露出補正設定" "フラッシュ発光" "いいえ"
+    "はい" "フラッシュ計測" "オート |\302\240強制発光 |\302\240標準" "赤目軽減" "Rear Sync |\302\240リアフラッシュシンクロ" "ワイヤレス"
+    "Fill Flash |\302\240オフ？" "フラッシュタイプ" "フォーカスエリア" "被写体距離" "フォーカスモード" "マニュアル" "フリーメモリーカードイメージ"
+    "色相調整" "ISOスピードレート" "ISO設定" "100 |\302\240オート" "400 |\302\240オート" "イメージ番号" "イメージ番号(2)"
+    "イメージスタビライザー" "オフ |\302\240オン" "内蔵フラッシュコントロール" "フラッシュ未発光" "内部シリアル番号" "インターバル長" "インターバルモード"
+    "インターバル数" "最終ファイル番号" "レンズタイプ" "マクロモード" "メーカー" "メーカーノートバージョン" "パターン" "スポット" "カメラ設定2" "イメージサイズ"
+    "フル |\302\240ラージ" "1600x1200 |\302\240ミドル" "1280x960 |\302\240スモール" "モデルID" "イメージ品質" "スーパーファイン"
+    "ファイン" "標準" "エコノミー" "エクストラファイン" "時間" "ノイズリダクション" "ピクチャーフィニッシュ" "人物夜景" "モノトーン" "プレビューイメージ"
+    "プレビューイメージ容量" "プレビューイメージ開始" "RAWとJPEG記録" "回転" "水平（標準）" "270度回転 CW |\302\24090度回転 CW" "90度回転 CW"
+    "270度回転 CW" "シーンモード" "オート" "ナイトビュー/ポートレイト" "スイングパノラマ" "手持ち夜景" "人物ブレ軽減" "連続撮影優先AE" "Auto アドバンス"
+    "高感度" "花火" "料理" "ペット" "夕日" "スポーツ" "マクロ" "スーパーマクロ" "セルフタイマー遅延時間" "シャープネス" "ノーマル |\302\240ハード"
+    "ノーマル" "ソフト" "ソフトウェアバージョン" "スポットフォーカスポイントX" "スポットフォーカスポイントY" "被写体プログラム" "スポーツアクション"
+    "WB GBRG レベル" "WB RB レベル\343\200\200曇天" "WB RB レベル\343\200\200日陰" "WB RB レベル\343\200\200白熱灯"
+    "WB RGB レベル" "昼光 |\302\240色温度マニュアル指定" "カスタム" "昼光" "日陰 |\302\240曇り" "ケルビン" "曇り" "タングステン(白熱灯)"
+    "日陰" "蛍光灯" "ホワイトバランスファインチューン" "ワイドフォーカスゾーン" "ゾーンマッチング" "オフ(ISO設定使用)" "ハイキー" "ローキー" "Bloqueo AE"
+    "Desactivado" "AF Modo Área" "Activado" "Derecha" "Izquierda" "Punto AF Seleccionado"
+    "Ajustes Apertura" "Bajo" "Brillo" "Luminosidad" "Filtro de Color" "Modo de Color"
+    "Estándar |\302\240Natural color" "Black & White |\302\240Vívido" "Neutro" "Claro" "Profundo"
+    "Luz" "Vista nocturna" "Hojas de otoño" "Neutro |\302\240Retrato" "Claro |\302\240Natural sRGB"
+    "Natural+ sRGB |\302\240Profundo" "Luz |\302\240Paisaje" "Hojas de otoño |\302\240Tarde"
+    "Retrato |\302\240Vivid color" "Paisaje |\302\240Solarization" "Adobe RGB |\302\240Puesta sol"
+    "Night Scene |\302\240Retrato noct. |\302\240Sepia |\302\240Vista nocturna" "ByN"
+    "Adobe RGB |\302\240ByN" "B&W |\302\240Monocromo" "Temperatura de Color" "Estándar" "Ninguno"
+    "Zoom Digital" "Modo Entrada" "Optim.gama diná" "Compensación Exposición" "Modo Exposición"
+    "Exposición manual" "Auto? |\302\240Exposición automática" "Retrato" "Paisaje" "Número F"
+    "Desactivado |\302\240No se ha disparado el flash" "Activado |\302\240Flash disparado"
+    "Compensación Exposición Flash" "Si" "Automático |\302\240Fill flash |\302\240Normal"
+    "Tipo Flash" "Modo Enfoque" "Ratio Velocidad ISO" "Ajuste ISO" "Número Imagen"
+    "Estabilización Imagen" "Activado |\302\240Desactivado" "Ajustes Estabilización Imagen"
+    "Flash Interno" "Número Serie Interno" "Tipo Objetivo" "Modo Macro" "Marca"
+    "Versión nota Fabricante" "Multi-segmento" "Media ponderada al centro" "Puntual"
+    "Reducción Ruido" "Monocromo" "Vista Previa" "Longitud Imagen Previa" "Inicio Imagen Previa"
+    "Rotación" "Girado 270° sentido reloj |\302\240Girado 90° sentido reloj"
+    "Girado 90° sentido reloj" "Girado 270° sentido reloj" "Selección de escena"
+    "Vista/retrato nocturno" "Barrido panorámico" "Toma noct. manual" "Anti movimiento"
+    "AE prioridad cont." "Fuegos Artificiales" "Comida" "Puesta sol" "Acción deportiva"
+    "Retrato noct." "Nitidez" "Estándar |\302\240Fuerte" "Suave" "Versión Software" "Automático"
+    "Luz de día |\302\240Temperatura de color / Filtro de color" "Personalizado" "Luz de día"
+    "Nublado |\302\240Sombrío" "Nublado" "Tungsteno" "Sombrío" "Flourescente"
+    "Equilibrio del blanco manual" "Zone matching" "FirmwareID" "SensorHeight" "SensorWidth"
+    "ImageHeight" "ImageWidth" "RawDepth" "StorageMethod" "BayerPattern" "WBMode"
+    "WB_RBLevelsDaylightF" "WB_RBLevelsDayWhiteF" "WB_RBLevelsWhiteF" "Hue" "RawDataLength"
+    "WBScale" "WB_RGGBLevels" "89" "MinoltaRaw:BWFilter" "MinoltaRaw:BayerPattern" "Bayer Pattern"
+    "MinoltaRaw:BayerPattern:1" "RGGB" "MinoltaRaw:BayerPattern:4" "GBRG" "MinoltaRaw:BitDepth"
+    "MinoltaRaw:ColorFilter" "MinoltaRaw:ColorMode" "MinoltaRaw:ColorMode:0"
+    "MinoltaRaw:ColorMode:1" "MinoltaRaw:ColorMode:100" "MinoltaRaw:ColorMode:101"
+    "MinoltaRaw:ColorMode:102" "MinoltaRaw:ColorMode:103" "MinoltaRaw:ColorMode:104"
+    "MinoltaRaw:ColorMode:105" "MinoltaRaw:ColorMode:12" "MinoltaRaw:ColorMode:13"
+    "MinoltaRaw:ColorMode:132" "MinoltaRaw:ColorMode:14" "MinoltaRaw:ColorMode:15"
+    "MinoltaRaw:ColorMode:16" "MinoltaRaw:ColorMode:17" "MinoltaRaw:ColorMode:18"
+    "MinoltaRaw:ColorMode:19" "MinoltaRaw:ColorMode:2" "MinoltaRaw:ColorMode:20"
+    "MinoltaRaw:ColorMode:21" "MinoltaRaw:ColorMode:255" "MinoltaRaw:ColorMode:3"
+    "MinoltaRaw:ColorMode:4" "MinoltaRaw:ColorMode:4294967295" "MinoltaRaw:ColorMode:5"
+    "Night View/Portrait |\302\240Sepia" "MinoltaRaw:ColorMode:6" "MinoltaRaw:ColorMode:7"
+    "MinoltaRaw:ColorMode:9" "MinoltaRaw:ColorTemperature" "MinoltaRaw:Contrast"
+    "MinoltaRaw:FirmwareID" "Firmware ID" "MinoltaRaw:Hue" "MinoltaRaw:ISOSetting"
+    "MinoltaRaw:ISOSetting:0" "MinoltaRaw:ISOSetting:174" "MinoltaRaw:ISOSetting:184"
+    "MinoltaRaw:ISOSetting:48" "MinoltaRaw:ISOSetting:56" "MinoltaRaw:ISOSetting:64"
+    "MinoltaRaw:ISOSetting:72" "MinoltaRaw:ISOSetting:80" "MinoltaRaw:ImageHeight" "Image Height"
+    "MinoltaRaw:ImageWidth" "Image Width" "MinoltaRaw:ProgramMode" "MinoltaRaw:ProgramMode:0"
+    "MinoltaRaw:ProgramMode:1" "MinoltaRaw:ProgramMode:2" "MinoltaRaw:ProgramMode:3"
+    "MinoltaRaw:ProgramMode:4" "MinoltaRaw:ProgramMode:5" "MinoltaRaw:RawDataLength"
+    "Raw Data Length" "MinoltaRaw:RawDepth" "Raw Depth" "MinoltaRaw:Saturation"
+    "MinoltaRaw:SensorHeight" "Sensor Height" "MinoltaRaw:SensorWidth" "Sensor Width"
+    "MinoltaRaw:Sharpness" "MinoltaRaw:StorageMethod" "Storage Method" "MinoltaRaw:StorageMethod:82"
+    "Padded" "MinoltaRaw:StorageMethod:89" "Linear" "MinoltaRaw:WBMode" "WB Mode"
+    "MinoltaRaw:WBScale" "WB Scale" "MinoltaRaw:WB_GBRGLevels" "MinoltaRaw:WB_RBLevelsCloudy"
+    "MinoltaRaw:WB_RBLevelsCoolWhiteF" "MinoltaRaw:WB_RBLevelsCustom"
+    "MinoltaRaw:WB_RBLevelsDayWhiteF" "WB RB Levels Day White F" "MinoltaRaw:WB_RBLevelsDaylight"
+    "MinoltaRaw:WB_RBLevelsDaylightF" "WB RB Levels Daylight F" "MinoltaRaw:WB_RBLevelsFlash"
+    "MinoltaRaw:WB_RBLevelsShade" "MinoltaRaw:WB_RBLevelsTungsten" "MinoltaRaw:WB_RBLevelsWhiteF"
+    "WB RB Levels White F" "MinoltaRaw:WB_RGGBLevels" "WB RGGB Levels" "MinoltaRaw:ZoneMatching"
+    "MinoltaRaw:ZoneMatching:0" "MinoltaRaw:ZoneMatching:1" "MinoltaRaw:ZoneMatching:2"
+    "Sepia |\302\240夜晚肖像" "色相" "像高" "像宽" "Sepia |\302\240Vue/Portrait nocturne"
+    "Identifiant du micrologiciel" "Nuance" "Hauteur de l'image" "Largeur de l'image"
+    "Hauteur du capteur" "Largeur du capteur" "Balance des blancs des niveaux RVVB" "Bayer Matrix"
+    "Abendszene/Porträt |\302\240Sepia" "Farbton" "Bildhöhe" "Bildbreite" "RAW-Daten Länge"
+    "Sensor Höhe" "Sensor Breite" "Weißabgleich RGGB-Farbverteilung" "Rit. notturno |\302\240Seppia"
+    "ID firmware" "Tonalità" "Altezza immagine" "Larghezza immagine" "Profondità raw"
+    "Altezza sensore" "Larghezza sensore" "Lineare" "セピア |\302\240夜景/夜景ポートレート" "画像高さ" "画像幅" "センサー高さ"
+    "センサー幅" "ホワイトバランスモード" "WB RGGB レベル" "Retrato noct. |\302\240Sepia" "Tono" "Alto Imagen"
+    "Ancho Imagen" "BuildNumber" "CustomRendered" "Sensor" "ManufactureDate" "Motorola:BuildNumber"
+    "Build Number" "Motorola:CustomRendered" "Custom Rendered" "Motorola:DriveMode"
+    "Motorola:ManufactureDate" "Manufacture Date" "Motorola:Sensor" "Motorola:SerialNumber"
+    "用户自定义图像处理" "Traitement de l'image" "Date de fabrication" "Capteur"
+    "Benutzerdefinierte Bildverarbeitung" "Herstellungsdatum" "Resa personalizzata" "カスタム画像処理"
+    "製造日付？" "Proceso Imagen Personalizado";
 
 // Matroska: 166 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMatroska[] = {
-    {{0, 12}, TagType::string, 0, 0, 0, 0},
-    {{12, 12}, TagType::string, 0, 0, 0, 0},
-    {{24, 7}, TagType::string, 0, 0, 0, 0},
-    {{31, 5}, TagType::string, 0, 0, 0, 0},
-    {{36, 12}, TagType::string, 0, 0, 0, 0},
-    {{48, 11}, TagType::string, 0, 0, 0, 0},
-    {{59, 10}, TagType::string, 8, 0, 0, 0},
-    {{69, 15}, TagType::string, 0, 0, 0, 0},
-    {{84, 14}, TagType::string, 0, 0, 0, 0},
-    {{98, 15}, TagType::float_, 0, 0, 0, 0},
-    {{113, 4}, TagType::string, 0, 0, 0, 0},
-    {{117, 26}, TagType::string, 8, 0, 0, 0},
-    {{143, 7}, TagType::string, 0, 0, 0, 0},
-    {{150, 15}, TagType::string, 0, 0, 0, 0},
-    {{165, 14}, TagType::string, 0, 0, 0, 0},
-    {{179, 13}, TagType::string, 8, 0, 0, 0},
-    {{192, 16}, TagType::date, 0, 0, 0, 0},
-    {{208, 16}, TagType::string, 0, 0, 0, 0},
-    {{224, 9}, TagType::string, 8, 0, 0, 0},
-    {{233, 8}, TagType::float_, 0, 0, 0, 0},
-    {{241, 21}, TagType::string, 8, 0, 0, 0},
-    {{262, 10}, TagType::string, 0, 0, 0, 0},
-    {{272, 16}, TagType::string, 8, 0, 0, 0},
-    {{288, 20}, TagType::string, 0, 0, 0, 0},
-    {{308, 20}, TagType::string, 8, 0, 0, 0},
-    {{328, 15}, TagType::string, 0, 0, 0, 0},
-    {{343, 22}, TagType::string, 8, 0, 0, 0},
-    {{365, 16}, TagType::string, 8, 0, 0, 0},
-    {{381, 21}, TagType::string, 8, 0, 0, 0},
-    {{402, 6}, TagType::string, 8, 0, 0, 0},
-    {{408, 12}, TagType::string, 8, 0, 0, 0},
-    {{420, 13}, TagType::string, 0, 0, 0, 0},
-    {{433, 11}, TagType::string, 0, 0, 0, 0},
-    {{444, 16}, TagType::string, 0, 0, 0, 0},
-    {{460, 13}, TagType::string, 0, 0, 0, 0},
-    {{473, 10}, TagType::string, 0, 0, 0, 0},
-    {{483, 13}, TagType::string, 8, 0, 0, 0},
-    {{496, 21}, TagType::string, 8, 0, 0, 0},
-    {{517, 24}, TagType::string, 0, 0, 0, 0},
-    {{541, 18}, TagType::string, 8, 0, 0, 0},
-    {{559, 18}, TagType::string, 8, 0, 0, 0},
-    {{577, 26}, TagType::string, 0, 0, 0, 0},
-    {{603, 17}, TagType::string, 0, 0, 0, 0},
-    {{620, 24}, TagType::string, 0, 0, 0, 0},
-    {{644, 10}, TagType::string, 0, 0, 0, 0},
-    {{654, 10}, TagType::string, 0, 0, 0, 0},
-    {{664, 8}, TagType::string, 0, 0, 0, 0},
-    {{672, 18}, TagType::string, 0, 0, 0, 0},
-    {{690, 21}, TagType::float_, 0, 0, 0, 0},
-    {{711, 16}, TagType::string, 8, 0, 0, 0},
-    {{727, 18}, TagType::string, 8, 0, 0, 0},
-    {{745, 9}, TagType::string, 8, 0, 0, 0},
-    {{754, 13}, TagType::string, 0, 0, 0, 0},
-    {{767, 17}, TagType::string, 0, 0, 0, 0},
-    {{784, 18}, TagType::float_, 0, 0, 0, 0},
-    {{802, 9}, TagType::float_, 0, 0, 0, 0},
-    {{811, 16}, TagType::string, 0, 0, 0, 0},
-    {{827, 10}, TagType::string, 8, 0, 0, 0},
-    {{837, 5}, TagType::float_, 0, 0, 0, 0},
-    {{842, 12}, TagType::string, 0, 0, 0, 0},
-    {{854, 7}, TagType::string, 0, 0, 0, 0},
-    {{861, 7}, TagType::string, 0, 0, 0, 0},
-    {{868, 17}, TagType::string, 8, 0, 0, 0},
-    {{885, 17}, TagType::float_, 0, 0, 0, 0},
-    {{902, 19}, TagType::float_, 0, 0, 0, 0},
-    {{921, 18}, TagType::float_, 0, 0, 0, 0},
-    {{939, 13}, TagType::string, 0, 0, 0, 0},
-    {{952, 5}, TagType::string, 0, 0, 0, 0},
-    {{957, 7}, TagType::string, 0, 0, 0, 0},
-    {{964, 8}, TagType::string, 0, 0, 0, 0},
-    {{972, 6}, TagType::string, 0, 0, 0, 0},
-    {{978, 11}, TagType::string, 0, 0, 0, 0},
-    {{989, 17}, TagType::string, 0, 0, 0, 0},
-    {{1006, 7}, TagType::string, 0, 0, 0, 0},
-    {{1013, 3}, TagType::string, 0, 0, 0, 0},
-    {{1016, 3}, TagType::string, 0, 0, 0, 0},
-    {{1019, 13}, TagType::string, 0, 0, 0, 0},
-    {{1032, 9}, TagType::string, 0, 0, 0, 0},
-    {{1041, 12}, TagType::string, 0, 0, 0, 0},
-    {{1053, 7}, TagType::string, 0, 0, 0, 0},
-    {{1060, 8}, TagType::string, 0, 0, 0, 0},
-    {{1068, 19}, TagType::string, 0, 0, 0, 0},
-    {{1087, 19}, TagType::string, 0, 0, 0, 0},
-    {{1106, 9}, TagType::string, 0, 0, 0, 0},
-    {{1115, 11}, TagType::string, 0, 0, 0, 0},
-    {{1126, 10}, TagType::string, 0, 0, 0, 0},
-    {{1136, 9}, TagType::string, 0, 0, 0, 0},
-    {{1145, 15}, TagType::string, 0, 0, 0, 0},
-    {{1160, 7}, TagType::string, 0, 0, 0, 0},
-    {{1167, 10}, TagType::string, 0, 0, 0, 0},
-    {{1177, 11}, TagType::string, 0, 0, 0, 0},
-    {{1188, 13}, TagType::string, 0, 0, 0, 0},
-    {{1201, 12}, TagType::string, 0, 0, 0, 0},
-    {{1213, 10}, TagType::string, 0, 0, 0, 0},
-    {{1223, 11}, TagType::string, 0, 0, 0, 0},
-    {{1234, 11}, TagType::string, 0, 0, 0, 0},
-    {{1245, 8}, TagType::string, 0, 0, 0, 0},
-    {{1253, 21}, TagType::string, 0, 0, 0, 0},
-    {{1274, 13}, TagType::string, 0, 0, 0, 0},
-    {{1287, 8}, TagType::string, 0, 0, 0, 0},
-    {{1295, 5}, TagType::string, 0, 0, 0, 0},
-    {{1300, 9}, TagType::string, 0, 0, 0, 0},
-    {{1309, 7}, TagType::string, 0, 0, 0, 0},
-    {{1316, 15}, TagType::string, 0, 0, 0, 0},
-    {{1331, 17}, TagType::string, 0, 0, 0, 0},
-    {{1348, 3}, TagType::string, 0, 0, 0, 0},
-    {{1351, 3}, TagType::string, 0, 0, 0, 0},
-    {{1354, 5}, TagType::string, 0, 0, 0, 0},
-    {{1359, 4}, TagType::string, 0, 0, 0, 0},
-    {{1363, 10}, TagType::string, 0, 0, 0, 0},
-    {{1373, 11}, TagType::string, 0, 0, 0, 0},
-    {{1384, 4}, TagType::string, 0, 0, 0, 0},
-    {{1388, 4}, TagType::string, 0, 0, 0, 0},
-    {{1392, 8}, TagType::string, 0, 0, 0, 0},
-    {{1400, 5}, TagType::string, 0, 0, 0, 0},
-    {{1405, 9}, TagType::string, 0, 0, 0, 0},
-    {{1414, 9}, TagType::string, 0, 0, 0, 0},
-    {{1423, 4}, TagType::string, 0, 0, 0, 0},
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},
-    {{1440, 7}, TagType::string, 0, 0, 0, 0},
-    {{1447, 8}, TagType::string, 0, 0, 0, 0},
-    {{1455, 6}, TagType::string, 0, 0, 0, 0},
-    {{1461, 10}, TagType::string, 0, 0, 0, 0},
-    {{1471, 4}, TagType::string, 0, 0, 0, 0},
-    {{1475, 7}, TagType::string, 0, 0, 0, 0},
-    {{1482, 7}, TagType::string, 0, 0, 0, 0},
-    {{1489, 4}, TagType::string, 0, 0, 0, 0},
-    {{1493, 8}, TagType::string, 0, 0, 0, 0},
-    {{1501, 17}, TagType::string, 0, 0, 0, 0},
-    {{1518, 10}, TagType::string, 0, 0, 0, 0},
-    {{1528, 10}, TagType::string, 0, 0, 0, 0},
-    {{1538, 6}, TagType::string, 0, 0, 0, 0},
-    {{1544, 5}, TagType::string, 0, 0, 0, 0},
-    {{1549, 11}, TagType::string, 0, 0, 0, 0},
-    {{1560, 8}, TagType::string, 0, 0, 0, 0},
-    {{1568, 19}, TagType::string, 0, 0, 0, 0},
-    {{1587, 18}, TagType::string, 0, 0, 0, 0},
-    {{1605, 16}, TagType::string, 0, 0, 0, 0},
-    {{1621, 9}, TagType::string, 0, 0, 0, 0},
-    {{1630, 16}, TagType::string, 0, 0, 0, 0},
-    {{1646, 12}, TagType::string, 0, 0, 0, 0},
-    {{1658, 12}, TagType::string, 0, 0, 0, 0},
-    {{1670, 13}, TagType::string, 0, 0, 0, 0},
-    {{1683, 13}, TagType::string, 0, 0, 0, 0},
-    {{1696, 6}, TagType::string, 0, 0, 0, 0},
-    {{1702, 17}, TagType::string, 0, 0, 0, 0},
-    {{1719, 9}, TagType::string, 0, 0, 0, 0},
-    {{1728, 14}, TagType::string, 0, 0, 0, 0},
-    {{1742, 14}, TagType::string, 0, 0, 0, 0},
-    {{1756, 6}, TagType::string, 0, 0, 0, 0},
-    {{1762, 12}, TagType::string, 0, 0, 0, 0},
-    {{1774, 8}, TagType::string, 0, 0, 0, 0},
-    {{1782, 13}, TagType::string, 0, 0, 0, 0},
-    {{1795, 7}, TagType::string, 0, 0, 0, 0},
-    {{1802, 8}, TagType::string, 0, 0, 0, 0},
-    {{1810, 7}, TagType::string, 0, 0, 0, 0},
-    {{1817, 8}, TagType::string, 0, 0, 0, 0},
-    {{1825, 10}, TagType::string, 0, 0, 0, 0},
-    {{1835, 8}, TagType::string, 0, 0, 0, 0},
-    {{1843, 5}, TagType::string, 0, 0, 0, 0},
-    {{1848, 4}, TagType::string, 0, 0, 0, 0},
-    {{1852, 10}, TagType::string, 0, 0, 0, 0},
-    {{1862, 6}, TagType::string, 0, 0, 0, 0},
-    {{1868, 4}, TagType::string, 0, 0, 0, 0},
-    {{1872, 3}, TagType::string, 0, 0, 0, 0},
-    {{1875, 9}, TagType::string, 0, 0, 0, 0},
+    {{0, 12}, TagType::string, 0, 0, 0, 0},  // VideoCodecID
+    {{12, 12}, TagType::string, 0, 0, 0, 0},  // AudioCodecID
+    {{24, 7}, TagType::string, 0, 0, 0, 0},  // CodecID
+    {{31, 5}, TagType::string, 0, 0, 0, 0},  // Block
+    {{36, 12}, TagType::string, 0, 0, 0, 0},  // BlockVirtual
+    {{48, 11}, TagType::string, 0, 0, 0, 0},  // SimpleBlock
+    {{59, 10}, TagType::string, 8, 0, 0, 0},  // CodecState
+    {{69, 15}, TagType::string, 0, 0, 0, 0},  // BlockAdditional
+    {{84, 14}, TagType::string, 0, 0, 0, 0},  // EncryptedBlock
+    {{98, 15}, TagType::float_, 0, 0, 0, 0},  // AudioSampleRate
+    {{113, 4}, TagType::string, 0, 0, 0, 0},  // Void
+    {{117, 26}, TagType::string, 8, 0, 0, 0},  // ContentCompressionSettings
+    {{143, 7}, TagType::string, 0, 0, 0, 0},  // DocType
+    {{150, 15}, TagType::string, 0, 0, 0, 0},  // ChapterLanguage
+    {{165, 14}, TagType::string, 0, 0, 0, 0},  // ChapterCountry
+    {{179, 13}, TagType::string, 8, 0, 0, 0},  // SegmentFamily
+    {{192, 16}, TagType::date, 0, 0, 0, 0},  // DateTimeOriginal
+    {{208, 16}, TagType::string, 0, 0, 0, 0},  // TagLanguageBCP47
+    {{224, 9}, TagType::string, 8, 0, 0, 0},  // TagBinary
+    {{233, 8}, TagType::float_, 0, 0, 0, 0},  // Duration
+    {{241, 21}, TagType::string, 8, 0, 0, 0},  // ChapterProcessPrivate
+    {{262, 10}, TagType::string, 0, 0, 0, 0},  // EditionUID
+    {{272, 16}, TagType::string, 8, 0, 0, 0},  // AttachedFileData
+    {{288, 20}, TagType::string, 0, 0, 0, 0},  // AttachedFileMIMEType
+    {{308, 20}, TagType::string, 8, 0, 0, 0},  // AttachedFileReferral
+    {{328, 15}, TagType::string, 0, 0, 0, 0},  // AttachedFileUID
+    {{343, 22}, TagType::string, 8, 0, 0, 0},  // ContentEncryptionKeyID
+    {{365, 16}, TagType::string, 8, 0, 0, 0},  // ContentSignature
+    {{381, 21}, TagType::string, 8, 0, 0, 0},  // ContentSignatureKeyID
+    {{402, 6}, TagType::string, 8, 0, 0, 0},  // SeekID
+    {{408, 12}, TagType::string, 8, 0, 0, 0},  // CodecPrivate
+    {{420, 13}, TagType::string, 0, 0, 0, 0},  // TagChapterUID
+    {{433, 11}, TagType::string, 0, 0, 0, 0},  // TagTrackUID
+    {{444, 16}, TagType::string, 0, 0, 0, 0},  // TagAttachmentUID
+    {{460, 13}, TagType::string, 0, 0, 0, 0},  // TagEditionUID
+    {{473, 10}, TagType::string, 0, 0, 0, 0},  // TargetType
+    {{483, 13}, TagType::string, 8, 0, 0, 0},  // SignedElement
+    {{496, 21}, TagType::string, 8, 0, 0, 0},  // TrackTranslateTrackID
+    {{517, 24}, TagType::string, 0, 0, 0, 0},  // TrackTranslateEditionUID
+    {{541, 18}, TagType::string, 8, 0, 0, 0},  // ChapterProcessData
+    {{559, 18}, TagType::string, 8, 0, 0, 0},  // ChapterTranslateID
+    {{577, 26}, TagType::string, 0, 0, 0, 0},  // ChapterTranslateEditionUID
+    {{603, 17}, TagType::string, 0, 0, 0, 0},  // ChapterSegmentUID
+    {{620, 24}, TagType::string, 0, 0, 0, 0},  // ChapterSegmentEditionUID
+    {{644, 10}, TagType::string, 0, 0, 0, 0},  // SegmentUID
+    {{654, 10}, TagType::string, 0, 0, 0, 0},  // ChapterUID
+    {{664, 8}, TagType::string, 0, 0, 0, 0},  // TrackUID
+    {{672, 18}, TagType::string, 0, 0, 0, 0},  // TrackAttachmentUID
+    {{690, 21}, TagType::float_, 0, 0, 0, 0},  // OutputAudioSampleRate
+    {{711, 16}, TagType::string, 8, 0, 0, 0},  // ChannelPositions
+    {{727, 18}, TagType::string, 8, 0, 0, 0},  // SignaturePublicKey
+    {{745, 9}, TagType::string, 8, 0, 0, 0},  // Signature
+    {{754, 13}, TagType::string, 0, 0, 0, 0},  // TrackLanguage
+    {{767, 17}, TagType::string, 0, 0, 0, 0},  // TrackLanguageIETF
+    {{784, 18}, TagType::float_, 0, 0, 0, 0},  // TrackTimecodeScale
+    {{802, 9}, TagType::float_, 0, 0, 0, 0},  // FrameRate
+    {{811, 16}, TagType::string, 0, 0, 0, 0},  // CodecDownloadURL
+    {{827, 10}, TagType::string, 8, 0, 0, 0},  // ColorSpace
+    {{837, 5}, TagType::float_, 0, 0, 0, 0},  // Gamma
+    {{842, 12}, TagType::string, 0, 0, 0, 0},  // CodecInfoURL
+    {{854, 7}, TagType::string, 0, 0, 0, 0},  // PrevUID
+    {{861, 7}, TagType::string, 0, 0, 0, 0},  // NextUID
+    {{868, 17}, TagType::string, 8, 0, 0, 0},  // ProjectionPrivate
+    {{885, 17}, TagType::float_, 0, 0, 0, 0},  // ProjectionPoseYaw
+    {{902, 19}, TagType::float_, 0, 0, 0, 0},  // ProjectionPosePitch
+    {{921, 18}, TagType::float_, 0, 0, 0, 0},  // ProjectionPoseRoll
+    {{939, 13}, TagType::string, 0, 0, 0, 0},  // Accompaniment
+    {{952, 5}, TagType::string, 0, 0, 0, 0},  // Actor
+    {{957, 7}, TagType::string, 0, 0, 0, 0},  // Address
+    {{964, 8}, TagType::string, 0, 0, 0, 0},  // Arranger
+    {{972, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{978, 11}, TagType::string, 0, 0, 0, 0},  // ArtDirector
+    {{989, 17}, TagType::string, 0, 0, 0, 0},  // AssistantDirector
+    {{1006, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
+    {{1013, 3}, TagType::string, 0, 0, 0, 0},  // BPM
+    {{1016, 3}, TagType::string, 0, 0, 0, 0},  // BPS
+    {{1019, 13}, TagType::string, 0, 0, 0, 0},  // CatalogNumber
+    {{1032, 9}, TagType::string, 0, 0, 0, 0},  // Character
+    {{1041, 12}, TagType::string, 0, 0, 0, 0},  // Choregrapher
+    {{1053, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{1060, 8}, TagType::string, 0, 0, 0, 0},  // Composer
+    {{1068, 19}, TagType::string, 0, 0, 0, 0},  // ComposerNationality
+    {{1087, 19}, TagType::string, 0, 0, 0, 0},  // CompositionLocation
+    {{1106, 9}, TagType::string, 0, 0, 0, 0},  // Conductor
+    {{1115, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
+    {{1126, 10}, TagType::string, 0, 0, 0, 0},  // Coproducer
+    {{1136, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{1145, 15}, TagType::string, 0, 0, 0, 0},  // CostumeDesigner
+    {{1160, 7}, TagType::string, 0, 0, 0, 0},  // Country
+    {{1167, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{1177, 11}, TagType::string, 0, 0, 0, 0},  // DateEncoded
+    {{1188, 13}, TagType::string, 0, 0, 0, 0},  // DatePurchased
+    {{1201, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
+    {{1213, 10}, TagType::string, 0, 0, 0, 0},  // DateTagged
+    {{1223, 11}, TagType::string, 0, 0, 0, 0},  // DateWritten
+    {{1234, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{1245, 8}, TagType::string, 0, 0, 0, 0},  // Director
+    {{1253, 21}, TagType::string, 0, 0, 0, 0},  // DirectorOfPhotography
+    {{1274, 13}, TagType::string, 0, 0, 0, 0},  // DistributedBy
+    {{1287, 8}, TagType::string, 0, 0, 0, 0},  // EditedBy
+    {{1295, 5}, TagType::string, 0, 0, 0, 0},  // Email
+    {{1300, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{1309, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
+    {{1316, 15}, TagType::string, 0, 0, 0, 0},  // EncoderSettings
+    {{1331, 17}, TagType::string, 0, 0, 0, 0},  // ExecutiveProducer
+    {{1348, 3}, TagType::string, 0, 0, 0, 0},  // FAX
+    {{1351, 3}, TagType::string, 0, 0, 0, 0},  // FPS
+    {{1354, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{1359, 4}, TagType::string, 0, 0, 0, 0},  // IMDB
+    {{1363, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
+    {{1373, 11}, TagType::string, 0, 0, 0, 0},  // Instruments
+    {{1384, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
+    {{1388, 4}, TagType::string, 0, 0, 0, 0},  // ISRC
+    {{1392, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{1400, 5}, TagType::string, 0, 0, 0, 0},  // Label
+    {{1405, 9}, TagType::string, 0, 0, 0, 0},  // LabelCode
+    {{1414, 9}, TagType::string, 0, 0, 0, 0},  // LawRating
+    {{1423, 4}, TagType::string, 0, 0, 0, 0},  // Lccn
+    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
+    {{1440, 7}, TagType::string, 0, 0, 0, 0},  // License
+    {{1447, 8}, TagType::string, 0, 0, 0, 0},  // Lyricist
+    {{1455, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
+    {{1461, 10}, TagType::string, 0, 0, 0, 0},  // MasteredBy
+    {{1471, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
+    {{1475, 7}, TagType::string, 0, 0, 0, 0},  // Measure
+    {{1482, 7}, TagType::string, 0, 0, 0, 0},  // MixedBy
+    {{1489, 4}, TagType::string, 0, 0, 0, 0},  // Mood
+    {{1493, 8}, TagType::string, 0, 0, 0, 0},  // Original
+    {{1501, 17}, TagType::string, 0, 0, 0, 0},  // OriginalMediaType
+    {{1518, 10}, TagType::string, 0, 0, 0, 0},  // PartNumber
+    {{1528, 10}, TagType::string, 0, 0, 0, 0},  // PartOffset
+    {{1538, 6}, TagType::string, 0, 0, 0, 0},  // Period
+    {{1544, 5}, TagType::string, 0, 0, 0, 0},  // Phone
+    {{1549, 11}, TagType::string, 0, 0, 0, 0},  // PlayCounter
+    {{1560, 8}, TagType::string, 0, 0, 0, 0},  // Producer
+    {{1568, 19}, TagType::string, 0, 0, 0, 0},  // ProductionCopyright
+    {{1587, 18}, TagType::string, 0, 0, 0, 0},  // ProductionDesigner
+    {{1605, 16}, TagType::string, 0, 0, 0, 0},  // ProductionStudio
+    {{1621, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{1630, 16}, TagType::string, 0, 0, 0, 0},  // PurchaseCurrency
+    {{1646, 12}, TagType::string, 0, 0, 0, 0},  // PurchaseInfo
+    {{1658, 12}, TagType::string, 0, 0, 0, 0},  // PurchaseItem
+    {{1670, 13}, TagType::string, 0, 0, 0, 0},  // PurchaseOwner
+    {{1683, 13}, TagType::string, 0, 0, 0, 0},  // PurchasePrice
+    {{1696, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{1702, 17}, TagType::string, 0, 0, 0, 0},  // RecordingLocation
+    {{1719, 9}, TagType::string, 0, 0, 0, 0},  // RemixedBy
+    {{1728, 14}, TagType::string, 0, 0, 0, 0},  // ReplaygainGain
+    {{1742, 14}, TagType::string, 0, 0, 0, 0},  // ReplaygainPeak
+    {{1756, 6}, TagType::string, 0, 0, 0, 0},  // Sample
+    {{1762, 12}, TagType::string, 0, 0, 0, 0},  // ScreenplayBy
+    {{1774, 8}, TagType::string, 0, 0, 0, 0},  // SortWith
+    {{1782, 13}, TagType::string, 0, 0, 0, 0},  // SoundEngineer
+    {{1795, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{1802, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{1810, 7}, TagType::string, 0, 0, 0, 0},  // Summary
+    {{1817, 8}, TagType::string, 0, 0, 0, 0},  // Synopsis
+    {{1825, 10}, TagType::string, 0, 0, 0, 0},  // TermsOfUse
+    {{1835, 8}, TagType::string, 0, 0, 0, 0},  // ThanksTo
+    {{1843, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{1848, 4}, TagType::string, 0, 0, 0, 0},  // TMDB
+    {{1852, 10}, TagType::string, 0, 0, 0, 0},  // TotalParts
+    {{1862, 6}, TagType::string, 0, 0, 0, 0},  // Tuning
+    {{1868, 4}, TagType::string, 0, 0, 0, 0},  // TVDB
+    {{1872, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{1875, 9}, TagType::string, 0, 0, 0, 0},  // WrittenBy
 };
 constexpr detail::StringRow kStringsEnglishMatroska[] = {
     {{1884, 22}, {939, 13}},
@@ -1827,57 +1874,58 @@ constinit detail::StreamTags gTagsMatroska("Matroska", kText, kTagsMatroska, kKe
 
 // Meta: 50 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMeta[] = {
-    {{8524, 14}, TagType::string, 0, 0, 0, 0},
-    {{8538, 10}, TagType::string, 0, 0, 0, 0},
-    {{8548, 8}, TagType::string, 0, 0, 0, 0},
-    {{8556, 14}, TagType::string, 0, 0, 0, 0},
-    {{8570, 10}, TagType::string, 0, 0, 0, 0},
-    {{8580, 13}, TagType::string, 0, 0, 0, 0},
-    {{8593, 15}, TagType::string, 0, 0, 0, 0},
-    {{8608, 13}, TagType::string, 0, 0, 0, 0},
-    {{8621, 20}, TagType::string, 0, 0, 0, 0},
-    {{8641, 11}, TagType::string, 2, 0, 0, 0},
-    {{8652, 12}, TagType::string, 2, 0, 0, 0},
-    {{8664, 20}, TagType::string, 0, 0, 0, 0},
-    {{8684, 14}, TagType::string, 0, 0, 0, 0},
-    {{8698, 16}, TagType::string, 0, 0, 0, 0},
-    {{8714, 14}, TagType::string, 0, 0, 0, 0},
-    {{8728, 11}, TagType::string, 0, 0, 0, 0},
-    {{8739, 12}, TagType::string, 0, 0, 0, 0},
-    {{8751, 11}, TagType::string, 0, 0, 0, 0},
-    {{8762, 15}, TagType::string, 0, 0, 0, 0},
-    {{8777, 8}, TagType::string, 0, 0, 0, 0},
-    {{8785, 13}, TagType::string, 0, 0, 0, 0},
-    {{8798, 23}, TagType::string, 0, 0, 0, 0},
-    {{8821, 21}, TagType::string, 0, 0, 0, 0},
-    {{8842, 17}, TagType::string, 8, 0, 0, 0},
-    {{8859, 20}, TagType::string, 8, 0, 0, 0},
-    {{8879, 19}, TagType::string, 0, 0, 0, 0},
-    {{8898, 16}, TagType::string, 0, 0, 0, 0},
-    {{8914, 14}, TagType::string, 0, 0, 0, 0},
-    {{8928, 12}, TagType::string, 0, 0, 0, 0},
-    {{8940, 13}, TagType::string, 0, 0, 0, 0},
-    {{8953, 17}, TagType::string, 0, 0, 0, 0},
-    {{8970, 17}, TagType::string, 0, 0, 0, 0},
-    {{8987, 20}, TagType::string, 0, 0, 0, 0},
-    {{9007, 20}, TagType::string, 0, 0, 0, 0},
-    {{9027, 19}, TagType::string, 0, 0, 0, 0},
-    {{9046, 21}, TagType::string, 0, 0, 0, 0},
-    {{9067, 12}, TagType::string, 0, 0, 0, 0},
-    {{9079, 16}, TagType::string, 0, 0, 0, 0},
-    {{9095, 21}, TagType::string, 0, 0, 0, 0},
-    {{9116, 18}, TagType::string, 0, 0, 0, 0},
-    {{9134, 18}, TagType::string, 0, 0, 0, 0},
-    {{9152, 9}, TagType::string, 8, 0, 0, 0},
-    {{9161, 4}, TagType::string, 8, 0, 0, 0},
-    {{9165, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{9178, 12}, TagType::string, 0, 0, 0, 0},
-    {{9190, 11}, TagType::string, 8, 0, 0, 0},
-    {{9201, 14}, TagType::string, 8, 0, 0, 0},
-    {{9215, 20}, TagType::string, 0, 0, 0, 0},
-    {{9235, 11}, TagType::string, 0, 0, 0, 0},
-    {{9246, 12}, TagType::string, 0, 0, 0, 0},
+    {{8524, 14}, TagType::string, 0, 0, 0, 0},  // BordersVersion
+    {{8538, 10}, TagType::string, 0, 0, 0, 0},  // BorderName
+    {{8548, 8}, TagType::string, 0, 0, 0, 0},  // BorderID
+    {{8556, 14}, TagType::string, 0, 0, 0, 0},  // BorderLocation
+    {{8570, 10}, TagType::string, 0, 0, 0, 0},  // BorderType
+    {{8580, 13}, TagType::string, 0, 0, 0, 0},  // WatermarkType
+    {{8593, 15}, TagType::string, 0, 0, 0, 0},  // FilmProductCode
+    {{8608, 13}, TagType::string, 0, 0, 0, 0},  // ImageSourceEK
+    {{8621, 20}, TagType::string, 0, 0, 0, 0},  // CaptureConditionsPAR
+    {{8641, 11}, TagType::string, 2, 0, 0, 0},  // CameraOwner
+    {{8652, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{8664, 20}, TagType::string, 0, 0, 0, 0},  // UserSelectGroupTitle
+    {{8684, 14}, TagType::string, 0, 0, 0, 0},  // DealerIDNumber
+    {{8698, 16}, TagType::string, 0, 0, 0, 0},  // CaptureDeviceFID
+    {{8714, 14}, TagType::string, 0, 0, 0, 0},  // EnvelopeNumber
+    {{8728, 11}, TagType::string, 0, 0, 0, 0},  // FrameNumber
+    {{8739, 12}, TagType::string, 0, 0, 0, 0},  // FilmCategory
+    {{8751, 11}, TagType::string, 0, 0, 0, 0},  // FilmGencode
+    {{8762, 15}, TagType::string, 0, 0, 0, 0},  // ModelAndVersion
+    {{8777, 8}, TagType::string, 0, 0, 0, 0},  // FilmSize
+    {{8785, 13}, TagType::string, 0, 0, 0, 0},  // SBA_RGBShifts
+    {{8798, 23}, TagType::string, 0, 0, 0, 0},  // SBAInputImageColorspace
+    {{8821, 21}, TagType::string, 0, 0, 0, 0},  // SBAInputImageBitDepth
+    {{8842, 17}, TagType::string, 8, 0, 0, 0},  // SBAExposureRecord
+    {{8859, 20}, TagType::string, 8, 0, 0, 0},  // UserAdjSBA_RGBShifts
+    {{8879, 19}, TagType::string, 0, 0, 0, 0},  // ImageRotationStatus
+    {{8898, 16}, TagType::string, 0, 0, 0, 0},  // RollGuidElements
+    {{8914, 14}, TagType::string, 0, 0, 0, 0},  // MetadataNumber
+    {{8928, 12}, TagType::string, 0, 0, 0, 0},  // EditTagArray
+    {{8940, 13}, TagType::string, 0, 0, 0, 0},  // Magnification
+    {{8953, 17}, TagType::string, 0, 0, 0, 0},  // NativeXResolution
+    {{8970, 17}, TagType::string, 0, 0, 0, 0},  // NativeYResolution
+    {{8987, 20}, TagType::string, 0, 0, 0, 0},  // NativeResolutionUnit
+    {{9007, 20}, TagType::string, 0, 0, 0, 0},  // SourceImageDirectory
+    {{9027, 19}, TagType::string, 0, 0, 0, 0},  // SourceImageFileName
+    {{9046, 21}, TagType::string, 0, 0, 0, 0},  // SourceImageVolumeName
+    {{9067, 12}, TagType::string, 0, 0, 0, 0},  // PrintQuality
+    {{9079, 16}, TagType::string, 0, 0, 0, 0},  // ImagePrintStatus
+    {{9095, 21}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsVersion
+    {{9116, 18}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsName
+    {{9134, 18}, TagType::string, 0, 0, 0, 0},  // DigitalEffectsType
+    {{9152, 9}, TagType::string, 8, 0, 0, 0},  // BinaryXML
+    {{9161, 4}, TagType::string, 8, 0, 0, 0},  // Free
+    {{9165, 13}, TagType::int16u, 0, 0, 0, 0},  // VesperineSize
+    {{9178, 12}, TagType::string, 0, 0, 0, 0},  // ItemLocation
+    {{9190, 11}, TagType::string, 8, 0, 0, 0},  // IPMPControl
+    {{9201, 14}, TagType::string, 8, 0, 0, 0},  // ItemProtection
+    {{9215, 20}, TagType::string, 0, 0, 0, 0},  // PrimaryItemReference
+    {{9235, 11}, TagType::string, 0, 0, 0, 0},  // MetaVersion
+    {{9246, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
 };
 constexpr detail::StringRow kStringsEnglishMeta[] = {
     {{9258, 14}, {9272, 10}},
@@ -1971,417 +2019,418 @@ constinit detail::StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, 
 
 // Microsoft: 410 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMicrosoft[] = {
-    {{11333, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{11355, 27}, TagType::int32u, 2, 0, 0, 4},
-    {{11382, 22}, TagType::int32u, 2, 0, 4, 5},
-    {{11404, 21}, TagType::float_, 2, 0, 0, 0},
-    {{11425, 21}, TagType::float_, 2, 0, 0, 0},
-    {{11446, 19}, TagType::float_, 2, 0, 0, 0},
-    {{11465, 19}, TagType::float_, 2, 0, 0, 0},
-    {{11484, 8}, TagType::string, 0, 0, 0, 0},
-    {{11492, 15}, TagType::string, 0, 0, 0, 0},
-    {{11507, 18}, TagType::string, 0, 0, 0, 0},
-    {{11525, 20}, TagType::string, 0, 0, 0, 0},
-    {{11545, 19}, TagType::string, 0, 0, 0, 0},
-    {{11564, 24}, TagType::string, 0, 0, 0, 0},
-    {{11588, 27}, TagType::string, 0, 0, 0, 0},
-    {{11615, 20}, TagType::string, 0, 0, 0, 0},
-    {{11635, 7}, TagType::string, 0, 0, 0, 0},
-    {{11642, 18}, TagType::string, 0, 0, 0, 0},
-    {{11660, 19}, TagType::string, 0, 0, 0, 0},
-    {{11679, 18}, TagType::string, 0, 0, 0, 0},
-    {{11697, 12}, TagType::string, 0, 0, 0, 0},
-    {{11709, 11}, TagType::string, 0, 0, 0, 0},
-    {{11720, 6}, TagType::string, 0, 0, 0, 0},
-    {{11726, 15}, TagType::string, 0, 0, 0, 0},
-    {{11741, 12}, TagType::string, 0, 0, 0, 0},
-    {{11753, 7}, TagType::string, 0, 0, 0, 0},
-    {{11760, 6}, TagType::string, 0, 0, 0, 0},
-    {{11766, 10}, TagType::string, 0, 0, 0, 0},
-    {{11776, 14}, TagType::string, 0, 0, 0, 0},
-    {{11790, 11}, TagType::string, 0, 0, 0, 0},
-    {{11801, 18}, TagType::string, 0, 0, 0, 0},
-    {{11819, 11}, TagType::string, 0, 0, 0, 0},
-    {{11830, 8}, TagType::string, 0, 0, 0, 0},
-    {{1053, 7}, TagType::string, 0, 0, 0, 0},
-    {{11838, 26}, TagType::string, 0, 0, 0, 0},
-    {{1136, 9}, TagType::string, 0, 0, 0, 0},
-    {{11864, 5}, TagType::string, 0, 0, 0, 0},
-    {{11869, 14}, TagType::string, 0, 0, 0, 0},
-    {{11883, 13}, TagType::string, 0, 0, 0, 0},
-    {{11896, 13}, TagType::string, 0, 0, 0, 0},
-    {{11909, 24}, TagType::string, 0, 0, 0, 0},
-    {{11933, 8}, TagType::string, 0, 0, 0, 0},
-    {{11941, 10}, TagType::string, 0, 0, 0, 0},
-    {{11951, 10}, TagType::string, 0, 0, 0, 0},
-    {{11961, 5}, TagType::string, 0, 0, 0, 0},
-    {{1234, 11}, TagType::string, 0, 0, 0, 0},
-    {{11966, 13}, TagType::string, 0, 0, 0, 0},
-    {{233, 8}, TagType::string, 0, 0, 0, 0},
-    {{11979, 5}, TagType::string, 0, 0, 0, 0},
-    {{11984, 8}, TagType::string, 0, 0, 0, 0},
-    {{11992, 8}, TagType::string, 0, 0, 0, 0},
-    {{12000, 9}, TagType::string, 0, 0, 0, 0},
-    {{12009, 6}, TagType::string, 0, 0, 0, 0},
-    {{802, 9}, TagType::string, 0, 0, 0, 0},
-    {{12015, 9}, TagType::string, 0, 0, 0, 0},
-    {{12024, 13}, TagType::string, 0, 0, 0, 0},
-    {{12037, 5}, TagType::string, 0, 0, 0, 0},
-    {{12042, 11}, TagType::string, 0, 0, 0, 0},
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},
-    {{12053, 9}, TagType::string, 0, 0, 0, 0},
-    {{12062, 11}, TagType::string, 0, 0, 0, 0},
-    {{12073, 8}, TagType::string, 0, 0, 0, 0},
-    {{12081, 17}, TagType::string, 0, 0, 0, 0},
-    {{12098, 9}, TagType::string, 0, 0, 0, 0},
-    {{12107, 10}, TagType::string, 0, 0, 0, 0},
-    {{12117, 8}, TagType::string, 0, 0, 0, 0},
-    {{12125, 9}, TagType::string, 0, 0, 0, 0},
-    {{12134, 9}, TagType::string, 0, 0, 0, 0},
-    {{12143, 17}, TagType::string, 0, 0, 0, 0},
-    {{12160, 17}, TagType::string, 0, 0, 0, 0},
-    {{12177, 13}, TagType::string, 0, 0, 0, 0},
-    {{12190, 8}, TagType::string, 0, 0, 0, 0},
-    {{12198, 15}, TagType::string, 0, 0, 0, 0},
-    {{12213, 11}, TagType::string, 0, 0, 0, 0},
-    {{12224, 9}, TagType::string, 0, 0, 0, 0},
-    {{12233, 11}, TagType::string, 0, 0, 0, 0},
-    {{12244, 9}, TagType::string, 0, 0, 0, 0},
-    {{12253, 13}, TagType::string, 0, 0, 0, 0},
-    {{12266, 16}, TagType::string, 0, 0, 0, 0},
-    {{12282, 18}, TagType::string, 0, 0, 0, 0},
-    {{12300, 17}, TagType::string, 0, 0, 0, 0},
-    {{12317, 22}, TagType::string, 0, 0, 0, 0},
-    {{12339, 25}, TagType::string, 0, 0, 0, 0},
-    {{12364, 11}, TagType::string, 0, 0, 0, 0},
-    {{12375, 14}, TagType::string, 0, 0, 0, 0},
-    {{12389, 16}, TagType::string, 0, 0, 0, 0},
-    {{12405, 15}, TagType::string, 0, 0, 0, 0},
-    {{12420, 20}, TagType::string, 0, 0, 0, 0},
-    {{12440, 23}, TagType::string, 0, 0, 0, 0},
-    {{12463, 12}, TagType::string, 0, 0, 0, 0},
-    {{12475, 14}, TagType::string, 0, 0, 0, 0},
-    {{12489, 9}, TagType::string, 0, 0, 0, 0},
-    {{1795, 7}, TagType::string, 0, 0, 0, 0},
-    {{12498, 6}, TagType::string, 0, 0, 0, 0},
-    {{12504, 6}, TagType::string, 0, 0, 0, 0},
-    {{12510, 6}, TagType::string, 0, 0, 0, 0},
-    {{12516, 6}, TagType::string, 0, 0, 0, 0},
-    {{12522, 6}, TagType::string, 0, 0, 0, 0},
-    {{12528, 6}, TagType::string, 0, 0, 0, 0},
-    {{12534, 6}, TagType::string, 0, 0, 0, 0},
-    {{12540, 6}, TagType::string, 0, 0, 0, 0},
-    {{12546, 6}, TagType::string, 0, 0, 0, 0},
-    {{12552, 6}, TagType::string, 0, 0, 0, 0},
-    {{12558, 6}, TagType::string, 0, 0, 0, 0},
-    {{12564, 6}, TagType::string, 0, 0, 0, 0},
-    {{12570, 6}, TagType::string, 0, 0, 0, 0},
-    {{12576, 6}, TagType::string, 0, 0, 0, 0},
-    {{12582, 6}, TagType::string, 0, 0, 0, 0},
-    {{12588, 6}, TagType::string, 0, 0, 0, 0},
-    {{12594, 8}, TagType::string, 0, 0, 0, 0},
-    {{12602, 9}, TagType::string, 0, 0, 0, 0},
-    {{12611, 9}, TagType::string, 0, 0, 0, 0},
-    {{1843, 5}, TagType::string, 0, 0, 0, 0},
-    {{12620, 14}, TagType::string, 0, 0, 0, 0},
-    {{12634, 13}, TagType::string, 0, 0, 0, 0},
-    {{12647, 10}, TagType::string, 0, 0, 0, 0},
-    {{12657, 11}, TagType::string, 0, 0, 0, 0},
-    {{12668, 11}, TagType::string, 0, 0, 0, 0},
-    {{12679, 19}, TagType::string, 0, 0, 0, 0},
-    {{12698, 18}, TagType::string, 0, 0, 0, 0},
-    {{12716, 13}, TagType::string, 0, 0, 0, 0},
-    {{12729, 22}, TagType::string, 0, 0, 0, 0},
-    {{12751, 20}, TagType::string, 0, 0, 0, 0},
-    {{12771, 20}, TagType::string, 0, 0, 0, 0},
-    {{12791, 18}, TagType::string, 0, 0, 0, 0},
-    {{12809, 20}, TagType::string, 0, 0, 0, 0},
-    {{12829, 20}, TagType::string, 0, 0, 0, 0},
-    {{12849, 10}, TagType::string, 0, 0, 0, 0},
-    {{12859, 17}, TagType::string, 0, 0, 0, 0},
-    {{12876, 12}, TagType::string, 0, 0, 0, 0},
-    {{12888, 11}, TagType::string, 0, 0, 0, 0},
-    {{12899, 14}, TagType::string, 0, 0, 0, 0},
-    {{12913, 22}, TagType::string, 0, 0, 0, 0},
-    {{12935, 23}, TagType::string, 0, 0, 0, 0},
-    {{12958, 12}, TagType::date, 2, 0, 0, 0},
-    {{1354, 5}, TagType::string, 0, 0, 0, 0},
-    {{12970, 7}, TagType::string, 0, 0, 0, 0},
-    {{12977, 8}, TagType::string, 0, 0, 0, 0},
-    {{1455, 6}, TagType::string, 0, 0, 0, 0},
-    {{1471, 4}, TagType::string, 0, 0, 0, 0},
-    {{12985, 30}, TagType::string, 0, 0, 0, 0},
-    {{13015, 20}, TagType::string, 0, 0, 0, 0},
-    {{13035, 16}, TagType::string, 0, 0, 0, 0},
-    {{13051, 14}, TagType::string, 0, 0, 0, 0},
-    {{13065, 14}, TagType::string, 0, 0, 0, 0},
-    {{13079, 13}, TagType::string, 0, 0, 0, 0},
-    {{13092, 16}, TagType::int64u, 2, 0, 0, 0},
-    {{13108, 19}, TagType::string, 0, 0, 0, 0},
-    {{13127, 21}, TagType::string, 0, 0, 0, 0},
-    {{13148, 11}, TagType::string, 0, 0, 0, 0},
-    {{13159, 20}, TagType::string, 0, 0, 0, 0},
-    {{13179, 14}, TagType::string, 0, 0, 0, 0},
-    {{13193, 11}, TagType::string, 0, 0, 0, 0},
-    {{13204, 10}, TagType::string, 0, 0, 0, 0},
-    {{13214, 19}, TagType::string, 0, 0, 0, 0},
-    {{13233, 14}, TagType::string, 0, 0, 0, 0},
-    {{13247, 11}, TagType::string, 0, 0, 0, 0},
-    {{13258, 25}, TagType::string, 0, 0, 0, 0},
-    {{13283, 26}, TagType::string, 0, 0, 0, 0},
-    {{13309, 4}, TagType::string, 0, 0, 0, 0},
-    {{13313, 10}, TagType::string, 0, 0, 0, 0},
-    {{13323, 8}, TagType::string, 0, 0, 0, 0},
-    {{13331, 9}, TagType::string, 0, 0, 0, 0},
-    {{13340, 8}, TagType::string, 0, 0, 0, 0},
-    {{13348, 18}, TagType::string, 0, 0, 0, 0},
-    {{13366, 9}, TagType::string, 0, 0, 0, 0},
-    {{13375, 11}, TagType::string, 0, 0, 0, 0},
-    {{13386, 17}, TagType::string, 0, 0, 0, 0},
-    {{13403, 10}, TagType::string, 0, 0, 0, 0},
-    {{13413, 25}, TagType::string, 0, 0, 0, 0},
-    {{13438, 13}, TagType::string, 0, 0, 0, 0},
-    {{13451, 11}, TagType::string, 0, 0, 0, 0},
-    {{13462, 11}, TagType::string, 0, 0, 0, 0},
-    {{13473, 14}, TagType::string, 0, 0, 0, 0},
-    {{13487, 15}, TagType::string, 0, 0, 0, 0},
-    {{13502, 10}, TagType::string, 0, 0, 0, 0},
-    {{13512, 20}, TagType::string, 0, 0, 0, 0},
-    {{13532, 9}, TagType::string, 0, 0, 0, 0},
-    {{13541, 12}, TagType::string, 0, 0, 0, 0},
-    {{13553, 11}, TagType::string, 0, 0, 0, 0},
-    {{13564, 11}, TagType::string, 0, 0, 0, 0},
-    {{13575, 12}, TagType::string, 0, 0, 0, 0},
-    {{13587, 6}, TagType::string, 0, 0, 0, 0},
-    {{13593, 15}, TagType::string, 0, 0, 0, 0},
-    {{13608, 8}, TagType::string, 0, 0, 0, 0},
-    {{13616, 16}, TagType::string, 0, 0, 0, 0},
-    {{13632, 12}, TagType::string, 0, 0, 0, 0},
-    {{13644, 15}, TagType::string, 0, 0, 0, 0},
-    {{13659, 12}, TagType::string, 0, 0, 0, 0},
-    {{13671, 11}, TagType::string, 0, 0, 0, 0},
-    {{13682, 9}, TagType::string, 0, 0, 0, 0},
-    {{13691, 11}, TagType::string, 0, 0, 0, 0},
-    {{13702, 9}, TagType::string, 0, 0, 0, 0},
-    {{13711, 12}, TagType::string, 0, 0, 0, 0},
-    {{13723, 9}, TagType::string, 0, 0, 0, 0},
-    {{13732, 8}, TagType::string, 0, 0, 0, 0},
-    {{13740, 13}, TagType::string, 0, 0, 0, 0},
-    {{13753, 8}, TagType::string, 0, 0, 0, 0},
-    {{13761, 8}, TagType::string, 0, 0, 0, 0},
-    {{13769, 13}, TagType::string, 0, 0, 0, 0},
-    {{13782, 14}, TagType::string, 0, 0, 0, 0},
-    {{13796, 9}, TagType::string, 0, 0, 0, 0},
-    {{13805, 10}, TagType::string, 0, 0, 0, 0},
-    {{13815, 6}, TagType::string, 0, 0, 0, 0},
-    {{13821, 8}, TagType::string, 0, 0, 0, 0},
-    {{13829, 10}, TagType::string, 0, 0, 0, 0},
-    {{13839, 11}, TagType::string, 0, 0, 0, 0},
-    {{13850, 8}, TagType::string, 0, 0, 0, 0},
-    {{13858, 5}, TagType::string, 0, 0, 0, 0},
-    {{13863, 8}, TagType::string, 0, 0, 0, 0},
-    {{13871, 4}, TagType::string, 0, 0, 0, 0},
-    {{13875, 9}, TagType::string, 0, 0, 0, 0},
-    {{13884, 13}, TagType::string, 0, 0, 0, 0},
-    {{13897, 8}, TagType::string, 0, 0, 0, 0},
-    {{13905, 13}, TagType::string, 0, 0, 0, 0},
-    {{13918, 12}, TagType::string, 0, 0, 0, 0},
-    {{13930, 11}, TagType::string, 0, 0, 0, 0},
-    {{13941, 10}, TagType::string, 0, 0, 0, 0},
-    {{13951, 7}, TagType::string, 0, 0, 0, 0},
-    {{13958, 7}, TagType::string, 0, 0, 0, 0},
-    {{13965, 6}, TagType::string, 0, 0, 0, 0},
-    {{13971, 7}, TagType::string, 0, 0, 0, 0},
-    {{13978, 12}, TagType::string, 0, 0, 0, 0},
-    {{13990, 15}, TagType::string, 0, 0, 0, 0},
-    {{14005, 12}, TagType::string, 0, 0, 0, 0},
-    {{14017, 23}, TagType::string, 0, 0, 0, 0},
-    {{14040, 13}, TagType::string, 0, 0, 0, 0},
-    {{14053, 5}, TagType::string, 0, 0, 0, 0},
-    {{14058, 9}, TagType::string, 0, 0, 0, 0},
-    {{14067, 10}, TagType::string, 0, 0, 0, 0},
-    {{14077, 13}, TagType::string, 0, 0, 0, 0},
-    {{14090, 12}, TagType::string, 0, 0, 0, 0},
-    {{14102, 11}, TagType::string, 0, 0, 0, 0},
-    {{1810, 7}, TagType::string, 0, 0, 0, 0},
-    {{14113, 16}, TagType::string, 0, 0, 0, 0},
-    {{14129, 11}, TagType::string, 0, 0, 0, 0},
-    {{972, 6}, TagType::string, 0, 0, 0, 0},
-    {{1363, 10}, TagType::string, 0, 0, 0, 0},
-    {{14140, 16}, TagType::string, 0, 0, 0, 0},
-    {{14156, 10}, TagType::string, 0, 0, 0, 0},
-    {{1802, 8}, TagType::string, 0, 0, 0, 0},
-    {{1489, 4}, TagType::string, 0, 0, 0, 0},
-    {{14166, 10}, TagType::string, 0, 0, 0, 0},
-    {{14176, 15}, TagType::string, 0, 0, 0, 0},
-    {{1872, 3}, TagType::string, 0, 0, 0, 0},
-    {{14191, 11}, TagType::string, 0, 0, 0, 0},
-    {{14202, 9}, TagType::string, 0, 0, 0, 0},
-    {{14211, 7}, TagType::string, 0, 0, 0, 0},
-    {{14218, 7}, TagType::string, 0, 0, 0, 0},
-    {{14225, 8}, TagType::string, 0, 0, 0, 0},
-    {{14233, 6}, TagType::string, 0, 0, 0, 0},
-    {{14239, 10}, TagType::string, 0, 0, 0, 0},
-    {{14249, 9}, TagType::string, 0, 0, 0, 0},
-    {{14258, 9}, TagType::string, 0, 0, 0, 0},
-    {{14267, 20}, TagType::string, 0, 0, 0, 0},
-    {{14287, 18}, TagType::string, 0, 0, 0, 0},
-    {{14305, 8}, TagType::string, 0, 0, 0, 0},
-    {{98, 15}, TagType::string, 0, 0, 0, 0},
-    {{14313, 15}, TagType::string, 0, 0, 0, 0},
-    {{14328, 16}, TagType::string, 0, 0, 0, 0},
-    {{14344, 10}, TagType::string, 0, 0, 0, 0},
-    {{14354, 11}, TagType::string, 0, 0, 0, 0},
-    {{14365, 12}, TagType::string, 0, 0, 0, 0},
-    {{14377, 8}, TagType::string, 0, 0, 0, 0},
-    {{14385, 9}, TagType::string, 0, 0, 0, 0},
-    {{14394, 9}, TagType::string, 0, 0, 0, 0},
-    {{14403, 14}, TagType::string, 0, 0, 0, 0},
-    {{14417, 9}, TagType::string, 0, 0, 0, 0},
-    {{14426, 7}, TagType::string, 0, 0, 0, 0},
-    {{1621, 9}, TagType::string, 0, 0, 0, 0},
-    {{1538, 6}, TagType::string, 0, 0, 0, 0},
-    {{14433, 10}, TagType::string, 0, 0, 0, 0},
-    {{1300, 9}, TagType::string, 0, 0, 0, 0},
-    {{1696, 6}, TagType::string, 0, 0, 0, 0},
-    {{14443, 7}, TagType::string, 0, 0, 0, 0},
-    {{14450, 7}, TagType::string, 0, 0, 0, 0},
-    {{14457, 6}, TagType::string, 0, 0, 0, 0},
-    {{14463, 9}, TagType::string, 0, 0, 0, 0},
-    {{14472, 13}, TagType::string, 0, 0, 0, 0},
-    {{14485, 11}, TagType::string, 0, 0, 0, 0},
-    {{14496, 13}, TagType::string, 0, 0, 0, 0},
-    {{14509, 16}, TagType::string, 0, 0, 0, 0},
-    {{14525, 5}, TagType::string, 0, 0, 0, 0},
-    {{14530, 3}, TagType::string, 0, 0, 0, 0},
-    {{14533, 11}, TagType::string, 0, 0, 0, 0},
-    {{14544, 18}, TagType::string, 0, 0, 0, 0},
-    {{14562, 15}, TagType::string, 0, 0, 0, 0},
-    {{14577, 13}, TagType::string, 0, 0, 0, 0},
-    {{14590, 9}, TagType::string, 0, 0, 0, 0},
-    {{14599, 20}, TagType::string, 0, 0, 0, 0},
-    {{14619, 10}, TagType::string, 0, 0, 0, 0},
-    {{14629, 13}, TagType::string, 0, 0, 0, 0},
-    {{14642, 12}, TagType::string, 0, 0, 0, 0},
-    {{14654, 15}, TagType::string, 0, 0, 0, 0},
-    {{14669, 16}, TagType::string, 0, 0, 0, 0},
-    {{14685, 9}, TagType::string, 0, 0, 0, 0},
-    {{14694, 10}, TagType::string, 0, 0, 0, 0},
-    {{14704, 16}, TagType::string, 0, 0, 0, 0},
-    {{14720, 14}, TagType::string, 0, 0, 0, 0},
-    {{14734, 10}, TagType::string, 0, 0, 0, 0},
-    {{14744, 19}, TagType::string, 0, 0, 0, 0},
-    {{14763, 8}, TagType::string, 0, 0, 0, 0},
-    {{14771, 8}, TagType::string, 0, 0, 0, 0},
-    {{14779, 11}, TagType::string, 0, 0, 0, 0},
-    {{14790, 9}, TagType::string, 0, 0, 0, 0},
-    {{14799, 15}, TagType::string, 0, 0, 0, 0},
-    {{1400, 5}, TagType::string, 0, 0, 0, 0},
-    {{14814, 11}, TagType::string, 0, 0, 0, 0},
-    {{14825, 15}, TagType::string, 0, 0, 0, 0},
-    {{14840, 11}, TagType::string, 0, 0, 0, 0},
-    {{14851, 5}, TagType::string, 0, 0, 0, 0},
-    {{14856, 9}, TagType::string, 0, 0, 0, 0},
-    {{14865, 9}, TagType::string, 0, 0, 0, 0},
-    {{14874, 9}, TagType::string, 0, 0, 0, 0},
-    {{14883, 8}, TagType::string, 0, 0, 0, 0},
-    {{14891, 14}, TagType::string, 0, 0, 0, 0},
-    {{14905, 6}, TagType::string, 0, 0, 0, 0},
-    {{14911, 15}, TagType::string, 0, 0, 0, 0},
-    {{14926, 11}, TagType::string, 0, 0, 0, 0},
-    {{14937, 19}, TagType::string, 0, 0, 0, 0},
-    {{14956, 13}, TagType::string, 0, 0, 0, 0},
-    {{14969, 12}, TagType::string, 0, 0, 0, 0},
-    {{14981, 9}, TagType::string, 0, 0, 0, 0},
-    {{14990, 22}, TagType::string, 0, 0, 0, 0},
-    {{15012, 17}, TagType::string, 0, 0, 0, 0},
-    {{15029, 4}, TagType::string, 0, 0, 0, 0},
-    {{15033, 4}, TagType::string, 0, 0, 0, 0},
-    {{15037, 10}, TagType::string, 0, 0, 0, 0},
-    {{15047, 12}, TagType::string, 0, 0, 0, 0},
-    {{15059, 11}, TagType::string, 0, 0, 0, 0},
-    {{15070, 12}, TagType::string, 0, 0, 0, 0},
-    {{15082, 10}, TagType::string, 0, 0, 0, 0},
-    {{15092, 10}, TagType::string, 0, 0, 0, 0},
-    {{15102, 10}, TagType::string, 0, 0, 0, 0},
-    {{15112, 13}, TagType::string, 0, 0, 0, 0},
-    {{15125, 9}, TagType::string, 0, 0, 0, 0},
-    {{15134, 14}, TagType::string, 0, 0, 0, 0},
-    {{15148, 8}, TagType::string, 0, 0, 0, 0},
-    {{15156, 14}, TagType::string, 0, 0, 0, 0},
-    {{15170, 5}, TagType::string, 0, 0, 0, 0},
-    {{15175, 7}, TagType::string, 0, 0, 0, 0},
-    {{15182, 19}, TagType::string, 0, 0, 0, 0},
-    {{15201, 4}, TagType::string, 0, 0, 0, 0},
-    {{15205, 17}, TagType::string, 0, 0, 0, 0},
-    {{15222, 14}, TagType::string, 0, 0, 0, 0},
-    {{15236, 7}, TagType::string, 0, 0, 0, 0},
-    {{15243, 11}, TagType::string, 0, 0, 0, 0},
-    {{15254, 18}, TagType::string, 0, 0, 0, 0},
-    {{15272, 8}, TagType::string, 0, 0, 0, 0},
-    {{15280, 12}, TagType::string, 0, 0, 0, 0},
-    {{15292, 25}, TagType::string, 0, 0, 0, 0},
-    {{15317, 7}, TagType::string, 0, 0, 0, 0},
-    {{15324, 8}, TagType::string, 0, 0, 0, 0},
-    {{1115, 11}, TagType::string, 0, 0, 0, 0},
-    {{15332, 6}, TagType::string, 0, 0, 0, 0},
-    {{15338, 6}, TagType::string, 0, 0, 0, 0},
-    {{15344, 5}, TagType::string, 0, 0, 0, 0},
-    {{15349, 11}, TagType::string, 0, 0, 0, 0},
-    {{15360, 6}, TagType::string, 0, 0, 0, 0},
-    {{15366, 14}, TagType::string, 0, 0, 0, 0},
-    {{15380, 14}, TagType::string, 0, 0, 0, 0},
-    {{1201, 12}, TagType::string, 0, 0, 0, 0},
-    {{15394, 5}, TagType::string, 0, 0, 0, 0},
-    {{15399, 12}, TagType::string, 0, 0, 0, 0},
-    {{15411, 10}, TagType::string, 0, 0, 0, 0},
-    {{15421, 9}, TagType::string, 0, 0, 0, 0},
-    {{15430, 18}, TagType::string, 0, 0, 0, 0},
-    {{15448, 10}, TagType::string, 0, 0, 0, 0},
-    {{15458, 10}, TagType::string, 0, 0, 0, 0},
-    {{15468, 10}, TagType::string, 0, 0, 0, 0},
-    {{15478, 13}, TagType::string, 0, 0, 0, 0},
-    {{15491, 9}, TagType::string, 0, 0, 0, 0},
-    {{15500, 5}, TagType::string, 0, 0, 0, 0},
-    {{15505, 11}, TagType::string, 0, 0, 0, 0},
-    {{15516, 7}, TagType::string, 0, 0, 0, 0},
-    {{15523, 7}, TagType::string, 0, 0, 0, 0},
-    {{15530, 8}, TagType::string, 0, 0, 0, 0},
-    {{15538, 12}, TagType::string, 0, 0, 0, 0},
-    {{15550, 12}, TagType::string, 0, 0, 0, 0},
-    {{15562, 11}, TagType::string, 0, 0, 0, 0},
-    {{15573, 8}, TagType::string, 0, 0, 0, 0},
-    {{15581, 11}, TagType::string, 0, 0, 0, 0},
-    {{15592, 7}, TagType::string, 0, 0, 0, 0},
-    {{15599, 10}, TagType::string, 0, 0, 0, 0},
-    {{15609, 4}, TagType::string, 0, 0, 0, 0},
-    {{15613, 11}, TagType::string, 0, 0, 0, 0},
-    {{15624, 14}, TagType::string, 0, 0, 0, 0},
-    {{15638, 9}, TagType::string, 0, 0, 0, 0},
-    {{15647, 12}, TagType::string, 0, 0, 0, 0},
-    {{15659, 6}, TagType::string, 0, 0, 0, 0},
-    {{15665, 10}, TagType::string, 0, 0, 0, 0},
-    {{15675, 15}, TagType::string, 0, 0, 0, 0},
-    {{15690, 6}, TagType::string, 0, 0, 0, 0},
-    {{15696, 12}, TagType::string, 0, 0, 0, 0},
-    {{15708, 16}, TagType::string, 0, 0, 0, 0},
-    {{15724, 11}, TagType::string, 0, 0, 0, 0},
-    {{15735, 9}, TagType::string, 0, 0, 0, 0},
-    {{15744, 13}, TagType::string, 0, 0, 0, 0},
-    {{15757, 5}, TagType::string, 0, 0, 0, 0},
-    {{15762, 9}, TagType::string, 0, 0, 0, 0},
-    {{15771, 11}, TagType::string, 0, 0, 0, 0},
-    {{1392, 8}, TagType::string, 0, 0, 0, 0},
-    {{15782, 8}, TagType::string, 0, 0, 0, 0},
-    {{15790, 12}, TagType::string, 0, 0, 0, 0},
-    {{15802, 8}, TagType::string, 0, 0, 0, 0},
-    {{15810, 4}, TagType::string, 0, 0, 0, 0},
-    {{15814, 11}, TagType::string, 0, 0, 0, 0},
-    {{15825, 13}, TagType::string, 0, 0, 0, 0},
-    {{15838, 10}, TagType::string, 0, 0, 0, 0},
-    {{15848, 7}, TagType::string, 0, 0, 0, 0},
-    {{15855, 11}, TagType::string, 0, 0, 0, 0},
+    {{11333, 22}, TagType::int32u, 2, 0, 0, 0},  // PanoramicStitchVersion
+    {{11355, 27}, TagType::int32u, 2, 0, 0, 4},  // PanoramicStitchCameraMotion
+    {{11382, 22}, TagType::int32u, 2, 0, 4, 5},  // PanoramicStitchMapType
+    {{11404, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta0
+    {{11425, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta1
+    {{11446, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi0
+    {{11465, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi1
+    {{11484, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{11492, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
+    {{11507, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
+    {{11525, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
+    {{11545, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
+    {{11564, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
+    {{11588, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
+    {{11615, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
+    {{11635, 7}, TagType::string, 0, 0, 0, 0},  // AlbumID
+    {{11642, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
+    {{11660, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
+    {{11679, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
+    {{11697, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{11709, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
+    {{11720, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{11726, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
+    {{11741, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
+    {{11753, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
+    {{11760, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
+    {{11766, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
+    {{11776, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
+    {{11790, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
+    {{11801, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
+    {{11819, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
+    {{11830, 8}, TagType::string, 0, 0, 0, 0},  // Channels
+    {{1053, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{11838, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
+    {{1136, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{11864, 5}, TagType::string, 0, 0, 0, 0},  // Count
+    {{11869, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
+    {{11883, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
+    {{11896, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
+    {{11909, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
+    {{11933, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
+    {{11941, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
+    {{11951, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
+    {{11961, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
+    {{1234, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{11966, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
+    {{233, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{11979, 5}, TagType::string, 0, 0, 0, 0},  // Event
+    {{11984, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
+    {{11992, 8}, TagType::string, 0, 0, 0, 0},  // FileType
+    {{12000, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
+    {{12009, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
+    {{802, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{12015, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
+    {{12024, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
+    {{12037, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
+    {{12042, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
+    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
+    {{12053, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
+    {{12062, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
+    {{12073, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{12081, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
+    {{12098, 9}, TagType::string, 0, 0, 0, 0},  // MediaType
+    {{12107, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
+    {{12117, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
+    {{12125, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
+    {{12134, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
+    {{12143, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
+    {{12160, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
+    {{12177, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
+    {{12190, 8}, TagType::string, 0, 0, 0, 0},  // Provider
+    {{12198, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
+    {{12213, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
+    {{12224, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
+    {{12233, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
+    {{12244, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
+    {{12253, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
+    {{12266, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
+    {{12282, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
+    {{12300, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
+    {{12317, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
+    {{12339, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
+    {{12364, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseDate
+    {{12375, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
+    {{12389, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
+    {{12405, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
+    {{12420, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
+    {{12440, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
+    {{12463, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
+    {{12475, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
+    {{12489, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
+    {{1795, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{12498, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
+    {{12504, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
+    {{12510, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
+    {{12516, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
+    {{12522, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
+    {{12528, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
+    {{12534, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
+    {{12540, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
+    {{12546, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
+    {{12552, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
+    {{12558, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
+    {{12564, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
+    {{12570, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
+    {{12576, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
+    {{12582, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
+    {{12588, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
+    {{12594, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
+    {{12602, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
+    {{12611, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
+    {{1843, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{12620, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
+    {{12634, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
+    {{12647, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
+    {{12657, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
+    {{12668, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
+    {{12679, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
+    {{12698, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
+    {{12716, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
+    {{12729, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
+    {{12751, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
+    {{12771, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
+    {{12791, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
+    {{12809, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
+    {{12829, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
+    {{12849, 10}, TagType::string, 0, 0, 0, 0},  // UserRating
+    {{12859, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
+    {{12876, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
+    {{12888, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
+    {{12899, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
+    {{12913, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
+    {{12935, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
+    {{12958, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
+    {{1354, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{12970, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
+    {{12977, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{1455, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
+    {{1471, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
+    {{12985, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{13015, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
+    {{13035, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
+    {{13051, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
+    {{13065, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
+    {{13079, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
+    {{13092, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
+    {{13108, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
+    {{13127, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
+    {{13148, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
+    {{13159, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
+    {{13179, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
+    {{13193, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
+    {{13204, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
+    {{13214, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
+    {{13233, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
+    {{13247, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
+    {{13258, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
+    {{13283, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
+    {{13309, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{13313, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
+    {{13323, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
+    {{13331, 9}, TagType::string, 0, 0, 0, 0},  // Resources
+    {{13340, 8}, TagType::string, 0, 0, 0, 0},  // Complete
+    {{13348, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
+    {{13366, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
+    {{13375, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
+    {{13386, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
+    {{13403, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
+    {{13413, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
+    {{13438, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
+    {{13451, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{13462, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
+    {{13473, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
+    {{13487, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
+    {{13502, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
+    {{13512, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
+    {{13532, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
+    {{13541, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
+    {{13553, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
+    {{13564, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
+    {{13575, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{13587, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
+    {{13593, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
+    {{13608, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
+    {{13616, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
+    {{13632, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
+    {{13644, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
+    {{13659, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
+    {{13671, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
+    {{13682, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
+    {{13691, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{13702, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
+    {{13711, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
+    {{13723, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
+    {{13732, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
+    {{13740, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
+    {{13753, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
+    {{13761, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
+    {{13769, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
+    {{13782, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
+    {{13796, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
+    {{13805, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
+    {{13815, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
+    {{13821, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
+    {{13829, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
+    {{13839, 11}, TagType::string, 0, 0, 0, 0},  // StationName
+    {{13850, 8}, TagType::string, 0, 0, 0, 0},  // Division
+    {{13858, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
+    {{13863, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
+    {{13871, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{13875, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
+    {{13884, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
+    {{13897, 8}, TagType::string, 0, 0, 0, 0},  // Computer
+    {{13905, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
+    {{13918, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
+    {{13930, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
+    {{13941, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
+    {{13951, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
+    {{13958, 7}, TagType::string, 0, 0, 0, 0},  // Project
+    {{13965, 6}, TagType::string, 0, 0, 0, 0},  // Gender
+    {{13971, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
+    {{13978, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
+    {{13990, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
+    {{14005, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
+    {{14017, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
+    {{14040, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
+    {{14053, 5}, TagType::string, 0, 0, 0, 0},  // Color
+    {{14058, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
+    {{14067, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
+    {{14077, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
+    {{14090, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
+    {{14102, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
+    {{1810, 7}, TagType::string, 0, 0, 0, 0},  // Summary
+    {{14113, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
+    {{14129, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
+    {{972, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{1363, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
+    {{14140, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
+    {{14156, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
+    {{1802, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{1489, 4}, TagType::string, 0, 0, 0, 0},  // Mood
+    {{14166, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
+    {{14176, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
+    {{1872, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{14191, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
+    {{14202, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
+    {{14211, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
+    {{14218, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
+    {{14225, 8}, TagType::string, 0, 0, 0, 0},  // FullName
+    {{14233, 6}, TagType::string, 0, 0, 0, 0},  // Street
+    {{14239, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
+    {{14249, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
+    {{14258, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
+    {{14267, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
+    {{14287, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
+    {{14305, 8}, TagType::string, 0, 0, 0, 0},  // BitDepth
+    {{98, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
+    {{14313, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
+    {{14328, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
+    {{14344, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
+    {{14354, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
+    {{14365, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
+    {{14377, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
+    {{14385, 9}, TagType::string, 0, 0, 0, 0},  // Composers
+    {{14394, 9}, TagType::string, 0, 0, 0, 0},  // Directors
+    {{14403, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
+    {{14417, 9}, TagType::string, 0, 0, 0, 0},  // Producers
+    {{14426, 7}, TagType::string, 0, 0, 0, 0},  // Writers
+    {{1621, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{1538, 6}, TagType::string, 0, 0, 0, 0},  // Period
+    {{14433, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
+    {{1300, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{1696, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{14443, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
+    {{14450, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
+    {{14457, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{14463, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
+    {{14472, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
+    {{14485, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
+    {{14496, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
+    {{14509, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
+    {{14525, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
+    {{14530, 3}, TagType::string, 0, 0, 0, 0},  // SAP
+    {{14533, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
+    {{14544, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
+    {{14562, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
+    {{14577, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
+    {{14590, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
+    {{14599, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
+    {{14619, 10}, TagType::string, 0, 0, 0, 0},  // Profession
+    {{14629, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
+    {{14642, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
+    {{14654, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
+    {{14669, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
+    {{14685, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
+    {{14694, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
+    {{14704, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
+    {{14720, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
+    {{14734, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
+    {{14744, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
+    {{14763, 8}, TagType::string, 0, 0, 0, 0},  // LastName
+    {{14771, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
+    {{14779, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
+    {{14790, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
+    {{14799, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
+    {{1400, 5}, TagType::string, 0, 0, 0, 0},  // Label
+    {{14814, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
+    {{14825, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
+    {{14840, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
+    {{14851, 5}, TagType::string, 0, 0, 0, 0},  // Owner
+    {{14856, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
+    {{14865, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
+    {{14874, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
+    {{14883, 8}, TagType::string, 0, 0, 0, 0},  // Priority
+    {{14891, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
+    {{14905, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
+    {{14911, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
+    {{14926, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
+    {{14937, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
+    {{14956, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
+    {{14969, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
+    {{14981, 9}, TagType::string, 0, 0, 0, 0},  // Protected
+    {{14990, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
+    {{15012, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
+    {{15029, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{15033, 4}, TagType::string, 0, 0, 0, 0},  // Size
+    {{15037, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
+    {{15047, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
+    {{15059, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{15070, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
+    {{15082, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
+    {{15092, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
+    {{15102, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
+    {{15112, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
+    {{15125, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
+    {{15134, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
+    {{15148, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
+    {{15156, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
+    {{15170, 5}, TagType::string, 0, 0, 0, 0},  // Telex
+    {{15175, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
+    {{15182, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
+    {{15201, 4}, TagType::string, 0, 0, 0, 0},  // City
+    {{15205, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
+    {{15222, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
+    {{15236, 7}, TagType::string, 0, 0, 0, 0},  // Creator
+    {{15243, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
+    {{15254, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
+    {{15272, 8}, TagType::string, 0, 0, 0, 0},  // Children
+    {{15280, 12}, TagType::string, 0, 0, 0, 0},  // Participants
+    {{15292, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
+    {{15317, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{15324, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{1115, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
+    {{15332, 6}, TagType::string, 0, 0, 0, 0},  // Status
+    {{15338, 6}, TagType::string, 0, 0, 0, 0},  // Slides
+    {{15344, 5}, TagType::string, 0, 0, 0, 0},  // Pager
+    {{15349, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
+    {{15360, 6}, TagType::string, 0, 0, 0, 0},  // Folder
+    {{15366, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
+    {{15380, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
+    {{1201, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
+    {{15394, 5}, TagType::string, 0, 0, 0, 0},  // POBox
+    {{15399, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
+    {{15411, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
+    {{15421, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
+    {{15430, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
+    {{15448, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
+    {{15458, 10}, TagType::string, 0, 0, 0, 0},  // Importance
+    {{15468, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
+    {{15478, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
+    {{15491, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
+    {{15500, 5}, TagType::string, 0, 0, 0, 0},  // Store
+    {{15505, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
+    {{15516, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
+    {{15523, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
+    {{15530, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
+    {{15538, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
+    {{15550, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
+    {{15562, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
+    {{15573, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
+    {{15581, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
+    {{15592, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
+    {{15599, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
+    {{15609, 4}, TagType::string, 0, 0, 0, 0},  // Path
+    {{15613, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
+    {{15624, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
+    {{15638, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
+    {{15647, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
+    {{15659, 6}, TagType::string, 0, 0, 0, 0},  // Shared
+    {{15665, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
+    {{15675, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
+    {{15690, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
+    {{15696, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
+    {{15708, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
+    {{15724, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
+    {{15735, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
+    {{15744, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
+    {{15757, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{15762, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
+    {{15771, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
+    {{1392, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{15782, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{15790, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
+    {{15802, 8}, TagType::string, 0, 0, 0, 0},  // Initials
+    {{15810, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{15814, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
+    {{15825, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
+    {{15838, 10}, TagType::string, 0, 0, 0, 0},  // Department
+    {{15848, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
+    {{15855, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
 };
 constexpr detail::TextRef kChoicesMicrosoft[] = {
     {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15872, 3},
@@ -3185,199 +3234,200 @@ constinit detail::StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, 
 
 // Minolta: 192 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinolta[] = {
-    {{33014, 14}, TagType::int8u, 2, 0, 0, 8},
-    {{33028, 20}, TagType::int16s, 2, 0, 8, 2},
-    {{33048, 17}, TagType::int16s, 2, 0, 8, 2},
-    {{33065, 20}, TagType::int16s, 2, 0, 8, 2},
-    {{33085, 14}, TagType::int16s, 2, 0, 8, 2},
-    {{33099, 24}, TagType::int16s, 2, 0, 8, 2},
-    {{33123, 22}, TagType::int16s, 2, 0, 8, 2},
-    {{33145, 11}, TagType::int16s, 2, 0, 8, 2},
-    {{33156, 16}, TagType::int16s, 2, 0, 8, 2},
-    {{33172, 19}, TagType::int16s, 2, 0, 8, 2},
-    {{33191, 11}, TagType::int8u, 2, 0, 10, 4},
-    {{33202, 7}, TagType::int8u, 2, 0, 14, 10},
-    {{33209, 6}, TagType::int8u, 2, 0, 24, 4},
-    {{33215, 12}, TagType::int16s, 2, 0, 8, 2},
-    {{33227, 24}, TagType::int16s, 2, 0, 8, 2},
-    {{33251, 13}, TagType::int16s, 2, 0, 8, 2},
-    {{33264, 10}, TagType::int32s, 2, 0, 28, 3},
-    {{33274, 12}, TagType::int32s, 2, 0, 31, 13},
-    {{13682, 9}, TagType::int32s, 2, 0, 44, 5},
-    {{15647, 12}, TagType::int32s, 2, 0, 49, 16},
-    {{33286, 16}, TagType::int32s, 2, 0, 65, 8},
-    {{33302, 14}, TagType::int32s, 2, 0, 73, 10},
-    {{33316, 9}, TagType::int32s, 2, 0, 14, 10},
-    {{13659, 12}, TagType::int32s, 2, 0, 28, 3},
-    {{33325, 3}, TagType::int32s, 2, 0, 0, 0},
-    {{13575, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{33328, 7}, TagType::float_, 2, 0, 0, 0},
-    {{33335, 9}, TagType::int32u, 2, 0, 83, 2},
-    {{33344, 11}, TagType::int32u, 2, 0, 28, 3},
-    {{33355, 20}, TagType::float_, 2, 0, 0, 0},
-    {{33375, 11}, TagType::int32u, 2, 0, 28, 3},
-    {{33386, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{33400, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{13691, 11}, TagType::float_, 2, 0, 0, 0},
-    {{33414, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{33427, 10}, TagType::int32u, 2, 0, 83, 2},
-    {{33437, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{33448, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{13375, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{33459, 16}, TagType::int32u, 2, 0, 83, 2},
-    {{33475, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{33489, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{33504, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{33521, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{14067, 10}, TagType::int32s, 2, 0, 85, 1},
-    {{33537, 8}, TagType::int32s, 2, 0, 85, 1},
-    {{33545, 9}, TagType::int32s, 2, 0, 28, 3},
-    {{33554, 14}, TagType::int32u, 2, 0, 86, 6},
-    {{33568, 17}, TagType::float_, 2, 0, 0, 0},
-    {{33585, 10}, TagType::int32s, 2, 0, 92, 17},
-    {{33595, 14}, TagType::int32u, 2, 0, 0, 8},
-    {{33609, 12}, TagType::int32u, 2, 0, 83, 2},
-    {{15082, 10}, TagType::int32u, 2, 0, 83, 2},
-    {{33621, 9}, TagType::int32s, 2, 0, 109, 29},
-    {{33630, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{33641, 8}, TagType::int32u, 2, 0, 0, 0},
-    {{33649, 13}, TagType::int32u, 2, 0, 83, 2},
-    {{33662, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{33672, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{33687, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{33702, 13}, TagType::int32u, 2, 0, 44, 5},
-    {{33715, 9}, TagType::int32s, 2, 0, 138, 6},
-    {{33724, 9}, TagType::int32u, 2, 0, 83, 2},
-    {{33733, 11}, TagType::int32u, 2, 0, 24, 4},
-    {{33744, 12}, TagType::int32u, 2, 0, 83, 2},
-    {{33756, 11}, TagType::int32u, 2, 0, 44, 5},
-    {{33767, 13}, TagType::int32s, 2, 0, 28, 3},
-    {{33780, 5}, TagType::int16u, 2, 0, 83, 2},
-    {{827, 10}, TagType::int16u, 2, 0, 144, 5},
-    {{33785, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{33805, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{33821, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{33834, 8}, TagType::int32s, 2, 0, 149, 6},
-    {{33842, 13}, TagType::int16u, 2, 0, 14, 10},
-    {{33855, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{33866, 14}, TagType::int16u, 2, 0, 83, 2},
-    {{33880, 18}, TagType::int32s, 2, 0, 155, 4},
-    {{33898, 8}, TagType::int16u, 2, 0, 159, 10},
-    {{33906, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{33918, 14}, TagType::int16u, 2, 0, 83, 2},
-    {{33932, 27}, TagType::int16u, 2, 0, 0, 0},
-    {{33959, 13}, TagType::int16u, 2, 0, 83, 2},
-    {{33972, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{33991, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{34006, 10}, TagType::int16u, 2, 0, 169, 10},
-    {{34016, 15}, TagType::int16u, 2, 0, 179, 9},
-    {{34031, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{34051, 16}, TagType::int16u, 2, 0, 28, 3},
-    {{34067, 21}, TagType::int16u, 2, 0, 28, 3},
-    {{34088, 27}, TagType::int16u, 2, 0, 83, 2},
-    {{34115, 13}, TagType::int16u, 2, 0, 188, 2},
-    {{34128, 20}, TagType::int16u, 2, 0, 190, 2},
-    {{34148, 21}, TagType::int16u, 2, 0, 192, 2},
-    {{34169, 22}, TagType::int32s, 2, 0, 194, 5},
-    {{34191, 19}, TagType::int16u, 2, 0, 199, 7},
-    {{34210, 18}, TagType::int16u, 2, 0, 206, 6},
-    {{34228, 23}, TagType::int16u, 2, 0, 212, 2},
-    {{34251, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34266, 28}, TagType::int16u, 2, 0, 28, 3},
-    {{34294, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{34310, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{34328, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{34345, 13}, TagType::int16u, 2, 0, 83, 2},
-    {{34358, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{34378, 23}, TagType::int32s, 2, 0, 0, 0},
-    {{34401, 13}, TagType::int16u, 2, 0, 28, 3},
-    {{34414, 11}, TagType::int16u, 2, 0, 214, 4},
-    {{34425, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{34444, 20}, TagType::int16u, 2, 0, 218, 3},
-    {{34464, 10}, TagType::int16u, 2, 0, 83, 2},
-    {{34474, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34489, 12}, TagType::int16u, 2, 0, 83, 2},
-    {{34501, 16}, TagType::int16u, 2, 0, 83, 2},
-    {{34517, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34532, 9}, TagType::int16u, 2, 0, 24, 4},
-    {{34541, 14}, TagType::int16u, 2, 0, 83, 2},
-    {{34555, 24}, TagType::int32s, 2, 0, 83, 2},
-    {{34579, 8}, TagType::int16u, 2, 0, 83, 2},
-    {{34587, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34602, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34617, 18}, TagType::int16u, 2, 0, 28, 3},
-    {{34635, 17}, TagType::int16u, 2, 0, 83, 2},
-    {{34652, 13}, TagType::int16u, 2, 0, 83, 2},
-    {{34665, 11}, TagType::int16u, 2, 0, 83, 2},
-    {{34676, 17}, TagType::int16u, 2, 0, 221, 22},
-    {{34693, 20}, TagType::int16u, 2, 0, 221, 22},
-    {{34713, 31}, TagType::int16u, 2, 0, 221, 22},
-    {{34744, 25}, TagType::int16u, 2, 0, 243, 3},
-    {{34769, 22}, TagType::int16u, 2, 0, 221, 22},
-    {{34791, 26}, TagType::int16u, 2, 0, 221, 22},
-    {{34817, 26}, TagType::int16u, 2, 0, 221, 22},
-    {{34843, 15}, TagType::int16u, 2, 0, 83, 2},
-    {{34858, 9}, TagType::int16u, 2, 0, 28, 3},
-    {{34867, 6}, TagType::int16u, 2, 0, 83, 2},
-    {{34873, 12}, TagType::int16u, 2, 0, 246, 4},
-    {{34885, 4}, TagType::string, 0, 32, 0, 0},
-    {{34889, 15}, TagType::string, 0, 16, 0, 0},
-    {{34904, 9}, TagType::string, 0, 8, 0, 0},
-    {{34913, 16}, TagType::string, 2, 4, 0, 0},
-    {{34929, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{34948, 12}, TagType::string, 2, 0, 0, 0},
-    {{34960, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{34977, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{34995, 9}, TagType::int32u, 2, 0, 250, 25},
-    {{35004, 13}, TagType::int32u, 2, 0, 275, 9},
-    {{35017, 18}, TagType::int32u, 2, 0, 83, 2},
-    {{35035, 12}, TagType::int32u, 2, 0, 28, 3},
-    {{35047, 8}, TagType::string, 2, 0, 284, 295},
-    {{35055, 22}, TagType::string, 10, 0, 0, 0},
-    {{35077, 25}, TagType::int8u, 2, 0, 83, 2},
-    {{35102, 25}, TagType::int8u, 2, 0, 28, 3},
-    {{35127, 19}, TagType::int8u, 2, 0, 0, 0},
-    {{35146, 25}, TagType::int8u, 2, 0, 0, 0},
-    {{35171, 13}, TagType::int16u, 2, 0, 579, 10},
-    {{35184, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{8728, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{35193, 12}, TagType::int16u, 2, 3, 0, 0},
-    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{35218, 20}, TagType::int16u, 2, 7, 0, 0},
-    {{35238, 21}, TagType::int16u, 2, 7, 0, 0},
-    {{35259, 20}, TagType::int16u, 2, 7, 0, 0},
-    {{35279, 21}, TagType::int16u, 2, 7, 0, 0},
-    {{35300, 18}, TagType::int16u, 2, 7, 0, 0},
-    {{35318, 19}, TagType::int16u, 2, 7, 0, 0},
-    {{35337, 17}, TagType::int16u, 2, 7, 0, 0},
-    {{35354, 18}, TagType::int16u, 2, 7, 0, 0},
-    {{35372, 23}, TagType::int16u, 2, 7, 0, 0},
-    {{35395, 24}, TagType::int16u, 2, 7, 0, 0},
-    {{35419, 17}, TagType::int16u, 2, 7, 0, 0},
-    {{35436, 18}, TagType::int16u, 2, 7, 0, 0},
-    {{35454, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{35470, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{35487, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{35504, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{35522, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{35538, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{35555, 18}, TagType::int16u, 2, 75, 0, 0},
-    {{35573, 19}, TagType::int16u, 2, 75, 0, 0},
-    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},
-    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{35700, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{35733, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{35749, 18}, TagType::int8u, 2, 40, 0, 0},
-    {{35767, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{35777, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{35792, 17}, TagType::string, 0, 9600, 0, 0},
-    {{35809, 20}, TagType::string, 2, 12, 0, 0},
+    {{33014, 14}, TagType::int8u, 2, 0, 0, 8},  // AFSensorActive
+    {{33028, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusActiveSensor
+    {{33048, 17}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-right
+    {{33065, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-right
+    {{33085, 14}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom
+    {{33099, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusMiddleHorizontal
+    {{33123, 22}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterVertical
+    {{33145, 11}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop
+    {{33156, 16}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-left
+    {{33172, 19}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-left
+    {{33191, 11}, TagType::int8u, 2, 0, 10, 4},  // FocusLocked
+    {{33202, 7}, TagType::int8u, 2, 0, 14, 10},  // AFPoint
+    {{33209, 6}, TagType::int8u, 2, 0, 24, 4},  // AFMode
+    {{33215, 12}, TagType::int16s, 2, 0, 8, 2},  // AFStatusLeft
+    {{33227, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterHorizontal
+    {{33251, 13}, TagType::int16s, 2, 0, 8, 2},  // AFStatusRight
+    {{33264, 10}, TagType::int32s, 2, 0, 28, 3},  // AFAreaMode
+    {{33274, 12}, TagType::int32s, 2, 0, 31, 13},  // ExposureMode
+    {{13682, 9}, TagType::int32s, 2, 0, 44, 5},  // FlashMode
+    {{15647, 12}, TagType::int32s, 2, 0, 49, 16},  // WhiteBalance
+    {{33286, 16}, TagType::int32s, 2, 0, 65, 8},  // MinoltaImageSize
+    {{33302, 14}, TagType::int32s, 2, 0, 73, 10},  // MinoltaQuality
+    {{33316, 9}, TagType::int32s, 2, 0, 14, 10},  // DriveMode
+    {{13659, 12}, TagType::int32s, 2, 0, 28, 3},  // MeteringMode
+    {{33325, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
+    {{13575, 12}, TagType::int32s, 2, 0, 0, 0},  // ExposureTime
+    {{33328, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{33335, 9}, TagType::int32u, 2, 0, 83, 2},  // MacroMode
+    {{33344, 11}, TagType::int32u, 2, 0, 28, 3},  // DigitalZoom
+    {{33355, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
+    {{33375, 11}, TagType::int32u, 2, 0, 28, 3},  // BracketStep
+    {{33386, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalLength
+    {{33400, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalNumber
+    {{13691, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{33414, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
+    {{33427, 10}, TagType::int32u, 2, 0, 83, 2},  // FlashFired
+    {{33437, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaDate
+    {{33448, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaTime
+    {{13375, 11}, TagType::int32s, 2, 0, 0, 0},  // MaxAperture
+    {{33459, 16}, TagType::int32u, 2, 0, 83, 2},  // FileNumberMemory
+    {{33475, 14}, TagType::int32u, 2, 0, 0, 0},  // LastFileNumber
+    {{33489, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceRed
+    {{33504, 17}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceGreen
+    {{33521, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceBlue
+    {{14067, 10}, TagType::int32s, 2, 0, 85, 1},  // Saturation
+    {{33537, 8}, TagType::int32s, 2, 0, 85, 1},  // Contrast
+    {{33545, 9}, TagType::int32s, 2, 0, 28, 3},  // Sharpness
+    {{33554, 14}, TagType::int32u, 2, 0, 86, 6},  // SubjectProgram
+    {{33568, 17}, TagType::float_, 2, 0, 0, 0},  // FlashExposureComp
+    {{33585, 10}, TagType::int32s, 2, 0, 92, 17},  // ISOSetting
+    {{33595, 14}, TagType::int32u, 2, 0, 0, 8},  // MinoltaModelID
+    {{33609, 12}, TagType::int32u, 2, 0, 83, 2},  // IntervalMode
+    {{15082, 10}, TagType::int32u, 2, 0, 83, 2},  // FolderName
+    {{33621, 9}, TagType::int32s, 2, 0, 109, 29},  // ColorMode
+    {{33630, 11}, TagType::int32u, 2, 0, 0, 0},  // ColorFilter
+    {{33641, 8}, TagType::int32u, 2, 0, 0, 0},  // BWFilter
+    {{33649, 13}, TagType::int32u, 2, 0, 83, 2},  // InternalFlash
+    {{33662, 10}, TagType::int32u, 2, 0, 0, 0},  // Brightness
+    {{33672, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointX
+    {{33687, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointY
+    {{33702, 13}, TagType::int32u, 2, 0, 44, 5},  // WideFocusZone
+    {{33715, 9}, TagType::int32s, 2, 0, 138, 6},  // FocusMode
+    {{33724, 9}, TagType::int32u, 2, 0, 83, 2},  // FocusArea
+    {{33733, 11}, TagType::int32u, 2, 0, 24, 4},  // DECPosition
+    {{33744, 12}, TagType::int32u, 2, 0, 83, 2},  // ColorProfile
+    {{33756, 11}, TagType::int32u, 2, 0, 44, 5},  // DataImprint
+    {{33767, 13}, TagType::int32s, 2, 0, 28, 3},  // FlashMetering
+    {{33780, 5}, TagType::int16u, 2, 0, 83, 2},  // Flash
+    {{827, 10}, TagType::int16u, 2, 0, 144, 5},  // ColorSpace
+    {{33785, 20}, TagType::int16u, 2, 0, 0, 0},  // FreeMemoryCardImages
+    {{33805, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
+    {{33821, 13}, TagType::int16u, 2, 0, 0, 0},  // HueAdjustment
+    {{33834, 8}, TagType::int32s, 2, 0, 149, 6},  // Rotation
+    {{33842, 13}, TagType::int16u, 2, 0, 14, 10},  // PictureFinish
+    {{33855, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber
+    {{33866, 14}, TagType::int16u, 2, 0, 83, 2},  // NoiseReduction
+    {{33880, 18}, TagType::int32s, 2, 0, 155, 4},  // ImageStabilization
+    {{33898, 8}, TagType::int16u, 2, 0, 159, 10},  // AFPoints
+    {{33906, 12}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber2
+    {{33918, 14}, TagType::int16u, 2, 0, 83, 2},  // ZoneMatchingOn
+    {{33932, 27}, TagType::int16u, 2, 0, 0, 0},  // ExposureCompensationSetting
+    {{33959, 13}, TagType::int16u, 2, 0, 83, 2},  // HighSpeedSync
+    {{33972, 19}, TagType::int16u, 2, 0, 0, 0},  // ShutterSpeedSetting
+    {{33991, 15}, TagType::int16u, 2, 0, 0, 0},  // ApertureSetting
+    {{34006, 10}, TagType::int16u, 2, 0, 169, 10},  // DriveMode2
+    {{34016, 15}, TagType::int16u, 2, 0, 179, 9},  // AFPointSelected
+    {{34031, 20}, TagType::int16u, 2, 0, 0, 0},  // FlashExposureCompSet
+    {{34051, 16}, TagType::int16u, 2, 0, 28, 3},  // ZoneMatchingMode
+    {{34067, 21}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizer
+    {{34088, 27}, TagType::int16u, 2, 0, 83, 2},  // PrioritySetupShutterRelease
+    {{34115, 13}, TagType::int16u, 2, 0, 188, 2},  // SelfTimerTime
+    {{34128, 20}, TagType::int16u, 2, 0, 190, 2},  // ContinuousBracketing
+    {{34148, 21}, TagType::int16u, 2, 0, 192, 2},  // SingleFrameBracketing
+    {{34169, 22}, TagType::int32s, 2, 0, 194, 5},  // WhiteBalanceBracketing
+    {{34191, 19}, TagType::int16u, 2, 0, 199, 7},  // WhiteBalanceSetting
+    {{34210, 18}, TagType::int16u, 2, 0, 206, 6},  // PresetWhiteBalance
+    {{34228, 23}, TagType::int16u, 2, 0, 212, 2},  // ColorTemperatureSetting
+    {{34251, 15}, TagType::int16u, 2, 0, 83, 2},  // CustomWBSetting
+    {{34266, 28}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizerSetting
+    {{34294, 16}, TagType::int16u, 2, 0, 0, 0},  // CustomWBRedLevel
+    {{34310, 18}, TagType::int16u, 2, 0, 0, 0},  // CustomWBGreenLevel
+    {{34328, 17}, TagType::int16u, 2, 0, 0, 0},  // CustomWBBlueLevel
+    {{34345, 13}, TagType::int16u, 2, 0, 83, 2},  // CustomWBError
+    {{34358, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
+    {{34378, 23}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilter
+    {{34401, 13}, TagType::int16u, 2, 0, 28, 3},  // SonyImageSize
+    {{34414, 11}, TagType::int16u, 2, 0, 214, 4},  // SonyQuality
+    {{34425, 19}, TagType::int16u, 2, 0, 0, 0},  // InstantPlaybackTime
+    {{34444, 20}, TagType::int16u, 2, 0, 218, 3},  // InstantPlaybackSetup
+    {{34464, 10}, TagType::int16u, 2, 0, 83, 2},  // EyeStartAF
+    {{34474, 15}, TagType::int16u, 2, 0, 83, 2},  // RedEyeReduction
+    {{34489, 12}, TagType::int16u, 2, 0, 83, 2},  // FlashDefault
+    {{34501, 16}, TagType::int16u, 2, 0, 83, 2},  // AutoBracketOrder
+    {{34517, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusHoldButton
+    {{34532, 9}, TagType::int16u, 2, 0, 24, 4},  // AELButton
+    {{34541, 14}, TagType::int16u, 2, 0, 83, 2},  // ControlDialSet
+    {{34555, 24}, TagType::int32s, 2, 0, 83, 2},  // ExposureCompensationMode
+    {{34579, 8}, TagType::int16u, 2, 0, 83, 2},  // AFAssist
+    {{34587, 15}, TagType::int16u, 2, 0, 83, 2},  // CardShutterLock
+    {{34602, 15}, TagType::int16u, 2, 0, 83, 2},  // LensShutterLock
+    {{34617, 18}, TagType::int16u, 2, 0, 28, 3},  // AFAreaIllumination
+    {{34635, 17}, TagType::int16u, 2, 0, 83, 2},  // MonitorDisplayOff
+    {{34652, 13}, TagType::int16u, 2, 0, 83, 2},  // RecordDisplay
+    {{34665, 11}, TagType::int16u, 2, 0, 83, 2},  // PlayDisplay
+    {{34676, 17}, TagType::int16u, 2, 0, 221, 22},  // ExposureIndicator
+    {{34693, 20}, TagType::int16u, 2, 0, 221, 22},  // AELExposureIndicator
+    {{34713, 31}, TagType::int16u, 2, 0, 221, 22},  // ExposureBracketingIndicatorLast
+    {{34744, 25}, TagType::int16u, 2, 0, 243, 3},  // MeteringOffScaleIndicator
+    {{34769, 22}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicator
+    {{34791, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorNext
+    {{34817, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorLast
+    {{34843, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusModeSwitch
+    {{34858, 9}, TagType::int16u, 2, 0, 28, 3},  // FlashType
+    {{34867, 6}, TagType::int16u, 2, 0, 83, 2},  // AELock
+    {{34873, 12}, TagType::int16u, 2, 0, 246, 4},  // BatteryState
+    {{34885, 4}, TagType::string, 0, 32, 0, 0},  // Make
+    {{34889, 15}, TagType::string, 0, 16, 0, 0},  // SoftwareVersion
+    {{34904, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
+    {{34913, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
+    {{34929, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
+    {{34948, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{34960, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{34977, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{34995, 9}, TagType::int32u, 2, 0, 250, 25},  // SceneMode
+    {{35004, 13}, TagType::int32u, 2, 0, 275, 9},  // Teleconverter
+    {{35017, 18}, TagType::int32u, 2, 0, 83, 2},  // RawAndJpgRecording
+    {{35035, 12}, TagType::int32u, 2, 0, 28, 3},  // ZoneMatching
+    {{35047, 8}, TagType::string, 2, 0, 284, 295},  // LensType
+    {{35055, 22}, TagType::string, 10, 0, 0, 0},  // MinoltaCameraSettings2
+    {{35077, 25}, TagType::int8u, 2, 0, 83, 2},  // ImageStabilizationSetting
+    {{35102, 25}, TagType::int8u, 2, 0, 28, 3},  // DynamicRangeOptimizerMode
+    {{35127, 19}, TagType::int8u, 2, 0, 0, 0},  // WBBracketShotNumber
+    {{35146, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
+    {{35171, 13}, TagType::int16u, 2, 0, 579, 10},  // FlashFunction
+    {{35184, 9}, TagType::int16u, 2, 0, 0, 0},  // AverageLV
+    {{8728, 11}, TagType::int8u, 2, 0, 0, 0},  // FrameNumber
+    {{35193, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
+    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
+    {{35218, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsTungsten
+    {{35238, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsTungsten
+    {{35259, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsDaylight
+    {{35279, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsDaylight
+    {{35300, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsCloudy
+    {{35318, 19}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsCloudy
+    {{35337, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFlash
+    {{35354, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFlash
+    {{35372, 23}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFluorescent
+    {{35395, 24}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFluorescent
+    {{35419, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsShade
+    {{35436, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsShade
+    {{35454, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel6500K
+    {{35470, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel6500K
+    {{35487, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelCustom
+    {{35504, 18}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelCustom
+    {{35522, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel3500K
+    {{35538, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel3500K
+    {{35555, 18}, TagType::int16u, 2, 75, 0, 0},  // WB_RedLevelsKelvin
+    {{35573, 19}, TagType::int16u, 2, 75, 0, 0},  // WB_BlueLevelsKelvin
+    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
+    {{35700, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6500K
+    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35733, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3500K
+    {{35749, 18}, TagType::int8u, 2, 40, 0, 0},  // AEMeteringSegments
+    {{35767, 10}, TagType::int8u, 2, 0, 0, 0},  // MeasuredLV
+    {{35777, 15}, TagType::int8u, 2, 0, 0, 0},  // BrightnessValue
+    {{35792, 17}, TagType::string, 0, 9600, 0, 0},  // TiffMeteringImage
+    {{35809, 20}, TagType::string, 2, 12, 0, 0},  // InternalSerialNumber
 };
 constexpr detail::TextRef kChoicesMinolta[] = {
     {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {35829, 1}, {35830, 1},
@@ -6009,42 +6059,43 @@ constinit detail::StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOr
 
 // MinoltaRaw: 35 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinoltaRaw[] = {
-    {{98409, 10}, TagType::string, 2, 8, 0, 0},
-    {{98419, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{98431, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{98442, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{98453, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{98463, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{14305, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{98471, 13}, TagType::int8u, 2, 0, 0, 2},
-    {{98484, 12}, TagType::int8u, 2, 0, 2, 2},
-    {{14067, 10}, TagType::int8s, 2, 0, 0, 0},
-    {{33537, 8}, TagType::int8s, 2, 0, 0, 0},
-    {{33545, 9}, TagType::int8s, 2, 0, 0, 0},
-    {{98496, 6}, TagType::int8u, 0, 0, 0, 0},
-    {{14485, 11}, TagType::int8u, 2, 0, 4, 6},
-    {{33585, 10}, TagType::int8u, 2, 0, 10, 8},
-    {{33621, 9}, TagType::int32u, 2, 0, 18, 28},
-    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},
-    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{98502, 20}, TagType::int16u, 2, 2, 0, 0},
-    {{98522, 20}, TagType::int16u, 2, 2, 0, 0},
-    {{98542, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{33630, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{33641, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{35035, 12}, TagType::int8u, 2, 0, 46, 3},
-    {{98559, 3}, TagType::int8s, 2, 0, 0, 0},
-    {{33805, 16}, TagType::int8u, 2, 0, 0, 0},
-    {{98562, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{98575, 7}, TagType::int8u, 2, 4, 0, 0},
-    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{98582, 13}, TagType::int16u, 2, 4, 0, 0},
+    {{98409, 10}, TagType::string, 2, 8, 0, 0},  // FirmwareID
+    {{98419, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
+    {{98431, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
+    {{98442, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageHeight
+    {{98453, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageWidth
+    {{98463, 8}, TagType::int8u, 2, 0, 0, 0},  // RawDepth
+    {{14305, 8}, TagType::int8u, 2, 0, 0, 0},  // BitDepth
+    {{98471, 13}, TagType::int8u, 2, 0, 0, 2},  // StorageMethod
+    {{98484, 12}, TagType::int8u, 2, 0, 2, 2},  // BayerPattern
+    {{14067, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
+    {{33537, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
+    {{33545, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
+    {{98496, 6}, TagType::int8u, 0, 0, 0, 0},  // WBMode
+    {{14485, 11}, TagType::int8u, 2, 0, 4, 6},  // ProgramMode
+    {{33585, 10}, TagType::int8u, 2, 0, 10, 8},  // ISOSetting
+    {{33621, 9}, TagType::int32u, 2, 0, 18, 28},  // ColorMode
+    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
+    {{98502, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightF
+    {{98522, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteF
+    {{98542, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteF
+    {{33630, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorFilter
+    {{33641, 8}, TagType::int8u, 2, 0, 0, 0},  // BWFilter
+    {{35035, 12}, TagType::int8u, 2, 0, 46, 3},  // ZoneMatching
+    {{98559, 3}, TagType::int8s, 2, 0, 0, 0},  // Hue
+    {{33805, 16}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperature
+    {{98562, 13}, TagType::int32u, 2, 0, 0, 0},  // RawDataLength
+    {{98575, 7}, TagType::int8u, 2, 4, 0, 0},  // WBScale
+    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
+    {{98582, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevels
 };
 constexpr detail::TextRef kChoicesMinoltaRaw[] = {
     {35952, 2}, {98595, 2}, {15871, 1}, {15868, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1},
@@ -6433,13 +6484,14 @@ constinit detail::StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRa
 
 // Motorola: 6 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMotorola[] = {
-    {{101517, 11}, TagType::string, 2, 0, 0, 0},
-    {{8652, 12}, TagType::string, 2, 0, 0, 0},
-    {{101528, 14}, TagType::string, 2, 0, 0, 0},
-    {{33316, 9}, TagType::string, 2, 0, 0, 0},
-    {{101542, 6}, TagType::string, 2, 0, 0, 0},
-    {{101548, 15}, TagType::string, 2, 0, 0, 0},
+    {{101517, 11}, TagType::string, 2, 0, 0, 0},  // BuildNumber
+    {{8652, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{101528, 14}, TagType::string, 2, 0, 0, 0},  // CustomRendered
+    {{33316, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
+    {{101542, 6}, TagType::string, 2, 0, 0, 0},  // Sensor
+    {{101548, 15}, TagType::string, 2, 0, 0, 0},  // ManufactureDate
 };
 constexpr detail::StringRow kStringsEnglishMotorola[] = {
     {{101563, 20}, {101583, 12}},

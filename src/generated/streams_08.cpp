@@ -7,1800 +7,1861 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "AFAreaMode""AFPoint""AFPointsInFocus""AFInfo2Version""ContrastDetectAF""PhaseDetectAF"
-    "PrimaryAFPoint""AFPointsUsed""AFImageWidth""AFImageHeight""AFAreaXPosition""AFAreaYPosition"
-    "AFAreaWidth""AFAreaHeight""ContrastDetectAFInFocus""AFPointsSelected""FocusPositionHorizontal"
-    "FocusPositionVertical""FocusResult""AFFineTune""AFFineTuneIndex""AFFineTuneAdj"
-    "AFFineTuneAdjTele""ThumbnailImage""PreviewImage""Make""Model""Software""Equipment""Orientation"
-    "ExposureTime""FNumber""ExposureCompensation""MaxApertureValue""MeteringMode"
-    "Nikon_AVITags_0x000d""Nikon_AVITags_0x000e""FocalLength""XResolution""YResolution"
-    "ResolutionUnit""DateTimeOriginal""CreateDate""Nikon_AVITags_0x0015""Duration"
-    "Nikon_AVITags_0x0017""FocusMode""Nikon_AVITags_0x0019""DigitalZoom""Nikon_AVITags_0x001c"
-    "ColorMode""Sharpness""WhiteBalance""NoiseReduction""Nikon_AVITags_0x801a""MakerNoteType"
-    "MakerNoteVersion""AutoCapturedFrame""AutoCaptureCriteria""AutoCaptureRecordingTime"
-    "AutoCaptureWaitTime""AutoCaptureDistanceFar""AutoCaptureDistanceNear"
-    "AutoCaptureCriteriaMotionDirection""AutoCaptureCriteriaMotionSpeed"
-    "AutoCaptureCriteriaMotionSize""AutoCaptureCriteriaSubjectSize""AutoCaptureCriteriaSubjectType"
-    "BarometerInfoVersion""Altitude""AEBracketingSteps""WBBracketingSteps""ADLBracketingStep"
-    "ADLBracketingType""NikonMeteringMode""IFD0_Offset""PreviewIFD_Offset""SubIFD_Offset"
-    "OutputImageWidth""OutputImageHeight""OutputResolution""WB_RBGGLevels""WB_RGGBLevels"
-    "WB_RGBGLevels""WB_GRBGLevels""WB_RBLevels""WB_RBLevelsAuto""WB_RBLevelsDaylight"
-    "WB_RBLevelsIncandescent""WB_RBLevelsFluorescent""WB_RBLevelsCloudy""WB_RBLevelsFlash"
-    "WB_RBLevelsShade""ColorBalanceVersion""WB_RGGBLevelsDaylight""WB_RGGBLevelsCloudy"
-    "WB_RGGBLevelsTungsten""WB_RGGBLevelsFluorescentW""WB_RGGBLevelsFlash""WB_RGGBLevelsCustom"
-    "WB_RGGBLevelsAuto""BlackLevel""WB_RGGBLevelsShade""WB_RGGBLevelsFluorescentN"
-    "WB_RGGBLevelsFluorescentD""WB_RGGBLevelsHTMercury""DistortionVersion""AutoDistortionControl"
-    "FaceDetectFrameSize""FacesDetected""Face1Position""Face2Position""Face3Position""Face4Position"
-    "Face5Position""Face6Position""Face7Position""Face8Position""Face9Position""Face10Position"
-    "Face11Position""Face12Position""FileInfoVersion""MemoryCardNumber""DirectoryNumber""FileNumber"
-    "FlashInfoVersion""FlashSource""ExternalFlashFirmware""ExternalFlashFlags""FlashCommanderMode"
-    "FlashControlMode""FlashOutput""FlashCompensation""FlashFocalLength""RepeatingFlashRate"
-    "RepeatingFlashCount""FlashGNDistance""FlashGroupAControlMode""FlashGroupBControlMode"
-    "FlashGroupAOutput""FlashGroupACompensation""FlashGroupBOutput""FlashGroupBCompensation"
-    "FlashGroupCControlMode""FlashGroupCOutput""FlashGroupCCompensation""FlashColorFilter"
-    "ExternalFlashCompensation""FlashExposureComp3""FlashExposureComp4""ExternalFlashZoomOverride"
-    "ExternalFlashStatus""ExternalFlashReadyState""FlashIlluminationPattern""HDRInfoVersion""HDR"
-    "HDRLevel""HDRSmoothing""HDRLevel2""ISOAutoShutterTime""ISOAutoHiLimit""ISO""ISOExpansion""ISO2"
-    "ISOExpansion2""Intervals""ShotsPerInterval""IntervalExposureSmoothing""IntervalPriority"
-    "FocusShiftNumberShots""FocusShiftStepWidth""FocusShiftInterval""FocusShiftExposureLock"
-    "DiffractionCompensation""FlashRemoteControl""FlashMasterControlMode""FlashMasterCompensation"
-    "FlashMasterOutput""FlashWirelessOption""MovieType""IntervalShooting""IntervalFrame"
-    "JPGCompression""LensDataVersion""LensIDNumber""LensFStops""MinFocalLength""MaxFocalLength"
-    "MaxApertureAtMinFocal""MaxApertureAtMaxFocal""MCUVersion""ExitPupilPosition""AFAperture"
-    "FocusPosition""FocusDistance""EffectiveMaxAperture""LensModel""OldLensData""NewLensData"
-    "LensID""LensMountType""MaxAperture""FocusDistanceRangeWidth""LensDriveEnd"
-    "FocusStepsFromInfinity""LensPositionAbsolute""LocationInfoVersion""TextEncoding""CountryCode"
-    "POILevel""Location""Quality""FlashSetting""FlashType""WhiteBalanceFineTune""ProgramShift"
-    "ExposureDifference""ISOSelection""DataDump""FlashExposureComp""ISOSetting""ImageBoundary"
-    "ExternalFlashExposureComp""FlashExposureBracketValue""ExposureBracketValue""ImageProcessing"
-    "CropHiSpeed""ExposureTuning""SerialNumber""ColorSpace""ImageAuthentication""ActiveD-Lighting"
-    "PictureControlData""VignetteControl""ShutterMode""MechanicalShutterCount""ImageSizeRAW"
-    "CropArea""NikonSettings""ColorTemperatureAuto""MakerNotes0x51""MakerNotes0x56""ImageAdjustment"
-    "ToneComp""AuxiliaryLens""LensType""Lens""ManualFocusDistance""FlashMode""ShootingMode"
-    "ContrastCurve""ColorHue""SceneMode""LightSource""HueAdjustment""NEFCompression""SaturationAdj"
-    "NEFLinearizationTable""RawImageCenter""SensorPixelSize""SceneAssist""DateStampMode"
-    "RetouchHistory""ImageDataSize""ImageCount""DeletedImageCount""ShutterCount""ImageOptimization"
-    "Saturation""VariProgram""ImageStabilization""AFResponse""HighISONoiseReduction""ToningEffect"
-    "PowerUpTime""SilentPhotography""NikonCaptureData""NikonCaptureVersion""NikonCaptureOffsets"
-    "NikonCaptureEditVersions""NikonCaptureOutput""NEFBitDepth""FirmwareVersion51""FirmwareVersion"
-    "BurstGroupID""PhotoShootingMenuBankImageArea""SingleFrame""ReleaseMode""IntervalDurationHours"
-    "IntervalDurationMinutes""IntervalDurationSeconds""MovieFrameSize""MovieFrameRate"
-    "MovieSlowMotion""MovieISOAutoManualMode""MovieActiveD-Lighting""MovieHighISONoiseReduction"
-    "MovieVignetteControl""MovieVignetteControlSameAsPhoto""MovieDiffractionCompensation"
-    "MovieAutoDistortionControl""MovieFocusMode""MovieVibrationReduction"
-    "MovieVibrationReductionSameAsPhoto""HDMIOutputN-Log""HighFrameRate""MultipleExposureMode"
-    "MultiExposureShots""PhotoShootingMenuBank""ExtendedMenuBanks""AutoISO""ISOAutoFlashLimit"
-    "FlickerReductionShooting""VRMode""BracketSet""BracketProgram""BracketIncrement"
-    "SecondarySlotFunction""Slot2JpgSize""DXCropAlert""SubjectDetection""DynamicAFAreaSize""ToneMap"
-    "PortraitImpressionBalance""HighFrequencyFlickerReductionShooting""MovieImageArea"
-    "MovieISOAutoHiLimit""MovieISOAutoControlManualMode""MovieFlickerReduction""MovieMeteringMode"
-    "MovieAFAreaMode""MovieVRMode""MovieElectronicVR""MovieSoundRecording""MicrophoneSensitivity"
-    "MicrophoneAttenuator""MicrophoneFrequencyResponse""WindNoiseReduction""MicrophoneJackPower"
-    "MovieDXCropAlert""MovieSubjectDetection""MovieHighResZoom""Language""TimeZone"
-    "MonitorBrightness""NonCPULens1FocalLength""NonCPULens2FocalLength""NonCPULens3FocalLength"
-    "NonCPULens4FocalLength""NonCPULens5FocalLength""NonCPULens6FocalLength""NonCPULens7FocalLength"
-    "NonCPULens8FocalLength""NonCPULens9FocalLength""NonCPULens10FocalLength"
-    "NonCPULens11FocalLength""NonCPULens12FocalLength""NonCPULens13FocalLength"
-    "NonCPULens14FocalLength""NonCPULens15FocalLength""NonCPULens16FocalLength"
-    "NonCPULens17FocalLength""NonCPULens18FocalLength""NonCPULens19FocalLength"
-    "NonCPULens20FocalLength""NonCPULens1MaxAperture""NonCPULens2MaxAperture"
-    "NonCPULens3MaxAperture""NonCPULens4MaxAperture""NonCPULens5MaxAperture""NonCPULens6MaxAperture"
-    "NonCPULens7MaxAperture""NonCPULens8MaxAperture""NonCPULens9MaxAperture"
-    "NonCPULens10MaxAperture""NonCPULens11MaxAperture""NonCPULens12MaxAperture"
-    "NonCPULens13MaxAperture""NonCPULens14MaxAperture""NonCPULens15MaxAperture"
-    "NonCPULens16MaxAperture""NonCPULens17MaxAperture""NonCPULens18MaxAperture"
-    "NonCPULens19MaxAperture""NonCPULens20MaxAperture""HDMIOutputResolution""AirplaneMode"
-    "EmptySlotRelease""EnergySavingMode""USBPowerDelivery""SensorShield""MovieToneMap"
-    "SetClockFromLocationData""RecordLocationData""FocusShiftAutoReset""PreReleaseBurstLength"
-    "PostReleaseBurstLength""AutoCapturePreset""VerticalISOButton""ExposureCompensationButton"
-    "ISOButton""ViewModeShowEffectsOfSettings""DispButton""ExposureDelay""PlaybackButton""WBButton"
-    "BracketButton""FlashModeButton""LensFunc1ButtonPlaybackMode""LensFunc2ButtonPlaybackMode"
-    "PlaybackButtonPlaybackMode""BracketButtonPlaybackMode""FlashModeButtonPlaybackMode"
-    "PrimarySlot""MultiExposureVersion""MultiExposureMode""MultiExposureAutoGain"
-    "MultiExposureOverlayMode""PreviewImage1""PreviewImage2""FrameCount""FrameRate""FrameWidth"
-    "FrameHeight""AudioChannels""AudioBitsPerSample""AudioSampleRate""NikonDateTime""ElectronicVR"
-    "ExposureProgram""LensInfo""LensMake""LensSerialNumber""AFAreaInitialXPosition"
-    "AFAreaInitialYPosition""AFAreaInitialWidth""AFAreaInitialHeight""RollAngle""PitchAngle"
-    "YawAngle""PictureControlVersion""PictureControlName""PictureControlBase""PictureControlAdjust"
-    "PictureControlQuickAdjust""Contrast""Brightness""FilterEffect""ToningSaturation""Clarity""Hue"
-    "MidRangeSharpness""RetouchInfoVersion""RetouchNEFProcessing""Rotation""Interval"
-    "FlickerReductionIndicator""FocusShiftShooting""FlickerReduction""ShotInfoVersion"
-    "DistortionControl""VR_0x66""VibrationReduction""ImageArea""NikonImageSize""ImageQuality"
-    "PreFlashReturnStrength""NumberOffsets""FlashFired""RepeatingFlashOutputExternal"
-    "RepeatingFlashRateExternal""RepeatingFlashCountExternal""FlashExposureComp2"
-    "RepeatingFlashRateBuilt-in""RepeatingFlashCountBuilt-in""SequenceNumber""FirmwareVersion2"
-    "FirmwareVersion3""CCDSensitivity""Focus""Converter""UnknownInfoVersion""UnknownInfo2Version"
-    "VRInfoVersion""VRType""DaylightSavings""DateDisplayFormat""0""1""10""11""12""128""129""13""130"
-    "131""14""15""16""17""18""192""193""194""195""196""197""198""199""2""200""201""202""203""204"
-    "205""206""207""208""3""4""5""6""7""8""9""1024""2047""256""32""512""64""100""101""102""103""104"
-    "105""106""107""108""109""110""111""112""113""114""115""116""117""118""119""120""121""122""123"
-    "124""125""126""127""132""133""134""135""136""137""138""139""140""141""142""143""144""145""146"
-    "147""148""149""150""151""152""153""19""20""21""22""23""24""25""26""27""28""29""30""31""33""34"
-    "35""36""37""38""39""40""41""42""43""44""45""46""47""48""49""50""51""52""53""54""55""56""57""58"
-    "59""60""61""62""63""65""66""67""68""69""70""71""72""73""74""75""76""77""78""79""80""81""82""83"
-    "84""85""86""87""88""89""90""91""92""93""94""95""96""97""98""99""1086""11326""11458""1218"
-    "12350""12482""14398""14530""16442""16443""16444""16445""16446""16578""16579""16580""16581"
-    "16582""20541""20542""20674""20675""2110""21566""21698""2242""24637""24771""26685""26686""26818"
-    "26819""31806""31938""32826""32827""32828""32829""32830""32962""32963""32964""32965""32966"
-    "36924""36925""36926""37058""37059""37060""38974""39106""41021""41155""4158""4290""45117""45118"
-    "45250""45251""47165""47299""49212""49213""49347""49348""51262""51394""57403""57404""57405"
-    "57406""57538""57539""57540""57541""6205""6206""6338""6339""8252""8253""8254""8386""8387""8388"
-    "255""161""162""163""164""165""166""167""168""177""178""179""180""181""182""183""184""209""210"
-    "211""212""213""214""0 0""1 1""1 3""2 1""2 4""2 5""3 1""4 1""4 2""4 4""5 1""5 2""6 1""7 1""14 3"
-    "-12""-15""-3""-6""-9""37.5""40.5""257""258""259""260""261""262""263""264""265""266""267""268"
-    "269""270""271""272""273""274""275""276""513""514""515""516""32768""32769""65535""0 0 0 0"
-    "8 8 8 0""12 0 0 0""14 0 0 0""16 16 16 0""156""188""216""313""-1""Nikon:ADLBracketingStep"
-    "ADL Bracketing Step""Nikon:ADLBracketingStep:0""Off""Nikon:ADLBracketingStep:1""Low"
-    "Nikon:ADLBracketingStep:2""Normal""Nikon:ADLBracketingStep:3""High""Nikon:ADLBracketingStep:4"
-    "Extra High""Nikon:ADLBracketingStep:8""Auto""Nikon:ADLBracketingType""ADL Bracketing Type"
-    "Nikon:ADLBracketingType:0""Nikon:ADLBracketingType:1""2 Shots""Nikon:ADLBracketingType:2"
-    "3 Shots""Nikon:ADLBracketingType:3""4 Shots""Nikon:ADLBracketingType:4""5 Shots"
-    "Nikon:AEBracketingSteps""AE Bracketing Steps""Nikon:AEBracketingSteps:0"
-    "AE Bracketing Disabled""Nikon:AEBracketingSteps:129""+3F0.3""Nikon:AEBracketingSteps:130"
-    "-3F0.3""Nikon:AEBracketingSteps:131""+2F0.3""Nikon:AEBracketingSteps:132""-2F0.3"
-    "Nikon:AEBracketingSteps:133""3F0.3""Nikon:AEBracketingSteps:134""5F0.3"
-    "Nikon:AEBracketingSteps:135""7F0.3""Nikon:AEBracketingSteps:136""9F0.3"
-    "Nikon:AEBracketingSteps:145""+3F0.5""Nikon:AEBracketingSteps:146""-3F0.5"
-    "Nikon:AEBracketingSteps:147""+2F0.5""Nikon:AEBracketingSteps:148""-2F0.5"
-    "Nikon:AEBracketingSteps:149""3F0.5""Nikon:AEBracketingSteps:150""5F0.5"
-    "Nikon:AEBracketingSteps:151""7F0.5""Nikon:AEBracketingSteps:152""9F0.5"
-    "Nikon:AEBracketingSteps:161""+3F0.7""Nikon:AEBracketingSteps:162""-3F0.7"
-    "Nikon:AEBracketingSteps:163""+2F0.7""Nikon:AEBracketingSteps:164""-2F0.7"
-    "Nikon:AEBracketingSteps:165""3F0.7""Nikon:AEBracketingSteps:166""5F0.7"
-    "Nikon:AEBracketingSteps:167""7F0.7""Nikon:AEBracketingSteps:168""9F0.7"
-    "Nikon:AEBracketingSteps:177""+3F1""Nikon:AEBracketingSteps:178""-3F1"
-    "Nikon:AEBracketingSteps:179""+2F1""Nikon:AEBracketingSteps:180""-2F1"
-    "Nikon:AEBracketingSteps:181""3F1""Nikon:AEBracketingSteps:182""5F1"
-    "Nikon:AEBracketingSteps:183""7F1""Nikon:AEBracketingSteps:184""9F1"
-    "Nikon:AEBracketingSteps:193""+3F2""Nikon:AEBracketingSteps:194""-3F2"
-    "Nikon:AEBracketingSteps:195""+2F2""Nikon:AEBracketingSteps:196""-2F2"
-    "Nikon:AEBracketingSteps:197""3F2""Nikon:AEBracketingSteps:198""5F2"
-    "Nikon:AEBracketingSteps:209""+3F3""Nikon:AEBracketingSteps:210""-3F3"
-    "Nikon:AEBracketingSteps:211""+2F3""Nikon:AEBracketingSteps:212""-2F3"
-    "Nikon:AEBracketingSteps:213""3F3""Nikon:AEBracketingSteps:214""5F3""Nikon:AEBracketingSteps:32"
-    "Nikon:AEBracketingSteps:48""Nikon:AEBracketingSteps:64""Nikon:AEBracketingSteps:80"
-    "Nikon:AFAperture""AF Aperture""Nikon:AFAreaHeight""AF Area Height""Nikon:AFAreaInitialHeight"
-    "AF Area Initial Height""Nikon:AFAreaInitialWidth""AF Area Initial Width"
-    "Nikon:AFAreaInitialXPosition""AF Area Initial X Position""Nikon:AFAreaInitialYPosition"
-    "AF Area Initial Y Position""Nikon:AFAreaMode""AF Area Mode""Nikon:AFAreaMode:0"
-    "Contrast-detect |\302\240Pinpoint |\302\240Single Area""Nikon:AFAreaMode:1"
-    "Contrast-detect (normal area) |\302\240Dynamic Area |\302\240Single""Nikon:AFAreaMode:10"
-    "Single Area (wide)""Nikon:AFAreaMode:11""Dynamic Area (wide) |\302\240Subject Tracking"
-    "Nikon:AFAreaMode:12""Dynamic Area (wide, 3D-tracking) |\302\240Wide (C1)""Nikon:AFAreaMode:128"
-    "Single""Nikon:AFAreaMode:129""Auto (41 points)""Nikon:AFAreaMode:13"
-    "Group Area |\302\240Wide (C2)""Nikon:AFAreaMode:130""Subject Tracking (41 points)"
-    "Nikon:AFAreaMode:131""Face Priority (41 points)""Nikon:AFAreaMode:14""Dynamic Area (25 points)"
-    "Nikon:AFAreaMode:15""Dynamic Area (72 points)""Nikon:AFAreaMode:16""Group Area (HL)"
-    "Nikon:AFAreaMode:17""Group Area (VL)""Nikon:AFAreaMode:18""Dynamic Area (49 points)"
-    "Nikon:AFAreaMode:192""Pinpoint""Nikon:AFAreaMode:193""Nikon:AFAreaMode:194""Dynamic"
-    "Nikon:AFAreaMode:195""Wide (S)""Nikon:AFAreaMode:196""Wide (L)""Nikon:AFAreaMode:197"
-    "Nikon:AFAreaMode:198""Auto (People)""Nikon:AFAreaMode:199""Auto (Animal)""Nikon:AFAreaMode:2"
+    "AFAreaMode" "AFPoint" "AFPointsInFocus" "AFInfo2Version" "ContrastDetectAF" "PhaseDetectAF"
+    "PrimaryAFPoint" "AFPointsUsed" "AFImageWidth" "AFImageHeight" "AFAreaXPosition"
+    "AFAreaYPosition" "AFAreaWidth" "AFAreaHeight" "ContrastDetectAFInFocus" "AFPointsSelected"
+    "FocusPositionHorizontal" "FocusPositionVertical" "FocusResult" "AFFineTune" "AFFineTuneIndex"
+    "AFFineTuneAdj" "AFFineTuneAdjTele" "ThumbnailImage" "PreviewImage" "Make" "Model" "Software"
+    "Equipment" "Orientation" "ExposureTime" "FNumber" "ExposureCompensation" "MaxApertureValue"
+    "MeteringMode" "Nikon_AVITags_0x000d" "Nikon_AVITags_0x000e" "FocalLength" "XResolution"
+    "YResolution" "ResolutionUnit" "DateTimeOriginal" "CreateDate" "Nikon_AVITags_0x0015" "Duration"
+    "Nikon_AVITags_0x0017" "FocusMode" "Nikon_AVITags_0x0019" "DigitalZoom" "Nikon_AVITags_0x001c"
+    "ColorMode" "Sharpness" "WhiteBalance" "NoiseReduction" "Nikon_AVITags_0x801a" "MakerNoteType"
+    "MakerNoteVersion" "AutoCapturedFrame" "AutoCaptureCriteria" "AutoCaptureRecordingTime"
+    "AutoCaptureWaitTime" "AutoCaptureDistanceFar" "AutoCaptureDistanceNear"
+    "AutoCaptureCriteriaMotionDirection" "AutoCaptureCriteriaMotionSpeed"
+    "AutoCaptureCriteriaMotionSize" "AutoCaptureCriteriaSubjectSize"
+    "AutoCaptureCriteriaSubjectType" "BarometerInfoVersion" "Altitude" "AEBracketingSteps"
+    "WBBracketingSteps" "ADLBracketingStep" "ADLBracketingType" "NikonMeteringMode" "IFD0_Offset"
+    "PreviewIFD_Offset" "SubIFD_Offset" "OutputImageWidth" "OutputImageHeight" "OutputResolution"
+    "WB_RBGGLevels" "WB_RGGBLevels" "WB_RGBGLevels" "WB_GRBGLevels" "WB_RBLevels" "WB_RBLevelsAuto"
+    "WB_RBLevelsDaylight" "WB_RBLevelsIncandescent" "WB_RBLevelsFluorescent" "WB_RBLevelsCloudy"
+    "WB_RBLevelsFlash" "WB_RBLevelsShade" "ColorBalanceVersion" "WB_RGGBLevelsDaylight"
+    "WB_RGGBLevelsCloudy" "WB_RGGBLevelsTungsten" "WB_RGGBLevelsFluorescentW" "WB_RGGBLevelsFlash"
+    "WB_RGGBLevelsCustom" "WB_RGGBLevelsAuto" "BlackLevel" "WB_RGGBLevelsShade"
+    "WB_RGGBLevelsFluorescentN" "WB_RGGBLevelsFluorescentD" "WB_RGGBLevelsHTMercury"
+    "DistortionVersion" "AutoDistortionControl" "FaceDetectFrameSize" "FacesDetected"
+    "Face1Position" "Face2Position" "Face3Position" "Face4Position" "Face5Position" "Face6Position"
+    "Face7Position" "Face8Position" "Face9Position" "Face10Position" "Face11Position"
+    "Face12Position" "FileInfoVersion" "MemoryCardNumber" "DirectoryNumber" "FileNumber"
+    "FlashInfoVersion" "FlashSource" "ExternalFlashFirmware" "ExternalFlashFlags"
+    "FlashCommanderMode" "FlashControlMode" "FlashOutput" "FlashCompensation" "FlashFocalLength"
+    "RepeatingFlashRate" "RepeatingFlashCount" "FlashGNDistance" "FlashGroupAControlMode"
+    "FlashGroupBControlMode" "FlashGroupAOutput" "FlashGroupACompensation" "FlashGroupBOutput"
+    "FlashGroupBCompensation" "FlashGroupCControlMode" "FlashGroupCOutput" "FlashGroupCCompensation"
+    "FlashColorFilter" "ExternalFlashCompensation" "FlashExposureComp3" "FlashExposureComp4"
+    "ExternalFlashZoomOverride" "ExternalFlashStatus" "ExternalFlashReadyState"
+    "FlashIlluminationPattern" "HDRInfoVersion" "HDR" "HDRLevel" "HDRSmoothing" "HDRLevel2"
+    "ISOAutoShutterTime" "ISOAutoHiLimit" "ISO" "ISOExpansion" "ISO2" "ISOExpansion2" "Intervals"
+    "ShotsPerInterval" "IntervalExposureSmoothing" "IntervalPriority" "FocusShiftNumberShots"
+    "FocusShiftStepWidth" "FocusShiftInterval" "FocusShiftExposureLock" "DiffractionCompensation"
+    "FlashRemoteControl" "FlashMasterControlMode" "FlashMasterCompensation" "FlashMasterOutput"
+    "FlashWirelessOption" "MovieType" "IntervalShooting" "IntervalFrame" "JPGCompression"
+    "LensDataVersion" "LensIDNumber" "LensFStops" "MinFocalLength" "MaxFocalLength"
+    "MaxApertureAtMinFocal" "MaxApertureAtMaxFocal" "MCUVersion" "ExitPupilPosition" "AFAperture"
+    "FocusPosition" "FocusDistance" "EffectiveMaxAperture" "LensModel" "OldLensData" "NewLensData"
+    "LensID" "LensMountType" "MaxAperture" "FocusDistanceRangeWidth" "LensDriveEnd"
+    "FocusStepsFromInfinity" "LensPositionAbsolute" "LocationInfoVersion" "TextEncoding"
+    "CountryCode" "POILevel" "Location" "Quality" "FlashSetting" "FlashType" "WhiteBalanceFineTune"
+    "ProgramShift" "ExposureDifference" "ISOSelection" "DataDump" "FlashExposureComp" "ISOSetting"
+    "ImageBoundary" "ExternalFlashExposureComp" "FlashExposureBracketValue" "ExposureBracketValue"
+    "ImageProcessing" "CropHiSpeed" "ExposureTuning" "SerialNumber" "ColorSpace"
+    "ImageAuthentication" "ActiveD-Lighting" "PictureControlData" "VignetteControl" "ShutterMode"
+    "MechanicalShutterCount" "ImageSizeRAW" "CropArea" "NikonSettings" "ColorTemperatureAuto"
+    "MakerNotes0x51" "MakerNotes0x56" "ImageAdjustment" "ToneComp" "AuxiliaryLens" "LensType" "Lens"
+    "ManualFocusDistance" "FlashMode" "ShootingMode" "ContrastCurve" "ColorHue" "SceneMode"
+    "LightSource" "HueAdjustment" "NEFCompression" "SaturationAdj" "NEFLinearizationTable"
+    "RawImageCenter" "SensorPixelSize" "SceneAssist" "DateStampMode" "RetouchHistory"
+    "ImageDataSize" "ImageCount" "DeletedImageCount" "ShutterCount" "ImageOptimization" "Saturation"
+    "VariProgram" "ImageStabilization" "AFResponse" "HighISONoiseReduction" "ToningEffect"
+    "PowerUpTime" "SilentPhotography" "NikonCaptureData" "NikonCaptureVersion" "NikonCaptureOffsets"
+    "NikonCaptureEditVersions" "NikonCaptureOutput" "NEFBitDepth" "FirmwareVersion51"
+    "FirmwareVersion" "BurstGroupID" "PhotoShootingMenuBankImageArea" "SingleFrame" "ReleaseMode"
+    "IntervalDurationHours" "IntervalDurationMinutes" "IntervalDurationSeconds" "MovieFrameSize"
+    "MovieFrameRate" "MovieSlowMotion" "MovieISOAutoManualMode" "MovieActiveD-Lighting"
+    "MovieHighISONoiseReduction" "MovieVignetteControl" "MovieVignetteControlSameAsPhoto"
+    "MovieDiffractionCompensation" "MovieAutoDistortionControl" "MovieFocusMode"
+    "MovieVibrationReduction" "MovieVibrationReductionSameAsPhoto" "HDMIOutputN-Log" "HighFrameRate"
+    "MultipleExposureMode" "MultiExposureShots" "PhotoShootingMenuBank" "ExtendedMenuBanks"
+    "AutoISO" "ISOAutoFlashLimit" "FlickerReductionShooting" "VRMode" "BracketSet" "BracketProgram"
+    "BracketIncrement" "SecondarySlotFunction" "Slot2JpgSize" "DXCropAlert" "SubjectDetection"
+    "DynamicAFAreaSize" "ToneMap" "PortraitImpressionBalance"
+    "HighFrequencyFlickerReductionShooting" "MovieImageArea" "MovieISOAutoHiLimit"
+    "MovieISOAutoControlManualMode" "MovieFlickerReduction" "MovieMeteringMode" "MovieAFAreaMode"
+    "MovieVRMode" "MovieElectronicVR" "MovieSoundRecording" "MicrophoneSensitivity"
+    "MicrophoneAttenuator" "MicrophoneFrequencyResponse" "WindNoiseReduction" "MicrophoneJackPower"
+    "MovieDXCropAlert" "MovieSubjectDetection" "MovieHighResZoom" "Language" "TimeZone"
+    "MonitorBrightness" "NonCPULens1FocalLength" "NonCPULens2FocalLength" "NonCPULens3FocalLength"
+    "NonCPULens4FocalLength" "NonCPULens5FocalLength" "NonCPULens6FocalLength"
+    "NonCPULens7FocalLength" "NonCPULens8FocalLength" "NonCPULens9FocalLength"
+    "NonCPULens10FocalLength" "NonCPULens11FocalLength" "NonCPULens12FocalLength"
+    "NonCPULens13FocalLength" "NonCPULens14FocalLength" "NonCPULens15FocalLength"
+    "NonCPULens16FocalLength" "NonCPULens17FocalLength" "NonCPULens18FocalLength"
+    "NonCPULens19FocalLength" "NonCPULens20FocalLength" "NonCPULens1MaxAperture"
+    "NonCPULens2MaxAperture" "NonCPULens3MaxAperture" "NonCPULens4MaxAperture"
+    "NonCPULens5MaxAperture" "NonCPULens6MaxAperture" "NonCPULens7MaxAperture"
+    "NonCPULens8MaxAperture" "NonCPULens9MaxAperture" "NonCPULens10MaxAperture"
+    "NonCPULens11MaxAperture" "NonCPULens12MaxAperture" "NonCPULens13MaxAperture"
+    "NonCPULens14MaxAperture" "NonCPULens15MaxAperture" "NonCPULens16MaxAperture"
+    "NonCPULens17MaxAperture" "NonCPULens18MaxAperture" "NonCPULens19MaxAperture"
+    "NonCPULens20MaxAperture" "HDMIOutputResolution" "AirplaneMode" "EmptySlotRelease"
+    "EnergySavingMode" "USBPowerDelivery" "SensorShield" "MovieToneMap" "SetClockFromLocationData"
+    "RecordLocationData" "FocusShiftAutoReset" "PreReleaseBurstLength" "PostReleaseBurstLength"
+    "AutoCapturePreset" "VerticalISOButton" "ExposureCompensationButton" "ISOButton"
+    "ViewModeShowEffectsOfSettings" "DispButton" "ExposureDelay" "PlaybackButton" "WBButton"
+    "BracketButton" "FlashModeButton" "LensFunc1ButtonPlaybackMode" "LensFunc2ButtonPlaybackMode"
+    "PlaybackButtonPlaybackMode" "BracketButtonPlaybackMode" "FlashModeButtonPlaybackMode"
+    "PrimarySlot" "MultiExposureVersion" "MultiExposureMode" "MultiExposureAutoGain"
+    "MultiExposureOverlayMode" "PreviewImage1" "PreviewImage2" "FrameCount" "FrameRate" "FrameWidth"
+    "FrameHeight" "AudioChannels" "AudioBitsPerSample" "AudioSampleRate" "NikonDateTime"
+    "ElectronicVR" "ExposureProgram" "LensInfo" "LensMake" "LensSerialNumber"
+    "AFAreaInitialXPosition" "AFAreaInitialYPosition" "AFAreaInitialWidth" "AFAreaInitialHeight"
+    "RollAngle" "PitchAngle" "YawAngle" "PictureControlVersion" "PictureControlName"
+    "PictureControlBase" "PictureControlAdjust" "PictureControlQuickAdjust" "Contrast" "Brightness"
+    "FilterEffect" "ToningSaturation" "Clarity" "Hue" "MidRangeSharpness" "RetouchInfoVersion"
+    "RetouchNEFProcessing" "Rotation" "Interval" "FlickerReductionIndicator" "FocusShiftShooting"
+    "FlickerReduction" "ShotInfoVersion" "DistortionControl" "VR_0x66" "VibrationReduction"
+    "ImageArea" "NikonImageSize" "ImageQuality" "PreFlashReturnStrength" "NumberOffsets"
+    "FlashFired" "RepeatingFlashOutputExternal" "RepeatingFlashRateExternal"
+    "RepeatingFlashCountExternal" "FlashExposureComp2" "RepeatingFlashRateBuilt-in"
+    "RepeatingFlashCountBuilt-in" "SequenceNumber" "FirmwareVersion2" "FirmwareVersion3"
+    "CCDSensitivity" "Focus" "Converter" "UnknownInfoVersion" "UnknownInfo2Version" "VRInfoVersion"
+    "VRType" "DaylightSavings" "DateDisplayFormat" "0" "1" "10" "11" "12" "128" "129" "13" "130"
+    "131" "14" "15" "16" "17" "18" "192" "193" "194" "195" "196" "197" "198" "199" "2" "200" "201"
+    "202" "203" "204" "205" "206" "207" "208" "3" "4" "5" "6" "7" "8" "9" "1024" "2047" "256" "32"
+    "512" "64" "100" "101" "102" "103" "104" "105" "106" "107" "108" "109" "110" "111" "112" "113"
+    "114" "115" "116" "117" "118" "119" "120" "121" "122" "123" "124" "125" "126" "127" "132" "133"
+    "134" "135" "136" "137" "138" "139" "140" "141" "142" "143" "144" "145" "146" "147" "148" "149"
+    "150" "151" "152" "153" "19" "20" "21" "22" "23" "24" "25" "26" "27" "28" "29" "30" "31" "33"
+    "34" "35" "36" "37" "38" "39" "40" "41" "42" "43" "44" "45" "46" "47" "48" "49" "50" "51" "52"
+    "53" "54" "55" "56" "57" "58" "59" "60" "61" "62" "63" "65" "66" "67" "68" "69" "70" "71" "72"
+    "73" "74" "75" "76" "77" "78" "79" "80" "81" "82" "83" "84" "85" "86" "87" "88" "89" "90" "91"
+    "92" "93" "94" "95" "96" "97" "98" "99" "1086" "11326" "11458" "1218" "12350" "12482" "14398"
+    "14530" "16442" "16443" "16444" "16445" "16446" "16578" "16579" "16580" "16581" "16582" "20541"
+    "20542" "20674" "20675" "2110" "21566" "21698" "2242" "24637" "24771" "26685" "26686" "26818"
+    "26819" "31806" "31938" "32826" "32827" "32828" "32829" "32830" "32962" "32963" "32964" "32965"
+    "32966" "36924" "36925" "36926" "37058" "37059" "37060" "38974" "39106" "41021" "41155" "4158"
+    "4290" "45117" "45118" "45250" "45251" "47165" "47299" "49212" "49213" "49347" "49348" "51262"
+    "51394" "57403" "57404" "57405" "57406" "57538" "57539" "57540" "57541" "6205" "6206" "6338"
+    "6339" "8252" "8253" "8254" "8386" "8387" "8388" "255" "161" "162" "163" "164" "165" "166" "167"
+    "168" "177" "178" "179" "180" "181" "182" "183" "184" "209" "210" "211" "212" "213" "214" "0 0"
+    "1 1" "1 3" "2 1" "2 4" "2 5" "3 1" "4 1" "4 2" "4 4" "5 1" "5 2" "6 1" "7 1" "14 3" "-12" "-15"
+    "-3" "-6" "-9" "37.5" "40.5" "257" "258" "259" "260" "261" "262" "263" "264" "265" "266" "267"
+    "268" "269" "270" "271" "272" "273" "274" "275" "276" "513" "514" "515" "516" "32768" "32769"
+    "65535" "0 0 0 0" "8 8 8 0" "12 0 0 0" "14 0 0 0" "16 16 16 0" "156" "188" "216" "313" "-1"
+    "Nikon:ADLBracketingStep" "ADL Bracketing Step" "Nikon:ADLBracketingStep:0" "Off"
+    "Nikon:ADLBracketingStep:1" "Low" "Nikon:ADLBracketingStep:2" "Normal"
+    "Nikon:ADLBracketingStep:3" "High" "Nikon:ADLBracketingStep:4" "Extra High"
+    "Nikon:ADLBracketingStep:8" "Auto" "Nikon:ADLBracketingType" "ADL Bracketing Type"
+    "Nikon:ADLBracketingType:0" "Nikon:ADLBracketingType:1" "2 Shots" "Nikon:ADLBracketingType:2"
+    "3 Shots" "Nikon:ADLBracketingType:3" "4 Shots" "Nikon:ADLBracketingType:4" "5 Shots"
+    "Nikon:AEBracketingSteps" "AE Bracketing Steps" "Nikon:AEBracketingSteps:0"
+    "AE Bracketing Disabled" "Nikon:AEBracketingSteps:129" "+3F0.3" "Nikon:AEBracketingSteps:130"
+    "-3F0.3" "Nikon:AEBracketingSteps:131" "+2F0.3" "Nikon:AEBracketingSteps:132" "-2F0.3"
+    "Nikon:AEBracketingSteps:133" "3F0.3" "Nikon:AEBracketingSteps:134" "5F0.3"
+    "Nikon:AEBracketingSteps:135" "7F0.3" "Nikon:AEBracketingSteps:136" "9F0.3"
+    "Nikon:AEBracketingSteps:145" "+3F0.5" "Nikon:AEBracketingSteps:146" "-3F0.5"
+    "Nikon:AEBracketingSteps:147" "+2F0.5" "Nikon:AEBracketingSteps:148" "-2F0.5"
+    "Nikon:AEBracketingSteps:149" "3F0.5" "Nikon:AEBracketingSteps:150" "5F0.5"
+    "Nikon:AEBracketingSteps:151" "7F0.5" "Nikon:AEBracketingSteps:152" "9F0.5"
+    "Nikon:AEBracketingSteps:161" "+3F0.7" "Nikon:AEBracketingSteps:162" "-3F0.7"
+    "Nikon:AEBracketingSteps:163" "+2F0.7" "Nikon:AEBracketingSteps:164" "-2F0.7"
+    "Nikon:AEBracketingSteps:165" "3F0.7" "Nikon:AEBracketingSteps:166" "5F0.7"
+    "Nikon:AEBracketingSteps:167" "7F0.7" "Nikon:AEBracketingSteps:168" "9F0.7"
+    "Nikon:AEBracketingSteps:177" "+3F1" "Nikon:AEBracketingSteps:178" "-3F1"
+    "Nikon:AEBracketingSteps:179" "+2F1" "Nikon:AEBracketingSteps:180" "-2F1"
+    "Nikon:AEBracketingSteps:181" "3F1" "Nikon:AEBracketingSteps:182" "5F1"
+    "Nikon:AEBracketingSteps:183" "7F1" "Nikon:AEBracketingSteps:184" "9F1"
+    "Nikon:AEBracketingSteps:193" "+3F2" "Nikon:AEBracketingSteps:194" "-3F2"
+    "Nikon:AEBracketingSteps:195" "+2F2" "Nikon:AEBracketingSteps:196" "-2F2"
+    "Nikon:AEBracketingSteps:197" "3F2" "Nikon:AEBracketingSteps:198" "5F2"
+    "Nikon:AEBracketingSteps:209" "+3F3" "Nikon:AEBracketingSteps:210" "-3F3"
+    "Nikon:AEBracketingSteps:211" "+2F3" "Nikon:AEBracketingSteps:212" "-2F3"
+    "Nikon:AEBracketingSteps:213" "3F3" "Nikon:AEBracketingSteps:214" "5F3"
+    "Nikon:AEBracketingSteps:32" "Nikon:AEBracketingSteps:48" "Nikon:AEBracketingSteps:64"
+    "Nikon:AEBracketingSteps:80" "Nikon:AFAperture" "AF Aperture" "Nikon:AFAreaHeight"
+    "AF Area Height" "Nikon:AFAreaInitialHeight" "AF Area Initial Height" "Nikon:AFAreaInitialWidth"
+    "AF Area Initial Width" "Nikon:AFAreaInitialXPosition" "AF Area Initial X Position"
+    "Nikon:AFAreaInitialYPosition" "AF Area Initial Y Position" "Nikon:AFAreaMode" "AF Area Mode"
+    "Nikon:AFAreaMode:0" "Contrast-detect |\302\240Pinpoint |\302\240Single Area"
+    "Nikon:AFAreaMode:1" "Contrast-detect (normal area) |\302\240Dynamic Area |\302\240Single"
+    "Nikon:AFAreaMode:10" "Single Area (wide)" "Nikon:AFAreaMode:11"
+    "Dynamic Area (wide) |\302\240Subject Tracking" "Nikon:AFAreaMode:12"
+    "Dynamic Area (wide, 3D-tracking) |\302\240Wide (C1)" "Nikon:AFAreaMode:128" "Single"
+    "Nikon:AFAreaMode:129" "Auto (41 points)" "Nikon:AFAreaMode:13" "Group Area |\302\240Wide (C2)"
+    "Nikon:AFAreaMode:130" "Subject Tracking (41 points)" "Nikon:AFAreaMode:131"
+    "Face Priority (41 points)" "Nikon:AFAreaMode:14" "Dynamic Area (25 points)"
+    "Nikon:AFAreaMode:15" "Dynamic Area (72 points)" "Nikon:AFAreaMode:16" "Group Area (HL)"
+    "Nikon:AFAreaMode:17" "Group Area (VL)" "Nikon:AFAreaMode:18" "Dynamic Area (49 points)"
+    "Nikon:AFAreaMode:192" "Pinpoint" "Nikon:AFAreaMode:193" "Nikon:AFAreaMode:194" "Dynamic"
+    "Nikon:AFAreaMode:195" "Wide (S)" "Nikon:AFAreaMode:196" "Wide (L)" "Nikon:AFAreaMode:197"
+    "Nikon:AFAreaMode:198" "Auto (People)" "Nikon:AFAreaMode:199" "Auto (Animal)"
+    "Nikon:AFAreaMode:2"
     "Contrast-detect (wide area) |\302\240Dynamic |\302\240Dynamic Area (closest subject)"
-    "Nikon:AFAreaMode:200""Normal-area AF""Nikon:AFAreaMode:201""Wide-area AF""Nikon:AFAreaMode:202"
-    "Face-priority AF""Nikon:AFAreaMode:203""Subject-tracking AF""Nikon:AFAreaMode:204"
-    "Dynamic Area (S)""Nikon:AFAreaMode:205""Dynamic Area (M)""Nikon:AFAreaMode:206"
-    "Dynamic Area (L)""Nikon:AFAreaMode:207""3D-tracking""Nikon:AFAreaMode:208"
-    "Wide (C1/C2) |\302\240Wide-Area (C1/C2)""Nikon:AFAreaMode:3"
-    "Contrast-detect (face priority) |\302\240Group Dynamic |\302\240Wide (S)""Nikon:AFAreaMode:4"
+    "Nikon:AFAreaMode:200" "Normal-area AF" "Nikon:AFAreaMode:201" "Wide-area AF"
+    "Nikon:AFAreaMode:202" "Face-priority AF" "Nikon:AFAreaMode:203" "Subject-tracking AF"
+    "Nikon:AFAreaMode:204" "Dynamic Area (S)" "Nikon:AFAreaMode:205" "Dynamic Area (M)"
+    "Nikon:AFAreaMode:206" "Dynamic Area (L)" "Nikon:AFAreaMode:207" "3D-tracking"
+    "Nikon:AFAreaMode:208" "Wide (C1/C2) |\302\240Wide-Area (C1/C2)" "Nikon:AFAreaMode:3"
+    "Contrast-detect (face priority) |\302\240Group Dynamic |\302\240Wide (S)" "Nikon:AFAreaMode:4"
     "Contrast-detect (subject tracking) |\302\240Dynamic Area (9 points) |\302\240Single Area (wide) |\302\240Wide (L)"
-    "Nikon:AFAreaMode:5""3D |\302\240Dynamic Area (21 points) |\302\240Dynamic Area (wide)"
-    "Nikon:AFAreaMode:6""Auto |\302\240Dynamic Area (51 points)""Nikon:AFAreaMode:7"
-    "Dynamic Area (51 points, 3D-tracking)""Nikon:AFAreaMode:8""Auto-area""Nikon:AFAreaMode:9"
-    "Dynamic Area (3D-tracking)""Nikon:AFAreaWidth""AF Area Width""Nikon:AFAreaXPosition"
-    "AF Area X Position""Nikon:AFAreaYPosition""AF Area Y Position""Nikon:AFFineTune""AF Fine Tune"
-    "Nikon:AFFineTune:0""Nikon:AFFineTune:1""On |\302\240On (1)""Nikon:AFFineTune:2""On (2)"
-    "Nikon:AFFineTune:3""On (Zoom)""Nikon:AFFineTuneAdj""AF Fine Tune Adj""Nikon:AFFineTuneAdj:0"
-    "Nikon:AFFineTuneAdj:1086""+13""Nikon:AFFineTuneAdj:11326""+15""Nikon:AFFineTuneAdj:11458"
-    "Nikon:AFFineTuneAdj:1218""-13""Nikon:AFFineTuneAdj:12350""+19""Nikon:AFFineTuneAdj:12482""-19"
-    "Nikon:AFFineTuneAdj:14398""Nikon:AFFineTuneAdj:14530""Nikon:AFFineTuneAdj:16442""+1"
-    "Nikon:AFFineTuneAdj:16443""+2""Nikon:AFFineTuneAdj:16444""+4 |\302\240+5"
-    "Nikon:AFFineTuneAdj:16445""+10 |\302\240+8""Nikon:AFFineTuneAdj:16446""+16 |\302\240+20"
-    "Nikon:AFFineTuneAdj:16578""-16 |\302\240-20""Nikon:AFFineTuneAdj:16579""-10 |\302\240-8"
-    "Nikon:AFFineTuneAdj:16580""-4 |\302\240-5""Nikon:AFFineTuneAdj:16581""-2"
-    "Nikon:AFFineTuneAdj:16582""Nikon:AFFineTuneAdj:194""-16""Nikon:AFFineTuneAdj:195""-8"
-    "Nikon:AFFineTuneAdj:196""-4""Nikon:AFFineTuneAdj:197""Nikon:AFFineTuneAdj:198"
-    "Nikon:AFFineTuneAdj:20541""+7""Nikon:AFFineTuneAdj:20542""+14""Nikon:AFFineTuneAdj:20674""-14"
-    "Nikon:AFFineTuneAdj:20675""-7""Nikon:AFFineTuneAdj:2110""+11""Nikon:AFFineTuneAdj:21566""+17"
-    "Nikon:AFFineTuneAdj:21698""-17""Nikon:AFFineTuneAdj:2242""-11""Nikon:AFFineTuneAdj:24637"
-    "Nikon:AFFineTuneAdj:24771""Nikon:AFFineTuneAdj:26685""+9""Nikon:AFFineTuneAdj:26686"
-    "+15 |\302\240+18""Nikon:AFFineTuneAdj:26818""-15 |\302\240-18""Nikon:AFFineTuneAdj:26819"
-    "Nikon:AFFineTuneAdj:31806""Nikon:AFFineTuneAdj:31938""Nikon:AFFineTuneAdj:32826"
-    "Nikon:AFFineTuneAdj:32827""+2 |\302\240+3""Nikon:AFFineTuneAdj:32828""+4 |\302\240+6"
-    "Nikon:AFFineTuneAdj:32829""+12 |\302\240+8""Nikon:AFFineTuneAdj:32830""+16"
-    "Nikon:AFFineTuneAdj:32962""Nikon:AFFineTuneAdj:32963""-12 |\302\240-8"
-    "Nikon:AFFineTuneAdj:32964""-4 |\302\240-6""Nikon:AFFineTuneAdj:32965""-2 |\302\240-3"
-    "Nikon:AFFineTuneAdj:32966""Nikon:AFFineTuneAdj:36924""+5""Nikon:AFFineTuneAdj:36925""+10"
-    "Nikon:AFFineTuneAdj:36926""+20""Nikon:AFFineTuneAdj:37058""-20""Nikon:AFFineTuneAdj:37059""-10"
-    "Nikon:AFFineTuneAdj:37060""-5""Nikon:AFFineTuneAdj:38974""Nikon:AFFineTuneAdj:39106"
-    "Nikon:AFFineTuneAdj:41021""Nikon:AFFineTuneAdj:41155""Nikon:AFFineTuneAdj:4158"
-    "Nikon:AFFineTuneAdj:4290""Nikon:AFFineTuneAdj:45117""Nikon:AFFineTuneAdj:45118""+18"
-    "Nikon:AFFineTuneAdj:45250""-18""Nikon:AFFineTuneAdj:45251""Nikon:AFFineTuneAdj:47165"
-    "Nikon:AFFineTuneAdj:47299""Nikon:AFFineTuneAdj:49212""Nikon:AFFineTuneAdj:49213"
-    "Nikon:AFFineTuneAdj:49347""Nikon:AFFineTuneAdj:49348""Nikon:AFFineTuneAdj:51262"
-    "Nikon:AFFineTuneAdj:51394""Nikon:AFFineTuneAdj:57403""+3""Nikon:AFFineTuneAdj:57404"
-    "+5 |\302\240+6""Nikon:AFFineTuneAdj:57405""+10 |\302\240+12 |\302\240+15"
-    "Nikon:AFFineTuneAdj:57406""Nikon:AFFineTuneAdj:57538""Nikon:AFFineTuneAdj:57539"
-    "-10 |\302\240-12 |\302\240-15""Nikon:AFFineTuneAdj:57540""-5 |\302\240-6"
-    "Nikon:AFFineTuneAdj:57541""Nikon:AFFineTuneAdj:58""Nikon:AFFineTuneAdj:59"
-    "Nikon:AFFineTuneAdj:60""+4""Nikon:AFFineTuneAdj:61""+8""Nikon:AFFineTuneAdj:62"
-    "Nikon:AFFineTuneAdj:6205""Nikon:AFFineTuneAdj:6206""Nikon:AFFineTuneAdj:6338"
-    "Nikon:AFFineTuneAdj:6339""Nikon:AFFineTuneAdj:8252""Nikon:AFFineTuneAdj:8253""+6 |\302\240+9"
-    "Nikon:AFFineTuneAdj:8254""+12 |\302\240+18""Nikon:AFFineTuneAdj:8386""-12 |\302\240-18"
-    "Nikon:AFFineTuneAdj:8387""-6 |\302\240-9""Nikon:AFFineTuneAdj:8388""Nikon:AFFineTuneAdjTele"
-    "AF Fine Tune Adj Tele""Nikon:AFFineTuneIndex""AF Fine Tune Index""Nikon:AFImageHeight"
-    "AF Image Height""Nikon:AFImageWidth""AF Image Width""Nikon:AFInfo2Version""AF Info 2 Version"
-    "Nikon:AFPoint""AF Point""Nikon:AFPoint:0""Center""Nikon:AFPoint:1""Top""Nikon:AFPoint:10"
-    "Far Right""Nikon:AFPoint:2""Bottom""Nikon:AFPoint:3""Mid-left""Nikon:AFPoint:4""Mid-right"
-    "Nikon:AFPoint:5""Upper-left""Nikon:AFPoint:6""Upper-right""Nikon:AFPoint:7""Lower-left"
-    "Nikon:AFPoint:8""Lower-right""Nikon:AFPoint:9""Far Left""Nikon:AFPointsInFocus"
-    "AF Points In Focus""Nikon:AFPointsInFocus:0""(none)""Nikon:AFPointsInFocus:1"
-    "Nikon:AFPointsInFocus:1024""Nikon:AFPointsInFocus:128""Nikon:AFPointsInFocus:16"
-    "Nikon:AFPointsInFocus:2""Nikon:AFPointsInFocus:2047""All 11 Points""Nikon:AFPointsInFocus:256"
-    "Nikon:AFPointsInFocus:32""Nikon:AFPointsInFocus:4""Nikon:AFPointsInFocus:512"
-    "Nikon:AFPointsInFocus:64""Nikon:AFPointsInFocus:8""Nikon:AFPointsSelected""AF Points Selected"
-    "Nikon:AFPointsUsed""AF Points Used""Nikon:AFPointsUsed:0""Nikon:AFPointsUsed:1"
-    "Nikon:AFPointsUsed:1024""Nikon:AFPointsUsed:128""Nikon:AFPointsUsed:16""Nikon:AFPointsUsed:2"
-    "Nikon:AFPointsUsed:2047""Nikon:AFPointsUsed:256""Nikon:AFPointsUsed:32""Nikon:AFPointsUsed:4"
-    "Nikon:AFPointsUsed:512""Nikon:AFPointsUsed:64""Nikon:AFPointsUsed:8""Nikon:AFResponse"
-    "AF Response""Nikon:ActiveD-Lighting""Active D-Lighting""Nikon:ActiveD-Lighting:0"
-    "Nikon:ActiveD-Lighting:1""Nikon:ActiveD-Lighting:10""Extra High 3""Nikon:ActiveD-Lighting:11"
-    "Extra High 4""Nikon:ActiveD-Lighting:3""Nikon:ActiveD-Lighting:5""Nikon:ActiveD-Lighting:65535"
-    "Nikon:ActiveD-Lighting:7""Nikon:ActiveD-Lighting:8""Extra High 1""Nikon:ActiveD-Lighting:9"
-    "Extra High 2""Nikon:AirplaneMode""Airplane Mode""Nikon:AirplaneMode:0""Nikon:AirplaneMode:1"
-    "On""Nikon:Altitude""Nikon:AudioBitsPerSample""Audio Bits Per Sample""Nikon:AudioChannels"
-    "Audio Channels""Nikon:AudioSampleRate""Audio Sample Rate""Nikon:AutoCaptureCriteria"
-    "Auto Capture Criteria""Nikon:AutoCaptureCriteriaMotionDirection"
-    "Auto Capture Criteria Motion Direction""Nikon:AutoCaptureCriteriaMotionSize"
-    "Auto Capture Criteria Motion Size""Nikon:AutoCaptureCriteriaMotionSpeed"
-    "Auto Capture Criteria Motion Speed""Nikon:AutoCaptureCriteriaSubjectSize"
-    "Auto Capture Criteria Subject Size""Nikon:AutoCaptureCriteriaSubjectType"
-    "Auto Capture Criteria Subject Type""Nikon:AutoCaptureCriteriaSubjectType:0""Auto (all)"
-    "Nikon:AutoCaptureCriteriaSubjectType:1""People""Nikon:AutoCaptureCriteriaSubjectType:2"
-    "Animals""Nikon:AutoCaptureCriteriaSubjectType:3""Vehicle""Nikon:AutoCaptureDistanceFar"
-    "Auto Capture Distance Far""Nikon:AutoCaptureDistanceNear""Auto Capture Distance Near"
-    "Nikon:AutoCapturePreset""Auto Capture Preset""Nikon:AutoCapturePreset:0"
-    "Nikon:AutoCapturePreset:1""Nikon:AutoCapturePreset:2""Nikon:AutoCapturePreset:3"
-    "Nikon:AutoCapturePreset:4""Nikon:AutoCaptureRecordingTime""Auto Capture Recording Time"
-    "Nikon:AutoCaptureRecordingTime:0""1 Sec""Nikon:AutoCaptureRecordingTime:1""3 Sec"
-    "Nikon:AutoCaptureRecordingTime:10""3 Min""Nikon:AutoCaptureRecordingTime:11""5 Min"
-    "Nikon:AutoCaptureRecordingTime:12""10 Min""Nikon:AutoCaptureRecordingTime:13""30 Min"
-    "Nikon:AutoCaptureRecordingTime:2""5 Sec""Nikon:AutoCaptureRecordingTime:4""30 Sec"
-    "Nikon:AutoCaptureRecordingTime:5""No Limit""Nikon:AutoCaptureRecordingTime:6""2 Sec"
-    "Nikon:AutoCaptureRecordingTime:7""10 Sec""Nikon:AutoCaptureRecordingTime:8""20 Sec"
-    "Nikon:AutoCaptureRecordingTime:9""1 Min""Nikon:AutoCaptureWaitTime""Auto Capture Wait Time"
-    "Nikon:AutoCaptureWaitTime:0""No Wait""Nikon:AutoCaptureWaitTime:1"
-    "Nikon:AutoCaptureWaitTime:10""Nikon:AutoCaptureWaitTime:11""Nikon:AutoCaptureWaitTime:12"
-    "Nikon:AutoCaptureWaitTime:2""Nikon:AutoCaptureWaitTime:3""Nikon:AutoCaptureWaitTime:4"
-    "Nikon:AutoCaptureWaitTime:5""Nikon:AutoCaptureWaitTime:6""Nikon:AutoCaptureWaitTime:7"
-    "Nikon:AutoCaptureWaitTime:8""Nikon:AutoCaptureWaitTime:9""Nikon:AutoCapturedFrame"
-    "Auto Captured Frame""Nikon:AutoCapturedFrame:0""No""Nikon:AutoCapturedFrame:5""Yes"
-    "Nikon:AutoDistortionControl""Auto Distortion Control""Nikon:AutoDistortionControl:0"
-    "Nikon:AutoDistortionControl:1""Nikon:AutoDistortionControl:2""On (underwater)""Nikon:AutoISO"
-    "Auto ISO""Nikon:AutoISO:0""Nikon:AutoISO:1""Nikon:AuxiliaryLens""Auxiliary Lens"
-    "Nikon:BarometerInfoVersion""Barometer Info Version""Nikon:BlackLevel""Black Level"
-    "Nikon:BracketButton""Bracket Button""Nikon:BracketButton:0""None""Nikon:BracketButton:1"
-    "Preview""Nikon:BracketButton:10""Flash Disable/Enable""Nikon:BracketButton:100"
-    "Photo Flicker Reduction""Nikon:BracketButton:101""Filtered Playback (Select Criteria)"
-    "Nikon:BracketButton:103""Start Series Playback""Nikon:BracketButton:104""View Assist"
-    "Nikon:BracketButton:105""Hi-Res Zoom+""Nikon:BracketButton:106""Hi-Res Zoom-"
-    "Nikon:BracketButton:108""Override Other Cameras""Nikon:BracketButton:109"
-    "DISP - Cycle Information Display (shooting)""Nikon:BracketButton:11""Bracketing Burst"
-    "Nikon:BracketButton:110""DISP - Cycle Information Display (playback)""Nikon:BracketButton:111"
-    "Resume Shooting""Nikon:BracketButton:112""Switch Eyes""Nikon:BracketButton:115""Delete"
-    "Nikon:BracketButton:12""+NEF(RAW)""Nikon:BracketButton:18""Virtual Horizon"
-    "Nikon:BracketButton:19""Synchronized Release""Nikon:BracketButton:20""My Menu"
-    "Nikon:BracketButton:21""My Menu Top Item""Nikon:BracketButton:22""Playback"
-    "Nikon:BracketButton:23""Rating""Nikon:BracketButton:24""Protect""Nikon:BracketButton:25""Zoom"
-    "Nikon:BracketButton:26""Focus Peaking""Nikon:BracketButton:27""Flash Mode/Compensation"
-    "Nikon:BracketButton:28""Image Area""Nikon:BracketButton:3""FV Lock""Nikon:BracketButton:30"
-    "Non-CPU Lens""Nikon:BracketButton:31""Active-D Lighting""Nikon:BracketButton:32"
-    "Exposure Delay Mode""Nikon:BracketButton:33""1 Stop Speed/Aperture""Nikon:BracketButton:34"
-    "White Balance""Nikon:BracketButton:35""Metering""Nikon:BracketButton:36""Auto Bracketing"
-    "Nikon:BracketButton:37""Multiple Exposure""Nikon:BracketButton:38""HDR Overlay"
-    "Nikon:BracketButton:39""Picture Control""Nikon:BracketButton:4""AE/AF Lock"
-    "Nikon:BracketButton:40""Nikon:BracketButton:41""Focus Mode/AF AreaMode""Nikon:BracketButton:42"
-    "Select Center Focus Point""Nikon:BracketButton:44""Record Movie""Nikon:BracketButton:45"
-    "Thumbnail On/Off""Nikon:BracketButton:46""View Histograms""Nikon:BracketButton:47"
-    "Choose Folder""Nikon:BracketButton:48""Power Aperture (Open)""Nikon:BracketButton:49"
-    "Power Aperture (Close)""Nikon:BracketButton:5""AE Lock Only""Nikon:BracketButton:52"
-    "Microphone Sensitivity""Nikon:BracketButton:53""Release Mode""Nikon:BracketButton:57"
-    "Preset Focus Point""Nikon:BracketButton:58""AE/AWB Lock (hold)""Nikon:BracketButton:59"
-    "AF-AreaMode""Nikon:BracketButton:6""AE Lock (reset on release)""Nikon:BracketButton:60"
-    "AF-AreaMode + AF-On""Nikon:BracketButton:61""Recall Shooting Functions""Nikon:BracketButton:64"
-    "Filtered Playback""Nikon:BracketButton:65""Same as AF-On""Nikon:BracketButton:66""Voice Memo"
-    "Nikon:BracketButton:7""AE Lock (hold)""Nikon:BracketButton:70""Photo Shooting Bank"
-    "Nikon:BracketButton:71""Nikon:BracketButton:73""Exposure Compensation""Nikon:BracketButton:76"
-    "Silent Mode""Nikon:BracketButton:78""LiveView Information""Nikon:BracketButton:79"
-    "AWB Lock (hold)""Nikon:BracketButton:8""AF Lock Only""Nikon:BracketButton:80""Grid Display"
-    "Nikon:BracketButton:81""Starlight View""Nikon:BracketButton:82""Select To Send (PC)"
-    "Nikon:BracketButton:83""Select To Send (FTP)""Nikon:BracketButton:84""Pattern Tone Range"
-    "Nikon:BracketButton:85""Control Lock""Nikon:BracketButton:86""Save Focus Position"
-    "Nikon:BracketButton:87""Recall Focus Position""Nikon:BracketButton:88"
-    "Recall Shooting Functions (Hold)""Nikon:BracketButton:9""AF-On""Nikon:BracketButton:97"
-    "High Frequency Flicker Reduction""Nikon:BracketButton:98""Switch FX/DX""Nikon:BracketButton:99"
-    "View Mode (Photo LV)""Nikon:BracketButtonPlaybackMode""Bracket Button Playback Mode"
-    "Nikon:BracketButtonPlaybackMode:0""Nikon:BracketButtonPlaybackMode:1"
-    "Nikon:BracketButtonPlaybackMode:10""Nikon:BracketButtonPlaybackMode:100"
-    "Nikon:BracketButtonPlaybackMode:101""Nikon:BracketButtonPlaybackMode:103"
-    "Nikon:BracketButtonPlaybackMode:104""Nikon:BracketButtonPlaybackMode:105"
-    "Nikon:BracketButtonPlaybackMode:106""Nikon:BracketButtonPlaybackMode:108"
-    "Nikon:BracketButtonPlaybackMode:109""Nikon:BracketButtonPlaybackMode:11"
-    "Nikon:BracketButtonPlaybackMode:110""Nikon:BracketButtonPlaybackMode:111"
-    "Nikon:BracketButtonPlaybackMode:112""Nikon:BracketButtonPlaybackMode:115"
-    "Nikon:BracketButtonPlaybackMode:12""Nikon:BracketButtonPlaybackMode:18"
-    "Nikon:BracketButtonPlaybackMode:19""Nikon:BracketButtonPlaybackMode:20"
-    "Nikon:BracketButtonPlaybackMode:21""Nikon:BracketButtonPlaybackMode:22"
-    "Nikon:BracketButtonPlaybackMode:23""Nikon:BracketButtonPlaybackMode:24"
-    "Nikon:BracketButtonPlaybackMode:25""Nikon:BracketButtonPlaybackMode:26"
-    "Nikon:BracketButtonPlaybackMode:27""Nikon:BracketButtonPlaybackMode:28"
-    "Nikon:BracketButtonPlaybackMode:3""Nikon:BracketButtonPlaybackMode:30"
-    "Nikon:BracketButtonPlaybackMode:31""Nikon:BracketButtonPlaybackMode:32"
-    "Nikon:BracketButtonPlaybackMode:33""Nikon:BracketButtonPlaybackMode:34"
-    "Nikon:BracketButtonPlaybackMode:35""Nikon:BracketButtonPlaybackMode:36"
-    "Nikon:BracketButtonPlaybackMode:37""Nikon:BracketButtonPlaybackMode:38"
-    "Nikon:BracketButtonPlaybackMode:39""Nikon:BracketButtonPlaybackMode:4"
-    "Nikon:BracketButtonPlaybackMode:40""Nikon:BracketButtonPlaybackMode:41"
-    "Nikon:BracketButtonPlaybackMode:42""Nikon:BracketButtonPlaybackMode:44"
-    "Nikon:BracketButtonPlaybackMode:45""Nikon:BracketButtonPlaybackMode:46"
-    "Nikon:BracketButtonPlaybackMode:47""Nikon:BracketButtonPlaybackMode:48"
-    "Nikon:BracketButtonPlaybackMode:49""Nikon:BracketButtonPlaybackMode:5"
-    "Nikon:BracketButtonPlaybackMode:52""Nikon:BracketButtonPlaybackMode:53"
-    "Nikon:BracketButtonPlaybackMode:57""Nikon:BracketButtonPlaybackMode:58"
-    "Nikon:BracketButtonPlaybackMode:59""Nikon:BracketButtonPlaybackMode:6"
-    "Nikon:BracketButtonPlaybackMode:60""Nikon:BracketButtonPlaybackMode:61"
-    "Nikon:BracketButtonPlaybackMode:64""Nikon:BracketButtonPlaybackMode:65"
-    "Nikon:BracketButtonPlaybackMode:66""Nikon:BracketButtonPlaybackMode:7"
-    "Nikon:BracketButtonPlaybackMode:70""Nikon:BracketButtonPlaybackMode:71"
-    "Nikon:BracketButtonPlaybackMode:73""Nikon:BracketButtonPlaybackMode:76"
-    "Nikon:BracketButtonPlaybackMode:78""Nikon:BracketButtonPlaybackMode:79"
-    "Nikon:BracketButtonPlaybackMode:8""Nikon:BracketButtonPlaybackMode:80"
-    "Nikon:BracketButtonPlaybackMode:81""Nikon:BracketButtonPlaybackMode:82"
-    "Nikon:BracketButtonPlaybackMode:83""Nikon:BracketButtonPlaybackMode:84"
-    "Nikon:BracketButtonPlaybackMode:85""Nikon:BracketButtonPlaybackMode:86"
-    "Nikon:BracketButtonPlaybackMode:87""Nikon:BracketButtonPlaybackMode:88"
-    "Nikon:BracketButtonPlaybackMode:9""Nikon:BracketButtonPlaybackMode:97"
-    "Nikon:BracketButtonPlaybackMode:98""Nikon:BracketButtonPlaybackMode:99""Nikon:BracketIncrement"
-    "Bracket Increment""Nikon:BracketIncrement:0""0.3""Nikon:BracketIncrement:1""0.5"
-    "Nikon:BracketIncrement:10""2.5""Nikon:BracketIncrement:11""2.7""Nikon:BracketIncrement:2""0.7"
-    "Nikon:BracketIncrement:3""1.0""Nikon:BracketIncrement:4""2.0""Nikon:BracketIncrement:5""3.0"
-    "Nikon:BracketIncrement:6""1.3""Nikon:BracketIncrement:7""1.5""Nikon:BracketIncrement:8""1.7"
-    "Nikon:BracketIncrement:9""2.3""Nikon:BracketProgram""Bracket Program""Nikon:BracketProgram:0"
-    "Disabled""Nikon:BracketProgram:2""2F""Nikon:BracketProgram:3""3F""Nikon:BracketProgram:4""4F"
-    "Nikon:BracketProgram:5""5F""Nikon:BracketProgram:7""7F""Nikon:BracketProgram:9""9F"
-    "Nikon:BracketSet""Bracket Set""Nikon:BracketSet:0""AE/Flash""Nikon:BracketSet:1""AE"
-    "Nikon:BracketSet:2""Flash""Nikon:BracketSet:3""Nikon:BracketSet:4""Nikon:Brightness"
-    "Nikon:BurstGroupID""Burst Group ID""Nikon:CCDSensitivity""CCD Sensitivity""Nikon:Clarity"
-    "Nikon:ColorBalanceVersion""Color Balance Version""Nikon:ColorHue""Color Hue""Nikon:ColorMode"
-    "Color Mode""Nikon:ColorSpace""Color Space""Nikon:ColorSpace:1""sRGB""Nikon:ColorSpace:2"
-    "Adobe RGB""Nikon:ColorSpace:4""BT.2100""Nikon:ColorTemperatureAuto""Color Temperature Auto"
-    "Nikon:Contrast""Nikon:ContrastCurve""Contrast Curve""Nikon:ContrastDetectAF"
-    "Contrast Detect AF""Nikon:ContrastDetectAF:0""Nikon:ContrastDetectAF:1"
-    "Nikon:ContrastDetectAF:2""Nikon:ContrastDetectAFInFocus""Contrast Detect AF In Focus"
-    "Nikon:ContrastDetectAFInFocus:0""Nikon:ContrastDetectAFInFocus:1""Nikon:Converter"
-    "Nikon:CountryCode""Country Code""Nikon:CreateDate""Create Date""Nikon:CropArea""Crop Area"
-    "Nikon:CropHiSpeed""Crop Hi Speed""Nikon:CropHiSpeed:0""Nikon:CropHiSpeed:1""1.3x Crop"
-    "Nikon:CropHiSpeed:10""1.3x Movie Crop""Nikon:CropHiSpeed:11""FX Uncropped"
-    "Nikon:CropHiSpeed:12""DX Uncropped""Nikon:CropHiSpeed:13""2.8x Movie Crop"
-    "Nikon:CropHiSpeed:14""1.4x Movie Crop""Nikon:CropHiSpeed:15""1.5x Movie Crop"
-    "Nikon:CropHiSpeed:17""1:1 Crop""Nikon:CropHiSpeed:2""DX Crop""Nikon:CropHiSpeed:3""5:4 Crop"
-    "Nikon:CropHiSpeed:4""3:2 Crop""Nikon:CropHiSpeed:6""16:9 Crop""Nikon:CropHiSpeed:8""2.7x Crop"
-    "Nikon:CropHiSpeed:9""DX Movie Crop""Nikon:DXCropAlert""DX Crop Alert""Nikon:DXCropAlert:0"
-    "Nikon:DXCropAlert:1""Nikon:DataDump""Data Dump""Nikon:DateDisplayFormat""Date Display Format"
-    "Nikon:DateDisplayFormat:0""Y/M/D""Nikon:DateDisplayFormat:1""M/D/Y""Nikon:DateDisplayFormat:2"
-    "D/M/Y""Nikon:DateStampMode""Date Stamp Mode""Nikon:DateStampMode:0""Nikon:DateStampMode:1"
-    "Date & Time""Nikon:DateStampMode:2""Date""Nikon:DateStampMode:3""Date Counter"
-    "Nikon:DateTimeOriginal""Date/Time Original""Nikon:DaylightSavings""Daylight Savings"
-    "Nikon:DaylightSavings:0""Nikon:DaylightSavings:1""Nikon:DeletedImageCount""Deleted Image Count"
-    "Nikon:DiffractionCompensation""Diffraction Compensation""Nikon:DiffractionCompensation:0"
-    "Nikon:DiffractionCompensation:1""Nikon:DigitalZoom""Digital Zoom""Nikon:DirectoryNumber"
-    "Directory Number""Nikon:DispButton""Disp Button""Nikon:DispButton:0""Nikon:DispButton:1"
-    "Nikon:DispButton:10""Nikon:DispButton:100""Nikon:DispButton:101""Nikon:DispButton:103"
-    "Nikon:DispButton:104""Nikon:DispButton:105""Nikon:DispButton:106""Nikon:DispButton:108"
-    "Nikon:DispButton:109""Nikon:DispButton:11""Nikon:DispButton:110""Nikon:DispButton:111"
-    "Nikon:DispButton:112""Nikon:DispButton:115""Nikon:DispButton:12""Nikon:DispButton:18"
-    "Nikon:DispButton:19""Nikon:DispButton:20""Nikon:DispButton:21""Nikon:DispButton:22"
-    "Nikon:DispButton:23""Nikon:DispButton:24""Nikon:DispButton:25""Nikon:DispButton:26"
-    "Nikon:DispButton:27""Nikon:DispButton:28""Nikon:DispButton:3""Nikon:DispButton:30"
-    "Nikon:DispButton:31""Nikon:DispButton:32""Nikon:DispButton:33""Nikon:DispButton:34"
-    "Nikon:DispButton:35""Nikon:DispButton:36""Nikon:DispButton:37""Nikon:DispButton:38"
-    "Nikon:DispButton:39""Nikon:DispButton:4""Nikon:DispButton:40""Nikon:DispButton:41"
-    "Nikon:DispButton:42""Nikon:DispButton:44""Nikon:DispButton:45""Nikon:DispButton:46"
-    "Nikon:DispButton:47""Nikon:DispButton:48""Nikon:DispButton:49""Nikon:DispButton:5"
-    "Nikon:DispButton:52""Nikon:DispButton:53""Nikon:DispButton:57""Nikon:DispButton:58"
-    "Nikon:DispButton:59""Nikon:DispButton:6""Nikon:DispButton:60""Nikon:DispButton:61"
-    "Nikon:DispButton:64""Nikon:DispButton:65""Nikon:DispButton:66""Nikon:DispButton:7"
-    "Nikon:DispButton:70""Nikon:DispButton:71""Nikon:DispButton:73""Nikon:DispButton:76"
-    "Nikon:DispButton:78""Nikon:DispButton:79""Nikon:DispButton:8""Nikon:DispButton:80"
-    "Nikon:DispButton:81""Nikon:DispButton:82""Nikon:DispButton:83""Nikon:DispButton:84"
-    "Nikon:DispButton:85""Nikon:DispButton:86""Nikon:DispButton:87""Nikon:DispButton:88"
-    "Nikon:DispButton:9""Nikon:DispButton:97""Nikon:DispButton:98""Nikon:DispButton:99"
-    "Nikon:DistortionControl""Distortion Control""Nikon:DistortionControl:0"
-    "Nikon:DistortionControl:1""Nikon:DistortionVersion""Distortion Version""Nikon:Duration"
-    "Nikon:DynamicAFAreaSize""Dynamic AF Area Size""Nikon:DynamicAFAreaSize:0""Small"
-    "Nikon:DynamicAFAreaSize:1""Medium""Nikon:DynamicAFAreaSize:2""Large"
-    "Nikon:EffectiveMaxAperture""Effective Max Aperture""Nikon:ElectronicVR""Electronic VR"
-    "Nikon:ElectronicVR:0""Nikon:ElectronicVR:1""Nikon:EmptySlotRelease""Empty Slot Release"
-    "Nikon:EmptySlotRelease:0""Disable Release""Nikon:EmptySlotRelease:1""Enable Release"
-    "Nikon:EnergySavingMode""Energy Saving Mode""Nikon:EnergySavingMode:0""Nikon:EnergySavingMode:1"
-    "Nikon:Equipment""Nikon:ExitPupilPosition""Exit Pupil Position""Nikon:ExposureBracketValue"
-    "Exposure Bracket Value""Nikon:ExposureCompensation""Nikon:ExposureCompensationButton"
-    "Exposure Compensation Button""Nikon:ExposureCompensationButton:0"
-    "Nikon:ExposureCompensationButton:1""Nikon:ExposureCompensationButton:10"
-    "Nikon:ExposureCompensationButton:100""Nikon:ExposureCompensationButton:101"
-    "Nikon:ExposureCompensationButton:103""Nikon:ExposureCompensationButton:104"
-    "Nikon:ExposureCompensationButton:105""Nikon:ExposureCompensationButton:106"
-    "Nikon:ExposureCompensationButton:108""Nikon:ExposureCompensationButton:109"
-    "Nikon:ExposureCompensationButton:11""Nikon:ExposureCompensationButton:110"
-    "Nikon:ExposureCompensationButton:111""Nikon:ExposureCompensationButton:112"
-    "Nikon:ExposureCompensationButton:115""Nikon:ExposureCompensationButton:12"
-    "Nikon:ExposureCompensationButton:18""Nikon:ExposureCompensationButton:19"
-    "Nikon:ExposureCompensationButton:20""Nikon:ExposureCompensationButton:21"
-    "Nikon:ExposureCompensationButton:22""Nikon:ExposureCompensationButton:23"
-    "Nikon:ExposureCompensationButton:24""Nikon:ExposureCompensationButton:25"
-    "Nikon:ExposureCompensationButton:26""Nikon:ExposureCompensationButton:27"
-    "Nikon:ExposureCompensationButton:28""Nikon:ExposureCompensationButton:3"
-    "Nikon:ExposureCompensationButton:30""Nikon:ExposureCompensationButton:31"
-    "Nikon:ExposureCompensationButton:32""Nikon:ExposureCompensationButton:33"
-    "Nikon:ExposureCompensationButton:34""Nikon:ExposureCompensationButton:35"
-    "Nikon:ExposureCompensationButton:36""Nikon:ExposureCompensationButton:37"
-    "Nikon:ExposureCompensationButton:38""Nikon:ExposureCompensationButton:39"
-    "Nikon:ExposureCompensationButton:4""Nikon:ExposureCompensationButton:40"
-    "Nikon:ExposureCompensationButton:41""Nikon:ExposureCompensationButton:42"
-    "Nikon:ExposureCompensationButton:44""Nikon:ExposureCompensationButton:45"
-    "Nikon:ExposureCompensationButton:46""Nikon:ExposureCompensationButton:47"
-    "Nikon:ExposureCompensationButton:48""Nikon:ExposureCompensationButton:49"
-    "Nikon:ExposureCompensationButton:5""Nikon:ExposureCompensationButton:52"
-    "Nikon:ExposureCompensationButton:53""Nikon:ExposureCompensationButton:57"
-    "Nikon:ExposureCompensationButton:58""Nikon:ExposureCompensationButton:59"
-    "Nikon:ExposureCompensationButton:6""Nikon:ExposureCompensationButton:60"
-    "Nikon:ExposureCompensationButton:61""Nikon:ExposureCompensationButton:64"
-    "Nikon:ExposureCompensationButton:65""Nikon:ExposureCompensationButton:66"
-    "Nikon:ExposureCompensationButton:7""Nikon:ExposureCompensationButton:70"
-    "Nikon:ExposureCompensationButton:71""Nikon:ExposureCompensationButton:73"
-    "Nikon:ExposureCompensationButton:76""Nikon:ExposureCompensationButton:78"
-    "Nikon:ExposureCompensationButton:79""Nikon:ExposureCompensationButton:8"
-    "Nikon:ExposureCompensationButton:80""Nikon:ExposureCompensationButton:81"
-    "Nikon:ExposureCompensationButton:82""Nikon:ExposureCompensationButton:83"
-    "Nikon:ExposureCompensationButton:84""Nikon:ExposureCompensationButton:85"
-    "Nikon:ExposureCompensationButton:86""Nikon:ExposureCompensationButton:87"
-    "Nikon:ExposureCompensationButton:88""Nikon:ExposureCompensationButton:9"
-    "Nikon:ExposureCompensationButton:97""Nikon:ExposureCompensationButton:98"
-    "Nikon:ExposureCompensationButton:99""Nikon:ExposureDelay""Exposure Delay"
-    "Nikon:ExposureDifference""Exposure Difference""Nikon:ExposureProgram""Exposure Program"
-    "Nikon:ExposureProgram:0""Not Defined""Nikon:ExposureProgram:1""Manual""Nikon:ExposureProgram:2"
-    "Program AE""Nikon:ExposureProgram:3""Aperture-priority AE""Nikon:ExposureProgram:4"
-    "Shutter speed priority AE""Nikon:ExposureProgram:5""Creative (Slow speed)"
-    "Nikon:ExposureProgram:6""Action (High speed)""Nikon:ExposureProgram:7""Portrait"
-    "Nikon:ExposureProgram:8""Landscape""Nikon:ExposureTime""Exposure Time""Nikon:ExposureTuning"
-    "Exposure Tuning""Nikon:ExtendedMenuBanks""Extended Menu Banks""Nikon:ExtendedMenuBanks:0"
-    "Nikon:ExtendedMenuBanks:1""Nikon:ExternalFlashCompensation""External Flash Compensation"
-    "Nikon:ExternalFlashExposureComp""External Flash Exposure Comp""Nikon:ExternalFlashFirmware"
-    "External Flash Firmware""Nikon:ExternalFlashFirmware:0 0""n/a""Nikon:ExternalFlashFirmware:1 1"
-    "1.01 (SB-800 or Metz 58 AF-1)""Nikon:ExternalFlashFirmware:1 3""1.03 (SB-800)"
-    "Nikon:ExternalFlashFirmware:14 3""14.03 (SB-5000)""Nikon:ExternalFlashFirmware:2 1"
-    "2.01 (SB-800)""Nikon:ExternalFlashFirmware:2 4""2.04 (SB-600)""Nikon:ExternalFlashFirmware:2 5"
-    "2.05 (SB-600)""Nikon:ExternalFlashFirmware:3 1""3.01 (SU-800 Remote Commander)"
-    "Nikon:ExternalFlashFirmware:4 1""4.01 (SB-400)""Nikon:ExternalFlashFirmware:4 2""4.02 (SB-400)"
-    "Nikon:ExternalFlashFirmware:4 4""4.04 (SB-400)""Nikon:ExternalFlashFirmware:5 1""5.01 (SB-900)"
-    "Nikon:ExternalFlashFirmware:5 2""5.02 (SB-900)""Nikon:ExternalFlashFirmware:6 1""6.01 (SB-700)"
-    "Nikon:ExternalFlashFirmware:7 1""7.01 (SB-910)""Nikon:ExternalFlashFlags""External Flash Flags"
-    "Nikon:ExternalFlashFlags:0""Nikon:ExternalFlashFlags:1""Fired |\302\240Flash Ready"
-    "Nikon:ExternalFlashFlags:128""Zoom Override""Nikon:ExternalFlashFlags:16""Wide Flash Adapter"
-    "Nikon:ExternalFlashFlags:32""Dome Diffuser""Nikon:ExternalFlashFlags:4""Bounce Flash"
-    "Nikon:ExternalFlashReadyState""External Flash Ready State""Nikon:ExternalFlashReadyState:0"
-    "Nikon:ExternalFlashReadyState:1""Ready""Nikon:ExternalFlashReadyState:6""Not Ready"
-    "Nikon:ExternalFlashStatus""External Flash Status""Nikon:ExternalFlashStatus:0"
-    "Flash Not Attached""Nikon:ExternalFlashStatus:1""Flash Attached"
-    "Nikon:ExternalFlashZoomOverride""External Flash Zoom Override"
-    "Nikon:ExternalFlashZoomOverride:0""Nikon:ExternalFlashZoomOverride:1""Nikon:FNumber""F Number"
-    "Nikon:Face10Position""Face 10 Position""Nikon:Face11Position""Face 11 Position"
-    "Nikon:Face12Position""Face 12 Position""Nikon:Face1Position""Face 1 Position"
-    "Nikon:Face2Position""Face 2 Position""Nikon:Face3Position""Face 3 Position"
-    "Nikon:Face4Position""Face 4 Position""Nikon:Face5Position""Face 5 Position"
-    "Nikon:Face6Position""Face 6 Position""Nikon:Face7Position""Face 7 Position"
-    "Nikon:Face8Position""Face 8 Position""Nikon:Face9Position""Face 9 Position"
-    "Nikon:FaceDetectFrameSize""Face Detect Frame Size""Nikon:FacesDetected""Faces Detected"
-    "Nikon:FileInfoVersion""File Info Version""Nikon:FileNumber""File Number""Nikon:FilterEffect"
-    "Filter Effect""Nikon:FilterEffect:128""Nikon:FilterEffect:129""Yellow""Nikon:FilterEffect:130"
-    "Orange""Nikon:FilterEffect:131""Red""Nikon:FilterEffect:132""Green""Nikon:FilterEffect:255"
-    "Nikon:FirmwareVersion""Firmware Version""Nikon:FirmwareVersion2""Firmware Version 2"
-    "Nikon:FirmwareVersion3""Firmware Version 3""Nikon:FirmwareVersion51""Firmware Version 51"
-    "Nikon:FlashColorFilter""Flash Color Filter""Nikon:FlashColorFilter:0""Nikon:FlashColorFilter:1"
-    "FL-GL1 or SZ-2FL Fluorescent""Nikon:FlashColorFilter:10""TN-A2""Nikon:FlashColorFilter:128"
-    "Incandescent""Nikon:FlashColorFilter:2""FL-GL2""Nikon:FlashColorFilter:65"
-    "Nikon:FlashColorFilter:66""Blue""Nikon:FlashColorFilter:67""Nikon:FlashColorFilter:68""Amber"
-    "Nikon:FlashColorFilter:9""TN-A1 or SZ-2TN Incandescent""Nikon:FlashCommanderMode"
-    "Flash Commander Mode""Nikon:FlashCommanderMode:0""Nikon:FlashCommanderMode:1"
-    "Nikon:FlashCompensation""Flash Compensation""Nikon:FlashControlMode""Flash Control Mode"
-    "Nikon:FlashControlMode:0""Off |\302\240TTL""Nikon:FlashControlMode:1"
-    "Auto External Flash |\302\240iTTL-BL""Nikon:FlashControlMode:2"
-    "GN (distance priority) |\302\240iTTL""Nikon:FlashControlMode:3""Auto Aperture |\302\240Manual"
-    "Nikon:FlashControlMode:4""Automatic |\302\240Repeating Flash""Nikon:FlashControlMode:5"
-    "GN (distance priority)""Nikon:FlashControlMode:6""Nikon:FlashControlMode:7""Repeating Flash"
-    "Nikon:FlashExposureBracketValue""Flash Exposure Bracket Value""Nikon:FlashExposureComp"
-    "Flash Exposure Compensation""Nikon:FlashExposureComp2""Flash Exposure Comp 2"
-    "Nikon:FlashExposureComp3""Flash Exposure Comp 3""Nikon:FlashExposureComp4"
-    "Flash Exposure Comp 4""Nikon:FlashFired""Flash Fired""Nikon:FlashFired:2""Internal"
-    "Nikon:FlashFired:4""External""Nikon:FlashFocalLength""Flash Focal Length"
-    "Nikon:FlashGNDistance""Flash GN Distance""Nikon:FlashGNDistance:0""Nikon:FlashGNDistance:1"
-    "0.1 m""Nikon:FlashGNDistance:10""1.0 m""Nikon:FlashGNDistance:11""1.1 m"
-    "Nikon:FlashGNDistance:12""1.3 m""Nikon:FlashGNDistance:13""1.4 m""Nikon:FlashGNDistance:14"
-    "1.6 m""Nikon:FlashGNDistance:15""1.8 m""Nikon:FlashGNDistance:16""2.0 m"
-    "Nikon:FlashGNDistance:17""2.2 m""Nikon:FlashGNDistance:18""2.5 m""Nikon:FlashGNDistance:19"
-    "2.8 m""Nikon:FlashGNDistance:2""0.2 m""Nikon:FlashGNDistance:20""3.2 m"
-    "Nikon:FlashGNDistance:21""3.6 m""Nikon:FlashGNDistance:22""4.0 m""Nikon:FlashGNDistance:23"
-    "4.5 m""Nikon:FlashGNDistance:24""5.0 m""Nikon:FlashGNDistance:25""5.6 m"
-    "Nikon:FlashGNDistance:255""Nikon:FlashGNDistance:26""6.3 m""Nikon:FlashGNDistance:27""7.1 m"
-    "Nikon:FlashGNDistance:28""8.0 m""Nikon:FlashGNDistance:29""9.0 m""Nikon:FlashGNDistance:3"
-    "0.3 m""Nikon:FlashGNDistance:30""10.0 m""Nikon:FlashGNDistance:31""11.0 m"
-    "Nikon:FlashGNDistance:32""13.0 m""Nikon:FlashGNDistance:33""14.0 m""Nikon:FlashGNDistance:34"
-    "16.0 m""Nikon:FlashGNDistance:35""18.0 m""Nikon:FlashGNDistance:36""20.0 m"
-    "Nikon:FlashGNDistance:4""0.4 m""Nikon:FlashGNDistance:5""0.5 m""Nikon:FlashGNDistance:6""0.6 m"
-    "Nikon:FlashGNDistance:7""0.7 m""Nikon:FlashGNDistance:8""0.8 m""Nikon:FlashGNDistance:9""0.9 m"
-    "Nikon:FlashGroupACompensation""Flash Group A Compensation""Nikon:FlashGroupAControlMode"
-    "Flash Group A Control Mode""Nikon:FlashGroupAControlMode:0""Nikon:FlashGroupAControlMode:1"
-    "iTTL-BL""Nikon:FlashGroupAControlMode:2""iTTL""Nikon:FlashGroupAControlMode:3""Auto Aperture"
-    "Nikon:FlashGroupAControlMode:4""Automatic""Nikon:FlashGroupAControlMode:5"
-    "Nikon:FlashGroupAControlMode:6""Nikon:FlashGroupAControlMode:7""Nikon:FlashGroupAOutput"
-    "Flash Group A Output""Nikon:FlashGroupBCompensation""Flash Group B Compensation"
-    "Nikon:FlashGroupBControlMode""Flash Group B Control Mode""Nikon:FlashGroupBControlMode:0"
-    "Nikon:FlashGroupBControlMode:1""Nikon:FlashGroupBControlMode:2""Nikon:FlashGroupBControlMode:3"
-    "Nikon:FlashGroupBControlMode:4""Nikon:FlashGroupBControlMode:5""Nikon:FlashGroupBControlMode:6"
-    "Nikon:FlashGroupBControlMode:7""Nikon:FlashGroupBOutput""Flash Group B Output"
-    "Nikon:FlashGroupCCompensation""Flash Group C Compensation""Nikon:FlashGroupCControlMode"
-    "Flash Group C Control Mode""Nikon:FlashGroupCControlMode:0""Nikon:FlashGroupCControlMode:1"
-    "Nikon:FlashGroupCControlMode:2""Nikon:FlashGroupCControlMode:3""Nikon:FlashGroupCControlMode:4"
-    "Nikon:FlashGroupCControlMode:5""Nikon:FlashGroupCControlMode:6""Nikon:FlashGroupCControlMode:7"
-    "Nikon:FlashGroupCOutput""Flash Group C Output""Nikon:FlashIlluminationPattern"
-    "Flash Illumination Pattern""Nikon:FlashIlluminationPattern:0""Standard"
-    "Nikon:FlashIlluminationPattern:1""Center-weighted""Nikon:FlashIlluminationPattern:2""Even"
-    "Nikon:FlashInfoVersion""Flash Info Version""Nikon:FlashMasterCompensation"
-    "Flash Master Compensation""Nikon:FlashMasterControlMode""Flash Master Control Mode"
-    "Nikon:FlashMasterControlMode:0""TTL""Nikon:FlashMasterControlMode:1"
-    "Nikon:FlashMasterControlMode:2""Nikon:FlashMasterControlMode:3""Nikon:FlashMasterOutput"
-    "Flash Master Output""Nikon:FlashMode""Flash Mode""Nikon:FlashMode:0""Did Not Fire"
-    "Nikon:FlashMode:1""Fired, Manual""Nikon:FlashMode:18""LED Light""Nikon:FlashMode:3"
-    "Nikon:FlashMode:7""Fired, External""Nikon:FlashMode:8""Fired, Commander Mode"
-    "Nikon:FlashMode:9""Fired, TTL Mode""Nikon:FlashModeButton""Flash Mode Button"
-    "Nikon:FlashModeButton:0""Nikon:FlashModeButton:1""Nikon:FlashModeButton:10"
-    "Nikon:FlashModeButton:100""Nikon:FlashModeButton:101""Nikon:FlashModeButton:103"
-    "Nikon:FlashModeButton:104""Nikon:FlashModeButton:105""Nikon:FlashModeButton:106"
-    "Nikon:FlashModeButton:108""Nikon:FlashModeButton:109""Nikon:FlashModeButton:11"
-    "Nikon:FlashModeButton:110""Nikon:FlashModeButton:111""Nikon:FlashModeButton:112"
-    "Nikon:FlashModeButton:115""Nikon:FlashModeButton:12""Nikon:FlashModeButton:18"
-    "Nikon:FlashModeButton:19""Nikon:FlashModeButton:20""Nikon:FlashModeButton:21"
-    "Nikon:FlashModeButton:22""Nikon:FlashModeButton:23""Nikon:FlashModeButton:24"
-    "Nikon:FlashModeButton:25""Nikon:FlashModeButton:26""Nikon:FlashModeButton:27"
-    "Nikon:FlashModeButton:28""Nikon:FlashModeButton:3""Nikon:FlashModeButton:30"
-    "Nikon:FlashModeButton:31""Nikon:FlashModeButton:32""Nikon:FlashModeButton:33"
-    "Nikon:FlashModeButton:34""Nikon:FlashModeButton:35""Nikon:FlashModeButton:36"
-    "Nikon:FlashModeButton:37""Nikon:FlashModeButton:38""Nikon:FlashModeButton:39"
-    "Nikon:FlashModeButton:4""Nikon:FlashModeButton:40""Nikon:FlashModeButton:41"
-    "Nikon:FlashModeButton:42""Nikon:FlashModeButton:44""Nikon:FlashModeButton:45"
-    "Nikon:FlashModeButton:46""Nikon:FlashModeButton:47""Nikon:FlashModeButton:48"
-    "Nikon:FlashModeButton:49""Nikon:FlashModeButton:5""Nikon:FlashModeButton:52"
-    "Nikon:FlashModeButton:53""Nikon:FlashModeButton:57""Nikon:FlashModeButton:58"
-    "Nikon:FlashModeButton:59""Nikon:FlashModeButton:6""Nikon:FlashModeButton:60"
-    "Nikon:FlashModeButton:61""Nikon:FlashModeButton:64""Nikon:FlashModeButton:65"
-    "Nikon:FlashModeButton:66""Nikon:FlashModeButton:7""Nikon:FlashModeButton:70"
-    "Nikon:FlashModeButton:71""Nikon:FlashModeButton:73""Nikon:FlashModeButton:76"
-    "Nikon:FlashModeButton:78""Nikon:FlashModeButton:79""Nikon:FlashModeButton:8"
-    "Nikon:FlashModeButton:80""Nikon:FlashModeButton:81""Nikon:FlashModeButton:82"
-    "Nikon:FlashModeButton:83""Nikon:FlashModeButton:84""Nikon:FlashModeButton:85"
-    "Nikon:FlashModeButton:86""Nikon:FlashModeButton:87""Nikon:FlashModeButton:88"
-    "Nikon:FlashModeButton:9""Nikon:FlashModeButton:97""Nikon:FlashModeButton:98"
-    "Nikon:FlashModeButton:99""Nikon:FlashModeButtonPlaybackMode""Flash Mode Button Playback Mode"
-    "Nikon:FlashModeButtonPlaybackMode:0""Nikon:FlashModeButtonPlaybackMode:1"
-    "Nikon:FlashModeButtonPlaybackMode:10""Nikon:FlashModeButtonPlaybackMode:100"
-    "Nikon:FlashModeButtonPlaybackMode:101""Nikon:FlashModeButtonPlaybackMode:103"
-    "Nikon:FlashModeButtonPlaybackMode:104""Nikon:FlashModeButtonPlaybackMode:105"
-    "Nikon:FlashModeButtonPlaybackMode:106""Nikon:FlashModeButtonPlaybackMode:108"
-    "Nikon:FlashModeButtonPlaybackMode:109""Nikon:FlashModeButtonPlaybackMode:11"
-    "Nikon:FlashModeButtonPlaybackMode:110""Nikon:FlashModeButtonPlaybackMode:111"
-    "Nikon:FlashModeButtonPlaybackMode:112""Nikon:FlashModeButtonPlaybackMode:115"
-    "Nikon:FlashModeButtonPlaybackMode:12""Nikon:FlashModeButtonPlaybackMode:18"
-    "Nikon:FlashModeButtonPlaybackMode:19""Nikon:FlashModeButtonPlaybackMode:20"
-    "Nikon:FlashModeButtonPlaybackMode:21""Nikon:FlashModeButtonPlaybackMode:22"
-    "Nikon:FlashModeButtonPlaybackMode:23""Nikon:FlashModeButtonPlaybackMode:24"
-    "Nikon:FlashModeButtonPlaybackMode:25""Nikon:FlashModeButtonPlaybackMode:26"
-    "Nikon:FlashModeButtonPlaybackMode:27""Nikon:FlashModeButtonPlaybackMode:28"
-    "Nikon:FlashModeButtonPlaybackMode:3""Nikon:FlashModeButtonPlaybackMode:30"
-    "Nikon:FlashModeButtonPlaybackMode:31""Nikon:FlashModeButtonPlaybackMode:32"
-    "Nikon:FlashModeButtonPlaybackMode:33""Nikon:FlashModeButtonPlaybackMode:34"
-    "Nikon:FlashModeButtonPlaybackMode:35""Nikon:FlashModeButtonPlaybackMode:36"
-    "Nikon:FlashModeButtonPlaybackMode:37""Nikon:FlashModeButtonPlaybackMode:38"
-    "Nikon:FlashModeButtonPlaybackMode:39""Nikon:FlashModeButtonPlaybackMode:4"
-    "Nikon:FlashModeButtonPlaybackMode:40""Nikon:FlashModeButtonPlaybackMode:41"
-    "Nikon:FlashModeButtonPlaybackMode:42""Nikon:FlashModeButtonPlaybackMode:44"
-    "Nikon:FlashModeButtonPlaybackMode:45""Nikon:FlashModeButtonPlaybackMode:46"
-    "Nikon:FlashModeButtonPlaybackMode:47""Nikon:FlashModeButtonPlaybackMode:48"
-    "Nikon:FlashModeButtonPlaybackMode:49""Nikon:FlashModeButtonPlaybackMode:5"
-    "Nikon:FlashModeButtonPlaybackMode:52""Nikon:FlashModeButtonPlaybackMode:53"
-    "Nikon:FlashModeButtonPlaybackMode:57""Nikon:FlashModeButtonPlaybackMode:58"
-    "Nikon:FlashModeButtonPlaybackMode:59""Nikon:FlashModeButtonPlaybackMode:6"
-    "Nikon:FlashModeButtonPlaybackMode:60""Nikon:FlashModeButtonPlaybackMode:61"
-    "Nikon:FlashModeButtonPlaybackMode:64""Nikon:FlashModeButtonPlaybackMode:65"
-    "Nikon:FlashModeButtonPlaybackMode:66""Nikon:FlashModeButtonPlaybackMode:7"
-    "Nikon:FlashModeButtonPlaybackMode:70""Nikon:FlashModeButtonPlaybackMode:71"
-    "Nikon:FlashModeButtonPlaybackMode:73""Nikon:FlashModeButtonPlaybackMode:76"
-    "Nikon:FlashModeButtonPlaybackMode:78""Nikon:FlashModeButtonPlaybackMode:79"
-    "Nikon:FlashModeButtonPlaybackMode:8""Nikon:FlashModeButtonPlaybackMode:80"
-    "Nikon:FlashModeButtonPlaybackMode:81""Nikon:FlashModeButtonPlaybackMode:82"
-    "Nikon:FlashModeButtonPlaybackMode:83""Nikon:FlashModeButtonPlaybackMode:84"
-    "Nikon:FlashModeButtonPlaybackMode:85""Nikon:FlashModeButtonPlaybackMode:86"
-    "Nikon:FlashModeButtonPlaybackMode:87""Nikon:FlashModeButtonPlaybackMode:88"
-    "Nikon:FlashModeButtonPlaybackMode:9""Nikon:FlashModeButtonPlaybackMode:97"
-    "Nikon:FlashModeButtonPlaybackMode:98""Nikon:FlashModeButtonPlaybackMode:99""Nikon:FlashOutput"
-    "Flash Output""Nikon:FlashRemoteControl""Flash Remote Control""Nikon:FlashRemoteControl:0"
-    "Group""Nikon:FlashRemoteControl:1""Quick Wireless""Nikon:FlashRemoteControl:2"
-    "Remote Repeating""Nikon:FlashSetting""Flash Setting""Nikon:FlashSource""Flash Source"
-    "Nikon:FlashSource:0""Nikon:FlashSource:1""Nikon:FlashSource:2""Nikon:FlashType""Flash Type"
-    "Nikon:FlashWirelessOption""Flash Wireless Option""Nikon:FlashWirelessOption:0"
-    "Off |\302\240Optical AWL""Nikon:FlashWirelessOption:1""Nikon:FlashWirelessOption:2"
-    "Optical/Radio AWL""Nikon:FlashWirelessOption:3""Radio AWL""Nikon:FlickerReduction"
-    "Flicker Reduction""Nikon:FlickerReduction:0""Enable""Nikon:FlickerReduction:1""Disable"
-    "Nikon:FlickerReductionIndicator""Flicker Reduction Indicator"
-    "Nikon:FlickerReductionIndicator:0""Nikon:FlickerReductionIndicator:1"
-    "Nikon:FlickerReductionShooting""Flicker Reduction Shooting""Nikon:FlickerReductionShooting:0"
-    "Nikon:FlickerReductionShooting:1""Nikon:FocalLength""Focal Length""Nikon:Focus"
-    "Nikon:FocusDistance""Focus Distance""Nikon:FocusDistanceRangeWidth""Focus Distance Range Width"
-    "Nikon:FocusMode""Focus Mode""Nikon:FocusPosition""Focus Position"
-    "Nikon:FocusPositionHorizontal""Focus Position Horizontal""Nikon:FocusPositionVertical"
-    "Focus Position Vertical""Nikon:FocusResult""Focus Result""Nikon:FocusResult:0""Out of Focus"
-    "Nikon:FocusResult:1""Nikon:FocusShiftAutoReset""Focus Shift Auto Reset"
-    "Nikon:FocusShiftAutoReset:0""Nikon:FocusShiftAutoReset:1""Nikon:FocusShiftExposureLock"
-    "Focus Shift Exposure Lock""Nikon:FocusShiftExposureLock:0""Nikon:FocusShiftExposureLock:1"
-    "Nikon:FocusShiftInterval""Focus Shift Interval""Nikon:FocusShiftNumberShots"
-    "Focus Shift Number Shots""Nikon:FocusShiftShooting""Focus Shift Shooting"
-    "Nikon:FocusShiftStepWidth""Focus Shift Step Width""Nikon:FocusStepsFromInfinity"
-    "Focus Steps From Infinity""Nikon:FrameCount""Frame Count""Nikon:FrameHeight""Frame Height"
-    "Nikon:FrameRate""Frame Rate""Nikon:FrameWidth""Frame Width""Nikon:HDMIOutputN-Log"
-    "HDMI Output N-Log""Nikon:HDMIOutputN-Log:0""Nikon:HDMIOutputN-Log:1"
-    "Nikon:HDMIOutputResolution""HDMI Output Resolution""Nikon:HDMIOutputResolution:0"
-    "Nikon:HDMIOutputResolution:1""4320p""Nikon:HDMIOutputResolution:2""2160p"
-    "Nikon:HDMIOutputResolution:3""1080p""Nikon:HDMIOutputResolution:5""720p""Nikon:HDR"
-    "Nikon:HDR:0""Nikon:HDR:1""On |\302\240On (normal)""Nikon:HDR:2""On (Series)""Nikon:HDR:48"
-    "Nikon:HDRInfoVersion""HDR Info Version""Nikon:HDRLevel""HDR Level""Nikon:HDRLevel2"
-    "HDR Level 2""Nikon:HDRLevel2:0""Nikon:HDRLevel2:1""1 EV""Nikon:HDRLevel2:2""2 EV"
-    "Nikon:HDRLevel2:255""Nikon:HDRLevel2:3""3 EV""Nikon:HDRLevel:0""Auto |\302\240n/a"
-    "Nikon:HDRLevel:1""1 EV |\302\240Extra High |\302\240Normal""Nikon:HDRLevel:2"
-    "2 EV |\302\240High |\302\240Low""Nikon:HDRLevel:255""Nikon:HDRLevel:3"
-    "3 EV |\302\240High |\302\240Normal""Nikon:HDRLevel:4""High+ |\302\240Low""Nikon:HDRLevel:5"
-    "Nikon:HDRSmoothing""HDR Smoothing""Nikon:HDRSmoothing:0""Nikon:HDRSmoothing:1"
-    "Nikon:HDRSmoothing:2""Nikon:HDRSmoothing:255""Nikon:HDRSmoothing:3""Nikon:HDRSmoothing:48"
-    "Nikon:HighFrameRate""High Frame Rate""Nikon:HighFrameRate:0""Nikon:HighFrameRate:1""CH"
-    "Nikon:HighFrameRate:3""C30""Nikon:HighFrameRate:4""C120""Nikon:HighFrameRate:5""C60"
-    "Nikon:HighFrequencyFlickerReductionShooting""High Frequency Flicker Reduction Shooting"
-    "Nikon:HighFrequencyFlickerReductionShooting:0""Nikon:HighFrequencyFlickerReductionShooting:1"
-    "Nikon:HighISONoiseReduction""High ISO Noise Reduction""Nikon:HighISONoiseReduction:0"
-    "Nikon:HighISONoiseReduction:1""Minimal""Nikon:HighISONoiseReduction:2"
-    "Nikon:HighISONoiseReduction:3""Medium Low""Nikon:HighISONoiseReduction:4"
-    "Nikon:HighISONoiseReduction:5""Medium High""Nikon:HighISONoiseReduction:6""Nikon:Hue"
-    "Nikon:HueAdjustment""Hue Adjustment""Nikon:IFD0_Offset""IFD0 Offset""Nikon:ISO""Nikon:ISO2"
-    "Nikon:ISOAutoFlashLimit""ISO Auto Flash Limit""Nikon:ISOAutoFlashLimit:0""ISO 64"
-    "Nikon:ISOAutoFlashLimit:1""ISO 80""Nikon:ISOAutoFlashLimit:10""ISO 640"
-    "Nikon:ISOAutoFlashLimit:11""ISO 800""Nikon:ISOAutoFlashLimit:12""ISO 1000"
-    "Nikon:ISOAutoFlashLimit:13""ISO 1250""Nikon:ISOAutoFlashLimit:14""ISO 1600"
-    "Nikon:ISOAutoFlashLimit:15""ISO 2000""Nikon:ISOAutoFlashLimit:16""ISO 2500"
-    "Nikon:ISOAutoFlashLimit:17""ISO 3200""Nikon:ISOAutoFlashLimit:18""ISO 4000"
-    "Nikon:ISOAutoFlashLimit:19""ISO 5000""Nikon:ISOAutoFlashLimit:2""ISO 100"
-    "Nikon:ISOAutoFlashLimit:20""ISO 6400""Nikon:ISOAutoFlashLimit:21""ISO 8000"
-    "Nikon:ISOAutoFlashLimit:22""ISO 10000""Nikon:ISOAutoFlashLimit:23""ISO 12800"
-    "Nikon:ISOAutoFlashLimit:24""ISO 16000""Nikon:ISOAutoFlashLimit:25""ISO 20000"
-    "Nikon:ISOAutoFlashLimit:26""ISO 25600""Nikon:ISOAutoFlashLimit:27""ISO Hi 0.3"
-    "Nikon:ISOAutoFlashLimit:28""ISO Hi 0.7""Nikon:ISOAutoFlashLimit:29""ISO Hi 1.0"
-    "Nikon:ISOAutoFlashLimit:3""ISO 125""Nikon:ISOAutoFlashLimit:32""ISO Hi 2.0"
-    "Nikon:ISOAutoFlashLimit:4""ISO 160""Nikon:ISOAutoFlashLimit:5""ISO 200"
-    "Nikon:ISOAutoFlashLimit:6""ISO 250""Nikon:ISOAutoFlashLimit:7""ISO 320"
-    "Nikon:ISOAutoFlashLimit:8""ISO 400""Nikon:ISOAutoFlashLimit:9""ISO 500""Nikon:ISOAutoHiLimit"
-    "ISO Auto Hi Limit""Nikon:ISOAutoHiLimit:0""Nikon:ISOAutoHiLimit:1""Nikon:ISOAutoHiLimit:10"
-    "Nikon:ISOAutoHiLimit:102""ISO Hi 3.0""Nikon:ISOAutoHiLimit:108""ISO Hi 4.0"
-    "Nikon:ISOAutoHiLimit:11""Nikon:ISOAutoHiLimit:114""ISO Hi 5.0""Nikon:ISOAutoHiLimit:12"
-    "Nikon:ISOAutoHiLimit:13""Nikon:ISOAutoHiLimit:14""Nikon:ISOAutoHiLimit:15"
-    "Nikon:ISOAutoHiLimit:16""Nikon:ISOAutoHiLimit:17""Nikon:ISOAutoHiLimit:18"
-    "Nikon:ISOAutoHiLimit:19""Nikon:ISOAutoHiLimit:2""Nikon:ISOAutoHiLimit:20"
-    "Nikon:ISOAutoHiLimit:21""Nikon:ISOAutoHiLimit:22""Nikon:ISOAutoHiLimit:23"
-    "Nikon:ISOAutoHiLimit:24""Nikon:ISOAutoHiLimit:25""Nikon:ISOAutoHiLimit:26"
-    "Nikon:ISOAutoHiLimit:27""Nikon:ISOAutoHiLimit:28""Nikon:ISOAutoHiLimit:29"
-    "Nikon:ISOAutoHiLimit:3""Nikon:ISOAutoHiLimit:32""Nikon:ISOAutoHiLimit:36"
-    "Nikon:ISOAutoHiLimit:38""Nikon:ISOAutoHiLimit:39""ISO 280""Nikon:ISOAutoHiLimit:4"
-    "Nikon:ISOAutoHiLimit:40""Nikon:ISOAutoHiLimit:42""Nikon:ISOAutoHiLimit:44"
-    "Nikon:ISOAutoHiLimit:45""ISO 560""Nikon:ISOAutoHiLimit:46""Nikon:ISOAutoHiLimit:48"
-    "Nikon:ISOAutoHiLimit:5""Nikon:ISOAutoHiLimit:50""Nikon:ISOAutoHiLimit:51""ISO 1100"
-    "Nikon:ISOAutoHiLimit:52""Nikon:ISOAutoHiLimit:54""Nikon:ISOAutoHiLimit:56"
-    "Nikon:ISOAutoHiLimit:57""ISO 2200""Nikon:ISOAutoHiLimit:58""Nikon:ISOAutoHiLimit:6"
-    "Nikon:ISOAutoHiLimit:60""Nikon:ISOAutoHiLimit:62""Nikon:ISOAutoHiLimit:63""ISO 4500"
-    "Nikon:ISOAutoHiLimit:64""Nikon:ISOAutoHiLimit:66""Nikon:ISOAutoHiLimit:68"
-    "Nikon:ISOAutoHiLimit:69""ISO 9000""Nikon:ISOAutoHiLimit:7""Nikon:ISOAutoHiLimit:70"
-    "Nikon:ISOAutoHiLimit:72""Nikon:ISOAutoHiLimit:74""Nikon:ISOAutoHiLimit:75""ISO 18000"
-    "Nikon:ISOAutoHiLimit:76""Nikon:ISOAutoHiLimit:78""Nikon:ISOAutoHiLimit:8"
-    "Nikon:ISOAutoHiLimit:80""ISO 32000""Nikon:ISOAutoHiLimit:81""ISO 36000"
-    "Nikon:ISOAutoHiLimit:82""ISO 40000""Nikon:ISOAutoHiLimit:84""ISO 51200"
-    "Nikon:ISOAutoHiLimit:86""Nikon:ISOAutoHiLimit:87""ISO Hi 0.5""Nikon:ISOAutoHiLimit:88"
-    "Nikon:ISOAutoHiLimit:9""Nikon:ISOAutoHiLimit:90""Nikon:ISOAutoHiLimit:96"
-    "Nikon:ISOAutoShutterTime""ISO Auto Shutter Time""Nikon:ISOAutoShutterTime:-12""15 s"
-    "Nikon:ISOAutoShutterTime:-15""Nikon:ISOAutoShutterTime:-3""2 s""Nikon:ISOAutoShutterTime:-6"
-    "4 s""Nikon:ISOAutoShutterTime:-9""8 s""Nikon:ISOAutoShutterTime:0""1 s |\302\2401/4000 s"
-    "Nikon:ISOAutoShutterTime:1""1/1.3 s |\302\2401/3200 s""Nikon:ISOAutoShutterTime:10"
-    "1/10 s |\302\2401/400 s""Nikon:ISOAutoShutterTime:11""1/13 s |\302\2401/320 s"
-    "Nikon:ISOAutoShutterTime:12""1/15 s |\302\2401/250 s""Nikon:ISOAutoShutterTime:13"
-    "1/20 s |\302\2401/200 s""Nikon:ISOAutoShutterTime:14""1/160 s |\302\2401/25 s"
-    "Nikon:ISOAutoShutterTime:15""1/125 s |\302\2401/30 s""Nikon:ISOAutoShutterTime:16"
-    "1/100 s |\302\2401/40 s""Nikon:ISOAutoShutterTime:17""1/50 s |\302\2401/80 s"
-    "Nikon:ISOAutoShutterTime:18""1/60 s""Nikon:ISOAutoShutterTime:19""Nikon:ISOAutoShutterTime:2"
-    "1/1.6 s |\302\2401/2500 s""Nikon:ISOAutoShutterTime:20""Nikon:ISOAutoShutterTime:21"
-    "1/120 s |\302\2401/30 s""Nikon:ISOAutoShutterTime:22""1/15 s |\302\2401/160 s"
-    "Nikon:ISOAutoShutterTime:23""1/200 s |\302\2401/8 s""Nikon:ISOAutoShutterTime:24"
-    "1/250 s |\302\2401/4 s""Nikon:ISOAutoShutterTime:25""1/2 s |\302\2401/320 s"
-    "Nikon:ISOAutoShutterTime:26""1 s |\302\2401/400 s""Nikon:ISOAutoShutterTime:27"
-    "1/500 s |\302\2402 s""Nikon:ISOAutoShutterTime:28""1/640 s |\302\2404 s"
-    "Nikon:ISOAutoShutterTime:29""1/800 s |\302\2408 s""Nikon:ISOAutoShutterTime:3"
-    "1/2 s |\302\2401/2000 s""Nikon:ISOAutoShutterTime:30""1/1000 s |\302\24015 s"
-    "Nikon:ISOAutoShutterTime:31""1/1250 s |\302\24030 s""Nikon:ISOAutoShutterTime:32"
-    "1/1600 s |\302\240Auto (Slowest)""Nikon:ISOAutoShutterTime:33""1/2000 s |\302\240Auto (Slower)"
-    "Nikon:ISOAutoShutterTime:34""1/2500 s |\302\240Auto""Nikon:ISOAutoShutterTime:35"
-    "1/3200 s |\302\240Auto (Faster)""Nikon:ISOAutoShutterTime:36""1/4000 s |\302\240Auto (Fastest)"
-    "Nikon:ISOAutoShutterTime:37""1/5000 s""Nikon:ISOAutoShutterTime:37.5""1/6000 s"
-    "Nikon:ISOAutoShutterTime:38""1/6400 s""Nikon:ISOAutoShutterTime:39""1/8000 s"
-    "Nikon:ISOAutoShutterTime:4""1/1600 s |\302\2401/2.5 s""Nikon:ISOAutoShutterTime:40""1/10000 s"
-    "Nikon:ISOAutoShutterTime:40.5""1/12000 s""Nikon:ISOAutoShutterTime:41""1/13000 s"
-    "Nikon:ISOAutoShutterTime:42""1/16000 s""Nikon:ISOAutoShutterTime:5""1/1250 s |\302\2401/3 s"
-    "Nikon:ISOAutoShutterTime:6""1/1000 s |\302\2401/4 s""Nikon:ISOAutoShutterTime:7"
-    "1/5 s |\302\2401/800 s""Nikon:ISOAutoShutterTime:8""1/6 s |\302\2401/640 s"
-    "Nikon:ISOAutoShutterTime:9""1/500 s |\302\2401/8 s""Nikon:ISOButton""ISO Button"
-    "Nikon:ISOButton:0""Nikon:ISOButton:1""Nikon:ISOButton:10""Nikon:ISOButton:100"
-    "Nikon:ISOButton:101""Nikon:ISOButton:103""Nikon:ISOButton:104""Nikon:ISOButton:105"
-    "Nikon:ISOButton:106""Nikon:ISOButton:108""Nikon:ISOButton:109""Nikon:ISOButton:11"
-    "Nikon:ISOButton:110""Nikon:ISOButton:111""Nikon:ISOButton:112""Nikon:ISOButton:115"
-    "Nikon:ISOButton:12""Nikon:ISOButton:18""Nikon:ISOButton:19""Nikon:ISOButton:20"
-    "Nikon:ISOButton:21""Nikon:ISOButton:22""Nikon:ISOButton:23""Nikon:ISOButton:24"
-    "Nikon:ISOButton:25""Nikon:ISOButton:26""Nikon:ISOButton:27""Nikon:ISOButton:28"
-    "Nikon:ISOButton:3""Nikon:ISOButton:30""Nikon:ISOButton:31""Nikon:ISOButton:32"
-    "Nikon:ISOButton:33""Nikon:ISOButton:34""Nikon:ISOButton:35""Nikon:ISOButton:36"
-    "Nikon:ISOButton:37""Nikon:ISOButton:38""Nikon:ISOButton:39""Nikon:ISOButton:4"
-    "Nikon:ISOButton:40""Nikon:ISOButton:41""Nikon:ISOButton:42""Nikon:ISOButton:44"
-    "Nikon:ISOButton:45""Nikon:ISOButton:46""Nikon:ISOButton:47""Nikon:ISOButton:48"
-    "Nikon:ISOButton:49""Nikon:ISOButton:5""Nikon:ISOButton:52""Nikon:ISOButton:53"
-    "Nikon:ISOButton:57""Nikon:ISOButton:58""Nikon:ISOButton:59""Nikon:ISOButton:6"
-    "Nikon:ISOButton:60""Nikon:ISOButton:61""Nikon:ISOButton:64""Nikon:ISOButton:65"
-    "Nikon:ISOButton:66""Nikon:ISOButton:7""Nikon:ISOButton:70""Nikon:ISOButton:71"
-    "Nikon:ISOButton:73""Nikon:ISOButton:76""Nikon:ISOButton:78""Nikon:ISOButton:79"
-    "Nikon:ISOButton:8""Nikon:ISOButton:80""Nikon:ISOButton:81""Nikon:ISOButton:82"
-    "Nikon:ISOButton:83""Nikon:ISOButton:84""Nikon:ISOButton:85""Nikon:ISOButton:86"
-    "Nikon:ISOButton:87""Nikon:ISOButton:88""Nikon:ISOButton:9""Nikon:ISOButton:97"
-    "Nikon:ISOButton:98""Nikon:ISOButton:99""Nikon:ISOExpansion""ISO Expansion""Nikon:ISOExpansion2"
-    "ISO Expansion 2""Nikon:ISOExpansion2:0""Nikon:ISOExpansion2:257""Hi 0.3"
-    "Nikon:ISOExpansion2:258""Hi 0.5""Nikon:ISOExpansion2:259""Hi 0.7""Nikon:ISOExpansion2:260"
-    "Hi 1.0""Nikon:ISOExpansion2:261""Hi 1.3""Nikon:ISOExpansion2:262""Hi 1.5"
-    "Nikon:ISOExpansion2:263""Hi 1.7""Nikon:ISOExpansion2:264""Hi 2.0""Nikon:ISOExpansion2:513"
-    "Lo 0.3""Nikon:ISOExpansion2:514""Lo 0.5""Nikon:ISOExpansion2:515""Lo 0.7"
-    "Nikon:ISOExpansion2:516""Lo 1.0""Nikon:ISOExpansion:0""Nikon:ISOExpansion:257"
-    "Nikon:ISOExpansion:258""Nikon:ISOExpansion:259""Nikon:ISOExpansion:260""Nikon:ISOExpansion:261"
-    "Nikon:ISOExpansion:262""Nikon:ISOExpansion:263""Nikon:ISOExpansion:264""Nikon:ISOExpansion:265"
-    "Hi 2.3""Nikon:ISOExpansion:266""Hi 2.5""Nikon:ISOExpansion:267""Hi 2.7""Nikon:ISOExpansion:268"
-    "Hi 3.0""Nikon:ISOExpansion:269""Hi 3.3""Nikon:ISOExpansion:270""Hi 3.5""Nikon:ISOExpansion:271"
-    "Hi 3.7""Nikon:ISOExpansion:272""Hi 4.0""Nikon:ISOExpansion:273""Hi 4.3""Nikon:ISOExpansion:274"
-    "Hi 4.5""Nikon:ISOExpansion:275""Hi 4.7""Nikon:ISOExpansion:276""Hi 5.0""Nikon:ISOExpansion:513"
-    "Nikon:ISOExpansion:514""Nikon:ISOExpansion:515""Nikon:ISOExpansion:516""Nikon:ISOSelection"
-    "ISO Selection""Nikon:ISOSetting""ISO Setting""Nikon:ImageAdjustment""Image Adjustment"
-    "Nikon:ImageArea""Nikon:ImageArea:0""FX (36.0 x 23.9 mm) |\302\240FX (36x24)""Nikon:ImageArea:1"
-    "DX (23.5 x 15.6 mm) |\302\240DX (24x16)""Nikon:ImageArea:2"
-    "5:4 (30.0 x 23.9 mm) |\302\2405:4 (30x24)""Nikon:ImageArea:3""1.2x (30x20)"
-    "Nikon:ImageAuthentication""Image Authentication""Nikon:ImageAuthentication:0"
-    "Nikon:ImageAuthentication:1""Nikon:ImageBoundary""Image Boundary""Nikon:ImageCount"
-    "Image Count""Nikon:ImageDataSize""Image Data Size""Nikon:ImageOptimization""Image Optimization"
-    "Nikon:ImageProcessing""Image Processing""Nikon:ImageQuality""Image Quality"
-    "Nikon:ImageQuality:0""NEF (RAW) |\302\240NEF (RAW) + JPEG Fine""Nikon:ImageQuality:1"
-    "JPEG Fine |\302\240NEF (RAW) + JPEG Norm""Nikon:ImageQuality:2"
-    "JPEG Normal |\302\240NEF (RAW) + JPEG Basic""Nikon:ImageQuality:3"
-    "JPEG Basic |\302\240NEF (RAW)""Nikon:ImageQuality:4""NEF (RAW) + JPEG Fine |\302\240TIF (RGB)"
-    "Nikon:ImageQuality:5""JPEG Fine |\302\240NEF (RAW) + JPEG Normal""Nikon:ImageQuality:6"
-    "Nikon:ImageQuality:7""JPEG Basic""Nikon:ImageSizeRAW""Image Size RAW""Nikon:ImageSizeRAW:1"
-    "Nikon:ImageSizeRAW:2""Nikon:ImageSizeRAW:3""Nikon:ImageStabilization""Image Stabilization"
-    "Nikon:Interval""Nikon:IntervalDurationHours""Interval Duration Hours"
-    "Nikon:IntervalDurationMinutes""Interval Duration Minutes""Nikon:IntervalDurationSeconds"
-    "Interval Duration Seconds""Nikon:IntervalExposureSmoothing""Interval Exposure Smoothing"
-    "Nikon:IntervalExposureSmoothing:0""Nikon:IntervalExposureSmoothing:1""Nikon:IntervalFrame"
-    "Interval Frame""Nikon:IntervalPriority""Interval Priority""Nikon:IntervalPriority:0"
-    "Nikon:IntervalPriority:1""Nikon:IntervalShooting""Interval Shooting""Nikon:Intervals"
-    "Nikon:JPGCompression""JPG Compression""Nikon:JPGCompression:0""Size Priority"
-    "Nikon:JPGCompression:1""Optimal Quality |\302\240Size Priority""Nikon:JPGCompression:3"
-    "Optimal Quality""Nikon:Language""Nikon:Language:15""Portuguese""Nikon:Language:4""English"
-    "Nikon:Language:5""Spanish""Nikon:Language:7""French""Nikon:Lens""Nikon:LensDataVersion"
-    "Lens Data Version""Nikon:LensDriveEnd""Lens Drive End""Nikon:LensFStops""Lens F Stops"
-    "Nikon:LensFunc1ButtonPlaybackMode""Lens Func 1 Button Playback Mode"
-    "Nikon:LensFunc1ButtonPlaybackMode:0""Nikon:LensFunc1ButtonPlaybackMode:1"
-    "Nikon:LensFunc1ButtonPlaybackMode:10""Nikon:LensFunc1ButtonPlaybackMode:100"
-    "Nikon:LensFunc1ButtonPlaybackMode:101""Nikon:LensFunc1ButtonPlaybackMode:103"
-    "Nikon:LensFunc1ButtonPlaybackMode:104""Nikon:LensFunc1ButtonPlaybackMode:105"
-    "Nikon:LensFunc1ButtonPlaybackMode:106""Nikon:LensFunc1ButtonPlaybackMode:108"
-    "Nikon:LensFunc1ButtonPlaybackMode:109""Nikon:LensFunc1ButtonPlaybackMode:11"
-    "Nikon:LensFunc1ButtonPlaybackMode:110""Nikon:LensFunc1ButtonPlaybackMode:111"
-    "Nikon:LensFunc1ButtonPlaybackMode:112""Nikon:LensFunc1ButtonPlaybackMode:115"
-    "Nikon:LensFunc1ButtonPlaybackMode:12""Nikon:LensFunc1ButtonPlaybackMode:18"
-    "Nikon:LensFunc1ButtonPlaybackMode:19""Nikon:LensFunc1ButtonPlaybackMode:20"
-    "Nikon:LensFunc1ButtonPlaybackMode:21""Nikon:LensFunc1ButtonPlaybackMode:22"
-    "Nikon:LensFunc1ButtonPlaybackMode:23""Nikon:LensFunc1ButtonPlaybackMode:24"
-    "Nikon:LensFunc1ButtonPlaybackMode:25""Nikon:LensFunc1ButtonPlaybackMode:26"
-    "Nikon:LensFunc1ButtonPlaybackMode:27""Nikon:LensFunc1ButtonPlaybackMode:28"
-    "Nikon:LensFunc1ButtonPlaybackMode:3""Nikon:LensFunc1ButtonPlaybackMode:30"
-    "Nikon:LensFunc1ButtonPlaybackMode:31""Nikon:LensFunc1ButtonPlaybackMode:32"
-    "Nikon:LensFunc1ButtonPlaybackMode:33""Nikon:LensFunc1ButtonPlaybackMode:34"
-    "Nikon:LensFunc1ButtonPlaybackMode:35""Nikon:LensFunc1ButtonPlaybackMode:36"
-    "Nikon:LensFunc1ButtonPlaybackMode:37""Nikon:LensFunc1ButtonPlaybackMode:38"
-    "Nikon:LensFunc1ButtonPlaybackMode:39""Nikon:LensFunc1ButtonPlaybackMode:4"
-    "Nikon:LensFunc1ButtonPlaybackMode:40""Nikon:LensFunc1ButtonPlaybackMode:41"
-    "Nikon:LensFunc1ButtonPlaybackMode:42""Nikon:LensFunc1ButtonPlaybackMode:44"
-    "Nikon:LensFunc1ButtonPlaybackMode:45""Nikon:LensFunc1ButtonPlaybackMode:46"
-    "Nikon:LensFunc1ButtonPlaybackMode:47""Nikon:LensFunc1ButtonPlaybackMode:48"
-    "Nikon:LensFunc1ButtonPlaybackMode:49""Nikon:LensFunc1ButtonPlaybackMode:5"
-    "Nikon:LensFunc1ButtonPlaybackMode:52""Nikon:LensFunc1ButtonPlaybackMode:53"
-    "Nikon:LensFunc1ButtonPlaybackMode:57""Nikon:LensFunc1ButtonPlaybackMode:58"
-    "Nikon:LensFunc1ButtonPlaybackMode:59""Nikon:LensFunc1ButtonPlaybackMode:6"
-    "Nikon:LensFunc1ButtonPlaybackMode:60""Nikon:LensFunc1ButtonPlaybackMode:61"
-    "Nikon:LensFunc1ButtonPlaybackMode:64""Nikon:LensFunc1ButtonPlaybackMode:65"
-    "Nikon:LensFunc1ButtonPlaybackMode:66""Nikon:LensFunc1ButtonPlaybackMode:7"
-    "Nikon:LensFunc1ButtonPlaybackMode:70""Nikon:LensFunc1ButtonPlaybackMode:71"
-    "Nikon:LensFunc1ButtonPlaybackMode:73""Nikon:LensFunc1ButtonPlaybackMode:76"
-    "Nikon:LensFunc1ButtonPlaybackMode:78""Nikon:LensFunc1ButtonPlaybackMode:79"
-    "Nikon:LensFunc1ButtonPlaybackMode:8""Nikon:LensFunc1ButtonPlaybackMode:80"
-    "Nikon:LensFunc1ButtonPlaybackMode:81""Nikon:LensFunc1ButtonPlaybackMode:82"
-    "Nikon:LensFunc1ButtonPlaybackMode:83""Nikon:LensFunc1ButtonPlaybackMode:84"
-    "Nikon:LensFunc1ButtonPlaybackMode:85""Nikon:LensFunc1ButtonPlaybackMode:86"
-    "Nikon:LensFunc1ButtonPlaybackMode:87""Nikon:LensFunc1ButtonPlaybackMode:88"
-    "Nikon:LensFunc1ButtonPlaybackMode:9""Nikon:LensFunc1ButtonPlaybackMode:97"
-    "Nikon:LensFunc1ButtonPlaybackMode:98""Nikon:LensFunc1ButtonPlaybackMode:99"
-    "Nikon:LensFunc2ButtonPlaybackMode""Lens Func 2 Button Playback Mode"
-    "Nikon:LensFunc2ButtonPlaybackMode:0""Nikon:LensFunc2ButtonPlaybackMode:1"
-    "Nikon:LensFunc2ButtonPlaybackMode:10""Nikon:LensFunc2ButtonPlaybackMode:100"
-    "Nikon:LensFunc2ButtonPlaybackMode:101""Nikon:LensFunc2ButtonPlaybackMode:103"
-    "Nikon:LensFunc2ButtonPlaybackMode:104""Nikon:LensFunc2ButtonPlaybackMode:105"
-    "Nikon:LensFunc2ButtonPlaybackMode:106""Nikon:LensFunc2ButtonPlaybackMode:108"
-    "Nikon:LensFunc2ButtonPlaybackMode:109""Nikon:LensFunc2ButtonPlaybackMode:11"
-    "Nikon:LensFunc2ButtonPlaybackMode:110""Nikon:LensFunc2ButtonPlaybackMode:111"
-    "Nikon:LensFunc2ButtonPlaybackMode:112""Nikon:LensFunc2ButtonPlaybackMode:115"
-    "Nikon:LensFunc2ButtonPlaybackMode:12""Nikon:LensFunc2ButtonPlaybackMode:18"
-    "Nikon:LensFunc2ButtonPlaybackMode:19""Nikon:LensFunc2ButtonPlaybackMode:20"
-    "Nikon:LensFunc2ButtonPlaybackMode:21""Nikon:LensFunc2ButtonPlaybackMode:22"
-    "Nikon:LensFunc2ButtonPlaybackMode:23""Nikon:LensFunc2ButtonPlaybackMode:24"
-    "Nikon:LensFunc2ButtonPlaybackMode:25""Nikon:LensFunc2ButtonPlaybackMode:26"
-    "Nikon:LensFunc2ButtonPlaybackMode:27""Nikon:LensFunc2ButtonPlaybackMode:28"
-    "Nikon:LensFunc2ButtonPlaybackMode:3""Nikon:LensFunc2ButtonPlaybackMode:30"
-    "Nikon:LensFunc2ButtonPlaybackMode:31""Nikon:LensFunc2ButtonPlaybackMode:32"
-    "Nikon:LensFunc2ButtonPlaybackMode:33""Nikon:LensFunc2ButtonPlaybackMode:34"
-    "Nikon:LensFunc2ButtonPlaybackMode:35""Nikon:LensFunc2ButtonPlaybackMode:36"
-    "Nikon:LensFunc2ButtonPlaybackMode:37""Nikon:LensFunc2ButtonPlaybackMode:38"
-    "Nikon:LensFunc2ButtonPlaybackMode:39""Nikon:LensFunc2ButtonPlaybackMode:4"
-    "Nikon:LensFunc2ButtonPlaybackMode:40""Nikon:LensFunc2ButtonPlaybackMode:41"
-    "Nikon:LensFunc2ButtonPlaybackMode:42""Nikon:LensFunc2ButtonPlaybackMode:44"
-    "Nikon:LensFunc2ButtonPlaybackMode:45""Nikon:LensFunc2ButtonPlaybackMode:46"
-    "Nikon:LensFunc2ButtonPlaybackMode:47""Nikon:LensFunc2ButtonPlaybackMode:48"
-    "Nikon:LensFunc2ButtonPlaybackMode:49""Nikon:LensFunc2ButtonPlaybackMode:5"
-    "Nikon:LensFunc2ButtonPlaybackMode:52""Nikon:LensFunc2ButtonPlaybackMode:53"
-    "Nikon:LensFunc2ButtonPlaybackMode:57""Nikon:LensFunc2ButtonPlaybackMode:58"
-    "Nikon:LensFunc2ButtonPlaybackMode:59""Nikon:LensFunc2ButtonPlaybackMode:6"
-    "Nikon:LensFunc2ButtonPlaybackMode:60""Nikon:LensFunc2ButtonPlaybackMode:61"
-    "Nikon:LensFunc2ButtonPlaybackMode:64""Nikon:LensFunc2ButtonPlaybackMode:65"
-    "Nikon:LensFunc2ButtonPlaybackMode:66""Nikon:LensFunc2ButtonPlaybackMode:7"
-    "Nikon:LensFunc2ButtonPlaybackMode:70""Nikon:LensFunc2ButtonPlaybackMode:71"
-    "Nikon:LensFunc2ButtonPlaybackMode:73""Nikon:LensFunc2ButtonPlaybackMode:76"
-    "Nikon:LensFunc2ButtonPlaybackMode:78""Nikon:LensFunc2ButtonPlaybackMode:79"
-    "Nikon:LensFunc2ButtonPlaybackMode:8""Nikon:LensFunc2ButtonPlaybackMode:80"
-    "Nikon:LensFunc2ButtonPlaybackMode:81""Nikon:LensFunc2ButtonPlaybackMode:82"
-    "Nikon:LensFunc2ButtonPlaybackMode:83""Nikon:LensFunc2ButtonPlaybackMode:84"
-    "Nikon:LensFunc2ButtonPlaybackMode:85""Nikon:LensFunc2ButtonPlaybackMode:86"
-    "Nikon:LensFunc2ButtonPlaybackMode:87""Nikon:LensFunc2ButtonPlaybackMode:88"
-    "Nikon:LensFunc2ButtonPlaybackMode:9""Nikon:LensFunc2ButtonPlaybackMode:97"
-    "Nikon:LensFunc2ButtonPlaybackMode:98""Nikon:LensFunc2ButtonPlaybackMode:99""Nikon:LensID"
-    "Lens ID""Nikon:LensID:1""Nikkor Z 24-70mm f/4 S""Nikon:LensID:11"
-    "Nikkor Z DX 16-50mm f/3.5-6.3 VR""Nikon:LensID:12""Nikkor Z DX 50-250mm f/4.5-6.3 VR"
-    "Nikon:LensID:13""Nikkor Z 24-70mm f/2.8 S""Nikon:LensID:14""Nikkor Z 85mm f/1.8 S"
-    "Nikon:LensID:15""Nikkor Z 24mm f/1.8 S""Nikon:LensID:16""Nikkor Z 70-200mm f/2.8 VR S"
-    "Nikon:LensID:17""Nikkor Z 20mm f/1.8 S""Nikon:LensID:18""Nikkor Z 24-200mm f/4-6.3 VR"
-    "Nikon:LensID:2""Nikkor Z 14-30mm f/4 S""Nikon:LensID:21""Nikkor Z 50mm f/1.2 S"
-    "Nikon:LensID:22""Nikkor Z 24-50mm f/4-6.3""Nikon:LensID:23""Nikkor Z 14-24mm f/2.8 S"
-    "Nikon:LensID:24""Nikkor Z MC 105mm f/2.8 VR S""Nikon:LensID:25""Nikkor Z 40mm f/2"
-    "Nikon:LensID:26""Nikkor Z DX 18-140mm f/3.5-6.3 VR""Nikon:LensID:27""Nikkor Z MC 50mm f/2.8"
-    "Nikon:LensID:28""Nikkor Z 100-400mm f/4.5-5.6 VR S""Nikon:LensID:29""Nikkor Z 28mm f/2.8"
-    "Nikon:LensID:30""Nikkor Z 400mm f/2.8 TC VR S""Nikon:LensID:31""Nikkor Z 24-120 f/4"
-    "Nikon:LensID:32""Nikkor Z 800mm f/6.3 VR S""Nikon:LensID:32768"
-    "Nikkor Z 400mm f/2.8 TC VR S TC-1.4x""Nikon:LensID:32769""Nikkor Z 600mm f/4 TC VR S TC-1.4x"
-    "Nikon:LensID:35""Nikkor Z 28-75mm f/2.8""Nikon:LensID:36""Nikkor Z 400mm f/4.5 VR S"
-    "Nikon:LensID:37""Nikkor Z 600mm f/4 TC VR S""Nikon:LensID:38""Nikkor Z 85mm f/1.2 S"
-    "Nikon:LensID:39""Nikkor Z 17-28mm f/2.8""Nikon:LensID:4""Nikkor Z 35mm f/1.8 S"
-    "Nikon:LensID:40""NIKKOR Z 26mm f/2.8""Nikon:LensID:41""NIKKOR Z DX 12-28mm f/3.5-5.6 PZ VR"
-    "Nikon:LensID:42""Nikkor Z 180-600mm f/5.6-6.3 VR""Nikon:LensID:43""NIKKOR Z DX 24mm f/1.7"
-    "Nikon:LensID:44""NIKKOR Z 70-180mm f/2.8""Nikon:LensID:45""NIKKOR Z 600mm f/6.3 VR S"
-    "Nikon:LensID:46""Nikkor Z 135mm f/1.8 S Plena""Nikon:LensID:8""Nikkor Z 58mm f/0.95 S Noct"
-    "Nikon:LensID:9""Nikkor Z 50mm f/1.8 S""Nikon:LensIDNumber""Lens ID Number""Nikon:LensInfo"
-    "Lens Info""Nikon:LensMake""Lens Make""Nikon:LensModel""Lens Model""Nikon:LensMountType"
-    "Lens Mount Type""Nikon:LensMountType:0""F-mount Lens""Nikon:LensMountType:1""Z-mount Lens"
-    "Nikon:LensPositionAbsolute""Lens Position Absolute""Nikon:LensSerialNumber""Lens Serial Number"
-    "Nikon:LensType""Lens Type""Nikon:LightSource""Light Source""Nikon:Location"
-    "Nikon:LocationInfoVersion""Location Info Version""Nikon:MCUVersion""MCU Version""Nikon:Make"
-    "Nikon:MakerNoteType""Maker Note Type""Nikon:MakerNoteVersion""Maker Note Version"
-    "Nikon:MakerNotes0x51""Maker Notes 0x 51""Nikon:MakerNotes0x56""Maker Notes 0x 56"
-    "Nikon:ManualFocusDistance""Manual Focus Distance""Nikon:MaxAperture""Max Aperture"
-    "Nikon:MaxApertureAtMaxFocal""Max Aperture At Max Focal""Nikon:MaxApertureAtMinFocal"
-    "Max Aperture At Min Focal""Nikon:MaxApertureValue""Max Aperture Value""Nikon:MaxFocalLength"
-    "Max Focal Length""Nikon:MechanicalShutterCount""Mechanical Shutter Count"
-    "Nikon:MemoryCardNumber""Memory Card Number""Nikon:MeteringMode""Metering Mode"
-    "Nikon:MeteringMode:0""Unknown""Nikon:MeteringMode:1""Average""Nikon:MeteringMode:2"
-    "Center-weighted average""Nikon:MeteringMode:255""Other""Nikon:MeteringMode:3""Spot"
-    "Nikon:MeteringMode:4""Multi-spot""Nikon:MeteringMode:5""Multi-segment""Nikon:MeteringMode:6"
-    "Partial""Nikon:MicrophoneAttenuator""Microphone Attenuator""Nikon:MicrophoneAttenuator:0"
-    "Nikon:MicrophoneAttenuator:1""Nikon:MicrophoneFrequencyResponse""Microphone Frequency Response"
-    "Nikon:MicrophoneFrequencyResponse:0""Wide Range""Nikon:MicrophoneFrequencyResponse:1"
-    "Vocal Range""Nikon:MicrophoneJackPower""Microphone Jack Power""Nikon:MicrophoneJackPower:0"
-    "Nikon:MicrophoneJackPower:1""Nikon:MicrophoneSensitivity""Nikon:MidRangeSharpness"
-    "Mid Range Sharpness""Nikon:MinFocalLength""Min Focal Length""Nikon:Model"
-    "Camera Model Name |\302\240Model""Nikon:MonitorBrightness""Monitor Brightness"
-    "Nikon:MonitorBrightness:0""Nikon:MonitorBrightness:1""Nikon:MonitorBrightness:10"
-    "Nikon:MonitorBrightness:14""Hi1""Nikon:MonitorBrightness:15""Hi2""Nikon:MonitorBrightness:16"
-    "Lo2""Nikon:MonitorBrightness:17""Lo1""Nikon:MonitorBrightness:2""Nikon:MonitorBrightness:3"
-    "Nikon:MonitorBrightness:4""Nikon:MonitorBrightness:5""Nikon:MonitorBrightness:6"
-    "Nikon:MonitorBrightness:7""Nikon:MonitorBrightness:8""Nikon:MonitorBrightness:9"
-    "Nikon:MovieAFAreaMode""Movie AF Area Mode""Nikon:MovieAFAreaMode:0""Nikon:MovieAFAreaMode:1"
-    "Nikon:MovieAFAreaMode:11""Subject Tracking""Nikon:MovieAFAreaMode:12""Wide (C1)"
-    "Nikon:MovieAFAreaMode:13""Wide (C2)""Nikon:MovieAFAreaMode:2""Nikon:MovieAFAreaMode:3"
-    "Nikon:MovieAFAreaMode:4""Nikon:MovieAFAreaMode:5""3D""Nikon:MovieAFAreaMode:6"
-    "Nikon:MovieActiveD-Lighting""Movie Active D-Lighting""Nikon:MovieActiveD-Lighting:0"
-    "Nikon:MovieActiveD-Lighting:2""Nikon:MovieActiveD-Lighting:3""Nikon:MovieActiveD-Lighting:4"
-    "Nikon:MovieActiveD-Lighting:5""Nikon:MovieAutoDistortionControl""Movie Auto Distortion Control"
-    "Nikon:MovieAutoDistortionControl:0""Nikon:MovieAutoDistortionControl:1""Nikon:MovieDXCropAlert"
-    "Movie DX Crop Alert""Nikon:MovieDXCropAlert:0""Nikon:MovieDXCropAlert:1"
-    "Nikon:MovieDiffractionCompensation""Movie Diffraction Compensation"
-    "Nikon:MovieDiffractionCompensation:0""Nikon:MovieDiffractionCompensation:1"
-    "Nikon:MovieElectronicVR""Movie Electronic VR""Nikon:MovieElectronicVR:0"
-    "Nikon:MovieElectronicVR:1""Nikon:MovieFlickerReduction""Movie Flicker Reduction"
-    "Nikon:MovieFlickerReduction:0""Nikon:MovieFlickerReduction:1""50Hz"
-    "Nikon:MovieFlickerReduction:2""60Hz""Nikon:MovieFocusMode""Movie Focus Mode"
-    "Nikon:MovieFocusMode:0""Nikon:MovieFocusMode:1""AF-S""Nikon:MovieFocusMode:2""AF-C"
-    "Nikon:MovieFocusMode:4""AF-F""Nikon:MovieFrameRate""Movie Frame Rate""Nikon:MovieFrameRate:0"
-    "120p""Nikon:MovieFrameRate:1""100p""Nikon:MovieFrameRate:2""60p""Nikon:MovieFrameRate:3""50p"
-    "Nikon:MovieFrameRate:4""30p""Nikon:MovieFrameRate:5""25p""Nikon:MovieFrameRate:6""24p"
-    "Nikon:MovieFrameSize""Movie Frame Size""Nikon:MovieFrameSize:1""1920x1080"
-    "Nikon:MovieFrameSize:2""3840x2160""Nikon:MovieFrameSize:3""7680x4320"
-    "Nikon:MovieHighISONoiseReduction""Movie High ISO Noise Reduction"
-    "Nikon:MovieHighISONoiseReduction:0""Nikon:MovieHighISONoiseReduction:1"
-    "Nikon:MovieHighISONoiseReduction:2""Nikon:MovieHighISONoiseReduction:3""Nikon:MovieHighResZoom"
-    "Movie High Res Zoom""Nikon:MovieHighResZoom:0""Nikon:MovieHighResZoom:1"
-    "Nikon:MovieISOAutoControlManualMode""Movie ISO Auto Control Manual Mode"
-    "Nikon:MovieISOAutoControlManualMode:0""Nikon:MovieISOAutoControlManualMode:1"
-    "Nikon:MovieISOAutoHiLimit""Movie ISO Auto Hi Limit""Nikon:MovieISOAutoHiLimit:0"
-    "Nikon:MovieISOAutoHiLimit:1""Nikon:MovieISOAutoHiLimit:10""Nikon:MovieISOAutoHiLimit:11"
-    "Nikon:MovieISOAutoHiLimit:12""Nikon:MovieISOAutoHiLimit:13""Nikon:MovieISOAutoHiLimit:14"
-    "Nikon:MovieISOAutoHiLimit:15""Nikon:MovieISOAutoHiLimit:16""Nikon:MovieISOAutoHiLimit:17"
-    "Nikon:MovieISOAutoHiLimit:18""Nikon:MovieISOAutoHiLimit:19""Nikon:MovieISOAutoHiLimit:2"
-    "Nikon:MovieISOAutoHiLimit:20""Nikon:MovieISOAutoHiLimit:21""Nikon:MovieISOAutoHiLimit:22"
-    "Nikon:MovieISOAutoHiLimit:23""Nikon:MovieISOAutoHiLimit:24""Nikon:MovieISOAutoHiLimit:25"
-    "Nikon:MovieISOAutoHiLimit:26""Nikon:MovieISOAutoHiLimit:27""Nikon:MovieISOAutoHiLimit:28"
-    "Nikon:MovieISOAutoHiLimit:29""Nikon:MovieISOAutoHiLimit:3""Nikon:MovieISOAutoHiLimit:32"
-    "Nikon:MovieISOAutoHiLimit:4""Nikon:MovieISOAutoHiLimit:5""Nikon:MovieISOAutoHiLimit:6"
-    "Nikon:MovieISOAutoHiLimit:7""Nikon:MovieISOAutoHiLimit:8""Nikon:MovieISOAutoHiLimit:9"
-    "Nikon:MovieISOAutoManualMode""Movie ISO Auto Manual Mode""Nikon:MovieISOAutoManualMode:0"
-    "Nikon:MovieISOAutoManualMode:1""Nikon:MovieISOAutoManualMode:10"
-    "Nikon:MovieISOAutoManualMode:11""Nikon:MovieISOAutoManualMode:12"
-    "Nikon:MovieISOAutoManualMode:13""Nikon:MovieISOAutoManualMode:14"
-    "Nikon:MovieISOAutoManualMode:15""Nikon:MovieISOAutoManualMode:16"
-    "Nikon:MovieISOAutoManualMode:17""Nikon:MovieISOAutoManualMode:18"
-    "Nikon:MovieISOAutoManualMode:19""Nikon:MovieISOAutoManualMode:2"
-    "Nikon:MovieISOAutoManualMode:20""Nikon:MovieISOAutoManualMode:21"
-    "Nikon:MovieISOAutoManualMode:22""Nikon:MovieISOAutoManualMode:23"
-    "Nikon:MovieISOAutoManualMode:24""Nikon:MovieISOAutoManualMode:25"
-    "Nikon:MovieISOAutoManualMode:26""Nikon:MovieISOAutoManualMode:27"
-    "Nikon:MovieISOAutoManualMode:28""Nikon:MovieISOAutoManualMode:29"
-    "Nikon:MovieISOAutoManualMode:3""Nikon:MovieISOAutoManualMode:32"
-    "Nikon:MovieISOAutoManualMode:4""Nikon:MovieISOAutoManualMode:5""Nikon:MovieISOAutoManualMode:6"
-    "Nikon:MovieISOAutoManualMode:7""Nikon:MovieISOAutoManualMode:8""Nikon:MovieISOAutoManualMode:9"
-    "Nikon:MovieImageArea""Movie Image Area""Nikon:MovieImageArea:0""FX""Nikon:MovieImageArea:1""DX"
-    "Nikon:MovieMeteringMode""Movie Metering Mode""Nikon:MovieMeteringMode:0""Matrix"
-    "Nikon:MovieMeteringMode:1""Nikon:MovieMeteringMode:2""Nikon:MovieMeteringMode:3""Highlight"
-    "Nikon:MovieSlowMotion""Movie Slow Motion""Nikon:MovieSlowMotion:0""Nikon:MovieSlowMotion:1"
-    "On (4x)""Nikon:MovieSlowMotion:2""On (5x)""Nikon:MovieSoundRecording""Movie Sound Recording"
-    "Nikon:MovieSoundRecording:0""Nikon:MovieSoundRecording:1""Nikon:MovieSoundRecording:2"
-    "Nikon:MovieSubjectDetection""Movie Subject Detection""Nikon:MovieSubjectDetection:0"
-    "Nikon:MovieSubjectDetection:1""Nikon:MovieSubjectDetection:2""Nikon:MovieSubjectDetection:3"
-    "Nikon:MovieSubjectDetection:4""Vehicles""Nikon:MovieSubjectDetection:5""Birds"
-    "Nikon:MovieSubjectDetection:6""Airplanes""Nikon:MovieToneMap""Movie Tone Map"
-    "Nikon:MovieToneMap:0""SDR""Nikon:MovieToneMap:1""HLG""Nikon:MovieToneMap:2""N-Log"
-    "Nikon:MovieType""Movie Type""Nikon:MovieType:0""MOV""Nikon:MovieType:1"
-    "H.265 8-bit (MP4) |\302\240MP4""Nikon:MovieType:2""H.265 8-bit (MOV)""Nikon:MovieType:3"
-    "H.265 10-bit (MOV)""Nikon:MovieType:4""ProRes 422 HQ 10-bit (MOV)""Nikon:MovieType:5"
-    "ProRes RAW HQ 12-bit (MOV)""Nikon:MovieType:6""NRAW 12-bit (NEV)""Nikon:MovieVRMode"
-    "Movie VR Mode""Nikon:MovieVRMode:0""Nikon:MovieVRMode:1""Nikon:MovieVRMode:2""Sport"
-    "Nikon:MovieVibrationReduction""Movie Vibration Reduction""Nikon:MovieVibrationReduction:0"
-    "Nikon:MovieVibrationReduction:1""On (Normal)""Nikon:MovieVibrationReduction:2""On (Sport)"
-    "Nikon:MovieVibrationReductionSameAsPhoto""Movie Vibration Reduction Same As Photo"
-    "Nikon:MovieVibrationReductionSameAsPhoto:0""Nikon:MovieVibrationReductionSameAsPhoto:1"
-    "Nikon:MovieVignetteControl""Movie Vignette Control""Nikon:MovieVignetteControl:0"
-    "Nikon:MovieVignetteControl:1""Nikon:MovieVignetteControl:2""Nikon:MovieVignetteControl:3"
-    "Nikon:MovieVignetteControlSameAsPhoto""Movie Vignette Control Same As Photo"
-    "Nikon:MovieVignetteControlSameAsPhoto:0""Nikon:MovieVignetteControlSameAsPhoto:1"
-    "Nikon:MultiExposureAutoGain""Multi Exposure Auto Gain""Nikon:MultiExposureAutoGain:0"
-    "Nikon:MultiExposureAutoGain:1""Nikon:MultiExposureMode""Multi Exposure Mode"
-    "Nikon:MultiExposureMode:0""Nikon:MultiExposureMode:1""Nikon:MultiExposureMode:2""Image Overlay"
-    "Nikon:MultiExposureMode:3""Nikon:MultiExposureOverlayMode""Multi Exposure Overlay Mode"
-    "Nikon:MultiExposureOverlayMode:0""Add""Nikon:MultiExposureOverlayMode:1"
-    "Nikon:MultiExposureOverlayMode:2""Light""Nikon:MultiExposureOverlayMode:3""Dark"
-    "Nikon:MultiExposureShots""Multi Exposure Shots""Nikon:MultiExposureVersion"
-    "Multi Exposure Version""Nikon:MultipleExposureMode""Multiple Exposure Mode"
-    "Nikon:MultipleExposureMode:0""Nikon:MultipleExposureMode:1""Nikon:MultipleExposureMode:2"
-    "Nikon:NEFBitDepth""NEF Bit Depth""Nikon:NEFBitDepth:0 0 0 0""n/a (JPEG)"
-    "Nikon:NEFBitDepth:12 0 0 0""Nikon:NEFBitDepth:14 0 0 0""Nikon:NEFBitDepth:16 16 16 0""16 x 3"
-    "Nikon:NEFBitDepth:8 8 8 0""8 x 3""Nikon:NEFCompression""NEF Compression"
-    "Nikon:NEFCompression:1""Lossy (type 1)""Nikon:NEFCompression:10""Packed 14 bits"
-    "Nikon:NEFCompression:13""High Efficiency""Nikon:NEFCompression:14""High Efficiency*"
-    "Nikon:NEFCompression:2""Uncompressed""Nikon:NEFCompression:3""Lossless""Nikon:NEFCompression:4"
-    "Lossy (type 2)""Nikon:NEFCompression:5""Striped packed 12 bits""Nikon:NEFCompression:6"
-    "Uncompressed (reduced to 12 bit)""Nikon:NEFCompression:7""Unpacked 12 bits"
-    "Nikon:NEFCompression:8""Nikon:NEFCompression:9""Packed 12 bits""Nikon:NEFLinearizationTable"
-    "NEF Linearization Table""Nikon:NewLensData""New Lens Data""Nikon:NikonCaptureData"
-    "Nikon Capture Data""Nikon:NikonCaptureEditVersions""Nikon Capture Edit Versions"
-    "Nikon:NikonCaptureOffsets""Nikon Capture Offsets""Nikon:NikonCaptureOutput"
-    "Nikon Capture Output""Nikon:NikonCaptureVersion""Nikon Capture Version""Nikon:NikonDateTime"
-    "Nikon Date Time""Nikon:NikonImageSize""Nikon Image Size""Nikon:NikonImageSize:0"
-    "Large |\302\240Large (10.0 M)""Nikon:NikonImageSize:1""Medium |\302\240Medium (5.6 M)"
-    "Nikon:NikonImageSize:2""Small |\302\240Small (2.5 M)""Nikon:NikonMeteringMode"
-    "Nikon Metering Mode""Nikon:NikonMeteringMode:0""Nikon:NikonMeteringMode:1"
-    "Nikon:NikonMeteringMode:2""Nikon:NikonMeteringMode:3""Nikon:NikonSettings""Nikon Settings"
-    "Nikon:Nikon_AVITags_0x000d""Nikon AVI Tags 0x000d""Nikon:Nikon_AVITags_0x000e"
-    "Nikon AVI Tags 0x000e""Nikon:Nikon_AVITags_0x0015""Nikon AVI Tags 0x0015"
-    "Nikon:Nikon_AVITags_0x0017""Nikon AVI Tags 0x0017""Nikon:Nikon_AVITags_0x0019"
-    "Nikon AVI Tags 0x0019""Nikon:Nikon_AVITags_0x001c""Nikon AVI Tags 0x001c"
-    "Nikon:Nikon_AVITags_0x801a""Nikon AVI Tags 0x801a""Nikon:NoiseReduction""Noise Reduction"
-    "Nikon:NonCPULens10FocalLength""Non CPU Lens 10 Focal Length""Nikon:NonCPULens10MaxAperture"
-    "Non CPU Lens 10 Max Aperture""Nikon:NonCPULens10MaxAperture:104""f/4.5"
-    "Nikon:NonCPULens10MaxAperture:112""f/5.0""Nikon:NonCPULens10MaxAperture:12""f/1.2"
-    "Nikon:NonCPULens10MaxAperture:120""f/5.6""Nikon:NonCPULens10MaxAperture:128""f/6.3"
-    "Nikon:NonCPULens10MaxAperture:136""f/7.1""Nikon:NonCPULens10MaxAperture:144""f/8"
-    "Nikon:NonCPULens10MaxAperture:156""f/9.5""Nikon:NonCPULens10MaxAperture:168""f/11"
-    "Nikon:NonCPULens10MaxAperture:180""f/13""Nikon:NonCPULens10MaxAperture:188""f/15"
-    "Nikon:NonCPULens10MaxAperture:192""f/16""Nikon:NonCPULens10MaxAperture:204""f/19"
-    "Nikon:NonCPULens10MaxAperture:216""f/22""Nikon:NonCPULens10MaxAperture:24""f/1.4"
-    "Nikon:NonCPULens10MaxAperture:313""N/A""Nikon:NonCPULens10MaxAperture:40""f/1.8"
-    "Nikon:NonCPULens10MaxAperture:48""f/2.0""Nikon:NonCPULens10MaxAperture:64""f/2.5"
-    "Nikon:NonCPULens10MaxAperture:72""f/2.8""Nikon:NonCPULens10MaxAperture:84""f/3.3"
-    "Nikon:NonCPULens10MaxAperture:88""f/3.5""Nikon:NonCPULens10MaxAperture:96""f/4.0"
-    "Nikon:NonCPULens11FocalLength""Non CPU Lens 11 Focal Length""Nikon:NonCPULens11MaxAperture"
-    "Non CPU Lens 11 Max Aperture""Nikon:NonCPULens11MaxAperture:104"
-    "Nikon:NonCPULens11MaxAperture:112""Nikon:NonCPULens11MaxAperture:12"
-    "Nikon:NonCPULens11MaxAperture:120""Nikon:NonCPULens11MaxAperture:128"
-    "Nikon:NonCPULens11MaxAperture:136""Nikon:NonCPULens11MaxAperture:144"
-    "Nikon:NonCPULens11MaxAperture:156""Nikon:NonCPULens11MaxAperture:168"
-    "Nikon:NonCPULens11MaxAperture:180""Nikon:NonCPULens11MaxAperture:188"
-    "Nikon:NonCPULens11MaxAperture:192""Nikon:NonCPULens11MaxAperture:204"
-    "Nikon:NonCPULens11MaxAperture:216""Nikon:NonCPULens11MaxAperture:24"
-    "Nikon:NonCPULens11MaxAperture:313""Nikon:NonCPULens11MaxAperture:40"
-    "Nikon:NonCPULens11MaxAperture:48""Nikon:NonCPULens11MaxAperture:64"
-    "Nikon:NonCPULens11MaxAperture:72""Nikon:NonCPULens11MaxAperture:84"
-    "Nikon:NonCPULens11MaxAperture:88""Nikon:NonCPULens11MaxAperture:96"
-    "Nikon:NonCPULens12FocalLength""Non CPU Lens 12 Focal Length""Nikon:NonCPULens12MaxAperture"
-    "Non CPU Lens 12 Max Aperture""Nikon:NonCPULens12MaxAperture:104"
-    "Nikon:NonCPULens12MaxAperture:112""Nikon:NonCPULens12MaxAperture:12"
-    "Nikon:NonCPULens12MaxAperture:120""Nikon:NonCPULens12MaxAperture:128"
-    "Nikon:NonCPULens12MaxAperture:136""Nikon:NonCPULens12MaxAperture:144"
-    "Nikon:NonCPULens12MaxAperture:156""Nikon:NonCPULens12MaxAperture:168"
-    "Nikon:NonCPULens12MaxAperture:180""Nikon:NonCPULens12MaxAperture:188"
-    "Nikon:NonCPULens12MaxAperture:192""Nikon:NonCPULens12MaxAperture:204"
-    "Nikon:NonCPULens12MaxAperture:216""Nikon:NonCPULens12MaxAperture:24"
-    "Nikon:NonCPULens12MaxAperture:313""Nikon:NonCPULens12MaxAperture:40"
-    "Nikon:NonCPULens12MaxAperture:48""Nikon:NonCPULens12MaxAperture:64"
-    "Nikon:NonCPULens12MaxAperture:72""Nikon:NonCPULens12MaxAperture:84"
-    "Nikon:NonCPULens12MaxAperture:88""Nikon:NonCPULens12MaxAperture:96"
-    "Nikon:NonCPULens13FocalLength""Non CPU Lens 13 Focal Length""Nikon:NonCPULens13MaxAperture"
-    "Non CPU Lens 13 Max Aperture""Nikon:NonCPULens13MaxAperture:104"
-    "Nikon:NonCPULens13MaxAperture:112""Nikon:NonCPULens13MaxAperture:12"
-    "Nikon:NonCPULens13MaxAperture:120""Nikon:NonCPULens13MaxAperture:128"
-    "Nikon:NonCPULens13MaxAperture:136""Nikon:NonCPULens13MaxAperture:144"
-    "Nikon:NonCPULens13MaxAperture:156""Nikon:NonCPULens13MaxAperture:168"
-    "Nikon:NonCPULens13MaxAperture:180""Nikon:NonCPULens13MaxAperture:188"
-    "Nikon:NonCPULens13MaxAperture:192""Nikon:NonCPULens13MaxAperture:204"
-    "Nikon:NonCPULens13MaxAperture:216""Nikon:NonCPULens13MaxAperture:24"
-    "Nikon:NonCPULens13MaxAperture:313""Nikon:NonCPULens13MaxAperture:40"
-    "Nikon:NonCPULens13MaxAperture:48""Nikon:NonCPULens13MaxAperture:64"
-    "Nikon:NonCPULens13MaxAperture:72""Nikon:NonCPULens13MaxAperture:84"
-    "Nikon:NonCPULens13MaxAperture:88""Nikon:NonCPULens13MaxAperture:96"
-    "Nikon:NonCPULens14FocalLength""Non CPU Lens 14 Focal Length""Nikon:NonCPULens14MaxAperture"
-    "Non CPU Lens 14 Max Aperture""Nikon:NonCPULens14MaxAperture:104"
-    "Nikon:NonCPULens14MaxAperture:112""Nikon:NonCPULens14MaxAperture:12"
-    "Nikon:NonCPULens14MaxAperture:120""Nikon:NonCPULens14MaxAperture:128"
-    "Nikon:NonCPULens14MaxAperture:136""Nikon:NonCPULens14MaxAperture:144"
-    "Nikon:NonCPULens14MaxAperture:156""Nikon:NonCPULens14MaxAperture:168"
-    "Nikon:NonCPULens14MaxAperture:180""Nikon:NonCPULens14MaxAperture:188"
-    "Nikon:NonCPULens14MaxAperture:192""Nikon:NonCPULens14MaxAperture:204"
-    "Nikon:NonCPULens14MaxAperture:216""Nikon:NonCPULens14MaxAperture:24"
-    "Nikon:NonCPULens14MaxAperture:313""Nikon:NonCPULens14MaxAperture:40"
-    "Nikon:NonCPULens14MaxAperture:48""Nikon:NonCPULens14MaxAperture:64"
-    "Nikon:NonCPULens14MaxAperture:72""Nikon:NonCPULens14MaxAperture:84"
-    "Nikon:NonCPULens14MaxAperture:88""Nikon:NonCPULens14MaxAperture:96"
-    "Nikon:NonCPULens15FocalLength""Non CPU Lens 15 Focal Length""Nikon:NonCPULens15MaxAperture"
-    "Non CPU Lens 15 Max Aperture""Nikon:NonCPULens15MaxAperture:104"
-    "Nikon:NonCPULens15MaxAperture:112""Nikon:NonCPULens15MaxAperture:12"
-    "Nikon:NonCPULens15MaxAperture:120""Nikon:NonCPULens15MaxAperture:128"
-    "Nikon:NonCPULens15MaxAperture:136""Nikon:NonCPULens15MaxAperture:144"
-    "Nikon:NonCPULens15MaxAperture:156""Nikon:NonCPULens15MaxAperture:168"
-    "Nikon:NonCPULens15MaxAperture:180""Nikon:NonCPULens15MaxAperture:188"
-    "Nikon:NonCPULens15MaxAperture:192""Nikon:NonCPULens15MaxAperture:204"
-    "Nikon:NonCPULens15MaxAperture:216""Nikon:NonCPULens15MaxAperture:24"
-    "Nikon:NonCPULens15MaxAperture:313""Nikon:NonCPULens15MaxAperture:40"
-    "Nikon:NonCPULens15MaxAperture:48""Nikon:NonCPULens15MaxAperture:64"
-    "Nikon:NonCPULens15MaxAperture:72""Nikon:NonCPULens15MaxAperture:84"
-    "Nikon:NonCPULens15MaxAperture:88""Nikon:NonCPULens15MaxAperture:96"
-    "Nikon:NonCPULens16FocalLength""Non CPU Lens 16 Focal Length""Nikon:NonCPULens16MaxAperture"
-    "Non CPU Lens 16 Max Aperture""Nikon:NonCPULens16MaxAperture:104"
-    "Nikon:NonCPULens16MaxAperture:112""Nikon:NonCPULens16MaxAperture:12"
-    "Nikon:NonCPULens16MaxAperture:120""Nikon:NonCPULens16MaxAperture:128"
-    "Nikon:NonCPULens16MaxAperture:136""Nikon:NonCPULens16MaxAperture:144"
-    "Nikon:NonCPULens16MaxAperture:156""Nikon:NonCPULens16MaxAperture:168"
-    "Nikon:NonCPULens16MaxAperture:180""Nikon:NonCPULens16MaxAperture:188"
-    "Nikon:NonCPULens16MaxAperture:192""Nikon:NonCPULens16MaxAperture:204"
-    "Nikon:NonCPULens16MaxAperture:216""Nikon:NonCPULens16MaxAperture:24"
-    "Nikon:NonCPULens16MaxAperture:313""Nikon:NonCPULens16MaxAperture:40"
-    "Nikon:NonCPULens16MaxAperture:48""Nikon:NonCPULens16MaxAperture:64"
-    "Nikon:NonCPULens16MaxAperture:72""Nikon:NonCPULens16MaxAperture:84"
-    "Nikon:NonCPULens16MaxAperture:88""Nikon:NonCPULens16MaxAperture:96"
-    "Nikon:NonCPULens17FocalLength""Non CPU Lens 17 Focal Length""Nikon:NonCPULens17MaxAperture"
-    "Non CPU Lens 17 Max Aperture""Nikon:NonCPULens17MaxAperture:104"
-    "Nikon:NonCPULens17MaxAperture:112""Nikon:NonCPULens17MaxAperture:12"
-    "Nikon:NonCPULens17MaxAperture:120""Nikon:NonCPULens17MaxAperture:128"
-    "Nikon:NonCPULens17MaxAperture:136""Nikon:NonCPULens17MaxAperture:144"
-    "Nikon:NonCPULens17MaxAperture:156""Nikon:NonCPULens17MaxAperture:168"
-    "Nikon:NonCPULens17MaxAperture:180""Nikon:NonCPULens17MaxAperture:188"
-    "Nikon:NonCPULens17MaxAperture:192""Nikon:NonCPULens17MaxAperture:204"
-    "Nikon:NonCPULens17MaxAperture:216""Nikon:NonCPULens17MaxAperture:24"
-    "Nikon:NonCPULens17MaxAperture:313""Nikon:NonCPULens17MaxAperture:40"
-    "Nikon:NonCPULens17MaxAperture:48""Nikon:NonCPULens17MaxAperture:64"
-    "Nikon:NonCPULens17MaxAperture:72""Nikon:NonCPULens17MaxAperture:84"
-    "Nikon:NonCPULens17MaxAperture:88""Nikon:NonCPULens17MaxAperture:96"
-    "Nikon:NonCPULens18FocalLength""Non CPU Lens 18 Focal Length""Nikon:NonCPULens18MaxAperture"
-    "Non CPU Lens 18 Max Aperture""Nikon:NonCPULens18MaxAperture:104"
-    "Nikon:NonCPULens18MaxAperture:112""Nikon:NonCPULens18MaxAperture:12"
-    "Nikon:NonCPULens18MaxAperture:120""Nikon:NonCPULens18MaxAperture:128"
-    "Nikon:NonCPULens18MaxAperture:136""Nikon:NonCPULens18MaxAperture:144"
-    "Nikon:NonCPULens18MaxAperture:156""Nikon:NonCPULens18MaxAperture:168"
-    "Nikon:NonCPULens18MaxAperture:180""Nikon:NonCPULens18MaxAperture:188"
-    "Nikon:NonCPULens18MaxAperture:192""Nikon:NonCPULens18MaxAperture:204"
-    "Nikon:NonCPULens18MaxAperture:216""Nikon:NonCPULens18MaxAperture:24"
-    "Nikon:NonCPULens18MaxAperture:313""Nikon:NonCPULens18MaxAperture:40"
-    "Nikon:NonCPULens18MaxAperture:48""Nikon:NonCPULens18MaxAperture:64"
-    "Nikon:NonCPULens18MaxAperture:72""Nikon:NonCPULens18MaxAperture:84"
-    "Nikon:NonCPULens18MaxAperture:88""Nikon:NonCPULens18MaxAperture:96"
-    "Nikon:NonCPULens19FocalLength""Non CPU Lens 19 Focal Length""Nikon:NonCPULens19MaxAperture"
-    "Non CPU Lens 19 Max Aperture""Nikon:NonCPULens19MaxAperture:104"
-    "Nikon:NonCPULens19MaxAperture:112""Nikon:NonCPULens19MaxAperture:12"
-    "Nikon:NonCPULens19MaxAperture:120""Nikon:NonCPULens19MaxAperture:128"
-    "Nikon:NonCPULens19MaxAperture:136""Nikon:NonCPULens19MaxAperture:144"
-    "Nikon:NonCPULens19MaxAperture:156""Nikon:NonCPULens19MaxAperture:168"
-    "Nikon:NonCPULens19MaxAperture:180""Nikon:NonCPULens19MaxAperture:188"
-    "Nikon:NonCPULens19MaxAperture:192""Nikon:NonCPULens19MaxAperture:204"
-    "Nikon:NonCPULens19MaxAperture:216""Nikon:NonCPULens19MaxAperture:24"
-    "Nikon:NonCPULens19MaxAperture:313""Nikon:NonCPULens19MaxAperture:40"
-    "Nikon:NonCPULens19MaxAperture:48""Nikon:NonCPULens19MaxAperture:64"
-    "Nikon:NonCPULens19MaxAperture:72""Nikon:NonCPULens19MaxAperture:84"
-    "Nikon:NonCPULens19MaxAperture:88""Nikon:NonCPULens19MaxAperture:96"
-    "Nikon:NonCPULens1FocalLength""Non CPU Lens 1 Focal Length""Nikon:NonCPULens1MaxAperture"
-    "Non CPU Lens 1 Max Aperture""Nikon:NonCPULens1MaxAperture:104"
-    "Nikon:NonCPULens1MaxAperture:112""Nikon:NonCPULens1MaxAperture:12"
-    "Nikon:NonCPULens1MaxAperture:120""Nikon:NonCPULens1MaxAperture:128"
-    "Nikon:NonCPULens1MaxAperture:136""Nikon:NonCPULens1MaxAperture:144"
-    "Nikon:NonCPULens1MaxAperture:156""Nikon:NonCPULens1MaxAperture:168"
-    "Nikon:NonCPULens1MaxAperture:180""Nikon:NonCPULens1MaxAperture:188"
-    "Nikon:NonCPULens1MaxAperture:192""Nikon:NonCPULens1MaxAperture:204"
-    "Nikon:NonCPULens1MaxAperture:216""Nikon:NonCPULens1MaxAperture:24"
-    "Nikon:NonCPULens1MaxAperture:313""Nikon:NonCPULens1MaxAperture:40"
-    "Nikon:NonCPULens1MaxAperture:48""Nikon:NonCPULens1MaxAperture:64"
-    "Nikon:NonCPULens1MaxAperture:72""Nikon:NonCPULens1MaxAperture:84"
-    "Nikon:NonCPULens1MaxAperture:88""Nikon:NonCPULens1MaxAperture:96"
-    "Nikon:NonCPULens20FocalLength""Non CPU Lens 20 Focal Length""Nikon:NonCPULens20MaxAperture"
-    "Non CPU Lens 20 Max Aperture""Nikon:NonCPULens20MaxAperture:104"
-    "Nikon:NonCPULens20MaxAperture:112""Nikon:NonCPULens20MaxAperture:12"
-    "Nikon:NonCPULens20MaxAperture:120""Nikon:NonCPULens20MaxAperture:128"
-    "Nikon:NonCPULens20MaxAperture:136""Nikon:NonCPULens20MaxAperture:144"
-    "Nikon:NonCPULens20MaxAperture:156""Nikon:NonCPULens20MaxAperture:168"
-    "Nikon:NonCPULens20MaxAperture:180""Nikon:NonCPULens20MaxAperture:188"
-    "Nikon:NonCPULens20MaxAperture:192""Nikon:NonCPULens20MaxAperture:204"
-    "Nikon:NonCPULens20MaxAperture:216""Nikon:NonCPULens20MaxAperture:24"
-    "Nikon:NonCPULens20MaxAperture:313""Nikon:NonCPULens20MaxAperture:40"
-    "Nikon:NonCPULens20MaxAperture:48""Nikon:NonCPULens20MaxAperture:64"
-    "Nikon:NonCPULens20MaxAperture:72""Nikon:NonCPULens20MaxAperture:84"
-    "Nikon:NonCPULens20MaxAperture:88""Nikon:NonCPULens20MaxAperture:96"
-    "Nikon:NonCPULens2FocalLength""Non CPU Lens 2 Focal Length""Nikon:NonCPULens2MaxAperture"
-    "Non CPU Lens 2 Max Aperture""Nikon:NonCPULens2MaxAperture:104"
-    "Nikon:NonCPULens2MaxAperture:112""Nikon:NonCPULens2MaxAperture:12"
-    "Nikon:NonCPULens2MaxAperture:120""Nikon:NonCPULens2MaxAperture:128"
-    "Nikon:NonCPULens2MaxAperture:136""Nikon:NonCPULens2MaxAperture:144"
-    "Nikon:NonCPULens2MaxAperture:156""Nikon:NonCPULens2MaxAperture:168"
-    "Nikon:NonCPULens2MaxAperture:180""Nikon:NonCPULens2MaxAperture:188"
-    "Nikon:NonCPULens2MaxAperture:192""Nikon:NonCPULens2MaxAperture:204"
-    "Nikon:NonCPULens2MaxAperture:216""Nikon:NonCPULens2MaxAperture:24"
-    "Nikon:NonCPULens2MaxAperture:313""Nikon:NonCPULens2MaxAperture:40"
-    "Nikon:NonCPULens2MaxAperture:48""Nikon:NonCPULens2MaxAperture:64"
-    "Nikon:NonCPULens2MaxAperture:72""Nikon:NonCPULens2MaxAperture:84"
-    "Nikon:NonCPULens2MaxAperture:88""Nikon:NonCPULens2MaxAperture:96""Nikon:NonCPULens3FocalLength"
-    "Non CPU Lens 3 Focal Length""Nikon:NonCPULens3MaxAperture""Non CPU Lens 3 Max Aperture"
-    "Nikon:NonCPULens3MaxAperture:104""Nikon:NonCPULens3MaxAperture:112"
-    "Nikon:NonCPULens3MaxAperture:12""Nikon:NonCPULens3MaxAperture:120"
-    "Nikon:NonCPULens3MaxAperture:128""Nikon:NonCPULens3MaxAperture:136"
-    "Nikon:NonCPULens3MaxAperture:144""Nikon:NonCPULens3MaxAperture:156"
-    "Nikon:NonCPULens3MaxAperture:168""Nikon:NonCPULens3MaxAperture:180"
-    "Nikon:NonCPULens3MaxAperture:188""Nikon:NonCPULens3MaxAperture:192"
-    "Nikon:NonCPULens3MaxAperture:204""Nikon:NonCPULens3MaxAperture:216"
-    "Nikon:NonCPULens3MaxAperture:24""Nikon:NonCPULens3MaxAperture:313"
-    "Nikon:NonCPULens3MaxAperture:40""Nikon:NonCPULens3MaxAperture:48"
-    "Nikon:NonCPULens3MaxAperture:64""Nikon:NonCPULens3MaxAperture:72"
-    "Nikon:NonCPULens3MaxAperture:84""Nikon:NonCPULens3MaxAperture:88"
-    "Nikon:NonCPULens3MaxAperture:96""Nikon:NonCPULens4FocalLength""Non CPU Lens 4 Focal Length"
-    "Nikon:NonCPULens4MaxAperture""Non CPU Lens 4 Max Aperture""Nikon:NonCPULens4MaxAperture:104"
-    "Nikon:NonCPULens4MaxAperture:112""Nikon:NonCPULens4MaxAperture:12"
-    "Nikon:NonCPULens4MaxAperture:120""Nikon:NonCPULens4MaxAperture:128"
-    "Nikon:NonCPULens4MaxAperture:136""Nikon:NonCPULens4MaxAperture:144"
-    "Nikon:NonCPULens4MaxAperture:156""Nikon:NonCPULens4MaxAperture:168"
-    "Nikon:NonCPULens4MaxAperture:180""Nikon:NonCPULens4MaxAperture:188"
-    "Nikon:NonCPULens4MaxAperture:192""Nikon:NonCPULens4MaxAperture:204"
-    "Nikon:NonCPULens4MaxAperture:216""Nikon:NonCPULens4MaxAperture:24"
-    "Nikon:NonCPULens4MaxAperture:313""Nikon:NonCPULens4MaxAperture:40"
-    "Nikon:NonCPULens4MaxAperture:48""Nikon:NonCPULens4MaxAperture:64"
-    "Nikon:NonCPULens4MaxAperture:72""Nikon:NonCPULens4MaxAperture:84"
-    "Nikon:NonCPULens4MaxAperture:88""Nikon:NonCPULens4MaxAperture:96""Nikon:NonCPULens5FocalLength"
-    "Non CPU Lens 5 Focal Length""Nikon:NonCPULens5MaxAperture""Non CPU Lens 5 Max Aperture"
-    "Nikon:NonCPULens5MaxAperture:104""Nikon:NonCPULens5MaxAperture:112"
-    "Nikon:NonCPULens5MaxAperture:12""Nikon:NonCPULens5MaxAperture:120"
-    "Nikon:NonCPULens5MaxAperture:128""Nikon:NonCPULens5MaxAperture:136"
-    "Nikon:NonCPULens5MaxAperture:144""Nikon:NonCPULens5MaxAperture:156"
-    "Nikon:NonCPULens5MaxAperture:168""Nikon:NonCPULens5MaxAperture:180"
-    "Nikon:NonCPULens5MaxAperture:188""Nikon:NonCPULens5MaxAperture:192"
-    "Nikon:NonCPULens5MaxAperture:204""Nikon:NonCPULens5MaxAperture:216"
-    "Nikon:NonCPULens5MaxAperture:24""Nikon:NonCPULens5MaxAperture:313"
-    "Nikon:NonCPULens5MaxAperture:40""Nikon:NonCPULens5MaxAperture:48"
-    "Nikon:NonCPULens5MaxAperture:64""Nikon:NonCPULens5MaxAperture:72"
-    "Nikon:NonCPULens5MaxAperture:84""Nikon:NonCPULens5MaxAperture:88"
-    "Nikon:NonCPULens5MaxAperture:96""Nikon:NonCPULens6FocalLength""Non CPU Lens 6 Focal Length"
-    "Nikon:NonCPULens6MaxAperture""Non CPU Lens 6 Max Aperture""Nikon:NonCPULens6MaxAperture:104"
-    "Nikon:NonCPULens6MaxAperture:112""Nikon:NonCPULens6MaxAperture:12"
-    "Nikon:NonCPULens6MaxAperture:120""Nikon:NonCPULens6MaxAperture:128"
-    "Nikon:NonCPULens6MaxAperture:136""Nikon:NonCPULens6MaxAperture:144"
-    "Nikon:NonCPULens6MaxAperture:156""Nikon:NonCPULens6MaxAperture:168"
-    "Nikon:NonCPULens6MaxAperture:180""Nikon:NonCPULens6MaxAperture:188"
-    "Nikon:NonCPULens6MaxAperture:192""Nikon:NonCPULens6MaxAperture:204"
-    "Nikon:NonCPULens6MaxAperture:216""Nikon:NonCPULens6MaxAperture:24"
-    "Nikon:NonCPULens6MaxAperture:313""Nikon:NonCPULens6MaxAperture:40"
-    "Nikon:NonCPULens6MaxAperture:48""Nikon:NonCPULens6MaxAperture:64"
-    "Nikon:NonCPULens6MaxAperture:72""Nikon:NonCPULens6MaxAperture:84"
-    "Nikon:NonCPULens6MaxAperture:88""Nikon:NonCPULens6MaxAperture:96""Nikon:NonCPULens7FocalLength"
-    "Non CPU Lens 7 Focal Length""Nikon:NonCPULens7MaxAperture""Non CPU Lens 7 Max Aperture"
-    "Nikon:NonCPULens7MaxAperture:104""Nikon:NonCPULens7MaxAperture:112"
-    "Nikon:NonCPULens7MaxAperture:12""Nikon:NonCPULens7MaxAperture:120"
-    "Nikon:NonCPULens7MaxAperture:128""Nikon:NonCPULens7MaxAperture:136"
-    "Nikon:NonCPULens7MaxAperture:144""Nikon:NonCPULens7MaxAperture:156"
-    "Nikon:NonCPULens7MaxAperture:168""Nikon:NonCPULens7MaxAperture:180"
-    "Nikon:NonCPULens7MaxAperture:188""Nikon:NonCPULens7MaxAperture:192"
-    "Nikon:NonCPULens7MaxAperture:204""Nikon:NonCPULens7MaxAperture:216"
-    "Nikon:NonCPULens7MaxAperture:24""Nikon:NonCPULens7MaxAperture:313"
-    "Nikon:NonCPULens7MaxAperture:40""Nikon:NonCPULens7MaxAperture:48"
-    "Nikon:NonCPULens7MaxAperture:64""Nikon:NonCPULens7MaxAperture:72"
-    "Nikon:NonCPULens7MaxAperture:84""Nikon:NonCPULens7MaxAperture:88"
-    "Nikon:NonCPULens7MaxAperture:96""Nikon:NonCPULens8FocalLength""Non CPU Lens 8 Focal Length"
-    "Nikon:NonCPULens8MaxAperture""Non CPU Lens 8 Max Aperture""Nikon:NonCPULens8MaxAperture:104"
-    "Nikon:NonCPULens8MaxAperture:112""Nikon:NonCPULens8MaxAperture:12"
-    "Nikon:NonCPULens8MaxAperture:120""Nikon:NonCPULens8MaxAperture:128"
-    "Nikon:NonCPULens8MaxAperture:136""Nikon:NonCPULens8MaxAperture:144"
-    "Nikon:NonCPULens8MaxAperture:156""Nikon:NonCPULens8MaxAperture:168"
-    "Nikon:NonCPULens8MaxAperture:180""Nikon:NonCPULens8MaxAperture:188"
-    "Nikon:NonCPULens8MaxAperture:192""Nikon:NonCPULens8MaxAperture:204"
-    "Nikon:NonCPULens8MaxAperture:216""Nikon:NonCPULens8MaxAperture:24"
-    "Nikon:NonCPULens8MaxAperture:313""Nikon:NonCPULens8MaxAperture:40"
-    "Nikon:NonCPULens8MaxAperture:48""Nikon:NonCPULens8MaxAperture:64"
-    "Nikon:NonCPULens8MaxAperture:72""Nikon:NonCPULens8MaxAperture:84"
-    "Nikon:NonCPULens8MaxAperture:88""Nikon:NonCPULens8MaxAperture:96""Nikon:NonCPULens9FocalLength"
-    "Non CPU Lens 9 Focal Length""Nikon:NonCPULens9MaxAperture""Non CPU Lens 9 Max Aperture"
-    "Nikon:NonCPULens9MaxAperture:104""Nikon:NonCPULens9MaxAperture:112"
-    "Nikon:NonCPULens9MaxAperture:12""Nikon:NonCPULens9MaxAperture:120"
-    "Nikon:NonCPULens9MaxAperture:128""Nikon:NonCPULens9MaxAperture:136"
-    "Nikon:NonCPULens9MaxAperture:144""Nikon:NonCPULens9MaxAperture:156"
-    "Nikon:NonCPULens9MaxAperture:168""Nikon:NonCPULens9MaxAperture:180"
-    "Nikon:NonCPULens9MaxAperture:188""Nikon:NonCPULens9MaxAperture:192"
-    "Nikon:NonCPULens9MaxAperture:204""Nikon:NonCPULens9MaxAperture:216"
-    "Nikon:NonCPULens9MaxAperture:24""Nikon:NonCPULens9MaxAperture:313"
-    "Nikon:NonCPULens9MaxAperture:40""Nikon:NonCPULens9MaxAperture:48"
-    "Nikon:NonCPULens9MaxAperture:64""Nikon:NonCPULens9MaxAperture:72"
-    "Nikon:NonCPULens9MaxAperture:84""Nikon:NonCPULens9MaxAperture:88"
-    "Nikon:NonCPULens9MaxAperture:96""Nikon:NumberOffsets""Number Offsets""Nikon:OldLensData"
-    "Old Lens Data""Nikon:Orientation""Nikon:Orientation:1""Horizontal (normal)"
-    "Nikon:Orientation:2""Mirror horizontal""Nikon:Orientation:3""Rotate 180""Nikon:Orientation:4"
-    "Mirror vertical""Nikon:Orientation:5""Mirror horizontal and rotate 270 CW""Nikon:Orientation:6"
-    "Rotate 90 CW""Nikon:Orientation:7""Mirror horizontal and rotate 90 CW""Nikon:Orientation:8"
-    "Rotate 270 CW""Nikon:OutputImageHeight""Output Image Height""Nikon:OutputImageWidth"
-    "Output Image Width""Nikon:OutputResolution""Output Resolution""Nikon:POILevel""POI Level"
-    "Nikon:PhaseDetectAF""Phase Detect AF""Nikon:PhaseDetectAF:0""Nikon:PhaseDetectAF:1"
-    "On (51-point)""Nikon:PhaseDetectAF:2""On (11-point)""Nikon:PhaseDetectAF:3""On (39-point)"
-    "Nikon:PhaseDetectAF:4""On (73-point)""Nikon:PhaseDetectAF:5""On (5)""Nikon:PhaseDetectAF:6"
-    "On (105-point)""Nikon:PhaseDetectAF:7""On (153-point)""Nikon:PhaseDetectAF:8""On (81-point)"
-    "Nikon:PhaseDetectAF:9""Nikon:PhotoShootingMenuBank""Photo Shooting Menu Bank"
-    "Nikon:PhotoShootingMenuBank:0""A""Nikon:PhotoShootingMenuBank:1""B"
-    "Nikon:PhotoShootingMenuBank:2""C""Nikon:PhotoShootingMenuBank:3""D"
-    "Nikon:PhotoShootingMenuBankImageArea""Photo Shooting Menu Bank Image Area"
-    "Nikon:PhotoShootingMenuBankImageArea:0""FX |\302\240FX (36x24)"
-    "Nikon:PhotoShootingMenuBankImageArea:1""DX |\302\240DX (24x16)"
-    "Nikon:PhotoShootingMenuBankImageArea:2""5:4 (30x24)""Nikon:PhotoShootingMenuBankImageArea:3"
-    "Nikon:PhotoShootingMenuBankImageArea:4""1.3x (18x12) |\302\24016:9 |\302\2401:1 (24x24)"
-    "Nikon:PhotoShootingMenuBankImageArea:8""1:1""Nikon:PictureControlAdjust"
-    "Picture Control Adjust""Nikon:PictureControlAdjust:0""Default Settings"
-    "Nikon:PictureControlAdjust:1""Quick Adjust""Nikon:PictureControlAdjust:2""Full Control"
-    "Nikon:PictureControlBase""Picture Control Base""Nikon:PictureControlData""Picture Control Data"
-    "Nikon:PictureControlName""Picture Control Name""Nikon:PictureControlQuickAdjust"
-    "Picture Control Quick Adjust""Nikon:PictureControlVersion""Picture Control Version"
-    "Nikon:PitchAngle""Pitch Angle""Nikon:PlaybackButton""Playback Button""Nikon:PlaybackButton:0"
-    "Nikon:PlaybackButton:1""Nikon:PlaybackButton:10""Nikon:PlaybackButton:100"
-    "Nikon:PlaybackButton:101""Nikon:PlaybackButton:103""Nikon:PlaybackButton:104"
-    "Nikon:PlaybackButton:105""Nikon:PlaybackButton:106""Nikon:PlaybackButton:108"
-    "Nikon:PlaybackButton:109""Nikon:PlaybackButton:11""Nikon:PlaybackButton:110"
-    "Nikon:PlaybackButton:111""Nikon:PlaybackButton:112""Nikon:PlaybackButton:115"
-    "Nikon:PlaybackButton:12""Nikon:PlaybackButton:18""Nikon:PlaybackButton:19"
-    "Nikon:PlaybackButton:20""Nikon:PlaybackButton:21""Nikon:PlaybackButton:22"
-    "Nikon:PlaybackButton:23""Nikon:PlaybackButton:24""Nikon:PlaybackButton:25"
-    "Nikon:PlaybackButton:26""Nikon:PlaybackButton:27""Nikon:PlaybackButton:28"
-    "Nikon:PlaybackButton:3""Nikon:PlaybackButton:30""Nikon:PlaybackButton:31"
-    "Nikon:PlaybackButton:32""Nikon:PlaybackButton:33""Nikon:PlaybackButton:34"
-    "Nikon:PlaybackButton:35""Nikon:PlaybackButton:36""Nikon:PlaybackButton:37"
-    "Nikon:PlaybackButton:38""Nikon:PlaybackButton:39""Nikon:PlaybackButton:4"
-    "Nikon:PlaybackButton:40""Nikon:PlaybackButton:41""Nikon:PlaybackButton:42"
-    "Nikon:PlaybackButton:44""Nikon:PlaybackButton:45""Nikon:PlaybackButton:46"
-    "Nikon:PlaybackButton:47""Nikon:PlaybackButton:48""Nikon:PlaybackButton:49"
-    "Nikon:PlaybackButton:5""Nikon:PlaybackButton:52""Nikon:PlaybackButton:53"
-    "Nikon:PlaybackButton:57""Nikon:PlaybackButton:58""Nikon:PlaybackButton:59"
-    "Nikon:PlaybackButton:6""Nikon:PlaybackButton:60""Nikon:PlaybackButton:61"
-    "Nikon:PlaybackButton:64""Nikon:PlaybackButton:65""Nikon:PlaybackButton:66"
-    "Nikon:PlaybackButton:7""Nikon:PlaybackButton:70""Nikon:PlaybackButton:71"
-    "Nikon:PlaybackButton:73""Nikon:PlaybackButton:76""Nikon:PlaybackButton:78"
-    "Nikon:PlaybackButton:79""Nikon:PlaybackButton:8""Nikon:PlaybackButton:80"
-    "Nikon:PlaybackButton:81""Nikon:PlaybackButton:82""Nikon:PlaybackButton:83"
-    "Nikon:PlaybackButton:84""Nikon:PlaybackButton:85""Nikon:PlaybackButton:86"
-    "Nikon:PlaybackButton:87""Nikon:PlaybackButton:88""Nikon:PlaybackButton:9"
-    "Nikon:PlaybackButton:97""Nikon:PlaybackButton:98""Nikon:PlaybackButton:99"
-    "Nikon:PlaybackButtonPlaybackMode""Playback Button Playback Mode"
-    "Nikon:PlaybackButtonPlaybackMode:0""Nikon:PlaybackButtonPlaybackMode:1"
-    "Nikon:PlaybackButtonPlaybackMode:10""Nikon:PlaybackButtonPlaybackMode:100"
-    "Nikon:PlaybackButtonPlaybackMode:101""Nikon:PlaybackButtonPlaybackMode:103"
-    "Nikon:PlaybackButtonPlaybackMode:104""Nikon:PlaybackButtonPlaybackMode:105"
-    "Nikon:PlaybackButtonPlaybackMode:106""Nikon:PlaybackButtonPlaybackMode:108"
-    "Nikon:PlaybackButtonPlaybackMode:109""Nikon:PlaybackButtonPlaybackMode:11"
-    "Nikon:PlaybackButtonPlaybackMode:110""Nikon:PlaybackButtonPlaybackMode:111"
-    "Nikon:PlaybackButtonPlaybackMode:112""Nikon:PlaybackButtonPlaybackMode:115"
-    "Nikon:PlaybackButtonPlaybackMode:12""Nikon:PlaybackButtonPlaybackMode:18"
-    "Nikon:PlaybackButtonPlaybackMode:19""Nikon:PlaybackButtonPlaybackMode:20"
-    "Nikon:PlaybackButtonPlaybackMode:21""Nikon:PlaybackButtonPlaybackMode:22"
-    "Nikon:PlaybackButtonPlaybackMode:23""Nikon:PlaybackButtonPlaybackMode:24"
-    "Nikon:PlaybackButtonPlaybackMode:25""Nikon:PlaybackButtonPlaybackMode:26"
-    "Nikon:PlaybackButtonPlaybackMode:27""Nikon:PlaybackButtonPlaybackMode:28"
-    "Nikon:PlaybackButtonPlaybackMode:3""Nikon:PlaybackButtonPlaybackMode:30"
-    "Nikon:PlaybackButtonPlaybackMode:31""Nikon:PlaybackButtonPlaybackMode:32"
-    "Nikon:PlaybackButtonPlaybackMode:33""Nikon:PlaybackButtonPlaybackMode:34"
-    "Nikon:PlaybackButtonPlaybackMode:35""Nikon:PlaybackButtonPlaybackMode:36"
-    "Nikon:PlaybackButtonPlaybackMode:37""Nikon:PlaybackButtonPlaybackMode:38"
-    "Nikon:PlaybackButtonPlaybackMode:39""Nikon:PlaybackButtonPlaybackMode:4"
-    "Nikon:PlaybackButtonPlaybackMode:40""Nikon:PlaybackButtonPlaybackMode:41"
-    "Nikon:PlaybackButtonPlaybackMode:42""Nikon:PlaybackButtonPlaybackMode:44"
-    "Nikon:PlaybackButtonPlaybackMode:45""Nikon:PlaybackButtonPlaybackMode:46"
-    "Nikon:PlaybackButtonPlaybackMode:47""Nikon:PlaybackButtonPlaybackMode:48"
-    "Nikon:PlaybackButtonPlaybackMode:49""Nikon:PlaybackButtonPlaybackMode:5"
-    "Nikon:PlaybackButtonPlaybackMode:52""Nikon:PlaybackButtonPlaybackMode:53"
-    "Nikon:PlaybackButtonPlaybackMode:57""Nikon:PlaybackButtonPlaybackMode:58"
-    "Nikon:PlaybackButtonPlaybackMode:59""Nikon:PlaybackButtonPlaybackMode:6"
-    "Nikon:PlaybackButtonPlaybackMode:60""Nikon:PlaybackButtonPlaybackMode:61"
-    "Nikon:PlaybackButtonPlaybackMode:64""Nikon:PlaybackButtonPlaybackMode:65"
-    "Nikon:PlaybackButtonPlaybackMode:66""Nikon:PlaybackButtonPlaybackMode:7"
-    "Nikon:PlaybackButtonPlaybackMode:70""Nikon:PlaybackButtonPlaybackMode:71"
-    "Nikon:PlaybackButtonPlaybackMode:73""Nikon:PlaybackButtonPlaybackMode:76"
-    "Nikon:PlaybackButtonPlaybackMode:78""Nikon:PlaybackButtonPlaybackMode:79"
-    "Nikon:PlaybackButtonPlaybackMode:8""Nikon:PlaybackButtonPlaybackMode:80"
-    "Nikon:PlaybackButtonPlaybackMode:81""Nikon:PlaybackButtonPlaybackMode:82"
-    "Nikon:PlaybackButtonPlaybackMode:83""Nikon:PlaybackButtonPlaybackMode:84"
-    "Nikon:PlaybackButtonPlaybackMode:85""Nikon:PlaybackButtonPlaybackMode:86"
-    "Nikon:PlaybackButtonPlaybackMode:87""Nikon:PlaybackButtonPlaybackMode:88"
-    "Nikon:PlaybackButtonPlaybackMode:9""Nikon:PlaybackButtonPlaybackMode:97"
-    "Nikon:PlaybackButtonPlaybackMode:98""Nikon:PlaybackButtonPlaybackMode:99"
-    "Nikon:PortraitImpressionBalance""Portrait Impression Balance"
-    "Nikon:PortraitImpressionBalance:0""Nikon:PortraitImpressionBalance:1""Mode 1"
-    "Nikon:PortraitImpressionBalance:2""Mode 2""Nikon:PortraitImpressionBalance:3""Mode 3"
-    "Nikon:PostReleaseBurstLength""Post Release Burst Length""Nikon:PostReleaseBurstLength:0"
-    "Nikon:PostReleaseBurstLength:1""Nikon:PostReleaseBurstLength:2""Nikon:PostReleaseBurstLength:3"
-    "Max""Nikon:PowerUpTime""Power Up Time""Nikon:PreFlashReturnStrength""Pre Flash Return Strength"
-    "Nikon:PreReleaseBurstLength""Pre Release Burst Length""Nikon:PreReleaseBurstLength:0"
-    "Nikon:PreReleaseBurstLength:1""0.3 Sec""Nikon:PreReleaseBurstLength:2""0.5 Sec"
-    "Nikon:PreReleaseBurstLength:3""Nikon:PreviewIFD_Offset""Preview IFD Offset""Nikon:PreviewImage"
-    "Preview Image""Nikon:PreviewImage1""Preview Image 1""Nikon:PreviewImage2""Preview Image 2"
-    "Nikon:PrimaryAFPoint""Primary AF Point""Nikon:PrimaryAFPoint:0""Nikon:PrimaryAFPoint:1"
+    "Nikon:AFAreaMode:5" "3D |\302\240Dynamic Area (21 points) |\302\240Dynamic Area (wide)"
+    "Nikon:AFAreaMode:6" "Auto |\302\240Dynamic Area (51 points)" "Nikon:AFAreaMode:7"
+    "Dynamic Area (51 points, 3D-tracking)" "Nikon:AFAreaMode:8" "Auto-area" "Nikon:AFAreaMode:9"
+    "Dynamic Area (3D-tracking)" "Nikon:AFAreaWidth" "AF Area Width" "Nikon:AFAreaXPosition"
+    "AF Area X Position" "Nikon:AFAreaYPosition" "AF Area Y Position" "Nikon:AFFineTune"
+    "AF Fine Tune" "Nikon:AFFineTune:0" "Nikon:AFFineTune:1" "On |\302\240On (1)"
+    "Nikon:AFFineTune:2" "On (2)" "Nikon:AFFineTune:3" "On (Zoom)" "Nikon:AFFineTuneAdj"
+    "AF Fine Tune Adj" "Nikon:AFFineTuneAdj:0" "Nikon:AFFineTuneAdj:1086" "+13"
+    "Nikon:AFFineTuneAdj:11326" "+15" "Nikon:AFFineTuneAdj:11458" "Nikon:AFFineTuneAdj:1218" "-13"
+    "Nikon:AFFineTuneAdj:12350" "+19" "Nikon:AFFineTuneAdj:12482" "-19" "Nikon:AFFineTuneAdj:14398"
+    "Nikon:AFFineTuneAdj:14530" "Nikon:AFFineTuneAdj:16442" "+1" "Nikon:AFFineTuneAdj:16443" "+2"
+    "Nikon:AFFineTuneAdj:16444" "+4 |\302\240+5" "Nikon:AFFineTuneAdj:16445" "+10 |\302\240+8"
+    "Nikon:AFFineTuneAdj:16446" "+16 |\302\240+20" "Nikon:AFFineTuneAdj:16578" "-16 |\302\240-20"
+    "Nikon:AFFineTuneAdj:16579" "-10 |\302\240-8" "Nikon:AFFineTuneAdj:16580" "-4 |\302\240-5"
+    "Nikon:AFFineTuneAdj:16581" "-2" "Nikon:AFFineTuneAdj:16582" "Nikon:AFFineTuneAdj:194" "-16"
+    "Nikon:AFFineTuneAdj:195" "-8" "Nikon:AFFineTuneAdj:196" "-4" "Nikon:AFFineTuneAdj:197"
+    "Nikon:AFFineTuneAdj:198" "Nikon:AFFineTuneAdj:20541" "+7" "Nikon:AFFineTuneAdj:20542" "+14"
+    "Nikon:AFFineTuneAdj:20674" "-14" "Nikon:AFFineTuneAdj:20675" "-7" "Nikon:AFFineTuneAdj:2110"
+    "+11" "Nikon:AFFineTuneAdj:21566" "+17" "Nikon:AFFineTuneAdj:21698" "-17"
+    "Nikon:AFFineTuneAdj:2242" "-11" "Nikon:AFFineTuneAdj:24637" "Nikon:AFFineTuneAdj:24771"
+    "Nikon:AFFineTuneAdj:26685" "+9" "Nikon:AFFineTuneAdj:26686" "+15 |\302\240+18"
+    "Nikon:AFFineTuneAdj:26818" "-15 |\302\240-18" "Nikon:AFFineTuneAdj:26819"
+    "Nikon:AFFineTuneAdj:31806" "Nikon:AFFineTuneAdj:31938" "Nikon:AFFineTuneAdj:32826"
+    "Nikon:AFFineTuneAdj:32827" "+2 |\302\240+3" "Nikon:AFFineTuneAdj:32828" "+4 |\302\240+6"
+    "Nikon:AFFineTuneAdj:32829" "+12 |\302\240+8" "Nikon:AFFineTuneAdj:32830" "+16"
+    "Nikon:AFFineTuneAdj:32962" "Nikon:AFFineTuneAdj:32963" "-12 |\302\240-8"
+    "Nikon:AFFineTuneAdj:32964" "-4 |\302\240-6" "Nikon:AFFineTuneAdj:32965" "-2 |\302\240-3"
+    "Nikon:AFFineTuneAdj:32966" "Nikon:AFFineTuneAdj:36924" "+5" "Nikon:AFFineTuneAdj:36925" "+10"
+    "Nikon:AFFineTuneAdj:36926" "+20" "Nikon:AFFineTuneAdj:37058" "-20" "Nikon:AFFineTuneAdj:37059"
+    "-10" "Nikon:AFFineTuneAdj:37060" "-5" "Nikon:AFFineTuneAdj:38974" "Nikon:AFFineTuneAdj:39106"
+    "Nikon:AFFineTuneAdj:41021" "Nikon:AFFineTuneAdj:41155" "Nikon:AFFineTuneAdj:4158"
+    "Nikon:AFFineTuneAdj:4290" "Nikon:AFFineTuneAdj:45117" "Nikon:AFFineTuneAdj:45118" "+18"
+    "Nikon:AFFineTuneAdj:45250" "-18" "Nikon:AFFineTuneAdj:45251" "Nikon:AFFineTuneAdj:47165"
+    "Nikon:AFFineTuneAdj:47299" "Nikon:AFFineTuneAdj:49212" "Nikon:AFFineTuneAdj:49213"
+    "Nikon:AFFineTuneAdj:49347" "Nikon:AFFineTuneAdj:49348" "Nikon:AFFineTuneAdj:51262"
+    "Nikon:AFFineTuneAdj:51394" "Nikon:AFFineTuneAdj:57403" "+3" "Nikon:AFFineTuneAdj:57404"
+    "+5 |\302\240+6" "Nikon:AFFineTuneAdj:57405" "+10 |\302\240+12 |\302\240+15"
+    "Nikon:AFFineTuneAdj:57406" "Nikon:AFFineTuneAdj:57538" "Nikon:AFFineTuneAdj:57539"
+    "-10 |\302\240-12 |\302\240-15" "Nikon:AFFineTuneAdj:57540" "-5 |\302\240-6"
+    "Nikon:AFFineTuneAdj:57541" "Nikon:AFFineTuneAdj:58" "Nikon:AFFineTuneAdj:59"
+    "Nikon:AFFineTuneAdj:60" "+4" "Nikon:AFFineTuneAdj:61" "+8" "Nikon:AFFineTuneAdj:62"
+    "Nikon:AFFineTuneAdj:6205" "Nikon:AFFineTuneAdj:6206" "Nikon:AFFineTuneAdj:6338"
+    "Nikon:AFFineTuneAdj:6339" "Nikon:AFFineTuneAdj:8252" "Nikon:AFFineTuneAdj:8253"
+    "+6 |\302\240+9" "Nikon:AFFineTuneAdj:8254" "+12 |\302\240+18" "Nikon:AFFineTuneAdj:8386"
+    "-12 |\302\240-18" "Nikon:AFFineTuneAdj:8387" "-6 |\302\240-9" "Nikon:AFFineTuneAdj:8388"
+    "Nikon:AFFineTuneAdjTele" "AF Fine Tune Adj Tele" "Nikon:AFFineTuneIndex" "AF Fine Tune Index"
+    "Nikon:AFImageHeight" "AF Image Height" "Nikon:AFImageWidth" "AF Image Width"
+    "Nikon:AFInfo2Version" "AF Info 2 Version" "Nikon:AFPoint" "AF Point" "Nikon:AFPoint:0" "Center"
+    "Nikon:AFPoint:1" "Top" "Nikon:AFPoint:10" "Far Right" "Nikon:AFPoint:2" "Bottom"
+    "Nikon:AFPoint:3" "Mid-left" "Nikon:AFPoint:4" "Mid-right" "Nikon:AFPoint:5" "Upper-left"
+    "Nikon:AFPoint:6" "Upper-right" "Nikon:AFPoint:7" "Lower-left" "Nikon:AFPoint:8" "Lower-right"
+    "Nikon:AFPoint:9" "Far Left" "Nikon:AFPointsInFocus" "AF Points In Focus"
+    "Nikon:AFPointsInFocus:0" "(none)" "Nikon:AFPointsInFocus:1" "Nikon:AFPointsInFocus:1024"
+    "Nikon:AFPointsInFocus:128" "Nikon:AFPointsInFocus:16" "Nikon:AFPointsInFocus:2"
+    "Nikon:AFPointsInFocus:2047" "All 11 Points" "Nikon:AFPointsInFocus:256"
+    "Nikon:AFPointsInFocus:32" "Nikon:AFPointsInFocus:4" "Nikon:AFPointsInFocus:512"
+    "Nikon:AFPointsInFocus:64" "Nikon:AFPointsInFocus:8" "Nikon:AFPointsSelected"
+    "AF Points Selected" "Nikon:AFPointsUsed" "AF Points Used" "Nikon:AFPointsUsed:0"
+    "Nikon:AFPointsUsed:1" "Nikon:AFPointsUsed:1024" "Nikon:AFPointsUsed:128"
+    "Nikon:AFPointsUsed:16" "Nikon:AFPointsUsed:2" "Nikon:AFPointsUsed:2047"
+    "Nikon:AFPointsUsed:256" "Nikon:AFPointsUsed:32" "Nikon:AFPointsUsed:4" "Nikon:AFPointsUsed:512"
+    "Nikon:AFPointsUsed:64" "Nikon:AFPointsUsed:8" "Nikon:AFResponse" "AF Response"
+    "Nikon:ActiveD-Lighting" "Active D-Lighting" "Nikon:ActiveD-Lighting:0"
+    "Nikon:ActiveD-Lighting:1" "Nikon:ActiveD-Lighting:10" "Extra High 3"
+    "Nikon:ActiveD-Lighting:11" "Extra High 4" "Nikon:ActiveD-Lighting:3" "Nikon:ActiveD-Lighting:5"
+    "Nikon:ActiveD-Lighting:65535" "Nikon:ActiveD-Lighting:7" "Nikon:ActiveD-Lighting:8"
+    "Extra High 1" "Nikon:ActiveD-Lighting:9" "Extra High 2" "Nikon:AirplaneMode" "Airplane Mode"
+    "Nikon:AirplaneMode:0" "Nikon:AirplaneMode:1" "On" "Nikon:Altitude" "Nikon:AudioBitsPerSample"
+    "Audio Bits Per Sample" "Nikon:AudioChannels" "Audio Channels" "Nikon:AudioSampleRate"
+    "Audio Sample Rate" "Nikon:AutoCaptureCriteria" "Auto Capture Criteria"
+    "Nikon:AutoCaptureCriteriaMotionDirection" "Auto Capture Criteria Motion Direction"
+    "Nikon:AutoCaptureCriteriaMotionSize" "Auto Capture Criteria Motion Size"
+    "Nikon:AutoCaptureCriteriaMotionSpeed" "Auto Capture Criteria Motion Speed"
+    "Nikon:AutoCaptureCriteriaSubjectSize" "Auto Capture Criteria Subject Size"
+    "Nikon:AutoCaptureCriteriaSubjectType" "Auto Capture Criteria Subject Type"
+    "Nikon:AutoCaptureCriteriaSubjectType:0" "Auto (all)" "Nikon:AutoCaptureCriteriaSubjectType:1"
+    "People" "Nikon:AutoCaptureCriteriaSubjectType:2" "Animals"
+    "Nikon:AutoCaptureCriteriaSubjectType:3" "Vehicle" "Nikon:AutoCaptureDistanceFar"
+    "Auto Capture Distance Far" "Nikon:AutoCaptureDistanceNear" "Auto Capture Distance Near"
+    "Nikon:AutoCapturePreset" "Auto Capture Preset" "Nikon:AutoCapturePreset:0"
+    "Nikon:AutoCapturePreset:1" "Nikon:AutoCapturePreset:2" "Nikon:AutoCapturePreset:3"
+    "Nikon:AutoCapturePreset:4" "Nikon:AutoCaptureRecordingTime" "Auto Capture Recording Time"
+    "Nikon:AutoCaptureRecordingTime:0" "1 Sec" "Nikon:AutoCaptureRecordingTime:1" "3 Sec"
+    "Nikon:AutoCaptureRecordingTime:10" "3 Min" "Nikon:AutoCaptureRecordingTime:11" "5 Min"
+    "Nikon:AutoCaptureRecordingTime:12" "10 Min" "Nikon:AutoCaptureRecordingTime:13" "30 Min"
+    "Nikon:AutoCaptureRecordingTime:2" "5 Sec" "Nikon:AutoCaptureRecordingTime:4" "30 Sec"
+    "Nikon:AutoCaptureRecordingTime:5" "No Limit" "Nikon:AutoCaptureRecordingTime:6" "2 Sec"
+    "Nikon:AutoCaptureRecordingTime:7" "10 Sec" "Nikon:AutoCaptureRecordingTime:8" "20 Sec"
+    "Nikon:AutoCaptureRecordingTime:9" "1 Min" "Nikon:AutoCaptureWaitTime" "Auto Capture Wait Time"
+    "Nikon:AutoCaptureWaitTime:0" "No Wait" "Nikon:AutoCaptureWaitTime:1"
+    "Nikon:AutoCaptureWaitTime:10" "Nikon:AutoCaptureWaitTime:11" "Nikon:AutoCaptureWaitTime:12"
+    "Nikon:AutoCaptureWaitTime:2" "Nikon:AutoCaptureWaitTime:3" "Nikon:AutoCaptureWaitTime:4"
+    "Nikon:AutoCaptureWaitTime:5" "Nikon:AutoCaptureWaitTime:6" "Nikon:AutoCaptureWaitTime:7"
+    "Nikon:AutoCaptureWaitTime:8" "Nikon:AutoCaptureWaitTime:9" "Nikon:AutoCapturedFrame"
+    "Auto Captured Frame" "Nikon:AutoCapturedFrame:0" "No" "Nikon:AutoCapturedFrame:5" "Yes"
+    "Nikon:AutoDistortionControl" "Auto Distortion Control" "Nikon:AutoDistortionControl:0"
+    "Nikon:AutoDistortionControl:1" "Nikon:AutoDistortionControl:2" "On (underwater)"
+    "Nikon:AutoISO" "Auto ISO" "Nikon:AutoISO:0" "Nikon:AutoISO:1" "Nikon:AuxiliaryLens"
+    "Auxiliary Lens" "Nikon:BarometerInfoVersion" "Barometer Info Version" "Nikon:BlackLevel"
+    "Black Level" "Nikon:BracketButton" "Bracket Button" "Nikon:BracketButton:0" "None"
+    "Nikon:BracketButton:1" "Preview" "Nikon:BracketButton:10" "Flash Disable/Enable"
+    "Nikon:BracketButton:100" "Photo Flicker Reduction" "Nikon:BracketButton:101"
+    "Filtered Playback (Select Criteria)" "Nikon:BracketButton:103" "Start Series Playback"
+    "Nikon:BracketButton:104" "View Assist" "Nikon:BracketButton:105" "Hi-Res Zoom+"
+    "Nikon:BracketButton:106" "Hi-Res Zoom-" "Nikon:BracketButton:108" "Override Other Cameras"
+    "Nikon:BracketButton:109" "DISP - Cycle Information Display (shooting)" "Nikon:BracketButton:11"
+    "Bracketing Burst" "Nikon:BracketButton:110" "DISP - Cycle Information Display (playback)"
+    "Nikon:BracketButton:111" "Resume Shooting" "Nikon:BracketButton:112" "Switch Eyes"
+    "Nikon:BracketButton:115" "Delete" "Nikon:BracketButton:12" "+NEF(RAW)" "Nikon:BracketButton:18"
+    "Virtual Horizon" "Nikon:BracketButton:19" "Synchronized Release" "Nikon:BracketButton:20"
+    "My Menu" "Nikon:BracketButton:21" "My Menu Top Item" "Nikon:BracketButton:22" "Playback"
+    "Nikon:BracketButton:23" "Rating" "Nikon:BracketButton:24" "Protect" "Nikon:BracketButton:25"
+    "Zoom" "Nikon:BracketButton:26" "Focus Peaking" "Nikon:BracketButton:27"
+    "Flash Mode/Compensation" "Nikon:BracketButton:28" "Image Area" "Nikon:BracketButton:3"
+    "FV Lock" "Nikon:BracketButton:30" "Non-CPU Lens" "Nikon:BracketButton:31" "Active-D Lighting"
+    "Nikon:BracketButton:32" "Exposure Delay Mode" "Nikon:BracketButton:33" "1 Stop Speed/Aperture"
+    "Nikon:BracketButton:34" "White Balance" "Nikon:BracketButton:35" "Metering"
+    "Nikon:BracketButton:36" "Auto Bracketing" "Nikon:BracketButton:37" "Multiple Exposure"
+    "Nikon:BracketButton:38" "HDR Overlay" "Nikon:BracketButton:39" "Picture Control"
+    "Nikon:BracketButton:4" "AE/AF Lock" "Nikon:BracketButton:40" "Nikon:BracketButton:41"
+    "Focus Mode/AF AreaMode" "Nikon:BracketButton:42" "Select Center Focus Point"
+    "Nikon:BracketButton:44" "Record Movie" "Nikon:BracketButton:45" "Thumbnail On/Off"
+    "Nikon:BracketButton:46" "View Histograms" "Nikon:BracketButton:47" "Choose Folder"
+    "Nikon:BracketButton:48" "Power Aperture (Open)" "Nikon:BracketButton:49"
+    "Power Aperture (Close)" "Nikon:BracketButton:5" "AE Lock Only" "Nikon:BracketButton:52"
+    "Microphone Sensitivity" "Nikon:BracketButton:53" "Release Mode" "Nikon:BracketButton:57"
+    "Preset Focus Point" "Nikon:BracketButton:58" "AE/AWB Lock (hold)" "Nikon:BracketButton:59"
+    "AF-AreaMode" "Nikon:BracketButton:6" "AE Lock (reset on release)" "Nikon:BracketButton:60"
+    "AF-AreaMode + AF-On" "Nikon:BracketButton:61" "Recall Shooting Functions"
+    "Nikon:BracketButton:64" "Filtered Playback" "Nikon:BracketButton:65" "Same as AF-On"
+    "Nikon:BracketButton:66" "Voice Memo" "Nikon:BracketButton:7" "AE Lock (hold)"
+    "Nikon:BracketButton:70" "Photo Shooting Bank" "Nikon:BracketButton:71" "Nikon:BracketButton:73"
+    "Exposure Compensation" "Nikon:BracketButton:76" "Silent Mode" "Nikon:BracketButton:78"
+    "LiveView Information" "Nikon:BracketButton:79" "AWB Lock (hold)" "Nikon:BracketButton:8"
+    "AF Lock Only" "Nikon:BracketButton:80" "Grid Display" "Nikon:BracketButton:81" "Starlight View"
+    "Nikon:BracketButton:82" "Select To Send (PC)" "Nikon:BracketButton:83" "Select To Send (FTP)"
+    "Nikon:BracketButton:84" "Pattern Tone Range" "Nikon:BracketButton:85" "Control Lock"
+    "Nikon:BracketButton:86" "Save Focus Position" "Nikon:BracketButton:87" "Recall Focus Position"
+    "Nikon:BracketButton:88" "Recall Shooting Functions (Hold)" "Nikon:BracketButton:9" "AF-On"
+    "Nikon:BracketButton:97" "High Frequency Flicker Reduction" "Nikon:BracketButton:98"
+    "Switch FX/DX" "Nikon:BracketButton:99" "View Mode (Photo LV)" "Nikon:BracketButtonPlaybackMode"
+    "Bracket Button Playback Mode" "Nikon:BracketButtonPlaybackMode:0"
+    "Nikon:BracketButtonPlaybackMode:1" "Nikon:BracketButtonPlaybackMode:10"
+    "Nikon:BracketButtonPlaybackMode:100" "Nikon:BracketButtonPlaybackMode:101"
+    "Nikon:BracketButtonPlaybackMode:103" "Nikon:BracketButtonPlaybackMode:104"
+    "Nikon:BracketButtonPlaybackMode:105" "Nikon:BracketButtonPlaybackMode:106"
+    "Nikon:BracketButtonPlaybackMode:108" "Nikon:BracketButtonPlaybackMode:109"
+    "Nikon:BracketButtonPlaybackMode:11" "Nikon:BracketButtonPlaybackMode:110"
+    "Nikon:BracketButtonPlaybackMode:111" "Nikon:BracketButtonPlaybackMode:112"
+    "Nikon:BracketButtonPlaybackMode:115" "Nikon:BracketButtonPlaybackMode:12"
+    "Nikon:BracketButtonPlaybackMode:18" "Nikon:BracketButtonPlaybackMode:19"
+    "Nikon:BracketButtonPlaybackMode:20" "Nikon:BracketButtonPlaybackMode:21"
+    "Nikon:BracketButtonPlaybackMode:22" "Nikon:BracketButtonPlaybackMode:23"
+    "Nikon:BracketButtonPlaybackMode:24" "Nikon:BracketButtonPlaybackMode:25"
+    "Nikon:BracketButtonPlaybackMode:26" "Nikon:BracketButtonPlaybackMode:27"
+    "Nikon:BracketButtonPlaybackMode:28" "Nikon:BracketButtonPlaybackMode:3"
+    "Nikon:BracketButtonPlaybackMode:30" "Nikon:BracketButtonPlaybackMode:31"
+    "Nikon:BracketButtonPlaybackMode:32" "Nikon:BracketButtonPlaybackMode:33"
+    "Nikon:BracketButtonPlaybackMode:34" "Nikon:BracketButtonPlaybackMode:35"
+    "Nikon:BracketButtonPlaybackMode:36" "Nikon:BracketButtonPlaybackMode:37"
+    "Nikon:BracketButtonPlaybackMode:38" "Nikon:BracketButtonPlaybackMode:39"
+    "Nikon:BracketButtonPlaybackMode:4" "Nikon:BracketButtonPlaybackMode:40"
+    "Nikon:BracketButtonPlaybackMode:41" "Nikon:BracketButtonPlaybackMode:42"
+    "Nikon:BracketButtonPlaybackMode:44" "Nikon:BracketButtonPlaybackMode:45"
+    "Nikon:BracketButtonPlaybackMode:46" "Nikon:BracketButtonPlaybackMode:47"
+    "Nikon:BracketButtonPlaybackMode:48" "Nikon:BracketButtonPlaybackMode:49"
+    "Nikon:BracketButtonPlaybackMode:5" "Nikon:BracketButtonPlaybackMode:52"
+    "Nikon:BracketButtonPlaybackMode:53" "Nikon:BracketButtonPlaybackMode:57"
+    "Nikon:BracketButtonPlaybackMode:58" "Nikon:BracketButtonPlaybackMode:59"
+    "Nikon:BracketButtonPlaybackMode:6" "Nikon:BracketButtonPlaybackMode:60"
+    "Nikon:BracketButtonPlaybackMode:61" "Nikon:BracketButtonPlaybackMode:64"
+    "Nikon:BracketButtonPlaybackMode:65" "Nikon:BracketButtonPlaybackMode:66"
+    "Nikon:BracketButtonPlaybackMode:7" "Nikon:BracketButtonPlaybackMode:70"
+    "Nikon:BracketButtonPlaybackMode:71" "Nikon:BracketButtonPlaybackMode:73"
+    "Nikon:BracketButtonPlaybackMode:76" "Nikon:BracketButtonPlaybackMode:78"
+    "Nikon:BracketButtonPlaybackMode:79" "Nikon:BracketButtonPlaybackMode:8"
+    "Nikon:BracketButtonPlaybackMode:80" "Nikon:BracketButtonPlaybackMode:81"
+    "Nikon:BracketButtonPlaybackMode:82" "Nikon:BracketButtonPlaybackMode:83"
+    "Nikon:BracketButtonPlaybackMode:84" "Nikon:BracketButtonPlaybackMode:85"
+    "Nikon:BracketButtonPlaybackMode:86" "Nikon:BracketButtonPlaybackMode:87"
+    "Nikon:BracketButtonPlaybackMode:88" "Nikon:BracketButtonPlaybackMode:9"
+    "Nikon:BracketButtonPlaybackMode:97" "Nikon:BracketButtonPlaybackMode:98"
+    "Nikon:BracketButtonPlaybackMode:99" "Nikon:BracketIncrement" "Bracket Increment"
+    "Nikon:BracketIncrement:0" "0.3" "Nikon:BracketIncrement:1" "0.5" "Nikon:BracketIncrement:10"
+    "2.5" "Nikon:BracketIncrement:11" "2.7" "Nikon:BracketIncrement:2" "0.7"
+    "Nikon:BracketIncrement:3" "1.0" "Nikon:BracketIncrement:4" "2.0" "Nikon:BracketIncrement:5"
+    "3.0" "Nikon:BracketIncrement:6" "1.3" "Nikon:BracketIncrement:7" "1.5"
+    "Nikon:BracketIncrement:8" "1.7" "Nikon:BracketIncrement:9" "2.3" "Nikon:BracketProgram"
+    "Bracket Program" "Nikon:BracketProgram:0" "Disabled" "Nikon:BracketProgram:2" "2F"
+    "Nikon:BracketProgram:3" "3F" "Nikon:BracketProgram:4" "4F" "Nikon:BracketProgram:5" "5F"
+    "Nikon:BracketProgram:7" "7F" "Nikon:BracketProgram:9" "9F" "Nikon:BracketSet" "Bracket Set"
+    "Nikon:BracketSet:0" "AE/Flash" "Nikon:BracketSet:1" "AE" "Nikon:BracketSet:2" "Flash"
+    "Nikon:BracketSet:3" "Nikon:BracketSet:4" "Nikon:Brightness" "Nikon:BurstGroupID"
+    "Burst Group ID" "Nikon:CCDSensitivity" "CCD Sensitivity" "Nikon:Clarity"
+    "Nikon:ColorBalanceVersion" "Color Balance Version" "Nikon:ColorHue" "Color Hue"
+    "Nikon:ColorMode" "Color Mode" "Nikon:ColorSpace" "Color Space" "Nikon:ColorSpace:1" "sRGB"
+    "Nikon:ColorSpace:2" "Adobe RGB" "Nikon:ColorSpace:4" "BT.2100" "Nikon:ColorTemperatureAuto"
+    "Color Temperature Auto" "Nikon:Contrast" "Nikon:ContrastCurve" "Contrast Curve"
+    "Nikon:ContrastDetectAF" "Contrast Detect AF" "Nikon:ContrastDetectAF:0"
+    "Nikon:ContrastDetectAF:1" "Nikon:ContrastDetectAF:2" "Nikon:ContrastDetectAFInFocus"
+    "Contrast Detect AF In Focus" "Nikon:ContrastDetectAFInFocus:0"
+    "Nikon:ContrastDetectAFInFocus:1" "Nikon:Converter" "Nikon:CountryCode" "Country Code"
+    "Nikon:CreateDate" "Create Date" "Nikon:CropArea" "Crop Area" "Nikon:CropHiSpeed"
+    "Crop Hi Speed" "Nikon:CropHiSpeed:0" "Nikon:CropHiSpeed:1" "1.3x Crop" "Nikon:CropHiSpeed:10"
+    "1.3x Movie Crop" "Nikon:CropHiSpeed:11" "FX Uncropped" "Nikon:CropHiSpeed:12" "DX Uncropped"
+    "Nikon:CropHiSpeed:13" "2.8x Movie Crop" "Nikon:CropHiSpeed:14" "1.4x Movie Crop"
+    "Nikon:CropHiSpeed:15" "1.5x Movie Crop" "Nikon:CropHiSpeed:17" "1:1 Crop" "Nikon:CropHiSpeed:2"
+    "DX Crop" "Nikon:CropHiSpeed:3" "5:4 Crop" "Nikon:CropHiSpeed:4" "3:2 Crop"
+    "Nikon:CropHiSpeed:6" "16:9 Crop" "Nikon:CropHiSpeed:8" "2.7x Crop" "Nikon:CropHiSpeed:9"
+    "DX Movie Crop" "Nikon:DXCropAlert" "DX Crop Alert" "Nikon:DXCropAlert:0" "Nikon:DXCropAlert:1"
+    "Nikon:DataDump" "Data Dump" "Nikon:DateDisplayFormat" "Date Display Format"
+    "Nikon:DateDisplayFormat:0" "Y/M/D" "Nikon:DateDisplayFormat:1" "M/D/Y"
+    "Nikon:DateDisplayFormat:2" "D/M/Y" "Nikon:DateStampMode" "Date Stamp Mode"
+    "Nikon:DateStampMode:0" "Nikon:DateStampMode:1" "Date & Time" "Nikon:DateStampMode:2" "Date"
+    "Nikon:DateStampMode:3" "Date Counter" "Nikon:DateTimeOriginal" "Date/Time Original"
+    "Nikon:DaylightSavings" "Daylight Savings" "Nikon:DaylightSavings:0" "Nikon:DaylightSavings:1"
+    "Nikon:DeletedImageCount" "Deleted Image Count" "Nikon:DiffractionCompensation"
+    "Diffraction Compensation" "Nikon:DiffractionCompensation:0" "Nikon:DiffractionCompensation:1"
+    "Nikon:DigitalZoom" "Digital Zoom" "Nikon:DirectoryNumber" "Directory Number" "Nikon:DispButton"
+    "Disp Button" "Nikon:DispButton:0" "Nikon:DispButton:1" "Nikon:DispButton:10"
+    "Nikon:DispButton:100" "Nikon:DispButton:101" "Nikon:DispButton:103" "Nikon:DispButton:104"
+    "Nikon:DispButton:105" "Nikon:DispButton:106" "Nikon:DispButton:108" "Nikon:DispButton:109"
+    "Nikon:DispButton:11" "Nikon:DispButton:110" "Nikon:DispButton:111" "Nikon:DispButton:112"
+    "Nikon:DispButton:115" "Nikon:DispButton:12" "Nikon:DispButton:18" "Nikon:DispButton:19"
+    "Nikon:DispButton:20" "Nikon:DispButton:21" "Nikon:DispButton:22" "Nikon:DispButton:23"
+    "Nikon:DispButton:24" "Nikon:DispButton:25" "Nikon:DispButton:26" "Nikon:DispButton:27"
+    "Nikon:DispButton:28" "Nikon:DispButton:3" "Nikon:DispButton:30" "Nikon:DispButton:31"
+    "Nikon:DispButton:32" "Nikon:DispButton:33" "Nikon:DispButton:34" "Nikon:DispButton:35"
+    "Nikon:DispButton:36" "Nikon:DispButton:37" "Nikon:DispButton:38" "Nikon:DispButton:39"
+    "Nikon:DispButton:4" "Nikon:DispButton:40" "Nikon:DispButton:41" "Nikon:DispButton:42"
+    "Nikon:DispButton:44" "Nikon:DispButton:45" "Nikon:DispButton:46" "Nikon:DispButton:47"
+    "Nikon:DispButton:48" "Nikon:DispButton:49" "Nikon:DispButton:5" "Nikon:DispButton:52"
+    "Nikon:DispButton:53" "Nikon:DispButton:57" "Nikon:DispButton:58" "Nikon:DispButton:59"
+    "Nikon:DispButton:6" "Nikon:DispButton:60" "Nikon:DispButton:61" "Nikon:DispButton:64"
+    "Nikon:DispButton:65" "Nikon:DispButton:66" "Nikon:DispButton:7" "Nikon:DispButton:70"
+    "Nikon:DispButton:71" "Nikon:DispButton:73" "Nikon:DispButton:76" "Nikon:DispButton:78"
+    "Nikon:DispButton:79" "Nikon:DispButton:8" "Nikon:DispButton:80" "Nikon:DispButton:81"
+    "Nikon:DispButton:82" "Nikon:DispButton:83" "Nikon:DispButton:84" "Nikon:DispButton:85"
+    "Nikon:DispButton:86" "Nikon:DispButton:87" "Nikon:DispButton:88" "Nikon:DispButton:9"
+    "Nikon:DispButton:97" "Nikon:DispButton:98" "Nikon:DispButton:99" "Nikon:DistortionControl"
+    "Distortion Control" "Nikon:DistortionControl:0" "Nikon:DistortionControl:1"
+    "Nikon:DistortionVersion" "Distortion Version" "Nikon:Duration" "Nikon:DynamicAFAreaSize"
+    "Dynamic AF Area Size" "Nikon:DynamicAFAreaSize:0" "Small" "Nikon:DynamicAFAreaSize:1" "Medium"
+    "Nikon:DynamicAFAreaSize:2" "Large" "Nikon:EffectiveMaxAperture" "Effective Max Aperture"
+    "Nikon:ElectronicVR" "Electronic VR" "Nikon:ElectronicVR:0" "Nikon:ElectronicVR:1"
+    "Nikon:EmptySlotRelease" "Empty Slot Release" "Nikon:EmptySlotRelease:0" "Disable Release"
+    "Nikon:EmptySlotRelease:1" "Enable Release" "Nikon:EnergySavingMode" "Energy Saving Mode"
+    "Nikon:EnergySavingMode:0" "Nikon:EnergySavingMode:1" "Nikon:Equipment"
+    "Nikon:ExitPupilPosition" "Exit Pupil Position" "Nikon:ExposureBracketValue"
+    "Exposure Bracket Value" "Nikon:ExposureCompensation" "Nikon:ExposureCompensationButton"
+    "Exposure Compensation Button" "Nikon:ExposureCompensationButton:0"
+    "Nikon:ExposureCompensationButton:1" "Nikon:ExposureCompensationButton:10"
+    "Nikon:ExposureCompensationButton:100" "Nikon:ExposureCompensationButton:101"
+    "Nikon:ExposureCompensationButton:103" "Nikon:ExposureCompensationButton:104"
+    "Nikon:ExposureCompensationButton:105" "Nikon:ExposureCompensationButton:106"
+    "Nikon:ExposureCompensationButton:108" "Nikon:ExposureCompensationButton:109"
+    "Nikon:ExposureCompensationButton:11" "Nikon:ExposureCompensationButton:110"
+    "Nikon:ExposureCompensationButton:111" "Nikon:ExposureCompensationButton:112"
+    "Nikon:ExposureCompensationButton:115" "Nikon:ExposureCompensationButton:12"
+    "Nikon:ExposureCompensationButton:18" "Nikon:ExposureCompensationButton:19"
+    "Nikon:ExposureCompensationButton:20" "Nikon:ExposureCompensationButton:21"
+    "Nikon:ExposureCompensationButton:22" "Nikon:ExposureCompensationButton:23"
+    "Nikon:ExposureCompensationButton:24" "Nikon:ExposureCompensationButton:25"
+    "Nikon:ExposureCompensationButton:26" "Nikon:ExposureCompensationButton:27"
+    "Nikon:ExposureCompensationButton:28" "Nikon:ExposureCompensationButton:3"
+    "Nikon:ExposureCompensationButton:30" "Nikon:ExposureCompensationButton:31"
+    "Nikon:ExposureCompensationButton:32" "Nikon:ExposureCompensationButton:33"
+    "Nikon:ExposureCompensationButton:34" "Nikon:ExposureCompensationButton:35"
+    "Nikon:ExposureCompensationButton:36" "Nikon:ExposureCompensationButton:37"
+    "Nikon:ExposureCompensationButton:38" "Nikon:ExposureCompensationButton:39"
+    "Nikon:ExposureCompensationButton:4" "Nikon:ExposureCompensationButton:40"
+    "Nikon:ExposureCompensationButton:41" "Nikon:ExposureCompensationButton:42"
+    "Nikon:ExposureCompensationButton:44" "Nikon:ExposureCompensationButton:45"
+    "Nikon:ExposureCompensationButton:46" "Nikon:ExposureCompensationButton:47"
+    "Nikon:ExposureCompensationButton:48" "Nikon:ExposureCompensationButton:49"
+    "Nikon:ExposureCompensationButton:5" "Nikon:ExposureCompensationButton:52"
+    "Nikon:ExposureCompensationButton:53" "Nikon:ExposureCompensationButton:57"
+    "Nikon:ExposureCompensationButton:58" "Nikon:ExposureCompensationButton:59"
+    "Nikon:ExposureCompensationButton:6" "Nikon:ExposureCompensationButton:60"
+    "Nikon:ExposureCompensationButton:61" "Nikon:ExposureCompensationButton:64"
+    "Nikon:ExposureCompensationButton:65" "Nikon:ExposureCompensationButton:66"
+    "Nikon:ExposureCompensationButton:7" "Nikon:ExposureCompensationButton:70"
+    "Nikon:ExposureCompensationButton:71" "Nikon:ExposureCompensationButton:73"
+    "Nikon:ExposureCompensationButton:76" "Nikon:ExposureCompensationButton:78"
+    "Nikon:ExposureCompensationButton:79" "Nikon:ExposureCompensationButton:8"
+    "Nikon:ExposureCompensationButton:80" "Nikon:ExposureCompensationButton:81"
+    "Nikon:ExposureCompensationButton:82" "Nikon:ExposureCompensationButton:83"
+    "Nikon:ExposureCompensationButton:84" "Nikon:ExposureCompensationButton:85"
+    "Nikon:ExposureCompensationButton:86" "Nikon:ExposureCompensationButton:87"
+    "Nikon:ExposureCompensationButton:88" "Nikon:ExposureCompensationButton:9"
+    "Nikon:ExposureCompensationButton:97" "Nikon:ExposureCompensationButton:98"
+    "Nikon:ExposureCompensationButton:99" "Nikon:ExposureDelay" "Exposure Delay"
+    "Nikon:ExposureDifference" "Exposure Difference" "Nikon:ExposureProgram" "Exposure Program"
+    "Nikon:ExposureProgram:0" "Not Defined" "Nikon:ExposureProgram:1" "Manual"
+    "Nikon:ExposureProgram:2" "Program AE" "Nikon:ExposureProgram:3" "Aperture-priority AE"
+    "Nikon:ExposureProgram:4" "Shutter speed priority AE" "Nikon:ExposureProgram:5"
+    "Creative (Slow speed)" "Nikon:ExposureProgram:6" "Action (High speed)"
+    "Nikon:ExposureProgram:7" "Portrait" "Nikon:ExposureProgram:8" "Landscape" "Nikon:ExposureTime"
+    "Exposure Time" "Nikon:ExposureTuning" "Exposure Tuning" "Nikon:ExtendedMenuBanks"
+    "Extended Menu Banks" "Nikon:ExtendedMenuBanks:0" "Nikon:ExtendedMenuBanks:1"
+    "Nikon:ExternalFlashCompensation" "External Flash Compensation"
+    "Nikon:ExternalFlashExposureComp" "External Flash Exposure Comp" "Nikon:ExternalFlashFirmware"
+    "External Flash Firmware" "Nikon:ExternalFlashFirmware:0 0" "n/a"
+    "Nikon:ExternalFlashFirmware:1 1" "1.01 (SB-800 or Metz 58 AF-1)"
+    "Nikon:ExternalFlashFirmware:1 3" "1.03 (SB-800)" "Nikon:ExternalFlashFirmware:14 3"
+    "14.03 (SB-5000)" "Nikon:ExternalFlashFirmware:2 1" "2.01 (SB-800)"
+    "Nikon:ExternalFlashFirmware:2 4" "2.04 (SB-600)" "Nikon:ExternalFlashFirmware:2 5"
+    "2.05 (SB-600)" "Nikon:ExternalFlashFirmware:3 1" "3.01 (SU-800 Remote Commander)"
+    "Nikon:ExternalFlashFirmware:4 1" "4.01 (SB-400)" "Nikon:ExternalFlashFirmware:4 2"
+    "4.02 (SB-400)" "Nikon:ExternalFlashFirmware:4 4" "4.04 (SB-400)"
+    "Nikon:ExternalFlashFirmware:5 1" "5.01 (SB-900)" "Nikon:ExternalFlashFirmware:5 2"
+    "5.02 (SB-900)" "Nikon:ExternalFlashFirmware:6 1" "6.01 (SB-700)"
+    "Nikon:ExternalFlashFirmware:7 1" "7.01 (SB-910)" "Nikon:ExternalFlashFlags"
+    "External Flash Flags" "Nikon:ExternalFlashFlags:0" "Nikon:ExternalFlashFlags:1"
+    "Fired |\302\240Flash Ready" "Nikon:ExternalFlashFlags:128" "Zoom Override"
+    "Nikon:ExternalFlashFlags:16" "Wide Flash Adapter" "Nikon:ExternalFlashFlags:32" "Dome Diffuser"
+    "Nikon:ExternalFlashFlags:4" "Bounce Flash" "Nikon:ExternalFlashReadyState"
+    "External Flash Ready State" "Nikon:ExternalFlashReadyState:0" "Nikon:ExternalFlashReadyState:1"
+    "Ready" "Nikon:ExternalFlashReadyState:6" "Not Ready" "Nikon:ExternalFlashStatus"
+    "External Flash Status" "Nikon:ExternalFlashStatus:0" "Flash Not Attached"
+    "Nikon:ExternalFlashStatus:1" "Flash Attached" "Nikon:ExternalFlashZoomOverride"
+    "External Flash Zoom Override" "Nikon:ExternalFlashZoomOverride:0"
+    "Nikon:ExternalFlashZoomOverride:1" "Nikon:FNumber" "F Number" "Nikon:Face10Position"
+    "Face 10 Position" "Nikon:Face11Position" "Face 11 Position" "Nikon:Face12Position"
+    "Face 12 Position" "Nikon:Face1Position" "Face 1 Position" "Nikon:Face2Position"
+    "Face 2 Position" "Nikon:Face3Position" "Face 3 Position" "Nikon:Face4Position"
+    "Face 4 Position" "Nikon:Face5Position" "Face 5 Position" "Nikon:Face6Position"
+    "Face 6 Position" "Nikon:Face7Position" "Face 7 Position" "Nikon:Face8Position"
+    "Face 8 Position" "Nikon:Face9Position" "Face 9 Position" "Nikon:FaceDetectFrameSize"
+    "Face Detect Frame Size" "Nikon:FacesDetected" "Faces Detected" "Nikon:FileInfoVersion"
+    "File Info Version" "Nikon:FileNumber" "File Number" "Nikon:FilterEffect" "Filter Effect"
+    "Nikon:FilterEffect:128" "Nikon:FilterEffect:129" "Yellow" "Nikon:FilterEffect:130" "Orange"
+    "Nikon:FilterEffect:131" "Red" "Nikon:FilterEffect:132" "Green" "Nikon:FilterEffect:255"
+    "Nikon:FirmwareVersion" "Firmware Version" "Nikon:FirmwareVersion2" "Firmware Version 2"
+    "Nikon:FirmwareVersion3" "Firmware Version 3" "Nikon:FirmwareVersion51" "Firmware Version 51"
+    "Nikon:FlashColorFilter" "Flash Color Filter" "Nikon:FlashColorFilter:0"
+    "Nikon:FlashColorFilter:1" "FL-GL1 or SZ-2FL Fluorescent" "Nikon:FlashColorFilter:10" "TN-A2"
+    "Nikon:FlashColorFilter:128" "Incandescent" "Nikon:FlashColorFilter:2" "FL-GL2"
+    "Nikon:FlashColorFilter:65" "Nikon:FlashColorFilter:66" "Blue" "Nikon:FlashColorFilter:67"
+    "Nikon:FlashColorFilter:68" "Amber" "Nikon:FlashColorFilter:9" "TN-A1 or SZ-2TN Incandescent"
+    "Nikon:FlashCommanderMode" "Flash Commander Mode" "Nikon:FlashCommanderMode:0"
+    "Nikon:FlashCommanderMode:1" "Nikon:FlashCompensation" "Flash Compensation"
+    "Nikon:FlashControlMode" "Flash Control Mode" "Nikon:FlashControlMode:0" "Off |\302\240TTL"
+    "Nikon:FlashControlMode:1" "Auto External Flash |\302\240iTTL-BL" "Nikon:FlashControlMode:2"
+    "GN (distance priority) |\302\240iTTL" "Nikon:FlashControlMode:3"
+    "Auto Aperture |\302\240Manual" "Nikon:FlashControlMode:4" "Automatic |\302\240Repeating Flash"
+    "Nikon:FlashControlMode:5" "GN (distance priority)" "Nikon:FlashControlMode:6"
+    "Nikon:FlashControlMode:7" "Repeating Flash" "Nikon:FlashExposureBracketValue"
+    "Flash Exposure Bracket Value" "Nikon:FlashExposureComp" "Flash Exposure Compensation"
+    "Nikon:FlashExposureComp2" "Flash Exposure Comp 2" "Nikon:FlashExposureComp3"
+    "Flash Exposure Comp 3" "Nikon:FlashExposureComp4" "Flash Exposure Comp 4" "Nikon:FlashFired"
+    "Flash Fired" "Nikon:FlashFired:2" "Internal" "Nikon:FlashFired:4" "External"
+    "Nikon:FlashFocalLength" "Flash Focal Length" "Nikon:FlashGNDistance" "Flash GN Distance"
+    "Nikon:FlashGNDistance:0" "Nikon:FlashGNDistance:1" "0.1 m" "Nikon:FlashGNDistance:10" "1.0 m"
+    "Nikon:FlashGNDistance:11" "1.1 m" "Nikon:FlashGNDistance:12" "1.3 m" "Nikon:FlashGNDistance:13"
+    "1.4 m" "Nikon:FlashGNDistance:14" "1.6 m" "Nikon:FlashGNDistance:15" "1.8 m"
+    "Nikon:FlashGNDistance:16" "2.0 m" "Nikon:FlashGNDistance:17" "2.2 m" "Nikon:FlashGNDistance:18"
+    "2.5 m" "Nikon:FlashGNDistance:19" "2.8 m" "Nikon:FlashGNDistance:2" "0.2 m"
+    "Nikon:FlashGNDistance:20" "3.2 m" "Nikon:FlashGNDistance:21" "3.6 m" "Nikon:FlashGNDistance:22"
+    "4.0 m" "Nikon:FlashGNDistance:23" "4.5 m" "Nikon:FlashGNDistance:24" "5.0 m"
+    "Nikon:FlashGNDistance:25" "5.6 m" "Nikon:FlashGNDistance:255" "Nikon:FlashGNDistance:26"
+    "6.3 m" "Nikon:FlashGNDistance:27" "7.1 m" "Nikon:FlashGNDistance:28" "8.0 m"
+    "Nikon:FlashGNDistance:29" "9.0 m" "Nikon:FlashGNDistance:3" "0.3 m" "Nikon:FlashGNDistance:30"
+    "10.0 m" "Nikon:FlashGNDistance:31" "11.0 m" "Nikon:FlashGNDistance:32" "13.0 m"
+    "Nikon:FlashGNDistance:33" "14.0 m" "Nikon:FlashGNDistance:34" "16.0 m"
+    "Nikon:FlashGNDistance:35" "18.0 m" "Nikon:FlashGNDistance:36" "20.0 m"
+    "Nikon:FlashGNDistance:4" "0.4 m" "Nikon:FlashGNDistance:5" "0.5 m" "Nikon:FlashGNDistance:6"
+    "0.6 m" "Nikon:FlashGNDistance:7" "0.7 m" "Nikon:FlashGNDistance:8" "0.8 m"
+    "Nikon:FlashGNDistance:9" "0.9 m" "Nikon:FlashGroupACompensation" "Flash Group A Compensation"
+    "Nikon:FlashGroupAControlMode" "Flash Group A Control Mode" "Nikon:FlashGroupAControlMode:0"
+    "Nikon:FlashGroupAControlMode:1" "iTTL-BL" "Nikon:FlashGroupAControlMode:2" "iTTL"
+    "Nikon:FlashGroupAControlMode:3" "Auto Aperture" "Nikon:FlashGroupAControlMode:4" "Automatic"
+    "Nikon:FlashGroupAControlMode:5" "Nikon:FlashGroupAControlMode:6"
+    "Nikon:FlashGroupAControlMode:7" "Nikon:FlashGroupAOutput" "Flash Group A Output"
+    "Nikon:FlashGroupBCompensation" "Flash Group B Compensation" "Nikon:FlashGroupBControlMode"
+    "Flash Group B Control Mode" "Nikon:FlashGroupBControlMode:0" "Nikon:FlashGroupBControlMode:1"
+    "Nikon:FlashGroupBControlMode:2" "Nikon:FlashGroupBControlMode:3"
+    "Nikon:FlashGroupBControlMode:4" "Nikon:FlashGroupBControlMode:5"
+    "Nikon:FlashGroupBControlMode:6" "Nikon:FlashGroupBControlMode:7" "Nikon:FlashGroupBOutput"
+    "Flash Group B Output" "Nikon:FlashGroupCCompensation" "Flash Group C Compensation"
+    "Nikon:FlashGroupCControlMode" "Flash Group C Control Mode" "Nikon:FlashGroupCControlMode:0"
+    "Nikon:FlashGroupCControlMode:1" "Nikon:FlashGroupCControlMode:2"
+    "Nikon:FlashGroupCControlMode:3" "Nikon:FlashGroupCControlMode:4"
+    "Nikon:FlashGroupCControlMode:5" "Nikon:FlashGroupCControlMode:6"
+    "Nikon:FlashGroupCControlMode:7" "Nikon:FlashGroupCOutput" "Flash Group C Output"
+    "Nikon:FlashIlluminationPattern" "Flash Illumination Pattern" "Nikon:FlashIlluminationPattern:0"
+    "Standard" "Nikon:FlashIlluminationPattern:1" "Center-weighted"
+    "Nikon:FlashIlluminationPattern:2" "Even" "Nikon:FlashInfoVersion" "Flash Info Version"
+    "Nikon:FlashMasterCompensation" "Flash Master Compensation" "Nikon:FlashMasterControlMode"
+    "Flash Master Control Mode" "Nikon:FlashMasterControlMode:0" "TTL"
+    "Nikon:FlashMasterControlMode:1" "Nikon:FlashMasterControlMode:2"
+    "Nikon:FlashMasterControlMode:3" "Nikon:FlashMasterOutput" "Flash Master Output"
+    "Nikon:FlashMode" "Flash Mode" "Nikon:FlashMode:0" "Did Not Fire" "Nikon:FlashMode:1"
+    "Fired, Manual" "Nikon:FlashMode:18" "LED Light" "Nikon:FlashMode:3" "Nikon:FlashMode:7"
+    "Fired, External" "Nikon:FlashMode:8" "Fired, Commander Mode" "Nikon:FlashMode:9"
+    "Fired, TTL Mode" "Nikon:FlashModeButton" "Flash Mode Button" "Nikon:FlashModeButton:0"
+    "Nikon:FlashModeButton:1" "Nikon:FlashModeButton:10" "Nikon:FlashModeButton:100"
+    "Nikon:FlashModeButton:101" "Nikon:FlashModeButton:103" "Nikon:FlashModeButton:104"
+    "Nikon:FlashModeButton:105" "Nikon:FlashModeButton:106" "Nikon:FlashModeButton:108"
+    "Nikon:FlashModeButton:109" "Nikon:FlashModeButton:11" "Nikon:FlashModeButton:110"
+    "Nikon:FlashModeButton:111" "Nikon:FlashModeButton:112" "Nikon:FlashModeButton:115"
+    "Nikon:FlashModeButton:12" "Nikon:FlashModeButton:18" "Nikon:FlashModeButton:19"
+    "Nikon:FlashModeButton:20" "Nikon:FlashModeButton:21" "Nikon:FlashModeButton:22"
+    "Nikon:FlashModeButton:23" "Nikon:FlashModeButton:24" "Nikon:FlashModeButton:25"
+    "Nikon:FlashModeButton:26" "Nikon:FlashModeButton:27" "Nikon:FlashModeButton:28"
+    "Nikon:FlashModeButton:3" "Nikon:FlashModeButton:30" "Nikon:FlashModeButton:31"
+    "Nikon:FlashModeButton:32" "Nikon:FlashModeButton:33" "Nikon:FlashModeButton:34"
+    "Nikon:FlashModeButton:35" "Nikon:FlashModeButton:36" "Nikon:FlashModeButton:37"
+    "Nikon:FlashModeButton:38" "Nikon:FlashModeButton:39" "Nikon:FlashModeButton:4"
+    "Nikon:FlashModeButton:40" "Nikon:FlashModeButton:41" "Nikon:FlashModeButton:42"
+    "Nikon:FlashModeButton:44" "Nikon:FlashModeButton:45" "Nikon:FlashModeButton:46"
+    "Nikon:FlashModeButton:47" "Nikon:FlashModeButton:48" "Nikon:FlashModeButton:49"
+    "Nikon:FlashModeButton:5" "Nikon:FlashModeButton:52" "Nikon:FlashModeButton:53"
+    "Nikon:FlashModeButton:57" "Nikon:FlashModeButton:58" "Nikon:FlashModeButton:59"
+    "Nikon:FlashModeButton:6" "Nikon:FlashModeButton:60" "Nikon:FlashModeButton:61"
+    "Nikon:FlashModeButton:64" "Nikon:FlashModeButton:65" "Nikon:FlashModeButton:66"
+    "Nikon:FlashModeButton:7" "Nikon:FlashModeButton:70" "Nikon:FlashModeButton:71"
+    "Nikon:FlashModeButton:73" "Nikon:FlashModeButton:76" "Nikon:FlashModeButton:78"
+    "Nikon:FlashModeButton:79" "Nikon:FlashModeButton:8" "Nikon:FlashModeButton:80"
+    "Nikon:FlashModeButton:81" "Nikon:FlashModeButton:82" "Nikon:FlashModeButton:83"
+    "Nikon:FlashModeButton:84" "Nikon:FlashModeButton:85" "Nikon:FlashModeButton:86"
+    "Nikon:FlashModeButton:87" "Nikon:FlashModeButton:88" "Nikon:FlashModeButton:9"
+    "Nikon:FlashModeButton:97" "Nikon:FlashModeButton:98" "Nikon:FlashModeButton:99"
+    "Nikon:FlashModeButtonPlaybackMode" "Flash Mode Button Playback Mode"
+    "Nikon:FlashModeButtonPlaybackMode:0" "Nikon:FlashModeButtonPlaybackMode:1"
+    "Nikon:FlashModeButtonPlaybackMode:10" "Nikon:FlashModeButtonPlaybackMode:100"
+    "Nikon:FlashModeButtonPlaybackMode:101" "Nikon:FlashModeButtonPlaybackMode:103"
+    "Nikon:FlashModeButtonPlaybackMode:104" "Nikon:FlashModeButtonPlaybackMode:105"
+    "Nikon:FlashModeButtonPlaybackMode:106" "Nikon:FlashModeButtonPlaybackMode:108"
+    "Nikon:FlashModeButtonPlaybackMode:109" "Nikon:FlashModeButtonPlaybackMode:11"
+    "Nikon:FlashModeButtonPlaybackMode:110" "Nikon:FlashModeButtonPlaybackMode:111"
+    "Nikon:FlashModeButtonPlaybackMode:112" "Nikon:FlashModeButtonPlaybackMode:115"
+    "Nikon:FlashModeButtonPlaybackMode:12" "Nikon:FlashModeButtonPlaybackMode:18"
+    "Nikon:FlashModeButtonPlaybackMode:19" "Nikon:FlashModeButtonPlaybackMode:20"
+    "Nikon:FlashModeButtonPlaybackMode:21" "Nikon:FlashModeButtonPlaybackMode:22"
+    "Nikon:FlashModeButtonPlaybackMode:23" "Nikon:FlashModeButtonPlaybackMode:24"
+    "Nikon:FlashModeButtonPlaybackMode:25" "Nikon:FlashModeButtonPlaybackMode:26"
+    "Nikon:FlashModeButtonPlaybackMode:27" "Nikon:FlashModeButtonPlaybackMode:28"
+    "Nikon:FlashModeButtonPlaybackMode:3" "Nikon:FlashModeButtonPlaybackMode:30"
+    "Nikon:FlashModeButtonPlaybackMode:31" "Nikon:FlashModeButtonPlaybackMode:32"
+    "Nikon:FlashModeButtonPlaybackMode:33" "Nikon:FlashModeButtonPlaybackMode:34"
+    "Nikon:FlashModeButtonPlaybackMode:35" "Nikon:FlashModeButtonPlaybackMode:36"
+    "Nikon:FlashModeButtonPlaybackMode:37" "Nikon:FlashModeButtonPlaybackMode:38"
+    "Nikon:FlashModeButtonPlaybackMode:39" "Nikon:FlashModeButtonPlaybackMode:4"
+    "Nikon:FlashModeButtonPlaybackMode:40" "Nikon:FlashModeButtonPlaybackMode:41"
+    "Nikon:FlashModeButtonPlaybackMode:42" "Nikon:FlashModeButtonPlaybackMode:44"
+    "Nikon:FlashModeButtonPlaybackMode:45" "Nikon:FlashModeButtonPlaybackMode:46"
+    "Nikon:FlashModeButtonPlaybackMode:47" "Nikon:FlashModeButtonPlaybackMode:48"
+    "Nikon:FlashModeButtonPlaybackMode:49" "Nikon:FlashModeButtonPlaybackMode:5"
+    "Nikon:FlashModeButtonPlaybackMode:52" "Nikon:FlashModeButtonPlaybackMode:53"
+    "Nikon:FlashModeButtonPlaybackMode:57" "Nikon:FlashModeButtonPlaybackMode:58"
+    "Nikon:FlashModeButtonPlaybackMode:59" "Nikon:FlashModeButtonPlaybackMode:6"
+    "Nikon:FlashModeButtonPlaybackMode:60" "Nikon:FlashModeButtonPlaybackMode:61"
+    "Nikon:FlashModeButtonPlaybackMode:64" "Nikon:FlashModeButtonPlaybackMode:65"
+    "Nikon:FlashModeButtonPlaybackMode:66" "Nikon:FlashModeButtonPlaybackMode:7"
+    "Nikon:FlashModeButtonPlaybackMode:70" "Nikon:FlashModeButtonPlaybackMode:71"
+    "Nikon:FlashModeButtonPlaybackMode:73" "Nikon:FlashModeButtonPlaybackMode:76"
+    "Nikon:FlashModeButtonPlaybackMode:78" "Nikon:FlashModeButtonPlaybackMode:79"
+    "Nikon:FlashModeButtonPlaybackMode:8" "Nikon:FlashModeButtonPlaybackMode:80"
+    "Nikon:FlashModeButtonPlaybackMode:81" "Nikon:FlashModeButtonPlaybackMode:82"
+    "Nikon:FlashModeButtonPlaybackMode:83" "Nikon:FlashModeButtonPlaybackMode:84"
+    "Nikon:FlashModeButtonPlaybackMode:85" "Nikon:FlashModeButtonPlaybackMode:86"
+    "Nikon:FlashModeButtonPlaybackMode:87" "Nikon:FlashModeButtonPlaybackMode:88"
+    "Nikon:FlashModeButtonPlaybackMode:9" "Nikon:FlashModeButtonPlaybackMode:97"
+    "Nikon:FlashModeButtonPlaybackMode:98" "Nikon:FlashModeButtonPlaybackMode:99"
+    "Nikon:FlashOutput" "Flash Output" "Nikon:FlashRemoteControl" "Flash Remote Control"
+    "Nikon:FlashRemoteControl:0" "Group" "Nikon:FlashRemoteControl:1" "Quick Wireless"
+    "Nikon:FlashRemoteControl:2" "Remote Repeating" "Nikon:FlashSetting" "Flash Setting"
+    "Nikon:FlashSource" "Flash Source" "Nikon:FlashSource:0" "Nikon:FlashSource:1"
+    "Nikon:FlashSource:2" "Nikon:FlashType" "Flash Type" "Nikon:FlashWirelessOption"
+    "Flash Wireless Option" "Nikon:FlashWirelessOption:0" "Off |\302\240Optical AWL"
+    "Nikon:FlashWirelessOption:1" "Nikon:FlashWirelessOption:2" "Optical/Radio AWL"
+    "Nikon:FlashWirelessOption:3" "Radio AWL" "Nikon:FlickerReduction" "Flicker Reduction"
+    "Nikon:FlickerReduction:0" "Enable" "Nikon:FlickerReduction:1" "Disable"
+    "Nikon:FlickerReductionIndicator" "Flicker Reduction Indicator"
+    "Nikon:FlickerReductionIndicator:0" "Nikon:FlickerReductionIndicator:1"
+    "Nikon:FlickerReductionShooting" "Flicker Reduction Shooting" "Nikon:FlickerReductionShooting:0"
+    "Nikon:FlickerReductionShooting:1" "Nikon:FocalLength" "Focal Length" "Nikon:Focus"
+    "Nikon:FocusDistance" "Focus Distance" "Nikon:FocusDistanceRangeWidth"
+    "Focus Distance Range Width" "Nikon:FocusMode" "Focus Mode" "Nikon:FocusPosition"
+    "Focus Position" "Nikon:FocusPositionHorizontal" "Focus Position Horizontal"
+    "Nikon:FocusPositionVertical" "Focus Position Vertical" "Nikon:FocusResult" "Focus Result"
+    "Nikon:FocusResult:0" "Out of Focus" "Nikon:FocusResult:1" "Nikon:FocusShiftAutoReset"
+    "Focus Shift Auto Reset" "Nikon:FocusShiftAutoReset:0" "Nikon:FocusShiftAutoReset:1"
+    "Nikon:FocusShiftExposureLock" "Focus Shift Exposure Lock" "Nikon:FocusShiftExposureLock:0"
+    "Nikon:FocusShiftExposureLock:1" "Nikon:FocusShiftInterval" "Focus Shift Interval"
+    "Nikon:FocusShiftNumberShots" "Focus Shift Number Shots" "Nikon:FocusShiftShooting"
+    "Focus Shift Shooting" "Nikon:FocusShiftStepWidth" "Focus Shift Step Width"
+    "Nikon:FocusStepsFromInfinity" "Focus Steps From Infinity" "Nikon:FrameCount" "Frame Count"
+    "Nikon:FrameHeight" "Frame Height" "Nikon:FrameRate" "Frame Rate" "Nikon:FrameWidth"
+    "Frame Width" "Nikon:HDMIOutputN-Log" "HDMI Output N-Log" "Nikon:HDMIOutputN-Log:0"
+    "Nikon:HDMIOutputN-Log:1" "Nikon:HDMIOutputResolution" "HDMI Output Resolution"
+    "Nikon:HDMIOutputResolution:0" "Nikon:HDMIOutputResolution:1" "4320p"
+    "Nikon:HDMIOutputResolution:2" "2160p" "Nikon:HDMIOutputResolution:3" "1080p"
+    "Nikon:HDMIOutputResolution:5" "720p" "Nikon:HDR" "Nikon:HDR:0" "Nikon:HDR:1"
+    "On |\302\240On (normal)" "Nikon:HDR:2" "On (Series)" "Nikon:HDR:48" "Nikon:HDRInfoVersion"
+    "HDR Info Version" "Nikon:HDRLevel" "HDR Level" "Nikon:HDRLevel2" "HDR Level 2"
+    "Nikon:HDRLevel2:0" "Nikon:HDRLevel2:1" "1 EV" "Nikon:HDRLevel2:2" "2 EV" "Nikon:HDRLevel2:255"
+    "Nikon:HDRLevel2:3" "3 EV" "Nikon:HDRLevel:0" "Auto |\302\240n/a" "Nikon:HDRLevel:1"
+    "1 EV |\302\240Extra High |\302\240Normal" "Nikon:HDRLevel:2" "2 EV |\302\240High |\302\240Low"
+    "Nikon:HDRLevel:255" "Nikon:HDRLevel:3" "3 EV |\302\240High |\302\240Normal" "Nikon:HDRLevel:4"
+    "High+ |\302\240Low" "Nikon:HDRLevel:5" "Nikon:HDRSmoothing" "HDR Smoothing"
+    "Nikon:HDRSmoothing:0" "Nikon:HDRSmoothing:1" "Nikon:HDRSmoothing:2" "Nikon:HDRSmoothing:255"
+    "Nikon:HDRSmoothing:3" "Nikon:HDRSmoothing:48" "Nikon:HighFrameRate" "High Frame Rate"
+    "Nikon:HighFrameRate:0" "Nikon:HighFrameRate:1" "CH" "Nikon:HighFrameRate:3" "C30"
+    "Nikon:HighFrameRate:4" "C120" "Nikon:HighFrameRate:5" "C60"
+    "Nikon:HighFrequencyFlickerReductionShooting" "High Frequency Flicker Reduction Shooting"
+    "Nikon:HighFrequencyFlickerReductionShooting:0" "Nikon:HighFrequencyFlickerReductionShooting:1"
+    "Nikon:HighISONoiseReduction" "High ISO Noise Reduction" "Nikon:HighISONoiseReduction:0"
+    "Nikon:HighISONoiseReduction:1" "Minimal" "Nikon:HighISONoiseReduction:2"
+    "Nikon:HighISONoiseReduction:3" "Medium Low" "Nikon:HighISONoiseReduction:4"
+    "Nikon:HighISONoiseReduction:5" "Medium High" "Nikon:HighISONoiseReduction:6" "Nikon:Hue"
+    "Nikon:HueAdjustment" "Hue Adjustment" "Nikon:IFD0_Offset" "IFD0 Offset" "Nikon:ISO"
+    "Nikon:ISO2" "Nikon:ISOAutoFlashLimit" "ISO Auto Flash Limit" "Nikon:ISOAutoFlashLimit:0"
+    "ISO 64" "Nikon:ISOAutoFlashLimit:1" "ISO 80" "Nikon:ISOAutoFlashLimit:10" "ISO 640"
+    "Nikon:ISOAutoFlashLimit:11" "ISO 800" "Nikon:ISOAutoFlashLimit:12" "ISO 1000"
+    "Nikon:ISOAutoFlashLimit:13" "ISO 1250" "Nikon:ISOAutoFlashLimit:14" "ISO 1600"
+    "Nikon:ISOAutoFlashLimit:15" "ISO 2000" "Nikon:ISOAutoFlashLimit:16" "ISO 2500"
+    "Nikon:ISOAutoFlashLimit:17" "ISO 3200" "Nikon:ISOAutoFlashLimit:18" "ISO 4000"
+    "Nikon:ISOAutoFlashLimit:19" "ISO 5000" "Nikon:ISOAutoFlashLimit:2" "ISO 100"
+    "Nikon:ISOAutoFlashLimit:20" "ISO 6400" "Nikon:ISOAutoFlashLimit:21" "ISO 8000"
+    "Nikon:ISOAutoFlashLimit:22" "ISO 10000" "Nikon:ISOAutoFlashLimit:23" "ISO 12800"
+    "Nikon:ISOAutoFlashLimit:24" "ISO 16000" "Nikon:ISOAutoFlashLimit:25" "ISO 20000"
+    "Nikon:ISOAutoFlashLimit:26" "ISO 25600" "Nikon:ISOAutoFlashLimit:27" "ISO Hi 0.3"
+    "Nikon:ISOAutoFlashLimit:28" "ISO Hi 0.7" "Nikon:ISOAutoFlashLimit:29" "ISO Hi 1.0"
+    "Nikon:ISOAutoFlashLimit:3" "ISO 125" "Nikon:ISOAutoFlashLimit:32" "ISO Hi 2.0"
+    "Nikon:ISOAutoFlashLimit:4" "ISO 160" "Nikon:ISOAutoFlashLimit:5" "ISO 200"
+    "Nikon:ISOAutoFlashLimit:6" "ISO 250" "Nikon:ISOAutoFlashLimit:7" "ISO 320"
+    "Nikon:ISOAutoFlashLimit:8" "ISO 400" "Nikon:ISOAutoFlashLimit:9" "ISO 500"
+    "Nikon:ISOAutoHiLimit" "ISO Auto Hi Limit" "Nikon:ISOAutoHiLimit:0" "Nikon:ISOAutoHiLimit:1"
+    "Nikon:ISOAutoHiLimit:10" "Nikon:ISOAutoHiLimit:102" "ISO Hi 3.0" "Nikon:ISOAutoHiLimit:108"
+    "ISO Hi 4.0" "Nikon:ISOAutoHiLimit:11" "Nikon:ISOAutoHiLimit:114" "ISO Hi 5.0"
+    "Nikon:ISOAutoHiLimit:12" "Nikon:ISOAutoHiLimit:13" "Nikon:ISOAutoHiLimit:14"
+    "Nikon:ISOAutoHiLimit:15" "Nikon:ISOAutoHiLimit:16" "Nikon:ISOAutoHiLimit:17"
+    "Nikon:ISOAutoHiLimit:18" "Nikon:ISOAutoHiLimit:19" "Nikon:ISOAutoHiLimit:2"
+    "Nikon:ISOAutoHiLimit:20" "Nikon:ISOAutoHiLimit:21" "Nikon:ISOAutoHiLimit:22"
+    "Nikon:ISOAutoHiLimit:23" "Nikon:ISOAutoHiLimit:24" "Nikon:ISOAutoHiLimit:25"
+    "Nikon:ISOAutoHiLimit:26" "Nikon:ISOAutoHiLimit:27" "Nikon:ISOAutoHiLimit:28"
+    "Nikon:ISOAutoHiLimit:29" "Nikon:ISOAutoHiLimit:3" "Nikon:ISOAutoHiLimit:32"
+    "Nikon:ISOAutoHiLimit:36" "Nikon:ISOAutoHiLimit:38" "Nikon:ISOAutoHiLimit:39" "ISO 280"
+    "Nikon:ISOAutoHiLimit:4" "Nikon:ISOAutoHiLimit:40" "Nikon:ISOAutoHiLimit:42"
+    "Nikon:ISOAutoHiLimit:44" "Nikon:ISOAutoHiLimit:45" "ISO 560" "Nikon:ISOAutoHiLimit:46"
+    "Nikon:ISOAutoHiLimit:48" "Nikon:ISOAutoHiLimit:5" "Nikon:ISOAutoHiLimit:50"
+    "Nikon:ISOAutoHiLimit:51" "ISO 1100" "Nikon:ISOAutoHiLimit:52" "Nikon:ISOAutoHiLimit:54"
+    "Nikon:ISOAutoHiLimit:56" "Nikon:ISOAutoHiLimit:57" "ISO 2200" "Nikon:ISOAutoHiLimit:58"
+    "Nikon:ISOAutoHiLimit:6" "Nikon:ISOAutoHiLimit:60" "Nikon:ISOAutoHiLimit:62"
+    "Nikon:ISOAutoHiLimit:63" "ISO 4500" "Nikon:ISOAutoHiLimit:64" "Nikon:ISOAutoHiLimit:66"
+    "Nikon:ISOAutoHiLimit:68" "Nikon:ISOAutoHiLimit:69" "ISO 9000" "Nikon:ISOAutoHiLimit:7"
+    "Nikon:ISOAutoHiLimit:70" "Nikon:ISOAutoHiLimit:72" "Nikon:ISOAutoHiLimit:74"
+    "Nikon:ISOAutoHiLimit:75" "ISO 18000" "Nikon:ISOAutoHiLimit:76" "Nikon:ISOAutoHiLimit:78"
+    "Nikon:ISOAutoHiLimit:8" "Nikon:ISOAutoHiLimit:80" "ISO 32000" "Nikon:ISOAutoHiLimit:81"
+    "ISO 36000" "Nikon:ISOAutoHiLimit:82" "ISO 40000" "Nikon:ISOAutoHiLimit:84" "ISO 51200"
+    "Nikon:ISOAutoHiLimit:86" "Nikon:ISOAutoHiLimit:87" "ISO Hi 0.5" "Nikon:ISOAutoHiLimit:88"
+    "Nikon:ISOAutoHiLimit:9" "Nikon:ISOAutoHiLimit:90" "Nikon:ISOAutoHiLimit:96"
+    "Nikon:ISOAutoShutterTime" "ISO Auto Shutter Time" "Nikon:ISOAutoShutterTime:-12" "15 s"
+    "Nikon:ISOAutoShutterTime:-15" "Nikon:ISOAutoShutterTime:-3" "2 s" "Nikon:ISOAutoShutterTime:-6"
+    "4 s" "Nikon:ISOAutoShutterTime:-9" "8 s" "Nikon:ISOAutoShutterTime:0" "1 s |\302\2401/4000 s"
+    "Nikon:ISOAutoShutterTime:1" "1/1.3 s |\302\2401/3200 s" "Nikon:ISOAutoShutterTime:10"
+    "1/10 s |\302\2401/400 s" "Nikon:ISOAutoShutterTime:11" "1/13 s |\302\2401/320 s"
+    "Nikon:ISOAutoShutterTime:12" "1/15 s |\302\2401/250 s" "Nikon:ISOAutoShutterTime:13"
+    "1/20 s |\302\2401/200 s" "Nikon:ISOAutoShutterTime:14" "1/160 s |\302\2401/25 s"
+    "Nikon:ISOAutoShutterTime:15" "1/125 s |\302\2401/30 s" "Nikon:ISOAutoShutterTime:16"
+    "1/100 s |\302\2401/40 s" "Nikon:ISOAutoShutterTime:17" "1/50 s |\302\2401/80 s"
+    "Nikon:ISOAutoShutterTime:18" "1/60 s" "Nikon:ISOAutoShutterTime:19"
+    "Nikon:ISOAutoShutterTime:2" "1/1.6 s |\302\2401/2500 s" "Nikon:ISOAutoShutterTime:20"
+    "Nikon:ISOAutoShutterTime:21" "1/120 s |\302\2401/30 s" "Nikon:ISOAutoShutterTime:22"
+    "1/15 s |\302\2401/160 s" "Nikon:ISOAutoShutterTime:23" "1/200 s |\302\2401/8 s"
+    "Nikon:ISOAutoShutterTime:24" "1/250 s |\302\2401/4 s" "Nikon:ISOAutoShutterTime:25"
+    "1/2 s |\302\2401/320 s" "Nikon:ISOAutoShutterTime:26" "1 s |\302\2401/400 s"
+    "Nikon:ISOAutoShutterTime:27" "1/500 s |\302\2402 s" "Nikon:ISOAutoShutterTime:28"
+    "1/640 s |\302\2404 s" "Nikon:ISOAutoShutterTime:29" "1/800 s |\302\2408 s"
+    "Nikon:ISOAutoShutterTime:3" "1/2 s |\302\2401/2000 s" "Nikon:ISOAutoShutterTime:30"
+    "1/1000 s |\302\24015 s" "Nikon:ISOAutoShutterTime:31" "1/1250 s |\302\24030 s"
+    "Nikon:ISOAutoShutterTime:32" "1/1600 s |\302\240Auto (Slowest)" "Nikon:ISOAutoShutterTime:33"
+    "1/2000 s |\302\240Auto (Slower)" "Nikon:ISOAutoShutterTime:34" "1/2500 s |\302\240Auto"
+    "Nikon:ISOAutoShutterTime:35" "1/3200 s |\302\240Auto (Faster)" "Nikon:ISOAutoShutterTime:36"
+    "1/4000 s |\302\240Auto (Fastest)" "Nikon:ISOAutoShutterTime:37" "1/5000 s"
+    "Nikon:ISOAutoShutterTime:37.5" "1/6000 s" "Nikon:ISOAutoShutterTime:38" "1/6400 s"
+    "Nikon:ISOAutoShutterTime:39" "1/8000 s" "Nikon:ISOAutoShutterTime:4"
+    "1/1600 s |\302\2401/2.5 s" "Nikon:ISOAutoShutterTime:40" "1/10000 s"
+    "Nikon:ISOAutoShutterTime:40.5" "1/12000 s" "Nikon:ISOAutoShutterTime:41" "1/13000 s"
+    "Nikon:ISOAutoShutterTime:42" "1/16000 s" "Nikon:ISOAutoShutterTime:5" "1/1250 s |\302\2401/3 s"
+    "Nikon:ISOAutoShutterTime:6" "1/1000 s |\302\2401/4 s" "Nikon:ISOAutoShutterTime:7"
+    "1/5 s |\302\2401/800 s" "Nikon:ISOAutoShutterTime:8" "1/6 s |\302\2401/640 s"
+    "Nikon:ISOAutoShutterTime:9" "1/500 s |\302\2401/8 s" "Nikon:ISOButton" "ISO Button"
+    "Nikon:ISOButton:0" "Nikon:ISOButton:1" "Nikon:ISOButton:10" "Nikon:ISOButton:100"
+    "Nikon:ISOButton:101" "Nikon:ISOButton:103" "Nikon:ISOButton:104" "Nikon:ISOButton:105"
+    "Nikon:ISOButton:106" "Nikon:ISOButton:108" "Nikon:ISOButton:109" "Nikon:ISOButton:11"
+    "Nikon:ISOButton:110" "Nikon:ISOButton:111" "Nikon:ISOButton:112" "Nikon:ISOButton:115"
+    "Nikon:ISOButton:12" "Nikon:ISOButton:18" "Nikon:ISOButton:19" "Nikon:ISOButton:20"
+    "Nikon:ISOButton:21" "Nikon:ISOButton:22" "Nikon:ISOButton:23" "Nikon:ISOButton:24"
+    "Nikon:ISOButton:25" "Nikon:ISOButton:26" "Nikon:ISOButton:27" "Nikon:ISOButton:28"
+    "Nikon:ISOButton:3" "Nikon:ISOButton:30" "Nikon:ISOButton:31" "Nikon:ISOButton:32"
+    "Nikon:ISOButton:33" "Nikon:ISOButton:34" "Nikon:ISOButton:35" "Nikon:ISOButton:36"
+    "Nikon:ISOButton:37" "Nikon:ISOButton:38" "Nikon:ISOButton:39" "Nikon:ISOButton:4"
+    "Nikon:ISOButton:40" "Nikon:ISOButton:41" "Nikon:ISOButton:42" "Nikon:ISOButton:44"
+    "Nikon:ISOButton:45" "Nikon:ISOButton:46" "Nikon:ISOButton:47" "Nikon:ISOButton:48"
+    "Nikon:ISOButton:49" "Nikon:ISOButton:5" "Nikon:ISOButton:52" "Nikon:ISOButton:53"
+    "Nikon:ISOButton:57" "Nikon:ISOButton:58" "Nikon:ISOButton:59" "Nikon:ISOButton:6"
+    "Nikon:ISOButton:60" "Nikon:ISOButton:61" "Nikon:ISOButton:64" "Nikon:ISOButton:65"
+    "Nikon:ISOButton:66" "Nikon:ISOButton:7" "Nikon:ISOButton:70" "Nikon:ISOButton:71"
+    "Nikon:ISOButton:73" "Nikon:ISOButton:76" "Nikon:ISOButton:78" "Nikon:ISOButton:79"
+    "Nikon:ISOButton:8" "Nikon:ISOButton:80" "Nikon:ISOButton:81" "Nikon:ISOButton:82"
+    "Nikon:ISOButton:83" "Nikon:ISOButton:84" "Nikon:ISOButton:85" "Nikon:ISOButton:86"
+    "Nikon:ISOButton:87" "Nikon:ISOButton:88" "Nikon:ISOButton:9" "Nikon:ISOButton:97"
+    "Nikon:ISOButton:98" "Nikon:ISOButton:99" "Nikon:ISOExpansion" "ISO Expansion"
+    "Nikon:ISOExpansion2" "ISO Expansion 2" "Nikon:ISOExpansion2:0" "Nikon:ISOExpansion2:257"
+    "Hi 0.3" "Nikon:ISOExpansion2:258" "Hi 0.5" "Nikon:ISOExpansion2:259" "Hi 0.7"
+    "Nikon:ISOExpansion2:260" "Hi 1.0" "Nikon:ISOExpansion2:261" "Hi 1.3" "Nikon:ISOExpansion2:262"
+    "Hi 1.5" "Nikon:ISOExpansion2:263" "Hi 1.7" "Nikon:ISOExpansion2:264" "Hi 2.0"
+    "Nikon:ISOExpansion2:513" "Lo 0.3" "Nikon:ISOExpansion2:514" "Lo 0.5" "Nikon:ISOExpansion2:515"
+    "Lo 0.7" "Nikon:ISOExpansion2:516" "Lo 1.0" "Nikon:ISOExpansion:0" "Nikon:ISOExpansion:257"
+    "Nikon:ISOExpansion:258" "Nikon:ISOExpansion:259" "Nikon:ISOExpansion:260"
+    "Nikon:ISOExpansion:261" "Nikon:ISOExpansion:262" "Nikon:ISOExpansion:263"
+    "Nikon:ISOExpansion:264" "Nikon:ISOExpansion:265" "Hi 2.3" "Nikon:ISOExpansion:266" "Hi 2.5"
+    "Nikon:ISOExpansion:267" "Hi 2.7" "Nikon:ISOExpansion:268" "Hi 3.0" "Nikon:ISOExpansion:269"
+    "Hi 3.3" "Nikon:ISOExpansion:270" "Hi 3.5" "Nikon:ISOExpansion:271" "Hi 3.7"
+    "Nikon:ISOExpansion:272" "Hi 4.0" "Nikon:ISOExpansion:273" "Hi 4.3" "Nikon:ISOExpansion:274"
+    "Hi 4.5" "Nikon:ISOExpansion:275" "Hi 4.7" "Nikon:ISOExpansion:276" "Hi 5.0"
+    "Nikon:ISOExpansion:513" "Nikon:ISOExpansion:514" "Nikon:ISOExpansion:515"
+    "Nikon:ISOExpansion:516" "Nikon:ISOSelection" "ISO Selection" "Nikon:ISOSetting" "ISO Setting"
+    "Nikon:ImageAdjustment" "Image Adjustment" "Nikon:ImageArea" "Nikon:ImageArea:0"
+    "FX (36.0 x 23.9 mm) |\302\240FX (36x24)" "Nikon:ImageArea:1"
+    "DX (23.5 x 15.6 mm) |\302\240DX (24x16)" "Nikon:ImageArea:2"
+    "5:4 (30.0 x 23.9 mm) |\302\2405:4 (30x24)" "Nikon:ImageArea:3" "1.2x (30x20)"
+    "Nikon:ImageAuthentication" "Image Authentication" "Nikon:ImageAuthentication:0"
+    "Nikon:ImageAuthentication:1" "Nikon:ImageBoundary" "Image Boundary" "Nikon:ImageCount"
+    "Image Count" "Nikon:ImageDataSize" "Image Data Size" "Nikon:ImageOptimization"
+    "Image Optimization" "Nikon:ImageProcessing" "Image Processing" "Nikon:ImageQuality"
+    "Image Quality" "Nikon:ImageQuality:0" "NEF (RAW) |\302\240NEF (RAW) + JPEG Fine"
+    "Nikon:ImageQuality:1" "JPEG Fine |\302\240NEF (RAW) + JPEG Norm" "Nikon:ImageQuality:2"
+    "JPEG Normal |\302\240NEF (RAW) + JPEG Basic" "Nikon:ImageQuality:3"
+    "JPEG Basic |\302\240NEF (RAW)" "Nikon:ImageQuality:4"
+    "NEF (RAW) + JPEG Fine |\302\240TIF (RGB)" "Nikon:ImageQuality:5"
+    "JPEG Fine |\302\240NEF (RAW) + JPEG Normal" "Nikon:ImageQuality:6" "Nikon:ImageQuality:7"
+    "JPEG Basic" "Nikon:ImageSizeRAW" "Image Size RAW" "Nikon:ImageSizeRAW:1" "Nikon:ImageSizeRAW:2"
+    "Nikon:ImageSizeRAW:3" "Nikon:ImageStabilization" "Image Stabilization" "Nikon:Interval"
+    "Nikon:IntervalDurationHours" "Interval Duration Hours" "Nikon:IntervalDurationMinutes"
+    "Interval Duration Minutes" "Nikon:IntervalDurationSeconds" "Interval Duration Seconds"
+    "Nikon:IntervalExposureSmoothing" "Interval Exposure Smoothing"
+    "Nikon:IntervalExposureSmoothing:0" "Nikon:IntervalExposureSmoothing:1" "Nikon:IntervalFrame"
+    "Interval Frame" "Nikon:IntervalPriority" "Interval Priority" "Nikon:IntervalPriority:0"
+    "Nikon:IntervalPriority:1" "Nikon:IntervalShooting" "Interval Shooting" "Nikon:Intervals"
+    "Nikon:JPGCompression" "JPG Compression" "Nikon:JPGCompression:0" "Size Priority"
+    "Nikon:JPGCompression:1" "Optimal Quality |\302\240Size Priority" "Nikon:JPGCompression:3"
+    "Optimal Quality" "Nikon:Language" "Nikon:Language:15" "Portuguese" "Nikon:Language:4" "English"
+    "Nikon:Language:5" "Spanish" "Nikon:Language:7" "French" "Nikon:Lens" "Nikon:LensDataVersion"
+    "Lens Data Version" "Nikon:LensDriveEnd" "Lens Drive End" "Nikon:LensFStops" "Lens F Stops"
+    "Nikon:LensFunc1ButtonPlaybackMode" "Lens Func 1 Button Playback Mode"
+    "Nikon:LensFunc1ButtonPlaybackMode:0" "Nikon:LensFunc1ButtonPlaybackMode:1"
+    "Nikon:LensFunc1ButtonPlaybackMode:10" "Nikon:LensFunc1ButtonPlaybackMode:100"
+    "Nikon:LensFunc1ButtonPlaybackMode:101" "Nikon:LensFunc1ButtonPlaybackMode:103"
+    "Nikon:LensFunc1ButtonPlaybackMode:104" "Nikon:LensFunc1ButtonPlaybackMode:105"
+    "Nikon:LensFunc1ButtonPlaybackMode:106" "Nikon:LensFunc1ButtonPlaybackMode:108"
+    "Nikon:LensFunc1ButtonPlaybackMode:109" "Nikon:LensFunc1ButtonPlaybackMode:11"
+    "Nikon:LensFunc1ButtonPlaybackMode:110" "Nikon:LensFunc1ButtonPlaybackMode:111"
+    "Nikon:LensFunc1ButtonPlaybackMode:112" "Nikon:LensFunc1ButtonPlaybackMode:115"
+    "Nikon:LensFunc1ButtonPlaybackMode:12" "Nikon:LensFunc1ButtonPlaybackMode:18"
+    "Nikon:LensFunc1ButtonPlaybackMode:19" "Nikon:LensFunc1ButtonPlaybackMode:20"
+    "Nikon:LensFunc1ButtonPlaybackMode:21" "Nikon:LensFunc1ButtonPlaybackMode:22"
+    "Nikon:LensFunc1ButtonPlaybackMode:23" "Nikon:LensFunc1ButtonPlaybackMode:24"
+    "Nikon:LensFunc1ButtonPlaybackMode:25" "Nikon:LensFunc1ButtonPlaybackMode:26"
+    "Nikon:LensFunc1ButtonPlaybackMode:27" "Nikon:LensFunc1ButtonPlaybackMode:28"
+    "Nikon:LensFunc1ButtonPlaybackMode:3" "Nikon:LensFunc1ButtonPlaybackMode:30"
+    "Nikon:LensFunc1ButtonPlaybackMode:31" "Nikon:LensFunc1ButtonPlaybackMode:32"
+    "Nikon:LensFunc1ButtonPlaybackMode:33" "Nikon:LensFunc1ButtonPlaybackMode:34"
+    "Nikon:LensFunc1ButtonPlaybackMode:35" "Nikon:LensFunc1ButtonPlaybackMode:36"
+    "Nikon:LensFunc1ButtonPlaybackMode:37" "Nikon:LensFunc1ButtonPlaybackMode:38"
+    "Nikon:LensFunc1ButtonPlaybackMode:39" "Nikon:LensFunc1ButtonPlaybackMode:4"
+    "Nikon:LensFunc1ButtonPlaybackMode:40" "Nikon:LensFunc1ButtonPlaybackMode:41"
+    "Nikon:LensFunc1ButtonPlaybackMode:42" "Nikon:LensFunc1ButtonPlaybackMode:44"
+    "Nikon:LensFunc1ButtonPlaybackMode:45" "Nikon:LensFunc1ButtonPlaybackMode:46"
+    "Nikon:LensFunc1ButtonPlaybackMode:47" "Nikon:LensFunc1ButtonPlaybackMode:48"
+    "Nikon:LensFunc1ButtonPlaybackMode:49" "Nikon:LensFunc1ButtonPlaybackMode:5"
+    "Nikon:LensFunc1ButtonPlaybackMode:52" "Nikon:LensFunc1ButtonPlaybackMode:53"
+    "Nikon:LensFunc1ButtonPlaybackMode:57" "Nikon:LensFunc1ButtonPlaybackMode:58"
+    "Nikon:LensFunc1ButtonPlaybackMode:59" "Nikon:LensFunc1ButtonPlaybackMode:6"
+    "Nikon:LensFunc1ButtonPlaybackMode:60" "Nikon:LensFunc1ButtonPlaybackMode:61"
+    "Nikon:LensFunc1ButtonPlaybackMode:64" "Nikon:LensFunc1ButtonPlaybackMode:65"
+    "Nikon:LensFunc1ButtonPlaybackMode:66" "Nikon:LensFunc1ButtonPlaybackMode:7"
+    "Nikon:LensFunc1ButtonPlaybackMode:70" "Nikon:LensFunc1ButtonPlaybackMode:71"
+    "Nikon:LensFunc1ButtonPlaybackMode:73" "Nikon:LensFunc1ButtonPlaybackMode:76"
+    "Nikon:LensFunc1ButtonPlaybackMode:78" "Nikon:LensFunc1ButtonPlaybackMode:79"
+    "Nikon:LensFunc1ButtonPlaybackMode:8" "Nikon:LensFunc1ButtonPlaybackMode:80"
+    "Nikon:LensFunc1ButtonPlaybackMode:81" "Nikon:LensFunc1ButtonPlaybackMode:82"
+    "Nikon:LensFunc1ButtonPlaybackMode:83" "Nikon:LensFunc1ButtonPlaybackMode:84"
+    "Nikon:LensFunc1ButtonPlaybackMode:85" "Nikon:LensFunc1ButtonPlaybackMode:86"
+    "Nikon:LensFunc1ButtonPlaybackMode:87" "Nikon:LensFunc1ButtonPlaybackMode:88"
+    "Nikon:LensFunc1ButtonPlaybackMode:9" "Nikon:LensFunc1ButtonPlaybackMode:97"
+    "Nikon:LensFunc1ButtonPlaybackMode:98" "Nikon:LensFunc1ButtonPlaybackMode:99"
+    "Nikon:LensFunc2ButtonPlaybackMode" "Lens Func 2 Button Playback Mode"
+    "Nikon:LensFunc2ButtonPlaybackMode:0" "Nikon:LensFunc2ButtonPlaybackMode:1"
+    "Nikon:LensFunc2ButtonPlaybackMode:10" "Nikon:LensFunc2ButtonPlaybackMode:100"
+    "Nikon:LensFunc2ButtonPlaybackMode:101" "Nikon:LensFunc2ButtonPlaybackMode:103"
+    "Nikon:LensFunc2ButtonPlaybackMode:104" "Nikon:LensFunc2ButtonPlaybackMode:105"
+    "Nikon:LensFunc2ButtonPlaybackMode:106" "Nikon:LensFunc2ButtonPlaybackMode:108"
+    "Nikon:LensFunc2ButtonPlaybackMode:109" "Nikon:LensFunc2ButtonPlaybackMode:11"
+    "Nikon:LensFunc2ButtonPlaybackMode:110" "Nikon:LensFunc2ButtonPlaybackMode:111"
+    "Nikon:LensFunc2ButtonPlaybackMode:112" "Nikon:LensFunc2ButtonPlaybackMode:115"
+    "Nikon:LensFunc2ButtonPlaybackMode:12" "Nikon:LensFunc2ButtonPlaybackMode:18"
+    "Nikon:LensFunc2ButtonPlaybackMode:19" "Nikon:LensFunc2ButtonPlaybackMode:20"
+    "Nikon:LensFunc2ButtonPlaybackMode:21" "Nikon:LensFunc2ButtonPlaybackMode:22"
+    "Nikon:LensFunc2ButtonPlaybackMode:23" "Nikon:LensFunc2ButtonPlaybackMode:24"
+    "Nikon:LensFunc2ButtonPlaybackMode:25" "Nikon:LensFunc2ButtonPlaybackMode:26"
+    "Nikon:LensFunc2ButtonPlaybackMode:27" "Nikon:LensFunc2ButtonPlaybackMode:28"
+    "Nikon:LensFunc2ButtonPlaybackMode:3" "Nikon:LensFunc2ButtonPlaybackMode:30"
+    "Nikon:LensFunc2ButtonPlaybackMode:31" "Nikon:LensFunc2ButtonPlaybackMode:32"
+    "Nikon:LensFunc2ButtonPlaybackMode:33" "Nikon:LensFunc2ButtonPlaybackMode:34"
+    "Nikon:LensFunc2ButtonPlaybackMode:35" "Nikon:LensFunc2ButtonPlaybackMode:36"
+    "Nikon:LensFunc2ButtonPlaybackMode:37" "Nikon:LensFunc2ButtonPlaybackMode:38"
+    "Nikon:LensFunc2ButtonPlaybackMode:39" "Nikon:LensFunc2ButtonPlaybackMode:4"
+    "Nikon:LensFunc2ButtonPlaybackMode:40" "Nikon:LensFunc2ButtonPlaybackMode:41"
+    "Nikon:LensFunc2ButtonPlaybackMode:42" "Nikon:LensFunc2ButtonPlaybackMode:44"
+    "Nikon:LensFunc2ButtonPlaybackMode:45" "Nikon:LensFunc2ButtonPlaybackMode:46"
+    "Nikon:LensFunc2ButtonPlaybackMode:47" "Nikon:LensFunc2ButtonPlaybackMode:48"
+    "Nikon:LensFunc2ButtonPlaybackMode:49" "Nikon:LensFunc2ButtonPlaybackMode:5"
+    "Nikon:LensFunc2ButtonPlaybackMode:52" "Nikon:LensFunc2ButtonPlaybackMode:53"
+    "Nikon:LensFunc2ButtonPlaybackMode:57" "Nikon:LensFunc2ButtonPlaybackMode:58"
+    "Nikon:LensFunc2ButtonPlaybackMode:59" "Nikon:LensFunc2ButtonPlaybackMode:6"
+    "Nikon:LensFunc2ButtonPlaybackMode:60" "Nikon:LensFunc2ButtonPlaybackMode:61"
+    "Nikon:LensFunc2ButtonPlaybackMode:64" "Nikon:LensFunc2ButtonPlaybackMode:65"
+    "Nikon:LensFunc2ButtonPlaybackMode:66" "Nikon:LensFunc2ButtonPlaybackMode:7"
+    "Nikon:LensFunc2ButtonPlaybackMode:70" "Nikon:LensFunc2ButtonPlaybackMode:71"
+    "Nikon:LensFunc2ButtonPlaybackMode:73" "Nikon:LensFunc2ButtonPlaybackMode:76"
+    "Nikon:LensFunc2ButtonPlaybackMode:78" "Nikon:LensFunc2ButtonPlaybackMode:79"
+    "Nikon:LensFunc2ButtonPlaybackMode:8" "Nikon:LensFunc2ButtonPlaybackMode:80"
+    "Nikon:LensFunc2ButtonPlaybackMode:81" "Nikon:LensFunc2ButtonPlaybackMode:82"
+    "Nikon:LensFunc2ButtonPlaybackMode:83" "Nikon:LensFunc2ButtonPlaybackMode:84"
+    "Nikon:LensFunc2ButtonPlaybackMode:85" "Nikon:LensFunc2ButtonPlaybackMode:86"
+    "Nikon:LensFunc2ButtonPlaybackMode:87" "Nikon:LensFunc2ButtonPlaybackMode:88"
+    "Nikon:LensFunc2ButtonPlaybackMode:9" "Nikon:LensFunc2ButtonPlaybackMode:97"
+    "Nikon:LensFunc2ButtonPlaybackMode:98" "Nikon:LensFunc2ButtonPlaybackMode:99" "Nikon:LensID"
+    "Lens ID" "Nikon:LensID:1" "Nikkor Z 24-70mm f/4 S" "Nikon:LensID:11"
+    "Nikkor Z DX 16-50mm f/3.5-6.3 VR" "Nikon:LensID:12" "Nikkor Z DX 50-250mm f/4.5-6.3 VR"
+    "Nikon:LensID:13" "Nikkor Z 24-70mm f/2.8 S" "Nikon:LensID:14" "Nikkor Z 85mm f/1.8 S"
+    "Nikon:LensID:15" "Nikkor Z 24mm f/1.8 S" "Nikon:LensID:16" "Nikkor Z 70-200mm f/2.8 VR S"
+    "Nikon:LensID:17" "Nikkor Z 20mm f/1.8 S" "Nikon:LensID:18" "Nikkor Z 24-200mm f/4-6.3 VR"
+    "Nikon:LensID:2" "Nikkor Z 14-30mm f/4 S" "Nikon:LensID:21" "Nikkor Z 50mm f/1.2 S"
+    "Nikon:LensID:22" "Nikkor Z 24-50mm f/4-6.3" "Nikon:LensID:23" "Nikkor Z 14-24mm f/2.8 S"
+    "Nikon:LensID:24" "Nikkor Z MC 105mm f/2.8 VR S" "Nikon:LensID:25" "Nikkor Z 40mm f/2"
+    "Nikon:LensID:26" "Nikkor Z DX 18-140mm f/3.5-6.3 VR" "Nikon:LensID:27" "Nikkor Z MC 50mm f/2.8"
+    "Nikon:LensID:28" "Nikkor Z 100-400mm f/4.5-5.6 VR S" "Nikon:LensID:29" "Nikkor Z 28mm f/2.8"
+    "Nikon:LensID:30" "Nikkor Z 400mm f/2.8 TC VR S" "Nikon:LensID:31" "Nikkor Z 24-120 f/4"
+    "Nikon:LensID:32" "Nikkor Z 800mm f/6.3 VR S" "Nikon:LensID:32768"
+    "Nikkor Z 400mm f/2.8 TC VR S TC-1.4x" "Nikon:LensID:32769" "Nikkor Z 600mm f/4 TC VR S TC-1.4x"
+    "Nikon:LensID:35" "Nikkor Z 28-75mm f/2.8" "Nikon:LensID:36" "Nikkor Z 400mm f/4.5 VR S"
+    "Nikon:LensID:37" "Nikkor Z 600mm f/4 TC VR S" "Nikon:LensID:38" "Nikkor Z 85mm f/1.2 S"
+    "Nikon:LensID:39" "Nikkor Z 17-28mm f/2.8" "Nikon:LensID:4" "Nikkor Z 35mm f/1.8 S"
+    "Nikon:LensID:40" "NIKKOR Z 26mm f/2.8" "Nikon:LensID:41" "NIKKOR Z DX 12-28mm f/3.5-5.6 PZ VR"
+    "Nikon:LensID:42" "Nikkor Z 180-600mm f/5.6-6.3 VR" "Nikon:LensID:43" "NIKKOR Z DX 24mm f/1.7"
+    "Nikon:LensID:44" "NIKKOR Z 70-180mm f/2.8" "Nikon:LensID:45" "NIKKOR Z 600mm f/6.3 VR S"
+    "Nikon:LensID:46" "Nikkor Z 135mm f/1.8 S Plena" "Nikon:LensID:8" "Nikkor Z 58mm f/0.95 S Noct"
+    "Nikon:LensID:9" "Nikkor Z 50mm f/1.8 S" "Nikon:LensIDNumber" "Lens ID Number" "Nikon:LensInfo"
+    "Lens Info" "Nikon:LensMake" "Lens Make" "Nikon:LensModel" "Lens Model" "Nikon:LensMountType"
+    "Lens Mount Type" "Nikon:LensMountType:0" "F-mount Lens" "Nikon:LensMountType:1" "Z-mount Lens"
+    "Nikon:LensPositionAbsolute" "Lens Position Absolute" "Nikon:LensSerialNumber"
+    "Lens Serial Number" "Nikon:LensType" "Lens Type" "Nikon:LightSource" "Light Source"
+    "Nikon:Location" "Nikon:LocationInfoVersion" "Location Info Version" "Nikon:MCUVersion"
+    "MCU Version" "Nikon:Make" "Nikon:MakerNoteType" "Maker Note Type" "Nikon:MakerNoteVersion"
+    "Maker Note Version" "Nikon:MakerNotes0x51" "Maker Notes 0x 51" "Nikon:MakerNotes0x56"
+    "Maker Notes 0x 56" "Nikon:ManualFocusDistance" "Manual Focus Distance" "Nikon:MaxAperture"
+    "Max Aperture" "Nikon:MaxApertureAtMaxFocal" "Max Aperture At Max Focal"
+    "Nikon:MaxApertureAtMinFocal" "Max Aperture At Min Focal" "Nikon:MaxApertureValue"
+    "Max Aperture Value" "Nikon:MaxFocalLength" "Max Focal Length" "Nikon:MechanicalShutterCount"
+    "Mechanical Shutter Count" "Nikon:MemoryCardNumber" "Memory Card Number" "Nikon:MeteringMode"
+    "Metering Mode" "Nikon:MeteringMode:0" "Unknown" "Nikon:MeteringMode:1" "Average"
+    "Nikon:MeteringMode:2" "Center-weighted average" "Nikon:MeteringMode:255" "Other"
+    "Nikon:MeteringMode:3" "Spot" "Nikon:MeteringMode:4" "Multi-spot" "Nikon:MeteringMode:5"
+    "Multi-segment" "Nikon:MeteringMode:6" "Partial" "Nikon:MicrophoneAttenuator"
+    "Microphone Attenuator" "Nikon:MicrophoneAttenuator:0" "Nikon:MicrophoneAttenuator:1"
+    "Nikon:MicrophoneFrequencyResponse" "Microphone Frequency Response"
+    "Nikon:MicrophoneFrequencyResponse:0" "Wide Range" "Nikon:MicrophoneFrequencyResponse:1"
+    "Vocal Range" "Nikon:MicrophoneJackPower" "Microphone Jack Power" "Nikon:MicrophoneJackPower:0"
+    "Nikon:MicrophoneJackPower:1" "Nikon:MicrophoneSensitivity" "Nikon:MidRangeSharpness"
+    "Mid Range Sharpness" "Nikon:MinFocalLength" "Min Focal Length" "Nikon:Model"
+    "Camera Model Name |\302\240Model" "Nikon:MonitorBrightness" "Monitor Brightness"
+    "Nikon:MonitorBrightness:0" "Nikon:MonitorBrightness:1" "Nikon:MonitorBrightness:10"
+    "Nikon:MonitorBrightness:14" "Hi1" "Nikon:MonitorBrightness:15" "Hi2"
+    "Nikon:MonitorBrightness:16" "Lo2" "Nikon:MonitorBrightness:17" "Lo1"
+    "Nikon:MonitorBrightness:2" "Nikon:MonitorBrightness:3" "Nikon:MonitorBrightness:4"
+    "Nikon:MonitorBrightness:5" "Nikon:MonitorBrightness:6" "Nikon:MonitorBrightness:7"
+    "Nikon:MonitorBrightness:8" "Nikon:MonitorBrightness:9" "Nikon:MovieAFAreaMode"
+    "Movie AF Area Mode" "Nikon:MovieAFAreaMode:0" "Nikon:MovieAFAreaMode:1"
+    "Nikon:MovieAFAreaMode:11" "Subject Tracking" "Nikon:MovieAFAreaMode:12" "Wide (C1)"
+    "Nikon:MovieAFAreaMode:13" "Wide (C2)" "Nikon:MovieAFAreaMode:2" "Nikon:MovieAFAreaMode:3"
+    "Nikon:MovieAFAreaMode:4" "Nikon:MovieAFAreaMode:5" "3D" "Nikon:MovieAFAreaMode:6"
+    "Nikon:MovieActiveD-Lighting" "Movie Active D-Lighting" "Nikon:MovieActiveD-Lighting:0"
+    "Nikon:MovieActiveD-Lighting:2" "Nikon:MovieActiveD-Lighting:3" "Nikon:MovieActiveD-Lighting:4"
+    "Nikon:MovieActiveD-Lighting:5" "Nikon:MovieAutoDistortionControl"
+    "Movie Auto Distortion Control" "Nikon:MovieAutoDistortionControl:0"
+    "Nikon:MovieAutoDistortionControl:1" "Nikon:MovieDXCropAlert" "Movie DX Crop Alert"
+    "Nikon:MovieDXCropAlert:0" "Nikon:MovieDXCropAlert:1" "Nikon:MovieDiffractionCompensation"
+    "Movie Diffraction Compensation" "Nikon:MovieDiffractionCompensation:0"
+    "Nikon:MovieDiffractionCompensation:1" "Nikon:MovieElectronicVR" "Movie Electronic VR"
+    "Nikon:MovieElectronicVR:0" "Nikon:MovieElectronicVR:1" "Nikon:MovieFlickerReduction"
+    "Movie Flicker Reduction" "Nikon:MovieFlickerReduction:0" "Nikon:MovieFlickerReduction:1" "50Hz"
+    "Nikon:MovieFlickerReduction:2" "60Hz" "Nikon:MovieFocusMode" "Movie Focus Mode"
+    "Nikon:MovieFocusMode:0" "Nikon:MovieFocusMode:1" "AF-S" "Nikon:MovieFocusMode:2" "AF-C"
+    "Nikon:MovieFocusMode:4" "AF-F" "Nikon:MovieFrameRate" "Movie Frame Rate"
+    "Nikon:MovieFrameRate:0" "120p" "Nikon:MovieFrameRate:1" "100p" "Nikon:MovieFrameRate:2" "60p"
+    "Nikon:MovieFrameRate:3" "50p" "Nikon:MovieFrameRate:4" "30p" "Nikon:MovieFrameRate:5" "25p"
+    "Nikon:MovieFrameRate:6" "24p" "Nikon:MovieFrameSize" "Movie Frame Size"
+    "Nikon:MovieFrameSize:1" "1920x1080" "Nikon:MovieFrameSize:2" "3840x2160"
+    "Nikon:MovieFrameSize:3" "7680x4320" "Nikon:MovieHighISONoiseReduction"
+    "Movie High ISO Noise Reduction" "Nikon:MovieHighISONoiseReduction:0"
+    "Nikon:MovieHighISONoiseReduction:1" "Nikon:MovieHighISONoiseReduction:2"
+    "Nikon:MovieHighISONoiseReduction:3" "Nikon:MovieHighResZoom" "Movie High Res Zoom"
+    "Nikon:MovieHighResZoom:0" "Nikon:MovieHighResZoom:1" "Nikon:MovieISOAutoControlManualMode"
+    "Movie ISO Auto Control Manual Mode" "Nikon:MovieISOAutoControlManualMode:0"
+    "Nikon:MovieISOAutoControlManualMode:1" "Nikon:MovieISOAutoHiLimit" "Movie ISO Auto Hi Limit"
+    "Nikon:MovieISOAutoHiLimit:0" "Nikon:MovieISOAutoHiLimit:1" "Nikon:MovieISOAutoHiLimit:10"
+    "Nikon:MovieISOAutoHiLimit:11" "Nikon:MovieISOAutoHiLimit:12" "Nikon:MovieISOAutoHiLimit:13"
+    "Nikon:MovieISOAutoHiLimit:14" "Nikon:MovieISOAutoHiLimit:15" "Nikon:MovieISOAutoHiLimit:16"
+    "Nikon:MovieISOAutoHiLimit:17" "Nikon:MovieISOAutoHiLimit:18" "Nikon:MovieISOAutoHiLimit:19"
+    "Nikon:MovieISOAutoHiLimit:2" "Nikon:MovieISOAutoHiLimit:20" "Nikon:MovieISOAutoHiLimit:21"
+    "Nikon:MovieISOAutoHiLimit:22" "Nikon:MovieISOAutoHiLimit:23" "Nikon:MovieISOAutoHiLimit:24"
+    "Nikon:MovieISOAutoHiLimit:25" "Nikon:MovieISOAutoHiLimit:26" "Nikon:MovieISOAutoHiLimit:27"
+    "Nikon:MovieISOAutoHiLimit:28" "Nikon:MovieISOAutoHiLimit:29" "Nikon:MovieISOAutoHiLimit:3"
+    "Nikon:MovieISOAutoHiLimit:32" "Nikon:MovieISOAutoHiLimit:4" "Nikon:MovieISOAutoHiLimit:5"
+    "Nikon:MovieISOAutoHiLimit:6" "Nikon:MovieISOAutoHiLimit:7" "Nikon:MovieISOAutoHiLimit:8"
+    "Nikon:MovieISOAutoHiLimit:9" "Nikon:MovieISOAutoManualMode" "Movie ISO Auto Manual Mode"
+    "Nikon:MovieISOAutoManualMode:0" "Nikon:MovieISOAutoManualMode:1"
+    "Nikon:MovieISOAutoManualMode:10" "Nikon:MovieISOAutoManualMode:11"
+    "Nikon:MovieISOAutoManualMode:12" "Nikon:MovieISOAutoManualMode:13"
+    "Nikon:MovieISOAutoManualMode:14" "Nikon:MovieISOAutoManualMode:15"
+    "Nikon:MovieISOAutoManualMode:16" "Nikon:MovieISOAutoManualMode:17"
+    "Nikon:MovieISOAutoManualMode:18" "Nikon:MovieISOAutoManualMode:19"
+    "Nikon:MovieISOAutoManualMode:2" "Nikon:MovieISOAutoManualMode:20"
+    "Nikon:MovieISOAutoManualMode:21" "Nikon:MovieISOAutoManualMode:22"
+    "Nikon:MovieISOAutoManualMode:23" "Nikon:MovieISOAutoManualMode:24"
+    "Nikon:MovieISOAutoManualMode:25" "Nikon:MovieISOAutoManualMode:26"
+    "Nikon:MovieISOAutoManualMode:27" "Nikon:MovieISOAutoManualMode:28"
+    "Nikon:MovieISOAutoManualMode:29" "Nikon:MovieISOAutoManualMode:3"
+    "Nikon:MovieISOAutoManualMode:32" "Nikon:MovieISOAutoManualMode:4"
+    "Nikon:MovieISOAutoManualMode:5" "Nikon:MovieISOAutoManualMode:6"
+    "Nikon:MovieISOAutoManualMode:7" "Nikon:MovieISOAutoManualMode:8"
+    "Nikon:MovieISOAutoManualMode:9" "Nikon:MovieImageArea" "Movie Image Area"
+    "Nikon:MovieImageArea:0" "FX" "Nikon:MovieImageArea:1" "DX" "Nikon:MovieMeteringMode"
+    "Movie Metering Mode" "Nikon:MovieMeteringMode:0" "Matrix" "Nikon:MovieMeteringMode:1"
+    "Nikon:MovieMeteringMode:2" "Nikon:MovieMeteringMode:3" "Highlight" "Nikon:MovieSlowMotion"
+    "Movie Slow Motion" "Nikon:MovieSlowMotion:0" "Nikon:MovieSlowMotion:1" "On (4x)"
+    "Nikon:MovieSlowMotion:2" "On (5x)" "Nikon:MovieSoundRecording" "Movie Sound Recording"
+    "Nikon:MovieSoundRecording:0" "Nikon:MovieSoundRecording:1" "Nikon:MovieSoundRecording:2"
+    "Nikon:MovieSubjectDetection" "Movie Subject Detection" "Nikon:MovieSubjectDetection:0"
+    "Nikon:MovieSubjectDetection:1" "Nikon:MovieSubjectDetection:2" "Nikon:MovieSubjectDetection:3"
+    "Nikon:MovieSubjectDetection:4" "Vehicles" "Nikon:MovieSubjectDetection:5" "Birds"
+    "Nikon:MovieSubjectDetection:6" "Airplanes" "Nikon:MovieToneMap" "Movie Tone Map"
+    "Nikon:MovieToneMap:0" "SDR" "Nikon:MovieToneMap:1" "HLG" "Nikon:MovieToneMap:2" "N-Log"
+    "Nikon:MovieType" "Movie Type" "Nikon:MovieType:0" "MOV" "Nikon:MovieType:1"
+    "H.265 8-bit (MP4) |\302\240MP4" "Nikon:MovieType:2" "H.265 8-bit (MOV)" "Nikon:MovieType:3"
+    "H.265 10-bit (MOV)" "Nikon:MovieType:4" "ProRes 422 HQ 10-bit (MOV)" "Nikon:MovieType:5"
+    "ProRes RAW HQ 12-bit (MOV)" "Nikon:MovieType:6" "NRAW 12-bit (NEV)" "Nikon:MovieVRMode"
+    "Movie VR Mode" "Nikon:MovieVRMode:0" "Nikon:MovieVRMode:1" "Nikon:MovieVRMode:2" "Sport"
+    "Nikon:MovieVibrationReduction" "Movie Vibration Reduction" "Nikon:MovieVibrationReduction:0"
+    "Nikon:MovieVibrationReduction:1" "On (Normal)" "Nikon:MovieVibrationReduction:2" "On (Sport)"
+    "Nikon:MovieVibrationReductionSameAsPhoto" "Movie Vibration Reduction Same As Photo"
+    "Nikon:MovieVibrationReductionSameAsPhoto:0" "Nikon:MovieVibrationReductionSameAsPhoto:1"
+    "Nikon:MovieVignetteControl" "Movie Vignette Control" "Nikon:MovieVignetteControl:0"
+    "Nikon:MovieVignetteControl:1" "Nikon:MovieVignetteControl:2" "Nikon:MovieVignetteControl:3"
+    "Nikon:MovieVignetteControlSameAsPhoto" "Movie Vignette Control Same As Photo"
+    "Nikon:MovieVignetteControlSameAsPhoto:0" "Nikon:MovieVignetteControlSameAsPhoto:1"
+    "Nikon:MultiExposureAutoGain" "Multi Exposure Auto Gain" "Nikon:MultiExposureAutoGain:0"
+    "Nikon:MultiExposureAutoGain:1" "Nikon:MultiExposureMode" "Multi Exposure Mode"
+    "Nikon:MultiExposureMode:0" "Nikon:MultiExposureMode:1" "Nikon:MultiExposureMode:2"
+    "Image Overlay" "Nikon:MultiExposureMode:3" "Nikon:MultiExposureOverlayMode"
+    "Multi Exposure Overlay Mode" "Nikon:MultiExposureOverlayMode:0" "Add"
+    "Nikon:MultiExposureOverlayMode:1" "Nikon:MultiExposureOverlayMode:2" "Light"
+    "Nikon:MultiExposureOverlayMode:3" "Dark" "Nikon:MultiExposureShots" "Multi Exposure Shots"
+    "Nikon:MultiExposureVersion" "Multi Exposure Version" "Nikon:MultipleExposureMode"
+    "Multiple Exposure Mode" "Nikon:MultipleExposureMode:0" "Nikon:MultipleExposureMode:1"
+    "Nikon:MultipleExposureMode:2" "Nikon:NEFBitDepth" "NEF Bit Depth" "Nikon:NEFBitDepth:0 0 0 0"
+    "n/a (JPEG)" "Nikon:NEFBitDepth:12 0 0 0" "Nikon:NEFBitDepth:14 0 0 0"
+    "Nikon:NEFBitDepth:16 16 16 0" "16 x 3" "Nikon:NEFBitDepth:8 8 8 0" "8 x 3"
+    "Nikon:NEFCompression" "NEF Compression" "Nikon:NEFCompression:1" "Lossy (type 1)"
+    "Nikon:NEFCompression:10" "Packed 14 bits" "Nikon:NEFCompression:13" "High Efficiency"
+    "Nikon:NEFCompression:14" "High Efficiency*" "Nikon:NEFCompression:2" "Uncompressed"
+    "Nikon:NEFCompression:3" "Lossless" "Nikon:NEFCompression:4" "Lossy (type 2)"
+    "Nikon:NEFCompression:5" "Striped packed 12 bits" "Nikon:NEFCompression:6"
+    "Uncompressed (reduced to 12 bit)" "Nikon:NEFCompression:7" "Unpacked 12 bits"
+    "Nikon:NEFCompression:8" "Nikon:NEFCompression:9" "Packed 12 bits" "Nikon:NEFLinearizationTable"
+    "NEF Linearization Table" "Nikon:NewLensData" "New Lens Data" "Nikon:NikonCaptureData"
+    "Nikon Capture Data" "Nikon:NikonCaptureEditVersions" "Nikon Capture Edit Versions"
+    "Nikon:NikonCaptureOffsets" "Nikon Capture Offsets" "Nikon:NikonCaptureOutput"
+    "Nikon Capture Output" "Nikon:NikonCaptureVersion" "Nikon Capture Version" "Nikon:NikonDateTime"
+    "Nikon Date Time" "Nikon:NikonImageSize" "Nikon Image Size" "Nikon:NikonImageSize:0"
+    "Large |\302\240Large (10.0 M)" "Nikon:NikonImageSize:1" "Medium |\302\240Medium (5.6 M)"
+    "Nikon:NikonImageSize:2" "Small |\302\240Small (2.5 M)" "Nikon:NikonMeteringMode"
+    "Nikon Metering Mode" "Nikon:NikonMeteringMode:0" "Nikon:NikonMeteringMode:1"
+    "Nikon:NikonMeteringMode:2" "Nikon:NikonMeteringMode:3" "Nikon:NikonSettings" "Nikon Settings"
+    "Nikon:Nikon_AVITags_0x000d" "Nikon AVI Tags 0x000d" "Nikon:Nikon_AVITags_0x000e"
+    "Nikon AVI Tags 0x000e" "Nikon:Nikon_AVITags_0x0015" "Nikon AVI Tags 0x0015"
+    "Nikon:Nikon_AVITags_0x0017" "Nikon AVI Tags 0x0017" "Nikon:Nikon_AVITags_0x0019"
+    "Nikon AVI Tags 0x0019" "Nikon:Nikon_AVITags_0x001c" "Nikon AVI Tags 0x001c"
+    "Nikon:Nikon_AVITags_0x801a" "Nikon AVI Tags 0x801a" "Nikon:NoiseReduction" "Noise Reduction"
+    "Nikon:NonCPULens10FocalLength" "Non CPU Lens 10 Focal Length" "Nikon:NonCPULens10MaxAperture"
+    "Non CPU Lens 10 Max Aperture" "Nikon:NonCPULens10MaxAperture:104" "f/4.5"
+    "Nikon:NonCPULens10MaxAperture:112" "f/5.0" "Nikon:NonCPULens10MaxAperture:12" "f/1.2"
+    "Nikon:NonCPULens10MaxAperture:120" "f/5.6" "Nikon:NonCPULens10MaxAperture:128" "f/6.3"
+    "Nikon:NonCPULens10MaxAperture:136" "f/7.1" "Nikon:NonCPULens10MaxAperture:144" "f/8"
+    "Nikon:NonCPULens10MaxAperture:156" "f/9.5" "Nikon:NonCPULens10MaxAperture:168" "f/11"
+    "Nikon:NonCPULens10MaxAperture:180" "f/13" "Nikon:NonCPULens10MaxAperture:188" "f/15"
+    "Nikon:NonCPULens10MaxAperture:192" "f/16" "Nikon:NonCPULens10MaxAperture:204" "f/19"
+    "Nikon:NonCPULens10MaxAperture:216" "f/22" "Nikon:NonCPULens10MaxAperture:24" "f/1.4"
+    "Nikon:NonCPULens10MaxAperture:313" "N/A" "Nikon:NonCPULens10MaxAperture:40" "f/1.8"
+    "Nikon:NonCPULens10MaxAperture:48" "f/2.0" "Nikon:NonCPULens10MaxAperture:64" "f/2.5"
+    "Nikon:NonCPULens10MaxAperture:72" "f/2.8" "Nikon:NonCPULens10MaxAperture:84" "f/3.3"
+    "Nikon:NonCPULens10MaxAperture:88" "f/3.5" "Nikon:NonCPULens10MaxAperture:96" "f/4.0"
+    "Nikon:NonCPULens11FocalLength" "Non CPU Lens 11 Focal Length" "Nikon:NonCPULens11MaxAperture"
+    "Non CPU Lens 11 Max Aperture" "Nikon:NonCPULens11MaxAperture:104"
+    "Nikon:NonCPULens11MaxAperture:112" "Nikon:NonCPULens11MaxAperture:12"
+    "Nikon:NonCPULens11MaxAperture:120" "Nikon:NonCPULens11MaxAperture:128"
+    "Nikon:NonCPULens11MaxAperture:136" "Nikon:NonCPULens11MaxAperture:144"
+    "Nikon:NonCPULens11MaxAperture:156" "Nikon:NonCPULens11MaxAperture:168"
+    "Nikon:NonCPULens11MaxAperture:180" "Nikon:NonCPULens11MaxAperture:188"
+    "Nikon:NonCPULens11MaxAperture:192" "Nikon:NonCPULens11MaxAperture:204"
+    "Nikon:NonCPULens11MaxAperture:216" "Nikon:NonCPULens11MaxAperture:24"
+    "Nikon:NonCPULens11MaxAperture:313" "Nikon:NonCPULens11MaxAperture:40"
+    "Nikon:NonCPULens11MaxAperture:48" "Nikon:NonCPULens11MaxAperture:64"
+    "Nikon:NonCPULens11MaxAperture:72" "Nikon:NonCPULens11MaxAperture:84"
+    "Nikon:NonCPULens11MaxAperture:88" "Nikon:NonCPULens11MaxAperture:96"
+    "Nikon:NonCPULens12FocalLength" "Non CPU Lens 12 Focal Length" "Nikon:NonCPULens12MaxAperture"
+    "Non CPU Lens 12 Max Aperture" "Nikon:NonCPULens12MaxAperture:104"
+    "Nikon:NonCPULens12MaxAperture:112" "Nikon:NonCPULens12MaxAperture:12"
+    "Nikon:NonCPULens12MaxAperture:120" "Nikon:NonCPULens12MaxAperture:128"
+    "Nikon:NonCPULens12MaxAperture:136" "Nikon:NonCPULens12MaxAperture:144"
+    "Nikon:NonCPULens12MaxAperture:156" "Nikon:NonCPULens12MaxAperture:168"
+    "Nikon:NonCPULens12MaxAperture:180" "Nikon:NonCPULens12MaxAperture:188"
+    "Nikon:NonCPULens12MaxAperture:192" "Nikon:NonCPULens12MaxAperture:204"
+    "Nikon:NonCPULens12MaxAperture:216" "Nikon:NonCPULens12MaxAperture:24"
+    "Nikon:NonCPULens12MaxAperture:313" "Nikon:NonCPULens12MaxAperture:40"
+    "Nikon:NonCPULens12MaxAperture:48" "Nikon:NonCPULens12MaxAperture:64"
+    "Nikon:NonCPULens12MaxAperture:72" "Nikon:NonCPULens12MaxAperture:84"
+    "Nikon:NonCPULens12MaxAperture:88" "Nikon:NonCPULens12MaxAperture:96"
+    "Nikon:NonCPULens13FocalLength" "Non CPU Lens 13 Focal Length" "Nikon:NonCPULens13MaxAperture"
+    "Non CPU Lens 13 Max Aperture" "Nikon:NonCPULens13MaxAperture:104"
+    "Nikon:NonCPULens13MaxAperture:112" "Nikon:NonCPULens13MaxAperture:12"
+    "Nikon:NonCPULens13MaxAperture:120" "Nikon:NonCPULens13MaxAperture:128"
+    "Nikon:NonCPULens13MaxAperture:136" "Nikon:NonCPULens13MaxAperture:144"
+    "Nikon:NonCPULens13MaxAperture:156" "Nikon:NonCPULens13MaxAperture:168"
+    "Nikon:NonCPULens13MaxAperture:180" "Nikon:NonCPULens13MaxAperture:188"
+    "Nikon:NonCPULens13MaxAperture:192" "Nikon:NonCPULens13MaxAperture:204"
+    "Nikon:NonCPULens13MaxAperture:216" "Nikon:NonCPULens13MaxAperture:24"
+    "Nikon:NonCPULens13MaxAperture:313" "Nikon:NonCPULens13MaxAperture:40"
+    "Nikon:NonCPULens13MaxAperture:48" "Nikon:NonCPULens13MaxAperture:64"
+    "Nikon:NonCPULens13MaxAperture:72" "Nikon:NonCPULens13MaxAperture:84"
+    "Nikon:NonCPULens13MaxAperture:88" "Nikon:NonCPULens13MaxAperture:96"
+    "Nikon:NonCPULens14FocalLength" "Non CPU Lens 14 Focal Length" "Nikon:NonCPULens14MaxAperture"
+    "Non CPU Lens 14 Max Aperture" "Nikon:NonCPULens14MaxAperture:104"
+    "Nikon:NonCPULens14MaxAperture:112" "Nikon:NonCPULens14MaxAperture:12"
+    "Nikon:NonCPULens14MaxAperture:120" "Nikon:NonCPULens14MaxAperture:128"
+    "Nikon:NonCPULens14MaxAperture:136" "Nikon:NonCPULens14MaxAperture:144"
+    "Nikon:NonCPULens14MaxAperture:156" "Nikon:NonCPULens14MaxAperture:168"
+    "Nikon:NonCPULens14MaxAperture:180" "Nikon:NonCPULens14MaxAperture:188"
+    "Nikon:NonCPULens14MaxAperture:192" "Nikon:NonCPULens14MaxAperture:204"
+    "Nikon:NonCPULens14MaxAperture:216" "Nikon:NonCPULens14MaxAperture:24"
+    "Nikon:NonCPULens14MaxAperture:313" "Nikon:NonCPULens14MaxAperture:40"
+    "Nikon:NonCPULens14MaxAperture:48" "Nikon:NonCPULens14MaxAperture:64"
+    "Nikon:NonCPULens14MaxAperture:72" "Nikon:NonCPULens14MaxAperture:84"
+    "Nikon:NonCPULens14MaxAperture:88" "Nikon:NonCPULens14MaxAperture:96"
+    "Nikon:NonCPULens15FocalLength" "Non CPU Lens 15 Focal Length" "Nikon:NonCPULens15MaxAperture"
+    "Non CPU Lens 15 Max Aperture" "Nikon:NonCPULens15MaxAperture:104"
+    "Nikon:NonCPULens15MaxAperture:112" "Nikon:NonCPULens15MaxAperture:12"
+    "Nikon:NonCPULens15MaxAperture:120" "Nikon:NonCPULens15MaxAperture:128"
+    "Nikon:NonCPULens15MaxAperture:136" "Nikon:NonCPULens15MaxAperture:144"
+    "Nikon:NonCPULens15MaxAperture:156" "Nikon:NonCPULens15MaxAperture:168"
+    "Nikon:NonCPULens15MaxAperture:180" "Nikon:NonCPULens15MaxAperture:188"
+    "Nikon:NonCPULens15MaxAperture:192" "Nikon:NonCPULens15MaxAperture:204"
+    "Nikon:NonCPULens15MaxAperture:216" "Nikon:NonCPULens15MaxAperture:24"
+    "Nikon:NonCPULens15MaxAperture:313" "Nikon:NonCPULens15MaxAperture:40"
+    "Nikon:NonCPULens15MaxAperture:48" "Nikon:NonCPULens15MaxAperture:64"
+    "Nikon:NonCPULens15MaxAperture:72" "Nikon:NonCPULens15MaxAperture:84"
+    "Nikon:NonCPULens15MaxAperture:88" "Nikon:NonCPULens15MaxAperture:96"
+    "Nikon:NonCPULens16FocalLength" "Non CPU Lens 16 Focal Length" "Nikon:NonCPULens16MaxAperture"
+    "Non CPU Lens 16 Max Aperture" "Nikon:NonCPULens16MaxAperture:104"
+    "Nikon:NonCPULens16MaxAperture:112" "Nikon:NonCPULens16MaxAperture:12"
+    "Nikon:NonCPULens16MaxAperture:120" "Nikon:NonCPULens16MaxAperture:128"
+    "Nikon:NonCPULens16MaxAperture:136" "Nikon:NonCPULens16MaxAperture:144"
+    "Nikon:NonCPULens16MaxAperture:156" "Nikon:NonCPULens16MaxAperture:168"
+    "Nikon:NonCPULens16MaxAperture:180" "Nikon:NonCPULens16MaxAperture:188"
+    "Nikon:NonCPULens16MaxAperture:192" "Nikon:NonCPULens16MaxAperture:204"
+    "Nikon:NonCPULens16MaxAperture:216" "Nikon:NonCPULens16MaxAperture:24"
+    "Nikon:NonCPULens16MaxAperture:313" "Nikon:NonCPULens16MaxAperture:40"
+    "Nikon:NonCPULens16MaxAperture:48" "Nikon:NonCPULens16MaxAperture:64"
+    "Nikon:NonCPULens16MaxAperture:72" "Nikon:NonCPULens16MaxAperture:84"
+    "Nikon:NonCPULens16MaxAperture:88" "Nikon:NonCPULens16MaxAperture:96"
+    "Nikon:NonCPULens17FocalLength" "Non CPU Lens 17 Focal Length" "Nikon:NonCPULens17MaxAperture"
+    "Non CPU Lens 17 Max Aperture" "Nikon:NonCPULens17MaxAperture:104"
+    "Nikon:NonCPULens17MaxAperture:112" "Nikon:NonCPULens17MaxAperture:12"
+    "Nikon:NonCPULens17MaxAperture:120" "Nikon:NonCPULens17MaxAperture:128"
+    "Nikon:NonCPULens17MaxAperture:136" "Nikon:NonCPULens17MaxAperture:144"
+    "Nikon:NonCPULens17MaxAperture:156" "Nikon:NonCPULens17MaxAperture:168"
+    "Nikon:NonCPULens17MaxAperture:180" "Nikon:NonCPULens17MaxAperture:188"
+    "Nikon:NonCPULens17MaxAperture:192" "Nikon:NonCPULens17MaxAperture:204"
+    "Nikon:NonCPULens17MaxAperture:216" "Nikon:NonCPULens17MaxAperture:24"
+    "Nikon:NonCPULens17MaxAperture:313" "Nikon:NonCPULens17MaxAperture:40"
+    "Nikon:NonCPULens17MaxAperture:48" "Nikon:NonCPULens17MaxAperture:64"
+    "Nikon:NonCPULens17MaxAperture:72" "Nikon:NonCPULens17MaxAperture:84"
+    "Nikon:NonCPULens17MaxAperture:88" "Nikon:NonCPULens17MaxAperture:96"
+    "Nikon:NonCPULens18FocalLength" "Non CPU Lens 18 Focal Length" "Nikon:NonCPULens18MaxAperture"
+    "Non CPU Lens 18 Max Aperture" "Nikon:NonCPULens18MaxAperture:104"
+    "Nikon:NonCPULens18MaxAperture:112" "Nikon:NonCPULens18MaxAperture:12"
+    "Nikon:NonCPULens18MaxAperture:120" "Nikon:NonCPULens18MaxAperture:128"
+    "Nikon:NonCPULens18MaxAperture:136" "Nikon:NonCPULens18MaxAperture:144"
+    "Nikon:NonCPULens18MaxAperture:156" "Nikon:NonCPULens18MaxAperture:168"
+    "Nikon:NonCPULens18MaxAperture:180" "Nikon:NonCPULens18MaxAperture:188"
+    "Nikon:NonCPULens18MaxAperture:192" "Nikon:NonCPULens18MaxAperture:204"
+    "Nikon:NonCPULens18MaxAperture:216" "Nikon:NonCPULens18MaxAperture:24"
+    "Nikon:NonCPULens18MaxAperture:313" "Nikon:NonCPULens18MaxAperture:40"
+    "Nikon:NonCPULens18MaxAperture:48" "Nikon:NonCPULens18MaxAperture:64"
+    "Nikon:NonCPULens18MaxAperture:72" "Nikon:NonCPULens18MaxAperture:84"
+    "Nikon:NonCPULens18MaxAperture:88" "Nikon:NonCPULens18MaxAperture:96"
+    "Nikon:NonCPULens19FocalLength" "Non CPU Lens 19 Focal Length" "Nikon:NonCPULens19MaxAperture"
+    "Non CPU Lens 19 Max Aperture" "Nikon:NonCPULens19MaxAperture:104"
+    "Nikon:NonCPULens19MaxAperture:112" "Nikon:NonCPULens19MaxAperture:12"
+    "Nikon:NonCPULens19MaxAperture:120" "Nikon:NonCPULens19MaxAperture:128"
+    "Nikon:NonCPULens19MaxAperture:136" "Nikon:NonCPULens19MaxAperture:144"
+    "Nikon:NonCPULens19MaxAperture:156" "Nikon:NonCPULens19MaxAperture:168"
+    "Nikon:NonCPULens19MaxAperture:180" "Nikon:NonCPULens19MaxAperture:188"
+    "Nikon:NonCPULens19MaxAperture:192" "Nikon:NonCPULens19MaxAperture:204"
+    "Nikon:NonCPULens19MaxAperture:216" "Nikon:NonCPULens19MaxAperture:24"
+    "Nikon:NonCPULens19MaxAperture:313" "Nikon:NonCPULens19MaxAperture:40"
+    "Nikon:NonCPULens19MaxAperture:48" "Nikon:NonCPULens19MaxAperture:64"
+    "Nikon:NonCPULens19MaxAperture:72" "Nikon:NonCPULens19MaxAperture:84"
+    "Nikon:NonCPULens19MaxAperture:88" "Nikon:NonCPULens19MaxAperture:96"
+    "Nikon:NonCPULens1FocalLength" "Non CPU Lens 1 Focal Length" "Nikon:NonCPULens1MaxAperture"
+    "Non CPU Lens 1 Max Aperture" "Nikon:NonCPULens1MaxAperture:104"
+    "Nikon:NonCPULens1MaxAperture:112" "Nikon:NonCPULens1MaxAperture:12"
+    "Nikon:NonCPULens1MaxAperture:120" "Nikon:NonCPULens1MaxAperture:128"
+    "Nikon:NonCPULens1MaxAperture:136" "Nikon:NonCPULens1MaxAperture:144"
+    "Nikon:NonCPULens1MaxAperture:156" "Nikon:NonCPULens1MaxAperture:168"
+    "Nikon:NonCPULens1MaxAperture:180" "Nikon:NonCPULens1MaxAperture:188"
+    "Nikon:NonCPULens1MaxAperture:192" "Nikon:NonCPULens1MaxAperture:204"
+    "Nikon:NonCPULens1MaxAperture:216" "Nikon:NonCPULens1MaxAperture:24"
+    "Nikon:NonCPULens1MaxAperture:313" "Nikon:NonCPULens1MaxAperture:40"
+    "Nikon:NonCPULens1MaxAperture:48" "Nikon:NonCPULens1MaxAperture:64"
+    "Nikon:NonCPULens1MaxAperture:72" "Nikon:NonCPULens1MaxAperture:84"
+    "Nikon:NonCPULens1MaxAperture:88" "Nikon:NonCPULens1MaxAperture:96"
+    "Nikon:NonCPULens20FocalLength" "Non CPU Lens 20 Focal Length" "Nikon:NonCPULens20MaxAperture"
+    "Non CPU Lens 20 Max Aperture" "Nikon:NonCPULens20MaxAperture:104"
+    "Nikon:NonCPULens20MaxAperture:112" "Nikon:NonCPULens20MaxAperture:12"
+    "Nikon:NonCPULens20MaxAperture:120" "Nikon:NonCPULens20MaxAperture:128"
+    "Nikon:NonCPULens20MaxAperture:136" "Nikon:NonCPULens20MaxAperture:144"
+    "Nikon:NonCPULens20MaxAperture:156" "Nikon:NonCPULens20MaxAperture:168"
+    "Nikon:NonCPULens20MaxAperture:180" "Nikon:NonCPULens20MaxAperture:188"
+    "Nikon:NonCPULens20MaxAperture:192" "Nikon:NonCPULens20MaxAperture:204"
+    "Nikon:NonCPULens20MaxAperture:216" "Nikon:NonCPULens20MaxAperture:24"
+    "Nikon:NonCPULens20MaxAperture:313" "Nikon:NonCPULens20MaxAperture:40"
+    "Nikon:NonCPULens20MaxAperture:48" "Nikon:NonCPULens20MaxAperture:64"
+    "Nikon:NonCPULens20MaxAperture:72" "Nikon:NonCPULens20MaxAperture:84"
+    "Nikon:NonCPULens20MaxAperture:88" "Nikon:NonCPULens20MaxAperture:96"
+    "Nikon:NonCPULens2FocalLength" "Non CPU Lens 2 Focal Length" "Nikon:NonCPULens2MaxAperture"
+    "Non CPU Lens 2 Max Aperture" "Nikon:NonCPULens2MaxAperture:104"
+    "Nikon:NonCPULens2MaxAperture:112" "Nikon:NonCPULens2MaxAperture:12"
+    "Nikon:NonCPULens2MaxAperture:120" "Nikon:NonCPULens2MaxAperture:128"
+    "Nikon:NonCPULens2MaxAperture:136" "Nikon:NonCPULens2MaxAperture:144"
+    "Nikon:NonCPULens2MaxAperture:156" "Nikon:NonCPULens2MaxAperture:168"
+    "Nikon:NonCPULens2MaxAperture:180" "Nikon:NonCPULens2MaxAperture:188"
+    "Nikon:NonCPULens2MaxAperture:192" "Nikon:NonCPULens2MaxAperture:204"
+    "Nikon:NonCPULens2MaxAperture:216" "Nikon:NonCPULens2MaxAperture:24"
+    "Nikon:NonCPULens2MaxAperture:313" "Nikon:NonCPULens2MaxAperture:40"
+    "Nikon:NonCPULens2MaxAperture:48" "Nikon:NonCPULens2MaxAperture:64"
+    "Nikon:NonCPULens2MaxAperture:72" "Nikon:NonCPULens2MaxAperture:84"
+    "Nikon:NonCPULens2MaxAperture:88" "Nikon:NonCPULens2MaxAperture:96"
+    "Nikon:NonCPULens3FocalLength" "Non CPU Lens 3 Focal Length" "Nikon:NonCPULens3MaxAperture"
+    "Non CPU Lens 3 Max Aperture" "Nikon:NonCPULens3MaxAperture:104"
+    "Nikon:NonCPULens3MaxAperture:112" "Nikon:NonCPULens3MaxAperture:12"
+    "Nikon:NonCPULens3MaxAperture:120" "Nikon:NonCPULens3MaxAperture:128"
+    "Nikon:NonCPULens3MaxAperture:136" "Nikon:NonCPULens3MaxAperture:144"
+    "Nikon:NonCPULens3MaxAperture:156" "Nikon:NonCPULens3MaxAperture:168"
+    "Nikon:NonCPULens3MaxAperture:180" "Nikon:NonCPULens3MaxAperture:188"
+    "Nikon:NonCPULens3MaxAperture:192" "Nikon:NonCPULens3MaxAperture:204"
+    "Nikon:NonCPULens3MaxAperture:216" "Nikon:NonCPULens3MaxAperture:24"
+    "Nikon:NonCPULens3MaxAperture:313" "Nikon:NonCPULens3MaxAperture:40"
+    "Nikon:NonCPULens3MaxAperture:48" "Nikon:NonCPULens3MaxAperture:64"
+    "Nikon:NonCPULens3MaxAperture:72" "Nikon:NonCPULens3MaxAperture:84"
+    "Nikon:NonCPULens3MaxAperture:88" "Nikon:NonCPULens3MaxAperture:96"
+    "Nikon:NonCPULens4FocalLength" "Non CPU Lens 4 Focal Length" "Nikon:NonCPULens4MaxAperture"
+    "Non CPU Lens 4 Max Aperture" "Nikon:NonCPULens4MaxAperture:104"
+    "Nikon:NonCPULens4MaxAperture:112" "Nikon:NonCPULens4MaxAperture:12"
+    "Nikon:NonCPULens4MaxAperture:120" "Nikon:NonCPULens4MaxAperture:128"
+    "Nikon:NonCPULens4MaxAperture:136" "Nikon:NonCPULens4MaxAperture:144"
+    "Nikon:NonCPULens4MaxAperture:156" "Nikon:NonCPULens4MaxAperture:168"
+    "Nikon:NonCPULens4MaxAperture:180" "Nikon:NonCPULens4MaxAperture:188"
+    "Nikon:NonCPULens4MaxAperture:192" "Nikon:NonCPULens4MaxAperture:204"
+    "Nikon:NonCPULens4MaxAperture:216" "Nikon:NonCPULens4MaxAperture:24"
+    "Nikon:NonCPULens4MaxAperture:313" "Nikon:NonCPULens4MaxAperture:40"
+    "Nikon:NonCPULens4MaxAperture:48" "Nikon:NonCPULens4MaxAperture:64"
+    "Nikon:NonCPULens4MaxAperture:72" "Nikon:NonCPULens4MaxAperture:84"
+    "Nikon:NonCPULens4MaxAperture:88" "Nikon:NonCPULens4MaxAperture:96"
+    "Nikon:NonCPULens5FocalLength" "Non CPU Lens 5 Focal Length" "Nikon:NonCPULens5MaxAperture"
+    "Non CPU Lens 5 Max Aperture" "Nikon:NonCPULens5MaxAperture:104"
+    "Nikon:NonCPULens5MaxAperture:112" "Nikon:NonCPULens5MaxAperture:12"
+    "Nikon:NonCPULens5MaxAperture:120" "Nikon:NonCPULens5MaxAperture:128"
+    "Nikon:NonCPULens5MaxAperture:136" "Nikon:NonCPULens5MaxAperture:144"
+    "Nikon:NonCPULens5MaxAperture:156" "Nikon:NonCPULens5MaxAperture:168"
+    "Nikon:NonCPULens5MaxAperture:180" "Nikon:NonCPULens5MaxAperture:188"
+    "Nikon:NonCPULens5MaxAperture:192" "Nikon:NonCPULens5MaxAperture:204"
+    "Nikon:NonCPULens5MaxAperture:216" "Nikon:NonCPULens5MaxAperture:24"
+    "Nikon:NonCPULens5MaxAperture:313" "Nikon:NonCPULens5MaxAperture:40"
+    "Nikon:NonCPULens5MaxAperture:48" "Nikon:NonCPULens5MaxAperture:64"
+    "Nikon:NonCPULens5MaxAperture:72" "Nikon:NonCPULens5MaxAperture:84"
+    "Nikon:NonCPULens5MaxAperture:88" "Nikon:NonCPULens5MaxAperture:96"
+    "Nikon:NonCPULens6FocalLength" "Non CPU Lens 6 Focal Length" "Nikon:NonCPULens6MaxAperture"
+    "Non CPU Lens 6 Max Aperture" "Nikon:NonCPULens6MaxAperture:104"
+    "Nikon:NonCPULens6MaxAperture:112" "Nikon:NonCPULens6MaxAperture:12"
+    "Nikon:NonCPULens6MaxAperture:120" "Nikon:NonCPULens6MaxAperture:128"
+    "Nikon:NonCPULens6MaxAperture:136" "Nikon:NonCPULens6MaxAperture:144"
+    "Nikon:NonCPULens6MaxAperture:156" "Nikon:NonCPULens6MaxAperture:168"
+    "Nikon:NonCPULens6MaxAperture:180" "Nikon:NonCPULens6MaxAperture:188"
+    "Nikon:NonCPULens6MaxAperture:192" "Nikon:NonCPULens6MaxAperture:204"
+    "Nikon:NonCPULens6MaxAperture:216" "Nikon:NonCPULens6MaxAperture:24"
+    "Nikon:NonCPULens6MaxAperture:313" "Nikon:NonCPULens6MaxAperture:40"
+    "Nikon:NonCPULens6MaxAperture:48" "Nikon:NonCPULens6MaxAperture:64"
+    "Nikon:NonCPULens6MaxAperture:72" "Nikon:NonCPULens6MaxAperture:84"
+    "Nikon:NonCPULens6MaxAperture:88" "Nikon:NonCPULens6MaxAperture:96"
+    "Nikon:NonCPULens7FocalLength" "Non CPU Lens 7 Focal Length" "Nikon:NonCPULens7MaxAperture"
+    "Non CPU Lens 7 Max Aperture" "Nikon:NonCPULens7MaxAperture:104"
+    "Nikon:NonCPULens7MaxAperture:112" "Nikon:NonCPULens7MaxAperture:12"
+    "Nikon:NonCPULens7MaxAperture:120" "Nikon:NonCPULens7MaxAperture:128"
+    "Nikon:NonCPULens7MaxAperture:136" "Nikon:NonCPULens7MaxAperture:144"
+    "Nikon:NonCPULens7MaxAperture:156" "Nikon:NonCPULens7MaxAperture:168"
+    "Nikon:NonCPULens7MaxAperture:180" "Nikon:NonCPULens7MaxAperture:188"
+    "Nikon:NonCPULens7MaxAperture:192" "Nikon:NonCPULens7MaxAperture:204"
+    "Nikon:NonCPULens7MaxAperture:216" "Nikon:NonCPULens7MaxAperture:24"
+    "Nikon:NonCPULens7MaxAperture:313" "Nikon:NonCPULens7MaxAperture:40"
+    "Nikon:NonCPULens7MaxAperture:48" "Nikon:NonCPULens7MaxAperture:64"
+    "Nikon:NonCPULens7MaxAperture:72" "Nikon:NonCPULens7MaxAperture:84"
+    "Nikon:NonCPULens7MaxAperture:88" "Nikon:NonCPULens7MaxAperture:96"
+    "Nikon:NonCPULens8FocalLength" "Non CPU Lens 8 Focal Length" "Nikon:NonCPULens8MaxAperture"
+    "Non CPU Lens 8 Max Aperture" "Nikon:NonCPULens8MaxAperture:104"
+    "Nikon:NonCPULens8MaxAperture:112" "Nikon:NonCPULens8MaxAperture:12"
+    "Nikon:NonCPULens8MaxAperture:120" "Nikon:NonCPULens8MaxAperture:128"
+    "Nikon:NonCPULens8MaxAperture:136" "Nikon:NonCPULens8MaxAperture:144"
+    "Nikon:NonCPULens8MaxAperture:156" "Nikon:NonCPULens8MaxAperture:168"
+    "Nikon:NonCPULens8MaxAperture:180" "Nikon:NonCPULens8MaxAperture:188"
+    "Nikon:NonCPULens8MaxAperture:192" "Nikon:NonCPULens8MaxAperture:204"
+    "Nikon:NonCPULens8MaxAperture:216" "Nikon:NonCPULens8MaxAperture:24"
+    "Nikon:NonCPULens8MaxAperture:313" "Nikon:NonCPULens8MaxAperture:40"
+    "Nikon:NonCPULens8MaxAperture:48" "Nikon:NonCPULens8MaxAperture:64"
+    "Nikon:NonCPULens8MaxAperture:72" "Nikon:NonCPULens8MaxAperture:84"
+    "Nikon:NonCPULens8MaxAperture:88" "Nikon:NonCPULens8MaxAperture:96"
+    "Nikon:NonCPULens9FocalLength" "Non CPU Lens 9 Focal Length" "Nikon:NonCPULens9MaxAperture"
+    "Non CPU Lens 9 Max Aperture" "Nikon:NonCPULens9MaxAperture:104"
+    "Nikon:NonCPULens9MaxAperture:112" "Nikon:NonCPULens9MaxAperture:12"
+    "Nikon:NonCPULens9MaxAperture:120" "Nikon:NonCPULens9MaxAperture:128"
+    "Nikon:NonCPULens9MaxAperture:136" "Nikon:NonCPULens9MaxAperture:144"
+    "Nikon:NonCPULens9MaxAperture:156" "Nikon:NonCPULens9MaxAperture:168"
+    "Nikon:NonCPULens9MaxAperture:180" "Nikon:NonCPULens9MaxAperture:188"
+    "Nikon:NonCPULens9MaxAperture:192" "Nikon:NonCPULens9MaxAperture:204"
+    "Nikon:NonCPULens9MaxAperture:216" "Nikon:NonCPULens9MaxAperture:24"
+    "Nikon:NonCPULens9MaxAperture:313" "Nikon:NonCPULens9MaxAperture:40"
+    "Nikon:NonCPULens9MaxAperture:48" "Nikon:NonCPULens9MaxAperture:64"
+    "Nikon:NonCPULens9MaxAperture:72" "Nikon:NonCPULens9MaxAperture:84"
+    "Nikon:NonCPULens9MaxAperture:88" "Nikon:NonCPULens9MaxAperture:96" "Nikon:NumberOffsets"
+    "Number Offsets" "Nikon:OldLensData" "Old Lens Data" "Nikon:Orientation" "Nikon:Orientation:1"
+    "Horizontal (normal)" "Nikon:Orientation:2" "Mirror horizontal" "Nikon:Orientation:3"
+    "Rotate 180" "Nikon:Orientation:4" "Mirror vertical" "Nikon:Orientation:5"
+    "Mirror horizontal and rotate 270 CW" "Nikon:Orientation:6" "Rotate 90 CW" "Nikon:Orientation:7"
+    "Mirror horizontal and rotate 90 CW" "Nikon:Orientation:8" "Rotate 270 CW"
+    "Nikon:OutputImageHeight" "Output Image Height" "Nikon:OutputImageWidth" "Output Image Width"
+    "Nikon:OutputResolution" "Output Resolution" "Nikon:POILevel" "POI Level" "Nikon:PhaseDetectAF"
+    "Phase Detect AF" "Nikon:PhaseDetectAF:0" "Nikon:PhaseDetectAF:1" "On (51-point)"
+    "Nikon:PhaseDetectAF:2" "On (11-point)" "Nikon:PhaseDetectAF:3" "On (39-point)"
+    "Nikon:PhaseDetectAF:4" "On (73-point)" "Nikon:PhaseDetectAF:5" "On (5)" "Nikon:PhaseDetectAF:6"
+    "On (105-point)" "Nikon:PhaseDetectAF:7" "On (153-point)" "Nikon:PhaseDetectAF:8"
+    "On (81-point)" "Nikon:PhaseDetectAF:9" "Nikon:PhotoShootingMenuBank" "Photo Shooting Menu Bank"
+    "Nikon:PhotoShootingMenuBank:0" "A" "Nikon:PhotoShootingMenuBank:1" "B"
+    "Nikon:PhotoShootingMenuBank:2" "C" "Nikon:PhotoShootingMenuBank:3" "D"
+    "Nikon:PhotoShootingMenuBankImageArea" "Photo Shooting Menu Bank Image Area"
+    "Nikon:PhotoShootingMenuBankImageArea:0" "FX |\302\240FX (36x24)"
+    "Nikon:PhotoShootingMenuBankImageArea:1" "DX |\302\240DX (24x16)"
+    "Nikon:PhotoShootingMenuBankImageArea:2" "5:4 (30x24)" "Nikon:PhotoShootingMenuBankImageArea:3"
+    "Nikon:PhotoShootingMenuBankImageArea:4" "1.3x (18x12) |\302\24016:9 |\302\2401:1 (24x24)"
+    "Nikon:PhotoShootingMenuBankImageArea:8" "1:1" "Nikon:PictureControlAdjust"
+    "Picture Control Adjust" "Nikon:PictureControlAdjust:0" "Default Settings"
+    "Nikon:PictureControlAdjust:1" "Quick Adjust" "Nikon:PictureControlAdjust:2" "Full Control"
+    "Nikon:PictureControlBase" "Picture Control Base" "Nikon:PictureControlData"
+    "Picture Control Data" "Nikon:PictureControlName" "Picture Control Name"
+    "Nikon:PictureControlQuickAdjust" "Picture Control Quick Adjust" "Nikon:PictureControlVersion"
+    "Picture Control Version" "Nikon:PitchAngle" "Pitch Angle" "Nikon:PlaybackButton"
+    "Playback Button" "Nikon:PlaybackButton:0" "Nikon:PlaybackButton:1" "Nikon:PlaybackButton:10"
+    "Nikon:PlaybackButton:100" "Nikon:PlaybackButton:101" "Nikon:PlaybackButton:103"
+    "Nikon:PlaybackButton:104" "Nikon:PlaybackButton:105" "Nikon:PlaybackButton:106"
+    "Nikon:PlaybackButton:108" "Nikon:PlaybackButton:109" "Nikon:PlaybackButton:11"
+    "Nikon:PlaybackButton:110" "Nikon:PlaybackButton:111" "Nikon:PlaybackButton:112"
+    "Nikon:PlaybackButton:115" "Nikon:PlaybackButton:12" "Nikon:PlaybackButton:18"
+    "Nikon:PlaybackButton:19" "Nikon:PlaybackButton:20" "Nikon:PlaybackButton:21"
+    "Nikon:PlaybackButton:22" "Nikon:PlaybackButton:23" "Nikon:PlaybackButton:24"
+    "Nikon:PlaybackButton:25" "Nikon:PlaybackButton:26" "Nikon:PlaybackButton:27"
+    "Nikon:PlaybackButton:28" "Nikon:PlaybackButton:3" "Nikon:PlaybackButton:30"
+    "Nikon:PlaybackButton:31" "Nikon:PlaybackButton:32" "Nikon:PlaybackButton:33"
+    "Nikon:PlaybackButton:34" "Nikon:PlaybackButton:35" "Nikon:PlaybackButton:36"
+    "Nikon:PlaybackButton:37" "Nikon:PlaybackButton:38" "Nikon:PlaybackButton:39"
+    "Nikon:PlaybackButton:4" "Nikon:PlaybackButton:40" "Nikon:PlaybackButton:41"
+    "Nikon:PlaybackButton:42" "Nikon:PlaybackButton:44" "Nikon:PlaybackButton:45"
+    "Nikon:PlaybackButton:46" "Nikon:PlaybackButton:47" "Nikon:PlaybackButton:48"
+    "Nikon:PlaybackButton:49" "Nikon:PlaybackButton:5" "Nikon:PlaybackButton:52"
+    "Nikon:PlaybackButton:53" "Nikon:PlaybackButton:57" "Nikon:PlaybackButton:58"
+    "Nikon:PlaybackButton:59" "Nikon:PlaybackButton:6" "Nikon:PlaybackButton:60"
+    "Nikon:PlaybackButton:61" "Nikon:PlaybackButton:64" "Nikon:PlaybackButton:65"
+    "Nikon:PlaybackButton:66" "Nikon:PlaybackButton:7" "Nikon:PlaybackButton:70"
+    "Nikon:PlaybackButton:71" "Nikon:PlaybackButton:73" "Nikon:PlaybackButton:76"
+    "Nikon:PlaybackButton:78" "Nikon:PlaybackButton:79" "Nikon:PlaybackButton:8"
+    "Nikon:PlaybackButton:80" "Nikon:PlaybackButton:81" "Nikon:PlaybackButton:82"
+    "Nikon:PlaybackButton:83" "Nikon:PlaybackButton:84" "Nikon:PlaybackButton:85"
+    "Nikon:PlaybackButton:86" "Nikon:PlaybackButton:87" "Nikon:PlaybackButton:88"
+    "Nikon:PlaybackButton:9" "Nikon:PlaybackButton:97" "Nikon:PlaybackButton:98"
+    "Nikon:PlaybackButton:99" "Nikon:PlaybackButtonPlaybackMode" "Playback Button Playback Mode"
+    "Nikon:PlaybackButtonPlaybackMode:0" "Nikon:PlaybackButtonPlaybackMode:1"
+    "Nikon:PlaybackButtonPlaybackMode:10" "Nikon:PlaybackButtonPlaybackMode:100"
+    "Nikon:PlaybackButtonPlaybackMode:101" "Nikon:PlaybackButtonPlaybackMode:103"
+    "Nikon:PlaybackButtonPlaybackMode:104" "Nikon:PlaybackButtonPlaybackMode:105"
+    "Nikon:PlaybackButtonPlaybackMode:106" "Nikon:PlaybackButtonPlaybackMode:108"
+    "Nikon:PlaybackButtonPlaybackMode:109" "Nikon:PlaybackButtonPlaybackMode:11"
+    "Nikon:PlaybackButtonPlaybackMode:110" "Nikon:PlaybackButtonPlaybackMode:111"
+    "Nikon:PlaybackButtonPlaybackMode:112" "Nikon:PlaybackButtonPlaybackMode:115"
+    "Nikon:PlaybackButtonPlaybackMode:12" "Nikon:PlaybackButtonPlaybackMode:18"
+    "Nikon:PlaybackButtonPlaybackMode:19" "Nikon:PlaybackButtonPlaybackMode:20"
+    "Nikon:PlaybackButtonPlaybackMode:21" "Nikon:PlaybackButtonPlaybackMode:22"
+    "Nikon:PlaybackButtonPlaybackMode:23" "Nikon:PlaybackButtonPlaybackMode:24"
+    "Nikon:PlaybackButtonPlaybackMode:25" "Nikon:PlaybackButtonPlaybackMode:26"
+    "Nikon:PlaybackButtonPlaybackMode:27" "Nikon:PlaybackButtonPlaybackMode:28"
+    "Nikon:PlaybackButtonPlaybackMode:3" "Nikon:PlaybackButtonPlaybackMode:30"
+    "Nikon:PlaybackButtonPlaybackMode:31" "Nikon:PlaybackButtonPlaybackMode:32"
+    "Nikon:PlaybackButtonPlaybackMode:33" "Nikon:PlaybackButtonPlaybackMode:34"
+    "Nikon:PlaybackButtonPlaybackMode:35" "Nikon:PlaybackButtonPlaybackMode:36"
+    "Nikon:PlaybackButtonPlaybackMode:37" "Nikon:PlaybackButtonPlaybackMode:38"
+    "Nikon:PlaybackButtonPlaybackMode:39" "Nikon:PlaybackButtonPlaybackMode:4"
+    "Nikon:PlaybackButtonPlaybackMode:40" "Nikon:PlaybackButtonPlaybackMode:41"
+    "Nikon:PlaybackButtonPlaybackMode:42" "Nikon:PlaybackButtonPlaybackMode:44"
+    "Nikon:PlaybackButtonPlaybackMode:45" "Nikon:PlaybackButtonPlaybackMode:46"
+    "Nikon:PlaybackButtonPlaybackMode:47" "Nikon:PlaybackButtonPlaybackMode:48"
+    "Nikon:PlaybackButtonPlaybackMode:49" "Nikon:PlaybackButtonPlaybackMode:5"
+    "Nikon:PlaybackButtonPlaybackMode:52" "Nikon:PlaybackButtonPlaybackMode:53"
+    "Nikon:PlaybackButtonPlaybackMode:57" "Nikon:PlaybackButtonPlaybackMode:58"
+    "Nikon:PlaybackButtonPlaybackMode:59" "Nikon:PlaybackButtonPlaybackMode:6"
+    "Nikon:PlaybackButtonPlaybackMode:60" "Nikon:PlaybackButtonPlaybackMode:61"
+    "Nikon:PlaybackButtonPlaybackMode:64" "Nikon:PlaybackButtonPlaybackMode:65"
+    "Nikon:PlaybackButtonPlaybackMode:66" "Nikon:PlaybackButtonPlaybackMode:7"
+    "Nikon:PlaybackButtonPlaybackMode:70" "Nikon:PlaybackButtonPlaybackMode:71"
+    "Nikon:PlaybackButtonPlaybackMode:73" "Nikon:PlaybackButtonPlaybackMode:76"
+    "Nikon:PlaybackButtonPlaybackMode:78" "Nikon:PlaybackButtonPlaybackMode:79"
+    "Nikon:PlaybackButtonPlaybackMode:8" "Nikon:PlaybackButtonPlaybackMode:80"
+    "Nikon:PlaybackButtonPlaybackMode:81" "Nikon:PlaybackButtonPlaybackMode:82"
+    "Nikon:PlaybackButtonPlaybackMode:83" "Nikon:PlaybackButtonPlaybackMode:84"
+    "Nikon:PlaybackButtonPlaybackMode:85" "Nikon:PlaybackButtonPlaybackMode:86"
+    "Nikon:PlaybackButtonPlaybackMode:87" "Nikon:PlaybackButtonPlaybackMode:88"
+    "Nikon:PlaybackButtonPlaybackMode:9" "Nikon:PlaybackButtonPlaybackMode:97"
+    "Nikon:PlaybackButtonPlaybackMode:98" "Nikon:PlaybackButtonPlaybackMode:99"
+    "Nikon:PortraitImpressionBalance" "Portrait Impression Balance"
+    "Nikon:PortraitImpressionBalance:0" "Nikon:PortraitImpressionBalance:1" "Mode 1"
+    "Nikon:PortraitImpressionBalance:2" "Mode 2" "Nikon:PortraitImpressionBalance:3" "Mode 3"
+    "Nikon:PostReleaseBurstLength" "Post Release Burst Length" "Nikon:PostReleaseBurstLength:0"
+    "Nikon:PostReleaseBurstLength:1" "Nikon:PostReleaseBurstLength:2"
+    "Nikon:PostReleaseBurstLength:3" "Max" "Nikon:PowerUpTime" "Power Up Time"
+    "Nikon:PreFlashReturnStrength" "Pre Flash Return Strength" "Nikon:PreReleaseBurstLength"
+    "Pre Release Burst Length" "Nikon:PreReleaseBurstLength:0" "Nikon:PreReleaseBurstLength:1"
+    "0.3 Sec" "Nikon:PreReleaseBurstLength:2" "0.5 Sec" "Nikon:PreReleaseBurstLength:3"
+    "Nikon:PreviewIFD_Offset" "Preview IFD Offset" "Nikon:PreviewImage" "Preview Image"
+    "Nikon:PreviewImage1" "Preview Image 1" "Nikon:PreviewImage2" "Preview Image 2"
+    "Nikon:PrimaryAFPoint" "Primary AF Point" "Nikon:PrimaryAFPoint:0" "Nikon:PrimaryAFPoint:1"
     "C6 (Center) |\302\240Center |\302\240D8 (Center) |\302\240E5 (Center) |\302\240E8 (Center) |\302\240E9 (Center)"
     "Nikon:PrimaryAFPoint:10"
     "B9 |\302\240E10 |\302\240E3 |\302\240E6 |\302\240E9 |\302\240Lower-right"
-    "Nikon:PrimaryAFPoint:100""C1 |\302\240E4 |\302\240E6""Nikon:PrimaryAFPoint:101"
-    "B1 |\302\240D4 |\302\240D6""Nikon:PrimaryAFPoint:102""A1 |\302\240C4 |\302\240C6"
-    "Nikon:PrimaryAFPoint:103""B4 |\302\240B6 |\302\240E1""Nikon:PrimaryAFPoint:104"
-    "A4 |\302\240A6 |\302\240F1""Nikon:PrimaryAFPoint:105""F4 |\302\240F6 |\302\240G1"
-    "Nikon:PrimaryAFPoint:106""G4 |\302\240G6""Nikon:PrimaryAFPoint:107""H4 |\302\240H6"
-    "Nikon:PrimaryAFPoint:108""I4 |\302\240I6""Nikon:PrimaryAFPoint:109""E3 |\302\240E5"
+    "Nikon:PrimaryAFPoint:100" "C1 |\302\240E4 |\302\240E6" "Nikon:PrimaryAFPoint:101"
+    "B1 |\302\240D4 |\302\240D6" "Nikon:PrimaryAFPoint:102" "A1 |\302\240C4 |\302\240C6"
+    "Nikon:PrimaryAFPoint:103" "B4 |\302\240B6 |\302\240E1" "Nikon:PrimaryAFPoint:104"
+    "A4 |\302\240A6 |\302\240F1" "Nikon:PrimaryAFPoint:105" "F4 |\302\240F6 |\302\240G1"
+    "Nikon:PrimaryAFPoint:106" "G4 |\302\240G6" "Nikon:PrimaryAFPoint:107" "H4 |\302\240H6"
+    "Nikon:PrimaryAFPoint:108" "I4 |\302\240I6" "Nikon:PrimaryAFPoint:109" "E3 |\302\240E5"
     "Nikon:PrimaryAFPoint:11"
     "A9 |\302\240C5 |\302\240D10 |\302\240D6 |\302\240D9 |\302\240Far Right"
-    "Nikon:PrimaryAFPoint:110""D3 |\302\240D5""Nikon:PrimaryAFPoint:111""C3 |\302\240C5"
-    "Nikon:PrimaryAFPoint:112""B3 |\302\240B5""Nikon:PrimaryAFPoint:113""A3 |\302\240A5"
-    "Nikon:PrimaryAFPoint:114""F3 |\302\240F5""Nikon:PrimaryAFPoint:115"
-    "F11 (Center) |\302\240G3 |\302\240G5""Nikon:PrimaryAFPoint:116""H3 |\302\240H5"
-    "Nikon:PrimaryAFPoint:117""I3 |\302\240I5""Nikon:PrimaryAFPoint:118""E2 |\302\240E4"
-    "Nikon:PrimaryAFPoint:119""D2 |\302\240D4""Nikon:PrimaryAFPoint:12"
-    "B5 |\302\240C10 |\302\240C6 |\302\240C9 |\302\240E9""Nikon:PrimaryAFPoint:120""C2 |\302\240C4"
-    "Nikon:PrimaryAFPoint:121""B2 |\302\240B4""Nikon:PrimaryAFPoint:122""A2 |\302\240A4"
-    "Nikon:PrimaryAFPoint:123""F2 |\302\240F4""Nikon:PrimaryAFPoint:124""G2 |\302\240G4"
-    "Nikon:PrimaryAFPoint:125""H2 |\302\240H4""Nikon:PrimaryAFPoint:126""I2 |\302\240I4"
-    "Nikon:PrimaryAFPoint:127""E1 |\302\240E3""Nikon:PrimaryAFPoint:128""D1 |\302\240D3"
-    "Nikon:PrimaryAFPoint:129""C1 |\302\240C3""Nikon:PrimaryAFPoint:13"
-    "A1 |\302\240A4 |\302\240B10 |\302\240B6 |\302\240B9 |\302\240F9""Nikon:PrimaryAFPoint:130"
-    "B1 |\302\240B3""Nikon:PrimaryAFPoint:131""A1 |\302\240A3""Nikon:PrimaryAFPoint:132"
-    "F1 |\302\240F3""Nikon:PrimaryAFPoint:133""G1 |\302\240G3""Nikon:PrimaryAFPoint:134"
-    "H1 |\302\240H3""Nikon:PrimaryAFPoint:135""I1 |\302\240I3""Nikon:PrimaryAFPoint:136""E2"
-    "Nikon:PrimaryAFPoint:137""D2""Nikon:PrimaryAFPoint:138""C2""Nikon:PrimaryAFPoint:139""B2"
-    "Nikon:PrimaryAFPoint:14""A10 |\302\240A6 |\302\240A9 |\302\240D5 |\302\240G9"
-    "Nikon:PrimaryAFPoint:140""A2""Nikon:PrimaryAFPoint:141""F2""Nikon:PrimaryAFPoint:142""G2"
-    "Nikon:PrimaryAFPoint:143""H2""Nikon:PrimaryAFPoint:144""I2""Nikon:PrimaryAFPoint:145""E1"
-    "Nikon:PrimaryAFPoint:146""D1""Nikon:PrimaryAFPoint:147""C1""Nikon:PrimaryAFPoint:148""B1"
-    "Nikon:PrimaryAFPoint:149""A1""Nikon:PrimaryAFPoint:15"
-    "D10 |\302\240E1 |\302\240E4 |\302\240F10 |\302\240F6 |\302\240F9""Nikon:PrimaryAFPoint:150""F1"
-    "Nikon:PrimaryAFPoint:151""G1""Nikon:PrimaryAFPoint:152""H1""Nikon:PrimaryAFPoint:153""I1"
-    "Nikon:PrimaryAFPoint:16""C10 |\302\240C8 |\302\240G10 |\302\240G6 |\302\240G9"
-    "Nikon:PrimaryAFPoint:17""B10 |\302\240B8 |\302\240H10 |\302\240H6 |\302\240H9"
-    "Nikon:PrimaryAFPoint:18""A10 |\302\240A7 |\302\240D8 |\302\240I10 |\302\240I6 |\302\240I9"
-    "Nikon:PrimaryAFPoint:19""C9 |\302\240D8 |\302\240E10 |\302\240E11 |\302\240E4 |\302\240E7"
-    "Nikon:PrimaryAFPoint:2""B6 |\302\240C8 |\302\240D5 |\302\240D8 |\302\240D9 |\302\240Top"
-    "Nikon:PrimaryAFPoint:20""B9 |\302\240D11 |\302\240D4 |\302\240D7 |\302\240E7 |\302\240F10"
-    "Nikon:PrimaryAFPoint:21""C11 |\302\240C4 |\302\240C7 |\302\240C9 |\302\240D9 |\302\240G10"
-    "Nikon:PrimaryAFPoint:22""B11 |\302\240B4 |\302\240B7 |\302\240B9 |\302\240C10 |\302\240D7"
-    "Nikon:PrimaryAFPoint:23""A11 |\302\240A4 |\302\240A7 |\302\240A8 |\302\240B10 |\302\240C7"
-    "Nikon:PrimaryAFPoint:24""B7 |\302\240D10 |\302\240D9 |\302\240F11 |\302\240F4 |\302\240F7"
-    "Nikon:PrimaryAFPoint:25""A7 |\302\240C11 |\302\240E8 |\302\240G11 |\302\240G4 |\302\240G7"
-    "Nikon:PrimaryAFPoint:26""B11 |\302\240C10 |\302\240E7 |\302\240H11 |\302\240H4 |\302\240H7"
-    "Nikon:PrimaryAFPoint:27""B10 |\302\240D11 |\302\240F7 |\302\240I11 |\302\240I4 |\302\240I7"
-    "Nikon:PrimaryAFPoint:28""A9 |\302\240C4 |\302\240E10 |\302\240E7 |\302\240E8 |\302\240G7"
-    "Nikon:PrimaryAFPoint:29""B4 |\302\240D10 |\302\240D6 |\302\240D7 |\302\240D8"
+    "Nikon:PrimaryAFPoint:110" "D3 |\302\240D5" "Nikon:PrimaryAFPoint:111" "C3 |\302\240C5"
+    "Nikon:PrimaryAFPoint:112" "B3 |\302\240B5" "Nikon:PrimaryAFPoint:113" "A3 |\302\240A5"
+    "Nikon:PrimaryAFPoint:114" "F3 |\302\240F5" "Nikon:PrimaryAFPoint:115"
+    "F11 (Center) |\302\240G3 |\302\240G5" "Nikon:PrimaryAFPoint:116" "H3 |\302\240H5"
+    "Nikon:PrimaryAFPoint:117" "I3 |\302\240I5" "Nikon:PrimaryAFPoint:118" "E2 |\302\240E4"
+    "Nikon:PrimaryAFPoint:119" "D2 |\302\240D4" "Nikon:PrimaryAFPoint:12"
+    "B5 |\302\240C10 |\302\240C6 |\302\240C9 |\302\240E9" "Nikon:PrimaryAFPoint:120"
+    "C2 |\302\240C4" "Nikon:PrimaryAFPoint:121" "B2 |\302\240B4" "Nikon:PrimaryAFPoint:122"
+    "A2 |\302\240A4" "Nikon:PrimaryAFPoint:123" "F2 |\302\240F4" "Nikon:PrimaryAFPoint:124"
+    "G2 |\302\240G4" "Nikon:PrimaryAFPoint:125" "H2 |\302\240H4" "Nikon:PrimaryAFPoint:126"
+    "I2 |\302\240I4" "Nikon:PrimaryAFPoint:127" "E1 |\302\240E3" "Nikon:PrimaryAFPoint:128"
+    "D1 |\302\240D3" "Nikon:PrimaryAFPoint:129" "C1 |\302\240C3" "Nikon:PrimaryAFPoint:13"
+    "A1 |\302\240A4 |\302\240B10 |\302\240B6 |\302\240B9 |\302\240F9" "Nikon:PrimaryAFPoint:130"
+    "B1 |\302\240B3" "Nikon:PrimaryAFPoint:131" "A1 |\302\240A3" "Nikon:PrimaryAFPoint:132"
+    "F1 |\302\240F3" "Nikon:PrimaryAFPoint:133" "G1 |\302\240G3" "Nikon:PrimaryAFPoint:134"
+    "H1 |\302\240H3" "Nikon:PrimaryAFPoint:135" "I1 |\302\240I3" "Nikon:PrimaryAFPoint:136" "E2"
+    "Nikon:PrimaryAFPoint:137" "D2" "Nikon:PrimaryAFPoint:138" "C2" "Nikon:PrimaryAFPoint:139" "B2"
+    "Nikon:PrimaryAFPoint:14" "A10 |\302\240A6 |\302\240A9 |\302\240D5 |\302\240G9"
+    "Nikon:PrimaryAFPoint:140" "A2" "Nikon:PrimaryAFPoint:141" "F2" "Nikon:PrimaryAFPoint:142" "G2"
+    "Nikon:PrimaryAFPoint:143" "H2" "Nikon:PrimaryAFPoint:144" "I2" "Nikon:PrimaryAFPoint:145" "E1"
+    "Nikon:PrimaryAFPoint:146" "D1" "Nikon:PrimaryAFPoint:147" "C1" "Nikon:PrimaryAFPoint:148" "B1"
+    "Nikon:PrimaryAFPoint:149" "A1" "Nikon:PrimaryAFPoint:15"
+    "D10 |\302\240E1 |\302\240E4 |\302\240F10 |\302\240F6 |\302\240F9" "Nikon:PrimaryAFPoint:150"
+    "F1" "Nikon:PrimaryAFPoint:151" "G1" "Nikon:PrimaryAFPoint:152" "H1" "Nikon:PrimaryAFPoint:153"
+    "I1" "Nikon:PrimaryAFPoint:16" "C10 |\302\240C8 |\302\240G10 |\302\240G6 |\302\240G9"
+    "Nikon:PrimaryAFPoint:17" "B10 |\302\240B8 |\302\240H10 |\302\240H6 |\302\240H9"
+    "Nikon:PrimaryAFPoint:18" "A10 |\302\240A7 |\302\240D8 |\302\240I10 |\302\240I6 |\302\240I9"
+    "Nikon:PrimaryAFPoint:19" "C9 |\302\240D8 |\302\240E10 |\302\240E11 |\302\240E4 |\302\240E7"
+    "Nikon:PrimaryAFPoint:2" "B6 |\302\240C8 |\302\240D5 |\302\240D8 |\302\240D9 |\302\240Top"
+    "Nikon:PrimaryAFPoint:20" "B9 |\302\240D11 |\302\240D4 |\302\240D7 |\302\240E7 |\302\240F10"
+    "Nikon:PrimaryAFPoint:21" "C11 |\302\240C4 |\302\240C7 |\302\240C9 |\302\240D9 |\302\240G10"
+    "Nikon:PrimaryAFPoint:22" "B11 |\302\240B4 |\302\240B7 |\302\240B9 |\302\240C10 |\302\240D7"
+    "Nikon:PrimaryAFPoint:23" "A11 |\302\240A4 |\302\240A7 |\302\240A8 |\302\240B10 |\302\240C7"
+    "Nikon:PrimaryAFPoint:24" "B7 |\302\240D10 |\302\240D9 |\302\240F11 |\302\240F4 |\302\240F7"
+    "Nikon:PrimaryAFPoint:25" "A7 |\302\240C11 |\302\240E8 |\302\240G11 |\302\240G4 |\302\240G7"
+    "Nikon:PrimaryAFPoint:26" "B11 |\302\240C10 |\302\240E7 |\302\240H11 |\302\240H4 |\302\240H7"
+    "Nikon:PrimaryAFPoint:27" "B10 |\302\240D11 |\302\240F7 |\302\240I11 |\302\240I4 |\302\240I7"
+    "Nikon:PrimaryAFPoint:28" "A9 |\302\240C4 |\302\240E10 |\302\240E7 |\302\240E8 |\302\240G7"
+    "Nikon:PrimaryAFPoint:29" "B4 |\302\240D10 |\302\240D6 |\302\240D7 |\302\240D8"
     "Nikon:PrimaryAFPoint:3"
     "A2 |\302\240A5 |\302\240B8 |\302\240Bottom |\302\240C5 |\302\240C8 |\302\240C9"
-    "Nikon:PrimaryAFPoint:30""C10 |\302\240C6 |\302\240C7 |\302\240C8 |\302\240D4 |\302\240E9"
-    "Nikon:PrimaryAFPoint:31""B10 |\302\240B6 |\302\240B7 |\302\240B8 |\302\240C11 |\302\240C3"
-    "Nikon:PrimaryAFPoint:32""A10 |\302\240A6 |\302\240A7 |\302\240A8 |\302\240B11 |\302\240B3"
-    "Nikon:PrimaryAFPoint:33""D11 |\302\240D3 |\302\240E6 |\302\240F10 |\302\240F7 |\302\240F8"
-    "Nikon:PrimaryAFPoint:34""C2 |\302\240C4 |\302\240F6 |\302\240G10 |\302\240G7 |\302\240G8"
-    "Nikon:PrimaryAFPoint:35""B2 |\302\240B4 |\302\240G6 |\302\240H10 |\302\240H7 |\302\240H8"
-    "Nikon:PrimaryAFPoint:36""A3 |\302\240D11 |\302\240D2 |\302\240I10 |\302\240I7 |\302\240I8"
-    "Nikon:PrimaryAFPoint:37""C1 |\302\240C11 |\302\240D4 |\302\240E11 |\302\240E3 |\302\240E7"
-    "Nikon:PrimaryAFPoint:38""B1 |\302\240B11 |\302\240D11 |\302\240D3 |\302\240D7 |\302\240E3"
-    "Nikon:PrimaryAFPoint:39""A11 |\302\240C11 |\302\240C3 |\302\240C7 |\302\240D1"
-    "Nikon:PrimaryAFPoint:4""A8 |\302\240B5 |\302\240B8 |\302\240B9 |\302\240D6 |\302\240Mid-left"
-    "Nikon:PrimaryAFPoint:40""B11 |\302\240B3 |\302\240B7 |\302\240E11""Nikon:PrimaryAFPoint:41"
-    "A11 |\302\240A2 |\302\240A3 |\302\240A7 |\302\240F11""Nikon:PrimaryAFPoint:42"
-    "D3 |\302\240F11 |\302\240F3 |\302\240F7 |\302\240G11""Nikon:PrimaryAFPoint:43"
-    "D12 |\302\240E2 |\302\240G11 |\302\240G3 |\302\240G7""Nikon:PrimaryAFPoint:44"
-    "C12 |\302\240C2 |\302\240H11 |\302\240H3 |\302\240H7""Nikon:PrimaryAFPoint:45"
-    "B12 |\302\240B2 |\302\240I11 |\302\240I3 |\302\240I7""Nikon:PrimaryAFPoint:46"
-    "A1 |\302\240A12 |\302\240E12 |\302\240E8""Nikon:PrimaryAFPoint:47"
-    "D12 |\302\240D2 |\302\240D8 |\302\240E12""Nikon:PrimaryAFPoint:48"
-    "C12 |\302\240C8 |\302\240E1 |\302\240F12""Nikon:PrimaryAFPoint:49"
-    "B12 |\302\240B8 |\302\240C1 |\302\240G12""Nikon:PrimaryAFPoint:5"
+    "Nikon:PrimaryAFPoint:30" "C10 |\302\240C6 |\302\240C7 |\302\240C8 |\302\240D4 |\302\240E9"
+    "Nikon:PrimaryAFPoint:31" "B10 |\302\240B6 |\302\240B7 |\302\240B8 |\302\240C11 |\302\240C3"
+    "Nikon:PrimaryAFPoint:32" "A10 |\302\240A6 |\302\240A7 |\302\240A8 |\302\240B11 |\302\240B3"
+    "Nikon:PrimaryAFPoint:33" "D11 |\302\240D3 |\302\240E6 |\302\240F10 |\302\240F7 |\302\240F8"
+    "Nikon:PrimaryAFPoint:34" "C2 |\302\240C4 |\302\240F6 |\302\240G10 |\302\240G7 |\302\240G8"
+    "Nikon:PrimaryAFPoint:35" "B2 |\302\240B4 |\302\240G6 |\302\240H10 |\302\240H7 |\302\240H8"
+    "Nikon:PrimaryAFPoint:36" "A3 |\302\240D11 |\302\240D2 |\302\240I10 |\302\240I7 |\302\240I8"
+    "Nikon:PrimaryAFPoint:37" "C1 |\302\240C11 |\302\240D4 |\302\240E11 |\302\240E3 |\302\240E7"
+    "Nikon:PrimaryAFPoint:38" "B1 |\302\240B11 |\302\240D11 |\302\240D3 |\302\240D7 |\302\240E3"
+    "Nikon:PrimaryAFPoint:39" "A11 |\302\240C11 |\302\240C3 |\302\240C7 |\302\240D1"
+    "Nikon:PrimaryAFPoint:4" "A8 |\302\240B5 |\302\240B8 |\302\240B9 |\302\240D6 |\302\240Mid-left"
+    "Nikon:PrimaryAFPoint:40" "B11 |\302\240B3 |\302\240B7 |\302\240E11" "Nikon:PrimaryAFPoint:41"
+    "A11 |\302\240A2 |\302\240A3 |\302\240A7 |\302\240F11" "Nikon:PrimaryAFPoint:42"
+    "D3 |\302\240F11 |\302\240F3 |\302\240F7 |\302\240G11" "Nikon:PrimaryAFPoint:43"
+    "D12 |\302\240E2 |\302\240G11 |\302\240G3 |\302\240G7" "Nikon:PrimaryAFPoint:44"
+    "C12 |\302\240C2 |\302\240H11 |\302\240H3 |\302\240H7" "Nikon:PrimaryAFPoint:45"
+    "B12 |\302\240B2 |\302\240I11 |\302\240I3 |\302\240I7" "Nikon:PrimaryAFPoint:46"
+    "A1 |\302\240A12 |\302\240E12 |\302\240E8" "Nikon:PrimaryAFPoint:47"
+    "D12 |\302\240D2 |\302\240D8 |\302\240E12" "Nikon:PrimaryAFPoint:48"
+    "C12 |\302\240C8 |\302\240E1 |\302\240F12" "Nikon:PrimaryAFPoint:49"
+    "B12 |\302\240B8 |\302\240C1 |\302\240G12" "Nikon:PrimaryAFPoint:5"
     "A5 |\302\240A8 |\302\240A9 |\302\240E2 |\302\240E5 |\302\240E8 |\302\240Upper-left"
-    "Nikon:PrimaryAFPoint:50""A12 |\302\240A8 |\302\240B1 |\302\240D13""Nikon:PrimaryAFPoint:51"
-    "C13 |\302\240D1 |\302\240F12 |\302\240F8""Nikon:PrimaryAFPoint:52"
-    "B13 |\302\240G12 |\302\240G8""Nikon:PrimaryAFPoint:53""A13 |\302\240H12 |\302\240H8"
-    "Nikon:PrimaryAFPoint:54""E13 |\302\240I12 |\302\240I8""Nikon:PrimaryAFPoint:55"
-    "E13 |\302\240E2 |\302\240F13""Nikon:PrimaryAFPoint:56""D13 |\302\240D2 |\302\240G13"
-    "Nikon:PrimaryAFPoint:57""C13 |\302\240C2 |\302\240D14""Nikon:PrimaryAFPoint:58"
-    "B13 |\302\240B2 |\302\240C14""Nikon:PrimaryAFPoint:59""A13 |\302\240A2 |\302\240B14"
-    "Nikon:PrimaryAFPoint:6""C7 |\302\240F5 |\302\240F8 |\302\240F9 |\302\240Lower-left"
-    "Nikon:PrimaryAFPoint:60""A14 |\302\240F13 |\302\240F2""Nikon:PrimaryAFPoint:61"
-    "E14 |\302\240G13 |\302\240G2""Nikon:PrimaryAFPoint:62""F14 |\302\240H13 |\302\240H2"
-    "Nikon:PrimaryAFPoint:63""G14 |\302\240I13 |\302\240I2""Nikon:PrimaryAFPoint:64"
-    "D15 |\302\240E14 |\302\240E9""Nikon:PrimaryAFPoint:65""C15 |\302\240D14 |\302\240D9"
-    "Nikon:PrimaryAFPoint:66""B15 |\302\240C14 |\302\240C9""Nikon:PrimaryAFPoint:67"
-    "A15 |\302\240B14 |\302\240B9""Nikon:PrimaryAFPoint:68""A14 |\302\240A9 |\302\240E15"
-    "Nikon:PrimaryAFPoint:69""F14 |\302\240F15 |\302\240F9""Nikon:PrimaryAFPoint:7"
-    "B7 |\302\240Far Left |\302\240G5 |\302\240G8 |\302\240G9""Nikon:PrimaryAFPoint:70"
-    "G14 |\302\240G15 |\302\240G9""Nikon:PrimaryAFPoint:71""D5 |\302\240H14 |\302\240H9"
-    "Nikon:PrimaryAFPoint:72""C5 |\302\240I14 |\302\240I9""Nikon:PrimaryAFPoint:73"
-    "B5 |\302\240E1 |\302\240E15""Nikon:PrimaryAFPoint:74""A5 |\302\240D1 |\302\240D15"
-    "Nikon:PrimaryAFPoint:75""C1 |\302\240C15 |\302\240E5""Nikon:PrimaryAFPoint:76"
-    "B1 |\302\240B15 |\302\240F5""Nikon:PrimaryAFPoint:77""A1 |\302\240A15 |\302\240G5"
-    "Nikon:PrimaryAFPoint:78""D4 |\302\240F1 |\302\240F15""Nikon:PrimaryAFPoint:79"
-    "C4 |\302\240G1 |\302\240G15""Nikon:PrimaryAFPoint:8"
+    "Nikon:PrimaryAFPoint:50" "A12 |\302\240A8 |\302\240B1 |\302\240D13" "Nikon:PrimaryAFPoint:51"
+    "C13 |\302\240D1 |\302\240F12 |\302\240F8" "Nikon:PrimaryAFPoint:52"
+    "B13 |\302\240G12 |\302\240G8" "Nikon:PrimaryAFPoint:53" "A13 |\302\240H12 |\302\240H8"
+    "Nikon:PrimaryAFPoint:54" "E13 |\302\240I12 |\302\240I8" "Nikon:PrimaryAFPoint:55"
+    "E13 |\302\240E2 |\302\240F13" "Nikon:PrimaryAFPoint:56" "D13 |\302\240D2 |\302\240G13"
+    "Nikon:PrimaryAFPoint:57" "C13 |\302\240C2 |\302\240D14" "Nikon:PrimaryAFPoint:58"
+    "B13 |\302\240B2 |\302\240C14" "Nikon:PrimaryAFPoint:59" "A13 |\302\240A2 |\302\240B14"
+    "Nikon:PrimaryAFPoint:6" "C7 |\302\240F5 |\302\240F8 |\302\240F9 |\302\240Lower-left"
+    "Nikon:PrimaryAFPoint:60" "A14 |\302\240F13 |\302\240F2" "Nikon:PrimaryAFPoint:61"
+    "E14 |\302\240G13 |\302\240G2" "Nikon:PrimaryAFPoint:62" "F14 |\302\240H13 |\302\240H2"
+    "Nikon:PrimaryAFPoint:63" "G14 |\302\240I13 |\302\240I2" "Nikon:PrimaryAFPoint:64"
+    "D15 |\302\240E14 |\302\240E9" "Nikon:PrimaryAFPoint:65" "C15 |\302\240D14 |\302\240D9"
+    "Nikon:PrimaryAFPoint:66" "B15 |\302\240C14 |\302\240C9" "Nikon:PrimaryAFPoint:67"
+    "A15 |\302\240B14 |\302\240B9" "Nikon:PrimaryAFPoint:68" "A14 |\302\240A9 |\302\240E15"
+    "Nikon:PrimaryAFPoint:69" "F14 |\302\240F15 |\302\240F9" "Nikon:PrimaryAFPoint:7"
+    "B7 |\302\240Far Left |\302\240G5 |\302\240G8 |\302\240G9" "Nikon:PrimaryAFPoint:70"
+    "G14 |\302\240G15 |\302\240G9" "Nikon:PrimaryAFPoint:71" "D5 |\302\240H14 |\302\240H9"
+    "Nikon:PrimaryAFPoint:72" "C5 |\302\240I14 |\302\240I9" "Nikon:PrimaryAFPoint:73"
+    "B5 |\302\240E1 |\302\240E15" "Nikon:PrimaryAFPoint:74" "A5 |\302\240D1 |\302\240D15"
+    "Nikon:PrimaryAFPoint:75" "C1 |\302\240C15 |\302\240E5" "Nikon:PrimaryAFPoint:76"
+    "B1 |\302\240B15 |\302\240F5" "Nikon:PrimaryAFPoint:77" "A1 |\302\240A15 |\302\240G5"
+    "Nikon:PrimaryAFPoint:78" "D4 |\302\240F1 |\302\240F15" "Nikon:PrimaryAFPoint:79"
+    "C4 |\302\240G1 |\302\240G15" "Nikon:PrimaryAFPoint:8"
     "A3 |\302\240A6 |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9 |\302\240Mid-right"
-    "Nikon:PrimaryAFPoint:80""B4 |\302\240H1 |\302\240H15""Nikon:PrimaryAFPoint:81"
-    "A4 |\302\240I1 |\302\240I15""Nikon:PrimaryAFPoint:82"
-    "E16 |\302\240E4 |\302\240E6 |\302\240F8 (Center)""Nikon:PrimaryAFPoint:83"
-    "D16 |\302\240D6 |\302\240F4""Nikon:PrimaryAFPoint:84""C16 |\302\240C6 |\302\240G4"
-    "Nikon:PrimaryAFPoint:85""B16 |\302\240B6 |\302\240D3""Nikon:PrimaryAFPoint:86"
-    "A16 |\302\240A6 |\302\240C3""Nikon:PrimaryAFPoint:87""B3 |\302\240F16 |\302\240F6"
-    "Nikon:PrimaryAFPoint:88""A3 |\302\240G16 |\302\240G6""Nikon:PrimaryAFPoint:89"
-    "E3 |\302\240H16 |\302\240H6""Nikon:PrimaryAFPoint:9"
+    "Nikon:PrimaryAFPoint:80" "B4 |\302\240H1 |\302\240H15" "Nikon:PrimaryAFPoint:81"
+    "A4 |\302\240I1 |\302\240I15" "Nikon:PrimaryAFPoint:82"
+    "E16 |\302\240E4 |\302\240E6 |\302\240F8 (Center)" "Nikon:PrimaryAFPoint:83"
+    "D16 |\302\240D6 |\302\240F4" "Nikon:PrimaryAFPoint:84" "C16 |\302\240C6 |\302\240G4"
+    "Nikon:PrimaryAFPoint:85" "B16 |\302\240B6 |\302\240D3" "Nikon:PrimaryAFPoint:86"
+    "A16 |\302\240A6 |\302\240C3" "Nikon:PrimaryAFPoint:87" "B3 |\302\240F16 |\302\240F6"
+    "Nikon:PrimaryAFPoint:88" "A3 |\302\240G16 |\302\240G6" "Nikon:PrimaryAFPoint:89"
+    "E3 |\302\240H16 |\302\240H6" "Nikon:PrimaryAFPoint:9"
     "C9 |\302\240D7 |\302\240I5 |\302\240I8 |\302\240I9 |\302\240Upper-right"
-    "Nikon:PrimaryAFPoint:90""F3 |\302\240I16 |\302\240I6""Nikon:PrimaryAFPoint:91"
-    "E17 |\302\240E5 |\302\240G3""Nikon:PrimaryAFPoint:92""D17 |\302\240D2 |\302\240D5"
-    "Nikon:PrimaryAFPoint:93""C17 |\302\240C2 |\302\240C5""Nikon:PrimaryAFPoint:94"
-    "B17 |\302\240B2 |\302\240B5""Nikon:PrimaryAFPoint:95""A17 |\302\240A2 |\302\240A5"
-    "Nikon:PrimaryAFPoint:96""E2 |\302\240F17 |\302\240F5""Nikon:PrimaryAFPoint:97"
-    "F2 |\302\240G17 |\302\240G5""Nikon:PrimaryAFPoint:98""G2 |\302\240H17 |\302\240H5"
-    "Nikon:PrimaryAFPoint:99""D1 |\302\240I17 |\302\240I5""Nikon:PrimarySlot""Primary Slot"
-    "Nikon:PrimarySlot:0""XQD Card""Nikon:PrimarySlot:1""SD Card""Nikon:ProgramShift""Program Shift"
-    "Nikon:Quality""Nikon:RawImageCenter""Raw Image Center""Nikon:RecordLocationData"
-    "Record Location Data""Nikon:RecordLocationData:0""Nikon:RecordLocationData:1"
-    "Nikon:ReleaseMode""Nikon:ReleaseMode:0""Continuous Low |\302\240Single Frame"
-    "Nikon:ReleaseMode:1""Continuous High |\302\240Continuous High Speed""Nikon:ReleaseMode:2"
-    "Continuous High (Extended)""Nikon:ReleaseMode:3""Continuous Low Speed""Nikon:ReleaseMode:32"
-    "Mirror-Up""Nikon:ReleaseMode:4""Timer""Nikon:ReleaseMode:5""Single Frame""Nikon:ReleaseMode:64"
-    "Quiet""Nikon:RepeatingFlashCount""Repeating Flash Count""Nikon:RepeatingFlashCountBuilt-in"
-    "Repeating Flash Count Built-in""Nikon:RepeatingFlashCountExternal"
-    "Repeating Flash Count External""Nikon:RepeatingFlashOutputExternal"
-    "Repeating Flash Output External""Nikon:RepeatingFlashRate""Repeating Flash Rate"
-    "Nikon:RepeatingFlashRateBuilt-in""Repeating Flash Rate Built-in"
-    "Nikon:RepeatingFlashRateExternal""Repeating Flash Rate External""Nikon:ResolutionUnit"
-    "Resolution Unit""Nikon:ResolutionUnit:1""Nikon:ResolutionUnit:2""inches"
-    "Nikon:ResolutionUnit:3""cm""Nikon:RetouchHistory""Retouch History""Nikon:RetouchHistory:0"
-    "Nikon:RetouchHistory:10""Sky Light""Nikon:RetouchHistory:11""Warm Tone"
-    "Nikon:RetouchHistory:12""Color Custom""Nikon:RetouchHistory:13""Nikon:RetouchHistory:14"
-    "Red Intensifier""Nikon:RetouchHistory:15""Green Intensifier""Nikon:RetouchHistory:16"
-    "Blue Intensifier""Nikon:RetouchHistory:17""Cross Screen""Nikon:RetouchHistory:18"
-    "Quick Retouch""Nikon:RetouchHistory:19""NEF Processing""Nikon:RetouchHistory:23"
-    "Nikon:RetouchHistory:25""Fisheye""Nikon:RetouchHistory:26""Straighten""Nikon:RetouchHistory:29"
-    "Perspective Control""Nikon:RetouchHistory:3""B & W""Nikon:RetouchHistory:30""Color Outline"
-    "Nikon:RetouchHistory:31""Soft Filter""Nikon:RetouchHistory:32""Resize""Nikon:RetouchHistory:33"
-    "Miniature Effect""Nikon:RetouchHistory:34""Skin Softening""Nikon:RetouchHistory:35"
-    "Selected Frame""Nikon:RetouchHistory:37""Color Sketch""Nikon:RetouchHistory:38"
-    "Selective Color""Nikon:RetouchHistory:39""Glamour""Nikon:RetouchHistory:4""Sepia"
-    "Nikon:RetouchHistory:40""Drawing""Nikon:RetouchHistory:44""Pop""Nikon:RetouchHistory:45"
-    "Toy Camera Effect 1""Nikon:RetouchHistory:46""Toy Camera Effect 2""Nikon:RetouchHistory:47"
-    "Cross Process (red)""Nikon:RetouchHistory:48""Cross Process (blue)""Nikon:RetouchHistory:49"
-    "Cross Process (green)""Nikon:RetouchHistory:5""Trim""Nikon:RetouchHistory:50"
-    "Cross Process (yellow)""Nikon:RetouchHistory:51""Super Vivid""Nikon:RetouchHistory:52"
-    "High-contrast Monochrome""Nikon:RetouchHistory:53""High Key""Nikon:RetouchHistory:54""Low Key"
-    "Nikon:RetouchHistory:6""Small Picture""Nikon:RetouchHistory:7""D-Lighting"
-    "Nikon:RetouchHistory:8""Red Eye""Nikon:RetouchHistory:9""Cyanotype""Nikon:RetouchInfoVersion"
-    "Retouch Info Version""Nikon:RetouchNEFProcessing""Retouch NEF Processing"
-    "Nikon:RetouchNEFProcessing:-1""Nikon:RetouchNEFProcessing:1""Nikon:RollAngle""Roll Angle"
-    "Nikon:Rotation""Nikon:Rotation:0""Horizontal""Nikon:Rotation:1""Nikon:Rotation:2"
-    "Nikon:Rotation:3""Nikon:Saturation""Nikon:SaturationAdj""Saturation Adj""Nikon:SceneAssist"
-    "Scene Assist""Nikon:SceneMode""Scene Mode""Nikon:SecondarySlotFunction"
-    "Secondary Slot Function""Nikon:SecondarySlotFunction:0""Overflow"
-    "Nikon:SecondarySlotFunction:1""Backup""Nikon:SecondarySlotFunction:2"
-    "Backup |\302\240NEF Primary + JPG Secondary""Nikon:SecondarySlotFunction:3"
-    "JPG Primary + JPG Secondary |\302\240NEF Primary + JPG Secondary""Nikon:SensorPixelSize"
-    "Sensor Pixel Size""Nikon:SensorShield""Sensor Shield""Nikon:SensorShield:0""Stays Open"
-    "Nikon:SensorShield:1""Closes""Nikon:SequenceNumber""Sequence Number""Nikon:SerialNumber"
-    "Serial Number""Nikon:SetClockFromLocationData""Set Clock From Location Data"
-    "Nikon:SetClockFromLocationData:0""Nikon:SetClockFromLocationData:1""Nikon:Sharpness"
-    "Nikon:ShootingMode""Shooting Mode""Nikon:ShotInfoVersion""Shot Info Version"
-    "Nikon:ShotsPerInterval""Shots Per Interval""Nikon:ShutterCount""Shutter Count"
-    "Nikon:ShutterMode""Shutter Mode""Nikon:ShutterMode:0""Mechanical""Nikon:ShutterMode:16"
-    "Electronic""Nikon:ShutterMode:48""Electronic Front Curtain""Nikon:ShutterMode:64"
-    "Electronic (Movie)""Nikon:ShutterMode:80""Auto (Mechanical)""Nikon:ShutterMode:81"
-    "Auto (Electronic Front Curtain)""Nikon:ShutterMode:96""Electronic (High Speed)"
-    "Nikon:SilentPhotography""Silent Photography""Nikon:SilentPhotography:0"
-    "Nikon:SilentPhotography:1""Nikon:SingleFrame""Nikon:Slot2JpgSize""Slot 2 Jpg Size"
-    "Nikon:Slot2JpgSize:0""Large (8256x5504)""Nikon:Slot2JpgSize:1""Medium (6192x4128)"
-    "Nikon:Slot2JpgSize:2""Small (4128x2752)""Nikon:Software""Nikon:SubIFD_Offset""Sub IFD Offset"
-    "Nikon:SubjectDetection""Subject Detection""Nikon:SubjectDetection:0""Nikon:SubjectDetection:1"
-    "Nikon:SubjectDetection:2""Nikon:SubjectDetection:3""Nikon:SubjectDetection:4"
-    "Nikon:SubjectDetection:5""Nikon:SubjectDetection:6""Nikon:TextEncoding""Text Encoding"
-    "Nikon:TextEncoding:0""Nikon:TextEncoding:1""UTF8""Nikon:TextEncoding:2""UTF16"
-    "Nikon:ThumbnailImage""Thumbnail Image""Nikon:TimeZone""Time Zone""Nikon:TimeZone:10"
-    "+05:45 (Kathmandu)""Nikon:TimeZone:11""+05:30 (New Dehli)""Nikon:TimeZone:12"
-    "+05:00 (Islamabad)""Nikon:TimeZone:13""+04:30 (Kabul)""Nikon:TimeZone:14""+04:00 (Abu Dhabi)"
-    "Nikon:TimeZone:15""+03:30 (Tehran)""Nikon:TimeZone:16""+03:00 (Moscow, Nairobi)"
-    "Nikon:TimeZone:17""+02:00 (Athens, Helsinki)""Nikon:TimeZone:18"
-    "+01:00 (Madrid, Paris, Berlin)""Nikon:TimeZone:19""+00:00 (London)""Nikon:TimeZone:20"
-    "-01:00 (Azores)""Nikon:TimeZone:21""-02:00 (Fernando de Noronha)""Nikon:TimeZone:22"
-    "-03:00 (Buenos Aires, Sao Paulo)""Nikon:TimeZone:23""-03:30 (Newfoundland)""Nikon:TimeZone:24"
-    "-04:00 (Manaus, Caracas)""Nikon:TimeZone:25""-05:00 (New York, Toronto, Lima)"
-    "Nikon:TimeZone:26""-06:00 (Chicago, Mexico City)""Nikon:TimeZone:27""-07:00 (Denver)"
-    "Nikon:TimeZone:28""-08:00 (Los Angeles, Vancouver)""Nikon:TimeZone:29""-09:00 (Anchorage)"
-    "Nikon:TimeZone:3""+10:00 (Sydney)""Nikon:TimeZone:30""-10:00 (Hawaii)""Nikon:TimeZone:5"
-    "+09:00 (Tokyo)""Nikon:TimeZone:6""+08:00 (Beijing, Honk Kong, Sinapore)""Nikon:ToneComp"
-    "Tone Comp""Nikon:ToneMap""Tone Map""Nikon:ToneMap:0""Nikon:ToneMap:1""Nikon:ToningEffect"
-    "Toning Effect""Nikon:ToningEffect:128""B&W""Nikon:ToningEffect:129""Nikon:ToningEffect:130"
-    "Nikon:ToningEffect:131""Nikon:ToningEffect:132""Nikon:ToningEffect:133""Nikon:ToningEffect:134"
-    "Blue-green""Nikon:ToningEffect:135""Nikon:ToningEffect:136""Purple-blue"
-    "Nikon:ToningEffect:137""Red-purple""Nikon:ToningEffect:255""Nikon:ToningSaturation"
-    "Toning Saturation""Nikon:USBPowerDelivery""USB Power Delivery""Nikon:USBPowerDelivery:0"
-    "Nikon:USBPowerDelivery:1""Nikon:UnknownInfo2Version""Unknown Info 2 Version"
-    "Nikon:UnknownInfoVersion""Unknown Info Version""Nikon:VRInfoVersion""VR Info Version"
-    "Nikon:VRMode""VR Mode""Nikon:VRMode:0""Normal |\302\240Off""Nikon:VRMode:1"
-    "Normal |\302\240On (1)""Nikon:VRMode:2""Active |\302\240Sport""Nikon:VRMode:3""Nikon:VRType"
-    "VR Type""Nikon:VRType:2""In-body""Nikon:VRType:3""In-body + Lens""Nikon:VR_0x66""VR 0x66"
-    "Nikon:VR_0x66:0""Nikon:VR_0x66:1""On (normal)""Nikon:VR_0x66:2""On (active)""Nikon:VariProgram"
-    "Vari Program""Nikon:VerticalISOButton""Vertical ISO Button""Nikon:VerticalISOButton:0"
-    "Nikon:VerticalISOButton:1""Nikon:VerticalISOButton:10""Nikon:VerticalISOButton:100"
-    "Nikon:VerticalISOButton:101""Nikon:VerticalISOButton:103""Nikon:VerticalISOButton:104"
-    "Nikon:VerticalISOButton:105""Nikon:VerticalISOButton:106""Nikon:VerticalISOButton:108"
-    "Nikon:VerticalISOButton:109""Nikon:VerticalISOButton:11""Nikon:VerticalISOButton:110"
-    "Nikon:VerticalISOButton:111""Nikon:VerticalISOButton:112""Nikon:VerticalISOButton:115"
-    "Nikon:VerticalISOButton:12""Nikon:VerticalISOButton:18""Nikon:VerticalISOButton:19"
-    "Nikon:VerticalISOButton:20""Nikon:VerticalISOButton:21""Nikon:VerticalISOButton:22"
-    "Nikon:VerticalISOButton:23""Nikon:VerticalISOButton:24""Nikon:VerticalISOButton:25"
-    "Nikon:VerticalISOButton:26""Nikon:VerticalISOButton:27""Nikon:VerticalISOButton:28"
-    "Nikon:VerticalISOButton:3""Nikon:VerticalISOButton:30""Nikon:VerticalISOButton:31"
-    "Nikon:VerticalISOButton:32""Nikon:VerticalISOButton:33""Nikon:VerticalISOButton:34"
-    "Nikon:VerticalISOButton:35""Nikon:VerticalISOButton:36""Nikon:VerticalISOButton:37"
-    "Nikon:VerticalISOButton:38""Nikon:VerticalISOButton:39""Nikon:VerticalISOButton:4"
-    "Nikon:VerticalISOButton:40""Nikon:VerticalISOButton:41""Nikon:VerticalISOButton:42"
-    "Nikon:VerticalISOButton:44""Nikon:VerticalISOButton:45""Nikon:VerticalISOButton:46"
-    "Nikon:VerticalISOButton:47""Nikon:VerticalISOButton:48""Nikon:VerticalISOButton:49"
-    "Nikon:VerticalISOButton:5""Nikon:VerticalISOButton:52""Nikon:VerticalISOButton:53"
-    "Nikon:VerticalISOButton:57""Nikon:VerticalISOButton:58""Nikon:VerticalISOButton:59"
-    "Nikon:VerticalISOButton:6""Nikon:VerticalISOButton:60""Nikon:VerticalISOButton:61"
-    "Nikon:VerticalISOButton:64""Nikon:VerticalISOButton:65""Nikon:VerticalISOButton:66"
-    "Nikon:VerticalISOButton:7""Nikon:VerticalISOButton:70""Nikon:VerticalISOButton:71"
-    "Nikon:VerticalISOButton:73""Nikon:VerticalISOButton:76""Nikon:VerticalISOButton:78"
-    "Nikon:VerticalISOButton:79""Nikon:VerticalISOButton:8""Nikon:VerticalISOButton:80"
-    "Nikon:VerticalISOButton:81""Nikon:VerticalISOButton:82""Nikon:VerticalISOButton:83"
-    "Nikon:VerticalISOButton:84""Nikon:VerticalISOButton:85""Nikon:VerticalISOButton:86"
-    "Nikon:VerticalISOButton:87""Nikon:VerticalISOButton:88""Nikon:VerticalISOButton:9"
-    "Nikon:VerticalISOButton:97""Nikon:VerticalISOButton:98""Nikon:VerticalISOButton:99"
-    "Nikon:VibrationReduction""Vibration Reduction""Nikon:VibrationReduction:0""Off |\302\240n/a"
-    "Nikon:VibrationReduction:1""Nikon:VibrationReduction:12""Nikon:VibrationReduction:15"
-    "Nikon:VibrationReduction:2""Off |\302\240On (2)""Nikon:VibrationReduction:3"
-    "On |\302\240On (3)""Nikon:ViewModeShowEffectsOfSettings""View Mode Show Effects Of Settings"
-    "Nikon:ViewModeShowEffectsOfSettings:0""Always""Nikon:ViewModeShowEffectsOfSettings:1"
-    "Only When Flash Not Used""Nikon:VignetteControl""Vignette Control""Nikon:VignetteControl:0"
-    "Nikon:VignetteControl:1""Nikon:VignetteControl:3""Nikon:VignetteControl:5"
-    "Nikon:WBBracketingSteps""WB Bracketing Steps""Nikon:WBBracketingSteps:0"
-    "WB Bracketing Disabled""Nikon:WBBracketingSteps:1""b3F 1""Nikon:WBBracketingSteps:16""0F 2"
-    "Nikon:WBBracketingSteps:17""b3F 2""Nikon:WBBracketingSteps:18""A3F 2"
-    "Nikon:WBBracketingSteps:19""b2F 2""Nikon:WBBracketingSteps:2""A3F 1"
-    "Nikon:WBBracketingSteps:20""A2F 2""Nikon:WBBracketingSteps:21""3F 2"
-    "Nikon:WBBracketingSteps:22""5F 2""Nikon:WBBracketingSteps:23""7F 2""Nikon:WBBracketingSteps:24"
-    "9F 2""Nikon:WBBracketingSteps:3""b2F 1""Nikon:WBBracketingSteps:32""0F 3"
-    "Nikon:WBBracketingSteps:33""b3F 3""Nikon:WBBracketingSteps:34""A3F 3"
-    "Nikon:WBBracketingSteps:35""b2F 3""Nikon:WBBracketingSteps:36""A2F 3"
-    "Nikon:WBBracketingSteps:37""3F 3""Nikon:WBBracketingSteps:38""5F 3""Nikon:WBBracketingSteps:39"
-    "7F 3""Nikon:WBBracketingSteps:4""A2F 1""Nikon:WBBracketingSteps:40""9F 3"
-    "Nikon:WBBracketingSteps:5""3F 1""Nikon:WBBracketingSteps:6""5F 1""Nikon:WBBracketingSteps:7"
-    "7F 1""Nikon:WBBracketingSteps:8""9F 1""Nikon:WBButton""WB Button""Nikon:WBButton:0"
-    "Nikon:WBButton:1""Nikon:WBButton:10""Nikon:WBButton:100""Nikon:WBButton:101"
-    "Nikon:WBButton:103""Nikon:WBButton:104""Nikon:WBButton:105""Nikon:WBButton:106"
-    "Nikon:WBButton:108""Nikon:WBButton:109""Nikon:WBButton:11""Nikon:WBButton:110"
-    "Nikon:WBButton:111""Nikon:WBButton:112""Nikon:WBButton:115""Nikon:WBButton:12"
-    "Nikon:WBButton:18""Nikon:WBButton:19""Nikon:WBButton:20""Nikon:WBButton:21""Nikon:WBButton:22"
-    "Nikon:WBButton:23""Nikon:WBButton:24""Nikon:WBButton:25""Nikon:WBButton:26""Nikon:WBButton:27"
-    "Nikon:WBButton:28""Nikon:WBButton:3""Nikon:WBButton:30""Nikon:WBButton:31""Nikon:WBButton:32"
-    "Nikon:WBButton:33""Nikon:WBButton:34""Nikon:WBButton:35""Nikon:WBButton:36""Nikon:WBButton:37"
-    "Nikon:WBButton:38""Nikon:WBButton:39""Nikon:WBButton:4""Nikon:WBButton:40""Nikon:WBButton:41"
-    "Nikon:WBButton:42""Nikon:WBButton:44""Nikon:WBButton:45""Nikon:WBButton:46""Nikon:WBButton:47"
-    "Nikon:WBButton:48""Nikon:WBButton:49""Nikon:WBButton:5""Nikon:WBButton:52""Nikon:WBButton:53"
-    "Nikon:WBButton:57""Nikon:WBButton:58""Nikon:WBButton:59""Nikon:WBButton:6""Nikon:WBButton:60"
-    "Nikon:WBButton:61""Nikon:WBButton:64""Nikon:WBButton:65""Nikon:WBButton:66""Nikon:WBButton:7"
-    "Nikon:WBButton:70""Nikon:WBButton:71""Nikon:WBButton:73""Nikon:WBButton:76""Nikon:WBButton:78"
-    "Nikon:WBButton:79""Nikon:WBButton:8""Nikon:WBButton:80""Nikon:WBButton:81""Nikon:WBButton:82"
-    "Nikon:WBButton:83""Nikon:WBButton:84""Nikon:WBButton:85""Nikon:WBButton:86""Nikon:WBButton:87"
-    "Nikon:WBButton:88""Nikon:WBButton:9""Nikon:WBButton:97""Nikon:WBButton:98""Nikon:WBButton:99"
-    "Nikon:WB_GRBGLevels""WB GRBG Levels""Nikon:WB_RBGGLevels""WB RBGG Levels""Nikon:WB_RBLevels"
-    "WB RB Levels""Nikon:WB_RBLevelsAuto""WB RB Levels Auto""Nikon:WB_RBLevelsCloudy"
-    "WB RB Levels Cloudy""Nikon:WB_RBLevelsDaylight""WB RB Levels Daylight""Nikon:WB_RBLevelsFlash"
-    "WB RB Levels Flash""Nikon:WB_RBLevelsFluorescent""WB RB Levels Fluorescent"
-    "Nikon:WB_RBLevelsIncandescent""WB RB Levels Incandescent""Nikon:WB_RBLevelsShade"
-    "WB RB Levels Shade""Nikon:WB_RGBGLevels""WB RGBG Levels""Nikon:WB_RGGBLevels""WB RGGB Levels"
-    "Nikon:WB_RGGBLevelsAuto""WB RGGB Levels Auto""Nikon:WB_RGGBLevelsCloudy""WB RGGB Levels Cloudy"
-    "Nikon:WB_RGGBLevelsCustom""WB RGGB Levels Custom""Nikon:WB_RGGBLevelsDaylight"
-    "WB RGGB Levels Daylight""Nikon:WB_RGGBLevelsFlash""WB RGGB Levels Flash"
-    "Nikon:WB_RGGBLevelsFluorescentD""WB RGGB Levels Fluorescent D""Nikon:WB_RGGBLevelsFluorescentN"
-    "WB RGGB Levels Fluorescent N""Nikon:WB_RGGBLevelsFluorescentW""WB RGGB Levels Fluorescent W"
-    "Nikon:WB_RGGBLevelsHTMercury""WB RGGB Levels HT Mercury""Nikon:WB_RGGBLevelsShade"
-    "WB RGGB Levels Shade""Nikon:WB_RGGBLevelsTungsten""WB RGGB Levels Tungsten""Nikon:WhiteBalance"
-    "Nikon:WhiteBalance:0""Nikon:WhiteBalance:1""Daylight""Nikon:WhiteBalance:2""Shade"
-    "Nikon:WhiteBalance:3""Fluorescent""Nikon:WhiteBalance:4""Tungsten""Nikon:WhiteBalance:5"
-    "Nikon:WhiteBalanceFineTune""White Balance Fine Tune""Nikon:WindNoiseReduction"
-    "Wind Noise Reduction""Nikon:WindNoiseReduction:0""Nikon:WindNoiseReduction:1"
-    "Nikon:XResolution""X Resolution""Nikon:YResolution""Y Resolution""Nikon:YawAngle""Yaw Angle"
-    "亮度""创意风格""色彩空间信息""对比度""数字数据产生的日期和时间""原始数据产生的日期和时间""数码变焦""曝光偏差""曝光程序""手动""一般程序""光圈优先""快门优先"
-    "创意摄影""运动摄影""人物""风景""曝光时间""光圈数""未设置""Auto Aperture |\302\240手动""闪光补偿""焦距""对焦模式""更新速率""自动HDR""关"
-    "高ISO降噪""弱""标准""强""色相""镜头""镜头信息""光源""厂商""镜头光圈最大值""最大镜头光圈""测量方式""未知""平均""中央重点""其它""点测光""多点""分割测光"
-    "部分测光""型号""未压缩""减少噪声""图像取向""0° (上/左)""0° (上/右)""180° (底/右)""180° (底/左)""90° CW (左/上)"
-    "90° CCW (右/上)""90° CCW (右/底)""90° CW (左/底)""图像质量""图像高宽分辨率单位""英寸""像素/厘米""饱和度""场景选择""照相机标识""锐度"
-    "拍摄模式""使用软件""缩略图""Off |\302\240未设置""白平衡""自动""太阳光""阴影""荧光""白炽灯""Ouverture de l'autofocus"
-    "Hauteur de la zone de l'autofocus""Mode de la zone d'autofocus"
+    "Nikon:PrimaryAFPoint:90" "F3 |\302\240I16 |\302\240I6" "Nikon:PrimaryAFPoint:91"
+    "E17 |\302\240E5 |\302\240G3" "Nikon:PrimaryAFPoint:92" "D17 |\302\240D2 |\302\240D5"
+    "Nikon:PrimaryAFPoint:93" "C17 |\302\240C2 |\302\240C5" "Nikon:PrimaryAFPoint:94"
+    "B17 |\302\240B2 |\302\240B5" "Nikon:PrimaryAFPoint:95" "A17 |\302\240A2 |\302\240A5"
+    "Nikon:PrimaryAFPoint:96" "E2 |\302\240F17 |\302\240F5" "Nikon:PrimaryAFPoint:97"
+    "F2 |\302\240G17 |\302\240G5" "Nikon:PrimaryAFPoint:98" "G2 |\302\240H17 |\302\240H5"
+    "Nikon:PrimaryAFPoint:99" "D1 |\302\240I17 |\302\240I5" "Nikon:PrimarySlot" "Primary Slot"
+    "Nikon:PrimarySlot:0" "XQD Card" "Nikon:PrimarySlot:1" "SD Card" "Nikon:ProgramShift"
+    "Program Shift" "Nikon:Quality" "Nikon:RawImageCenter" "Raw Image Center"
+    "Nikon:RecordLocationData" "Record Location Data" "Nikon:RecordLocationData:0"
+    "Nikon:RecordLocationData:1" "Nikon:ReleaseMode" "Nikon:ReleaseMode:0"
+    "Continuous Low |\302\240Single Frame" "Nikon:ReleaseMode:1"
+    "Continuous High |\302\240Continuous High Speed" "Nikon:ReleaseMode:2"
+    "Continuous High (Extended)" "Nikon:ReleaseMode:3" "Continuous Low Speed" "Nikon:ReleaseMode:32"
+    "Mirror-Up" "Nikon:ReleaseMode:4" "Timer" "Nikon:ReleaseMode:5" "Single Frame"
+    "Nikon:ReleaseMode:64" "Quiet" "Nikon:RepeatingFlashCount" "Repeating Flash Count"
+    "Nikon:RepeatingFlashCountBuilt-in" "Repeating Flash Count Built-in"
+    "Nikon:RepeatingFlashCountExternal" "Repeating Flash Count External"
+    "Nikon:RepeatingFlashOutputExternal" "Repeating Flash Output External"
+    "Nikon:RepeatingFlashRate" "Repeating Flash Rate" "Nikon:RepeatingFlashRateBuilt-in"
+    "Repeating Flash Rate Built-in" "Nikon:RepeatingFlashRateExternal"
+    "Repeating Flash Rate External" "Nikon:ResolutionUnit" "Resolution Unit"
+    "Nikon:ResolutionUnit:1" "Nikon:ResolutionUnit:2" "inches" "Nikon:ResolutionUnit:3" "cm"
+    "Nikon:RetouchHistory" "Retouch History" "Nikon:RetouchHistory:0" "Nikon:RetouchHistory:10"
+    "Sky Light" "Nikon:RetouchHistory:11" "Warm Tone" "Nikon:RetouchHistory:12" "Color Custom"
+    "Nikon:RetouchHistory:13" "Nikon:RetouchHistory:14" "Red Intensifier" "Nikon:RetouchHistory:15"
+    "Green Intensifier" "Nikon:RetouchHistory:16" "Blue Intensifier" "Nikon:RetouchHistory:17"
+    "Cross Screen" "Nikon:RetouchHistory:18" "Quick Retouch" "Nikon:RetouchHistory:19"
+    "NEF Processing" "Nikon:RetouchHistory:23" "Nikon:RetouchHistory:25" "Fisheye"
+    "Nikon:RetouchHistory:26" "Straighten" "Nikon:RetouchHistory:29" "Perspective Control"
+    "Nikon:RetouchHistory:3" "B & W" "Nikon:RetouchHistory:30" "Color Outline"
+    "Nikon:RetouchHistory:31" "Soft Filter" "Nikon:RetouchHistory:32" "Resize"
+    "Nikon:RetouchHistory:33" "Miniature Effect" "Nikon:RetouchHistory:34" "Skin Softening"
+    "Nikon:RetouchHistory:35" "Selected Frame" "Nikon:RetouchHistory:37" "Color Sketch"
+    "Nikon:RetouchHistory:38" "Selective Color" "Nikon:RetouchHistory:39" "Glamour"
+    "Nikon:RetouchHistory:4" "Sepia" "Nikon:RetouchHistory:40" "Drawing" "Nikon:RetouchHistory:44"
+    "Pop" "Nikon:RetouchHistory:45" "Toy Camera Effect 1" "Nikon:RetouchHistory:46"
+    "Toy Camera Effect 2" "Nikon:RetouchHistory:47" "Cross Process (red)" "Nikon:RetouchHistory:48"
+    "Cross Process (blue)" "Nikon:RetouchHistory:49" "Cross Process (green)"
+    "Nikon:RetouchHistory:5" "Trim" "Nikon:RetouchHistory:50" "Cross Process (yellow)"
+    "Nikon:RetouchHistory:51" "Super Vivid" "Nikon:RetouchHistory:52" "High-contrast Monochrome"
+    "Nikon:RetouchHistory:53" "High Key" "Nikon:RetouchHistory:54" "Low Key"
+    "Nikon:RetouchHistory:6" "Small Picture" "Nikon:RetouchHistory:7" "D-Lighting"
+    "Nikon:RetouchHistory:8" "Red Eye" "Nikon:RetouchHistory:9" "Cyanotype"
+    "Nikon:RetouchInfoVersion" "Retouch Info Version" "Nikon:RetouchNEFProcessing"
+    "Retouch NEF Processing" "Nikon:RetouchNEFProcessing:-1" "Nikon:RetouchNEFProcessing:1"
+    "Nikon:RollAngle" "Roll Angle" "Nikon:Rotation" "Nikon:Rotation:0" "Horizontal"
+    "Nikon:Rotation:1" "Nikon:Rotation:2" "Nikon:Rotation:3" "Nikon:Saturation"
+    "Nikon:SaturationAdj" "Saturation Adj" "Nikon:SceneAssist" "Scene Assist" "Nikon:SceneMode"
+    "Scene Mode" "Nikon:SecondarySlotFunction" "Secondary Slot Function"
+    "Nikon:SecondarySlotFunction:0" "Overflow" "Nikon:SecondarySlotFunction:1" "Backup"
+    "Nikon:SecondarySlotFunction:2" "Backup |\302\240NEF Primary + JPG Secondary"
+    "Nikon:SecondarySlotFunction:3"
+    "JPG Primary + JPG Secondary |\302\240NEF Primary + JPG Secondary" "Nikon:SensorPixelSize"
+    "Sensor Pixel Size" "Nikon:SensorShield" "Sensor Shield" "Nikon:SensorShield:0" "Stays Open"
+    "Nikon:SensorShield:1" "Closes" "Nikon:SequenceNumber" "Sequence Number" "Nikon:SerialNumber"
+    "Serial Number" "Nikon:SetClockFromLocationData" "Set Clock From Location Data"
+    "Nikon:SetClockFromLocationData:0" "Nikon:SetClockFromLocationData:1" "Nikon:Sharpness"
+    "Nikon:ShootingMode" "Shooting Mode" "Nikon:ShotInfoVersion" "Shot Info Version"
+    "Nikon:ShotsPerInterval" "Shots Per Interval" "Nikon:ShutterCount" "Shutter Count"
+    "Nikon:ShutterMode" "Shutter Mode" "Nikon:ShutterMode:0" "Mechanical" "Nikon:ShutterMode:16"
+    "Electronic" "Nikon:ShutterMode:48" "Electronic Front Curtain" "Nikon:ShutterMode:64"
+    "Electronic (Movie)" "Nikon:ShutterMode:80" "Auto (Mechanical)" "Nikon:ShutterMode:81"
+    "Auto (Electronic Front Curtain)" "Nikon:ShutterMode:96" "Electronic (High Speed)"
+    "Nikon:SilentPhotography" "Silent Photography" "Nikon:SilentPhotography:0"
+    "Nikon:SilentPhotography:1" "Nikon:SingleFrame" "Nikon:Slot2JpgSize" "Slot 2 Jpg Size"
+    "Nikon:Slot2JpgSize:0" "Large (8256x5504)" "Nikon:Slot2JpgSize:1" "Medium (6192x4128)"
+    "Nikon:Slot2JpgSize:2" "Small (4128x2752)" "Nikon:Software" "Nikon:SubIFD_Offset"
+    "Sub IFD Offset" "Nikon:SubjectDetection" "Subject Detection" "Nikon:SubjectDetection:0"
+    "Nikon:SubjectDetection:1" "Nikon:SubjectDetection:2" "Nikon:SubjectDetection:3"
+    "Nikon:SubjectDetection:4" "Nikon:SubjectDetection:5" "Nikon:SubjectDetection:6"
+    "Nikon:TextEncoding" "Text Encoding" "Nikon:TextEncoding:0" "Nikon:TextEncoding:1" "UTF8"
+    "Nikon:TextEncoding:2" "UTF16" "Nikon:ThumbnailImage" "Thumbnail Image" "Nikon:TimeZone"
+    "Time Zone" "Nikon:TimeZone:10" "+05:45 (Kathmandu)" "Nikon:TimeZone:11" "+05:30 (New Dehli)"
+    "Nikon:TimeZone:12" "+05:00 (Islamabad)" "Nikon:TimeZone:13" "+04:30 (Kabul)"
+    "Nikon:TimeZone:14" "+04:00 (Abu Dhabi)" "Nikon:TimeZone:15" "+03:30 (Tehran)"
+    "Nikon:TimeZone:16" "+03:00 (Moscow, Nairobi)" "Nikon:TimeZone:17" "+02:00 (Athens, Helsinki)"
+    "Nikon:TimeZone:18" "+01:00 (Madrid, Paris, Berlin)" "Nikon:TimeZone:19" "+00:00 (London)"
+    "Nikon:TimeZone:20" "-01:00 (Azores)" "Nikon:TimeZone:21" "-02:00 (Fernando de Noronha)"
+    "Nikon:TimeZone:22" "-03:00 (Buenos Aires, Sao Paulo)" "Nikon:TimeZone:23"
+    "-03:30 (Newfoundland)" "Nikon:TimeZone:24" "-04:00 (Manaus, Caracas)" "Nikon:TimeZone:25"
+    "-05:00 (New York, Toronto, Lima)" "Nikon:TimeZone:26" "-06:00 (Chicago, Mexico City)"
+    "Nikon:TimeZone:27" "-07:00 (Denver)" "Nikon:TimeZone:28" "-08:00 (Los Angeles, Vancouver)"
+    "Nikon:TimeZone:29" "-09:00 (Anchorage)" "Nikon:TimeZone:3" "+10:00 (Sydney)"
+    "Nikon:TimeZone:30" "-10:00 (Hawaii)" "Nikon:TimeZone:5" "+09:00 (Tokyo)" "Nikon:TimeZone:6"
+    "+08:00 (Beijing, Honk Kong, Sinapore)" "Nikon:ToneComp" "Tone Comp" "Nikon:ToneMap" "Tone Map"
+    "Nikon:ToneMap:0" "Nikon:ToneMap:1" "Nikon:ToningEffect" "Toning Effect"
+    "Nikon:ToningEffect:128" "B&W" "Nikon:ToningEffect:129" "Nikon:ToningEffect:130"
+    "Nikon:ToningEffect:131" "Nikon:ToningEffect:132" "Nikon:ToningEffect:133"
+    "Nikon:ToningEffect:134" "Blue-green" "Nikon:ToningEffect:135" "Nikon:ToningEffect:136"
+    "Purple-blue" "Nikon:ToningEffect:137" "Red-purple" "Nikon:ToningEffect:255"
+    "Nikon:ToningSaturation" "Toning Saturation" "Nikon:USBPowerDelivery" "USB Power Delivery"
+    "Nikon:USBPowerDelivery:0" "Nikon:USBPowerDelivery:1" "Nikon:UnknownInfo2Version"
+    "Unknown Info 2 Version" "Nikon:UnknownInfoVersion" "Unknown Info Version" "Nikon:VRInfoVersion"
+    "VR Info Version" "Nikon:VRMode" "VR Mode" "Nikon:VRMode:0" "Normal |\302\240Off"
+    "Nikon:VRMode:1" "Normal |\302\240On (1)" "Nikon:VRMode:2" "Active |\302\240Sport"
+    "Nikon:VRMode:3" "Nikon:VRType" "VR Type" "Nikon:VRType:2" "In-body" "Nikon:VRType:3"
+    "In-body + Lens" "Nikon:VR_0x66" "VR 0x66" "Nikon:VR_0x66:0" "Nikon:VR_0x66:1" "On (normal)"
+    "Nikon:VR_0x66:2" "On (active)" "Nikon:VariProgram" "Vari Program" "Nikon:VerticalISOButton"
+    "Vertical ISO Button" "Nikon:VerticalISOButton:0" "Nikon:VerticalISOButton:1"
+    "Nikon:VerticalISOButton:10" "Nikon:VerticalISOButton:100" "Nikon:VerticalISOButton:101"
+    "Nikon:VerticalISOButton:103" "Nikon:VerticalISOButton:104" "Nikon:VerticalISOButton:105"
+    "Nikon:VerticalISOButton:106" "Nikon:VerticalISOButton:108" "Nikon:VerticalISOButton:109"
+    "Nikon:VerticalISOButton:11" "Nikon:VerticalISOButton:110" "Nikon:VerticalISOButton:111"
+    "Nikon:VerticalISOButton:112" "Nikon:VerticalISOButton:115" "Nikon:VerticalISOButton:12"
+    "Nikon:VerticalISOButton:18" "Nikon:VerticalISOButton:19" "Nikon:VerticalISOButton:20"
+    "Nikon:VerticalISOButton:21" "Nikon:VerticalISOButton:22" "Nikon:VerticalISOButton:23"
+    "Nikon:VerticalISOButton:24" "Nikon:VerticalISOButton:25" "Nikon:VerticalISOButton:26"
+    "Nikon:VerticalISOButton:27" "Nikon:VerticalISOButton:28" "Nikon:VerticalISOButton:3"
+    "Nikon:VerticalISOButton:30" "Nikon:VerticalISOButton:31" "Nikon:VerticalISOButton:32"
+    "Nikon:VerticalISOButton:33" "Nikon:VerticalISOButton:34" "Nikon:VerticalISOButton:35"
+    "Nikon:VerticalISOButton:36" "Nikon:VerticalISOButton:37" "Nikon:VerticalISOButton:38"
+    "Nikon:VerticalISOButton:39" "Nikon:VerticalISOButton:4" "Nikon:VerticalISOButton:40"
+    "Nikon:VerticalISOButton:41" "Nikon:VerticalISOButton:42" "Nikon:VerticalISOButton:44"
+    "Nikon:VerticalISOButton:45" "Nikon:VerticalISOButton:46" "Nikon:VerticalISOButton:47"
+    "Nikon:VerticalISOButton:48" "Nikon:VerticalISOButton:49" "Nikon:VerticalISOButton:5"
+    "Nikon:VerticalISOButton:52" "Nikon:VerticalISOButton:53" "Nikon:VerticalISOButton:57"
+    "Nikon:VerticalISOButton:58" "Nikon:VerticalISOButton:59" "Nikon:VerticalISOButton:6"
+    "Nikon:VerticalISOButton:60" "Nikon:VerticalISOButton:61" "Nikon:VerticalISOButton:64"
+    "Nikon:VerticalISOButton:65" "Nikon:VerticalISOButton:66" "Nikon:VerticalISOButton:7"
+    "Nikon:VerticalISOButton:70" "Nikon:VerticalISOButton:71" "Nikon:VerticalISOButton:73"
+    "Nikon:VerticalISOButton:76" "Nikon:VerticalISOButton:78" "Nikon:VerticalISOButton:79"
+    "Nikon:VerticalISOButton:8" "Nikon:VerticalISOButton:80" "Nikon:VerticalISOButton:81"
+    "Nikon:VerticalISOButton:82" "Nikon:VerticalISOButton:83" "Nikon:VerticalISOButton:84"
+    "Nikon:VerticalISOButton:85" "Nikon:VerticalISOButton:86" "Nikon:VerticalISOButton:87"
+    "Nikon:VerticalISOButton:88" "Nikon:VerticalISOButton:9" "Nikon:VerticalISOButton:97"
+    "Nikon:VerticalISOButton:98" "Nikon:VerticalISOButton:99" "Nikon:VibrationReduction"
+    "Vibration Reduction" "Nikon:VibrationReduction:0" "Off |\302\240n/a"
+    "Nikon:VibrationReduction:1" "Nikon:VibrationReduction:12" "Nikon:VibrationReduction:15"
+    "Nikon:VibrationReduction:2" "Off |\302\240On (2)" "Nikon:VibrationReduction:3"
+    "On |\302\240On (3)" "Nikon:ViewModeShowEffectsOfSettings" "View Mode Show Effects Of Settings"
+    "Nikon:ViewModeShowEffectsOfSettings:0" "Always" "Nikon:ViewModeShowEffectsOfSettings:1"
+    "Only When Flash Not Used" "Nikon:VignetteControl" "Vignette Control" "Nikon:VignetteControl:0"
+    "Nikon:VignetteControl:1" "Nikon:VignetteControl:3" "Nikon:VignetteControl:5"
+    "Nikon:WBBracketingSteps" "WB Bracketing Steps" "Nikon:WBBracketingSteps:0"
+    "WB Bracketing Disabled" "Nikon:WBBracketingSteps:1" "b3F 1" "Nikon:WBBracketingSteps:16" "0F 2"
+    "Nikon:WBBracketingSteps:17" "b3F 2" "Nikon:WBBracketingSteps:18" "A3F 2"
+    "Nikon:WBBracketingSteps:19" "b2F 2" "Nikon:WBBracketingSteps:2" "A3F 1"
+    "Nikon:WBBracketingSteps:20" "A2F 2" "Nikon:WBBracketingSteps:21" "3F 2"
+    "Nikon:WBBracketingSteps:22" "5F 2" "Nikon:WBBracketingSteps:23" "7F 2"
+    "Nikon:WBBracketingSteps:24" "9F 2" "Nikon:WBBracketingSteps:3" "b2F 1"
+    "Nikon:WBBracketingSteps:32" "0F 3" "Nikon:WBBracketingSteps:33" "b3F 3"
+    "Nikon:WBBracketingSteps:34" "A3F 3" "Nikon:WBBracketingSteps:35" "b2F 3"
+    "Nikon:WBBracketingSteps:36" "A2F 3" "Nikon:WBBracketingSteps:37" "3F 3"
+    "Nikon:WBBracketingSteps:38" "5F 3" "Nikon:WBBracketingSteps:39" "7F 3"
+    "Nikon:WBBracketingSteps:4" "A2F 1" "Nikon:WBBracketingSteps:40" "9F 3"
+    "Nikon:WBBracketingSteps:5" "3F 1" "Nikon:WBBracketingSteps:6" "5F 1"
+    "Nikon:WBBracketingSteps:7" "7F 1" "Nikon:WBBracketingSteps:8" "9F 1" "Nikon:WBButton"
+    "WB Button" "Nikon:WBButton:0" "Nikon:WBButton:1" "Nikon:WBButton:10" "Nikon:WBButton:100"
+    "Nikon:WBButton:101" "Nikon:WBButton:103" "Nikon:WBButton:104" "Nikon:WBButton:105"
+    "Nikon:WBButton:106" "Nikon:WBButton:108" "Nikon:WBButton:109" "Nikon:WBButton:11"
+    "Nikon:WBButton:110" "Nikon:WBButton:111" "Nikon:WBButton:112" "Nikon:WBButton:115"
+    "Nikon:WBButton:12" "Nikon:WBButton:18" "Nikon:WBButton:19" "Nikon:WBButton:20"
+    "Nikon:WBButton:21" "Nikon:WBButton:22" "Nikon:WBButton:23" "Nikon:WBButton:24"
+    "Nikon:WBButton:25" "Nikon:WBButton:26" "Nikon:WBButton:27" "Nikon:WBButton:28"
+    "Nikon:WBButton:3" "Nikon:WBButton:30" "Nikon:WBButton:31" "Nikon:WBButton:32"
+    "Nikon:WBButton:33" "Nikon:WBButton:34" "Nikon:WBButton:35" "Nikon:WBButton:36"
+    "Nikon:WBButton:37" "Nikon:WBButton:38" "Nikon:WBButton:39" "Nikon:WBButton:4"
+    "Nikon:WBButton:40" "Nikon:WBButton:41" "Nikon:WBButton:42" "Nikon:WBButton:44"
+    "Nikon:WBButton:45" "Nikon:WBButton:46" "Nikon:WBButton:47" "Nikon:WBButton:48"
+    "Nikon:WBButton:49" "Nikon:WBButton:5" "Nikon:WBButton:52" "Nikon:WBButton:53"
+    "Nikon:WBButton:57" "Nikon:WBButton:58" "Nikon:WBButton:59" "Nikon:WBButton:6"
+    "Nikon:WBButton:60" "Nikon:WBButton:61" "Nikon:WBButton:64" "Nikon:WBButton:65"
+    "Nikon:WBButton:66" "Nikon:WBButton:7" "Nikon:WBButton:70" "Nikon:WBButton:71"
+    "Nikon:WBButton:73" "Nikon:WBButton:76" "Nikon:WBButton:78" "Nikon:WBButton:79"
+    "Nikon:WBButton:8" "Nikon:WBButton:80" "Nikon:WBButton:81" "Nikon:WBButton:82"
+    "Nikon:WBButton:83" "Nikon:WBButton:84" "Nikon:WBButton:85" "Nikon:WBButton:86"
+    "Nikon:WBButton:87" "Nikon:WBButton:88" "Nikon:WBButton:9" "Nikon:WBButton:97"
+    "Nikon:WBButton:98" "Nikon:WBButton:99" "Nikon:WB_GRBGLevels" "WB GRBG Levels"
+    "Nikon:WB_RBGGLevels" "WB RBGG Levels" "Nikon:WB_RBLevels" "WB RB Levels"
+    "Nikon:WB_RBLevelsAuto" "WB RB Levels Auto" "Nikon:WB_RBLevelsCloudy" "WB RB Levels Cloudy"
+    "Nikon:WB_RBLevelsDaylight" "WB RB Levels Daylight" "Nikon:WB_RBLevelsFlash"
+    "WB RB Levels Flash" "Nikon:WB_RBLevelsFluorescent" "WB RB Levels Fluorescent"
+    "Nikon:WB_RBLevelsIncandescent" "WB RB Levels Incandescent" "Nikon:WB_RBLevelsShade"
+    "WB RB Levels Shade" "Nikon:WB_RGBGLevels" "WB RGBG Levels" "Nikon:WB_RGGBLevels"
+    "WB RGGB Levels" "Nikon:WB_RGGBLevelsAuto" "WB RGGB Levels Auto" "Nikon:WB_RGGBLevelsCloudy"
+    "WB RGGB Levels Cloudy" "Nikon:WB_RGGBLevelsCustom" "WB RGGB Levels Custom"
+    "Nikon:WB_RGGBLevelsDaylight" "WB RGGB Levels Daylight" "Nikon:WB_RGGBLevelsFlash"
+    "WB RGGB Levels Flash" "Nikon:WB_RGGBLevelsFluorescentD" "WB RGGB Levels Fluorescent D"
+    "Nikon:WB_RGGBLevelsFluorescentN" "WB RGGB Levels Fluorescent N"
+    "Nikon:WB_RGGBLevelsFluorescentW" "WB RGGB Levels Fluorescent W" "Nikon:WB_RGGBLevelsHTMercury"
+    "WB RGGB Levels HT Mercury" "Nikon:WB_RGGBLevelsShade" "WB RGGB Levels Shade"
+    "Nikon:WB_RGGBLevelsTungsten" "WB RGGB Levels Tungsten" "Nikon:WhiteBalance"
+    "Nikon:WhiteBalance:0" "Nikon:WhiteBalance:1" "Daylight" "Nikon:WhiteBalance:2" "Shade"
+    "Nikon:WhiteBalance:3" "Fluorescent" "Nikon:WhiteBalance:4" "Tungsten" "Nikon:WhiteBalance:5"
+    "Nikon:WhiteBalanceFineTune" "White Balance Fine Tune" "Nikon:WindNoiseReduction"
+    "Wind Noise Reduction" "Nikon:WindNoiseReduction:0" "Nikon:WindNoiseReduction:1"
+    "Nikon:XResolution" "X Resolution" "Nikon:YResolution" "Y Resolution" "Nikon:YawAngle"
+    "Yaw Angle" "亮度" "创意风格" "色彩空间信息" "对比度" "数字数据产生的日期和时间" "原始数据产生的日期和时间" "数码变焦" "曝光偏差" "曝光程序" "手动"
+    "一般程序" "光圈优先" "快门优先" "创意摄影" "运动摄影" "人物" "风景" "曝光时间" "光圈数" "未设置" "Auto Aperture |\302\240手动"
+    "闪光补偿" "焦距" "对焦模式" "更新速率" "自动HDR" "关" "高ISO降噪" "弱" "标准" "强" "色相" "镜头" "镜头信息" "光源" "厂商" "镜头光圈最大值"
+    "最大镜头光圈" "测量方式" "未知" "平均" "中央重点" "其它" "点测光" "多点" "分割测光" "部分测光" "型号" "未压缩" "减少噪声" "图像取向"
+    "0° (上/左)" "0° (上/右)" "180° (底/右)" "180° (底/左)" "90° CW (左/上)" "90° CCW (右/上)" "90° CCW (右/底)"
+    "90° CW (左/底)" "图像质量" "图像高宽分辨率单位" "英寸" "像素/厘米" "饱和度" "场景选择" "照相机标识" "锐度" "拍摄模式" "使用软件" "缩略图"
+    "Off |\302\240未设置" "白平衡" "自动" "太阳光" "阴影" "荧光" "白炽灯" "Ouverture de l'autofocus"
+    "Hauteur de la zone de l'autofocus" "Mode de la zone d'autofocus"
     "Détection de contraste |\302\240Point de mire |\302\240Zone unique"
     "Détection de contraste (zone normale) |\302\240Simple |\302\240Zone dynamique"
-    "Zone unique (large)""Subject Tracking |\302\240Zone dynamique (large)"
-    "Large (C1) |\302\240Zone dynamique (large, suivi 3D)""Simple"
-    "Large (C2) |\302\240Zone du groupe""Suivi du sujet (41 points)""Priorité au visage (41 points)"
-    "Zone dynamique (25 points)""Zone dynamique (72 points)""Zone du groupe (HL)"
-    "Zone dynamique (49 points)""Point de mire""Dynamique""Large (S)""Large (L)""Auto (Personnes)"
+    "Zone unique (large)" "Subject Tracking |\302\240Zone dynamique (large)"
+    "Large (C1) |\302\240Zone dynamique (large, suivi 3D)" "Simple"
+    "Large (C2) |\302\240Zone du groupe" "Suivi du sujet (41 points)"
+    "Priorité au visage (41 points)" "Zone dynamique (25 points)" "Zone dynamique (72 points)"
+    "Zone du groupe (HL)" "Zone dynamique (49 points)" "Point de mire" "Dynamique" "Large (S)"
+    "Large (L)" "Auto (Personnes)"
     "Dynamique |\302\240Détection de contraste (large zone) |\302\240Zone dynamique (sujet le plus proche)"
-    "Zone normale AF""Zone large AF""Priorité aux visages AF""Suivi du sujet AF""Zone dynamique (S)"
-    "Zone dynamique (M)""Zone dynamique (L)""Suivi en 3D"
+    "Zone normale AF" "Zone large AF" "Priorité aux visages AF" "Suivi du sujet AF"
+    "Zone dynamique (S)" "Zone dynamique (M)" "Zone dynamique (L)" "Suivi en 3D"
     "Dynamique de groupe |\302\240Détection de contraste (priorité au visage) |\302\240Large (S)"
     "Détection de contraste (suivi du sujet) |\302\240Large (L) |\302\240Zone dynamique (9 points) |\302\240Zone unique (large)"
     "3D |\302\240Zone dynamique (21 points) |\302\240Zone dynamique (large)"
-    "Auto |\302\240Zone dynamique (51 points)""Zone dynamique (51 points, suivi 3D)""Zone auto"
-    "Zone dynamique (suivi 3D)""Largeur de la zone de l'autofocus"
-    "Position horizontale Zone de l'autofocus""Position verticale Zone de l'autofocus"
-    "Hauteur de l'image d'Autofocus""Largeur de l'image d'Autofocus"
-    "Version des infos de l'Autofocus""Point de l'Autofocus""Au Centre""En haut""À l'extrême-droit"
-    "En bas""Au Milieu à gauche""Au milieu à droite""En haut à gauche""En haut à droite"
-    "En bas à gauche""En bas à droite""À l'extrême-gauche""Points d'autofocus dans le focus"
-    "(aucun)""Au centre""À l'extrême droite""Tous les 11 points""À l'extrême gauche"
-    "Au milieu à gauche""Points d'Autofocus sélectionnés"
-    "Points de mise au point automatique utilisés""Au milieu droit""Au milieu gauche""Réponse AF"
-    "D-Lighting actif""Désactivé""Bas""Extra haut 3""Extra haut 4""Normale""Haut""Extra haut"
-    "Extra haut 1""Extra haut 2""Contrôle de distorsion automatique""Activé""Activé (sous l'eau)"
-    "ISO auto""Objectif Auxiliaire""Niveau noir""Luminosité""Clarté"
-    "Version de la Balance des couleurs""Teinte de couleur""Mode colorimétrique"
-    "Espace colorimétrique""sRVB""Adobe RVB""Contraste""Courbe de contraste""Code pays"
-    "Date de création des données numériques""Recadrage haute vitesse""Recadrage 1.3x"
-    "Recadrage vidéo 1.3x""FX non recadré""DX non recadré""Recadrage vidéo 2.8x"
-    "Recadrage vidéo 1.4x""Recadrage vidéo 1.5x""Recadrage 1:1""Recadrage DX""Recadrage 5:4"
-    "Recadrage 3:2""Recadrage 16:9""Recadrage 2.7x""Recadrage vidéo DX""Dump de données"
-    "Format date""Année/Mois/Jour""Mois/Jour/Année""Jour/Mois/Année""Mode Horodatage""Date et heure"
-    "Compteur de date""Date de création des données originales""Heure d'été""Non""Oui"
-    "Compteur d'images supprimées""Zoom numérique""Numéro du répertoire""Contrôle de la distorsion"
-    "Durée""Ouverture effective maxi de l'Objectif""Position de la pupille de sortie"
-    "Valeur Bracketing Expo""Décalage d'exposition""Correction d'exposition""Programme d'exposition"
-    "Non défini""Manuel""Programme normal""Priorité à l'ouverture AE""Priorité vitesse"
-    "Programme créatif (orienté profondeur de champ)"
-    "Programme action (orienté grandes vitesses d'obturation)""Mode portrait""Paysage"
-    "Temps de pose""Réglage de l'exposition""Compensation d'exposition flash externe"
-    "Micrologiciel Flash externe""Non applicable""1.01 (SB-800 ou Metz 58 AF-1)"
-    "3.01 (SU-800 Commande à distance)""Indicateurs de Flash externe"
-    "Déclenché |\302\240Flash Ready""Adaptateur pour flash large""Diffuseur à dôme""Flash à rebond"
-    "Diaphragme ƒ""Position visage 10""Position visage 11""Position visage 12""Position visage 1"
-    "Position visage 2""Position visage 3""Position visage 4""Position visage 5""Position visage 6"
-    "Position visage 7""Position visage 8""Position visage 9"
-    "Taille du cadre de détection du visage""Visages détectés""Version des Infos Fichier"
-    "Numéro du fichier""Effet de filtre""Jaune""Rouge""Vert""Version du micrologiciel"
-    "Version du firmware 2""Version de micrologiciel 3""Filtre couleur du flash""Aucun"
-    "FL-GL1 ou SZ-2FL Fluorescent""Bleu""Ambré""TN-A1 ou SZ-2TN Incandescent"
-    "Mode commandant du flash""Compensation du flash""Mode de Contrôle du Flash"
-    "Désactivé |\302\240TTL""Flash externe automatique |\302\240iTTL-BL"
-    "GN (priorité à la distance) |\302\240iTTL""Manuel |\302\240Ouverture automatique"
-    "Automatique |\302\240Flash répétitif""GN (priorité à la distance)""Flash répétitif"
-    "Valeur du bracketing d'exposition au flash""Compensation d'exposition au flash""Flash utilisé"
-    "Interne""Externe""Focale Flash""Distance du flash GN""Compensation du groupe de flash A"
-    "Mode de contrôle du groupe de flash A""Ouverture automatique""Automatique""Répétition du flash"
-    "Sortie Flash Groupe A""Compensation du groupe de flash B"
-    "Mode de contrôle du groupe de flash B""Sortie Flash Groupe B"
-    "Compensation du groupe de flash C""Mode de contrôle du groupe de flash C"
-    "Sortie Flash Groupe C""Version de l'info Flash""Mode du flash""Flash non-déclenché"
-    "Flash déclenché, Manuel""Flash LED""Flash non prêt""Flash déclenché, Exterieur"
-    "Flash déclenché, Mode Maître""Flash déclenché, Mode TTL""Puissance du flash""Réglages Flash"
-    "Source du flash""Type de flash""Focale de l'objectif""Mise au point""Distance focale"
-    "Largeur de la plage de distance focale""Mode de mise au point""Distance de mise au point"
-    "Vitesse""HDR auto""Désactivée""Activée |\302\240Activée (normale)""Info version HDR"
-    "Niveau HDR""Niveau HDR 2""Auto |\302\240Non applicable"
-    "Réduction du bruit en sensibilité ISO élevée""Minimale""Faible""Moyennement faible"
-    "Moyennement élevée""Forte""Nuance""Teinte""Sensibilité ISO""ISO 2""Extension sensibilité ISO"
-    "Arrêt""Choix ISO""Réglage ISO""Ajustement Image""Authentication de l'image""Cadre Image"
-    "Compteur d'images""Taille de l'image""Optimisation de l'image""Retouche de l'image"
-    "Qualité de l'image""NEF (RAW) |\302\240NEF (RAW) + JPEG Fin"
-    "JPEG Fin |\302\240NEF (RAW) + JPEG Normal""JPEG Normal |\302\240NEF (RAW) + JPEG basique"
-    "JPEG Basique |\302\240NEF (RAW)""NEF (RAW) + JPEG Fin |\302\240TIF (RVB)""JPEG Basique"
-    "Stabilisation de l'image""Langage""Objectif ""Version des Données Objectif"
-    "Nombre de diaphs de l'objectif""Identifiant de l'Objectif""Numéro de l'objectif"
-    "Informations sur l'objectif""Marque de l'objectif""Modèle de l'objectif"
-    "Type de monture de l'objectif""Objectif à monture F""Objectif à monture Z"
-    "Position absolue de l'objectif""Numéro de série de l'objectif""Type d'objectif"
-    "Source de lumière""Lieu""Version MCU""Fabricant"
-    "Version des informations spécifiques fabricant""Distance de mise au point manuelle"
-    "Ouverture maximale""Ouverture à la focale maxi""Ouverture à la focale mini"
-    "Ouverture maximale de l'objectif""Focale maxi""Mode de mesure""Inconnue""Moyenne"
-    "Moyenne pondérée centrale""Autre""Multi-spots""Multi-segments""Partielle"
-    "Atténuateur de microphone""Réponse en fréquence du microphone""Bande large""Bande vocale"
-    "Focale mini""Modèle de l'appareil photo""Contrôle automatique de la distorsion pour les vidéo"
-    "Zone de l'image vidéo""Mode de mesure vidéo""Matrice""Centre""Mise en lumière""Personnes"
-    "Auto-expo des surimpressions""Mode de surimpression""Nombre de prises de vue"
-    "Version Surimpression""Profondeur de bits NEF""Non applicable (JPEG)""Compression NEF"
-    "Avec perte (type 1)""Haute efficacité""Haute efficacité*""Non compressé""Sans perte"
-    "Avec perte (type 2)""Non compressé (réduit à 12 bits)""Petite""Table de Linearization"
-    "Données Nikon Capture""Version Nikon Capture""Mode de mesure Nikon""Réduction du bruit"
-    "Orientation de l'image""Horizontale (normale)""Mise en miroir horizontal""Rotation de 180°"
-    "Mise en miroir vertical""Mise en miroir horizontal et rotation antihoraire de 270°"
-    "Rotation antihoraire de 90°""Mise en miroir horizontal et rotation antihoraire de 90°"
-    "Rotation antihoraire de 270°""Auto-Focus""Ajustement de l'optimisation d'image"
-    "Paramètres par défault""Réglages rapides""Réglages manuels""Optimisation de l'image de base"
-    "Optimisation de l'image - Nom""Optimisation de l'image - Réglages rapides"
-    "Optimisation de l'image - Version""Angle de tangage""Aperçu de l'image""Aperçu de l'image 1"
+    "Auto |\302\240Zone dynamique (51 points)" "Zone dynamique (51 points, suivi 3D)" "Zone auto"
+    "Zone dynamique (suivi 3D)" "Largeur de la zone de l'autofocus"
+    "Position horizontale Zone de l'autofocus" "Position verticale Zone de l'autofocus"
+    "Hauteur de l'image d'Autofocus" "Largeur de l'image d'Autofocus"
+    "Version des infos de l'Autofocus" "Point de l'Autofocus" "Au Centre" "En haut"
+    "À l'extrême-droit" "En bas" "Au Milieu à gauche" "Au milieu à droite" "En haut à gauche"
+    "En haut à droite" "En bas à gauche" "En bas à droite" "À l'extrême-gauche"
+    "Points d'autofocus dans le focus" "(aucun)" "Au centre" "À l'extrême droite"
+    "Tous les 11 points" "À l'extrême gauche" "Au milieu à gauche" "Points d'Autofocus sélectionnés"
+    "Points de mise au point automatique utilisés" "Au milieu droit" "Au milieu gauche" "Réponse AF"
+    "D-Lighting actif" "Désactivé" "Bas" "Extra haut 3" "Extra haut 4" "Normale" "Haut" "Extra haut"
+    "Extra haut 1" "Extra haut 2" "Contrôle de distorsion automatique" "Activé"
+    "Activé (sous l'eau)" "ISO auto" "Objectif Auxiliaire" "Niveau noir" "Luminosité" "Clarté"
+    "Version de la Balance des couleurs" "Teinte de couleur" "Mode colorimétrique"
+    "Espace colorimétrique" "sRVB" "Adobe RVB" "Contraste" "Courbe de contraste" "Code pays"
+    "Date de création des données numériques" "Recadrage haute vitesse" "Recadrage 1.3x"
+    "Recadrage vidéo 1.3x" "FX non recadré" "DX non recadré" "Recadrage vidéo 2.8x"
+    "Recadrage vidéo 1.4x" "Recadrage vidéo 1.5x" "Recadrage 1:1" "Recadrage DX" "Recadrage 5:4"
+    "Recadrage 3:2" "Recadrage 16:9" "Recadrage 2.7x" "Recadrage vidéo DX" "Dump de données"
+    "Format date" "Année/Mois/Jour" "Mois/Jour/Année" "Jour/Mois/Année" "Mode Horodatage"
+    "Date et heure" "Compteur de date" "Date de création des données originales" "Heure d'été" "Non"
+    "Oui" "Compteur d'images supprimées" "Zoom numérique" "Numéro du répertoire"
+    "Contrôle de la distorsion" "Durée" "Ouverture effective maxi de l'Objectif"
+    "Position de la pupille de sortie" "Valeur Bracketing Expo" "Décalage d'exposition"
+    "Correction d'exposition" "Programme d'exposition" "Non défini" "Manuel" "Programme normal"
+    "Priorité à l'ouverture AE" "Priorité vitesse" "Programme créatif (orienté profondeur de champ)"
+    "Programme action (orienté grandes vitesses d'obturation)" "Mode portrait" "Paysage"
+    "Temps de pose" "Réglage de l'exposition" "Compensation d'exposition flash externe"
+    "Micrologiciel Flash externe" "Non applicable" "1.01 (SB-800 ou Metz 58 AF-1)"
+    "3.01 (SU-800 Commande à distance)" "Indicateurs de Flash externe"
+    "Déclenché |\302\240Flash Ready" "Adaptateur pour flash large" "Diffuseur à dôme"
+    "Flash à rebond" "Diaphragme ƒ" "Position visage 10" "Position visage 11" "Position visage 12"
+    "Position visage 1" "Position visage 2" "Position visage 3" "Position visage 4"
+    "Position visage 5" "Position visage 6" "Position visage 7" "Position visage 8"
+    "Position visage 9" "Taille du cadre de détection du visage" "Visages détectés"
+    "Version des Infos Fichier" "Numéro du fichier" "Effet de filtre" "Jaune" "Rouge" "Vert"
+    "Version du micrologiciel" "Version du firmware 2" "Version de micrologiciel 3"
+    "Filtre couleur du flash" "Aucun" "FL-GL1 ou SZ-2FL Fluorescent" "Bleu" "Ambré"
+    "TN-A1 ou SZ-2TN Incandescent" "Mode commandant du flash" "Compensation du flash"
+    "Mode de Contrôle du Flash" "Désactivé |\302\240TTL"
+    "Flash externe automatique |\302\240iTTL-BL" "GN (priorité à la distance) |\302\240iTTL"
+    "Manuel |\302\240Ouverture automatique" "Automatique |\302\240Flash répétitif"
+    "GN (priorité à la distance)" "Flash répétitif" "Valeur du bracketing d'exposition au flash"
+    "Compensation d'exposition au flash" "Flash utilisé" "Interne" "Externe" "Focale Flash"
+    "Distance du flash GN" "Compensation du groupe de flash A"
+    "Mode de contrôle du groupe de flash A" "Ouverture automatique" "Automatique"
+    "Répétition du flash" "Sortie Flash Groupe A" "Compensation du groupe de flash B"
+    "Mode de contrôle du groupe de flash B" "Sortie Flash Groupe B"
+    "Compensation du groupe de flash C" "Mode de contrôle du groupe de flash C"
+    "Sortie Flash Groupe C" "Version de l'info Flash" "Mode du flash" "Flash non-déclenché"
+    "Flash déclenché, Manuel" "Flash LED" "Flash non prêt" "Flash déclenché, Exterieur"
+    "Flash déclenché, Mode Maître" "Flash déclenché, Mode TTL" "Puissance du flash" "Réglages Flash"
+    "Source du flash" "Type de flash" "Focale de l'objectif" "Mise au point" "Distance focale"
+    "Largeur de la plage de distance focale" "Mode de mise au point" "Distance de mise au point"
+    "Vitesse" "HDR auto" "Désactivée" "Activée |\302\240Activée (normale)" "Info version HDR"
+    "Niveau HDR" "Niveau HDR 2" "Auto |\302\240Non applicable"
+    "Réduction du bruit en sensibilité ISO élevée" "Minimale" "Faible" "Moyennement faible"
+    "Moyennement élevée" "Forte" "Nuance" "Teinte" "Sensibilité ISO" "ISO 2"
+    "Extension sensibilité ISO" "Arrêt" "Choix ISO" "Réglage ISO" "Ajustement Image"
+    "Authentication de l'image" "Cadre Image" "Compteur d'images" "Taille de l'image"
+    "Optimisation de l'image" "Retouche de l'image" "Qualité de l'image"
+    "NEF (RAW) |\302\240NEF (RAW) + JPEG Fin" "JPEG Fin |\302\240NEF (RAW) + JPEG Normal"
+    "JPEG Normal |\302\240NEF (RAW) + JPEG basique" "JPEG Basique |\302\240NEF (RAW)"
+    "NEF (RAW) + JPEG Fin |\302\240TIF (RVB)" "JPEG Basique" "Stabilisation de l'image" "Langage"
+    "Objectif " "Version des Données Objectif" "Nombre de diaphs de l'objectif"
+    "Identifiant de l'Objectif" "Numéro de l'objectif" "Informations sur l'objectif"
+    "Marque de l'objectif" "Modèle de l'objectif" "Type de monture de l'objectif"
+    "Objectif à monture F" "Objectif à monture Z" "Position absolue de l'objectif"
+    "Numéro de série de l'objectif" "Type d'objectif" "Source de lumière" "Lieu" "Version MCU"
+    "Fabricant" "Version des informations spécifiques fabricant"
+    "Distance de mise au point manuelle" "Ouverture maximale" "Ouverture à la focale maxi"
+    "Ouverture à la focale mini" "Ouverture maximale de l'objectif" "Focale maxi" "Mode de mesure"
+    "Inconnue" "Moyenne" "Moyenne pondérée centrale" "Autre" "Multi-spots" "Multi-segments"
+    "Partielle" "Atténuateur de microphone" "Réponse en fréquence du microphone" "Bande large"
+    "Bande vocale" "Focale mini" "Modèle de l'appareil photo"
+    "Contrôle automatique de la distorsion pour les vidéo" "Zone de l'image vidéo"
+    "Mode de mesure vidéo" "Matrice" "Centre" "Mise en lumière" "Personnes"
+    "Auto-expo des surimpressions" "Mode de surimpression" "Nombre de prises de vue"
+    "Version Surimpression" "Profondeur de bits NEF" "Non applicable (JPEG)" "Compression NEF"
+    "Avec perte (type 1)" "Haute efficacité" "Haute efficacité*" "Non compressé" "Sans perte"
+    "Avec perte (type 2)" "Non compressé (réduit à 12 bits)" "Petite" "Table de Linearization"
+    "Données Nikon Capture" "Version Nikon Capture" "Mode de mesure Nikon" "Réduction du bruit"
+    "Orientation de l'image" "Horizontale (normale)" "Mise en miroir horizontal" "Rotation de 180°"
+    "Mise en miroir vertical" "Mise en miroir horizontal et rotation antihoraire de 270°"
+    "Rotation antihoraire de 90°" "Mise en miroir horizontal et rotation antihoraire de 90°"
+    "Rotation antihoraire de 270°" "Auto-Focus" "Ajustement de l'optimisation d'image"
+    "Paramètres par défault" "Réglages rapides" "Réglages manuels" "Optimisation de l'image de base"
+    "Optimisation de l'image - Nom" "Optimisation de l'image - Réglages rapides"
+    "Optimisation de l'image - Version" "Angle de tangage" "Aperçu de l'image" "Aperçu de l'image 1"
     "Aperçu de l'image 2"
     "Au centre |\302\240C6 (Centre) |\302\240D8 (Centre) |\302\240E5 (Center) |\302\240E8 (Centre) |\302\240E9 (Centre)"
     "B9 |\302\240E10 |\302\240E3 |\302\240E6 |\302\240E9 |\302\240En bas à droite"
@@ -1815,108 +1876,112 @@ constexpr char kText[] =
     "A3 |\302\240A6 |\302\240Au milieu à droite |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9"
     "E16 |\302\240E4 |\302\240E6 |\302\240F8 (Centre)"
     "C9 |\302\240D7 |\302\240En haut à droite |\302\240I5 |\302\240I8 |\302\240I9"
-    "Décalage Programme""Qualité""Centre de l'image RAW""Mode de déclenchement"
-    "Continuous Low |\302\240Vue par vue""Continuous High |\302\240Haute vitesse continue"
-    "Vitesse lente continue""Miroir en haut""Minuterie""Vue par vue""Silencieux"
-    "Unité de résolutions""Aucune""pouce""Pixels/cm""Historique retouche""Écran croisé""Sépia"
-    "Traitement croisé (rouge)""Traitement croisé (bleu)""Traitement croisé (vert)"
-    "Traitement croisé (jaune)""Tons clairs""Tons sombres""Angle de roulis""Horizontale"
-    "Réglage de la saturation""Assistant Scene""Mode Scène""Taille des pixels du capteur"
-    "Protection du capteur""Reste ouvert""Se ferme""Numéro de Séquence""Numéro de série""Netteté"
-    "Mode de prise de vue""Version des Infos prise de vue""Décompte des déclenchements""Logiciel"
-    "Encodage du texte""Vignette""Fuseau horaire""+05:45 (Katmandou)""+04:30 (Kaboul)"
-    "+03:30 (Téhéran)""+03:00 (Moscou, Nairobi)""+02:00 (Athènes, Helsinki)""+00:00 (Londre)"
-    "-01:00 (Les Açores)""+08:00 (Pékin, Honk Kong, Singapour)""Correction de tonalité"
-    "Effet tonifiant""N&B""Bleu-vert""Violet-bleu""Rouge-violet""Tonalité de la saturation"
-    "Info Version VR""Mode VR""Désactivé |\302\240Normal""Activé (1) |\302\240Normal"
-    "Actif |\302\240Sport""Variprogramme""Reduction des vibrations"
-    "Désactivé |\302\240Non applicable""Activé |\302\240On (1)""Désactivé |\302\240On (2)"
-    "Activé |\302\240On (3)""Controle du vignettage""Niveau balance des Blancs des niveaux VRBV"
-    "Niveau balance des blancs RBVV""Niveaux balance des blancs RB"
-    "Niveaux balance des blancs RB Automatique""Niveaux balance des blancs RB nuageux"
-    "Balance des Blancs des niveaux RB ombre""Balance des Blancs des niveaux RVBV"
-    "Balance des blancs des niveaux RVVB""Balance des blancs des niveaux RVVB automatiques"
-    "Balance des Blancs des niveaux RVVB nuageux""Balance des Blancs des niveaux RVVB personnalisés"
-    "Balance des Blancs des niveaux RVVB lumière du jour""Balance des Blancs des niveaux RVVB flash"
-    "Balance des Blancs des niveaux RVVB fluorescent""Balance des Blancs des niveaux RVVB fluo N"
-    "Balance des Blancs des niveaux RVVB fluo W""Balance des Blancs des niveaux RVVB ombre"
-    "Balance des Blancs des niveaux RVVB tungstène""Balance des blancs"
-    "Equilibrage automatique des blancs""Lumière du jour""Ombre""Fluorescente"
-    "Tungstène (lumière incandescente)""Manuelle""Balance des blancs - Réglage fin"
-    "Résolution horizontale de l'image""Résolution verticale de l'image""AF-Blende""AF-Bereichshöhe"
-    "Messfeldsteuerung""Einzelfeld |\302\240Kontrasterkennung |\302\240Pinpoint"
+    "Décalage Programme" "Qualité" "Centre de l'image RAW" "Mode de déclenchement"
+    "Continuous Low |\302\240Vue par vue" "Continuous High |\302\240Haute vitesse continue"
+    "Vitesse lente continue" "Miroir en haut" "Minuterie" "Vue par vue" "Silencieux"
+    "Unité de résolutions" "Aucune" "pouce" "Pixels/cm" "Historique retouche" "Écran croisé" "Sépia"
+    "Traitement croisé (rouge)" "Traitement croisé (bleu)" "Traitement croisé (vert)"
+    "Traitement croisé (jaune)" "Tons clairs" "Tons sombres" "Angle de roulis" "Horizontale"
+    "Réglage de la saturation" "Assistant Scene" "Mode Scène" "Taille des pixels du capteur"
+    "Protection du capteur" "Reste ouvert" "Se ferme" "Numéro de Séquence" "Numéro de série"
+    "Netteté" "Mode de prise de vue" "Version des Infos prise de vue" "Décompte des déclenchements"
+    "Logiciel" "Encodage du texte" "Vignette" "Fuseau horaire" "+05:45 (Katmandou)"
+    "+04:30 (Kaboul)" "+03:30 (Téhéran)" "+03:00 (Moscou, Nairobi)" "+02:00 (Athènes, Helsinki)"
+    "+00:00 (Londre)" "-01:00 (Les Açores)" "+08:00 (Pékin, Honk Kong, Singapour)"
+    "Correction de tonalité" "Effet tonifiant" "N&B" "Bleu-vert" "Violet-bleu" "Rouge-violet"
+    "Tonalité de la saturation" "Info Version VR" "Mode VR" "Désactivé |\302\240Normal"
+    "Activé (1) |\302\240Normal" "Actif |\302\240Sport" "Variprogramme" "Reduction des vibrations"
+    "Désactivé |\302\240Non applicable" "Activé |\302\240On (1)" "Désactivé |\302\240On (2)"
+    "Activé |\302\240On (3)" "Controle du vignettage" "Niveau balance des Blancs des niveaux VRBV"
+    "Niveau balance des blancs RBVV" "Niveaux balance des blancs RB"
+    "Niveaux balance des blancs RB Automatique" "Niveaux balance des blancs RB nuageux"
+    "Balance des Blancs des niveaux RB ombre" "Balance des Blancs des niveaux RVBV"
+    "Balance des blancs des niveaux RVVB" "Balance des blancs des niveaux RVVB automatiques"
+    "Balance des Blancs des niveaux RVVB nuageux"
+    "Balance des Blancs des niveaux RVVB personnalisés"
+    "Balance des Blancs des niveaux RVVB lumière du jour"
+    "Balance des Blancs des niveaux RVVB flash" "Balance des Blancs des niveaux RVVB fluorescent"
+    "Balance des Blancs des niveaux RVVB fluo N" "Balance des Blancs des niveaux RVVB fluo W"
+    "Balance des Blancs des niveaux RVVB ombre" "Balance des Blancs des niveaux RVVB tungstène"
+    "Balance des blancs" "Equilibrage automatique des blancs" "Lumière du jour" "Ombre"
+    "Fluorescente" "Tungstène (lumière incandescente)" "Manuelle" "Balance des blancs - Réglage fin"
+    "Résolution horizontale de l'image" "Résolution verticale de l'image" "AF-Blende"
+    "AF-Bereichshöhe" "Messfeldsteuerung" "Einzelfeld |\302\240Kontrasterkennung |\302\240Pinpoint"
     "Dynamisch |\302\240Kontrasterkennung (Standardbereich) |\302\240Single"
-    "Einzelfeldmessung (groß)""Dynamische Messfeldsteuerung (groß) |\302\240Subject Tracking"
-    "Dynamischer Bereich (groß, 3D-Nachführung) |\302\240Wide (C1)""Automatisch (41 Punkte)"
-    "Objektverfolgung (41 Punkte)""Gesichtserkennung (41 Punkte)"
+    "Einzelfeldmessung (groß)" "Dynamische Messfeldsteuerung (groß) |\302\240Subject Tracking"
+    "Dynamischer Bereich (groß, 3D-Nachführung) |\302\240Wide (C1)" "Automatisch (41 Punkte)"
+    "Objektverfolgung (41 Punkte)" "Gesichtserkennung (41 Punkte)"
     "Dynamic |\302\240Dynamic Messfeldgruppensteuerung (priorität der kürzesten Aufnahmedistanz) |\302\240Kontrasterkennung (großer Bereich)"
     "Dynamische Messfeldgruppensteuerung |\302\240Kontrasterkennung (Gesichtserkennung) |\302\240Wide (S)"
     "Dynamischer Bereich (9 Punkte) |\302\240Einzelfeldmessung (groß) |\302\240Kontrasterkennung (Objektverfolgung) |\302\240Wide (L)"
     "3D |\302\240Dynamische Messfeldsteuerung (groß) |\302\240Dynamischer Bereich (21 Punkte)"
-    "Auto |\302\240Dynamischer Bereich (51 Punkte)""Dynamischer Bereich (51 Punkte, 3D-Nachführung)"
-    "Autom. Messfeldgr.""Dynamischer Bereich (3D-Nachführung)""AF-Bereichsbreite"
-    "AF-Bereich X Position""AF-Bereich Y Position""AF-Feinabstimmung""Aus""Ein (1) |\302\240On"
-    "Ein (2)""AF-Bildhöhe""AF-Bildbreite""AF-Info-Version""Gewählter AF-Punkt""Mitte""Oben"
-    "Weit rechts""Unten""Links mitte""Rechts mitte""Links oben""Rechts oben""Links unten"
-    "Rechts unten""Weit links""AF-Punkte im Fokus""(Keine)""Alle 11 Punkte""AF gewählte Punkte"
-    "Verwendete AF-Punkte""Verwendeter AF""Aktives D-Lighting""Leicht""Hoch"
-    "Automatische Verzeichnungskontrolle""Ein""ISO-Automatik""Vorsatzlinse""Schwarzwert""Helligkeit"
-    "CCD Empfindlichkeit""Farbabgleich Version""Farbwiedergabe""Farbmodus""Farbraum""Kontrast"
-    "Kontrast-Kurve""Konverter""ISO-Ländercode""Digitalisierungsdatum/-uhrzeit"
-    "Ausschnitt Highspeed""Daten-Dump""Datumsformat""Jahr/Monat/Tag""Monat/Tag/Jahr""Tag/Monat/Jahr"
-    "Zeitstempel-Modus""Datum""Erstellungsdatum/-uhrzeit""Sommerzeit""Anzahl gelöschter Bilder"
-    "Digital-Zoom""Ordner-Nummer""Verzeichnungskontrolle""Verzeichnung Version""Dauer"
-    "Effektiv größte Blende""Equipment-IFD-Zeiger""Austrittspupillenposition""Belichtungsreihenwert"
-    "Belichtungskorrektur""Belichtungsabweichung""Belichtungsprogramm""Nicht definiert""Manuell"
-    "Programmautomatik""Blendenpriorität""Verschlusspriorität"
+    "Auto |\302\240Dynamischer Bereich (51 Punkte)"
+    "Dynamischer Bereich (51 Punkte, 3D-Nachführung)" "Autom. Messfeldgr."
+    "Dynamischer Bereich (3D-Nachführung)" "AF-Bereichsbreite" "AF-Bereich X Position"
+    "AF-Bereich Y Position" "AF-Feinabstimmung" "Aus" "Ein (1) |\302\240On" "Ein (2)" "AF-Bildhöhe"
+    "AF-Bildbreite" "AF-Info-Version" "Gewählter AF-Punkt" "Mitte" "Oben" "Weit rechts" "Unten"
+    "Links mitte" "Rechts mitte" "Links oben" "Rechts oben" "Links unten" "Rechts unten"
+    "Weit links" "AF-Punkte im Fokus" "(Keine)" "Alle 11 Punkte" "AF gewählte Punkte"
+    "Verwendete AF-Punkte" "Verwendeter AF" "Aktives D-Lighting" "Leicht" "Hoch"
+    "Automatische Verzeichnungskontrolle" "Ein" "ISO-Automatik" "Vorsatzlinse" "Schwarzwert"
+    "Helligkeit" "CCD Empfindlichkeit" "Farbabgleich Version" "Farbwiedergabe" "Farbmodus"
+    "Farbraum" "Kontrast" "Kontrast-Kurve" "Konverter" "ISO-Ländercode"
+    "Digitalisierungsdatum/-uhrzeit" "Ausschnitt Highspeed" "Daten-Dump" "Datumsformat"
+    "Jahr/Monat/Tag" "Monat/Tag/Jahr" "Tag/Monat/Jahr" "Zeitstempel-Modus" "Datum"
+    "Erstellungsdatum/-uhrzeit" "Sommerzeit" "Anzahl gelöschter Bilder" "Digital-Zoom"
+    "Ordner-Nummer" "Verzeichnungskontrolle" "Verzeichnung Version" "Dauer" "Effektiv größte Blende"
+    "Equipment-IFD-Zeiger" "Austrittspupillenposition" "Belichtungsreihenwert"
+    "Belichtungskorrektur" "Belichtungsabweichung" "Belichtungsprogramm" "Nicht definiert" "Manuell"
+    "Programmautomatik" "Blendenpriorität" "Verschlusspriorität"
     "Kreativ-Programm (ausgerichtet auf Schärfentiefe)"
-    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)""Porträt""Landschaft"
-    "Belichtungsdauer""Externe Blitzbelichtungskorrektur"
-    "Belichtungskorrektur des externen Blitzgeräts""Externer Blitz Firmware""(nicht gesetzt)"
-    "Externer Blitz Flags""Ausgelöst |\302\240Flash Ready""F-Wert""Position, 10. Gesicht"
-    "Position, 11. Gesicht""Position, 12. Gesicht""Position, 1. Gesicht""Position, 2. Gesicht"
-    "Position, 3. Gesicht""Position, 4. Gesicht""Position, 5. Gesicht""Position, 6. Gesicht"
-    "Position, 7. Gesicht""Position, 8. Gesicht""Position, 9. Gesicht"
-    "Gesichtserkennung Bereichsgröße""Gesichter erkannt""Datei-Informationen-Version""Dateinummer"
-    "Filtereffekt""Gelb""Rot""Grün""Firmware-Version""Blitz Farbfilter""Master-Steuerung"
-    "Blitzbelichtungs-Korrektur""Blitzlichtsteuerungsmodus""Aus |\302\240TTL"
-    "Blendenautomatik (AA) |\302\240Manuell""Automatic |\302\240Stroboskopblitz""Stroboskopblitz"
-    "Blitzbelichtungsreihenwert""Blitzbelichtungskorrektur""Blitzbelichtungskorrektur 2"
-    "Blitzbelichtungskorrektur 3""Blitzbelichtungskorrektur 4""Blitz wurde ausgelöst"
-    "Blitz-Brennweite""Blitzleitzahl Entfernung""Gruppe A, Blitzbelichtungs-Korrektur"
-    "Gruppe A, Blitzlichtsteuerungsmodus""Blendenautomatik (AA)""Gruppe A, Blitz-Leistung"
-    "Gruppe B, Blitzbelichtungs-Korrektur""Gruppe B, Blitzlichtsteuerungsmodus""Automatik"
-    "Gruppe B, Blitz-Leistung""Gruppe C, Blitzbelichtungs-Korrektur"
-    "Gruppe C, Blitzlichtsteuerungsmodus""Gruppe C, Blitz-Leistung""Blitz-Informationen-Version"
-    "Blitz-Modus""Nicht ausgelöst""Ausgelöst, Manuell""Nicht bereit""Ausgelöst, Extern"
-    "Ausgelöst, Befehlsmodus""Ausgelöst, TTL-Modus""Blitzstärke""Blitz Fernauslöser"
-    "Blitzeinstellung""Blitztyp""Brennweite""Schärfepriorität""Fokus-Distanz""Fokus-Modus"
-    "Bereichshöhe""Bildwechselfrequenz""Bereichsbreite""Auto HDR"
-    "Rauschunterdrückung bei hoher Empfindlichkeit""Schwächer""Stärker""Farbton""Farbtonkorrektur"
-    "ISO-Empfindlichkeit""ISO-Empfindlichkeit (2)""ISO-Erweiterung""ISO-Erweiterung (2)"
-    "ISO-Auswahl""ISO-Einstellung""Bildanpassung""Bild-Authentifikation""Bildbegrenzung""Bildzähler"
-    "Bilddatengröße""Bildoptimierung""Bildverarbeitung""Bildqualität""Bildstabilisierung""Sprache"
-    "Objektiv""Objektivdaten-Version""Objektiv-Blendenstufen""Objektiv-ID""Objektivkennnummer"
-    "Objektiv-Informationen""Objektivhersteller""Objektiv-Typ""Objektiv-Seriennummer""Objektivtyp"
-    "Lichtquelle""Aufnahmeort""MCU-Version""Gerätehersteller""Benutzerdaten Typ""MakerNote-Version"
-    "Manuelle Fokusdistanz""Größte Blende""Größte Blende bei größter Brennweite"
-    "Größte Blende bei geringster Brennweite""Größtmögliche Blende""Größte Brennweite"
-    "Belichtungsmessmethode""Unbekannt""Integralmessung""Mittenbetont""Andere""Spotmessung"
-    "MultiSpot""Multi-Segment""Teilbild""Kleinste Brennweite""Kameramodell"
-    "Mehrfachbelichtung Automatik""Mehrfachbelichtungsmodus""Mehrfachbelichtung""Bildüberlagerung"
-    "Mehrfachbelichtung Anzahl Aufnahmen""Mehrfachbelichtungsdaten-Version""Nicht gesetzt  (JPEG)"
-    "RAW-Komprimierung""Verlustbehaftet (Type 1)""Nicht komprimiert""Verlustfrei"
-    "Verlustbehaftet (Type 2)""Linearisierungstabelle""Nikon Capture-Daten""Nikon Capture-Ausgabe"
-    "Nikon Capture-Version""Nikon Bildgröße""Groß |\302\240Groß (10.0M)"
-    "Mittel |\302\240Mittel (5.6M)""Klein |\302\240Klein (2.5M)""Rauschreduktion""Ausrichtung"
-    "Horizontal gespiegelt""180° gedreht""Vertikal gespiegelt"
-    "Horizontal gespiegelt und 90° gegen den Uhrzeigersinn""90° im Uhrzeigersinn"
-    "Horizontal gespiegelt und 90° im Uhrzeigersinn""90° gegen den Uhrzeigersinn""Ausgabe-Bildhöhe"
-    "Ausgabe-Bildbreite""Ausgabe Auflösung""Auto-Fokus""Ein (51-Punkt)""Ein (11-Punkt)"
-    "Ein (39 Punkte)""Bildoptimierung-Anpassung""Standardeinstellungen""Schnelleinstellung"
-    "Manuelle Einstellung""Bildoptimierung-Basis""Bildoptimierung-Name"
-    "Bildoptimierung-Schnelleinstellung""Bildoptimierung-Version""Vorschaubild""Primärer AF-Punkt"
-    "(keiner)"
+    "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)" "Porträt" "Landschaft"
+    "Belichtungsdauer" "Externe Blitzbelichtungskorrektur"
+    "Belichtungskorrektur des externen Blitzgeräts" "Externer Blitz Firmware" "(nicht gesetzt)"
+    "Externer Blitz Flags" "Ausgelöst |\302\240Flash Ready" "F-Wert" "Position, 10. Gesicht"
+    "Position, 11. Gesicht" "Position, 12. Gesicht" "Position, 1. Gesicht" "Position, 2. Gesicht"
+    "Position, 3. Gesicht" "Position, 4. Gesicht" "Position, 5. Gesicht" "Position, 6. Gesicht"
+    "Position, 7. Gesicht" "Position, 8. Gesicht" "Position, 9. Gesicht"
+    "Gesichtserkennung Bereichsgröße" "Gesichter erkannt" "Datei-Informationen-Version"
+    "Dateinummer" "Filtereffekt" "Gelb" "Rot" "Grün" "Firmware-Version" "Blitz Farbfilter"
+    "Master-Steuerung" "Blitzbelichtungs-Korrektur" "Blitzlichtsteuerungsmodus" "Aus |\302\240TTL"
+    "Blendenautomatik (AA) |\302\240Manuell" "Automatic |\302\240Stroboskopblitz" "Stroboskopblitz"
+    "Blitzbelichtungsreihenwert" "Blitzbelichtungskorrektur" "Blitzbelichtungskorrektur 2"
+    "Blitzbelichtungskorrektur 3" "Blitzbelichtungskorrektur 4" "Blitz wurde ausgelöst"
+    "Blitz-Brennweite" "Blitzleitzahl Entfernung" "Gruppe A, Blitzbelichtungs-Korrektur"
+    "Gruppe A, Blitzlichtsteuerungsmodus" "Blendenautomatik (AA)" "Gruppe A, Blitz-Leistung"
+    "Gruppe B, Blitzbelichtungs-Korrektur" "Gruppe B, Blitzlichtsteuerungsmodus" "Automatik"
+    "Gruppe B, Blitz-Leistung" "Gruppe C, Blitzbelichtungs-Korrektur"
+    "Gruppe C, Blitzlichtsteuerungsmodus" "Gruppe C, Blitz-Leistung" "Blitz-Informationen-Version"
+    "Blitz-Modus" "Nicht ausgelöst" "Ausgelöst, Manuell" "Nicht bereit" "Ausgelöst, Extern"
+    "Ausgelöst, Befehlsmodus" "Ausgelöst, TTL-Modus" "Blitzstärke" "Blitz Fernauslöser"
+    "Blitzeinstellung" "Blitztyp" "Brennweite" "Schärfepriorität" "Fokus-Distanz" "Fokus-Modus"
+    "Bereichshöhe" "Bildwechselfrequenz" "Bereichsbreite" "Auto HDR"
+    "Rauschunterdrückung bei hoher Empfindlichkeit" "Schwächer" "Stärker" "Farbton"
+    "Farbtonkorrektur" "ISO-Empfindlichkeit" "ISO-Empfindlichkeit (2)" "ISO-Erweiterung"
+    "ISO-Erweiterung (2)" "ISO-Auswahl" "ISO-Einstellung" "Bildanpassung" "Bild-Authentifikation"
+    "Bildbegrenzung" "Bildzähler" "Bilddatengröße" "Bildoptimierung" "Bildverarbeitung"
+    "Bildqualität" "Bildstabilisierung" "Sprache" "Objektiv" "Objektivdaten-Version"
+    "Objektiv-Blendenstufen" "Objektiv-ID" "Objektivkennnummer" "Objektiv-Informationen"
+    "Objektivhersteller" "Objektiv-Typ" "Objektiv-Seriennummer" "Objektivtyp" "Lichtquelle"
+    "Aufnahmeort" "MCU-Version" "Gerätehersteller" "Benutzerdaten Typ" "MakerNote-Version"
+    "Manuelle Fokusdistanz" "Größte Blende" "Größte Blende bei größter Brennweite"
+    "Größte Blende bei geringster Brennweite" "Größtmögliche Blende" "Größte Brennweite"
+    "Belichtungsmessmethode" "Unbekannt" "Integralmessung" "Mittenbetont" "Andere" "Spotmessung"
+    "MultiSpot" "Multi-Segment" "Teilbild" "Kleinste Brennweite" "Kameramodell"
+    "Mehrfachbelichtung Automatik" "Mehrfachbelichtungsmodus" "Mehrfachbelichtung"
+    "Bildüberlagerung" "Mehrfachbelichtung Anzahl Aufnahmen" "Mehrfachbelichtungsdaten-Version"
+    "Nicht gesetzt  (JPEG)" "RAW-Komprimierung" "Verlustbehaftet (Type 1)" "Nicht komprimiert"
+    "Verlustfrei" "Verlustbehaftet (Type 2)" "Linearisierungstabelle" "Nikon Capture-Daten"
+    "Nikon Capture-Ausgabe" "Nikon Capture-Version" "Nikon Bildgröße" "Groß |\302\240Groß (10.0M)"
+    "Mittel |\302\240Mittel (5.6M)" "Klein |\302\240Klein (2.5M)" "Rauschreduktion" "Ausrichtung"
+    "Horizontal gespiegelt" "180° gedreht" "Vertikal gespiegelt"
+    "Horizontal gespiegelt und 90° gegen den Uhrzeigersinn" "90° im Uhrzeigersinn"
+    "Horizontal gespiegelt und 90° im Uhrzeigersinn" "90° gegen den Uhrzeigersinn"
+    "Ausgabe-Bildhöhe" "Ausgabe-Bildbreite" "Ausgabe Auflösung" "Auto-Fokus" "Ein (51-Punkt)"
+    "Ein (11-Punkt)" "Ein (39 Punkte)" "Bildoptimierung-Anpassung" "Standardeinstellungen"
+    "Schnelleinstellung" "Manuelle Einstellung" "Bildoptimierung-Basis" "Bildoptimierung-Name"
+    "Bildoptimierung-Schnelleinstellung" "Bildoptimierung-Version" "Vorschaubild"
+    "Primärer AF-Punkt" "(keiner)"
     "C6 (Mitte) |\302\240D8 (Center) |\302\240E5 (Center) |\302\240E8 (Center) |\302\240E9 (Center) |\302\240Mitte"
     "B9 |\302\240E10 |\302\240E3 |\302\240E6 |\302\240E9 |\302\240Rechts unten"
     "A9 |\302\240C5 |\302\240D10 |\302\240D6 |\302\240D9 |\302\240Weit rechts"
@@ -1927,73 +1992,74 @@ constexpr char kText[] =
     "C7 |\302\240F5 |\302\240F8 |\302\240F9 |\302\240Links unten"
     "B7 |\302\240G5 |\302\240G8 |\302\240G9 |\302\240Weit links"
     "A3 |\302\240A6 |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9 |\302\240Rechts mitte"
-    "C9 |\302\240D7 |\302\240I5 |\302\240I8 |\302\240I9 |\302\240Rechts oben""Programmverschiebung"
-    "Qualität""RAW-Bildmitte""Auslösemodus""Stroboskopblitz Anzahl""Stroboskopblitz Freq."
-    "Einheit der X- und Y-Auflösung""Keine""Zoll""Bildbearbeitungsschritte""Skylight"
-    "Warmer Farbton""Farbabgleich""Bildmontage""Fischauge""Perspektivenkontrolle""Schwarz/Weiß"
-    "Weichzeichner""Beschneiden""Kompaktbild""Rote-Augen-Korrektur""Blauton""Farbsättigung"
-    "Sättigungskorrektur""Szenen-Assistent""Szenen-Modus""Sensor-Pixelgröße""Bildsequenznummer"
-    "Seriennummer""Schärfe""Aufnahmemodus""Aufnahmeinfo-Version""Anzahl der Auslösungen"
-    "Miniaturbild""Zeitzone""Tonwertkorrektur""Tönungseffekt""Blau-Grün""Blau""Violett-Blau"
-    "Rot-Violett""Tönungssättigung""Unbekannte Info Version""VR-Info-Version""Ein (Normal)"
-    "Ein (Aktiv)""Aufnahmeprogramm""Bildstabilisation""(nicht gesetzt) |\302\240Aus"
-    "Ein |\302\240Ein (1)""Aus |\302\240Ein (2)""Ein |\302\240Ein (3)""Vignettierungskorrektur"
-    "Schwach""Mittel""Weißabgleich GRBG-Farbverteilung""Weißabgleich RBGG-Farbverteilung"
-    "Weißabgleich RB-Farbverteilung""Weißabgleich RB-Farbverteilung Automatik"
-    "Weißabgleich RB-Farbverteilung Bewölkt""Weißabgleich RB-Farbverteilung Schatten"
-    "Weißabgleich RGBG-Farbverteilung""Weißabgleich RGGB-Farbverteilung"
-    "Weißabgleich RGGB-Farbverteilung Auto""Weißabgleich RGGB-Farbverteilung Bewölkt"
+    "C9 |\302\240D7 |\302\240I5 |\302\240I8 |\302\240I9 |\302\240Rechts oben" "Programmverschiebung"
+    "Qualität" "RAW-Bildmitte" "Auslösemodus" "Stroboskopblitz Anzahl" "Stroboskopblitz Freq."
+    "Einheit der X- und Y-Auflösung" "Keine" "Zoll" "Bildbearbeitungsschritte" "Skylight"
+    "Warmer Farbton" "Farbabgleich" "Bildmontage" "Fischauge" "Perspektivenkontrolle" "Schwarz/Weiß"
+    "Weichzeichner" "Beschneiden" "Kompaktbild" "Rote-Augen-Korrektur" "Blauton" "Farbsättigung"
+    "Sättigungskorrektur" "Szenen-Assistent" "Szenen-Modus" "Sensor-Pixelgröße" "Bildsequenznummer"
+    "Seriennummer" "Schärfe" "Aufnahmemodus" "Aufnahmeinfo-Version" "Anzahl der Auslösungen"
+    "Miniaturbild" "Zeitzone" "Tonwertkorrektur" "Tönungseffekt" "Blau-Grün" "Blau" "Violett-Blau"
+    "Rot-Violett" "Tönungssättigung" "Unbekannte Info Version" "VR-Info-Version" "Ein (Normal)"
+    "Ein (Aktiv)" "Aufnahmeprogramm" "Bildstabilisation" "(nicht gesetzt) |\302\240Aus"
+    "Ein |\302\240Ein (1)" "Aus |\302\240Ein (2)" "Ein |\302\240Ein (3)" "Vignettierungskorrektur"
+    "Schwach" "Mittel" "Weißabgleich GRBG-Farbverteilung" "Weißabgleich RBGG-Farbverteilung"
+    "Weißabgleich RB-Farbverteilung" "Weißabgleich RB-Farbverteilung Automatik"
+    "Weißabgleich RB-Farbverteilung Bewölkt" "Weißabgleich RB-Farbverteilung Schatten"
+    "Weißabgleich RGBG-Farbverteilung" "Weißabgleich RGGB-Farbverteilung"
+    "Weißabgleich RGGB-Farbverteilung Auto" "Weißabgleich RGGB-Farbverteilung Bewölkt"
     "Weißabgleich RGGB-Farbverteilung Benutzerdefiniert"
-    "Weißabgleich RGGB-Farbverteilung Tageslicht""Weißabgleich RGGB-Farbverteilung Blitz"
-    "Weißabgleich RGGB-Farbverteilung Neonlicht D""Weißabgleich RGGB-Farbverteilung Neonlicht N"
-    "Weißabgleich RGGB-Farbverteilung Neonlicht W""Weißabgleich RGGB-Farbverteilung Schatten"
-    "Weißabgleich RGGB-Farbverteilung Glühbirne""Weißabgleich""Automatisch""Tageslicht""Schatten"
-    "Neonlicht""Glühbirne""Weißabgleichsfeineinstellung""Horizontale Bildauflösung"
-    "Vertikale Bildauflösung""Diaframma AF""Modo AF"
+    "Weißabgleich RGGB-Farbverteilung Tageslicht" "Weißabgleich RGGB-Farbverteilung Blitz"
+    "Weißabgleich RGGB-Farbverteilung Neonlicht D" "Weißabgleich RGGB-Farbverteilung Neonlicht N"
+    "Weißabgleich RGGB-Farbverteilung Neonlicht W" "Weißabgleich RGGB-Farbverteilung Schatten"
+    "Weißabgleich RGGB-Farbverteilung Glühbirne" "Weißabgleich" "Automatisch" "Tageslicht"
+    "Schatten" "Neonlicht" "Glühbirne" "Weißabgleichsfeineinstellung" "Horizontale Bildauflösung"
+    "Vertikale Bildauflösung" "Diaframma AF" "Modo AF"
     "Area Singola |\302\240Contrast-detect |\302\240Pinpoint"
     "Area Dinamica |\302\240Contrast-detect (normal area) |\302\240Single"
     "Area Dinamica più Vicina al Soggetto |\302\240Contrast-detect (wide area) |\302\240Dynamic"
-    "Contrast-detect (face priority) |\302\240Gruppo Dinamico |\302\240Wide (S)""Spento""Punto AF"
-    "Centro""Alto""Tutto a destra""Basso""Centro/Sinistra""Centro/Destra""Superiore sinistro"
-    "Superiore destro""Inferiore sinistro""Inferiore destro""Tutto a sinistra""Punti a fuoco"
-    "D-Lighting attivo""Molto alto""Canali audio""Obiettivo Ausiliario""Livello del nero"
-    "Luminosità""Versione Bilanciamento Colore""Colore Hue""Modo colore""Spazio colore""Contrasto"
-    "Curva di contrasto""Convertitore""Data di creazione""Formato Data""Anno/mese/giorno"
-    "Mese/giorno/anno""Giorno/mese/anno""Data/ora originale di creazione""Sì"
-    "Conteggio Immagini Cancellate""Zoom Digitale""Diaframma massimo effettivo"
-    "Posizione pupilla d'uscita""Valore Esposizione a Forcella""Compensazione esposizione"
-    "Differenza esposizione""Programma esposizione""Non definito""Manuale""Programma AE"
-    "Priorità diaframma""Priorità otturatore AE""Creativo (bassa velocità)""Azione (alta velocità)"
-    "Verticale""Orizzontale""Tempo esposizione""Sintonizzazione esposizione""n/d"
-    "1.01 (SB-800 o Metz 58 AF-1)""Flags Flash Esterno""Numero F""Facce rimosse""Numero file"
-    "Effetto Filtro""Giallo""Arancio""Rosso""Verde""Versione firmware""Nessuno""Modo Commander"
-    "Compensazione flash""Modo Controllo Flash""Spento |\302\240TTL"
-    "Diaframma automatico |\302\240Manuale""Automatic |\302\240Ripetizione flash""Ripetizione flash"
-    "Valore Esposizione a Forcella Flash""Compensazione Esposizione Flash""Flash emesso""Esterno"
-    "Lunghezza focale flash""Gruppo A Modo Controllo Flash""Diaframma automatico"
-    "Gruppo B Modo Controllo Flash""Gruppo C Modo Controllo Flash""Info Versione Flash""Modo flash"
-    "Non emesso""Emesso, Manuale""Non pronto""Emesso Esterno""Emesso, Modalità Commander"
-    "Emesso, Modalità TTL""Telecomando flash""Impostazione flash""Fonte flash""Tipo di flash"
-    "Lunghezza focale""Distanza fuoco""Modalità messa a fuoco""Posizione fuoco"
-    "Frequenza fotogramma""Disattivata""Riduzione Rumore High ISO""Leggero""Hi""Tonalità"
-    "Regolazione Hue""Sensibilità ISO""Selezione ISO""Impostazione ISO""Regolazione Immagine"
-    "Conteggio Immagini""Dimensione Dati Immagine""Ottimizzazione Immagine""Qualità Immagine"
-    "Stabilizzazione Immagine""Lingua""Obiettivo""Versione Dati Obiettivo""F-Stops Obiettivo"
-    "Obiettivo Utilizzato""Numero ID Obiettivo""Informazioni obiettivo""Marca obiettivo"
-    "Modello obiettivo""Numero di serie obiettivo""Tipo obiettivo""Sorgente di luce""Località"
-    "Versione MCU""Costruttore""Note Versione Costruttore""Messa a Fuoco Manuale"
-    "Massima apertura delle lenti""Diaframma massimo alla focale massima"
-    "Diaframma massimo alla focale minima""Diaframma massimo obiettivo""Lunghezza focale massima"
-    "Modalità misurazione""Sconosciuto""Media""Media centrale ponderata""Altro""Punto""Multi-punto"
-    "Multi-zona""Parziale""Lunghezza focale minima""Nome modello fotocamera"
-    "Guadagno Automatico Esposizione Multipla""Modo Esposizione Multipla"
-    "Scatti Esposizione Multipla""Versione Dati Esposizione Multipla""Compressione RAW"
-    "Non compresso""Senza perdita""Dati Nikon Capture""Versione Nikon Capture""Riduzione rumore"
-    "Orientamento""Orizzontale (normale)""Rifletti orizzontalmente""Ruota di 180°"
-    "Rifletti verticalmente""Rifletti orizzontalmente e ruota di 270° in senso orario"
-    "Ruota di 90° senso orario""Rifletti orizzontalmente e ruota di 90° in senso orario"
-    "Ruota di 270° in senso orario""Impostazioni Predefinite""Regolazione rapida"
-    "Controllo completo""Ora accensione""Immagine anteprima""(nessuno)"
+    "Contrast-detect (face priority) |\302\240Gruppo Dinamico |\302\240Wide (S)" "Spento" "Punto AF"
+    "Centro" "Alto" "Tutto a destra" "Basso" "Centro/Sinistra" "Centro/Destra" "Superiore sinistro"
+    "Superiore destro" "Inferiore sinistro" "Inferiore destro" "Tutto a sinistra" "Punti a fuoco"
+    "D-Lighting attivo" "Molto alto" "Canali audio" "Obiettivo Ausiliario" "Livello del nero"
+    "Luminosità" "Versione Bilanciamento Colore" "Colore Hue" "Modo colore" "Spazio colore"
+    "Contrasto" "Curva di contrasto" "Convertitore" "Data di creazione" "Formato Data"
+    "Anno/mese/giorno" "Mese/giorno/anno" "Giorno/mese/anno" "Data/ora originale di creazione" "Sì"
+    "Conteggio Immagini Cancellate" "Zoom Digitale" "Diaframma massimo effettivo"
+    "Posizione pupilla d'uscita" "Valore Esposizione a Forcella" "Compensazione esposizione"
+    "Differenza esposizione" "Programma esposizione" "Non definito" "Manuale" "Programma AE"
+    "Priorità diaframma" "Priorità otturatore AE" "Creativo (bassa velocità)"
+    "Azione (alta velocità)" "Verticale" "Orizzontale" "Tempo esposizione"
+    "Sintonizzazione esposizione" "n/d" "1.01 (SB-800 o Metz 58 AF-1)" "Flags Flash Esterno"
+    "Numero F" "Facce rimosse" "Numero file" "Effetto Filtro" "Giallo" "Arancio" "Rosso" "Verde"
+    "Versione firmware" "Nessuno" "Modo Commander" "Compensazione flash" "Modo Controllo Flash"
+    "Spento |\302\240TTL" "Diaframma automatico |\302\240Manuale"
+    "Automatic |\302\240Ripetizione flash" "Ripetizione flash" "Valore Esposizione a Forcella Flash"
+    "Compensazione Esposizione Flash" "Flash emesso" "Esterno" "Lunghezza focale flash"
+    "Gruppo A Modo Controllo Flash" "Diaframma automatico" "Gruppo B Modo Controllo Flash"
+    "Gruppo C Modo Controllo Flash" "Info Versione Flash" "Modo flash" "Non emesso"
+    "Emesso, Manuale" "Non pronto" "Emesso Esterno" "Emesso, Modalità Commander"
+    "Emesso, Modalità TTL" "Telecomando flash" "Impostazione flash" "Fonte flash" "Tipo di flash"
+    "Lunghezza focale" "Distanza fuoco" "Modalità messa a fuoco" "Posizione fuoco"
+    "Frequenza fotogramma" "Disattivata" "Riduzione Rumore High ISO" "Leggero" "Hi" "Tonalità"
+    "Regolazione Hue" "Sensibilità ISO" "Selezione ISO" "Impostazione ISO" "Regolazione Immagine"
+    "Conteggio Immagini" "Dimensione Dati Immagine" "Ottimizzazione Immagine" "Qualità Immagine"
+    "Stabilizzazione Immagine" "Lingua" "Obiettivo" "Versione Dati Obiettivo" "F-Stops Obiettivo"
+    "Obiettivo Utilizzato" "Numero ID Obiettivo" "Informazioni obiettivo" "Marca obiettivo"
+    "Modello obiettivo" "Numero di serie obiettivo" "Tipo obiettivo" "Sorgente di luce" "Località"
+    "Versione MCU" "Costruttore" "Note Versione Costruttore" "Messa a Fuoco Manuale"
+    "Massima apertura delle lenti" "Diaframma massimo alla focale massima"
+    "Diaframma massimo alla focale minima" "Diaframma massimo obiettivo" "Lunghezza focale massima"
+    "Modalità misurazione" "Sconosciuto" "Media" "Media centrale ponderata" "Altro" "Punto"
+    "Multi-punto" "Multi-zona" "Parziale" "Lunghezza focale minima" "Nome modello fotocamera"
+    "Guadagno Automatico Esposizione Multipla" "Modo Esposizione Multipla"
+    "Scatti Esposizione Multipla" "Versione Dati Esposizione Multipla" "Compressione RAW"
+    "Non compresso" "Senza perdita" "Dati Nikon Capture" "Versione Nikon Capture" "Riduzione rumore"
+    "Orientamento" "Orizzontale (normale)" "Rifletti orizzontalmente" "Ruota di 180°"
+    "Rifletti verticalmente" "Rifletti orizzontalmente e ruota di 270° in senso orario"
+    "Ruota di 90° senso orario" "Rifletti orizzontalmente e ruota di 90° in senso orario"
+    "Ruota di 270° in senso orario" "Impostazioni Predefinite" "Regolazione rapida"
+    "Controllo completo" "Ora accensione" "Immagine anteprima" "(nessuno)"
     "C6 (Centro) |\302\240Centro |\302\240D8 (Center) |\302\240E5 (Center) |\302\240E8 (Center) |\302\240E9 (Center)"
     "B9 |\302\240E10 |\302\240E3 |\302\240E6 |\302\240E9 |\302\240Inferiore destro"
     "A9 |\302\240C5 |\302\240D10 |\302\240D6 |\302\240D9 |\302\240Tutto a destra"
@@ -2004,774 +2070,788 @@ constexpr char kText[] =
     "C7 |\302\240F5 |\302\240F8 |\302\240F9 |\302\240Inferiore sinistro"
     "B7 |\302\240G5 |\302\240G8 |\302\240G9 |\302\240Tutto a sinistra"
     "A3 |\302\240A6 |\302\240Centro/destra |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9"
-    "C9 |\302\240D7 |\302\240I5 |\302\240I8 |\302\240I9 |\302\240Superiore destro""Qualità"
-    "Centro immagine raw""Conteggio ripetizione flash""Frequenza ripetizione flash"
-    "Unità risoluzione""Pollici""Cronologia ritocco""Intensificatore rosso""Ritocco veloce"
-    "Fish-eye""Raddrizza""Ridimensione""Seppia""Occhi rossi""Rotazione""Saturazione"
-    "Correzione saturazione""Modo scena""Dimensione pixel sensore""Numero sequenza""Numero di serie"
-    "Nitidezza""Modo scatto""Info versione scatto""Conteggio scatti""Software utilizzato"
-    "Codifica testo""Miniatura""Fuso orario""Compensazione Tono""Blu-Verde""Porpora-blu"
-    "Rosso-porpora""Info Versione VR""Riduzione vibrazione""Spento |\302\240n/d"
-    "On (2) |\302\240Spento""Bilanciamento del bianco""Equilibrio del bianco automatico"
-    "Luce del giorno""Ombrato""Tungsteno (luce incandescente)"
-    "Regolazione Fine Bilanciamento Bianco""Risoluzione orizzontale immagine"
-    "Risoluzione verticale immagine""AFエリア高さ""AFエリアモード"
+    "C9 |\302\240D7 |\302\240I5 |\302\240I8 |\302\240I9 |\302\240Superiore destro" "Qualità"
+    "Centro immagine raw" "Conteggio ripetizione flash" "Frequenza ripetizione flash"
+    "Unità risoluzione" "Pollici" "Cronologia ritocco" "Intensificatore rosso" "Ritocco veloce"
+    "Fish-eye" "Raddrizza" "Ridimensione" "Seppia" "Occhi rossi" "Rotazione" "Saturazione"
+    "Correzione saturazione" "Modo scena" "Dimensione pixel sensore" "Numero sequenza"
+    "Numero di serie" "Nitidezza" "Modo scatto" "Info versione scatto" "Conteggio scatti"
+    "Software utilizzato" "Codifica testo" "Miniatura" "Fuso orario" "Compensazione Tono"
+    "Blu-Verde" "Porpora-blu" "Rosso-porpora" "Info Versione VR" "Riduzione vibrazione"
+    "Spento |\302\240n/d" "On (2) |\302\240Spento" "Bilanciamento del bianco"
+    "Equilibrio del bianco automatico" "Luce del giorno" "Ombrato" "Tungsteno (luce incandescente)"
+    "Regolazione Fine Bilanciamento Bianco" "Risoluzione orizzontale immagine"
+    "Risoluzione verticale immagine" "AFエリア高さ" "AFエリアモード"
     "Contrast-detect |\302\240Pinpoint |\302\240シングルポイント"
-    "Contrast-detect (normal area) |\302\240Single |\302\240ダイナミックエリア""シングルポイント（ワイド）"
+    "Contrast-detect (normal area) |\302\240Single |\302\240ダイナミックエリア" "シングルポイント（ワイド）"
     "Subject Tracking |\302\240ダイナミック（ワイド）"
     "Contrast-detect (wide area) |\302\240Dynamic |\302\240ダイナミック（重点主題）"
     "Contrast-detect (face priority) |\302\240Wide (S) |\302\240グループダイナミック"
     "Contrast-detect (subject tracking) |\302\240Dynamic Area (9 points) |\302\240Wide (L) |\302\240シングルポイント（ワイド）"
-    "3D |\302\240Dynamic Area (21 points) |\302\240ダイナミック（ワイド）""自動エリアAF""AFエリア幅""AFファインチューン""AF画像高さ"
-    "AF画像幅""AF情報バージョン""AF選択ポイント""中央""上""下""中央左""中央右""AF測距点""AFポイント選択""AFレスポンス""アクティブDライティング""オフ"
-    "ソフト""標準""高い""ISOオート""オン""補助レンズ""黒レベル""ブライトネス""カラーモード""色空間""コントラスト""コントラストカーブ""コンバーター""撮影国コード"
-    "デジタルデータ作成日時""ハイスピードクロップ""データダンプ""日付形式""年/月/日""月/日/年""日/月/年""日付スタンプモード""日付""オリジナルデータ作成日時""夏時間"
-    "削除イメージカウント""デジタルズーム""ディレクトリ番号""イクイップメントIFDポインター""露出ブラケット値""露出補正値""露出差""露出プログラム""未定義""マニュアル"
-    "ノーマルプログラム""絞り優先""シャッター優先""クリエイティブプログラム(被写界深度優先)""スポーツモード(高速シャッター優先)""ポートレートモード""風景モード""露出時間"
-    "外付ストロボ露出補正""外付フラッシュフラグ""F値""顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""顔6位置""顔7位置""顔8位置""顔9位置""フレームサイズ""顔認識"
-    "ファイル情報バージョン""ファイル番号""フィルター効果""黄色""オレンジ""赤""緑""該当無し""ファームウェアバージョン""コマンダーモード""フラッシュ補正"
-    "フラッシュコントロールモード""TTL |\302\240オフ""マニュアル |\302\240自動絞り（AA）""Automatic |\302\240リピーティングフラッシュ"
-    "リピーティングフラッシュ""フラッシュ露出ブラケット値""フラッシュ露出補正""フラッシュ発光""フラッシュ焦点距離""グループAフラッシュ補正""グループAフラッシュコントロールモード"
-    "自動絞り（AA）""グループAフラッシュ出力""グループBフラッシュ補正""グループBフラッシュコントロールモード""グループBフラッシュ出力""グループCフラッシュ補正"
-    "グループCフラッシュコントロールモード""グループCフラッシュ出力""フラッシュ情報バージョン""フラッシュモード""発光禁止""発光、マニュアル""発光、外付""発光、コマンダーモード"
-    "発光、TTLモード""フラッシュ出力""フラッシュリモートコントロール""フラッシュ設定""フラッシュタイプ""レンズ焦点距離""フォーカス""被写体距離""フォーカスモード"
-    "フォーカス距離""フレーム高""フレームレート""フレーム幅""オートHDR""切""高感度ノイズリダクション""最小""色相調整""ISOスピードレート""ISO（2）""ISO感度拡張"
-    "ISO拡大（2）""ISO選択""ISO設定""イメージ調整""イメージ認証""イメージ境界線""イメージカウント""イメージデータサイズ""イメージ最適化""イメージ処理""画像品質"
-    "イメージスタビライザー""レンズ""レンズF値""レンズID""レンズ情報""レンズシリアル番号""レンズタイプ""撮影場所""メーカー""メーカーノートタイプ""メーカーノートバージョン"
-    "マニュアルフォーカス距離""最大絞り""最大焦点時最大絞り""最小焦点時最大絞り""最大レンズ口径""最大焦点距離""測光モード""不明""その他""スポット""マルチスポット""パターン"
-    "部分""最小焦点距離""画像入力機器モデル""多重露出自動ゲイン""多重露出モード""多重露出""イメージオーバーレイ""多重露出ショット""多重露出データバージョン""RAW圧縮"
-    "圧縮（タイプ１）""非圧縮""ロスレス""圧縮（タイプ２）""線形化表""ニコンキャプチャーデータ""ニコンキャプチャーオフセット""ニコンキャプチャーバージョン""ノイズリダクション"
-    "画像の向き""水平（標準）""180度回転""90度回転 CW""270度回転 CW""オートフォーカス""ピクチャーコントロール調整""デフォルト設定""クイック調整""フルコントロール"
-    "ピクチャーコントロールベース""ピクチャーコントロール名""ピクチャーコントロールクイック調整""ピクチャーコントロールバージョン""プレビューイメージ""プライマリAFポイント"
+    "3D |\302\240Dynamic Area (21 points) |\302\240ダイナミック（ワイド）" "自動エリアAF" "AFエリア幅" "AFファインチューン"
+    "AF画像高さ" "AF画像幅" "AF情報バージョン" "AF選択ポイント" "中央" "上" "下" "中央左" "中央右" "AF測距点" "AFポイント選択" "AFレスポンス"
+    "アクティブDライティング" "オフ" "ソフト" "標準" "高い" "ISOオート" "オン" "補助レンズ" "黒レベル" "ブライトネス" "カラーモード" "色空間"
+    "コントラスト" "コントラストカーブ" "コンバーター" "撮影国コード" "デジタルデータ作成日時" "ハイスピードクロップ" "データダンプ" "日付形式" "年/月/日"
+    "月/日/年" "日/月/年" "日付スタンプモード" "日付" "オリジナルデータ作成日時" "夏時間" "削除イメージカウント" "デジタルズーム" "ディレクトリ番号"
+    "イクイップメントIFDポインター" "露出ブラケット値" "露出補正値" "露出差" "露出プログラム" "未定義" "マニュアル" "ノーマルプログラム" "絞り優先" "シャッター優先"
+    "クリエイティブプログラム(被写界深度優先)" "スポーツモード(高速シャッター優先)" "ポートレートモード" "風景モード" "露出時間" "外付ストロボ露出補正"
+    "外付フラッシュフラグ" "F値" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置" "顔6位置" "顔7位置" "顔8位置" "顔9位置" "フレームサイズ" "顔認識"
+    "ファイル情報バージョン" "ファイル番号" "フィルター効果" "黄色" "オレンジ" "赤" "緑" "該当無し" "ファームウェアバージョン" "コマンダーモード" "フラッシュ補正"
+    "フラッシュコントロールモード" "TTL |\302\240オフ" "マニュアル |\302\240自動絞り（AA）" "Automatic |\302\240リピーティングフラッシュ"
+    "リピーティングフラッシュ" "フラッシュ露出ブラケット値" "フラッシュ露出補正" "フラッシュ発光" "フラッシュ焦点距離" "グループAフラッシュ補正"
+    "グループAフラッシュコントロールモード" "自動絞り（AA）" "グループAフラッシュ出力" "グループBフラッシュ補正" "グループBフラッシュコントロールモード"
+    "グループBフラッシュ出力" "グループCフラッシュ補正" "グループCフラッシュコントロールモード" "グループCフラッシュ出力" "フラッシュ情報バージョン" "フラッシュモード"
+    "発光禁止" "発光、マニュアル" "発光、外付" "発光、コマンダーモード" "発光、TTLモード" "フラッシュ出力" "フラッシュリモートコントロール" "フラッシュ設定"
+    "フラッシュタイプ" "レンズ焦点距離" "フォーカス" "被写体距離" "フォーカスモード" "フォーカス距離" "フレーム高" "フレームレート" "フレーム幅" "オートHDR" "切"
+    "高感度ノイズリダクション" "最小" "色相調整" "ISOスピードレート" "ISO（2）" "ISO感度拡張" "ISO拡大（2）" "ISO選択" "ISO設定" "イメージ調整"
+    "イメージ認証" "イメージ境界線" "イメージカウント" "イメージデータサイズ" "イメージ最適化" "イメージ処理" "画像品質" "イメージスタビライザー" "レンズ" "レンズF値"
+    "レンズID" "レンズ情報" "レンズシリアル番号" "レンズタイプ" "撮影場所" "メーカー" "メーカーノートタイプ" "メーカーノートバージョン" "マニュアルフォーカス距離"
+    "最大絞り" "最大焦点時最大絞り" "最小焦点時最大絞り" "最大レンズ口径" "最大焦点距離" "測光モード" "不明" "その他" "スポット" "マルチスポット" "パターン"
+    "部分" "最小焦点距離" "画像入力機器モデル" "多重露出自動ゲイン" "多重露出モード" "多重露出" "イメージオーバーレイ" "多重露出ショット" "多重露出データバージョン"
+    "RAW圧縮" "圧縮（タイプ１）" "非圧縮" "ロスレス" "圧縮（タイプ２）" "線形化表" "ニコンキャプチャーデータ" "ニコンキャプチャーオフセット"
+    "ニコンキャプチャーバージョン" "ノイズリダクション" "画像の向き" "水平（標準）" "180度回転" "90度回転 CW" "270度回転 CW" "オートフォーカス"
+    "ピクチャーコントロール調整" "デフォルト設定" "クイック調整" "フルコントロール" "ピクチャーコントロールベース" "ピクチャーコントロール名"
+    "ピクチャーコントロールクイック調整" "ピクチャーコントロールバージョン" "プレビューイメージ" "プライマリAFポイント"
     "C6 (中央) |\302\240D8 (Center) |\302\240E5 (Center) |\302\240E8 (Center) |\302\240E9 (Center) |\302\240中央"
     "B6 |\302\240C8 |\302\240D5 |\302\240D8 |\302\240D9 |\302\240上"
     "A2 |\302\240A5 |\302\240B8 |\302\240C5 |\302\240C8 |\302\240C9 |\302\240下"
     "A8 |\302\240B5 |\302\240B8 |\302\240B9 |\302\240D6 |\302\240中央左"
-    "A3 |\302\240A6 |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9 |\302\240中央右""プログラムシフト""品質"
-    "RAWイメージセンター""リピーティングフラッシュ 時間""リピーティングフラッシュ 周波数""XとY解像度単位""無し""インチ""ピクセル/cm""レタッチ履歴""セピア""回転"
-    "彩度""シーン調整""シーンモード""センサーピクセルサイズ""シーケンス番号""シリアル番号""シャープネス""撮影モード""ショット情報バージョン""シャッター回数""ソフトウェア"
-    "サムネイル画像""タイムゾーン""トーン補正""トーン効果""白黒""青写真""青緑""青""青紫""赤紫""彩度トーン""VR情報バージョン""オン（ノーマル）""オン（アクティブ）"
-    "バリプログラム""手振れ補正（VR）""オフ |\302\240該当無し""オン |\302\240オン（1）""オフ |\302\240オン（2）""オン |\302\240オン（3）"
-    "ビネットコントロール""低い""WB GRBG レベル""WB RBGG レベル""WB\343\200\200RBレベル""WB RB レベル オート"
-    "WB RB レベル\343\200\200曇天""WB RB レベル\343\200\200日陰""WB RGBG レベル""WB RGGB レベル"
-    "WB RGGB レベル\343\200\200曇天""WB RGGB レベル\343\200\200昼光""WB RGGB レベル\343\200\200ストロボ"
-    "WB RGGB レベル\343\200\200蛍光灯(D)""WB RGGB レベル\343\200\200蛍光灯(N)""WB RGGB レベル\343\200\200蛍光灯(W)"
-    "WB RGGB レベル\343\200\200日陰""WB RGGB レベル\343\200\200白熱灯""ホワイトバランス""オート""昼光""日陰""蛍光灯""タングステン(白熱灯)"
-    "ホワイトバランスファインチューン""画像幅の解像度""画像高さの解像度""Apertura AF""AF Alto Área""AF Modo Área""AF Ancho Área"
-    "AF Alto Imágen""AF Ancho Imágen""Puntos AF en foco""Puntos AF seleccionados"
-    "Puntos AF utilizados""Desactivado""Bajo""Canales Audio""Nivel Negro""Brillo""Modo de Color"
-    "Espacio Color""Código País""Fecha y Hora de Datos Digital""Fecha y Hora de Datos Original""Si"
-    "Zoom Digital""Duración""Aperture Máxima Efectiva""Compensación Exposición""Programa Exposición"
-    "No definido""Exposición manual""Programa normal""Prioridad Apertura""Prioridad obturador"
+    "A3 |\302\240A6 |\302\240D9 |\302\240H5 |\302\240H8 |\302\240H9 |\302\240中央右" "プログラムシフト" "品質"
+    "RAWイメージセンター" "リピーティングフラッシュ 時間" "リピーティングフラッシュ 周波数" "XとY解像度単位" "無し" "インチ" "ピクセル/cm" "レタッチ履歴"
+    "セピア" "回転" "彩度" "シーン調整" "シーンモード" "センサーピクセルサイズ" "シーケンス番号" "シリアル番号" "シャープネス" "撮影モード" "ショット情報バージョン"
+    "シャッター回数" "ソフトウェア" "サムネイル画像" "タイムゾーン" "トーン補正" "トーン効果" "白黒" "青写真" "青緑" "青" "青紫" "赤紫" "彩度トーン"
+    "VR情報バージョン" "オン（ノーマル）" "オン（アクティブ）" "バリプログラム" "手振れ補正（VR）" "オフ |\302\240該当無し" "オン |\302\240オン（1）"
+    "オフ |\302\240オン（2）" "オン |\302\240オン（3）" "ビネットコントロール" "低い" "WB GRBG レベル" "WB RBGG レベル"
+    "WB\343\200\200RBレベル" "WB RB レベル オート" "WB RB レベル\343\200\200曇天" "WB RB レベル\343\200\200日陰"
+    "WB RGBG レベル" "WB RGGB レベル" "WB RGGB レベル\343\200\200曇天" "WB RGGB レベル\343\200\200昼光"
+    "WB RGGB レベル\343\200\200ストロボ" "WB RGGB レベル\343\200\200蛍光灯(D)" "WB RGGB レベル\343\200\200蛍光灯(N)"
+    "WB RGGB レベル\343\200\200蛍光灯(W)" "WB RGGB レベル\343\200\200日陰" "WB RGGB レベル\343\200\200白熱灯"
+    "ホワイトバランス" "オート" "昼光" "日陰" "蛍光灯" "タングステン(白熱灯)" "ホワイトバランスファインチューン" "画像幅の解像度" "画像高さの解像度"
+    "Apertura AF" "AF Alto Área" "AF Modo Área" "AF Ancho Área" "AF Alto Imágen" "AF Ancho Imágen"
+    "Puntos AF en foco" "Puntos AF seleccionados" "Puntos AF utilizados" "Desactivado" "Bajo"
+    "Canales Audio" "Nivel Negro" "Brillo" "Modo de Color" "Espacio Color" "Código País"
+    "Fecha y Hora de Datos Digital" "Fecha y Hora de Datos Original" "Si" "Zoom Digital" "Duración"
+    "Aperture Máxima Efectiva" "Compensación Exposición" "Programa Exposición" "No definido"
+    "Exposición manual" "Programa normal" "Prioridad Apertura" "Prioridad obturador"
     "Programa creativo (orientado a profundidad de campo)"
     "Programa acción (orientado a velocidad de obturación rápida)"
     "Modo retrato (para fotos de cerca con el fondo fuera de enfoque)"
-    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)""Tiempo de Exposición""Número F"
-    "Tamaño Area detección caras""Caras Detectadas""Amarillo""Naranja""Rojo""Versión Firmware"
-    "Ninguno""Activado""Modo Control Flash""Desactivado |\302\240TTL"
-    "Automatic |\302\240Flash Estroboscopico""Flash Estroboscopico""Compensación Exposición Flash"
-    "Longitud Flash Flash""Modo Flash""Flash Salida""Control Remote Flash""Tipo Flash"
-    "Distancia Focal Objetivo""Modo Enfoque""Velocidad del Fotograma""Reducción Ruido ISO Alta"
-    "Tono""Ratio Velocidad ISO""Ajuste ISO""Estabilización Imagen""Idioma""Objetivo""ID Objetivo"
-    "Número ID Objetivo""Información del Objetivo""Modelo Objetivo""Número Serie Objetivo"
-    "Tipo Objetivo""Fuente Luz""Localización""Marca""Tipo Maker Note""Versión nota Fabricante"
-    "Distancia Enfoque Manual""Máxima Apertura del Objetivo""Apertura máxima a focal máxima"
-    "Apertura máxima a focal mínima""Apertura Lente Máxima""Longitud focal máxima""Modo Medición"
-    "Desconocido""Promedio""Media ponderada al centro""Otro""Puntual""Multi-puntual""Multi-segmento"
-    "Parcial""Longitud focal mínima""Modelo""Modo Exposición Múltiple""Reducción Ruido"
-    "Orientación de Imagen""0° (arriba/izquierda)""Invertir horizontal""Girado 180°"
-    "Invertir vertical""Invertir horizontal y rotar 270° sentido reloj""Girado 90° sentido reloj"
-    "Invertir horizontal y rotar 90° sentido reloj""Girado 270° sentido reloj""Vista Previa"
-    "Punto AF primario""Calidad""Unidad de Resolución de X e Y""Pulgada""Píxeles/cm""Rotación"
-    "Saturación""Selección de escena""Número Serie""Nitidez""Modo de Disparo""Contador de disparos"
-    "Programa Utilizado""Desactivado |\302\240n/a""Activado |\302\240On (1)"
-    "Desactivado |\302\240On (2)""Activado |\302\240On (3)""Balance de Blancos""Automático"
-    "Luz de día""Sombrío""Flourescente""Tungsteno""Equilibrio del blanco manual"
-    "Resolución Imagen Horizontal""Resolución Imagen Vertical""BrightnessAdj""EnhanceDarkTones"
-    "ColorBoostType""ColorBoostLevel""CropLeft""CropTop""CropRight""CropBottom"
-    "CropOutputWidthInches""CropOutputHeightInches""CropScaledResolution""CropSourceResolution"
-    "CropOutputResolution""CropOutputScale""CropOutputWidth""CropOutputHeight""CropOutputPixels"
-    "D-LightingHQShadow""D-LightingHQHighlight""D-LightingHQColorBoost""D-LightingHSAdjustment"
-    "D-LightingHSColorBoost""ExposureAdj""ExposureAdj2""ActiveD-LightingMode""ShadowProtection"
-    "HighlightProtection""LCHEditor""HistogramXML""ColorAberrationControl""D-LightingHQ"
-    "StraightenAngle""EditVersionName""QuickFix""ColorBooster""D-LightingHQSelected""UnsharpMask"
-    "Curves""ColorBalanceAdj""AdvancedRaw""WhiteBalanceAdj""FlipHorizontal""PhotoEffects"
-    "VignetteControlIntensity""D-LightingHS""PictureControl""PhotoEffectHistoryXML""AutoRedEye"
-    "ImageDustOff""EdgeNoiseReduction""ColorMoireReductionMode""NoiseReductionIntensity"
-    "NoiseReductionSharpness""NoiseReductionMethod""ColorMoireReduction"
-    "ColorNoiseReductionIntensity""ColorNoiseReductionSharpness""PhotoEffectsType""PhotoEffectsRed"
-    "PhotoEffectsGreen""PhotoEffectsBlue""PictureControlActive""PictureControlMode""QuickAdjust"
-    "SharpeningAdj""ContrastAdj""HueAdj""RedEyeCorrection""UnsharpCount""Unsharp1Color"
-    "Unsharp1Intensity""Unsharp1HaloWidth""Unsharp1Threshold""Unsharp2Color""Unsharp2Intensity"
-    "Unsharp2HaloWidth""Unsharp2Threshold""Unsharp3Color""Unsharp3Intensity""Unsharp3HaloWidth"
-    "Unsharp3Threshold""Unsharp4Color""Unsharp4Intensity""Unsharp4HaloWidth""Unsharp4Threshold"
-    "WBAdjRedBalance""WBAdjBlueBalance""WBAdjMode""WBAdjLighting""WBAdjTemperature""WBAdjTint""768"
-    "769""770""771""772""773""1025""1026""1027""1028""1280""1281""1282""1283""1284""1536"
-    "NikonCapture:ActiveD-Lighting""NikonCapture:ActiveD-Lighting:0"
-    "NikonCapture:ActiveD-Lighting:1""NikonCapture:ActiveD-LightingMode""Active D-Lighting Mode"
-    "NikonCapture:ActiveD-LightingMode:0""Unchanged""NikonCapture:ActiveD-LightingMode:1"
-    "NikonCapture:ActiveD-LightingMode:2""NikonCapture:ActiveD-LightingMode:3"
-    "NikonCapture:ActiveD-LightingMode:4""NikonCapture:ActiveD-LightingMode:6"
-    "NikonCapture:ActiveD-LightingMode:7""NikonCapture:ActiveD-LightingMode:8"
-    "NikonCapture:AdvancedRaw""Advanced Raw""NikonCapture:AdvancedRaw:0""NikonCapture:AdvancedRaw:1"
-    "NikonCapture:AutoRedEye""Auto Red Eye""NikonCapture:AutoRedEye:0""NikonCapture:AutoRedEye:1"
-    "NikonCapture:BrightnessAdj""Brightness Adj""NikonCapture:ColorAberrationControl"
-    "Color Aberration Control""NikonCapture:ColorAberrationControl:0"
-    "NikonCapture:ColorAberrationControl:1""NikonCapture:ColorBalanceAdj""Color Balance Adj"
-    "NikonCapture:ColorBalanceAdj:0""NikonCapture:ColorBalanceAdj:1""NikonCapture:ColorBoostLevel"
-    "Color Boost Level""NikonCapture:ColorBoostType""Color Boost Type"
-    "NikonCapture:ColorBoostType:0""Nature""NikonCapture:ColorBoostType:1"
-    "NikonCapture:ColorBooster""Color Booster""NikonCapture:ColorBooster:0"
-    "NikonCapture:ColorBooster:1""NikonCapture:ColorMoireReduction""Color Moire Reduction"
-    "NikonCapture:ColorMoireReduction:0""NikonCapture:ColorMoireReduction:1"
-    "NikonCapture:ColorMoireReductionMode""Color Moire Reduction Mode"
-    "NikonCapture:ColorMoireReductionMode:0""NikonCapture:ColorMoireReductionMode:1"
-    "NikonCapture:ColorMoireReductionMode:2""NikonCapture:ColorMoireReductionMode:3"
-    "NikonCapture:ColorNoiseReductionIntensity""Color Noise Reduction Intensity"
-    "NikonCapture:ColorNoiseReductionSharpness""Color Noise Reduction Sharpness"
-    "NikonCapture:ContrastAdj""Contrast Adj""NikonCapture:CropBottom""Crop Bottom"
-    "NikonCapture:CropLeft""Crop Left""NikonCapture:CropOutputHeight""Crop Output Height"
-    "NikonCapture:CropOutputHeightInches""Crop Output Height Inches""NikonCapture:CropOutputPixels"
-    "Crop Output Pixels""NikonCapture:CropOutputResolution""Crop Output Resolution"
-    "NikonCapture:CropOutputScale""Crop Output Scale""NikonCapture:CropOutputWidth"
-    "Crop Output Width""NikonCapture:CropOutputWidthInches""Crop Output Width Inches"
-    "NikonCapture:CropRight""Crop Right""NikonCapture:CropScaledResolution""Crop Scaled Resolution"
-    "NikonCapture:CropSourceResolution""Crop Source Resolution""NikonCapture:CropTop""Crop Top"
-    "NikonCapture:Curves""NikonCapture:Curves:0""NikonCapture:Curves:1""NikonCapture:D-LightingHQ"
-    "D-Lighting HQ""NikonCapture:D-LightingHQ:0""NikonCapture:D-LightingHQ:1"
-    "NikonCapture:D-LightingHQColorBoost""D-Lighting HQ Color Boost"
-    "NikonCapture:D-LightingHQHighlight""D-Lighting HQ Highlight""NikonCapture:D-LightingHQSelected"
-    "D-Lighting HQ Selected""NikonCapture:D-LightingHQSelected:0"
-    "NikonCapture:D-LightingHQSelected:1""NikonCapture:D-LightingHQShadow""D-Lighting HQ Shadow"
-    "NikonCapture:D-LightingHS""D-Lighting HS""NikonCapture:D-LightingHS:0"
-    "NikonCapture:D-LightingHS:1""NikonCapture:D-LightingHSAdjustment""D-Lighting HS Adjustment"
-    "NikonCapture:D-LightingHSColorBoost""D-Lighting HS Color Boost"
-    "NikonCapture:EdgeNoiseReduction""Edge Noise Reduction""NikonCapture:EdgeNoiseReduction:0"
-    "NikonCapture:EdgeNoiseReduction:1""NikonCapture:EditVersionName""Edit Version Name"
-    "NikonCapture:EnhanceDarkTones""Enhance Dark Tones""NikonCapture:EnhanceDarkTones:0"
-    "NikonCapture:EnhanceDarkTones:1""NikonCapture:ExposureAdj""Exposure Adj"
-    "NikonCapture:ExposureAdj2""Exposure Adj 2""NikonCapture:FlipHorizontal""Flip Horizontal"
-    "NikonCapture:FlipHorizontal:0""NikonCapture:FlipHorizontal:1""NikonCapture:HighlightProtection"
-    "Highlight Protection""NikonCapture:HistogramXML""Histogram XML""NikonCapture:HueAdj""Hue Adj"
-    "NikonCapture:ImageDustOff""Image Dust Off""NikonCapture:ImageDustOff:0"
-    "NikonCapture:ImageDustOff:1""NikonCapture:LCHEditor""LCH Editor""NikonCapture:LCHEditor:0"
-    "NikonCapture:LCHEditor:1""NikonCapture:NoiseReduction""NikonCapture:NoiseReduction:0"
-    "NikonCapture:NoiseReduction:1""NikonCapture:NoiseReductionIntensity""Noise Reduction Intensity"
-    "NikonCapture:NoiseReductionMethod""Noise Reduction Method""NikonCapture:NoiseReductionMethod:0"
-    "Faster""NikonCapture:NoiseReductionMethod:1""Better Quality"
-    "NikonCapture:NoiseReductionMethod:2""Better Quality 2013""NikonCapture:NoiseReductionSharpness"
-    "Noise Reduction Sharpness""NikonCapture:PhotoEffectHistoryXML""Photo Effect History XML"
-    "NikonCapture:PhotoEffects""Photo Effects""NikonCapture:PhotoEffects:0"
-    "NikonCapture:PhotoEffects:1""NikonCapture:PhotoEffectsBlue""Photo Effects Blue"
-    "NikonCapture:PhotoEffectsGreen""Photo Effects Green""NikonCapture:PhotoEffectsRed"
-    "Photo Effects Red""NikonCapture:PhotoEffectsType""Photo Effects Type"
-    "NikonCapture:PhotoEffectsType:0""NikonCapture:PhotoEffectsType:1"
-    "NikonCapture:PhotoEffectsType:2""NikonCapture:PhotoEffectsType:3""Tinted"
-    "NikonCapture:PictureControl""NikonCapture:PictureControl:0""NikonCapture:PictureControl:1"
-    "NikonCapture:PictureControlActive""Picture Control Active""NikonCapture:PictureControlActive:0"
-    "NikonCapture:PictureControlActive:1""NikonCapture:PictureControlMode""Picture Control Mode"
-    "NikonCapture:QuickAdjust""NikonCapture:QuickFix""Quick Fix""NikonCapture:QuickFix:0"
-    "NikonCapture:QuickFix:1""NikonCapture:RedEyeCorrection""Red Eye Correction"
-    "NikonCapture:RedEyeCorrection:0""NikonCapture:RedEyeCorrection:1"
-    "NikonCapture:RedEyeCorrection:2""Click on Eyes""NikonCapture:Rotation"
-    "NikonCapture:SaturationAdj""NikonCapture:ShadowProtection""Shadow Protection"
-    "NikonCapture:SharpeningAdj""Sharpening Adj""NikonCapture:StraightenAngle""Straighten Angle"
-    "NikonCapture:Unsharp1Color""Unsharp 1 Color""NikonCapture:Unsharp1Color:0""RGB"
-    "NikonCapture:Unsharp1Color:1""NikonCapture:Unsharp1Color:2""NikonCapture:Unsharp1Color:3"
-    "NikonCapture:Unsharp1Color:4""NikonCapture:Unsharp1Color:5""Magenta"
-    "NikonCapture:Unsharp1Color:6""Cyan""NikonCapture:Unsharp1HaloWidth""Unsharp 1 Halo Width"
-    "NikonCapture:Unsharp1Intensity""Unsharp 1 Intensity""NikonCapture:Unsharp1Threshold"
-    "Unsharp 1 Threshold""NikonCapture:Unsharp2Color""Unsharp 2 Color""NikonCapture:Unsharp2Color:0"
-    "NikonCapture:Unsharp2Color:1""NikonCapture:Unsharp2Color:2""NikonCapture:Unsharp2Color:3"
-    "NikonCapture:Unsharp2Color:4""NikonCapture:Unsharp2Color:5""NikonCapture:Unsharp2Color:6"
-    "NikonCapture:Unsharp2HaloWidth""Unsharp 2 Halo Width""NikonCapture:Unsharp2Intensity"
-    "Unsharp 2 Intensity""NikonCapture:Unsharp2Threshold""Unsharp 2 Threshold"
-    "NikonCapture:Unsharp3Color""Unsharp 3 Color""NikonCapture:Unsharp3Color:0"
-    "NikonCapture:Unsharp3Color:1""NikonCapture:Unsharp3Color:2""NikonCapture:Unsharp3Color:3"
-    "NikonCapture:Unsharp3Color:4""NikonCapture:Unsharp3Color:5""NikonCapture:Unsharp3Color:6"
-    "NikonCapture:Unsharp3HaloWidth""Unsharp 3 Halo Width""NikonCapture:Unsharp3Intensity"
-    "Unsharp 3 Intensity""NikonCapture:Unsharp3Threshold""Unsharp 3 Threshold"
-    "NikonCapture:Unsharp4Color""Unsharp 4 Color""NikonCapture:Unsharp4Color:0"
-    "NikonCapture:Unsharp4Color:1""NikonCapture:Unsharp4Color:2""NikonCapture:Unsharp4Color:3"
-    "NikonCapture:Unsharp4Color:4""NikonCapture:Unsharp4Color:5""NikonCapture:Unsharp4Color:6"
-    "NikonCapture:Unsharp4HaloWidth""Unsharp 4 Halo Width""NikonCapture:Unsharp4Intensity"
-    "Unsharp 4 Intensity""NikonCapture:Unsharp4Threshold""Unsharp 4 Threshold"
-    "NikonCapture:UnsharpCount""Unsharp Count""NikonCapture:UnsharpMask""Unsharp Mask"
-    "NikonCapture:UnsharpMask:0""NikonCapture:UnsharpMask:1""NikonCapture:VignetteControl"
-    "NikonCapture:VignetteControl:0""NikonCapture:VignetteControl:1"
-    "NikonCapture:VignetteControlIntensity""Vignette Control Intensity"
-    "NikonCapture:WBAdjBlueBalance""WB Adj Blue Balance""NikonCapture:WBAdjLighting"
-    "WB Adj Lighting""NikonCapture:WBAdjLighting:0""NikonCapture:WBAdjLighting:1024"
-    "High Color Rendering Fluorescent (warm white)""NikonCapture:WBAdjLighting:1025"
-    "High Color Rendering Fluorescent (3700K)""NikonCapture:WBAdjLighting:1026"
-    "High Color Rendering Fluorescent (cool white)""NikonCapture:WBAdjLighting:1027"
-    "High Color Rendering Fluorescent (5000K)""NikonCapture:WBAdjLighting:1028"
-    "High Color Rendering Fluorescent (daylight)""NikonCapture:WBAdjLighting:1280"
-    "NikonCapture:WBAdjLighting:1281""Flash (FL-G1 filter)""NikonCapture:WBAdjLighting:1282"
-    "Flash (FL-G2 filter)""NikonCapture:WBAdjLighting:1283""Flash (TN-A1 filter)"
-    "NikonCapture:WBAdjLighting:1284""Flash (TN-A2 filter)""NikonCapture:WBAdjLighting:1536"
-    "Sodium Vapor Lamps""NikonCapture:WBAdjLighting:256""NikonCapture:WBAdjLighting:512"
-    "Daylight (direct sunlight)""NikonCapture:WBAdjLighting:513""Daylight (shade)"
-    "NikonCapture:WBAdjLighting:514""Daylight (cloudy)""NikonCapture:WBAdjLighting:768"
-    "Standard Fluorescent (warm white)""NikonCapture:WBAdjLighting:769"
-    "Standard Fluorescent (3700K)""NikonCapture:WBAdjLighting:770"
-    "Standard Fluorescent (cool white)""NikonCapture:WBAdjLighting:771"
-    "Standard Fluorescent (5000K)""NikonCapture:WBAdjLighting:772""Standard Fluorescent (daylight)"
-    "NikonCapture:WBAdjLighting:773""Standard Fluorescent (high temperature mercury vapor)"
-    "NikonCapture:WBAdjMode""WB Adj Mode""NikonCapture:WBAdjMode:1""Use Gray Point"
-    "NikonCapture:WBAdjMode:2""Recorded Value""NikonCapture:WBAdjMode:3""Use Temperature"
-    "NikonCapture:WBAdjMode:4""Calculate Automatically""NikonCapture:WBAdjMode:5""Auto2"
-    "NikonCapture:WBAdjMode:6""Underwater""NikonCapture:WBAdjMode:7""Auto1"
-    "NikonCapture:WBAdjRedBalance""WB Adj Red Balance""NikonCapture:WBAdjTemperature"
-    "WB Adj Temperature""NikonCapture:WBAdjTint""WB Adj Tint""NikonCapture:WhiteBalanceAdj"
-    "White Balance Adj""NikonCapture:WhiteBalanceAdj:0""NikonCapture:WhiteBalanceAdj:1""闪光""太阳光 (0)"
-    "太阳光 (1)""太阳光 (2)""RAW avancé""Correction yeux-rouges automatique""Réglage de la luminosité"
-    "Contrôle de l'aberration de la couleur""Réglage de la balance des couleurs"
-    "Niveau de boost de couleur""Type de boost de couleur""Booster de couleur"
-    "Réduction du moiré des couleurs""Mode de réduction du moiré de couleur""Moyen"
-    "Réduction du bruit d'intensité de la couleur""Réduction du bruit de netteté de la couleur"
-    "Recadrage inférieur""Recadrage gauche""Hauteur du recadrage en sortie"
-    "Hauteur du recadrage en sortie en pouces""Pixels de recadrage en sortie"
-    "Résolution du recadrage de la sortie""Échelle du recadrage en sortie"
-    "Largeur du recadrage en sortie""Largeur du recadrage en sortie en pouces""Recadrage droite"
-    "Résolution du recadrage mis à l'échelle""Résolution du recadrage de la source"
-    "Recadrage supérieur""Courbes""Activeé""D-Lighting HQ Boost couleur"
-    "D-Lighting HQ Boost éclairage""D-Lighting haute Qualité sélectionné""D-Lighting HQ Ombre"
-    "Réglage lumière du jour HS""Lumière du jour HS boost couleur""Réduction du bruit de fond"
-    "Améliorer les tons foncés""Réglage de l'exposition 2""Retournement horizontal"
-    "Dépoussiérage de l'image""Éditeur LCH""Activée""Intensité de réduction du bruit"
-    "Méthode de réduction du bruit""Plus rapide""Meilleure qualité""Meilleure qualité 2013"
-    "Réduction de bruit netteté""Effets photo""Effets photo bleu""Effets photo vert"
-    "Effets photo rouge""Type d'effet photo""Teinté""Correction des yeux rouges""Clic sur les yeux"
-    "Angle de redressement""RVB""Compteur d'unsharp""Masque d'unsharp"
-    "Intensité du contrôle des vignettes""Balance des blancs Réglage de la balance bleue"
-    "Balance des blancs Réglage de la lumière""Fluorescent à haut rendu des couleurs (blanc chaud)"
+    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)" "Tiempo de Exposición" "Número F"
+    "Tamaño Area detección caras" "Caras Detectadas" "Amarillo" "Naranja" "Rojo" "Versión Firmware"
+    "Ninguno" "Activado" "Modo Control Flash" "Desactivado |\302\240TTL"
+    "Automatic |\302\240Flash Estroboscopico" "Flash Estroboscopico" "Compensación Exposición Flash"
+    "Longitud Flash Flash" "Modo Flash" "Flash Salida" "Control Remote Flash" "Tipo Flash"
+    "Distancia Focal Objetivo" "Modo Enfoque" "Velocidad del Fotograma" "Reducción Ruido ISO Alta"
+    "Tono" "Ratio Velocidad ISO" "Ajuste ISO" "Estabilización Imagen" "Idioma" "Objetivo"
+    "ID Objetivo" "Número ID Objetivo" "Información del Objetivo" "Modelo Objetivo"
+    "Número Serie Objetivo" "Tipo Objetivo" "Fuente Luz" "Localización" "Marca" "Tipo Maker Note"
+    "Versión nota Fabricante" "Distancia Enfoque Manual" "Máxima Apertura del Objetivo"
+    "Apertura máxima a focal máxima" "Apertura máxima a focal mínima" "Apertura Lente Máxima"
+    "Longitud focal máxima" "Modo Medición" "Desconocido" "Promedio" "Media ponderada al centro"
+    "Otro" "Puntual" "Multi-puntual" "Multi-segmento" "Parcial" "Longitud focal mínima" "Modelo"
+    "Modo Exposición Múltiple" "Reducción Ruido" "Orientación de Imagen" "0° (arriba/izquierda)"
+    "Invertir horizontal" "Girado 180°" "Invertir vertical"
+    "Invertir horizontal y rotar 270° sentido reloj" "Girado 90° sentido reloj"
+    "Invertir horizontal y rotar 90° sentido reloj" "Girado 270° sentido reloj" "Vista Previa"
+    "Punto AF primario" "Calidad" "Unidad de Resolución de X e Y" "Pulgada" "Píxeles/cm" "Rotación"
+    "Saturación" "Selección de escena" "Número Serie" "Nitidez" "Modo de Disparo"
+    "Contador de disparos" "Programa Utilizado" "Desactivado |\302\240n/a"
+    "Activado |\302\240On (1)" "Desactivado |\302\240On (2)" "Activado |\302\240On (3)"
+    "Balance de Blancos" "Automático" "Luz de día" "Sombrío" "Flourescente" "Tungsteno"
+    "Equilibrio del blanco manual" "Resolución Imagen Horizontal" "Resolución Imagen Vertical"
+    "BrightnessAdj" "EnhanceDarkTones" "ColorBoostType" "ColorBoostLevel" "CropLeft" "CropTop"
+    "CropRight" "CropBottom" "CropOutputWidthInches" "CropOutputHeightInches" "CropScaledResolution"
+    "CropSourceResolution" "CropOutputResolution" "CropOutputScale" "CropOutputWidth"
+    "CropOutputHeight" "CropOutputPixels" "D-LightingHQShadow" "D-LightingHQHighlight"
+    "D-LightingHQColorBoost" "D-LightingHSAdjustment" "D-LightingHSColorBoost" "ExposureAdj"
+    "ExposureAdj2" "ActiveD-LightingMode" "ShadowProtection" "HighlightProtection" "LCHEditor"
+    "HistogramXML" "ColorAberrationControl" "D-LightingHQ" "StraightenAngle" "EditVersionName"
+    "QuickFix" "ColorBooster" "D-LightingHQSelected" "UnsharpMask" "Curves" "ColorBalanceAdj"
+    "AdvancedRaw" "WhiteBalanceAdj" "FlipHorizontal" "PhotoEffects" "VignetteControlIntensity"
+    "D-LightingHS" "PictureControl" "PhotoEffectHistoryXML" "AutoRedEye" "ImageDustOff"
+    "EdgeNoiseReduction" "ColorMoireReductionMode" "NoiseReductionIntensity"
+    "NoiseReductionSharpness" "NoiseReductionMethod" "ColorMoireReduction"
+    "ColorNoiseReductionIntensity" "ColorNoiseReductionSharpness" "PhotoEffectsType"
+    "PhotoEffectsRed" "PhotoEffectsGreen" "PhotoEffectsBlue" "PictureControlActive"
+    "PictureControlMode" "QuickAdjust" "SharpeningAdj" "ContrastAdj" "HueAdj" "RedEyeCorrection"
+    "UnsharpCount" "Unsharp1Color" "Unsharp1Intensity" "Unsharp1HaloWidth" "Unsharp1Threshold"
+    "Unsharp2Color" "Unsharp2Intensity" "Unsharp2HaloWidth" "Unsharp2Threshold" "Unsharp3Color"
+    "Unsharp3Intensity" "Unsharp3HaloWidth" "Unsharp3Threshold" "Unsharp4Color" "Unsharp4Intensity"
+    "Unsharp4HaloWidth" "Unsharp4Threshold" "WBAdjRedBalance" "WBAdjBlueBalance" "WBAdjMode"
+    "WBAdjLighting" "WBAdjTemperature" "WBAdjTint" "768" "769" "770" "771" "772" "773" "1025" "1026"
+    "1027" "1028" "1280" "1281" "1282" "1283" "1284" "1536" "NikonCapture:ActiveD-Lighting"
+    "NikonCapture:ActiveD-Lighting:0" "NikonCapture:ActiveD-Lighting:1"
+    "NikonCapture:ActiveD-LightingMode" "Active D-Lighting Mode"
+    "NikonCapture:ActiveD-LightingMode:0" "Unchanged" "NikonCapture:ActiveD-LightingMode:1"
+    "NikonCapture:ActiveD-LightingMode:2" "NikonCapture:ActiveD-LightingMode:3"
+    "NikonCapture:ActiveD-LightingMode:4" "NikonCapture:ActiveD-LightingMode:6"
+    "NikonCapture:ActiveD-LightingMode:7" "NikonCapture:ActiveD-LightingMode:8"
+    "NikonCapture:AdvancedRaw" "Advanced Raw" "NikonCapture:AdvancedRaw:0"
+    "NikonCapture:AdvancedRaw:1" "NikonCapture:AutoRedEye" "Auto Red Eye"
+    "NikonCapture:AutoRedEye:0" "NikonCapture:AutoRedEye:1" "NikonCapture:BrightnessAdj"
+    "Brightness Adj" "NikonCapture:ColorAberrationControl" "Color Aberration Control"
+    "NikonCapture:ColorAberrationControl:0" "NikonCapture:ColorAberrationControl:1"
+    "NikonCapture:ColorBalanceAdj" "Color Balance Adj" "NikonCapture:ColorBalanceAdj:0"
+    "NikonCapture:ColorBalanceAdj:1" "NikonCapture:ColorBoostLevel" "Color Boost Level"
+    "NikonCapture:ColorBoostType" "Color Boost Type" "NikonCapture:ColorBoostType:0" "Nature"
+    "NikonCapture:ColorBoostType:1" "NikonCapture:ColorBooster" "Color Booster"
+    "NikonCapture:ColorBooster:0" "NikonCapture:ColorBooster:1" "NikonCapture:ColorMoireReduction"
+    "Color Moire Reduction" "NikonCapture:ColorMoireReduction:0"
+    "NikonCapture:ColorMoireReduction:1" "NikonCapture:ColorMoireReductionMode"
+    "Color Moire Reduction Mode" "NikonCapture:ColorMoireReductionMode:0"
+    "NikonCapture:ColorMoireReductionMode:1" "NikonCapture:ColorMoireReductionMode:2"
+    "NikonCapture:ColorMoireReductionMode:3" "NikonCapture:ColorNoiseReductionIntensity"
+    "Color Noise Reduction Intensity" "NikonCapture:ColorNoiseReductionSharpness"
+    "Color Noise Reduction Sharpness" "NikonCapture:ContrastAdj" "Contrast Adj"
+    "NikonCapture:CropBottom" "Crop Bottom" "NikonCapture:CropLeft" "Crop Left"
+    "NikonCapture:CropOutputHeight" "Crop Output Height" "NikonCapture:CropOutputHeightInches"
+    "Crop Output Height Inches" "NikonCapture:CropOutputPixels" "Crop Output Pixels"
+    "NikonCapture:CropOutputResolution" "Crop Output Resolution" "NikonCapture:CropOutputScale"
+    "Crop Output Scale" "NikonCapture:CropOutputWidth" "Crop Output Width"
+    "NikonCapture:CropOutputWidthInches" "Crop Output Width Inches" "NikonCapture:CropRight"
+    "Crop Right" "NikonCapture:CropScaledResolution" "Crop Scaled Resolution"
+    "NikonCapture:CropSourceResolution" "Crop Source Resolution" "NikonCapture:CropTop" "Crop Top"
+    "NikonCapture:Curves" "NikonCapture:Curves:0" "NikonCapture:Curves:1"
+    "NikonCapture:D-LightingHQ" "D-Lighting HQ" "NikonCapture:D-LightingHQ:0"
+    "NikonCapture:D-LightingHQ:1" "NikonCapture:D-LightingHQColorBoost" "D-Lighting HQ Color Boost"
+    "NikonCapture:D-LightingHQHighlight" "D-Lighting HQ Highlight"
+    "NikonCapture:D-LightingHQSelected" "D-Lighting HQ Selected"
+    "NikonCapture:D-LightingHQSelected:0" "NikonCapture:D-LightingHQSelected:1"
+    "NikonCapture:D-LightingHQShadow" "D-Lighting HQ Shadow" "NikonCapture:D-LightingHS"
+    "D-Lighting HS" "NikonCapture:D-LightingHS:0" "NikonCapture:D-LightingHS:1"
+    "NikonCapture:D-LightingHSAdjustment" "D-Lighting HS Adjustment"
+    "NikonCapture:D-LightingHSColorBoost" "D-Lighting HS Color Boost"
+    "NikonCapture:EdgeNoiseReduction" "Edge Noise Reduction" "NikonCapture:EdgeNoiseReduction:0"
+    "NikonCapture:EdgeNoiseReduction:1" "NikonCapture:EditVersionName" "Edit Version Name"
+    "NikonCapture:EnhanceDarkTones" "Enhance Dark Tones" "NikonCapture:EnhanceDarkTones:0"
+    "NikonCapture:EnhanceDarkTones:1" "NikonCapture:ExposureAdj" "Exposure Adj"
+    "NikonCapture:ExposureAdj2" "Exposure Adj 2" "NikonCapture:FlipHorizontal" "Flip Horizontal"
+    "NikonCapture:FlipHorizontal:0" "NikonCapture:FlipHorizontal:1"
+    "NikonCapture:HighlightProtection" "Highlight Protection" "NikonCapture:HistogramXML"
+    "Histogram XML" "NikonCapture:HueAdj" "Hue Adj" "NikonCapture:ImageDustOff" "Image Dust Off"
+    "NikonCapture:ImageDustOff:0" "NikonCapture:ImageDustOff:1" "NikonCapture:LCHEditor"
+    "LCH Editor" "NikonCapture:LCHEditor:0" "NikonCapture:LCHEditor:1" "NikonCapture:NoiseReduction"
+    "NikonCapture:NoiseReduction:0" "NikonCapture:NoiseReduction:1"
+    "NikonCapture:NoiseReductionIntensity" "Noise Reduction Intensity"
+    "NikonCapture:NoiseReductionMethod" "Noise Reduction Method"
+    "NikonCapture:NoiseReductionMethod:0" "Faster" "NikonCapture:NoiseReductionMethod:1"
+    "Better Quality" "NikonCapture:NoiseReductionMethod:2" "Better Quality 2013"
+    "NikonCapture:NoiseReductionSharpness" "Noise Reduction Sharpness"
+    "NikonCapture:PhotoEffectHistoryXML" "Photo Effect History XML" "NikonCapture:PhotoEffects"
+    "Photo Effects" "NikonCapture:PhotoEffects:0" "NikonCapture:PhotoEffects:1"
+    "NikonCapture:PhotoEffectsBlue" "Photo Effects Blue" "NikonCapture:PhotoEffectsGreen"
+    "Photo Effects Green" "NikonCapture:PhotoEffectsRed" "Photo Effects Red"
+    "NikonCapture:PhotoEffectsType" "Photo Effects Type" "NikonCapture:PhotoEffectsType:0"
+    "NikonCapture:PhotoEffectsType:1" "NikonCapture:PhotoEffectsType:2"
+    "NikonCapture:PhotoEffectsType:3" "Tinted" "NikonCapture:PictureControl"
+    "NikonCapture:PictureControl:0" "NikonCapture:PictureControl:1"
+    "NikonCapture:PictureControlActive" "Picture Control Active"
+    "NikonCapture:PictureControlActive:0" "NikonCapture:PictureControlActive:1"
+    "NikonCapture:PictureControlMode" "Picture Control Mode" "NikonCapture:QuickAdjust"
+    "NikonCapture:QuickFix" "Quick Fix" "NikonCapture:QuickFix:0" "NikonCapture:QuickFix:1"
+    "NikonCapture:RedEyeCorrection" "Red Eye Correction" "NikonCapture:RedEyeCorrection:0"
+    "NikonCapture:RedEyeCorrection:1" "NikonCapture:RedEyeCorrection:2" "Click on Eyes"
+    "NikonCapture:Rotation" "NikonCapture:SaturationAdj" "NikonCapture:ShadowProtection"
+    "Shadow Protection" "NikonCapture:SharpeningAdj" "Sharpening Adj" "NikonCapture:StraightenAngle"
+    "Straighten Angle" "NikonCapture:Unsharp1Color" "Unsharp 1 Color" "NikonCapture:Unsharp1Color:0"
+    "RGB" "NikonCapture:Unsharp1Color:1" "NikonCapture:Unsharp1Color:2"
+    "NikonCapture:Unsharp1Color:3" "NikonCapture:Unsharp1Color:4" "NikonCapture:Unsharp1Color:5"
+    "Magenta" "NikonCapture:Unsharp1Color:6" "Cyan" "NikonCapture:Unsharp1HaloWidth"
+    "Unsharp 1 Halo Width" "NikonCapture:Unsharp1Intensity" "Unsharp 1 Intensity"
+    "NikonCapture:Unsharp1Threshold" "Unsharp 1 Threshold" "NikonCapture:Unsharp2Color"
+    "Unsharp 2 Color" "NikonCapture:Unsharp2Color:0" "NikonCapture:Unsharp2Color:1"
+    "NikonCapture:Unsharp2Color:2" "NikonCapture:Unsharp2Color:3" "NikonCapture:Unsharp2Color:4"
+    "NikonCapture:Unsharp2Color:5" "NikonCapture:Unsharp2Color:6" "NikonCapture:Unsharp2HaloWidth"
+    "Unsharp 2 Halo Width" "NikonCapture:Unsharp2Intensity" "Unsharp 2 Intensity"
+    "NikonCapture:Unsharp2Threshold" "Unsharp 2 Threshold" "NikonCapture:Unsharp3Color"
+    "Unsharp 3 Color" "NikonCapture:Unsharp3Color:0" "NikonCapture:Unsharp3Color:1"
+    "NikonCapture:Unsharp3Color:2" "NikonCapture:Unsharp3Color:3" "NikonCapture:Unsharp3Color:4"
+    "NikonCapture:Unsharp3Color:5" "NikonCapture:Unsharp3Color:6" "NikonCapture:Unsharp3HaloWidth"
+    "Unsharp 3 Halo Width" "NikonCapture:Unsharp3Intensity" "Unsharp 3 Intensity"
+    "NikonCapture:Unsharp3Threshold" "Unsharp 3 Threshold" "NikonCapture:Unsharp4Color"
+    "Unsharp 4 Color" "NikonCapture:Unsharp4Color:0" "NikonCapture:Unsharp4Color:1"
+    "NikonCapture:Unsharp4Color:2" "NikonCapture:Unsharp4Color:3" "NikonCapture:Unsharp4Color:4"
+    "NikonCapture:Unsharp4Color:5" "NikonCapture:Unsharp4Color:6" "NikonCapture:Unsharp4HaloWidth"
+    "Unsharp 4 Halo Width" "NikonCapture:Unsharp4Intensity" "Unsharp 4 Intensity"
+    "NikonCapture:Unsharp4Threshold" "Unsharp 4 Threshold" "NikonCapture:UnsharpCount"
+    "Unsharp Count" "NikonCapture:UnsharpMask" "Unsharp Mask" "NikonCapture:UnsharpMask:0"
+    "NikonCapture:UnsharpMask:1" "NikonCapture:VignetteControl" "NikonCapture:VignetteControl:0"
+    "NikonCapture:VignetteControl:1" "NikonCapture:VignetteControlIntensity"
+    "Vignette Control Intensity" "NikonCapture:WBAdjBlueBalance" "WB Adj Blue Balance"
+    "NikonCapture:WBAdjLighting" "WB Adj Lighting" "NikonCapture:WBAdjLighting:0"
+    "NikonCapture:WBAdjLighting:1024" "High Color Rendering Fluorescent (warm white)"
+    "NikonCapture:WBAdjLighting:1025" "High Color Rendering Fluorescent (3700K)"
+    "NikonCapture:WBAdjLighting:1026" "High Color Rendering Fluorescent (cool white)"
+    "NikonCapture:WBAdjLighting:1027" "High Color Rendering Fluorescent (5000K)"
+    "NikonCapture:WBAdjLighting:1028" "High Color Rendering Fluorescent (daylight)"
+    "NikonCapture:WBAdjLighting:1280" "NikonCapture:WBAdjLighting:1281" "Flash (FL-G1 filter)"
+    "NikonCapture:WBAdjLighting:1282" "Flash (FL-G2 filter)" "NikonCapture:WBAdjLighting:1283"
+    "Flash (TN-A1 filter)" "NikonCapture:WBAdjLighting:1284" "Flash (TN-A2 filter)"
+    "NikonCapture:WBAdjLighting:1536" "Sodium Vapor Lamps" "NikonCapture:WBAdjLighting:256"
+    "NikonCapture:WBAdjLighting:512" "Daylight (direct sunlight)" "NikonCapture:WBAdjLighting:513"
+    "Daylight (shade)" "NikonCapture:WBAdjLighting:514" "Daylight (cloudy)"
+    "NikonCapture:WBAdjLighting:768" "Standard Fluorescent (warm white)"
+    "NikonCapture:WBAdjLighting:769" "Standard Fluorescent (3700K)" "NikonCapture:WBAdjLighting:770"
+    "Standard Fluorescent (cool white)" "NikonCapture:WBAdjLighting:771"
+    "Standard Fluorescent (5000K)" "NikonCapture:WBAdjLighting:772"
+    "Standard Fluorescent (daylight)" "NikonCapture:WBAdjLighting:773"
+    "Standard Fluorescent (high temperature mercury vapor)" "NikonCapture:WBAdjMode" "WB Adj Mode"
+    "NikonCapture:WBAdjMode:1" "Use Gray Point" "NikonCapture:WBAdjMode:2" "Recorded Value"
+    "NikonCapture:WBAdjMode:3" "Use Temperature" "NikonCapture:WBAdjMode:4"
+    "Calculate Automatically" "NikonCapture:WBAdjMode:5" "Auto2" "NikonCapture:WBAdjMode:6"
+    "Underwater" "NikonCapture:WBAdjMode:7" "Auto1" "NikonCapture:WBAdjRedBalance"
+    "WB Adj Red Balance" "NikonCapture:WBAdjTemperature" "WB Adj Temperature"
+    "NikonCapture:WBAdjTint" "WB Adj Tint" "NikonCapture:WhiteBalanceAdj" "White Balance Adj"
+    "NikonCapture:WhiteBalanceAdj:0" "NikonCapture:WhiteBalanceAdj:1" "闪光" "太阳光 (0)" "太阳光 (1)"
+    "太阳光 (2)" "RAW avancé" "Correction yeux-rouges automatique" "Réglage de la luminosité"
+    "Contrôle de l'aberration de la couleur" "Réglage de la balance des couleurs"
+    "Niveau de boost de couleur" "Type de boost de couleur" "Booster de couleur"
+    "Réduction du moiré des couleurs" "Mode de réduction du moiré de couleur" "Moyen"
+    "Réduction du bruit d'intensité de la couleur" "Réduction du bruit de netteté de la couleur"
+    "Recadrage inférieur" "Recadrage gauche" "Hauteur du recadrage en sortie"
+    "Hauteur du recadrage en sortie en pouces" "Pixels de recadrage en sortie"
+    "Résolution du recadrage de la sortie" "Échelle du recadrage en sortie"
+    "Largeur du recadrage en sortie" "Largeur du recadrage en sortie en pouces" "Recadrage droite"
+    "Résolution du recadrage mis à l'échelle" "Résolution du recadrage de la source"
+    "Recadrage supérieur" "Courbes" "Activeé" "D-Lighting HQ Boost couleur"
+    "D-Lighting HQ Boost éclairage" "D-Lighting haute Qualité sélectionné" "D-Lighting HQ Ombre"
+    "Réglage lumière du jour HS" "Lumière du jour HS boost couleur" "Réduction du bruit de fond"
+    "Améliorer les tons foncés" "Réglage de l'exposition 2" "Retournement horizontal"
+    "Dépoussiérage de l'image" "Éditeur LCH" "Activée" "Intensité de réduction du bruit"
+    "Méthode de réduction du bruit" "Plus rapide" "Meilleure qualité" "Meilleure qualité 2013"
+    "Réduction de bruit netteté" "Effets photo" "Effets photo bleu" "Effets photo vert"
+    "Effets photo rouge" "Type d'effet photo" "Teinté" "Correction des yeux rouges"
+    "Clic sur les yeux" "Angle de redressement" "RVB" "Compteur d'unsharp" "Masque d'unsharp"
+    "Intensité du contrôle des vignettes" "Balance des blancs Réglage de la balance bleue"
+    "Balance des blancs Réglage de la lumière" "Fluorescent à haut rendu des couleurs (blanc chaud)"
     "Fluorescent à haut rendu des couleurs (3700K)"
     "Fluorescent à haut rendu des couleurs (blanc froid)"
     "Fluorescent à haut rendu des couleurs (5000K)"
-    "Fluorescent à haut rendu des couleurs (lumière du jour)""Flash (Filtre FL-G1)"
-    "Flash (Filtre FL-G2)""Flash (Filtre FL-TN-A1)""Flash (Filtre FL-TN-A2)"
-    "Lampes à vapeur de sodium""Lumière du jour (0)""Lumière du jour (1)""Lumière du jour (2)"
-    "Fluorescent standard (blanc chaud)""Fluorescent standard (3700K)"
-    "Fluorescent standard (blanc froid)""Fluorescent standard (5000K)"
+    "Fluorescent à haut rendu des couleurs (lumière du jour)" "Flash (Filtre FL-G1)"
+    "Flash (Filtre FL-G2)" "Flash (Filtre FL-TN-A1)" "Flash (Filtre FL-TN-A2)"
+    "Lampes à vapeur de sodium" "Lumière du jour (0)" "Lumière du jour (1)" "Lumière du jour (2)"
+    "Fluorescent standard (blanc chaud)" "Fluorescent standard (3700K)"
+    "Fluorescent standard (blanc froid)" "Fluorescent standard (5000K)"
     "Fluorescent standard (lumière du jour)"
     "Fluorescent standard (vapeur de mercure à haute température)"
-    "Mode de réglage de la balance des blancs ""Utiliser le point gris""Valeur enregistrée"
-    "Utiliser la température""Calculer automatiquement""Sous l'eau"
-    "Balance des blancs Réglage de la balance rouge""Balance des blancs Réglage de la température"
-    "Ajustement de la balance des blancs""Helligkeitskorrektur""Farbabgleich Korrektur""Natur"
-    "Menschen""Kontrastkorrektur""Ausschnitt Unten""Ausschnitt Links""Ausschnitt Rechts"
-    "Ausschnitt Oben""Nein""Ja""Rauschunterdrückung Ecken""Dunkle Stellen aufhellen"
-    "Belichtungskorrektur 2""Stärke Rauschunterdrückung""Rauschunterdrückung Methode""Schneller"
-    "Bessere Qualität\"""Rauschunterdrückung Schärfe""Bildeffekt-Methode""Getont"
-    "Rote-Augen-Reduzierung""Klick auf Augen""Schärfekorrektur""Unschärfemaske"
-    "Vignettierungskorrektur Stärke""Keines""Blitz""Tageslicht (0)""Tageslicht (1)""Tageslicht (2)"
-    "Weißabgleich Korrektur""Acceso""Modalità D-Lighting attiva""Immutato""Raw avanzato"
-    "Intensità riduzione rumore""Metodo riduzione rumore""Più veloce""Tinteggiato"
-    "Correzione occhi rossi""Luce del giorno (0)""Luce del giorno (1)""Luce del giorno (2)"
-    "Adattamento bilanciamento bianco""アドバンスRAW""色収差コントロール""カラーバランス調整""カラーブーストレベル1""カラーブーストタイプ""自然"
-    "人々""カラーブースター""色モアレリダクション""開始オフセットX""開始オフセットY""カーブ""DライティングHQ""DライティングHQカラーブースト""DライティングHQハイライト"
-    "DライティングHQ選択""いいえ""はい""DライティングHQシャドウ""DライティングHS""DライティングHS調整""DライティングHSカラーブースト""エッジノイズリダクション"
-    "横フリップ""LCHエディター""ノイズリダクション強度""ノイズリダクション方法""ノイズリダクションシャープネス""フォトエフェクト""フォトエフェクト青""フォトエフェクト緑"
-    "フォトエフェクト赤""フォトエフェクトタイプ""淡調""ピクチャーコントロール""ストレートアングル""アンシャープ1カラー""マゼンダ""シアン""アンシャープ1円光幅"
-    "アンシャープ1強度""アンシャープ1起点""アンシャープ2カラー""アンシャープ2円光幅""アンシャープ2強度""アンシャープ2起点""アンシャープ3カラー""アンシャープ3円光幅"
-    "アンシャープ3強度""アンシャープ3起点""アンシャープ4カラー""アンシャープ4円光幅""アンシャープ4強度""アンシャープ4起点""アンシャープカウント""アンシャープマスク"
-    "ビネットコントロール強度""ホワイトバランス調整、ライティング""ハイカラーレンダリング蛍光灯 (0)""ハイカラーレンダリング蛍光灯 (1)""ハイカラーレンダリング蛍光灯 (2)"
-    "ハイカラーレンダリング蛍光灯 (3)""ハイカラーレンダリング蛍光灯 (4)""ストロボ""電球""標準蛍光灯 (0)""標準蛍光灯 (1)""標準蛍光灯 (2)""標準蛍光灯 (3)"
-    "標準蛍光灯 (5)""ホワイトバランス調整モード""グレーポイント使用""記録値""温度使用""自動計算""ホワイトバランス調整、色温度""ホワイトバランス調整"
-    "Recorte Izquierda""Recorte Arriba";
+    "Mode de réglage de la balance des blancs " "Utiliser le point gris" "Valeur enregistrée"
+    "Utiliser la température" "Calculer automatiquement" "Sous l'eau"
+    "Balance des blancs Réglage de la balance rouge" "Balance des blancs Réglage de la température"
+    "Ajustement de la balance des blancs" "Helligkeitskorrektur" "Farbabgleich Korrektur" "Natur"
+    "Menschen" "Kontrastkorrektur" "Ausschnitt Unten" "Ausschnitt Links" "Ausschnitt Rechts"
+    "Ausschnitt Oben" "Nein" "Ja" "Rauschunterdrückung Ecken" "Dunkle Stellen aufhellen"
+    "Belichtungskorrektur 2" "Stärke Rauschunterdrückung" "Rauschunterdrückung Methode" "Schneller"
+    "Bessere Qualität\"" "Rauschunterdrückung Schärfe" "Bildeffekt-Methode" "Getont"
+    "Rote-Augen-Reduzierung" "Klick auf Augen" "Schärfekorrektur" "Unschärfemaske"
+    "Vignettierungskorrektur Stärke" "Keines" "Blitz" "Tageslicht (0)" "Tageslicht (1)"
+    "Tageslicht (2)" "Weißabgleich Korrektur" "Acceso" "Modalità D-Lighting attiva" "Immutato"
+    "Raw avanzato" "Intensità riduzione rumore" "Metodo riduzione rumore" "Più veloce" "Tinteggiato"
+    "Correzione occhi rossi" "Luce del giorno (0)" "Luce del giorno (1)" "Luce del giorno (2)"
+    "Adattamento bilanciamento bianco" "アドバンスRAW" "色収差コントロール" "カラーバランス調整" "カラーブーストレベル1" "カラーブーストタイプ"
+    "自然" "人々" "カラーブースター" "色モアレリダクション" "開始オフセットX" "開始オフセットY" "カーブ" "DライティングHQ" "DライティングHQカラーブースト"
+    "DライティングHQハイライト" "DライティングHQ選択" "いいえ" "はい" "DライティングHQシャドウ" "DライティングHS" "DライティングHS調整"
+    "DライティングHSカラーブースト" "エッジノイズリダクション" "横フリップ" "LCHエディター" "ノイズリダクション強度" "ノイズリダクション方法"
+    "ノイズリダクションシャープネス" "フォトエフェクト" "フォトエフェクト青" "フォトエフェクト緑" "フォトエフェクト赤" "フォトエフェクトタイプ" "淡調"
+    "ピクチャーコントロール" "ストレートアングル" "アンシャープ1カラー" "マゼンダ" "シアン" "アンシャープ1円光幅" "アンシャープ1強度" "アンシャープ1起点"
+    "アンシャープ2カラー" "アンシャープ2円光幅" "アンシャープ2強度" "アンシャープ2起点" "アンシャープ3カラー" "アンシャープ3円光幅" "アンシャープ3強度"
+    "アンシャープ3起点" "アンシャープ4カラー" "アンシャープ4円光幅" "アンシャープ4強度" "アンシャープ4起点" "アンシャープカウント" "アンシャープマスク"
+    "ビネットコントロール強度" "ホワイトバランス調整、ライティング" "ハイカラーレンダリング蛍光灯 (0)" "ハイカラーレンダリング蛍光灯 (1)"
+    "ハイカラーレンダリング蛍光灯 (2)" "ハイカラーレンダリング蛍光灯 (3)" "ハイカラーレンダリング蛍光灯 (4)" "ストロボ" "電球" "標準蛍光灯 (0)"
+    "標準蛍光灯 (1)" "標準蛍光灯 (2)" "標準蛍光灯 (3)" "標準蛍光灯 (5)" "ホワイトバランス調整モード" "グレーポイント使用" "記録値" "温度使用" "自動計算"
+    "ホワイトバランス調整、色温度" "ホワイトバランス調整" "Recorte Izquierda" "Recorte Arriba";
 
 // Nikon: 488 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikon[] = {
-    {{0, 10}, TagType::int8u, 2, 0, 0, 40},
-    {{10, 7}, TagType::int8u, 2, 0, 40, 11},
-    {{17, 15}, TagType::int16u, 2, 20, 51, 13},
-    {{32, 14}, TagType::string, 2, 4, 0, 0},
-    {{46, 16}, TagType::int8u, 2, 0, 64, 3},
-    {{62, 13}, TagType::int8u, 2, 0, 67, 10},
-    {{75, 14}, TagType::int8u, 2, 0, 77, 154},
-    {{89, 12}, TagType::string, 2, 51, 51, 13},
-    {{101, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{113, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{126, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{141, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{156, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{167, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{179, 23}, TagType::int8u, 2, 0, 231, 2},
-    {{202, 16}, TagType::string, 2, 20, 0, 0},
-    {{218, 23}, TagType::int8u, 0, 0, 0, 0},
-    {{241, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{262, 11}, TagType::int8u, 2, 0, 231, 2},
-    {{273, 10}, TagType::int8u, 2, 0, 233, 4},
-    {{283, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{298, 13}, TagType::int32s, 2, 0, 237, 97},
-    {{311, 17}, TagType::int8s, 2, 0, 0, 0},
-    {{328, 14}, TagType::imagedata, 8, 0, 0, 0},
-    {{342, 12}, TagType::imagedata, 8, 0, 0, 0},
-    {{354, 4}, TagType::string, 0, 24, 0, 0},
-    {{358, 5}, TagType::string, 0, 8, 0, 0},
-    {{363, 8}, TagType::string, 0, 16, 0, 0},
-    {{371, 9}, TagType::string, 0, 0, 0, 0},
-    {{380, 11}, TagType::int16u, 0, 0, 334, 8},
-    {{391, 12}, TagType::speed, 0, 0, 0, 0},
-    {{403, 7}, TagType::float_, 2, 0, 0, 0},
-    {{410, 20}, TagType::rational64s, 0, 0, 0, 0},
-    {{430, 16}, TagType::rational64u, 0, 0, 0, 0},
-    {{446, 12}, TagType::int16u, 0, 0, 342, 8},
-    {{458, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{478, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{498, 11}, TagType::float_, 2, 0, 0, 0},
-    {{509, 11}, TagType::rational64u, 0, 0, 0, 0},
-    {{520, 11}, TagType::rational64u, 0, 0, 0, 0},
-    {{531, 14}, TagType::int16u, 0, 0, 350, 3},
-    {{545, 16}, TagType::string, 0, 0, 0, 0},
-    {{561, 10}, TagType::string, 0, 0, 0, 0},
-    {{571, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{591, 8}, TagType::rational64u, 0, 0, 0, 0},
-    {{599, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{619, 9}, TagType::string, 2, 0, 0, 0},
-    {{628, 20}, TagType::int32s, 0, 0, 0, 0},
-    {{648, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{659, 20}, TagType::rational64u, 0, 0, 0, 0},
-    {{679, 9}, TagType::string, 2, 0, 0, 0},
-    {{688, 9}, TagType::string, 2, 0, 0, 0},
-    {{697, 12}, TagType::string, 2, 0, 353, 6},
-    {{709, 14}, TagType::string, 2, 0, 0, 0},
-    {{723, 20}, TagType::int32s, 0, 0, 0, 0},
-    {{743, 13}, TagType::string, 0, 0, 0, 0},
-    {{756, 16}, TagType::string, 2, 4, 0, 0},
-    {{772, 17}, TagType::int8u, 2, 0, 359, 2},
-    {{789, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{808, 24}, TagType::int8u, 2, 0, 361, 13},
-    {{832, 19}, TagType::int8u, 2, 0, 374, 13},
-    {{851, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{873, 23}, TagType::int8u, 0, 0, 0, 0},
-    {{896, 34}, TagType::int8u, 0, 0, 0, 0},
-    {{930, 30}, TagType::int8u, 2, 0, 0, 0},
-    {{960, 29}, TagType::int8u, 2, 0, 0, 0},
-    {{989, 30}, TagType::int8u, 2, 0, 0, 0},
-    {{1019, 30}, TagType::int8u, 2, 0, 233, 4},
-    {{1049, 20}, TagType::string, 2, 4, 0, 0},
-    {{1069, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{1077, 17}, TagType::int8u, 2, 0, 387, 49},
-    {{1094, 17}, TagType::int8u, 2, 0, 436, 27},
-    {{1111, 17}, TagType::int8u, 2, 0, 463, 6},
-    {{1128, 17}, TagType::int8u, 2, 0, 469, 5},
-    {{1145, 17}, TagType::int8u, 2, 0, 233, 4},
-    {{1162, 11}, TagType::string, 0, 0, 0, 0},
-    {{1173, 17}, TagType::string, 0, 0, 0, 0},
-    {{1190, 13}, TagType::string, 0, 0, 0, 0},
-    {{1203, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{1219, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{1236, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{1252, 13}, TagType::int16u, 18, 4, 0, 0},
-    {{1265, 13}, TagType::int32s, 18, 4, 0, 0},
-    {{1278, 13}, TagType::int16u, 18, 4, 0, 0},
-    {{1291, 13}, TagType::int16u, 18, 4, 0, 0},
-    {{1304, 11}, TagType::float_, 18, 4, 0, 0},
-    {{1315, 15}, TagType::int16u, 18, 2, 0, 0},
-    {{1330, 19}, TagType::int16u, 18, 14, 0, 0},
-    {{1349, 23}, TagType::int16u, 18, 14, 0, 0},
-    {{1372, 22}, TagType::int16u, 18, 6, 0, 0},
-    {{1394, 17}, TagType::int16u, 18, 14, 0, 0},
-    {{1411, 16}, TagType::int16u, 18, 14, 0, 0},
-    {{1427, 16}, TagType::int16u, 18, 14, 0, 0},
-    {{1443, 19}, TagType::string, 2, 4, 0, 0},
-    {{1462, 21}, TagType::int32u, 18, 4, 0, 0},
-    {{1483, 19}, TagType::int32u, 18, 4, 0, 0},
-    {{1502, 21}, TagType::int32u, 18, 4, 0, 0},
-    {{1523, 25}, TagType::int32u, 18, 4, 0, 0},
-    {{1548, 18}, TagType::int32u, 18, 4, 0, 0},
-    {{1566, 19}, TagType::int32u, 18, 4, 0, 0},
-    {{1585, 17}, TagType::int32u, 18, 4, 0, 0},
-    {{1602, 10}, TagType::int16u, 2, 4, 0, 0},
-    {{1612, 18}, TagType::int32u, 18, 4, 0, 0},
-    {{1630, 25}, TagType::int32u, 18, 4, 0, 0},
-    {{1655, 25}, TagType::int32u, 18, 4, 0, 0},
-    {{1680, 22}, TagType::int32u, 18, 4, 0, 0},
-    {{1702, 17}, TagType::string, 2, 4, 0, 0},
-    {{1719, 21}, TagType::int8u, 2, 0, 64, 3},
-    {{1740, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{1759, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{1772, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1785, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1798, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1811, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1824, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1837, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1850, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1863, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1876, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{1889, 14}, TagType::int16u, 2, 4, 0, 0},
-    {{1903, 14}, TagType::int16u, 2, 4, 0, 0},
-    {{1917, 14}, TagType::int16u, 2, 4, 0, 0},
-    {{1931, 15}, TagType::string, 2, 4, 0, 0},
-    {{1946, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{1962, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{1977, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{1987, 16}, TagType::string, 2, 4, 0, 0},
-    {{2003, 11}, TagType::int8u, 2, 0, 64, 3},
-    {{2014, 21}, TagType::int8u, 2, 2, 474, 15},
-    {{2035, 18}, TagType::int8u, 2, 0, 489, 6},
-    {{2053, 18}, TagType::int8u, 2, 0, 231, 2},
-    {{2071, 16}, TagType::int8u, 2, 0, 495, 8},
-    {{2087, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{2098, 17}, TagType::int8s, 2, 0, 0, 0},
-    {{2115, 16}, TagType::int8u, 2, 0, 0, 0},
-    {{2131, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{2149, 19}, TagType::int8u, 2, 0, 0, 0},
-    {{2168, 15}, TagType::int8u, 2, 0, 503, 38},
-    {{2183, 22}, TagType::int8u, 2, 0, 495, 8},
-    {{2205, 22}, TagType::int8u, 2, 0, 495, 8},
-    {{2227, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{2244, 23}, TagType::int8s, 2, 0, 0, 0},
-    {{2267, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{2284, 23}, TagType::int8s, 2, 0, 0, 0},
-    {{2307, 22}, TagType::int8u, 2, 0, 495, 8},
-    {{2329, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{2346, 23}, TagType::int8s, 2, 0, 0, 0},
-    {{2369, 16}, TagType::int8u, 2, 0, 541, 10},
-    {{2385, 25}, TagType::int8s, 2, 0, 0, 0},
-    {{2410, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{2428, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{2446, 25}, TagType::int8u, 2, 0, 231, 2},
-    {{2471, 19}, TagType::int8u, 2, 0, 231, 2},
-    {{2490, 23}, TagType::int8u, 2, 0, 551, 3},
-    {{2513, 24}, TagType::int8u, 2, 0, 64, 3},
-    {{2537, 14}, TagType::string, 2, 4, 0, 0},
-    {{2551, 3}, TagType::int8u, 2, 0, 554, 4},
-    {{2554, 8}, TagType::int8u, 2, 0, 558, 7},
-    {{2562, 12}, TagType::int8u, 2, 0, 565, 6},
-    {{2574, 9}, TagType::int8u, 2, 0, 571, 5},
-    {{2583, 18}, TagType::int32s, 2, 0, 576, 50},
-    {{2601, 14}, TagType::int32s, 2, 0, 626, 72},
-    {{2615, 3}, TagType::int32s, 2, 2, 0, 0},
-    {{2618, 12}, TagType::int16u, 2, 0, 698, 25},
-    {{2630, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2634, 13}, TagType::int16u, 2, 0, 723, 13},
-    {{2647, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{2656, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{2672, 25}, TagType::int8u, 2, 0, 231, 2},
-    {{2697, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{2713, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{2734, 19}, TagType::int8u, 2, 0, 0, 0},
-    {{2753, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{2771, 22}, TagType::int8u, 2, 0, 231, 2},
-    {{2793, 23}, TagType::int8u, 2, 0, 231, 2},
-    {{2816, 18}, TagType::int8u, 2, 0, 64, 3},
-    {{2834, 22}, TagType::int8u, 2, 0, 233, 4},
-    {{2856, 23}, TagType::int8s, 2, 0, 0, 0},
-    {{2879, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{2896, 19}, TagType::int8u, 2, 0, 233, 4},
-    {{2915, 9}, TagType::int8u, 2, 0, 736, 7},
-    {{2924, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{2940, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{2953, 14}, TagType::int8u, 2, 0, 743, 3},
-    {{2967, 15}, TagType::string, 2, 4, 0, 0},
-    {{2982, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{2994, 10}, TagType::string, 2, 4, 0, 0},
-    {{3004, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{3018, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{3032, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{3053, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{3074, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{3084, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{3101, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{3111, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{3124, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{3137, 20}, TagType::int8u, 2, 0, 0, 0},
-    {{3157, 9}, TagType::string, 2, 64, 0, 0},
-    {{3166, 11}, TagType::string, 2, 17, 0, 0},
-    {{3177, 11}, TagType::string, 2, 17, 0, 0},
-    {{3188, 6}, TagType::int16u, 2, 0, 746, 39},
-    {{3194, 13}, TagType::int8u, 2, 0, 231, 2},
-    {{3207, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{3218, 23}, TagType::int8u, 2, 0, 0, 0},
-    {{3241, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{3253, 22}, TagType::int8u, 2, 0, 0, 0},
-    {{3275, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{3295, 19}, TagType::string, 2, 4, 0, 0},
-    {{3314, 12}, TagType::int8u, 2, 0, 64, 3},
-    {{3326, 11}, TagType::string, 2, 3, 0, 0},
-    {{3337, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{3345, 8}, TagType::string, 2, 70, 0, 0},
-    {{3353, 7}, TagType::string, 2, 0, 0, 0},
-    {{3360, 12}, TagType::string, 2, 0, 0, 0},
-    {{3372, 9}, TagType::string, 2, 0, 0, 0},
-    {{3381, 20}, TagType::float_, 2, 2, 0, 0},
-    {{3401, 12}, TagType::string, 2, 4, 0, 0},
-    {{3413, 18}, TagType::string, 2, 4, 0, 0},
-    {{3431, 12}, TagType::string, 2, 0, 0, 0},
-    {{3443, 8}, TagType::string, 10, 0, 0, 0},
-    {{3451, 17}, TagType::string, 2, 4, 0, 0},
-    {{3468, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{3478, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{3491, 25}, TagType::string, 2, 4, 0, 0},
-    {{3516, 25}, TagType::string, 2, 4, 0, 0},
-    {{3541, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{3561, 15}, TagType::string, 2, 0, 0, 0},
-    {{3576, 11}, TagType::int16u, 2, 7, 785, 15},
-    {{3587, 14}, TagType::string, 2, 3, 0, 0},
-    {{3601, 12}, TagType::string, 18, 0, 0, 0},
-    {{3613, 10}, TagType::int16u, 2, 0, 800, 3},
-    {{3623, 19}, TagType::int8u, 2, 0, 231, 2},
-    {{3642, 16}, TagType::int16u, 2, 0, 803, 10},
-    {{3658, 18}, TagType::string, 26, 0, 0, 0},
-    {{3676, 15}, TagType::int16u, 2, 0, 813, 4},
-    {{3691, 11}, TagType::int16u, 2, 0, 817, 7},
-    {{3702, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{3724, 12}, TagType::string, 2, 0, 350, 3},
-    {{3736, 8}, TagType::int16u, 2, 4, 0, 0},
-    {{3744, 13}, TagType::string, 26, 0, 0, 0},
-    {{3757, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{3777, 14}, TagType::string, 26, 0, 0, 0},
-    {{3791, 14}, TagType::string, 26, 0, 0, 0},
-    {{3805, 15}, TagType::string, 2, 0, 0, 0},
-    {{3820, 8}, TagType::string, 2, 0, 0, 0},
-    {{3828, 13}, TagType::string, 2, 0, 0, 0},
-    {{3841, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{3849, 4}, TagType::rational64u, 2, 4, 0, 0},
-    {{3853, 19}, TagType::rational64u, 2, 0, 0, 0},
-    {{3872, 9}, TagType::int8u, 2, 0, 824, 7},
-    {{3881, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{3893, 13}, TagType::string, 26, 0, 0, 0},
-    {{3906, 8}, TagType::string, 2, 0, 0, 0},
-    {{3914, 9}, TagType::string, 2, 0, 0, 0},
-    {{3923, 11}, TagType::string, 2, 0, 0, 0},
-    {{3934, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{3947, 14}, TagType::int16u, 2, 0, 831, 12},
-    {{3961, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{3974, 21}, TagType::string, 26, 0, 0, 0},
-    {{3995, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{4009, 15}, TagType::rational64u, 2, 2, 0, 0},
-    {{4024, 11}, TagType::string, 2, 0, 0, 0},
-    {{4035, 13}, TagType::int16u, 2, 0, 233, 4},
-    {{4048, 14}, TagType::int16u, 2, 10, 843, 430},
-    {{4062, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{4075, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{4085, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{4102, 12}, TagType::string, 18, 2, 0, 0},
-    {{4114, 17}, TagType::string, 2, 0, 0, 0},
-    {{4131, 10}, TagType::string, 2, 0, 0, 0},
-    {{4141, 11}, TagType::string, 2, 0, 0, 0},
-    {{4152, 18}, TagType::string, 2, 0, 0, 0},
-    {{4170, 10}, TagType::string, 2, 0, 0, 0},
-    {{4180, 21}, TagType::int16u, 2, 0, 736, 7},
-    {{4201, 12}, TagType::string, 2, 0, 1273, 11},
-    {{4213, 11}, TagType::partialtime, 2, 1, 0, 0},
-    {{4224, 17}, TagType::string, 2, 0, 231, 2},
-    {{4241, 16}, TagType::string, 26, 0, 0, 0},
-    {{4257, 19}, TagType::string, 2, 0, 0, 0},
-    {{4276, 19}, TagType::string, 2, 0, 0, 0},
-    {{4295, 24}, TagType::string, 2, 0, 0, 0},
-    {{4319, 18}, TagType::string, 26, 0, 0, 0},
-    {{4337, 11}, TagType::int16u, 18, 4, 1284, 5},
-    {{4348, 17}, TagType::string, 2, 8, 0, 0},
-    {{4365, 15}, TagType::string, 2, 8, 0, 0},
-    {{4380, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{4392, 30}, TagType::int8u, 2, 0, 463, 6},
-    {{4422, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{4433, 11}, TagType::int8u, 2, 0, 1289, 8},
-    {{4444, 21}, TagType::int32u, 2, 0, 0, 0},
-    {{4465, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{4488, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{4511, 14}, TagType::int8u, 2, 0, 350, 3},
-    {{4525, 14}, TagType::int8u, 2, 0, 736, 7},
-    {{4539, 15}, TagType::int8u, 2, 0, 64, 3},
-    {{4554, 22}, TagType::int16u, 2, 0, 1297, 31},
-    {{4576, 21}, TagType::int8u, 2, 0, 1328, 5},
-    {{4597, 26}, TagType::int8u, 2, 0, 233, 4},
-    {{4623, 20}, TagType::int8u, 2, 0, 233, 4},
-    {{4643, 31}, TagType::int8u, 2, 0, 231, 2},
-    {{4674, 28}, TagType::int8u, 2, 0, 231, 2},
-    {{4702, 26}, TagType::int8u, 2, 0, 231, 2},
-    {{4728, 14}, TagType::int8u, 2, 0, 1333, 4},
-    {{4742, 23}, TagType::int8u, 2, 0, 64, 3},
-    {{4765, 34}, TagType::int8u, 2, 0, 231, 2},
-    {{4799, 15}, TagType::int8u, 2, 0, 231, 2},
-    {{4814, 13}, TagType::int8u, 2, 0, 1337, 5},
-    {{4827, 20}, TagType::int8u, 2, 0, 64, 3},
-    {{4847, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{4865, 21}, TagType::int8u, 2, 0, 233, 4},
-    {{4886, 17}, TagType::int8u, 2, 0, 231, 2},
-    {{4903, 7}, TagType::int8u, 2, 0, 231, 2},
-    {{4910, 17}, TagType::int16u, 2, 0, 1297, 31},
-    {{4927, 24}, TagType::int8u, 2, 0, 231, 2},
-    {{4951, 6}, TagType::int8u, 2, 0, 233, 4},
-    {{4957, 10}, TagType::int8u, 2, 0, 469, 5},
-    {{4967, 14}, TagType::int8u, 2, 0, 1342, 7},
-    {{4981, 16}, TagType::int8u, 2, 0, 1349, 12},
-    {{4997, 21}, TagType::int8u, 2, 0, 233, 4},
-    {{5018, 12}, TagType::int8u, 2, 0, 64, 3},
-    {{5030, 11}, TagType::int8u, 2, 0, 231, 2},
-    {{5041, 16}, TagType::int8u, 2, 0, 736, 7},
-    {{5057, 17}, TagType::int8u, 2, 0, 64, 3},
-    {{5074, 7}, TagType::int8u, 2, 0, 231, 2},
-    {{5081, 25}, TagType::int8u, 2, 2, 233, 4},
-    {{5106, 37}, TagType::int8u, 2, 0, 231, 2},
-    {{5143, 14}, TagType::int8u, 2, 0, 231, 2},
-    {{5157, 19}, TagType::int16u, 2, 0, 1297, 31},
-    {{5176, 29}, TagType::int8u, 2, 0, 231, 2},
-    {{5205, 21}, TagType::int8u, 2, 0, 64, 3},
-    {{5226, 17}, TagType::int8u, 2, 0, 233, 4},
-    {{5243, 15}, TagType::int8u, 2, 0, 1361, 10},
-    {{5258, 11}, TagType::int8u, 2, 0, 64, 3},
-    {{5269, 17}, TagType::int8u, 2, 0, 231, 2},
-    {{5286, 19}, TagType::int8u, 2, 0, 64, 3},
-    {{5305, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{5326, 20}, TagType::int8u, 2, 0, 231, 2},
-    {{5346, 27}, TagType::int8u, 2, 0, 231, 2},
-    {{5373, 18}, TagType::int8u, 2, 0, 231, 2},
-    {{5391, 19}, TagType::int8u, 2, 0, 231, 2},
-    {{5410, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{5426, 21}, TagType::int8u, 2, 0, 736, 7},
-    {{5447, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{5463, 8}, TagType::int8u, 2, 0, 1371, 4},
-    {{5471, 8}, TagType::int32s, 2, 0, 1375, 24},
-    {{5479, 17}, TagType::int8u, 2, 0, 1399, 15},
-    {{5496, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5518, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5540, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5562, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5584, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5606, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5628, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5650, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5672, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{5694, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5717, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5740, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5763, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5786, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5809, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5832, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5855, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5878, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5901, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5924, 23}, TagType::int32s, 0, 0, 0, 0},
-    {{5947, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{5969, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{5991, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6013, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6035, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6057, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6079, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6101, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6123, 22}, TagType::int32s, 2, 0, 1414, 23},
-    {{6145, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6168, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6191, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6214, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6237, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6260, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6283, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6306, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6329, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6352, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6375, 23}, TagType::int32s, 2, 0, 1414, 23},
-    {{6398, 20}, TagType::int8u, 2, 0, 1437, 5},
-    {{6418, 12}, TagType::int8u, 2, 0, 231, 2},
-    {{6430, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{6446, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{6462, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{6478, 12}, TagType::int8u, 2, 0, 231, 2},
-    {{6490, 12}, TagType::int8u, 2, 0, 64, 3},
-    {{6502, 24}, TagType::int8u, 2, 0, 231, 2},
-    {{6526, 18}, TagType::int8u, 2, 0, 231, 2},
-    {{6544, 19}, TagType::int8u, 2, 0, 231, 2},
-    {{6563, 21}, TagType::int8u, 2, 0, 233, 4},
-    {{6584, 22}, TagType::int8u, 2, 0, 233, 4},
-    {{6606, 17}, TagType::int8u, 2, 0, 469, 5},
-    {{6623, 17}, TagType::int8u, 2, 0, 1442, 82},
-    {{6640, 26}, TagType::int8u, 2, 0, 1442, 82},
-    {{6666, 9}, TagType::int8u, 2, 0, 1442, 82},
-    {{6675, 29}, TagType::int8u, 2, 0, 231, 2},
-    {{6704, 10}, TagType::int8u, 2, 0, 1442, 82},
-    {{6714, 13}, TagType::fixed32u, 0, 0, 0, 0},
-    {{6727, 14}, TagType::int8u, 2, 0, 1442, 82},
-    {{6741, 8}, TagType::int8u, 2, 0, 1442, 82},
-    {{6749, 13}, TagType::int8u, 2, 0, 1442, 82},
-    {{6762, 15}, TagType::int8u, 2, 0, 1442, 82},
-    {{6777, 27}, TagType::int8u, 2, 0, 1442, 82},
-    {{6804, 27}, TagType::int8u, 2, 0, 1442, 82},
-    {{6831, 26}, TagType::int8u, 2, 0, 1442, 82},
-    {{6857, 25}, TagType::int8u, 2, 0, 1442, 82},
-    {{6882, 27}, TagType::int8u, 2, 0, 1442, 82},
-    {{6909, 11}, TagType::int8u, 2, 0, 231, 2},
-    {{6920, 20}, TagType::string, 2, 4, 0, 0},
-    {{6940, 17}, TagType::int32u, 2, 0, 233, 4},
-    {{6957, 21}, TagType::int32u, 2, 0, 231, 2},
-    {{6978, 24}, TagType::int32u, 2, 0, 233, 4},
-    {{7002, 13}, TagType::imagedata, 8, 0, 0, 0},
-    {{7015, 13}, TagType::imagedata, 8, 0, 0, 0},
-    {{7028, 10}, TagType::string, 0, 0, 0, 0},
-    {{7038, 9}, TagType::string, 0, 0, 0, 0},
-    {{7047, 10}, TagType::string, 0, 0, 0, 0},
-    {{7057, 11}, TagType::string, 0, 0, 0, 0},
-    {{7068, 13}, TagType::string, 0, 0, 0, 0},
-    {{7081, 18}, TagType::string, 0, 0, 0, 0},
-    {{7099, 15}, TagType::string, 0, 0, 0, 0},
-    {{7114, 13}, TagType::string, 0, 0, 0, 0},
-    {{7127, 12}, TagType::string, 0, 0, 231, 2},
-    {{7139, 15}, TagType::string, 0, 0, 1524, 9},
-    {{7154, 8}, TagType::string, 0, 0, 0, 0},
-    {{7162, 8}, TagType::string, 0, 0, 0, 0},
-    {{7170, 16}, TagType::string, 0, 0, 0, 0},
-    {{7186, 22}, TagType::int8s, 0, 0, 0, 0},
-    {{7208, 22}, TagType::int8s, 0, 0, 0, 0},
-    {{7230, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{7248, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{7267, 9}, TagType::fixed32u, 2, 0, 0, 0},
-    {{7276, 10}, TagType::fixed32u, 2, 0, 0, 0},
-    {{7286, 8}, TagType::fixed32u, 2, 0, 0, 0},
-    {{7294, 21}, TagType::string, 2, 4, 0, 0},
-    {{7315, 18}, TagType::string, 2, 20, 0, 0},
-    {{7333, 18}, TagType::string, 2, 20, 0, 0},
-    {{7351, 20}, TagType::int8u, 2, 0, 64, 3},
-    {{7371, 25}, TagType::int8u, 2, 0, 0, 0},
-    {{7396, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{7404, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{7414, 12}, TagType::int8u, 2, 0, 1533, 6},
-    {{7426, 16}, TagType::int8u, 2, 0, 0, 0},
-    {{7442, 7}, TagType::int8u, 2, 0, 0, 0},
-    {{7449, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{7452, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{7469, 18}, TagType::string, 2, 4, 0, 0},
-    {{7487, 20}, TagType::int8s, 2, 0, 1539, 2},
-    {{7507, 8}, TagType::int8u, 2, 0, 233, 4},
-    {{7515, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{7523, 25}, TagType::int8u, 2, 0, 231, 2},
-    {{7548, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{7566, 16}, TagType::int8u, 2, 0, 231, 2},
-    {{7582, 15}, TagType::string, 2, 4, 0, 0},
-    {{7597, 17}, TagType::int8u, 2, 0, 231, 2},
-    {{7614, 7}, TagType::int8u, 2, 0, 64, 3},
-    {{7621, 18}, TagType::int8u, 2, 0, 1541, 6},
-    {{7639, 9}, TagType::string, 2, 0, 233, 4},
-    {{7648, 14}, TagType::string, 2, 0, 64, 3},
-    {{7662, 12}, TagType::string, 2, 0, 495, 8},
-    {{7674, 22}, TagType::string, 2, 0, 0, 0},
-    {{7696, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{7709, 10}, TagType::string, 2, 0, 1547, 2},
-    {{7719, 28}, TagType::string, 2, 0, 0, 0},
-    {{7747, 26}, TagType::string, 2, 0, 0, 0},
-    {{7773, 27}, TagType::string, 2, 0, 0, 0},
-    {{7800, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{7818, 26}, TagType::string, 2, 0, 0, 0},
-    {{7844, 27}, TagType::string, 2, 0, 0, 0},
-    {{7871, 14}, TagType::string, 2, 0, 0, 0},
-    {{7885, 16}, TagType::string, 2, 8, 0, 0},
-    {{7901, 16}, TagType::string, 2, 8, 0, 0},
-    {{7917, 14}, TagType::string, 2, 0, 0, 0},
-    {{7931, 5}, TagType::string, 2, 0, 0, 0},
-    {{7936, 9}, TagType::string, 2, 0, 0, 0},
-    {{7945, 18}, TagType::string, 2, 4, 0, 0},
-    {{7963, 19}, TagType::string, 2, 4, 0, 0},
-    {{7982, 13}, TagType::string, 2, 4, 0, 0},
-    {{7995, 6}, TagType::int8u, 2, 0, 1549, 2},
-    {{8001, 15}, TagType::int8u, 2, 0, 231, 2},
-    {{8016, 17}, TagType::int8u, 2, 0, 64, 3},
+    {{0, 10}, TagType::int8u, 2, 0, 0, 40},  // AFAreaMode
+    {{10, 7}, TagType::int8u, 2, 0, 40, 11},  // AFPoint
+    {{17, 15}, TagType::int16u, 2, 20, 51, 13},  // AFPointsInFocus
+    {{32, 14}, TagType::string, 2, 4, 0, 0},  // AFInfo2Version
+    {{46, 16}, TagType::int8u, 2, 0, 64, 3},  // ContrastDetectAF
+    {{62, 13}, TagType::int8u, 2, 0, 67, 10},  // PhaseDetectAF
+    {{75, 14}, TagType::int8u, 2, 0, 77, 154},  // PrimaryAFPoint
+    {{89, 12}, TagType::string, 2, 51, 51, 13},  // AFPointsUsed
+    {{101, 12}, TagType::int16u, 2, 0, 0, 0},  // AFImageWidth
+    {{113, 13}, TagType::int16u, 2, 0, 0, 0},  // AFImageHeight
+    {{126, 15}, TagType::int16u, 2, 0, 0, 0},  // AFAreaXPosition
+    {{141, 15}, TagType::int16u, 2, 0, 0, 0},  // AFAreaYPosition
+    {{156, 11}, TagType::int16u, 2, 0, 0, 0},  // AFAreaWidth
+    {{167, 12}, TagType::int16u, 2, 0, 0, 0},  // AFAreaHeight
+    {{179, 23}, TagType::int8u, 2, 0, 231, 2},  // ContrastDetectAFInFocus
+    {{202, 16}, TagType::string, 2, 20, 0, 0},  // AFPointsSelected
+    {{218, 23}, TagType::int8u, 0, 0, 0, 0},  // FocusPositionHorizontal
+    {{241, 21}, TagType::int8u, 0, 0, 0, 0},  // FocusPositionVertical
+    {{262, 11}, TagType::int8u, 2, 0, 231, 2},  // FocusResult
+    {{273, 10}, TagType::int8u, 2, 0, 233, 4},  // AFFineTune
+    {{283, 15}, TagType::int8u, 2, 0, 0, 0},  // AFFineTuneIndex
+    {{298, 13}, TagType::int32s, 2, 0, 237, 97},  // AFFineTuneAdj
+    {{311, 17}, TagType::int8s, 2, 0, 0, 0},  // AFFineTuneAdjTele
+    {{328, 14}, TagType::imagedata, 8, 0, 0, 0},  // ThumbnailImage
+    {{342, 12}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage
+    {{354, 4}, TagType::string, 0, 24, 0, 0},  // Make
+    {{358, 5}, TagType::string, 0, 8, 0, 0},  // Model
+    {{363, 8}, TagType::string, 0, 16, 0, 0},  // Software
+    {{371, 9}, TagType::string, 0, 0, 0, 0},  // Equipment
+    {{380, 11}, TagType::int16u, 0, 0, 334, 8},  // Orientation
+    {{391, 12}, TagType::speed, 0, 0, 0, 0},  // ExposureTime
+    {{403, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{410, 20}, TagType::rational64s, 0, 0, 0, 0},  // ExposureCompensation
+    {{430, 16}, TagType::rational64u, 0, 0, 0, 0},  // MaxApertureValue
+    {{446, 12}, TagType::int16u, 0, 0, 342, 8},  // MeteringMode
+    {{458, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x000d
+    {{478, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x000e
+    {{498, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{509, 11}, TagType::rational64u, 0, 0, 0, 0},  // XResolution
+    {{520, 11}, TagType::rational64u, 0, 0, 0, 0},  // YResolution
+    {{531, 14}, TagType::int16u, 0, 0, 350, 3},  // ResolutionUnit
+    {{545, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{561, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{571, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x0015
+    {{591, 8}, TagType::rational64u, 0, 0, 0, 0},  // Duration
+    {{599, 20}, TagType::int16u, 0, 0, 0, 0},  // Nikon_AVITags_0x0017
+    {{619, 9}, TagType::string, 2, 0, 0, 0},  // FocusMode
+    {{628, 20}, TagType::int32s, 0, 0, 0, 0},  // Nikon_AVITags_0x0019
+    {{648, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
+    {{659, 20}, TagType::rational64u, 0, 0, 0, 0},  // Nikon_AVITags_0x001c
+    {{679, 9}, TagType::string, 2, 0, 0, 0},  // ColorMode
+    {{688, 9}, TagType::string, 2, 0, 0, 0},  // Sharpness
+    {{697, 12}, TagType::string, 2, 0, 353, 6},  // WhiteBalance
+    {{709, 14}, TagType::string, 2, 0, 0, 0},  // NoiseReduction
+    {{723, 20}, TagType::int32s, 0, 0, 0, 0},  // Nikon_AVITags_0x801a
+    {{743, 13}, TagType::string, 0, 0, 0, 0},  // MakerNoteType
+    {{756, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
+    {{772, 17}, TagType::int8u, 2, 0, 359, 2},  // AutoCapturedFrame
+    {{789, 19}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureCriteria
+    {{808, 24}, TagType::int8u, 2, 0, 361, 13},  // AutoCaptureRecordingTime
+    {{832, 19}, TagType::int8u, 2, 0, 374, 13},  // AutoCaptureWaitTime
+    {{851, 22}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureDistanceFar
+    {{873, 23}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureDistanceNear
+    {{896, 34}, TagType::int8u, 0, 0, 0, 0},  // AutoCaptureCriteriaMotionDirection
+    {{930, 30}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaMotionSpeed
+    {{960, 29}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaMotionSize
+    {{989, 30}, TagType::int8u, 2, 0, 0, 0},  // AutoCaptureCriteriaSubjectSize
+    {{1019, 30}, TagType::int8u, 2, 0, 233, 4},  // AutoCaptureCriteriaSubjectType
+    {{1049, 20}, TagType::string, 2, 4, 0, 0},  // BarometerInfoVersion
+    {{1069, 8}, TagType::int32s, 2, 0, 0, 0},  // Altitude
+    {{1077, 17}, TagType::int8u, 2, 0, 387, 49},  // AEBracketingSteps
+    {{1094, 17}, TagType::int8u, 2, 0, 436, 27},  // WBBracketingSteps
+    {{1111, 17}, TagType::int8u, 2, 0, 463, 6},  // ADLBracketingStep
+    {{1128, 17}, TagType::int8u, 2, 0, 469, 5},  // ADLBracketingType
+    {{1145, 17}, TagType::int8u, 2, 0, 233, 4},  // NikonMeteringMode
+    {{1162, 11}, TagType::string, 0, 0, 0, 0},  // IFD0_Offset
+    {{1173, 17}, TagType::string, 0, 0, 0, 0},  // PreviewIFD_Offset
+    {{1190, 13}, TagType::string, 0, 0, 0, 0},  // SubIFD_Offset
+    {{1203, 16}, TagType::int32u, 2, 0, 0, 0},  // OutputImageWidth
+    {{1219, 17}, TagType::int32u, 2, 0, 0, 0},  // OutputImageHeight
+    {{1236, 16}, TagType::int32u, 2, 0, 0, 0},  // OutputResolution
+    {{1252, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_RBGGLevels
+    {{1265, 13}, TagType::int32s, 18, 4, 0, 0},  // WB_RGGBLevels
+    {{1278, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_RGBGLevels
+    {{1291, 13}, TagType::int16u, 18, 4, 0, 0},  // WB_GRBGLevels
+    {{1304, 11}, TagType::float_, 18, 4, 0, 0},  // WB_RBLevels
+    {{1315, 15}, TagType::int16u, 18, 2, 0, 0},  // WB_RBLevelsAuto
+    {{1330, 19}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsDaylight
+    {{1349, 23}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsIncandescent
+    {{1372, 22}, TagType::int16u, 18, 6, 0, 0},  // WB_RBLevelsFluorescent
+    {{1394, 17}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsCloudy
+    {{1411, 16}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsFlash
+    {{1427, 16}, TagType::int16u, 18, 14, 0, 0},  // WB_RBLevelsShade
+    {{1443, 19}, TagType::string, 2, 4, 0, 0},  // ColorBalanceVersion
+    {{1462, 21}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{1483, 19}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{1502, 21}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{1523, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
+    {{1548, 18}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{1566, 19}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsCustom
+    {{1585, 17}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{1602, 10}, TagType::int16u, 2, 4, 0, 0},  // BlackLevel
+    {{1612, 18}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{1630, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
+    {{1655, 25}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
+    {{1680, 22}, TagType::int32u, 18, 4, 0, 0},  // WB_RGGBLevelsHTMercury
+    {{1702, 17}, TagType::string, 2, 4, 0, 0},  // DistortionVersion
+    {{1719, 21}, TagType::int8u, 2, 0, 64, 3},  // AutoDistortionControl
+    {{1740, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
+    {{1759, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
+    {{1772, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
+    {{1785, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
+    {{1798, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
+    {{1811, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
+    {{1824, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
+    {{1837, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
+    {{1850, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
+    {{1863, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
+    {{1876, 13}, TagType::int16u, 2, 4, 0, 0},  // Face9Position
+    {{1889, 14}, TagType::int16u, 2, 4, 0, 0},  // Face10Position
+    {{1903, 14}, TagType::int16u, 2, 4, 0, 0},  // Face11Position
+    {{1917, 14}, TagType::int16u, 2, 4, 0, 0},  // Face12Position
+    {{1931, 15}, TagType::string, 2, 4, 0, 0},  // FileInfoVersion
+    {{1946, 16}, TagType::int16u, 2, 0, 0, 0},  // MemoryCardNumber
+    {{1962, 15}, TagType::int16u, 2, 0, 0, 0},  // DirectoryNumber
+    {{1977, 10}, TagType::int16u, 2, 0, 0, 0},  // FileNumber
+    {{1987, 16}, TagType::string, 2, 4, 0, 0},  // FlashInfoVersion
+    {{2003, 11}, TagType::int8u, 2, 0, 64, 3},  // FlashSource
+    {{2014, 21}, TagType::int8u, 2, 2, 474, 15},  // ExternalFlashFirmware
+    {{2035, 18}, TagType::int8u, 2, 0, 489, 6},  // ExternalFlashFlags
+    {{2053, 18}, TagType::int8u, 2, 0, 231, 2},  // FlashCommanderMode
+    {{2071, 16}, TagType::int8u, 2, 0, 495, 8},  // FlashControlMode
+    {{2087, 11}, TagType::int8u, 2, 0, 0, 0},  // FlashOutput
+    {{2098, 17}, TagType::int8s, 2, 0, 0, 0},  // FlashCompensation
+    {{2115, 16}, TagType::int8u, 2, 0, 0, 0},  // FlashFocalLength
+    {{2131, 18}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashRate
+    {{2149, 19}, TagType::int8u, 2, 0, 0, 0},  // RepeatingFlashCount
+    {{2168, 15}, TagType::int8u, 2, 0, 503, 38},  // FlashGNDistance
+    {{2183, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupAControlMode
+    {{2205, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupBControlMode
+    {{2227, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupAOutput
+    {{2244, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupACompensation
+    {{2267, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupBOutput
+    {{2284, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupBCompensation
+    {{2307, 22}, TagType::int8u, 2, 0, 495, 8},  // FlashGroupCControlMode
+    {{2329, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashGroupCOutput
+    {{2346, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashGroupCCompensation
+    {{2369, 16}, TagType::int8u, 2, 0, 541, 10},  // FlashColorFilter
+    {{2385, 25}, TagType::int8s, 2, 0, 0, 0},  // ExternalFlashCompensation
+    {{2410, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp3
+    {{2428, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp4
+    {{2446, 25}, TagType::int8u, 2, 0, 231, 2},  // ExternalFlashZoomOverride
+    {{2471, 19}, TagType::int8u, 2, 0, 231, 2},  // ExternalFlashStatus
+    {{2490, 23}, TagType::int8u, 2, 0, 551, 3},  // ExternalFlashReadyState
+    {{2513, 24}, TagType::int8u, 2, 0, 64, 3},  // FlashIlluminationPattern
+    {{2537, 14}, TagType::string, 2, 4, 0, 0},  // HDRInfoVersion
+    {{2551, 3}, TagType::int8u, 2, 0, 554, 4},  // HDR
+    {{2554, 8}, TagType::int8u, 2, 0, 558, 7},  // HDRLevel
+    {{2562, 12}, TagType::int8u, 2, 0, 565, 6},  // HDRSmoothing
+    {{2574, 9}, TagType::int8u, 2, 0, 571, 5},  // HDRLevel2
+    {{2583, 18}, TagType::int32s, 2, 0, 576, 50},  // ISOAutoShutterTime
+    {{2601, 14}, TagType::int32s, 2, 0, 626, 72},  // ISOAutoHiLimit
+    {{2615, 3}, TagType::int32s, 2, 2, 0, 0},  // ISO
+    {{2618, 12}, TagType::int16u, 2, 0, 698, 25},  // ISOExpansion
+    {{2630, 4}, TagType::int8u, 2, 0, 0, 0},  // ISO2
+    {{2634, 13}, TagType::int16u, 2, 0, 723, 13},  // ISOExpansion2
+    {{2647, 9}, TagType::int32u, 2, 0, 0, 0},  // Intervals
+    {{2656, 16}, TagType::int32u, 2, 0, 0, 0},  // ShotsPerInterval
+    {{2672, 25}, TagType::int8u, 2, 0, 231, 2},  // IntervalExposureSmoothing
+    {{2697, 16}, TagType::int8u, 2, 0, 231, 2},  // IntervalPriority
+    {{2713, 21}, TagType::int8u, 2, 0, 0, 0},  // FocusShiftNumberShots
+    {{2734, 19}, TagType::int8u, 2, 0, 0, 0},  // FocusShiftStepWidth
+    {{2753, 18}, TagType::int8u, 0, 0, 0, 0},  // FocusShiftInterval
+    {{2771, 22}, TagType::int8u, 2, 0, 231, 2},  // FocusShiftExposureLock
+    {{2793, 23}, TagType::int8u, 2, 0, 231, 2},  // DiffractionCompensation
+    {{2816, 18}, TagType::int8u, 2, 0, 64, 3},  // FlashRemoteControl
+    {{2834, 22}, TagType::int8u, 2, 0, 233, 4},  // FlashMasterControlMode
+    {{2856, 23}, TagType::int8s, 2, 0, 0, 0},  // FlashMasterCompensation
+    {{2879, 17}, TagType::int8u, 2, 0, 0, 0},  // FlashMasterOutput
+    {{2896, 19}, TagType::int8u, 2, 0, 233, 4},  // FlashWirelessOption
+    {{2915, 9}, TagType::int8u, 2, 0, 736, 7},  // MovieType
+    {{2924, 16}, TagType::int16u, 0, 0, 0, 0},  // IntervalShooting
+    {{2940, 13}, TagType::int32s, 2, 0, 0, 0},  // IntervalFrame
+    {{2953, 14}, TagType::int8u, 2, 0, 743, 3},  // JPGCompression
+    {{2967, 15}, TagType::string, 2, 4, 0, 0},  // LensDataVersion
+    {{2982, 12}, TagType::int8u, 2, 0, 0, 0},  // LensIDNumber
+    {{2994, 10}, TagType::string, 2, 4, 0, 0},  // LensFStops
+    {{3004, 14}, TagType::int8u, 2, 0, 0, 0},  // MinFocalLength
+    {{3018, 14}, TagType::int8u, 2, 0, 0, 0},  // MaxFocalLength
+    {{3032, 21}, TagType::int8u, 2, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{3053, 21}, TagType::int8u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{3074, 10}, TagType::int8u, 2, 0, 0, 0},  // MCUVersion
+    {{3084, 17}, TagType::int8u, 2, 0, 0, 0},  // ExitPupilPosition
+    {{3101, 10}, TagType::int8u, 2, 0, 0, 0},  // AFAperture
+    {{3111, 13}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition
+    {{3124, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
+    {{3137, 20}, TagType::int8u, 2, 0, 0, 0},  // EffectiveMaxAperture
+    {{3157, 9}, TagType::string, 2, 64, 0, 0},  // LensModel
+    {{3166, 11}, TagType::string, 2, 17, 0, 0},  // OldLensData
+    {{3177, 11}, TagType::string, 2, 17, 0, 0},  // NewLensData
+    {{3188, 6}, TagType::int16u, 2, 0, 746, 39},  // LensID
+    {{3194, 13}, TagType::int8u, 2, 0, 231, 2},  // LensMountType
+    {{3207, 11}, TagType::int16u, 2, 0, 0, 0},  // MaxAperture
+    {{3218, 23}, TagType::int8u, 2, 0, 0, 0},  // FocusDistanceRangeWidth
+    {{3241, 12}, TagType::int8u, 2, 0, 0, 0},  // LensDriveEnd
+    {{3253, 22}, TagType::int8u, 2, 0, 0, 0},  // FocusStepsFromInfinity
+    {{3275, 20}, TagType::int32s, 2, 0, 0, 0},  // LensPositionAbsolute
+    {{3295, 19}, TagType::string, 2, 4, 0, 0},  // LocationInfoVersion
+    {{3314, 12}, TagType::int8u, 2, 0, 64, 3},  // TextEncoding
+    {{3326, 11}, TagType::string, 2, 3, 0, 0},  // CountryCode
+    {{3337, 8}, TagType::int8u, 2, 0, 0, 0},  // POILevel
+    {{3345, 8}, TagType::string, 2, 70, 0, 0},  // Location
+    {{3353, 7}, TagType::string, 2, 0, 0, 0},  // Quality
+    {{3360, 12}, TagType::string, 2, 0, 0, 0},  // FlashSetting
+    {{3372, 9}, TagType::string, 2, 0, 0, 0},  // FlashType
+    {{3381, 20}, TagType::float_, 2, 2, 0, 0},  // WhiteBalanceFineTune
+    {{3401, 12}, TagType::string, 2, 4, 0, 0},  // ProgramShift
+    {{3413, 18}, TagType::string, 2, 4, 0, 0},  // ExposureDifference
+    {{3431, 12}, TagType::string, 2, 0, 0, 0},  // ISOSelection
+    {{3443, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
+    {{3451, 17}, TagType::string, 2, 4, 0, 0},  // FlashExposureComp
+    {{3468, 10}, TagType::int16u, 2, 2, 0, 0},  // ISOSetting
+    {{3478, 13}, TagType::int16u, 2, 4, 0, 0},  // ImageBoundary
+    {{3491, 25}, TagType::string, 2, 4, 0, 0},  // ExternalFlashExposureComp
+    {{3516, 25}, TagType::string, 2, 4, 0, 0},  // FlashExposureBracketValue
+    {{3541, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureBracketValue
+    {{3561, 15}, TagType::string, 2, 0, 0, 0},  // ImageProcessing
+    {{3576, 11}, TagType::int16u, 2, 7, 785, 15},  // CropHiSpeed
+    {{3587, 14}, TagType::string, 2, 3, 0, 0},  // ExposureTuning
+    {{3601, 12}, TagType::string, 18, 0, 0, 0},  // SerialNumber
+    {{3613, 10}, TagType::int16u, 2, 0, 800, 3},  // ColorSpace
+    {{3623, 19}, TagType::int8u, 2, 0, 231, 2},  // ImageAuthentication
+    {{3642, 16}, TagType::int16u, 2, 0, 803, 10},  // ActiveD-Lighting
+    {{3658, 18}, TagType::string, 26, 0, 0, 0},  // PictureControlData
+    {{3676, 15}, TagType::int16u, 2, 0, 813, 4},  // VignetteControl
+    {{3691, 11}, TagType::int16u, 2, 0, 817, 7},  // ShutterMode
+    {{3702, 22}, TagType::int32u, 2, 0, 0, 0},  // MechanicalShutterCount
+    {{3724, 12}, TagType::string, 2, 0, 350, 3},  // ImageSizeRAW
+    {{3736, 8}, TagType::int16u, 2, 4, 0, 0},  // CropArea
+    {{3744, 13}, TagType::string, 26, 0, 0, 0},  // NikonSettings
+    {{3757, 20}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureAuto
+    {{3777, 14}, TagType::string, 26, 0, 0, 0},  // MakerNotes0x51
+    {{3791, 14}, TagType::string, 26, 0, 0, 0},  // MakerNotes0x56
+    {{3805, 15}, TagType::string, 2, 0, 0, 0},  // ImageAdjustment
+    {{3820, 8}, TagType::string, 2, 0, 0, 0},  // ToneComp
+    {{3828, 13}, TagType::string, 2, 0, 0, 0},  // AuxiliaryLens
+    {{3841, 8}, TagType::int8u, 2, 0, 0, 0},  // LensType
+    {{3849, 4}, TagType::rational64u, 2, 4, 0, 0},  // Lens
+    {{3853, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
+    {{3872, 9}, TagType::int8u, 2, 0, 824, 7},  // FlashMode
+    {{3881, 12}, TagType::int16u, 0, 0, 0, 0},  // ShootingMode
+    {{3893, 13}, TagType::string, 26, 0, 0, 0},  // ContrastCurve
+    {{3906, 8}, TagType::string, 2, 0, 0, 0},  // ColorHue
+    {{3914, 9}, TagType::string, 2, 0, 0, 0},  // SceneMode
+    {{3923, 11}, TagType::string, 2, 0, 0, 0},  // LightSource
+    {{3934, 13}, TagType::int32s, 2, 0, 0, 0},  // HueAdjustment
+    {{3947, 14}, TagType::int16u, 2, 0, 831, 12},  // NEFCompression
+    {{3961, 13}, TagType::int16s, 2, 0, 0, 0},  // SaturationAdj
+    {{3974, 21}, TagType::string, 26, 0, 0, 0},  // NEFLinearizationTable
+    {{3995, 14}, TagType::int16u, 2, 2, 0, 0},  // RawImageCenter
+    {{4009, 15}, TagType::rational64u, 2, 2, 0, 0},  // SensorPixelSize
+    {{4024, 11}, TagType::string, 2, 0, 0, 0},  // SceneAssist
+    {{4035, 13}, TagType::int16u, 2, 0, 233, 4},  // DateStampMode
+    {{4048, 14}, TagType::int16u, 2, 10, 843, 430},  // RetouchHistory
+    {{4062, 13}, TagType::int32u, 2, 0, 0, 0},  // ImageDataSize
+    {{4075, 10}, TagType::int32u, 2, 0, 0, 0},  // ImageCount
+    {{4085, 17}, TagType::int32u, 2, 0, 0, 0},  // DeletedImageCount
+    {{4102, 12}, TagType::string, 18, 2, 0, 0},  // ShutterCount
+    {{4114, 17}, TagType::string, 2, 0, 0, 0},  // ImageOptimization
+    {{4131, 10}, TagType::string, 2, 0, 0, 0},  // Saturation
+    {{4141, 11}, TagType::string, 2, 0, 0, 0},  // VariProgram
+    {{4152, 18}, TagType::string, 2, 0, 0, 0},  // ImageStabilization
+    {{4170, 10}, TagType::string, 2, 0, 0, 0},  // AFResponse
+    {{4180, 21}, TagType::int16u, 2, 0, 736, 7},  // HighISONoiseReduction
+    {{4201, 12}, TagType::string, 2, 0, 1273, 11},  // ToningEffect
+    {{4213, 11}, TagType::partialtime, 2, 1, 0, 0},  // PowerUpTime
+    {{4224, 17}, TagType::string, 2, 0, 231, 2},  // SilentPhotography
+    {{4241, 16}, TagType::string, 26, 0, 0, 0},  // NikonCaptureData
+    {{4257, 19}, TagType::string, 2, 0, 0, 0},  // NikonCaptureVersion
+    {{4276, 19}, TagType::string, 2, 0, 0, 0},  // NikonCaptureOffsets
+    {{4295, 24}, TagType::string, 2, 0, 0, 0},  // NikonCaptureEditVersions
+    {{4319, 18}, TagType::string, 26, 0, 0, 0},  // NikonCaptureOutput
+    {{4337, 11}, TagType::int16u, 18, 4, 1284, 5},  // NEFBitDepth
+    {{4348, 17}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion51
+    {{4365, 15}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion
+    {{4380, 12}, TagType::int16u, 2, 0, 0, 0},  // BurstGroupID
+    {{4392, 30}, TagType::int8u, 2, 0, 463, 6},  // PhotoShootingMenuBankImageArea
+    {{4422, 11}, TagType::int8u, 2, 0, 0, 0},  // SingleFrame
+    {{4433, 11}, TagType::int8u, 2, 0, 1289, 8},  // ReleaseMode
+    {{4444, 21}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationHours
+    {{4465, 23}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationMinutes
+    {{4488, 23}, TagType::int32u, 2, 0, 0, 0},  // IntervalDurationSeconds
+    {{4511, 14}, TagType::int8u, 2, 0, 350, 3},  // MovieFrameSize
+    {{4525, 14}, TagType::int8u, 2, 0, 736, 7},  // MovieFrameRate
+    {{4539, 15}, TagType::int8u, 2, 0, 64, 3},  // MovieSlowMotion
+    {{4554, 22}, TagType::int16u, 2, 0, 1297, 31},  // MovieISOAutoManualMode
+    {{4576, 21}, TagType::int8u, 2, 0, 1328, 5},  // MovieActiveD-Lighting
+    {{4597, 26}, TagType::int8u, 2, 0, 233, 4},  // MovieHighISONoiseReduction
+    {{4623, 20}, TagType::int8u, 2, 0, 233, 4},  // MovieVignetteControl
+    {{4643, 31}, TagType::int8u, 2, 0, 231, 2},  // MovieVignetteControlSameAsPhoto
+    {{4674, 28}, TagType::int8u, 2, 0, 231, 2},  // MovieDiffractionCompensation
+    {{4702, 26}, TagType::int8u, 2, 0, 231, 2},  // MovieAutoDistortionControl
+    {{4728, 14}, TagType::int8u, 2, 0, 1333, 4},  // MovieFocusMode
+    {{4742, 23}, TagType::int8u, 2, 0, 64, 3},  // MovieVibrationReduction
+    {{4765, 34}, TagType::int8u, 2, 0, 231, 2},  // MovieVibrationReductionSameAsPhoto
+    {{4799, 15}, TagType::int8u, 2, 0, 231, 2},  // HDMIOutputN-Log
+    {{4814, 13}, TagType::int8u, 2, 0, 1337, 5},  // HighFrameRate
+    {{4827, 20}, TagType::int8u, 2, 0, 64, 3},  // MultipleExposureMode
+    {{4847, 18}, TagType::int32s, 2, 0, 0, 0},  // MultiExposureShots
+    {{4865, 21}, TagType::int8u, 2, 0, 233, 4},  // PhotoShootingMenuBank
+    {{4886, 17}, TagType::int8u, 2, 0, 231, 2},  // ExtendedMenuBanks
+    {{4903, 7}, TagType::int8u, 2, 0, 231, 2},  // AutoISO
+    {{4910, 17}, TagType::int16u, 2, 0, 1297, 31},  // ISOAutoFlashLimit
+    {{4927, 24}, TagType::int8u, 2, 0, 231, 2},  // FlickerReductionShooting
+    {{4951, 6}, TagType::int8u, 2, 0, 233, 4},  // VRMode
+    {{4957, 10}, TagType::int8u, 2, 0, 469, 5},  // BracketSet
+    {{4967, 14}, TagType::int8u, 2, 0, 1342, 7},  // BracketProgram
+    {{4981, 16}, TagType::int8u, 2, 0, 1349, 12},  // BracketIncrement
+    {{4997, 21}, TagType::int8u, 2, 0, 233, 4},  // SecondarySlotFunction
+    {{5018, 12}, TagType::int8u, 2, 0, 64, 3},  // Slot2JpgSize
+    {{5030, 11}, TagType::int8u, 2, 0, 231, 2},  // DXCropAlert
+    {{5041, 16}, TagType::int8u, 2, 0, 736, 7},  // SubjectDetection
+    {{5057, 17}, TagType::int8u, 2, 0, 64, 3},  // DynamicAFAreaSize
+    {{5074, 7}, TagType::int8u, 2, 0, 231, 2},  // ToneMap
+    {{5081, 25}, TagType::int8u, 2, 2, 233, 4},  // PortraitImpressionBalance
+    {{5106, 37}, TagType::int8u, 2, 0, 231, 2},  // HighFrequencyFlickerReductionShooting
+    {{5143, 14}, TagType::int8u, 2, 0, 231, 2},  // MovieImageArea
+    {{5157, 19}, TagType::int16u, 2, 0, 1297, 31},  // MovieISOAutoHiLimit
+    {{5176, 29}, TagType::int8u, 2, 0, 231, 2},  // MovieISOAutoControlManualMode
+    {{5205, 21}, TagType::int8u, 2, 0, 64, 3},  // MovieFlickerReduction
+    {{5226, 17}, TagType::int8u, 2, 0, 233, 4},  // MovieMeteringMode
+    {{5243, 15}, TagType::int8u, 2, 0, 1361, 10},  // MovieAFAreaMode
+    {{5258, 11}, TagType::int8u, 2, 0, 64, 3},  // MovieVRMode
+    {{5269, 17}, TagType::int8u, 2, 0, 231, 2},  // MovieElectronicVR
+    {{5286, 19}, TagType::int8u, 2, 0, 64, 3},  // MovieSoundRecording
+    {{5305, 21}, TagType::int8u, 2, 0, 0, 0},  // MicrophoneSensitivity
+    {{5326, 20}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneAttenuator
+    {{5346, 27}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneFrequencyResponse
+    {{5373, 18}, TagType::int8u, 2, 0, 231, 2},  // WindNoiseReduction
+    {{5391, 19}, TagType::int8u, 2, 0, 231, 2},  // MicrophoneJackPower
+    {{5410, 16}, TagType::int8u, 2, 0, 231, 2},  // MovieDXCropAlert
+    {{5426, 21}, TagType::int8u, 2, 0, 736, 7},  // MovieSubjectDetection
+    {{5447, 16}, TagType::int8u, 2, 0, 231, 2},  // MovieHighResZoom
+    {{5463, 8}, TagType::int8u, 2, 0, 1371, 4},  // Language
+    {{5471, 8}, TagType::int32s, 2, 0, 1375, 24},  // TimeZone
+    {{5479, 17}, TagType::int8u, 2, 0, 1399, 15},  // MonitorBrightness
+    {{5496, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens1FocalLength
+    {{5518, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens2FocalLength
+    {{5540, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens3FocalLength
+    {{5562, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens4FocalLength
+    {{5584, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens5FocalLength
+    {{5606, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens6FocalLength
+    {{5628, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens7FocalLength
+    {{5650, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens8FocalLength
+    {{5672, 22}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens9FocalLength
+    {{5694, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens10FocalLength
+    {{5717, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens11FocalLength
+    {{5740, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens12FocalLength
+    {{5763, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens13FocalLength
+    {{5786, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens14FocalLength
+    {{5809, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens15FocalLength
+    {{5832, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens16FocalLength
+    {{5855, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens17FocalLength
+    {{5878, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens18FocalLength
+    {{5901, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens19FocalLength
+    {{5924, 23}, TagType::int32s, 0, 0, 0, 0},  // NonCPULens20FocalLength
+    {{5947, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens1MaxAperture
+    {{5969, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens2MaxAperture
+    {{5991, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens3MaxAperture
+    {{6013, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens4MaxAperture
+    {{6035, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens5MaxAperture
+    {{6057, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens6MaxAperture
+    {{6079, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens7MaxAperture
+    {{6101, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens8MaxAperture
+    {{6123, 22}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens9MaxAperture
+    {{6145, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens10MaxAperture
+    {{6168, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens11MaxAperture
+    {{6191, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens12MaxAperture
+    {{6214, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens13MaxAperture
+    {{6237, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens14MaxAperture
+    {{6260, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens15MaxAperture
+    {{6283, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens16MaxAperture
+    {{6306, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens17MaxAperture
+    {{6329, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens18MaxAperture
+    {{6352, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens19MaxAperture
+    {{6375, 23}, TagType::int32s, 2, 0, 1414, 23},  // NonCPULens20MaxAperture
+    {{6398, 20}, TagType::int8u, 2, 0, 1437, 5},  // HDMIOutputResolution
+    {{6418, 12}, TagType::int8u, 2, 0, 231, 2},  // AirplaneMode
+    {{6430, 16}, TagType::int8u, 2, 0, 231, 2},  // EmptySlotRelease
+    {{6446, 16}, TagType::int8u, 2, 0, 231, 2},  // EnergySavingMode
+    {{6462, 16}, TagType::int8u, 2, 0, 231, 2},  // USBPowerDelivery
+    {{6478, 12}, TagType::int8u, 2, 0, 231, 2},  // SensorShield
+    {{6490, 12}, TagType::int8u, 2, 0, 64, 3},  // MovieToneMap
+    {{6502, 24}, TagType::int8u, 2, 0, 231, 2},  // SetClockFromLocationData
+    {{6526, 18}, TagType::int8u, 2, 0, 231, 2},  // RecordLocationData
+    {{6544, 19}, TagType::int8u, 2, 0, 231, 2},  // FocusShiftAutoReset
+    {{6563, 21}, TagType::int8u, 2, 0, 233, 4},  // PreReleaseBurstLength
+    {{6584, 22}, TagType::int8u, 2, 0, 233, 4},  // PostReleaseBurstLength
+    {{6606, 17}, TagType::int8u, 2, 0, 469, 5},  // AutoCapturePreset
+    {{6623, 17}, TagType::int8u, 2, 0, 1442, 82},  // VerticalISOButton
+    {{6640, 26}, TagType::int8u, 2, 0, 1442, 82},  // ExposureCompensationButton
+    {{6666, 9}, TagType::int8u, 2, 0, 1442, 82},  // ISOButton
+    {{6675, 29}, TagType::int8u, 2, 0, 231, 2},  // ViewModeShowEffectsOfSettings
+    {{6704, 10}, TagType::int8u, 2, 0, 1442, 82},  // DispButton
+    {{6714, 13}, TagType::fixed32u, 0, 0, 0, 0},  // ExposureDelay
+    {{6727, 14}, TagType::int8u, 2, 0, 1442, 82},  // PlaybackButton
+    {{6741, 8}, TagType::int8u, 2, 0, 1442, 82},  // WBButton
+    {{6749, 13}, TagType::int8u, 2, 0, 1442, 82},  // BracketButton
+    {{6762, 15}, TagType::int8u, 2, 0, 1442, 82},  // FlashModeButton
+    {{6777, 27}, TagType::int8u, 2, 0, 1442, 82},  // LensFunc1ButtonPlaybackMode
+    {{6804, 27}, TagType::int8u, 2, 0, 1442, 82},  // LensFunc2ButtonPlaybackMode
+    {{6831, 26}, TagType::int8u, 2, 0, 1442, 82},  // PlaybackButtonPlaybackMode
+    {{6857, 25}, TagType::int8u, 2, 0, 1442, 82},  // BracketButtonPlaybackMode
+    {{6882, 27}, TagType::int8u, 2, 0, 1442, 82},  // FlashModeButtonPlaybackMode
+    {{6909, 11}, TagType::int8u, 2, 0, 231, 2},  // PrimarySlot
+    {{6920, 20}, TagType::string, 2, 4, 0, 0},  // MultiExposureVersion
+    {{6940, 17}, TagType::int32u, 2, 0, 233, 4},  // MultiExposureMode
+    {{6957, 21}, TagType::int32u, 2, 0, 231, 2},  // MultiExposureAutoGain
+    {{6978, 24}, TagType::int32u, 2, 0, 233, 4},  // MultiExposureOverlayMode
+    {{7002, 13}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage1
+    {{7015, 13}, TagType::imagedata, 8, 0, 0, 0},  // PreviewImage2
+    {{7028, 10}, TagType::string, 0, 0, 0, 0},  // FrameCount
+    {{7038, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{7047, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
+    {{7057, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
+    {{7068, 13}, TagType::string, 0, 0, 0, 0},  // AudioChannels
+    {{7081, 18}, TagType::string, 0, 0, 0, 0},  // AudioBitsPerSample
+    {{7099, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
+    {{7114, 13}, TagType::string, 0, 0, 0, 0},  // NikonDateTime
+    {{7127, 12}, TagType::string, 0, 0, 231, 2},  // ElectronicVR
+    {{7139, 15}, TagType::string, 0, 0, 1524, 9},  // ExposureProgram
+    {{7154, 8}, TagType::string, 0, 0, 0, 0},  // LensInfo
+    {{7162, 8}, TagType::string, 0, 0, 0, 0},  // LensMake
+    {{7170, 16}, TagType::string, 0, 0, 0, 0},  // LensSerialNumber
+    {{7186, 22}, TagType::int8s, 0, 0, 0, 0},  // AFAreaInitialXPosition
+    {{7208, 22}, TagType::int8s, 0, 0, 0, 0},  // AFAreaInitialYPosition
+    {{7230, 18}, TagType::int8u, 0, 0, 0, 0},  // AFAreaInitialWidth
+    {{7248, 19}, TagType::int8u, 0, 0, 0, 0},  // AFAreaInitialHeight
+    {{7267, 9}, TagType::fixed32u, 2, 0, 0, 0},  // RollAngle
+    {{7276, 10}, TagType::fixed32u, 2, 0, 0, 0},  // PitchAngle
+    {{7286, 8}, TagType::fixed32u, 2, 0, 0, 0},  // YawAngle
+    {{7294, 21}, TagType::string, 2, 4, 0, 0},  // PictureControlVersion
+    {{7315, 18}, TagType::string, 2, 20, 0, 0},  // PictureControlName
+    {{7333, 18}, TagType::string, 2, 20, 0, 0},  // PictureControlBase
+    {{7351, 20}, TagType::int8u, 2, 0, 64, 3},  // PictureControlAdjust
+    {{7371, 25}, TagType::int8u, 2, 0, 0, 0},  // PictureControlQuickAdjust
+    {{7396, 8}, TagType::int8u, 2, 0, 0, 0},  // Contrast
+    {{7404, 10}, TagType::int8u, 2, 0, 0, 0},  // Brightness
+    {{7414, 12}, TagType::int8u, 2, 0, 1533, 6},  // FilterEffect
+    {{7426, 16}, TagType::int8u, 2, 0, 0, 0},  // ToningSaturation
+    {{7442, 7}, TagType::int8u, 2, 0, 0, 0},  // Clarity
+    {{7449, 3}, TagType::int8u, 2, 0, 0, 0},  // Hue
+    {{7452, 17}, TagType::int8u, 2, 0, 0, 0},  // MidRangeSharpness
+    {{7469, 18}, TagType::string, 2, 4, 0, 0},  // RetouchInfoVersion
+    {{7487, 20}, TagType::int8s, 2, 0, 1539, 2},  // RetouchNEFProcessing
+    {{7507, 8}, TagType::int8u, 2, 0, 233, 4},  // Rotation
+    {{7515, 8}, TagType::int8u, 0, 0, 0, 0},  // Interval
+    {{7523, 25}, TagType::int8u, 2, 0, 231, 2},  // FlickerReductionIndicator
+    {{7548, 18}, TagType::int8u, 0, 0, 0, 0},  // FocusShiftShooting
+    {{7566, 16}, TagType::int8u, 2, 0, 231, 2},  // FlickerReduction
+    {{7582, 15}, TagType::string, 2, 4, 0, 0},  // ShotInfoVersion
+    {{7597, 17}, TagType::int8u, 2, 0, 231, 2},  // DistortionControl
+    {{7614, 7}, TagType::int8u, 2, 0, 64, 3},  // VR_0x66
+    {{7621, 18}, TagType::int8u, 2, 0, 1541, 6},  // VibrationReduction
+    {{7639, 9}, TagType::string, 2, 0, 233, 4},  // ImageArea
+    {{7648, 14}, TagType::string, 2, 0, 64, 3},  // NikonImageSize
+    {{7662, 12}, TagType::string, 2, 0, 495, 8},  // ImageQuality
+    {{7674, 22}, TagType::string, 2, 0, 0, 0},  // PreFlashReturnStrength
+    {{7696, 13}, TagType::int32u, 2, 0, 0, 0},  // NumberOffsets
+    {{7709, 10}, TagType::string, 2, 0, 1547, 2},  // FlashFired
+    {{7719, 28}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashOutputExternal
+    {{7747, 26}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashRateExternal
+    {{7773, 27}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashCountExternal
+    {{7800, 18}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureComp2
+    {{7818, 26}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashRateBuilt-in
+    {{7844, 27}, TagType::string, 2, 0, 0, 0},  // RepeatingFlashCountBuilt-in
+    {{7871, 14}, TagType::string, 2, 0, 0, 0},  // SequenceNumber
+    {{7885, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion2
+    {{7901, 16}, TagType::string, 2, 8, 0, 0},  // FirmwareVersion3
+    {{7917, 14}, TagType::string, 2, 0, 0, 0},  // CCDSensitivity
+    {{7931, 5}, TagType::string, 2, 0, 0, 0},  // Focus
+    {{7936, 9}, TagType::string, 2, 0, 0, 0},  // Converter
+    {{7945, 18}, TagType::string, 2, 4, 0, 0},  // UnknownInfoVersion
+    {{7963, 19}, TagType::string, 2, 4, 0, 0},  // UnknownInfo2Version
+    {{7982, 13}, TagType::string, 2, 4, 0, 0},  // VRInfoVersion
+    {{7995, 6}, TagType::int8u, 2, 0, 1549, 2},  // VRType
+    {{8001, 15}, TagType::int8u, 2, 0, 231, 2},  // DaylightSavings
+    {{8016, 17}, TagType::int8u, 2, 0, 64, 3},  // DateDisplayFormat
 };
 constexpr detail::TextRef kChoicesNikon[] = {
     {8033, 1}, {8034, 1}, {8035, 2}, {8037, 2}, {8039, 2}, {8041, 3}, {8044, 3}, {8047, 2},
@@ -8402,103 +8482,104 @@ constinit detail::StreamTags gTagsNikon("Nikon", kText, kTagsNikon, kKeyOrderNik
 
 // NikonCapture: 96 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsNikonCapture[] = {
-    {{153415, 13}, TagType::float_, 2, 0, 0, 0},
-    {{153428, 16}, TagType::int8u, 2, 0, 0, 2},
-    {{153444, 14}, TagType::int8u, 2, 0, 0, 2},
-    {{153458, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{153473, 8}, TagType::double_, 2, 0, 0, 0},
-    {{153481, 7}, TagType::double_, 2, 0, 0, 0},
-    {{153488, 9}, TagType::double_, 2, 0, 0, 0},
-    {{153497, 10}, TagType::double_, 2, 0, 0, 0},
-    {{153507, 21}, TagType::double_, 2, 0, 0, 0},
-    {{153528, 22}, TagType::double_, 2, 0, 0, 0},
-    {{153550, 20}, TagType::double_, 2, 0, 0, 0},
-    {{153570, 20}, TagType::double_, 2, 0, 0, 0},
-    {{153590, 20}, TagType::double_, 2, 0, 0, 0},
-    {{153610, 15}, TagType::double_, 2, 0, 0, 0},
-    {{153625, 15}, TagType::double_, 2, 0, 0, 0},
-    {{153640, 16}, TagType::double_, 2, 0, 0, 0},
-    {{153656, 16}, TagType::double_, 2, 0, 0, 0},
-    {{153672, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{153690, 21}, TagType::int32u, 2, 0, 0, 0},
-    {{153711, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{153733, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{153755, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{153777, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{153788, 12}, TagType::double_, 2, 0, 0, 0},
-    {{3642, 16}, TagType::int8u, 2, 0, 0, 2},
-    {{153800, 20}, TagType::int8u, 2, 0, 2, 8},
-    {{153820, 16}, TagType::int8s, 2, 0, 0, 0},
-    {{3961, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{153836, 19}, TagType::int8s, 2, 0, 0, 0},
-    {{153855, 9}, TagType::int8u, 2, 0, 0, 2},
-    {{153864, 12}, TagType::string, 10, 0, 0, 0},
-    {{153876, 22}, TagType::int8u, 2, 0, 0, 2},
-    {{153898, 12}, TagType::int8u, 2, 0, 0, 2},
-    {{153910, 15}, TagType::double_, 2, 0, 0, 0},
-    {{153925, 15}, TagType::string, 2, 0, 0, 0},
-    {{153940, 8}, TagType::int8u, 2, 0, 0, 2},
-    {{153948, 12}, TagType::int8u, 2, 0, 0, 2},
-    {{153960, 20}, TagType::int8u, 2, 0, 0, 2},
-    {{709, 14}, TagType::int8u, 2, 0, 0, 2},
-    {{153980, 11}, TagType::int8u, 2, 0, 0, 2},
-    {{153991, 6}, TagType::int8u, 2, 0, 0, 2},
-    {{153997, 15}, TagType::int8u, 2, 0, 0, 2},
-    {{154012, 11}, TagType::int8u, 2, 0, 0, 2},
-    {{154023, 15}, TagType::int8u, 2, 0, 0, 2},
-    {{3676, 15}, TagType::int8u, 2, 0, 0, 2},
-    {{154038, 14}, TagType::int8u, 2, 0, 0, 2},
-    {{7507, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{154052, 12}, TagType::int8u, 2, 0, 0, 2},
-    {{154064, 24}, TagType::int16s, 2, 0, 0, 0},
-    {{154088, 12}, TagType::int8u, 2, 0, 0, 2},
-    {{154100, 14}, TagType::int8u, 2, 0, 0, 2},
-    {{154114, 21}, TagType::string, 10, 0, 0, 0},
-    {{154135, 10}, TagType::int8u, 2, 0, 0, 2},
-    {{154145, 12}, TagType::int8u, 2, 0, 0, 2},
-    {{154157, 18}, TagType::int8u, 2, 0, 0, 2},
-    {{154175, 23}, TagType::int8u, 2, 0, 10, 4},
-    {{154198, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{154221, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{154244, 20}, TagType::int16u, 2, 0, 14, 3},
-    {{154264, 19}, TagType::int8u, 2, 0, 0, 2},
-    {{154283, 28}, TagType::int32u, 2, 0, 0, 0},
-    {{154311, 28}, TagType::int32u, 2, 0, 0, 0},
-    {{154339, 16}, TagType::int8u, 2, 0, 10, 4},
-    {{154355, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{154370, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{154387, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{154403, 20}, TagType::int8u, 2, 0, 0, 2},
-    {{154423, 18}, TagType::string, 2, 16, 0, 0},
-    {{154441, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{154452, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{154465, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{154476, 6}, TagType::int8u, 2, 0, 0, 0},
-    {{154482, 16}, TagType::int8u, 2, 0, 14, 3},
-    {{154498, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{154510, 13}, TagType::int16u, 2, 0, 17, 7},
-    {{154523, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154540, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154557, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{154574, 13}, TagType::int16u, 2, 0, 17, 7},
-    {{154587, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154604, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154621, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{154638, 13}, TagType::int16u, 2, 0, 17, 7},
-    {{154651, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154668, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154685, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{154702, 13}, TagType::int16u, 2, 0, 17, 7},
-    {{154715, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154732, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{154749, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{154766, 15}, TagType::double_, 2, 0, 0, 0},
-    {{154781, 16}, TagType::double_, 2, 0, 0, 0},
-    {{154797, 9}, TagType::int8u, 2, 0, 24, 7},
-    {{154806, 13}, TagType::int16u, 2, 0, 31, 22},
-    {{154819, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{154835, 9}, TagType::int32s, 2, 0, 0, 0},
+    {{153415, 13}, TagType::float_, 2, 0, 0, 0},  // BrightnessAdj
+    {{153428, 16}, TagType::int8u, 2, 0, 0, 2},  // EnhanceDarkTones
+    {{153444, 14}, TagType::int8u, 2, 0, 0, 2},  // ColorBoostType
+    {{153458, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBoostLevel
+    {{153473, 8}, TagType::double_, 2, 0, 0, 0},  // CropLeft
+    {{153481, 7}, TagType::double_, 2, 0, 0, 0},  // CropTop
+    {{153488, 9}, TagType::double_, 2, 0, 0, 0},  // CropRight
+    {{153497, 10}, TagType::double_, 2, 0, 0, 0},  // CropBottom
+    {{153507, 21}, TagType::double_, 2, 0, 0, 0},  // CropOutputWidthInches
+    {{153528, 22}, TagType::double_, 2, 0, 0, 0},  // CropOutputHeightInches
+    {{153550, 20}, TagType::double_, 2, 0, 0, 0},  // CropScaledResolution
+    {{153570, 20}, TagType::double_, 2, 0, 0, 0},  // CropSourceResolution
+    {{153590, 20}, TagType::double_, 2, 0, 0, 0},  // CropOutputResolution
+    {{153610, 15}, TagType::double_, 2, 0, 0, 0},  // CropOutputScale
+    {{153625, 15}, TagType::double_, 2, 0, 0, 0},  // CropOutputWidth
+    {{153640, 16}, TagType::double_, 2, 0, 0, 0},  // CropOutputHeight
+    {{153656, 16}, TagType::double_, 2, 0, 0, 0},  // CropOutputPixels
+    {{153672, 18}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQShadow
+    {{153690, 21}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQHighlight
+    {{153711, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHQColorBoost
+    {{153733, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHSAdjustment
+    {{153755, 22}, TagType::int32u, 2, 0, 0, 0},  // D-LightingHSColorBoost
+    {{153777, 11}, TagType::int16s, 2, 0, 0, 0},  // ExposureAdj
+    {{153788, 12}, TagType::double_, 2, 0, 0, 0},  // ExposureAdj2
+    {{3642, 16}, TagType::int8u, 2, 0, 0, 2},  // ActiveD-Lighting
+    {{153800, 20}, TagType::int8u, 2, 0, 2, 8},  // ActiveD-LightingMode
+    {{153820, 16}, TagType::int8s, 2, 0, 0, 0},  // ShadowProtection
+    {{3961, 13}, TagType::int32s, 2, 0, 0, 0},  // SaturationAdj
+    {{153836, 19}, TagType::int8s, 2, 0, 0, 0},  // HighlightProtection
+    {{153855, 9}, TagType::int8u, 2, 0, 0, 2},  // LCHEditor
+    {{153864, 12}, TagType::string, 10, 0, 0, 0},  // HistogramXML
+    {{153876, 22}, TagType::int8u, 2, 0, 0, 2},  // ColorAberrationControl
+    {{153898, 12}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHQ
+    {{153910, 15}, TagType::double_, 2, 0, 0, 0},  // StraightenAngle
+    {{153925, 15}, TagType::string, 2, 0, 0, 0},  // EditVersionName
+    {{153940, 8}, TagType::int8u, 2, 0, 0, 2},  // QuickFix
+    {{153948, 12}, TagType::int8u, 2, 0, 0, 2},  // ColorBooster
+    {{153960, 20}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHQSelected
+    {{709, 14}, TagType::int8u, 2, 0, 0, 2},  // NoiseReduction
+    {{153980, 11}, TagType::int8u, 2, 0, 0, 2},  // UnsharpMask
+    {{153991, 6}, TagType::int8u, 2, 0, 0, 2},  // Curves
+    {{153997, 15}, TagType::int8u, 2, 0, 0, 2},  // ColorBalanceAdj
+    {{154012, 11}, TagType::int8u, 2, 0, 0, 2},  // AdvancedRaw
+    {{154023, 15}, TagType::int8u, 2, 0, 0, 2},  // WhiteBalanceAdj
+    {{3676, 15}, TagType::int8u, 2, 0, 0, 2},  // VignetteControl
+    {{154038, 14}, TagType::int8u, 2, 0, 0, 2},  // FlipHorizontal
+    {{7507, 8}, TagType::int16u, 2, 0, 0, 0},  // Rotation
+    {{154052, 12}, TagType::int8u, 2, 0, 0, 2},  // PhotoEffects
+    {{154064, 24}, TagType::int16s, 2, 0, 0, 0},  // VignetteControlIntensity
+    {{154088, 12}, TagType::int8u, 2, 0, 0, 2},  // D-LightingHS
+    {{154100, 14}, TagType::int8u, 2, 0, 0, 2},  // PictureControl
+    {{154114, 21}, TagType::string, 10, 0, 0, 0},  // PhotoEffectHistoryXML
+    {{154135, 10}, TagType::int8u, 2, 0, 0, 2},  // AutoRedEye
+    {{154145, 12}, TagType::int8u, 2, 0, 0, 2},  // ImageDustOff
+    {{154157, 18}, TagType::int8u, 2, 0, 0, 2},  // EdgeNoiseReduction
+    {{154175, 23}, TagType::int8u, 2, 0, 10, 4},  // ColorMoireReductionMode
+    {{154198, 23}, TagType::int32u, 2, 0, 0, 0},  // NoiseReductionIntensity
+    {{154221, 23}, TagType::int32u, 2, 0, 0, 0},  // NoiseReductionSharpness
+    {{154244, 20}, TagType::int16u, 2, 0, 14, 3},  // NoiseReductionMethod
+    {{154264, 19}, TagType::int8u, 2, 0, 0, 2},  // ColorMoireReduction
+    {{154283, 28}, TagType::int32u, 2, 0, 0, 0},  // ColorNoiseReductionIntensity
+    {{154311, 28}, TagType::int32u, 2, 0, 0, 0},  // ColorNoiseReductionSharpness
+    {{154339, 16}, TagType::int8u, 2, 0, 10, 4},  // PhotoEffectsType
+    {{154355, 15}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsRed
+    {{154370, 17}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsGreen
+    {{154387, 16}, TagType::int16s, 2, 0, 0, 0},  // PhotoEffectsBlue
+    {{154403, 20}, TagType::int8u, 2, 0, 0, 2},  // PictureControlActive
+    {{154423, 18}, TagType::string, 2, 16, 0, 0},  // PictureControlMode
+    {{154441, 11}, TagType::int8u, 2, 0, 0, 0},  // QuickAdjust
+    {{154452, 13}, TagType::int8u, 2, 0, 0, 0},  // SharpeningAdj
+    {{154465, 11}, TagType::int8u, 2, 0, 0, 0},  // ContrastAdj
+    {{154476, 6}, TagType::int8u, 2, 0, 0, 0},  // HueAdj
+    {{154482, 16}, TagType::int8u, 2, 0, 14, 3},  // RedEyeCorrection
+    {{154498, 12}, TagType::int8u, 2, 0, 0, 0},  // UnsharpCount
+    {{154510, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp1Color
+    {{154523, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp1Intensity
+    {{154540, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp1HaloWidth
+    {{154557, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp1Threshold
+    {{154574, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp2Color
+    {{154587, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp2Intensity
+    {{154604, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp2HaloWidth
+    {{154621, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp2Threshold
+    {{154638, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp3Color
+    {{154651, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp3Intensity
+    {{154668, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp3HaloWidth
+    {{154685, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp3Threshold
+    {{154702, 13}, TagType::int16u, 2, 0, 17, 7},  // Unsharp4Color
+    {{154715, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp4Intensity
+    {{154732, 17}, TagType::int16u, 2, 0, 0, 0},  // Unsharp4HaloWidth
+    {{154749, 17}, TagType::int8u, 2, 0, 0, 0},  // Unsharp4Threshold
+    {{154766, 15}, TagType::double_, 2, 0, 0, 0},  // WBAdjRedBalance
+    {{154781, 16}, TagType::double_, 2, 0, 0, 0},  // WBAdjBlueBalance
+    {{154797, 9}, TagType::int8u, 2, 0, 24, 7},  // WBAdjMode
+    {{154806, 13}, TagType::int16u, 2, 0, 31, 22},  // WBAdjLighting
+    {{154819, 16}, TagType::int16u, 2, 0, 0, 0},  // WBAdjTemperature
+    {{154835, 9}, TagType::int32s, 2, 0, 0, 0},  // WBAdjTint
 };
 constexpr detail::TextRef kChoicesNikonCapture[] = {
     {8033, 1}, {8034, 1}, {8033, 1}, {8034, 1}, {8089, 1}, {8117, 1}, {8118, 1}, {8120, 1},

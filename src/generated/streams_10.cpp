@@ -8,2567 +8,2662 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "Make""Model""FNumber""DateTime1""DateTime2""CameraSettingsVersion""PreviewImageValid"
-    "PreviewImageStart""PreviewImageLength""ExposureMode""AELock""MeteringMode""ExposureShift"
-    "NDFilter""MacroMode""FocusMode""FocusProcess""AFSearch""AFAreas""AFPointSelected""AFFineTune"
-    "AFFineTuneAdj""FocusBracketStepSize""AISubjectTrackingMode""FlashMode""FlashExposureComp"
-    "FlashRemoteControl""FlashControlMode""FlashIntensity""ManualFlashStrength""WhiteBalance2"
-    "WhiteBalanceTemperature""WhiteBalanceBracket""CustomSaturation""ModifiedSaturation"
-    "ContrastSetting""SharpnessSetting""ColorSpace""SceneMode""NoiseReduction""DistortionCorrection"
-    "ShadingCompensation""CompressionFactor""Gradation""PictureMode""PictureModeSaturation"
-    "PictureModeHue""PictureModeContrast""PictureModeSharpness""PictureModeBWFilter"
-    "PictureModeTone""NoiseFilter""ArtFilter""MagicFilter""PictureModeEffect""ToneLevel"
-    "ArtFilterEffect""ColorCreatorEffect""MonochromeProfileSettings""FilmGrainEffect"
-    "ColorProfileSettings""MonochromeVignetting""MonochromeColor""DriveMode""PanoramaMode"
-    "ImageQuality2""ImageStabilization""StackedImage""ManometerPressure""ManometerReading"
-    "ExtendedWBDetect""RollAngle""PitchAngle""DateTimeUTC""StartTime""EndTime""Duration""Comment"
-    "EquipmentVersion""CameraType2""SerialNumber""InternalSerialNumber""FocalPlaneDiagonal"
-    "BodyFirmwareVersion""LensType""LensSerialNumber""LensModel""LensFirmwareVersion"
-    "MaxApertureAtMinFocal""MaxApertureAtMaxFocal""MinFocalLength""MaxFocalLength""MaxAperture"
-    "LensProperties""Extender""ExtenderSerialNumber""ExtenderModel""ExtenderFirmwareVersion"
-    "ConversionLens""FlashType""FlashModel""FlashFirmwareVersion""FlashSerialNumber"
-    "FocusInfoVersion""AutoFocus""SceneDetect""SceneArea""SceneDetectData""ZoomStepCount"
-    "FocusStepCount""FocusStepInfinity""FocusStepNear""FocusDistance""AFPoint""AFPointDetails"
-    "ExternalFlash""ExternalFlashGuideNumber""ExternalFlashBounce""ExternalFlashZoom""InternalFlash"
-    "ManualFlash""MacroLED""SensorTemperature""ImageProcessingVersion""WB_RBLevels"
-    "WB_RBLevels3000K""WB_RBLevels3300K""WB_RBLevels3600K""WB_RBLevels3900K""WB_RBLevels4000K"
-    "WB_RBLevels4300K""WB_RBLevels4500K""WB_RBLevels4800K""WB_RBLevels5300K""WB_RBLevels6000K"
-    "WB_RBLevels6600K""WB_RBLevels7500K""WB_RBLevelsCWB1""WB_RBLevelsCWB2""WB_RBLevelsCWB3"
-    "WB_RBLevelsCWB4""WB_GLevel3000K""WB_GLevel3300K""WB_GLevel3600K""WB_GLevel3900K"
-    "WB_GLevel4000K""WB_GLevel4300K""WB_GLevel4500K""WB_GLevel4800K""WB_GLevel5300K""WB_GLevel6000K"
-    "WB_GLevel6600K""WB_GLevel7500K""WB_GLevel""ColorMatrix""Enhancer""EnhancerValues""CoringFilter"
-    "CoringValues""BlackLevel2""GainBase""ValidBits""CropLeft""CropTop""CropWidth""CropHeight"
-    "SensorCalibration""NoiseReduction2""DistortionCorrection2""ShadingCompensation2"
-    "MultipleExposureMode""AspectRatio""AspectFrame""FacesDetected""FaceDetectArea""MaxFaces"
-    "FaceDetectFrameSize""FaceDetectFrameCrop""CameraTemperature""KeystoneCompensation"
-    "KeystoneDirection""KeystoneValue""ExposureUnknown""ExposureCompensation""FocalLength"
-    "ExposureTime""ISO""MakerNoteVersion""CompressedImageSize""PreviewImageData""ThumbnailImage"
-    "SpecialMode""Quality""Macro""BWMode""DigitalZoom""LensDistortionParams""CameraType""CameraID"
-    "EpsonImageWidth""EpsonImageHeight""EpsonSoftware""PreviewImage""PreCaptureFrames""WhiteBoard"
-    "OneTouchWB""WhiteBalanceBias""SensorArea""BlackLevel""Firmware""DataDump""DataDump2"
-    "ZoomedPreviewStart""ZoomedPreviewLength""ZoomedPreviewSize""ShutterSpeedValue""ISOValue"
-    "ApertureValue""BrightnessValue""FlashDevice""LensTemperature""LightCondition""FocusRange"
-    "ManualFocusDistance""Sharpness""FlashChargeLevel""ColorTemperatureBG""ColorTemperatureRG"
-    "WBMode""RedBalance""BlueBalance""ColorMatrixNumber""ExternalFlashAE1_0""ExternalFlashAE2_0"
-    "InternalFlashAE1_0""InternalFlashAE2_0""ExternalFlashAE1""ExternalFlashAE2""InternalFlashAE1"
-    "InternalFlashAE2""InternalFlashTable""ExternalFlashGValue""ExternalFlashMode""Contrast"
-    "SharpnessFactor""ColorControl""OlympusImageWidth""OlympusImageHeight""CompressionRatio"
-    "AFResult""CCDScanMode""LightValueCenter""LightValuePeriphery""FieldCount""CameraParameters"
-    "EncoderVersion""DecoderVersion""DateTimeOriginal""ThumbnailWidth""ThumbnailHeight"
-    "RawDevVersion""RawDevExposureBiasValue""RawDevWhiteBalanceValue""RawDevWBFineAdjustment"
-    "RawDevGrayPoint""RawDevSaturationEmphasis""RawDevMemoryColorEmphasis""RawDevContrastValue"
-    "RawDevSharpnessValue""RawDevColorSpace""RawDevEngine""RawDevNoiseReduction""RawDevEditStatus"
-    "RawDevSettings""RawDevWhiteBalance""RawDevPictureMode""RawDevPMSaturation""RawDevPMContrast"
-    "RawDevPMSharpness""RawDevPM_BWFilter""RawDevPMPictureTone""RawDevGradation""RawDevSaturation3"
-    "RawDevAutoGradation""RawDevPMNoiseFilter""RawDevArtFilter""RawInfoVersion""WB_RBLevelsUsed"
-    "WB_RBLevelsAuto""WB_RBLevelsShade""WB_RBLevelsCloudy""WB_RBLevelsFineWeather"
-    "WB_RBLevelsTungsten""WB_RBLevelsEveningSunlight""WB_RBLevelsDaylightFluor"
-    "WB_RBLevelsDayWhiteFluor""WB_RBLevelsCoolWhiteFluor""WB_RBLevelsWhiteFluorescent""ColorMatrix2"
-    "YCbCrCoefficients""ValidPixelDepth""LightSource""WhiteBalanceComp""SaturationSetting"
-    "HueSetting""CMExposureCompensation""CMWhiteBalance""CMWhiteBalanceComp"
-    "CMWhiteBalanceGrayPoint""CMSaturation""CMHue""CMContrast""CMSharpness""Resolution"
-    "ThumbnailLength""ThumbnailOffset""FileNumber""DateTimeEnd""RecordingTime""Index01""Index02"
-    "Index03""Index04""Index05""Index06""Index07""Index08""Index09""Index10""Index11""Index12"
-    "Index13""Index14""Index15""Index16""D4028""D4029""D4034""D4040""D4041""D4083""D4106""D4120"
-    "D4122""D4125""D4141""D4193""D4194""D4199""D4205""D4210""D4211""D4213""D4216""D4217""D4220"
-    "D4221""D4231""D4240""D4244""D4256""D4261""D4262""D4301""D4302""D4303""D4304""D4305""D4310"
-    "D4311""D4312""D4313""D4314""D4315""D4316""D4317""D4321""D4322""D4324""D4326""D4327""D4328"
-    "D4330""D4331""D4332""D4333""D4334""D4336""D4337""D4338""D4339""D4341""D4343""D4344""D4346"
-    "D4348""D4349""D4350""D4351""D4352""D4353""D4354""D4355""D4356""D4357""D4359""D4360""D4361"
-    "D4362""D4363""D4364""D4366""D4368""D4370""D4371""D4372""D4374""D4377""D4378""D4379""D4380"
-    "D4381""D4382""D4384""D4385""D4386""D4387""D4388""D4390""D4391""D4392""D4396""D4397""D4398"
-    "D4401""D4402""D4406""D4407""D4408""D4409""D4410""D4411""D4412""D4413""D4414""D4415""D4417"
-    "D4418""D4419""D4423""D4424""D4426""D4428""D4430""D4432""D4434""D4439""D4442""D4448""D4450"
-    "D4454""D4464""D4470""D4472""D4474""D4476""D4478""D4479""D4480""D4482""D4484""D4486""D4488"
-    "D4490""D4492""D4494""D4496""D4498""D4500""D4504""D4508""D4510""D4512""D4516""D4519""D4520"
-    "D4521""D4523""D4529""D4530""D4531""D4535""D4536""D4537""D4538""D4541""D4545""D4546""D4547"
-    "D4548""D4549""D4550""D4553""D4562""D4566""D4572""D4574""D4575""D4579""D4580""D4581""D4582"
-    "D4585""D4586""D4587""D4590""D4591""D4593""D4603""D4605""D4809""D4842""D4856""D4857""DCHC""DCHT"
-    "K0055""S0003""S0004""S0009""S0010""S0011""S0013""S0016""S0017""S0018""S0019""S0023""S0026"
-    "S0027""S0029""S0030""S0032""S0033""S0034""S0036""S0038""S0039""S0040""S0042""S0043""S0044"
-    "S0045""S0046""S0047""S0051""S0052""S0059""S0061""S0065""S0067""S0068""S0076""S0080""S0085"
-    "S0088""S0089""S0092""S0093""S0095""S0101""SG472""SG473""SG475""SG551""SG553""SG554""SG555"
-    "SG573""SG575""SR45""SR55""SR83""SR85""SR852""SR872""SR874""SR951""SR952""SR953""SR954""SR955"
-    "SR956""SR959""SR95A""SR971""SR973""SX151""SX351""SX354""SX355""SX357""SX358""SX374""SX552"
-    "SX553""SX556""SX558""SX571""SX574""SX575""SX751""SX752""SX753""SX754""SX755""SX756""SX757"
-    "SX758""SX759""SX75A""SX75B""SX75C""SX75D""SX75F""SX75G""SX75J""SX771""SX772""SX773""SX774"
-    "SX775""SX776""SX777""SX77A""SX851""SX852""SX853""SX854""SX855""SX873""SX875""SX876""0""1""2""3"
-    "4""5""261""515""1027""10""128""16""256""32""512""64""8""9""11""12""17""18""19""20"
-    "undef undef undef""undef undef undef undef""21""22""23""33""34""35""36""48""67""257""258""259"
-    "513""514""100""101""103""13""14""142""15""154""197""203""204""205""206""24""25""26""27""28""29"
-    "30""31""37""38""39""40""41""42""43""44""45""46""47""49""50""54""57""59""6""60""63""65""66""7"
-    "-1 -1 1""0 -1 1""0 0 0""1 -1 1""-1 -2 1""-2 -2 1""0 -2 1""1 -2 1""-31999""-31998""-31997"
-    "32784""32800""32816""32832""32848""32864""32896""32897""0 0""3 2""3 4""3 8""3 16""3 32""3 64"
-    "5 4""6 4""8 8""11 12""11 16""1 *""4 *""9 *""0 00 00""0 01 00""0 01 01""0 01 10""0 02 00"
-    "0 02 10""0 03 00""0 03 10""0 04 10""0 05 00""0 05 01""0 05 10""0 06 00""0 06 01""0 06 10"
-    "0 07 00""0 07 01""0 07 10""0 08 01""0 08 10""0 09 10""0 10 01""0 10 10""0 11 10""0 12 10"
-    "0 13 10""0 14 10""0 15 00""0 15 10""0 16 10""0 17 00""0 18 00""0 18 10""0 19 10""0 20 00"
-    "0 20 10""0 21 10""0 22 00""0 22 10""0 23 00""0 23 10""0 24 00""0 24 10""0 25 10""0 26 10"
-    "0 27 10""0 28 10""0 29 10""0 30 00""0 30 10""0 31 00""0 32 00""0 32 10""0 33 00""0 33 10"
-    "0 34 00""0 34 10""0 35 00""0 35 10""0 36 10""0 37 10""0 39 10""1 01 00""1 01 10""1 02 00"
-    "1 02 10""1 03 00""1 03 10""1 04 00""1 04 10""1 05 00""1 05 10""1 06 00""1 06 10""1 07 00"
-    "1 07 10""1 08 00""1 09 00""1 10 00""1 11 00""1 12 00""1 13 00""1 14 00""1 15 00""1 16 00"
-    "1 17 00""2 01 00""2 01 10""2 02 00""2 02 10""2 03 00""2 03 01""2 03 10""2 04 00""2 04 10"
-    "2 05 10""2 06 10""2 07 10""2 08 10""2 09 10""2 10 10""2 11 10""2 12 10""2 13 10""2 14 10"
-    "2 15 10""2 16 10""2 17 10""2 18 10""2 19 10""2 20 10""2 21 10""2 22 10""2 23 10""2 24 10"
-    "2 25 10""2 26 10""2 27 10""2 28 10""2 29 10""2 30 10""2 31 10""2 32 10""2 33 10""2 34 10"
-    "2 35 10""2 36 10""2 37 10""2 38 10""2 39 10""2 40 10""2 41 10""3 01 00""3 02 00""5 01 10"
-    "24 01 10""0 00""0 04""0 08""0 10""224""255""1 0""1 1""1 4""2 1""2 2""3 1""3 3""4 1""4 4""5 5"
-    "6 6""7 7""9 1""9 9""0 1""1 2""2 3""2 4""2 5""2 6""2 7""2 8""3 0""Olympus:AELock""AE Lock"
-    "Olympus:AELock:0""Off""Olympus:AELock:1""On""Olympus:AFAreas""AF Areas""Olympus:AFFineTune"
-    "AF Fine Tune""Olympus:AFFineTune:0""Olympus:AFFineTune:1""Olympus:AFFineTuneAdj"
-    "AF Fine Tune Adj""Olympus:AFPoint""AF Point""Olympus:AFPoint:0"
-    "Left (or n/a) |\302\240Single Target""Olympus:AFPoint:1"
-    "Center (horizontal) |\302\240Top-left (horizontal)""Olympus:AFPoint:10"
-    "Bottom-center (horizontal)""Olympus:AFPoint:11""Bottom-right (horizontal)""Olympus:AFPoint:12"
-    "Top-center (vertical) |\302\240Top-left (vertical)""Olympus:AFPoint:128""Dynamic Single Target"
-    "Olympus:AFPoint:13""Top-center (vertical)""Olympus:AFPoint:14""Top-right (vertical)"
-    "Olympus:AFPoint:15""Left (vertical) |\302\240Right (vertical)""Olympus:AFPoint:16"
-    "Mid-left (vertical) |\302\240Mid-right (vertical)""Olympus:AFPoint:17""Center (vertical)"
-    "Olympus:AFPoint:18""Olympus:AFPoint:19""Olympus:AFPoint:2"
-    "Right |\302\240Top-center (horizontal)""Olympus:AFPoint:20""Bottom-left (vertical)"
-    "Olympus:AFPoint:21""Bottom-center (vertical)""Olympus:AFPoint:22""Bottom-right (vertical)"
-    "Olympus:AFPoint:224""n/a""Olympus:AFPoint:255""None""Olympus:AFPoint:3"
-    "Center (vertical) |\302\240Top-right (horizontal)""Olympus:AFPoint:31""Olympus:AFPoint:4"
-    "Left (horizontal) |\302\240Right (horizontal)""Olympus:AFPoint:5"
-    "Mid-left (horizontal) |\302\240Mid-right (horizontal)""Olympus:AFPoint:6""Center (horizontal)"
-    "Olympus:AFPoint:64""All Target""Olympus:AFPoint:7""Olympus:AFPoint:8""Olympus:AFPoint:9"
-    "Bottom-left (horizontal)""Olympus:AFPointDetails""AF Point Details""Olympus:AFPointDetails:0"
-    "MF""Olympus:AFPointDetails:1""S-AF""Olympus:AFPointDetails:2""C-AF""Olympus:AFPointDetails:3"
-    "Both Eyes Priority""Olympus:AFPointDetails:4""Birds""Olympus:AFPointDetails:5""Dogs & Cats"
-    "Olympus:AFPointDetails:6""C-AF + TR""Olympus:AFPointSelected""AF Point Selected"
-    "Olympus:AFResult""AF Result""Olympus:AFSearch""AF Search""Olympus:AFSearch:0""Not Ready"
-    "Olympus:AFSearch:1""Ready""Olympus:AISubjectTrackingMode""AI Subject Tracking Mode"
-    "Olympus:AISubjectTrackingMode:0""Object Not Found""Olympus:AISubjectTrackingMode:1"
-    "Object Found""Olympus:AISubjectTrackingMode:2""Airplanes""Olympus:AISubjectTrackingMode:3"
-    "Trains""Olympus:AISubjectTrackingMode:4""Olympus:AISubjectTrackingMode:5"
-    "Olympus:ApertureValue""Aperture Value""Olympus:ArtFilter""Art Filter""Olympus:ArtFilter:0"
-    "Olympus:ArtFilter:1""Soft Focus""Olympus:ArtFilter:10""Cross Process""Olympus:ArtFilter:12"
-    "Fish Eye""Olympus:ArtFilter:13""Drawing""Olympus:ArtFilter:14""Gentle Sepia"
-    "Olympus:ArtFilter:15""Pale & Light Color II""Olympus:ArtFilter:16""Pop Art II"
-    "Olympus:ArtFilter:17""Pin Hole II""Olympus:ArtFilter:18""Pin Hole III""Olympus:ArtFilter:19"
-    "Grainy Film II""Olympus:ArtFilter:2""Pop Art""Olympus:ArtFilter:20""Dramatic Tone"
-    "Olympus:ArtFilter:21""Punk""Olympus:ArtFilter:22""Soft Focus 2""Olympus:ArtFilter:23""Sparkle"
-    "Olympus:ArtFilter:24""Watercolor""Olympus:ArtFilter:25""Key Line""Olympus:ArtFilter:26"
-    "Key Line II""Olympus:ArtFilter:27""Miniature""Olympus:ArtFilter:28""Reflection"
-    "Olympus:ArtFilter:29""Fragmented""Olympus:ArtFilter:3""Pale & Light Color"
-    "Olympus:ArtFilter:31""Cross Process II""Olympus:ArtFilter:32""Dramatic Tone II"
-    "Olympus:ArtFilter:33""Watercolor I""Olympus:ArtFilter:34""Watercolor II""Olympus:ArtFilter:35"
-    "Diorama II""Olympus:ArtFilter:36""Vintage""Olympus:ArtFilter:37""Vintage II"
-    "Olympus:ArtFilter:38""Vintage III""Olympus:ArtFilter:39""Partial Color""Olympus:ArtFilter:4"
-    "Light Tone""Olympus:ArtFilter:40""Partial Color II""Olympus:ArtFilter:41""Partial Color III"
-    "Olympus:ArtFilter:5""Pin Hole""Olympus:ArtFilter:6""Grainy Film""Olympus:ArtFilter:9""Diorama"
-    "Olympus:ArtFilterEffect""Art Filter Effect""Olympus:ArtFilterEffect:0""No Color Filter"
-    "Olympus:ArtFilterEffect:1""Yellow Color Filter""Olympus:ArtFilterEffect:10"
-    "Olympus:ArtFilterEffect:12""Olympus:ArtFilterEffect:13""Olympus:ArtFilterEffect:14"
-    "Olympus:ArtFilterEffect:15""Olympus:ArtFilterEffect:16""Olympus:ArtFilterEffect:17"
-    "Olympus:ArtFilterEffect:18""Olympus:ArtFilterEffect:19""Olympus:ArtFilterEffect:2"
-    "Orange Color Filter""Olympus:ArtFilterEffect:20""Olympus:ArtFilterEffect:21"
-    "Olympus:ArtFilterEffect:22""Olympus:ArtFilterEffect:23""Olympus:ArtFilterEffect:24"
-    "Olympus:ArtFilterEffect:25""Olympus:ArtFilterEffect:26""Olympus:ArtFilterEffect:27"
-    "Olympus:ArtFilterEffect:28""Olympus:ArtFilterEffect:29""Olympus:ArtFilterEffect:3"
-    "Red Color Filter""Olympus:ArtFilterEffect:31""Olympus:ArtFilterEffect:32"
-    "Olympus:ArtFilterEffect:32784""Star Light""Olympus:ArtFilterEffect:32800"
-    "Olympus:ArtFilterEffect:32816""Frame""Olympus:ArtFilterEffect:32832"
-    "Olympus:ArtFilterEffect:32848""White Edge""Olympus:ArtFilterEffect:32864""B&W"
-    "Olympus:ArtFilterEffect:32896""Blur Top and Bottom""Olympus:ArtFilterEffect:32897"
-    "Blur Left and Right""Olympus:ArtFilterEffect:33""Olympus:ArtFilterEffect:34"
-    "Olympus:ArtFilterEffect:35""Olympus:ArtFilterEffect:36""Olympus:ArtFilterEffect:37"
-    "Olympus:ArtFilterEffect:38""Olympus:ArtFilterEffect:39""Olympus:ArtFilterEffect:4"
-    "Green Color Filter""Olympus:ArtFilterEffect:40""Olympus:ArtFilterEffect:41"
-    "Olympus:ArtFilterEffect:5""Olympus:ArtFilterEffect:6""Olympus:ArtFilterEffect:9"
-    "Olympus:AspectFrame""Aspect Frame""Olympus:AspectRatio""Aspect Ratio""Olympus:AspectRatio:1 1"
-    "4:3""Olympus:AspectRatio:1 4""1:1""Olympus:AspectRatio:2 1""3:2 (RAW)""Olympus:AspectRatio:2 2"
-    "3:2""Olympus:AspectRatio:3 1""16:9 (RAW)""Olympus:AspectRatio:3 3""16:9"
-    "Olympus:AspectRatio:4 1""1:1 (RAW)""Olympus:AspectRatio:4 4""6:6""Olympus:AspectRatio:5 5""5:4"
-    "Olympus:AspectRatio:6 6""7:6""Olympus:AspectRatio:7 7""6:5""Olympus:AspectRatio:8 8""7:5"
-    "Olympus:AspectRatio:9 1""3:4 (RAW)""Olympus:AspectRatio:9 9""3:4""Olympus:AutoFocus"
-    "Auto Focus""Olympus:AutoFocus:0""Olympus:AutoFocus:1""Olympus:BWMode""Black And White Mode"
-    "Olympus:BWMode:0""Olympus:BWMode:1""Olympus:BWMode:6""(none)""Olympus:BlackLevel""Black Level"
-    "Olympus:BlackLevel2""Black Level 2""Olympus:BlueBalance""Blue Balance"
-    "Olympus:BodyFirmwareVersion""Body Firmware Version""Olympus:BrightnessValue""Brightness Value"
-    "Olympus:CCDScanMode""CCD Scan Mode""Olympus:CCDScanMode:0""Interlaced""Olympus:CCDScanMode:1"
-    "Progressive""Olympus:CMContrast""CM Contrast""Olympus:CMExposureCompensation"
-    "CM Exposure Compensation""Olympus:CMHue""CM Hue""Olympus:CMSaturation""CM Saturation"
-    "Olympus:CMSharpness""CM Sharpness""Olympus:CMWhiteBalance""CM White Balance"
-    "Olympus:CMWhiteBalanceComp""CM White Balance Comp""Olympus:CMWhiteBalanceGrayPoint"
-    "CM White Balance Gray Point""Olympus:CameraID""Camera ID""Olympus:CameraParameters"
-    "Camera Parameters""Olympus:CameraSettingsVersion""Camera Settings Version"
-    "Olympus:CameraTemperature""Camera Temperature""Olympus:CameraType""Camera Type"
-    "Olympus:CameraType2""Camera Type 2""Olympus:CameraType2:D4028""X-2,C-50Z"
-    "Olympus:CameraType2:D4029""E-20,E-20N,E-20P""Olympus:CameraType2:D4034""C720UZ"
-    "Olympus:CameraType2:D4040""E-1""Olympus:CameraType2:D4041""E-300""Olympus:CameraType2:D4083"
-    "C2Z,D520Z,C220Z""Olympus:CameraType2:D4106""u20D,S400D,u400D""Olympus:CameraType2:D4120""X-1"
-    "Olympus:CameraType2:D4122""u10D,S300D,u300D""Olympus:CameraType2:D4125""AZ-1"
-    "Olympus:CameraType2:D4141""C150,D390""Olympus:CameraType2:D4193""C-5000Z"
-    "Olympus:CameraType2:D4194""X-3,C-60Z""Olympus:CameraType2:D4199""u30D,S410D,u410D"
-    "Olympus:CameraType2:D4205""X450,D535Z,C370Z""Olympus:CameraType2:D4210""C160,D395"
-    "Olympus:CameraType2:D4211""C725UZ""Olympus:CameraType2:D4213""FerrariMODEL2003"
-    "Olympus:CameraType2:D4216""u15D""Olympus:CameraType2:D4217""u25D""Olympus:CameraType2:D4220"
-    "u-miniD,Stylus V""Olympus:CameraType2:D4221""u40D,S500,uD500""Olympus:CameraType2:D4231"
-    "FerrariMODEL2004""Olympus:CameraType2:D4240""X500,D590Z,C470Z""Olympus:CameraType2:D4244"
-    "uD800,S800""Olympus:CameraType2:D4256""u720SW,S720SW""Olympus:CameraType2:D4261"
-    "X600,D630,FE5500""Olympus:CameraType2:D4262""uD600,S600""Olympus:CameraType2:D4301""u810/S810"
-    "Olympus:CameraType2:D4302""u710,S710""Olympus:CameraType2:D4303""u700,S700"
-    "Olympus:CameraType2:D4304""FE100,X710""Olympus:CameraType2:D4305""FE110,X705"
-    "Olympus:CameraType2:D4310""FE-130,X-720""Olympus:CameraType2:D4311""FE-140,X-725"
-    "Olympus:CameraType2:D4312""FE150,X730""Olympus:CameraType2:D4313""FE160,X735"
-    "Olympus:CameraType2:D4314""u740,S740""Olympus:CameraType2:D4315""u750,S750"
-    "Olympus:CameraType2:D4316""u730/S730""Olympus:CameraType2:D4317""FE115,X715"
-    "Olympus:CameraType2:D4321""SP550UZ""Olympus:CameraType2:D4322""SP510UZ"
-    "Olympus:CameraType2:D4324""FE170,X760""Olympus:CameraType2:D4326""FE200"
-    "Olympus:CameraType2:D4327""FE190/X750""Olympus:CameraType2:D4328""u760,S760"
-    "Olympus:CameraType2:D4330""FE180/X745""Olympus:CameraType2:D4331""u1000/S1000"
-    "Olympus:CameraType2:D4332""u770SW,S770SW""Olympus:CameraType2:D4333""FE240/X795"
-    "Olympus:CameraType2:D4334""FE210,X775""Olympus:CameraType2:D4336""FE230/X790"
-    "Olympus:CameraType2:D4337""FE220,X785""Olympus:CameraType2:D4338""u725SW,S725SW"
-    "Olympus:CameraType2:D4339""FE250/X800""Olympus:CameraType2:D4341""u780,S780"
-    "Olympus:CameraType2:D4343""u790SW,S790SW""Olympus:CameraType2:D4344""u1020,S1020"
-    "Olympus:CameraType2:D4346""FE15,X10""Olympus:CameraType2:D4348""FE280,X820,C520"
-    "Olympus:CameraType2:D4349""FE300,X830""Olympus:CameraType2:D4350""u820,S820"
-    "Olympus:CameraType2:D4351""u1200,S1200""Olympus:CameraType2:D4352""FE270,X815,C510"
-    "Olympus:CameraType2:D4353""u795SW,S795SW""Olympus:CameraType2:D4354""u1030SW,S1030SW"
-    "Olympus:CameraType2:D4355""SP560UZ""Olympus:CameraType2:D4356""u1010,S1010"
-    "Olympus:CameraType2:D4357""u830,S830""Olympus:CameraType2:D4359""u840,S840"
-    "Olympus:CameraType2:D4360""FE350WIDE,X865""Olympus:CameraType2:D4361""u850SW,S850SW"
-    "Olympus:CameraType2:D4362""FE340,X855,C560""Olympus:CameraType2:D4363""FE320,X835,C540"
-    "Olympus:CameraType2:D4364""SP570UZ""Olympus:CameraType2:D4366""FE330,X845,C550"
-    "Olympus:CameraType2:D4368""FE310,X840,C530""Olympus:CameraType2:D4370""u1050SW,S1050SW"
-    "Olympus:CameraType2:D4371""u1060,S1060""Olympus:CameraType2:D4372""FE370,X880,C575"
-    "Olympus:CameraType2:D4374""SP565UZ""Olympus:CameraType2:D4377""u1040,S1040"
-    "Olympus:CameraType2:D4378""FE360,X875,C570""Olympus:CameraType2:D4379""FE20,X15,C25"
-    "Olympus:CameraType2:D4380""uT6000,ST6000""Olympus:CameraType2:D4381""uT8000,ST8000"
-    "Olympus:CameraType2:D4382""u9000,S9000""Olympus:CameraType2:D4384""SP590UZ"
-    "Olympus:CameraType2:D4385""FE3010,X895""Olympus:CameraType2:D4386""FE3000,X890"
-    "Olympus:CameraType2:D4387""FE35,X30""Olympus:CameraType2:D4388""u550WP,S550WP"
-    "Olympus:CameraType2:D4390""FE5000,X905""Olympus:CameraType2:D4391""u5000"
-    "Olympus:CameraType2:D4392""u7000,S7000""Olympus:CameraType2:D4396""FE5010,X915"
-    "Olympus:CameraType2:D4397""FE25,X20""Olympus:CameraType2:D4398""FE45,X40"
-    "Olympus:CameraType2:D4401""XZ-1""Olympus:CameraType2:D4402""uT6010,ST6010"
-    "Olympus:CameraType2:D4406""u7010,S7010 / u7020,S7020""Olympus:CameraType2:D4407""FE4010,X930"
-    "Olympus:CameraType2:D4408""X560WP""Olympus:CameraType2:D4409""FE26,X21"
-    "Olympus:CameraType2:D4410""FE4000,X920,X925""Olympus:CameraType2:D4411""FE46,X41,X42"
-    "Olympus:CameraType2:D4412""FE5020,X935""Olympus:CameraType2:D4413""uTough-3000"
-    "Olympus:CameraType2:D4414""StylusTough-6020""Olympus:CameraType2:D4415""StylusTough-8010"
-    "Olympus:CameraType2:D4417""u5010,S5010""Olympus:CameraType2:D4418""u7040,S7040"
-    "Olympus:CameraType2:D4419""u9010,S9010""Olympus:CameraType2:D4423""FE4040"
-    "Olympus:CameraType2:D4424""FE47,X43""Olympus:CameraType2:D4426""FE4030,X950"
-    "Olympus:CameraType2:D4428""FE5030,X965,X960""Olympus:CameraType2:D4430""u7030,S7030"
-    "Olympus:CameraType2:D4432""SP600UZ""Olympus:CameraType2:D4434""SP800UZ"
-    "Olympus:CameraType2:D4439""FE4020,X940""Olympus:CameraType2:D4442""FE5035"
-    "Olympus:CameraType2:D4448""FE4050,X970""Olympus:CameraType2:D4450""FE5050,X985"
-    "Olympus:CameraType2:D4454""u-7050""Olympus:CameraType2:D4464""T10,X27"
-    "Olympus:CameraType2:D4470""FE5040,X980""Olympus:CameraType2:D4472""TG-310"
-    "Olympus:CameraType2:D4474""TG-610""Olympus:CameraType2:D4476""TG-810"
-    "Olympus:CameraType2:D4478""VG145,VG140,D715""Olympus:CameraType2:D4479""VG130,D710"
-    "Olympus:CameraType2:D4480""VG120,D705""Olympus:CameraType2:D4482""VR310,D720"
-    "Olympus:CameraType2:D4484""VR320,D725""Olympus:CameraType2:D4486""VR330,D730"
-    "Olympus:CameraType2:D4488""VG110,D700""Olympus:CameraType2:D4490""SP-610UZ"
-    "Olympus:CameraType2:D4492""SZ-10""Olympus:CameraType2:D4494""SZ-20""Olympus:CameraType2:D4496"
-    "SZ-30MR""Olympus:CameraType2:D4498""SP-810UZ""Olympus:CameraType2:D4500""SZ-11"
-    "Olympus:CameraType2:D4504""TG-615""Olympus:CameraType2:D4508""TG-620"
-    "Olympus:CameraType2:D4510""TG-820""Olympus:CameraType2:D4512""TG-1""Olympus:CameraType2:D4516"
-    "SH-21""Olympus:CameraType2:D4519""SZ-14""Olympus:CameraType2:D4520""SZ-31MR"
-    "Olympus:CameraType2:D4521""SH-25MR""Olympus:CameraType2:D4523""SP-720UZ"
-    "Olympus:CameraType2:D4529""VG170""Olympus:CameraType2:D4530""VH210""Olympus:CameraType2:D4531"
-    "XZ-2""Olympus:CameraType2:D4535""SP-620UZ""Olympus:CameraType2:D4536""TG-320"
-    "Olympus:CameraType2:D4537""VR340,D750""Olympus:CameraType2:D4538""VG160,X990,D745"
-    "Olympus:CameraType2:D4541""SZ-12""Olympus:CameraType2:D4545""VH410""Olympus:CameraType2:D4546"
-    "XZ-10""Olympus:CameraType2:D4547""TG-2""Olympus:CameraType2:D4548""TG-830"
-    "Olympus:CameraType2:D4549""TG-630""Olympus:CameraType2:D4550""SH-50""Olympus:CameraType2:D4553"
-    "SZ-16,DZ-105""Olympus:CameraType2:D4562""SP-820UZ""Olympus:CameraType2:D4566""SZ-15"
-    "Olympus:CameraType2:D4572""STYLUS1""Olympus:CameraType2:D4574""TG-3""Olympus:CameraType2:D4575"
-    "TG-850""Olympus:CameraType2:D4579""SP-100EE""Olympus:CameraType2:D4580""SH-60"
-    "Olympus:CameraType2:D4581""SH-1""Olympus:CameraType2:D4582""TG-835""Olympus:CameraType2:D4585"
-    "SH-2 / SH-3""Olympus:CameraType2:D4586""TG-4""Olympus:CameraType2:D4587""TG-860"
-    "Olympus:CameraType2:D4590""TG-TRACKER""Olympus:CameraType2:D4591""TG-870"
-    "Olympus:CameraType2:D4593""TG-5""Olympus:CameraType2:D4603""TG-6""Olympus:CameraType2:D4605"
-    "TG-7""Olympus:CameraType2:D4809""C2500L""Olympus:CameraType2:D4842""E-10"
-    "Olympus:CameraType2:D4856""C-1""Olympus:CameraType2:D4857""C-1Z,D-150Z"
-    "Olympus:CameraType2:DCHC""D500L""Olympus:CameraType2:DCHT""D600L / D620L"
-    "Olympus:CameraType2:K0055""AIR-A01""Olympus:CameraType2:S0003""E-330"
-    "Olympus:CameraType2:S0004""E-500""Olympus:CameraType2:S0009""E-400""Olympus:CameraType2:S0010"
-    "E-510""Olympus:CameraType2:S0011""E-3""Olympus:CameraType2:S0013""E-410"
-    "Olympus:CameraType2:S0016""E-420""Olympus:CameraType2:S0017""E-30""Olympus:CameraType2:S0018"
-    "E-520""Olympus:CameraType2:S0019""E-P1""Olympus:CameraType2:S0023""E-620"
-    "Olympus:CameraType2:S0026""E-P2""Olympus:CameraType2:S0027""E-PL1""Olympus:CameraType2:S0029"
-    "E-450""Olympus:CameraType2:S0030""E-600""Olympus:CameraType2:S0032""E-P3"
-    "Olympus:CameraType2:S0033""E-5""Olympus:CameraType2:S0034""E-PL2""Olympus:CameraType2:S0036"
-    "E-M5""Olympus:CameraType2:S0038""E-PL3""Olympus:CameraType2:S0039""E-PM1"
-    "Olympus:CameraType2:S0040""E-PL1s""Olympus:CameraType2:S0042""E-PL5""Olympus:CameraType2:S0043"
-    "E-PM2""Olympus:CameraType2:S0044""E-P5""Olympus:CameraType2:S0045""E-PL6"
-    "Olympus:CameraType2:S0046""E-PL7""Olympus:CameraType2:S0047""E-M1""Olympus:CameraType2:S0051"
-    "E-M10""Olympus:CameraType2:S0052""E-M5MarkII""Olympus:CameraType2:S0059""E-M10MarkII"
-    "Olympus:CameraType2:S0061""PEN-F""Olympus:CameraType2:S0065""E-PL8""Olympus:CameraType2:S0067"
-    "E-M1MarkII""Olympus:CameraType2:S0068""E-M10MarkIII""Olympus:CameraType2:S0076""E-PL9"
-    "Olympus:CameraType2:S0080""E-M1X""Olympus:CameraType2:S0085""E-PL10""Olympus:CameraType2:S0088"
-    "E-M10MarkIV""Olympus:CameraType2:S0089""E-M5MarkIII""Olympus:CameraType2:S0092""E-M1MarkIII"
-    "Olympus:CameraType2:S0093""E-P7""Olympus:CameraType2:S0095""OM-1""Olympus:CameraType2:S0101"
-    "OM-5""Olympus:CameraType2:SR45""D220""Olympus:CameraType2:SR55""D320L"
-    "Olympus:CameraType2:SR83""D340L""Olympus:CameraType2:SR85""C830L,D340R"
-    "Olympus:CameraType2:SR852""C860L,D360L""Olympus:CameraType2:SR872""C900Z,D400Z"
-    "Olympus:CameraType2:SR874""C960Z,D460Z""Olympus:CameraType2:SR951""C2000Z"
-    "Olympus:CameraType2:SR952""C21""Olympus:CameraType2:SR953""C21T.commu"
-    "Olympus:CameraType2:SR954""C2020Z""Olympus:CameraType2:SR955""C990Z,D490Z"
-    "Olympus:CameraType2:SR956""C211Z""Olympus:CameraType2:SR959""C990ZS,D490Z"
-    "Olympus:CameraType2:SR95A""C2100UZ""Olympus:CameraType2:SR971""C100,D370"
-    "Olympus:CameraType2:SR973""C2,D230""Olympus:CameraType2:SX151""E100RS"
-    "Olympus:CameraType2:SX351""C3000Z / C3030Z""Olympus:CameraType2:SX354""C3040Z"
-    "Olympus:CameraType2:SX355""C2040Z""Olympus:CameraType2:SX357""C700UZ"
-    "Olympus:CameraType2:SX358""C200Z,D510Z""Olympus:CameraType2:SX374""C3100Z,C3020Z"
-    "Olympus:CameraType2:SX552""C4040Z""Olympus:CameraType2:SX553""C40Z,D40Z"
-    "Olympus:CameraType2:SX556""C730UZ""Olympus:CameraType2:SX558""C5050Z"
-    "Olympus:CameraType2:SX571""C120,D380""Olympus:CameraType2:SX574""C300Z,D550Z"
-    "Olympus:CameraType2:SX575""C4100Z,C4000Z""Olympus:CameraType2:SX751""X200,D560Z,C350Z"
-    "Olympus:CameraType2:SX752""X300,D565Z,C450Z""Olympus:CameraType2:SX753""C750UZ"
-    "Olympus:CameraType2:SX754""C740UZ""Olympus:CameraType2:SX755""C755UZ"
-    "Olympus:CameraType2:SX756""C5060WZ""Olympus:CameraType2:SX757""C8080WZ"
-    "Olympus:CameraType2:SX758""X350,D575Z,C360Z""Olympus:CameraType2:SX759""X400,D580Z,C460Z"
-    "Olympus:CameraType2:SX75A""AZ-2ZOOM""Olympus:CameraType2:SX75B""D595Z,C500Z"
-    "Olympus:CameraType2:SX75C""X550,D545Z,C480Z""Olympus:CameraType2:SX75D""IR-300"
-    "Olympus:CameraType2:SX75F""C55Z,C5500Z""Olympus:CameraType2:SX75G""C170,D425"
-    "Olympus:CameraType2:SX75J""C180,D435""Olympus:CameraType2:SX771""C760UZ"
-    "Olympus:CameraType2:SX772""C770UZ""Olympus:CameraType2:SX773""C745UZ"
-    "Olympus:CameraType2:SX774""X250,D560Z,C350Z""Olympus:CameraType2:SX775""X100,D540Z,C310Z"
-    "Olympus:CameraType2:SX776""C460ZdelSol""Olympus:CameraType2:SX777""C765UZ"
-    "Olympus:CameraType2:SX77A""D555Z,C315Z""Olympus:CameraType2:SX851""C7070WZ"
-    "Olympus:CameraType2:SX852""C70Z,C7000Z""Olympus:CameraType2:SX853""SP500UZ"
-    "Olympus:CameraType2:SX854""SP310""Olympus:CameraType2:SX855""SP350""Olympus:CameraType2:SX873"
-    "SP320""Olympus:CameraType2:SX875""Olympus:CameraType2:SX876""Olympus:CameraType:D4028"
-    "Olympus:CameraType:D4029""Olympus:CameraType:D4034""Olympus:CameraType:D4040"
-    "Olympus:CameraType:D4041""Olympus:CameraType:D4083""Olympus:CameraType:D4106"
-    "Olympus:CameraType:D4120""Olympus:CameraType:D4122""Olympus:CameraType:D4125"
-    "Olympus:CameraType:D4141""Olympus:CameraType:D4193""Olympus:CameraType:D4194"
-    "Olympus:CameraType:D4199""Olympus:CameraType:D4205""Olympus:CameraType:D4210"
-    "Olympus:CameraType:D4211""Olympus:CameraType:D4213""Olympus:CameraType:D4216"
-    "Olympus:CameraType:D4217""Olympus:CameraType:D4220""Olympus:CameraType:D4221"
-    "Olympus:CameraType:D4231""Olympus:CameraType:D4240""Olympus:CameraType:D4244"
-    "Olympus:CameraType:D4256""Olympus:CameraType:D4261""Olympus:CameraType:D4262"
-    "Olympus:CameraType:D4301""Olympus:CameraType:D4302""Olympus:CameraType:D4303"
-    "Olympus:CameraType:D4304""Olympus:CameraType:D4305""Olympus:CameraType:D4310"
-    "Olympus:CameraType:D4311""Olympus:CameraType:D4312""Olympus:CameraType:D4313"
-    "Olympus:CameraType:D4314""Olympus:CameraType:D4315""Olympus:CameraType:D4316"
-    "Olympus:CameraType:D4317""Olympus:CameraType:D4321""Olympus:CameraType:D4322"
-    "Olympus:CameraType:D4324""Olympus:CameraType:D4326""Olympus:CameraType:D4327"
-    "Olympus:CameraType:D4328""Olympus:CameraType:D4330""Olympus:CameraType:D4331"
-    "Olympus:CameraType:D4332""Olympus:CameraType:D4333""Olympus:CameraType:D4334"
-    "Olympus:CameraType:D4336""Olympus:CameraType:D4337""Olympus:CameraType:D4338"
-    "Olympus:CameraType:D4339""Olympus:CameraType:D4341""Olympus:CameraType:D4343"
-    "Olympus:CameraType:D4344""Olympus:CameraType:D4346""Olympus:CameraType:D4348"
-    "Olympus:CameraType:D4349""Olympus:CameraType:D4350""Olympus:CameraType:D4351"
-    "Olympus:CameraType:D4352""Olympus:CameraType:D4353""Olympus:CameraType:D4354"
-    "Olympus:CameraType:D4355""Olympus:CameraType:D4356""Olympus:CameraType:D4357"
-    "Olympus:CameraType:D4359""Olympus:CameraType:D4360""Olympus:CameraType:D4361"
-    "Olympus:CameraType:D4362""Olympus:CameraType:D4363""Olympus:CameraType:D4364"
-    "Olympus:CameraType:D4366""Olympus:CameraType:D4368""Olympus:CameraType:D4370"
-    "Olympus:CameraType:D4371""Olympus:CameraType:D4372""Olympus:CameraType:D4374"
-    "Olympus:CameraType:D4377""Olympus:CameraType:D4378""Olympus:CameraType:D4379"
-    "Olympus:CameraType:D4380""Olympus:CameraType:D4381""Olympus:CameraType:D4382"
-    "Olympus:CameraType:D4384""Olympus:CameraType:D4385""Olympus:CameraType:D4386"
-    "Olympus:CameraType:D4387""Olympus:CameraType:D4388""Olympus:CameraType:D4390"
-    "Olympus:CameraType:D4391""Olympus:CameraType:D4392""Olympus:CameraType:D4396"
-    "Olympus:CameraType:D4397""Olympus:CameraType:D4398""Olympus:CameraType:D4401"
-    "Olympus:CameraType:D4402""Olympus:CameraType:D4406""Olympus:CameraType:D4407"
-    "Olympus:CameraType:D4408""Olympus:CameraType:D4409""Olympus:CameraType:D4410"
-    "Olympus:CameraType:D4411""Olympus:CameraType:D4412""Olympus:CameraType:D4413"
-    "Olympus:CameraType:D4414""Olympus:CameraType:D4415""Olympus:CameraType:D4417"
-    "Olympus:CameraType:D4418""Olympus:CameraType:D4419""Olympus:CameraType:D4423"
-    "Olympus:CameraType:D4424""Olympus:CameraType:D4426""Olympus:CameraType:D4428"
-    "Olympus:CameraType:D4430""Olympus:CameraType:D4432""Olympus:CameraType:D4434"
-    "Olympus:CameraType:D4439""Olympus:CameraType:D4442""Olympus:CameraType:D4448"
-    "Olympus:CameraType:D4450""Olympus:CameraType:D4454""Olympus:CameraType:D4464"
-    "Olympus:CameraType:D4470""Olympus:CameraType:D4472""Olympus:CameraType:D4474"
-    "Olympus:CameraType:D4476""Olympus:CameraType:D4478""Olympus:CameraType:D4479"
-    "Olympus:CameraType:D4480""Olympus:CameraType:D4482""Olympus:CameraType:D4484"
-    "Olympus:CameraType:D4486""Olympus:CameraType:D4488""Olympus:CameraType:D4490"
-    "Olympus:CameraType:D4492""Olympus:CameraType:D4494""Olympus:CameraType:D4496"
-    "Olympus:CameraType:D4498""Olympus:CameraType:D4500""Olympus:CameraType:D4504"
-    "Olympus:CameraType:D4508""Olympus:CameraType:D4510""Olympus:CameraType:D4512"
-    "Olympus:CameraType:D4516""Olympus:CameraType:D4519""Olympus:CameraType:D4520"
-    "Olympus:CameraType:D4521""Olympus:CameraType:D4523""Olympus:CameraType:D4529"
-    "Olympus:CameraType:D4530""Olympus:CameraType:D4531""Olympus:CameraType:D4535"
-    "Olympus:CameraType:D4536""Olympus:CameraType:D4537""Olympus:CameraType:D4538"
-    "Olympus:CameraType:D4541""Olympus:CameraType:D4545""Olympus:CameraType:D4546"
-    "Olympus:CameraType:D4547""Olympus:CameraType:D4548""Olympus:CameraType:D4549"
-    "Olympus:CameraType:D4550""Olympus:CameraType:D4553""Olympus:CameraType:D4562"
-    "Olympus:CameraType:D4566""Olympus:CameraType:D4572""Olympus:CameraType:D4574"
-    "Olympus:CameraType:D4575""Olympus:CameraType:D4579""Olympus:CameraType:D4580"
-    "Olympus:CameraType:D4581""Olympus:CameraType:D4582""Olympus:CameraType:D4585"
-    "Olympus:CameraType:D4586""Olympus:CameraType:D4587""Olympus:CameraType:D4590"
-    "Olympus:CameraType:D4591""Olympus:CameraType:D4593""Olympus:CameraType:D4603"
-    "Olympus:CameraType:D4605""Olympus:CameraType:D4809""Olympus:CameraType:D4842"
-    "Olympus:CameraType:D4856""Olympus:CameraType:D4857""Olympus:CameraType:DCHC"
-    "Olympus:CameraType:DCHT""Olympus:CameraType:K0055""Olympus:CameraType:S0003"
-    "Olympus:CameraType:S0004""Olympus:CameraType:S0009""Olympus:CameraType:S0010"
-    "Olympus:CameraType:S0011""Olympus:CameraType:S0013""Olympus:CameraType:S0016"
-    "Olympus:CameraType:S0017""Olympus:CameraType:S0018""Olympus:CameraType:S0019"
-    "Olympus:CameraType:S0023""Olympus:CameraType:S0026""Olympus:CameraType:S0027"
-    "Olympus:CameraType:S0029""Olympus:CameraType:S0030""Olympus:CameraType:S0032"
-    "Olympus:CameraType:S0033""Olympus:CameraType:S0034""Olympus:CameraType:S0036"
-    "Olympus:CameraType:S0038""Olympus:CameraType:S0039""Olympus:CameraType:S0040"
-    "Olympus:CameraType:S0042""Olympus:CameraType:S0043""Olympus:CameraType:S0044"
-    "Olympus:CameraType:S0045""Olympus:CameraType:S0046""Olympus:CameraType:S0047"
-    "Olympus:CameraType:S0051""Olympus:CameraType:S0052""Olympus:CameraType:S0059"
-    "Olympus:CameraType:S0061""Olympus:CameraType:S0065""Olympus:CameraType:S0067"
-    "Olympus:CameraType:S0068""Olympus:CameraType:S0076""Olympus:CameraType:S0080"
-    "Olympus:CameraType:S0085""Olympus:CameraType:S0088""Olympus:CameraType:S0089"
-    "Olympus:CameraType:S0092""Olympus:CameraType:S0093""Olympus:CameraType:S0095"
-    "Olympus:CameraType:S0101""Olympus:CameraType:SR45""Olympus:CameraType:SR55"
-    "Olympus:CameraType:SR83""Olympus:CameraType:SR85""Olympus:CameraType:SR852"
-    "Olympus:CameraType:SR872""Olympus:CameraType:SR874""Olympus:CameraType:SR951"
-    "Olympus:CameraType:SR952""Olympus:CameraType:SR953""Olympus:CameraType:SR954"
-    "Olympus:CameraType:SR955""Olympus:CameraType:SR956""Olympus:CameraType:SR959"
-    "Olympus:CameraType:SR95A""Olympus:CameraType:SR971""Olympus:CameraType:SR973"
-    "Olympus:CameraType:SX151""Olympus:CameraType:SX351""Olympus:CameraType:SX354"
-    "Olympus:CameraType:SX355""Olympus:CameraType:SX357""Olympus:CameraType:SX358"
-    "Olympus:CameraType:SX374""Olympus:CameraType:SX552""Olympus:CameraType:SX553"
-    "Olympus:CameraType:SX556""Olympus:CameraType:SX558""Olympus:CameraType:SX571"
-    "Olympus:CameraType:SX574""Olympus:CameraType:SX575""Olympus:CameraType:SX751"
-    "Olympus:CameraType:SX752""Olympus:CameraType:SX753""Olympus:CameraType:SX754"
-    "Olympus:CameraType:SX755""Olympus:CameraType:SX756""Olympus:CameraType:SX757"
-    "Olympus:CameraType:SX758""Olympus:CameraType:SX759""Olympus:CameraType:SX75A"
-    "Olympus:CameraType:SX75B""Olympus:CameraType:SX75C""Olympus:CameraType:SX75D"
-    "Olympus:CameraType:SX75F""Olympus:CameraType:SX75G""Olympus:CameraType:SX75J"
-    "Olympus:CameraType:SX771""Olympus:CameraType:SX772""Olympus:CameraType:SX773"
-    "Olympus:CameraType:SX774""Olympus:CameraType:SX775""Olympus:CameraType:SX776"
-    "Olympus:CameraType:SX777""Olympus:CameraType:SX77A""Olympus:CameraType:SX851"
-    "Olympus:CameraType:SX852""Olympus:CameraType:SX853""Olympus:CameraType:SX854"
-    "Olympus:CameraType:SX855""Olympus:CameraType:SX873""Olympus:CameraType:SX875"
-    "Olympus:CameraType:SX876""Olympus:ColorControl""Color Control""Olympus:ColorCreatorEffect"
-    "Color Creator Effect""Olympus:ColorMatrix""Color Matrix""Olympus:ColorMatrix2""Color Matrix 2"
-    "Olympus:ColorMatrixNumber""Color Matrix Number""Olympus:ColorProfileSettings"
-    "Color Profile Settings""Olympus:ColorSpace""Color Space""Olympus:ColorSpace:0""sRGB"
-    "Olympus:ColorSpace:1""Adobe RGB""Olympus:ColorSpace:2""Pro Photo RGB"
-    "Olympus:ColorTemperatureBG""Color Temperature BG""Olympus:ColorTemperatureRG"
-    "Color Temperature RG""Olympus:Comment""Olympus:CompressedImageSize""Compressed Image Size"
-    "Olympus:CompressionFactor""Compression Factor""Olympus:CompressionRatio""Compression Ratio"
-    "Olympus:Contrast""Olympus:Contrast:0""High""Olympus:Contrast:1""Normal""Olympus:Contrast:2"
-    "Low""Olympus:ContrastSetting""Contrast Setting""Olympus:ConversionLens""Conversion Lens"
-    "Olympus:CoringFilter""Coring Filter""Olympus:CoringValues""Coring Values""Olympus:CropHeight"
-    "Crop Height""Olympus:CropLeft""Crop Left""Olympus:CropTop""Crop Top""Olympus:CropWidth"
-    "Crop Width""Olympus:CustomSaturation""Custom Saturation""Olympus:DataDump""Data Dump"
-    "Olympus:DataDump2""Data Dump 2""Olympus:DateTime1""Date Time 1""Olympus:DateTime2""Date Time 2"
-    "Olympus:DateTimeEnd""Date Time End""Olympus:DateTimeOriginal""Date/Time Original"
-    "Olympus:DateTimeUTC""Date Time UTC""Olympus:DecoderVersion""Decoder Version"
-    "Olympus:DigitalZoom""Digital Zoom""Olympus:DistortionCorrection""Distortion Correction"
-    "Olympus:DistortionCorrection2""Distortion Correction 2""Olympus:DistortionCorrection2:0"
-    "Olympus:DistortionCorrection2:1""Olympus:DistortionCorrection:0"
-    "Olympus:DistortionCorrection:1""Olympus:DriveMode""Drive Mode""Olympus:Duration"
-    "Olympus:EncoderVersion""Encoder Version""Olympus:EndTime""End Time""Olympus:Enhancer"
-    "Olympus:EnhancerValues""Enhancer Values""Olympus:EpsonImageHeight""Epson Image Height"
-    "Olympus:EpsonImageWidth""Epson Image Width""Olympus:EpsonSoftware""Epson Software"
-    "Olympus:EquipmentVersion""Equipment Version""Olympus:ExposureCompensation"
-    "Exposure Compensation""Olympus:ExposureMode""Exposure Mode""Olympus:ExposureMode:1""Manual"
-    "Olympus:ExposureMode:2""Program""Olympus:ExposureMode:3""Aperture-priority AE"
-    "Olympus:ExposureMode:4""Shutter speed priority AE""Olympus:ExposureMode:5""Program-shift"
-    "Olympus:ExposureShift""Exposure Shift""Olympus:ExposureTime""Exposure Time"
-    "Olympus:ExposureUnknown""Exposure Unknown""Olympus:ExtendedWBDetect""Extended WB Detect"
-    "Olympus:ExtendedWBDetect:0""Olympus:ExtendedWBDetect:1""Olympus:Extender"
-    "Olympus:Extender:0 00""Olympus:Extender:0 04""Olympus Zuiko Digital EC-14 1.4x Teleconverter"
-    "Olympus:Extender:0 08""Olympus EX-25 Extension Tube""Olympus:Extender:0 10"
-    "Olympus Zuiko Digital EC-20 2.0x Teleconverter""Olympus:ExtenderFirmwareVersion"
-    "Extender Firmware Version""Olympus:ExtenderModel""Extender Model""Olympus:ExtenderSerialNumber"
-    "Extender Serial Number""Olympus:ExternalFlash""External Flash""Olympus:ExternalFlash:0 0"
-    "Olympus:ExternalFlash:1 0""Olympus:ExternalFlashAE1""External Flash AE1"
-    "Olympus:ExternalFlashAE1_0""External Flash AE1 0""Olympus:ExternalFlashAE2""External Flash AE2"
-    "Olympus:ExternalFlashAE2_0""External Flash AE2 0""Olympus:ExternalFlashBounce"
-    "External Flash Bounce""Olympus:ExternalFlashBounce:0""Bounce or Off |\302\240No"
-    "Olympus:ExternalFlashBounce:1""Direct |\302\240Yes""Olympus:ExternalFlashGValue"
-    "External Flash G Value""Olympus:ExternalFlashGuideNumber""External Flash Guide Number"
-    "Olympus:ExternalFlashMode""External Flash Mode""Olympus:ExternalFlashZoom""External Flash Zoom"
-    "Olympus:FNumber""F Number""Olympus:FaceDetectArea""Face Detect Area"
-    "Olympus:FaceDetectFrameCrop""Face Detect Frame Crop""Olympus:FaceDetectFrameSize"
-    "Face Detect Frame Size""Olympus:FacesDetected""Faces Detected""Olympus:FieldCount""Field Count"
-    "Olympus:FileNumber""File Number""Olympus:FilmGrainEffect""Film Grain Effect"
-    "Olympus:FilmGrainEffect:0""Olympus:FilmGrainEffect:1""Olympus:FilmGrainEffect:2""Medium"
-    "Olympus:FilmGrainEffect:3""Olympus:Firmware""Olympus:FlashChargeLevel""Flash Charge Level"
-    "Olympus:FlashControlMode""Flash Control Mode""Olympus:FlashControlMode:0"
-    "Olympus:FlashControlMode:3""TTL""Olympus:FlashControlMode:4""Auto""Olympus:FlashControlMode:5"
-    "Olympus:FlashDevice""Flash Device""Olympus:FlashDevice:0""Olympus:FlashDevice:1""Internal"
-    "Olympus:FlashDevice:4""External""Olympus:FlashDevice:5""Internal + External"
-    "Olympus:FlashExposureComp""Flash Exposure Comp""Olympus:FlashFirmwareVersion"
-    "Flash Firmware Version""Olympus:FlashIntensity""Flash Intensity"
-    "Olympus:FlashIntensity:undef undef undef""Olympus:FlashIntensity:undef undef undef undef"
-    "n/a (x4)""Olympus:FlashMode""Flash Mode""Olympus:FlashMode:0""Olympus:FlashMode:1"
-    "Olympus:FlashMode:16""Forced On""Olympus:FlashMode:2""Fill-in |\302\240On""Olympus:FlashMode:3"
-    "Olympus:FlashMode:32""2nd Curtain""Olympus:FlashMode:4""Red-eye""Olympus:FlashMode:8"
-    "Slow-sync""Olympus:FlashModel""Flash Model""Olympus:FlashModel:0""Olympus:FlashModel:1""FL-20"
-    "Olympus:FlashModel:11""FL-600R""Olympus:FlashModel:13""FL-LM3""Olympus:FlashModel:15""FL-900R"
-    "Olympus:FlashModel:2""FL-50""Olympus:FlashModel:3""RF-11""Olympus:FlashModel:4""TF-22"
-    "Olympus:FlashModel:5""FL-36""Olympus:FlashModel:6""FL-50R""Olympus:FlashModel:7""FL-36R"
-    "Olympus:FlashModel:9""FL-14""Olympus:FlashRemoteControl""Flash Remote Control"
-    "Olympus:FlashRemoteControl:0""Olympus:FlashRemoteControl:1""Channel 1, Low"
-    "Olympus:FlashRemoteControl:10""Channel 2, Mid""Olympus:FlashRemoteControl:11""Channel 3, Mid"
-    "Olympus:FlashRemoteControl:12""Channel 4, Mid""Olympus:FlashRemoteControl:17""Channel 1, High"
-    "Olympus:FlashRemoteControl:18""Channel 2, High""Olympus:FlashRemoteControl:19""Channel 3, High"
-    "Olympus:FlashRemoteControl:2""Channel 2, Low""Olympus:FlashRemoteControl:20""Channel 4, High"
-    "Olympus:FlashRemoteControl:3""Channel 3, Low""Olympus:FlashRemoteControl:4""Channel 4, Low"
-    "Olympus:FlashRemoteControl:9""Channel 1, Mid""Olympus:FlashSerialNumber""Flash Serial Number"
-    "Olympus:FlashType""Flash Type""Olympus:FlashType:0""Olympus:FlashType:2""Simple E-System"
-    "Olympus:FlashType:3""E-System""Olympus:FlashType:4""E-System (body powered)"
-    "Olympus:FocalLength""Focal Length""Olympus:FocalPlaneDiagonal""Focal Plane Diagonal"
-    "Olympus:FocusBracketStepSize""Focus Bracket Step Size""Olympus:FocusDistance""Focus Distance"
-    "Olympus:FocusInfoVersion""Focus Info Version""Olympus:FocusMode""Focus Mode"
-    "Olympus:FocusMode:0""(none) |\302\240Auto""Olympus:FocusMode:1""Manual |\302\240S-AF"
-    "Olympus:FocusMode:10""Olympus:FocusMode:128""Live View Magnification Frame"
-    "Olympus:FocusMode:16""Olympus:FocusMode:2""Continuous AF""Olympus:FocusMode:256""AF sensor"
-    "Olympus:FocusMode:3""Multi AF""Olympus:FocusMode:32""Face Detect""Olympus:FocusMode:4"
-    "Olympus:FocusMode:512""Starry Sky AF""Olympus:FocusMode:64""Imager AF""Olympus:FocusProcess"
-    "Focus Process""Olympus:FocusProcess:0""AF Not Used""Olympus:FocusProcess:1""AF Used"
-    "Olympus:FocusRange""Focus Range""Olympus:FocusRange:0""Olympus:FocusRange:1"
-    "Olympus:FocusStepCount""Focus Step Count""Olympus:FocusStepInfinity""Focus Step Infinity"
-    "Olympus:FocusStepNear""Focus Step Near""Olympus:GainBase""Gain Base""Olympus:Gradation"
-    "Olympus:Gradation:-1 -1 1""Low Key""Olympus:Gradation:0""User-Selected"
-    "Olympus:Gradation:0 -1 1""Olympus:Gradation:0 0 0""Olympus:Gradation:1""Auto-Override"
-    "Olympus:Gradation:1 -1 1""High Key""Olympus:HueSetting""Hue Setting""Olympus:ISO"
-    "Olympus:ISOValue""ISO Value""Olympus:ImageProcessingVersion""Image Processing Version"
-    "Olympus:ImageQuality2""Image Quality 2""Olympus:ImageQuality2:1""SQ""Olympus:ImageQuality2:2"
-    "HQ""Olympus:ImageQuality2:3""SHQ""Olympus:ImageQuality2:4""RAW""Olympus:ImageQuality2:5"
-    "SQ (5)""Olympus:ImageStabilization""Image Stabilization""Olympus:ImageStabilization:0"
-    "Olympus:ImageStabilization:1""On, Mode 1""Olympus:ImageStabilization:2""On, Mode 2"
-    "Olympus:ImageStabilization:3""On, Mode 3""Olympus:ImageStabilization:4""On, Mode 4"
-    "Olympus:Index01""Index 01""Olympus:Index02""Index 02""Olympus:Index03""Index 03"
-    "Olympus:Index04""Index 04""Olympus:Index05""Index 05""Olympus:Index06""Index 06"
-    "Olympus:Index07""Index 07""Olympus:Index08""Index 08""Olympus:Index09""Index 09"
-    "Olympus:Index10""Index 10""Olympus:Index11""Index 11""Olympus:Index12""Index 12"
-    "Olympus:Index13""Index 13""Olympus:Index14""Index 14""Olympus:Index15""Index 15"
-    "Olympus:Index16""Index 16""Olympus:InternalFlash""Internal Flash""Olympus:InternalFlash:0"
-    "Olympus:InternalFlash:0 0""Olympus:InternalFlash:1""Olympus:InternalFlash:1 0"
-    "Olympus:InternalFlashAE1""Internal Flash AE1""Olympus:InternalFlashAE1_0""Internal Flash AE1 0"
-    "Olympus:InternalFlashAE2""Internal Flash AE2""Olympus:InternalFlashAE2_0""Internal Flash AE2 0"
-    "Olympus:InternalFlashTable""Internal Flash Table""Olympus:InternalSerialNumber"
-    "Internal Serial Number""Olympus:KeystoneCompensation""Keystone Compensation"
-    "Olympus:KeystoneCompensation:0 0""Olympus:KeystoneCompensation:0 1""Olympus:KeystoneDirection"
-    "Keystone Direction""Olympus:KeystoneDirection:0""Vertical""Olympus:KeystoneDirection:1"
-    "Horizontal""Olympus:KeystoneValue""Keystone Value""Olympus:LensDistortionParams"
-    "Lens Distortion Params""Olympus:LensFirmwareVersion""Lens Firmware Version""Olympus:LensModel"
-    "Lens Model""Olympus:LensProperties""Lens Properties""Olympus:LensSerialNumber"
-    "Lens Serial Number""Olympus:LensTemperature""Lens Temperature""Olympus:LensType""Lens Type"
-    "Olympus:LensType:0 00 00""Olympus:LensType:0 01 00""Olympus Zuiko Digital ED 50mm F2.0 Macro"
-    "Olympus:LensType:0 01 01""Olympus Zuiko Digital 40-150mm F3.5-4.5""Olympus:LensType:0 01 10"
-    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6""Olympus:LensType:0 02 00"
-    "Olympus Zuiko Digital ED 150mm F2.0""Olympus:LensType:0 02 10"
-    "Olympus M.Zuiko Digital 17mm F2.8 Pancake""Olympus:LensType:0 03 00"
-    "Olympus Zuiko Digital ED 300mm F2.8""Olympus:LensType:0 03 10"
-    "Olympus M.Zuiko Digital ED 14-150mm F4.0-5.6 [II]""Olympus:LensType:0 04 10"
-    "Olympus M.Zuiko Digital ED 9-18mm F4.0-5.6""Olympus:LensType:0 05 00"
-    "Olympus Zuiko Digital 14-54mm F2.8-3.5""Olympus:LensType:0 05 01"
-    "Olympus Zuiko Digital Pro ED 90-250mm F2.8""Olympus:LensType:0 05 10"
-    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6 L""Olympus:LensType:0 06 00"
-    "Olympus Zuiko Digital ED 50-200mm F2.8-3.5""Olympus:LensType:0 06 01"
-    "Olympus Zuiko Digital ED 8mm F3.5 Fisheye""Olympus:LensType:0 06 10"
-    "Olympus M.Zuiko Digital ED 40-150mm F4.0-5.6""Olympus:LensType:0 07 00"
-    "Olympus Zuiko Digital 11-22mm F2.8-3.5""Olympus:LensType:0 07 01"
-    "Olympus Zuiko Digital 18-180mm F3.5-6.3""Olympus:LensType:0 07 10"
-    "Olympus M.Zuiko Digital ED 12mm F2.0""Olympus:LensType:0 08 01"
-    "Olympus Zuiko Digital 70-300mm F4.0-5.6""Olympus:LensType:0 08 10"
-    "Olympus M.Zuiko Digital ED 75-300mm F4.8-6.7""Olympus:LensType:0 09 10"
-    "Olympus M.Zuiko Digital 14-42mm F3.5-5.6 II""Olympus:LensType:0 10 01"
-    "Kenko Tokina Reflex 300mm F6.3 MF Macro""Olympus:LensType:0 10 10"
-    "Olympus M.Zuiko Digital ED 12-50mm F3.5-6.3 EZ""Olympus:LensType:0 11 10"
-    "Olympus M.Zuiko Digital 45mm F1.8""Olympus:LensType:0 12 10"
-    "Olympus M.Zuiko Digital ED 60mm F2.8 Macro""Olympus:LensType:0 13 10"
-    "Olympus M.Zuiko Digital 14-42mm F3.5-5.6 II R""Olympus:LensType:0 14 10"
-    "Olympus M.Zuiko Digital ED 40-150mm F4.0-5.6 R""Olympus:LensType:0 15 00"
-    "Olympus Zuiko Digital ED 7-14mm F4.0""Olympus:LensType:0 15 10"
-    "Olympus M.Zuiko Digital ED 75mm F1.8""Olympus:LensType:0 16 10"
-    "Olympus M.Zuiko Digital 17mm F1.8""Olympus:LensType:0 17 00"
-    "Olympus Zuiko Digital Pro ED 35-100mm F2.0""Olympus:LensType:0 18 00"
-    "Olympus Zuiko Digital 14-45mm F3.5-5.6""Olympus:LensType:0 18 10"
-    "Olympus M.Zuiko Digital ED 75-300mm F4.8-6.7 II""Olympus:LensType:0 19 10"
-    "Olympus M.Zuiko Digital ED 12-40mm F2.8 Pro""Olympus:LensType:0 20 00"
-    "Olympus Zuiko Digital 35mm F3.5 Macro""Olympus:LensType:0 20 10"
-    "Olympus M.Zuiko Digital ED 40-150mm F2.8 Pro""Olympus:LensType:0 21 10"
-    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6 EZ""Olympus:LensType:0 22 00"
-    "Olympus Zuiko Digital 17.5-45mm F3.5-5.6""Olympus:LensType:0 22 10"
-    "Olympus M.Zuiko Digital 25mm F1.8""Olympus:LensType:0 23 00"
-    "Olympus Zuiko Digital ED 14-42mm F3.5-5.6""Olympus:LensType:0 23 10"
-    "Olympus M.Zuiko Digital ED 7-14mm F2.8 Pro""Olympus:LensType:0 24 00"
-    "Olympus Zuiko Digital ED 40-150mm F4.0-5.6""Olympus:LensType:0 24 10"
-    "Olympus M.Zuiko Digital ED 300mm F4.0 IS Pro""Olympus:LensType:0 25 10"
-    "Olympus M.Zuiko Digital ED 8mm F1.8 Fisheye Pro""Olympus:LensType:0 26 10"
-    "Olympus M.Zuiko Digital ED 12-100mm F4.0 IS Pro""Olympus:LensType:0 27 10"
-    "Olympus M.Zuiko Digital ED 30mm F3.5 Macro""Olympus:LensType:0 28 10"
-    "Olympus M.Zuiko Digital ED 25mm F1.2 Pro""Olympus:LensType:0 29 10"
-    "Olympus M.Zuiko Digital ED 17mm F1.2 Pro""Olympus:LensType:0 30 00"
-    "Olympus Zuiko Digital ED 50-200mm F2.8-3.5 SWD""Olympus:LensType:0 30 10"
-    "Olympus M.Zuiko Digital ED 45mm F1.2 Pro""Olympus:LensType:0 31 00"
-    "Olympus Zuiko Digital ED 12-60mm F2.8-4.0 SWD""Olympus:LensType:0 32 00"
-    "Olympus Zuiko Digital ED 14-35mm F2.0 SWD""Olympus:LensType:0 32 10"
-    "Olympus M.Zuiko Digital ED 12-200mm F3.5-6.3""Olympus:LensType:0 33 00"
-    "Olympus Zuiko Digital 25mm F2.8""Olympus:LensType:0 33 10"
-    "Olympus M.Zuiko Digital 150-400mm F4.5 TC1.25x IS Pro""Olympus:LensType:0 34 00"
-    "Olympus Zuiko Digital ED 9-18mm F4.0-5.6""Olympus:LensType:0 34 10"
-    "Olympus M.Zuiko Digital ED 12-45mm F4.0 Pro""Olympus:LensType:0 35 00"
-    "Olympus Zuiko Digital 14-54mm F2.8-3.5 II""Olympus:LensType:0 35 10"
-    "Olympus M.Zuiko 100-400mm F5.0-6.3""Olympus:LensType:0 36 10"
-    "Olympus M.Zuiko Digital ED 8-25mm F4 Pro""Olympus:LensType:0 37 10"
-    "Olympus M.Zuiko Digital ED 40-150mm F4.0 Pro""Olympus:LensType:0 39 10"
-    "Olympus M.Zuiko Digital ED 90mm F3.5 Macro IS Pro""Olympus:LensType:1 01 00"
-    "Sigma 18-50mm F3.5-5.6 DC""Olympus:LensType:1 01 10""Sigma 30mm F2.8 EX DN"
-    "Olympus:LensType:1 02 00""Sigma 55-200mm F4.0-5.6 DC""Olympus:LensType:1 02 10"
-    "Sigma 19mm F2.8 EX DN""Olympus:LensType:1 03 00""Sigma 18-125mm F3.5-5.6 DC"
-    "Olympus:LensType:1 03 10""Sigma 30mm F2.8 DN | A""Olympus:LensType:1 04 00"
-    "Olympus:LensType:1 04 10""Sigma 19mm F2.8 DN | A""Olympus:LensType:1 05 00"
-    "Sigma 30mm F1.4 EX DC HSM""Olympus:LensType:1 05 10""Sigma 60mm F2.8 DN | A"
-    "Olympus:LensType:1 06 00""Sigma APO 50-500mm F4.0-6.3 EX DG HSM""Olympus:LensType:1 06 10"
-    "Sigma 30mm F1.4 DC DN | C""Olympus:LensType:1 07 00""Sigma Macro 105mm F2.8 EX DG"
-    "Olympus:LensType:1 07 10""Sigma 16mm F1.4 DC DN | C (017)""Olympus:LensType:1 08 00"
-    "Sigma APO Macro 150mm F2.8 EX DG HSM""Olympus:LensType:1 09 00""Sigma 18-50mm F2.8 EX DC Macro"
-    "Olympus:LensType:1 10 00""Sigma 24mm F1.8 EX DG Aspherical Macro""Olympus:LensType:1 11 00"
-    "Sigma APO 135-400mm F4.5-5.6 DG""Olympus:LensType:1 12 00""Sigma APO 300-800mm F5.6 EX DG HSM"
-    "Olympus:LensType:1 13 00""Olympus:LensType:1 14 00""Olympus:LensType:1 15 00"
-    "Sigma 10-20mm F4.0-5.6 EX DC HSM""Olympus:LensType:1 16 00"
-    "Sigma APO 70-200mm F2.8 II EX DG Macro HSM""Olympus:LensType:1 17 00"
-    "Sigma 50mm F1.4 EX DG HSM""Olympus:LensType:2 01 00"
-    "Leica D Vario Elmarit 14-50mm F2.8-3.5 Asph.""Olympus:LensType:2 01 10"
-    "Lumix G Vario 14-45mm F3.5-5.6 Asph. Mega OIS""Olympus:LensType:2 02 00"
-    "Leica D Summilux 25mm F1.4 Asph.""Olympus:LensType:2 02 10"
-    "Lumix G Vario 45-200mm F4.0-5.6 Mega OIS""Olympus:LensType:2 03 00"
-    "Leica D Vario Elmar 14-50mm F3.8-5.6 Asph. Mega OIS""Olympus:LensType:2 03 01"
-    "Leica D Vario Elmar 14-50mm F3.8-5.6 Asph.""Olympus:LensType:2 03 10"
-    "Lumix G Vario HD 14-140mm F4.0-5.8 Asph. Mega OIS""Olympus:LensType:2 04 00"
-    "Leica D Vario Elmar 14-150mm F3.5-5.6""Olympus:LensType:2 04 10"
-    "Lumix G Vario 7-14mm F4.0 Asph.""Olympus:LensType:2 05 10""Lumix G 20mm F1.7 Asph."
-    "Olympus:LensType:2 06 10""Leica DG Macro-Elmarit 45mm F2.8 Asph. Mega OIS"
-    "Olympus:LensType:2 07 10""Lumix G Vario 14-42mm F3.5-5.6 Asph. Mega OIS"
-    "Olympus:LensType:2 08 10""Lumix G Fisheye 8mm F3.5""Olympus:LensType:2 09 10"
-    "Lumix G Vario 100-300mm F4.0-5.6 Mega OIS""Olympus:LensType:2 10 10""Lumix G 14mm F2.5 Asph."
-    "Olympus:LensType:2 11 10""Lumix G 12.5mm F12 3D""Olympus:LensType:2 12 10"
-    "Leica DG Summilux 25mm F1.4 Asph.""Olympus:LensType:2 13 10"
-    "Lumix G X Vario PZ 45-175mm F4.0-5.6 Asph. Power OIS""Olympus:LensType:2 14 10"
-    "Lumix G X Vario PZ 14-42mm F3.5-5.6 Asph. Power OIS""Olympus:LensType:2 15 10"
-    "Lumix G X Vario 12-35mm F2.8 Asph. Power OIS""Olympus:LensType:2 16 10"
-    "Lumix G Vario 45-150mm F4.0-5.6 Asph. Mega OIS""Olympus:LensType:2 17 10"
-    "Lumix G X Vario 35-100mm F2.8 Power OIS""Olympus:LensType:2 18 10"
-    "Lumix G Vario 14-42mm F3.5-5.6 II Asph. Mega OIS""Olympus:LensType:2 19 10"
-    "Lumix G Vario 14-140mm F3.5-5.6 Asph. Power OIS""Olympus:LensType:2 20 10"
-    "Lumix G Vario 12-32mm F3.5-5.6 Asph. Mega OIS""Olympus:LensType:2 21 10"
-    "Leica DG Nocticron 42.5mm F1.2 Asph. Power OIS""Olympus:LensType:2 22 10"
-    "Leica DG Summilux 15mm F1.7 Asph.""Olympus:LensType:2 23 10"
-    "Lumix G Vario 35-100mm F4.0-5.6 Asph. Mega OIS""Olympus:LensType:2 24 10"
-    "Lumix G Macro 30mm F2.8 Asph. Mega OIS""Olympus:LensType:2 25 10"
-    "Lumix G 42.5mm F1.7 Asph. Power OIS""Olympus:LensType:2 26 10""Lumix G 25mm F1.7 Asph."
-    "Olympus:LensType:2 27 10""Leica DG Vario-Elmar 100-400mm F4.0-6.3 Asph. Power OIS"
-    "Olympus:LensType:2 28 10""Lumix G Vario 12-60mm F3.5-5.6 Asph. Power OIS"
-    "Olympus:LensType:2 29 10""Leica DG Summilux 12mm F1.4 Asph.""Olympus:LensType:2 30 10"
-    "Leica DG Vario-Elmarit 12-60mm F2.8-4 Asph. Power OIS""Olympus:LensType:2 31 10"
-    "Lumix G Vario 45-200mm F4.0-5.6 II""Olympus:LensType:2 32 10"
-    "Lumix G Vario 100-300mm F4.0-5.6 II""Olympus:LensType:2 33 10"
-    "Lumix G X Vario 12-35mm F2.8 II Asph. Power OIS""Olympus:LensType:2 34 10"
-    "Lumix G Vario 35-100mm F2.8 II""Olympus:LensType:2 35 10"
-    "Leica DG Vario-Elmarit 8-18mm F2.8-4 Asph.""Olympus:LensType:2 36 10"
-    "Leica DG Elmarit 200mm F2.8 Power OIS""Olympus:LensType:2 37 10"
-    "Leica DG Vario-Elmarit 50-200mm F2.8-4 Asph. Power OIS""Olympus:LensType:2 38 10"
-    "Leica DG Vario-Summilux 10-25mm F1.7 Asph.""Olympus:LensType:2 39 10"
-    "Leica DG Summilux 25mm F1.4 II Asph.""Olympus:LensType:2 40 10"
-    "Leica DG Vario-Summilux 25-50mm F1.7 Asph.""Olympus:LensType:2 41 10"
-    "Leica DG Summilux 9mm F1.7 Asph.""Olympus:LensType:24 01 10"
-    "Venus Optics Laowa 50mm F2.8 2x Macro""Olympus:LensType:3 01 00""Olympus:LensType:3 02 00"
-    "Olympus:LensType:5 01 10""Tamron 14-150mm F3.5-5.8 Di III""Olympus:LightCondition"
-    "Light Condition""Olympus:LightSource""Light Source""Olympus:LightSource:0""Unknown"
-    "Olympus:LightSource:16""Shade""Olympus:LightSource:17""Cloudy""Olympus:LightSource:18"
-    "Fine Weather""Olympus:LightSource:20""Tungsten (Incandescent)""Olympus:LightSource:22"
-    "Evening Sunlight""Olympus:LightSource:256""One Touch White Balance""Olympus:LightSource:33"
-    "Daylight Fluorescent""Olympus:LightSource:34""Day White Fluorescent""Olympus:LightSource:35"
-    "Cool White Fluorescent""Olympus:LightSource:36""White Fluorescent""Olympus:LightSource:512"
-    "Custom 1-4""Olympus:LightValueCenter""Light Value Center""Olympus:LightValuePeriphery"
-    "Light Value Periphery""Olympus:Macro""Olympus:Macro:0""Olympus:Macro:1""Olympus:Macro:2"
-    "Super Macro""Olympus:MacroLED""Macro LED""Olympus:MacroLED:0""Olympus:MacroLED:1"
-    "Olympus:MacroMode""Macro Mode""Olympus:MacroMode:0""Olympus:MacroMode:1""Olympus:MacroMode:2"
-    "Olympus:MagicFilter""Magic Filter""Olympus:MagicFilter:0""Olympus:MagicFilter:1"
-    "Olympus:MagicFilter:10""Olympus:MagicFilter:12""Olympus:MagicFilter:13""Olympus:MagicFilter:14"
-    "Olympus:MagicFilter:15""Olympus:MagicFilter:16""Olympus:MagicFilter:17""Olympus:MagicFilter:18"
-    "Olympus:MagicFilter:19""Olympus:MagicFilter:2""Olympus:MagicFilter:20""Olympus:MagicFilter:21"
-    "Olympus:MagicFilter:22""Olympus:MagicFilter:23""Olympus:MagicFilter:24""Olympus:MagicFilter:25"
-    "Olympus:MagicFilter:26""Olympus:MagicFilter:27""Olympus:MagicFilter:28""Olympus:MagicFilter:29"
-    "Olympus:MagicFilter:3""Olympus:MagicFilter:31""Olympus:MagicFilter:32""Olympus:MagicFilter:33"
-    "Olympus:MagicFilter:34""Olympus:MagicFilter:35""Olympus:MagicFilter:36""Olympus:MagicFilter:37"
-    "Olympus:MagicFilter:38""Olympus:MagicFilter:39""Olympus:MagicFilter:4""Olympus:MagicFilter:40"
-    "Olympus:MagicFilter:41""Olympus:MagicFilter:5""Olympus:MagicFilter:6""Olympus:MagicFilter:9"
-    "Olympus:Make""Olympus:MakerNoteVersion""Maker Note Version""Olympus:ManometerPressure"
-    "Manometer Pressure""Olympus:ManometerReading""Manometer Reading""Olympus:ManualFlash"
-    "Manual Flash""Olympus:ManualFlashStrength""Manual Flash Strength"
+    "Make" "Model" "FNumber" "DateTime1" "DateTime2" "CameraSettingsVersion" "PreviewImageValid"
+    "PreviewImageStart" "PreviewImageLength" "ExposureMode" "AELock" "MeteringMode" "ExposureShift"
+    "NDFilter" "MacroMode" "FocusMode" "FocusProcess" "AFSearch" "AFAreas" "AFPointSelected"
+    "AFFineTune" "AFFineTuneAdj" "FocusBracketStepSize" "AISubjectTrackingMode" "FlashMode"
+    "FlashExposureComp" "FlashRemoteControl" "FlashControlMode" "FlashIntensity"
+    "ManualFlashStrength" "WhiteBalance2" "WhiteBalanceTemperature" "WhiteBalanceBracket"
+    "CustomSaturation" "ModifiedSaturation" "ContrastSetting" "SharpnessSetting" "ColorSpace"
+    "SceneMode" "NoiseReduction" "DistortionCorrection" "ShadingCompensation" "CompressionFactor"
+    "Gradation" "PictureMode" "PictureModeSaturation" "PictureModeHue" "PictureModeContrast"
+    "PictureModeSharpness" "PictureModeBWFilter" "PictureModeTone" "NoiseFilter" "ArtFilter"
+    "MagicFilter" "PictureModeEffect" "ToneLevel" "ArtFilterEffect" "ColorCreatorEffect"
+    "MonochromeProfileSettings" "FilmGrainEffect" "ColorProfileSettings" "MonochromeVignetting"
+    "MonochromeColor" "DriveMode" "PanoramaMode" "ImageQuality2" "ImageStabilization" "StackedImage"
+    "ManometerPressure" "ManometerReading" "ExtendedWBDetect" "RollAngle" "PitchAngle" "DateTimeUTC"
+    "StartTime" "EndTime" "Duration" "Comment" "EquipmentVersion" "CameraType2" "SerialNumber"
+    "InternalSerialNumber" "FocalPlaneDiagonal" "BodyFirmwareVersion" "LensType" "LensSerialNumber"
+    "LensModel" "LensFirmwareVersion" "MaxApertureAtMinFocal" "MaxApertureAtMaxFocal"
+    "MinFocalLength" "MaxFocalLength" "MaxAperture" "LensProperties" "Extender"
+    "ExtenderSerialNumber" "ExtenderModel" "ExtenderFirmwareVersion" "ConversionLens" "FlashType"
+    "FlashModel" "FlashFirmwareVersion" "FlashSerialNumber" "FocusInfoVersion" "AutoFocus"
+    "SceneDetect" "SceneArea" "SceneDetectData" "ZoomStepCount" "FocusStepCount" "FocusStepInfinity"
+    "FocusStepNear" "FocusDistance" "AFPoint" "AFPointDetails" "ExternalFlash"
+    "ExternalFlashGuideNumber" "ExternalFlashBounce" "ExternalFlashZoom" "InternalFlash"
+    "ManualFlash" "MacroLED" "SensorTemperature" "ImageProcessingVersion" "WB_RBLevels"
+    "WB_RBLevels3000K" "WB_RBLevels3300K" "WB_RBLevels3600K" "WB_RBLevels3900K" "WB_RBLevels4000K"
+    "WB_RBLevels4300K" "WB_RBLevels4500K" "WB_RBLevels4800K" "WB_RBLevels5300K" "WB_RBLevels6000K"
+    "WB_RBLevels6600K" "WB_RBLevels7500K" "WB_RBLevelsCWB1" "WB_RBLevelsCWB2" "WB_RBLevelsCWB3"
+    "WB_RBLevelsCWB4" "WB_GLevel3000K" "WB_GLevel3300K" "WB_GLevel3600K" "WB_GLevel3900K"
+    "WB_GLevel4000K" "WB_GLevel4300K" "WB_GLevel4500K" "WB_GLevel4800K" "WB_GLevel5300K"
+    "WB_GLevel6000K" "WB_GLevel6600K" "WB_GLevel7500K" "WB_GLevel" "ColorMatrix" "Enhancer"
+    "EnhancerValues" "CoringFilter" "CoringValues" "BlackLevel2" "GainBase" "ValidBits" "CropLeft"
+    "CropTop" "CropWidth" "CropHeight" "SensorCalibration" "NoiseReduction2" "DistortionCorrection2"
+    "ShadingCompensation2" "MultipleExposureMode" "AspectRatio" "AspectFrame" "FacesDetected"
+    "FaceDetectArea" "MaxFaces" "FaceDetectFrameSize" "FaceDetectFrameCrop" "CameraTemperature"
+    "KeystoneCompensation" "KeystoneDirection" "KeystoneValue" "ExposureUnknown"
+    "ExposureCompensation" "FocalLength" "ExposureTime" "ISO" "MakerNoteVersion"
+    "CompressedImageSize" "PreviewImageData" "ThumbnailImage" "SpecialMode" "Quality" "Macro"
+    "BWMode" "DigitalZoom" "LensDistortionParams" "CameraType" "CameraID" "EpsonImageWidth"
+    "EpsonImageHeight" "EpsonSoftware" "PreviewImage" "PreCaptureFrames" "WhiteBoard" "OneTouchWB"
+    "WhiteBalanceBias" "SensorArea" "BlackLevel" "Firmware" "DataDump" "DataDump2"
+    "ZoomedPreviewStart" "ZoomedPreviewLength" "ZoomedPreviewSize" "ShutterSpeedValue" "ISOValue"
+    "ApertureValue" "BrightnessValue" "FlashDevice" "LensTemperature" "LightCondition" "FocusRange"
+    "ManualFocusDistance" "Sharpness" "FlashChargeLevel" "ColorTemperatureBG" "ColorTemperatureRG"
+    "WBMode" "RedBalance" "BlueBalance" "ColorMatrixNumber" "ExternalFlashAE1_0"
+    "ExternalFlashAE2_0" "InternalFlashAE1_0" "InternalFlashAE2_0" "ExternalFlashAE1"
+    "ExternalFlashAE2" "InternalFlashAE1" "InternalFlashAE2" "InternalFlashTable"
+    "ExternalFlashGValue" "ExternalFlashMode" "Contrast" "SharpnessFactor" "ColorControl"
+    "OlympusImageWidth" "OlympusImageHeight" "CompressionRatio" "AFResult" "CCDScanMode"
+    "LightValueCenter" "LightValuePeriphery" "FieldCount" "CameraParameters" "EncoderVersion"
+    "DecoderVersion" "DateTimeOriginal" "ThumbnailWidth" "ThumbnailHeight" "RawDevVersion"
+    "RawDevExposureBiasValue" "RawDevWhiteBalanceValue" "RawDevWBFineAdjustment" "RawDevGrayPoint"
+    "RawDevSaturationEmphasis" "RawDevMemoryColorEmphasis" "RawDevContrastValue"
+    "RawDevSharpnessValue" "RawDevColorSpace" "RawDevEngine" "RawDevNoiseReduction"
+    "RawDevEditStatus" "RawDevSettings" "RawDevWhiteBalance" "RawDevPictureMode"
+    "RawDevPMSaturation" "RawDevPMContrast" "RawDevPMSharpness" "RawDevPM_BWFilter"
+    "RawDevPMPictureTone" "RawDevGradation" "RawDevSaturation3" "RawDevAutoGradation"
+    "RawDevPMNoiseFilter" "RawDevArtFilter" "RawInfoVersion" "WB_RBLevelsUsed" "WB_RBLevelsAuto"
+    "WB_RBLevelsShade" "WB_RBLevelsCloudy" "WB_RBLevelsFineWeather" "WB_RBLevelsTungsten"
+    "WB_RBLevelsEveningSunlight" "WB_RBLevelsDaylightFluor" "WB_RBLevelsDayWhiteFluor"
+    "WB_RBLevelsCoolWhiteFluor" "WB_RBLevelsWhiteFluorescent" "ColorMatrix2" "YCbCrCoefficients"
+    "ValidPixelDepth" "LightSource" "WhiteBalanceComp" "SaturationSetting" "HueSetting"
+    "CMExposureCompensation" "CMWhiteBalance" "CMWhiteBalanceComp" "CMWhiteBalanceGrayPoint"
+    "CMSaturation" "CMHue" "CMContrast" "CMSharpness" "Resolution" "ThumbnailLength"
+    "ThumbnailOffset" "FileNumber" "DateTimeEnd" "RecordingTime" "Index01" "Index02" "Index03"
+    "Index04" "Index05" "Index06" "Index07" "Index08" "Index09" "Index10" "Index11" "Index12"
+    "Index13" "Index14" "Index15" "Index16" "D4028" "D4029" "D4034" "D4040" "D4041" "D4083" "D4106"
+    "D4120" "D4122" "D4125" "D4141" "D4193" "D4194" "D4199" "D4205" "D4210" "D4211" "D4213" "D4216"
+    "D4217" "D4220" "D4221" "D4231" "D4240" "D4244" "D4256" "D4261" "D4262" "D4301" "D4302" "D4303"
+    "D4304" "D4305" "D4310" "D4311" "D4312" "D4313" "D4314" "D4315" "D4316" "D4317" "D4321" "D4322"
+    "D4324" "D4326" "D4327" "D4328" "D4330" "D4331" "D4332" "D4333" "D4334" "D4336" "D4337" "D4338"
+    "D4339" "D4341" "D4343" "D4344" "D4346" "D4348" "D4349" "D4350" "D4351" "D4352" "D4353" "D4354"
+    "D4355" "D4356" "D4357" "D4359" "D4360" "D4361" "D4362" "D4363" "D4364" "D4366" "D4368" "D4370"
+    "D4371" "D4372" "D4374" "D4377" "D4378" "D4379" "D4380" "D4381" "D4382" "D4384" "D4385" "D4386"
+    "D4387" "D4388" "D4390" "D4391" "D4392" "D4396" "D4397" "D4398" "D4401" "D4402" "D4406" "D4407"
+    "D4408" "D4409" "D4410" "D4411" "D4412" "D4413" "D4414" "D4415" "D4417" "D4418" "D4419" "D4423"
+    "D4424" "D4426" "D4428" "D4430" "D4432" "D4434" "D4439" "D4442" "D4448" "D4450" "D4454" "D4464"
+    "D4470" "D4472" "D4474" "D4476" "D4478" "D4479" "D4480" "D4482" "D4484" "D4486" "D4488" "D4490"
+    "D4492" "D4494" "D4496" "D4498" "D4500" "D4504" "D4508" "D4510" "D4512" "D4516" "D4519" "D4520"
+    "D4521" "D4523" "D4529" "D4530" "D4531" "D4535" "D4536" "D4537" "D4538" "D4541" "D4545" "D4546"
+    "D4547" "D4548" "D4549" "D4550" "D4553" "D4562" "D4566" "D4572" "D4574" "D4575" "D4579" "D4580"
+    "D4581" "D4582" "D4585" "D4586" "D4587" "D4590" "D4591" "D4593" "D4603" "D4605" "D4809" "D4842"
+    "D4856" "D4857" "DCHC" "DCHT" "K0055" "S0003" "S0004" "S0009" "S0010" "S0011" "S0013" "S0016"
+    "S0017" "S0018" "S0019" "S0023" "S0026" "S0027" "S0029" "S0030" "S0032" "S0033" "S0034" "S0036"
+    "S0038" "S0039" "S0040" "S0042" "S0043" "S0044" "S0045" "S0046" "S0047" "S0051" "S0052" "S0059"
+    "S0061" "S0065" "S0067" "S0068" "S0076" "S0080" "S0085" "S0088" "S0089" "S0092" "S0093" "S0095"
+    "S0101" "SG472" "SG473" "SG475" "SG551" "SG553" "SG554" "SG555" "SG573" "SG575" "SR45" "SR55"
+    "SR83" "SR85" "SR852" "SR872" "SR874" "SR951" "SR952" "SR953" "SR954" "SR955" "SR956" "SR959"
+    "SR95A" "SR971" "SR973" "SX151" "SX351" "SX354" "SX355" "SX357" "SX358" "SX374" "SX552" "SX553"
+    "SX556" "SX558" "SX571" "SX574" "SX575" "SX751" "SX752" "SX753" "SX754" "SX755" "SX756" "SX757"
+    "SX758" "SX759" "SX75A" "SX75B" "SX75C" "SX75D" "SX75F" "SX75G" "SX75J" "SX771" "SX772" "SX773"
+    "SX774" "SX775" "SX776" "SX777" "SX77A" "SX851" "SX852" "SX853" "SX854" "SX855" "SX873" "SX875"
+    "SX876" "0" "1" "2" "3" "4" "5" "261" "515" "1027" "10" "128" "16" "256" "32" "512" "64" "8" "9"
+    "11" "12" "17" "18" "19" "20" "undef undef undef" "undef undef undef undef" "21" "22" "23" "33"
+    "34" "35" "36" "48" "67" "257" "258" "259" "513" "514" "100" "101" "103" "13" "14" "142" "15"
+    "154" "197" "203" "204" "205" "206" "24" "25" "26" "27" "28" "29" "30" "31" "37" "38" "39" "40"
+    "41" "42" "43" "44" "45" "46" "47" "49" "50" "54" "57" "59" "6" "60" "63" "65" "66" "7"
+    "-1 -1 1" "0 -1 1" "0 0 0" "1 -1 1" "-1 -2 1" "-2 -2 1" "0 -2 1" "1 -2 1" "-31999" "-31998"
+    "-31997" "32784" "32800" "32816" "32832" "32848" "32864" "32896" "32897" "0 0" "3 2" "3 4" "3 8"
+    "3 16" "3 32" "3 64" "5 4" "6 4" "8 8" "11 12" "11 16" "1 *" "4 *" "9 *" "0 00 00" "0 01 00"
+    "0 01 01" "0 01 10" "0 02 00" "0 02 10" "0 03 00" "0 03 10" "0 04 10" "0 05 00" "0 05 01"
+    "0 05 10" "0 06 00" "0 06 01" "0 06 10" "0 07 00" "0 07 01" "0 07 10" "0 08 01" "0 08 10"
+    "0 09 10" "0 10 01" "0 10 10" "0 11 10" "0 12 10" "0 13 10" "0 14 10" "0 15 00" "0 15 10"
+    "0 16 10" "0 17 00" "0 18 00" "0 18 10" "0 19 10" "0 20 00" "0 20 10" "0 21 10" "0 22 00"
+    "0 22 10" "0 23 00" "0 23 10" "0 24 00" "0 24 10" "0 25 10" "0 26 10" "0 27 10" "0 28 10"
+    "0 29 10" "0 30 00" "0 30 10" "0 31 00" "0 32 00" "0 32 10" "0 33 00" "0 33 10" "0 34 00"
+    "0 34 10" "0 35 00" "0 35 10" "0 36 10" "0 37 10" "0 39 10" "1 01 00" "1 01 10" "1 02 00"
+    "1 02 10" "1 03 00" "1 03 10" "1 04 00" "1 04 10" "1 05 00" "1 05 10" "1 06 00" "1 06 10"
+    "1 07 00" "1 07 10" "1 08 00" "1 09 00" "1 10 00" "1 11 00" "1 12 00" "1 13 00" "1 14 00"
+    "1 15 00" "1 16 00" "1 17 00" "2 01 00" "2 01 10" "2 02 00" "2 02 10" "2 03 00" "2 03 01"
+    "2 03 10" "2 04 00" "2 04 10" "2 05 10" "2 06 10" "2 07 10" "2 08 10" "2 09 10" "2 10 10"
+    "2 11 10" "2 12 10" "2 13 10" "2 14 10" "2 15 10" "2 16 10" "2 17 10" "2 18 10" "2 19 10"
+    "2 20 10" "2 21 10" "2 22 10" "2 23 10" "2 24 10" "2 25 10" "2 26 10" "2 27 10" "2 28 10"
+    "2 29 10" "2 30 10" "2 31 10" "2 32 10" "2 33 10" "2 34 10" "2 35 10" "2 36 10" "2 37 10"
+    "2 38 10" "2 39 10" "2 40 10" "2 41 10" "3 01 00" "3 02 00" "5 01 10" "24 01 10" "0 00" "0 04"
+    "0 08" "0 10" "224" "255" "1 0" "1 1" "1 4" "2 1" "2 2" "3 1" "3 3" "4 1" "4 4" "5 5" "6 6"
+    "7 7" "9 1" "9 9" "0 1" "1 2" "2 3" "2 4" "2 5" "2 6" "2 7" "2 8" "3 0" "Olympus:AELock"
+    "AE Lock" "Olympus:AELock:0" "Off" "Olympus:AELock:1" "On" "Olympus:AFAreas" "AF Areas"
+    "Olympus:AFFineTune" "AF Fine Tune" "Olympus:AFFineTune:0" "Olympus:AFFineTune:1"
+    "Olympus:AFFineTuneAdj" "AF Fine Tune Adj" "Olympus:AFPoint" "AF Point" "Olympus:AFPoint:0"
+    "Left (or n/a) |\302\240Single Target" "Olympus:AFPoint:1"
+    "Center (horizontal) |\302\240Top-left (horizontal)" "Olympus:AFPoint:10"
+    "Bottom-center (horizontal)" "Olympus:AFPoint:11" "Bottom-right (horizontal)"
+    "Olympus:AFPoint:12" "Top-center (vertical) |\302\240Top-left (vertical)" "Olympus:AFPoint:128"
+    "Dynamic Single Target" "Olympus:AFPoint:13" "Top-center (vertical)" "Olympus:AFPoint:14"
+    "Top-right (vertical)" "Olympus:AFPoint:15" "Left (vertical) |\302\240Right (vertical)"
+    "Olympus:AFPoint:16" "Mid-left (vertical) |\302\240Mid-right (vertical)" "Olympus:AFPoint:17"
+    "Center (vertical)" "Olympus:AFPoint:18" "Olympus:AFPoint:19" "Olympus:AFPoint:2"
+    "Right |\302\240Top-center (horizontal)" "Olympus:AFPoint:20" "Bottom-left (vertical)"
+    "Olympus:AFPoint:21" "Bottom-center (vertical)" "Olympus:AFPoint:22" "Bottom-right (vertical)"
+    "Olympus:AFPoint:224" "n/a" "Olympus:AFPoint:255" "None" "Olympus:AFPoint:3"
+    "Center (vertical) |\302\240Top-right (horizontal)" "Olympus:AFPoint:31" "Olympus:AFPoint:4"
+    "Left (horizontal) |\302\240Right (horizontal)" "Olympus:AFPoint:5"
+    "Mid-left (horizontal) |\302\240Mid-right (horizontal)" "Olympus:AFPoint:6"
+    "Center (horizontal)" "Olympus:AFPoint:64" "All Target" "Olympus:AFPoint:7" "Olympus:AFPoint:8"
+    "Olympus:AFPoint:9" "Bottom-left (horizontal)" "Olympus:AFPointDetails" "AF Point Details"
+    "Olympus:AFPointDetails:0" "MF" "Olympus:AFPointDetails:1" "S-AF" "Olympus:AFPointDetails:2"
+    "C-AF" "Olympus:AFPointDetails:3" "Both Eyes Priority" "Olympus:AFPointDetails:4" "Birds"
+    "Olympus:AFPointDetails:5" "Dogs & Cats" "Olympus:AFPointDetails:6" "C-AF + TR"
+    "Olympus:AFPointSelected" "AF Point Selected" "Olympus:AFResult" "AF Result" "Olympus:AFSearch"
+    "AF Search" "Olympus:AFSearch:0" "Not Ready" "Olympus:AFSearch:1" "Ready"
+    "Olympus:AISubjectTrackingMode" "AI Subject Tracking Mode" "Olympus:AISubjectTrackingMode:0"
+    "Object Not Found" "Olympus:AISubjectTrackingMode:1" "Object Found"
+    "Olympus:AISubjectTrackingMode:2" "Airplanes" "Olympus:AISubjectTrackingMode:3" "Trains"
+    "Olympus:AISubjectTrackingMode:4" "Olympus:AISubjectTrackingMode:5" "Olympus:ApertureValue"
+    "Aperture Value" "Olympus:ArtFilter" "Art Filter" "Olympus:ArtFilter:0" "Olympus:ArtFilter:1"
+    "Soft Focus" "Olympus:ArtFilter:10" "Cross Process" "Olympus:ArtFilter:12" "Fish Eye"
+    "Olympus:ArtFilter:13" "Drawing" "Olympus:ArtFilter:14" "Gentle Sepia" "Olympus:ArtFilter:15"
+    "Pale & Light Color II" "Olympus:ArtFilter:16" "Pop Art II" "Olympus:ArtFilter:17" "Pin Hole II"
+    "Olympus:ArtFilter:18" "Pin Hole III" "Olympus:ArtFilter:19" "Grainy Film II"
+    "Olympus:ArtFilter:2" "Pop Art" "Olympus:ArtFilter:20" "Dramatic Tone" "Olympus:ArtFilter:21"
+    "Punk" "Olympus:ArtFilter:22" "Soft Focus 2" "Olympus:ArtFilter:23" "Sparkle"
+    "Olympus:ArtFilter:24" "Watercolor" "Olympus:ArtFilter:25" "Key Line" "Olympus:ArtFilter:26"
+    "Key Line II" "Olympus:ArtFilter:27" "Miniature" "Olympus:ArtFilter:28" "Reflection"
+    "Olympus:ArtFilter:29" "Fragmented" "Olympus:ArtFilter:3" "Pale & Light Color"
+    "Olympus:ArtFilter:31" "Cross Process II" "Olympus:ArtFilter:32" "Dramatic Tone II"
+    "Olympus:ArtFilter:33" "Watercolor I" "Olympus:ArtFilter:34" "Watercolor II"
+    "Olympus:ArtFilter:35" "Diorama II" "Olympus:ArtFilter:36" "Vintage" "Olympus:ArtFilter:37"
+    "Vintage II" "Olympus:ArtFilter:38" "Vintage III" "Olympus:ArtFilter:39" "Partial Color"
+    "Olympus:ArtFilter:4" "Light Tone" "Olympus:ArtFilter:40" "Partial Color II"
+    "Olympus:ArtFilter:41" "Partial Color III" "Olympus:ArtFilter:5" "Pin Hole"
+    "Olympus:ArtFilter:6" "Grainy Film" "Olympus:ArtFilter:9" "Diorama" "Olympus:ArtFilterEffect"
+    "Art Filter Effect" "Olympus:ArtFilterEffect:0" "No Color Filter" "Olympus:ArtFilterEffect:1"
+    "Yellow Color Filter" "Olympus:ArtFilterEffect:10" "Olympus:ArtFilterEffect:12"
+    "Olympus:ArtFilterEffect:13" "Olympus:ArtFilterEffect:14" "Olympus:ArtFilterEffect:15"
+    "Olympus:ArtFilterEffect:16" "Olympus:ArtFilterEffect:17" "Olympus:ArtFilterEffect:18"
+    "Olympus:ArtFilterEffect:19" "Olympus:ArtFilterEffect:2" "Orange Color Filter"
+    "Olympus:ArtFilterEffect:20" "Olympus:ArtFilterEffect:21" "Olympus:ArtFilterEffect:22"
+    "Olympus:ArtFilterEffect:23" "Olympus:ArtFilterEffect:24" "Olympus:ArtFilterEffect:25"
+    "Olympus:ArtFilterEffect:26" "Olympus:ArtFilterEffect:27" "Olympus:ArtFilterEffect:28"
+    "Olympus:ArtFilterEffect:29" "Olympus:ArtFilterEffect:3" "Red Color Filter"
+    "Olympus:ArtFilterEffect:31" "Olympus:ArtFilterEffect:32" "Olympus:ArtFilterEffect:32784"
+    "Star Light" "Olympus:ArtFilterEffect:32800" "Olympus:ArtFilterEffect:32816" "Frame"
+    "Olympus:ArtFilterEffect:32832" "Olympus:ArtFilterEffect:32848" "White Edge"
+    "Olympus:ArtFilterEffect:32864" "B&W" "Olympus:ArtFilterEffect:32896" "Blur Top and Bottom"
+    "Olympus:ArtFilterEffect:32897" "Blur Left and Right" "Olympus:ArtFilterEffect:33"
+    "Olympus:ArtFilterEffect:34" "Olympus:ArtFilterEffect:35" "Olympus:ArtFilterEffect:36"
+    "Olympus:ArtFilterEffect:37" "Olympus:ArtFilterEffect:38" "Olympus:ArtFilterEffect:39"
+    "Olympus:ArtFilterEffect:4" "Green Color Filter" "Olympus:ArtFilterEffect:40"
+    "Olympus:ArtFilterEffect:41" "Olympus:ArtFilterEffect:5" "Olympus:ArtFilterEffect:6"
+    "Olympus:ArtFilterEffect:9" "Olympus:AspectFrame" "Aspect Frame" "Olympus:AspectRatio"
+    "Aspect Ratio" "Olympus:AspectRatio:1 1" "4:3" "Olympus:AspectRatio:1 4" "1:1"
+    "Olympus:AspectRatio:2 1" "3:2 (RAW)" "Olympus:AspectRatio:2 2" "3:2" "Olympus:AspectRatio:3 1"
+    "16:9 (RAW)" "Olympus:AspectRatio:3 3" "16:9" "Olympus:AspectRatio:4 1" "1:1 (RAW)"
+    "Olympus:AspectRatio:4 4" "6:6" "Olympus:AspectRatio:5 5" "5:4" "Olympus:AspectRatio:6 6" "7:6"
+    "Olympus:AspectRatio:7 7" "6:5" "Olympus:AspectRatio:8 8" "7:5" "Olympus:AspectRatio:9 1"
+    "3:4 (RAW)" "Olympus:AspectRatio:9 9" "3:4" "Olympus:AutoFocus" "Auto Focus"
+    "Olympus:AutoFocus:0" "Olympus:AutoFocus:1" "Olympus:BWMode" "Black And White Mode"
+    "Olympus:BWMode:0" "Olympus:BWMode:1" "Olympus:BWMode:6" "(none)" "Olympus:BlackLevel"
+    "Black Level" "Olympus:BlackLevel2" "Black Level 2" "Olympus:BlueBalance" "Blue Balance"
+    "Olympus:BodyFirmwareVersion" "Body Firmware Version" "Olympus:BrightnessValue"
+    "Brightness Value" "Olympus:CCDScanMode" "CCD Scan Mode" "Olympus:CCDScanMode:0" "Interlaced"
+    "Olympus:CCDScanMode:1" "Progressive" "Olympus:CMContrast" "CM Contrast"
+    "Olympus:CMExposureCompensation" "CM Exposure Compensation" "Olympus:CMHue" "CM Hue"
+    "Olympus:CMSaturation" "CM Saturation" "Olympus:CMSharpness" "CM Sharpness"
+    "Olympus:CMWhiteBalance" "CM White Balance" "Olympus:CMWhiteBalanceComp" "CM White Balance Comp"
+    "Olympus:CMWhiteBalanceGrayPoint" "CM White Balance Gray Point" "Olympus:CameraID" "Camera ID"
+    "Olympus:CameraParameters" "Camera Parameters" "Olympus:CameraSettingsVersion"
+    "Camera Settings Version" "Olympus:CameraTemperature" "Camera Temperature" "Olympus:CameraType"
+    "Camera Type" "Olympus:CameraType2" "Camera Type 2" "Olympus:CameraType2:D4028" "X-2,C-50Z"
+    "Olympus:CameraType2:D4029" "E-20,E-20N,E-20P" "Olympus:CameraType2:D4034" "C720UZ"
+    "Olympus:CameraType2:D4040" "E-1" "Olympus:CameraType2:D4041" "E-300"
+    "Olympus:CameraType2:D4083" "C2Z,D520Z,C220Z" "Olympus:CameraType2:D4106" "u20D,S400D,u400D"
+    "Olympus:CameraType2:D4120" "X-1" "Olympus:CameraType2:D4122" "u10D,S300D,u300D"
+    "Olympus:CameraType2:D4125" "AZ-1" "Olympus:CameraType2:D4141" "C150,D390"
+    "Olympus:CameraType2:D4193" "C-5000Z" "Olympus:CameraType2:D4194" "X-3,C-60Z"
+    "Olympus:CameraType2:D4199" "u30D,S410D,u410D" "Olympus:CameraType2:D4205" "X450,D535Z,C370Z"
+    "Olympus:CameraType2:D4210" "C160,D395" "Olympus:CameraType2:D4211" "C725UZ"
+    "Olympus:CameraType2:D4213" "FerrariMODEL2003" "Olympus:CameraType2:D4216" "u15D"
+    "Olympus:CameraType2:D4217" "u25D" "Olympus:CameraType2:D4220" "u-miniD,Stylus V"
+    "Olympus:CameraType2:D4221" "u40D,S500,uD500" "Olympus:CameraType2:D4231" "FerrariMODEL2004"
+    "Olympus:CameraType2:D4240" "X500,D590Z,C470Z" "Olympus:CameraType2:D4244" "uD800,S800"
+    "Olympus:CameraType2:D4256" "u720SW,S720SW" "Olympus:CameraType2:D4261" "X600,D630,FE5500"
+    "Olympus:CameraType2:D4262" "uD600,S600" "Olympus:CameraType2:D4301" "u810/S810"
+    "Olympus:CameraType2:D4302" "u710,S710" "Olympus:CameraType2:D4303" "u700,S700"
+    "Olympus:CameraType2:D4304" "FE100,X710" "Olympus:CameraType2:D4305" "FE110,X705"
+    "Olympus:CameraType2:D4310" "FE-130,X-720" "Olympus:CameraType2:D4311" "FE-140,X-725"
+    "Olympus:CameraType2:D4312" "FE150,X730" "Olympus:CameraType2:D4313" "FE160,X735"
+    "Olympus:CameraType2:D4314" "u740,S740" "Olympus:CameraType2:D4315" "u750,S750"
+    "Olympus:CameraType2:D4316" "u730/S730" "Olympus:CameraType2:D4317" "FE115,X715"
+    "Olympus:CameraType2:D4321" "SP550UZ" "Olympus:CameraType2:D4322" "SP510UZ"
+    "Olympus:CameraType2:D4324" "FE170,X760" "Olympus:CameraType2:D4326" "FE200"
+    "Olympus:CameraType2:D4327" "FE190/X750" "Olympus:CameraType2:D4328" "u760,S760"
+    "Olympus:CameraType2:D4330" "FE180/X745" "Olympus:CameraType2:D4331" "u1000/S1000"
+    "Olympus:CameraType2:D4332" "u770SW,S770SW" "Olympus:CameraType2:D4333" "FE240/X795"
+    "Olympus:CameraType2:D4334" "FE210,X775" "Olympus:CameraType2:D4336" "FE230/X790"
+    "Olympus:CameraType2:D4337" "FE220,X785" "Olympus:CameraType2:D4338" "u725SW,S725SW"
+    "Olympus:CameraType2:D4339" "FE250/X800" "Olympus:CameraType2:D4341" "u780,S780"
+    "Olympus:CameraType2:D4343" "u790SW,S790SW" "Olympus:CameraType2:D4344" "u1020,S1020"
+    "Olympus:CameraType2:D4346" "FE15,X10" "Olympus:CameraType2:D4348" "FE280,X820,C520"
+    "Olympus:CameraType2:D4349" "FE300,X830" "Olympus:CameraType2:D4350" "u820,S820"
+    "Olympus:CameraType2:D4351" "u1200,S1200" "Olympus:CameraType2:D4352" "FE270,X815,C510"
+    "Olympus:CameraType2:D4353" "u795SW,S795SW" "Olympus:CameraType2:D4354" "u1030SW,S1030SW"
+    "Olympus:CameraType2:D4355" "SP560UZ" "Olympus:CameraType2:D4356" "u1010,S1010"
+    "Olympus:CameraType2:D4357" "u830,S830" "Olympus:CameraType2:D4359" "u840,S840"
+    "Olympus:CameraType2:D4360" "FE350WIDE,X865" "Olympus:CameraType2:D4361" "u850SW,S850SW"
+    "Olympus:CameraType2:D4362" "FE340,X855,C560" "Olympus:CameraType2:D4363" "FE320,X835,C540"
+    "Olympus:CameraType2:D4364" "SP570UZ" "Olympus:CameraType2:D4366" "FE330,X845,C550"
+    "Olympus:CameraType2:D4368" "FE310,X840,C530" "Olympus:CameraType2:D4370" "u1050SW,S1050SW"
+    "Olympus:CameraType2:D4371" "u1060,S1060" "Olympus:CameraType2:D4372" "FE370,X880,C575"
+    "Olympus:CameraType2:D4374" "SP565UZ" "Olympus:CameraType2:D4377" "u1040,S1040"
+    "Olympus:CameraType2:D4378" "FE360,X875,C570" "Olympus:CameraType2:D4379" "FE20,X15,C25"
+    "Olympus:CameraType2:D4380" "uT6000,ST6000" "Olympus:CameraType2:D4381" "uT8000,ST8000"
+    "Olympus:CameraType2:D4382" "u9000,S9000" "Olympus:CameraType2:D4384" "SP590UZ"
+    "Olympus:CameraType2:D4385" "FE3010,X895" "Olympus:CameraType2:D4386" "FE3000,X890"
+    "Olympus:CameraType2:D4387" "FE35,X30" "Olympus:CameraType2:D4388" "u550WP,S550WP"
+    "Olympus:CameraType2:D4390" "FE5000,X905" "Olympus:CameraType2:D4391" "u5000"
+    "Olympus:CameraType2:D4392" "u7000,S7000" "Olympus:CameraType2:D4396" "FE5010,X915"
+    "Olympus:CameraType2:D4397" "FE25,X20" "Olympus:CameraType2:D4398" "FE45,X40"
+    "Olympus:CameraType2:D4401" "XZ-1" "Olympus:CameraType2:D4402" "uT6010,ST6010"
+    "Olympus:CameraType2:D4406" "u7010,S7010 / u7020,S7020" "Olympus:CameraType2:D4407"
+    "FE4010,X930" "Olympus:CameraType2:D4408" "X560WP" "Olympus:CameraType2:D4409" "FE26,X21"
+    "Olympus:CameraType2:D4410" "FE4000,X920,X925" "Olympus:CameraType2:D4411" "FE46,X41,X42"
+    "Olympus:CameraType2:D4412" "FE5020,X935" "Olympus:CameraType2:D4413" "uTough-3000"
+    "Olympus:CameraType2:D4414" "StylusTough-6020" "Olympus:CameraType2:D4415" "StylusTough-8010"
+    "Olympus:CameraType2:D4417" "u5010,S5010" "Olympus:CameraType2:D4418" "u7040,S7040"
+    "Olympus:CameraType2:D4419" "u9010,S9010" "Olympus:CameraType2:D4423" "FE4040"
+    "Olympus:CameraType2:D4424" "FE47,X43" "Olympus:CameraType2:D4426" "FE4030,X950"
+    "Olympus:CameraType2:D4428" "FE5030,X965,X960" "Olympus:CameraType2:D4430" "u7030,S7030"
+    "Olympus:CameraType2:D4432" "SP600UZ" "Olympus:CameraType2:D4434" "SP800UZ"
+    "Olympus:CameraType2:D4439" "FE4020,X940" "Olympus:CameraType2:D4442" "FE5035"
+    "Olympus:CameraType2:D4448" "FE4050,X970" "Olympus:CameraType2:D4450" "FE5050,X985"
+    "Olympus:CameraType2:D4454" "u-7050" "Olympus:CameraType2:D4464" "T10,X27"
+    "Olympus:CameraType2:D4470" "FE5040,X980" "Olympus:CameraType2:D4472" "TG-310"
+    "Olympus:CameraType2:D4474" "TG-610" "Olympus:CameraType2:D4476" "TG-810"
+    "Olympus:CameraType2:D4478" "VG145,VG140,D715" "Olympus:CameraType2:D4479" "VG130,D710"
+    "Olympus:CameraType2:D4480" "VG120,D705" "Olympus:CameraType2:D4482" "VR310,D720"
+    "Olympus:CameraType2:D4484" "VR320,D725" "Olympus:CameraType2:D4486" "VR330,D730"
+    "Olympus:CameraType2:D4488" "VG110,D700" "Olympus:CameraType2:D4490" "SP-610UZ"
+    "Olympus:CameraType2:D4492" "SZ-10" "Olympus:CameraType2:D4494" "SZ-20"
+    "Olympus:CameraType2:D4496" "SZ-30MR" "Olympus:CameraType2:D4498" "SP-810UZ"
+    "Olympus:CameraType2:D4500" "SZ-11" "Olympus:CameraType2:D4504" "TG-615"
+    "Olympus:CameraType2:D4508" "TG-620" "Olympus:CameraType2:D4510" "TG-820"
+    "Olympus:CameraType2:D4512" "TG-1" "Olympus:CameraType2:D4516" "SH-21"
+    "Olympus:CameraType2:D4519" "SZ-14" "Olympus:CameraType2:D4520" "SZ-31MR"
+    "Olympus:CameraType2:D4521" "SH-25MR" "Olympus:CameraType2:D4523" "SP-720UZ"
+    "Olympus:CameraType2:D4529" "VG170" "Olympus:CameraType2:D4530" "VH210"
+    "Olympus:CameraType2:D4531" "XZ-2" "Olympus:CameraType2:D4535" "SP-620UZ"
+    "Olympus:CameraType2:D4536" "TG-320" "Olympus:CameraType2:D4537" "VR340,D750"
+    "Olympus:CameraType2:D4538" "VG160,X990,D745" "Olympus:CameraType2:D4541" "SZ-12"
+    "Olympus:CameraType2:D4545" "VH410" "Olympus:CameraType2:D4546" "XZ-10"
+    "Olympus:CameraType2:D4547" "TG-2" "Olympus:CameraType2:D4548" "TG-830"
+    "Olympus:CameraType2:D4549" "TG-630" "Olympus:CameraType2:D4550" "SH-50"
+    "Olympus:CameraType2:D4553" "SZ-16,DZ-105" "Olympus:CameraType2:D4562" "SP-820UZ"
+    "Olympus:CameraType2:D4566" "SZ-15" "Olympus:CameraType2:D4572" "STYLUS1"
+    "Olympus:CameraType2:D4574" "TG-3" "Olympus:CameraType2:D4575" "TG-850"
+    "Olympus:CameraType2:D4579" "SP-100EE" "Olympus:CameraType2:D4580" "SH-60"
+    "Olympus:CameraType2:D4581" "SH-1" "Olympus:CameraType2:D4582" "TG-835"
+    "Olympus:CameraType2:D4585" "SH-2 / SH-3" "Olympus:CameraType2:D4586" "TG-4"
+    "Olympus:CameraType2:D4587" "TG-860" "Olympus:CameraType2:D4590" "TG-TRACKER"
+    "Olympus:CameraType2:D4591" "TG-870" "Olympus:CameraType2:D4593" "TG-5"
+    "Olympus:CameraType2:D4603" "TG-6" "Olympus:CameraType2:D4605" "TG-7"
+    "Olympus:CameraType2:D4809" "C2500L" "Olympus:CameraType2:D4842" "E-10"
+    "Olympus:CameraType2:D4856" "C-1" "Olympus:CameraType2:D4857" "C-1Z,D-150Z"
+    "Olympus:CameraType2:DCHC" "D500L" "Olympus:CameraType2:DCHT" "D600L / D620L"
+    "Olympus:CameraType2:K0055" "AIR-A01" "Olympus:CameraType2:S0003" "E-330"
+    "Olympus:CameraType2:S0004" "E-500" "Olympus:CameraType2:S0009" "E-400"
+    "Olympus:CameraType2:S0010" "E-510" "Olympus:CameraType2:S0011" "E-3"
+    "Olympus:CameraType2:S0013" "E-410" "Olympus:CameraType2:S0016" "E-420"
+    "Olympus:CameraType2:S0017" "E-30" "Olympus:CameraType2:S0018" "E-520"
+    "Olympus:CameraType2:S0019" "E-P1" "Olympus:CameraType2:S0023" "E-620"
+    "Olympus:CameraType2:S0026" "E-P2" "Olympus:CameraType2:S0027" "E-PL1"
+    "Olympus:CameraType2:S0029" "E-450" "Olympus:CameraType2:S0030" "E-600"
+    "Olympus:CameraType2:S0032" "E-P3" "Olympus:CameraType2:S0033" "E-5" "Olympus:CameraType2:S0034"
+    "E-PL2" "Olympus:CameraType2:S0036" "E-M5" "Olympus:CameraType2:S0038" "E-PL3"
+    "Olympus:CameraType2:S0039" "E-PM1" "Olympus:CameraType2:S0040" "E-PL1s"
+    "Olympus:CameraType2:S0042" "E-PL5" "Olympus:CameraType2:S0043" "E-PM2"
+    "Olympus:CameraType2:S0044" "E-P5" "Olympus:CameraType2:S0045" "E-PL6"
+    "Olympus:CameraType2:S0046" "E-PL7" "Olympus:CameraType2:S0047" "E-M1"
+    "Olympus:CameraType2:S0051" "E-M10" "Olympus:CameraType2:S0052" "E-M5MarkII"
+    "Olympus:CameraType2:S0059" "E-M10MarkII" "Olympus:CameraType2:S0061" "PEN-F"
+    "Olympus:CameraType2:S0065" "E-PL8" "Olympus:CameraType2:S0067" "E-M1MarkII"
+    "Olympus:CameraType2:S0068" "E-M10MarkIII" "Olympus:CameraType2:S0076" "E-PL9"
+    "Olympus:CameraType2:S0080" "E-M1X" "Olympus:CameraType2:S0085" "E-PL10"
+    "Olympus:CameraType2:S0088" "E-M10MarkIV" "Olympus:CameraType2:S0089" "E-M5MarkIII"
+    "Olympus:CameraType2:S0092" "E-M1MarkIII" "Olympus:CameraType2:S0093" "E-P7"
+    "Olympus:CameraType2:S0095" "OM-1" "Olympus:CameraType2:S0101" "OM-5" "Olympus:CameraType2:SR45"
+    "D220" "Olympus:CameraType2:SR55" "D320L" "Olympus:CameraType2:SR83" "D340L"
+    "Olympus:CameraType2:SR85" "C830L,D340R" "Olympus:CameraType2:SR852" "C860L,D360L"
+    "Olympus:CameraType2:SR872" "C900Z,D400Z" "Olympus:CameraType2:SR874" "C960Z,D460Z"
+    "Olympus:CameraType2:SR951" "C2000Z" "Olympus:CameraType2:SR952" "C21"
+    "Olympus:CameraType2:SR953" "C21T.commu" "Olympus:CameraType2:SR954" "C2020Z"
+    "Olympus:CameraType2:SR955" "C990Z,D490Z" "Olympus:CameraType2:SR956" "C211Z"
+    "Olympus:CameraType2:SR959" "C990ZS,D490Z" "Olympus:CameraType2:SR95A" "C2100UZ"
+    "Olympus:CameraType2:SR971" "C100,D370" "Olympus:CameraType2:SR973" "C2,D230"
+    "Olympus:CameraType2:SX151" "E100RS" "Olympus:CameraType2:SX351" "C3000Z / C3030Z"
+    "Olympus:CameraType2:SX354" "C3040Z" "Olympus:CameraType2:SX355" "C2040Z"
+    "Olympus:CameraType2:SX357" "C700UZ" "Olympus:CameraType2:SX358" "C200Z,D510Z"
+    "Olympus:CameraType2:SX374" "C3100Z,C3020Z" "Olympus:CameraType2:SX552" "C4040Z"
+    "Olympus:CameraType2:SX553" "C40Z,D40Z" "Olympus:CameraType2:SX556" "C730UZ"
+    "Olympus:CameraType2:SX558" "C5050Z" "Olympus:CameraType2:SX571" "C120,D380"
+    "Olympus:CameraType2:SX574" "C300Z,D550Z" "Olympus:CameraType2:SX575" "C4100Z,C4000Z"
+    "Olympus:CameraType2:SX751" "X200,D560Z,C350Z" "Olympus:CameraType2:SX752" "X300,D565Z,C450Z"
+    "Olympus:CameraType2:SX753" "C750UZ" "Olympus:CameraType2:SX754" "C740UZ"
+    "Olympus:CameraType2:SX755" "C755UZ" "Olympus:CameraType2:SX756" "C5060WZ"
+    "Olympus:CameraType2:SX757" "C8080WZ" "Olympus:CameraType2:SX758" "X350,D575Z,C360Z"
+    "Olympus:CameraType2:SX759" "X400,D580Z,C460Z" "Olympus:CameraType2:SX75A" "AZ-2ZOOM"
+    "Olympus:CameraType2:SX75B" "D595Z,C500Z" "Olympus:CameraType2:SX75C" "X550,D545Z,C480Z"
+    "Olympus:CameraType2:SX75D" "IR-300" "Olympus:CameraType2:SX75F" "C55Z,C5500Z"
+    "Olympus:CameraType2:SX75G" "C170,D425" "Olympus:CameraType2:SX75J" "C180,D435"
+    "Olympus:CameraType2:SX771" "C760UZ" "Olympus:CameraType2:SX772" "C770UZ"
+    "Olympus:CameraType2:SX773" "C745UZ" "Olympus:CameraType2:SX774" "X250,D560Z,C350Z"
+    "Olympus:CameraType2:SX775" "X100,D540Z,C310Z" "Olympus:CameraType2:SX776" "C460ZdelSol"
+    "Olympus:CameraType2:SX777" "C765UZ" "Olympus:CameraType2:SX77A" "D555Z,C315Z"
+    "Olympus:CameraType2:SX851" "C7070WZ" "Olympus:CameraType2:SX852" "C70Z,C7000Z"
+    "Olympus:CameraType2:SX853" "SP500UZ" "Olympus:CameraType2:SX854" "SP310"
+    "Olympus:CameraType2:SX855" "SP350" "Olympus:CameraType2:SX873" "SP320"
+    "Olympus:CameraType2:SX875" "Olympus:CameraType2:SX876" "Olympus:CameraType:D4028"
+    "Olympus:CameraType:D4029" "Olympus:CameraType:D4034" "Olympus:CameraType:D4040"
+    "Olympus:CameraType:D4041" "Olympus:CameraType:D4083" "Olympus:CameraType:D4106"
+    "Olympus:CameraType:D4120" "Olympus:CameraType:D4122" "Olympus:CameraType:D4125"
+    "Olympus:CameraType:D4141" "Olympus:CameraType:D4193" "Olympus:CameraType:D4194"
+    "Olympus:CameraType:D4199" "Olympus:CameraType:D4205" "Olympus:CameraType:D4210"
+    "Olympus:CameraType:D4211" "Olympus:CameraType:D4213" "Olympus:CameraType:D4216"
+    "Olympus:CameraType:D4217" "Olympus:CameraType:D4220" "Olympus:CameraType:D4221"
+    "Olympus:CameraType:D4231" "Olympus:CameraType:D4240" "Olympus:CameraType:D4244"
+    "Olympus:CameraType:D4256" "Olympus:CameraType:D4261" "Olympus:CameraType:D4262"
+    "Olympus:CameraType:D4301" "Olympus:CameraType:D4302" "Olympus:CameraType:D4303"
+    "Olympus:CameraType:D4304" "Olympus:CameraType:D4305" "Olympus:CameraType:D4310"
+    "Olympus:CameraType:D4311" "Olympus:CameraType:D4312" "Olympus:CameraType:D4313"
+    "Olympus:CameraType:D4314" "Olympus:CameraType:D4315" "Olympus:CameraType:D4316"
+    "Olympus:CameraType:D4317" "Olympus:CameraType:D4321" "Olympus:CameraType:D4322"
+    "Olympus:CameraType:D4324" "Olympus:CameraType:D4326" "Olympus:CameraType:D4327"
+    "Olympus:CameraType:D4328" "Olympus:CameraType:D4330" "Olympus:CameraType:D4331"
+    "Olympus:CameraType:D4332" "Olympus:CameraType:D4333" "Olympus:CameraType:D4334"
+    "Olympus:CameraType:D4336" "Olympus:CameraType:D4337" "Olympus:CameraType:D4338"
+    "Olympus:CameraType:D4339" "Olympus:CameraType:D4341" "Olympus:CameraType:D4343"
+    "Olympus:CameraType:D4344" "Olympus:CameraType:D4346" "Olympus:CameraType:D4348"
+    "Olympus:CameraType:D4349" "Olympus:CameraType:D4350" "Olympus:CameraType:D4351"
+    "Olympus:CameraType:D4352" "Olympus:CameraType:D4353" "Olympus:CameraType:D4354"
+    "Olympus:CameraType:D4355" "Olympus:CameraType:D4356" "Olympus:CameraType:D4357"
+    "Olympus:CameraType:D4359" "Olympus:CameraType:D4360" "Olympus:CameraType:D4361"
+    "Olympus:CameraType:D4362" "Olympus:CameraType:D4363" "Olympus:CameraType:D4364"
+    "Olympus:CameraType:D4366" "Olympus:CameraType:D4368" "Olympus:CameraType:D4370"
+    "Olympus:CameraType:D4371" "Olympus:CameraType:D4372" "Olympus:CameraType:D4374"
+    "Olympus:CameraType:D4377" "Olympus:CameraType:D4378" "Olympus:CameraType:D4379"
+    "Olympus:CameraType:D4380" "Olympus:CameraType:D4381" "Olympus:CameraType:D4382"
+    "Olympus:CameraType:D4384" "Olympus:CameraType:D4385" "Olympus:CameraType:D4386"
+    "Olympus:CameraType:D4387" "Olympus:CameraType:D4388" "Olympus:CameraType:D4390"
+    "Olympus:CameraType:D4391" "Olympus:CameraType:D4392" "Olympus:CameraType:D4396"
+    "Olympus:CameraType:D4397" "Olympus:CameraType:D4398" "Olympus:CameraType:D4401"
+    "Olympus:CameraType:D4402" "Olympus:CameraType:D4406" "Olympus:CameraType:D4407"
+    "Olympus:CameraType:D4408" "Olympus:CameraType:D4409" "Olympus:CameraType:D4410"
+    "Olympus:CameraType:D4411" "Olympus:CameraType:D4412" "Olympus:CameraType:D4413"
+    "Olympus:CameraType:D4414" "Olympus:CameraType:D4415" "Olympus:CameraType:D4417"
+    "Olympus:CameraType:D4418" "Olympus:CameraType:D4419" "Olympus:CameraType:D4423"
+    "Olympus:CameraType:D4424" "Olympus:CameraType:D4426" "Olympus:CameraType:D4428"
+    "Olympus:CameraType:D4430" "Olympus:CameraType:D4432" "Olympus:CameraType:D4434"
+    "Olympus:CameraType:D4439" "Olympus:CameraType:D4442" "Olympus:CameraType:D4448"
+    "Olympus:CameraType:D4450" "Olympus:CameraType:D4454" "Olympus:CameraType:D4464"
+    "Olympus:CameraType:D4470" "Olympus:CameraType:D4472" "Olympus:CameraType:D4474"
+    "Olympus:CameraType:D4476" "Olympus:CameraType:D4478" "Olympus:CameraType:D4479"
+    "Olympus:CameraType:D4480" "Olympus:CameraType:D4482" "Olympus:CameraType:D4484"
+    "Olympus:CameraType:D4486" "Olympus:CameraType:D4488" "Olympus:CameraType:D4490"
+    "Olympus:CameraType:D4492" "Olympus:CameraType:D4494" "Olympus:CameraType:D4496"
+    "Olympus:CameraType:D4498" "Olympus:CameraType:D4500" "Olympus:CameraType:D4504"
+    "Olympus:CameraType:D4508" "Olympus:CameraType:D4510" "Olympus:CameraType:D4512"
+    "Olympus:CameraType:D4516" "Olympus:CameraType:D4519" "Olympus:CameraType:D4520"
+    "Olympus:CameraType:D4521" "Olympus:CameraType:D4523" "Olympus:CameraType:D4529"
+    "Olympus:CameraType:D4530" "Olympus:CameraType:D4531" "Olympus:CameraType:D4535"
+    "Olympus:CameraType:D4536" "Olympus:CameraType:D4537" "Olympus:CameraType:D4538"
+    "Olympus:CameraType:D4541" "Olympus:CameraType:D4545" "Olympus:CameraType:D4546"
+    "Olympus:CameraType:D4547" "Olympus:CameraType:D4548" "Olympus:CameraType:D4549"
+    "Olympus:CameraType:D4550" "Olympus:CameraType:D4553" "Olympus:CameraType:D4562"
+    "Olympus:CameraType:D4566" "Olympus:CameraType:D4572" "Olympus:CameraType:D4574"
+    "Olympus:CameraType:D4575" "Olympus:CameraType:D4579" "Olympus:CameraType:D4580"
+    "Olympus:CameraType:D4581" "Olympus:CameraType:D4582" "Olympus:CameraType:D4585"
+    "Olympus:CameraType:D4586" "Olympus:CameraType:D4587" "Olympus:CameraType:D4590"
+    "Olympus:CameraType:D4591" "Olympus:CameraType:D4593" "Olympus:CameraType:D4603"
+    "Olympus:CameraType:D4605" "Olympus:CameraType:D4809" "Olympus:CameraType:D4842"
+    "Olympus:CameraType:D4856" "Olympus:CameraType:D4857" "Olympus:CameraType:DCHC"
+    "Olympus:CameraType:DCHT" "Olympus:CameraType:K0055" "Olympus:CameraType:S0003"
+    "Olympus:CameraType:S0004" "Olympus:CameraType:S0009" "Olympus:CameraType:S0010"
+    "Olympus:CameraType:S0011" "Olympus:CameraType:S0013" "Olympus:CameraType:S0016"
+    "Olympus:CameraType:S0017" "Olympus:CameraType:S0018" "Olympus:CameraType:S0019"
+    "Olympus:CameraType:S0023" "Olympus:CameraType:S0026" "Olympus:CameraType:S0027"
+    "Olympus:CameraType:S0029" "Olympus:CameraType:S0030" "Olympus:CameraType:S0032"
+    "Olympus:CameraType:S0033" "Olympus:CameraType:S0034" "Olympus:CameraType:S0036"
+    "Olympus:CameraType:S0038" "Olympus:CameraType:S0039" "Olympus:CameraType:S0040"
+    "Olympus:CameraType:S0042" "Olympus:CameraType:S0043" "Olympus:CameraType:S0044"
+    "Olympus:CameraType:S0045" "Olympus:CameraType:S0046" "Olympus:CameraType:S0047"
+    "Olympus:CameraType:S0051" "Olympus:CameraType:S0052" "Olympus:CameraType:S0059"
+    "Olympus:CameraType:S0061" "Olympus:CameraType:S0065" "Olympus:CameraType:S0067"
+    "Olympus:CameraType:S0068" "Olympus:CameraType:S0076" "Olympus:CameraType:S0080"
+    "Olympus:CameraType:S0085" "Olympus:CameraType:S0088" "Olympus:CameraType:S0089"
+    "Olympus:CameraType:S0092" "Olympus:CameraType:S0093" "Olympus:CameraType:S0095"
+    "Olympus:CameraType:S0101" "Olympus:CameraType:SR45" "Olympus:CameraType:SR55"
+    "Olympus:CameraType:SR83" "Olympus:CameraType:SR85" "Olympus:CameraType:SR852"
+    "Olympus:CameraType:SR872" "Olympus:CameraType:SR874" "Olympus:CameraType:SR951"
+    "Olympus:CameraType:SR952" "Olympus:CameraType:SR953" "Olympus:CameraType:SR954"
+    "Olympus:CameraType:SR955" "Olympus:CameraType:SR956" "Olympus:CameraType:SR959"
+    "Olympus:CameraType:SR95A" "Olympus:CameraType:SR971" "Olympus:CameraType:SR973"
+    "Olympus:CameraType:SX151" "Olympus:CameraType:SX351" "Olympus:CameraType:SX354"
+    "Olympus:CameraType:SX355" "Olympus:CameraType:SX357" "Olympus:CameraType:SX358"
+    "Olympus:CameraType:SX374" "Olympus:CameraType:SX552" "Olympus:CameraType:SX553"
+    "Olympus:CameraType:SX556" "Olympus:CameraType:SX558" "Olympus:CameraType:SX571"
+    "Olympus:CameraType:SX574" "Olympus:CameraType:SX575" "Olympus:CameraType:SX751"
+    "Olympus:CameraType:SX752" "Olympus:CameraType:SX753" "Olympus:CameraType:SX754"
+    "Olympus:CameraType:SX755" "Olympus:CameraType:SX756" "Olympus:CameraType:SX757"
+    "Olympus:CameraType:SX758" "Olympus:CameraType:SX759" "Olympus:CameraType:SX75A"
+    "Olympus:CameraType:SX75B" "Olympus:CameraType:SX75C" "Olympus:CameraType:SX75D"
+    "Olympus:CameraType:SX75F" "Olympus:CameraType:SX75G" "Olympus:CameraType:SX75J"
+    "Olympus:CameraType:SX771" "Olympus:CameraType:SX772" "Olympus:CameraType:SX773"
+    "Olympus:CameraType:SX774" "Olympus:CameraType:SX775" "Olympus:CameraType:SX776"
+    "Olympus:CameraType:SX777" "Olympus:CameraType:SX77A" "Olympus:CameraType:SX851"
+    "Olympus:CameraType:SX852" "Olympus:CameraType:SX853" "Olympus:CameraType:SX854"
+    "Olympus:CameraType:SX855" "Olympus:CameraType:SX873" "Olympus:CameraType:SX875"
+    "Olympus:CameraType:SX876" "Olympus:ColorControl" "Color Control" "Olympus:ColorCreatorEffect"
+    "Color Creator Effect" "Olympus:ColorMatrix" "Color Matrix" "Olympus:ColorMatrix2"
+    "Color Matrix 2" "Olympus:ColorMatrixNumber" "Color Matrix Number"
+    "Olympus:ColorProfileSettings" "Color Profile Settings" "Olympus:ColorSpace" "Color Space"
+    "Olympus:ColorSpace:0" "sRGB" "Olympus:ColorSpace:1" "Adobe RGB" "Olympus:ColorSpace:2"
+    "Pro Photo RGB" "Olympus:ColorTemperatureBG" "Color Temperature BG" "Olympus:ColorTemperatureRG"
+    "Color Temperature RG" "Olympus:Comment" "Olympus:CompressedImageSize" "Compressed Image Size"
+    "Olympus:CompressionFactor" "Compression Factor" "Olympus:CompressionRatio" "Compression Ratio"
+    "Olympus:Contrast" "Olympus:Contrast:0" "High" "Olympus:Contrast:1" "Normal"
+    "Olympus:Contrast:2" "Low" "Olympus:ContrastSetting" "Contrast Setting" "Olympus:ConversionLens"
+    "Conversion Lens" "Olympus:CoringFilter" "Coring Filter" "Olympus:CoringValues" "Coring Values"
+    "Olympus:CropHeight" "Crop Height" "Olympus:CropLeft" "Crop Left" "Olympus:CropTop" "Crop Top"
+    "Olympus:CropWidth" "Crop Width" "Olympus:CustomSaturation" "Custom Saturation"
+    "Olympus:DataDump" "Data Dump" "Olympus:DataDump2" "Data Dump 2" "Olympus:DateTime1"
+    "Date Time 1" "Olympus:DateTime2" "Date Time 2" "Olympus:DateTimeEnd" "Date Time End"
+    "Olympus:DateTimeOriginal" "Date/Time Original" "Olympus:DateTimeUTC" "Date Time UTC"
+    "Olympus:DecoderVersion" "Decoder Version" "Olympus:DigitalZoom" "Digital Zoom"
+    "Olympus:DistortionCorrection" "Distortion Correction" "Olympus:DistortionCorrection2"
+    "Distortion Correction 2" "Olympus:DistortionCorrection2:0" "Olympus:DistortionCorrection2:1"
+    "Olympus:DistortionCorrection:0" "Olympus:DistortionCorrection:1" "Olympus:DriveMode"
+    "Drive Mode" "Olympus:Duration" "Olympus:EncoderVersion" "Encoder Version" "Olympus:EndTime"
+    "End Time" "Olympus:Enhancer" "Olympus:EnhancerValues" "Enhancer Values"
+    "Olympus:EpsonImageHeight" "Epson Image Height" "Olympus:EpsonImageWidth" "Epson Image Width"
+    "Olympus:EpsonSoftware" "Epson Software" "Olympus:EquipmentVersion" "Equipment Version"
+    "Olympus:ExposureCompensation" "Exposure Compensation" "Olympus:ExposureMode" "Exposure Mode"
+    "Olympus:ExposureMode:1" "Manual" "Olympus:ExposureMode:2" "Program" "Olympus:ExposureMode:3"
+    "Aperture-priority AE" "Olympus:ExposureMode:4" "Shutter speed priority AE"
+    "Olympus:ExposureMode:5" "Program-shift" "Olympus:ExposureShift" "Exposure Shift"
+    "Olympus:ExposureTime" "Exposure Time" "Olympus:ExposureUnknown" "Exposure Unknown"
+    "Olympus:ExtendedWBDetect" "Extended WB Detect" "Olympus:ExtendedWBDetect:0"
+    "Olympus:ExtendedWBDetect:1" "Olympus:Extender" "Olympus:Extender:0 00" "Olympus:Extender:0 04"
+    "Olympus Zuiko Digital EC-14 1.4x Teleconverter" "Olympus:Extender:0 08"
+    "Olympus EX-25 Extension Tube" "Olympus:Extender:0 10"
+    "Olympus Zuiko Digital EC-20 2.0x Teleconverter" "Olympus:ExtenderFirmwareVersion"
+    "Extender Firmware Version" "Olympus:ExtenderModel" "Extender Model"
+    "Olympus:ExtenderSerialNumber" "Extender Serial Number" "Olympus:ExternalFlash" "External Flash"
+    "Olympus:ExternalFlash:0 0" "Olympus:ExternalFlash:1 0" "Olympus:ExternalFlashAE1"
+    "External Flash AE1" "Olympus:ExternalFlashAE1_0" "External Flash AE1 0"
+    "Olympus:ExternalFlashAE2" "External Flash AE2" "Olympus:ExternalFlashAE2_0"
+    "External Flash AE2 0" "Olympus:ExternalFlashBounce" "External Flash Bounce"
+    "Olympus:ExternalFlashBounce:0" "Bounce or Off |\302\240No" "Olympus:ExternalFlashBounce:1"
+    "Direct |\302\240Yes" "Olympus:ExternalFlashGValue" "External Flash G Value"
+    "Olympus:ExternalFlashGuideNumber" "External Flash Guide Number" "Olympus:ExternalFlashMode"
+    "External Flash Mode" "Olympus:ExternalFlashZoom" "External Flash Zoom" "Olympus:FNumber"
+    "F Number" "Olympus:FaceDetectArea" "Face Detect Area" "Olympus:FaceDetectFrameCrop"
+    "Face Detect Frame Crop" "Olympus:FaceDetectFrameSize" "Face Detect Frame Size"
+    "Olympus:FacesDetected" "Faces Detected" "Olympus:FieldCount" "Field Count" "Olympus:FileNumber"
+    "File Number" "Olympus:FilmGrainEffect" "Film Grain Effect" "Olympus:FilmGrainEffect:0"
+    "Olympus:FilmGrainEffect:1" "Olympus:FilmGrainEffect:2" "Medium" "Olympus:FilmGrainEffect:3"
+    "Olympus:Firmware" "Olympus:FlashChargeLevel" "Flash Charge Level" "Olympus:FlashControlMode"
+    "Flash Control Mode" "Olympus:FlashControlMode:0" "Olympus:FlashControlMode:3" "TTL"
+    "Olympus:FlashControlMode:4" "Auto" "Olympus:FlashControlMode:5" "Olympus:FlashDevice"
+    "Flash Device" "Olympus:FlashDevice:0" "Olympus:FlashDevice:1" "Internal"
+    "Olympus:FlashDevice:4" "External" "Olympus:FlashDevice:5" "Internal + External"
+    "Olympus:FlashExposureComp" "Flash Exposure Comp" "Olympus:FlashFirmwareVersion"
+    "Flash Firmware Version" "Olympus:FlashIntensity" "Flash Intensity"
+    "Olympus:FlashIntensity:undef undef undef" "Olympus:FlashIntensity:undef undef undef undef"
+    "n/a (x4)" "Olympus:FlashMode" "Flash Mode" "Olympus:FlashMode:0" "Olympus:FlashMode:1"
+    "Olympus:FlashMode:16" "Forced On" "Olympus:FlashMode:2" "Fill-in |\302\240On"
+    "Olympus:FlashMode:3" "Olympus:FlashMode:32" "2nd Curtain" "Olympus:FlashMode:4" "Red-eye"
+    "Olympus:FlashMode:8" "Slow-sync" "Olympus:FlashModel" "Flash Model" "Olympus:FlashModel:0"
+    "Olympus:FlashModel:1" "FL-20" "Olympus:FlashModel:11" "FL-600R" "Olympus:FlashModel:13"
+    "FL-LM3" "Olympus:FlashModel:15" "FL-900R" "Olympus:FlashModel:2" "FL-50" "Olympus:FlashModel:3"
+    "RF-11" "Olympus:FlashModel:4" "TF-22" "Olympus:FlashModel:5" "FL-36" "Olympus:FlashModel:6"
+    "FL-50R" "Olympus:FlashModel:7" "FL-36R" "Olympus:FlashModel:9" "FL-14"
+    "Olympus:FlashRemoteControl" "Flash Remote Control" "Olympus:FlashRemoteControl:0"
+    "Olympus:FlashRemoteControl:1" "Channel 1, Low" "Olympus:FlashRemoteControl:10" "Channel 2, Mid"
+    "Olympus:FlashRemoteControl:11" "Channel 3, Mid" "Olympus:FlashRemoteControl:12"
+    "Channel 4, Mid" "Olympus:FlashRemoteControl:17" "Channel 1, High"
+    "Olympus:FlashRemoteControl:18" "Channel 2, High" "Olympus:FlashRemoteControl:19"
+    "Channel 3, High" "Olympus:FlashRemoteControl:2" "Channel 2, Low"
+    "Olympus:FlashRemoteControl:20" "Channel 4, High" "Olympus:FlashRemoteControl:3"
+    "Channel 3, Low" "Olympus:FlashRemoteControl:4" "Channel 4, Low" "Olympus:FlashRemoteControl:9"
+    "Channel 1, Mid" "Olympus:FlashSerialNumber" "Flash Serial Number" "Olympus:FlashType"
+    "Flash Type" "Olympus:FlashType:0" "Olympus:FlashType:2" "Simple E-System" "Olympus:FlashType:3"
+    "E-System" "Olympus:FlashType:4" "E-System (body powered)" "Olympus:FocalLength" "Focal Length"
+    "Olympus:FocalPlaneDiagonal" "Focal Plane Diagonal" "Olympus:FocusBracketStepSize"
+    "Focus Bracket Step Size" "Olympus:FocusDistance" "Focus Distance" "Olympus:FocusInfoVersion"
+    "Focus Info Version" "Olympus:FocusMode" "Focus Mode" "Olympus:FocusMode:0"
+    "(none) |\302\240Auto" "Olympus:FocusMode:1" "Manual |\302\240S-AF" "Olympus:FocusMode:10"
+    "Olympus:FocusMode:128" "Live View Magnification Frame" "Olympus:FocusMode:16"
+    "Olympus:FocusMode:2" "Continuous AF" "Olympus:FocusMode:256" "AF sensor" "Olympus:FocusMode:3"
+    "Multi AF" "Olympus:FocusMode:32" "Face Detect" "Olympus:FocusMode:4" "Olympus:FocusMode:512"
+    "Starry Sky AF" "Olympus:FocusMode:64" "Imager AF" "Olympus:FocusProcess" "Focus Process"
+    "Olympus:FocusProcess:0" "AF Not Used" "Olympus:FocusProcess:1" "AF Used" "Olympus:FocusRange"
+    "Focus Range" "Olympus:FocusRange:0" "Olympus:FocusRange:1" "Olympus:FocusStepCount"
+    "Focus Step Count" "Olympus:FocusStepInfinity" "Focus Step Infinity" "Olympus:FocusStepNear"
+    "Focus Step Near" "Olympus:GainBase" "Gain Base" "Olympus:Gradation" "Olympus:Gradation:-1 -1 1"
+    "Low Key" "Olympus:Gradation:0" "User-Selected" "Olympus:Gradation:0 -1 1"
+    "Olympus:Gradation:0 0 0" "Olympus:Gradation:1" "Auto-Override" "Olympus:Gradation:1 -1 1"
+    "High Key" "Olympus:HueSetting" "Hue Setting" "Olympus:ISO" "Olympus:ISOValue" "ISO Value"
+    "Olympus:ImageProcessingVersion" "Image Processing Version" "Olympus:ImageQuality2"
+    "Image Quality 2" "Olympus:ImageQuality2:1" "SQ" "Olympus:ImageQuality2:2" "HQ"
+    "Olympus:ImageQuality2:3" "SHQ" "Olympus:ImageQuality2:4" "RAW" "Olympus:ImageQuality2:5"
+    "SQ (5)" "Olympus:ImageStabilization" "Image Stabilization" "Olympus:ImageStabilization:0"
+    "Olympus:ImageStabilization:1" "On, Mode 1" "Olympus:ImageStabilization:2" "On, Mode 2"
+    "Olympus:ImageStabilization:3" "On, Mode 3" "Olympus:ImageStabilization:4" "On, Mode 4"
+    "Olympus:Index01" "Index 01" "Olympus:Index02" "Index 02" "Olympus:Index03" "Index 03"
+    "Olympus:Index04" "Index 04" "Olympus:Index05" "Index 05" "Olympus:Index06" "Index 06"
+    "Olympus:Index07" "Index 07" "Olympus:Index08" "Index 08" "Olympus:Index09" "Index 09"
+    "Olympus:Index10" "Index 10" "Olympus:Index11" "Index 11" "Olympus:Index12" "Index 12"
+    "Olympus:Index13" "Index 13" "Olympus:Index14" "Index 14" "Olympus:Index15" "Index 15"
+    "Olympus:Index16" "Index 16" "Olympus:InternalFlash" "Internal Flash" "Olympus:InternalFlash:0"
+    "Olympus:InternalFlash:0 0" "Olympus:InternalFlash:1" "Olympus:InternalFlash:1 0"
+    "Olympus:InternalFlashAE1" "Internal Flash AE1" "Olympus:InternalFlashAE1_0"
+    "Internal Flash AE1 0" "Olympus:InternalFlashAE2" "Internal Flash AE2"
+    "Olympus:InternalFlashAE2_0" "Internal Flash AE2 0" "Olympus:InternalFlashTable"
+    "Internal Flash Table" "Olympus:InternalSerialNumber" "Internal Serial Number"
+    "Olympus:KeystoneCompensation" "Keystone Compensation" "Olympus:KeystoneCompensation:0 0"
+    "Olympus:KeystoneCompensation:0 1" "Olympus:KeystoneDirection" "Keystone Direction"
+    "Olympus:KeystoneDirection:0" "Vertical" "Olympus:KeystoneDirection:1" "Horizontal"
+    "Olympus:KeystoneValue" "Keystone Value" "Olympus:LensDistortionParams" "Lens Distortion Params"
+    "Olympus:LensFirmwareVersion" "Lens Firmware Version" "Olympus:LensModel" "Lens Model"
+    "Olympus:LensProperties" "Lens Properties" "Olympus:LensSerialNumber" "Lens Serial Number"
+    "Olympus:LensTemperature" "Lens Temperature" "Olympus:LensType" "Lens Type"
+    "Olympus:LensType:0 00 00" "Olympus:LensType:0 01 00" "Olympus Zuiko Digital ED 50mm F2.0 Macro"
+    "Olympus:LensType:0 01 01" "Olympus Zuiko Digital 40-150mm F3.5-4.5" "Olympus:LensType:0 01 10"
+    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6" "Olympus:LensType:0 02 00"
+    "Olympus Zuiko Digital ED 150mm F2.0" "Olympus:LensType:0 02 10"
+    "Olympus M.Zuiko Digital 17mm F2.8 Pancake" "Olympus:LensType:0 03 00"
+    "Olympus Zuiko Digital ED 300mm F2.8" "Olympus:LensType:0 03 10"
+    "Olympus M.Zuiko Digital ED 14-150mm F4.0-5.6 [II]" "Olympus:LensType:0 04 10"
+    "Olympus M.Zuiko Digital ED 9-18mm F4.0-5.6" "Olympus:LensType:0 05 00"
+    "Olympus Zuiko Digital 14-54mm F2.8-3.5" "Olympus:LensType:0 05 01"
+    "Olympus Zuiko Digital Pro ED 90-250mm F2.8" "Olympus:LensType:0 05 10"
+    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6 L" "Olympus:LensType:0 06 00"
+    "Olympus Zuiko Digital ED 50-200mm F2.8-3.5" "Olympus:LensType:0 06 01"
+    "Olympus Zuiko Digital ED 8mm F3.5 Fisheye" "Olympus:LensType:0 06 10"
+    "Olympus M.Zuiko Digital ED 40-150mm F4.0-5.6" "Olympus:LensType:0 07 00"
+    "Olympus Zuiko Digital 11-22mm F2.8-3.5" "Olympus:LensType:0 07 01"
+    "Olympus Zuiko Digital 18-180mm F3.5-6.3" "Olympus:LensType:0 07 10"
+    "Olympus M.Zuiko Digital ED 12mm F2.0" "Olympus:LensType:0 08 01"
+    "Olympus Zuiko Digital 70-300mm F4.0-5.6" "Olympus:LensType:0 08 10"
+    "Olympus M.Zuiko Digital ED 75-300mm F4.8-6.7" "Olympus:LensType:0 09 10"
+    "Olympus M.Zuiko Digital 14-42mm F3.5-5.6 II" "Olympus:LensType:0 10 01"
+    "Kenko Tokina Reflex 300mm F6.3 MF Macro" "Olympus:LensType:0 10 10"
+    "Olympus M.Zuiko Digital ED 12-50mm F3.5-6.3 EZ" "Olympus:LensType:0 11 10"
+    "Olympus M.Zuiko Digital 45mm F1.8" "Olympus:LensType:0 12 10"
+    "Olympus M.Zuiko Digital ED 60mm F2.8 Macro" "Olympus:LensType:0 13 10"
+    "Olympus M.Zuiko Digital 14-42mm F3.5-5.6 II R" "Olympus:LensType:0 14 10"
+    "Olympus M.Zuiko Digital ED 40-150mm F4.0-5.6 R" "Olympus:LensType:0 15 00"
+    "Olympus Zuiko Digital ED 7-14mm F4.0" "Olympus:LensType:0 15 10"
+    "Olympus M.Zuiko Digital ED 75mm F1.8" "Olympus:LensType:0 16 10"
+    "Olympus M.Zuiko Digital 17mm F1.8" "Olympus:LensType:0 17 00"
+    "Olympus Zuiko Digital Pro ED 35-100mm F2.0" "Olympus:LensType:0 18 00"
+    "Olympus Zuiko Digital 14-45mm F3.5-5.6" "Olympus:LensType:0 18 10"
+    "Olympus M.Zuiko Digital ED 75-300mm F4.8-6.7 II" "Olympus:LensType:0 19 10"
+    "Olympus M.Zuiko Digital ED 12-40mm F2.8 Pro" "Olympus:LensType:0 20 00"
+    "Olympus Zuiko Digital 35mm F3.5 Macro" "Olympus:LensType:0 20 10"
+    "Olympus M.Zuiko Digital ED 40-150mm F2.8 Pro" "Olympus:LensType:0 21 10"
+    "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6 EZ" "Olympus:LensType:0 22 00"
+    "Olympus Zuiko Digital 17.5-45mm F3.5-5.6" "Olympus:LensType:0 22 10"
+    "Olympus M.Zuiko Digital 25mm F1.8" "Olympus:LensType:0 23 00"
+    "Olympus Zuiko Digital ED 14-42mm F3.5-5.6" "Olympus:LensType:0 23 10"
+    "Olympus M.Zuiko Digital ED 7-14mm F2.8 Pro" "Olympus:LensType:0 24 00"
+    "Olympus Zuiko Digital ED 40-150mm F4.0-5.6" "Olympus:LensType:0 24 10"
+    "Olympus M.Zuiko Digital ED 300mm F4.0 IS Pro" "Olympus:LensType:0 25 10"
+    "Olympus M.Zuiko Digital ED 8mm F1.8 Fisheye Pro" "Olympus:LensType:0 26 10"
+    "Olympus M.Zuiko Digital ED 12-100mm F4.0 IS Pro" "Olympus:LensType:0 27 10"
+    "Olympus M.Zuiko Digital ED 30mm F3.5 Macro" "Olympus:LensType:0 28 10"
+    "Olympus M.Zuiko Digital ED 25mm F1.2 Pro" "Olympus:LensType:0 29 10"
+    "Olympus M.Zuiko Digital ED 17mm F1.2 Pro" "Olympus:LensType:0 30 00"
+    "Olympus Zuiko Digital ED 50-200mm F2.8-3.5 SWD" "Olympus:LensType:0 30 10"
+    "Olympus M.Zuiko Digital ED 45mm F1.2 Pro" "Olympus:LensType:0 31 00"
+    "Olympus Zuiko Digital ED 12-60mm F2.8-4.0 SWD" "Olympus:LensType:0 32 00"
+    "Olympus Zuiko Digital ED 14-35mm F2.0 SWD" "Olympus:LensType:0 32 10"
+    "Olympus M.Zuiko Digital ED 12-200mm F3.5-6.3" "Olympus:LensType:0 33 00"
+    "Olympus Zuiko Digital 25mm F2.8" "Olympus:LensType:0 33 10"
+    "Olympus M.Zuiko Digital 150-400mm F4.5 TC1.25x IS Pro" "Olympus:LensType:0 34 00"
+    "Olympus Zuiko Digital ED 9-18mm F4.0-5.6" "Olympus:LensType:0 34 10"
+    "Olympus M.Zuiko Digital ED 12-45mm F4.0 Pro" "Olympus:LensType:0 35 00"
+    "Olympus Zuiko Digital 14-54mm F2.8-3.5 II" "Olympus:LensType:0 35 10"
+    "Olympus M.Zuiko 100-400mm F5.0-6.3" "Olympus:LensType:0 36 10"
+    "Olympus M.Zuiko Digital ED 8-25mm F4 Pro" "Olympus:LensType:0 37 10"
+    "Olympus M.Zuiko Digital ED 40-150mm F4.0 Pro" "Olympus:LensType:0 39 10"
+    "Olympus M.Zuiko Digital ED 90mm F3.5 Macro IS Pro" "Olympus:LensType:1 01 00"
+    "Sigma 18-50mm F3.5-5.6 DC" "Olympus:LensType:1 01 10" "Sigma 30mm F2.8 EX DN"
+    "Olympus:LensType:1 02 00" "Sigma 55-200mm F4.0-5.6 DC" "Olympus:LensType:1 02 10"
+    "Sigma 19mm F2.8 EX DN" "Olympus:LensType:1 03 00" "Sigma 18-125mm F3.5-5.6 DC"
+    "Olympus:LensType:1 03 10" "Sigma 30mm F2.8 DN | A" "Olympus:LensType:1 04 00"
+    "Olympus:LensType:1 04 10" "Sigma 19mm F2.8 DN | A" "Olympus:LensType:1 05 00"
+    "Sigma 30mm F1.4 EX DC HSM" "Olympus:LensType:1 05 10" "Sigma 60mm F2.8 DN | A"
+    "Olympus:LensType:1 06 00" "Sigma APO 50-500mm F4.0-6.3 EX DG HSM" "Olympus:LensType:1 06 10"
+    "Sigma 30mm F1.4 DC DN | C" "Olympus:LensType:1 07 00" "Sigma Macro 105mm F2.8 EX DG"
+    "Olympus:LensType:1 07 10" "Sigma 16mm F1.4 DC DN | C (017)" "Olympus:LensType:1 08 00"
+    "Sigma APO Macro 150mm F2.8 EX DG HSM" "Olympus:LensType:1 09 00"
+    "Sigma 18-50mm F2.8 EX DC Macro" "Olympus:LensType:1 10 00"
+    "Sigma 24mm F1.8 EX DG Aspherical Macro" "Olympus:LensType:1 11 00"
+    "Sigma APO 135-400mm F4.5-5.6 DG" "Olympus:LensType:1 12 00"
+    "Sigma APO 300-800mm F5.6 EX DG HSM" "Olympus:LensType:1 13 00" "Olympus:LensType:1 14 00"
+    "Olympus:LensType:1 15 00" "Sigma 10-20mm F4.0-5.6 EX DC HSM" "Olympus:LensType:1 16 00"
+    "Sigma APO 70-200mm F2.8 II EX DG Macro HSM" "Olympus:LensType:1 17 00"
+    "Sigma 50mm F1.4 EX DG HSM" "Olympus:LensType:2 01 00"
+    "Leica D Vario Elmarit 14-50mm F2.8-3.5 Asph." "Olympus:LensType:2 01 10"
+    "Lumix G Vario 14-45mm F3.5-5.6 Asph. Mega OIS" "Olympus:LensType:2 02 00"
+    "Leica D Summilux 25mm F1.4 Asph." "Olympus:LensType:2 02 10"
+    "Lumix G Vario 45-200mm F4.0-5.6 Mega OIS" "Olympus:LensType:2 03 00"
+    "Leica D Vario Elmar 14-50mm F3.8-5.6 Asph. Mega OIS" "Olympus:LensType:2 03 01"
+    "Leica D Vario Elmar 14-50mm F3.8-5.6 Asph." "Olympus:LensType:2 03 10"
+    "Lumix G Vario HD 14-140mm F4.0-5.8 Asph. Mega OIS" "Olympus:LensType:2 04 00"
+    "Leica D Vario Elmar 14-150mm F3.5-5.6" "Olympus:LensType:2 04 10"
+    "Lumix G Vario 7-14mm F4.0 Asph." "Olympus:LensType:2 05 10" "Lumix G 20mm F1.7 Asph."
+    "Olympus:LensType:2 06 10" "Leica DG Macro-Elmarit 45mm F2.8 Asph. Mega OIS"
+    "Olympus:LensType:2 07 10" "Lumix G Vario 14-42mm F3.5-5.6 Asph. Mega OIS"
+    "Olympus:LensType:2 08 10" "Lumix G Fisheye 8mm F3.5" "Olympus:LensType:2 09 10"
+    "Lumix G Vario 100-300mm F4.0-5.6 Mega OIS" "Olympus:LensType:2 10 10" "Lumix G 14mm F2.5 Asph."
+    "Olympus:LensType:2 11 10" "Lumix G 12.5mm F12 3D" "Olympus:LensType:2 12 10"
+    "Leica DG Summilux 25mm F1.4 Asph." "Olympus:LensType:2 13 10"
+    "Lumix G X Vario PZ 45-175mm F4.0-5.6 Asph. Power OIS" "Olympus:LensType:2 14 10"
+    "Lumix G X Vario PZ 14-42mm F3.5-5.6 Asph. Power OIS" "Olympus:LensType:2 15 10"
+    "Lumix G X Vario 12-35mm F2.8 Asph. Power OIS" "Olympus:LensType:2 16 10"
+    "Lumix G Vario 45-150mm F4.0-5.6 Asph. Mega OIS" "Olympus:LensType:2 17 10"
+    "Lumix G X Vario 35-100mm F2.8 Power OIS" "Olympus:LensType:2 18 10"
+    "Lumix G Vario 14-42mm F3.5-5.6 II Asph. Mega OIS" "Olympus:LensType:2 19 10"
+    "Lumix G Vario 14-140mm F3.5-5.6 Asph. Power OIS" "Olympus:LensType:2 20 10"
+    "Lumix G Vario 12-32mm F3.5-5.6 Asph. Mega OIS" "Olympus:LensType:2 21 10"
+    "Leica DG Nocticron 42.5mm F1.2 Asph. Power OIS" "Olympus:LensType:2 22 10"
+    "Leica DG Summilux 15mm F1.7 Asph." "Olympus:LensType:2 23 10"
+    "Lumix G Vario 35-100mm F4.0-5.6 Asph. Mega OIS" "Olympus:LensType:2 24 10"
+    "Lumix G Macro 30mm F2.8 Asph. Mega OIS" "Olympus:LensType:2 25 10"
+    "Lumix G 42.5mm F1.7 Asph. Power OIS" "Olympus:LensType:2 26 10" "Lumix G 25mm F1.7 Asph."
+    "Olympus:LensType:2 27 10" "Leica DG Vario-Elmar 100-400mm F4.0-6.3 Asph. Power OIS"
+    "Olympus:LensType:2 28 10" "Lumix G Vario 12-60mm F3.5-5.6 Asph. Power OIS"
+    "Olympus:LensType:2 29 10" "Leica DG Summilux 12mm F1.4 Asph." "Olympus:LensType:2 30 10"
+    "Leica DG Vario-Elmarit 12-60mm F2.8-4 Asph. Power OIS" "Olympus:LensType:2 31 10"
+    "Lumix G Vario 45-200mm F4.0-5.6 II" "Olympus:LensType:2 32 10"
+    "Lumix G Vario 100-300mm F4.0-5.6 II" "Olympus:LensType:2 33 10"
+    "Lumix G X Vario 12-35mm F2.8 II Asph. Power OIS" "Olympus:LensType:2 34 10"
+    "Lumix G Vario 35-100mm F2.8 II" "Olympus:LensType:2 35 10"
+    "Leica DG Vario-Elmarit 8-18mm F2.8-4 Asph." "Olympus:LensType:2 36 10"
+    "Leica DG Elmarit 200mm F2.8 Power OIS" "Olympus:LensType:2 37 10"
+    "Leica DG Vario-Elmarit 50-200mm F2.8-4 Asph. Power OIS" "Olympus:LensType:2 38 10"
+    "Leica DG Vario-Summilux 10-25mm F1.7 Asph." "Olympus:LensType:2 39 10"
+    "Leica DG Summilux 25mm F1.4 II Asph." "Olympus:LensType:2 40 10"
+    "Leica DG Vario-Summilux 25-50mm F1.7 Asph." "Olympus:LensType:2 41 10"
+    "Leica DG Summilux 9mm F1.7 Asph." "Olympus:LensType:24 01 10"
+    "Venus Optics Laowa 50mm F2.8 2x Macro" "Olympus:LensType:3 01 00" "Olympus:LensType:3 02 00"
+    "Olympus:LensType:5 01 10" "Tamron 14-150mm F3.5-5.8 Di III" "Olympus:LightCondition"
+    "Light Condition" "Olympus:LightSource" "Light Source" "Olympus:LightSource:0" "Unknown"
+    "Olympus:LightSource:16" "Shade" "Olympus:LightSource:17" "Cloudy" "Olympus:LightSource:18"
+    "Fine Weather" "Olympus:LightSource:20" "Tungsten (Incandescent)" "Olympus:LightSource:22"
+    "Evening Sunlight" "Olympus:LightSource:256" "One Touch White Balance" "Olympus:LightSource:33"
+    "Daylight Fluorescent" "Olympus:LightSource:34" "Day White Fluorescent" "Olympus:LightSource:35"
+    "Cool White Fluorescent" "Olympus:LightSource:36" "White Fluorescent" "Olympus:LightSource:512"
+    "Custom 1-4" "Olympus:LightValueCenter" "Light Value Center" "Olympus:LightValuePeriphery"
+    "Light Value Periphery" "Olympus:Macro" "Olympus:Macro:0" "Olympus:Macro:1" "Olympus:Macro:2"
+    "Super Macro" "Olympus:MacroLED" "Macro LED" "Olympus:MacroLED:0" "Olympus:MacroLED:1"
+    "Olympus:MacroMode" "Macro Mode" "Olympus:MacroMode:0" "Olympus:MacroMode:1"
+    "Olympus:MacroMode:2" "Olympus:MagicFilter" "Magic Filter" "Olympus:MagicFilter:0"
+    "Olympus:MagicFilter:1" "Olympus:MagicFilter:10" "Olympus:MagicFilter:12"
+    "Olympus:MagicFilter:13" "Olympus:MagicFilter:14" "Olympus:MagicFilter:15"
+    "Olympus:MagicFilter:16" "Olympus:MagicFilter:17" "Olympus:MagicFilter:18"
+    "Olympus:MagicFilter:19" "Olympus:MagicFilter:2" "Olympus:MagicFilter:20"
+    "Olympus:MagicFilter:21" "Olympus:MagicFilter:22" "Olympus:MagicFilter:23"
+    "Olympus:MagicFilter:24" "Olympus:MagicFilter:25" "Olympus:MagicFilter:26"
+    "Olympus:MagicFilter:27" "Olympus:MagicFilter:28" "Olympus:MagicFilter:29"
+    "Olympus:MagicFilter:3" "Olympus:MagicFilter:31" "Olympus:MagicFilter:32"
+    "Olympus:MagicFilter:33" "Olympus:MagicFilter:34" "Olympus:MagicFilter:35"
+    "Olympus:MagicFilter:36" "Olympus:MagicFilter:37" "Olympus:MagicFilter:38"
+    "Olympus:MagicFilter:39" "Olympus:MagicFilter:4" "Olympus:MagicFilter:40"
+    "Olympus:MagicFilter:41" "Olympus:MagicFilter:5" "Olympus:MagicFilter:6" "Olympus:MagicFilter:9"
+    "Olympus:Make" "Olympus:MakerNoteVersion" "Maker Note Version" "Olympus:ManometerPressure"
+    "Manometer Pressure" "Olympus:ManometerReading" "Manometer Reading" "Olympus:ManualFlash"
+    "Manual Flash" "Olympus:ManualFlashStrength" "Manual Flash Strength"
     "Olympus:ManualFlashStrength:undef undef undef"
-    "Olympus:ManualFlashStrength:undef undef undef undef""Olympus:ManualFocusDistance"
-    "Manual Focus Distance""Olympus:MaxAperture""Max Aperture""Olympus:MaxApertureAtMaxFocal"
-    "Max Aperture At Max Focal""Olympus:MaxApertureAtMinFocal""Max Aperture At Min Focal"
-    "Olympus:MaxFaces""Max Faces""Olympus:MaxFocalLength""Max Focal Length""Olympus:MeteringMode"
-    "Metering Mode""Olympus:MeteringMode:1027""Spot+Shadow control""Olympus:MeteringMode:2"
-    "Center-weighted average""Olympus:MeteringMode:261""Pattern+AF""Olympus:MeteringMode:3""Spot"
-    "Olympus:MeteringMode:5""ESP""Olympus:MeteringMode:515""Spot+Highlight control"
-    "Olympus:MinFocalLength""Min Focal Length""Olympus:Model""Camera Model Name |\302\240Model"
-    "Olympus:Model:D4028""Olympus:Model:D4029""Olympus:Model:D4034""Olympus:Model:D4040"
-    "Olympus:Model:D4041""Olympus:Model:D4083""Olympus:Model:D4106""Olympus:Model:D4120"
-    "Olympus:Model:D4122""Olympus:Model:D4125""Olympus:Model:D4141""Olympus:Model:D4193"
-    "Olympus:Model:D4194""Olympus:Model:D4199""Olympus:Model:D4205""Olympus:Model:D4210"
-    "Olympus:Model:D4211""Olympus:Model:D4213""Olympus:Model:D4216""Olympus:Model:D4217"
-    "Olympus:Model:D4220""Olympus:Model:D4221""Olympus:Model:D4231""Olympus:Model:D4240"
-    "Olympus:Model:D4244""Olympus:Model:D4256""Olympus:Model:D4261""Olympus:Model:D4262"
-    "Olympus:Model:D4301""Olympus:Model:D4302""Olympus:Model:D4303""Olympus:Model:D4304"
-    "Olympus:Model:D4305""Olympus:Model:D4310""Olympus:Model:D4311""Olympus:Model:D4312"
-    "Olympus:Model:D4313""Olympus:Model:D4314""Olympus:Model:D4315""Olympus:Model:D4316"
-    "Olympus:Model:D4317""Olympus:Model:D4321""Olympus:Model:D4322""Olympus:Model:D4324"
-    "Olympus:Model:D4326""Olympus:Model:D4327""Olympus:Model:D4328""Olympus:Model:D4330"
-    "Olympus:Model:D4331""Olympus:Model:D4332""Olympus:Model:D4333""Olympus:Model:D4334"
-    "Olympus:Model:D4336""Olympus:Model:D4337""Olympus:Model:D4338""Olympus:Model:D4339"
-    "Olympus:Model:D4341""Olympus:Model:D4343""Olympus:Model:D4344""Olympus:Model:D4346"
-    "Olympus:Model:D4348""Olympus:Model:D4349""Olympus:Model:D4350""Olympus:Model:D4351"
-    "Olympus:Model:D4352""Olympus:Model:D4353""Olympus:Model:D4354""Olympus:Model:D4355"
-    "Olympus:Model:D4356""Olympus:Model:D4357""Olympus:Model:D4359""Olympus:Model:D4360"
-    "Olympus:Model:D4361""Olympus:Model:D4362""Olympus:Model:D4363""Olympus:Model:D4364"
-    "Olympus:Model:D4366""Olympus:Model:D4368""Olympus:Model:D4370""Olympus:Model:D4371"
-    "Olympus:Model:D4372""Olympus:Model:D4374""Olympus:Model:D4377""Olympus:Model:D4378"
-    "Olympus:Model:D4379""Olympus:Model:D4380""Olympus:Model:D4381""Olympus:Model:D4382"
-    "Olympus:Model:D4384""Olympus:Model:D4385""Olympus:Model:D4386""Olympus:Model:D4387"
-    "Olympus:Model:D4388""Olympus:Model:D4390""Olympus:Model:D4391""Olympus:Model:D4392"
-    "Olympus:Model:D4396""Olympus:Model:D4397""Olympus:Model:D4398""Olympus:Model:D4401"
-    "Olympus:Model:D4402""Olympus:Model:D4406""Olympus:Model:D4407""Olympus:Model:D4408"
-    "Olympus:Model:D4409""Olympus:Model:D4410""Olympus:Model:D4411""Olympus:Model:D4412"
-    "Olympus:Model:D4413""Olympus:Model:D4414""Olympus:Model:D4415""Olympus:Model:D4417"
-    "Olympus:Model:D4418""Olympus:Model:D4419""Olympus:Model:D4423""Olympus:Model:D4424"
-    "Olympus:Model:D4426""Olympus:Model:D4428""Olympus:Model:D4430""Olympus:Model:D4432"
-    "Olympus:Model:D4434""Olympus:Model:D4439""Olympus:Model:D4442""Olympus:Model:D4448"
-    "Olympus:Model:D4450""Olympus:Model:D4454""Olympus:Model:D4464""Olympus:Model:D4470"
-    "Olympus:Model:D4472""Olympus:Model:D4474""Olympus:Model:D4476""Olympus:Model:D4478"
-    "Olympus:Model:D4479""Olympus:Model:D4480""Olympus:Model:D4482""Olympus:Model:D4484"
-    "Olympus:Model:D4486""Olympus:Model:D4488""Olympus:Model:D4490""Olympus:Model:D4492"
-    "Olympus:Model:D4494""Olympus:Model:D4496""Olympus:Model:D4498""Olympus:Model:D4500"
-    "Olympus:Model:D4504""Olympus:Model:D4508""Olympus:Model:D4510""Olympus:Model:D4512"
-    "Olympus:Model:D4516""Olympus:Model:D4519""Olympus:Model:D4520""Olympus:Model:D4521"
-    "Olympus:Model:D4523""Olympus:Model:D4529""Olympus:Model:D4530""Olympus:Model:D4531"
-    "Olympus:Model:D4535""Olympus:Model:D4536""Olympus:Model:D4537""Olympus:Model:D4538"
-    "Olympus:Model:D4541""Olympus:Model:D4545""Olympus:Model:D4546""Olympus:Model:D4547"
-    "Olympus:Model:D4548""Olympus:Model:D4549""Olympus:Model:D4550""Olympus:Model:D4553"
-    "Olympus:Model:D4562""Olympus:Model:D4566""Olympus:Model:D4572""Olympus:Model:D4574"
-    "Olympus:Model:D4575""Olympus:Model:D4579""Olympus:Model:D4580""Olympus:Model:D4581"
-    "Olympus:Model:D4582""Olympus:Model:D4585""Olympus:Model:D4586""Olympus:Model:D4587"
-    "Olympus:Model:D4590""Olympus:Model:D4591""Olympus:Model:D4593""Olympus:Model:D4603"
-    "Olympus:Model:D4605""Olympus:Model:D4809""Olympus:Model:D4842""Olympus:Model:D4856"
-    "Olympus:Model:D4857""Olympus:Model:DCHC""Olympus:Model:DCHT""Olympus:Model:K0055"
-    "Olympus:Model:S0003""Olympus:Model:S0004""Olympus:Model:S0009""Olympus:Model:S0010"
-    "Olympus:Model:S0011""Olympus:Model:S0013""Olympus:Model:S0016""Olympus:Model:S0017"
-    "Olympus:Model:S0018""Olympus:Model:S0019""Olympus:Model:S0023""Olympus:Model:S0026"
-    "Olympus:Model:S0027""Olympus:Model:S0029""Olympus:Model:S0030""Olympus:Model:S0032"
-    "Olympus:Model:S0033""Olympus:Model:S0034""Olympus:Model:S0036""Olympus:Model:S0038"
-    "Olympus:Model:S0039""Olympus:Model:S0040""Olympus:Model:S0042""Olympus:Model:S0043"
-    "Olympus:Model:S0044""Olympus:Model:S0045""Olympus:Model:S0046""Olympus:Model:S0047"
-    "Olympus:Model:S0051""Olympus:Model:S0052""Olympus:Model:S0059""Olympus:Model:S0061"
-    "Olympus:Model:S0065""Olympus:Model:S0067""Olympus:Model:S0068""Olympus:Model:S0076"
-    "Olympus:Model:S0080""Olympus:Model:S0085""Olympus:Model:S0088""Olympus:Model:S0089"
-    "Olympus:Model:S0092""Olympus:Model:S0093""Olympus:Model:S0095""Olympus:Model:S0101"
-    "Olympus:Model:SG472""Olympus:Model:SG473""Olympus:Model:SG475""Olympus:Model:SG551"
-    "Olympus:Model:SG553""Olympus:Model:SG554""Olympus:Model:SG555""Olympus:Model:SG573"
-    "Olympus:Model:SG575""Olympus:Model:SR45""Olympus:Model:SR55""Olympus:Model:SR83"
-    "Olympus:Model:SR85""Olympus:Model:SR852""Olympus:Model:SR872""Olympus:Model:SR874"
-    "Olympus:Model:SR951""Olympus:Model:SR952""Olympus:Model:SR953""Olympus:Model:SR954"
-    "Olympus:Model:SR955""Olympus:Model:SR956""Olympus:Model:SR959""Olympus:Model:SR95A"
-    "Olympus:Model:SR971""Olympus:Model:SR973""Olympus:Model:SX151""Olympus:Model:SX351"
-    "Olympus:Model:SX354""Olympus:Model:SX355""Olympus:Model:SX357""Olympus:Model:SX358"
-    "Olympus:Model:SX374""Olympus:Model:SX552""Olympus:Model:SX553""Olympus:Model:SX556"
-    "Olympus:Model:SX558""Olympus:Model:SX571""Olympus:Model:SX574""Olympus:Model:SX575"
-    "Olympus:Model:SX751""Olympus:Model:SX752""Olympus:Model:SX753""Olympus:Model:SX754"
-    "Olympus:Model:SX755""Olympus:Model:SX756""Olympus:Model:SX757""Olympus:Model:SX758"
-    "Olympus:Model:SX759""Olympus:Model:SX75A""Olympus:Model:SX75B""Olympus:Model:SX75C"
-    "Olympus:Model:SX75D""Olympus:Model:SX75F""Olympus:Model:SX75G""Olympus:Model:SX75J"
-    "Olympus:Model:SX771""Olympus:Model:SX772""Olympus:Model:SX773""Olympus:Model:SX774"
-    "Olympus:Model:SX775""Olympus:Model:SX776""Olympus:Model:SX777""Olympus:Model:SX77A"
-    "Olympus:Model:SX851""Olympus:Model:SX852""Olympus:Model:SX853""Olympus:Model:SX854"
-    "Olympus:Model:SX855""Olympus:Model:SX873""Olympus:Model:SX875""Olympus:Model:SX876"
-    "Olympus:ModifiedSaturation""Modified Saturation""Olympus:ModifiedSaturation:0"
-    "Olympus:ModifiedSaturation:1""CM1 (Red Enhance)""Olympus:ModifiedSaturation:2"
-    "CM2 (Green Enhance)""Olympus:ModifiedSaturation:3""CM3 (Blue Enhance)"
-    "Olympus:ModifiedSaturation:4""CM4 (Skin Tones)""Olympus:MonochromeColor""Monochrome Color"
-    "Olympus:MonochromeColor:0""Olympus:MonochromeColor:1""Olympus:MonochromeColor:2""Sepia"
-    "Olympus:MonochromeColor:3""Blue""Olympus:MonochromeColor:4""Purple""Olympus:MonochromeColor:5"
-    "Green""Olympus:MonochromeProfileSettings""Monochrome Profile Settings"
-    "Olympus:MonochromeProfileSettings:0""No Filter""Olympus:MonochromeProfileSettings:1"
-    "Yellow Filter""Olympus:MonochromeProfileSettings:2""Orange Filter"
-    "Olympus:MonochromeProfileSettings:3""Red Filter""Olympus:MonochromeProfileSettings:4"
-    "Magenta Filter""Olympus:MonochromeProfileSettings:5""Blue Filter"
-    "Olympus:MonochromeProfileSettings:6""Cyan Filter""Olympus:MonochromeProfileSettings:7"
-    "Green Filter""Olympus:MonochromeProfileSettings:8""Yellow-green Filter"
-    "Olympus:MonochromeVignetting""Monochrome Vignetting""Olympus:MultipleExposureMode"
-    "Multiple Exposure Mode""Olympus:MultipleExposureMode:0""Olympus:MultipleExposureMode:1"
-    "Live Composite""Olympus:MultipleExposureMode:2""On (2 frames)""Olympus:MultipleExposureMode:3"
-    "On (3 frames)""Olympus:NDFilter""ND Filter""Olympus:NDFilter:0""Olympus:NDFilter:1"
-    "Olympus:NoiseFilter""Noise Filter""Olympus:NoiseFilter:-1 -2 1""Olympus:NoiseFilter:-2 -2 1"
-    "Olympus:NoiseFilter:0 -2 1""Standard""Olympus:NoiseFilter:0 0 0""Olympus:NoiseFilter:1 -2 1"
-    "Olympus:NoiseReduction""Noise Reduction""Olympus:NoiseReduction2""Noise Reduction 2"
-    "Olympus:NoiseReduction2:0""Olympus:NoiseReduction2:1""Olympus:NoiseReduction2:2"
-    "Olympus:NoiseReduction2:4""Noise Filter (ISO Boost)""Olympus:NoiseReduction:0"
-    "(none) |\302\240Off""Olympus:NoiseReduction:1""Noise Reduction |\302\240On"
-    "Olympus:NoiseReduction:2""Olympus:NoiseReduction:4""Olympus:NoiseReduction:8"
-    "Olympus:OlympusImageHeight""Olympus Image Height""Olympus:OlympusImageWidth"
-    "Olympus Image Width""Olympus:OneTouchWB""One Touch WB""Olympus:OneTouchWB:0"
-    "Olympus:OneTouchWB:1""Olympus:OneTouchWB:2""On (Preset)""Olympus:PanoramaMode""Panorama Mode"
-    "Olympus:PictureMode""Picture Mode""Olympus:PictureMode:1""Vivid""Olympus:PictureMode:10"
-    "Color Profile 2""Olympus:PictureMode:11""Color Profile 3""Olympus:PictureMode:12"
-    "Monochrome Profile 1""Olympus:PictureMode:13""Monochrome Profile 2""Olympus:PictureMode:14"
-    "Monochrome Profile 3""Olympus:PictureMode:2""Natural""Olympus:PictureMode:256""Monotone"
-    "Olympus:PictureMode:3""Muted""Olympus:PictureMode:4""Portrait""Olympus:PictureMode:5"
-    "i-Enhance""Olympus:PictureMode:512""Olympus:PictureMode:6""e-Portrait""Olympus:PictureMode:7"
-    "Color Creator""Olympus:PictureMode:9""Color Profile 1""Olympus:PictureModeBWFilter"
-    "Picture Mode BW Filter""Olympus:PictureModeBWFilter:0""Olympus:PictureModeBWFilter:1""Neutral"
-    "Olympus:PictureModeBWFilter:2""Yellow""Olympus:PictureModeBWFilter:3""Orange"
-    "Olympus:PictureModeBWFilter:4""Red""Olympus:PictureModeBWFilter:5""Olympus:PictureModeContrast"
-    "Picture Mode Contrast""Olympus:PictureModeEffect""Picture Mode Effect"
-    "Olympus:PictureModeEffect:-1 -1 1""Olympus:PictureModeEffect:0 -1 1"
-    "Olympus:PictureModeEffect:0 0 0""Olympus:PictureModeEffect:1 -1 1""Olympus:PictureModeHue"
-    "Picture Mode Hue""Olympus:PictureModeSaturation""Picture Mode Saturation"
-    "Olympus:PictureModeSharpness""Picture Mode Sharpness""Olympus:PictureModeTone"
-    "Picture Mode Tone""Olympus:PictureModeTone:0""Olympus:PictureModeTone:1"
-    "Olympus:PictureModeTone:2""Olympus:PictureModeTone:3""Olympus:PictureModeTone:4"
-    "Olympus:PictureModeTone:5""Olympus:PitchAngle""Pitch Angle""Olympus:PreCaptureFrames"
-    "Pre Capture Frames""Olympus:PreviewImage""Preview Image""Olympus:PreviewImageData"
-    "Preview Image Data""Olympus:PreviewImageLength""Preview Image Length"
-    "Olympus:PreviewImageStart""Preview Image Start""Olympus:PreviewImageValid""Preview Image Valid"
-    "Olympus:PreviewImageValid:0""No""Olympus:PreviewImageValid:1""Yes""Olympus:Quality"
-    "Olympus:RawDevArtFilter""Raw Dev Art Filter""Olympus:RawDevArtFilter:0"
-    "Olympus:RawDevArtFilter:1""Olympus:RawDevArtFilter:10""Olympus:RawDevArtFilter:12"
-    "Olympus:RawDevArtFilter:13""Olympus:RawDevArtFilter:14""Olympus:RawDevArtFilter:15"
-    "Olympus:RawDevArtFilter:16""Olympus:RawDevArtFilter:17""Olympus:RawDevArtFilter:18"
-    "Olympus:RawDevArtFilter:19""Olympus:RawDevArtFilter:2""Olympus:RawDevArtFilter:20"
-    "Olympus:RawDevArtFilter:21""Olympus:RawDevArtFilter:22""Olympus:RawDevArtFilter:23"
-    "Olympus:RawDevArtFilter:24""Olympus:RawDevArtFilter:25""Olympus:RawDevArtFilter:26"
-    "Olympus:RawDevArtFilter:27""Olympus:RawDevArtFilter:28""Olympus:RawDevArtFilter:29"
-    "Olympus:RawDevArtFilter:3""Olympus:RawDevArtFilter:31""Olympus:RawDevArtFilter:32"
-    "Olympus:RawDevArtFilter:33""Olympus:RawDevArtFilter:34""Olympus:RawDevArtFilter:35"
-    "Olympus:RawDevArtFilter:36""Olympus:RawDevArtFilter:37""Olympus:RawDevArtFilter:38"
-    "Olympus:RawDevArtFilter:39""Olympus:RawDevArtFilter:4""Olympus:RawDevArtFilter:40"
-    "Olympus:RawDevArtFilter:41""Olympus:RawDevArtFilter:5""Olympus:RawDevArtFilter:6"
-    "Olympus:RawDevArtFilter:9""Olympus:RawDevAutoGradation""Raw Dev Auto Gradation"
-    "Olympus:RawDevAutoGradation:0""Olympus:RawDevAutoGradation:1""Olympus:RawDevColorSpace"
-    "Raw Dev Color Space""Olympus:RawDevColorSpace:0""Olympus:RawDevColorSpace:1"
-    "Olympus:RawDevColorSpace:2""Olympus:RawDevContrastValue""Raw Dev Contrast Value"
-    "Olympus:RawDevEditStatus""Raw Dev Edit Status""Olympus:RawDevEditStatus:0""Original"
-    "Olympus:RawDevEditStatus:1""Edited (Landscape)""Olympus:RawDevEditStatus:6""Edited (Portrait)"
-    "Olympus:RawDevEditStatus:8""Olympus:RawDevEngine""Raw Dev Engine""Olympus:RawDevEngine:0"
-    "High Speed""Olympus:RawDevEngine:1""High Function""Olympus:RawDevEngine:2""Advanced High Speed"
-    "Olympus:RawDevEngine:3""Advanced High Function""Olympus:RawDevExposureBiasValue"
-    "Raw Dev Exposure Bias Value""Olympus:RawDevGradation""Raw Dev Gradation"
-    "Olympus:RawDevGrayPoint""Raw Dev Gray Point""Olympus:RawDevMemoryColorEmphasis"
-    "Raw Dev Memory Color Emphasis""Olympus:RawDevNoiseReduction""Raw Dev Noise Reduction"
-    "Olympus:RawDevNoiseReduction:0""Olympus:RawDevNoiseReduction:1""Olympus:RawDevNoiseReduction:2"
-    "Olympus:RawDevNoiseReduction:4""Olympus:RawDevPMContrast""Raw Dev PM Contrast"
-    "Olympus:RawDevPMNoiseFilter""Raw Dev PM Noise Filter""Olympus:RawDevPMPictureTone"
-    "Raw Dev PM Picture Tone""Olympus:RawDevPMPictureTone:1""Olympus:RawDevPMPictureTone:2"
-    "Olympus:RawDevPMPictureTone:3""Olympus:RawDevPMPictureTone:4""Olympus:RawDevPMPictureTone:5"
-    "Olympus:RawDevPMSaturation""Raw Dev PM Saturation""Olympus:RawDevPMSharpness"
-    "Raw Dev PM Sharpness""Olympus:RawDevPM_BWFilter""Raw Dev PM BW Filter"
-    "Olympus:RawDevPM_BWFilter:1""Olympus:RawDevPM_BWFilter:2""Olympus:RawDevPM_BWFilter:3"
-    "Olympus:RawDevPM_BWFilter:4""Olympus:RawDevPM_BWFilter:5""Olympus:RawDevPictureMode"
-    "Raw Dev Picture Mode""Olympus:RawDevPictureMode:1""Olympus:RawDevPictureMode:2"
-    "Olympus:RawDevPictureMode:256""Olympus:RawDevPictureMode:3""Olympus:RawDevPictureMode:512"
-    "Olympus:RawDevSaturation3""Raw Dev Saturation 3""Olympus:RawDevSaturationEmphasis"
-    "Raw Dev Saturation Emphasis""Olympus:RawDevSettings""Raw Dev Settings"
-    "Olympus:RawDevSettings:0""Olympus:RawDevSettings:1""WB Color Temp""Olympus:RawDevSettings:128"
-    "Olympus:RawDevSettings:16""Olympus:RawDevSettings:2""WB Gray Point""Olympus:RawDevSettings:32"
-    "Olympus:RawDevSettings:4""Saturation""Olympus:RawDevSettings:64""Olympus:RawDevSettings:8"
-    "Olympus:RawDevSharpnessValue""Raw Dev Sharpness Value""Olympus:RawDevVersion""Raw Dev Version"
-    "Olympus:RawDevWBFineAdjustment""Raw Dev WB Fine Adjustment""Olympus:RawDevWhiteBalance"
-    "Raw Dev White Balance""Olympus:RawDevWhiteBalance:1""Color Temperature"
-    "Olympus:RawDevWhiteBalance:2""Gray Point""Olympus:RawDevWhiteBalanceValue"
-    "Raw Dev White Balance Value""Olympus:RawInfoVersion""Raw Info Version""Olympus:RecordingTime"
-    "Recording Time""Olympus:RedBalance""Red Balance""Olympus:Resolution""Olympus:RollAngle"
-    "Roll Angle""Olympus:SaturationSetting""Saturation Setting""Olympus:SceneArea""Scene Area"
-    "Olympus:SceneDetect""Scene Detect""Olympus:SceneDetectData""Scene Detect Data"
-    "Olympus:SceneMode""Scene Mode""Olympus:SceneMode:0""Normal |\302\240Standard"
-    "Olympus:SceneMode:1""Olympus:SceneMode:10""Landscape |\302\240Self Portrait"
-    "Olympus:SceneMode:100""Panorama""Olympus:SceneMode:101""Olympus:SceneMode:103""HDR"
-    "Olympus:SceneMode:11""Indoor |\302\240Night Scene""Olympus:SceneMode:12"
-    "Beach & Snow |\302\240Self Portrait""Olympus:SceneMode:13""Beach |\302\240Panorama"
-    "Olympus:SceneMode:14""2 in 1 |\302\240Snow""Olympus:SceneMode:142""Hand-held Starlight"
-    "Olympus:SceneMode:15""Movie |\302\240Self Portrait+Self Timer""Olympus:SceneMode:154"
-    "Olympus:SceneMode:16""Landscape+Portrait |\302\240Sunset""Olympus:SceneMode:17"
-    "Cuisine |\302\240Night+Portrait""Olympus:SceneMode:18""Documents |\302\240Indoor"
-    "Olympus:SceneMode:19""Candle |\302\240Fireworks""Olympus:SceneMode:197""Panning"
-    "Olympus:SceneMode:2""Olympus:SceneMode:20""Fireworks |\302\240Sunset""Olympus:SceneMode:203"
-    "Light Trails""Olympus:SceneMode:204""Backlight HDR""Olympus:SceneMode:205""Silent"
-    "Olympus:SceneMode:206""Multi Focus Shot""Olympus:SceneMode:21"
-    "Available Light |\302\240Beauty Skin""Olympus:SceneMode:22""Macro |\302\240Vivid"
-    "Olympus:SceneMode:23""Super Macro |\302\240Underwater Wide1""Olympus:SceneMode:24"
-    "Food |\302\240Underwater Macro""Olympus:SceneMode:25""Documents |\302\240Museum"
-    "Olympus:SceneMode:26""Behind Glass |\302\240Museum""Olympus:SceneMode:27"
-    "Auction |\302\240Shoot & Select""Olympus:SceneMode:28""Beach & Snow |\302\240Shoot & Select1"
-    "Olympus:SceneMode:29""Self Protrait+Timer |\302\240Shoot & Select2""Olympus:SceneMode:3"
-    "Intelligent Auto""Olympus:SceneMode:30""Candle |\302\240Underwater Wide2""Olympus:SceneMode:31"
-    "Available Light |\302\240Digital Image Stabilization""Olympus:SceneMode:32"
-    "Behind Glass |\302\240Face Portrait""Olympus:SceneMode:33""My Mode |\302\240Pet"
-    "Olympus:SceneMode:34""Pet |\302\240Smile Shot""Olympus:SceneMode:35"
-    "Quick Shutter |\302\240Underwater Wide1""Olympus:SceneMode:36""Underwater Macro"
-    "Olympus:SceneMode:37""Shoot & Select1""Olympus:SceneMode:38""Shoot & Select2"
-    "Olympus:SceneMode:39""Olympus:SceneMode:4""Olympus:SceneMode:40""Digital Image Stabilization"
-    "Olympus:SceneMode:41""Auction""Olympus:SceneMode:42""Beach""Olympus:SceneMode:43"
-    "Hand-held Starlight |\302\240Snow""Olympus:SceneMode:44""Underwater Wide2"
-    "Olympus:SceneMode:45""Olympus:SceneMode:46""Children""Olympus:SceneMode:47"
-    "Olympus:SceneMode:48""Nature Macro""Olympus:SceneMode:49""Underwater Snapshot"
-    "Olympus:SceneMode:5""Landscape+Portrait""Olympus:SceneMode:50""Shooting Guide"
-    "Olympus:SceneMode:54""Face Portrait""Olympus:SceneMode:57""Bulb""Olympus:SceneMode:59"
-    "Smile Shot""Olympus:SceneMode:6""Auto |\302\240Landscape""Olympus:SceneMode:60""Quick Shutter"
-    "Olympus:SceneMode:63""Slow Shutter""Olympus:SceneMode:64""Bird Watching""Olympus:SceneMode:65"
-    "Multiple Exposure""Olympus:SceneMode:66""Olympus:SceneMode:67""Soft Background Shot"
-    "Olympus:SceneMode:7""Night Scene |\302\240Sport""Olympus:SceneMode:8"
-    "Night+Portrait |\302\240Portrait""Olympus:SceneMode:9""Landscape+Portrait |\302\240Sport"
-    "Olympus:SensorArea""Sensor Area""Olympus:SensorCalibration""Sensor Calibration"
-    "Olympus:SensorTemperature""Sensor Temperature""Olympus:SerialNumber""Serial Number"
-    "Olympus:ShadingCompensation""Shading Compensation""Olympus:ShadingCompensation2"
-    "Shading Compensation 2""Olympus:ShadingCompensation2:0""Olympus:ShadingCompensation2:1"
-    "Olympus:ShadingCompensation:0""Olympus:ShadingCompensation:1""Olympus:Sharpness"
-    "Olympus:Sharpness:0""Olympus:Sharpness:1""Hard""Olympus:Sharpness:2""Soft"
-    "Olympus:SharpnessFactor""Sharpness Factor""Olympus:SharpnessSetting""Sharpness Setting"
-    "Olympus:ShutterSpeedValue""Shutter Speed Value""Olympus:SpecialMode""Special Mode"
-    "Olympus:StackedImage""Stacked Image""Olympus:StackedImage:0 0""Olympus:StackedImage:1 *"
-    "Live Composite (* images)""Olympus:StackedImage:11 12""Hand-held high resolution (11 12)"
-    "Olympus:StackedImage:11 16""Hand-held high resolution (11 16)""Olympus:StackedImage:3 16"
-    "ND16 (4EV)""Olympus:StackedImage:3 2""ND2 (1EV)""Olympus:StackedImage:3 32""ND32 (5EV)"
-    "Olympus:StackedImage:3 4""ND4 (2EV)""Olympus:StackedImage:3 64""ND64 (6EV)"
-    "Olympus:StackedImage:3 8""ND8 (3EV)""Olympus:StackedImage:4 *""Live Time/Bulb (* images)"
-    "Olympus:StackedImage:5 4""HDR1""Olympus:StackedImage:6 4""HDR2""Olympus:StackedImage:8 8"
-    "Tripod high resolution""Olympus:StackedImage:9 *""Focus-stacked (* images)""Olympus:StartTime"
-    "Start Time""Olympus:ThumbnailHeight""Thumbnail Height""Olympus:ThumbnailImage""Thumbnail Image"
-    "Olympus:ThumbnailLength""Thumbnail Length""Olympus:ThumbnailOffset""Thumbnail Offset"
-    "Olympus:ThumbnailWidth""Thumbnail Width""Olympus:ToneLevel""Tone Level"
-    "Olympus:ToneLevel:-31997""Midtones""Olympus:ToneLevel:-31998""Shadows"
-    "Olympus:ToneLevel:-31999""Highlights""Olympus:ToneLevel:0""Olympus:ValidBits""Valid Bits"
-    "Olympus:ValidPixelDepth""Valid Pixel Depth""Olympus:WBMode""WB Mode""Olympus:WBMode:1"
-    "Olympus:WBMode:1 0""Olympus:WBMode:1 2""Auto (2)""Olympus:WBMode:1 4""Auto (4)"
-    "Olympus:WBMode:2 2""3000 Kelvin""Olympus:WBMode:2 3""3700 Kelvin""Olympus:WBMode:2 4"
-    "4000 Kelvin""Olympus:WBMode:2 5""4500 Kelvin""Olympus:WBMode:2 6""5500 Kelvin"
-    "Olympus:WBMode:2 7""6500 Kelvin""Olympus:WBMode:2 8""7500 Kelvin""Olympus:WBMode:3 0"
-    "One-touch""Olympus:WB_GLevel""WB G Level""Olympus:WB_GLevel3000K""WB G Level 3000K"
-    "Olympus:WB_GLevel3300K""WB G Level 3300K""Olympus:WB_GLevel3600K""WB G Level 3600K"
-    "Olympus:WB_GLevel3900K""WB G Level 3900K""Olympus:WB_GLevel4000K""WB G Level 4000K"
-    "Olympus:WB_GLevel4300K""WB G Level 4300K""Olympus:WB_GLevel4500K""WB G Level 4500K"
-    "Olympus:WB_GLevel4800K""WB G Level 4800K""Olympus:WB_GLevel5300K""WB G Level 5300K"
-    "Olympus:WB_GLevel6000K""WB G Level 6000K""Olympus:WB_GLevel6600K""WB G Level 6600K"
-    "Olympus:WB_GLevel7500K""WB G Level 7500K""Olympus:WB_RBLevels""WB RB Levels"
-    "Olympus:WB_RBLevels3000K""WB RB Levels 3000K""Olympus:WB_RBLevels3300K""WB RB Levels 3300K"
-    "Olympus:WB_RBLevels3600K""WB RB Levels 3600K""Olympus:WB_RBLevels3900K""WB RB Levels 3900K"
-    "Olympus:WB_RBLevels4000K""WB RB Levels 4000K""Olympus:WB_RBLevels4300K""WB RB Levels 4300K"
-    "Olympus:WB_RBLevels4500K""WB RB Levels 4500K""Olympus:WB_RBLevels4800K""WB RB Levels 4800K"
-    "Olympus:WB_RBLevels5300K""WB RB Levels 5300K""Olympus:WB_RBLevels6000K""WB RB Levels 6000K"
-    "Olympus:WB_RBLevels6600K""WB RB Levels 6600K""Olympus:WB_RBLevels7500K""WB RB Levels 7500K"
-    "Olympus:WB_RBLevelsAuto""WB RB Levels Auto""Olympus:WB_RBLevelsCWB1""WB RB Levels CWB1"
-    "Olympus:WB_RBLevelsCWB2""WB RB Levels CWB2""Olympus:WB_RBLevelsCWB3""WB RB Levels CWB3"
-    "Olympus:WB_RBLevelsCWB4""WB RB Levels CWB4""Olympus:WB_RBLevelsCloudy""WB RB Levels Cloudy"
-    "Olympus:WB_RBLevelsCoolWhiteFluor""WB RB Levels Cool White Fluor"
-    "Olympus:WB_RBLevelsDayWhiteFluor""WB RB Levels Day White Fluor"
-    "Olympus:WB_RBLevelsDaylightFluor""WB RB Levels Daylight Fluor"
-    "Olympus:WB_RBLevelsEveningSunlight""WB RB Levels Evening Sunlight"
-    "Olympus:WB_RBLevelsFineWeather""WB RB Levels Fine Weather""Olympus:WB_RBLevelsShade"
-    "WB RB Levels Shade""Olympus:WB_RBLevelsTungsten""WB RB Levels Tungsten"
-    "Olympus:WB_RBLevelsUsed""WB RB Levels Used""Olympus:WB_RBLevelsWhiteFluorescent"
-    "WB RB Levels White Fluorescent""Olympus:WhiteBalance2""White Balance 2"
-    "Olympus:WhiteBalance2:0""Olympus:WhiteBalance2:1""Auto (Keep Warm Color Off)"
-    "Olympus:WhiteBalance2:16""7500K (Fine Weather with Shade)""Olympus:WhiteBalance2:17"
-    "6000K (Cloudy)""Olympus:WhiteBalance2:18""5300K (Fine Weather)""Olympus:WhiteBalance2:20"
-    "3000K (Tungsten light)""Olympus:WhiteBalance2:21""3600K (Tungsten light-like)"
-    "Olympus:WhiteBalance2:22""Auto Setup""Olympus:WhiteBalance2:23""5500K (Flash)"
-    "Olympus:WhiteBalance2:256""One Touch WB 1""Olympus:WhiteBalance2:257""One Touch WB 2"
-    "Olympus:WhiteBalance2:258""One Touch WB 3""Olympus:WhiteBalance2:259""One Touch WB 4"
-    "Olympus:WhiteBalance2:33""6600K (Daylight fluorescent)""Olympus:WhiteBalance2:34"
-    "4500K (Neutral white fluorescent)""Olympus:WhiteBalance2:35""4000K (Cool white fluorescent)"
-    "Olympus:WhiteBalance2:36""Olympus:WhiteBalance2:48""Olympus:WhiteBalance2:512""Custom WB 1"
-    "Olympus:WhiteBalance2:513""Custom WB 2""Olympus:WhiteBalance2:514""Custom WB 3"
-    "Olympus:WhiteBalance2:515""Custom WB 4""Olympus:WhiteBalance2:67""Underwater"
-    "Olympus:WhiteBalanceBias""White Balance Bias""Olympus:WhiteBalanceBracket"
-    "White Balance Bracket""Olympus:WhiteBalanceComp""White Balance Comp"
-    "Olympus:WhiteBalanceTemperature""White Balance Temperature""Olympus:WhiteBoard""White Board"
-    "Olympus:YCbCrCoefficients""Y Cb Cr Coefficients""Olympus:ZoomStepCount""Zoom Step Count"
-    "Olympus:ZoomedPreviewLength""Zoomed Preview Length""Olympus:ZoomedPreviewSize"
-    "Zoomed Preview Size""Olympus:ZoomedPreviewStart""Zoomed Preview Start""光圈""亮度""色彩空间信息""注释""对比度"
-    "硬调""标准""软调""原始数据产生的日期和时间""数码变焦""驱动模式""曝光偏差""曝光模式""手动曝光""光圈优先""快门优先""曝光时间""光圈数""手动""闪光补偿""焦距"
-    "对焦模式""(none) |\302\240自动""S-AF |\302\240手动""灰阶""未设置""光源""未知""阴影""阴天""晴天""白炽灯"
-    "日光色荧光灯（D5700-7100K）""日光白色荧光灯（N4600-5500K）""冷白色荧光灯（W3800-4500K）""白色荧光灯（WW3250-3800K）""厂商"
-    "镜头光圈最大值""测量方式""中央重点""点测光""型号""减少噪声""自动""人物""图像质量""场景选择""Self Portrait |\302\240风景"
-    "Indoor |\302\240夜景""Landscape+Portrait |\302\240夕阳""Fireworks |\302\240夕阳""Vivid |\302\240微距"
-    "自动 |\302\240风景""Sport |\302\240夜景""Night+Portrait |\302\240人物""照相机标识""阴影补偿""锐度""强""弱""快门速度"
-    "缩略图""色彩空间变换矩阵系数""Verrouillage AE""Désactivé""Activé""Zones d'autofocus""Point de l'Autofocus"
+    "Olympus:ManualFlashStrength:undef undef undef undef" "Olympus:ManualFocusDistance"
+    "Manual Focus Distance" "Olympus:MaxAperture" "Max Aperture" "Olympus:MaxApertureAtMaxFocal"
+    "Max Aperture At Max Focal" "Olympus:MaxApertureAtMinFocal" "Max Aperture At Min Focal"
+    "Olympus:MaxFaces" "Max Faces" "Olympus:MaxFocalLength" "Max Focal Length"
+    "Olympus:MeteringMode" "Metering Mode" "Olympus:MeteringMode:1027" "Spot+Shadow control"
+    "Olympus:MeteringMode:2" "Center-weighted average" "Olympus:MeteringMode:261" "Pattern+AF"
+    "Olympus:MeteringMode:3" "Spot" "Olympus:MeteringMode:5" "ESP" "Olympus:MeteringMode:515"
+    "Spot+Highlight control" "Olympus:MinFocalLength" "Min Focal Length" "Olympus:Model"
+    "Camera Model Name |\302\240Model" "Olympus:Model:D4028" "Olympus:Model:D4029"
+    "Olympus:Model:D4034" "Olympus:Model:D4040" "Olympus:Model:D4041" "Olympus:Model:D4083"
+    "Olympus:Model:D4106" "Olympus:Model:D4120" "Olympus:Model:D4122" "Olympus:Model:D4125"
+    "Olympus:Model:D4141" "Olympus:Model:D4193" "Olympus:Model:D4194" "Olympus:Model:D4199"
+    "Olympus:Model:D4205" "Olympus:Model:D4210" "Olympus:Model:D4211" "Olympus:Model:D4213"
+    "Olympus:Model:D4216" "Olympus:Model:D4217" "Olympus:Model:D4220" "Olympus:Model:D4221"
+    "Olympus:Model:D4231" "Olympus:Model:D4240" "Olympus:Model:D4244" "Olympus:Model:D4256"
+    "Olympus:Model:D4261" "Olympus:Model:D4262" "Olympus:Model:D4301" "Olympus:Model:D4302"
+    "Olympus:Model:D4303" "Olympus:Model:D4304" "Olympus:Model:D4305" "Olympus:Model:D4310"
+    "Olympus:Model:D4311" "Olympus:Model:D4312" "Olympus:Model:D4313" "Olympus:Model:D4314"
+    "Olympus:Model:D4315" "Olympus:Model:D4316" "Olympus:Model:D4317" "Olympus:Model:D4321"
+    "Olympus:Model:D4322" "Olympus:Model:D4324" "Olympus:Model:D4326" "Olympus:Model:D4327"
+    "Olympus:Model:D4328" "Olympus:Model:D4330" "Olympus:Model:D4331" "Olympus:Model:D4332"
+    "Olympus:Model:D4333" "Olympus:Model:D4334" "Olympus:Model:D4336" "Olympus:Model:D4337"
+    "Olympus:Model:D4338" "Olympus:Model:D4339" "Olympus:Model:D4341" "Olympus:Model:D4343"
+    "Olympus:Model:D4344" "Olympus:Model:D4346" "Olympus:Model:D4348" "Olympus:Model:D4349"
+    "Olympus:Model:D4350" "Olympus:Model:D4351" "Olympus:Model:D4352" "Olympus:Model:D4353"
+    "Olympus:Model:D4354" "Olympus:Model:D4355" "Olympus:Model:D4356" "Olympus:Model:D4357"
+    "Olympus:Model:D4359" "Olympus:Model:D4360" "Olympus:Model:D4361" "Olympus:Model:D4362"
+    "Olympus:Model:D4363" "Olympus:Model:D4364" "Olympus:Model:D4366" "Olympus:Model:D4368"
+    "Olympus:Model:D4370" "Olympus:Model:D4371" "Olympus:Model:D4372" "Olympus:Model:D4374"
+    "Olympus:Model:D4377" "Olympus:Model:D4378" "Olympus:Model:D4379" "Olympus:Model:D4380"
+    "Olympus:Model:D4381" "Olympus:Model:D4382" "Olympus:Model:D4384" "Olympus:Model:D4385"
+    "Olympus:Model:D4386" "Olympus:Model:D4387" "Olympus:Model:D4388" "Olympus:Model:D4390"
+    "Olympus:Model:D4391" "Olympus:Model:D4392" "Olympus:Model:D4396" "Olympus:Model:D4397"
+    "Olympus:Model:D4398" "Olympus:Model:D4401" "Olympus:Model:D4402" "Olympus:Model:D4406"
+    "Olympus:Model:D4407" "Olympus:Model:D4408" "Olympus:Model:D4409" "Olympus:Model:D4410"
+    "Olympus:Model:D4411" "Olympus:Model:D4412" "Olympus:Model:D4413" "Olympus:Model:D4414"
+    "Olympus:Model:D4415" "Olympus:Model:D4417" "Olympus:Model:D4418" "Olympus:Model:D4419"
+    "Olympus:Model:D4423" "Olympus:Model:D4424" "Olympus:Model:D4426" "Olympus:Model:D4428"
+    "Olympus:Model:D4430" "Olympus:Model:D4432" "Olympus:Model:D4434" "Olympus:Model:D4439"
+    "Olympus:Model:D4442" "Olympus:Model:D4448" "Olympus:Model:D4450" "Olympus:Model:D4454"
+    "Olympus:Model:D4464" "Olympus:Model:D4470" "Olympus:Model:D4472" "Olympus:Model:D4474"
+    "Olympus:Model:D4476" "Olympus:Model:D4478" "Olympus:Model:D4479" "Olympus:Model:D4480"
+    "Olympus:Model:D4482" "Olympus:Model:D4484" "Olympus:Model:D4486" "Olympus:Model:D4488"
+    "Olympus:Model:D4490" "Olympus:Model:D4492" "Olympus:Model:D4494" "Olympus:Model:D4496"
+    "Olympus:Model:D4498" "Olympus:Model:D4500" "Olympus:Model:D4504" "Olympus:Model:D4508"
+    "Olympus:Model:D4510" "Olympus:Model:D4512" "Olympus:Model:D4516" "Olympus:Model:D4519"
+    "Olympus:Model:D4520" "Olympus:Model:D4521" "Olympus:Model:D4523" "Olympus:Model:D4529"
+    "Olympus:Model:D4530" "Olympus:Model:D4531" "Olympus:Model:D4535" "Olympus:Model:D4536"
+    "Olympus:Model:D4537" "Olympus:Model:D4538" "Olympus:Model:D4541" "Olympus:Model:D4545"
+    "Olympus:Model:D4546" "Olympus:Model:D4547" "Olympus:Model:D4548" "Olympus:Model:D4549"
+    "Olympus:Model:D4550" "Olympus:Model:D4553" "Olympus:Model:D4562" "Olympus:Model:D4566"
+    "Olympus:Model:D4572" "Olympus:Model:D4574" "Olympus:Model:D4575" "Olympus:Model:D4579"
+    "Olympus:Model:D4580" "Olympus:Model:D4581" "Olympus:Model:D4582" "Olympus:Model:D4585"
+    "Olympus:Model:D4586" "Olympus:Model:D4587" "Olympus:Model:D4590" "Olympus:Model:D4591"
+    "Olympus:Model:D4593" "Olympus:Model:D4603" "Olympus:Model:D4605" "Olympus:Model:D4809"
+    "Olympus:Model:D4842" "Olympus:Model:D4856" "Olympus:Model:D4857" "Olympus:Model:DCHC"
+    "Olympus:Model:DCHT" "Olympus:Model:K0055" "Olympus:Model:S0003" "Olympus:Model:S0004"
+    "Olympus:Model:S0009" "Olympus:Model:S0010" "Olympus:Model:S0011" "Olympus:Model:S0013"
+    "Olympus:Model:S0016" "Olympus:Model:S0017" "Olympus:Model:S0018" "Olympus:Model:S0019"
+    "Olympus:Model:S0023" "Olympus:Model:S0026" "Olympus:Model:S0027" "Olympus:Model:S0029"
+    "Olympus:Model:S0030" "Olympus:Model:S0032" "Olympus:Model:S0033" "Olympus:Model:S0034"
+    "Olympus:Model:S0036" "Olympus:Model:S0038" "Olympus:Model:S0039" "Olympus:Model:S0040"
+    "Olympus:Model:S0042" "Olympus:Model:S0043" "Olympus:Model:S0044" "Olympus:Model:S0045"
+    "Olympus:Model:S0046" "Olympus:Model:S0047" "Olympus:Model:S0051" "Olympus:Model:S0052"
+    "Olympus:Model:S0059" "Olympus:Model:S0061" "Olympus:Model:S0065" "Olympus:Model:S0067"
+    "Olympus:Model:S0068" "Olympus:Model:S0076" "Olympus:Model:S0080" "Olympus:Model:S0085"
+    "Olympus:Model:S0088" "Olympus:Model:S0089" "Olympus:Model:S0092" "Olympus:Model:S0093"
+    "Olympus:Model:S0095" "Olympus:Model:S0101" "Olympus:Model:SG472" "Olympus:Model:SG473"
+    "Olympus:Model:SG475" "Olympus:Model:SG551" "Olympus:Model:SG553" "Olympus:Model:SG554"
+    "Olympus:Model:SG555" "Olympus:Model:SG573" "Olympus:Model:SG575" "Olympus:Model:SR45"
+    "Olympus:Model:SR55" "Olympus:Model:SR83" "Olympus:Model:SR85" "Olympus:Model:SR852"
+    "Olympus:Model:SR872" "Olympus:Model:SR874" "Olympus:Model:SR951" "Olympus:Model:SR952"
+    "Olympus:Model:SR953" "Olympus:Model:SR954" "Olympus:Model:SR955" "Olympus:Model:SR956"
+    "Olympus:Model:SR959" "Olympus:Model:SR95A" "Olympus:Model:SR971" "Olympus:Model:SR973"
+    "Olympus:Model:SX151" "Olympus:Model:SX351" "Olympus:Model:SX354" "Olympus:Model:SX355"
+    "Olympus:Model:SX357" "Olympus:Model:SX358" "Olympus:Model:SX374" "Olympus:Model:SX552"
+    "Olympus:Model:SX553" "Olympus:Model:SX556" "Olympus:Model:SX558" "Olympus:Model:SX571"
+    "Olympus:Model:SX574" "Olympus:Model:SX575" "Olympus:Model:SX751" "Olympus:Model:SX752"
+    "Olympus:Model:SX753" "Olympus:Model:SX754" "Olympus:Model:SX755" "Olympus:Model:SX756"
+    "Olympus:Model:SX757" "Olympus:Model:SX758" "Olympus:Model:SX759" "Olympus:Model:SX75A"
+    "Olympus:Model:SX75B" "Olympus:Model:SX75C" "Olympus:Model:SX75D" "Olympus:Model:SX75F"
+    "Olympus:Model:SX75G" "Olympus:Model:SX75J" "Olympus:Model:SX771" "Olympus:Model:SX772"
+    "Olympus:Model:SX773" "Olympus:Model:SX774" "Olympus:Model:SX775" "Olympus:Model:SX776"
+    "Olympus:Model:SX777" "Olympus:Model:SX77A" "Olympus:Model:SX851" "Olympus:Model:SX852"
+    "Olympus:Model:SX853" "Olympus:Model:SX854" "Olympus:Model:SX855" "Olympus:Model:SX873"
+    "Olympus:Model:SX875" "Olympus:Model:SX876" "Olympus:ModifiedSaturation" "Modified Saturation"
+    "Olympus:ModifiedSaturation:0" "Olympus:ModifiedSaturation:1" "CM1 (Red Enhance)"
+    "Olympus:ModifiedSaturation:2" "CM2 (Green Enhance)" "Olympus:ModifiedSaturation:3"
+    "CM3 (Blue Enhance)" "Olympus:ModifiedSaturation:4" "CM4 (Skin Tones)" "Olympus:MonochromeColor"
+    "Monochrome Color" "Olympus:MonochromeColor:0" "Olympus:MonochromeColor:1"
+    "Olympus:MonochromeColor:2" "Sepia" "Olympus:MonochromeColor:3" "Blue"
+    "Olympus:MonochromeColor:4" "Purple" "Olympus:MonochromeColor:5" "Green"
+    "Olympus:MonochromeProfileSettings" "Monochrome Profile Settings"
+    "Olympus:MonochromeProfileSettings:0" "No Filter" "Olympus:MonochromeProfileSettings:1"
+    "Yellow Filter" "Olympus:MonochromeProfileSettings:2" "Orange Filter"
+    "Olympus:MonochromeProfileSettings:3" "Red Filter" "Olympus:MonochromeProfileSettings:4"
+    "Magenta Filter" "Olympus:MonochromeProfileSettings:5" "Blue Filter"
+    "Olympus:MonochromeProfileSettings:6" "Cyan Filter" "Olympus:MonochromeProfileSettings:7"
+    "Green Filter" "Olympus:MonochromeProfileSettings:8" "Yellow-green Filter"
+    "Olympus:MonochromeVignetting" "Monochrome Vignetting" "Olympus:MultipleExposureMode"
+    "Multiple Exposure Mode" "Olympus:MultipleExposureMode:0" "Olympus:MultipleExposureMode:1"
+    "Live Composite" "Olympus:MultipleExposureMode:2" "On (2 frames)"
+    "Olympus:MultipleExposureMode:3" "On (3 frames)" "Olympus:NDFilter" "ND Filter"
+    "Olympus:NDFilter:0" "Olympus:NDFilter:1" "Olympus:NoiseFilter" "Noise Filter"
+    "Olympus:NoiseFilter:-1 -2 1" "Olympus:NoiseFilter:-2 -2 1" "Olympus:NoiseFilter:0 -2 1"
+    "Standard" "Olympus:NoiseFilter:0 0 0" "Olympus:NoiseFilter:1 -2 1" "Olympus:NoiseReduction"
+    "Noise Reduction" "Olympus:NoiseReduction2" "Noise Reduction 2" "Olympus:NoiseReduction2:0"
+    "Olympus:NoiseReduction2:1" "Olympus:NoiseReduction2:2" "Olympus:NoiseReduction2:4"
+    "Noise Filter (ISO Boost)" "Olympus:NoiseReduction:0" "(none) |\302\240Off"
+    "Olympus:NoiseReduction:1" "Noise Reduction |\302\240On" "Olympus:NoiseReduction:2"
+    "Olympus:NoiseReduction:4" "Olympus:NoiseReduction:8" "Olympus:OlympusImageHeight"
+    "Olympus Image Height" "Olympus:OlympusImageWidth" "Olympus Image Width" "Olympus:OneTouchWB"
+    "One Touch WB" "Olympus:OneTouchWB:0" "Olympus:OneTouchWB:1" "Olympus:OneTouchWB:2"
+    "On (Preset)" "Olympus:PanoramaMode" "Panorama Mode" "Olympus:PictureMode" "Picture Mode"
+    "Olympus:PictureMode:1" "Vivid" "Olympus:PictureMode:10" "Color Profile 2"
+    "Olympus:PictureMode:11" "Color Profile 3" "Olympus:PictureMode:12" "Monochrome Profile 1"
+    "Olympus:PictureMode:13" "Monochrome Profile 2" "Olympus:PictureMode:14" "Monochrome Profile 3"
+    "Olympus:PictureMode:2" "Natural" "Olympus:PictureMode:256" "Monotone" "Olympus:PictureMode:3"
+    "Muted" "Olympus:PictureMode:4" "Portrait" "Olympus:PictureMode:5" "i-Enhance"
+    "Olympus:PictureMode:512" "Olympus:PictureMode:6" "e-Portrait" "Olympus:PictureMode:7"
+    "Color Creator" "Olympus:PictureMode:9" "Color Profile 1" "Olympus:PictureModeBWFilter"
+    "Picture Mode BW Filter" "Olympus:PictureModeBWFilter:0" "Olympus:PictureModeBWFilter:1"
+    "Neutral" "Olympus:PictureModeBWFilter:2" "Yellow" "Olympus:PictureModeBWFilter:3" "Orange"
+    "Olympus:PictureModeBWFilter:4" "Red" "Olympus:PictureModeBWFilter:5"
+    "Olympus:PictureModeContrast" "Picture Mode Contrast" "Olympus:PictureModeEffect"
+    "Picture Mode Effect" "Olympus:PictureModeEffect:-1 -1 1" "Olympus:PictureModeEffect:0 -1 1"
+    "Olympus:PictureModeEffect:0 0 0" "Olympus:PictureModeEffect:1 -1 1" "Olympus:PictureModeHue"
+    "Picture Mode Hue" "Olympus:PictureModeSaturation" "Picture Mode Saturation"
+    "Olympus:PictureModeSharpness" "Picture Mode Sharpness" "Olympus:PictureModeTone"
+    "Picture Mode Tone" "Olympus:PictureModeTone:0" "Olympus:PictureModeTone:1"
+    "Olympus:PictureModeTone:2" "Olympus:PictureModeTone:3" "Olympus:PictureModeTone:4"
+    "Olympus:PictureModeTone:5" "Olympus:PitchAngle" "Pitch Angle" "Olympus:PreCaptureFrames"
+    "Pre Capture Frames" "Olympus:PreviewImage" "Preview Image" "Olympus:PreviewImageData"
+    "Preview Image Data" "Olympus:PreviewImageLength" "Preview Image Length"
+    "Olympus:PreviewImageStart" "Preview Image Start" "Olympus:PreviewImageValid"
+    "Preview Image Valid" "Olympus:PreviewImageValid:0" "No" "Olympus:PreviewImageValid:1" "Yes"
+    "Olympus:Quality" "Olympus:RawDevArtFilter" "Raw Dev Art Filter" "Olympus:RawDevArtFilter:0"
+    "Olympus:RawDevArtFilter:1" "Olympus:RawDevArtFilter:10" "Olympus:RawDevArtFilter:12"
+    "Olympus:RawDevArtFilter:13" "Olympus:RawDevArtFilter:14" "Olympus:RawDevArtFilter:15"
+    "Olympus:RawDevArtFilter:16" "Olympus:RawDevArtFilter:17" "Olympus:RawDevArtFilter:18"
+    "Olympus:RawDevArtFilter:19" "Olympus:RawDevArtFilter:2" "Olympus:RawDevArtFilter:20"
+    "Olympus:RawDevArtFilter:21" "Olympus:RawDevArtFilter:22" "Olympus:RawDevArtFilter:23"
+    "Olympus:RawDevArtFilter:24" "Olympus:RawDevArtFilter:25" "Olympus:RawDevArtFilter:26"
+    "Olympus:RawDevArtFilter:27" "Olympus:RawDevArtFilter:28" "Olympus:RawDevArtFilter:29"
+    "Olympus:RawDevArtFilter:3" "Olympus:RawDevArtFilter:31" "Olympus:RawDevArtFilter:32"
+    "Olympus:RawDevArtFilter:33" "Olympus:RawDevArtFilter:34" "Olympus:RawDevArtFilter:35"
+    "Olympus:RawDevArtFilter:36" "Olympus:RawDevArtFilter:37" "Olympus:RawDevArtFilter:38"
+    "Olympus:RawDevArtFilter:39" "Olympus:RawDevArtFilter:4" "Olympus:RawDevArtFilter:40"
+    "Olympus:RawDevArtFilter:41" "Olympus:RawDevArtFilter:5" "Olympus:RawDevArtFilter:6"
+    "Olympus:RawDevArtFilter:9" "Olympus:RawDevAutoGradation" "Raw Dev Auto Gradation"
+    "Olympus:RawDevAutoGradation:0" "Olympus:RawDevAutoGradation:1" "Olympus:RawDevColorSpace"
+    "Raw Dev Color Space" "Olympus:RawDevColorSpace:0" "Olympus:RawDevColorSpace:1"
+    "Olympus:RawDevColorSpace:2" "Olympus:RawDevContrastValue" "Raw Dev Contrast Value"
+    "Olympus:RawDevEditStatus" "Raw Dev Edit Status" "Olympus:RawDevEditStatus:0" "Original"
+    "Olympus:RawDevEditStatus:1" "Edited (Landscape)" "Olympus:RawDevEditStatus:6"
+    "Edited (Portrait)" "Olympus:RawDevEditStatus:8" "Olympus:RawDevEngine" "Raw Dev Engine"
+    "Olympus:RawDevEngine:0" "High Speed" "Olympus:RawDevEngine:1" "High Function"
+    "Olympus:RawDevEngine:2" "Advanced High Speed" "Olympus:RawDevEngine:3" "Advanced High Function"
+    "Olympus:RawDevExposureBiasValue" "Raw Dev Exposure Bias Value" "Olympus:RawDevGradation"
+    "Raw Dev Gradation" "Olympus:RawDevGrayPoint" "Raw Dev Gray Point"
+    "Olympus:RawDevMemoryColorEmphasis" "Raw Dev Memory Color Emphasis"
+    "Olympus:RawDevNoiseReduction" "Raw Dev Noise Reduction" "Olympus:RawDevNoiseReduction:0"
+    "Olympus:RawDevNoiseReduction:1" "Olympus:RawDevNoiseReduction:2"
+    "Olympus:RawDevNoiseReduction:4" "Olympus:RawDevPMContrast" "Raw Dev PM Contrast"
+    "Olympus:RawDevPMNoiseFilter" "Raw Dev PM Noise Filter" "Olympus:RawDevPMPictureTone"
+    "Raw Dev PM Picture Tone" "Olympus:RawDevPMPictureTone:1" "Olympus:RawDevPMPictureTone:2"
+    "Olympus:RawDevPMPictureTone:3" "Olympus:RawDevPMPictureTone:4" "Olympus:RawDevPMPictureTone:5"
+    "Olympus:RawDevPMSaturation" "Raw Dev PM Saturation" "Olympus:RawDevPMSharpness"
+    "Raw Dev PM Sharpness" "Olympus:RawDevPM_BWFilter" "Raw Dev PM BW Filter"
+    "Olympus:RawDevPM_BWFilter:1" "Olympus:RawDevPM_BWFilter:2" "Olympus:RawDevPM_BWFilter:3"
+    "Olympus:RawDevPM_BWFilter:4" "Olympus:RawDevPM_BWFilter:5" "Olympus:RawDevPictureMode"
+    "Raw Dev Picture Mode" "Olympus:RawDevPictureMode:1" "Olympus:RawDevPictureMode:2"
+    "Olympus:RawDevPictureMode:256" "Olympus:RawDevPictureMode:3" "Olympus:RawDevPictureMode:512"
+    "Olympus:RawDevSaturation3" "Raw Dev Saturation 3" "Olympus:RawDevSaturationEmphasis"
+    "Raw Dev Saturation Emphasis" "Olympus:RawDevSettings" "Raw Dev Settings"
+    "Olympus:RawDevSettings:0" "Olympus:RawDevSettings:1" "WB Color Temp"
+    "Olympus:RawDevSettings:128" "Olympus:RawDevSettings:16" "Olympus:RawDevSettings:2"
+    "WB Gray Point" "Olympus:RawDevSettings:32" "Olympus:RawDevSettings:4" "Saturation"
+    "Olympus:RawDevSettings:64" "Olympus:RawDevSettings:8" "Olympus:RawDevSharpnessValue"
+    "Raw Dev Sharpness Value" "Olympus:RawDevVersion" "Raw Dev Version"
+    "Olympus:RawDevWBFineAdjustment" "Raw Dev WB Fine Adjustment" "Olympus:RawDevWhiteBalance"
+    "Raw Dev White Balance" "Olympus:RawDevWhiteBalance:1" "Color Temperature"
+    "Olympus:RawDevWhiteBalance:2" "Gray Point" "Olympus:RawDevWhiteBalanceValue"
+    "Raw Dev White Balance Value" "Olympus:RawInfoVersion" "Raw Info Version"
+    "Olympus:RecordingTime" "Recording Time" "Olympus:RedBalance" "Red Balance" "Olympus:Resolution"
+    "Olympus:RollAngle" "Roll Angle" "Olympus:SaturationSetting" "Saturation Setting"
+    "Olympus:SceneArea" "Scene Area" "Olympus:SceneDetect" "Scene Detect" "Olympus:SceneDetectData"
+    "Scene Detect Data" "Olympus:SceneMode" "Scene Mode" "Olympus:SceneMode:0"
+    "Normal |\302\240Standard" "Olympus:SceneMode:1" "Olympus:SceneMode:10"
+    "Landscape |\302\240Self Portrait" "Olympus:SceneMode:100" "Panorama" "Olympus:SceneMode:101"
+    "Olympus:SceneMode:103" "HDR" "Olympus:SceneMode:11" "Indoor |\302\240Night Scene"
+    "Olympus:SceneMode:12" "Beach & Snow |\302\240Self Portrait" "Olympus:SceneMode:13"
+    "Beach |\302\240Panorama" "Olympus:SceneMode:14" "2 in 1 |\302\240Snow" "Olympus:SceneMode:142"
+    "Hand-held Starlight" "Olympus:SceneMode:15" "Movie |\302\240Self Portrait+Self Timer"
+    "Olympus:SceneMode:154" "Olympus:SceneMode:16" "Landscape+Portrait |\302\240Sunset"
+    "Olympus:SceneMode:17" "Cuisine |\302\240Night+Portrait" "Olympus:SceneMode:18"
+    "Documents |\302\240Indoor" "Olympus:SceneMode:19" "Candle |\302\240Fireworks"
+    "Olympus:SceneMode:197" "Panning" "Olympus:SceneMode:2" "Olympus:SceneMode:20"
+    "Fireworks |\302\240Sunset" "Olympus:SceneMode:203" "Light Trails" "Olympus:SceneMode:204"
+    "Backlight HDR" "Olympus:SceneMode:205" "Silent" "Olympus:SceneMode:206" "Multi Focus Shot"
+    "Olympus:SceneMode:21" "Available Light |\302\240Beauty Skin" "Olympus:SceneMode:22"
+    "Macro |\302\240Vivid" "Olympus:SceneMode:23" "Super Macro |\302\240Underwater Wide1"
+    "Olympus:SceneMode:24" "Food |\302\240Underwater Macro" "Olympus:SceneMode:25"
+    "Documents |\302\240Museum" "Olympus:SceneMode:26" "Behind Glass |\302\240Museum"
+    "Olympus:SceneMode:27" "Auction |\302\240Shoot & Select" "Olympus:SceneMode:28"
+    "Beach & Snow |\302\240Shoot & Select1" "Olympus:SceneMode:29"
+    "Self Protrait+Timer |\302\240Shoot & Select2" "Olympus:SceneMode:3" "Intelligent Auto"
+    "Olympus:SceneMode:30" "Candle |\302\240Underwater Wide2" "Olympus:SceneMode:31"
+    "Available Light |\302\240Digital Image Stabilization" "Olympus:SceneMode:32"
+    "Behind Glass |\302\240Face Portrait" "Olympus:SceneMode:33" "My Mode |\302\240Pet"
+    "Olympus:SceneMode:34" "Pet |\302\240Smile Shot" "Olympus:SceneMode:35"
+    "Quick Shutter |\302\240Underwater Wide1" "Olympus:SceneMode:36" "Underwater Macro"
+    "Olympus:SceneMode:37" "Shoot & Select1" "Olympus:SceneMode:38" "Shoot & Select2"
+    "Olympus:SceneMode:39" "Olympus:SceneMode:4" "Olympus:SceneMode:40"
+    "Digital Image Stabilization" "Olympus:SceneMode:41" "Auction" "Olympus:SceneMode:42" "Beach"
+    "Olympus:SceneMode:43" "Hand-held Starlight |\302\240Snow" "Olympus:SceneMode:44"
+    "Underwater Wide2" "Olympus:SceneMode:45" "Olympus:SceneMode:46" "Children"
+    "Olympus:SceneMode:47" "Olympus:SceneMode:48" "Nature Macro" "Olympus:SceneMode:49"
+    "Underwater Snapshot" "Olympus:SceneMode:5" "Landscape+Portrait" "Olympus:SceneMode:50"
+    "Shooting Guide" "Olympus:SceneMode:54" "Face Portrait" "Olympus:SceneMode:57" "Bulb"
+    "Olympus:SceneMode:59" "Smile Shot" "Olympus:SceneMode:6" "Auto |\302\240Landscape"
+    "Olympus:SceneMode:60" "Quick Shutter" "Olympus:SceneMode:63" "Slow Shutter"
+    "Olympus:SceneMode:64" "Bird Watching" "Olympus:SceneMode:65" "Multiple Exposure"
+    "Olympus:SceneMode:66" "Olympus:SceneMode:67" "Soft Background Shot" "Olympus:SceneMode:7"
+    "Night Scene |\302\240Sport" "Olympus:SceneMode:8" "Night+Portrait |\302\240Portrait"
+    "Olympus:SceneMode:9" "Landscape+Portrait |\302\240Sport" "Olympus:SensorArea" "Sensor Area"
+    "Olympus:SensorCalibration" "Sensor Calibration" "Olympus:SensorTemperature"
+    "Sensor Temperature" "Olympus:SerialNumber" "Serial Number" "Olympus:ShadingCompensation"
+    "Shading Compensation" "Olympus:ShadingCompensation2" "Shading Compensation 2"
+    "Olympus:ShadingCompensation2:0" "Olympus:ShadingCompensation2:1"
+    "Olympus:ShadingCompensation:0" "Olympus:ShadingCompensation:1" "Olympus:Sharpness"
+    "Olympus:Sharpness:0" "Olympus:Sharpness:1" "Hard" "Olympus:Sharpness:2" "Soft"
+    "Olympus:SharpnessFactor" "Sharpness Factor" "Olympus:SharpnessSetting" "Sharpness Setting"
+    "Olympus:ShutterSpeedValue" "Shutter Speed Value" "Olympus:SpecialMode" "Special Mode"
+    "Olympus:StackedImage" "Stacked Image" "Olympus:StackedImage:0 0" "Olympus:StackedImage:1 *"
+    "Live Composite (* images)" "Olympus:StackedImage:11 12" "Hand-held high resolution (11 12)"
+    "Olympus:StackedImage:11 16" "Hand-held high resolution (11 16)" "Olympus:StackedImage:3 16"
+    "ND16 (4EV)" "Olympus:StackedImage:3 2" "ND2 (1EV)" "Olympus:StackedImage:3 32" "ND32 (5EV)"
+    "Olympus:StackedImage:3 4" "ND4 (2EV)" "Olympus:StackedImage:3 64" "ND64 (6EV)"
+    "Olympus:StackedImage:3 8" "ND8 (3EV)" "Olympus:StackedImage:4 *" "Live Time/Bulb (* images)"
+    "Olympus:StackedImage:5 4" "HDR1" "Olympus:StackedImage:6 4" "HDR2" "Olympus:StackedImage:8 8"
+    "Tripod high resolution" "Olympus:StackedImage:9 *" "Focus-stacked (* images)"
+    "Olympus:StartTime" "Start Time" "Olympus:ThumbnailHeight" "Thumbnail Height"
+    "Olympus:ThumbnailImage" "Thumbnail Image" "Olympus:ThumbnailLength" "Thumbnail Length"
+    "Olympus:ThumbnailOffset" "Thumbnail Offset" "Olympus:ThumbnailWidth" "Thumbnail Width"
+    "Olympus:ToneLevel" "Tone Level" "Olympus:ToneLevel:-31997" "Midtones"
+    "Olympus:ToneLevel:-31998" "Shadows" "Olympus:ToneLevel:-31999" "Highlights"
+    "Olympus:ToneLevel:0" "Olympus:ValidBits" "Valid Bits" "Olympus:ValidPixelDepth"
+    "Valid Pixel Depth" "Olympus:WBMode" "WB Mode" "Olympus:WBMode:1" "Olympus:WBMode:1 0"
+    "Olympus:WBMode:1 2" "Auto (2)" "Olympus:WBMode:1 4" "Auto (4)" "Olympus:WBMode:2 2"
+    "3000 Kelvin" "Olympus:WBMode:2 3" "3700 Kelvin" "Olympus:WBMode:2 4" "4000 Kelvin"
+    "Olympus:WBMode:2 5" "4500 Kelvin" "Olympus:WBMode:2 6" "5500 Kelvin" "Olympus:WBMode:2 7"
+    "6500 Kelvin" "Olympus:WBMode:2 8" "7500 Kelvin" "Olympus:WBMode:3 0" "One-touch"
+    "Olympus:WB_GLevel" "WB G Level" "Olympus:WB_GLevel3000K" "WB G Level 3000K"
+    "Olympus:WB_GLevel3300K" "WB G Level 3300K" "Olympus:WB_GLevel3600K" "WB G Level 3600K"
+    "Olympus:WB_GLevel3900K" "WB G Level 3900K" "Olympus:WB_GLevel4000K" "WB G Level 4000K"
+    "Olympus:WB_GLevel4300K" "WB G Level 4300K" "Olympus:WB_GLevel4500K" "WB G Level 4500K"
+    "Olympus:WB_GLevel4800K" "WB G Level 4800K" "Olympus:WB_GLevel5300K" "WB G Level 5300K"
+    "Olympus:WB_GLevel6000K" "WB G Level 6000K" "Olympus:WB_GLevel6600K" "WB G Level 6600K"
+    "Olympus:WB_GLevel7500K" "WB G Level 7500K" "Olympus:WB_RBLevels" "WB RB Levels"
+    "Olympus:WB_RBLevels3000K" "WB RB Levels 3000K" "Olympus:WB_RBLevels3300K" "WB RB Levels 3300K"
+    "Olympus:WB_RBLevels3600K" "WB RB Levels 3600K" "Olympus:WB_RBLevels3900K" "WB RB Levels 3900K"
+    "Olympus:WB_RBLevels4000K" "WB RB Levels 4000K" "Olympus:WB_RBLevels4300K" "WB RB Levels 4300K"
+    "Olympus:WB_RBLevels4500K" "WB RB Levels 4500K" "Olympus:WB_RBLevels4800K" "WB RB Levels 4800K"
+    "Olympus:WB_RBLevels5300K" "WB RB Levels 5300K" "Olympus:WB_RBLevels6000K" "WB RB Levels 6000K"
+    "Olympus:WB_RBLevels6600K" "WB RB Levels 6600K" "Olympus:WB_RBLevels7500K" "WB RB Levels 7500K"
+    "Olympus:WB_RBLevelsAuto" "WB RB Levels Auto" "Olympus:WB_RBLevelsCWB1" "WB RB Levels CWB1"
+    "Olympus:WB_RBLevelsCWB2" "WB RB Levels CWB2" "Olympus:WB_RBLevelsCWB3" "WB RB Levels CWB3"
+    "Olympus:WB_RBLevelsCWB4" "WB RB Levels CWB4" "Olympus:WB_RBLevelsCloudy" "WB RB Levels Cloudy"
+    "Olympus:WB_RBLevelsCoolWhiteFluor" "WB RB Levels Cool White Fluor"
+    "Olympus:WB_RBLevelsDayWhiteFluor" "WB RB Levels Day White Fluor"
+    "Olympus:WB_RBLevelsDaylightFluor" "WB RB Levels Daylight Fluor"
+    "Olympus:WB_RBLevelsEveningSunlight" "WB RB Levels Evening Sunlight"
+    "Olympus:WB_RBLevelsFineWeather" "WB RB Levels Fine Weather" "Olympus:WB_RBLevelsShade"
+    "WB RB Levels Shade" "Olympus:WB_RBLevelsTungsten" "WB RB Levels Tungsten"
+    "Olympus:WB_RBLevelsUsed" "WB RB Levels Used" "Olympus:WB_RBLevelsWhiteFluorescent"
+    "WB RB Levels White Fluorescent" "Olympus:WhiteBalance2" "White Balance 2"
+    "Olympus:WhiteBalance2:0" "Olympus:WhiteBalance2:1" "Auto (Keep Warm Color Off)"
+    "Olympus:WhiteBalance2:16" "7500K (Fine Weather with Shade)" "Olympus:WhiteBalance2:17"
+    "6000K (Cloudy)" "Olympus:WhiteBalance2:18" "5300K (Fine Weather)" "Olympus:WhiteBalance2:20"
+    "3000K (Tungsten light)" "Olympus:WhiteBalance2:21" "3600K (Tungsten light-like)"
+    "Olympus:WhiteBalance2:22" "Auto Setup" "Olympus:WhiteBalance2:23" "5500K (Flash)"
+    "Olympus:WhiteBalance2:256" "One Touch WB 1" "Olympus:WhiteBalance2:257" "One Touch WB 2"
+    "Olympus:WhiteBalance2:258" "One Touch WB 3" "Olympus:WhiteBalance2:259" "One Touch WB 4"
+    "Olympus:WhiteBalance2:33" "6600K (Daylight fluorescent)" "Olympus:WhiteBalance2:34"
+    "4500K (Neutral white fluorescent)" "Olympus:WhiteBalance2:35" "4000K (Cool white fluorescent)"
+    "Olympus:WhiteBalance2:36" "Olympus:WhiteBalance2:48" "Olympus:WhiteBalance2:512" "Custom WB 1"
+    "Olympus:WhiteBalance2:513" "Custom WB 2" "Olympus:WhiteBalance2:514" "Custom WB 3"
+    "Olympus:WhiteBalance2:515" "Custom WB 4" "Olympus:WhiteBalance2:67" "Underwater"
+    "Olympus:WhiteBalanceBias" "White Balance Bias" "Olympus:WhiteBalanceBracket"
+    "White Balance Bracket" "Olympus:WhiteBalanceComp" "White Balance Comp"
+    "Olympus:WhiteBalanceTemperature" "White Balance Temperature" "Olympus:WhiteBoard" "White Board"
+    "Olympus:YCbCrCoefficients" "Y Cb Cr Coefficients" "Olympus:ZoomStepCount" "Zoom Step Count"
+    "Olympus:ZoomedPreviewLength" "Zoomed Preview Length" "Olympus:ZoomedPreviewSize"
+    "Zoomed Preview Size" "Olympus:ZoomedPreviewStart" "Zoomed Preview Start" "光圈" "亮度" "色彩空间信息"
+    "注释" "对比度" "硬调" "标准" "软调" "原始数据产生的日期和时间" "数码变焦" "驱动模式" "曝光偏差" "曝光模式" "手动曝光" "光圈优先" "快门优先" "曝光时间"
+    "光圈数" "手动" "闪光补偿" "焦距" "对焦模式" "(none) |\302\240自动" "S-AF |\302\240手动" "灰阶" "未设置" "光源" "未知" "阴影"
+    "阴天" "晴天" "白炽灯" "日光色荧光灯（D5700-7100K）" "日光白色荧光灯（N4600-5500K）" "冷白色荧光灯（W3800-4500K）"
+    "白色荧光灯（WW3250-3800K）" "厂商" "镜头光圈最大值" "测量方式" "中央重点" "点测光" "型号" "减少噪声" "自动" "人物" "图像质量" "场景选择"
+    "Self Portrait |\302\240风景" "Indoor |\302\240夜景" "Landscape+Portrait |\302\240夕阳"
+    "Fireworks |\302\240夕阳" "Vivid |\302\240微距" "自动 |\302\240风景" "Sport |\302\240夜景"
+    "Night+Portrait |\302\240人物" "照相机标识" "阴影补偿" "锐度" "强" "弱" "快门速度" "缩略图" "色彩空间变换矩阵系数"
+    "Verrouillage AE" "Désactivé" "Activé" "Zones d'autofocus" "Point de l'Autofocus"
     "Cible unique |\302\240À gauche (ou non applicable)"
-    "Au Centre (horizontal) |\302\240En haut à gauche (horizontal)""En bas centré (horizontal)"
+    "Au Centre (horizontal) |\302\240En haut à gauche (horizontal)" "En bas centré (horizontal)"
     "En bas à droite (horizontal)"
-    "En haut au centre (vertical) |\302\240En haut à gauche (vertical)""Cible unique dynamique"
-    "En haut au centre (vertical)""En haut à droite (vertical)"
+    "En haut au centre (vertical) |\302\240En haut à gauche (vertical)" "Cible unique dynamique"
+    "En haut au centre (vertical)" "En haut à droite (vertical)"
     "À droite (vertical) |\302\240À gauche (vertical)"
-    "Au Milieu (vertical) |\302\240Au milieu à droite (vertical)""Au Centre (vertical)"
-    "En haut au centre (horizontal) |\302\240À droite""En bas à gauche (vertical)"
-    "En bas centré (vertical)""En bas à droite (vertical)""Non applicable""Aucun"
+    "Au Milieu (vertical) |\302\240Au milieu à droite (vertical)" "Au Centre (vertical)"
+    "En haut au centre (horizontal) |\302\240À droite" "En bas à gauche (vertical)"
+    "En bas centré (vertical)" "En bas à droite (vertical)" "Non applicable" "Aucun"
     "Au Centre (vertical) |\302\240En haut à droite (horizontal)"
     "À droite (horizontal) |\302\240À gauche (horizontal)"
-    "Au Milieu (horizontal) |\302\240Au milieu à droite (horizontal)""Au Centre (horizontal)"
-    "Toutes les cibles""En bas à gauche (horizontal)""Point AF sélectionné"
-    "Recherche de l'autofocus""Non prête""Prête""Ouverture""Flou artistique""Traitement croisé"
-    "Flou artistique 2""Traitement croisé II""Couleur partielle""Couleur partielle II"
-    "Couleur partielle III""Ratio d'aspect""Auto-Focus""Mode N&B""(aucun))""Niveau noir"
-    "Niveau de noir 2""Balance bleue""Version du micrologiciel du boitier""Luminosité"
-    "Saturation CM""Identifiant de l'appareil photo""Version des réglages de l'appareil photo"
-    "Température de l'appareil photo""Type d'appareil photo""Type d'appareil photo 2"
-    "Contrôle des couleurs""Matrice des couleurs""Matrice de couleurs 2"
-    "Numéro de la matrice de couleurs""Espace colorimétrique""sRVB""Adobe RVB""Commentaire"
-    "Contraste""Fort""Normale""Faible""Réglage du contraste""Lentille de conversion"
-    "Filtre de carrotage""Valeurs du filtre de carrotage""Hauteur de recadrage""Recadrage gauche"
-    "Recadrage supérieur""Largeur de recadrage""Saturation personnalisée""Dump de données"
-    "Dump de données 2""Date de création des données originales""Zoom numérique"
-    "Correction de la distorsion""Correction de la distorsion 2""Désactivée""Activée"
-    "Mode de prise de vue""Durée""Amplificateur""Valeurs de l'amplificateur"
-    "Version de l'équipement""Décalage d'exposition""Mode d'exposition""Exposition manuelle"
-    "Priorité ouverture""Priorité vitesse""Temps de pose""Extension""Aucune"
-    "Téléconvertisseur Olympus Zuiko Digital EC-14 1.4x""Tube d'extension Olympus EX-25"
+    "Au Milieu (horizontal) |\302\240Au milieu à droite (horizontal)" "Au Centre (horizontal)"
+    "Toutes les cibles" "En bas à gauche (horizontal)" "Point AF sélectionné"
+    "Recherche de l'autofocus" "Non prête" "Prête" "Ouverture" "Flou artistique" "Traitement croisé"
+    "Flou artistique 2" "Traitement croisé II" "Couleur partielle" "Couleur partielle II"
+    "Couleur partielle III" "Ratio d'aspect" "Auto-Focus" "Mode N&B" "(aucun))" "Niveau noir"
+    "Niveau de noir 2" "Balance bleue" "Version du micrologiciel du boitier" "Luminosité"
+    "Saturation CM" "Identifiant de l'appareil photo" "Version des réglages de l'appareil photo"
+    "Température de l'appareil photo" "Type d'appareil photo" "Type d'appareil photo 2"
+    "Contrôle des couleurs" "Matrice des couleurs" "Matrice de couleurs 2"
+    "Numéro de la matrice de couleurs" "Espace colorimétrique" "sRVB" "Adobe RVB" "Commentaire"
+    "Contraste" "Fort" "Normale" "Faible" "Réglage du contraste" "Lentille de conversion"
+    "Filtre de carrotage" "Valeurs du filtre de carrotage" "Hauteur de recadrage" "Recadrage gauche"
+    "Recadrage supérieur" "Largeur de recadrage" "Saturation personnalisée" "Dump de données"
+    "Dump de données 2" "Date de création des données originales" "Zoom numérique"
+    "Correction de la distorsion" "Correction de la distorsion 2" "Désactivée" "Activée"
+    "Mode de prise de vue" "Durée" "Amplificateur" "Valeurs de l'amplificateur"
+    "Version de l'équipement" "Décalage d'exposition" "Mode d'exposition" "Exposition manuelle"
+    "Priorité ouverture" "Priorité vitesse" "Temps de pose" "Extension" "Aucune"
+    "Téléconvertisseur Olympus Zuiko Digital EC-14 1.4x" "Tube d'extension Olympus EX-25"
     "Téléconvertisseur Olympus Zuiko Digital EC-20 2.0x"
-    "Numéro de série du micrologiciel de l'extension""Numéro de série de l'extension""Flash externe"
-    "Réflexion flash externe""Avec réflecteur ou Désactivé |\302\240Non""Direct |\302\240Oui"
-    "Numéro du guide du flash externe""Mode du flash externe""Zoom du flash externe""Diaphragme ƒ"
-    "Zone de détection du visage""Recadrage du cadre de détection du visage"
-    "Taille du cadre de détection du visage""Visages détectés""Numéro du fichier""Micrologiciel"
-    "Niveau de charge du flash""Mode de Contrôle du Flash""Manuel"
-    "Compensation d'exposition au flash""Version du micrologiciel du flash""Intensité du flash"
-    "Non applicable (x4)""Mode du flash""Flash désactivé""Flash activé""Flash activé forcé"
-    "Flash activé |\302\240Flash d'Appoint (Fill-in)""Flash 2ème rideau""Flash yeux rouge"
-    "Flash synchro lente""Modèle du Flash""Numéro de série du flash""Type de flash"
-    "Focale de l'objectif""Diagonale du plan focal""Distance focale""Version infos de focus"
-    "Mode de mise au point""(aucun) |\302\240Auto"
+    "Numéro de série du micrologiciel de l'extension" "Numéro de série de l'extension"
+    "Flash externe" "Réflexion flash externe" "Avec réflecteur ou Désactivé |\302\240Non"
+    "Direct |\302\240Oui" "Numéro du guide du flash externe" "Mode du flash externe"
+    "Zoom du flash externe" "Diaphragme ƒ" "Zone de détection du visage"
+    "Recadrage du cadre de détection du visage" "Taille du cadre de détection du visage"
+    "Visages détectés" "Numéro du fichier" "Micrologiciel" "Niveau de charge du flash"
+    "Mode de Contrôle du Flash" "Manuel" "Compensation d'exposition au flash"
+    "Version du micrologiciel du flash" "Intensité du flash" "Non applicable (x4)" "Mode du flash"
+    "Flash désactivé" "Flash activé" "Flash activé forcé"
+    "Flash activé |\302\240Flash d'Appoint (Fill-in)" "Flash 2ème rideau" "Flash yeux rouge"
+    "Flash synchro lente" "Modèle du Flash" "Numéro de série du flash" "Type de flash"
+    "Focale de l'objectif" "Diagonale du plan focal" "Distance focale" "Version infos de focus"
+    "Mode de mise au point" "(aucun) |\302\240Auto"
     "Manuelle |\302\240Prise de vue séquentielle en mise au point automatique"
-    "Cadre d'agrandissement Live View""Auto, continue AF""Capteur AF""Détection de visage"
-    "Ciel étoilé AF""Processus de mise au point""Autofocus non utilisé""Autofocus utilisé"
-    "Plage de mise au point""Nombre de pas du focus""Gain de référence""Tons sombres"
-    "Sélection utilisateur""Priorité automatique""Tons clairs""Sensibilité ISO"
-    "Version du traitement d'image""Qualité de l'image 2""Stabilisation de l'image""Activée, Mode 1"
-    "Activée, Mode 2""Activée, Mode 3""Activée, Mode 4""Zoom du flash interne"
-    "Numéro de série interne""Paramètres de distorsion de l'objectif"
-    "Version du micrologiciel de l'objectif""Modèle de l'objectif""Propriétés de l'objectif"
-    "Numéro de série de l'objectif""Type d'objectif""Source de lumière""Inconnue""Ombre""Nuageux"
-    "Beau temps""Tungstène (lumière incandescente)""Soleil du soir"
-    "Balance des blancs par simple pression""Lumière du jour Fluorescente""Jour blanc Fluorescent"
-    "Fluorescente type soft""Fluorescent blanc""Personnalisé 1-4""Super macro""Mode Macro"
-    "Fabricant""Version des informations spécifiques fabricant""Force du flash manuel"
-    "Distance de mise au point manuelle""Ouverture maximale""Ouverture à la focale maxi"
-    "Ouverture à la focale mini""Focale maxi""Mode de mesure""Spot+Ombre contrôlée"
-    "Moyenne pondérée centrale""Motif+AF""Spot+Mise en lumière contrôlée""Focale mini"
-    "Modèle de l'appareil photo""Saturation modifiée""CM1 (Amélioration rouge)"
-    "CM2 (Amélioration verte)""CM3 (Amélioration bleue)""CM4 (Tons de la chair)""Couleur monochrome"
-    "(aucune)""Sépia""Bleue""Violette""Verte""Filtre ND""Bas""Réduction du bruit"
-    "Réduction du bruit 2""(aucun)""Filtre anti-bruit""Filtre anti-bruit (Boost ISO)"
-    "(aucune) |\302\240Désactivée""Activée |\302\240Avec réduction du bruit""Avec filtre anti-bruit"
-    "Avec filtre anti-bruit (ISO Boost)""Hauteur d'image Olympus""Largeur d'image Olympus"
-    "Mode de l'image""Éclatant""Naturel""Mode d'image Filtre BW""Neutre""Jaune""Rouge""Vert"
-    "Mode de tonalité de l'image""Bleu""Violet""Angle de tangage""Aperçu de l'image"
-    "Données de l'aperçu""Longueur de l'aperçu""Début de l'aperçu""Aperçu valide""Non""Oui""Qualité"
-    "Espace couleur du développeur RAW""Photo Pro Adobe RVB""Valeur de contraste du développeur RAW"
-    "État d'édition du développeur RAW""Édité (Paysage)""Édité (Portrait)"
-    "Moteur du développeur RAW""Grande vitesse""Haute fonctionnalité""Grande vitesse avancée"
-    "Haute fonctionnalité avancée""Valeur du biais d'exposition du développeur RAW"
-    "Point gris du développeur RAW""Accentuation des couleurs en mémoire du développeur RAW"
-    "Réduction du bruit du développeur RAW""Accentuation de la saturation du développeur RAW"
-    "Réglages du développeur RAW""Balance des blancs Température de couleur""Netteté"
-    "Balance des blancs Point gris""Espace couleur""Haute fonction"
-    "Valeur de netteté du développeur RAW""Version du développeur RAW"
-    "Réglage fin de la Balance des blancs du développeur RAW""Température de couleur""Point gris"
-    "Valeur de la balance des blancs du développeur RAW""Information version RAW""Balance rouge"
-    "Résolution de l'image""Angle de roulis""Scène détectée""Données de scène détectée""Mode Scène"
-    "Normale |\302\240Standard""Autoportrait |\302\240Paysage""Filtre magique"
-    "Intérieur |\302\240Scène nocturne""Autoportrait |\302\240Mer & Montagne "
-    "Panorama |\302\240Plage""2 en 1 |\302\240Neige""Lumière stellaire à main levée"
-    "Autoportrait+Auto-Temporisation |\302\240Vidéo""Coucher de soleil |\302\240Paysage+Portrait"
-    "Cuisine |\302\240Nocturne+Portrait""Documents |\302\240Intérieur"
-    "Bougie |\302\240Feux d'artifice""Panoramique""Auto."
-    "Coucher de soleil |\302\240Feux d'artifice""Sentiers lumineux""Contre-jour HDR""Silencieux"
-    "Prise de vue multi-focus""Beauté de la peau |\302\240Lumière disponible"
-    "Macro |\302\240Éclatant""Plan large sous-marin 1 |\302\240Super macro"
-    "Alimentation |\302\240Macro subaquatique""Documents |\302\240Musée"
-    "Derrière la vitre |\302\240Musée""Photographier et sélectionner |\302\240Vente aux enchères"
+    "Cadre d'agrandissement Live View" "Auto, continue AF" "Capteur AF" "Détection de visage"
+    "Ciel étoilé AF" "Processus de mise au point" "Autofocus non utilisé" "Autofocus utilisé"
+    "Plage de mise au point" "Nombre de pas du focus" "Gain de référence" "Tons sombres"
+    "Sélection utilisateur" "Priorité automatique" "Tons clairs" "Sensibilité ISO"
+    "Version du traitement d'image" "Qualité de l'image 2" "Stabilisation de l'image"
+    "Activée, Mode 1" "Activée, Mode 2" "Activée, Mode 3" "Activée, Mode 4" "Zoom du flash interne"
+    "Numéro de série interne" "Paramètres de distorsion de l'objectif"
+    "Version du micrologiciel de l'objectif" "Modèle de l'objectif" "Propriétés de l'objectif"
+    "Numéro de série de l'objectif" "Type d'objectif" "Source de lumière" "Inconnue" "Ombre"
+    "Nuageux" "Beau temps" "Tungstène (lumière incandescente)" "Soleil du soir"
+    "Balance des blancs par simple pression" "Lumière du jour Fluorescente" "Jour blanc Fluorescent"
+    "Fluorescente type soft" "Fluorescent blanc" "Personnalisé 1-4" "Super macro" "Mode Macro"
+    "Fabricant" "Version des informations spécifiques fabricant" "Force du flash manuel"
+    "Distance de mise au point manuelle" "Ouverture maximale" "Ouverture à la focale maxi"
+    "Ouverture à la focale mini" "Focale maxi" "Mode de mesure" "Spot+Ombre contrôlée"
+    "Moyenne pondérée centrale" "Motif+AF" "Spot+Mise en lumière contrôlée" "Focale mini"
+    "Modèle de l'appareil photo" "Saturation modifiée" "CM1 (Amélioration rouge)"
+    "CM2 (Amélioration verte)" "CM3 (Amélioration bleue)" "CM4 (Tons de la chair)"
+    "Couleur monochrome" "(aucune)" "Sépia" "Bleue" "Violette" "Verte" "Filtre ND" "Bas"
+    "Réduction du bruit" "Réduction du bruit 2" "(aucun)" "Filtre anti-bruit"
+    "Filtre anti-bruit (Boost ISO)" "(aucune) |\302\240Désactivée"
+    "Activée |\302\240Avec réduction du bruit" "Avec filtre anti-bruit"
+    "Avec filtre anti-bruit (ISO Boost)" "Hauteur d'image Olympus" "Largeur d'image Olympus"
+    "Mode de l'image" "Éclatant" "Naturel" "Mode d'image Filtre BW" "Neutre" "Jaune" "Rouge" "Vert"
+    "Mode de tonalité de l'image" "Bleu" "Violet" "Angle de tangage" "Aperçu de l'image"
+    "Données de l'aperçu" "Longueur de l'aperçu" "Début de l'aperçu" "Aperçu valide" "Non" "Oui"
+    "Qualité" "Espace couleur du développeur RAW" "Photo Pro Adobe RVB"
+    "Valeur de contraste du développeur RAW" "État d'édition du développeur RAW" "Édité (Paysage)"
+    "Édité (Portrait)" "Moteur du développeur RAW" "Grande vitesse" "Haute fonctionnalité"
+    "Grande vitesse avancée" "Haute fonctionnalité avancée"
+    "Valeur du biais d'exposition du développeur RAW" "Point gris du développeur RAW"
+    "Accentuation des couleurs en mémoire du développeur RAW"
+    "Réduction du bruit du développeur RAW" "Accentuation de la saturation du développeur RAW"
+    "Réglages du développeur RAW" "Balance des blancs Température de couleur" "Netteté"
+    "Balance des blancs Point gris" "Espace couleur" "Haute fonction"
+    "Valeur de netteté du développeur RAW" "Version du développeur RAW"
+    "Réglage fin de la Balance des blancs du développeur RAW" "Température de couleur" "Point gris"
+    "Valeur de la balance des blancs du développeur RAW" "Information version RAW" "Balance rouge"
+    "Résolution de l'image" "Angle de roulis" "Scène détectée" "Données de scène détectée"
+    "Mode Scène" "Normale |\302\240Standard" "Autoportrait |\302\240Paysage" "Filtre magique"
+    "Intérieur |\302\240Scène nocturne" "Autoportrait |\302\240Mer & Montagne "
+    "Panorama |\302\240Plage" "2 en 1 |\302\240Neige" "Lumière stellaire à main levée"
+    "Autoportrait+Auto-Temporisation |\302\240Vidéo" "Coucher de soleil |\302\240Paysage+Portrait"
+    "Cuisine |\302\240Nocturne+Portrait" "Documents |\302\240Intérieur"
+    "Bougie |\302\240Feux d'artifice" "Panoramique" "Auto."
+    "Coucher de soleil |\302\240Feux d'artifice" "Sentiers lumineux" "Contre-jour HDR" "Silencieux"
+    "Prise de vue multi-focus" "Beauté de la peau |\302\240Lumière disponible"
+    "Macro |\302\240Éclatant" "Plan large sous-marin 1 |\302\240Super macro"
+    "Alimentation |\302\240Macro subaquatique" "Documents |\302\240Musée"
+    "Derrière la vitre |\302\240Musée" "Photographier et sélectionner |\302\240Vente aux enchères"
     "Mer & Montagne  |\302\240Photographier et sélectionner 1"
-    "Autoportrait+Temporisateur |\302\240Photographier et sélectionner 2""Auto Intelligent"
+    "Autoportrait+Temporisateur |\302\240Photographier et sélectionner 2" "Auto Intelligent"
     "Bougie |\302\240Plan large sous-marin 2"
     "Lumière disponible |\302\240Stabilisation numérique de l'image"
-    "Derrière la vitre |\302\240Portrait de visage""Animal de compagnie |\302\240Mon mode"
+    "Derrière la vitre |\302\240Portrait de visage" "Animal de compagnie |\302\240Mon mode"
     "Animal de compagnie |\302\240Prise de vue sur sourire"
-    "Obturateur rapide |\302\240Plan large sous-marin 1""Macro subaquatique"
-    "Photographier et sélectionner 1""Photographier et sélectionner 2"
-    "Stabilisation numérique de l'image""Vente aux enchères""Plage"
-    "Lumière stellaire à main levée |\302\240Neige""Plan large sous-marin 2""Enfants""Macro Nature"
-    "Prise de vue Subaquatique""Paysage+Portrait""Guide de prise de vue""Portrait de visage"
-    "Ampoule""Prise de vue sur sourire""Auto. |\302\240Paysage""Obturateur rapide"
-    "Obturateur à vitesse lente""Observation des oiseaux""Exposition multiple"
-    "Prise de vue en arrière-plan doux""Scène nocturne |\302\240Sport"
-    "Nocturne+Portrait |\302\240Portrait""Paysage+Portrait |\302\240Sport""Zone du capteur"
-    "Calibrage du capteur""Capteur de température""Numéro de série""Compensation de l'ombrage"
-    "Compensation de l'ombrage 2""Dure""Douce""Facteur de netteté""Réglage de netteté"
-    "Vitesse d'obturation""Mode spécial""HDR 1""HDR 2""Hauteur de la vignette""Vignette"
-    "Longueur de la vignette""Décalage de la vignette""Niveau de tonalité""Moyen""Ombres""Lumineux"
-    "Bits valides""Niveau balance des blancs G""Niveau balance des blancs G 3000K"
-    "Niveau balance des blancs G 3300K""Niveau balance des blancs G 3600K"
-    "Niveau balance des blancs G 3900K""Niveau balance des blancs G 4000K"
-    "Niveau balance des blancs G 4300K""Niveau balance des blancs G 4500K"
-    "Niveau balance des blancs G 4800K""Niveau balance des blancs G 5300K"
-    "Niveau balance des blancs G 6000K""Niveau balance des blancs G 6600K"
-    "Niveau balance des blancs G 7500K""Niveaux balance des blancs RB"
-    "Niveaux balance des blancs RB 3000K""Niveaux balance des blancs RB 3300K"
-    "Niveaux balance des blancs RB 3600K""Niveaux balance des blancs RB 3800K"
-    "Niveaux balance des blancs RB 4000K""Niveaux balance des blancs RB 4300K"
-    "Niveaux balance des blancs RB 4500K""Niveaux balance des blancs RB 4800K"
-    "Niveaux balance des blancs RB 5300K""Niveaux balance des blancs RB 6000K"
-    "Niveaux balance des blancs RB 6600K""Niveaux balance des blancs RB 7500K"
-    "Niveaux balance des blancs RB Automatique""Niveaux balance des blancs RB CWB 1"
-    "Niveaux balance des blancs RB CWB 2""Niveaux balance des blancs RB CWB 3"
-    "Niveaux balance des blancs RB CWB 4""Niveaux balance des blancs RB nuageux"
-    "Balance des Blancs des niveaux RB ombre""Balance des Blancs des niveaux RB tungstène"
-    "Balance des blancs 2""Auto (Maintien de la couleur chaude désactivé)"
-    "7500K (Beau temps avec de l'ombre)""6000K (Nuageux)""5300K (Beau temps)"
-    "3000K (Lumière au tungstène)""3600K (Similaire à la lumière du tungstène)"
-    "Configuration automatique""Balance des blancs par simple pression 1"
-    "Balance des blancs par simple pression 2""Balance des blancs par simple pression 3"
-    "6600K (Lumière du jour fluorescente)""4500K (Fluorescent blanc neutre)"
-    "4000K (Fluorescent blanc froid)""Balance des blancs personnalisée 1"
-    "Balance des blancs personnalisée 2""Balance des blancs personnalisée 3"
-    "Balance des blancs personnalisée 4""Sous-marine""Décalage de Balance des blancs"
-    "Bracket de la balance des blancs""Température de la balance des blancs"
-    "Coefficients de la matrice de transformation de l'espace colorimétrique""Nombre de pas du zoom"
-    "Belichtungsspeicher""Aus""Ein""AF-Bereiche""AF-Feinabstimmung""Gewählter AF-Punkt"
-    "(keiner) |\302\240Links (oder Nicht gesetzt)"
-    "Mitte (horizontal) |\302\240Oben Links (horizontal)""Unten Mitte (horizontal)"
-    "Unten Rechts (horizontal)""Oben Links (vertikal) |\302\240Oben Mitte (vertikal)"
-    "Oben Mitte (vertikal)""Oben Rechts (vertikal)""Links (vertikal) |\302\240Rechts (vertikal)"
-    "Links mitte (vertikal) |\302\240Rechts mitte (vertikal)""Mitte (vertikal)"
-    "Oben Mitte (horizontal) |\302\240Rechts""Unten Links (vertikal)""Unten Mitte (vertikal)"
-    "Unten Rechts (vertikal)""(nicht gesetzt)""Keiner"
+    "Obturateur rapide |\302\240Plan large sous-marin 1" "Macro subaquatique"
+    "Photographier et sélectionner 1" "Photographier et sélectionner 2"
+    "Stabilisation numérique de l'image" "Vente aux enchères" "Plage"
+    "Lumière stellaire à main levée |\302\240Neige" "Plan large sous-marin 2" "Enfants"
+    "Macro Nature" "Prise de vue Subaquatique" "Paysage+Portrait" "Guide de prise de vue"
+    "Portrait de visage" "Ampoule" "Prise de vue sur sourire" "Auto. |\302\240Paysage"
+    "Obturateur rapide" "Obturateur à vitesse lente" "Observation des oiseaux" "Exposition multiple"
+    "Prise de vue en arrière-plan doux" "Scène nocturne |\302\240Sport"
+    "Nocturne+Portrait |\302\240Portrait" "Paysage+Portrait |\302\240Sport" "Zone du capteur"
+    "Calibrage du capteur" "Capteur de température" "Numéro de série" "Compensation de l'ombrage"
+    "Compensation de l'ombrage 2" "Dure" "Douce" "Facteur de netteté" "Réglage de netteté"
+    "Vitesse d'obturation" "Mode spécial" "HDR 1" "HDR 2" "Hauteur de la vignette" "Vignette"
+    "Longueur de la vignette" "Décalage de la vignette" "Niveau de tonalité" "Moyen" "Ombres"
+    "Lumineux" "Bits valides" "Niveau balance des blancs G" "Niveau balance des blancs G 3000K"
+    "Niveau balance des blancs G 3300K" "Niveau balance des blancs G 3600K"
+    "Niveau balance des blancs G 3900K" "Niveau balance des blancs G 4000K"
+    "Niveau balance des blancs G 4300K" "Niveau balance des blancs G 4500K"
+    "Niveau balance des blancs G 4800K" "Niveau balance des blancs G 5300K"
+    "Niveau balance des blancs G 6000K" "Niveau balance des blancs G 6600K"
+    "Niveau balance des blancs G 7500K" "Niveaux balance des blancs RB"
+    "Niveaux balance des blancs RB 3000K" "Niveaux balance des blancs RB 3300K"
+    "Niveaux balance des blancs RB 3600K" "Niveaux balance des blancs RB 3800K"
+    "Niveaux balance des blancs RB 4000K" "Niveaux balance des blancs RB 4300K"
+    "Niveaux balance des blancs RB 4500K" "Niveaux balance des blancs RB 4800K"
+    "Niveaux balance des blancs RB 5300K" "Niveaux balance des blancs RB 6000K"
+    "Niveaux balance des blancs RB 6600K" "Niveaux balance des blancs RB 7500K"
+    "Niveaux balance des blancs RB Automatique" "Niveaux balance des blancs RB CWB 1"
+    "Niveaux balance des blancs RB CWB 2" "Niveaux balance des blancs RB CWB 3"
+    "Niveaux balance des blancs RB CWB 4" "Niveaux balance des blancs RB nuageux"
+    "Balance des Blancs des niveaux RB ombre" "Balance des Blancs des niveaux RB tungstène"
+    "Balance des blancs 2" "Auto (Maintien de la couleur chaude désactivé)"
+    "7500K (Beau temps avec de l'ombre)" "6000K (Nuageux)" "5300K (Beau temps)"
+    "3000K (Lumière au tungstène)" "3600K (Similaire à la lumière du tungstène)"
+    "Configuration automatique" "Balance des blancs par simple pression 1"
+    "Balance des blancs par simple pression 2" "Balance des blancs par simple pression 3"
+    "6600K (Lumière du jour fluorescente)" "4500K (Fluorescent blanc neutre)"
+    "4000K (Fluorescent blanc froid)" "Balance des blancs personnalisée 1"
+    "Balance des blancs personnalisée 2" "Balance des blancs personnalisée 3"
+    "Balance des blancs personnalisée 4" "Sous-marine" "Décalage de Balance des blancs"
+    "Bracket de la balance des blancs" "Température de la balance des blancs"
+    "Coefficients de la matrice de transformation de l'espace colorimétrique"
+    "Nombre de pas du zoom" "Belichtungsspeicher" "Aus" "Ein" "AF-Bereiche" "AF-Feinabstimmung"
+    "Gewählter AF-Punkt" "(keiner) |\302\240Links (oder Nicht gesetzt)"
+    "Mitte (horizontal) |\302\240Oben Links (horizontal)" "Unten Mitte (horizontal)"
+    "Unten Rechts (horizontal)" "Oben Links (vertikal) |\302\240Oben Mitte (vertikal)"
+    "Oben Mitte (vertikal)" "Oben Rechts (vertikal)" "Links (vertikal) |\302\240Rechts (vertikal)"
+    "Links mitte (vertikal) |\302\240Rechts mitte (vertikal)" "Mitte (vertikal)"
+    "Oben Mitte (horizontal) |\302\240Rechts" "Unten Links (vertikal)" "Unten Mitte (vertikal)"
+    "Unten Rechts (vertikal)" "(nicht gesetzt)" "Keiner"
     "Mitte (vertikal) |\302\240Oben Rechts (horizontal)"
     "Links (horizontal) |\302\240Rechts (horizontal)"
-    "Links mitte (horizontal) |\302\240Rechts mitte (horizontal)""Mitte (horizontal)"
-    "Unten Links (horizontal)""AF gewählter Punkt""AF Fokussierung""Nicht bereit""Bereit""Blende"
-    "Kunst Filter""Weichzeichner""Fischauge""Zeichnung""Weichzeichner 2""Perleffekt""Wasserfarbe"
-    "Reflektierung""Wasserfarbe II""Filtereffekt Kunst""Ohne Effekt""Schwarz/Weiß""Bildformat"
-    "Auto-Fokus""Deaktiviert""Aktiviert""Schwarz-Weiß Modus""Schwarzwert""Schwarzwert 2"
-    "Farbabgleich Blau""Kamera-Firmware-Version""Helligkeit""CM Kontrast""CM Belichtungskorrektur"
-    "CM Farbton""CM Farbsättigung""CM Schärfe""CM Weißabgleich""CM Weißabgleichsausgleich"
-    "CM Weißabgleich Graupunkt""Kamera ID""Kameraeinstellungen-Version""Kamera-Temperatur"
-    "Kameratyp""Kameratyp 2""Farb-Matrix""Farbmatrix 2""Farbmatrix Nummer""Farbraum""Kommentar"
-    "Komprimierte Bildgröße""Komprimierungsfaktor""Komprimierungsrate""Kontrast""Stark""Leicht"
-    "Kontrasteinstellung""Vorsatzlinse""Coring Werte""Ausschnitt Höhe""Ausschnitt Links"
-    "Ausschnitt Oben""Ausschnitt Breite""Daten-Dump""Daten-Dump 2""Erstellungsdatum/-uhrzeit"
-    "Digital-Zoom""Verzeichnungskorrektur""Verzeichnungskorrektur 2""Aufnahmeart""Dauer"
-    "Epson-Bildhöhe""Epson-Bildbreite""Equipment-Version""Belichtungskorrektur""Belichtungsmodus"
-    "Manuelle Belichtung""Programmautomatik""Blendenpriorität""Verschlusspriorität""Programm-Shift"
-    "Belichtungsdauer""Konverter""Konverter-Firmware-Version""Konverter-Modell"
-    "Konverter-Seriennummer""Externer Blitz""Externer Blitz AE1""Externer Blitz AE1 0"
-    "Externer Blitz AE2""Externer Blitz AE2 0""Externer Blitz - Bounce""Bounce or Off |\302\240Nein"
-    "Direkt |\302\240Ja""Externer Blitz Leitzahl""Leitzahl des externen Blitzgeräts"
-    "Slave-Blitz-Messfeld 3""Externer Blitz-Zoom""F-Wert""Gesichtserkennung Bereich"
-    "Gesichtserkennung Bereichsgröße""Gesichter erkannt""Dateinummer""Blitzlichtsteuerungsmodus"
-    "Manuell""Blitzgerät""Keines""Intern""Extern""Intern + Extern""Blitzbelichtungskorrektur"
-    "Blitz-Firmware-Version""Blitz Stärke""Blitz-Modus""Aufhellen |\302\240Ein"
-    "Auf 2. Verschlußvorhang""Rote Augen""Blitz-Modell""Blitz Fernauslöser""Blitz-Seriennummer"
-    "Blitztyp""Brennweite""Diagonale des Sensors""Fokus-Distanz""FokusInfo Version""Fokus-Modus"
-    "Automatisch |\302\240Einpunkt AF""Manuell |\302\240S-AF""Mehrpunkt AF""Gesichtserkennung AF"
-    "Fokussierung""Ohne AF""Mit AF""Fokus-Bereich""Makro""Fokus-Stufenzähler""Fokus-Stufe Unendlich"
-    "Fokus-Stufe Nah""Low-Key""Benutzerauswahl""Automatisch""High-Key""Farbtoneinstellung"
-    "ISO-Empfindlichkeit""Bildverarbeitung Version""Bildqualität 2""Bildstabilisierung"
-    "Ein, Modus 1""Ein, Modus 2""Ein, Modus 3""Ein, Modus 4""Integriertes Blitzgerät"
-    "Integriertes Blitzgerät AE1""Integriertes Blitzgerät AE1 0""Integriertes Blitzgerät AE2"
-    "Integriertes Blitzgerät AE2 0""Interne Seriennummer""Objektiv Verzeichnungsparameter"
-    "Objektiv-Firmware-Version""Objektiv-Typ""Objektivfunktionen?""Objektiv-Seriennummer"
-    "Objektivtyp""Lichtquelle""Unbekannt""Schatten""Bewölkt""Wolkenlos""Kunstlicht (Glühbirne)"
-    "Abendstimmung""Sofort-Weißabgleich""Neonlicht tageslichtweiß""Neonlicht neutralweiß"
-    "Neonlicht kaltweiß""Neonlicht universalweiß""Super-Makro""Makro LED""Makro-Modus""Wasserfarben"
-    "Gerätehersteller""MakerNote-Version""Gemessener Luft- bzw. Wasserdruck"
-    "Berechnete Höhe oder Tauchtiefe""Manueller Blitz""Manuelle Blitzstärke""Manuelle Fokusdistanz"
-    "Größte Blende""Größte Blende bei größter Brennweite""Größte Blende bei geringster Brennweite"
-    "Größte Brennweite""Belichtungsmessmethode""Spot+Schattenbetont""Mittenbetont""Spotmessung"
-    "Spot+Helligkeitsbetont""Kleinste Brennweite""Kameramodell""Ein (2 Bilder""Ein (3 Bilder"
-    "ND-Filter""Rauschfilter""Hoch""Rauschreduktion""Rauschunterdrückung 2"
-    "Rauschfilter (ISO Boost)""(none) |\302\240Aus""Ein |\302\240Rauschreduktion""Olympus-Bildhöhe"
-    "Olympus-Bildbreite""Ein (Preset)""Panorama Modus""Motivprogramm""Natur""Porträt"
-    "Motivprogramm S/W Filter""Gelb""Rot""Grün""Motivprogramm Kontrast""Motivprogramm Effekt"
-    "Niedrig""Motivprogramm Farbton""Motivprogramm Farbsättigung""Motivprogramm Schärfe"
-    "Motivprogramm Tonwert""Blau""Lila""Vorschaubild""Vorschaubild-Daten""Vorschaubild-Datenlänge"
-    "Vorschaubild-Datenposition""Vorschaubild gültig""Nein""Ja""Qualität""RAW Rauschunterdrückung"
-    "Natürlich""Farbtemperatur""RawInfo Version""Farbabgleich Rot""Bildauflösung"
-    "Sättigungseinstellung""Szenen-Modus""Landschaft |\302\240Selbstporträt"
-    "Innenaufnahme |\302\240Nachtszene""Selbstporträt |\302\240Strand & Schnee"
-    "Panorama |\302\240Strand""2 in 1 |\302\240Schnee""Movie |\302\240Selbstporträt+Selbstauslöser"
-    "Landschaft+Porträt |\302\240Sonnenuntergang""Cuisine |\302\240Nacht+Porträt"
-    "Dokumente |\302\240Innenaufnahme""Feuerwerk |\302\240Kerzenlicht"
-    "Feuerwerk |\302\240Sonnenuntergang""Beauty Skin |\302\240Verfügbares Licht"
-    "Makro |\302\240Vivid""Super-Makro |\302\240Unterwasserlandschaft"
-    "Lebensmittel |\302\240Unterwasser Makro""Dokumente |\302\240Museum""Hinterglas |\302\240Museum"
-    "Shoot & Select1 |\302\240Strand & Schnee""Kerzenlicht |\302\240Unterwasserlandschaft 2"
-    "Digital Image Stabilization |\302\240Verfügbares Licht""Face Portrait |\302\240Hinterglas"
-    "Benutzerdefiniert |\302\240Haustiere""Haustiere |\302\240Smile Shot"
-    "Quick Shutter |\302\240Unterwasserlandschaft""Unterwasser Makro""Strand"
-    "Hand-held Starlight |\302\240Schnee""Unterwasserlandschaft 2""Kinder""Landschaft+Porträt"
-    "Automatisch |\302\240Landschaft""Nachtszene |\302\240Sport""Nacht+Porträt |\302\240Porträt"
-    "Landschaft+Porträt |\302\240Sport""Sensor Temperatur""Seriennummer""Schattenaufhellung"
-    "Schattenaufhellung 2""Schärfe""Schärfungsfaktor""Schärfeeinstellung""Belichtungszeit"
-    "Spezialmodus""Miniaturbild-Höhe""Miniaturbild""Miniaturbild-Datenlänge"
-    "Miniaturbild-Datenposition""Miniaturbild-Breite""Verwendete Bits""Farbtiefe"
-    "Weißabgleich G-Farbverteilung""Weißabgleich G-Farbverteilung 3000K"
-    "Weißabgleich G-Farbverteilung 3300K""Weißabgleich G-Farbverteilung 3600K"
-    "Weißabgleich G-Farbverteilung 3900K""Weißabgleich G-Farbverteilung 4000K"
-    "Weißabgleich G-Farbverteilung 4300K""Weißabgleich G-Farbverteilung 4500K"
-    "Weißabgleich G-Farbverteilung 4800K""Weißabgleich G-Farbverteilung 5300K"
-    "Weißabgleich G-Farbverteilung 6000K""Weißabgleich G-Farbverteilung 6600K"
-    "Weißabgleich G-Farbverteilung 7500K""Weißabgleich RB-Farbverteilung"
-    "Weißabgleich RB-Farbverteilung 3000K""Weißabgleich RB-Farbverteilung 3300K"
-    "Weißabgleich RB-Farbverteilung 3600K""Weißabgleich RB-Farbverteilung 3800K"
-    "Weißabgleich RB-Farbverteilung 4000K""Weißabgleich RB-Farbverteilung 4300K"
-    "Weißabgleich RB-Farbverteilung 4500K""Weißabgleich RB-Farbverteilung 4800K"
-    "Weißabgleich RB-Farbverteilung 5300K""Weißabgleich RB-Farbverteilung 6000K"
-    "Weißabgleich RB-Farbverteilung 6600K""Weißabgleich RB-Farbverteilung 7500K"
-    "Weißabgleich RB-Farbverteilung Automatik""Weißabgleich RB-Farbverteilung CWB1"
-    "Weißabgleich RB-Farbverteilung CWB2""Weißabgleich RB-Farbverteilung CWB3"
-    "Weißabgleich RB-Farbverteilung CWB4""Weißabgleich RB-Farbverteilung Bewölkt"
+    "Links mitte (horizontal) |\302\240Rechts mitte (horizontal)" "Mitte (horizontal)"
+    "Unten Links (horizontal)" "AF gewählter Punkt" "AF Fokussierung" "Nicht bereit" "Bereit"
+    "Blende" "Kunst Filter" "Weichzeichner" "Fischauge" "Zeichnung" "Weichzeichner 2" "Perleffekt"
+    "Wasserfarbe" "Reflektierung" "Wasserfarbe II" "Filtereffekt Kunst" "Ohne Effekt" "Schwarz/Weiß"
+    "Bildformat" "Auto-Fokus" "Deaktiviert" "Aktiviert" "Schwarz-Weiß Modus" "Schwarzwert"
+    "Schwarzwert 2" "Farbabgleich Blau" "Kamera-Firmware-Version" "Helligkeit" "CM Kontrast"
+    "CM Belichtungskorrektur" "CM Farbton" "CM Farbsättigung" "CM Schärfe" "CM Weißabgleich"
+    "CM Weißabgleichsausgleich" "CM Weißabgleich Graupunkt" "Kamera ID"
+    "Kameraeinstellungen-Version" "Kamera-Temperatur" "Kameratyp" "Kameratyp 2" "Farb-Matrix"
+    "Farbmatrix 2" "Farbmatrix Nummer" "Farbraum" "Kommentar" "Komprimierte Bildgröße"
+    "Komprimierungsfaktor" "Komprimierungsrate" "Kontrast" "Stark" "Leicht" "Kontrasteinstellung"
+    "Vorsatzlinse" "Coring Werte" "Ausschnitt Höhe" "Ausschnitt Links" "Ausschnitt Oben"
+    "Ausschnitt Breite" "Daten-Dump" "Daten-Dump 2" "Erstellungsdatum/-uhrzeit" "Digital-Zoom"
+    "Verzeichnungskorrektur" "Verzeichnungskorrektur 2" "Aufnahmeart" "Dauer" "Epson-Bildhöhe"
+    "Epson-Bildbreite" "Equipment-Version" "Belichtungskorrektur" "Belichtungsmodus"
+    "Manuelle Belichtung" "Programmautomatik" "Blendenpriorität" "Verschlusspriorität"
+    "Programm-Shift" "Belichtungsdauer" "Konverter" "Konverter-Firmware-Version" "Konverter-Modell"
+    "Konverter-Seriennummer" "Externer Blitz" "Externer Blitz AE1" "Externer Blitz AE1 0"
+    "Externer Blitz AE2" "Externer Blitz AE2 0" "Externer Blitz - Bounce"
+    "Bounce or Off |\302\240Nein" "Direkt |\302\240Ja" "Externer Blitz Leitzahl"
+    "Leitzahl des externen Blitzgeräts" "Slave-Blitz-Messfeld 3" "Externer Blitz-Zoom" "F-Wert"
+    "Gesichtserkennung Bereich" "Gesichtserkennung Bereichsgröße" "Gesichter erkannt" "Dateinummer"
+    "Blitzlichtsteuerungsmodus" "Manuell" "Blitzgerät" "Keines" "Intern" "Extern" "Intern + Extern"
+    "Blitzbelichtungskorrektur" "Blitz-Firmware-Version" "Blitz Stärke" "Blitz-Modus"
+    "Aufhellen |\302\240Ein" "Auf 2. Verschlußvorhang" "Rote Augen" "Blitz-Modell"
+    "Blitz Fernauslöser" "Blitz-Seriennummer" "Blitztyp" "Brennweite" "Diagonale des Sensors"
+    "Fokus-Distanz" "FokusInfo Version" "Fokus-Modus" "Automatisch |\302\240Einpunkt AF"
+    "Manuell |\302\240S-AF" "Mehrpunkt AF" "Gesichtserkennung AF" "Fokussierung" "Ohne AF" "Mit AF"
+    "Fokus-Bereich" "Makro" "Fokus-Stufenzähler" "Fokus-Stufe Unendlich" "Fokus-Stufe Nah" "Low-Key"
+    "Benutzerauswahl" "Automatisch" "High-Key" "Farbtoneinstellung" "ISO-Empfindlichkeit"
+    "Bildverarbeitung Version" "Bildqualität 2" "Bildstabilisierung" "Ein, Modus 1" "Ein, Modus 2"
+    "Ein, Modus 3" "Ein, Modus 4" "Integriertes Blitzgerät" "Integriertes Blitzgerät AE1"
+    "Integriertes Blitzgerät AE1 0" "Integriertes Blitzgerät AE2" "Integriertes Blitzgerät AE2 0"
+    "Interne Seriennummer" "Objektiv Verzeichnungsparameter" "Objektiv-Firmware-Version"
+    "Objektiv-Typ" "Objektivfunktionen?" "Objektiv-Seriennummer" "Objektivtyp" "Lichtquelle"
+    "Unbekannt" "Schatten" "Bewölkt" "Wolkenlos" "Kunstlicht (Glühbirne)" "Abendstimmung"
+    "Sofort-Weißabgleich" "Neonlicht tageslichtweiß" "Neonlicht neutralweiß" "Neonlicht kaltweiß"
+    "Neonlicht universalweiß" "Super-Makro" "Makro LED" "Makro-Modus" "Wasserfarben"
+    "Gerätehersteller" "MakerNote-Version" "Gemessener Luft- bzw. Wasserdruck"
+    "Berechnete Höhe oder Tauchtiefe" "Manueller Blitz" "Manuelle Blitzstärke"
+    "Manuelle Fokusdistanz" "Größte Blende" "Größte Blende bei größter Brennweite"
+    "Größte Blende bei geringster Brennweite" "Größte Brennweite" "Belichtungsmessmethode"
+    "Spot+Schattenbetont" "Mittenbetont" "Spotmessung" "Spot+Helligkeitsbetont"
+    "Kleinste Brennweite" "Kameramodell" "Ein (2 Bilder" "Ein (3 Bilder" "ND-Filter" "Rauschfilter"
+    "Hoch" "Rauschreduktion" "Rauschunterdrückung 2" "Rauschfilter (ISO Boost)"
+    "(none) |\302\240Aus" "Ein |\302\240Rauschreduktion" "Olympus-Bildhöhe" "Olympus-Bildbreite"
+    "Ein (Preset)" "Panorama Modus" "Motivprogramm" "Natur" "Porträt" "Motivprogramm S/W Filter"
+    "Gelb" "Rot" "Grün" "Motivprogramm Kontrast" "Motivprogramm Effekt" "Niedrig"
+    "Motivprogramm Farbton" "Motivprogramm Farbsättigung" "Motivprogramm Schärfe"
+    "Motivprogramm Tonwert" "Blau" "Lila" "Vorschaubild" "Vorschaubild-Daten"
+    "Vorschaubild-Datenlänge" "Vorschaubild-Datenposition" "Vorschaubild gültig" "Nein" "Ja"
+    "Qualität" "RAW Rauschunterdrückung" "Natürlich" "Farbtemperatur" "RawInfo Version"
+    "Farbabgleich Rot" "Bildauflösung" "Sättigungseinstellung" "Szenen-Modus"
+    "Landschaft |\302\240Selbstporträt" "Innenaufnahme |\302\240Nachtszene"
+    "Selbstporträt |\302\240Strand & Schnee" "Panorama |\302\240Strand" "2 in 1 |\302\240Schnee"
+    "Movie |\302\240Selbstporträt+Selbstauslöser" "Landschaft+Porträt |\302\240Sonnenuntergang"
+    "Cuisine |\302\240Nacht+Porträt" "Dokumente |\302\240Innenaufnahme"
+    "Feuerwerk |\302\240Kerzenlicht" "Feuerwerk |\302\240Sonnenuntergang"
+    "Beauty Skin |\302\240Verfügbares Licht" "Makro |\302\240Vivid"
+    "Super-Makro |\302\240Unterwasserlandschaft" "Lebensmittel |\302\240Unterwasser Makro"
+    "Dokumente |\302\240Museum" "Hinterglas |\302\240Museum"
+    "Shoot & Select1 |\302\240Strand & Schnee" "Kerzenlicht |\302\240Unterwasserlandschaft 2"
+    "Digital Image Stabilization |\302\240Verfügbares Licht" "Face Portrait |\302\240Hinterglas"
+    "Benutzerdefiniert |\302\240Haustiere" "Haustiere |\302\240Smile Shot"
+    "Quick Shutter |\302\240Unterwasserlandschaft" "Unterwasser Makro" "Strand"
+    "Hand-held Starlight |\302\240Schnee" "Unterwasserlandschaft 2" "Kinder" "Landschaft+Porträt"
+    "Automatisch |\302\240Landschaft" "Nachtszene |\302\240Sport" "Nacht+Porträt |\302\240Porträt"
+    "Landschaft+Porträt |\302\240Sport" "Sensor Temperatur" "Seriennummer" "Schattenaufhellung"
+    "Schattenaufhellung 2" "Schärfe" "Schärfungsfaktor" "Schärfeeinstellung" "Belichtungszeit"
+    "Spezialmodus" "Miniaturbild-Höhe" "Miniaturbild" "Miniaturbild-Datenlänge"
+    "Miniaturbild-Datenposition" "Miniaturbild-Breite" "Verwendete Bits" "Farbtiefe"
+    "Weißabgleich G-Farbverteilung" "Weißabgleich G-Farbverteilung 3000K"
+    "Weißabgleich G-Farbverteilung 3300K" "Weißabgleich G-Farbverteilung 3600K"
+    "Weißabgleich G-Farbverteilung 3900K" "Weißabgleich G-Farbverteilung 4000K"
+    "Weißabgleich G-Farbverteilung 4300K" "Weißabgleich G-Farbverteilung 4500K"
+    "Weißabgleich G-Farbverteilung 4800K" "Weißabgleich G-Farbverteilung 5300K"
+    "Weißabgleich G-Farbverteilung 6000K" "Weißabgleich G-Farbverteilung 6600K"
+    "Weißabgleich G-Farbverteilung 7500K" "Weißabgleich RB-Farbverteilung"
+    "Weißabgleich RB-Farbverteilung 3000K" "Weißabgleich RB-Farbverteilung 3300K"
+    "Weißabgleich RB-Farbverteilung 3600K" "Weißabgleich RB-Farbverteilung 3800K"
+    "Weißabgleich RB-Farbverteilung 4000K" "Weißabgleich RB-Farbverteilung 4300K"
+    "Weißabgleich RB-Farbverteilung 4500K" "Weißabgleich RB-Farbverteilung 4800K"
+    "Weißabgleich RB-Farbverteilung 5300K" "Weißabgleich RB-Farbverteilung 6000K"
+    "Weißabgleich RB-Farbverteilung 6600K" "Weißabgleich RB-Farbverteilung 7500K"
+    "Weißabgleich RB-Farbverteilung Automatik" "Weißabgleich RB-Farbverteilung CWB1"
+    "Weißabgleich RB-Farbverteilung CWB2" "Weißabgleich RB-Farbverteilung CWB3"
+    "Weißabgleich RB-Farbverteilung CWB4" "Weißabgleich RB-Farbverteilung Bewölkt"
     "Weißabgleich RB-Farbverteilung Neonlicht kaltweiß"
     "Weißabgleich RB-Farbverteilung Neonlicht neutralweiß"
     "Weißabgleich RB-Farbverteilung Neonlicht tageslichtweiß"
-    "Weißabgleich RB-Farbverteilung Sonnenuntergang""Weißabgleich RB-Farbverteilung Wolkenlos"
-    "Weißabgleich RB-Farbverteilung Schatten""Weißabgleich RB-Farbverteilung Glühbirne"
+    "Weißabgleich RB-Farbverteilung Sonnenuntergang" "Weißabgleich RB-Farbverteilung Wolkenlos"
+    "Weißabgleich RB-Farbverteilung Schatten" "Weißabgleich RB-Farbverteilung Glühbirne"
     "Weißabgleich RB-Farbverteilung verwendet"
-    "Weißabgleich RB-Farbverteilung Neonlicht universalweiß""Weißabgleich 2"
-    "7500K (Sonne und Schatten)""6000K (Bewölkt)""5300K (Wolkenlos)""3000K (Glühbirne)"
-    "3600K (ähnlich Glühbirne)""6600K (Neonlicht tageslichtweiß)""4500K (Neonlicht neutralweiß)"
-    "4000K (Neonlicht kaltweiß)""Weißabgleich Bias""Weißabgleichs-Belichtungsreihe"
-    "Weißabgleichsausgleich""Weißabgleich Farbtemperatur""Whiteboard Funktion""YCbCr-Koeffizienten"
-    "Zoom-Stufenzähler""Vergößertes Vorschaubild-Datenlänge""Vergößertes Vorschaubild-Größe"
-    "Vergößertes Vorschaubild-Datenposition""Blocco esposizione automatica""Spento""Acceso"
-    "Punto AF""(nessuno) |\302\240Left (or n/a)""Destra (verticale) |\302\240Left (vertical)"
-    "Destra |\302\240Top-center (horizontal)""Nessuno"
-    "Destra (orizzontale) |\302\240Left (horizontal)""Non pronto""Pronto""Apertura diaframma"
-    "Fish-eye""Seppia leggero""Riflessione""Frammentato""Luce stelle""Rapporto immagine"
-    "Livello del nero""Bilanciamento del blu""Valore di luminosità""Progressivo""ID fotocamera"
-    "Parametri fotocamera""Versione impostazioni fotocamera""Temperatura fotocamera"
-    "Tipo fotocamera""Tipo fotocamera 2""Matrice colore 2""Spazio colore""Commento""Contrasto""Alto"
-    "Basso""Data/ora originale di creazione""Zoom Digitale""Modalità esecuzione"
-    "Versione codificatore""Ora fine""Compensazione esposizione""Modo esposizione""Manuale"
-    "Programma""Priorità diaframma""Priorità otturatore AE""Tempo esposizione"
-    "Esposizione sconosciuta""Flash esterno""Direct |\302\240Sì""Numero F""Facce rimosse"
-    "Numero file""Modo Controllo Flash""Esterno""Compensazione Esposizione Flash"
-    "Versione firmware flash""Modo flash""Occhi rossi""Modello flash""Telecomando flash"
-    "Numero di serie del flash""Tipo di flash""Lunghezza focale""Diagonale piano focale"
-    "Distanza fuoco""Modalità messa a fuoco""Manuale |\302\240S-AF""Ottimizzaz.""n/d"
-    "Sensibilità ISO""Valore ISO""Stabilizzazione Immagine""Modello obiettivo"
-    "Numero di serie obiettivo""Tipo obiettivo""Condizione luce""Sorgente di luce""Sconosciuto"
-    "Ombrato""Nuvoloso""Bel tempo""Tungsteno (luce incandescente)""Luce solare serale"
-    "Fluorescente a luce del giorno""Fluorescente a luce del giorno bianca"
-    "Fluorescente a luce calda""Fluorescente bianca""Costruttore""Note Versione Costruttore"
-    "Messa a Fuoco Manuale""Massima apertura delle lenti""Diaframma massimo alla focale massima"
-    "Diaframma massimo alla focale minima""Lunghezza focale massima""Modalità misurazione"
-    "Media centrale ponderata""Punto""Lunghezza focale minima""Nome modello fotocamera"
-    "Filtro rumore""Riduzione rumore""Riduzione rumore 2""(none) |\302\240Spento"
-    "On |\302\240Riduzione rumore""Vivace""Verticale""Seppia""Giallo""Arancio""Rosso""Verde"
-    "Porpora""Immagine anteprima""Altezza immagine anteprima""Lunghezza immagine anteprima"
-    "Inizio immagine anteprima""Immagine anteprima valida""Sì""Qualità""Originale""Nitidezza"
-    "Saturazione""Info versione raw""Tempo registrazione""Bilanciamento del rosso""Risoluzione"
-    "Area scena""Modo scena""Orizzontale |\302\240Self Portrait""Indoor |\302\240Visione notturna"
-    "Landscape+Portrait |\302\240Tramonto""Candle |\302\240Fuochi artificiali""Automatico"
-    "Fuochi artificiali |\302\240Tramonto""Macro |\302\240Vivace""Bambini"
-    "Automatico |\302\240Orizzontale""Sport |\302\240Visione notturna"
-    "Night+Portrait |\302\240Verticale""Temperatura sensore""Numero di serie"
-    "Compensazione ombreggiatura""Compensazione ombreggiatura 2""Forte""Leggera"
-    "Velocità otturatore""Ora inizio""Miniatura""Dimensioni miniatura""Offset miniatura"
-    "Larghezza miniatura""Bilanciamento del bianco 2"
-    "Coefficienti matrice trasformazione spazio colori""AEロック""オフ""オン""AFエリア""AFファインチューン""AF選択ポイント"
-    "Top-center (horizontal) |\302\240右""無し""AF測距点""AF結果""AFサーチ""準備ができていない""準備完了""絞り""オートフォーカス"
-    "白黒モード""黒レベル""黒レベル2""ブルーバランス""本体ファームウェアバージョン""ブライトネス""CCDスキャンモード""インタレース""プログレッシブ""CMコントラスト"
-    "CM露出補正""CM色相""CM彩度""CMシャープネス""CMホワイトバランス""CMホワイトバランス補正""CMホワイトバランスグレーポイント""カメラID""カメラパラメーター"
-    "カメラ設定バージョン""カメラ温度""カメラタイプ""カメラタイプ2""カラーコントロール""カラーマトリックス""カラーマトリックス2""カラーマトリックス番号""色空間""コメント"
-    "圧縮画像サイズ""圧縮率""コントラスト""ハード""スタンダード""ソフト""コントラスト設定""コンバージョンレンズ""コアリングフィルタ""コアリング値""最終高さ"
-    "開始オフセットX""開始オフセットY""最終幅""カスタム彩度""データダンプ""オリジナルデータ作成日時""デジタルズーム""歪曲修正""歪曲補正編集""ドライブモード""増大値2"
-    "増大値""エプソン画像高""エプソン画像幅""エプソンソフトウェア""イクイップメントバージョン""露出補正値""露光モード""マニュアル露出""プログラム""絞り優先""シャッター優先"
-    "プログラムシフト""露出時間""延長WB検出""エクステンダー""エクステンダーファームウェアバージョン""エクステンダーモデル""エクステンダーシリアル番号""外付フラッシュ"
-    "外付フラッシュAE1？""外付フラッシュAE1(0)？""外付フラッシュAE2？""外付フラッシュAE2(0)？""外付フラッシュバウンス""いいえ |\302\240バウンスかオフ"
-    "はい |\302\240ダイレクト""外付フラッシュガイドナンバー？""外付フラッシュモード""外付フラッシュズーム""F値""顔エリア""フレームサイズ""顔認識""ファイル番号"
-    "ファームウェア""フラッシュチャージレベル""フラッシュコントロールモード""マニュアル""フラッシュデバイス""内蔵""外付け""内蔵+外付け""フラッシュ露出補正"
-    "フラッシュファームウェアバージョン""フラッシュ強度""フラッシュモード""Fill-in |\302\240オン""フラッシュモデル""フラッシュリモートコントロール"
-    "フラッシュシリアル番号""フラッシュタイプ""シンプルE-システム""E-システム""レンズ焦点距離""焦点面対角線""被写体距離""フォーカスモード"
-    "オート |\302\240シングルAF""シーケンシャルシューティングAF |\302\240マニュアル""コンティニュアスAF""マルチAF""フォーカスプロセス""AF未使用"
-    "AF使用""フォーカスレンジ""ノーマル""マクロ""フォーカスステップ数""無限レンズステップ""ニアステップ数""基本ゲイン""グラデーション""色相設定""ISOスピードレート"
-    "ISO感度""画像処理バージョン""イメージ品質2""イメージスタビライザー""オン、モード１""オン、モード２""内蔵フラッシュコントロール""内蔵フラッシュAE1？"
-    "内蔵フラッシュAE1(0)？""内蔵フラッシュAE2？""内蔵フラッシュAE2(0)？""内蔵フラッシュテーブル""内部シリアル番号""レンズ歪曲パラメータ"
-    "レンズファームウェアバージョン""レンズ機能？""レンズシリアル番号""レンズ温度""レンズタイプ""ライトコンディション""不明""日陰""曇り""良い天気""タングステン(白熱灯)"
-    "昼光色蛍光灯""昼白色蛍光灯""白色蛍光灯""温白色蛍光灯""カスタム1-4""スーパーマクロ""マクロモード""メーカー""メーカーノートバージョン""気圧計圧力""気圧計高度"
-    "マニュアルフラッシュ""マニュアルフォーカス距離""最大絞り""最大焦点時最大絞り""最小焦点時最大絞り""最大焦点距離""測光モード""スポット+シャドウコントロール""パターン+AF"
-    "スポット""スポット+ハイライトコントロール""最小焦点距離""画像入力機器モデル""彩度修正""CM1 (赤増)""CM2 (緑増)""CM3 (青増)""CM4 (肌色増)"
-    "NDフィルター""ピクチャーモードノイズフィルター""高い""ノイズリダクション""ノイズリダクション2""(none) |\302\240オフ"
-    "Noise Reduction |\302\240オン""オート""イメージ高""イメージ幅""ワンタッチホワイトバランス""オン（プリセット）""パノラマモード""ピクチャーモード"
-    "ビビッド""ナチュラル""モノトーン""弱める""ポートレート""セピア""ピクチャーモードBWフィルター""該当無し""ニュートラル""黄色""オレンジ""赤""緑"
-    "ピクチャーモードコントラスト""ピクチャーモード色相？""ピクチャーモード彩度""ピクチャーモードシャープネス""ピクチャーモードトーン""青""紫""プレキャプチャーフレーム"
-    "プレビューイメージ""プレビュー画像データ""プレビューイメージ容量""プレビューイメージ開始""有効プレビュー画像""いいえ""はい""品質""コントラスト値""編集状態""オリジナル"
-    "スタジオ（風景）""スタジオ（ポートレート）""エンジン""高速""高機能""アドバンス高速""露出バイアス値""グレーポイント""記憶色強調""ノイズフィルター（増感）""彩度強調"
-    "RAW展開バージョン""ホワイトバランス微調整""色温度""ホワイトバランス値""RAW情報バージョン""レッドバランス""彩度設定""シーンエリア？""シーン検出""シーン検出データ？"
-    "シーンモード""スタンダード |\302\240ノーマル""自分撮り |\302\240風景""パノラマ""夜景 |\302\240屋内撮影""ビーチ＆スノー |\302\240自分撮り"
-    "パノラマ |\302\240ビーチ""2イン1 |\302\240スノー""動画 |\302\240自分撮り+セルフタイマー""夕日 |\302\240風景+人物"
-    "夜景+人物 |\302\240料理""屋内撮影 |\302\240文書""キャンドル |\302\240花火""パンニング""夕日 |\302\240花火"
-    "Beauty Skin |\302\240自然光""ビビッド |\302\240マクロ""スーパーマクロ |\302\240水中ワイド1""料理 |\302\240水中マクロ"
-    "文書 |\302\240美術館""ガラス越し |\302\240美術館""アクション |\302\240ショット＆セレクト""ショット＆セレクト1 |\302\240ビーチ＆スノー"
-    "ショット＆セレクト2 |\302\240自分撮り+セルフタイマー""インテリジェントオート""キャンドル |\302\240水中ワイド2""デジタル手振れ補正 |\302\240自然光"
-    "ガラス越し |\302\240寝顔""ペット |\302\240マイモード""スマイルショット |\302\240ペット""Quick Shutter |\302\240水中ワイド1"
-    "水中マクロ""ショット＆セレクト1""ショット＆セレクト2""ハイキー""デジタル手振れ補正""アクション""ビーチ""Hand-held Starlight |\302\240スノー"
-    "水中ワイド2""ローキー""子供""自然マクロ""水中スナップ""風景+人物""撮影ガイド""寝顔""スマイルショット""オート |\302\240風景""スポーツ |\302\240夜景"
-    "ポートレート |\302\240夜景+人物""スポーツ |\302\240風景+人物""センサー温度""シリアル番号""陰影修正""陰影補正編集""シャープネス""シャープネス要因"
-    "シャープネス設定""シャッタースピード""スペシャルモード""サムネイル画像""ピクセルにつき有効なビット""ホワイトバランスモード""WB\343\200\200RBレベル"
-    "WB\343\200\200RGGB3000Kレベル""WB\343\200\200RGGB3300Kレベル""WB\343\200\200RGGB3600Kレベル"
-    "WB\343\200\200RGGB3800Kレベル""WB\343\200\200RGGB4000Kレベル""WB\343\200\200RGGB4300Kレベル"
-    "WB\343\200\200RGGB4500Kレベル""WB\343\200\200RGGB4800Kレベル""WB\343\200\200RGGB5300Kレベル"
-    "WB\343\200\200RGGB6000Kレベル""WB\343\200\200RGGB6600Kレベル""WB\343\200\200RGGB7500Kレベル"
-    "WB RB レベル オート""WB RB レベル\343\200\200曇天""WB RB レベル\343\200\200冷白蛍光灯""WB RB レベル\343\200\200昼白蛍光灯"
-    "WB RB レベル\343\200\200昼光蛍光灯""WB RB レベル\343\200\200夕日""WB RB レベル\343\200\200晴天"
-    "WB RB レベル\343\200\200日陰""WB RB レベル\343\200\200白熱灯""WB RB レベル使用""WB RB レベル\343\200\200白蛍光灯"
-    "ホワイトバランス2""7500K (晴天と影)""6000K (曇り)""5300K (晴天)""3000K (白熱電球)""3600K (白熱電球-like)"
-    "カスタムホワイトバランス1""カスタムホワイトバランス2""カスタムホワイトバランス3""カスタムホワイトバランス4""6600K (蛍光灯３)""4500K (蛍光灯２)"
-    "4000K (蛍光灯１)""ホワイトバランスバイアス""ホワイトバランスブラケット""ホワイトバランス補正""ホワイトバランス温度""ホワイトボード""カラースペース変化マトリックス係数"
-    "ズームステップ数""Bloqueo AE""Derecha |\302\240Top-center (horizontal)""Ninguno""Punto AF Seleccionado"
-    "Apertura""Nivel Negro""Balance de azules""Versión Firmware del cuerpo de la cámara"
-    "Luminosidad""Temperatura Cámara""Tipo Cámara""Matriz de Color""Matriz Color 2"
-    "Número de Matriz de Color""Espacio Color""Comentario""Factor de compresión""Estándar""Bajo"
-    "Ajustes de Contraste""Recorte Altura""Recorte Izquierda""Recorte Arriba""Recorte Anchura"
-    "Saturación personalizada""Fecha y Hora de Datos Original""Zoom Digital""Corrección Distorsión"
-    "Corrección Distorsión 2""Desactivado""Activado""Modo Entrada""Duración""Versión Equipo"
-    "Compensación Exposición""Modo Exposición""Exposición manual""Prioridad Aberture AE"
-    "Prioridad velocidad obturador AE""Tiempo de Exposición""Flash Externo""Direct |\302\240Si"
-    "Zoom Flash Externo""Número F""Area detección caras""Tamaño Area detección caras"
-    "Caras Detectadas""Modo Control Flash""Compensación Exposición Flash""Intensidad Flash"
-    "Modo Flash""Apagado""Encendido""Encendido |\302\240Fill-in""Modelo Flash""Control Remote Flash"
-    "Número Serie Flash""Tipo Flash""Distancia Focal Objetivo""Modo Enfoque""Rango de Enfoque"
-    "Ratio Velocidad ISO""Estabilización Imagen""Flash Interno""Flash Interno AE1"
-    "Flash Interno AE2""Tabla Flash Interno""Número Serie Interno""Versión Firmware Objetivo"
-    "Modelo Objetivo""Propiedades Objetivo""Número Serie Objetivo""Tipo Objetivo""Fuente Luz"
-    "Desconocido""Sombrío""Tiempo Nublado""Buen tiempo""Tungsteno (luz incandescente)"
-    "Fluorescente luz de día (D 5700 - 7100K)""Fluorescente blanco día (N 4600 - 5500K)"
-    "Fluorescente blanco cálido (W 3800 - 4500K)""Fluorescente blanco (WW 3250 - 3800K)""Modo Macro"
-    "Marca""Versión nota Fabricante""Presión Manometrica""Lectura Manometrica"
-    "Distancia Enfoque Manual""Máxima Apertura del Objetivo""Apertura máxima a focal máxima"
-    "Apertura máxima a focal mínima""Máximo caras""Longitud focal máxima""Modo Medición"
-    "Media ponderada al centro""Puntual""Longitud focal mínima""Modelo""Modo Exposición Múltiple"
-    "Reducción Ruido""(none) |\302\240Desactivado""Vívido""Retrato""Neutro""Amarillo""Naranja""Rojo"
-    "Vista Previa""Longitud Imagen Previa""Inicio Imagen Previa""Si""Calidad""Reducción ruido"
-    "Filtro ruido""Filtro ruido (ISO Boost)""Resolución""Selección de escena"
-    "Estándar |\302\240Normal""Paisaje |\302\240Self Portrait""Panoramica"
-    "Interior |\302\240Vista nocturna""Panoramica |\302\240Playa""2 in 1 |\302\240Nieve"
-    "Landscape+Portrait |\302\240Puesta sol""Documents |\302\240Interior"
-    "Candle |\302\240Fuegos Artificiales""Fuegos Artificiales |\302\240Puesta sol"
-    "Macro |\302\240Vívido""Comida |\302\240Underwater Macro""Playa"
-    "Hand-held Starlight |\302\240Nieve""Auto |\302\240Paisaje""Sport |\302\240Vista nocturna"
-    "Night+Portrait |\302\240Retrato""Número Serie""Compensación de Sombreado""Nitidez""Fuerte"
-    "Suave""Velocidad Obturación""Modo Especial"
-    "Coeficientes de Matriz de Tranformación de Espacio de Color""Flags""EXRVersion""AdoptedNeutral"
-    "GPSAltitude""Aperture""Channels""Chromaticities""ChunkCount""Comments""Compression""DataWindow"
-    "DisplayWindow""EnvironmentMap""FramesPerSecond""KeyCode""GPSLatitude""LineOrder""GPSLongitude"
-    "LookModTransform""MultiView""Name""Owner""PixelAspectRatio""Preview""RenderingTransform"
-    "ScreenWindowCenter""ScreenWindowWidth""Tiles""TimeCode""Type""TimeZone""Version"
-    "WhiteLuminance""WorldToCamera""WorldToNDC""WrapModes""XResolution""1024""2048""4096"
-    "OpenEXR:AdoptedNeutral""Adopted Neutral""OpenEXR:Aperture""OpenEXR:Channels"
-    "OpenEXR:Chromaticities""OpenEXR:ChunkCount""Chunk Count""OpenEXR:Comments""OpenEXR:Compression"
-    "OpenEXR:Compression:0""OpenEXR:Compression:1""RLE""OpenEXR:Compression:2""ZIPS"
-    "OpenEXR:Compression:3""ZIP""OpenEXR:Compression:4""PIZ""OpenEXR:Compression:5""PXR24"
-    "OpenEXR:Compression:6""B44""OpenEXR:Compression:7""B44A""OpenEXR:DataWindow""Data Window"
-    "OpenEXR:DateTimeOriginal""OpenEXR:DisplayWindow""Display Window""OpenEXR:EXRVersion"
-    "EXR Version""OpenEXR:EnvironmentMap""Environment Map""OpenEXR:EnvironmentMap:0"
-    "Latitude/Longitude""OpenEXR:EnvironmentMap:1""Cube""OpenEXR:ExposureTime""OpenEXR:Flags"
-    "OpenEXR:Flags:1024""Long names""OpenEXR:Flags:2048""Deep data""OpenEXR:Flags:4096""Multipart"
-    "OpenEXR:Flags:512""Tiled""OpenEXR:FocusDistance""OpenEXR:FramesPerSecond""Frames Per Second"
-    "OpenEXR:GPSAltitude""GPS Altitude""OpenEXR:GPSLatitude""GPS Latitude""OpenEXR:GPSLongitude"
-    "GPS Longitude""OpenEXR:ISO""OpenEXR:KeyCode""Key Code""OpenEXR:LineOrder""Line Order"
-    "OpenEXR:LineOrder:0""Increasing Y""OpenEXR:LineOrder:1""Decreasing Y""OpenEXR:LineOrder:2"
-    "Random Y""OpenEXR:LookModTransform""Look Mod Transform""OpenEXR:MultiView""Multi View"
-    "OpenEXR:Name""OpenEXR:Owner""OpenEXR:PixelAspectRatio""Pixel Aspect Ratio""OpenEXR:Preview"
-    "OpenEXR:RenderingTransform""Rendering Transform""OpenEXR:ScreenWindowCenter"
-    "Screen Window Center""OpenEXR:ScreenWindowWidth""Screen Window Width""OpenEXR:Tiles"
-    "OpenEXR:TimeCode""Time Code""OpenEXR:TimeZone""Time Zone""OpenEXR:Type""OpenEXR:Version"
-    "OpenEXR:WhiteLuminance""White Luminance""OpenEXR:WorldToCamera""World To Camera"
-    "OpenEXR:WorldToNDC""World To NDC""OpenEXR:WrapModes""Wrap Modes""OpenEXR:XResolution"
-    "X Resolution""压缩方案""海拔高度""纬度""经度""版本""Commentaires""Schéma de compression""Altitude GPS"
-    "Latitude GPS""Longitude GPS""Nom""Propriétaire""Ratio d'aspect des pixels""Fuseau horaire"
-    "Résolution horizontale de l'image""Kanäle""Kommentare""Komprimierungsschema""GPS Höhe"
-    "Geografische Breite""Geografische Länge""Besitzer""Preview-IFD-Zeiger""Zeitzone""Typ"
-    "Horizontale Bildauflösung""Adottato neutro""Diaframma""Canali""Commenti""Compressione"
-    "Altitudine GPS""Latitudine""Longitudine""Casuale Y""Nome""Anteprima""Tasselli""Fuso orario"
-    "Numero versione immagine""Risoluzione orizzontale immagine""圧縮計画""高度""緯度""経度""プレビューIFDポインター"
-    "タイムゾーン""タイプ""バージョン""画像幅の解像度""Canales""Compresión""Altitud""Latitud""Longitud""Nombre"
-    "Propietario""Tipo""Versión PrintIM""Resolución Imagen Horizontal""OpusVersion""AudioChannels"
-    "SampleRate""OutputGain""Opus:AudioChannels""Audio Channels""Opus:OpusVersion""Opus Version"
-    "Opus:OutputGain""Output Gain""Opus:SampleRate""Sample Rate""Canali audio"
-    "Frequenza campionamento""Canales Audio""Frecuencia muestreo""ContainerVersion""CreatorVersion"
-    "RoundTripVersion""HasXFA""Encryption""UserAccess""EmbeddedImageColorSpace""EmbeddedImageFilter"
-    "EmbeddedImageHeight""EmbeddedImage""EmbeddedImageWidth""AppleKeywords""Author""CreateDate"
-    "Creator""Keywords""ModifyDate""Producer""Subject""Title""Trapped""Linearized""TaggedPDF"
-    "PageCount""Language""PageLayout""PageMode""PDFVersion""SignerContactInfo""SigningLocation"
-    "SigningDate""SigningAuthority""AuthenticationTime""AuthenticationType""SigningReason"
-    "FieldPermissions""AnnotationUsageRights""DocumentUsageRights""EmbeddedFileUsageRights"
-    "FormFields""FormUsageRights""FormExtraUsageRights""UsageRightsMessage""ModificationPermissions"
-    "SignatureUsageRights""false""true""All""Exclude""Include""PDF:AnnotationUsageRights"
-    "Annotation Usage Rights""PDF:AppleKeywords""Apple Keywords""PDF:AuthenticationTime"
-    "Authentication Time""PDF:AuthenticationType""Authentication Type""PDF:Author"
-    "PDF:ContainerVersion""Container Version""PDF:CreateDate""Create Date""PDF:Creator"
-    "PDF:CreatorVersion""Creator Version""PDF:DocumentUsageRights""Document Usage Rights"
-    "PDF:EmbeddedFileUsageRights""Embedded File Usage Rights""PDF:EmbeddedImage""Embedded Image"
-    "PDF:EmbeddedImageColorSpace""Embedded Image Color Space""PDF:EmbeddedImageFilter"
-    "Embedded Image Filter""PDF:EmbeddedImageHeight""Embedded Image Height""PDF:EmbeddedImageWidth"
-    "Embedded Image Width""PDF:Encryption""PDF:FieldPermissions""Field Permissions"
-    "PDF:FieldPermissions:All""Disallow changes to all form fields""PDF:FieldPermissions:Exclude"
-    "Allow changes to specified form fields""PDF:FieldPermissions:Include"
-    "Disallow changes to specified form fields""PDF:FormExtraUsageRights""Form Extra Usage Rights"
-    "PDF:FormFields""Form Fields""PDF:FormUsageRights""Form Usage Rights""PDF:HasXFA""Has XFA"
-    "PDF:HasXFA:false""PDF:HasXFA:true""PDF:Keywords""PDF:Language""PDF:Linearized"
-    "PDF:Linearized:false""PDF:Linearized:true""PDF:ModificationPermissions"
-    "Modification Permissions""PDF:ModificationPermissions:1""No changes permitted"
-    "PDF:ModificationPermissions:2""Fill forms, Create page templates, Sign"
-    "PDF:ModificationPermissions:3"
+    "Weißabgleich RB-Farbverteilung Neonlicht universalweiß" "Weißabgleich 2"
+    "7500K (Sonne und Schatten)" "6000K (Bewölkt)" "5300K (Wolkenlos)" "3000K (Glühbirne)"
+    "3600K (ähnlich Glühbirne)" "6600K (Neonlicht tageslichtweiß)" "4500K (Neonlicht neutralweiß)"
+    "4000K (Neonlicht kaltweiß)" "Weißabgleich Bias" "Weißabgleichs-Belichtungsreihe"
+    "Weißabgleichsausgleich" "Weißabgleich Farbtemperatur" "Whiteboard Funktion"
+    "YCbCr-Koeffizienten" "Zoom-Stufenzähler" "Vergößertes Vorschaubild-Datenlänge"
+    "Vergößertes Vorschaubild-Größe" "Vergößertes Vorschaubild-Datenposition"
+    "Blocco esposizione automatica" "Spento" "Acceso" "Punto AF" "(nessuno) |\302\240Left (or n/a)"
+    "Destra (verticale) |\302\240Left (vertical)" "Destra |\302\240Top-center (horizontal)"
+    "Nessuno" "Destra (orizzontale) |\302\240Left (horizontal)" "Non pronto" "Pronto"
+    "Apertura diaframma" "Fish-eye" "Seppia leggero" "Riflessione" "Frammentato" "Luce stelle"
+    "Rapporto immagine" "Livello del nero" "Bilanciamento del blu" "Valore di luminosità"
+    "Progressivo" "ID fotocamera" "Parametri fotocamera" "Versione impostazioni fotocamera"
+    "Temperatura fotocamera" "Tipo fotocamera" "Tipo fotocamera 2" "Matrice colore 2"
+    "Spazio colore" "Commento" "Contrasto" "Alto" "Basso" "Data/ora originale di creazione"
+    "Zoom Digitale" "Modalità esecuzione" "Versione codificatore" "Ora fine"
+    "Compensazione esposizione" "Modo esposizione" "Manuale" "Programma" "Priorità diaframma"
+    "Priorità otturatore AE" "Tempo esposizione" "Esposizione sconosciuta" "Flash esterno"
+    "Direct |\302\240Sì" "Numero F" "Facce rimosse" "Numero file" "Modo Controllo Flash" "Esterno"
+    "Compensazione Esposizione Flash" "Versione firmware flash" "Modo flash" "Occhi rossi"
+    "Modello flash" "Telecomando flash" "Numero di serie del flash" "Tipo di flash"
+    "Lunghezza focale" "Diagonale piano focale" "Distanza fuoco" "Modalità messa a fuoco"
+    "Manuale |\302\240S-AF" "Ottimizzaz." "n/d" "Sensibilità ISO" "Valore ISO"
+    "Stabilizzazione Immagine" "Modello obiettivo" "Numero di serie obiettivo" "Tipo obiettivo"
+    "Condizione luce" "Sorgente di luce" "Sconosciuto" "Ombrato" "Nuvoloso" "Bel tempo"
+    "Tungsteno (luce incandescente)" "Luce solare serale" "Fluorescente a luce del giorno"
+    "Fluorescente a luce del giorno bianca" "Fluorescente a luce calda" "Fluorescente bianca"
+    "Costruttore" "Note Versione Costruttore" "Messa a Fuoco Manuale" "Massima apertura delle lenti"
+    "Diaframma massimo alla focale massima" "Diaframma massimo alla focale minima"
+    "Lunghezza focale massima" "Modalità misurazione" "Media centrale ponderata" "Punto"
+    "Lunghezza focale minima" "Nome modello fotocamera" "Filtro rumore" "Riduzione rumore"
+    "Riduzione rumore 2" "(none) |\302\240Spento" "On |\302\240Riduzione rumore" "Vivace"
+    "Verticale" "Seppia" "Giallo" "Arancio" "Rosso" "Verde" "Porpora" "Immagine anteprima"
+    "Altezza immagine anteprima" "Lunghezza immagine anteprima" "Inizio immagine anteprima"
+    "Immagine anteprima valida" "Sì" "Qualità" "Originale" "Nitidezza" "Saturazione"
+    "Info versione raw" "Tempo registrazione" "Bilanciamento del rosso" "Risoluzione" "Area scena"
+    "Modo scena" "Orizzontale |\302\240Self Portrait" "Indoor |\302\240Visione notturna"
+    "Landscape+Portrait |\302\240Tramonto" "Candle |\302\240Fuochi artificiali" "Automatico"
+    "Fuochi artificiali |\302\240Tramonto" "Macro |\302\240Vivace" "Bambini"
+    "Automatico |\302\240Orizzontale" "Sport |\302\240Visione notturna"
+    "Night+Portrait |\302\240Verticale" "Temperatura sensore" "Numero di serie"
+    "Compensazione ombreggiatura" "Compensazione ombreggiatura 2" "Forte" "Leggera"
+    "Velocità otturatore" "Ora inizio" "Miniatura" "Dimensioni miniatura" "Offset miniatura"
+    "Larghezza miniatura" "Bilanciamento del bianco 2"
+    "Coefficienti matrice trasformazione spazio colori" "AEロック" "オフ" "オン" "AFエリア" "AFファインチューン"
+    "AF選択ポイント" "Top-center (horizontal) |\302\240右" "無し" "AF測距点" "AF結果" "AFサーチ" "準備ができていない" "準備完了"
+    "絞り" "オートフォーカス" "白黒モード" "黒レベル" "黒レベル2" "ブルーバランス" "本体ファームウェアバージョン" "ブライトネス" "CCDスキャンモード" "インタレース"
+    "プログレッシブ" "CMコントラスト" "CM露出補正" "CM色相" "CM彩度" "CMシャープネス" "CMホワイトバランス" "CMホワイトバランス補正"
+    "CMホワイトバランスグレーポイント" "カメラID" "カメラパラメーター" "カメラ設定バージョン" "カメラ温度" "カメラタイプ" "カメラタイプ2" "カラーコントロール"
+    "カラーマトリックス" "カラーマトリックス2" "カラーマトリックス番号" "色空間" "コメント" "圧縮画像サイズ" "圧縮率" "コントラスト" "ハード" "スタンダード"
+    "ソフト" "コントラスト設定" "コンバージョンレンズ" "コアリングフィルタ" "コアリング値" "最終高さ" "開始オフセットX" "開始オフセットY" "最終幅" "カスタム彩度"
+    "データダンプ" "オリジナルデータ作成日時" "デジタルズーム" "歪曲修正" "歪曲補正編集" "ドライブモード" "増大値2" "増大値" "エプソン画像高" "エプソン画像幅"
+    "エプソンソフトウェア" "イクイップメントバージョン" "露出補正値" "露光モード" "マニュアル露出" "プログラム" "絞り優先" "シャッター優先" "プログラムシフト"
+    "露出時間" "延長WB検出" "エクステンダー" "エクステンダーファームウェアバージョン" "エクステンダーモデル" "エクステンダーシリアル番号" "外付フラッシュ"
+    "外付フラッシュAE1？" "外付フラッシュAE1(0)？" "外付フラッシュAE2？" "外付フラッシュAE2(0)？" "外付フラッシュバウンス"
+    "いいえ |\302\240バウンスかオフ" "はい |\302\240ダイレクト" "外付フラッシュガイドナンバー？" "外付フラッシュモード" "外付フラッシュズーム" "F値"
+    "顔エリア" "フレームサイズ" "顔認識" "ファイル番号" "ファームウェア" "フラッシュチャージレベル" "フラッシュコントロールモード" "マニュアル" "フラッシュデバイス"
+    "内蔵" "外付け" "内蔵+外付け" "フラッシュ露出補正" "フラッシュファームウェアバージョン" "フラッシュ強度" "フラッシュモード" "Fill-in |\302\240オン"
+    "フラッシュモデル" "フラッシュリモートコントロール" "フラッシュシリアル番号" "フラッシュタイプ" "シンプルE-システム" "E-システム" "レンズ焦点距離" "焦点面対角線"
+    "被写体距離" "フォーカスモード" "オート |\302\240シングルAF" "シーケンシャルシューティングAF |\302\240マニュアル" "コンティニュアスAF" "マルチAF"
+    "フォーカスプロセス" "AF未使用" "AF使用" "フォーカスレンジ" "ノーマル" "マクロ" "フォーカスステップ数" "無限レンズステップ" "ニアステップ数" "基本ゲイン"
+    "グラデーション" "色相設定" "ISOスピードレート" "ISO感度" "画像処理バージョン" "イメージ品質2" "イメージスタビライザー" "オン、モード１" "オン、モード２"
+    "内蔵フラッシュコントロール" "内蔵フラッシュAE1？" "内蔵フラッシュAE1(0)？" "内蔵フラッシュAE2？" "内蔵フラッシュAE2(0)？" "内蔵フラッシュテーブル"
+    "内部シリアル番号" "レンズ歪曲パラメータ" "レンズファームウェアバージョン" "レンズ機能？" "レンズシリアル番号" "レンズ温度" "レンズタイプ" "ライトコンディション"
+    "不明" "日陰" "曇り" "良い天気" "タングステン(白熱灯)" "昼光色蛍光灯" "昼白色蛍光灯" "白色蛍光灯" "温白色蛍光灯" "カスタム1-4" "スーパーマクロ"
+    "マクロモード" "メーカー" "メーカーノートバージョン" "気圧計圧力" "気圧計高度" "マニュアルフラッシュ" "マニュアルフォーカス距離" "最大絞り" "最大焦点時最大絞り"
+    "最小焦点時最大絞り" "最大焦点距離" "測光モード" "スポット+シャドウコントロール" "パターン+AF" "スポット" "スポット+ハイライトコントロール" "最小焦点距離"
+    "画像入力機器モデル" "彩度修正" "CM1 (赤増)" "CM2 (緑増)" "CM3 (青増)" "CM4 (肌色増)" "NDフィルター" "ピクチャーモードノイズフィルター"
+    "高い" "ノイズリダクション" "ノイズリダクション2" "(none) |\302\240オフ" "Noise Reduction |\302\240オン" "オート" "イメージ高"
+    "イメージ幅" "ワンタッチホワイトバランス" "オン（プリセット）" "パノラマモード" "ピクチャーモード" "ビビッド" "ナチュラル" "モノトーン" "弱める" "ポートレート"
+    "セピア" "ピクチャーモードBWフィルター" "該当無し" "ニュートラル" "黄色" "オレンジ" "赤" "緑" "ピクチャーモードコントラスト" "ピクチャーモード色相？"
+    "ピクチャーモード彩度" "ピクチャーモードシャープネス" "ピクチャーモードトーン" "青" "紫" "プレキャプチャーフレーム" "プレビューイメージ" "プレビュー画像データ"
+    "プレビューイメージ容量" "プレビューイメージ開始" "有効プレビュー画像" "いいえ" "はい" "品質" "コントラスト値" "編集状態" "オリジナル" "スタジオ（風景）"
+    "スタジオ（ポートレート）" "エンジン" "高速" "高機能" "アドバンス高速" "露出バイアス値" "グレーポイント" "記憶色強調" "ノイズフィルター（増感）" "彩度強調"
+    "RAW展開バージョン" "ホワイトバランス微調整" "色温度" "ホワイトバランス値" "RAW情報バージョン" "レッドバランス" "彩度設定" "シーンエリア？" "シーン検出"
+    "シーン検出データ？" "シーンモード" "スタンダード |\302\240ノーマル" "自分撮り |\302\240風景" "パノラマ" "夜景 |\302\240屋内撮影"
+    "ビーチ＆スノー |\302\240自分撮り" "パノラマ |\302\240ビーチ" "2イン1 |\302\240スノー" "動画 |\302\240自分撮り+セルフタイマー"
+    "夕日 |\302\240風景+人物" "夜景+人物 |\302\240料理" "屋内撮影 |\302\240文書" "キャンドル |\302\240花火" "パンニング"
+    "夕日 |\302\240花火" "Beauty Skin |\302\240自然光" "ビビッド |\302\240マクロ" "スーパーマクロ |\302\240水中ワイド1"
+    "料理 |\302\240水中マクロ" "文書 |\302\240美術館" "ガラス越し |\302\240美術館" "アクション |\302\240ショット＆セレクト"
+    "ショット＆セレクト1 |\302\240ビーチ＆スノー" "ショット＆セレクト2 |\302\240自分撮り+セルフタイマー" "インテリジェントオート"
+    "キャンドル |\302\240水中ワイド2" "デジタル手振れ補正 |\302\240自然光" "ガラス越し |\302\240寝顔" "ペット |\302\240マイモード"
+    "スマイルショット |\302\240ペット" "Quick Shutter |\302\240水中ワイド1" "水中マクロ" "ショット＆セレクト1" "ショット＆セレクト2" "ハイキー"
+    "デジタル手振れ補正" "アクション" "ビーチ" "Hand-held Starlight |\302\240スノー" "水中ワイド2" "ローキー" "子供" "自然マクロ"
+    "水中スナップ" "風景+人物" "撮影ガイド" "寝顔" "スマイルショット" "オート |\302\240風景" "スポーツ |\302\240夜景"
+    "ポートレート |\302\240夜景+人物" "スポーツ |\302\240風景+人物" "センサー温度" "シリアル番号" "陰影修正" "陰影補正編集" "シャープネス"
+    "シャープネス要因" "シャープネス設定" "シャッタースピード" "スペシャルモード" "サムネイル画像" "ピクセルにつき有効なビット" "ホワイトバランスモード"
+    "WB\343\200\200RBレベル" "WB\343\200\200RGGB3000Kレベル" "WB\343\200\200RGGB3300Kレベル"
+    "WB\343\200\200RGGB3600Kレベル" "WB\343\200\200RGGB3800Kレベル" "WB\343\200\200RGGB4000Kレベル"
+    "WB\343\200\200RGGB4300Kレベル" "WB\343\200\200RGGB4500Kレベル" "WB\343\200\200RGGB4800Kレベル"
+    "WB\343\200\200RGGB5300Kレベル" "WB\343\200\200RGGB6000Kレベル" "WB\343\200\200RGGB6600Kレベル"
+    "WB\343\200\200RGGB7500Kレベル" "WB RB レベル オート" "WB RB レベル\343\200\200曇天"
+    "WB RB レベル\343\200\200冷白蛍光灯" "WB RB レベル\343\200\200昼白蛍光灯" "WB RB レベル\343\200\200昼光蛍光灯"
+    "WB RB レベル\343\200\200夕日" "WB RB レベル\343\200\200晴天" "WB RB レベル\343\200\200日陰"
+    "WB RB レベル\343\200\200白熱灯" "WB RB レベル使用" "WB RB レベル\343\200\200白蛍光灯" "ホワイトバランス2" "7500K (晴天と影)"
+    "6000K (曇り)" "5300K (晴天)" "3000K (白熱電球)" "3600K (白熱電球-like)" "カスタムホワイトバランス1" "カスタムホワイトバランス2"
+    "カスタムホワイトバランス3" "カスタムホワイトバランス4" "6600K (蛍光灯３)" "4500K (蛍光灯２)" "4000K (蛍光灯１)" "ホワイトバランスバイアス"
+    "ホワイトバランスブラケット" "ホワイトバランス補正" "ホワイトバランス温度" "ホワイトボード" "カラースペース変化マトリックス係数" "ズームステップ数" "Bloqueo AE"
+    "Derecha |\302\240Top-center (horizontal)" "Ninguno" "Punto AF Seleccionado" "Apertura"
+    "Nivel Negro" "Balance de azules" "Versión Firmware del cuerpo de la cámara" "Luminosidad"
+    "Temperatura Cámara" "Tipo Cámara" "Matriz de Color" "Matriz Color 2"
+    "Número de Matriz de Color" "Espacio Color" "Comentario" "Factor de compresión" "Estándar"
+    "Bajo" "Ajustes de Contraste" "Recorte Altura" "Recorte Izquierda" "Recorte Arriba"
+    "Recorte Anchura" "Saturación personalizada" "Fecha y Hora de Datos Original" "Zoom Digital"
+    "Corrección Distorsión" "Corrección Distorsión 2" "Desactivado" "Activado" "Modo Entrada"
+    "Duración" "Versión Equipo" "Compensación Exposición" "Modo Exposición" "Exposición manual"
+    "Prioridad Aberture AE" "Prioridad velocidad obturador AE" "Tiempo de Exposición"
+    "Flash Externo" "Direct |\302\240Si" "Zoom Flash Externo" "Número F" "Area detección caras"
+    "Tamaño Area detección caras" "Caras Detectadas" "Modo Control Flash"
+    "Compensación Exposición Flash" "Intensidad Flash" "Modo Flash" "Apagado" "Encendido"
+    "Encendido |\302\240Fill-in" "Modelo Flash" "Control Remote Flash" "Número Serie Flash"
+    "Tipo Flash" "Distancia Focal Objetivo" "Modo Enfoque" "Rango de Enfoque" "Ratio Velocidad ISO"
+    "Estabilización Imagen" "Flash Interno" "Flash Interno AE1" "Flash Interno AE2"
+    "Tabla Flash Interno" "Número Serie Interno" "Versión Firmware Objetivo" "Modelo Objetivo"
+    "Propiedades Objetivo" "Número Serie Objetivo" "Tipo Objetivo" "Fuente Luz" "Desconocido"
+    "Sombrío" "Tiempo Nublado" "Buen tiempo" "Tungsteno (luz incandescente)"
+    "Fluorescente luz de día (D 5700 - 7100K)" "Fluorescente blanco día (N 4600 - 5500K)"
+    "Fluorescente blanco cálido (W 3800 - 4500K)" "Fluorescente blanco (WW 3250 - 3800K)"
+    "Modo Macro" "Marca" "Versión nota Fabricante" "Presión Manometrica" "Lectura Manometrica"
+    "Distancia Enfoque Manual" "Máxima Apertura del Objetivo" "Apertura máxima a focal máxima"
+    "Apertura máxima a focal mínima" "Máximo caras" "Longitud focal máxima" "Modo Medición"
+    "Media ponderada al centro" "Puntual" "Longitud focal mínima" "Modelo"
+    "Modo Exposición Múltiple" "Reducción Ruido" "(none) |\302\240Desactivado" "Vívido" "Retrato"
+    "Neutro" "Amarillo" "Naranja" "Rojo" "Vista Previa" "Longitud Imagen Previa"
+    "Inicio Imagen Previa" "Si" "Calidad" "Reducción ruido" "Filtro ruido"
+    "Filtro ruido (ISO Boost)" "Resolución" "Selección de escena" "Estándar |\302\240Normal"
+    "Paisaje |\302\240Self Portrait" "Panoramica" "Interior |\302\240Vista nocturna"
+    "Panoramica |\302\240Playa" "2 in 1 |\302\240Nieve" "Landscape+Portrait |\302\240Puesta sol"
+    "Documents |\302\240Interior" "Candle |\302\240Fuegos Artificiales"
+    "Fuegos Artificiales |\302\240Puesta sol" "Macro |\302\240Vívido"
+    "Comida |\302\240Underwater Macro" "Playa" "Hand-held Starlight |\302\240Nieve"
+    "Auto |\302\240Paisaje" "Sport |\302\240Vista nocturna" "Night+Portrait |\302\240Retrato"
+    "Número Serie" "Compensación de Sombreado" "Nitidez" "Fuerte" "Suave" "Velocidad Obturación"
+    "Modo Especial" "Coeficientes de Matriz de Tranformación de Espacio de Color" "Flags"
+    "EXRVersion" "AdoptedNeutral" "GPSAltitude" "Aperture" "Channels" "Chromaticities" "ChunkCount"
+    "Comments" "Compression" "DataWindow" "DisplayWindow" "EnvironmentMap" "FramesPerSecond"
+    "KeyCode" "GPSLatitude" "LineOrder" "GPSLongitude" "LookModTransform" "MultiView" "Name" "Owner"
+    "PixelAspectRatio" "Preview" "RenderingTransform" "ScreenWindowCenter" "ScreenWindowWidth"
+    "Tiles" "TimeCode" "Type" "TimeZone" "Version" "WhiteLuminance" "WorldToCamera" "WorldToNDC"
+    "WrapModes" "XResolution" "1024" "2048" "4096" "OpenEXR:AdoptedNeutral" "Adopted Neutral"
+    "OpenEXR:Aperture" "OpenEXR:Channels" "OpenEXR:Chromaticities" "OpenEXR:ChunkCount"
+    "Chunk Count" "OpenEXR:Comments" "OpenEXR:Compression" "OpenEXR:Compression:0"
+    "OpenEXR:Compression:1" "RLE" "OpenEXR:Compression:2" "ZIPS" "OpenEXR:Compression:3" "ZIP"
+    "OpenEXR:Compression:4" "PIZ" "OpenEXR:Compression:5" "PXR24" "OpenEXR:Compression:6" "B44"
+    "OpenEXR:Compression:7" "B44A" "OpenEXR:DataWindow" "Data Window" "OpenEXR:DateTimeOriginal"
+    "OpenEXR:DisplayWindow" "Display Window" "OpenEXR:EXRVersion" "EXR Version"
+    "OpenEXR:EnvironmentMap" "Environment Map" "OpenEXR:EnvironmentMap:0" "Latitude/Longitude"
+    "OpenEXR:EnvironmentMap:1" "Cube" "OpenEXR:ExposureTime" "OpenEXR:Flags" "OpenEXR:Flags:1024"
+    "Long names" "OpenEXR:Flags:2048" "Deep data" "OpenEXR:Flags:4096" "Multipart"
+    "OpenEXR:Flags:512" "Tiled" "OpenEXR:FocusDistance" "OpenEXR:FramesPerSecond"
+    "Frames Per Second" "OpenEXR:GPSAltitude" "GPS Altitude" "OpenEXR:GPSLatitude" "GPS Latitude"
+    "OpenEXR:GPSLongitude" "GPS Longitude" "OpenEXR:ISO" "OpenEXR:KeyCode" "Key Code"
+    "OpenEXR:LineOrder" "Line Order" "OpenEXR:LineOrder:0" "Increasing Y" "OpenEXR:LineOrder:1"
+    "Decreasing Y" "OpenEXR:LineOrder:2" "Random Y" "OpenEXR:LookModTransform" "Look Mod Transform"
+    "OpenEXR:MultiView" "Multi View" "OpenEXR:Name" "OpenEXR:Owner" "OpenEXR:PixelAspectRatio"
+    "Pixel Aspect Ratio" "OpenEXR:Preview" "OpenEXR:RenderingTransform" "Rendering Transform"
+    "OpenEXR:ScreenWindowCenter" "Screen Window Center" "OpenEXR:ScreenWindowWidth"
+    "Screen Window Width" "OpenEXR:Tiles" "OpenEXR:TimeCode" "Time Code" "OpenEXR:TimeZone"
+    "Time Zone" "OpenEXR:Type" "OpenEXR:Version" "OpenEXR:WhiteLuminance" "White Luminance"
+    "OpenEXR:WorldToCamera" "World To Camera" "OpenEXR:WorldToNDC" "World To NDC"
+    "OpenEXR:WrapModes" "Wrap Modes" "OpenEXR:XResolution" "X Resolution" "压缩方案" "海拔高度" "纬度" "经度"
+    "版本" "Commentaires" "Schéma de compression" "Altitude GPS" "Latitude GPS" "Longitude GPS" "Nom"
+    "Propriétaire" "Ratio d'aspect des pixels" "Fuseau horaire" "Résolution horizontale de l'image"
+    "Kanäle" "Kommentare" "Komprimierungsschema" "GPS Höhe" "Geografische Breite"
+    "Geografische Länge" "Besitzer" "Preview-IFD-Zeiger" "Zeitzone" "Typ"
+    "Horizontale Bildauflösung" "Adottato neutro" "Diaframma" "Canali" "Commenti" "Compressione"
+    "Altitudine GPS" "Latitudine" "Longitudine" "Casuale Y" "Nome" "Anteprima" "Tasselli"
+    "Fuso orario" "Numero versione immagine" "Risoluzione orizzontale immagine" "圧縮計画" "高度" "緯度"
+    "経度" "プレビューIFDポインター" "タイムゾーン" "タイプ" "バージョン" "画像幅の解像度" "Canales" "Compresión" "Altitud" "Latitud"
+    "Longitud" "Nombre" "Propietario" "Tipo" "Versión PrintIM" "Resolución Imagen Horizontal"
+    "OpusVersion" "AudioChannels" "SampleRate" "OutputGain" "Opus:AudioChannels" "Audio Channels"
+    "Opus:OpusVersion" "Opus Version" "Opus:OutputGain" "Output Gain" "Opus:SampleRate"
+    "Sample Rate" "Canali audio" "Frequenza campionamento" "Canales Audio" "Frecuencia muestreo"
+    "ContainerVersion" "CreatorVersion" "RoundTripVersion" "HasXFA" "Encryption" "UserAccess"
+    "EmbeddedImageColorSpace" "EmbeddedImageFilter" "EmbeddedImageHeight" "EmbeddedImage"
+    "EmbeddedImageWidth" "AppleKeywords" "Author" "CreateDate" "Creator" "Keywords" "ModifyDate"
+    "Producer" "Subject" "Title" "Trapped" "Linearized" "TaggedPDF" "PageCount" "Language"
+    "PageLayout" "PageMode" "PDFVersion" "SignerContactInfo" "SigningLocation" "SigningDate"
+    "SigningAuthority" "AuthenticationTime" "AuthenticationType" "SigningReason" "FieldPermissions"
+    "AnnotationUsageRights" "DocumentUsageRights" "EmbeddedFileUsageRights" "FormFields"
+    "FormUsageRights" "FormExtraUsageRights" "UsageRightsMessage" "ModificationPermissions"
+    "SignatureUsageRights" "false" "true" "All" "Exclude" "Include" "PDF:AnnotationUsageRights"
+    "Annotation Usage Rights" "PDF:AppleKeywords" "Apple Keywords" "PDF:AuthenticationTime"
+    "Authentication Time" "PDF:AuthenticationType" "Authentication Type" "PDF:Author"
+    "PDF:ContainerVersion" "Container Version" "PDF:CreateDate" "Create Date" "PDF:Creator"
+    "PDF:CreatorVersion" "Creator Version" "PDF:DocumentUsageRights" "Document Usage Rights"
+    "PDF:EmbeddedFileUsageRights" "Embedded File Usage Rights" "PDF:EmbeddedImage" "Embedded Image"
+    "PDF:EmbeddedImageColorSpace" "Embedded Image Color Space" "PDF:EmbeddedImageFilter"
+    "Embedded Image Filter" "PDF:EmbeddedImageHeight" "Embedded Image Height"
+    "PDF:EmbeddedImageWidth" "Embedded Image Width" "PDF:Encryption" "PDF:FieldPermissions"
+    "Field Permissions" "PDF:FieldPermissions:All" "Disallow changes to all form fields"
+    "PDF:FieldPermissions:Exclude" "Allow changes to specified form fields"
+    "PDF:FieldPermissions:Include" "Disallow changes to specified form fields"
+    "PDF:FormExtraUsageRights" "Form Extra Usage Rights" "PDF:FormFields" "Form Fields"
+    "PDF:FormUsageRights" "Form Usage Rights" "PDF:HasXFA" "Has XFA" "PDF:HasXFA:false"
+    "PDF:HasXFA:true" "PDF:Keywords" "PDF:Language" "PDF:Linearized" "PDF:Linearized:false"
+    "PDF:Linearized:true" "PDF:ModificationPermissions" "Modification Permissions"
+    "PDF:ModificationPermissions:1" "No changes permitted" "PDF:ModificationPermissions:2"
+    "Fill forms, Create page templates, Sign" "PDF:ModificationPermissions:3"
     "Fill forms, Create page templates, Sign, Create/Delete/Edit annotations"
-    "PDF:ModificationPermissions:false""Do not restrict applications to reader permissions"
-    "PDF:ModificationPermissions:true""Restrict all applications to reader permissions"
-    "PDF:ModifyDate""Modify Date""PDF:PDFVersion""PDF Version""PDF:PageCount""Page Count"
-    "PDF:PageLayout""Page Layout""PDF:PageMode""Page Mode""PDF:Producer""PDF:RoundTripVersion"
-    "Round Trip Version""PDF:SignatureUsageRights""Signature Usage Rights""PDF:SignerContactInfo"
-    "Signer Contact Info""PDF:SigningAuthority""Signing Authority""PDF:SigningDate""Signing Date"
-    "PDF:SigningLocation""Signing Location""PDF:SigningReason""Signing Reason""PDF:Subject"
-    "PDF:TaggedPDF""Tagged PDF""PDF:TaggedPDF:false""PDF:TaggedPDF:true""PDF:Title""PDF:Trapped"
-    "PDF:UsageRightsMessage""Usage Rights Message""PDF:UserAccess""User Access""PDF:UserAccess:1024"
-    "Assemble""PDF:UserAccess:16""Copy""PDF:UserAccess:2048""Print high-res""PDF:UserAccess:256"
-    "Fill forms""PDF:UserAccess:32""Annotate""PDF:UserAccess:4""Print""PDF:UserAccess:512""Extract"
-    "PDF:UserAccess:8""Modify""作者""数字数据产生的日期和时间""关键字""文件改变的日期和时间""主题""标题""Auteur"
-    "Date de création des données numériques""Créateur""Chiffrage""Mots-clés""Langage"
-    "Date de modification du fichier""Version PDF""Producteur""Sujet""Titre""Piégé"
-    "Message relatif aux droits d'utilisation""Autor""Digitalisierungsdatum/-uhrzeit""Ersteller"
-    "Eingebettetes Bild""Eingebettetes Bild Bildhöhe""Eingebettetes Bild Bildbreite"
-    "Verschlüsselung""Schlüsselwörter""Sprache""Änderungsdatum""Produzent""Themen/Schlüsselwörter"
-    "Titel""Autore""Data di creazione""Creatore""Crittografia""Parole chiave""Lingua""Data modifica"
-    "Soggetto""Titolo""Stampa""デジタルデータ作成日時""製作者""キーワード""ファイル作成日時""サブジェクト""タイトル"
-    "Fecha y Hora de Datos Digital""Creador""Clave""Idioma""Fecha y Hora de Cambio del Archivo"
-    "Productor""Sujeto""Título""BkPat""TxFont""TxFace""TxMode""SpExtra""PnMode""PnPat""FillPat"
-    "TxSize""FgColor""BkColor""VersionOp""PnLocHFrac""ChExtra""ShortLineFrom""LineJustify"
-    "GlyphState""Reserved""ShortComment""HeaderOp""PICT:BkColor""Background Color""PICT:BkPat"
-    "Background Pattern""PICT:ChExtra""Added Width for NonSpace Characters""PICT:FgColor"
-    "Foreground Color""PICT:FillPat""Fill Pattern""PICT:GlyphState""Glyph State""PICT:HeaderOp"
-    "Header Op""PICT:LineJustify""Line Justify""PICT:PnLocHFrac""Fractional Pen Position"
-    "PICT:PnMode""Pen Mode""PICT:PnPat""Pen Pattern""PICT:Reserved""PICT:ShortComment"
-    "Short Comment""PICT:ShortLineFrom""Short Line From""PICT:SpExtra""Extra Space""PICT:TxFace"
-    "Text Font Style""PICT:TxFont""Font Number""PICT:TxMode""Text Source Mode""PICT:TxSize"
-    "Text Size""PICT:Version""Version number of picture""PICT:VersionOp"
-    "Larghezza aggiunta per caratteri non spaziatori""Riservato""Commento breve"
-    "Stile carattere testo""Numero carattere""Dimenione testo""GPSMapDatum""XMLFileType""Cast"
-    "Codirectors""Directors""Producers""Screenwriters""Studio""PLIST:Cast""PLIST:Codirectors"
-    "PLIST:DateTimeOriginal""PLIST:Directors""PLIST:Duration""PLIST:GPSLatitude""PLIST:GPSLongitude"
-    "PLIST:GPSMapDatum""GPS Map Datum""PLIST:Producers""PLIST:Screenwriters""PLIST:Studio"
-    "PLIST:XMLFileType""XML File Type""使用的大地测量数据""Données de surveillance géodésique utilisées"
-    "Geodätisches Datum""Dati di rilevamento geodetico utilizzati""データが使った測地測量"
-    "Dato Medición Geodésica Usado""AnimationFrames""AnimationPlays""ColorPrimaries"
-    "TransferCharacteristics""MatrixCoefficients""VideoFullRangeFlag""ImageWidth""ImageHeight"
-    "BitDepth""ColorType""Filter""Interlace""Palette""BackgroundColor""DigitalSignature"
-    "FractalParameters""Gamma""GIFGraphicControlExtension""GIFPlainTextExtension"
-    "GIFApplicationExtension""PaletteHistogram""ProfileName""AppleDataOffsets""ImageOffset"
-    "PixelCalibration""SignificantBits""SuggestedPalette""SRGBRendering""Transparency"
-    "PixelsPerUnitX""PixelsPerUnitY""PixelUnits""WhitePointX""WhitePointY""RedX""RedY""GreenX"
-    "GreenY""BlueX""BlueY""StereoMode""SubjectUnits""SubjectPixelWidth""SubjectPixelHeight""Artist"
-    "Collection""Copyright""CreationTime""Description""Disclaimer""Document""Label""Software"
-    "Source""TimeStamp""URL""PNGWarning""ModDate""VirtualImageWidth""VirtualImageHeight"
-    "VirtualPageUnits""PNG:AnimationFrames""Animation Frames""PNG:AnimationPlays""Animation Plays"
-    "PNG:AppleDataOffsets""Apple Data Offsets""PNG:Artist""PNG:Author""PNG:BackgroundColor"
-    "PNG:BitDepth""Bit Depth""PNG:BlueX""Blue X""PNG:BlueY""Blue Y""PNG:Collection"
-    "PNG:ColorPrimaries""Color Primaries""PNG:ColorPrimaries:1""BT.709""PNG:ColorPrimaries:10"
-    "SMPTE 428 (CIE 1921 XYZ)""PNG:ColorPrimaries:11""SMPTE RP 431-2""PNG:ColorPrimaries:12"
-    "SMPTE EG 432-1""PNG:ColorPrimaries:2""Unspecified""PNG:ColorPrimaries:22""EBU Tech. 3213-E"
-    "PNG:ColorPrimaries:4""BT.470 System M (historical)""PNG:ColorPrimaries:5"
-    "BT.470 System B, G (historical)""PNG:ColorPrimaries:6""BT.601""PNG:ColorPrimaries:7""SMPTE 240"
-    "PNG:ColorPrimaries:8""Generic film (color filters using illuminant C)""PNG:ColorPrimaries:9"
-    "BT.2020, BT.2100""PNG:ColorType""Color Type""PNG:ColorType:0""Grayscale""PNG:ColorType:2""RGB"
-    "PNG:ColorType:3""PNG:ColorType:4""Grayscale with Alpha""PNG:ColorType:6""RGB with Alpha"
-    "PNG:Comment""PNG:Compression""PNG:Compression:0""Deflate/Inflate""PNG:Copyright"
-    "PNG:CreateDate""PNG:CreationTime""Creation Time""PNG:Description""PNG:DigitalSignature"
-    "Digital Signature""PNG:Disclaimer""PNG:Document""PNG:Filter""PNG:Filter:0""Adaptive"
-    "PNG:FractalParameters""Fractal Parameters""PNG:GIFApplicationExtension"
-    "GIF Application Extension""PNG:GIFGraphicControlExtension""GIF Graphic Control Extension"
-    "PNG:GIFPlainTextExtension""GIF Plain Text Extension""PNG:Gamma""PNG:GreenX""Green X"
-    "PNG:GreenY""Green Y""PNG:ImageHeight""Image Height""PNG:ImageOffset""Image Offset"
-    "PNG:ImageWidth""Image Width""PNG:Interlace""PNG:Interlace:0""Noninterlaced""PNG:Interlace:1"
-    "Adam7 Interlace""PNG:Label""PNG:Make""PNG:MatrixCoefficients""Matrix Coefficients"
-    "PNG:MatrixCoefficients:0""Identity matrix""PNG:MatrixCoefficients:1""PNG:MatrixCoefficients:10"
-    "BT.2020 constant luminance""PNG:MatrixCoefficients:11""SMPTE ST 2085 YDzDx"
-    "PNG:MatrixCoefficients:12""Chromaticity-derived non-constant luminance"
-    "PNG:MatrixCoefficients:13""Chromaticity-derived constant luminance""PNG:MatrixCoefficients:14"
-    "BT.2100 ICtCp""PNG:MatrixCoefficients:2""PNG:MatrixCoefficients:3""For future use (3)"
-    "PNG:MatrixCoefficients:4""US FCC 73.628""PNG:MatrixCoefficients:5""PNG:MatrixCoefficients:6"
-    "PNG:MatrixCoefficients:7""SMPTE 240 M""PNG:MatrixCoefficients:8""YCgCo"
-    "PNG:MatrixCoefficients:9""BT.2020 non-constant luminance, BT.2100 YCbCr""PNG:ModDate""Mod Date"
-    "PNG:Model""PNG:ModifyDate""PNG:PNGWarning""PNG Warning""PNG:Palette""PNG:PaletteHistogram"
-    "Palette Histogram""PNG:PixelCalibration""Pixel Calibration""PNG:PixelUnits""Pixel Units"
-    "PNG:PixelUnits:0""PNG:PixelUnits:1""meters""PNG:PixelsPerUnitX""Pixels Per Unit X"
-    "PNG:PixelsPerUnitY""Pixels Per Unit Y""PNG:ProfileName""Profile Name""PNG:RedX""Red X"
-    "PNG:RedY""Red Y""PNG:SRGBRendering""SRGB Rendering""PNG:SRGBRendering:0""Perceptual"
-    "PNG:SRGBRendering:1""Relative Colorimetric""PNG:SRGBRendering:2""PNG:SRGBRendering:3"
-    "Absolute Colorimetric""PNG:SignificantBits""Significant Bits""PNG:Software""PNG:Source"
-    "PNG:StereoMode""Stereo Mode""PNG:StereoMode:0""Cross-fuse Layout""PNG:StereoMode:1"
-    "Diverging-fuse Layout""PNG:SubjectPixelHeight""Subject Pixel Height""PNG:SubjectPixelWidth"
-    "Subject Pixel Width""PNG:SubjectUnits""Subject Units""PNG:SubjectUnits:1""PNG:SubjectUnits:2"
-    "radians""PNG:SuggestedPalette""Suggested Palette""PNG:TimeStamp""Time Stamp""PNG:Title"
-    "PNG:TransferCharacteristics""Transfer Characteristics""PNG:TransferCharacteristics:0"
-    "For future use (0)""PNG:TransferCharacteristics:1""PNG:TransferCharacteristics:10"
-    "Logarithmic (100 * Sqrt(10) : 1 range)""PNG:TransferCharacteristics:11""IEC 61966-2-4"
-    "PNG:TransferCharacteristics:12""BT.1361""PNG:TransferCharacteristics:13""sRGB or sYCC"
-    "PNG:TransferCharacteristics:14""BT.2020 10-bit systems""PNG:TransferCharacteristics:15"
-    "BT.2020 12-bit systems""PNG:TransferCharacteristics:16""SMPTE ST 2084, ITU BT.2100 PQ"
-    "PNG:TransferCharacteristics:17""SMPTE ST 428""PNG:TransferCharacteristics:18"
-    "BT.2100 HLG, ARIB STD-B67""PNG:TransferCharacteristics:2""PNG:TransferCharacteristics:3"
-    "PNG:TransferCharacteristics:4""PNG:TransferCharacteristics:5""PNG:TransferCharacteristics:6"
-    "PNG:TransferCharacteristics:7""PNG:TransferCharacteristics:8""Linear"
-    "PNG:TransferCharacteristics:9""Logarithmic (100 : 1 range)""PNG:Transparency""PNG:URL"
-    "PNG:VideoFullRangeFlag""Video Full Range Flag""PNG:VirtualImageHeight""Virtual Image Height"
-    "PNG:VirtualImageWidth""Virtual Image Width""PNG:VirtualPageUnits""Virtual Page Units"
-    "PNG:WhitePointX""White Point X""PNG:WhitePointY""White Point Y""图像作者""专利拥有者""对比系数""像高""像宽"
-    "使用软件""来源""Artiste""RVB""Propriétaire du copyright""Hauteur de l'image""Largeur de l'image"
-    "Entrelacement""Date de modification""Inconnu""Nom du profil""Logiciel""Horodateur""URL "
-    "Künstler""Hintergrundfarbe""Bit-Tiefe""Blaupunkt X""Blaupunkt Y""Urheberrechtsvermerk"
-    "Beschreibung""Haftungsbeschränkung""Dokument""Grünpunkt X""Grünpunkt Y""Bildhöhe"
-    "Bilddatenposition""Bildbreite""Beschriftung""PNG Warnung""Pixel Einheit""Meter"
-    "Pixel pro X-Einheit""Pixel pro Y-Einheit""Rotpunkt X""Rotpunkt Y""Quelle""Stereomodus"
-    "Winkelgrade""Zeitstempel""Virtuelle Bildhöhe""Virtuelle Bildbreite""Virtuelle Seitenzahl"
-    "Weißpunkt X""Weißpunkt Y""Persona che ha creato l'immagine""Scala di grigi"
-    "RGB con trasparenza""Titolare del copyright""Descrizione""Altezza immagine""Offset immagine"
-    "Larghezza immagine""Interlacciamento""Non interlacciato""Nome profilo""Software utilizzato"
-    "Origine""Radianti""Tavolozza suggerita""Marcatura oraria""Altezza immagine virtuale"
-    "Larghezza immagine virtuale""Unità pagina virtuale""画像作成者""ビット深度""版権所有者""説明""フィルター""ガンマ""画像高さ"
-    "イメージオフセット""画像幅""プロフィール名""ソフトウェア""ソース""タイムスタンプ""Copyright Perfil""Descripción""Firma Digital"
-    "Alto Imagen""Offset Imagen""Ancho Imagen""Entrelazado""Nombre Perfil""Programa Utilizado"
-    "Fuente""Marca de Tiempo""CreatorAppID""CreatorAppVersion""ImageResolution""ResolutionUnit"
-    "BitsPerSample""Planes""NumColors""FileVersion""PSP:Artist""PSP:BitsPerSample""Bits Per Sample"
-    "PSP:Compression""PSP:Compression:0""PSP:Compression:1""PSP:Compression:2""LZ77"
-    "PSP:Compression:3""JPEG""PSP:Copyright""PSP:CreateDate""PSP:CreatorAppID""Creator App ID"
-    "PSP:CreatorAppID:0""PSP:CreatorAppID:1""Paint Shop Pro""PSP:CreatorAppVersion"
-    "Creator App Version""PSP:Description""PSP:FileVersion""File Version""PSP:ImageHeight"
-    "PSP:ImageResolution""Image Resolution""PSP:ImageWidth""PSP:ModifyDate""PSP:NumColors"
-    "Num Colors""PSP:Planes""PSP:ResolutionUnit""Resolution Unit""PSP:ResolutionUnit:0"
-    "PSP:ResolutionUnit:1""inches""PSP:ResolutionUnit:2""cm""PSP:Title""每个组件的比特数""JEPG压缩率"
-    "图像高宽分辨率单位""英寸""像素/厘米""Nombre de bits par échantillon""Compression JPEG"
-    "Version de l'application du créateur""Version de format de fichier""Nombre de couleurs"
-    "Unité de résolutions""pouce""Pixels/cm""Anzahl der Bits pro Komponente""JPEG-Komprimierung"
-    "Ersteller App ID""Ersteller App Version""Dateiformatversion""Anzahl Farben""Ebenen"
-    "Einheit der X- und Y-Auflösung""Keine""Zoll""Numero di bit per componente""Compressione JPEG"
-    "Versione file""Unità risoluzione""Pollici""コンポーネントのビット数""JPEG圧縮率""ファイル形式バージョン""XとY解像度単位""インチ"
-    "ピクセル/cm""Número de Bits Por Muestra""Compresión JPEG""Versión Formato Archivo"
-    "Número de colores""Unidad de Resolución de X e Y""Pulgada""Píxeles/cm""DRMServerID"
-    "DRMCommerceID""DRM_E-BookBaseID""Publisher""Imprint""ISBN""PublishDate""Review""Contributor"
-    "Rights""SubjectCode""BookType""ASIN""BookVersion""SampleFlag""StartReading""Adult""RetailPrice"
-    "RetailPriceCurrency""ResourceCount""KF8CoverURI""DictionaryShortName""CreatorSoftware"
-    "CreatorMajorVersion""CreatorMinorVersion""CreatorBuildNumber""Watermark""Tamper-proofKeys"
-    "ClippingLimit""PublisherLimit""TextToSpeech""RentalFlag""RentalExpirationDate""CDEType"
-    "LastUpdateTime""UpdatedTitle""ASIN2""Alignment""CreatorBuildNumber2""UncompressedTextLength"
-    "MobiType""CodePage""MobiVersion""BookName""MinimumVersion""DatabaseName""LastBackupDate"
-    "ModificationNumber""PalmFileType""200""201""202""17480""232""248""516""517""518""1252""65001"
-    ".pdfADBE""BDOCWrdS""BOOKMOBI""BVokBDIC""DATALSdb""DB99DBOS""DataPPrs""DataPlkr""DataSprd"
-    "DataTlMl""DataTlPt""InfoINDB""InfoTlIf""JbDbJBas""JfDbJFil""Mdb1Mdb1""PNRdPPrs""PmDBPmDB"
-    "SDocSilX""SM01SMem""TEXtREAd""TEXtTlDc""TdatTide""ToGoToGo""ToRaTRPW""dataTDBP""vIMGView"
-    "zTXTGPlm""Palm:ASIN""Palm:ASIN2""Palm:Adult""Palm:Alignment""Palm:Author""Palm:BookName"
-    "Book Name""Palm:BookType""Book Type""Palm:BookVersion""Book Version""Palm:CDEType""CDE Type"
-    "Palm:ClippingLimit""Clipping Limit""Palm:CodePage""Code Page""Palm:CodePage:1252"
-    "Windows Latin 1 (Western European)""Palm:CodePage:65001""Unicode (UTF-8)""Palm:Compression"
-    "Palm:Compression:1""Palm:Compression:17480""HUFF/CDIC""Palm:Compression:2""PalmDOC"
-    "Palm:Contributor""Palm:CreateDate""Palm:CreatorBuildNumber""Creator Build Number"
-    "Palm:CreatorBuildNumber2""Creator Build Number 2""Palm:CreatorMajorVersion"
-    "Creator Major Version""Palm:CreatorMinorVersion""Creator Minor Version""Palm:CreatorSoftware"
-    "Creator Software""Palm:CreatorSoftware:1""Mobigen""Palm:CreatorSoftware:2""Mobipocket"
-    "Palm:CreatorSoftware:200""Kindlegen (Windows)""Palm:CreatorSoftware:201""Kindlegen (Linux)"
-    "Palm:CreatorSoftware:202""Kindlegen (Mac)""Palm:DRMCommerceID""DRM Commerce ID"
-    "Palm:DRMServerID""DRM Server ID""Palm:DRM_E-BookBaseID""DRM E-Book Base ID""Palm:DatabaseName"
-    "Database Name""Palm:Description""Palm:DictionaryShortName""Dictionary Short Name"
-    "Palm:Encryption""Palm:Encryption:0""Palm:Encryption:1""Old Mobipocket""Palm:Encryption:2"
-    "Palm:ISBN""Palm:Imprint""Palm:KF8CoverURI""KF8 Cover URI""Palm:Language""Palm:LastBackupDate"
-    "Last Backup Date""Palm:LastUpdateTime""Last Update Time""Palm:MinimumVersion""Minimum Version"
-    "Palm:MobiType""Mobi Type""Palm:MobiType:2""Mobipocket Book""Palm:MobiType:232"
-    "mobipocket? generated by kindlegen1.2""Palm:MobiType:248""KF8: generated by kindlegen2"
-    "Palm:MobiType:257""News""Palm:MobiType:258""News_Feed""Palm:MobiType:259""News_Magazine"
-    "Palm:MobiType:3""PalmDoc Book""Palm:MobiType:4""Audio""Palm:MobiType:513""PICS"
-    "Palm:MobiType:514""WORD""Palm:MobiType:515""XLS""Palm:MobiType:516""PPT""Palm:MobiType:517"
-    "TEXT""Palm:MobiType:518""HTML""Palm:MobiVersion""Mobi Version""Palm:ModificationNumber"
-    "Modification Number""Palm:ModifyDate""Palm:PalmFileType""Palm File Type"
-    "Palm:PalmFileType:.pdfADBE""Adobe Reader""Palm:PalmFileType:BDOCWrdS""WordSmith"
-    "Palm:PalmFileType:BOOKMOBI""Palm:PalmFileType:BVokBDIC""BDicty""Palm:PalmFileType:DATALSdb"
-    "LIST""Palm:PalmFileType:DB99DBOS""DB (Database program)""Palm:PalmFileType:DataPPrs""eReader"
-    "Palm:PalmFileType:DataPlkr""Plucker""Palm:PalmFileType:DataSprd""QuickSheet"
-    "Palm:PalmFileType:DataTlMl""TealMeal""Palm:PalmFileType:DataTlPt""TealPaint"
-    "Palm:PalmFileType:InfoINDB""InfoView""Palm:PalmFileType:InfoTlIf""TealInfo"
-    "Palm:PalmFileType:JbDbJBas""JFile""Palm:PalmFileType:JfDbJFil""JFile Pro"
-    "Palm:PalmFileType:Mdb1Mdb1""MobileDB""Palm:PalmFileType:PNRdPPrs""Palm:PalmFileType:PmDBPmDB"
-    "HanDBase""Palm:PalmFileType:SDocSilX""iSilo 3""Palm:PalmFileType:SM01SMem""SuperMemo"
-    "Palm:PalmFileType:TEXtREAd""Palm:PalmFileType:TEXtTlDc""TealDoc""Palm:PalmFileType:TdatTide"
-    "Tides""Palm:PalmFileType:ToGoToGo""iSilo""Palm:PalmFileType:ToRaTRPW""TomeRaider"
-    "Palm:PalmFileType:dataTDBP""ThinkDB""Palm:PalmFileType:vIMGView""FireViewer (ImageViewer)"
-    "Palm:PalmFileType:zTXTGPlm""Weasel""Palm:PublishDate""Publish Date""Palm:Publisher"
-    "Palm:PublisherLimit""Publisher Limit""Palm:RentalExpirationDate""Rental Expiration Date"
-    "Palm:RentalFlag""Rental Flag""Palm:ResourceCount""Resource Count""Palm:RetailPrice"
-    "Retail Price""Palm:RetailPriceCurrency""Retail Price Currency""Palm:Review""Palm:Rights"
-    "Palm:SampleFlag""Sample Flag""Palm:Source""Palm:StartReading""Start Reading""Palm:Subject"
-    "Palm:SubjectCode""Subject Code""Palm:Tamper-proofKeys""Tamper-proof Keys""Palm:TextToSpeech"
-    "Text To Speech""Palm:TextToSpeech:0""Enabled""Palm:TextToSpeech:1""Disabled"
-    "Palm:UncompressedTextLength""Uncompressed Text Length""Palm:UpdatedTitle""Updated Title"
-    "Palm:Watermark""Contributeur""Numéro de build du créateur""Numéro de build 2 du créateur"
-    "Version majeure du créateur""Version mineure du créateur""Logiciel du créateur""Editeur"
-    "Droits""Code sujet""Longueur du texte non compressé""Filigrane""Mitwirkender""Herausgeber"
-    "Rechte""IPTC Themencode""Wasserzeichen""Editore""Codice sottetto""サブジェクトコード""Editor"
-    "NumFacePositions""Face1Position""Face2Position""Face3Position""Face4Position""Face5Position"
-    "FacesRecognized""RecognizedFace1Name""RecognizedFace1Position""RecognizedFace1Age"
-    "RecognizedFace2Name""RecognizedFace2Position""RecognizedFace2Age""RecognizedFace3Name"
-    "RecognizedFace3Position""RecognizedFace3Age""ImageQuality""FirmwareVersion""WhiteBalance"
-    "AFAreaMode""ShootingMode""FlashBias""PanasonicExifVersion""VideoFrameRate""ColorEffect"
-    "TimeSincePowerOn""BurstMode""SequenceNumber""ContrastMode""SelfTimer""Rotation""AFAssistLamp"
-    "ColorMode""BabyAge""OpticalZoomMode""TravelDay""BatteryLevel""WorldTimeLocation""TextStamp"
-    "ProgramISO""AdvancedSceneType""FilmMode""JPEGQuality""ColorTempKelvin""BracketSettings"
-    "WBShiftAB""WBShiftGM""FlashCurtain""LongExposureNoiseReduction""PanasonicImageWidth"
-    "PanasonicImageHeight""AFPointPosition""AccessoryType""AccessorySerialNumber"
-    "IntelligentExposure""FlashWarning""BabyName""Location""Country""State""City""Landmark"
-    "IntelligentResolution""MergedImages""BurstSpeed""IntelligentD-Range""ClearRetouch""City2"
-    "PhotoStyle""WBShiftIntelligentAuto""AccelerometerZ""AccelerometerX""AccelerometerY"
-    "CameraOrientation""WBShiftCreativeControl""SweepPanoramaDirection""SweepPanoramaFieldOfView"
-    "TimerRecording""InternalNDFilter""ShutterType""FilterEffect""ClearRetouchValue""OutputLUT"
-    "TouchAE""MonochromeFilterEffect""HighlightShadow""VideoBurstResolution""MultiExposure"
-    "RedEyeRemoval""VideoBurstMode""DiffractionCorrection""FocusBracket""LongExposureNRUsed"
-    "PostFocusMerging""VideoPreburst""LensTypeMake""LensTypeModel""SensorType"
-    "MonochromeGrainEffect""NoiseReductionStrength""MinimumISO""DynamicRangeBoost""HighlightWarning"
-    "DarkFocusEnvironment""WBRedLevel""WBGreenLevel""WBBlueLevel""Version1""Version2""ThumbnailTest"
-    "PanasonicDateTime""TimeLapseShotNumber""MakerNoteType""Gain""0 16""0 225""0 23""0 49""128 0"
-    "16 0""16 16""240 0""32 0""32 1""32 2""32 3""64 0""64 1""64 2""51""52""55""62""68""69""70""71"
-    "72""73""74""75""76""77""78""79""80""81""82""83""84""85""86""87""88""89""90""92""102""104""107"
-    "112""117""122""127""132""135""136""137""138""272""288""65531""65532""65533""65534""65535""266"
-    "778""-1""300""32868""32968""33068""0 2""0 4""0 8""0 32""0 1024""0 1048576""0 134217728"
-    "0 16384""0 2048""0 2097152""0 256""0 32768""0 33554432""0 4096""0 4194304""0 512""0 524288"
-    "0 67108864""0 8192""0 8388608""264""1032""2064""2080""4097""Panasonic:AFAreaMode""AF Area Mode"
-    "Panasonic:AFAreaMode:0 1""9-area |\302\240Spot Mode On""Panasonic:AFAreaMode:0 16"
-    "3-area (high speed) |\302\240Spot Mode Off""Panasonic:AFAreaMode:0 225""225-area"
-    "Panasonic:AFAreaMode:0 23""23-area""Panasonic:AFAreaMode:0 49""49-area"
-    "Panasonic:AFAreaMode:1 0""Spot Focusing""Panasonic:AFAreaMode:1 1""5-area"
-    "Panasonic:AFAreaMode:128 0""Pinpoint focus""Panasonic:AFAreaMode:16""Normal?"
-    "Panasonic:AFAreaMode:16 0""1-area""Panasonic:AFAreaMode:16 16""1-area (high speed)"
-    "Panasonic:AFAreaMode:240 0""Tracking""Panasonic:AFAreaMode:32 0""Panasonic:AFAreaMode:32 1"
-    "3-area (left)?""Panasonic:AFAreaMode:32 2""3-area (center)?""Panasonic:AFAreaMode:32 3"
-    "3-area (right)?""Panasonic:AFAreaMode:64 0""Panasonic:AFAreaMode:64 1"
-    "Face Detect (animal detect on)""Panasonic:AFAreaMode:64 2""Face Detect (animal detect off)"
-    "Panasonic:AFAssistLamp""AF Assist Lamp""Panasonic:AFAssistLamp:1""Fired"
-    "Panasonic:AFAssistLamp:2""Enabled but Not Used""Panasonic:AFAssistLamp:3"
-    "Disabled but Required""Panasonic:AFAssistLamp:4""Disabled and Not Required"
-    "Panasonic:AFPointPosition""AF Point Position""Panasonic:AccelerometerX""Accelerometer X"
-    "Panasonic:AccelerometerY""Accelerometer Y""Panasonic:AccelerometerZ""Accelerometer Z"
-    "Panasonic:AccessorySerialNumber""Accessory Serial Number""Panasonic:AccessoryType"
-    "Accessory Type""Panasonic:AdvancedSceneType""Advanced Scene Type""Panasonic:Audio"
-    "Panasonic:Audio:1""Panasonic:Audio:2""Panasonic:Audio:3""Stereo""Panasonic:BabyAge""Baby Age"
-    "Panasonic:BabyName""Baby Name""Panasonic:BatteryLevel""Battery Level""Panasonic:BatteryLevel:1"
-    "Full""Panasonic:BatteryLevel:2""Panasonic:BatteryLevel:256""Panasonic:BatteryLevel:3"
-    "Panasonic:BatteryLevel:4""Near Empty""Panasonic:BatteryLevel:7""Near Full"
-    "Panasonic:BatteryLevel:8""Medium Low""Panasonic:BracketSettings""Bracket Settings"
-    "Panasonic:BracketSettings:0""No Bracket""Panasonic:BracketSettings:1""3 Images, Sequence 0/-/+"
-    "Panasonic:BracketSettings:2""3 Images, Sequence -/0/+""Panasonic:BracketSettings:3"
-    "5 Images, Sequence 0/-/+""Panasonic:BracketSettings:4""5 Images, Sequence -/0/+"
-    "Panasonic:BracketSettings:5""7 Images, Sequence 0/-/+""Panasonic:BracketSettings:6"
-    "7 Images, Sequence -/0/+""Panasonic:BurstMode""Burst Mode""Panasonic:BurstMode:0"
-    "Panasonic:BurstMode:1""Panasonic:BurstMode:17""On (with flash)""Panasonic:BurstMode:18"
-    "Aperture Bracketing""Panasonic:BurstMode:2""Auto Exposure Bracketing (AEB)"
-    "Panasonic:BurstMode:3""Focus Bracketing""Panasonic:BurstMode:4""Unlimited"
-    "Panasonic:BurstMode:8""White Balance Bracketing""Panasonic:BurstSpeed""Burst Speed"
-    "Panasonic:CameraOrientation""Camera Orientation""Panasonic:CameraOrientation:0"
-    "Panasonic:CameraOrientation:1""Rotate CW""Panasonic:CameraOrientation:2""Rotate 180"
-    "Panasonic:CameraOrientation:3""Rotate CCW""Panasonic:CameraOrientation:4""Tilt Upwards"
-    "Panasonic:CameraOrientation:5""Tilt Downwards""Panasonic:City""Panasonic:City2""City 2"
-    "Panasonic:ClearRetouch""Clear Retouch""Panasonic:ClearRetouch:0""Panasonic:ClearRetouch:1"
-    "Panasonic:ClearRetouchValue""Clear Retouch Value""Panasonic:ColorEffect""Color Effect"
-    "Panasonic:ColorEffect:1""Panasonic:ColorEffect:2""Warm""Panasonic:ColorEffect:3""Cool"
-    "Panasonic:ColorEffect:4""Black & White""Panasonic:ColorEffect:5""Panasonic:ColorEffect:6"
-    "Happy""Panasonic:ColorEffect:8""Panasonic:ColorMode""Color Mode""Panasonic:ColorMode:0"
-    "Panasonic:ColorMode:1""Panasonic:ColorMode:2""Panasonic:ColorTempKelvin""Color Temp Kelvin"
-    "Panasonic:Contrast""Panasonic:Contrast:0""Panasonic:ContrastMode""Contrast Mode"
-    "Panasonic:ContrastMode:0""-2 |\302\240Normal""Panasonic:ContrastMode:1"
-    "-1 |\302\240-2 |\302\240Low""Panasonic:ContrastMode:100""High Dynamic 2"
-    "Panasonic:ContrastMode:101""Retro 2""Panasonic:ContrastMode:102""High Key 2"
-    "Panasonic:ContrastMode:103""Low Key 2""Panasonic:ContrastMode:104""Toy Effect 2"
-    "Panasonic:ContrastMode:107""Expressive 2""Panasonic:ContrastMode:112"
-    "Panasonic:ContrastMode:117""Panasonic:ContrastMode:12""Smooth (Color Film) or Pure (My Color)"
-    "Panasonic:ContrastMode:122""Dynamic Monochrome""Panasonic:ContrastMode:127""Old Days"
-    "Panasonic:ContrastMode:13""High Dynamic""Panasonic:ContrastMode:132""Dynamic Monochrome 2"
-    "Panasonic:ContrastMode:135""Impressive Art 2""Panasonic:ContrastMode:136""Cross Process 2"
-    "Panasonic:ContrastMode:137""Toy Pop""Panasonic:ContrastMode:138""Fantasy"
-    "Panasonic:ContrastMode:17""Dynamic (B&W Film)""Panasonic:ContrastMode:2"
-    "+2 |\302\240High |\302\240Normal""Panasonic:ContrastMode:22""Smooth (B&W Film)"
-    "Panasonic:ContrastMode:24""Dynamic Range (film-like)""Panasonic:ContrastMode:25"
-    "Panasonic:ContrastMode:256""Low |\302\240Normal 3""Panasonic:ContrastMode:26""Retro"
-    "Panasonic:ContrastMode:27""Dynamic (Color Film)""Panasonic:ContrastMode:272"
-    "Panasonic:ContrastMode:28""Panasonic:ContrastMode:288""Panasonic:ContrastMode:29""Toy Effect"
-    "Panasonic:ContrastMode:3""+1""Panasonic:ContrastMode:32"
-    "Vibrant (Color Film) or Expressive (My Color)""Panasonic:ContrastMode:33""Elegant (My Color)"
-    "Panasonic:ContrastMode:37""Nostalgic (Color Film)""Panasonic:ContrastMode:4""+2"
-    "Panasonic:ContrastMode:41""Dynamic Art (My Color)""Panasonic:ContrastMode:42""Retro (My Color)"
-    "Panasonic:ContrastMode:45""Cinema""Panasonic:ContrastMode:46""Match Filter Effects Toy"
-    "Panasonic:ContrastMode:47""Dynamic Mono""Panasonic:ContrastMode:5""-1 |\302\240Normal 2"
-    "Panasonic:ContrastMode:50""Impressive Art""Panasonic:ContrastMode:51"
-    "Panasonic:ContrastMode:55""Match Photo Style L. Monochrome""Panasonic:ContrastMode:6"
-    "+1 |\302\240Medium Low""Panasonic:ContrastMode:7""Medium High |\302\240Nature (Color Film)"
-    "Panasonic:ContrastMode:9""Expressive""Panasonic:ConversionLens""Panasonic:ConversionLens:1"
-    "Panasonic:ConversionLens:2""Wide""Panasonic:ConversionLens:3""Telephoto"
-    "Panasonic:ConversionLens:4""Panasonic:Country""Panasonic:DarkFocusEnvironment"
-    "Dark Focus Environment""Panasonic:DarkFocusEnvironment:1""Panasonic:DarkFocusEnvironment:2"
-    "Panasonic:DataDump""Panasonic:DiffractionCorrection""Diffraction Correction"
-    "Panasonic:DiffractionCorrection:0""Panasonic:DiffractionCorrection:1"
-    "Panasonic:DynamicRangeBoost""Dynamic Range Boost""Panasonic:DynamicRangeBoost:0"
-    "Panasonic:DynamicRangeBoost:1""Panasonic:Face1Position""Face 1 Position"
-    "Panasonic:Face2Position""Face 2 Position""Panasonic:Face3Position""Face 3 Position"
-    "Panasonic:Face4Position""Face 4 Position""Panasonic:Face5Position""Face 5 Position"
-    "Panasonic:FacesDetected""Panasonic:FacesRecognized""Faces Recognized""Panasonic:FilmMode"
-    "Film Mode""Panasonic:FilmMode:0""Panasonic:FilmMode:1""Standard (color)""Panasonic:FilmMode:10"
-    "Nostalgic""Panasonic:FilmMode:11""Vibrant""Panasonic:FilmMode:2""Dynamic (color)"
-    "Panasonic:FilmMode:3""Nature (color)""Panasonic:FilmMode:4""Smooth (color)"
-    "Panasonic:FilmMode:5""Standard (B&W)""Panasonic:FilmMode:6""Dynamic (B&W)"
-    "Panasonic:FilmMode:7""Smooth (B&W)""Panasonic:FilterEffect""Filter Effect"
-    "Panasonic:FilterEffect:0 0""Panasonic:FilterEffect:0 1""Panasonic:FilterEffect:0 1024"
-    "Panasonic:FilterEffect:0 1048576""Sunshine""Panasonic:FilterEffect:0 134217728"
-    "Silky Monochrome""Panasonic:FilterEffect:0 16""Panasonic:FilterEffect:0 16384""One Point Color"
-    "Panasonic:FilterEffect:0 2""Panasonic:FilterEffect:0 2048""Panasonic:FilterEffect:0 2097152"
-    "Bleach Bypass""Panasonic:FilterEffect:0 256""Panasonic:FilterEffect:0 32""Miniature Effect"
-    "Panasonic:FilterEffect:0 32768""Star Filter""Panasonic:FilterEffect:0 33554432""Monochrome"
-    "Panasonic:FilterEffect:0 4""Panasonic:FilterEffect:0 4096""Panasonic:FilterEffect:0 4194304"
-    "Panasonic:FilterEffect:0 512""Panasonic:FilterEffect:0 524288"
-    "Panasonic:FilterEffect:0 67108864""Rough Monochrome""Panasonic:FilterEffect:0 8"
-    "Panasonic:FilterEffect:0 8192""Panasonic:FilterEffect:0 8388608""Panasonic:FirmwareVersion"
-    "Firmware Version""Panasonic:FlashBias""Flash Bias""Panasonic:FlashCurtain""Flash Curtain"
-    "Panasonic:FlashCurtain:0""Panasonic:FlashCurtain:1""1st""Panasonic:FlashCurtain:2""2nd"
-    "Panasonic:FlashWarning""Flash Warning""Panasonic:FlashWarning:0""Panasonic:FlashWarning:1"
-    "Yes (flash required but disabled)""Panasonic:FocusBracket""Focus Bracket""Panasonic:FocusMode"
-    "Panasonic:FocusMode:1""Panasonic:FocusMode:2""Panasonic:FocusMode:4""Auto, Focus button"
-    "Panasonic:FocusMode:5""Auto, Continuous""Panasonic:FocusMode:6""AF-S""Panasonic:FocusMode:7"
-    "AF-C""Panasonic:FocusMode:8""AF-F""Panasonic:Gain""Panasonic:HDR""Panasonic:HDR:0"
-    "Panasonic:HDR:100""1 EV""Panasonic:HDR:200""2 EV""Panasonic:HDR:300""3 EV""Panasonic:HDR:32868"
-    "1 EV (Auto)""Panasonic:HDR:32968""2 EV (Auto)""Panasonic:HDR:33068""3 EV (Auto)"
-    "Panasonic:HighlightShadow""Highlight Shadow""Panasonic:HighlightWarning""Highlight Warning"
-    "Panasonic:HighlightWarning:0""Panasonic:HighlightWarning:1""Panasonic:HighlightWarning:2"
-    "Panasonic:ISO""Panasonic:ImageQuality""Image Quality""Panasonic:ImageQuality:1""TIFF"
-    "Panasonic:ImageQuality:11""Full HD Movie""Panasonic:ImageQuality:12""4k Movie"
-    "Panasonic:ImageQuality:2""Panasonic:ImageQuality:3""Panasonic:ImageQuality:6""Very High"
-    "Panasonic:ImageQuality:7""Panasonic:ImageQuality:9""Motion Picture"
-    "Panasonic:ImageStabilization""Panasonic:ImageStabilization:10""Dual IS Panning"
-    "Panasonic:ImageStabilization:11""Dual2 IS""Panasonic:ImageStabilization:12""Dual2 IS Panning"
-    "Panasonic:ImageStabilization:2""On, Optical""Panasonic:ImageStabilization:3"
-    "Panasonic:ImageStabilization:4""Panasonic:ImageStabilization:5""On, Optical Panning"
-    "Panasonic:ImageStabilization:6""On, Body-only""Panasonic:ImageStabilization:7"
-    "On, Body-only Panning""Panasonic:ImageStabilization:9""Dual IS""Panasonic:IntelligentD-Range"
-    "Intelligent D-Range""Panasonic:IntelligentD-Range:0""Panasonic:IntelligentD-Range:1"
-    "Panasonic:IntelligentD-Range:2""Panasonic:IntelligentD-Range:3""Panasonic:IntelligentExposure"
-    "Intelligent Exposure""Panasonic:IntelligentExposure:0""Panasonic:IntelligentExposure:1"
-    "Panasonic:IntelligentExposure:2""Panasonic:IntelligentExposure:3"
-    "Panasonic:IntelligentResolution""Intelligent Resolution""Panasonic:IntelligentResolution:0"
-    "Panasonic:IntelligentResolution:1""Panasonic:IntelligentResolution:2"
-    "Panasonic:IntelligentResolution:3""Panasonic:IntelligentResolution:4""Extended"
-    "Panasonic:InternalNDFilter""Internal ND Filter""Panasonic:InternalSerialNumber"
-    "Panasonic:JPEGQuality""JPEG Quality""Panasonic:JPEGQuality:0""n/a (Movie)"
-    "Panasonic:JPEGQuality:2""Panasonic:JPEGQuality:255""n/a (RAW only)""Panasonic:JPEGQuality:3"
-    "Panasonic:JPEGQuality:6""Panasonic:Landmark""Panasonic:LensFirmwareVersion"
-    "Panasonic:LensSerialNumber""Panasonic:LensType""Panasonic:LensTypeMake""Lens Type Make"
-    "Panasonic:LensTypeModel""Lens Type Model""Panasonic:Location""Panasonic:LongExposureNRUsed"
-    "Long Exposure NR Used""Panasonic:LongExposureNRUsed:0""Panasonic:LongExposureNRUsed:1"
-    "Panasonic:LongExposureNoiseReduction""Long Exposure Noise Reduction"
-    "Panasonic:LongExposureNoiseReduction:1""Panasonic:LongExposureNoiseReduction:2"
-    "Panasonic:MacroMode""Panasonic:MacroMode:1""Panasonic:MacroMode:2""Panasonic:MacroMode:257"
-    "Tele-Macro""Panasonic:MacroMode:513""Macro Zoom""Panasonic:Make""Panasonic:MakerNoteType"
-    "Maker Note Type""Panasonic:MakerNoteVersion""Panasonic:ManometerPressure"
-    "Panasonic:MergedImages""Merged Images""Panasonic:MinimumISO""Minimum ISO""Panasonic:Model"
-    "Camera Model Name""Panasonic:MonochromeFilterEffect""Monochrome Filter Effect"
-    "Panasonic:MonochromeFilterEffect:0""Panasonic:MonochromeFilterEffect:1"
-    "Panasonic:MonochromeFilterEffect:2""Panasonic:MonochromeFilterEffect:3"
-    "Panasonic:MonochromeFilterEffect:4""Panasonic:MonochromeGrainEffect""Monochrome Grain Effect"
-    "Panasonic:MonochromeGrainEffect:0""Panasonic:MonochromeGrainEffect:1"
-    "Panasonic:MonochromeGrainEffect:2""Panasonic:MonochromeGrainEffect:3""Panasonic:MultiExposure"
-    "Multi Exposure""Panasonic:MultiExposure:0""Panasonic:MultiExposure:1"
-    "Panasonic:MultiExposure:2""Panasonic:NoiseReduction""Panasonic:NoiseReduction:0"
-    "Panasonic:NoiseReduction:1""Low (-1)""Panasonic:NoiseReduction:2""High (+1)"
-    "Panasonic:NoiseReduction:3""Lowest (-2)""Panasonic:NoiseReduction:4""Highest (+2)"
-    "Panasonic:NoiseReduction:5""+5""Panasonic:NoiseReduction:6""+6""Panasonic:NoiseReduction:65531"
-    "-5""Panasonic:NoiseReduction:65532""-4""Panasonic:NoiseReduction:65533""-3"
-    "Panasonic:NoiseReduction:65534""-2""Panasonic:NoiseReduction:65535"
-    "Panasonic:NoiseReductionStrength""Noise Reduction Strength""Panasonic:NumFacePositions"
-    "Num Face Positions""Panasonic:OpticalZoomMode""Optical Zoom Mode""Panasonic:OpticalZoomMode:1"
-    "Panasonic:OpticalZoomMode:2""Panasonic:OutputLUT""Output LUT""Panasonic:PanasonicDateTime"
-    "Panasonic Date Time""Panasonic:PanasonicExifVersion""Panasonic Exif Version"
-    "Panasonic:PanasonicImageHeight""Panasonic Image Height""Panasonic:PanasonicImageWidth"
-    "Panasonic Image Width""Panasonic:PhotoStyle""Photo Style""Panasonic:PhotoStyle:0"
-    "Panasonic:PhotoStyle:1""Standard or Custom""Panasonic:PhotoStyle:11""L. Monochrome"
-    "Panasonic:PhotoStyle:12""Like709""Panasonic:PhotoStyle:15""L. Monochrome D"
-    "Panasonic:PhotoStyle:17""V-Log""Panasonic:PhotoStyle:18""Cinelike D2""Panasonic:PhotoStyle:2"
-    "Panasonic:PhotoStyle:3""Panasonic:PhotoStyle:4""Panasonic:PhotoStyle:5""Scenery"
-    "Panasonic:PhotoStyle:6""Panasonic:PhotoStyle:8""Cinelike D""Panasonic:PhotoStyle:9""Cinelike V"
-    "Panasonic:PitchAngle""Panasonic:PostFocusMerging""Post Focus Merging"
-    "Panasonic:PostFocusMerging:0 0""Post Focus Auto Merging or None""Panasonic:ProgramISO"
-    "Program ISO""Panasonic:ProgramISO:-1""Panasonic:ProgramISO:65534""Intelligent ISO"
-    "Panasonic:ProgramISO:65535""Panasonic:RecognizedFace1Age""Recognized Face 1 Age"
-    "Panasonic:RecognizedFace1Name""Recognized Face 1 Name""Panasonic:RecognizedFace1Position"
-    "Recognized Face 1 Position""Panasonic:RecognizedFace2Age""Recognized Face 2 Age"
-    "Panasonic:RecognizedFace2Name""Recognized Face 2 Name""Panasonic:RecognizedFace2Position"
-    "Recognized Face 2 Position""Panasonic:RecognizedFace3Age""Recognized Face 3 Age"
-    "Panasonic:RecognizedFace3Name""Recognized Face 3 Name""Panasonic:RecognizedFace3Position"
-    "Recognized Face 3 Position""Panasonic:RedEyeRemoval""Red Eye Removal"
-    "Panasonic:RedEyeRemoval:0""Panasonic:RedEyeRemoval:1""Panasonic:RollAngle""Panasonic:Rotation"
-    "Panasonic:Rotation:1""Horizontal (normal)""Panasonic:Rotation:3""Panasonic:Rotation:6"
-    "Rotate 90 CW""Panasonic:Rotation:8""Rotate 270 CW""Panasonic:Saturation"
-    "Panasonic:Saturation:0""Panasonic:SceneMode""Panasonic:SceneMode:0""Panasonic:SceneMode:1"
-    "Panasonic:SceneMode:10""Panasonic:SceneMode:11""Panasonic:SceneMode:12""Movie Preview"
-    "Panasonic:SceneMode:13""Panasonic:SceneMode:14""Simple""Panasonic:SceneMode:15""Color Effects"
-    "Panasonic:SceneMode:16""Self Portrait""Panasonic:SceneMode:17""Economy""Panasonic:SceneMode:18"
-    "Fireworks""Panasonic:SceneMode:19""Party""Panasonic:SceneMode:2""Panasonic:SceneMode:20""Snow"
-    "Panasonic:SceneMode:21""Night Scenery""Panasonic:SceneMode:22""Food""Panasonic:SceneMode:23"
-    "Baby""Panasonic:SceneMode:24""Soft Skin""Panasonic:SceneMode:25""Candlelight"
-    "Panasonic:SceneMode:26""Starry Night""Panasonic:SceneMode:27""High Sensitivity"
-    "Panasonic:SceneMode:28""Panorama Assist""Panasonic:SceneMode:29""Panasonic:SceneMode:3"
-    "Panasonic:SceneMode:30""Panasonic:SceneMode:31""Aerial Photo""Panasonic:SceneMode:32""Sunset"
-    "Panasonic:SceneMode:33""Pet""Panasonic:SceneMode:34""Panasonic:SceneMode:35""Clipboard"
-    "Panasonic:SceneMode:36""High Speed Continuous Shooting""Panasonic:SceneMode:37"
-    "Panasonic:SceneMode:39""Multi-aspect""Panasonic:SceneMode:4""Sports""Panasonic:SceneMode:41"
-    "Transform""Panasonic:SceneMode:42""Flash Burst""Panasonic:SceneMode:43""Panasonic:SceneMode:44"
-    "Film Grain""Panasonic:SceneMode:45""My Color""Panasonic:SceneMode:46""Photo Frame"
-    "Panasonic:SceneMode:48""Movie""Panasonic:SceneMode:5""Night Portrait""Panasonic:SceneMode:51"
-    "Panasonic:SceneMode:52""Peripheral Defocus""Panasonic:SceneMode:55""Handheld Night Shot"
-    "Panasonic:SceneMode:57""3D""Panasonic:SceneMode:59""Creative Control""Panasonic:SceneMode:6"
-    "Panasonic:SceneMode:60""Intelligent Auto Plus""Panasonic:SceneMode:62""Panasonic:SceneMode:63"
-    "Glass Through""Panasonic:SceneMode:64""Panasonic:SceneMode:66""Digital Filter"
-    "Panasonic:SceneMode:67""Clear Portrait""Panasonic:SceneMode:68""Silky Skin"
-    "Panasonic:SceneMode:69""Backlit Softness""Panasonic:SceneMode:7""Aperture Priority"
-    "Panasonic:SceneMode:70""Clear in Backlight""Panasonic:SceneMode:71""Relaxing Tone"
-    "Panasonic:SceneMode:72""Sweet Child's Face""Panasonic:SceneMode:73""Distinct Scenery"
-    "Panasonic:SceneMode:74""Bright Blue Sky""Panasonic:SceneMode:75""Romantic Sunset Glow"
-    "Panasonic:SceneMode:76""Vivid Sunset Glow""Panasonic:SceneMode:77""Glistening Water"
-    "Panasonic:SceneMode:78""Clear Nightscape""Panasonic:SceneMode:79""Cool Night Sky"
-    "Panasonic:SceneMode:8""Shutter Priority""Panasonic:SceneMode:80""Warm Glowing Nightscape"
-    "Panasonic:SceneMode:81""Artistic Nightscape""Panasonic:SceneMode:82""Glittering Illuminations"
-    "Panasonic:SceneMode:83""Clear Night Portrait""Panasonic:SceneMode:84""Soft Image of a Flower"
-    "Panasonic:SceneMode:85""Appetizing Food""Panasonic:SceneMode:86""Cute Dessert"
-    "Panasonic:SceneMode:87""Freeze Animal Motion""Panasonic:SceneMode:88""Clear Sports Shot"
-    "Panasonic:SceneMode:89""Panasonic:SceneMode:9""Panasonic:SceneMode:90""Panasonic:SceneMode:92"
-    "Panasonic:SelfTimer""Self Timer""Panasonic:SelfTimer:0""Off (0)""Panasonic:SelfTimer:1"
-    "Panasonic:SelfTimer:2""10 s""Panasonic:SelfTimer:258""2 s after shutter pressed"
-    "Panasonic:SelfTimer:266""10 s after shutter pressed""Panasonic:SelfTimer:3""2 s"
-    "Panasonic:SelfTimer:4""10 s / 3 pictures""Panasonic:SelfTimer:778""3 photos after 10 s"
-    "Panasonic:SensorType""Sensor Type""Panasonic:SensorType:0""Panasonic:SensorType:1"
-    "Panasonic:SequenceNumber""Sequence Number""Panasonic:ShadingCompensation"
-    "Panasonic:ShadingCompensation:0""Panasonic:ShadingCompensation:1""Panasonic:Sharpness"
-    "Panasonic:Sharpness:0""Panasonic:ShootingMode""Shooting Mode""Panasonic:ShootingMode:1"
-    "Panasonic:ShootingMode:10""Panasonic:ShootingMode:11""Panasonic:ShootingMode:12"
-    "Panasonic:ShootingMode:13""Panasonic:ShootingMode:14""Panasonic:ShootingMode:15"
-    "Panasonic:ShootingMode:16""Panasonic:ShootingMode:17""Panasonic:ShootingMode:18"
-    "Panasonic:ShootingMode:19""Panasonic:ShootingMode:2""Panasonic:ShootingMode:20"
-    "Panasonic:ShootingMode:21""Panasonic:ShootingMode:22""Panasonic:ShootingMode:23"
-    "Panasonic:ShootingMode:24""Panasonic:ShootingMode:25""Panasonic:ShootingMode:26"
-    "Panasonic:ShootingMode:27""Panasonic:ShootingMode:28""Panasonic:ShootingMode:29"
-    "Panasonic:ShootingMode:3""Panasonic:ShootingMode:30""Panasonic:ShootingMode:31"
-    "Panasonic:ShootingMode:32""Panasonic:ShootingMode:33""Panasonic:ShootingMode:34"
-    "Panasonic:ShootingMode:35""Panasonic:ShootingMode:36""Panasonic:ShootingMode:37"
-    "Panasonic:ShootingMode:39""Panasonic:ShootingMode:4""Panasonic:ShootingMode:41"
-    "Panasonic:ShootingMode:42""Panasonic:ShootingMode:43""Panasonic:ShootingMode:44"
-    "Panasonic:ShootingMode:45""Panasonic:ShootingMode:46""Panasonic:ShootingMode:48"
-    "Panasonic:ShootingMode:5""Panasonic:ShootingMode:51""Panasonic:ShootingMode:52"
-    "Panasonic:ShootingMode:55""Panasonic:ShootingMode:57""Panasonic:ShootingMode:59"
-    "Panasonic:ShootingMode:6""Panasonic:ShootingMode:60""Panasonic:ShootingMode:62"
-    "Panasonic:ShootingMode:63""Panasonic:ShootingMode:64""Panasonic:ShootingMode:66"
-    "Panasonic:ShootingMode:67""Panasonic:ShootingMode:68""Panasonic:ShootingMode:69"
-    "Panasonic:ShootingMode:7""Panasonic:ShootingMode:70""Panasonic:ShootingMode:71"
-    "Panasonic:ShootingMode:72""Panasonic:ShootingMode:73""Panasonic:ShootingMode:74"
-    "Panasonic:ShootingMode:75""Panasonic:ShootingMode:76""Panasonic:ShootingMode:77"
-    "Panasonic:ShootingMode:78""Panasonic:ShootingMode:79""Panasonic:ShootingMode:8"
-    "Panasonic:ShootingMode:80""Panasonic:ShootingMode:81""Panasonic:ShootingMode:82"
-    "Panasonic:ShootingMode:83""Panasonic:ShootingMode:84""Panasonic:ShootingMode:85"
-    "Panasonic:ShootingMode:86""Panasonic:ShootingMode:87""Panasonic:ShootingMode:88"
-    "Panasonic:ShootingMode:89""Panasonic:ShootingMode:9""Panasonic:ShootingMode:90"
-    "Panasonic:ShootingMode:92""Panasonic:ShutterType""Shutter Type""Panasonic:ShutterType:0"
-    "Mechanical""Panasonic:ShutterType:1""Electronic""Panasonic:ShutterType:2""Hybrid"
-    "Panasonic:State""Panasonic:SweepPanoramaDirection""Sweep Panorama Direction"
-    "Panasonic:SweepPanoramaDirection:0""Panasonic:SweepPanoramaDirection:1""Left to Right"
-    "Panasonic:SweepPanoramaDirection:2""Right to Left""Panasonic:SweepPanoramaDirection:3"
-    "Top to Bottom""Panasonic:SweepPanoramaDirection:4""Bottom to Top"
-    "Panasonic:SweepPanoramaFieldOfView""Sweep Panorama Field Of View""Panasonic:TextStamp"
-    "Text Stamp""Panasonic:TextStamp:1""Panasonic:TextStamp:2""Panasonic:ThumbnailHeight"
-    "Panasonic:ThumbnailImage""Panasonic:ThumbnailLength""Panasonic:ThumbnailTest""Thumbnail Test"
-    "Panasonic:ThumbnailWidth""Panasonic:TimeLapseShotNumber""Time Lapse Shot Number"
-    "Panasonic:TimeSincePowerOn""Time Since Power On""Panasonic:TimeStamp""Panasonic:TimerRecording"
-    "Timer Recording""Panasonic:TimerRecording:0""Panasonic:TimerRecording:1""Time Lapse"
-    "Panasonic:TimerRecording:2""Stop-motion Animation""Panasonic:TimerRecording:3""Panasonic:Title"
-    "Panasonic:TouchAE""Touch AE""Panasonic:TouchAE:0""Panasonic:TouchAE:1""Panasonic:TravelDay"
-    "Travel Day""Panasonic:Version1""Version 1""Panasonic:Version2""Version 2"
-    "Panasonic:VideoBurstMode""Video Burst Mode""Panasonic:VideoBurstMode:1"
-    "Panasonic:VideoBurstMode:1032""Focus Stacking""Panasonic:VideoBurstMode:2064""6K Burst"
-    "Panasonic:VideoBurstMode:2080""6K Burst (Start/Stop)""Panasonic:VideoBurstMode:24""4K Burst"
-    "Panasonic:VideoBurstMode:264""Loop Recording""Panasonic:VideoBurstMode:4""Post Focus"
-    "Panasonic:VideoBurstMode:40""4K Burst (Start/Stop)""Panasonic:VideoBurstMode:4097"
-    "High Resolution Mode""Panasonic:VideoBurstMode:72""4K Pre-burst"
-    "Panasonic:VideoBurstResolution""Video Burst Resolution""Panasonic:VideoBurstResolution:1"
-    "Off or 4K""Panasonic:VideoBurstResolution:4""6K""Panasonic:VideoFrameRate""Video Frame Rate"
-    "Panasonic:VideoFrameRate:0""Panasonic:VideoPreburst""Video Preburst""Panasonic:VideoPreburst:0"
-    "Panasonic:VideoPreburst:1""4K or 6K""Panasonic:WBBlueLevel""WB Blue Level"
-    "Panasonic:WBGreenLevel""WB Green Level""Panasonic:WBRedLevel""WB Red Level"
-    "Panasonic:WBShiftAB""WB Shift AB""Panasonic:WBShiftCreativeControl""WB Shift Creative Control"
-    "Panasonic:WBShiftGM""WB Shift GM""Panasonic:WBShiftIntelligentAuto""WB Shift Intelligent Auto"
-    "Panasonic:WhiteBalance""White Balance""Panasonic:WhiteBalance:1""Panasonic:WhiteBalance:10"
-    "Panasonic:WhiteBalance:11""Manual 2""Panasonic:WhiteBalance:12""Panasonic:WhiteBalance:13"
-    "Kelvin""Panasonic:WhiteBalance:14""Manual 3""Panasonic:WhiteBalance:15""Manual 4"
-    "Panasonic:WhiteBalance:19""Auto (cool)""Panasonic:WhiteBalance:2""Daylight"
-    "Panasonic:WhiteBalance:3""Panasonic:WhiteBalance:4""Incandescent""Panasonic:WhiteBalance:5"
-    "Panasonic:WhiteBalance:8""Flash""Panasonic:WhiteBalanceBias""Panasonic:WorldTimeLocation"
-    "World Time Location""Panasonic:WorldTimeLocation:1""Home""Panasonic:WorldTimeLocation:2"
-    "Destination""电池电量""图像取向""城市""怀旧深咖啡色""创意风格""生动色彩""国家""自动HDR""关""标准画质""长时间曝光降噪""开""0° (上/左)"
-    "180° (底/右)""90° CCW (右/上)""90° CW (左/底)""饱和度""夕阳""运动模式""夜晚肖像""手持夜景拍摄""微距""拍摄模式""州""白平衡""黑白"
-    "太阳光""闪光""Mode de la zone d'autofocus""Mise au point 9 zones |\302\240Mode Spot enclenché"
-    "Mise au point 3 zones (haute vitesse) |\302\240Mode Spot désactivé""Zone 225""Zone 23""Zone 49"
-    "Mise au point Spot""Mise au point 5 zones""Point de mire de mise au point""Normale\302\240?"
-    "Mise au point 1 zone""Mise au point 1 zone (haute vitesse)""Suivi"
-    "Mise au point 3 zones (à gauche) ?""Mise au point 3 zones (au centre) ?"
-    "Mise au point 3 zones (à droite) ?""Détection de visage (détection d'animaux activée)"
-    "Détection de visage (détection d'animaux désactivée)""Lampe d'assistance de l'autofocus"
-    "Déclenchée""Activée mais non utilisée""Désactivée mais requise""Désactivée et non requise"
-    "Position du point AF""Accéléromètre X""Accéléromètre Y""Accéléromètre Z""Type d'accessoire"
-    "Type de scène avancé""Stéréo""Âge du bébé""Nom du bébé""Batterie""Totalement chargée"
-    "Niveau moyen""Niveau bas""Presque vide""Presque totalement chargée""Niveau moyen bas"
-    "Mode Rafale""Vitesse de rafale""Orientation de l'appareil photo""Orientation Normale"
-    "Pivoté à gauche""Pivoté de de 180°""Pivoté à droite""Incliné vers le haut""Incliné vers le bas"
-    "Ville""Ville 2""Retouche claire""Valeur de retouche claire""Effet de couleurs""Chaud""Frais"
-    "Noir et blanc""Joyeux""Mode colorimétrique""Température couleur Kelvin""Mode Contraste"
-    "-1 |\302\240-2 |\302\240Bas""Haute dynamique 2""Rétro 2""Tons clairs 2""Tons sombres 2"
-    "Effet jouet 2""Expressif 2""Doux (Film couleur) ou Pur (My Color)""Dynamique Monochrome"
-    "Vieux jours""Haute dynamique""Dynamique Monochrome 2""Art impressionnant 2"
-    "Traitement croisé 2""Jouet Pop""Fantaisie""Dynamique (Film N&B)"
-    "+2 |\302\240Haut |\302\240Normal""Doux (Film Noir & Blanc)"
-    "Plage dynamique (similaire à celle d'un film)""Bas |\302\240Normal 3""Rétro"
-    "Dynamique (Film couleur)""Haut""Effet jouet""Vibrant (Film couleur) ou expressif (My Color)"
-    "Élégant (My Color)""Nostalgique (Film couleur)""Art dynamique (My Color)""Rétro (My Color)"
-    "Cinéma""Jouet à effets de filtres assortis""Dynamique Mono""Art impressionnant"
-    "Correspondre au style de photo L. Monochrome""+1 |\302\240Moyennement faible"
-    "Moyennement élevé |\302\240Nature (film couleur)""Expressif""Grand angle""Téléobjectif""Pays"
-    "Environnement de la focalisation sur le noir""Position visage 1""Position visage 2"
-    "Position visage 3""Position visage 4""Position visage 5""Visages reconnus""Mode vidéo"
-    "Couleurs normales""Couleurs vives""Couleurs naturelles""Couleurs pastel""Normales (N & B)"
-    "Vives (N & Bà)""Pastel (N & B)""Effet de filtre""Monochrome dynamique""Soleil"
-    "Monochrome soyeux""Couleur d'un point""Effet miniature""Filtre d'étoiles""Monochrome brut"
-    "Version du micrologiciel""Décalage Flash""Rideau du flash""1er""2ième""Avertissement de flash"
-    "Oui (flash requis mais désactivé)""Manuelle""Bouton autofocus""Auto, continue"
-    "AF-S (prise de vue unique)""AF-C (prise de vue en rafale)""HDR auto"
-    "Avertissement de mise en lumière""Qualité de l'image""Vidéo Full HD""Film 4k""Haute"
-    "Très haute""Film d'animation""Activée, Optique""Activée, Panoramique optique"
-    "Activée, Corps seul""Activée, Panoramique du boitier seulement""Exposition intelligente""Basse"
-    "Résolution intelligente""Étendue""Filtre ND interne""Non applicable (vidéo)"
-    "Non applicable (RAW seulement)""Trés haute""Point de repère""Marque du type d'objectif"
-    "Modèle du type d'objectif""Lieu""Réduction du bruit en exposition longue""Télé-Macro"
-    "Zoom Macro""Effet de filtre monochrome""Effet de grain monochrome""Infos Surimpression"
-    "±0 (normal)""Faible (-1)""Forte (+1)""La plus faible (-2)""La plus forte (+2)"
-    "Nombre de positions de visage""Mode du zoom optique""Étendu"
-    "Sortie de la LUT (Table de correspondance)""Version Exif Panasonic"
-    "Hauteur de l'image Panasonic""Largeur de l'image Panasonic""Style de la photo"
-    "Standard ou personnalisé""Paysage""Programme ISO""ISO Intelligent""Horizontale (normale)"
-    "Rotation de 180°""Rotation antihoraire de 90°""Rotation antihoraire de 270°"
-    "Prévisualisation vidéo""Effets de couleurs""Autoportrait""Économie""Feux d'artifice""Fête"
-    "Neige""Scène nocturne""Alimentation""Bébé""Peau douce""Lumière de bougie""Nuit étoilée"
-    "Haute Sensibilité""Assistance panoramique""Subaquatique""Photo aérienne""Coucher de soleil"
-    "Animal de compagnie""ISO intelligente""Presse-papiers""Prise de vue en continu à haute vitesse"
-    "Transformer""Éclat de flash""Trou d'épingle""Grain de pellicule""Ma couleur""Cadre photo"
-    "Vidéo""Portrait nocturne""Défocalisation périphérique""Photo nocturne à main levée"
-    "Contrôle créatif""Programme""Auto Intelligent Plus""Verre translucide""Filtre numérique"
-    "Portrait clair""Peau soyeuse""Douceur du contre-jour""Priorité à l'ouverture"
-    "Clair en contre-jour""Tonalité relaxante""Doux visage d'enfant""Paysages distincts"
-    "Ciel bleu lumineux""Lueur romantique au coucher du soleil""Coucher de soleil éclatant"
-    "Eau scintillante""Paysage par nuit claire""Ciel nocturne calme""Priorité à l'obturateur"
-    "Paysage nocturne chaud et lumineux""Paysage nocturne artistique""Illuminations scintillantes"
-    "Portrait par nuit claire""Douce image d'une fleur""Alimentation appétissante""Dessert sympa"
-    "Mouvements d'animaux figés""Prise de vue sportive claire""Minuteur""Désactivé (0)"
-    "2 s après avoir pressé l'obturateur""10 s après avoir pressé l'obturateur""10 s / 3 images"
-    "3 photos après 10 s""Type de capteur""Numéro de Séquence""Feu d'artifice""Nourriture"
-    "Éclairage de Bougie""Haute sensibilité""Assistant Panorama""Animal domestique"
-    "Déclenchement continu à grande vitesse""Mode Auto intelligent""MISMulti-aspectSING"
-    "Mode Auto Plus intelligent""Paysage distinct""Scène par nuit claire""Scène artistique nocturne"
-    "État / Région""Direction du balayage panoramique""De gauche à droite""De droite à gauche"
-    "De haut en bas""De bas en haut""Champ de vision panoramique par balayage""Tampon du texte"
-    "Nombre de prises de vue en temps réel""Temps écoulé depuis la mise sous tension"
-    "Enregistrement par minuterie""Lapse de temps""Animation en stop motion"
-    "Bracketing de mise au point""AE Tactile""Date du Voyage""Fréquence d'images vidéo"
-    "Niveau Bleu Balance des Blancs""Niveau Vert Balance des Blancs"
-    "Niveau Rouge Balance des Blancs""Décalage Balance des Blancs AB"
-    "Changement du Contrôle créatif de la balance des blancs""Décalage Balance Blancs vert-magenta"
-    "Décalage Balance des Blancs Auto intelligent""Balance des blancs"
-    "Equilibrage automatique des blancs""Lumière du jour""Temps nuageux"
-    "Référentiel de l'heure mondiale""Domicile""Messfeldsteuerung"
-    "9 Bereiche |\302\240Spot-Modus Ein""3 Bereiche (kurze Verschlußzeit) |\302\240Spot-Modus Aus"
-    "23 Bereiche""Spotfokussierung""5 Bereiche""1 Bereich""1 Bereich (kurze Verschlußzeit)"
-    "Nachführung""3 Bereiche (links)""3 Bereiche (mitte)""3 Bereiche (rechts)""Gesichtserkennung"
-    "AF Hilfslicht""Blitz wurde ausgelöst""Eingestellt, aber nicht verwendet"
-    "Nicht eingestellt, war aber nötig""Nicht eingestellt, war nicht nötig""AF-Punkt Position"
-    "Zubehör-Typ""Erweiterter Szenentyp""Kindesalter""Kindesname""Batteriestatus""Burst Modus"
-    "Automatische Belichtungsreihe""Unbegrenzt""Ausrichtung der Kamera""180° gedreht""Stadt/Ort"
-    "Farbeffekt""Kühl""Farbmodus""Lebhafte Farbe""Farbtemperatur Kelvin""Kontrast Modus"
-    "-1 |\302\240-2 |\302\240Niedrig""Hoch dynamisch""+2 |\302\240Hoch |\302\240Normal"
-    "Niedrig |\302\240Normal 3""+1 |\302\240Mitte niedrig""Mitte hoch |\302\240Nature (Color Film)"
-    "Tele""Land""Position, 1. Gesicht""Position, 2. Gesicht""Position, 3. Gesicht"
-    "Position, 4. Gesicht""Position, 5. Gesicht""Film-Modus""Filtereffekt""Firmware-Version"
-    "Blitzkorrektur""Blitzsynchronisation auf Verschluß""1. Vorhang""2. Vorhang""Blitzsymbol"
-    "AF-S (Einzelautofokus)""AF-C (Kontinuierlicher Autofokus)""Auto HDR""Bildqualität"
-    "Intelligenter D-Bereich""Intelligente Belichtung""Intelligente Bildauflösung""Erweitert"
-    "Standardqualität""Sehenswürdigkeit""Aufnahmeort""Langzeit-Rauschminderung""Tele-Makro"
-    "Makro-Zoom""Benutzerdaten Typ""Filtereffekt Monochrom""Mehrfachbelichtungsdaten""Niedrig (-1)"
-    "Hoch (+1)""Am niedrigsten (+2)""Am höchsten (+2)""Gesichtspositionen""Optischer Zoom-Modus"
-    "Panasonic Bildhöhe""Panasonic Bildbreite""Fotostil""Standard oder benutzerdefiniert""Lebendig"
-    "Szene""ISO Programm""ISO intelligent""Alter erkanntes Gesicht 1""Name erkanntes Gesicht 1"
-    "Position erkanntes Gesicht 1""Alter erkanntes Gesicht 2""Name erkanntes Gesicht 2"
-    "Position erkanntes Gesicht 2""Alter erkanntes Gesicht 3""Name erkanntes Gesicht 3"
-    "Position erkanntes Gesicht 3""Ausrichtung""90° im Uhrzeigersinn""90° gegen den Uhrzeigersinn"
-    "Farbsättigung""Farbeffekte""Selbstporträt""Feuerwerk""Schnee""Nachtszene""Lebensmittel"
-    "Kleinkind""Kerzenlicht""Sternennacht""Hohe Empfindlichkeit""Unterwasser""Sonnenuntergang"
-    "Haustiere""Iso Intelligent""Sport""Nachtporträt""Nachtaufnahme händisch""Kreativprogramm"
-    "Digitaler Filter""Selbstauslöser""10 s / 3 Bilder""Bildsequenznummer""Aufnahmemodus"
-    "Selbstportait""Bundesland/Kanton""Einschaltdauer""Reisetag""Farbabgleich Grün"
-    "Weißabgleich AB-Korrektur""Weißabgleich GM-Korrektur""Weißabgleich""Tageslicht""Glühbirne"
-    "Blitz""Weltzeit-Position""Heimatort""Zielort""Modo AF""Tipo accessorio""Tipo scena avanzato"
-    "Livello batteria""Orientazione fotocamera""Ruota di 180°""Città""Modo colore"
-    "-2 |\302\240Normale""-1 |\302\240-2 |\302\240Basso""+2 |\302\240High |\302\240Normale"
-    "Basso |\302\240Normal 3""Retrò""Elegante (mio colore)""Nostalgico (pellicola a colori)"
-    "Retro (colore personalizzato)""Espressivo""Paese""Facce riconosciute""Standard (colori)"
-    "Nostalgico""Standard (B&N)""Effetto Filtro""Versione firmware""Disattivata""Qualità Immagine"
-    "Esteso""Località""Espososizione lunga riduzione rumore""Attivata""Dati Esposizione Multipla"
-    "Basso (-1)""Rotazione""Orizzontale (normale)""Ruota di 90° senso orario"
-    "Ruota di 270° in senso orario""Fuochi artificiali""Paesaggio""Tramonto""Evento sportivo"
-    "Rit. notturno""Foto nott. senza trepp.""Priorità otturatore""Autoscatto""Tipo sensore"
-    "Numero sequenza""Modo scatto""Stato""Direzione panoramica ad arco""Versione 2"
-    "Bilanciamento del bianco""Equilibrio del bianco automatico""Monocromatico""Luce del giorno"
-    "AFエリアモード""9-area |\302\240スポットモードオン""スポットフォーカス""５点""ノーマル？""１点""高速１点""３点左？""３点中央？""３点右？"
-    "アクセサリータイプ""音声""赤ちゃん/ペットの年齢""バッテリーレベル""ブラストモード""無限""画像の向き""都市""カラーエフェクト""暖色""冷色""白黒""カラーモード"
-    "ワイド""テレフォト""国名""顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""フィルムモード""スタンダード（カラー）""ダイナミック（カラー）""ナチュラル（カラー）"
-    "滑らか（カラー）""スタンダード（白黒）""ダイナミック（白黒）""滑らか（白黒）""フィルター効果""ファームウェアバージョン""フラッシュバイアス""フラッシュ警告"
-    "オート、フォーカスボタン""オート、コンティニュアス""オートHDR""切""画像品質""標準""動画""JPEG\343\200\200品質""撮影場所""長秒露光ノイズリダクション"
-    "テレマクロ""メーカーノートタイプ""多重露出データ""光学ズームモード""EX光学""パナソニックExifバージョン""プログラムISO""回転""水平（標準）""180度回転"
-    "90度回転 CW""270度回転 CW""彩度""動画プレビュー""シンプル""自分撮り""花火""パーティ""スノー""夜景""料理""赤ちゃん""ソフトスキン""キャンドルライト"
-    "星空""高感度""パノラマアシスト""水中""風景""空撮""夕日""ペット""インテリジェントISO""高速連写""スポーツ""人物夜景""手持ち夜景""セルフタイマー長"
-    "シーケンス番号""撮影モード""エコモード""メモ""都道府県名""電源オン経過時間""トラベル日付""ホワイトバランス青レベル""ホワイトバランス緑レベル""ホワイトバランス赤レベル"
-    "WB AB補正""WB GM補正""ホワイトバランス""ケルビン""昼光""電球""ストロボ""ワールドタイム位置""自宅""目的地""AF Modo Área"
-    "Posición Punto AF""Nivel Batería""Orientación Cámara""Ciudad""Cálido""Frío""Modo de Color"
-    "Temperatura Color Kelvin""-1 |\302\240-2 |\302\240Bajo""+2 |\302\240Alto |\302\240Normal"
-    "Bajo |\302\240Normal 3""País""Versión Firmware""Calidad estándar""Localización""RR Exp.Larga"
-    "Tipo Maker Note""Rotación""Girado 180°""Girado 90° sentido reloj""Girado 270° sentido reloj"
-    "Saturación""Fuegos Artificiales""Nieve""Comida""Subacuatica""Puesta sol""Acción deportiva"
-    "Retrato noct.""Toma noct. manual""Temporizador Automático""Modo de Disparo""Estado"
-    "Balance de Blancos""Automático""Monocromo""Luz de día""Nublado""Equilibrio del blanco manual"
-    "MultishotOn""FlashFired""ZoomPosition""LensAttached""FocalLengthIn35mmFormat""SensitivityValue"
-    "HighISOMode""WB_CFA0_LevelDaylight""WB_CFA1_LevelDaylight""WB_CFA2_LevelDaylight"
-    "WB_CFA3_LevelDaylight""WhiteBalanceSet""WB_RedLevelAuto""WB_BlueLevelAuto""Orientation"
-    "WhiteBalanceDetected""DistortionParam02""DistortionParam04""DistortionScale""DistortionParam08"
-    "DistortionParam09""DistortionParam11""DistortionN""NumWBEntries""WBType1""WB_RBLevels1"
-    "WBType2""WB_RBLevels2""WBType3""WB_RBLevels3""WBType4""WB_RBLevels4""WBType5""WB_RBLevels5"
-    "WBType6""WB_RBLevels6""WBType7""WB_RBLevels7""WB_RGBLevels1""WB_RGBLevels2""WB_RGBLevels3"
-    "WB_RGBLevels4""WB_RGBLevels5""WB_RGBLevels6""WB_RGBLevels7""PanasonicRaw:ApertureValue"
-    "PanasonicRaw:DistortionCorrection""PanasonicRaw:DistortionCorrection:0"
-    "PanasonicRaw:DistortionCorrection:1""PanasonicRaw:DistortionN""Distortion N"
-    "PanasonicRaw:DistortionParam02""Distortion Param 02""PanasonicRaw:DistortionParam04"
-    "Distortion Param 04""PanasonicRaw:DistortionParam08""Distortion Param 08"
-    "PanasonicRaw:DistortionParam09""Distortion Param 09""PanasonicRaw:DistortionParam11"
-    "Distortion Param 11""PanasonicRaw:DistortionScale""Distortion Scale"
-    "PanasonicRaw:FacesDetected""PanasonicRaw:FacesDetected:0""PanasonicRaw:FacesDetected:1"
-    "PanasonicRaw:FlashFired""Flash Fired""PanasonicRaw:FlashFired:0""PanasonicRaw:FlashFired:1"
-    "PanasonicRaw:FocalLengthIn35mmFormat""Focal Length In 35mm Format""PanasonicRaw:FocusStepCount"
-    "PanasonicRaw:FocusStepNear""PanasonicRaw:HighISOMode""High ISO Mode"
-    "PanasonicRaw:HighISOMode:1""PanasonicRaw:HighISOMode:2""PanasonicRaw:LensAttached"
-    "Lens Attached""PanasonicRaw:LensAttached:0""PanasonicRaw:LensAttached:1"
-    "PanasonicRaw:LensTypeMake""PanasonicRaw:LensTypeModel""PanasonicRaw:MultishotOn""Multishot On"
-    "PanasonicRaw:MultishotOn:0""PanasonicRaw:MultishotOn:1""PanasonicRaw:NumWBEntries"
-    "Num WB Entries""PanasonicRaw:Orientation""PanasonicRaw:Orientation:1"
-    "PanasonicRaw:Orientation:2""Mirror horizontal""PanasonicRaw:Orientation:3"
-    "PanasonicRaw:Orientation:4""Mirror vertical""PanasonicRaw:Orientation:5"
-    "Mirror horizontal and rotate 270 CW""PanasonicRaw:Orientation:6""PanasonicRaw:Orientation:7"
-    "Mirror horizontal and rotate 90 CW""PanasonicRaw:Orientation:8""PanasonicRaw:SensitivityValue"
-    "Sensitivity Value""PanasonicRaw:ShutterSpeedValue""PanasonicRaw:WBType1""WB Type 1"
-    "PanasonicRaw:WBType1:0""PanasonicRaw:WBType1:1""PanasonicRaw:WBType1:10"
-    "PanasonicRaw:WBType1:11""PanasonicRaw:WBType1:12""PanasonicRaw:WBType1:13"
-    "PanasonicRaw:WBType1:14""PanasonicRaw:WBType1:15""PanasonicRaw:WBType1:16"
-    "Warm White Fluorescent""PanasonicRaw:WBType1:17""Standard Light A""PanasonicRaw:WBType1:18"
-    "Standard Light B""PanasonicRaw:WBType1:19""Standard Light C""PanasonicRaw:WBType1:2"
-    "Fluorescent""PanasonicRaw:WBType1:20""D55""PanasonicRaw:WBType1:21""D65"
-    "PanasonicRaw:WBType1:22""D75""PanasonicRaw:WBType1:23""D50""PanasonicRaw:WBType1:24"
-    "ISO Studio Tungsten""PanasonicRaw:WBType1:255""Other""PanasonicRaw:WBType1:3"
-    "PanasonicRaw:WBType1:4""PanasonicRaw:WBType1:9""PanasonicRaw:WBType2""WB Type 2"
-    "PanasonicRaw:WBType2:0""PanasonicRaw:WBType2:1""PanasonicRaw:WBType2:10"
-    "PanasonicRaw:WBType2:11""PanasonicRaw:WBType2:12""PanasonicRaw:WBType2:13"
-    "PanasonicRaw:WBType2:14""PanasonicRaw:WBType2:15""PanasonicRaw:WBType2:16"
-    "PanasonicRaw:WBType2:17""PanasonicRaw:WBType2:18""PanasonicRaw:WBType2:19"
-    "PanasonicRaw:WBType2:2""PanasonicRaw:WBType2:20""PanasonicRaw:WBType2:21"
-    "PanasonicRaw:WBType2:22""PanasonicRaw:WBType2:23""PanasonicRaw:WBType2:24"
-    "PanasonicRaw:WBType2:255""PanasonicRaw:WBType2:3""PanasonicRaw:WBType2:4"
-    "PanasonicRaw:WBType2:9""PanasonicRaw:WBType3""WB Type 3""PanasonicRaw:WBType3:0"
-    "PanasonicRaw:WBType3:1""PanasonicRaw:WBType3:10""PanasonicRaw:WBType3:11"
-    "PanasonicRaw:WBType3:12""PanasonicRaw:WBType3:13""PanasonicRaw:WBType3:14"
-    "PanasonicRaw:WBType3:15""PanasonicRaw:WBType3:16""PanasonicRaw:WBType3:17"
-    "PanasonicRaw:WBType3:18""PanasonicRaw:WBType3:19""PanasonicRaw:WBType3:2"
-    "PanasonicRaw:WBType3:20""PanasonicRaw:WBType3:21""PanasonicRaw:WBType3:22"
-    "PanasonicRaw:WBType3:23""PanasonicRaw:WBType3:24""PanasonicRaw:WBType3:255"
-    "PanasonicRaw:WBType3:3""PanasonicRaw:WBType3:4""PanasonicRaw:WBType3:9""PanasonicRaw:WBType4"
-    "WB Type 4""PanasonicRaw:WBType4:0""PanasonicRaw:WBType4:1""PanasonicRaw:WBType4:10"
-    "PanasonicRaw:WBType4:11""PanasonicRaw:WBType4:12""PanasonicRaw:WBType4:13"
-    "PanasonicRaw:WBType4:14""PanasonicRaw:WBType4:15""PanasonicRaw:WBType4:16"
-    "PanasonicRaw:WBType4:17""PanasonicRaw:WBType4:18""PanasonicRaw:WBType4:19"
-    "PanasonicRaw:WBType4:2""PanasonicRaw:WBType4:20""PanasonicRaw:WBType4:21"
-    "PanasonicRaw:WBType4:22""PanasonicRaw:WBType4:23""PanasonicRaw:WBType4:24"
-    "PanasonicRaw:WBType4:255""PanasonicRaw:WBType4:3""PanasonicRaw:WBType4:4"
-    "PanasonicRaw:WBType4:9""PanasonicRaw:WBType5""WB Type 5""PanasonicRaw:WBType5:0"
-    "PanasonicRaw:WBType5:1""PanasonicRaw:WBType5:10""PanasonicRaw:WBType5:11"
-    "PanasonicRaw:WBType5:12""PanasonicRaw:WBType5:13""PanasonicRaw:WBType5:14"
-    "PanasonicRaw:WBType5:15""PanasonicRaw:WBType5:16""PanasonicRaw:WBType5:17"
-    "PanasonicRaw:WBType5:18""PanasonicRaw:WBType5:19""PanasonicRaw:WBType5:2"
-    "PanasonicRaw:WBType5:20""PanasonicRaw:WBType5:21""PanasonicRaw:WBType5:22"
-    "PanasonicRaw:WBType5:23""PanasonicRaw:WBType5:24""PanasonicRaw:WBType5:255"
-    "PanasonicRaw:WBType5:3""PanasonicRaw:WBType5:4""PanasonicRaw:WBType5:9""PanasonicRaw:WBType6"
-    "WB Type 6""PanasonicRaw:WBType6:0""PanasonicRaw:WBType6:1""PanasonicRaw:WBType6:10"
-    "PanasonicRaw:WBType6:11""PanasonicRaw:WBType6:12""PanasonicRaw:WBType6:13"
-    "PanasonicRaw:WBType6:14""PanasonicRaw:WBType6:15""PanasonicRaw:WBType6:16"
-    "PanasonicRaw:WBType6:17""PanasonicRaw:WBType6:18""PanasonicRaw:WBType6:19"
-    "PanasonicRaw:WBType6:2""PanasonicRaw:WBType6:20""PanasonicRaw:WBType6:21"
-    "PanasonicRaw:WBType6:22""PanasonicRaw:WBType6:23""PanasonicRaw:WBType6:24"
-    "PanasonicRaw:WBType6:255""PanasonicRaw:WBType6:3""PanasonicRaw:WBType6:4"
-    "PanasonicRaw:WBType6:9""PanasonicRaw:WBType7""WB Type 7""PanasonicRaw:WBType7:0"
-    "PanasonicRaw:WBType7:1""PanasonicRaw:WBType7:10""PanasonicRaw:WBType7:11"
-    "PanasonicRaw:WBType7:12""PanasonicRaw:WBType7:13""PanasonicRaw:WBType7:14"
-    "PanasonicRaw:WBType7:15""PanasonicRaw:WBType7:16""PanasonicRaw:WBType7:17"
-    "PanasonicRaw:WBType7:18""PanasonicRaw:WBType7:19""PanasonicRaw:WBType7:2"
-    "PanasonicRaw:WBType7:20""PanasonicRaw:WBType7:21""PanasonicRaw:WBType7:22"
-    "PanasonicRaw:WBType7:23""PanasonicRaw:WBType7:24""PanasonicRaw:WBType7:255"
-    "PanasonicRaw:WBType7:3""PanasonicRaw:WBType7:4""PanasonicRaw:WBType7:9"
-    "PanasonicRaw:WB_BlueLevelAuto""WB Blue Level Auto""PanasonicRaw:WB_CFA0_LevelDaylight"
-    "WB CFA0 Level Daylight""PanasonicRaw:WB_CFA1_LevelDaylight""WB CFA1 Level Daylight"
-    "PanasonicRaw:WB_CFA2_LevelDaylight""WB CFA2 Level Daylight""PanasonicRaw:WB_CFA3_LevelDaylight"
-    "WB CFA3 Level Daylight""PanasonicRaw:WB_RBLevels1""WB RB Levels 1""PanasonicRaw:WB_RBLevels2"
-    "WB RB Levels 2""PanasonicRaw:WB_RBLevels3""WB RB Levels 3""PanasonicRaw:WB_RBLevels4"
-    "WB RB Levels 4""PanasonicRaw:WB_RBLevels5""WB RB Levels 5""PanasonicRaw:WB_RBLevels6"
-    "WB RB Levels 6""PanasonicRaw:WB_RBLevels7""WB RB Levels 7""PanasonicRaw:WB_RGBLevels1"
-    "WB RGB Levels 1""PanasonicRaw:WB_RGBLevels2""WB RGB Levels 2""PanasonicRaw:WB_RGBLevels3"
-    "WB RGB Levels 3""PanasonicRaw:WB_RGBLevels4""WB RGB Levels 4""PanasonicRaw:WB_RGBLevels5"
-    "WB RGB Levels 5""PanasonicRaw:WB_RGBLevels6""WB RGB Levels 6""PanasonicRaw:WB_RGBLevels7"
-    "WB RGB Levels 7""PanasonicRaw:WB_RedLevelAuto""WB Red Level Auto"
-    "PanasonicRaw:WhiteBalanceDetected""White Balance Detected""PanasonicRaw:WhiteBalanceDetected:0"
-    "PanasonicRaw:WhiteBalanceDetected:1""PanasonicRaw:WhiteBalanceDetected:10""Custom#3"
-    "PanasonicRaw:WhiteBalanceDetected:11""Custom#4""PanasonicRaw:WhiteBalanceDetected:12"
-    "PanasonicRaw:WhiteBalanceDetected:13""PanasonicRaw:WhiteBalanceDetected:16""AWBc"
-    "PanasonicRaw:WhiteBalanceDetected:2""PanasonicRaw:WhiteBalanceDetected:3""Tungsten"
-    "PanasonicRaw:WhiteBalanceDetected:4""PanasonicRaw:WhiteBalanceDetected:5"
-    "PanasonicRaw:WhiteBalanceDetected:6""PanasonicRaw:WhiteBalanceDetected:7"
-    "PanasonicRaw:WhiteBalanceDetected:8""Custom#1""PanasonicRaw:WhiteBalanceDetected:9""Custom#2"
-    "PanasonicRaw:WhiteBalanceSet""White Balance Set""PanasonicRaw:WhiteBalanceSet:0"
-    "PanasonicRaw:WhiteBalanceSet:1""PanasonicRaw:WhiteBalanceSet:10"
-    "PanasonicRaw:WhiteBalanceSet:11""PanasonicRaw:WhiteBalanceSet:12"
-    "PanasonicRaw:WhiteBalanceSet:13""PanasonicRaw:WhiteBalanceSet:16"
-    "PanasonicRaw:WhiteBalanceSet:2""PanasonicRaw:WhiteBalanceSet:3""PanasonicRaw:WhiteBalanceSet:4"
-    "PanasonicRaw:WhiteBalanceSet:5""PanasonicRaw:WhiteBalanceSet:6""PanasonicRaw:WhiteBalanceSet:7"
-    "PanasonicRaw:WhiteBalanceSet:8""PanasonicRaw:WhiteBalanceSet:9""PanasonicRaw:ZoomPosition"
-    "Zoom Position""35 mm 换算镜头焦点距离""0° (上/右)""180° (底/左)""90° CW (左/上)""90° CCW (右/底)"
-    "Flash utilisé""Longueur de focale équivalente à un film 35 mm""Objectif fixé"
-    "Orientation de l'image""Mise en miroir horizontal""Mise en miroir vertical"
+    "PDF:ModificationPermissions:false" "Do not restrict applications to reader permissions"
+    "PDF:ModificationPermissions:true" "Restrict all applications to reader permissions"
+    "PDF:ModifyDate" "Modify Date" "PDF:PDFVersion" "PDF Version" "PDF:PageCount" "Page Count"
+    "PDF:PageLayout" "Page Layout" "PDF:PageMode" "Page Mode" "PDF:Producer" "PDF:RoundTripVersion"
+    "Round Trip Version" "PDF:SignatureUsageRights" "Signature Usage Rights" "PDF:SignerContactInfo"
+    "Signer Contact Info" "PDF:SigningAuthority" "Signing Authority" "PDF:SigningDate"
+    "Signing Date" "PDF:SigningLocation" "Signing Location" "PDF:SigningReason" "Signing Reason"
+    "PDF:Subject" "PDF:TaggedPDF" "Tagged PDF" "PDF:TaggedPDF:false" "PDF:TaggedPDF:true"
+    "PDF:Title" "PDF:Trapped" "PDF:UsageRightsMessage" "Usage Rights Message" "PDF:UserAccess"
+    "User Access" "PDF:UserAccess:1024" "Assemble" "PDF:UserAccess:16" "Copy" "PDF:UserAccess:2048"
+    "Print high-res" "PDF:UserAccess:256" "Fill forms" "PDF:UserAccess:32" "Annotate"
+    "PDF:UserAccess:4" "Print" "PDF:UserAccess:512" "Extract" "PDF:UserAccess:8" "Modify" "作者"
+    "数字数据产生的日期和时间" "关键字" "文件改变的日期和时间" "主题" "标题" "Auteur" "Date de création des données numériques"
+    "Créateur" "Chiffrage" "Mots-clés" "Langage" "Date de modification du fichier" "Version PDF"
+    "Producteur" "Sujet" "Titre" "Piégé" "Message relatif aux droits d'utilisation" "Autor"
+    "Digitalisierungsdatum/-uhrzeit" "Ersteller" "Eingebettetes Bild" "Eingebettetes Bild Bildhöhe"
+    "Eingebettetes Bild Bildbreite" "Verschlüsselung" "Schlüsselwörter" "Sprache" "Änderungsdatum"
+    "Produzent" "Themen/Schlüsselwörter" "Titel" "Autore" "Data di creazione" "Creatore"
+    "Crittografia" "Parole chiave" "Lingua" "Data modifica" "Soggetto" "Titolo" "Stampa"
+    "デジタルデータ作成日時" "製作者" "キーワード" "ファイル作成日時" "サブジェクト" "タイトル" "Fecha y Hora de Datos Digital" "Creador"
+    "Clave" "Idioma" "Fecha y Hora de Cambio del Archivo" "Productor" "Sujeto" "Título" "BkPat"
+    "TxFont" "TxFace" "TxMode" "SpExtra" "PnMode" "PnPat" "FillPat" "TxSize" "FgColor" "BkColor"
+    "VersionOp" "PnLocHFrac" "ChExtra" "ShortLineFrom" "LineJustify" "GlyphState" "Reserved"
+    "ShortComment" "HeaderOp" "PICT:BkColor" "Background Color" "PICT:BkPat" "Background Pattern"
+    "PICT:ChExtra" "Added Width for NonSpace Characters" "PICT:FgColor" "Foreground Color"
+    "PICT:FillPat" "Fill Pattern" "PICT:GlyphState" "Glyph State" "PICT:HeaderOp" "Header Op"
+    "PICT:LineJustify" "Line Justify" "PICT:PnLocHFrac" "Fractional Pen Position" "PICT:PnMode"
+    "Pen Mode" "PICT:PnPat" "Pen Pattern" "PICT:Reserved" "PICT:ShortComment" "Short Comment"
+    "PICT:ShortLineFrom" "Short Line From" "PICT:SpExtra" "Extra Space" "PICT:TxFace"
+    "Text Font Style" "PICT:TxFont" "Font Number" "PICT:TxMode" "Text Source Mode" "PICT:TxSize"
+    "Text Size" "PICT:Version" "Version number of picture" "PICT:VersionOp"
+    "Larghezza aggiunta per caratteri non spaziatori" "Riservato" "Commento breve"
+    "Stile carattere testo" "Numero carattere" "Dimenione testo" "GPSMapDatum" "XMLFileType" "Cast"
+    "Codirectors" "Directors" "Producers" "Screenwriters" "Studio" "PLIST:Cast" "PLIST:Codirectors"
+    "PLIST:DateTimeOriginal" "PLIST:Directors" "PLIST:Duration" "PLIST:GPSLatitude"
+    "PLIST:GPSLongitude" "PLIST:GPSMapDatum" "GPS Map Datum" "PLIST:Producers" "PLIST:Screenwriters"
+    "PLIST:Studio" "PLIST:XMLFileType" "XML File Type" "使用的大地测量数据"
+    "Données de surveillance géodésique utilisées" "Geodätisches Datum"
+    "Dati di rilevamento geodetico utilizzati" "データが使った測地測量" "Dato Medición Geodésica Usado"
+    "AnimationFrames" "AnimationPlays" "ColorPrimaries" "TransferCharacteristics"
+    "MatrixCoefficients" "VideoFullRangeFlag" "ImageWidth" "ImageHeight" "BitDepth" "ColorType"
+    "Filter" "Interlace" "Palette" "BackgroundColor" "DigitalSignature" "FractalParameters" "Gamma"
+    "GIFGraphicControlExtension" "GIFPlainTextExtension" "GIFApplicationExtension"
+    "PaletteHistogram" "ProfileName" "AppleDataOffsets" "ImageOffset" "PixelCalibration"
+    "SignificantBits" "SuggestedPalette" "SRGBRendering" "Transparency" "PixelsPerUnitX"
+    "PixelsPerUnitY" "PixelUnits" "WhitePointX" "WhitePointY" "RedX" "RedY" "GreenX" "GreenY"
+    "BlueX" "BlueY" "StereoMode" "SubjectUnits" "SubjectPixelWidth" "SubjectPixelHeight" "Artist"
+    "Collection" "Copyright" "CreationTime" "Description" "Disclaimer" "Document" "Label" "Software"
+    "Source" "TimeStamp" "URL" "PNGWarning" "ModDate" "VirtualImageWidth" "VirtualImageHeight"
+    "VirtualPageUnits" "PNG:AnimationFrames" "Animation Frames" "PNG:AnimationPlays"
+    "Animation Plays" "PNG:AppleDataOffsets" "Apple Data Offsets" "PNG:Artist" "PNG:Author"
+    "PNG:BackgroundColor" "PNG:BitDepth" "Bit Depth" "PNG:BlueX" "Blue X" "PNG:BlueY" "Blue Y"
+    "PNG:Collection" "PNG:ColorPrimaries" "Color Primaries" "PNG:ColorPrimaries:1" "BT.709"
+    "PNG:ColorPrimaries:10" "SMPTE 428 (CIE 1921 XYZ)" "PNG:ColorPrimaries:11" "SMPTE RP 431-2"
+    "PNG:ColorPrimaries:12" "SMPTE EG 432-1" "PNG:ColorPrimaries:2" "Unspecified"
+    "PNG:ColorPrimaries:22" "EBU Tech. 3213-E" "PNG:ColorPrimaries:4" "BT.470 System M (historical)"
+    "PNG:ColorPrimaries:5" "BT.470 System B, G (historical)" "PNG:ColorPrimaries:6" "BT.601"
+    "PNG:ColorPrimaries:7" "SMPTE 240" "PNG:ColorPrimaries:8"
+    "Generic film (color filters using illuminant C)" "PNG:ColorPrimaries:9" "BT.2020, BT.2100"
+    "PNG:ColorType" "Color Type" "PNG:ColorType:0" "Grayscale" "PNG:ColorType:2" "RGB"
+    "PNG:ColorType:3" "PNG:ColorType:4" "Grayscale with Alpha" "PNG:ColorType:6" "RGB with Alpha"
+    "PNG:Comment" "PNG:Compression" "PNG:Compression:0" "Deflate/Inflate" "PNG:Copyright"
+    "PNG:CreateDate" "PNG:CreationTime" "Creation Time" "PNG:Description" "PNG:DigitalSignature"
+    "Digital Signature" "PNG:Disclaimer" "PNG:Document" "PNG:Filter" "PNG:Filter:0" "Adaptive"
+    "PNG:FractalParameters" "Fractal Parameters" "PNG:GIFApplicationExtension"
+    "GIF Application Extension" "PNG:GIFGraphicControlExtension" "GIF Graphic Control Extension"
+    "PNG:GIFPlainTextExtension" "GIF Plain Text Extension" "PNG:Gamma" "PNG:GreenX" "Green X"
+    "PNG:GreenY" "Green Y" "PNG:ImageHeight" "Image Height" "PNG:ImageOffset" "Image Offset"
+    "PNG:ImageWidth" "Image Width" "PNG:Interlace" "PNG:Interlace:0" "Noninterlaced"
+    "PNG:Interlace:1" "Adam7 Interlace" "PNG:Label" "PNG:Make" "PNG:MatrixCoefficients"
+    "Matrix Coefficients" "PNG:MatrixCoefficients:0" "Identity matrix" "PNG:MatrixCoefficients:1"
+    "PNG:MatrixCoefficients:10" "BT.2020 constant luminance" "PNG:MatrixCoefficients:11"
+    "SMPTE ST 2085 YDzDx" "PNG:MatrixCoefficients:12" "Chromaticity-derived non-constant luminance"
+    "PNG:MatrixCoefficients:13" "Chromaticity-derived constant luminance"
+    "PNG:MatrixCoefficients:14" "BT.2100 ICtCp" "PNG:MatrixCoefficients:2"
+    "PNG:MatrixCoefficients:3" "For future use (3)" "PNG:MatrixCoefficients:4" "US FCC 73.628"
+    "PNG:MatrixCoefficients:5" "PNG:MatrixCoefficients:6" "PNG:MatrixCoefficients:7" "SMPTE 240 M"
+    "PNG:MatrixCoefficients:8" "YCgCo" "PNG:MatrixCoefficients:9"
+    "BT.2020 non-constant luminance, BT.2100 YCbCr" "PNG:ModDate" "Mod Date" "PNG:Model"
+    "PNG:ModifyDate" "PNG:PNGWarning" "PNG Warning" "PNG:Palette" "PNG:PaletteHistogram"
+    "Palette Histogram" "PNG:PixelCalibration" "Pixel Calibration" "PNG:PixelUnits" "Pixel Units"
+    "PNG:PixelUnits:0" "PNG:PixelUnits:1" "meters" "PNG:PixelsPerUnitX" "Pixels Per Unit X"
+    "PNG:PixelsPerUnitY" "Pixels Per Unit Y" "PNG:ProfileName" "Profile Name" "PNG:RedX" "Red X"
+    "PNG:RedY" "Red Y" "PNG:SRGBRendering" "SRGB Rendering" "PNG:SRGBRendering:0" "Perceptual"
+    "PNG:SRGBRendering:1" "Relative Colorimetric" "PNG:SRGBRendering:2" "PNG:SRGBRendering:3"
+    "Absolute Colorimetric" "PNG:SignificantBits" "Significant Bits" "PNG:Software" "PNG:Source"
+    "PNG:StereoMode" "Stereo Mode" "PNG:StereoMode:0" "Cross-fuse Layout" "PNG:StereoMode:1"
+    "Diverging-fuse Layout" "PNG:SubjectPixelHeight" "Subject Pixel Height" "PNG:SubjectPixelWidth"
+    "Subject Pixel Width" "PNG:SubjectUnits" "Subject Units" "PNG:SubjectUnits:1"
+    "PNG:SubjectUnits:2" "radians" "PNG:SuggestedPalette" "Suggested Palette" "PNG:TimeStamp"
+    "Time Stamp" "PNG:Title" "PNG:TransferCharacteristics" "Transfer Characteristics"
+    "PNG:TransferCharacteristics:0" "For future use (0)" "PNG:TransferCharacteristics:1"
+    "PNG:TransferCharacteristics:10" "Logarithmic (100 * Sqrt(10) : 1 range)"
+    "PNG:TransferCharacteristics:11" "IEC 61966-2-4" "PNG:TransferCharacteristics:12" "BT.1361"
+    "PNG:TransferCharacteristics:13" "sRGB or sYCC" "PNG:TransferCharacteristics:14"
+    "BT.2020 10-bit systems" "PNG:TransferCharacteristics:15" "BT.2020 12-bit systems"
+    "PNG:TransferCharacteristics:16" "SMPTE ST 2084, ITU BT.2100 PQ"
+    "PNG:TransferCharacteristics:17" "SMPTE ST 428" "PNG:TransferCharacteristics:18"
+    "BT.2100 HLG, ARIB STD-B67" "PNG:TransferCharacteristics:2" "PNG:TransferCharacteristics:3"
+    "PNG:TransferCharacteristics:4" "PNG:TransferCharacteristics:5" "PNG:TransferCharacteristics:6"
+    "PNG:TransferCharacteristics:7" "PNG:TransferCharacteristics:8" "Linear"
+    "PNG:TransferCharacteristics:9" "Logarithmic (100 : 1 range)" "PNG:Transparency" "PNG:URL"
+    "PNG:VideoFullRangeFlag" "Video Full Range Flag" "PNG:VirtualImageHeight" "Virtual Image Height"
+    "PNG:VirtualImageWidth" "Virtual Image Width" "PNG:VirtualPageUnits" "Virtual Page Units"
+    "PNG:WhitePointX" "White Point X" "PNG:WhitePointY" "White Point Y" "图像作者" "专利拥有者" "对比系数" "像高"
+    "像宽" "使用软件" "来源" "Artiste" "RVB" "Propriétaire du copyright" "Hauteur de l'image"
+    "Largeur de l'image" "Entrelacement" "Date de modification" "Inconnu" "Nom du profil" "Logiciel"
+    "Horodateur" "URL " "Künstler" "Hintergrundfarbe" "Bit-Tiefe" "Blaupunkt X" "Blaupunkt Y"
+    "Urheberrechtsvermerk" "Beschreibung" "Haftungsbeschränkung" "Dokument" "Grünpunkt X"
+    "Grünpunkt Y" "Bildhöhe" "Bilddatenposition" "Bildbreite" "Beschriftung" "PNG Warnung"
+    "Pixel Einheit" "Meter" "Pixel pro X-Einheit" "Pixel pro Y-Einheit" "Rotpunkt X" "Rotpunkt Y"
+    "Quelle" "Stereomodus" "Winkelgrade" "Zeitstempel" "Virtuelle Bildhöhe" "Virtuelle Bildbreite"
+    "Virtuelle Seitenzahl" "Weißpunkt X" "Weißpunkt Y" "Persona che ha creato l'immagine"
+    "Scala di grigi" "RGB con trasparenza" "Titolare del copyright" "Descrizione" "Altezza immagine"
+    "Offset immagine" "Larghezza immagine" "Interlacciamento" "Non interlacciato" "Nome profilo"
+    "Software utilizzato" "Origine" "Radianti" "Tavolozza suggerita" "Marcatura oraria"
+    "Altezza immagine virtuale" "Larghezza immagine virtuale" "Unità pagina virtuale" "画像作成者"
+    "ビット深度" "版権所有者" "説明" "フィルター" "ガンマ" "画像高さ" "イメージオフセット" "画像幅" "プロフィール名" "ソフトウェア" "ソース" "タイムスタンプ"
+    "Copyright Perfil" "Descripción" "Firma Digital" "Alto Imagen" "Offset Imagen" "Ancho Imagen"
+    "Entrelazado" "Nombre Perfil" "Programa Utilizado" "Fuente" "Marca de Tiempo" "CreatorAppID"
+    "CreatorAppVersion" "ImageResolution" "ResolutionUnit" "BitsPerSample" "Planes" "NumColors"
+    "FileVersion" "PSP:Artist" "PSP:BitsPerSample" "Bits Per Sample" "PSP:Compression"
+    "PSP:Compression:0" "PSP:Compression:1" "PSP:Compression:2" "LZ77" "PSP:Compression:3" "JPEG"
+    "PSP:Copyright" "PSP:CreateDate" "PSP:CreatorAppID" "Creator App ID" "PSP:CreatorAppID:0"
+    "PSP:CreatorAppID:1" "Paint Shop Pro" "PSP:CreatorAppVersion" "Creator App Version"
+    "PSP:Description" "PSP:FileVersion" "File Version" "PSP:ImageHeight" "PSP:ImageResolution"
+    "Image Resolution" "PSP:ImageWidth" "PSP:ModifyDate" "PSP:NumColors" "Num Colors" "PSP:Planes"
+    "PSP:ResolutionUnit" "Resolution Unit" "PSP:ResolutionUnit:0" "PSP:ResolutionUnit:1" "inches"
+    "PSP:ResolutionUnit:2" "cm" "PSP:Title" "每个组件的比特数" "JEPG压缩率" "图像高宽分辨率单位" "英寸" "像素/厘米"
+    "Nombre de bits par échantillon" "Compression JPEG" "Version de l'application du créateur"
+    "Version de format de fichier" "Nombre de couleurs" "Unité de résolutions" "pouce" "Pixels/cm"
+    "Anzahl der Bits pro Komponente" "JPEG-Komprimierung" "Ersteller App ID" "Ersteller App Version"
+    "Dateiformatversion" "Anzahl Farben" "Ebenen" "Einheit der X- und Y-Auflösung" "Keine" "Zoll"
+    "Numero di bit per componente" "Compressione JPEG" "Versione file" "Unità risoluzione" "Pollici"
+    "コンポーネントのビット数" "JPEG圧縮率" "ファイル形式バージョン" "XとY解像度単位" "インチ" "ピクセル/cm" "Número de Bits Por Muestra"
+    "Compresión JPEG" "Versión Formato Archivo" "Número de colores" "Unidad de Resolución de X e Y"
+    "Pulgada" "Píxeles/cm" "DRMServerID" "DRMCommerceID" "DRM_E-BookBaseID" "Publisher" "Imprint"
+    "ISBN" "PublishDate" "Review" "Contributor" "Rights" "SubjectCode" "BookType" "ASIN"
+    "BookVersion" "SampleFlag" "StartReading" "Adult" "RetailPrice" "RetailPriceCurrency"
+    "ResourceCount" "KF8CoverURI" "DictionaryShortName" "CreatorSoftware" "CreatorMajorVersion"
+    "CreatorMinorVersion" "CreatorBuildNumber" "Watermark" "Tamper-proofKeys" "ClippingLimit"
+    "PublisherLimit" "TextToSpeech" "RentalFlag" "RentalExpirationDate" "CDEType" "LastUpdateTime"
+    "UpdatedTitle" "ASIN2" "Alignment" "CreatorBuildNumber2" "UncompressedTextLength" "MobiType"
+    "CodePage" "MobiVersion" "BookName" "MinimumVersion" "DatabaseName" "LastBackupDate"
+    "ModificationNumber" "PalmFileType" "200" "201" "202" "17480" "232" "248" "516" "517" "518"
+    "1252" "65001" ".pdfADBE" "BDOCWrdS" "BOOKMOBI" "BVokBDIC" "DATALSdb" "DB99DBOS" "DataPPrs"
+    "DataPlkr" "DataSprd" "DataTlMl" "DataTlPt" "InfoINDB" "InfoTlIf" "JbDbJBas" "JfDbJFil"
+    "Mdb1Mdb1" "PNRdPPrs" "PmDBPmDB" "SDocSilX" "SM01SMem" "TEXtREAd" "TEXtTlDc" "TdatTide"
+    "ToGoToGo" "ToRaTRPW" "dataTDBP" "vIMGView" "zTXTGPlm" "Palm:ASIN" "Palm:ASIN2" "Palm:Adult"
+    "Palm:Alignment" "Palm:Author" "Palm:BookName" "Book Name" "Palm:BookType" "Book Type"
+    "Palm:BookVersion" "Book Version" "Palm:CDEType" "CDE Type" "Palm:ClippingLimit"
+    "Clipping Limit" "Palm:CodePage" "Code Page" "Palm:CodePage:1252"
+    "Windows Latin 1 (Western European)" "Palm:CodePage:65001" "Unicode (UTF-8)" "Palm:Compression"
+    "Palm:Compression:1" "Palm:Compression:17480" "HUFF/CDIC" "Palm:Compression:2" "PalmDOC"
+    "Palm:Contributor" "Palm:CreateDate" "Palm:CreatorBuildNumber" "Creator Build Number"
+    "Palm:CreatorBuildNumber2" "Creator Build Number 2" "Palm:CreatorMajorVersion"
+    "Creator Major Version" "Palm:CreatorMinorVersion" "Creator Minor Version"
+    "Palm:CreatorSoftware" "Creator Software" "Palm:CreatorSoftware:1" "Mobigen"
+    "Palm:CreatorSoftware:2" "Mobipocket" "Palm:CreatorSoftware:200" "Kindlegen (Windows)"
+    "Palm:CreatorSoftware:201" "Kindlegen (Linux)" "Palm:CreatorSoftware:202" "Kindlegen (Mac)"
+    "Palm:DRMCommerceID" "DRM Commerce ID" "Palm:DRMServerID" "DRM Server ID"
+    "Palm:DRM_E-BookBaseID" "DRM E-Book Base ID" "Palm:DatabaseName" "Database Name"
+    "Palm:Description" "Palm:DictionaryShortName" "Dictionary Short Name" "Palm:Encryption"
+    "Palm:Encryption:0" "Palm:Encryption:1" "Old Mobipocket" "Palm:Encryption:2" "Palm:ISBN"
+    "Palm:Imprint" "Palm:KF8CoverURI" "KF8 Cover URI" "Palm:Language" "Palm:LastBackupDate"
+    "Last Backup Date" "Palm:LastUpdateTime" "Last Update Time" "Palm:MinimumVersion"
+    "Minimum Version" "Palm:MobiType" "Mobi Type" "Palm:MobiType:2" "Mobipocket Book"
+    "Palm:MobiType:232" "mobipocket? generated by kindlegen1.2" "Palm:MobiType:248"
+    "KF8: generated by kindlegen2" "Palm:MobiType:257" "News" "Palm:MobiType:258" "News_Feed"
+    "Palm:MobiType:259" "News_Magazine" "Palm:MobiType:3" "PalmDoc Book" "Palm:MobiType:4" "Audio"
+    "Palm:MobiType:513" "PICS" "Palm:MobiType:514" "WORD" "Palm:MobiType:515" "XLS"
+    "Palm:MobiType:516" "PPT" "Palm:MobiType:517" "TEXT" "Palm:MobiType:518" "HTML"
+    "Palm:MobiVersion" "Mobi Version" "Palm:ModificationNumber" "Modification Number"
+    "Palm:ModifyDate" "Palm:PalmFileType" "Palm File Type" "Palm:PalmFileType:.pdfADBE"
+    "Adobe Reader" "Palm:PalmFileType:BDOCWrdS" "WordSmith" "Palm:PalmFileType:BOOKMOBI"
+    "Palm:PalmFileType:BVokBDIC" "BDicty" "Palm:PalmFileType:DATALSdb" "LIST"
+    "Palm:PalmFileType:DB99DBOS" "DB (Database program)" "Palm:PalmFileType:DataPPrs" "eReader"
+    "Palm:PalmFileType:DataPlkr" "Plucker" "Palm:PalmFileType:DataSprd" "QuickSheet"
+    "Palm:PalmFileType:DataTlMl" "TealMeal" "Palm:PalmFileType:DataTlPt" "TealPaint"
+    "Palm:PalmFileType:InfoINDB" "InfoView" "Palm:PalmFileType:InfoTlIf" "TealInfo"
+    "Palm:PalmFileType:JbDbJBas" "JFile" "Palm:PalmFileType:JfDbJFil" "JFile Pro"
+    "Palm:PalmFileType:Mdb1Mdb1" "MobileDB" "Palm:PalmFileType:PNRdPPrs"
+    "Palm:PalmFileType:PmDBPmDB" "HanDBase" "Palm:PalmFileType:SDocSilX" "iSilo 3"
+    "Palm:PalmFileType:SM01SMem" "SuperMemo" "Palm:PalmFileType:TEXtREAd"
+    "Palm:PalmFileType:TEXtTlDc" "TealDoc" "Palm:PalmFileType:TdatTide" "Tides"
+    "Palm:PalmFileType:ToGoToGo" "iSilo" "Palm:PalmFileType:ToRaTRPW" "TomeRaider"
+    "Palm:PalmFileType:dataTDBP" "ThinkDB" "Palm:PalmFileType:vIMGView" "FireViewer (ImageViewer)"
+    "Palm:PalmFileType:zTXTGPlm" "Weasel" "Palm:PublishDate" "Publish Date" "Palm:Publisher"
+    "Palm:PublisherLimit" "Publisher Limit" "Palm:RentalExpirationDate" "Rental Expiration Date"
+    "Palm:RentalFlag" "Rental Flag" "Palm:ResourceCount" "Resource Count" "Palm:RetailPrice"
+    "Retail Price" "Palm:RetailPriceCurrency" "Retail Price Currency" "Palm:Review" "Palm:Rights"
+    "Palm:SampleFlag" "Sample Flag" "Palm:Source" "Palm:StartReading" "Start Reading" "Palm:Subject"
+    "Palm:SubjectCode" "Subject Code" "Palm:Tamper-proofKeys" "Tamper-proof Keys"
+    "Palm:TextToSpeech" "Text To Speech" "Palm:TextToSpeech:0" "Enabled" "Palm:TextToSpeech:1"
+    "Disabled" "Palm:UncompressedTextLength" "Uncompressed Text Length" "Palm:UpdatedTitle"
+    "Updated Title" "Palm:Watermark" "Contributeur" "Numéro de build du créateur"
+    "Numéro de build 2 du créateur" "Version majeure du créateur" "Version mineure du créateur"
+    "Logiciel du créateur" "Editeur" "Droits" "Code sujet" "Longueur du texte non compressé"
+    "Filigrane" "Mitwirkender" "Herausgeber" "Rechte" "IPTC Themencode" "Wasserzeichen" "Editore"
+    "Codice sottetto" "サブジェクトコード" "Editor" "NumFacePositions" "Face1Position" "Face2Position"
+    "Face3Position" "Face4Position" "Face5Position" "FacesRecognized" "RecognizedFace1Name"
+    "RecognizedFace1Position" "RecognizedFace1Age" "RecognizedFace2Name" "RecognizedFace2Position"
+    "RecognizedFace2Age" "RecognizedFace3Name" "RecognizedFace3Position" "RecognizedFace3Age"
+    "ImageQuality" "FirmwareVersion" "WhiteBalance" "AFAreaMode" "ShootingMode" "FlashBias"
+    "PanasonicExifVersion" "VideoFrameRate" "ColorEffect" "TimeSincePowerOn" "BurstMode"
+    "SequenceNumber" "ContrastMode" "SelfTimer" "Rotation" "AFAssistLamp" "ColorMode" "BabyAge"
+    "OpticalZoomMode" "TravelDay" "BatteryLevel" "WorldTimeLocation" "TextStamp" "ProgramISO"
+    "AdvancedSceneType" "FilmMode" "JPEGQuality" "ColorTempKelvin" "BracketSettings" "WBShiftAB"
+    "WBShiftGM" "FlashCurtain" "LongExposureNoiseReduction" "PanasonicImageWidth"
+    "PanasonicImageHeight" "AFPointPosition" "AccessoryType" "AccessorySerialNumber"
+    "IntelligentExposure" "FlashWarning" "BabyName" "Location" "Country" "State" "City" "Landmark"
+    "IntelligentResolution" "MergedImages" "BurstSpeed" "IntelligentD-Range" "ClearRetouch" "City2"
+    "PhotoStyle" "WBShiftIntelligentAuto" "AccelerometerZ" "AccelerometerX" "AccelerometerY"
+    "CameraOrientation" "WBShiftCreativeControl" "SweepPanoramaDirection" "SweepPanoramaFieldOfView"
+    "TimerRecording" "InternalNDFilter" "ShutterType" "FilterEffect" "ClearRetouchValue" "OutputLUT"
+    "TouchAE" "MonochromeFilterEffect" "HighlightShadow" "VideoBurstResolution" "MultiExposure"
+    "RedEyeRemoval" "VideoBurstMode" "DiffractionCorrection" "FocusBracket" "LongExposureNRUsed"
+    "PostFocusMerging" "VideoPreburst" "LensTypeMake" "LensTypeModel" "SensorType"
+    "MonochromeGrainEffect" "NoiseReductionStrength" "MinimumISO" "DynamicRangeBoost"
+    "HighlightWarning" "DarkFocusEnvironment" "WBRedLevel" "WBGreenLevel" "WBBlueLevel" "Version1"
+    "Version2" "ThumbnailTest" "PanasonicDateTime" "TimeLapseShotNumber" "MakerNoteType" "Gain"
+    "0 16" "0 225" "0 23" "0 49" "128 0" "16 0" "16 16" "240 0" "32 0" "32 1" "32 2" "32 3" "64 0"
+    "64 1" "64 2" "51" "52" "55" "62" "68" "69" "70" "71" "72" "73" "74" "75" "76" "77" "78" "79"
+    "80" "81" "82" "83" "84" "85" "86" "87" "88" "89" "90" "92" "102" "104" "107" "112" "117" "122"
+    "127" "132" "135" "136" "137" "138" "272" "288" "65531" "65532" "65533" "65534" "65535" "266"
+    "778" "-1" "300" "32868" "32968" "33068" "0 2" "0 4" "0 8" "0 32" "0 1024" "0 1048576"
+    "0 134217728" "0 16384" "0 2048" "0 2097152" "0 256" "0 32768" "0 33554432" "0 4096" "0 4194304"
+    "0 512" "0 524288" "0 67108864" "0 8192" "0 8388608" "264" "1032" "2064" "2080" "4097"
+    "Panasonic:AFAreaMode" "AF Area Mode" "Panasonic:AFAreaMode:0 1" "9-area |\302\240Spot Mode On"
+    "Panasonic:AFAreaMode:0 16" "3-area (high speed) |\302\240Spot Mode Off"
+    "Panasonic:AFAreaMode:0 225" "225-area" "Panasonic:AFAreaMode:0 23" "23-area"
+    "Panasonic:AFAreaMode:0 49" "49-area" "Panasonic:AFAreaMode:1 0" "Spot Focusing"
+    "Panasonic:AFAreaMode:1 1" "5-area" "Panasonic:AFAreaMode:128 0" "Pinpoint focus"
+    "Panasonic:AFAreaMode:16" "Normal?" "Panasonic:AFAreaMode:16 0" "1-area"
+    "Panasonic:AFAreaMode:16 16" "1-area (high speed)" "Panasonic:AFAreaMode:240 0" "Tracking"
+    "Panasonic:AFAreaMode:32 0" "Panasonic:AFAreaMode:32 1" "3-area (left)?"
+    "Panasonic:AFAreaMode:32 2" "3-area (center)?" "Panasonic:AFAreaMode:32 3" "3-area (right)?"
+    "Panasonic:AFAreaMode:64 0" "Panasonic:AFAreaMode:64 1" "Face Detect (animal detect on)"
+    "Panasonic:AFAreaMode:64 2" "Face Detect (animal detect off)" "Panasonic:AFAssistLamp"
+    "AF Assist Lamp" "Panasonic:AFAssistLamp:1" "Fired" "Panasonic:AFAssistLamp:2"
+    "Enabled but Not Used" "Panasonic:AFAssistLamp:3" "Disabled but Required"
+    "Panasonic:AFAssistLamp:4" "Disabled and Not Required" "Panasonic:AFPointPosition"
+    "AF Point Position" "Panasonic:AccelerometerX" "Accelerometer X" "Panasonic:AccelerometerY"
+    "Accelerometer Y" "Panasonic:AccelerometerZ" "Accelerometer Z" "Panasonic:AccessorySerialNumber"
+    "Accessory Serial Number" "Panasonic:AccessoryType" "Accessory Type"
+    "Panasonic:AdvancedSceneType" "Advanced Scene Type" "Panasonic:Audio" "Panasonic:Audio:1"
+    "Panasonic:Audio:2" "Panasonic:Audio:3" "Stereo" "Panasonic:BabyAge" "Baby Age"
+    "Panasonic:BabyName" "Baby Name" "Panasonic:BatteryLevel" "Battery Level"
+    "Panasonic:BatteryLevel:1" "Full" "Panasonic:BatteryLevel:2" "Panasonic:BatteryLevel:256"
+    "Panasonic:BatteryLevel:3" "Panasonic:BatteryLevel:4" "Near Empty" "Panasonic:BatteryLevel:7"
+    "Near Full" "Panasonic:BatteryLevel:8" "Medium Low" "Panasonic:BracketSettings"
+    "Bracket Settings" "Panasonic:BracketSettings:0" "No Bracket" "Panasonic:BracketSettings:1"
+    "3 Images, Sequence 0/-/+" "Panasonic:BracketSettings:2" "3 Images, Sequence -/0/+"
+    "Panasonic:BracketSettings:3" "5 Images, Sequence 0/-/+" "Panasonic:BracketSettings:4"
+    "5 Images, Sequence -/0/+" "Panasonic:BracketSettings:5" "7 Images, Sequence 0/-/+"
+    "Panasonic:BracketSettings:6" "7 Images, Sequence -/0/+" "Panasonic:BurstMode" "Burst Mode"
+    "Panasonic:BurstMode:0" "Panasonic:BurstMode:1" "Panasonic:BurstMode:17" "On (with flash)"
+    "Panasonic:BurstMode:18" "Aperture Bracketing" "Panasonic:BurstMode:2"
+    "Auto Exposure Bracketing (AEB)" "Panasonic:BurstMode:3" "Focus Bracketing"
+    "Panasonic:BurstMode:4" "Unlimited" "Panasonic:BurstMode:8" "White Balance Bracketing"
+    "Panasonic:BurstSpeed" "Burst Speed" "Panasonic:CameraOrientation" "Camera Orientation"
+    "Panasonic:CameraOrientation:0" "Panasonic:CameraOrientation:1" "Rotate CW"
+    "Panasonic:CameraOrientation:2" "Rotate 180" "Panasonic:CameraOrientation:3" "Rotate CCW"
+    "Panasonic:CameraOrientation:4" "Tilt Upwards" "Panasonic:CameraOrientation:5" "Tilt Downwards"
+    "Panasonic:City" "Panasonic:City2" "City 2" "Panasonic:ClearRetouch" "Clear Retouch"
+    "Panasonic:ClearRetouch:0" "Panasonic:ClearRetouch:1" "Panasonic:ClearRetouchValue"
+    "Clear Retouch Value" "Panasonic:ColorEffect" "Color Effect" "Panasonic:ColorEffect:1"
+    "Panasonic:ColorEffect:2" "Warm" "Panasonic:ColorEffect:3" "Cool" "Panasonic:ColorEffect:4"
+    "Black & White" "Panasonic:ColorEffect:5" "Panasonic:ColorEffect:6" "Happy"
+    "Panasonic:ColorEffect:8" "Panasonic:ColorMode" "Color Mode" "Panasonic:ColorMode:0"
+    "Panasonic:ColorMode:1" "Panasonic:ColorMode:2" "Panasonic:ColorTempKelvin" "Color Temp Kelvin"
+    "Panasonic:Contrast" "Panasonic:Contrast:0" "Panasonic:ContrastMode" "Contrast Mode"
+    "Panasonic:ContrastMode:0" "-2 |\302\240Normal" "Panasonic:ContrastMode:1"
+    "-1 |\302\240-2 |\302\240Low" "Panasonic:ContrastMode:100" "High Dynamic 2"
+    "Panasonic:ContrastMode:101" "Retro 2" "Panasonic:ContrastMode:102" "High Key 2"
+    "Panasonic:ContrastMode:103" "Low Key 2" "Panasonic:ContrastMode:104" "Toy Effect 2"
+    "Panasonic:ContrastMode:107" "Expressive 2" "Panasonic:ContrastMode:112"
+    "Panasonic:ContrastMode:117" "Panasonic:ContrastMode:12"
+    "Smooth (Color Film) or Pure (My Color)" "Panasonic:ContrastMode:122" "Dynamic Monochrome"
+    "Panasonic:ContrastMode:127" "Old Days" "Panasonic:ContrastMode:13" "High Dynamic"
+    "Panasonic:ContrastMode:132" "Dynamic Monochrome 2" "Panasonic:ContrastMode:135"
+    "Impressive Art 2" "Panasonic:ContrastMode:136" "Cross Process 2" "Panasonic:ContrastMode:137"
+    "Toy Pop" "Panasonic:ContrastMode:138" "Fantasy" "Panasonic:ContrastMode:17"
+    "Dynamic (B&W Film)" "Panasonic:ContrastMode:2" "+2 |\302\240High |\302\240Normal"
+    "Panasonic:ContrastMode:22" "Smooth (B&W Film)" "Panasonic:ContrastMode:24"
+    "Dynamic Range (film-like)" "Panasonic:ContrastMode:25" "Panasonic:ContrastMode:256"
+    "Low |\302\240Normal 3" "Panasonic:ContrastMode:26" "Retro" "Panasonic:ContrastMode:27"
+    "Dynamic (Color Film)" "Panasonic:ContrastMode:272" "Panasonic:ContrastMode:28"
+    "Panasonic:ContrastMode:288" "Panasonic:ContrastMode:29" "Toy Effect" "Panasonic:ContrastMode:3"
+    "+1" "Panasonic:ContrastMode:32" "Vibrant (Color Film) or Expressive (My Color)"
+    "Panasonic:ContrastMode:33" "Elegant (My Color)" "Panasonic:ContrastMode:37"
+    "Nostalgic (Color Film)" "Panasonic:ContrastMode:4" "+2" "Panasonic:ContrastMode:41"
+    "Dynamic Art (My Color)" "Panasonic:ContrastMode:42" "Retro (My Color)"
+    "Panasonic:ContrastMode:45" "Cinema" "Panasonic:ContrastMode:46" "Match Filter Effects Toy"
+    "Panasonic:ContrastMode:47" "Dynamic Mono" "Panasonic:ContrastMode:5" "-1 |\302\240Normal 2"
+    "Panasonic:ContrastMode:50" "Impressive Art" "Panasonic:ContrastMode:51"
+    "Panasonic:ContrastMode:55" "Match Photo Style L. Monochrome" "Panasonic:ContrastMode:6"
+    "+1 |\302\240Medium Low" "Panasonic:ContrastMode:7" "Medium High |\302\240Nature (Color Film)"
+    "Panasonic:ContrastMode:9" "Expressive" "Panasonic:ConversionLens" "Panasonic:ConversionLens:1"
+    "Panasonic:ConversionLens:2" "Wide" "Panasonic:ConversionLens:3" "Telephoto"
+    "Panasonic:ConversionLens:4" "Panasonic:Country" "Panasonic:DarkFocusEnvironment"
+    "Dark Focus Environment" "Panasonic:DarkFocusEnvironment:1" "Panasonic:DarkFocusEnvironment:2"
+    "Panasonic:DataDump" "Panasonic:DiffractionCorrection" "Diffraction Correction"
+    "Panasonic:DiffractionCorrection:0" "Panasonic:DiffractionCorrection:1"
+    "Panasonic:DynamicRangeBoost" "Dynamic Range Boost" "Panasonic:DynamicRangeBoost:0"
+    "Panasonic:DynamicRangeBoost:1" "Panasonic:Face1Position" "Face 1 Position"
+    "Panasonic:Face2Position" "Face 2 Position" "Panasonic:Face3Position" "Face 3 Position"
+    "Panasonic:Face4Position" "Face 4 Position" "Panasonic:Face5Position" "Face 5 Position"
+    "Panasonic:FacesDetected" "Panasonic:FacesRecognized" "Faces Recognized" "Panasonic:FilmMode"
+    "Film Mode" "Panasonic:FilmMode:0" "Panasonic:FilmMode:1" "Standard (color)"
+    "Panasonic:FilmMode:10" "Nostalgic" "Panasonic:FilmMode:11" "Vibrant" "Panasonic:FilmMode:2"
+    "Dynamic (color)" "Panasonic:FilmMode:3" "Nature (color)" "Panasonic:FilmMode:4"
+    "Smooth (color)" "Panasonic:FilmMode:5" "Standard (B&W)" "Panasonic:FilmMode:6" "Dynamic (B&W)"
+    "Panasonic:FilmMode:7" "Smooth (B&W)" "Panasonic:FilterEffect" "Filter Effect"
+    "Panasonic:FilterEffect:0 0" "Panasonic:FilterEffect:0 1" "Panasonic:FilterEffect:0 1024"
+    "Panasonic:FilterEffect:0 1048576" "Sunshine" "Panasonic:FilterEffect:0 134217728"
+    "Silky Monochrome" "Panasonic:FilterEffect:0 16" "Panasonic:FilterEffect:0 16384"
+    "One Point Color" "Panasonic:FilterEffect:0 2" "Panasonic:FilterEffect:0 2048"
+    "Panasonic:FilterEffect:0 2097152" "Bleach Bypass" "Panasonic:FilterEffect:0 256"
+    "Panasonic:FilterEffect:0 32" "Miniature Effect" "Panasonic:FilterEffect:0 32768" "Star Filter"
+    "Panasonic:FilterEffect:0 33554432" "Monochrome" "Panasonic:FilterEffect:0 4"
+    "Panasonic:FilterEffect:0 4096" "Panasonic:FilterEffect:0 4194304"
+    "Panasonic:FilterEffect:0 512" "Panasonic:FilterEffect:0 524288"
+    "Panasonic:FilterEffect:0 67108864" "Rough Monochrome" "Panasonic:FilterEffect:0 8"
+    "Panasonic:FilterEffect:0 8192" "Panasonic:FilterEffect:0 8388608" "Panasonic:FirmwareVersion"
+    "Firmware Version" "Panasonic:FlashBias" "Flash Bias" "Panasonic:FlashCurtain" "Flash Curtain"
+    "Panasonic:FlashCurtain:0" "Panasonic:FlashCurtain:1" "1st" "Panasonic:FlashCurtain:2" "2nd"
+    "Panasonic:FlashWarning" "Flash Warning" "Panasonic:FlashWarning:0" "Panasonic:FlashWarning:1"
+    "Yes (flash required but disabled)" "Panasonic:FocusBracket" "Focus Bracket"
+    "Panasonic:FocusMode" "Panasonic:FocusMode:1" "Panasonic:FocusMode:2" "Panasonic:FocusMode:4"
+    "Auto, Focus button" "Panasonic:FocusMode:5" "Auto, Continuous" "Panasonic:FocusMode:6" "AF-S"
+    "Panasonic:FocusMode:7" "AF-C" "Panasonic:FocusMode:8" "AF-F" "Panasonic:Gain" "Panasonic:HDR"
+    "Panasonic:HDR:0" "Panasonic:HDR:100" "1 EV" "Panasonic:HDR:200" "2 EV" "Panasonic:HDR:300"
+    "3 EV" "Panasonic:HDR:32868" "1 EV (Auto)" "Panasonic:HDR:32968" "2 EV (Auto)"
+    "Panasonic:HDR:33068" "3 EV (Auto)" "Panasonic:HighlightShadow" "Highlight Shadow"
+    "Panasonic:HighlightWarning" "Highlight Warning" "Panasonic:HighlightWarning:0"
+    "Panasonic:HighlightWarning:1" "Panasonic:HighlightWarning:2" "Panasonic:ISO"
+    "Panasonic:ImageQuality" "Image Quality" "Panasonic:ImageQuality:1" "TIFF"
+    "Panasonic:ImageQuality:11" "Full HD Movie" "Panasonic:ImageQuality:12" "4k Movie"
+    "Panasonic:ImageQuality:2" "Panasonic:ImageQuality:3" "Panasonic:ImageQuality:6" "Very High"
+    "Panasonic:ImageQuality:7" "Panasonic:ImageQuality:9" "Motion Picture"
+    "Panasonic:ImageStabilization" "Panasonic:ImageStabilization:10" "Dual IS Panning"
+    "Panasonic:ImageStabilization:11" "Dual2 IS" "Panasonic:ImageStabilization:12"
+    "Dual2 IS Panning" "Panasonic:ImageStabilization:2" "On, Optical"
+    "Panasonic:ImageStabilization:3" "Panasonic:ImageStabilization:4"
+    "Panasonic:ImageStabilization:5" "On, Optical Panning" "Panasonic:ImageStabilization:6"
+    "On, Body-only" "Panasonic:ImageStabilization:7" "On, Body-only Panning"
+    "Panasonic:ImageStabilization:9" "Dual IS" "Panasonic:IntelligentD-Range" "Intelligent D-Range"
+    "Panasonic:IntelligentD-Range:0" "Panasonic:IntelligentD-Range:1"
+    "Panasonic:IntelligentD-Range:2" "Panasonic:IntelligentD-Range:3"
+    "Panasonic:IntelligentExposure" "Intelligent Exposure" "Panasonic:IntelligentExposure:0"
+    "Panasonic:IntelligentExposure:1" "Panasonic:IntelligentExposure:2"
+    "Panasonic:IntelligentExposure:3" "Panasonic:IntelligentResolution" "Intelligent Resolution"
+    "Panasonic:IntelligentResolution:0" "Panasonic:IntelligentResolution:1"
+    "Panasonic:IntelligentResolution:2" "Panasonic:IntelligentResolution:3"
+    "Panasonic:IntelligentResolution:4" "Extended" "Panasonic:InternalNDFilter" "Internal ND Filter"
+    "Panasonic:InternalSerialNumber" "Panasonic:JPEGQuality" "JPEG Quality"
+    "Panasonic:JPEGQuality:0" "n/a (Movie)" "Panasonic:JPEGQuality:2" "Panasonic:JPEGQuality:255"
+    "n/a (RAW only)" "Panasonic:JPEGQuality:3" "Panasonic:JPEGQuality:6" "Panasonic:Landmark"
+    "Panasonic:LensFirmwareVersion" "Panasonic:LensSerialNumber" "Panasonic:LensType"
+    "Panasonic:LensTypeMake" "Lens Type Make" "Panasonic:LensTypeModel" "Lens Type Model"
+    "Panasonic:Location" "Panasonic:LongExposureNRUsed" "Long Exposure NR Used"
+    "Panasonic:LongExposureNRUsed:0" "Panasonic:LongExposureNRUsed:1"
+    "Panasonic:LongExposureNoiseReduction" "Long Exposure Noise Reduction"
+    "Panasonic:LongExposureNoiseReduction:1" "Panasonic:LongExposureNoiseReduction:2"
+    "Panasonic:MacroMode" "Panasonic:MacroMode:1" "Panasonic:MacroMode:2" "Panasonic:MacroMode:257"
+    "Tele-Macro" "Panasonic:MacroMode:513" "Macro Zoom" "Panasonic:Make" "Panasonic:MakerNoteType"
+    "Maker Note Type" "Panasonic:MakerNoteVersion" "Panasonic:ManometerPressure"
+    "Panasonic:MergedImages" "Merged Images" "Panasonic:MinimumISO" "Minimum ISO" "Panasonic:Model"
+    "Camera Model Name" "Panasonic:MonochromeFilterEffect" "Monochrome Filter Effect"
+    "Panasonic:MonochromeFilterEffect:0" "Panasonic:MonochromeFilterEffect:1"
+    "Panasonic:MonochromeFilterEffect:2" "Panasonic:MonochromeFilterEffect:3"
+    "Panasonic:MonochromeFilterEffect:4" "Panasonic:MonochromeGrainEffect" "Monochrome Grain Effect"
+    "Panasonic:MonochromeGrainEffect:0" "Panasonic:MonochromeGrainEffect:1"
+    "Panasonic:MonochromeGrainEffect:2" "Panasonic:MonochromeGrainEffect:3"
+    "Panasonic:MultiExposure" "Multi Exposure" "Panasonic:MultiExposure:0"
+    "Panasonic:MultiExposure:1" "Panasonic:MultiExposure:2" "Panasonic:NoiseReduction"
+    "Panasonic:NoiseReduction:0" "Panasonic:NoiseReduction:1" "Low (-1)"
+    "Panasonic:NoiseReduction:2" "High (+1)" "Panasonic:NoiseReduction:3" "Lowest (-2)"
+    "Panasonic:NoiseReduction:4" "Highest (+2)" "Panasonic:NoiseReduction:5" "+5"
+    "Panasonic:NoiseReduction:6" "+6" "Panasonic:NoiseReduction:65531" "-5"
+    "Panasonic:NoiseReduction:65532" "-4" "Panasonic:NoiseReduction:65533" "-3"
+    "Panasonic:NoiseReduction:65534" "-2" "Panasonic:NoiseReduction:65535"
+    "Panasonic:NoiseReductionStrength" "Noise Reduction Strength" "Panasonic:NumFacePositions"
+    "Num Face Positions" "Panasonic:OpticalZoomMode" "Optical Zoom Mode"
+    "Panasonic:OpticalZoomMode:1" "Panasonic:OpticalZoomMode:2" "Panasonic:OutputLUT" "Output LUT"
+    "Panasonic:PanasonicDateTime" "Panasonic Date Time" "Panasonic:PanasonicExifVersion"
+    "Panasonic Exif Version" "Panasonic:PanasonicImageHeight" "Panasonic Image Height"
+    "Panasonic:PanasonicImageWidth" "Panasonic Image Width" "Panasonic:PhotoStyle" "Photo Style"
+    "Panasonic:PhotoStyle:0" "Panasonic:PhotoStyle:1" "Standard or Custom" "Panasonic:PhotoStyle:11"
+    "L. Monochrome" "Panasonic:PhotoStyle:12" "Like709" "Panasonic:PhotoStyle:15" "L. Monochrome D"
+    "Panasonic:PhotoStyle:17" "V-Log" "Panasonic:PhotoStyle:18" "Cinelike D2"
+    "Panasonic:PhotoStyle:2" "Panasonic:PhotoStyle:3" "Panasonic:PhotoStyle:4"
+    "Panasonic:PhotoStyle:5" "Scenery" "Panasonic:PhotoStyle:6" "Panasonic:PhotoStyle:8"
+    "Cinelike D" "Panasonic:PhotoStyle:9" "Cinelike V" "Panasonic:PitchAngle"
+    "Panasonic:PostFocusMerging" "Post Focus Merging" "Panasonic:PostFocusMerging:0 0"
+    "Post Focus Auto Merging or None" "Panasonic:ProgramISO" "Program ISO" "Panasonic:ProgramISO:-1"
+    "Panasonic:ProgramISO:65534" "Intelligent ISO" "Panasonic:ProgramISO:65535"
+    "Panasonic:RecognizedFace1Age" "Recognized Face 1 Age" "Panasonic:RecognizedFace1Name"
+    "Recognized Face 1 Name" "Panasonic:RecognizedFace1Position" "Recognized Face 1 Position"
+    "Panasonic:RecognizedFace2Age" "Recognized Face 2 Age" "Panasonic:RecognizedFace2Name"
+    "Recognized Face 2 Name" "Panasonic:RecognizedFace2Position" "Recognized Face 2 Position"
+    "Panasonic:RecognizedFace3Age" "Recognized Face 3 Age" "Panasonic:RecognizedFace3Name"
+    "Recognized Face 3 Name" "Panasonic:RecognizedFace3Position" "Recognized Face 3 Position"
+    "Panasonic:RedEyeRemoval" "Red Eye Removal" "Panasonic:RedEyeRemoval:0"
+    "Panasonic:RedEyeRemoval:1" "Panasonic:RollAngle" "Panasonic:Rotation" "Panasonic:Rotation:1"
+    "Horizontal (normal)" "Panasonic:Rotation:3" "Panasonic:Rotation:6" "Rotate 90 CW"
+    "Panasonic:Rotation:8" "Rotate 270 CW" "Panasonic:Saturation" "Panasonic:Saturation:0"
+    "Panasonic:SceneMode" "Panasonic:SceneMode:0" "Panasonic:SceneMode:1" "Panasonic:SceneMode:10"
+    "Panasonic:SceneMode:11" "Panasonic:SceneMode:12" "Movie Preview" "Panasonic:SceneMode:13"
+    "Panasonic:SceneMode:14" "Simple" "Panasonic:SceneMode:15" "Color Effects"
+    "Panasonic:SceneMode:16" "Self Portrait" "Panasonic:SceneMode:17" "Economy"
+    "Panasonic:SceneMode:18" "Fireworks" "Panasonic:SceneMode:19" "Party" "Panasonic:SceneMode:2"
+    "Panasonic:SceneMode:20" "Snow" "Panasonic:SceneMode:21" "Night Scenery"
+    "Panasonic:SceneMode:22" "Food" "Panasonic:SceneMode:23" "Baby" "Panasonic:SceneMode:24"
+    "Soft Skin" "Panasonic:SceneMode:25" "Candlelight" "Panasonic:SceneMode:26" "Starry Night"
+    "Panasonic:SceneMode:27" "High Sensitivity" "Panasonic:SceneMode:28" "Panorama Assist"
+    "Panasonic:SceneMode:29" "Panasonic:SceneMode:3" "Panasonic:SceneMode:30"
+    "Panasonic:SceneMode:31" "Aerial Photo" "Panasonic:SceneMode:32" "Sunset"
+    "Panasonic:SceneMode:33" "Pet" "Panasonic:SceneMode:34" "Panasonic:SceneMode:35" "Clipboard"
+    "Panasonic:SceneMode:36" "High Speed Continuous Shooting" "Panasonic:SceneMode:37"
+    "Panasonic:SceneMode:39" "Multi-aspect" "Panasonic:SceneMode:4" "Sports"
+    "Panasonic:SceneMode:41" "Transform" "Panasonic:SceneMode:42" "Flash Burst"
+    "Panasonic:SceneMode:43" "Panasonic:SceneMode:44" "Film Grain" "Panasonic:SceneMode:45"
+    "My Color" "Panasonic:SceneMode:46" "Photo Frame" "Panasonic:SceneMode:48" "Movie"
+    "Panasonic:SceneMode:5" "Night Portrait" "Panasonic:SceneMode:51" "Panasonic:SceneMode:52"
+    "Peripheral Defocus" "Panasonic:SceneMode:55" "Handheld Night Shot" "Panasonic:SceneMode:57"
+    "3D" "Panasonic:SceneMode:59" "Creative Control" "Panasonic:SceneMode:6"
+    "Panasonic:SceneMode:60" "Intelligent Auto Plus" "Panasonic:SceneMode:62"
+    "Panasonic:SceneMode:63" "Glass Through" "Panasonic:SceneMode:64" "Panasonic:SceneMode:66"
+    "Digital Filter" "Panasonic:SceneMode:67" "Clear Portrait" "Panasonic:SceneMode:68" "Silky Skin"
+    "Panasonic:SceneMode:69" "Backlit Softness" "Panasonic:SceneMode:7" "Aperture Priority"
+    "Panasonic:SceneMode:70" "Clear in Backlight" "Panasonic:SceneMode:71" "Relaxing Tone"
+    "Panasonic:SceneMode:72" "Sweet Child's Face" "Panasonic:SceneMode:73" "Distinct Scenery"
+    "Panasonic:SceneMode:74" "Bright Blue Sky" "Panasonic:SceneMode:75" "Romantic Sunset Glow"
+    "Panasonic:SceneMode:76" "Vivid Sunset Glow" "Panasonic:SceneMode:77" "Glistening Water"
+    "Panasonic:SceneMode:78" "Clear Nightscape" "Panasonic:SceneMode:79" "Cool Night Sky"
+    "Panasonic:SceneMode:8" "Shutter Priority" "Panasonic:SceneMode:80" "Warm Glowing Nightscape"
+    "Panasonic:SceneMode:81" "Artistic Nightscape" "Panasonic:SceneMode:82"
+    "Glittering Illuminations" "Panasonic:SceneMode:83" "Clear Night Portrait"
+    "Panasonic:SceneMode:84" "Soft Image of a Flower" "Panasonic:SceneMode:85" "Appetizing Food"
+    "Panasonic:SceneMode:86" "Cute Dessert" "Panasonic:SceneMode:87" "Freeze Animal Motion"
+    "Panasonic:SceneMode:88" "Clear Sports Shot" "Panasonic:SceneMode:89" "Panasonic:SceneMode:9"
+    "Panasonic:SceneMode:90" "Panasonic:SceneMode:92" "Panasonic:SelfTimer" "Self Timer"
+    "Panasonic:SelfTimer:0" "Off (0)" "Panasonic:SelfTimer:1" "Panasonic:SelfTimer:2" "10 s"
+    "Panasonic:SelfTimer:258" "2 s after shutter pressed" "Panasonic:SelfTimer:266"
+    "10 s after shutter pressed" "Panasonic:SelfTimer:3" "2 s" "Panasonic:SelfTimer:4"
+    "10 s / 3 pictures" "Panasonic:SelfTimer:778" "3 photos after 10 s" "Panasonic:SensorType"
+    "Sensor Type" "Panasonic:SensorType:0" "Panasonic:SensorType:1" "Panasonic:SequenceNumber"
+    "Sequence Number" "Panasonic:ShadingCompensation" "Panasonic:ShadingCompensation:0"
+    "Panasonic:ShadingCompensation:1" "Panasonic:Sharpness" "Panasonic:Sharpness:0"
+    "Panasonic:ShootingMode" "Shooting Mode" "Panasonic:ShootingMode:1" "Panasonic:ShootingMode:10"
+    "Panasonic:ShootingMode:11" "Panasonic:ShootingMode:12" "Panasonic:ShootingMode:13"
+    "Panasonic:ShootingMode:14" "Panasonic:ShootingMode:15" "Panasonic:ShootingMode:16"
+    "Panasonic:ShootingMode:17" "Panasonic:ShootingMode:18" "Panasonic:ShootingMode:19"
+    "Panasonic:ShootingMode:2" "Panasonic:ShootingMode:20" "Panasonic:ShootingMode:21"
+    "Panasonic:ShootingMode:22" "Panasonic:ShootingMode:23" "Panasonic:ShootingMode:24"
+    "Panasonic:ShootingMode:25" "Panasonic:ShootingMode:26" "Panasonic:ShootingMode:27"
+    "Panasonic:ShootingMode:28" "Panasonic:ShootingMode:29" "Panasonic:ShootingMode:3"
+    "Panasonic:ShootingMode:30" "Panasonic:ShootingMode:31" "Panasonic:ShootingMode:32"
+    "Panasonic:ShootingMode:33" "Panasonic:ShootingMode:34" "Panasonic:ShootingMode:35"
+    "Panasonic:ShootingMode:36" "Panasonic:ShootingMode:37" "Panasonic:ShootingMode:39"
+    "Panasonic:ShootingMode:4" "Panasonic:ShootingMode:41" "Panasonic:ShootingMode:42"
+    "Panasonic:ShootingMode:43" "Panasonic:ShootingMode:44" "Panasonic:ShootingMode:45"
+    "Panasonic:ShootingMode:46" "Panasonic:ShootingMode:48" "Panasonic:ShootingMode:5"
+    "Panasonic:ShootingMode:51" "Panasonic:ShootingMode:52" "Panasonic:ShootingMode:55"
+    "Panasonic:ShootingMode:57" "Panasonic:ShootingMode:59" "Panasonic:ShootingMode:6"
+    "Panasonic:ShootingMode:60" "Panasonic:ShootingMode:62" "Panasonic:ShootingMode:63"
+    "Panasonic:ShootingMode:64" "Panasonic:ShootingMode:66" "Panasonic:ShootingMode:67"
+    "Panasonic:ShootingMode:68" "Panasonic:ShootingMode:69" "Panasonic:ShootingMode:7"
+    "Panasonic:ShootingMode:70" "Panasonic:ShootingMode:71" "Panasonic:ShootingMode:72"
+    "Panasonic:ShootingMode:73" "Panasonic:ShootingMode:74" "Panasonic:ShootingMode:75"
+    "Panasonic:ShootingMode:76" "Panasonic:ShootingMode:77" "Panasonic:ShootingMode:78"
+    "Panasonic:ShootingMode:79" "Panasonic:ShootingMode:8" "Panasonic:ShootingMode:80"
+    "Panasonic:ShootingMode:81" "Panasonic:ShootingMode:82" "Panasonic:ShootingMode:83"
+    "Panasonic:ShootingMode:84" "Panasonic:ShootingMode:85" "Panasonic:ShootingMode:86"
+    "Panasonic:ShootingMode:87" "Panasonic:ShootingMode:88" "Panasonic:ShootingMode:89"
+    "Panasonic:ShootingMode:9" "Panasonic:ShootingMode:90" "Panasonic:ShootingMode:92"
+    "Panasonic:ShutterType" "Shutter Type" "Panasonic:ShutterType:0" "Mechanical"
+    "Panasonic:ShutterType:1" "Electronic" "Panasonic:ShutterType:2" "Hybrid" "Panasonic:State"
+    "Panasonic:SweepPanoramaDirection" "Sweep Panorama Direction"
+    "Panasonic:SweepPanoramaDirection:0" "Panasonic:SweepPanoramaDirection:1" "Left to Right"
+    "Panasonic:SweepPanoramaDirection:2" "Right to Left" "Panasonic:SweepPanoramaDirection:3"
+    "Top to Bottom" "Panasonic:SweepPanoramaDirection:4" "Bottom to Top"
+    "Panasonic:SweepPanoramaFieldOfView" "Sweep Panorama Field Of View" "Panasonic:TextStamp"
+    "Text Stamp" "Panasonic:TextStamp:1" "Panasonic:TextStamp:2" "Panasonic:ThumbnailHeight"
+    "Panasonic:ThumbnailImage" "Panasonic:ThumbnailLength" "Panasonic:ThumbnailTest"
+    "Thumbnail Test" "Panasonic:ThumbnailWidth" "Panasonic:TimeLapseShotNumber"
+    "Time Lapse Shot Number" "Panasonic:TimeSincePowerOn" "Time Since Power On"
+    "Panasonic:TimeStamp" "Panasonic:TimerRecording" "Timer Recording" "Panasonic:TimerRecording:0"
+    "Panasonic:TimerRecording:1" "Time Lapse" "Panasonic:TimerRecording:2" "Stop-motion Animation"
+    "Panasonic:TimerRecording:3" "Panasonic:Title" "Panasonic:TouchAE" "Touch AE"
+    "Panasonic:TouchAE:0" "Panasonic:TouchAE:1" "Panasonic:TravelDay" "Travel Day"
+    "Panasonic:Version1" "Version 1" "Panasonic:Version2" "Version 2" "Panasonic:VideoBurstMode"
+    "Video Burst Mode" "Panasonic:VideoBurstMode:1" "Panasonic:VideoBurstMode:1032" "Focus Stacking"
+    "Panasonic:VideoBurstMode:2064" "6K Burst" "Panasonic:VideoBurstMode:2080"
+    "6K Burst (Start/Stop)" "Panasonic:VideoBurstMode:24" "4K Burst" "Panasonic:VideoBurstMode:264"
+    "Loop Recording" "Panasonic:VideoBurstMode:4" "Post Focus" "Panasonic:VideoBurstMode:40"
+    "4K Burst (Start/Stop)" "Panasonic:VideoBurstMode:4097" "High Resolution Mode"
+    "Panasonic:VideoBurstMode:72" "4K Pre-burst" "Panasonic:VideoBurstResolution"
+    "Video Burst Resolution" "Panasonic:VideoBurstResolution:1" "Off or 4K"
+    "Panasonic:VideoBurstResolution:4" "6K" "Panasonic:VideoFrameRate" "Video Frame Rate"
+    "Panasonic:VideoFrameRate:0" "Panasonic:VideoPreburst" "Video Preburst"
+    "Panasonic:VideoPreburst:0" "Panasonic:VideoPreburst:1" "4K or 6K" "Panasonic:WBBlueLevel"
+    "WB Blue Level" "Panasonic:WBGreenLevel" "WB Green Level" "Panasonic:WBRedLevel" "WB Red Level"
+    "Panasonic:WBShiftAB" "WB Shift AB" "Panasonic:WBShiftCreativeControl"
+    "WB Shift Creative Control" "Panasonic:WBShiftGM" "WB Shift GM"
+    "Panasonic:WBShiftIntelligentAuto" "WB Shift Intelligent Auto" "Panasonic:WhiteBalance"
+    "White Balance" "Panasonic:WhiteBalance:1" "Panasonic:WhiteBalance:10"
+    "Panasonic:WhiteBalance:11" "Manual 2" "Panasonic:WhiteBalance:12" "Panasonic:WhiteBalance:13"
+    "Kelvin" "Panasonic:WhiteBalance:14" "Manual 3" "Panasonic:WhiteBalance:15" "Manual 4"
+    "Panasonic:WhiteBalance:19" "Auto (cool)" "Panasonic:WhiteBalance:2" "Daylight"
+    "Panasonic:WhiteBalance:3" "Panasonic:WhiteBalance:4" "Incandescent" "Panasonic:WhiteBalance:5"
+    "Panasonic:WhiteBalance:8" "Flash" "Panasonic:WhiteBalanceBias" "Panasonic:WorldTimeLocation"
+    "World Time Location" "Panasonic:WorldTimeLocation:1" "Home" "Panasonic:WorldTimeLocation:2"
+    "Destination" "电池电量" "图像取向" "城市" "怀旧深咖啡色" "创意风格" "生动色彩" "国家" "自动HDR" "关" "标准画质" "长时间曝光降噪" "开"
+    "0° (上/左)" "180° (底/右)" "90° CCW (右/上)" "90° CW (左/底)" "饱和度" "夕阳" "运动模式" "夜晚肖像" "手持夜景拍摄" "微距"
+    "拍摄模式" "州" "白平衡" "黑白" "太阳光" "闪光" "Mode de la zone d'autofocus"
+    "Mise au point 9 zones |\302\240Mode Spot enclenché"
+    "Mise au point 3 zones (haute vitesse) |\302\240Mode Spot désactivé" "Zone 225" "Zone 23"
+    "Zone 49" "Mise au point Spot" "Mise au point 5 zones" "Point de mire de mise au point"
+    "Normale\302\240?" "Mise au point 1 zone" "Mise au point 1 zone (haute vitesse)" "Suivi"
+    "Mise au point 3 zones (à gauche) ?" "Mise au point 3 zones (au centre) ?"
+    "Mise au point 3 zones (à droite) ?" "Détection de visage (détection d'animaux activée)"
+    "Détection de visage (détection d'animaux désactivée)" "Lampe d'assistance de l'autofocus"
+    "Déclenchée" "Activée mais non utilisée" "Désactivée mais requise" "Désactivée et non requise"
+    "Position du point AF" "Accéléromètre X" "Accéléromètre Y" "Accéléromètre Z" "Type d'accessoire"
+    "Type de scène avancé" "Stéréo" "Âge du bébé" "Nom du bébé" "Batterie" "Totalement chargée"
+    "Niveau moyen" "Niveau bas" "Presque vide" "Presque totalement chargée" "Niveau moyen bas"
+    "Mode Rafale" "Vitesse de rafale" "Orientation de l'appareil photo" "Orientation Normale"
+    "Pivoté à gauche" "Pivoté de de 180°" "Pivoté à droite" "Incliné vers le haut"
+    "Incliné vers le bas" "Ville" "Ville 2" "Retouche claire" "Valeur de retouche claire"
+    "Effet de couleurs" "Chaud" "Frais" "Noir et blanc" "Joyeux" "Mode colorimétrique"
+    "Température couleur Kelvin" "Mode Contraste" "-1 |\302\240-2 |\302\240Bas" "Haute dynamique 2"
+    "Rétro 2" "Tons clairs 2" "Tons sombres 2" "Effet jouet 2" "Expressif 2"
+    "Doux (Film couleur) ou Pur (My Color)" "Dynamique Monochrome" "Vieux jours" "Haute dynamique"
+    "Dynamique Monochrome 2" "Art impressionnant 2" "Traitement croisé 2" "Jouet Pop" "Fantaisie"
+    "Dynamique (Film N&B)" "+2 |\302\240Haut |\302\240Normal" "Doux (Film Noir & Blanc)"
+    "Plage dynamique (similaire à celle d'un film)" "Bas |\302\240Normal 3" "Rétro"
+    "Dynamique (Film couleur)" "Haut" "Effet jouet" "Vibrant (Film couleur) ou expressif (My Color)"
+    "Élégant (My Color)" "Nostalgique (Film couleur)" "Art dynamique (My Color)" "Rétro (My Color)"
+    "Cinéma" "Jouet à effets de filtres assortis" "Dynamique Mono" "Art impressionnant"
+    "Correspondre au style de photo L. Monochrome" "+1 |\302\240Moyennement faible"
+    "Moyennement élevé |\302\240Nature (film couleur)" "Expressif" "Grand angle" "Téléobjectif"
+    "Pays" "Environnement de la focalisation sur le noir" "Position visage 1" "Position visage 2"
+    "Position visage 3" "Position visage 4" "Position visage 5" "Visages reconnus" "Mode vidéo"
+    "Couleurs normales" "Couleurs vives" "Couleurs naturelles" "Couleurs pastel" "Normales (N & B)"
+    "Vives (N & Bà)" "Pastel (N & B)" "Effet de filtre" "Monochrome dynamique" "Soleil"
+    "Monochrome soyeux" "Couleur d'un point" "Effet miniature" "Filtre d'étoiles" "Monochrome brut"
+    "Version du micrologiciel" "Décalage Flash" "Rideau du flash" "1er" "2ième"
+    "Avertissement de flash" "Oui (flash requis mais désactivé)" "Manuelle" "Bouton autofocus"
+    "Auto, continue" "AF-S (prise de vue unique)" "AF-C (prise de vue en rafale)" "HDR auto"
+    "Avertissement de mise en lumière" "Qualité de l'image" "Vidéo Full HD" "Film 4k" "Haute"
+    "Très haute" "Film d'animation" "Activée, Optique" "Activée, Panoramique optique"
+    "Activée, Corps seul" "Activée, Panoramique du boitier seulement" "Exposition intelligente"
+    "Basse" "Résolution intelligente" "Étendue" "Filtre ND interne" "Non applicable (vidéo)"
+    "Non applicable (RAW seulement)" "Trés haute" "Point de repère" "Marque du type d'objectif"
+    "Modèle du type d'objectif" "Lieu" "Réduction du bruit en exposition longue" "Télé-Macro"
+    "Zoom Macro" "Effet de filtre monochrome" "Effet de grain monochrome" "Infos Surimpression"
+    "±0 (normal)" "Faible (-1)" "Forte (+1)" "La plus faible (-2)" "La plus forte (+2)"
+    "Nombre de positions de visage" "Mode du zoom optique" "Étendu"
+    "Sortie de la LUT (Table de correspondance)" "Version Exif Panasonic"
+    "Hauteur de l'image Panasonic" "Largeur de l'image Panasonic" "Style de la photo"
+    "Standard ou personnalisé" "Paysage" "Programme ISO" "ISO Intelligent" "Horizontale (normale)"
+    "Rotation de 180°" "Rotation antihoraire de 90°" "Rotation antihoraire de 270°"
+    "Prévisualisation vidéo" "Effets de couleurs" "Autoportrait" "Économie" "Feux d'artifice" "Fête"
+    "Neige" "Scène nocturne" "Alimentation" "Bébé" "Peau douce" "Lumière de bougie" "Nuit étoilée"
+    "Haute Sensibilité" "Assistance panoramique" "Subaquatique" "Photo aérienne" "Coucher de soleil"
+    "Animal de compagnie" "ISO intelligente" "Presse-papiers"
+    "Prise de vue en continu à haute vitesse" "Transformer" "Éclat de flash" "Trou d'épingle"
+    "Grain de pellicule" "Ma couleur" "Cadre photo" "Vidéo" "Portrait nocturne"
+    "Défocalisation périphérique" "Photo nocturne à main levée" "Contrôle créatif" "Programme"
+    "Auto Intelligent Plus" "Verre translucide" "Filtre numérique" "Portrait clair" "Peau soyeuse"
+    "Douceur du contre-jour" "Priorité à l'ouverture" "Clair en contre-jour" "Tonalité relaxante"
+    "Doux visage d'enfant" "Paysages distincts" "Ciel bleu lumineux"
+    "Lueur romantique au coucher du soleil" "Coucher de soleil éclatant" "Eau scintillante"
+    "Paysage par nuit claire" "Ciel nocturne calme" "Priorité à l'obturateur"
+    "Paysage nocturne chaud et lumineux" "Paysage nocturne artistique" "Illuminations scintillantes"
+    "Portrait par nuit claire" "Douce image d'une fleur" "Alimentation appétissante" "Dessert sympa"
+    "Mouvements d'animaux figés" "Prise de vue sportive claire" "Minuteur" "Désactivé (0)"
+    "2 s après avoir pressé l'obturateur" "10 s après avoir pressé l'obturateur" "10 s / 3 images"
+    "3 photos après 10 s" "Type de capteur" "Numéro de Séquence" "Feu d'artifice" "Nourriture"
+    "Éclairage de Bougie" "Haute sensibilité" "Assistant Panorama" "Animal domestique"
+    "Déclenchement continu à grande vitesse" "Mode Auto intelligent" "MISMulti-aspectSING"
+    "Mode Auto Plus intelligent" "Paysage distinct" "Scène par nuit claire"
+    "Scène artistique nocturne" "État / Région" "Direction du balayage panoramique"
+    "De gauche à droite" "De droite à gauche" "De haut en bas" "De bas en haut"
+    "Champ de vision panoramique par balayage" "Tampon du texte"
+    "Nombre de prises de vue en temps réel" "Temps écoulé depuis la mise sous tension"
+    "Enregistrement par minuterie" "Lapse de temps" "Animation en stop motion"
+    "Bracketing de mise au point" "AE Tactile" "Date du Voyage" "Fréquence d'images vidéo"
+    "Niveau Bleu Balance des Blancs" "Niveau Vert Balance des Blancs"
+    "Niveau Rouge Balance des Blancs" "Décalage Balance des Blancs AB"
+    "Changement du Contrôle créatif de la balance des blancs" "Décalage Balance Blancs vert-magenta"
+    "Décalage Balance des Blancs Auto intelligent" "Balance des blancs"
+    "Equilibrage automatique des blancs" "Lumière du jour" "Temps nuageux"
+    "Référentiel de l'heure mondiale" "Domicile" "Messfeldsteuerung"
+    "9 Bereiche |\302\240Spot-Modus Ein" "3 Bereiche (kurze Verschlußzeit) |\302\240Spot-Modus Aus"
+    "23 Bereiche" "Spotfokussierung" "5 Bereiche" "1 Bereich" "1 Bereich (kurze Verschlußzeit)"
+    "Nachführung" "3 Bereiche (links)" "3 Bereiche (mitte)" "3 Bereiche (rechts)"
+    "Gesichtserkennung" "AF Hilfslicht" "Blitz wurde ausgelöst" "Eingestellt, aber nicht verwendet"
+    "Nicht eingestellt, war aber nötig" "Nicht eingestellt, war nicht nötig" "AF-Punkt Position"
+    "Zubehör-Typ" "Erweiterter Szenentyp" "Kindesalter" "Kindesname" "Batteriestatus" "Burst Modus"
+    "Automatische Belichtungsreihe" "Unbegrenzt" "Ausrichtung der Kamera" "180° gedreht" "Stadt/Ort"
+    "Farbeffekt" "Kühl" "Farbmodus" "Lebhafte Farbe" "Farbtemperatur Kelvin" "Kontrast Modus"
+    "-1 |\302\240-2 |\302\240Niedrig" "Hoch dynamisch" "+2 |\302\240Hoch |\302\240Normal"
+    "Niedrig |\302\240Normal 3" "+1 |\302\240Mitte niedrig"
+    "Mitte hoch |\302\240Nature (Color Film)" "Tele" "Land" "Position, 1. Gesicht"
+    "Position, 2. Gesicht" "Position, 3. Gesicht" "Position, 4. Gesicht" "Position, 5. Gesicht"
+    "Film-Modus" "Filtereffekt" "Firmware-Version" "Blitzkorrektur"
+    "Blitzsynchronisation auf Verschluß" "1. Vorhang" "2. Vorhang" "Blitzsymbol"
+    "AF-S (Einzelautofokus)" "AF-C (Kontinuierlicher Autofokus)" "Auto HDR" "Bildqualität"
+    "Intelligenter D-Bereich" "Intelligente Belichtung" "Intelligente Bildauflösung" "Erweitert"
+    "Standardqualität" "Sehenswürdigkeit" "Aufnahmeort" "Langzeit-Rauschminderung" "Tele-Makro"
+    "Makro-Zoom" "Benutzerdaten Typ" "Filtereffekt Monochrom" "Mehrfachbelichtungsdaten"
+    "Niedrig (-1)" "Hoch (+1)" "Am niedrigsten (+2)" "Am höchsten (+2)" "Gesichtspositionen"
+    "Optischer Zoom-Modus" "Panasonic Bildhöhe" "Panasonic Bildbreite" "Fotostil"
+    "Standard oder benutzerdefiniert" "Lebendig" "Szene" "ISO Programm" "ISO intelligent"
+    "Alter erkanntes Gesicht 1" "Name erkanntes Gesicht 1" "Position erkanntes Gesicht 1"
+    "Alter erkanntes Gesicht 2" "Name erkanntes Gesicht 2" "Position erkanntes Gesicht 2"
+    "Alter erkanntes Gesicht 3" "Name erkanntes Gesicht 3" "Position erkanntes Gesicht 3"
+    "Ausrichtung" "90° im Uhrzeigersinn" "90° gegen den Uhrzeigersinn" "Farbsättigung" "Farbeffekte"
+    "Selbstporträt" "Feuerwerk" "Schnee" "Nachtszene" "Lebensmittel" "Kleinkind" "Kerzenlicht"
+    "Sternennacht" "Hohe Empfindlichkeit" "Unterwasser" "Sonnenuntergang" "Haustiere"
+    "Iso Intelligent" "Sport" "Nachtporträt" "Nachtaufnahme händisch" "Kreativprogramm"
+    "Digitaler Filter" "Selbstauslöser" "10 s / 3 Bilder" "Bildsequenznummer" "Aufnahmemodus"
+    "Selbstportait" "Bundesland/Kanton" "Einschaltdauer" "Reisetag" "Farbabgleich Grün"
+    "Weißabgleich AB-Korrektur" "Weißabgleich GM-Korrektur" "Weißabgleich" "Tageslicht" "Glühbirne"
+    "Blitz" "Weltzeit-Position" "Heimatort" "Zielort" "Modo AF" "Tipo accessorio"
+    "Tipo scena avanzato" "Livello batteria" "Orientazione fotocamera" "Ruota di 180°" "Città"
+    "Modo colore" "-2 |\302\240Normale" "-1 |\302\240-2 |\302\240Basso"
+    "+2 |\302\240High |\302\240Normale" "Basso |\302\240Normal 3" "Retrò" "Elegante (mio colore)"
+    "Nostalgico (pellicola a colori)" "Retro (colore personalizzato)" "Espressivo" "Paese"
+    "Facce riconosciute" "Standard (colori)" "Nostalgico" "Standard (B&N)" "Effetto Filtro"
+    "Versione firmware" "Disattivata" "Qualità Immagine" "Esteso" "Località"
+    "Espososizione lunga riduzione rumore" "Attivata" "Dati Esposizione Multipla" "Basso (-1)"
+    "Rotazione" "Orizzontale (normale)" "Ruota di 90° senso orario" "Ruota di 270° in senso orario"
+    "Fuochi artificiali" "Paesaggio" "Tramonto" "Evento sportivo" "Rit. notturno"
+    "Foto nott. senza trepp." "Priorità otturatore" "Autoscatto" "Tipo sensore" "Numero sequenza"
+    "Modo scatto" "Stato" "Direzione panoramica ad arco" "Versione 2" "Bilanciamento del bianco"
+    "Equilibrio del bianco automatico" "Monocromatico" "Luce del giorno" "AFエリアモード"
+    "9-area |\302\240スポットモードオン" "スポットフォーカス" "５点" "ノーマル？" "１点" "高速１点" "３点左？" "３点中央？" "３点右？"
+    "アクセサリータイプ" "音声" "赤ちゃん/ペットの年齢" "バッテリーレベル" "ブラストモード" "無限" "画像の向き" "都市" "カラーエフェクト" "暖色" "冷色" "白黒"
+    "カラーモード" "ワイド" "テレフォト" "国名" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置" "フィルムモード" "スタンダード（カラー）"
+    "ダイナミック（カラー）" "ナチュラル（カラー）" "滑らか（カラー）" "スタンダード（白黒）" "ダイナミック（白黒）" "滑らか（白黒）" "フィルター効果"
+    "ファームウェアバージョン" "フラッシュバイアス" "フラッシュ警告" "オート、フォーカスボタン" "オート、コンティニュアス" "オートHDR" "切" "画像品質" "標準" "動画"
+    "JPEG\343\200\200品質" "撮影場所" "長秒露光ノイズリダクション" "テレマクロ" "メーカーノートタイプ" "多重露出データ" "光学ズームモード" "EX光学"
+    "パナソニックExifバージョン" "プログラムISO" "回転" "水平（標準）" "180度回転" "90度回転 CW" "270度回転 CW" "彩度" "動画プレビュー" "シンプル"
+    "自分撮り" "花火" "パーティ" "スノー" "夜景" "料理" "赤ちゃん" "ソフトスキン" "キャンドルライト" "星空" "高感度" "パノラマアシスト" "水中" "風景"
+    "空撮" "夕日" "ペット" "インテリジェントISO" "高速連写" "スポーツ" "人物夜景" "手持ち夜景" "セルフタイマー長" "シーケンス番号" "撮影モード" "エコモード"
+    "メモ" "都道府県名" "電源オン経過時間" "トラベル日付" "ホワイトバランス青レベル" "ホワイトバランス緑レベル" "ホワイトバランス赤レベル" "WB AB補正"
+    "WB GM補正" "ホワイトバランス" "ケルビン" "昼光" "電球" "ストロボ" "ワールドタイム位置" "自宅" "目的地" "AF Modo Área"
+    "Posición Punto AF" "Nivel Batería" "Orientación Cámara" "Ciudad" "Cálido" "Frío"
+    "Modo de Color" "Temperatura Color Kelvin" "-1 |\302\240-2 |\302\240Bajo"
+    "+2 |\302\240Alto |\302\240Normal" "Bajo |\302\240Normal 3" "País" "Versión Firmware"
+    "Calidad estándar" "Localización" "RR Exp.Larga" "Tipo Maker Note" "Rotación" "Girado 180°"
+    "Girado 90° sentido reloj" "Girado 270° sentido reloj" "Saturación" "Fuegos Artificiales"
+    "Nieve" "Comida" "Subacuatica" "Puesta sol" "Acción deportiva" "Retrato noct."
+    "Toma noct. manual" "Temporizador Automático" "Modo de Disparo" "Estado" "Balance de Blancos"
+    "Automático" "Monocromo" "Luz de día" "Nublado" "Equilibrio del blanco manual" "MultishotOn"
+    "FlashFired" "ZoomPosition" "LensAttached" "FocalLengthIn35mmFormat" "SensitivityValue"
+    "HighISOMode" "WB_CFA0_LevelDaylight" "WB_CFA1_LevelDaylight" "WB_CFA2_LevelDaylight"
+    "WB_CFA3_LevelDaylight" "WhiteBalanceSet" "WB_RedLevelAuto" "WB_BlueLevelAuto" "Orientation"
+    "WhiteBalanceDetected" "DistortionParam02" "DistortionParam04" "DistortionScale"
+    "DistortionParam08" "DistortionParam09" "DistortionParam11" "DistortionN" "NumWBEntries"
+    "WBType1" "WB_RBLevels1" "WBType2" "WB_RBLevels2" "WBType3" "WB_RBLevels3" "WBType4"
+    "WB_RBLevels4" "WBType5" "WB_RBLevels5" "WBType6" "WB_RBLevels6" "WBType7" "WB_RBLevels7"
+    "WB_RGBLevels1" "WB_RGBLevels2" "WB_RGBLevels3" "WB_RGBLevels4" "WB_RGBLevels5" "WB_RGBLevels6"
+    "WB_RGBLevels7" "PanasonicRaw:ApertureValue" "PanasonicRaw:DistortionCorrection"
+    "PanasonicRaw:DistortionCorrection:0" "PanasonicRaw:DistortionCorrection:1"
+    "PanasonicRaw:DistortionN" "Distortion N" "PanasonicRaw:DistortionParam02" "Distortion Param 02"
+    "PanasonicRaw:DistortionParam04" "Distortion Param 04" "PanasonicRaw:DistortionParam08"
+    "Distortion Param 08" "PanasonicRaw:DistortionParam09" "Distortion Param 09"
+    "PanasonicRaw:DistortionParam11" "Distortion Param 11" "PanasonicRaw:DistortionScale"
+    "Distortion Scale" "PanasonicRaw:FacesDetected" "PanasonicRaw:FacesDetected:0"
+    "PanasonicRaw:FacesDetected:1" "PanasonicRaw:FlashFired" "Flash Fired"
+    "PanasonicRaw:FlashFired:0" "PanasonicRaw:FlashFired:1" "PanasonicRaw:FocalLengthIn35mmFormat"
+    "Focal Length In 35mm Format" "PanasonicRaw:FocusStepCount" "PanasonicRaw:FocusStepNear"
+    "PanasonicRaw:HighISOMode" "High ISO Mode" "PanasonicRaw:HighISOMode:1"
+    "PanasonicRaw:HighISOMode:2" "PanasonicRaw:LensAttached" "Lens Attached"
+    "PanasonicRaw:LensAttached:0" "PanasonicRaw:LensAttached:1" "PanasonicRaw:LensTypeMake"
+    "PanasonicRaw:LensTypeModel" "PanasonicRaw:MultishotOn" "Multishot On"
+    "PanasonicRaw:MultishotOn:0" "PanasonicRaw:MultishotOn:1" "PanasonicRaw:NumWBEntries"
+    "Num WB Entries" "PanasonicRaw:Orientation" "PanasonicRaw:Orientation:1"
+    "PanasonicRaw:Orientation:2" "Mirror horizontal" "PanasonicRaw:Orientation:3"
+    "PanasonicRaw:Orientation:4" "Mirror vertical" "PanasonicRaw:Orientation:5"
+    "Mirror horizontal and rotate 270 CW" "PanasonicRaw:Orientation:6" "PanasonicRaw:Orientation:7"
+    "Mirror horizontal and rotate 90 CW" "PanasonicRaw:Orientation:8"
+    "PanasonicRaw:SensitivityValue" "Sensitivity Value" "PanasonicRaw:ShutterSpeedValue"
+    "PanasonicRaw:WBType1" "WB Type 1" "PanasonicRaw:WBType1:0" "PanasonicRaw:WBType1:1"
+    "PanasonicRaw:WBType1:10" "PanasonicRaw:WBType1:11" "PanasonicRaw:WBType1:12"
+    "PanasonicRaw:WBType1:13" "PanasonicRaw:WBType1:14" "PanasonicRaw:WBType1:15"
+    "PanasonicRaw:WBType1:16" "Warm White Fluorescent" "PanasonicRaw:WBType1:17" "Standard Light A"
+    "PanasonicRaw:WBType1:18" "Standard Light B" "PanasonicRaw:WBType1:19" "Standard Light C"
+    "PanasonicRaw:WBType1:2" "Fluorescent" "PanasonicRaw:WBType1:20" "D55" "PanasonicRaw:WBType1:21"
+    "D65" "PanasonicRaw:WBType1:22" "D75" "PanasonicRaw:WBType1:23" "D50" "PanasonicRaw:WBType1:24"
+    "ISO Studio Tungsten" "PanasonicRaw:WBType1:255" "Other" "PanasonicRaw:WBType1:3"
+    "PanasonicRaw:WBType1:4" "PanasonicRaw:WBType1:9" "PanasonicRaw:WBType2" "WB Type 2"
+    "PanasonicRaw:WBType2:0" "PanasonicRaw:WBType2:1" "PanasonicRaw:WBType2:10"
+    "PanasonicRaw:WBType2:11" "PanasonicRaw:WBType2:12" "PanasonicRaw:WBType2:13"
+    "PanasonicRaw:WBType2:14" "PanasonicRaw:WBType2:15" "PanasonicRaw:WBType2:16"
+    "PanasonicRaw:WBType2:17" "PanasonicRaw:WBType2:18" "PanasonicRaw:WBType2:19"
+    "PanasonicRaw:WBType2:2" "PanasonicRaw:WBType2:20" "PanasonicRaw:WBType2:21"
+    "PanasonicRaw:WBType2:22" "PanasonicRaw:WBType2:23" "PanasonicRaw:WBType2:24"
+    "PanasonicRaw:WBType2:255" "PanasonicRaw:WBType2:3" "PanasonicRaw:WBType2:4"
+    "PanasonicRaw:WBType2:9" "PanasonicRaw:WBType3" "WB Type 3" "PanasonicRaw:WBType3:0"
+    "PanasonicRaw:WBType3:1" "PanasonicRaw:WBType3:10" "PanasonicRaw:WBType3:11"
+    "PanasonicRaw:WBType3:12" "PanasonicRaw:WBType3:13" "PanasonicRaw:WBType3:14"
+    "PanasonicRaw:WBType3:15" "PanasonicRaw:WBType3:16" "PanasonicRaw:WBType3:17"
+    "PanasonicRaw:WBType3:18" "PanasonicRaw:WBType3:19" "PanasonicRaw:WBType3:2"
+    "PanasonicRaw:WBType3:20" "PanasonicRaw:WBType3:21" "PanasonicRaw:WBType3:22"
+    "PanasonicRaw:WBType3:23" "PanasonicRaw:WBType3:24" "PanasonicRaw:WBType3:255"
+    "PanasonicRaw:WBType3:3" "PanasonicRaw:WBType3:4" "PanasonicRaw:WBType3:9"
+    "PanasonicRaw:WBType4" "WB Type 4" "PanasonicRaw:WBType4:0" "PanasonicRaw:WBType4:1"
+    "PanasonicRaw:WBType4:10" "PanasonicRaw:WBType4:11" "PanasonicRaw:WBType4:12"
+    "PanasonicRaw:WBType4:13" "PanasonicRaw:WBType4:14" "PanasonicRaw:WBType4:15"
+    "PanasonicRaw:WBType4:16" "PanasonicRaw:WBType4:17" "PanasonicRaw:WBType4:18"
+    "PanasonicRaw:WBType4:19" "PanasonicRaw:WBType4:2" "PanasonicRaw:WBType4:20"
+    "PanasonicRaw:WBType4:21" "PanasonicRaw:WBType4:22" "PanasonicRaw:WBType4:23"
+    "PanasonicRaw:WBType4:24" "PanasonicRaw:WBType4:255" "PanasonicRaw:WBType4:3"
+    "PanasonicRaw:WBType4:4" "PanasonicRaw:WBType4:9" "PanasonicRaw:WBType5" "WB Type 5"
+    "PanasonicRaw:WBType5:0" "PanasonicRaw:WBType5:1" "PanasonicRaw:WBType5:10"
+    "PanasonicRaw:WBType5:11" "PanasonicRaw:WBType5:12" "PanasonicRaw:WBType5:13"
+    "PanasonicRaw:WBType5:14" "PanasonicRaw:WBType5:15" "PanasonicRaw:WBType5:16"
+    "PanasonicRaw:WBType5:17" "PanasonicRaw:WBType5:18" "PanasonicRaw:WBType5:19"
+    "PanasonicRaw:WBType5:2" "PanasonicRaw:WBType5:20" "PanasonicRaw:WBType5:21"
+    "PanasonicRaw:WBType5:22" "PanasonicRaw:WBType5:23" "PanasonicRaw:WBType5:24"
+    "PanasonicRaw:WBType5:255" "PanasonicRaw:WBType5:3" "PanasonicRaw:WBType5:4"
+    "PanasonicRaw:WBType5:9" "PanasonicRaw:WBType6" "WB Type 6" "PanasonicRaw:WBType6:0"
+    "PanasonicRaw:WBType6:1" "PanasonicRaw:WBType6:10" "PanasonicRaw:WBType6:11"
+    "PanasonicRaw:WBType6:12" "PanasonicRaw:WBType6:13" "PanasonicRaw:WBType6:14"
+    "PanasonicRaw:WBType6:15" "PanasonicRaw:WBType6:16" "PanasonicRaw:WBType6:17"
+    "PanasonicRaw:WBType6:18" "PanasonicRaw:WBType6:19" "PanasonicRaw:WBType6:2"
+    "PanasonicRaw:WBType6:20" "PanasonicRaw:WBType6:21" "PanasonicRaw:WBType6:22"
+    "PanasonicRaw:WBType6:23" "PanasonicRaw:WBType6:24" "PanasonicRaw:WBType6:255"
+    "PanasonicRaw:WBType6:3" "PanasonicRaw:WBType6:4" "PanasonicRaw:WBType6:9"
+    "PanasonicRaw:WBType7" "WB Type 7" "PanasonicRaw:WBType7:0" "PanasonicRaw:WBType7:1"
+    "PanasonicRaw:WBType7:10" "PanasonicRaw:WBType7:11" "PanasonicRaw:WBType7:12"
+    "PanasonicRaw:WBType7:13" "PanasonicRaw:WBType7:14" "PanasonicRaw:WBType7:15"
+    "PanasonicRaw:WBType7:16" "PanasonicRaw:WBType7:17" "PanasonicRaw:WBType7:18"
+    "PanasonicRaw:WBType7:19" "PanasonicRaw:WBType7:2" "PanasonicRaw:WBType7:20"
+    "PanasonicRaw:WBType7:21" "PanasonicRaw:WBType7:22" "PanasonicRaw:WBType7:23"
+    "PanasonicRaw:WBType7:24" "PanasonicRaw:WBType7:255" "PanasonicRaw:WBType7:3"
+    "PanasonicRaw:WBType7:4" "PanasonicRaw:WBType7:9" "PanasonicRaw:WB_BlueLevelAuto"
+    "WB Blue Level Auto" "PanasonicRaw:WB_CFA0_LevelDaylight" "WB CFA0 Level Daylight"
+    "PanasonicRaw:WB_CFA1_LevelDaylight" "WB CFA1 Level Daylight"
+    "PanasonicRaw:WB_CFA2_LevelDaylight" "WB CFA2 Level Daylight"
+    "PanasonicRaw:WB_CFA3_LevelDaylight" "WB CFA3 Level Daylight" "PanasonicRaw:WB_RBLevels1"
+    "WB RB Levels 1" "PanasonicRaw:WB_RBLevels2" "WB RB Levels 2" "PanasonicRaw:WB_RBLevels3"
+    "WB RB Levels 3" "PanasonicRaw:WB_RBLevels4" "WB RB Levels 4" "PanasonicRaw:WB_RBLevels5"
+    "WB RB Levels 5" "PanasonicRaw:WB_RBLevels6" "WB RB Levels 6" "PanasonicRaw:WB_RBLevels7"
+    "WB RB Levels 7" "PanasonicRaw:WB_RGBLevels1" "WB RGB Levels 1" "PanasonicRaw:WB_RGBLevels2"
+    "WB RGB Levels 2" "PanasonicRaw:WB_RGBLevels3" "WB RGB Levels 3" "PanasonicRaw:WB_RGBLevels4"
+    "WB RGB Levels 4" "PanasonicRaw:WB_RGBLevels5" "WB RGB Levels 5" "PanasonicRaw:WB_RGBLevels6"
+    "WB RGB Levels 6" "PanasonicRaw:WB_RGBLevels7" "WB RGB Levels 7" "PanasonicRaw:WB_RedLevelAuto"
+    "WB Red Level Auto" "PanasonicRaw:WhiteBalanceDetected" "White Balance Detected"
+    "PanasonicRaw:WhiteBalanceDetected:0" "PanasonicRaw:WhiteBalanceDetected:1"
+    "PanasonicRaw:WhiteBalanceDetected:10" "Custom#3" "PanasonicRaw:WhiteBalanceDetected:11"
+    "Custom#4" "PanasonicRaw:WhiteBalanceDetected:12" "PanasonicRaw:WhiteBalanceDetected:13"
+    "PanasonicRaw:WhiteBalanceDetected:16" "AWBc" "PanasonicRaw:WhiteBalanceDetected:2"
+    "PanasonicRaw:WhiteBalanceDetected:3" "Tungsten" "PanasonicRaw:WhiteBalanceDetected:4"
+    "PanasonicRaw:WhiteBalanceDetected:5" "PanasonicRaw:WhiteBalanceDetected:6"
+    "PanasonicRaw:WhiteBalanceDetected:7" "PanasonicRaw:WhiteBalanceDetected:8" "Custom#1"
+    "PanasonicRaw:WhiteBalanceDetected:9" "Custom#2" "PanasonicRaw:WhiteBalanceSet"
+    "White Balance Set" "PanasonicRaw:WhiteBalanceSet:0" "PanasonicRaw:WhiteBalanceSet:1"
+    "PanasonicRaw:WhiteBalanceSet:10" "PanasonicRaw:WhiteBalanceSet:11"
+    "PanasonicRaw:WhiteBalanceSet:12" "PanasonicRaw:WhiteBalanceSet:13"
+    "PanasonicRaw:WhiteBalanceSet:16" "PanasonicRaw:WhiteBalanceSet:2"
+    "PanasonicRaw:WhiteBalanceSet:3" "PanasonicRaw:WhiteBalanceSet:4"
+    "PanasonicRaw:WhiteBalanceSet:5" "PanasonicRaw:WhiteBalanceSet:6"
+    "PanasonicRaw:WhiteBalanceSet:7" "PanasonicRaw:WhiteBalanceSet:8"
+    "PanasonicRaw:WhiteBalanceSet:9" "PanasonicRaw:ZoomPosition" "Zoom Position" "35 mm 换算镜头焦点距离"
+    "0° (上/右)" "180° (底/左)" "90° CW (左/上)" "90° CCW (右/底)" "Flash utilisé"
+    "Longueur de focale équivalente à un film 35 mm" "Objectif fixé" "Orientation de l'image"
+    "Mise en miroir horizontal" "Mise en miroir vertical"
     "Mise en miroir horizontal et rotation antihoraire de 270°"
-    "Mise en miroir horizontal et rotation antihoraire de 90°""Type de balance des blancs 1"
-    "Lumière du jour fluorescent""Blanc fluorescent de jour""Blanc froid fluorescent"
-    "Blanc fluorescent""Blanc chaud fluorescent""Lumière standard A""Lumière standard B"
-    "Lumière standard C""ISO Studio Tungstène""Autre""Tungstène (Incandescent)"
-    "Niveaux balance des blancs RB 1""Niveaux balance des blancs RB 2"
-    "Niveaux balance des blancs RB 3""Niveaux balance des blancs RB 4"
-    "Niveaux balance des blancs RB 5""Niveaux balance des blancs RB 6"
-    "Niveaux balance des blancs RB 7""Balance des Blancs des niveaux RVB 1"
-    "Balance des Blancs des niveaux RVB 2""Balance des Blancs des niveaux RVB 3"
-    "Balance des Blancs des niveaux RVB 4""Balance des Blancs des niveaux RVB 5"
-    "Balance des Blancs des niveaux RVB 6""Balance des Blancs des niveaux RVB 7"
-    "Réglage de balance des blancs""Position zoom ""Verzeichnung N""Verzeichnungsparameter 02"
-    "Verzeichnungsparameter 04""Verzeichnungsparameter 08""Verzeichnungsparameter 09"
-    "Verzeichnungsparameter 11""Verzeichnungsausmaß""Brennweite in 35 mm-Kleinbildformat"
-    "Horizontal gespiegelt""Vertikal gespiegelt"
+    "Mise en miroir horizontal et rotation antihoraire de 90°" "Type de balance des blancs 1"
+    "Lumière du jour fluorescent" "Blanc fluorescent de jour" "Blanc froid fluorescent"
+    "Blanc fluorescent" "Blanc chaud fluorescent" "Lumière standard A" "Lumière standard B"
+    "Lumière standard C" "ISO Studio Tungstène" "Autre" "Tungstène (Incandescent)"
+    "Niveaux balance des blancs RB 1" "Niveaux balance des blancs RB 2"
+    "Niveaux balance des blancs RB 3" "Niveaux balance des blancs RB 4"
+    "Niveaux balance des blancs RB 5" "Niveaux balance des blancs RB 6"
+    "Niveaux balance des blancs RB 7" "Balance des Blancs des niveaux RVB 1"
+    "Balance des Blancs des niveaux RVB 2" "Balance des Blancs des niveaux RVB 3"
+    "Balance des Blancs des niveaux RVB 4" "Balance des Blancs des niveaux RVB 5"
+    "Balance des Blancs des niveaux RVB 6" "Balance des Blancs des niveaux RVB 7"
+    "Réglage de balance des blancs" "Position zoom " "Verzeichnung N" "Verzeichnungsparameter 02"
+    "Verzeichnungsparameter 04" "Verzeichnungsparameter 08" "Verzeichnungsparameter 09"
+    "Verzeichnungsparameter 11" "Verzeichnungsausmaß" "Brennweite in 35 mm-Kleinbildformat"
+    "Horizontal gespiegelt" "Vertikal gespiegelt"
     "Horizontal gespiegelt und 90° gegen den Uhrzeigersinn"
-    "Horizontal gespiegelt und 90° im Uhrzeigersinn""Eingestellter Weißabgleich""Flash emesso"
-    "Lunghezza focale in formato 35mm""Orientamento""Rifletti orizzontalmente"
-    "Rifletti verticalmente""Rifletti orizzontalmente e ruota di 270° in senso orario"
-    "Rifletti orizzontalmente e ruota di 90° in senso orario""フラッシュ発光""35mmフイルム換算焦点距離""ホワイトバランス設定"
-    "Distancia Focal en Película de 35 mm""Orientación de Imagen""0° (arriba/izquierda)"
-    "Invertir horizontal""Invertir vertical""Invertir horizontal y rotar 270° sentido reloj"
-    "Invertir horizontal y rotar 90° sentido reloj""RawThermalImage""AccelerometerUnknown"
-    "Accelerometer""GyroscopeUnknown""Gyroscope""GPSFramingLatitude""GPSFramingLongitude"
-    "GPSFramingAltitude""GPSDestLatitude""GPSDestLongitude""GPSDestAltitude""AutomationAnimation"
-    "AutomationFlags""GPSTargetLatitude""GPSTargetLongitude""GPSTargetAltitude""Follow-meMode"
-    "Follow-meAnimation""DroneYaw""DronePitch""DroneRoll""CameraPan""CameraTilt""FrameView"
-    "WifiRSSI""Battery""GPSSatellites""AltitudeFromTakeOff""DistanceFromHome""SpeedX""SpeedY"
-    "SpeedZ""Binning""FlyingState""Animation""PilotingMode""Elevation""GPSVelocityNorth"
-    "GPSVelocityEast""GPSVelocityDown""AirSpeed""DroneQuaternion""Groups""FrameBaseView""FOV"
-    "LinkGoodput""LinkQuality""Parrot:Accelerometer""Parrot:AccelerometerUnknown"
-    "Accelerometer Unknown""Parrot:AirSpeed""Air Speed""Parrot:AltitudeFromTakeOff"
-    "Altitude From Take Off""Parrot:Animation""Parrot:AutomationAnimation""Automation Animation"
-    "Parrot:AutomationAnimation:0""Parrot:AutomationAnimation:1""Orbit"
-    "Parrot:AutomationAnimation:10""Flip Back""Parrot:AutomationAnimation:11""Flip Left"
-    "Parrot:AutomationAnimation:12""Flip Right""Parrot:AutomationAnimation:13""Twist Up"
-    "Parrot:AutomationAnimation:14""Position Twist Up""Parrot:AutomationAnimation:2""Boomerang"
-    "Parrot:AutomationAnimation:3""Parabola""Parrot:AutomationAnimation:4""Dolly Slide"
-    "Parrot:AutomationAnimation:5""Dolly Zoom""Parrot:AutomationAnimation:6""Reveal Vertical"
-    "Parrot:AutomationAnimation:7""Reveal Horizontal""Parrot:AutomationAnimation:8""Candle"
-    "Parrot:AutomationAnimation:9""Flip Front""Parrot:AutomationFlags""Automation Flags"
-    "Parrot:AutomationFlags:1""Follow-me enabled""Parrot:AutomationFlags:2""Look-at-me enabled"
-    "Parrot:AutomationFlags:4""Angle locked""Parrot:Battery""Parrot:Binning""Parrot:BlueBalance"
-    "Parrot:CameraPan""Camera Pan""Parrot:CameraTilt""Camera Tilt""Parrot:DistanceFromHome"
-    "Distance From Home""Parrot:DronePitch""Drone Pitch""Parrot:DroneQuaternion""Drone Quaternion"
-    "Parrot:DroneRoll""Drone Roll""Parrot:DroneYaw""Drone Yaw""Parrot:Elevation"
-    "Parrot:ExposureTime""Parrot:FOV""Field Of View""Parrot:FlyingState""Flying State"
-    "Parrot:FlyingState:0""Landed""Parrot:FlyingState:1""Taking Off""Parrot:FlyingState:2""Hovering"
-    "Parrot:FlyingState:3""Flying""Parrot:FlyingState:4""Landing""Parrot:FlyingState:5""Emergency"
-    "Parrot:FlyingState:6""User Takeoff""Parrot:FlyingState:7""Motor Ramping""Parrot:FlyingState:8"
-    "Emergency Landing""Parrot:Follow-meAnimation""Follow-me Animation""Parrot:Follow-meAnimation:0"
-    "Parrot:Follow-meAnimation:1""Parrot:Follow-meAnimation:2""Parrot:Follow-meAnimation:3"
-    "Parrot:Follow-meAnimation:4""Zenith""Parrot:Follow-meMode""Follow-me Mode"
-    "Parrot:Follow-meMode:1""Parrot:Follow-meMode:2""Follow-me""Parrot:Follow-meMode:4"
-    "Parrot:FrameBaseView""Frame Base View""Parrot:FrameView""Frame View""Parrot:GPSAltitude"
-    "Parrot:GPSDestAltitude""GPS Dest Altitude""Parrot:GPSDestLatitude""GPS Dest Latitude"
-    "Parrot:GPSDestLongitude""GPS Dest Longitude""Parrot:GPSFramingAltitude""GPS Framing Altitude"
-    "Parrot:GPSFramingLatitude""GPS Framing Latitude""Parrot:GPSFramingLongitude"
-    "GPS Framing Longitude""Parrot:GPSLatitude""Parrot:GPSLongitude""Parrot:GPSSatellites"
-    "GPS Satellites""Parrot:GPSTargetAltitude""GPS Target Altitude""Parrot:GPSTargetLatitude"
-    "GPS Target Latitude""Parrot:GPSTargetLongitude""GPS Target Longitude""Parrot:GPSVelocityDown"
-    "GPS Velocity Down""Parrot:GPSVelocityEast""GPS Velocity East""Parrot:GPSVelocityNorth"
-    "GPS Velocity North""Parrot:Groups""Parrot:Gyroscope""Parrot:GyroscopeUnknown"
-    "Gyroscope Unknown""Parrot:ISO""Parrot:LinkGoodput""Link Goodput""Parrot:LinkQuality"
-    "Link Quality""Parrot:PilotingMode""Piloting Mode""Parrot:PilotingMode:0""Parrot:PilotingMode:1"
-    "Return Home""Parrot:PilotingMode:2""Flight Plan""Parrot:PilotingMode:3"
-    "Follow Me |\302\240Follow Me / Tracking""Parrot:PilotingMode:4""Magic Carpet"
-    "Parrot:PilotingMode:5""Move To""Parrot:RawThermalImage""Raw Thermal Image""Parrot:RedBalance"
-    "Parrot:SpeedX""Speed X""Parrot:SpeedY""Speed Y""Parrot:SpeedZ""Speed Z""Parrot:TimeStamp"
-    "Parrot:WifiRSSI""Wifi RSSI""终点纬度""终点经度""用于定位的 GPS 卫星信号""Inclinaison du drone"
-    "Quaternion du drone""Roulis du drone""Lacet du drone""Champ de vision"
-    "Altitude GPS de la destination""Latitude GPS de la destination"
-    "Longitude GPS de la destination""Altitude de cadrage GPS""Latitude de cadrage GPS"
-    "Longitude de cadrage GPS""Satellites GPS utilisés pour la mesure""Sichtfeld""Breite des Zieles"
-    "Längengrad des Ziels""Für die Messung verwendete Satelliten""Elevazione"
-    "Latitudine destinazione GPS""Longitudine destinazione GPS"
-    "Satelliti GPS usati per la misurazione""目的地の緯度""目的地の経度""測定のために使われたGPS衛星""Angulo de Visión"
-    "Latitud de Destino""Longitud de Destino""Satélites GPS Usados para Medida";
+    "Horizontal gespiegelt und 90° im Uhrzeigersinn" "Eingestellter Weißabgleich" "Flash emesso"
+    "Lunghezza focale in formato 35mm" "Orientamento" "Rifletti orizzontalmente"
+    "Rifletti verticalmente" "Rifletti orizzontalmente e ruota di 270° in senso orario"
+    "Rifletti orizzontalmente e ruota di 90° in senso orario" "フラッシュ発光" "35mmフイルム換算焦点距離"
+    "ホワイトバランス設定" "Distancia Focal en Película de 35 mm" "Orientación de Imagen"
+    "0° (arriba/izquierda)" "Invertir horizontal" "Invertir vertical"
+    "Invertir horizontal y rotar 270° sentido reloj" "Invertir horizontal y rotar 90° sentido reloj"
+    "RawThermalImage" "AccelerometerUnknown" "Accelerometer" "GyroscopeUnknown" "Gyroscope"
+    "GPSFramingLatitude" "GPSFramingLongitude" "GPSFramingAltitude" "GPSDestLatitude"
+    "GPSDestLongitude" "GPSDestAltitude" "AutomationAnimation" "AutomationFlags" "GPSTargetLatitude"
+    "GPSTargetLongitude" "GPSTargetAltitude" "Follow-meMode" "Follow-meAnimation" "DroneYaw"
+    "DronePitch" "DroneRoll" "CameraPan" "CameraTilt" "FrameView" "WifiRSSI" "Battery"
+    "GPSSatellites" "AltitudeFromTakeOff" "DistanceFromHome" "SpeedX" "SpeedY" "SpeedZ" "Binning"
+    "FlyingState" "Animation" "PilotingMode" "Elevation" "GPSVelocityNorth" "GPSVelocityEast"
+    "GPSVelocityDown" "AirSpeed" "DroneQuaternion" "Groups" "FrameBaseView" "FOV" "LinkGoodput"
+    "LinkQuality" "Parrot:Accelerometer" "Parrot:AccelerometerUnknown" "Accelerometer Unknown"
+    "Parrot:AirSpeed" "Air Speed" "Parrot:AltitudeFromTakeOff" "Altitude From Take Off"
+    "Parrot:Animation" "Parrot:AutomationAnimation" "Automation Animation"
+    "Parrot:AutomationAnimation:0" "Parrot:AutomationAnimation:1" "Orbit"
+    "Parrot:AutomationAnimation:10" "Flip Back" "Parrot:AutomationAnimation:11" "Flip Left"
+    "Parrot:AutomationAnimation:12" "Flip Right" "Parrot:AutomationAnimation:13" "Twist Up"
+    "Parrot:AutomationAnimation:14" "Position Twist Up" "Parrot:AutomationAnimation:2" "Boomerang"
+    "Parrot:AutomationAnimation:3" "Parabola" "Parrot:AutomationAnimation:4" "Dolly Slide"
+    "Parrot:AutomationAnimation:5" "Dolly Zoom" "Parrot:AutomationAnimation:6" "Reveal Vertical"
+    "Parrot:AutomationAnimation:7" "Reveal Horizontal" "Parrot:AutomationAnimation:8" "Candle"
+    "Parrot:AutomationAnimation:9" "Flip Front" "Parrot:AutomationFlags" "Automation Flags"
+    "Parrot:AutomationFlags:1" "Follow-me enabled" "Parrot:AutomationFlags:2" "Look-at-me enabled"
+    "Parrot:AutomationFlags:4" "Angle locked" "Parrot:Battery" "Parrot:Binning" "Parrot:BlueBalance"
+    "Parrot:CameraPan" "Camera Pan" "Parrot:CameraTilt" "Camera Tilt" "Parrot:DistanceFromHome"
+    "Distance From Home" "Parrot:DronePitch" "Drone Pitch" "Parrot:DroneQuaternion"
+    "Drone Quaternion" "Parrot:DroneRoll" "Drone Roll" "Parrot:DroneYaw" "Drone Yaw"
+    "Parrot:Elevation" "Parrot:ExposureTime" "Parrot:FOV" "Field Of View" "Parrot:FlyingState"
+    "Flying State" "Parrot:FlyingState:0" "Landed" "Parrot:FlyingState:1" "Taking Off"
+    "Parrot:FlyingState:2" "Hovering" "Parrot:FlyingState:3" "Flying" "Parrot:FlyingState:4"
+    "Landing" "Parrot:FlyingState:5" "Emergency" "Parrot:FlyingState:6" "User Takeoff"
+    "Parrot:FlyingState:7" "Motor Ramping" "Parrot:FlyingState:8" "Emergency Landing"
+    "Parrot:Follow-meAnimation" "Follow-me Animation" "Parrot:Follow-meAnimation:0"
+    "Parrot:Follow-meAnimation:1" "Parrot:Follow-meAnimation:2" "Parrot:Follow-meAnimation:3"
+    "Parrot:Follow-meAnimation:4" "Zenith" "Parrot:Follow-meMode" "Follow-me Mode"
+    "Parrot:Follow-meMode:1" "Parrot:Follow-meMode:2" "Follow-me" "Parrot:Follow-meMode:4"
+    "Parrot:FrameBaseView" "Frame Base View" "Parrot:FrameView" "Frame View" "Parrot:GPSAltitude"
+    "Parrot:GPSDestAltitude" "GPS Dest Altitude" "Parrot:GPSDestLatitude" "GPS Dest Latitude"
+    "Parrot:GPSDestLongitude" "GPS Dest Longitude" "Parrot:GPSFramingAltitude"
+    "GPS Framing Altitude" "Parrot:GPSFramingLatitude" "GPS Framing Latitude"
+    "Parrot:GPSFramingLongitude" "GPS Framing Longitude" "Parrot:GPSLatitude" "Parrot:GPSLongitude"
+    "Parrot:GPSSatellites" "GPS Satellites" "Parrot:GPSTargetAltitude" "GPS Target Altitude"
+    "Parrot:GPSTargetLatitude" "GPS Target Latitude" "Parrot:GPSTargetLongitude"
+    "GPS Target Longitude" "Parrot:GPSVelocityDown" "GPS Velocity Down" "Parrot:GPSVelocityEast"
+    "GPS Velocity East" "Parrot:GPSVelocityNorth" "GPS Velocity North" "Parrot:Groups"
+    "Parrot:Gyroscope" "Parrot:GyroscopeUnknown" "Gyroscope Unknown" "Parrot:ISO"
+    "Parrot:LinkGoodput" "Link Goodput" "Parrot:LinkQuality" "Link Quality" "Parrot:PilotingMode"
+    "Piloting Mode" "Parrot:PilotingMode:0" "Parrot:PilotingMode:1" "Return Home"
+    "Parrot:PilotingMode:2" "Flight Plan" "Parrot:PilotingMode:3"
+    "Follow Me |\302\240Follow Me / Tracking" "Parrot:PilotingMode:4" "Magic Carpet"
+    "Parrot:PilotingMode:5" "Move To" "Parrot:RawThermalImage" "Raw Thermal Image"
+    "Parrot:RedBalance" "Parrot:SpeedX" "Speed X" "Parrot:SpeedY" "Speed Y" "Parrot:SpeedZ"
+    "Speed Z" "Parrot:TimeStamp" "Parrot:WifiRSSI" "Wifi RSSI" "终点纬度" "终点经度" "用于定位的 GPS 卫星信号"
+    "Inclinaison du drone" "Quaternion du drone" "Roulis du drone" "Lacet du drone"
+    "Champ de vision" "Altitude GPS de la destination" "Latitude GPS de la destination"
+    "Longitude GPS de la destination" "Altitude de cadrage GPS" "Latitude de cadrage GPS"
+    "Longitude de cadrage GPS" "Satellites GPS utilisés pour la mesure" "Sichtfeld"
+    "Breite des Zieles" "Längengrad des Ziels" "Für die Messung verwendete Satelliten" "Elevazione"
+    "Latitudine destinazione GPS" "Longitudine destinazione GPS"
+    "Satelliti GPS usati per la misurazione" "目的地の緯度" "目的地の経度" "測定のために使われたGPS衛星" "Angulo de Visión"
+    "Latitud de Destino" "Longitud de Destino" "Satélites GPS Usados para Medida";
 
 // Olympus: 335 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOlympus[] = {
-    {{0, 4}, TagType::string, 0, 26, 0, 0},
-    {{4, 5}, TagType::string, 0, 24, 0, 308},
-    {{9, 7}, TagType::rational64u, 0, 0, 0, 0},
-    {{16, 9}, TagType::string, 0, 24, 0, 0},
-    {{25, 9}, TagType::string, 0, 24, 0, 0},
-    {{34, 21}, TagType::string, 2, 4, 0, 0},
-    {{55, 17}, TagType::int32u, 2, 0, 308, 2},
-    {{72, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{89, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{107, 12}, TagType::int16u, 2, 0, 310, 5},
-    {{119, 6}, TagType::int16u, 2, 0, 308, 2},
-    {{125, 12}, TagType::int16u, 2, 0, 315, 6},
-    {{137, 13}, TagType::rational64s, 2, 0, 0, 0},
-    {{150, 8}, TagType::string, 2, 0, 308, 2},
-    {{158, 9}, TagType::int16u, 2, 0, 321, 3},
-    {{167, 9}, TagType::int16u, 2, -1, 324, 12},
-    {{176, 12}, TagType::int16u, 2, -1, 308, 2},
-    {{188, 8}, TagType::int16u, 2, 0, 308, 2},
-    {{196, 7}, TagType::int32u, 0, 64, 0, 0},
-    {{203, 15}, TagType::rational64s, 2, 5, 0, 0},
-    {{218, 10}, TagType::int8u, 2, 0, 308, 2},
-    {{228, 13}, TagType::int16s, 2, 3, 0, 0},
-    {{241, 20}, TagType::int8u, 2, 0, 0, 0},
-    {{261, 21}, TagType::int16u, 2, 0, 336, 8},
-    {{282, 9}, TagType::int16u, 2, 0, 344, 8},
-    {{291, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{308, 18}, TagType::int16u, 2, 0, 352, 13},
-    {{326, 16}, TagType::int16u, 2, -1, 365, 4},
-    {{342, 14}, TagType::rational64s, 2, -1, 369, 2},
-    {{356, 19}, TagType::rational64s, 2, -1, 369, 2},
-    {{375, 13}, TagType::int16u, 2, 0, 371, 23},
-    {{388, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{411, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{430, 16}, TagType::int16s, 0, 3, 0, 0},
-    {{446, 18}, TagType::int16u, 2, 0, 394, 5},
-    {{464, 15}, TagType::int16s, 2, 3, 0, 0},
-    {{479, 16}, TagType::int16s, 2, 3, 0, 0},
-    {{495, 10}, TagType::int16u, 2, 0, 321, 3},
-    {{505, 9}, TagType::int16u, 2, 0, 399, 70},
-    {{514, 14}, TagType::int16u, 2, 0, 469, 5},
-    {{528, 20}, TagType::int16u, 2, 0, 308, 2},
-    {{548, 19}, TagType::int16u, 2, 0, 308, 2},
-    {{567, 17}, TagType::rational64u, 2, 0, 0, 0},
-    {{584, 9}, TagType::int16s, 2, -1, 474, 6},
-    {{593, 11}, TagType::int16u, 2, -1, 480, 15},
-    {{604, 21}, TagType::int16s, 2, 3, 0, 0},
-    {{625, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{639, 19}, TagType::int16s, 2, 3, 0, 0},
-    {{658, 20}, TagType::int16s, 2, 3, 0, 0},
-    {{678, 19}, TagType::int16s, 2, 0, 495, 6},
-    {{697, 15}, TagType::int16s, 2, 0, 495, 6},
-    {{712, 11}, TagType::int16s, 2, 3, 501, 5},
-    {{723, 9}, TagType::int16u, 2, 4, 506, 38},
-    {{732, 11}, TagType::int16u, 2, 4, 506, 38},
-    {{743, 17}, TagType::int16s, 2, 3, 544, 4},
-    {{760, 9}, TagType::string, 2, 0, 548, 28},
-    {{769, 15}, TagType::int16u, 2, 20, 576, 52},
-    {{784, 18}, TagType::int16s, 2, 6, 0, 0},
-    {{802, 25}, TagType::int16s, 2, 6, 628, 9},
-    {{827, 15}, TagType::int16s, 2, 0, 637, 4},
-    {{842, 20}, TagType::int16s, 2, 14, 0, 0},
-    {{862, 20}, TagType::int16s, 2, 0, 0, 0},
-    {{882, 15}, TagType::int16s, 2, 0, 495, 6},
-    {{897, 9}, TagType::int16u, 0, -1, 0, 0},
-    {{906, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{918, 13}, TagType::int16u, 2, 0, 310, 5},
-    {{931, 18}, TagType::string, 2, 0, 394, 5},
-    {{949, 12}, TagType::int32u, 2, 2, 641, 15},
-    {{961, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{978, 16}, TagType::int32s, 2, 2, 0, 0},
-    {{994, 16}, TagType::int16u, 2, 0, 308, 2},
-    {{1010, 9}, TagType::int16s, 2, 2, 0, 0},
-    {{1019, 10}, TagType::int16s, 2, 2, 0, 0},
-    {{1029, 11}, TagType::string, 2, 0, 0, 0},
-    {{1040, 9}, TagType::string, 0, 12, 0, 0},
-    {{1049, 7}, TagType::string, 0, 12, 0, 0},
-    {{1056, 8}, TagType::string, 0, 6, 0, 0},
-    {{1064, 7}, TagType::string, 0, 100, 0, 0},
-    {{1071, 16}, TagType::string, 2, 4, 0, 0},
-    {{1087, 11}, TagType::string, 2, 6, 656, 299},
-    {{1098, 12}, TagType::string, 2, 32, 0, 0},
-    {{1110, 20}, TagType::string, 2, 32, 0, 0},
-    {{1130, 18}, TagType::rational64u, 2, 0, 0, 0},
-    {{1148, 19}, TagType::string, 2, 0, 0, 0},
-    {{1167, 8}, TagType::string, 2, 6, 955, 136},
-    {{1175, 16}, TagType::string, 2, 32, 0, 0},
-    {{1191, 9}, TagType::string, 2, 32, 0, 0},
-    {{1200, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{1219, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{1240, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{1261, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{1275, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{1289, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{1300, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{1314, 8}, TagType::int8u, 2, 6, 1091, 4},
-    {{1322, 20}, TagType::string, 2, 32, 0, 0},
-    {{1342, 13}, TagType::string, 2, 0, 0, 0},
-    {{1355, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{1378, 14}, TagType::string, 2, 0, 0, 0},
-    {{1392, 9}, TagType::int16u, 2, 0, 1095, 4},
-    {{1401, 10}, TagType::int16u, 2, 0, 1099, 12},
-    {{1411, 20}, TagType::int32u, 2, 0, 0, 0},
-    {{1431, 17}, TagType::string, 2, 32, 0, 0},
-    {{1448, 16}, TagType::string, 2, 4, 0, 0},
-    {{1464, 9}, TagType::int16u, 2, 0, 308, 2},
-    {{1473, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{1484, 9}, TagType::int32u, 2, 8, 0, 0},
-    {{1493, 15}, TagType::int32u, 10, 720, 0, 0},
-    {{1508, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{1521, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{1535, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{1552, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{1565, 13}, TagType::rational64u, 2, 2, 0, 0},
-    {{1578, 7}, TagType::int16u, 2, 0, 1111, 28},
-    {{1585, 14}, TagType::int16u, 2, 0, 1139, 7},
-    {{1599, 13}, TagType::int16u, 2, 2, 1146, 2},
-    {{1612, 24}, TagType::rational64s, 2, 0, 0, 0},
-    {{1636, 19}, TagType::int16u, 2, 0, 308, 2},
-    {{1655, 17}, TagType::float_, 2, 0, 0, 0},
-    {{1672, 13}, TagType::int16u, 2, 0, 1148, 4},
-    {{1685, 11}, TagType::int16u, 0, 2, 0, 0},
-    {{1696, 8}, TagType::int16u, 2, 0, 308, 2},
-    {{1704, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{1721, 22}, TagType::string, 2, 4, 0, 0},
-    {{1743, 11}, TagType::int16u, 2, 2, 0, 0},
-    {{1754, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1770, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1786, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1802, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1818, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1834, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1850, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1866, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1882, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1898, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1914, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1930, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{1946, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{1961, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{1976, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{1991, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{2006, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2020, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2034, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2048, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2062, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2076, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2090, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2104, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2118, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2132, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2146, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2160, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{2174, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{2183, 11}, TagType::int16u, 2, 9, 0, 0},
-    {{2194, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{2202, 14}, TagType::int16u, 2, 7, 0, 0},
-    {{2216, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{2228, 12}, TagType::int16u, 2, 11, 0, 0},
-    {{2240, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2251, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{2259, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{2268, 8}, TagType::int16u, 2, 2, 0, 0},
-    {{2276, 7}, TagType::int16u, 2, 2, 0, 0},
-    {{2283, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{2292, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{2302, 17}, TagType::int16s, 2, 2, 0, 0},
-    {{2319, 15}, TagType::int16u, 2, 0, 1152, 4},
-    {{2334, 21}, TagType::int16u, 2, 0, 308, 2},
-    {{2355, 20}, TagType::int16u, 2, 0, 308, 2},
-    {{2375, 20}, TagType::int16u, 2, 2, 637, 4},
-    {{2395, 11}, TagType::int8u, 2, 2, 1156, 14},
-    {{2406, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2417, 13}, TagType::int32u, 2, -1, 0, 0},
-    {{2430, 14}, TagType::int16s, 10, -1, 0, 0},
-    {{2444, 8}, TagType::int32u, 2, 3, 0, 0},
-    {{2452, 19}, TagType::int16u, 2, 6, 0, 0},
-    {{2471, 19}, TagType::int16s, 2, 12, 0, 0},
-    {{2490, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{2507, 20}, TagType::int8u, 2, 2, 1170, 2},
-    {{2527, 17}, TagType::int8u, 2, 2, 308, 2},
-    {{2544, 13}, TagType::int16s, 2, 3, 0, 0},
-    {{2557, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{2572, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{2592, 11}, TagType::rational64u, 0, 0, 0, 0},
-    {{2603, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},
-    {{2618, 16}, TagType::string, 2, 0, 0, 0},
-    {{2634, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{2653, 16}, TagType::string, 10, 0, 0, 0},
-    {{2669, 14}, TagType::imagedata, 10, 0, 0, 0},
-    {{2683, 11}, TagType::int32u, 0, 3, 0, 0},
-    {{2694, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{2701, 5}, TagType::int16u, 2, 0, 321, 3},
-    {{2706, 6}, TagType::int16u, 2, 0, 1172, 3},
-    {{2712, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{2723, 20}, TagType::int16s, 2, 6, 0, 0},
-    {{2743, 10}, TagType::string, 2, 0, 656, 299},
-    {{2753, 8}, TagType::string, 2, 0, 0, 0},
-    {{2761, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{2776, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{2792, 13}, TagType::string, 2, 0, 0, 0},
-    {{2805, 12}, TagType::imagedata, 2, 0, 0, 0},
-    {{2817, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{2833, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{2843, 10}, TagType::int16u, 2, 0, 321, 3},
-    {{2853, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{2869, 10}, TagType::string, 2, 4, 0, 0},
-    {{2879, 10}, TagType::int32s, 2, 4, 0, 0},
-    {{2889, 8}, TagType::string, 2, 0, 0, 0},
-    {{2897, 8}, TagType::string, 10, 0, 0, 0},
-    {{2905, 9}, TagType::string, 10, 0, 0, 0},
-    {{2914, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{2932, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{2951, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{2968, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{2985, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{2993, 13}, TagType::rational64s, 2, 0, 0, 0},
-    {{3006, 15}, TagType::rational64s, 2, 0, 0, 0},
-    {{3021, 11}, TagType::int16u, 2, 0, 1175, 4},
-    {{3032, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{3047, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{3061, 10}, TagType::int16u, 2, 0, 308, 2},
-    {{3071, 19}, TagType::rational64u, 2, 0, 0, 0},
-    {{3090, 9}, TagType::int16u, 2, 0, 321, 3},
-    {{3099, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{3115, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{3133, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{3151, 6}, TagType::int16u, 2, 2, 1179, 12},
-    {{3157, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{3167, 11}, TagType::int16u, 2, 2, 0, 0},
-    {{3178, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{3195, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3213, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3231, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3249, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3267, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{3283, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{3299, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{3315, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{3331, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{3349, 19}, TagType::rational64s, 2, 0, 0, 0},
-    {{3368, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{3385, 8}, TagType::int16u, 2, 0, 321, 3},
-    {{3393, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{3408, 12}, TagType::int16u, 2, 6, 0, 0},
-    {{3420, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{3437, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3455, 16}, TagType::rational64u, 2, 0, 0, 0},
-    {{3471, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{3479, 11}, TagType::int16u, 2, 0, 308, 2},
-    {{3490, 16}, TagType::rational64s, 2, 0, 0, 0},
-    {{3506, 19}, TagType::rational64s, 2, 0, 0, 0},
-    {{3525, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{3535, 16}, TagType::string, 10, 0, 0, 0},
-    {{3551, 14}, TagType::string, 0, 16, 0, 0},
-    {{3565, 14}, TagType::string, 0, 16, 0, 0},
-    {{3579, 16}, TagType::datetime, 0, 1, 0, 0},
-    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{3624, 13}, TagType::string, 2, 4, 0, 0},
-    {{3637, 23}, TagType::rational64s, 2, 0, 0, 0},
-    {{3660, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{3683, 22}, TagType::int16s, 2, 0, 0, 0},
-    {{3705, 15}, TagType::int16u, 2, 3, 0, 0},
-    {{3720, 24}, TagType::int16s, 2, 3, 0, 0},
-    {{3744, 25}, TagType::int16u, 2, 0, 0, 0},
-    {{3769, 19}, TagType::int16s, 2, 3, 0, 0},
-    {{3788, 20}, TagType::int16s, 2, 3, 0, 0},
-    {{3808, 16}, TagType::int16u, 2, 0, 321, 3},
-    {{3824, 12}, TagType::int16u, 2, 0, 637, 4},
-    {{3836, 20}, TagType::int16u, 2, 0, 1152, 4},
-    {{3856, 16}, TagType::int16u, 2, 0, 1191, 4},
-    {{3872, 14}, TagType::int16u, 2, 0, 1195, 9},
-    {{3886, 18}, TagType::int16u, 2, 0, 1204, 2},
-    {{3904, 17}, TagType::int16u, 2, 0, 1206, 5},
-    {{3921, 18}, TagType::int16s, 2, 3, 0, 0},
-    {{3939, 16}, TagType::int16s, 2, 3, 0, 0},
-    {{3955, 17}, TagType::int16s, 2, 3, 0, 0},
-    {{3972, 17}, TagType::int16u, 2, 0, 310, 5},
-    {{3989, 19}, TagType::int16u, 2, 0, 310, 5},
-    {{4008, 15}, TagType::int16s, 2, 3, 0, 0},
-    {{4023, 17}, TagType::int16s, 2, 3, 0, 0},
-    {{4040, 19}, TagType::int16u, 2, 0, 308, 2},
-    {{4059, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{4078, 15}, TagType::int16u, 2, 4, 506, 38},
-    {{4093, 14}, TagType::string, 2, 4, 0, 0},
-    {{4107, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{4122, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{4137, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{4153, 17}, TagType::int16u, 2, 2, 0, 0},
-    {{4170, 22}, TagType::int16u, 2, 2, 0, 0},
-    {{4192, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{4211, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{4237, 24}, TagType::int16u, 2, 2, 0, 0},
-    {{4261, 24}, TagType::int16u, 2, 2, 0, 0},
-    {{4285, 25}, TagType::int16u, 2, 2, 0, 0},
-    {{4310, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{4337, 12}, TagType::int16u, 2, 9, 0, 0},
-    {{4349, 17}, TagType::rational32u, 0, 0, 0, 0},
-    {{4366, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{4381, 11}, TagType::int16u, 2, 0, 1211, 12},
-    {{4392, 16}, TagType::int16s, 2, 3, 0, 0},
-    {{4408, 17}, TagType::int16s, 2, 3, 0, 0},
-    {{4425, 10}, TagType::int16s, 2, 3, 0, 0},
-    {{4435, 22}, TagType::rational64s, 2, 0, 0, 0},
-    {{4457, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{4471, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{4489, 23}, TagType::int16u, 2, 3, 0, 0},
-    {{4512, 12}, TagType::int16s, 2, 3, 0, 0},
-    {{4524, 5}, TagType::int16s, 2, 3, 0, 0},
-    {{4529, 10}, TagType::int16s, 2, 3, 0, 0},
-    {{4539, 11}, TagType::int16s, 2, 3, 0, 0},
-    {{4550, 10}, TagType::string, 0, 0, 0, 0},
-    {{4560, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{4575, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{4590, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4600, 11}, TagType::datetime, 0, 1, 0, 0},
-    {{4611, 13}, TagType::partialtime, 0, 1, 0, 0},
-    {{4624, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4631, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4638, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4645, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4652, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4659, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4666, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4673, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4680, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4687, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4694, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4701, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4708, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4715, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4722, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{4729, 7}, TagType::int32u, 0, 0, 0, 0},
+    {{0, 4}, TagType::string, 0, 26, 0, 0},  // Make
+    {{4, 5}, TagType::string, 0, 24, 0, 308},  // Model
+    {{9, 7}, TagType::rational64u, 0, 0, 0, 0},  // FNumber
+    {{16, 9}, TagType::string, 0, 24, 0, 0},  // DateTime1
+    {{25, 9}, TagType::string, 0, 24, 0, 0},  // DateTime2
+    {{34, 21}, TagType::string, 2, 4, 0, 0},  // CameraSettingsVersion
+    {{55, 17}, TagType::int32u, 2, 0, 308, 2},  // PreviewImageValid
+    {{72, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{89, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{107, 12}, TagType::int16u, 2, 0, 310, 5},  // ExposureMode
+    {{119, 6}, TagType::int16u, 2, 0, 308, 2},  // AELock
+    {{125, 12}, TagType::int16u, 2, 0, 315, 6},  // MeteringMode
+    {{137, 13}, TagType::rational64s, 2, 0, 0, 0},  // ExposureShift
+    {{150, 8}, TagType::string, 2, 0, 308, 2},  // NDFilter
+    {{158, 9}, TagType::int16u, 2, 0, 321, 3},  // MacroMode
+    {{167, 9}, TagType::int16u, 2, -1, 324, 12},  // FocusMode
+    {{176, 12}, TagType::int16u, 2, -1, 308, 2},  // FocusProcess
+    {{188, 8}, TagType::int16u, 2, 0, 308, 2},  // AFSearch
+    {{196, 7}, TagType::int32u, 0, 64, 0, 0},  // AFAreas
+    {{203, 15}, TagType::rational64s, 2, 5, 0, 0},  // AFPointSelected
+    {{218, 10}, TagType::int8u, 2, 0, 308, 2},  // AFFineTune
+    {{228, 13}, TagType::int16s, 2, 3, 0, 0},  // AFFineTuneAdj
+    {{241, 20}, TagType::int8u, 2, 0, 0, 0},  // FocusBracketStepSize
+    {{261, 21}, TagType::int16u, 2, 0, 336, 8},  // AISubjectTrackingMode
+    {{282, 9}, TagType::int16u, 2, 0, 344, 8},  // FlashMode
+    {{291, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{308, 18}, TagType::int16u, 2, 0, 352, 13},  // FlashRemoteControl
+    {{326, 16}, TagType::int16u, 2, -1, 365, 4},  // FlashControlMode
+    {{342, 14}, TagType::rational64s, 2, -1, 369, 2},  // FlashIntensity
+    {{356, 19}, TagType::rational64s, 2, -1, 369, 2},  // ManualFlashStrength
+    {{375, 13}, TagType::int16u, 2, 0, 371, 23},  // WhiteBalance2
+    {{388, 23}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceTemperature
+    {{411, 19}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceBracket
+    {{430, 16}, TagType::int16s, 0, 3, 0, 0},  // CustomSaturation
+    {{446, 18}, TagType::int16u, 2, 0, 394, 5},  // ModifiedSaturation
+    {{464, 15}, TagType::int16s, 2, 3, 0, 0},  // ContrastSetting
+    {{479, 16}, TagType::int16s, 2, 3, 0, 0},  // SharpnessSetting
+    {{495, 10}, TagType::int16u, 2, 0, 321, 3},  // ColorSpace
+    {{505, 9}, TagType::int16u, 2, 0, 399, 70},  // SceneMode
+    {{514, 14}, TagType::int16u, 2, 0, 469, 5},  // NoiseReduction
+    {{528, 20}, TagType::int16u, 2, 0, 308, 2},  // DistortionCorrection
+    {{548, 19}, TagType::int16u, 2, 0, 308, 2},  // ShadingCompensation
+    {{567, 17}, TagType::rational64u, 2, 0, 0, 0},  // CompressionFactor
+    {{584, 9}, TagType::int16s, 2, -1, 474, 6},  // Gradation
+    {{593, 11}, TagType::int16u, 2, -1, 480, 15},  // PictureMode
+    {{604, 21}, TagType::int16s, 2, 3, 0, 0},  // PictureModeSaturation
+    {{625, 14}, TagType::int16s, 2, 0, 0, 0},  // PictureModeHue
+    {{639, 19}, TagType::int16s, 2, 3, 0, 0},  // PictureModeContrast
+    {{658, 20}, TagType::int16s, 2, 3, 0, 0},  // PictureModeSharpness
+    {{678, 19}, TagType::int16s, 2, 0, 495, 6},  // PictureModeBWFilter
+    {{697, 15}, TagType::int16s, 2, 0, 495, 6},  // PictureModeTone
+    {{712, 11}, TagType::int16s, 2, 3, 501, 5},  // NoiseFilter
+    {{723, 9}, TagType::int16u, 2, 4, 506, 38},  // ArtFilter
+    {{732, 11}, TagType::int16u, 2, 4, 506, 38},  // MagicFilter
+    {{743, 17}, TagType::int16s, 2, 3, 544, 4},  // PictureModeEffect
+    {{760, 9}, TagType::string, 2, 0, 548, 28},  // ToneLevel
+    {{769, 15}, TagType::int16u, 2, 20, 576, 52},  // ArtFilterEffect
+    {{784, 18}, TagType::int16s, 2, 6, 0, 0},  // ColorCreatorEffect
+    {{802, 25}, TagType::int16s, 2, 6, 628, 9},  // MonochromeProfileSettings
+    {{827, 15}, TagType::int16s, 2, 0, 637, 4},  // FilmGrainEffect
+    {{842, 20}, TagType::int16s, 2, 14, 0, 0},  // ColorProfileSettings
+    {{862, 20}, TagType::int16s, 2, 0, 0, 0},  // MonochromeVignetting
+    {{882, 15}, TagType::int16s, 2, 0, 495, 6},  // MonochromeColor
+    {{897, 9}, TagType::int16u, 0, -1, 0, 0},  // DriveMode
+    {{906, 12}, TagType::int16u, 0, 0, 0, 0},  // PanoramaMode
+    {{918, 13}, TagType::int16u, 2, 0, 310, 5},  // ImageQuality2
+    {{931, 18}, TagType::string, 2, 0, 394, 5},  // ImageStabilization
+    {{949, 12}, TagType::int32u, 2, 2, 641, 15},  // StackedImage
+    {{961, 17}, TagType::int16u, 2, 0, 0, 0},  // ManometerPressure
+    {{978, 16}, TagType::int32s, 2, 2, 0, 0},  // ManometerReading
+    {{994, 16}, TagType::int16u, 2, 0, 308, 2},  // ExtendedWBDetect
+    {{1010, 9}, TagType::int16s, 2, 2, 0, 0},  // RollAngle
+    {{1019, 10}, TagType::int16s, 2, 2, 0, 0},  // PitchAngle
+    {{1029, 11}, TagType::string, 2, 0, 0, 0},  // DateTimeUTC
+    {{1040, 9}, TagType::string, 0, 12, 0, 0},  // StartTime
+    {{1049, 7}, TagType::string, 0, 12, 0, 0},  // EndTime
+    {{1056, 8}, TagType::string, 0, 6, 0, 0},  // Duration
+    {{1064, 7}, TagType::string, 0, 100, 0, 0},  // Comment
+    {{1071, 16}, TagType::string, 2, 4, 0, 0},  // EquipmentVersion
+    {{1087, 11}, TagType::string, 2, 6, 656, 299},  // CameraType2
+    {{1098, 12}, TagType::string, 2, 32, 0, 0},  // SerialNumber
+    {{1110, 20}, TagType::string, 2, 32, 0, 0},  // InternalSerialNumber
+    {{1130, 18}, TagType::rational64u, 2, 0, 0, 0},  // FocalPlaneDiagonal
+    {{1148, 19}, TagType::string, 2, 0, 0, 0},  // BodyFirmwareVersion
+    {{1167, 8}, TagType::string, 2, 6, 955, 136},  // LensType
+    {{1175, 16}, TagType::string, 2, 32, 0, 0},  // LensSerialNumber
+    {{1191, 9}, TagType::string, 2, 32, 0, 0},  // LensModel
+    {{1200, 19}, TagType::int32u, 2, 0, 0, 0},  // LensFirmwareVersion
+    {{1219, 21}, TagType::int16u, 2, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{1240, 21}, TagType::int16u, 2, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{1261, 14}, TagType::int16u, 2, 0, 0, 0},  // MinFocalLength
+    {{1275, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxFocalLength
+    {{1289, 11}, TagType::int16u, 2, 0, 0, 0},  // MaxAperture
+    {{1300, 14}, TagType::int16u, 2, 0, 0, 0},  // LensProperties
+    {{1314, 8}, TagType::int8u, 2, 6, 1091, 4},  // Extender
+    {{1322, 20}, TagType::string, 2, 32, 0, 0},  // ExtenderSerialNumber
+    {{1342, 13}, TagType::string, 2, 0, 0, 0},  // ExtenderModel
+    {{1355, 23}, TagType::int32u, 2, 0, 0, 0},  // ExtenderFirmwareVersion
+    {{1378, 14}, TagType::string, 2, 0, 0, 0},  // ConversionLens
+    {{1392, 9}, TagType::int16u, 2, 0, 1095, 4},  // FlashType
+    {{1401, 10}, TagType::int16u, 2, 0, 1099, 12},  // FlashModel
+    {{1411, 20}, TagType::int32u, 2, 0, 0, 0},  // FlashFirmwareVersion
+    {{1431, 17}, TagType::string, 2, 32, 0, 0},  // FlashSerialNumber
+    {{1448, 16}, TagType::string, 2, 4, 0, 0},  // FocusInfoVersion
+    {{1464, 9}, TagType::int16u, 2, 0, 308, 2},  // AutoFocus
+    {{1473, 11}, TagType::int16u, 2, 0, 0, 0},  // SceneDetect
+    {{1484, 9}, TagType::int32u, 2, 8, 0, 0},  // SceneArea
+    {{1493, 15}, TagType::int32u, 10, 720, 0, 0},  // SceneDetectData
+    {{1508, 13}, TagType::int16u, 2, 0, 0, 0},  // ZoomStepCount
+    {{1521, 14}, TagType::int16u, 2, 0, 0, 0},  // FocusStepCount
+    {{1535, 17}, TagType::int16u, 2, 0, 0, 0},  // FocusStepInfinity
+    {{1552, 13}, TagType::int16u, 2, 0, 0, 0},  // FocusStepNear
+    {{1565, 13}, TagType::rational64u, 2, 2, 0, 0},  // FocusDistance
+    {{1578, 7}, TagType::int16u, 2, 0, 1111, 28},  // AFPoint
+    {{1585, 14}, TagType::int16u, 2, 0, 1139, 7},  // AFPointDetails
+    {{1599, 13}, TagType::int16u, 2, 2, 1146, 2},  // ExternalFlash
+    {{1612, 24}, TagType::rational64s, 2, 0, 0, 0},  // ExternalFlashGuideNumber
+    {{1636, 19}, TagType::int16u, 2, 0, 308, 2},  // ExternalFlashBounce
+    {{1655, 17}, TagType::float_, 2, 0, 0, 0},  // ExternalFlashZoom
+    {{1672, 13}, TagType::int16u, 2, 0, 1148, 4},  // InternalFlash
+    {{1685, 11}, TagType::int16u, 0, 2, 0, 0},  // ManualFlash
+    {{1696, 8}, TagType::int16u, 2, 0, 308, 2},  // MacroLED
+    {{1704, 17}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature
+    {{1721, 22}, TagType::string, 2, 4, 0, 0},  // ImageProcessingVersion
+    {{1743, 11}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels
+    {{1754, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3000K
+    {{1770, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3300K
+    {{1786, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3600K
+    {{1802, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3900K
+    {{1818, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4000K
+    {{1834, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4300K
+    {{1850, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4500K
+    {{1866, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4800K
+    {{1882, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels5300K
+    {{1898, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6000K
+    {{1914, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6600K
+    {{1930, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels7500K
+    {{1946, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB1
+    {{1961, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB2
+    {{1976, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB3
+    {{1991, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCWB4
+    {{2006, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3000K
+    {{2020, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3300K
+    {{2034, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3600K
+    {{2048, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel3900K
+    {{2062, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4000K
+    {{2076, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4300K
+    {{2090, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4500K
+    {{2104, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel4800K
+    {{2118, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel5300K
+    {{2132, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel6000K
+    {{2146, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel6600K
+    {{2160, 14}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel7500K
+    {{2174, 9}, TagType::int16u, 2, 0, 0, 0},  // WB_GLevel
+    {{2183, 11}, TagType::int16u, 2, 9, 0, 0},  // ColorMatrix
+    {{2194, 8}, TagType::int16u, 2, 0, 0, 0},  // Enhancer
+    {{2202, 14}, TagType::int16u, 2, 7, 0, 0},  // EnhancerValues
+    {{2216, 12}, TagType::int16u, 2, 0, 0, 0},  // CoringFilter
+    {{2228, 12}, TagType::int16u, 2, 11, 0, 0},  // CoringValues
+    {{2240, 11}, TagType::int16u, 2, 4, 0, 0},  // BlackLevel2
+    {{2251, 8}, TagType::int16u, 2, 0, 0, 0},  // GainBase
+    {{2259, 9}, TagType::int16u, 2, 2, 0, 0},  // ValidBits
+    {{2268, 8}, TagType::int16u, 2, 2, 0, 0},  // CropLeft
+    {{2276, 7}, TagType::int16u, 2, 2, 0, 0},  // CropTop
+    {{2283, 9}, TagType::int32u, 2, 0, 0, 0},  // CropWidth
+    {{2292, 10}, TagType::int32u, 2, 0, 0, 0},  // CropHeight
+    {{2302, 17}, TagType::int16s, 2, 2, 0, 0},  // SensorCalibration
+    {{2319, 15}, TagType::int16u, 2, 0, 1152, 4},  // NoiseReduction2
+    {{2334, 21}, TagType::int16u, 2, 0, 308, 2},  // DistortionCorrection2
+    {{2355, 20}, TagType::int16u, 2, 0, 308, 2},  // ShadingCompensation2
+    {{2375, 20}, TagType::int16u, 2, 2, 637, 4},  // MultipleExposureMode
+    {{2395, 11}, TagType::int8u, 2, 2, 1156, 14},  // AspectRatio
+    {{2406, 11}, TagType::int16u, 2, 4, 0, 0},  // AspectFrame
+    {{2417, 13}, TagType::int32u, 2, -1, 0, 0},  // FacesDetected
+    {{2430, 14}, TagType::int16s, 10, -1, 0, 0},  // FaceDetectArea
+    {{2444, 8}, TagType::int32u, 2, 3, 0, 0},  // MaxFaces
+    {{2452, 19}, TagType::int16u, 2, 6, 0, 0},  // FaceDetectFrameSize
+    {{2471, 19}, TagType::int16s, 2, 12, 0, 0},  // FaceDetectFrameCrop
+    {{2490, 17}, TagType::int16u, 0, 0, 0, 0},  // CameraTemperature
+    {{2507, 20}, TagType::int8u, 2, 2, 1170, 2},  // KeystoneCompensation
+    {{2527, 17}, TagType::int8u, 2, 2, 308, 2},  // KeystoneDirection
+    {{2544, 13}, TagType::int16s, 2, 3, 0, 0},  // KeystoneValue
+    {{2557, 15}, TagType::int32u, 0, 0, 0, 0},  // ExposureUnknown
+    {{2572, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
+    {{2592, 11}, TagType::rational64u, 0, 0, 0, 0},  // FocalLength
+    {{2603, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
+    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},  // ISO
+    {{2618, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
+    {{2634, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
+    {{2653, 16}, TagType::string, 10, 0, 0, 0},  // PreviewImageData
+    {{2669, 14}, TagType::imagedata, 10, 0, 0, 0},  // ThumbnailImage
+    {{2683, 11}, TagType::int32u, 0, 3, 0, 0},  // SpecialMode
+    {{2694, 7}, TagType::int16u, 0, 0, 0, 0},  // Quality
+    {{2701, 5}, TagType::int16u, 2, 0, 321, 3},  // Macro
+    {{2706, 6}, TagType::int16u, 2, 0, 1172, 3},  // BWMode
+    {{2712, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
+    {{2723, 20}, TagType::int16s, 2, 6, 0, 0},  // LensDistortionParams
+    {{2743, 10}, TagType::string, 2, 0, 656, 299},  // CameraType
+    {{2753, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
+    {{2761, 15}, TagType::int32u, 2, 0, 0, 0},  // EpsonImageWidth
+    {{2776, 16}, TagType::int32u, 2, 0, 0, 0},  // EpsonImageHeight
+    {{2792, 13}, TagType::string, 2, 0, 0, 0},  // EpsonSoftware
+    {{2805, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
+    {{2817, 16}, TagType::int16u, 2, 0, 0, 0},  // PreCaptureFrames
+    {{2833, 10}, TagType::int16u, 2, 0, 0, 0},  // WhiteBoard
+    {{2843, 10}, TagType::int16u, 2, 0, 321, 3},  // OneTouchWB
+    {{2853, 16}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceBias
+    {{2869, 10}, TagType::string, 2, 4, 0, 0},  // SensorArea
+    {{2879, 10}, TagType::int32s, 2, 4, 0, 0},  // BlackLevel
+    {{2889, 8}, TagType::string, 2, 0, 0, 0},  // Firmware
+    {{2897, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
+    {{2905, 9}, TagType::string, 10, 0, 0, 0},  // DataDump2
+    {{2914, 18}, TagType::int32u, 2, 0, 0, 0},  // ZoomedPreviewStart
+    {{2932, 19}, TagType::int32u, 2, 0, 0, 0},  // ZoomedPreviewLength
+    {{2951, 17}, TagType::int16u, 2, 2, 0, 0},  // ZoomedPreviewSize
+    {{2968, 17}, TagType::rational64s, 2, 0, 0, 0},  // ShutterSpeedValue
+    {{2985, 8}, TagType::rational64s, 2, 0, 0, 0},  // ISOValue
+    {{2993, 13}, TagType::rational64s, 2, 0, 0, 0},  // ApertureValue
+    {{3006, 15}, TagType::rational64s, 2, 0, 0, 0},  // BrightnessValue
+    {{3021, 11}, TagType::int16u, 2, 0, 1175, 4},  // FlashDevice
+    {{3032, 15}, TagType::int16s, 2, 0, 0, 0},  // LensTemperature
+    {{3047, 14}, TagType::int16u, 2, 0, 0, 0},  // LightCondition
+    {{3061, 10}, TagType::int16u, 2, 0, 308, 2},  // FocusRange
+    {{3071, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
+    {{3090, 9}, TagType::int16u, 2, 0, 321, 3},  // Sharpness
+    {{3099, 16}, TagType::int16u, 2, 0, 0, 0},  // FlashChargeLevel
+    {{3115, 18}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureBG
+    {{3133, 18}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureRG
+    {{3151, 6}, TagType::int16u, 2, 2, 1179, 12},  // WBMode
+    {{3157, 10}, TagType::int16u, 2, 2, 0, 0},  // RedBalance
+    {{3167, 11}, TagType::int16u, 2, 2, 0, 0},  // BlueBalance
+    {{3178, 17}, TagType::int16u, 2, 0, 0, 0},  // ColorMatrixNumber
+    {{3195, 18}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE1_0
+    {{3213, 18}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE2_0
+    {{3231, 18}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE1_0
+    {{3249, 18}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE2_0
+    {{3267, 16}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE1
+    {{3283, 16}, TagType::int32u, 2, 0, 0, 0},  // ExternalFlashAE2
+    {{3299, 16}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE1
+    {{3315, 16}, TagType::int32u, 2, 0, 0, 0},  // InternalFlashAE2
+    {{3331, 18}, TagType::int16u, 2, 0, 0, 0},  // InternalFlashTable
+    {{3349, 19}, TagType::rational64s, 2, 0, 0, 0},  // ExternalFlashGValue
+    {{3368, 17}, TagType::int16u, 2, 0, 0, 0},  // ExternalFlashMode
+    {{3385, 8}, TagType::int16u, 2, 0, 321, 3},  // Contrast
+    {{3393, 15}, TagType::int16u, 2, 0, 0, 0},  // SharpnessFactor
+    {{3408, 12}, TagType::int16u, 2, 6, 0, 0},  // ColorControl
+    {{3420, 17}, TagType::int32u, 2, 0, 0, 0},  // OlympusImageWidth
+    {{3437, 18}, TagType::int32u, 2, 0, 0, 0},  // OlympusImageHeight
+    {{3455, 16}, TagType::rational64u, 2, 0, 0, 0},  // CompressionRatio
+    {{3471, 8}, TagType::int16u, 2, 0, 0, 0},  // AFResult
+    {{3479, 11}, TagType::int16u, 2, 0, 308, 2},  // CCDScanMode
+    {{3490, 16}, TagType::rational64s, 2, 0, 0, 0},  // LightValueCenter
+    {{3506, 19}, TagType::rational64s, 2, 0, 0, 0},  // LightValuePeriphery
+    {{3525, 10}, TagType::int16u, 2, 0, 0, 0},  // FieldCount
+    {{3535, 16}, TagType::string, 10, 0, 0, 0},  // CameraParameters
+    {{3551, 14}, TagType::string, 0, 16, 0, 0},  // EncoderVersion
+    {{3565, 14}, TagType::string, 0, 16, 0, 0},  // DecoderVersion
+    {{3579, 16}, TagType::datetime, 0, 1, 0, 0},  // DateTimeOriginal
+    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailWidth
+    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailHeight
+    {{3624, 13}, TagType::string, 2, 4, 0, 0},  // RawDevVersion
+    {{3637, 23}, TagType::rational64s, 2, 0, 0, 0},  // RawDevExposureBiasValue
+    {{3660, 23}, TagType::int16u, 2, 0, 0, 0},  // RawDevWhiteBalanceValue
+    {{3683, 22}, TagType::int16s, 2, 0, 0, 0},  // RawDevWBFineAdjustment
+    {{3705, 15}, TagType::int16u, 2, 3, 0, 0},  // RawDevGrayPoint
+    {{3720, 24}, TagType::int16s, 2, 3, 0, 0},  // RawDevSaturationEmphasis
+    {{3744, 25}, TagType::int16u, 2, 0, 0, 0},  // RawDevMemoryColorEmphasis
+    {{3769, 19}, TagType::int16s, 2, 3, 0, 0},  // RawDevContrastValue
+    {{3788, 20}, TagType::int16s, 2, 3, 0, 0},  // RawDevSharpnessValue
+    {{3808, 16}, TagType::int16u, 2, 0, 321, 3},  // RawDevColorSpace
+    {{3824, 12}, TagType::int16u, 2, 0, 637, 4},  // RawDevEngine
+    {{3836, 20}, TagType::int16u, 2, 0, 1152, 4},  // RawDevNoiseReduction
+    {{3856, 16}, TagType::int16u, 2, 0, 1191, 4},  // RawDevEditStatus
+    {{3872, 14}, TagType::int16u, 2, 0, 1195, 9},  // RawDevSettings
+    {{3886, 18}, TagType::int16u, 2, 0, 1204, 2},  // RawDevWhiteBalance
+    {{3904, 17}, TagType::int16u, 2, 0, 1206, 5},  // RawDevPictureMode
+    {{3921, 18}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMSaturation
+    {{3939, 16}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMContrast
+    {{3955, 17}, TagType::int16s, 2, 3, 0, 0},  // RawDevPMSharpness
+    {{3972, 17}, TagType::int16u, 2, 0, 310, 5},  // RawDevPM_BWFilter
+    {{3989, 19}, TagType::int16u, 2, 0, 310, 5},  // RawDevPMPictureTone
+    {{4008, 15}, TagType::int16s, 2, 3, 0, 0},  // RawDevGradation
+    {{4023, 17}, TagType::int16s, 2, 3, 0, 0},  // RawDevSaturation3
+    {{4040, 19}, TagType::int16u, 2, 0, 308, 2},  // RawDevAutoGradation
+    {{4059, 19}, TagType::int16u, 2, 0, 0, 0},  // RawDevPMNoiseFilter
+    {{4078, 15}, TagType::int16u, 2, 4, 506, 38},  // RawDevArtFilter
+    {{4093, 14}, TagType::string, 2, 4, 0, 0},  // RawInfoVersion
+    {{4107, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsUsed
+    {{4122, 15}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsAuto
+    {{4137, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
+    {{4153, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{4170, 22}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFineWeather
+    {{4192, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{4211, 26}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsEveningSunlight
+    {{4237, 24}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightFluor
+    {{4261, 24}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteFluor
+    {{4285, 25}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteFluor
+    {{4310, 27}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteFluorescent
+    {{4337, 12}, TagType::int16u, 2, 9, 0, 0},  // ColorMatrix2
+    {{4349, 17}, TagType::rational32u, 0, 0, 0, 0},  // YCbCrCoefficients
+    {{4366, 15}, TagType::int16u, 2, 2, 0, 0},  // ValidPixelDepth
+    {{4381, 11}, TagType::int16u, 2, 0, 1211, 12},  // LightSource
+    {{4392, 16}, TagType::int16s, 2, 3, 0, 0},  // WhiteBalanceComp
+    {{4408, 17}, TagType::int16s, 2, 3, 0, 0},  // SaturationSetting
+    {{4425, 10}, TagType::int16s, 2, 3, 0, 0},  // HueSetting
+    {{4435, 22}, TagType::rational64s, 2, 0, 0, 0},  // CMExposureCompensation
+    {{4457, 14}, TagType::int16u, 2, 0, 0, 0},  // CMWhiteBalance
+    {{4471, 18}, TagType::int16s, 2, 0, 0, 0},  // CMWhiteBalanceComp
+    {{4489, 23}, TagType::int16u, 2, 3, 0, 0},  // CMWhiteBalanceGrayPoint
+    {{4512, 12}, TagType::int16s, 2, 3, 0, 0},  // CMSaturation
+    {{4524, 5}, TagType::int16s, 2, 3, 0, 0},  // CMHue
+    {{4529, 10}, TagType::int16s, 2, 3, 0, 0},  // CMContrast
+    {{4539, 11}, TagType::int16s, 2, 3, 0, 0},  // CMSharpness
+    {{4550, 10}, TagType::string, 0, 0, 0, 0},  // Resolution
+    {{4560, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
+    {{4575, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
+    {{4590, 10}, TagType::int32u, 0, 0, 0, 0},  // FileNumber
+    {{4600, 11}, TagType::datetime, 0, 1, 0, 0},  // DateTimeEnd
+    {{4611, 13}, TagType::partialtime, 0, 1, 0, 0},  // RecordingTime
+    {{4624, 7}, TagType::int32u, 0, 0, 0, 0},  // Index01
+    {{4631, 7}, TagType::int32u, 0, 0, 0, 0},  // Index02
+    {{4638, 7}, TagType::int32u, 0, 0, 0, 0},  // Index03
+    {{4645, 7}, TagType::int32u, 0, 0, 0, 0},  // Index04
+    {{4652, 7}, TagType::int32u, 0, 0, 0, 0},  // Index05
+    {{4659, 7}, TagType::int32u, 0, 0, 0, 0},  // Index06
+    {{4666, 7}, TagType::int32u, 0, 0, 0, 0},  // Index07
+    {{4673, 7}, TagType::int32u, 0, 0, 0, 0},  // Index08
+    {{4680, 7}, TagType::int32u, 0, 0, 0, 0},  // Index09
+    {{4687, 7}, TagType::int32u, 0, 0, 0, 0},  // Index10
+    {{4694, 7}, TagType::int32u, 0, 0, 0, 0},  // Index11
+    {{4701, 7}, TagType::int32u, 0, 0, 0, 0},  // Index12
+    {{4708, 7}, TagType::int32u, 0, 0, 0, 0},  // Index13
+    {{4715, 7}, TagType::int32u, 0, 0, 0, 0},  // Index14
+    {{4722, 7}, TagType::int32u, 0, 0, 0, 0},  // Index15
+    {{4729, 7}, TagType::int32u, 0, 0, 0, 0},  // Index16
 };
 constexpr detail::TextRef kChoicesOlympus[] = {
     {4736, 5}, {4741, 5}, {4746, 5}, {4751, 5}, {4756, 5}, {4761, 5}, {4766, 5}, {4771, 5},
@@ -6731,48 +6826,49 @@ constinit detail::StreamTags gTagsOlympus("Olympus", kText, kTagsOlympus, kKeyOr
 
 // OpenEXR: 41 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOpenEXR[] = {
-    {{103285, 5}, TagType::string, 0, 0, 0, 4},
-    {{103290, 10}, TagType::string, 0, 0, 0, 0},
-    {{103300, 14}, TagType::string, 0, 0, 0, 0},
-    {{103314, 11}, TagType::string, 0, 0, 0, 0},
-    {{103325, 8}, TagType::string, 0, 0, 0, 0},
-    {{3579, 16}, TagType::string, 0, 0, 0, 0},
-    {{103333, 8}, TagType::string, 0, 0, 0, 0},
-    {{103341, 14}, TagType::string, 0, 0, 0, 0},
-    {{103355, 10}, TagType::string, 0, 0, 0, 0},
-    {{103365, 8}, TagType::string, 0, 0, 0, 0},
-    {{103373, 11}, TagType::string, 0, 0, 4, 8},
-    {{103384, 10}, TagType::string, 0, 0, 0, 0},
-    {{103394, 13}, TagType::string, 0, 0, 0, 0},
-    {{103407, 14}, TagType::string, 0, 0, 12, 2},
-    {{2603, 12}, TagType::string, 0, 0, 0, 0},
-    {{1565, 13}, TagType::string, 0, 0, 0, 0},
-    {{103421, 15}, TagType::string, 0, 0, 0, 0},
-    {{2615, 3}, TagType::string, 0, 0, 0, 0},
-    {{103436, 7}, TagType::string, 0, 0, 0, 0},
-    {{103443, 11}, TagType::string, 0, 0, 0, 0},
-    {{103454, 9}, TagType::string, 0, 0, 14, 3},
-    {{103463, 12}, TagType::string, 0, 0, 0, 0},
-    {{103475, 16}, TagType::string, 0, 0, 0, 0},
-    {{103491, 9}, TagType::string, 0, 0, 0, 0},
-    {{103500, 4}, TagType::string, 0, 0, 0, 0},
-    {{103504, 5}, TagType::string, 0, 0, 0, 0},
-    {{103509, 16}, TagType::string, 0, 0, 0, 0},
-    {{103525, 7}, TagType::string, 0, 0, 0, 0},
-    {{103532, 18}, TagType::string, 0, 0, 0, 0},
-    {{103550, 18}, TagType::string, 0, 0, 0, 0},
-    {{103568, 17}, TagType::string, 0, 0, 0, 0},
-    {{103585, 5}, TagType::string, 0, 0, 0, 0},
-    {{103590, 8}, TagType::string, 0, 0, 0, 0},
-    {{103598, 4}, TagType::string, 0, 0, 0, 0},
-    {{103602, 8}, TagType::string, 0, 0, 0, 0},
-    {{103610, 7}, TagType::string, 0, 0, 0, 0},
-    {{103617, 14}, TagType::string, 0, 0, 0, 0},
-    {{103631, 13}, TagType::string, 0, 0, 0, 0},
-    {{103644, 10}, TagType::string, 0, 0, 0, 0},
-    {{103654, 9}, TagType::string, 0, 0, 0, 0},
-    {{103663, 11}, TagType::string, 0, 0, 0, 0},
+    {{103285, 5}, TagType::string, 0, 0, 0, 4},  // Flags
+    {{103290, 10}, TagType::string, 0, 0, 0, 0},  // EXRVersion
+    {{103300, 14}, TagType::string, 0, 0, 0, 0},  // AdoptedNeutral
+    {{103314, 11}, TagType::string, 0, 0, 0, 0},  // GPSAltitude
+    {{103325, 8}, TagType::string, 0, 0, 0, 0},  // Aperture
+    {{3579, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{103333, 8}, TagType::string, 0, 0, 0, 0},  // Channels
+    {{103341, 14}, TagType::string, 0, 0, 0, 0},  // Chromaticities
+    {{103355, 10}, TagType::string, 0, 0, 0, 0},  // ChunkCount
+    {{103365, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{103373, 11}, TagType::string, 0, 0, 4, 8},  // Compression
+    {{103384, 10}, TagType::string, 0, 0, 0, 0},  // DataWindow
+    {{103394, 13}, TagType::string, 0, 0, 0, 0},  // DisplayWindow
+    {{103407, 14}, TagType::string, 0, 0, 12, 2},  // EnvironmentMap
+    {{2603, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{1565, 13}, TagType::string, 0, 0, 0, 0},  // FocusDistance
+    {{103421, 15}, TagType::string, 0, 0, 0, 0},  // FramesPerSecond
+    {{2615, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{103436, 7}, TagType::string, 0, 0, 0, 0},  // KeyCode
+    {{103443, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
+    {{103454, 9}, TagType::string, 0, 0, 14, 3},  // LineOrder
+    {{103463, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
+    {{103475, 16}, TagType::string, 0, 0, 0, 0},  // LookModTransform
+    {{103491, 9}, TagType::string, 0, 0, 0, 0},  // MultiView
+    {{103500, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{103504, 5}, TagType::string, 0, 0, 0, 0},  // Owner
+    {{103509, 16}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatio
+    {{103525, 7}, TagType::string, 0, 0, 0, 0},  // Preview
+    {{103532, 18}, TagType::string, 0, 0, 0, 0},  // RenderingTransform
+    {{103550, 18}, TagType::string, 0, 0, 0, 0},  // ScreenWindowCenter
+    {{103568, 17}, TagType::string, 0, 0, 0, 0},  // ScreenWindowWidth
+    {{103585, 5}, TagType::string, 0, 0, 0, 0},  // Tiles
+    {{103590, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
+    {{103598, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{103602, 8}, TagType::string, 0, 0, 0, 0},  // TimeZone
+    {{103610, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{103617, 14}, TagType::string, 0, 0, 0, 0},  // WhiteLuminance
+    {{103631, 13}, TagType::string, 0, 0, 0, 0},  // WorldToCamera
+    {{103644, 10}, TagType::string, 0, 0, 0, 0},  // WorldToNDC
+    {{103654, 9}, TagType::string, 0, 0, 0, 0},  // WrapModes
+    {{103663, 11}, TagType::string, 0, 0, 0, 0},  // XResolution
 };
 constexpr detail::TextRef kChoicesOpenEXR[] = {
     {6298, 3}, {103674, 4}, {103678, 4}, {103682, 4}, {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1},
@@ -6952,11 +7048,12 @@ constinit detail::StreamTags gTagsOpenEXR("OpenEXR", kText, kTagsOpenEXR, kKeyOr
 
 // Opus: 4 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsOpus[] = {
-    {{106001, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{106012, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{106025, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{106035, 10}, TagType::int16u, 0, 0, 0, 0},
+    {{106001, 11}, TagType::int8u, 0, 0, 0, 0},  // OpusVersion
+    {{106012, 13}, TagType::int8u, 0, 0, 0, 0},  // AudioChannels
+    {{106025, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
+    {{106035, 10}, TagType::int16u, 0, 0, 0, 0},  // OutputGain
 };
 constexpr detail::StringRow kStringsEnglishOpus[] = {
     {{106045, 18}, {106063, 14}},
@@ -6981,52 +7078,53 @@ constinit detail::StreamTags gTagsOpus("Opus", kText, kTagsOpus, kKeyOrderOpus, 
 
 // PDF: 45 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPDF[] = {
-    {{106224, 16}, TagType::string, 0, 0, 0, 0},
-    {{106240, 14}, TagType::string, 0, 0, 0, 0},
-    {{106254, 16}, TagType::string, 0, 0, 0, 0},
-    {{106270, 6}, TagType::string, 0, 0, 0, 2},
-    {{106276, 10}, TagType::string, 0, 0, 0, 0},
-    {{106286, 10}, TagType::string, 0, 0, 2, 8},
-    {{106296, 23}, TagType::string, 1, 0, 0, 0},
-    {{106319, 19}, TagType::string, 1, 0, 0, 0},
-    {{106338, 19}, TagType::string, 0, 0, 0, 0},
-    {{106357, 13}, TagType::string, 8, 0, 0, 0},
-    {{106370, 18}, TagType::string, 0, 0, 0, 0},
-    {{106388, 13}, TagType::string, 3, 0, 0, 0},
-    {{106401, 6}, TagType::string, 2, 0, 0, 0},
-    {{106407, 10}, TagType::date, 2, 0, 0, 0},
-    {{106417, 7}, TagType::string, 2, 0, 0, 0},
-    {{106424, 8}, TagType::string, 3, 0, 0, 0},
-    {{106432, 10}, TagType::date, 2, 0, 0, 0},
-    {{106442, 8}, TagType::string, 2, 0, 0, 0},
-    {{106450, 7}, TagType::string, 2, 0, 0, 0},
-    {{106457, 5}, TagType::string, 2, 0, 0, 0},
-    {{106462, 7}, TagType::string, 18, 0, 0, 0},
-    {{106469, 10}, TagType::string, 0, 0, 0, 2},
-    {{106479, 9}, TagType::string, 0, 0, 0, 2},
-    {{106488, 9}, TagType::string, 0, 0, 0, 0},
-    {{106497, 8}, TagType::string, 0, 0, 0, 0},
-    {{106505, 10}, TagType::string, 0, 0, 0, 0},
-    {{106515, 8}, TagType::string, 0, 0, 0, 0},
-    {{106523, 10}, TagType::string, 0, 0, 0, 0},
-    {{106533, 17}, TagType::string, 0, 0, 0, 0},
-    {{106550, 15}, TagType::string, 0, 0, 0, 0},
-    {{106565, 11}, TagType::date, 0, 0, 0, 0},
-    {{106576, 16}, TagType::string, 0, 0, 0, 0},
-    {{106592, 18}, TagType::string, 0, 0, 0, 0},
-    {{106610, 18}, TagType::string, 0, 0, 0, 0},
-    {{106628, 13}, TagType::string, 0, 0, 0, 0},
-    {{106641, 16}, TagType::string, 0, 0, 10, 3},
-    {{106657, 21}, TagType::string, 1, 0, 0, 0},
-    {{106678, 19}, TagType::string, 1, 0, 0, 0},
-    {{106697, 23}, TagType::string, 1, 0, 0, 0},
-    {{106720, 10}, TagType::string, 1, 0, 0, 0},
-    {{106730, 15}, TagType::string, 1, 0, 0, 0},
-    {{106745, 20}, TagType::string, 1, 0, 0, 0},
-    {{106765, 18}, TagType::string, 0, 0, 0, 0},
-    {{106783, 23}, TagType::string, 0, 0, 13, 5},
-    {{106806, 20}, TagType::string, 1, 0, 0, 0},
+    {{106224, 16}, TagType::string, 0, 0, 0, 0},  // ContainerVersion
+    {{106240, 14}, TagType::string, 0, 0, 0, 0},  // CreatorVersion
+    {{106254, 16}, TagType::string, 0, 0, 0, 0},  // RoundTripVersion
+    {{106270, 6}, TagType::string, 0, 0, 0, 2},  // HasXFA
+    {{106276, 10}, TagType::string, 0, 0, 0, 0},  // Encryption
+    {{106286, 10}, TagType::string, 0, 0, 2, 8},  // UserAccess
+    {{106296, 23}, TagType::string, 1, 0, 0, 0},  // EmbeddedImageColorSpace
+    {{106319, 19}, TagType::string, 1, 0, 0, 0},  // EmbeddedImageFilter
+    {{106338, 19}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageHeight
+    {{106357, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{106370, 18}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageWidth
+    {{106388, 13}, TagType::string, 3, 0, 0, 0},  // AppleKeywords
+    {{106401, 6}, TagType::string, 2, 0, 0, 0},  // Author
+    {{106407, 10}, TagType::date, 2, 0, 0, 0},  // CreateDate
+    {{106417, 7}, TagType::string, 2, 0, 0, 0},  // Creator
+    {{106424, 8}, TagType::string, 3, 0, 0, 0},  // Keywords
+    {{106432, 10}, TagType::date, 2, 0, 0, 0},  // ModifyDate
+    {{106442, 8}, TagType::string, 2, 0, 0, 0},  // Producer
+    {{106450, 7}, TagType::string, 2, 0, 0, 0},  // Subject
+    {{106457, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{106462, 7}, TagType::string, 18, 0, 0, 0},  // Trapped
+    {{106469, 10}, TagType::string, 0, 0, 0, 2},  // Linearized
+    {{106479, 9}, TagType::string, 0, 0, 0, 2},  // TaggedPDF
+    {{106488, 9}, TagType::string, 0, 0, 0, 0},  // PageCount
+    {{106497, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{106505, 10}, TagType::string, 0, 0, 0, 0},  // PageLayout
+    {{106515, 8}, TagType::string, 0, 0, 0, 0},  // PageMode
+    {{106523, 10}, TagType::string, 0, 0, 0, 0},  // PDFVersion
+    {{106533, 17}, TagType::string, 0, 0, 0, 0},  // SignerContactInfo
+    {{106550, 15}, TagType::string, 0, 0, 0, 0},  // SigningLocation
+    {{106565, 11}, TagType::date, 0, 0, 0, 0},  // SigningDate
+    {{106576, 16}, TagType::string, 0, 0, 0, 0},  // SigningAuthority
+    {{106592, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationTime
+    {{106610, 18}, TagType::string, 0, 0, 0, 0},  // AuthenticationType
+    {{106628, 13}, TagType::string, 0, 0, 0, 0},  // SigningReason
+    {{106641, 16}, TagType::string, 0, 0, 10, 3},  // FieldPermissions
+    {{106657, 21}, TagType::string, 1, 0, 0, 0},  // AnnotationUsageRights
+    {{106678, 19}, TagType::string, 1, 0, 0, 0},  // DocumentUsageRights
+    {{106697, 23}, TagType::string, 1, 0, 0, 0},  // EmbeddedFileUsageRights
+    {{106720, 10}, TagType::string, 1, 0, 0, 0},  // FormFields
+    {{106730, 15}, TagType::string, 1, 0, 0, 0},  // FormUsageRights
+    {{106745, 20}, TagType::string, 1, 0, 0, 0},  // FormExtraUsageRights
+    {{106765, 18}, TagType::string, 0, 0, 0, 0},  // UsageRightsMessage
+    {{106783, 23}, TagType::string, 0, 0, 13, 5},  // ModificationPermissions
+    {{106806, 20}, TagType::string, 1, 0, 0, 0},  // SignatureUsageRights
 };
 constexpr detail::TextRef kChoicesPDF[] = {
     {106826, 5}, {106831, 4}, {6274, 1}, {6303, 1}, {6291, 2}, {6296, 2}, {6293, 3}, {6298, 3},
@@ -7182,28 +7280,29 @@ constinit detail::StreamTags gTagsPDF("PDF", kText, kTagsPDF, kKeyOrderPDF, kCho
 
 // PICT: 21 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPICT[] = {
-    {{109899, 5}, TagType::int8u, 0, 8, 0, 0},
-    {{109904, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{109910, 6}, TagType::int8u, 0, 0, 0, 0},
-    {{109916, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{109922, 7}, TagType::fixed32s, 0, 0, 0, 0},
-    {{109929, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{109935, 5}, TagType::int8u, 0, 8, 0, 0},
-    {{109940, 7}, TagType::int8u, 0, 8, 0, 0},
-    {{109947, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{109953, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{109960, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{109967, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{109976, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{109986, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{109993, 13}, TagType::int8u, 0, 2, 0, 0},
-    {{110006, 11}, TagType::int8u, 0, 10, 0, 0},
-    {{110017, 10}, TagType::int8u, 0, 8, 0, 0},
-    {{110027, 8}, TagType::int32s, 0, 254, 0, 0},
-    {{110035, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{103610, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{110047, 8}, TagType::int16u, 0, 12, 0, 0},
+    {{109899, 5}, TagType::int8u, 0, 8, 0, 0},  // BkPat
+    {{109904, 6}, TagType::int16u, 0, 0, 0, 0},  // TxFont
+    {{109910, 6}, TagType::int8u, 0, 0, 0, 0},  // TxFace
+    {{109916, 6}, TagType::int16u, 0, 0, 0, 0},  // TxMode
+    {{109922, 7}, TagType::fixed32s, 0, 0, 0, 0},  // SpExtra
+    {{109929, 6}, TagType::int16u, 0, 0, 0, 0},  // PnMode
+    {{109935, 5}, TagType::int8u, 0, 8, 0, 0},  // PnPat
+    {{109940, 7}, TagType::int8u, 0, 8, 0, 0},  // FillPat
+    {{109947, 6}, TagType::int16u, 0, 0, 0, 0},  // TxSize
+    {{109953, 7}, TagType::int32u, 0, 0, 0, 0},  // FgColor
+    {{109960, 7}, TagType::int32u, 0, 0, 0, 0},  // BkColor
+    {{109967, 9}, TagType::int8u, 0, 0, 0, 0},  // VersionOp
+    {{109976, 10}, TagType::int16u, 0, 0, 0, 0},  // PnLocHFrac
+    {{109986, 7}, TagType::int16u, 0, 0, 0, 0},  // ChExtra
+    {{109993, 13}, TagType::int8u, 0, 2, 0, 0},  // ShortLineFrom
+    {{110006, 11}, TagType::int8u, 0, 10, 0, 0},  // LineJustify
+    {{110017, 10}, TagType::int8u, 0, 8, 0, 0},  // GlyphState
+    {{110027, 8}, TagType::int32s, 0, 254, 0, 0},  // Reserved
+    {{110035, 12}, TagType::int16u, 0, 0, 0, 0},  // ShortComment
+    {{103610, 7}, TagType::int16u, 0, 0, 0, 0},  // Version
+    {{110047, 8}, TagType::int16u, 0, 12, 0, 0},  // HeaderOp
 };
 constexpr detail::StringRow kStringsEnglishPICT[] = {
     {{110055, 12}, {110067, 16}},
@@ -7255,19 +7354,20 @@ constinit detail::StreamTags gTagsPICT("PICT", kText, kTagsPICT, kKeyOrderPICT, 
 
 // PLIST: 12 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPLIST[] = {
-    {{3579, 16}, TagType::string, 0, 0, 0, 0},
-    {{1056, 8}, TagType::string, 0, 0, 0, 0},
-    {{103443, 11}, TagType::string, 0, 0, 0, 0},
-    {{103463, 12}, TagType::string, 0, 0, 0, 0},
-    {{110731, 11}, TagType::string, 0, 0, 0, 0},
-    {{110742, 11}, TagType::string, 0, 0, 0, 0},
-    {{110753, 4}, TagType::string, 1, 0, 0, 0},
-    {{110757, 11}, TagType::string, 1, 0, 0, 0},
-    {{110768, 9}, TagType::string, 1, 0, 0, 0},
-    {{110777, 9}, TagType::string, 1, 0, 0, 0},
-    {{110786, 13}, TagType::string, 1, 0, 0, 0},
-    {{110799, 6}, TagType::string, 1, 0, 0, 0},
+    {{3579, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{1056, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{103443, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
+    {{103463, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
+    {{110731, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
+    {{110742, 11}, TagType::string, 0, 0, 0, 0},  // XMLFileType
+    {{110753, 4}, TagType::string, 1, 0, 0, 0},  // Cast
+    {{110757, 11}, TagType::string, 1, 0, 0, 0},  // Codirectors
+    {{110768, 9}, TagType::string, 1, 0, 0, 0},  // Directors
+    {{110777, 9}, TagType::string, 1, 0, 0, 0},  // Producers
+    {{110786, 13}, TagType::string, 1, 0, 0, 0},  // Screenwriters
+    {{110799, 6}, TagType::string, 1, 0, 0, 0},  // Studio
 };
 constexpr detail::StringRow kStringsEnglishPLIST[] = {
     {{110805, 10}, {110753, 4}},
@@ -7332,76 +7432,77 @@ constinit detail::StreamTags gTagsPLIST("PLIST", kText, kTagsPLIST, kKeyOrderPLI
 
 // PNG: 69 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPNG[] = {
-    {{111222, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{111237, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{111251, 14}, TagType::int8u, 0, 0, 0, 12},
-    {{111265, 23}, TagType::int8u, 0, 0, 12, 19},
-    {{111288, 18}, TagType::int8u, 0, 0, 31, 15},
-    {{111306, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{111324, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{111334, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{111345, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{111353, 9}, TagType::int8u, 0, 0, 46, 5},
-    {{103373, 11}, TagType::int8u, 0, 0, 51, 1},
-    {{111362, 6}, TagType::int8u, 0, 0, 51, 1},
-    {{111368, 9}, TagType::int8u, 0, 0, 52, 2},
-    {{111377, 7}, TagType::string, 0, 0, 0, 0},
-    {{111384, 15}, TagType::string, 0, 0, 0, 0},
-    {{111399, 16}, TagType::string, 8, 0, 0, 0},
-    {{111415, 17}, TagType::string, 8, 0, 0, 0},
-    {{111432, 5}, TagType::string, 18, 0, 0, 0},
-    {{111437, 26}, TagType::string, 8, 0, 0, 0},
-    {{111463, 21}, TagType::string, 8, 0, 0, 0},
-    {{111484, 23}, TagType::string, 8, 0, 0, 0},
-    {{111507, 16}, TagType::string, 8, 0, 0, 0},
-    {{111523, 11}, TagType::string, 2, 0, 0, 0},
-    {{111534, 16}, TagType::string, 8, 0, 0, 0},
-    {{111550, 11}, TagType::string, 0, 0, 0, 0},
-    {{111561, 16}, TagType::string, 8, 0, 0, 0},
-    {{111577, 15}, TagType::string, 0, 0, 0, 0},
-    {{111592, 16}, TagType::string, 8, 0, 0, 0},
-    {{111608, 13}, TagType::string, 18, 0, 54, 4},
-    {{106432, 10}, TagType::string, 2, 0, 0, 0},
-    {{111621, 12}, TagType::string, 0, 0, 0, 0},
-    {{111633, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{111647, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{111661, 10}, TagType::int8u, 2, 0, 52, 2},
-    {{111671, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{111682, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{111693, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{111697, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{111701, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{111707, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{111713, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{111718, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{111723, 10}, TagType::int8u, 0, 0, 52, 2},
-    {{111733, 12}, TagType::int8u, 0, 0, 58, 2},
-    {{111745, 17}, TagType::var_string, 0, 0, 0, 0},
-    {{111762, 18}, TagType::var_string, 0, 0, 0, 0},
-    {{111780, 6}, TagType::string, 2, 0, 0, 0},
-    {{106401, 6}, TagType::string, 2, 0, 0, 0},
-    {{111786, 10}, TagType::string, 2, 0, 0, 0},
-    {{1064, 7}, TagType::string, 2, 0, 0, 0},
-    {{111796, 9}, TagType::string, 2, 0, 0, 0},
-    {{111805, 12}, TagType::string, 2, 0, 0, 0},
-    {{111817, 11}, TagType::string, 2, 0, 0, 0},
-    {{111828, 10}, TagType::string, 2, 0, 0, 0},
-    {{111838, 8}, TagType::string, 2, 0, 0, 0},
-    {{111846, 5}, TagType::string, 2, 0, 0, 0},
-    {{0, 4}, TagType::string, 2, 0, 0, 0},
-    {{4, 5}, TagType::string, 2, 0, 0, 0},
-    {{111851, 8}, TagType::string, 2, 0, 0, 0},
-    {{111859, 6}, TagType::string, 2, 0, 0, 0},
-    {{111865, 9}, TagType::string, 2, 0, 0, 0},
-    {{106457, 5}, TagType::string, 2, 0, 0, 0},
-    {{111874, 3}, TagType::string, 2, 0, 0, 0},
-    {{111877, 10}, TagType::string, 2, 0, 0, 0},
-    {{106407, 10}, TagType::string, 2, 0, 0, 0},
-    {{111887, 7}, TagType::string, 2, 0, 0, 0},
-    {{111894, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{111911, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{111929, 16}, TagType::int8u, 0, 0, 0, 0},
+    {{111222, 15}, TagType::int32u, 0, 0, 0, 0},  // AnimationFrames
+    {{111237, 14}, TagType::int32u, 0, 0, 0, 0},  // AnimationPlays
+    {{111251, 14}, TagType::int8u, 0, 0, 0, 12},  // ColorPrimaries
+    {{111265, 23}, TagType::int8u, 0, 0, 12, 19},  // TransferCharacteristics
+    {{111288, 18}, TagType::int8u, 0, 0, 31, 15},  // MatrixCoefficients
+    {{111306, 18}, TagType::int8u, 0, 0, 0, 0},  // VideoFullRangeFlag
+    {{111324, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{111334, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{111345, 8}, TagType::int8u, 0, 0, 0, 0},  // BitDepth
+    {{111353, 9}, TagType::int8u, 0, 0, 46, 5},  // ColorType
+    {{103373, 11}, TagType::int8u, 0, 0, 51, 1},  // Compression
+    {{111362, 6}, TagType::int8u, 0, 0, 51, 1},  // Filter
+    {{111368, 9}, TagType::int8u, 0, 0, 52, 2},  // Interlace
+    {{111377, 7}, TagType::string, 0, 0, 0, 0},  // Palette
+    {{111384, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
+    {{111399, 16}, TagType::string, 8, 0, 0, 0},  // DigitalSignature
+    {{111415, 17}, TagType::string, 8, 0, 0, 0},  // FractalParameters
+    {{111432, 5}, TagType::string, 18, 0, 0, 0},  // Gamma
+    {{111437, 26}, TagType::string, 8, 0, 0, 0},  // GIFGraphicControlExtension
+    {{111463, 21}, TagType::string, 8, 0, 0, 0},  // GIFPlainTextExtension
+    {{111484, 23}, TagType::string, 8, 0, 0, 0},  // GIFApplicationExtension
+    {{111507, 16}, TagType::string, 8, 0, 0, 0},  // PaletteHistogram
+    {{111523, 11}, TagType::string, 2, 0, 0, 0},  // ProfileName
+    {{111534, 16}, TagType::string, 8, 0, 0, 0},  // AppleDataOffsets
+    {{111550, 11}, TagType::string, 0, 0, 0, 0},  // ImageOffset
+    {{111561, 16}, TagType::string, 8, 0, 0, 0},  // PixelCalibration
+    {{111577, 15}, TagType::string, 0, 0, 0, 0},  // SignificantBits
+    {{111592, 16}, TagType::string, 8, 0, 0, 0},  // SuggestedPalette
+    {{111608, 13}, TagType::string, 18, 0, 54, 4},  // SRGBRendering
+    {{106432, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
+    {{111621, 12}, TagType::string, 0, 0, 0, 0},  // Transparency
+    {{111633, 14}, TagType::int32u, 2, 0, 0, 0},  // PixelsPerUnitX
+    {{111647, 14}, TagType::int32u, 2, 0, 0, 0},  // PixelsPerUnitY
+    {{111661, 10}, TagType::int8u, 2, 0, 52, 2},  // PixelUnits
+    {{111671, 11}, TagType::int32u, 0, 0, 0, 0},  // WhitePointX
+    {{111682, 11}, TagType::int32u, 0, 0, 0, 0},  // WhitePointY
+    {{111693, 4}, TagType::int32u, 0, 0, 0, 0},  // RedX
+    {{111697, 4}, TagType::int32u, 0, 0, 0, 0},  // RedY
+    {{111701, 6}, TagType::int32u, 0, 0, 0, 0},  // GreenX
+    {{111707, 6}, TagType::int32u, 0, 0, 0, 0},  // GreenY
+    {{111713, 5}, TagType::int32u, 0, 0, 0, 0},  // BlueX
+    {{111718, 5}, TagType::int32u, 0, 0, 0, 0},  // BlueY
+    {{111723, 10}, TagType::int8u, 0, 0, 52, 2},  // StereoMode
+    {{111733, 12}, TagType::int8u, 0, 0, 58, 2},  // SubjectUnits
+    {{111745, 17}, TagType::var_string, 0, 0, 0, 0},  // SubjectPixelWidth
+    {{111762, 18}, TagType::var_string, 0, 0, 0, 0},  // SubjectPixelHeight
+    {{111780, 6}, TagType::string, 2, 0, 0, 0},  // Artist
+    {{106401, 6}, TagType::string, 2, 0, 0, 0},  // Author
+    {{111786, 10}, TagType::string, 2, 0, 0, 0},  // Collection
+    {{1064, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{111796, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{111805, 12}, TagType::string, 2, 0, 0, 0},  // CreationTime
+    {{111817, 11}, TagType::string, 2, 0, 0, 0},  // Description
+    {{111828, 10}, TagType::string, 2, 0, 0, 0},  // Disclaimer
+    {{111838, 8}, TagType::string, 2, 0, 0, 0},  // Document
+    {{111846, 5}, TagType::string, 2, 0, 0, 0},  // Label
+    {{0, 4}, TagType::string, 2, 0, 0, 0},  // Make
+    {{4, 5}, TagType::string, 2, 0, 0, 0},  // Model
+    {{111851, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{111859, 6}, TagType::string, 2, 0, 0, 0},  // Source
+    {{111865, 9}, TagType::string, 2, 0, 0, 0},  // TimeStamp
+    {{106457, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{111874, 3}, TagType::string, 2, 0, 0, 0},  // URL
+    {{111877, 10}, TagType::string, 2, 0, 0, 0},  // PNGWarning
+    {{106407, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
+    {{111887, 7}, TagType::string, 2, 0, 0, 0},  // ModDate
+    {{111894, 17}, TagType::int32u, 0, 0, 0, 0},  // VirtualImageWidth
+    {{111911, 18}, TagType::int32u, 0, 0, 0, 0},  // VirtualImageHeight
+    {{111929, 16}, TagType::int8u, 0, 0, 0, 0},  // VirtualPageUnits
 };
 constexpr detail::TextRef kChoicesPNG[] = {
     {6271, 1}, {6272, 1}, {6274, 1}, {6275, 1}, {6474, 1}, {6483, 1}, {6303, 1}, {6304, 1},
@@ -7721,24 +7822,25 @@ constinit detail::StreamTags gTagsPNG("PNG", kText, kTagsPNG, kKeyOrderPNG, kCho
 
 // PSP: 17 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPSP[] = {
-    {{106457, 5}, TagType::string, 0, 0, 0, 0},
-    {{106407, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{106432, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{111780, 6}, TagType::string, 0, 0, 0, 0},
-    {{111796, 9}, TagType::string, 0, 0, 0, 0},
-    {{111817, 11}, TagType::string, 0, 0, 0, 0},
-    {{117319, 12}, TagType::int32u, 0, 0, 0, 2},
-    {{117331, 17}, TagType::int8u, 0, 4, 0, 0},
-    {{111324, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{111334, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{117348, 15}, TagType::double_, 0, 0, 0, 0},
-    {{117363, 14}, TagType::int8u, 0, 0, 2, 3},
-    {{103373, 11}, TagType::int16u, 0, 0, 5, 4},
-    {{117377, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{117390, 6}, TagType::int16u, 0, 0, 0, 0},
-    {{117396, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{117405, 11}, TagType::string, 0, 0, 0, 0},
+    {{106457, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{106407, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
+    {{106432, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
+    {{111780, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{111796, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{111817, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{117319, 12}, TagType::int32u, 0, 0, 0, 2},  // CreatorAppID
+    {{117331, 17}, TagType::int8u, 0, 4, 0, 0},  // CreatorAppVersion
+    {{111324, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{111334, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{117348, 15}, TagType::double_, 0, 0, 0, 0},  // ImageResolution
+    {{117363, 14}, TagType::int8u, 0, 0, 2, 3},  // ResolutionUnit
+    {{103373, 11}, TagType::int16u, 0, 0, 5, 4},  // Compression
+    {{117377, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
+    {{117390, 6}, TagType::int16u, 0, 0, 0, 0},  // Planes
+    {{117396, 9}, TagType::int32u, 0, 0, 0, 0},  // NumColors
+    {{117405, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
 };
 constexpr detail::TextRef kChoicesPSP[] = {
     {6270, 1}, {6271, 1}, {6270, 1}, {6271, 1}, {6272, 1}, {6270, 1}, {6271, 1}, {6272, 1},
@@ -7897,65 +7999,66 @@ constinit detail::StreamTags gTagsPSP("PSP", kText, kTagsPSP, kKeyOrderPSP, kCho
 
 // Palm: 58 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPalm[] = {
-    {{118712, 11}, TagType::string, 0, 0, 0, 0},
-    {{118723, 13}, TagType::string, 0, 0, 0, 0},
-    {{118736, 16}, TagType::string, 0, 0, 0, 0},
-    {{106401, 6}, TagType::string, 0, 0, 0, 0},
-    {{118752, 9}, TagType::string, 0, 0, 0, 0},
-    {{118761, 7}, TagType::string, 0, 0, 0, 0},
-    {{111817, 11}, TagType::string, 0, 0, 0, 0},
-    {{118768, 4}, TagType::string, 0, 0, 0, 0},
-    {{106450, 7}, TagType::string, 1, 0, 0, 0},
-    {{118772, 11}, TagType::string, 0, 0, 0, 0},
-    {{118783, 6}, TagType::string, 0, 0, 0, 0},
-    {{118789, 11}, TagType::string, 0, 0, 0, 0},
-    {{118800, 6}, TagType::string, 0, 0, 0, 0},
-    {{118806, 11}, TagType::string, 0, 0, 0, 0},
-    {{118817, 8}, TagType::string, 0, 0, 0, 0},
-    {{111859, 6}, TagType::string, 0, 0, 0, 0},
-    {{118825, 4}, TagType::string, 0, 0, 0, 0},
-    {{118829, 11}, TagType::string, 0, 0, 0, 0},
-    {{118840, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{118850, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{118862, 5}, TagType::string, 0, 0, 0, 0},
-    {{118867, 11}, TagType::string, 0, 0, 0, 0},
-    {{118878, 19}, TagType::string, 0, 0, 0, 0},
-    {{118897, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{118910, 11}, TagType::string, 0, 0, 0, 0},
-    {{118921, 19}, TagType::string, 0, 0, 0, 0},
-    {{118940, 15}, TagType::int32u, 0, 0, 0, 5},
-    {{118955, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{118974, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{118993, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{119011, 9}, TagType::string, 0, 0, 0, 0},
-    {{119020, 16}, TagType::string, 0, 0, 0, 0},
-    {{119036, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{119049, 14}, TagType::string, 0, 0, 0, 0},
-    {{119063, 12}, TagType::int8u, 0, 0, 5, 2},
-    {{119075, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{119085, 20}, TagType::string, 0, 0, 0, 0},
-    {{119105, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{119112, 14}, TagType::string, 0, 0, 0, 0},
-    {{119126, 12}, TagType::string, 0, 0, 0, 0},
-    {{119138, 5}, TagType::string, 0, 0, 0, 0},
-    {{106497, 8}, TagType::string, 0, 0, 0, 0},
-    {{119143, 9}, TagType::string, 0, 0, 0, 0},
-    {{119152, 19}, TagType::string, 0, 0, 0, 0},
-    {{103373, 11}, TagType::int16u, 0, 0, 7, 3},
-    {{119171, 22}, TagType::int32u, 0, 0, 0, 0},
-    {{106276, 10}, TagType::int32u, 0, 0, 10, 3},
-    {{119193, 8}, TagType::int32u, 0, 0, 13, 14},
-    {{119201, 8}, TagType::int32u, 0, 0, 27, 2},
-    {{119209, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{119220, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{119228, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{119242, 12}, TagType::string, 0, 32, 0, 0},
-    {{106407, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{106432, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{119254, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{119268, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{119286, 12}, TagType::string, 0, 8, 29, 28},
+    {{118712, 11}, TagType::string, 0, 0, 0, 0},  // DRMServerID
+    {{118723, 13}, TagType::string, 0, 0, 0, 0},  // DRMCommerceID
+    {{118736, 16}, TagType::string, 0, 0, 0, 0},  // DRM_E-BookBaseID
+    {{106401, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{118752, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{118761, 7}, TagType::string, 0, 0, 0, 0},  // Imprint
+    {{111817, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{118768, 4}, TagType::string, 0, 0, 0, 0},  // ISBN
+    {{106450, 7}, TagType::string, 1, 0, 0, 0},  // Subject
+    {{118772, 11}, TagType::string, 0, 0, 0, 0},  // PublishDate
+    {{118783, 6}, TagType::string, 0, 0, 0, 0},  // Review
+    {{118789, 11}, TagType::string, 0, 0, 0, 0},  // Contributor
+    {{118800, 6}, TagType::string, 0, 0, 0, 0},  // Rights
+    {{118806, 11}, TagType::string, 0, 0, 0, 0},  // SubjectCode
+    {{118817, 8}, TagType::string, 0, 0, 0, 0},  // BookType
+    {{111859, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{118825, 4}, TagType::string, 0, 0, 0, 0},  // ASIN
+    {{118829, 11}, TagType::string, 0, 0, 0, 0},  // BookVersion
+    {{118840, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleFlag
+    {{118850, 12}, TagType::int32u, 0, 0, 0, 0},  // StartReading
+    {{118862, 5}, TagType::string, 0, 0, 0, 0},  // Adult
+    {{118867, 11}, TagType::string, 0, 0, 0, 0},  // RetailPrice
+    {{118878, 19}, TagType::string, 0, 0, 0, 0},  // RetailPriceCurrency
+    {{118897, 13}, TagType::int32u, 0, 0, 0, 0},  // ResourceCount
+    {{118910, 11}, TagType::string, 0, 0, 0, 0},  // KF8CoverURI
+    {{118921, 19}, TagType::string, 0, 0, 0, 0},  // DictionaryShortName
+    {{118940, 15}, TagType::int32u, 0, 0, 0, 5},  // CreatorSoftware
+    {{118955, 19}, TagType::int32u, 0, 0, 0, 0},  // CreatorMajorVersion
+    {{118974, 19}, TagType::int32u, 0, 0, 0, 0},  // CreatorMinorVersion
+    {{118993, 18}, TagType::int32u, 0, 0, 0, 0},  // CreatorBuildNumber
+    {{119011, 9}, TagType::string, 0, 0, 0, 0},  // Watermark
+    {{119020, 16}, TagType::string, 0, 0, 0, 0},  // Tamper-proofKeys
+    {{119036, 13}, TagType::int8u, 0, 0, 0, 0},  // ClippingLimit
+    {{119049, 14}, TagType::string, 0, 0, 0, 0},  // PublisherLimit
+    {{119063, 12}, TagType::int8u, 0, 0, 5, 2},  // TextToSpeech
+    {{119075, 10}, TagType::int8u, 0, 0, 0, 0},  // RentalFlag
+    {{119085, 20}, TagType::string, 0, 0, 0, 0},  // RentalExpirationDate
+    {{119105, 7}, TagType::int32u, 0, 0, 0, 0},  // CDEType
+    {{119112, 14}, TagType::string, 0, 0, 0, 0},  // LastUpdateTime
+    {{119126, 12}, TagType::string, 0, 0, 0, 0},  // UpdatedTitle
+    {{119138, 5}, TagType::string, 0, 0, 0, 0},  // ASIN2
+    {{106497, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{119143, 9}, TagType::string, 0, 0, 0, 0},  // Alignment
+    {{119152, 19}, TagType::string, 0, 0, 0, 0},  // CreatorBuildNumber2
+    {{103373, 11}, TagType::int16u, 0, 0, 7, 3},  // Compression
+    {{119171, 22}, TagType::int32u, 0, 0, 0, 0},  // UncompressedTextLength
+    {{106276, 10}, TagType::int32u, 0, 0, 10, 3},  // Encryption
+    {{119193, 8}, TagType::int32u, 0, 0, 13, 14},  // MobiType
+    {{119201, 8}, TagType::int32u, 0, 0, 27, 2},  // CodePage
+    {{119209, 11}, TagType::int32u, 0, 0, 0, 0},  // MobiVersion
+    {{119220, 8}, TagType::int32u, 0, 0, 0, 0},  // BookName
+    {{119228, 14}, TagType::int32u, 0, 0, 0, 0},  // MinimumVersion
+    {{119242, 12}, TagType::string, 0, 32, 0, 0},  // DatabaseName
+    {{106407, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
+    {{106432, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
+    {{119254, 14}, TagType::int32u, 0, 0, 0, 0},  // LastBackupDate
+    {{119268, 18}, TagType::int32u, 0, 0, 0, 0},  // ModificationNumber
+    {{119286, 12}, TagType::string, 0, 8, 29, 28},  // PalmFileType
 };
 constexpr detail::TextRef kChoicesPalm[] = {
     {6271, 1}, {6272, 1}, {119298, 3}, {119301, 3}, {119304, 3}, {6270, 1}, {6271, 1}, {6271, 1},
@@ -8180,153 +8283,154 @@ constinit detail::StreamTags gTagsPalm("Palm", kText, kTagsPalm, kKeyOrderPalm, 
 
 // Panasonic: 146 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPanasonic[] = {
-    {{123192, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{123208, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{123221, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{123234, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{123247, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{123260, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{123273, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{123288, 19}, TagType::string, 2, 20, 0, 0},
-    {{123307, 23}, TagType::int16u, 2, 4, 0, 0},
-    {{123330, 18}, TagType::string, 2, 20, 0, 0},
-    {{123348, 19}, TagType::string, 2, 20, 0, 0},
-    {{123367, 23}, TagType::int16u, 2, 4, 0, 0},
-    {{123390, 18}, TagType::string, 2, 20, 0, 0},
-    {{123408, 19}, TagType::string, 2, 20, 0, 0},
-    {{123427, 23}, TagType::int16u, 2, 4, 0, 0},
-    {{123450, 18}, TagType::string, 2, 20, 0, 0},
-    {{123468, 12}, TagType::int16u, 2, 0, 0, 8},
-    {{123480, 15}, TagType::string, 2, 0, 0, 0},
-    {{123495, 12}, TagType::int16u, 2, 0, 8, 13},
-    {{167, 9}, TagType::int16u, 2, 0, 21, 7},
-    {{123507, 10}, TagType::int8u, 2, 2, 28, 19},
-    {{931, 18}, TagType::int16u, 2, 0, 47, 10},
-    {{158, 9}, TagType::int16u, 2, 0, 57, 4},
-    {{123517, 12}, TagType::int16u, 2, 0, 61, 80},
-    {{121075, 5}, TagType::int16u, 2, 0, 141, 3},
-    {{2897, 8}, TagType::string, 10, 0, 0, 0},
-    {{2853, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{123529, 9}, TagType::int16s, 2, 0, 0, 0},
-    {{1110, 20}, TagType::string, 2, 16, 0, 0},
-    {{123538, 20}, TagType::string, 2, 0, 0, 0},
-    {{123558, 14}, TagType::int16u, 2, 0, 144, 1},
-    {{123572, 11}, TagType::int16u, 2, 0, 145, 7},
-    {{123583, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{123599, 9}, TagType::int16u, 2, 0, 152, 8},
-    {{123608, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{123622, 12}, TagType::int16u, 2, 0, 160, 48},
-    {{514, 14}, TagType::int16u, 2, 0, 208, 12},
-    {{123634, 9}, TagType::int16u, 2, 0, 220, 8},
-    {{123643, 8}, TagType::int16u, 2, 0, 228, 4},
-    {{123651, 12}, TagType::int16u, 2, 0, 232, 4},
-    {{123663, 9}, TagType::int16u, 2, 0, 236, 3},
-    {{123672, 7}, TagType::string, 2, 0, 0, 0},
-    {{123679, 15}, TagType::int16u, 2, 0, 239, 2},
-    {{1378, 14}, TagType::int16u, 2, 0, 232, 4},
-    {{123694, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{123703, 12}, TagType::int16u, 2, 0, 241, 7},
-    {{3385, 8}, TagType::int16u, 2, 0, 144, 1},
-    {{123715, 17}, TagType::int16u, 2, 0, 239, 2},
-    {{123732, 9}, TagType::int16u, 2, 0, 239, 2},
-    {{123741, 10}, TagType::int16u, 2, 0, 248, 3},
-    {{123751, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{2417, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{62937, 10}, TagType::int16u, 2, 0, 144, 1},
-    {{3090, 9}, TagType::int16u, 2, 0, 144, 1},
-    {{123768, 8}, TagType::int16u, 2, 0, 251, 10},
-    {{123776, 11}, TagType::int16u, 2, 0, 261, 5},
-    {{123787, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{123802, 15}, TagType::int16u, 2, 0, 266, 7},
-    {{123817, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{123826, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{123835, 12}, TagType::int16u, 2, 0, 236, 3},
-    {{123847, 26}, TagType::int16u, 2, 0, 239, 2},
-    {{123873, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{123892, 20}, TagType::int32u, 2, 0, 0, 0},
-    {{123912, 15}, TagType::rational64u, 2, 2, 0, 0},
-    {{1167, 8}, TagType::string, 2, 0, 0, 0},
-    {{1175, 16}, TagType::string, 2, 0, 0, 0},
-    {{123927, 13}, TagType::string, 2, 0, 0, 0},
-    {{123940, 21}, TagType::string, 2, 0, 0, 0},
-    {{123961, 19}, TagType::int16u, 2, 0, 273, 4},
-    {{1200, 19}, TagType::string, 2, 4, 0, 0},
-    {{123980, 12}, TagType::int16u, 2, 0, 277, 2},
-    {{106457, 5}, TagType::string, 2, 0, 0, 0},
-    {{123992, 8}, TagType::string, 2, 0, 0, 0},
-    {{124000, 8}, TagType::string, 2, 0, 0, 0},
-    {{124008, 7}, TagType::string, 2, 0, 0, 0},
-    {{124015, 5}, TagType::string, 2, 0, 0, 0},
-    {{124020, 4}, TagType::string, 2, 0, 0, 0},
-    {{124024, 8}, TagType::string, 2, 0, 0, 0},
-    {{124032, 21}, TagType::int8u, 2, 0, 279, 5},
-    {{124053, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{124065, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{124075, 18}, TagType::int16u, 2, 0, 273, 4},
-    {{124093, 12}, TagType::int16u, 2, 0, 277, 2},
-    {{124105, 5}, TagType::string, 2, 0, 0, 0},
-    {{961, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{124110, 10}, TagType::int16u, 2, 0, 284, 14},
-    {{548, 19}, TagType::int16u, 2, 0, 277, 2},
-    {{124120, 22}, TagType::int16u, 2, 0, 0, 0},
-    {{124142, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{124156, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{124170, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{124184, 17}, TagType::int8u, 2, 0, 298, 6},
-    {{1010, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{1019, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{124201, 22}, TagType::int8u, 2, 0, 0, 0},
-    {{124223, 22}, TagType::int8u, 2, 0, 279, 5},
-    {{124245, 24}, TagType::int16u, 2, 0, 0, 0},
-    {{124269, 14}, TagType::int8u, 2, 0, 273, 4},
-    {{124283, 16}, TagType::rational64u, 2, 0, 0, 0},
-    {{63815, 3}, TagType::int16u, 2, 0, 304, 7},
-    {{124299, 11}, TagType::int16u, 2, 0, 236, 3},
-    {{124310, 12}, TagType::rational64u, 2, 0, 311, 23},
-    {{124322, 17}, TagType::rational64u, 2, 0, 0, 0},
-    {{124339, 9}, TagType::string, 10, 0, 0, 0},
-    {{124348, 7}, TagType::int16u, 2, 0, 277, 2},
-    {{124355, 22}, TagType::int16u, 2, 0, 279, 5},
-    {{124377, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{111865, 9}, TagType::string, 2, 0, 0, 0},
-    {{124392, 20}, TagType::int16u, 2, 0, 334, 2},
-    {{124412, 13}, TagType::int16u, 2, 0, 236, 3},
-    {{124425, 13}, TagType::int16u, 2, 0, 277, 2},
-    {{124438, 14}, TagType::int32u, 2, 0, 336, 10},
-    {{124452, 21}, TagType::int16u, 2, 0, 277, 2},
-    {{124473, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{124485, 18}, TagType::int16u, 2, 0, 277, 2},
-    {{124503, 16}, TagType::int32u, 2, 2, 346, 1},
-    {{124519, 13}, TagType::int16u, 2, 0, 277, 2},
-    {{124532, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{124544, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{124557, 10}, TagType::int16u, 2, 0, 277, 2},
-    {{2615, 3}, TagType::int32u, 2, 0, 0, 0},
-    {{124567, 21}, TagType::int16u, 2, 0, 273, 4},
-    {{124588, 22}, TagType::rational64s, 2, 0, 0, 0},
-    {{124610, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{124620, 17}, TagType::int16u, 2, 0, 277, 2},
-    {{2618, 16}, TagType::string, 2, 0, 0, 0},
-    {{505, 9}, TagType::int16u, 2, 0, 347, 81},
-    {{124637, 16}, TagType::int16u, 2, 0, 236, 3},
-    {{124653, 20}, TagType::int16u, 2, 0, 239, 2},
-    {{124673, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{124683, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{124695, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{0, 4}, TagType::string, 0, 22, 0, 0},
-    {{4, 5}, TagType::string, 0, 30, 0, 0},
-    {{124706, 8}, TagType::string, 0, 14, 0, 0},
-    {{124714, 8}, TagType::string, 0, 14, 0, 0},
-    {{124722, 13}, TagType::imagedata, 0, 600, 0, 0},
-    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{2669, 14}, TagType::imagedata, 0, 16384, 0, 0},
-    {{4560, 15}, TagType::int32urev, 0, 0, 0, 0},
-    {{124735, 17}, TagType::string, 2, 8, 0, 0},
-    {{124752, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{124771, 13}, TagType::string, 0, 4, 0, 0},
-    {{124784, 4}, TagType::int16u, 0, 0, 0, 0},
+    {{123192, 16}, TagType::int16u, 2, 0, 0, 0},  // NumFacePositions
+    {{123208, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
+    {{123221, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
+    {{123234, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
+    {{123247, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
+    {{123260, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
+    {{123273, 15}, TagType::int16u, 2, 0, 0, 0},  // FacesRecognized
+    {{123288, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace1Name
+    {{123307, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace1Position
+    {{123330, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace1Age
+    {{123348, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace2Name
+    {{123367, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace2Position
+    {{123390, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace2Age
+    {{123408, 19}, TagType::string, 2, 20, 0, 0},  // RecognizedFace3Name
+    {{123427, 23}, TagType::int16u, 2, 4, 0, 0},  // RecognizedFace3Position
+    {{123450, 18}, TagType::string, 2, 20, 0, 0},  // RecognizedFace3Age
+    {{123468, 12}, TagType::int16u, 2, 0, 0, 8},  // ImageQuality
+    {{123480, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
+    {{123495, 12}, TagType::int16u, 2, 0, 8, 13},  // WhiteBalance
+    {{167, 9}, TagType::int16u, 2, 0, 21, 7},  // FocusMode
+    {{123507, 10}, TagType::int8u, 2, 2, 28, 19},  // AFAreaMode
+    {{931, 18}, TagType::int16u, 2, 0, 47, 10},  // ImageStabilization
+    {{158, 9}, TagType::int16u, 2, 0, 57, 4},  // MacroMode
+    {{123517, 12}, TagType::int16u, 2, 0, 61, 80},  // ShootingMode
+    {{121075, 5}, TagType::int16u, 2, 0, 141, 3},  // Audio
+    {{2897, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
+    {{2853, 16}, TagType::int16s, 2, 0, 0, 0},  // WhiteBalanceBias
+    {{123529, 9}, TagType::int16s, 2, 0, 0, 0},  // FlashBias
+    {{1110, 20}, TagType::string, 2, 16, 0, 0},  // InternalSerialNumber
+    {{123538, 20}, TagType::string, 2, 0, 0, 0},  // PanasonicExifVersion
+    {{123558, 14}, TagType::int16u, 2, 0, 144, 1},  // VideoFrameRate
+    {{123572, 11}, TagType::int16u, 2, 0, 145, 7},  // ColorEffect
+    {{123583, 16}, TagType::int32u, 2, 0, 0, 0},  // TimeSincePowerOn
+    {{123599, 9}, TagType::int16u, 2, 0, 152, 8},  // BurstMode
+    {{123608, 14}, TagType::int32u, 2, 0, 0, 0},  // SequenceNumber
+    {{123622, 12}, TagType::int16u, 2, 0, 160, 48},  // ContrastMode
+    {{514, 14}, TagType::int16u, 2, 0, 208, 12},  // NoiseReduction
+    {{123634, 9}, TagType::int16u, 2, 0, 220, 8},  // SelfTimer
+    {{123643, 8}, TagType::int16u, 2, 0, 228, 4},  // Rotation
+    {{123651, 12}, TagType::int16u, 2, 0, 232, 4},  // AFAssistLamp
+    {{123663, 9}, TagType::int16u, 2, 0, 236, 3},  // ColorMode
+    {{123672, 7}, TagType::string, 2, 0, 0, 0},  // BabyAge
+    {{123679, 15}, TagType::int16u, 2, 0, 239, 2},  // OpticalZoomMode
+    {{1378, 14}, TagType::int16u, 2, 0, 232, 4},  // ConversionLens
+    {{123694, 9}, TagType::int16u, 2, 0, 0, 0},  // TravelDay
+    {{123703, 12}, TagType::int16u, 2, 0, 241, 7},  // BatteryLevel
+    {{3385, 8}, TagType::int16u, 2, 0, 144, 1},  // Contrast
+    {{123715, 17}, TagType::int16u, 2, 0, 239, 2},  // WorldTimeLocation
+    {{123732, 9}, TagType::int16u, 2, 0, 239, 2},  // TextStamp
+    {{123741, 10}, TagType::int16u, 2, 0, 248, 3},  // ProgramISO
+    {{123751, 17}, TagType::int16u, 2, 0, 0, 0},  // AdvancedSceneType
+    {{2417, 13}, TagType::int16u, 2, 0, 0, 0},  // FacesDetected
+    {{62937, 10}, TagType::int16u, 2, 0, 144, 1},  // Saturation
+    {{3090, 9}, TagType::int16u, 2, 0, 144, 1},  // Sharpness
+    {{123768, 8}, TagType::int16u, 2, 0, 251, 10},  // FilmMode
+    {{123776, 11}, TagType::int16u, 2, 0, 261, 5},  // JPEGQuality
+    {{123787, 15}, TagType::int16u, 2, 0, 0, 0},  // ColorTempKelvin
+    {{123802, 15}, TagType::int16u, 2, 0, 266, 7},  // BracketSettings
+    {{123817, 9}, TagType::int16u, 2, 0, 0, 0},  // WBShiftAB
+    {{123826, 9}, TagType::int16u, 2, 0, 0, 0},  // WBShiftGM
+    {{123835, 12}, TagType::int16u, 2, 0, 236, 3},  // FlashCurtain
+    {{123847, 26}, TagType::int16u, 2, 0, 239, 2},  // LongExposureNoiseReduction
+    {{123873, 19}, TagType::int32u, 2, 0, 0, 0},  // PanasonicImageWidth
+    {{123892, 20}, TagType::int32u, 2, 0, 0, 0},  // PanasonicImageHeight
+    {{123912, 15}, TagType::rational64u, 2, 2, 0, 0},  // AFPointPosition
+    {{1167, 8}, TagType::string, 2, 0, 0, 0},  // LensType
+    {{1175, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
+    {{123927, 13}, TagType::string, 2, 0, 0, 0},  // AccessoryType
+    {{123940, 21}, TagType::string, 2, 0, 0, 0},  // AccessorySerialNumber
+    {{123961, 19}, TagType::int16u, 2, 0, 273, 4},  // IntelligentExposure
+    {{1200, 19}, TagType::string, 2, 4, 0, 0},  // LensFirmwareVersion
+    {{123980, 12}, TagType::int16u, 2, 0, 277, 2},  // FlashWarning
+    {{106457, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{123992, 8}, TagType::string, 2, 0, 0, 0},  // BabyName
+    {{124000, 8}, TagType::string, 2, 0, 0, 0},  // Location
+    {{124008, 7}, TagType::string, 2, 0, 0, 0},  // Country
+    {{124015, 5}, TagType::string, 2, 0, 0, 0},  // State
+    {{124020, 4}, TagType::string, 2, 0, 0, 0},  // City
+    {{124024, 8}, TagType::string, 2, 0, 0, 0},  // Landmark
+    {{124032, 21}, TagType::int8u, 2, 0, 279, 5},  // IntelligentResolution
+    {{124053, 12}, TagType::int16u, 2, 0, 0, 0},  // MergedImages
+    {{124065, 10}, TagType::int16u, 2, 0, 0, 0},  // BurstSpeed
+    {{124075, 18}, TagType::int16u, 2, 0, 273, 4},  // IntelligentD-Range
+    {{124093, 12}, TagType::int16u, 2, 0, 277, 2},  // ClearRetouch
+    {{124105, 5}, TagType::string, 2, 0, 0, 0},  // City2
+    {{961, 17}, TagType::int16u, 2, 0, 0, 0},  // ManometerPressure
+    {{124110, 10}, TagType::int16u, 2, 0, 284, 14},  // PhotoStyle
+    {{548, 19}, TagType::int16u, 2, 0, 277, 2},  // ShadingCompensation
+    {{124120, 22}, TagType::int16u, 2, 0, 0, 0},  // WBShiftIntelligentAuto
+    {{124142, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerZ
+    {{124156, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerX
+    {{124170, 14}, TagType::int16u, 2, 0, 0, 0},  // AccelerometerY
+    {{124184, 17}, TagType::int8u, 2, 0, 298, 6},  // CameraOrientation
+    {{1010, 9}, TagType::int16u, 2, 0, 0, 0},  // RollAngle
+    {{1019, 10}, TagType::int16u, 2, 0, 0, 0},  // PitchAngle
+    {{124201, 22}, TagType::int8u, 2, 0, 0, 0},  // WBShiftCreativeControl
+    {{124223, 22}, TagType::int8u, 2, 0, 279, 5},  // SweepPanoramaDirection
+    {{124245, 24}, TagType::int16u, 2, 0, 0, 0},  // SweepPanoramaFieldOfView
+    {{124269, 14}, TagType::int8u, 2, 0, 273, 4},  // TimerRecording
+    {{124283, 16}, TagType::rational64u, 2, 0, 0, 0},  // InternalNDFilter
+    {{63815, 3}, TagType::int16u, 2, 0, 304, 7},  // HDR
+    {{124299, 11}, TagType::int16u, 2, 0, 236, 3},  // ShutterType
+    {{124310, 12}, TagType::rational64u, 2, 0, 311, 23},  // FilterEffect
+    {{124322, 17}, TagType::rational64u, 2, 0, 0, 0},  // ClearRetouchValue
+    {{124339, 9}, TagType::string, 10, 0, 0, 0},  // OutputLUT
+    {{124348, 7}, TagType::int16u, 2, 0, 277, 2},  // TouchAE
+    {{124355, 22}, TagType::int16u, 2, 0, 279, 5},  // MonochromeFilterEffect
+    {{124377, 15}, TagType::int16u, 2, 2, 0, 0},  // HighlightShadow
+    {{111865, 9}, TagType::string, 2, 0, 0, 0},  // TimeStamp
+    {{124392, 20}, TagType::int16u, 2, 0, 334, 2},  // VideoBurstResolution
+    {{124412, 13}, TagType::int16u, 2, 0, 236, 3},  // MultiExposure
+    {{124425, 13}, TagType::int16u, 2, 0, 277, 2},  // RedEyeRemoval
+    {{124438, 14}, TagType::int32u, 2, 0, 336, 10},  // VideoBurstMode
+    {{124452, 21}, TagType::int16u, 2, 0, 277, 2},  // DiffractionCorrection
+    {{124473, 12}, TagType::int16u, 2, 0, 0, 0},  // FocusBracket
+    {{124485, 18}, TagType::int16u, 2, 0, 277, 2},  // LongExposureNRUsed
+    {{124503, 16}, TagType::int32u, 2, 2, 346, 1},  // PostFocusMerging
+    {{124519, 13}, TagType::int16u, 2, 0, 277, 2},  // VideoPreburst
+    {{124532, 12}, TagType::int16u, 2, 0, 0, 0},  // LensTypeMake
+    {{124544, 13}, TagType::int16u, 2, 0, 0, 0},  // LensTypeModel
+    {{124557, 10}, TagType::int16u, 2, 0, 277, 2},  // SensorType
+    {{2615, 3}, TagType::int32u, 2, 0, 0, 0},  // ISO
+    {{124567, 21}, TagType::int16u, 2, 0, 273, 4},  // MonochromeGrainEffect
+    {{124588, 22}, TagType::rational64s, 2, 0, 0, 0},  // NoiseReductionStrength
+    {{124610, 10}, TagType::int32u, 2, 0, 0, 0},  // MinimumISO
+    {{124620, 17}, TagType::int16u, 2, 0, 277, 2},  // DynamicRangeBoost
+    {{2618, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
+    {{505, 9}, TagType::int16u, 2, 0, 347, 81},  // SceneMode
+    {{124637, 16}, TagType::int16u, 2, 0, 236, 3},  // HighlightWarning
+    {{124653, 20}, TagType::int16u, 2, 0, 239, 2},  // DarkFocusEnvironment
+    {{124673, 10}, TagType::int16u, 2, 0, 0, 0},  // WBRedLevel
+    {{124683, 12}, TagType::int16u, 2, 0, 0, 0},  // WBGreenLevel
+    {{124695, 11}, TagType::int16u, 2, 0, 0, 0},  // WBBlueLevel
+    {{0, 4}, TagType::string, 0, 22, 0, 0},  // Make
+    {{4, 5}, TagType::string, 0, 30, 0, 0},  // Model
+    {{124706, 8}, TagType::string, 0, 14, 0, 0},  // Version1
+    {{124714, 8}, TagType::string, 0, 14, 0, 0},  // Version2
+    {{124722, 13}, TagType::imagedata, 0, 600, 0, 0},  // ThumbnailTest
+    {{3595, 14}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailWidth
+    {{3609, 15}, TagType::int32s, 0, 0, 0, 0},  // ThumbnailHeight
+    {{2669, 14}, TagType::imagedata, 0, 16384, 0, 0},  // ThumbnailImage
+    {{4560, 15}, TagType::int32urev, 0, 0, 0, 0},  // ThumbnailLength
+    {{124735, 17}, TagType::string, 2, 8, 0, 0},  // PanasonicDateTime
+    {{124752, 19}, TagType::int32u, 2, 0, 0, 0},  // TimeLapseShotNumber
+    {{124771, 13}, TagType::string, 0, 4, 0, 0},  // MakerNoteType
+    {{124784, 4}, TagType::int16u, 0, 0, 0, 0},  // Gain
 };
 constexpr detail::TextRef kChoicesPanasonic[] = {
     {6271, 1}, {6272, 1}, {6273, 1}, {6474, 1}, {6483, 1}, {6304, 1}, {6305, 2}, {6307, 2},
@@ -10316,60 +10420,61 @@ constinit detail::StreamTags gTagsPanasonic("Panasonic", kText, kTagsPanasonic, 
 
 // PanasonicRaw: 53 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPanasonicRaw[] = {
-    {{157848, 11}, TagType::int32u, 2, 0, 0, 2},
-    {{1552, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{1521, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{157859, 10}, TagType::int32u, 2, 0, 0, 2},
-    {{157869, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{157881, 12}, TagType::int32u, 2, 0, 0, 2},
-    {{124532, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{124544, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{157893, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{2993, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{2968, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{157916, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{157932, 11}, TagType::int16u, 2, 0, 2, 2},
-    {{2417, 13}, TagType::int8u, 2, 0, 0, 2},
-    {{157943, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{157964, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{157985, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{158006, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{158027, 15}, TagType::int8u, 2, 0, 4, 15},
-    {{158042, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{158057, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{158073, 11}, TagType::int8u, 2, 0, 19, 8},
-    {{158084, 20}, TagType::int8u, 2, 0, 4, 15},
-    {{158104, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{158121, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{158138, 15}, TagType::int16s, 2, 0, 0, 0},
-    {{528, 20}, TagType::int16s, 2, 0, 0, 2},
-    {{158153, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{158170, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{158187, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{158204, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{158215, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{158227, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158234, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158246, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158253, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158265, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158272, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158284, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158291, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158303, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158310, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158322, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158329, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158341, 7}, TagType::int16u, 2, 0, 27, 22},
-    {{158348, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{158360, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158373, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158386, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158399, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158412, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158425, 13}, TagType::int16u, 2, 3, 0, 0},
-    {{158438, 13}, TagType::int16u, 2, 3, 0, 0},
+    {{157848, 11}, TagType::int32u, 2, 0, 0, 2},  // MultishotOn
+    {{1552, 13}, TagType::int16s, 2, 0, 0, 0},  // FocusStepNear
+    {{1521, 14}, TagType::int16s, 2, 0, 0, 0},  // FocusStepCount
+    {{157859, 10}, TagType::int32u, 2, 0, 0, 2},  // FlashFired
+    {{157869, 12}, TagType::int32u, 2, 0, 0, 0},  // ZoomPosition
+    {{157881, 12}, TagType::int32u, 2, 0, 0, 2},  // LensAttached
+    {{124532, 12}, TagType::int16u, 2, 0, 0, 0},  // LensTypeMake
+    {{124544, 13}, TagType::int16u, 2, 0, 0, 0},  // LensTypeModel
+    {{157893, 23}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{2993, 13}, TagType::int16s, 2, 0, 0, 0},  // ApertureValue
+    {{2968, 17}, TagType::int16s, 2, 0, 0, 0},  // ShutterSpeedValue
+    {{157916, 16}, TagType::int16s, 2, 0, 0, 0},  // SensitivityValue
+    {{157932, 11}, TagType::int16u, 2, 0, 2, 2},  // HighISOMode
+    {{2417, 13}, TagType::int8u, 2, 0, 0, 2},  // FacesDetected
+    {{157943, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA0_LevelDaylight
+    {{157964, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA1_LevelDaylight
+    {{157985, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA2_LevelDaylight
+    {{158006, 21}, TagType::int16u, 2, 0, 0, 0},  // WB_CFA3_LevelDaylight
+    {{158027, 15}, TagType::int8u, 2, 0, 4, 15},  // WhiteBalanceSet
+    {{158042, 15}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelAuto
+    {{158057, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelAuto
+    {{158073, 11}, TagType::int8u, 2, 0, 19, 8},  // Orientation
+    {{158084, 20}, TagType::int8u, 2, 0, 4, 15},  // WhiteBalanceDetected
+    {{158104, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam02
+    {{158121, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam04
+    {{158138, 15}, TagType::int16s, 2, 0, 0, 0},  // DistortionScale
+    {{528, 20}, TagType::int16s, 2, 0, 0, 2},  // DistortionCorrection
+    {{158153, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam08
+    {{158170, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam09
+    {{158187, 17}, TagType::int16s, 2, 0, 0, 0},  // DistortionParam11
+    {{158204, 11}, TagType::int16s, 2, 0, 0, 0},  // DistortionN
+    {{158215, 12}, TagType::int16u, 2, 0, 0, 0},  // NumWBEntries
+    {{158227, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType1
+    {{158234, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels1
+    {{158246, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType2
+    {{158253, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels2
+    {{158265, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType3
+    {{158272, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3
+    {{158284, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType4
+    {{158291, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels4
+    {{158303, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType5
+    {{158310, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels5
+    {{158322, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType6
+    {{158329, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6
+    {{158341, 7}, TagType::int16u, 2, 0, 27, 22},  // WBType7
+    {{158348, 12}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels7
+    {{158360, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels1
+    {{158373, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels2
+    {{158386, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels3
+    {{158399, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels4
+    {{158412, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels5
+    {{158425, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels6
+    {{158438, 13}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels7
 };
 constexpr detail::TextRef kChoicesPanasonicRaw[] = {
     {6270, 1}, {6271, 1}, {6271, 1}, {6272, 1}, {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1},
@@ -10844,62 +10949,63 @@ constinit detail::StreamTags gTagsPanasonicRaw("PanasonicRaw", kText, kTagsPanas
 
 // Parrot: 55 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsParrot[] = {
-    {{167816, 15}, TagType::string, 8, 0, 0, 0},
-    {{167831, 20}, TagType::string, 0, 16, 0, 0},
-    {{167851, 13}, TagType::string, 0, 14, 0, 0},
-    {{167864, 16}, TagType::string, 0, 16, 0, 0},
-    {{167880, 9}, TagType::string, 0, 14, 0, 0},
-    {{167889, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{167907, 19}, TagType::int32s, 0, 0, 0, 0},
-    {{167926, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{167944, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{167959, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{167975, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{167990, 19}, TagType::int8u, 0, 0, 0, 15},
-    {{168009, 15}, TagType::int8u, 0, 0, 15, 3},
-    {{168024, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{168041, 18}, TagType::int32s, 0, 0, 0, 0},
-    {{168059, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{168076, 13}, TagType::int8u, 0, 0, 15, 3},
-    {{168089, 18}, TagType::int8u, 0, 0, 18, 5},
-    {{111865, 9}, TagType::int64u, 0, 0, 0, 0},
-    {{168107, 8}, TagType::int16s, 0, 0, 0, 0},
-    {{168115, 10}, TagType::int16s, 0, 0, 0, 0},
-    {{168125, 9}, TagType::int16s, 0, 0, 0, 0},
-    {{168134, 9}, TagType::int16s, 0, 0, 0, 0},
-    {{168143, 10}, TagType::int16s, 0, 0, 0, 0},
-    {{168153, 9}, TagType::int16s, 0, 4, 0, 0},
-    {{2603, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},
-    {{168162, 8}, TagType::int8s, 0, 0, 0, 0},
-    {{168170, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{103443, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{103463, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{103314, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{168177, 13}, TagType::int32s, 0, 0, 0, 0},
-    {{168190, 19}, TagType::int32s, 0, 0, 0, 0},
-    {{168209, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{168225, 6}, TagType::int16s, 0, 0, 0, 0},
-    {{168231, 6}, TagType::int16s, 0, 0, 0, 0},
-    {{168237, 6}, TagType::int16s, 0, 0, 0, 0},
-    {{168243, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{168250, 11}, TagType::int8u, 0, 0, 23, 9},
-    {{168261, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{168270, 12}, TagType::int8u, 0, 0, 32, 6},
-    {{168282, 9}, TagType::int32s, 0, 0, 0, 0},
-    {{168291, 16}, TagType::int16s, 0, 0, 0, 0},
-    {{168307, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{168322, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{168337, 8}, TagType::int16s, 0, 0, 0, 0},
-    {{168345, 15}, TagType::int16s, 0, 4, 0, 0},
-    {{168360, 6}, TagType::int8u, 0, 0, 0, 0},
-    {{168366, 13}, TagType::int16s, 0, 4, 0, 0},
-    {{3157, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{3167, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{168379, 3}, TagType::int16u, 0, 2, 0, 0},
-    {{168382, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{168393, 11}, TagType::int32u, 0, 0, 0, 0},
+    {{167816, 15}, TagType::string, 8, 0, 0, 0},  // RawThermalImage
+    {{167831, 20}, TagType::string, 0, 16, 0, 0},  // AccelerometerUnknown
+    {{167851, 13}, TagType::string, 0, 14, 0, 0},  // Accelerometer
+    {{167864, 16}, TagType::string, 0, 16, 0, 0},  // GyroscopeUnknown
+    {{167880, 9}, TagType::string, 0, 14, 0, 0},  // Gyroscope
+    {{167889, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingLatitude
+    {{167907, 19}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingLongitude
+    {{167926, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSFramingAltitude
+    {{167944, 15}, TagType::int32s, 0, 0, 0, 0},  // GPSDestLatitude
+    {{167959, 16}, TagType::int32s, 0, 0, 0, 0},  // GPSDestLongitude
+    {{167975, 15}, TagType::int32s, 0, 0, 0, 0},  // GPSDestAltitude
+    {{167990, 19}, TagType::int8u, 0, 0, 0, 15},  // AutomationAnimation
+    {{168009, 15}, TagType::int8u, 0, 0, 15, 3},  // AutomationFlags
+    {{168024, 17}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetLatitude
+    {{168041, 18}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetLongitude
+    {{168059, 17}, TagType::int32s, 0, 0, 0, 0},  // GPSTargetAltitude
+    {{168076, 13}, TagType::int8u, 0, 0, 15, 3},  // Follow-meMode
+    {{168089, 18}, TagType::int8u, 0, 0, 18, 5},  // Follow-meAnimation
+    {{111865, 9}, TagType::int64u, 0, 0, 0, 0},  // TimeStamp
+    {{168107, 8}, TagType::int16s, 0, 0, 0, 0},  // DroneYaw
+    {{168115, 10}, TagType::int16s, 0, 0, 0, 0},  // DronePitch
+    {{168125, 9}, TagType::int16s, 0, 0, 0, 0},  // DroneRoll
+    {{168134, 9}, TagType::int16s, 0, 0, 0, 0},  // CameraPan
+    {{168143, 10}, TagType::int16s, 0, 0, 0, 0},  // CameraTilt
+    {{168153, 9}, TagType::int16s, 0, 4, 0, 0},  // FrameView
+    {{2603, 12}, TagType::int32s, 0, 0, 0, 0},  // ExposureTime
+    {{2615, 3}, TagType::int32s, 0, 0, 0, 0},  // ISO
+    {{168162, 8}, TagType::int8s, 0, 0, 0, 0},  // WifiRSSI
+    {{168170, 7}, TagType::int8u, 0, 0, 0, 0},  // Battery
+    {{103443, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSLatitude
+    {{103463, 12}, TagType::int32s, 0, 0, 0, 0},  // GPSLongitude
+    {{103314, 11}, TagType::int32s, 0, 0, 0, 0},  // GPSAltitude
+    {{168177, 13}, TagType::int32s, 0, 0, 0, 0},  // GPSSatellites
+    {{168190, 19}, TagType::int32s, 0, 0, 0, 0},  // AltitudeFromTakeOff
+    {{168209, 16}, TagType::int32u, 0, 0, 0, 0},  // DistanceFromHome
+    {{168225, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedX
+    {{168231, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedY
+    {{168237, 6}, TagType::int16s, 0, 0, 0, 0},  // SpeedZ
+    {{168243, 7}, TagType::int8u, 0, 0, 0, 0},  // Binning
+    {{168250, 11}, TagType::int8u, 0, 0, 23, 9},  // FlyingState
+    {{168261, 9}, TagType::int8u, 0, 0, 0, 0},  // Animation
+    {{168270, 12}, TagType::int8u, 0, 0, 32, 6},  // PilotingMode
+    {{168282, 9}, TagType::int32s, 0, 0, 0, 0},  // Elevation
+    {{168291, 16}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityNorth
+    {{168307, 15}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityEast
+    {{168322, 15}, TagType::int16s, 0, 0, 0, 0},  // GPSVelocityDown
+    {{168337, 8}, TagType::int16s, 0, 0, 0, 0},  // AirSpeed
+    {{168345, 15}, TagType::int16s, 0, 4, 0, 0},  // DroneQuaternion
+    {{168360, 6}, TagType::int8u, 0, 0, 0, 0},  // Groups
+    {{168366, 13}, TagType::int16s, 0, 4, 0, 0},  // FrameBaseView
+    {{3157, 10}, TagType::int16u, 0, 0, 0, 0},  // RedBalance
+    {{3167, 11}, TagType::int16u, 0, 0, 0, 0},  // BlueBalance
+    {{168379, 3}, TagType::int16u, 0, 2, 0, 0},  // FOV
+    {{168382, 11}, TagType::int32u, 0, 0, 0, 0},  // LinkGoodput
+    {{168393, 11}, TagType::int32u, 0, 0, 0, 0},  // LinkQuality
 };
 constexpr detail::TextRef kChoicesParrot[] = {
     {6270, 1}, {6271, 1}, {6272, 1}, {6273, 1}, {6274, 1}, {6275, 1}, {6474, 1}, {6483, 1},

@@ -7,2690 +7,2788 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "AEExposureTime""AEAperture""AE_ISO""AEXv""AEBXv""AEMinExposureTime""AEProgramMode""AEFlags"
-    "AEApertureSteps""AEMaxAperture""AEMaxAperture2""AEMinAperture""AEMeteringMode""AEWhiteBalance"
-    "AEMeteringMode2""FlashExposureCompSet""LevelIndicator""AEError""SceneMode""AFPointsUnknown1"
-    "AFPointsUnknown2""AFPredictor""AFDefocus""AFIntegrationTime""AFPointsInFocus""AFHold"
-    "NumAFPoints""AFPointsSelected""AFPointsSpecial""WhiteBalanceAutoAdjustment""TungstenAWB"
-    "PowerSource""BodyBatteryState""GripBatteryState""BodyBatteryADNoLoad""BodyBatteryVoltage1"
-    "BodyBatteryADLoad""GripBatteryADNoLoad""BodyBatteryVoltage2""GripBatteryADLoad"
-    "BodyBatteryVoltage3""BodyBatteryVoltage4""PentaxModelID""ManufactureDate""ProductionCode"
-    "InternalSerialNumber""PictureMode2""ProgramLine""EVSteps""E-DialInProgram""ApertureRingUse"
-    "FlashOptions""MeteringMode2""AFPointMode""FocusMode2""AFPointSelected2""ISOFloor""DriveMode2"
-    "ExposureBracketStepSize""BracketShotNumber""WhiteBalanceSet""MultipleExposureSet"
-    "RawAndJpgRecording""JpgRecordedPixels""LinkAEToAFPoint""SensitivitySteps""ISOAuto"
-    "FlashOptions2""MeteringMode3""SRActive""Rotation""ISOSetting""TvExposureTimeSetting"
-    "AvApertureSetting""SvISOSetting""BaseExposureCompensation""WBShiftAB""WBShiftGM""FacesDetected"
-    "FacePosition""Face1Position""Face2Position""Face3Position""Face4Position""Face5Position"
-    "Face6Position""Face7Position""Face8Position""Face9Position""Face10Position""Face11Position"
-    "Face12Position""Face13Position""Face14Position""Face15Position""Face16Position""Face17Position"
-    "Face18Position""Face19Position""Face20Position""Face21Position""Face22Position""Face23Position"
-    "Face24Position""Face25Position""Face26Position""Face27Position""Face28Position""Face29Position"
-    "Face30Position""Face31Position""Face32Position""Face1Size""Face2Size""Face3Size""Face4Size"
-    "Face5Size""Face6Size""Face7Size""Face8Size""Face9Size""Face10Size""Face11Size""Face12Size"
-    "Face13Size""Face14Size""Face15Size""Face16Size""Face17Size""Face18Size""Face19Size""Face20Size"
-    "Face21Size""Face22Size""Face23Size""Face24Size""Face25Size""Face26Size""Face27Size""Face28Size"
-    "Face29Size""Face30Size""Face31Size""Face32Size""SourceDirectoryIndex""SourceFileIndex"
-    "DigitalFilter01""DigitalFilter02""DigitalFilter03""DigitalFilter04""DigitalFilter05"
-    "DigitalFilter06""DigitalFilter07""DigitalFilter08""DigitalFilter09""DigitalFilter10"
-    "DigitalFilter11""DigitalFilter12""DigitalFilter13""DigitalFilter14""DigitalFilter15"
-    "DigitalFilter16""DigitalFilter17""DigitalFilter18""DigitalFilter19""DigitalFilter20"
-    "FlashStatus""InternalFlashMode""ExternalFlashMode""InternalFlashStrength""TTL_DA_AUp"
-    "TTL_DA_ADown""TTL_DA_BUp""TTL_DA_BDown""ExternalFlashGuideNumber""ExternalFlashExposureComp"
-    "ExternalFlashBounce""Model""Make""FNumber""DateTime1""DateTime2""ThumbnailWidth"
-    "ThumbnailHeight""ThumbnailLength""ThumbnailImage""KelvinWB_Daylight""KelvinWB_01""KelvinWB_02"
-    "KelvinWB_03""KelvinWB_04""KelvinWB_05""KelvinWB_06""KelvinWB_07""KelvinWB_08""KelvinWB_09"
-    "KelvinWB_10""KelvinWB_11""KelvinWB_12""KelvinWB_13""KelvinWB_14""KelvinWB_15""KelvinWB_16"
-    "DistortionCorrection""ChromaticAberrationCorrection""PeripheralIlluminationCorr"
-    "DiffractionCorrection""AutoAperture""MinAperture""LensFStops""LensKind""LC1""MinFocusDistance"
-    "FocusRangeIndex""LC3""LC4""LC5""LC6""LC7""LensFocalLength""LC8""NominalMaxAperture"
-    "NominalMinAperture""LC10""LC11""NewLensDataHook""LC12""MaxAperture""LC14""LC15""LensType"
-    "LensModel""LensInfo""ExtenderStatus""LevelOrientation""CompositionAdjust""RollAngle"
-    "PitchAngle""CompositionAdjustX""CompositionAdjustY""CompositionAdjustRotation""ExposureTime"
-    "ExposureCompensation""WhiteBalance""FocalLength""ISO""PentaxVersion""PentaxModelType"
-    "PreviewImageSize""PreviewImageLength""PreviewImageStart""Date""Time""Quality""PentaxImageSize"
-    "PictureMode""FlashMode""FocusMode""AFPointSelected""FocusPosition""LightReading""MeteringMode"
-    "AutoBracketing""WhiteBalanceMode""BlueBalance""RedBalance""DigitalZoom""Saturation""Contrast"
-    "Sharpness""WorldTimeLocation""HometownCity""DestinationCity""HometownDST""DestinationDST"
-    "DSPFirmwareVersion""CPUFirmwareVersion""FrameNumber""EffectiveLV""DriveMode""SensorSize"
-    "ColorSpace""ImageAreaOffset""RawImageSize""DataScaling""PreviewImageBorders""SensitivityAdjust"
-    "ImageEditCount""CameraTemperature""AELock""NoiseReduction""FlashExposureComp""ImageTone"
-    "ColorTemperature""ColorTempDaylight""ColorTempShade""ColorTempCloudy""ColorTempTungsten"
-    "ColorTempFluorescentD""ColorTempFluorescentN""ColorTempFluorescentW""ColorTempFlash"
-    "RawDevelopmentProcess""Hue""HighLowKeyAdj""ContrastHighlight""ContrastShadow"
-    "ContrastHighlightShadowAdj""FineSharpness""HighISONoiseReduction""AFAdjustment"
-    "MonochromeFilterEffect""MonochromeToning""FaceDetect""FaceDetectFrameSize""ShadowCorrection"
-    "ISOAutoParameters""CrossProcess""WhiteLevel""BleachBypassToning""AspectRatio""BlurControl""HDR"
-    "ShutterType""NeutralDensityFilter""IntervalShooting""SkinToneCorrection""ClarityControl"
-    "BlackPoint""WhitePoint""ColorMatrixA""ColorMatrixB""AEMeteringSegments""FlashMeteringSegments"
-    "SlaveFlashMeteringSegments""WB_RGGBLevelsDaylight""WB_RGGBLevelsShade""WB_RGGBLevelsCloudy"
-    "WB_RGGBLevelsTungsten""WB_RGGBLevelsFluorescentD""WB_RGGBLevelsFluorescentN"
-    "WB_RGGBLevelsFluorescentW""WB_RGGBLevelsFlash""SaturationInfo""ColorMatrixA2""ColorMatrixB2"
-    "HuffmanTable""SerialNumber""Artist""Copyright""FirmwareVersion""ContrastDetectAFArea""DataDump"
-    "ToneCurve""ToneCurves""AudioCodecID""PreviewImage""PixelShiftResolution""MakerNoteVersion"
-    "SRResult""ShakeReduction""SRHalfPressTime""SRFocalLength""CameraOrientation""SensorTemperature"
-    "SensorTemperature2""CameraTemperature4""CameraTemperature5""RecordingMode""ColorFilter"
-    "HometownCityCode""DestinationCityCode""WB_RGGBLevelsFluorescentL""WB_RGGBLevelsUnknown"
-    "WB_RGGBLevelsUserSelected""0""1""2""3""8""11""16""19""24""27""35""43""51""59""67""75""83""91"
-    "99""104""107""115""123""131""139""144""147""160""184""216""128""32""4""5""6""7""9""10""12""14"
-    "15""17""18""20""21""22""25""26""29""64""256""512""1024""1911""2047""1048576""13""131072""16384"
-    "16777216""2048""2097152""262144""32768""33554432""4096""4194304""524288""65535""65536"
-    "67108864""8192""8388608""76070""76120""76130""76140""76145""76180""76210""76220""76230""76245"
-    "76290""76300""76310""76340""76370""76390""76400""76405""76410""76430""76440""76450""76470"
-    "76480""76490""76540""76560""76570""76580""76590""76600""76620""76630""76640""76642""76650"
-    "76670""76672""76700""76701""76706""76720""76770""76790""76830""76832""76840""76845""76850"
-    "76860""76870""76920""76925""76930""76940""76945""76950""76960""76980""76990""76995""76997"
-    "77000""77010""77012""77020""77030""77040""77050""77060""77070""77080""77090""77100""77120"
-    "77130""77160""77170""77171""77190""77200""77210""77230""77240""77260""77290""77300""77310"
-    "77320""77330""77360""77370""77380""77390""77400""77420""77430""77450""77460""77470""77500"
-    "77520""77540""77560""77580""77590""77610""77640""77650""77660""77670""77680""77681""77690"
-    "77700""77710""77720""77730""77750""77760""77770""77790""77800""77830""77840""77850""77860"
-    "77870""77910""77950""77960""77970""77980""78320""78350""78370""78380""78400""78420""78480"
-    "78490""78550""37""53""69""33""36""40""41""65""68""72""73""23""28""254""134""149""192""193""194"
-    "195""198""200""201""202""240""241""242""243""244""245""246""248""249""250""63""191""196""197"
-    "204""205""164""167""168""171""172""175""176""179""180""48""0 0""1 0""2 0""3 0""3 17""3 18"
-    "3 19""3 20""3 21""3 22""3 23""3 23.1""3 23.2""3 23.3""3 24""3 25""3 25.1""3 25.2""3 25.3"
-    "3 25.4""3 25.5""3 26""3 27""3 27.1""3 28""3 28.1""3 28.2""3 29""3 29.1""3 29.2""3 30""3 31"
-    "3 31.1""3 31.2""3 32""3 33""3 34""3 35""3 36""3 38""3 39""3 40""3 41""3 41.1""3 42""3 44"
-    "3 44.1""3 44.2""3 44.3""3 44.4""3 44.5""3 44.6""3 44.7""3 46""3 46.1""3 46.2""3 46.3""3 50"
-    "3 51""3 52""3 52.1""3 53""3 247""3 248""3 250""3 251""3 252""3 253""3 254""3 255""3 255.1"
-    "3 255.2""3 255.3""3 255.4""3 255.5""3 255.6""3 255.7""3 255.8""3 255.9""4 1""4 2""4 3""4 6"
-    "4 7""4 8""4 9""4 10""4 12""4 15""4 16""4 19""4 20""4 21""4 22""4 23""4 24""4 25""4 26""4 26.1"
-    "4 27""4 28""4 29""4 34""4 35""4 36""4 37""4 38""4 39""4 41""4 43""4 44""4 45""4 45.1""4 45.2"
-    "4 46""4 47""4 49""4 51""4 52""4 55""4 56""4 75""4 214""4 229""4 230""4 231""4 237""4 239"
-    "4 242""4 243""4 244""4 245""4 246""4 247""4 248""4 249""4 250""4 251""4 252""4 253""4 254""5 1"
-    "5 2""5 3""5 4""5 5""5 6""5 7""5 8""5 9""5 10""5 11""5 12""5 13""5 14""5 15""5 16""5 98""6 1"
-    "6 2""6 3""6 4""6 5""6 6""6 7""6 8""6 9""6 10""6 13""6 14""7 0""7 58""7 75""7 201""7 202""7 203"
-    "7 204""7 205""7 206""7 207""7 208""7 212""7 213""7 214""7 216""7 217""7 218""7 220""7 221"
-    "7 222""7 223""7 224""7 225""7 226""7 227""7 228""7 229""7 230""7 231""7 233""7 234""7 235"
-    "7 236""7 238""7 241""7 242""7 243""7 244""8 0""8 3""8 4""8 6""8 7""8 8""8 11""8 12""8 13""8 14"
-    "8 15""8 16""8 17""8 18""8 20""8 21""8 22""8 23""8 24""8 25""8 27""8 28""8 29""8 30""8 31""8 32"
-    "8 33""8 34""8 59""8 60""8 61""8 62""8 63""8 64""8 65""8 66""8 67""8 195""8 196""8 197""8 198"
-    "8 199""8 200""8 209""8 210""8 211""8 215""8 226""8 227""8 232""8 234""8 235""8 241""8 242"
-    "8 255""8 255.1""8 255.2""8 255.3""8 255.4""8 255.5""8 255.6""9 0""9 3""9 24""9 39""9 247""10 0"
-    "11 1""11 2""11 3""11 4""11 5""11 7""11 8""11 9""11 10""11 11""11 12""11 14""11 16""11 17"
-    "11 21""13 18""13 19""13 20""13 253""13 254""21 0""21 1""21 2""21 6""21 7""21 8""21 233""22 3"
-    "22 4""22 5""31 1""65534""100""1600""258""259""260""261""262""263""264""265""266""267""268""269"
-    "270""271""272""273""274""275""276""277""278""279""280""281""282""283""284""285""286""30""31"
-    "3200""34""38""39""400""42""44""45""50""800""129""135""257""4 0""5 0""32 2""33 2""34 2""35 1"
-    "36 0""37 0""0 1""0 10""0 11""0 12""0 13""0 14""0 15""0 16""0 17""0 18""0 19""0 2""0 20""0 21"
-    "0 23""0 24""0 26""0 27""0 28""0 29""0 3""0 30""0 4""0 5""0 6""0 7""0 8""0 9""0.1""1 4""1 5"
-    "1 6""1 7""1 8""1.1""11 0""12 0""13 0""15 0""16 0""18 0""18 1""18 2""18 22""18 3""19 0""2 1"
-    "2 2""2 22""2 3""2.1""20 22""221""249 0""250 0""251 0""252 0""253 0""254 0""255""255 0""255 4"
-    "3.1""49""54""55""56""58""6 0""60""61""66""74""80""81""85""575""768""772""773""774""780""781"
-    "288""65531""65532""65533""46""47""52""57""62""70""71""224""-1 0""-2 0""-3 0""-4 0""1 1""1 2"
-    "1 3""2 4""0 0 0""96""Pentax:AEAperture""AE Aperture""Pentax:AEApertureSteps""AE Aperture Steps"
-    "Pentax:AEBXv""AEB Xv""Pentax:AEError""AE Error""Pentax:AEExposureTime""AE Exposure Time"
-    "Pentax:AEFlags""AE Flags""Pentax:AEFlags:128""Aperture wide open""Pentax:AEFlags:16"
-    "Flash recommended?""Pentax:AEFlags:8""AE lock""Pentax:AELock""AE Lock""Pentax:AELock:0""Off"
-    "Pentax:AELock:1""On""Pentax:AEMaxAperture""AE Max Aperture""Pentax:AEMaxAperture2"
-    "AE Max Aperture 2""Pentax:AEMeteringMode""AE Metering Mode""Pentax:AEMeteringMode2"
-    "AE Metering Mode 2""Pentax:AEMeteringMode2:0""Multi-segment""Pentax:AEMeteringMode2:1"
-    "Center-weighted average""Pentax:AEMeteringMode2:2""Spot""Pentax:AEMeteringMode:0"
-    "Pentax:AEMeteringMode:16""Pentax:AEMeteringMode:32""Pentax:AEMeteringSegments"
-    "AE Metering Segments""Pentax:AEMinAperture""AE Min Aperture""Pentax:AEMinExposureTime"
-    "AE Min Exposure Time""Pentax:AEProgramMode""AE Program Mode""Pentax:AEProgramMode:0"
-    "M, P or TAv""Pentax:AEProgramMode:1""Av, B or X""Pentax:AEProgramMode:104""Night Snap"
-    "Pentax:AEProgramMode:107""Text""Pentax:AEProgramMode:11""Hi-speed Program (P-Shift)"
-    "Pentax:AEProgramMode:115""Sunset""Pentax:AEProgramMode:123""Kids""Pentax:AEProgramMode:131"
-    "Pet""Pentax:AEProgramMode:139""Candlelight""Pentax:AEProgramMode:144""SCN"
-    "Pentax:AEProgramMode:147""Museum""Pentax:AEProgramMode:16""DOF Program"
-    "Pentax:AEProgramMode:160""Program""Pentax:AEProgramMode:184""Shallow DOF Program"
-    "Pentax:AEProgramMode:19""DOF Program (P-Shift)""Pentax:AEProgramMode:2""Tv"
-    "Pentax:AEProgramMode:216""Pentax:AEProgramMode:24""MTF Program""Pentax:AEProgramMode:27"
-    "MTF Program (P-Shift)""Pentax:AEProgramMode:3""Sv or Green Mode""Pentax:AEProgramMode:35"
-    "Standard""Pentax:AEProgramMode:43""Portrait""Pentax:AEProgramMode:51""Landscape"
-    "Pentax:AEProgramMode:59""Macro""Pentax:AEProgramMode:67""Sport""Pentax:AEProgramMode:75"
-    "Night Scene Portrait""Pentax:AEProgramMode:8""Hi-speed Program""Pentax:AEProgramMode:83"
-    "No Flash""Pentax:AEProgramMode:91""Night Scene""Pentax:AEProgramMode:99""Surf & Snow"
-    "Pentax:AEWhiteBalance""AE White Balance""Pentax:AEWhiteBalance:0""Pentax:AEWhiteBalance:1"
-    "Daylight""Pentax:AEWhiteBalance:2""Shade""Pentax:AEWhiteBalance:3""Cloudy"
-    "Pentax:AEWhiteBalance:4""Daylight Fluorescent""Pentax:AEWhiteBalance:5""Day White Fluorescent"
-    "Pentax:AEWhiteBalance:6""White Fluorescent""Pentax:AEWhiteBalance:7""Tungsten"
-    "Pentax:AEWhiteBalance:8""Unknown""Pentax:AEXv""AE Xv""Pentax:AE_ISO""AE ISO"
-    "Pentax:AFAdjustment""AF Adjustment""Pentax:AFDefocus""AF Defocus""Pentax:AFHold""AF Hold"
-    "Pentax:AFHold:0""Pentax:AFHold:1""Short""Pentax:AFHold:2""Medium""Pentax:AFHold:3""Long"
-    "Pentax:AFIntegrationTime""AF Integration Time""Pentax:AFPointMode""AF Point Mode"
-    "Pentax:AFPointMode:0""Auto""Pentax:AFPointMode:1""Select""Pentax:AFPointMode:2""Fixed Center"
-    "Pentax:AFPointSelected""AF Point Selected""Pentax:AFPointSelected2""AF Point Selected 2"
-    "Pentax:AFPointSelected2:0""Pentax:AFPointSelected2:1""Upper-left""Pentax:AFPointSelected2:1024"
-    "Lower-right""Pentax:AFPointSelected2:128""Right""Pentax:AFPointSelected2:16""Mid-left"
-    "Pentax:AFPointSelected2:2""Top""Pentax:AFPointSelected2:256""Lower-left"
-    "Pentax:AFPointSelected2:32""Center""Pentax:AFPointSelected2:4""Upper-right"
-    "Pentax:AFPointSelected2:512""Bottom""Pentax:AFPointSelected2:64""Mid-right"
-    "Pentax:AFPointSelected2:8""Left""Pentax:AFPointSelected:0""None |\302\240Single Point"
-    "Pentax:AFPointSelected:1""Expanded Area 9-point (S) |\302\240Upper-left"
-    "Pentax:AFPointSelected:10""Bottom |\302\240Upper Near-right |\302\240Upper-right"
-    "Pentax:AFPointSelected:11""Far Left |\302\240Lower-right |\302\240Upper-right"
-    "Pentax:AFPointSelected:12""Left |\302\240Upper Far-right""Pentax:AFPointSelected:13"
-    "Far Far Left |\302\240Near-left""Pentax:AFPointSelected:14""Center |\302\240Far Left"
-    "Pentax:AFPointSelected:15""Left |\302\240Near-right""Pentax:AFPointSelected:16"
-    "Near-left |\302\240Right""Pentax:AFPointSelected:17""Center |\302\240Far Right"
-    "Pentax:AFPointSelected:18""Lower-left |\302\240Near-right""Pentax:AFPointSelected:19"
-    "Lower Near-left |\302\240Right""Pentax:AFPointSelected:2""Top |\302\240Top Near-left"
-    "Pentax:AFPointSelected:20""Far Right |\302\240Lower-middle""Pentax:AFPointSelected:21"
-    "Far Far Right |\302\240Lower Near-right""Pentax:AFPointSelected:22"
-    "Lower Far-left |\302\240Lower-right""Pentax:AFPointSelected:23"
-    "Bottom-left |\302\240Lower-left""Pentax:AFPointSelected:24"
-    "Bottom Near-left |\302\240Lower Near-left""Pentax:AFPointSelected:25"
-    "Bottom |\302\240Lower-middle""Pentax:AFPointSelected:257""Zone Select Top-left"
-    "Pentax:AFPointSelected:258""Zone Select Top Near-left""Pentax:AFPointSelected:259"
-    "Zone Select Top""Pentax:AFPointSelected:26""Bottom Near-right |\302\240Lower Near-right"
-    "Pentax:AFPointSelected:260""Zone Select Top Near-right""Pentax:AFPointSelected:261"
-    "Zone Select Top-right""Pentax:AFPointSelected:262""Zone Select Upper-left"
-    "Pentax:AFPointSelected:263""Zone Select Upper Near-left |\302\240Zone Select Upper-left"
-    "Pentax:AFPointSelected:264""Zone Select Upper Near-left |\302\240Zone Select Upper-middle"
-    "Pentax:AFPointSelected:265""Zone Select Upper Middle |\302\240Zone Select Upper Near-right"
-    "Pentax:AFPointSelected:266""Zone Select Upper Near-right |\302\240Zone Select Upper-right"
-    "Pentax:AFPointSelected:267""Zone Select Far Left |\302\240Zone Select Upper-right"
-    "Pentax:AFPointSelected:268""Zone Select Left""Pentax:AFPointSelected:269"
-    "Zone Select Near-left""Pentax:AFPointSelected:27""Bottom-right |\302\240Lower-right"
-    "Pentax:AFPointSelected:270""Zone Select Center |\302\240Zone Select Far Left"
-    "Pentax:AFPointSelected:271""Zone Select Left |\302\240Zone Select Near-right"
-    "Pentax:AFPointSelected:272""Zone Select Near-left |\302\240Zone Select Right"
-    "Pentax:AFPointSelected:273""Zone Select Center |\302\240Zone Select Far Right"
-    "Pentax:AFPointSelected:274""Zone Select Lower-left |\302\240Zone Select Near-right"
-    "Pentax:AFPointSelected:275""Zone Select Lower Near-left |\302\240Zone Select Right"
-    "Pentax:AFPointSelected:276""Zone Select Far Right |\302\240Zone Select Lower-middle"
-    "Pentax:AFPointSelected:277""Zone Select Lower Near-right""Pentax:AFPointSelected:278"
-    "Zone Select Lower-right""Pentax:AFPointSelected:279"
-    "Zone Select Bottom-left |\302\240Zone Select Lower-left""Pentax:AFPointSelected:28"
-    "Lower Far-right""Pentax:AFPointSelected:280"
-    "Zone Select Bottom Near-left |\302\240Zone Select Lower Near-left""Pentax:AFPointSelected:281"
-    "Zone Select Bottom |\302\240Zone Select Lower-middle""Pentax:AFPointSelected:282"
+    "AEExposureTime" "AEAperture" "AE_ISO" "AEXv" "AEBXv" "AEMinExposureTime" "AEProgramMode"
+    "AEFlags" "AEApertureSteps" "AEMaxAperture" "AEMaxAperture2" "AEMinAperture" "AEMeteringMode"
+    "AEWhiteBalance" "AEMeteringMode2" "FlashExposureCompSet" "LevelIndicator" "AEError" "SceneMode"
+    "AFPointsUnknown1" "AFPointsUnknown2" "AFPredictor" "AFDefocus" "AFIntegrationTime"
+    "AFPointsInFocus" "AFHold" "NumAFPoints" "AFPointsSelected" "AFPointsSpecial"
+    "WhiteBalanceAutoAdjustment" "TungstenAWB" "PowerSource" "BodyBatteryState" "GripBatteryState"
+    "BodyBatteryADNoLoad" "BodyBatteryVoltage1" "BodyBatteryADLoad" "GripBatteryADNoLoad"
+    "BodyBatteryVoltage2" "GripBatteryADLoad" "BodyBatteryVoltage3" "BodyBatteryVoltage4"
+    "PentaxModelID" "ManufactureDate" "ProductionCode" "InternalSerialNumber" "PictureMode2"
+    "ProgramLine" "EVSteps" "E-DialInProgram" "ApertureRingUse" "FlashOptions" "MeteringMode2"
+    "AFPointMode" "FocusMode2" "AFPointSelected2" "ISOFloor" "DriveMode2" "ExposureBracketStepSize"
+    "BracketShotNumber" "WhiteBalanceSet" "MultipleExposureSet" "RawAndJpgRecording"
+    "JpgRecordedPixels" "LinkAEToAFPoint" "SensitivitySteps" "ISOAuto" "FlashOptions2"
+    "MeteringMode3" "SRActive" "Rotation" "ISOSetting" "TvExposureTimeSetting" "AvApertureSetting"
+    "SvISOSetting" "BaseExposureCompensation" "WBShiftAB" "WBShiftGM" "FacesDetected" "FacePosition"
+    "Face1Position" "Face2Position" "Face3Position" "Face4Position" "Face5Position" "Face6Position"
+    "Face7Position" "Face8Position" "Face9Position" "Face10Position" "Face11Position"
+    "Face12Position" "Face13Position" "Face14Position" "Face15Position" "Face16Position"
+    "Face17Position" "Face18Position" "Face19Position" "Face20Position" "Face21Position"
+    "Face22Position" "Face23Position" "Face24Position" "Face25Position" "Face26Position"
+    "Face27Position" "Face28Position" "Face29Position" "Face30Position" "Face31Position"
+    "Face32Position" "Face1Size" "Face2Size" "Face3Size" "Face4Size" "Face5Size" "Face6Size"
+    "Face7Size" "Face8Size" "Face9Size" "Face10Size" "Face11Size" "Face12Size" "Face13Size"
+    "Face14Size" "Face15Size" "Face16Size" "Face17Size" "Face18Size" "Face19Size" "Face20Size"
+    "Face21Size" "Face22Size" "Face23Size" "Face24Size" "Face25Size" "Face26Size" "Face27Size"
+    "Face28Size" "Face29Size" "Face30Size" "Face31Size" "Face32Size" "SourceDirectoryIndex"
+    "SourceFileIndex" "DigitalFilter01" "DigitalFilter02" "DigitalFilter03" "DigitalFilter04"
+    "DigitalFilter05" "DigitalFilter06" "DigitalFilter07" "DigitalFilter08" "DigitalFilter09"
+    "DigitalFilter10" "DigitalFilter11" "DigitalFilter12" "DigitalFilter13" "DigitalFilter14"
+    "DigitalFilter15" "DigitalFilter16" "DigitalFilter17" "DigitalFilter18" "DigitalFilter19"
+    "DigitalFilter20" "FlashStatus" "InternalFlashMode" "ExternalFlashMode" "InternalFlashStrength"
+    "TTL_DA_AUp" "TTL_DA_ADown" "TTL_DA_BUp" "TTL_DA_BDown" "ExternalFlashGuideNumber"
+    "ExternalFlashExposureComp" "ExternalFlashBounce" "Model" "Make" "FNumber" "DateTime1"
+    "DateTime2" "ThumbnailWidth" "ThumbnailHeight" "ThumbnailLength" "ThumbnailImage"
+    "KelvinWB_Daylight" "KelvinWB_01" "KelvinWB_02" "KelvinWB_03" "KelvinWB_04" "KelvinWB_05"
+    "KelvinWB_06" "KelvinWB_07" "KelvinWB_08" "KelvinWB_09" "KelvinWB_10" "KelvinWB_11"
+    "KelvinWB_12" "KelvinWB_13" "KelvinWB_14" "KelvinWB_15" "KelvinWB_16" "DistortionCorrection"
+    "ChromaticAberrationCorrection" "PeripheralIlluminationCorr" "DiffractionCorrection"
+    "AutoAperture" "MinAperture" "LensFStops" "LensKind" "LC1" "MinFocusDistance" "FocusRangeIndex"
+    "LC3" "LC4" "LC5" "LC6" "LC7" "LensFocalLength" "LC8" "NominalMaxAperture" "NominalMinAperture"
+    "LC10" "LC11" "NewLensDataHook" "LC12" "MaxAperture" "LC14" "LC15" "LensType" "LensModel"
+    "LensInfo" "ExtenderStatus" "LevelOrientation" "CompositionAdjust" "RollAngle" "PitchAngle"
+    "CompositionAdjustX" "CompositionAdjustY" "CompositionAdjustRotation" "ExposureTime"
+    "ExposureCompensation" "WhiteBalance" "FocalLength" "ISO" "PentaxVersion" "PentaxModelType"
+    "PreviewImageSize" "PreviewImageLength" "PreviewImageStart" "Date" "Time" "Quality"
+    "PentaxImageSize" "PictureMode" "FlashMode" "FocusMode" "AFPointSelected" "FocusPosition"
+    "LightReading" "MeteringMode" "AutoBracketing" "WhiteBalanceMode" "BlueBalance" "RedBalance"
+    "DigitalZoom" "Saturation" "Contrast" "Sharpness" "WorldTimeLocation" "HometownCity"
+    "DestinationCity" "HometownDST" "DestinationDST" "DSPFirmwareVersion" "CPUFirmwareVersion"
+    "FrameNumber" "EffectiveLV" "DriveMode" "SensorSize" "ColorSpace" "ImageAreaOffset"
+    "RawImageSize" "DataScaling" "PreviewImageBorders" "SensitivityAdjust" "ImageEditCount"
+    "CameraTemperature" "AELock" "NoiseReduction" "FlashExposureComp" "ImageTone" "ColorTemperature"
+    "ColorTempDaylight" "ColorTempShade" "ColorTempCloudy" "ColorTempTungsten"
+    "ColorTempFluorescentD" "ColorTempFluorescentN" "ColorTempFluorescentW" "ColorTempFlash"
+    "RawDevelopmentProcess" "Hue" "HighLowKeyAdj" "ContrastHighlight" "ContrastShadow"
+    "ContrastHighlightShadowAdj" "FineSharpness" "HighISONoiseReduction" "AFAdjustment"
+    "MonochromeFilterEffect" "MonochromeToning" "FaceDetect" "FaceDetectFrameSize"
+    "ShadowCorrection" "ISOAutoParameters" "CrossProcess" "WhiteLevel" "BleachBypassToning"
+    "AspectRatio" "BlurControl" "HDR" "ShutterType" "NeutralDensityFilter" "IntervalShooting"
+    "SkinToneCorrection" "ClarityControl" "BlackPoint" "WhitePoint" "ColorMatrixA" "ColorMatrixB"
+    "AEMeteringSegments" "FlashMeteringSegments" "SlaveFlashMeteringSegments"
+    "WB_RGGBLevelsDaylight" "WB_RGGBLevelsShade" "WB_RGGBLevelsCloudy" "WB_RGGBLevelsTungsten"
+    "WB_RGGBLevelsFluorescentD" "WB_RGGBLevelsFluorescentN" "WB_RGGBLevelsFluorescentW"
+    "WB_RGGBLevelsFlash" "SaturationInfo" "ColorMatrixA2" "ColorMatrixB2" "HuffmanTable"
+    "SerialNumber" "Artist" "Copyright" "FirmwareVersion" "ContrastDetectAFArea" "DataDump"
+    "ToneCurve" "ToneCurves" "AudioCodecID" "PreviewImage" "PixelShiftResolution" "MakerNoteVersion"
+    "SRResult" "ShakeReduction" "SRHalfPressTime" "SRFocalLength" "CameraOrientation"
+    "SensorTemperature" "SensorTemperature2" "CameraTemperature4" "CameraTemperature5"
+    "RecordingMode" "ColorFilter" "HometownCityCode" "DestinationCityCode"
+    "WB_RGGBLevelsFluorescentL" "WB_RGGBLevelsUnknown" "WB_RGGBLevelsUserSelected" "0" "1" "2" "3"
+    "8" "11" "16" "19" "24" "27" "35" "43" "51" "59" "67" "75" "83" "91" "99" "104" "107" "115"
+    "123" "131" "139" "144" "147" "160" "184" "216" "128" "32" "4" "5" "6" "7" "9" "10" "12" "14"
+    "15" "17" "18" "20" "21" "22" "25" "26" "29" "64" "256" "512" "1024" "1911" "2047" "1048576"
+    "13" "131072" "16384" "16777216" "2048" "2097152" "262144" "32768" "33554432" "4096" "4194304"
+    "524288" "65535" "65536" "67108864" "8192" "8388608" "76070" "76120" "76130" "76140" "76145"
+    "76180" "76210" "76220" "76230" "76245" "76290" "76300" "76310" "76340" "76370" "76390" "76400"
+    "76405" "76410" "76430" "76440" "76450" "76470" "76480" "76490" "76540" "76560" "76570" "76580"
+    "76590" "76600" "76620" "76630" "76640" "76642" "76650" "76670" "76672" "76700" "76701" "76706"
+    "76720" "76770" "76790" "76830" "76832" "76840" "76845" "76850" "76860" "76870" "76920" "76925"
+    "76930" "76940" "76945" "76950" "76960" "76980" "76990" "76995" "76997" "77000" "77010" "77012"
+    "77020" "77030" "77040" "77050" "77060" "77070" "77080" "77090" "77100" "77120" "77130" "77160"
+    "77170" "77171" "77190" "77200" "77210" "77230" "77240" "77260" "77290" "77300" "77310" "77320"
+    "77330" "77360" "77370" "77380" "77390" "77400" "77420" "77430" "77450" "77460" "77470" "77500"
+    "77520" "77540" "77560" "77580" "77590" "77610" "77640" "77650" "77660" "77670" "77680" "77681"
+    "77690" "77700" "77710" "77720" "77730" "77750" "77760" "77770" "77790" "77800" "77830" "77840"
+    "77850" "77860" "77870" "77910" "77950" "77960" "77970" "77980" "78320" "78350" "78370" "78380"
+    "78400" "78420" "78480" "78490" "78550" "37" "53" "69" "33" "36" "40" "41" "65" "68" "72" "73"
+    "23" "28" "254" "134" "149" "192" "193" "194" "195" "198" "200" "201" "202" "240" "241" "242"
+    "243" "244" "245" "246" "248" "249" "250" "63" "191" "196" "197" "204" "205" "164" "167" "168"
+    "171" "172" "175" "176" "179" "180" "48" "0 0" "1 0" "2 0" "3 0" "3 17" "3 18" "3 19" "3 20"
+    "3 21" "3 22" "3 23" "3 23.1" "3 23.2" "3 23.3" "3 24" "3 25" "3 25.1" "3 25.2" "3 25.3"
+    "3 25.4" "3 25.5" "3 26" "3 27" "3 27.1" "3 28" "3 28.1" "3 28.2" "3 29" "3 29.1" "3 29.2"
+    "3 30" "3 31" "3 31.1" "3 31.2" "3 32" "3 33" "3 34" "3 35" "3 36" "3 38" "3 39" "3 40" "3 41"
+    "3 41.1" "3 42" "3 44" "3 44.1" "3 44.2" "3 44.3" "3 44.4" "3 44.5" "3 44.6" "3 44.7" "3 46"
+    "3 46.1" "3 46.2" "3 46.3" "3 50" "3 51" "3 52" "3 52.1" "3 53" "3 247" "3 248" "3 250" "3 251"
+    "3 252" "3 253" "3 254" "3 255" "3 255.1" "3 255.2" "3 255.3" "3 255.4" "3 255.5" "3 255.6"
+    "3 255.7" "3 255.8" "3 255.9" "4 1" "4 2" "4 3" "4 6" "4 7" "4 8" "4 9" "4 10" "4 12" "4 15"
+    "4 16" "4 19" "4 20" "4 21" "4 22" "4 23" "4 24" "4 25" "4 26" "4 26.1" "4 27" "4 28" "4 29"
+    "4 34" "4 35" "4 36" "4 37" "4 38" "4 39" "4 41" "4 43" "4 44" "4 45" "4 45.1" "4 45.2" "4 46"
+    "4 47" "4 49" "4 51" "4 52" "4 55" "4 56" "4 75" "4 214" "4 229" "4 230" "4 231" "4 237" "4 239"
+    "4 242" "4 243" "4 244" "4 245" "4 246" "4 247" "4 248" "4 249" "4 250" "4 251" "4 252" "4 253"
+    "4 254" "5 1" "5 2" "5 3" "5 4" "5 5" "5 6" "5 7" "5 8" "5 9" "5 10" "5 11" "5 12" "5 13" "5 14"
+    "5 15" "5 16" "5 98" "6 1" "6 2" "6 3" "6 4" "6 5" "6 6" "6 7" "6 8" "6 9" "6 10" "6 13" "6 14"
+    "7 0" "7 58" "7 75" "7 201" "7 202" "7 203" "7 204" "7 205" "7 206" "7 207" "7 208" "7 212"
+    "7 213" "7 214" "7 216" "7 217" "7 218" "7 220" "7 221" "7 222" "7 223" "7 224" "7 225" "7 226"
+    "7 227" "7 228" "7 229" "7 230" "7 231" "7 233" "7 234" "7 235" "7 236" "7 238" "7 241" "7 242"
+    "7 243" "7 244" "8 0" "8 3" "8 4" "8 6" "8 7" "8 8" "8 11" "8 12" "8 13" "8 14" "8 15" "8 16"
+    "8 17" "8 18" "8 20" "8 21" "8 22" "8 23" "8 24" "8 25" "8 27" "8 28" "8 29" "8 30" "8 31"
+    "8 32" "8 33" "8 34" "8 59" "8 60" "8 61" "8 62" "8 63" "8 64" "8 65" "8 66" "8 67" "8 195"
+    "8 196" "8 197" "8 198" "8 199" "8 200" "8 209" "8 210" "8 211" "8 215" "8 226" "8 227" "8 232"
+    "8 234" "8 235" "8 241" "8 242" "8 255" "8 255.1" "8 255.2" "8 255.3" "8 255.4" "8 255.5"
+    "8 255.6" "9 0" "9 3" "9 24" "9 39" "9 247" "10 0" "11 1" "11 2" "11 3" "11 4" "11 5" "11 7"
+    "11 8" "11 9" "11 10" "11 11" "11 12" "11 14" "11 16" "11 17" "11 21" "13 18" "13 19" "13 20"
+    "13 253" "13 254" "21 0" "21 1" "21 2" "21 6" "21 7" "21 8" "21 233" "22 3" "22 4" "22 5" "31 1"
+    "65534" "100" "1600" "258" "259" "260" "261" "262" "263" "264" "265" "266" "267" "268" "269"
+    "270" "271" "272" "273" "274" "275" "276" "277" "278" "279" "280" "281" "282" "283" "284" "285"
+    "286" "30" "31" "3200" "34" "38" "39" "400" "42" "44" "45" "50" "800" "129" "135" "257" "4 0"
+    "5 0" "32 2" "33 2" "34 2" "35 1" "36 0" "37 0" "0 1" "0 10" "0 11" "0 12" "0 13" "0 14" "0 15"
+    "0 16" "0 17" "0 18" "0 19" "0 2" "0 20" "0 21" "0 23" "0 24" "0 26" "0 27" "0 28" "0 29" "0 3"
+    "0 30" "0 4" "0 5" "0 6" "0 7" "0 8" "0 9" "0.1" "1 4" "1 5" "1 6" "1 7" "1 8" "1.1" "11 0"
+    "12 0" "13 0" "15 0" "16 0" "18 0" "18 1" "18 2" "18 22" "18 3" "19 0" "2 1" "2 2" "2 22" "2 3"
+    "2.1" "20 22" "221" "249 0" "250 0" "251 0" "252 0" "253 0" "254 0" "255" "255 0" "255 4" "3.1"
+    "49" "54" "55" "56" "58" "6 0" "60" "61" "66" "74" "80" "81" "85" "575" "768" "772" "773" "774"
+    "780" "781" "288" "65531" "65532" "65533" "46" "47" "52" "57" "62" "70" "71" "224" "-1 0" "-2 0"
+    "-3 0" "-4 0" "1 1" "1 2" "1 3" "2 4" "0 0 0" "96" "Pentax:AEAperture" "AE Aperture"
+    "Pentax:AEApertureSteps" "AE Aperture Steps" "Pentax:AEBXv" "AEB Xv" "Pentax:AEError" "AE Error"
+    "Pentax:AEExposureTime" "AE Exposure Time" "Pentax:AEFlags" "AE Flags" "Pentax:AEFlags:128"
+    "Aperture wide open" "Pentax:AEFlags:16" "Flash recommended?" "Pentax:AEFlags:8" "AE lock"
+    "Pentax:AELock" "AE Lock" "Pentax:AELock:0" "Off" "Pentax:AELock:1" "On" "Pentax:AEMaxAperture"
+    "AE Max Aperture" "Pentax:AEMaxAperture2" "AE Max Aperture 2" "Pentax:AEMeteringMode"
+    "AE Metering Mode" "Pentax:AEMeteringMode2" "AE Metering Mode 2" "Pentax:AEMeteringMode2:0"
+    "Multi-segment" "Pentax:AEMeteringMode2:1" "Center-weighted average" "Pentax:AEMeteringMode2:2"
+    "Spot" "Pentax:AEMeteringMode:0" "Pentax:AEMeteringMode:16" "Pentax:AEMeteringMode:32"
+    "Pentax:AEMeteringSegments" "AE Metering Segments" "Pentax:AEMinAperture" "AE Min Aperture"
+    "Pentax:AEMinExposureTime" "AE Min Exposure Time" "Pentax:AEProgramMode" "AE Program Mode"
+    "Pentax:AEProgramMode:0" "M, P or TAv" "Pentax:AEProgramMode:1" "Av, B or X"
+    "Pentax:AEProgramMode:104" "Night Snap" "Pentax:AEProgramMode:107" "Text"
+    "Pentax:AEProgramMode:11" "Hi-speed Program (P-Shift)" "Pentax:AEProgramMode:115" "Sunset"
+    "Pentax:AEProgramMode:123" "Kids" "Pentax:AEProgramMode:131" "Pet" "Pentax:AEProgramMode:139"
+    "Candlelight" "Pentax:AEProgramMode:144" "SCN" "Pentax:AEProgramMode:147" "Museum"
+    "Pentax:AEProgramMode:16" "DOF Program" "Pentax:AEProgramMode:160" "Program"
+    "Pentax:AEProgramMode:184" "Shallow DOF Program" "Pentax:AEProgramMode:19"
+    "DOF Program (P-Shift)" "Pentax:AEProgramMode:2" "Tv" "Pentax:AEProgramMode:216"
+    "Pentax:AEProgramMode:24" "MTF Program" "Pentax:AEProgramMode:27" "MTF Program (P-Shift)"
+    "Pentax:AEProgramMode:3" "Sv or Green Mode" "Pentax:AEProgramMode:35" "Standard"
+    "Pentax:AEProgramMode:43" "Portrait" "Pentax:AEProgramMode:51" "Landscape"
+    "Pentax:AEProgramMode:59" "Macro" "Pentax:AEProgramMode:67" "Sport" "Pentax:AEProgramMode:75"
+    "Night Scene Portrait" "Pentax:AEProgramMode:8" "Hi-speed Program" "Pentax:AEProgramMode:83"
+    "No Flash" "Pentax:AEProgramMode:91" "Night Scene" "Pentax:AEProgramMode:99" "Surf & Snow"
+    "Pentax:AEWhiteBalance" "AE White Balance" "Pentax:AEWhiteBalance:0" "Pentax:AEWhiteBalance:1"
+    "Daylight" "Pentax:AEWhiteBalance:2" "Shade" "Pentax:AEWhiteBalance:3" "Cloudy"
+    "Pentax:AEWhiteBalance:4" "Daylight Fluorescent" "Pentax:AEWhiteBalance:5"
+    "Day White Fluorescent" "Pentax:AEWhiteBalance:6" "White Fluorescent" "Pentax:AEWhiteBalance:7"
+    "Tungsten" "Pentax:AEWhiteBalance:8" "Unknown" "Pentax:AEXv" "AE Xv" "Pentax:AE_ISO" "AE ISO"
+    "Pentax:AFAdjustment" "AF Adjustment" "Pentax:AFDefocus" "AF Defocus" "Pentax:AFHold" "AF Hold"
+    "Pentax:AFHold:0" "Pentax:AFHold:1" "Short" "Pentax:AFHold:2" "Medium" "Pentax:AFHold:3" "Long"
+    "Pentax:AFIntegrationTime" "AF Integration Time" "Pentax:AFPointMode" "AF Point Mode"
+    "Pentax:AFPointMode:0" "Auto" "Pentax:AFPointMode:1" "Select" "Pentax:AFPointMode:2"
+    "Fixed Center" "Pentax:AFPointSelected" "AF Point Selected" "Pentax:AFPointSelected2"
+    "AF Point Selected 2" "Pentax:AFPointSelected2:0" "Pentax:AFPointSelected2:1" "Upper-left"
+    "Pentax:AFPointSelected2:1024" "Lower-right" "Pentax:AFPointSelected2:128" "Right"
+    "Pentax:AFPointSelected2:16" "Mid-left" "Pentax:AFPointSelected2:2" "Top"
+    "Pentax:AFPointSelected2:256" "Lower-left" "Pentax:AFPointSelected2:32" "Center"
+    "Pentax:AFPointSelected2:4" "Upper-right" "Pentax:AFPointSelected2:512" "Bottom"
+    "Pentax:AFPointSelected2:64" "Mid-right" "Pentax:AFPointSelected2:8" "Left"
+    "Pentax:AFPointSelected:0" "None |\302\240Single Point" "Pentax:AFPointSelected:1"
+    "Expanded Area 9-point (S) |\302\240Upper-left" "Pentax:AFPointSelected:10"
+    "Bottom |\302\240Upper Near-right |\302\240Upper-right" "Pentax:AFPointSelected:11"
+    "Far Left |\302\240Lower-right |\302\240Upper-right" "Pentax:AFPointSelected:12"
+    "Left |\302\240Upper Far-right" "Pentax:AFPointSelected:13" "Far Far Left |\302\240Near-left"
+    "Pentax:AFPointSelected:14" "Center |\302\240Far Left" "Pentax:AFPointSelected:15"
+    "Left |\302\240Near-right" "Pentax:AFPointSelected:16" "Near-left |\302\240Right"
+    "Pentax:AFPointSelected:17" "Center |\302\240Far Right" "Pentax:AFPointSelected:18"
+    "Lower-left |\302\240Near-right" "Pentax:AFPointSelected:19" "Lower Near-left |\302\240Right"
+    "Pentax:AFPointSelected:2" "Top |\302\240Top Near-left" "Pentax:AFPointSelected:20"
+    "Far Right |\302\240Lower-middle" "Pentax:AFPointSelected:21"
+    "Far Far Right |\302\240Lower Near-right" "Pentax:AFPointSelected:22"
+    "Lower Far-left |\302\240Lower-right" "Pentax:AFPointSelected:23"
+    "Bottom-left |\302\240Lower-left" "Pentax:AFPointSelected:24"
+    "Bottom Near-left |\302\240Lower Near-left" "Pentax:AFPointSelected:25"
+    "Bottom |\302\240Lower-middle" "Pentax:AFPointSelected:257" "Zone Select Top-left"
+    "Pentax:AFPointSelected:258" "Zone Select Top Near-left" "Pentax:AFPointSelected:259"
+    "Zone Select Top" "Pentax:AFPointSelected:26" "Bottom Near-right |\302\240Lower Near-right"
+    "Pentax:AFPointSelected:260" "Zone Select Top Near-right" "Pentax:AFPointSelected:261"
+    "Zone Select Top-right" "Pentax:AFPointSelected:262" "Zone Select Upper-left"
+    "Pentax:AFPointSelected:263" "Zone Select Upper Near-left |\302\240Zone Select Upper-left"
+    "Pentax:AFPointSelected:264" "Zone Select Upper Near-left |\302\240Zone Select Upper-middle"
+    "Pentax:AFPointSelected:265" "Zone Select Upper Middle |\302\240Zone Select Upper Near-right"
+    "Pentax:AFPointSelected:266" "Zone Select Upper Near-right |\302\240Zone Select Upper-right"
+    "Pentax:AFPointSelected:267" "Zone Select Far Left |\302\240Zone Select Upper-right"
+    "Pentax:AFPointSelected:268" "Zone Select Left" "Pentax:AFPointSelected:269"
+    "Zone Select Near-left" "Pentax:AFPointSelected:27" "Bottom-right |\302\240Lower-right"
+    "Pentax:AFPointSelected:270" "Zone Select Center |\302\240Zone Select Far Left"
+    "Pentax:AFPointSelected:271" "Zone Select Left |\302\240Zone Select Near-right"
+    "Pentax:AFPointSelected:272" "Zone Select Near-left |\302\240Zone Select Right"
+    "Pentax:AFPointSelected:273" "Zone Select Center |\302\240Zone Select Far Right"
+    "Pentax:AFPointSelected:274" "Zone Select Lower-left |\302\240Zone Select Near-right"
+    "Pentax:AFPointSelected:275" "Zone Select Lower Near-left |\302\240Zone Select Right"
+    "Pentax:AFPointSelected:276" "Zone Select Far Right |\302\240Zone Select Lower-middle"
+    "Pentax:AFPointSelected:277" "Zone Select Lower Near-right" "Pentax:AFPointSelected:278"
+    "Zone Select Lower-right" "Pentax:AFPointSelected:279"
+    "Zone Select Bottom-left |\302\240Zone Select Lower-left" "Pentax:AFPointSelected:28"
+    "Lower Far-right" "Pentax:AFPointSelected:280"
+    "Zone Select Bottom Near-left |\302\240Zone Select Lower Near-left" "Pentax:AFPointSelected:281"
+    "Zone Select Bottom |\302\240Zone Select Lower-middle" "Pentax:AFPointSelected:282"
     "Zone Select Bottom Near-right |\302\240Zone Select Lower Near-right"
-    "Pentax:AFPointSelected:283""Zone Select Bottom-right |\302\240Zone Select Lower-right"
-    "Pentax:AFPointSelected:29""Bottom-left""Pentax:AFPointSelected:3"
-    "Expanded Area 25-point (M) |\302\240Upper-right""Pentax:AFPointSelected:30""Bottom Near-left"
-    "Pentax:AFPointSelected:31""Pentax:AFPointSelected:32""Bottom Near-right"
-    "Pentax:AFPointSelected:33""Bottom-right""Pentax:AFPointSelected:4"
-    "Left |\302\240Top Near-right""Pentax:AFPointSelected:5"
+    "Pentax:AFPointSelected:283" "Zone Select Bottom-right |\302\240Zone Select Lower-right"
+    "Pentax:AFPointSelected:29" "Bottom-left" "Pentax:AFPointSelected:3"
+    "Expanded Area 25-point (M) |\302\240Upper-right" "Pentax:AFPointSelected:30" "Bottom Near-left"
+    "Pentax:AFPointSelected:31" "Pentax:AFPointSelected:32" "Bottom Near-right"
+    "Pentax:AFPointSelected:33" "Bottom-right" "Pentax:AFPointSelected:4"
+    "Left |\302\240Top Near-right" "Pentax:AFPointSelected:5"
     "Expanded Area 27-point (L) |\302\240Expanded Area 33-point (L) |\302\240Mid-left"
-    "Pentax:AFPointSelected:6""Center |\302\240Upper Far-left |\302\240Upper-left"
-    "Pentax:AFPointSelected:65531""AF Select""Pentax:AFPointSelected:65532""Face Detect AF"
-    "Pentax:AFPointSelected:65533""Automatic Tracking AF""Pentax:AFPointSelected:65534"
-    "Pentax:AFPointSelected:65535""Pentax:AFPointSelected:7"
-    "Mid-right |\302\240Upper Near-left |\302\240Upper-left""Pentax:AFPointSelected:8"
-    "Right |\302\240Upper Near-left |\302\240Upper-middle""Pentax:AFPointSelected:9"
-    "Lower-left |\302\240Upper Near-right |\302\240Upper-middle""Pentax:AFPointsInFocus"
-    "AF Points In Focus""Pentax:AFPointsInFocus:0"
-    "(none) |\302\240Fixed Center or Multiple |\302\240None""Pentax:AFPointsInFocus:1"
-    "Lower-left, Bottom |\302\240Top-left |\302\240Upper-left""Pentax:AFPointsInFocus:10"
-    "Pentax:AFPointsInFocus:1024""Far Left |\302\240Lower-right""Pentax:AFPointsInFocus:1048576"
-    "Lower Near-right""Pentax:AFPointsInFocus:11""Lower-left, Mid-left""Pentax:AFPointsInFocus:12"
-    "Upper-left, Mid-left""Pentax:AFPointsInFocus:128""Right |\302\240Upper-middle"
-    "Pentax:AFPointsInFocus:13""Bottom, Center""Pentax:AFPointsInFocus:131072"
-    "Pentax:AFPointsInFocus:14""Top, Center""Pentax:AFPointsInFocus:15""Lower-right, Mid-right"
-    "Pentax:AFPointsInFocus:16""Mid-left |\302\240Top-right |\302\240Upper-right, Mid-right"
-    "Pentax:AFPointsInFocus:16384""Near-right""Pentax:AFPointsInFocus:16777216"
-    "Pentax:AFPointsInFocus:17""Pentax:AFPointsInFocus:18""Pentax:AFPointsInFocus:19"
-    "Center (vertical)""Pentax:AFPointsInFocus:2"
-    "Bottom |\302\240Top |\302\240Top Near-left |\302\240Top-center""Pentax:AFPointsInFocus:20"
-    "Pentax:AFPointsInFocus:2048""Pentax:AFPointsInFocus:2097152""Pentax:AFPointsInFocus:256"
-    "Lower-left |\302\240Upper Near-right""Pentax:AFPointsInFocus:262144""Lower Near-left"
-    "Pentax:AFPointsInFocus:3""Lower-right, Bottom |\302\240Top-right""Pentax:AFPointsInFocus:32"
-    "Center |\302\240Upper-left""Pentax:AFPointsInFocus:32768""Pentax:AFPointsInFocus:33554432"
-    "Pentax:AFPointsInFocus:4""Left |\302\240Mid-left, Center |\302\240Top |\302\240Upper-right"
-    "Pentax:AFPointsInFocus:4096""Near-left""Pentax:AFPointsInFocus:4194304"
-    "Pentax:AFPointsInFocus:5""Center |\302\240Center (horizontal)""Pentax:AFPointsInFocus:512"
-    "Bottom |\302\240Upper-right""Pentax:AFPointsInFocus:524288""Lower-middle"
-    "Pentax:AFPointsInFocus:6""Mid-right, Center |\302\240Right""Pentax:AFPointsInFocus:64"
-    "Mid-right |\302\240Upper Near-left""Pentax:AFPointsInFocus:65535""None"
-    "Pentax:AFPointsInFocus:65536""Far Right""Pentax:AFPointsInFocus:67108864"
-    "Pentax:AFPointsInFocus:7""Bottom-left |\302\240Upper-left, Top""Pentax:AFPointsInFocus:8"
-    "Bottom-center |\302\240Left |\302\240Top |\302\240Top Near-right""Pentax:AFPointsInFocus:8192"
-    "Pentax:AFPointsInFocus:8388608""Pentax:AFPointsInFocus:9"
-    "Bottom-right |\302\240Upper-right, Top""Pentax:AFPointsSelected""AF Points Selected"
-    "Pentax:AFPointsSpecial""AF Points Special""Pentax:AFPointsUnknown1""AF Points Unknown 1"
-    "Pentax:AFPointsUnknown1:0""(none)""Pentax:AFPointsUnknown1:1""Pentax:AFPointsUnknown1:1024"
-    "Pentax:AFPointsUnknown1:128""Pentax:AFPointsUnknown1:16""Pentax:AFPointsUnknown1:1911"
-    "Central 9 points""Pentax:AFPointsUnknown1:2""Pentax:AFPointsUnknown1:2047""All"
-    "Pentax:AFPointsUnknown1:256""Pentax:AFPointsUnknown1:32""Pentax:AFPointsUnknown1:4"
-    "Pentax:AFPointsUnknown1:512""Pentax:AFPointsUnknown1:64""Pentax:AFPointsUnknown1:8"
-    "Pentax:AFPointsUnknown2""AF Points Unknown 2""Pentax:AFPointsUnknown2:0"
-    "Pentax:AFPointsUnknown2:1""Pentax:AFPointsUnknown2:1024""Pentax:AFPointsUnknown2:128"
-    "Pentax:AFPointsUnknown2:16""Pentax:AFPointsUnknown2:2""Pentax:AFPointsUnknown2:256"
-    "Pentax:AFPointsUnknown2:32""Pentax:AFPointsUnknown2:4""Pentax:AFPointsUnknown2:512"
-    "Pentax:AFPointsUnknown2:64""Pentax:AFPointsUnknown2:8""Pentax:AFPredictor""AF Predictor"
-    "Pentax:ApertureRingUse""Aperture Ring Use""Pentax:ApertureRingUse:0""Prohibited"
-    "Pentax:ApertureRingUse:1""Permitted""Pentax:Artist""Pentax:AspectRatio""Aspect Ratio"
-    "Pentax:AspectRatio:0""4:3""Pentax:AspectRatio:1""3:2""Pentax:AspectRatio:2""16:9"
-    "Pentax:AspectRatio:3""1:1""Pentax:AudioCodecID""Audio Codec ID""Pentax:AutoAperture"
-    "Auto Aperture""Pentax:AutoAperture:0""Pentax:AutoAperture:1""Pentax:AutoBracketing"
-    "Auto Bracketing""Pentax:AvApertureSetting""Av Aperture Setting"
-    "Pentax:BaseExposureCompensation""Base Exposure Compensation""Pentax:BlackPoint""Black Point"
-    "Pentax:BleachBypassToning""Bleach Bypass Toning""Pentax:BleachBypassToning:0"
-    "Pentax:BleachBypassToning:1""Green""Pentax:BleachBypassToning:2""Yellow"
-    "Pentax:BleachBypassToning:3""Orange""Pentax:BleachBypassToning:4""Red"
-    "Pentax:BleachBypassToning:5""Magenta""Pentax:BleachBypassToning:6""Purple"
-    "Pentax:BleachBypassToning:65535""n/a""Pentax:BleachBypassToning:7""Blue"
-    "Pentax:BleachBypassToning:8""Cyan""Pentax:BlueBalance""Blue Balance""Pentax:BlurControl"
-    "Blur Control""Pentax:BlurControl:0""Pentax:BlurControl:1""Low""Pentax:BlurControl:2"
-    "Pentax:BlurControl:3""High""Pentax:BodyBatteryADLoad""Body Battery A/D Load"
-    "Pentax:BodyBatteryADNoLoad""Body Battery A/D No Load""Pentax:BodyBatteryState"
-    "Body Battery State""Pentax:BodyBatteryState:1""Empty or Missing""Pentax:BodyBatteryState:2"
-    "Almost Empty""Pentax:BodyBatteryState:3""Running Low""Pentax:BodyBatteryState:4"
-    "Close to Full |\302\240Full""Pentax:BodyBatteryState:5""Full""Pentax:BodyBatteryVoltage1"
-    "Body Battery Voltage 1""Pentax:BodyBatteryVoltage2""Body Battery Voltage 2"
-    "Pentax:BodyBatteryVoltage3""Body Battery Voltage 3""Pentax:BodyBatteryVoltage4"
-    "Body Battery Voltage 4""Pentax:BracketShotNumber""Bracket Shot Number"
-    "Pentax:BracketShotNumber:0""Pentax:BracketShotNumber:18""2 of 2""Pentax:BracketShotNumber:19"
-    "2 of 3""Pentax:BracketShotNumber:2""1 of 2""Pentax:BracketShotNumber:21""2 of 5"
-    "Pentax:BracketShotNumber:3""1 of 3""Pentax:BracketShotNumber:35""3 of 3"
-    "Pentax:BracketShotNumber:37""3 of 5""Pentax:BracketShotNumber:5""1 of 5"
-    "Pentax:BracketShotNumber:53""4 of 5""Pentax:BracketShotNumber:69""5 of 5"
-    "Pentax:CPUFirmwareVersion""CPU Firmware Version""Pentax:CameraOrientation""Camera Orientation"
-    "Pentax:CameraOrientation:16""Horizontal (normal)""Pentax:CameraOrientation:32""Rotate 180"
-    "Pentax:CameraOrientation:48""Rotate 90 CW""Pentax:CameraOrientation:64""Rotate 270 CW"
-    "Pentax:CameraOrientation:80""Upwards""Pentax:CameraOrientation:96""Downwards"
-    "Pentax:CameraTemperature""Camera Temperature""Pentax:CameraTemperature4""Camera Temperature 4"
-    "Pentax:CameraTemperature5""Camera Temperature 5""Pentax:ChromaticAberrationCorrection"
-    "Chromatic Aberration Correction""Pentax:ChromaticAberrationCorrection:0"
-    "Pentax:ChromaticAberrationCorrection:1""Pentax:ClarityControl""Clarity Control"
-    "Pentax:ClarityControl:0 0""Pentax:ColorFilter""Color Filter""Pentax:ColorFilter:1"
-    "Pentax:ColorFilter:2""Black & White""Pentax:ColorFilter:3""Sepia""Pentax:ColorMatrixA"
-    "Color Matrix A""Pentax:ColorMatrixA2""Color Matrix A2""Pentax:ColorMatrixB""Color Matrix B"
-    "Pentax:ColorMatrixB2""Color Matrix B2""Pentax:ColorSpace""Color Space""Pentax:ColorSpace:0"
-    "sRGB""Pentax:ColorSpace:1""Adobe RGB""Pentax:ColorTempCloudy""Color Temp Cloudy"
-    "Pentax:ColorTempDaylight""Color Temp Daylight""Pentax:ColorTempFlash""Color Temp Flash"
-    "Pentax:ColorTempFluorescentD""Color Temp Fluorescent D""Pentax:ColorTempFluorescentN"
-    "Color Temp Fluorescent N""Pentax:ColorTempFluorescentW""Color Temp Fluorescent W"
-    "Pentax:ColorTempShade""Color Temp Shade""Pentax:ColorTempTungsten""Color Temp Tungsten"
-    "Pentax:ColorTemperature""Color Temperature""Pentax:CompositionAdjust""Composition Adjust"
-    "Pentax:CompositionAdjust:0""Pentax:CompositionAdjust:10"
-    "Composition Adjust + Horizon Correction""Pentax:CompositionAdjust:12""Horizon Correction"
-    "Pentax:CompositionAdjust:2""Pentax:CompositionAdjustRotation""Composition Adjust Rotation"
-    "Pentax:CompositionAdjustX""Composition Adjust X""Pentax:CompositionAdjustY"
-    "Composition Adjust Y""Pentax:Contrast""Pentax:Contrast:0""-2 (low) |\302\240Normal"
-    "Pentax:Contrast:1""0 (normal) |\302\240Low""Pentax:Contrast:2""+2 (high) |\302\240High"
-    "Pentax:Contrast:3""-1 (medium low)""Pentax:Contrast:4""+1 (medium high)""Pentax:Contrast:5"
-    "-3 (very low)""Pentax:Contrast:6""+3 (very high)""Pentax:Contrast:65535""Pentax:Contrast:7"
-    "-4 (minimum)""Pentax:Contrast:8""+4 (maximum)""Pentax:ContrastDetectAFArea"
-    "Contrast Detect AF Area""Pentax:ContrastHighlight""Contrast Highlight"
-    "Pentax:ContrastHighlight:-1 0""-1""Pentax:ContrastHighlight:-2 0""-2"
-    "Pentax:ContrastHighlight:-3 0""-3""Pentax:ContrastHighlight:-4 0""-4"
-    "Pentax:ContrastHighlight:0 0""Pentax:ContrastHighlight:1 0""Pentax:ContrastHighlight:2 0"
-    "Pentax:ContrastHighlight:3 0""Pentax:ContrastHighlight:4 0""Pentax:ContrastHighlightShadowAdj"
-    "Contrast Highlight/Shadow Adj""Pentax:ContrastHighlightShadowAdj:0"
-    "Pentax:ContrastHighlightShadowAdj:1""Pentax:ContrastShadow""Contrast Shadow"
-    "Pentax:ContrastShadow:-1 0""Pentax:ContrastShadow:-2 0""Pentax:ContrastShadow:-3 0"
-    "Pentax:ContrastShadow:-4 0""Pentax:ContrastShadow:0 0""Pentax:ContrastShadow:1 0"
-    "Pentax:ContrastShadow:2 0""Pentax:ContrastShadow:3 0""Pentax:ContrastShadow:4 0"
-    "Pentax:Copyright""Pentax:CrossProcess""Cross Process""Pentax:CrossProcess:0"
-    "Pentax:CrossProcess:1""Random""Pentax:CrossProcess:2""Preset 1""Pentax:CrossProcess:3"
-    "Preset 2""Pentax:CrossProcess:33""Favorite 1""Pentax:CrossProcess:34""Favorite 2"
-    "Pentax:CrossProcess:35""Favorite 3""Pentax:CrossProcess:4""Preset 3""Pentax:DSPFirmwareVersion"
-    "DSP Firmware Version""Pentax:DataDump""Data Dump""Pentax:DataScaling""Data Scaling"
-    "Pentax:Date""Pentax:DateTime1""Date Time 1""Pentax:DateTime2""Date Time 2"
-    "Pentax:DestinationCity""Destination City""Pentax:DestinationCity:0""Pago Pago"
-    "Pentax:DestinationCity:1""Honolulu""Pentax:DestinationCity:10""Miami"
-    "Pentax:DestinationCity:11""Toronto""Pentax:DestinationCity:12""New York"
-    "Pentax:DestinationCity:13""Santiago""Pentax:DestinationCity:14""Caracus"
-    "Pentax:DestinationCity:15""Halifax""Pentax:DestinationCity:16""Buenos Aires"
-    "Pentax:DestinationCity:17""Sao Paulo""Pentax:DestinationCity:18""Rio de Janeiro"
-    "Pentax:DestinationCity:19""Madrid""Pentax:DestinationCity:2""Anchorage"
-    "Pentax:DestinationCity:20""London""Pentax:DestinationCity:21""Paris""Pentax:DestinationCity:22"
-    "Milan""Pentax:DestinationCity:23""Rome""Pentax:DestinationCity:24""Berlin"
-    "Pentax:DestinationCity:25""Johannesburg""Pentax:DestinationCity:26""Istanbul"
-    "Pentax:DestinationCity:27""Cairo""Pentax:DestinationCity:28""Jerusalem"
-    "Pentax:DestinationCity:29""Moscow""Pentax:DestinationCity:3""Vancouver"
-    "Pentax:DestinationCity:30""Jeddah""Pentax:DestinationCity:31""Tehran"
-    "Pentax:DestinationCity:32""Dubai""Pentax:DestinationCity:33""Karachi"
-    "Pentax:DestinationCity:34""Kabul""Pentax:DestinationCity:35""Male""Pentax:DestinationCity:36"
-    "Delhi""Pentax:DestinationCity:37""Colombo""Pentax:DestinationCity:38""Kathmandu"
-    "Pentax:DestinationCity:39""Dacca""Pentax:DestinationCity:4""San Francisco"
-    "Pentax:DestinationCity:40""Yangon""Pentax:DestinationCity:41""Bangkok"
-    "Pentax:DestinationCity:42""Kuala Lumpur""Pentax:DestinationCity:43""Vientiane"
-    "Pentax:DestinationCity:44""Singapore""Pentax:DestinationCity:45""Phnom Penh"
-    "Pentax:DestinationCity:46""Ho Chi Minh""Pentax:DestinationCity:47""Jakarta"
-    "Pentax:DestinationCity:48""Hong Kong""Pentax:DestinationCity:49""Perth"
-    "Pentax:DestinationCity:5""Los Angeles""Pentax:DestinationCity:50""Beijing"
-    "Pentax:DestinationCity:51""Shanghai""Pentax:DestinationCity:52""Manila"
-    "Pentax:DestinationCity:53""Taipei""Pentax:DestinationCity:54""Seoul""Pentax:DestinationCity:55"
-    "Adelaide""Pentax:DestinationCity:56""Tokyo""Pentax:DestinationCity:57""Guam"
-    "Pentax:DestinationCity:58""Sydney""Pentax:DestinationCity:59""Noumea""Pentax:DestinationCity:6"
-    "Calgary""Pentax:DestinationCity:60""Wellington""Pentax:DestinationCity:61""Auckland"
-    "Pentax:DestinationCity:62""Lima""Pentax:DestinationCity:63""Dakar""Pentax:DestinationCity:64"
-    "Algiers""Pentax:DestinationCity:65""Helsinki""Pentax:DestinationCity:66""Athens"
-    "Pentax:DestinationCity:67""Nairobi""Pentax:DestinationCity:68""Amsterdam"
-    "Pentax:DestinationCity:69""Stockholm""Pentax:DestinationCity:7""Denver"
-    "Pentax:DestinationCity:70""Lisbon""Pentax:DestinationCity:71""Copenhagen"
-    "Pentax:DestinationCity:72""Warsaw""Pentax:DestinationCity:73""Prague"
-    "Pentax:DestinationCity:74""Budapest""Pentax:DestinationCity:8""Mexico City"
-    "Pentax:DestinationCity:9""Chicago""Pentax:DestinationCityCode""Destination City Code"
-    "Pentax:DestinationDST""Destination DST""Pentax:DestinationDST:0""No""Pentax:DestinationDST:1"
-    "Yes""Pentax:DiffractionCorrection""Diffraction Correction""Pentax:DiffractionCorrection:0"
-    "Pentax:DiffractionCorrection:16""Pentax:DigitalFilter01""Digital Filter 01"
-    "Pentax:DigitalFilter01:0""Pentax:DigitalFilter01:1""Base Parameter Adjust"
-    "Pentax:DigitalFilter01:10""Toy Camera""Pentax:DigitalFilter01:11""Retro"
-    "Pentax:DigitalFilter01:12""Pastel""Pentax:DigitalFilter01:13""Water Color"
-    "Pentax:DigitalFilter01:14""Pentax:DigitalFilter01:16""Miniature""Pentax:DigitalFilter01:17"
-    "Starburst""Pentax:DigitalFilter01:18""Posterization""Pentax:DigitalFilter01:19""Sketch Filter"
-    "Pentax:DigitalFilter01:2""Soft Focus""Pentax:DigitalFilter01:20""Shading"
-    "Pentax:DigitalFilter01:21""Invert Color""Pentax:DigitalFilter01:23""Tone Expansion"
-    "Pentax:DigitalFilter01:254""Custom Filter""Pentax:DigitalFilter01:27""Unicolor Bold"
-    "Pentax:DigitalFilter01:28""Bold Monochrome""Pentax:DigitalFilter01:29""Replace Color"
-    "Pentax:DigitalFilter01:3""High Contrast""Pentax:DigitalFilter01:4""Pentax:DigitalFilter01:5"
-    "Extract Color""Pentax:DigitalFilter01:6""Monochrome""Pentax:DigitalFilter01:7""Slim"
-    "Pentax:DigitalFilter01:9""Fisheye""Pentax:DigitalFilter02""Digital Filter 02"
-    "Pentax:DigitalFilter02:0""Pentax:DigitalFilter02:1""Pentax:DigitalFilter02:10"
-    "Pentax:DigitalFilter02:11""Pentax:DigitalFilter02:12""Pentax:DigitalFilter02:13"
-    "Pentax:DigitalFilter02:14""Pentax:DigitalFilter02:16""Pentax:DigitalFilter02:17"
-    "Pentax:DigitalFilter02:18""Pentax:DigitalFilter02:19""Pentax:DigitalFilter02:2"
-    "Pentax:DigitalFilter02:20""Pentax:DigitalFilter02:21""Pentax:DigitalFilter02:23"
-    "Pentax:DigitalFilter02:254""Pentax:DigitalFilter02:27""Pentax:DigitalFilter02:28"
-    "Pentax:DigitalFilter02:29""Pentax:DigitalFilter02:3""Pentax:DigitalFilter02:4"
-    "Pentax:DigitalFilter02:5""Pentax:DigitalFilter02:6""Pentax:DigitalFilter02:7"
-    "Pentax:DigitalFilter02:9""Pentax:DigitalFilter03""Digital Filter 03""Pentax:DigitalFilter03:0"
-    "Pentax:DigitalFilter03:1""Pentax:DigitalFilter03:10""Pentax:DigitalFilter03:11"
-    "Pentax:DigitalFilter03:12""Pentax:DigitalFilter03:13""Pentax:DigitalFilter03:14"
-    "Pentax:DigitalFilter03:16""Pentax:DigitalFilter03:17""Pentax:DigitalFilter03:18"
-    "Pentax:DigitalFilter03:19""Pentax:DigitalFilter03:2""Pentax:DigitalFilter03:20"
-    "Pentax:DigitalFilter03:21""Pentax:DigitalFilter03:23""Pentax:DigitalFilter03:254"
-    "Pentax:DigitalFilter03:27""Pentax:DigitalFilter03:28""Pentax:DigitalFilter03:29"
-    "Pentax:DigitalFilter03:3""Pentax:DigitalFilter03:4""Pentax:DigitalFilter03:5"
-    "Pentax:DigitalFilter03:6""Pentax:DigitalFilter03:7""Pentax:DigitalFilter03:9"
-    "Pentax:DigitalFilter04""Digital Filter 04""Pentax:DigitalFilter04:0""Pentax:DigitalFilter04:1"
-    "Pentax:DigitalFilter04:10""Pentax:DigitalFilter04:11""Pentax:DigitalFilter04:12"
-    "Pentax:DigitalFilter04:13""Pentax:DigitalFilter04:14""Pentax:DigitalFilter04:16"
-    "Pentax:DigitalFilter04:17""Pentax:DigitalFilter04:18""Pentax:DigitalFilter04:19"
-    "Pentax:DigitalFilter04:2""Pentax:DigitalFilter04:20""Pentax:DigitalFilter04:21"
-    "Pentax:DigitalFilter04:23""Pentax:DigitalFilter04:254""Pentax:DigitalFilter04:27"
-    "Pentax:DigitalFilter04:28""Pentax:DigitalFilter04:29""Pentax:DigitalFilter04:3"
-    "Pentax:DigitalFilter04:4""Pentax:DigitalFilter04:5""Pentax:DigitalFilter04:6"
-    "Pentax:DigitalFilter04:7""Pentax:DigitalFilter04:9""Pentax:DigitalFilter05""Digital Filter 05"
-    "Pentax:DigitalFilter05:0""Pentax:DigitalFilter05:1""Pentax:DigitalFilter05:10"
-    "Pentax:DigitalFilter05:11""Pentax:DigitalFilter05:12""Pentax:DigitalFilter05:13"
-    "Pentax:DigitalFilter05:14""Pentax:DigitalFilter05:16""Pentax:DigitalFilter05:17"
-    "Pentax:DigitalFilter05:18""Pentax:DigitalFilter05:19""Pentax:DigitalFilter05:2"
-    "Pentax:DigitalFilter05:20""Pentax:DigitalFilter05:21""Pentax:DigitalFilter05:23"
-    "Pentax:DigitalFilter05:254""Pentax:DigitalFilter05:27""Pentax:DigitalFilter05:28"
-    "Pentax:DigitalFilter05:29""Pentax:DigitalFilter05:3""Pentax:DigitalFilter05:4"
-    "Pentax:DigitalFilter05:5""Pentax:DigitalFilter05:6""Pentax:DigitalFilter05:7"
-    "Pentax:DigitalFilter05:9""Pentax:DigitalFilter06""Digital Filter 06""Pentax:DigitalFilter06:0"
-    "Pentax:DigitalFilter06:1""Pentax:DigitalFilter06:10""Pentax:DigitalFilter06:11"
-    "Pentax:DigitalFilter06:12""Pentax:DigitalFilter06:13""Pentax:DigitalFilter06:14"
-    "Pentax:DigitalFilter06:16""Pentax:DigitalFilter06:17""Pentax:DigitalFilter06:18"
-    "Pentax:DigitalFilter06:19""Pentax:DigitalFilter06:2""Pentax:DigitalFilter06:20"
-    "Pentax:DigitalFilter06:21""Pentax:DigitalFilter06:23""Pentax:DigitalFilter06:254"
-    "Pentax:DigitalFilter06:27""Pentax:DigitalFilter06:28""Pentax:DigitalFilter06:29"
-    "Pentax:DigitalFilter06:3""Pentax:DigitalFilter06:4""Pentax:DigitalFilter06:5"
-    "Pentax:DigitalFilter06:6""Pentax:DigitalFilter06:7""Pentax:DigitalFilter06:9"
-    "Pentax:DigitalFilter07""Digital Filter 07""Pentax:DigitalFilter07:0""Pentax:DigitalFilter07:1"
-    "Pentax:DigitalFilter07:10""Pentax:DigitalFilter07:11""Pentax:DigitalFilter07:12"
-    "Pentax:DigitalFilter07:13""Pentax:DigitalFilter07:14""Pentax:DigitalFilter07:16"
-    "Pentax:DigitalFilter07:17""Pentax:DigitalFilter07:18""Pentax:DigitalFilter07:19"
-    "Pentax:DigitalFilter07:2""Pentax:DigitalFilter07:20""Pentax:DigitalFilter07:21"
-    "Pentax:DigitalFilter07:23""Pentax:DigitalFilter07:254""Pentax:DigitalFilter07:27"
-    "Pentax:DigitalFilter07:28""Pentax:DigitalFilter07:29""Pentax:DigitalFilter07:3"
-    "Pentax:DigitalFilter07:4""Pentax:DigitalFilter07:5""Pentax:DigitalFilter07:6"
-    "Pentax:DigitalFilter07:7""Pentax:DigitalFilter07:9""Pentax:DigitalFilter08""Digital Filter 08"
-    "Pentax:DigitalFilter08:0""Pentax:DigitalFilter08:1""Pentax:DigitalFilter08:10"
-    "Pentax:DigitalFilter08:11""Pentax:DigitalFilter08:12""Pentax:DigitalFilter08:13"
-    "Pentax:DigitalFilter08:14""Pentax:DigitalFilter08:16""Pentax:DigitalFilter08:17"
-    "Pentax:DigitalFilter08:18""Pentax:DigitalFilter08:19""Pentax:DigitalFilter08:2"
-    "Pentax:DigitalFilter08:20""Pentax:DigitalFilter08:21""Pentax:DigitalFilter08:23"
-    "Pentax:DigitalFilter08:254""Pentax:DigitalFilter08:27""Pentax:DigitalFilter08:28"
-    "Pentax:DigitalFilter08:29""Pentax:DigitalFilter08:3""Pentax:DigitalFilter08:4"
-    "Pentax:DigitalFilter08:5""Pentax:DigitalFilter08:6""Pentax:DigitalFilter08:7"
-    "Pentax:DigitalFilter08:9""Pentax:DigitalFilter09""Digital Filter 09""Pentax:DigitalFilter09:0"
-    "Pentax:DigitalFilter09:1""Pentax:DigitalFilter09:10""Pentax:DigitalFilter09:11"
-    "Pentax:DigitalFilter09:12""Pentax:DigitalFilter09:13""Pentax:DigitalFilter09:14"
-    "Pentax:DigitalFilter09:16""Pentax:DigitalFilter09:17""Pentax:DigitalFilter09:18"
-    "Pentax:DigitalFilter09:19""Pentax:DigitalFilter09:2""Pentax:DigitalFilter09:20"
-    "Pentax:DigitalFilter09:21""Pentax:DigitalFilter09:23""Pentax:DigitalFilter09:254"
-    "Pentax:DigitalFilter09:27""Pentax:DigitalFilter09:28""Pentax:DigitalFilter09:29"
-    "Pentax:DigitalFilter09:3""Pentax:DigitalFilter09:4""Pentax:DigitalFilter09:5"
-    "Pentax:DigitalFilter09:6""Pentax:DigitalFilter09:7""Pentax:DigitalFilter09:9"
-    "Pentax:DigitalFilter10""Digital Filter 10""Pentax:DigitalFilter10:0""Pentax:DigitalFilter10:1"
-    "Pentax:DigitalFilter10:10""Pentax:DigitalFilter10:11""Pentax:DigitalFilter10:12"
-    "Pentax:DigitalFilter10:13""Pentax:DigitalFilter10:14""Pentax:DigitalFilter10:16"
-    "Pentax:DigitalFilter10:17""Pentax:DigitalFilter10:18""Pentax:DigitalFilter10:19"
-    "Pentax:DigitalFilter10:2""Pentax:DigitalFilter10:20""Pentax:DigitalFilter10:21"
-    "Pentax:DigitalFilter10:23""Pentax:DigitalFilter10:254""Pentax:DigitalFilter10:27"
-    "Pentax:DigitalFilter10:28""Pentax:DigitalFilter10:29""Pentax:DigitalFilter10:3"
-    "Pentax:DigitalFilter10:4""Pentax:DigitalFilter10:5""Pentax:DigitalFilter10:6"
-    "Pentax:DigitalFilter10:7""Pentax:DigitalFilter10:9""Pentax:DigitalFilter11""Digital Filter 11"
-    "Pentax:DigitalFilter11:0""Pentax:DigitalFilter11:1""Pentax:DigitalFilter11:10"
-    "Pentax:DigitalFilter11:11""Pentax:DigitalFilter11:12""Pentax:DigitalFilter11:13"
-    "Pentax:DigitalFilter11:14""Pentax:DigitalFilter11:16""Pentax:DigitalFilter11:17"
-    "Pentax:DigitalFilter11:18""Pentax:DigitalFilter11:19""Pentax:DigitalFilter11:2"
-    "Pentax:DigitalFilter11:20""Pentax:DigitalFilter11:21""Pentax:DigitalFilter11:23"
-    "Pentax:DigitalFilter11:254""Pentax:DigitalFilter11:27""Pentax:DigitalFilter11:28"
-    "Pentax:DigitalFilter11:29""Pentax:DigitalFilter11:3""Pentax:DigitalFilter11:4"
-    "Pentax:DigitalFilter11:5""Pentax:DigitalFilter11:6""Pentax:DigitalFilter11:7"
-    "Pentax:DigitalFilter11:9""Pentax:DigitalFilter12""Digital Filter 12""Pentax:DigitalFilter12:0"
-    "Pentax:DigitalFilter12:1""Pentax:DigitalFilter12:10""Pentax:DigitalFilter12:11"
-    "Pentax:DigitalFilter12:12""Pentax:DigitalFilter12:13""Pentax:DigitalFilter12:14"
-    "Pentax:DigitalFilter12:16""Pentax:DigitalFilter12:17""Pentax:DigitalFilter12:18"
-    "Pentax:DigitalFilter12:19""Pentax:DigitalFilter12:2""Pentax:DigitalFilter12:20"
-    "Pentax:DigitalFilter12:21""Pentax:DigitalFilter12:23""Pentax:DigitalFilter12:254"
-    "Pentax:DigitalFilter12:27""Pentax:DigitalFilter12:28""Pentax:DigitalFilter12:29"
-    "Pentax:DigitalFilter12:3""Pentax:DigitalFilter12:4""Pentax:DigitalFilter12:5"
-    "Pentax:DigitalFilter12:6""Pentax:DigitalFilter12:7""Pentax:DigitalFilter12:9"
-    "Pentax:DigitalFilter13""Digital Filter 13""Pentax:DigitalFilter13:0""Pentax:DigitalFilter13:1"
-    "Pentax:DigitalFilter13:10""Pentax:DigitalFilter13:11""Pentax:DigitalFilter13:12"
-    "Pentax:DigitalFilter13:13""Pentax:DigitalFilter13:14""Pentax:DigitalFilter13:16"
-    "Pentax:DigitalFilter13:17""Pentax:DigitalFilter13:18""Pentax:DigitalFilter13:19"
-    "Pentax:DigitalFilter13:2""Pentax:DigitalFilter13:20""Pentax:DigitalFilter13:21"
-    "Pentax:DigitalFilter13:23""Pentax:DigitalFilter13:254""Pentax:DigitalFilter13:27"
-    "Pentax:DigitalFilter13:28""Pentax:DigitalFilter13:29""Pentax:DigitalFilter13:3"
-    "Pentax:DigitalFilter13:4""Pentax:DigitalFilter13:5""Pentax:DigitalFilter13:6"
-    "Pentax:DigitalFilter13:7""Pentax:DigitalFilter13:9""Pentax:DigitalFilter14""Digital Filter 14"
-    "Pentax:DigitalFilter14:0""Pentax:DigitalFilter14:1""Pentax:DigitalFilter14:10"
-    "Pentax:DigitalFilter14:11""Pentax:DigitalFilter14:12""Pentax:DigitalFilter14:13"
-    "Pentax:DigitalFilter14:14""Pentax:DigitalFilter14:16""Pentax:DigitalFilter14:17"
-    "Pentax:DigitalFilter14:18""Pentax:DigitalFilter14:19""Pentax:DigitalFilter14:2"
-    "Pentax:DigitalFilter14:20""Pentax:DigitalFilter14:21""Pentax:DigitalFilter14:23"
-    "Pentax:DigitalFilter14:254""Pentax:DigitalFilter14:27""Pentax:DigitalFilter14:28"
-    "Pentax:DigitalFilter14:29""Pentax:DigitalFilter14:3""Pentax:DigitalFilter14:4"
-    "Pentax:DigitalFilter14:5""Pentax:DigitalFilter14:6""Pentax:DigitalFilter14:7"
-    "Pentax:DigitalFilter14:9""Pentax:DigitalFilter15""Digital Filter 15""Pentax:DigitalFilter15:0"
-    "Pentax:DigitalFilter15:1""Pentax:DigitalFilter15:10""Pentax:DigitalFilter15:11"
-    "Pentax:DigitalFilter15:12""Pentax:DigitalFilter15:13""Pentax:DigitalFilter15:14"
-    "Pentax:DigitalFilter15:16""Pentax:DigitalFilter15:17""Pentax:DigitalFilter15:18"
-    "Pentax:DigitalFilter15:19""Pentax:DigitalFilter15:2""Pentax:DigitalFilter15:20"
-    "Pentax:DigitalFilter15:21""Pentax:DigitalFilter15:23""Pentax:DigitalFilter15:254"
-    "Pentax:DigitalFilter15:27""Pentax:DigitalFilter15:28""Pentax:DigitalFilter15:29"
-    "Pentax:DigitalFilter15:3""Pentax:DigitalFilter15:4""Pentax:DigitalFilter15:5"
-    "Pentax:DigitalFilter15:6""Pentax:DigitalFilter15:7""Pentax:DigitalFilter15:9"
-    "Pentax:DigitalFilter16""Digital Filter 16""Pentax:DigitalFilter16:0""Pentax:DigitalFilter16:1"
-    "Pentax:DigitalFilter16:10""Pentax:DigitalFilter16:11""Pentax:DigitalFilter16:12"
-    "Pentax:DigitalFilter16:13""Pentax:DigitalFilter16:14""Pentax:DigitalFilter16:16"
-    "Pentax:DigitalFilter16:17""Pentax:DigitalFilter16:18""Pentax:DigitalFilter16:19"
-    "Pentax:DigitalFilter16:2""Pentax:DigitalFilter16:20""Pentax:DigitalFilter16:21"
-    "Pentax:DigitalFilter16:23""Pentax:DigitalFilter16:254""Pentax:DigitalFilter16:27"
-    "Pentax:DigitalFilter16:28""Pentax:DigitalFilter16:29""Pentax:DigitalFilter16:3"
-    "Pentax:DigitalFilter16:4""Pentax:DigitalFilter16:5""Pentax:DigitalFilter16:6"
-    "Pentax:DigitalFilter16:7""Pentax:DigitalFilter16:9""Pentax:DigitalFilter17""Digital Filter 17"
-    "Pentax:DigitalFilter17:0""Pentax:DigitalFilter17:1""Pentax:DigitalFilter17:10"
-    "Pentax:DigitalFilter17:11""Pentax:DigitalFilter17:12""Pentax:DigitalFilter17:13"
-    "Pentax:DigitalFilter17:14""Pentax:DigitalFilter17:16""Pentax:DigitalFilter17:17"
-    "Pentax:DigitalFilter17:18""Pentax:DigitalFilter17:19""Pentax:DigitalFilter17:2"
-    "Pentax:DigitalFilter17:20""Pentax:DigitalFilter17:21""Pentax:DigitalFilter17:23"
-    "Pentax:DigitalFilter17:254""Pentax:DigitalFilter17:27""Pentax:DigitalFilter17:28"
-    "Pentax:DigitalFilter17:29""Pentax:DigitalFilter17:3""Pentax:DigitalFilter17:4"
-    "Pentax:DigitalFilter17:5""Pentax:DigitalFilter17:6""Pentax:DigitalFilter17:7"
-    "Pentax:DigitalFilter17:9""Pentax:DigitalFilter18""Digital Filter 18""Pentax:DigitalFilter18:0"
-    "Pentax:DigitalFilter18:1""Pentax:DigitalFilter18:10""Pentax:DigitalFilter18:11"
-    "Pentax:DigitalFilter18:12""Pentax:DigitalFilter18:13""Pentax:DigitalFilter18:14"
-    "Pentax:DigitalFilter18:16""Pentax:DigitalFilter18:17""Pentax:DigitalFilter18:18"
-    "Pentax:DigitalFilter18:19""Pentax:DigitalFilter18:2""Pentax:DigitalFilter18:20"
-    "Pentax:DigitalFilter18:21""Pentax:DigitalFilter18:23""Pentax:DigitalFilter18:254"
-    "Pentax:DigitalFilter18:27""Pentax:DigitalFilter18:28""Pentax:DigitalFilter18:29"
-    "Pentax:DigitalFilter18:3""Pentax:DigitalFilter18:4""Pentax:DigitalFilter18:5"
-    "Pentax:DigitalFilter18:6""Pentax:DigitalFilter18:7""Pentax:DigitalFilter18:9"
-    "Pentax:DigitalFilter19""Digital Filter 19""Pentax:DigitalFilter19:0""Pentax:DigitalFilter19:1"
-    "Pentax:DigitalFilter19:10""Pentax:DigitalFilter19:11""Pentax:DigitalFilter19:12"
-    "Pentax:DigitalFilter19:13""Pentax:DigitalFilter19:14""Pentax:DigitalFilter19:16"
-    "Pentax:DigitalFilter19:17""Pentax:DigitalFilter19:18""Pentax:DigitalFilter19:19"
-    "Pentax:DigitalFilter19:2""Pentax:DigitalFilter19:20""Pentax:DigitalFilter19:21"
-    "Pentax:DigitalFilter19:23""Pentax:DigitalFilter19:254""Pentax:DigitalFilter19:27"
-    "Pentax:DigitalFilter19:28""Pentax:DigitalFilter19:29""Pentax:DigitalFilter19:3"
-    "Pentax:DigitalFilter19:4""Pentax:DigitalFilter19:5""Pentax:DigitalFilter19:6"
-    "Pentax:DigitalFilter19:7""Pentax:DigitalFilter19:9""Pentax:DigitalFilter20""Digital Filter 20"
-    "Pentax:DigitalFilter20:0""Pentax:DigitalFilter20:1""Pentax:DigitalFilter20:10"
-    "Pentax:DigitalFilter20:11""Pentax:DigitalFilter20:12""Pentax:DigitalFilter20:13"
-    "Pentax:DigitalFilter20:14""Pentax:DigitalFilter20:16""Pentax:DigitalFilter20:17"
-    "Pentax:DigitalFilter20:18""Pentax:DigitalFilter20:19""Pentax:DigitalFilter20:2"
-    "Pentax:DigitalFilter20:20""Pentax:DigitalFilter20:21""Pentax:DigitalFilter20:23"
-    "Pentax:DigitalFilter20:254""Pentax:DigitalFilter20:27""Pentax:DigitalFilter20:28"
-    "Pentax:DigitalFilter20:29""Pentax:DigitalFilter20:3""Pentax:DigitalFilter20:4"
-    "Pentax:DigitalFilter20:5""Pentax:DigitalFilter20:6""Pentax:DigitalFilter20:7"
-    "Pentax:DigitalFilter20:9""Pentax:DigitalZoom""Digital Zoom""Pentax:DistortionCorrection"
-    "Distortion Correction""Pentax:DistortionCorrection:0""Pentax:DistortionCorrection:1"
-    "Pentax:DriveMode""Drive Mode""Pentax:DriveMode2""Drive Mode 2""Pentax:DriveMode2:0"
-    "Single-frame""Pentax:DriveMode2:1""Continuous""Pentax:DriveMode2:128""Multiple Exposure"
-    "Pentax:DriveMode2:16""Remote Control (3 s delay)""Pentax:DriveMode2:2""Continuous (Lo)"
-    "Pentax:DriveMode2:32""Remote Control""Pentax:DriveMode2:4""Self-timer (12 s)"
-    "Pentax:DriveMode2:64""Exposure Bracket""Pentax:DriveMode2:8""Self-timer (2 s)"
-    "Pentax:DriveMode:0""Single Exposure""Pentax:DriveMode:1""Pentax:DriveMode:10"
-    "Interval Composite Average""Pentax:DriveMode:11""Interval Composite Additive"
-    "Pentax:DriveMode:12""Interval Composite Bright""Pentax:DriveMode:15""Interval Movie"
-    "Pentax:DriveMode:16""Pentax:DriveMode:2""Composite Average""Pentax:DriveMode:224""HDR Auto"
-    "Pentax:DriveMode:255""Video""Pentax:DriveMode:3""Composite Additive""Pentax:DriveMode:32"
-    "HDR Strong 1""Pentax:DriveMode:4""Composite Bright""Pentax:DriveMode:48""HDR Strong 2"
-    "Pentax:DriveMode:64""HDR Strong 3""Pentax:DriveMode:8""Interval Shooting""Pentax:DriveMode:80"
-    "HDR Manual""Pentax:E-DialInProgram""E-Dial In Program""Pentax:E-DialInProgram:0""Tv or Av"
-    "Pentax:E-DialInProgram:1""P Shift""Pentax:EVSteps""EV Steps""Pentax:EVSteps:0""1/2 EV Steps"
-    "Pentax:EVSteps:1""1/3 EV Steps""Pentax:EffectiveLV""Effective LV"
-    "Pentax:ExposureBracketStepSize""Exposure Bracket Step Size""Pentax:ExposureBracketStepSize:11"
-    "1.3""Pentax:ExposureBracketStepSize:12""1.5""Pentax:ExposureBracketStepSize:13""1.7"
-    "Pentax:ExposureBracketStepSize:16""2.0""Pentax:ExposureBracketStepSize:3""0.3"
-    "Pentax:ExposureBracketStepSize:4""0.5""Pentax:ExposureBracketStepSize:5""0.7"
-    "Pentax:ExposureBracketStepSize:8""1.0""Pentax:ExposureCompensation""Exposure Compensation"
-    "Pentax:ExposureTime""Exposure Time""Pentax:ExtenderStatus""Extender Status"
-    "Pentax:ExtenderStatus:0""Not attached""Pentax:ExtenderStatus:1""Attached"
-    "Pentax:ExternalFlashBounce""External Flash Bounce""Pentax:ExternalFlashBounce:0"
-    "Pentax:ExternalFlashBounce:16""Direct""Pentax:ExternalFlashBounce:48""Bounce"
-    "Pentax:ExternalFlashExposureComp""External Flash Exposure Comp"
-    "Pentax:ExternalFlashExposureComp:0""Pentax:ExternalFlashExposureComp:144""n/a (Manual Mode)"
-    "Pentax:ExternalFlashExposureComp:164""-3.0""Pentax:ExternalFlashExposureComp:167""-2.5"
-    "Pentax:ExternalFlashExposureComp:168""-2.0""Pentax:ExternalFlashExposureComp:171""-1.5"
-    "Pentax:ExternalFlashExposureComp:172""-1.0""Pentax:ExternalFlashExposureComp:175""-0.5"
-    "Pentax:ExternalFlashExposureComp:176""0.0""Pentax:ExternalFlashExposureComp:179"
-    "Pentax:ExternalFlashExposureComp:180""Pentax:ExternalFlashGuideNumber"
-    "External Flash Guide Number""Pentax:ExternalFlashMode""External Flash Mode"
-    "Pentax:ExternalFlashMode:0""n/a - Off-Auto-Aperture""Pentax:ExternalFlashMode:191"
-    "On, Flash Problem""Pentax:ExternalFlashMode:192""On, Manual""Pentax:ExternalFlashMode:196"
-    "On, P-TTL Auto""Pentax:ExternalFlashMode:197""On, Contrast-control Sync"
-    "Pentax:ExternalFlashMode:198""On, High-speed Sync""Pentax:ExternalFlashMode:204""On, Wireless"
-    "Pentax:ExternalFlashMode:205""On, Wireless, High-speed Sync""Pentax:ExternalFlashMode:240"
-    "Not Connected""Pentax:ExternalFlashMode:63""Pentax:ExternalFlashMode:64""On, Auto"
-    "Pentax:FNumber""F Number""Pentax:Face10Position""Face 10 Position""Pentax:Face10Size"
-    "Face 10 Size""Pentax:Face11Position""Face 11 Position""Pentax:Face11Size""Face 11 Size"
-    "Pentax:Face12Position""Face 12 Position""Pentax:Face12Size""Face 12 Size"
-    "Pentax:Face13Position""Face 13 Position""Pentax:Face13Size""Face 13 Size"
-    "Pentax:Face14Position""Face 14 Position""Pentax:Face14Size""Face 14 Size"
-    "Pentax:Face15Position""Face 15 Position""Pentax:Face15Size""Face 15 Size"
-    "Pentax:Face16Position""Face 16 Position""Pentax:Face16Size""Face 16 Size"
-    "Pentax:Face17Position""Face 17 Position""Pentax:Face17Size""Face 17 Size"
-    "Pentax:Face18Position""Face 18 Position""Pentax:Face18Size""Face 18 Size"
-    "Pentax:Face19Position""Face 19 Position""Pentax:Face19Size""Face 19 Size""Pentax:Face1Position"
-    "Face 1 Position""Pentax:Face1Size""Face 1 Size""Pentax:Face20Position""Face 20 Position"
-    "Pentax:Face20Size""Face 20 Size""Pentax:Face21Position""Face 21 Position""Pentax:Face21Size"
-    "Face 21 Size""Pentax:Face22Position""Face 22 Position""Pentax:Face22Size""Face 22 Size"
-    "Pentax:Face23Position""Face 23 Position""Pentax:Face23Size""Face 23 Size"
-    "Pentax:Face24Position""Face 24 Position""Pentax:Face24Size""Face 24 Size"
-    "Pentax:Face25Position""Face 25 Position""Pentax:Face25Size""Face 25 Size"
-    "Pentax:Face26Position""Face 26 Position""Pentax:Face26Size""Face 26 Size"
-    "Pentax:Face27Position""Face 27 Position""Pentax:Face27Size""Face 27 Size"
-    "Pentax:Face28Position""Face 28 Position""Pentax:Face28Size""Face 28 Size"
-    "Pentax:Face29Position""Face 29 Position""Pentax:Face29Size""Face 29 Size""Pentax:Face2Position"
-    "Face 2 Position""Pentax:Face2Size""Face 2 Size""Pentax:Face30Position""Face 30 Position"
-    "Pentax:Face30Size""Face 30 Size""Pentax:Face31Position""Face 31 Position""Pentax:Face31Size"
-    "Face 31 Size""Pentax:Face32Position""Face 32 Position""Pentax:Face32Size""Face 32 Size"
-    "Pentax:Face3Position""Face 3 Position""Pentax:Face3Size""Face 3 Size""Pentax:Face4Position"
-    "Face 4 Position""Pentax:Face4Size""Face 4 Size""Pentax:Face5Position""Face 5 Position"
-    "Pentax:Face5Size""Face 5 Size""Pentax:Face6Position""Face 6 Position""Pentax:Face6Size"
-    "Face 6 Size""Pentax:Face7Position""Face 7 Position""Pentax:Face7Size""Face 7 Size"
-    "Pentax:Face8Position""Face 8 Position""Pentax:Face8Size""Face 8 Size""Pentax:Face9Position"
-    "Face 9 Position""Pentax:Face9Size""Face 9 Size""Pentax:FaceDetect""Face Detect"
-    "Pentax:FaceDetectFrameSize""Face Detect Frame Size""Pentax:FacePosition""Face Position"
-    "Pentax:FacesDetected""Faces Detected""Pentax:FineSharpness""Fine Sharpness"
-    "Pentax:FineSharpness:0""Normal""Pentax:FineSharpness:1""Pentax:FineSharpness:2""Extra fine"
-    "Pentax:FirmwareVersion""Firmware Version""Pentax:FlashExposureComp""Flash Exposure Comp"
-    "Pentax:FlashExposureCompSet""Flash Exposure Comp. Setting""Pentax:FlashMeteringSegments"
-    "Flash Metering Segments""Pentax:FlashMode""Flash Mode""Pentax:FlashMode:0""Pentax:FlashMode:1"
-    "Auto |\302\240Off, Did not fire""Pentax:FlashMode:2""On |\302\240On, Did not fire"
-    "Pentax:FlashMode:256""External, Auto""Pentax:FlashMode:258""On, Fired""Pentax:FlashMode:259"
-    "Auto, Fired, Red-eye reduction""Pentax:FlashMode:260""On, Red-eye reduction"
-    "Pentax:FlashMode:261""On, Wireless (Master)""Pentax:FlashMode:262""On, Wireless (Control)"
-    "Pentax:FlashMode:264""On, Soft""Pentax:FlashMode:265""On, Slow-sync""Pentax:FlashMode:266"
-    "On, Slow-sync, Red-eye reduction""Pentax:FlashMode:267""On, Trailing-curtain Sync"
-    "Pentax:FlashMode:3""Auto, Did not fire, Red-eye reduction""Pentax:FlashMode:4"
-    "Pentax:FlashMode:5""On, Did not fire, Wireless (Master)""Pentax:FlashMode:575"
-    "External, Flash Problem""Pentax:FlashMode:6""Red-eye reduction""Pentax:FlashMode:63""Internal"
-    "Pentax:FlashMode:768""External, Manual""Pentax:FlashMode:772""External, P-TTL Auto"
-    "Pentax:FlashMode:773""External, Contrast-control Sync""Pentax:FlashMode:774"
-    "External, High-speed Sync""Pentax:FlashMode:780""External, Wireless""Pentax:FlashMode:781"
-    "External, Wireless, High-speed Sync""Pentax:FlashOptions""Flash Options""Pentax:FlashOptions2"
-    "Flash Options 2""Pentax:FlashOptions2:0""Pentax:FlashOptions2:1""Pentax:FlashOptions2:10"
-    "Trailing-curtain Sync""Pentax:FlashOptions2:2""Pentax:FlashOptions2:3""Auto, Red-eye reduction"
-    "Pentax:FlashOptions2:5""Wireless (Master)""Pentax:FlashOptions2:6""Wireless (Control)"
-    "Pentax:FlashOptions2:8""Slow-sync""Pentax:FlashOptions2:9""Slow-sync, Red-eye reduction"
-    "Pentax:FlashOptions:0""Pentax:FlashOptions:1""Pentax:FlashOptions:10""Pentax:FlashOptions:2"
-    "Pentax:FlashOptions:3""Pentax:FlashOptions:5""Pentax:FlashOptions:6""Pentax:FlashOptions:8"
-    "Pentax:FlashOptions:9""Pentax:FlashStatus""Flash Status""Pentax:FlashStatus:0"
-    "Pentax:FlashStatus:1""Off (1)""Pentax:FlashStatus:13""Internal, Fired""Pentax:FlashStatus:2"
-    "External, Did not fire""Pentax:FlashStatus:6""External, Fired""Pentax:FlashStatus:8"
-    "Internal, Did not fire (0x08)""Pentax:FlashStatus:9""Internal, Did not fire"
-    "Pentax:FocalLength""Focal Length""Pentax:FocusMode""Focus Mode""Pentax:FocusMode2"
-    "Focus Mode 2""Pentax:FocusMode2:0""Manual""Pentax:FocusMode2:1""AF-S""Pentax:FocusMode2:2"
-    "AF-C""Pentax:FocusMode2:3""AF-A""Pentax:FocusMode:0""Pentax:FocusMode:1"
-    "Macro |\302\240Macro (1)""Pentax:FocusMode:16""AF-S (Focus-priority)""Pentax:FocusMode:17"
-    "AF-C (Focus-priority)""Pentax:FocusMode:18""AF-A (Focus-priority)""Pentax:FocusMode:2"
-    "Custom |\302\240Infinity |\302\240Macro (2)""Pentax:FocusMode:272""AF-S (Release-priority)"
-    "Pentax:FocusMode:273""AF-C (Release-priority)""Pentax:FocusMode:274""AF-A (Release-priority)"
-    "Pentax:FocusMode:288""Contrast-detect (Release-priority)""Pentax:FocusMode:3"
-    "Auto |\302\240Infinity |\302\240Manual""Pentax:FocusMode:32""Contrast-detect (Focus-priority)"
-    "Pentax:FocusMode:33""Tracking Contrast-detect (Focus-priority)""Pentax:FocusMode:4"
-    "Super Macro""Pentax:FocusMode:5""Pan Focus""Pentax:FocusPosition""Focus Position"
-    "Pentax:FocusRangeIndex""Focus Range Index""Pentax:FocusRangeIndex:0""Pentax:FocusRangeIndex:1"
-    "Pentax:FocusRangeIndex:2""6 (far)""Pentax:FocusRangeIndex:3""7 (very far)"
-    "Pentax:FocusRangeIndex:4""Pentax:FocusRangeIndex:5""Pentax:FocusRangeIndex:6""1 (close)"
-    "Pentax:FocusRangeIndex:7""0 (very close)""Pentax:FrameNumber""Frame Number"
-    "Pentax:GripBatteryADLoad""Grip Battery A/D Load""Pentax:GripBatteryADNoLoad"
-    "Grip Battery A/D No Load""Pentax:GripBatteryState""Grip Battery State"
-    "Pentax:GripBatteryState:1""Pentax:GripBatteryState:2""Pentax:GripBatteryState:3"
-    "Pentax:GripBatteryState:4""Pentax:HDR""Pentax:HDR:0""Pentax:HDR:1""Auto-align On"
-    "Pentax:HDR:12""3 EV""Pentax:HDR:2""HDR 1""Pentax:HDR:3""HDR 2""Pentax:HDR:4""1 EV"
-    "Pentax:HDR:5""HDR Advanced""Pentax:HDR:8""2 EV""Pentax:HighISONoiseReduction"
-    "High ISO Noise Reduction""Pentax:HighISONoiseReduction:0""Inactive"
-    "Pentax:HighISONoiseReduction:1""Active""Pentax:HighISONoiseReduction:2""Active (Weak)"
-    "Pentax:HighISONoiseReduction:255""Pentax:HighISONoiseReduction:3""Active (Strong)"
-    "Pentax:HighISONoiseReduction:4""Active (Medium)""Pentax:HighISONoiseReduction:48""ISO>400"
-    "Pentax:HighISONoiseReduction:56""ISO>800""Pentax:HighISONoiseReduction:64""ISO>1600"
-    "Pentax:HighISONoiseReduction:72""ISO>3200""Pentax:HighLowKeyAdj""High/Low Key Adj"
-    "Pentax:HighLowKeyAdj:-1 0""Pentax:HighLowKeyAdj:-2 0""Pentax:HighLowKeyAdj:-3 0"
-    "Pentax:HighLowKeyAdj:-4 0""Pentax:HighLowKeyAdj:0 0""Pentax:HighLowKeyAdj:1 0"
-    "Pentax:HighLowKeyAdj:2 0""Pentax:HighLowKeyAdj:3 0""Pentax:HighLowKeyAdj:4 0"
-    "Pentax:HometownCity""Hometown City""Pentax:HometownCity:0""Pentax:HometownCity:1"
-    "Pentax:HometownCity:10""Pentax:HometownCity:11""Pentax:HometownCity:12""Pentax:HometownCity:13"
-    "Pentax:HometownCity:14""Pentax:HometownCity:15""Pentax:HometownCity:16""Pentax:HometownCity:17"
-    "Pentax:HometownCity:18""Pentax:HometownCity:19""Pentax:HometownCity:2""Pentax:HometownCity:20"
-    "Pentax:HometownCity:21""Pentax:HometownCity:22""Pentax:HometownCity:23""Pentax:HometownCity:24"
-    "Pentax:HometownCity:25""Pentax:HometownCity:26""Pentax:HometownCity:27""Pentax:HometownCity:28"
-    "Pentax:HometownCity:29""Pentax:HometownCity:3""Pentax:HometownCity:30""Pentax:HometownCity:31"
-    "Pentax:HometownCity:32""Pentax:HometownCity:33""Pentax:HometownCity:34""Pentax:HometownCity:35"
-    "Pentax:HometownCity:36""Pentax:HometownCity:37""Pentax:HometownCity:38""Pentax:HometownCity:39"
-    "Pentax:HometownCity:4""Pentax:HometownCity:40""Pentax:HometownCity:41""Pentax:HometownCity:42"
-    "Pentax:HometownCity:43""Pentax:HometownCity:44""Pentax:HometownCity:45""Pentax:HometownCity:46"
-    "Pentax:HometownCity:47""Pentax:HometownCity:48""Pentax:HometownCity:49""Pentax:HometownCity:5"
-    "Pentax:HometownCity:50""Pentax:HometownCity:51""Pentax:HometownCity:52""Pentax:HometownCity:53"
-    "Pentax:HometownCity:54""Pentax:HometownCity:55""Pentax:HometownCity:56""Pentax:HometownCity:57"
-    "Pentax:HometownCity:58""Pentax:HometownCity:59""Pentax:HometownCity:6""Pentax:HometownCity:60"
-    "Pentax:HometownCity:61""Pentax:HometownCity:62""Pentax:HometownCity:63""Pentax:HometownCity:64"
-    "Pentax:HometownCity:65""Pentax:HometownCity:66""Pentax:HometownCity:67""Pentax:HometownCity:68"
-    "Pentax:HometownCity:69""Pentax:HometownCity:7""Pentax:HometownCity:70""Pentax:HometownCity:71"
-    "Pentax:HometownCity:72""Pentax:HometownCity:73""Pentax:HometownCity:74""Pentax:HometownCity:8"
-    "Pentax:HometownCity:9""Pentax:HometownCityCode""Hometown City Code""Pentax:HometownDST"
-    "Hometown DST""Pentax:HometownDST:0""Pentax:HometownDST:1""Pentax:Hue""Pentax:Hue:0"
-    "Pentax:Hue:1""Pentax:Hue:2""Pentax:Hue:3""Pentax:Hue:4""Pentax:Hue:5""Pentax:Hue:6"
-    "Pentax:Hue:65535""Pentax:Hue:7""Pentax:Hue:8""Pentax:HuffmanTable""Huffman Table""Pentax:ISO"
-    "Pentax:ISO:10""100 |\302\240250""Pentax:ISO:100""Pentax:ISO:11""320""Pentax:ISO:12"
-    "Pentax:ISO:13""500""Pentax:ISO:14""640""Pentax:ISO:15""Pentax:ISO:16""1000 |\302\240200"
-    "Pentax:ISO:1600""Pentax:ISO:17""1250""Pentax:ISO:18""Pentax:ISO:19""2000""Pentax:ISO:20""2500"
-    "Pentax:ISO:200""Pentax:ISO:21""Pentax:ISO:22""4000""Pentax:ISO:23""5000""Pentax:ISO:24""6400"
-    "Pentax:ISO:25""8000""Pentax:ISO:258""Pentax:ISO:259""Pentax:ISO:26""10000""Pentax:ISO:260"
-    "Pentax:ISO:261""140""Pentax:ISO:262""Pentax:ISO:263""Pentax:ISO:264""Pentax:ISO:265""560"
-    "Pentax:ISO:266""Pentax:ISO:267""1100""Pentax:ISO:268""Pentax:ISO:269""2200""Pentax:ISO:27"
-    "12800""Pentax:ISO:270""Pentax:ISO:271""4500""Pentax:ISO:272""Pentax:ISO:273""9000"
-    "Pentax:ISO:274""Pentax:ISO:275""18000""Pentax:ISO:276""25600""Pentax:ISO:277""36000"
-    "Pentax:ISO:278""51200""Pentax:ISO:279""72000""Pentax:ISO:28""16000""Pentax:ISO:280""102400"
-    "Pentax:ISO:281""144000""Pentax:ISO:282""204800""Pentax:ISO:283""288000""Pentax:ISO:284""409600"
-    "Pentax:ISO:285""576000""Pentax:ISO:286""819200""Pentax:ISO:29""20000""Pentax:ISO:3"
-    "Pentax:ISO:30""Pentax:ISO:31""32000""Pentax:ISO:32""40000""Pentax:ISO:3200""Pentax:ISO:33"
-    "Pentax:ISO:34""64000""Pentax:ISO:35""80000""Pentax:ISO:36""Pentax:ISO:37""128000"
-    "Pentax:ISO:38""160000""Pentax:ISO:39""Pentax:ISO:4""Pentax:ISO:40""256000""Pentax:ISO:400"
-    "Pentax:ISO:41""320000""Pentax:ISO:42""Pentax:ISO:43""512000""Pentax:ISO:44""640000"
-    "Pentax:ISO:45""Pentax:ISO:5""Pentax:ISO:50""Pentax:ISO:6""Pentax:ISO:65534""Auto 2"
-    "Pentax:ISO:65535""Pentax:ISO:7""125""Pentax:ISO:8""Pentax:ISO:800""Pentax:ISO:9"
-    "Pentax:ISOAuto""ISO Auto""Pentax:ISOAuto:0""Pentax:ISOAuto:1""Pentax:ISOAutoParameters"
-    "ISO Auto Parameters""Pentax:ISOAutoParameters:1 0""Slow""Pentax:ISOAutoParameters:2 0"
-    "Pentax:ISOAutoParameters:3 0""Fast""Pentax:ISOFloor""ISO Floor""Pentax:ISOSetting""ISO Setting"
-    "Pentax:ISOSetting:0""Pentax:ISOSetting:1""Pentax:ImageAreaOffset""Image Area Offset"
-    "Pentax:ImageEditCount""Image Edit Count""Pentax:ImageTone""Image Tone""Pentax:ImageTone:0"
-    "Natural""Pentax:ImageTone:1""Bright""Pentax:ImageTone:10""Cross Processing"
-    "Pentax:ImageTone:11""Flat""Pentax:ImageTone:2""Pentax:ImageTone:3""Pentax:ImageTone:32768"
-    "Pentax:ImageTone:4""Vibrant""Pentax:ImageTone:5""Pentax:ImageTone:6""Muted""Pentax:ImageTone:7"
-    "Reversal Film""Pentax:ImageTone:8""Bleach Bypass""Pentax:ImageTone:9""Radiant"
-    "Pentax:InternalFlashMode""Internal Flash Mode""Pentax:InternalFlashMode:0"
-    "Pentax:InternalFlashMode:134""Fired, Wireless (Control)""Pentax:InternalFlashMode:149"
-    "Fired, Wireless (Master)""Pentax:InternalFlashMode:192""Fired""Pentax:InternalFlashMode:193"
-    "Fired, Red-eye reduction""Pentax:InternalFlashMode:194""Fired, Auto"
-    "Pentax:InternalFlashMode:195""Fired, Auto, Red-eye reduction""Pentax:InternalFlashMode:198"
-    "Fired, Wireless (Control), Fired normally not as control""Pentax:InternalFlashMode:200"
-    "Fired, Slow-sync""Pentax:InternalFlashMode:201""Fired, Slow-sync, Red-eye reduction"
-    "Pentax:InternalFlashMode:202""Fired, Trailing-curtain Sync""Pentax:InternalFlashMode:240"
-    "Did not fire, Normal""Pentax:InternalFlashMode:241""Did not fire, Red-eye reduction"
-    "Pentax:InternalFlashMode:242""Did not fire, Auto""Pentax:InternalFlashMode:243"
-    "Did not fire, Auto, Red-eye reduction""Pentax:InternalFlashMode:244"
-    "Did not fire, (Unknown 0xf4)""Pentax:InternalFlashMode:245""Did not fire, Wireless (Master)"
-    "Pentax:InternalFlashMode:246""Did not fire, Wireless (Control)""Pentax:InternalFlashMode:248"
-    "Did not fire, Slow-sync""Pentax:InternalFlashMode:249"
-    "Did not fire, Slow-sync, Red-eye reduction""Pentax:InternalFlashMode:250"
-    "Did not fire, Trailing-curtain Sync""Pentax:InternalFlashStrength""Internal Flash Strength"
-    "Pentax:InternalSerialNumber""Internal Serial Number""Pentax:IntervalShooting"
-    "Pentax:IntervalShooting:0 0""Pentax:JpgRecordedPixels""Jpg Recorded Pixels"
-    "Pentax:JpgRecordedPixels:0""10 MP""Pentax:JpgRecordedPixels:1""6 MP"
-    "Pentax:JpgRecordedPixels:2""2 MP""Pentax:KelvinWB_01""Kelvin WB 01""Pentax:KelvinWB_02"
-    "Kelvin WB 02""Pentax:KelvinWB_03""Kelvin WB 03""Pentax:KelvinWB_04""Kelvin WB 04"
-    "Pentax:KelvinWB_05""Kelvin WB 05""Pentax:KelvinWB_06""Kelvin WB 06""Pentax:KelvinWB_07"
-    "Kelvin WB 07""Pentax:KelvinWB_08""Kelvin WB 08""Pentax:KelvinWB_09""Kelvin WB 09"
-    "Pentax:KelvinWB_10""Kelvin WB 10""Pentax:KelvinWB_11""Kelvin WB 11""Pentax:KelvinWB_12"
-    "Kelvin WB 12""Pentax:KelvinWB_13""Kelvin WB 13""Pentax:KelvinWB_14""Kelvin WB 14"
-    "Pentax:KelvinWB_15""Kelvin WB 15""Pentax:KelvinWB_16""Kelvin WB 16""Pentax:KelvinWB_Daylight"
-    "Kelvin WB Daylight""Pentax:LC1""Pentax:LC10""Pentax:LC11""Pentax:LC12""Pentax:LC14"
-    "Pentax:LC15""Pentax:LC3""Pentax:LC4""Pentax:LC5""Pentax:LC6""Pentax:LC7""Pentax:LC8"
-    "Pentax:LensFStops""Lens F Stops""Pentax:LensFocalLength""Lens Focal Length""Pentax:LensInfo"
-    "Lens Info""Pentax:LensKind""Lens Kind""Pentax:LensModel""Lens Model""Pentax:LensType"
-    "Lens Type""Pentax:LensType:0 0""M-42 or No Lens""Pentax:LensType:1 0""K or M Lens"
-    "Pentax:LensType:10 0""645 A Series Lens""Pentax:LensType:11 1""smc PENTAX-FA 645 75mm F2.8"
-    "Pentax:LensType:11 10""smc PENTAX-FA 645 150mm F2.8 [IF]""Pentax:LensType:11 11"
-    "smc PENTAX-FA 645 35mm F3.5 AL [IF]""Pentax:LensType:11 12"
-    "smc PENTAX-FA 645 300mm F5.6 ED [IF]""Pentax:LensType:11 14""smc PENTAX-FA 645 55-110mm F5.6"
-    "Pentax:LensType:11 16""smc PENTAX-FA 645 33-55mm F4.5 AL""Pentax:LensType:11 17"
-    "smc PENTAX-FA 645 150-300mm F5.6 ED [IF]""Pentax:LensType:11 2""smc PENTAX-FA 645 45mm F2.8"
-    "Pentax:LensType:11 21""HD PENTAX-D FA 645 35mm F3.5 AL [IF]""Pentax:LensType:11 3"
-    "smc PENTAX-FA* 645 300mm F4 ED [IF]""Pentax:LensType:11 4""smc PENTAX-FA 645 45-85mm F4.5"
-    "Pentax:LensType:11 5""smc PENTAX-FA 645 400mm F5.6 ED [IF]""Pentax:LensType:11 7"
-    "smc PENTAX-FA 645 Macro 120mm F4""Pentax:LensType:11 8""smc PENTAX-FA 645 80-160mm F4.5"
-    "Pentax:LensType:11 9""smc PENTAX-FA 645 200mm F4 [IF]""Pentax:LensType:13 18"
-    "smc PENTAX-D FA 645 55mm F2.8 AL [IF] SDM AW""Pentax:LensType:13 19"
-    "smc PENTAX-D FA 645 25mm F4 AL [IF] SDM AW""Pentax:LensType:13 20"
-    "HD PENTAX-D FA 645 90mm F2.8 ED AW SR""Pentax:LensType:13 253"
-    "HD PENTAX-DA 645 28-45mm F4.5 ED AW SR""Pentax:LensType:13 254"
-    "smc PENTAX-DA 645 25mm F4 AL [IF] SDM AW""Pentax:LensType:2 0""A Series Lens"
-    "Pentax:LensType:21 0""Pentax Q Manual Lens""Pentax:LensType:21 1""01 Standard Prime 8.5mm F1.9"
-    "Pentax:LensType:21 2""02 Standard Zoom 5-15mm F2.8-4.5""Pentax:LensType:21 233"
-    "Adapter Q for K-mount Lens""Pentax:LensType:21 6""06 Telephoto Zoom 15-45mm F2.8"
-    "Pentax:LensType:21 7""07 Mount Shield 11.5mm F9""Pentax:LensType:21 8"
-    "08 Wide Zoom 3.8-5.9mm F3.7-4""Pentax:LensType:22 3""03 Fish-eye 3.2mm F5.6"
-    "Pentax:LensType:22 4""04 Toy Lens Wide 6.3mm F7.1""Pentax:LensType:22 5"
-    "05 Toy Lens Telephoto 18mm F8""Pentax:LensType:3 0""Sigma""Pentax:LensType:3 17"
-    "smc PENTAX-FA SOFT 85mm F2.8""Pentax:LensType:3 18""smc PENTAX-F 1.7X AF ADAPTER"
-    "Pentax:LensType:3 19""smc PENTAX-F 24-50mm F4""Pentax:LensType:3 20"
-    "smc PENTAX-F 35-80mm F4-5.6""Pentax:LensType:3 21""smc PENTAX-F 80-200mm F4.7-5.6"
-    "Pentax:LensType:3 22""smc PENTAX-F FISH-EYE 17-28mm F3.5-4.5""Pentax:LensType:3 23"
-    "smc PENTAX-F 100-300mm F4.5-5.6 or Sigma Lens""Pentax:LensType:3 23.1"
-    "Sigma AF 28-300mm F3.5-5.6 DL IF""Pentax:LensType:3 23.2"
-    "Sigma AF 28-300mm F3.5-6.3 DG IF Macro""Pentax:LensType:3 23.3""Tokina 80-200mm F2.8 ATX-Pro"
-    "Pentax:LensType:3 24""smc PENTAX-F 35-135mm F3.5-4.5""Pentax:LensType:3 247"
-    "smc PENTAX-DA FISH-EYE 10-17mm F3.5-4.5 ED[IF]""Pentax:LensType:3 248"
-    "smc PENTAX-DA 12-24mm F4 ED AL[IF]""Pentax:LensType:3 25"
-    "smc PENTAX-F 35-105mm F4-5.6 or Sigma or Tokina Lens""Pentax:LensType:3 25.1"
-    "Sigma 55-200mm F4-5.6 DC""Pentax:LensType:3 25.2""Pentax:LensType:3 25.3"
-    "Sigma AF 28-300mm F3.5-6.3 DL IF""Pentax:LensType:3 25.4""Pentax:LensType:3 25.5"
-    "Pentax:LensType:3 250""smc PENTAX-DA 50-200mm F4-5.6 ED""Pentax:LensType:3 251"
-    "smc PENTAX-DA 40mm F2.8 Limited""Pentax:LensType:3 252""smc PENTAX-DA 18-55mm F3.5-5.6 AL"
-    "Pentax:LensType:3 253""smc PENTAX-DA 14mm F2.8 ED[IF]""Pentax:LensType:3 254"
-    "smc PENTAX-DA 16-45mm F4 ED AL""Pentax:LensType:3 255""Sigma Lens (3 255)"
-    "Pentax:LensType:3 255.1""Sigma 18-200mm F3.5-6.3 DC""Pentax:LensType:3 255.2"
-    "Sigma DL-II 35-80mm F4-5.6""Pentax:LensType:3 255.3""Sigma DL Zoom 75-300mm F4-5.6"
-    "Pentax:LensType:3 255.4""Sigma DF EX Aspherical 28-70mm F2.8""Pentax:LensType:3 255.5"
-    "Sigma AF Tele 400mm F5.6 Multi-coated""Pentax:LensType:3 255.6""Sigma 24-60mm F2.8 EX DG"
-    "Pentax:LensType:3 255.7""Sigma 70-300mm F4-5.6 Macro""Pentax:LensType:3 255.8"
-    "Pentax:LensType:3 255.9""Sigma 18-50mm F2.8 EX DC""Pentax:LensType:3 26"
-    "smc PENTAX-F* 250-600mm F5.6 ED[IF]""Pentax:LensType:3 27"
-    "smc PENTAX-F 28-80mm F3.5-4.5 or Tokina Lens""Pentax:LensType:3 27.1"
-    "Tokina AT-X Pro AF 28-70mm F2.6-2.8""Pentax:LensType:3 28"
-    "smc PENTAX-F 35-70mm F3.5-4.5 or Tokina Lens""Pentax:LensType:3 28.1"
-    "Tokina 19-35mm F3.5-4.5 AF""Pentax:LensType:3 28.2""Tokina AT-X AF 400mm F5.6"
-    "Pentax:LensType:3 29""PENTAX-F 28-80mm F3.5-4.5 or Sigma or Tokina Lens"
-    "Pentax:LensType:3 29.1""Sigma AF 18-125mm F3.5-5.6 DC""Pentax:LensType:3 29.2"
-    "Tokina AT-X PRO 28-70mm F2.6-2.8""Pentax:LensType:3 30""PENTAX-F 70-200mm F4-5.6"
-    "Pentax:LensType:3 31""smc PENTAX-F 70-210mm F4-5.6 or Tokina or Takumar Lens"
-    "Pentax:LensType:3 31.1""Tokina AF 730 75-300mm F4.5-5.6""Pentax:LensType:3 31.2"
-    "Takumar-F 70-210mm F4-5.6""Pentax:LensType:3 32""smc PENTAX-F 50mm F1.4""Pentax:LensType:3 33"
-    "smc PENTAX-F 50mm F1.7""Pentax:LensType:3 34""smc PENTAX-F 135mm F2.8 [IF]"
-    "Pentax:LensType:3 35""smc PENTAX-F 28mm F2.8""Pentax:LensType:3 36"
-    "Sigma 20mm F1.8 EX DG Aspherical RF""Pentax:LensType:3 38""smc PENTAX-F* 300mm F4.5 ED[IF]"
-    "Pentax:LensType:3 39""smc PENTAX-F* 600mm F4 ED[IF]""Pentax:LensType:3 40"
-    "smc PENTAX-F Macro 100mm F2.8""Pentax:LensType:3 41"
-    "smc PENTAX-F Macro 50mm F2.8 or Sigma Lens""Pentax:LensType:3 41.1""Sigma 50mm F2.8 Macro"
-    "Pentax:LensType:3 42""Sigma 300mm F2.8 EX DG APO IF""Pentax:LensType:3 44"
-    "Sigma or Tamron Lens (3 44)""Pentax:LensType:3 44.1""Sigma AF 10-20mm F4-5.6 EX DC"
-    "Pentax:LensType:3 44.2""Sigma 12-24mm F4.5-5.6 EX DG""Pentax:LensType:3 44.3"
-    "Sigma 17-70mm F2.8-4.5 DC Macro""Pentax:LensType:3 44.4""Sigma 18-50mm F3.5-5.6 DC"
-    "Pentax:LensType:3 44.5""Sigma 17-35mm F2.8-4 EX DG""Pentax:LensType:3 44.6"
-    "Tamron 35-90mm F4-5.6 AF""Pentax:LensType:3 44.7""Sigma AF 18-35mm F3.5-4.5 Aspherical"
-    "Pentax:LensType:3 46""Sigma or Samsung Lens (3 46)""Pentax:LensType:3 46.1"
-    "Sigma APO 70-200mm F2.8 EX""Pentax:LensType:3 46.2""Sigma EX APO 100-300mm F4 IF"
-    "Pentax:LensType:3 46.3""Samsung/Schneider D-XENON 50-200mm F4-5.6 ED""Pentax:LensType:3 50"
-    "smc PENTAX-FA 28-70mm F4 AL""Pentax:LensType:3 51""Sigma 28mm F1.8 EX DG Aspherical Macro"
-    "Pentax:LensType:3 52""smc PENTAX-FA 28-200mm F3.8-5.6 AL[IF] or Tamron Lens"
-    "Pentax:LensType:3 52.1""Tamron AF LD 28-200mm F3.8-5.6 [IF] Aspherical (171D)"
-    "Pentax:LensType:3 53""smc PENTAX-FA 28-80mm F3.5-5.6 AL""Pentax:LensType:31 1""GR Lens"
-    "Pentax:LensType:4 1""smc PENTAX-FA SOFT 28mm F2.8""Pentax:LensType:4 10""Irix 15mm F2.4"
-    "Pentax:LensType:4 12""smc PENTAX-FA 50mm F1.4""Pentax:LensType:4 15"
-    "smc PENTAX-FA 28-105mm F4-5.6 [IF]""Pentax:LensType:4 16""Tamron AF 80-210mm F4-5.6 (178D)"
-    "Pentax:LensType:4 19""Tamron SP AF 90mm F2.8 (172E)""Pentax:LensType:4 2"
-    "smc PENTAX-FA 80-320mm F4.5-5.6""Pentax:LensType:4 20""smc PENTAX-FA 28-80mm F3.5-5.6"
-    "Pentax:LensType:4 21""Cosina AF 100-300mm F5.6-6.7""Pentax:LensType:4 214"
-    "smc PENTAX-DA 35mm F2.4 AL""Pentax:LensType:4 22""Tokina 28-80mm F3.5-5.6"
-    "Pentax:LensType:4 229""smc PENTAX-DA 18-55mm F3.5-5.6 AL II""Pentax:LensType:4 23"
-    "smc PENTAX-FA 20-35mm F4 AL""Pentax:LensType:4 230""Tamron SP AF 17-50mm F2.8 XR Di II"
-    "Pentax:LensType:4 231""smc PENTAX-DA 18-250mm F3.5-6.3 ED AL [IF]""Pentax:LensType:4 237"
-    "Samsung/Schneider D-XENOGON 10-17mm F3.5-4.5""Pentax:LensType:4 239"
-    "Samsung/Schneider D-XENON 12-24mm F4 ED AL [IF]""Pentax:LensType:4 24"
-    "smc PENTAX-FA 77mm F1.8 Limited""Pentax:LensType:4 242"
-    "smc PENTAX-DA* 16-50mm F2.8 ED AL [IF] SDM (SDM unused)""Pentax:LensType:4 243"
-    "smc PENTAX-DA 70mm F2.4 Limited""Pentax:LensType:4 244""smc PENTAX-DA 21mm F3.2 AL Limited"
-    "Pentax:LensType:4 245""Samsung/Schneider D-XENON 50-200mm F4-5.6""Pentax:LensType:4 246"
-    "Samsung/Schneider D-XENON 18-55mm F3.5-5.6""Pentax:LensType:4 247""Pentax:LensType:4 248"
-    "smc PENTAX-DA 12-24mm F4 ED AL [IF]""Pentax:LensType:4 249"
-    "Tamron XR DiII 18-200mm F3.5-6.3 (A14)""Pentax:LensType:4 25""Tamron SP AF 14mm F2.8"
-    "Pentax:LensType:4 250""Pentax:LensType:4 251""Pentax:LensType:4 252""Pentax:LensType:4 253"
-    "Pentax:LensType:4 254""Pentax:LensType:4 26""smc PENTAX-FA Macro 100mm F3.5 or Cosina Lens"
-    "Pentax:LensType:4 26.1""Cosina 100mm F3.5 Macro""Pentax:LensType:4 27"
-    "Tamron AF 28-300mm F3.5-6.3 LD Aspherical[IF] Macro (185D/285D)""Pentax:LensType:4 28"
-    "smc PENTAX-FA 35mm F2 AL""Pentax:LensType:4 29"
-    "Tamron AF 28-200mm F3.8-5.6 LD Super II Macro (371D)""Pentax:LensType:4 3"
-    "smc PENTAX-FA 43mm F1.9 Limited""Pentax:LensType:4 34""smc PENTAX-FA 24-90mm F3.5-4.5 AL[IF]"
-    "Pentax:LensType:4 35""smc PENTAX-FA 100-300mm F4.7-5.8""Pentax:LensType:4 36"
-    "Tamron AF 70-300mm F4-5.6 LD Macro 1:2""Pentax:LensType:4 37"
-    "Tamron SP AF 24-135mm F3.5-5.6 AD AL (190D)""Pentax:LensType:4 38"
-    "smc PENTAX-FA 28-105mm F3.2-4.5 AL[IF]""Pentax:LensType:4 39"
-    "smc PENTAX-FA 31mm F1.8 AL Limited""Pentax:LensType:4 41"
-    "Tamron AF 28-200mm Super Zoom F3.8-5.6 Aspherical XR [IF] Macro (A03)""Pentax:LensType:4 43"
-    "smc PENTAX-FA 28-90mm F3.5-5.6""Pentax:LensType:4 44""smc PENTAX-FA J 75-300mm F4.5-5.8 AL"
-    "Pentax:LensType:4 45""Tamron Lens (4 45)""Pentax:LensType:4 45.1"
-    "Tamron 28-300mm F3.5-6.3 Ultra zoom XR""Pentax:LensType:4 45.2"
-    "Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro""Pentax:LensType:4 46"
-    "smc PENTAX-FA J 28-80mm F3.5-5.6 AL""Pentax:LensType:4 47""smc PENTAX-FA J 18-35mm F4-5.6 AL"
-    "Pentax:LensType:4 49""Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro"
-    "Pentax:LensType:4 51""smc PENTAX-D FA 50mm F2.8 Macro""Pentax:LensType:4 52"
-    "smc PENTAX-D FA 100mm F2.8 Macro""Pentax:LensType:4 55""Samsung/Schneider D-XENOGON 35mm F2"
-    "Pentax:LensType:4 56""Samsung/Schneider D-XENON 100mm F2.8 Macro""Pentax:LensType:4 6"
-    "smc PENTAX-FA 35-80mm F4-5.6""Pentax:LensType:4 7""Irix 45mm F1.4""Pentax:LensType:4 75"
-    "Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro (A001)""Pentax:LensType:4 8""Irix 150mm F2.8 Macro"
-    "Pentax:LensType:4 9""Irix 11mm F4 Firefly""Pentax:LensType:5 1""smc PENTAX-FA* 24mm F2 AL[IF]"
-    "Pentax:LensType:5 10""smc PENTAX-FA* 85mm F1.4 [IF]""Pentax:LensType:5 11"
-    "smc PENTAX-FA* 200mm F2.8 ED[IF]""Pentax:LensType:5 12""smc PENTAX-FA 28-80mm F3.5-4.7"
-    "Pentax:LensType:5 13""smc PENTAX-FA 70-200mm F4-5.6""Pentax:LensType:5 14"
-    "smc PENTAX-FA* 250-600mm F5.6 ED[IF]""Pentax:LensType:5 15""smc PENTAX-FA 28-105mm F4-5.6"
-    "Pentax:LensType:5 16""smc PENTAX-FA 100-300mm F4.5-5.6""Pentax:LensType:5 2"
-    "smc PENTAX-FA 28mm F2.8 AL""Pentax:LensType:5 3""smc PENTAX-FA 50mm F1.7""Pentax:LensType:5 4"
-    "Pentax:LensType:5 5""smc PENTAX-FA* 600mm F4 ED[IF]""Pentax:LensType:5 6"
-    "smc PENTAX-FA* 300mm F4.5 ED[IF]""Pentax:LensType:5 7""smc PENTAX-FA 135mm F2.8 [IF]"
-    "Pentax:LensType:5 8""smc PENTAX-FA Macro 50mm F2.8""Pentax:LensType:5 9"
-    "smc PENTAX-FA Macro 100mm F2.8""Pentax:LensType:5 98""Pentax:LensType:6 1"
-    "Pentax:LensType:6 10""smc PENTAX-FA* 400mm F5.6 ED[IF]""Pentax:LensType:6 13"
-    "Pentax:LensType:6 14""smc PENTAX-FA* Macro 200mm F4 ED[IF]""Pentax:LensType:6 2"
-    "Pentax:LensType:6 3""smc PENTAX-FA* 300mm F2.8 ED[IF]""Pentax:LensType:6 4"
-    "smc PENTAX-FA* 28-70mm F2.8 AL""Pentax:LensType:6 5""smc PENTAX-FA* 80-200mm F2.8 ED[IF]"
-    "Pentax:LensType:6 6""Pentax:LensType:6 7""Pentax:LensType:6 8""smc PENTAX-FA 28-70mm F4AL"
-    "Pentax:LensType:6 9""smc PENTAX-FA 20mm F2.8""Pentax:LensType:7 0""Pentax:LensType:7 201"
-    "smc Pentax-DA L 50-200mm F4-5.6 ED WR""Pentax:LensType:7 202"
-    "smc PENTAX-DA L 18-55mm F3.5-5.6 AL WR""Pentax:LensType:7 203"
-    "HD PENTAX-DA 55-300mm F4-5.8 ED WR""Pentax:LensType:7 204""HD PENTAX-DA 15mm F4 ED AL Limited"
-    "Pentax:LensType:7 205""HD PENTAX-DA 35mm F2.8 Macro Limited""Pentax:LensType:7 206"
-    "HD PENTAX-DA 70mm F2.4 Limited""Pentax:LensType:7 207""HD PENTAX-DA 21mm F3.2 ED AL Limited"
-    "Pentax:LensType:7 208""HD PENTAX-DA 40mm F2.8 Limited""Pentax:LensType:7 212"
-    "smc PENTAX-DA 50mm F1.8""Pentax:LensType:7 213""smc PENTAX-DA 40mm F2.8 XS"
-    "Pentax:LensType:7 214""Pentax:LensType:7 216""smc PENTAX-DA L 55-300mm F4-5.8 ED"
-    "Pentax:LensType:7 217""smc PENTAX-DA 50-200mm F4-5.6 ED WR""Pentax:LensType:7 218"
-    "smc PENTAX-DA 18-55mm F3.5-5.6 AL WR""Pentax:LensType:7 220"
-    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical [IF]""Pentax:LensType:7 221"
-    "smc PENTAX-DA L 50-200mm F4-5.6 ED""Pentax:LensType:7 222""smc PENTAX-DA L 18-55mm F3.5-5.6"
-    "Pentax:LensType:7 223""Samsung/Schneider D-XENON 18-55mm F3.5-5.6 II""Pentax:LensType:7 224"
-    "smc PENTAX-DA 15mm F4 ED AL Limited""Pentax:LensType:7 225"
-    "Samsung/Schneider D-XENON 18-250mm F3.5-6.3""Pentax:LensType:7 226"
-    "smc PENTAX-DA* 55mm F1.4 SDM (SDM unused)""Pentax:LensType:7 227"
-    "smc PENTAX-DA* 60-250mm F4 [IF] SDM (SDM unused)""Pentax:LensType:7 228""Samsung 16-45mm F4 ED"
-    "Pentax:LensType:7 229""Pentax:LensType:7 230""Tamron AF 17-50mm F2.8 XR Di-II LD (Model A16)"
-    "Pentax:LensType:7 231""Pentax:LensType:7 233""smc PENTAX-DA 35mm F2.8 Macro Limited"
-    "Pentax:LensType:7 234""smc PENTAX-DA* 300mm F4 ED [IF] SDM (SDM unused)""Pentax:LensType:7 235"
-    "smc PENTAX-DA* 200mm F2.8 ED [IF] SDM (SDM unused)""Pentax:LensType:7 236"
-    "smc PENTAX-DA 55-300mm F4-5.8 ED""Pentax:LensType:7 238"
-    "Tamron AF 18-250mm F3.5-6.3 Di II LD Aspherical [IF] Macro""Pentax:LensType:7 241"
-    "smc PENTAX-DA* 50-135mm F2.8 ED [IF] SDM (SDM unused)""Pentax:LensType:7 242"
-    "Pentax:LensType:7 243""Pentax:LensType:7 244""Pentax:LensType:7 58"
-    "smc PENTAX-D FA Macro 100mm F2.8 WR""Pentax:LensType:7 75""Pentax:LensType:8 0"
-    "Sigma 50-150mm F2.8 II APO EX DC HSM""Pentax:LensType:8 11""Sigma 10-20mm F3.5 EX DC HSM"
-    "Pentax:LensType:8 12""Sigma 70-300mm F4-5.6 DG OS""Pentax:LensType:8 13"
-    "Sigma 120-400mm F4.5-5.6 APO DG OS HSM""Pentax:LensType:8 14"
-    "Sigma 17-70mm F2.8-4.0 DC Macro OS HSM""Pentax:LensType:8 15"
-    "Sigma 150-500mm F5-6.3 APO DG OS HSM""Pentax:LensType:8 16"
-    "Sigma 70-200mm F2.8 EX DG Macro HSM II""Pentax:LensType:8 17"
-    "Sigma 50-500mm F4.5-6.3 DG OS HSM""Pentax:LensType:8 18""Sigma 8-16mm F4.5-5.6 DC HSM"
-    "Pentax:LensType:8 195""HD PENTAX DA* 16-50mm F2.8 ED PLM AW""Pentax:LensType:8 196"
-    "HD PENTAX-DA* 11-18mm F2.8 ED DC AW""Pentax:LensType:8 197"
-    "HD PENTAX-DA 55-300mm F4.5-6.3 ED PLM WR RE""Pentax:LensType:8 198"
-    "smc PENTAX-DA L 18-50mm F4-5.6 DC WR RE""Pentax:LensType:8 199"
-    "HD PENTAX-DA 18-50mm F4-5.6 DC WR RE""Pentax:LensType:8 20""Sigma 18-50mm F2.8-4.5 DC HSM"
-    "Pentax:LensType:8 200""HD PENTAX-DA 16-85mm F3.5-5.6 ED DC WR""Pentax:LensType:8 209"
-    "HD PENTAX-DA 20-40mm F2.8-4 ED Limited DC WR""Pentax:LensType:8 21"
-    "Sigma 17-50mm F2.8 EX DC OS HSM""Pentax:LensType:8 210""smc PENTAX-DA 18-270mm F3.5-6.3 ED SDM"
-    "Pentax:LensType:8 211""HD PENTAX-DA 560mm F5.6 ED AW""Pentax:LensType:8 215"
-    "smc PENTAX-DA 18-135mm F3.5-5.6 ED AL [IF] DC WR""Pentax:LensType:8 22"
-    "Sigma 85mm F1.4 EX DG HSM""Pentax:LensType:8 226""smc PENTAX-DA* 55mm F1.4 SDM"
-    "Pentax:LensType:8 227""smc PENTAX-DA* 60-250mm F4 [IF] SDM""Pentax:LensType:8 23"
-    "Sigma 70-200mm F2.8 APO EX DG OS HSM""Pentax:LensType:8 232"
-    "smc PENTAX-DA 17-70mm F4 AL [IF] SDM""Pentax:LensType:8 234"
-    "smc PENTAX-DA* 300mm F4 ED [IF] SDM""Pentax:LensType:8 235"
-    "smc PENTAX-DA* 200mm F2.8 ED [IF] SDM""Pentax:LensType:8 24"
-    "Sigma 17-70mm F2.8-4 DC Macro OS HSM""Pentax:LensType:8 241"
-    "smc PENTAX-DA* 50-135mm F2.8 ED [IF] SDM""Pentax:LensType:8 242"
-    "smc PENTAX-DA* 16-50mm F2.8 ED AL [IF] SDM""Pentax:LensType:8 25""Sigma 17-50mm F2.8 EX DC HSM"
-    "Pentax:LensType:8 255""Sigma Lens (8 255)""Pentax:LensType:8 255.1""Pentax:LensType:8 255.2"
-    "Sigma 150-500mm F5-6.3 DG APO [OS] HSM""Pentax:LensType:8 255.3""Pentax:LensType:8 255.4"
-    "Sigma 4.5mm F2.8 EX DC HSM Circular Fisheye""Pentax:LensType:8 255.5"
-    "Sigma 50-200mm F4-5.6 DC OS""Pentax:LensType:8 255.6""Sigma 24-70mm F2.8 EX DG HSM"
-    "Pentax:LensType:8 27""Sigma 18-200mm F3.5-6.3 II DC HSM""Pentax:LensType:8 28"
-    "Sigma 18-250mm F3.5-6.3 DC Macro HSM""Pentax:LensType:8 29""Sigma 35mm F1.4 DG HSM"
-    "Pentax:LensType:8 3""Sigma 18-125mm F3.8-5.6 DC HSM""Pentax:LensType:8 30"
-    "Sigma 17-70mm F2.8-4 DC Macro HSM | C""Pentax:LensType:8 31""Sigma 18-35mm F1.8 DC HSM"
-    "Pentax:LensType:8 32""Sigma 30mm F1.4 DC HSM | A""Pentax:LensType:8 33"
-    "Sigma 18-200mm F3.5-6.3 DC Macro HSM""Pentax:LensType:8 34"
-    "Sigma 18-300mm F3.5-6.3 DC Macro HSM""Pentax:LensType:8 4""Sigma 50mm F1.4 EX DG HSM"
-    "Pentax:LensType:8 59""HD PENTAX-D FA 150-450mm F4.5-5.6 ED DC AW""Pentax:LensType:8 6"
-    "Sigma 4.5mm F2.8 EX DC Fisheye""Pentax:LensType:8 60""HD PENTAX-D FA* 70-200mm F2.8 ED DC AW"
-    "Pentax:LensType:8 61""HD PENTAX-D FA 28-105mm F3.5-5.6 ED DC WR""Pentax:LensType:8 62"
-    "HD PENTAX-D FA 24-70mm F2.8 ED SDM WR""Pentax:LensType:8 63"
-    "HD PENTAX-D FA 15-30mm F2.8 ED SDM WR""Pentax:LensType:8 64""HD PENTAX-D FA* 50mm F1.4 SDM AW"
-    "Pentax:LensType:8 65""HD PENTAX-D FA 70-210mm F4 ED SDM WR""Pentax:LensType:8 66"
-    "HD PENTAX-D FA 85mm F1.4 ED SDM AW""Pentax:LensType:8 67"
-    "HD PENTAX-D FA 21mm F2.4 ED Limited DC WR""Pentax:LensType:8 7"
-    "Sigma 24-70mm F2.8 IF EX DG HSM""Pentax:LensType:8 8""Sigma 18-250mm F3.5-6.3 DC OS HSM"
-    "Pentax:LensType:9 0""645 Manual Lens""Pentax:LensType:9 24""HD PENTAX-FA 77mm F1.8 Limited"
-    "Pentax:LensType:9 247""HD PENTAX-DA FISH-EYE 10-17mm F3.5-4.5 ED [IF]""Pentax:LensType:9 3"
-    "HD PENTAX-FA 43mm F1.9 Limited""Pentax:LensType:9 39""HD PENTAX-FA 31mm F1.8 AL Limited"
-    "Pentax:LevelIndicator""Level Indicator""Pentax:LevelOrientation""Level Orientation"
-    "Pentax:LevelOrientation:0""Pentax:LevelOrientation:1""Pentax:LevelOrientation:10"
-    "Rotate 180; Off Level""Pentax:LevelOrientation:11""Rotate 90 CW; Off Level"
-    "Pentax:LevelOrientation:12""Rotate 270 CW; Off Level""Pentax:LevelOrientation:13"
-    "Pentax:LevelOrientation:14""Pentax:LevelOrientation:2""Pentax:LevelOrientation:3"
-    "Pentax:LevelOrientation:4""Pentax:LevelOrientation:9""Horizontal; Off Level"
-    "Pentax:LightReading""Light Reading""Pentax:LinkAEToAFPoint""Link AE To AF Point"
-    "Pentax:LinkAEToAFPoint:0""Pentax:LinkAEToAFPoint:1""Pentax:Make""Pentax:MakerNoteVersion"
-    "Maker Note Version""Pentax:ManufactureDate""Manufacture Date""Pentax:MaxAperture""Max Aperture"
-    "Pentax:MeteringMode""Metering Mode""Pentax:MeteringMode2""Metering Mode 2"
-    "Pentax:MeteringMode2:0""Pentax:MeteringMode2:1""Pentax:MeteringMode2:2""Pentax:MeteringMode3"
-    "Metering Mode 3""Pentax:MeteringMode3:0""Pentax:MeteringMode3:1""Pentax:MeteringMode3:2"
-    "Pentax:MeteringMode:0""Pentax:MeteringMode:1""Pentax:MeteringMode:2""Pentax:MinAperture"
-    "Min Aperture""Pentax:MinAperture:0""Pentax:MinAperture:1""Pentax:MinAperture:2"
-    "Pentax:MinAperture:3""Pentax:MinFocusDistance""Min Focus Distance""Pentax:MinFocusDistance:0"
-    "0.13-0.19 m""Pentax:MinFocusDistance:1""0.20-0.24 m""Pentax:MinFocusDistance:10""1.0 m"
-    "Pentax:MinFocusDistance:11""1.1-1.2 m""Pentax:MinFocusDistance:12""1.4-1.5 m"
-    "Pentax:MinFocusDistance:13""1.5 m""Pentax:MinFocusDistance:14""2.0 m"
-    "Pentax:MinFocusDistance:15""2.0-2.1 m""Pentax:MinFocusDistance:16""2.1 m"
-    "Pentax:MinFocusDistance:17""2.2-2.9 m""Pentax:MinFocusDistance:18""3.0 m"
-    "Pentax:MinFocusDistance:19""4-5 m""Pentax:MinFocusDistance:2""0.25-0.28 m"
-    "Pentax:MinFocusDistance:20""5.6 m""Pentax:MinFocusDistance:3""0.28-0.30 m"
-    "Pentax:MinFocusDistance:4""0.35-0.38 m""Pentax:MinFocusDistance:5""0.40-0.45 m"
-    "Pentax:MinFocusDistance:6""0.49-0.50 m""Pentax:MinFocusDistance:7""0.6 m"
-    "Pentax:MinFocusDistance:8""0.7 m""Pentax:MinFocusDistance:9""0.8-0.9 m""Pentax:Model"
-    "Camera Model Name""Pentax:MonochromeFilterEffect""Monochrome Filter Effect"
-    "Pentax:MonochromeFilterEffect:1""Pentax:MonochromeFilterEffect:2"
-    "Pentax:MonochromeFilterEffect:3""Pentax:MonochromeFilterEffect:4"
-    "Pentax:MonochromeFilterEffect:5""Pentax:MonochromeFilterEffect:6"
-    "Pentax:MonochromeFilterEffect:65535""Pentax:MonochromeFilterEffect:7"
-    "Pentax:MonochromeFilterEffect:8""Infrared""Pentax:MonochromeToning""Monochrome Toning"
-    "Pentax:MonochromeToning:0""Pentax:MonochromeToning:1""Pentax:MonochromeToning:2"
-    "Pentax:MonochromeToning:3""Pentax:MonochromeToning:4""Pentax:MonochromeToning:5"
-    "Pentax:MonochromeToning:6""Pentax:MonochromeToning:65535""Pentax:MonochromeToning:7"
-    "Pentax:MonochromeToning:8""Pentax:MultipleExposureSet""Multiple Exposure Set"
-    "Pentax:MultipleExposureSet:0""Pentax:MultipleExposureSet:1""Pentax:NeutralDensityFilter"
-    "Neutral Density Filter""Pentax:NeutralDensityFilter:0""Pentax:NeutralDensityFilter:0 2"
-    "Off (0 2)""Pentax:NeutralDensityFilter:1""Pentax:NeutralDensityFilter:1 2""On (1 2)"
-    "Pentax:NewLensDataHook""New Lens Data Hook""Pentax:NoiseReduction""Noise Reduction"
-    "Pentax:NoiseReduction:0""Pentax:NoiseReduction:1""Pentax:NominalMaxAperture"
-    "Nominal Max Aperture""Pentax:NominalMinAperture""Nominal Min Aperture""Pentax:NumAFPoints"
-    "Num AF Points""Pentax:PentaxImageSize""Pentax Image Size""Pentax:PentaxImageSize:0""640x480"
-    "Pentax:PentaxImageSize:0 0""2304x1728""Pentax:PentaxImageSize:1""Pentax:PentaxImageSize:10"
-    "3264x2448""Pentax:PentaxImageSize:129""1920x1080""Pentax:PentaxImageSize:135""4608x2592"
-    "Pentax:PentaxImageSize:19""320x240""Pentax:PentaxImageSize:2""1024x768"
-    "Pentax:PentaxImageSize:20""2288x1712""Pentax:PentaxImageSize:21""2592x1944"
-    "Pentax:PentaxImageSize:22""2304x1728 or 2592x1944""Pentax:PentaxImageSize:23""3056x2296"
-    "Pentax:PentaxImageSize:25""2816x2212 or 2816x2112""Pentax:PentaxImageSize:257""3216x3216"
-    "Pentax:PentaxImageSize:27""3648x2736""Pentax:PentaxImageSize:29""4000x3000"
-    "Pentax:PentaxImageSize:3""1280x960""Pentax:PentaxImageSize:30""4288x3216"
-    "Pentax:PentaxImageSize:31""4608x3456""Pentax:PentaxImageSize:32 2""960x640"
-    "Pentax:PentaxImageSize:33 2""1152x768""Pentax:PentaxImageSize:34 2""1536x1024"
-    "Pentax:PentaxImageSize:35 1""2400x1600""Pentax:PentaxImageSize:36 0""3008x2008 or 3040x2024"
-    "Pentax:PentaxImageSize:37 0""3008x2000""Pentax:PentaxImageSize:4""1600x1200"
-    "Pentax:PentaxImageSize:4 0""Pentax:PentaxImageSize:5""2048x1536""Pentax:PentaxImageSize:5 0"
-    "Pentax:PentaxImageSize:8""2560x1920 or 2304x1728""Pentax:PentaxImageSize:8 0""2560x1920"
-    "Pentax:PentaxImageSize:9""3072x2304""Pentax:PentaxModelID""Pentax Model ID"
-    "Pentax:PentaxModelID:13""Optio 330/430""Pentax:PentaxModelID:76070""Optio 230"
-    "Pentax:PentaxModelID:76120""Optio 330GS""Pentax:PentaxModelID:76130""Optio 450/550"
-    "Pentax:PentaxModelID:76140""Optio S""Pentax:PentaxModelID:76145""Optio S V1.01"
-    "Pentax:PentaxModelID:76180""*ist D""Pentax:PentaxModelID:76210""Optio 33L"
-    "Pentax:PentaxModelID:76220""Optio 33LF""Pentax:PentaxModelID:76230""Optio 33WR/43WR/555"
-    "Pentax:PentaxModelID:76245""Optio S4""Pentax:PentaxModelID:76290""Optio MX"
-    "Pentax:PentaxModelID:76300""Optio S40""Pentax:PentaxModelID:76310""Optio S4i"
-    "Pentax:PentaxModelID:76340""Optio 30""Pentax:PentaxModelID:76370""Optio S30"
-    "Pentax:PentaxModelID:76390""Optio 750Z""Pentax:PentaxModelID:76400""Optio SV"
-    "Pentax:PentaxModelID:76405""Optio SVi""Pentax:PentaxModelID:76410""Optio X"
-    "Pentax:PentaxModelID:76430""Optio S5i""Pentax:PentaxModelID:76440""Optio S50"
-    "Pentax:PentaxModelID:76450""*ist DS""Pentax:PentaxModelID:76470""Optio MX4"
-    "Pentax:PentaxModelID:76480""Optio S5n""Pentax:PentaxModelID:76490""Optio WP"
-    "Pentax:PentaxModelID:76540""Optio S55""Pentax:PentaxModelID:76560""Optio S5z"
-    "Pentax:PentaxModelID:76570""*ist DL""Pentax:PentaxModelID:76580""Optio S60"
-    "Pentax:PentaxModelID:76590""Optio S45""Pentax:PentaxModelID:76600""Optio S6"
-    "Pentax:PentaxModelID:76620""Optio WPi""Pentax:PentaxModelID:76630""BenQ DC X600"
-    "Pentax:PentaxModelID:76640""*ist DS2""Pentax:PentaxModelID:76642""Samsung GX-1S"
-    "Pentax:PentaxModelID:76650""Optio A10""Pentax:PentaxModelID:76670""*ist DL2"
-    "Pentax:PentaxModelID:76672""Samsung GX-1L""Pentax:PentaxModelID:76700""K100D"
-    "Pentax:PentaxModelID:76701""K110D""Pentax:PentaxModelID:76706""K100D Super"
-    "Pentax:PentaxModelID:76720""Optio T10/T20""Pentax:PentaxModelID:76770""Optio W10"
-    "Pentax:PentaxModelID:76790""Optio M10""Pentax:PentaxModelID:76830""K10D"
-    "Pentax:PentaxModelID:76832""Samsung GX10""Pentax:PentaxModelID:76840""Optio S7"
-    "Pentax:PentaxModelID:76845""Optio L20""Pentax:PentaxModelID:76850""Optio M20"
-    "Pentax:PentaxModelID:76860""Optio W20""Pentax:PentaxModelID:76870""Optio A20"
-    "Pentax:PentaxModelID:76920""Optio E30""Pentax:PentaxModelID:76925""Optio E35"
-    "Pentax:PentaxModelID:76930""Optio T30""Pentax:PentaxModelID:76940""Optio M30"
-    "Pentax:PentaxModelID:76945""Optio L30""Pentax:PentaxModelID:76950""Optio W30"
-    "Pentax:PentaxModelID:76960""Optio A30""Pentax:PentaxModelID:76980""Optio E40"
-    "Pentax:PentaxModelID:76990""Optio M40""Pentax:PentaxModelID:76995""Optio L40"
-    "Pentax:PentaxModelID:76997""Optio L36""Pentax:PentaxModelID:77000""Optio Z10"
-    "Pentax:PentaxModelID:77010""K20D""Pentax:PentaxModelID:77012""Samsung GX20"
-    "Pentax:PentaxModelID:77020""Optio S10""Pentax:PentaxModelID:77030""Optio A40"
-    "Pentax:PentaxModelID:77040""Optio V10""Pentax:PentaxModelID:77050""K200D"
-    "Pentax:PentaxModelID:77060""Optio S12""Pentax:PentaxModelID:77070""Optio E50"
-    "Pentax:PentaxModelID:77080""Optio M50""Pentax:PentaxModelID:77090""Optio L50"
-    "Pentax:PentaxModelID:77100""Optio V20""Pentax:PentaxModelID:77120""Optio W60"
-    "Pentax:PentaxModelID:77130""Optio M60""Pentax:PentaxModelID:77160""Optio E60/M90"
-    "Pentax:PentaxModelID:77170""K2000""Pentax:PentaxModelID:77171""K-m""Pentax:PentaxModelID:77190"
-    "Optio P70""Pentax:PentaxModelID:77200""Optio L70""Pentax:PentaxModelID:77210""Optio E70"
-    "Pentax:PentaxModelID:77230""X70""Pentax:PentaxModelID:77240""K-7""Pentax:PentaxModelID:77260"
-    "Optio W80""Pentax:PentaxModelID:77290""Optio P80""Pentax:PentaxModelID:77300""Optio WS80"
-    "Pentax:PentaxModelID:77310""K-x""Pentax:PentaxModelID:77320""645D""Pentax:PentaxModelID:77330"
-    "Optio E80""Pentax:PentaxModelID:77360""Optio W90""Pentax:PentaxModelID:77370""Optio I-10"
-    "Pentax:PentaxModelID:77380""Optio H90""Pentax:PentaxModelID:77390""Optio E90"
-    "Pentax:PentaxModelID:77400""X90""Pentax:PentaxModelID:77420""K-r""Pentax:PentaxModelID:77430"
-    "K-5""Pentax:PentaxModelID:77450""Optio RS1000/RS1500""Pentax:PentaxModelID:77460""Optio RZ10"
-    "Pentax:PentaxModelID:77470""Optio LS1000""Pentax:PentaxModelID:77500""Optio WG-1 GPS"
-    "Pentax:PentaxModelID:77520""Optio S1""Pentax:PentaxModelID:77540""Q"
-    "Pentax:PentaxModelID:77560""K-01""Pentax:PentaxModelID:77580""Optio RZ18"
-    "Pentax:PentaxModelID:77590""Optio VS20""Pentax:PentaxModelID:77610""Optio WG-2 GPS"
-    "Pentax:PentaxModelID:77640""Optio LS465""Pentax:PentaxModelID:77650""K-30"
-    "Pentax:PentaxModelID:77660""X-5""Pentax:PentaxModelID:77670""Q10""Pentax:PentaxModelID:77680"
-    "K-5 II""Pentax:PentaxModelID:77681""K-5 II s""Pentax:PentaxModelID:77690""Q7"
-    "Pentax:PentaxModelID:77700""MX-1""Pentax:PentaxModelID:77710""WG-3 GPS"
-    "Pentax:PentaxModelID:77720""WG-3""Pentax:PentaxModelID:77730""WG-10"
-    "Pentax:PentaxModelID:77750""K-50""Pentax:PentaxModelID:77760""K-3""Pentax:PentaxModelID:77770"
-    "K-500""Pentax:PentaxModelID:77790""WG-4 GPS""Pentax:PentaxModelID:77800""WG-4"
-    "Pentax:PentaxModelID:77830""WG-20""Pentax:PentaxModelID:77840""645Z"
-    "Pentax:PentaxModelID:77850""K-S1""Pentax:PentaxModelID:77860""K-S2""Pentax:PentaxModelID:77870"
-    "Q-S1""Pentax:PentaxModelID:77910""WG-30""Pentax:PentaxModelID:77950""WG-30W"
-    "Pentax:PentaxModelID:77960""WG-5 GPS""Pentax:PentaxModelID:77970""K-1"
-    "Pentax:PentaxModelID:77980""K-3 II""Pentax:PentaxModelID:78320""WG-M2"
-    "Pentax:PentaxModelID:78350""GR III""Pentax:PentaxModelID:78370""K-70"
-    "Pentax:PentaxModelID:78380""KP""Pentax:PentaxModelID:78400""K-1 Mark II"
-    "Pentax:PentaxModelID:78420""K-3 Mark III""Pentax:PentaxModelID:78480""WG-70"
-    "Pentax:PentaxModelID:78490""GR IIIx""Pentax:PentaxModelID:78550""K-3 Mark III Monochrome"
-    "Pentax:PentaxModelType""Pentax Model Type""Pentax:PentaxVersion""Pentax Version"
-    "Pentax:PeripheralIlluminationCorr""Peripheral Illumination Corr"
-    "Pentax:PeripheralIlluminationCorr:0""Pentax:PeripheralIlluminationCorr:1""Pentax:PictureMode"
-    "Picture Mode""Pentax:PictureMode2""Picture Mode 2""Pentax:PictureMode2:0""Scene Mode"
-    "Pentax:PictureMode2:1""Auto PICT""Pentax:PictureMode2:10""Aperture Priority, Off-Auto-Aperture"
-    "Pentax:PictureMode2:11""Manual, Off-Auto-Aperture""Pentax:PictureMode2:12"
-    "Bulb, Off-Auto-Aperture""Pentax:PictureMode2:13""Shutter & Aperture Priority AE"
-    "Pentax:PictureMode2:15""Sensitivity Priority AE""Pentax:PictureMode2:16""Flash X-Sync Speed AE"
-    "Pentax:PictureMode2:2""Program AE""Pentax:PictureMode2:3""Green Mode""Pentax:PictureMode2:4"
-    "Shutter Speed Priority""Pentax:PictureMode2:5""Aperture Priority""Pentax:PictureMode2:6"
-    "Program Tv Shift""Pentax:PictureMode2:7""Program Av Shift""Pentax:PictureMode2:8"
-    "Pentax:PictureMode2:9""Bulb""Pentax:PictureMode:0""1/2 EV steps |\302\240Program"
-    "Pentax:PictureMode:0 0""Pentax:PictureMode:0 1""Pentax:PictureMode:0 10"
-    "Pentax:PictureMode:0 11""Pentax:PictureMode:0 12""Pentax:PictureMode:0 13"
-    "Pentax:PictureMode:0 14""Pentax:PictureMode:0 15""Pentax:PictureMode:0 16"
-    "Pentax:PictureMode:0 17""Pentax:PictureMode:0 18""Pentax:PictureMode:0 19""Food"
-    "Pentax:PictureMode:0 2""Pentax:PictureMode:0 20""Stage Lighting""Pentax:PictureMode:0 21"
-    "Pentax:PictureMode:0 23""Blue Sky""Pentax:PictureMode:0 24""Pentax:PictureMode:0 26"
-    "Night Scene HDR""Pentax:PictureMode:0 27""Pentax:PictureMode:0 28""Quick Macro"
-    "Pentax:PictureMode:0 29""Forest""Pentax:PictureMode:0 3""Pentax:PictureMode:0 30"
-    "Backlight Silhouette""Pentax:PictureMode:0 4""Pentax:PictureMode:0 5""Pentax:PictureMode:0 6"
-    "Pentax:PictureMode:0 7""Pentax:PictureMode:0 8""Pentax:PictureMode:0 9""Pentax:PictureMode:0.1"
-    "Av""Pentax:PictureMode:1""1/3 EV steps |\302\240Shutter Speed Priority""Pentax:PictureMode:1 4"
-    "Auto PICT (Standard)""Pentax:PictureMode:1 5""Auto PICT (Portrait)""Pentax:PictureMode:1 6"
-    "Auto PICT (Landscape)""Pentax:PictureMode:1 7""Auto PICT (Macro)""Pentax:PictureMode:1 8"
-    "Auto PICT (Sport)""Pentax:PictureMode:1.1""M""Pentax:PictureMode:10 0""Pentax:PictureMode:11"
-    "Soft""Pentax:PictureMode:11 0""Pentax:PictureMode:12""Pentax:PictureMode:12 0"
-    "Pentax:PictureMode:13""Pentax:PictureMode:13 0""Pentax:PictureMode:14""Autumn"
-    "Pentax:PictureMode:15""Pentax:PictureMode:15 0""Pentax:PictureMode:16 0""Pentax:PictureMode:17"
-    "Fireworks""Pentax:PictureMode:18""Pentax:PictureMode:18 0""Auto Program (Normal)"
-    "Pentax:PictureMode:18 1""Auto Program (Hi-speed)""Pentax:PictureMode:18 2""Auto Program (DOF)"
-    "Pentax:PictureMode:18 22""Auto Program (Shallow DOF)""Pentax:PictureMode:18 3"
-    "Auto Program (MTF)""Pentax:PictureMode:19""Panorama""Pentax:PictureMode:19 0""Astrotracer"
-    "Pentax:PictureMode:2""Pentax:PictureMode:2 0""Program (HyP)""Pentax:PictureMode:2 1"
-    "Hi-speed Program (HyP)""Pentax:PictureMode:2 2""DOF Program (HyP)""Pentax:PictureMode:2 22"
-    "Shallow DOF (HyP)""Pentax:PictureMode:2 3""MTF Program (HyP)""Pentax:PictureMode:2.1"
-    "Pentax:PictureMode:20""3-D""Pentax:PictureMode:20 22""Pentax:PictureMode:21"
-    "Pentax:PictureMode:22""Pentax:PictureMode:221""P""Pentax:PictureMode:23""Pentax:PictureMode:24"
-    "Pink""Pentax:PictureMode:249 0""Movie (TAv)""Pentax:PictureMode:25""Pentax:PictureMode:250 0"
-    "Movie (TAv, Auto Aperture)""Pentax:PictureMode:251 0""Movie (Manual)""Pentax:PictureMode:252 0"
-    "Movie (Manual, Auto Aperture)""Pentax:PictureMode:253 0""Movie (Av)""Pentax:PictureMode:254 0"
-    "Movie (Av, Auto Aperture)""Pentax:PictureMode:255""PICT""Pentax:PictureMode:255 0"
-    "Movie (P, Auto Aperture)""Pentax:PictureMode:255 4""Video (4)""Pentax:PictureMode:26"
-    "Pentax:PictureMode:27""Pentax:PictureMode:28""Pentax:PictureMode:3""Pentax:PictureMode:3 0"
-    "Pentax:PictureMode:3.1""USER""Pentax:PictureMode:30""Self Portrait""Pentax:PictureMode:31"
-    "Illustrations""Pentax:PictureMode:33""Digital Filter""Pentax:PictureMode:35"
-    "Pentax:PictureMode:37""Pentax:PictureMode:38""Pentax:PictureMode:39""Underwater"
-    "Pentax:PictureMode:4 0""Pentax:PictureMode:40""Pentax:PictureMode:49""Light Pet"
-    "Pentax:PictureMode:5""Pentax:PictureMode:5 0""Pentax:PictureMode:50""Dark Pet"
-    "Pentax:PictureMode:51""Medium Pet""Pentax:PictureMode:53""Pentax:PictureMode:54"
-    "Pentax:PictureMode:55""Natural Skin Tone""Pentax:PictureMode:56""Synchro Sound Record"
-    "Pentax:PictureMode:58""Frame Composite""Pentax:PictureMode:59""Report""Pentax:PictureMode:6"
-    "Pentax:PictureMode:6 0""Pentax:PictureMode:60""Pentax:PictureMode:61""Blur Reduction"
-    "Pentax:PictureMode:63""Panorama 2""Pentax:PictureMode:65""Half-length Portrait"
-    "Pentax:PictureMode:66""Portrait 2""Pentax:PictureMode:7 0""Pentax:PictureMode:74"
-    "Digital Microscope""Pentax:PictureMode:75""Pentax:PictureMode:8""Pentax:PictureMode:8 0"
-    "Pentax:PictureMode:80""Pentax:PictureMode:81""Pentax:PictureMode:83""Pentax:PictureMode:85"
-    "Digital Filter 4""Pentax:PictureMode:9""Pentax:PictureMode:9 0""Pentax:PitchAngle""Pitch Angle"
-    "Pentax:PixelShiftResolution""Pixel Shift Resolution""Pentax:PixelShiftResolution:0"
-    "Pentax:PixelShiftResolution:1""Pentax:PowerSource""Power Source""Pentax:PowerSource:1"
-    "Camera Battery""Pentax:PowerSource:2""Body Battery""Pentax:PowerSource:3""Grip Battery"
-    "Pentax:PowerSource:4""External Power Supply""Pentax:PreviewImage""Preview Image"
-    "Pentax:PreviewImageBorders""Preview Image Borders""Pentax:PreviewImageLength"
-    "Preview Image Length""Pentax:PreviewImageSize""Preview Image Size""Pentax:PreviewImageStart"
-    "Preview Image Start""Pentax:ProductionCode""Production Code""Pentax:ProgramLine""Program Line"
-    "Pentax:ProgramLine:0""Pentax:ProgramLine:1""Hi Speed""Pentax:ProgramLine:2""Depth"
-    "Pentax:ProgramLine:3""MTF""Pentax:Quality""Pentax:Quality:0""Good""Pentax:Quality:1""Better"
-    "Pentax:Quality:2""Best""Pentax:Quality:3""TIFF""Pentax:Quality:4""RAW""Pentax:Quality:5"
-    "Premium""Pentax:Quality:65535""Pentax:Quality:7""RAW (pixel shift enabled)""Pentax:Quality:8"
-    "Dynamic Pixel Shift""Pentax:Quality:9""Pentax:RawAndJpgRecording""Raw And Jpg Recording"
-    "Pentax:RawAndJpgRecording:1""JPEG (Best)""Pentax:RawAndJpgRecording:33""JPEG (Better)"
-    "Pentax:RawAndJpgRecording:36""RAW (PEF, Better)""Pentax:RawAndJpgRecording:37"
-    "RAW+JPEG (PEF, Better)""Pentax:RawAndJpgRecording:4""RAW (PEF, Best)"
-    "Pentax:RawAndJpgRecording:40""RAW (DNG, Better)""Pentax:RawAndJpgRecording:41"
-    "RAW+JPEG (DNG, Better)""Pentax:RawAndJpgRecording:5""RAW+JPEG (PEF, Best)"
-    "Pentax:RawAndJpgRecording:65""JPEG (Good)""Pentax:RawAndJpgRecording:68""RAW (PEF, Good)"
-    "Pentax:RawAndJpgRecording:69""RAW+JPEG (PEF, Good)""Pentax:RawAndJpgRecording:72"
-    "RAW (DNG, Good)""Pentax:RawAndJpgRecording:73""RAW+JPEG (DNG, Good)"
-    "Pentax:RawAndJpgRecording:8""RAW (DNG, Best)""Pentax:RawAndJpgRecording:9"
-    "RAW+JPEG (DNG, Best)""Pentax:RawDevelopmentProcess""Raw Development Process"
-    "Pentax:RawDevelopmentProcess:1""1 (K10D,K200D,K2000,K-m)""Pentax:RawDevelopmentProcess:10"
-    "10 (K-01,K-30,K-50,K-500)""Pentax:RawDevelopmentProcess:11""11 (Q10)"
-    "Pentax:RawDevelopmentProcess:12""12 (MX-1,Q-S1,Q7)""Pentax:RawDevelopmentProcess:13"
-    "13 (K-3,K-3II)""Pentax:RawDevelopmentProcess:14""14 (645Z)""Pentax:RawDevelopmentProcess:15"
-    "15 (K-S1,K-S2)""Pentax:RawDevelopmentProcess:16""16 (K-1)""Pentax:RawDevelopmentProcess:17"
-    "17 (K-70)""Pentax:RawDevelopmentProcess:18""18 (KP)""Pentax:RawDevelopmentProcess:19"
-    "19 (GR III)""Pentax:RawDevelopmentProcess:20""20 (K-3III)""Pentax:RawDevelopmentProcess:21"
-    "21 (K-3IIIMonochrome)""Pentax:RawDevelopmentProcess:3""3 (K20D)"
-    "Pentax:RawDevelopmentProcess:4""4 (K-7)""Pentax:RawDevelopmentProcess:5""5 (K-x)"
-    "Pentax:RawDevelopmentProcess:6""6 (645D)""Pentax:RawDevelopmentProcess:7""7 (K-r)"
-    "Pentax:RawDevelopmentProcess:8""8 (K-5,K-5II,K-5IIs)""Pentax:RawDevelopmentProcess:9""9 (Q)"
-    "Pentax:RawImageSize""Raw Image Size""Pentax:RecordingMode""Recording Mode"
-    "Pentax:RecordingMode:0""Pentax:RecordingMode:1""Pentax:RecordingMode:2""Pentax:RedBalance"
-    "Red Balance""Pentax:RollAngle""Roll Angle""Pentax:Rotation""Pentax:Rotation:0"
-    "Pentax:Rotation:1""Pentax:Rotation:2""Pentax:Rotation:3""Pentax:SRActive""SR Active"
-    "Pentax:SRActive:0""Pentax:SRActive:1""Pentax:SRFocalLength""SR Focal Length"
-    "Pentax:SRHalfPressTime""SR Half Press Time""Pentax:SRResult""SR Result""Pentax:SRResult:0"
-    "Not stabilized""Pentax:SRResult:1""Stabilized""Pentax:SRResult:64""Not ready"
-    "Pentax:Saturation""Pentax:Saturation:0""Pentax:Saturation:1""Pentax:Saturation:2"
-    "Pentax:Saturation:3""Pentax:Saturation:4""Pentax:Saturation:5""Pentax:Saturation:6"
-    "Pentax:Saturation:65535""Pentax:Saturation:7""Pentax:Saturation:8""Pentax:SaturationInfo"
-    "Saturation Info""Pentax:SceneMode""Pentax:SceneMode:0""Pentax:SceneMode:1""Pentax:SceneMode:10"
-    "Pentax:SceneMode:11""Pentax:SceneMode:12""Pentax:SceneMode:14""Pentax:SceneMode:15"
-    "Pentax:SceneMode:16""Pentax:SceneMode:17""Pentax:SceneMode:18""Pentax:SceneMode:20"
-    "Pentax:SceneMode:21""Pentax:SceneMode:22""Pentax:SceneMode:25""Pentax:SceneMode:26"
-    "Pentax:SceneMode:27""Pentax:SceneMode:29""Pentax:SceneMode:4""Pentax:SceneMode:5"
-    "Pentax:SceneMode:6""Pentax:SceneMode:7""Pentax:SceneMode:8""Pentax:SceneMode:9"
-    "Pentax:SensitivityAdjust""Sensitivity Adjust""Pentax:SensitivitySteps""Sensitivity Steps"
-    "Pentax:SensitivitySteps:0""1 EV Steps""Pentax:SensitivitySteps:1""As EV Steps"
-    "Pentax:SensorSize""Sensor Size""Pentax:SensorTemperature""Sensor Temperature"
-    "Pentax:SensorTemperature2""Sensor Temperature 2""Pentax:SerialNumber""Serial Number"
-    "Pentax:ShadowCorrection""Shadow Correction""Pentax:ShadowCorrection:0"
-    "Pentax:ShadowCorrection:0 0""Pentax:ShadowCorrection:1""Pentax:ShadowCorrection:1 1""Weak"
-    "Pentax:ShadowCorrection:1 2""Pentax:ShadowCorrection:1 3""Strong""Pentax:ShadowCorrection:2"
-    "Pentax:ShadowCorrection:2 4""Pentax:ShakeReduction""Shake Reduction""Pentax:ShakeReduction:0"
-    "Pentax:ShakeReduction:1""Pentax:ShakeReduction:12""Off (AA simulation type 1)"
-    "Pentax:ShakeReduction:135""On (135)""Pentax:ShakeReduction:15"
-    "On (15) |\302\240On (AA simulation type 1)""Pentax:ShakeReduction:16"
-    "Off (AA simulation type 2) (16)""Pentax:ShakeReduction:167""On (mode 1)"
-    "Pentax:ShakeReduction:20""Off (AA simulation type 2)""Pentax:ShakeReduction:23"
-    "On (AA simulation type 2)""Pentax:ShakeReduction:39""On (mode 2)""Pentax:ShakeReduction:4"
-    "Off (4) |\302\240Off (AA simulation off)""Pentax:ShakeReduction:5""On but Disabled"
-    "Pentax:ShakeReduction:6""On (Video)""Pentax:ShakeReduction:7"
-    "On (7) |\302\240On (AA simulation off)""Pentax:ShakeReduction:8"
-    "Off (AA simulation type 1) (8)""Pentax:Sharpness""Pentax:Sharpness:0"
-    "-2 (soft) |\302\240Normal""Pentax:Sharpness:1""0 (normal) |\302\240Soft""Pentax:Sharpness:2"
-    "+2 (hard) |\302\240Hard""Pentax:Sharpness:3""-1 (medium soft)""Pentax:Sharpness:4"
-    "+1 (medium hard)""Pentax:Sharpness:5""-3 (very soft)""Pentax:Sharpness:6""+3 (very hard)"
-    "Pentax:Sharpness:7""Pentax:Sharpness:8""Pentax:ShutterType""Shutter Type""Pentax:ShutterType:0"
-    "Pentax:ShutterType:1""Electronic""Pentax:SkinToneCorrection""Skin Tone Correction"
-    "Pentax:SkinToneCorrection:0 0""Pentax:SkinToneCorrection:0 0 0""Pentax:SkinToneCorrection:1 1"
-    "On (type 1)""Pentax:SkinToneCorrection:1 2""On (type 2)""Pentax:SlaveFlashMeteringSegments"
-    "Slave Flash Metering Segments""Pentax:SourceDirectoryIndex""Source Directory Index"
-    "Pentax:SourceFileIndex""Source File Index""Pentax:SvISOSetting""Sv ISO Setting"
-    "Pentax:TTL_DA_ADown""TTL DA A Down""Pentax:TTL_DA_AUp""TTL DA A Up""Pentax:TTL_DA_BDown"
-    "TTL DA B Down""Pentax:TTL_DA_BUp""TTL DA B Up""Pentax:ThumbnailHeight""Thumbnail Height"
-    "Pentax:ThumbnailImage""Thumbnail Image""Pentax:ThumbnailLength""Thumbnail Length"
-    "Pentax:ThumbnailWidth""Thumbnail Width""Pentax:Time""Pentax:ToneCurve""Tone Curve"
-    "Pentax:ToneCurves""Tone Curves""Pentax:TungstenAWB""Tungsten AWB""Pentax:TungstenAWB:0"
-    "Subtle Correction""Pentax:TungstenAWB:1""Strong Correction""Pentax:TvExposureTimeSetting"
-    "Tv Exposure Time Setting""Pentax:WBShiftAB""WB Shift AB""Pentax:WBShiftGM""WB Shift GM"
-    "Pentax:WB_RGGBLevelsCloudy""WB RGGB Levels Cloudy""Pentax:WB_RGGBLevelsDaylight"
-    "WB RGGB Levels Daylight""Pentax:WB_RGGBLevelsFlash""WB RGGB Levels Flash"
-    "Pentax:WB_RGGBLevelsFluorescentD""WB RGGB Levels Fluorescent D"
-    "Pentax:WB_RGGBLevelsFluorescentL""WB RGGB Levels Fluorescent L"
-    "Pentax:WB_RGGBLevelsFluorescentN""WB RGGB Levels Fluorescent N"
-    "Pentax:WB_RGGBLevelsFluorescentW""WB RGGB Levels Fluorescent W""Pentax:WB_RGGBLevelsShade"
-    "WB RGGB Levels Shade""Pentax:WB_RGGBLevelsTungsten""WB RGGB Levels Tungsten"
-    "Pentax:WB_RGGBLevelsUnknown""WB RGGB Levels Unknown""Pentax:WB_RGGBLevelsUserSelected"
-    "WB RGGB Levels User Selected""Pentax:WhiteBalance""White Balance""Pentax:WhiteBalance:0"
-    "Pentax:WhiteBalance:1""Pentax:WhiteBalance:10""Pentax:WhiteBalance:11""Warm White Fluorescent"
-    "Pentax:WhiteBalance:14""Multi Auto""Pentax:WhiteBalance:15""Color Temperature Enhancement"
-    "Pentax:WhiteBalance:17""Kelvin""Pentax:WhiteBalance:2""Pentax:WhiteBalance:3"
-    "Fluorescent |\302\240Tungsten""Pentax:WhiteBalance:4""Pentax:WhiteBalance:5"
-    "Pentax:WhiteBalance:6""Pentax:WhiteBalance:65534""Pentax:WhiteBalance:65535""User-Selected"
-    "Pentax:WhiteBalance:7""Pentax:WhiteBalance:8""Pentax:WhiteBalance:9""Flash"
-    "Pentax:WhiteBalanceAutoAdjustment""White Balance Auto Adjustment"
-    "Pentax:WhiteBalanceAutoAdjustment:0""Pentax:WhiteBalanceAutoAdjustment:1"
-    "Pentax:WhiteBalanceMode""White Balance Mode""Pentax:WhiteBalanceMode:1""Auto (Daylight)"
-    "Pentax:WhiteBalanceMode:10""Auto (Cloudy)""Pentax:WhiteBalanceMode:2""Auto (Shade)"
-    "Pentax:WhiteBalanceMode:3""Auto (Flash)""Pentax:WhiteBalanceMode:4""Auto (Tungsten)"
-    "Pentax:WhiteBalanceMode:6""Auto (Daylight Fluorescent)""Pentax:WhiteBalanceMode:65534"
-    "Pentax:WhiteBalanceMode:65535""Pentax:WhiteBalanceMode:7""Auto (Day White Fluorescent)"
-    "Pentax:WhiteBalanceMode:8""Auto (White Fluorescent)""Pentax:WhiteBalanceSet""White Balance Set"
-    "Pentax:WhiteBalanceSet:0""Pentax:WhiteBalanceSet:1""Pentax:WhiteBalanceSet:12"
-    "Set Color Temperature 1""Pentax:WhiteBalanceSet:13""Set Color Temperature 2"
-    "Pentax:WhiteBalanceSet:14""Set Color Temperature 3""Pentax:WhiteBalanceSet:2"
-    "Pentax:WhiteBalanceSet:3""Pentax:WhiteBalanceSet:4""Pentax:WhiteBalanceSet:5"
-    "Pentax:WhiteBalanceSet:6""Pentax:WhiteBalanceSet:7""Pentax:WhiteBalanceSet:8"
-    "Pentax:WhiteBalanceSet:9""Pentax:WhiteLevel""White Level""Pentax:WhitePoint""White Point"
-    "Pentax:WorldTimeLocation""World Time Location""Pentax:WorldTimeLocation:0""Hometown"
-    "Pentax:WorldTimeLocation:1""Destination""人物""风景""自动""图像作者""未设置""图像取向""0° (上/左)""90° CCW (右/上)"
-    "90° CW (左/底)""颜色滤镜""色彩空间信息""色温""对比度""-2 (low) |\302\240标准""0 (normal) |\302\240软调"
-    "+2 (high) |\302\240硬调""专利拥有者""数码变焦""驱动模式""曝光偏差""曝光时间""未设置 (Off or Auto Modes)"
-    "未设置 (Manual Mode)""光圈数""闪光补偿""Off, Did not fire |\302\240自动""焦距""对焦模式""手动"
-    "Infinity |\302\240手动 |\302\240自动""自动HDR""关""高ISO降噪""色相""镜头信息""厂商""镜头光圈最大值""测量方式""分割测光""中央重点"
-    "点测光""型号""减少噪声""快门优先""光圈优先""图像质量""180° (底/右)""饱和度""0 (normal) |\302\240低饱和度"
-    "+2 (high) |\302\240高饱和度""场景选择""夜景""夕阳""微距""照相机标识""锐度""-2 (soft) |\302\240标准"
-    "0 (normal) |\302\240弱""+2 (hard) |\302\240强""缩略图""白平衡""太阳光""阴天""暖白荧光灯""阴影""白炽灯 |\302\240荧光"
-    "日光色荧光灯""未知""日光白色荧光灯""白色荧光灯""闪光""白点色度""Ouverture AE"
-    "Pas d'ouverture de l\\’exposition automatique""Compensation d'expo. auto en bracketing"
-    "Temps d'exposition AE""Verrouillage AE""Désactivé""Activé""Ouverture maxi AE"
-    "Ouverture maxi AE (2)""Mode de mesure AE""Multizone""Moyenne pondérée centrale"
-    "Segments de mesure AE""Ouverture mini AE""Temps d'exposition mini AE""Mode programme AE"
-    "M, P ou TAv""Av, B ou X""Texte""Programme grande vitesse (décalage P)""Coucher de soleil"
-    "Enfants""Animaux de compagnie""Bougie""Musée""Programme PdC""Programme PdC (décalage P)"
-    "Programme FTM""Programme FTM (décalage P)""Sv ou mode vert""Paysage""Portrait nocturne"
-    "Programme grande vitesse""Sans flash""Nocturne""Surf et neige""Compensation d'exposition auto"
-    "Sensibilité ISO AE""Ajustement AF""Défocalisation AF""Temps d'intégration de l'Autofocus"
-    "Mode de mise au point automatique""Sélectionner""Centre fixe""Point AF sélectionné"
-    "Point AF sélectionné 2""Expanded Area 9-point (S) |\302\240Haut gauche"
+    "Pentax:AFPointSelected:6" "Center |\302\240Upper Far-left |\302\240Upper-left"
+    "Pentax:AFPointSelected:65531" "AF Select" "Pentax:AFPointSelected:65532" "Face Detect AF"
+    "Pentax:AFPointSelected:65533" "Automatic Tracking AF" "Pentax:AFPointSelected:65534"
+    "Pentax:AFPointSelected:65535" "Pentax:AFPointSelected:7"
+    "Mid-right |\302\240Upper Near-left |\302\240Upper-left" "Pentax:AFPointSelected:8"
+    "Right |\302\240Upper Near-left |\302\240Upper-middle" "Pentax:AFPointSelected:9"
+    "Lower-left |\302\240Upper Near-right |\302\240Upper-middle" "Pentax:AFPointsInFocus"
+    "AF Points In Focus" "Pentax:AFPointsInFocus:0"
+    "(none) |\302\240Fixed Center or Multiple |\302\240None" "Pentax:AFPointsInFocus:1"
+    "Lower-left, Bottom |\302\240Top-left |\302\240Upper-left" "Pentax:AFPointsInFocus:10"
+    "Pentax:AFPointsInFocus:1024" "Far Left |\302\240Lower-right" "Pentax:AFPointsInFocus:1048576"
+    "Lower Near-right" "Pentax:AFPointsInFocus:11" "Lower-left, Mid-left"
+    "Pentax:AFPointsInFocus:12" "Upper-left, Mid-left" "Pentax:AFPointsInFocus:128"
+    "Right |\302\240Upper-middle" "Pentax:AFPointsInFocus:13" "Bottom, Center"
+    "Pentax:AFPointsInFocus:131072" "Pentax:AFPointsInFocus:14" "Top, Center"
+    "Pentax:AFPointsInFocus:15" "Lower-right, Mid-right" "Pentax:AFPointsInFocus:16"
+    "Mid-left |\302\240Top-right |\302\240Upper-right, Mid-right" "Pentax:AFPointsInFocus:16384"
+    "Near-right" "Pentax:AFPointsInFocus:16777216" "Pentax:AFPointsInFocus:17"
+    "Pentax:AFPointsInFocus:18" "Pentax:AFPointsInFocus:19" "Center (vertical)"
+    "Pentax:AFPointsInFocus:2" "Bottom |\302\240Top |\302\240Top Near-left |\302\240Top-center"
+    "Pentax:AFPointsInFocus:20" "Pentax:AFPointsInFocus:2048" "Pentax:AFPointsInFocus:2097152"
+    "Pentax:AFPointsInFocus:256" "Lower-left |\302\240Upper Near-right"
+    "Pentax:AFPointsInFocus:262144" "Lower Near-left" "Pentax:AFPointsInFocus:3"
+    "Lower-right, Bottom |\302\240Top-right" "Pentax:AFPointsInFocus:32"
+    "Center |\302\240Upper-left" "Pentax:AFPointsInFocus:32768" "Pentax:AFPointsInFocus:33554432"
+    "Pentax:AFPointsInFocus:4" "Left |\302\240Mid-left, Center |\302\240Top |\302\240Upper-right"
+    "Pentax:AFPointsInFocus:4096" "Near-left" "Pentax:AFPointsInFocus:4194304"
+    "Pentax:AFPointsInFocus:5" "Center |\302\240Center (horizontal)" "Pentax:AFPointsInFocus:512"
+    "Bottom |\302\240Upper-right" "Pentax:AFPointsInFocus:524288" "Lower-middle"
+    "Pentax:AFPointsInFocus:6" "Mid-right, Center |\302\240Right" "Pentax:AFPointsInFocus:64"
+    "Mid-right |\302\240Upper Near-left" "Pentax:AFPointsInFocus:65535" "None"
+    "Pentax:AFPointsInFocus:65536" "Far Right" "Pentax:AFPointsInFocus:67108864"
+    "Pentax:AFPointsInFocus:7" "Bottom-left |\302\240Upper-left, Top" "Pentax:AFPointsInFocus:8"
+    "Bottom-center |\302\240Left |\302\240Top |\302\240Top Near-right" "Pentax:AFPointsInFocus:8192"
+    "Pentax:AFPointsInFocus:8388608" "Pentax:AFPointsInFocus:9"
+    "Bottom-right |\302\240Upper-right, Top" "Pentax:AFPointsSelected" "AF Points Selected"
+    "Pentax:AFPointsSpecial" "AF Points Special" "Pentax:AFPointsUnknown1" "AF Points Unknown 1"
+    "Pentax:AFPointsUnknown1:0" "(none)" "Pentax:AFPointsUnknown1:1" "Pentax:AFPointsUnknown1:1024"
+    "Pentax:AFPointsUnknown1:128" "Pentax:AFPointsUnknown1:16" "Pentax:AFPointsUnknown1:1911"
+    "Central 9 points" "Pentax:AFPointsUnknown1:2" "Pentax:AFPointsUnknown1:2047" "All"
+    "Pentax:AFPointsUnknown1:256" "Pentax:AFPointsUnknown1:32" "Pentax:AFPointsUnknown1:4"
+    "Pentax:AFPointsUnknown1:512" "Pentax:AFPointsUnknown1:64" "Pentax:AFPointsUnknown1:8"
+    "Pentax:AFPointsUnknown2" "AF Points Unknown 2" "Pentax:AFPointsUnknown2:0"
+    "Pentax:AFPointsUnknown2:1" "Pentax:AFPointsUnknown2:1024" "Pentax:AFPointsUnknown2:128"
+    "Pentax:AFPointsUnknown2:16" "Pentax:AFPointsUnknown2:2" "Pentax:AFPointsUnknown2:256"
+    "Pentax:AFPointsUnknown2:32" "Pentax:AFPointsUnknown2:4" "Pentax:AFPointsUnknown2:512"
+    "Pentax:AFPointsUnknown2:64" "Pentax:AFPointsUnknown2:8" "Pentax:AFPredictor" "AF Predictor"
+    "Pentax:ApertureRingUse" "Aperture Ring Use" "Pentax:ApertureRingUse:0" "Prohibited"
+    "Pentax:ApertureRingUse:1" "Permitted" "Pentax:Artist" "Pentax:AspectRatio" "Aspect Ratio"
+    "Pentax:AspectRatio:0" "4:3" "Pentax:AspectRatio:1" "3:2" "Pentax:AspectRatio:2" "16:9"
+    "Pentax:AspectRatio:3" "1:1" "Pentax:AudioCodecID" "Audio Codec ID" "Pentax:AutoAperture"
+    "Auto Aperture" "Pentax:AutoAperture:0" "Pentax:AutoAperture:1" "Pentax:AutoBracketing"
+    "Auto Bracketing" "Pentax:AvApertureSetting" "Av Aperture Setting"
+    "Pentax:BaseExposureCompensation" "Base Exposure Compensation" "Pentax:BlackPoint" "Black Point"
+    "Pentax:BleachBypassToning" "Bleach Bypass Toning" "Pentax:BleachBypassToning:0"
+    "Pentax:BleachBypassToning:1" "Green" "Pentax:BleachBypassToning:2" "Yellow"
+    "Pentax:BleachBypassToning:3" "Orange" "Pentax:BleachBypassToning:4" "Red"
+    "Pentax:BleachBypassToning:5" "Magenta" "Pentax:BleachBypassToning:6" "Purple"
+    "Pentax:BleachBypassToning:65535" "n/a" "Pentax:BleachBypassToning:7" "Blue"
+    "Pentax:BleachBypassToning:8" "Cyan" "Pentax:BlueBalance" "Blue Balance" "Pentax:BlurControl"
+    "Blur Control" "Pentax:BlurControl:0" "Pentax:BlurControl:1" "Low" "Pentax:BlurControl:2"
+    "Pentax:BlurControl:3" "High" "Pentax:BodyBatteryADLoad" "Body Battery A/D Load"
+    "Pentax:BodyBatteryADNoLoad" "Body Battery A/D No Load" "Pentax:BodyBatteryState"
+    "Body Battery State" "Pentax:BodyBatteryState:1" "Empty or Missing" "Pentax:BodyBatteryState:2"
+    "Almost Empty" "Pentax:BodyBatteryState:3" "Running Low" "Pentax:BodyBatteryState:4"
+    "Close to Full |\302\240Full" "Pentax:BodyBatteryState:5" "Full" "Pentax:BodyBatteryVoltage1"
+    "Body Battery Voltage 1" "Pentax:BodyBatteryVoltage2" "Body Battery Voltage 2"
+    "Pentax:BodyBatteryVoltage3" "Body Battery Voltage 3" "Pentax:BodyBatteryVoltage4"
+    "Body Battery Voltage 4" "Pentax:BracketShotNumber" "Bracket Shot Number"
+    "Pentax:BracketShotNumber:0" "Pentax:BracketShotNumber:18" "2 of 2"
+    "Pentax:BracketShotNumber:19" "2 of 3" "Pentax:BracketShotNumber:2" "1 of 2"
+    "Pentax:BracketShotNumber:21" "2 of 5" "Pentax:BracketShotNumber:3" "1 of 3"
+    "Pentax:BracketShotNumber:35" "3 of 3" "Pentax:BracketShotNumber:37" "3 of 5"
+    "Pentax:BracketShotNumber:5" "1 of 5" "Pentax:BracketShotNumber:53" "4 of 5"
+    "Pentax:BracketShotNumber:69" "5 of 5" "Pentax:CPUFirmwareVersion" "CPU Firmware Version"
+    "Pentax:CameraOrientation" "Camera Orientation" "Pentax:CameraOrientation:16"
+    "Horizontal (normal)" "Pentax:CameraOrientation:32" "Rotate 180" "Pentax:CameraOrientation:48"
+    "Rotate 90 CW" "Pentax:CameraOrientation:64" "Rotate 270 CW" "Pentax:CameraOrientation:80"
+    "Upwards" "Pentax:CameraOrientation:96" "Downwards" "Pentax:CameraTemperature"
+    "Camera Temperature" "Pentax:CameraTemperature4" "Camera Temperature 4"
+    "Pentax:CameraTemperature5" "Camera Temperature 5" "Pentax:ChromaticAberrationCorrection"
+    "Chromatic Aberration Correction" "Pentax:ChromaticAberrationCorrection:0"
+    "Pentax:ChromaticAberrationCorrection:1" "Pentax:ClarityControl" "Clarity Control"
+    "Pentax:ClarityControl:0 0" "Pentax:ColorFilter" "Color Filter" "Pentax:ColorFilter:1"
+    "Pentax:ColorFilter:2" "Black & White" "Pentax:ColorFilter:3" "Sepia" "Pentax:ColorMatrixA"
+    "Color Matrix A" "Pentax:ColorMatrixA2" "Color Matrix A2" "Pentax:ColorMatrixB" "Color Matrix B"
+    "Pentax:ColorMatrixB2" "Color Matrix B2" "Pentax:ColorSpace" "Color Space" "Pentax:ColorSpace:0"
+    "sRGB" "Pentax:ColorSpace:1" "Adobe RGB" "Pentax:ColorTempCloudy" "Color Temp Cloudy"
+    "Pentax:ColorTempDaylight" "Color Temp Daylight" "Pentax:ColorTempFlash" "Color Temp Flash"
+    "Pentax:ColorTempFluorescentD" "Color Temp Fluorescent D" "Pentax:ColorTempFluorescentN"
+    "Color Temp Fluorescent N" "Pentax:ColorTempFluorescentW" "Color Temp Fluorescent W"
+    "Pentax:ColorTempShade" "Color Temp Shade" "Pentax:ColorTempTungsten" "Color Temp Tungsten"
+    "Pentax:ColorTemperature" "Color Temperature" "Pentax:CompositionAdjust" "Composition Adjust"
+    "Pentax:CompositionAdjust:0" "Pentax:CompositionAdjust:10"
+    "Composition Adjust + Horizon Correction" "Pentax:CompositionAdjust:12" "Horizon Correction"
+    "Pentax:CompositionAdjust:2" "Pentax:CompositionAdjustRotation" "Composition Adjust Rotation"
+    "Pentax:CompositionAdjustX" "Composition Adjust X" "Pentax:CompositionAdjustY"
+    "Composition Adjust Y" "Pentax:Contrast" "Pentax:Contrast:0" "-2 (low) |\302\240Normal"
+    "Pentax:Contrast:1" "0 (normal) |\302\240Low" "Pentax:Contrast:2" "+2 (high) |\302\240High"
+    "Pentax:Contrast:3" "-1 (medium low)" "Pentax:Contrast:4" "+1 (medium high)" "Pentax:Contrast:5"
+    "-3 (very low)" "Pentax:Contrast:6" "+3 (very high)" "Pentax:Contrast:65535" "Pentax:Contrast:7"
+    "-4 (minimum)" "Pentax:Contrast:8" "+4 (maximum)" "Pentax:ContrastDetectAFArea"
+    "Contrast Detect AF Area" "Pentax:ContrastHighlight" "Contrast Highlight"
+    "Pentax:ContrastHighlight:-1 0" "-1" "Pentax:ContrastHighlight:-2 0" "-2"
+    "Pentax:ContrastHighlight:-3 0" "-3" "Pentax:ContrastHighlight:-4 0" "-4"
+    "Pentax:ContrastHighlight:0 0" "Pentax:ContrastHighlight:1 0" "Pentax:ContrastHighlight:2 0"
+    "Pentax:ContrastHighlight:3 0" "Pentax:ContrastHighlight:4 0"
+    "Pentax:ContrastHighlightShadowAdj" "Contrast Highlight/Shadow Adj"
+    "Pentax:ContrastHighlightShadowAdj:0" "Pentax:ContrastHighlightShadowAdj:1"
+    "Pentax:ContrastShadow" "Contrast Shadow" "Pentax:ContrastShadow:-1 0"
+    "Pentax:ContrastShadow:-2 0" "Pentax:ContrastShadow:-3 0" "Pentax:ContrastShadow:-4 0"
+    "Pentax:ContrastShadow:0 0" "Pentax:ContrastShadow:1 0" "Pentax:ContrastShadow:2 0"
+    "Pentax:ContrastShadow:3 0" "Pentax:ContrastShadow:4 0" "Pentax:Copyright" "Pentax:CrossProcess"
+    "Cross Process" "Pentax:CrossProcess:0" "Pentax:CrossProcess:1" "Random" "Pentax:CrossProcess:2"
+    "Preset 1" "Pentax:CrossProcess:3" "Preset 2" "Pentax:CrossProcess:33" "Favorite 1"
+    "Pentax:CrossProcess:34" "Favorite 2" "Pentax:CrossProcess:35" "Favorite 3"
+    "Pentax:CrossProcess:4" "Preset 3" "Pentax:DSPFirmwareVersion" "DSP Firmware Version"
+    "Pentax:DataDump" "Data Dump" "Pentax:DataScaling" "Data Scaling" "Pentax:Date"
+    "Pentax:DateTime1" "Date Time 1" "Pentax:DateTime2" "Date Time 2" "Pentax:DestinationCity"
+    "Destination City" "Pentax:DestinationCity:0" "Pago Pago" "Pentax:DestinationCity:1" "Honolulu"
+    "Pentax:DestinationCity:10" "Miami" "Pentax:DestinationCity:11" "Toronto"
+    "Pentax:DestinationCity:12" "New York" "Pentax:DestinationCity:13" "Santiago"
+    "Pentax:DestinationCity:14" "Caracus" "Pentax:DestinationCity:15" "Halifax"
+    "Pentax:DestinationCity:16" "Buenos Aires" "Pentax:DestinationCity:17" "Sao Paulo"
+    "Pentax:DestinationCity:18" "Rio de Janeiro" "Pentax:DestinationCity:19" "Madrid"
+    "Pentax:DestinationCity:2" "Anchorage" "Pentax:DestinationCity:20" "London"
+    "Pentax:DestinationCity:21" "Paris" "Pentax:DestinationCity:22" "Milan"
+    "Pentax:DestinationCity:23" "Rome" "Pentax:DestinationCity:24" "Berlin"
+    "Pentax:DestinationCity:25" "Johannesburg" "Pentax:DestinationCity:26" "Istanbul"
+    "Pentax:DestinationCity:27" "Cairo" "Pentax:DestinationCity:28" "Jerusalem"
+    "Pentax:DestinationCity:29" "Moscow" "Pentax:DestinationCity:3" "Vancouver"
+    "Pentax:DestinationCity:30" "Jeddah" "Pentax:DestinationCity:31" "Tehran"
+    "Pentax:DestinationCity:32" "Dubai" "Pentax:DestinationCity:33" "Karachi"
+    "Pentax:DestinationCity:34" "Kabul" "Pentax:DestinationCity:35" "Male"
+    "Pentax:DestinationCity:36" "Delhi" "Pentax:DestinationCity:37" "Colombo"
+    "Pentax:DestinationCity:38" "Kathmandu" "Pentax:DestinationCity:39" "Dacca"
+    "Pentax:DestinationCity:4" "San Francisco" "Pentax:DestinationCity:40" "Yangon"
+    "Pentax:DestinationCity:41" "Bangkok" "Pentax:DestinationCity:42" "Kuala Lumpur"
+    "Pentax:DestinationCity:43" "Vientiane" "Pentax:DestinationCity:44" "Singapore"
+    "Pentax:DestinationCity:45" "Phnom Penh" "Pentax:DestinationCity:46" "Ho Chi Minh"
+    "Pentax:DestinationCity:47" "Jakarta" "Pentax:DestinationCity:48" "Hong Kong"
+    "Pentax:DestinationCity:49" "Perth" "Pentax:DestinationCity:5" "Los Angeles"
+    "Pentax:DestinationCity:50" "Beijing" "Pentax:DestinationCity:51" "Shanghai"
+    "Pentax:DestinationCity:52" "Manila" "Pentax:DestinationCity:53" "Taipei"
+    "Pentax:DestinationCity:54" "Seoul" "Pentax:DestinationCity:55" "Adelaide"
+    "Pentax:DestinationCity:56" "Tokyo" "Pentax:DestinationCity:57" "Guam"
+    "Pentax:DestinationCity:58" "Sydney" "Pentax:DestinationCity:59" "Noumea"
+    "Pentax:DestinationCity:6" "Calgary" "Pentax:DestinationCity:60" "Wellington"
+    "Pentax:DestinationCity:61" "Auckland" "Pentax:DestinationCity:62" "Lima"
+    "Pentax:DestinationCity:63" "Dakar" "Pentax:DestinationCity:64" "Algiers"
+    "Pentax:DestinationCity:65" "Helsinki" "Pentax:DestinationCity:66" "Athens"
+    "Pentax:DestinationCity:67" "Nairobi" "Pentax:DestinationCity:68" "Amsterdam"
+    "Pentax:DestinationCity:69" "Stockholm" "Pentax:DestinationCity:7" "Denver"
+    "Pentax:DestinationCity:70" "Lisbon" "Pentax:DestinationCity:71" "Copenhagen"
+    "Pentax:DestinationCity:72" "Warsaw" "Pentax:DestinationCity:73" "Prague"
+    "Pentax:DestinationCity:74" "Budapest" "Pentax:DestinationCity:8" "Mexico City"
+    "Pentax:DestinationCity:9" "Chicago" "Pentax:DestinationCityCode" "Destination City Code"
+    "Pentax:DestinationDST" "Destination DST" "Pentax:DestinationDST:0" "No"
+    "Pentax:DestinationDST:1" "Yes" "Pentax:DiffractionCorrection" "Diffraction Correction"
+    "Pentax:DiffractionCorrection:0" "Pentax:DiffractionCorrection:16" "Pentax:DigitalFilter01"
+    "Digital Filter 01" "Pentax:DigitalFilter01:0" "Pentax:DigitalFilter01:1"
+    "Base Parameter Adjust" "Pentax:DigitalFilter01:10" "Toy Camera" "Pentax:DigitalFilter01:11"
+    "Retro" "Pentax:DigitalFilter01:12" "Pastel" "Pentax:DigitalFilter01:13" "Water Color"
+    "Pentax:DigitalFilter01:14" "Pentax:DigitalFilter01:16" "Miniature" "Pentax:DigitalFilter01:17"
+    "Starburst" "Pentax:DigitalFilter01:18" "Posterization" "Pentax:DigitalFilter01:19"
+    "Sketch Filter" "Pentax:DigitalFilter01:2" "Soft Focus" "Pentax:DigitalFilter01:20" "Shading"
+    "Pentax:DigitalFilter01:21" "Invert Color" "Pentax:DigitalFilter01:23" "Tone Expansion"
+    "Pentax:DigitalFilter01:254" "Custom Filter" "Pentax:DigitalFilter01:27" "Unicolor Bold"
+    "Pentax:DigitalFilter01:28" "Bold Monochrome" "Pentax:DigitalFilter01:29" "Replace Color"
+    "Pentax:DigitalFilter01:3" "High Contrast" "Pentax:DigitalFilter01:4" "Pentax:DigitalFilter01:5"
+    "Extract Color" "Pentax:DigitalFilter01:6" "Monochrome" "Pentax:DigitalFilter01:7" "Slim"
+    "Pentax:DigitalFilter01:9" "Fisheye" "Pentax:DigitalFilter02" "Digital Filter 02"
+    "Pentax:DigitalFilter02:0" "Pentax:DigitalFilter02:1" "Pentax:DigitalFilter02:10"
+    "Pentax:DigitalFilter02:11" "Pentax:DigitalFilter02:12" "Pentax:DigitalFilter02:13"
+    "Pentax:DigitalFilter02:14" "Pentax:DigitalFilter02:16" "Pentax:DigitalFilter02:17"
+    "Pentax:DigitalFilter02:18" "Pentax:DigitalFilter02:19" "Pentax:DigitalFilter02:2"
+    "Pentax:DigitalFilter02:20" "Pentax:DigitalFilter02:21" "Pentax:DigitalFilter02:23"
+    "Pentax:DigitalFilter02:254" "Pentax:DigitalFilter02:27" "Pentax:DigitalFilter02:28"
+    "Pentax:DigitalFilter02:29" "Pentax:DigitalFilter02:3" "Pentax:DigitalFilter02:4"
+    "Pentax:DigitalFilter02:5" "Pentax:DigitalFilter02:6" "Pentax:DigitalFilter02:7"
+    "Pentax:DigitalFilter02:9" "Pentax:DigitalFilter03" "Digital Filter 03"
+    "Pentax:DigitalFilter03:0" "Pentax:DigitalFilter03:1" "Pentax:DigitalFilter03:10"
+    "Pentax:DigitalFilter03:11" "Pentax:DigitalFilter03:12" "Pentax:DigitalFilter03:13"
+    "Pentax:DigitalFilter03:14" "Pentax:DigitalFilter03:16" "Pentax:DigitalFilter03:17"
+    "Pentax:DigitalFilter03:18" "Pentax:DigitalFilter03:19" "Pentax:DigitalFilter03:2"
+    "Pentax:DigitalFilter03:20" "Pentax:DigitalFilter03:21" "Pentax:DigitalFilter03:23"
+    "Pentax:DigitalFilter03:254" "Pentax:DigitalFilter03:27" "Pentax:DigitalFilter03:28"
+    "Pentax:DigitalFilter03:29" "Pentax:DigitalFilter03:3" "Pentax:DigitalFilter03:4"
+    "Pentax:DigitalFilter03:5" "Pentax:DigitalFilter03:6" "Pentax:DigitalFilter03:7"
+    "Pentax:DigitalFilter03:9" "Pentax:DigitalFilter04" "Digital Filter 04"
+    "Pentax:DigitalFilter04:0" "Pentax:DigitalFilter04:1" "Pentax:DigitalFilter04:10"
+    "Pentax:DigitalFilter04:11" "Pentax:DigitalFilter04:12" "Pentax:DigitalFilter04:13"
+    "Pentax:DigitalFilter04:14" "Pentax:DigitalFilter04:16" "Pentax:DigitalFilter04:17"
+    "Pentax:DigitalFilter04:18" "Pentax:DigitalFilter04:19" "Pentax:DigitalFilter04:2"
+    "Pentax:DigitalFilter04:20" "Pentax:DigitalFilter04:21" "Pentax:DigitalFilter04:23"
+    "Pentax:DigitalFilter04:254" "Pentax:DigitalFilter04:27" "Pentax:DigitalFilter04:28"
+    "Pentax:DigitalFilter04:29" "Pentax:DigitalFilter04:3" "Pentax:DigitalFilter04:4"
+    "Pentax:DigitalFilter04:5" "Pentax:DigitalFilter04:6" "Pentax:DigitalFilter04:7"
+    "Pentax:DigitalFilter04:9" "Pentax:DigitalFilter05" "Digital Filter 05"
+    "Pentax:DigitalFilter05:0" "Pentax:DigitalFilter05:1" "Pentax:DigitalFilter05:10"
+    "Pentax:DigitalFilter05:11" "Pentax:DigitalFilter05:12" "Pentax:DigitalFilter05:13"
+    "Pentax:DigitalFilter05:14" "Pentax:DigitalFilter05:16" "Pentax:DigitalFilter05:17"
+    "Pentax:DigitalFilter05:18" "Pentax:DigitalFilter05:19" "Pentax:DigitalFilter05:2"
+    "Pentax:DigitalFilter05:20" "Pentax:DigitalFilter05:21" "Pentax:DigitalFilter05:23"
+    "Pentax:DigitalFilter05:254" "Pentax:DigitalFilter05:27" "Pentax:DigitalFilter05:28"
+    "Pentax:DigitalFilter05:29" "Pentax:DigitalFilter05:3" "Pentax:DigitalFilter05:4"
+    "Pentax:DigitalFilter05:5" "Pentax:DigitalFilter05:6" "Pentax:DigitalFilter05:7"
+    "Pentax:DigitalFilter05:9" "Pentax:DigitalFilter06" "Digital Filter 06"
+    "Pentax:DigitalFilter06:0" "Pentax:DigitalFilter06:1" "Pentax:DigitalFilter06:10"
+    "Pentax:DigitalFilter06:11" "Pentax:DigitalFilter06:12" "Pentax:DigitalFilter06:13"
+    "Pentax:DigitalFilter06:14" "Pentax:DigitalFilter06:16" "Pentax:DigitalFilter06:17"
+    "Pentax:DigitalFilter06:18" "Pentax:DigitalFilter06:19" "Pentax:DigitalFilter06:2"
+    "Pentax:DigitalFilter06:20" "Pentax:DigitalFilter06:21" "Pentax:DigitalFilter06:23"
+    "Pentax:DigitalFilter06:254" "Pentax:DigitalFilter06:27" "Pentax:DigitalFilter06:28"
+    "Pentax:DigitalFilter06:29" "Pentax:DigitalFilter06:3" "Pentax:DigitalFilter06:4"
+    "Pentax:DigitalFilter06:5" "Pentax:DigitalFilter06:6" "Pentax:DigitalFilter06:7"
+    "Pentax:DigitalFilter06:9" "Pentax:DigitalFilter07" "Digital Filter 07"
+    "Pentax:DigitalFilter07:0" "Pentax:DigitalFilter07:1" "Pentax:DigitalFilter07:10"
+    "Pentax:DigitalFilter07:11" "Pentax:DigitalFilter07:12" "Pentax:DigitalFilter07:13"
+    "Pentax:DigitalFilter07:14" "Pentax:DigitalFilter07:16" "Pentax:DigitalFilter07:17"
+    "Pentax:DigitalFilter07:18" "Pentax:DigitalFilter07:19" "Pentax:DigitalFilter07:2"
+    "Pentax:DigitalFilter07:20" "Pentax:DigitalFilter07:21" "Pentax:DigitalFilter07:23"
+    "Pentax:DigitalFilter07:254" "Pentax:DigitalFilter07:27" "Pentax:DigitalFilter07:28"
+    "Pentax:DigitalFilter07:29" "Pentax:DigitalFilter07:3" "Pentax:DigitalFilter07:4"
+    "Pentax:DigitalFilter07:5" "Pentax:DigitalFilter07:6" "Pentax:DigitalFilter07:7"
+    "Pentax:DigitalFilter07:9" "Pentax:DigitalFilter08" "Digital Filter 08"
+    "Pentax:DigitalFilter08:0" "Pentax:DigitalFilter08:1" "Pentax:DigitalFilter08:10"
+    "Pentax:DigitalFilter08:11" "Pentax:DigitalFilter08:12" "Pentax:DigitalFilter08:13"
+    "Pentax:DigitalFilter08:14" "Pentax:DigitalFilter08:16" "Pentax:DigitalFilter08:17"
+    "Pentax:DigitalFilter08:18" "Pentax:DigitalFilter08:19" "Pentax:DigitalFilter08:2"
+    "Pentax:DigitalFilter08:20" "Pentax:DigitalFilter08:21" "Pentax:DigitalFilter08:23"
+    "Pentax:DigitalFilter08:254" "Pentax:DigitalFilter08:27" "Pentax:DigitalFilter08:28"
+    "Pentax:DigitalFilter08:29" "Pentax:DigitalFilter08:3" "Pentax:DigitalFilter08:4"
+    "Pentax:DigitalFilter08:5" "Pentax:DigitalFilter08:6" "Pentax:DigitalFilter08:7"
+    "Pentax:DigitalFilter08:9" "Pentax:DigitalFilter09" "Digital Filter 09"
+    "Pentax:DigitalFilter09:0" "Pentax:DigitalFilter09:1" "Pentax:DigitalFilter09:10"
+    "Pentax:DigitalFilter09:11" "Pentax:DigitalFilter09:12" "Pentax:DigitalFilter09:13"
+    "Pentax:DigitalFilter09:14" "Pentax:DigitalFilter09:16" "Pentax:DigitalFilter09:17"
+    "Pentax:DigitalFilter09:18" "Pentax:DigitalFilter09:19" "Pentax:DigitalFilter09:2"
+    "Pentax:DigitalFilter09:20" "Pentax:DigitalFilter09:21" "Pentax:DigitalFilter09:23"
+    "Pentax:DigitalFilter09:254" "Pentax:DigitalFilter09:27" "Pentax:DigitalFilter09:28"
+    "Pentax:DigitalFilter09:29" "Pentax:DigitalFilter09:3" "Pentax:DigitalFilter09:4"
+    "Pentax:DigitalFilter09:5" "Pentax:DigitalFilter09:6" "Pentax:DigitalFilter09:7"
+    "Pentax:DigitalFilter09:9" "Pentax:DigitalFilter10" "Digital Filter 10"
+    "Pentax:DigitalFilter10:0" "Pentax:DigitalFilter10:1" "Pentax:DigitalFilter10:10"
+    "Pentax:DigitalFilter10:11" "Pentax:DigitalFilter10:12" "Pentax:DigitalFilter10:13"
+    "Pentax:DigitalFilter10:14" "Pentax:DigitalFilter10:16" "Pentax:DigitalFilter10:17"
+    "Pentax:DigitalFilter10:18" "Pentax:DigitalFilter10:19" "Pentax:DigitalFilter10:2"
+    "Pentax:DigitalFilter10:20" "Pentax:DigitalFilter10:21" "Pentax:DigitalFilter10:23"
+    "Pentax:DigitalFilter10:254" "Pentax:DigitalFilter10:27" "Pentax:DigitalFilter10:28"
+    "Pentax:DigitalFilter10:29" "Pentax:DigitalFilter10:3" "Pentax:DigitalFilter10:4"
+    "Pentax:DigitalFilter10:5" "Pentax:DigitalFilter10:6" "Pentax:DigitalFilter10:7"
+    "Pentax:DigitalFilter10:9" "Pentax:DigitalFilter11" "Digital Filter 11"
+    "Pentax:DigitalFilter11:0" "Pentax:DigitalFilter11:1" "Pentax:DigitalFilter11:10"
+    "Pentax:DigitalFilter11:11" "Pentax:DigitalFilter11:12" "Pentax:DigitalFilter11:13"
+    "Pentax:DigitalFilter11:14" "Pentax:DigitalFilter11:16" "Pentax:DigitalFilter11:17"
+    "Pentax:DigitalFilter11:18" "Pentax:DigitalFilter11:19" "Pentax:DigitalFilter11:2"
+    "Pentax:DigitalFilter11:20" "Pentax:DigitalFilter11:21" "Pentax:DigitalFilter11:23"
+    "Pentax:DigitalFilter11:254" "Pentax:DigitalFilter11:27" "Pentax:DigitalFilter11:28"
+    "Pentax:DigitalFilter11:29" "Pentax:DigitalFilter11:3" "Pentax:DigitalFilter11:4"
+    "Pentax:DigitalFilter11:5" "Pentax:DigitalFilter11:6" "Pentax:DigitalFilter11:7"
+    "Pentax:DigitalFilter11:9" "Pentax:DigitalFilter12" "Digital Filter 12"
+    "Pentax:DigitalFilter12:0" "Pentax:DigitalFilter12:1" "Pentax:DigitalFilter12:10"
+    "Pentax:DigitalFilter12:11" "Pentax:DigitalFilter12:12" "Pentax:DigitalFilter12:13"
+    "Pentax:DigitalFilter12:14" "Pentax:DigitalFilter12:16" "Pentax:DigitalFilter12:17"
+    "Pentax:DigitalFilter12:18" "Pentax:DigitalFilter12:19" "Pentax:DigitalFilter12:2"
+    "Pentax:DigitalFilter12:20" "Pentax:DigitalFilter12:21" "Pentax:DigitalFilter12:23"
+    "Pentax:DigitalFilter12:254" "Pentax:DigitalFilter12:27" "Pentax:DigitalFilter12:28"
+    "Pentax:DigitalFilter12:29" "Pentax:DigitalFilter12:3" "Pentax:DigitalFilter12:4"
+    "Pentax:DigitalFilter12:5" "Pentax:DigitalFilter12:6" "Pentax:DigitalFilter12:7"
+    "Pentax:DigitalFilter12:9" "Pentax:DigitalFilter13" "Digital Filter 13"
+    "Pentax:DigitalFilter13:0" "Pentax:DigitalFilter13:1" "Pentax:DigitalFilter13:10"
+    "Pentax:DigitalFilter13:11" "Pentax:DigitalFilter13:12" "Pentax:DigitalFilter13:13"
+    "Pentax:DigitalFilter13:14" "Pentax:DigitalFilter13:16" "Pentax:DigitalFilter13:17"
+    "Pentax:DigitalFilter13:18" "Pentax:DigitalFilter13:19" "Pentax:DigitalFilter13:2"
+    "Pentax:DigitalFilter13:20" "Pentax:DigitalFilter13:21" "Pentax:DigitalFilter13:23"
+    "Pentax:DigitalFilter13:254" "Pentax:DigitalFilter13:27" "Pentax:DigitalFilter13:28"
+    "Pentax:DigitalFilter13:29" "Pentax:DigitalFilter13:3" "Pentax:DigitalFilter13:4"
+    "Pentax:DigitalFilter13:5" "Pentax:DigitalFilter13:6" "Pentax:DigitalFilter13:7"
+    "Pentax:DigitalFilter13:9" "Pentax:DigitalFilter14" "Digital Filter 14"
+    "Pentax:DigitalFilter14:0" "Pentax:DigitalFilter14:1" "Pentax:DigitalFilter14:10"
+    "Pentax:DigitalFilter14:11" "Pentax:DigitalFilter14:12" "Pentax:DigitalFilter14:13"
+    "Pentax:DigitalFilter14:14" "Pentax:DigitalFilter14:16" "Pentax:DigitalFilter14:17"
+    "Pentax:DigitalFilter14:18" "Pentax:DigitalFilter14:19" "Pentax:DigitalFilter14:2"
+    "Pentax:DigitalFilter14:20" "Pentax:DigitalFilter14:21" "Pentax:DigitalFilter14:23"
+    "Pentax:DigitalFilter14:254" "Pentax:DigitalFilter14:27" "Pentax:DigitalFilter14:28"
+    "Pentax:DigitalFilter14:29" "Pentax:DigitalFilter14:3" "Pentax:DigitalFilter14:4"
+    "Pentax:DigitalFilter14:5" "Pentax:DigitalFilter14:6" "Pentax:DigitalFilter14:7"
+    "Pentax:DigitalFilter14:9" "Pentax:DigitalFilter15" "Digital Filter 15"
+    "Pentax:DigitalFilter15:0" "Pentax:DigitalFilter15:1" "Pentax:DigitalFilter15:10"
+    "Pentax:DigitalFilter15:11" "Pentax:DigitalFilter15:12" "Pentax:DigitalFilter15:13"
+    "Pentax:DigitalFilter15:14" "Pentax:DigitalFilter15:16" "Pentax:DigitalFilter15:17"
+    "Pentax:DigitalFilter15:18" "Pentax:DigitalFilter15:19" "Pentax:DigitalFilter15:2"
+    "Pentax:DigitalFilter15:20" "Pentax:DigitalFilter15:21" "Pentax:DigitalFilter15:23"
+    "Pentax:DigitalFilter15:254" "Pentax:DigitalFilter15:27" "Pentax:DigitalFilter15:28"
+    "Pentax:DigitalFilter15:29" "Pentax:DigitalFilter15:3" "Pentax:DigitalFilter15:4"
+    "Pentax:DigitalFilter15:5" "Pentax:DigitalFilter15:6" "Pentax:DigitalFilter15:7"
+    "Pentax:DigitalFilter15:9" "Pentax:DigitalFilter16" "Digital Filter 16"
+    "Pentax:DigitalFilter16:0" "Pentax:DigitalFilter16:1" "Pentax:DigitalFilter16:10"
+    "Pentax:DigitalFilter16:11" "Pentax:DigitalFilter16:12" "Pentax:DigitalFilter16:13"
+    "Pentax:DigitalFilter16:14" "Pentax:DigitalFilter16:16" "Pentax:DigitalFilter16:17"
+    "Pentax:DigitalFilter16:18" "Pentax:DigitalFilter16:19" "Pentax:DigitalFilter16:2"
+    "Pentax:DigitalFilter16:20" "Pentax:DigitalFilter16:21" "Pentax:DigitalFilter16:23"
+    "Pentax:DigitalFilter16:254" "Pentax:DigitalFilter16:27" "Pentax:DigitalFilter16:28"
+    "Pentax:DigitalFilter16:29" "Pentax:DigitalFilter16:3" "Pentax:DigitalFilter16:4"
+    "Pentax:DigitalFilter16:5" "Pentax:DigitalFilter16:6" "Pentax:DigitalFilter16:7"
+    "Pentax:DigitalFilter16:9" "Pentax:DigitalFilter17" "Digital Filter 17"
+    "Pentax:DigitalFilter17:0" "Pentax:DigitalFilter17:1" "Pentax:DigitalFilter17:10"
+    "Pentax:DigitalFilter17:11" "Pentax:DigitalFilter17:12" "Pentax:DigitalFilter17:13"
+    "Pentax:DigitalFilter17:14" "Pentax:DigitalFilter17:16" "Pentax:DigitalFilter17:17"
+    "Pentax:DigitalFilter17:18" "Pentax:DigitalFilter17:19" "Pentax:DigitalFilter17:2"
+    "Pentax:DigitalFilter17:20" "Pentax:DigitalFilter17:21" "Pentax:DigitalFilter17:23"
+    "Pentax:DigitalFilter17:254" "Pentax:DigitalFilter17:27" "Pentax:DigitalFilter17:28"
+    "Pentax:DigitalFilter17:29" "Pentax:DigitalFilter17:3" "Pentax:DigitalFilter17:4"
+    "Pentax:DigitalFilter17:5" "Pentax:DigitalFilter17:6" "Pentax:DigitalFilter17:7"
+    "Pentax:DigitalFilter17:9" "Pentax:DigitalFilter18" "Digital Filter 18"
+    "Pentax:DigitalFilter18:0" "Pentax:DigitalFilter18:1" "Pentax:DigitalFilter18:10"
+    "Pentax:DigitalFilter18:11" "Pentax:DigitalFilter18:12" "Pentax:DigitalFilter18:13"
+    "Pentax:DigitalFilter18:14" "Pentax:DigitalFilter18:16" "Pentax:DigitalFilter18:17"
+    "Pentax:DigitalFilter18:18" "Pentax:DigitalFilter18:19" "Pentax:DigitalFilter18:2"
+    "Pentax:DigitalFilter18:20" "Pentax:DigitalFilter18:21" "Pentax:DigitalFilter18:23"
+    "Pentax:DigitalFilter18:254" "Pentax:DigitalFilter18:27" "Pentax:DigitalFilter18:28"
+    "Pentax:DigitalFilter18:29" "Pentax:DigitalFilter18:3" "Pentax:DigitalFilter18:4"
+    "Pentax:DigitalFilter18:5" "Pentax:DigitalFilter18:6" "Pentax:DigitalFilter18:7"
+    "Pentax:DigitalFilter18:9" "Pentax:DigitalFilter19" "Digital Filter 19"
+    "Pentax:DigitalFilter19:0" "Pentax:DigitalFilter19:1" "Pentax:DigitalFilter19:10"
+    "Pentax:DigitalFilter19:11" "Pentax:DigitalFilter19:12" "Pentax:DigitalFilter19:13"
+    "Pentax:DigitalFilter19:14" "Pentax:DigitalFilter19:16" "Pentax:DigitalFilter19:17"
+    "Pentax:DigitalFilter19:18" "Pentax:DigitalFilter19:19" "Pentax:DigitalFilter19:2"
+    "Pentax:DigitalFilter19:20" "Pentax:DigitalFilter19:21" "Pentax:DigitalFilter19:23"
+    "Pentax:DigitalFilter19:254" "Pentax:DigitalFilter19:27" "Pentax:DigitalFilter19:28"
+    "Pentax:DigitalFilter19:29" "Pentax:DigitalFilter19:3" "Pentax:DigitalFilter19:4"
+    "Pentax:DigitalFilter19:5" "Pentax:DigitalFilter19:6" "Pentax:DigitalFilter19:7"
+    "Pentax:DigitalFilter19:9" "Pentax:DigitalFilter20" "Digital Filter 20"
+    "Pentax:DigitalFilter20:0" "Pentax:DigitalFilter20:1" "Pentax:DigitalFilter20:10"
+    "Pentax:DigitalFilter20:11" "Pentax:DigitalFilter20:12" "Pentax:DigitalFilter20:13"
+    "Pentax:DigitalFilter20:14" "Pentax:DigitalFilter20:16" "Pentax:DigitalFilter20:17"
+    "Pentax:DigitalFilter20:18" "Pentax:DigitalFilter20:19" "Pentax:DigitalFilter20:2"
+    "Pentax:DigitalFilter20:20" "Pentax:DigitalFilter20:21" "Pentax:DigitalFilter20:23"
+    "Pentax:DigitalFilter20:254" "Pentax:DigitalFilter20:27" "Pentax:DigitalFilter20:28"
+    "Pentax:DigitalFilter20:29" "Pentax:DigitalFilter20:3" "Pentax:DigitalFilter20:4"
+    "Pentax:DigitalFilter20:5" "Pentax:DigitalFilter20:6" "Pentax:DigitalFilter20:7"
+    "Pentax:DigitalFilter20:9" "Pentax:DigitalZoom" "Digital Zoom" "Pentax:DistortionCorrection"
+    "Distortion Correction" "Pentax:DistortionCorrection:0" "Pentax:DistortionCorrection:1"
+    "Pentax:DriveMode" "Drive Mode" "Pentax:DriveMode2" "Drive Mode 2" "Pentax:DriveMode2:0"
+    "Single-frame" "Pentax:DriveMode2:1" "Continuous" "Pentax:DriveMode2:128" "Multiple Exposure"
+    "Pentax:DriveMode2:16" "Remote Control (3 s delay)" "Pentax:DriveMode2:2" "Continuous (Lo)"
+    "Pentax:DriveMode2:32" "Remote Control" "Pentax:DriveMode2:4" "Self-timer (12 s)"
+    "Pentax:DriveMode2:64" "Exposure Bracket" "Pentax:DriveMode2:8" "Self-timer (2 s)"
+    "Pentax:DriveMode:0" "Single Exposure" "Pentax:DriveMode:1" "Pentax:DriveMode:10"
+    "Interval Composite Average" "Pentax:DriveMode:11" "Interval Composite Additive"
+    "Pentax:DriveMode:12" "Interval Composite Bright" "Pentax:DriveMode:15" "Interval Movie"
+    "Pentax:DriveMode:16" "Pentax:DriveMode:2" "Composite Average" "Pentax:DriveMode:224" "HDR Auto"
+    "Pentax:DriveMode:255" "Video" "Pentax:DriveMode:3" "Composite Additive" "Pentax:DriveMode:32"
+    "HDR Strong 1" "Pentax:DriveMode:4" "Composite Bright" "Pentax:DriveMode:48" "HDR Strong 2"
+    "Pentax:DriveMode:64" "HDR Strong 3" "Pentax:DriveMode:8" "Interval Shooting"
+    "Pentax:DriveMode:80" "HDR Manual" "Pentax:E-DialInProgram" "E-Dial In Program"
+    "Pentax:E-DialInProgram:0" "Tv or Av" "Pentax:E-DialInProgram:1" "P Shift" "Pentax:EVSteps"
+    "EV Steps" "Pentax:EVSteps:0" "1/2 EV Steps" "Pentax:EVSteps:1" "1/3 EV Steps"
+    "Pentax:EffectiveLV" "Effective LV" "Pentax:ExposureBracketStepSize"
+    "Exposure Bracket Step Size" "Pentax:ExposureBracketStepSize:11" "1.3"
+    "Pentax:ExposureBracketStepSize:12" "1.5" "Pentax:ExposureBracketStepSize:13" "1.7"
+    "Pentax:ExposureBracketStepSize:16" "2.0" "Pentax:ExposureBracketStepSize:3" "0.3"
+    "Pentax:ExposureBracketStepSize:4" "0.5" "Pentax:ExposureBracketStepSize:5" "0.7"
+    "Pentax:ExposureBracketStepSize:8" "1.0" "Pentax:ExposureCompensation" "Exposure Compensation"
+    "Pentax:ExposureTime" "Exposure Time" "Pentax:ExtenderStatus" "Extender Status"
+    "Pentax:ExtenderStatus:0" "Not attached" "Pentax:ExtenderStatus:1" "Attached"
+    "Pentax:ExternalFlashBounce" "External Flash Bounce" "Pentax:ExternalFlashBounce:0"
+    "Pentax:ExternalFlashBounce:16" "Direct" "Pentax:ExternalFlashBounce:48" "Bounce"
+    "Pentax:ExternalFlashExposureComp" "External Flash Exposure Comp"
+    "Pentax:ExternalFlashExposureComp:0" "Pentax:ExternalFlashExposureComp:144" "n/a (Manual Mode)"
+    "Pentax:ExternalFlashExposureComp:164" "-3.0" "Pentax:ExternalFlashExposureComp:167" "-2.5"
+    "Pentax:ExternalFlashExposureComp:168" "-2.0" "Pentax:ExternalFlashExposureComp:171" "-1.5"
+    "Pentax:ExternalFlashExposureComp:172" "-1.0" "Pentax:ExternalFlashExposureComp:175" "-0.5"
+    "Pentax:ExternalFlashExposureComp:176" "0.0" "Pentax:ExternalFlashExposureComp:179"
+    "Pentax:ExternalFlashExposureComp:180" "Pentax:ExternalFlashGuideNumber"
+    "External Flash Guide Number" "Pentax:ExternalFlashMode" "External Flash Mode"
+    "Pentax:ExternalFlashMode:0" "n/a - Off-Auto-Aperture" "Pentax:ExternalFlashMode:191"
+    "On, Flash Problem" "Pentax:ExternalFlashMode:192" "On, Manual" "Pentax:ExternalFlashMode:196"
+    "On, P-TTL Auto" "Pentax:ExternalFlashMode:197" "On, Contrast-control Sync"
+    "Pentax:ExternalFlashMode:198" "On, High-speed Sync" "Pentax:ExternalFlashMode:204"
+    "On, Wireless" "Pentax:ExternalFlashMode:205" "On, Wireless, High-speed Sync"
+    "Pentax:ExternalFlashMode:240" "Not Connected" "Pentax:ExternalFlashMode:63"
+    "Pentax:ExternalFlashMode:64" "On, Auto" "Pentax:FNumber" "F Number" "Pentax:Face10Position"
+    "Face 10 Position" "Pentax:Face10Size" "Face 10 Size" "Pentax:Face11Position" "Face 11 Position"
+    "Pentax:Face11Size" "Face 11 Size" "Pentax:Face12Position" "Face 12 Position"
+    "Pentax:Face12Size" "Face 12 Size" "Pentax:Face13Position" "Face 13 Position"
+    "Pentax:Face13Size" "Face 13 Size" "Pentax:Face14Position" "Face 14 Position"
+    "Pentax:Face14Size" "Face 14 Size" "Pentax:Face15Position" "Face 15 Position"
+    "Pentax:Face15Size" "Face 15 Size" "Pentax:Face16Position" "Face 16 Position"
+    "Pentax:Face16Size" "Face 16 Size" "Pentax:Face17Position" "Face 17 Position"
+    "Pentax:Face17Size" "Face 17 Size" "Pentax:Face18Position" "Face 18 Position"
+    "Pentax:Face18Size" "Face 18 Size" "Pentax:Face19Position" "Face 19 Position"
+    "Pentax:Face19Size" "Face 19 Size" "Pentax:Face1Position" "Face 1 Position" "Pentax:Face1Size"
+    "Face 1 Size" "Pentax:Face20Position" "Face 20 Position" "Pentax:Face20Size" "Face 20 Size"
+    "Pentax:Face21Position" "Face 21 Position" "Pentax:Face21Size" "Face 21 Size"
+    "Pentax:Face22Position" "Face 22 Position" "Pentax:Face22Size" "Face 22 Size"
+    "Pentax:Face23Position" "Face 23 Position" "Pentax:Face23Size" "Face 23 Size"
+    "Pentax:Face24Position" "Face 24 Position" "Pentax:Face24Size" "Face 24 Size"
+    "Pentax:Face25Position" "Face 25 Position" "Pentax:Face25Size" "Face 25 Size"
+    "Pentax:Face26Position" "Face 26 Position" "Pentax:Face26Size" "Face 26 Size"
+    "Pentax:Face27Position" "Face 27 Position" "Pentax:Face27Size" "Face 27 Size"
+    "Pentax:Face28Position" "Face 28 Position" "Pentax:Face28Size" "Face 28 Size"
+    "Pentax:Face29Position" "Face 29 Position" "Pentax:Face29Size" "Face 29 Size"
+    "Pentax:Face2Position" "Face 2 Position" "Pentax:Face2Size" "Face 2 Size"
+    "Pentax:Face30Position" "Face 30 Position" "Pentax:Face30Size" "Face 30 Size"
+    "Pentax:Face31Position" "Face 31 Position" "Pentax:Face31Size" "Face 31 Size"
+    "Pentax:Face32Position" "Face 32 Position" "Pentax:Face32Size" "Face 32 Size"
+    "Pentax:Face3Position" "Face 3 Position" "Pentax:Face3Size" "Face 3 Size" "Pentax:Face4Position"
+    "Face 4 Position" "Pentax:Face4Size" "Face 4 Size" "Pentax:Face5Position" "Face 5 Position"
+    "Pentax:Face5Size" "Face 5 Size" "Pentax:Face6Position" "Face 6 Position" "Pentax:Face6Size"
+    "Face 6 Size" "Pentax:Face7Position" "Face 7 Position" "Pentax:Face7Size" "Face 7 Size"
+    "Pentax:Face8Position" "Face 8 Position" "Pentax:Face8Size" "Face 8 Size" "Pentax:Face9Position"
+    "Face 9 Position" "Pentax:Face9Size" "Face 9 Size" "Pentax:FaceDetect" "Face Detect"
+    "Pentax:FaceDetectFrameSize" "Face Detect Frame Size" "Pentax:FacePosition" "Face Position"
+    "Pentax:FacesDetected" "Faces Detected" "Pentax:FineSharpness" "Fine Sharpness"
+    "Pentax:FineSharpness:0" "Normal" "Pentax:FineSharpness:1" "Pentax:FineSharpness:2" "Extra fine"
+    "Pentax:FirmwareVersion" "Firmware Version" "Pentax:FlashExposureComp" "Flash Exposure Comp"
+    "Pentax:FlashExposureCompSet" "Flash Exposure Comp. Setting" "Pentax:FlashMeteringSegments"
+    "Flash Metering Segments" "Pentax:FlashMode" "Flash Mode" "Pentax:FlashMode:0"
+    "Pentax:FlashMode:1" "Auto |\302\240Off, Did not fire" "Pentax:FlashMode:2"
+    "On |\302\240On, Did not fire" "Pentax:FlashMode:256" "External, Auto" "Pentax:FlashMode:258"
+    "On, Fired" "Pentax:FlashMode:259" "Auto, Fired, Red-eye reduction" "Pentax:FlashMode:260"
+    "On, Red-eye reduction" "Pentax:FlashMode:261" "On, Wireless (Master)" "Pentax:FlashMode:262"
+    "On, Wireless (Control)" "Pentax:FlashMode:264" "On, Soft" "Pentax:FlashMode:265"
+    "On, Slow-sync" "Pentax:FlashMode:266" "On, Slow-sync, Red-eye reduction" "Pentax:FlashMode:267"
+    "On, Trailing-curtain Sync" "Pentax:FlashMode:3" "Auto, Did not fire, Red-eye reduction"
+    "Pentax:FlashMode:4" "Pentax:FlashMode:5" "On, Did not fire, Wireless (Master)"
+    "Pentax:FlashMode:575" "External, Flash Problem" "Pentax:FlashMode:6" "Red-eye reduction"
+    "Pentax:FlashMode:63" "Internal" "Pentax:FlashMode:768" "External, Manual"
+    "Pentax:FlashMode:772" "External, P-TTL Auto" "Pentax:FlashMode:773"
+    "External, Contrast-control Sync" "Pentax:FlashMode:774" "External, High-speed Sync"
+    "Pentax:FlashMode:780" "External, Wireless" "Pentax:FlashMode:781"
+    "External, Wireless, High-speed Sync" "Pentax:FlashOptions" "Flash Options"
+    "Pentax:FlashOptions2" "Flash Options 2" "Pentax:FlashOptions2:0" "Pentax:FlashOptions2:1"
+    "Pentax:FlashOptions2:10" "Trailing-curtain Sync" "Pentax:FlashOptions2:2"
+    "Pentax:FlashOptions2:3" "Auto, Red-eye reduction" "Pentax:FlashOptions2:5" "Wireless (Master)"
+    "Pentax:FlashOptions2:6" "Wireless (Control)" "Pentax:FlashOptions2:8" "Slow-sync"
+    "Pentax:FlashOptions2:9" "Slow-sync, Red-eye reduction" "Pentax:FlashOptions:0"
+    "Pentax:FlashOptions:1" "Pentax:FlashOptions:10" "Pentax:FlashOptions:2" "Pentax:FlashOptions:3"
+    "Pentax:FlashOptions:5" "Pentax:FlashOptions:6" "Pentax:FlashOptions:8" "Pentax:FlashOptions:9"
+    "Pentax:FlashStatus" "Flash Status" "Pentax:FlashStatus:0" "Pentax:FlashStatus:1" "Off (1)"
+    "Pentax:FlashStatus:13" "Internal, Fired" "Pentax:FlashStatus:2" "External, Did not fire"
+    "Pentax:FlashStatus:6" "External, Fired" "Pentax:FlashStatus:8" "Internal, Did not fire (0x08)"
+    "Pentax:FlashStatus:9" "Internal, Did not fire" "Pentax:FocalLength" "Focal Length"
+    "Pentax:FocusMode" "Focus Mode" "Pentax:FocusMode2" "Focus Mode 2" "Pentax:FocusMode2:0"
+    "Manual" "Pentax:FocusMode2:1" "AF-S" "Pentax:FocusMode2:2" "AF-C" "Pentax:FocusMode2:3" "AF-A"
+    "Pentax:FocusMode:0" "Pentax:FocusMode:1" "Macro |\302\240Macro (1)" "Pentax:FocusMode:16"
+    "AF-S (Focus-priority)" "Pentax:FocusMode:17" "AF-C (Focus-priority)" "Pentax:FocusMode:18"
+    "AF-A (Focus-priority)" "Pentax:FocusMode:2" "Custom |\302\240Infinity |\302\240Macro (2)"
+    "Pentax:FocusMode:272" "AF-S (Release-priority)" "Pentax:FocusMode:273"
+    "AF-C (Release-priority)" "Pentax:FocusMode:274" "AF-A (Release-priority)"
+    "Pentax:FocusMode:288" "Contrast-detect (Release-priority)" "Pentax:FocusMode:3"
+    "Auto |\302\240Infinity |\302\240Manual" "Pentax:FocusMode:32"
+    "Contrast-detect (Focus-priority)" "Pentax:FocusMode:33"
+    "Tracking Contrast-detect (Focus-priority)" "Pentax:FocusMode:4" "Super Macro"
+    "Pentax:FocusMode:5" "Pan Focus" "Pentax:FocusPosition" "Focus Position"
+    "Pentax:FocusRangeIndex" "Focus Range Index" "Pentax:FocusRangeIndex:0"
+    "Pentax:FocusRangeIndex:1" "Pentax:FocusRangeIndex:2" "6 (far)" "Pentax:FocusRangeIndex:3"
+    "7 (very far)" "Pentax:FocusRangeIndex:4" "Pentax:FocusRangeIndex:5" "Pentax:FocusRangeIndex:6"
+    "1 (close)" "Pentax:FocusRangeIndex:7" "0 (very close)" "Pentax:FrameNumber" "Frame Number"
+    "Pentax:GripBatteryADLoad" "Grip Battery A/D Load" "Pentax:GripBatteryADNoLoad"
+    "Grip Battery A/D No Load" "Pentax:GripBatteryState" "Grip Battery State"
+    "Pentax:GripBatteryState:1" "Pentax:GripBatteryState:2" "Pentax:GripBatteryState:3"
+    "Pentax:GripBatteryState:4" "Pentax:HDR" "Pentax:HDR:0" "Pentax:HDR:1" "Auto-align On"
+    "Pentax:HDR:12" "3 EV" "Pentax:HDR:2" "HDR 1" "Pentax:HDR:3" "HDR 2" "Pentax:HDR:4" "1 EV"
+    "Pentax:HDR:5" "HDR Advanced" "Pentax:HDR:8" "2 EV" "Pentax:HighISONoiseReduction"
+    "High ISO Noise Reduction" "Pentax:HighISONoiseReduction:0" "Inactive"
+    "Pentax:HighISONoiseReduction:1" "Active" "Pentax:HighISONoiseReduction:2" "Active (Weak)"
+    "Pentax:HighISONoiseReduction:255" "Pentax:HighISONoiseReduction:3" "Active (Strong)"
+    "Pentax:HighISONoiseReduction:4" "Active (Medium)" "Pentax:HighISONoiseReduction:48" "ISO>400"
+    "Pentax:HighISONoiseReduction:56" "ISO>800" "Pentax:HighISONoiseReduction:64" "ISO>1600"
+    "Pentax:HighISONoiseReduction:72" "ISO>3200" "Pentax:HighLowKeyAdj" "High/Low Key Adj"
+    "Pentax:HighLowKeyAdj:-1 0" "Pentax:HighLowKeyAdj:-2 0" "Pentax:HighLowKeyAdj:-3 0"
+    "Pentax:HighLowKeyAdj:-4 0" "Pentax:HighLowKeyAdj:0 0" "Pentax:HighLowKeyAdj:1 0"
+    "Pentax:HighLowKeyAdj:2 0" "Pentax:HighLowKeyAdj:3 0" "Pentax:HighLowKeyAdj:4 0"
+    "Pentax:HometownCity" "Hometown City" "Pentax:HometownCity:0" "Pentax:HometownCity:1"
+    "Pentax:HometownCity:10" "Pentax:HometownCity:11" "Pentax:HometownCity:12"
+    "Pentax:HometownCity:13" "Pentax:HometownCity:14" "Pentax:HometownCity:15"
+    "Pentax:HometownCity:16" "Pentax:HometownCity:17" "Pentax:HometownCity:18"
+    "Pentax:HometownCity:19" "Pentax:HometownCity:2" "Pentax:HometownCity:20"
+    "Pentax:HometownCity:21" "Pentax:HometownCity:22" "Pentax:HometownCity:23"
+    "Pentax:HometownCity:24" "Pentax:HometownCity:25" "Pentax:HometownCity:26"
+    "Pentax:HometownCity:27" "Pentax:HometownCity:28" "Pentax:HometownCity:29"
+    "Pentax:HometownCity:3" "Pentax:HometownCity:30" "Pentax:HometownCity:31"
+    "Pentax:HometownCity:32" "Pentax:HometownCity:33" "Pentax:HometownCity:34"
+    "Pentax:HometownCity:35" "Pentax:HometownCity:36" "Pentax:HometownCity:37"
+    "Pentax:HometownCity:38" "Pentax:HometownCity:39" "Pentax:HometownCity:4"
+    "Pentax:HometownCity:40" "Pentax:HometownCity:41" "Pentax:HometownCity:42"
+    "Pentax:HometownCity:43" "Pentax:HometownCity:44" "Pentax:HometownCity:45"
+    "Pentax:HometownCity:46" "Pentax:HometownCity:47" "Pentax:HometownCity:48"
+    "Pentax:HometownCity:49" "Pentax:HometownCity:5" "Pentax:HometownCity:50"
+    "Pentax:HometownCity:51" "Pentax:HometownCity:52" "Pentax:HometownCity:53"
+    "Pentax:HometownCity:54" "Pentax:HometownCity:55" "Pentax:HometownCity:56"
+    "Pentax:HometownCity:57" "Pentax:HometownCity:58" "Pentax:HometownCity:59"
+    "Pentax:HometownCity:6" "Pentax:HometownCity:60" "Pentax:HometownCity:61"
+    "Pentax:HometownCity:62" "Pentax:HometownCity:63" "Pentax:HometownCity:64"
+    "Pentax:HometownCity:65" "Pentax:HometownCity:66" "Pentax:HometownCity:67"
+    "Pentax:HometownCity:68" "Pentax:HometownCity:69" "Pentax:HometownCity:7"
+    "Pentax:HometownCity:70" "Pentax:HometownCity:71" "Pentax:HometownCity:72"
+    "Pentax:HometownCity:73" "Pentax:HometownCity:74" "Pentax:HometownCity:8"
+    "Pentax:HometownCity:9" "Pentax:HometownCityCode" "Hometown City Code" "Pentax:HometownDST"
+    "Hometown DST" "Pentax:HometownDST:0" "Pentax:HometownDST:1" "Pentax:Hue" "Pentax:Hue:0"
+    "Pentax:Hue:1" "Pentax:Hue:2" "Pentax:Hue:3" "Pentax:Hue:4" "Pentax:Hue:5" "Pentax:Hue:6"
+    "Pentax:Hue:65535" "Pentax:Hue:7" "Pentax:Hue:8" "Pentax:HuffmanTable" "Huffman Table"
+    "Pentax:ISO" "Pentax:ISO:10" "100 |\302\240250" "Pentax:ISO:100" "Pentax:ISO:11" "320"
+    "Pentax:ISO:12" "Pentax:ISO:13" "500" "Pentax:ISO:14" "640" "Pentax:ISO:15" "Pentax:ISO:16"
+    "1000 |\302\240200" "Pentax:ISO:1600" "Pentax:ISO:17" "1250" "Pentax:ISO:18" "Pentax:ISO:19"
+    "2000" "Pentax:ISO:20" "2500" "Pentax:ISO:200" "Pentax:ISO:21" "Pentax:ISO:22" "4000"
+    "Pentax:ISO:23" "5000" "Pentax:ISO:24" "6400" "Pentax:ISO:25" "8000" "Pentax:ISO:258"
+    "Pentax:ISO:259" "Pentax:ISO:26" "10000" "Pentax:ISO:260" "Pentax:ISO:261" "140"
+    "Pentax:ISO:262" "Pentax:ISO:263" "Pentax:ISO:264" "Pentax:ISO:265" "560" "Pentax:ISO:266"
+    "Pentax:ISO:267" "1100" "Pentax:ISO:268" "Pentax:ISO:269" "2200" "Pentax:ISO:27" "12800"
+    "Pentax:ISO:270" "Pentax:ISO:271" "4500" "Pentax:ISO:272" "Pentax:ISO:273" "9000"
+    "Pentax:ISO:274" "Pentax:ISO:275" "18000" "Pentax:ISO:276" "25600" "Pentax:ISO:277" "36000"
+    "Pentax:ISO:278" "51200" "Pentax:ISO:279" "72000" "Pentax:ISO:28" "16000" "Pentax:ISO:280"
+    "102400" "Pentax:ISO:281" "144000" "Pentax:ISO:282" "204800" "Pentax:ISO:283" "288000"
+    "Pentax:ISO:284" "409600" "Pentax:ISO:285" "576000" "Pentax:ISO:286" "819200" "Pentax:ISO:29"
+    "20000" "Pentax:ISO:3" "Pentax:ISO:30" "Pentax:ISO:31" "32000" "Pentax:ISO:32" "40000"
+    "Pentax:ISO:3200" "Pentax:ISO:33" "Pentax:ISO:34" "64000" "Pentax:ISO:35" "80000"
+    "Pentax:ISO:36" "Pentax:ISO:37" "128000" "Pentax:ISO:38" "160000" "Pentax:ISO:39" "Pentax:ISO:4"
+    "Pentax:ISO:40" "256000" "Pentax:ISO:400" "Pentax:ISO:41" "320000" "Pentax:ISO:42"
+    "Pentax:ISO:43" "512000" "Pentax:ISO:44" "640000" "Pentax:ISO:45" "Pentax:ISO:5" "Pentax:ISO:50"
+    "Pentax:ISO:6" "Pentax:ISO:65534" "Auto 2" "Pentax:ISO:65535" "Pentax:ISO:7" "125"
+    "Pentax:ISO:8" "Pentax:ISO:800" "Pentax:ISO:9" "Pentax:ISOAuto" "ISO Auto" "Pentax:ISOAuto:0"
+    "Pentax:ISOAuto:1" "Pentax:ISOAutoParameters" "ISO Auto Parameters"
+    "Pentax:ISOAutoParameters:1 0" "Slow" "Pentax:ISOAutoParameters:2 0"
+    "Pentax:ISOAutoParameters:3 0" "Fast" "Pentax:ISOFloor" "ISO Floor" "Pentax:ISOSetting"
+    "ISO Setting" "Pentax:ISOSetting:0" "Pentax:ISOSetting:1" "Pentax:ImageAreaOffset"
+    "Image Area Offset" "Pentax:ImageEditCount" "Image Edit Count" "Pentax:ImageTone" "Image Tone"
+    "Pentax:ImageTone:0" "Natural" "Pentax:ImageTone:1" "Bright" "Pentax:ImageTone:10"
+    "Cross Processing" "Pentax:ImageTone:11" "Flat" "Pentax:ImageTone:2" "Pentax:ImageTone:3"
+    "Pentax:ImageTone:32768" "Pentax:ImageTone:4" "Vibrant" "Pentax:ImageTone:5"
+    "Pentax:ImageTone:6" "Muted" "Pentax:ImageTone:7" "Reversal Film" "Pentax:ImageTone:8"
+    "Bleach Bypass" "Pentax:ImageTone:9" "Radiant" "Pentax:InternalFlashMode" "Internal Flash Mode"
+    "Pentax:InternalFlashMode:0" "Pentax:InternalFlashMode:134" "Fired, Wireless (Control)"
+    "Pentax:InternalFlashMode:149" "Fired, Wireless (Master)" "Pentax:InternalFlashMode:192" "Fired"
+    "Pentax:InternalFlashMode:193" "Fired, Red-eye reduction" "Pentax:InternalFlashMode:194"
+    "Fired, Auto" "Pentax:InternalFlashMode:195" "Fired, Auto, Red-eye reduction"
+    "Pentax:InternalFlashMode:198" "Fired, Wireless (Control), Fired normally not as control"
+    "Pentax:InternalFlashMode:200" "Fired, Slow-sync" "Pentax:InternalFlashMode:201"
+    "Fired, Slow-sync, Red-eye reduction" "Pentax:InternalFlashMode:202"
+    "Fired, Trailing-curtain Sync" "Pentax:InternalFlashMode:240" "Did not fire, Normal"
+    "Pentax:InternalFlashMode:241" "Did not fire, Red-eye reduction" "Pentax:InternalFlashMode:242"
+    "Did not fire, Auto" "Pentax:InternalFlashMode:243" "Did not fire, Auto, Red-eye reduction"
+    "Pentax:InternalFlashMode:244" "Did not fire, (Unknown 0xf4)" "Pentax:InternalFlashMode:245"
+    "Did not fire, Wireless (Master)" "Pentax:InternalFlashMode:246"
+    "Did not fire, Wireless (Control)" "Pentax:InternalFlashMode:248" "Did not fire, Slow-sync"
+    "Pentax:InternalFlashMode:249" "Did not fire, Slow-sync, Red-eye reduction"
+    "Pentax:InternalFlashMode:250" "Did not fire, Trailing-curtain Sync"
+    "Pentax:InternalFlashStrength" "Internal Flash Strength" "Pentax:InternalSerialNumber"
+    "Internal Serial Number" "Pentax:IntervalShooting" "Pentax:IntervalShooting:0 0"
+    "Pentax:JpgRecordedPixels" "Jpg Recorded Pixels" "Pentax:JpgRecordedPixels:0" "10 MP"
+    "Pentax:JpgRecordedPixels:1" "6 MP" "Pentax:JpgRecordedPixels:2" "2 MP" "Pentax:KelvinWB_01"
+    "Kelvin WB 01" "Pentax:KelvinWB_02" "Kelvin WB 02" "Pentax:KelvinWB_03" "Kelvin WB 03"
+    "Pentax:KelvinWB_04" "Kelvin WB 04" "Pentax:KelvinWB_05" "Kelvin WB 05" "Pentax:KelvinWB_06"
+    "Kelvin WB 06" "Pentax:KelvinWB_07" "Kelvin WB 07" "Pentax:KelvinWB_08" "Kelvin WB 08"
+    "Pentax:KelvinWB_09" "Kelvin WB 09" "Pentax:KelvinWB_10" "Kelvin WB 10" "Pentax:KelvinWB_11"
+    "Kelvin WB 11" "Pentax:KelvinWB_12" "Kelvin WB 12" "Pentax:KelvinWB_13" "Kelvin WB 13"
+    "Pentax:KelvinWB_14" "Kelvin WB 14" "Pentax:KelvinWB_15" "Kelvin WB 15" "Pentax:KelvinWB_16"
+    "Kelvin WB 16" "Pentax:KelvinWB_Daylight" "Kelvin WB Daylight" "Pentax:LC1" "Pentax:LC10"
+    "Pentax:LC11" "Pentax:LC12" "Pentax:LC14" "Pentax:LC15" "Pentax:LC3" "Pentax:LC4" "Pentax:LC5"
+    "Pentax:LC6" "Pentax:LC7" "Pentax:LC8" "Pentax:LensFStops" "Lens F Stops"
+    "Pentax:LensFocalLength" "Lens Focal Length" "Pentax:LensInfo" "Lens Info" "Pentax:LensKind"
+    "Lens Kind" "Pentax:LensModel" "Lens Model" "Pentax:LensType" "Lens Type" "Pentax:LensType:0 0"
+    "M-42 or No Lens" "Pentax:LensType:1 0" "K or M Lens" "Pentax:LensType:10 0" "645 A Series Lens"
+    "Pentax:LensType:11 1" "smc PENTAX-FA 645 75mm F2.8" "Pentax:LensType:11 10"
+    "smc PENTAX-FA 645 150mm F2.8 [IF]" "Pentax:LensType:11 11"
+    "smc PENTAX-FA 645 35mm F3.5 AL [IF]" "Pentax:LensType:11 12"
+    "smc PENTAX-FA 645 300mm F5.6 ED [IF]" "Pentax:LensType:11 14" "smc PENTAX-FA 645 55-110mm F5.6"
+    "Pentax:LensType:11 16" "smc PENTAX-FA 645 33-55mm F4.5 AL" "Pentax:LensType:11 17"
+    "smc PENTAX-FA 645 150-300mm F5.6 ED [IF]" "Pentax:LensType:11 2" "smc PENTAX-FA 645 45mm F2.8"
+    "Pentax:LensType:11 21" "HD PENTAX-D FA 645 35mm F3.5 AL [IF]" "Pentax:LensType:11 3"
+    "smc PENTAX-FA* 645 300mm F4 ED [IF]" "Pentax:LensType:11 4" "smc PENTAX-FA 645 45-85mm F4.5"
+    "Pentax:LensType:11 5" "smc PENTAX-FA 645 400mm F5.6 ED [IF]" "Pentax:LensType:11 7"
+    "smc PENTAX-FA 645 Macro 120mm F4" "Pentax:LensType:11 8" "smc PENTAX-FA 645 80-160mm F4.5"
+    "Pentax:LensType:11 9" "smc PENTAX-FA 645 200mm F4 [IF]" "Pentax:LensType:13 18"
+    "smc PENTAX-D FA 645 55mm F2.8 AL [IF] SDM AW" "Pentax:LensType:13 19"
+    "smc PENTAX-D FA 645 25mm F4 AL [IF] SDM AW" "Pentax:LensType:13 20"
+    "HD PENTAX-D FA 645 90mm F2.8 ED AW SR" "Pentax:LensType:13 253"
+    "HD PENTAX-DA 645 28-45mm F4.5 ED AW SR" "Pentax:LensType:13 254"
+    "smc PENTAX-DA 645 25mm F4 AL [IF] SDM AW" "Pentax:LensType:2 0" "A Series Lens"
+    "Pentax:LensType:21 0" "Pentax Q Manual Lens" "Pentax:LensType:21 1"
+    "01 Standard Prime 8.5mm F1.9" "Pentax:LensType:21 2" "02 Standard Zoom 5-15mm F2.8-4.5"
+    "Pentax:LensType:21 233" "Adapter Q for K-mount Lens" "Pentax:LensType:21 6"
+    "06 Telephoto Zoom 15-45mm F2.8" "Pentax:LensType:21 7" "07 Mount Shield 11.5mm F9"
+    "Pentax:LensType:21 8" "08 Wide Zoom 3.8-5.9mm F3.7-4" "Pentax:LensType:22 3"
+    "03 Fish-eye 3.2mm F5.6" "Pentax:LensType:22 4" "04 Toy Lens Wide 6.3mm F7.1"
+    "Pentax:LensType:22 5" "05 Toy Lens Telephoto 18mm F8" "Pentax:LensType:3 0" "Sigma"
+    "Pentax:LensType:3 17" "smc PENTAX-FA SOFT 85mm F2.8" "Pentax:LensType:3 18"
+    "smc PENTAX-F 1.7X AF ADAPTER" "Pentax:LensType:3 19" "smc PENTAX-F 24-50mm F4"
+    "Pentax:LensType:3 20" "smc PENTAX-F 35-80mm F4-5.6" "Pentax:LensType:3 21"
+    "smc PENTAX-F 80-200mm F4.7-5.6" "Pentax:LensType:3 22" "smc PENTAX-F FISH-EYE 17-28mm F3.5-4.5"
+    "Pentax:LensType:3 23" "smc PENTAX-F 100-300mm F4.5-5.6 or Sigma Lens" "Pentax:LensType:3 23.1"
+    "Sigma AF 28-300mm F3.5-5.6 DL IF" "Pentax:LensType:3 23.2"
+    "Sigma AF 28-300mm F3.5-6.3 DG IF Macro" "Pentax:LensType:3 23.3" "Tokina 80-200mm F2.8 ATX-Pro"
+    "Pentax:LensType:3 24" "smc PENTAX-F 35-135mm F3.5-4.5" "Pentax:LensType:3 247"
+    "smc PENTAX-DA FISH-EYE 10-17mm F3.5-4.5 ED[IF]" "Pentax:LensType:3 248"
+    "smc PENTAX-DA 12-24mm F4 ED AL[IF]" "Pentax:LensType:3 25"
+    "smc PENTAX-F 35-105mm F4-5.6 or Sigma or Tokina Lens" "Pentax:LensType:3 25.1"
+    "Sigma 55-200mm F4-5.6 DC" "Pentax:LensType:3 25.2" "Pentax:LensType:3 25.3"
+    "Sigma AF 28-300mm F3.5-6.3 DL IF" "Pentax:LensType:3 25.4" "Pentax:LensType:3 25.5"
+    "Pentax:LensType:3 250" "smc PENTAX-DA 50-200mm F4-5.6 ED" "Pentax:LensType:3 251"
+    "smc PENTAX-DA 40mm F2.8 Limited" "Pentax:LensType:3 252" "smc PENTAX-DA 18-55mm F3.5-5.6 AL"
+    "Pentax:LensType:3 253" "smc PENTAX-DA 14mm F2.8 ED[IF]" "Pentax:LensType:3 254"
+    "smc PENTAX-DA 16-45mm F4 ED AL" "Pentax:LensType:3 255" "Sigma Lens (3 255)"
+    "Pentax:LensType:3 255.1" "Sigma 18-200mm F3.5-6.3 DC" "Pentax:LensType:3 255.2"
+    "Sigma DL-II 35-80mm F4-5.6" "Pentax:LensType:3 255.3" "Sigma DL Zoom 75-300mm F4-5.6"
+    "Pentax:LensType:3 255.4" "Sigma DF EX Aspherical 28-70mm F2.8" "Pentax:LensType:3 255.5"
+    "Sigma AF Tele 400mm F5.6 Multi-coated" "Pentax:LensType:3 255.6" "Sigma 24-60mm F2.8 EX DG"
+    "Pentax:LensType:3 255.7" "Sigma 70-300mm F4-5.6 Macro" "Pentax:LensType:3 255.8"
+    "Pentax:LensType:3 255.9" "Sigma 18-50mm F2.8 EX DC" "Pentax:LensType:3 26"
+    "smc PENTAX-F* 250-600mm F5.6 ED[IF]" "Pentax:LensType:3 27"
+    "smc PENTAX-F 28-80mm F3.5-4.5 or Tokina Lens" "Pentax:LensType:3 27.1"
+    "Tokina AT-X Pro AF 28-70mm F2.6-2.8" "Pentax:LensType:3 28"
+    "smc PENTAX-F 35-70mm F3.5-4.5 or Tokina Lens" "Pentax:LensType:3 28.1"
+    "Tokina 19-35mm F3.5-4.5 AF" "Pentax:LensType:3 28.2" "Tokina AT-X AF 400mm F5.6"
+    "Pentax:LensType:3 29" "PENTAX-F 28-80mm F3.5-4.5 or Sigma or Tokina Lens"
+    "Pentax:LensType:3 29.1" "Sigma AF 18-125mm F3.5-5.6 DC" "Pentax:LensType:3 29.2"
+    "Tokina AT-X PRO 28-70mm F2.6-2.8" "Pentax:LensType:3 30" "PENTAX-F 70-200mm F4-5.6"
+    "Pentax:LensType:3 31" "smc PENTAX-F 70-210mm F4-5.6 or Tokina or Takumar Lens"
+    "Pentax:LensType:3 31.1" "Tokina AF 730 75-300mm F4.5-5.6" "Pentax:LensType:3 31.2"
+    "Takumar-F 70-210mm F4-5.6" "Pentax:LensType:3 32" "smc PENTAX-F 50mm F1.4"
+    "Pentax:LensType:3 33" "smc PENTAX-F 50mm F1.7" "Pentax:LensType:3 34"
+    "smc PENTAX-F 135mm F2.8 [IF]" "Pentax:LensType:3 35" "smc PENTAX-F 28mm F2.8"
+    "Pentax:LensType:3 36" "Sigma 20mm F1.8 EX DG Aspherical RF" "Pentax:LensType:3 38"
+    "smc PENTAX-F* 300mm F4.5 ED[IF]" "Pentax:LensType:3 39" "smc PENTAX-F* 600mm F4 ED[IF]"
+    "Pentax:LensType:3 40" "smc PENTAX-F Macro 100mm F2.8" "Pentax:LensType:3 41"
+    "smc PENTAX-F Macro 50mm F2.8 or Sigma Lens" "Pentax:LensType:3 41.1" "Sigma 50mm F2.8 Macro"
+    "Pentax:LensType:3 42" "Sigma 300mm F2.8 EX DG APO IF" "Pentax:LensType:3 44"
+    "Sigma or Tamron Lens (3 44)" "Pentax:LensType:3 44.1" "Sigma AF 10-20mm F4-5.6 EX DC"
+    "Pentax:LensType:3 44.2" "Sigma 12-24mm F4.5-5.6 EX DG" "Pentax:LensType:3 44.3"
+    "Sigma 17-70mm F2.8-4.5 DC Macro" "Pentax:LensType:3 44.4" "Sigma 18-50mm F3.5-5.6 DC"
+    "Pentax:LensType:3 44.5" "Sigma 17-35mm F2.8-4 EX DG" "Pentax:LensType:3 44.6"
+    "Tamron 35-90mm F4-5.6 AF" "Pentax:LensType:3 44.7" "Sigma AF 18-35mm F3.5-4.5 Aspherical"
+    "Pentax:LensType:3 46" "Sigma or Samsung Lens (3 46)" "Pentax:LensType:3 46.1"
+    "Sigma APO 70-200mm F2.8 EX" "Pentax:LensType:3 46.2" "Sigma EX APO 100-300mm F4 IF"
+    "Pentax:LensType:3 46.3" "Samsung/Schneider D-XENON 50-200mm F4-5.6 ED" "Pentax:LensType:3 50"
+    "smc PENTAX-FA 28-70mm F4 AL" "Pentax:LensType:3 51" "Sigma 28mm F1.8 EX DG Aspherical Macro"
+    "Pentax:LensType:3 52" "smc PENTAX-FA 28-200mm F3.8-5.6 AL[IF] or Tamron Lens"
+    "Pentax:LensType:3 52.1" "Tamron AF LD 28-200mm F3.8-5.6 [IF] Aspherical (171D)"
+    "Pentax:LensType:3 53" "smc PENTAX-FA 28-80mm F3.5-5.6 AL" "Pentax:LensType:31 1" "GR Lens"
+    "Pentax:LensType:4 1" "smc PENTAX-FA SOFT 28mm F2.8" "Pentax:LensType:4 10" "Irix 15mm F2.4"
+    "Pentax:LensType:4 12" "smc PENTAX-FA 50mm F1.4" "Pentax:LensType:4 15"
+    "smc PENTAX-FA 28-105mm F4-5.6 [IF]" "Pentax:LensType:4 16" "Tamron AF 80-210mm F4-5.6 (178D)"
+    "Pentax:LensType:4 19" "Tamron SP AF 90mm F2.8 (172E)" "Pentax:LensType:4 2"
+    "smc PENTAX-FA 80-320mm F4.5-5.6" "Pentax:LensType:4 20" "smc PENTAX-FA 28-80mm F3.5-5.6"
+    "Pentax:LensType:4 21" "Cosina AF 100-300mm F5.6-6.7" "Pentax:LensType:4 214"
+    "smc PENTAX-DA 35mm F2.4 AL" "Pentax:LensType:4 22" "Tokina 28-80mm F3.5-5.6"
+    "Pentax:LensType:4 229" "smc PENTAX-DA 18-55mm F3.5-5.6 AL II" "Pentax:LensType:4 23"
+    "smc PENTAX-FA 20-35mm F4 AL" "Pentax:LensType:4 230" "Tamron SP AF 17-50mm F2.8 XR Di II"
+    "Pentax:LensType:4 231" "smc PENTAX-DA 18-250mm F3.5-6.3 ED AL [IF]" "Pentax:LensType:4 237"
+    "Samsung/Schneider D-XENOGON 10-17mm F3.5-4.5" "Pentax:LensType:4 239"
+    "Samsung/Schneider D-XENON 12-24mm F4 ED AL [IF]" "Pentax:LensType:4 24"
+    "smc PENTAX-FA 77mm F1.8 Limited" "Pentax:LensType:4 242"
+    "smc PENTAX-DA* 16-50mm F2.8 ED AL [IF] SDM (SDM unused)" "Pentax:LensType:4 243"
+    "smc PENTAX-DA 70mm F2.4 Limited" "Pentax:LensType:4 244" "smc PENTAX-DA 21mm F3.2 AL Limited"
+    "Pentax:LensType:4 245" "Samsung/Schneider D-XENON 50-200mm F4-5.6" "Pentax:LensType:4 246"
+    "Samsung/Schneider D-XENON 18-55mm F3.5-5.6" "Pentax:LensType:4 247" "Pentax:LensType:4 248"
+    "smc PENTAX-DA 12-24mm F4 ED AL [IF]" "Pentax:LensType:4 249"
+    "Tamron XR DiII 18-200mm F3.5-6.3 (A14)" "Pentax:LensType:4 25" "Tamron SP AF 14mm F2.8"
+    "Pentax:LensType:4 250" "Pentax:LensType:4 251" "Pentax:LensType:4 252" "Pentax:LensType:4 253"
+    "Pentax:LensType:4 254" "Pentax:LensType:4 26" "smc PENTAX-FA Macro 100mm F3.5 or Cosina Lens"
+    "Pentax:LensType:4 26.1" "Cosina 100mm F3.5 Macro" "Pentax:LensType:4 27"
+    "Tamron AF 28-300mm F3.5-6.3 LD Aspherical[IF] Macro (185D/285D)" "Pentax:LensType:4 28"
+    "smc PENTAX-FA 35mm F2 AL" "Pentax:LensType:4 29"
+    "Tamron AF 28-200mm F3.8-5.6 LD Super II Macro (371D)" "Pentax:LensType:4 3"
+    "smc PENTAX-FA 43mm F1.9 Limited" "Pentax:LensType:4 34" "smc PENTAX-FA 24-90mm F3.5-4.5 AL[IF]"
+    "Pentax:LensType:4 35" "smc PENTAX-FA 100-300mm F4.7-5.8" "Pentax:LensType:4 36"
+    "Tamron AF 70-300mm F4-5.6 LD Macro 1:2" "Pentax:LensType:4 37"
+    "Tamron SP AF 24-135mm F3.5-5.6 AD AL (190D)" "Pentax:LensType:4 38"
+    "smc PENTAX-FA 28-105mm F3.2-4.5 AL[IF]" "Pentax:LensType:4 39"
+    "smc PENTAX-FA 31mm F1.8 AL Limited" "Pentax:LensType:4 41"
+    "Tamron AF 28-200mm Super Zoom F3.8-5.6 Aspherical XR [IF] Macro (A03)" "Pentax:LensType:4 43"
+    "smc PENTAX-FA 28-90mm F3.5-5.6" "Pentax:LensType:4 44" "smc PENTAX-FA J 75-300mm F4.5-5.8 AL"
+    "Pentax:LensType:4 45" "Tamron Lens (4 45)" "Pentax:LensType:4 45.1"
+    "Tamron 28-300mm F3.5-6.3 Ultra zoom XR" "Pentax:LensType:4 45.2"
+    "Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro" "Pentax:LensType:4 46"
+    "smc PENTAX-FA J 28-80mm F3.5-5.6 AL" "Pentax:LensType:4 47" "smc PENTAX-FA J 18-35mm F4-5.6 AL"
+    "Pentax:LensType:4 49" "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro"
+    "Pentax:LensType:4 51" "smc PENTAX-D FA 50mm F2.8 Macro" "Pentax:LensType:4 52"
+    "smc PENTAX-D FA 100mm F2.8 Macro" "Pentax:LensType:4 55" "Samsung/Schneider D-XENOGON 35mm F2"
+    "Pentax:LensType:4 56" "Samsung/Schneider D-XENON 100mm F2.8 Macro" "Pentax:LensType:4 6"
+    "smc PENTAX-FA 35-80mm F4-5.6" "Pentax:LensType:4 7" "Irix 45mm F1.4" "Pentax:LensType:4 75"
+    "Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro (A001)" "Pentax:LensType:4 8"
+    "Irix 150mm F2.8 Macro" "Pentax:LensType:4 9" "Irix 11mm F4 Firefly" "Pentax:LensType:5 1"
+    "smc PENTAX-FA* 24mm F2 AL[IF]" "Pentax:LensType:5 10" "smc PENTAX-FA* 85mm F1.4 [IF]"
+    "Pentax:LensType:5 11" "smc PENTAX-FA* 200mm F2.8 ED[IF]" "Pentax:LensType:5 12"
+    "smc PENTAX-FA 28-80mm F3.5-4.7" "Pentax:LensType:5 13" "smc PENTAX-FA 70-200mm F4-5.6"
+    "Pentax:LensType:5 14" "smc PENTAX-FA* 250-600mm F5.6 ED[IF]" "Pentax:LensType:5 15"
+    "smc PENTAX-FA 28-105mm F4-5.6" "Pentax:LensType:5 16" "smc PENTAX-FA 100-300mm F4.5-5.6"
+    "Pentax:LensType:5 2" "smc PENTAX-FA 28mm F2.8 AL" "Pentax:LensType:5 3"
+    "smc PENTAX-FA 50mm F1.7" "Pentax:LensType:5 4" "Pentax:LensType:5 5"
+    "smc PENTAX-FA* 600mm F4 ED[IF]" "Pentax:LensType:5 6" "smc PENTAX-FA* 300mm F4.5 ED[IF]"
+    "Pentax:LensType:5 7" "smc PENTAX-FA 135mm F2.8 [IF]" "Pentax:LensType:5 8"
+    "smc PENTAX-FA Macro 50mm F2.8" "Pentax:LensType:5 9" "smc PENTAX-FA Macro 100mm F2.8"
+    "Pentax:LensType:5 98" "Pentax:LensType:6 1" "Pentax:LensType:6 10"
+    "smc PENTAX-FA* 400mm F5.6 ED[IF]" "Pentax:LensType:6 13" "Pentax:LensType:6 14"
+    "smc PENTAX-FA* Macro 200mm F4 ED[IF]" "Pentax:LensType:6 2" "Pentax:LensType:6 3"
+    "smc PENTAX-FA* 300mm F2.8 ED[IF]" "Pentax:LensType:6 4" "smc PENTAX-FA* 28-70mm F2.8 AL"
+    "Pentax:LensType:6 5" "smc PENTAX-FA* 80-200mm F2.8 ED[IF]" "Pentax:LensType:6 6"
+    "Pentax:LensType:6 7" "Pentax:LensType:6 8" "smc PENTAX-FA 28-70mm F4AL" "Pentax:LensType:6 9"
+    "smc PENTAX-FA 20mm F2.8" "Pentax:LensType:7 0" "Pentax:LensType:7 201"
+    "smc Pentax-DA L 50-200mm F4-5.6 ED WR" "Pentax:LensType:7 202"
+    "smc PENTAX-DA L 18-55mm F3.5-5.6 AL WR" "Pentax:LensType:7 203"
+    "HD PENTAX-DA 55-300mm F4-5.8 ED WR" "Pentax:LensType:7 204"
+    "HD PENTAX-DA 15mm F4 ED AL Limited" "Pentax:LensType:7 205"
+    "HD PENTAX-DA 35mm F2.8 Macro Limited" "Pentax:LensType:7 206" "HD PENTAX-DA 70mm F2.4 Limited"
+    "Pentax:LensType:7 207" "HD PENTAX-DA 21mm F3.2 ED AL Limited" "Pentax:LensType:7 208"
+    "HD PENTAX-DA 40mm F2.8 Limited" "Pentax:LensType:7 212" "smc PENTAX-DA 50mm F1.8"
+    "Pentax:LensType:7 213" "smc PENTAX-DA 40mm F2.8 XS" "Pentax:LensType:7 214"
+    "Pentax:LensType:7 216" "smc PENTAX-DA L 55-300mm F4-5.8 ED" "Pentax:LensType:7 217"
+    "smc PENTAX-DA 50-200mm F4-5.6 ED WR" "Pentax:LensType:7 218"
+    "smc PENTAX-DA 18-55mm F3.5-5.6 AL WR" "Pentax:LensType:7 220"
+    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical [IF]" "Pentax:LensType:7 221"
+    "smc PENTAX-DA L 50-200mm F4-5.6 ED" "Pentax:LensType:7 222" "smc PENTAX-DA L 18-55mm F3.5-5.6"
+    "Pentax:LensType:7 223" "Samsung/Schneider D-XENON 18-55mm F3.5-5.6 II" "Pentax:LensType:7 224"
+    "smc PENTAX-DA 15mm F4 ED AL Limited" "Pentax:LensType:7 225"
+    "Samsung/Schneider D-XENON 18-250mm F3.5-6.3" "Pentax:LensType:7 226"
+    "smc PENTAX-DA* 55mm F1.4 SDM (SDM unused)" "Pentax:LensType:7 227"
+    "smc PENTAX-DA* 60-250mm F4 [IF] SDM (SDM unused)" "Pentax:LensType:7 228"
+    "Samsung 16-45mm F4 ED" "Pentax:LensType:7 229" "Pentax:LensType:7 230"
+    "Tamron AF 17-50mm F2.8 XR Di-II LD (Model A16)" "Pentax:LensType:7 231" "Pentax:LensType:7 233"
+    "smc PENTAX-DA 35mm F2.8 Macro Limited" "Pentax:LensType:7 234"
+    "smc PENTAX-DA* 300mm F4 ED [IF] SDM (SDM unused)" "Pentax:LensType:7 235"
+    "smc PENTAX-DA* 200mm F2.8 ED [IF] SDM (SDM unused)" "Pentax:LensType:7 236"
+    "smc PENTAX-DA 55-300mm F4-5.8 ED" "Pentax:LensType:7 238"
+    "Tamron AF 18-250mm F3.5-6.3 Di II LD Aspherical [IF] Macro" "Pentax:LensType:7 241"
+    "smc PENTAX-DA* 50-135mm F2.8 ED [IF] SDM (SDM unused)" "Pentax:LensType:7 242"
+    "Pentax:LensType:7 243" "Pentax:LensType:7 244" "Pentax:LensType:7 58"
+    "smc PENTAX-D FA Macro 100mm F2.8 WR" "Pentax:LensType:7 75" "Pentax:LensType:8 0"
+    "Sigma 50-150mm F2.8 II APO EX DC HSM" "Pentax:LensType:8 11" "Sigma 10-20mm F3.5 EX DC HSM"
+    "Pentax:LensType:8 12" "Sigma 70-300mm F4-5.6 DG OS" "Pentax:LensType:8 13"
+    "Sigma 120-400mm F4.5-5.6 APO DG OS HSM" "Pentax:LensType:8 14"
+    "Sigma 17-70mm F2.8-4.0 DC Macro OS HSM" "Pentax:LensType:8 15"
+    "Sigma 150-500mm F5-6.3 APO DG OS HSM" "Pentax:LensType:8 16"
+    "Sigma 70-200mm F2.8 EX DG Macro HSM II" "Pentax:LensType:8 17"
+    "Sigma 50-500mm F4.5-6.3 DG OS HSM" "Pentax:LensType:8 18" "Sigma 8-16mm F4.5-5.6 DC HSM"
+    "Pentax:LensType:8 195" "HD PENTAX DA* 16-50mm F2.8 ED PLM AW" "Pentax:LensType:8 196"
+    "HD PENTAX-DA* 11-18mm F2.8 ED DC AW" "Pentax:LensType:8 197"
+    "HD PENTAX-DA 55-300mm F4.5-6.3 ED PLM WR RE" "Pentax:LensType:8 198"
+    "smc PENTAX-DA L 18-50mm F4-5.6 DC WR RE" "Pentax:LensType:8 199"
+    "HD PENTAX-DA 18-50mm F4-5.6 DC WR RE" "Pentax:LensType:8 20" "Sigma 18-50mm F2.8-4.5 DC HSM"
+    "Pentax:LensType:8 200" "HD PENTAX-DA 16-85mm F3.5-5.6 ED DC WR" "Pentax:LensType:8 209"
+    "HD PENTAX-DA 20-40mm F2.8-4 ED Limited DC WR" "Pentax:LensType:8 21"
+    "Sigma 17-50mm F2.8 EX DC OS HSM" "Pentax:LensType:8 210"
+    "smc PENTAX-DA 18-270mm F3.5-6.3 ED SDM" "Pentax:LensType:8 211" "HD PENTAX-DA 560mm F5.6 ED AW"
+    "Pentax:LensType:8 215" "smc PENTAX-DA 18-135mm F3.5-5.6 ED AL [IF] DC WR"
+    "Pentax:LensType:8 22" "Sigma 85mm F1.4 EX DG HSM" "Pentax:LensType:8 226"
+    "smc PENTAX-DA* 55mm F1.4 SDM" "Pentax:LensType:8 227" "smc PENTAX-DA* 60-250mm F4 [IF] SDM"
+    "Pentax:LensType:8 23" "Sigma 70-200mm F2.8 APO EX DG OS HSM" "Pentax:LensType:8 232"
+    "smc PENTAX-DA 17-70mm F4 AL [IF] SDM" "Pentax:LensType:8 234"
+    "smc PENTAX-DA* 300mm F4 ED [IF] SDM" "Pentax:LensType:8 235"
+    "smc PENTAX-DA* 200mm F2.8 ED [IF] SDM" "Pentax:LensType:8 24"
+    "Sigma 17-70mm F2.8-4 DC Macro OS HSM" "Pentax:LensType:8 241"
+    "smc PENTAX-DA* 50-135mm F2.8 ED [IF] SDM" "Pentax:LensType:8 242"
+    "smc PENTAX-DA* 16-50mm F2.8 ED AL [IF] SDM" "Pentax:LensType:8 25"
+    "Sigma 17-50mm F2.8 EX DC HSM" "Pentax:LensType:8 255" "Sigma Lens (8 255)"
+    "Pentax:LensType:8 255.1" "Pentax:LensType:8 255.2" "Sigma 150-500mm F5-6.3 DG APO [OS] HSM"
+    "Pentax:LensType:8 255.3" "Pentax:LensType:8 255.4"
+    "Sigma 4.5mm F2.8 EX DC HSM Circular Fisheye" "Pentax:LensType:8 255.5"
+    "Sigma 50-200mm F4-5.6 DC OS" "Pentax:LensType:8 255.6" "Sigma 24-70mm F2.8 EX DG HSM"
+    "Pentax:LensType:8 27" "Sigma 18-200mm F3.5-6.3 II DC HSM" "Pentax:LensType:8 28"
+    "Sigma 18-250mm F3.5-6.3 DC Macro HSM" "Pentax:LensType:8 29" "Sigma 35mm F1.4 DG HSM"
+    "Pentax:LensType:8 3" "Sigma 18-125mm F3.8-5.6 DC HSM" "Pentax:LensType:8 30"
+    "Sigma 17-70mm F2.8-4 DC Macro HSM | C" "Pentax:LensType:8 31" "Sigma 18-35mm F1.8 DC HSM"
+    "Pentax:LensType:8 32" "Sigma 30mm F1.4 DC HSM | A" "Pentax:LensType:8 33"
+    "Sigma 18-200mm F3.5-6.3 DC Macro HSM" "Pentax:LensType:8 34"
+    "Sigma 18-300mm F3.5-6.3 DC Macro HSM" "Pentax:LensType:8 4" "Sigma 50mm F1.4 EX DG HSM"
+    "Pentax:LensType:8 59" "HD PENTAX-D FA 150-450mm F4.5-5.6 ED DC AW" "Pentax:LensType:8 6"
+    "Sigma 4.5mm F2.8 EX DC Fisheye" "Pentax:LensType:8 60" "HD PENTAX-D FA* 70-200mm F2.8 ED DC AW"
+    "Pentax:LensType:8 61" "HD PENTAX-D FA 28-105mm F3.5-5.6 ED DC WR" "Pentax:LensType:8 62"
+    "HD PENTAX-D FA 24-70mm F2.8 ED SDM WR" "Pentax:LensType:8 63"
+    "HD PENTAX-D FA 15-30mm F2.8 ED SDM WR" "Pentax:LensType:8 64"
+    "HD PENTAX-D FA* 50mm F1.4 SDM AW" "Pentax:LensType:8 65" "HD PENTAX-D FA 70-210mm F4 ED SDM WR"
+    "Pentax:LensType:8 66" "HD PENTAX-D FA 85mm F1.4 ED SDM AW" "Pentax:LensType:8 67"
+    "HD PENTAX-D FA 21mm F2.4 ED Limited DC WR" "Pentax:LensType:8 7"
+    "Sigma 24-70mm F2.8 IF EX DG HSM" "Pentax:LensType:8 8" "Sigma 18-250mm F3.5-6.3 DC OS HSM"
+    "Pentax:LensType:9 0" "645 Manual Lens" "Pentax:LensType:9 24" "HD PENTAX-FA 77mm F1.8 Limited"
+    "Pentax:LensType:9 247" "HD PENTAX-DA FISH-EYE 10-17mm F3.5-4.5 ED [IF]" "Pentax:LensType:9 3"
+    "HD PENTAX-FA 43mm F1.9 Limited" "Pentax:LensType:9 39" "HD PENTAX-FA 31mm F1.8 AL Limited"
+    "Pentax:LevelIndicator" "Level Indicator" "Pentax:LevelOrientation" "Level Orientation"
+    "Pentax:LevelOrientation:0" "Pentax:LevelOrientation:1" "Pentax:LevelOrientation:10"
+    "Rotate 180; Off Level" "Pentax:LevelOrientation:11" "Rotate 90 CW; Off Level"
+    "Pentax:LevelOrientation:12" "Rotate 270 CW; Off Level" "Pentax:LevelOrientation:13"
+    "Pentax:LevelOrientation:14" "Pentax:LevelOrientation:2" "Pentax:LevelOrientation:3"
+    "Pentax:LevelOrientation:4" "Pentax:LevelOrientation:9" "Horizontal; Off Level"
+    "Pentax:LightReading" "Light Reading" "Pentax:LinkAEToAFPoint" "Link AE To AF Point"
+    "Pentax:LinkAEToAFPoint:0" "Pentax:LinkAEToAFPoint:1" "Pentax:Make" "Pentax:MakerNoteVersion"
+    "Maker Note Version" "Pentax:ManufactureDate" "Manufacture Date" "Pentax:MaxAperture"
+    "Max Aperture" "Pentax:MeteringMode" "Metering Mode" "Pentax:MeteringMode2" "Metering Mode 2"
+    "Pentax:MeteringMode2:0" "Pentax:MeteringMode2:1" "Pentax:MeteringMode2:2"
+    "Pentax:MeteringMode3" "Metering Mode 3" "Pentax:MeteringMode3:0" "Pentax:MeteringMode3:1"
+    "Pentax:MeteringMode3:2" "Pentax:MeteringMode:0" "Pentax:MeteringMode:1" "Pentax:MeteringMode:2"
+    "Pentax:MinAperture" "Min Aperture" "Pentax:MinAperture:0" "Pentax:MinAperture:1"
+    "Pentax:MinAperture:2" "Pentax:MinAperture:3" "Pentax:MinFocusDistance" "Min Focus Distance"
+    "Pentax:MinFocusDistance:0" "0.13-0.19 m" "Pentax:MinFocusDistance:1" "0.20-0.24 m"
+    "Pentax:MinFocusDistance:10" "1.0 m" "Pentax:MinFocusDistance:11" "1.1-1.2 m"
+    "Pentax:MinFocusDistance:12" "1.4-1.5 m" "Pentax:MinFocusDistance:13" "1.5 m"
+    "Pentax:MinFocusDistance:14" "2.0 m" "Pentax:MinFocusDistance:15" "2.0-2.1 m"
+    "Pentax:MinFocusDistance:16" "2.1 m" "Pentax:MinFocusDistance:17" "2.2-2.9 m"
+    "Pentax:MinFocusDistance:18" "3.0 m" "Pentax:MinFocusDistance:19" "4-5 m"
+    "Pentax:MinFocusDistance:2" "0.25-0.28 m" "Pentax:MinFocusDistance:20" "5.6 m"
+    "Pentax:MinFocusDistance:3" "0.28-0.30 m" "Pentax:MinFocusDistance:4" "0.35-0.38 m"
+    "Pentax:MinFocusDistance:5" "0.40-0.45 m" "Pentax:MinFocusDistance:6" "0.49-0.50 m"
+    "Pentax:MinFocusDistance:7" "0.6 m" "Pentax:MinFocusDistance:8" "0.7 m"
+    "Pentax:MinFocusDistance:9" "0.8-0.9 m" "Pentax:Model" "Camera Model Name"
+    "Pentax:MonochromeFilterEffect" "Monochrome Filter Effect" "Pentax:MonochromeFilterEffect:1"
+    "Pentax:MonochromeFilterEffect:2" "Pentax:MonochromeFilterEffect:3"
+    "Pentax:MonochromeFilterEffect:4" "Pentax:MonochromeFilterEffect:5"
+    "Pentax:MonochromeFilterEffect:6" "Pentax:MonochromeFilterEffect:65535"
+    "Pentax:MonochromeFilterEffect:7" "Pentax:MonochromeFilterEffect:8" "Infrared"
+    "Pentax:MonochromeToning" "Monochrome Toning" "Pentax:MonochromeToning:0"
+    "Pentax:MonochromeToning:1" "Pentax:MonochromeToning:2" "Pentax:MonochromeToning:3"
+    "Pentax:MonochromeToning:4" "Pentax:MonochromeToning:5" "Pentax:MonochromeToning:6"
+    "Pentax:MonochromeToning:65535" "Pentax:MonochromeToning:7" "Pentax:MonochromeToning:8"
+    "Pentax:MultipleExposureSet" "Multiple Exposure Set" "Pentax:MultipleExposureSet:0"
+    "Pentax:MultipleExposureSet:1" "Pentax:NeutralDensityFilter" "Neutral Density Filter"
+    "Pentax:NeutralDensityFilter:0" "Pentax:NeutralDensityFilter:0 2" "Off (0 2)"
+    "Pentax:NeutralDensityFilter:1" "Pentax:NeutralDensityFilter:1 2" "On (1 2)"
+    "Pentax:NewLensDataHook" "New Lens Data Hook" "Pentax:NoiseReduction" "Noise Reduction"
+    "Pentax:NoiseReduction:0" "Pentax:NoiseReduction:1" "Pentax:NominalMaxAperture"
+    "Nominal Max Aperture" "Pentax:NominalMinAperture" "Nominal Min Aperture" "Pentax:NumAFPoints"
+    "Num AF Points" "Pentax:PentaxImageSize" "Pentax Image Size" "Pentax:PentaxImageSize:0"
+    "640x480" "Pentax:PentaxImageSize:0 0" "2304x1728" "Pentax:PentaxImageSize:1"
+    "Pentax:PentaxImageSize:10" "3264x2448" "Pentax:PentaxImageSize:129" "1920x1080"
+    "Pentax:PentaxImageSize:135" "4608x2592" "Pentax:PentaxImageSize:19" "320x240"
+    "Pentax:PentaxImageSize:2" "1024x768" "Pentax:PentaxImageSize:20" "2288x1712"
+    "Pentax:PentaxImageSize:21" "2592x1944" "Pentax:PentaxImageSize:22" "2304x1728 or 2592x1944"
+    "Pentax:PentaxImageSize:23" "3056x2296" "Pentax:PentaxImageSize:25" "2816x2212 or 2816x2112"
+    "Pentax:PentaxImageSize:257" "3216x3216" "Pentax:PentaxImageSize:27" "3648x2736"
+    "Pentax:PentaxImageSize:29" "4000x3000" "Pentax:PentaxImageSize:3" "1280x960"
+    "Pentax:PentaxImageSize:30" "4288x3216" "Pentax:PentaxImageSize:31" "4608x3456"
+    "Pentax:PentaxImageSize:32 2" "960x640" "Pentax:PentaxImageSize:33 2" "1152x768"
+    "Pentax:PentaxImageSize:34 2" "1536x1024" "Pentax:PentaxImageSize:35 1" "2400x1600"
+    "Pentax:PentaxImageSize:36 0" "3008x2008 or 3040x2024" "Pentax:PentaxImageSize:37 0" "3008x2000"
+    "Pentax:PentaxImageSize:4" "1600x1200" "Pentax:PentaxImageSize:4 0" "Pentax:PentaxImageSize:5"
+    "2048x1536" "Pentax:PentaxImageSize:5 0" "Pentax:PentaxImageSize:8" "2560x1920 or 2304x1728"
+    "Pentax:PentaxImageSize:8 0" "2560x1920" "Pentax:PentaxImageSize:9" "3072x2304"
+    "Pentax:PentaxModelID" "Pentax Model ID" "Pentax:PentaxModelID:13" "Optio 330/430"
+    "Pentax:PentaxModelID:76070" "Optio 230" "Pentax:PentaxModelID:76120" "Optio 330GS"
+    "Pentax:PentaxModelID:76130" "Optio 450/550" "Pentax:PentaxModelID:76140" "Optio S"
+    "Pentax:PentaxModelID:76145" "Optio S V1.01" "Pentax:PentaxModelID:76180" "*ist D"
+    "Pentax:PentaxModelID:76210" "Optio 33L" "Pentax:PentaxModelID:76220" "Optio 33LF"
+    "Pentax:PentaxModelID:76230" "Optio 33WR/43WR/555" "Pentax:PentaxModelID:76245" "Optio S4"
+    "Pentax:PentaxModelID:76290" "Optio MX" "Pentax:PentaxModelID:76300" "Optio S40"
+    "Pentax:PentaxModelID:76310" "Optio S4i" "Pentax:PentaxModelID:76340" "Optio 30"
+    "Pentax:PentaxModelID:76370" "Optio S30" "Pentax:PentaxModelID:76390" "Optio 750Z"
+    "Pentax:PentaxModelID:76400" "Optio SV" "Pentax:PentaxModelID:76405" "Optio SVi"
+    "Pentax:PentaxModelID:76410" "Optio X" "Pentax:PentaxModelID:76430" "Optio S5i"
+    "Pentax:PentaxModelID:76440" "Optio S50" "Pentax:PentaxModelID:76450" "*ist DS"
+    "Pentax:PentaxModelID:76470" "Optio MX4" "Pentax:PentaxModelID:76480" "Optio S5n"
+    "Pentax:PentaxModelID:76490" "Optio WP" "Pentax:PentaxModelID:76540" "Optio S55"
+    "Pentax:PentaxModelID:76560" "Optio S5z" "Pentax:PentaxModelID:76570" "*ist DL"
+    "Pentax:PentaxModelID:76580" "Optio S60" "Pentax:PentaxModelID:76590" "Optio S45"
+    "Pentax:PentaxModelID:76600" "Optio S6" "Pentax:PentaxModelID:76620" "Optio WPi"
+    "Pentax:PentaxModelID:76630" "BenQ DC X600" "Pentax:PentaxModelID:76640" "*ist DS2"
+    "Pentax:PentaxModelID:76642" "Samsung GX-1S" "Pentax:PentaxModelID:76650" "Optio A10"
+    "Pentax:PentaxModelID:76670" "*ist DL2" "Pentax:PentaxModelID:76672" "Samsung GX-1L"
+    "Pentax:PentaxModelID:76700" "K100D" "Pentax:PentaxModelID:76701" "K110D"
+    "Pentax:PentaxModelID:76706" "K100D Super" "Pentax:PentaxModelID:76720" "Optio T10/T20"
+    "Pentax:PentaxModelID:76770" "Optio W10" "Pentax:PentaxModelID:76790" "Optio M10"
+    "Pentax:PentaxModelID:76830" "K10D" "Pentax:PentaxModelID:76832" "Samsung GX10"
+    "Pentax:PentaxModelID:76840" "Optio S7" "Pentax:PentaxModelID:76845" "Optio L20"
+    "Pentax:PentaxModelID:76850" "Optio M20" "Pentax:PentaxModelID:76860" "Optio W20"
+    "Pentax:PentaxModelID:76870" "Optio A20" "Pentax:PentaxModelID:76920" "Optio E30"
+    "Pentax:PentaxModelID:76925" "Optio E35" "Pentax:PentaxModelID:76930" "Optio T30"
+    "Pentax:PentaxModelID:76940" "Optio M30" "Pentax:PentaxModelID:76945" "Optio L30"
+    "Pentax:PentaxModelID:76950" "Optio W30" "Pentax:PentaxModelID:76960" "Optio A30"
+    "Pentax:PentaxModelID:76980" "Optio E40" "Pentax:PentaxModelID:76990" "Optio M40"
+    "Pentax:PentaxModelID:76995" "Optio L40" "Pentax:PentaxModelID:76997" "Optio L36"
+    "Pentax:PentaxModelID:77000" "Optio Z10" "Pentax:PentaxModelID:77010" "K20D"
+    "Pentax:PentaxModelID:77012" "Samsung GX20" "Pentax:PentaxModelID:77020" "Optio S10"
+    "Pentax:PentaxModelID:77030" "Optio A40" "Pentax:PentaxModelID:77040" "Optio V10"
+    "Pentax:PentaxModelID:77050" "K200D" "Pentax:PentaxModelID:77060" "Optio S12"
+    "Pentax:PentaxModelID:77070" "Optio E50" "Pentax:PentaxModelID:77080" "Optio M50"
+    "Pentax:PentaxModelID:77090" "Optio L50" "Pentax:PentaxModelID:77100" "Optio V20"
+    "Pentax:PentaxModelID:77120" "Optio W60" "Pentax:PentaxModelID:77130" "Optio M60"
+    "Pentax:PentaxModelID:77160" "Optio E60/M90" "Pentax:PentaxModelID:77170" "K2000"
+    "Pentax:PentaxModelID:77171" "K-m" "Pentax:PentaxModelID:77190" "Optio P70"
+    "Pentax:PentaxModelID:77200" "Optio L70" "Pentax:PentaxModelID:77210" "Optio E70"
+    "Pentax:PentaxModelID:77230" "X70" "Pentax:PentaxModelID:77240" "K-7"
+    "Pentax:PentaxModelID:77260" "Optio W80" "Pentax:PentaxModelID:77290" "Optio P80"
+    "Pentax:PentaxModelID:77300" "Optio WS80" "Pentax:PentaxModelID:77310" "K-x"
+    "Pentax:PentaxModelID:77320" "645D" "Pentax:PentaxModelID:77330" "Optio E80"
+    "Pentax:PentaxModelID:77360" "Optio W90" "Pentax:PentaxModelID:77370" "Optio I-10"
+    "Pentax:PentaxModelID:77380" "Optio H90" "Pentax:PentaxModelID:77390" "Optio E90"
+    "Pentax:PentaxModelID:77400" "X90" "Pentax:PentaxModelID:77420" "K-r"
+    "Pentax:PentaxModelID:77430" "K-5" "Pentax:PentaxModelID:77450" "Optio RS1000/RS1500"
+    "Pentax:PentaxModelID:77460" "Optio RZ10" "Pentax:PentaxModelID:77470" "Optio LS1000"
+    "Pentax:PentaxModelID:77500" "Optio WG-1 GPS" "Pentax:PentaxModelID:77520" "Optio S1"
+    "Pentax:PentaxModelID:77540" "Q" "Pentax:PentaxModelID:77560" "K-01"
+    "Pentax:PentaxModelID:77580" "Optio RZ18" "Pentax:PentaxModelID:77590" "Optio VS20"
+    "Pentax:PentaxModelID:77610" "Optio WG-2 GPS" "Pentax:PentaxModelID:77640" "Optio LS465"
+    "Pentax:PentaxModelID:77650" "K-30" "Pentax:PentaxModelID:77660" "X-5"
+    "Pentax:PentaxModelID:77670" "Q10" "Pentax:PentaxModelID:77680" "K-5 II"
+    "Pentax:PentaxModelID:77681" "K-5 II s" "Pentax:PentaxModelID:77690" "Q7"
+    "Pentax:PentaxModelID:77700" "MX-1" "Pentax:PentaxModelID:77710" "WG-3 GPS"
+    "Pentax:PentaxModelID:77720" "WG-3" "Pentax:PentaxModelID:77730" "WG-10"
+    "Pentax:PentaxModelID:77750" "K-50" "Pentax:PentaxModelID:77760" "K-3"
+    "Pentax:PentaxModelID:77770" "K-500" "Pentax:PentaxModelID:77790" "WG-4 GPS"
+    "Pentax:PentaxModelID:77800" "WG-4" "Pentax:PentaxModelID:77830" "WG-20"
+    "Pentax:PentaxModelID:77840" "645Z" "Pentax:PentaxModelID:77850" "K-S1"
+    "Pentax:PentaxModelID:77860" "K-S2" "Pentax:PentaxModelID:77870" "Q-S1"
+    "Pentax:PentaxModelID:77910" "WG-30" "Pentax:PentaxModelID:77950" "WG-30W"
+    "Pentax:PentaxModelID:77960" "WG-5 GPS" "Pentax:PentaxModelID:77970" "K-1"
+    "Pentax:PentaxModelID:77980" "K-3 II" "Pentax:PentaxModelID:78320" "WG-M2"
+    "Pentax:PentaxModelID:78350" "GR III" "Pentax:PentaxModelID:78370" "K-70"
+    "Pentax:PentaxModelID:78380" "KP" "Pentax:PentaxModelID:78400" "K-1 Mark II"
+    "Pentax:PentaxModelID:78420" "K-3 Mark III" "Pentax:PentaxModelID:78480" "WG-70"
+    "Pentax:PentaxModelID:78490" "GR IIIx" "Pentax:PentaxModelID:78550" "K-3 Mark III Monochrome"
+    "Pentax:PentaxModelType" "Pentax Model Type" "Pentax:PentaxVersion" "Pentax Version"
+    "Pentax:PeripheralIlluminationCorr" "Peripheral Illumination Corr"
+    "Pentax:PeripheralIlluminationCorr:0" "Pentax:PeripheralIlluminationCorr:1" "Pentax:PictureMode"
+    "Picture Mode" "Pentax:PictureMode2" "Picture Mode 2" "Pentax:PictureMode2:0" "Scene Mode"
+    "Pentax:PictureMode2:1" "Auto PICT" "Pentax:PictureMode2:10"
+    "Aperture Priority, Off-Auto-Aperture" "Pentax:PictureMode2:11" "Manual, Off-Auto-Aperture"
+    "Pentax:PictureMode2:12" "Bulb, Off-Auto-Aperture" "Pentax:PictureMode2:13"
+    "Shutter & Aperture Priority AE" "Pentax:PictureMode2:15" "Sensitivity Priority AE"
+    "Pentax:PictureMode2:16" "Flash X-Sync Speed AE" "Pentax:PictureMode2:2" "Program AE"
+    "Pentax:PictureMode2:3" "Green Mode" "Pentax:PictureMode2:4" "Shutter Speed Priority"
+    "Pentax:PictureMode2:5" "Aperture Priority" "Pentax:PictureMode2:6" "Program Tv Shift"
+    "Pentax:PictureMode2:7" "Program Av Shift" "Pentax:PictureMode2:8" "Pentax:PictureMode2:9"
+    "Bulb" "Pentax:PictureMode:0" "1/2 EV steps |\302\240Program" "Pentax:PictureMode:0 0"
+    "Pentax:PictureMode:0 1" "Pentax:PictureMode:0 10" "Pentax:PictureMode:0 11"
+    "Pentax:PictureMode:0 12" "Pentax:PictureMode:0 13" "Pentax:PictureMode:0 14"
+    "Pentax:PictureMode:0 15" "Pentax:PictureMode:0 16" "Pentax:PictureMode:0 17"
+    "Pentax:PictureMode:0 18" "Pentax:PictureMode:0 19" "Food" "Pentax:PictureMode:0 2"
+    "Pentax:PictureMode:0 20" "Stage Lighting" "Pentax:PictureMode:0 21" "Pentax:PictureMode:0 23"
+    "Blue Sky" "Pentax:PictureMode:0 24" "Pentax:PictureMode:0 26" "Night Scene HDR"
+    "Pentax:PictureMode:0 27" "Pentax:PictureMode:0 28" "Quick Macro" "Pentax:PictureMode:0 29"
+    "Forest" "Pentax:PictureMode:0 3" "Pentax:PictureMode:0 30" "Backlight Silhouette"
+    "Pentax:PictureMode:0 4" "Pentax:PictureMode:0 5" "Pentax:PictureMode:0 6"
+    "Pentax:PictureMode:0 7" "Pentax:PictureMode:0 8" "Pentax:PictureMode:0 9"
+    "Pentax:PictureMode:0.1" "Av" "Pentax:PictureMode:1"
+    "1/3 EV steps |\302\240Shutter Speed Priority" "Pentax:PictureMode:1 4" "Auto PICT (Standard)"
+    "Pentax:PictureMode:1 5" "Auto PICT (Portrait)" "Pentax:PictureMode:1 6" "Auto PICT (Landscape)"
+    "Pentax:PictureMode:1 7" "Auto PICT (Macro)" "Pentax:PictureMode:1 8" "Auto PICT (Sport)"
+    "Pentax:PictureMode:1.1" "M" "Pentax:PictureMode:10 0" "Pentax:PictureMode:11" "Soft"
+    "Pentax:PictureMode:11 0" "Pentax:PictureMode:12" "Pentax:PictureMode:12 0"
+    "Pentax:PictureMode:13" "Pentax:PictureMode:13 0" "Pentax:PictureMode:14" "Autumn"
+    "Pentax:PictureMode:15" "Pentax:PictureMode:15 0" "Pentax:PictureMode:16 0"
+    "Pentax:PictureMode:17" "Fireworks" "Pentax:PictureMode:18" "Pentax:PictureMode:18 0"
+    "Auto Program (Normal)" "Pentax:PictureMode:18 1" "Auto Program (Hi-speed)"
+    "Pentax:PictureMode:18 2" "Auto Program (DOF)" "Pentax:PictureMode:18 22"
+    "Auto Program (Shallow DOF)" "Pentax:PictureMode:18 3" "Auto Program (MTF)"
+    "Pentax:PictureMode:19" "Panorama" "Pentax:PictureMode:19 0" "Astrotracer"
+    "Pentax:PictureMode:2" "Pentax:PictureMode:2 0" "Program (HyP)" "Pentax:PictureMode:2 1"
+    "Hi-speed Program (HyP)" "Pentax:PictureMode:2 2" "DOF Program (HyP)" "Pentax:PictureMode:2 22"
+    "Shallow DOF (HyP)" "Pentax:PictureMode:2 3" "MTF Program (HyP)" "Pentax:PictureMode:2.1"
+    "Pentax:PictureMode:20" "3-D" "Pentax:PictureMode:20 22" "Pentax:PictureMode:21"
+    "Pentax:PictureMode:22" "Pentax:PictureMode:221" "P" "Pentax:PictureMode:23"
+    "Pentax:PictureMode:24" "Pink" "Pentax:PictureMode:249 0" "Movie (TAv)" "Pentax:PictureMode:25"
+    "Pentax:PictureMode:250 0" "Movie (TAv, Auto Aperture)" "Pentax:PictureMode:251 0"
+    "Movie (Manual)" "Pentax:PictureMode:252 0" "Movie (Manual, Auto Aperture)"
+    "Pentax:PictureMode:253 0" "Movie (Av)" "Pentax:PictureMode:254 0" "Movie (Av, Auto Aperture)"
+    "Pentax:PictureMode:255" "PICT" "Pentax:PictureMode:255 0" "Movie (P, Auto Aperture)"
+    "Pentax:PictureMode:255 4" "Video (4)" "Pentax:PictureMode:26" "Pentax:PictureMode:27"
+    "Pentax:PictureMode:28" "Pentax:PictureMode:3" "Pentax:PictureMode:3 0" "Pentax:PictureMode:3.1"
+    "USER" "Pentax:PictureMode:30" "Self Portrait" "Pentax:PictureMode:31" "Illustrations"
+    "Pentax:PictureMode:33" "Digital Filter" "Pentax:PictureMode:35" "Pentax:PictureMode:37"
+    "Pentax:PictureMode:38" "Pentax:PictureMode:39" "Underwater" "Pentax:PictureMode:4 0"
+    "Pentax:PictureMode:40" "Pentax:PictureMode:49" "Light Pet" "Pentax:PictureMode:5"
+    "Pentax:PictureMode:5 0" "Pentax:PictureMode:50" "Dark Pet" "Pentax:PictureMode:51" "Medium Pet"
+    "Pentax:PictureMode:53" "Pentax:PictureMode:54" "Pentax:PictureMode:55" "Natural Skin Tone"
+    "Pentax:PictureMode:56" "Synchro Sound Record" "Pentax:PictureMode:58" "Frame Composite"
+    "Pentax:PictureMode:59" "Report" "Pentax:PictureMode:6" "Pentax:PictureMode:6 0"
+    "Pentax:PictureMode:60" "Pentax:PictureMode:61" "Blur Reduction" "Pentax:PictureMode:63"
+    "Panorama 2" "Pentax:PictureMode:65" "Half-length Portrait" "Pentax:PictureMode:66" "Portrait 2"
+    "Pentax:PictureMode:7 0" "Pentax:PictureMode:74" "Digital Microscope" "Pentax:PictureMode:75"
+    "Pentax:PictureMode:8" "Pentax:PictureMode:8 0" "Pentax:PictureMode:80" "Pentax:PictureMode:81"
+    "Pentax:PictureMode:83" "Pentax:PictureMode:85" "Digital Filter 4" "Pentax:PictureMode:9"
+    "Pentax:PictureMode:9 0" "Pentax:PitchAngle" "Pitch Angle" "Pentax:PixelShiftResolution"
+    "Pixel Shift Resolution" "Pentax:PixelShiftResolution:0" "Pentax:PixelShiftResolution:1"
+    "Pentax:PowerSource" "Power Source" "Pentax:PowerSource:1" "Camera Battery"
+    "Pentax:PowerSource:2" "Body Battery" "Pentax:PowerSource:3" "Grip Battery"
+    "Pentax:PowerSource:4" "External Power Supply" "Pentax:PreviewImage" "Preview Image"
+    "Pentax:PreviewImageBorders" "Preview Image Borders" "Pentax:PreviewImageLength"
+    "Preview Image Length" "Pentax:PreviewImageSize" "Preview Image Size" "Pentax:PreviewImageStart"
+    "Preview Image Start" "Pentax:ProductionCode" "Production Code" "Pentax:ProgramLine"
+    "Program Line" "Pentax:ProgramLine:0" "Pentax:ProgramLine:1" "Hi Speed" "Pentax:ProgramLine:2"
+    "Depth" "Pentax:ProgramLine:3" "MTF" "Pentax:Quality" "Pentax:Quality:0" "Good"
+    "Pentax:Quality:1" "Better" "Pentax:Quality:2" "Best" "Pentax:Quality:3" "TIFF"
+    "Pentax:Quality:4" "RAW" "Pentax:Quality:5" "Premium" "Pentax:Quality:65535" "Pentax:Quality:7"
+    "RAW (pixel shift enabled)" "Pentax:Quality:8" "Dynamic Pixel Shift" "Pentax:Quality:9"
+    "Pentax:RawAndJpgRecording" "Raw And Jpg Recording" "Pentax:RawAndJpgRecording:1" "JPEG (Best)"
+    "Pentax:RawAndJpgRecording:33" "JPEG (Better)" "Pentax:RawAndJpgRecording:36"
+    "RAW (PEF, Better)" "Pentax:RawAndJpgRecording:37" "RAW+JPEG (PEF, Better)"
+    "Pentax:RawAndJpgRecording:4" "RAW (PEF, Best)" "Pentax:RawAndJpgRecording:40"
+    "RAW (DNG, Better)" "Pentax:RawAndJpgRecording:41" "RAW+JPEG (DNG, Better)"
+    "Pentax:RawAndJpgRecording:5" "RAW+JPEG (PEF, Best)" "Pentax:RawAndJpgRecording:65"
+    "JPEG (Good)" "Pentax:RawAndJpgRecording:68" "RAW (PEF, Good)" "Pentax:RawAndJpgRecording:69"
+    "RAW+JPEG (PEF, Good)" "Pentax:RawAndJpgRecording:72" "RAW (DNG, Good)"
+    "Pentax:RawAndJpgRecording:73" "RAW+JPEG (DNG, Good)" "Pentax:RawAndJpgRecording:8"
+    "RAW (DNG, Best)" "Pentax:RawAndJpgRecording:9" "RAW+JPEG (DNG, Best)"
+    "Pentax:RawDevelopmentProcess" "Raw Development Process" "Pentax:RawDevelopmentProcess:1"
+    "1 (K10D,K200D,K2000,K-m)" "Pentax:RawDevelopmentProcess:10" "10 (K-01,K-30,K-50,K-500)"
+    "Pentax:RawDevelopmentProcess:11" "11 (Q10)" "Pentax:RawDevelopmentProcess:12"
+    "12 (MX-1,Q-S1,Q7)" "Pentax:RawDevelopmentProcess:13" "13 (K-3,K-3II)"
+    "Pentax:RawDevelopmentProcess:14" "14 (645Z)" "Pentax:RawDevelopmentProcess:15" "15 (K-S1,K-S2)"
+    "Pentax:RawDevelopmentProcess:16" "16 (K-1)" "Pentax:RawDevelopmentProcess:17" "17 (K-70)"
+    "Pentax:RawDevelopmentProcess:18" "18 (KP)" "Pentax:RawDevelopmentProcess:19" "19 (GR III)"
+    "Pentax:RawDevelopmentProcess:20" "20 (K-3III)" "Pentax:RawDevelopmentProcess:21"
+    "21 (K-3IIIMonochrome)" "Pentax:RawDevelopmentProcess:3" "3 (K20D)"
+    "Pentax:RawDevelopmentProcess:4" "4 (K-7)" "Pentax:RawDevelopmentProcess:5" "5 (K-x)"
+    "Pentax:RawDevelopmentProcess:6" "6 (645D)" "Pentax:RawDevelopmentProcess:7" "7 (K-r)"
+    "Pentax:RawDevelopmentProcess:8" "8 (K-5,K-5II,K-5IIs)" "Pentax:RawDevelopmentProcess:9" "9 (Q)"
+    "Pentax:RawImageSize" "Raw Image Size" "Pentax:RecordingMode" "Recording Mode"
+    "Pentax:RecordingMode:0" "Pentax:RecordingMode:1" "Pentax:RecordingMode:2" "Pentax:RedBalance"
+    "Red Balance" "Pentax:RollAngle" "Roll Angle" "Pentax:Rotation" "Pentax:Rotation:0"
+    "Pentax:Rotation:1" "Pentax:Rotation:2" "Pentax:Rotation:3" "Pentax:SRActive" "SR Active"
+    "Pentax:SRActive:0" "Pentax:SRActive:1" "Pentax:SRFocalLength" "SR Focal Length"
+    "Pentax:SRHalfPressTime" "SR Half Press Time" "Pentax:SRResult" "SR Result" "Pentax:SRResult:0"
+    "Not stabilized" "Pentax:SRResult:1" "Stabilized" "Pentax:SRResult:64" "Not ready"
+    "Pentax:Saturation" "Pentax:Saturation:0" "Pentax:Saturation:1" "Pentax:Saturation:2"
+    "Pentax:Saturation:3" "Pentax:Saturation:4" "Pentax:Saturation:5" "Pentax:Saturation:6"
+    "Pentax:Saturation:65535" "Pentax:Saturation:7" "Pentax:Saturation:8" "Pentax:SaturationInfo"
+    "Saturation Info" "Pentax:SceneMode" "Pentax:SceneMode:0" "Pentax:SceneMode:1"
+    "Pentax:SceneMode:10" "Pentax:SceneMode:11" "Pentax:SceneMode:12" "Pentax:SceneMode:14"
+    "Pentax:SceneMode:15" "Pentax:SceneMode:16" "Pentax:SceneMode:17" "Pentax:SceneMode:18"
+    "Pentax:SceneMode:20" "Pentax:SceneMode:21" "Pentax:SceneMode:22" "Pentax:SceneMode:25"
+    "Pentax:SceneMode:26" "Pentax:SceneMode:27" "Pentax:SceneMode:29" "Pentax:SceneMode:4"
+    "Pentax:SceneMode:5" "Pentax:SceneMode:6" "Pentax:SceneMode:7" "Pentax:SceneMode:8"
+    "Pentax:SceneMode:9" "Pentax:SensitivityAdjust" "Sensitivity Adjust" "Pentax:SensitivitySteps"
+    "Sensitivity Steps" "Pentax:SensitivitySteps:0" "1 EV Steps" "Pentax:SensitivitySteps:1"
+    "As EV Steps" "Pentax:SensorSize" "Sensor Size" "Pentax:SensorTemperature" "Sensor Temperature"
+    "Pentax:SensorTemperature2" "Sensor Temperature 2" "Pentax:SerialNumber" "Serial Number"
+    "Pentax:ShadowCorrection" "Shadow Correction" "Pentax:ShadowCorrection:0"
+    "Pentax:ShadowCorrection:0 0" "Pentax:ShadowCorrection:1" "Pentax:ShadowCorrection:1 1" "Weak"
+    "Pentax:ShadowCorrection:1 2" "Pentax:ShadowCorrection:1 3" "Strong" "Pentax:ShadowCorrection:2"
+    "Pentax:ShadowCorrection:2 4" "Pentax:ShakeReduction" "Shake Reduction"
+    "Pentax:ShakeReduction:0" "Pentax:ShakeReduction:1" "Pentax:ShakeReduction:12"
+    "Off (AA simulation type 1)" "Pentax:ShakeReduction:135" "On (135)" "Pentax:ShakeReduction:15"
+    "On (15) |\302\240On (AA simulation type 1)" "Pentax:ShakeReduction:16"
+    "Off (AA simulation type 2) (16)" "Pentax:ShakeReduction:167" "On (mode 1)"
+    "Pentax:ShakeReduction:20" "Off (AA simulation type 2)" "Pentax:ShakeReduction:23"
+    "On (AA simulation type 2)" "Pentax:ShakeReduction:39" "On (mode 2)" "Pentax:ShakeReduction:4"
+    "Off (4) |\302\240Off (AA simulation off)" "Pentax:ShakeReduction:5" "On but Disabled"
+    "Pentax:ShakeReduction:6" "On (Video)" "Pentax:ShakeReduction:7"
+    "On (7) |\302\240On (AA simulation off)" "Pentax:ShakeReduction:8"
+    "Off (AA simulation type 1) (8)" "Pentax:Sharpness" "Pentax:Sharpness:0"
+    "-2 (soft) |\302\240Normal" "Pentax:Sharpness:1" "0 (normal) |\302\240Soft" "Pentax:Sharpness:2"
+    "+2 (hard) |\302\240Hard" "Pentax:Sharpness:3" "-1 (medium soft)" "Pentax:Sharpness:4"
+    "+1 (medium hard)" "Pentax:Sharpness:5" "-3 (very soft)" "Pentax:Sharpness:6" "+3 (very hard)"
+    "Pentax:Sharpness:7" "Pentax:Sharpness:8" "Pentax:ShutterType" "Shutter Type"
+    "Pentax:ShutterType:0" "Pentax:ShutterType:1" "Electronic" "Pentax:SkinToneCorrection"
+    "Skin Tone Correction" "Pentax:SkinToneCorrection:0 0" "Pentax:SkinToneCorrection:0 0 0"
+    "Pentax:SkinToneCorrection:1 1" "On (type 1)" "Pentax:SkinToneCorrection:1 2" "On (type 2)"
+    "Pentax:SlaveFlashMeteringSegments" "Slave Flash Metering Segments"
+    "Pentax:SourceDirectoryIndex" "Source Directory Index" "Pentax:SourceFileIndex"
+    "Source File Index" "Pentax:SvISOSetting" "Sv ISO Setting" "Pentax:TTL_DA_ADown" "TTL DA A Down"
+    "Pentax:TTL_DA_AUp" "TTL DA A Up" "Pentax:TTL_DA_BDown" "TTL DA B Down" "Pentax:TTL_DA_BUp"
+    "TTL DA B Up" "Pentax:ThumbnailHeight" "Thumbnail Height" "Pentax:ThumbnailImage"
+    "Thumbnail Image" "Pentax:ThumbnailLength" "Thumbnail Length" "Pentax:ThumbnailWidth"
+    "Thumbnail Width" "Pentax:Time" "Pentax:ToneCurve" "Tone Curve" "Pentax:ToneCurves"
+    "Tone Curves" "Pentax:TungstenAWB" "Tungsten AWB" "Pentax:TungstenAWB:0" "Subtle Correction"
+    "Pentax:TungstenAWB:1" "Strong Correction" "Pentax:TvExposureTimeSetting"
+    "Tv Exposure Time Setting" "Pentax:WBShiftAB" "WB Shift AB" "Pentax:WBShiftGM" "WB Shift GM"
+    "Pentax:WB_RGGBLevelsCloudy" "WB RGGB Levels Cloudy" "Pentax:WB_RGGBLevelsDaylight"
+    "WB RGGB Levels Daylight" "Pentax:WB_RGGBLevelsFlash" "WB RGGB Levels Flash"
+    "Pentax:WB_RGGBLevelsFluorescentD" "WB RGGB Levels Fluorescent D"
+    "Pentax:WB_RGGBLevelsFluorescentL" "WB RGGB Levels Fluorescent L"
+    "Pentax:WB_RGGBLevelsFluorescentN" "WB RGGB Levels Fluorescent N"
+    "Pentax:WB_RGGBLevelsFluorescentW" "WB RGGB Levels Fluorescent W" "Pentax:WB_RGGBLevelsShade"
+    "WB RGGB Levels Shade" "Pentax:WB_RGGBLevelsTungsten" "WB RGGB Levels Tungsten"
+    "Pentax:WB_RGGBLevelsUnknown" "WB RGGB Levels Unknown" "Pentax:WB_RGGBLevelsUserSelected"
+    "WB RGGB Levels User Selected" "Pentax:WhiteBalance" "White Balance" "Pentax:WhiteBalance:0"
+    "Pentax:WhiteBalance:1" "Pentax:WhiteBalance:10" "Pentax:WhiteBalance:11"
+    "Warm White Fluorescent" "Pentax:WhiteBalance:14" "Multi Auto" "Pentax:WhiteBalance:15"
+    "Color Temperature Enhancement" "Pentax:WhiteBalance:17" "Kelvin" "Pentax:WhiteBalance:2"
+    "Pentax:WhiteBalance:3" "Fluorescent |\302\240Tungsten" "Pentax:WhiteBalance:4"
+    "Pentax:WhiteBalance:5" "Pentax:WhiteBalance:6" "Pentax:WhiteBalance:65534"
+    "Pentax:WhiteBalance:65535" "User-Selected" "Pentax:WhiteBalance:7" "Pentax:WhiteBalance:8"
+    "Pentax:WhiteBalance:9" "Flash" "Pentax:WhiteBalanceAutoAdjustment"
+    "White Balance Auto Adjustment" "Pentax:WhiteBalanceAutoAdjustment:0"
+    "Pentax:WhiteBalanceAutoAdjustment:1" "Pentax:WhiteBalanceMode" "White Balance Mode"
+    "Pentax:WhiteBalanceMode:1" "Auto (Daylight)" "Pentax:WhiteBalanceMode:10" "Auto (Cloudy)"
+    "Pentax:WhiteBalanceMode:2" "Auto (Shade)" "Pentax:WhiteBalanceMode:3" "Auto (Flash)"
+    "Pentax:WhiteBalanceMode:4" "Auto (Tungsten)" "Pentax:WhiteBalanceMode:6"
+    "Auto (Daylight Fluorescent)" "Pentax:WhiteBalanceMode:65534" "Pentax:WhiteBalanceMode:65535"
+    "Pentax:WhiteBalanceMode:7" "Auto (Day White Fluorescent)" "Pentax:WhiteBalanceMode:8"
+    "Auto (White Fluorescent)" "Pentax:WhiteBalanceSet" "White Balance Set"
+    "Pentax:WhiteBalanceSet:0" "Pentax:WhiteBalanceSet:1" "Pentax:WhiteBalanceSet:12"
+    "Set Color Temperature 1" "Pentax:WhiteBalanceSet:13" "Set Color Temperature 2"
+    "Pentax:WhiteBalanceSet:14" "Set Color Temperature 3" "Pentax:WhiteBalanceSet:2"
+    "Pentax:WhiteBalanceSet:3" "Pentax:WhiteBalanceSet:4" "Pentax:WhiteBalanceSet:5"
+    "Pentax:WhiteBalanceSet:6" "Pentax:WhiteBalanceSet:7" "Pentax:WhiteBalanceSet:8"
+    "Pentax:WhiteBalanceSet:9" "Pentax:WhiteLevel" "White Level" "Pentax:WhitePoint" "White Point"
+    "Pentax:WorldTimeLocation" "World Time Location" "Pentax:WorldTimeLocation:0" "Hometown"
+    "Pentax:WorldTimeLocation:1" "Destination" "人物" "风景" "自动" "图像作者" "未设置" "图像取向" "0° (上/左)"
+    "90° CCW (右/上)" "90° CW (左/底)" "颜色滤镜" "色彩空间信息" "色温" "对比度" "-2 (low) |\302\240标准"
+    "0 (normal) |\302\240软调" "+2 (high) |\302\240硬调" "专利拥有者" "数码变焦" "驱动模式" "曝光偏差" "曝光时间"
+    "未设置 (Off or Auto Modes)" "未设置 (Manual Mode)" "光圈数" "闪光补偿" "Off, Did not fire |\302\240自动" "焦距"
+    "对焦模式" "手动" "Infinity |\302\240手动 |\302\240自动" "自动HDR" "关" "高ISO降噪" "色相" "镜头信息" "厂商" "镜头光圈最大值"
+    "测量方式" "分割测光" "中央重点" "点测光" "型号" "减少噪声" "快门优先" "光圈优先" "图像质量" "180° (底/右)" "饱和度"
+    "0 (normal) |\302\240低饱和度" "+2 (high) |\302\240高饱和度" "场景选择" "夜景" "夕阳" "微距" "照相机标识" "锐度"
+    "-2 (soft) |\302\240标准" "0 (normal) |\302\240弱" "+2 (hard) |\302\240强" "缩略图" "白平衡" "太阳光" "阴天"
+    "暖白荧光灯" "阴影" "白炽灯 |\302\240荧光" "日光色荧光灯" "未知" "日光白色荧光灯" "白色荧光灯" "闪光" "白点色度" "Ouverture AE"
+    "Pas d'ouverture de l\\’exposition automatique" "Compensation d'expo. auto en bracketing"
+    "Temps d'exposition AE" "Verrouillage AE" "Désactivé" "Activé" "Ouverture maxi AE"
+    "Ouverture maxi AE (2)" "Mode de mesure AE" "Multizone" "Moyenne pondérée centrale"
+    "Segments de mesure AE" "Ouverture mini AE" "Temps d'exposition mini AE" "Mode programme AE"
+    "M, P ou TAv" "Av, B ou X" "Texte" "Programme grande vitesse (décalage P)" "Coucher de soleil"
+    "Enfants" "Animaux de compagnie" "Bougie" "Musée" "Programme PdC" "Programme PdC (décalage P)"
+    "Programme FTM" "Programme FTM (décalage P)" "Sv ou mode vert" "Paysage" "Portrait nocturne"
+    "Programme grande vitesse" "Sans flash" "Nocturne" "Surf et neige"
+    "Compensation d'exposition auto" "Sensibilité ISO AE" "Ajustement AF" "Défocalisation AF"
+    "Temps d'intégration de l'Autofocus" "Mode de mise au point automatique" "Sélectionner"
+    "Centre fixe" "Point AF sélectionné" "Point AF sélectionné 2"
+    "Expanded Area 9-point (S) |\302\240Haut gauche"
     "Bas |\302\240Haut droite |\302\240Upper Near-right"
-    "Bas droit |\302\240Far Left |\302\240Haut droite""Gauche |\302\240Upper Far-right"
-    "Centre |\302\240Far Left""Gauche |\302\240Near-right""Droit |\302\240Near-left"
-    "Centre |\302\240Far Right""Bas gauche |\302\240Near-right""Droit |\302\240Lower Near-left"
-    "Haut |\302\240Top Near-left""Bas droit |\302\240Lower Far-left"
-    "Bas gauche |\302\240Bottom-left""Bas |\302\240Lower-middle""Bas droit |\302\240Bottom-right"
-    "Haut |\302\240Haut droite""Bas""Gauche |\302\240Top Near-right"
+    "Bas droit |\302\240Far Left |\302\240Haut droite" "Gauche |\302\240Upper Far-right"
+    "Centre |\302\240Far Left" "Gauche |\302\240Near-right" "Droit |\302\240Near-left"
+    "Centre |\302\240Far Right" "Bas gauche |\302\240Near-right" "Droit |\302\240Lower Near-left"
+    "Haut |\302\240Top Near-left" "Bas droit |\302\240Lower Far-left"
+    "Bas gauche |\302\240Bottom-left" "Bas |\302\240Lower-middle" "Bas droit |\302\240Bottom-right"
+    "Haut |\302\240Haut droite" "Bas" "Gauche |\302\240Top Near-right"
     "Expanded Area 27-point (L) |\302\240Expanded Area 33-point (L) |\302\240Milieu gauche"
-    "Centre |\302\240Haut gauche |\302\240Upper Far-left""AF en reconnaissance de visage"
-    "AF en suivi auto""Fixe au centre""Haut gauche |\302\240Milieu droit |\302\240Upper Near-left"
+    "Centre |\302\240Haut gauche |\302\240Upper Far-left" "AF en reconnaissance de visage"
+    "AF en suivi auto" "Fixe au centre" "Haut gauche |\302\240Milieu droit |\302\240Upper Near-left"
     "Droit |\302\240Upper Near-left |\302\240Upper-middle"
-    "Bas gauche |\302\240Upper Near-right |\302\240Upper-middle""Points d'autofocus dans le focus"
+    "Bas gauche |\302\240Upper Near-right |\302\240Upper-middle" "Points d'autofocus dans le focus"
     "(aucun) |\302\240Aucun |\302\240Centre fixe ou multiple"
-    "En Bas à gauche et en bas |\302\240En haut à gauche""À droite"
-    "En bas à droite |\302\240À l'extrême gauche""En bas près de la droite"
-    "En Bas à gauche et au milieu à gauche""En haut à gauche, au milieu à gauche"
-    "En haut au milieu |\302\240À droite""En Bas, centré""En bas à gauche""En haut, au centre"
+    "En Bas à gauche et en bas |\302\240En haut à gauche" "À droite"
+    "En bas à droite |\302\240À l'extrême gauche" "En bas près de la droite"
+    "En Bas à gauche et au milieu à gauche" "En haut à gauche, au milieu à gauche"
+    "En haut au milieu |\302\240À droite" "En Bas, centré" "En bas à gauche" "En haut, au centre"
     "En bas à droite et au milieu à droite"
     "Au milieu à gauche |\302\240En haut à droite |\302\240En haut à droite, au milieu à droit"
-    "Près de la droite""En bas""À gauche""Au milieu à gauche""Au centre (vertical)"
+    "Près de la droite" "En bas" "À gauche" "Au milieu à gauche" "Au centre (vertical)"
     "En bas |\302\240En haut |\302\240En haut près de la gauche |\302\240En haut, au centre"
-    "Au milieu à droite""En bas à droite""En bas à gauche |\302\240En haut près de la doite"
-    "En bas près de la gauche""En bas à droite et en bas |\302\240En haut à droite"
+    "Au milieu à droite" "En bas à droite" "En bas à gauche |\302\240En haut près de la doite"
+    "En bas près de la gauche" "En bas à droite et en bas |\302\240En haut à droite"
     "Au centre |\302\240En haut à gauche"
     "Au milieu et au centre |\302\240En haut |\302\240En haut à droite |\302\240À gauche"
-    "Près de la gauche""Au centre |\302\240Au centre (horizontal)""En bas |\302\240En haut à droite"
-    "En bas au milieu""Au milieu à droite et au centre |\302\240À droite"
-    "Au milieu à droite |\302\240En haut près de la gauche""Aucun""À l'extrême droite"
+    "Près de la gauche" "Au centre |\302\240Au centre (horizontal)"
+    "En bas |\302\240En haut à droite" "En bas au milieu"
+    "Au milieu à droite et au centre |\302\240À droite"
+    "Au milieu à droite |\302\240En haut près de la gauche" "Aucun" "À l'extrême droite"
     "En bas à gauche |\302\240En haut à gauche, en haut"
     "En Bas, centré |\302\240En haut |\302\240En haut près de la droite |\302\240À gauche"
-    "Au centre""En bas à droite |\302\240En haut à droite, en haut""Points d'Autofocus sélectionnés"
-    "9 points centraux""Tous""Points AF inconnus 2""Prédicteur AF"
-    "Utilisation de la bague de diaphragme""Interdite""Autorisée""Artiste""Ratio d'aspect"
-    "Auto-diaph""Bracketing auto""Réglage d'ouverture Av""Compensation d'exposition de référence"
-    "Point noir""Tonalité traitement sans blanchiment""Vert""Jaune""Rouge""Violet""Non applicable"
-    "Bleu""Balance bleue""Tension accu boîtier en charge""Tension accu boîtier à vide"
-    "État de accu boîtier""Vide ou absent""Presque vide""En baisse""Close to Full |\302\240Plein"
-    "Plein""Numéro de cliché en bracketing""2 sur 3""2 sur 5""1 sur 3""3 sur 3""3 sur 5""1 sur 5"
-    "4 sur 5""5 sur 5""Version de firmware de CPU""Orientation de l'appareil photo"
-    "À l'horizontal (normal)""Pivoté de de 180°""Pivoté de 90° dans le sens antihoraire"
-    "Pivoté de 270° dans le sens antihoraire""Dirigé vers le haut""Dirigé vers le bas"
-    "Température de l'appareil photo""Correction de l'aberration chromatique""Désactivée""Activée"
-    "Contrôle de clarté""Filtre de couleur""Sépia""Matrice de couleurs A""Matrice de couleurs A2"
-    "Matrice de couleurs B""Matrice de couleurs B2""Espace colorimétrique""sRVB""Adobe RVB"
-    "Température couleur Nuageux""Température couleur Lumière du jour""Température couleur Flash"
-    "Température couleurs Fluorescent D""Température couleurs Fluorescent N"
-    "Température couleurs Fluorescent W""Température couleur Ombre""Température couleur Tungstène"
-    "Température couleur""Contraste""-2 (faible) |\302\240Normale""0 (Normal) |\302\240Faible"
-    "+2 (fort) |\302\240Fort""-1 (moyen faible)""+1 (moyen fort)""-3 (très faible)""+3 (très fort)"
-    "4 (minimal)""+4 (maximal)""Mise en lumière des contrastes""Contraste de l'ombre"
-    "Propriétaire du copyright""Version de firmware de DSP""Dump de données""Échelle des données"
-    "Ville de destination""Caracas""Londre""Le Caire""Jérusalem""Moscou""Téhéran""Kaboul""Rangoun"
-    "Singapour""Pékin""Manille""Taïpei""Séoul""Adelaïde""Nouméa""Alger""Athènes""Lisbonne"
-    "Copenhague""Varsovie""Code ville de destination""Heure d'été à destination""Non""Oui"
-    "Filtre numérique 01""Réglage des paramètres de base""Caméra jouet""Rétro""Aquarelle"
-    "Éclats d'étoiles""Postérisation""Filtre d'esquisse""Flou artistique""Ombrage"
-    "Inversion de couleur""Expansion de la tonalité""Filtre personnalisé""Unicolore gras"
-    "Monochrome gras""Remplacement de couleur""Contraste élevé""Filtre couleur"
-    "Couleur de l'extrait""Fin""Filtre numérique 02""Filtre numérique 03""Filtre numérique 04"
-    "Filtre numérique 05""Filtre numérique 06""Filtre numérique 07""Filtre numérique 08"
-    "Filtre numérique 09""Filtre numérique 10""Filtre numérique 11""Filtre numérique 12"
-    "Filtre numérique 13""Filtre numérique 14""Filtre numérique 15""Filtre numérique 16"
-    "Filtre numérique 17""Filtre numérique 18""Filtre numérique 19""Filtre numérique 20"
-    "Zoom numérique""Correction de la distorsion""Mode de prise de vue""Exposition multiple"
-    "Vue par vue""Exposition unique""Vidéo""Télécommande""Rafale""HDR fort 1"
-    "Prise de vue continue télécommandée""HDR fort 2""HDR fort 3""HDR Manuel""Programme E-Dial In"
-    "Tv ou Av""Décalage P""Pas IL""Pas de 1/2 IL""Pas de 1/3 IL""Indice de lumination effectif"
-    "Intervalle de bracketing d'exposition""Décalage d'exposition""Temps de pose"
-    "État de l'extension""Non attaché""Attaché""Réflexion flash externe""Avec réflecteur"
-    "Compensation d'exposition flash externe""Non applicable (Mode manuel)""-3.0 IL""-2.5 IL"
-    "-2.0 IL""-1.5 IL""-1.0 IL""-0.5 IL""0.0 IL""0.5 IL""1.0 IL""Numéro du guide du flash externe"
-    "Mode du flash externe""Non applicable - Ouverture automatique désactivé"
-    "Activé, problème de flash""Activé, manuel""Activé, auto P-TTL"
-    "Activé, Synchro du contrôle du contraste""Activé, synchro haute vitesse""Activé, sans cordon"
-    "Activé, sans cordon, synchro haute vitesse""Non connecté""Activé, auto""Diaphragme ƒ"
-    "Position visage 10""Taille visage 10""Position visage 11""Taille visage 11""Position visage 12"
-    "Taille visage 12""Position visage 13""Taille visage 13""Position visage 14""Taille visage 14"
-    "Position visage 15""Taille visage 15""Position visage 16""Taille visage 16""Position visage 17"
-    "Taille visage 17""Position visage 18""Taille visage 18""Position visage 19""Taille visage 19"
-    "Position visage 1""Taille visage 1""Position visage 20""Taille visage 20""Position visage 21"
-    "Taille visage 21""Position visage 22""Taille visage 22""Position visage 23""Taille visage 23"
-    "Position visage 24""Taille visage 24""Position visage 25""Taille visage 25""Position visage 26"
-    "Taille visage 26""Position visage 27""Taille visage 27""Position visage 28""Taille visage 28"
-    "Position visage 29""Taille visage 29""Position visage 2""Taille visage 2""Position visage 30"
-    "Taille visage 30""Position visage 31""Taille visage 31""Position visage 32""Taille visage 32"
-    "Position visage 3""Taille visage 3""Position visage 4""Taille visage 4""Position visage 5"
-    "Taille visage 5""Position visage 6""Taille visage 6""Position visage 7""Taille visage 7"
-    "Position visage 8""Taille visage 8""Position visage 9""Taille visage 9""Détection du visage"
-    "Taille du cadre de détection du visage""Position du visage""Visages détectés"
-    "Version du micrologiciel""Compensation d'exposition au flash"
-    "Réglage de compensation d'exposition au flash""Segments de mesure flash""Mode du flash"
-    "Non applicable - Auto-diaph hors service""Flash Auto |\302\240Flash désactivé, non déclenché"
-    "Flash activé |\302\240Flash activé, non déclenché""Flash externe, auto"
-    "Flash activé, déclenché""Auto, flash déclenché, réduction yeux rouges"
-    "Flash activé, réduction yeux rouges""Flash activé, sans cordon (Maître)"
-    "Flash activé, sans cordon (Contrôle)""Flash activé, doux""Flash activé, synchro lente"
-    "Flash activé, synchro lente, réduction yeux rouges""Flash activé, synchro 2e rideau"
-    "Flash Auto, non déclenché, réduction yeux rouges""Flash désactivé"
-    "Flash activé, non déclenché, sans cordon (Maître)""Flash externe, problème de flash"
-    "Flash yeux rouge réduction yeux rouges""Flash interne""Flash externe, manuel"
-    "Flash externe, P-TTL""Flash externe, synchro contrôle des contrastes"
-    "Flash externe, synchro haute vitesse""Flash externe, sans cordon"
-    "Flash externe, sans cordon, synchro haute vitesse""Options du flash""Options de flash (2)"
-    "Normale""Réduction yeux rouges""Synchro 2e rideau""Auto, réduction yeux rouges"
-    "Sans cordon (maître)""Sans cordon (contrôleur)""Synchro lente"
-    "Synchro lente, réduction yeux rouges""État du flash""Désactivé (1)""Flash interne, déclenché"
-    "Flash externe, non déclenché""Flash externe, déclenché""Flash interne, non déclenché (0x08)"
-    "Flash interne, non déclenché""Focale de l'objectif""Mode de mise au point"
-    "Mode de mise au point 2""Manuelle""AF-S (prise de vue unique)""AF-C (prise de vue en rafale)"
-    "AF-S (Priorité à la mise au point)""AF-C (Priorité à la mise au point)"
-    "AF-A (Priorité à la mise au point)""Infini |\302\240Macro (2) |\302\240Personalisé"
-    "AF-S (Priorité à la libération)""AF-C (Priorité à la libération)"
-    "AF-A (Priorité à la libération)""Détection du contraste (Priorité au déclenchement)"
-    "Auto |\302\240Infini |\302\240Manuelle""Détection du contraste (Priorité à la mise au point)"
-    "Suivi de la détection du contraste (priorité à la mise au point)""Hyperfocale"
-    "Distance de mise au point""Index de la plage de mise au point""6 (loin)""7 (très loin)"
-    "1 (proche)""0 (très proche)""Numéro de vue""Tension accu poignée en charge"
-    "Tension accu poignée à vide""État de la batterie de la poignée""Niveau faible""Pleinz"
-    "HDR auto""Alignement automatique activé""HDR avancé"
-    "Réduction du bruit en sensibilité ISO élevée""La plus faible""Active (Faible)""Auto."
-    "Active (Forte)""Active (Moyenne)""Ville de résidence""Malé""Kathmandou""Adélaïde""Athène"
-    "Code ville de résidence""Heure d'été de résidence""Nuance""Sensibilité ISO"
-    "Paramètres de l'ISO Auto""Lent""Rapide""Seuil ISO""Réglage ISO""Décalage de zone d'image"
-    "Compteur de traitement de l'image""Tonalité de l'image""Naturel""Brillant""Traitement croisé"
-    "Segment de mesure flash esclave 2""En service, sans cordon (contrôleur)"
-    "En service, sans cordon (maître)""En service, réduction yeux rouges""En service, auto"
-    "En service, auto, réduction yeux rouges""En service, synchro lente"
-    "En service, synchro lente, réduction yeux rouges""En service, synchro 2e rideau"
-    "Hors service, normal""Hors service, réduction yeux rouges""Hors service, auto"
-    "Hors service, auto, réduction yeux rouges""Hors service (inconnue 0xF4)"
-    "Hors service, sans cordon (maître)""Hors service, sans cordon (contrôleur)"
-    "Hors service, synchro lente""Hors service, synchro lente, réduction yeux rouges"
-    "Hors service, synchro 2e rideau""Segment de mesure flash esclave 4""Numéro de série interne"
-    "Pixels enregistrés JPEG""10 Mpx""6 Mpx""2 Mpx""Données d'objectif""Données mv' nv'"
-    "Données AVC 1/EXP""Données mv1 Avminsif""Données UNT_12 UNT_6"
-    "Données d'adaptation de flash incorporé""Valeur K"
+    "Au centre" "En bas à droite |\302\240En haut à droite, en haut"
+    "Points d'Autofocus sélectionnés" "9 points centraux" "Tous" "Points AF inconnus 2"
+    "Prédicteur AF" "Utilisation de la bague de diaphragme" "Interdite" "Autorisée" "Artiste"
+    "Ratio d'aspect" "Auto-diaph" "Bracketing auto" "Réglage d'ouverture Av"
+    "Compensation d'exposition de référence" "Point noir" "Tonalité traitement sans blanchiment"
+    "Vert" "Jaune" "Rouge" "Violet" "Non applicable" "Bleu" "Balance bleue"
+    "Tension accu boîtier en charge" "Tension accu boîtier à vide" "État de accu boîtier"
+    "Vide ou absent" "Presque vide" "En baisse" "Close to Full |\302\240Plein" "Plein"
+    "Numéro de cliché en bracketing" "2 sur 3" "2 sur 5" "1 sur 3" "3 sur 3" "3 sur 5" "1 sur 5"
+    "4 sur 5" "5 sur 5" "Version de firmware de CPU" "Orientation de l'appareil photo"
+    "À l'horizontal (normal)" "Pivoté de de 180°" "Pivoté de 90° dans le sens antihoraire"
+    "Pivoté de 270° dans le sens antihoraire" "Dirigé vers le haut" "Dirigé vers le bas"
+    "Température de l'appareil photo" "Correction de l'aberration chromatique" "Désactivée"
+    "Activée" "Contrôle de clarté" "Filtre de couleur" "Sépia" "Matrice de couleurs A"
+    "Matrice de couleurs A2" "Matrice de couleurs B" "Matrice de couleurs B2"
+    "Espace colorimétrique" "sRVB" "Adobe RVB" "Température couleur Nuageux"
+    "Température couleur Lumière du jour" "Température couleur Flash"
+    "Température couleurs Fluorescent D" "Température couleurs Fluorescent N"
+    "Température couleurs Fluorescent W" "Température couleur Ombre" "Température couleur Tungstène"
+    "Température couleur" "Contraste" "-2 (faible) |\302\240Normale" "0 (Normal) |\302\240Faible"
+    "+2 (fort) |\302\240Fort" "-1 (moyen faible)" "+1 (moyen fort)" "-3 (très faible)"
+    "+3 (très fort)" "4 (minimal)" "+4 (maximal)" "Mise en lumière des contrastes"
+    "Contraste de l'ombre" "Propriétaire du copyright" "Version de firmware de DSP"
+    "Dump de données" "Échelle des données" "Ville de destination" "Caracas" "Londre" "Le Caire"
+    "Jérusalem" "Moscou" "Téhéran" "Kaboul" "Rangoun" "Singapour" "Pékin" "Manille" "Taïpei" "Séoul"
+    "Adelaïde" "Nouméa" "Alger" "Athènes" "Lisbonne" "Copenhague" "Varsovie"
+    "Code ville de destination" "Heure d'été à destination" "Non" "Oui" "Filtre numérique 01"
+    "Réglage des paramètres de base" "Caméra jouet" "Rétro" "Aquarelle" "Éclats d'étoiles"
+    "Postérisation" "Filtre d'esquisse" "Flou artistique" "Ombrage" "Inversion de couleur"
+    "Expansion de la tonalité" "Filtre personnalisé" "Unicolore gras" "Monochrome gras"
+    "Remplacement de couleur" "Contraste élevé" "Filtre couleur" "Couleur de l'extrait" "Fin"
+    "Filtre numérique 02" "Filtre numérique 03" "Filtre numérique 04" "Filtre numérique 05"
+    "Filtre numérique 06" "Filtre numérique 07" "Filtre numérique 08" "Filtre numérique 09"
+    "Filtre numérique 10" "Filtre numérique 11" "Filtre numérique 12" "Filtre numérique 13"
+    "Filtre numérique 14" "Filtre numérique 15" "Filtre numérique 16" "Filtre numérique 17"
+    "Filtre numérique 18" "Filtre numérique 19" "Filtre numérique 20" "Zoom numérique"
+    "Correction de la distorsion" "Mode de prise de vue" "Exposition multiple" "Vue par vue"
+    "Exposition unique" "Vidéo" "Télécommande" "Rafale" "HDR fort 1"
+    "Prise de vue continue télécommandée" "HDR fort 2" "HDR fort 3" "HDR Manuel"
+    "Programme E-Dial In" "Tv ou Av" "Décalage P" "Pas IL" "Pas de 1/2 IL" "Pas de 1/3 IL"
+    "Indice de lumination effectif" "Intervalle de bracketing d'exposition" "Décalage d'exposition"
+    "Temps de pose" "État de l'extension" "Non attaché" "Attaché" "Réflexion flash externe"
+    "Avec réflecteur" "Compensation d'exposition flash externe" "Non applicable (Mode manuel)"
+    "-3.0 IL" "-2.5 IL" "-2.0 IL" "-1.5 IL" "-1.0 IL" "-0.5 IL" "0.0 IL" "0.5 IL" "1.0 IL"
+    "Numéro du guide du flash externe" "Mode du flash externe"
+    "Non applicable - Ouverture automatique désactivé" "Activé, problème de flash" "Activé, manuel"
+    "Activé, auto P-TTL" "Activé, Synchro du contrôle du contraste" "Activé, synchro haute vitesse"
+    "Activé, sans cordon" "Activé, sans cordon, synchro haute vitesse" "Non connecté" "Activé, auto"
+    "Diaphragme ƒ" "Position visage 10" "Taille visage 10" "Position visage 11" "Taille visage 11"
+    "Position visage 12" "Taille visage 12" "Position visage 13" "Taille visage 13"
+    "Position visage 14" "Taille visage 14" "Position visage 15" "Taille visage 15"
+    "Position visage 16" "Taille visage 16" "Position visage 17" "Taille visage 17"
+    "Position visage 18" "Taille visage 18" "Position visage 19" "Taille visage 19"
+    "Position visage 1" "Taille visage 1" "Position visage 20" "Taille visage 20"
+    "Position visage 21" "Taille visage 21" "Position visage 22" "Taille visage 22"
+    "Position visage 23" "Taille visage 23" "Position visage 24" "Taille visage 24"
+    "Position visage 25" "Taille visage 25" "Position visage 26" "Taille visage 26"
+    "Position visage 27" "Taille visage 27" "Position visage 28" "Taille visage 28"
+    "Position visage 29" "Taille visage 29" "Position visage 2" "Taille visage 2"
+    "Position visage 30" "Taille visage 30" "Position visage 31" "Taille visage 31"
+    "Position visage 32" "Taille visage 32" "Position visage 3" "Taille visage 3"
+    "Position visage 4" "Taille visage 4" "Position visage 5" "Taille visage 5" "Position visage 6"
+    "Taille visage 6" "Position visage 7" "Taille visage 7" "Position visage 8" "Taille visage 8"
+    "Position visage 9" "Taille visage 9" "Détection du visage"
+    "Taille du cadre de détection du visage" "Position du visage" "Visages détectés"
+    "Version du micrologiciel" "Compensation d'exposition au flash"
+    "Réglage de compensation d'exposition au flash" "Segments de mesure flash" "Mode du flash"
+    "Non applicable - Auto-diaph hors service" "Flash Auto |\302\240Flash désactivé, non déclenché"
+    "Flash activé |\302\240Flash activé, non déclenché" "Flash externe, auto"
+    "Flash activé, déclenché" "Auto, flash déclenché, réduction yeux rouges"
+    "Flash activé, réduction yeux rouges" "Flash activé, sans cordon (Maître)"
+    "Flash activé, sans cordon (Contrôle)" "Flash activé, doux" "Flash activé, synchro lente"
+    "Flash activé, synchro lente, réduction yeux rouges" "Flash activé, synchro 2e rideau"
+    "Flash Auto, non déclenché, réduction yeux rouges" "Flash désactivé"
+    "Flash activé, non déclenché, sans cordon (Maître)" "Flash externe, problème de flash"
+    "Flash yeux rouge réduction yeux rouges" "Flash interne" "Flash externe, manuel"
+    "Flash externe, P-TTL" "Flash externe, synchro contrôle des contrastes"
+    "Flash externe, synchro haute vitesse" "Flash externe, sans cordon"
+    "Flash externe, sans cordon, synchro haute vitesse" "Options du flash" "Options de flash (2)"
+    "Normale" "Réduction yeux rouges" "Synchro 2e rideau" "Auto, réduction yeux rouges"
+    "Sans cordon (maître)" "Sans cordon (contrôleur)" "Synchro lente"
+    "Synchro lente, réduction yeux rouges" "État du flash" "Désactivé (1)"
+    "Flash interne, déclenché" "Flash externe, non déclenché" "Flash externe, déclenché"
+    "Flash interne, non déclenché (0x08)" "Flash interne, non déclenché" "Focale de l'objectif"
+    "Mode de mise au point" "Mode de mise au point 2" "Manuelle" "AF-S (prise de vue unique)"
+    "AF-C (prise de vue en rafale)" "AF-S (Priorité à la mise au point)"
+    "AF-C (Priorité à la mise au point)" "AF-A (Priorité à la mise au point)"
+    "Infini |\302\240Macro (2) |\302\240Personalisé" "AF-S (Priorité à la libération)"
+    "AF-C (Priorité à la libération)" "AF-A (Priorité à la libération)"
+    "Détection du contraste (Priorité au déclenchement)" "Auto |\302\240Infini |\302\240Manuelle"
+    "Détection du contraste (Priorité à la mise au point)"
+    "Suivi de la détection du contraste (priorité à la mise au point)" "Hyperfocale"
+    "Distance de mise au point" "Index de la plage de mise au point" "6 (loin)" "7 (très loin)"
+    "1 (proche)" "0 (très proche)" "Numéro de vue" "Tension accu poignée en charge"
+    "Tension accu poignée à vide" "État de la batterie de la poignée" "Niveau faible" "Pleinz"
+    "HDR auto" "Alignement automatique activé" "HDR avancé"
+    "Réduction du bruit en sensibilité ISO élevée" "La plus faible" "Active (Faible)" "Auto."
+    "Active (Forte)" "Active (Moyenne)" "Ville de résidence" "Malé" "Kathmandou" "Adélaïde" "Athène"
+    "Code ville de résidence" "Heure d'été de résidence" "Nuance" "Sensibilité ISO"
+    "Paramètres de l'ISO Auto" "Lent" "Rapide" "Seuil ISO" "Réglage ISO" "Décalage de zone d'image"
+    "Compteur de traitement de l'image" "Tonalité de l'image" "Naturel" "Brillant"
+    "Traitement croisé" "Segment de mesure flash esclave 2" "En service, sans cordon (contrôleur)"
+    "En service, sans cordon (maître)" "En service, réduction yeux rouges" "En service, auto"
+    "En service, auto, réduction yeux rouges" "En service, synchro lente"
+    "En service, synchro lente, réduction yeux rouges" "En service, synchro 2e rideau"
+    "Hors service, normal" "Hors service, réduction yeux rouges" "Hors service, auto"
+    "Hors service, auto, réduction yeux rouges" "Hors service (inconnue 0xF4)"
+    "Hors service, sans cordon (maître)" "Hors service, sans cordon (contrôleur)"
+    "Hors service, synchro lente" "Hors service, synchro lente, réduction yeux rouges"
+    "Hors service, synchro 2e rideau" "Segment de mesure flash esclave 4" "Numéro de série interne"
+    "Pixels enregistrés JPEG" "10 Mpx" "6 Mpx" "2 Mpx" "Données d'objectif" "Données mv' nv'"
+    "Données AVC 1/EXP" "Données mv1 Avminsif" "Données UNT_12 UNT_6"
+    "Données d'adaptation de flash incorporé" "Valeur K"
     "Données de correction d'aberration à courte distance"
-    "Données de correction d'aberration chromatique""Données d'aberration d'ouverture"
-    "Données de condition minimale de déclenchement AF""Nombre de diaphs de l'objectif"
-    "Longueur de la focale de l'objectif""Informations sur l'objectif"
-    "Type d'objectif / version (LC0)""Modèle de l'objectif""Type d'objectif"
+    "Données de correction d'aberration chromatique" "Données d'aberration d'ouverture"
+    "Données de condition minimale de déclenchement AF" "Nombre de diaphs de l'objectif"
+    "Longueur de la focale de l'objectif" "Informations sur l'objectif"
+    "Type d'objectif / version (LC0)" "Modèle de l'objectif" "Type d'objectif"
     "smc PENTAX-F 100-300mm F4.5-5.6 ou objectif Sigma"
     "smc PENTAX-F 35-105mm F4-5.6 ou objectif Sigma ou Tokina"
     "smc PENTAX-F 28-80mm F3.5-4.5 ou objectif Tokina"
     "smc PENTAX-F 70-210mm F4-5.6 or Tokina ou objectif Takumar"
     "smc PENTAX-F Macro 50mm F2.8 ou objectif Sigma"
-    "smc PENTAX-FA 28-200mm F3.8-5.6 AL[IF] ou objectif Tamron""smc PENTAX-FA 31mm F1.8 Limité AL"
-    "Lecture de la lumière""Fabricant""Version des informations spécifiques fabricant"
-    "Date de fabrication""Ouverture maximale""Mode de mesure""Mode de mesure 2""Multi-segments"
-    "Mode de mesure (3)""Ouverture minimale""Distance minimale de mise au point"
-    "Modèle de l'appareil photo""Effet de filtre monochrome""Infrarouge""Réduction du bruit"
-    "Ouverture maxi nominal""Ouverture mini nominal""Nombre de points de mise au point automatique"
-    "Taille de l'image Pentax""Pleine""2304 x 1728 ou 2592 x 1944""2816 x 2212 ou 2816 x 2112"
-    "3008 x 2008 ou 3040 x 2024""2560 x 1920 ou 2304 x 1728""Modèle Pentax""Type de modèle Pentax"
-    "Version Pentax""Mode de l'image""Mode de l'image 2""Mode scène""Image auto"
-    "Priorité ouverture (auto-diaph hors service)""Manuel (auto-diaph hors service)"
-    "Pose B (auto-diaph hors service)""Expo auto, priorité vitesse et ouverture"
-    "Expo auto, priorité sensibilité""Expo auto, vitesse de synchro flash X""Programme AE"
-    "Mode vert""Priorité vitesse""Priorité à l'ouverture""Décalage programme Tv"
-    "Décalage programme Av""Pose B""Pas de 1/2 IL |\302\240Programme""Programme""Scène nocturne"
-    "Nourriture""Scène nocturne HDR""Scène portrait nocturne"
-    "Pas de 1/3 IL |\302\240Priorité vitesse""Image Auto (Standard)""Image Auto (Portrait)"
-    "Image Auto (Paysage)""Image Auto (Macro)""Auto PICT (sport)"
-    "Priorité à l'ouverture (auto-diaph hors service)""Doux"
-    "Priorité à l'obturateur et à l'ouverture AE""Automne""Priorité sensibilité AE"
-    "Synchro X flash vitesse AE""Feux d'artifice""Programme AE (Hyper-programme)"
-    "Programme grande vitesse (Hyper-programme)""Programme PdC (Hyper-programme)"
-    "Programme FTM (Hyper-programme)""Manuel""Autoportrait""Filtre numérique""Sous-marine"
-    "Animal clair""Animal foncé""Animal demi-teintes""Ton chair naturel"
-    "Enregistrement de son synchro""Vue composite""Réduction du flou""Portrait (buste)"
-    "Angle de tangage""Source d'alimentation""Accu boîtier""Accu poignée""Alimentation externe"
-    "Aperçu de l'image""Limites de l'aperçu""Longueur de l'aperçu""Taille de l'aperçu"
-    "Début de l'aperçu""L'appareil est passé en SAV""Ligne de programme""Priorité grande vitesse"
-    "Priorité profondeur de champ""Priorité FTM""Qualité""Bonne""Mieux""Meilleure"
-    "RAW (décalage des pixels activé)""Décalage dynamique des pixels""Enregistrement RAW et JPEG"
-    "JPEG (le meilleur)""JPEG (meilleur)""RAW (PEF, meilleur)""RAW+JPEG (PEF, meilleur)"
-    "RAW (PEF, le meilleur)""RAW (DNG, meilleur)""RAW+JPEG (DNG, meilleur)"
-    "RAW+JPEG (PEF, le meilleur)""JPEG (bon)""RAW (PEF, bon)""RAW+JPEG (PEF, bon)""RAW (DNG, bon)"
-    "RAW+JPEG (DNG, bon)""RAW (DNG, le meilleur)""RAW+JPEG (DNG, le meilleur)"
-    "Processus de développement RAW""Taille de l'image RAW""Balance rouge""Angle de roulis"
-    "Horizontale (normale)""Rotation de 180°""Rotation antihoraire de 90°"
-    "Rotation antihoraire de 270°""Réduction de bougé active""Focale de réduction de bougé"
-    "Temps entre mesure et déclenchement""Stabilisation""Non stabilisé""0 (normale) |\302\240Faible"
-    "+2 (élevée) |\302\240Forte""-1 (moyennement faible)""+1 (moyennement élevée)""+3 (très élevée)"
-    "Aucune""-4 (minimale)""+4 (maximale)""Mode Scène""Pas de flash""Animal de compagnie"
-    "Lumière de bougie""Alimentation""Éclairage de scène""Instantané nocturne""Scène HDR nocturne"
-    "Ciel bleu""Forêt""Silhouette à contre-jour""Portrait de scène nocturne""Réglage de sensibilité"
-    "Pas de sensibilité""Pas de 1 IL""Comme pas IL""Taille du capteur""Capteur de température"
-    "Capteur de température 2""Numéro de série""Réduction des tremblements"
-    "Désactivée (simulation AA type 1)""Activée (135)"
-    "Activée (15) |\302\240Activée (simulation AA type 1)""Désactivée (simulation AA type 2) (16)"
-    "Activée (mode 1)""Désactivée (simulation AA type 2)""Activée (simulation AA type 2)"
-    "Activée (mode 2)""Désactivée (4) |\302\240Désactivée (simulation AA désactivée)"
-    "Activée mais Désactivée""Activée (Vidéo)"
-    "Activée (7) |\302\240Activée (simulation AA désactivée)""Désactivée (simulation AA type 1) (8)"
-    "Netteté""-2 (douce) |\302\240Normale""0 (normale) |\302\240Douce""+2 (dure) |\302\240Dure"
-    "-1 (moyennement dure)""+1 (moyennement dure)""-3 (très douce)""+3 (très dure)"
-    "Segments de mesure flash esclave""Index du répertoire source""Réglage ISO Sv"
-    "Segment de mesure flash esclave 6""Segment de mesure flash esclave 5"
-    "Segment de mesure flash esclave 8""Segment de mesure flash esclave 7""Hauteur de la vignette"
-    "Vignette""Longueur de la vignette""Heure""Courbe de ton""Courbes de tonalité"
-    "Réglage de temps de pose Tv""Décalage Balance des Blancs AB"
-    "Décalage Balance Blancs vert-magenta""Balance des Blancs des niveaux RVVB nuageux"
-    "Balance des Blancs des niveaux RVVB lumière du jour""Balance des Blancs des niveaux RVVB flash"
-    "Balance des Blancs des niveaux RVVB fluorescent""Balance des Blancs des niveaux RVVB fluo N"
-    "Balance des Blancs des niveaux RVVB fluo W""Balance des Blancs des niveaux RVVB ombre"
-    "Balance des Blancs des niveaux RVVB tungstène""Balance des blancs"
-    "Equilibrage automatique des blancs""Lumière du jour""Temps nuageux""Fluorescent blanc chaud"
-    "Ombre""Fluorescente |\302\240Tungstène (lumière incandescente)""Fluorescente type jour"
-    "Inconnu""Sélectionnée par l'utilisateur""Fluorescente type blanc""Fluorescent blanc"
-    "Ajustement automatique de la balance des blancs""Mode de balance des blancs"
-    "Auto (lumière du jour)""Auto (nuageux)""Auto (ombre)""Auto (flash)""Auto (tungstène)"
-    "Auto (fluo lum. jour)""Auto (fluo jour)""Auto (fluo blanc)""Réglage de balance des blancs"
-    "Température de couleur définie 1""Température de couleur définie 2"
-    "Température de couleur définie 3""Fluorescent blanc jour""Tungstène (lumière incandescente)"
-    "Niveau blanc""Chromaticité du point blanc""Référentiel de l'heure mondiale""Ville d'origine"
-    "AE-Blende""AEB-Belichtungskorrektur""AE-Belichtungszeit""Offene Blende""Blitz erforderlich"
-    "AE Speicherung""Belichtungsspeicher""Aus""Ein""Größte AE-Blende""Größte AE-Blende (2)"
-    "AE Belichtungs-Messmethode""Multi-Segment""Mittenbetont""AE-Messfelder""Kleinste AE-Blende"
-    "Kürzeste AE Belichtungszeit""AE-Programm-Modus""M, P oder TAv""Av, B oder X"
-    "HS-Priorität (P Shift)""Sonnenuntergang""Kinder""Haustiere""Kerzenlicht"
-    "Schärfentiefe-Priorität""Schärfentiefe-Priorität (P Shift)""MTF-Priorität"
-    "MTF-Priorität (P Shift)""Sv oder \"Grünes\" AE-Programm""Porträt""Landschaft""Makro"
-    "Nacht-Porträt""HS-Priorität""Kein Blitz""Nachtszene""Surf & Schnee""AE-Belichtungskorrektur"
-    "AE-ISO-Empfindlichkeit""AF-Korrektur""AF-Defocus""AF-Messzeit""AF-Punkt-Modus""Automatisch"
-    "AF gewählter Punkt""AF gewählter Punkt 2""Links oben""Rechts unten""Rechts""Links mitte""Oben"
-    "Links unten""Mitte""Rechts oben""Unten""Rechts mitte""Links""Links oben |\302\240Oben-links"
+    "smc PENTAX-FA 28-200mm F3.8-5.6 AL[IF] ou objectif Tamron" "smc PENTAX-FA 31mm F1.8 Limité AL"
+    "Lecture de la lumière" "Fabricant" "Version des informations spécifiques fabricant"
+    "Date de fabrication" "Ouverture maximale" "Mode de mesure" "Mode de mesure 2" "Multi-segments"
+    "Mode de mesure (3)" "Ouverture minimale" "Distance minimale de mise au point"
+    "Modèle de l'appareil photo" "Effet de filtre monochrome" "Infrarouge" "Réduction du bruit"
+    "Ouverture maxi nominal" "Ouverture mini nominal"
+    "Nombre de points de mise au point automatique" "Taille de l'image Pentax" "Pleine"
+    "2304 x 1728 ou 2592 x 1944" "2816 x 2212 ou 2816 x 2112" "3008 x 2008 ou 3040 x 2024"
+    "2560 x 1920 ou 2304 x 1728" "Modèle Pentax" "Type de modèle Pentax" "Version Pentax"
+    "Mode de l'image" "Mode de l'image 2" "Mode scène" "Image auto"
+    "Priorité ouverture (auto-diaph hors service)" "Manuel (auto-diaph hors service)"
+    "Pose B (auto-diaph hors service)" "Expo auto, priorité vitesse et ouverture"
+    "Expo auto, priorité sensibilité" "Expo auto, vitesse de synchro flash X" "Programme AE"
+    "Mode vert" "Priorité vitesse" "Priorité à l'ouverture" "Décalage programme Tv"
+    "Décalage programme Av" "Pose B" "Pas de 1/2 IL |\302\240Programme" "Programme" "Scène nocturne"
+    "Nourriture" "Scène nocturne HDR" "Scène portrait nocturne"
+    "Pas de 1/3 IL |\302\240Priorité vitesse" "Image Auto (Standard)" "Image Auto (Portrait)"
+    "Image Auto (Paysage)" "Image Auto (Macro)" "Auto PICT (sport)"
+    "Priorité à l'ouverture (auto-diaph hors service)" "Doux"
+    "Priorité à l'obturateur et à l'ouverture AE" "Automne" "Priorité sensibilité AE"
+    "Synchro X flash vitesse AE" "Feux d'artifice" "Programme AE (Hyper-programme)"
+    "Programme grande vitesse (Hyper-programme)" "Programme PdC (Hyper-programme)"
+    "Programme FTM (Hyper-programme)" "Manuel" "Autoportrait" "Filtre numérique" "Sous-marine"
+    "Animal clair" "Animal foncé" "Animal demi-teintes" "Ton chair naturel"
+    "Enregistrement de son synchro" "Vue composite" "Réduction du flou" "Portrait (buste)"
+    "Angle de tangage" "Source d'alimentation" "Accu boîtier" "Accu poignée" "Alimentation externe"
+    "Aperçu de l'image" "Limites de l'aperçu" "Longueur de l'aperçu" "Taille de l'aperçu"
+    "Début de l'aperçu" "L'appareil est passé en SAV" "Ligne de programme" "Priorité grande vitesse"
+    "Priorité profondeur de champ" "Priorité FTM" "Qualité" "Bonne" "Mieux" "Meilleure"
+    "RAW (décalage des pixels activé)" "Décalage dynamique des pixels" "Enregistrement RAW et JPEG"
+    "JPEG (le meilleur)" "JPEG (meilleur)" "RAW (PEF, meilleur)" "RAW+JPEG (PEF, meilleur)"
+    "RAW (PEF, le meilleur)" "RAW (DNG, meilleur)" "RAW+JPEG (DNG, meilleur)"
+    "RAW+JPEG (PEF, le meilleur)" "JPEG (bon)" "RAW (PEF, bon)" "RAW+JPEG (PEF, bon)"
+    "RAW (DNG, bon)" "RAW+JPEG (DNG, bon)" "RAW (DNG, le meilleur)" "RAW+JPEG (DNG, le meilleur)"
+    "Processus de développement RAW" "Taille de l'image RAW" "Balance rouge" "Angle de roulis"
+    "Horizontale (normale)" "Rotation de 180°" "Rotation antihoraire de 90°"
+    "Rotation antihoraire de 270°" "Réduction de bougé active" "Focale de réduction de bougé"
+    "Temps entre mesure et déclenchement" "Stabilisation" "Non stabilisé"
+    "0 (normale) |\302\240Faible" "+2 (élevée) |\302\240Forte" "-1 (moyennement faible)"
+    "+1 (moyennement élevée)" "+3 (très élevée)" "Aucune" "-4 (minimale)" "+4 (maximale)"
+    "Mode Scène" "Pas de flash" "Animal de compagnie" "Lumière de bougie" "Alimentation"
+    "Éclairage de scène" "Instantané nocturne" "Scène HDR nocturne" "Ciel bleu" "Forêt"
+    "Silhouette à contre-jour" "Portrait de scène nocturne" "Réglage de sensibilité"
+    "Pas de sensibilité" "Pas de 1 IL" "Comme pas IL" "Taille du capteur" "Capteur de température"
+    "Capteur de température 2" "Numéro de série" "Réduction des tremblements"
+    "Désactivée (simulation AA type 1)" "Activée (135)"
+    "Activée (15) |\302\240Activée (simulation AA type 1)" "Désactivée (simulation AA type 2) (16)"
+    "Activée (mode 1)" "Désactivée (simulation AA type 2)" "Activée (simulation AA type 2)"
+    "Activée (mode 2)" "Désactivée (4) |\302\240Désactivée (simulation AA désactivée)"
+    "Activée mais Désactivée" "Activée (Vidéo)"
+    "Activée (7) |\302\240Activée (simulation AA désactivée)"
+    "Désactivée (simulation AA type 1) (8)" "Netteté" "-2 (douce) |\302\240Normale"
+    "0 (normale) |\302\240Douce" "+2 (dure) |\302\240Dure" "-1 (moyennement dure)"
+    "+1 (moyennement dure)" "-3 (très douce)" "+3 (très dure)" "Segments de mesure flash esclave"
+    "Index du répertoire source" "Réglage ISO Sv" "Segment de mesure flash esclave 6"
+    "Segment de mesure flash esclave 5" "Segment de mesure flash esclave 8"
+    "Segment de mesure flash esclave 7" "Hauteur de la vignette" "Vignette"
+    "Longueur de la vignette" "Heure" "Courbe de ton" "Courbes de tonalité"
+    "Réglage de temps de pose Tv" "Décalage Balance des Blancs AB"
+    "Décalage Balance Blancs vert-magenta" "Balance des Blancs des niveaux RVVB nuageux"
+    "Balance des Blancs des niveaux RVVB lumière du jour"
+    "Balance des Blancs des niveaux RVVB flash" "Balance des Blancs des niveaux RVVB fluorescent"
+    "Balance des Blancs des niveaux RVVB fluo N" "Balance des Blancs des niveaux RVVB fluo W"
+    "Balance des Blancs des niveaux RVVB ombre" "Balance des Blancs des niveaux RVVB tungstène"
+    "Balance des blancs" "Equilibrage automatique des blancs" "Lumière du jour" "Temps nuageux"
+    "Fluorescent blanc chaud" "Ombre" "Fluorescente |\302\240Tungstène (lumière incandescente)"
+    "Fluorescente type jour" "Inconnu" "Sélectionnée par l'utilisateur" "Fluorescente type blanc"
+    "Fluorescent blanc" "Ajustement automatique de la balance des blancs"
+    "Mode de balance des blancs" "Auto (lumière du jour)" "Auto (nuageux)" "Auto (ombre)"
+    "Auto (flash)" "Auto (tungstène)" "Auto (fluo lum. jour)" "Auto (fluo jour)" "Auto (fluo blanc)"
+    "Réglage de balance des blancs" "Température de couleur définie 1"
+    "Température de couleur définie 2" "Température de couleur définie 3" "Fluorescent blanc jour"
+    "Tungstène (lumière incandescente)" "Niveau blanc" "Chromaticité du point blanc"
+    "Référentiel de l'heure mondiale" "Ville d'origine" "AE-Blende" "AEB-Belichtungskorrektur"
+    "AE-Belichtungszeit" "Offene Blende" "Blitz erforderlich" "AE Speicherung" "Belichtungsspeicher"
+    "Aus" "Ein" "Größte AE-Blende" "Größte AE-Blende (2)" "AE Belichtungs-Messmethode"
+    "Multi-Segment" "Mittenbetont" "AE-Messfelder" "Kleinste AE-Blende"
+    "Kürzeste AE Belichtungszeit" "AE-Programm-Modus" "M, P oder TAv" "Av, B oder X"
+    "HS-Priorität (P Shift)" "Sonnenuntergang" "Kinder" "Haustiere" "Kerzenlicht"
+    "Schärfentiefe-Priorität" "Schärfentiefe-Priorität (P Shift)" "MTF-Priorität"
+    "MTF-Priorität (P Shift)" "Sv oder \"Grünes\" AE-Programm" "Porträt" "Landschaft" "Makro"
+    "Nacht-Porträt" "HS-Priorität" "Kein Blitz" "Nachtszene" "Surf & Schnee"
+    "AE-Belichtungskorrektur" "AE-ISO-Empfindlichkeit" "AF-Korrektur" "AF-Defocus" "AF-Messzeit"
+    "AF-Punkt-Modus" "Automatisch" "AF gewählter Punkt" "AF gewählter Punkt 2" "Links oben"
+    "Rechts unten" "Rechts" "Links mitte" "Oben" "Links unten" "Mitte" "Rechts oben" "Unten"
+    "Rechts mitte" "Links" "Links oben |\302\240Oben-links"
     "Rechts oben |\302\240Unten |\302\240Upper Near-right"
-    "Rechts oben |\302\240Rechts unten |\302\240Weit links""Links |\302\240Upper Far-right"
-    "Mitte |\302\240Weit links""Links |\302\240Near-right""Near-left |\302\240Rechts"
-    "Mitte |\302\240Weit rechts""Links unten |\302\240Near-right""Lower Near-left |\302\240Rechts"
-    "Oben |\302\240Top Near-left""Untere Mitte |\302\240Weit rechts"
-    "Lower Far-left |\302\240Rechts unten""Links unten |\302\240Unten-links"
-    "Unten |\302\240Untere Mitte""Rechts unten |\302\240Unten-rechts""Unten-links"
-    "Oben |\302\240Rechts oben""Unten-rechts""Links |\302\240Top Near-right"
-    "Links mitte |\302\240Oben-rechts""Links oben |\302\240Mitte |\302\240Upper Far-left"
-    "Gesichtserkennungs-AF""Nachführ AF""Auf Mitte fixiert"
+    "Rechts oben |\302\240Rechts unten |\302\240Weit links" "Links |\302\240Upper Far-right"
+    "Mitte |\302\240Weit links" "Links |\302\240Near-right" "Near-left |\302\240Rechts"
+    "Mitte |\302\240Weit rechts" "Links unten |\302\240Near-right" "Lower Near-left |\302\240Rechts"
+    "Oben |\302\240Top Near-left" "Untere Mitte |\302\240Weit rechts"
+    "Lower Far-left |\302\240Rechts unten" "Links unten |\302\240Unten-links"
+    "Unten |\302\240Untere Mitte" "Rechts unten |\302\240Unten-rechts" "Unten-links"
+    "Oben |\302\240Rechts oben" "Unten-rechts" "Links |\302\240Top Near-right"
+    "Links mitte |\302\240Oben-rechts" "Links oben |\302\240Mitte |\302\240Upper Far-left"
+    "Gesichtserkennungs-AF" "Nachführ AF" "Auf Mitte fixiert"
     "Links oben |\302\240Rechts mitte |\302\240Upper Near-left"
     "Obere Mitte |\302\240Rechts |\302\240Upper Near-left"
-    "Links unten |\302\240Obere Mitte |\302\240Upper Near-right""AF-Punkte im Fokus"
+    "Links unten |\302\240Obere Mitte |\302\240Upper Near-right" "AF-Punkte im Fokus"
     "(Keine) |\302\240Auf Mitte fixiert oder mehrere |\302\240Keiner"
-    "Links oben |\302\240Links unten, Unten |\302\240Oben-links""Rechts unten |\302\240Weit links"
-    "Links unten, Links mitte""Links oben, Links mitte""Rechts |\302\240Upper-middle""Unten, Mitte"
-    "Oben, Mitte""Rechts unten, Rechts mitte"
-    "Links mitte |\302\240Oben-rechts |\302\240Rechts oben, Rechts mitte""Mitte (vertikal)"
+    "Links oben |\302\240Links unten, Unten |\302\240Oben-links" "Rechts unten |\302\240Weit links"
+    "Links unten, Links mitte" "Links oben, Links mitte" "Rechts |\302\240Upper-middle"
+    "Unten, Mitte" "Oben, Mitte" "Rechts unten, Rechts mitte"
+    "Links mitte |\302\240Oben-rechts |\302\240Rechts oben, Rechts mitte" "Mitte (vertikal)"
     "Oben |\302\240Oben-Mitte |\302\240Top Near-left |\302\240Unten"
-    "Links unten |\302\240Upper Near-right""Oben-rechts |\302\240Rechts unten, Unten"
+    "Links unten |\302\240Upper Near-right" "Oben-rechts |\302\240Rechts unten, Unten"
     "Links oben |\302\240Mitte"
     "Links |\302\240Links mitte, Mitte |\302\240Oben |\302\240Rechts oben"
-    "Mitte |\302\240Mitte (horizontal)""Rechts oben |\302\240Unten"
-    "Rechts |\302\240Rechts mitte, Mitte""Rechts mitte |\302\240Upper Near-left""Keiner"
-    "Weit rechts""Links oben, Oben |\302\240Unten-links"
+    "Mitte |\302\240Mitte (horizontal)" "Rechts oben |\302\240Unten"
+    "Rechts |\302\240Rechts mitte, Mitte" "Rechts mitte |\302\240Upper Near-left" "Keiner"
+    "Weit rechts" "Links oben, Oben |\302\240Unten-links"
     "Links |\302\240Oben |\302\240Top Near-right |\302\240Unten-mitte"
-    "Rechts oben, Oben |\302\240Unten-rechts""AF gewählte Punkte""AF-Punkte Unbekannt 1"
-    "Alle mittleren 9 Punkte""Alle""AF-Punkte Unbekannt 2?""AF-Prädiktor""Blendenring-Verwendung"
-    "Nicht erlaubt""Erlaubt""Künstler""Bildformat""Blendenring auf A""Automatische Belichtungsreihe"
-    "Av Blenden-Einstellung""Basis-Belichtungskorrektur""Schwarzpunkt""Farbabgleich Blau"
-    "Bildstabilisierung""Niedrig""Mittel""Hoch""Kamerabatterie A/D unter Last"
-    "Kamerabatterie A/D im Leerlauf""Kamerabatterie-Status""Leer oder nicht vorhanden""Fast leer"
-    "Schwach""Close to Full |\302\240Voll geladen""Voll geladen""Belichtungsreihen-Bildnummer"
-    "(nicht gesetzt)""2 von 2""2 von 3""1 von 2""2 von 5""1 von 3""3 von 3""3 von 5""1 von 5"
-    "4 von 5""5 von 5""CPU-Firmware-Version""Ausrichtung der Kamera""180° gedreht"
-    "90° im Uhrzeigersinn""90° gegen den Uhrzeigersinn""Aufwärts""Abwärts""Kamera-Temperatur"
-    "Farbabweichung Korrektur""Farbfilter""Schwarz/Weiß""Farbraum""Farbtemperatur Bewölkt"
-    "Farbtemperatur Tageslicht""Farbtemperatur Blitz""Farbtemperatur Schatten"
-    "Farbtemperatur Glühbirne""Farbtemperatur""Kontrast""-2 (Leicht) |\302\240Normal"
-    "0 (normal) |\302\240Leicht""+2 (Stark) |\302\240Stark""-1 (Leicht verringert)"
-    "+1 (Leicht erhöht)""-3 (Sehr gering)""+3 (Sehr hoch)""AF-Bereich Kontrast gesteuert"
-    "Kontrast helle Stellen""Kontrast dunkle Stellen""Urheberrechtsvermerk""DSP-Firmware-Version"
-    "Daten-Dump""Datum""Zielort""Zielort-Code""Zielort Sommerzeit (DST)""Deaktiviert""Aktiviert"
-    "Hoher Kontrast""Fischauge""Digital-Zoom""Verzeichnungskorrektur""Aufnahmeart"
-    "Mehrfachbelichtung""Einzelbildaufnahme""Serienaufnahme""Fernauslöser (3 s verzögert)"
-    "Serienaufnahme (Niedrig)""Fernauslöser""Selbstauslöser (12 s)""Belichtungsreihe"
-    "Selbstauslöser (2 s)""Einzelbelichtung""Spiegel hochgeklappt""Tv oder Av""LW-Schritte"
-    "1/2 LW-Schritte""1/3 LW-Schritte""Effektiver LW""Belichtungsreihen-Stufenabstand"
-    "Belichtungskorrektur""Belichtungsdauer""Status Telekonverter""Nicht angesetzt""Angesetzt"
-    "Externer Blitz - Bounce""Direkt""Mit Bounce""Belichtungskorrektur des externen Blitzgeräts"
-    "Nicht gesetzt  (Aus oder Auto-Modi)""Nicht gesetzt (Manueller Modus)""-3.0 LW""-2.5 LW"
-    "-2.0 LW""-1.5 LW""-1.0 LW""-0.5 LW""0.0 LW""0.5 LW""1.0 LW""Leitzahl des externen Blitzgeräts"
-    "Slave-Blitz-Messfeld 3""K/A - Blendenring nicht auf A""Ein, Blitzproblem?""Ein, Manuell"
-    "Ein, P-TTL-Blitzautomatik""Ein, Kontrast-Steuerungs-Synchronisation"
-    "Ein, High-Speed-Synchronisation""Ein, Drahtlos""Ein, Drahtlos, High-Speed-Synchronisation"
-    "Ein, Auto""F-Wert""Position, 10. Gesicht""Größe, 10. Gesicht""Position, 11. Gesicht"
-    "Größe, 11. Gesicht""Position, 12. Gesicht""Größe, 12. Gesicht""Position, 13. Gesicht"
-    "Größe, 13. Gesicht""Position, 14. Gesicht""Größe, 14. Gesicht""Position, 15. Gesicht"
-    "Größe, 15. Gesicht""Position, 16. Gesicht""Größe, 16. Gesicht""Position, 17. Gesicht"
-    "Größe, 17. Gesicht""Position, 18. Gesicht""Größe, 18. Gesicht""Position, 19. Gesicht"
-    "Größe, 19. Gesicht""Position, 1. Gesicht""Größe, 1. Gesicht""Position, 20. Gesicht"
-    "Größe, 20. Gesicht""Position, 21. Gesicht""Größe, 21. Gesicht""Position, 22. Gesicht"
-    "Größe, 22. Gesicht""Position, 23. Gesicht""Größe, 23. Gesicht""Position, 24. Gesicht"
-    "Größe, 24. Gesicht""Position, 25. Gesicht""Größe, 25. Gesicht""Position, 26. Gesicht"
-    "Größe, 26. Gesicht""Position, 27. Gesicht""Größe, 27. Gesicht""Position, 28. Gesicht"
-    "Größe, 28. Gesicht""Position, 29. Gesicht""Größe, 29. Gesicht""Position, 2. Gesicht"
-    "Größe, 2. Gesicht""Position, 30. Gesicht""Größe, 30. Gesicht""Position, 31. Gesicht"
-    "Größe, 31. Gesicht""Position, 32. Gesicht""Größe, 32. Gesicht""Position, 3. Gesicht"
-    "Größe, 3. Gesicht""Position, 4. Gesicht""Größe, 4. Gesicht""Position, 5. Gesicht"
-    "Größe, 5. Gesicht""Position, 6. Gesicht""Größe, 6. Gesicht""Position, 7. Gesicht"
-    "Größe, 7. Gesicht""Position, 8. Gesicht""Größe, 8. Gesicht""Position, 9. Gesicht"
-    "Größe, 9. Gesicht""Gesichtserkennung""Gesichtserkennung Bereichsgröße""Gesichter erkannt"
-    "Detail-Schärfe""Extra""Firmware-Version""Blitzbelichtungskorrektur"
-    "Eingestellte Blitz-Belichtungskorrektur""Blitz-Messfelder""Blitz-Modus"
-    "Aus |\302\240Automatisch""Ein |\302\240Ein, nicht ausgelöst""Extern, Auto"
-    "Auto, ausgelöst, Rote-Augen-Reduzierung""Ein, Rote-Augen-Reduzierung"
-    "Ein, Drahtlos (Hauptblitz)""Ein, Drahtlos (Steuerblitz)""Ein, Softblitz"
-    "Ein, Langzeit-Synchronisation""Ein, Langzeit-Synchronisation, Rote-Augen-Reduzierung"
-    "Ein, 2. Verschlussvorhang""Auto, nicht ausgelöst, Rote-Augen-Reduzierung"
-    "Ein, nicht ausgelöst, Drahtlos (Hauptblitz)""Extern, Blitzproblem?""Rote-Augen-Reduzierung"
-    "Intern""Extern, Manuell""Extern, P-TTL-Blitzautomatik"
-    "Extern, Kontrast-Steuerungs-Synchronisation""Extern, High-Speed-Synchronisation"
-    "Extern, Drahtlos""Extern, Drahtlos, High-Speed-Synchronisation""Blitz-Optionen"
-    "Blitz-Optionen (2)""2. Verschlussvorhang""Auto, Rote-Augen-Reduzierung""Drahtlos (Hauptblitz)"
-    "Drahtlos (Steuerblitz)""Langzeit-Synchronisation"
-    "Langzeit-Synchronisation, Rote-Augen-Reduzierung""Slave-Blitz-Messfeld 1""Aus (1)"
-    "Intern, ausgelöst""Extern, nicht ausgelöst""Extern, ausgelöst""Intern, nicht ausgelöst"
-    "Brennweite""Fokus-Modus""Fokus-Modus 2""Manuell""AF-S (Einzelautofokus)"
-    "AF-C (Kontinuierlicher Autofokus)""Makro |\302\240Makro (1)"
+    "Rechts oben, Oben |\302\240Unten-rechts" "AF gewählte Punkte" "AF-Punkte Unbekannt 1"
+    "Alle mittleren 9 Punkte" "Alle" "AF-Punkte Unbekannt 2?" "AF-Prädiktor"
+    "Blendenring-Verwendung" "Nicht erlaubt" "Erlaubt" "Künstler" "Bildformat" "Blendenring auf A"
+    "Automatische Belichtungsreihe" "Av Blenden-Einstellung" "Basis-Belichtungskorrektur"
+    "Schwarzpunkt" "Farbabgleich Blau" "Bildstabilisierung" "Niedrig" "Mittel" "Hoch"
+    "Kamerabatterie A/D unter Last" "Kamerabatterie A/D im Leerlauf" "Kamerabatterie-Status"
+    "Leer oder nicht vorhanden" "Fast leer" "Schwach" "Close to Full |\302\240Voll geladen"
+    "Voll geladen" "Belichtungsreihen-Bildnummer" "(nicht gesetzt)" "2 von 2" "2 von 3" "1 von 2"
+    "2 von 5" "1 von 3" "3 von 3" "3 von 5" "1 von 5" "4 von 5" "5 von 5" "CPU-Firmware-Version"
+    "Ausrichtung der Kamera" "180° gedreht" "90° im Uhrzeigersinn" "90° gegen den Uhrzeigersinn"
+    "Aufwärts" "Abwärts" "Kamera-Temperatur" "Farbabweichung Korrektur" "Farbfilter" "Schwarz/Weiß"
+    "Farbraum" "Farbtemperatur Bewölkt" "Farbtemperatur Tageslicht" "Farbtemperatur Blitz"
+    "Farbtemperatur Schatten" "Farbtemperatur Glühbirne" "Farbtemperatur" "Kontrast"
+    "-2 (Leicht) |\302\240Normal" "0 (normal) |\302\240Leicht" "+2 (Stark) |\302\240Stark"
+    "-1 (Leicht verringert)" "+1 (Leicht erhöht)" "-3 (Sehr gering)" "+3 (Sehr hoch)"
+    "AF-Bereich Kontrast gesteuert" "Kontrast helle Stellen" "Kontrast dunkle Stellen"
+    "Urheberrechtsvermerk" "DSP-Firmware-Version" "Daten-Dump" "Datum" "Zielort" "Zielort-Code"
+    "Zielort Sommerzeit (DST)" "Deaktiviert" "Aktiviert" "Hoher Kontrast" "Fischauge" "Digital-Zoom"
+    "Verzeichnungskorrektur" "Aufnahmeart" "Mehrfachbelichtung" "Einzelbildaufnahme"
+    "Serienaufnahme" "Fernauslöser (3 s verzögert)" "Serienaufnahme (Niedrig)" "Fernauslöser"
+    "Selbstauslöser (12 s)" "Belichtungsreihe" "Selbstauslöser (2 s)" "Einzelbelichtung"
+    "Spiegel hochgeklappt" "Tv oder Av" "LW-Schritte" "1/2 LW-Schritte" "1/3 LW-Schritte"
+    "Effektiver LW" "Belichtungsreihen-Stufenabstand" "Belichtungskorrektur" "Belichtungsdauer"
+    "Status Telekonverter" "Nicht angesetzt" "Angesetzt" "Externer Blitz - Bounce" "Direkt"
+    "Mit Bounce" "Belichtungskorrektur des externen Blitzgeräts"
+    "Nicht gesetzt  (Aus oder Auto-Modi)" "Nicht gesetzt (Manueller Modus)" "-3.0 LW" "-2.5 LW"
+    "-2.0 LW" "-1.5 LW" "-1.0 LW" "-0.5 LW" "0.0 LW" "0.5 LW" "1.0 LW"
+    "Leitzahl des externen Blitzgeräts" "Slave-Blitz-Messfeld 3" "K/A - Blendenring nicht auf A"
+    "Ein, Blitzproblem?" "Ein, Manuell" "Ein, P-TTL-Blitzautomatik"
+    "Ein, Kontrast-Steuerungs-Synchronisation" "Ein, High-Speed-Synchronisation" "Ein, Drahtlos"
+    "Ein, Drahtlos, High-Speed-Synchronisation" "Ein, Auto" "F-Wert" "Position, 10. Gesicht"
+    "Größe, 10. Gesicht" "Position, 11. Gesicht" "Größe, 11. Gesicht" "Position, 12. Gesicht"
+    "Größe, 12. Gesicht" "Position, 13. Gesicht" "Größe, 13. Gesicht" "Position, 14. Gesicht"
+    "Größe, 14. Gesicht" "Position, 15. Gesicht" "Größe, 15. Gesicht" "Position, 16. Gesicht"
+    "Größe, 16. Gesicht" "Position, 17. Gesicht" "Größe, 17. Gesicht" "Position, 18. Gesicht"
+    "Größe, 18. Gesicht" "Position, 19. Gesicht" "Größe, 19. Gesicht" "Position, 1. Gesicht"
+    "Größe, 1. Gesicht" "Position, 20. Gesicht" "Größe, 20. Gesicht" "Position, 21. Gesicht"
+    "Größe, 21. Gesicht" "Position, 22. Gesicht" "Größe, 22. Gesicht" "Position, 23. Gesicht"
+    "Größe, 23. Gesicht" "Position, 24. Gesicht" "Größe, 24. Gesicht" "Position, 25. Gesicht"
+    "Größe, 25. Gesicht" "Position, 26. Gesicht" "Größe, 26. Gesicht" "Position, 27. Gesicht"
+    "Größe, 27. Gesicht" "Position, 28. Gesicht" "Größe, 28. Gesicht" "Position, 29. Gesicht"
+    "Größe, 29. Gesicht" "Position, 2. Gesicht" "Größe, 2. Gesicht" "Position, 30. Gesicht"
+    "Größe, 30. Gesicht" "Position, 31. Gesicht" "Größe, 31. Gesicht" "Position, 32. Gesicht"
+    "Größe, 32. Gesicht" "Position, 3. Gesicht" "Größe, 3. Gesicht" "Position, 4. Gesicht"
+    "Größe, 4. Gesicht" "Position, 5. Gesicht" "Größe, 5. Gesicht" "Position, 6. Gesicht"
+    "Größe, 6. Gesicht" "Position, 7. Gesicht" "Größe, 7. Gesicht" "Position, 8. Gesicht"
+    "Größe, 8. Gesicht" "Position, 9. Gesicht" "Größe, 9. Gesicht" "Gesichtserkennung"
+    "Gesichtserkennung Bereichsgröße" "Gesichter erkannt" "Detail-Schärfe" "Extra"
+    "Firmware-Version" "Blitzbelichtungskorrektur" "Eingestellte Blitz-Belichtungskorrektur"
+    "Blitz-Messfelder" "Blitz-Modus" "Aus |\302\240Automatisch" "Ein |\302\240Ein, nicht ausgelöst"
+    "Extern, Auto" "Auto, ausgelöst, Rote-Augen-Reduzierung" "Ein, Rote-Augen-Reduzierung"
+    "Ein, Drahtlos (Hauptblitz)" "Ein, Drahtlos (Steuerblitz)" "Ein, Softblitz"
+    "Ein, Langzeit-Synchronisation" "Ein, Langzeit-Synchronisation, Rote-Augen-Reduzierung"
+    "Ein, 2. Verschlussvorhang" "Auto, nicht ausgelöst, Rote-Augen-Reduzierung"
+    "Ein, nicht ausgelöst, Drahtlos (Hauptblitz)" "Extern, Blitzproblem?" "Rote-Augen-Reduzierung"
+    "Intern" "Extern, Manuell" "Extern, P-TTL-Blitzautomatik"
+    "Extern, Kontrast-Steuerungs-Synchronisation" "Extern, High-Speed-Synchronisation"
+    "Extern, Drahtlos" "Extern, Drahtlos, High-Speed-Synchronisation" "Blitz-Optionen"
+    "Blitz-Optionen (2)" "2. Verschlussvorhang" "Auto, Rote-Augen-Reduzierung"
+    "Drahtlos (Hauptblitz)" "Drahtlos (Steuerblitz)" "Langzeit-Synchronisation"
+    "Langzeit-Synchronisation, Rote-Augen-Reduzierung" "Slave-Blitz-Messfeld 1" "Aus (1)"
+    "Intern, ausgelöst" "Extern, nicht ausgelöst" "Extern, ausgelöst" "Intern, nicht ausgelöst"
+    "Brennweite" "Fokus-Modus" "Fokus-Modus 2" "Manuell" "AF-S (Einzelautofokus)"
+    "AF-C (Kontinuierlicher Autofokus)" "Makro |\302\240Makro (1)"
     "Benutzerdefiniert |\302\240Makro (2) |\302\240Unendlich"
-    "Automatisch |\302\240Manuell |\302\240Unendlich""Super-Makro""Pan-Fokus""Fokus-Distanz"
-    "Bildnummer""Griffbatterie A/D unter Last""Griffbatterie A/D im Leerlauf""Griffbatterie-Status"
-    "Auto HDR""Rauschunterdrückung bei hoher Empfindlichkeit""Sehr gering""Gering""Stark"
-    "High-/Low-Key Abstimmung""Heimatort""Heimatort-Code""Heimatort Sommerzeit (DST)""Farbton"
-    "Huffman Tabelle""ISO-Empfindlichkeit""ISO-Automatik""ISO-Untergrenze""ISO-Einstellung"
-    "Bildbereichsoffset""Bildverarbeitungszähler""Farbdynamik""Natürlich""Leuchtend""Monochrom"
-    "Slave-Blitz-Messfeld 2""Ein, Auto, Rote-Augen-Reduzierung""Aus, Normal"
-    "Aus, Rote-Augen-Reduzierung""Aus, Auto""Aus, Auto, Rote-Augen-Reduzierung"
-    "Aus (Unbekannt 0xF4?)""Aus, Drahtlos (Hauptblitz)""Aus, Drahtlos (Steuerblitz)"
-    "Aus, Langzeit-Synchronisation""Aus, Langzeit-Synchronisation, Rote-Augen-Reduzierung"
-    "Aus, 2. Verschlussvorhang""Slave-Blitz-Messfeld 4""Interne Seriennummer""JPEG-Auflösung"
-    "Objektiv-Wert""Mv' nv'-Daten""AVC 1/EXP-Wert""Mv1 Avminsif-Wert""UNT_12 UNT_6-Wert"
-    "Incorporated Flash Suited END-Wert""K-Wert (LC3)""Wert für Aberrationskorrektur im Nahbereich"
-    "Wert für Aberrationskorrektur heller Farben""Wert für Aberrationskorrektur bei offener Blende"
-    "AF Minimum Actuation Condition-Wert""Objektiv-Blendenstufen""Objektiv-Informationen"
-    "Objektivtyp / Version (LC0)""Objektiv-Typ""Objektivtyp""Level Ausrichtung"
-    "180° gedreht; ohne Level""90° im Uhrzeigersinn; ohne Level"
-    "90° gegen den Uhrzeigersinn; ohne Level""Horizontal; ohne Level""Helligkeitsauswertung"
-    "Gerätehersteller""MakerNote-Version""Herstellungsdatum""Größte Blende""Belichtungsmessmethode"
-    "Belichtungs-Messmethode 2""Belichtungs-Messmethode (3)""Spotmessung""Kleinste Blende"
-    "Kameramodell""Filtereffekt Monochrom""Grün""Gelb""Rot""Rauschreduktion""Nominaler AVmin"
-    "Nominaler AVmax""Anzahl der AF-Punkte""Pentax-Bildgröße""Voll""2304 x 1728 oder 2592 x 1944"
-    "2816 x 2212 oder 2816 x 2112""3008 x 2008 oder 3040 x 2024""2560 x 1920 oder 2304 x 1728"
-    "Pentax-Modell ID""Pentax-Version""Motivprogramm""Motivprogramm 2"
-    "Zeitautomatik (Blendenring nicht auf A)""Manuell (Blendenring nicht auf A)"
-    "Bulb (Blendenring nicht auf A)""Empfindlichkeitsautomatik (TAv, Zeit-/Blendenvorgabe)"
-    "Blenden- & Zeitautomatik (Sv, ISO-Vorgabe)""Blitz X-synch. Zeit""Programmautomatik"
-    "\"Grünes\" AE-Programm""Verschlusspriorität""Blendenpriorität""Tv Shift-Belichtungsprogramm"
-    "Av Shift-Belichtungsprogramm""Bulb-Modus""1/2 LW Schritte |\302\240Programmautomatik"
-    "Lebensmittel""Wald""Hintergrundbeleuchtung Silhouette"
-    "1/3 LW Schitte |\302\240Verschlusspriorität""Auto PICT (Normal)""Auto PICT (Porträt)"
-    "Auto PICT (Landschaft)""Auto PICT (Makro)""Auto PICT (Motiv in Bewegung)"
-    "Soft (Weichzeichnung)""Herbst""Feuerwerk""Programmautomatik (Hyper-Programm)"
-    "HS-Priorität (Hyper-Programm)""Schärfentiefe-Priorität (Hyper-Programm)"
-    "MTF-Priorität (Hyper-Programm)""Rosa""Violett""Blau""Grüner Modus""Selbstporträt""Dokument"
-    "Digitalfilter""Unterwasser""Haustier (Hell)""Zeitautomatik""Haustier (Dunkel)"
-    "Haustier (Neutrale Helligkeit)""Nat. Hautton""Synchr. Sprachnotiz""Rahmen""Unschärfereduktion"
-    "Brustbild""Porträt 2""Stromquelle""Batterie im Gehäuse""Batterie im Griff"
-    "Externe Stromversorgung""Vorschaubild""Vorschaubild-Ränder""Vorschaubild-Datenlänge"
-    "Vorschaubild-Größe""Vorschaubild-Datenposition""Herstellungskennzeichen"
-    "Belichtungsprogrammtyp""Qualität""Gut""Besser""Optimal""Dateiformat und JPEG-Qualität"
-    "JPEG (Optimal)""JPEG (Besser)""RAW (PEF, Besser)""RAW+JPEG (PEF, Besser)""RAW (PEF, Optimal)"
-    "RAW (DNG, Besser)""RAW+JPEG (DNG, Besser)""RAW+JPEG (PEF, Optimal)""JPEG (Gut)""RAW (PEF, Gut)"
-    "RAW+JPEG (PEF, Gut)""RAW (DNG, Gut)""RAW+JPEG (DNG, Gut)""RAW (DNG, Optimal)"
-    "RAW+JPEG (DNG, Optimal)""RAW-Bildgröße""Farbabgleich Rot""Ausrichtung""Bildstabilisator"
-    "SR Brennweite""Auslöseverzögerung""Nicht stabilisiert""Farbsättigung"
-    "-2 (Geringe Farbsättigung) |\302\240Normal""0 (Normal) |\302\240Geringe Farbsättigung"
-    "+2 (Hohe Farbsättigung) |\302\240Hohe Farbsättigung""Nicht gesetzt""+4""Szenen-Modus"
-    "ISO-Empfindlichkeitsanpassung""Empfindlichkeits-Schritte""1 LW-Schritte""Wie LW-Schritte"
-    "Sensorgröße""Sensor Temperatur""Seriennummer""Bildstabilisator (Einstellung)""Schärfe"
-    "0 (Normal) |\302\240Leicht""-3 (Sehr weich)""Slave-Blitz-Messfeld""Sv ISO-Einstellung"
-    "Slave-Blitz-Messfeld 6""Slave-Blitz-Messfeld 5""Slave-Blitz-Messfeld 8""Slave-Blitz-Messfeld 7"
-    "Miniaturbild-Höhe""Miniaturbild""Miniaturbild-Datenlänge""Miniaturbild-Breite""Zeit""Ton-Kurve"
-    "Ton-Kurven""Tv Belichtungszeit-Einstellung""Weißabgleich AB-Korrektur"
-    "Weißabgleich GM-Korrektur""Weißabgleich RGGB-Farbverteilung Bewölkt"
-    "Weißabgleich RGGB-Farbverteilung Tageslicht""Weißabgleich RGGB-Farbverteilung Blitz"
-    "Weißabgleich RGGB-Farbverteilung Neonlicht D""Weißabgleich RGGB-Farbverteilung Neonlicht N"
-    "Weißabgleich RGGB-Farbverteilung Neonlicht W""Weißabgleich RGGB-Farbverteilung Schatten"
-    "Weißabgleich RGGB-Farbverteilung Glühbirne""Weißabgleich RGGB-Farbverteilung Unbekannt"
-    "Weißabgleich""Tageslicht""Bewölkt""Neonlicht warmweiß""Schatten""Glühbirne |\302\240Neonlicht"
-    "Neonlicht tageslichtweiß""Unbekannt""Benutzerdefiniert""Neonlicht neutralweiß"
-    "Neonlicht universalweiß""Blitz""Weißabgleich automatische Abstimmung""Weißabgleich-Modus"
-    "Automatisch (Tageslicht)""Automatisch (Bewölkt)""Automatisch (Schatten)""Automatisch (Blitz)"
-    "Automatisch (Glühbirne)""Automatisch (Neonlicht tageslichtweiß)"
-    "Automatisch (Neonlicht neutralweiß)""Automatisch (Neonlicht universalweiß)"
-    "Eingestellter Weißabgleich""Farbtemperatur-Einstellung 1""Farbtemperatur-Einstellung 2"
-    "Farbtemperatur-Einstellung 3""Glühbirne""Weißwert""Weißpunkt-Chromatizität""Weltzeit-Position"
-    "Apertura esposizione automatica""Durata esposizione automatica""Flag esposizione automatica"
-    "Diaframma molto aperto""Flash consigliato?""Blocco esposizione automatica""Spento""Acceso"
-    "Multi zona""Media centrale ponderata""Testo""Tramonto""Bambini""Programma""Verticale"
-    "Orizzontale""No flash""ISO esposizione automatica""Seleziona""Centro fisso""Destra""Centro"
-    "Sinistra""Nessuno""Basso |\302\240Upper Near-right |\302\240Upper-right"
-    "Lower-right |\302\240Tutto a sinistra |\302\240Upper-right""Sinistra |\302\240Upper Far-right"
-    "Centro |\302\240Tutto a sinistra""Near-right |\302\240Sinistra""Destra |\302\240Near-left"
-    "Centro |\302\240Tutto a destra""Destra |\302\240Lower Near-left""Alto |\302\240Top Near-left"
-    "Lower-middle |\302\240Tutto a destra""Basso |\302\240Lower-middle""Alto |\302\240Upper-right"
-    "Basso""Sinistra |\302\240Top Near-right""Centro |\302\240Upper Far-left |\302\240Upper-left"
-    "Destra |\302\240Upper Near-left |\302\240Upper-middle""Punti a fuoco"
+    "Automatisch |\302\240Manuell |\302\240Unendlich" "Super-Makro" "Pan-Fokus" "Fokus-Distanz"
+    "Bildnummer" "Griffbatterie A/D unter Last" "Griffbatterie A/D im Leerlauf"
+    "Griffbatterie-Status" "Auto HDR" "Rauschunterdrückung bei hoher Empfindlichkeit" "Sehr gering"
+    "Gering" "Stark" "High-/Low-Key Abstimmung" "Heimatort" "Heimatort-Code"
+    "Heimatort Sommerzeit (DST)" "Farbton" "Huffman Tabelle" "ISO-Empfindlichkeit" "ISO-Automatik"
+    "ISO-Untergrenze" "ISO-Einstellung" "Bildbereichsoffset" "Bildverarbeitungszähler" "Farbdynamik"
+    "Natürlich" "Leuchtend" "Monochrom" "Slave-Blitz-Messfeld 2" "Ein, Auto, Rote-Augen-Reduzierung"
+    "Aus, Normal" "Aus, Rote-Augen-Reduzierung" "Aus, Auto" "Aus, Auto, Rote-Augen-Reduzierung"
+    "Aus (Unbekannt 0xF4?)" "Aus, Drahtlos (Hauptblitz)" "Aus, Drahtlos (Steuerblitz)"
+    "Aus, Langzeit-Synchronisation" "Aus, Langzeit-Synchronisation, Rote-Augen-Reduzierung"
+    "Aus, 2. Verschlussvorhang" "Slave-Blitz-Messfeld 4" "Interne Seriennummer" "JPEG-Auflösung"
+    "Objektiv-Wert" "Mv' nv'-Daten" "AVC 1/EXP-Wert" "Mv1 Avminsif-Wert" "UNT_12 UNT_6-Wert"
+    "Incorporated Flash Suited END-Wert" "K-Wert (LC3)"
+    "Wert für Aberrationskorrektur im Nahbereich" "Wert für Aberrationskorrektur heller Farben"
+    "Wert für Aberrationskorrektur bei offener Blende" "AF Minimum Actuation Condition-Wert"
+    "Objektiv-Blendenstufen" "Objektiv-Informationen" "Objektivtyp / Version (LC0)" "Objektiv-Typ"
+    "Objektivtyp" "Level Ausrichtung" "180° gedreht; ohne Level" "90° im Uhrzeigersinn; ohne Level"
+    "90° gegen den Uhrzeigersinn; ohne Level" "Horizontal; ohne Level" "Helligkeitsauswertung"
+    "Gerätehersteller" "MakerNote-Version" "Herstellungsdatum" "Größte Blende"
+    "Belichtungsmessmethode" "Belichtungs-Messmethode 2" "Belichtungs-Messmethode (3)" "Spotmessung"
+    "Kleinste Blende" "Kameramodell" "Filtereffekt Monochrom" "Grün" "Gelb" "Rot" "Rauschreduktion"
+    "Nominaler AVmin" "Nominaler AVmax" "Anzahl der AF-Punkte" "Pentax-Bildgröße" "Voll"
+    "2304 x 1728 oder 2592 x 1944" "2816 x 2212 oder 2816 x 2112" "3008 x 2008 oder 3040 x 2024"
+    "2560 x 1920 oder 2304 x 1728" "Pentax-Modell ID" "Pentax-Version" "Motivprogramm"
+    "Motivprogramm 2" "Zeitautomatik (Blendenring nicht auf A)" "Manuell (Blendenring nicht auf A)"
+    "Bulb (Blendenring nicht auf A)" "Empfindlichkeitsautomatik (TAv, Zeit-/Blendenvorgabe)"
+    "Blenden- & Zeitautomatik (Sv, ISO-Vorgabe)" "Blitz X-synch. Zeit" "Programmautomatik"
+    "\"Grünes\" AE-Programm" "Verschlusspriorität" "Blendenpriorität" "Tv Shift-Belichtungsprogramm"
+    "Av Shift-Belichtungsprogramm" "Bulb-Modus" "1/2 LW Schritte |\302\240Programmautomatik"
+    "Lebensmittel" "Wald" "Hintergrundbeleuchtung Silhouette"
+    "1/3 LW Schitte |\302\240Verschlusspriorität" "Auto PICT (Normal)" "Auto PICT (Porträt)"
+    "Auto PICT (Landschaft)" "Auto PICT (Makro)" "Auto PICT (Motiv in Bewegung)"
+    "Soft (Weichzeichnung)" "Herbst" "Feuerwerk" "Programmautomatik (Hyper-Programm)"
+    "HS-Priorität (Hyper-Programm)" "Schärfentiefe-Priorität (Hyper-Programm)"
+    "MTF-Priorität (Hyper-Programm)" "Rosa" "Violett" "Blau" "Grüner Modus" "Selbstporträt"
+    "Dokument" "Digitalfilter" "Unterwasser" "Haustier (Hell)" "Zeitautomatik" "Haustier (Dunkel)"
+    "Haustier (Neutrale Helligkeit)" "Nat. Hautton" "Synchr. Sprachnotiz" "Rahmen"
+    "Unschärfereduktion" "Brustbild" "Porträt 2" "Stromquelle" "Batterie im Gehäuse"
+    "Batterie im Griff" "Externe Stromversorgung" "Vorschaubild" "Vorschaubild-Ränder"
+    "Vorschaubild-Datenlänge" "Vorschaubild-Größe" "Vorschaubild-Datenposition"
+    "Herstellungskennzeichen" "Belichtungsprogrammtyp" "Qualität" "Gut" "Besser" "Optimal"
+    "Dateiformat und JPEG-Qualität" "JPEG (Optimal)" "JPEG (Besser)" "RAW (PEF, Besser)"
+    "RAW+JPEG (PEF, Besser)" "RAW (PEF, Optimal)" "RAW (DNG, Besser)" "RAW+JPEG (DNG, Besser)"
+    "RAW+JPEG (PEF, Optimal)" "JPEG (Gut)" "RAW (PEF, Gut)" "RAW+JPEG (PEF, Gut)" "RAW (DNG, Gut)"
+    "RAW+JPEG (DNG, Gut)" "RAW (DNG, Optimal)" "RAW+JPEG (DNG, Optimal)" "RAW-Bildgröße"
+    "Farbabgleich Rot" "Ausrichtung" "Bildstabilisator" "SR Brennweite" "Auslöseverzögerung"
+    "Nicht stabilisiert" "Farbsättigung" "-2 (Geringe Farbsättigung) |\302\240Normal"
+    "0 (Normal) |\302\240Geringe Farbsättigung"
+    "+2 (Hohe Farbsättigung) |\302\240Hohe Farbsättigung" "Nicht gesetzt" "+4" "Szenen-Modus"
+    "ISO-Empfindlichkeitsanpassung" "Empfindlichkeits-Schritte" "1 LW-Schritte" "Wie LW-Schritte"
+    "Sensorgröße" "Sensor Temperatur" "Seriennummer" "Bildstabilisator (Einstellung)" "Schärfe"
+    "0 (Normal) |\302\240Leicht" "-3 (Sehr weich)" "Slave-Blitz-Messfeld" "Sv ISO-Einstellung"
+    "Slave-Blitz-Messfeld 6" "Slave-Blitz-Messfeld 5" "Slave-Blitz-Messfeld 8"
+    "Slave-Blitz-Messfeld 7" "Miniaturbild-Höhe" "Miniaturbild" "Miniaturbild-Datenlänge"
+    "Miniaturbild-Breite" "Zeit" "Ton-Kurve" "Ton-Kurven" "Tv Belichtungszeit-Einstellung"
+    "Weißabgleich AB-Korrektur" "Weißabgleich GM-Korrektur"
+    "Weißabgleich RGGB-Farbverteilung Bewölkt" "Weißabgleich RGGB-Farbverteilung Tageslicht"
+    "Weißabgleich RGGB-Farbverteilung Blitz" "Weißabgleich RGGB-Farbverteilung Neonlicht D"
+    "Weißabgleich RGGB-Farbverteilung Neonlicht N" "Weißabgleich RGGB-Farbverteilung Neonlicht W"
+    "Weißabgleich RGGB-Farbverteilung Schatten" "Weißabgleich RGGB-Farbverteilung Glühbirne"
+    "Weißabgleich RGGB-Farbverteilung Unbekannt" "Weißabgleich" "Tageslicht" "Bewölkt"
+    "Neonlicht warmweiß" "Schatten" "Glühbirne |\302\240Neonlicht" "Neonlicht tageslichtweiß"
+    "Unbekannt" "Benutzerdefiniert" "Neonlicht neutralweiß" "Neonlicht universalweiß" "Blitz"
+    "Weißabgleich automatische Abstimmung" "Weißabgleich-Modus" "Automatisch (Tageslicht)"
+    "Automatisch (Bewölkt)" "Automatisch (Schatten)" "Automatisch (Blitz)" "Automatisch (Glühbirne)"
+    "Automatisch (Neonlicht tageslichtweiß)" "Automatisch (Neonlicht neutralweiß)"
+    "Automatisch (Neonlicht universalweiß)" "Eingestellter Weißabgleich"
+    "Farbtemperatur-Einstellung 1" "Farbtemperatur-Einstellung 2" "Farbtemperatur-Einstellung 3"
+    "Glühbirne" "Weißwert" "Weißpunkt-Chromatizität" "Weltzeit-Position"
+    "Apertura esposizione automatica" "Durata esposizione automatica" "Flag esposizione automatica"
+    "Diaframma molto aperto" "Flash consigliato?" "Blocco esposizione automatica" "Spento" "Acceso"
+    "Multi zona" "Media centrale ponderata" "Testo" "Tramonto" "Bambini" "Programma" "Verticale"
+    "Orizzontale" "No flash" "ISO esposizione automatica" "Seleziona" "Centro fisso" "Destra"
+    "Centro" "Sinistra" "Nessuno" "Basso |\302\240Upper Near-right |\302\240Upper-right"
+    "Lower-right |\302\240Tutto a sinistra |\302\240Upper-right" "Sinistra |\302\240Upper Far-right"
+    "Centro |\302\240Tutto a sinistra" "Near-right |\302\240Sinistra" "Destra |\302\240Near-left"
+    "Centro |\302\240Tutto a destra" "Destra |\302\240Lower Near-left" "Alto |\302\240Top Near-left"
+    "Lower-middle |\302\240Tutto a destra" "Basso |\302\240Lower-middle" "Alto |\302\240Upper-right"
+    "Basso" "Sinistra |\302\240Top Near-right" "Centro |\302\240Upper Far-left |\302\240Upper-left"
+    "Destra |\302\240Upper Near-left |\302\240Upper-middle" "Punti a fuoco"
     "(none) |\302\240Fixed Center or Multiple |\302\240Nessuno"
     "Lower-left, Bottom |\302\240Superiore sinistro |\302\240Top-left"
-    "Inferiore destro |\302\240Tutto a sinistra""Destra |\302\240Upper-middle""Inferiore sinistro"
-    "Alto |\302\240Basso |\302\240Top Near-left |\302\240Top-center""Inferiore destro"
-    "Inferiore sinistro |\302\240Upper Near-right""Centro |\302\240Superiore sinistro"
+    "Inferiore destro |\302\240Tutto a sinistra" "Destra |\302\240Upper-middle" "Inferiore sinistro"
+    "Alto |\302\240Basso |\302\240Top Near-left |\302\240Top-center" "Inferiore destro"
+    "Inferiore sinistro |\302\240Upper Near-right" "Centro |\302\240Superiore sinistro"
     "Alto |\302\240Mid-left, Center |\302\240Sinistra |\302\240Superiore destro"
-    "Center (horizontal) |\302\240Centro""Basso |\302\240Superiore destro"
-    "Destra |\302\240Mid-right, Center""Tutto a destra"
-    "Alto |\302\240Bottom-center |\302\240Sinistra |\302\240Top Near-right""Proibito"
-    "Persona che ha creato l'immagine""Rapporto immagine""ID codec audio""Verde""Rosso""Porpora"
-    "Bilanciamento del blu""n/d""1 di 5""1 di 3""1 di 2""Orientazione fotocamera"
-    "Orizzontale (normale)""Ruota di 180°""Ruota di 90° senso orario""Ruota di 270° in senso orario"
-    "Temperatura fotocamera""Temperatura fotocamera 4""Temperatura fotocamera 5""Filtro colori"
-    "Seppia""Spazio colore""Temperatura colore""Contrasto""-2 (low) |\302\240Normale"
-    "0 (normal) |\302\240Basso""+2 (high) |\302\240Alto""Titolare del copyright""Casuale"
-    "Preferito 1""Preferito 2""Preferito 3""Data""Londra""Milano""Roma""Gerusalemme""Teheran"
-    "Stoccolma""Lisbona""Praga""Sì""Retrò""Esplosione stellare""Posterizzazione""Ombreggiatura"
-    "Fish-eye""Zoom Digitale""Modalità esecuzione""Autoscatto (12 s)""Autoscatto (2 s)""Step 1/2 EV"
-    "Step 1/3 EV""Compensazione esposizione""Tempo esposizione""Non applicabile""Numero F"
-    "Facce rimosse""Versione firmware""Compensazione Esposizione Flash""Modo flash"
-    "Auto |\302\240Spendo, non emesso""Riduzione occhi rossi""Opzioni flash""Opzioni 2 flash"
-    "Stato flash""Spento (1)""Lunghezza focale""Modalità messa a fuoco""Modalità messa a fuoco 2"
-    "Manuale""Auto |\302\240Infinity |\302\240Manuale""Posizione fuoco""Disattivata"
-    "Riduzione Rumore High ISO""Automatico""Forte""Tonalità""Sensibilità ISO""ISO auto"
-    "Parametri ISO auto""Veloce""Impostazione ISO""Radiante""F-Stops Obiettivo"
-    "Informazioni obiettivo""Modello obiettivo""Tipo obiettivo""02 Zoom standard 5-15mm F2.8-4.5"
-    "04 Grandangolare toy 6.3mm F7.1""05 Teleobiettivo toy 18mm F8""Costruttore"
-    "Note Versione Costruttore""Massima apertura delle lenti""Modalità misurazione""Multi-zona"
-    "Punto""Nome modello fotocamera""Giallo""Arancio""Riduzione rumore""Modo scena""Programma AE"
-    "Priorità otturatore""Priorità diaframma""Programma |\302\240Step 1/2 EV""Macro veloce""Foresta"
-    "Shutter Speed Priority |\302\240Step 1/3 EV""Fuochi artificiali""Programma (HyP)"
-    "Fonte alimentazione""Immagine anteprima""Bordi immagine anteprima"
-    "Lunghezza immagine anteprima""Dimensioni immagine anteprima""Inizio immagine anteprima"
-    "Qualità""Registrazione raw e jpg""RAW (PEF, più buona)""RAW+JPEG (PEF, più buona)"
-    "RAW (PEF, migliore)""RAW (DNG, più buona)""RAW+JPEG (DNG, più buona)""RAW+JPEG (PEF, migliore)"
-    "RAW (PEF, buona)""RAW+JPEG (PEF, buona)""RAW (DNG, buona)""RAW+JPEG (DNG, buona)"
-    "RAW (DNG, migliore)""RAW+JPEG (DNG, migliore)""Dimensione immagine raw""Modo registrazione"
-    "Bilanciamento del rosso""Rotazione""Non pronto""Saturazione""+2 (high) |\302\240Alta"
-    "Visione notturna""Passi sensibilità""Step 1 EV""Dimensione sensore""Temperatura sensore"
-    "Numero di serie""Off (AA simulation off) |\302\240Spento (4)""Nitidezza"
-    "-2 (soft) |\302\240Normale""0 (normal) |\302\240Leggera""+2 (hard) |\302\240Forte""Miniatura"
-    "Dimensioni miniatura""Larghezza miniatura""Ora""Correzione elevata""Bilanciamento del bianco"
-    "Equilibrio del bianco automatico""Luce del giorno""Nuvoloso""Luce fluorescente bianca calda"
-    "Ombrato""Fluorescente |\302\240Tungsteno (luce incandescente)""Fluorescente a luce del giorno"
-    "Sconosciuto""Fluorescente a luce del giorno bianca""Fluorescente bianca"
-    "Adattamento automatico bilanciamento bianco""Tungsteno (luce incandescente)""Livello bianco"
-    "Punto bianco""AE絞り""AEブラケット 露出補正""AE露出時間""AEロック""オフ""オン""AE最大絞り""AE最大絞り(2)""AE測光モード""パターン"
-    "自動露出測光値""AE最小絞り""AE最小露出時間""AEプログラムモード""M, PかTAv""Av, BかX""テキスト""高速優先プログラム（Pシフト）""夕日""キッズ""ペット"
-    "キャンドルライト""ミュージアム""深度優先プログラム""深度優先プログラム（Pシフト）""MTF優先プログラム""MTF優先プログラム（Pシフト）""Svかグリーンモード""スタンダード"
-    "ポートレート""風景""マクロ""スポーツ""人物、夜景""高速優先プログラム""フラッシュ無し""サーフ＆スノー""AE 露出補正""AE ISO感度""AF微調整""AFぼけ量"
-    "AF集積時間""AF測距点モード""オート""AF測距点""AF測距点選択2""Expanded Area 9-point (S) |\302\240左上"
-    "Upper Near-right |\302\240下 |\302\240右上""Far Left |\302\240右上 |\302\240右下"
-    "Upper Far-right |\302\240左""Far Left |\302\240中央""Near-right |\302\240左""Near-left |\302\240右"
-    "Far Right |\302\240中央""Near-right |\302\240左下""Lower Near-left |\302\240右"
-    "Top Near-left |\302\240上""Lower Far-left |\302\240右下""Bottom-left |\302\240左下"
-    "Lower-middle |\302\240下""Bottom-right |\302\240右下""上 |\302\240右上""下""Top Near-right |\302\240左"
+    "Center (horizontal) |\302\240Centro" "Basso |\302\240Superiore destro"
+    "Destra |\302\240Mid-right, Center" "Tutto a destra"
+    "Alto |\302\240Bottom-center |\302\240Sinistra |\302\240Top Near-right" "Proibito"
+    "Persona che ha creato l'immagine" "Rapporto immagine" "ID codec audio" "Verde" "Rosso"
+    "Porpora" "Bilanciamento del blu" "n/d" "1 di 5" "1 di 3" "1 di 2" "Orientazione fotocamera"
+    "Orizzontale (normale)" "Ruota di 180°" "Ruota di 90° senso orario"
+    "Ruota di 270° in senso orario" "Temperatura fotocamera" "Temperatura fotocamera 4"
+    "Temperatura fotocamera 5" "Filtro colori" "Seppia" "Spazio colore" "Temperatura colore"
+    "Contrasto" "-2 (low) |\302\240Normale" "0 (normal) |\302\240Basso" "+2 (high) |\302\240Alto"
+    "Titolare del copyright" "Casuale" "Preferito 1" "Preferito 2" "Preferito 3" "Data" "Londra"
+    "Milano" "Roma" "Gerusalemme" "Teheran" "Stoccolma" "Lisbona" "Praga" "Sì" "Retrò"
+    "Esplosione stellare" "Posterizzazione" "Ombreggiatura" "Fish-eye" "Zoom Digitale"
+    "Modalità esecuzione" "Autoscatto (12 s)" "Autoscatto (2 s)" "Step 1/2 EV" "Step 1/3 EV"
+    "Compensazione esposizione" "Tempo esposizione" "Non applicabile" "Numero F" "Facce rimosse"
+    "Versione firmware" "Compensazione Esposizione Flash" "Modo flash"
+    "Auto |\302\240Spendo, non emesso" "Riduzione occhi rossi" "Opzioni flash" "Opzioni 2 flash"
+    "Stato flash" "Spento (1)" "Lunghezza focale" "Modalità messa a fuoco"
+    "Modalità messa a fuoco 2" "Manuale" "Auto |\302\240Infinity |\302\240Manuale" "Posizione fuoco"
+    "Disattivata" "Riduzione Rumore High ISO" "Automatico" "Forte" "Tonalità" "Sensibilità ISO"
+    "ISO auto" "Parametri ISO auto" "Veloce" "Impostazione ISO" "Radiante" "F-Stops Obiettivo"
+    "Informazioni obiettivo" "Modello obiettivo" "Tipo obiettivo" "02 Zoom standard 5-15mm F2.8-4.5"
+    "04 Grandangolare toy 6.3mm F7.1" "05 Teleobiettivo toy 18mm F8" "Costruttore"
+    "Note Versione Costruttore" "Massima apertura delle lenti" "Modalità misurazione" "Multi-zona"
+    "Punto" "Nome modello fotocamera" "Giallo" "Arancio" "Riduzione rumore" "Modo scena"
+    "Programma AE" "Priorità otturatore" "Priorità diaframma" "Programma |\302\240Step 1/2 EV"
+    "Macro veloce" "Foresta" "Shutter Speed Priority |\302\240Step 1/3 EV" "Fuochi artificiali"
+    "Programma (HyP)" "Fonte alimentazione" "Immagine anteprima" "Bordi immagine anteprima"
+    "Lunghezza immagine anteprima" "Dimensioni immagine anteprima" "Inizio immagine anteprima"
+    "Qualità" "Registrazione raw e jpg" "RAW (PEF, più buona)" "RAW+JPEG (PEF, più buona)"
+    "RAW (PEF, migliore)" "RAW (DNG, più buona)" "RAW+JPEG (DNG, più buona)"
+    "RAW+JPEG (PEF, migliore)" "RAW (PEF, buona)" "RAW+JPEG (PEF, buona)" "RAW (DNG, buona)"
+    "RAW+JPEG (DNG, buona)" "RAW (DNG, migliore)" "RAW+JPEG (DNG, migliore)"
+    "Dimensione immagine raw" "Modo registrazione" "Bilanciamento del rosso" "Rotazione"
+    "Non pronto" "Saturazione" "+2 (high) |\302\240Alta" "Visione notturna" "Passi sensibilità"
+    "Step 1 EV" "Dimensione sensore" "Temperatura sensore" "Numero di serie"
+    "Off (AA simulation off) |\302\240Spento (4)" "Nitidezza" "-2 (soft) |\302\240Normale"
+    "0 (normal) |\302\240Leggera" "+2 (hard) |\302\240Forte" "Miniatura" "Dimensioni miniatura"
+    "Larghezza miniatura" "Ora" "Correzione elevata" "Bilanciamento del bianco"
+    "Equilibrio del bianco automatico" "Luce del giorno" "Nuvoloso" "Luce fluorescente bianca calda"
+    "Ombrato" "Fluorescente |\302\240Tungsteno (luce incandescente)"
+    "Fluorescente a luce del giorno" "Sconosciuto" "Fluorescente a luce del giorno bianca"
+    "Fluorescente bianca" "Adattamento automatico bilanciamento bianco"
+    "Tungsteno (luce incandescente)" "Livello bianco" "Punto bianco" "AE絞り" "AEブラケット 露出補正" "AE露出時間"
+    "AEロック" "オフ" "オン" "AE最大絞り" "AE最大絞り(2)" "AE測光モード" "パターン" "自動露出測光値" "AE最小絞り" "AE最小露出時間"
+    "AEプログラムモード" "M, PかTAv" "Av, BかX" "テキスト" "高速優先プログラム（Pシフト）" "夕日" "キッズ" "ペット" "キャンドルライト" "ミュージアム"
+    "深度優先プログラム" "深度優先プログラム（Pシフト）" "MTF優先プログラム" "MTF優先プログラム（Pシフト）" "Svかグリーンモード" "スタンダード" "ポートレート"
+    "風景" "マクロ" "スポーツ" "人物、夜景" "高速優先プログラム" "フラッシュ無し" "サーフ＆スノー" "AE 露出補正" "AE ISO感度" "AF微調整" "AFぼけ量"
+    "AF集積時間" "AF測距点モード" "オート" "AF測距点" "AF測距点選択2" "Expanded Area 9-point (S) |\302\240左上"
+    "Upper Near-right |\302\240下 |\302\240右上" "Far Left |\302\240右上 |\302\240右下"
+    "Upper Far-right |\302\240左" "Far Left |\302\240中央" "Near-right |\302\240左"
+    "Near-left |\302\240右" "Far Right |\302\240中央" "Near-right |\302\240左下"
+    "Lower Near-left |\302\240右" "Top Near-left |\302\240上" "Lower Far-left |\302\240右下"
+    "Bottom-left |\302\240左下" "Lower-middle |\302\240下" "Bottom-right |\302\240右下" "上 |\302\240右上"
+    "下" "Top Near-right |\302\240左"
     "Expanded Area 27-point (L) |\302\240Expanded Area 33-point (L) |\302\240中央左"
-    "Upper Far-left |\302\240中央 |\302\240左上""顔認識""自動追尾""中央固定"
-    "Upper Near-left |\302\240中央右 |\302\240左上""Upper Near-left |\302\240Upper-middle |\302\240右"
-    "Upper Near-right |\302\240Upper-middle |\302\240左下""(none) |\302\240中央固定または複数 |\302\240無し"
-    "Upper-left |\302\240左上 |\302\240左下+下""右""左下+中央左""左上+中央左""Upper-middle |\302\240右""下+中央""上+中央"
-    "右下+中央右""中央左 |\302\240右上 |\302\240右上+中央右""左""中央左""中央（水平）"
-    "Top Near-left |\302\240上 |\302\240下 |\302\240中央上""中央右""右上 |\302\240右下+下"
-    "Upper-left |\302\240中央""Upper-right |\302\240上 |\302\240中央左+中央 |\302\240左""左下"
-    "中央 |\302\240中央（水平）""Upper-right |\302\240下""中央右+中央 |\302\240右""Upper Near-left |\302\240中央右"
-    "無し""右下""左上+上 |\302\240左下""Top Near-right |\302\240上 |\302\240中央下 |\302\240左""中央"
-    "右上+上 |\302\240右下""AFポイント選択""AF測距点 未確認2？""AF予測""絞りリングの使用""禁止""許可""画像作成者""自動絞り""オートブラケット""Av絞り設定"
-    "基本露出補正""黒点""ブルーバランス""電源A/D本体起動時""電源A/D本体オフ時""電源状態本体""ブラケットショット数""該当無し""CPUファームウエアバージョン""画像の向き"
-    "水平（標準）""90度回転 CW""270度回転 CW""カメラ温度""カラーフィルター""白黒""セピア""色空間""色温度""コントラスト"
-    "-2 (ソフト) |\302\240スタンダード""0 (スタンダード) |\302\240ソフト""+2 (ハード) |\302\240ハード""-1 (少し低い)""+1 (少し高い)"
-    "-3 (かなり低い)""+3 (かなり高い)""版権所有者""DSPファームウエアバージョン""データダンプ""日付""目的地""目的地コード""目的地DST""いいえ""はい"
-    "デジタルズーム""歪曲修正""ドライブモード""多重露光""１コマ撮影""シングル露出""複数の露出""リモコン""高速連射""電子ダイヤルプログラム""TvかAv""Pシフト"
-    "露出ステップ""1/2 EVステップ""1/3 EVステップ""効果レベル""露出ブラケットステップサイズ""露出補正値""露出時間""外付フラッシュバウンス""ダイレクト""バウンス"
-    "外付ストロボ露出補正""未設定（オフかオートモード）""未設定（マニュアルモード）""外付フラッシュガイドナンバー？""外付フラッシュモード""該当なし-自動絞りオフ"
-    "オン、フラッシュの問題？""オン、マニュアル""オン、P-TTLオート""オン、光量比制御シンクロ""オン、ハイスピードシンクロ""オン、ワイヤレス"
-    "オン、ワイヤレス、ハイスピードシンクロ""オン、オート""F値""顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""顔6位置""顔7位置""顔8位置""顔9位置""フレームサイズ"
-    "ファームウェアバージョン""フラッシュ露出補正""ストロボ露出補正設定""フラッシュ測光値""フラッシュモード""オフ |\302\240オート""オン |\302\240オン、発光無し"
-    "外付、オート""オート、発光、赤目軽減""オン、赤目軽減""オン、ワイヤレス (マスター)""オン、ワイヤレス (コントロール)""オン、ソフト""オン、スローシンクロ"
-    "オン、スローシンクロ、赤目軽減""オン、後幕シンクロ""オート、発光無し、赤目軽減""外付、フラッシュの問題?""赤目軽減""内蔵""外付、マニュアル""外付、P-TTL自動調光"
-    "外付、光量比制御シンクロ""外付、ハイスピードシンクロ""外付、ワイヤレス""外付、ワイヤレス、ハイスピードシンクロ""フラッシュオプション""ストロボオプション(2)""標準"
-    "後幕シンクロ""オート、赤目軽減""ワイヤレス（マスター発光）""ワイヤレス（コントロール発光）""スローシンクロ""スローシンクロ、赤目軽減""ストロボ状態""内蔵、発光""外付、未発光"
-    "外付、発光""内蔵、未発光""レンズ焦点距離""フォーカスモード""フォーカスモード2""マクロ |\302\240マクロ(1)"
-    "カスタム |\302\240マクロ(2) |\302\240無限遠""オート |\302\240マニュアル |\302\240無限遠""スーパーマクロ""パンフォーカス""フォーカス距離"
-    "フレーム番号""電源A/Dグリップ起動時""電源A/Dグリップオフ時""電源状態グリップ""オートHDR""切""高感度ノイズリダクション""微弱""弱""強""現在地""現在地コード"
-    "現在地DST""ISOスピードレート""ISOオート""最低感度""ISO設定""マニュアル""イメージ領域オフセット""画像処理カウント""画像仕上""ナチュラル""鮮やか"
-    "雅(MIYABI)""モノトーン""内蔵ストロボモード""オン、ワイヤレス（コントロール発光）""オン、ワイヤレス（マスター発光）""オン、オート、赤目軽減""オフ、標準""オフ、赤目軽減"
-    "オフ、オート""オフ、オート、赤目軽減""オフ（未確認 0xF4?）""オフ、ワイヤレス（マスター発光）""オフ、ワイヤレス（コントロール発光）""オフ、スローシンクロ"
-    "オフ、スローシンクロ、赤目軽減""オフ、後幕シンクロ""内蔵フラッシュ強度""内部シリアル番号""JPEG記録サイズ""レンズデータ""Mv' nv' データ""AVC 1/EXP データ"
-    "Mv1 Avminsifデータ""UNT_12 UNT_6 データ""統合フラッシュ最適エンドデータ""K値(""近距離収差訂正データ""明色収差訂正データ""オープン収差データ"
-    "AF最低作動状態データ（LC7）""レンズF値""レンズ情報""レンズ種類/バージョン(LC0)""レンズタイプ""ライトリーディング""メーカー""メーカーノートバージョン""製造日付？"
-    "最大絞り""測光モード""測光モード2""測光モード3""スポット""最小絞り""画像入力機器モデル""緑""黄色""オレンジ""赤""多重露出設定""ノイズリダクション"
-    "AFポイント番号""ペンタックスイメージサイズ""ペンタックスモデル""ペンタックスバージョン""ピクチャーモード""ピクチャーモード 2""シーンモード""オートピクチャ"
-    "絞り優先（自動絞りオフ）""マニュアル（自動絞りオフ）""バルブ（自動絞りオフ）""シャッター＆絞り優先AE""感度優先AE""ストロボ同調速度AE""プログラムAE""グリーンモード"
-    "シャッター優先""絞り優先""プログラムTvシフト""プログラムAvシフト""バルブ""1/2 EVステップ |\302\240プログラム""プログラム""美術館""料理"
-    "1/3 EVステップ |\302\240シャッター優先""オートピクチャー（標準）""オートピクチャー（ポートレート）""オートピクチャー（風景）""オートピクチャー（マクロ）"
-    "オートピクチャー（スポーツ）""絞り優先（自動絞りOFF）""ソフト""マニュアル（自動絞りOFF）""バルブ（自動絞りOFF）""秋""花火""パノラマ"
-    "プログラムAE（ハイパープログラム）""高速優先プログラム（ハイパープログラム）""深度優先プログラム（ハイパープログラム）""MTF優先プログラム（ハイパープログラム）""自分撮り"
-    "イラスト""デジタルフィルター""水中""ペット白色""ペット黒色""ペット灰色""美肌""ボイスレコーディング""フレーム合成""Digital SR""電源""本体電源"
-    "バッテリーグリップ""外部電源""プレビューイメージ""プレビュー画像境界""プレビューイメージ容量""プレビューイメージサイズ""プレビューイメージ開始""カメラが修理されたか？"
-    "プログラムライン""ノーマル""高速優先""深度優先""MTF優先""品質""エコノミー""ファイン""S.ファイン""プレミアム""未設定""RAWとJPEG記録""RAWイメージサイズ"
-    "記録モード""レッドバランス""回転""180度回転""手ぶれ補正状態""SR焦点距離""シャッター半押し時間""SR効果""なし""彩度""-2 (ソフト) |\302\240標準"
-    "0 (スタンダード) |\302\240低い彩度""+2 (ハード) |\302\240高い彩度""感度調節""感度ステップ""1EVステップ""露出ステップに従う""センサー温度"
-    "シリアル番号""手ぶれ補正(設定)""シャープネス""-2 (ソフト) |\302\240ノーマル""0 (ノーマル) |\302\240ソフト""-1 (ミドルソフト)"
-    "+1 (少しハード)""-3 (かなりソフト)""+3 (かなりハード)""スレーブフラッシュ測光値""SVISO感度設定""TTL D/A Aチャンネル\343\200\200ダウン"
-    "TTL D/A Aチャンネル アップ""TTL D/A Bチャンネル\343\200\200ダウン""TTL D/A Bチャンネル\343\200\200アップ""サムネイル画像""時間"
-    "トーンカーブ""トーンカーブ(s)""Tv露出時間設定""WB AB補正""WB GM補正""WB RGGB レベル\343\200\200曇天"
-    "WB RGGB レベル\343\200\200昼光""WB RGGB レベル\343\200\200ストロボ""WB RGGB レベル\343\200\200蛍光灯(D)"
-    "WB RGGB レベル\343\200\200蛍光灯(N)""WB RGGB レベル\343\200\200蛍光灯(W)""WB RGGB レベル\343\200\200日陰"
-    "WB RGGB レベル\343\200\200白熱灯""ホワイトバランス""昼光""曇り""暖白光色蛍光灯""ケルビン""日陰""タングステン(白熱灯) |\302\240蛍光灯"
-    "昼光色蛍光灯""不明""ユーザ選択""昼白色蛍光灯""温白色蛍光灯""ストロボ""ホワイトバランスモード""オート（昼光）""オート（曇天）""オート（日陰）""オート（ストロボ）"
-    "オート（白熱灯）""オート（昼光色蛍光灯）""ユーザー選択""オート（昼白色蛍光灯）""オート（白色蛍光灯）""ホワイトバランス設定""色温度設定1""色温度設定2""色温度設定3"
-    "タングステン(白熱灯)""白レベル""ワールドタイム位置""Aperture AE""Bloqueo AE""Apertura máxima AE 2"
-    "Apertura mínima AE""Estándar""Retrato""Paisaje""Modo Punto AF""Punto AF Seleccionado"
-    "Punto AF Seleccionado 2 ""Ninguno""Puntos AF en foco"
-    "(none) |\302\240Fixed Center or Multiple |\302\240Ninguno""Puntos AF seleccionados""Todo"
-    "Autor""Activado""Desactivado""Amarillo""Naranja""Rojo""Balance de azules""Bajo""Alto"
-    "Orientación Cámara""Girado 90° sentido reloj""Girado 270° sentido reloj""Temperatura Cámara"
-    "Filtro de Color""Matriz de Color A""Matriz de Color B""Espacio Color"
-    "Temperatura Color Nublado""Temperatura Color Luz de Día""Temperatura Color Flash"
-    "Temperatura Color Sombrío""Temperatura Color Tungsteno""Temperatura de Color"
-    "-2 (low) |\302\240Estándar""0 (normal) |\302\240Bajo""Copyright Perfil""Fecha""Si""Monocromo"
-    "Zoom Digital""Corrección Distorsión""Modo Entrada""Compensación Exposición"
-    "Tiempo de Exposición""Número F""Tamaño Area detección caras""Caras Detectadas"
-    "Versión Firmware""Compensación Exposición Flash""Modo Flash"
-    "Automático |\302\240Off, Did not fire""Encendido |\302\240On, Did not fire""Apagado"
-    "Distancia Focal Objetivo""Modo Enfoque""Reducción Ruido ISO Alta""Fuerte""Tono"
-    "Ratio Velocidad ISO""Rápido""Ajuste ISO""Modo Flash Interno""Número Serie Interno"
-    "Información del Objetivo""Modelo Objetivo""Tipo Objetivo""Marca""Versión nota Fabricante"
-    "Máxima Apertura del Objetivo""Modo Medición""Multi-segmento""Media ponderada al centro"
-    "Puntual""Apertura mínima""Modelo""Reducción Ruido""Apertura máxima nominal"
-    "Apertura mínima nominal""Número de Puntos AF""Comida""Suave""Fuegos Artificiales""Panoramica"
-    "Subacuatica""Vista Previa""Longitud Imagen Previa""Tamaño Imagen Previa""Inicio Imagen Previa"
-    "Calidad""no aplica""Rotación""Girado 180°""Saturación""Selección de escena""Vista nocturna"
-    "Puesta sol""Número Serie""Nitidez""-2 (soft) |\302\240Estándar""0 (normal) |\302\240Suave"
-    "+2 (hard) |\302\240Fuerte""Balance de Blancos""Automático""Luz de día""Nublado"
-    "Fluorescente blanco cálido""Sombrío""Flourescente |\302\240Tungsteno"
-    "Equilibrio del blanco manual""Fluorescente luz de día""Desconocido""Fluorescente blanco de día"
-    "Fluorescente blanco""Nivel Blanco""Cromaticidad Punto Blanco""ColorMatrix1""WB_RGBLevels"
-    "SensorWidth""SensorHeight""SensorLeftMargin""SensorTopMargin""ImageWidth""ImageHeight"
-    "RawFormat""RawData""DateTimeOriginal""ImageNumber""Software""System""UnknownDate""StripOffsets"
-    "BlackLevel""SplitColumn""BlackLevelData""PhaseOne_0x0225""ColorMatrix2""PhaseOne_0x022b"
-    "PhaseOne_0x0258""PhaseOne_0x025a""FirmwareVersions""ShutterSpeedValue""ApertureValue"
-    "CameraModel""MaxApertureValue""MinApertureValue""Viewfinder""SensorDefects""AllColorFlatField1"
-    "SensorCalibration_0x0404""SensorCalibration_0x0405""SensorCalibration_0x0406"
-    "SensorCalibration_0x0408""RedBlueFlatField""SensorCalibration_0x040f""AllColorFlatField2"
-    "SensorCalibration_0x0413""SensorCalibration_0x0414""AllColorFlatField3"
-    "SensorCalibration_0x0418""LinearizationCoefficients1""LinearizationCoefficients2"
-    "SensorCalibration_0x041c""SensorCalibration_0x041e""PhaseOne:AFAdjustment"
-    "PhaseOne:AllColorFlatField1""All Color Flat Field 1""PhaseOne:AllColorFlatField2"
-    "All Color Flat Field 2""PhaseOne:AllColorFlatField3""All Color Flat Field 3"
-    "PhaseOne:ApertureValue""Aperture Value""PhaseOne:BlackLevel""Black Level"
-    "PhaseOne:BlackLevelData""Black Level Data""PhaseOne:CameraModel""Camera Model"
-    "PhaseOne:CameraOrientation""PhaseOne:CameraOrientation:0""PhaseOne:CameraOrientation:1"
-    "PhaseOne:CameraOrientation:2""PhaseOne:CameraOrientation:3""PhaseOne:ColorMatrix1"
-    "Color Matrix 1""PhaseOne:ColorMatrix2""Color Matrix 2""PhaseOne:DateTimeOriginal"
-    "Date/Time Original""PhaseOne:ExposureCompensation""PhaseOne:FirmwareVersions"
-    "Firmware Versions""PhaseOne:FocalLength""PhaseOne:ISO""PhaseOne:ImageHeight""Image Height"
-    "PhaseOne:ImageNumber""Image Number""PhaseOne:ImageWidth""Image Width""PhaseOne:LensModel"
-    "PhaseOne:LinearizationCoefficients1""Linearization Coefficients 1"
-    "PhaseOne:LinearizationCoefficients2""Linearization Coefficients 2""PhaseOne:MaxApertureValue"
-    "Max Aperture Value""PhaseOne:MinApertureValue""Min Aperture Value""PhaseOne:PhaseOne_0x0225"
-    "Phase One 0x0225""PhaseOne:PhaseOne_0x022b""Phase One 0x022b""PhaseOne:PhaseOne_0x0258"
-    "Phase One 0x0258""PhaseOne:PhaseOne_0x025a""Phase One 0x025a""PhaseOne:RawData""Raw Data"
-    "PhaseOne:RawFormat""Raw Format""PhaseOne:RawFormat:1""RAW 1""PhaseOne:RawFormat:2""RAW 2"
-    "PhaseOne:RawFormat:3""IIQ L""PhaseOne:RawFormat:5""IIQ S""PhaseOne:RawFormat:6""IIQ Sv2"
-    "PhaseOne:RawFormat:8""IIQ L16""PhaseOne:RedBlueFlatField""Red Blue Flat Field"
-    "PhaseOne:SensorCalibration_0x0404""Sensor Calibration 0x0404"
-    "PhaseOne:SensorCalibration_0x0405""Sensor Calibration 0x0405"
-    "PhaseOne:SensorCalibration_0x0406""Sensor Calibration 0x0406"
-    "PhaseOne:SensorCalibration_0x0408""Sensor Calibration 0x0408"
-    "PhaseOne:SensorCalibration_0x040f""Sensor Calibration 0x040f"
-    "PhaseOne:SensorCalibration_0x0413""Sensor Calibration 0x0413"
-    "PhaseOne:SensorCalibration_0x0414""Sensor Calibration 0x0414"
-    "PhaseOne:SensorCalibration_0x0418""Sensor Calibration 0x0418"
-    "PhaseOne:SensorCalibration_0x041c""Sensor Calibration 0x041c"
-    "PhaseOne:SensorCalibration_0x041e""Sensor Calibration 0x041e""PhaseOne:SensorDefects"
-    "Sensor Defects""PhaseOne:SensorHeight""Sensor Height""PhaseOne:SensorLeftMargin"
-    "Sensor Left Margin""PhaseOne:SensorTemperature""PhaseOne:SensorTemperature2"
-    "PhaseOne:SensorTopMargin""Sensor Top Margin""PhaseOne:SensorWidth""Sensor Width"
-    "PhaseOne:SerialNumber""PhaseOne:ShutterSpeedValue""Shutter Speed Value""PhaseOne:Software"
-    "PhaseOne:SplitColumn""Split Column""PhaseOne:StripOffsets""Strip Offsets""PhaseOne:System"
-    "PhaseOne:UnknownDate""Unknown Date""PhaseOne:Viewfinder""PhaseOne:WB_RGBLevels""WB RGB Levels"
-    "光圈""原始数据产生的日期和时间""像高""像宽""最大镜头光圈""快门速度""使用软件""图像数据位置""Ouverture""Niveau noir"
-    "Matrice de couleurs 1""Matrice de couleurs 2""Date de création des données originales"
-    "Versions du micrologiciel""Hauteur de l'image""Numéro de l'image""Largeur de l'image"
-    "Ouverture maximale de l'objectif""Valeur d'ouverture minimale""Données RAW""Format RAW"
-    "Calibrage du capteur_0x0404""Calibrage du capteur_0x0405""Calibrage du capteur_0x0406"
-    "Calibrage du capteur_0x0408""Calibrage du capteur_0x040f""Calibrage du capteur_0x0413"
-    "Calibrage du capteur_0x0414""Calibrage du capteur_0x0418""Calibrage du capteur_0x041c"
-    "Calibrage du capteur_0x041e""Hauteur du capteur""Marge gauche du capteur"
-    "Marge supérieure du capteur""Largeur du capteur""Vitesse d'obturation""Logiciel"
-    "Décalage des bandes""Système""Balance des Blancs des niveaux RVB""Blende""Schwarzwert"
-    "Schwarzwert Daten""Kamera Modell""Farbmatrix 1""Farbmatrix 2""Erstellungsdatum/-uhrzeit"
-    "Bildhöhe""Bildbreite""Größtmögliche Blende""Raw-Daten""Sensor Höhe""Sensor Breite"
-    "Belichtungszeit""Bilddatenposition""Weißabgleich RGB-Farbverteilung""Apertura diaframma"
-    "Livello del nero""Modello fotocamera""Matrice colore 1""Matrice colore 2"
-    "Data/ora originale di creazione""Altezza immagine""Numero immagine""Larghezza immagine"
-    "Diaframma massimo obiettivo""Altezza sensore""Larghezza sensore""Velocità otturatore"
-    "Software utilizzato""Offset striscia""絞り""黒レベル""カラーマトリックス1""カラーマトリックス2""オリジナルデータ作成日時""画像高さ"
-    "イメージ番号""画像幅""最大レンズ口径""センサー高さ""センサー幅""シャッタースピード""ソフトウェア""画像データ位置""WB RGB レベル""Apertura"
-    "Nivel Negro""Matriz Color 1""Matriz Color 2""Fecha y Hora de Datos Original""Alto Imagen"
-    "Número Imagen""Ancho Imagen""Apertura Lente Máxima""Velocidad Obturación""Programa Utilizado"
-    "Localización Datos Imagen""SpecificationVersion""AuthoringSoftwareRelease"
-    "ImageMagnificationDescriptor""CreateDate""ModifyDate""ImageMedium""ProductType"
-    "ScannerVendorID""ScannerProductID""ScannerFirmwareVersion""ScannerFirmwareDate"
-    "ScannerSerialNumber""ScannerPixelSize""ImageWorkstationMake""CharacterSet"
-    "CharacterEscapeSequence""PhotoFinisherName""HasSBA""SceneBalanceAlgorithmRevision"
-    "SceneBalanceAlgorithmCommand""SceneBalanceAlgorithmFilmID""CopyrightStatus""CopyrightFileName"
-    "Orientation""CompressionClass""87""88""89""90""92""97""98""101""102""121""122""138""143""148"
-    "150""151""152""153""154""155""156""157""158""162""163""174""185""186""187""188""189""190""214"
-    "215""217""218""219""307""308""312""324""328""329""330""333""334""366""367""368""369""418""430"
-    "431""432""443""444""445""446""447""448""449""456""457""458""459""460""461""462""463""464""465"
-    "466""467""468""469""470""471""472""473""474""475""476""477""478""479""480""481""482""483""484"
-    "485""486""487""488""489""490""491""492""493""505""508""517""519""520""521""522""523""524""525"
-    "526""527""528""532""533""534""535""536""537""538""539""540""545""546""547""548""549""550""551"
-    "552""554""555""556""557""558""563""564""565""567""568""569""570""576""577""578"
-    "PhotoCD:AuthoringSoftwareRelease""Authoring Software Release""PhotoCD:CharacterEscapeSequence"
-    "Character Escape Sequence""PhotoCD:CharacterSet""Character Set""PhotoCD:CharacterSet:1"
-    "38 characters ISO 646""PhotoCD:CharacterSet:2""65 characters ISO 646""PhotoCD:CharacterSet:3"
-    "95 characters ISO 646""PhotoCD:CharacterSet:4""191 characters ISO 8850-1"
-    "PhotoCD:CharacterSet:5""ISO 2022""PhotoCD:CharacterSet:6"
-    "Includes characters not ISO 2375 registered""PhotoCD:CompressionClass""Compression Class"
-    "PhotoCD:CompressionClass:0""Class 1 - 35mm film; Pictoral hard copy"
-    "PhotoCD:CompressionClass:1""Class 2 - Large format film""PhotoCD:CompressionClass:2"
-    "Class 3 - Text and graphics, high resolution""PhotoCD:CompressionClass:3"
-    "Class 4 - Text and graphics, high dynamic range""PhotoCD:CopyrightFileName"
-    "Copyright File Name""PhotoCD:CopyrightStatus""Copyright Status""PhotoCD:CopyrightStatus:1"
-    "Restrictions apply""PhotoCD:CopyrightStatus:255""Not specified""PhotoCD:CreateDate"
-    "Create Date""PhotoCD:HasSBA""Has SBA""PhotoCD:ImageHeight"
-    "PhotoCD:ImageMagnificationDescriptor""Image Magnification Descriptor""PhotoCD:ImageMedium"
-    "Image Medium""PhotoCD:ImageMedium:0""Color negative""PhotoCD:ImageMedium:1""Color reversal"
-    "PhotoCD:ImageMedium:2""Color hard copy""PhotoCD:ImageMedium:3""Thermal hard copy"
-    "PhotoCD:ImageMedium:4""Black and white negative""PhotoCD:ImageMedium:5"
-    "Black and white reversal""PhotoCD:ImageMedium:6""Black and white hard copy"
-    "PhotoCD:ImageMedium:7""Internegative""PhotoCD:ImageMedium:8""Synthetic image"
-    "PhotoCD:ImageWidth""PhotoCD:ImageWorkstationMake""Image Workstation Make""PhotoCD:ModifyDate"
-    "Modify Date""PhotoCD:Orientation""PhotoCD:Orientation:0""PhotoCD:Orientation:1"
-    "PhotoCD:Orientation:2""PhotoCD:Orientation:3""PhotoCD:PhotoFinisherName""Photo Finisher Name"
-    "PhotoCD:ProductType""Product Type""PhotoCD:ScannerFirmwareDate""Scanner Firmware Date"
-    "PhotoCD:ScannerFirmwareVersion""Scanner Firmware Version""PhotoCD:ScannerPixelSize"
-    "Scanner Pixel Size""PhotoCD:ScannerProductID""Scanner Product ID""PhotoCD:ScannerSerialNumber"
-    "Scanner Serial Number""PhotoCD:ScannerVendorID""Scanner Vendor ID"
-    "PhotoCD:SceneBalanceAlgorithmCommand""Scene Balance Algorithm Command"
-    "PhotoCD:SceneBalanceAlgorithmCommand:0""Neutral SBA On, Color SBA On"
-    "PhotoCD:SceneBalanceAlgorithmCommand:1""Neutral SBA Off, Color SBA Off"
-    "PhotoCD:SceneBalanceAlgorithmCommand:2""Neutral SBA On, Color SBA Off"
-    "PhotoCD:SceneBalanceAlgorithmCommand:3""Neutral SBA Off, Color SBA On"
-    "PhotoCD:SceneBalanceAlgorithmFilmID""Scene Balance Algorithm Film ID"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:1""3M ScotchColor AT 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:101""Kodak Vericolor 400 Prof VPH"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:102""Kodak Vericolor III Pro"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:121""Konika Konica Color SR-G 3200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:122""Konika Konica Color Super SR100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:123""Konika Konica Color Super SR 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:138""Kodak Gold Unknown"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:139""Kodak Unknown Neg A- Normal SBA"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:143""Kodak Ektar 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:147""Kodak Kodacolor CII"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:148""Kodak Kodacolor II"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:149""Kodak Gold Plus 200 Gen 3"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:150""Kodak Internegative +10% Contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:151""Agfa Agfacolor Ultra 50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:152""Fuji NHG 400""PhotoCD:SceneBalanceAlgorithmFilmID:153"
-    "Agfa Agfacolor XRG 100""PhotoCD:SceneBalanceAlgorithmFilmID:154""Kodak Gold Plus 100 Gen 3"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:155""Konika Konica Color Super SR200 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:156""Konika Konica Color SR-G 160"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:157""Agfa Agfacolor Optima 125"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:158""Agfa Agfacolor Portrait 160"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:16""Agfa Agfacolor XRS 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:162""Kodak Kodacolor VRG 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:163""Kodak Gold 200 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:164""Kodak Kodacolor VRG 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:17""Agfa Agfacolor XRG/XRS 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:174""Kodak Internegative +20% Contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:175""Kodak Internegative +30% Contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:176""Kodak Internegative +40% Contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:18""Agfa Agfacolor XRG/XRS 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:184""Kodak TMax-100 D-76 CI = .40"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:185""Kodak TMax-100 D-76 CI = .50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:186""Kodak TMax-100 D-76 CI = .55"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:187""Kodak TMax-100 D-76 CI = .70"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:188""Kodak TMax-100 D-76 CI = .80"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:189""Kodak TMax-100 TMax CI = .40"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:19""Agfa Agfacolor XRS 1000 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:190""Kodak TMax-100 TMax CI = .50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:191""Kodak TMax-100 TMax CI = .55"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:192""Kodak TMax-100 TMax CI = .70"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:193""Kodak TMax-100 TMax CI = .80"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:195""Kodak TMax-400 D-76 CI = .40"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:196""Kodak TMax-400 D-76 CI = .50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:197""Kodak TMax-400 D-76 CI = .55"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:198""Kodak TMax-400 D-76 CI = .70"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:2""3M ScotchColor AT 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:20""Agfa Agfacolor XRS 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:21""Agfa Agfacolor XRS/XRC 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:214""Kodak TMax-400 D-76 CI = .80"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:215""Kodak TMax-400 TMax CI = .40"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:216""Kodak TMax-400 TMax CI = .50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:217""Kodak TMax-400 TMax CI = .55"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:218""Kodak TMax-400 TMax CI = .70"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:219""Kodak TMax-400 TMax CI = .80"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:224""3M ScotchColor ATG 400/EXL 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:26""Fuji Reala 100 (JAPAN)"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:266""Agfa Agfacolor Optima 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:267""Konika Impressa 50"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:268""Polaroid Polaroid CP 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:269""Konika Konica Color Super SR200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:27""Fuji Reala 100 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:270""ILFORD XP2 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:271""Polaroid Polaroid Color HD2 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:272""Polaroid Polaroid Color HD2 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:273""Polaroid Polaroid Color HD2 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:28""Fuji Reala 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:282""3M ScotchColor ATG-1 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:284""Konika XG 400""PhotoCD:SceneBalanceAlgorithmFilmID:29"
-    "Fuji SHR 400 Gen 2""PhotoCD:SceneBalanceAlgorithmFilmID:3""3M ScotchColor HR2 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:30""Fuji Super HG 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:307""Kodak Universal Reversal B/W"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:308""Kodak RPC Copy Film Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:31""Fuji Super HG 1600 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:312""Kodak Universal E6"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:32""Fuji Super HG 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:324""Kodak Gold Ultra 400 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:328""Fuji Super G 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:329""Fuji Super G 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:33""Fuji Super HG 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:330""Fuji Super G 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:333""Kodak Universal K14"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:334""Fuji Super G 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:34""Fuji Super HG 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:35""Fuji Super HR 100 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:36""Fuji Super HR 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:366""Kodak Vericolor HC 6329 VHC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:367""Kodak Vericolor HC 4329 VHC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:368""Kodak Vericolor L 6013 VPL"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:369""Kodak Vericolor L 4013 VPL"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:37""Fuji Super HR 1600 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:38""Fuji Super HR 200 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:39""Fuji Super HR 200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:40""Fuji Super HR 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:418""Kodak Ektacolor Gold II 400 Prof"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:43""Fuji NSP 160S (Pro)"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:430""Kodak Royal Gold 1000"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:431""Kodak Kodacolor VR 200 / 5093"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:432""Kodak Gold Plus 100 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:443""Kodak Royal Gold 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:444""Kodak Royal Gold 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:445""Kodak Universal E6 auto-balance"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:446""Kodak Universal E6 illum. corr."
-    "PhotoCD:SceneBalanceAlgorithmFilmID:447""Kodak Universal K14 auto-balance"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:448""Kodak Universal K14 illum. corr."
-    "PhotoCD:SceneBalanceAlgorithmFilmID:449""Kodak Ektar 100 Gen 3 SY"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:45""Kodak Kodacolor VR 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:456""Kodak Ektar 25"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:457""Kodak Ektar 100 Gen 3 CX"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:458""Kodak Ektapress Plus 100 Prof PJA-1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:459""Kodak Ektapress Gold II 100 Prof"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:460""Kodak Pro 100 PRN"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:461""Kodak Vericolor HC 100 Prof VHC-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:462""Kodak Prof Color Neg 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:463""Kodak Ektar 1000 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:464""Kodak Ektapress Plus 1600 Pro PJC-1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:465""Kodak Ektapress Gold II 1600 Prof"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:466""Kodak Super Gold 1600 GF Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:467""Kodak Kodacolor 100 Print Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:468""Kodak Super Gold 100 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:469""Kodak Gold 100 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:47""Kodak Gold 400 Gen 3"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:470""Kodak Gold III 100 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:471""Kodak Funtime 100 FA"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:472""Kodak Funtime 200 FB"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:473""Kodak Kodacolor VR 200 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:474""Kodak Gold Super 200 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:475""Kodak Kodacolor 200 Print Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:476""Kodak Super Gold 200 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:477""Kodak Gold 200 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:478""Kodak Gold III 200 Gen 4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:479""Kodak Gold Ultra 400 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:480""Kodak Super Gold 400 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:481""Kodak Gold 400 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:482""Kodak Gold III 400 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:483""Kodak Kodacolor 400 Print Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:484""Kodak Ektapress Plus 400 Prof PJB-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:485""Kodak Ektapress Gold II 400 Prof G5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:486""Kodak Pro 400 PPF-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:487""Kodak Ektacolor Gold II 400 EGP-4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:488""Kodak Ektacolor Gold 400 Prof EGP-4"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:489""Kodak Ektapress Gold II Multspd PJM"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:490""Kodak Pro 400 MC PMC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:491""Kodak Vericolor 400 Prof VPH-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:492""Kodak Vericolor 400 Plus Prof VPH-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:493""Kodak Unknown Neg Product Code 83"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:505""Kodak Ektacolor Pro Gold 160 GPX"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:508""Kodak Royal Gold 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:517""Kodak 4050000000"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:519""Kodak Gold Plus 100 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:520""Kodak Gold 800 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:521""Kodak Gold Super 200 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:522""Kodak Ektapress Plus 200 Prof"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:523""Kodak 4050 E6 auto-balance"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:524""Kodak 4050 E6 ilum. corr."
-    "PhotoCD:SceneBalanceAlgorithmFilmID:525""Kodak 4050 K14"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:526""Kodak 4050 K14 auto-balance"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:527""Kodak 4050 K14 ilum. corr."
-    "PhotoCD:SceneBalanceAlgorithmFilmID:528""Kodak 4050 Reversal B&W"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:532""Kodak Advantix 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:533""Kodak Advantix 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:534""Kodak Advantix 100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:535""Kodak Ektapress Multspd Prof PJM-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:536""Kodak Kodacolor VR 200 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:537""Kodak Funtime 200 FB Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:538""Kodak Commercial 200"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:539""Kodak Royal Gold 25 Copystand"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:540""Kodak Kodacolor DA 100 Gen 5"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:545""Kodak Kodacolor VR 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:546""Kodak Gold 100 Gen 6"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:547""Kodak Gold 200 Gen 6"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:548""Kodak Gold 400 Gen 6"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:549""Kodak Royal Gold 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:55""Kodak Ektar 100 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:550""Kodak Royal Gold 200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:551""Kodak Royal Gold 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:552""Kodak Gold Max 800 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:554""Kodak 4050 E6 high contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:555""Kodak 4050 E6 low saturation high contrast"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:556""Kodak 4050 E6 low saturation"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:557""Kodak Universal E-6 Low Saturation"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:558""Kodak T-Max T400 CN"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:56""Kodak Ektar 1000 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:563""Kodak Ektapress PJ100"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:564""Kodak Ektapress PJ400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:565""Kodak Ektapress PJ800"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:567""Kodak Portra 160NC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:568""Kodak Portra 160VC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:569""Kodak Portra 400NC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:57""Kodak Ektar 125 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:570""Kodak Portra 400VC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:575""Kodak Advantix 100-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:576""Kodak Advantix 200-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:577""Kodak Advantix Black & White + 400"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:578""Kodak Ektapress PJ800-2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:58""Kodak Royal Gold 25 RZ"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:60""Kodak Gold 1600 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:61""Kodak Gold 200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:62""Kodak Gold 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:65""Kodak Kodacolor VR 100 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:66""Kodak Kodacolor VR 1000 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:67""Kodak Kodacolor VR 1000 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:68""Kodak Kodacolor VR 200 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:69""Kodak Kodacolor VR 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:7""3M Scotch HR 200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:70""Kodak Kodacolor VR 200 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:71""Kodak Kodacolor VRG 100 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:72""Kodak Gold 100 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:73""Kodak Kodacolor VRG 200 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:74""Kodak Gold 400 Gen 1"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:87""Kodak Ektacolor Gold 160"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:88""Kodak Ektapress 1600 Gen 1 PPC"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:89""Kodak Ektapress Gold 100 Gen 1 PPA"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:9""3M Scotch HR 400 Gen 2"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:90""Kodak Ektapress Gold 400 PPB-3"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:92""Kodak Ektar 25 Professional PHR"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:97""Kodak T-Max 100 Professional"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:98""Kodak T-Max 3200 Professional"
-    "PhotoCD:SceneBalanceAlgorithmFilmID:99""Kodak T-Max 400 Professional"
-    "PhotoCD:SceneBalanceAlgorithmRevision""Scene Balance Algorithm Revision"
-    "PhotoCD:SpecificationVersion""Specification Version""数字数据产生的日期和时间""文件改变的日期和时间"
-    "Jeu de caractères""38 caractères ISO 646""65 caractères ISO 646""95 caractères ISO 646"
-    "191 caractères ISO 8850-1""Comprend des caractères non enregistrés dans l'ISO 2375"
-    "Date de création des données numériques""Date de modification du fichier"
-    "Orientation de l'image""Date du micrologiciel du scanner""Version du micrologiciel du scanner"
-    "ID produit du scanner""Numéro de série du scanner""Zeichensatz""Digitalisierungsdatum/-uhrzeit"
-    "Änderungsdatum""Set di caratteri""Non specificato""Data di creazione""Data modifica"
-    "Orientamento""キャラクターセット""デジタルデータ作成日時""ファイル作成日時""Conjunto de Caracteres"
-    "Fecha y Hora de Datos Digital""Fecha y Hora de Cambio del Archivo""Orientación de Imagen"
-    "0° (arriba/izquierda)""RawCropLeft""RawCropTop""RawCropRight""RawCropBottom"
-    "ConstrainedCropWidth""ConstrainedCropHeight""FrameNum""CropLeft""CropTop""CropRight"
-    "CropBottom""Tagged""ColorClass""Rating""PreviewCropLeft""PreviewCropTop""PreviewCropRight"
-    "PreviewCropBottom""PhotoMechanic:ColorClass""Color Class""PhotoMechanic:ColorClass:0""0 (None)"
-    "PhotoMechanic:ColorClass:1""1 (Winner)""PhotoMechanic:ColorClass:2""2 (Winner alt)"
-    "PhotoMechanic:ColorClass:3""3 (Superior)""PhotoMechanic:ColorClass:4""4 (Superior alt)"
-    "PhotoMechanic:ColorClass:5""5 (Typical)""PhotoMechanic:ColorClass:6""6 (Typical alt)"
-    "PhotoMechanic:ColorClass:7""7 (Extras)""PhotoMechanic:ColorClass:8""8 (Trash)"
-    "PhotoMechanic:ConstrainedCropHeight""Constrained Crop Height"
-    "PhotoMechanic:ConstrainedCropWidth""Constrained Crop Width""PhotoMechanic:CropBottom"
-    "Crop Bottom""PhotoMechanic:CropLeft""Crop Left""PhotoMechanic:CropRight""Crop Right"
-    "PhotoMechanic:CropTop""Crop Top""PhotoMechanic:FrameNum""Frame Num"
-    "PhotoMechanic:PreviewCropBottom""Preview Crop Bottom""PhotoMechanic:PreviewCropLeft"
-    "Preview Crop Left""PhotoMechanic:PreviewCropRight""Preview Crop Right"
-    "PhotoMechanic:PreviewCropTop""Preview Crop Top""PhotoMechanic:Rating"
-    "PhotoMechanic:RawCropBottom""Raw Crop Bottom""PhotoMechanic:RawCropLeft""Raw Crop Left"
-    "PhotoMechanic:RawCropRight""Raw Crop Right""PhotoMechanic:RawCropTop""Raw Crop Top"
-    "PhotoMechanic:Rotation""PhotoMechanic:Rotation:0""PhotoMechanic:Rotation:1"
-    "PhotoMechanic:Rotation:2""PhotoMechanic:Rotation:3""PhotoMechanic:Tagged"
-    "PhotoMechanic:Tagged:0""PhotoMechanic:Tagged:1""评分""Recadrage inférieur""Recadrage gauche"
-    "Recadrage droite""Recadrage supérieur""Classement""0°""90°""180°""270°"
-    "Ausschnitt erzeugte Höhe""Ausschnitt erzeugte Breite""Ausschnitt Unten""Ausschnitt Links"
-    "Ausschnitt Rechts""Ausschnitt Oben""Vorschau Ausschnitt Unten""Vorschau Ausschnitt Links"
-    "Vorschau Ausschnitt Rechts""Vorschau Ausschnitt Oben""Bewertung""Raw Ausschnitt Unten"
-    "Raw Ausschnitt Links""Raw Ausschnitt Rechts""Raw Ausschnitt Oben""Nein""Ja""0 (Nessuno)"
-    "1 (Vincitore)""Valutazione""開始オフセットX""開始オフセットY""格付け""Recorte Izquierda""Recorte Arriba"
-    "Clasificación""NumChannels""BitDepth""ColorMode""Compression""PhotoshopQuality"
-    "PhotoshopFormat""ProgressiveScans""LayerBlendModes""LayerCount""LayerNames""LayerOpacities"
-    "LayerRectangles""LayerVisible""LayerColors""LayerSections""LayerUnicodeNames""LayerIDs"
-    "LayerModifyDates""Photoshop2Info""MacintoshPrintInfo""XMLData""Photoshop2ColorTable"
-    "AlphaChannelsNames""DisplayInfo""PStringCaption""BorderInformation""BackgroundColor"
-    "PrintFlags""BW_HalftoningInfo""ColorHalftoningInfo""DuotoneHalftoningInfo""BW_TransferFunc"
-    "ColorTransferFuncs""DuotoneTransferFuncs""DuotoneImageInfo""EffectiveBW""ObsoletePhotoshopTag1"
-    "EPSOptions""QuickMaskInfo""ObsoletePhotoshopTag2""TargetLayerID""WorkingPath""LayersGroupInfo"
-    "ObsoletePhotoshopTag3""RawImageMode""GridGuidesInfo""PhotoshopBGRThumbnail""CopyrightFlag""URL"
-    "PhotoshopThumbnail""GlobalAngle""ColorSamplersResource""Watermark""ICC_Untagged"
-    "EffectsVisible""SpotHalftone""IDsBaseValue""UnicodeAlphaNames""IndexedColorTableCount"
-    "TransparentIndex""GlobalAltitude""WorkflowURL""JumpToXPEP""AlphaIdentifiers""URL_List"
-    "ExifInfo2""IPTCDigest""LayerComps""AlternateDuotoneColors""AlternateSpotColors"
-    "LayerSelectionIDs""HDRToningInfo""PrintInfo""LayerGroupsEnabledID""ColorSamplersResource2"
-    "MeasurementScale""TimelineInfo""SheetDisclosure""OnionSkins""CountInfo""PrintInfo2""PrintStyle"
-    "MacintoshNSPrintInfo""WindowsDEVMODE""AutoSaveFilePath""AutoSaveFormat""PathSelectionState"
-    "ClippingPathName""OriginPathInfo""ImageReadyVariables""ImageReadyDataSets""LightroomWorkflow"
-    "PrintFlagsInfo""PixelAspectRatio""PrintPosition""PrintScale""XResolution""DisplayedUnitsX"
-    "YResolution""DisplayedUnitsY""SlicesGroupName""NumSlices""HasRealMergedData""WriterName"
-    "ReaderName""colr""dark""diff""diss""div ""dkCl""fdiv""fsub""hLit""hMix""hue ""idiv""lLit""lbrn"
-    "lddg""lgCl""lite""lum ""mul ""norm""over""pLit""pass""sLit""sat ""scrn""smud""vLit"
-    "Photoshop:AlphaChannelsNames""Alpha Channels Names""Photoshop:AlphaIdentifiers"
-    "Alpha Identifiers""Photoshop:AlternateDuotoneColors""Alternate Duotone Colors"
-    "Photoshop:AlternateSpotColors""Alternate Spot Colors""Photoshop:AutoSaveFilePath"
-    "Auto Save File Path""Photoshop:AutoSaveFormat""Auto Save Format""Photoshop:BW_HalftoningInfo"
-    "BW Halftoning Info""Photoshop:BW_TransferFunc""BW Transfer Func""Photoshop:BackgroundColor"
-    "Background Color""Photoshop:BitDepth""Bit Depth""Photoshop:BorderInformation"
-    "Border Information""Photoshop:ClippingPathName""Clipping Path Name"
-    "Photoshop:ColorHalftoningInfo""Color Halftoning Info""Photoshop:ColorMode""Color Mode"
-    "Photoshop:ColorMode:0""Bitmap""Photoshop:ColorMode:1""Grayscale""Photoshop:ColorMode:2"
-    "Indexed""Photoshop:ColorMode:3""RGB""Photoshop:ColorMode:4""CMYK""Photoshop:ColorMode:7"
-    "Multichannel""Photoshop:ColorMode:8""Duotone""Photoshop:ColorMode:9""Lab"
-    "Photoshop:ColorSamplersResource""Color Samplers Resource""Photoshop:ColorSamplersResource2"
-    "Color Samplers Resource 2""Photoshop:ColorTransferFuncs""Color Transfer Funcs"
-    "Photoshop:Compression""Photoshop:Compression:0""Uncompressed""Photoshop:Compression:1""RLE"
-    "Photoshop:Compression:2""ZIP without prediction""Photoshop:Compression:3""ZIP with prediction"
-    "Photoshop:CopyrightFlag""Copyright Flag""Photoshop:CopyrightFlag:0""False"
-    "Photoshop:CopyrightFlag:1""True""Photoshop:CountInfo""Count Info""Photoshop:DisplayInfo"
-    "Display Info""Photoshop:DisplayedUnitsX""Displayed Units X""Photoshop:DisplayedUnitsX:1"
-    "inches""Photoshop:DisplayedUnitsX:2""cm""Photoshop:DisplayedUnitsY""Displayed Units Y"
-    "Photoshop:DisplayedUnitsY:1""Photoshop:DisplayedUnitsY:2""Photoshop:DuotoneHalftoningInfo"
-    "Duotone Halftoning Info""Photoshop:DuotoneImageInfo""Duotone Image Info"
-    "Photoshop:DuotoneTransferFuncs""Duotone Transfer Funcs""Photoshop:EPSOptions""EPS Options"
-    "Photoshop:EffectiveBW""Effective BW""Photoshop:EffectsVisible""Effects Visible"
-    "Photoshop:ExifInfo2""Exif Info 2""Photoshop:GlobalAltitude""Global Altitude"
-    "Photoshop:GlobalAngle""Global Angle""Photoshop:GridGuidesInfo""Grid Guides Info"
-    "Photoshop:HDRToningInfo""HDR Toning Info""Photoshop:HasRealMergedData""Has Real Merged Data"
-    "Photoshop:HasRealMergedData:0""Photoshop:HasRealMergedData:1""Photoshop:ICC_Untagged"
-    "ICC Untagged""Photoshop:IDsBaseValue""IDs Base Value""Photoshop:IPTCDigest""IPTC Digest"
-    "Photoshop:ImageHeight""Photoshop:ImageReadyDataSets""Image Ready Data Sets"
-    "Photoshop:ImageReadyVariables""Image Ready Variables""Photoshop:ImageWidth"
-    "Photoshop:IndexedColorTableCount""Indexed Color Table Count""Photoshop:JumpToXPEP"
-    "Jump To XPEP""Photoshop:LayerBlendModes""Layer Blend Modes""Photoshop:LayerBlendModes:colr"
-    "Color""Photoshop:LayerBlendModes:dark""Darken""Photoshop:LayerBlendModes:diff""Difference"
-    "Photoshop:LayerBlendModes:diss""Dissolve""Photoshop:LayerBlendModes:div ""Color Dodge"
-    "Photoshop:LayerBlendModes:dkCl""Darker Color""Photoshop:LayerBlendModes:fdiv""Divide"
-    "Photoshop:LayerBlendModes:fsub""Subtract""Photoshop:LayerBlendModes:hLit""Hard Light"
-    "Photoshop:LayerBlendModes:hMix""Hard Mix""Photoshop:LayerBlendModes:hue "
-    "Photoshop:LayerBlendModes:idiv""Color Burn""Photoshop:LayerBlendModes:lLit""Linear Light"
-    "Photoshop:LayerBlendModes:lbrn""Linear Burn""Photoshop:LayerBlendModes:lddg""Linear Dodge"
-    "Photoshop:LayerBlendModes:lgCl""Lighter Color""Photoshop:LayerBlendModes:lite""Lighten"
-    "Photoshop:LayerBlendModes:lum ""Luminosity""Photoshop:LayerBlendModes:mul ""Multiply"
-    "Photoshop:LayerBlendModes:norm""Photoshop:LayerBlendModes:over""Overlay"
-    "Photoshop:LayerBlendModes:pLit""Pin Light""Photoshop:LayerBlendModes:pass""Pass Through"
-    "Photoshop:LayerBlendModes:sLit""Soft Light""Photoshop:LayerBlendModes:sat "
-    "Photoshop:LayerBlendModes:scrn""Screen""Photoshop:LayerBlendModes:smud""Exclusion"
-    "Photoshop:LayerBlendModes:vLit""Vivid Light""Photoshop:LayerColors""Layer Colors"
-    "Photoshop:LayerColors:0""Photoshop:LayerColors:1""Photoshop:LayerColors:2"
-    "Photoshop:LayerColors:3""Photoshop:LayerColors:4""Photoshop:LayerColors:5"
-    "Photoshop:LayerColors:6""Photoshop:LayerColors:7""Gray""Photoshop:LayerComps""Layer Comps"
-    "Photoshop:LayerCount""Layer Count""Photoshop:LayerGroupsEnabledID""Layer Groups Enabled ID"
-    "Photoshop:LayerIDs""Layer IDs""Photoshop:LayerModifyDates""Layer Modify Dates"
-    "Photoshop:LayerNames""Layer Names""Photoshop:LayerOpacities""Layer Opacities"
-    "Photoshop:LayerRectangles""Layer Rectangles""Photoshop:LayerSections""Layer Sections"
-    "Photoshop:LayerSections:0""Layer""Photoshop:LayerSections:1""Folder (open)"
-    "Photoshop:LayerSections:2""Folder (closed)""Photoshop:LayerSections:3""Divider"
-    "Photoshop:LayerSelectionIDs""Layer Selection IDs""Photoshop:LayerUnicodeNames"
-    "Layer Unicode Names""Photoshop:LayerVisible""Layer Visible""Photoshop:LayerVisible:0"
-    "Photoshop:LayerVisible:2""Photoshop:LayersGroupInfo""Layers Group Info"
-    "Photoshop:LightroomWorkflow""Lightroom Workflow""Photoshop:MacintoshNSPrintInfo"
-    "Macintosh NS Print Info""Photoshop:MacintoshPrintInfo""Macintosh Print Info"
-    "Photoshop:MeasurementScale""Measurement Scale""Photoshop:NumChannels""Num Channels"
-    "Photoshop:NumSlices""Num Slices""Photoshop:ObsoletePhotoshopTag1""Obsolete Photoshop Tag 1"
-    "Photoshop:ObsoletePhotoshopTag2""Obsolete Photoshop Tag 2""Photoshop:ObsoletePhotoshopTag3"
-    "Obsolete Photoshop Tag 3""Photoshop:OnionSkins""Onion Skins""Photoshop:OriginPathInfo"
-    "Origin Path Info""Photoshop:PStringCaption""P String Caption""Photoshop:PathSelectionState"
-    "Path Selection State""Photoshop:Photoshop2ColorTable""Photoshop 2 Color Table"
-    "Photoshop:Photoshop2Info""Photoshop 2 Info""Photoshop:PhotoshopBGRThumbnail"
-    "Photoshop BGR Thumbnail""Photoshop:PhotoshopFormat""Photoshop Format"
-    "Photoshop:PhotoshopFormat:0""Photoshop:PhotoshopFormat:1""Optimized"
-    "Photoshop:PhotoshopFormat:257""Progressive""Photoshop:PhotoshopQuality""Photoshop Quality"
-    "Photoshop:PhotoshopThumbnail""Photoshop Thumbnail""Photoshop:PixelAspectRatio"
-    "Pixel Aspect Ratio""Photoshop:PrintFlags""Print Flags""Photoshop:PrintFlagsInfo"
-    "Print Flags Info""Photoshop:PrintInfo""Print Info""Photoshop:PrintInfo2""Print Info 2"
-    "Photoshop:PrintPosition""Print Position""Photoshop:PrintScale""Print Scale"
-    "Photoshop:PrintStyle""Print Style""Photoshop:PrintStyle:0""Centered""Photoshop:PrintStyle:1"
-    "Size to Fit""Photoshop:PrintStyle:2""User Defined""Photoshop:ProgressiveScans"
-    "Progressive Scans""Photoshop:ProgressiveScans:1""3 Scans""Photoshop:ProgressiveScans:2"
-    "4 Scans""Photoshop:ProgressiveScans:3""5 Scans""Photoshop:QuickMaskInfo""Quick Mask Info"
-    "Photoshop:RawImageMode""Raw Image Mode""Photoshop:ReaderName""Reader Name"
-    "Photoshop:SheetDisclosure""Sheet Disclosure""Photoshop:SlicesGroupName""Slices Group Name"
-    "Photoshop:SpotHalftone""Spot Halftone""Photoshop:TargetLayerID""Target Layer ID"
-    "Photoshop:TimelineInfo""Timeline Info""Photoshop:TransparentIndex""Transparent Index"
-    "Photoshop:URL""Photoshop:URL_List""URL List""Photoshop:UnicodeAlphaNames""Unicode Alpha Names"
-    "Photoshop:Watermark""Photoshop:WindowsDEVMODE""Windows DEVMODE""Photoshop:WorkflowURL"
-    "Workflow URL""Photoshop:WorkingPath""Working Path""Photoshop:WriterName""Writer Name"
-    "Photoshop:XMLData""XML Data""Photoshop:XResolution""X Resolution""Photoshop:YResolution"
-    "Y Resolution""创意风格""压缩方案""未压缩""Mode colorimétrique""Matriciel""Niveaux de gris""Indexé""RVB"
-    "CMJN""Multicanal""Schéma de compression""Non compressé""ZIP sans prédiction"
-    "ZIP avec prédiction""Pouce""Info sur les guides de la grille""Résumé IPTC""Nombre de canaux"
-    "Ratio d'aspect des pixels""Imprimer Info""Imprimer Info 2""Style d'impression""Centré"
-    "Adapter à la taille""Défini par l'utilisateur""Mode de l'image RAW""URL ""Filigrane"
-    "Résolution horizontale de l'image""Résolution verticale de l'image""Alpha-Kanal-Namen"
-    "Hintergrundfarbe""Bit-Tiefe""Farbmodus""Graustufen""Indiziert""Mehrkanal""Zweiton"
-    "Komprimierungsschema""Nicht komprimiert""Einheit der horiz. Auflösung""Zoll"
-    "Einheit der vert. Auflösung""IPTC Kennwert""Anzahl Kanäle""Photoshop BGR-Vorschaubild"
-    "Photoshop-Format""Photoshop-Qualität""Wasserzeichen""Horizontale Bildauflösung"
-    "Vertikale Bildauflösung""Modo colore""Scala di grigi""Compressione""Non compresso""Falso"
-    "Pollici""Info 2 Exif""Numero canali""Progressivo""Scala stampa""Scansioni progressive"
-    "Info maschera veloce""Modo immagine raw""Risoluzione orizzontale immagine"
-    "Risoluzione verticale immagine""ビット深度""カラーモード""圧縮計画""非圧縮""画像幅の解像度""画像高さの解像度""Modo de Color"
-    "Compresión""Sin comprimir""Número Canales""Resolución Imagen Horizontal"
-    "Resolución Imagen Vertical""AIBuildNumber""AIColorUsage""AIFileFormat""AINumLayers"
-    "AIRulerUnits""AITargetResolution""AICreatorVersion""AIColorModel""Author""BoundingBox""Creator"
-    "EmbeddedFileName""For""ImageData""Keywords""Pages""Routing""Subject""TIFFPreview""Title"
-    "Version""PostScript:AIBuildNumber""AI Build Number""PostScript:AIColorModel""AI Color Model"
-    "PostScript:AIColorModel:1""PostScript:AIColorModel:2""PostScript:AIColorUsage""AI Color Usage"
-    "PostScript:AICreatorVersion""AI Creator Version""PostScript:AIFileFormat""AI File Format"
-    "PostScript:AINumLayers""AI Num Layers""PostScript:AIRulerUnits""AI Ruler Units"
-    "PostScript:AIRulerUnits:0""Inches""PostScript:AIRulerUnits:1""Millimeters"
-    "PostScript:AIRulerUnits:2""Points""PostScript:AIRulerUnits:3""Picas""PostScript:AIRulerUnits:4"
-    "Centimeters""PostScript:AIRulerUnits:6""Pixels""PostScript:AITargetResolution"
-    "AI Target Resolution""PostScript:Author""PostScript:BoundingBox""Bounding Box"
-    "PostScript:Copyright""PostScript:CreateDate""PostScript:Creator""PostScript:EmbeddedFileName"
-    "Embedded File Name""PostScript:For""PostScript:ImageData""Image Data""PostScript:Keywords"
-    "PostScript:ModifyDate""PostScript:Pages""PostScript:Routing""PostScript:Subject"
-    "PostScript:TIFFPreview""TIFF Preview""PostScript:Title""PostScript:Version""作者""关键字""主题""标题"
-    "版本""Usage des couleurs AIM""Version créateur AIM""Format fichier AIM""Calques AIM"
-    "Unités règles AIM""Pouces""Milimètres""Centimètres""Auteur""Créateur""Mots-clés""Sujet""Titre"
-    "Ersteller""Schlüsselwörter""Seiten""Themen/Schlüsselwörter""TIFF Vorschaubild""Titel""Autore"
-    "Creatore""Per""Parole chiave""Soggetto""Anteprima TIFF""Titolo""Numero versione immagine""製作者"
-    "キーワード""サブジェクト""タイトル""バージョン""Creador""Clave""Sujeto""Título""Versión PrintIM""PrintIMVersion"
-    "PrintIM:PrintIMVersion""PrintIM Version""Version Print IM""Versione PrintIM";
+    "Upper Far-left |\302\240中央 |\302\240左上" "顔認識" "自動追尾" "中央固定"
+    "Upper Near-left |\302\240中央右 |\302\240左上" "Upper Near-left |\302\240Upper-middle |\302\240右"
+    "Upper Near-right |\302\240Upper-middle |\302\240左下" "(none) |\302\240中央固定または複数 |\302\240無し"
+    "Upper-left |\302\240左上 |\302\240左下+下" "右" "左下+中央左" "左上+中央左" "Upper-middle |\302\240右" "下+中央"
+    "上+中央" "右下+中央右" "中央左 |\302\240右上 |\302\240右上+中央右" "左" "中央左" "中央（水平）"
+    "Top Near-left |\302\240上 |\302\240下 |\302\240中央上" "中央右" "右上 |\302\240右下+下"
+    "Upper-left |\302\240中央" "Upper-right |\302\240上 |\302\240中央左+中央 |\302\240左" "左下"
+    "中央 |\302\240中央（水平）" "Upper-right |\302\240下" "中央右+中央 |\302\240右" "Upper Near-left |\302\240中央右"
+    "無し" "右下" "左上+上 |\302\240左下" "Top Near-right |\302\240上 |\302\240中央下 |\302\240左" "中央"
+    "右上+上 |\302\240右下" "AFポイント選択" "AF測距点 未確認2？" "AF予測" "絞りリングの使用" "禁止" "許可" "画像作成者" "自動絞り"
+    "オートブラケット" "Av絞り設定" "基本露出補正" "黒点" "ブルーバランス" "電源A/D本体起動時" "電源A/D本体オフ時" "電源状態本体" "ブラケットショット数"
+    "該当無し" "CPUファームウエアバージョン" "画像の向き" "水平（標準）" "90度回転 CW" "270度回転 CW" "カメラ温度" "カラーフィルター" "白黒" "セピア"
+    "色空間" "色温度" "コントラスト" "-2 (ソフト) |\302\240スタンダード" "0 (スタンダード) |\302\240ソフト"
+    "+2 (ハード) |\302\240ハード" "-1 (少し低い)" "+1 (少し高い)" "-3 (かなり低い)" "+3 (かなり高い)" "版権所有者"
+    "DSPファームウエアバージョン" "データダンプ" "日付" "目的地" "目的地コード" "目的地DST" "いいえ" "はい" "デジタルズーム" "歪曲修正" "ドライブモード"
+    "多重露光" "１コマ撮影" "シングル露出" "複数の露出" "リモコン" "高速連射" "電子ダイヤルプログラム" "TvかAv" "Pシフト" "露出ステップ" "1/2 EVステップ"
+    "1/3 EVステップ" "効果レベル" "露出ブラケットステップサイズ" "露出補正値" "露出時間" "外付フラッシュバウンス" "ダイレクト" "バウンス" "外付ストロボ露出補正"
+    "未設定（オフかオートモード）" "未設定（マニュアルモード）" "外付フラッシュガイドナンバー？" "外付フラッシュモード" "該当なし-自動絞りオフ" "オン、フラッシュの問題？"
+    "オン、マニュアル" "オン、P-TTLオート" "オン、光量比制御シンクロ" "オン、ハイスピードシンクロ" "オン、ワイヤレス" "オン、ワイヤレス、ハイスピードシンクロ"
+    "オン、オート" "F値" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置" "顔6位置" "顔7位置" "顔8位置" "顔9位置" "フレームサイズ"
+    "ファームウェアバージョン" "フラッシュ露出補正" "ストロボ露出補正設定" "フラッシュ測光値" "フラッシュモード" "オフ |\302\240オート"
+    "オン |\302\240オン、発光無し" "外付、オート" "オート、発光、赤目軽減" "オン、赤目軽減" "オン、ワイヤレス (マスター)" "オン、ワイヤレス (コントロール)"
+    "オン、ソフト" "オン、スローシンクロ" "オン、スローシンクロ、赤目軽減" "オン、後幕シンクロ" "オート、発光無し、赤目軽減" "外付、フラッシュの問題?" "赤目軽減" "内蔵"
+    "外付、マニュアル" "外付、P-TTL自動調光" "外付、光量比制御シンクロ" "外付、ハイスピードシンクロ" "外付、ワイヤレス" "外付、ワイヤレス、ハイスピードシンクロ"
+    "フラッシュオプション" "ストロボオプション(2)" "標準" "後幕シンクロ" "オート、赤目軽減" "ワイヤレス（マスター発光）" "ワイヤレス（コントロール発光）" "スローシンクロ"
+    "スローシンクロ、赤目軽減" "ストロボ状態" "内蔵、発光" "外付、未発光" "外付、発光" "内蔵、未発光" "レンズ焦点距離" "フォーカスモード" "フォーカスモード2"
+    "マクロ |\302\240マクロ(1)" "カスタム |\302\240マクロ(2) |\302\240無限遠" "オート |\302\240マニュアル |\302\240無限遠"
+    "スーパーマクロ" "パンフォーカス" "フォーカス距離" "フレーム番号" "電源A/Dグリップ起動時" "電源A/Dグリップオフ時" "電源状態グリップ" "オートHDR" "切"
+    "高感度ノイズリダクション" "微弱" "弱" "強" "現在地" "現在地コード" "現在地DST" "ISOスピードレート" "ISOオート" "最低感度" "ISO設定" "マニュアル"
+    "イメージ領域オフセット" "画像処理カウント" "画像仕上" "ナチュラル" "鮮やか" "雅(MIYABI)" "モノトーン" "内蔵ストロボモード"
+    "オン、ワイヤレス（コントロール発光）" "オン、ワイヤレス（マスター発光）" "オン、オート、赤目軽減" "オフ、標準" "オフ、赤目軽減" "オフ、オート" "オフ、オート、赤目軽減"
+    "オフ（未確認 0xF4?）" "オフ、ワイヤレス（マスター発光）" "オフ、ワイヤレス（コントロール発光）" "オフ、スローシンクロ" "オフ、スローシンクロ、赤目軽減"
+    "オフ、後幕シンクロ" "内蔵フラッシュ強度" "内部シリアル番号" "JPEG記録サイズ" "レンズデータ" "Mv' nv' データ" "AVC 1/EXP データ"
+    "Mv1 Avminsifデータ" "UNT_12 UNT_6 データ" "統合フラッシュ最適エンドデータ" "K値(" "近距離収差訂正データ" "明色収差訂正データ"
+    "オープン収差データ" "AF最低作動状態データ（LC7）" "レンズF値" "レンズ情報" "レンズ種類/バージョン(LC0)" "レンズタイプ" "ライトリーディング" "メーカー"
+    "メーカーノートバージョン" "製造日付？" "最大絞り" "測光モード" "測光モード2" "測光モード3" "スポット" "最小絞り" "画像入力機器モデル" "緑" "黄色"
+    "オレンジ" "赤" "多重露出設定" "ノイズリダクション" "AFポイント番号" "ペンタックスイメージサイズ" "ペンタックスモデル" "ペンタックスバージョン" "ピクチャーモード"
+    "ピクチャーモード 2" "シーンモード" "オートピクチャ" "絞り優先（自動絞りオフ）" "マニュアル（自動絞りオフ）" "バルブ（自動絞りオフ）" "シャッター＆絞り優先AE"
+    "感度優先AE" "ストロボ同調速度AE" "プログラムAE" "グリーンモード" "シャッター優先" "絞り優先" "プログラムTvシフト" "プログラムAvシフト" "バルブ"
+    "1/2 EVステップ |\302\240プログラム" "プログラム" "美術館" "料理" "1/3 EVステップ |\302\240シャッター優先" "オートピクチャー（標準）"
+    "オートピクチャー（ポートレート）" "オートピクチャー（風景）" "オートピクチャー（マクロ）" "オートピクチャー（スポーツ）" "絞り優先（自動絞りOFF）" "ソフト"
+    "マニュアル（自動絞りOFF）" "バルブ（自動絞りOFF）" "秋" "花火" "パノラマ" "プログラムAE（ハイパープログラム）" "高速優先プログラム（ハイパープログラム）"
+    "深度優先プログラム（ハイパープログラム）" "MTF優先プログラム（ハイパープログラム）" "自分撮り" "イラスト" "デジタルフィルター" "水中" "ペット白色" "ペット黒色"
+    "ペット灰色" "美肌" "ボイスレコーディング" "フレーム合成" "Digital SR" "電源" "本体電源" "バッテリーグリップ" "外部電源" "プレビューイメージ"
+    "プレビュー画像境界" "プレビューイメージ容量" "プレビューイメージサイズ" "プレビューイメージ開始" "カメラが修理されたか？" "プログラムライン" "ノーマル" "高速優先"
+    "深度優先" "MTF優先" "品質" "エコノミー" "ファイン" "S.ファイン" "プレミアム" "未設定" "RAWとJPEG記録" "RAWイメージサイズ" "記録モード"
+    "レッドバランス" "回転" "180度回転" "手ぶれ補正状態" "SR焦点距離" "シャッター半押し時間" "SR効果" "なし" "彩度" "-2 (ソフト) |\302\240標準"
+    "0 (スタンダード) |\302\240低い彩度" "+2 (ハード) |\302\240高い彩度" "感度調節" "感度ステップ" "1EVステップ" "露出ステップに従う"
+    "センサー温度" "シリアル番号" "手ぶれ補正(設定)" "シャープネス" "-2 (ソフト) |\302\240ノーマル" "0 (ノーマル) |\302\240ソフト"
+    "-1 (ミドルソフト)" "+1 (少しハード)" "-3 (かなりソフト)" "+3 (かなりハード)" "スレーブフラッシュ測光値" "SVISO感度設定"
+    "TTL D/A Aチャンネル\343\200\200ダウン" "TTL D/A Aチャンネル アップ" "TTL D/A Bチャンネル\343\200\200ダウン"
+    "TTL D/A Bチャンネル\343\200\200アップ" "サムネイル画像" "時間" "トーンカーブ" "トーンカーブ(s)" "Tv露出時間設定" "WB AB補正"
+    "WB GM補正" "WB RGGB レベル\343\200\200曇天" "WB RGGB レベル\343\200\200昼光" "WB RGGB レベル\343\200\200ストロボ"
+    "WB RGGB レベル\343\200\200蛍光灯(D)" "WB RGGB レベル\343\200\200蛍光灯(N)" "WB RGGB レベル\343\200\200蛍光灯(W)"
+    "WB RGGB レベル\343\200\200日陰" "WB RGGB レベル\343\200\200白熱灯" "ホワイトバランス" "昼光" "曇り" "暖白光色蛍光灯" "ケルビン"
+    "日陰" "タングステン(白熱灯) |\302\240蛍光灯" "昼光色蛍光灯" "不明" "ユーザ選択" "昼白色蛍光灯" "温白色蛍光灯" "ストロボ" "ホワイトバランスモード"
+    "オート（昼光）" "オート（曇天）" "オート（日陰）" "オート（ストロボ）" "オート（白熱灯）" "オート（昼光色蛍光灯）" "ユーザー選択" "オート（昼白色蛍光灯）"
+    "オート（白色蛍光灯）" "ホワイトバランス設定" "色温度設定1" "色温度設定2" "色温度設定3" "タングステン(白熱灯)" "白レベル" "ワールドタイム位置"
+    "Aperture AE" "Bloqueo AE" "Apertura máxima AE 2" "Apertura mínima AE" "Estándar" "Retrato"
+    "Paisaje" "Modo Punto AF" "Punto AF Seleccionado" "Punto AF Seleccionado 2 " "Ninguno"
+    "Puntos AF en foco" "(none) |\302\240Fixed Center or Multiple |\302\240Ninguno"
+    "Puntos AF seleccionados" "Todo" "Autor" "Activado" "Desactivado" "Amarillo" "Naranja" "Rojo"
+    "Balance de azules" "Bajo" "Alto" "Orientación Cámara" "Girado 90° sentido reloj"
+    "Girado 270° sentido reloj" "Temperatura Cámara" "Filtro de Color" "Matriz de Color A"
+    "Matriz de Color B" "Espacio Color" "Temperatura Color Nublado" "Temperatura Color Luz de Día"
+    "Temperatura Color Flash" "Temperatura Color Sombrío" "Temperatura Color Tungsteno"
+    "Temperatura de Color" "-2 (low) |\302\240Estándar" "0 (normal) |\302\240Bajo"
+    "Copyright Perfil" "Fecha" "Si" "Monocromo" "Zoom Digital" "Corrección Distorsión"
+    "Modo Entrada" "Compensación Exposición" "Tiempo de Exposición" "Número F"
+    "Tamaño Area detección caras" "Caras Detectadas" "Versión Firmware"
+    "Compensación Exposición Flash" "Modo Flash" "Automático |\302\240Off, Did not fire"
+    "Encendido |\302\240On, Did not fire" "Apagado" "Distancia Focal Objetivo" "Modo Enfoque"
+    "Reducción Ruido ISO Alta" "Fuerte" "Tono" "Ratio Velocidad ISO" "Rápido" "Ajuste ISO"
+    "Modo Flash Interno" "Número Serie Interno" "Información del Objetivo" "Modelo Objetivo"
+    "Tipo Objetivo" "Marca" "Versión nota Fabricante" "Máxima Apertura del Objetivo" "Modo Medición"
+    "Multi-segmento" "Media ponderada al centro" "Puntual" "Apertura mínima" "Modelo"
+    "Reducción Ruido" "Apertura máxima nominal" "Apertura mínima nominal" "Número de Puntos AF"
+    "Comida" "Suave" "Fuegos Artificiales" "Panoramica" "Subacuatica" "Vista Previa"
+    "Longitud Imagen Previa" "Tamaño Imagen Previa" "Inicio Imagen Previa" "Calidad" "no aplica"
+    "Rotación" "Girado 180°" "Saturación" "Selección de escena" "Vista nocturna" "Puesta sol"
+    "Número Serie" "Nitidez" "-2 (soft) |\302\240Estándar" "0 (normal) |\302\240Suave"
+    "+2 (hard) |\302\240Fuerte" "Balance de Blancos" "Automático" "Luz de día" "Nublado"
+    "Fluorescente blanco cálido" "Sombrío" "Flourescente |\302\240Tungsteno"
+    "Equilibrio del blanco manual" "Fluorescente luz de día" "Desconocido"
+    "Fluorescente blanco de día" "Fluorescente blanco" "Nivel Blanco" "Cromaticidad Punto Blanco"
+    "ColorMatrix1" "WB_RGBLevels" "SensorWidth" "SensorHeight" "SensorLeftMargin" "SensorTopMargin"
+    "ImageWidth" "ImageHeight" "RawFormat" "RawData" "DateTimeOriginal" "ImageNumber" "Software"
+    "System" "UnknownDate" "StripOffsets" "BlackLevel" "SplitColumn" "BlackLevelData"
+    "PhaseOne_0x0225" "ColorMatrix2" "PhaseOne_0x022b" "PhaseOne_0x0258" "PhaseOne_0x025a"
+    "FirmwareVersions" "ShutterSpeedValue" "ApertureValue" "CameraModel" "MaxApertureValue"
+    "MinApertureValue" "Viewfinder" "SensorDefects" "AllColorFlatField1" "SensorCalibration_0x0404"
+    "SensorCalibration_0x0405" "SensorCalibration_0x0406" "SensorCalibration_0x0408"
+    "RedBlueFlatField" "SensorCalibration_0x040f" "AllColorFlatField2" "SensorCalibration_0x0413"
+    "SensorCalibration_0x0414" "AllColorFlatField3" "SensorCalibration_0x0418"
+    "LinearizationCoefficients1" "LinearizationCoefficients2" "SensorCalibration_0x041c"
+    "SensorCalibration_0x041e" "PhaseOne:AFAdjustment" "PhaseOne:AllColorFlatField1"
+    "All Color Flat Field 1" "PhaseOne:AllColorFlatField2" "All Color Flat Field 2"
+    "PhaseOne:AllColorFlatField3" "All Color Flat Field 3" "PhaseOne:ApertureValue" "Aperture Value"
+    "PhaseOne:BlackLevel" "Black Level" "PhaseOne:BlackLevelData" "Black Level Data"
+    "PhaseOne:CameraModel" "Camera Model" "PhaseOne:CameraOrientation"
+    "PhaseOne:CameraOrientation:0" "PhaseOne:CameraOrientation:1" "PhaseOne:CameraOrientation:2"
+    "PhaseOne:CameraOrientation:3" "PhaseOne:ColorMatrix1" "Color Matrix 1" "PhaseOne:ColorMatrix2"
+    "Color Matrix 2" "PhaseOne:DateTimeOriginal" "Date/Time Original"
+    "PhaseOne:ExposureCompensation" "PhaseOne:FirmwareVersions" "Firmware Versions"
+    "PhaseOne:FocalLength" "PhaseOne:ISO" "PhaseOne:ImageHeight" "Image Height"
+    "PhaseOne:ImageNumber" "Image Number" "PhaseOne:ImageWidth" "Image Width" "PhaseOne:LensModel"
+    "PhaseOne:LinearizationCoefficients1" "Linearization Coefficients 1"
+    "PhaseOne:LinearizationCoefficients2" "Linearization Coefficients 2" "PhaseOne:MaxApertureValue"
+    "Max Aperture Value" "PhaseOne:MinApertureValue" "Min Aperture Value" "PhaseOne:PhaseOne_0x0225"
+    "Phase One 0x0225" "PhaseOne:PhaseOne_0x022b" "Phase One 0x022b" "PhaseOne:PhaseOne_0x0258"
+    "Phase One 0x0258" "PhaseOne:PhaseOne_0x025a" "Phase One 0x025a" "PhaseOne:RawData" "Raw Data"
+    "PhaseOne:RawFormat" "Raw Format" "PhaseOne:RawFormat:1" "RAW 1" "PhaseOne:RawFormat:2" "RAW 2"
+    "PhaseOne:RawFormat:3" "IIQ L" "PhaseOne:RawFormat:5" "IIQ S" "PhaseOne:RawFormat:6" "IIQ Sv2"
+    "PhaseOne:RawFormat:8" "IIQ L16" "PhaseOne:RedBlueFlatField" "Red Blue Flat Field"
+    "PhaseOne:SensorCalibration_0x0404" "Sensor Calibration 0x0404"
+    "PhaseOne:SensorCalibration_0x0405" "Sensor Calibration 0x0405"
+    "PhaseOne:SensorCalibration_0x0406" "Sensor Calibration 0x0406"
+    "PhaseOne:SensorCalibration_0x0408" "Sensor Calibration 0x0408"
+    "PhaseOne:SensorCalibration_0x040f" "Sensor Calibration 0x040f"
+    "PhaseOne:SensorCalibration_0x0413" "Sensor Calibration 0x0413"
+    "PhaseOne:SensorCalibration_0x0414" "Sensor Calibration 0x0414"
+    "PhaseOne:SensorCalibration_0x0418" "Sensor Calibration 0x0418"
+    "PhaseOne:SensorCalibration_0x041c" "Sensor Calibration 0x041c"
+    "PhaseOne:SensorCalibration_0x041e" "Sensor Calibration 0x041e" "PhaseOne:SensorDefects"
+    "Sensor Defects" "PhaseOne:SensorHeight" "Sensor Height" "PhaseOne:SensorLeftMargin"
+    "Sensor Left Margin" "PhaseOne:SensorTemperature" "PhaseOne:SensorTemperature2"
+    "PhaseOne:SensorTopMargin" "Sensor Top Margin" "PhaseOne:SensorWidth" "Sensor Width"
+    "PhaseOne:SerialNumber" "PhaseOne:ShutterSpeedValue" "Shutter Speed Value" "PhaseOne:Software"
+    "PhaseOne:SplitColumn" "Split Column" "PhaseOne:StripOffsets" "Strip Offsets" "PhaseOne:System"
+    "PhaseOne:UnknownDate" "Unknown Date" "PhaseOne:Viewfinder" "PhaseOne:WB_RGBLevels"
+    "WB RGB Levels" "光圈" "原始数据产生的日期和时间" "像高" "像宽" "最大镜头光圈" "快门速度" "使用软件" "图像数据位置" "Ouverture"
+    "Niveau noir" "Matrice de couleurs 1" "Matrice de couleurs 2"
+    "Date de création des données originales" "Versions du micrologiciel" "Hauteur de l'image"
+    "Numéro de l'image" "Largeur de l'image" "Ouverture maximale de l'objectif"
+    "Valeur d'ouverture minimale" "Données RAW" "Format RAW" "Calibrage du capteur_0x0404"
+    "Calibrage du capteur_0x0405" "Calibrage du capteur_0x0406" "Calibrage du capteur_0x0408"
+    "Calibrage du capteur_0x040f" "Calibrage du capteur_0x0413" "Calibrage du capteur_0x0414"
+    "Calibrage du capteur_0x0418" "Calibrage du capteur_0x041c" "Calibrage du capteur_0x041e"
+    "Hauteur du capteur" "Marge gauche du capteur" "Marge supérieure du capteur"
+    "Largeur du capteur" "Vitesse d'obturation" "Logiciel" "Décalage des bandes" "Système"
+    "Balance des Blancs des niveaux RVB" "Blende" "Schwarzwert" "Schwarzwert Daten" "Kamera Modell"
+    "Farbmatrix 1" "Farbmatrix 2" "Erstellungsdatum/-uhrzeit" "Bildhöhe" "Bildbreite"
+    "Größtmögliche Blende" "Raw-Daten" "Sensor Höhe" "Sensor Breite" "Belichtungszeit"
+    "Bilddatenposition" "Weißabgleich RGB-Farbverteilung" "Apertura diaframma" "Livello del nero"
+    "Modello fotocamera" "Matrice colore 1" "Matrice colore 2" "Data/ora originale di creazione"
+    "Altezza immagine" "Numero immagine" "Larghezza immagine" "Diaframma massimo obiettivo"
+    "Altezza sensore" "Larghezza sensore" "Velocità otturatore" "Software utilizzato"
+    "Offset striscia" "絞り" "黒レベル" "カラーマトリックス1" "カラーマトリックス2" "オリジナルデータ作成日時" "画像高さ" "イメージ番号" "画像幅"
+    "最大レンズ口径" "センサー高さ" "センサー幅" "シャッタースピード" "ソフトウェア" "画像データ位置" "WB RGB レベル" "Apertura" "Nivel Negro"
+    "Matriz Color 1" "Matriz Color 2" "Fecha y Hora de Datos Original" "Alto Imagen" "Número Imagen"
+    "Ancho Imagen" "Apertura Lente Máxima" "Velocidad Obturación" "Programa Utilizado"
+    "Localización Datos Imagen" "SpecificationVersion" "AuthoringSoftwareRelease"
+    "ImageMagnificationDescriptor" "CreateDate" "ModifyDate" "ImageMedium" "ProductType"
+    "ScannerVendorID" "ScannerProductID" "ScannerFirmwareVersion" "ScannerFirmwareDate"
+    "ScannerSerialNumber" "ScannerPixelSize" "ImageWorkstationMake" "CharacterSet"
+    "CharacterEscapeSequence" "PhotoFinisherName" "HasSBA" "SceneBalanceAlgorithmRevision"
+    "SceneBalanceAlgorithmCommand" "SceneBalanceAlgorithmFilmID" "CopyrightStatus"
+    "CopyrightFileName" "Orientation" "CompressionClass" "87" "88" "89" "90" "92" "97" "98" "101"
+    "102" "121" "122" "138" "143" "148" "150" "151" "152" "153" "154" "155" "156" "157" "158" "162"
+    "163" "174" "185" "186" "187" "188" "189" "190" "214" "215" "217" "218" "219" "307" "308" "312"
+    "324" "328" "329" "330" "333" "334" "366" "367" "368" "369" "418" "430" "431" "432" "443" "444"
+    "445" "446" "447" "448" "449" "456" "457" "458" "459" "460" "461" "462" "463" "464" "465" "466"
+    "467" "468" "469" "470" "471" "472" "473" "474" "475" "476" "477" "478" "479" "480" "481" "482"
+    "483" "484" "485" "486" "487" "488" "489" "490" "491" "492" "493" "505" "508" "517" "519" "520"
+    "521" "522" "523" "524" "525" "526" "527" "528" "532" "533" "534" "535" "536" "537" "538" "539"
+    "540" "545" "546" "547" "548" "549" "550" "551" "552" "554" "555" "556" "557" "558" "563" "564"
+    "565" "567" "568" "569" "570" "576" "577" "578" "PhotoCD:AuthoringSoftwareRelease"
+    "Authoring Software Release" "PhotoCD:CharacterEscapeSequence" "Character Escape Sequence"
+    "PhotoCD:CharacterSet" "Character Set" "PhotoCD:CharacterSet:1" "38 characters ISO 646"
+    "PhotoCD:CharacterSet:2" "65 characters ISO 646" "PhotoCD:CharacterSet:3"
+    "95 characters ISO 646" "PhotoCD:CharacterSet:4" "191 characters ISO 8850-1"
+    "PhotoCD:CharacterSet:5" "ISO 2022" "PhotoCD:CharacterSet:6"
+    "Includes characters not ISO 2375 registered" "PhotoCD:CompressionClass" "Compression Class"
+    "PhotoCD:CompressionClass:0" "Class 1 - 35mm film; Pictoral hard copy"
+    "PhotoCD:CompressionClass:1" "Class 2 - Large format film" "PhotoCD:CompressionClass:2"
+    "Class 3 - Text and graphics, high resolution" "PhotoCD:CompressionClass:3"
+    "Class 4 - Text and graphics, high dynamic range" "PhotoCD:CopyrightFileName"
+    "Copyright File Name" "PhotoCD:CopyrightStatus" "Copyright Status" "PhotoCD:CopyrightStatus:1"
+    "Restrictions apply" "PhotoCD:CopyrightStatus:255" "Not specified" "PhotoCD:CreateDate"
+    "Create Date" "PhotoCD:HasSBA" "Has SBA" "PhotoCD:ImageHeight"
+    "PhotoCD:ImageMagnificationDescriptor" "Image Magnification Descriptor" "PhotoCD:ImageMedium"
+    "Image Medium" "PhotoCD:ImageMedium:0" "Color negative" "PhotoCD:ImageMedium:1" "Color reversal"
+    "PhotoCD:ImageMedium:2" "Color hard copy" "PhotoCD:ImageMedium:3" "Thermal hard copy"
+    "PhotoCD:ImageMedium:4" "Black and white negative" "PhotoCD:ImageMedium:5"
+    "Black and white reversal" "PhotoCD:ImageMedium:6" "Black and white hard copy"
+    "PhotoCD:ImageMedium:7" "Internegative" "PhotoCD:ImageMedium:8" "Synthetic image"
+    "PhotoCD:ImageWidth" "PhotoCD:ImageWorkstationMake" "Image Workstation Make"
+    "PhotoCD:ModifyDate" "Modify Date" "PhotoCD:Orientation" "PhotoCD:Orientation:0"
+    "PhotoCD:Orientation:1" "PhotoCD:Orientation:2" "PhotoCD:Orientation:3"
+    "PhotoCD:PhotoFinisherName" "Photo Finisher Name" "PhotoCD:ProductType" "Product Type"
+    "PhotoCD:ScannerFirmwareDate" "Scanner Firmware Date" "PhotoCD:ScannerFirmwareVersion"
+    "Scanner Firmware Version" "PhotoCD:ScannerPixelSize" "Scanner Pixel Size"
+    "PhotoCD:ScannerProductID" "Scanner Product ID" "PhotoCD:ScannerSerialNumber"
+    "Scanner Serial Number" "PhotoCD:ScannerVendorID" "Scanner Vendor ID"
+    "PhotoCD:SceneBalanceAlgorithmCommand" "Scene Balance Algorithm Command"
+    "PhotoCD:SceneBalanceAlgorithmCommand:0" "Neutral SBA On, Color SBA On"
+    "PhotoCD:SceneBalanceAlgorithmCommand:1" "Neutral SBA Off, Color SBA Off"
+    "PhotoCD:SceneBalanceAlgorithmCommand:2" "Neutral SBA On, Color SBA Off"
+    "PhotoCD:SceneBalanceAlgorithmCommand:3" "Neutral SBA Off, Color SBA On"
+    "PhotoCD:SceneBalanceAlgorithmFilmID" "Scene Balance Algorithm Film ID"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:1" "3M ScotchColor AT 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:101" "Kodak Vericolor 400 Prof VPH"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:102" "Kodak Vericolor III Pro"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:121" "Konika Konica Color SR-G 3200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:122" "Konika Konica Color Super SR100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:123" "Konika Konica Color Super SR 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:138" "Kodak Gold Unknown"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:139" "Kodak Unknown Neg A- Normal SBA"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:143" "Kodak Ektar 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:147" "Kodak Kodacolor CII"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:148" "Kodak Kodacolor II"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:149" "Kodak Gold Plus 200 Gen 3"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:150" "Kodak Internegative +10% Contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:151" "Agfa Agfacolor Ultra 50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:152" "Fuji NHG 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:153" "Agfa Agfacolor XRG 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:154" "Kodak Gold Plus 100 Gen 3"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:155" "Konika Konica Color Super SR200 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:156" "Konika Konica Color SR-G 160"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:157" "Agfa Agfacolor Optima 125"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:158" "Agfa Agfacolor Portrait 160"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:16" "Agfa Agfacolor XRS 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:162" "Kodak Kodacolor VRG 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:163" "Kodak Gold 200 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:164" "Kodak Kodacolor VRG 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:17" "Agfa Agfacolor XRG/XRS 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:174" "Kodak Internegative +20% Contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:175" "Kodak Internegative +30% Contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:176" "Kodak Internegative +40% Contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:18" "Agfa Agfacolor XRG/XRS 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:184" "Kodak TMax-100 D-76 CI = .40"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:185" "Kodak TMax-100 D-76 CI = .50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:186" "Kodak TMax-100 D-76 CI = .55"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:187" "Kodak TMax-100 D-76 CI = .70"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:188" "Kodak TMax-100 D-76 CI = .80"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:189" "Kodak TMax-100 TMax CI = .40"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:19" "Agfa Agfacolor XRS 1000 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:190" "Kodak TMax-100 TMax CI = .50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:191" "Kodak TMax-100 TMax CI = .55"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:192" "Kodak TMax-100 TMax CI = .70"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:193" "Kodak TMax-100 TMax CI = .80"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:195" "Kodak TMax-400 D-76 CI = .40"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:196" "Kodak TMax-400 D-76 CI = .50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:197" "Kodak TMax-400 D-76 CI = .55"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:198" "Kodak TMax-400 D-76 CI = .70"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:2" "3M ScotchColor AT 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:20" "Agfa Agfacolor XRS 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:21" "Agfa Agfacolor XRS/XRC 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:214" "Kodak TMax-400 D-76 CI = .80"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:215" "Kodak TMax-400 TMax CI = .40"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:216" "Kodak TMax-400 TMax CI = .50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:217" "Kodak TMax-400 TMax CI = .55"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:218" "Kodak TMax-400 TMax CI = .70"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:219" "Kodak TMax-400 TMax CI = .80"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:224" "3M ScotchColor ATG 400/EXL 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:26" "Fuji Reala 100 (JAPAN)"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:266" "Agfa Agfacolor Optima 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:267" "Konika Impressa 50"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:268" "Polaroid Polaroid CP 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:269" "Konika Konica Color Super SR200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:27" "Fuji Reala 100 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:270" "ILFORD XP2 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:271" "Polaroid Polaroid Color HD2 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:272" "Polaroid Polaroid Color HD2 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:273" "Polaroid Polaroid Color HD2 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:28" "Fuji Reala 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:282" "3M ScotchColor ATG-1 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:284" "Konika XG 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:29" "Fuji SHR 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:3" "3M ScotchColor HR2 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:30" "Fuji Super HG 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:307" "Kodak Universal Reversal B/W"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:308" "Kodak RPC Copy Film Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:31" "Fuji Super HG 1600 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:312" "Kodak Universal E6"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:32" "Fuji Super HG 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:324" "Kodak Gold Ultra 400 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:328" "Fuji Super G 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:329" "Fuji Super G 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:33" "Fuji Super HG 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:330" "Fuji Super G 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:333" "Kodak Universal K14"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:334" "Fuji Super G 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:34" "Fuji Super HG 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:35" "Fuji Super HR 100 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:36" "Fuji Super HR 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:366" "Kodak Vericolor HC 6329 VHC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:367" "Kodak Vericolor HC 4329 VHC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:368" "Kodak Vericolor L 6013 VPL"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:369" "Kodak Vericolor L 4013 VPL"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:37" "Fuji Super HR 1600 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:38" "Fuji Super HR 200 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:39" "Fuji Super HR 200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:40" "Fuji Super HR 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:418" "Kodak Ektacolor Gold II 400 Prof"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:43" "Fuji NSP 160S (Pro)"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:430" "Kodak Royal Gold 1000"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:431" "Kodak Kodacolor VR 200 / 5093"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:432" "Kodak Gold Plus 100 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:443" "Kodak Royal Gold 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:444" "Kodak Royal Gold 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:445" "Kodak Universal E6 auto-balance"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:446" "Kodak Universal E6 illum. corr."
+    "PhotoCD:SceneBalanceAlgorithmFilmID:447" "Kodak Universal K14 auto-balance"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:448" "Kodak Universal K14 illum. corr."
+    "PhotoCD:SceneBalanceAlgorithmFilmID:449" "Kodak Ektar 100 Gen 3 SY"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:45" "Kodak Kodacolor VR 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:456" "Kodak Ektar 25"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:457" "Kodak Ektar 100 Gen 3 CX"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:458" "Kodak Ektapress Plus 100 Prof PJA-1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:459" "Kodak Ektapress Gold II 100 Prof"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:460" "Kodak Pro 100 PRN"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:461" "Kodak Vericolor HC 100 Prof VHC-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:462" "Kodak Prof Color Neg 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:463" "Kodak Ektar 1000 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:464" "Kodak Ektapress Plus 1600 Pro PJC-1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:465" "Kodak Ektapress Gold II 1600 Prof"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:466" "Kodak Super Gold 1600 GF Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:467" "Kodak Kodacolor 100 Print Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:468" "Kodak Super Gold 100 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:469" "Kodak Gold 100 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:47" "Kodak Gold 400 Gen 3"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:470" "Kodak Gold III 100 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:471" "Kodak Funtime 100 FA"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:472" "Kodak Funtime 200 FB"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:473" "Kodak Kodacolor VR 200 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:474" "Kodak Gold Super 200 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:475" "Kodak Kodacolor 200 Print Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:476" "Kodak Super Gold 200 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:477" "Kodak Gold 200 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:478" "Kodak Gold III 200 Gen 4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:479" "Kodak Gold Ultra 400 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:480" "Kodak Super Gold 400 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:481" "Kodak Gold 400 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:482" "Kodak Gold III 400 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:483" "Kodak Kodacolor 400 Print Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:484" "Kodak Ektapress Plus 400 Prof PJB-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:485" "Kodak Ektapress Gold II 400 Prof G5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:486" "Kodak Pro 400 PPF-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:487" "Kodak Ektacolor Gold II 400 EGP-4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:488" "Kodak Ektacolor Gold 400 Prof EGP-4"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:489" "Kodak Ektapress Gold II Multspd PJM"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:490" "Kodak Pro 400 MC PMC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:491" "Kodak Vericolor 400 Prof VPH-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:492" "Kodak Vericolor 400 Plus Prof VPH-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:493" "Kodak Unknown Neg Product Code 83"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:505" "Kodak Ektacolor Pro Gold 160 GPX"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:508" "Kodak Royal Gold 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:517" "Kodak 4050000000"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:519" "Kodak Gold Plus 100 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:520" "Kodak Gold 800 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:521" "Kodak Gold Super 200 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:522" "Kodak Ektapress Plus 200 Prof"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:523" "Kodak 4050 E6 auto-balance"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:524" "Kodak 4050 E6 ilum. corr."
+    "PhotoCD:SceneBalanceAlgorithmFilmID:525" "Kodak 4050 K14"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:526" "Kodak 4050 K14 auto-balance"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:527" "Kodak 4050 K14 ilum. corr."
+    "PhotoCD:SceneBalanceAlgorithmFilmID:528" "Kodak 4050 Reversal B&W"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:532" "Kodak Advantix 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:533" "Kodak Advantix 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:534" "Kodak Advantix 100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:535" "Kodak Ektapress Multspd Prof PJM-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:536" "Kodak Kodacolor VR 200 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:537" "Kodak Funtime 200 FB Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:538" "Kodak Commercial 200"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:539" "Kodak Royal Gold 25 Copystand"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:540" "Kodak Kodacolor DA 100 Gen 5"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:545" "Kodak Kodacolor VR 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:546" "Kodak Gold 100 Gen 6"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:547" "Kodak Gold 200 Gen 6"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:548" "Kodak Gold 400 Gen 6"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:549" "Kodak Royal Gold 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:55" "Kodak Ektar 100 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:550" "Kodak Royal Gold 200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:551" "Kodak Royal Gold 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:552" "Kodak Gold Max 800 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:554" "Kodak 4050 E6 high contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:555" "Kodak 4050 E6 low saturation high contrast"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:556" "Kodak 4050 E6 low saturation"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:557" "Kodak Universal E-6 Low Saturation"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:558" "Kodak T-Max T400 CN"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:56" "Kodak Ektar 1000 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:563" "Kodak Ektapress PJ100"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:564" "Kodak Ektapress PJ400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:565" "Kodak Ektapress PJ800"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:567" "Kodak Portra 160NC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:568" "Kodak Portra 160VC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:569" "Kodak Portra 400NC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:57" "Kodak Ektar 125 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:570" "Kodak Portra 400VC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:575" "Kodak Advantix 100-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:576" "Kodak Advantix 200-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:577" "Kodak Advantix Black & White + 400"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:578" "Kodak Ektapress PJ800-2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:58" "Kodak Royal Gold 25 RZ"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:60" "Kodak Gold 1600 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:61" "Kodak Gold 200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:62" "Kodak Gold 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:65" "Kodak Kodacolor VR 100 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:66" "Kodak Kodacolor VR 1000 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:67" "Kodak Kodacolor VR 1000 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:68" "Kodak Kodacolor VR 200 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:69" "Kodak Kodacolor VR 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:7" "3M Scotch HR 200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:70" "Kodak Kodacolor VR 200 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:71" "Kodak Kodacolor VRG 100 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:72" "Kodak Gold 100 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:73" "Kodak Kodacolor VRG 200 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:74" "Kodak Gold 400 Gen 1"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:87" "Kodak Ektacolor Gold 160"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:88" "Kodak Ektapress 1600 Gen 1 PPC"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:89" "Kodak Ektapress Gold 100 Gen 1 PPA"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:9" "3M Scotch HR 400 Gen 2"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:90" "Kodak Ektapress Gold 400 PPB-3"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:92" "Kodak Ektar 25 Professional PHR"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:97" "Kodak T-Max 100 Professional"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:98" "Kodak T-Max 3200 Professional"
+    "PhotoCD:SceneBalanceAlgorithmFilmID:99" "Kodak T-Max 400 Professional"
+    "PhotoCD:SceneBalanceAlgorithmRevision" "Scene Balance Algorithm Revision"
+    "PhotoCD:SpecificationVersion" "Specification Version" "数字数据产生的日期和时间" "文件改变的日期和时间"
+    "Jeu de caractères" "38 caractères ISO 646" "65 caractères ISO 646" "95 caractères ISO 646"
+    "191 caractères ISO 8850-1" "Comprend des caractères non enregistrés dans l'ISO 2375"
+    "Date de création des données numériques" "Date de modification du fichier"
+    "Orientation de l'image" "Date du micrologiciel du scanner"
+    "Version du micrologiciel du scanner" "ID produit du scanner" "Numéro de série du scanner"
+    "Zeichensatz" "Digitalisierungsdatum/-uhrzeit" "Änderungsdatum" "Set di caratteri"
+    "Non specificato" "Data di creazione" "Data modifica" "Orientamento" "キャラクターセット" "デジタルデータ作成日時"
+    "ファイル作成日時" "Conjunto de Caracteres" "Fecha y Hora de Datos Digital"
+    "Fecha y Hora de Cambio del Archivo" "Orientación de Imagen" "0° (arriba/izquierda)"
+    "RawCropLeft" "RawCropTop" "RawCropRight" "RawCropBottom" "ConstrainedCropWidth"
+    "ConstrainedCropHeight" "FrameNum" "CropLeft" "CropTop" "CropRight" "CropBottom" "Tagged"
+    "ColorClass" "Rating" "PreviewCropLeft" "PreviewCropTop" "PreviewCropRight" "PreviewCropBottom"
+    "PhotoMechanic:ColorClass" "Color Class" "PhotoMechanic:ColorClass:0" "0 (None)"
+    "PhotoMechanic:ColorClass:1" "1 (Winner)" "PhotoMechanic:ColorClass:2" "2 (Winner alt)"
+    "PhotoMechanic:ColorClass:3" "3 (Superior)" "PhotoMechanic:ColorClass:4" "4 (Superior alt)"
+    "PhotoMechanic:ColorClass:5" "5 (Typical)" "PhotoMechanic:ColorClass:6" "6 (Typical alt)"
+    "PhotoMechanic:ColorClass:7" "7 (Extras)" "PhotoMechanic:ColorClass:8" "8 (Trash)"
+    "PhotoMechanic:ConstrainedCropHeight" "Constrained Crop Height"
+    "PhotoMechanic:ConstrainedCropWidth" "Constrained Crop Width" "PhotoMechanic:CropBottom"
+    "Crop Bottom" "PhotoMechanic:CropLeft" "Crop Left" "PhotoMechanic:CropRight" "Crop Right"
+    "PhotoMechanic:CropTop" "Crop Top" "PhotoMechanic:FrameNum" "Frame Num"
+    "PhotoMechanic:PreviewCropBottom" "Preview Crop Bottom" "PhotoMechanic:PreviewCropLeft"
+    "Preview Crop Left" "PhotoMechanic:PreviewCropRight" "Preview Crop Right"
+    "PhotoMechanic:PreviewCropTop" "Preview Crop Top" "PhotoMechanic:Rating"
+    "PhotoMechanic:RawCropBottom" "Raw Crop Bottom" "PhotoMechanic:RawCropLeft" "Raw Crop Left"
+    "PhotoMechanic:RawCropRight" "Raw Crop Right" "PhotoMechanic:RawCropTop" "Raw Crop Top"
+    "PhotoMechanic:Rotation" "PhotoMechanic:Rotation:0" "PhotoMechanic:Rotation:1"
+    "PhotoMechanic:Rotation:2" "PhotoMechanic:Rotation:3" "PhotoMechanic:Tagged"
+    "PhotoMechanic:Tagged:0" "PhotoMechanic:Tagged:1" "评分" "Recadrage inférieur" "Recadrage gauche"
+    "Recadrage droite" "Recadrage supérieur" "Classement" "0°" "90°" "180°" "270°"
+    "Ausschnitt erzeugte Höhe" "Ausschnitt erzeugte Breite" "Ausschnitt Unten" "Ausschnitt Links"
+    "Ausschnitt Rechts" "Ausschnitt Oben" "Vorschau Ausschnitt Unten" "Vorschau Ausschnitt Links"
+    "Vorschau Ausschnitt Rechts" "Vorschau Ausschnitt Oben" "Bewertung" "Raw Ausschnitt Unten"
+    "Raw Ausschnitt Links" "Raw Ausschnitt Rechts" "Raw Ausschnitt Oben" "Nein" "Ja" "0 (Nessuno)"
+    "1 (Vincitore)" "Valutazione" "開始オフセットX" "開始オフセットY" "格付け" "Recorte Izquierda" "Recorte Arriba"
+    "Clasificación" "NumChannels" "BitDepth" "ColorMode" "Compression" "PhotoshopQuality"
+    "PhotoshopFormat" "ProgressiveScans" "LayerBlendModes" "LayerCount" "LayerNames"
+    "LayerOpacities" "LayerRectangles" "LayerVisible" "LayerColors" "LayerSections"
+    "LayerUnicodeNames" "LayerIDs" "LayerModifyDates" "Photoshop2Info" "MacintoshPrintInfo"
+    "XMLData" "Photoshop2ColorTable" "AlphaChannelsNames" "DisplayInfo" "PStringCaption"
+    "BorderInformation" "BackgroundColor" "PrintFlags" "BW_HalftoningInfo" "ColorHalftoningInfo"
+    "DuotoneHalftoningInfo" "BW_TransferFunc" "ColorTransferFuncs" "DuotoneTransferFuncs"
+    "DuotoneImageInfo" "EffectiveBW" "ObsoletePhotoshopTag1" "EPSOptions" "QuickMaskInfo"
+    "ObsoletePhotoshopTag2" "TargetLayerID" "WorkingPath" "LayersGroupInfo" "ObsoletePhotoshopTag3"
+    "RawImageMode" "GridGuidesInfo" "PhotoshopBGRThumbnail" "CopyrightFlag" "URL"
+    "PhotoshopThumbnail" "GlobalAngle" "ColorSamplersResource" "Watermark" "ICC_Untagged"
+    "EffectsVisible" "SpotHalftone" "IDsBaseValue" "UnicodeAlphaNames" "IndexedColorTableCount"
+    "TransparentIndex" "GlobalAltitude" "WorkflowURL" "JumpToXPEP" "AlphaIdentifiers" "URL_List"
+    "ExifInfo2" "IPTCDigest" "LayerComps" "AlternateDuotoneColors" "AlternateSpotColors"
+    "LayerSelectionIDs" "HDRToningInfo" "PrintInfo" "LayerGroupsEnabledID" "ColorSamplersResource2"
+    "MeasurementScale" "TimelineInfo" "SheetDisclosure" "OnionSkins" "CountInfo" "PrintInfo2"
+    "PrintStyle" "MacintoshNSPrintInfo" "WindowsDEVMODE" "AutoSaveFilePath" "AutoSaveFormat"
+    "PathSelectionState" "ClippingPathName" "OriginPathInfo" "ImageReadyVariables"
+    "ImageReadyDataSets" "LightroomWorkflow" "PrintFlagsInfo" "PixelAspectRatio" "PrintPosition"
+    "PrintScale" "XResolution" "DisplayedUnitsX" "YResolution" "DisplayedUnitsY" "SlicesGroupName"
+    "NumSlices" "HasRealMergedData" "WriterName" "ReaderName" "colr" "dark" "diff" "diss" "div "
+    "dkCl" "fdiv" "fsub" "hLit" "hMix" "hue " "idiv" "lLit" "lbrn" "lddg" "lgCl" "lite" "lum "
+    "mul " "norm" "over" "pLit" "pass" "sLit" "sat " "scrn" "smud" "vLit"
+    "Photoshop:AlphaChannelsNames" "Alpha Channels Names" "Photoshop:AlphaIdentifiers"
+    "Alpha Identifiers" "Photoshop:AlternateDuotoneColors" "Alternate Duotone Colors"
+    "Photoshop:AlternateSpotColors" "Alternate Spot Colors" "Photoshop:AutoSaveFilePath"
+    "Auto Save File Path" "Photoshop:AutoSaveFormat" "Auto Save Format"
+    "Photoshop:BW_HalftoningInfo" "BW Halftoning Info" "Photoshop:BW_TransferFunc"
+    "BW Transfer Func" "Photoshop:BackgroundColor" "Background Color" "Photoshop:BitDepth"
+    "Bit Depth" "Photoshop:BorderInformation" "Border Information" "Photoshop:ClippingPathName"
+    "Clipping Path Name" "Photoshop:ColorHalftoningInfo" "Color Halftoning Info"
+    "Photoshop:ColorMode" "Color Mode" "Photoshop:ColorMode:0" "Bitmap" "Photoshop:ColorMode:1"
+    "Grayscale" "Photoshop:ColorMode:2" "Indexed" "Photoshop:ColorMode:3" "RGB"
+    "Photoshop:ColorMode:4" "CMYK" "Photoshop:ColorMode:7" "Multichannel" "Photoshop:ColorMode:8"
+    "Duotone" "Photoshop:ColorMode:9" "Lab" "Photoshop:ColorSamplersResource"
+    "Color Samplers Resource" "Photoshop:ColorSamplersResource2" "Color Samplers Resource 2"
+    "Photoshop:ColorTransferFuncs" "Color Transfer Funcs" "Photoshop:Compression"
+    "Photoshop:Compression:0" "Uncompressed" "Photoshop:Compression:1" "RLE"
+    "Photoshop:Compression:2" "ZIP without prediction" "Photoshop:Compression:3"
+    "ZIP with prediction" "Photoshop:CopyrightFlag" "Copyright Flag" "Photoshop:CopyrightFlag:0"
+    "False" "Photoshop:CopyrightFlag:1" "True" "Photoshop:CountInfo" "Count Info"
+    "Photoshop:DisplayInfo" "Display Info" "Photoshop:DisplayedUnitsX" "Displayed Units X"
+    "Photoshop:DisplayedUnitsX:1" "inches" "Photoshop:DisplayedUnitsX:2" "cm"
+    "Photoshop:DisplayedUnitsY" "Displayed Units Y" "Photoshop:DisplayedUnitsY:1"
+    "Photoshop:DisplayedUnitsY:2" "Photoshop:DuotoneHalftoningInfo" "Duotone Halftoning Info"
+    "Photoshop:DuotoneImageInfo" "Duotone Image Info" "Photoshop:DuotoneTransferFuncs"
+    "Duotone Transfer Funcs" "Photoshop:EPSOptions" "EPS Options" "Photoshop:EffectiveBW"
+    "Effective BW" "Photoshop:EffectsVisible" "Effects Visible" "Photoshop:ExifInfo2" "Exif Info 2"
+    "Photoshop:GlobalAltitude" "Global Altitude" "Photoshop:GlobalAngle" "Global Angle"
+    "Photoshop:GridGuidesInfo" "Grid Guides Info" "Photoshop:HDRToningInfo" "HDR Toning Info"
+    "Photoshop:HasRealMergedData" "Has Real Merged Data" "Photoshop:HasRealMergedData:0"
+    "Photoshop:HasRealMergedData:1" "Photoshop:ICC_Untagged" "ICC Untagged" "Photoshop:IDsBaseValue"
+    "IDs Base Value" "Photoshop:IPTCDigest" "IPTC Digest" "Photoshop:ImageHeight"
+    "Photoshop:ImageReadyDataSets" "Image Ready Data Sets" "Photoshop:ImageReadyVariables"
+    "Image Ready Variables" "Photoshop:ImageWidth" "Photoshop:IndexedColorTableCount"
+    "Indexed Color Table Count" "Photoshop:JumpToXPEP" "Jump To XPEP" "Photoshop:LayerBlendModes"
+    "Layer Blend Modes" "Photoshop:LayerBlendModes:colr" "Color" "Photoshop:LayerBlendModes:dark"
+    "Darken" "Photoshop:LayerBlendModes:diff" "Difference" "Photoshop:LayerBlendModes:diss"
+    "Dissolve" "Photoshop:LayerBlendModes:div " "Color Dodge" "Photoshop:LayerBlendModes:dkCl"
+    "Darker Color" "Photoshop:LayerBlendModes:fdiv" "Divide" "Photoshop:LayerBlendModes:fsub"
+    "Subtract" "Photoshop:LayerBlendModes:hLit" "Hard Light" "Photoshop:LayerBlendModes:hMix"
+    "Hard Mix" "Photoshop:LayerBlendModes:hue " "Photoshop:LayerBlendModes:idiv" "Color Burn"
+    "Photoshop:LayerBlendModes:lLit" "Linear Light" "Photoshop:LayerBlendModes:lbrn" "Linear Burn"
+    "Photoshop:LayerBlendModes:lddg" "Linear Dodge" "Photoshop:LayerBlendModes:lgCl" "Lighter Color"
+    "Photoshop:LayerBlendModes:lite" "Lighten" "Photoshop:LayerBlendModes:lum " "Luminosity"
+    "Photoshop:LayerBlendModes:mul " "Multiply" "Photoshop:LayerBlendModes:norm"
+    "Photoshop:LayerBlendModes:over" "Overlay" "Photoshop:LayerBlendModes:pLit" "Pin Light"
+    "Photoshop:LayerBlendModes:pass" "Pass Through" "Photoshop:LayerBlendModes:sLit" "Soft Light"
+    "Photoshop:LayerBlendModes:sat " "Photoshop:LayerBlendModes:scrn" "Screen"
+    "Photoshop:LayerBlendModes:smud" "Exclusion" "Photoshop:LayerBlendModes:vLit" "Vivid Light"
+    "Photoshop:LayerColors" "Layer Colors" "Photoshop:LayerColors:0" "Photoshop:LayerColors:1"
+    "Photoshop:LayerColors:2" "Photoshop:LayerColors:3" "Photoshop:LayerColors:4"
+    "Photoshop:LayerColors:5" "Photoshop:LayerColors:6" "Photoshop:LayerColors:7" "Gray"
+    "Photoshop:LayerComps" "Layer Comps" "Photoshop:LayerCount" "Layer Count"
+    "Photoshop:LayerGroupsEnabledID" "Layer Groups Enabled ID" "Photoshop:LayerIDs" "Layer IDs"
+    "Photoshop:LayerModifyDates" "Layer Modify Dates" "Photoshop:LayerNames" "Layer Names"
+    "Photoshop:LayerOpacities" "Layer Opacities" "Photoshop:LayerRectangles" "Layer Rectangles"
+    "Photoshop:LayerSections" "Layer Sections" "Photoshop:LayerSections:0" "Layer"
+    "Photoshop:LayerSections:1" "Folder (open)" "Photoshop:LayerSections:2" "Folder (closed)"
+    "Photoshop:LayerSections:3" "Divider" "Photoshop:LayerSelectionIDs" "Layer Selection IDs"
+    "Photoshop:LayerUnicodeNames" "Layer Unicode Names" "Photoshop:LayerVisible" "Layer Visible"
+    "Photoshop:LayerVisible:0" "Photoshop:LayerVisible:2" "Photoshop:LayersGroupInfo"
+    "Layers Group Info" "Photoshop:LightroomWorkflow" "Lightroom Workflow"
+    "Photoshop:MacintoshNSPrintInfo" "Macintosh NS Print Info" "Photoshop:MacintoshPrintInfo"
+    "Macintosh Print Info" "Photoshop:MeasurementScale" "Measurement Scale" "Photoshop:NumChannels"
+    "Num Channels" "Photoshop:NumSlices" "Num Slices" "Photoshop:ObsoletePhotoshopTag1"
+    "Obsolete Photoshop Tag 1" "Photoshop:ObsoletePhotoshopTag2" "Obsolete Photoshop Tag 2"
+    "Photoshop:ObsoletePhotoshopTag3" "Obsolete Photoshop Tag 3" "Photoshop:OnionSkins"
+    "Onion Skins" "Photoshop:OriginPathInfo" "Origin Path Info" "Photoshop:PStringCaption"
+    "P String Caption" "Photoshop:PathSelectionState" "Path Selection State"
+    "Photoshop:Photoshop2ColorTable" "Photoshop 2 Color Table" "Photoshop:Photoshop2Info"
+    "Photoshop 2 Info" "Photoshop:PhotoshopBGRThumbnail" "Photoshop BGR Thumbnail"
+    "Photoshop:PhotoshopFormat" "Photoshop Format" "Photoshop:PhotoshopFormat:0"
+    "Photoshop:PhotoshopFormat:1" "Optimized" "Photoshop:PhotoshopFormat:257" "Progressive"
+    "Photoshop:PhotoshopQuality" "Photoshop Quality" "Photoshop:PhotoshopThumbnail"
+    "Photoshop Thumbnail" "Photoshop:PixelAspectRatio" "Pixel Aspect Ratio" "Photoshop:PrintFlags"
+    "Print Flags" "Photoshop:PrintFlagsInfo" "Print Flags Info" "Photoshop:PrintInfo" "Print Info"
+    "Photoshop:PrintInfo2" "Print Info 2" "Photoshop:PrintPosition" "Print Position"
+    "Photoshop:PrintScale" "Print Scale" "Photoshop:PrintStyle" "Print Style"
+    "Photoshop:PrintStyle:0" "Centered" "Photoshop:PrintStyle:1" "Size to Fit"
+    "Photoshop:PrintStyle:2" "User Defined" "Photoshop:ProgressiveScans" "Progressive Scans"
+    "Photoshop:ProgressiveScans:1" "3 Scans" "Photoshop:ProgressiveScans:2" "4 Scans"
+    "Photoshop:ProgressiveScans:3" "5 Scans" "Photoshop:QuickMaskInfo" "Quick Mask Info"
+    "Photoshop:RawImageMode" "Raw Image Mode" "Photoshop:ReaderName" "Reader Name"
+    "Photoshop:SheetDisclosure" "Sheet Disclosure" "Photoshop:SlicesGroupName" "Slices Group Name"
+    "Photoshop:SpotHalftone" "Spot Halftone" "Photoshop:TargetLayerID" "Target Layer ID"
+    "Photoshop:TimelineInfo" "Timeline Info" "Photoshop:TransparentIndex" "Transparent Index"
+    "Photoshop:URL" "Photoshop:URL_List" "URL List" "Photoshop:UnicodeAlphaNames"
+    "Unicode Alpha Names" "Photoshop:Watermark" "Photoshop:WindowsDEVMODE" "Windows DEVMODE"
+    "Photoshop:WorkflowURL" "Workflow URL" "Photoshop:WorkingPath" "Working Path"
+    "Photoshop:WriterName" "Writer Name" "Photoshop:XMLData" "XML Data" "Photoshop:XResolution"
+    "X Resolution" "Photoshop:YResolution" "Y Resolution" "创意风格" "压缩方案" "未压缩" "Mode colorimétrique"
+    "Matriciel" "Niveaux de gris" "Indexé" "RVB" "CMJN" "Multicanal" "Schéma de compression"
+    "Non compressé" "ZIP sans prédiction" "ZIP avec prédiction" "Pouce"
+    "Info sur les guides de la grille" "Résumé IPTC" "Nombre de canaux" "Ratio d'aspect des pixels"
+    "Imprimer Info" "Imprimer Info 2" "Style d'impression" "Centré" "Adapter à la taille"
+    "Défini par l'utilisateur" "Mode de l'image RAW" "URL " "Filigrane"
+    "Résolution horizontale de l'image" "Résolution verticale de l'image" "Alpha-Kanal-Namen"
+    "Hintergrundfarbe" "Bit-Tiefe" "Farbmodus" "Graustufen" "Indiziert" "Mehrkanal" "Zweiton"
+    "Komprimierungsschema" "Nicht komprimiert" "Einheit der horiz. Auflösung" "Zoll"
+    "Einheit der vert. Auflösung" "IPTC Kennwert" "Anzahl Kanäle" "Photoshop BGR-Vorschaubild"
+    "Photoshop-Format" "Photoshop-Qualität" "Wasserzeichen" "Horizontale Bildauflösung"
+    "Vertikale Bildauflösung" "Modo colore" "Scala di grigi" "Compressione" "Non compresso" "Falso"
+    "Pollici" "Info 2 Exif" "Numero canali" "Progressivo" "Scala stampa" "Scansioni progressive"
+    "Info maschera veloce" "Modo immagine raw" "Risoluzione orizzontale immagine"
+    "Risoluzione verticale immagine" "ビット深度" "カラーモード" "圧縮計画" "非圧縮" "画像幅の解像度" "画像高さの解像度"
+    "Modo de Color" "Compresión" "Sin comprimir" "Número Canales" "Resolución Imagen Horizontal"
+    "Resolución Imagen Vertical" "AIBuildNumber" "AIColorUsage" "AIFileFormat" "AINumLayers"
+    "AIRulerUnits" "AITargetResolution" "AICreatorVersion" "AIColorModel" "Author" "BoundingBox"
+    "Creator" "EmbeddedFileName" "For" "ImageData" "Keywords" "Pages" "Routing" "Subject"
+    "TIFFPreview" "Title" "Version" "PostScript:AIBuildNumber" "AI Build Number"
+    "PostScript:AIColorModel" "AI Color Model" "PostScript:AIColorModel:1"
+    "PostScript:AIColorModel:2" "PostScript:AIColorUsage" "AI Color Usage"
+    "PostScript:AICreatorVersion" "AI Creator Version" "PostScript:AIFileFormat" "AI File Format"
+    "PostScript:AINumLayers" "AI Num Layers" "PostScript:AIRulerUnits" "AI Ruler Units"
+    "PostScript:AIRulerUnits:0" "Inches" "PostScript:AIRulerUnits:1" "Millimeters"
+    "PostScript:AIRulerUnits:2" "Points" "PostScript:AIRulerUnits:3" "Picas"
+    "PostScript:AIRulerUnits:4" "Centimeters" "PostScript:AIRulerUnits:6" "Pixels"
+    "PostScript:AITargetResolution" "AI Target Resolution" "PostScript:Author"
+    "PostScript:BoundingBox" "Bounding Box" "PostScript:Copyright" "PostScript:CreateDate"
+    "PostScript:Creator" "PostScript:EmbeddedFileName" "Embedded File Name" "PostScript:For"
+    "PostScript:ImageData" "Image Data" "PostScript:Keywords" "PostScript:ModifyDate"
+    "PostScript:Pages" "PostScript:Routing" "PostScript:Subject" "PostScript:TIFFPreview"
+    "TIFF Preview" "PostScript:Title" "PostScript:Version" "作者" "关键字" "主题" "标题" "版本"
+    "Usage des couleurs AIM" "Version créateur AIM" "Format fichier AIM" "Calques AIM"
+    "Unités règles AIM" "Pouces" "Milimètres" "Centimètres" "Auteur" "Créateur" "Mots-clés" "Sujet"
+    "Titre" "Ersteller" "Schlüsselwörter" "Seiten" "Themen/Schlüsselwörter" "TIFF Vorschaubild"
+    "Titel" "Autore" "Creatore" "Per" "Parole chiave" "Soggetto" "Anteprima TIFF" "Titolo"
+    "Numero versione immagine" "製作者" "キーワード" "サブジェクト" "タイトル" "バージョン" "Creador" "Clave" "Sujeto"
+    "Título" "Versión PrintIM" "PrintIMVersion" "PrintIM:PrintIMVersion" "PrintIM Version"
+    "Version Print IM" "Versione PrintIM";
 
 // Pentax: 375 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPentax[] = {
-    {{0, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{14, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{24, 6}, TagType::int8u, 2, 0, 0, 0},
-    {{30, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{34, 5}, TagType::int8s, 2, 0, 0, 0},
-    {{39, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{56, 13}, TagType::int8u, 2, 0, 0, 30},
-    {{69, 7}, TagType::int8u, 2, 0, 30, 3},
-    {{76, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{91, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{104, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{118, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{131, 14}, TagType::int8u, 2, 0, 33, 3},
-    {{145, 14}, TagType::int8u, 2, 0, 36, 9},
-    {{159, 15}, TagType::int8u, 2, 0, 45, 3},
-    {{174, 20}, TagType::int8s, 2, 0, 0, 0},
-    {{194, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{208, 7}, TagType::int8s, 2, 0, 0, 0},
-    {{215, 9}, TagType::int8u, 2, 0, 48, 23},
-    {{224, 16}, TagType::int16u, 2, 0, 71, 14},
-    {{240, 16}, TagType::int16u, 2, 0, 85, 12},
-    {{256, 11}, TagType::int16s, 2, 0, 0, 0},
-    {{267, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{276, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{293, 15}, TagType::int32s, 2, 9, 97, 44},
-    {{308, 6}, TagType::int8u, 2, 0, 141, 4},
-    {{314, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{325, 16}, TagType::int8u, 0, 9, 0, 0},
-    {{341, 15}, TagType::int8u, 0, 9, 0, 0},
-    {{356, 26}, TagType::int8u, 2, 0, 145, 2},
-    {{382, 11}, TagType::int8u, 2, 0, 145, 2},
-    {{393, 11}, TagType::int8u, 2, 0, 147, 4},
-    {{404, 16}, TagType::int8u, 2, 0, 151, 5},
-    {{420, 16}, TagType::int8u, 2, 0, 147, 4},
-    {{436, 19}, TagType::int8u, 2, 0, 0, 0},
-    {{455, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{474, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{491, 19}, TagType::int8u, 2, 0, 0, 0},
-    {{510, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{529, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{546, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{565, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{584, 13}, TagType::int32u, 2, 0, 156, 143},
-    {{597, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{612, 14}, TagType::int32u, 2, 2, 0, 0},
-    {{626, 20}, TagType::int32u, 2, 0, 0, 0},
-    {{646, 12}, TagType::int8u, 2, 0, 299, 16},
-    {{658, 11}, TagType::int8u, 2, 0, 141, 4},
-    {{669, 7}, TagType::int8u, 2, 0, 145, 2},
-    {{676, 15}, TagType::int8u, 2, 0, 145, 2},
-    {{691, 15}, TagType::int8u, 2, 0, 145, 2},
-    {{706, 12}, TagType::int8u, 2, 0, 315, 9},
-    {{718, 13}, TagType::int8u, 2, 0, 45, 3},
-    {{731, 11}, TagType::int8u, 2, 0, 45, 3},
-    {{742, 10}, TagType::int8u, 2, 0, 141, 4},
-    {{752, 16}, TagType::int16u, 2, 0, 85, 12},
-    {{768, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{776, 10}, TagType::int8u, 2, 0, 324, 9},
-    {{786, 23}, TagType::int8u, 2, 0, 333, 8},
-    {{809, 17}, TagType::int8u, 2, 0, 341, 11},
-    {{826, 15}, TagType::int8u, 2, 0, 352, 13},
-    {{841, 19}, TagType::int8u, 2, 0, 145, 2},
-    {{860, 18}, TagType::int8u, 2, 0, 365, 15},
-    {{878, 17}, TagType::int8u, 2, 0, 45, 3},
-    {{895, 15}, TagType::int8u, 2, 0, 145, 2},
-    {{910, 16}, TagType::int8u, 2, 0, 145, 2},
-    {{926, 7}, TagType::int8u, 2, 0, 145, 2},
-    {{933, 13}, TagType::int8u, 2, 0, 315, 9},
-    {{946, 13}, TagType::int8u, 2, 0, 45, 3},
-    {{959, 8}, TagType::int8u, 2, 0, 145, 2},
-    {{967, 8}, TagType::int8u, 2, 0, 141, 4},
-    {{975, 10}, TagType::int8u, 2, 0, 145, 2},
-    {{985, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{1006, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{1023, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{1035, 24}, TagType::int8u, 2, 0, 0, 0},
-    {{1059, 9}, TagType::int8s, 2, 0, 0, 0},
-    {{1068, 9}, TagType::int8s, 2, 0, 0, 0},
-    {{1077, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{1090, 12}, TagType::int8u, 2, 2, 0, 0},
-    {{1102, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1115, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1128, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1141, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1154, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1167, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1180, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1193, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1206, 13}, TagType::int16u, 2, 2, 0, 0},
-    {{1219, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1233, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1247, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1261, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1275, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1289, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1303, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1317, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1331, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1345, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1359, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1373, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1387, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1401, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1415, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1429, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1443, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1457, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1471, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1485, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1499, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1513, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1527, 14}, TagType::int16u, 2, 2, 0, 0},
-    {{1541, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1550, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1559, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1568, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1577, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1586, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1595, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1604, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1613, 9}, TagType::int16u, 2, 2, 0, 0},
-    {{1622, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1632, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1642, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1652, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1662, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1672, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1682, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1692, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1702, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1712, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1722, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1732, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1742, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1752, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1762, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1772, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1782, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1792, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1802, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1812, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1822, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1832, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1842, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{1852, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{1872, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{1887, 15}, TagType::string, 2, 17, 380, 25},
-    {{1902, 15}, TagType::string, 2, 17, 380, 25},
-    {{1917, 15}, TagType::string, 2, 17, 380, 25},
-    {{1932, 15}, TagType::string, 2, 17, 380, 25},
-    {{1947, 15}, TagType::string, 2, 17, 380, 25},
-    {{1962, 15}, TagType::string, 2, 17, 380, 25},
-    {{1977, 15}, TagType::string, 2, 17, 380, 25},
-    {{1992, 15}, TagType::string, 2, 17, 380, 25},
-    {{2007, 15}, TagType::string, 2, 17, 380, 25},
-    {{2022, 15}, TagType::string, 2, 17, 380, 25},
-    {{2037, 15}, TagType::string, 2, 17, 380, 25},
-    {{2052, 15}, TagType::string, 2, 17, 380, 25},
-    {{2067, 15}, TagType::string, 2, 17, 380, 25},
-    {{2082, 15}, TagType::string, 2, 17, 380, 25},
-    {{2097, 15}, TagType::string, 2, 17, 380, 25},
-    {{2112, 15}, TagType::string, 2, 17, 380, 25},
-    {{2127, 15}, TagType::string, 2, 17, 380, 25},
-    {{2142, 15}, TagType::string, 2, 17, 380, 25},
-    {{2157, 15}, TagType::string, 2, 17, 380, 25},
-    {{2172, 15}, TagType::string, 2, 17, 380, 25},
-    {{2187, 11}, TagType::int8u, 2, 0, 405, 7},
-    {{2198, 17}, TagType::int8u, 2, 0, 412, 21},
-    {{2215, 17}, TagType::int8u, 2, 0, 433, 11},
-    {{2232, 21}, TagType::int8u, 2, 0, 0, 0},
-    {{2253, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{2263, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{2275, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{2285, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{2297, 24}, TagType::int8u, 2, 0, 0, 0},
-    {{2321, 25}, TagType::int8u, 2, 0, 444, 11},
-    {{2346, 19}, TagType::int8u, 2, 0, 455, 3},
-    {{2365, 5}, TagType::string, 2, 32, 0, 0},
-    {{2370, 4}, TagType::string, 0, 24, 0, 0},
-    {{2374, 7}, TagType::float_, 2, 0, 0, 0},
-    {{2381, 9}, TagType::string, 0, 24, 0, 0},
-    {{2390, 9}, TagType::string, 0, 24, 0, 0},
-    {{2399, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{2413, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{2428, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{2443, 14}, TagType::imagedata, 0, 0, 0, 0},
-    {{2457, 17}, TagType::int16u, 2, 4, 0, 0},
-    {{2474, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2485, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2496, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2507, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2518, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2529, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2540, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2551, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2562, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2573, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2584, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2595, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2606, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2617, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2628, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2639, 11}, TagType::int16u, 2, 4, 0, 0},
-    {{2650, 20}, TagType::int8u, 2, 0, 145, 2},
-    {{2670, 29}, TagType::int8u, 2, 0, 145, 2},
-    {{2699, 26}, TagType::int8u, 2, 0, 145, 2},
-    {{2725, 21}, TagType::int8u, 2, 0, 458, 2},
-    {{2746, 12}, TagType::int8u, 2, 0, 145, 2},
-    {{2758, 11}, TagType::int8u, 2, 0, 141, 4},
-    {{2769, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{2779, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{2787, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2790, 16}, TagType::int8u, 2, 0, 460, 21},
-    {{2806, 15}, TagType::int8u, 2, 0, 481, 8},
-    {{2821, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2824, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2827, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2830, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2833, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2836, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{2851, 3}, TagType::int8u, 2, 0, 0, 0},
-    {{2854, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{2872, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{2890, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2894, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2898, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{2913, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2917, 11}, TagType::int8u, 2, 0, 0, 0},
-    {{2928, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2932, 4}, TagType::int8u, 2, 0, 0, 0},
-    {{2936, 8}, TagType::string, 2, 5, 489, 306},
-    {{2944, 9}, TagType::string, 2, 30, 0, 0},
-    {{2953, 8}, TagType::string, 2, 20, 0, 0},
-    {{2961, 14}, TagType::int8u, 2, 0, 145, 2},
-    {{2975, 16}, TagType::int8s, 2, 0, 795, 11},
-    {{2991, 17}, TagType::int8s, 2, 0, 806, 4},
-    {{3008, 9}, TagType::int8s, 2, 0, 0, 0},
-    {{3017, 10}, TagType::int8s, 2, 0, 0, 0},
-    {{3027, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{3045, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{3063, 25}, TagType::int8s, 2, 0, 0, 0},
-    {{3088, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{3100, 20}, TagType::float_, 2, 2, 0, 0},
-    {{3120, 12}, TagType::int16u, 2, 0, 810, 17},
-    {{3132, 11}, TagType::float_, 2, 0, 0, 0},
-    {{3143, 3}, TagType::int32s, 2, 0, 827, 81},
-    {{3146, 13}, TagType::int8u, 2, 4, 0, 0},
-    {{3159, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{3174, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{3190, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{3208, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{3225, 4}, TagType::partialdate, 2, 1, 0, 0},
-    {{3229, 4}, TagType::partialtime, 2, 1, 0, 0},
-    {{3233, 7}, TagType::int16u, 2, 0, 908, 10},
-    {{3240, 15}, TagType::int16u, 2, 0, 918, 32},
-    {{3255, 11}, TagType::int32s, 2, -1, 950, 126},
-    {{3266, 9}, TagType::int16u, 2, -1, 1076, 25},
-    {{3275, 9}, TagType::int16u, 2, 0, 1101, 15},
-    {{3284, 15}, TagType::int16u, 2, 0, 1116, 66},
-    {{3299, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{3312, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{3324, 12}, TagType::int16u, 2, 0, 45, 3},
-    {{3336, 14}, TagType::int16u, 2, -1, 0, 0},
-    {{3350, 16}, TagType::int16u, 2, 0, 1182, 10},
-    {{3366, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{3377, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{3387, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{3398, 10}, TagType::int16u, 2, -1, 1192, 10},
-    {{3408, 8}, TagType::int16u, 2, -1, 1192, 10},
-    {{3416, 9}, TagType::int16u, 2, -1, 36, 9},
-    {{3425, 17}, TagType::int32s, 2, 0, 145, 2},
-    {{3442, 12}, TagType::int32s, 2, 0, 1202, 75},
-    {{3454, 15}, TagType::int32s, 2, 0, 1202, 75},
-    {{3469, 11}, TagType::int32s, 2, 0, 145, 2},
-    {{3480, 14}, TagType::int32s, 2, 0, 145, 2},
-    {{3494, 18}, TagType::string, 2, 0, 0, 0},
-    {{3512, 18}, TagType::string, 2, 0, 0, 0},
-    {{3530, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{3541, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{3552, 9}, TagType::int8u, 2, 4, 1277, 33},
-    {{3561, 10}, TagType::int16u, 2, 2, 0, 0},
-    {{3571, 10}, TagType::int16u, 2, 0, 145, 2},
-    {{3581, 15}, TagType::int16u, 2, 2, 0, 0},
-    {{3596, 12}, TagType::int16u, 0, 2, 0, 0},
-    {{3608, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{3619, 19}, TagType::int8u, 2, 4, 0, 0},
-    {{3638, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{3655, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{3669, 17}, TagType::int8s, 2, 0, 0, 0},
-    {{3686, 6}, TagType::int16u, 2, 0, 145, 2},
-    {{3692, 14}, TagType::int16u, 2, 0, 145, 2},
-    {{3706, 17}, TagType::int32s, 2, 2, 0, 0},
-    {{3723, 9}, TagType::int16u, 2, 0, 1310, 13},
-    {{3732, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{3748, 17}, TagType::string, 2, 4, 0, 0},
-    {{3765, 14}, TagType::string, 2, 4, 0, 0},
-    {{3779, 15}, TagType::string, 2, 4, 0, 0},
-    {{3794, 17}, TagType::string, 2, 4, 0, 0},
-    {{3811, 21}, TagType::string, 2, 4, 0, 0},
-    {{3832, 21}, TagType::string, 2, 4, 0, 0},
-    {{3853, 21}, TagType::string, 2, 4, 0, 0},
-    {{3874, 14}, TagType::string, 2, 4, 0, 0},
-    {{3888, 21}, TagType::int16u, 2, 0, 1323, 20},
-    {{3909, 3}, TagType::int16u, 2, 0, 1343, 10},
-    {{3912, 13}, TagType::int16s, 2, 2, 1353, 9},
-    {{3925, 17}, TagType::int16s, 2, 2, 1353, 9},
-    {{3942, 14}, TagType::int16s, 2, 2, 1353, 9},
-    {{3956, 26}, TagType::int8u, 2, 0, 145, 2},
-    {{3982, 13}, TagType::int8u, 2, -1, 1362, 4},
-    {{3995, 21}, TagType::int8u, 2, 0, 1366, 15},
-    {{4016, 12}, TagType::int16s, 2, 0, 0, 0},
-    {{4028, 22}, TagType::int16u, 2, 0, 1381, 9},
-    {{4050, 16}, TagType::int16u, 2, 0, 1343, 10},
-    {{4066, 10}, TagType::int8u, 2, 2, 0, 0},
-    {{4076, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{4095, 16}, TagType::int8u, 2, -1, 1390, 8},
-    {{4111, 17}, TagType::int8u, 2, 2, 1398, 3},
-    {{4128, 12}, TagType::int8u, 2, 0, 1401, 8},
-    {{4140, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{4150, 18}, TagType::int16u, 2, 0, 1343, 10},
-    {{4168, 11}, TagType::string, 2, 0, 141, 4},
-    {{4179, 11}, TagType::int8u, 2, 4, 141, 4},
-    {{4190, 3}, TagType::int8u, 2, 4, 1409, 12},
-    {{4193, 11}, TagType::int8u, 2, 0, 145, 2},
-    {{4204, 20}, TagType::int8u, 2, 0, 1421, 4},
-    {{4224, 16}, TagType::int16u, 2, 2, 1425, 1},
-    {{4240, 18}, TagType::int8s, 2, 3, 1426, 4},
-    {{4258, 14}, TagType::int8s, 2, 2, 1425, 1},
-    {{4272, 10}, TagType::int16u, 2, 4, 0, 0},
-    {{4282, 10}, TagType::int16u, 2, 4, 0, 0},
-    {{4292, 12}, TagType::int16s, 2, 9, 0, 0},
-    {{4304, 12}, TagType::int16s, 2, 9, 0, 0},
-    {{4316, 18}, TagType::int8u, 2, -1, 0, 0},
-    {{4334, 21}, TagType::int8u, 2, -1, 0, 0},
-    {{4355, 26}, TagType::int8u, 2, -1, 0, 0},
-    {{4381, 21}, TagType::int16u, 2, 4, 0, 0},
-    {{4402, 18}, TagType::int16u, 2, 4, 0, 0},
-    {{4420, 19}, TagType::int16u, 2, 4, 0, 0},
-    {{4439, 21}, TagType::int16u, 2, 4, 0, 0},
-    {{4460, 25}, TagType::int16u, 2, 4, 0, 0},
-    {{4485, 25}, TagType::int16u, 2, 4, 0, 0},
-    {{4510, 25}, TagType::int16u, 2, 4, 0, 0},
-    {{4535, 18}, TagType::int16u, 2, 4, 0, 0},
-    {{4553, 14}, TagType::string, 10, 0, 0, 0},
-    {{4567, 13}, TagType::string, 2, 9, 0, 0},
-    {{4580, 13}, TagType::string, 2, 9, 0, 0},
-    {{4593, 12}, TagType::string, 10, 0, 0, 0},
-    {{4605, 12}, TagType::string, 2, 0, 0, 0},
-    {{4617, 6}, TagType::string, 2, 0, 0, 0},
-    {{4623, 9}, TagType::string, 2, 0, 0, 0},
-    {{4632, 15}, TagType::string, 2, 0, 0, 0},
-    {{4647, 20}, TagType::int16u, 2, 4, 0, 0},
-    {{4667, 8}, TagType::string, 0, 0, 0, 0},
-    {{4675, 9}, TagType::string, 0, 0, 0, 0},
-    {{4684, 10}, TagType::string, 0, 0, 0, 0},
-    {{4694, 12}, TagType::string, 0, 4, 0, 0},
-    {{4706, 12}, TagType::imagedata, 0, 0, 0, 0},
-    {{4718, 20}, TagType::int8u, 2, 0, 145, 2},
-    {{4738, 16}, TagType::string, 2, 4, 0, 0},
-    {{4754, 8}, TagType::int8u, 2, 0, 1430, 3},
-    {{4762, 14}, TagType::int8u, 2, 0, 1433, 15},
-    {{4776, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{4791, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{4804, 17}, TagType::int8u, 2, 0, 1448, 6},
-    {{4821, 17}, TagType::int16s, 2, 0, 0, 0},
-    {{4838, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{4856, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{4874, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{4892, 13}, TagType::int16u, 2, 0, 45, 3},
-    {{4905, 11}, TagType::int16u, 2, 0, 1454, 3},
-    {{4916, 16}, TagType::string, 2, 4, 0, 0},
-    {{4932, 19}, TagType::string, 2, 4, 0, 0},
-    {{4951, 25}, TagType::int16u, 2, 4, 0, 0},
-    {{4976, 20}, TagType::int16u, 2, 4, 0, 0},
-    {{4996, 25}, TagType::int16u, 2, 4, 0, 0},
+    {{0, 14}, TagType::int8u, 2, 0, 0, 0},  // AEExposureTime
+    {{14, 10}, TagType::int8u, 2, 0, 0, 0},  // AEAperture
+    {{24, 6}, TagType::int8u, 2, 0, 0, 0},  // AE_ISO
+    {{30, 4}, TagType::int8u, 2, 0, 0, 0},  // AEXv
+    {{34, 5}, TagType::int8s, 2, 0, 0, 0},  // AEBXv
+    {{39, 17}, TagType::int8u, 2, 0, 0, 0},  // AEMinExposureTime
+    {{56, 13}, TagType::int8u, 2, 0, 0, 30},  // AEProgramMode
+    {{69, 7}, TagType::int8u, 2, 0, 30, 3},  // AEFlags
+    {{76, 15}, TagType::int8u, 2, 0, 0, 0},  // AEApertureSteps
+    {{91, 13}, TagType::int8u, 2, 0, 0, 0},  // AEMaxAperture
+    {{104, 14}, TagType::int8u, 2, 0, 0, 0},  // AEMaxAperture2
+    {{118, 13}, TagType::int8u, 2, 0, 0, 0},  // AEMinAperture
+    {{131, 14}, TagType::int8u, 2, 0, 33, 3},  // AEMeteringMode
+    {{145, 14}, TagType::int8u, 2, 0, 36, 9},  // AEWhiteBalance
+    {{159, 15}, TagType::int8u, 2, 0, 45, 3},  // AEMeteringMode2
+    {{174, 20}, TagType::int8s, 2, 0, 0, 0},  // FlashExposureCompSet
+    {{194, 14}, TagType::int8u, 2, 0, 0, 0},  // LevelIndicator
+    {{208, 7}, TagType::int8s, 2, 0, 0, 0},  // AEError
+    {{215, 9}, TagType::int8u, 2, 0, 48, 23},  // SceneMode
+    {{224, 16}, TagType::int16u, 2, 0, 71, 14},  // AFPointsUnknown1
+    {{240, 16}, TagType::int16u, 2, 0, 85, 12},  // AFPointsUnknown2
+    {{256, 11}, TagType::int16s, 2, 0, 0, 0},  // AFPredictor
+    {{267, 9}, TagType::int8u, 2, 0, 0, 0},  // AFDefocus
+    {{276, 17}, TagType::int8u, 2, 0, 0, 0},  // AFIntegrationTime
+    {{293, 15}, TagType::int32s, 2, 9, 97, 44},  // AFPointsInFocus
+    {{308, 6}, TagType::int8u, 2, 0, 141, 4},  // AFHold
+    {{314, 11}, TagType::int16u, 2, 0, 0, 0},  // NumAFPoints
+    {{325, 16}, TagType::int8u, 0, 9, 0, 0},  // AFPointsSelected
+    {{341, 15}, TagType::int8u, 0, 9, 0, 0},  // AFPointsSpecial
+    {{356, 26}, TagType::int8u, 2, 0, 145, 2},  // WhiteBalanceAutoAdjustment
+    {{382, 11}, TagType::int8u, 2, 0, 145, 2},  // TungstenAWB
+    {{393, 11}, TagType::int8u, 2, 0, 147, 4},  // PowerSource
+    {{404, 16}, TagType::int8u, 2, 0, 151, 5},  // BodyBatteryState
+    {{420, 16}, TagType::int8u, 2, 0, 147, 4},  // GripBatteryState
+    {{436, 19}, TagType::int8u, 2, 0, 0, 0},  // BodyBatteryADNoLoad
+    {{455, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage1
+    {{474, 17}, TagType::int8u, 2, 0, 0, 0},  // BodyBatteryADLoad
+    {{491, 19}, TagType::int8u, 2, 0, 0, 0},  // GripBatteryADNoLoad
+    {{510, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage2
+    {{529, 17}, TagType::int8u, 2, 0, 0, 0},  // GripBatteryADLoad
+    {{546, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage3
+    {{565, 19}, TagType::int16u, 2, 0, 0, 0},  // BodyBatteryVoltage4
+    {{584, 13}, TagType::int32u, 2, 0, 156, 143},  // PentaxModelID
+    {{597, 15}, TagType::int32u, 2, 0, 0, 0},  // ManufactureDate
+    {{612, 14}, TagType::int32u, 2, 2, 0, 0},  // ProductionCode
+    {{626, 20}, TagType::int32u, 2, 0, 0, 0},  // InternalSerialNumber
+    {{646, 12}, TagType::int8u, 2, 0, 299, 16},  // PictureMode2
+    {{658, 11}, TagType::int8u, 2, 0, 141, 4},  // ProgramLine
+    {{669, 7}, TagType::int8u, 2, 0, 145, 2},  // EVSteps
+    {{676, 15}, TagType::int8u, 2, 0, 145, 2},  // E-DialInProgram
+    {{691, 15}, TagType::int8u, 2, 0, 145, 2},  // ApertureRingUse
+    {{706, 12}, TagType::int8u, 2, 0, 315, 9},  // FlashOptions
+    {{718, 13}, TagType::int8u, 2, 0, 45, 3},  // MeteringMode2
+    {{731, 11}, TagType::int8u, 2, 0, 45, 3},  // AFPointMode
+    {{742, 10}, TagType::int8u, 2, 0, 141, 4},  // FocusMode2
+    {{752, 16}, TagType::int16u, 2, 0, 85, 12},  // AFPointSelected2
+    {{768, 8}, TagType::int8u, 2, 0, 0, 0},  // ISOFloor
+    {{776, 10}, TagType::int8u, 2, 0, 324, 9},  // DriveMode2
+    {{786, 23}, TagType::int8u, 2, 0, 333, 8},  // ExposureBracketStepSize
+    {{809, 17}, TagType::int8u, 2, 0, 341, 11},  // BracketShotNumber
+    {{826, 15}, TagType::int8u, 2, 0, 352, 13},  // WhiteBalanceSet
+    {{841, 19}, TagType::int8u, 2, 0, 145, 2},  // MultipleExposureSet
+    {{860, 18}, TagType::int8u, 2, 0, 365, 15},  // RawAndJpgRecording
+    {{878, 17}, TagType::int8u, 2, 0, 45, 3},  // JpgRecordedPixels
+    {{895, 15}, TagType::int8u, 2, 0, 145, 2},  // LinkAEToAFPoint
+    {{910, 16}, TagType::int8u, 2, 0, 145, 2},  // SensitivitySteps
+    {{926, 7}, TagType::int8u, 2, 0, 145, 2},  // ISOAuto
+    {{933, 13}, TagType::int8u, 2, 0, 315, 9},  // FlashOptions2
+    {{946, 13}, TagType::int8u, 2, 0, 45, 3},  // MeteringMode3
+    {{959, 8}, TagType::int8u, 2, 0, 145, 2},  // SRActive
+    {{967, 8}, TagType::int8u, 2, 0, 141, 4},  // Rotation
+    {{975, 10}, TagType::int8u, 2, 0, 145, 2},  // ISOSetting
+    {{985, 21}, TagType::int8u, 2, 0, 0, 0},  // TvExposureTimeSetting
+    {{1006, 17}, TagType::int8u, 2, 0, 0, 0},  // AvApertureSetting
+    {{1023, 12}, TagType::int8u, 2, 0, 0, 0},  // SvISOSetting
+    {{1035, 24}, TagType::int8u, 2, 0, 0, 0},  // BaseExposureCompensation
+    {{1059, 9}, TagType::int8s, 2, 0, 0, 0},  // WBShiftAB
+    {{1068, 9}, TagType::int8s, 2, 0, 0, 0},  // WBShiftGM
+    {{1077, 13}, TagType::int8u, 2, 0, 0, 0},  // FacesDetected
+    {{1090, 12}, TagType::int8u, 2, 2, 0, 0},  // FacePosition
+    {{1102, 13}, TagType::int16u, 2, 2, 0, 0},  // Face1Position
+    {{1115, 13}, TagType::int16u, 2, 2, 0, 0},  // Face2Position
+    {{1128, 13}, TagType::int16u, 2, 2, 0, 0},  // Face3Position
+    {{1141, 13}, TagType::int16u, 2, 2, 0, 0},  // Face4Position
+    {{1154, 13}, TagType::int16u, 2, 2, 0, 0},  // Face5Position
+    {{1167, 13}, TagType::int16u, 2, 2, 0, 0},  // Face6Position
+    {{1180, 13}, TagType::int16u, 2, 2, 0, 0},  // Face7Position
+    {{1193, 13}, TagType::int16u, 2, 2, 0, 0},  // Face8Position
+    {{1206, 13}, TagType::int16u, 2, 2, 0, 0},  // Face9Position
+    {{1219, 14}, TagType::int16u, 2, 2, 0, 0},  // Face10Position
+    {{1233, 14}, TagType::int16u, 2, 2, 0, 0},  // Face11Position
+    {{1247, 14}, TagType::int16u, 2, 2, 0, 0},  // Face12Position
+    {{1261, 14}, TagType::int16u, 2, 2, 0, 0},  // Face13Position
+    {{1275, 14}, TagType::int16u, 2, 2, 0, 0},  // Face14Position
+    {{1289, 14}, TagType::int16u, 2, 2, 0, 0},  // Face15Position
+    {{1303, 14}, TagType::int16u, 2, 2, 0, 0},  // Face16Position
+    {{1317, 14}, TagType::int16u, 2, 2, 0, 0},  // Face17Position
+    {{1331, 14}, TagType::int16u, 2, 2, 0, 0},  // Face18Position
+    {{1345, 14}, TagType::int16u, 2, 2, 0, 0},  // Face19Position
+    {{1359, 14}, TagType::int16u, 2, 2, 0, 0},  // Face20Position
+    {{1373, 14}, TagType::int16u, 2, 2, 0, 0},  // Face21Position
+    {{1387, 14}, TagType::int16u, 2, 2, 0, 0},  // Face22Position
+    {{1401, 14}, TagType::int16u, 2, 2, 0, 0},  // Face23Position
+    {{1415, 14}, TagType::int16u, 2, 2, 0, 0},  // Face24Position
+    {{1429, 14}, TagType::int16u, 2, 2, 0, 0},  // Face25Position
+    {{1443, 14}, TagType::int16u, 2, 2, 0, 0},  // Face26Position
+    {{1457, 14}, TagType::int16u, 2, 2, 0, 0},  // Face27Position
+    {{1471, 14}, TagType::int16u, 2, 2, 0, 0},  // Face28Position
+    {{1485, 14}, TagType::int16u, 2, 2, 0, 0},  // Face29Position
+    {{1499, 14}, TagType::int16u, 2, 2, 0, 0},  // Face30Position
+    {{1513, 14}, TagType::int16u, 2, 2, 0, 0},  // Face31Position
+    {{1527, 14}, TagType::int16u, 2, 2, 0, 0},  // Face32Position
+    {{1541, 9}, TagType::int16u, 2, 2, 0, 0},  // Face1Size
+    {{1550, 9}, TagType::int16u, 2, 2, 0, 0},  // Face2Size
+    {{1559, 9}, TagType::int16u, 2, 2, 0, 0},  // Face3Size
+    {{1568, 9}, TagType::int16u, 2, 2, 0, 0},  // Face4Size
+    {{1577, 9}, TagType::int16u, 2, 2, 0, 0},  // Face5Size
+    {{1586, 9}, TagType::int16u, 2, 2, 0, 0},  // Face6Size
+    {{1595, 9}, TagType::int16u, 2, 2, 0, 0},  // Face7Size
+    {{1604, 9}, TagType::int16u, 2, 2, 0, 0},  // Face8Size
+    {{1613, 9}, TagType::int16u, 2, 2, 0, 0},  // Face9Size
+    {{1622, 10}, TagType::int16u, 2, 2, 0, 0},  // Face10Size
+    {{1632, 10}, TagType::int16u, 2, 2, 0, 0},  // Face11Size
+    {{1642, 10}, TagType::int16u, 2, 2, 0, 0},  // Face12Size
+    {{1652, 10}, TagType::int16u, 2, 2, 0, 0},  // Face13Size
+    {{1662, 10}, TagType::int16u, 2, 2, 0, 0},  // Face14Size
+    {{1672, 10}, TagType::int16u, 2, 2, 0, 0},  // Face15Size
+    {{1682, 10}, TagType::int16u, 2, 2, 0, 0},  // Face16Size
+    {{1692, 10}, TagType::int16u, 2, 2, 0, 0},  // Face17Size
+    {{1702, 10}, TagType::int16u, 2, 2, 0, 0},  // Face18Size
+    {{1712, 10}, TagType::int16u, 2, 2, 0, 0},  // Face19Size
+    {{1722, 10}, TagType::int16u, 2, 2, 0, 0},  // Face20Size
+    {{1732, 10}, TagType::int16u, 2, 2, 0, 0},  // Face21Size
+    {{1742, 10}, TagType::int16u, 2, 2, 0, 0},  // Face22Size
+    {{1752, 10}, TagType::int16u, 2, 2, 0, 0},  // Face23Size
+    {{1762, 10}, TagType::int16u, 2, 2, 0, 0},  // Face24Size
+    {{1772, 10}, TagType::int16u, 2, 2, 0, 0},  // Face25Size
+    {{1782, 10}, TagType::int16u, 2, 2, 0, 0},  // Face26Size
+    {{1792, 10}, TagType::int16u, 2, 2, 0, 0},  // Face27Size
+    {{1802, 10}, TagType::int16u, 2, 2, 0, 0},  // Face28Size
+    {{1812, 10}, TagType::int16u, 2, 2, 0, 0},  // Face29Size
+    {{1822, 10}, TagType::int16u, 2, 2, 0, 0},  // Face30Size
+    {{1832, 10}, TagType::int16u, 2, 2, 0, 0},  // Face31Size
+    {{1842, 10}, TagType::int16u, 2, 2, 0, 0},  // Face32Size
+    {{1852, 20}, TagType::int16u, 2, 0, 0, 0},  // SourceDirectoryIndex
+    {{1872, 15}, TagType::int16u, 2, 0, 0, 0},  // SourceFileIndex
+    {{1887, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter01
+    {{1902, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter02
+    {{1917, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter03
+    {{1932, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter04
+    {{1947, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter05
+    {{1962, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter06
+    {{1977, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter07
+    {{1992, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter08
+    {{2007, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter09
+    {{2022, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter10
+    {{2037, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter11
+    {{2052, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter12
+    {{2067, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter13
+    {{2082, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter14
+    {{2097, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter15
+    {{2112, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter16
+    {{2127, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter17
+    {{2142, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter18
+    {{2157, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter19
+    {{2172, 15}, TagType::string, 2, 17, 380, 25},  // DigitalFilter20
+    {{2187, 11}, TagType::int8u, 2, 0, 405, 7},  // FlashStatus
+    {{2198, 17}, TagType::int8u, 2, 0, 412, 21},  // InternalFlashMode
+    {{2215, 17}, TagType::int8u, 2, 0, 433, 11},  // ExternalFlashMode
+    {{2232, 21}, TagType::int8u, 2, 0, 0, 0},  // InternalFlashStrength
+    {{2253, 10}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_AUp
+    {{2263, 12}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_ADown
+    {{2275, 10}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_BUp
+    {{2285, 12}, TagType::int8u, 2, 0, 0, 0},  // TTL_DA_BDown
+    {{2297, 24}, TagType::int8u, 2, 0, 0, 0},  // ExternalFlashGuideNumber
+    {{2321, 25}, TagType::int8u, 2, 0, 444, 11},  // ExternalFlashExposureComp
+    {{2346, 19}, TagType::int8u, 2, 0, 455, 3},  // ExternalFlashBounce
+    {{2365, 5}, TagType::string, 2, 32, 0, 0},  // Model
+    {{2370, 4}, TagType::string, 0, 24, 0, 0},  // Make
+    {{2374, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{2381, 9}, TagType::string, 0, 24, 0, 0},  // DateTime1
+    {{2390, 9}, TagType::string, 0, 24, 0, 0},  // DateTime2
+    {{2399, 14}, TagType::int16u, 0, 0, 0, 0},  // ThumbnailWidth
+    {{2413, 15}, TagType::int16u, 0, 0, 0, 0},  // ThumbnailHeight
+    {{2428, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
+    {{2443, 14}, TagType::imagedata, 0, 0, 0, 0},  // ThumbnailImage
+    {{2457, 17}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_Daylight
+    {{2474, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_01
+    {{2485, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_02
+    {{2496, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_03
+    {{2507, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_04
+    {{2518, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_05
+    {{2529, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_06
+    {{2540, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_07
+    {{2551, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_08
+    {{2562, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_09
+    {{2573, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_10
+    {{2584, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_11
+    {{2595, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_12
+    {{2606, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_13
+    {{2617, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_14
+    {{2628, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_15
+    {{2639, 11}, TagType::int16u, 2, 4, 0, 0},  // KelvinWB_16
+    {{2650, 20}, TagType::int8u, 2, 0, 145, 2},  // DistortionCorrection
+    {{2670, 29}, TagType::int8u, 2, 0, 145, 2},  // ChromaticAberrationCorrection
+    {{2699, 26}, TagType::int8u, 2, 0, 145, 2},  // PeripheralIlluminationCorr
+    {{2725, 21}, TagType::int8u, 2, 0, 458, 2},  // DiffractionCorrection
+    {{2746, 12}, TagType::int8u, 2, 0, 145, 2},  // AutoAperture
+    {{2758, 11}, TagType::int8u, 2, 0, 141, 4},  // MinAperture
+    {{2769, 10}, TagType::int8u, 2, 0, 0, 0},  // LensFStops
+    {{2779, 8}, TagType::int8u, 2, 0, 0, 0},  // LensKind
+    {{2787, 3}, TagType::int8u, 2, 0, 0, 0},  // LC1
+    {{2790, 16}, TagType::int8u, 2, 0, 460, 21},  // MinFocusDistance
+    {{2806, 15}, TagType::int8u, 2, 0, 481, 8},  // FocusRangeIndex
+    {{2821, 3}, TagType::int8u, 2, 0, 0, 0},  // LC3
+    {{2824, 3}, TagType::int8u, 2, 0, 0, 0},  // LC4
+    {{2827, 3}, TagType::int8u, 2, 0, 0, 0},  // LC5
+    {{2830, 3}, TagType::int8u, 2, 0, 0, 0},  // LC6
+    {{2833, 3}, TagType::int8u, 2, 0, 0, 0},  // LC7
+    {{2836, 15}, TagType::int8u, 2, 0, 0, 0},  // LensFocalLength
+    {{2851, 3}, TagType::int8u, 2, 0, 0, 0},  // LC8
+    {{2854, 18}, TagType::int8u, 2, 0, 0, 0},  // NominalMaxAperture
+    {{2872, 18}, TagType::int8u, 2, 0, 0, 0},  // NominalMinAperture
+    {{2890, 4}, TagType::int8u, 2, 0, 0, 0},  // LC10
+    {{2894, 4}, TagType::int8u, 2, 0, 0, 0},  // LC11
+    {{2898, 15}, TagType::int8u, 2, 0, 0, 0},  // NewLensDataHook
+    {{2913, 4}, TagType::int8u, 2, 0, 0, 0},  // LC12
+    {{2917, 11}, TagType::int8u, 2, 0, 0, 0},  // MaxAperture
+    {{2928, 4}, TagType::int8u, 2, 0, 0, 0},  // LC14
+    {{2932, 4}, TagType::int8u, 2, 0, 0, 0},  // LC15
+    {{2936, 8}, TagType::string, 2, 5, 489, 306},  // LensType
+    {{2944, 9}, TagType::string, 2, 30, 0, 0},  // LensModel
+    {{2953, 8}, TagType::string, 2, 20, 0, 0},  // LensInfo
+    {{2961, 14}, TagType::int8u, 2, 0, 145, 2},  // ExtenderStatus
+    {{2975, 16}, TagType::int8s, 2, 0, 795, 11},  // LevelOrientation
+    {{2991, 17}, TagType::int8s, 2, 0, 806, 4},  // CompositionAdjust
+    {{3008, 9}, TagType::int8s, 2, 0, 0, 0},  // RollAngle
+    {{3017, 10}, TagType::int8s, 2, 0, 0, 0},  // PitchAngle
+    {{3027, 18}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustX
+    {{3045, 18}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustY
+    {{3063, 25}, TagType::int8s, 2, 0, 0, 0},  // CompositionAdjustRotation
+    {{3088, 12}, TagType::int32u, 2, 0, 0, 0},  // ExposureTime
+    {{3100, 20}, TagType::float_, 2, 2, 0, 0},  // ExposureCompensation
+    {{3120, 12}, TagType::int16u, 2, 0, 810, 17},  // WhiteBalance
+    {{3132, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{3143, 3}, TagType::int32s, 2, 0, 827, 81},  // ISO
+    {{3146, 13}, TagType::int8u, 2, 4, 0, 0},  // PentaxVersion
+    {{3159, 15}, TagType::int16u, 2, 0, 0, 0},  // PentaxModelType
+    {{3174, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
+    {{3190, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{3208, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{3225, 4}, TagType::partialdate, 2, 1, 0, 0},  // Date
+    {{3229, 4}, TagType::partialtime, 2, 1, 0, 0},  // Time
+    {{3233, 7}, TagType::int16u, 2, 0, 908, 10},  // Quality
+    {{3240, 15}, TagType::int16u, 2, 0, 918, 32},  // PentaxImageSize
+    {{3255, 11}, TagType::int32s, 2, -1, 950, 126},  // PictureMode
+    {{3266, 9}, TagType::int16u, 2, -1, 1076, 25},  // FlashMode
+    {{3275, 9}, TagType::int16u, 2, 0, 1101, 15},  // FocusMode
+    {{3284, 15}, TagType::int16u, 2, 0, 1116, 66},  // AFPointSelected
+    {{3299, 13}, TagType::int16u, 2, 0, 0, 0},  // FocusPosition
+    {{3312, 12}, TagType::int16u, 2, 0, 0, 0},  // LightReading
+    {{3324, 12}, TagType::int16u, 2, 0, 45, 3},  // MeteringMode
+    {{3336, 14}, TagType::int16u, 2, -1, 0, 0},  // AutoBracketing
+    {{3350, 16}, TagType::int16u, 2, 0, 1182, 10},  // WhiteBalanceMode
+    {{3366, 11}, TagType::int16u, 2, 0, 0, 0},  // BlueBalance
+    {{3377, 10}, TagType::int16u, 2, 0, 0, 0},  // RedBalance
+    {{3387, 11}, TagType::int32s, 2, 0, 0, 0},  // DigitalZoom
+    {{3398, 10}, TagType::int16u, 2, -1, 1192, 10},  // Saturation
+    {{3408, 8}, TagType::int16u, 2, -1, 1192, 10},  // Contrast
+    {{3416, 9}, TagType::int16u, 2, -1, 36, 9},  // Sharpness
+    {{3425, 17}, TagType::int32s, 2, 0, 145, 2},  // WorldTimeLocation
+    {{3442, 12}, TagType::int32s, 2, 0, 1202, 75},  // HometownCity
+    {{3454, 15}, TagType::int32s, 2, 0, 1202, 75},  // DestinationCity
+    {{3469, 11}, TagType::int32s, 2, 0, 145, 2},  // HometownDST
+    {{3480, 14}, TagType::int32s, 2, 0, 145, 2},  // DestinationDST
+    {{3494, 18}, TagType::string, 2, 0, 0, 0},  // DSPFirmwareVersion
+    {{3512, 18}, TagType::string, 2, 0, 0, 0},  // CPUFirmwareVersion
+    {{3530, 11}, TagType::int32u, 2, 0, 0, 0},  // FrameNumber
+    {{3541, 11}, TagType::int32s, 2, 0, 0, 0},  // EffectiveLV
+    {{3552, 9}, TagType::int8u, 2, 4, 1277, 33},  // DriveMode
+    {{3561, 10}, TagType::int16u, 2, 2, 0, 0},  // SensorSize
+    {{3571, 10}, TagType::int16u, 2, 0, 145, 2},  // ColorSpace
+    {{3581, 15}, TagType::int16u, 2, 2, 0, 0},  // ImageAreaOffset
+    {{3596, 12}, TagType::int16u, 0, 2, 0, 0},  // RawImageSize
+    {{3608, 11}, TagType::int16u, 2, 0, 0, 0},  // DataScaling
+    {{3619, 19}, TagType::int8u, 2, 4, 0, 0},  // PreviewImageBorders
+    {{3638, 17}, TagType::int16u, 2, 0, 0, 0},  // SensitivityAdjust
+    {{3655, 14}, TagType::int16u, 2, 0, 0, 0},  // ImageEditCount
+    {{3669, 17}, TagType::int8s, 2, 0, 0, 0},  // CameraTemperature
+    {{3686, 6}, TagType::int16u, 2, 0, 145, 2},  // AELock
+    {{3692, 14}, TagType::int16u, 2, 0, 145, 2},  // NoiseReduction
+    {{3706, 17}, TagType::int32s, 2, 2, 0, 0},  // FlashExposureComp
+    {{3723, 9}, TagType::int16u, 2, 0, 1310, 13},  // ImageTone
+    {{3732, 16}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperature
+    {{3748, 17}, TagType::string, 2, 4, 0, 0},  // ColorTempDaylight
+    {{3765, 14}, TagType::string, 2, 4, 0, 0},  // ColorTempShade
+    {{3779, 15}, TagType::string, 2, 4, 0, 0},  // ColorTempCloudy
+    {{3794, 17}, TagType::string, 2, 4, 0, 0},  // ColorTempTungsten
+    {{3811, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentD
+    {{3832, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentN
+    {{3853, 21}, TagType::string, 2, 4, 0, 0},  // ColorTempFluorescentW
+    {{3874, 14}, TagType::string, 2, 4, 0, 0},  // ColorTempFlash
+    {{3888, 21}, TagType::int16u, 2, 0, 1323, 20},  // RawDevelopmentProcess
+    {{3909, 3}, TagType::int16u, 2, 0, 1343, 10},  // Hue
+    {{3912, 13}, TagType::int16s, 2, 2, 1353, 9},  // HighLowKeyAdj
+    {{3925, 17}, TagType::int16s, 2, 2, 1353, 9},  // ContrastHighlight
+    {{3942, 14}, TagType::int16s, 2, 2, 1353, 9},  // ContrastShadow
+    {{3956, 26}, TagType::int8u, 2, 0, 145, 2},  // ContrastHighlightShadowAdj
+    {{3982, 13}, TagType::int8u, 2, -1, 1362, 4},  // FineSharpness
+    {{3995, 21}, TagType::int8u, 2, 0, 1366, 15},  // HighISONoiseReduction
+    {{4016, 12}, TagType::int16s, 2, 0, 0, 0},  // AFAdjustment
+    {{4028, 22}, TagType::int16u, 2, 0, 1381, 9},  // MonochromeFilterEffect
+    {{4050, 16}, TagType::int16u, 2, 0, 1343, 10},  // MonochromeToning
+    {{4066, 10}, TagType::int8u, 2, 2, 0, 0},  // FaceDetect
+    {{4076, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
+    {{4095, 16}, TagType::int8u, 2, -1, 1390, 8},  // ShadowCorrection
+    {{4111, 17}, TagType::int8u, 2, 2, 1398, 3},  // ISOAutoParameters
+    {{4128, 12}, TagType::int8u, 2, 0, 1401, 8},  // CrossProcess
+    {{4140, 10}, TagType::int32u, 2, 0, 0, 0},  // WhiteLevel
+    {{4150, 18}, TagType::int16u, 2, 0, 1343, 10},  // BleachBypassToning
+    {{4168, 11}, TagType::string, 2, 0, 141, 4},  // AspectRatio
+    {{4179, 11}, TagType::int8u, 2, 4, 141, 4},  // BlurControl
+    {{4190, 3}, TagType::int8u, 2, 4, 1409, 12},  // HDR
+    {{4193, 11}, TagType::int8u, 2, 0, 145, 2},  // ShutterType
+    {{4204, 20}, TagType::int8u, 2, 0, 1421, 4},  // NeutralDensityFilter
+    {{4224, 16}, TagType::int16u, 2, 2, 1425, 1},  // IntervalShooting
+    {{4240, 18}, TagType::int8s, 2, 3, 1426, 4},  // SkinToneCorrection
+    {{4258, 14}, TagType::int8s, 2, 2, 1425, 1},  // ClarityControl
+    {{4272, 10}, TagType::int16u, 2, 4, 0, 0},  // BlackPoint
+    {{4282, 10}, TagType::int16u, 2, 4, 0, 0},  // WhitePoint
+    {{4292, 12}, TagType::int16s, 2, 9, 0, 0},  // ColorMatrixA
+    {{4304, 12}, TagType::int16s, 2, 9, 0, 0},  // ColorMatrixB
+    {{4316, 18}, TagType::int8u, 2, -1, 0, 0},  // AEMeteringSegments
+    {{4334, 21}, TagType::int8u, 2, -1, 0, 0},  // FlashMeteringSegments
+    {{4355, 26}, TagType::int8u, 2, -1, 0, 0},  // SlaveFlashMeteringSegments
+    {{4381, 21}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsDaylight
+    {{4402, 18}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsShade
+    {{4420, 19}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsCloudy
+    {{4439, 21}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsTungsten
+    {{4460, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentD
+    {{4485, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentN
+    {{4510, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentW
+    {{4535, 18}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFlash
+    {{4553, 14}, TagType::string, 10, 0, 0, 0},  // SaturationInfo
+    {{4567, 13}, TagType::string, 2, 9, 0, 0},  // ColorMatrixA2
+    {{4580, 13}, TagType::string, 2, 9, 0, 0},  // ColorMatrixB2
+    {{4593, 12}, TagType::string, 10, 0, 0, 0},  // HuffmanTable
+    {{4605, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{4617, 6}, TagType::string, 2, 0, 0, 0},  // Artist
+    {{4623, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{4632, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
+    {{4647, 20}, TagType::int16u, 2, 4, 0, 0},  // ContrastDetectAFArea
+    {{4667, 8}, TagType::string, 0, 0, 0, 0},  // DataDump
+    {{4675, 9}, TagType::string, 0, 0, 0, 0},  // ToneCurve
+    {{4684, 10}, TagType::string, 0, 0, 0, 0},  // ToneCurves
+    {{4694, 12}, TagType::string, 0, 4, 0, 0},  // AudioCodecID
+    {{4706, 12}, TagType::imagedata, 0, 0, 0, 0},  // PreviewImage
+    {{4718, 20}, TagType::int8u, 2, 0, 145, 2},  // PixelShiftResolution
+    {{4738, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
+    {{4754, 8}, TagType::int8u, 2, 0, 1430, 3},  // SRResult
+    {{4762, 14}, TagType::int8u, 2, 0, 1433, 15},  // ShakeReduction
+    {{4776, 15}, TagType::int8u, 2, 0, 0, 0},  // SRHalfPressTime
+    {{4791, 13}, TagType::int8u, 2, 0, 0, 0},  // SRFocalLength
+    {{4804, 17}, TagType::int8u, 2, 0, 1448, 6},  // CameraOrientation
+    {{4821, 17}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature
+    {{4838, 18}, TagType::int16s, 2, 0, 0, 0},  // SensorTemperature2
+    {{4856, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraTemperature4
+    {{4874, 18}, TagType::int16s, 2, 0, 0, 0},  // CameraTemperature5
+    {{4892, 13}, TagType::int16u, 2, 0, 45, 3},  // RecordingMode
+    {{4905, 11}, TagType::int16u, 2, 0, 1454, 3},  // ColorFilter
+    {{4916, 16}, TagType::string, 2, 4, 0, 0},  // HometownCityCode
+    {{4932, 19}, TagType::string, 2, 4, 0, 0},  // DestinationCityCode
+    {{4951, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsFluorescentL
+    {{4976, 20}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsUnknown
+    {{4996, 25}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevelsUserSelected
 };
 constexpr detail::TextRef kChoicesPentax[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5025, 1}, {5026, 2}, {5028, 2}, {5030, 2},
@@ -9027,64 +9125,65 @@ constinit detail::StreamTags gTagsPentax("Pentax", kText, kTagsPentax, kKeyOrder
 
 // PhaseOne: 57 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhaseOne[] = {
-    {{4804, 17}, TagType::int32s, 0, 0, 0, 4},
-    {{4605, 12}, TagType::string, 2, 0, 0, 0},
-    {{3143, 3}, TagType::int32s, 2, 0, 0, 0},
-    {{138552, 12}, TagType::float_, 2, 9, 0, 0},
-    {{138564, 12}, TagType::float_, 2, 3, 0, 0},
-    {{138576, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{138587, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{138599, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{138615, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{138630, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{138640, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{138651, 9}, TagType::int32s, 2, 0, 4, 6},
-    {{138660, 7}, TagType::string, 10, 0, 0, 0},
-    {{138667, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{138683, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{138694, 8}, TagType::string, 2, 0, 0, 0},
-    {{138702, 6}, TagType::string, 2, 0, 0, 0},
-    {{4821, 17}, TagType::float_, 2, 0, 0, 0},
-    {{4838, 18}, TagType::float_, 2, 0, 0, 0},
-    {{138708, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{138719, 12}, TagType::int32s, 10, 0, 0, 0},
-    {{138731, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{138741, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{138752, 14}, TagType::int16u, 10, -1, 0, 0},
-    {{138766, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{138781, 12}, TagType::float_, 2, 9, 0, 0},
-    {{138793, 15}, TagType::float_, 2, 0, 0, 0},
-    {{138808, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{138823, 15}, TagType::int16s, 0, 0, 0, 0},
-    {{4016, 12}, TagType::float_, 2, 0, 0, 0},
-    {{138838, 16}, TagType::string, 2, 0, 0, 0},
-    {{138854, 17}, TagType::float_, 2, 0, 0, 0},
-    {{138871, 13}, TagType::float_, 2, 0, 0, 0},
-    {{3100, 20}, TagType::float_, 2, 0, 0, 0},
-    {{3132, 11}, TagType::float_, 2, 0, 0, 0},
-    {{138884, 11}, TagType::string, 2, 0, 0, 0},
-    {{2944, 9}, TagType::string, 2, 0, 0, 0},
-    {{138895, 16}, TagType::float_, 2, 0, 0, 0},
-    {{138911, 16}, TagType::float_, 2, 0, 0, 0},
-    {{138927, 10}, TagType::string, 2, 0, 0, 0},
-    {{138937, 13}, TagType::string, 8, 0, 0, 0},
-    {{138950, 18}, TagType::string, 8, 0, 0, 0},
-    {{138968, 24}, TagType::string, 0, 0, 0, 0},
-    {{138992, 24}, TagType::string, 0, 0, 0, 0},
-    {{139016, 24}, TagType::string, 0, 0, 0, 0},
-    {{139040, 24}, TagType::float_, 0, 0, 0, 0},
-    {{139064, 16}, TagType::string, 8, 0, 0, 0},
-    {{139080, 24}, TagType::string, 0, 0, 0, 0},
-    {{139104, 18}, TagType::string, 8, 0, 0, 0},
-    {{139122, 24}, TagType::double_, 0, 0, 0, 0},
-    {{139146, 24}, TagType::string, 0, 0, 0, 0},
-    {{139170, 18}, TagType::string, 8, 0, 0, 0},
-    {{139188, 24}, TagType::string, 0, 0, 0, 0},
-    {{139212, 26}, TagType::float_, 0, 0, 0, 0},
-    {{139238, 26}, TagType::float_, 0, 0, 0, 0},
-    {{139264, 24}, TagType::float_, 0, 0, 0, 0},
-    {{139288, 24}, TagType::string, 0, 0, 0, 0},
+    {{4804, 17}, TagType::int32s, 0, 0, 0, 4},  // CameraOrientation
+    {{4605, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{3143, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
+    {{138552, 12}, TagType::float_, 2, 9, 0, 0},  // ColorMatrix1
+    {{138564, 12}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevels
+    {{138576, 11}, TagType::int32s, 2, 0, 0, 0},  // SensorWidth
+    {{138587, 12}, TagType::int32s, 2, 0, 0, 0},  // SensorHeight
+    {{138599, 16}, TagType::int32s, 2, 0, 0, 0},  // SensorLeftMargin
+    {{138615, 15}, TagType::int32s, 2, 0, 0, 0},  // SensorTopMargin
+    {{138630, 10}, TagType::int32s, 2, 0, 0, 0},  // ImageWidth
+    {{138640, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageHeight
+    {{138651, 9}, TagType::int32s, 2, 0, 4, 6},  // RawFormat
+    {{138660, 7}, TagType::string, 10, 0, 0, 0},  // RawData
+    {{138667, 16}, TagType::int32u, 2, 0, 0, 0},  // DateTimeOriginal
+    {{138683, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageNumber
+    {{138694, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{138702, 6}, TagType::string, 2, 0, 0, 0},  // System
+    {{4821, 17}, TagType::float_, 2, 0, 0, 0},  // SensorTemperature
+    {{4838, 18}, TagType::float_, 2, 0, 0, 0},  // SensorTemperature2
+    {{138708, 11}, TagType::int32u, 2, 0, 0, 0},  // UnknownDate
+    {{138719, 12}, TagType::int32s, 10, 0, 0, 0},  // StripOffsets
+    {{138731, 10}, TagType::int32s, 2, 0, 0, 0},  // BlackLevel
+    {{138741, 11}, TagType::int32s, 2, 0, 0, 0},  // SplitColumn
+    {{138752, 14}, TagType::int16u, 10, -1, 0, 0},  // BlackLevelData
+    {{138766, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x0225
+    {{138781, 12}, TagType::float_, 2, 9, 0, 0},  // ColorMatrix2
+    {{138793, 15}, TagType::float_, 2, 0, 0, 0},  // PhaseOne_0x022b
+    {{138808, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x0258
+    {{138823, 15}, TagType::int16s, 0, 0, 0, 0},  // PhaseOne_0x025a
+    {{4016, 12}, TagType::float_, 2, 0, 0, 0},  // AFAdjustment
+    {{138838, 16}, TagType::string, 2, 0, 0, 0},  // FirmwareVersions
+    {{138854, 17}, TagType::float_, 2, 0, 0, 0},  // ShutterSpeedValue
+    {{138871, 13}, TagType::float_, 2, 0, 0, 0},  // ApertureValue
+    {{3100, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
+    {{3132, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{138884, 11}, TagType::string, 2, 0, 0, 0},  // CameraModel
+    {{2944, 9}, TagType::string, 2, 0, 0, 0},  // LensModel
+    {{138895, 16}, TagType::float_, 2, 0, 0, 0},  // MaxApertureValue
+    {{138911, 16}, TagType::float_, 2, 0, 0, 0},  // MinApertureValue
+    {{138927, 10}, TagType::string, 2, 0, 0, 0},  // Viewfinder
+    {{138937, 13}, TagType::string, 8, 0, 0, 0},  // SensorDefects
+    {{138950, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField1
+    {{138968, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0404
+    {{138992, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0405
+    {{139016, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0406
+    {{139040, 24}, TagType::float_, 0, 0, 0, 0},  // SensorCalibration_0x0408
+    {{139064, 16}, TagType::string, 8, 0, 0, 0},  // RedBlueFlatField
+    {{139080, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x040f
+    {{139104, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField2
+    {{139122, 24}, TagType::double_, 0, 0, 0, 0},  // SensorCalibration_0x0413
+    {{139146, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0414
+    {{139170, 18}, TagType::string, 8, 0, 0, 0},  // AllColorFlatField3
+    {{139188, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x0418
+    {{139212, 26}, TagType::float_, 0, 0, 0, 0},  // LinearizationCoefficients1
+    {{139238, 26}, TagType::float_, 0, 0, 0, 0},  // LinearizationCoefficients2
+    {{139264, 24}, TagType::float_, 0, 0, 0, 0},  // SensorCalibration_0x041c
+    {{139288, 24}, TagType::string, 0, 0, 0, 0},  // SensorCalibration_0x041e
 };
 constexpr detail::TextRef kChoicesPhaseOne[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5093, 1},
@@ -9343,34 +9442,35 @@ constinit detail::StreamTags gTagsPhaseOne("PhaseOne", kText, kTagsPhaseOne, kKe
 
 // PhotoCD: 27 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoCD[] = {
-    {{143596, 20}, TagType::int8u, 0, 2, 0, 0},
-    {{143616, 24}, TagType::int8u, 0, 2, 0, 0},
-    {{143640, 28}, TagType::int8u, 0, 2, 0, 0},
-    {{143668, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{143678, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{143688, 11}, TagType::int8u, 0, 0, 0, 9},
-    {{143699, 11}, TagType::string, 0, 20, 0, 0},
-    {{143710, 15}, TagType::string, 0, 20, 0, 0},
-    {{143725, 16}, TagType::string, 0, 16, 0, 0},
-    {{143741, 22}, TagType::string, 0, 4, 0, 0},
-    {{143763, 19}, TagType::string, 0, 8, 0, 0},
-    {{143782, 19}, TagType::string, 0, 20, 0, 0},
-    {{143801, 16}, TagType::string, 0, 2, 0, 0},
-    {{143817, 20}, TagType::string, 0, 20, 0, 0},
-    {{143837, 12}, TagType::int8u, 0, 0, 9, 6},
-    {{143849, 23}, TagType::string, 8, 32, 0, 0},
-    {{143872, 17}, TagType::string, 0, 60, 0, 0},
-    {{143889, 6}, TagType::string, 0, 3, 0, 0},
-    {{143895, 29}, TagType::int8u, 0, 2, 0, 0},
-    {{143924, 28}, TagType::int8u, 0, 0, 15, 4},
-    {{143952, 27}, TagType::int16u, 0, 0, 19, 219},
-    {{143979, 15}, TagType::int8u, 0, 0, 238, 2},
-    {{143994, 17}, TagType::string, 0, 12, 0, 0},
-    {{144011, 11}, TagType::int8u, 0, 0, 15, 4},
-    {{138630, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{138640, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{144022, 16}, TagType::int8u, 0, 0, 15, 4},
+    {{143596, 20}, TagType::int8u, 0, 2, 0, 0},  // SpecificationVersion
+    {{143616, 24}, TagType::int8u, 0, 2, 0, 0},  // AuthoringSoftwareRelease
+    {{143640, 28}, TagType::int8u, 0, 2, 0, 0},  // ImageMagnificationDescriptor
+    {{143668, 10}, TagType::int32u, 0, 0, 0, 0},  // CreateDate
+    {{143678, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
+    {{143688, 11}, TagType::int8u, 0, 0, 0, 9},  // ImageMedium
+    {{143699, 11}, TagType::string, 0, 20, 0, 0},  // ProductType
+    {{143710, 15}, TagType::string, 0, 20, 0, 0},  // ScannerVendorID
+    {{143725, 16}, TagType::string, 0, 16, 0, 0},  // ScannerProductID
+    {{143741, 22}, TagType::string, 0, 4, 0, 0},  // ScannerFirmwareVersion
+    {{143763, 19}, TagType::string, 0, 8, 0, 0},  // ScannerFirmwareDate
+    {{143782, 19}, TagType::string, 0, 20, 0, 0},  // ScannerSerialNumber
+    {{143801, 16}, TagType::string, 0, 2, 0, 0},  // ScannerPixelSize
+    {{143817, 20}, TagType::string, 0, 20, 0, 0},  // ImageWorkstationMake
+    {{143837, 12}, TagType::int8u, 0, 0, 9, 6},  // CharacterSet
+    {{143849, 23}, TagType::string, 8, 32, 0, 0},  // CharacterEscapeSequence
+    {{143872, 17}, TagType::string, 0, 60, 0, 0},  // PhotoFinisherName
+    {{143889, 6}, TagType::string, 0, 3, 0, 0},  // HasSBA
+    {{143895, 29}, TagType::int8u, 0, 2, 0, 0},  // SceneBalanceAlgorithmRevision
+    {{143924, 28}, TagType::int8u, 0, 0, 15, 4},  // SceneBalanceAlgorithmCommand
+    {{143952, 27}, TagType::int16u, 0, 0, 19, 219},  // SceneBalanceAlgorithmFilmID
+    {{143979, 15}, TagType::int8u, 0, 0, 238, 2},  // CopyrightStatus
+    {{143994, 17}, TagType::string, 0, 12, 0, 0},  // CopyrightFileName
+    {{144011, 11}, TagType::int8u, 0, 0, 15, 4},  // Orientation
+    {{138630, 10}, TagType::int8u, 0, 0, 0, 0},  // ImageWidth
+    {{138640, 11}, TagType::int8u, 0, 0, 0, 0},  // ImageHeight
+    {{144022, 16}, TagType::int8u, 0, 0, 15, 4},  // CompressionClass
 };
 constexpr detail::TextRef kChoicesPhotoCD[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5093, 1}, {5094, 1}, {5095, 1},
@@ -9774,26 +9874,27 @@ constinit detail::StreamTags gTagsPhotoCD("PhotoCD", kText, kTagsPhotoCD, kKeyOr
 
 // PhotoMechanic: 19 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoMechanic[] = {
-    {{161754, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{161765, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{161775, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{161787, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{161800, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{161820, 21}, TagType::int32s, 2, 0, 0, 0},
-    {{161841, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{967, 8}, TagType::int32s, 2, 0, 0, 4},
-    {{161849, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{161857, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{161864, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{161873, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{161883, 6}, TagType::int32s, 2, 0, 4, 2},
-    {{161889, 10}, TagType::int32s, 2, 0, 6, 9},
-    {{161899, 6}, TagType::int32s, 2, 0, 0, 0},
-    {{161905, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{161920, 14}, TagType::int32s, 2, 0, 0, 0},
-    {{161934, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{161950, 17}, TagType::int32s, 2, 0, 0, 0},
+    {{161754, 11}, TagType::int32s, 2, 0, 0, 0},  // RawCropLeft
+    {{161765, 10}, TagType::int32s, 2, 0, 0, 0},  // RawCropTop
+    {{161775, 12}, TagType::int32s, 2, 0, 0, 0},  // RawCropRight
+    {{161787, 13}, TagType::int32s, 2, 0, 0, 0},  // RawCropBottom
+    {{161800, 20}, TagType::int32s, 2, 0, 0, 0},  // ConstrainedCropWidth
+    {{161820, 21}, TagType::int32s, 2, 0, 0, 0},  // ConstrainedCropHeight
+    {{161841, 8}, TagType::int32s, 2, 0, 0, 0},  // FrameNum
+    {{967, 8}, TagType::int32s, 2, 0, 0, 4},  // Rotation
+    {{161849, 8}, TagType::int32s, 2, 0, 0, 0},  // CropLeft
+    {{161857, 7}, TagType::int32s, 2, 0, 0, 0},  // CropTop
+    {{161864, 9}, TagType::int32s, 2, 0, 0, 0},  // CropRight
+    {{161873, 10}, TagType::int32s, 2, 0, 0, 0},  // CropBottom
+    {{161883, 6}, TagType::int32s, 2, 0, 4, 2},  // Tagged
+    {{161889, 10}, TagType::int32s, 2, 0, 6, 9},  // ColorClass
+    {{161899, 6}, TagType::int32s, 2, 0, 0, 0},  // Rating
+    {{161905, 15}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropLeft
+    {{161920, 14}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropTop
+    {{161934, 16}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropRight
+    {{161950, 17}, TagType::int32s, 2, 0, 0, 0},  // PreviewCropBottom
 };
 constexpr detail::TextRef kChoicesPhotoMechanic[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5021, 1}, {5022, 1}, {5021, 1}, {5022, 1},
@@ -9902,114 +10003,115 @@ constinit detail::StreamTags gTagsPhotoMechanic("PhotoMechanic", kText, kTagsPho
 
 // Photoshop: 107 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPhotoshop[] = {
-    {{163708, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{138640, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{138630, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{163719, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{163727, 9}, TagType::int16u, 0, 0, 0, 8},
-    {{163736, 11}, TagType::int16u, 0, 0, 8, 4},
-    {{163747, 16}, TagType::int16s, 2, 0, 0, 0},
-    {{163763, 15}, TagType::int16s, 0, 0, 12, 3},
-    {{163778, 16}, TagType::int16s, 0, 0, 15, 3},
-    {{163794, 15}, TagType::string, 1, 0, 18, 28},
-    {{163809, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{163819, 10}, TagType::string, 1, 0, 0, 0},
-    {{163829, 14}, TagType::int8u, 1, 0, 0, 0},
-    {{163843, 15}, TagType::int32u, 1, 4, 0, 0},
-    {{163858, 12}, TagType::int8u, 1, 0, 46, 2},
-    {{163870, 11}, TagType::int16u, 1, 0, 48, 8},
-    {{163881, 13}, TagType::int32u, 1, 0, 8, 4},
-    {{163894, 17}, TagType::string, 1, 0, 0, 0},
-    {{163911, 8}, TagType::int32u, 1, 0, 0, 0},
-    {{163919, 16}, TagType::string, 1, 0, 0, 0},
-    {{163935, 14}, TagType::string, 0, 0, 0, 0},
-    {{163949, 18}, TagType::string, 0, 0, 0, 0},
-    {{163967, 7}, TagType::string, 8, 0, 0, 0},
-    {{163974, 20}, TagType::string, 0, 0, 0, 0},
-    {{163994, 18}, TagType::string, 0, 0, 0, 0},
-    {{164012, 11}, TagType::string, 0, 0, 0, 0},
-    {{164023, 14}, TagType::string, 0, 0, 0, 0},
-    {{164037, 17}, TagType::string, 0, 0, 0, 0},
-    {{164054, 15}, TagType::string, 0, 0, 0, 0},
-    {{164069, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{164079, 17}, TagType::string, 0, 0, 0, 0},
-    {{164096, 19}, TagType::string, 0, 0, 0, 0},
-    {{164115, 21}, TagType::string, 0, 0, 0, 0},
-    {{164136, 15}, TagType::string, 0, 0, 0, 0},
-    {{164151, 18}, TagType::string, 0, 0, 0, 0},
-    {{164169, 20}, TagType::string, 0, 0, 0, 0},
-    {{164189, 16}, TagType::string, 0, 0, 0, 0},
-    {{164205, 11}, TagType::int8u, 0, 0, 0, 0},
-    {{164216, 21}, TagType::string, 0, 0, 0, 0},
-    {{164237, 10}, TagType::string, 0, 0, 0, 0},
-    {{164247, 13}, TagType::string, 0, 0, 0, 0},
-    {{164260, 21}, TagType::string, 0, 0, 0, 0},
-    {{164281, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{164294, 11}, TagType::string, 0, 0, 0, 0},
-    {{164305, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{164320, 21}, TagType::string, 0, 0, 0, 0},
-    {{164341, 12}, TagType::string, 0, 0, 0, 0},
-    {{164353, 14}, TagType::string, 0, 0, 0, 0},
-    {{164367, 21}, TagType::string, 18, 0, 0, 0},
-    {{164388, 13}, TagType::int8u, 2, 0, 56, 2},
-    {{164401, 3}, TagType::string, 2, 0, 0, 0},
-    {{164404, 18}, TagType::string, 18, 0, 0, 0},
-    {{164422, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{164433, 21}, TagType::string, 0, 0, 0, 0},
-    {{164454, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{164463, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{164475, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{164489, 12}, TagType::string, 0, 0, 0, 0},
-    {{164501, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{164513, 17}, TagType::string, 0, 0, 0, 0},
-    {{164530, 22}, TagType::int16u, 0, 0, 0, 0},
-    {{164552, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{164568, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{164582, 11}, TagType::string, 0, 0, 0, 0},
-    {{164593, 10}, TagType::string, 0, 0, 0, 0},
-    {{164603, 16}, TagType::string, 0, 0, 0, 0},
-    {{164619, 8}, TagType::string, 1, 0, 0, 0},
-    {{164627, 9}, TagType::string, 8, 0, 0, 0},
-    {{164636, 10}, TagType::string, 18, 0, 0, 0},
-    {{164646, 10}, TagType::string, 0, 0, 0, 0},
-    {{164656, 22}, TagType::string, 0, 0, 0, 0},
-    {{164678, 19}, TagType::string, 0, 0, 0, 0},
-    {{164697, 17}, TagType::string, 0, 0, 0, 0},
-    {{164714, 13}, TagType::string, 0, 0, 0, 0},
-    {{164727, 9}, TagType::string, 0, 0, 0, 0},
-    {{164736, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{164756, 22}, TagType::string, 0, 0, 0, 0},
-    {{164778, 16}, TagType::string, 0, 0, 0, 0},
-    {{164794, 12}, TagType::string, 0, 0, 0, 0},
-    {{164806, 15}, TagType::string, 0, 0, 0, 0},
-    {{164821, 10}, TagType::string, 0, 0, 0, 0},
-    {{164831, 9}, TagType::string, 0, 0, 0, 0},
-    {{164840, 10}, TagType::string, 0, 0, 0, 0},
-    {{164850, 10}, TagType::int16u, 0, 0, 58, 3},
-    {{164860, 20}, TagType::string, 0, 0, 0, 0},
-    {{164880, 14}, TagType::string, 0, 0, 0, 0},
-    {{164894, 16}, TagType::string, 0, 0, 0, 0},
-    {{164910, 14}, TagType::string, 0, 0, 0, 0},
-    {{164924, 18}, TagType::string, 0, 0, 0, 0},
-    {{164942, 16}, TagType::string, 0, 0, 0, 0},
-    {{164958, 14}, TagType::string, 0, 0, 0, 0},
-    {{164972, 19}, TagType::string, 0, 0, 0, 0},
-    {{164991, 18}, TagType::string, 0, 0, 0, 0},
-    {{165009, 17}, TagType::string, 0, 0, 0, 0},
-    {{165026, 14}, TagType::string, 0, 0, 0, 0},
-    {{165040, 16}, TagType::double_, 0, 0, 0, 0},
-    {{165056, 13}, TagType::float_, 0, 2, 0, 0},
-    {{165069, 10}, TagType::float_, 0, 0, 0, 0},
-    {{165079, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{165090, 15}, TagType::int16u, 2, 0, 61, 2},
-    {{165105, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{165116, 15}, TagType::int16u, 2, 0, 61, 2},
-    {{165131, 15}, TagType::var_ustr32, 0, 0, 0, 0},
-    {{165146, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{165155, 17}, TagType::int8u, 0, 0, 56, 2},
-    {{165172, 10}, TagType::var_ustr32, 0, 0, 0, 0},
-    {{165182, 10}, TagType::var_ustr32, 0, 0, 0, 0},
+    {{163708, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
+    {{138640, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{138630, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{163719, 8}, TagType::int16u, 0, 0, 0, 0},  // BitDepth
+    {{163727, 9}, TagType::int16u, 0, 0, 0, 8},  // ColorMode
+    {{163736, 11}, TagType::int16u, 0, 0, 8, 4},  // Compression
+    {{163747, 16}, TagType::int16s, 2, 0, 0, 0},  // PhotoshopQuality
+    {{163763, 15}, TagType::int16s, 0, 0, 12, 3},  // PhotoshopFormat
+    {{163778, 16}, TagType::int16s, 0, 0, 15, 3},  // ProgressiveScans
+    {{163794, 15}, TagType::string, 1, 0, 18, 28},  // LayerBlendModes
+    {{163809, 10}, TagType::int16u, 0, 0, 0, 0},  // LayerCount
+    {{163819, 10}, TagType::string, 1, 0, 0, 0},  // LayerNames
+    {{163829, 14}, TagType::int8u, 1, 0, 0, 0},  // LayerOpacities
+    {{163843, 15}, TagType::int32u, 1, 4, 0, 0},  // LayerRectangles
+    {{163858, 12}, TagType::int8u, 1, 0, 46, 2},  // LayerVisible
+    {{163870, 11}, TagType::int16u, 1, 0, 48, 8},  // LayerColors
+    {{163881, 13}, TagType::int32u, 1, 0, 8, 4},  // LayerSections
+    {{163894, 17}, TagType::string, 1, 0, 0, 0},  // LayerUnicodeNames
+    {{163911, 8}, TagType::int32u, 1, 0, 0, 0},  // LayerIDs
+    {{163919, 16}, TagType::string, 1, 0, 0, 0},  // LayerModifyDates
+    {{163935, 14}, TagType::string, 0, 0, 0, 0},  // Photoshop2Info
+    {{163949, 18}, TagType::string, 0, 0, 0, 0},  // MacintoshPrintInfo
+    {{163967, 7}, TagType::string, 8, 0, 0, 0},  // XMLData
+    {{163974, 20}, TagType::string, 0, 0, 0, 0},  // Photoshop2ColorTable
+    {{163994, 18}, TagType::string, 0, 0, 0, 0},  // AlphaChannelsNames
+    {{164012, 11}, TagType::string, 0, 0, 0, 0},  // DisplayInfo
+    {{164023, 14}, TagType::string, 0, 0, 0, 0},  // PStringCaption
+    {{164037, 17}, TagType::string, 0, 0, 0, 0},  // BorderInformation
+    {{164054, 15}, TagType::string, 0, 0, 0, 0},  // BackgroundColor
+    {{164069, 10}, TagType::int8u, 0, 0, 0, 0},  // PrintFlags
+    {{164079, 17}, TagType::string, 0, 0, 0, 0},  // BW_HalftoningInfo
+    {{164096, 19}, TagType::string, 0, 0, 0, 0},  // ColorHalftoningInfo
+    {{164115, 21}, TagType::string, 0, 0, 0, 0},  // DuotoneHalftoningInfo
+    {{164136, 15}, TagType::string, 0, 0, 0, 0},  // BW_TransferFunc
+    {{164151, 18}, TagType::string, 0, 0, 0, 0},  // ColorTransferFuncs
+    {{164169, 20}, TagType::string, 0, 0, 0, 0},  // DuotoneTransferFuncs
+    {{164189, 16}, TagType::string, 0, 0, 0, 0},  // DuotoneImageInfo
+    {{164205, 11}, TagType::int8u, 0, 0, 0, 0},  // EffectiveBW
+    {{164216, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag1
+    {{164237, 10}, TagType::string, 0, 0, 0, 0},  // EPSOptions
+    {{164247, 13}, TagType::string, 0, 0, 0, 0},  // QuickMaskInfo
+    {{164260, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag2
+    {{164281, 13}, TagType::int16u, 0, 0, 0, 0},  // TargetLayerID
+    {{164294, 11}, TagType::string, 0, 0, 0, 0},  // WorkingPath
+    {{164305, 15}, TagType::int16u, 0, 0, 0, 0},  // LayersGroupInfo
+    {{164320, 21}, TagType::string, 0, 0, 0, 0},  // ObsoletePhotoshopTag3
+    {{164341, 12}, TagType::string, 0, 0, 0, 0},  // RawImageMode
+    {{164353, 14}, TagType::string, 0, 0, 0, 0},  // GridGuidesInfo
+    {{164367, 21}, TagType::string, 18, 0, 0, 0},  // PhotoshopBGRThumbnail
+    {{164388, 13}, TagType::int8u, 2, 0, 56, 2},  // CopyrightFlag
+    {{164401, 3}, TagType::string, 2, 0, 0, 0},  // URL
+    {{164404, 18}, TagType::string, 18, 0, 0, 0},  // PhotoshopThumbnail
+    {{164422, 11}, TagType::int32u, 2, 0, 0, 0},  // GlobalAngle
+    {{164433, 21}, TagType::string, 0, 0, 0, 0},  // ColorSamplersResource
+    {{164454, 9}, TagType::int8u, 0, 0, 0, 0},  // Watermark
+    {{164463, 12}, TagType::int8u, 0, 0, 0, 0},  // ICC_Untagged
+    {{164475, 14}, TagType::int8u, 0, 0, 0, 0},  // EffectsVisible
+    {{164489, 12}, TagType::string, 0, 0, 0, 0},  // SpotHalftone
+    {{164501, 12}, TagType::int32u, 0, 0, 0, 0},  // IDsBaseValue
+    {{164513, 17}, TagType::string, 0, 0, 0, 0},  // UnicodeAlphaNames
+    {{164530, 22}, TagType::int16u, 0, 0, 0, 0},  // IndexedColorTableCount
+    {{164552, 16}, TagType::int16u, 0, 0, 0, 0},  // TransparentIndex
+    {{164568, 14}, TagType::int32u, 2, 0, 0, 0},  // GlobalAltitude
+    {{164582, 11}, TagType::string, 0, 0, 0, 0},  // WorkflowURL
+    {{164593, 10}, TagType::string, 0, 0, 0, 0},  // JumpToXPEP
+    {{164603, 16}, TagType::string, 0, 0, 0, 0},  // AlphaIdentifiers
+    {{164619, 8}, TagType::string, 1, 0, 0, 0},  // URL_List
+    {{164627, 9}, TagType::string, 8, 0, 0, 0},  // ExifInfo2
+    {{164636, 10}, TagType::string, 18, 0, 0, 0},  // IPTCDigest
+    {{164646, 10}, TagType::string, 0, 0, 0, 0},  // LayerComps
+    {{164656, 22}, TagType::string, 0, 0, 0, 0},  // AlternateDuotoneColors
+    {{164678, 19}, TagType::string, 0, 0, 0, 0},  // AlternateSpotColors
+    {{164697, 17}, TagType::string, 0, 0, 0, 0},  // LayerSelectionIDs
+    {{164714, 13}, TagType::string, 0, 0, 0, 0},  // HDRToningInfo
+    {{164727, 9}, TagType::string, 0, 0, 0, 0},  // PrintInfo
+    {{164736, 20}, TagType::int8u, 0, 0, 0, 0},  // LayerGroupsEnabledID
+    {{164756, 22}, TagType::string, 0, 0, 0, 0},  // ColorSamplersResource2
+    {{164778, 16}, TagType::string, 0, 0, 0, 0},  // MeasurementScale
+    {{164794, 12}, TagType::string, 0, 0, 0, 0},  // TimelineInfo
+    {{164806, 15}, TagType::string, 0, 0, 0, 0},  // SheetDisclosure
+    {{164821, 10}, TagType::string, 0, 0, 0, 0},  // OnionSkins
+    {{164831, 9}, TagType::string, 0, 0, 0, 0},  // CountInfo
+    {{164840, 10}, TagType::string, 0, 0, 0, 0},  // PrintInfo2
+    {{164850, 10}, TagType::int16u, 0, 0, 58, 3},  // PrintStyle
+    {{164860, 20}, TagType::string, 0, 0, 0, 0},  // MacintoshNSPrintInfo
+    {{164880, 14}, TagType::string, 0, 0, 0, 0},  // WindowsDEVMODE
+    {{164894, 16}, TagType::string, 0, 0, 0, 0},  // AutoSaveFilePath
+    {{164910, 14}, TagType::string, 0, 0, 0, 0},  // AutoSaveFormat
+    {{164924, 18}, TagType::string, 0, 0, 0, 0},  // PathSelectionState
+    {{164942, 16}, TagType::string, 0, 0, 0, 0},  // ClippingPathName
+    {{164958, 14}, TagType::string, 0, 0, 0, 0},  // OriginPathInfo
+    {{164972, 19}, TagType::string, 0, 0, 0, 0},  // ImageReadyVariables
+    {{164991, 18}, TagType::string, 0, 0, 0, 0},  // ImageReadyDataSets
+    {{165009, 17}, TagType::string, 0, 0, 0, 0},  // LightroomWorkflow
+    {{165026, 14}, TagType::string, 0, 0, 0, 0},  // PrintFlagsInfo
+    {{165040, 16}, TagType::double_, 0, 0, 0, 0},  // PixelAspectRatio
+    {{165056, 13}, TagType::float_, 0, 2, 0, 0},  // PrintPosition
+    {{165069, 10}, TagType::float_, 0, 0, 0, 0},  // PrintScale
+    {{165079, 11}, TagType::int32u, 2, 0, 0, 0},  // XResolution
+    {{165090, 15}, TagType::int16u, 2, 0, 61, 2},  // DisplayedUnitsX
+    {{165105, 11}, TagType::int32u, 2, 0, 0, 0},  // YResolution
+    {{165116, 15}, TagType::int16u, 2, 0, 61, 2},  // DisplayedUnitsY
+    {{165131, 15}, TagType::var_ustr32, 0, 0, 0, 0},  // SlicesGroupName
+    {{165146, 9}, TagType::int32u, 0, 0, 0, 0},  // NumSlices
+    {{165155, 17}, TagType::int8u, 0, 0, 56, 2},  // HasRealMergedData
+    {{165172, 10}, TagType::var_ustr32, 0, 0, 0, 0},  // WriterName
+    {{165182, 10}, TagType::var_ustr32, 0, 0, 0, 0},  // ReaderName
 };
 constexpr detail::TextRef kChoicesPhotoshop[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5095, 1}, {5025, 1}, {5096, 1},
@@ -10322,31 +10424,32 @@ constinit detail::StreamTags gTagsPhotoshop("Photoshop", kText, kTagsPhotoshop, 
 
 // PostScript: 24 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPostScript[] = {
-    {{173087, 13}, TagType::string, 0, 0, 0, 0},
-    {{173100, 12}, TagType::string, 0, 0, 0, 0},
-    {{173112, 12}, TagType::string, 0, 0, 0, 0},
-    {{173124, 11}, TagType::string, 0, 0, 0, 0},
-    {{173135, 12}, TagType::string, 0, 0, 0, 6},
-    {{173147, 18}, TagType::string, 0, 0, 0, 0},
-    {{173165, 16}, TagType::string, 0, 0, 0, 0},
-    {{173181, 12}, TagType::string, 0, 0, 6, 2},
-    {{173193, 6}, TagType::string, 2, 0, 0, 0},
-    {{173199, 11}, TagType::string, 0, 0, 0, 0},
-    {{4623, 9}, TagType::string, 2, 0, 0, 0},
-    {{143668, 10}, TagType::string, 2, 0, 0, 0},
-    {{173210, 7}, TagType::string, 2, 0, 0, 0},
-    {{173217, 16}, TagType::string, 0, 0, 0, 0},
-    {{173233, 3}, TagType::string, 2, 0, 0, 0},
-    {{173236, 9}, TagType::string, 0, 0, 0, 0},
-    {{173245, 8}, TagType::string, 2, 0, 0, 0},
-    {{143678, 10}, TagType::string, 2, 0, 0, 0},
-    {{173253, 5}, TagType::string, 0, 0, 0, 0},
-    {{173258, 7}, TagType::string, 2, 0, 0, 0},
-    {{173265, 7}, TagType::string, 2, 0, 0, 0},
-    {{173272, 11}, TagType::string, 8, 0, 0, 0},
-    {{173283, 5}, TagType::string, 2, 0, 0, 0},
-    {{173288, 7}, TagType::string, 2, 0, 0, 0},
+    {{173087, 13}, TagType::string, 0, 0, 0, 0},  // AIBuildNumber
+    {{173100, 12}, TagType::string, 0, 0, 0, 0},  // AIColorUsage
+    {{173112, 12}, TagType::string, 0, 0, 0, 0},  // AIFileFormat
+    {{173124, 11}, TagType::string, 0, 0, 0, 0},  // AINumLayers
+    {{173135, 12}, TagType::string, 0, 0, 0, 6},  // AIRulerUnits
+    {{173147, 18}, TagType::string, 0, 0, 0, 0},  // AITargetResolution
+    {{173165, 16}, TagType::string, 0, 0, 0, 0},  // AICreatorVersion
+    {{173181, 12}, TagType::string, 0, 0, 6, 2},  // AIColorModel
+    {{173193, 6}, TagType::string, 2, 0, 0, 0},  // Author
+    {{173199, 11}, TagType::string, 0, 0, 0, 0},  // BoundingBox
+    {{4623, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{143668, 10}, TagType::string, 2, 0, 0, 0},  // CreateDate
+    {{173210, 7}, TagType::string, 2, 0, 0, 0},  // Creator
+    {{173217, 16}, TagType::string, 0, 0, 0, 0},  // EmbeddedFileName
+    {{173233, 3}, TagType::string, 2, 0, 0, 0},  // For
+    {{173236, 9}, TagType::string, 0, 0, 0, 0},  // ImageData
+    {{173245, 8}, TagType::string, 2, 0, 0, 0},  // Keywords
+    {{143678, 10}, TagType::string, 2, 0, 0, 0},  // ModifyDate
+    {{173253, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{173258, 7}, TagType::string, 2, 0, 0, 0},  // Routing
+    {{173265, 7}, TagType::string, 2, 0, 0, 0},  // Subject
+    {{173272, 11}, TagType::string, 8, 0, 0, 0},  // TIFFPreview
+    {{173283, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{173288, 7}, TagType::string, 2, 0, 0, 0},  // Version
 };
 constexpr detail::TextRef kChoicesPostScript[] = {
     {5021, 1}, {5022, 1}, {5023, 1}, {5024, 1}, {5092, 1}, {5094, 1}, {5022, 1}, {5023, 1},
@@ -10469,8 +10572,9 @@ constinit detail::StreamTags gTagsPostScript("PostScript", kText, kTagsPostScrip
 
 // PrintIM: 1 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsPrintIM[] = {
-    {{174673, 14}, TagType::string, 0, 0, 0, 0},
+    {{174673, 14}, TagType::string, 0, 0, 0, 0},  // PrintIMVersion
 };
 constexpr detail::StringRow kStringsEnglishPrintIM[] = {
     {{174687, 22}, {174709, 15}},

@@ -7,2196 +7,2252 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "HJREnable""HJRMaxNumFrames""HJR_NReductionFlat""HJR_NReductionTexture""HJROneToTwoOffset"
-    "HJRTextureThreshold""AECAggressiveness""AECCurrentExpIndex""AECCurrentSensorLuma""AECEnable"
-    "AECExposureIndexAdjStep""AECHighLumaRegionCount""AECHighLumaRegionThreshold""AECIndoorIdx"
-    "AECLumaTarget""AECLumaTolerance""AECMode""AECOdoorIdx""AECOutdoorBrightDiscarded"
-    "AECOutdoorBrightEnable""AECOutdoorBrightReduction""AECOutdoorBrightThresholdHI"
-    "AECOutdoorBrightThresholdLO""AECOutdoorGammaIndex""AECSnapshotDigitalGain"
-    "AECSnapshotExposureTimeMs""AECSnapshotLineCount""AECSnapshotSensorGain""AECVfeLuma""AFBoundary"
-    "AFCollectEndStat""AFEnable""AFFarEnd""AFFineSrchPoints""AFFineStep""AFFocusTime""AFGrossStep"
-    "AFMode""AFNearEnd""AFPosDefMacro""AFPosDefNorm""AFPosition""AFProcess""AFResetLensAfterSnap"
-    "AFStepsNearFar""AFStepsNearInfinity""AFTestMode""AFTracePositions00""AFTracePositions10"
-    "AFTracePositions11""AFTracePositions12""AFTracePositions13""AFTracePositions14"
-    "AFTracePositions15""AFTracePositions16""AFTracePositions17""AFTracePositions18"
-    "AFTracePositions19""AFTracePositions01""AFTracePositions20""AFTracePositions21"
-    "AFTracePositions22""AFTracePositions23""AFTracePositions24""AFTracePositions25"
-    "AFTracePositions26""AFTracePositions27""AFTracePositions28""AFTracePositions29"
-    "AFTracePositions02""AFTracePositions30""AFTracePositions31""AFTracePositions32"
-    "AFTracePositions33""AFTracePositions34""AFTracePositions35""AFTracePositions36"
-    "AFTracePositions37""AFTracePositions38""AFTracePositions39""AFTracePositions03"
-    "AFTracePositions40""AFTracePositions41""AFTracePositions42""AFTracePositions43"
-    "AFTracePositions44""AFTracePositions45""AFTracePositions46""AFTracePositions47"
-    "AFTracePositions48""AFTracePositions49""AFTracePositions04""AFTracePositions05"
-    "AFTracePositions06""AFTracePositions07""AFTracePositions08""AFTracePositions09""AFTraceStats00"
-    "AFTraceStats10""AFTraceStats11""AFTraceStats12""AFTraceStats13""AFTraceStats14""AFTraceStats15"
-    "AFTraceStats16""AFTraceStats17""AFTraceStats18""AFTraceStats19""AFTraceStats01""AFTraceStats20"
-    "AFTraceStats21""AFTraceStats22""AFTraceStats23""AFTraceStats24""AFTraceStats25""AFTraceStats26"
-    "AFTraceStats27""AFTraceStats28""AFTraceStats29""AFTraceStats02""AFTraceStats30""AFTraceStats31"
-    "AFTraceStats32""AFTraceStats33""AFTraceStats34""AFTraceStats35""AFTraceStats36""AFTraceStats37"
-    "AFTraceStats38""AFTraceStats39""AFTraceStats03""AFTraceStats40""AFTraceStats41""AFTraceStats42"
-    "AFTraceStats43""AFTraceStats44""AFTraceStats45""AFTraceStats46""AFTraceStats47""AFTraceStats48"
-    "AFTraceStats49""AFTraceStats04""AFTraceStats05""AFTraceStats06""AFTraceStats07""AFTraceStats08"
-    "AFTraceStats09""AFUndershootProtect""AFVfeHorzOffset""AFVfeHorzWidth""AFVfeMetricMax"
-    "AFVfeVertHeight""AFVfeVertOffset""AFREnable""AFRFaster0ExpMod""AFRFaster0Trigger"
-    "AFRFaster1ExpMod""AFRFaster1Trigger""AFRFaster2ExpMod""AFRFaster2Trigger""AFRFaster3ExpMod"
-    "AFRFaster3Trigger""AFRFaster4ExpMod""AFRFaster4Trigger""AFRPossibleFrameCnt""AFRSlower0ExpMod"
-    "AFRSlower0Trigger""AFRSlower1ExpMod""AFRSlower1Trigger""AFRSlower2ExpMod""AFRSlower2Trigger"
-    "AFRSlower3ExpMod""AFRSlower3Trigger""AFRSlower4ExpMod""AFRSlower4Trigger""AntiBadingPixelClk"
-    "AntiBadingPixelClkPerLine""AntibandingEnable""ASF3EdgeDetect""ASF3EdgeFilterA11"
-    "ASF3EdgeFilterA12""ASF3EdgeFilterA13""ASF3EdgeFilterA21""ASF3EdgeFilterA22""ASF3EdgeFilterA23"
-    "ASF3EdgeFilterA31""ASF3EdgeFilterA32""ASF3EdgeFilterA33""ASF3Enable""ASF3LowerThreshold"
-    "ASF3NoiseFilterA11""ASF3NoiseFilterA12""ASF3NoiseFilterA13""ASF3NoiseFilterA21"
-    "ASF3NoiseFilterA22""ASF3NoiseFilterA23""ASF3NoiseFilterA31""ASF3NoiseFilterA32"
-    "ASF3NoiseFilterA33""ASF3UpperThreshold""ASF5BrtLoThres""ASF5BrtShrpDegF1""ASF5BrtShrpDegF2"
-    "ASF5BrtSmthPercent""ASF5BrtUpThres""ASF5Enable""ASF5ExposureIndex1""ASF5ExposureIndex2"
-    "ASF5Filter1A11""ASF5Filter1A12""ASF5Filter1A13""ASF5Filter1A14""ASF5Filter1A15""ASF5Filter1A21"
-    "ASF5Filter1A22""ASF5Filter1A23""ASF5Filter1A24""ASF5Filter1A25""ASF5Filter1A31""ASF5Filter1A32"
-    "ASF5Filter1A33""ASF5Filter1A34""ASF5Filter1A35""ASF5Filter1A41""ASF5Filter1A42""ASF5Filter1A43"
-    "ASF5Filter1A44""ASF5Filter1A45""ASF5Filter1A51""ASF5Filter1A52""ASF5Filter1A53""ASF5Filter1A54"
-    "ASF5Filter1A55""ASF5Filter2A11""ASF5Filter2A12""ASF5Filter2A13""ASF5Filter2A14""ASF5Filter2A15"
-    "ASF5Filter2A21""ASF5Filter2A22""ASF5Filter2A23""ASF5Filter2A24""ASF5Filter2A25""ASF5Filter2A31"
-    "ASF5Filter2A32""ASF5Filter2A33""ASF5Filter2A34""ASF5Filter2A35""ASF5Filter2A41""ASF5Filter2A42"
-    "ASF5Filter2A43""ASF5Filter2A44""ASF5Filter2A45""ASF5Filter2A51""ASF5Filter2A52""ASF5Filter2A53"
-    "ASF5Filter2A54""ASF5Filter2A55""ASF5FilterMode""ASF5LowLoThres""ASF5LowShrpDegF1"
-    "ASF5LowShrpDegF2""ASF5LowSmthPrcnt""ASF5LowUpThres""ASF5LumaFilter00""ASF5LumaFilter01"
-    "ASF5LumaFilter02""ASF5LumaFilter03""ASF5LumaFilter04""ASF5LumaFilter05""ASF5LumaFilter06"
-    "ASF5LumaFilter07""ASF5LumaFilter08""ASF5MaxExposureIndex""ASF5NrmLoThres""ASF5NrmShrpDegF1"
-    "ASF5NrmShrpDegF2""ASF5NrmSmthPrcnt""ASF5NrmUpThres""ASF5NrmizeFactor1""ASF5NrmizeFactor2"
-    "AWBAggressiveness""AWBAgwGridDist2Thresh""AWBAlgorithm""AWBAveBgRatio""AWBAveRgRatio"
-    "AWBBlueGainAdjRef1""AWBBlueGainAdjRef2""AWBBlueGainAdjRef3""AWBBlueGainAdjRef4"
-    "AWBBlueGainAdjRef5""AWBBlueGainAdjRef6""AWBBlueGainAdjRef7""AWBBlueGainAdjRef8"
-    "AWBBlueGainRef1""AWBBlueGainRef2""AWBBlueGainRef3""AWBBlueGainRef4""AWBBlueGainRef5"
-    "AWBBlueGainRef6""AWBBlueGainRef7""AWBBlueGainRef8""AWBCcBias""AWBCompactClusterR2""AWBEnable"
-    "AWBGreenOffsetBg""AWBGreenOffsetRg""AWBIndoorSampleInfluence""AWBLoVfeC1""AWBLoVfeC2"
-    "AWBLoVfeC3""AWBLoVfeC4""AWBLoVfeM1""AWBLoVfeM2""AWBLoVfeM3""AWBLoVfeM4""AWBLoVfeMaxY"
-    "AWBLoVfeMinY""AWBLowLigColCorEna""AWBMaxBGain""AWBMaxGGain""AWBMaxRGain""AWBMinBGain"
-    "AWBMinGGain""AWBMinRGain""AWBNormVfeC1""AWBNormVfeC2""AWBNormVfeC3""AWBNormVfeC4""AWBNormVfeM1"
-    "AWBNormVfeM2""AWBNormVfeM3""AWBNormVfeM4""AWBNormVfeMaxY""AWBNormVfeMinY""AWBOudorVfeC1"
-    "AWBOudorVfeC2""AWBOudorVfeC3""AWBOudorVfeC4""AWBOudorVfeM1""AWBOudorVfeM2""AWBOudorVfeM3"
-    "AWBOudorVfeM4""AWBOudorVfeMaxY""AWBOudorVfeMinY""AWBOutdoorSampleInfluence""AWBPrevWbBgain"
-    "AWBPrevWbGgain""AWBPrevWbRgain""AWBRedGainAdjRef1""AWBRedGainAdjRef2""AWBRedGainAdjRef3"
-    "AWBRedGainAdjRef4""AWBRedGainAdjRef5""AWBRedGainAdjRef6""AWBRedGainAdjRef7""AWBRedGainAdjRef8"
-    "AWBRedGainRef1""AWBRedGainRef2""AWBRedGainRef3""AWBRedGainRef4""AWBRedGainRef5""AWBRedGainRef6"
-    "AWBRedGainRef7""AWBRedGainRef8""AWBSampleDecision""AWBSnapshotBGain""AWBSnapshotRGain"
-    "BlckLvlEvenCols""BlckLvlOddCols""CamMclkHz""ChroSupChroThres1""ChroSupChroThres2"
-    "ChroSupLumaThres1""ChroSupLumaThres2""ChroSupLumaThres3""ChroSupLumaThres4""ChromSupress"
-    "ClipToAfRato""CurrResol""DayltConvChrmA_M""DayltConvChrmA_P""DayltConvChrmB_M"
-    "DayltConvChrmB_P""DayltConvChrmC_M""DayltConvChrmC_P""DayltConvChrmD_M""DayltConvChrmD_P"
-    "DayltConvChrmKCb""DayltConvChrmKCr""DayltConvLumaK""DayltConvLumaV0""DayltConvLumaV1"
-    "DayltConvLumaV2""DefConvChrmA_M""DefConvChrmA_P""DefConvChrmB_M""DefConvChrmB_P"
-    "DefConvChrmC_M""DefConvChrmC_P""DefConvChrmD_M""DefConvChrmD_P""DefConvChrmKCb""DefConvChrmKCr"
-    "DefConvLumaK""DefConvLumaV0""DefConvLumaV1""DefConvLumaV2""DefCorC0""DefCorC1""DefCorC2"
-    "DefCorC3""DefCorC4""DefCorC5""DefCorC6""DefCorC7""DefCorC8""DefCorK0""DefCorK1""DefCorK2"
-    "DefLumaGammaMode""DefRgbGammaMode""DefectPixCorEnable""DefectPixMaxThresh""DefectPixMinThresh"
-    "DiscardFrstFrm""FrmSkipPttrn""GammaEnable""IncandConvChrmA_M""IncandConvChrmA_P"
-    "IncandConvChrmB_M""IncandConvChrmB_P""IncandConvChrmC_M""IncandConvChrmC_P""IncandConvChrmD_M"
-    "IncandConvChrmD_P""IncandConvChrmKCb""IncandConvChrmKCr""IncandConvLumaK""IncandConvLumaV0"
-    "IncandConvLumaV1""IncandConvLumaV2""LADetect""LAEnable""MaxPrviewFps""MaxVideoFps""NghtshtFps"
-    "NightshotMode""OutlierDistance""PclkInvert""PrviewFps""PrviewResol""R2ABlueCtbl00"
-    "R2ABlueCtbl10""R2ABlueCtbl11""R2ABlueCtbl12""R2ABlueCtbl13""R2ABlueCtbl14""R2ABlueCtbl15"
-    "R2ABlueCtbl16""R2ABlueCtbl17""R2ABlueCtbl18""R2ABlueCtbl19""R2ABlueCtbl01""R2ABlueCtbl20"
-    "R2ABlueCtbl21""R2ABlueCtbl22""R2ABlueCtbl23""R2ABlueCtbl24""R2ABlueCtbl25""R2ABlueCtbl26"
-    "R2ABlueCtbl27""R2ABlueCtbl28""R2ABlueCtbl29""R2ABlueCtbl02""R2ABlueCtbl30""R2ABlueCtbl31"
-    "R2ABlueCtbl03""R2ABlueCtbl04""R2ABlueCtbl05""R2ABlueCtbl06""R2ABlueCtbl07""R2ABlueCtbl08"
-    "R2ABlueCtbl09""R2ABlueStbl00""R2ABlueStbl10""R2ABlueStbl11""R2ABlueStbl12""R2ABlueStbl13"
-    "R2ABlueStbl14""R2ABlueStbl15""R2ABlueStbl16""R2ABlueStbl17""R2ABlueStbl18""R2ABlueStbl19"
-    "R2ABlueStbl01""R2ABlueStbl20""R2ABlueStbl21""R2ABlueStbl22""R2ABlueStbl23""R2ABlueStbl24"
-    "R2ABlueStbl25""R2ABlueStbl26""R2ABlueStbl27""R2ABlueStbl28""R2ABlueStbl29""R2ABlueStbl02"
-    "R2ABlueStbl30""R2ABlueStbl31""R2ABlueStbl03""R2ABlueStbl04""R2ABlueStbl05""R2ABlueStbl06"
-    "R2ABlueStbl07""R2ABlueStbl08""R2ABlueStbl09""R2ACx""R2ACy""R2AGreenCtbl00""R2AGreenCtbl10"
-    "R2AGreenCtbl11""R2AGreenCtbl12""R2AGreenCtbl13""R2AGreenCtbl14""R2AGreenCtbl15""R2AGreenCtbl16"
-    "R2AGreenCtbl17""R2AGreenCtbl18""R2AGreenCtbl19""R2AGreenCtbl01""R2AGreenCtbl20""R2AGreenCtbl21"
-    "R2AGreenCtbl22""R2AGreenCtbl23""R2AGreenCtbl24""R2AGreenCtbl25""R2AGreenCtbl26""R2AGreenCtbl27"
-    "R2AGreenCtbl28""R2AGreenCtbl29""R2AGreenCtbl02""R2AGreenCtbl30""R2AGreenCtbl31""R2AGreenCtbl03"
-    "R2AGreenCtbl04""R2AGreenCtbl05""R2AGreenCtbl06""R2AGreenCtbl07""R2AGreenCtbl08""R2AGreenCtbl09"
-    "R2AGreenStbl00""R2AGreenStbl10""R2AGreenStbl11""R2AGreenStbl12""R2AGreenStbl13""R2AGreenStbl14"
-    "R2AGreenStbl15""R2AGreenStbl16""R2AGreenStbl17""R2AGreenStbl18""R2AGreenStbl19""R2AGreenStbl01"
-    "R2AGreenStbl20""R2AGreenStbl21""R2AGreenStbl22""R2AGreenStbl23""R2AGreenStbl24""R2AGreenStbl25"
-    "R2AGreenStbl26""R2AGreenStbl27""R2AGreenStbl28""R2AGreenStbl29""R2AGreenStbl02""R2AGreenStbl30"
-    "R2AGreenStbl31""R2AGreenStbl03""R2AGreenStbl04""R2AGreenStbl05""R2AGreenStbl06""R2AGreenStbl07"
-    "R2AGreenStbl08""R2AGreenStbl09""R2AHeight""R2AIntervals""R2ARedCtbl00""R2ARedCtbl10"
-    "R2ARedCtbl11""R2ARedCtbl12""R2ARedCtbl13""R2ARedCtbl14""R2ARedCtbl15""R2ARedCtbl16"
-    "R2ARedCtbl17""R2ARedCtbl18""R2ARedCtbl19""R2ARedCtbl01""R2ARedCtbl20""R2ARedCtbl21"
-    "R2ARedCtbl22""R2ARedCtbl23""R2ARedCtbl24""R2ARedCtbl25""R2ARedCtbl26""R2ARedCtbl27"
-    "R2ARedCtbl28""R2ARedCtbl29""R2ARedCtbl02""R2ARedCtbl30""R2ARedCtbl31""R2ARedCtbl03"
-    "R2ARedCtbl04""R2ARedCtbl05""R2ARedCtbl06""R2ARedCtbl07""R2ARedCtbl08""R2ARedCtbl09"
-    "R2ARedStbl00""R2ARedStbl10""R2ARedStbl11""R2ARedStbl12""R2ARedStbl13""R2ARedStbl14"
-    "R2ARedStbl15""R2ARedStbl16""R2ARedStbl17""R2ARedStbl18""R2ARedStbl19""R2ARedStbl01"
-    "R2ARedStbl20""R2ARedStbl21""R2ARedStbl22""R2ARedStbl23""R2ARedStbl24""R2ARedStbl25"
-    "R2ARedStbl26""R2ARedStbl27""R2ARedStbl28""R2ARedStbl29""R2ARedStbl02""R2ARedStbl30"
-    "R2ARedStbl31""R2ARedStbl03""R2ARedStbl04""R2ARedStbl05""R2ARedStbl06""R2ARedStbl07"
-    "R2ARedStbl08""R2ARedStbl09""R2ATbl00""R2ATbl10""R2ATbl11""R2ATbl12""R2ATbl13""R2ATbl14"
-    "R2ATbl15""R2ATbl16""R2ATbl17""R2ATbl18""R2ATbl19""R2ATbl01""R2ATbl20""R2ATbl21""R2ATbl22"
-    "R2ATbl23""R2ATbl24""R2ATbl25""R2ATbl26""R2ATbl27""R2ATbl28""R2ATbl29""R2ATbl02""R2ATbl30"
-    "R2ATbl31""R2ATbl03""R2ATbl04""R2ATbl05""R2ATbl06""R2ATbl07""R2ATbl08""R2ATbl09""R2AWidth"
-    "R2D65BlueCtbl00""R2D65BlueCtbl10""R2D65BlueCtbl11""R2D65BlueCtbl12""R2D65BlueCtbl13"
-    "R2D65BlueCtbl14""R2D65BlueCtbl15""R2D65BlueCtbl16""R2D65BlueCtbl17""R2D65BlueCtbl18"
-    "R2D65BlueCtbl19""R2D65BlueCtbl01""R2D65BlueCtbl20""R2D65BlueCtbl21""R2D65BlueCtbl22"
-    "R2D65BlueCtbl23""R2D65BlueCtbl24""R2D65BlueCtbl25""R2D65BlueCtbl26""R2D65BlueCtbl27"
-    "R2D65BlueCtbl28""R2D65BlueCtbl29""R2D65BlueCtbl02""R2D65BlueCtbl30""R2D65BlueCtbl31"
-    "R2D65BlueCtbl03""R2D65BlueCtbl04""R2D65BlueCtbl05""R2D65BlueCtbl06""R2D65BlueCtbl07"
-    "R2D65BlueCtbl08""R2D65BlueCtbl09""R2D65BlueStbl00""R2D65BlueStbl10""R2D65BlueStbl11"
-    "R2D65BlueStbl12""R2D65BlueStbl13""R2D65BlueStbl14""R2D65BlueStbl15""R2D65BlueStbl16"
-    "R2D65BlueStbl17""R2D65BlueStbl18""R2D65BlueStbl19""R2D65BlueStbl01""R2D65BlueStbl20"
-    "R2D65BlueStbl21""R2D65BlueStbl22""R2D65BlueStbl23""R2D65BlueStbl24""R2D65BlueStbl25"
-    "R2D65BlueStbl26""R2D65BlueStbl27""R2D65BlueStbl28""R2D65BlueStbl29""R2D65BlueStbl02"
-    "R2D65BlueStbl30""R2D65BlueStbl31""R2D65BlueStbl03""R2D65BlueStbl04""R2D65BlueStbl05"
-    "R2D65BlueStbl06""R2D65BlueStbl07""R2D65BlueStbl08""R2D65BlueStbl09""R2D65Cx""R2D65Cy"
-    "R2D65GreenCtbl00""R2D65GreenCtbl10""R2D65GreenCtbl11""R2D65GreenCtbl12""R2D65GreenCtbl13"
-    "R2D65GreenCtbl14""R2D65GreenCtbl15""R2D65GreenCtbl16""R2D65GreenCtbl17""R2D65GreenCtbl18"
-    "R2D65GreenCtbl19""R2D65GreenCtbl01""R2D65GreenCtbl20""R2D65GreenCtbl21""R2D65GreenCtbl22"
-    "R2D65GreenCtbl23""R2D65GreenCtbl24""R2D65GreenCtbl25""R2D65GreenCtbl26""R2D65GreenCtbl27"
-    "R2D65GreenCtbl28""R2D65GreenCtbl29""R2D65GreenCtbl02""R2D65GreenCtbl30""R2D65GreenCtbl31"
-    "R2D65GreenCtbl03""R2D65GreenCtbl04""R2D65GreenCtbl05""R2D65GreenCtbl06""R2D65GreenCtbl07"
-    "R2D65GreenCtbl08""R2D65GreenCtbl09""R2D65GreenStbl00""R2D65GreenStbl10""R2D65GreenStbl11"
-    "R2D65GreenStbl12""R2D65GreenStbl13""R2D65GreenStbl14""R2D65GreenStbl15""R2D65GreenStbl16"
-    "R2D65GreenStbl17""R2D65GreenStbl18""R2D65GreenStbl19""R2D65GreenStbl01""R2D65GreenStbl20"
-    "R2D65GreenStbl21""R2D65GreenStbl22""R2D65GreenStbl23""R2D65GreenStbl24""R2D65GreenStbl25"
-    "R2D65GreenStbl26""R2D65GreenStbl27""R2D65GreenStbl28""R2D65GreenStbl29""R2D65GreenStbl02"
-    "R2D65GreenStbl30""R2D65GreenStbl31""R2D65GreenStbl03""R2D65GreenStbl04""R2D65GreenStbl05"
-    "R2D65GreenStbl06""R2D65GreenStbl07""R2D65GreenStbl08""R2D65GreenStbl09""R2D65Height"
-    "R2D65Intervals""R2D65RedCtbl00""R2D65RedCtbl10""R2D65RedCtbl11""R2D65RedCtbl12""R2D65RedCtbl13"
-    "R2D65RedCtbl14""R2D65RedCtbl15""R2D65RedCtbl16""R2D65RedCtbl17""R2D65RedCtbl18""R2D65RedCtbl19"
-    "R2D65RedCtbl01""R2D65RedCtbl20""R2D65RedCtbl21""R2D65RedCtbl22""R2D65RedCtbl23""R2D65RedCtbl24"
-    "R2D65RedCtbl25""R2D65RedCtbl26""R2D65RedCtbl27""R2D65RedCtbl28""R2D65RedCtbl29""R2D65RedCtbl02"
-    "R2D65RedCtbl30""R2D65RedCtbl31""R2D65RedCtbl03""R2D65RedCtbl04""R2D65RedCtbl05""R2D65RedCtbl06"
-    "R2D65RedCtbl07""R2D65RedCtbl08""R2D65RedCtbl09""R2D65RedStbl00""R2D65RedStbl10""R2D65RedStbl11"
-    "R2D65RedStbl12""R2D65RedStbl13""R2D65RedStbl14""R2D65RedStbl15""R2D65RedStbl16""R2D65RedStbl17"
-    "R2D65RedStbl18""R2D65RedStbl19""R2D65RedStbl01""R2D65RedStbl20""R2D65RedStbl21""R2D65RedStbl22"
-    "R2D65RedStbl23""R2D65RedStbl24""R2D65RedStbl25""R2D65RedStbl26""R2D65RedStbl27""R2D65RedStbl28"
-    "R2D65RedStbl29""R2D65RedStbl02""R2D65RedStbl30""R2D65RedStbl31""R2D65RedStbl03""R2D65RedStbl04"
-    "R2D65RedStbl05""R2D65RedStbl06""R2D65RedStbl07""R2D65RedStbl08""R2D65RedStbl09""R2D65Tbl00"
-    "R2D65Tbl10""R2D65Tbl11""R2D65Tbl12""R2D65Tbl13""R2D65Tbl14""R2D65Tbl15""R2D65Tbl16""R2D65Tbl17"
-    "R2D65Tbl18""R2D65Tbl19""R2D65Tbl01""R2D65Tbl20""R2D65Tbl21""R2D65Tbl22""R2D65Tbl23""R2D65Tbl24"
-    "R2D65Tbl25""R2D65Tbl26""R2D65Tbl27""R2D65Tbl28""R2D65Tbl29""R2D65Tbl02""R2D65Tbl30""R2D65Tbl31"
-    "R2D65Tbl03""R2D65Tbl04""R2D65Tbl05""R2D65Tbl06""R2D65Tbl07""R2D65Tbl08""R2D65Tbl09""R2D65Width"
-    "R2TL84BlueCtbl00""R2TL84BlueCtbl10""R2TL84BlueCtbl11""R2TL84BlueCtbl12""R2TL84BlueCtbl13"
-    "R2TL84BlueCtbl14""R2TL84BlueCtbl15""R2TL84BlueCtbl16""R2TL84BlueCtbl17""R2TL84BlueCtbl18"
-    "R2TL84BlueCtbl19""R2TL84BlueCtbl01""R2TL84BlueCtbl20""R2TL84BlueCtbl21""R2TL84BlueCtbl22"
-    "R2TL84BlueCtbl23""R2TL84BlueCtbl24""R2TL84BlueCtbl25""R2TL84BlueCtbl26""R2TL84BlueCtbl27"
-    "R2TL84BlueCtbl28""R2TL84BlueCtbl29""R2TL84BlueCtbl02""R2TL84BlueCtbl30""R2TL84BlueCtbl31"
-    "R2TL84BlueCtbl03""R2TL84BlueCtbl04""R2TL84BlueCtbl05""R2TL84BlueCtbl06""R2TL84BlueCtbl07"
-    "R2TL84BlueCtbl08""R2TL84BlueCtbl09""R2TL84BlueStbl00""R2TL84BlueStbl10""R2TL84BlueStbl11"
-    "R2TL84BlueStbl12""R2TL84BlueStbl13""R2TL84BlueStbl14""R2TL84BlueStbl15""R2TL84BlueStbl16"
-    "R2TL84BlueStbl17""R2TL84BlueStbl18""R2TL84BlueStbl19""R2TL84BlueStbl01""R2TL84BlueStbl20"
-    "R2TL84BlueStbl21""R2TL84BlueStbl22""R2TL84BlueStbl23""R2TL84BlueStbl24""R2TL84BlueStbl25"
-    "R2TL84BlueStbl26""R2TL84BlueStbl27""R2TL84BlueStbl28""R2TL84BlueStbl29""R2TL84BlueStbl02"
-    "R2TL84BlueStbl30""R2TL84BlueStbl31""R2TL84BlueStbl03""R2TL84BlueStbl04""R2TL84BlueStbl05"
-    "R2TL84BlueStbl06""R2TL84BlueStbl07""R2TL84BlueStbl08""R2TL84BlueStbl09""R2TL84Cx""R2TL84Cy"
-    "R2TL84GreenCtbl00""R2TL84GreenCtbl10""R2TL84GreenCtbl11""R2TL84GreenCtbl12""R2TL84GreenCtbl13"
-    "R2TL84GreenCtbl14""R2TL84GreenCtbl15""R2TL84GreenCtbl16""R2TL84GreenCtbl17""R2TL84GreenCtbl18"
-    "R2TL84GreenCtbl19""R2TL84GreenCtbl01""R2TL84GreenCtbl20""R2TL84GreenCtbl21""R2TL84GreenCtbl22"
-    "R2TL84GreenCtbl23""R2TL84GreenCtbl24""R2TL84GreenCtbl25""R2TL84GreenCtbl26""R2TL84GreenCtbl27"
-    "R2TL84GreenCtbl28""R2TL84GreenCtbl29""R2TL84GreenCtbl02""R2TL84GreenCtbl30""R2TL84GreenCtbl31"
-    "R2TL84GreenCtbl03""R2TL84GreenCtbl04""R2TL84GreenCtbl05""R2TL84GreenCtbl06""R2TL84GreenCtbl07"
-    "R2TL84GreenCtbl08""R2TL84GreenCtbl09""R2TL84GreenStbl00""R2TL84GreenStbl10""R2TL84GreenStbl11"
-    "R2TL84GreenStbl12""R2TL84GreenStbl13""R2TL84GreenStbl14""R2TL84GreenStbl15""R2TL84GreenStbl16"
-    "R2TL84GreenStbl17""R2TL84GreenStbl18""R2TL84GreenStbl19""R2TL84GreenStbl01""R2TL84GreenStbl20"
-    "R2TL84GreenStbl21""R2TL84GreenStbl22""R2TL84GreenStbl23""R2TL84GreenStbl24""R2TL84GreenStbl25"
-    "R2TL84GreenStbl26""R2TL84GreenStbl27""R2TL84GreenStbl28""R2TL84GreenStbl29""R2TL84GreenStbl02"
-    "R2TL84GreenStbl30""R2TL84GreenStbl31""R2TL84GreenStbl03""R2TL84GreenStbl04""R2TL84GreenStbl05"
-    "R2TL84GreenStbl06""R2TL84GreenStbl07""R2TL84GreenStbl08""R2TL84GreenStbl09""R2TL84Height"
-    "R2TL84Intervals""R2TL84RedCtbl00""R2TL84RedCtbl10""R2TL84RedCtbl11""R2TL84RedCtbl12"
-    "R2TL84RedCtbl13""R2TL84RedCtbl14""R2TL84RedCtbl15""R2TL84RedCtbl16""R2TL84RedCtbl17"
-    "R2TL84RedCtbl18""R2TL84RedCtbl19""R2TL84RedCtbl01""R2TL84RedCtbl20""R2TL84RedCtbl21"
-    "R2TL84RedCtbl22""R2TL84RedCtbl23""R2TL84RedCtbl24""R2TL84RedCtbl25""R2TL84RedCtbl26"
-    "R2TL84RedCtbl27""R2TL84RedCtbl28""R2TL84RedCtbl29""R2TL84RedCtbl02""R2TL84RedCtbl30"
-    "R2TL84RedCtbl31""R2TL84RedCtbl03""R2TL84RedCtbl04""R2TL84RedCtbl05""R2TL84RedCtbl06"
-    "R2TL84RedCtbl07""R2TL84RedCtbl08""R2TL84RedCtbl09""R2TL84RedStbl00""R2TL84RedStbl10"
-    "R2TL84RedStbl11""R2TL84RedStbl12""R2TL84RedStbl13""R2TL84RedStbl14""R2TL84RedStbl15"
-    "R2TL84RedStbl16""R2TL84RedStbl17""R2TL84RedStbl18""R2TL84RedStbl19""R2TL84RedStbl01"
-    "R2TL84RedStbl20""R2TL84RedStbl21""R2TL84RedStbl22""R2TL84RedStbl23""R2TL84RedStbl24"
-    "R2TL84RedStbl25""R2TL84RedStbl26""R2TL84RedStbl27""R2TL84RedStbl28""R2TL84RedStbl29"
-    "R2TL84RedStbl02""R2TL84RedStbl30""R2TL84RedStbl31""R2TL84RedStbl03""R2TL84RedStbl04"
-    "R2TL84RedStbl05""R2TL84RedStbl06""R2TL84RedStbl07""R2TL84RedStbl08""R2TL84RedStbl09"
-    "R2TL84Tbl00""R2TL84Tbl10""R2TL84Tbl11""R2TL84Tbl12""R2TL84Tbl13""R2TL84Tbl14""R2TL84Tbl15"
-    "R2TL84Tbl16""R2TL84Tbl17""R2TL84Tbl18""R2TL84Tbl19""R2TL84Tbl01""R2TL84Tbl20""R2TL84Tbl21"
-    "R2TL84Tbl22""R2TL84Tbl23""R2TL84Tbl24""R2TL84Tbl25""R2TL84Tbl26""R2TL84Tbl27""R2TL84Tbl28"
-    "R2TL84Tbl29""R2TL84Tbl02""R2TL84Tbl30""R2TL84Tbl31""R2TL84Tbl03""R2TL84Tbl04""R2TL84Tbl05"
-    "R2TL84Tbl06""R2TL84Tbl07""R2TL84Tbl08""R2TL84Tbl09""R2TL84Width""RolloffEnable""SensorFmt"
-    "SensorType""SensrFulHght""SensrFulWdth""SensrQtrHght""SensrQtrWdth""SnapshotResol"
-    "TL84ConvChrmA_M""TL84ConvChrmA_P""TL84ConvChrmB_M""TL84ConvChrmB_P""TL84ConvChrmC_M"
-    "TL84ConvChrmC_P""TL84ConvChrmD_M""TL84ConvChrmD_P""TL84ConvChrmKCb""TL84ConvChrmKCr"
-    "TL84ConvLumaK""TL84ConvLumaV0""TL84ConvLumaV1""TL84ConvLumaV2""VideoFps""YhiYloConvChrmA_M"
-    "YhiYloConvChrmA_P""YhiYloConvChrmB_M""YhiYloConvChrmB_P""YhiYloConvChrmC_M""YhiYloConvChrmC_P"
-    "YhiYloConvChrmD_M""YhiYloConvChrmD_P""YhiYloConvChrmKCb""YhiYloConvChrmKCr""YhiYloConvLumaK"
-    "YhiYloConvLumaV0""YhiYloConvLumaV1""YhiYloConvLumaV2""YhiYloCorC0""YhiYloCorC1""YhiYloCorC2"
-    "YhiYloCorC3""YhiYloCorC4""YhiYloCorC5""YhiYloCorC6""YhiYloCorC7""YhiYloCorC8""YhiYloCorK0"
-    "YhiYloCorK1""YhiYloCorK2""Qualcomm:AECAggressiveness""AEC Aggressiveness"
-    "Qualcomm:AECCurrentExpIndex""AEC Current Exp Index""Qualcomm:AECCurrentSensorLuma"
-    "AEC Current Sensor Luma""Qualcomm:AECEnable""AEC Enable""Qualcomm:AECExposureIndexAdjStep"
-    "AEC Exposure Index Adj Step""Qualcomm:AECHighLumaRegionCount""AEC High Luma Region Count"
-    "Qualcomm:AECHighLumaRegionThreshold""AEC High Luma Region Threshold""Qualcomm:AECIndoorIdx"
-    "AEC Indoor Idx""Qualcomm:AECLumaTarget""AEC Luma Target""Qualcomm:AECLumaTolerance"
-    "AEC Luma Tolerance""Qualcomm:AECMode""AEC Mode""Qualcomm:AECOdoorIdx""AEC Odoor Idx"
-    "Qualcomm:AECOutdoorBrightDiscarded""AEC Outdoor Bright Discarded"
-    "Qualcomm:AECOutdoorBrightEnable""AEC Outdoor Bright Enable""Qualcomm:AECOutdoorBrightReduction"
-    "AEC Outdoor Bright Reduction""Qualcomm:AECOutdoorBrightThresholdHI"
-    "AEC Outdoor Bright Threshold HI""Qualcomm:AECOutdoorBrightThresholdLO"
-    "AEC Outdoor Bright Threshold LO""Qualcomm:AECOutdoorGammaIndex""AEC Outdoor Gamma Index"
-    "Qualcomm:AECSnapshotDigitalGain""AEC Snapshot Digital Gain""Qualcomm:AECSnapshotExposureTimeMs"
-    "AEC Snapshot Exposure Time Ms""Qualcomm:AECSnapshotLineCount""AEC Snapshot Line Count"
-    "Qualcomm:AECSnapshotSensorGain""AEC Snapshot Sensor Gain""Qualcomm:AECVfeLuma""AEC Vfe Luma"
-    "Qualcomm:AFBoundary""AF Boundary""Qualcomm:AFCollectEndStat""AF Collect End Stat"
-    "Qualcomm:AFEnable""AF Enable""Qualcomm:AFFarEnd""AF Far End""Qualcomm:AFFineSrchPoints"
-    "AF Fine Srch Points""Qualcomm:AFFineStep""AF Fine Step""Qualcomm:AFFocusTime""AF Focus Time"
-    "Qualcomm:AFGrossStep""AF Gross Step""Qualcomm:AFMode""AF Mode""Qualcomm:AFNearEnd""AF Near End"
-    "Qualcomm:AFPosDefMacro""AF Pos Def Macro""Qualcomm:AFPosDefNorm""AF Pos Def Norm"
-    "Qualcomm:AFPosition""AF Position""Qualcomm:AFProcess""AF Process""Qualcomm:AFREnable"
-    "AFR Enable""Qualcomm:AFRFaster0ExpMod""AFR Faster 0 Exp Mod""Qualcomm:AFRFaster0Trigger"
-    "AFR Faster 0 Trigger""Qualcomm:AFRFaster1ExpMod""AFR Faster 1 Exp Mod"
-    "Qualcomm:AFRFaster1Trigger""AFR Faster 1 Trigger""Qualcomm:AFRFaster2ExpMod"
-    "AFR Faster 2 Exp Mod""Qualcomm:AFRFaster2Trigger""AFR Faster 2 Trigger"
-    "Qualcomm:AFRFaster3ExpMod""AFR Faster 3 Exp Mod""Qualcomm:AFRFaster3Trigger"
-    "AFR Faster 3 Trigger""Qualcomm:AFRFaster4ExpMod""AFR Faster 4 Exp Mod"
-    "Qualcomm:AFRFaster4Trigger""AFR Faster 4 Trigger""Qualcomm:AFRPossibleFrameCnt"
-    "AFR Possible Frame Cnt""Qualcomm:AFRSlower0ExpMod""AFR Slower 0 Exp Mod"
-    "Qualcomm:AFRSlower0Trigger""AFR Slower 0 Trigger""Qualcomm:AFRSlower1ExpMod"
-    "AFR Slower 1 Exp Mod""Qualcomm:AFRSlower1Trigger""AFR Slower 1 Trigger"
-    "Qualcomm:AFRSlower2ExpMod""AFR Slower 2 Exp Mod""Qualcomm:AFRSlower2Trigger"
-    "AFR Slower 2 Trigger""Qualcomm:AFRSlower3ExpMod""AFR Slower 3 Exp Mod"
-    "Qualcomm:AFRSlower3Trigger""AFR Slower 3 Trigger""Qualcomm:AFRSlower4ExpMod"
-    "AFR Slower 4 Exp Mod""Qualcomm:AFRSlower4Trigger""AFR Slower 4 Trigger"
-    "Qualcomm:AFResetLensAfterSnap""AF Reset Lens After Snap""Qualcomm:AFStepsNearFar"
-    "AF Steps Near Far""Qualcomm:AFStepsNearInfinity""AF Steps Near Infinity""Qualcomm:AFTestMode"
-    "AF Test Mode""Qualcomm:AFTracePositions00""AF Trace Positions 00""Qualcomm:AFTracePositions01"
-    "AF Trace Positions 01""Qualcomm:AFTracePositions02""AF Trace Positions 02"
-    "Qualcomm:AFTracePositions03""AF Trace Positions 03""Qualcomm:AFTracePositions04"
-    "AF Trace Positions 04""Qualcomm:AFTracePositions05""AF Trace Positions 05"
-    "Qualcomm:AFTracePositions06""AF Trace Positions 06""Qualcomm:AFTracePositions07"
-    "AF Trace Positions 07""Qualcomm:AFTracePositions08""AF Trace Positions 08"
-    "Qualcomm:AFTracePositions09""AF Trace Positions 09""Qualcomm:AFTracePositions10"
-    "AF Trace Positions 10""Qualcomm:AFTracePositions11""AF Trace Positions 11"
-    "Qualcomm:AFTracePositions12""AF Trace Positions 12""Qualcomm:AFTracePositions13"
-    "AF Trace Positions 13""Qualcomm:AFTracePositions14""AF Trace Positions 14"
-    "Qualcomm:AFTracePositions15""AF Trace Positions 15""Qualcomm:AFTracePositions16"
-    "AF Trace Positions 16""Qualcomm:AFTracePositions17""AF Trace Positions 17"
-    "Qualcomm:AFTracePositions18""AF Trace Positions 18""Qualcomm:AFTracePositions19"
-    "AF Trace Positions 19""Qualcomm:AFTracePositions20""AF Trace Positions 20"
-    "Qualcomm:AFTracePositions21""AF Trace Positions 21""Qualcomm:AFTracePositions22"
-    "AF Trace Positions 22""Qualcomm:AFTracePositions23""AF Trace Positions 23"
-    "Qualcomm:AFTracePositions24""AF Trace Positions 24""Qualcomm:AFTracePositions25"
-    "AF Trace Positions 25""Qualcomm:AFTracePositions26""AF Trace Positions 26"
-    "Qualcomm:AFTracePositions27""AF Trace Positions 27""Qualcomm:AFTracePositions28"
-    "AF Trace Positions 28""Qualcomm:AFTracePositions29""AF Trace Positions 29"
-    "Qualcomm:AFTracePositions30""AF Trace Positions 30""Qualcomm:AFTracePositions31"
-    "AF Trace Positions 31""Qualcomm:AFTracePositions32""AF Trace Positions 32"
-    "Qualcomm:AFTracePositions33""AF Trace Positions 33""Qualcomm:AFTracePositions34"
-    "AF Trace Positions 34""Qualcomm:AFTracePositions35""AF Trace Positions 35"
-    "Qualcomm:AFTracePositions36""AF Trace Positions 36""Qualcomm:AFTracePositions37"
-    "AF Trace Positions 37""Qualcomm:AFTracePositions38""AF Trace Positions 38"
-    "Qualcomm:AFTracePositions39""AF Trace Positions 39""Qualcomm:AFTracePositions40"
-    "AF Trace Positions 40""Qualcomm:AFTracePositions41""AF Trace Positions 41"
-    "Qualcomm:AFTracePositions42""AF Trace Positions 42""Qualcomm:AFTracePositions43"
-    "AF Trace Positions 43""Qualcomm:AFTracePositions44""AF Trace Positions 44"
-    "Qualcomm:AFTracePositions45""AF Trace Positions 45""Qualcomm:AFTracePositions46"
-    "AF Trace Positions 46""Qualcomm:AFTracePositions47""AF Trace Positions 47"
-    "Qualcomm:AFTracePositions48""AF Trace Positions 48""Qualcomm:AFTracePositions49"
-    "AF Trace Positions 49""Qualcomm:AFTraceStats00""AF Trace Stats 00""Qualcomm:AFTraceStats01"
-    "AF Trace Stats 01""Qualcomm:AFTraceStats02""AF Trace Stats 02""Qualcomm:AFTraceStats03"
-    "AF Trace Stats 03""Qualcomm:AFTraceStats04""AF Trace Stats 04""Qualcomm:AFTraceStats05"
-    "AF Trace Stats 05""Qualcomm:AFTraceStats06""AF Trace Stats 06""Qualcomm:AFTraceStats07"
-    "AF Trace Stats 07""Qualcomm:AFTraceStats08""AF Trace Stats 08""Qualcomm:AFTraceStats09"
-    "AF Trace Stats 09""Qualcomm:AFTraceStats10""AF Trace Stats 10""Qualcomm:AFTraceStats11"
-    "AF Trace Stats 11""Qualcomm:AFTraceStats12""AF Trace Stats 12""Qualcomm:AFTraceStats13"
-    "AF Trace Stats 13""Qualcomm:AFTraceStats14""AF Trace Stats 14""Qualcomm:AFTraceStats15"
-    "AF Trace Stats 15""Qualcomm:AFTraceStats16""AF Trace Stats 16""Qualcomm:AFTraceStats17"
-    "AF Trace Stats 17""Qualcomm:AFTraceStats18""AF Trace Stats 18""Qualcomm:AFTraceStats19"
-    "AF Trace Stats 19""Qualcomm:AFTraceStats20""AF Trace Stats 20""Qualcomm:AFTraceStats21"
-    "AF Trace Stats 21""Qualcomm:AFTraceStats22""AF Trace Stats 22""Qualcomm:AFTraceStats23"
-    "AF Trace Stats 23""Qualcomm:AFTraceStats24""AF Trace Stats 24""Qualcomm:AFTraceStats25"
-    "AF Trace Stats 25""Qualcomm:AFTraceStats26""AF Trace Stats 26""Qualcomm:AFTraceStats27"
-    "AF Trace Stats 27""Qualcomm:AFTraceStats28""AF Trace Stats 28""Qualcomm:AFTraceStats29"
-    "AF Trace Stats 29""Qualcomm:AFTraceStats30""AF Trace Stats 30""Qualcomm:AFTraceStats31"
-    "AF Trace Stats 31""Qualcomm:AFTraceStats32""AF Trace Stats 32""Qualcomm:AFTraceStats33"
-    "AF Trace Stats 33""Qualcomm:AFTraceStats34""AF Trace Stats 34""Qualcomm:AFTraceStats35"
-    "AF Trace Stats 35""Qualcomm:AFTraceStats36""AF Trace Stats 36""Qualcomm:AFTraceStats37"
-    "AF Trace Stats 37""Qualcomm:AFTraceStats38""AF Trace Stats 38""Qualcomm:AFTraceStats39"
-    "AF Trace Stats 39""Qualcomm:AFTraceStats40""AF Trace Stats 40""Qualcomm:AFTraceStats41"
-    "AF Trace Stats 41""Qualcomm:AFTraceStats42""AF Trace Stats 42""Qualcomm:AFTraceStats43"
-    "AF Trace Stats 43""Qualcomm:AFTraceStats44""AF Trace Stats 44""Qualcomm:AFTraceStats45"
-    "AF Trace Stats 45""Qualcomm:AFTraceStats46""AF Trace Stats 46""Qualcomm:AFTraceStats47"
-    "AF Trace Stats 47""Qualcomm:AFTraceStats48""AF Trace Stats 48""Qualcomm:AFTraceStats49"
-    "AF Trace Stats 49""Qualcomm:AFUndershootProtect""AF Undershoot Protect"
-    "Qualcomm:AFVfeHorzOffset""AF Vfe Horz Offset""Qualcomm:AFVfeHorzWidth""AF Vfe Horz Width"
-    "Qualcomm:AFVfeMetricMax""AF Vfe Metric Max""Qualcomm:AFVfeVertHeight""AF Vfe Vert Height"
-    "Qualcomm:AFVfeVertOffset""AF Vfe Vert Offset""Qualcomm:ASF3EdgeDetect""ASF3 Edge Detect"
-    "Qualcomm:ASF3EdgeFilterA11""ASF3 Edge Filter A11""Qualcomm:ASF3EdgeFilterA12"
-    "ASF3 Edge Filter A12""Qualcomm:ASF3EdgeFilterA13""ASF3 Edge Filter A13"
-    "Qualcomm:ASF3EdgeFilterA21""ASF3 Edge Filter A21""Qualcomm:ASF3EdgeFilterA22"
-    "ASF3 Edge Filter A22""Qualcomm:ASF3EdgeFilterA23""ASF3 Edge Filter A23"
-    "Qualcomm:ASF3EdgeFilterA31""ASF3 Edge Filter A31""Qualcomm:ASF3EdgeFilterA32"
-    "ASF3 Edge Filter A32""Qualcomm:ASF3EdgeFilterA33""ASF3 Edge Filter A33""Qualcomm:ASF3Enable"
-    "ASF3 Enable""Qualcomm:ASF3LowerThreshold""ASF3 Lower Threshold""Qualcomm:ASF3NoiseFilterA11"
-    "ASF3 Noise Filter A11""Qualcomm:ASF3NoiseFilterA12""ASF3 Noise Filter A12"
-    "Qualcomm:ASF3NoiseFilterA13""ASF3 Noise Filter A13""Qualcomm:ASF3NoiseFilterA21"
-    "ASF3 Noise Filter A21""Qualcomm:ASF3NoiseFilterA22""ASF3 Noise Filter A22"
-    "Qualcomm:ASF3NoiseFilterA23""ASF3 Noise Filter A23""Qualcomm:ASF3NoiseFilterA31"
-    "ASF3 Noise Filter A31""Qualcomm:ASF3NoiseFilterA32""ASF3 Noise Filter A32"
-    "Qualcomm:ASF3NoiseFilterA33""ASF3 Noise Filter A33""Qualcomm:ASF3UpperThreshold"
-    "ASF3 Upper Threshold""Qualcomm:ASF5BrtLoThres""ASF5 Brt Lo Thres""Qualcomm:ASF5BrtShrpDegF1"
-    "ASF5 Brt Shrp Deg F1""Qualcomm:ASF5BrtShrpDegF2""ASF5 Brt Shrp Deg F2"
-    "Qualcomm:ASF5BrtSmthPercent""ASF5 Brt Smth Percent""Qualcomm:ASF5BrtUpThres""ASF5 Brt Up Thres"
-    "Qualcomm:ASF5Enable""ASF5 Enable""Qualcomm:ASF5ExposureIndex1""ASF5 Exposure Index 1"
-    "Qualcomm:ASF5ExposureIndex2""ASF5 Exposure Index 2""Qualcomm:ASF5Filter1A11""ASF5 Filter1 A11"
-    "Qualcomm:ASF5Filter1A12""ASF5 Filter1 A12""Qualcomm:ASF5Filter1A13""ASF5 Filter1 A13"
-    "Qualcomm:ASF5Filter1A14""ASF5 Filter1 A14""Qualcomm:ASF5Filter1A15""ASF5 Filter1 A15"
-    "Qualcomm:ASF5Filter1A21""ASF5 Filter1 A21""Qualcomm:ASF5Filter1A22""ASF5 Filter1 A22"
-    "Qualcomm:ASF5Filter1A23""ASF5 Filter1 A23""Qualcomm:ASF5Filter1A24""ASF5 Filter1 A24"
-    "Qualcomm:ASF5Filter1A25""ASF5 Filter1 A25""Qualcomm:ASF5Filter1A31""ASF5 Filter1 A31"
-    "Qualcomm:ASF5Filter1A32""ASF5 Filter1 A32""Qualcomm:ASF5Filter1A33""ASF5 Filter1 A33"
-    "Qualcomm:ASF5Filter1A34""ASF5 Filter1 A34""Qualcomm:ASF5Filter1A35""ASF5 Filter1 A35"
-    "Qualcomm:ASF5Filter1A41""ASF5 Filter1 A41""Qualcomm:ASF5Filter1A42""ASF5 Filter1 A42"
-    "Qualcomm:ASF5Filter1A43""ASF5 Filter1 A43""Qualcomm:ASF5Filter1A44""ASF5 Filter1 A44"
-    "Qualcomm:ASF5Filter1A45""ASF5 Filter1 A45""Qualcomm:ASF5Filter1A51""ASF5 Filter1 A51"
-    "Qualcomm:ASF5Filter1A52""ASF5 Filter1 A52""Qualcomm:ASF5Filter1A53""ASF5 Filter1 A53"
-    "Qualcomm:ASF5Filter1A54""ASF5 Filter1 A54""Qualcomm:ASF5Filter1A55""ASF5 Filter1 A55"
-    "Qualcomm:ASF5Filter2A11""ASF5 Filter2 A11""Qualcomm:ASF5Filter2A12""ASF5 Filter2 A12"
-    "Qualcomm:ASF5Filter2A13""ASF5 Filter2 A13""Qualcomm:ASF5Filter2A14""ASF5 Filter2 A14"
-    "Qualcomm:ASF5Filter2A15""ASF5 Filter2 A15""Qualcomm:ASF5Filter2A21""ASF5 Filter2 A21"
-    "Qualcomm:ASF5Filter2A22""ASF5 Filter2 A22""Qualcomm:ASF5Filter2A23""ASF5 Filter2 A23"
-    "Qualcomm:ASF5Filter2A24""ASF5 Filter2 A24""Qualcomm:ASF5Filter2A25""ASF5 Filter2 A25"
-    "Qualcomm:ASF5Filter2A31""ASF5 Filter2 A31""Qualcomm:ASF5Filter2A32""ASF5 Filter2 A32"
-    "Qualcomm:ASF5Filter2A33""ASF5 Filter2 A33""Qualcomm:ASF5Filter2A34""ASF5 Filter2 A34"
-    "Qualcomm:ASF5Filter2A35""ASF5 Filter2 A35""Qualcomm:ASF5Filter2A41""ASF5 Filter2 A41"
-    "Qualcomm:ASF5Filter2A42""ASF5 Filter2 A42""Qualcomm:ASF5Filter2A43""ASF5 Filter2 A43"
-    "Qualcomm:ASF5Filter2A44""ASF5 Filter2 A44""Qualcomm:ASF5Filter2A45""ASF5 Filter2 A45"
-    "Qualcomm:ASF5Filter2A51""ASF5 Filter2 A51""Qualcomm:ASF5Filter2A52""ASF5 Filter2 A52"
-    "Qualcomm:ASF5Filter2A53""ASF5 Filter2 A53""Qualcomm:ASF5Filter2A54""ASF5 Filter2 A54"
-    "Qualcomm:ASF5Filter2A55""ASF5 Filter2 A55""Qualcomm:ASF5FilterMode""ASF5 Filter Mode"
-    "Qualcomm:ASF5LowLoThres""ASF5 Low Lo Thres""Qualcomm:ASF5LowShrpDegF1""ASF5 Low Shrp Deg F1"
-    "Qualcomm:ASF5LowShrpDegF2""ASF5 Low Shrp Deg F2""Qualcomm:ASF5LowSmthPrcnt"
-    "ASF5 Low Smth Prcnt""Qualcomm:ASF5LowUpThres""ASF5 Low Up Thres""Qualcomm:ASF5LumaFilter00"
-    "ASF5 Luma Filter 00""Qualcomm:ASF5LumaFilter01""ASF5 Luma Filter 01""Qualcomm:ASF5LumaFilter02"
-    "ASF5 Luma Filter 02""Qualcomm:ASF5LumaFilter03""ASF5 Luma Filter 03""Qualcomm:ASF5LumaFilter04"
-    "ASF5 Luma Filter 04""Qualcomm:ASF5LumaFilter05""ASF5 Luma Filter 05""Qualcomm:ASF5LumaFilter06"
-    "ASF5 Luma Filter 06""Qualcomm:ASF5LumaFilter07""ASF5 Luma Filter 07""Qualcomm:ASF5LumaFilter08"
-    "ASF5 Luma Filter 08""Qualcomm:ASF5MaxExposureIndex""ASF5 Max Exposure Index"
-    "Qualcomm:ASF5NrmLoThres""ASF5 Nrm Lo Thres""Qualcomm:ASF5NrmShrpDegF1""ASF5 Nrm Shrp Deg F1"
-    "Qualcomm:ASF5NrmShrpDegF2""ASF5 Nrm Shrp Deg F2""Qualcomm:ASF5NrmSmthPrcnt"
-    "ASF5 Nrm Smth Prcnt""Qualcomm:ASF5NrmUpThres""ASF5 Nrm Up Thres""Qualcomm:ASF5NrmizeFactor1"
-    "ASF5 Nrmize Factor1""Qualcomm:ASF5NrmizeFactor2""ASF5 Nrmize Factor2"
-    "Qualcomm:AWBAggressiveness""AWB Aggressiveness""Qualcomm:AWBAgwGridDist2Thresh"
-    "AWB Agw Grid Dist 2 Thresh""Qualcomm:AWBAlgorithm""AWB Algorithm""Qualcomm:AWBAveBgRatio"
-    "AWB Ave Bg Ratio""Qualcomm:AWBAveRgRatio""AWB Ave Rg Ratio""Qualcomm:AWBBlueGainAdjRef1"
-    "AWB Blue Gain Adj Ref1""Qualcomm:AWBBlueGainAdjRef2""AWB Blue Gain Adj Ref2"
-    "Qualcomm:AWBBlueGainAdjRef3""AWB Blue Gain Adj Ref3""Qualcomm:AWBBlueGainAdjRef4"
-    "AWB Blue Gain Adj Ref4""Qualcomm:AWBBlueGainAdjRef5""AWB Blue Gain Adj Ref5"
-    "Qualcomm:AWBBlueGainAdjRef6""AWB Blue Gain Adj Ref6""Qualcomm:AWBBlueGainAdjRef7"
-    "AWB Blue Gain Adj Ref7""Qualcomm:AWBBlueGainAdjRef8""AWB Blue Gain Adj Ref8"
-    "Qualcomm:AWBBlueGainRef1""AWB Blue Gain Ref1""Qualcomm:AWBBlueGainRef2""AWB Blue Gain Ref2"
-    "Qualcomm:AWBBlueGainRef3""AWB Blue Gain Ref3""Qualcomm:AWBBlueGainRef4""AWB Blue Gain Ref4"
-    "Qualcomm:AWBBlueGainRef5""AWB Blue Gain Ref5""Qualcomm:AWBBlueGainRef6""AWB Blue Gain Ref6"
-    "Qualcomm:AWBBlueGainRef7""AWB Blue Gain Ref7""Qualcomm:AWBBlueGainRef8""AWB Blue Gain Ref8"
-    "Qualcomm:AWBCcBias""AWB Cc Bias""Qualcomm:AWBCompactClusterR2""AWB Compact Cluster R2"
-    "Qualcomm:AWBEnable""AWB Enable""Qualcomm:AWBGreenOffsetBg""AWB Green Offset Bg"
-    "Qualcomm:AWBGreenOffsetRg""AWB Green Offset Rg""Qualcomm:AWBIndoorSampleInfluence"
-    "AWB Indoor Sample Influence""Qualcomm:AWBLoVfeC1""AWB Lo Vfe C1""Qualcomm:AWBLoVfeC2"
-    "AWB Lo Vfe C2""Qualcomm:AWBLoVfeC3""AWB Lo Vfe C3""Qualcomm:AWBLoVfeC4""AWB Lo Vfe C4"
-    "Qualcomm:AWBLoVfeM1""AWB Lo Vfe M1""Qualcomm:AWBLoVfeM2""AWB Lo Vfe M2""Qualcomm:AWBLoVfeM3"
-    "AWB Lo Vfe M3""Qualcomm:AWBLoVfeM4""AWB Lo Vfe M4""Qualcomm:AWBLoVfeMaxY""AWB Lo Vfe Max Y"
-    "Qualcomm:AWBLoVfeMinY""AWB Lo Vfe Min Y""Qualcomm:AWBLowLigColCorEna""AWB Low Lig Col Cor Ena"
-    "Qualcomm:AWBMaxBGain""AWB Max B Gain""Qualcomm:AWBMaxGGain""AWB Max G Gain"
-    "Qualcomm:AWBMaxRGain""AWB Max R Gain""Qualcomm:AWBMinBGain""AWB Min B Gain"
-    "Qualcomm:AWBMinGGain""AWB Min G Gain""Qualcomm:AWBMinRGain""AWB Min R Gain"
-    "Qualcomm:AWBNormVfeC1""AWB Norm Vfe C1""Qualcomm:AWBNormVfeC2""AWB Norm Vfe C2"
-    "Qualcomm:AWBNormVfeC3""AWB Norm Vfe C3""Qualcomm:AWBNormVfeC4""AWB Norm Vfe C4"
-    "Qualcomm:AWBNormVfeM1""AWB Norm Vfe M1""Qualcomm:AWBNormVfeM2""AWB Norm Vfe M2"
-    "Qualcomm:AWBNormVfeM3""AWB Norm Vfe M3""Qualcomm:AWBNormVfeM4""AWB Norm Vfe M4"
-    "Qualcomm:AWBNormVfeMaxY""AWB Norm Vfe Max Y""Qualcomm:AWBNormVfeMinY""AWB Norm Vfe Min Y"
-    "Qualcomm:AWBOudorVfeC1""AWB Oudor Vfe C1""Qualcomm:AWBOudorVfeC2""AWB Oudor Vfe C2"
-    "Qualcomm:AWBOudorVfeC3""AWB Oudor Vfe C3""Qualcomm:AWBOudorVfeC4""AWB Oudor Vfe C4"
-    "Qualcomm:AWBOudorVfeM1""AWB Oudor Vfe M1""Qualcomm:AWBOudorVfeM2""AWB Oudor Vfe M2"
-    "Qualcomm:AWBOudorVfeM3""AWB Oudor Vfe M3""Qualcomm:AWBOudorVfeM4""AWB Oudor Vfe M4"
-    "Qualcomm:AWBOudorVfeMaxY""AWB Oudor Vfe Max Y""Qualcomm:AWBOudorVfeMinY""AWB Oudor Vfe Min Y"
-    "Qualcomm:AWBOutdoorSampleInfluence""AWB Outdoor Sample Influence""Qualcomm:AWBPrevWbBgain"
-    "AWB Prev Wb Bgain""Qualcomm:AWBPrevWbGgain""AWB Prev Wb Ggain""Qualcomm:AWBPrevWbRgain"
-    "AWB Prev Wb Rgain""Qualcomm:AWBRedGainAdjRef1""AWB Red Gain Adj Ref1"
-    "Qualcomm:AWBRedGainAdjRef2""AWB Red Gain Adj Ref2""Qualcomm:AWBRedGainAdjRef3"
-    "AWB Red Gain Adj Ref3""Qualcomm:AWBRedGainAdjRef4""AWB Red Gain Adj Ref4"
-    "Qualcomm:AWBRedGainAdjRef5""AWB Red Gain Adj Ref5""Qualcomm:AWBRedGainAdjRef6"
-    "AWB Red Gain Adj Ref6""Qualcomm:AWBRedGainAdjRef7""AWB Red Gain Adj Ref7"
-    "Qualcomm:AWBRedGainAdjRef8""AWB Red Gain Adj Ref8""Qualcomm:AWBRedGainRef1""AWB Red Gain Ref1"
-    "Qualcomm:AWBRedGainRef2""AWB Red Gain Ref2""Qualcomm:AWBRedGainRef3""AWB Red Gain Ref3"
-    "Qualcomm:AWBRedGainRef4""AWB Red Gain Ref4""Qualcomm:AWBRedGainRef5""AWB Red Gain Ref5"
-    "Qualcomm:AWBRedGainRef6""AWB Red Gain Ref6""Qualcomm:AWBRedGainRef7""AWB Red Gain Ref7"
-    "Qualcomm:AWBRedGainRef8""AWB Red Gain Ref8""Qualcomm:AWBSampleDecision""AWB Sample Decision"
-    "Qualcomm:AWBSnapshotBGain""AWB Snapshot B Gain""Qualcomm:AWBSnapshotRGain""AWB Snapshot R Gain"
-    "Qualcomm:AntiBadingPixelClk""Anti Bading Pixel Clk""Qualcomm:AntiBadingPixelClkPerLine"
-    "Anti Bading Pixel Clk Per Line""Qualcomm:AntibandingEnable""Antibanding Enable"
-    "Qualcomm:BlckLvlEvenCols""Blck Lvl Even Cols""Qualcomm:BlckLvlOddCols""Blck Lvl Odd Cols"
-    "Qualcomm:CamMclkHz""Cam Mclk Hz""Qualcomm:ChroSupChroThres1""Chro Sup Chro Thres 1"
-    "Qualcomm:ChroSupChroThres2""Chro Sup Chro Thres 2""Qualcomm:ChroSupLumaThres1"
-    "Chro Sup Luma Thres 1""Qualcomm:ChroSupLumaThres2""Chro Sup Luma Thres 2"
-    "Qualcomm:ChroSupLumaThres3""Chro Sup Luma Thres 3""Qualcomm:ChroSupLumaThres4"
-    "Chro Sup Luma Thres 4""Qualcomm:ChromSupress""Chrom Supress""Qualcomm:ClipToAfRato"
-    "Clip To Af Rato""Qualcomm:CurrResol""Curr Resol""Qualcomm:DayltConvChrmA_M"
-    "Daylt Conv Chrm A M""Qualcomm:DayltConvChrmA_P""Daylt Conv Chrm A P""Qualcomm:DayltConvChrmB_M"
-    "Daylt Conv Chrm B M""Qualcomm:DayltConvChrmB_P""Daylt Conv Chrm B P""Qualcomm:DayltConvChrmC_M"
-    "Daylt Conv Chrm C M""Qualcomm:DayltConvChrmC_P""Daylt Conv Chrm C P""Qualcomm:DayltConvChrmD_M"
-    "Daylt Conv Chrm D M""Qualcomm:DayltConvChrmD_P""Daylt Conv Chrm D P""Qualcomm:DayltConvChrmKCb"
-    "Daylt Conv Chrm K Cb""Qualcomm:DayltConvChrmKCr""Daylt Conv Chrm K Cr""Qualcomm:DayltConvLumaK"
-    "Daylt Conv Luma K""Qualcomm:DayltConvLumaV0""Daylt Conv Luma V0""Qualcomm:DayltConvLumaV1"
-    "Daylt Conv Luma V1""Qualcomm:DayltConvLumaV2""Daylt Conv Luma V2""Qualcomm:DefConvChrmA_M"
-    "Def Conv Chrm A M""Qualcomm:DefConvChrmA_P""Def Conv Chrm A P""Qualcomm:DefConvChrmB_M"
-    "Def Conv Chrm B M""Qualcomm:DefConvChrmB_P""Def Conv Chrm B P""Qualcomm:DefConvChrmC_M"
-    "Def Conv Chrm C M""Qualcomm:DefConvChrmC_P""Def Conv Chrm C P""Qualcomm:DefConvChrmD_M"
-    "Def Conv Chrm D M""Qualcomm:DefConvChrmD_P""Def Conv Chrm D P""Qualcomm:DefConvChrmKCb"
-    "Def Conv Chrm K Cb""Qualcomm:DefConvChrmKCr""Def Conv Chrm K Cr""Qualcomm:DefConvLumaK"
-    "Def Conv Luma K""Qualcomm:DefConvLumaV0""Def Conv Luma V0""Qualcomm:DefConvLumaV1"
-    "Def Conv Luma V1""Qualcomm:DefConvLumaV2""Def Conv Luma V2""Qualcomm:DefCorC0""Def Cor C0"
-    "Qualcomm:DefCorC1""Def Cor C1""Qualcomm:DefCorC2""Def Cor C2""Qualcomm:DefCorC3""Def Cor C3"
-    "Qualcomm:DefCorC4""Def Cor C4""Qualcomm:DefCorC5""Def Cor C5""Qualcomm:DefCorC6""Def Cor C6"
-    "Qualcomm:DefCorC7""Def Cor C7""Qualcomm:DefCorC8""Def Cor C8""Qualcomm:DefCorK0""Def Cor K0"
-    "Qualcomm:DefCorK1""Def Cor K1""Qualcomm:DefCorK2""Def Cor K2""Qualcomm:DefLumaGammaMode"
-    "Def Luma Gamma Mode""Qualcomm:DefRgbGammaMode""Def Rgb Gamma Mode""Qualcomm:DefectPixCorEnable"
-    "Defect Pix Cor Enable""Qualcomm:DefectPixMaxThresh""Defect Pix Max Thresh"
-    "Qualcomm:DefectPixMinThresh""Defect Pix Min Thresh""Qualcomm:DiscardFrstFrm""Discard Frst Frm"
-    "Qualcomm:FrmSkipPttrn""Frm Skip Pttrn""Qualcomm:GammaEnable""Gamma Enable""Qualcomm:HJREnable"
-    "HJR Enable""Qualcomm:HJRMaxNumFrames""HJR Max Num Frames""Qualcomm:HJROneToTwoOffset"
-    "HJR One To Two Offset""Qualcomm:HJRTextureThreshold""HJR Texture Threshold"
-    "Qualcomm:HJR_NReductionFlat""HJR N Reduction Flat""Qualcomm:HJR_NReductionTexture"
-    "HJR N Reduction Texture""Qualcomm:IncandConvChrmA_M""Incand Conv Chrm A M"
-    "Qualcomm:IncandConvChrmA_P""Incand Conv Chrm A P""Qualcomm:IncandConvChrmB_M"
-    "Incand Conv Chrm B M""Qualcomm:IncandConvChrmB_P""Incand Conv Chrm B P"
-    "Qualcomm:IncandConvChrmC_M""Incand Conv Chrm C M""Qualcomm:IncandConvChrmC_P"
-    "Incand Conv Chrm C P""Qualcomm:IncandConvChrmD_M""Incand Conv Chrm D M"
-    "Qualcomm:IncandConvChrmD_P""Incand Conv Chrm D P""Qualcomm:IncandConvChrmKCb"
-    "Incand Conv Chrm K Cb""Qualcomm:IncandConvChrmKCr""Incand Conv Chrm K Cr"
-    "Qualcomm:IncandConvLumaK""Incand Conv Luma K""Qualcomm:IncandConvLumaV0""Incand Conv Luma V0"
-    "Qualcomm:IncandConvLumaV1""Incand Conv Luma V1""Qualcomm:IncandConvLumaV2""Incand Conv Luma V2"
-    "Qualcomm:LADetect""LA Detect""Qualcomm:LAEnable""LA Enable""Qualcomm:MaxPrviewFps"
-    "Max Prview Fps""Qualcomm:MaxVideoFps""Max Video Fps""Qualcomm:NghtshtFps""Nghtsht Fps"
-    "Qualcomm:NightshotMode""Nightshot Mode""Qualcomm:OutlierDistance""Outlier Distance"
-    "Qualcomm:PclkInvert""Pclk Invert""Qualcomm:PrviewFps""Prview Fps""Qualcomm:PrviewResol"
-    "Prview Resol""Qualcomm:R2ABlueCtbl00""R2 A Blue Ctbl 00""Qualcomm:R2ABlueCtbl01"
-    "R2 A Blue Ctbl 01""Qualcomm:R2ABlueCtbl02""R2 A Blue Ctbl 02""Qualcomm:R2ABlueCtbl03"
-    "R2 A Blue Ctbl 03""Qualcomm:R2ABlueCtbl04""R2 A Blue Ctbl 04""Qualcomm:R2ABlueCtbl05"
-    "R2 A Blue Ctbl 05""Qualcomm:R2ABlueCtbl06""R2 A Blue Ctbl 06""Qualcomm:R2ABlueCtbl07"
-    "R2 A Blue Ctbl 07""Qualcomm:R2ABlueCtbl08""R2 A Blue Ctbl 08""Qualcomm:R2ABlueCtbl09"
-    "R2 A Blue Ctbl 09""Qualcomm:R2ABlueCtbl10""R2 A Blue Ctbl 10""Qualcomm:R2ABlueCtbl11"
-    "R2 A Blue Ctbl 11""Qualcomm:R2ABlueCtbl12""R2 A Blue Ctbl 12""Qualcomm:R2ABlueCtbl13"
-    "R2 A Blue Ctbl 13""Qualcomm:R2ABlueCtbl14""R2 A Blue Ctbl 14""Qualcomm:R2ABlueCtbl15"
-    "R2 A Blue Ctbl 15""Qualcomm:R2ABlueCtbl16""R2 A Blue Ctbl 16""Qualcomm:R2ABlueCtbl17"
-    "R2 A Blue Ctbl 17""Qualcomm:R2ABlueCtbl18""R2 A Blue Ctbl 18""Qualcomm:R2ABlueCtbl19"
-    "R2 A Blue Ctbl 19""Qualcomm:R2ABlueCtbl20""R2 A Blue Ctbl 20""Qualcomm:R2ABlueCtbl21"
-    "R2 A Blue Ctbl 21""Qualcomm:R2ABlueCtbl22""R2 A Blue Ctbl 22""Qualcomm:R2ABlueCtbl23"
-    "R2 A Blue Ctbl 23""Qualcomm:R2ABlueCtbl24""R2 A Blue Ctbl 24""Qualcomm:R2ABlueCtbl25"
-    "R2 A Blue Ctbl 25""Qualcomm:R2ABlueCtbl26""R2 A Blue Ctbl 26""Qualcomm:R2ABlueCtbl27"
-    "R2 A Blue Ctbl 27""Qualcomm:R2ABlueCtbl28""R2 A Blue Ctbl 28""Qualcomm:R2ABlueCtbl29"
-    "R2 A Blue Ctbl 29""Qualcomm:R2ABlueCtbl30""R2 A Blue Ctbl 30""Qualcomm:R2ABlueCtbl31"
-    "R2 A Blue Ctbl 31""Qualcomm:R2ABlueStbl00""R2 A Blue Stbl 00""Qualcomm:R2ABlueStbl01"
-    "R2 A Blue Stbl 01""Qualcomm:R2ABlueStbl02""R2 A Blue Stbl 02""Qualcomm:R2ABlueStbl03"
-    "R2 A Blue Stbl 03""Qualcomm:R2ABlueStbl04""R2 A Blue Stbl 04""Qualcomm:R2ABlueStbl05"
-    "R2 A Blue Stbl 05""Qualcomm:R2ABlueStbl06""R2 A Blue Stbl 06""Qualcomm:R2ABlueStbl07"
-    "R2 A Blue Stbl 07""Qualcomm:R2ABlueStbl08""R2 A Blue Stbl 08""Qualcomm:R2ABlueStbl09"
-    "R2 A Blue Stbl 09""Qualcomm:R2ABlueStbl10""R2 A Blue Stbl 10""Qualcomm:R2ABlueStbl11"
-    "R2 A Blue Stbl 11""Qualcomm:R2ABlueStbl12""R2 A Blue Stbl 12""Qualcomm:R2ABlueStbl13"
-    "R2 A Blue Stbl 13""Qualcomm:R2ABlueStbl14""R2 A Blue Stbl 14""Qualcomm:R2ABlueStbl15"
-    "R2 A Blue Stbl 15""Qualcomm:R2ABlueStbl16""R2 A Blue Stbl 16""Qualcomm:R2ABlueStbl17"
-    "R2 A Blue Stbl 17""Qualcomm:R2ABlueStbl18""R2 A Blue Stbl 18""Qualcomm:R2ABlueStbl19"
-    "R2 A Blue Stbl 19""Qualcomm:R2ABlueStbl20""R2 A Blue Stbl 20""Qualcomm:R2ABlueStbl21"
-    "R2 A Blue Stbl 21""Qualcomm:R2ABlueStbl22""R2 A Blue Stbl 22""Qualcomm:R2ABlueStbl23"
-    "R2 A Blue Stbl 23""Qualcomm:R2ABlueStbl24""R2 A Blue Stbl 24""Qualcomm:R2ABlueStbl25"
-    "R2 A Blue Stbl 25""Qualcomm:R2ABlueStbl26""R2 A Blue Stbl 26""Qualcomm:R2ABlueStbl27"
-    "R2 A Blue Stbl 27""Qualcomm:R2ABlueStbl28""R2 A Blue Stbl 28""Qualcomm:R2ABlueStbl29"
-    "R2 A Blue Stbl 29""Qualcomm:R2ABlueStbl30""R2 A Blue Stbl 30""Qualcomm:R2ABlueStbl31"
-    "R2 A Blue Stbl 31""Qualcomm:R2ACx""R2 A Cx""Qualcomm:R2ACy""R2 A Cy""Qualcomm:R2AGreenCtbl00"
-    "R2 A Green Ctbl 00""Qualcomm:R2AGreenCtbl01""R2 A Green Ctbl 01""Qualcomm:R2AGreenCtbl02"
-    "R2 A Green Ctbl 02""Qualcomm:R2AGreenCtbl03""R2 A Green Ctbl 03""Qualcomm:R2AGreenCtbl04"
-    "R2 A Green Ctbl 04""Qualcomm:R2AGreenCtbl05""R2 A Green Ctbl 05""Qualcomm:R2AGreenCtbl06"
-    "R2 A Green Ctbl 06""Qualcomm:R2AGreenCtbl07""R2 A Green Ctbl 07""Qualcomm:R2AGreenCtbl08"
-    "R2 A Green Ctbl 08""Qualcomm:R2AGreenCtbl09""R2 A Green Ctbl 09""Qualcomm:R2AGreenCtbl10"
-    "R2 A Green Ctbl 10""Qualcomm:R2AGreenCtbl11""R2 A Green Ctbl 11""Qualcomm:R2AGreenCtbl12"
-    "R2 A Green Ctbl 12""Qualcomm:R2AGreenCtbl13""R2 A Green Ctbl 13""Qualcomm:R2AGreenCtbl14"
-    "R2 A Green Ctbl 14""Qualcomm:R2AGreenCtbl15""R2 A Green Ctbl 15""Qualcomm:R2AGreenCtbl16"
-    "R2 A Green Ctbl 16""Qualcomm:R2AGreenCtbl17""R2 A Green Ctbl 17""Qualcomm:R2AGreenCtbl18"
-    "R2 A Green Ctbl 18""Qualcomm:R2AGreenCtbl19""R2 A Green Ctbl 19""Qualcomm:R2AGreenCtbl20"
-    "R2 A Green Ctbl 20""Qualcomm:R2AGreenCtbl21""R2 A Green Ctbl 21""Qualcomm:R2AGreenCtbl22"
-    "R2 A Green Ctbl 22""Qualcomm:R2AGreenCtbl23""R2 A Green Ctbl 23""Qualcomm:R2AGreenCtbl24"
-    "R2 A Green Ctbl 24""Qualcomm:R2AGreenCtbl25""R2 A Green Ctbl 25""Qualcomm:R2AGreenCtbl26"
-    "R2 A Green Ctbl 26""Qualcomm:R2AGreenCtbl27""R2 A Green Ctbl 27""Qualcomm:R2AGreenCtbl28"
-    "R2 A Green Ctbl 28""Qualcomm:R2AGreenCtbl29""R2 A Green Ctbl 29""Qualcomm:R2AGreenCtbl30"
-    "R2 A Green Ctbl 30""Qualcomm:R2AGreenCtbl31""R2 A Green Ctbl 31""Qualcomm:R2AGreenStbl00"
-    "R2 A Green Stbl 00""Qualcomm:R2AGreenStbl01""R2 A Green Stbl 01""Qualcomm:R2AGreenStbl02"
-    "R2 A Green Stbl 02""Qualcomm:R2AGreenStbl03""R2 A Green Stbl 03""Qualcomm:R2AGreenStbl04"
-    "R2 A Green Stbl 04""Qualcomm:R2AGreenStbl05""R2 A Green Stbl 05""Qualcomm:R2AGreenStbl06"
-    "R2 A Green Stbl 06""Qualcomm:R2AGreenStbl07""R2 A Green Stbl 07""Qualcomm:R2AGreenStbl08"
-    "R2 A Green Stbl 08""Qualcomm:R2AGreenStbl09""R2 A Green Stbl 09""Qualcomm:R2AGreenStbl10"
-    "R2 A Green Stbl 10""Qualcomm:R2AGreenStbl11""R2 A Green Stbl 11""Qualcomm:R2AGreenStbl12"
-    "R2 A Green Stbl 12""Qualcomm:R2AGreenStbl13""R2 A Green Stbl 13""Qualcomm:R2AGreenStbl14"
-    "R2 A Green Stbl 14""Qualcomm:R2AGreenStbl15""R2 A Green Stbl 15""Qualcomm:R2AGreenStbl16"
-    "R2 A Green Stbl 16""Qualcomm:R2AGreenStbl17""R2 A Green Stbl 17""Qualcomm:R2AGreenStbl18"
-    "R2 A Green Stbl 18""Qualcomm:R2AGreenStbl19""R2 A Green Stbl 19""Qualcomm:R2AGreenStbl20"
-    "R2 A Green Stbl 20""Qualcomm:R2AGreenStbl21""R2 A Green Stbl 21""Qualcomm:R2AGreenStbl22"
-    "R2 A Green Stbl 22""Qualcomm:R2AGreenStbl23""R2 A Green Stbl 23""Qualcomm:R2AGreenStbl24"
-    "R2 A Green Stbl 24""Qualcomm:R2AGreenStbl25""R2 A Green Stbl 25""Qualcomm:R2AGreenStbl26"
-    "R2 A Green Stbl 26""Qualcomm:R2AGreenStbl27""R2 A Green Stbl 27""Qualcomm:R2AGreenStbl28"
-    "R2 A Green Stbl 28""Qualcomm:R2AGreenStbl29""R2 A Green Stbl 29""Qualcomm:R2AGreenStbl30"
-    "R2 A Green Stbl 30""Qualcomm:R2AGreenStbl31""R2 A Green Stbl 31""Qualcomm:R2AHeight"
-    "R2 A Height""Qualcomm:R2AIntervals""R2 A Intervals""Qualcomm:R2ARedCtbl00""R2 A Red Ctbl 00"
-    "Qualcomm:R2ARedCtbl01""R2 A Red Ctbl 01""Qualcomm:R2ARedCtbl02""R2 A Red Ctbl 02"
-    "Qualcomm:R2ARedCtbl03""R2 A Red Ctbl 03""Qualcomm:R2ARedCtbl04""R2 A Red Ctbl 04"
-    "Qualcomm:R2ARedCtbl05""R2 A Red Ctbl 05""Qualcomm:R2ARedCtbl06""R2 A Red Ctbl 06"
-    "Qualcomm:R2ARedCtbl07""R2 A Red Ctbl 07""Qualcomm:R2ARedCtbl08""R2 A Red Ctbl 08"
-    "Qualcomm:R2ARedCtbl09""R2 A Red Ctbl 09""Qualcomm:R2ARedCtbl10""R2 A Red Ctbl 10"
-    "Qualcomm:R2ARedCtbl11""R2 A Red Ctbl 11""Qualcomm:R2ARedCtbl12""R2 A Red Ctbl 12"
-    "Qualcomm:R2ARedCtbl13""R2 A Red Ctbl 13""Qualcomm:R2ARedCtbl14""R2 A Red Ctbl 14"
-    "Qualcomm:R2ARedCtbl15""R2 A Red Ctbl 15""Qualcomm:R2ARedCtbl16""R2 A Red Ctbl 16"
-    "Qualcomm:R2ARedCtbl17""R2 A Red Ctbl 17""Qualcomm:R2ARedCtbl18""R2 A Red Ctbl 18"
-    "Qualcomm:R2ARedCtbl19""R2 A Red Ctbl 19""Qualcomm:R2ARedCtbl20""R2 A Red Ctbl 20"
-    "Qualcomm:R2ARedCtbl21""R2 A Red Ctbl 21""Qualcomm:R2ARedCtbl22""R2 A Red Ctbl 22"
-    "Qualcomm:R2ARedCtbl23""R2 A Red Ctbl 23""Qualcomm:R2ARedCtbl24""R2 A Red Ctbl 24"
-    "Qualcomm:R2ARedCtbl25""R2 A Red Ctbl 25""Qualcomm:R2ARedCtbl26""R2 A Red Ctbl 26"
-    "Qualcomm:R2ARedCtbl27""R2 A Red Ctbl 27""Qualcomm:R2ARedCtbl28""R2 A Red Ctbl 28"
-    "Qualcomm:R2ARedCtbl29""R2 A Red Ctbl 29""Qualcomm:R2ARedCtbl30""R2 A Red Ctbl 30"
-    "Qualcomm:R2ARedCtbl31""R2 A Red Ctbl 31""Qualcomm:R2ARedStbl00""R2 A Red Stbl 00"
-    "Qualcomm:R2ARedStbl01""R2 A Red Stbl 01""Qualcomm:R2ARedStbl02""R2 A Red Stbl 02"
-    "Qualcomm:R2ARedStbl03""R2 A Red Stbl 03""Qualcomm:R2ARedStbl04""R2 A Red Stbl 04"
-    "Qualcomm:R2ARedStbl05""R2 A Red Stbl 05""Qualcomm:R2ARedStbl06""R2 A Red Stbl 06"
-    "Qualcomm:R2ARedStbl07""R2 A Red Stbl 07""Qualcomm:R2ARedStbl08""R2 A Red Stbl 08"
-    "Qualcomm:R2ARedStbl09""R2 A Red Stbl 09""Qualcomm:R2ARedStbl10""R2 A Red Stbl 10"
-    "Qualcomm:R2ARedStbl11""R2 A Red Stbl 11""Qualcomm:R2ARedStbl12""R2 A Red Stbl 12"
-    "Qualcomm:R2ARedStbl13""R2 A Red Stbl 13""Qualcomm:R2ARedStbl14""R2 A Red Stbl 14"
-    "Qualcomm:R2ARedStbl15""R2 A Red Stbl 15""Qualcomm:R2ARedStbl16""R2 A Red Stbl 16"
-    "Qualcomm:R2ARedStbl17""R2 A Red Stbl 17""Qualcomm:R2ARedStbl18""R2 A Red Stbl 18"
-    "Qualcomm:R2ARedStbl19""R2 A Red Stbl 19""Qualcomm:R2ARedStbl20""R2 A Red Stbl 20"
-    "Qualcomm:R2ARedStbl21""R2 A Red Stbl 21""Qualcomm:R2ARedStbl22""R2 A Red Stbl 22"
-    "Qualcomm:R2ARedStbl23""R2 A Red Stbl 23""Qualcomm:R2ARedStbl24""R2 A Red Stbl 24"
-    "Qualcomm:R2ARedStbl25""R2 A Red Stbl 25""Qualcomm:R2ARedStbl26""R2 A Red Stbl 26"
-    "Qualcomm:R2ARedStbl27""R2 A Red Stbl 27""Qualcomm:R2ARedStbl28""R2 A Red Stbl 28"
-    "Qualcomm:R2ARedStbl29""R2 A Red Stbl 29""Qualcomm:R2ARedStbl30""R2 A Red Stbl 30"
-    "Qualcomm:R2ARedStbl31""R2 A Red Stbl 31""Qualcomm:R2ATbl00""R2 A Tbl 00""Qualcomm:R2ATbl01"
-    "R2 A Tbl 01""Qualcomm:R2ATbl02""R2 A Tbl 02""Qualcomm:R2ATbl03""R2 A Tbl 03""Qualcomm:R2ATbl04"
-    "R2 A Tbl 04""Qualcomm:R2ATbl05""R2 A Tbl 05""Qualcomm:R2ATbl06""R2 A Tbl 06""Qualcomm:R2ATbl07"
-    "R2 A Tbl 07""Qualcomm:R2ATbl08""R2 A Tbl 08""Qualcomm:R2ATbl09""R2 A Tbl 09""Qualcomm:R2ATbl10"
-    "R2 A Tbl 10""Qualcomm:R2ATbl11""R2 A Tbl 11""Qualcomm:R2ATbl12""R2 A Tbl 12""Qualcomm:R2ATbl13"
-    "R2 A Tbl 13""Qualcomm:R2ATbl14""R2 A Tbl 14""Qualcomm:R2ATbl15""R2 A Tbl 15""Qualcomm:R2ATbl16"
-    "R2 A Tbl 16""Qualcomm:R2ATbl17""R2 A Tbl 17""Qualcomm:R2ATbl18""R2 A Tbl 18""Qualcomm:R2ATbl19"
-    "R2 A Tbl 19""Qualcomm:R2ATbl20""R2 A Tbl 20""Qualcomm:R2ATbl21""R2 A Tbl 21""Qualcomm:R2ATbl22"
-    "R2 A Tbl 22""Qualcomm:R2ATbl23""R2 A Tbl 23""Qualcomm:R2ATbl24""R2 A Tbl 24""Qualcomm:R2ATbl25"
-    "R2 A Tbl 25""Qualcomm:R2ATbl26""R2 A Tbl 26""Qualcomm:R2ATbl27""R2 A Tbl 27""Qualcomm:R2ATbl28"
-    "R2 A Tbl 28""Qualcomm:R2ATbl29""R2 A Tbl 29""Qualcomm:R2ATbl30""R2 A Tbl 30""Qualcomm:R2ATbl31"
-    "R2 A Tbl 31""Qualcomm:R2AWidth""R2 A Width""Qualcomm:R2D65BlueCtbl00""R2 D65 Blue Ctbl 00"
-    "Qualcomm:R2D65BlueCtbl01""R2 D65 Blue Ctbl 01""Qualcomm:R2D65BlueCtbl02""R2 D65 Blue Ctbl 02"
-    "Qualcomm:R2D65BlueCtbl03""R2 D65 Blue Ctbl 03""Qualcomm:R2D65BlueCtbl04""R2 D65 Blue Ctbl 04"
-    "Qualcomm:R2D65BlueCtbl05""R2 D65 Blue Ctbl 05""Qualcomm:R2D65BlueCtbl06""R2 D65 Blue Ctbl 06"
-    "Qualcomm:R2D65BlueCtbl07""R2 D65 Blue Ctbl 07""Qualcomm:R2D65BlueCtbl08""R2 D65 Blue Ctbl 08"
-    "Qualcomm:R2D65BlueCtbl09""R2 D65 Blue Ctbl 09""Qualcomm:R2D65BlueCtbl10""R2 D65 Blue Ctbl 10"
-    "Qualcomm:R2D65BlueCtbl11""R2 D65 Blue Ctbl 11""Qualcomm:R2D65BlueCtbl12""R2 D65 Blue Ctbl 12"
-    "Qualcomm:R2D65BlueCtbl13""R2 D65 Blue Ctbl 13""Qualcomm:R2D65BlueCtbl14""R2 D65 Blue Ctbl 14"
-    "Qualcomm:R2D65BlueCtbl15""R2 D65 Blue Ctbl 15""Qualcomm:R2D65BlueCtbl16""R2 D65 Blue Ctbl 16"
-    "Qualcomm:R2D65BlueCtbl17""R2 D65 Blue Ctbl 17""Qualcomm:R2D65BlueCtbl18""R2 D65 Blue Ctbl 18"
-    "Qualcomm:R2D65BlueCtbl19""R2 D65 Blue Ctbl 19""Qualcomm:R2D65BlueCtbl20""R2 D65 Blue Ctbl 20"
-    "Qualcomm:R2D65BlueCtbl21""R2 D65 Blue Ctbl 21""Qualcomm:R2D65BlueCtbl22""R2 D65 Blue Ctbl 22"
-    "Qualcomm:R2D65BlueCtbl23""R2 D65 Blue Ctbl 23""Qualcomm:R2D65BlueCtbl24""R2 D65 Blue Ctbl 24"
-    "Qualcomm:R2D65BlueCtbl25""R2 D65 Blue Ctbl 25""Qualcomm:R2D65BlueCtbl26""R2 D65 Blue Ctbl 26"
-    "Qualcomm:R2D65BlueCtbl27""R2 D65 Blue Ctbl 27""Qualcomm:R2D65BlueCtbl28""R2 D65 Blue Ctbl 28"
-    "Qualcomm:R2D65BlueCtbl29""R2 D65 Blue Ctbl 29""Qualcomm:R2D65BlueCtbl30""R2 D65 Blue Ctbl 30"
-    "Qualcomm:R2D65BlueCtbl31""R2 D65 Blue Ctbl 31""Qualcomm:R2D65BlueStbl00""R2 D65 Blue Stbl 00"
-    "Qualcomm:R2D65BlueStbl01""R2 D65 Blue Stbl 01""Qualcomm:R2D65BlueStbl02""R2 D65 Blue Stbl 02"
-    "Qualcomm:R2D65BlueStbl03""R2 D65 Blue Stbl 03""Qualcomm:R2D65BlueStbl04""R2 D65 Blue Stbl 04"
-    "Qualcomm:R2D65BlueStbl05""R2 D65 Blue Stbl 05""Qualcomm:R2D65BlueStbl06""R2 D65 Blue Stbl 06"
-    "Qualcomm:R2D65BlueStbl07""R2 D65 Blue Stbl 07""Qualcomm:R2D65BlueStbl08""R2 D65 Blue Stbl 08"
-    "Qualcomm:R2D65BlueStbl09""R2 D65 Blue Stbl 09""Qualcomm:R2D65BlueStbl10""R2 D65 Blue Stbl 10"
-    "Qualcomm:R2D65BlueStbl11""R2 D65 Blue Stbl 11""Qualcomm:R2D65BlueStbl12""R2 D65 Blue Stbl 12"
-    "Qualcomm:R2D65BlueStbl13""R2 D65 Blue Stbl 13""Qualcomm:R2D65BlueStbl14""R2 D65 Blue Stbl 14"
-    "Qualcomm:R2D65BlueStbl15""R2 D65 Blue Stbl 15""Qualcomm:R2D65BlueStbl16""R2 D65 Blue Stbl 16"
-    "Qualcomm:R2D65BlueStbl17""R2 D65 Blue Stbl 17""Qualcomm:R2D65BlueStbl18""R2 D65 Blue Stbl 18"
-    "Qualcomm:R2D65BlueStbl19""R2 D65 Blue Stbl 19""Qualcomm:R2D65BlueStbl20""R2 D65 Blue Stbl 20"
-    "Qualcomm:R2D65BlueStbl21""R2 D65 Blue Stbl 21""Qualcomm:R2D65BlueStbl22""R2 D65 Blue Stbl 22"
-    "Qualcomm:R2D65BlueStbl23""R2 D65 Blue Stbl 23""Qualcomm:R2D65BlueStbl24""R2 D65 Blue Stbl 24"
-    "Qualcomm:R2D65BlueStbl25""R2 D65 Blue Stbl 25""Qualcomm:R2D65BlueStbl26""R2 D65 Blue Stbl 26"
-    "Qualcomm:R2D65BlueStbl27""R2 D65 Blue Stbl 27""Qualcomm:R2D65BlueStbl28""R2 D65 Blue Stbl 28"
-    "Qualcomm:R2D65BlueStbl29""R2 D65 Blue Stbl 29""Qualcomm:R2D65BlueStbl30""R2 D65 Blue Stbl 30"
-    "Qualcomm:R2D65BlueStbl31""R2 D65 Blue Stbl 31""Qualcomm:R2D65Cx""R2 D65 Cx""Qualcomm:R2D65Cy"
-    "R2 D65 Cy""Qualcomm:R2D65GreenCtbl00""R2 D65 Green Ctbl 00""Qualcomm:R2D65GreenCtbl01"
-    "R2 D65 Green Ctbl 01""Qualcomm:R2D65GreenCtbl02""R2 D65 Green Ctbl 02"
-    "Qualcomm:R2D65GreenCtbl03""R2 D65 Green Ctbl 03""Qualcomm:R2D65GreenCtbl04"
-    "R2 D65 Green Ctbl 04""Qualcomm:R2D65GreenCtbl05""R2 D65 Green Ctbl 05"
-    "Qualcomm:R2D65GreenCtbl06""R2 D65 Green Ctbl 06""Qualcomm:R2D65GreenCtbl07"
-    "R2 D65 Green Ctbl 07""Qualcomm:R2D65GreenCtbl08""R2 D65 Green Ctbl 08"
-    "Qualcomm:R2D65GreenCtbl09""R2 D65 Green Ctbl 09""Qualcomm:R2D65GreenCtbl10"
-    "R2 D65 Green Ctbl 10""Qualcomm:R2D65GreenCtbl11""R2 D65 Green Ctbl 11"
-    "Qualcomm:R2D65GreenCtbl12""R2 D65 Green Ctbl 12""Qualcomm:R2D65GreenCtbl13"
-    "R2 D65 Green Ctbl 13""Qualcomm:R2D65GreenCtbl14""R2 D65 Green Ctbl 14"
-    "Qualcomm:R2D65GreenCtbl15""R2 D65 Green Ctbl 15""Qualcomm:R2D65GreenCtbl16"
-    "R2 D65 Green Ctbl 16""Qualcomm:R2D65GreenCtbl17""R2 D65 Green Ctbl 17"
-    "Qualcomm:R2D65GreenCtbl18""R2 D65 Green Ctbl 18""Qualcomm:R2D65GreenCtbl19"
-    "R2 D65 Green Ctbl 19""Qualcomm:R2D65GreenCtbl20""R2 D65 Green Ctbl 20"
-    "Qualcomm:R2D65GreenCtbl21""R2 D65 Green Ctbl 21""Qualcomm:R2D65GreenCtbl22"
-    "R2 D65 Green Ctbl 22""Qualcomm:R2D65GreenCtbl23""R2 D65 Green Ctbl 23"
-    "Qualcomm:R2D65GreenCtbl24""R2 D65 Green Ctbl 24""Qualcomm:R2D65GreenCtbl25"
-    "R2 D65 Green Ctbl 25""Qualcomm:R2D65GreenCtbl26""R2 D65 Green Ctbl 26"
-    "Qualcomm:R2D65GreenCtbl27""R2 D65 Green Ctbl 27""Qualcomm:R2D65GreenCtbl28"
-    "R2 D65 Green Ctbl 28""Qualcomm:R2D65GreenCtbl29""R2 D65 Green Ctbl 29"
-    "Qualcomm:R2D65GreenCtbl30""R2 D65 Green Ctbl 30""Qualcomm:R2D65GreenCtbl31"
-    "R2 D65 Green Ctbl 31""Qualcomm:R2D65GreenStbl00""R2 D65 Green Stbl 00"
-    "Qualcomm:R2D65GreenStbl01""R2 D65 Green Stbl 01""Qualcomm:R2D65GreenStbl02"
-    "R2 D65 Green Stbl 02""Qualcomm:R2D65GreenStbl03""R2 D65 Green Stbl 03"
-    "Qualcomm:R2D65GreenStbl04""R2 D65 Green Stbl 04""Qualcomm:R2D65GreenStbl05"
-    "R2 D65 Green Stbl 05""Qualcomm:R2D65GreenStbl06""R2 D65 Green Stbl 06"
-    "Qualcomm:R2D65GreenStbl07""R2 D65 Green Stbl 07""Qualcomm:R2D65GreenStbl08"
-    "R2 D65 Green Stbl 08""Qualcomm:R2D65GreenStbl09""R2 D65 Green Stbl 09"
-    "Qualcomm:R2D65GreenStbl10""R2 D65 Green Stbl 10""Qualcomm:R2D65GreenStbl11"
-    "R2 D65 Green Stbl 11""Qualcomm:R2D65GreenStbl12""R2 D65 Green Stbl 12"
-    "Qualcomm:R2D65GreenStbl13""R2 D65 Green Stbl 13""Qualcomm:R2D65GreenStbl14"
-    "R2 D65 Green Stbl 14""Qualcomm:R2D65GreenStbl15""R2 D65 Green Stbl 15"
-    "Qualcomm:R2D65GreenStbl16""R2 D65 Green Stbl 16""Qualcomm:R2D65GreenStbl17"
-    "R2 D65 Green Stbl 17""Qualcomm:R2D65GreenStbl18""R2 D65 Green Stbl 18"
-    "Qualcomm:R2D65GreenStbl19""R2 D65 Green Stbl 19""Qualcomm:R2D65GreenStbl20"
-    "R2 D65 Green Stbl 20""Qualcomm:R2D65GreenStbl21""R2 D65 Green Stbl 21"
-    "Qualcomm:R2D65GreenStbl22""R2 D65 Green Stbl 22""Qualcomm:R2D65GreenStbl23"
-    "R2 D65 Green Stbl 23""Qualcomm:R2D65GreenStbl24""R2 D65 Green Stbl 24"
-    "Qualcomm:R2D65GreenStbl25""R2 D65 Green Stbl 25""Qualcomm:R2D65GreenStbl26"
-    "R2 D65 Green Stbl 26""Qualcomm:R2D65GreenStbl27""R2 D65 Green Stbl 27"
-    "Qualcomm:R2D65GreenStbl28""R2 D65 Green Stbl 28""Qualcomm:R2D65GreenStbl29"
-    "R2 D65 Green Stbl 29""Qualcomm:R2D65GreenStbl30""R2 D65 Green Stbl 30"
-    "Qualcomm:R2D65GreenStbl31""R2 D65 Green Stbl 31""Qualcomm:R2D65Height""R2 D65 Height"
-    "Qualcomm:R2D65Intervals""R2 D65 Intervals""Qualcomm:R2D65RedCtbl00""R2 D65 Red Ctbl 00"
-    "Qualcomm:R2D65RedCtbl01""R2 D65 Red Ctbl 01""Qualcomm:R2D65RedCtbl02""R2 D65 Red Ctbl 02"
-    "Qualcomm:R2D65RedCtbl03""R2 D65 Red Ctbl 03""Qualcomm:R2D65RedCtbl04""R2 D65 Red Ctbl 04"
-    "Qualcomm:R2D65RedCtbl05""R2 D65 Red Ctbl 05""Qualcomm:R2D65RedCtbl06""R2 D65 Red Ctbl 06"
-    "Qualcomm:R2D65RedCtbl07""R2 D65 Red Ctbl 07""Qualcomm:R2D65RedCtbl08""R2 D65 Red Ctbl 08"
-    "Qualcomm:R2D65RedCtbl09""R2 D65 Red Ctbl 09""Qualcomm:R2D65RedCtbl10""R2 D65 Red Ctbl 10"
-    "Qualcomm:R2D65RedCtbl11""R2 D65 Red Ctbl 11""Qualcomm:R2D65RedCtbl12""R2 D65 Red Ctbl 12"
-    "Qualcomm:R2D65RedCtbl13""R2 D65 Red Ctbl 13""Qualcomm:R2D65RedCtbl14""R2 D65 Red Ctbl 14"
-    "Qualcomm:R2D65RedCtbl15""R2 D65 Red Ctbl 15""Qualcomm:R2D65RedCtbl16""R2 D65 Red Ctbl 16"
-    "Qualcomm:R2D65RedCtbl17""R2 D65 Red Ctbl 17""Qualcomm:R2D65RedCtbl18""R2 D65 Red Ctbl 18"
-    "Qualcomm:R2D65RedCtbl19""R2 D65 Red Ctbl 19""Qualcomm:R2D65RedCtbl20""R2 D65 Red Ctbl 20"
-    "Qualcomm:R2D65RedCtbl21""R2 D65 Red Ctbl 21""Qualcomm:R2D65RedCtbl22""R2 D65 Red Ctbl 22"
-    "Qualcomm:R2D65RedCtbl23""R2 D65 Red Ctbl 23""Qualcomm:R2D65RedCtbl24""R2 D65 Red Ctbl 24"
-    "Qualcomm:R2D65RedCtbl25""R2 D65 Red Ctbl 25""Qualcomm:R2D65RedCtbl26""R2 D65 Red Ctbl 26"
-    "Qualcomm:R2D65RedCtbl27""R2 D65 Red Ctbl 27""Qualcomm:R2D65RedCtbl28""R2 D65 Red Ctbl 28"
-    "Qualcomm:R2D65RedCtbl29""R2 D65 Red Ctbl 29""Qualcomm:R2D65RedCtbl30""R2 D65 Red Ctbl 30"
-    "Qualcomm:R2D65RedCtbl31""R2 D65 Red Ctbl 31""Qualcomm:R2D65RedStbl00""R2 D65 Red Stbl 00"
-    "Qualcomm:R2D65RedStbl01""R2 D65 Red Stbl 01""Qualcomm:R2D65RedStbl02""R2 D65 Red Stbl 02"
-    "Qualcomm:R2D65RedStbl03""R2 D65 Red Stbl 03""Qualcomm:R2D65RedStbl04""R2 D65 Red Stbl 04"
-    "Qualcomm:R2D65RedStbl05""R2 D65 Red Stbl 05""Qualcomm:R2D65RedStbl06""R2 D65 Red Stbl 06"
-    "Qualcomm:R2D65RedStbl07""R2 D65 Red Stbl 07""Qualcomm:R2D65RedStbl08""R2 D65 Red Stbl 08"
-    "Qualcomm:R2D65RedStbl09""R2 D65 Red Stbl 09""Qualcomm:R2D65RedStbl10""R2 D65 Red Stbl 10"
-    "Qualcomm:R2D65RedStbl11""R2 D65 Red Stbl 11""Qualcomm:R2D65RedStbl12""R2 D65 Red Stbl 12"
-    "Qualcomm:R2D65RedStbl13""R2 D65 Red Stbl 13""Qualcomm:R2D65RedStbl14""R2 D65 Red Stbl 14"
-    "Qualcomm:R2D65RedStbl15""R2 D65 Red Stbl 15""Qualcomm:R2D65RedStbl16""R2 D65 Red Stbl 16"
-    "Qualcomm:R2D65RedStbl17""R2 D65 Red Stbl 17""Qualcomm:R2D65RedStbl18""R2 D65 Red Stbl 18"
-    "Qualcomm:R2D65RedStbl19""R2 D65 Red Stbl 19""Qualcomm:R2D65RedStbl20""R2 D65 Red Stbl 20"
-    "Qualcomm:R2D65RedStbl21""R2 D65 Red Stbl 21""Qualcomm:R2D65RedStbl22""R2 D65 Red Stbl 22"
-    "Qualcomm:R2D65RedStbl23""R2 D65 Red Stbl 23""Qualcomm:R2D65RedStbl24""R2 D65 Red Stbl 24"
-    "Qualcomm:R2D65RedStbl25""R2 D65 Red Stbl 25""Qualcomm:R2D65RedStbl26""R2 D65 Red Stbl 26"
-    "Qualcomm:R2D65RedStbl27""R2 D65 Red Stbl 27""Qualcomm:R2D65RedStbl28""R2 D65 Red Stbl 28"
-    "Qualcomm:R2D65RedStbl29""R2 D65 Red Stbl 29""Qualcomm:R2D65RedStbl30""R2 D65 Red Stbl 30"
-    "Qualcomm:R2D65RedStbl31""R2 D65 Red Stbl 31""Qualcomm:R2D65Tbl00""R2 D65 Tbl 00"
-    "Qualcomm:R2D65Tbl01""R2 D65 Tbl 01""Qualcomm:R2D65Tbl02""R2 D65 Tbl 02""Qualcomm:R2D65Tbl03"
-    "R2 D65 Tbl 03""Qualcomm:R2D65Tbl04""R2 D65 Tbl 04""Qualcomm:R2D65Tbl05""R2 D65 Tbl 05"
-    "Qualcomm:R2D65Tbl06""R2 D65 Tbl 06""Qualcomm:R2D65Tbl07""R2 D65 Tbl 07""Qualcomm:R2D65Tbl08"
-    "R2 D65 Tbl 08""Qualcomm:R2D65Tbl09""R2 D65 Tbl 09""Qualcomm:R2D65Tbl10""R2 D65 Tbl 10"
-    "Qualcomm:R2D65Tbl11""R2 D65 Tbl 11""Qualcomm:R2D65Tbl12""R2 D65 Tbl 12""Qualcomm:R2D65Tbl13"
-    "R2 D65 Tbl 13""Qualcomm:R2D65Tbl14""R2 D65 Tbl 14""Qualcomm:R2D65Tbl15""R2 D65 Tbl 15"
-    "Qualcomm:R2D65Tbl16""R2 D65 Tbl 16""Qualcomm:R2D65Tbl17""R2 D65 Tbl 17""Qualcomm:R2D65Tbl18"
-    "R2 D65 Tbl 18""Qualcomm:R2D65Tbl19""R2 D65 Tbl 19""Qualcomm:R2D65Tbl20""R2 D65 Tbl 20"
-    "Qualcomm:R2D65Tbl21""R2 D65 Tbl 21""Qualcomm:R2D65Tbl22""R2 D65 Tbl 22""Qualcomm:R2D65Tbl23"
-    "R2 D65 Tbl 23""Qualcomm:R2D65Tbl24""R2 D65 Tbl 24""Qualcomm:R2D65Tbl25""R2 D65 Tbl 25"
-    "Qualcomm:R2D65Tbl26""R2 D65 Tbl 26""Qualcomm:R2D65Tbl27""R2 D65 Tbl 27""Qualcomm:R2D65Tbl28"
-    "R2 D65 Tbl 28""Qualcomm:R2D65Tbl29""R2 D65 Tbl 29""Qualcomm:R2D65Tbl30""R2 D65 Tbl 30"
-    "Qualcomm:R2D65Tbl31""R2 D65 Tbl 31""Qualcomm:R2D65Width""R2 D65 Width"
-    "Qualcomm:R2TL84BlueCtbl00""R2 TL84 Blue Ctbl 00""Qualcomm:R2TL84BlueCtbl01"
-    "R2 TL84 Blue Ctbl 01""Qualcomm:R2TL84BlueCtbl02""R2 TL84 Blue Ctbl 02"
-    "Qualcomm:R2TL84BlueCtbl03""R2 TL84 Blue Ctbl 03""Qualcomm:R2TL84BlueCtbl04"
-    "R2 TL84 Blue Ctbl 04""Qualcomm:R2TL84BlueCtbl05""R2 TL84 Blue Ctbl 05"
-    "Qualcomm:R2TL84BlueCtbl06""R2 TL84 Blue Ctbl 06""Qualcomm:R2TL84BlueCtbl07"
-    "R2 TL84 Blue Ctbl 07""Qualcomm:R2TL84BlueCtbl08""R2 TL84 Blue Ctbl 08"
-    "Qualcomm:R2TL84BlueCtbl09""R2 TL84 Blue Ctbl 09""Qualcomm:R2TL84BlueCtbl10"
-    "R2 TL84 Blue Ctbl 10""Qualcomm:R2TL84BlueCtbl11""R2 TL84 Blue Ctbl 11"
-    "Qualcomm:R2TL84BlueCtbl12""R2 TL84 Blue Ctbl 12""Qualcomm:R2TL84BlueCtbl13"
-    "R2 TL84 Blue Ctbl 13""Qualcomm:R2TL84BlueCtbl14""R2 TL84 Blue Ctbl 14"
-    "Qualcomm:R2TL84BlueCtbl15""R2 TL84 Blue Ctbl 15""Qualcomm:R2TL84BlueCtbl16"
-    "R2 TL84 Blue Ctbl 16""Qualcomm:R2TL84BlueCtbl17""R2 TL84 Blue Ctbl 17"
-    "Qualcomm:R2TL84BlueCtbl18""R2 TL84 Blue Ctbl 18""Qualcomm:R2TL84BlueCtbl19"
-    "R2 TL84 Blue Ctbl 19""Qualcomm:R2TL84BlueCtbl20""R2 TL84 Blue Ctbl 20"
-    "Qualcomm:R2TL84BlueCtbl21""R2 TL84 Blue Ctbl 21""Qualcomm:R2TL84BlueCtbl22"
-    "R2 TL84 Blue Ctbl 22""Qualcomm:R2TL84BlueCtbl23""R2 TL84 Blue Ctbl 23"
-    "Qualcomm:R2TL84BlueCtbl24""R2 TL84 Blue Ctbl 24""Qualcomm:R2TL84BlueCtbl25"
-    "R2 TL84 Blue Ctbl 25""Qualcomm:R2TL84BlueCtbl26""R2 TL84 Blue Ctbl 26"
-    "Qualcomm:R2TL84BlueCtbl27""R2 TL84 Blue Ctbl 27""Qualcomm:R2TL84BlueCtbl28"
-    "R2 TL84 Blue Ctbl 28""Qualcomm:R2TL84BlueCtbl29""R2 TL84 Blue Ctbl 29"
-    "Qualcomm:R2TL84BlueCtbl30""R2 TL84 Blue Ctbl 30""Qualcomm:R2TL84BlueCtbl31"
-    "R2 TL84 Blue Ctbl 31""Qualcomm:R2TL84BlueStbl00""R2 TL84 Blue Stbl 00"
-    "Qualcomm:R2TL84BlueStbl01""R2 TL84 Blue Stbl 01""Qualcomm:R2TL84BlueStbl02"
-    "R2 TL84 Blue Stbl 02""Qualcomm:R2TL84BlueStbl03""R2 TL84 Blue Stbl 03"
-    "Qualcomm:R2TL84BlueStbl04""R2 TL84 Blue Stbl 04""Qualcomm:R2TL84BlueStbl05"
-    "R2 TL84 Blue Stbl 05""Qualcomm:R2TL84BlueStbl06""R2 TL84 Blue Stbl 06"
-    "Qualcomm:R2TL84BlueStbl07""R2 TL84 Blue Stbl 07""Qualcomm:R2TL84BlueStbl08"
-    "R2 TL84 Blue Stbl 08""Qualcomm:R2TL84BlueStbl09""R2 TL84 Blue Stbl 09"
-    "Qualcomm:R2TL84BlueStbl10""R2 TL84 Blue Stbl 10""Qualcomm:R2TL84BlueStbl11"
-    "R2 TL84 Blue Stbl 11""Qualcomm:R2TL84BlueStbl12""R2 TL84 Blue Stbl 12"
-    "Qualcomm:R2TL84BlueStbl13""R2 TL84 Blue Stbl 13""Qualcomm:R2TL84BlueStbl14"
-    "R2 TL84 Blue Stbl 14""Qualcomm:R2TL84BlueStbl15""R2 TL84 Blue Stbl 15"
-    "Qualcomm:R2TL84BlueStbl16""R2 TL84 Blue Stbl 16""Qualcomm:R2TL84BlueStbl17"
-    "R2 TL84 Blue Stbl 17""Qualcomm:R2TL84BlueStbl18""R2 TL84 Blue Stbl 18"
-    "Qualcomm:R2TL84BlueStbl19""R2 TL84 Blue Stbl 19""Qualcomm:R2TL84BlueStbl20"
-    "R2 TL84 Blue Stbl 20""Qualcomm:R2TL84BlueStbl21""R2 TL84 Blue Stbl 21"
-    "Qualcomm:R2TL84BlueStbl22""R2 TL84 Blue Stbl 22""Qualcomm:R2TL84BlueStbl23"
-    "R2 TL84 Blue Stbl 23""Qualcomm:R2TL84BlueStbl24""R2 TL84 Blue Stbl 24"
-    "Qualcomm:R2TL84BlueStbl25""R2 TL84 Blue Stbl 25""Qualcomm:R2TL84BlueStbl26"
-    "R2 TL84 Blue Stbl 26""Qualcomm:R2TL84BlueStbl27""R2 TL84 Blue Stbl 27"
-    "Qualcomm:R2TL84BlueStbl28""R2 TL84 Blue Stbl 28""Qualcomm:R2TL84BlueStbl29"
-    "R2 TL84 Blue Stbl 29""Qualcomm:R2TL84BlueStbl30""R2 TL84 Blue Stbl 30"
-    "Qualcomm:R2TL84BlueStbl31""R2 TL84 Blue Stbl 31""Qualcomm:R2TL84Cx""R2 TL84 Cx"
-    "Qualcomm:R2TL84Cy""R2 TL84 Cy""Qualcomm:R2TL84GreenCtbl00""R2 TL84 Green Ctbl 00"
-    "Qualcomm:R2TL84GreenCtbl01""R2 TL84 Green Ctbl 01""Qualcomm:R2TL84GreenCtbl02"
-    "R2 TL84 Green Ctbl 02""Qualcomm:R2TL84GreenCtbl03""R2 TL84 Green Ctbl 03"
-    "Qualcomm:R2TL84GreenCtbl04""R2 TL84 Green Ctbl 04""Qualcomm:R2TL84GreenCtbl05"
-    "R2 TL84 Green Ctbl 05""Qualcomm:R2TL84GreenCtbl06""R2 TL84 Green Ctbl 06"
-    "Qualcomm:R2TL84GreenCtbl07""R2 TL84 Green Ctbl 07""Qualcomm:R2TL84GreenCtbl08"
-    "R2 TL84 Green Ctbl 08""Qualcomm:R2TL84GreenCtbl09""R2 TL84 Green Ctbl 09"
-    "Qualcomm:R2TL84GreenCtbl10""R2 TL84 Green Ctbl 10""Qualcomm:R2TL84GreenCtbl11"
-    "R2 TL84 Green Ctbl 11""Qualcomm:R2TL84GreenCtbl12""R2 TL84 Green Ctbl 12"
-    "Qualcomm:R2TL84GreenCtbl13""R2 TL84 Green Ctbl 13""Qualcomm:R2TL84GreenCtbl14"
-    "R2 TL84 Green Ctbl 14""Qualcomm:R2TL84GreenCtbl15""R2 TL84 Green Ctbl 15"
-    "Qualcomm:R2TL84GreenCtbl16""R2 TL84 Green Ctbl 16""Qualcomm:R2TL84GreenCtbl17"
-    "R2 TL84 Green Ctbl 17""Qualcomm:R2TL84GreenCtbl18""R2 TL84 Green Ctbl 18"
-    "Qualcomm:R2TL84GreenCtbl19""R2 TL84 Green Ctbl 19""Qualcomm:R2TL84GreenCtbl20"
-    "R2 TL84 Green Ctbl 20""Qualcomm:R2TL84GreenCtbl21""R2 TL84 Green Ctbl 21"
-    "Qualcomm:R2TL84GreenCtbl22""R2 TL84 Green Ctbl 22""Qualcomm:R2TL84GreenCtbl23"
-    "R2 TL84 Green Ctbl 23""Qualcomm:R2TL84GreenCtbl24""R2 TL84 Green Ctbl 24"
-    "Qualcomm:R2TL84GreenCtbl25""R2 TL84 Green Ctbl 25""Qualcomm:R2TL84GreenCtbl26"
-    "R2 TL84 Green Ctbl 26""Qualcomm:R2TL84GreenCtbl27""R2 TL84 Green Ctbl 27"
-    "Qualcomm:R2TL84GreenCtbl28""R2 TL84 Green Ctbl 28""Qualcomm:R2TL84GreenCtbl29"
-    "R2 TL84 Green Ctbl 29""Qualcomm:R2TL84GreenCtbl30""R2 TL84 Green Ctbl 30"
-    "Qualcomm:R2TL84GreenCtbl31""R2 TL84 Green Ctbl 31""Qualcomm:R2TL84GreenStbl00"
-    "R2 TL84 Green Stbl 00""Qualcomm:R2TL84GreenStbl01""R2 TL84 Green Stbl 01"
-    "Qualcomm:R2TL84GreenStbl02""R2 TL84 Green Stbl 02""Qualcomm:R2TL84GreenStbl03"
-    "R2 TL84 Green Stbl 03""Qualcomm:R2TL84GreenStbl04""R2 TL84 Green Stbl 04"
-    "Qualcomm:R2TL84GreenStbl05""R2 TL84 Green Stbl 05""Qualcomm:R2TL84GreenStbl06"
-    "R2 TL84 Green Stbl 06""Qualcomm:R2TL84GreenStbl07""R2 TL84 Green Stbl 07"
-    "Qualcomm:R2TL84GreenStbl08""R2 TL84 Green Stbl 08""Qualcomm:R2TL84GreenStbl09"
-    "R2 TL84 Green Stbl 09""Qualcomm:R2TL84GreenStbl10""R2 TL84 Green Stbl 10"
-    "Qualcomm:R2TL84GreenStbl11""R2 TL84 Green Stbl 11""Qualcomm:R2TL84GreenStbl12"
-    "R2 TL84 Green Stbl 12""Qualcomm:R2TL84GreenStbl13""R2 TL84 Green Stbl 13"
-    "Qualcomm:R2TL84GreenStbl14""R2 TL84 Green Stbl 14""Qualcomm:R2TL84GreenStbl15"
-    "R2 TL84 Green Stbl 15""Qualcomm:R2TL84GreenStbl16""R2 TL84 Green Stbl 16"
-    "Qualcomm:R2TL84GreenStbl17""R2 TL84 Green Stbl 17""Qualcomm:R2TL84GreenStbl18"
-    "R2 TL84 Green Stbl 18""Qualcomm:R2TL84GreenStbl19""R2 TL84 Green Stbl 19"
-    "Qualcomm:R2TL84GreenStbl20""R2 TL84 Green Stbl 20""Qualcomm:R2TL84GreenStbl21"
-    "R2 TL84 Green Stbl 21""Qualcomm:R2TL84GreenStbl22""R2 TL84 Green Stbl 22"
-    "Qualcomm:R2TL84GreenStbl23""R2 TL84 Green Stbl 23""Qualcomm:R2TL84GreenStbl24"
-    "R2 TL84 Green Stbl 24""Qualcomm:R2TL84GreenStbl25""R2 TL84 Green Stbl 25"
-    "Qualcomm:R2TL84GreenStbl26""R2 TL84 Green Stbl 26""Qualcomm:R2TL84GreenStbl27"
-    "R2 TL84 Green Stbl 27""Qualcomm:R2TL84GreenStbl28""R2 TL84 Green Stbl 28"
-    "Qualcomm:R2TL84GreenStbl29""R2 TL84 Green Stbl 29""Qualcomm:R2TL84GreenStbl30"
-    "R2 TL84 Green Stbl 30""Qualcomm:R2TL84GreenStbl31""R2 TL84 Green Stbl 31"
-    "Qualcomm:R2TL84Height""R2 TL84 Height""Qualcomm:R2TL84Intervals""R2 TL84 Intervals"
-    "Qualcomm:R2TL84RedCtbl00""R2 TL84 Red Ctbl 00""Qualcomm:R2TL84RedCtbl01""R2 TL84 Red Ctbl 01"
-    "Qualcomm:R2TL84RedCtbl02""R2 TL84 Red Ctbl 02""Qualcomm:R2TL84RedCtbl03""R2 TL84 Red Ctbl 03"
-    "Qualcomm:R2TL84RedCtbl04""R2 TL84 Red Ctbl 04""Qualcomm:R2TL84RedCtbl05""R2 TL84 Red Ctbl 05"
-    "Qualcomm:R2TL84RedCtbl06""R2 TL84 Red Ctbl 06""Qualcomm:R2TL84RedCtbl07""R2 TL84 Red Ctbl 07"
-    "Qualcomm:R2TL84RedCtbl08""R2 TL84 Red Ctbl 08""Qualcomm:R2TL84RedCtbl09""R2 TL84 Red Ctbl 09"
-    "Qualcomm:R2TL84RedCtbl10""R2 TL84 Red Ctbl 10""Qualcomm:R2TL84RedCtbl11""R2 TL84 Red Ctbl 11"
-    "Qualcomm:R2TL84RedCtbl12""R2 TL84 Red Ctbl 12""Qualcomm:R2TL84RedCtbl13""R2 TL84 Red Ctbl 13"
-    "Qualcomm:R2TL84RedCtbl14""R2 TL84 Red Ctbl 14""Qualcomm:R2TL84RedCtbl15""R2 TL84 Red Ctbl 15"
-    "Qualcomm:R2TL84RedCtbl16""R2 TL84 Red Ctbl 16""Qualcomm:R2TL84RedCtbl17""R2 TL84 Red Ctbl 17"
-    "Qualcomm:R2TL84RedCtbl18""R2 TL84 Red Ctbl 18""Qualcomm:R2TL84RedCtbl19""R2 TL84 Red Ctbl 19"
-    "Qualcomm:R2TL84RedCtbl20""R2 TL84 Red Ctbl 20""Qualcomm:R2TL84RedCtbl21""R2 TL84 Red Ctbl 21"
-    "Qualcomm:R2TL84RedCtbl22""R2 TL84 Red Ctbl 22""Qualcomm:R2TL84RedCtbl23""R2 TL84 Red Ctbl 23"
-    "Qualcomm:R2TL84RedCtbl24""R2 TL84 Red Ctbl 24""Qualcomm:R2TL84RedCtbl25""R2 TL84 Red Ctbl 25"
-    "Qualcomm:R2TL84RedCtbl26""R2 TL84 Red Ctbl 26""Qualcomm:R2TL84RedCtbl27""R2 TL84 Red Ctbl 27"
-    "Qualcomm:R2TL84RedCtbl28""R2 TL84 Red Ctbl 28""Qualcomm:R2TL84RedCtbl29""R2 TL84 Red Ctbl 29"
-    "Qualcomm:R2TL84RedCtbl30""R2 TL84 Red Ctbl 30""Qualcomm:R2TL84RedCtbl31""R2 TL84 Red Ctbl 31"
-    "Qualcomm:R2TL84RedStbl00""R2 TL84 Red Stbl 00""Qualcomm:R2TL84RedStbl01""R2 TL84 Red Stbl 01"
-    "Qualcomm:R2TL84RedStbl02""R2 TL84 Red Stbl 02""Qualcomm:R2TL84RedStbl03""R2 TL84 Red Stbl 03"
-    "Qualcomm:R2TL84RedStbl04""R2 TL84 Red Stbl 04""Qualcomm:R2TL84RedStbl05""R2 TL84 Red Stbl 05"
-    "Qualcomm:R2TL84RedStbl06""R2 TL84 Red Stbl 06""Qualcomm:R2TL84RedStbl07""R2 TL84 Red Stbl 07"
-    "Qualcomm:R2TL84RedStbl08""R2 TL84 Red Stbl 08""Qualcomm:R2TL84RedStbl09""R2 TL84 Red Stbl 09"
-    "Qualcomm:R2TL84RedStbl10""R2 TL84 Red Stbl 10""Qualcomm:R2TL84RedStbl11""R2 TL84 Red Stbl 11"
-    "Qualcomm:R2TL84RedStbl12""R2 TL84 Red Stbl 12""Qualcomm:R2TL84RedStbl13""R2 TL84 Red Stbl 13"
-    "Qualcomm:R2TL84RedStbl14""R2 TL84 Red Stbl 14""Qualcomm:R2TL84RedStbl15""R2 TL84 Red Stbl 15"
-    "Qualcomm:R2TL84RedStbl16""R2 TL84 Red Stbl 16""Qualcomm:R2TL84RedStbl17""R2 TL84 Red Stbl 17"
-    "Qualcomm:R2TL84RedStbl18""R2 TL84 Red Stbl 18""Qualcomm:R2TL84RedStbl19""R2 TL84 Red Stbl 19"
-    "Qualcomm:R2TL84RedStbl20""R2 TL84 Red Stbl 20""Qualcomm:R2TL84RedStbl21""R2 TL84 Red Stbl 21"
-    "Qualcomm:R2TL84RedStbl22""R2 TL84 Red Stbl 22""Qualcomm:R2TL84RedStbl23""R2 TL84 Red Stbl 23"
-    "Qualcomm:R2TL84RedStbl24""R2 TL84 Red Stbl 24""Qualcomm:R2TL84RedStbl25""R2 TL84 Red Stbl 25"
-    "Qualcomm:R2TL84RedStbl26""R2 TL84 Red Stbl 26""Qualcomm:R2TL84RedStbl27""R2 TL84 Red Stbl 27"
-    "Qualcomm:R2TL84RedStbl28""R2 TL84 Red Stbl 28""Qualcomm:R2TL84RedStbl29""R2 TL84 Red Stbl 29"
-    "Qualcomm:R2TL84RedStbl30""R2 TL84 Red Stbl 30""Qualcomm:R2TL84RedStbl31""R2 TL84 Red Stbl 31"
-    "Qualcomm:R2TL84Tbl00""R2 TL84 Tbl 00""Qualcomm:R2TL84Tbl01""R2 TL84 Tbl 01"
-    "Qualcomm:R2TL84Tbl02""R2 TL84 Tbl 02""Qualcomm:R2TL84Tbl03""R2 TL84 Tbl 03"
-    "Qualcomm:R2TL84Tbl04""R2 TL84 Tbl 04""Qualcomm:R2TL84Tbl05""R2 TL84 Tbl 05"
-    "Qualcomm:R2TL84Tbl06""R2 TL84 Tbl 06""Qualcomm:R2TL84Tbl07""R2 TL84 Tbl 07"
-    "Qualcomm:R2TL84Tbl08""R2 TL84 Tbl 08""Qualcomm:R2TL84Tbl09""R2 TL84 Tbl 09"
-    "Qualcomm:R2TL84Tbl10""R2 TL84 Tbl 10""Qualcomm:R2TL84Tbl11""R2 TL84 Tbl 11"
-    "Qualcomm:R2TL84Tbl12""R2 TL84 Tbl 12""Qualcomm:R2TL84Tbl13""R2 TL84 Tbl 13"
-    "Qualcomm:R2TL84Tbl14""R2 TL84 Tbl 14""Qualcomm:R2TL84Tbl15""R2 TL84 Tbl 15"
-    "Qualcomm:R2TL84Tbl16""R2 TL84 Tbl 16""Qualcomm:R2TL84Tbl17""R2 TL84 Tbl 17"
-    "Qualcomm:R2TL84Tbl18""R2 TL84 Tbl 18""Qualcomm:R2TL84Tbl19""R2 TL84 Tbl 19"
-    "Qualcomm:R2TL84Tbl20""R2 TL84 Tbl 20""Qualcomm:R2TL84Tbl21""R2 TL84 Tbl 21"
-    "Qualcomm:R2TL84Tbl22""R2 TL84 Tbl 22""Qualcomm:R2TL84Tbl23""R2 TL84 Tbl 23"
-    "Qualcomm:R2TL84Tbl24""R2 TL84 Tbl 24""Qualcomm:R2TL84Tbl25""R2 TL84 Tbl 25"
-    "Qualcomm:R2TL84Tbl26""R2 TL84 Tbl 26""Qualcomm:R2TL84Tbl27""R2 TL84 Tbl 27"
-    "Qualcomm:R2TL84Tbl28""R2 TL84 Tbl 28""Qualcomm:R2TL84Tbl29""R2 TL84 Tbl 29"
-    "Qualcomm:R2TL84Tbl30""R2 TL84 Tbl 30""Qualcomm:R2TL84Tbl31""R2 TL84 Tbl 31"
-    "Qualcomm:R2TL84Width""R2 TL84 Width""Qualcomm:RolloffEnable""Rolloff Enable"
-    "Qualcomm:SensorFmt""Sensor Fmt""Qualcomm:SensorType""Sensor Type""Qualcomm:SensrFulHght"
-    "Sensr Ful Hght""Qualcomm:SensrFulWdth""Sensr Ful Wdth""Qualcomm:SensrQtrHght""Sensr Qtr Hght"
-    "Qualcomm:SensrQtrWdth""Sensr Qtr Wdth""Qualcomm:SnapshotResol""Snapshot Resol"
-    "Qualcomm:TL84ConvChrmA_M""TL84 Conv Chrm A M""Qualcomm:TL84ConvChrmA_P""TL84 Conv Chrm A P"
-    "Qualcomm:TL84ConvChrmB_M""TL84 Conv Chrm B M""Qualcomm:TL84ConvChrmB_P""TL84 Conv Chrm B P"
-    "Qualcomm:TL84ConvChrmC_M""TL84 Conv Chrm C M""Qualcomm:TL84ConvChrmC_P""TL84 Conv Chrm C P"
-    "Qualcomm:TL84ConvChrmD_M""TL84 Conv Chrm D M""Qualcomm:TL84ConvChrmD_P""TL84 Conv Chrm D P"
-    "Qualcomm:TL84ConvChrmKCb""TL84 Conv Chrm K Cb""Qualcomm:TL84ConvChrmKCr""TL84 Conv Chrm K Cr"
-    "Qualcomm:TL84ConvLumaK""TL84 Conv Luma K""Qualcomm:TL84ConvLumaV0""TL84 Conv Luma V0"
-    "Qualcomm:TL84ConvLumaV1""TL84 Conv Luma V1""Qualcomm:TL84ConvLumaV2""TL84 Conv Luma V2"
-    "Qualcomm:VideoFps""Video Fps""Qualcomm:YhiYloConvChrmA_M""Yhi Ylo Conv Chrm A M"
-    "Qualcomm:YhiYloConvChrmA_P""Yhi Ylo Conv Chrm A P""Qualcomm:YhiYloConvChrmB_M"
-    "Yhi Ylo Conv Chrm B M""Qualcomm:YhiYloConvChrmB_P""Yhi Ylo Conv Chrm B P"
-    "Qualcomm:YhiYloConvChrmC_M""Yhi Ylo Conv Chrm C M""Qualcomm:YhiYloConvChrmC_P"
-    "Yhi Ylo Conv Chrm C P""Qualcomm:YhiYloConvChrmD_M""Yhi Ylo Conv Chrm D M"
-    "Qualcomm:YhiYloConvChrmD_P""Yhi Ylo Conv Chrm D P""Qualcomm:YhiYloConvChrmKCb"
-    "Yhi Ylo Conv Chrm K Cb""Qualcomm:YhiYloConvChrmKCr""Yhi Ylo Conv Chrm K Cr"
-    "Qualcomm:YhiYloConvLumaK""Yhi Ylo Conv Luma K""Qualcomm:YhiYloConvLumaV0""Yhi Ylo Conv Luma V0"
-    "Qualcomm:YhiYloConvLumaV1""Yhi Ylo Conv Luma V1""Qualcomm:YhiYloConvLumaV2"
-    "Yhi Ylo Conv Luma V2""Qualcomm:YhiYloCorC0""Yhi Ylo Cor C0""Qualcomm:YhiYloCorC1"
-    "Yhi Ylo Cor C1""Qualcomm:YhiYloCorC2""Yhi Ylo Cor C2""Qualcomm:YhiYloCorC3""Yhi Ylo Cor C3"
-    "Qualcomm:YhiYloCorC4""Yhi Ylo Cor C4""Qualcomm:YhiYloCorC5""Yhi Ylo Cor C5"
-    "Qualcomm:YhiYloCorC6""Yhi Ylo Cor C6""Qualcomm:YhiYloCorC7""Yhi Ylo Cor C7"
-    "Qualcomm:YhiYloCorC8""Yhi Ylo Cor C8""Qualcomm:YhiYloCorK0""Yhi Ylo Cor K0"
-    "Qualcomm:YhiYloCorK1""Yhi Ylo Cor K1""Qualcomm:YhiYloCorK2""Yhi Ylo Cor K2"
-    "Gain numérique de l'instantané AEC""Mode de l'Autofocus""Activation du gamma""Type de capteur"
-    "AF-Modus""Modo AF""R2 A blu Stbl 30""R2 A blu Stbl 29""R2 A blu Stbl 28""R2 A blu Stbl 27"
-    "R2 A blu Stbl 26""R2 A blu Stbl 25""R2 A blu Stbl 24""R2 A blu Stbl 23""R2 A blu Stbl 22"
-    "R2 A blu Stbl 21""R2 A blu Stbl 20""R2 A blu Stbl 19""R2 A blu Stbl 18""R2 A blu Stbl 17"
-    "R2 A blu Stbl 16""R2 A blu Stbl 15""R2 A blu Stbl 14""R2 A blu Stbl 13""R2 A blu Stbl 12"
-    "R2 A blu Stbl 11""R2 A blu Stbl 10""R2 A blu Stbl 09""R2 A blu Stbl 08""R2 A blu Stbl 07"
-    "R2 A blu Stbl 06""R2 A blu Stbl 05""R2 A blu Stbl 04""R2 A blu Stbl 03""R2 A blu Stbl 02"
-    "R2 A blu Stbl 01""R2 A blu Stbl 00""R2 A blu Ctbl 31""R2 A blu Ctbl 30""R2 A blu Ctbl 29"
-    "R2 A blu Ctbl 28""R2 A blu Ctbl 27""R2 A blu Ctbl 26""R2 A blu Ctbl 25""R2 A blu Ctbl 24"
-    "R2 A blu Ctbl 23""R2 A blu Ctbl 22""R2 A blu Ctbl 21""R2 A blu Ctbl 20""R2 A blu Ctbl 19"
-    "R2 A blu Ctbl 18""R2 A blu Ctbl 17""R2 A blu Ctbl 16""R2 A blu Ctbl 15""R2 A blu Ctbl 14"
-    "R2 A blu Ctbl 13""R2 A blu Ctbl 12""R2 A blu Ctbl 11""R2 A blu Ctbl 10""R2 A blu Ctbl 09"
-    "R2 A blu Ctbl 08""R2 A blu Ctbl 07""R2 A blu Ctbl 06""R2 A blu Ctbl 05""R2 A blu Ctbl 04"
-    "R2 A blu Ctbl 03""R2 A blu Ctbl 02""R2 A blu Ctbl 01""R2 A blu Ctbl 00""R2 A blu Stbl 31"
-    "R2 A verde Ctbl 00""R2 A verde Ctbl 01""R2 A verde Ctbl 02""R2 A verde Ctbl 03"
-    "R2 A verde Ctbl 04""R2 A verde Ctbl 05""R2 A verde Ctbl 06""R2 A verde Ctbl 07"
-    "R2 A verde Ctbl 08""R2 A verde Ctbl 09""R2 A verde Ctbl 10""R2 A verde Ctbl 11"
-    "R2 A verde Ctbl 12""R2 A verde Ctbl 13""R2 A verde Ctbl 14""R2 A verde Ctbl 15"
-    "R2 A verde Ctbl 16""R2 A verde Ctbl 17""R2 A verde Ctbl 18""R2 A verde Ctbl 19"
-    "R2 A verde Ctbl 20""R2 A verde Ctbl 21""R2 A verde Ctbl 22""R2 A verde Ctbl 23"
-    "R2 A verde Ctbl 24""R2 A verde Ctbl 25""R2 A verde Ctbl 26""R2 A verde Ctbl 27"
-    "R2 A verde Ctbl 28""R2 A verde Ctbl 29""R2 A verde Ctbl 30""R2 A verde Ctbl 31"
-    "R2 A verde Stbl 00""R2 A verde Stbl 01""R2 A verde Stbl 02""R2 A verde Stbl 03"
-    "R2 A verde Stbl 04""R2 A verde Stbl 05""R2 A verde Stbl 06""R2 A verde Stbl 07"
-    "R2 A verde Stbl 08""R2 A verde Stbl 09""R2 A verde Stbl 10""R2 A verde Stbl 11"
-    "R2 A verde Stbl 12""R2 A verde Stbl 13""R2 A verde Stbl 14""R2 A verde Stbl 15"
-    "R2 A verde Stbl 16""R2 A verde Stbl 17""R2 A verde Stbl 18""R2 A verde Stbl 19"
-    "R2 A verde Stbl 20""R2 A verde Stbl 21""R2 A verde Stbl 22""R2 A verde Stbl 23"
-    "R2 A verde Stbl 24""R2 A verde Stbl 25""R2 A verde Stbl 26""R2 A verde Stbl 27"
-    "R2 A verde Stbl 28""R2 A verde Stbl 29""R2 A verde Stbl 30""R2 A verde Stbl 31""R2 A altezza"
-    "R2 A intervalli""R2 A rosso Ctbl 00""R2 A rosso Ctbl 01""R2 A rosso Ctbl 02"
-    "R2 A rosso Ctbl 03""R2 A rosso Ctbl 04""R2 A rosso Ctbl 05""R2 A rosso Ctbl 06"
-    "R2 A rosso Ctbl 07""R2 A rosso Ctbl 08""R2 A rosso Ctbl 09""R2 A rosso Ctbl 10"
-    "R2 A rosso Ctbl 11""R2 A rosso Ctbl 12""R2 A rosso Ctbl 13""R2 A rosso Ctbl 14"
-    "R2 A rosso Ctbl 15""R2 A rosso Ctbl 16""R2 A rosso Ctbl 17""R2 A rosso Ctbl 18"
-    "R2 A rosso Ctbl 19""R2 A rosso Ctbl 20""R2 A rosso Ctbl 21""R2 A rosso Ctbl 22"
-    "R2 A rosso Ctbl 23""R2 A rosso Ctbl 24""R2 A rosso Ctbl 25""R2 A rosso Ctbl 26"
-    "R2 A rosso Ctbl 27""R2 A rosso Ctbl 28""R2 A rosso Ctbl 29""R2 A rosso Ctbl 30"
-    "R2 A rosso Ctbl 31""R2 A rosso Stbl 00""R2 A rosso Stbl 01""R2 A rosso Stbl 02"
-    "R2 A rosso Stbl 03""R2 A rosso Stbl 04""R2 A rosso Stbl 05""R2 A rosso Stbl 06"
-    "R2 A rosso Stbl 07""R2 A rosso Stbl 08""R2 A rosso Stbl 09""R2 A rosso Stbl 10"
-    "R2 A rosso Stbl 11""R2 A rosso Stbl 12""R2 A rosso Stbl 13""R2 A rosso Stbl 14"
-    "R2 A rosso Stbl 15""R2 A rosso Stbl 16""R2 A rosso Stbl 17""R2 A rosso Stbl 18"
-    "R2 A rosso Stbl 19""R2 A rosso Stbl 20""R2 A rosso Stbl 21""R2 A rosso Stbl 22"
-    "R2 A rosso Stbl 23""R2 A rosso Stbl 24""R2 A rosso Stbl 25""R2 A rosso Stbl 26"
-    "R2 A rosso Stbl 27""R2 A rosso Stbl 28""R2 A rosso Stbl 29""R2 A rosso Stbl 30"
-    "R2 A rosso Stbl 31""R2 A larghezza""R2 D65 blu Ctbl 00""R2 D65 blu Ctbl 01""R2 D65 blu Ctbl 02"
-    "R2 D65 blu Ctbl 03""R2 D65 blu Ctbl 04""R2 D65 blu Ctbl 05""R2 D65 blu Ctbl 06"
-    "R2 D65 blu Ctbl 07""R2 D65 blu Ctbl 08""R2 D65 blu Ctbl 09""R2 D65 blu Ctbl 10"
-    "R2 D65 blu Ctbl 11""R2 D65 blu Ctbl 12""R2 D65 blu Ctbl 13""R2 D65 blu Ctbl 14"
-    "R2 D65 blu Ctbl 15""R2 D65 blu Ctbl 16""R2 D65 blu Ctbl 17""R2 D65 blu Ctbl 18"
-    "R2 D65 blu Ctbl 19""R2 D65 blu Ctbl 20""R2 D65 blu Ctbl 21""R2 D65 blu Ctbl 22"
-    "R2 D65 blu Ctbl 23""R2 D65 blu Ctbl 24""R2 D65 blu Ctbl 25""R2 D65 blu Ctbl 26"
-    "R2 D65 blu Ctbl 27""R2 D65 blu Ctbl 28""R2 D65 blu Ctbl 29""R2 D65 blu Ctbl 30"
-    "R2 D65 blu Ctbl 31""R2 D65 blu Stbl 00""R2 D65 blu Stbl 01""R2 D65 blu Stbl 02"
-    "R2 D65 blu Stbl 03""R2 D65 blu Stbl 04""R2 D65 blu Stbl 05""R2 D65 blu Stbl 06"
-    "R2 D65 blu Stbl 07""R2 D65 blu Stbl 08""R2 D65 blu Stbl 09""R2 D65 blu Stbl 10"
-    "R2 D65 blu Stbl 11""R2 D65 blu Stbl 12""R2 D65 blu Stbl 13""R2 D65 blu Stbl 14"
-    "R2 D65 blu Stbl 15""R2 D65 blu Stbl 16""R2 D65 blu Stbl 17""R2 D65 blu Stbl 18"
-    "R2 D65 blu Stbl 19""R2 D65 blu Stbl 20""R2 D65 blu Stbl 21""R2 D65 blu Stbl 22"
-    "R2 D65 blu Stbl 23""R2 D65 blu Stbl 24""R2 D65 blu Stbl 25""R2 D65 blu Stbl 26"
-    "R2 D65 blu Stbl 27""R2 D65 blu Stbl 28""R2 D65 blu Stbl 29""R2 D65 blu Stbl 30"
-    "R2 D65 blu Stbl 31""R2 D65 verde Ctbl 00""R2 D65 verde Ctbl 01""R2 D65 verde Ctbl 02"
-    "R2 D65 verde Ctbl 03""R2 D65 verde Ctbl 04""R2 D65 verde Ctbl 05""R2 D65 verde Ctbl 06"
-    "R2 D65 verde Ctbl 07""R2 D65 verde Ctbl 08""R2 D65 verde Ctbl 09""R2 D65 verde Ctbl 10"
-    "R2 D65 verde Ctbl 11""R2 D65 verde Ctbl 12""R2 D65 verde Ctbl 13""R2 D65 verde Ctbl 14"
-    "R2 D65 verde Ctbl 15""R2 D65 verde Ctbl 16""R2 D65 verde Ctbl 17""R2 D65 verde Ctbl 18"
-    "R2 D65 verde Ctbl 19""R2 D65 verde Ctbl 20""R2 D65 verde Ctbl 21""R2 D65 verde Ctbl 22"
-    "R2 D65 verde Ctbl 23""R2 D65 verde Ctbl 24""R2 D65 verde Ctbl 25""R2 D65 verde Ctbl 26"
-    "R2 D65 verde Ctbl 27""R2 D65 verde Ctbl 28""R2 D65 verde Ctbl 29""R2 D65 verde Ctbl 30"
-    "R2 D65 verde Ctbl 31""R2 D65 verde Stbl 00""R2 D65 verde Stbl 01""R2 D65 verde Stbl 02"
-    "R2 D65 verde Stbl 03""R2 D65 verde Stbl 04""R2 D65 verde Stbl 05""R2 D65 verde Stbl 06"
-    "R2 D65 verde Stbl 07""R2 D65 verde Stbl 08""R2 D65 verde Stbl 09""R2 D65 verde Stbl 10"
-    "R2 D65 verde Stbl 11""R2 D65 verde Stbl 12""R2 D65 verde Stbl 13""R2 D65 verde Stbl 14"
-    "R2 D65 verde Stbl 15""R2 D65 verde Stbl 16""R2 D65 verde Stbl 17""R2 D65 verde Stbl 18"
-    "R2 D65 verde Stbl 19""R2 D65 verde Stbl 20""R2 D65 verde Stbl 21""R2 D65 verde Stbl 22"
-    "R2 D65 verde Stbl 23""R2 D65 verde Stbl 24""R2 D65 verde Stbl 25""R2 D65 verde Stbl 26"
-    "R2 D65 verde Stbl 27""R2 D65 verde Stbl 28""R2 D65 verde Stbl 29""R2 D65 verde Stbl 30"
-    "R2 D65 verde Stbl 31""R2 D65 altezza""R2 D65 intervalli""R2 D65 rosso Ctbl 00"
-    "R2 D65 rosso Ctbl 01""R2 D65 rosso Ctbl 02""R2 D65 rosso Ctbl 03""R2 D65 rosso Ctbl 04"
-    "R2 D65 rosso Ctbl 05""R2 D65 rosso Ctbl 06""R2 D65 rosso Ctbl 07""R2 D65 rosso Ctbl 08"
-    "R2 D65 rosso Ctbl 09""R2 D65 rosso Ctbl 10""R2 D65 rosso Ctbl 11""R2 D65 rosso Ctbl 12"
-    "R2 D65 rosso Ctbl 13""R2 D65 rosso Ctbl 14""R2 D65 rosso Ctbl 15""R2 D65 rosso Ctbl 16"
-    "R2 D65 rosso Ctbl 17""R2 D65 rosso Ctbl 18""R2 D65 rosso Ctbl 19""R2 D65 rosso Ctbl 20"
-    "R2 D65 rosso Ctbl 21""R2 D65 rosso Ctbl 22""R2 D65 rosso Ctbl 23""R2 D65 rosso Ctbl 24"
-    "R2 D65 rosso Ctbl 25""R2 D65 rosso Ctbl 26""R2 D65 rosso Ctbl 27""R2 D65 rosso Ctbl 28"
-    "R2 D65 rosso Ctbl 29""R2 D65 rosso Ctbl 30""R2 D65 rosso Ctbl 31""R2 D65 rosso Stbl 00"
-    "R2 D65 rosso Stbl 01""R2 D65 rosso Stbl 02""R2 D65 rosso Stbl 03""R2 D65 rosso Stbl 04"
-    "R2 D65 rosso Stbl 05""R2 D65 rosso Stbl 06""R2 D65 rosso Stbl 07""R2 D65 rosso Stbl 08"
-    "R2 D65 rosso Stbl 09""R2 D65 rosso Stbl 10""R2 D65 rosso Stbl 11""R2 D65 rosso Stbl 12"
-    "R2 D65 rosso Stbl 13""R2 D65 rosso Stbl 14""R2 D65 rosso Stbl 15""R2 D65 rosso Stbl 16"
-    "R2 D65 rosso Stbl 17""R2 D65 rosso Stbl 18""R2 D65 rosso Stbl 19""R2 D65 rosso Stbl 20"
-    "R2 D65 rosso Stbl 21""R2 D65 rosso Stbl 22""R2 D65 rosso Stbl 23""R2 D65 rosso Stbl 24"
-    "R2 D65 rosso Stbl 25""R2 D65 rosso Stbl 26""R2 D65 rosso Stbl 27""R2 D65 rosso Stbl 28"
-    "R2 D65 rosso Stbl 29""R2 D65 rosso Stbl 30""R2 D65 rosso Stbl 31""R2 D65 larghezza"
-    "R2 TL84 blu Ctbl 00""R2 TL84 blu Ctbl 01""R2 TL84 blu Ctbl 02""R2 TL84 blu Ctbl 03"
-    "R2 TL84 blu Ctbl 04""R2 TL84 blu Ctbl 05""R2 TL84 blu Ctbl 06""R2 TL84 blu Ctbl 07"
-    "R2 TL84 blu Ctbl 08""R2 TL84 blu Ctbl 09""R2 TL84 blu Ctbl 10""R2 TL84 blu Ctbl 11"
-    "R2 TL84 blu Ctbl 12""R2 TL84 blu Ctbl 13""R2 TL84 blu Ctbl 14""R2 TL84 blu Ctbl 15"
-    "R2 TL84 blu Ctbl 16""R2 TL84 blu Ctbl 17""R2 TL84 blu Ctbl 18""R2 TL84 blu Ctbl 19"
-    "R2 TL84 blu Ctbl 20""R2 TL84 blu Ctbl 21""R2 TL84 blu Ctbl 22""R2 TL84 blu Ctbl 23"
-    "R2 TL84 blu Ctbl 24""R2 TL84 blu Ctbl 25""R2 TL84 blu Ctbl 26""R2 TL84 blu Ctbl 27"
-    "R2 TL84 blu Ctbl 28""R2 TL84 blu Ctbl 29""R2 TL84 blu Ctbl 30""R2 TL84 blu Ctbl 31"
-    "R2 TL84 blu Stbl 00""R2 TL84 blu Stbl 01""R2 TL84 blu Stbl 02""R2 TL84 blu Stbl 03"
-    "R2 TL84 blu Stbl 04""R2 TL84 blu Stbl 05""R2 TL84 blu Stbl 06""R2 TL84 blu Stbl 07"
-    "R2 TL84 blu Stbl 08""R2 TL84 blu Stbl 09""R2 TL84 blu Stbl 10""R2 TL84 blu Stbl 11"
-    "R2 TL84 blu Stbl 12""R2 TL84 blu Stbl 13""R2 TL84 blu Stbl 14""R2 TL84 blu Stbl 15"
-    "R2 TL84 blu Stbl 16""R2 TL84 blu Stbl 17""R2 TL84 blu Stbl 18""R2 TL84 blu Stbl 19"
-    "R2 TL84 blu Stbl 20""R2 TL84 blu Stbl 21""R2 TL84 blu Stbl 22""R2 TL84 blu Stbl 23"
-    "R2 TL84 blu Stbl 24""R2 TL84 blu Stbl 25""R2 TL84 blu Stbl 26""R2 TL84 blu Stbl 27"
-    "R2 TL84 blu Stbl 28""R2 TL84 blu Stbl 29""R2 TL84 blu Stbl 30""R2 TL84 blu Stbl 31"
-    "R2 TL84 verde Ctbl 00""R2 TL84 verde Ctbl 01""R2 TL84 verde Ctbl 02""R2 TL84 verde Ctbl 03"
-    "R2 TL84 verde Ctbl 04""R2 TL84 verde Ctbl 05""R2 TL84 verde Ctbl 06""R2 TL84 verde Ctbl 07"
-    "R2 TL84 verde Ctbl 08""R2 TL84 verde Ctbl 09""R2 TL84 verde Ctbl 10""R2 TL84 verde Ctbl 11"
-    "R2 TL84 verde Ctbl 12""R2 TL84 verde Ctbl 13""R2 TL84 verde Ctbl 14""R2 TL84 verde Ctbl 15"
-    "R2 TL84 verde Ctbl 16""R2 TL84 verde Ctbl 17""R2 TL84 verde Ctbl 18""R2 TL84 verde Ctbl 19"
-    "R2 TL84 verde Ctbl 20""R2 TL84 verde Ctbl 21""R2 TL84 verde Ctbl 22""R2 TL84 verde Ctbl 23"
-    "R2 TL84 verde Ctbl 24""R2 TL84 verde Ctbl 25""R2 TL84 verde Ctbl 26""R2 TL84 verde Ctbl 27"
-    "R2 TL84 verde Ctbl 28""R2 TL84 verde Ctbl 29""R2 TL84 verde Ctbl 30""R2 TL84 verde Ctbl 31"
-    "R2 TL84 verde Stbl 00""R2 TL84 verde Stbl 01""R2 TL84 verde Stbl 02""R2 TL84 verde Stbl 03"
-    "R2 TL84 verde Stbl 04""R2 TL84 verde Stbl 05""R2 TL84 verde Stbl 06""R2 TL84 verde Stbl 07"
-    "R2 TL84 verde Stbl 08""R2 TL84 verde Stbl 09""R2 TL84 verde Stbl 10""R2 TL84 verde Stbl 11"
-    "R2 TL84 verde Stbl 12""R2 TL84 verde Stbl 13""R2 TL84 verde Stbl 14""R2 TL84 verde Stbl 15"
-    "R2 TL84 verde Stbl 16""R2 TL84 verde Stbl 17""R2 TL84 verde Stbl 18""R2 TL84 verde Stbl 19"
-    "R2 TL84 verde Stbl 20""R2 TL84 verde Stbl 21""R2 TL84 verde Stbl 22""R2 TL84 verde Stbl 23"
-    "R2 TL84 verde Stbl 24""R2 TL84 verde Stbl 25""R2 TL84 verde Stbl 26""R2 TL84 verde Stbl 27"
-    "R2 TL84 verde Stbl 28""R2 TL84 verde Stbl 29""R2 TL84 verde Stbl 30""R2 TL84 verde Stbl 31"
-    "R2 TL84 altezza""R2 TL84 intervalli""R2 TL84 rosso Ctbl 00""R2 TL84 rosso Ctbl 01"
-    "R2 TL84 rosso Ctbl 02""R2 TL84 rosso Ctbl 03""R2 TL84 rosso Ctbl 04""R2 TL84 rosso Ctbl 05"
-    "R2 TL84 rosso Ctbl 06""R2 TL84 rosso Ctbl 07""R2 TL84 rosso Ctbl 08""R2 TL84 rosso Ctbl 09"
-    "R2 TL84 rosso Ctbl 10""R2 TL84 rosso Ctbl 11""R2 TL84 rosso Ctbl 12""R2 TL84 rosso Ctbl 13"
-    "R2 TL84 rosso Ctbl 14""R2 TL84 rosso Ctbl 15""R2 TL84 rosso Ctbl 16""R2 TL84 rosso Ctbl 17"
-    "R2 TL84 rosso Ctbl 18""R2 TL84 rosso Ctbl 19""R2 TL84 rosso Ctbl 20""R2 TL84 rosso Ctbl 21"
-    "R2 TL84 rosso Ctbl 22""R2 TL84 rosso Ctbl 23""R2 TL84 rosso Ctbl 24""R2 TL84 rosso Ctbl 25"
-    "R2 TL84 rosso Ctbl 26""R2 TL84 rosso Ctbl 27""R2 TL84 rosso Ctbl 28""R2 TL84 rosso Ctbl 29"
-    "R2 TL84 rosso Ctbl 30""R2 TL84 rosso Ctbl 31""R2 TL84 rosso Stbl 00""R2 TL84 rosso Stbl 01"
-    "R2 TL84 rosso Stbl 02""R2 TL84 rosso Stbl 03""R2 TL84 rosso Stbl 04""R2 TL84 rosso Stbl 05"
-    "R2 TL84 rosso Stbl 06""R2 TL84 rosso Stbl 07""R2 TL84 rosso Stbl 08""R2 TL84 rosso Stbl 09"
-    "R2 TL84 rosso Stbl 10""R2 TL84 rosso Stbl 11""R2 TL84 rosso Stbl 12""R2 TL84 rosso Stbl 13"
-    "R2 TL84 rosso Stbl 14""R2 TL84 rosso Stbl 15""R2 TL84 rosso Stbl 16""R2 TL84 rosso Stbl 17"
-    "R2 TL84 rosso Stbl 18""R2 TL84 rosso Stbl 19""R2 TL84 rosso Stbl 20""R2 TL84 rosso Stbl 21"
-    "R2 TL84 rosso Stbl 22""R2 TL84 rosso Stbl 23""R2 TL84 rosso Stbl 24""R2 TL84 rosso Stbl 25"
-    "R2 TL84 rosso Stbl 26""R2 TL84 rosso Stbl 27""R2 TL84 rosso Stbl 28""R2 TL84 rosso Stbl 29"
-    "R2 TL84 rosso Stbl 30""R2 TL84 rosso Stbl 31""R2 TL84 larghezza""Tipo sensore""AFモード";
+    "HJREnable" "HJRMaxNumFrames" "HJR_NReductionFlat" "HJR_NReductionTexture" "HJROneToTwoOffset"
+    "HJRTextureThreshold" "AECAggressiveness" "AECCurrentExpIndex" "AECCurrentSensorLuma"
+    "AECEnable" "AECExposureIndexAdjStep" "AECHighLumaRegionCount" "AECHighLumaRegionThreshold"
+    "AECIndoorIdx" "AECLumaTarget" "AECLumaTolerance" "AECMode" "AECOdoorIdx"
+    "AECOutdoorBrightDiscarded" "AECOutdoorBrightEnable" "AECOutdoorBrightReduction"
+    "AECOutdoorBrightThresholdHI" "AECOutdoorBrightThresholdLO" "AECOutdoorGammaIndex"
+    "AECSnapshotDigitalGain" "AECSnapshotExposureTimeMs" "AECSnapshotLineCount"
+    "AECSnapshotSensorGain" "AECVfeLuma" "AFBoundary" "AFCollectEndStat" "AFEnable" "AFFarEnd"
+    "AFFineSrchPoints" "AFFineStep" "AFFocusTime" "AFGrossStep" "AFMode" "AFNearEnd" "AFPosDefMacro"
+    "AFPosDefNorm" "AFPosition" "AFProcess" "AFResetLensAfterSnap" "AFStepsNearFar"
+    "AFStepsNearInfinity" "AFTestMode" "AFTracePositions00" "AFTracePositions10"
+    "AFTracePositions11" "AFTracePositions12" "AFTracePositions13" "AFTracePositions14"
+    "AFTracePositions15" "AFTracePositions16" "AFTracePositions17" "AFTracePositions18"
+    "AFTracePositions19" "AFTracePositions01" "AFTracePositions20" "AFTracePositions21"
+    "AFTracePositions22" "AFTracePositions23" "AFTracePositions24" "AFTracePositions25"
+    "AFTracePositions26" "AFTracePositions27" "AFTracePositions28" "AFTracePositions29"
+    "AFTracePositions02" "AFTracePositions30" "AFTracePositions31" "AFTracePositions32"
+    "AFTracePositions33" "AFTracePositions34" "AFTracePositions35" "AFTracePositions36"
+    "AFTracePositions37" "AFTracePositions38" "AFTracePositions39" "AFTracePositions03"
+    "AFTracePositions40" "AFTracePositions41" "AFTracePositions42" "AFTracePositions43"
+    "AFTracePositions44" "AFTracePositions45" "AFTracePositions46" "AFTracePositions47"
+    "AFTracePositions48" "AFTracePositions49" "AFTracePositions04" "AFTracePositions05"
+    "AFTracePositions06" "AFTracePositions07" "AFTracePositions08" "AFTracePositions09"
+    "AFTraceStats00" "AFTraceStats10" "AFTraceStats11" "AFTraceStats12" "AFTraceStats13"
+    "AFTraceStats14" "AFTraceStats15" "AFTraceStats16" "AFTraceStats17" "AFTraceStats18"
+    "AFTraceStats19" "AFTraceStats01" "AFTraceStats20" "AFTraceStats21" "AFTraceStats22"
+    "AFTraceStats23" "AFTraceStats24" "AFTraceStats25" "AFTraceStats26" "AFTraceStats27"
+    "AFTraceStats28" "AFTraceStats29" "AFTraceStats02" "AFTraceStats30" "AFTraceStats31"
+    "AFTraceStats32" "AFTraceStats33" "AFTraceStats34" "AFTraceStats35" "AFTraceStats36"
+    "AFTraceStats37" "AFTraceStats38" "AFTraceStats39" "AFTraceStats03" "AFTraceStats40"
+    "AFTraceStats41" "AFTraceStats42" "AFTraceStats43" "AFTraceStats44" "AFTraceStats45"
+    "AFTraceStats46" "AFTraceStats47" "AFTraceStats48" "AFTraceStats49" "AFTraceStats04"
+    "AFTraceStats05" "AFTraceStats06" "AFTraceStats07" "AFTraceStats08" "AFTraceStats09"
+    "AFUndershootProtect" "AFVfeHorzOffset" "AFVfeHorzWidth" "AFVfeMetricMax" "AFVfeVertHeight"
+    "AFVfeVertOffset" "AFREnable" "AFRFaster0ExpMod" "AFRFaster0Trigger" "AFRFaster1ExpMod"
+    "AFRFaster1Trigger" "AFRFaster2ExpMod" "AFRFaster2Trigger" "AFRFaster3ExpMod"
+    "AFRFaster3Trigger" "AFRFaster4ExpMod" "AFRFaster4Trigger" "AFRPossibleFrameCnt"
+    "AFRSlower0ExpMod" "AFRSlower0Trigger" "AFRSlower1ExpMod" "AFRSlower1Trigger" "AFRSlower2ExpMod"
+    "AFRSlower2Trigger" "AFRSlower3ExpMod" "AFRSlower3Trigger" "AFRSlower4ExpMod"
+    "AFRSlower4Trigger" "AntiBadingPixelClk" "AntiBadingPixelClkPerLine" "AntibandingEnable"
+    "ASF3EdgeDetect" "ASF3EdgeFilterA11" "ASF3EdgeFilterA12" "ASF3EdgeFilterA13" "ASF3EdgeFilterA21"
+    "ASF3EdgeFilterA22" "ASF3EdgeFilterA23" "ASF3EdgeFilterA31" "ASF3EdgeFilterA32"
+    "ASF3EdgeFilterA33" "ASF3Enable" "ASF3LowerThreshold" "ASF3NoiseFilterA11" "ASF3NoiseFilterA12"
+    "ASF3NoiseFilterA13" "ASF3NoiseFilterA21" "ASF3NoiseFilterA22" "ASF3NoiseFilterA23"
+    "ASF3NoiseFilterA31" "ASF3NoiseFilterA32" "ASF3NoiseFilterA33" "ASF3UpperThreshold"
+    "ASF5BrtLoThres" "ASF5BrtShrpDegF1" "ASF5BrtShrpDegF2" "ASF5BrtSmthPercent" "ASF5BrtUpThres"
+    "ASF5Enable" "ASF5ExposureIndex1" "ASF5ExposureIndex2" "ASF5Filter1A11" "ASF5Filter1A12"
+    "ASF5Filter1A13" "ASF5Filter1A14" "ASF5Filter1A15" "ASF5Filter1A21" "ASF5Filter1A22"
+    "ASF5Filter1A23" "ASF5Filter1A24" "ASF5Filter1A25" "ASF5Filter1A31" "ASF5Filter1A32"
+    "ASF5Filter1A33" "ASF5Filter1A34" "ASF5Filter1A35" "ASF5Filter1A41" "ASF5Filter1A42"
+    "ASF5Filter1A43" "ASF5Filter1A44" "ASF5Filter1A45" "ASF5Filter1A51" "ASF5Filter1A52"
+    "ASF5Filter1A53" "ASF5Filter1A54" "ASF5Filter1A55" "ASF5Filter2A11" "ASF5Filter2A12"
+    "ASF5Filter2A13" "ASF5Filter2A14" "ASF5Filter2A15" "ASF5Filter2A21" "ASF5Filter2A22"
+    "ASF5Filter2A23" "ASF5Filter2A24" "ASF5Filter2A25" "ASF5Filter2A31" "ASF5Filter2A32"
+    "ASF5Filter2A33" "ASF5Filter2A34" "ASF5Filter2A35" "ASF5Filter2A41" "ASF5Filter2A42"
+    "ASF5Filter2A43" "ASF5Filter2A44" "ASF5Filter2A45" "ASF5Filter2A51" "ASF5Filter2A52"
+    "ASF5Filter2A53" "ASF5Filter2A54" "ASF5Filter2A55" "ASF5FilterMode" "ASF5LowLoThres"
+    "ASF5LowShrpDegF1" "ASF5LowShrpDegF2" "ASF5LowSmthPrcnt" "ASF5LowUpThres" "ASF5LumaFilter00"
+    "ASF5LumaFilter01" "ASF5LumaFilter02" "ASF5LumaFilter03" "ASF5LumaFilter04" "ASF5LumaFilter05"
+    "ASF5LumaFilter06" "ASF5LumaFilter07" "ASF5LumaFilter08" "ASF5MaxExposureIndex" "ASF5NrmLoThres"
+    "ASF5NrmShrpDegF1" "ASF5NrmShrpDegF2" "ASF5NrmSmthPrcnt" "ASF5NrmUpThres" "ASF5NrmizeFactor1"
+    "ASF5NrmizeFactor2" "AWBAggressiveness" "AWBAgwGridDist2Thresh" "AWBAlgorithm" "AWBAveBgRatio"
+    "AWBAveRgRatio" "AWBBlueGainAdjRef1" "AWBBlueGainAdjRef2" "AWBBlueGainAdjRef3"
+    "AWBBlueGainAdjRef4" "AWBBlueGainAdjRef5" "AWBBlueGainAdjRef6" "AWBBlueGainAdjRef7"
+    "AWBBlueGainAdjRef8" "AWBBlueGainRef1" "AWBBlueGainRef2" "AWBBlueGainRef3" "AWBBlueGainRef4"
+    "AWBBlueGainRef5" "AWBBlueGainRef6" "AWBBlueGainRef7" "AWBBlueGainRef8" "AWBCcBias"
+    "AWBCompactClusterR2" "AWBEnable" "AWBGreenOffsetBg" "AWBGreenOffsetRg"
+    "AWBIndoorSampleInfluence" "AWBLoVfeC1" "AWBLoVfeC2" "AWBLoVfeC3" "AWBLoVfeC4" "AWBLoVfeM1"
+    "AWBLoVfeM2" "AWBLoVfeM3" "AWBLoVfeM4" "AWBLoVfeMaxY" "AWBLoVfeMinY" "AWBLowLigColCorEna"
+    "AWBMaxBGain" "AWBMaxGGain" "AWBMaxRGain" "AWBMinBGain" "AWBMinGGain" "AWBMinRGain"
+    "AWBNormVfeC1" "AWBNormVfeC2" "AWBNormVfeC3" "AWBNormVfeC4" "AWBNormVfeM1" "AWBNormVfeM2"
+    "AWBNormVfeM3" "AWBNormVfeM4" "AWBNormVfeMaxY" "AWBNormVfeMinY" "AWBOudorVfeC1" "AWBOudorVfeC2"
+    "AWBOudorVfeC3" "AWBOudorVfeC4" "AWBOudorVfeM1" "AWBOudorVfeM2" "AWBOudorVfeM3" "AWBOudorVfeM4"
+    "AWBOudorVfeMaxY" "AWBOudorVfeMinY" "AWBOutdoorSampleInfluence" "AWBPrevWbBgain"
+    "AWBPrevWbGgain" "AWBPrevWbRgain" "AWBRedGainAdjRef1" "AWBRedGainAdjRef2" "AWBRedGainAdjRef3"
+    "AWBRedGainAdjRef4" "AWBRedGainAdjRef5" "AWBRedGainAdjRef6" "AWBRedGainAdjRef7"
+    "AWBRedGainAdjRef8" "AWBRedGainRef1" "AWBRedGainRef2" "AWBRedGainRef3" "AWBRedGainRef4"
+    "AWBRedGainRef5" "AWBRedGainRef6" "AWBRedGainRef7" "AWBRedGainRef8" "AWBSampleDecision"
+    "AWBSnapshotBGain" "AWBSnapshotRGain" "BlckLvlEvenCols" "BlckLvlOddCols" "CamMclkHz"
+    "ChroSupChroThres1" "ChroSupChroThres2" "ChroSupLumaThres1" "ChroSupLumaThres2"
+    "ChroSupLumaThres3" "ChroSupLumaThres4" "ChromSupress" "ClipToAfRato" "CurrResol"
+    "DayltConvChrmA_M" "DayltConvChrmA_P" "DayltConvChrmB_M" "DayltConvChrmB_P" "DayltConvChrmC_M"
+    "DayltConvChrmC_P" "DayltConvChrmD_M" "DayltConvChrmD_P" "DayltConvChrmKCb" "DayltConvChrmKCr"
+    "DayltConvLumaK" "DayltConvLumaV0" "DayltConvLumaV1" "DayltConvLumaV2" "DefConvChrmA_M"
+    "DefConvChrmA_P" "DefConvChrmB_M" "DefConvChrmB_P" "DefConvChrmC_M" "DefConvChrmC_P"
+    "DefConvChrmD_M" "DefConvChrmD_P" "DefConvChrmKCb" "DefConvChrmKCr" "DefConvLumaK"
+    "DefConvLumaV0" "DefConvLumaV1" "DefConvLumaV2" "DefCorC0" "DefCorC1" "DefCorC2" "DefCorC3"
+    "DefCorC4" "DefCorC5" "DefCorC6" "DefCorC7" "DefCorC8" "DefCorK0" "DefCorK1" "DefCorK2"
+    "DefLumaGammaMode" "DefRgbGammaMode" "DefectPixCorEnable" "DefectPixMaxThresh"
+    "DefectPixMinThresh" "DiscardFrstFrm" "FrmSkipPttrn" "GammaEnable" "IncandConvChrmA_M"
+    "IncandConvChrmA_P" "IncandConvChrmB_M" "IncandConvChrmB_P" "IncandConvChrmC_M"
+    "IncandConvChrmC_P" "IncandConvChrmD_M" "IncandConvChrmD_P" "IncandConvChrmKCb"
+    "IncandConvChrmKCr" "IncandConvLumaK" "IncandConvLumaV0" "IncandConvLumaV1" "IncandConvLumaV2"
+    "LADetect" "LAEnable" "MaxPrviewFps" "MaxVideoFps" "NghtshtFps" "NightshotMode"
+    "OutlierDistance" "PclkInvert" "PrviewFps" "PrviewResol" "R2ABlueCtbl00" "R2ABlueCtbl10"
+    "R2ABlueCtbl11" "R2ABlueCtbl12" "R2ABlueCtbl13" "R2ABlueCtbl14" "R2ABlueCtbl15" "R2ABlueCtbl16"
+    "R2ABlueCtbl17" "R2ABlueCtbl18" "R2ABlueCtbl19" "R2ABlueCtbl01" "R2ABlueCtbl20" "R2ABlueCtbl21"
+    "R2ABlueCtbl22" "R2ABlueCtbl23" "R2ABlueCtbl24" "R2ABlueCtbl25" "R2ABlueCtbl26" "R2ABlueCtbl27"
+    "R2ABlueCtbl28" "R2ABlueCtbl29" "R2ABlueCtbl02" "R2ABlueCtbl30" "R2ABlueCtbl31" "R2ABlueCtbl03"
+    "R2ABlueCtbl04" "R2ABlueCtbl05" "R2ABlueCtbl06" "R2ABlueCtbl07" "R2ABlueCtbl08" "R2ABlueCtbl09"
+    "R2ABlueStbl00" "R2ABlueStbl10" "R2ABlueStbl11" "R2ABlueStbl12" "R2ABlueStbl13" "R2ABlueStbl14"
+    "R2ABlueStbl15" "R2ABlueStbl16" "R2ABlueStbl17" "R2ABlueStbl18" "R2ABlueStbl19" "R2ABlueStbl01"
+    "R2ABlueStbl20" "R2ABlueStbl21" "R2ABlueStbl22" "R2ABlueStbl23" "R2ABlueStbl24" "R2ABlueStbl25"
+    "R2ABlueStbl26" "R2ABlueStbl27" "R2ABlueStbl28" "R2ABlueStbl29" "R2ABlueStbl02" "R2ABlueStbl30"
+    "R2ABlueStbl31" "R2ABlueStbl03" "R2ABlueStbl04" "R2ABlueStbl05" "R2ABlueStbl06" "R2ABlueStbl07"
+    "R2ABlueStbl08" "R2ABlueStbl09" "R2ACx" "R2ACy" "R2AGreenCtbl00" "R2AGreenCtbl10"
+    "R2AGreenCtbl11" "R2AGreenCtbl12" "R2AGreenCtbl13" "R2AGreenCtbl14" "R2AGreenCtbl15"
+    "R2AGreenCtbl16" "R2AGreenCtbl17" "R2AGreenCtbl18" "R2AGreenCtbl19" "R2AGreenCtbl01"
+    "R2AGreenCtbl20" "R2AGreenCtbl21" "R2AGreenCtbl22" "R2AGreenCtbl23" "R2AGreenCtbl24"
+    "R2AGreenCtbl25" "R2AGreenCtbl26" "R2AGreenCtbl27" "R2AGreenCtbl28" "R2AGreenCtbl29"
+    "R2AGreenCtbl02" "R2AGreenCtbl30" "R2AGreenCtbl31" "R2AGreenCtbl03" "R2AGreenCtbl04"
+    "R2AGreenCtbl05" "R2AGreenCtbl06" "R2AGreenCtbl07" "R2AGreenCtbl08" "R2AGreenCtbl09"
+    "R2AGreenStbl00" "R2AGreenStbl10" "R2AGreenStbl11" "R2AGreenStbl12" "R2AGreenStbl13"
+    "R2AGreenStbl14" "R2AGreenStbl15" "R2AGreenStbl16" "R2AGreenStbl17" "R2AGreenStbl18"
+    "R2AGreenStbl19" "R2AGreenStbl01" "R2AGreenStbl20" "R2AGreenStbl21" "R2AGreenStbl22"
+    "R2AGreenStbl23" "R2AGreenStbl24" "R2AGreenStbl25" "R2AGreenStbl26" "R2AGreenStbl27"
+    "R2AGreenStbl28" "R2AGreenStbl29" "R2AGreenStbl02" "R2AGreenStbl30" "R2AGreenStbl31"
+    "R2AGreenStbl03" "R2AGreenStbl04" "R2AGreenStbl05" "R2AGreenStbl06" "R2AGreenStbl07"
+    "R2AGreenStbl08" "R2AGreenStbl09" "R2AHeight" "R2AIntervals" "R2ARedCtbl00" "R2ARedCtbl10"
+    "R2ARedCtbl11" "R2ARedCtbl12" "R2ARedCtbl13" "R2ARedCtbl14" "R2ARedCtbl15" "R2ARedCtbl16"
+    "R2ARedCtbl17" "R2ARedCtbl18" "R2ARedCtbl19" "R2ARedCtbl01" "R2ARedCtbl20" "R2ARedCtbl21"
+    "R2ARedCtbl22" "R2ARedCtbl23" "R2ARedCtbl24" "R2ARedCtbl25" "R2ARedCtbl26" "R2ARedCtbl27"
+    "R2ARedCtbl28" "R2ARedCtbl29" "R2ARedCtbl02" "R2ARedCtbl30" "R2ARedCtbl31" "R2ARedCtbl03"
+    "R2ARedCtbl04" "R2ARedCtbl05" "R2ARedCtbl06" "R2ARedCtbl07" "R2ARedCtbl08" "R2ARedCtbl09"
+    "R2ARedStbl00" "R2ARedStbl10" "R2ARedStbl11" "R2ARedStbl12" "R2ARedStbl13" "R2ARedStbl14"
+    "R2ARedStbl15" "R2ARedStbl16" "R2ARedStbl17" "R2ARedStbl18" "R2ARedStbl19" "R2ARedStbl01"
+    "R2ARedStbl20" "R2ARedStbl21" "R2ARedStbl22" "R2ARedStbl23" "R2ARedStbl24" "R2ARedStbl25"
+    "R2ARedStbl26" "R2ARedStbl27" "R2ARedStbl28" "R2ARedStbl29" "R2ARedStbl02" "R2ARedStbl30"
+    "R2ARedStbl31" "R2ARedStbl03" "R2ARedStbl04" "R2ARedStbl05" "R2ARedStbl06" "R2ARedStbl07"
+    "R2ARedStbl08" "R2ARedStbl09" "R2ATbl00" "R2ATbl10" "R2ATbl11" "R2ATbl12" "R2ATbl13" "R2ATbl14"
+    "R2ATbl15" "R2ATbl16" "R2ATbl17" "R2ATbl18" "R2ATbl19" "R2ATbl01" "R2ATbl20" "R2ATbl21"
+    "R2ATbl22" "R2ATbl23" "R2ATbl24" "R2ATbl25" "R2ATbl26" "R2ATbl27" "R2ATbl28" "R2ATbl29"
+    "R2ATbl02" "R2ATbl30" "R2ATbl31" "R2ATbl03" "R2ATbl04" "R2ATbl05" "R2ATbl06" "R2ATbl07"
+    "R2ATbl08" "R2ATbl09" "R2AWidth" "R2D65BlueCtbl00" "R2D65BlueCtbl10" "R2D65BlueCtbl11"
+    "R2D65BlueCtbl12" "R2D65BlueCtbl13" "R2D65BlueCtbl14" "R2D65BlueCtbl15" "R2D65BlueCtbl16"
+    "R2D65BlueCtbl17" "R2D65BlueCtbl18" "R2D65BlueCtbl19" "R2D65BlueCtbl01" "R2D65BlueCtbl20"
+    "R2D65BlueCtbl21" "R2D65BlueCtbl22" "R2D65BlueCtbl23" "R2D65BlueCtbl24" "R2D65BlueCtbl25"
+    "R2D65BlueCtbl26" "R2D65BlueCtbl27" "R2D65BlueCtbl28" "R2D65BlueCtbl29" "R2D65BlueCtbl02"
+    "R2D65BlueCtbl30" "R2D65BlueCtbl31" "R2D65BlueCtbl03" "R2D65BlueCtbl04" "R2D65BlueCtbl05"
+    "R2D65BlueCtbl06" "R2D65BlueCtbl07" "R2D65BlueCtbl08" "R2D65BlueCtbl09" "R2D65BlueStbl00"
+    "R2D65BlueStbl10" "R2D65BlueStbl11" "R2D65BlueStbl12" "R2D65BlueStbl13" "R2D65BlueStbl14"
+    "R2D65BlueStbl15" "R2D65BlueStbl16" "R2D65BlueStbl17" "R2D65BlueStbl18" "R2D65BlueStbl19"
+    "R2D65BlueStbl01" "R2D65BlueStbl20" "R2D65BlueStbl21" "R2D65BlueStbl22" "R2D65BlueStbl23"
+    "R2D65BlueStbl24" "R2D65BlueStbl25" "R2D65BlueStbl26" "R2D65BlueStbl27" "R2D65BlueStbl28"
+    "R2D65BlueStbl29" "R2D65BlueStbl02" "R2D65BlueStbl30" "R2D65BlueStbl31" "R2D65BlueStbl03"
+    "R2D65BlueStbl04" "R2D65BlueStbl05" "R2D65BlueStbl06" "R2D65BlueStbl07" "R2D65BlueStbl08"
+    "R2D65BlueStbl09" "R2D65Cx" "R2D65Cy" "R2D65GreenCtbl00" "R2D65GreenCtbl10" "R2D65GreenCtbl11"
+    "R2D65GreenCtbl12" "R2D65GreenCtbl13" "R2D65GreenCtbl14" "R2D65GreenCtbl15" "R2D65GreenCtbl16"
+    "R2D65GreenCtbl17" "R2D65GreenCtbl18" "R2D65GreenCtbl19" "R2D65GreenCtbl01" "R2D65GreenCtbl20"
+    "R2D65GreenCtbl21" "R2D65GreenCtbl22" "R2D65GreenCtbl23" "R2D65GreenCtbl24" "R2D65GreenCtbl25"
+    "R2D65GreenCtbl26" "R2D65GreenCtbl27" "R2D65GreenCtbl28" "R2D65GreenCtbl29" "R2D65GreenCtbl02"
+    "R2D65GreenCtbl30" "R2D65GreenCtbl31" "R2D65GreenCtbl03" "R2D65GreenCtbl04" "R2D65GreenCtbl05"
+    "R2D65GreenCtbl06" "R2D65GreenCtbl07" "R2D65GreenCtbl08" "R2D65GreenCtbl09" "R2D65GreenStbl00"
+    "R2D65GreenStbl10" "R2D65GreenStbl11" "R2D65GreenStbl12" "R2D65GreenStbl13" "R2D65GreenStbl14"
+    "R2D65GreenStbl15" "R2D65GreenStbl16" "R2D65GreenStbl17" "R2D65GreenStbl18" "R2D65GreenStbl19"
+    "R2D65GreenStbl01" "R2D65GreenStbl20" "R2D65GreenStbl21" "R2D65GreenStbl22" "R2D65GreenStbl23"
+    "R2D65GreenStbl24" "R2D65GreenStbl25" "R2D65GreenStbl26" "R2D65GreenStbl27" "R2D65GreenStbl28"
+    "R2D65GreenStbl29" "R2D65GreenStbl02" "R2D65GreenStbl30" "R2D65GreenStbl31" "R2D65GreenStbl03"
+    "R2D65GreenStbl04" "R2D65GreenStbl05" "R2D65GreenStbl06" "R2D65GreenStbl07" "R2D65GreenStbl08"
+    "R2D65GreenStbl09" "R2D65Height" "R2D65Intervals" "R2D65RedCtbl00" "R2D65RedCtbl10"
+    "R2D65RedCtbl11" "R2D65RedCtbl12" "R2D65RedCtbl13" "R2D65RedCtbl14" "R2D65RedCtbl15"
+    "R2D65RedCtbl16" "R2D65RedCtbl17" "R2D65RedCtbl18" "R2D65RedCtbl19" "R2D65RedCtbl01"
+    "R2D65RedCtbl20" "R2D65RedCtbl21" "R2D65RedCtbl22" "R2D65RedCtbl23" "R2D65RedCtbl24"
+    "R2D65RedCtbl25" "R2D65RedCtbl26" "R2D65RedCtbl27" "R2D65RedCtbl28" "R2D65RedCtbl29"
+    "R2D65RedCtbl02" "R2D65RedCtbl30" "R2D65RedCtbl31" "R2D65RedCtbl03" "R2D65RedCtbl04"
+    "R2D65RedCtbl05" "R2D65RedCtbl06" "R2D65RedCtbl07" "R2D65RedCtbl08" "R2D65RedCtbl09"
+    "R2D65RedStbl00" "R2D65RedStbl10" "R2D65RedStbl11" "R2D65RedStbl12" "R2D65RedStbl13"
+    "R2D65RedStbl14" "R2D65RedStbl15" "R2D65RedStbl16" "R2D65RedStbl17" "R2D65RedStbl18"
+    "R2D65RedStbl19" "R2D65RedStbl01" "R2D65RedStbl20" "R2D65RedStbl21" "R2D65RedStbl22"
+    "R2D65RedStbl23" "R2D65RedStbl24" "R2D65RedStbl25" "R2D65RedStbl26" "R2D65RedStbl27"
+    "R2D65RedStbl28" "R2D65RedStbl29" "R2D65RedStbl02" "R2D65RedStbl30" "R2D65RedStbl31"
+    "R2D65RedStbl03" "R2D65RedStbl04" "R2D65RedStbl05" "R2D65RedStbl06" "R2D65RedStbl07"
+    "R2D65RedStbl08" "R2D65RedStbl09" "R2D65Tbl00" "R2D65Tbl10" "R2D65Tbl11" "R2D65Tbl12"
+    "R2D65Tbl13" "R2D65Tbl14" "R2D65Tbl15" "R2D65Tbl16" "R2D65Tbl17" "R2D65Tbl18" "R2D65Tbl19"
+    "R2D65Tbl01" "R2D65Tbl20" "R2D65Tbl21" "R2D65Tbl22" "R2D65Tbl23" "R2D65Tbl24" "R2D65Tbl25"
+    "R2D65Tbl26" "R2D65Tbl27" "R2D65Tbl28" "R2D65Tbl29" "R2D65Tbl02" "R2D65Tbl30" "R2D65Tbl31"
+    "R2D65Tbl03" "R2D65Tbl04" "R2D65Tbl05" "R2D65Tbl06" "R2D65Tbl07" "R2D65Tbl08" "R2D65Tbl09"
+    "R2D65Width" "R2TL84BlueCtbl00" "R2TL84BlueCtbl10" "R2TL84BlueCtbl11" "R2TL84BlueCtbl12"
+    "R2TL84BlueCtbl13" "R2TL84BlueCtbl14" "R2TL84BlueCtbl15" "R2TL84BlueCtbl16" "R2TL84BlueCtbl17"
+    "R2TL84BlueCtbl18" "R2TL84BlueCtbl19" "R2TL84BlueCtbl01" "R2TL84BlueCtbl20" "R2TL84BlueCtbl21"
+    "R2TL84BlueCtbl22" "R2TL84BlueCtbl23" "R2TL84BlueCtbl24" "R2TL84BlueCtbl25" "R2TL84BlueCtbl26"
+    "R2TL84BlueCtbl27" "R2TL84BlueCtbl28" "R2TL84BlueCtbl29" "R2TL84BlueCtbl02" "R2TL84BlueCtbl30"
+    "R2TL84BlueCtbl31" "R2TL84BlueCtbl03" "R2TL84BlueCtbl04" "R2TL84BlueCtbl05" "R2TL84BlueCtbl06"
+    "R2TL84BlueCtbl07" "R2TL84BlueCtbl08" "R2TL84BlueCtbl09" "R2TL84BlueStbl00" "R2TL84BlueStbl10"
+    "R2TL84BlueStbl11" "R2TL84BlueStbl12" "R2TL84BlueStbl13" "R2TL84BlueStbl14" "R2TL84BlueStbl15"
+    "R2TL84BlueStbl16" "R2TL84BlueStbl17" "R2TL84BlueStbl18" "R2TL84BlueStbl19" "R2TL84BlueStbl01"
+    "R2TL84BlueStbl20" "R2TL84BlueStbl21" "R2TL84BlueStbl22" "R2TL84BlueStbl23" "R2TL84BlueStbl24"
+    "R2TL84BlueStbl25" "R2TL84BlueStbl26" "R2TL84BlueStbl27" "R2TL84BlueStbl28" "R2TL84BlueStbl29"
+    "R2TL84BlueStbl02" "R2TL84BlueStbl30" "R2TL84BlueStbl31" "R2TL84BlueStbl03" "R2TL84BlueStbl04"
+    "R2TL84BlueStbl05" "R2TL84BlueStbl06" "R2TL84BlueStbl07" "R2TL84BlueStbl08" "R2TL84BlueStbl09"
+    "R2TL84Cx" "R2TL84Cy" "R2TL84GreenCtbl00" "R2TL84GreenCtbl10" "R2TL84GreenCtbl11"
+    "R2TL84GreenCtbl12" "R2TL84GreenCtbl13" "R2TL84GreenCtbl14" "R2TL84GreenCtbl15"
+    "R2TL84GreenCtbl16" "R2TL84GreenCtbl17" "R2TL84GreenCtbl18" "R2TL84GreenCtbl19"
+    "R2TL84GreenCtbl01" "R2TL84GreenCtbl20" "R2TL84GreenCtbl21" "R2TL84GreenCtbl22"
+    "R2TL84GreenCtbl23" "R2TL84GreenCtbl24" "R2TL84GreenCtbl25" "R2TL84GreenCtbl26"
+    "R2TL84GreenCtbl27" "R2TL84GreenCtbl28" "R2TL84GreenCtbl29" "R2TL84GreenCtbl02"
+    "R2TL84GreenCtbl30" "R2TL84GreenCtbl31" "R2TL84GreenCtbl03" "R2TL84GreenCtbl04"
+    "R2TL84GreenCtbl05" "R2TL84GreenCtbl06" "R2TL84GreenCtbl07" "R2TL84GreenCtbl08"
+    "R2TL84GreenCtbl09" "R2TL84GreenStbl00" "R2TL84GreenStbl10" "R2TL84GreenStbl11"
+    "R2TL84GreenStbl12" "R2TL84GreenStbl13" "R2TL84GreenStbl14" "R2TL84GreenStbl15"
+    "R2TL84GreenStbl16" "R2TL84GreenStbl17" "R2TL84GreenStbl18" "R2TL84GreenStbl19"
+    "R2TL84GreenStbl01" "R2TL84GreenStbl20" "R2TL84GreenStbl21" "R2TL84GreenStbl22"
+    "R2TL84GreenStbl23" "R2TL84GreenStbl24" "R2TL84GreenStbl25" "R2TL84GreenStbl26"
+    "R2TL84GreenStbl27" "R2TL84GreenStbl28" "R2TL84GreenStbl29" "R2TL84GreenStbl02"
+    "R2TL84GreenStbl30" "R2TL84GreenStbl31" "R2TL84GreenStbl03" "R2TL84GreenStbl04"
+    "R2TL84GreenStbl05" "R2TL84GreenStbl06" "R2TL84GreenStbl07" "R2TL84GreenStbl08"
+    "R2TL84GreenStbl09" "R2TL84Height" "R2TL84Intervals" "R2TL84RedCtbl00" "R2TL84RedCtbl10"
+    "R2TL84RedCtbl11" "R2TL84RedCtbl12" "R2TL84RedCtbl13" "R2TL84RedCtbl14" "R2TL84RedCtbl15"
+    "R2TL84RedCtbl16" "R2TL84RedCtbl17" "R2TL84RedCtbl18" "R2TL84RedCtbl19" "R2TL84RedCtbl01"
+    "R2TL84RedCtbl20" "R2TL84RedCtbl21" "R2TL84RedCtbl22" "R2TL84RedCtbl23" "R2TL84RedCtbl24"
+    "R2TL84RedCtbl25" "R2TL84RedCtbl26" "R2TL84RedCtbl27" "R2TL84RedCtbl28" "R2TL84RedCtbl29"
+    "R2TL84RedCtbl02" "R2TL84RedCtbl30" "R2TL84RedCtbl31" "R2TL84RedCtbl03" "R2TL84RedCtbl04"
+    "R2TL84RedCtbl05" "R2TL84RedCtbl06" "R2TL84RedCtbl07" "R2TL84RedCtbl08" "R2TL84RedCtbl09"
+    "R2TL84RedStbl00" "R2TL84RedStbl10" "R2TL84RedStbl11" "R2TL84RedStbl12" "R2TL84RedStbl13"
+    "R2TL84RedStbl14" "R2TL84RedStbl15" "R2TL84RedStbl16" "R2TL84RedStbl17" "R2TL84RedStbl18"
+    "R2TL84RedStbl19" "R2TL84RedStbl01" "R2TL84RedStbl20" "R2TL84RedStbl21" "R2TL84RedStbl22"
+    "R2TL84RedStbl23" "R2TL84RedStbl24" "R2TL84RedStbl25" "R2TL84RedStbl26" "R2TL84RedStbl27"
+    "R2TL84RedStbl28" "R2TL84RedStbl29" "R2TL84RedStbl02" "R2TL84RedStbl30" "R2TL84RedStbl31"
+    "R2TL84RedStbl03" "R2TL84RedStbl04" "R2TL84RedStbl05" "R2TL84RedStbl06" "R2TL84RedStbl07"
+    "R2TL84RedStbl08" "R2TL84RedStbl09" "R2TL84Tbl00" "R2TL84Tbl10" "R2TL84Tbl11" "R2TL84Tbl12"
+    "R2TL84Tbl13" "R2TL84Tbl14" "R2TL84Tbl15" "R2TL84Tbl16" "R2TL84Tbl17" "R2TL84Tbl18"
+    "R2TL84Tbl19" "R2TL84Tbl01" "R2TL84Tbl20" "R2TL84Tbl21" "R2TL84Tbl22" "R2TL84Tbl23"
+    "R2TL84Tbl24" "R2TL84Tbl25" "R2TL84Tbl26" "R2TL84Tbl27" "R2TL84Tbl28" "R2TL84Tbl29"
+    "R2TL84Tbl02" "R2TL84Tbl30" "R2TL84Tbl31" "R2TL84Tbl03" "R2TL84Tbl04" "R2TL84Tbl05"
+    "R2TL84Tbl06" "R2TL84Tbl07" "R2TL84Tbl08" "R2TL84Tbl09" "R2TL84Width" "RolloffEnable"
+    "SensorFmt" "SensorType" "SensrFulHght" "SensrFulWdth" "SensrQtrHght" "SensrQtrWdth"
+    "SnapshotResol" "TL84ConvChrmA_M" "TL84ConvChrmA_P" "TL84ConvChrmB_M" "TL84ConvChrmB_P"
+    "TL84ConvChrmC_M" "TL84ConvChrmC_P" "TL84ConvChrmD_M" "TL84ConvChrmD_P" "TL84ConvChrmKCb"
+    "TL84ConvChrmKCr" "TL84ConvLumaK" "TL84ConvLumaV0" "TL84ConvLumaV1" "TL84ConvLumaV2" "VideoFps"
+    "YhiYloConvChrmA_M" "YhiYloConvChrmA_P" "YhiYloConvChrmB_M" "YhiYloConvChrmB_P"
+    "YhiYloConvChrmC_M" "YhiYloConvChrmC_P" "YhiYloConvChrmD_M" "YhiYloConvChrmD_P"
+    "YhiYloConvChrmKCb" "YhiYloConvChrmKCr" "YhiYloConvLumaK" "YhiYloConvLumaV0" "YhiYloConvLumaV1"
+    "YhiYloConvLumaV2" "YhiYloCorC0" "YhiYloCorC1" "YhiYloCorC2" "YhiYloCorC3" "YhiYloCorC4"
+    "YhiYloCorC5" "YhiYloCorC6" "YhiYloCorC7" "YhiYloCorC8" "YhiYloCorK0" "YhiYloCorK1"
+    "YhiYloCorK2" "Qualcomm:AECAggressiveness" "AEC Aggressiveness" "Qualcomm:AECCurrentExpIndex"
+    "AEC Current Exp Index" "Qualcomm:AECCurrentSensorLuma" "AEC Current Sensor Luma"
+    "Qualcomm:AECEnable" "AEC Enable" "Qualcomm:AECExposureIndexAdjStep"
+    "AEC Exposure Index Adj Step" "Qualcomm:AECHighLumaRegionCount" "AEC High Luma Region Count"
+    "Qualcomm:AECHighLumaRegionThreshold" "AEC High Luma Region Threshold" "Qualcomm:AECIndoorIdx"
+    "AEC Indoor Idx" "Qualcomm:AECLumaTarget" "AEC Luma Target" "Qualcomm:AECLumaTolerance"
+    "AEC Luma Tolerance" "Qualcomm:AECMode" "AEC Mode" "Qualcomm:AECOdoorIdx" "AEC Odoor Idx"
+    "Qualcomm:AECOutdoorBrightDiscarded" "AEC Outdoor Bright Discarded"
+    "Qualcomm:AECOutdoorBrightEnable" "AEC Outdoor Bright Enable"
+    "Qualcomm:AECOutdoorBrightReduction" "AEC Outdoor Bright Reduction"
+    "Qualcomm:AECOutdoorBrightThresholdHI" "AEC Outdoor Bright Threshold HI"
+    "Qualcomm:AECOutdoorBrightThresholdLO" "AEC Outdoor Bright Threshold LO"
+    "Qualcomm:AECOutdoorGammaIndex" "AEC Outdoor Gamma Index" "Qualcomm:AECSnapshotDigitalGain"
+    "AEC Snapshot Digital Gain" "Qualcomm:AECSnapshotExposureTimeMs" "AEC Snapshot Exposure Time Ms"
+    "Qualcomm:AECSnapshotLineCount" "AEC Snapshot Line Count" "Qualcomm:AECSnapshotSensorGain"
+    "AEC Snapshot Sensor Gain" "Qualcomm:AECVfeLuma" "AEC Vfe Luma" "Qualcomm:AFBoundary"
+    "AF Boundary" "Qualcomm:AFCollectEndStat" "AF Collect End Stat" "Qualcomm:AFEnable" "AF Enable"
+    "Qualcomm:AFFarEnd" "AF Far End" "Qualcomm:AFFineSrchPoints" "AF Fine Srch Points"
+    "Qualcomm:AFFineStep" "AF Fine Step" "Qualcomm:AFFocusTime" "AF Focus Time"
+    "Qualcomm:AFGrossStep" "AF Gross Step" "Qualcomm:AFMode" "AF Mode" "Qualcomm:AFNearEnd"
+    "AF Near End" "Qualcomm:AFPosDefMacro" "AF Pos Def Macro" "Qualcomm:AFPosDefNorm"
+    "AF Pos Def Norm" "Qualcomm:AFPosition" "AF Position" "Qualcomm:AFProcess" "AF Process"
+    "Qualcomm:AFREnable" "AFR Enable" "Qualcomm:AFRFaster0ExpMod" "AFR Faster 0 Exp Mod"
+    "Qualcomm:AFRFaster0Trigger" "AFR Faster 0 Trigger" "Qualcomm:AFRFaster1ExpMod"
+    "AFR Faster 1 Exp Mod" "Qualcomm:AFRFaster1Trigger" "AFR Faster 1 Trigger"
+    "Qualcomm:AFRFaster2ExpMod" "AFR Faster 2 Exp Mod" "Qualcomm:AFRFaster2Trigger"
+    "AFR Faster 2 Trigger" "Qualcomm:AFRFaster3ExpMod" "AFR Faster 3 Exp Mod"
+    "Qualcomm:AFRFaster3Trigger" "AFR Faster 3 Trigger" "Qualcomm:AFRFaster4ExpMod"
+    "AFR Faster 4 Exp Mod" "Qualcomm:AFRFaster4Trigger" "AFR Faster 4 Trigger"
+    "Qualcomm:AFRPossibleFrameCnt" "AFR Possible Frame Cnt" "Qualcomm:AFRSlower0ExpMod"
+    "AFR Slower 0 Exp Mod" "Qualcomm:AFRSlower0Trigger" "AFR Slower 0 Trigger"
+    "Qualcomm:AFRSlower1ExpMod" "AFR Slower 1 Exp Mod" "Qualcomm:AFRSlower1Trigger"
+    "AFR Slower 1 Trigger" "Qualcomm:AFRSlower2ExpMod" "AFR Slower 2 Exp Mod"
+    "Qualcomm:AFRSlower2Trigger" "AFR Slower 2 Trigger" "Qualcomm:AFRSlower3ExpMod"
+    "AFR Slower 3 Exp Mod" "Qualcomm:AFRSlower3Trigger" "AFR Slower 3 Trigger"
+    "Qualcomm:AFRSlower4ExpMod" "AFR Slower 4 Exp Mod" "Qualcomm:AFRSlower4Trigger"
+    "AFR Slower 4 Trigger" "Qualcomm:AFResetLensAfterSnap" "AF Reset Lens After Snap"
+    "Qualcomm:AFStepsNearFar" "AF Steps Near Far" "Qualcomm:AFStepsNearInfinity"
+    "AF Steps Near Infinity" "Qualcomm:AFTestMode" "AF Test Mode" "Qualcomm:AFTracePositions00"
+    "AF Trace Positions 00" "Qualcomm:AFTracePositions01" "AF Trace Positions 01"
+    "Qualcomm:AFTracePositions02" "AF Trace Positions 02" "Qualcomm:AFTracePositions03"
+    "AF Trace Positions 03" "Qualcomm:AFTracePositions04" "AF Trace Positions 04"
+    "Qualcomm:AFTracePositions05" "AF Trace Positions 05" "Qualcomm:AFTracePositions06"
+    "AF Trace Positions 06" "Qualcomm:AFTracePositions07" "AF Trace Positions 07"
+    "Qualcomm:AFTracePositions08" "AF Trace Positions 08" "Qualcomm:AFTracePositions09"
+    "AF Trace Positions 09" "Qualcomm:AFTracePositions10" "AF Trace Positions 10"
+    "Qualcomm:AFTracePositions11" "AF Trace Positions 11" "Qualcomm:AFTracePositions12"
+    "AF Trace Positions 12" "Qualcomm:AFTracePositions13" "AF Trace Positions 13"
+    "Qualcomm:AFTracePositions14" "AF Trace Positions 14" "Qualcomm:AFTracePositions15"
+    "AF Trace Positions 15" "Qualcomm:AFTracePositions16" "AF Trace Positions 16"
+    "Qualcomm:AFTracePositions17" "AF Trace Positions 17" "Qualcomm:AFTracePositions18"
+    "AF Trace Positions 18" "Qualcomm:AFTracePositions19" "AF Trace Positions 19"
+    "Qualcomm:AFTracePositions20" "AF Trace Positions 20" "Qualcomm:AFTracePositions21"
+    "AF Trace Positions 21" "Qualcomm:AFTracePositions22" "AF Trace Positions 22"
+    "Qualcomm:AFTracePositions23" "AF Trace Positions 23" "Qualcomm:AFTracePositions24"
+    "AF Trace Positions 24" "Qualcomm:AFTracePositions25" "AF Trace Positions 25"
+    "Qualcomm:AFTracePositions26" "AF Trace Positions 26" "Qualcomm:AFTracePositions27"
+    "AF Trace Positions 27" "Qualcomm:AFTracePositions28" "AF Trace Positions 28"
+    "Qualcomm:AFTracePositions29" "AF Trace Positions 29" "Qualcomm:AFTracePositions30"
+    "AF Trace Positions 30" "Qualcomm:AFTracePositions31" "AF Trace Positions 31"
+    "Qualcomm:AFTracePositions32" "AF Trace Positions 32" "Qualcomm:AFTracePositions33"
+    "AF Trace Positions 33" "Qualcomm:AFTracePositions34" "AF Trace Positions 34"
+    "Qualcomm:AFTracePositions35" "AF Trace Positions 35" "Qualcomm:AFTracePositions36"
+    "AF Trace Positions 36" "Qualcomm:AFTracePositions37" "AF Trace Positions 37"
+    "Qualcomm:AFTracePositions38" "AF Trace Positions 38" "Qualcomm:AFTracePositions39"
+    "AF Trace Positions 39" "Qualcomm:AFTracePositions40" "AF Trace Positions 40"
+    "Qualcomm:AFTracePositions41" "AF Trace Positions 41" "Qualcomm:AFTracePositions42"
+    "AF Trace Positions 42" "Qualcomm:AFTracePositions43" "AF Trace Positions 43"
+    "Qualcomm:AFTracePositions44" "AF Trace Positions 44" "Qualcomm:AFTracePositions45"
+    "AF Trace Positions 45" "Qualcomm:AFTracePositions46" "AF Trace Positions 46"
+    "Qualcomm:AFTracePositions47" "AF Trace Positions 47" "Qualcomm:AFTracePositions48"
+    "AF Trace Positions 48" "Qualcomm:AFTracePositions49" "AF Trace Positions 49"
+    "Qualcomm:AFTraceStats00" "AF Trace Stats 00" "Qualcomm:AFTraceStats01" "AF Trace Stats 01"
+    "Qualcomm:AFTraceStats02" "AF Trace Stats 02" "Qualcomm:AFTraceStats03" "AF Trace Stats 03"
+    "Qualcomm:AFTraceStats04" "AF Trace Stats 04" "Qualcomm:AFTraceStats05" "AF Trace Stats 05"
+    "Qualcomm:AFTraceStats06" "AF Trace Stats 06" "Qualcomm:AFTraceStats07" "AF Trace Stats 07"
+    "Qualcomm:AFTraceStats08" "AF Trace Stats 08" "Qualcomm:AFTraceStats09" "AF Trace Stats 09"
+    "Qualcomm:AFTraceStats10" "AF Trace Stats 10" "Qualcomm:AFTraceStats11" "AF Trace Stats 11"
+    "Qualcomm:AFTraceStats12" "AF Trace Stats 12" "Qualcomm:AFTraceStats13" "AF Trace Stats 13"
+    "Qualcomm:AFTraceStats14" "AF Trace Stats 14" "Qualcomm:AFTraceStats15" "AF Trace Stats 15"
+    "Qualcomm:AFTraceStats16" "AF Trace Stats 16" "Qualcomm:AFTraceStats17" "AF Trace Stats 17"
+    "Qualcomm:AFTraceStats18" "AF Trace Stats 18" "Qualcomm:AFTraceStats19" "AF Trace Stats 19"
+    "Qualcomm:AFTraceStats20" "AF Trace Stats 20" "Qualcomm:AFTraceStats21" "AF Trace Stats 21"
+    "Qualcomm:AFTraceStats22" "AF Trace Stats 22" "Qualcomm:AFTraceStats23" "AF Trace Stats 23"
+    "Qualcomm:AFTraceStats24" "AF Trace Stats 24" "Qualcomm:AFTraceStats25" "AF Trace Stats 25"
+    "Qualcomm:AFTraceStats26" "AF Trace Stats 26" "Qualcomm:AFTraceStats27" "AF Trace Stats 27"
+    "Qualcomm:AFTraceStats28" "AF Trace Stats 28" "Qualcomm:AFTraceStats29" "AF Trace Stats 29"
+    "Qualcomm:AFTraceStats30" "AF Trace Stats 30" "Qualcomm:AFTraceStats31" "AF Trace Stats 31"
+    "Qualcomm:AFTraceStats32" "AF Trace Stats 32" "Qualcomm:AFTraceStats33" "AF Trace Stats 33"
+    "Qualcomm:AFTraceStats34" "AF Trace Stats 34" "Qualcomm:AFTraceStats35" "AF Trace Stats 35"
+    "Qualcomm:AFTraceStats36" "AF Trace Stats 36" "Qualcomm:AFTraceStats37" "AF Trace Stats 37"
+    "Qualcomm:AFTraceStats38" "AF Trace Stats 38" "Qualcomm:AFTraceStats39" "AF Trace Stats 39"
+    "Qualcomm:AFTraceStats40" "AF Trace Stats 40" "Qualcomm:AFTraceStats41" "AF Trace Stats 41"
+    "Qualcomm:AFTraceStats42" "AF Trace Stats 42" "Qualcomm:AFTraceStats43" "AF Trace Stats 43"
+    "Qualcomm:AFTraceStats44" "AF Trace Stats 44" "Qualcomm:AFTraceStats45" "AF Trace Stats 45"
+    "Qualcomm:AFTraceStats46" "AF Trace Stats 46" "Qualcomm:AFTraceStats47" "AF Trace Stats 47"
+    "Qualcomm:AFTraceStats48" "AF Trace Stats 48" "Qualcomm:AFTraceStats49" "AF Trace Stats 49"
+    "Qualcomm:AFUndershootProtect" "AF Undershoot Protect" "Qualcomm:AFVfeHorzOffset"
+    "AF Vfe Horz Offset" "Qualcomm:AFVfeHorzWidth" "AF Vfe Horz Width" "Qualcomm:AFVfeMetricMax"
+    "AF Vfe Metric Max" "Qualcomm:AFVfeVertHeight" "AF Vfe Vert Height" "Qualcomm:AFVfeVertOffset"
+    "AF Vfe Vert Offset" "Qualcomm:ASF3EdgeDetect" "ASF3 Edge Detect" "Qualcomm:ASF3EdgeFilterA11"
+    "ASF3 Edge Filter A11" "Qualcomm:ASF3EdgeFilterA12" "ASF3 Edge Filter A12"
+    "Qualcomm:ASF3EdgeFilterA13" "ASF3 Edge Filter A13" "Qualcomm:ASF3EdgeFilterA21"
+    "ASF3 Edge Filter A21" "Qualcomm:ASF3EdgeFilterA22" "ASF3 Edge Filter A22"
+    "Qualcomm:ASF3EdgeFilterA23" "ASF3 Edge Filter A23" "Qualcomm:ASF3EdgeFilterA31"
+    "ASF3 Edge Filter A31" "Qualcomm:ASF3EdgeFilterA32" "ASF3 Edge Filter A32"
+    "Qualcomm:ASF3EdgeFilterA33" "ASF3 Edge Filter A33" "Qualcomm:ASF3Enable" "ASF3 Enable"
+    "Qualcomm:ASF3LowerThreshold" "ASF3 Lower Threshold" "Qualcomm:ASF3NoiseFilterA11"
+    "ASF3 Noise Filter A11" "Qualcomm:ASF3NoiseFilterA12" "ASF3 Noise Filter A12"
+    "Qualcomm:ASF3NoiseFilterA13" "ASF3 Noise Filter A13" "Qualcomm:ASF3NoiseFilterA21"
+    "ASF3 Noise Filter A21" "Qualcomm:ASF3NoiseFilterA22" "ASF3 Noise Filter A22"
+    "Qualcomm:ASF3NoiseFilterA23" "ASF3 Noise Filter A23" "Qualcomm:ASF3NoiseFilterA31"
+    "ASF3 Noise Filter A31" "Qualcomm:ASF3NoiseFilterA32" "ASF3 Noise Filter A32"
+    "Qualcomm:ASF3NoiseFilterA33" "ASF3 Noise Filter A33" "Qualcomm:ASF3UpperThreshold"
+    "ASF3 Upper Threshold" "Qualcomm:ASF5BrtLoThres" "ASF5 Brt Lo Thres" "Qualcomm:ASF5BrtShrpDegF1"
+    "ASF5 Brt Shrp Deg F1" "Qualcomm:ASF5BrtShrpDegF2" "ASF5 Brt Shrp Deg F2"
+    "Qualcomm:ASF5BrtSmthPercent" "ASF5 Brt Smth Percent" "Qualcomm:ASF5BrtUpThres"
+    "ASF5 Brt Up Thres" "Qualcomm:ASF5Enable" "ASF5 Enable" "Qualcomm:ASF5ExposureIndex1"
+    "ASF5 Exposure Index 1" "Qualcomm:ASF5ExposureIndex2" "ASF5 Exposure Index 2"
+    "Qualcomm:ASF5Filter1A11" "ASF5 Filter1 A11" "Qualcomm:ASF5Filter1A12" "ASF5 Filter1 A12"
+    "Qualcomm:ASF5Filter1A13" "ASF5 Filter1 A13" "Qualcomm:ASF5Filter1A14" "ASF5 Filter1 A14"
+    "Qualcomm:ASF5Filter1A15" "ASF5 Filter1 A15" "Qualcomm:ASF5Filter1A21" "ASF5 Filter1 A21"
+    "Qualcomm:ASF5Filter1A22" "ASF5 Filter1 A22" "Qualcomm:ASF5Filter1A23" "ASF5 Filter1 A23"
+    "Qualcomm:ASF5Filter1A24" "ASF5 Filter1 A24" "Qualcomm:ASF5Filter1A25" "ASF5 Filter1 A25"
+    "Qualcomm:ASF5Filter1A31" "ASF5 Filter1 A31" "Qualcomm:ASF5Filter1A32" "ASF5 Filter1 A32"
+    "Qualcomm:ASF5Filter1A33" "ASF5 Filter1 A33" "Qualcomm:ASF5Filter1A34" "ASF5 Filter1 A34"
+    "Qualcomm:ASF5Filter1A35" "ASF5 Filter1 A35" "Qualcomm:ASF5Filter1A41" "ASF5 Filter1 A41"
+    "Qualcomm:ASF5Filter1A42" "ASF5 Filter1 A42" "Qualcomm:ASF5Filter1A43" "ASF5 Filter1 A43"
+    "Qualcomm:ASF5Filter1A44" "ASF5 Filter1 A44" "Qualcomm:ASF5Filter1A45" "ASF5 Filter1 A45"
+    "Qualcomm:ASF5Filter1A51" "ASF5 Filter1 A51" "Qualcomm:ASF5Filter1A52" "ASF5 Filter1 A52"
+    "Qualcomm:ASF5Filter1A53" "ASF5 Filter1 A53" "Qualcomm:ASF5Filter1A54" "ASF5 Filter1 A54"
+    "Qualcomm:ASF5Filter1A55" "ASF5 Filter1 A55" "Qualcomm:ASF5Filter2A11" "ASF5 Filter2 A11"
+    "Qualcomm:ASF5Filter2A12" "ASF5 Filter2 A12" "Qualcomm:ASF5Filter2A13" "ASF5 Filter2 A13"
+    "Qualcomm:ASF5Filter2A14" "ASF5 Filter2 A14" "Qualcomm:ASF5Filter2A15" "ASF5 Filter2 A15"
+    "Qualcomm:ASF5Filter2A21" "ASF5 Filter2 A21" "Qualcomm:ASF5Filter2A22" "ASF5 Filter2 A22"
+    "Qualcomm:ASF5Filter2A23" "ASF5 Filter2 A23" "Qualcomm:ASF5Filter2A24" "ASF5 Filter2 A24"
+    "Qualcomm:ASF5Filter2A25" "ASF5 Filter2 A25" "Qualcomm:ASF5Filter2A31" "ASF5 Filter2 A31"
+    "Qualcomm:ASF5Filter2A32" "ASF5 Filter2 A32" "Qualcomm:ASF5Filter2A33" "ASF5 Filter2 A33"
+    "Qualcomm:ASF5Filter2A34" "ASF5 Filter2 A34" "Qualcomm:ASF5Filter2A35" "ASF5 Filter2 A35"
+    "Qualcomm:ASF5Filter2A41" "ASF5 Filter2 A41" "Qualcomm:ASF5Filter2A42" "ASF5 Filter2 A42"
+    "Qualcomm:ASF5Filter2A43" "ASF5 Filter2 A43" "Qualcomm:ASF5Filter2A44" "ASF5 Filter2 A44"
+    "Qualcomm:ASF5Filter2A45" "ASF5 Filter2 A45" "Qualcomm:ASF5Filter2A51" "ASF5 Filter2 A51"
+    "Qualcomm:ASF5Filter2A52" "ASF5 Filter2 A52" "Qualcomm:ASF5Filter2A53" "ASF5 Filter2 A53"
+    "Qualcomm:ASF5Filter2A54" "ASF5 Filter2 A54" "Qualcomm:ASF5Filter2A55" "ASF5 Filter2 A55"
+    "Qualcomm:ASF5FilterMode" "ASF5 Filter Mode" "Qualcomm:ASF5LowLoThres" "ASF5 Low Lo Thres"
+    "Qualcomm:ASF5LowShrpDegF1" "ASF5 Low Shrp Deg F1" "Qualcomm:ASF5LowShrpDegF2"
+    "ASF5 Low Shrp Deg F2" "Qualcomm:ASF5LowSmthPrcnt" "ASF5 Low Smth Prcnt"
+    "Qualcomm:ASF5LowUpThres" "ASF5 Low Up Thres" "Qualcomm:ASF5LumaFilter00" "ASF5 Luma Filter 00"
+    "Qualcomm:ASF5LumaFilter01" "ASF5 Luma Filter 01" "Qualcomm:ASF5LumaFilter02"
+    "ASF5 Luma Filter 02" "Qualcomm:ASF5LumaFilter03" "ASF5 Luma Filter 03"
+    "Qualcomm:ASF5LumaFilter04" "ASF5 Luma Filter 04" "Qualcomm:ASF5LumaFilter05"
+    "ASF5 Luma Filter 05" "Qualcomm:ASF5LumaFilter06" "ASF5 Luma Filter 06"
+    "Qualcomm:ASF5LumaFilter07" "ASF5 Luma Filter 07" "Qualcomm:ASF5LumaFilter08"
+    "ASF5 Luma Filter 08" "Qualcomm:ASF5MaxExposureIndex" "ASF5 Max Exposure Index"
+    "Qualcomm:ASF5NrmLoThres" "ASF5 Nrm Lo Thres" "Qualcomm:ASF5NrmShrpDegF1" "ASF5 Nrm Shrp Deg F1"
+    "Qualcomm:ASF5NrmShrpDegF2" "ASF5 Nrm Shrp Deg F2" "Qualcomm:ASF5NrmSmthPrcnt"
+    "ASF5 Nrm Smth Prcnt" "Qualcomm:ASF5NrmUpThres" "ASF5 Nrm Up Thres" "Qualcomm:ASF5NrmizeFactor1"
+    "ASF5 Nrmize Factor1" "Qualcomm:ASF5NrmizeFactor2" "ASF5 Nrmize Factor2"
+    "Qualcomm:AWBAggressiveness" "AWB Aggressiveness" "Qualcomm:AWBAgwGridDist2Thresh"
+    "AWB Agw Grid Dist 2 Thresh" "Qualcomm:AWBAlgorithm" "AWB Algorithm" "Qualcomm:AWBAveBgRatio"
+    "AWB Ave Bg Ratio" "Qualcomm:AWBAveRgRatio" "AWB Ave Rg Ratio" "Qualcomm:AWBBlueGainAdjRef1"
+    "AWB Blue Gain Adj Ref1" "Qualcomm:AWBBlueGainAdjRef2" "AWB Blue Gain Adj Ref2"
+    "Qualcomm:AWBBlueGainAdjRef3" "AWB Blue Gain Adj Ref3" "Qualcomm:AWBBlueGainAdjRef4"
+    "AWB Blue Gain Adj Ref4" "Qualcomm:AWBBlueGainAdjRef5" "AWB Blue Gain Adj Ref5"
+    "Qualcomm:AWBBlueGainAdjRef6" "AWB Blue Gain Adj Ref6" "Qualcomm:AWBBlueGainAdjRef7"
+    "AWB Blue Gain Adj Ref7" "Qualcomm:AWBBlueGainAdjRef8" "AWB Blue Gain Adj Ref8"
+    "Qualcomm:AWBBlueGainRef1" "AWB Blue Gain Ref1" "Qualcomm:AWBBlueGainRef2" "AWB Blue Gain Ref2"
+    "Qualcomm:AWBBlueGainRef3" "AWB Blue Gain Ref3" "Qualcomm:AWBBlueGainRef4" "AWB Blue Gain Ref4"
+    "Qualcomm:AWBBlueGainRef5" "AWB Blue Gain Ref5" "Qualcomm:AWBBlueGainRef6" "AWB Blue Gain Ref6"
+    "Qualcomm:AWBBlueGainRef7" "AWB Blue Gain Ref7" "Qualcomm:AWBBlueGainRef8" "AWB Blue Gain Ref8"
+    "Qualcomm:AWBCcBias" "AWB Cc Bias" "Qualcomm:AWBCompactClusterR2" "AWB Compact Cluster R2"
+    "Qualcomm:AWBEnable" "AWB Enable" "Qualcomm:AWBGreenOffsetBg" "AWB Green Offset Bg"
+    "Qualcomm:AWBGreenOffsetRg" "AWB Green Offset Rg" "Qualcomm:AWBIndoorSampleInfluence"
+    "AWB Indoor Sample Influence" "Qualcomm:AWBLoVfeC1" "AWB Lo Vfe C1" "Qualcomm:AWBLoVfeC2"
+    "AWB Lo Vfe C2" "Qualcomm:AWBLoVfeC3" "AWB Lo Vfe C3" "Qualcomm:AWBLoVfeC4" "AWB Lo Vfe C4"
+    "Qualcomm:AWBLoVfeM1" "AWB Lo Vfe M1" "Qualcomm:AWBLoVfeM2" "AWB Lo Vfe M2"
+    "Qualcomm:AWBLoVfeM3" "AWB Lo Vfe M3" "Qualcomm:AWBLoVfeM4" "AWB Lo Vfe M4"
+    "Qualcomm:AWBLoVfeMaxY" "AWB Lo Vfe Max Y" "Qualcomm:AWBLoVfeMinY" "AWB Lo Vfe Min Y"
+    "Qualcomm:AWBLowLigColCorEna" "AWB Low Lig Col Cor Ena" "Qualcomm:AWBMaxBGain" "AWB Max B Gain"
+    "Qualcomm:AWBMaxGGain" "AWB Max G Gain" "Qualcomm:AWBMaxRGain" "AWB Max R Gain"
+    "Qualcomm:AWBMinBGain" "AWB Min B Gain" "Qualcomm:AWBMinGGain" "AWB Min G Gain"
+    "Qualcomm:AWBMinRGain" "AWB Min R Gain" "Qualcomm:AWBNormVfeC1" "AWB Norm Vfe C1"
+    "Qualcomm:AWBNormVfeC2" "AWB Norm Vfe C2" "Qualcomm:AWBNormVfeC3" "AWB Norm Vfe C3"
+    "Qualcomm:AWBNormVfeC4" "AWB Norm Vfe C4" "Qualcomm:AWBNormVfeM1" "AWB Norm Vfe M1"
+    "Qualcomm:AWBNormVfeM2" "AWB Norm Vfe M2" "Qualcomm:AWBNormVfeM3" "AWB Norm Vfe M3"
+    "Qualcomm:AWBNormVfeM4" "AWB Norm Vfe M4" "Qualcomm:AWBNormVfeMaxY" "AWB Norm Vfe Max Y"
+    "Qualcomm:AWBNormVfeMinY" "AWB Norm Vfe Min Y" "Qualcomm:AWBOudorVfeC1" "AWB Oudor Vfe C1"
+    "Qualcomm:AWBOudorVfeC2" "AWB Oudor Vfe C2" "Qualcomm:AWBOudorVfeC3" "AWB Oudor Vfe C3"
+    "Qualcomm:AWBOudorVfeC4" "AWB Oudor Vfe C4" "Qualcomm:AWBOudorVfeM1" "AWB Oudor Vfe M1"
+    "Qualcomm:AWBOudorVfeM2" "AWB Oudor Vfe M2" "Qualcomm:AWBOudorVfeM3" "AWB Oudor Vfe M3"
+    "Qualcomm:AWBOudorVfeM4" "AWB Oudor Vfe M4" "Qualcomm:AWBOudorVfeMaxY" "AWB Oudor Vfe Max Y"
+    "Qualcomm:AWBOudorVfeMinY" "AWB Oudor Vfe Min Y" "Qualcomm:AWBOutdoorSampleInfluence"
+    "AWB Outdoor Sample Influence" "Qualcomm:AWBPrevWbBgain" "AWB Prev Wb Bgain"
+    "Qualcomm:AWBPrevWbGgain" "AWB Prev Wb Ggain" "Qualcomm:AWBPrevWbRgain" "AWB Prev Wb Rgain"
+    "Qualcomm:AWBRedGainAdjRef1" "AWB Red Gain Adj Ref1" "Qualcomm:AWBRedGainAdjRef2"
+    "AWB Red Gain Adj Ref2" "Qualcomm:AWBRedGainAdjRef3" "AWB Red Gain Adj Ref3"
+    "Qualcomm:AWBRedGainAdjRef4" "AWB Red Gain Adj Ref4" "Qualcomm:AWBRedGainAdjRef5"
+    "AWB Red Gain Adj Ref5" "Qualcomm:AWBRedGainAdjRef6" "AWB Red Gain Adj Ref6"
+    "Qualcomm:AWBRedGainAdjRef7" "AWB Red Gain Adj Ref7" "Qualcomm:AWBRedGainAdjRef8"
+    "AWB Red Gain Adj Ref8" "Qualcomm:AWBRedGainRef1" "AWB Red Gain Ref1" "Qualcomm:AWBRedGainRef2"
+    "AWB Red Gain Ref2" "Qualcomm:AWBRedGainRef3" "AWB Red Gain Ref3" "Qualcomm:AWBRedGainRef4"
+    "AWB Red Gain Ref4" "Qualcomm:AWBRedGainRef5" "AWB Red Gain Ref5" "Qualcomm:AWBRedGainRef6"
+    "AWB Red Gain Ref6" "Qualcomm:AWBRedGainRef7" "AWB Red Gain Ref7" "Qualcomm:AWBRedGainRef8"
+    "AWB Red Gain Ref8" "Qualcomm:AWBSampleDecision" "AWB Sample Decision"
+    "Qualcomm:AWBSnapshotBGain" "AWB Snapshot B Gain" "Qualcomm:AWBSnapshotRGain"
+    "AWB Snapshot R Gain" "Qualcomm:AntiBadingPixelClk" "Anti Bading Pixel Clk"
+    "Qualcomm:AntiBadingPixelClkPerLine" "Anti Bading Pixel Clk Per Line"
+    "Qualcomm:AntibandingEnable" "Antibanding Enable" "Qualcomm:BlckLvlEvenCols"
+    "Blck Lvl Even Cols" "Qualcomm:BlckLvlOddCols" "Blck Lvl Odd Cols" "Qualcomm:CamMclkHz"
+    "Cam Mclk Hz" "Qualcomm:ChroSupChroThres1" "Chro Sup Chro Thres 1" "Qualcomm:ChroSupChroThres2"
+    "Chro Sup Chro Thres 2" "Qualcomm:ChroSupLumaThres1" "Chro Sup Luma Thres 1"
+    "Qualcomm:ChroSupLumaThres2" "Chro Sup Luma Thres 2" "Qualcomm:ChroSupLumaThres3"
+    "Chro Sup Luma Thres 3" "Qualcomm:ChroSupLumaThres4" "Chro Sup Luma Thres 4"
+    "Qualcomm:ChromSupress" "Chrom Supress" "Qualcomm:ClipToAfRato" "Clip To Af Rato"
+    "Qualcomm:CurrResol" "Curr Resol" "Qualcomm:DayltConvChrmA_M" "Daylt Conv Chrm A M"
+    "Qualcomm:DayltConvChrmA_P" "Daylt Conv Chrm A P" "Qualcomm:DayltConvChrmB_M"
+    "Daylt Conv Chrm B M" "Qualcomm:DayltConvChrmB_P" "Daylt Conv Chrm B P"
+    "Qualcomm:DayltConvChrmC_M" "Daylt Conv Chrm C M" "Qualcomm:DayltConvChrmC_P"
+    "Daylt Conv Chrm C P" "Qualcomm:DayltConvChrmD_M" "Daylt Conv Chrm D M"
+    "Qualcomm:DayltConvChrmD_P" "Daylt Conv Chrm D P" "Qualcomm:DayltConvChrmKCb"
+    "Daylt Conv Chrm K Cb" "Qualcomm:DayltConvChrmKCr" "Daylt Conv Chrm K Cr"
+    "Qualcomm:DayltConvLumaK" "Daylt Conv Luma K" "Qualcomm:DayltConvLumaV0" "Daylt Conv Luma V0"
+    "Qualcomm:DayltConvLumaV1" "Daylt Conv Luma V1" "Qualcomm:DayltConvLumaV2" "Daylt Conv Luma V2"
+    "Qualcomm:DefConvChrmA_M" "Def Conv Chrm A M" "Qualcomm:DefConvChrmA_P" "Def Conv Chrm A P"
+    "Qualcomm:DefConvChrmB_M" "Def Conv Chrm B M" "Qualcomm:DefConvChrmB_P" "Def Conv Chrm B P"
+    "Qualcomm:DefConvChrmC_M" "Def Conv Chrm C M" "Qualcomm:DefConvChrmC_P" "Def Conv Chrm C P"
+    "Qualcomm:DefConvChrmD_M" "Def Conv Chrm D M" "Qualcomm:DefConvChrmD_P" "Def Conv Chrm D P"
+    "Qualcomm:DefConvChrmKCb" "Def Conv Chrm K Cb" "Qualcomm:DefConvChrmKCr" "Def Conv Chrm K Cr"
+    "Qualcomm:DefConvLumaK" "Def Conv Luma K" "Qualcomm:DefConvLumaV0" "Def Conv Luma V0"
+    "Qualcomm:DefConvLumaV1" "Def Conv Luma V1" "Qualcomm:DefConvLumaV2" "Def Conv Luma V2"
+    "Qualcomm:DefCorC0" "Def Cor C0" "Qualcomm:DefCorC1" "Def Cor C1" "Qualcomm:DefCorC2"
+    "Def Cor C2" "Qualcomm:DefCorC3" "Def Cor C3" "Qualcomm:DefCorC4" "Def Cor C4"
+    "Qualcomm:DefCorC5" "Def Cor C5" "Qualcomm:DefCorC6" "Def Cor C6" "Qualcomm:DefCorC7"
+    "Def Cor C7" "Qualcomm:DefCorC8" "Def Cor C8" "Qualcomm:DefCorK0" "Def Cor K0"
+    "Qualcomm:DefCorK1" "Def Cor K1" "Qualcomm:DefCorK2" "Def Cor K2" "Qualcomm:DefLumaGammaMode"
+    "Def Luma Gamma Mode" "Qualcomm:DefRgbGammaMode" "Def Rgb Gamma Mode"
+    "Qualcomm:DefectPixCorEnable" "Defect Pix Cor Enable" "Qualcomm:DefectPixMaxThresh"
+    "Defect Pix Max Thresh" "Qualcomm:DefectPixMinThresh" "Defect Pix Min Thresh"
+    "Qualcomm:DiscardFrstFrm" "Discard Frst Frm" "Qualcomm:FrmSkipPttrn" "Frm Skip Pttrn"
+    "Qualcomm:GammaEnable" "Gamma Enable" "Qualcomm:HJREnable" "HJR Enable"
+    "Qualcomm:HJRMaxNumFrames" "HJR Max Num Frames" "Qualcomm:HJROneToTwoOffset"
+    "HJR One To Two Offset" "Qualcomm:HJRTextureThreshold" "HJR Texture Threshold"
+    "Qualcomm:HJR_NReductionFlat" "HJR N Reduction Flat" "Qualcomm:HJR_NReductionTexture"
+    "HJR N Reduction Texture" "Qualcomm:IncandConvChrmA_M" "Incand Conv Chrm A M"
+    "Qualcomm:IncandConvChrmA_P" "Incand Conv Chrm A P" "Qualcomm:IncandConvChrmB_M"
+    "Incand Conv Chrm B M" "Qualcomm:IncandConvChrmB_P" "Incand Conv Chrm B P"
+    "Qualcomm:IncandConvChrmC_M" "Incand Conv Chrm C M" "Qualcomm:IncandConvChrmC_P"
+    "Incand Conv Chrm C P" "Qualcomm:IncandConvChrmD_M" "Incand Conv Chrm D M"
+    "Qualcomm:IncandConvChrmD_P" "Incand Conv Chrm D P" "Qualcomm:IncandConvChrmKCb"
+    "Incand Conv Chrm K Cb" "Qualcomm:IncandConvChrmKCr" "Incand Conv Chrm K Cr"
+    "Qualcomm:IncandConvLumaK" "Incand Conv Luma K" "Qualcomm:IncandConvLumaV0"
+    "Incand Conv Luma V0" "Qualcomm:IncandConvLumaV1" "Incand Conv Luma V1"
+    "Qualcomm:IncandConvLumaV2" "Incand Conv Luma V2" "Qualcomm:LADetect" "LA Detect"
+    "Qualcomm:LAEnable" "LA Enable" "Qualcomm:MaxPrviewFps" "Max Prview Fps" "Qualcomm:MaxVideoFps"
+    "Max Video Fps" "Qualcomm:NghtshtFps" "Nghtsht Fps" "Qualcomm:NightshotMode" "Nightshot Mode"
+    "Qualcomm:OutlierDistance" "Outlier Distance" "Qualcomm:PclkInvert" "Pclk Invert"
+    "Qualcomm:PrviewFps" "Prview Fps" "Qualcomm:PrviewResol" "Prview Resol" "Qualcomm:R2ABlueCtbl00"
+    "R2 A Blue Ctbl 00" "Qualcomm:R2ABlueCtbl01" "R2 A Blue Ctbl 01" "Qualcomm:R2ABlueCtbl02"
+    "R2 A Blue Ctbl 02" "Qualcomm:R2ABlueCtbl03" "R2 A Blue Ctbl 03" "Qualcomm:R2ABlueCtbl04"
+    "R2 A Blue Ctbl 04" "Qualcomm:R2ABlueCtbl05" "R2 A Blue Ctbl 05" "Qualcomm:R2ABlueCtbl06"
+    "R2 A Blue Ctbl 06" "Qualcomm:R2ABlueCtbl07" "R2 A Blue Ctbl 07" "Qualcomm:R2ABlueCtbl08"
+    "R2 A Blue Ctbl 08" "Qualcomm:R2ABlueCtbl09" "R2 A Blue Ctbl 09" "Qualcomm:R2ABlueCtbl10"
+    "R2 A Blue Ctbl 10" "Qualcomm:R2ABlueCtbl11" "R2 A Blue Ctbl 11" "Qualcomm:R2ABlueCtbl12"
+    "R2 A Blue Ctbl 12" "Qualcomm:R2ABlueCtbl13" "R2 A Blue Ctbl 13" "Qualcomm:R2ABlueCtbl14"
+    "R2 A Blue Ctbl 14" "Qualcomm:R2ABlueCtbl15" "R2 A Blue Ctbl 15" "Qualcomm:R2ABlueCtbl16"
+    "R2 A Blue Ctbl 16" "Qualcomm:R2ABlueCtbl17" "R2 A Blue Ctbl 17" "Qualcomm:R2ABlueCtbl18"
+    "R2 A Blue Ctbl 18" "Qualcomm:R2ABlueCtbl19" "R2 A Blue Ctbl 19" "Qualcomm:R2ABlueCtbl20"
+    "R2 A Blue Ctbl 20" "Qualcomm:R2ABlueCtbl21" "R2 A Blue Ctbl 21" "Qualcomm:R2ABlueCtbl22"
+    "R2 A Blue Ctbl 22" "Qualcomm:R2ABlueCtbl23" "R2 A Blue Ctbl 23" "Qualcomm:R2ABlueCtbl24"
+    "R2 A Blue Ctbl 24" "Qualcomm:R2ABlueCtbl25" "R2 A Blue Ctbl 25" "Qualcomm:R2ABlueCtbl26"
+    "R2 A Blue Ctbl 26" "Qualcomm:R2ABlueCtbl27" "R2 A Blue Ctbl 27" "Qualcomm:R2ABlueCtbl28"
+    "R2 A Blue Ctbl 28" "Qualcomm:R2ABlueCtbl29" "R2 A Blue Ctbl 29" "Qualcomm:R2ABlueCtbl30"
+    "R2 A Blue Ctbl 30" "Qualcomm:R2ABlueCtbl31" "R2 A Blue Ctbl 31" "Qualcomm:R2ABlueStbl00"
+    "R2 A Blue Stbl 00" "Qualcomm:R2ABlueStbl01" "R2 A Blue Stbl 01" "Qualcomm:R2ABlueStbl02"
+    "R2 A Blue Stbl 02" "Qualcomm:R2ABlueStbl03" "R2 A Blue Stbl 03" "Qualcomm:R2ABlueStbl04"
+    "R2 A Blue Stbl 04" "Qualcomm:R2ABlueStbl05" "R2 A Blue Stbl 05" "Qualcomm:R2ABlueStbl06"
+    "R2 A Blue Stbl 06" "Qualcomm:R2ABlueStbl07" "R2 A Blue Stbl 07" "Qualcomm:R2ABlueStbl08"
+    "R2 A Blue Stbl 08" "Qualcomm:R2ABlueStbl09" "R2 A Blue Stbl 09" "Qualcomm:R2ABlueStbl10"
+    "R2 A Blue Stbl 10" "Qualcomm:R2ABlueStbl11" "R2 A Blue Stbl 11" "Qualcomm:R2ABlueStbl12"
+    "R2 A Blue Stbl 12" "Qualcomm:R2ABlueStbl13" "R2 A Blue Stbl 13" "Qualcomm:R2ABlueStbl14"
+    "R2 A Blue Stbl 14" "Qualcomm:R2ABlueStbl15" "R2 A Blue Stbl 15" "Qualcomm:R2ABlueStbl16"
+    "R2 A Blue Stbl 16" "Qualcomm:R2ABlueStbl17" "R2 A Blue Stbl 17" "Qualcomm:R2ABlueStbl18"
+    "R2 A Blue Stbl 18" "Qualcomm:R2ABlueStbl19" "R2 A Blue Stbl 19" "Qualcomm:R2ABlueStbl20"
+    "R2 A Blue Stbl 20" "Qualcomm:R2ABlueStbl21" "R2 A Blue Stbl 21" "Qualcomm:R2ABlueStbl22"
+    "R2 A Blue Stbl 22" "Qualcomm:R2ABlueStbl23" "R2 A Blue Stbl 23" "Qualcomm:R2ABlueStbl24"
+    "R2 A Blue Stbl 24" "Qualcomm:R2ABlueStbl25" "R2 A Blue Stbl 25" "Qualcomm:R2ABlueStbl26"
+    "R2 A Blue Stbl 26" "Qualcomm:R2ABlueStbl27" "R2 A Blue Stbl 27" "Qualcomm:R2ABlueStbl28"
+    "R2 A Blue Stbl 28" "Qualcomm:R2ABlueStbl29" "R2 A Blue Stbl 29" "Qualcomm:R2ABlueStbl30"
+    "R2 A Blue Stbl 30" "Qualcomm:R2ABlueStbl31" "R2 A Blue Stbl 31" "Qualcomm:R2ACx" "R2 A Cx"
+    "Qualcomm:R2ACy" "R2 A Cy" "Qualcomm:R2AGreenCtbl00" "R2 A Green Ctbl 00"
+    "Qualcomm:R2AGreenCtbl01" "R2 A Green Ctbl 01" "Qualcomm:R2AGreenCtbl02" "R2 A Green Ctbl 02"
+    "Qualcomm:R2AGreenCtbl03" "R2 A Green Ctbl 03" "Qualcomm:R2AGreenCtbl04" "R2 A Green Ctbl 04"
+    "Qualcomm:R2AGreenCtbl05" "R2 A Green Ctbl 05" "Qualcomm:R2AGreenCtbl06" "R2 A Green Ctbl 06"
+    "Qualcomm:R2AGreenCtbl07" "R2 A Green Ctbl 07" "Qualcomm:R2AGreenCtbl08" "R2 A Green Ctbl 08"
+    "Qualcomm:R2AGreenCtbl09" "R2 A Green Ctbl 09" "Qualcomm:R2AGreenCtbl10" "R2 A Green Ctbl 10"
+    "Qualcomm:R2AGreenCtbl11" "R2 A Green Ctbl 11" "Qualcomm:R2AGreenCtbl12" "R2 A Green Ctbl 12"
+    "Qualcomm:R2AGreenCtbl13" "R2 A Green Ctbl 13" "Qualcomm:R2AGreenCtbl14" "R2 A Green Ctbl 14"
+    "Qualcomm:R2AGreenCtbl15" "R2 A Green Ctbl 15" "Qualcomm:R2AGreenCtbl16" "R2 A Green Ctbl 16"
+    "Qualcomm:R2AGreenCtbl17" "R2 A Green Ctbl 17" "Qualcomm:R2AGreenCtbl18" "R2 A Green Ctbl 18"
+    "Qualcomm:R2AGreenCtbl19" "R2 A Green Ctbl 19" "Qualcomm:R2AGreenCtbl20" "R2 A Green Ctbl 20"
+    "Qualcomm:R2AGreenCtbl21" "R2 A Green Ctbl 21" "Qualcomm:R2AGreenCtbl22" "R2 A Green Ctbl 22"
+    "Qualcomm:R2AGreenCtbl23" "R2 A Green Ctbl 23" "Qualcomm:R2AGreenCtbl24" "R2 A Green Ctbl 24"
+    "Qualcomm:R2AGreenCtbl25" "R2 A Green Ctbl 25" "Qualcomm:R2AGreenCtbl26" "R2 A Green Ctbl 26"
+    "Qualcomm:R2AGreenCtbl27" "R2 A Green Ctbl 27" "Qualcomm:R2AGreenCtbl28" "R2 A Green Ctbl 28"
+    "Qualcomm:R2AGreenCtbl29" "R2 A Green Ctbl 29" "Qualcomm:R2AGreenCtbl30" "R2 A Green Ctbl 30"
+    "Qualcomm:R2AGreenCtbl31" "R2 A Green Ctbl 31" "Qualcomm:R2AGreenStbl00" "R2 A Green Stbl 00"
+    "Qualcomm:R2AGreenStbl01" "R2 A Green Stbl 01" "Qualcomm:R2AGreenStbl02" "R2 A Green Stbl 02"
+    "Qualcomm:R2AGreenStbl03" "R2 A Green Stbl 03" "Qualcomm:R2AGreenStbl04" "R2 A Green Stbl 04"
+    "Qualcomm:R2AGreenStbl05" "R2 A Green Stbl 05" "Qualcomm:R2AGreenStbl06" "R2 A Green Stbl 06"
+    "Qualcomm:R2AGreenStbl07" "R2 A Green Stbl 07" "Qualcomm:R2AGreenStbl08" "R2 A Green Stbl 08"
+    "Qualcomm:R2AGreenStbl09" "R2 A Green Stbl 09" "Qualcomm:R2AGreenStbl10" "R2 A Green Stbl 10"
+    "Qualcomm:R2AGreenStbl11" "R2 A Green Stbl 11" "Qualcomm:R2AGreenStbl12" "R2 A Green Stbl 12"
+    "Qualcomm:R2AGreenStbl13" "R2 A Green Stbl 13" "Qualcomm:R2AGreenStbl14" "R2 A Green Stbl 14"
+    "Qualcomm:R2AGreenStbl15" "R2 A Green Stbl 15" "Qualcomm:R2AGreenStbl16" "R2 A Green Stbl 16"
+    "Qualcomm:R2AGreenStbl17" "R2 A Green Stbl 17" "Qualcomm:R2AGreenStbl18" "R2 A Green Stbl 18"
+    "Qualcomm:R2AGreenStbl19" "R2 A Green Stbl 19" "Qualcomm:R2AGreenStbl20" "R2 A Green Stbl 20"
+    "Qualcomm:R2AGreenStbl21" "R2 A Green Stbl 21" "Qualcomm:R2AGreenStbl22" "R2 A Green Stbl 22"
+    "Qualcomm:R2AGreenStbl23" "R2 A Green Stbl 23" "Qualcomm:R2AGreenStbl24" "R2 A Green Stbl 24"
+    "Qualcomm:R2AGreenStbl25" "R2 A Green Stbl 25" "Qualcomm:R2AGreenStbl26" "R2 A Green Stbl 26"
+    "Qualcomm:R2AGreenStbl27" "R2 A Green Stbl 27" "Qualcomm:R2AGreenStbl28" "R2 A Green Stbl 28"
+    "Qualcomm:R2AGreenStbl29" "R2 A Green Stbl 29" "Qualcomm:R2AGreenStbl30" "R2 A Green Stbl 30"
+    "Qualcomm:R2AGreenStbl31" "R2 A Green Stbl 31" "Qualcomm:R2AHeight" "R2 A Height"
+    "Qualcomm:R2AIntervals" "R2 A Intervals" "Qualcomm:R2ARedCtbl00" "R2 A Red Ctbl 00"
+    "Qualcomm:R2ARedCtbl01" "R2 A Red Ctbl 01" "Qualcomm:R2ARedCtbl02" "R2 A Red Ctbl 02"
+    "Qualcomm:R2ARedCtbl03" "R2 A Red Ctbl 03" "Qualcomm:R2ARedCtbl04" "R2 A Red Ctbl 04"
+    "Qualcomm:R2ARedCtbl05" "R2 A Red Ctbl 05" "Qualcomm:R2ARedCtbl06" "R2 A Red Ctbl 06"
+    "Qualcomm:R2ARedCtbl07" "R2 A Red Ctbl 07" "Qualcomm:R2ARedCtbl08" "R2 A Red Ctbl 08"
+    "Qualcomm:R2ARedCtbl09" "R2 A Red Ctbl 09" "Qualcomm:R2ARedCtbl10" "R2 A Red Ctbl 10"
+    "Qualcomm:R2ARedCtbl11" "R2 A Red Ctbl 11" "Qualcomm:R2ARedCtbl12" "R2 A Red Ctbl 12"
+    "Qualcomm:R2ARedCtbl13" "R2 A Red Ctbl 13" "Qualcomm:R2ARedCtbl14" "R2 A Red Ctbl 14"
+    "Qualcomm:R2ARedCtbl15" "R2 A Red Ctbl 15" "Qualcomm:R2ARedCtbl16" "R2 A Red Ctbl 16"
+    "Qualcomm:R2ARedCtbl17" "R2 A Red Ctbl 17" "Qualcomm:R2ARedCtbl18" "R2 A Red Ctbl 18"
+    "Qualcomm:R2ARedCtbl19" "R2 A Red Ctbl 19" "Qualcomm:R2ARedCtbl20" "R2 A Red Ctbl 20"
+    "Qualcomm:R2ARedCtbl21" "R2 A Red Ctbl 21" "Qualcomm:R2ARedCtbl22" "R2 A Red Ctbl 22"
+    "Qualcomm:R2ARedCtbl23" "R2 A Red Ctbl 23" "Qualcomm:R2ARedCtbl24" "R2 A Red Ctbl 24"
+    "Qualcomm:R2ARedCtbl25" "R2 A Red Ctbl 25" "Qualcomm:R2ARedCtbl26" "R2 A Red Ctbl 26"
+    "Qualcomm:R2ARedCtbl27" "R2 A Red Ctbl 27" "Qualcomm:R2ARedCtbl28" "R2 A Red Ctbl 28"
+    "Qualcomm:R2ARedCtbl29" "R2 A Red Ctbl 29" "Qualcomm:R2ARedCtbl30" "R2 A Red Ctbl 30"
+    "Qualcomm:R2ARedCtbl31" "R2 A Red Ctbl 31" "Qualcomm:R2ARedStbl00" "R2 A Red Stbl 00"
+    "Qualcomm:R2ARedStbl01" "R2 A Red Stbl 01" "Qualcomm:R2ARedStbl02" "R2 A Red Stbl 02"
+    "Qualcomm:R2ARedStbl03" "R2 A Red Stbl 03" "Qualcomm:R2ARedStbl04" "R2 A Red Stbl 04"
+    "Qualcomm:R2ARedStbl05" "R2 A Red Stbl 05" "Qualcomm:R2ARedStbl06" "R2 A Red Stbl 06"
+    "Qualcomm:R2ARedStbl07" "R2 A Red Stbl 07" "Qualcomm:R2ARedStbl08" "R2 A Red Stbl 08"
+    "Qualcomm:R2ARedStbl09" "R2 A Red Stbl 09" "Qualcomm:R2ARedStbl10" "R2 A Red Stbl 10"
+    "Qualcomm:R2ARedStbl11" "R2 A Red Stbl 11" "Qualcomm:R2ARedStbl12" "R2 A Red Stbl 12"
+    "Qualcomm:R2ARedStbl13" "R2 A Red Stbl 13" "Qualcomm:R2ARedStbl14" "R2 A Red Stbl 14"
+    "Qualcomm:R2ARedStbl15" "R2 A Red Stbl 15" "Qualcomm:R2ARedStbl16" "R2 A Red Stbl 16"
+    "Qualcomm:R2ARedStbl17" "R2 A Red Stbl 17" "Qualcomm:R2ARedStbl18" "R2 A Red Stbl 18"
+    "Qualcomm:R2ARedStbl19" "R2 A Red Stbl 19" "Qualcomm:R2ARedStbl20" "R2 A Red Stbl 20"
+    "Qualcomm:R2ARedStbl21" "R2 A Red Stbl 21" "Qualcomm:R2ARedStbl22" "R2 A Red Stbl 22"
+    "Qualcomm:R2ARedStbl23" "R2 A Red Stbl 23" "Qualcomm:R2ARedStbl24" "R2 A Red Stbl 24"
+    "Qualcomm:R2ARedStbl25" "R2 A Red Stbl 25" "Qualcomm:R2ARedStbl26" "R2 A Red Stbl 26"
+    "Qualcomm:R2ARedStbl27" "R2 A Red Stbl 27" "Qualcomm:R2ARedStbl28" "R2 A Red Stbl 28"
+    "Qualcomm:R2ARedStbl29" "R2 A Red Stbl 29" "Qualcomm:R2ARedStbl30" "R2 A Red Stbl 30"
+    "Qualcomm:R2ARedStbl31" "R2 A Red Stbl 31" "Qualcomm:R2ATbl00" "R2 A Tbl 00" "Qualcomm:R2ATbl01"
+    "R2 A Tbl 01" "Qualcomm:R2ATbl02" "R2 A Tbl 02" "Qualcomm:R2ATbl03" "R2 A Tbl 03"
+    "Qualcomm:R2ATbl04" "R2 A Tbl 04" "Qualcomm:R2ATbl05" "R2 A Tbl 05" "Qualcomm:R2ATbl06"
+    "R2 A Tbl 06" "Qualcomm:R2ATbl07" "R2 A Tbl 07" "Qualcomm:R2ATbl08" "R2 A Tbl 08"
+    "Qualcomm:R2ATbl09" "R2 A Tbl 09" "Qualcomm:R2ATbl10" "R2 A Tbl 10" "Qualcomm:R2ATbl11"
+    "R2 A Tbl 11" "Qualcomm:R2ATbl12" "R2 A Tbl 12" "Qualcomm:R2ATbl13" "R2 A Tbl 13"
+    "Qualcomm:R2ATbl14" "R2 A Tbl 14" "Qualcomm:R2ATbl15" "R2 A Tbl 15" "Qualcomm:R2ATbl16"
+    "R2 A Tbl 16" "Qualcomm:R2ATbl17" "R2 A Tbl 17" "Qualcomm:R2ATbl18" "R2 A Tbl 18"
+    "Qualcomm:R2ATbl19" "R2 A Tbl 19" "Qualcomm:R2ATbl20" "R2 A Tbl 20" "Qualcomm:R2ATbl21"
+    "R2 A Tbl 21" "Qualcomm:R2ATbl22" "R2 A Tbl 22" "Qualcomm:R2ATbl23" "R2 A Tbl 23"
+    "Qualcomm:R2ATbl24" "R2 A Tbl 24" "Qualcomm:R2ATbl25" "R2 A Tbl 25" "Qualcomm:R2ATbl26"
+    "R2 A Tbl 26" "Qualcomm:R2ATbl27" "R2 A Tbl 27" "Qualcomm:R2ATbl28" "R2 A Tbl 28"
+    "Qualcomm:R2ATbl29" "R2 A Tbl 29" "Qualcomm:R2ATbl30" "R2 A Tbl 30" "Qualcomm:R2ATbl31"
+    "R2 A Tbl 31" "Qualcomm:R2AWidth" "R2 A Width" "Qualcomm:R2D65BlueCtbl00" "R2 D65 Blue Ctbl 00"
+    "Qualcomm:R2D65BlueCtbl01" "R2 D65 Blue Ctbl 01" "Qualcomm:R2D65BlueCtbl02"
+    "R2 D65 Blue Ctbl 02" "Qualcomm:R2D65BlueCtbl03" "R2 D65 Blue Ctbl 03"
+    "Qualcomm:R2D65BlueCtbl04" "R2 D65 Blue Ctbl 04" "Qualcomm:R2D65BlueCtbl05"
+    "R2 D65 Blue Ctbl 05" "Qualcomm:R2D65BlueCtbl06" "R2 D65 Blue Ctbl 06"
+    "Qualcomm:R2D65BlueCtbl07" "R2 D65 Blue Ctbl 07" "Qualcomm:R2D65BlueCtbl08"
+    "R2 D65 Blue Ctbl 08" "Qualcomm:R2D65BlueCtbl09" "R2 D65 Blue Ctbl 09"
+    "Qualcomm:R2D65BlueCtbl10" "R2 D65 Blue Ctbl 10" "Qualcomm:R2D65BlueCtbl11"
+    "R2 D65 Blue Ctbl 11" "Qualcomm:R2D65BlueCtbl12" "R2 D65 Blue Ctbl 12"
+    "Qualcomm:R2D65BlueCtbl13" "R2 D65 Blue Ctbl 13" "Qualcomm:R2D65BlueCtbl14"
+    "R2 D65 Blue Ctbl 14" "Qualcomm:R2D65BlueCtbl15" "R2 D65 Blue Ctbl 15"
+    "Qualcomm:R2D65BlueCtbl16" "R2 D65 Blue Ctbl 16" "Qualcomm:R2D65BlueCtbl17"
+    "R2 D65 Blue Ctbl 17" "Qualcomm:R2D65BlueCtbl18" "R2 D65 Blue Ctbl 18"
+    "Qualcomm:R2D65BlueCtbl19" "R2 D65 Blue Ctbl 19" "Qualcomm:R2D65BlueCtbl20"
+    "R2 D65 Blue Ctbl 20" "Qualcomm:R2D65BlueCtbl21" "R2 D65 Blue Ctbl 21"
+    "Qualcomm:R2D65BlueCtbl22" "R2 D65 Blue Ctbl 22" "Qualcomm:R2D65BlueCtbl23"
+    "R2 D65 Blue Ctbl 23" "Qualcomm:R2D65BlueCtbl24" "R2 D65 Blue Ctbl 24"
+    "Qualcomm:R2D65BlueCtbl25" "R2 D65 Blue Ctbl 25" "Qualcomm:R2D65BlueCtbl26"
+    "R2 D65 Blue Ctbl 26" "Qualcomm:R2D65BlueCtbl27" "R2 D65 Blue Ctbl 27"
+    "Qualcomm:R2D65BlueCtbl28" "R2 D65 Blue Ctbl 28" "Qualcomm:R2D65BlueCtbl29"
+    "R2 D65 Blue Ctbl 29" "Qualcomm:R2D65BlueCtbl30" "R2 D65 Blue Ctbl 30"
+    "Qualcomm:R2D65BlueCtbl31" "R2 D65 Blue Ctbl 31" "Qualcomm:R2D65BlueStbl00"
+    "R2 D65 Blue Stbl 00" "Qualcomm:R2D65BlueStbl01" "R2 D65 Blue Stbl 01"
+    "Qualcomm:R2D65BlueStbl02" "R2 D65 Blue Stbl 02" "Qualcomm:R2D65BlueStbl03"
+    "R2 D65 Blue Stbl 03" "Qualcomm:R2D65BlueStbl04" "R2 D65 Blue Stbl 04"
+    "Qualcomm:R2D65BlueStbl05" "R2 D65 Blue Stbl 05" "Qualcomm:R2D65BlueStbl06"
+    "R2 D65 Blue Stbl 06" "Qualcomm:R2D65BlueStbl07" "R2 D65 Blue Stbl 07"
+    "Qualcomm:R2D65BlueStbl08" "R2 D65 Blue Stbl 08" "Qualcomm:R2D65BlueStbl09"
+    "R2 D65 Blue Stbl 09" "Qualcomm:R2D65BlueStbl10" "R2 D65 Blue Stbl 10"
+    "Qualcomm:R2D65BlueStbl11" "R2 D65 Blue Stbl 11" "Qualcomm:R2D65BlueStbl12"
+    "R2 D65 Blue Stbl 12" "Qualcomm:R2D65BlueStbl13" "R2 D65 Blue Stbl 13"
+    "Qualcomm:R2D65BlueStbl14" "R2 D65 Blue Stbl 14" "Qualcomm:R2D65BlueStbl15"
+    "R2 D65 Blue Stbl 15" "Qualcomm:R2D65BlueStbl16" "R2 D65 Blue Stbl 16"
+    "Qualcomm:R2D65BlueStbl17" "R2 D65 Blue Stbl 17" "Qualcomm:R2D65BlueStbl18"
+    "R2 D65 Blue Stbl 18" "Qualcomm:R2D65BlueStbl19" "R2 D65 Blue Stbl 19"
+    "Qualcomm:R2D65BlueStbl20" "R2 D65 Blue Stbl 20" "Qualcomm:R2D65BlueStbl21"
+    "R2 D65 Blue Stbl 21" "Qualcomm:R2D65BlueStbl22" "R2 D65 Blue Stbl 22"
+    "Qualcomm:R2D65BlueStbl23" "R2 D65 Blue Stbl 23" "Qualcomm:R2D65BlueStbl24"
+    "R2 D65 Blue Stbl 24" "Qualcomm:R2D65BlueStbl25" "R2 D65 Blue Stbl 25"
+    "Qualcomm:R2D65BlueStbl26" "R2 D65 Blue Stbl 26" "Qualcomm:R2D65BlueStbl27"
+    "R2 D65 Blue Stbl 27" "Qualcomm:R2D65BlueStbl28" "R2 D65 Blue Stbl 28"
+    "Qualcomm:R2D65BlueStbl29" "R2 D65 Blue Stbl 29" "Qualcomm:R2D65BlueStbl30"
+    "R2 D65 Blue Stbl 30" "Qualcomm:R2D65BlueStbl31" "R2 D65 Blue Stbl 31" "Qualcomm:R2D65Cx"
+    "R2 D65 Cx" "Qualcomm:R2D65Cy" "R2 D65 Cy" "Qualcomm:R2D65GreenCtbl00" "R2 D65 Green Ctbl 00"
+    "Qualcomm:R2D65GreenCtbl01" "R2 D65 Green Ctbl 01" "Qualcomm:R2D65GreenCtbl02"
+    "R2 D65 Green Ctbl 02" "Qualcomm:R2D65GreenCtbl03" "R2 D65 Green Ctbl 03"
+    "Qualcomm:R2D65GreenCtbl04" "R2 D65 Green Ctbl 04" "Qualcomm:R2D65GreenCtbl05"
+    "R2 D65 Green Ctbl 05" "Qualcomm:R2D65GreenCtbl06" "R2 D65 Green Ctbl 06"
+    "Qualcomm:R2D65GreenCtbl07" "R2 D65 Green Ctbl 07" "Qualcomm:R2D65GreenCtbl08"
+    "R2 D65 Green Ctbl 08" "Qualcomm:R2D65GreenCtbl09" "R2 D65 Green Ctbl 09"
+    "Qualcomm:R2D65GreenCtbl10" "R2 D65 Green Ctbl 10" "Qualcomm:R2D65GreenCtbl11"
+    "R2 D65 Green Ctbl 11" "Qualcomm:R2D65GreenCtbl12" "R2 D65 Green Ctbl 12"
+    "Qualcomm:R2D65GreenCtbl13" "R2 D65 Green Ctbl 13" "Qualcomm:R2D65GreenCtbl14"
+    "R2 D65 Green Ctbl 14" "Qualcomm:R2D65GreenCtbl15" "R2 D65 Green Ctbl 15"
+    "Qualcomm:R2D65GreenCtbl16" "R2 D65 Green Ctbl 16" "Qualcomm:R2D65GreenCtbl17"
+    "R2 D65 Green Ctbl 17" "Qualcomm:R2D65GreenCtbl18" "R2 D65 Green Ctbl 18"
+    "Qualcomm:R2D65GreenCtbl19" "R2 D65 Green Ctbl 19" "Qualcomm:R2D65GreenCtbl20"
+    "R2 D65 Green Ctbl 20" "Qualcomm:R2D65GreenCtbl21" "R2 D65 Green Ctbl 21"
+    "Qualcomm:R2D65GreenCtbl22" "R2 D65 Green Ctbl 22" "Qualcomm:R2D65GreenCtbl23"
+    "R2 D65 Green Ctbl 23" "Qualcomm:R2D65GreenCtbl24" "R2 D65 Green Ctbl 24"
+    "Qualcomm:R2D65GreenCtbl25" "R2 D65 Green Ctbl 25" "Qualcomm:R2D65GreenCtbl26"
+    "R2 D65 Green Ctbl 26" "Qualcomm:R2D65GreenCtbl27" "R2 D65 Green Ctbl 27"
+    "Qualcomm:R2D65GreenCtbl28" "R2 D65 Green Ctbl 28" "Qualcomm:R2D65GreenCtbl29"
+    "R2 D65 Green Ctbl 29" "Qualcomm:R2D65GreenCtbl30" "R2 D65 Green Ctbl 30"
+    "Qualcomm:R2D65GreenCtbl31" "R2 D65 Green Ctbl 31" "Qualcomm:R2D65GreenStbl00"
+    "R2 D65 Green Stbl 00" "Qualcomm:R2D65GreenStbl01" "R2 D65 Green Stbl 01"
+    "Qualcomm:R2D65GreenStbl02" "R2 D65 Green Stbl 02" "Qualcomm:R2D65GreenStbl03"
+    "R2 D65 Green Stbl 03" "Qualcomm:R2D65GreenStbl04" "R2 D65 Green Stbl 04"
+    "Qualcomm:R2D65GreenStbl05" "R2 D65 Green Stbl 05" "Qualcomm:R2D65GreenStbl06"
+    "R2 D65 Green Stbl 06" "Qualcomm:R2D65GreenStbl07" "R2 D65 Green Stbl 07"
+    "Qualcomm:R2D65GreenStbl08" "R2 D65 Green Stbl 08" "Qualcomm:R2D65GreenStbl09"
+    "R2 D65 Green Stbl 09" "Qualcomm:R2D65GreenStbl10" "R2 D65 Green Stbl 10"
+    "Qualcomm:R2D65GreenStbl11" "R2 D65 Green Stbl 11" "Qualcomm:R2D65GreenStbl12"
+    "R2 D65 Green Stbl 12" "Qualcomm:R2D65GreenStbl13" "R2 D65 Green Stbl 13"
+    "Qualcomm:R2D65GreenStbl14" "R2 D65 Green Stbl 14" "Qualcomm:R2D65GreenStbl15"
+    "R2 D65 Green Stbl 15" "Qualcomm:R2D65GreenStbl16" "R2 D65 Green Stbl 16"
+    "Qualcomm:R2D65GreenStbl17" "R2 D65 Green Stbl 17" "Qualcomm:R2D65GreenStbl18"
+    "R2 D65 Green Stbl 18" "Qualcomm:R2D65GreenStbl19" "R2 D65 Green Stbl 19"
+    "Qualcomm:R2D65GreenStbl20" "R2 D65 Green Stbl 20" "Qualcomm:R2D65GreenStbl21"
+    "R2 D65 Green Stbl 21" "Qualcomm:R2D65GreenStbl22" "R2 D65 Green Stbl 22"
+    "Qualcomm:R2D65GreenStbl23" "R2 D65 Green Stbl 23" "Qualcomm:R2D65GreenStbl24"
+    "R2 D65 Green Stbl 24" "Qualcomm:R2D65GreenStbl25" "R2 D65 Green Stbl 25"
+    "Qualcomm:R2D65GreenStbl26" "R2 D65 Green Stbl 26" "Qualcomm:R2D65GreenStbl27"
+    "R2 D65 Green Stbl 27" "Qualcomm:R2D65GreenStbl28" "R2 D65 Green Stbl 28"
+    "Qualcomm:R2D65GreenStbl29" "R2 D65 Green Stbl 29" "Qualcomm:R2D65GreenStbl30"
+    "R2 D65 Green Stbl 30" "Qualcomm:R2D65GreenStbl31" "R2 D65 Green Stbl 31" "Qualcomm:R2D65Height"
+    "R2 D65 Height" "Qualcomm:R2D65Intervals" "R2 D65 Intervals" "Qualcomm:R2D65RedCtbl00"
+    "R2 D65 Red Ctbl 00" "Qualcomm:R2D65RedCtbl01" "R2 D65 Red Ctbl 01" "Qualcomm:R2D65RedCtbl02"
+    "R2 D65 Red Ctbl 02" "Qualcomm:R2D65RedCtbl03" "R2 D65 Red Ctbl 03" "Qualcomm:R2D65RedCtbl04"
+    "R2 D65 Red Ctbl 04" "Qualcomm:R2D65RedCtbl05" "R2 D65 Red Ctbl 05" "Qualcomm:R2D65RedCtbl06"
+    "R2 D65 Red Ctbl 06" "Qualcomm:R2D65RedCtbl07" "R2 D65 Red Ctbl 07" "Qualcomm:R2D65RedCtbl08"
+    "R2 D65 Red Ctbl 08" "Qualcomm:R2D65RedCtbl09" "R2 D65 Red Ctbl 09" "Qualcomm:R2D65RedCtbl10"
+    "R2 D65 Red Ctbl 10" "Qualcomm:R2D65RedCtbl11" "R2 D65 Red Ctbl 11" "Qualcomm:R2D65RedCtbl12"
+    "R2 D65 Red Ctbl 12" "Qualcomm:R2D65RedCtbl13" "R2 D65 Red Ctbl 13" "Qualcomm:R2D65RedCtbl14"
+    "R2 D65 Red Ctbl 14" "Qualcomm:R2D65RedCtbl15" "R2 D65 Red Ctbl 15" "Qualcomm:R2D65RedCtbl16"
+    "R2 D65 Red Ctbl 16" "Qualcomm:R2D65RedCtbl17" "R2 D65 Red Ctbl 17" "Qualcomm:R2D65RedCtbl18"
+    "R2 D65 Red Ctbl 18" "Qualcomm:R2D65RedCtbl19" "R2 D65 Red Ctbl 19" "Qualcomm:R2D65RedCtbl20"
+    "R2 D65 Red Ctbl 20" "Qualcomm:R2D65RedCtbl21" "R2 D65 Red Ctbl 21" "Qualcomm:R2D65RedCtbl22"
+    "R2 D65 Red Ctbl 22" "Qualcomm:R2D65RedCtbl23" "R2 D65 Red Ctbl 23" "Qualcomm:R2D65RedCtbl24"
+    "R2 D65 Red Ctbl 24" "Qualcomm:R2D65RedCtbl25" "R2 D65 Red Ctbl 25" "Qualcomm:R2D65RedCtbl26"
+    "R2 D65 Red Ctbl 26" "Qualcomm:R2D65RedCtbl27" "R2 D65 Red Ctbl 27" "Qualcomm:R2D65RedCtbl28"
+    "R2 D65 Red Ctbl 28" "Qualcomm:R2D65RedCtbl29" "R2 D65 Red Ctbl 29" "Qualcomm:R2D65RedCtbl30"
+    "R2 D65 Red Ctbl 30" "Qualcomm:R2D65RedCtbl31" "R2 D65 Red Ctbl 31" "Qualcomm:R2D65RedStbl00"
+    "R2 D65 Red Stbl 00" "Qualcomm:R2D65RedStbl01" "R2 D65 Red Stbl 01" "Qualcomm:R2D65RedStbl02"
+    "R2 D65 Red Stbl 02" "Qualcomm:R2D65RedStbl03" "R2 D65 Red Stbl 03" "Qualcomm:R2D65RedStbl04"
+    "R2 D65 Red Stbl 04" "Qualcomm:R2D65RedStbl05" "R2 D65 Red Stbl 05" "Qualcomm:R2D65RedStbl06"
+    "R2 D65 Red Stbl 06" "Qualcomm:R2D65RedStbl07" "R2 D65 Red Stbl 07" "Qualcomm:R2D65RedStbl08"
+    "R2 D65 Red Stbl 08" "Qualcomm:R2D65RedStbl09" "R2 D65 Red Stbl 09" "Qualcomm:R2D65RedStbl10"
+    "R2 D65 Red Stbl 10" "Qualcomm:R2D65RedStbl11" "R2 D65 Red Stbl 11" "Qualcomm:R2D65RedStbl12"
+    "R2 D65 Red Stbl 12" "Qualcomm:R2D65RedStbl13" "R2 D65 Red Stbl 13" "Qualcomm:R2D65RedStbl14"
+    "R2 D65 Red Stbl 14" "Qualcomm:R2D65RedStbl15" "R2 D65 Red Stbl 15" "Qualcomm:R2D65RedStbl16"
+    "R2 D65 Red Stbl 16" "Qualcomm:R2D65RedStbl17" "R2 D65 Red Stbl 17" "Qualcomm:R2D65RedStbl18"
+    "R2 D65 Red Stbl 18" "Qualcomm:R2D65RedStbl19" "R2 D65 Red Stbl 19" "Qualcomm:R2D65RedStbl20"
+    "R2 D65 Red Stbl 20" "Qualcomm:R2D65RedStbl21" "R2 D65 Red Stbl 21" "Qualcomm:R2D65RedStbl22"
+    "R2 D65 Red Stbl 22" "Qualcomm:R2D65RedStbl23" "R2 D65 Red Stbl 23" "Qualcomm:R2D65RedStbl24"
+    "R2 D65 Red Stbl 24" "Qualcomm:R2D65RedStbl25" "R2 D65 Red Stbl 25" "Qualcomm:R2D65RedStbl26"
+    "R2 D65 Red Stbl 26" "Qualcomm:R2D65RedStbl27" "R2 D65 Red Stbl 27" "Qualcomm:R2D65RedStbl28"
+    "R2 D65 Red Stbl 28" "Qualcomm:R2D65RedStbl29" "R2 D65 Red Stbl 29" "Qualcomm:R2D65RedStbl30"
+    "R2 D65 Red Stbl 30" "Qualcomm:R2D65RedStbl31" "R2 D65 Red Stbl 31" "Qualcomm:R2D65Tbl00"
+    "R2 D65 Tbl 00" "Qualcomm:R2D65Tbl01" "R2 D65 Tbl 01" "Qualcomm:R2D65Tbl02" "R2 D65 Tbl 02"
+    "Qualcomm:R2D65Tbl03" "R2 D65 Tbl 03" "Qualcomm:R2D65Tbl04" "R2 D65 Tbl 04"
+    "Qualcomm:R2D65Tbl05" "R2 D65 Tbl 05" "Qualcomm:R2D65Tbl06" "R2 D65 Tbl 06"
+    "Qualcomm:R2D65Tbl07" "R2 D65 Tbl 07" "Qualcomm:R2D65Tbl08" "R2 D65 Tbl 08"
+    "Qualcomm:R2D65Tbl09" "R2 D65 Tbl 09" "Qualcomm:R2D65Tbl10" "R2 D65 Tbl 10"
+    "Qualcomm:R2D65Tbl11" "R2 D65 Tbl 11" "Qualcomm:R2D65Tbl12" "R2 D65 Tbl 12"
+    "Qualcomm:R2D65Tbl13" "R2 D65 Tbl 13" "Qualcomm:R2D65Tbl14" "R2 D65 Tbl 14"
+    "Qualcomm:R2D65Tbl15" "R2 D65 Tbl 15" "Qualcomm:R2D65Tbl16" "R2 D65 Tbl 16"
+    "Qualcomm:R2D65Tbl17" "R2 D65 Tbl 17" "Qualcomm:R2D65Tbl18" "R2 D65 Tbl 18"
+    "Qualcomm:R2D65Tbl19" "R2 D65 Tbl 19" "Qualcomm:R2D65Tbl20" "R2 D65 Tbl 20"
+    "Qualcomm:R2D65Tbl21" "R2 D65 Tbl 21" "Qualcomm:R2D65Tbl22" "R2 D65 Tbl 22"
+    "Qualcomm:R2D65Tbl23" "R2 D65 Tbl 23" "Qualcomm:R2D65Tbl24" "R2 D65 Tbl 24"
+    "Qualcomm:R2D65Tbl25" "R2 D65 Tbl 25" "Qualcomm:R2D65Tbl26" "R2 D65 Tbl 26"
+    "Qualcomm:R2D65Tbl27" "R2 D65 Tbl 27" "Qualcomm:R2D65Tbl28" "R2 D65 Tbl 28"
+    "Qualcomm:R2D65Tbl29" "R2 D65 Tbl 29" "Qualcomm:R2D65Tbl30" "R2 D65 Tbl 30"
+    "Qualcomm:R2D65Tbl31" "R2 D65 Tbl 31" "Qualcomm:R2D65Width" "R2 D65 Width"
+    "Qualcomm:R2TL84BlueCtbl00" "R2 TL84 Blue Ctbl 00" "Qualcomm:R2TL84BlueCtbl01"
+    "R2 TL84 Blue Ctbl 01" "Qualcomm:R2TL84BlueCtbl02" "R2 TL84 Blue Ctbl 02"
+    "Qualcomm:R2TL84BlueCtbl03" "R2 TL84 Blue Ctbl 03" "Qualcomm:R2TL84BlueCtbl04"
+    "R2 TL84 Blue Ctbl 04" "Qualcomm:R2TL84BlueCtbl05" "R2 TL84 Blue Ctbl 05"
+    "Qualcomm:R2TL84BlueCtbl06" "R2 TL84 Blue Ctbl 06" "Qualcomm:R2TL84BlueCtbl07"
+    "R2 TL84 Blue Ctbl 07" "Qualcomm:R2TL84BlueCtbl08" "R2 TL84 Blue Ctbl 08"
+    "Qualcomm:R2TL84BlueCtbl09" "R2 TL84 Blue Ctbl 09" "Qualcomm:R2TL84BlueCtbl10"
+    "R2 TL84 Blue Ctbl 10" "Qualcomm:R2TL84BlueCtbl11" "R2 TL84 Blue Ctbl 11"
+    "Qualcomm:R2TL84BlueCtbl12" "R2 TL84 Blue Ctbl 12" "Qualcomm:R2TL84BlueCtbl13"
+    "R2 TL84 Blue Ctbl 13" "Qualcomm:R2TL84BlueCtbl14" "R2 TL84 Blue Ctbl 14"
+    "Qualcomm:R2TL84BlueCtbl15" "R2 TL84 Blue Ctbl 15" "Qualcomm:R2TL84BlueCtbl16"
+    "R2 TL84 Blue Ctbl 16" "Qualcomm:R2TL84BlueCtbl17" "R2 TL84 Blue Ctbl 17"
+    "Qualcomm:R2TL84BlueCtbl18" "R2 TL84 Blue Ctbl 18" "Qualcomm:R2TL84BlueCtbl19"
+    "R2 TL84 Blue Ctbl 19" "Qualcomm:R2TL84BlueCtbl20" "R2 TL84 Blue Ctbl 20"
+    "Qualcomm:R2TL84BlueCtbl21" "R2 TL84 Blue Ctbl 21" "Qualcomm:R2TL84BlueCtbl22"
+    "R2 TL84 Blue Ctbl 22" "Qualcomm:R2TL84BlueCtbl23" "R2 TL84 Blue Ctbl 23"
+    "Qualcomm:R2TL84BlueCtbl24" "R2 TL84 Blue Ctbl 24" "Qualcomm:R2TL84BlueCtbl25"
+    "R2 TL84 Blue Ctbl 25" "Qualcomm:R2TL84BlueCtbl26" "R2 TL84 Blue Ctbl 26"
+    "Qualcomm:R2TL84BlueCtbl27" "R2 TL84 Blue Ctbl 27" "Qualcomm:R2TL84BlueCtbl28"
+    "R2 TL84 Blue Ctbl 28" "Qualcomm:R2TL84BlueCtbl29" "R2 TL84 Blue Ctbl 29"
+    "Qualcomm:R2TL84BlueCtbl30" "R2 TL84 Blue Ctbl 30" "Qualcomm:R2TL84BlueCtbl31"
+    "R2 TL84 Blue Ctbl 31" "Qualcomm:R2TL84BlueStbl00" "R2 TL84 Blue Stbl 00"
+    "Qualcomm:R2TL84BlueStbl01" "R2 TL84 Blue Stbl 01" "Qualcomm:R2TL84BlueStbl02"
+    "R2 TL84 Blue Stbl 02" "Qualcomm:R2TL84BlueStbl03" "R2 TL84 Blue Stbl 03"
+    "Qualcomm:R2TL84BlueStbl04" "R2 TL84 Blue Stbl 04" "Qualcomm:R2TL84BlueStbl05"
+    "R2 TL84 Blue Stbl 05" "Qualcomm:R2TL84BlueStbl06" "R2 TL84 Blue Stbl 06"
+    "Qualcomm:R2TL84BlueStbl07" "R2 TL84 Blue Stbl 07" "Qualcomm:R2TL84BlueStbl08"
+    "R2 TL84 Blue Stbl 08" "Qualcomm:R2TL84BlueStbl09" "R2 TL84 Blue Stbl 09"
+    "Qualcomm:R2TL84BlueStbl10" "R2 TL84 Blue Stbl 10" "Qualcomm:R2TL84BlueStbl11"
+    "R2 TL84 Blue Stbl 11" "Qualcomm:R2TL84BlueStbl12" "R2 TL84 Blue Stbl 12"
+    "Qualcomm:R2TL84BlueStbl13" "R2 TL84 Blue Stbl 13" "Qualcomm:R2TL84BlueStbl14"
+    "R2 TL84 Blue Stbl 14" "Qualcomm:R2TL84BlueStbl15" "R2 TL84 Blue Stbl 15"
+    "Qualcomm:R2TL84BlueStbl16" "R2 TL84 Blue Stbl 16" "Qualcomm:R2TL84BlueStbl17"
+    "R2 TL84 Blue Stbl 17" "Qualcomm:R2TL84BlueStbl18" "R2 TL84 Blue Stbl 18"
+    "Qualcomm:R2TL84BlueStbl19" "R2 TL84 Blue Stbl 19" "Qualcomm:R2TL84BlueStbl20"
+    "R2 TL84 Blue Stbl 20" "Qualcomm:R2TL84BlueStbl21" "R2 TL84 Blue Stbl 21"
+    "Qualcomm:R2TL84BlueStbl22" "R2 TL84 Blue Stbl 22" "Qualcomm:R2TL84BlueStbl23"
+    "R2 TL84 Blue Stbl 23" "Qualcomm:R2TL84BlueStbl24" "R2 TL84 Blue Stbl 24"
+    "Qualcomm:R2TL84BlueStbl25" "R2 TL84 Blue Stbl 25" "Qualcomm:R2TL84BlueStbl26"
+    "R2 TL84 Blue Stbl 26" "Qualcomm:R2TL84BlueStbl27" "R2 TL84 Blue Stbl 27"
+    "Qualcomm:R2TL84BlueStbl28" "R2 TL84 Blue Stbl 28" "Qualcomm:R2TL84BlueStbl29"
+    "R2 TL84 Blue Stbl 29" "Qualcomm:R2TL84BlueStbl30" "R2 TL84 Blue Stbl 30"
+    "Qualcomm:R2TL84BlueStbl31" "R2 TL84 Blue Stbl 31" "Qualcomm:R2TL84Cx" "R2 TL84 Cx"
+    "Qualcomm:R2TL84Cy" "R2 TL84 Cy" "Qualcomm:R2TL84GreenCtbl00" "R2 TL84 Green Ctbl 00"
+    "Qualcomm:R2TL84GreenCtbl01" "R2 TL84 Green Ctbl 01" "Qualcomm:R2TL84GreenCtbl02"
+    "R2 TL84 Green Ctbl 02" "Qualcomm:R2TL84GreenCtbl03" "R2 TL84 Green Ctbl 03"
+    "Qualcomm:R2TL84GreenCtbl04" "R2 TL84 Green Ctbl 04" "Qualcomm:R2TL84GreenCtbl05"
+    "R2 TL84 Green Ctbl 05" "Qualcomm:R2TL84GreenCtbl06" "R2 TL84 Green Ctbl 06"
+    "Qualcomm:R2TL84GreenCtbl07" "R2 TL84 Green Ctbl 07" "Qualcomm:R2TL84GreenCtbl08"
+    "R2 TL84 Green Ctbl 08" "Qualcomm:R2TL84GreenCtbl09" "R2 TL84 Green Ctbl 09"
+    "Qualcomm:R2TL84GreenCtbl10" "R2 TL84 Green Ctbl 10" "Qualcomm:R2TL84GreenCtbl11"
+    "R2 TL84 Green Ctbl 11" "Qualcomm:R2TL84GreenCtbl12" "R2 TL84 Green Ctbl 12"
+    "Qualcomm:R2TL84GreenCtbl13" "R2 TL84 Green Ctbl 13" "Qualcomm:R2TL84GreenCtbl14"
+    "R2 TL84 Green Ctbl 14" "Qualcomm:R2TL84GreenCtbl15" "R2 TL84 Green Ctbl 15"
+    "Qualcomm:R2TL84GreenCtbl16" "R2 TL84 Green Ctbl 16" "Qualcomm:R2TL84GreenCtbl17"
+    "R2 TL84 Green Ctbl 17" "Qualcomm:R2TL84GreenCtbl18" "R2 TL84 Green Ctbl 18"
+    "Qualcomm:R2TL84GreenCtbl19" "R2 TL84 Green Ctbl 19" "Qualcomm:R2TL84GreenCtbl20"
+    "R2 TL84 Green Ctbl 20" "Qualcomm:R2TL84GreenCtbl21" "R2 TL84 Green Ctbl 21"
+    "Qualcomm:R2TL84GreenCtbl22" "R2 TL84 Green Ctbl 22" "Qualcomm:R2TL84GreenCtbl23"
+    "R2 TL84 Green Ctbl 23" "Qualcomm:R2TL84GreenCtbl24" "R2 TL84 Green Ctbl 24"
+    "Qualcomm:R2TL84GreenCtbl25" "R2 TL84 Green Ctbl 25" "Qualcomm:R2TL84GreenCtbl26"
+    "R2 TL84 Green Ctbl 26" "Qualcomm:R2TL84GreenCtbl27" "R2 TL84 Green Ctbl 27"
+    "Qualcomm:R2TL84GreenCtbl28" "R2 TL84 Green Ctbl 28" "Qualcomm:R2TL84GreenCtbl29"
+    "R2 TL84 Green Ctbl 29" "Qualcomm:R2TL84GreenCtbl30" "R2 TL84 Green Ctbl 30"
+    "Qualcomm:R2TL84GreenCtbl31" "R2 TL84 Green Ctbl 31" "Qualcomm:R2TL84GreenStbl00"
+    "R2 TL84 Green Stbl 00" "Qualcomm:R2TL84GreenStbl01" "R2 TL84 Green Stbl 01"
+    "Qualcomm:R2TL84GreenStbl02" "R2 TL84 Green Stbl 02" "Qualcomm:R2TL84GreenStbl03"
+    "R2 TL84 Green Stbl 03" "Qualcomm:R2TL84GreenStbl04" "R2 TL84 Green Stbl 04"
+    "Qualcomm:R2TL84GreenStbl05" "R2 TL84 Green Stbl 05" "Qualcomm:R2TL84GreenStbl06"
+    "R2 TL84 Green Stbl 06" "Qualcomm:R2TL84GreenStbl07" "R2 TL84 Green Stbl 07"
+    "Qualcomm:R2TL84GreenStbl08" "R2 TL84 Green Stbl 08" "Qualcomm:R2TL84GreenStbl09"
+    "R2 TL84 Green Stbl 09" "Qualcomm:R2TL84GreenStbl10" "R2 TL84 Green Stbl 10"
+    "Qualcomm:R2TL84GreenStbl11" "R2 TL84 Green Stbl 11" "Qualcomm:R2TL84GreenStbl12"
+    "R2 TL84 Green Stbl 12" "Qualcomm:R2TL84GreenStbl13" "R2 TL84 Green Stbl 13"
+    "Qualcomm:R2TL84GreenStbl14" "R2 TL84 Green Stbl 14" "Qualcomm:R2TL84GreenStbl15"
+    "R2 TL84 Green Stbl 15" "Qualcomm:R2TL84GreenStbl16" "R2 TL84 Green Stbl 16"
+    "Qualcomm:R2TL84GreenStbl17" "R2 TL84 Green Stbl 17" "Qualcomm:R2TL84GreenStbl18"
+    "R2 TL84 Green Stbl 18" "Qualcomm:R2TL84GreenStbl19" "R2 TL84 Green Stbl 19"
+    "Qualcomm:R2TL84GreenStbl20" "R2 TL84 Green Stbl 20" "Qualcomm:R2TL84GreenStbl21"
+    "R2 TL84 Green Stbl 21" "Qualcomm:R2TL84GreenStbl22" "R2 TL84 Green Stbl 22"
+    "Qualcomm:R2TL84GreenStbl23" "R2 TL84 Green Stbl 23" "Qualcomm:R2TL84GreenStbl24"
+    "R2 TL84 Green Stbl 24" "Qualcomm:R2TL84GreenStbl25" "R2 TL84 Green Stbl 25"
+    "Qualcomm:R2TL84GreenStbl26" "R2 TL84 Green Stbl 26" "Qualcomm:R2TL84GreenStbl27"
+    "R2 TL84 Green Stbl 27" "Qualcomm:R2TL84GreenStbl28" "R2 TL84 Green Stbl 28"
+    "Qualcomm:R2TL84GreenStbl29" "R2 TL84 Green Stbl 29" "Qualcomm:R2TL84GreenStbl30"
+    "R2 TL84 Green Stbl 30" "Qualcomm:R2TL84GreenStbl31" "R2 TL84 Green Stbl 31"
+    "Qualcomm:R2TL84Height" "R2 TL84 Height" "Qualcomm:R2TL84Intervals" "R2 TL84 Intervals"
+    "Qualcomm:R2TL84RedCtbl00" "R2 TL84 Red Ctbl 00" "Qualcomm:R2TL84RedCtbl01"
+    "R2 TL84 Red Ctbl 01" "Qualcomm:R2TL84RedCtbl02" "R2 TL84 Red Ctbl 02"
+    "Qualcomm:R2TL84RedCtbl03" "R2 TL84 Red Ctbl 03" "Qualcomm:R2TL84RedCtbl04"
+    "R2 TL84 Red Ctbl 04" "Qualcomm:R2TL84RedCtbl05" "R2 TL84 Red Ctbl 05"
+    "Qualcomm:R2TL84RedCtbl06" "R2 TL84 Red Ctbl 06" "Qualcomm:R2TL84RedCtbl07"
+    "R2 TL84 Red Ctbl 07" "Qualcomm:R2TL84RedCtbl08" "R2 TL84 Red Ctbl 08"
+    "Qualcomm:R2TL84RedCtbl09" "R2 TL84 Red Ctbl 09" "Qualcomm:R2TL84RedCtbl10"
+    "R2 TL84 Red Ctbl 10" "Qualcomm:R2TL84RedCtbl11" "R2 TL84 Red Ctbl 11"
+    "Qualcomm:R2TL84RedCtbl12" "R2 TL84 Red Ctbl 12" "Qualcomm:R2TL84RedCtbl13"
+    "R2 TL84 Red Ctbl 13" "Qualcomm:R2TL84RedCtbl14" "R2 TL84 Red Ctbl 14"
+    "Qualcomm:R2TL84RedCtbl15" "R2 TL84 Red Ctbl 15" "Qualcomm:R2TL84RedCtbl16"
+    "R2 TL84 Red Ctbl 16" "Qualcomm:R2TL84RedCtbl17" "R2 TL84 Red Ctbl 17"
+    "Qualcomm:R2TL84RedCtbl18" "R2 TL84 Red Ctbl 18" "Qualcomm:R2TL84RedCtbl19"
+    "R2 TL84 Red Ctbl 19" "Qualcomm:R2TL84RedCtbl20" "R2 TL84 Red Ctbl 20"
+    "Qualcomm:R2TL84RedCtbl21" "R2 TL84 Red Ctbl 21" "Qualcomm:R2TL84RedCtbl22"
+    "R2 TL84 Red Ctbl 22" "Qualcomm:R2TL84RedCtbl23" "R2 TL84 Red Ctbl 23"
+    "Qualcomm:R2TL84RedCtbl24" "R2 TL84 Red Ctbl 24" "Qualcomm:R2TL84RedCtbl25"
+    "R2 TL84 Red Ctbl 25" "Qualcomm:R2TL84RedCtbl26" "R2 TL84 Red Ctbl 26"
+    "Qualcomm:R2TL84RedCtbl27" "R2 TL84 Red Ctbl 27" "Qualcomm:R2TL84RedCtbl28"
+    "R2 TL84 Red Ctbl 28" "Qualcomm:R2TL84RedCtbl29" "R2 TL84 Red Ctbl 29"
+    "Qualcomm:R2TL84RedCtbl30" "R2 TL84 Red Ctbl 30" "Qualcomm:R2TL84RedCtbl31"
+    "R2 TL84 Red Ctbl 31" "Qualcomm:R2TL84RedStbl00" "R2 TL84 Red Stbl 00"
+    "Qualcomm:R2TL84RedStbl01" "R2 TL84 Red Stbl 01" "Qualcomm:R2TL84RedStbl02"
+    "R2 TL84 Red Stbl 02" "Qualcomm:R2TL84RedStbl03" "R2 TL84 Red Stbl 03"
+    "Qualcomm:R2TL84RedStbl04" "R2 TL84 Red Stbl 04" "Qualcomm:R2TL84RedStbl05"
+    "R2 TL84 Red Stbl 05" "Qualcomm:R2TL84RedStbl06" "R2 TL84 Red Stbl 06"
+    "Qualcomm:R2TL84RedStbl07" "R2 TL84 Red Stbl 07" "Qualcomm:R2TL84RedStbl08"
+    "R2 TL84 Red Stbl 08" "Qualcomm:R2TL84RedStbl09" "R2 TL84 Red Stbl 09"
+    "Qualcomm:R2TL84RedStbl10" "R2 TL84 Red Stbl 10" "Qualcomm:R2TL84RedStbl11"
+    "R2 TL84 Red Stbl 11" "Qualcomm:R2TL84RedStbl12" "R2 TL84 Red Stbl 12"
+    "Qualcomm:R2TL84RedStbl13" "R2 TL84 Red Stbl 13" "Qualcomm:R2TL84RedStbl14"
+    "R2 TL84 Red Stbl 14" "Qualcomm:R2TL84RedStbl15" "R2 TL84 Red Stbl 15"
+    "Qualcomm:R2TL84RedStbl16" "R2 TL84 Red Stbl 16" "Qualcomm:R2TL84RedStbl17"
+    "R2 TL84 Red Stbl 17" "Qualcomm:R2TL84RedStbl18" "R2 TL84 Red Stbl 18"
+    "Qualcomm:R2TL84RedStbl19" "R2 TL84 Red Stbl 19" "Qualcomm:R2TL84RedStbl20"
+    "R2 TL84 Red Stbl 20" "Qualcomm:R2TL84RedStbl21" "R2 TL84 Red Stbl 21"
+    "Qualcomm:R2TL84RedStbl22" "R2 TL84 Red Stbl 22" "Qualcomm:R2TL84RedStbl23"
+    "R2 TL84 Red Stbl 23" "Qualcomm:R2TL84RedStbl24" "R2 TL84 Red Stbl 24"
+    "Qualcomm:R2TL84RedStbl25" "R2 TL84 Red Stbl 25" "Qualcomm:R2TL84RedStbl26"
+    "R2 TL84 Red Stbl 26" "Qualcomm:R2TL84RedStbl27" "R2 TL84 Red Stbl 27"
+    "Qualcomm:R2TL84RedStbl28" "R2 TL84 Red Stbl 28" "Qualcomm:R2TL84RedStbl29"
+    "R2 TL84 Red Stbl 29" "Qualcomm:R2TL84RedStbl30" "R2 TL84 Red Stbl 30"
+    "Qualcomm:R2TL84RedStbl31" "R2 TL84 Red Stbl 31" "Qualcomm:R2TL84Tbl00" "R2 TL84 Tbl 00"
+    "Qualcomm:R2TL84Tbl01" "R2 TL84 Tbl 01" "Qualcomm:R2TL84Tbl02" "R2 TL84 Tbl 02"
+    "Qualcomm:R2TL84Tbl03" "R2 TL84 Tbl 03" "Qualcomm:R2TL84Tbl04" "R2 TL84 Tbl 04"
+    "Qualcomm:R2TL84Tbl05" "R2 TL84 Tbl 05" "Qualcomm:R2TL84Tbl06" "R2 TL84 Tbl 06"
+    "Qualcomm:R2TL84Tbl07" "R2 TL84 Tbl 07" "Qualcomm:R2TL84Tbl08" "R2 TL84 Tbl 08"
+    "Qualcomm:R2TL84Tbl09" "R2 TL84 Tbl 09" "Qualcomm:R2TL84Tbl10" "R2 TL84 Tbl 10"
+    "Qualcomm:R2TL84Tbl11" "R2 TL84 Tbl 11" "Qualcomm:R2TL84Tbl12" "R2 TL84 Tbl 12"
+    "Qualcomm:R2TL84Tbl13" "R2 TL84 Tbl 13" "Qualcomm:R2TL84Tbl14" "R2 TL84 Tbl 14"
+    "Qualcomm:R2TL84Tbl15" "R2 TL84 Tbl 15" "Qualcomm:R2TL84Tbl16" "R2 TL84 Tbl 16"
+    "Qualcomm:R2TL84Tbl17" "R2 TL84 Tbl 17" "Qualcomm:R2TL84Tbl18" "R2 TL84 Tbl 18"
+    "Qualcomm:R2TL84Tbl19" "R2 TL84 Tbl 19" "Qualcomm:R2TL84Tbl20" "R2 TL84 Tbl 20"
+    "Qualcomm:R2TL84Tbl21" "R2 TL84 Tbl 21" "Qualcomm:R2TL84Tbl22" "R2 TL84 Tbl 22"
+    "Qualcomm:R2TL84Tbl23" "R2 TL84 Tbl 23" "Qualcomm:R2TL84Tbl24" "R2 TL84 Tbl 24"
+    "Qualcomm:R2TL84Tbl25" "R2 TL84 Tbl 25" "Qualcomm:R2TL84Tbl26" "R2 TL84 Tbl 26"
+    "Qualcomm:R2TL84Tbl27" "R2 TL84 Tbl 27" "Qualcomm:R2TL84Tbl28" "R2 TL84 Tbl 28"
+    "Qualcomm:R2TL84Tbl29" "R2 TL84 Tbl 29" "Qualcomm:R2TL84Tbl30" "R2 TL84 Tbl 30"
+    "Qualcomm:R2TL84Tbl31" "R2 TL84 Tbl 31" "Qualcomm:R2TL84Width" "R2 TL84 Width"
+    "Qualcomm:RolloffEnable" "Rolloff Enable" "Qualcomm:SensorFmt" "Sensor Fmt"
+    "Qualcomm:SensorType" "Sensor Type" "Qualcomm:SensrFulHght" "Sensr Ful Hght"
+    "Qualcomm:SensrFulWdth" "Sensr Ful Wdth" "Qualcomm:SensrQtrHght" "Sensr Qtr Hght"
+    "Qualcomm:SensrQtrWdth" "Sensr Qtr Wdth" "Qualcomm:SnapshotResol" "Snapshot Resol"
+    "Qualcomm:TL84ConvChrmA_M" "TL84 Conv Chrm A M" "Qualcomm:TL84ConvChrmA_P" "TL84 Conv Chrm A P"
+    "Qualcomm:TL84ConvChrmB_M" "TL84 Conv Chrm B M" "Qualcomm:TL84ConvChrmB_P" "TL84 Conv Chrm B P"
+    "Qualcomm:TL84ConvChrmC_M" "TL84 Conv Chrm C M" "Qualcomm:TL84ConvChrmC_P" "TL84 Conv Chrm C P"
+    "Qualcomm:TL84ConvChrmD_M" "TL84 Conv Chrm D M" "Qualcomm:TL84ConvChrmD_P" "TL84 Conv Chrm D P"
+    "Qualcomm:TL84ConvChrmKCb" "TL84 Conv Chrm K Cb" "Qualcomm:TL84ConvChrmKCr"
+    "TL84 Conv Chrm K Cr" "Qualcomm:TL84ConvLumaK" "TL84 Conv Luma K" "Qualcomm:TL84ConvLumaV0"
+    "TL84 Conv Luma V0" "Qualcomm:TL84ConvLumaV1" "TL84 Conv Luma V1" "Qualcomm:TL84ConvLumaV2"
+    "TL84 Conv Luma V2" "Qualcomm:VideoFps" "Video Fps" "Qualcomm:YhiYloConvChrmA_M"
+    "Yhi Ylo Conv Chrm A M" "Qualcomm:YhiYloConvChrmA_P" "Yhi Ylo Conv Chrm A P"
+    "Qualcomm:YhiYloConvChrmB_M" "Yhi Ylo Conv Chrm B M" "Qualcomm:YhiYloConvChrmB_P"
+    "Yhi Ylo Conv Chrm B P" "Qualcomm:YhiYloConvChrmC_M" "Yhi Ylo Conv Chrm C M"
+    "Qualcomm:YhiYloConvChrmC_P" "Yhi Ylo Conv Chrm C P" "Qualcomm:YhiYloConvChrmD_M"
+    "Yhi Ylo Conv Chrm D M" "Qualcomm:YhiYloConvChrmD_P" "Yhi Ylo Conv Chrm D P"
+    "Qualcomm:YhiYloConvChrmKCb" "Yhi Ylo Conv Chrm K Cb" "Qualcomm:YhiYloConvChrmKCr"
+    "Yhi Ylo Conv Chrm K Cr" "Qualcomm:YhiYloConvLumaK" "Yhi Ylo Conv Luma K"
+    "Qualcomm:YhiYloConvLumaV0" "Yhi Ylo Conv Luma V0" "Qualcomm:YhiYloConvLumaV1"
+    "Yhi Ylo Conv Luma V1" "Qualcomm:YhiYloConvLumaV2" "Yhi Ylo Conv Luma V2" "Qualcomm:YhiYloCorC0"
+    "Yhi Ylo Cor C0" "Qualcomm:YhiYloCorC1" "Yhi Ylo Cor C1" "Qualcomm:YhiYloCorC2" "Yhi Ylo Cor C2"
+    "Qualcomm:YhiYloCorC3" "Yhi Ylo Cor C3" "Qualcomm:YhiYloCorC4" "Yhi Ylo Cor C4"
+    "Qualcomm:YhiYloCorC5" "Yhi Ylo Cor C5" "Qualcomm:YhiYloCorC6" "Yhi Ylo Cor C6"
+    "Qualcomm:YhiYloCorC7" "Yhi Ylo Cor C7" "Qualcomm:YhiYloCorC8" "Yhi Ylo Cor C8"
+    "Qualcomm:YhiYloCorK0" "Yhi Ylo Cor K0" "Qualcomm:YhiYloCorK1" "Yhi Ylo Cor K1"
+    "Qualcomm:YhiYloCorK2" "Yhi Ylo Cor K2" "Gain numérique de l'instantané AEC"
+    "Mode de l'Autofocus" "Activation du gamma" "Type de capteur" "AF-Modus" "Modo AF"
+    "R2 A blu Stbl 30" "R2 A blu Stbl 29" "R2 A blu Stbl 28" "R2 A blu Stbl 27" "R2 A blu Stbl 26"
+    "R2 A blu Stbl 25" "R2 A blu Stbl 24" "R2 A blu Stbl 23" "R2 A blu Stbl 22" "R2 A blu Stbl 21"
+    "R2 A blu Stbl 20" "R2 A blu Stbl 19" "R2 A blu Stbl 18" "R2 A blu Stbl 17" "R2 A blu Stbl 16"
+    "R2 A blu Stbl 15" "R2 A blu Stbl 14" "R2 A blu Stbl 13" "R2 A blu Stbl 12" "R2 A blu Stbl 11"
+    "R2 A blu Stbl 10" "R2 A blu Stbl 09" "R2 A blu Stbl 08" "R2 A blu Stbl 07" "R2 A blu Stbl 06"
+    "R2 A blu Stbl 05" "R2 A blu Stbl 04" "R2 A blu Stbl 03" "R2 A blu Stbl 02" "R2 A blu Stbl 01"
+    "R2 A blu Stbl 00" "R2 A blu Ctbl 31" "R2 A blu Ctbl 30" "R2 A blu Ctbl 29" "R2 A blu Ctbl 28"
+    "R2 A blu Ctbl 27" "R2 A blu Ctbl 26" "R2 A blu Ctbl 25" "R2 A blu Ctbl 24" "R2 A blu Ctbl 23"
+    "R2 A blu Ctbl 22" "R2 A blu Ctbl 21" "R2 A blu Ctbl 20" "R2 A blu Ctbl 19" "R2 A blu Ctbl 18"
+    "R2 A blu Ctbl 17" "R2 A blu Ctbl 16" "R2 A blu Ctbl 15" "R2 A blu Ctbl 14" "R2 A blu Ctbl 13"
+    "R2 A blu Ctbl 12" "R2 A blu Ctbl 11" "R2 A blu Ctbl 10" "R2 A blu Ctbl 09" "R2 A blu Ctbl 08"
+    "R2 A blu Ctbl 07" "R2 A blu Ctbl 06" "R2 A blu Ctbl 05" "R2 A blu Ctbl 04" "R2 A blu Ctbl 03"
+    "R2 A blu Ctbl 02" "R2 A blu Ctbl 01" "R2 A blu Ctbl 00" "R2 A blu Stbl 31" "R2 A verde Ctbl 00"
+    "R2 A verde Ctbl 01" "R2 A verde Ctbl 02" "R2 A verde Ctbl 03" "R2 A verde Ctbl 04"
+    "R2 A verde Ctbl 05" "R2 A verde Ctbl 06" "R2 A verde Ctbl 07" "R2 A verde Ctbl 08"
+    "R2 A verde Ctbl 09" "R2 A verde Ctbl 10" "R2 A verde Ctbl 11" "R2 A verde Ctbl 12"
+    "R2 A verde Ctbl 13" "R2 A verde Ctbl 14" "R2 A verde Ctbl 15" "R2 A verde Ctbl 16"
+    "R2 A verde Ctbl 17" "R2 A verde Ctbl 18" "R2 A verde Ctbl 19" "R2 A verde Ctbl 20"
+    "R2 A verde Ctbl 21" "R2 A verde Ctbl 22" "R2 A verde Ctbl 23" "R2 A verde Ctbl 24"
+    "R2 A verde Ctbl 25" "R2 A verde Ctbl 26" "R2 A verde Ctbl 27" "R2 A verde Ctbl 28"
+    "R2 A verde Ctbl 29" "R2 A verde Ctbl 30" "R2 A verde Ctbl 31" "R2 A verde Stbl 00"
+    "R2 A verde Stbl 01" "R2 A verde Stbl 02" "R2 A verde Stbl 03" "R2 A verde Stbl 04"
+    "R2 A verde Stbl 05" "R2 A verde Stbl 06" "R2 A verde Stbl 07" "R2 A verde Stbl 08"
+    "R2 A verde Stbl 09" "R2 A verde Stbl 10" "R2 A verde Stbl 11" "R2 A verde Stbl 12"
+    "R2 A verde Stbl 13" "R2 A verde Stbl 14" "R2 A verde Stbl 15" "R2 A verde Stbl 16"
+    "R2 A verde Stbl 17" "R2 A verde Stbl 18" "R2 A verde Stbl 19" "R2 A verde Stbl 20"
+    "R2 A verde Stbl 21" "R2 A verde Stbl 22" "R2 A verde Stbl 23" "R2 A verde Stbl 24"
+    "R2 A verde Stbl 25" "R2 A verde Stbl 26" "R2 A verde Stbl 27" "R2 A verde Stbl 28"
+    "R2 A verde Stbl 29" "R2 A verde Stbl 30" "R2 A verde Stbl 31" "R2 A altezza" "R2 A intervalli"
+    "R2 A rosso Ctbl 00" "R2 A rosso Ctbl 01" "R2 A rosso Ctbl 02" "R2 A rosso Ctbl 03"
+    "R2 A rosso Ctbl 04" "R2 A rosso Ctbl 05" "R2 A rosso Ctbl 06" "R2 A rosso Ctbl 07"
+    "R2 A rosso Ctbl 08" "R2 A rosso Ctbl 09" "R2 A rosso Ctbl 10" "R2 A rosso Ctbl 11"
+    "R2 A rosso Ctbl 12" "R2 A rosso Ctbl 13" "R2 A rosso Ctbl 14" "R2 A rosso Ctbl 15"
+    "R2 A rosso Ctbl 16" "R2 A rosso Ctbl 17" "R2 A rosso Ctbl 18" "R2 A rosso Ctbl 19"
+    "R2 A rosso Ctbl 20" "R2 A rosso Ctbl 21" "R2 A rosso Ctbl 22" "R2 A rosso Ctbl 23"
+    "R2 A rosso Ctbl 24" "R2 A rosso Ctbl 25" "R2 A rosso Ctbl 26" "R2 A rosso Ctbl 27"
+    "R2 A rosso Ctbl 28" "R2 A rosso Ctbl 29" "R2 A rosso Ctbl 30" "R2 A rosso Ctbl 31"
+    "R2 A rosso Stbl 00" "R2 A rosso Stbl 01" "R2 A rosso Stbl 02" "R2 A rosso Stbl 03"
+    "R2 A rosso Stbl 04" "R2 A rosso Stbl 05" "R2 A rosso Stbl 06" "R2 A rosso Stbl 07"
+    "R2 A rosso Stbl 08" "R2 A rosso Stbl 09" "R2 A rosso Stbl 10" "R2 A rosso Stbl 11"
+    "R2 A rosso Stbl 12" "R2 A rosso Stbl 13" "R2 A rosso Stbl 14" "R2 A rosso Stbl 15"
+    "R2 A rosso Stbl 16" "R2 A rosso Stbl 17" "R2 A rosso Stbl 18" "R2 A rosso Stbl 19"
+    "R2 A rosso Stbl 20" "R2 A rosso Stbl 21" "R2 A rosso Stbl 22" "R2 A rosso Stbl 23"
+    "R2 A rosso Stbl 24" "R2 A rosso Stbl 25" "R2 A rosso Stbl 26" "R2 A rosso Stbl 27"
+    "R2 A rosso Stbl 28" "R2 A rosso Stbl 29" "R2 A rosso Stbl 30" "R2 A rosso Stbl 31"
+    "R2 A larghezza" "R2 D65 blu Ctbl 00" "R2 D65 blu Ctbl 01" "R2 D65 blu Ctbl 02"
+    "R2 D65 blu Ctbl 03" "R2 D65 blu Ctbl 04" "R2 D65 blu Ctbl 05" "R2 D65 blu Ctbl 06"
+    "R2 D65 blu Ctbl 07" "R2 D65 blu Ctbl 08" "R2 D65 blu Ctbl 09" "R2 D65 blu Ctbl 10"
+    "R2 D65 blu Ctbl 11" "R2 D65 blu Ctbl 12" "R2 D65 blu Ctbl 13" "R2 D65 blu Ctbl 14"
+    "R2 D65 blu Ctbl 15" "R2 D65 blu Ctbl 16" "R2 D65 blu Ctbl 17" "R2 D65 blu Ctbl 18"
+    "R2 D65 blu Ctbl 19" "R2 D65 blu Ctbl 20" "R2 D65 blu Ctbl 21" "R2 D65 blu Ctbl 22"
+    "R2 D65 blu Ctbl 23" "R2 D65 blu Ctbl 24" "R2 D65 blu Ctbl 25" "R2 D65 blu Ctbl 26"
+    "R2 D65 blu Ctbl 27" "R2 D65 blu Ctbl 28" "R2 D65 blu Ctbl 29" "R2 D65 blu Ctbl 30"
+    "R2 D65 blu Ctbl 31" "R2 D65 blu Stbl 00" "R2 D65 blu Stbl 01" "R2 D65 blu Stbl 02"
+    "R2 D65 blu Stbl 03" "R2 D65 blu Stbl 04" "R2 D65 blu Stbl 05" "R2 D65 blu Stbl 06"
+    "R2 D65 blu Stbl 07" "R2 D65 blu Stbl 08" "R2 D65 blu Stbl 09" "R2 D65 blu Stbl 10"
+    "R2 D65 blu Stbl 11" "R2 D65 blu Stbl 12" "R2 D65 blu Stbl 13" "R2 D65 blu Stbl 14"
+    "R2 D65 blu Stbl 15" "R2 D65 blu Stbl 16" "R2 D65 blu Stbl 17" "R2 D65 blu Stbl 18"
+    "R2 D65 blu Stbl 19" "R2 D65 blu Stbl 20" "R2 D65 blu Stbl 21" "R2 D65 blu Stbl 22"
+    "R2 D65 blu Stbl 23" "R2 D65 blu Stbl 24" "R2 D65 blu Stbl 25" "R2 D65 blu Stbl 26"
+    "R2 D65 blu Stbl 27" "R2 D65 blu Stbl 28" "R2 D65 blu Stbl 29" "R2 D65 blu Stbl 30"
+    "R2 D65 blu Stbl 31" "R2 D65 verde Ctbl 00" "R2 D65 verde Ctbl 01" "R2 D65 verde Ctbl 02"
+    "R2 D65 verde Ctbl 03" "R2 D65 verde Ctbl 04" "R2 D65 verde Ctbl 05" "R2 D65 verde Ctbl 06"
+    "R2 D65 verde Ctbl 07" "R2 D65 verde Ctbl 08" "R2 D65 verde Ctbl 09" "R2 D65 verde Ctbl 10"
+    "R2 D65 verde Ctbl 11" "R2 D65 verde Ctbl 12" "R2 D65 verde Ctbl 13" "R2 D65 verde Ctbl 14"
+    "R2 D65 verde Ctbl 15" "R2 D65 verde Ctbl 16" "R2 D65 verde Ctbl 17" "R2 D65 verde Ctbl 18"
+    "R2 D65 verde Ctbl 19" "R2 D65 verde Ctbl 20" "R2 D65 verde Ctbl 21" "R2 D65 verde Ctbl 22"
+    "R2 D65 verde Ctbl 23" "R2 D65 verde Ctbl 24" "R2 D65 verde Ctbl 25" "R2 D65 verde Ctbl 26"
+    "R2 D65 verde Ctbl 27" "R2 D65 verde Ctbl 28" "R2 D65 verde Ctbl 29" "R2 D65 verde Ctbl 30"
+    "R2 D65 verde Ctbl 31" "R2 D65 verde Stbl 00" "R2 D65 verde Stbl 01" "R2 D65 verde Stbl 02"
+    "R2 D65 verde Stbl 03" "R2 D65 verde Stbl 04" "R2 D65 verde Stbl 05" "R2 D65 verde Stbl 06"
+    "R2 D65 verde Stbl 07" "R2 D65 verde Stbl 08" "R2 D65 verde Stbl 09" "R2 D65 verde Stbl 10"
+    "R2 D65 verde Stbl 11" "R2 D65 verde Stbl 12" "R2 D65 verde Stbl 13" "R2 D65 verde Stbl 14"
+    "R2 D65 verde Stbl 15" "R2 D65 verde Stbl 16" "R2 D65 verde Stbl 17" "R2 D65 verde Stbl 18"
+    "R2 D65 verde Stbl 19" "R2 D65 verde Stbl 20" "R2 D65 verde Stbl 21" "R2 D65 verde Stbl 22"
+    "R2 D65 verde Stbl 23" "R2 D65 verde Stbl 24" "R2 D65 verde Stbl 25" "R2 D65 verde Stbl 26"
+    "R2 D65 verde Stbl 27" "R2 D65 verde Stbl 28" "R2 D65 verde Stbl 29" "R2 D65 verde Stbl 30"
+    "R2 D65 verde Stbl 31" "R2 D65 altezza" "R2 D65 intervalli" "R2 D65 rosso Ctbl 00"
+    "R2 D65 rosso Ctbl 01" "R2 D65 rosso Ctbl 02" "R2 D65 rosso Ctbl 03" "R2 D65 rosso Ctbl 04"
+    "R2 D65 rosso Ctbl 05" "R2 D65 rosso Ctbl 06" "R2 D65 rosso Ctbl 07" "R2 D65 rosso Ctbl 08"
+    "R2 D65 rosso Ctbl 09" "R2 D65 rosso Ctbl 10" "R2 D65 rosso Ctbl 11" "R2 D65 rosso Ctbl 12"
+    "R2 D65 rosso Ctbl 13" "R2 D65 rosso Ctbl 14" "R2 D65 rosso Ctbl 15" "R2 D65 rosso Ctbl 16"
+    "R2 D65 rosso Ctbl 17" "R2 D65 rosso Ctbl 18" "R2 D65 rosso Ctbl 19" "R2 D65 rosso Ctbl 20"
+    "R2 D65 rosso Ctbl 21" "R2 D65 rosso Ctbl 22" "R2 D65 rosso Ctbl 23" "R2 D65 rosso Ctbl 24"
+    "R2 D65 rosso Ctbl 25" "R2 D65 rosso Ctbl 26" "R2 D65 rosso Ctbl 27" "R2 D65 rosso Ctbl 28"
+    "R2 D65 rosso Ctbl 29" "R2 D65 rosso Ctbl 30" "R2 D65 rosso Ctbl 31" "R2 D65 rosso Stbl 00"
+    "R2 D65 rosso Stbl 01" "R2 D65 rosso Stbl 02" "R2 D65 rosso Stbl 03" "R2 D65 rosso Stbl 04"
+    "R2 D65 rosso Stbl 05" "R2 D65 rosso Stbl 06" "R2 D65 rosso Stbl 07" "R2 D65 rosso Stbl 08"
+    "R2 D65 rosso Stbl 09" "R2 D65 rosso Stbl 10" "R2 D65 rosso Stbl 11" "R2 D65 rosso Stbl 12"
+    "R2 D65 rosso Stbl 13" "R2 D65 rosso Stbl 14" "R2 D65 rosso Stbl 15" "R2 D65 rosso Stbl 16"
+    "R2 D65 rosso Stbl 17" "R2 D65 rosso Stbl 18" "R2 D65 rosso Stbl 19" "R2 D65 rosso Stbl 20"
+    "R2 D65 rosso Stbl 21" "R2 D65 rosso Stbl 22" "R2 D65 rosso Stbl 23" "R2 D65 rosso Stbl 24"
+    "R2 D65 rosso Stbl 25" "R2 D65 rosso Stbl 26" "R2 D65 rosso Stbl 27" "R2 D65 rosso Stbl 28"
+    "R2 D65 rosso Stbl 29" "R2 D65 rosso Stbl 30" "R2 D65 rosso Stbl 31" "R2 D65 larghezza"
+    "R2 TL84 blu Ctbl 00" "R2 TL84 blu Ctbl 01" "R2 TL84 blu Ctbl 02" "R2 TL84 blu Ctbl 03"
+    "R2 TL84 blu Ctbl 04" "R2 TL84 blu Ctbl 05" "R2 TL84 blu Ctbl 06" "R2 TL84 blu Ctbl 07"
+    "R2 TL84 blu Ctbl 08" "R2 TL84 blu Ctbl 09" "R2 TL84 blu Ctbl 10" "R2 TL84 blu Ctbl 11"
+    "R2 TL84 blu Ctbl 12" "R2 TL84 blu Ctbl 13" "R2 TL84 blu Ctbl 14" "R2 TL84 blu Ctbl 15"
+    "R2 TL84 blu Ctbl 16" "R2 TL84 blu Ctbl 17" "R2 TL84 blu Ctbl 18" "R2 TL84 blu Ctbl 19"
+    "R2 TL84 blu Ctbl 20" "R2 TL84 blu Ctbl 21" "R2 TL84 blu Ctbl 22" "R2 TL84 blu Ctbl 23"
+    "R2 TL84 blu Ctbl 24" "R2 TL84 blu Ctbl 25" "R2 TL84 blu Ctbl 26" "R2 TL84 blu Ctbl 27"
+    "R2 TL84 blu Ctbl 28" "R2 TL84 blu Ctbl 29" "R2 TL84 blu Ctbl 30" "R2 TL84 blu Ctbl 31"
+    "R2 TL84 blu Stbl 00" "R2 TL84 blu Stbl 01" "R2 TL84 blu Stbl 02" "R2 TL84 blu Stbl 03"
+    "R2 TL84 blu Stbl 04" "R2 TL84 blu Stbl 05" "R2 TL84 blu Stbl 06" "R2 TL84 blu Stbl 07"
+    "R2 TL84 blu Stbl 08" "R2 TL84 blu Stbl 09" "R2 TL84 blu Stbl 10" "R2 TL84 blu Stbl 11"
+    "R2 TL84 blu Stbl 12" "R2 TL84 blu Stbl 13" "R2 TL84 blu Stbl 14" "R2 TL84 blu Stbl 15"
+    "R2 TL84 blu Stbl 16" "R2 TL84 blu Stbl 17" "R2 TL84 blu Stbl 18" "R2 TL84 blu Stbl 19"
+    "R2 TL84 blu Stbl 20" "R2 TL84 blu Stbl 21" "R2 TL84 blu Stbl 22" "R2 TL84 blu Stbl 23"
+    "R2 TL84 blu Stbl 24" "R2 TL84 blu Stbl 25" "R2 TL84 blu Stbl 26" "R2 TL84 blu Stbl 27"
+    "R2 TL84 blu Stbl 28" "R2 TL84 blu Stbl 29" "R2 TL84 blu Stbl 30" "R2 TL84 blu Stbl 31"
+    "R2 TL84 verde Ctbl 00" "R2 TL84 verde Ctbl 01" "R2 TL84 verde Ctbl 02" "R2 TL84 verde Ctbl 03"
+    "R2 TL84 verde Ctbl 04" "R2 TL84 verde Ctbl 05" "R2 TL84 verde Ctbl 06" "R2 TL84 verde Ctbl 07"
+    "R2 TL84 verde Ctbl 08" "R2 TL84 verde Ctbl 09" "R2 TL84 verde Ctbl 10" "R2 TL84 verde Ctbl 11"
+    "R2 TL84 verde Ctbl 12" "R2 TL84 verde Ctbl 13" "R2 TL84 verde Ctbl 14" "R2 TL84 verde Ctbl 15"
+    "R2 TL84 verde Ctbl 16" "R2 TL84 verde Ctbl 17" "R2 TL84 verde Ctbl 18" "R2 TL84 verde Ctbl 19"
+    "R2 TL84 verde Ctbl 20" "R2 TL84 verde Ctbl 21" "R2 TL84 verde Ctbl 22" "R2 TL84 verde Ctbl 23"
+    "R2 TL84 verde Ctbl 24" "R2 TL84 verde Ctbl 25" "R2 TL84 verde Ctbl 26" "R2 TL84 verde Ctbl 27"
+    "R2 TL84 verde Ctbl 28" "R2 TL84 verde Ctbl 29" "R2 TL84 verde Ctbl 30" "R2 TL84 verde Ctbl 31"
+    "R2 TL84 verde Stbl 00" "R2 TL84 verde Stbl 01" "R2 TL84 verde Stbl 02" "R2 TL84 verde Stbl 03"
+    "R2 TL84 verde Stbl 04" "R2 TL84 verde Stbl 05" "R2 TL84 verde Stbl 06" "R2 TL84 verde Stbl 07"
+    "R2 TL84 verde Stbl 08" "R2 TL84 verde Stbl 09" "R2 TL84 verde Stbl 10" "R2 TL84 verde Stbl 11"
+    "R2 TL84 verde Stbl 12" "R2 TL84 verde Stbl 13" "R2 TL84 verde Stbl 14" "R2 TL84 verde Stbl 15"
+    "R2 TL84 verde Stbl 16" "R2 TL84 verde Stbl 17" "R2 TL84 verde Stbl 18" "R2 TL84 verde Stbl 19"
+    "R2 TL84 verde Stbl 20" "R2 TL84 verde Stbl 21" "R2 TL84 verde Stbl 22" "R2 TL84 verde Stbl 23"
+    "R2 TL84 verde Stbl 24" "R2 TL84 verde Stbl 25" "R2 TL84 verde Stbl 26" "R2 TL84 verde Stbl 27"
+    "R2 TL84 verde Stbl 28" "R2 TL84 verde Stbl 29" "R2 TL84 verde Stbl 30" "R2 TL84 verde Stbl 31"
+    "R2 TL84 altezza" "R2 TL84 intervalli" "R2 TL84 rosso Ctbl 00" "R2 TL84 rosso Ctbl 01"
+    "R2 TL84 rosso Ctbl 02" "R2 TL84 rosso Ctbl 03" "R2 TL84 rosso Ctbl 04" "R2 TL84 rosso Ctbl 05"
+    "R2 TL84 rosso Ctbl 06" "R2 TL84 rosso Ctbl 07" "R2 TL84 rosso Ctbl 08" "R2 TL84 rosso Ctbl 09"
+    "R2 TL84 rosso Ctbl 10" "R2 TL84 rosso Ctbl 11" "R2 TL84 rosso Ctbl 12" "R2 TL84 rosso Ctbl 13"
+    "R2 TL84 rosso Ctbl 14" "R2 TL84 rosso Ctbl 15" "R2 TL84 rosso Ctbl 16" "R2 TL84 rosso Ctbl 17"
+    "R2 TL84 rosso Ctbl 18" "R2 TL84 rosso Ctbl 19" "R2 TL84 rosso Ctbl 20" "R2 TL84 rosso Ctbl 21"
+    "R2 TL84 rosso Ctbl 22" "R2 TL84 rosso Ctbl 23" "R2 TL84 rosso Ctbl 24" "R2 TL84 rosso Ctbl 25"
+    "R2 TL84 rosso Ctbl 26" "R2 TL84 rosso Ctbl 27" "R2 TL84 rosso Ctbl 28" "R2 TL84 rosso Ctbl 29"
+    "R2 TL84 rosso Ctbl 30" "R2 TL84 rosso Ctbl 31" "R2 TL84 rosso Stbl 00" "R2 TL84 rosso Stbl 01"
+    "R2 TL84 rosso Stbl 02" "R2 TL84 rosso Stbl 03" "R2 TL84 rosso Stbl 04" "R2 TL84 rosso Stbl 05"
+    "R2 TL84 rosso Stbl 06" "R2 TL84 rosso Stbl 07" "R2 TL84 rosso Stbl 08" "R2 TL84 rosso Stbl 09"
+    "R2 TL84 rosso Stbl 10" "R2 TL84 rosso Stbl 11" "R2 TL84 rosso Stbl 12" "R2 TL84 rosso Stbl 13"
+    "R2 TL84 rosso Stbl 14" "R2 TL84 rosso Stbl 15" "R2 TL84 rosso Stbl 16" "R2 TL84 rosso Stbl 17"
+    "R2 TL84 rosso Stbl 18" "R2 TL84 rosso Stbl 19" "R2 TL84 rosso Stbl 20" "R2 TL84 rosso Stbl 21"
+    "R2 TL84 rosso Stbl 22" "R2 TL84 rosso Stbl 23" "R2 TL84 rosso Stbl 24" "R2 TL84 rosso Stbl 25"
+    "R2 TL84 rosso Stbl 26" "R2 TL84 rosso Stbl 27" "R2 TL84 rosso Stbl 28" "R2 TL84 rosso Stbl 29"
+    "R2 TL84 rosso Stbl 30" "R2 TL84 rosso Stbl 31" "R2 TL84 larghezza" "Tipo sensore" "AFモード";
 
 // Qualcomm: 1188 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsQualcomm[] = {
-    {{0, 9}, TagType::string, 0, 0, 0, 0},
-    {{9, 15}, TagType::string, 0, 0, 0, 0},
-    {{24, 18}, TagType::string, 0, 0, 0, 0},
-    {{42, 21}, TagType::string, 0, 0, 0, 0},
-    {{63, 17}, TagType::string, 0, 0, 0, 0},
-    {{80, 19}, TagType::string, 0, 0, 0, 0},
-    {{99, 17}, TagType::string, 0, 0, 0, 0},
-    {{116, 18}, TagType::string, 0, 0, 0, 0},
-    {{134, 20}, TagType::string, 0, 0, 0, 0},
-    {{154, 9}, TagType::string, 0, 0, 0, 0},
-    {{163, 23}, TagType::string, 0, 0, 0, 0},
-    {{186, 22}, TagType::string, 0, 0, 0, 0},
-    {{208, 26}, TagType::string, 0, 0, 0, 0},
-    {{234, 12}, TagType::string, 0, 0, 0, 0},
-    {{246, 13}, TagType::string, 0, 0, 0, 0},
-    {{259, 16}, TagType::string, 0, 0, 0, 0},
-    {{275, 7}, TagType::string, 0, 0, 0, 0},
-    {{282, 11}, TagType::string, 0, 0, 0, 0},
-    {{293, 25}, TagType::string, 0, 0, 0, 0},
-    {{318, 22}, TagType::string, 0, 0, 0, 0},
-    {{340, 25}, TagType::string, 0, 0, 0, 0},
-    {{365, 27}, TagType::string, 0, 0, 0, 0},
-    {{392, 27}, TagType::string, 0, 0, 0, 0},
-    {{419, 20}, TagType::string, 0, 0, 0, 0},
-    {{439, 22}, TagType::string, 0, 0, 0, 0},
-    {{461, 25}, TagType::string, 0, 0, 0, 0},
-    {{486, 20}, TagType::string, 0, 0, 0, 0},
-    {{506, 21}, TagType::string, 0, 0, 0, 0},
-    {{527, 10}, TagType::string, 0, 0, 0, 0},
-    {{537, 10}, TagType::string, 0, 0, 0, 0},
-    {{547, 16}, TagType::string, 0, 0, 0, 0},
-    {{563, 8}, TagType::string, 0, 0, 0, 0},
-    {{571, 8}, TagType::string, 0, 0, 0, 0},
-    {{579, 16}, TagType::string, 0, 0, 0, 0},
-    {{595, 10}, TagType::string, 0, 0, 0, 0},
-    {{605, 11}, TagType::string, 0, 0, 0, 0},
-    {{616, 11}, TagType::string, 0, 0, 0, 0},
-    {{627, 6}, TagType::string, 0, 0, 0, 0},
-    {{633, 9}, TagType::string, 0, 0, 0, 0},
-    {{642, 13}, TagType::string, 0, 0, 0, 0},
-    {{655, 12}, TagType::string, 0, 0, 0, 0},
-    {{667, 10}, TagType::string, 0, 0, 0, 0},
-    {{677, 9}, TagType::string, 0, 0, 0, 0},
-    {{686, 20}, TagType::string, 0, 0, 0, 0},
-    {{706, 14}, TagType::string, 0, 0, 0, 0},
-    {{720, 19}, TagType::string, 0, 0, 0, 0},
-    {{739, 10}, TagType::string, 0, 0, 0, 0},
-    {{749, 18}, TagType::string, 0, 0, 0, 0},
-    {{767, 18}, TagType::string, 0, 0, 0, 0},
-    {{785, 18}, TagType::string, 0, 0, 0, 0},
-    {{803, 18}, TagType::string, 0, 0, 0, 0},
-    {{821, 18}, TagType::string, 0, 0, 0, 0},
-    {{839, 18}, TagType::string, 0, 0, 0, 0},
-    {{857, 18}, TagType::string, 0, 0, 0, 0},
-    {{875, 18}, TagType::string, 0, 0, 0, 0},
-    {{893, 18}, TagType::string, 0, 0, 0, 0},
-    {{911, 18}, TagType::string, 0, 0, 0, 0},
-    {{929, 18}, TagType::string, 0, 0, 0, 0},
-    {{947, 18}, TagType::string, 0, 0, 0, 0},
-    {{965, 18}, TagType::string, 0, 0, 0, 0},
-    {{983, 18}, TagType::string, 0, 0, 0, 0},
-    {{1001, 18}, TagType::string, 0, 0, 0, 0},
-    {{1019, 18}, TagType::string, 0, 0, 0, 0},
-    {{1037, 18}, TagType::string, 0, 0, 0, 0},
-    {{1055, 18}, TagType::string, 0, 0, 0, 0},
-    {{1073, 18}, TagType::string, 0, 0, 0, 0},
-    {{1091, 18}, TagType::string, 0, 0, 0, 0},
-    {{1109, 18}, TagType::string, 0, 0, 0, 0},
-    {{1127, 18}, TagType::string, 0, 0, 0, 0},
-    {{1145, 18}, TagType::string, 0, 0, 0, 0},
-    {{1163, 18}, TagType::string, 0, 0, 0, 0},
-    {{1181, 18}, TagType::string, 0, 0, 0, 0},
-    {{1199, 18}, TagType::string, 0, 0, 0, 0},
-    {{1217, 18}, TagType::string, 0, 0, 0, 0},
-    {{1235, 18}, TagType::string, 0, 0, 0, 0},
-    {{1253, 18}, TagType::string, 0, 0, 0, 0},
-    {{1271, 18}, TagType::string, 0, 0, 0, 0},
-    {{1289, 18}, TagType::string, 0, 0, 0, 0},
-    {{1307, 18}, TagType::string, 0, 0, 0, 0},
-    {{1325, 18}, TagType::string, 0, 0, 0, 0},
-    {{1343, 18}, TagType::string, 0, 0, 0, 0},
-    {{1361, 18}, TagType::string, 0, 0, 0, 0},
-    {{1379, 18}, TagType::string, 0, 0, 0, 0},
-    {{1397, 18}, TagType::string, 0, 0, 0, 0},
-    {{1415, 18}, TagType::string, 0, 0, 0, 0},
-    {{1433, 18}, TagType::string, 0, 0, 0, 0},
-    {{1451, 18}, TagType::string, 0, 0, 0, 0},
-    {{1469, 18}, TagType::string, 0, 0, 0, 0},
-    {{1487, 18}, TagType::string, 0, 0, 0, 0},
-    {{1505, 18}, TagType::string, 0, 0, 0, 0},
-    {{1523, 18}, TagType::string, 0, 0, 0, 0},
-    {{1541, 18}, TagType::string, 0, 0, 0, 0},
-    {{1559, 18}, TagType::string, 0, 0, 0, 0},
-    {{1577, 18}, TagType::string, 0, 0, 0, 0},
-    {{1595, 18}, TagType::string, 0, 0, 0, 0},
-    {{1613, 18}, TagType::string, 0, 0, 0, 0},
-    {{1631, 18}, TagType::string, 0, 0, 0, 0},
-    {{1649, 14}, TagType::string, 0, 0, 0, 0},
-    {{1663, 14}, TagType::string, 0, 0, 0, 0},
-    {{1677, 14}, TagType::string, 0, 0, 0, 0},
-    {{1691, 14}, TagType::string, 0, 0, 0, 0},
-    {{1705, 14}, TagType::string, 0, 0, 0, 0},
-    {{1719, 14}, TagType::string, 0, 0, 0, 0},
-    {{1733, 14}, TagType::string, 0, 0, 0, 0},
-    {{1747, 14}, TagType::string, 0, 0, 0, 0},
-    {{1761, 14}, TagType::string, 0, 0, 0, 0},
-    {{1775, 14}, TagType::string, 0, 0, 0, 0},
-    {{1789, 14}, TagType::string, 0, 0, 0, 0},
-    {{1803, 14}, TagType::string, 0, 0, 0, 0},
-    {{1817, 14}, TagType::string, 0, 0, 0, 0},
-    {{1831, 14}, TagType::string, 0, 0, 0, 0},
-    {{1845, 14}, TagType::string, 0, 0, 0, 0},
-    {{1859, 14}, TagType::string, 0, 0, 0, 0},
-    {{1873, 14}, TagType::string, 0, 0, 0, 0},
-    {{1887, 14}, TagType::string, 0, 0, 0, 0},
-    {{1901, 14}, TagType::string, 0, 0, 0, 0},
-    {{1915, 14}, TagType::string, 0, 0, 0, 0},
-    {{1929, 14}, TagType::string, 0, 0, 0, 0},
-    {{1943, 14}, TagType::string, 0, 0, 0, 0},
-    {{1957, 14}, TagType::string, 0, 0, 0, 0},
-    {{1971, 14}, TagType::string, 0, 0, 0, 0},
-    {{1985, 14}, TagType::string, 0, 0, 0, 0},
-    {{1999, 14}, TagType::string, 0, 0, 0, 0},
-    {{2013, 14}, TagType::string, 0, 0, 0, 0},
-    {{2027, 14}, TagType::string, 0, 0, 0, 0},
-    {{2041, 14}, TagType::string, 0, 0, 0, 0},
-    {{2055, 14}, TagType::string, 0, 0, 0, 0},
-    {{2069, 14}, TagType::string, 0, 0, 0, 0},
-    {{2083, 14}, TagType::string, 0, 0, 0, 0},
-    {{2097, 14}, TagType::string, 0, 0, 0, 0},
-    {{2111, 14}, TagType::string, 0, 0, 0, 0},
-    {{2125, 14}, TagType::string, 0, 0, 0, 0},
-    {{2139, 14}, TagType::string, 0, 0, 0, 0},
-    {{2153, 14}, TagType::string, 0, 0, 0, 0},
-    {{2167, 14}, TagType::string, 0, 0, 0, 0},
-    {{2181, 14}, TagType::string, 0, 0, 0, 0},
-    {{2195, 14}, TagType::string, 0, 0, 0, 0},
-    {{2209, 14}, TagType::string, 0, 0, 0, 0},
-    {{2223, 14}, TagType::string, 0, 0, 0, 0},
-    {{2237, 14}, TagType::string, 0, 0, 0, 0},
-    {{2251, 14}, TagType::string, 0, 0, 0, 0},
-    {{2265, 14}, TagType::string, 0, 0, 0, 0},
-    {{2279, 14}, TagType::string, 0, 0, 0, 0},
-    {{2293, 14}, TagType::string, 0, 0, 0, 0},
-    {{2307, 14}, TagType::string, 0, 0, 0, 0},
-    {{2321, 14}, TagType::string, 0, 0, 0, 0},
-    {{2335, 14}, TagType::string, 0, 0, 0, 0},
-    {{2349, 19}, TagType::string, 0, 0, 0, 0},
-    {{2368, 15}, TagType::string, 0, 0, 0, 0},
-    {{2383, 14}, TagType::string, 0, 0, 0, 0},
-    {{2397, 14}, TagType::string, 0, 0, 0, 0},
-    {{2411, 15}, TagType::string, 0, 0, 0, 0},
-    {{2426, 15}, TagType::string, 0, 0, 0, 0},
-    {{2441, 9}, TagType::string, 0, 0, 0, 0},
-    {{2450, 16}, TagType::string, 0, 0, 0, 0},
-    {{2466, 17}, TagType::string, 0, 0, 0, 0},
-    {{2483, 16}, TagType::string, 0, 0, 0, 0},
-    {{2499, 17}, TagType::string, 0, 0, 0, 0},
-    {{2516, 16}, TagType::string, 0, 0, 0, 0},
-    {{2532, 17}, TagType::string, 0, 0, 0, 0},
-    {{2549, 16}, TagType::string, 0, 0, 0, 0},
-    {{2565, 17}, TagType::string, 0, 0, 0, 0},
-    {{2582, 16}, TagType::string, 0, 0, 0, 0},
-    {{2598, 17}, TagType::string, 0, 0, 0, 0},
-    {{2615, 19}, TagType::string, 0, 0, 0, 0},
-    {{2634, 16}, TagType::string, 0, 0, 0, 0},
-    {{2650, 17}, TagType::string, 0, 0, 0, 0},
-    {{2667, 16}, TagType::string, 0, 0, 0, 0},
-    {{2683, 17}, TagType::string, 0, 0, 0, 0},
-    {{2700, 16}, TagType::string, 0, 0, 0, 0},
-    {{2716, 17}, TagType::string, 0, 0, 0, 0},
-    {{2733, 16}, TagType::string, 0, 0, 0, 0},
-    {{2749, 17}, TagType::string, 0, 0, 0, 0},
-    {{2766, 16}, TagType::string, 0, 0, 0, 0},
-    {{2782, 17}, TagType::string, 0, 0, 0, 0},
-    {{2799, 18}, TagType::string, 0, 0, 0, 0},
-    {{2817, 25}, TagType::string, 0, 0, 0, 0},
-    {{2842, 17}, TagType::string, 0, 0, 0, 0},
-    {{2859, 14}, TagType::string, 0, 0, 0, 0},
-    {{2873, 17}, TagType::string, 0, 0, 0, 0},
-    {{2890, 17}, TagType::string, 0, 0, 0, 0},
-    {{2907, 17}, TagType::string, 0, 0, 0, 0},
-    {{2924, 17}, TagType::string, 0, 0, 0, 0},
-    {{2941, 17}, TagType::string, 0, 0, 0, 0},
-    {{2958, 17}, TagType::string, 0, 0, 0, 0},
-    {{2975, 17}, TagType::string, 0, 0, 0, 0},
-    {{2992, 17}, TagType::string, 0, 0, 0, 0},
-    {{3009, 17}, TagType::string, 0, 0, 0, 0},
-    {{3026, 10}, TagType::string, 0, 0, 0, 0},
-    {{3036, 18}, TagType::string, 0, 0, 0, 0},
-    {{3054, 18}, TagType::string, 0, 0, 0, 0},
-    {{3072, 18}, TagType::string, 0, 0, 0, 0},
-    {{3090, 18}, TagType::string, 0, 0, 0, 0},
-    {{3108, 18}, TagType::string, 0, 0, 0, 0},
-    {{3126, 18}, TagType::string, 0, 0, 0, 0},
-    {{3144, 18}, TagType::string, 0, 0, 0, 0},
-    {{3162, 18}, TagType::string, 0, 0, 0, 0},
-    {{3180, 18}, TagType::string, 0, 0, 0, 0},
-    {{3198, 18}, TagType::string, 0, 0, 0, 0},
-    {{3216, 18}, TagType::string, 0, 0, 0, 0},
-    {{3234, 14}, TagType::string, 0, 0, 0, 0},
-    {{3248, 16}, TagType::string, 0, 0, 0, 0},
-    {{3264, 16}, TagType::string, 0, 0, 0, 0},
-    {{3280, 18}, TagType::string, 0, 0, 0, 0},
-    {{3298, 14}, TagType::string, 0, 0, 0, 0},
-    {{3312, 10}, TagType::string, 0, 0, 0, 0},
-    {{3322, 18}, TagType::string, 0, 0, 0, 0},
-    {{3340, 18}, TagType::string, 0, 0, 0, 0},
-    {{3358, 14}, TagType::string, 0, 0, 0, 0},
-    {{3372, 14}, TagType::string, 0, 0, 0, 0},
-    {{3386, 14}, TagType::string, 0, 0, 0, 0},
-    {{3400, 14}, TagType::string, 0, 0, 0, 0},
-    {{3414, 14}, TagType::string, 0, 0, 0, 0},
-    {{3428, 14}, TagType::string, 0, 0, 0, 0},
-    {{3442, 14}, TagType::string, 0, 0, 0, 0},
-    {{3456, 14}, TagType::string, 0, 0, 0, 0},
-    {{3470, 14}, TagType::string, 0, 0, 0, 0},
-    {{3484, 14}, TagType::string, 0, 0, 0, 0},
-    {{3498, 14}, TagType::string, 0, 0, 0, 0},
-    {{3512, 14}, TagType::string, 0, 0, 0, 0},
-    {{3526, 14}, TagType::string, 0, 0, 0, 0},
-    {{3540, 14}, TagType::string, 0, 0, 0, 0},
-    {{3554, 14}, TagType::string, 0, 0, 0, 0},
-    {{3568, 14}, TagType::string, 0, 0, 0, 0},
-    {{3582, 14}, TagType::string, 0, 0, 0, 0},
-    {{3596, 14}, TagType::string, 0, 0, 0, 0},
-    {{3610, 14}, TagType::string, 0, 0, 0, 0},
-    {{3624, 14}, TagType::string, 0, 0, 0, 0},
-    {{3638, 14}, TagType::string, 0, 0, 0, 0},
-    {{3652, 14}, TagType::string, 0, 0, 0, 0},
-    {{3666, 14}, TagType::string, 0, 0, 0, 0},
-    {{3680, 14}, TagType::string, 0, 0, 0, 0},
-    {{3694, 14}, TagType::string, 0, 0, 0, 0},
-    {{3708, 14}, TagType::string, 0, 0, 0, 0},
-    {{3722, 14}, TagType::string, 0, 0, 0, 0},
-    {{3736, 14}, TagType::string, 0, 0, 0, 0},
-    {{3750, 14}, TagType::string, 0, 0, 0, 0},
-    {{3764, 14}, TagType::string, 0, 0, 0, 0},
-    {{3778, 14}, TagType::string, 0, 0, 0, 0},
-    {{3792, 14}, TagType::string, 0, 0, 0, 0},
-    {{3806, 14}, TagType::string, 0, 0, 0, 0},
-    {{3820, 14}, TagType::string, 0, 0, 0, 0},
-    {{3834, 14}, TagType::string, 0, 0, 0, 0},
-    {{3848, 14}, TagType::string, 0, 0, 0, 0},
-    {{3862, 14}, TagType::string, 0, 0, 0, 0},
-    {{3876, 14}, TagType::string, 0, 0, 0, 0},
-    {{3890, 14}, TagType::string, 0, 0, 0, 0},
-    {{3904, 14}, TagType::string, 0, 0, 0, 0},
-    {{3918, 14}, TagType::string, 0, 0, 0, 0},
-    {{3932, 14}, TagType::string, 0, 0, 0, 0},
-    {{3946, 14}, TagType::string, 0, 0, 0, 0},
-    {{3960, 14}, TagType::string, 0, 0, 0, 0},
-    {{3974, 14}, TagType::string, 0, 0, 0, 0},
-    {{3988, 14}, TagType::string, 0, 0, 0, 0},
-    {{4002, 14}, TagType::string, 0, 0, 0, 0},
-    {{4016, 14}, TagType::string, 0, 0, 0, 0},
-    {{4030, 14}, TagType::string, 0, 0, 0, 0},
-    {{4044, 14}, TagType::string, 0, 0, 0, 0},
-    {{4058, 14}, TagType::string, 0, 0, 0, 0},
-    {{4072, 14}, TagType::string, 0, 0, 0, 0},
-    {{4086, 16}, TagType::string, 0, 0, 0, 0},
-    {{4102, 16}, TagType::string, 0, 0, 0, 0},
-    {{4118, 16}, TagType::string, 0, 0, 0, 0},
-    {{4134, 14}, TagType::string, 0, 0, 0, 0},
-    {{4148, 16}, TagType::string, 0, 0, 0, 0},
-    {{4164, 16}, TagType::string, 0, 0, 0, 0},
-    {{4180, 16}, TagType::string, 0, 0, 0, 0},
-    {{4196, 16}, TagType::string, 0, 0, 0, 0},
-    {{4212, 16}, TagType::string, 0, 0, 0, 0},
-    {{4228, 16}, TagType::string, 0, 0, 0, 0},
-    {{4244, 16}, TagType::string, 0, 0, 0, 0},
-    {{4260, 16}, TagType::string, 0, 0, 0, 0},
-    {{4276, 16}, TagType::string, 0, 0, 0, 0},
-    {{4292, 20}, TagType::string, 0, 0, 0, 0},
-    {{4312, 14}, TagType::string, 0, 0, 0, 0},
-    {{4326, 16}, TagType::string, 0, 0, 0, 0},
-    {{4342, 16}, TagType::string, 0, 0, 0, 0},
-    {{4358, 16}, TagType::string, 0, 0, 0, 0},
-    {{4374, 14}, TagType::string, 0, 0, 0, 0},
-    {{4388, 17}, TagType::string, 0, 0, 0, 0},
-    {{4405, 17}, TagType::string, 0, 0, 0, 0},
-    {{4422, 17}, TagType::string, 0, 0, 0, 0},
-    {{4439, 21}, TagType::string, 0, 0, 0, 0},
-    {{4460, 12}, TagType::string, 0, 0, 0, 0},
-    {{4472, 13}, TagType::string, 0, 0, 0, 0},
-    {{4485, 13}, TagType::string, 0, 0, 0, 0},
-    {{4498, 18}, TagType::string, 0, 0, 0, 0},
-    {{4516, 18}, TagType::string, 0, 0, 0, 0},
-    {{4534, 18}, TagType::string, 0, 0, 0, 0},
-    {{4552, 18}, TagType::string, 0, 0, 0, 0},
-    {{4570, 18}, TagType::string, 0, 0, 0, 0},
-    {{4588, 18}, TagType::string, 0, 0, 0, 0},
-    {{4606, 18}, TagType::string, 0, 0, 0, 0},
-    {{4624, 18}, TagType::string, 0, 0, 0, 0},
-    {{4642, 15}, TagType::string, 0, 0, 0, 0},
-    {{4657, 15}, TagType::string, 0, 0, 0, 0},
-    {{4672, 15}, TagType::string, 0, 0, 0, 0},
-    {{4687, 15}, TagType::string, 0, 0, 0, 0},
-    {{4702, 15}, TagType::string, 0, 0, 0, 0},
-    {{4717, 15}, TagType::string, 0, 0, 0, 0},
-    {{4732, 15}, TagType::string, 0, 0, 0, 0},
-    {{4747, 15}, TagType::string, 0, 0, 0, 0},
-    {{4762, 9}, TagType::string, 0, 0, 0, 0},
-    {{4771, 19}, TagType::string, 0, 0, 0, 0},
-    {{4790, 9}, TagType::string, 0, 0, 0, 0},
-    {{4799, 16}, TagType::string, 0, 0, 0, 0},
-    {{4815, 16}, TagType::string, 0, 0, 0, 0},
-    {{4831, 24}, TagType::string, 0, 0, 0, 0},
-    {{4855, 10}, TagType::string, 0, 0, 0, 0},
-    {{4865, 10}, TagType::string, 0, 0, 0, 0},
-    {{4875, 10}, TagType::string, 0, 0, 0, 0},
-    {{4885, 10}, TagType::string, 0, 0, 0, 0},
-    {{4895, 10}, TagType::string, 0, 0, 0, 0},
-    {{4905, 10}, TagType::string, 0, 0, 0, 0},
-    {{4915, 10}, TagType::string, 0, 0, 0, 0},
-    {{4925, 10}, TagType::string, 0, 0, 0, 0},
-    {{4935, 12}, TagType::string, 0, 0, 0, 0},
-    {{4947, 12}, TagType::string, 0, 0, 0, 0},
-    {{4959, 18}, TagType::string, 0, 0, 0, 0},
-    {{4977, 11}, TagType::string, 0, 0, 0, 0},
-    {{4988, 11}, TagType::string, 0, 0, 0, 0},
-    {{4999, 11}, TagType::string, 0, 0, 0, 0},
-    {{5010, 11}, TagType::string, 0, 0, 0, 0},
-    {{5021, 11}, TagType::string, 0, 0, 0, 0},
-    {{5032, 11}, TagType::string, 0, 0, 0, 0},
-    {{5043, 12}, TagType::string, 0, 0, 0, 0},
-    {{5055, 12}, TagType::string, 0, 0, 0, 0},
-    {{5067, 12}, TagType::string, 0, 0, 0, 0},
-    {{5079, 12}, TagType::string, 0, 0, 0, 0},
-    {{5091, 12}, TagType::string, 0, 0, 0, 0},
-    {{5103, 12}, TagType::string, 0, 0, 0, 0},
-    {{5115, 12}, TagType::string, 0, 0, 0, 0},
-    {{5127, 12}, TagType::string, 0, 0, 0, 0},
-    {{5139, 14}, TagType::string, 0, 0, 0, 0},
-    {{5153, 14}, TagType::string, 0, 0, 0, 0},
-    {{5167, 13}, TagType::string, 0, 0, 0, 0},
-    {{5180, 13}, TagType::string, 0, 0, 0, 0},
-    {{5193, 13}, TagType::string, 0, 0, 0, 0},
-    {{5206, 13}, TagType::string, 0, 0, 0, 0},
-    {{5219, 13}, TagType::string, 0, 0, 0, 0},
-    {{5232, 13}, TagType::string, 0, 0, 0, 0},
-    {{5245, 13}, TagType::string, 0, 0, 0, 0},
-    {{5258, 13}, TagType::string, 0, 0, 0, 0},
-    {{5271, 15}, TagType::string, 0, 0, 0, 0},
-    {{5286, 15}, TagType::string, 0, 0, 0, 0},
-    {{5301, 25}, TagType::string, 0, 0, 0, 0},
-    {{5326, 14}, TagType::string, 0, 0, 0, 0},
-    {{5340, 14}, TagType::string, 0, 0, 0, 0},
-    {{5354, 14}, TagType::string, 0, 0, 0, 0},
-    {{5368, 17}, TagType::string, 0, 0, 0, 0},
-    {{5385, 17}, TagType::string, 0, 0, 0, 0},
-    {{5402, 17}, TagType::string, 0, 0, 0, 0},
-    {{5419, 17}, TagType::string, 0, 0, 0, 0},
-    {{5436, 17}, TagType::string, 0, 0, 0, 0},
-    {{5453, 17}, TagType::string, 0, 0, 0, 0},
-    {{5470, 17}, TagType::string, 0, 0, 0, 0},
-    {{5487, 17}, TagType::string, 0, 0, 0, 0},
-    {{5504, 14}, TagType::string, 0, 0, 0, 0},
-    {{5518, 14}, TagType::string, 0, 0, 0, 0},
-    {{5532, 14}, TagType::string, 0, 0, 0, 0},
-    {{5546, 14}, TagType::string, 0, 0, 0, 0},
-    {{5560, 14}, TagType::string, 0, 0, 0, 0},
-    {{5574, 14}, TagType::string, 0, 0, 0, 0},
-    {{5588, 14}, TagType::string, 0, 0, 0, 0},
-    {{5602, 14}, TagType::string, 0, 0, 0, 0},
-    {{5616, 17}, TagType::string, 0, 0, 0, 0},
-    {{5633, 16}, TagType::string, 0, 0, 0, 0},
-    {{5649, 16}, TagType::string, 0, 0, 0, 0},
-    {{5665, 15}, TagType::string, 0, 0, 0, 0},
-    {{5680, 14}, TagType::string, 0, 0, 0, 0},
-    {{5694, 9}, TagType::string, 0, 0, 0, 0},
-    {{5703, 17}, TagType::string, 0, 0, 0, 0},
-    {{5720, 17}, TagType::string, 0, 0, 0, 0},
-    {{5737, 17}, TagType::string, 0, 0, 0, 0},
-    {{5754, 17}, TagType::string, 0, 0, 0, 0},
-    {{5771, 17}, TagType::string, 0, 0, 0, 0},
-    {{5788, 17}, TagType::string, 0, 0, 0, 0},
-    {{5805, 12}, TagType::string, 0, 0, 0, 0},
-    {{5817, 12}, TagType::string, 0, 0, 0, 0},
-    {{5829, 9}, TagType::string, 0, 0, 0, 0},
-    {{5838, 16}, TagType::string, 0, 0, 0, 0},
-    {{5854, 16}, TagType::string, 0, 0, 0, 0},
-    {{5870, 16}, TagType::string, 0, 0, 0, 0},
-    {{5886, 16}, TagType::string, 0, 0, 0, 0},
-    {{5902, 16}, TagType::string, 0, 0, 0, 0},
-    {{5918, 16}, TagType::string, 0, 0, 0, 0},
-    {{5934, 16}, TagType::string, 0, 0, 0, 0},
-    {{5950, 16}, TagType::string, 0, 0, 0, 0},
-    {{5966, 16}, TagType::string, 0, 0, 0, 0},
-    {{5982, 16}, TagType::string, 0, 0, 0, 0},
-    {{5998, 14}, TagType::string, 0, 0, 0, 0},
-    {{6012, 15}, TagType::string, 0, 0, 0, 0},
-    {{6027, 15}, TagType::string, 0, 0, 0, 0},
-    {{6042, 15}, TagType::string, 0, 0, 0, 0},
-    {{6057, 14}, TagType::string, 0, 0, 0, 0},
-    {{6071, 14}, TagType::string, 0, 0, 0, 0},
-    {{6085, 14}, TagType::string, 0, 0, 0, 0},
-    {{6099, 14}, TagType::string, 0, 0, 0, 0},
-    {{6113, 14}, TagType::string, 0, 0, 0, 0},
-    {{6127, 14}, TagType::string, 0, 0, 0, 0},
-    {{6141, 14}, TagType::string, 0, 0, 0, 0},
-    {{6155, 14}, TagType::string, 0, 0, 0, 0},
-    {{6169, 14}, TagType::string, 0, 0, 0, 0},
-    {{6183, 14}, TagType::string, 0, 0, 0, 0},
-    {{6197, 12}, TagType::string, 0, 0, 0, 0},
-    {{6209, 13}, TagType::string, 0, 0, 0, 0},
-    {{6222, 13}, TagType::string, 0, 0, 0, 0},
-    {{6235, 13}, TagType::string, 0, 0, 0, 0},
-    {{6248, 8}, TagType::string, 0, 0, 0, 0},
-    {{6256, 8}, TagType::string, 0, 0, 0, 0},
-    {{6264, 8}, TagType::string, 0, 0, 0, 0},
-    {{6272, 8}, TagType::string, 0, 0, 0, 0},
-    {{6280, 8}, TagType::string, 0, 0, 0, 0},
-    {{6288, 8}, TagType::string, 0, 0, 0, 0},
-    {{6296, 8}, TagType::string, 0, 0, 0, 0},
-    {{6304, 8}, TagType::string, 0, 0, 0, 0},
-    {{6312, 8}, TagType::string, 0, 0, 0, 0},
-    {{6320, 8}, TagType::string, 0, 0, 0, 0},
-    {{6328, 8}, TagType::string, 0, 0, 0, 0},
-    {{6336, 8}, TagType::string, 0, 0, 0, 0},
-    {{6344, 16}, TagType::string, 0, 0, 0, 0},
-    {{6360, 15}, TagType::string, 0, 0, 0, 0},
-    {{6375, 18}, TagType::string, 0, 0, 0, 0},
-    {{6393, 18}, TagType::string, 0, 0, 0, 0},
-    {{6411, 18}, TagType::string, 0, 0, 0, 0},
-    {{6429, 14}, TagType::string, 0, 0, 0, 0},
-    {{6443, 12}, TagType::string, 0, 0, 0, 0},
-    {{6455, 11}, TagType::string, 0, 0, 0, 0},
-    {{6466, 17}, TagType::string, 0, 0, 0, 0},
-    {{6483, 17}, TagType::string, 0, 0, 0, 0},
-    {{6500, 17}, TagType::string, 0, 0, 0, 0},
-    {{6517, 17}, TagType::string, 0, 0, 0, 0},
-    {{6534, 17}, TagType::string, 0, 0, 0, 0},
-    {{6551, 17}, TagType::string, 0, 0, 0, 0},
-    {{6568, 17}, TagType::string, 0, 0, 0, 0},
-    {{6585, 17}, TagType::string, 0, 0, 0, 0},
-    {{6602, 17}, TagType::string, 0, 0, 0, 0},
-    {{6619, 17}, TagType::string, 0, 0, 0, 0},
-    {{6636, 15}, TagType::string, 0, 0, 0, 0},
-    {{6651, 16}, TagType::string, 0, 0, 0, 0},
-    {{6667, 16}, TagType::string, 0, 0, 0, 0},
-    {{6683, 16}, TagType::string, 0, 0, 0, 0},
-    {{6699, 8}, TagType::string, 0, 0, 0, 0},
-    {{6707, 8}, TagType::string, 0, 0, 0, 0},
-    {{6715, 12}, TagType::string, 0, 0, 0, 0},
-    {{6727, 11}, TagType::string, 0, 0, 0, 0},
-    {{6738, 10}, TagType::string, 0, 0, 0, 0},
-    {{6748, 13}, TagType::string, 0, 0, 0, 0},
-    {{6761, 15}, TagType::string, 0, 0, 0, 0},
-    {{6776, 10}, TagType::string, 0, 0, 0, 0},
-    {{6786, 9}, TagType::string, 0, 0, 0, 0},
-    {{6795, 11}, TagType::string, 0, 0, 0, 0},
-    {{6806, 13}, TagType::string, 0, 0, 0, 0},
-    {{6819, 13}, TagType::string, 0, 0, 0, 0},
-    {{6832, 13}, TagType::string, 0, 0, 0, 0},
-    {{6845, 13}, TagType::string, 0, 0, 0, 0},
-    {{6858, 13}, TagType::string, 0, 0, 0, 0},
-    {{6871, 13}, TagType::string, 0, 0, 0, 0},
-    {{6884, 13}, TagType::string, 0, 0, 0, 0},
-    {{6897, 13}, TagType::string, 0, 0, 0, 0},
-    {{6910, 13}, TagType::string, 0, 0, 0, 0},
-    {{6923, 13}, TagType::string, 0, 0, 0, 0},
-    {{6936, 13}, TagType::string, 0, 0, 0, 0},
-    {{6949, 13}, TagType::string, 0, 0, 0, 0},
-    {{6962, 13}, TagType::string, 0, 0, 0, 0},
-    {{6975, 13}, TagType::string, 0, 0, 0, 0},
-    {{6988, 13}, TagType::string, 0, 0, 0, 0},
-    {{7001, 13}, TagType::string, 0, 0, 0, 0},
-    {{7014, 13}, TagType::string, 0, 0, 0, 0},
-    {{7027, 13}, TagType::string, 0, 0, 0, 0},
-    {{7040, 13}, TagType::string, 0, 0, 0, 0},
-    {{7053, 13}, TagType::string, 0, 0, 0, 0},
-    {{7066, 13}, TagType::string, 0, 0, 0, 0},
-    {{7079, 13}, TagType::string, 0, 0, 0, 0},
-    {{7092, 13}, TagType::string, 0, 0, 0, 0},
-    {{7105, 13}, TagType::string, 0, 0, 0, 0},
-    {{7118, 13}, TagType::string, 0, 0, 0, 0},
-    {{7131, 13}, TagType::string, 0, 0, 0, 0},
-    {{7144, 13}, TagType::string, 0, 0, 0, 0},
-    {{7157, 13}, TagType::string, 0, 0, 0, 0},
-    {{7170, 13}, TagType::string, 0, 0, 0, 0},
-    {{7183, 13}, TagType::string, 0, 0, 0, 0},
-    {{7196, 13}, TagType::string, 0, 0, 0, 0},
-    {{7209, 13}, TagType::string, 0, 0, 0, 0},
-    {{7222, 13}, TagType::string, 0, 0, 0, 0},
-    {{7235, 13}, TagType::string, 0, 0, 0, 0},
-    {{7248, 13}, TagType::string, 0, 0, 0, 0},
-    {{7261, 13}, TagType::string, 0, 0, 0, 0},
-    {{7274, 13}, TagType::string, 0, 0, 0, 0},
-    {{7287, 13}, TagType::string, 0, 0, 0, 0},
-    {{7300, 13}, TagType::string, 0, 0, 0, 0},
-    {{7313, 13}, TagType::string, 0, 0, 0, 0},
-    {{7326, 13}, TagType::string, 0, 0, 0, 0},
-    {{7339, 13}, TagType::string, 0, 0, 0, 0},
-    {{7352, 13}, TagType::string, 0, 0, 0, 0},
-    {{7365, 13}, TagType::string, 0, 0, 0, 0},
-    {{7378, 13}, TagType::string, 0, 0, 0, 0},
-    {{7391, 13}, TagType::string, 0, 0, 0, 0},
-    {{7404, 13}, TagType::string, 0, 0, 0, 0},
-    {{7417, 13}, TagType::string, 0, 0, 0, 0},
-    {{7430, 13}, TagType::string, 0, 0, 0, 0},
-    {{7443, 13}, TagType::string, 0, 0, 0, 0},
-    {{7456, 13}, TagType::string, 0, 0, 0, 0},
-    {{7469, 13}, TagType::string, 0, 0, 0, 0},
-    {{7482, 13}, TagType::string, 0, 0, 0, 0},
-    {{7495, 13}, TagType::string, 0, 0, 0, 0},
-    {{7508, 13}, TagType::string, 0, 0, 0, 0},
-    {{7521, 13}, TagType::string, 0, 0, 0, 0},
-    {{7534, 13}, TagType::string, 0, 0, 0, 0},
-    {{7547, 13}, TagType::string, 0, 0, 0, 0},
-    {{7560, 13}, TagType::string, 0, 0, 0, 0},
-    {{7573, 13}, TagType::string, 0, 0, 0, 0},
-    {{7586, 13}, TagType::string, 0, 0, 0, 0},
-    {{7599, 13}, TagType::string, 0, 0, 0, 0},
-    {{7612, 13}, TagType::string, 0, 0, 0, 0},
-    {{7625, 13}, TagType::string, 0, 0, 0, 0},
-    {{7638, 5}, TagType::string, 0, 0, 0, 0},
-    {{7643, 5}, TagType::string, 0, 0, 0, 0},
-    {{7648, 14}, TagType::string, 0, 0, 0, 0},
-    {{7662, 14}, TagType::string, 0, 0, 0, 0},
-    {{7676, 14}, TagType::string, 0, 0, 0, 0},
-    {{7690, 14}, TagType::string, 0, 0, 0, 0},
-    {{7704, 14}, TagType::string, 0, 0, 0, 0},
-    {{7718, 14}, TagType::string, 0, 0, 0, 0},
-    {{7732, 14}, TagType::string, 0, 0, 0, 0},
-    {{7746, 14}, TagType::string, 0, 0, 0, 0},
-    {{7760, 14}, TagType::string, 0, 0, 0, 0},
-    {{7774, 14}, TagType::string, 0, 0, 0, 0},
-    {{7788, 14}, TagType::string, 0, 0, 0, 0},
-    {{7802, 14}, TagType::string, 0, 0, 0, 0},
-    {{7816, 14}, TagType::string, 0, 0, 0, 0},
-    {{7830, 14}, TagType::string, 0, 0, 0, 0},
-    {{7844, 14}, TagType::string, 0, 0, 0, 0},
-    {{7858, 14}, TagType::string, 0, 0, 0, 0},
-    {{7872, 14}, TagType::string, 0, 0, 0, 0},
-    {{7886, 14}, TagType::string, 0, 0, 0, 0},
-    {{7900, 14}, TagType::string, 0, 0, 0, 0},
-    {{7914, 14}, TagType::string, 0, 0, 0, 0},
-    {{7928, 14}, TagType::string, 0, 0, 0, 0},
-    {{7942, 14}, TagType::string, 0, 0, 0, 0},
-    {{7956, 14}, TagType::string, 0, 0, 0, 0},
-    {{7970, 14}, TagType::string, 0, 0, 0, 0},
-    {{7984, 14}, TagType::string, 0, 0, 0, 0},
-    {{7998, 14}, TagType::string, 0, 0, 0, 0},
-    {{8012, 14}, TagType::string, 0, 0, 0, 0},
-    {{8026, 14}, TagType::string, 0, 0, 0, 0},
-    {{8040, 14}, TagType::string, 0, 0, 0, 0},
-    {{8054, 14}, TagType::string, 0, 0, 0, 0},
-    {{8068, 14}, TagType::string, 0, 0, 0, 0},
-    {{8082, 14}, TagType::string, 0, 0, 0, 0},
-    {{8096, 14}, TagType::string, 0, 0, 0, 0},
-    {{8110, 14}, TagType::string, 0, 0, 0, 0},
-    {{8124, 14}, TagType::string, 0, 0, 0, 0},
-    {{8138, 14}, TagType::string, 0, 0, 0, 0},
-    {{8152, 14}, TagType::string, 0, 0, 0, 0},
-    {{8166, 14}, TagType::string, 0, 0, 0, 0},
-    {{8180, 14}, TagType::string, 0, 0, 0, 0},
-    {{8194, 14}, TagType::string, 0, 0, 0, 0},
-    {{8208, 14}, TagType::string, 0, 0, 0, 0},
-    {{8222, 14}, TagType::string, 0, 0, 0, 0},
-    {{8236, 14}, TagType::string, 0, 0, 0, 0},
-    {{8250, 14}, TagType::string, 0, 0, 0, 0},
-    {{8264, 14}, TagType::string, 0, 0, 0, 0},
-    {{8278, 14}, TagType::string, 0, 0, 0, 0},
-    {{8292, 14}, TagType::string, 0, 0, 0, 0},
-    {{8306, 14}, TagType::string, 0, 0, 0, 0},
-    {{8320, 14}, TagType::string, 0, 0, 0, 0},
-    {{8334, 14}, TagType::string, 0, 0, 0, 0},
-    {{8348, 14}, TagType::string, 0, 0, 0, 0},
-    {{8362, 14}, TagType::string, 0, 0, 0, 0},
-    {{8376, 14}, TagType::string, 0, 0, 0, 0},
-    {{8390, 14}, TagType::string, 0, 0, 0, 0},
-    {{8404, 14}, TagType::string, 0, 0, 0, 0},
-    {{8418, 14}, TagType::string, 0, 0, 0, 0},
-    {{8432, 14}, TagType::string, 0, 0, 0, 0},
-    {{8446, 14}, TagType::string, 0, 0, 0, 0},
-    {{8460, 14}, TagType::string, 0, 0, 0, 0},
-    {{8474, 14}, TagType::string, 0, 0, 0, 0},
-    {{8488, 14}, TagType::string, 0, 0, 0, 0},
-    {{8502, 14}, TagType::string, 0, 0, 0, 0},
-    {{8516, 14}, TagType::string, 0, 0, 0, 0},
-    {{8530, 14}, TagType::string, 0, 0, 0, 0},
-    {{8544, 9}, TagType::string, 0, 0, 0, 0},
-    {{8553, 12}, TagType::string, 0, 0, 0, 0},
-    {{8565, 12}, TagType::string, 0, 0, 0, 0},
-    {{8577, 12}, TagType::string, 0, 0, 0, 0},
-    {{8589, 12}, TagType::string, 0, 0, 0, 0},
-    {{8601, 12}, TagType::string, 0, 0, 0, 0},
-    {{8613, 12}, TagType::string, 0, 0, 0, 0},
-    {{8625, 12}, TagType::string, 0, 0, 0, 0},
-    {{8637, 12}, TagType::string, 0, 0, 0, 0},
-    {{8649, 12}, TagType::string, 0, 0, 0, 0},
-    {{8661, 12}, TagType::string, 0, 0, 0, 0},
-    {{8673, 12}, TagType::string, 0, 0, 0, 0},
-    {{8685, 12}, TagType::string, 0, 0, 0, 0},
-    {{8697, 12}, TagType::string, 0, 0, 0, 0},
-    {{8709, 12}, TagType::string, 0, 0, 0, 0},
-    {{8721, 12}, TagType::string, 0, 0, 0, 0},
-    {{8733, 12}, TagType::string, 0, 0, 0, 0},
-    {{8745, 12}, TagType::string, 0, 0, 0, 0},
-    {{8757, 12}, TagType::string, 0, 0, 0, 0},
-    {{8769, 12}, TagType::string, 0, 0, 0, 0},
-    {{8781, 12}, TagType::string, 0, 0, 0, 0},
-    {{8793, 12}, TagType::string, 0, 0, 0, 0},
-    {{8805, 12}, TagType::string, 0, 0, 0, 0},
-    {{8817, 12}, TagType::string, 0, 0, 0, 0},
-    {{8829, 12}, TagType::string, 0, 0, 0, 0},
-    {{8841, 12}, TagType::string, 0, 0, 0, 0},
-    {{8853, 12}, TagType::string, 0, 0, 0, 0},
-    {{8865, 12}, TagType::string, 0, 0, 0, 0},
-    {{8877, 12}, TagType::string, 0, 0, 0, 0},
-    {{8889, 12}, TagType::string, 0, 0, 0, 0},
-    {{8901, 12}, TagType::string, 0, 0, 0, 0},
-    {{8913, 12}, TagType::string, 0, 0, 0, 0},
-    {{8925, 12}, TagType::string, 0, 0, 0, 0},
-    {{8937, 12}, TagType::string, 0, 0, 0, 0},
-    {{8949, 12}, TagType::string, 0, 0, 0, 0},
-    {{8961, 12}, TagType::string, 0, 0, 0, 0},
-    {{8973, 12}, TagType::string, 0, 0, 0, 0},
-    {{8985, 12}, TagType::string, 0, 0, 0, 0},
-    {{8997, 12}, TagType::string, 0, 0, 0, 0},
-    {{9009, 12}, TagType::string, 0, 0, 0, 0},
-    {{9021, 12}, TagType::string, 0, 0, 0, 0},
-    {{9033, 12}, TagType::string, 0, 0, 0, 0},
-    {{9045, 12}, TagType::string, 0, 0, 0, 0},
-    {{9057, 12}, TagType::string, 0, 0, 0, 0},
-    {{9069, 12}, TagType::string, 0, 0, 0, 0},
-    {{9081, 12}, TagType::string, 0, 0, 0, 0},
-    {{9093, 12}, TagType::string, 0, 0, 0, 0},
-    {{9105, 12}, TagType::string, 0, 0, 0, 0},
-    {{9117, 12}, TagType::string, 0, 0, 0, 0},
-    {{9129, 12}, TagType::string, 0, 0, 0, 0},
-    {{9141, 12}, TagType::string, 0, 0, 0, 0},
-    {{9153, 12}, TagType::string, 0, 0, 0, 0},
-    {{9165, 12}, TagType::string, 0, 0, 0, 0},
-    {{9177, 12}, TagType::string, 0, 0, 0, 0},
-    {{9189, 12}, TagType::string, 0, 0, 0, 0},
-    {{9201, 12}, TagType::string, 0, 0, 0, 0},
-    {{9213, 12}, TagType::string, 0, 0, 0, 0},
-    {{9225, 12}, TagType::string, 0, 0, 0, 0},
-    {{9237, 12}, TagType::string, 0, 0, 0, 0},
-    {{9249, 12}, TagType::string, 0, 0, 0, 0},
-    {{9261, 12}, TagType::string, 0, 0, 0, 0},
-    {{9273, 12}, TagType::string, 0, 0, 0, 0},
-    {{9285, 12}, TagType::string, 0, 0, 0, 0},
-    {{9297, 12}, TagType::string, 0, 0, 0, 0},
-    {{9309, 12}, TagType::string, 0, 0, 0, 0},
-    {{9321, 12}, TagType::string, 0, 0, 0, 0},
-    {{9333, 8}, TagType::string, 0, 0, 0, 0},
-    {{9341, 8}, TagType::string, 0, 0, 0, 0},
-    {{9349, 8}, TagType::string, 0, 0, 0, 0},
-    {{9357, 8}, TagType::string, 0, 0, 0, 0},
-    {{9365, 8}, TagType::string, 0, 0, 0, 0},
-    {{9373, 8}, TagType::string, 0, 0, 0, 0},
-    {{9381, 8}, TagType::string, 0, 0, 0, 0},
-    {{9389, 8}, TagType::string, 0, 0, 0, 0},
-    {{9397, 8}, TagType::string, 0, 0, 0, 0},
-    {{9405, 8}, TagType::string, 0, 0, 0, 0},
-    {{9413, 8}, TagType::string, 0, 0, 0, 0},
-    {{9421, 8}, TagType::string, 0, 0, 0, 0},
-    {{9429, 8}, TagType::string, 0, 0, 0, 0},
-    {{9437, 8}, TagType::string, 0, 0, 0, 0},
-    {{9445, 8}, TagType::string, 0, 0, 0, 0},
-    {{9453, 8}, TagType::string, 0, 0, 0, 0},
-    {{9461, 8}, TagType::string, 0, 0, 0, 0},
-    {{9469, 8}, TagType::string, 0, 0, 0, 0},
-    {{9477, 8}, TagType::string, 0, 0, 0, 0},
-    {{9485, 8}, TagType::string, 0, 0, 0, 0},
-    {{9493, 8}, TagType::string, 0, 0, 0, 0},
-    {{9501, 8}, TagType::string, 0, 0, 0, 0},
-    {{9509, 8}, TagType::string, 0, 0, 0, 0},
-    {{9517, 8}, TagType::string, 0, 0, 0, 0},
-    {{9525, 8}, TagType::string, 0, 0, 0, 0},
-    {{9533, 8}, TagType::string, 0, 0, 0, 0},
-    {{9541, 8}, TagType::string, 0, 0, 0, 0},
-    {{9549, 8}, TagType::string, 0, 0, 0, 0},
-    {{9557, 8}, TagType::string, 0, 0, 0, 0},
-    {{9565, 8}, TagType::string, 0, 0, 0, 0},
-    {{9573, 8}, TagType::string, 0, 0, 0, 0},
-    {{9581, 8}, TagType::string, 0, 0, 0, 0},
-    {{9589, 8}, TagType::string, 0, 0, 0, 0},
-    {{9597, 15}, TagType::string, 0, 0, 0, 0},
-    {{9612, 15}, TagType::string, 0, 0, 0, 0},
-    {{9627, 15}, TagType::string, 0, 0, 0, 0},
-    {{9642, 15}, TagType::string, 0, 0, 0, 0},
-    {{9657, 15}, TagType::string, 0, 0, 0, 0},
-    {{9672, 15}, TagType::string, 0, 0, 0, 0},
-    {{9687, 15}, TagType::string, 0, 0, 0, 0},
-    {{9702, 15}, TagType::string, 0, 0, 0, 0},
-    {{9717, 15}, TagType::string, 0, 0, 0, 0},
-    {{9732, 15}, TagType::string, 0, 0, 0, 0},
-    {{9747, 15}, TagType::string, 0, 0, 0, 0},
-    {{9762, 15}, TagType::string, 0, 0, 0, 0},
-    {{9777, 15}, TagType::string, 0, 0, 0, 0},
-    {{9792, 15}, TagType::string, 0, 0, 0, 0},
-    {{9807, 15}, TagType::string, 0, 0, 0, 0},
-    {{9822, 15}, TagType::string, 0, 0, 0, 0},
-    {{9837, 15}, TagType::string, 0, 0, 0, 0},
-    {{9852, 15}, TagType::string, 0, 0, 0, 0},
-    {{9867, 15}, TagType::string, 0, 0, 0, 0},
-    {{9882, 15}, TagType::string, 0, 0, 0, 0},
-    {{9897, 15}, TagType::string, 0, 0, 0, 0},
-    {{9912, 15}, TagType::string, 0, 0, 0, 0},
-    {{9927, 15}, TagType::string, 0, 0, 0, 0},
-    {{9942, 15}, TagType::string, 0, 0, 0, 0},
-    {{9957, 15}, TagType::string, 0, 0, 0, 0},
-    {{9972, 15}, TagType::string, 0, 0, 0, 0},
-    {{9987, 15}, TagType::string, 0, 0, 0, 0},
-    {{10002, 15}, TagType::string, 0, 0, 0, 0},
-    {{10017, 15}, TagType::string, 0, 0, 0, 0},
-    {{10032, 15}, TagType::string, 0, 0, 0, 0},
-    {{10047, 15}, TagType::string, 0, 0, 0, 0},
-    {{10062, 15}, TagType::string, 0, 0, 0, 0},
-    {{10077, 15}, TagType::string, 0, 0, 0, 0},
-    {{10092, 15}, TagType::string, 0, 0, 0, 0},
-    {{10107, 15}, TagType::string, 0, 0, 0, 0},
-    {{10122, 15}, TagType::string, 0, 0, 0, 0},
-    {{10137, 15}, TagType::string, 0, 0, 0, 0},
-    {{10152, 15}, TagType::string, 0, 0, 0, 0},
-    {{10167, 15}, TagType::string, 0, 0, 0, 0},
-    {{10182, 15}, TagType::string, 0, 0, 0, 0},
-    {{10197, 15}, TagType::string, 0, 0, 0, 0},
-    {{10212, 15}, TagType::string, 0, 0, 0, 0},
-    {{10227, 15}, TagType::string, 0, 0, 0, 0},
-    {{10242, 15}, TagType::string, 0, 0, 0, 0},
-    {{10257, 15}, TagType::string, 0, 0, 0, 0},
-    {{10272, 15}, TagType::string, 0, 0, 0, 0},
-    {{10287, 15}, TagType::string, 0, 0, 0, 0},
-    {{10302, 15}, TagType::string, 0, 0, 0, 0},
-    {{10317, 15}, TagType::string, 0, 0, 0, 0},
-    {{10332, 15}, TagType::string, 0, 0, 0, 0},
-    {{10347, 15}, TagType::string, 0, 0, 0, 0},
-    {{10362, 15}, TagType::string, 0, 0, 0, 0},
-    {{10377, 15}, TagType::string, 0, 0, 0, 0},
-    {{10392, 15}, TagType::string, 0, 0, 0, 0},
-    {{10407, 15}, TagType::string, 0, 0, 0, 0},
-    {{10422, 15}, TagType::string, 0, 0, 0, 0},
-    {{10437, 15}, TagType::string, 0, 0, 0, 0},
-    {{10452, 15}, TagType::string, 0, 0, 0, 0},
-    {{10467, 15}, TagType::string, 0, 0, 0, 0},
-    {{10482, 15}, TagType::string, 0, 0, 0, 0},
-    {{10497, 15}, TagType::string, 0, 0, 0, 0},
-    {{10512, 15}, TagType::string, 0, 0, 0, 0},
-    {{10527, 15}, TagType::string, 0, 0, 0, 0},
-    {{10542, 15}, TagType::string, 0, 0, 0, 0},
-    {{10557, 7}, TagType::string, 0, 0, 0, 0},
-    {{10564, 7}, TagType::string, 0, 0, 0, 0},
-    {{10571, 16}, TagType::string, 0, 0, 0, 0},
-    {{10587, 16}, TagType::string, 0, 0, 0, 0},
-    {{10603, 16}, TagType::string, 0, 0, 0, 0},
-    {{10619, 16}, TagType::string, 0, 0, 0, 0},
-    {{10635, 16}, TagType::string, 0, 0, 0, 0},
-    {{10651, 16}, TagType::string, 0, 0, 0, 0},
-    {{10667, 16}, TagType::string, 0, 0, 0, 0},
-    {{10683, 16}, TagType::string, 0, 0, 0, 0},
-    {{10699, 16}, TagType::string, 0, 0, 0, 0},
-    {{10715, 16}, TagType::string, 0, 0, 0, 0},
-    {{10731, 16}, TagType::string, 0, 0, 0, 0},
-    {{10747, 16}, TagType::string, 0, 0, 0, 0},
-    {{10763, 16}, TagType::string, 0, 0, 0, 0},
-    {{10779, 16}, TagType::string, 0, 0, 0, 0},
-    {{10795, 16}, TagType::string, 0, 0, 0, 0},
-    {{10811, 16}, TagType::string, 0, 0, 0, 0},
-    {{10827, 16}, TagType::string, 0, 0, 0, 0},
-    {{10843, 16}, TagType::string, 0, 0, 0, 0},
-    {{10859, 16}, TagType::string, 0, 0, 0, 0},
-    {{10875, 16}, TagType::string, 0, 0, 0, 0},
-    {{10891, 16}, TagType::string, 0, 0, 0, 0},
-    {{10907, 16}, TagType::string, 0, 0, 0, 0},
-    {{10923, 16}, TagType::string, 0, 0, 0, 0},
-    {{10939, 16}, TagType::string, 0, 0, 0, 0},
-    {{10955, 16}, TagType::string, 0, 0, 0, 0},
-    {{10971, 16}, TagType::string, 0, 0, 0, 0},
-    {{10987, 16}, TagType::string, 0, 0, 0, 0},
-    {{11003, 16}, TagType::string, 0, 0, 0, 0},
-    {{11019, 16}, TagType::string, 0, 0, 0, 0},
-    {{11035, 16}, TagType::string, 0, 0, 0, 0},
-    {{11051, 16}, TagType::string, 0, 0, 0, 0},
-    {{11067, 16}, TagType::string, 0, 0, 0, 0},
-    {{11083, 16}, TagType::string, 0, 0, 0, 0},
-    {{11099, 16}, TagType::string, 0, 0, 0, 0},
-    {{11115, 16}, TagType::string, 0, 0, 0, 0},
-    {{11131, 16}, TagType::string, 0, 0, 0, 0},
-    {{11147, 16}, TagType::string, 0, 0, 0, 0},
-    {{11163, 16}, TagType::string, 0, 0, 0, 0},
-    {{11179, 16}, TagType::string, 0, 0, 0, 0},
-    {{11195, 16}, TagType::string, 0, 0, 0, 0},
-    {{11211, 16}, TagType::string, 0, 0, 0, 0},
-    {{11227, 16}, TagType::string, 0, 0, 0, 0},
-    {{11243, 16}, TagType::string, 0, 0, 0, 0},
-    {{11259, 16}, TagType::string, 0, 0, 0, 0},
-    {{11275, 16}, TagType::string, 0, 0, 0, 0},
-    {{11291, 16}, TagType::string, 0, 0, 0, 0},
-    {{11307, 16}, TagType::string, 0, 0, 0, 0},
-    {{11323, 16}, TagType::string, 0, 0, 0, 0},
-    {{11339, 16}, TagType::string, 0, 0, 0, 0},
-    {{11355, 16}, TagType::string, 0, 0, 0, 0},
-    {{11371, 16}, TagType::string, 0, 0, 0, 0},
-    {{11387, 16}, TagType::string, 0, 0, 0, 0},
-    {{11403, 16}, TagType::string, 0, 0, 0, 0},
-    {{11419, 16}, TagType::string, 0, 0, 0, 0},
-    {{11435, 16}, TagType::string, 0, 0, 0, 0},
-    {{11451, 16}, TagType::string, 0, 0, 0, 0},
-    {{11467, 16}, TagType::string, 0, 0, 0, 0},
-    {{11483, 16}, TagType::string, 0, 0, 0, 0},
-    {{11499, 16}, TagType::string, 0, 0, 0, 0},
-    {{11515, 16}, TagType::string, 0, 0, 0, 0},
-    {{11531, 16}, TagType::string, 0, 0, 0, 0},
-    {{11547, 16}, TagType::string, 0, 0, 0, 0},
-    {{11563, 16}, TagType::string, 0, 0, 0, 0},
-    {{11579, 16}, TagType::string, 0, 0, 0, 0},
-    {{11595, 11}, TagType::string, 0, 0, 0, 0},
-    {{11606, 14}, TagType::string, 0, 0, 0, 0},
-    {{11620, 14}, TagType::string, 0, 0, 0, 0},
-    {{11634, 14}, TagType::string, 0, 0, 0, 0},
-    {{11648, 14}, TagType::string, 0, 0, 0, 0},
-    {{11662, 14}, TagType::string, 0, 0, 0, 0},
-    {{11676, 14}, TagType::string, 0, 0, 0, 0},
-    {{11690, 14}, TagType::string, 0, 0, 0, 0},
-    {{11704, 14}, TagType::string, 0, 0, 0, 0},
-    {{11718, 14}, TagType::string, 0, 0, 0, 0},
-    {{11732, 14}, TagType::string, 0, 0, 0, 0},
-    {{11746, 14}, TagType::string, 0, 0, 0, 0},
-    {{11760, 14}, TagType::string, 0, 0, 0, 0},
-    {{11774, 14}, TagType::string, 0, 0, 0, 0},
-    {{11788, 14}, TagType::string, 0, 0, 0, 0},
-    {{11802, 14}, TagType::string, 0, 0, 0, 0},
-    {{11816, 14}, TagType::string, 0, 0, 0, 0},
-    {{11830, 14}, TagType::string, 0, 0, 0, 0},
-    {{11844, 14}, TagType::string, 0, 0, 0, 0},
-    {{11858, 14}, TagType::string, 0, 0, 0, 0},
-    {{11872, 14}, TagType::string, 0, 0, 0, 0},
-    {{11886, 14}, TagType::string, 0, 0, 0, 0},
-    {{11900, 14}, TagType::string, 0, 0, 0, 0},
-    {{11914, 14}, TagType::string, 0, 0, 0, 0},
-    {{11928, 14}, TagType::string, 0, 0, 0, 0},
-    {{11942, 14}, TagType::string, 0, 0, 0, 0},
-    {{11956, 14}, TagType::string, 0, 0, 0, 0},
-    {{11970, 14}, TagType::string, 0, 0, 0, 0},
-    {{11984, 14}, TagType::string, 0, 0, 0, 0},
-    {{11998, 14}, TagType::string, 0, 0, 0, 0},
-    {{12012, 14}, TagType::string, 0, 0, 0, 0},
-    {{12026, 14}, TagType::string, 0, 0, 0, 0},
-    {{12040, 14}, TagType::string, 0, 0, 0, 0},
-    {{12054, 14}, TagType::string, 0, 0, 0, 0},
-    {{12068, 14}, TagType::string, 0, 0, 0, 0},
-    {{12082, 14}, TagType::string, 0, 0, 0, 0},
-    {{12096, 14}, TagType::string, 0, 0, 0, 0},
-    {{12110, 14}, TagType::string, 0, 0, 0, 0},
-    {{12124, 14}, TagType::string, 0, 0, 0, 0},
-    {{12138, 14}, TagType::string, 0, 0, 0, 0},
-    {{12152, 14}, TagType::string, 0, 0, 0, 0},
-    {{12166, 14}, TagType::string, 0, 0, 0, 0},
-    {{12180, 14}, TagType::string, 0, 0, 0, 0},
-    {{12194, 14}, TagType::string, 0, 0, 0, 0},
-    {{12208, 14}, TagType::string, 0, 0, 0, 0},
-    {{12222, 14}, TagType::string, 0, 0, 0, 0},
-    {{12236, 14}, TagType::string, 0, 0, 0, 0},
-    {{12250, 14}, TagType::string, 0, 0, 0, 0},
-    {{12264, 14}, TagType::string, 0, 0, 0, 0},
-    {{12278, 14}, TagType::string, 0, 0, 0, 0},
-    {{12292, 14}, TagType::string, 0, 0, 0, 0},
-    {{12306, 14}, TagType::string, 0, 0, 0, 0},
-    {{12320, 14}, TagType::string, 0, 0, 0, 0},
-    {{12334, 14}, TagType::string, 0, 0, 0, 0},
-    {{12348, 14}, TagType::string, 0, 0, 0, 0},
-    {{12362, 14}, TagType::string, 0, 0, 0, 0},
-    {{12376, 14}, TagType::string, 0, 0, 0, 0},
-    {{12390, 14}, TagType::string, 0, 0, 0, 0},
-    {{12404, 14}, TagType::string, 0, 0, 0, 0},
-    {{12418, 14}, TagType::string, 0, 0, 0, 0},
-    {{12432, 14}, TagType::string, 0, 0, 0, 0},
-    {{12446, 14}, TagType::string, 0, 0, 0, 0},
-    {{12460, 14}, TagType::string, 0, 0, 0, 0},
-    {{12474, 14}, TagType::string, 0, 0, 0, 0},
-    {{12488, 14}, TagType::string, 0, 0, 0, 0},
-    {{12502, 14}, TagType::string, 0, 0, 0, 0},
-    {{12516, 10}, TagType::string, 0, 0, 0, 0},
-    {{12526, 10}, TagType::string, 0, 0, 0, 0},
-    {{12536, 10}, TagType::string, 0, 0, 0, 0},
-    {{12546, 10}, TagType::string, 0, 0, 0, 0},
-    {{12556, 10}, TagType::string, 0, 0, 0, 0},
-    {{12566, 10}, TagType::string, 0, 0, 0, 0},
-    {{12576, 10}, TagType::string, 0, 0, 0, 0},
-    {{12586, 10}, TagType::string, 0, 0, 0, 0},
-    {{12596, 10}, TagType::string, 0, 0, 0, 0},
-    {{12606, 10}, TagType::string, 0, 0, 0, 0},
-    {{12616, 10}, TagType::string, 0, 0, 0, 0},
-    {{12626, 10}, TagType::string, 0, 0, 0, 0},
-    {{12636, 10}, TagType::string, 0, 0, 0, 0},
-    {{12646, 10}, TagType::string, 0, 0, 0, 0},
-    {{12656, 10}, TagType::string, 0, 0, 0, 0},
-    {{12666, 10}, TagType::string, 0, 0, 0, 0},
-    {{12676, 10}, TagType::string, 0, 0, 0, 0},
-    {{12686, 10}, TagType::string, 0, 0, 0, 0},
-    {{12696, 10}, TagType::string, 0, 0, 0, 0},
-    {{12706, 10}, TagType::string, 0, 0, 0, 0},
-    {{12716, 10}, TagType::string, 0, 0, 0, 0},
-    {{12726, 10}, TagType::string, 0, 0, 0, 0},
-    {{12736, 10}, TagType::string, 0, 0, 0, 0},
-    {{12746, 10}, TagType::string, 0, 0, 0, 0},
-    {{12756, 10}, TagType::string, 0, 0, 0, 0},
-    {{12766, 10}, TagType::string, 0, 0, 0, 0},
-    {{12776, 10}, TagType::string, 0, 0, 0, 0},
-    {{12786, 10}, TagType::string, 0, 0, 0, 0},
-    {{12796, 10}, TagType::string, 0, 0, 0, 0},
-    {{12806, 10}, TagType::string, 0, 0, 0, 0},
-    {{12816, 10}, TagType::string, 0, 0, 0, 0},
-    {{12826, 10}, TagType::string, 0, 0, 0, 0},
-    {{12836, 10}, TagType::string, 0, 0, 0, 0},
-    {{12846, 16}, TagType::string, 0, 0, 0, 0},
-    {{12862, 16}, TagType::string, 0, 0, 0, 0},
-    {{12878, 16}, TagType::string, 0, 0, 0, 0},
-    {{12894, 16}, TagType::string, 0, 0, 0, 0},
-    {{12910, 16}, TagType::string, 0, 0, 0, 0},
-    {{12926, 16}, TagType::string, 0, 0, 0, 0},
-    {{12942, 16}, TagType::string, 0, 0, 0, 0},
-    {{12958, 16}, TagType::string, 0, 0, 0, 0},
-    {{12974, 16}, TagType::string, 0, 0, 0, 0},
-    {{12990, 16}, TagType::string, 0, 0, 0, 0},
-    {{13006, 16}, TagType::string, 0, 0, 0, 0},
-    {{13022, 16}, TagType::string, 0, 0, 0, 0},
-    {{13038, 16}, TagType::string, 0, 0, 0, 0},
-    {{13054, 16}, TagType::string, 0, 0, 0, 0},
-    {{13070, 16}, TagType::string, 0, 0, 0, 0},
-    {{13086, 16}, TagType::string, 0, 0, 0, 0},
-    {{13102, 16}, TagType::string, 0, 0, 0, 0},
-    {{13118, 16}, TagType::string, 0, 0, 0, 0},
-    {{13134, 16}, TagType::string, 0, 0, 0, 0},
-    {{13150, 16}, TagType::string, 0, 0, 0, 0},
-    {{13166, 16}, TagType::string, 0, 0, 0, 0},
-    {{13182, 16}, TagType::string, 0, 0, 0, 0},
-    {{13198, 16}, TagType::string, 0, 0, 0, 0},
-    {{13214, 16}, TagType::string, 0, 0, 0, 0},
-    {{13230, 16}, TagType::string, 0, 0, 0, 0},
-    {{13246, 16}, TagType::string, 0, 0, 0, 0},
-    {{13262, 16}, TagType::string, 0, 0, 0, 0},
-    {{13278, 16}, TagType::string, 0, 0, 0, 0},
-    {{13294, 16}, TagType::string, 0, 0, 0, 0},
-    {{13310, 16}, TagType::string, 0, 0, 0, 0},
-    {{13326, 16}, TagType::string, 0, 0, 0, 0},
-    {{13342, 16}, TagType::string, 0, 0, 0, 0},
-    {{13358, 16}, TagType::string, 0, 0, 0, 0},
-    {{13374, 16}, TagType::string, 0, 0, 0, 0},
-    {{13390, 16}, TagType::string, 0, 0, 0, 0},
-    {{13406, 16}, TagType::string, 0, 0, 0, 0},
-    {{13422, 16}, TagType::string, 0, 0, 0, 0},
-    {{13438, 16}, TagType::string, 0, 0, 0, 0},
-    {{13454, 16}, TagType::string, 0, 0, 0, 0},
-    {{13470, 16}, TagType::string, 0, 0, 0, 0},
-    {{13486, 16}, TagType::string, 0, 0, 0, 0},
-    {{13502, 16}, TagType::string, 0, 0, 0, 0},
-    {{13518, 16}, TagType::string, 0, 0, 0, 0},
-    {{13534, 16}, TagType::string, 0, 0, 0, 0},
-    {{13550, 16}, TagType::string, 0, 0, 0, 0},
-    {{13566, 16}, TagType::string, 0, 0, 0, 0},
-    {{13582, 16}, TagType::string, 0, 0, 0, 0},
-    {{13598, 16}, TagType::string, 0, 0, 0, 0},
-    {{13614, 16}, TagType::string, 0, 0, 0, 0},
-    {{13630, 16}, TagType::string, 0, 0, 0, 0},
-    {{13646, 16}, TagType::string, 0, 0, 0, 0},
-    {{13662, 16}, TagType::string, 0, 0, 0, 0},
-    {{13678, 16}, TagType::string, 0, 0, 0, 0},
-    {{13694, 16}, TagType::string, 0, 0, 0, 0},
-    {{13710, 16}, TagType::string, 0, 0, 0, 0},
-    {{13726, 16}, TagType::string, 0, 0, 0, 0},
-    {{13742, 16}, TagType::string, 0, 0, 0, 0},
-    {{13758, 16}, TagType::string, 0, 0, 0, 0},
-    {{13774, 16}, TagType::string, 0, 0, 0, 0},
-    {{13790, 16}, TagType::string, 0, 0, 0, 0},
-    {{13806, 16}, TagType::string, 0, 0, 0, 0},
-    {{13822, 16}, TagType::string, 0, 0, 0, 0},
-    {{13838, 16}, TagType::string, 0, 0, 0, 0},
-    {{13854, 16}, TagType::string, 0, 0, 0, 0},
-    {{13870, 8}, TagType::string, 0, 0, 0, 0},
-    {{13878, 8}, TagType::string, 0, 0, 0, 0},
-    {{13886, 17}, TagType::string, 0, 0, 0, 0},
-    {{13903, 17}, TagType::string, 0, 0, 0, 0},
-    {{13920, 17}, TagType::string, 0, 0, 0, 0},
-    {{13937, 17}, TagType::string, 0, 0, 0, 0},
-    {{13954, 17}, TagType::string, 0, 0, 0, 0},
-    {{13971, 17}, TagType::string, 0, 0, 0, 0},
-    {{13988, 17}, TagType::string, 0, 0, 0, 0},
-    {{14005, 17}, TagType::string, 0, 0, 0, 0},
-    {{14022, 17}, TagType::string, 0, 0, 0, 0},
-    {{14039, 17}, TagType::string, 0, 0, 0, 0},
-    {{14056, 17}, TagType::string, 0, 0, 0, 0},
-    {{14073, 17}, TagType::string, 0, 0, 0, 0},
-    {{14090, 17}, TagType::string, 0, 0, 0, 0},
-    {{14107, 17}, TagType::string, 0, 0, 0, 0},
-    {{14124, 17}, TagType::string, 0, 0, 0, 0},
-    {{14141, 17}, TagType::string, 0, 0, 0, 0},
-    {{14158, 17}, TagType::string, 0, 0, 0, 0},
-    {{14175, 17}, TagType::string, 0, 0, 0, 0},
-    {{14192, 17}, TagType::string, 0, 0, 0, 0},
-    {{14209, 17}, TagType::string, 0, 0, 0, 0},
-    {{14226, 17}, TagType::string, 0, 0, 0, 0},
-    {{14243, 17}, TagType::string, 0, 0, 0, 0},
-    {{14260, 17}, TagType::string, 0, 0, 0, 0},
-    {{14277, 17}, TagType::string, 0, 0, 0, 0},
-    {{14294, 17}, TagType::string, 0, 0, 0, 0},
-    {{14311, 17}, TagType::string, 0, 0, 0, 0},
-    {{14328, 17}, TagType::string, 0, 0, 0, 0},
-    {{14345, 17}, TagType::string, 0, 0, 0, 0},
-    {{14362, 17}, TagType::string, 0, 0, 0, 0},
-    {{14379, 17}, TagType::string, 0, 0, 0, 0},
-    {{14396, 17}, TagType::string, 0, 0, 0, 0},
-    {{14413, 17}, TagType::string, 0, 0, 0, 0},
-    {{14430, 17}, TagType::string, 0, 0, 0, 0},
-    {{14447, 17}, TagType::string, 0, 0, 0, 0},
-    {{14464, 17}, TagType::string, 0, 0, 0, 0},
-    {{14481, 17}, TagType::string, 0, 0, 0, 0},
-    {{14498, 17}, TagType::string, 0, 0, 0, 0},
-    {{14515, 17}, TagType::string, 0, 0, 0, 0},
-    {{14532, 17}, TagType::string, 0, 0, 0, 0},
-    {{14549, 17}, TagType::string, 0, 0, 0, 0},
-    {{14566, 17}, TagType::string, 0, 0, 0, 0},
-    {{14583, 17}, TagType::string, 0, 0, 0, 0},
-    {{14600, 17}, TagType::string, 0, 0, 0, 0},
-    {{14617, 17}, TagType::string, 0, 0, 0, 0},
-    {{14634, 17}, TagType::string, 0, 0, 0, 0},
-    {{14651, 17}, TagType::string, 0, 0, 0, 0},
-    {{14668, 17}, TagType::string, 0, 0, 0, 0},
-    {{14685, 17}, TagType::string, 0, 0, 0, 0},
-    {{14702, 17}, TagType::string, 0, 0, 0, 0},
-    {{14719, 17}, TagType::string, 0, 0, 0, 0},
-    {{14736, 17}, TagType::string, 0, 0, 0, 0},
-    {{14753, 17}, TagType::string, 0, 0, 0, 0},
-    {{14770, 17}, TagType::string, 0, 0, 0, 0},
-    {{14787, 17}, TagType::string, 0, 0, 0, 0},
-    {{14804, 17}, TagType::string, 0, 0, 0, 0},
-    {{14821, 17}, TagType::string, 0, 0, 0, 0},
-    {{14838, 17}, TagType::string, 0, 0, 0, 0},
-    {{14855, 17}, TagType::string, 0, 0, 0, 0},
-    {{14872, 17}, TagType::string, 0, 0, 0, 0},
-    {{14889, 17}, TagType::string, 0, 0, 0, 0},
-    {{14906, 17}, TagType::string, 0, 0, 0, 0},
-    {{14923, 17}, TagType::string, 0, 0, 0, 0},
-    {{14940, 17}, TagType::string, 0, 0, 0, 0},
-    {{14957, 17}, TagType::string, 0, 0, 0, 0},
-    {{14974, 12}, TagType::string, 0, 0, 0, 0},
-    {{14986, 15}, TagType::string, 0, 0, 0, 0},
-    {{15001, 15}, TagType::string, 0, 0, 0, 0},
-    {{15016, 15}, TagType::string, 0, 0, 0, 0},
-    {{15031, 15}, TagType::string, 0, 0, 0, 0},
-    {{15046, 15}, TagType::string, 0, 0, 0, 0},
-    {{15061, 15}, TagType::string, 0, 0, 0, 0},
-    {{15076, 15}, TagType::string, 0, 0, 0, 0},
-    {{15091, 15}, TagType::string, 0, 0, 0, 0},
-    {{15106, 15}, TagType::string, 0, 0, 0, 0},
-    {{15121, 15}, TagType::string, 0, 0, 0, 0},
-    {{15136, 15}, TagType::string, 0, 0, 0, 0},
-    {{15151, 15}, TagType::string, 0, 0, 0, 0},
-    {{15166, 15}, TagType::string, 0, 0, 0, 0},
-    {{15181, 15}, TagType::string, 0, 0, 0, 0},
-    {{15196, 15}, TagType::string, 0, 0, 0, 0},
-    {{15211, 15}, TagType::string, 0, 0, 0, 0},
-    {{15226, 15}, TagType::string, 0, 0, 0, 0},
-    {{15241, 15}, TagType::string, 0, 0, 0, 0},
-    {{15256, 15}, TagType::string, 0, 0, 0, 0},
-    {{15271, 15}, TagType::string, 0, 0, 0, 0},
-    {{15286, 15}, TagType::string, 0, 0, 0, 0},
-    {{15301, 15}, TagType::string, 0, 0, 0, 0},
-    {{15316, 15}, TagType::string, 0, 0, 0, 0},
-    {{15331, 15}, TagType::string, 0, 0, 0, 0},
-    {{15346, 15}, TagType::string, 0, 0, 0, 0},
-    {{15361, 15}, TagType::string, 0, 0, 0, 0},
-    {{15376, 15}, TagType::string, 0, 0, 0, 0},
-    {{15391, 15}, TagType::string, 0, 0, 0, 0},
-    {{15406, 15}, TagType::string, 0, 0, 0, 0},
-    {{15421, 15}, TagType::string, 0, 0, 0, 0},
-    {{15436, 15}, TagType::string, 0, 0, 0, 0},
-    {{15451, 15}, TagType::string, 0, 0, 0, 0},
-    {{15466, 15}, TagType::string, 0, 0, 0, 0},
-    {{15481, 15}, TagType::string, 0, 0, 0, 0},
-    {{15496, 15}, TagType::string, 0, 0, 0, 0},
-    {{15511, 15}, TagType::string, 0, 0, 0, 0},
-    {{15526, 15}, TagType::string, 0, 0, 0, 0},
-    {{15541, 15}, TagType::string, 0, 0, 0, 0},
-    {{15556, 15}, TagType::string, 0, 0, 0, 0},
-    {{15571, 15}, TagType::string, 0, 0, 0, 0},
-    {{15586, 15}, TagType::string, 0, 0, 0, 0},
-    {{15601, 15}, TagType::string, 0, 0, 0, 0},
-    {{15616, 15}, TagType::string, 0, 0, 0, 0},
-    {{15631, 15}, TagType::string, 0, 0, 0, 0},
-    {{15646, 15}, TagType::string, 0, 0, 0, 0},
-    {{15661, 15}, TagType::string, 0, 0, 0, 0},
-    {{15676, 15}, TagType::string, 0, 0, 0, 0},
-    {{15691, 15}, TagType::string, 0, 0, 0, 0},
-    {{15706, 15}, TagType::string, 0, 0, 0, 0},
-    {{15721, 15}, TagType::string, 0, 0, 0, 0},
-    {{15736, 15}, TagType::string, 0, 0, 0, 0},
-    {{15751, 15}, TagType::string, 0, 0, 0, 0},
-    {{15766, 15}, TagType::string, 0, 0, 0, 0},
-    {{15781, 15}, TagType::string, 0, 0, 0, 0},
-    {{15796, 15}, TagType::string, 0, 0, 0, 0},
-    {{15811, 15}, TagType::string, 0, 0, 0, 0},
-    {{15826, 15}, TagType::string, 0, 0, 0, 0},
-    {{15841, 15}, TagType::string, 0, 0, 0, 0},
-    {{15856, 15}, TagType::string, 0, 0, 0, 0},
-    {{15871, 15}, TagType::string, 0, 0, 0, 0},
-    {{15886, 15}, TagType::string, 0, 0, 0, 0},
-    {{15901, 15}, TagType::string, 0, 0, 0, 0},
-    {{15916, 15}, TagType::string, 0, 0, 0, 0},
-    {{15931, 15}, TagType::string, 0, 0, 0, 0},
-    {{15946, 15}, TagType::string, 0, 0, 0, 0},
-    {{15961, 11}, TagType::string, 0, 0, 0, 0},
-    {{15972, 11}, TagType::string, 0, 0, 0, 0},
-    {{15983, 11}, TagType::string, 0, 0, 0, 0},
-    {{15994, 11}, TagType::string, 0, 0, 0, 0},
-    {{16005, 11}, TagType::string, 0, 0, 0, 0},
-    {{16016, 11}, TagType::string, 0, 0, 0, 0},
-    {{16027, 11}, TagType::string, 0, 0, 0, 0},
-    {{16038, 11}, TagType::string, 0, 0, 0, 0},
-    {{16049, 11}, TagType::string, 0, 0, 0, 0},
-    {{16060, 11}, TagType::string, 0, 0, 0, 0},
-    {{16071, 11}, TagType::string, 0, 0, 0, 0},
-    {{16082, 11}, TagType::string, 0, 0, 0, 0},
-    {{16093, 11}, TagType::string, 0, 0, 0, 0},
-    {{16104, 11}, TagType::string, 0, 0, 0, 0},
-    {{16115, 11}, TagType::string, 0, 0, 0, 0},
-    {{16126, 11}, TagType::string, 0, 0, 0, 0},
-    {{16137, 11}, TagType::string, 0, 0, 0, 0},
-    {{16148, 11}, TagType::string, 0, 0, 0, 0},
-    {{16159, 11}, TagType::string, 0, 0, 0, 0},
-    {{16170, 11}, TagType::string, 0, 0, 0, 0},
-    {{16181, 11}, TagType::string, 0, 0, 0, 0},
-    {{16192, 11}, TagType::string, 0, 0, 0, 0},
-    {{16203, 11}, TagType::string, 0, 0, 0, 0},
-    {{16214, 11}, TagType::string, 0, 0, 0, 0},
-    {{16225, 11}, TagType::string, 0, 0, 0, 0},
-    {{16236, 11}, TagType::string, 0, 0, 0, 0},
-    {{16247, 11}, TagType::string, 0, 0, 0, 0},
-    {{16258, 11}, TagType::string, 0, 0, 0, 0},
-    {{16269, 11}, TagType::string, 0, 0, 0, 0},
-    {{16280, 11}, TagType::string, 0, 0, 0, 0},
-    {{16291, 11}, TagType::string, 0, 0, 0, 0},
-    {{16302, 11}, TagType::string, 0, 0, 0, 0},
-    {{16313, 11}, TagType::string, 0, 0, 0, 0},
-    {{16324, 13}, TagType::string, 0, 0, 0, 0},
-    {{16337, 9}, TagType::string, 0, 0, 0, 0},
-    {{16346, 10}, TagType::string, 0, 0, 0, 0},
-    {{16356, 12}, TagType::string, 0, 0, 0, 0},
-    {{16368, 12}, TagType::string, 0, 0, 0, 0},
-    {{16380, 12}, TagType::string, 0, 0, 0, 0},
-    {{16392, 12}, TagType::string, 0, 0, 0, 0},
-    {{16404, 13}, TagType::string, 0, 0, 0, 0},
-    {{16417, 15}, TagType::string, 0, 0, 0, 0},
-    {{16432, 15}, TagType::string, 0, 0, 0, 0},
-    {{16447, 15}, TagType::string, 0, 0, 0, 0},
-    {{16462, 15}, TagType::string, 0, 0, 0, 0},
-    {{16477, 15}, TagType::string, 0, 0, 0, 0},
-    {{16492, 15}, TagType::string, 0, 0, 0, 0},
-    {{16507, 15}, TagType::string, 0, 0, 0, 0},
-    {{16522, 15}, TagType::string, 0, 0, 0, 0},
-    {{16537, 15}, TagType::string, 0, 0, 0, 0},
-    {{16552, 15}, TagType::string, 0, 0, 0, 0},
-    {{16567, 13}, TagType::string, 0, 0, 0, 0},
-    {{16580, 14}, TagType::string, 0, 0, 0, 0},
-    {{16594, 14}, TagType::string, 0, 0, 0, 0},
-    {{16608, 14}, TagType::string, 0, 0, 0, 0},
-    {{16622, 8}, TagType::string, 0, 0, 0, 0},
-    {{16630, 17}, TagType::string, 0, 0, 0, 0},
-    {{16647, 17}, TagType::string, 0, 0, 0, 0},
-    {{16664, 17}, TagType::string, 0, 0, 0, 0},
-    {{16681, 17}, TagType::string, 0, 0, 0, 0},
-    {{16698, 17}, TagType::string, 0, 0, 0, 0},
-    {{16715, 17}, TagType::string, 0, 0, 0, 0},
-    {{16732, 17}, TagType::string, 0, 0, 0, 0},
-    {{16749, 17}, TagType::string, 0, 0, 0, 0},
-    {{16766, 17}, TagType::string, 0, 0, 0, 0},
-    {{16783, 17}, TagType::string, 0, 0, 0, 0},
-    {{16800, 15}, TagType::string, 0, 0, 0, 0},
-    {{16815, 16}, TagType::string, 0, 0, 0, 0},
-    {{16831, 16}, TagType::string, 0, 0, 0, 0},
-    {{16847, 16}, TagType::string, 0, 0, 0, 0},
-    {{16863, 11}, TagType::string, 0, 0, 0, 0},
-    {{16874, 11}, TagType::string, 0, 0, 0, 0},
-    {{16885, 11}, TagType::string, 0, 0, 0, 0},
-    {{16896, 11}, TagType::string, 0, 0, 0, 0},
-    {{16907, 11}, TagType::string, 0, 0, 0, 0},
-    {{16918, 11}, TagType::string, 0, 0, 0, 0},
-    {{16929, 11}, TagType::string, 0, 0, 0, 0},
-    {{16940, 11}, TagType::string, 0, 0, 0, 0},
-    {{16951, 11}, TagType::string, 0, 0, 0, 0},
-    {{16962, 11}, TagType::string, 0, 0, 0, 0},
-    {{16973, 11}, TagType::string, 0, 0, 0, 0},
-    {{16984, 11}, TagType::string, 0, 0, 0, 0},
+    {{0, 9}, TagType::string, 0, 0, 0, 0},  // HJREnable
+    {{9, 15}, TagType::string, 0, 0, 0, 0},  // HJRMaxNumFrames
+    {{24, 18}, TagType::string, 0, 0, 0, 0},  // HJR_NReductionFlat
+    {{42, 21}, TagType::string, 0, 0, 0, 0},  // HJR_NReductionTexture
+    {{63, 17}, TagType::string, 0, 0, 0, 0},  // HJROneToTwoOffset
+    {{80, 19}, TagType::string, 0, 0, 0, 0},  // HJRTextureThreshold
+    {{99, 17}, TagType::string, 0, 0, 0, 0},  // AECAggressiveness
+    {{116, 18}, TagType::string, 0, 0, 0, 0},  // AECCurrentExpIndex
+    {{134, 20}, TagType::string, 0, 0, 0, 0},  // AECCurrentSensorLuma
+    {{154, 9}, TagType::string, 0, 0, 0, 0},  // AECEnable
+    {{163, 23}, TagType::string, 0, 0, 0, 0},  // AECExposureIndexAdjStep
+    {{186, 22}, TagType::string, 0, 0, 0, 0},  // AECHighLumaRegionCount
+    {{208, 26}, TagType::string, 0, 0, 0, 0},  // AECHighLumaRegionThreshold
+    {{234, 12}, TagType::string, 0, 0, 0, 0},  // AECIndoorIdx
+    {{246, 13}, TagType::string, 0, 0, 0, 0},  // AECLumaTarget
+    {{259, 16}, TagType::string, 0, 0, 0, 0},  // AECLumaTolerance
+    {{275, 7}, TagType::string, 0, 0, 0, 0},  // AECMode
+    {{282, 11}, TagType::string, 0, 0, 0, 0},  // AECOdoorIdx
+    {{293, 25}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightDiscarded
+    {{318, 22}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightEnable
+    {{340, 25}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightReduction
+    {{365, 27}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightThresholdHI
+    {{392, 27}, TagType::string, 0, 0, 0, 0},  // AECOutdoorBrightThresholdLO
+    {{419, 20}, TagType::string, 0, 0, 0, 0},  // AECOutdoorGammaIndex
+    {{439, 22}, TagType::string, 0, 0, 0, 0},  // AECSnapshotDigitalGain
+    {{461, 25}, TagType::string, 0, 0, 0, 0},  // AECSnapshotExposureTimeMs
+    {{486, 20}, TagType::string, 0, 0, 0, 0},  // AECSnapshotLineCount
+    {{506, 21}, TagType::string, 0, 0, 0, 0},  // AECSnapshotSensorGain
+    {{527, 10}, TagType::string, 0, 0, 0, 0},  // AECVfeLuma
+    {{537, 10}, TagType::string, 0, 0, 0, 0},  // AFBoundary
+    {{547, 16}, TagType::string, 0, 0, 0, 0},  // AFCollectEndStat
+    {{563, 8}, TagType::string, 0, 0, 0, 0},  // AFEnable
+    {{571, 8}, TagType::string, 0, 0, 0, 0},  // AFFarEnd
+    {{579, 16}, TagType::string, 0, 0, 0, 0},  // AFFineSrchPoints
+    {{595, 10}, TagType::string, 0, 0, 0, 0},  // AFFineStep
+    {{605, 11}, TagType::string, 0, 0, 0, 0},  // AFFocusTime
+    {{616, 11}, TagType::string, 0, 0, 0, 0},  // AFGrossStep
+    {{627, 6}, TagType::string, 0, 0, 0, 0},  // AFMode
+    {{633, 9}, TagType::string, 0, 0, 0, 0},  // AFNearEnd
+    {{642, 13}, TagType::string, 0, 0, 0, 0},  // AFPosDefMacro
+    {{655, 12}, TagType::string, 0, 0, 0, 0},  // AFPosDefNorm
+    {{667, 10}, TagType::string, 0, 0, 0, 0},  // AFPosition
+    {{677, 9}, TagType::string, 0, 0, 0, 0},  // AFProcess
+    {{686, 20}, TagType::string, 0, 0, 0, 0},  // AFResetLensAfterSnap
+    {{706, 14}, TagType::string, 0, 0, 0, 0},  // AFStepsNearFar
+    {{720, 19}, TagType::string, 0, 0, 0, 0},  // AFStepsNearInfinity
+    {{739, 10}, TagType::string, 0, 0, 0, 0},  // AFTestMode
+    {{749, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions00
+    {{767, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions10
+    {{785, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions11
+    {{803, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions12
+    {{821, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions13
+    {{839, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions14
+    {{857, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions15
+    {{875, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions16
+    {{893, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions17
+    {{911, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions18
+    {{929, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions19
+    {{947, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions01
+    {{965, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions20
+    {{983, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions21
+    {{1001, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions22
+    {{1019, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions23
+    {{1037, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions24
+    {{1055, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions25
+    {{1073, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions26
+    {{1091, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions27
+    {{1109, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions28
+    {{1127, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions29
+    {{1145, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions02
+    {{1163, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions30
+    {{1181, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions31
+    {{1199, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions32
+    {{1217, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions33
+    {{1235, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions34
+    {{1253, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions35
+    {{1271, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions36
+    {{1289, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions37
+    {{1307, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions38
+    {{1325, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions39
+    {{1343, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions03
+    {{1361, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions40
+    {{1379, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions41
+    {{1397, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions42
+    {{1415, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions43
+    {{1433, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions44
+    {{1451, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions45
+    {{1469, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions46
+    {{1487, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions47
+    {{1505, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions48
+    {{1523, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions49
+    {{1541, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions04
+    {{1559, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions05
+    {{1577, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions06
+    {{1595, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions07
+    {{1613, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions08
+    {{1631, 18}, TagType::string, 0, 0, 0, 0},  // AFTracePositions09
+    {{1649, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats00
+    {{1663, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats10
+    {{1677, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats11
+    {{1691, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats12
+    {{1705, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats13
+    {{1719, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats14
+    {{1733, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats15
+    {{1747, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats16
+    {{1761, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats17
+    {{1775, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats18
+    {{1789, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats19
+    {{1803, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats01
+    {{1817, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats20
+    {{1831, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats21
+    {{1845, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats22
+    {{1859, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats23
+    {{1873, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats24
+    {{1887, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats25
+    {{1901, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats26
+    {{1915, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats27
+    {{1929, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats28
+    {{1943, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats29
+    {{1957, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats02
+    {{1971, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats30
+    {{1985, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats31
+    {{1999, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats32
+    {{2013, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats33
+    {{2027, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats34
+    {{2041, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats35
+    {{2055, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats36
+    {{2069, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats37
+    {{2083, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats38
+    {{2097, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats39
+    {{2111, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats03
+    {{2125, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats40
+    {{2139, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats41
+    {{2153, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats42
+    {{2167, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats43
+    {{2181, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats44
+    {{2195, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats45
+    {{2209, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats46
+    {{2223, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats47
+    {{2237, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats48
+    {{2251, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats49
+    {{2265, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats04
+    {{2279, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats05
+    {{2293, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats06
+    {{2307, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats07
+    {{2321, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats08
+    {{2335, 14}, TagType::string, 0, 0, 0, 0},  // AFTraceStats09
+    {{2349, 19}, TagType::string, 0, 0, 0, 0},  // AFUndershootProtect
+    {{2368, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeHorzOffset
+    {{2383, 14}, TagType::string, 0, 0, 0, 0},  // AFVfeHorzWidth
+    {{2397, 14}, TagType::string, 0, 0, 0, 0},  // AFVfeMetricMax
+    {{2411, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeVertHeight
+    {{2426, 15}, TagType::string, 0, 0, 0, 0},  // AFVfeVertOffset
+    {{2441, 9}, TagType::string, 0, 0, 0, 0},  // AFREnable
+    {{2450, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster0ExpMod
+    {{2466, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster0Trigger
+    {{2483, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster1ExpMod
+    {{2499, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster1Trigger
+    {{2516, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster2ExpMod
+    {{2532, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster2Trigger
+    {{2549, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster3ExpMod
+    {{2565, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster3Trigger
+    {{2582, 16}, TagType::string, 0, 0, 0, 0},  // AFRFaster4ExpMod
+    {{2598, 17}, TagType::string, 0, 0, 0, 0},  // AFRFaster4Trigger
+    {{2615, 19}, TagType::string, 0, 0, 0, 0},  // AFRPossibleFrameCnt
+    {{2634, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower0ExpMod
+    {{2650, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower0Trigger
+    {{2667, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower1ExpMod
+    {{2683, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower1Trigger
+    {{2700, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower2ExpMod
+    {{2716, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower2Trigger
+    {{2733, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower3ExpMod
+    {{2749, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower3Trigger
+    {{2766, 16}, TagType::string, 0, 0, 0, 0},  // AFRSlower4ExpMod
+    {{2782, 17}, TagType::string, 0, 0, 0, 0},  // AFRSlower4Trigger
+    {{2799, 18}, TagType::string, 0, 0, 0, 0},  // AntiBadingPixelClk
+    {{2817, 25}, TagType::string, 0, 0, 0, 0},  // AntiBadingPixelClkPerLine
+    {{2842, 17}, TagType::string, 0, 0, 0, 0},  // AntibandingEnable
+    {{2859, 14}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeDetect
+    {{2873, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA11
+    {{2890, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA12
+    {{2907, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA13
+    {{2924, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA21
+    {{2941, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA22
+    {{2958, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA23
+    {{2975, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA31
+    {{2992, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA32
+    {{3009, 17}, TagType::string, 0, 0, 0, 0},  // ASF3EdgeFilterA33
+    {{3026, 10}, TagType::string, 0, 0, 0, 0},  // ASF3Enable
+    {{3036, 18}, TagType::string, 0, 0, 0, 0},  // ASF3LowerThreshold
+    {{3054, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA11
+    {{3072, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA12
+    {{3090, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA13
+    {{3108, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA21
+    {{3126, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA22
+    {{3144, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA23
+    {{3162, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA31
+    {{3180, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA32
+    {{3198, 18}, TagType::string, 0, 0, 0, 0},  // ASF3NoiseFilterA33
+    {{3216, 18}, TagType::string, 0, 0, 0, 0},  // ASF3UpperThreshold
+    {{3234, 14}, TagType::string, 0, 0, 0, 0},  // ASF5BrtLoThres
+    {{3248, 16}, TagType::string, 0, 0, 0, 0},  // ASF5BrtShrpDegF1
+    {{3264, 16}, TagType::string, 0, 0, 0, 0},  // ASF5BrtShrpDegF2
+    {{3280, 18}, TagType::string, 0, 0, 0, 0},  // ASF5BrtSmthPercent
+    {{3298, 14}, TagType::string, 0, 0, 0, 0},  // ASF5BrtUpThres
+    {{3312, 10}, TagType::string, 0, 0, 0, 0},  // ASF5Enable
+    {{3322, 18}, TagType::string, 0, 0, 0, 0},  // ASF5ExposureIndex1
+    {{3340, 18}, TagType::string, 0, 0, 0, 0},  // ASF5ExposureIndex2
+    {{3358, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A11
+    {{3372, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A12
+    {{3386, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A13
+    {{3400, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A14
+    {{3414, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A15
+    {{3428, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A21
+    {{3442, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A22
+    {{3456, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A23
+    {{3470, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A24
+    {{3484, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A25
+    {{3498, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A31
+    {{3512, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A32
+    {{3526, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A33
+    {{3540, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A34
+    {{3554, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A35
+    {{3568, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A41
+    {{3582, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A42
+    {{3596, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A43
+    {{3610, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A44
+    {{3624, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A45
+    {{3638, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A51
+    {{3652, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A52
+    {{3666, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A53
+    {{3680, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A54
+    {{3694, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter1A55
+    {{3708, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A11
+    {{3722, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A12
+    {{3736, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A13
+    {{3750, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A14
+    {{3764, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A15
+    {{3778, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A21
+    {{3792, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A22
+    {{3806, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A23
+    {{3820, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A24
+    {{3834, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A25
+    {{3848, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A31
+    {{3862, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A32
+    {{3876, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A33
+    {{3890, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A34
+    {{3904, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A35
+    {{3918, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A41
+    {{3932, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A42
+    {{3946, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A43
+    {{3960, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A44
+    {{3974, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A45
+    {{3988, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A51
+    {{4002, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A52
+    {{4016, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A53
+    {{4030, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A54
+    {{4044, 14}, TagType::string, 0, 0, 0, 0},  // ASF5Filter2A55
+    {{4058, 14}, TagType::string, 0, 0, 0, 0},  // ASF5FilterMode
+    {{4072, 14}, TagType::string, 0, 0, 0, 0},  // ASF5LowLoThres
+    {{4086, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowShrpDegF1
+    {{4102, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowShrpDegF2
+    {{4118, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LowSmthPrcnt
+    {{4134, 14}, TagType::string, 0, 0, 0, 0},  // ASF5LowUpThres
+    {{4148, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter00
+    {{4164, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter01
+    {{4180, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter02
+    {{4196, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter03
+    {{4212, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter04
+    {{4228, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter05
+    {{4244, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter06
+    {{4260, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter07
+    {{4276, 16}, TagType::string, 0, 0, 0, 0},  // ASF5LumaFilter08
+    {{4292, 20}, TagType::string, 0, 0, 0, 0},  // ASF5MaxExposureIndex
+    {{4312, 14}, TagType::string, 0, 0, 0, 0},  // ASF5NrmLoThres
+    {{4326, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmShrpDegF1
+    {{4342, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmShrpDegF2
+    {{4358, 16}, TagType::string, 0, 0, 0, 0},  // ASF5NrmSmthPrcnt
+    {{4374, 14}, TagType::string, 0, 0, 0, 0},  // ASF5NrmUpThres
+    {{4388, 17}, TagType::string, 0, 0, 0, 0},  // ASF5NrmizeFactor1
+    {{4405, 17}, TagType::string, 0, 0, 0, 0},  // ASF5NrmizeFactor2
+    {{4422, 17}, TagType::string, 0, 0, 0, 0},  // AWBAggressiveness
+    {{4439, 21}, TagType::string, 0, 0, 0, 0},  // AWBAgwGridDist2Thresh
+    {{4460, 12}, TagType::string, 0, 0, 0, 0},  // AWBAlgorithm
+    {{4472, 13}, TagType::string, 0, 0, 0, 0},  // AWBAveBgRatio
+    {{4485, 13}, TagType::string, 0, 0, 0, 0},  // AWBAveRgRatio
+    {{4498, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef1
+    {{4516, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef2
+    {{4534, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef3
+    {{4552, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef4
+    {{4570, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef5
+    {{4588, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef6
+    {{4606, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef7
+    {{4624, 18}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainAdjRef8
+    {{4642, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef1
+    {{4657, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef2
+    {{4672, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef3
+    {{4687, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef4
+    {{4702, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef5
+    {{4717, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef6
+    {{4732, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef7
+    {{4747, 15}, TagType::string, 0, 0, 0, 0},  // AWBBlueGainRef8
+    {{4762, 9}, TagType::string, 0, 0, 0, 0},  // AWBCcBias
+    {{4771, 19}, TagType::string, 0, 0, 0, 0},  // AWBCompactClusterR2
+    {{4790, 9}, TagType::string, 0, 0, 0, 0},  // AWBEnable
+    {{4799, 16}, TagType::string, 0, 0, 0, 0},  // AWBGreenOffsetBg
+    {{4815, 16}, TagType::string, 0, 0, 0, 0},  // AWBGreenOffsetRg
+    {{4831, 24}, TagType::string, 0, 0, 0, 0},  // AWBIndoorSampleInfluence
+    {{4855, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC1
+    {{4865, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC2
+    {{4875, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC3
+    {{4885, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeC4
+    {{4895, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM1
+    {{4905, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM2
+    {{4915, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM3
+    {{4925, 10}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeM4
+    {{4935, 12}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeMaxY
+    {{4947, 12}, TagType::string, 0, 0, 0, 0},  // AWBLoVfeMinY
+    {{4959, 18}, TagType::string, 0, 0, 0, 0},  // AWBLowLigColCorEna
+    {{4977, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxBGain
+    {{4988, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxGGain
+    {{4999, 11}, TagType::string, 0, 0, 0, 0},  // AWBMaxRGain
+    {{5010, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinBGain
+    {{5021, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinGGain
+    {{5032, 11}, TagType::string, 0, 0, 0, 0},  // AWBMinRGain
+    {{5043, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC1
+    {{5055, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC2
+    {{5067, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC3
+    {{5079, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeC4
+    {{5091, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM1
+    {{5103, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM2
+    {{5115, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM3
+    {{5127, 12}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeM4
+    {{5139, 14}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeMaxY
+    {{5153, 14}, TagType::string, 0, 0, 0, 0},  // AWBNormVfeMinY
+    {{5167, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC1
+    {{5180, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC2
+    {{5193, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC3
+    {{5206, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeC4
+    {{5219, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM1
+    {{5232, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM2
+    {{5245, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM3
+    {{5258, 13}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeM4
+    {{5271, 15}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeMaxY
+    {{5286, 15}, TagType::string, 0, 0, 0, 0},  // AWBOudorVfeMinY
+    {{5301, 25}, TagType::string, 0, 0, 0, 0},  // AWBOutdoorSampleInfluence
+    {{5326, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbBgain
+    {{5340, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbGgain
+    {{5354, 14}, TagType::string, 0, 0, 0, 0},  // AWBPrevWbRgain
+    {{5368, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef1
+    {{5385, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef2
+    {{5402, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef3
+    {{5419, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef4
+    {{5436, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef5
+    {{5453, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef6
+    {{5470, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef7
+    {{5487, 17}, TagType::string, 0, 0, 0, 0},  // AWBRedGainAdjRef8
+    {{5504, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef1
+    {{5518, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef2
+    {{5532, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef3
+    {{5546, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef4
+    {{5560, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef5
+    {{5574, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef6
+    {{5588, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef7
+    {{5602, 14}, TagType::string, 0, 0, 0, 0},  // AWBRedGainRef8
+    {{5616, 17}, TagType::string, 0, 0, 0, 0},  // AWBSampleDecision
+    {{5633, 16}, TagType::string, 0, 0, 0, 0},  // AWBSnapshotBGain
+    {{5649, 16}, TagType::string, 0, 0, 0, 0},  // AWBSnapshotRGain
+    {{5665, 15}, TagType::string, 0, 0, 0, 0},  // BlckLvlEvenCols
+    {{5680, 14}, TagType::string, 0, 0, 0, 0},  // BlckLvlOddCols
+    {{5694, 9}, TagType::string, 0, 0, 0, 0},  // CamMclkHz
+    {{5703, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupChroThres1
+    {{5720, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupChroThres2
+    {{5737, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres1
+    {{5754, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres2
+    {{5771, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres3
+    {{5788, 17}, TagType::string, 0, 0, 0, 0},  // ChroSupLumaThres4
+    {{5805, 12}, TagType::string, 0, 0, 0, 0},  // ChromSupress
+    {{5817, 12}, TagType::string, 0, 0, 0, 0},  // ClipToAfRato
+    {{5829, 9}, TagType::string, 0, 0, 0, 0},  // CurrResol
+    {{5838, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmA_M
+    {{5854, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmA_P
+    {{5870, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmB_M
+    {{5886, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmB_P
+    {{5902, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmC_M
+    {{5918, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmC_P
+    {{5934, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmD_M
+    {{5950, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmD_P
+    {{5966, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmKCb
+    {{5982, 16}, TagType::string, 0, 0, 0, 0},  // DayltConvChrmKCr
+    {{5998, 14}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaK
+    {{6012, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV0
+    {{6027, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV1
+    {{6042, 15}, TagType::string, 0, 0, 0, 0},  // DayltConvLumaV2
+    {{6057, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmA_M
+    {{6071, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmA_P
+    {{6085, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmB_M
+    {{6099, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmB_P
+    {{6113, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmC_M
+    {{6127, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmC_P
+    {{6141, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmD_M
+    {{6155, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmD_P
+    {{6169, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmKCb
+    {{6183, 14}, TagType::string, 0, 0, 0, 0},  // DefConvChrmKCr
+    {{6197, 12}, TagType::string, 0, 0, 0, 0},  // DefConvLumaK
+    {{6209, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV0
+    {{6222, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV1
+    {{6235, 13}, TagType::string, 0, 0, 0, 0},  // DefConvLumaV2
+    {{6248, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC0
+    {{6256, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC1
+    {{6264, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC2
+    {{6272, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC3
+    {{6280, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC4
+    {{6288, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC5
+    {{6296, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC6
+    {{6304, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC7
+    {{6312, 8}, TagType::string, 0, 0, 0, 0},  // DefCorC8
+    {{6320, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK0
+    {{6328, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK1
+    {{6336, 8}, TagType::string, 0, 0, 0, 0},  // DefCorK2
+    {{6344, 16}, TagType::string, 0, 0, 0, 0},  // DefLumaGammaMode
+    {{6360, 15}, TagType::string, 0, 0, 0, 0},  // DefRgbGammaMode
+    {{6375, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixCorEnable
+    {{6393, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixMaxThresh
+    {{6411, 18}, TagType::string, 0, 0, 0, 0},  // DefectPixMinThresh
+    {{6429, 14}, TagType::string, 0, 0, 0, 0},  // DiscardFrstFrm
+    {{6443, 12}, TagType::string, 0, 0, 0, 0},  // FrmSkipPttrn
+    {{6455, 11}, TagType::string, 0, 0, 0, 0},  // GammaEnable
+    {{6466, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmA_M
+    {{6483, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmA_P
+    {{6500, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmB_M
+    {{6517, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmB_P
+    {{6534, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmC_M
+    {{6551, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmC_P
+    {{6568, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmD_M
+    {{6585, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmD_P
+    {{6602, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmKCb
+    {{6619, 17}, TagType::string, 0, 0, 0, 0},  // IncandConvChrmKCr
+    {{6636, 15}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaK
+    {{6651, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV0
+    {{6667, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV1
+    {{6683, 16}, TagType::string, 0, 0, 0, 0},  // IncandConvLumaV2
+    {{6699, 8}, TagType::string, 0, 0, 0, 0},  // LADetect
+    {{6707, 8}, TagType::string, 0, 0, 0, 0},  // LAEnable
+    {{6715, 12}, TagType::string, 0, 0, 0, 0},  // MaxPrviewFps
+    {{6727, 11}, TagType::string, 0, 0, 0, 0},  // MaxVideoFps
+    {{6738, 10}, TagType::string, 0, 0, 0, 0},  // NghtshtFps
+    {{6748, 13}, TagType::string, 0, 0, 0, 0},  // NightshotMode
+    {{6761, 15}, TagType::string, 0, 0, 0, 0},  // OutlierDistance
+    {{6776, 10}, TagType::string, 0, 0, 0, 0},  // PclkInvert
+    {{6786, 9}, TagType::string, 0, 0, 0, 0},  // PrviewFps
+    {{6795, 11}, TagType::string, 0, 0, 0, 0},  // PrviewResol
+    {{6806, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl00
+    {{6819, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl10
+    {{6832, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl11
+    {{6845, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl12
+    {{6858, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl13
+    {{6871, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl14
+    {{6884, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl15
+    {{6897, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl16
+    {{6910, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl17
+    {{6923, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl18
+    {{6936, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl19
+    {{6949, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl01
+    {{6962, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl20
+    {{6975, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl21
+    {{6988, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl22
+    {{7001, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl23
+    {{7014, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl24
+    {{7027, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl25
+    {{7040, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl26
+    {{7053, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl27
+    {{7066, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl28
+    {{7079, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl29
+    {{7092, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl02
+    {{7105, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl30
+    {{7118, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl31
+    {{7131, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl03
+    {{7144, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl04
+    {{7157, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl05
+    {{7170, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl06
+    {{7183, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl07
+    {{7196, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl08
+    {{7209, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueCtbl09
+    {{7222, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl00
+    {{7235, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl10
+    {{7248, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl11
+    {{7261, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl12
+    {{7274, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl13
+    {{7287, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl14
+    {{7300, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl15
+    {{7313, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl16
+    {{7326, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl17
+    {{7339, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl18
+    {{7352, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl19
+    {{7365, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl01
+    {{7378, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl20
+    {{7391, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl21
+    {{7404, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl22
+    {{7417, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl23
+    {{7430, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl24
+    {{7443, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl25
+    {{7456, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl26
+    {{7469, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl27
+    {{7482, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl28
+    {{7495, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl29
+    {{7508, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl02
+    {{7521, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl30
+    {{7534, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl31
+    {{7547, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl03
+    {{7560, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl04
+    {{7573, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl05
+    {{7586, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl06
+    {{7599, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl07
+    {{7612, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl08
+    {{7625, 13}, TagType::string, 0, 0, 0, 0},  // R2ABlueStbl09
+    {{7638, 5}, TagType::string, 0, 0, 0, 0},  // R2ACx
+    {{7643, 5}, TagType::string, 0, 0, 0, 0},  // R2ACy
+    {{7648, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl00
+    {{7662, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl10
+    {{7676, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl11
+    {{7690, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl12
+    {{7704, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl13
+    {{7718, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl14
+    {{7732, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl15
+    {{7746, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl16
+    {{7760, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl17
+    {{7774, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl18
+    {{7788, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl19
+    {{7802, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl01
+    {{7816, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl20
+    {{7830, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl21
+    {{7844, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl22
+    {{7858, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl23
+    {{7872, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl24
+    {{7886, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl25
+    {{7900, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl26
+    {{7914, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl27
+    {{7928, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl28
+    {{7942, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl29
+    {{7956, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl02
+    {{7970, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl30
+    {{7984, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl31
+    {{7998, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl03
+    {{8012, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl04
+    {{8026, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl05
+    {{8040, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl06
+    {{8054, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl07
+    {{8068, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl08
+    {{8082, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenCtbl09
+    {{8096, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl00
+    {{8110, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl10
+    {{8124, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl11
+    {{8138, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl12
+    {{8152, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl13
+    {{8166, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl14
+    {{8180, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl15
+    {{8194, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl16
+    {{8208, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl17
+    {{8222, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl18
+    {{8236, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl19
+    {{8250, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl01
+    {{8264, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl20
+    {{8278, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl21
+    {{8292, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl22
+    {{8306, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl23
+    {{8320, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl24
+    {{8334, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl25
+    {{8348, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl26
+    {{8362, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl27
+    {{8376, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl28
+    {{8390, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl29
+    {{8404, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl02
+    {{8418, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl30
+    {{8432, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl31
+    {{8446, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl03
+    {{8460, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl04
+    {{8474, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl05
+    {{8488, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl06
+    {{8502, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl07
+    {{8516, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl08
+    {{8530, 14}, TagType::string, 0, 0, 0, 0},  // R2AGreenStbl09
+    {{8544, 9}, TagType::string, 0, 0, 0, 0},  // R2AHeight
+    {{8553, 12}, TagType::string, 0, 0, 0, 0},  // R2AIntervals
+    {{8565, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl00
+    {{8577, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl10
+    {{8589, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl11
+    {{8601, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl12
+    {{8613, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl13
+    {{8625, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl14
+    {{8637, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl15
+    {{8649, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl16
+    {{8661, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl17
+    {{8673, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl18
+    {{8685, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl19
+    {{8697, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl01
+    {{8709, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl20
+    {{8721, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl21
+    {{8733, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl22
+    {{8745, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl23
+    {{8757, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl24
+    {{8769, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl25
+    {{8781, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl26
+    {{8793, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl27
+    {{8805, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl28
+    {{8817, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl29
+    {{8829, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl02
+    {{8841, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl30
+    {{8853, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl31
+    {{8865, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl03
+    {{8877, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl04
+    {{8889, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl05
+    {{8901, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl06
+    {{8913, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl07
+    {{8925, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl08
+    {{8937, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedCtbl09
+    {{8949, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl00
+    {{8961, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl10
+    {{8973, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl11
+    {{8985, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl12
+    {{8997, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl13
+    {{9009, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl14
+    {{9021, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl15
+    {{9033, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl16
+    {{9045, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl17
+    {{9057, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl18
+    {{9069, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl19
+    {{9081, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl01
+    {{9093, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl20
+    {{9105, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl21
+    {{9117, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl22
+    {{9129, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl23
+    {{9141, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl24
+    {{9153, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl25
+    {{9165, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl26
+    {{9177, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl27
+    {{9189, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl28
+    {{9201, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl29
+    {{9213, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl02
+    {{9225, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl30
+    {{9237, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl31
+    {{9249, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl03
+    {{9261, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl04
+    {{9273, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl05
+    {{9285, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl06
+    {{9297, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl07
+    {{9309, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl08
+    {{9321, 12}, TagType::string, 0, 0, 0, 0},  // R2ARedStbl09
+    {{9333, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl00
+    {{9341, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl10
+    {{9349, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl11
+    {{9357, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl12
+    {{9365, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl13
+    {{9373, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl14
+    {{9381, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl15
+    {{9389, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl16
+    {{9397, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl17
+    {{9405, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl18
+    {{9413, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl19
+    {{9421, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl01
+    {{9429, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl20
+    {{9437, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl21
+    {{9445, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl22
+    {{9453, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl23
+    {{9461, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl24
+    {{9469, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl25
+    {{9477, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl26
+    {{9485, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl27
+    {{9493, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl28
+    {{9501, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl29
+    {{9509, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl02
+    {{9517, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl30
+    {{9525, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl31
+    {{9533, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl03
+    {{9541, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl04
+    {{9549, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl05
+    {{9557, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl06
+    {{9565, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl07
+    {{9573, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl08
+    {{9581, 8}, TagType::string, 0, 0, 0, 0},  // R2ATbl09
+    {{9589, 8}, TagType::string, 0, 0, 0, 0},  // R2AWidth
+    {{9597, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl00
+    {{9612, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl10
+    {{9627, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl11
+    {{9642, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl12
+    {{9657, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl13
+    {{9672, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl14
+    {{9687, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl15
+    {{9702, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl16
+    {{9717, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl17
+    {{9732, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl18
+    {{9747, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl19
+    {{9762, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl01
+    {{9777, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl20
+    {{9792, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl21
+    {{9807, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl22
+    {{9822, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl23
+    {{9837, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl24
+    {{9852, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl25
+    {{9867, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl26
+    {{9882, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl27
+    {{9897, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl28
+    {{9912, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl29
+    {{9927, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl02
+    {{9942, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl30
+    {{9957, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl31
+    {{9972, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl03
+    {{9987, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl04
+    {{10002, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl05
+    {{10017, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl06
+    {{10032, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl07
+    {{10047, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl08
+    {{10062, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueCtbl09
+    {{10077, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl00
+    {{10092, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl10
+    {{10107, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl11
+    {{10122, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl12
+    {{10137, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl13
+    {{10152, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl14
+    {{10167, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl15
+    {{10182, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl16
+    {{10197, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl17
+    {{10212, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl18
+    {{10227, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl19
+    {{10242, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl01
+    {{10257, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl20
+    {{10272, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl21
+    {{10287, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl22
+    {{10302, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl23
+    {{10317, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl24
+    {{10332, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl25
+    {{10347, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl26
+    {{10362, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl27
+    {{10377, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl28
+    {{10392, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl29
+    {{10407, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl02
+    {{10422, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl30
+    {{10437, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl31
+    {{10452, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl03
+    {{10467, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl04
+    {{10482, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl05
+    {{10497, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl06
+    {{10512, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl07
+    {{10527, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl08
+    {{10542, 15}, TagType::string, 0, 0, 0, 0},  // R2D65BlueStbl09
+    {{10557, 7}, TagType::string, 0, 0, 0, 0},  // R2D65Cx
+    {{10564, 7}, TagType::string, 0, 0, 0, 0},  // R2D65Cy
+    {{10571, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl00
+    {{10587, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl10
+    {{10603, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl11
+    {{10619, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl12
+    {{10635, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl13
+    {{10651, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl14
+    {{10667, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl15
+    {{10683, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl16
+    {{10699, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl17
+    {{10715, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl18
+    {{10731, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl19
+    {{10747, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl01
+    {{10763, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl20
+    {{10779, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl21
+    {{10795, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl22
+    {{10811, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl23
+    {{10827, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl24
+    {{10843, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl25
+    {{10859, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl26
+    {{10875, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl27
+    {{10891, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl28
+    {{10907, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl29
+    {{10923, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl02
+    {{10939, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl30
+    {{10955, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl31
+    {{10971, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl03
+    {{10987, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl04
+    {{11003, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl05
+    {{11019, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl06
+    {{11035, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl07
+    {{11051, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl08
+    {{11067, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenCtbl09
+    {{11083, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl00
+    {{11099, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl10
+    {{11115, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl11
+    {{11131, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl12
+    {{11147, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl13
+    {{11163, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl14
+    {{11179, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl15
+    {{11195, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl16
+    {{11211, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl17
+    {{11227, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl18
+    {{11243, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl19
+    {{11259, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl01
+    {{11275, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl20
+    {{11291, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl21
+    {{11307, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl22
+    {{11323, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl23
+    {{11339, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl24
+    {{11355, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl25
+    {{11371, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl26
+    {{11387, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl27
+    {{11403, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl28
+    {{11419, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl29
+    {{11435, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl02
+    {{11451, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl30
+    {{11467, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl31
+    {{11483, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl03
+    {{11499, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl04
+    {{11515, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl05
+    {{11531, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl06
+    {{11547, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl07
+    {{11563, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl08
+    {{11579, 16}, TagType::string, 0, 0, 0, 0},  // R2D65GreenStbl09
+    {{11595, 11}, TagType::string, 0, 0, 0, 0},  // R2D65Height
+    {{11606, 14}, TagType::string, 0, 0, 0, 0},  // R2D65Intervals
+    {{11620, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl00
+    {{11634, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl10
+    {{11648, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl11
+    {{11662, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl12
+    {{11676, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl13
+    {{11690, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl14
+    {{11704, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl15
+    {{11718, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl16
+    {{11732, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl17
+    {{11746, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl18
+    {{11760, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl19
+    {{11774, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl01
+    {{11788, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl20
+    {{11802, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl21
+    {{11816, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl22
+    {{11830, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl23
+    {{11844, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl24
+    {{11858, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl25
+    {{11872, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl26
+    {{11886, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl27
+    {{11900, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl28
+    {{11914, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl29
+    {{11928, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl02
+    {{11942, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl30
+    {{11956, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl31
+    {{11970, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl03
+    {{11984, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl04
+    {{11998, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl05
+    {{12012, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl06
+    {{12026, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl07
+    {{12040, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl08
+    {{12054, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedCtbl09
+    {{12068, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl00
+    {{12082, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl10
+    {{12096, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl11
+    {{12110, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl12
+    {{12124, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl13
+    {{12138, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl14
+    {{12152, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl15
+    {{12166, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl16
+    {{12180, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl17
+    {{12194, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl18
+    {{12208, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl19
+    {{12222, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl01
+    {{12236, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl20
+    {{12250, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl21
+    {{12264, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl22
+    {{12278, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl23
+    {{12292, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl24
+    {{12306, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl25
+    {{12320, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl26
+    {{12334, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl27
+    {{12348, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl28
+    {{12362, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl29
+    {{12376, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl02
+    {{12390, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl30
+    {{12404, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl31
+    {{12418, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl03
+    {{12432, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl04
+    {{12446, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl05
+    {{12460, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl06
+    {{12474, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl07
+    {{12488, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl08
+    {{12502, 14}, TagType::string, 0, 0, 0, 0},  // R2D65RedStbl09
+    {{12516, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl00
+    {{12526, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl10
+    {{12536, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl11
+    {{12546, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl12
+    {{12556, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl13
+    {{12566, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl14
+    {{12576, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl15
+    {{12586, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl16
+    {{12596, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl17
+    {{12606, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl18
+    {{12616, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl19
+    {{12626, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl01
+    {{12636, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl20
+    {{12646, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl21
+    {{12656, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl22
+    {{12666, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl23
+    {{12676, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl24
+    {{12686, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl25
+    {{12696, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl26
+    {{12706, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl27
+    {{12716, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl28
+    {{12726, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl29
+    {{12736, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl02
+    {{12746, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl30
+    {{12756, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl31
+    {{12766, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl03
+    {{12776, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl04
+    {{12786, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl05
+    {{12796, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl06
+    {{12806, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl07
+    {{12816, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl08
+    {{12826, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Tbl09
+    {{12836, 10}, TagType::string, 0, 0, 0, 0},  // R2D65Width
+    {{12846, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl00
+    {{12862, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl10
+    {{12878, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl11
+    {{12894, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl12
+    {{12910, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl13
+    {{12926, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl14
+    {{12942, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl15
+    {{12958, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl16
+    {{12974, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl17
+    {{12990, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl18
+    {{13006, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl19
+    {{13022, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl01
+    {{13038, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl20
+    {{13054, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl21
+    {{13070, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl22
+    {{13086, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl23
+    {{13102, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl24
+    {{13118, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl25
+    {{13134, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl26
+    {{13150, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl27
+    {{13166, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl28
+    {{13182, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl29
+    {{13198, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl02
+    {{13214, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl30
+    {{13230, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl31
+    {{13246, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl03
+    {{13262, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl04
+    {{13278, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl05
+    {{13294, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl06
+    {{13310, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl07
+    {{13326, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl08
+    {{13342, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueCtbl09
+    {{13358, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl00
+    {{13374, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl10
+    {{13390, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl11
+    {{13406, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl12
+    {{13422, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl13
+    {{13438, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl14
+    {{13454, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl15
+    {{13470, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl16
+    {{13486, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl17
+    {{13502, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl18
+    {{13518, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl19
+    {{13534, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl01
+    {{13550, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl20
+    {{13566, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl21
+    {{13582, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl22
+    {{13598, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl23
+    {{13614, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl24
+    {{13630, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl25
+    {{13646, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl26
+    {{13662, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl27
+    {{13678, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl28
+    {{13694, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl29
+    {{13710, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl02
+    {{13726, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl30
+    {{13742, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl31
+    {{13758, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl03
+    {{13774, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl04
+    {{13790, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl05
+    {{13806, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl06
+    {{13822, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl07
+    {{13838, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl08
+    {{13854, 16}, TagType::string, 0, 0, 0, 0},  // R2TL84BlueStbl09
+    {{13870, 8}, TagType::string, 0, 0, 0, 0},  // R2TL84Cx
+    {{13878, 8}, TagType::string, 0, 0, 0, 0},  // R2TL84Cy
+    {{13886, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl00
+    {{13903, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl10
+    {{13920, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl11
+    {{13937, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl12
+    {{13954, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl13
+    {{13971, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl14
+    {{13988, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl15
+    {{14005, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl16
+    {{14022, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl17
+    {{14039, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl18
+    {{14056, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl19
+    {{14073, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl01
+    {{14090, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl20
+    {{14107, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl21
+    {{14124, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl22
+    {{14141, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl23
+    {{14158, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl24
+    {{14175, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl25
+    {{14192, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl26
+    {{14209, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl27
+    {{14226, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl28
+    {{14243, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl29
+    {{14260, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl02
+    {{14277, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl30
+    {{14294, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl31
+    {{14311, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl03
+    {{14328, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl04
+    {{14345, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl05
+    {{14362, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl06
+    {{14379, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl07
+    {{14396, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl08
+    {{14413, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenCtbl09
+    {{14430, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl00
+    {{14447, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl10
+    {{14464, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl11
+    {{14481, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl12
+    {{14498, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl13
+    {{14515, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl14
+    {{14532, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl15
+    {{14549, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl16
+    {{14566, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl17
+    {{14583, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl18
+    {{14600, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl19
+    {{14617, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl01
+    {{14634, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl20
+    {{14651, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl21
+    {{14668, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl22
+    {{14685, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl23
+    {{14702, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl24
+    {{14719, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl25
+    {{14736, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl26
+    {{14753, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl27
+    {{14770, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl28
+    {{14787, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl29
+    {{14804, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl02
+    {{14821, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl30
+    {{14838, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl31
+    {{14855, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl03
+    {{14872, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl04
+    {{14889, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl05
+    {{14906, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl06
+    {{14923, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl07
+    {{14940, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl08
+    {{14957, 17}, TagType::string, 0, 0, 0, 0},  // R2TL84GreenStbl09
+    {{14974, 12}, TagType::string, 0, 0, 0, 0},  // R2TL84Height
+    {{14986, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84Intervals
+    {{15001, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl00
+    {{15016, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl10
+    {{15031, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl11
+    {{15046, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl12
+    {{15061, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl13
+    {{15076, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl14
+    {{15091, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl15
+    {{15106, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl16
+    {{15121, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl17
+    {{15136, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl18
+    {{15151, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl19
+    {{15166, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl01
+    {{15181, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl20
+    {{15196, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl21
+    {{15211, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl22
+    {{15226, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl23
+    {{15241, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl24
+    {{15256, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl25
+    {{15271, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl26
+    {{15286, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl27
+    {{15301, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl28
+    {{15316, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl29
+    {{15331, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl02
+    {{15346, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl30
+    {{15361, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl31
+    {{15376, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl03
+    {{15391, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl04
+    {{15406, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl05
+    {{15421, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl06
+    {{15436, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl07
+    {{15451, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl08
+    {{15466, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedCtbl09
+    {{15481, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl00
+    {{15496, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl10
+    {{15511, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl11
+    {{15526, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl12
+    {{15541, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl13
+    {{15556, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl14
+    {{15571, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl15
+    {{15586, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl16
+    {{15601, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl17
+    {{15616, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl18
+    {{15631, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl19
+    {{15646, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl01
+    {{15661, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl20
+    {{15676, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl21
+    {{15691, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl22
+    {{15706, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl23
+    {{15721, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl24
+    {{15736, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl25
+    {{15751, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl26
+    {{15766, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl27
+    {{15781, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl28
+    {{15796, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl29
+    {{15811, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl02
+    {{15826, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl30
+    {{15841, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl31
+    {{15856, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl03
+    {{15871, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl04
+    {{15886, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl05
+    {{15901, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl06
+    {{15916, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl07
+    {{15931, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl08
+    {{15946, 15}, TagType::string, 0, 0, 0, 0},  // R2TL84RedStbl09
+    {{15961, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl00
+    {{15972, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl10
+    {{15983, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl11
+    {{15994, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl12
+    {{16005, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl13
+    {{16016, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl14
+    {{16027, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl15
+    {{16038, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl16
+    {{16049, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl17
+    {{16060, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl18
+    {{16071, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl19
+    {{16082, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl01
+    {{16093, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl20
+    {{16104, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl21
+    {{16115, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl22
+    {{16126, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl23
+    {{16137, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl24
+    {{16148, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl25
+    {{16159, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl26
+    {{16170, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl27
+    {{16181, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl28
+    {{16192, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl29
+    {{16203, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl02
+    {{16214, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl30
+    {{16225, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl31
+    {{16236, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl03
+    {{16247, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl04
+    {{16258, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl05
+    {{16269, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl06
+    {{16280, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl07
+    {{16291, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl08
+    {{16302, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Tbl09
+    {{16313, 11}, TagType::string, 0, 0, 0, 0},  // R2TL84Width
+    {{16324, 13}, TagType::string, 0, 0, 0, 0},  // RolloffEnable
+    {{16337, 9}, TagType::string, 0, 0, 0, 0},  // SensorFmt
+    {{16346, 10}, TagType::string, 0, 0, 0, 0},  // SensorType
+    {{16356, 12}, TagType::string, 0, 0, 0, 0},  // SensrFulHght
+    {{16368, 12}, TagType::string, 0, 0, 0, 0},  // SensrFulWdth
+    {{16380, 12}, TagType::string, 0, 0, 0, 0},  // SensrQtrHght
+    {{16392, 12}, TagType::string, 0, 0, 0, 0},  // SensrQtrWdth
+    {{16404, 13}, TagType::string, 0, 0, 0, 0},  // SnapshotResol
+    {{16417, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmA_M
+    {{16432, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmA_P
+    {{16447, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmB_M
+    {{16462, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmB_P
+    {{16477, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmC_M
+    {{16492, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmC_P
+    {{16507, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmD_M
+    {{16522, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmD_P
+    {{16537, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmKCb
+    {{16552, 15}, TagType::string, 0, 0, 0, 0},  // TL84ConvChrmKCr
+    {{16567, 13}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaK
+    {{16580, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV0
+    {{16594, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV1
+    {{16608, 14}, TagType::string, 0, 0, 0, 0},  // TL84ConvLumaV2
+    {{16622, 8}, TagType::string, 0, 0, 0, 0},  // VideoFps
+    {{16630, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmA_M
+    {{16647, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmA_P
+    {{16664, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmB_M
+    {{16681, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmB_P
+    {{16698, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmC_M
+    {{16715, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmC_P
+    {{16732, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmD_M
+    {{16749, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmD_P
+    {{16766, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmKCb
+    {{16783, 17}, TagType::string, 0, 0, 0, 0},  // YhiYloConvChrmKCr
+    {{16800, 15}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaK
+    {{16815, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV0
+    {{16831, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV1
+    {{16847, 16}, TagType::string, 0, 0, 0, 0},  // YhiYloConvLumaV2
+    {{16863, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC0
+    {{16874, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC1
+    {{16885, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC2
+    {{16896, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC3
+    {{16907, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC4
+    {{16918, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC5
+    {{16929, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC6
+    {{16940, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC7
+    {{16951, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorC8
+    {{16962, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK0
+    {{16973, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK1
+    {{16984, 11}, TagType::string, 0, 0, 0, 0},  // YhiYloCorK2
 };
 constexpr detail::StringRow kStringsEnglishQualcomm[] = {
     {{16995, 26}, {17021, 18}},

@@ -7,3503 +7,3641 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "CoverArt""CoverArtType""AlbumArtist""Album""Artist""Comment""Genre""Subtitle""CreatorTool"
-    "Title""Year""iTunesMediaType""ChapterName""ChapterNumber""SphericalVideoXML""Abstract"
-    "AcquisitionTime""AcquisitionTimeDay""AcquisitionTimeMonth""AcquisitionTimeYear"
-    "AcquisitionTimeYearMonth""AcquisitionTimeYearMonthDay""AlbumArtistSortOrder""AlbumID"
-    "AlbumIDAlbumArtist""AlbumTitleSortOrder""AlternateSourceURL""AudioBitrate""AudioFormat""Author"
-    "AuthorSortOrder""AverageLevel""Bitrate""BuyNow""BuyTickets""CDTrackEnabled""CallLetters"
-    "CameraManufacturer""CameraModel""Channels""ContentDistributorDuration""Copyright""Count"
-    "CurrentBitrate""DLNAServerUDN""DLNASourceURI""DRMIndividualizedVersion""DRMKeyID""DTCPIPHost"
-    "DTCPIPPort""DVDID""Description""DisplayArtist""Duration""Event""FileSize""FileType""FormatTag"
-    "FourCC""FrameRate""Frequency""IsNetworkFeed""IsVBR""IsProtected""LeadPerformer""LibraryID"
-    "LibraryName""Location""MediaContentTypes""MediaType""ModifiedBy""MoreInfo""PartOfSet"
-    "PeakValue""PixelAspectRatioX""PixelAspectRatioY""PlaylistIndex""Provider""ProviderLogoURL"
-    "ProviderURL""RadioBand""RadioFormat""RatingOrg""RecordingTime""RecordingTimeDay"
-    "RecordingTimeMonth""RecordingTimeYear""RecordingTimeYearMonth""RecordingTimeYearMonthDay"
-    "ReleaseDate""ReleaseDateDay""ReleaseDateMonth""ReleaseDateYear""ReleaseDateYearMonth"
-    "ReleaseDateYearMonthDay""RequestState""ShadowFilePath""SourceURL""Subject""Sync01""Sync02"
-    "Sync03""Sync04""Sync05""Sync06""Sync07""Sync08""Sync09""Sync10""Sync11""Sync12""Sync13""Sync14"
-    "Sync15""Sync16""SyncOnly""SyncState""Temporary""TitleSortOrder""TotalDuration""TrackingID"
-    "UserCustom1""UserCustom2""UserEffectiveRating""UserLastPlayedTime""UserPlayCount"
-    "UserPlaycountAfternoon""UserPlaycountEvening""UserPlaycountMorning""UserPlaycountNight"
-    "UserPlaycountWeekday""UserPlaycountWeekend""UserRating""UserServiceRating""VideoBitrate"
-    "VideoFormat""BeatsPerMinute""ContentDistributorType""ContentGroupDescription""EncodingTime"
-    "GenreID""Language""Lyrics""MCDI""MediaOriginalBroadcastDateTime""MediaOriginalChannel"
-    "MediaStationName""ProtectionType""ProviderRating""ProviderStyle""SharedUserRating"
-    "SubtitleDescription""SubscriptionContentID""TrackNumber""UniqueFileIdentifier""VideoFrameRate"
-    "VideoHeight""VideoWidth""WMCollectionGroupID""WMCollectionID""WMContentID"
-    "WMShadowFileSourceDRMType""WMShadowFileSourceFileType""ChapterNum""TitleNum""Resources"
-    "Complete""HomeCountry-Region""TaskOwner""MaxAperture""OptionalAttendees""HomeStreet"
-    "RequiredAttendeeAddresses""SenderAddress""FileVersion""ProductName""ProductVersion"
-    "LegalTrademarks""SenderName""ParentalRatingReason""FirstName""DateImported""CameraMaker"
-    "Orientation""ExposureTime""F-stop""ExposureProgram""ISOSpeed""DatePictureTaken""ExposureBias"
-    "SubjectDistance""MeteringMode""LightSource""FlashMode""FocalLength""HomePhone""PrimaryPhone"
-    "CellPhone""Birthday""PrimaryE-mail""JobTitle""HomeCity""PersonalTitle""OfficeLocation"
-    "GivenName""MiddleName""Suffix""Nickname""PostalCode""StationName""Division""Kinds""ClientID"
-    "Type""FileCount""TotalFileSize""Computer""PerceivedType""MediaCreated""IsRecurring""Incomplete"
-    "E-mail2""Project""Gender""DueDate""BusinessCity""WindowsFileName""DateArchived"
-    "BusinessStateOrProvince""BroadcastDate""Color""StartDate""Saturation""SearchRanking"
-    "OtherAddress""AutoSummary""Summary""BusinessHomePage""InitialKey""Beats-per-minute""Conductors"
-    "Mood""AlbumTitle""Free-busyStatus""URL""DateVisited""IsDeleted""HasFlag""Hobbies""FullName"
-    "Street""Dimensions""Untitled0""Untitled1""HorizontalResolution""VerticalResolution""BitDepth"
-    "AudioSampleRate""AudioSampleSize""VideoCompression""FrameWidth""FrameHeight""TotalBitrate"
-    "DataRate""Composers""Directors""ParentalRating""Producers""Writers""Publisher""Period"
-    "UserWebURL""EncodedBy""Rating""E-mail3""HomeFax""Source""FlagColor""BusinessPhone""ProgramMode"
-    "OfflineStatus""ClosedCaptioning""Rerun""SAP""EpisodeName""ProgramDescription""StationCallSign"
-    "ChannelNumber""OtherCity""OtherStateOrProvince""Profession""DateCompleted""ReminderTime"
-    "BusinessAddress""OrganizerAddress""HomePOBox""E-mailList""CompanyMainPhone""HomePostalCode"
-    "OtherPOBox""OtherCountry-Region""LastName""CarPhone""BusinessFax""EntryType""OtherPostalCode"
-    "Label""HomeAddress""AssistantsPhone""Anniversary""Owner""SpaceFree""TotalSize""SpaceUsed"
-    "Priority""HasAttachments""Spouse""FocalLength35mm""IsCompleted""OfflineAvailability"
-    "OrganizerName""TTY-TTDPhone""Protected""BusinessCountry-Region""RequiredAttendees""Name""Size"
-    "Attributes""DateModified""DateCreated""DateAccessed""FolderName""LinkTarget""LinkStatus"
-    "BusinessPOBox""ToDoTitle""CallbackNumber""IsOnline""MailingAddress""Telex""EndDate"
-    "HomeStateOrProvince""City""E-mailDisplayName""AssistantsName""Creator""ExifVersion"
-    "BillingInformation""Children""Participants""OptionalAttendeeAddresses""Company""Category"
-    "ContentType""Status""Slides""Pager""IMAddresses""Folder""ConversationID""BusinessStreet"
-    "DateReleased""POBox""ContactNames""DocumentID""LensModel""BusinessPostalCode""ReadStatus"
-    "Importance""FlagStatus""FromAddresses""FromNames""Store""ToAddresses""ToNames""Webpage"
-    "DateSent""BccAddresses""DateReceived""Attachments""BccNames""CcAddresses""CcNames""FolderPath"
-    "Path""AccountName""Country-Region""LensMaker""WhiteBalance""Shared""SharedWith"
-    "StateOrProvince""FileAs""IsAttachment""TotalEditingTime""LastPrinted""Untitled2""DateLastSaved"
-    "Pages""WordCount""ProgramName""Keywords""Comments""Contributors""Initials""Date""Sensitivity"
-    "E-mailAddress""Department""Mileage""OtherStreet""AV1ConfigurationVersion""SeqProfile"
-    "SeqLevelIdx0""SeqTier0""HighBitDepth""TwelveBit""ChromaFormat""ChromaSamplePosition"
-    "InitialDelaySamples""AccelMode""SampleTime""AccelYPR""Balance""AudioProfileVersion"
-    "AudioTrackID""AudioCodec""AudioCodecInfo""AudioAttributes""AudioAvgBitrate""AudioMaxBitrate"
-    "AudioChannels""AudioVendorID""AudioBitsPerSample""BufferSize""MaxBitrate""AverageBitrate"
-    "Compression""LayoutFlags""AudioChannelTypes""NumChannelDescriptions""Channel1Label"
-    "Channel1Flags""Channel1Coordinates""Channel2Label""Channel2Flags""Channel2Coordinates"
-    "Channel3Label""Channel3Flags""Channel3Coordinates""Channel4Label""Channel4Flags"
-    "Channel4Coordinates""Channel5Label""Channel5Flags""Channel5Coordinates""Channel6Label"
-    "Channel6Flags""Channel6Coordinates""Channel7Label""Channel7Flags""Channel7Coordinates"
-    "Channel8Label""Channel8Flags""Channel8Coordinates""CleanApertureWidth""CleanApertureHeight"
-    "CleanApertureOffsetX""CleanApertureOffsetY""ColorProfiles""ColorPrimaries"
-    "TransferCharacteristics""MatrixCoefficients""VideoFullRangeFlag""MaxContentLightLevel"
-    "MaxPicAverageLightLevel""URN""EncoderVendor""EncoderVersion""AudioAvailableBitRateRange"
-    "AudioBitRateControlMode""AudioExtendFrequencies""AudioCurrentTargetBitRate"
-    "AudioComponentVersion""AudioAvailableNumberChannels""AudioIsInitialized"
-    "AudioDoesSampleRateConversion""AudioMinimumDelayMode""AudioMinimumNumberInputPackets"
-    "AudioMinimumNumberOutputPackets""AudioOutputPrecedence""AudioZeroFramesPadded"
-    "AudioMaximumPacketByteSize""AudioRequiresPacketDescription""AudioPacketFrameSize"
-    "AudioCodecPrimeMethod""AudioQualitySetting""AudioInputBufferSize""AudioUsedInputBufferSize"
-    "AudioUseRecommendedSampleRate""AudioVBRQuality""AudioEncodingParamsVersion"
-    "AudioHasVariablePacketByteSizes""FileProfileVersion""FileFunctionFlags""MajorBrand"
-    "MinorVersion""CompatibleBrands""PreviewImageWidth""PreviewImageHeight""PreviewImageLength"
-    "SerialNumber""PreviewImage""FusionMode""FusionYPR""GPSMode""GPSLatitude""GPSLongitude"
-    "GPSAltitude""GPSSpeed""GPSTrack""Acceleration""Text""GenMediaVersion""GenFlags"
-    "GenGraphicsMode""GenOpColor""GenBalance""GyroMode""GyroYPR""HEVCConfigurationVersion"
-    "GeneralProfileSpace""GeneralTierFlag""GeneralProfileIDC""GenProfileCompatibilityFlags"
-    "ConstraintIndicatorFlags""GeneralLevelIDC""MinSpatialSegmentationIDC""ParallelismType"
-    "BitDepthLuma""BitDepthChroma""AverageFrameRate""ConstantFrameRate""NumTemporalLayers"
-    "TemporalIDNested""Unknown_slmt""HandlerClass""HandlerType""HandlerVendorID""HandlerDescription"
-    "MaxPDUSize""AvgPDUSize""AvgBitrate""RealtimeStreamingProtocol""StreamingDataProtocol"
-    "HintFormat""HintTrackVersion""MaxPacketSize""SequenceNumberRandomOffset""RTPTimeScale"
-    "TimestampRandomOffset""ImmediateDataBytes""LargestPacketDuration""MediaTrackBytes"
-    "RepeatedDataBytes""MaxDataRate""NumPackets""PayloadType""LargestPacketSize"
-    "MaxTransmissionTime""MinTransmissionTime""TotalBytes""TotalBytesNoRTPHeaders""Model""Firmware"
-    "Parameters""CompressorID""VendorID""SourceImageWidth""SourceImageHeight""XResolution"
-    "YResolution""CompressorName""JPEGInfo""AVCConfiguration""VideoFieldOrder""Gamma"
-    "PixelAspectRatio""Stereoscopic3D""ImageData""ItemInfoEntry""ParentShortTitle""ParentProductID"
-    "ParentTitle""ShortTitle""Unknown_AACR""Unknown_CDEK""Unknown_CDET""GUID""AppleStoreAccountType"
-    "AppleStoreAccount""ArtistID""ComposerID""AppleStoreCatalogID""Compilation""DiskNumber"
-    "EpisodeGlobalUniqueID""Grouping""GoogleHostHeader""GooglePingMessage""GooglePingURL"
-    "GoogleSourceData""GoogleStartTime""GoogleTrackDuration""HDVideo""iTunesU""Keyword"
-    "LongDescription""Podcast""Performer""PlayGap""ProductID""PurchaseDate""PodcastURL"
-    "RatingPercent""StoreDescription""AppleStoreCountry""ShowMovement""SortAlbumArtist""SortAlbum"
-    "SortArtist""SortComposer""SortName""SortShow""TVEpisodeID""TVEpisode""TVNetworkName""TVShow"
-    "TVSeason""ISRC""ArtDirector""Arranger""Composer""Conductor""ContentCreateDate""Director"
-    "MovementCount""MovementNumber""MovementName""Narrator""OriginalArtist""Producer""SoundEngineer"
-    "Soloist""Encoder""Track""Work""ExecutiveProducer""GPSCoordinates""ItemPropertyAssociation"
-    "AuxiliaryImageType""CleanAperture""Rotation""ImageSpatialExtent""ImagePixelDepth"
-    "RelativeLocation""AuxiliaryImageRef""ContentDescribes""DerivedImageRef""ThumbnailRef"
-    "EncodedWith""ApplePhotosVariationIdentifier""Artwork""FrameReadoutTime""CameraIdentifier"
-    "UserCollection""AndroidVersion""CaptureMode""ContentIdentifier""CreationDate"
-    "DetectedFaceBounds""DetectedFaceID""DetectedFaceRollAngle""DetectedFaceYawAngle"
-    "CameraDirection""CameraMotion""DisplayName""Information""LivePhotoInfo""LivePhotoAuto"
-    "LivePhotoVitalityScore""LivePhotoVitalityScoringVersion""LocationAccuracyHorizontal"
-    "LocationBody""LocationDate""LocationName""LocationNote""LocationRole""Make""Bass""AudioGain"
-    "Mute""PitchShift""Treble""Brightness""Contrast""Tint""PlayerVersion""Software""StillImageTime"
-    "Version""VideoOrientation""MagMode""MagnetometerXYZ""GPSDataList2""DateTimeOriginal"
-    "PreviewPICT""ARDroneFile""ThumbnailImage""Free""Junk""MediaData""MediaDataOffset"
-    "MediaDataSize""MotionPhotoVideo""ARDroneTelemetry""Skip""GPSLog""SensorData""UUID-Unknown"
-    "Wide""MediaHeaderVersion""MediaCreateDate""MediaModifyDate""MediaTimeScale""MediaDuration"
-    "MediaLanguageCode""NullMediaHeader""BinaryXML""VesperineSize""ItemLocation""IPMPControl"
-    "ItemProtection""PrimaryItemReference""MetaVersion""ProductionDate""Product""TrackProperty"
-    "TimeZone""ModifyDate""MetaFormat""MetaType""GPSDataList""InitialObjectDescriptor""GarminGPS"
-    "MovieFragmentSequence""MovieHeaderVersion""CreateDate""TimeScale""PreferredRate"
-    "PreferredVolume""MatrixStructure""PreviewTime""PreviewDuration""PosterTime""SelectionTime"
-    "SelectionDuration""CurrentTime""NextTrackID""OtherFormat""PlaybackFrameRate""FontTable"
-    "OtherName""OriginalFileName""StartTime""PreviewDate""PreviewVersion""PreviewAtomType"
-    "PreviewAtomIndex""Endianness""OriginalFormat""GSensor""VersionRestrictions""MediaFlags"
-    "ModeFlags""Platform""ItemID""ItemTool""TransactionID""ItemVendorID""RotMode""RotationXYZ"
-    "ChunkOffset64""CompositionToDecodeTimelineMapping""CompositionTimeToSample""SamplePaddingBits"
-    "SampleToGroup""IdependentAndDisposableSamples""SampleGroupDescription""ChunkOffset"
-    "SampleDegradationPriority""PartialSyncSamples""SampleToChunk""ShadowSyncSampleTable"
-    "SyncSampleTable""SampleSizes""TimeToSampleTable""CompactSampleSizes""Sub-sampleInformation"
-    "Certificate""InitializationVector""KeyID""UserName""UserID""SchemeType""SchemeVersion"
-    "SchemeURL""SpatialAudioVersion""AmbisonicType""AmbisonicOrder""AmbisonicChannelOrdering"
-    "AmbisonicNormalization""AmbisonicChannels""AmbisonicChannelMap""Accelerometer"
-    "AccelerometerData""AngularVelocity""CameraDateTime""Car""Distance""ExposureCompensation"
-    "FNumber""FrameNumber""GPSDOP""GPSDateTime""GPSSatellites""GPSSpeedRef""GPSTimeStamp"
-    "GPSTrackRef""ISO""JpgFromRaw""KiloCalories""RawGSensor""SampleDateTime""SampleDuration"
-    "TimeCode""Unknown00""Unknown01""Unknown02""Unknown03""UserLabel""VerticalSpeed""VideoTimeStamp"
-    "TextFont""TextFace""TextSize""TextColor""BackgroundColor""FontName""TomTomHL""TomTomID"
-    "TomTomVD""TomTomVI""CleanApertureDimensions""EncodedPixelsDimensions"
-    "ProductionApertureDimensions""TrackHeaderVersion""TrackCreateDate""TrackModifyDate""TrackID"
-    "TrackDuration""ImageSizeLookahead""TrackLayer""TrackVolume""ImageWidth""ImageHeight"
-    "ChapterListTrackID""ElementaryStreamTrack""SoftwareVersion""PlayAllFrames""SerialNumberHash"
-    "CompressorVersion""FirmwareVersion""FieldOfView""GoProType""LensSerialNumber""LoopStyle"
-    "LevelMeter""MakerNotePentaxUnknown""PlayMode""PlaySelection""UnknownTags""WindowLocation""CX"
-    "CY""Yaw""Unknown_adzc""Unknown_adze""Unknown_adzm""CameraAngle""ApertureMode""ContentID"
-    "ContentDistributorID""ChapterList""ClipFileName""ClipID""Classification""CameraID"
-    "CollectionName""CodeVersion""CoverURI""HintVersion""IconURI""InfoURL""TrackType"
-    "LocationInformation""LyricsURI""GarminSettings""Pitch""Rads""ReelName""Roll""Scene""ShotName"
-    "ThumbnailPNG""UnknownThumbnail""GarminSoftware""Vendor""StartTimecode""StartTimeScale"
-    "StartTimeSampleSize""ArrangerKeywords""ComposerKeywords""UserData_dji""Edit1""Edit2""Edit3"
-    "Edit4""Edit5""Edit6""Edit7""Edit8""Edit9""EncoderID""Format""CameraPitch""CameraRoll"
-    "CameraYaw""ISRCCode""RecordLabelName""RecordLabelURL""MakerURL""ProducerKeywords"
-    "RecordingCopyright""Performers""PerformerKeywords""PerformerURL""Requirements""UserData_res"
-    "SubtitleKeywords""SourceCredits""SongWriter""SongWriterKeywords""UserData_uid""SpeedX""SpeedY"
-    "SpeedZ""DisplaySize""SlideShow""GraphicsMode""OpColor""VideoProfileVersion""VideoTrackID"
-    "VideoCodec""VideoCodecInfo""VideoAttributes""VideoAvgBitrate""VideoMaxBitrate"
-    "VideoAvgFrameRate""VideoMaxFrameRate""VideoSize""PurchaseFileFormat""AngleAxis"
-    "PixelExposureTime""RollingShutterSkewTime""Position""GPSMeasureMode""GPSHorizontalAccuracy"
-    "GPSVerticalAccuracy""GPSVelocityEast""GPSVelocityNorth""GPSVelocityUp""GPSSpeedAccuracy"
-    "MagneticField""Layout""Padding""ProjectionBoundsTop""ProjectionBoundsBottom"
-    "ProjectionBoundsLeft""ProjectionBoundsRight""Artists""Barcode""CatalogNumber""DiscNumber"
-    "DynamicRange""DynamicRangeR128""Media""PeakLevelR128""PeakLevelSample""Script""VolumeLevelR128"
-    "ReplayVolumeLevel""Data""ContentRating""VolumeNormalization""iTunSMPB""CDDB1Info"
-    "CDDBTrackNumber""Mean""OriginalDate""OriginalYear""Popularimeter""ReplayTrackGain"
-    "ReplayTrackPeak""iTunTool""Length""PoseYawDegrees""PosePitchDegrees""PoseRollDegrees"
-    "MetadataSource""DateTime""GimbalPitch""GimbalRoll""GimbalYaw""0""1""10""11""14""2""21""23""5"
-    "6""9""100000""100001""100002""100003""100004""100005""100006""100007""100008""100009""10001"
-    "100010""100011""100012""100013""100014""100015""100016""100017""100018""100019""10002""100020"
-    "100021""100022""100023""100024""100025""100026""100027""100028""100029""10003""100030""100031"
-    "100032""100033""100034""100035""100036""100037""100038""100039""10004""100040""100041""100042"
-    "100043""100044""100045""100046""100047""100048""100049""10005""100050""100051""100052""100053"
-    "100054""100055""100056""100057""100058""100059""10006""100060""100061""100062""100063""100064"
-    "100065""100066""100067""100068""100069""10007""100070""100071""100072""100073""100074""100075"
-    "100076""100077""100078""100079""10008""100080""100081""100082""100083""100084""100085""100086"
-    "100087""100088""100089""10009""100090""100091""100092""100093""100094""100095""100096""100097"
-    "100098""100099""1001""10010""100100""100101""100102""100103""100104""100105""10011""10012"
-    "10013""10014""10015""10016""10017""10018""10019""1002""10020""10021""10022""10023""10024"
-    "10025""10026""10027""10028""10029""1003""10030""10031""10032""10033""10034""10035""10036"
-    "10037""10038""10039""1004""10040""10041""10042""10043""10044""10045""10046""10047""10048"
-    "10049""1005""10050""10051""10052""10053""10054""10055""10056""10057""10058""10059""1006""10060"
-    "10061""10062""10063""10064""10065""10066""10067""10068""10069""1007""10070""10071""10072"
-    "10073""10074""10075""10076""10077""10078""10079""10080""10081""10082""10083""10084""10085"
-    "10086""10087""10088""10089""1009""10090""10091""10092""10093""10094""10095""10096""10097"
-    "10098""10099""1010""10100""10101""10102""10103""10104""10105""10106""10107""10108""10109""1011"
-    "10110""10111""10112""10113""10114""10115""10116""10117""10118""10119""1012""10120""10121"
-    "10122""10123""10124""10125""10126""10127""10128""10129""1013""10130""10131""10132""10133"
-    "10134""10135""10136""10137""10138""10139""1014""10140""10141""10142""10143""10144""10145"
-    "10146""10147""10148""10149""1015""1016""1017""1018""1019""1020""1021""1022""1023""1024""1025"
-    "1026""1027""1028""1029""1030""1031""1032""1033""1034""1035""1036""1037""1038""1039""1040""1041"
-    "1042""1043""1044""1045""1046""1047""1048""1049""1050""1051""1052""1053""1054""1055""1056""1057"
-    "1058""1060""1061""1062""1063""1064""1065""1066""1067""1068""1069""1070""1071""1072""1073""1074"
-    "1075""1076""1077""1078""1079""1080""1081""1082""1083""1084""1085""1086""1087""1088""1089""1090"
-    "1091""1092""1093""1094""1095""1096""1097""1098""1099""1100""11001""11002""11003""11004""11005"
-    "11006""11007""11008""11009""1101""11010""11011""11012""11013""11014""11015""11016""11017"
-    "11018""11019""11020""11021""11022""11023""11024""11025""11026""11027""11028""11029""1103"
-    "11030""11031""11032""11033""11034""11035""11036""11037""11038""11039""1104""11040""11042"
-    "11043""11044""11045""11046""11047""11049""1105""11050""11051""11052""11053""11054""11055"
-    "11056""11057""11058""11059""1106""11060""11061""11062""11063""11064""11065""11066""11067"
-    "11068""11069""1107""11070""11071""11072""11073""11074""11075""11076""11077""11078""11079""1108"
-    "11080""11081""11082""11083""11084""11085""11086""11087""11088""11089""1109""11090""11091"
-    "11092""11093""11094""11095""11096""11097""11098""11099""1110""11100""11101""11102""11103"
-    "11104""11105""11106""11107""11108""11109""1111""11110""11111""11112""11113""11114""11115"
-    "11116""11117""11118""11119""1112""11120""11121""11122""11123""11124""11125""11126""11127"
-    "11128""11129""1113""11130""11131""11132""11133""11134""11135""11136""11137""11138""11139""1114"
-    "11140""11141""11142""11143""11144""11145""11146""11147""11148""11149""1115""11150""11151"
-    "11152""11153""11154""11155""11156""11157""11158""11159""1116""11160""11161""11162""11163"
-    "11164""11165""11166""11167""11168""11169""1117""11170""11171""11172""11173""11174""11175"
-    "11176""11177""11178""11179""1118""11180""11181""11182""11183""11184""11185""11186""11187"
-    "11188""11189""1119""11190""11191""11192""11193""11194""11195""11196""11197""11198""11199""1120"
-    "11200""11201""11202""11203""11204""11205""11206""11207""11208""11209""1121""11210""11211"
-    "11212""11213""11214""11215""11216""11217""11218""11219""1122""11220""11221""11222""11223"
-    "11224""11225""11226""11227""11228""11229""1123""11231""11232""11233""11234""11236""1124""11243"
-    "11244""11245""11246""11247""1125""11255""11259""1126""11260""11261""11262""11263""11264""11265"
-    "11266""1127""11273""11274""11275""11276""11277""11278""11279""1128""11280""11281""11282""11283"
-    "11284""11285""11286""11287""11288""11289""1129""11290""11291""11292""11293""11294""11295"
-    "11296""11297""11298""11299""1130""11300""11301""11302""11303""11304""11305""11306""11307"
-    "11308""11309""1131""11310""11311""11312""11317""11319""1132""11320""11327""11329""1133""11330"
-    "11331""11332""11333""11334""11335""11336""11337""11338""11339""1134""11340""11341""11342"
-    "11343""1135""1136""1137""1138""1139""1140""1141""1142""1143""1144""1145""1146""1147""1148"
-    "1149""1150""1151""1152""1153""1154""1155""1156""1157""1158""1159""1160""1161""1162""1163""1165"
-    "1166""1167""1168""1169""1171""1172""1173""1174""1175""1176""1177""1178""1179""1180""1181""1182"
-    "1183""1184""1185""1186""1187""1188""1189""1190""1191""1192""1193""1194""1195""1196""1197""1198"
-    "1199""12""1200""12001""12002""12003""12004""12005""12006""12007""12008""1201""12010""12011"
-    "12012""12013""12014""12015""12016""12017""12018""12019""1202""12020""12021""12022""1203""1204"
-    "1205""1206""1207""1208""1209""1210""1211""1220""12201""12202""12203""12204""12205""12206"
-    "12207""12208""12209""1221""12210""12211""12212""12213""12214""12215""12216""12217""12218"
-    "12219""1222""1223""1224""1225""1226""1227""1228""1229""1230""1231""1232""1233""1234""1235"
-    "1236""1237""1238""1239""1240""1241""1242""1243""1244""1245""1246""1247""1248""1249""1250""1251"
-    "1252""1253""1254""1255""1256""1257""1258""1259""1260""1261""1262""1263""1264""1265""1266""1267"
-    "1268""1269""1270""1271""1272""1273""1274""1275""1276""1277""1278""1279""1280""1281""1282""1283"
-    "1284""1285""1286""1287""1288""1289""1290""1291""1293""1294""1295""1296""1297""1298""1299""13"
-    "1300""13001""13002""13003""13004""13005""13006""13007""13008""13009""1301""13010""13011""13012"
-    "13013""13014""13015""13017""13018""13019""1302""13020""13021""13023""13024""13025""13026"
-    "13027""13028""13029""1303""13030""1304""1305""1306""1307""1309""1310""1311""1314""1315""1316"
-    "1318""1320""1321""1323""1324""1325""1337""1401""1402""1404""1405""1406""1410""1412""1413""1415"
-    "1416""1417""1420""1421""1438""1439""1440""1441""1443""1444""1446""1448""1450""1454""1455""1456"
-    "1459""1460""1461""1462""1463""1464""1465""1466""1467""1468""1469""1470""1471""1472""1473""1474"
-    "1475""1476""1477""1478""1479""1480""1481""1482""1483""1484""1485""1486""1487""1488""1489""1490"
-    "1491""1492""1493""1494""1495""1496""1497""1498""1499""15""1500""15000""15001""15002""15003"
-    "15004""15005""15006""15007""15008""15009""1501""15010""15011""15012""15013""15014""15015"
-    "15016""15017""15018""15019""1502""15020""15021""15022""15023""15024""15025""15026""15027"
-    "15028""15029""1503""15030""15031""15032""15033""15034""15035""15036""15037""15038""15039""1504"
-    "15040""15041""15042""15043""15044""15045""15046""15047""15048""15049""1505""15050""15051"
-    "15052""15053""15054""15055""15056""15057""15058""15059""1506""15060""15061""15062""15063"
-    "15064""15065""15066""15067""15068""15069""1507""15070""15071""15072""15073""15074""15075"
-    "15076""15077""15078""15079""1508""15080""15081""15082""15083""15084""15085""15086""15087"
-    "15088""15089""1509""15090""15091""15092""15093""15094""15095""15096""15097""15098""15099""1510"
-    "15100""15101""15102""15103""15104""15105""15106""15107""15108""15109""1511""15110""15111"
-    "15112""15113""15114""15115""15116""15117""15118""15119""1512""15120""15121""15122""15123"
-    "15124""15125""15126""15127""15128""15129""1513""15130""15131""15132""15133""15134""15135"
-    "15136""15137""15138""15139""1514""15140""15141""15142""15143""15144""15145""15146""15147"
-    "15148""15149""1515""15150""15151""15152""15153""15154""15155""15156""15157""15158""15159""1516"
-    "15160""15161""15162""15163""15164""15165""15166""15167""15168""15169""1517""15170""15171"
-    "15172""15173""15174""15175""15176""15177""15178""15179""1518""15180""15181""15182""15183"
-    "15184""15185""15186""15187""15188""15189""1519""15190""15191""15192""15193""15194""15195"
-    "15196""15197""15198""15199""1520""15200""15201""15202""15203""15204""15205""15206""15207"
-    "15208""15209""1521""15210""15211""15212""15213""15214""15215""15216""15217""15218""15219""1522"
-    "15220""15221""15222""15223""15224""15225""15226""15227""15228""15229""1523""15230""15231"
-    "15232""15233""15234""15235""15236""15237""15238""15239""1524""15240""15241""15242""15243"
-    "15244""15245""15246""15247""15248""15249""1525""15250""15251""15252""15253""15254""15255"
-    "15256""15257""15258""15259""1526""15260""15261""15262""15263""15264""15265""15266""15267"
-    "15268""15269""1527""15270""15271""15272""15273""15274""15275""15276""15277""15278""15279""1528"
-    "15280""15281""15282""15283""15284""15285""15286""15287""15288""15289""1529""15290""15291"
-    "15292""15293""15294""15295""15296""15297""15298""15299""1530""15300""15301""15302""15303"
-    "15304""15305""15306""15307""15308""15309""1531""15310""15311""15312""1532""1533""1534""1535"
-    "1536""1537""1538""1539""1540""1541""1542""1543""1544""1545""1546""1547""1548""1549""1550""1551"
-    "1552""1553""1554""1555""1556""1557""1558""1559""1560""1561""1562""1563""1564""1565""16""16001"
-    "16003""16005""16006""16007""16008""16009""16010""16014""16015""16017""16019""1602""16021"
-    "16025""16026""1603""1604""1605""1606""1607""1608""1609""1610""1611""1612""1613""1614""1615"
-    "1616""1617""1618""1619""1620""1621""1622""1623""1624""1625""1626""1627""1628""1629""1630""1631"
-    "1632""1633""1634""1635""1636""1637""1638""1639""1640""1641""1642""1643""1644""1645""1646""1647"
-    "1648""1649""1650""1651""1652""1653""1654""1655""1656""1657""1658""1659""1660""1661""1662""1663"
-    "1664""1665""1666""1671""1672""1673""1674""1675""1676""1677""1678""1679""1680""1681""1682""1683"
-    "1684""1685""1686""1687""1688""1689""1690""1691""1692""1693""1694""1695""1696""1697""1698""1699"
-    "17""1700""1701""1702""1703""1704""1705""1706""1707""1708""1709""1710""1711""1712""1713""1714"
-    "1715""1716""1717""1718""1719""1720""1721""1723""1724""1725""1726""1727""1728""1729""1730""1731"
-    "1732""1733""1734""1735""1736""1737""1738""1739""1740""1741""1742""1743""1744""1745""1746""1747"
-    "1748""1749""1750""1751""1752""1753""1754""1755""1756""1757""1758""1759""1760""1761""1762""1763"
-    "1764""1765""1766""1767""1768""1769""1770""1771""1772""1773""1774""1775""1776""1777""1778""1779"
-    "1780""1781""1782""1783""1784""1785""1786""1787""1788""1789""1790""1791""1792""1793""1794""1795"
-    "1796""1797""1798""1799""18""1800""1801""1802""1803""1804""1805""1806""1807""1808""1809""1810"
-    "1811""1812""1813""1814""1815""1816""1817""1818""1819""1820""1821""1822""1823""1824""1825""1826"
-    "1828""1829""1830""1831""1832""1833""1834""1835""1836""1837""1838""1839""1840""1841""1842""1843"
-    "1844""1845""1846""1847""1848""1849""1850""1851""1852""1853""1854""1855""1856""1857""1858""1859"
-    "1860""1861""1862""1863""1864""1865""1866""1867""1868""1869""1870""1871""1872""1873""1874""1875"
-    "1876""1877""1878""1879""1880""1881""1882""1883""1884""1885""1886""1887""1888""1889""1890""1891"
-    "1892""1893""1894""1895""1896""1897""1898""1899""19""1900""1901""1902""1903""1904""1905""1906"
-    "1907""1908""1909""1910""1911""1912""1913""1914""1915""1916""1917""1918""1919""1920""1921""1922"
-    "1923""1924""1925""1926""1928""1929""1930""1931""1932""1933""1934""1935""1936""1938""1939""1940"
-    "1941""1942""1943""1944""1945""1946""1947""1948""1949""1950""1951""1952""1953""1954""1955""1956"
-    "1957""1958""1959""1960""1961""1962""1963""1964""1965""1966""1967""1968""1969""1970""1971""1972"
-    "1973""1974""1975""1976""1977""1978""1979""1980""1981""1982""1983""1984""1985""1986""1987""1988"
-    "1989""1990""1991""1992""1993""1994""1995""1996""1997""1998""1999""20""2000""2001""2002""2003"
-    "2004""2005""2006""2007""2008""2009""2010""2011""2012""2013""2014""2015""2016""2017""2018""2019"
-    "2020""2021""2022""2023""2024""2025""2026""2027""2028""2029""2030""2031""2032""22""24""25""26"
-    "27""28""29""3""30""31""32""33""34""35""36""37""38""39""4""40""4000""40000000""40000001"
-    "40000002""40000003""40000004""40000005""40000006""40000007""40000008""40000009""40000010"
-    "40000011""40000012""40000013""40000014""40000015""40000016""40000017""40000019""40000020"
-    "40000021""40000022""40000023""40000024""40000025""40000026""40000027""40000028""40000029"
-    "40000030""40000031""40000032""40000033""40000034""40000035""40000036""40000037""40000038"
-    "40000039""40000040""40000041""40000042""40000043""40000044""40000045""40000046""40000047"
-    "40000048""40000049""40000050""40000051""40000053""40000054""40000055""40000056""40000057"
-    "40000058""40000061""40000063""40000064""40000065""40000066""40000068""40000069""40000070"
-    "40000071""40000072""40000073""40000074""40000075""40000076""40000077""40000078""40000079"
-    "40000080""40000081""40000082""40000083""40000084""40000085""40000086""40000087""40000088"
-    "40000089""40000090""40000091""40000092""40000093""40000094""40000095""40000096""40000097"
-    "40000098""40000099""40000100""40000101""40000103""40000104""40000105""40000106""40000107"
-    "40000108""40000109""40000110""40000111""40000112""40000113""40000114""40000115""40000116"
-    "40000117""40000118""40000119""40000120""40000121""40000122""40000123""40000124""40000125"
-    "40000126""40000127""40000128""40000129""40000130""40000131""40000132""40000133""40000134"
-    "40000135""40000136""40000137""40000138""40000139""40000140""40000141""40000142""40000143"
-    "40000144""40000145""40000146""40000147""40000148""40000149""40000150""40000151""40000152"
-    "40000153""40000154""40000155""40000156""40000157""40000158""40000159""40000160""40000161"
-    "40000162""40000163""40000164""40000165""40000166""40000167""40000168""40000169""40000170"
-    "40000171""40000172""40000173""40000174""40000175""40000176""40000177""40000178""40000179"
-    "40000180""40000181""4001""4002""4003""4004""4005""4006""4007""4008""4009""4010""4011""4401"
-    "4402""4403""4404""4405""4406""4407""4408""4409""4410""4411""4412""4413""4414""4415""4416""4417"
-    "4418""4419""4420""4421""4422""4423""4424""4425""4426""4427""4428""4429""4430""4431""4432""4433"
-    "4434""50""500""50000024""50000040""50000041""50000042""50000043""50000044""50000045""50000046"
-    "50000047""50000048""50000049""50000050""50000051""50000052""50000053""50000054""50000055"
-    "50000056""50000057""50000058""50000059""50000061""50000063""50000064""50000066""50000068"
-    "50000069""50000070""50000071""50000072""50000073""50000074""50000075""50000076""50000077"
-    "50000078""50000079""50000080""50000081""50000082""50000083""50000084""50000085""50000086"
-    "50000087""50000088""50000089""50000090""50000091""50000092""50000093""501""502""503""504""505"
-    "506""507""508""509""51""510""52""53""6000""6001""6002""6003""6004""6005""6006""6007""6008"
-    "6009""6010""6011""6012""6013""6014""6015""6016""6017""6018""6020""6021""6022""6023""6024""6025"
-    "6026""6027""7""7001""7002""7003""7004""7005""7006""7007""7008""7009""7011""7012""7013""7014"
-    "7015""7016""7017""7018""7019""74""75""8""8001""8002""8003""8004""8005""8006""8007""8008""8009"
-    "8010""8011""8012""8013""8014""8015""8016""8017""8018""8019""8020""8021""8022""8023""8024""8025"
-    "8026""8027""8028""8029""8030""8050""8051""8052""8053""8054""8055""8056""8057""8058""8059""8060"
-    "8061""8062""8063""8064""8065""8066""8067""8068""8069""8070""8071""8072""8073""8074""8075""8076"
-    "8077""8078""8079""8080""8081""8082""8083""8084""8085""8086""8087""8088""8089""8090""8091""8092"
-    "8093""8094""8095""8096""8097""8098""8099""8100""8101""8102""8103""8104""8105""8106""8107""8108"
-    "8109""8110""8111""8112""8113""8114""8115""8116""8117""8118""8119""8120""8121""8122""8123""8124"
-    "8125""8126""8127""8128""8129""8130""8131""8132""8133""8134""8135""8136""8137""8138""8139""8140"
-    "8141""8142""8143""8144""8145""8146""8147""8148""8149""8150""8151""8152""8153""8154""8155""8156"
-    "8157""8158""8159""8160""8161""8162""8163""8164""8165""8166""8167""8168""8169""8170""8171""8172"
-    "8173""8174""8175""8176""8177""8178""8179""8180""8181""8182""8183""8184""8185""8186""8187""8188"
-    "8189""8190""8191""8192""8193""8194""8195""8196""8197""8198""8199""8201""8202""8203""8204""8205"
-    "8206""8207""8208""8209""8210""8211""8212""8213""8214""8215""8216""8217""8218""8219""8220""8221"
-    "8222""8223""8224""8225""8226""8227""8228""8229""8230""8231""8232""8233""8234""8235""8236""8237"
-    "8238""8239""8240""8241""8242""8243""8244""8245""8246""8247""8248""8249""8250""8251""8252""8253"
-    "8254""8255""8256""8257""8258""8259""8260""8261""8262""8263""8264""8265""8266""8267""8268""8269"
-    "8270""8271""8272""8273""8274""8275""8276""8277""8278""8279""8280""8281""8282""8283""8284""8285"
-    "8286""8287""8288""8289""8290""8291""8292""8293""8294""8295""8296""8297""8298""8299""8300""8301"
-    "8302""8303""8304""8305""8306""8307""8308""8309""8310""8311""8312""8313""8314""8315""8316""8317"
-    "8318""8319""8320""8321""8322""8323""8324""8325""8326""8327""8328""8329""8330""8331""8332""8333"
-    "8334""8335""8336""8337""8338""8339""8340""8341""8342""8343""8345""8346""8347""8348""8349""8350"
-    "8351""8352""8353""8354""8355""8356""8357""8358""8359""8360""8361""8362""8363""8364""8365""8366"
-    "8367""8368""8369""8370""8371""8372""8373""8374""8375""8376""8377""8378""8379""8380""8381""8382"
-    "8383""8384""8385""8386""8387""8388""8389""8390""8391""8392""8393""8394""8395""8396""8397""8398"
-    "8399""8400""8401""8402""8403""8404""8405""8406""8407""8408""8409""8410""8411""8412""8413""8414"
-    "8415""8416""8417""8418""8419""8420""8421""8422""8423""8424""8425""8426""8427""8428""8429""8430"
-    "8431""8432""8433""8434""8435""8436""8437""8438""8439""8440""8441""8442""8443""8444""8445""8446"
-    "8447""8448""8449""9002""9003""9004""9007""9008""9009""9010""9012""9015""9018""9019""9020""9024"
-    "9025""9026""9027""9028""9029""9030""9031""9032""9033""9034""9035"" KD ""AR.D""FFMP""GIC ""KMPI"
-    "NIKO""SMI ""ZORA""appl""fe20""kdak""leic""mino""niko""olym""pana""pent""pr01""sany""100""101"
-    "102""103""104""105""106""107""108""109""110""111""112""113""114""115""116""117""118""119""120"
-    "121""122""123""124""125""126""127""128""129""130""131""132""133""134""135""136""137""138""139"
-    "140""141""142""143""144""145""146""147""148""149""150""151""152""153""154""155""156""157""158"
-    "159""160""161""162""163""164""165""166""167""168""169""170""171""172""173""174""175""176""177"
-    "178""179""180""181""182""183""65535""64""256""512""2048""4096""16384""32768""65536""131072""41"
-    "42""43""44""45""200""201""202""203""204""205""206""207""301""302""304""305""400""65537""65538"
-    "65539""65540""65541""65542""65543""65544""65545""65546""65547""65548""65549""65550""65551"
-    "131071""4294967295""268435456""536870912""1073741824""3g2a""3g2b""3g2c""3ge6""3ge7""3gg6""3gp1"
-    "3gp2""3gp3""3gp4""3gp5""3gp6""3gs7""CAEP""CDes""F4A ""F4B ""F4P ""F4V ""JP2 ""JP20""KDDI""M4A "
-    "M4B ""M4P ""M4V ""M4VH""M4VP""MPPI""MSNV""NDAS""NDSC""NDSH""NDSM""NDSP""NDSS""NDXC""NDXH""NDXM"
-    "NDXP""NDXS""ROSS""XAVC""aax ""avc1""avif""caqv""crx ""da0a""da0b""da1a""da1b""da2a""da2b""da3a"
-    "da3b""dmb1""dmpf""drc1""dv1a""dv1b""dv2a""dv2b""dv3a""dv3b""dvr1""dvt1""heic""heix""hevc""isc2"
-    "iso2""iso3""iso4""iso5""iso6""iso7""iso8""iso9""isom""jpm ""jpx ""mif1""mj2s""mjp2""mmp4""mp21"
-    "mp41""mp42""mp71""mqt ""msf1""odcf""opf2""opx2""qt  ""sdv ""ssc1""ssc2""49""257""258""272"
-    "1048576""2097152""4194304""8388608""16777216""33554432""67108864""134217728""2147483648""dhlr"
-    "mhlr""alis""camm""crsm""data""hint""ipsm""m7sm""mdir""mdta""meta""mjsm""nrtm""ocsm""odsm""pict"
-    "priv""psmd""sbtl""sdsm""soun""subp""text""tmcd""url ""vide""143441""143442""143443""143444"
-    "143445""143446""143447""143448""143449""143450""143451""143452""143453""143454""143455""143456"
-    "143457""143458""143459""143460""143461""143462""143463""143464""143465""143466""143467""143468"
-    "143469""143470""143471""143472""143473""143474""143475""143476""143477""143478""143479""143480"
-    "143481""143482""143483""143484""143485""143486""143487""143489""143491""143492""143493""143494"
-    "143495""143496""143497""143498""143499""143501""143502""143503""143504""143505""143506""143507"
-    "143508""143509""143510""143511""143512""143513""143514""143515""143516""143517""143518""143519"
-    "143520""143521""143523""143524""143525""143526""143528""143529""143530""143531""143532""143533"
-    "143534""143535""143536""143537""143538""143539""143540""143541""143542""143543""143544""143545"
-    "143546""143547""143548""143549""143550""143551""143552""143553""143554""143555""143556""143557"
-    "143558""143559""143560""143561""143562""143563""143564""143565""143566""143568""143571""143572"
-    "143573""143575""143576""143577""143578""143579""143580""143581""143582""143583""143584""143585"
-    "143586""143587""143588""143589""143590""143591""143592""143593""143594""143595""143597""143598"
-    "143599""143600""143601""143602""143603""143604""143605""K""M""N""T""QuickTime:ARDroneFile"
-    "AR Drone File""QuickTime:ARDroneTelemetry""AR Drone Telemetry"
-    "QuickTime:AV1ConfigurationVersion""AV1 Configuration Version""QuickTime:AVCConfiguration"
-    "AVC Configuration""QuickTime:Abstract""QuickTime:AccelMode""Accel Mode""QuickTime:AccelYPR"
-    "Accel YPR""QuickTime:Acceleration""QuickTime:Accelerometer""QuickTime:AccelerometerData"
-    "Accelerometer Data""QuickTime:AccountName""Account Name""QuickTime:AcquisitionTime"
-    "Acquisition Time""QuickTime:AcquisitionTimeDay""Acquisition Time Day"
-    "QuickTime:AcquisitionTimeMonth""Acquisition Time Month""QuickTime:AcquisitionTimeYear"
-    "Acquisition Time Year""QuickTime:AcquisitionTimeYearMonth""Acquisition Time Year Month"
-    "QuickTime:AcquisitionTimeYearMonthDay""Acquisition Time Year Month Day""QuickTime:Album"
-    "QuickTime:AlbumArtist""Album Artist""QuickTime:AlbumArtistSortOrder""Album Artist Sort Order"
-    "QuickTime:AlbumID""Album ID""QuickTime:AlbumIDAlbumArtist""Album ID Album Artist"
-    "QuickTime:AlbumTitle""Album Title""QuickTime:AlbumTitleSortOrder""Album Title Sort Order"
-    "QuickTime:AlternateSourceURL""Alternate Source URL""QuickTime:AmbisonicChannelMap"
-    "Ambisonic Channel Map""QuickTime:AmbisonicChannelOrdering""Ambisonic Channel Ordering"
-    "QuickTime:AmbisonicChannelOrdering:0""ACN""QuickTime:AmbisonicChannels""Ambisonic Channels"
-    "QuickTime:AmbisonicNormalization""Ambisonic Normalization""QuickTime:AmbisonicNormalization:0"
-    "SN3D""QuickTime:AmbisonicOrder""Ambisonic Order""QuickTime:AmbisonicType""Ambisonic Type"
-    "QuickTime:AmbisonicType:0""Periphonic""QuickTime:AndroidVersion""Android Version"
-    "QuickTime:AngleAxis""Angle Axis""QuickTime:AngularVelocity""Angular Velocity"
-    "QuickTime:Anniversary""QuickTime:ApertureMode""Aperture Mode"
-    "QuickTime:ApplePhotosVariationIdentifier""Apple Photos Variation Identifier"
-    "QuickTime:AppleStoreAccount""Apple Store Account""QuickTime:AppleStoreAccountType"
-    "Apple Store Account Type""QuickTime:AppleStoreAccountType:0""iTunes"
-    "QuickTime:AppleStoreAccountType:1""AOL""QuickTime:AppleStoreCatalogID""Apple Store Catalog ID"
-    "QuickTime:AppleStoreCountry""Apple Store Country""QuickTime:AppleStoreCountry:143441"
-    "United States""QuickTime:AppleStoreCountry:143442""France""QuickTime:AppleStoreCountry:143443"
-    "Germany""QuickTime:AppleStoreCountry:143444""United Kingdom"
-    "QuickTime:AppleStoreCountry:143445""Austria""QuickTime:AppleStoreCountry:143446""Belgium"
-    "QuickTime:AppleStoreCountry:143447""Finland""QuickTime:AppleStoreCountry:143448""Greece"
-    "QuickTime:AppleStoreCountry:143449""Ireland""QuickTime:AppleStoreCountry:143450""Italy"
-    "QuickTime:AppleStoreCountry:143451""Luxembourg""QuickTime:AppleStoreCountry:143452"
-    "Netherlands""QuickTime:AppleStoreCountry:143453""Portugal""QuickTime:AppleStoreCountry:143454"
-    "Spain""QuickTime:AppleStoreCountry:143455""Canada""QuickTime:AppleStoreCountry:143456""Sweden"
-    "QuickTime:AppleStoreCountry:143457""Norway""QuickTime:AppleStoreCountry:143458""Denmark"
-    "QuickTime:AppleStoreCountry:143459""Switzerland""QuickTime:AppleStoreCountry:143460""Australia"
-    "QuickTime:AppleStoreCountry:143461""New Zealand""QuickTime:AppleStoreCountry:143462""Japan"
-    "QuickTime:AppleStoreCountry:143463""Hong Kong""QuickTime:AppleStoreCountry:143464""Singapore"
-    "QuickTime:AppleStoreCountry:143465""China""QuickTime:AppleStoreCountry:143466"
-    "Republic of Korea""QuickTime:AppleStoreCountry:143467""India"
-    "QuickTime:AppleStoreCountry:143468""Mexico""QuickTime:AppleStoreCountry:143469""Russia"
-    "QuickTime:AppleStoreCountry:143470""Taiwan""QuickTime:AppleStoreCountry:143471""Vietnam"
-    "QuickTime:AppleStoreCountry:143472""South Africa""QuickTime:AppleStoreCountry:143473""Malaysia"
-    "QuickTime:AppleStoreCountry:143474""Philippines""QuickTime:AppleStoreCountry:143475""Thailand"
-    "QuickTime:AppleStoreCountry:143476""Indonesia""QuickTime:AppleStoreCountry:143477""Pakistan"
-    "QuickTime:AppleStoreCountry:143478""Poland""QuickTime:AppleStoreCountry:143479""Saudi Arabia"
-    "QuickTime:AppleStoreCountry:143480""Turkey""QuickTime:AppleStoreCountry:143481"
-    "United Arab Emirates""QuickTime:AppleStoreCountry:143482""Hungary"
-    "QuickTime:AppleStoreCountry:143483""Chile""QuickTime:AppleStoreCountry:143484""Nepal"
-    "QuickTime:AppleStoreCountry:143485""Panama""QuickTime:AppleStoreCountry:143486""Sri Lanka"
-    "QuickTime:AppleStoreCountry:143487""Romania""QuickTime:AppleStoreCountry:143489"
-    "Czech Republic""QuickTime:AppleStoreCountry:143491""Israel""QuickTime:AppleStoreCountry:143492"
-    "Ukraine""QuickTime:AppleStoreCountry:143493""Kuwait""QuickTime:AppleStoreCountry:143494"
-    "Croatia""QuickTime:AppleStoreCountry:143495""Costa Rica""QuickTime:AppleStoreCountry:143496"
-    "Slovakia""QuickTime:AppleStoreCountry:143497""Lebanon""QuickTime:AppleStoreCountry:143498"
-    "Qatar""QuickTime:AppleStoreCountry:143499""Slovenia""QuickTime:AppleStoreCountry:143501"
-    "Colombia""QuickTime:AppleStoreCountry:143502""Venezuela""QuickTime:AppleStoreCountry:143503"
-    "Brazil""QuickTime:AppleStoreCountry:143504""Guatemala""QuickTime:AppleStoreCountry:143505"
-    "Argentina""QuickTime:AppleStoreCountry:143506""El Salvador""QuickTime:AppleStoreCountry:143507"
-    "Peru""QuickTime:AppleStoreCountry:143508""Dominican Republic"
-    "QuickTime:AppleStoreCountry:143509""Ecuador""QuickTime:AppleStoreCountry:143510""Honduras"
-    "QuickTime:AppleStoreCountry:143511""Jamaica""QuickTime:AppleStoreCountry:143512""Nicaragua"
-    "QuickTime:AppleStoreCountry:143513""Paraguay""QuickTime:AppleStoreCountry:143514""Uruguay"
-    "QuickTime:AppleStoreCountry:143515""Macau""QuickTime:AppleStoreCountry:143516""Egypt"
-    "QuickTime:AppleStoreCountry:143517""Kazakhstan""QuickTime:AppleStoreCountry:143518""Estonia"
-    "QuickTime:AppleStoreCountry:143519""Latvia""QuickTime:AppleStoreCountry:143520""Lithuania"
-    "QuickTime:AppleStoreCountry:143521""Malta""QuickTime:AppleStoreCountry:143523""Moldova"
-    "QuickTime:AppleStoreCountry:143524""Armenia""QuickTime:AppleStoreCountry:143525""Botswana"
-    "QuickTime:AppleStoreCountry:143526""Bulgaria""QuickTime:AppleStoreCountry:143528""Jordan"
-    "QuickTime:AppleStoreCountry:143529""Kenya""QuickTime:AppleStoreCountry:143530""Macedonia"
-    "QuickTime:AppleStoreCountry:143531""Madagascar""QuickTime:AppleStoreCountry:143532""Mali"
-    "QuickTime:AppleStoreCountry:143533""Mauritius""QuickTime:AppleStoreCountry:143534""Niger"
-    "QuickTime:AppleStoreCountry:143535""Senegal""QuickTime:AppleStoreCountry:143536""Tunisia"
-    "QuickTime:AppleStoreCountry:143537""Uganda""QuickTime:AppleStoreCountry:143538""Anguilla"
-    "QuickTime:AppleStoreCountry:143539""Bahamas""QuickTime:AppleStoreCountry:143540"
-    "Antigua and Barbuda""QuickTime:AppleStoreCountry:143541""Barbados"
-    "QuickTime:AppleStoreCountry:143542""Bermuda""QuickTime:AppleStoreCountry:143543"
-    "British Virgin Islands""QuickTime:AppleStoreCountry:143544""Cayman Islands"
-    "QuickTime:AppleStoreCountry:143545""Dominica""QuickTime:AppleStoreCountry:143546""Grenada"
-    "QuickTime:AppleStoreCountry:143547""Montserrat""QuickTime:AppleStoreCountry:143548"
-    "St. Kitts and Nevis""QuickTime:AppleStoreCountry:143549""St. Lucia"
-    "QuickTime:AppleStoreCountry:143550""St. Vincent and The Grenadines"
-    "QuickTime:AppleStoreCountry:143551""Trinidad and Tobago""QuickTime:AppleStoreCountry:143552"
-    "Turks and Caicos""QuickTime:AppleStoreCountry:143553""Guyana"
-    "QuickTime:AppleStoreCountry:143554""Suriname""QuickTime:AppleStoreCountry:143555""Belize"
-    "QuickTime:AppleStoreCountry:143556""Bolivia""QuickTime:AppleStoreCountry:143557""Cyprus"
-    "QuickTime:AppleStoreCountry:143558""Iceland""QuickTime:AppleStoreCountry:143559""Bahrain"
-    "QuickTime:AppleStoreCountry:143560""Brunei Darussalam""QuickTime:AppleStoreCountry:143561"
-    "Nigeria""QuickTime:AppleStoreCountry:143562""Oman""QuickTime:AppleStoreCountry:143563""Algeria"
-    "QuickTime:AppleStoreCountry:143564""Angola""QuickTime:AppleStoreCountry:143565""Belarus"
-    "QuickTime:AppleStoreCountry:143566""Uzbekistan""QuickTime:AppleStoreCountry:143568""Azerbaijan"
-    "QuickTime:AppleStoreCountry:143571""Yemen""QuickTime:AppleStoreCountry:143572""Tanzania"
-    "QuickTime:AppleStoreCountry:143573""Ghana""QuickTime:AppleStoreCountry:143575""Albania"
-    "QuickTime:AppleStoreCountry:143576""Benin""QuickTime:AppleStoreCountry:143577""Bhutan"
-    "QuickTime:AppleStoreCountry:143578""Burkina Faso""QuickTime:AppleStoreCountry:143579""Cambodia"
-    "QuickTime:AppleStoreCountry:143580""Cape Verde""QuickTime:AppleStoreCountry:143581""Chad"
-    "QuickTime:AppleStoreCountry:143582""Republic of the Congo""QuickTime:AppleStoreCountry:143583"
-    "Fiji""QuickTime:AppleStoreCountry:143584""Gambia""QuickTime:AppleStoreCountry:143585"
-    "Guinea-Bissau""QuickTime:AppleStoreCountry:143586""Kyrgyzstan"
-    "QuickTime:AppleStoreCountry:143587""Lao People's Democratic Republic"
-    "QuickTime:AppleStoreCountry:143588""Liberia""QuickTime:AppleStoreCountry:143589""Malawi"
-    "QuickTime:AppleStoreCountry:143590""Mauritania""QuickTime:AppleStoreCountry:143591"
-    "Federated States of Micronesia""QuickTime:AppleStoreCountry:143592""Mongolia"
-    "QuickTime:AppleStoreCountry:143593""Mozambique""QuickTime:AppleStoreCountry:143594""Namibia"
-    "QuickTime:AppleStoreCountry:143595""Palau""QuickTime:AppleStoreCountry:143597"
-    "Papua New Guinea""QuickTime:AppleStoreCountry:143598""Sao Tome and Principe"
-    "QuickTime:AppleStoreCountry:143599""Seychelles""QuickTime:AppleStoreCountry:143600"
-    "Sierra Leone""QuickTime:AppleStoreCountry:143601""Solomon Islands"
-    "QuickTime:AppleStoreCountry:143602""Swaziland""QuickTime:AppleStoreCountry:143603""Tajikistan"
-    "QuickTime:AppleStoreCountry:143604""Turkmenistan""QuickTime:AppleStoreCountry:143605""Zimbabwe"
-    "QuickTime:Arranger""QuickTime:ArrangerKeywords""Arranger Keywords""QuickTime:ArtDirector"
-    "Art Director""QuickTime:Artist""QuickTime:ArtistID""Artist ID""QuickTime:Artists"
-    "QuickTime:Artwork""QuickTime:AssistantsName""Assistants Name""QuickTime:AssistantsPhone"
-    "Assistants Phone""QuickTime:Attachments""QuickTime:Attributes""QuickTime:AudioAttributes"
-    "Audio Attributes""QuickTime:AudioAttributes:1""Encrypted""QuickTime:AudioAttributes:2"
-    "Variable bitrate""QuickTime:AudioAttributes:4""Dual mono""QuickTime:AudioAvailableBitRateRange"
-    "Audio Available Bit Rate Range""QuickTime:AudioAvailableNumberChannels"
-    "Audio Available Number Channels""QuickTime:AudioAvgBitrate""Audio Avg Bitrate"
-    "QuickTime:AudioBitRateControlMode""Audio Bit Rate Control Mode""QuickTime:AudioBitrate"
-    "Audio Bitrate""QuickTime:AudioBitsPerSample""Audio Bits Per Sample"
-    "QuickTime:AudioChannelTypes""Audio Channel Types""QuickTime:AudioChannelTypes:1""Left"
-    "QuickTime:AudioChannelTypes:1024""RightSurroundDirect""QuickTime:AudioChannelTypes:128"
-    "RightCenter""QuickTime:AudioChannelTypes:131072""TopBackRight""QuickTime:AudioChannelTypes:16"
-    "LeftSurround""QuickTime:AudioChannelTypes:16384""VerticalHeightRight"
-    "QuickTime:AudioChannelTypes:2""Right""QuickTime:AudioChannelTypes:2048""TopCenterSurround"
-    "QuickTime:AudioChannelTypes:256""CenterSurround""QuickTime:AudioChannelTypes:32""RightSurround"
-    "QuickTime:AudioChannelTypes:32768""TopBackLeft""QuickTime:AudioChannelTypes:4""Center"
-    "QuickTime:AudioChannelTypes:4096""VerticalHeightLeft""QuickTime:AudioChannelTypes:512"
-    "LeftSurroundDirect""QuickTime:AudioChannelTypes:64""LeftCenter"
-    "QuickTime:AudioChannelTypes:65536""TopBackCenter""QuickTime:AudioChannelTypes:8""LFEScreen"
-    "QuickTime:AudioChannelTypes:8192""VerticalHeightCenter""QuickTime:AudioChannels"
-    "Audio Channels""QuickTime:AudioCodec""Audio Codec""QuickTime:AudioCodecInfo""Audio Codec Info"
-    "QuickTime:AudioCodecPrimeMethod""Audio Codec Prime Method""QuickTime:AudioComponentVersion"
-    "Audio Component Version""QuickTime:AudioCurrentTargetBitRate""Audio Current Target Bit Rate"
-    "QuickTime:AudioDoesSampleRateConversion""Audio Does Sample Rate Conversion"
-    "QuickTime:AudioEncodingParamsVersion""Audio Encoding Params Version"
-    "QuickTime:AudioExtendFrequencies""Audio Extend Frequencies""QuickTime:AudioFormat"
-    "Audio Format""QuickTime:AudioGain""Audio Gain""QuickTime:AudioHasVariablePacketByteSizes"
-    "Audio Has Variable Packet Byte Sizes""QuickTime:AudioInputBufferSize""Audio Input Buffer Size"
-    "QuickTime:AudioIsInitialized""Audio Is Initialized""QuickTime:AudioMaxBitrate"
-    "Audio Max Bitrate""QuickTime:AudioMaximumPacketByteSize""Audio Maximum Packet Byte Size"
-    "QuickTime:AudioMinimumDelayMode""Audio Minimum Delay Mode"
-    "QuickTime:AudioMinimumNumberInputPackets""Audio Minimum Number Input Packets"
-    "QuickTime:AudioMinimumNumberOutputPackets""Audio Minimum Number Output Packets"
-    "QuickTime:AudioOutputPrecedence""Audio Output Precedence""QuickTime:AudioPacketFrameSize"
-    "Audio Packet Frame Size""QuickTime:AudioProfileVersion""Audio Profile Version"
-    "QuickTime:AudioQualitySetting""Audio Quality Setting""QuickTime:AudioRequiresPacketDescription"
-    "Audio Requires Packet Description""QuickTime:AudioSampleRate""Audio Sample Rate"
-    "QuickTime:AudioSampleSize""Audio Sample Size""QuickTime:AudioTrackID""Audio Track ID"
-    "QuickTime:AudioUseRecommendedSampleRate""Audio Use Recommended Sample Rate"
-    "QuickTime:AudioUsedInputBufferSize""Audio Used Input Buffer Size""QuickTime:AudioVBRQuality"
-    "Audio VBR Quality""QuickTime:AudioVendorID""Audio Vendor ID""QuickTime:AudioVendorID: KD "
-    "Kodak""QuickTime:AudioVendorID:AR.D""Parrot AR.Drone""QuickTime:AudioVendorID:FFMP""FFmpeg"
-    "QuickTime:AudioVendorID:GIC ""General Imaging Co.""QuickTime:AudioVendorID:KMPI"
-    "Konica-Minolta""QuickTime:AudioVendorID:NIKO""Nikon""QuickTime:AudioVendorID:SMI "
-    "Sorenson Media Inc.""QuickTime:AudioVendorID:ZORA""Zoran Corporation"
-    "QuickTime:AudioVendorID:appl""Apple""QuickTime:AudioVendorID:fe20""Olympus (fe20)"
-    "QuickTime:AudioVendorID:kdak""QuickTime:AudioVendorID:leic""Leica"
-    "QuickTime:AudioVendorID:mino""Minolta""QuickTime:AudioVendorID:niko"
-    "QuickTime:AudioVendorID:olym""Olympus""QuickTime:AudioVendorID:pana""Panasonic"
-    "QuickTime:AudioVendorID:pent""Pentax""QuickTime:AudioVendorID:pr01""Olympus (pr01)"
-    "QuickTime:AudioVendorID:sany""Sanyo""QuickTime:AudioZeroFramesPadded""Audio Zero Frames Padded"
-    "QuickTime:Author""QuickTime:AuthorSortOrder""Author Sort Order""QuickTime:AutoSummary"
-    "Auto Summary""QuickTime:AuxiliaryImageRef""Auxiliary Image Ref""QuickTime:AuxiliaryImageType"
-    "Auxiliary Image Type""QuickTime:AverageBitrate""Average Bitrate""QuickTime:AverageFrameRate"
-    "Average Frame Rate""QuickTime:AverageLevel""Average Level""QuickTime:AvgBitrate""Avg Bitrate"
-    "QuickTime:AvgPDUSize""Avg PDU Size""QuickTime:BackgroundColor""Background Color"
-    "QuickTime:Balance""QuickTime:Barcode""QuickTime:Bass""QuickTime:BccAddresses""Bcc Addresses"
-    "QuickTime:BccNames""Bcc Names""QuickTime:Beats-per-minute""QuickTime:BeatsPerMinute"
-    "Beats Per Minute""QuickTime:BillingInformation""Billing Information""QuickTime:BinaryXML"
-    "Binary XML""QuickTime:Birthday""QuickTime:BitDepth""Bit Depth""QuickTime:BitDepthChroma"
-    "Bit Depth Chroma""QuickTime:BitDepthLuma""Bit Depth Luma""QuickTime:Bitrate"
-    "QuickTime:Brightness""QuickTime:BroadcastDate""Broadcast Date""QuickTime:BufferSize"
-    "Buffer Size""QuickTime:BusinessAddress""Business Address""QuickTime:BusinessCity"
-    "Business City""QuickTime:BusinessCountry-Region""Business Country-Region"
-    "QuickTime:BusinessFax""Business Fax""QuickTime:BusinessHomePage""Business Home Page"
-    "QuickTime:BusinessPOBox""Business PO Box""QuickTime:BusinessPhone""Business Phone"
-    "QuickTime:BusinessPostalCode""Business Postal Code""QuickTime:BusinessStateOrProvince"
-    "Business State Or Province""QuickTime:BusinessStreet""Business Street""QuickTime:BuyNow"
-    "Buy Now""QuickTime:BuyTickets""Buy Tickets""QuickTime:CDDB1Info""CDDB1 Info"
-    "QuickTime:CDDBTrackNumber""CDDB Track Number""QuickTime:CDTrackEnabled""CD Track Enabled"
-    "QuickTime:CX""QuickTime:CY""QuickTime:CallLetters""Call Letters""QuickTime:CallbackNumber"
-    "Callback Number""QuickTime:CameraAngle""Camera Angle""QuickTime:CameraDateTime"
-    "Camera Date Time""QuickTime:CameraDirection""Camera Direction""QuickTime:CameraID""Camera ID"
-    "QuickTime:CameraIdentifier""Camera Identifier""QuickTime:CameraMaker""Camera Maker"
-    "QuickTime:CameraManufacturer""Camera Manufacturer""QuickTime:CameraModel""Camera Model"
-    "QuickTime:CameraMotion""Camera Motion""QuickTime:CameraPitch""Camera Pitch"
-    "QuickTime:CameraRoll""Camera Roll""QuickTime:CameraYaw""Camera Yaw""QuickTime:CaptureMode"
-    "Capture Mode""QuickTime:Car""QuickTime:CarPhone""Car Phone""QuickTime:CatalogNumber"
-    "Catalog Number""QuickTime:Category""QuickTime:CcAddresses""Cc Addresses""QuickTime:CcNames"
-    "Cc Names""QuickTime:CellPhone""Cell Phone""QuickTime:Certificate"
-    "QuickTime:Channel1Coordinates""Channel 1 Coordinates""QuickTime:Channel1Flags""Channel 1 Flags"
-    "QuickTime:Channel1Flags:1""Rectangular""QuickTime:Channel1Flags:2""Spherical"
-    "QuickTime:Channel1Flags:4""Meters""QuickTime:Channel1Label""Channel 1 Label"
-    "QuickTime:Channel1Label:0""Unused""QuickTime:Channel1Label:1""QuickTime:Channel1Label:10"
-    "QuickTime:Channel1Label:100""UseCoordinates""QuickTime:Channel1Label:11"
-    "QuickTime:Channel1Label:12""QuickTime:Channel1Label:13""QuickTime:Channel1Label:131071"
-    "Discrete_65535""QuickTime:Channel1Label:14""QuickTime:Channel1Label:15"
-    "QuickTime:Channel1Label:16""QuickTime:Channel1Label:17""QuickTime:Channel1Label:18"
-    "QuickTime:Channel1Label:2""QuickTime:Channel1Label:200""Ambisonic_W"
-    "QuickTime:Channel1Label:201""Ambisonic_X""QuickTime:Channel1Label:202""Ambisonic_Y"
-    "QuickTime:Channel1Label:203""Ambisonic_Z""QuickTime:Channel1Label:204""MS_Mid"
-    "QuickTime:Channel1Label:205""MS_Side""QuickTime:Channel1Label:206""XY_X"
-    "QuickTime:Channel1Label:207""XY_Y""QuickTime:Channel1Label:3""QuickTime:Channel1Label:301"
-    "HeadphonesLeft""QuickTime:Channel1Label:302""HeadphonesRight""QuickTime:Channel1Label:304"
-    "ClickTrack""QuickTime:Channel1Label:305""ForeignLanguage""QuickTime:Channel1Label:33"
-    "RearSurroundLeft""QuickTime:Channel1Label:34""RearSurroundRight""QuickTime:Channel1Label:35"
-    "LeftWide""QuickTime:Channel1Label:36""RightWide""QuickTime:Channel1Label:37""LFE2"
-    "QuickTime:Channel1Label:38""LeftTotal""QuickTime:Channel1Label:39""RightTotal"
-    "QuickTime:Channel1Label:4""QuickTime:Channel1Label:40""HearingImpaired"
-    "QuickTime:Channel1Label:400""Discrete""QuickTime:Channel1Label:41""Narration"
-    "QuickTime:Channel1Label:42""Mono""QuickTime:Channel1Label:4294967295""Unknown"
-    "QuickTime:Channel1Label:43""DialogCentricMix""QuickTime:Channel1Label:44""CenterSurroundDirect"
-    "QuickTime:Channel1Label:45""Haptic""QuickTime:Channel1Label:5""QuickTime:Channel1Label:6"
-    "QuickTime:Channel1Label:65536""Discrete_0""QuickTime:Channel1Label:65537""Discrete_1"
-    "QuickTime:Channel1Label:65538""Discrete_2""QuickTime:Channel1Label:65539""Discrete_3"
-    "QuickTime:Channel1Label:65540""Discrete_4""QuickTime:Channel1Label:65541""Discrete_5"
-    "QuickTime:Channel1Label:65542""Discrete_6""QuickTime:Channel1Label:65543""Discrete_7"
-    "QuickTime:Channel1Label:65544""Discrete_8""QuickTime:Channel1Label:65545""Discrete_9"
-    "QuickTime:Channel1Label:65546""Discrete_10""QuickTime:Channel1Label:65547""Discrete_11"
-    "QuickTime:Channel1Label:65548""Discrete_12""QuickTime:Channel1Label:65549""Discrete_13"
-    "QuickTime:Channel1Label:65550""Discrete_14""QuickTime:Channel1Label:65551""Discrete_15"
-    "QuickTime:Channel1Label:7""QuickTime:Channel1Label:8""QuickTime:Channel1Label:9"
-    "QuickTime:Channel2Coordinates""Channel 2 Coordinates""QuickTime:Channel2Flags""Channel 2 Flags"
-    "QuickTime:Channel2Flags:1""QuickTime:Channel2Flags:2""QuickTime:Channel2Flags:4"
-    "QuickTime:Channel2Label""Channel 2 Label""QuickTime:Channel2Label:0""QuickTime:Channel2Label:1"
-    "QuickTime:Channel2Label:10""QuickTime:Channel2Label:100""QuickTime:Channel2Label:11"
-    "QuickTime:Channel2Label:12""QuickTime:Channel2Label:13""QuickTime:Channel2Label:131071"
-    "QuickTime:Channel2Label:14""QuickTime:Channel2Label:15""QuickTime:Channel2Label:16"
-    "QuickTime:Channel2Label:17""QuickTime:Channel2Label:18""QuickTime:Channel2Label:2"
-    "QuickTime:Channel2Label:200""QuickTime:Channel2Label:201""QuickTime:Channel2Label:202"
-    "QuickTime:Channel2Label:203""QuickTime:Channel2Label:204""QuickTime:Channel2Label:205"
-    "QuickTime:Channel2Label:206""QuickTime:Channel2Label:207""QuickTime:Channel2Label:3"
-    "QuickTime:Channel2Label:301""QuickTime:Channel2Label:302""QuickTime:Channel2Label:304"
-    "QuickTime:Channel2Label:305""QuickTime:Channel2Label:33""QuickTime:Channel2Label:34"
-    "QuickTime:Channel2Label:35""QuickTime:Channel2Label:36""QuickTime:Channel2Label:37"
-    "QuickTime:Channel2Label:38""QuickTime:Channel2Label:39""QuickTime:Channel2Label:4"
-    "QuickTime:Channel2Label:40""QuickTime:Channel2Label:400""QuickTime:Channel2Label:41"
-    "QuickTime:Channel2Label:42""QuickTime:Channel2Label:4294967295""QuickTime:Channel2Label:43"
-    "QuickTime:Channel2Label:44""QuickTime:Channel2Label:45""QuickTime:Channel2Label:5"
-    "QuickTime:Channel2Label:6""QuickTime:Channel2Label:65536""QuickTime:Channel2Label:65537"
-    "QuickTime:Channel2Label:65538""QuickTime:Channel2Label:65539""QuickTime:Channel2Label:65540"
-    "QuickTime:Channel2Label:65541""QuickTime:Channel2Label:65542""QuickTime:Channel2Label:65543"
-    "QuickTime:Channel2Label:65544""QuickTime:Channel2Label:65545""QuickTime:Channel2Label:65546"
-    "QuickTime:Channel2Label:65547""QuickTime:Channel2Label:65548""QuickTime:Channel2Label:65549"
-    "QuickTime:Channel2Label:65550""QuickTime:Channel2Label:65551""QuickTime:Channel2Label:7"
-    "QuickTime:Channel2Label:8""QuickTime:Channel2Label:9""QuickTime:Channel3Coordinates"
-    "Channel 3 Coordinates""QuickTime:Channel3Flags""Channel 3 Flags""QuickTime:Channel3Flags:1"
-    "QuickTime:Channel3Flags:2""QuickTime:Channel3Flags:4""QuickTime:Channel3Label""Channel 3 Label"
-    "QuickTime:Channel3Label:0""QuickTime:Channel3Label:1""QuickTime:Channel3Label:10"
-    "QuickTime:Channel3Label:100""QuickTime:Channel3Label:11""QuickTime:Channel3Label:12"
-    "QuickTime:Channel3Label:13""QuickTime:Channel3Label:131071""QuickTime:Channel3Label:14"
-    "QuickTime:Channel3Label:15""QuickTime:Channel3Label:16""QuickTime:Channel3Label:17"
-    "QuickTime:Channel3Label:18""QuickTime:Channel3Label:2""QuickTime:Channel3Label:200"
-    "QuickTime:Channel3Label:201""QuickTime:Channel3Label:202""QuickTime:Channel3Label:203"
-    "QuickTime:Channel3Label:204""QuickTime:Channel3Label:205""QuickTime:Channel3Label:206"
-    "QuickTime:Channel3Label:207""QuickTime:Channel3Label:3""QuickTime:Channel3Label:301"
-    "QuickTime:Channel3Label:302""QuickTime:Channel3Label:304""QuickTime:Channel3Label:305"
-    "QuickTime:Channel3Label:33""QuickTime:Channel3Label:34""QuickTime:Channel3Label:35"
-    "QuickTime:Channel3Label:36""QuickTime:Channel3Label:37""QuickTime:Channel3Label:38"
-    "QuickTime:Channel3Label:39""QuickTime:Channel3Label:4""QuickTime:Channel3Label:40"
-    "QuickTime:Channel3Label:400""QuickTime:Channel3Label:41""QuickTime:Channel3Label:42"
-    "QuickTime:Channel3Label:4294967295""QuickTime:Channel3Label:43""QuickTime:Channel3Label:44"
-    "QuickTime:Channel3Label:45""QuickTime:Channel3Label:5""QuickTime:Channel3Label:6"
-    "QuickTime:Channel3Label:65536""QuickTime:Channel3Label:65537""QuickTime:Channel3Label:65538"
-    "QuickTime:Channel3Label:65539""QuickTime:Channel3Label:65540""QuickTime:Channel3Label:65541"
-    "QuickTime:Channel3Label:65542""QuickTime:Channel3Label:65543""QuickTime:Channel3Label:65544"
-    "QuickTime:Channel3Label:65545""QuickTime:Channel3Label:65546""QuickTime:Channel3Label:65547"
-    "QuickTime:Channel3Label:65548""QuickTime:Channel3Label:65549""QuickTime:Channel3Label:65550"
-    "QuickTime:Channel3Label:65551""QuickTime:Channel3Label:7""QuickTime:Channel3Label:8"
-    "QuickTime:Channel3Label:9""QuickTime:Channel4Coordinates""Channel 4 Coordinates"
-    "QuickTime:Channel4Flags""Channel 4 Flags""QuickTime:Channel4Flags:1""QuickTime:Channel4Flags:2"
-    "QuickTime:Channel4Flags:4""QuickTime:Channel4Label""Channel 4 Label""QuickTime:Channel4Label:0"
-    "QuickTime:Channel4Label:1""QuickTime:Channel4Label:10""QuickTime:Channel4Label:100"
-    "QuickTime:Channel4Label:11""QuickTime:Channel4Label:12""QuickTime:Channel4Label:13"
-    "QuickTime:Channel4Label:131071""QuickTime:Channel4Label:14""QuickTime:Channel4Label:15"
-    "QuickTime:Channel4Label:16""QuickTime:Channel4Label:17""QuickTime:Channel4Label:18"
-    "QuickTime:Channel4Label:2""QuickTime:Channel4Label:200""QuickTime:Channel4Label:201"
-    "QuickTime:Channel4Label:202""QuickTime:Channel4Label:203""QuickTime:Channel4Label:204"
-    "QuickTime:Channel4Label:205""QuickTime:Channel4Label:206""QuickTime:Channel4Label:207"
-    "QuickTime:Channel4Label:3""QuickTime:Channel4Label:301""QuickTime:Channel4Label:302"
-    "QuickTime:Channel4Label:304""QuickTime:Channel4Label:305""QuickTime:Channel4Label:33"
-    "QuickTime:Channel4Label:34""QuickTime:Channel4Label:35""QuickTime:Channel4Label:36"
-    "QuickTime:Channel4Label:37""QuickTime:Channel4Label:38""QuickTime:Channel4Label:39"
-    "QuickTime:Channel4Label:4""QuickTime:Channel4Label:40""QuickTime:Channel4Label:400"
-    "QuickTime:Channel4Label:41""QuickTime:Channel4Label:42""QuickTime:Channel4Label:4294967295"
-    "QuickTime:Channel4Label:43""QuickTime:Channel4Label:44""QuickTime:Channel4Label:45"
-    "QuickTime:Channel4Label:5""QuickTime:Channel4Label:6""QuickTime:Channel4Label:65536"
-    "QuickTime:Channel4Label:65537""QuickTime:Channel4Label:65538""QuickTime:Channel4Label:65539"
-    "QuickTime:Channel4Label:65540""QuickTime:Channel4Label:65541""QuickTime:Channel4Label:65542"
-    "QuickTime:Channel4Label:65543""QuickTime:Channel4Label:65544""QuickTime:Channel4Label:65545"
-    "QuickTime:Channel4Label:65546""QuickTime:Channel4Label:65547""QuickTime:Channel4Label:65548"
-    "QuickTime:Channel4Label:65549""QuickTime:Channel4Label:65550""QuickTime:Channel4Label:65551"
-    "QuickTime:Channel4Label:7""QuickTime:Channel4Label:8""QuickTime:Channel4Label:9"
-    "QuickTime:Channel5Coordinates""Channel 5 Coordinates""QuickTime:Channel5Flags""Channel 5 Flags"
-    "QuickTime:Channel5Flags:1""QuickTime:Channel5Flags:2""QuickTime:Channel5Flags:4"
-    "QuickTime:Channel5Label""Channel 5 Label""QuickTime:Channel5Label:0""QuickTime:Channel5Label:1"
-    "QuickTime:Channel5Label:10""QuickTime:Channel5Label:100""QuickTime:Channel5Label:11"
-    "QuickTime:Channel5Label:12""QuickTime:Channel5Label:13""QuickTime:Channel5Label:131071"
-    "QuickTime:Channel5Label:14""QuickTime:Channel5Label:15""QuickTime:Channel5Label:16"
-    "QuickTime:Channel5Label:17""QuickTime:Channel5Label:18""QuickTime:Channel5Label:2"
-    "QuickTime:Channel5Label:200""QuickTime:Channel5Label:201""QuickTime:Channel5Label:202"
-    "QuickTime:Channel5Label:203""QuickTime:Channel5Label:204""QuickTime:Channel5Label:205"
-    "QuickTime:Channel5Label:206""QuickTime:Channel5Label:207""QuickTime:Channel5Label:3"
-    "QuickTime:Channel5Label:301""QuickTime:Channel5Label:302""QuickTime:Channel5Label:304"
-    "QuickTime:Channel5Label:305""QuickTime:Channel5Label:33""QuickTime:Channel5Label:34"
-    "QuickTime:Channel5Label:35""QuickTime:Channel5Label:36""QuickTime:Channel5Label:37"
-    "QuickTime:Channel5Label:38""QuickTime:Channel5Label:39""QuickTime:Channel5Label:4"
-    "QuickTime:Channel5Label:40""QuickTime:Channel5Label:400""QuickTime:Channel5Label:41"
-    "QuickTime:Channel5Label:42""QuickTime:Channel5Label:4294967295""QuickTime:Channel5Label:43"
-    "QuickTime:Channel5Label:44""QuickTime:Channel5Label:45""QuickTime:Channel5Label:5"
-    "QuickTime:Channel5Label:6""QuickTime:Channel5Label:65536""QuickTime:Channel5Label:65537"
-    "QuickTime:Channel5Label:65538""QuickTime:Channel5Label:65539""QuickTime:Channel5Label:65540"
-    "QuickTime:Channel5Label:65541""QuickTime:Channel5Label:65542""QuickTime:Channel5Label:65543"
-    "QuickTime:Channel5Label:65544""QuickTime:Channel5Label:65545""QuickTime:Channel5Label:65546"
-    "QuickTime:Channel5Label:65547""QuickTime:Channel5Label:65548""QuickTime:Channel5Label:65549"
-    "QuickTime:Channel5Label:65550""QuickTime:Channel5Label:65551""QuickTime:Channel5Label:7"
-    "QuickTime:Channel5Label:8""QuickTime:Channel5Label:9""QuickTime:Channel6Coordinates"
-    "Channel 6 Coordinates""QuickTime:Channel6Flags""Channel 6 Flags""QuickTime:Channel6Flags:1"
-    "QuickTime:Channel6Flags:2""QuickTime:Channel6Flags:4""QuickTime:Channel6Label""Channel 6 Label"
-    "QuickTime:Channel6Label:0""QuickTime:Channel6Label:1""QuickTime:Channel6Label:10"
-    "QuickTime:Channel6Label:100""QuickTime:Channel6Label:11""QuickTime:Channel6Label:12"
-    "QuickTime:Channel6Label:13""QuickTime:Channel6Label:131071""QuickTime:Channel6Label:14"
-    "QuickTime:Channel6Label:15""QuickTime:Channel6Label:16""QuickTime:Channel6Label:17"
-    "QuickTime:Channel6Label:18""QuickTime:Channel6Label:2""QuickTime:Channel6Label:200"
-    "QuickTime:Channel6Label:201""QuickTime:Channel6Label:202""QuickTime:Channel6Label:203"
-    "QuickTime:Channel6Label:204""QuickTime:Channel6Label:205""QuickTime:Channel6Label:206"
-    "QuickTime:Channel6Label:207""QuickTime:Channel6Label:3""QuickTime:Channel6Label:301"
-    "QuickTime:Channel6Label:302""QuickTime:Channel6Label:304""QuickTime:Channel6Label:305"
-    "QuickTime:Channel6Label:33""QuickTime:Channel6Label:34""QuickTime:Channel6Label:35"
-    "QuickTime:Channel6Label:36""QuickTime:Channel6Label:37""QuickTime:Channel6Label:38"
-    "QuickTime:Channel6Label:39""QuickTime:Channel6Label:4""QuickTime:Channel6Label:40"
-    "QuickTime:Channel6Label:400""QuickTime:Channel6Label:41""QuickTime:Channel6Label:42"
-    "QuickTime:Channel6Label:4294967295""QuickTime:Channel6Label:43""QuickTime:Channel6Label:44"
-    "QuickTime:Channel6Label:45""QuickTime:Channel6Label:5""QuickTime:Channel6Label:6"
-    "QuickTime:Channel6Label:65536""QuickTime:Channel6Label:65537""QuickTime:Channel6Label:65538"
-    "QuickTime:Channel6Label:65539""QuickTime:Channel6Label:65540""QuickTime:Channel6Label:65541"
-    "QuickTime:Channel6Label:65542""QuickTime:Channel6Label:65543""QuickTime:Channel6Label:65544"
-    "QuickTime:Channel6Label:65545""QuickTime:Channel6Label:65546""QuickTime:Channel6Label:65547"
-    "QuickTime:Channel6Label:65548""QuickTime:Channel6Label:65549""QuickTime:Channel6Label:65550"
-    "QuickTime:Channel6Label:65551""QuickTime:Channel6Label:7""QuickTime:Channel6Label:8"
-    "QuickTime:Channel6Label:9""QuickTime:Channel7Coordinates""Channel 7 Coordinates"
-    "QuickTime:Channel7Flags""Channel 7 Flags""QuickTime:Channel7Flags:1""QuickTime:Channel7Flags:2"
-    "QuickTime:Channel7Flags:4""QuickTime:Channel7Label""Channel 7 Label""QuickTime:Channel7Label:0"
-    "QuickTime:Channel7Label:1""QuickTime:Channel7Label:10""QuickTime:Channel7Label:100"
-    "QuickTime:Channel7Label:11""QuickTime:Channel7Label:12""QuickTime:Channel7Label:13"
-    "QuickTime:Channel7Label:131071""QuickTime:Channel7Label:14""QuickTime:Channel7Label:15"
-    "QuickTime:Channel7Label:16""QuickTime:Channel7Label:17""QuickTime:Channel7Label:18"
-    "QuickTime:Channel7Label:2""QuickTime:Channel7Label:200""QuickTime:Channel7Label:201"
-    "QuickTime:Channel7Label:202""QuickTime:Channel7Label:203""QuickTime:Channel7Label:204"
-    "QuickTime:Channel7Label:205""QuickTime:Channel7Label:206""QuickTime:Channel7Label:207"
-    "QuickTime:Channel7Label:3""QuickTime:Channel7Label:301""QuickTime:Channel7Label:302"
-    "QuickTime:Channel7Label:304""QuickTime:Channel7Label:305""QuickTime:Channel7Label:33"
-    "QuickTime:Channel7Label:34""QuickTime:Channel7Label:35""QuickTime:Channel7Label:36"
-    "QuickTime:Channel7Label:37""QuickTime:Channel7Label:38""QuickTime:Channel7Label:39"
-    "QuickTime:Channel7Label:4""QuickTime:Channel7Label:40""QuickTime:Channel7Label:400"
-    "QuickTime:Channel7Label:41""QuickTime:Channel7Label:42""QuickTime:Channel7Label:4294967295"
-    "QuickTime:Channel7Label:43""QuickTime:Channel7Label:44""QuickTime:Channel7Label:45"
-    "QuickTime:Channel7Label:5""QuickTime:Channel7Label:6""QuickTime:Channel7Label:65536"
-    "QuickTime:Channel7Label:65537""QuickTime:Channel7Label:65538""QuickTime:Channel7Label:65539"
-    "QuickTime:Channel7Label:65540""QuickTime:Channel7Label:65541""QuickTime:Channel7Label:65542"
-    "QuickTime:Channel7Label:65543""QuickTime:Channel7Label:65544""QuickTime:Channel7Label:65545"
-    "QuickTime:Channel7Label:65546""QuickTime:Channel7Label:65547""QuickTime:Channel7Label:65548"
-    "QuickTime:Channel7Label:65549""QuickTime:Channel7Label:65550""QuickTime:Channel7Label:65551"
-    "QuickTime:Channel7Label:7""QuickTime:Channel7Label:8""QuickTime:Channel7Label:9"
-    "QuickTime:Channel8Coordinates""Channel 8 Coordinates""QuickTime:Channel8Flags""Channel 8 Flags"
-    "QuickTime:Channel8Flags:1""QuickTime:Channel8Flags:2""QuickTime:Channel8Flags:4"
-    "QuickTime:Channel8Label""Channel 8 Label""QuickTime:Channel8Label:0""QuickTime:Channel8Label:1"
-    "QuickTime:Channel8Label:10""QuickTime:Channel8Label:100""QuickTime:Channel8Label:11"
-    "QuickTime:Channel8Label:12""QuickTime:Channel8Label:13""QuickTime:Channel8Label:131071"
-    "QuickTime:Channel8Label:14""QuickTime:Channel8Label:15""QuickTime:Channel8Label:16"
-    "QuickTime:Channel8Label:17""QuickTime:Channel8Label:18""QuickTime:Channel8Label:2"
-    "QuickTime:Channel8Label:200""QuickTime:Channel8Label:201""QuickTime:Channel8Label:202"
-    "QuickTime:Channel8Label:203""QuickTime:Channel8Label:204""QuickTime:Channel8Label:205"
-    "QuickTime:Channel8Label:206""QuickTime:Channel8Label:207""QuickTime:Channel8Label:3"
-    "QuickTime:Channel8Label:301""QuickTime:Channel8Label:302""QuickTime:Channel8Label:304"
-    "QuickTime:Channel8Label:305""QuickTime:Channel8Label:33""QuickTime:Channel8Label:34"
-    "QuickTime:Channel8Label:35""QuickTime:Channel8Label:36""QuickTime:Channel8Label:37"
-    "QuickTime:Channel8Label:38""QuickTime:Channel8Label:39""QuickTime:Channel8Label:4"
-    "QuickTime:Channel8Label:40""QuickTime:Channel8Label:400""QuickTime:Channel8Label:41"
-    "QuickTime:Channel8Label:42""QuickTime:Channel8Label:4294967295""QuickTime:Channel8Label:43"
-    "QuickTime:Channel8Label:44""QuickTime:Channel8Label:45""QuickTime:Channel8Label:5"
-    "QuickTime:Channel8Label:6""QuickTime:Channel8Label:65536""QuickTime:Channel8Label:65537"
-    "QuickTime:Channel8Label:65538""QuickTime:Channel8Label:65539""QuickTime:Channel8Label:65540"
-    "QuickTime:Channel8Label:65541""QuickTime:Channel8Label:65542""QuickTime:Channel8Label:65543"
-    "QuickTime:Channel8Label:65544""QuickTime:Channel8Label:65545""QuickTime:Channel8Label:65546"
-    "QuickTime:Channel8Label:65547""QuickTime:Channel8Label:65548""QuickTime:Channel8Label:65549"
-    "QuickTime:Channel8Label:65550""QuickTime:Channel8Label:65551""QuickTime:Channel8Label:7"
-    "QuickTime:Channel8Label:8""QuickTime:Channel8Label:9""QuickTime:ChannelNumber""Channel Number"
-    "QuickTime:Channels""QuickTime:ChapterList""Chapter List""QuickTime:ChapterListTrackID"
-    "Chapter List Track ID""QuickTime:ChapterName""Chapter Name""QuickTime:ChapterNum""Chapter Num"
-    "QuickTime:ChapterNumber""Chapter Number""QuickTime:Children""QuickTime:ChromaFormat"
-    "Chroma Format""QuickTime:ChromaFormat:0""Monochrome |\302\240YUV 4:4:4"
-    "QuickTime:ChromaFormat:1""4:2:0""QuickTime:ChromaFormat:2""4:2:2 |\302\240YUV 4:2:2"
-    "QuickTime:ChromaFormat:3""4:4:4 |\302\240YUV 4:2:0""QuickTime:ChromaFormat:7""Monochrome 4:0:0"
-    "QuickTime:ChromaSamplePosition""Chroma Sample Position""QuickTime:ChromaSamplePosition:0"
-    "QuickTime:ChromaSamplePosition:1""Vertical""QuickTime:ChromaSamplePosition:2""Colocated"
-    "QuickTime:ChromaSamplePosition:3""(reserved)""QuickTime:ChunkOffset""Chunk Offset"
-    "QuickTime:ChunkOffset64""Chunk Offset 64""QuickTime:City""QuickTime:Classification"
-    "QuickTime:CleanAperture""Clean Aperture""QuickTime:CleanApertureDimensions"
-    "Clean Aperture Dimensions""QuickTime:CleanApertureHeight""Clean Aperture Height"
-    "QuickTime:CleanApertureOffsetX""Clean Aperture Offset X""QuickTime:CleanApertureOffsetY"
-    "Clean Aperture Offset Y""QuickTime:CleanApertureWidth""Clean Aperture Width"
-    "QuickTime:ClientID""Client ID""QuickTime:ClipFileName""Clip File Name""QuickTime:ClipID"
-    "Clip ID""QuickTime:ClosedCaptioning""Closed Captioning""QuickTime:CodeVersion""Code Version"
-    "QuickTime:CollectionName""Collection Name""QuickTime:Color""QuickTime:ColorPrimaries"
-    "Color Primaries""QuickTime:ColorPrimaries:1""BT.709""QuickTime:ColorPrimaries:10"
-    "SMPTE 428 (CIE 1931 XYZ)""QuickTime:ColorPrimaries:11""SMPTE RP 431-2"
-    "QuickTime:ColorPrimaries:12""SMPTE EG 432-1""QuickTime:ColorPrimaries:2""Unspecified"
-    "QuickTime:ColorPrimaries:22""EBU Tech. 3213-E""QuickTime:ColorPrimaries:4"
-    "BT.470 System M (historical)""QuickTime:ColorPrimaries:5""BT.470 System B, G (historical)"
-    "QuickTime:ColorPrimaries:6""BT.601""QuickTime:ColorPrimaries:7""SMPTE 240"
-    "QuickTime:ColorPrimaries:8""Generic film (color filters using illuminant C)"
-    "QuickTime:ColorPrimaries:9""BT.2020, BT.2100""QuickTime:ColorProfiles""Color Profiles"
-    "QuickTime:Comment""QuickTime:Comments""QuickTime:CompactSampleSizes""Compact Sample Sizes"
-    "QuickTime:Company""QuickTime:CompanyMainPhone""Company Main Phone""QuickTime:CompatibleBrands"
-    "Compatible Brands""QuickTime:Compilation""QuickTime:Compilation:0""No""QuickTime:Compilation:1"
-    "Yes""QuickTime:Complete""QuickTime:Composer""QuickTime:ComposerID""Composer ID"
-    "QuickTime:ComposerKeywords""Composer Keywords""QuickTime:Composers"
-    "QuickTime:CompositionTimeToSample""Composition Time To Sample"
-    "QuickTime:CompositionToDecodeTimelineMapping""Composition To Decode Timeline Mapping"
-    "QuickTime:Compression""QuickTime:CompressorID""Compressor ID""QuickTime:CompressorName"
-    "Compressor Name""QuickTime:CompressorVersion""Compressor Version""QuickTime:Computer"
-    "QuickTime:Conductor""QuickTime:Conductors""QuickTime:ConstantFrameRate""Constant Frame Rate"
-    "QuickTime:ConstantFrameRate:0""QuickTime:ConstantFrameRate:1""QuickTime:ConstantFrameRate:2"
-    "Each Temporal Layer is Constant Frame Rate""QuickTime:ConstraintIndicatorFlags"
-    "Constraint Indicator Flags""QuickTime:ContactNames""Contact Names""QuickTime:ContentCreateDate"
-    "Content Create Date""QuickTime:ContentDescribes""Content Describes"
-    "QuickTime:ContentDistributorDuration""Content Distributor Duration"
-    "QuickTime:ContentDistributorID""Content Distributor ID""QuickTime:ContentDistributorType"
-    "Content Distributor Type""QuickTime:ContentGroupDescription""Content Group Description"
-    "QuickTime:ContentID""Content ID""QuickTime:ContentIdentifier""Content Identifier"
-    "QuickTime:ContentRating""Content Rating""QuickTime:ContentType""Content Type"
-    "QuickTime:Contrast""QuickTime:Contributors""QuickTime:ConversationID""Conversation ID"
-    "QuickTime:Copyright""QuickTime:Count""QuickTime:Country-Region""QuickTime:CoverArt""Cover Art"
-    "QuickTime:CoverArtType""Cover Art Type""QuickTime:CoverURI""Cover URI""QuickTime:CreateDate"
-    "Create Date""QuickTime:CreationDate""Creation Date""QuickTime:Creator""QuickTime:CreatorTool"
-    "Creator Tool""QuickTime:CurrentBitrate""Current Bitrate""QuickTime:CurrentTime""Current Time"
-    "QuickTime:DLNAServerUDN""DLNA Server UDN""QuickTime:DLNASourceURI""DLNA Source URI"
-    "QuickTime:DRMIndividualizedVersion""DRM Individualized Version""QuickTime:DRMKeyID""DRM Key ID"
-    "QuickTime:DTCPIPHost""DTCPIP Host""QuickTime:DTCPIPPort""DTCPIP Port""QuickTime:DVDID"
-    "QuickTime:Data""QuickTime:DataRate""Data Rate""QuickTime:Date""QuickTime:DateAccessed"
-    "Date Accessed""QuickTime:DateArchived""Date Archived""QuickTime:DateCompleted""Date Completed"
-    "QuickTime:DateCreated""Date Created""QuickTime:DateImported""Date Imported"
-    "QuickTime:DateLastSaved""Date Last Saved""QuickTime:DateModified""Date Modified"
-    "QuickTime:DatePictureTaken""Date Picture Taken""QuickTime:DateReceived""Date Received"
-    "QuickTime:DateReleased""Date Released""QuickTime:DateSent""Date Sent""QuickTime:DateTime"
-    "Date Time""QuickTime:DateTimeOriginal""Date/Time Original""QuickTime:DateVisited""Date Visited"
-    "QuickTime:Department""QuickTime:DerivedImageRef""Derived Image Ref""QuickTime:Description"
-    "QuickTime:DetectedFaceBounds""Detected Face Bounds""QuickTime:DetectedFaceID""Detected Face ID"
-    "QuickTime:DetectedFaceRollAngle""Detected Face Roll Angle""QuickTime:DetectedFaceYawAngle"
-    "Detected Face Yaw Angle""QuickTime:Dimensions""QuickTime:Director""QuickTime:Directors"
-    "QuickTime:DiscNumber""Disc Number""QuickTime:DiskNumber""Disk Number""QuickTime:DisplayArtist"
-    "Display Artist""QuickTime:DisplayName""Display Name""QuickTime:DisplaySize""Display Size"
-    "QuickTime:DisplaySize:0""Normal""QuickTime:DisplaySize:1""Double Size""QuickTime:DisplaySize:2"
-    "Half Size""QuickTime:DisplaySize:3""Full Screen""QuickTime:DisplaySize:4""Current Size"
-    "QuickTime:Distance""QuickTime:Division""QuickTime:DocumentID""Document ID""QuickTime:DueDate"
-    "Due Date""QuickTime:Duration""QuickTime:DynamicRange""Dynamic Range"
-    "QuickTime:DynamicRangeR128""Dynamic Range R128""QuickTime:E-mail2""E-mail 2""QuickTime:E-mail3"
-    "E-mail 3""QuickTime:E-mailAddress""E-mail Address""QuickTime:E-mailDisplayName"
-    "E-mail Display Name""QuickTime:E-mailList""E-mail List""QuickTime:Edit1""Edit 1"
-    "QuickTime:Edit2""Edit 2""QuickTime:Edit3""Edit 3""QuickTime:Edit4""Edit 4""QuickTime:Edit5"
-    "Edit 5""QuickTime:Edit6""Edit 6""QuickTime:Edit7""Edit 7""QuickTime:Edit8""Edit 8"
-    "QuickTime:Edit9""Edit 9""QuickTime:ElementaryStreamTrack""Elementary Stream Track"
-    "QuickTime:EncodedBy""Encoded By""QuickTime:EncodedPixelsDimensions""Encoded Pixels Dimensions"
-    "QuickTime:EncodedWith""Encoded With""QuickTime:Encoder""QuickTime:EncoderID""Encoder ID"
-    "QuickTime:EncoderVendor""Encoder Vendor""QuickTime:EncoderVersion""Encoder Version"
-    "QuickTime:EncodingTime""Encoding Time""QuickTime:EndDate""End Date""QuickTime:Endianness"
-    "QuickTime:Endianness:0""Big-endian (Motorola, MM)""QuickTime:Endianness:1"
-    "Little-endian (Intel, II)""QuickTime:EntryType""Entry Type""QuickTime:EpisodeGlobalUniqueID"
-    "Episode Global Unique ID""QuickTime:EpisodeName""Episode Name""QuickTime:Event"
-    "QuickTime:ExecutiveProducer""Executive Producer""QuickTime:ExifVersion""Exif Version"
-    "QuickTime:ExposureBias""Exposure Bias""QuickTime:ExposureCompensation""Exposure Compensation"
-    "QuickTime:ExposureProgram""Exposure Program""QuickTime:ExposureTime""Exposure Time"
-    "QuickTime:F-stop""QuickTime:FNumber""F Number""QuickTime:FieldOfView""Field Of View"
-    "QuickTime:FileAs""File As""QuickTime:FileCount""File Count""QuickTime:FileFunctionFlags"
-    "File Function Flags""QuickTime:FileFunctionFlags:1073741824""Edited"
-    "QuickTime:FileFunctionFlags:268435456""Fragmented""QuickTime:FileFunctionFlags:536870912"
-    "Additional tracks""QuickTime:FileProfileVersion""File Profile Version""QuickTime:FileSize"
-    "File Size""QuickTime:FileType""File Type""QuickTime:FileVersion""File Version"
-    "QuickTime:Firmware""QuickTime:FirmwareVersion""Firmware Version""QuickTime:FirstName"
-    "First Name""QuickTime:FlagColor""Flag Color""QuickTime:FlagStatus""Flag Status"
-    "QuickTime:FlashMode""Flash Mode""QuickTime:FocalLength""Focal Length"
-    "QuickTime:FocalLength35mm""Focal Length 35mm""QuickTime:Folder""QuickTime:FolderName"
-    "Folder Name""QuickTime:FolderPath""Folder Path""QuickTime:FontName""Font Name"
-    "QuickTime:FontTable""Font Table""QuickTime:Format""QuickTime:FormatTag""Format Tag"
-    "QuickTime:FourCC""Four CC""QuickTime:FrameHeight""Frame Height""QuickTime:FrameNumber"
-    "Frame Number""QuickTime:FrameRate""Frame Rate""QuickTime:FrameReadoutTime""Frame Readout Time"
-    "QuickTime:FrameWidth""Frame Width""QuickTime:Free""QuickTime:Free-busyStatus""Free-busy Status"
-    "QuickTime:Frequency""QuickTime:FromAddresses""From Addresses""QuickTime:FromNames""From Names"
-    "QuickTime:FullName""Full Name""QuickTime:FusionMode""Fusion Mode""QuickTime:FusionYPR"
-    "Fusion YPR""QuickTime:GPSAltitude""GPS Altitude""QuickTime:GPSCoordinates""GPS Coordinates"
-    "QuickTime:GPSDOP""GPS Dilution Of Precision""QuickTime:GPSDataList""GPS Data List"
-    "QuickTime:GPSDataList2""GPS Data List 2""QuickTime:GPSDateTime""GPS Date/Time"
-    "QuickTime:GPSHorizontalAccuracy""GPS Horizontal Accuracy""QuickTime:GPSLatitude""GPS Latitude"
-    "QuickTime:GPSLog""GPS Log""QuickTime:GPSLongitude""GPS Longitude""QuickTime:GPSMeasureMode"
-    "GPS Measure Mode""QuickTime:GPSMeasureMode:0""No Measurement""QuickTime:GPSMeasureMode:2"
-    "2-Dimensional Measurement""QuickTime:GPSMeasureMode:3""3-Dimensional Measurement"
-    "QuickTime:GPSMode""GPS Mode""QuickTime:GPSSatellites""GPS Satellites""QuickTime:GPSSpeed"
-    "GPS Speed""QuickTime:GPSSpeedAccuracy""GPS Speed Accuracy""QuickTime:GPSSpeedRef"
-    "GPS Speed Ref""QuickTime:GPSSpeedRef:K""km/h""QuickTime:GPSSpeedRef:M""mph"
-    "QuickTime:GPSSpeedRef:N""knots""QuickTime:GPSTimeStamp""GPS Time Stamp""QuickTime:GPSTrack"
-    "GPS Track""QuickTime:GPSTrackRef""GPS Track Ref""QuickTime:GPSTrackRef:M""Magnetic North"
-    "QuickTime:GPSTrackRef:T""True North""QuickTime:GPSVelocityEast""GPS Velocity East"
-    "QuickTime:GPSVelocityNorth""GPS Velocity North""QuickTime:GPSVelocityUp""GPS Velocity Up"
-    "QuickTime:GPSVerticalAccuracy""GPS Vertical Accuracy""QuickTime:GSensor""G Sensor"
-    "QuickTime:GUID""QuickTime:Gamma""QuickTime:GarminGPS""Garmin GPS""QuickTime:GarminSettings"
-    "Garmin Settings""QuickTime:GarminSoftware""Garmin Software""QuickTime:GenBalance""Gen Balance"
-    "QuickTime:GenFlags""Gen Flags""QuickTime:GenGraphicsMode""Gen Graphics Mode"
-    "QuickTime:GenGraphicsMode:0""srcCopy""QuickTime:GenGraphicsMode:1""srcOr"
-    "QuickTime:GenGraphicsMode:10""patXor""QuickTime:GenGraphicsMode:11""patBic"
-    "QuickTime:GenGraphicsMode:12""notPatCopy""QuickTime:GenGraphicsMode:13""notPatOr"
-    "QuickTime:GenGraphicsMode:14""notPatXor""QuickTime:GenGraphicsMode:15""notPatBic"
-    "QuickTime:GenGraphicsMode:2""srcXor""QuickTime:GenGraphicsMode:256""Alpha"
-    "QuickTime:GenGraphicsMode:257""White Alpha""QuickTime:GenGraphicsMode:258"
-    "Pre-multiplied Black Alpha""QuickTime:GenGraphicsMode:272""Component Alpha"
-    "QuickTime:GenGraphicsMode:3""srcBic""QuickTime:GenGraphicsMode:32""blend"
-    "QuickTime:GenGraphicsMode:33""addPin""QuickTime:GenGraphicsMode:34""addOver"
-    "QuickTime:GenGraphicsMode:35""subPin""QuickTime:GenGraphicsMode:36""transparent"
-    "QuickTime:GenGraphicsMode:37""addMax""QuickTime:GenGraphicsMode:38""subOver"
-    "QuickTime:GenGraphicsMode:39""addMin""QuickTime:GenGraphicsMode:4""notSrcCopy"
-    "QuickTime:GenGraphicsMode:49""grayishTextOr""QuickTime:GenGraphicsMode:5""notSrcOr"
-    "QuickTime:GenGraphicsMode:50""hilite""QuickTime:GenGraphicsMode:6""notSrcXor"
-    "QuickTime:GenGraphicsMode:64""ditherCopy""QuickTime:GenGraphicsMode:7""notSrcBic"
-    "QuickTime:GenGraphicsMode:8""patCopy""QuickTime:GenGraphicsMode:9""patOr"
-    "QuickTime:GenMediaVersion""Gen Media Version""QuickTime:GenOpColor""Gen Op Color"
-    "QuickTime:GenProfileCompatibilityFlags""Gen Profile Compatibility Flags"
+    "CoverArt" "CoverArtType" "AlbumArtist" "Album" "Artist" "Comment" "Genre" "Subtitle"
+    "CreatorTool" "Title" "Year" "iTunesMediaType" "ChapterName" "ChapterNumber" "SphericalVideoXML"
+    "Abstract" "AcquisitionTime" "AcquisitionTimeDay" "AcquisitionTimeMonth" "AcquisitionTimeYear"
+    "AcquisitionTimeYearMonth" "AcquisitionTimeYearMonthDay" "AlbumArtistSortOrder" "AlbumID"
+    "AlbumIDAlbumArtist" "AlbumTitleSortOrder" "AlternateSourceURL" "AudioBitrate" "AudioFormat"
+    "Author" "AuthorSortOrder" "AverageLevel" "Bitrate" "BuyNow" "BuyTickets" "CDTrackEnabled"
+    "CallLetters" "CameraManufacturer" "CameraModel" "Channels" "ContentDistributorDuration"
+    "Copyright" "Count" "CurrentBitrate" "DLNAServerUDN" "DLNASourceURI" "DRMIndividualizedVersion"
+    "DRMKeyID" "DTCPIPHost" "DTCPIPPort" "DVDID" "Description" "DisplayArtist" "Duration" "Event"
+    "FileSize" "FileType" "FormatTag" "FourCC" "FrameRate" "Frequency" "IsNetworkFeed" "IsVBR"
+    "IsProtected" "LeadPerformer" "LibraryID" "LibraryName" "Location" "MediaContentTypes"
+    "MediaType" "ModifiedBy" "MoreInfo" "PartOfSet" "PeakValue" "PixelAspectRatioX"
+    "PixelAspectRatioY" "PlaylistIndex" "Provider" "ProviderLogoURL" "ProviderURL" "RadioBand"
+    "RadioFormat" "RatingOrg" "RecordingTime" "RecordingTimeDay" "RecordingTimeMonth"
+    "RecordingTimeYear" "RecordingTimeYearMonth" "RecordingTimeYearMonthDay" "ReleaseDate"
+    "ReleaseDateDay" "ReleaseDateMonth" "ReleaseDateYear" "ReleaseDateYearMonth"
+    "ReleaseDateYearMonthDay" "RequestState" "ShadowFilePath" "SourceURL" "Subject" "Sync01"
+    "Sync02" "Sync03" "Sync04" "Sync05" "Sync06" "Sync07" "Sync08" "Sync09" "Sync10" "Sync11"
+    "Sync12" "Sync13" "Sync14" "Sync15" "Sync16" "SyncOnly" "SyncState" "Temporary" "TitleSortOrder"
+    "TotalDuration" "TrackingID" "UserCustom1" "UserCustom2" "UserEffectiveRating"
+    "UserLastPlayedTime" "UserPlayCount" "UserPlaycountAfternoon" "UserPlaycountEvening"
+    "UserPlaycountMorning" "UserPlaycountNight" "UserPlaycountWeekday" "UserPlaycountWeekend"
+    "UserRating" "UserServiceRating" "VideoBitrate" "VideoFormat" "BeatsPerMinute"
+    "ContentDistributorType" "ContentGroupDescription" "EncodingTime" "GenreID" "Language" "Lyrics"
+    "MCDI" "MediaOriginalBroadcastDateTime" "MediaOriginalChannel" "MediaStationName"
+    "ProtectionType" "ProviderRating" "ProviderStyle" "SharedUserRating" "SubtitleDescription"
+    "SubscriptionContentID" "TrackNumber" "UniqueFileIdentifier" "VideoFrameRate" "VideoHeight"
+    "VideoWidth" "WMCollectionGroupID" "WMCollectionID" "WMContentID" "WMShadowFileSourceDRMType"
+    "WMShadowFileSourceFileType" "ChapterNum" "TitleNum" "Resources" "Complete" "HomeCountry-Region"
+    "TaskOwner" "MaxAperture" "OptionalAttendees" "HomeStreet" "RequiredAttendeeAddresses"
+    "SenderAddress" "FileVersion" "ProductName" "ProductVersion" "LegalTrademarks" "SenderName"
+    "ParentalRatingReason" "FirstName" "DateImported" "CameraMaker" "Orientation" "ExposureTime"
+    "F-stop" "ExposureProgram" "ISOSpeed" "DatePictureTaken" "ExposureBias" "SubjectDistance"
+    "MeteringMode" "LightSource" "FlashMode" "FocalLength" "HomePhone" "PrimaryPhone" "CellPhone"
+    "Birthday" "PrimaryE-mail" "JobTitle" "HomeCity" "PersonalTitle" "OfficeLocation" "GivenName"
+    "MiddleName" "Suffix" "Nickname" "PostalCode" "StationName" "Division" "Kinds" "ClientID" "Type"
+    "FileCount" "TotalFileSize" "Computer" "PerceivedType" "MediaCreated" "IsRecurring" "Incomplete"
+    "E-mail2" "Project" "Gender" "DueDate" "BusinessCity" "WindowsFileName" "DateArchived"
+    "BusinessStateOrProvince" "BroadcastDate" "Color" "StartDate" "Saturation" "SearchRanking"
+    "OtherAddress" "AutoSummary" "Summary" "BusinessHomePage" "InitialKey" "Beats-per-minute"
+    "Conductors" "Mood" "AlbumTitle" "Free-busyStatus" "URL" "DateVisited" "IsDeleted" "HasFlag"
+    "Hobbies" "FullName" "Street" "Dimensions" "Untitled0" "Untitled1" "HorizontalResolution"
+    "VerticalResolution" "BitDepth" "AudioSampleRate" "AudioSampleSize" "VideoCompression"
+    "FrameWidth" "FrameHeight" "TotalBitrate" "DataRate" "Composers" "Directors" "ParentalRating"
+    "Producers" "Writers" "Publisher" "Period" "UserWebURL" "EncodedBy" "Rating" "E-mail3" "HomeFax"
+    "Source" "FlagColor" "BusinessPhone" "ProgramMode" "OfflineStatus" "ClosedCaptioning" "Rerun"
+    "SAP" "EpisodeName" "ProgramDescription" "StationCallSign" "ChannelNumber" "OtherCity"
+    "OtherStateOrProvince" "Profession" "DateCompleted" "ReminderTime" "BusinessAddress"
+    "OrganizerAddress" "HomePOBox" "E-mailList" "CompanyMainPhone" "HomePostalCode" "OtherPOBox"
+    "OtherCountry-Region" "LastName" "CarPhone" "BusinessFax" "EntryType" "OtherPostalCode" "Label"
+    "HomeAddress" "AssistantsPhone" "Anniversary" "Owner" "SpaceFree" "TotalSize" "SpaceUsed"
+    "Priority" "HasAttachments" "Spouse" "FocalLength35mm" "IsCompleted" "OfflineAvailability"
+    "OrganizerName" "TTY-TTDPhone" "Protected" "BusinessCountry-Region" "RequiredAttendees" "Name"
+    "Size" "Attributes" "DateModified" "DateCreated" "DateAccessed" "FolderName" "LinkTarget"
+    "LinkStatus" "BusinessPOBox" "ToDoTitle" "CallbackNumber" "IsOnline" "MailingAddress" "Telex"
+    "EndDate" "HomeStateOrProvince" "City" "E-mailDisplayName" "AssistantsName" "Creator"
+    "ExifVersion" "BillingInformation" "Children" "Participants" "OptionalAttendeeAddresses"
+    "Company" "Category" "ContentType" "Status" "Slides" "Pager" "IMAddresses" "Folder"
+    "ConversationID" "BusinessStreet" "DateReleased" "POBox" "ContactNames" "DocumentID" "LensModel"
+    "BusinessPostalCode" "ReadStatus" "Importance" "FlagStatus" "FromAddresses" "FromNames" "Store"
+    "ToAddresses" "ToNames" "Webpage" "DateSent" "BccAddresses" "DateReceived" "Attachments"
+    "BccNames" "CcAddresses" "CcNames" "FolderPath" "Path" "AccountName" "Country-Region"
+    "LensMaker" "WhiteBalance" "Shared" "SharedWith" "StateOrProvince" "FileAs" "IsAttachment"
+    "TotalEditingTime" "LastPrinted" "Untitled2" "DateLastSaved" "Pages" "WordCount" "ProgramName"
+    "Keywords" "Comments" "Contributors" "Initials" "Date" "Sensitivity" "E-mailAddress"
+    "Department" "Mileage" "OtherStreet" "AV1ConfigurationVersion" "SeqProfile" "SeqLevelIdx0"
+    "SeqTier0" "HighBitDepth" "TwelveBit" "ChromaFormat" "ChromaSamplePosition"
+    "InitialDelaySamples" "AccelMode" "SampleTime" "AccelYPR" "Balance" "AudioProfileVersion"
+    "AudioTrackID" "AudioCodec" "AudioCodecInfo" "AudioAttributes" "AudioAvgBitrate"
+    "AudioMaxBitrate" "AudioChannels" "AudioVendorID" "AudioBitsPerSample" "BufferSize" "MaxBitrate"
+    "AverageBitrate" "Compression" "LayoutFlags" "AudioChannelTypes" "NumChannelDescriptions"
+    "Channel1Label" "Channel1Flags" "Channel1Coordinates" "Channel2Label" "Channel2Flags"
+    "Channel2Coordinates" "Channel3Label" "Channel3Flags" "Channel3Coordinates" "Channel4Label"
+    "Channel4Flags" "Channel4Coordinates" "Channel5Label" "Channel5Flags" "Channel5Coordinates"
+    "Channel6Label" "Channel6Flags" "Channel6Coordinates" "Channel7Label" "Channel7Flags"
+    "Channel7Coordinates" "Channel8Label" "Channel8Flags" "Channel8Coordinates" "CleanApertureWidth"
+    "CleanApertureHeight" "CleanApertureOffsetX" "CleanApertureOffsetY" "ColorProfiles"
+    "ColorPrimaries" "TransferCharacteristics" "MatrixCoefficients" "VideoFullRangeFlag"
+    "MaxContentLightLevel" "MaxPicAverageLightLevel" "URN" "EncoderVendor" "EncoderVersion"
+    "AudioAvailableBitRateRange" "AudioBitRateControlMode" "AudioExtendFrequencies"
+    "AudioCurrentTargetBitRate" "AudioComponentVersion" "AudioAvailableNumberChannels"
+    "AudioIsInitialized" "AudioDoesSampleRateConversion" "AudioMinimumDelayMode"
+    "AudioMinimumNumberInputPackets" "AudioMinimumNumberOutputPackets" "AudioOutputPrecedence"
+    "AudioZeroFramesPadded" "AudioMaximumPacketByteSize" "AudioRequiresPacketDescription"
+    "AudioPacketFrameSize" "AudioCodecPrimeMethod" "AudioQualitySetting" "AudioInputBufferSize"
+    "AudioUsedInputBufferSize" "AudioUseRecommendedSampleRate" "AudioVBRQuality"
+    "AudioEncodingParamsVersion" "AudioHasVariablePacketByteSizes" "FileProfileVersion"
+    "FileFunctionFlags" "MajorBrand" "MinorVersion" "CompatibleBrands" "PreviewImageWidth"
+    "PreviewImageHeight" "PreviewImageLength" "SerialNumber" "PreviewImage" "FusionMode" "FusionYPR"
+    "GPSMode" "GPSLatitude" "GPSLongitude" "GPSAltitude" "GPSSpeed" "GPSTrack" "Acceleration" "Text"
+    "GenMediaVersion" "GenFlags" "GenGraphicsMode" "GenOpColor" "GenBalance" "GyroMode" "GyroYPR"
+    "HEVCConfigurationVersion" "GeneralProfileSpace" "GeneralTierFlag" "GeneralProfileIDC"
+    "GenProfileCompatibilityFlags" "ConstraintIndicatorFlags" "GeneralLevelIDC"
+    "MinSpatialSegmentationIDC" "ParallelismType" "BitDepthLuma" "BitDepthChroma" "AverageFrameRate"
+    "ConstantFrameRate" "NumTemporalLayers" "TemporalIDNested" "Unknown_slmt" "HandlerClass"
+    "HandlerType" "HandlerVendorID" "HandlerDescription" "MaxPDUSize" "AvgPDUSize" "AvgBitrate"
+    "RealtimeStreamingProtocol" "StreamingDataProtocol" "HintFormat" "HintTrackVersion"
+    "MaxPacketSize" "SequenceNumberRandomOffset" "RTPTimeScale" "TimestampRandomOffset"
+    "ImmediateDataBytes" "LargestPacketDuration" "MediaTrackBytes" "RepeatedDataBytes" "MaxDataRate"
+    "NumPackets" "PayloadType" "LargestPacketSize" "MaxTransmissionTime" "MinTransmissionTime"
+    "TotalBytes" "TotalBytesNoRTPHeaders" "Model" "Firmware" "Parameters" "CompressorID" "VendorID"
+    "SourceImageWidth" "SourceImageHeight" "XResolution" "YResolution" "CompressorName" "JPEGInfo"
+    "AVCConfiguration" "VideoFieldOrder" "Gamma" "PixelAspectRatio" "Stereoscopic3D" "ImageData"
+    "ItemInfoEntry" "ParentShortTitle" "ParentProductID" "ParentTitle" "ShortTitle" "Unknown_AACR"
+    "Unknown_CDEK" "Unknown_CDET" "GUID" "AppleStoreAccountType" "AppleStoreAccount" "ArtistID"
+    "ComposerID" "AppleStoreCatalogID" "Compilation" "DiskNumber" "EpisodeGlobalUniqueID" "Grouping"
+    "GoogleHostHeader" "GooglePingMessage" "GooglePingURL" "GoogleSourceData" "GoogleStartTime"
+    "GoogleTrackDuration" "HDVideo" "iTunesU" "Keyword" "LongDescription" "Podcast" "Performer"
+    "PlayGap" "ProductID" "PurchaseDate" "PodcastURL" "RatingPercent" "StoreDescription"
+    "AppleStoreCountry" "ShowMovement" "SortAlbumArtist" "SortAlbum" "SortArtist" "SortComposer"
+    "SortName" "SortShow" "TVEpisodeID" "TVEpisode" "TVNetworkName" "TVShow" "TVSeason" "ISRC"
+    "ArtDirector" "Arranger" "Composer" "Conductor" "ContentCreateDate" "Director" "MovementCount"
+    "MovementNumber" "MovementName" "Narrator" "OriginalArtist" "Producer" "SoundEngineer" "Soloist"
+    "Encoder" "Track" "Work" "ExecutiveProducer" "GPSCoordinates" "ItemPropertyAssociation"
+    "AuxiliaryImageType" "CleanAperture" "Rotation" "ImageSpatialExtent" "ImagePixelDepth"
+    "RelativeLocation" "AuxiliaryImageRef" "ContentDescribes" "DerivedImageRef" "ThumbnailRef"
+    "EncodedWith" "ApplePhotosVariationIdentifier" "Artwork" "FrameReadoutTime" "CameraIdentifier"
+    "UserCollection" "AndroidVersion" "CaptureMode" "ContentIdentifier" "CreationDate"
+    "DetectedFaceBounds" "DetectedFaceID" "DetectedFaceRollAngle" "DetectedFaceYawAngle"
+    "CameraDirection" "CameraMotion" "DisplayName" "Information" "LivePhotoInfo" "LivePhotoAuto"
+    "LivePhotoVitalityScore" "LivePhotoVitalityScoringVersion" "LocationAccuracyHorizontal"
+    "LocationBody" "LocationDate" "LocationName" "LocationNote" "LocationRole" "Make" "Bass"
+    "AudioGain" "Mute" "PitchShift" "Treble" "Brightness" "Contrast" "Tint" "PlayerVersion"
+    "Software" "StillImageTime" "Version" "VideoOrientation" "MagMode" "MagnetometerXYZ"
+    "GPSDataList2" "DateTimeOriginal" "PreviewPICT" "ARDroneFile" "ThumbnailImage" "Free" "Junk"
+    "MediaData" "MediaDataOffset" "MediaDataSize" "MotionPhotoVideo" "ARDroneTelemetry" "Skip"
+    "GPSLog" "SensorData" "UUID-Unknown" "Wide" "MediaHeaderVersion" "MediaCreateDate"
+    "MediaModifyDate" "MediaTimeScale" "MediaDuration" "MediaLanguageCode" "NullMediaHeader"
+    "BinaryXML" "VesperineSize" "ItemLocation" "IPMPControl" "ItemProtection" "PrimaryItemReference"
+    "MetaVersion" "ProductionDate" "Product" "TrackProperty" "TimeZone" "ModifyDate" "MetaFormat"
+    "MetaType" "GPSDataList" "InitialObjectDescriptor" "GarminGPS" "MovieFragmentSequence"
+    "MovieHeaderVersion" "CreateDate" "TimeScale" "PreferredRate" "PreferredVolume"
+    "MatrixStructure" "PreviewTime" "PreviewDuration" "PosterTime" "SelectionTime"
+    "SelectionDuration" "CurrentTime" "NextTrackID" "OtherFormat" "PlaybackFrameRate" "FontTable"
+    "OtherName" "OriginalFileName" "StartTime" "PreviewDate" "PreviewVersion" "PreviewAtomType"
+    "PreviewAtomIndex" "Endianness" "OriginalFormat" "GSensor" "VersionRestrictions" "MediaFlags"
+    "ModeFlags" "Platform" "ItemID" "ItemTool" "TransactionID" "ItemVendorID" "RotMode"
+    "RotationXYZ" "ChunkOffset64" "CompositionToDecodeTimelineMapping" "CompositionTimeToSample"
+    "SamplePaddingBits" "SampleToGroup" "IdependentAndDisposableSamples" "SampleGroupDescription"
+    "ChunkOffset" "SampleDegradationPriority" "PartialSyncSamples" "SampleToChunk"
+    "ShadowSyncSampleTable" "SyncSampleTable" "SampleSizes" "TimeToSampleTable" "CompactSampleSizes"
+    "Sub-sampleInformation" "Certificate" "InitializationVector" "KeyID" "UserName" "UserID"
+    "SchemeType" "SchemeVersion" "SchemeURL" "SpatialAudioVersion" "AmbisonicType" "AmbisonicOrder"
+    "AmbisonicChannelOrdering" "AmbisonicNormalization" "AmbisonicChannels" "AmbisonicChannelMap"
+    "Accelerometer" "AccelerometerData" "AngularVelocity" "CameraDateTime" "Car" "Distance"
+    "ExposureCompensation" "FNumber" "FrameNumber" "GPSDOP" "GPSDateTime" "GPSSatellites"
+    "GPSSpeedRef" "GPSTimeStamp" "GPSTrackRef" "ISO" "JpgFromRaw" "KiloCalories" "RawGSensor"
+    "SampleDateTime" "SampleDuration" "TimeCode" "Unknown00" "Unknown01" "Unknown02" "Unknown03"
+    "UserLabel" "VerticalSpeed" "VideoTimeStamp" "TextFont" "TextFace" "TextSize" "TextColor"
+    "BackgroundColor" "FontName" "TomTomHL" "TomTomID" "TomTomVD" "TomTomVI"
+    "CleanApertureDimensions" "EncodedPixelsDimensions" "ProductionApertureDimensions"
+    "TrackHeaderVersion" "TrackCreateDate" "TrackModifyDate" "TrackID" "TrackDuration"
+    "ImageSizeLookahead" "TrackLayer" "TrackVolume" "ImageWidth" "ImageHeight" "ChapterListTrackID"
+    "ElementaryStreamTrack" "SoftwareVersion" "PlayAllFrames" "SerialNumberHash" "CompressorVersion"
+    "FirmwareVersion" "FieldOfView" "GoProType" "LensSerialNumber" "LoopStyle" "LevelMeter"
+    "MakerNotePentaxUnknown" "PlayMode" "PlaySelection" "UnknownTags" "WindowLocation" "CX" "CY"
+    "Yaw" "Unknown_adzc" "Unknown_adze" "Unknown_adzm" "CameraAngle" "ApertureMode" "ContentID"
+    "ContentDistributorID" "ChapterList" "ClipFileName" "ClipID" "Classification" "CameraID"
+    "CollectionName" "CodeVersion" "CoverURI" "HintVersion" "IconURI" "InfoURL" "TrackType"
+    "LocationInformation" "LyricsURI" "GarminSettings" "Pitch" "Rads" "ReelName" "Roll" "Scene"
+    "ShotName" "ThumbnailPNG" "UnknownThumbnail" "GarminSoftware" "Vendor" "StartTimecode"
+    "StartTimeScale" "StartTimeSampleSize" "ArrangerKeywords" "ComposerKeywords" "UserData_dji"
+    "Edit1" "Edit2" "Edit3" "Edit4" "Edit5" "Edit6" "Edit7" "Edit8" "Edit9" "EncoderID" "Format"
+    "CameraPitch" "CameraRoll" "CameraYaw" "ISRCCode" "RecordLabelName" "RecordLabelURL" "MakerURL"
+    "ProducerKeywords" "RecordingCopyright" "Performers" "PerformerKeywords" "PerformerURL"
+    "Requirements" "UserData_res" "SubtitleKeywords" "SourceCredits" "SongWriter"
+    "SongWriterKeywords" "UserData_uid" "SpeedX" "SpeedY" "SpeedZ" "DisplaySize" "SlideShow"
+    "GraphicsMode" "OpColor" "VideoProfileVersion" "VideoTrackID" "VideoCodec" "VideoCodecInfo"
+    "VideoAttributes" "VideoAvgBitrate" "VideoMaxBitrate" "VideoAvgFrameRate" "VideoMaxFrameRate"
+    "VideoSize" "PurchaseFileFormat" "AngleAxis" "PixelExposureTime" "RollingShutterSkewTime"
+    "Position" "GPSMeasureMode" "GPSHorizontalAccuracy" "GPSVerticalAccuracy" "GPSVelocityEast"
+    "GPSVelocityNorth" "GPSVelocityUp" "GPSSpeedAccuracy" "MagneticField" "Layout" "Padding"
+    "ProjectionBoundsTop" "ProjectionBoundsBottom" "ProjectionBoundsLeft" "ProjectionBoundsRight"
+    "Artists" "Barcode" "CatalogNumber" "DiscNumber" "DynamicRange" "DynamicRangeR128" "Media"
+    "PeakLevelR128" "PeakLevelSample" "Script" "VolumeLevelR128" "ReplayVolumeLevel" "Data"
+    "ContentRating" "VolumeNormalization" "iTunSMPB" "CDDB1Info" "CDDBTrackNumber" "Mean"
+    "OriginalDate" "OriginalYear" "Popularimeter" "ReplayTrackGain" "ReplayTrackPeak" "iTunTool"
+    "Length" "PoseYawDegrees" "PosePitchDegrees" "PoseRollDegrees" "MetadataSource" "DateTime"
+    "GimbalPitch" "GimbalRoll" "GimbalYaw" "0" "1" "10" "11" "14" "2" "21" "23" "5" "6" "9" "100000"
+    "100001" "100002" "100003" "100004" "100005" "100006" "100007" "100008" "100009" "10001"
+    "100010" "100011" "100012" "100013" "100014" "100015" "100016" "100017" "100018" "100019"
+    "10002" "100020" "100021" "100022" "100023" "100024" "100025" "100026" "100027" "100028"
+    "100029" "10003" "100030" "100031" "100032" "100033" "100034" "100035" "100036" "100037"
+    "100038" "100039" "10004" "100040" "100041" "100042" "100043" "100044" "100045" "100046"
+    "100047" "100048" "100049" "10005" "100050" "100051" "100052" "100053" "100054" "100055"
+    "100056" "100057" "100058" "100059" "10006" "100060" "100061" "100062" "100063" "100064"
+    "100065" "100066" "100067" "100068" "100069" "10007" "100070" "100071" "100072" "100073"
+    "100074" "100075" "100076" "100077" "100078" "100079" "10008" "100080" "100081" "100082"
+    "100083" "100084" "100085" "100086" "100087" "100088" "100089" "10009" "100090" "100091"
+    "100092" "100093" "100094" "100095" "100096" "100097" "100098" "100099" "1001" "10010" "100100"
+    "100101" "100102" "100103" "100104" "100105" "10011" "10012" "10013" "10014" "10015" "10016"
+    "10017" "10018" "10019" "1002" "10020" "10021" "10022" "10023" "10024" "10025" "10026" "10027"
+    "10028" "10029" "1003" "10030" "10031" "10032" "10033" "10034" "10035" "10036" "10037" "10038"
+    "10039" "1004" "10040" "10041" "10042" "10043" "10044" "10045" "10046" "10047" "10048" "10049"
+    "1005" "10050" "10051" "10052" "10053" "10054" "10055" "10056" "10057" "10058" "10059" "1006"
+    "10060" "10061" "10062" "10063" "10064" "10065" "10066" "10067" "10068" "10069" "1007" "10070"
+    "10071" "10072" "10073" "10074" "10075" "10076" "10077" "10078" "10079" "10080" "10081" "10082"
+    "10083" "10084" "10085" "10086" "10087" "10088" "10089" "1009" "10090" "10091" "10092" "10093"
+    "10094" "10095" "10096" "10097" "10098" "10099" "1010" "10100" "10101" "10102" "10103" "10104"
+    "10105" "10106" "10107" "10108" "10109" "1011" "10110" "10111" "10112" "10113" "10114" "10115"
+    "10116" "10117" "10118" "10119" "1012" "10120" "10121" "10122" "10123" "10124" "10125" "10126"
+    "10127" "10128" "10129" "1013" "10130" "10131" "10132" "10133" "10134" "10135" "10136" "10137"
+    "10138" "10139" "1014" "10140" "10141" "10142" "10143" "10144" "10145" "10146" "10147" "10148"
+    "10149" "1015" "1016" "1017" "1018" "1019" "1020" "1021" "1022" "1023" "1024" "1025" "1026"
+    "1027" "1028" "1029" "1030" "1031" "1032" "1033" "1034" "1035" "1036" "1037" "1038" "1039"
+    "1040" "1041" "1042" "1043" "1044" "1045" "1046" "1047" "1048" "1049" "1050" "1051" "1052"
+    "1053" "1054" "1055" "1056" "1057" "1058" "1060" "1061" "1062" "1063" "1064" "1065" "1066"
+    "1067" "1068" "1069" "1070" "1071" "1072" "1073" "1074" "1075" "1076" "1077" "1078" "1079"
+    "1080" "1081" "1082" "1083" "1084" "1085" "1086" "1087" "1088" "1089" "1090" "1091" "1092"
+    "1093" "1094" "1095" "1096" "1097" "1098" "1099" "1100" "11001" "11002" "11003" "11004" "11005"
+    "11006" "11007" "11008" "11009" "1101" "11010" "11011" "11012" "11013" "11014" "11015" "11016"
+    "11017" "11018" "11019" "11020" "11021" "11022" "11023" "11024" "11025" "11026" "11027" "11028"
+    "11029" "1103" "11030" "11031" "11032" "11033" "11034" "11035" "11036" "11037" "11038" "11039"
+    "1104" "11040" "11042" "11043" "11044" "11045" "11046" "11047" "11049" "1105" "11050" "11051"
+    "11052" "11053" "11054" "11055" "11056" "11057" "11058" "11059" "1106" "11060" "11061" "11062"
+    "11063" "11064" "11065" "11066" "11067" "11068" "11069" "1107" "11070" "11071" "11072" "11073"
+    "11074" "11075" "11076" "11077" "11078" "11079" "1108" "11080" "11081" "11082" "11083" "11084"
+    "11085" "11086" "11087" "11088" "11089" "1109" "11090" "11091" "11092" "11093" "11094" "11095"
+    "11096" "11097" "11098" "11099" "1110" "11100" "11101" "11102" "11103" "11104" "11105" "11106"
+    "11107" "11108" "11109" "1111" "11110" "11111" "11112" "11113" "11114" "11115" "11116" "11117"
+    "11118" "11119" "1112" "11120" "11121" "11122" "11123" "11124" "11125" "11126" "11127" "11128"
+    "11129" "1113" "11130" "11131" "11132" "11133" "11134" "11135" "11136" "11137" "11138" "11139"
+    "1114" "11140" "11141" "11142" "11143" "11144" "11145" "11146" "11147" "11148" "11149" "1115"
+    "11150" "11151" "11152" "11153" "11154" "11155" "11156" "11157" "11158" "11159" "1116" "11160"
+    "11161" "11162" "11163" "11164" "11165" "11166" "11167" "11168" "11169" "1117" "11170" "11171"
+    "11172" "11173" "11174" "11175" "11176" "11177" "11178" "11179" "1118" "11180" "11181" "11182"
+    "11183" "11184" "11185" "11186" "11187" "11188" "11189" "1119" "11190" "11191" "11192" "11193"
+    "11194" "11195" "11196" "11197" "11198" "11199" "1120" "11200" "11201" "11202" "11203" "11204"
+    "11205" "11206" "11207" "11208" "11209" "1121" "11210" "11211" "11212" "11213" "11214" "11215"
+    "11216" "11217" "11218" "11219" "1122" "11220" "11221" "11222" "11223" "11224" "11225" "11226"
+    "11227" "11228" "11229" "1123" "11231" "11232" "11233" "11234" "11236" "1124" "11243" "11244"
+    "11245" "11246" "11247" "1125" "11255" "11259" "1126" "11260" "11261" "11262" "11263" "11264"
+    "11265" "11266" "1127" "11273" "11274" "11275" "11276" "11277" "11278" "11279" "1128" "11280"
+    "11281" "11282" "11283" "11284" "11285" "11286" "11287" "11288" "11289" "1129" "11290" "11291"
+    "11292" "11293" "11294" "11295" "11296" "11297" "11298" "11299" "1130" "11300" "11301" "11302"
+    "11303" "11304" "11305" "11306" "11307" "11308" "11309" "1131" "11310" "11311" "11312" "11317"
+    "11319" "1132" "11320" "11327" "11329" "1133" "11330" "11331" "11332" "11333" "11334" "11335"
+    "11336" "11337" "11338" "11339" "1134" "11340" "11341" "11342" "11343" "1135" "1136" "1137"
+    "1138" "1139" "1140" "1141" "1142" "1143" "1144" "1145" "1146" "1147" "1148" "1149" "1150"
+    "1151" "1152" "1153" "1154" "1155" "1156" "1157" "1158" "1159" "1160" "1161" "1162" "1163"
+    "1165" "1166" "1167" "1168" "1169" "1171" "1172" "1173" "1174" "1175" "1176" "1177" "1178"
+    "1179" "1180" "1181" "1182" "1183" "1184" "1185" "1186" "1187" "1188" "1189" "1190" "1191"
+    "1192" "1193" "1194" "1195" "1196" "1197" "1198" "1199" "12" "1200" "12001" "12002" "12003"
+    "12004" "12005" "12006" "12007" "12008" "1201" "12010" "12011" "12012" "12013" "12014" "12015"
+    "12016" "12017" "12018" "12019" "1202" "12020" "12021" "12022" "1203" "1204" "1205" "1206"
+    "1207" "1208" "1209" "1210" "1211" "1220" "12201" "12202" "12203" "12204" "12205" "12206"
+    "12207" "12208" "12209" "1221" "12210" "12211" "12212" "12213" "12214" "12215" "12216" "12217"
+    "12218" "12219" "1222" "1223" "1224" "1225" "1226" "1227" "1228" "1229" "1230" "1231" "1232"
+    "1233" "1234" "1235" "1236" "1237" "1238" "1239" "1240" "1241" "1242" "1243" "1244" "1245"
+    "1246" "1247" "1248" "1249" "1250" "1251" "1252" "1253" "1254" "1255" "1256" "1257" "1258"
+    "1259" "1260" "1261" "1262" "1263" "1264" "1265" "1266" "1267" "1268" "1269" "1270" "1271"
+    "1272" "1273" "1274" "1275" "1276" "1277" "1278" "1279" "1280" "1281" "1282" "1283" "1284"
+    "1285" "1286" "1287" "1288" "1289" "1290" "1291" "1293" "1294" "1295" "1296" "1297" "1298"
+    "1299" "13" "1300" "13001" "13002" "13003" "13004" "13005" "13006" "13007" "13008" "13009"
+    "1301" "13010" "13011" "13012" "13013" "13014" "13015" "13017" "13018" "13019" "1302" "13020"
+    "13021" "13023" "13024" "13025" "13026" "13027" "13028" "13029" "1303" "13030" "1304" "1305"
+    "1306" "1307" "1309" "1310" "1311" "1314" "1315" "1316" "1318" "1320" "1321" "1323" "1324"
+    "1325" "1337" "1401" "1402" "1404" "1405" "1406" "1410" "1412" "1413" "1415" "1416" "1417"
+    "1420" "1421" "1438" "1439" "1440" "1441" "1443" "1444" "1446" "1448" "1450" "1454" "1455"
+    "1456" "1459" "1460" "1461" "1462" "1463" "1464" "1465" "1466" "1467" "1468" "1469" "1470"
+    "1471" "1472" "1473" "1474" "1475" "1476" "1477" "1478" "1479" "1480" "1481" "1482" "1483"
+    "1484" "1485" "1486" "1487" "1488" "1489" "1490" "1491" "1492" "1493" "1494" "1495" "1496"
+    "1497" "1498" "1499" "15" "1500" "15000" "15001" "15002" "15003" "15004" "15005" "15006" "15007"
+    "15008" "15009" "1501" "15010" "15011" "15012" "15013" "15014" "15015" "15016" "15017" "15018"
+    "15019" "1502" "15020" "15021" "15022" "15023" "15024" "15025" "15026" "15027" "15028" "15029"
+    "1503" "15030" "15031" "15032" "15033" "15034" "15035" "15036" "15037" "15038" "15039" "1504"
+    "15040" "15041" "15042" "15043" "15044" "15045" "15046" "15047" "15048" "15049" "1505" "15050"
+    "15051" "15052" "15053" "15054" "15055" "15056" "15057" "15058" "15059" "1506" "15060" "15061"
+    "15062" "15063" "15064" "15065" "15066" "15067" "15068" "15069" "1507" "15070" "15071" "15072"
+    "15073" "15074" "15075" "15076" "15077" "15078" "15079" "1508" "15080" "15081" "15082" "15083"
+    "15084" "15085" "15086" "15087" "15088" "15089" "1509" "15090" "15091" "15092" "15093" "15094"
+    "15095" "15096" "15097" "15098" "15099" "1510" "15100" "15101" "15102" "15103" "15104" "15105"
+    "15106" "15107" "15108" "15109" "1511" "15110" "15111" "15112" "15113" "15114" "15115" "15116"
+    "15117" "15118" "15119" "1512" "15120" "15121" "15122" "15123" "15124" "15125" "15126" "15127"
+    "15128" "15129" "1513" "15130" "15131" "15132" "15133" "15134" "15135" "15136" "15137" "15138"
+    "15139" "1514" "15140" "15141" "15142" "15143" "15144" "15145" "15146" "15147" "15148" "15149"
+    "1515" "15150" "15151" "15152" "15153" "15154" "15155" "15156" "15157" "15158" "15159" "1516"
+    "15160" "15161" "15162" "15163" "15164" "15165" "15166" "15167" "15168" "15169" "1517" "15170"
+    "15171" "15172" "15173" "15174" "15175" "15176" "15177" "15178" "15179" "1518" "15180" "15181"
+    "15182" "15183" "15184" "15185" "15186" "15187" "15188" "15189" "1519" "15190" "15191" "15192"
+    "15193" "15194" "15195" "15196" "15197" "15198" "15199" "1520" "15200" "15201" "15202" "15203"
+    "15204" "15205" "15206" "15207" "15208" "15209" "1521" "15210" "15211" "15212" "15213" "15214"
+    "15215" "15216" "15217" "15218" "15219" "1522" "15220" "15221" "15222" "15223" "15224" "15225"
+    "15226" "15227" "15228" "15229" "1523" "15230" "15231" "15232" "15233" "15234" "15235" "15236"
+    "15237" "15238" "15239" "1524" "15240" "15241" "15242" "15243" "15244" "15245" "15246" "15247"
+    "15248" "15249" "1525" "15250" "15251" "15252" "15253" "15254" "15255" "15256" "15257" "15258"
+    "15259" "1526" "15260" "15261" "15262" "15263" "15264" "15265" "15266" "15267" "15268" "15269"
+    "1527" "15270" "15271" "15272" "15273" "15274" "15275" "15276" "15277" "15278" "15279" "1528"
+    "15280" "15281" "15282" "15283" "15284" "15285" "15286" "15287" "15288" "15289" "1529" "15290"
+    "15291" "15292" "15293" "15294" "15295" "15296" "15297" "15298" "15299" "1530" "15300" "15301"
+    "15302" "15303" "15304" "15305" "15306" "15307" "15308" "15309" "1531" "15310" "15311" "15312"
+    "1532" "1533" "1534" "1535" "1536" "1537" "1538" "1539" "1540" "1541" "1542" "1543" "1544"
+    "1545" "1546" "1547" "1548" "1549" "1550" "1551" "1552" "1553" "1554" "1555" "1556" "1557"
+    "1558" "1559" "1560" "1561" "1562" "1563" "1564" "1565" "16" "16001" "16003" "16005" "16006"
+    "16007" "16008" "16009" "16010" "16014" "16015" "16017" "16019" "1602" "16021" "16025" "16026"
+    "1603" "1604" "1605" "1606" "1607" "1608" "1609" "1610" "1611" "1612" "1613" "1614" "1615"
+    "1616" "1617" "1618" "1619" "1620" "1621" "1622" "1623" "1624" "1625" "1626" "1627" "1628"
+    "1629" "1630" "1631" "1632" "1633" "1634" "1635" "1636" "1637" "1638" "1639" "1640" "1641"
+    "1642" "1643" "1644" "1645" "1646" "1647" "1648" "1649" "1650" "1651" "1652" "1653" "1654"
+    "1655" "1656" "1657" "1658" "1659" "1660" "1661" "1662" "1663" "1664" "1665" "1666" "1671"
+    "1672" "1673" "1674" "1675" "1676" "1677" "1678" "1679" "1680" "1681" "1682" "1683" "1684"
+    "1685" "1686" "1687" "1688" "1689" "1690" "1691" "1692" "1693" "1694" "1695" "1696" "1697"
+    "1698" "1699" "17" "1700" "1701" "1702" "1703" "1704" "1705" "1706" "1707" "1708" "1709" "1710"
+    "1711" "1712" "1713" "1714" "1715" "1716" "1717" "1718" "1719" "1720" "1721" "1723" "1724"
+    "1725" "1726" "1727" "1728" "1729" "1730" "1731" "1732" "1733" "1734" "1735" "1736" "1737"
+    "1738" "1739" "1740" "1741" "1742" "1743" "1744" "1745" "1746" "1747" "1748" "1749" "1750"
+    "1751" "1752" "1753" "1754" "1755" "1756" "1757" "1758" "1759" "1760" "1761" "1762" "1763"
+    "1764" "1765" "1766" "1767" "1768" "1769" "1770" "1771" "1772" "1773" "1774" "1775" "1776"
+    "1777" "1778" "1779" "1780" "1781" "1782" "1783" "1784" "1785" "1786" "1787" "1788" "1789"
+    "1790" "1791" "1792" "1793" "1794" "1795" "1796" "1797" "1798" "1799" "18" "1800" "1801" "1802"
+    "1803" "1804" "1805" "1806" "1807" "1808" "1809" "1810" "1811" "1812" "1813" "1814" "1815"
+    "1816" "1817" "1818" "1819" "1820" "1821" "1822" "1823" "1824" "1825" "1826" "1828" "1829"
+    "1830" "1831" "1832" "1833" "1834" "1835" "1836" "1837" "1838" "1839" "1840" "1841" "1842"
+    "1843" "1844" "1845" "1846" "1847" "1848" "1849" "1850" "1851" "1852" "1853" "1854" "1855"
+    "1856" "1857" "1858" "1859" "1860" "1861" "1862" "1863" "1864" "1865" "1866" "1867" "1868"
+    "1869" "1870" "1871" "1872" "1873" "1874" "1875" "1876" "1877" "1878" "1879" "1880" "1881"
+    "1882" "1883" "1884" "1885" "1886" "1887" "1888" "1889" "1890" "1891" "1892" "1893" "1894"
+    "1895" "1896" "1897" "1898" "1899" "19" "1900" "1901" "1902" "1903" "1904" "1905" "1906" "1907"
+    "1908" "1909" "1910" "1911" "1912" "1913" "1914" "1915" "1916" "1917" "1918" "1919" "1920"
+    "1921" "1922" "1923" "1924" "1925" "1926" "1928" "1929" "1930" "1931" "1932" "1933" "1934"
+    "1935" "1936" "1938" "1939" "1940" "1941" "1942" "1943" "1944" "1945" "1946" "1947" "1948"
+    "1949" "1950" "1951" "1952" "1953" "1954" "1955" "1956" "1957" "1958" "1959" "1960" "1961"
+    "1962" "1963" "1964" "1965" "1966" "1967" "1968" "1969" "1970" "1971" "1972" "1973" "1974"
+    "1975" "1976" "1977" "1978" "1979" "1980" "1981" "1982" "1983" "1984" "1985" "1986" "1987"
+    "1988" "1989" "1990" "1991" "1992" "1993" "1994" "1995" "1996" "1997" "1998" "1999" "20" "2000"
+    "2001" "2002" "2003" "2004" "2005" "2006" "2007" "2008" "2009" "2010" "2011" "2012" "2013"
+    "2014" "2015" "2016" "2017" "2018" "2019" "2020" "2021" "2022" "2023" "2024" "2025" "2026"
+    "2027" "2028" "2029" "2030" "2031" "2032" "22" "24" "25" "26" "27" "28" "29" "3" "30" "31" "32"
+    "33" "34" "35" "36" "37" "38" "39" "4" "40" "4000" "40000000" "40000001" "40000002" "40000003"
+    "40000004" "40000005" "40000006" "40000007" "40000008" "40000009" "40000010" "40000011"
+    "40000012" "40000013" "40000014" "40000015" "40000016" "40000017" "40000019" "40000020"
+    "40000021" "40000022" "40000023" "40000024" "40000025" "40000026" "40000027" "40000028"
+    "40000029" "40000030" "40000031" "40000032" "40000033" "40000034" "40000035" "40000036"
+    "40000037" "40000038" "40000039" "40000040" "40000041" "40000042" "40000043" "40000044"
+    "40000045" "40000046" "40000047" "40000048" "40000049" "40000050" "40000051" "40000053"
+    "40000054" "40000055" "40000056" "40000057" "40000058" "40000061" "40000063" "40000064"
+    "40000065" "40000066" "40000068" "40000069" "40000070" "40000071" "40000072" "40000073"
+    "40000074" "40000075" "40000076" "40000077" "40000078" "40000079" "40000080" "40000081"
+    "40000082" "40000083" "40000084" "40000085" "40000086" "40000087" "40000088" "40000089"
+    "40000090" "40000091" "40000092" "40000093" "40000094" "40000095" "40000096" "40000097"
+    "40000098" "40000099" "40000100" "40000101" "40000103" "40000104" "40000105" "40000106"
+    "40000107" "40000108" "40000109" "40000110" "40000111" "40000112" "40000113" "40000114"
+    "40000115" "40000116" "40000117" "40000118" "40000119" "40000120" "40000121" "40000122"
+    "40000123" "40000124" "40000125" "40000126" "40000127" "40000128" "40000129" "40000130"
+    "40000131" "40000132" "40000133" "40000134" "40000135" "40000136" "40000137" "40000138"
+    "40000139" "40000140" "40000141" "40000142" "40000143" "40000144" "40000145" "40000146"
+    "40000147" "40000148" "40000149" "40000150" "40000151" "40000152" "40000153" "40000154"
+    "40000155" "40000156" "40000157" "40000158" "40000159" "40000160" "40000161" "40000162"
+    "40000163" "40000164" "40000165" "40000166" "40000167" "40000168" "40000169" "40000170"
+    "40000171" "40000172" "40000173" "40000174" "40000175" "40000176" "40000177" "40000178"
+    "40000179" "40000180" "40000181" "4001" "4002" "4003" "4004" "4005" "4006" "4007" "4008" "4009"
+    "4010" "4011" "4401" "4402" "4403" "4404" "4405" "4406" "4407" "4408" "4409" "4410" "4411"
+    "4412" "4413" "4414" "4415" "4416" "4417" "4418" "4419" "4420" "4421" "4422" "4423" "4424"
+    "4425" "4426" "4427" "4428" "4429" "4430" "4431" "4432" "4433" "4434" "50" "500" "50000024"
+    "50000040" "50000041" "50000042" "50000043" "50000044" "50000045" "50000046" "50000047"
+    "50000048" "50000049" "50000050" "50000051" "50000052" "50000053" "50000054" "50000055"
+    "50000056" "50000057" "50000058" "50000059" "50000061" "50000063" "50000064" "50000066"
+    "50000068" "50000069" "50000070" "50000071" "50000072" "50000073" "50000074" "50000075"
+    "50000076" "50000077" "50000078" "50000079" "50000080" "50000081" "50000082" "50000083"
+    "50000084" "50000085" "50000086" "50000087" "50000088" "50000089" "50000090" "50000091"
+    "50000092" "50000093" "501" "502" "503" "504" "505" "506" "507" "508" "509" "51" "510" "52" "53"
+    "6000" "6001" "6002" "6003" "6004" "6005" "6006" "6007" "6008" "6009" "6010" "6011" "6012"
+    "6013" "6014" "6015" "6016" "6017" "6018" "6020" "6021" "6022" "6023" "6024" "6025" "6026"
+    "6027" "7" "7001" "7002" "7003" "7004" "7005" "7006" "7007" "7008" "7009" "7011" "7012" "7013"
+    "7014" "7015" "7016" "7017" "7018" "7019" "74" "75" "8" "8001" "8002" "8003" "8004" "8005"
+    "8006" "8007" "8008" "8009" "8010" "8011" "8012" "8013" "8014" "8015" "8016" "8017" "8018"
+    "8019" "8020" "8021" "8022" "8023" "8024" "8025" "8026" "8027" "8028" "8029" "8030" "8050"
+    "8051" "8052" "8053" "8054" "8055" "8056" "8057" "8058" "8059" "8060" "8061" "8062" "8063"
+    "8064" "8065" "8066" "8067" "8068" "8069" "8070" "8071" "8072" "8073" "8074" "8075" "8076"
+    "8077" "8078" "8079" "8080" "8081" "8082" "8083" "8084" "8085" "8086" "8087" "8088" "8089"
+    "8090" "8091" "8092" "8093" "8094" "8095" "8096" "8097" "8098" "8099" "8100" "8101" "8102"
+    "8103" "8104" "8105" "8106" "8107" "8108" "8109" "8110" "8111" "8112" "8113" "8114" "8115"
+    "8116" "8117" "8118" "8119" "8120" "8121" "8122" "8123" "8124" "8125" "8126" "8127" "8128"
+    "8129" "8130" "8131" "8132" "8133" "8134" "8135" "8136" "8137" "8138" "8139" "8140" "8141"
+    "8142" "8143" "8144" "8145" "8146" "8147" "8148" "8149" "8150" "8151" "8152" "8153" "8154"
+    "8155" "8156" "8157" "8158" "8159" "8160" "8161" "8162" "8163" "8164" "8165" "8166" "8167"
+    "8168" "8169" "8170" "8171" "8172" "8173" "8174" "8175" "8176" "8177" "8178" "8179" "8180"
+    "8181" "8182" "8183" "8184" "8185" "8186" "8187" "8188" "8189" "8190" "8191" "8192" "8193"
+    "8194" "8195" "8196" "8197" "8198" "8199" "8201" "8202" "8203" "8204" "8205" "8206" "8207"
+    "8208" "8209" "8210" "8211" "8212" "8213" "8214" "8215" "8216" "8217" "8218" "8219" "8220"
+    "8221" "8222" "8223" "8224" "8225" "8226" "8227" "8228" "8229" "8230" "8231" "8232" "8233"
+    "8234" "8235" "8236" "8237" "8238" "8239" "8240" "8241" "8242" "8243" "8244" "8245" "8246"
+    "8247" "8248" "8249" "8250" "8251" "8252" "8253" "8254" "8255" "8256" "8257" "8258" "8259"
+    "8260" "8261" "8262" "8263" "8264" "8265" "8266" "8267" "8268" "8269" "8270" "8271" "8272"
+    "8273" "8274" "8275" "8276" "8277" "8278" "8279" "8280" "8281" "8282" "8283" "8284" "8285"
+    "8286" "8287" "8288" "8289" "8290" "8291" "8292" "8293" "8294" "8295" "8296" "8297" "8298"
+    "8299" "8300" "8301" "8302" "8303" "8304" "8305" "8306" "8307" "8308" "8309" "8310" "8311"
+    "8312" "8313" "8314" "8315" "8316" "8317" "8318" "8319" "8320" "8321" "8322" "8323" "8324"
+    "8325" "8326" "8327" "8328" "8329" "8330" "8331" "8332" "8333" "8334" "8335" "8336" "8337"
+    "8338" "8339" "8340" "8341" "8342" "8343" "8345" "8346" "8347" "8348" "8349" "8350" "8351"
+    "8352" "8353" "8354" "8355" "8356" "8357" "8358" "8359" "8360" "8361" "8362" "8363" "8364"
+    "8365" "8366" "8367" "8368" "8369" "8370" "8371" "8372" "8373" "8374" "8375" "8376" "8377"
+    "8378" "8379" "8380" "8381" "8382" "8383" "8384" "8385" "8386" "8387" "8388" "8389" "8390"
+    "8391" "8392" "8393" "8394" "8395" "8396" "8397" "8398" "8399" "8400" "8401" "8402" "8403"
+    "8404" "8405" "8406" "8407" "8408" "8409" "8410" "8411" "8412" "8413" "8414" "8415" "8416"
+    "8417" "8418" "8419" "8420" "8421" "8422" "8423" "8424" "8425" "8426" "8427" "8428" "8429"
+    "8430" "8431" "8432" "8433" "8434" "8435" "8436" "8437" "8438" "8439" "8440" "8441" "8442"
+    "8443" "8444" "8445" "8446" "8447" "8448" "8449" "9002" "9003" "9004" "9007" "9008" "9009"
+    "9010" "9012" "9015" "9018" "9019" "9020" "9024" "9025" "9026" "9027" "9028" "9029" "9030"
+    "9031" "9032" "9033" "9034" "9035" " KD " "AR.D" "FFMP" "GIC " "KMPI" "NIKO" "SMI " "ZORA"
+    "appl" "fe20" "kdak" "leic" "mino" "niko" "olym" "pana" "pent" "pr01" "sany" "100" "101" "102"
+    "103" "104" "105" "106" "107" "108" "109" "110" "111" "112" "113" "114" "115" "116" "117" "118"
+    "119" "120" "121" "122" "123" "124" "125" "126" "127" "128" "129" "130" "131" "132" "133" "134"
+    "135" "136" "137" "138" "139" "140" "141" "142" "143" "144" "145" "146" "147" "148" "149" "150"
+    "151" "152" "153" "154" "155" "156" "157" "158" "159" "160" "161" "162" "163" "164" "165" "166"
+    "167" "168" "169" "170" "171" "172" "173" "174" "175" "176" "177" "178" "179" "180" "181" "182"
+    "183" "65535" "64" "256" "512" "2048" "4096" "16384" "32768" "65536" "131072" "41" "42" "43"
+    "44" "45" "200" "201" "202" "203" "204" "205" "206" "207" "301" "302" "304" "305" "400" "65537"
+    "65538" "65539" "65540" "65541" "65542" "65543" "65544" "65545" "65546" "65547" "65548" "65549"
+    "65550" "65551" "131071" "4294967295" "268435456" "536870912" "1073741824" "3g2a" "3g2b" "3g2c"
+    "3ge6" "3ge7" "3gg6" "3gp1" "3gp2" "3gp3" "3gp4" "3gp5" "3gp6" "3gs7" "CAEP" "CDes" "F4A "
+    "F4B " "F4P " "F4V " "JP2 " "JP20" "KDDI" "M4A " "M4B " "M4P " "M4V " "M4VH" "M4VP" "MPPI"
+    "MSNV" "NDAS" "NDSC" "NDSH" "NDSM" "NDSP" "NDSS" "NDXC" "NDXH" "NDXM" "NDXP" "NDXS" "ROSS"
+    "XAVC" "aax " "avc1" "avif" "caqv" "crx " "da0a" "da0b" "da1a" "da1b" "da2a" "da2b" "da3a"
+    "da3b" "dmb1" "dmpf" "drc1" "dv1a" "dv1b" "dv2a" "dv2b" "dv3a" "dv3b" "dvr1" "dvt1" "heic"
+    "heix" "hevc" "isc2" "iso2" "iso3" "iso4" "iso5" "iso6" "iso7" "iso8" "iso9" "isom" "jpm "
+    "jpx " "mif1" "mj2s" "mjp2" "mmp4" "mp21" "mp41" "mp42" "mp71" "mqt " "msf1" "odcf" "opf2"
+    "opx2" "qt  " "sdv " "ssc1" "ssc2" "49" "257" "258" "272" "1048576" "2097152" "4194304"
+    "8388608" "16777216" "33554432" "67108864" "134217728" "2147483648" "dhlr" "mhlr" "alis" "camm"
+    "crsm" "data" "hint" "ipsm" "m7sm" "mdir" "mdta" "meta" "mjsm" "nrtm" "ocsm" "odsm" "pict"
+    "priv" "psmd" "sbtl" "sdsm" "soun" "subp" "text" "tmcd" "url " "vide" "143441" "143442" "143443"
+    "143444" "143445" "143446" "143447" "143448" "143449" "143450" "143451" "143452" "143453"
+    "143454" "143455" "143456" "143457" "143458" "143459" "143460" "143461" "143462" "143463"
+    "143464" "143465" "143466" "143467" "143468" "143469" "143470" "143471" "143472" "143473"
+    "143474" "143475" "143476" "143477" "143478" "143479" "143480" "143481" "143482" "143483"
+    "143484" "143485" "143486" "143487" "143489" "143491" "143492" "143493" "143494" "143495"
+    "143496" "143497" "143498" "143499" "143501" "143502" "143503" "143504" "143505" "143506"
+    "143507" "143508" "143509" "143510" "143511" "143512" "143513" "143514" "143515" "143516"
+    "143517" "143518" "143519" "143520" "143521" "143523" "143524" "143525" "143526" "143528"
+    "143529" "143530" "143531" "143532" "143533" "143534" "143535" "143536" "143537" "143538"
+    "143539" "143540" "143541" "143542" "143543" "143544" "143545" "143546" "143547" "143548"
+    "143549" "143550" "143551" "143552" "143553" "143554" "143555" "143556" "143557" "143558"
+    "143559" "143560" "143561" "143562" "143563" "143564" "143565" "143566" "143568" "143571"
+    "143572" "143573" "143575" "143576" "143577" "143578" "143579" "143580" "143581" "143582"
+    "143583" "143584" "143585" "143586" "143587" "143588" "143589" "143590" "143591" "143592"
+    "143593" "143594" "143595" "143597" "143598" "143599" "143600" "143601" "143602" "143603"
+    "143604" "143605" "K" "M" "N" "T" "QuickTime:ARDroneFile" "AR Drone File"
+    "QuickTime:ARDroneTelemetry" "AR Drone Telemetry" "QuickTime:AV1ConfigurationVersion"
+    "AV1 Configuration Version" "QuickTime:AVCConfiguration" "AVC Configuration"
+    "QuickTime:Abstract" "QuickTime:AccelMode" "Accel Mode" "QuickTime:AccelYPR" "Accel YPR"
+    "QuickTime:Acceleration" "QuickTime:Accelerometer" "QuickTime:AccelerometerData"
+    "Accelerometer Data" "QuickTime:AccountName" "Account Name" "QuickTime:AcquisitionTime"
+    "Acquisition Time" "QuickTime:AcquisitionTimeDay" "Acquisition Time Day"
+    "QuickTime:AcquisitionTimeMonth" "Acquisition Time Month" "QuickTime:AcquisitionTimeYear"
+    "Acquisition Time Year" "QuickTime:AcquisitionTimeYearMonth" "Acquisition Time Year Month"
+    "QuickTime:AcquisitionTimeYearMonthDay" "Acquisition Time Year Month Day" "QuickTime:Album"
+    "QuickTime:AlbumArtist" "Album Artist" "QuickTime:AlbumArtistSortOrder"
+    "Album Artist Sort Order" "QuickTime:AlbumID" "Album ID" "QuickTime:AlbumIDAlbumArtist"
+    "Album ID Album Artist" "QuickTime:AlbumTitle" "Album Title" "QuickTime:AlbumTitleSortOrder"
+    "Album Title Sort Order" "QuickTime:AlternateSourceURL" "Alternate Source URL"
+    "QuickTime:AmbisonicChannelMap" "Ambisonic Channel Map" "QuickTime:AmbisonicChannelOrdering"
+    "Ambisonic Channel Ordering" "QuickTime:AmbisonicChannelOrdering:0" "ACN"
+    "QuickTime:AmbisonicChannels" "Ambisonic Channels" "QuickTime:AmbisonicNormalization"
+    "Ambisonic Normalization" "QuickTime:AmbisonicNormalization:0" "SN3D" "QuickTime:AmbisonicOrder"
+    "Ambisonic Order" "QuickTime:AmbisonicType" "Ambisonic Type" "QuickTime:AmbisonicType:0"
+    "Periphonic" "QuickTime:AndroidVersion" "Android Version" "QuickTime:AngleAxis" "Angle Axis"
+    "QuickTime:AngularVelocity" "Angular Velocity" "QuickTime:Anniversary" "QuickTime:ApertureMode"
+    "Aperture Mode" "QuickTime:ApplePhotosVariationIdentifier" "Apple Photos Variation Identifier"
+    "QuickTime:AppleStoreAccount" "Apple Store Account" "QuickTime:AppleStoreAccountType"
+    "Apple Store Account Type" "QuickTime:AppleStoreAccountType:0" "iTunes"
+    "QuickTime:AppleStoreAccountType:1" "AOL" "QuickTime:AppleStoreCatalogID"
+    "Apple Store Catalog ID" "QuickTime:AppleStoreCountry" "Apple Store Country"
+    "QuickTime:AppleStoreCountry:143441" "United States" "QuickTime:AppleStoreCountry:143442"
+    "France" "QuickTime:AppleStoreCountry:143443" "Germany" "QuickTime:AppleStoreCountry:143444"
+    "United Kingdom" "QuickTime:AppleStoreCountry:143445" "Austria"
+    "QuickTime:AppleStoreCountry:143446" "Belgium" "QuickTime:AppleStoreCountry:143447" "Finland"
+    "QuickTime:AppleStoreCountry:143448" "Greece" "QuickTime:AppleStoreCountry:143449" "Ireland"
+    "QuickTime:AppleStoreCountry:143450" "Italy" "QuickTime:AppleStoreCountry:143451" "Luxembourg"
+    "QuickTime:AppleStoreCountry:143452" "Netherlands" "QuickTime:AppleStoreCountry:143453"
+    "Portugal" "QuickTime:AppleStoreCountry:143454" "Spain" "QuickTime:AppleStoreCountry:143455"
+    "Canada" "QuickTime:AppleStoreCountry:143456" "Sweden" "QuickTime:AppleStoreCountry:143457"
+    "Norway" "QuickTime:AppleStoreCountry:143458" "Denmark" "QuickTime:AppleStoreCountry:143459"
+    "Switzerland" "QuickTime:AppleStoreCountry:143460" "Australia"
+    "QuickTime:AppleStoreCountry:143461" "New Zealand" "QuickTime:AppleStoreCountry:143462" "Japan"
+    "QuickTime:AppleStoreCountry:143463" "Hong Kong" "QuickTime:AppleStoreCountry:143464"
+    "Singapore" "QuickTime:AppleStoreCountry:143465" "China" "QuickTime:AppleStoreCountry:143466"
+    "Republic of Korea" "QuickTime:AppleStoreCountry:143467" "India"
+    "QuickTime:AppleStoreCountry:143468" "Mexico" "QuickTime:AppleStoreCountry:143469" "Russia"
+    "QuickTime:AppleStoreCountry:143470" "Taiwan" "QuickTime:AppleStoreCountry:143471" "Vietnam"
+    "QuickTime:AppleStoreCountry:143472" "South Africa" "QuickTime:AppleStoreCountry:143473"
+    "Malaysia" "QuickTime:AppleStoreCountry:143474" "Philippines"
+    "QuickTime:AppleStoreCountry:143475" "Thailand" "QuickTime:AppleStoreCountry:143476" "Indonesia"
+    "QuickTime:AppleStoreCountry:143477" "Pakistan" "QuickTime:AppleStoreCountry:143478" "Poland"
+    "QuickTime:AppleStoreCountry:143479" "Saudi Arabia" "QuickTime:AppleStoreCountry:143480"
+    "Turkey" "QuickTime:AppleStoreCountry:143481" "United Arab Emirates"
+    "QuickTime:AppleStoreCountry:143482" "Hungary" "QuickTime:AppleStoreCountry:143483" "Chile"
+    "QuickTime:AppleStoreCountry:143484" "Nepal" "QuickTime:AppleStoreCountry:143485" "Panama"
+    "QuickTime:AppleStoreCountry:143486" "Sri Lanka" "QuickTime:AppleStoreCountry:143487" "Romania"
+    "QuickTime:AppleStoreCountry:143489" "Czech Republic" "QuickTime:AppleStoreCountry:143491"
+    "Israel" "QuickTime:AppleStoreCountry:143492" "Ukraine" "QuickTime:AppleStoreCountry:143493"
+    "Kuwait" "QuickTime:AppleStoreCountry:143494" "Croatia" "QuickTime:AppleStoreCountry:143495"
+    "Costa Rica" "QuickTime:AppleStoreCountry:143496" "Slovakia"
+    "QuickTime:AppleStoreCountry:143497" "Lebanon" "QuickTime:AppleStoreCountry:143498" "Qatar"
+    "QuickTime:AppleStoreCountry:143499" "Slovenia" "QuickTime:AppleStoreCountry:143501" "Colombia"
+    "QuickTime:AppleStoreCountry:143502" "Venezuela" "QuickTime:AppleStoreCountry:143503" "Brazil"
+    "QuickTime:AppleStoreCountry:143504" "Guatemala" "QuickTime:AppleStoreCountry:143505"
+    "Argentina" "QuickTime:AppleStoreCountry:143506" "El Salvador"
+    "QuickTime:AppleStoreCountry:143507" "Peru" "QuickTime:AppleStoreCountry:143508"
+    "Dominican Republic" "QuickTime:AppleStoreCountry:143509" "Ecuador"
+    "QuickTime:AppleStoreCountry:143510" "Honduras" "QuickTime:AppleStoreCountry:143511" "Jamaica"
+    "QuickTime:AppleStoreCountry:143512" "Nicaragua" "QuickTime:AppleStoreCountry:143513" "Paraguay"
+    "QuickTime:AppleStoreCountry:143514" "Uruguay" "QuickTime:AppleStoreCountry:143515" "Macau"
+    "QuickTime:AppleStoreCountry:143516" "Egypt" "QuickTime:AppleStoreCountry:143517" "Kazakhstan"
+    "QuickTime:AppleStoreCountry:143518" "Estonia" "QuickTime:AppleStoreCountry:143519" "Latvia"
+    "QuickTime:AppleStoreCountry:143520" "Lithuania" "QuickTime:AppleStoreCountry:143521" "Malta"
+    "QuickTime:AppleStoreCountry:143523" "Moldova" "QuickTime:AppleStoreCountry:143524" "Armenia"
+    "QuickTime:AppleStoreCountry:143525" "Botswana" "QuickTime:AppleStoreCountry:143526" "Bulgaria"
+    "QuickTime:AppleStoreCountry:143528" "Jordan" "QuickTime:AppleStoreCountry:143529" "Kenya"
+    "QuickTime:AppleStoreCountry:143530" "Macedonia" "QuickTime:AppleStoreCountry:143531"
+    "Madagascar" "QuickTime:AppleStoreCountry:143532" "Mali" "QuickTime:AppleStoreCountry:143533"
+    "Mauritius" "QuickTime:AppleStoreCountry:143534" "Niger" "QuickTime:AppleStoreCountry:143535"
+    "Senegal" "QuickTime:AppleStoreCountry:143536" "Tunisia" "QuickTime:AppleStoreCountry:143537"
+    "Uganda" "QuickTime:AppleStoreCountry:143538" "Anguilla" "QuickTime:AppleStoreCountry:143539"
+    "Bahamas" "QuickTime:AppleStoreCountry:143540" "Antigua and Barbuda"
+    "QuickTime:AppleStoreCountry:143541" "Barbados" "QuickTime:AppleStoreCountry:143542" "Bermuda"
+    "QuickTime:AppleStoreCountry:143543" "British Virgin Islands"
+    "QuickTime:AppleStoreCountry:143544" "Cayman Islands" "QuickTime:AppleStoreCountry:143545"
+    "Dominica" "QuickTime:AppleStoreCountry:143546" "Grenada" "QuickTime:AppleStoreCountry:143547"
+    "Montserrat" "QuickTime:AppleStoreCountry:143548" "St. Kitts and Nevis"
+    "QuickTime:AppleStoreCountry:143549" "St. Lucia" "QuickTime:AppleStoreCountry:143550"
+    "St. Vincent and The Grenadines" "QuickTime:AppleStoreCountry:143551" "Trinidad and Tobago"
+    "QuickTime:AppleStoreCountry:143552" "Turks and Caicos" "QuickTime:AppleStoreCountry:143553"
+    "Guyana" "QuickTime:AppleStoreCountry:143554" "Suriname" "QuickTime:AppleStoreCountry:143555"
+    "Belize" "QuickTime:AppleStoreCountry:143556" "Bolivia" "QuickTime:AppleStoreCountry:143557"
+    "Cyprus" "QuickTime:AppleStoreCountry:143558" "Iceland" "QuickTime:AppleStoreCountry:143559"
+    "Bahrain" "QuickTime:AppleStoreCountry:143560" "Brunei Darussalam"
+    "QuickTime:AppleStoreCountry:143561" "Nigeria" "QuickTime:AppleStoreCountry:143562" "Oman"
+    "QuickTime:AppleStoreCountry:143563" "Algeria" "QuickTime:AppleStoreCountry:143564" "Angola"
+    "QuickTime:AppleStoreCountry:143565" "Belarus" "QuickTime:AppleStoreCountry:143566" "Uzbekistan"
+    "QuickTime:AppleStoreCountry:143568" "Azerbaijan" "QuickTime:AppleStoreCountry:143571" "Yemen"
+    "QuickTime:AppleStoreCountry:143572" "Tanzania" "QuickTime:AppleStoreCountry:143573" "Ghana"
+    "QuickTime:AppleStoreCountry:143575" "Albania" "QuickTime:AppleStoreCountry:143576" "Benin"
+    "QuickTime:AppleStoreCountry:143577" "Bhutan" "QuickTime:AppleStoreCountry:143578"
+    "Burkina Faso" "QuickTime:AppleStoreCountry:143579" "Cambodia"
+    "QuickTime:AppleStoreCountry:143580" "Cape Verde" "QuickTime:AppleStoreCountry:143581" "Chad"
+    "QuickTime:AppleStoreCountry:143582" "Republic of the Congo"
+    "QuickTime:AppleStoreCountry:143583" "Fiji" "QuickTime:AppleStoreCountry:143584" "Gambia"
+    "QuickTime:AppleStoreCountry:143585" "Guinea-Bissau" "QuickTime:AppleStoreCountry:143586"
+    "Kyrgyzstan" "QuickTime:AppleStoreCountry:143587" "Lao People's Democratic Republic"
+    "QuickTime:AppleStoreCountry:143588" "Liberia" "QuickTime:AppleStoreCountry:143589" "Malawi"
+    "QuickTime:AppleStoreCountry:143590" "Mauritania" "QuickTime:AppleStoreCountry:143591"
+    "Federated States of Micronesia" "QuickTime:AppleStoreCountry:143592" "Mongolia"
+    "QuickTime:AppleStoreCountry:143593" "Mozambique" "QuickTime:AppleStoreCountry:143594" "Namibia"
+    "QuickTime:AppleStoreCountry:143595" "Palau" "QuickTime:AppleStoreCountry:143597"
+    "Papua New Guinea" "QuickTime:AppleStoreCountry:143598" "Sao Tome and Principe"
+    "QuickTime:AppleStoreCountry:143599" "Seychelles" "QuickTime:AppleStoreCountry:143600"
+    "Sierra Leone" "QuickTime:AppleStoreCountry:143601" "Solomon Islands"
+    "QuickTime:AppleStoreCountry:143602" "Swaziland" "QuickTime:AppleStoreCountry:143603"
+    "Tajikistan" "QuickTime:AppleStoreCountry:143604" "Turkmenistan"
+    "QuickTime:AppleStoreCountry:143605" "Zimbabwe" "QuickTime:Arranger"
+    "QuickTime:ArrangerKeywords" "Arranger Keywords" "QuickTime:ArtDirector" "Art Director"
+    "QuickTime:Artist" "QuickTime:ArtistID" "Artist ID" "QuickTime:Artists" "QuickTime:Artwork"
+    "QuickTime:AssistantsName" "Assistants Name" "QuickTime:AssistantsPhone" "Assistants Phone"
+    "QuickTime:Attachments" "QuickTime:Attributes" "QuickTime:AudioAttributes" "Audio Attributes"
+    "QuickTime:AudioAttributes:1" "Encrypted" "QuickTime:AudioAttributes:2" "Variable bitrate"
+    "QuickTime:AudioAttributes:4" "Dual mono" "QuickTime:AudioAvailableBitRateRange"
+    "Audio Available Bit Rate Range" "QuickTime:AudioAvailableNumberChannels"
+    "Audio Available Number Channels" "QuickTime:AudioAvgBitrate" "Audio Avg Bitrate"
+    "QuickTime:AudioBitRateControlMode" "Audio Bit Rate Control Mode" "QuickTime:AudioBitrate"
+    "Audio Bitrate" "QuickTime:AudioBitsPerSample" "Audio Bits Per Sample"
+    "QuickTime:AudioChannelTypes" "Audio Channel Types" "QuickTime:AudioChannelTypes:1" "Left"
+    "QuickTime:AudioChannelTypes:1024" "RightSurroundDirect" "QuickTime:AudioChannelTypes:128"
+    "RightCenter" "QuickTime:AudioChannelTypes:131072" "TopBackRight"
+    "QuickTime:AudioChannelTypes:16" "LeftSurround" "QuickTime:AudioChannelTypes:16384"
+    "VerticalHeightRight" "QuickTime:AudioChannelTypes:2" "Right" "QuickTime:AudioChannelTypes:2048"
+    "TopCenterSurround" "QuickTime:AudioChannelTypes:256" "CenterSurround"
+    "QuickTime:AudioChannelTypes:32" "RightSurround" "QuickTime:AudioChannelTypes:32768"
+    "TopBackLeft" "QuickTime:AudioChannelTypes:4" "Center" "QuickTime:AudioChannelTypes:4096"
+    "VerticalHeightLeft" "QuickTime:AudioChannelTypes:512" "LeftSurroundDirect"
+    "QuickTime:AudioChannelTypes:64" "LeftCenter" "QuickTime:AudioChannelTypes:65536"
+    "TopBackCenter" "QuickTime:AudioChannelTypes:8" "LFEScreen" "QuickTime:AudioChannelTypes:8192"
+    "VerticalHeightCenter" "QuickTime:AudioChannels" "Audio Channels" "QuickTime:AudioCodec"
+    "Audio Codec" "QuickTime:AudioCodecInfo" "Audio Codec Info" "QuickTime:AudioCodecPrimeMethod"
+    "Audio Codec Prime Method" "QuickTime:AudioComponentVersion" "Audio Component Version"
+    "QuickTime:AudioCurrentTargetBitRate" "Audio Current Target Bit Rate"
+    "QuickTime:AudioDoesSampleRateConversion" "Audio Does Sample Rate Conversion"
+    "QuickTime:AudioEncodingParamsVersion" "Audio Encoding Params Version"
+    "QuickTime:AudioExtendFrequencies" "Audio Extend Frequencies" "QuickTime:AudioFormat"
+    "Audio Format" "QuickTime:AudioGain" "Audio Gain" "QuickTime:AudioHasVariablePacketByteSizes"
+    "Audio Has Variable Packet Byte Sizes" "QuickTime:AudioInputBufferSize"
+    "Audio Input Buffer Size" "QuickTime:AudioIsInitialized" "Audio Is Initialized"
+    "QuickTime:AudioMaxBitrate" "Audio Max Bitrate" "QuickTime:AudioMaximumPacketByteSize"
+    "Audio Maximum Packet Byte Size" "QuickTime:AudioMinimumDelayMode" "Audio Minimum Delay Mode"
+    "QuickTime:AudioMinimumNumberInputPackets" "Audio Minimum Number Input Packets"
+    "QuickTime:AudioMinimumNumberOutputPackets" "Audio Minimum Number Output Packets"
+    "QuickTime:AudioOutputPrecedence" "Audio Output Precedence" "QuickTime:AudioPacketFrameSize"
+    "Audio Packet Frame Size" "QuickTime:AudioProfileVersion" "Audio Profile Version"
+    "QuickTime:AudioQualitySetting" "Audio Quality Setting"
+    "QuickTime:AudioRequiresPacketDescription" "Audio Requires Packet Description"
+    "QuickTime:AudioSampleRate" "Audio Sample Rate" "QuickTime:AudioSampleSize" "Audio Sample Size"
+    "QuickTime:AudioTrackID" "Audio Track ID" "QuickTime:AudioUseRecommendedSampleRate"
+    "Audio Use Recommended Sample Rate" "QuickTime:AudioUsedInputBufferSize"
+    "Audio Used Input Buffer Size" "QuickTime:AudioVBRQuality" "Audio VBR Quality"
+    "QuickTime:AudioVendorID" "Audio Vendor ID" "QuickTime:AudioVendorID: KD " "Kodak"
+    "QuickTime:AudioVendorID:AR.D" "Parrot AR.Drone" "QuickTime:AudioVendorID:FFMP" "FFmpeg"
+    "QuickTime:AudioVendorID:GIC " "General Imaging Co." "QuickTime:AudioVendorID:KMPI"
+    "Konica-Minolta" "QuickTime:AudioVendorID:NIKO" "Nikon" "QuickTime:AudioVendorID:SMI "
+    "Sorenson Media Inc." "QuickTime:AudioVendorID:ZORA" "Zoran Corporation"
+    "QuickTime:AudioVendorID:appl" "Apple" "QuickTime:AudioVendorID:fe20" "Olympus (fe20)"
+    "QuickTime:AudioVendorID:kdak" "QuickTime:AudioVendorID:leic" "Leica"
+    "QuickTime:AudioVendorID:mino" "Minolta" "QuickTime:AudioVendorID:niko"
+    "QuickTime:AudioVendorID:olym" "Olympus" "QuickTime:AudioVendorID:pana" "Panasonic"
+    "QuickTime:AudioVendorID:pent" "Pentax" "QuickTime:AudioVendorID:pr01" "Olympus (pr01)"
+    "QuickTime:AudioVendorID:sany" "Sanyo" "QuickTime:AudioZeroFramesPadded"
+    "Audio Zero Frames Padded" "QuickTime:Author" "QuickTime:AuthorSortOrder" "Author Sort Order"
+    "QuickTime:AutoSummary" "Auto Summary" "QuickTime:AuxiliaryImageRef" "Auxiliary Image Ref"
+    "QuickTime:AuxiliaryImageType" "Auxiliary Image Type" "QuickTime:AverageBitrate"
+    "Average Bitrate" "QuickTime:AverageFrameRate" "Average Frame Rate" "QuickTime:AverageLevel"
+    "Average Level" "QuickTime:AvgBitrate" "Avg Bitrate" "QuickTime:AvgPDUSize" "Avg PDU Size"
+    "QuickTime:BackgroundColor" "Background Color" "QuickTime:Balance" "QuickTime:Barcode"
+    "QuickTime:Bass" "QuickTime:BccAddresses" "Bcc Addresses" "QuickTime:BccNames" "Bcc Names"
+    "QuickTime:Beats-per-minute" "QuickTime:BeatsPerMinute" "Beats Per Minute"
+    "QuickTime:BillingInformation" "Billing Information" "QuickTime:BinaryXML" "Binary XML"
+    "QuickTime:Birthday" "QuickTime:BitDepth" "Bit Depth" "QuickTime:BitDepthChroma"
+    "Bit Depth Chroma" "QuickTime:BitDepthLuma" "Bit Depth Luma" "QuickTime:Bitrate"
+    "QuickTime:Brightness" "QuickTime:BroadcastDate" "Broadcast Date" "QuickTime:BufferSize"
+    "Buffer Size" "QuickTime:BusinessAddress" "Business Address" "QuickTime:BusinessCity"
+    "Business City" "QuickTime:BusinessCountry-Region" "Business Country-Region"
+    "QuickTime:BusinessFax" "Business Fax" "QuickTime:BusinessHomePage" "Business Home Page"
+    "QuickTime:BusinessPOBox" "Business PO Box" "QuickTime:BusinessPhone" "Business Phone"
+    "QuickTime:BusinessPostalCode" "Business Postal Code" "QuickTime:BusinessStateOrProvince"
+    "Business State Or Province" "QuickTime:BusinessStreet" "Business Street" "QuickTime:BuyNow"
+    "Buy Now" "QuickTime:BuyTickets" "Buy Tickets" "QuickTime:CDDB1Info" "CDDB1 Info"
+    "QuickTime:CDDBTrackNumber" "CDDB Track Number" "QuickTime:CDTrackEnabled" "CD Track Enabled"
+    "QuickTime:CX" "QuickTime:CY" "QuickTime:CallLetters" "Call Letters" "QuickTime:CallbackNumber"
+    "Callback Number" "QuickTime:CameraAngle" "Camera Angle" "QuickTime:CameraDateTime"
+    "Camera Date Time" "QuickTime:CameraDirection" "Camera Direction" "QuickTime:CameraID"
+    "Camera ID" "QuickTime:CameraIdentifier" "Camera Identifier" "QuickTime:CameraMaker"
+    "Camera Maker" "QuickTime:CameraManufacturer" "Camera Manufacturer" "QuickTime:CameraModel"
+    "Camera Model" "QuickTime:CameraMotion" "Camera Motion" "QuickTime:CameraPitch" "Camera Pitch"
+    "QuickTime:CameraRoll" "Camera Roll" "QuickTime:CameraYaw" "Camera Yaw" "QuickTime:CaptureMode"
+    "Capture Mode" "QuickTime:Car" "QuickTime:CarPhone" "Car Phone" "QuickTime:CatalogNumber"
+    "Catalog Number" "QuickTime:Category" "QuickTime:CcAddresses" "Cc Addresses" "QuickTime:CcNames"
+    "Cc Names" "QuickTime:CellPhone" "Cell Phone" "QuickTime:Certificate"
+    "QuickTime:Channel1Coordinates" "Channel 1 Coordinates" "QuickTime:Channel1Flags"
+    "Channel 1 Flags" "QuickTime:Channel1Flags:1" "Rectangular" "QuickTime:Channel1Flags:2"
+    "Spherical" "QuickTime:Channel1Flags:4" "Meters" "QuickTime:Channel1Label" "Channel 1 Label"
+    "QuickTime:Channel1Label:0" "Unused" "QuickTime:Channel1Label:1" "QuickTime:Channel1Label:10"
+    "QuickTime:Channel1Label:100" "UseCoordinates" "QuickTime:Channel1Label:11"
+    "QuickTime:Channel1Label:12" "QuickTime:Channel1Label:13" "QuickTime:Channel1Label:131071"
+    "Discrete_65535" "QuickTime:Channel1Label:14" "QuickTime:Channel1Label:15"
+    "QuickTime:Channel1Label:16" "QuickTime:Channel1Label:17" "QuickTime:Channel1Label:18"
+    "QuickTime:Channel1Label:2" "QuickTime:Channel1Label:200" "Ambisonic_W"
+    "QuickTime:Channel1Label:201" "Ambisonic_X" "QuickTime:Channel1Label:202" "Ambisonic_Y"
+    "QuickTime:Channel1Label:203" "Ambisonic_Z" "QuickTime:Channel1Label:204" "MS_Mid"
+    "QuickTime:Channel1Label:205" "MS_Side" "QuickTime:Channel1Label:206" "XY_X"
+    "QuickTime:Channel1Label:207" "XY_Y" "QuickTime:Channel1Label:3" "QuickTime:Channel1Label:301"
+    "HeadphonesLeft" "QuickTime:Channel1Label:302" "HeadphonesRight" "QuickTime:Channel1Label:304"
+    "ClickTrack" "QuickTime:Channel1Label:305" "ForeignLanguage" "QuickTime:Channel1Label:33"
+    "RearSurroundLeft" "QuickTime:Channel1Label:34" "RearSurroundRight" "QuickTime:Channel1Label:35"
+    "LeftWide" "QuickTime:Channel1Label:36" "RightWide" "QuickTime:Channel1Label:37" "LFE2"
+    "QuickTime:Channel1Label:38" "LeftTotal" "QuickTime:Channel1Label:39" "RightTotal"
+    "QuickTime:Channel1Label:4" "QuickTime:Channel1Label:40" "HearingImpaired"
+    "QuickTime:Channel1Label:400" "Discrete" "QuickTime:Channel1Label:41" "Narration"
+    "QuickTime:Channel1Label:42" "Mono" "QuickTime:Channel1Label:4294967295" "Unknown"
+    "QuickTime:Channel1Label:43" "DialogCentricMix" "QuickTime:Channel1Label:44"
+    "CenterSurroundDirect" "QuickTime:Channel1Label:45" "Haptic" "QuickTime:Channel1Label:5"
+    "QuickTime:Channel1Label:6" "QuickTime:Channel1Label:65536" "Discrete_0"
+    "QuickTime:Channel1Label:65537" "Discrete_1" "QuickTime:Channel1Label:65538" "Discrete_2"
+    "QuickTime:Channel1Label:65539" "Discrete_3" "QuickTime:Channel1Label:65540" "Discrete_4"
+    "QuickTime:Channel1Label:65541" "Discrete_5" "QuickTime:Channel1Label:65542" "Discrete_6"
+    "QuickTime:Channel1Label:65543" "Discrete_7" "QuickTime:Channel1Label:65544" "Discrete_8"
+    "QuickTime:Channel1Label:65545" "Discrete_9" "QuickTime:Channel1Label:65546" "Discrete_10"
+    "QuickTime:Channel1Label:65547" "Discrete_11" "QuickTime:Channel1Label:65548" "Discrete_12"
+    "QuickTime:Channel1Label:65549" "Discrete_13" "QuickTime:Channel1Label:65550" "Discrete_14"
+    "QuickTime:Channel1Label:65551" "Discrete_15" "QuickTime:Channel1Label:7"
+    "QuickTime:Channel1Label:8" "QuickTime:Channel1Label:9" "QuickTime:Channel2Coordinates"
+    "Channel 2 Coordinates" "QuickTime:Channel2Flags" "Channel 2 Flags" "QuickTime:Channel2Flags:1"
+    "QuickTime:Channel2Flags:2" "QuickTime:Channel2Flags:4" "QuickTime:Channel2Label"
+    "Channel 2 Label" "QuickTime:Channel2Label:0" "QuickTime:Channel2Label:1"
+    "QuickTime:Channel2Label:10" "QuickTime:Channel2Label:100" "QuickTime:Channel2Label:11"
+    "QuickTime:Channel2Label:12" "QuickTime:Channel2Label:13" "QuickTime:Channel2Label:131071"
+    "QuickTime:Channel2Label:14" "QuickTime:Channel2Label:15" "QuickTime:Channel2Label:16"
+    "QuickTime:Channel2Label:17" "QuickTime:Channel2Label:18" "QuickTime:Channel2Label:2"
+    "QuickTime:Channel2Label:200" "QuickTime:Channel2Label:201" "QuickTime:Channel2Label:202"
+    "QuickTime:Channel2Label:203" "QuickTime:Channel2Label:204" "QuickTime:Channel2Label:205"
+    "QuickTime:Channel2Label:206" "QuickTime:Channel2Label:207" "QuickTime:Channel2Label:3"
+    "QuickTime:Channel2Label:301" "QuickTime:Channel2Label:302" "QuickTime:Channel2Label:304"
+    "QuickTime:Channel2Label:305" "QuickTime:Channel2Label:33" "QuickTime:Channel2Label:34"
+    "QuickTime:Channel2Label:35" "QuickTime:Channel2Label:36" "QuickTime:Channel2Label:37"
+    "QuickTime:Channel2Label:38" "QuickTime:Channel2Label:39" "QuickTime:Channel2Label:4"
+    "QuickTime:Channel2Label:40" "QuickTime:Channel2Label:400" "QuickTime:Channel2Label:41"
+    "QuickTime:Channel2Label:42" "QuickTime:Channel2Label:4294967295" "QuickTime:Channel2Label:43"
+    "QuickTime:Channel2Label:44" "QuickTime:Channel2Label:45" "QuickTime:Channel2Label:5"
+    "QuickTime:Channel2Label:6" "QuickTime:Channel2Label:65536" "QuickTime:Channel2Label:65537"
+    "QuickTime:Channel2Label:65538" "QuickTime:Channel2Label:65539" "QuickTime:Channel2Label:65540"
+    "QuickTime:Channel2Label:65541" "QuickTime:Channel2Label:65542" "QuickTime:Channel2Label:65543"
+    "QuickTime:Channel2Label:65544" "QuickTime:Channel2Label:65545" "QuickTime:Channel2Label:65546"
+    "QuickTime:Channel2Label:65547" "QuickTime:Channel2Label:65548" "QuickTime:Channel2Label:65549"
+    "QuickTime:Channel2Label:65550" "QuickTime:Channel2Label:65551" "QuickTime:Channel2Label:7"
+    "QuickTime:Channel2Label:8" "QuickTime:Channel2Label:9" "QuickTime:Channel3Coordinates"
+    "Channel 3 Coordinates" "QuickTime:Channel3Flags" "Channel 3 Flags" "QuickTime:Channel3Flags:1"
+    "QuickTime:Channel3Flags:2" "QuickTime:Channel3Flags:4" "QuickTime:Channel3Label"
+    "Channel 3 Label" "QuickTime:Channel3Label:0" "QuickTime:Channel3Label:1"
+    "QuickTime:Channel3Label:10" "QuickTime:Channel3Label:100" "QuickTime:Channel3Label:11"
+    "QuickTime:Channel3Label:12" "QuickTime:Channel3Label:13" "QuickTime:Channel3Label:131071"
+    "QuickTime:Channel3Label:14" "QuickTime:Channel3Label:15" "QuickTime:Channel3Label:16"
+    "QuickTime:Channel3Label:17" "QuickTime:Channel3Label:18" "QuickTime:Channel3Label:2"
+    "QuickTime:Channel3Label:200" "QuickTime:Channel3Label:201" "QuickTime:Channel3Label:202"
+    "QuickTime:Channel3Label:203" "QuickTime:Channel3Label:204" "QuickTime:Channel3Label:205"
+    "QuickTime:Channel3Label:206" "QuickTime:Channel3Label:207" "QuickTime:Channel3Label:3"
+    "QuickTime:Channel3Label:301" "QuickTime:Channel3Label:302" "QuickTime:Channel3Label:304"
+    "QuickTime:Channel3Label:305" "QuickTime:Channel3Label:33" "QuickTime:Channel3Label:34"
+    "QuickTime:Channel3Label:35" "QuickTime:Channel3Label:36" "QuickTime:Channel3Label:37"
+    "QuickTime:Channel3Label:38" "QuickTime:Channel3Label:39" "QuickTime:Channel3Label:4"
+    "QuickTime:Channel3Label:40" "QuickTime:Channel3Label:400" "QuickTime:Channel3Label:41"
+    "QuickTime:Channel3Label:42" "QuickTime:Channel3Label:4294967295" "QuickTime:Channel3Label:43"
+    "QuickTime:Channel3Label:44" "QuickTime:Channel3Label:45" "QuickTime:Channel3Label:5"
+    "QuickTime:Channel3Label:6" "QuickTime:Channel3Label:65536" "QuickTime:Channel3Label:65537"
+    "QuickTime:Channel3Label:65538" "QuickTime:Channel3Label:65539" "QuickTime:Channel3Label:65540"
+    "QuickTime:Channel3Label:65541" "QuickTime:Channel3Label:65542" "QuickTime:Channel3Label:65543"
+    "QuickTime:Channel3Label:65544" "QuickTime:Channel3Label:65545" "QuickTime:Channel3Label:65546"
+    "QuickTime:Channel3Label:65547" "QuickTime:Channel3Label:65548" "QuickTime:Channel3Label:65549"
+    "QuickTime:Channel3Label:65550" "QuickTime:Channel3Label:65551" "QuickTime:Channel3Label:7"
+    "QuickTime:Channel3Label:8" "QuickTime:Channel3Label:9" "QuickTime:Channel4Coordinates"
+    "Channel 4 Coordinates" "QuickTime:Channel4Flags" "Channel 4 Flags" "QuickTime:Channel4Flags:1"
+    "QuickTime:Channel4Flags:2" "QuickTime:Channel4Flags:4" "QuickTime:Channel4Label"
+    "Channel 4 Label" "QuickTime:Channel4Label:0" "QuickTime:Channel4Label:1"
+    "QuickTime:Channel4Label:10" "QuickTime:Channel4Label:100" "QuickTime:Channel4Label:11"
+    "QuickTime:Channel4Label:12" "QuickTime:Channel4Label:13" "QuickTime:Channel4Label:131071"
+    "QuickTime:Channel4Label:14" "QuickTime:Channel4Label:15" "QuickTime:Channel4Label:16"
+    "QuickTime:Channel4Label:17" "QuickTime:Channel4Label:18" "QuickTime:Channel4Label:2"
+    "QuickTime:Channel4Label:200" "QuickTime:Channel4Label:201" "QuickTime:Channel4Label:202"
+    "QuickTime:Channel4Label:203" "QuickTime:Channel4Label:204" "QuickTime:Channel4Label:205"
+    "QuickTime:Channel4Label:206" "QuickTime:Channel4Label:207" "QuickTime:Channel4Label:3"
+    "QuickTime:Channel4Label:301" "QuickTime:Channel4Label:302" "QuickTime:Channel4Label:304"
+    "QuickTime:Channel4Label:305" "QuickTime:Channel4Label:33" "QuickTime:Channel4Label:34"
+    "QuickTime:Channel4Label:35" "QuickTime:Channel4Label:36" "QuickTime:Channel4Label:37"
+    "QuickTime:Channel4Label:38" "QuickTime:Channel4Label:39" "QuickTime:Channel4Label:4"
+    "QuickTime:Channel4Label:40" "QuickTime:Channel4Label:400" "QuickTime:Channel4Label:41"
+    "QuickTime:Channel4Label:42" "QuickTime:Channel4Label:4294967295" "QuickTime:Channel4Label:43"
+    "QuickTime:Channel4Label:44" "QuickTime:Channel4Label:45" "QuickTime:Channel4Label:5"
+    "QuickTime:Channel4Label:6" "QuickTime:Channel4Label:65536" "QuickTime:Channel4Label:65537"
+    "QuickTime:Channel4Label:65538" "QuickTime:Channel4Label:65539" "QuickTime:Channel4Label:65540"
+    "QuickTime:Channel4Label:65541" "QuickTime:Channel4Label:65542" "QuickTime:Channel4Label:65543"
+    "QuickTime:Channel4Label:65544" "QuickTime:Channel4Label:65545" "QuickTime:Channel4Label:65546"
+    "QuickTime:Channel4Label:65547" "QuickTime:Channel4Label:65548" "QuickTime:Channel4Label:65549"
+    "QuickTime:Channel4Label:65550" "QuickTime:Channel4Label:65551" "QuickTime:Channel4Label:7"
+    "QuickTime:Channel4Label:8" "QuickTime:Channel4Label:9" "QuickTime:Channel5Coordinates"
+    "Channel 5 Coordinates" "QuickTime:Channel5Flags" "Channel 5 Flags" "QuickTime:Channel5Flags:1"
+    "QuickTime:Channel5Flags:2" "QuickTime:Channel5Flags:4" "QuickTime:Channel5Label"
+    "Channel 5 Label" "QuickTime:Channel5Label:0" "QuickTime:Channel5Label:1"
+    "QuickTime:Channel5Label:10" "QuickTime:Channel5Label:100" "QuickTime:Channel5Label:11"
+    "QuickTime:Channel5Label:12" "QuickTime:Channel5Label:13" "QuickTime:Channel5Label:131071"
+    "QuickTime:Channel5Label:14" "QuickTime:Channel5Label:15" "QuickTime:Channel5Label:16"
+    "QuickTime:Channel5Label:17" "QuickTime:Channel5Label:18" "QuickTime:Channel5Label:2"
+    "QuickTime:Channel5Label:200" "QuickTime:Channel5Label:201" "QuickTime:Channel5Label:202"
+    "QuickTime:Channel5Label:203" "QuickTime:Channel5Label:204" "QuickTime:Channel5Label:205"
+    "QuickTime:Channel5Label:206" "QuickTime:Channel5Label:207" "QuickTime:Channel5Label:3"
+    "QuickTime:Channel5Label:301" "QuickTime:Channel5Label:302" "QuickTime:Channel5Label:304"
+    "QuickTime:Channel5Label:305" "QuickTime:Channel5Label:33" "QuickTime:Channel5Label:34"
+    "QuickTime:Channel5Label:35" "QuickTime:Channel5Label:36" "QuickTime:Channel5Label:37"
+    "QuickTime:Channel5Label:38" "QuickTime:Channel5Label:39" "QuickTime:Channel5Label:4"
+    "QuickTime:Channel5Label:40" "QuickTime:Channel5Label:400" "QuickTime:Channel5Label:41"
+    "QuickTime:Channel5Label:42" "QuickTime:Channel5Label:4294967295" "QuickTime:Channel5Label:43"
+    "QuickTime:Channel5Label:44" "QuickTime:Channel5Label:45" "QuickTime:Channel5Label:5"
+    "QuickTime:Channel5Label:6" "QuickTime:Channel5Label:65536" "QuickTime:Channel5Label:65537"
+    "QuickTime:Channel5Label:65538" "QuickTime:Channel5Label:65539" "QuickTime:Channel5Label:65540"
+    "QuickTime:Channel5Label:65541" "QuickTime:Channel5Label:65542" "QuickTime:Channel5Label:65543"
+    "QuickTime:Channel5Label:65544" "QuickTime:Channel5Label:65545" "QuickTime:Channel5Label:65546"
+    "QuickTime:Channel5Label:65547" "QuickTime:Channel5Label:65548" "QuickTime:Channel5Label:65549"
+    "QuickTime:Channel5Label:65550" "QuickTime:Channel5Label:65551" "QuickTime:Channel5Label:7"
+    "QuickTime:Channel5Label:8" "QuickTime:Channel5Label:9" "QuickTime:Channel6Coordinates"
+    "Channel 6 Coordinates" "QuickTime:Channel6Flags" "Channel 6 Flags" "QuickTime:Channel6Flags:1"
+    "QuickTime:Channel6Flags:2" "QuickTime:Channel6Flags:4" "QuickTime:Channel6Label"
+    "Channel 6 Label" "QuickTime:Channel6Label:0" "QuickTime:Channel6Label:1"
+    "QuickTime:Channel6Label:10" "QuickTime:Channel6Label:100" "QuickTime:Channel6Label:11"
+    "QuickTime:Channel6Label:12" "QuickTime:Channel6Label:13" "QuickTime:Channel6Label:131071"
+    "QuickTime:Channel6Label:14" "QuickTime:Channel6Label:15" "QuickTime:Channel6Label:16"
+    "QuickTime:Channel6Label:17" "QuickTime:Channel6Label:18" "QuickTime:Channel6Label:2"
+    "QuickTime:Channel6Label:200" "QuickTime:Channel6Label:201" "QuickTime:Channel6Label:202"
+    "QuickTime:Channel6Label:203" "QuickTime:Channel6Label:204" "QuickTime:Channel6Label:205"
+    "QuickTime:Channel6Label:206" "QuickTime:Channel6Label:207" "QuickTime:Channel6Label:3"
+    "QuickTime:Channel6Label:301" "QuickTime:Channel6Label:302" "QuickTime:Channel6Label:304"
+    "QuickTime:Channel6Label:305" "QuickTime:Channel6Label:33" "QuickTime:Channel6Label:34"
+    "QuickTime:Channel6Label:35" "QuickTime:Channel6Label:36" "QuickTime:Channel6Label:37"
+    "QuickTime:Channel6Label:38" "QuickTime:Channel6Label:39" "QuickTime:Channel6Label:4"
+    "QuickTime:Channel6Label:40" "QuickTime:Channel6Label:400" "QuickTime:Channel6Label:41"
+    "QuickTime:Channel6Label:42" "QuickTime:Channel6Label:4294967295" "QuickTime:Channel6Label:43"
+    "QuickTime:Channel6Label:44" "QuickTime:Channel6Label:45" "QuickTime:Channel6Label:5"
+    "QuickTime:Channel6Label:6" "QuickTime:Channel6Label:65536" "QuickTime:Channel6Label:65537"
+    "QuickTime:Channel6Label:65538" "QuickTime:Channel6Label:65539" "QuickTime:Channel6Label:65540"
+    "QuickTime:Channel6Label:65541" "QuickTime:Channel6Label:65542" "QuickTime:Channel6Label:65543"
+    "QuickTime:Channel6Label:65544" "QuickTime:Channel6Label:65545" "QuickTime:Channel6Label:65546"
+    "QuickTime:Channel6Label:65547" "QuickTime:Channel6Label:65548" "QuickTime:Channel6Label:65549"
+    "QuickTime:Channel6Label:65550" "QuickTime:Channel6Label:65551" "QuickTime:Channel6Label:7"
+    "QuickTime:Channel6Label:8" "QuickTime:Channel6Label:9" "QuickTime:Channel7Coordinates"
+    "Channel 7 Coordinates" "QuickTime:Channel7Flags" "Channel 7 Flags" "QuickTime:Channel7Flags:1"
+    "QuickTime:Channel7Flags:2" "QuickTime:Channel7Flags:4" "QuickTime:Channel7Label"
+    "Channel 7 Label" "QuickTime:Channel7Label:0" "QuickTime:Channel7Label:1"
+    "QuickTime:Channel7Label:10" "QuickTime:Channel7Label:100" "QuickTime:Channel7Label:11"
+    "QuickTime:Channel7Label:12" "QuickTime:Channel7Label:13" "QuickTime:Channel7Label:131071"
+    "QuickTime:Channel7Label:14" "QuickTime:Channel7Label:15" "QuickTime:Channel7Label:16"
+    "QuickTime:Channel7Label:17" "QuickTime:Channel7Label:18" "QuickTime:Channel7Label:2"
+    "QuickTime:Channel7Label:200" "QuickTime:Channel7Label:201" "QuickTime:Channel7Label:202"
+    "QuickTime:Channel7Label:203" "QuickTime:Channel7Label:204" "QuickTime:Channel7Label:205"
+    "QuickTime:Channel7Label:206" "QuickTime:Channel7Label:207" "QuickTime:Channel7Label:3"
+    "QuickTime:Channel7Label:301" "QuickTime:Channel7Label:302" "QuickTime:Channel7Label:304"
+    "QuickTime:Channel7Label:305" "QuickTime:Channel7Label:33" "QuickTime:Channel7Label:34"
+    "QuickTime:Channel7Label:35" "QuickTime:Channel7Label:36" "QuickTime:Channel7Label:37"
+    "QuickTime:Channel7Label:38" "QuickTime:Channel7Label:39" "QuickTime:Channel7Label:4"
+    "QuickTime:Channel7Label:40" "QuickTime:Channel7Label:400" "QuickTime:Channel7Label:41"
+    "QuickTime:Channel7Label:42" "QuickTime:Channel7Label:4294967295" "QuickTime:Channel7Label:43"
+    "QuickTime:Channel7Label:44" "QuickTime:Channel7Label:45" "QuickTime:Channel7Label:5"
+    "QuickTime:Channel7Label:6" "QuickTime:Channel7Label:65536" "QuickTime:Channel7Label:65537"
+    "QuickTime:Channel7Label:65538" "QuickTime:Channel7Label:65539" "QuickTime:Channel7Label:65540"
+    "QuickTime:Channel7Label:65541" "QuickTime:Channel7Label:65542" "QuickTime:Channel7Label:65543"
+    "QuickTime:Channel7Label:65544" "QuickTime:Channel7Label:65545" "QuickTime:Channel7Label:65546"
+    "QuickTime:Channel7Label:65547" "QuickTime:Channel7Label:65548" "QuickTime:Channel7Label:65549"
+    "QuickTime:Channel7Label:65550" "QuickTime:Channel7Label:65551" "QuickTime:Channel7Label:7"
+    "QuickTime:Channel7Label:8" "QuickTime:Channel7Label:9" "QuickTime:Channel8Coordinates"
+    "Channel 8 Coordinates" "QuickTime:Channel8Flags" "Channel 8 Flags" "QuickTime:Channel8Flags:1"
+    "QuickTime:Channel8Flags:2" "QuickTime:Channel8Flags:4" "QuickTime:Channel8Label"
+    "Channel 8 Label" "QuickTime:Channel8Label:0" "QuickTime:Channel8Label:1"
+    "QuickTime:Channel8Label:10" "QuickTime:Channel8Label:100" "QuickTime:Channel8Label:11"
+    "QuickTime:Channel8Label:12" "QuickTime:Channel8Label:13" "QuickTime:Channel8Label:131071"
+    "QuickTime:Channel8Label:14" "QuickTime:Channel8Label:15" "QuickTime:Channel8Label:16"
+    "QuickTime:Channel8Label:17" "QuickTime:Channel8Label:18" "QuickTime:Channel8Label:2"
+    "QuickTime:Channel8Label:200" "QuickTime:Channel8Label:201" "QuickTime:Channel8Label:202"
+    "QuickTime:Channel8Label:203" "QuickTime:Channel8Label:204" "QuickTime:Channel8Label:205"
+    "QuickTime:Channel8Label:206" "QuickTime:Channel8Label:207" "QuickTime:Channel8Label:3"
+    "QuickTime:Channel8Label:301" "QuickTime:Channel8Label:302" "QuickTime:Channel8Label:304"
+    "QuickTime:Channel8Label:305" "QuickTime:Channel8Label:33" "QuickTime:Channel8Label:34"
+    "QuickTime:Channel8Label:35" "QuickTime:Channel8Label:36" "QuickTime:Channel8Label:37"
+    "QuickTime:Channel8Label:38" "QuickTime:Channel8Label:39" "QuickTime:Channel8Label:4"
+    "QuickTime:Channel8Label:40" "QuickTime:Channel8Label:400" "QuickTime:Channel8Label:41"
+    "QuickTime:Channel8Label:42" "QuickTime:Channel8Label:4294967295" "QuickTime:Channel8Label:43"
+    "QuickTime:Channel8Label:44" "QuickTime:Channel8Label:45" "QuickTime:Channel8Label:5"
+    "QuickTime:Channel8Label:6" "QuickTime:Channel8Label:65536" "QuickTime:Channel8Label:65537"
+    "QuickTime:Channel8Label:65538" "QuickTime:Channel8Label:65539" "QuickTime:Channel8Label:65540"
+    "QuickTime:Channel8Label:65541" "QuickTime:Channel8Label:65542" "QuickTime:Channel8Label:65543"
+    "QuickTime:Channel8Label:65544" "QuickTime:Channel8Label:65545" "QuickTime:Channel8Label:65546"
+    "QuickTime:Channel8Label:65547" "QuickTime:Channel8Label:65548" "QuickTime:Channel8Label:65549"
+    "QuickTime:Channel8Label:65550" "QuickTime:Channel8Label:65551" "QuickTime:Channel8Label:7"
+    "QuickTime:Channel8Label:8" "QuickTime:Channel8Label:9" "QuickTime:ChannelNumber"
+    "Channel Number" "QuickTime:Channels" "QuickTime:ChapterList" "Chapter List"
+    "QuickTime:ChapterListTrackID" "Chapter List Track ID" "QuickTime:ChapterName" "Chapter Name"
+    "QuickTime:ChapterNum" "Chapter Num" "QuickTime:ChapterNumber" "Chapter Number"
+    "QuickTime:Children" "QuickTime:ChromaFormat" "Chroma Format" "QuickTime:ChromaFormat:0"
+    "Monochrome |\302\240YUV 4:4:4" "QuickTime:ChromaFormat:1" "4:2:0" "QuickTime:ChromaFormat:2"
+    "4:2:2 |\302\240YUV 4:2:2" "QuickTime:ChromaFormat:3" "4:4:4 |\302\240YUV 4:2:0"
+    "QuickTime:ChromaFormat:7" "Monochrome 4:0:0" "QuickTime:ChromaSamplePosition"
+    "Chroma Sample Position" "QuickTime:ChromaSamplePosition:0" "QuickTime:ChromaSamplePosition:1"
+    "Vertical" "QuickTime:ChromaSamplePosition:2" "Colocated" "QuickTime:ChromaSamplePosition:3"
+    "(reserved)" "QuickTime:ChunkOffset" "Chunk Offset" "QuickTime:ChunkOffset64" "Chunk Offset 64"
+    "QuickTime:City" "QuickTime:Classification" "QuickTime:CleanAperture" "Clean Aperture"
+    "QuickTime:CleanApertureDimensions" "Clean Aperture Dimensions" "QuickTime:CleanApertureHeight"
+    "Clean Aperture Height" "QuickTime:CleanApertureOffsetX" "Clean Aperture Offset X"
+    "QuickTime:CleanApertureOffsetY" "Clean Aperture Offset Y" "QuickTime:CleanApertureWidth"
+    "Clean Aperture Width" "QuickTime:ClientID" "Client ID" "QuickTime:ClipFileName"
+    "Clip File Name" "QuickTime:ClipID" "Clip ID" "QuickTime:ClosedCaptioning" "Closed Captioning"
+    "QuickTime:CodeVersion" "Code Version" "QuickTime:CollectionName" "Collection Name"
+    "QuickTime:Color" "QuickTime:ColorPrimaries" "Color Primaries" "QuickTime:ColorPrimaries:1"
+    "BT.709" "QuickTime:ColorPrimaries:10" "SMPTE 428 (CIE 1931 XYZ)" "QuickTime:ColorPrimaries:11"
+    "SMPTE RP 431-2" "QuickTime:ColorPrimaries:12" "SMPTE EG 432-1" "QuickTime:ColorPrimaries:2"
+    "Unspecified" "QuickTime:ColorPrimaries:22" "EBU Tech. 3213-E" "QuickTime:ColorPrimaries:4"
+    "BT.470 System M (historical)" "QuickTime:ColorPrimaries:5" "BT.470 System B, G (historical)"
+    "QuickTime:ColorPrimaries:6" "BT.601" "QuickTime:ColorPrimaries:7" "SMPTE 240"
+    "QuickTime:ColorPrimaries:8" "Generic film (color filters using illuminant C)"
+    "QuickTime:ColorPrimaries:9" "BT.2020, BT.2100" "QuickTime:ColorProfiles" "Color Profiles"
+    "QuickTime:Comment" "QuickTime:Comments" "QuickTime:CompactSampleSizes" "Compact Sample Sizes"
+    "QuickTime:Company" "QuickTime:CompanyMainPhone" "Company Main Phone"
+    "QuickTime:CompatibleBrands" "Compatible Brands" "QuickTime:Compilation"
+    "QuickTime:Compilation:0" "No" "QuickTime:Compilation:1" "Yes" "QuickTime:Complete"
+    "QuickTime:Composer" "QuickTime:ComposerID" "Composer ID" "QuickTime:ComposerKeywords"
+    "Composer Keywords" "QuickTime:Composers" "QuickTime:CompositionTimeToSample"
+    "Composition Time To Sample" "QuickTime:CompositionToDecodeTimelineMapping"
+    "Composition To Decode Timeline Mapping" "QuickTime:Compression" "QuickTime:CompressorID"
+    "Compressor ID" "QuickTime:CompressorName" "Compressor Name" "QuickTime:CompressorVersion"
+    "Compressor Version" "QuickTime:Computer" "QuickTime:Conductor" "QuickTime:Conductors"
+    "QuickTime:ConstantFrameRate" "Constant Frame Rate" "QuickTime:ConstantFrameRate:0"
+    "QuickTime:ConstantFrameRate:1" "QuickTime:ConstantFrameRate:2"
+    "Each Temporal Layer is Constant Frame Rate" "QuickTime:ConstraintIndicatorFlags"
+    "Constraint Indicator Flags" "QuickTime:ContactNames" "Contact Names"
+    "QuickTime:ContentCreateDate" "Content Create Date" "QuickTime:ContentDescribes"
+    "Content Describes" "QuickTime:ContentDistributorDuration" "Content Distributor Duration"
+    "QuickTime:ContentDistributorID" "Content Distributor ID" "QuickTime:ContentDistributorType"
+    "Content Distributor Type" "QuickTime:ContentGroupDescription" "Content Group Description"
+    "QuickTime:ContentID" "Content ID" "QuickTime:ContentIdentifier" "Content Identifier"
+    "QuickTime:ContentRating" "Content Rating" "QuickTime:ContentType" "Content Type"
+    "QuickTime:Contrast" "QuickTime:Contributors" "QuickTime:ConversationID" "Conversation ID"
+    "QuickTime:Copyright" "QuickTime:Count" "QuickTime:Country-Region" "QuickTime:CoverArt"
+    "Cover Art" "QuickTime:CoverArtType" "Cover Art Type" "QuickTime:CoverURI" "Cover URI"
+    "QuickTime:CreateDate" "Create Date" "QuickTime:CreationDate" "Creation Date"
+    "QuickTime:Creator" "QuickTime:CreatorTool" "Creator Tool" "QuickTime:CurrentBitrate"
+    "Current Bitrate" "QuickTime:CurrentTime" "Current Time" "QuickTime:DLNAServerUDN"
+    "DLNA Server UDN" "QuickTime:DLNASourceURI" "DLNA Source URI"
+    "QuickTime:DRMIndividualizedVersion" "DRM Individualized Version" "QuickTime:DRMKeyID"
+    "DRM Key ID" "QuickTime:DTCPIPHost" "DTCPIP Host" "QuickTime:DTCPIPPort" "DTCPIP Port"
+    "QuickTime:DVDID" "QuickTime:Data" "QuickTime:DataRate" "Data Rate" "QuickTime:Date"
+    "QuickTime:DateAccessed" "Date Accessed" "QuickTime:DateArchived" "Date Archived"
+    "QuickTime:DateCompleted" "Date Completed" "QuickTime:DateCreated" "Date Created"
+    "QuickTime:DateImported" "Date Imported" "QuickTime:DateLastSaved" "Date Last Saved"
+    "QuickTime:DateModified" "Date Modified" "QuickTime:DatePictureTaken" "Date Picture Taken"
+    "QuickTime:DateReceived" "Date Received" "QuickTime:DateReleased" "Date Released"
+    "QuickTime:DateSent" "Date Sent" "QuickTime:DateTime" "Date Time" "QuickTime:DateTimeOriginal"
+    "Date/Time Original" "QuickTime:DateVisited" "Date Visited" "QuickTime:Department"
+    "QuickTime:DerivedImageRef" "Derived Image Ref" "QuickTime:Description"
+    "QuickTime:DetectedFaceBounds" "Detected Face Bounds" "QuickTime:DetectedFaceID"
+    "Detected Face ID" "QuickTime:DetectedFaceRollAngle" "Detected Face Roll Angle"
+    "QuickTime:DetectedFaceYawAngle" "Detected Face Yaw Angle" "QuickTime:Dimensions"
+    "QuickTime:Director" "QuickTime:Directors" "QuickTime:DiscNumber" "Disc Number"
+    "QuickTime:DiskNumber" "Disk Number" "QuickTime:DisplayArtist" "Display Artist"
+    "QuickTime:DisplayName" "Display Name" "QuickTime:DisplaySize" "Display Size"
+    "QuickTime:DisplaySize:0" "Normal" "QuickTime:DisplaySize:1" "Double Size"
+    "QuickTime:DisplaySize:2" "Half Size" "QuickTime:DisplaySize:3" "Full Screen"
+    "QuickTime:DisplaySize:4" "Current Size" "QuickTime:Distance" "QuickTime:Division"
+    "QuickTime:DocumentID" "Document ID" "QuickTime:DueDate" "Due Date" "QuickTime:Duration"
+    "QuickTime:DynamicRange" "Dynamic Range" "QuickTime:DynamicRangeR128" "Dynamic Range R128"
+    "QuickTime:E-mail2" "E-mail 2" "QuickTime:E-mail3" "E-mail 3" "QuickTime:E-mailAddress"
+    "E-mail Address" "QuickTime:E-mailDisplayName" "E-mail Display Name" "QuickTime:E-mailList"
+    "E-mail List" "QuickTime:Edit1" "Edit 1" "QuickTime:Edit2" "Edit 2" "QuickTime:Edit3" "Edit 3"
+    "QuickTime:Edit4" "Edit 4" "QuickTime:Edit5" "Edit 5" "QuickTime:Edit6" "Edit 6"
+    "QuickTime:Edit7" "Edit 7" "QuickTime:Edit8" "Edit 8" "QuickTime:Edit9" "Edit 9"
+    "QuickTime:ElementaryStreamTrack" "Elementary Stream Track" "QuickTime:EncodedBy" "Encoded By"
+    "QuickTime:EncodedPixelsDimensions" "Encoded Pixels Dimensions" "QuickTime:EncodedWith"
+    "Encoded With" "QuickTime:Encoder" "QuickTime:EncoderID" "Encoder ID" "QuickTime:EncoderVendor"
+    "Encoder Vendor" "QuickTime:EncoderVersion" "Encoder Version" "QuickTime:EncodingTime"
+    "Encoding Time" "QuickTime:EndDate" "End Date" "QuickTime:Endianness" "QuickTime:Endianness:0"
+    "Big-endian (Motorola, MM)" "QuickTime:Endianness:1" "Little-endian (Intel, II)"
+    "QuickTime:EntryType" "Entry Type" "QuickTime:EpisodeGlobalUniqueID" "Episode Global Unique ID"
+    "QuickTime:EpisodeName" "Episode Name" "QuickTime:Event" "QuickTime:ExecutiveProducer"
+    "Executive Producer" "QuickTime:ExifVersion" "Exif Version" "QuickTime:ExposureBias"
+    "Exposure Bias" "QuickTime:ExposureCompensation" "Exposure Compensation"
+    "QuickTime:ExposureProgram" "Exposure Program" "QuickTime:ExposureTime" "Exposure Time"
+    "QuickTime:F-stop" "QuickTime:FNumber" "F Number" "QuickTime:FieldOfView" "Field Of View"
+    "QuickTime:FileAs" "File As" "QuickTime:FileCount" "File Count" "QuickTime:FileFunctionFlags"
+    "File Function Flags" "QuickTime:FileFunctionFlags:1073741824" "Edited"
+    "QuickTime:FileFunctionFlags:268435456" "Fragmented" "QuickTime:FileFunctionFlags:536870912"
+    "Additional tracks" "QuickTime:FileProfileVersion" "File Profile Version" "QuickTime:FileSize"
+    "File Size" "QuickTime:FileType" "File Type" "QuickTime:FileVersion" "File Version"
+    "QuickTime:Firmware" "QuickTime:FirmwareVersion" "Firmware Version" "QuickTime:FirstName"
+    "First Name" "QuickTime:FlagColor" "Flag Color" "QuickTime:FlagStatus" "Flag Status"
+    "QuickTime:FlashMode" "Flash Mode" "QuickTime:FocalLength" "Focal Length"
+    "QuickTime:FocalLength35mm" "Focal Length 35mm" "QuickTime:Folder" "QuickTime:FolderName"
+    "Folder Name" "QuickTime:FolderPath" "Folder Path" "QuickTime:FontName" "Font Name"
+    "QuickTime:FontTable" "Font Table" "QuickTime:Format" "QuickTime:FormatTag" "Format Tag"
+    "QuickTime:FourCC" "Four CC" "QuickTime:FrameHeight" "Frame Height" "QuickTime:FrameNumber"
+    "Frame Number" "QuickTime:FrameRate" "Frame Rate" "QuickTime:FrameReadoutTime"
+    "Frame Readout Time" "QuickTime:FrameWidth" "Frame Width" "QuickTime:Free"
+    "QuickTime:Free-busyStatus" "Free-busy Status" "QuickTime:Frequency" "QuickTime:FromAddresses"
+    "From Addresses" "QuickTime:FromNames" "From Names" "QuickTime:FullName" "Full Name"
+    "QuickTime:FusionMode" "Fusion Mode" "QuickTime:FusionYPR" "Fusion YPR" "QuickTime:GPSAltitude"
+    "GPS Altitude" "QuickTime:GPSCoordinates" "GPS Coordinates" "QuickTime:GPSDOP"
+    "GPS Dilution Of Precision" "QuickTime:GPSDataList" "GPS Data List" "QuickTime:GPSDataList2"
+    "GPS Data List 2" "QuickTime:GPSDateTime" "GPS Date/Time" "QuickTime:GPSHorizontalAccuracy"
+    "GPS Horizontal Accuracy" "QuickTime:GPSLatitude" "GPS Latitude" "QuickTime:GPSLog" "GPS Log"
+    "QuickTime:GPSLongitude" "GPS Longitude" "QuickTime:GPSMeasureMode" "GPS Measure Mode"
+    "QuickTime:GPSMeasureMode:0" "No Measurement" "QuickTime:GPSMeasureMode:2"
+    "2-Dimensional Measurement" "QuickTime:GPSMeasureMode:3" "3-Dimensional Measurement"
+    "QuickTime:GPSMode" "GPS Mode" "QuickTime:GPSSatellites" "GPS Satellites" "QuickTime:GPSSpeed"
+    "GPS Speed" "QuickTime:GPSSpeedAccuracy" "GPS Speed Accuracy" "QuickTime:GPSSpeedRef"
+    "GPS Speed Ref" "QuickTime:GPSSpeedRef:K" "km/h" "QuickTime:GPSSpeedRef:M" "mph"
+    "QuickTime:GPSSpeedRef:N" "knots" "QuickTime:GPSTimeStamp" "GPS Time Stamp" "QuickTime:GPSTrack"
+    "GPS Track" "QuickTime:GPSTrackRef" "GPS Track Ref" "QuickTime:GPSTrackRef:M" "Magnetic North"
+    "QuickTime:GPSTrackRef:T" "True North" "QuickTime:GPSVelocityEast" "GPS Velocity East"
+    "QuickTime:GPSVelocityNorth" "GPS Velocity North" "QuickTime:GPSVelocityUp" "GPS Velocity Up"
+    "QuickTime:GPSVerticalAccuracy" "GPS Vertical Accuracy" "QuickTime:GSensor" "G Sensor"
+    "QuickTime:GUID" "QuickTime:Gamma" "QuickTime:GarminGPS" "Garmin GPS" "QuickTime:GarminSettings"
+    "Garmin Settings" "QuickTime:GarminSoftware" "Garmin Software" "QuickTime:GenBalance"
+    "Gen Balance" "QuickTime:GenFlags" "Gen Flags" "QuickTime:GenGraphicsMode" "Gen Graphics Mode"
+    "QuickTime:GenGraphicsMode:0" "srcCopy" "QuickTime:GenGraphicsMode:1" "srcOr"
+    "QuickTime:GenGraphicsMode:10" "patXor" "QuickTime:GenGraphicsMode:11" "patBic"
+    "QuickTime:GenGraphicsMode:12" "notPatCopy" "QuickTime:GenGraphicsMode:13" "notPatOr"
+    "QuickTime:GenGraphicsMode:14" "notPatXor" "QuickTime:GenGraphicsMode:15" "notPatBic"
+    "QuickTime:GenGraphicsMode:2" "srcXor" "QuickTime:GenGraphicsMode:256" "Alpha"
+    "QuickTime:GenGraphicsMode:257" "White Alpha" "QuickTime:GenGraphicsMode:258"
+    "Pre-multiplied Black Alpha" "QuickTime:GenGraphicsMode:272" "Component Alpha"
+    "QuickTime:GenGraphicsMode:3" "srcBic" "QuickTime:GenGraphicsMode:32" "blend"
+    "QuickTime:GenGraphicsMode:33" "addPin" "QuickTime:GenGraphicsMode:34" "addOver"
+    "QuickTime:GenGraphicsMode:35" "subPin" "QuickTime:GenGraphicsMode:36" "transparent"
+    "QuickTime:GenGraphicsMode:37" "addMax" "QuickTime:GenGraphicsMode:38" "subOver"
+    "QuickTime:GenGraphicsMode:39" "addMin" "QuickTime:GenGraphicsMode:4" "notSrcCopy"
+    "QuickTime:GenGraphicsMode:49" "grayishTextOr" "QuickTime:GenGraphicsMode:5" "notSrcOr"
+    "QuickTime:GenGraphicsMode:50" "hilite" "QuickTime:GenGraphicsMode:6" "notSrcXor"
+    "QuickTime:GenGraphicsMode:64" "ditherCopy" "QuickTime:GenGraphicsMode:7" "notSrcBic"
+    "QuickTime:GenGraphicsMode:8" "patCopy" "QuickTime:GenGraphicsMode:9" "patOr"
+    "QuickTime:GenMediaVersion" "Gen Media Version" "QuickTime:GenOpColor" "Gen Op Color"
+    "QuickTime:GenProfileCompatibilityFlags" "Gen Profile Compatibility Flags"
     "QuickTime:GenProfileCompatibilityFlags:1048576"
     "High Throughput Screen Content Coding Extensions"
-    "QuickTime:GenProfileCompatibilityFlags:1073741824""Main"
-    "QuickTime:GenProfileCompatibilityFlags:134217728""Format Range Extensions"
-    "QuickTime:GenProfileCompatibilityFlags:16777216""Scalable Main"
-    "QuickTime:GenProfileCompatibilityFlags:2097152""Scalable Format Range Extensions"
-    "QuickTime:GenProfileCompatibilityFlags:2147483648""No Profile"
-    "QuickTime:GenProfileCompatibilityFlags:268435456""Main Still Picture"
-    "QuickTime:GenProfileCompatibilityFlags:33554432""Multiview Main"
-    "QuickTime:GenProfileCompatibilityFlags:4194304""Screen Content Coding Extensions"
-    "QuickTime:GenProfileCompatibilityFlags:536870912""Main 10"
-    "QuickTime:GenProfileCompatibilityFlags:67108864""High Throughput"
-    "QuickTime:GenProfileCompatibilityFlags:8388608""3D Main""QuickTime:Gender"
-    "QuickTime:GeneralLevelIDC""General Level IDC""QuickTime:GeneralProfileIDC""General Profile IDC"
-    "QuickTime:GeneralProfileIDC:0""QuickTime:GeneralProfileIDC:1""QuickTime:GeneralProfileIDC:10"
-    "QuickTime:GeneralProfileIDC:11""QuickTime:GeneralProfileIDC:2""QuickTime:GeneralProfileIDC:3"
-    "QuickTime:GeneralProfileIDC:4""QuickTime:GeneralProfileIDC:5""QuickTime:GeneralProfileIDC:6"
-    "QuickTime:GeneralProfileIDC:7""QuickTime:GeneralProfileIDC:8""QuickTime:GeneralProfileIDC:9"
-    "QuickTime:GeneralProfileSpace""General Profile Space""QuickTime:GeneralProfileSpace:0"
-    "Conforming""QuickTime:GeneralTierFlag""General Tier Flag""QuickTime:GeneralTierFlag:0"
-    "Main Tier""QuickTime:GeneralTierFlag:1""High Tier""QuickTime:Genre""QuickTime:GenreID"
-    "Genre ID""QuickTime:GenreID:10""Music|Singer/Songwriter""QuickTime:GenreID:100000"
-    "Music|Christian & Gospel""QuickTime:GenreID:100001""Music|Classical|Art Song"
-    "QuickTime:GenreID:100002""Music|Classical|Brass & Woodwinds""QuickTime:GenreID:100003"
-    "Music|Classical|Solo Instrumental""QuickTime:GenreID:100004""Music|Classical|Contemporary Era"
-    "QuickTime:GenreID:100005""Music|Classical|Oratorio""QuickTime:GenreID:100006"
-    "Music|Classical|Cantata""QuickTime:GenreID:100007""Music|Classical|Electronic"
-    "QuickTime:GenreID:100008""Music|Classical|Sacred""QuickTime:GenreID:100009"
-    "Music|Classical|Guitar""QuickTime:GenreID:10001"
-    "Books|Lifestyle & Home|Antiques & Collectibles""QuickTime:GenreID:100010"
-    "Music|Classical|Piano""QuickTime:GenreID:100011""Music|Classical|Violin"
-    "QuickTime:GenreID:100012""Music|Classical|Cello""QuickTime:GenreID:100013"
-    "Music|Classical|Percussion""QuickTime:GenreID:100014""Music|Electronic|Dubstep"
-    "QuickTime:GenreID:100015""Music|Electronic|Bass""QuickTime:GenreID:100016"
-    "Music|Hip-Hop/Rap|UK Hip-Hop""QuickTime:GenreID:100017""Music|Reggae|Lovers Rock"
-    "QuickTime:GenreID:100018""Music|Alternative|EMO""QuickTime:GenreID:100019"
-    "Music|Alternative|Pop Punk""QuickTime:GenreID:10002"
-    "Books|Arts & Entertainment|Art & Architecture""QuickTime:GenreID:100020"
-    "Music|Alternative|Indie Pop""QuickTime:GenreID:100021""Music|New Age|Yoga"
-    "QuickTime:GenreID:100022""Music|Pop|Tribute""QuickTime:GenreID:100023""Music|Pop|Shows"
-    "QuickTime:GenreID:100024""Music|Cuban""QuickTime:GenreID:100025""Music|Cuban|Mambo"
-    "QuickTime:GenreID:100026""Music|Cuban|Chachacha""QuickTime:GenreID:100027""Music|Cuban|Guajira"
-    "QuickTime:GenreID:100028""Music|Cuban|Son""QuickTime:GenreID:100029""Music|Cuban|Bolero"
-    "QuickTime:GenreID:10003""Books|Religion & Spirituality|Bibles""QuickTime:GenreID:100030"
-    "Music|Cuban|Guaracha""QuickTime:GenreID:100031""Music|Cuban|Timba""QuickTime:GenreID:100032"
-    "Music|Soundtrack|Video Game""QuickTime:GenreID:100033"
-    "Music|Indian|Regional Indian|Punjabi|Punjabi Pop""QuickTime:GenreID:100034"
-    "Music|Indian|Regional Indian|Bengali|Rabindra Sangeet""QuickTime:GenreID:100035"
-    "Music|Indian|Regional Indian|Malayalam""QuickTime:GenreID:100036"
-    "Music|Indian|Regional Indian|Kannada""QuickTime:GenreID:100037"
-    "Music|Indian|Regional Indian|Marathi""QuickTime:GenreID:100038"
-    "Music|Indian|Regional Indian|Gujarati""QuickTime:GenreID:100039"
-    "Music|Indian|Regional Indian|Assamese""QuickTime:GenreID:10004"
-    "Books|Self-Development|Spirituality""QuickTime:GenreID:100040"
-    "Music|Indian|Regional Indian|Bhojpuri""QuickTime:GenreID:100041"
-    "Music|Indian|Regional Indian|Haryanvi""QuickTime:GenreID:100042"
-    "Music|Indian|Regional Indian|Odia""QuickTime:GenreID:100043"
-    "Music|Indian|Regional Indian|Rajasthani""QuickTime:GenreID:100044"
-    "Music|Indian|Regional Indian|Urdu""QuickTime:GenreID:100045"
-    "Music|Indian|Regional Indian|Punjabi""QuickTime:GenreID:100046"
-    "Music|Indian|Regional Indian|Bengali""QuickTime:GenreID:100047"
-    "Music|Indian|Indian Classical|Carnatic Classical""QuickTime:GenreID:100048"
-    "Music|Indian|Indian Classical|Hindustani Classical""QuickTime:GenreID:100049"
-    "Music|African|Afro House""QuickTime:GenreID:10005"
-    "Books|Business & Personal Finance|Industries & Professions""QuickTime:GenreID:100050"
-    "Music|African|Afro Soul""QuickTime:GenreID:100051""Music|African|Afrobeats"
-    "QuickTime:GenreID:100052""Music|African|Benga""QuickTime:GenreID:100053"
-    "Music|African|Bongo-Flava""QuickTime:GenreID:100054""Music|African|Coupe-Decale"
-    "QuickTime:GenreID:100055""Music|African|Gqom""QuickTime:GenreID:100056""Music|African|Highlife"
-    "QuickTime:GenreID:100057""Music|African|Kuduro""QuickTime:GenreID:100058"
-    "Music|African|Kizomba""QuickTime:GenreID:100059""Music|African|Kwaito""QuickTime:GenreID:10006"
-    "Books|Business & Personal Finance|Marketing & Sales""QuickTime:GenreID:100060"
-    "Music|African|Mbalax""QuickTime:GenreID:100061""Music|African|Ndombolo"
-    "QuickTime:GenreID:100062""Music|African|Shangaan Electro""QuickTime:GenreID:100063"
-    "Music|African|Soukous""QuickTime:GenreID:100064""Music|African|Taarab"
-    "QuickTime:GenreID:100065""Music|African|Zouglou""QuickTime:GenreID:100066""Music|Turkish|Ozgun"
-    "QuickTime:GenreID:100067""Music|Turkish|Fantezi""QuickTime:GenreID:100068"
-    "Music|Turkish|Religious""QuickTime:GenreID:100069""Music|Pop|Turkish Pop"
-    "QuickTime:GenreID:10007""Books|Business & Personal Finance|Small Business & Entrepreneurship"
-    "QuickTime:GenreID:100070""Music|Rock|Turkish Rock""QuickTime:GenreID:100071"
-    "Music|Alternative|Turkish Alternative""QuickTime:GenreID:100072"
-    "Music|Hip-Hop/Rap|Turkish Hip-Hop/Rap""QuickTime:GenreID:100073""Music|African|Maskandi"
-    "QuickTime:GenreID:100074""Music|Russian|Russian Romance""QuickTime:GenreID:100075"
-    "Music|Russian|Russian Bard""QuickTime:GenreID:100076""Music|Russian|Russian Pop"
-    "QuickTime:GenreID:100077""Music|Russian|Russian Rock""QuickTime:GenreID:100078"
-    "Music|Russian|Russian Hip-Hop""QuickTime:GenreID:100079""Music|Arabic|Levant"
-    "QuickTime:GenreID:10008""Books|Business & Personal Finance|Personal Finance"
-    "QuickTime:GenreID:100080""Music|Arabic|Levant|Dabke""QuickTime:GenreID:100081"
-    "Music|Arabic|Maghreb Rai""QuickTime:GenreID:100082""Music|Arabic|Khaleeji|Khaleeji Jalsat"
-    "QuickTime:GenreID:100083""Music|Arabic|Khaleeji|Khaleeji Shailat""QuickTime:GenreID:100084"
-    "Music|Tarab""QuickTime:GenreID:100085""Music|Tarab|Iraqi Tarab""QuickTime:GenreID:100086"
-    "Music|Tarab|Egyptian Tarab""QuickTime:GenreID:100087""Music|Tarab|Khaleeji Tarab"
-    "QuickTime:GenreID:100088""Music|Pop|Levant Pop""QuickTime:GenreID:100089""Music|Pop|Iraqi Pop"
-    "QuickTime:GenreID:10009""Books|Business & Personal Finance|Reference""QuickTime:GenreID:100090"
-    "Music|Pop|Egyptian Pop""QuickTime:GenreID:100091""Music|Pop|Maghreb Pop"
-    "QuickTime:GenreID:100092""Music|Pop|Khaleeji Pop""QuickTime:GenreID:100093"
-    "Music|Hip-Hop/Rap|Levant Hip-Hop""QuickTime:GenreID:100094""Music|Hip-Hop/Rap|Egyptian Hip-Hop"
-    "QuickTime:GenreID:100095""Music|Hip-Hop/Rap|Maghreb Hip-Hop""QuickTime:GenreID:100096"
-    "Music|Hip-Hop/Rap|Khaleeji Hip-Hop""QuickTime:GenreID:100097""Music|Alternative|Indie Levant"
-    "QuickTime:GenreID:100098""Music|Alternative|Indie Egyptian""QuickTime:GenreID:100099"
-    "Music|Alternative|Indie Maghreb""QuickTime:GenreID:1001""Music|Alternative|College Rock"
-    "QuickTime:GenreID:10010""Books|Business & Personal Finance|Careers""QuickTime:GenreID:100100"
-    "Music|Electronic|Levant Electronic""QuickTime:GenreID:100101""Music|Electronic|Electro-Cha'abi"
-    "QuickTime:GenreID:100102""Music|Electronic|Maghreb Electronic""QuickTime:GenreID:100103"
-    "Music|Folk|Iraqi Folk""QuickTime:GenreID:100104""Music|Folk|Khaleeji Folk"
-    "QuickTime:GenreID:100105""Music|Dance|Maghreb Dance""QuickTime:GenreID:10011"
-    "Books|Business & Personal Finance|Economics""QuickTime:GenreID:10012"
-    "Books|Business & Personal Finance|Investing""QuickTime:GenreID:10013"
-    "Books|Business & Personal Finance|Finance""QuickTime:GenreID:10014"
-    "Books|Business & Personal Finance|Management & Leadership""QuickTime:GenreID:10015"
-    "Books|Comics & Graphic Novels|Graphic Novels""QuickTime:GenreID:10016"
-    "Books|Comics & Graphic Novels|Manga""QuickTime:GenreID:10017"
-    "Books|Computers & Internet|Computers""QuickTime:GenreID:10018"
-    "Books|Computers & Internet|Databases""QuickTime:GenreID:10019"
-    "Books|Computers & Internet|Digital Media""QuickTime:GenreID:1002""Music|Alternative|Goth Rock"
-    "QuickTime:GenreID:10020""Books|Computers & Internet|Internet""QuickTime:GenreID:10021"
-    "Books|Computers & Internet|Network""QuickTime:GenreID:10022"
-    "Books|Computers & Internet|Operating Systems""QuickTime:GenreID:10023"
-    "Books|Computers & Internet|Programming""QuickTime:GenreID:10024"
-    "Books|Computers & Internet|Software""QuickTime:GenreID:10025"
-    "Books|Computers & Internet|System Administration""QuickTime:GenreID:10026"
-    "Books|Cookbooks, Food & Wine|Beverages""QuickTime:GenreID:10027"
-    "Books|Cookbooks, Food & Wine|Courses & Dishes""QuickTime:GenreID:10028"
-    "Books|Cookbooks, Food & Wine|Special Diet""QuickTime:GenreID:10029"
-    "Books|Cookbooks, Food & Wine|Special Occasions""QuickTime:GenreID:1003"
-    "Music|Alternative|Grunge""QuickTime:GenreID:10030""Books|Cookbooks, Food & Wine|Methods"
-    "QuickTime:GenreID:10031""Books|Cookbooks, Food & Wine|Reference""QuickTime:GenreID:10032"
-    "Books|Cookbooks, Food & Wine|Regional & Ethnic""QuickTime:GenreID:10033"
-    "Books|Cookbooks, Food & Wine|Specific Ingredients""QuickTime:GenreID:10034"
-    "Books|Lifestyle & Home|Crafts & Hobbies""QuickTime:GenreID:10035"
-    "Books|Professional & Technical|Design""QuickTime:GenreID:10036"
-    "Books|Arts & Entertainment|Theater""QuickTime:GenreID:10037"
-    "Books|Professional & Technical|Education""QuickTime:GenreID:10038"
-    "Books|Nonfiction|Family & Relationships""QuickTime:GenreID:10039"
-    "Books|Fiction & Literature|Action & Adventure""QuickTime:GenreID:1004"
-    "Music|Alternative|Indie Rock""QuickTime:GenreID:10040"
-    "Books|Fiction & Literature|African American""QuickTime:GenreID:10041"
-    "Books|Fiction & Literature|Religious""QuickTime:GenreID:10042"
-    "Books|Fiction & Literature|Classics""QuickTime:GenreID:10043"
-    "Books|Fiction & Literature|Erotica""QuickTime:GenreID:10044""Books|Sci-Fi & Fantasy|Fantasy"
-    "QuickTime:GenreID:10045""Books|Fiction & Literature|Gay""QuickTime:GenreID:10046"
-    "Books|Fiction & Literature|Ghost""QuickTime:GenreID:10047"
-    "Books|Fiction & Literature|Historical""QuickTime:GenreID:10048"
-    "Books|Fiction & Literature|Horror""QuickTime:GenreID:10049"
-    "Books|Fiction & Literature|Literary""QuickTime:GenreID:1005""Music|Alternative|New Wave"
-    "QuickTime:GenreID:10050""Books|Mysteries & Thrillers|Hard-Boiled""QuickTime:GenreID:10051"
-    "Books|Mysteries & Thrillers|Historical""QuickTime:GenreID:10052"
-    "Books|Mysteries & Thrillers|Police Procedural""QuickTime:GenreID:10053"
-    "Books|Mysteries & Thrillers|Short Stories""QuickTime:GenreID:10054"
-    "Books|Mysteries & Thrillers|British Detectives""QuickTime:GenreID:10055"
-    "Books|Mysteries & Thrillers|Women Sleuths""QuickTime:GenreID:10056"
-    "Books|Romance|Erotic Romance""QuickTime:GenreID:10057""Books|Romance|Contemporary"
-    "QuickTime:GenreID:10058""Books|Romance|Paranormal""QuickTime:GenreID:10059"
-    "Books|Romance|Historical""QuickTime:GenreID:1006""Music|Alternative|Punk"
-    "QuickTime:GenreID:10060""Books|Romance|Short Stories""QuickTime:GenreID:10061"
-    "Books|Romance|Suspense""QuickTime:GenreID:10062""Books|Romance|Western"
-    "QuickTime:GenreID:10063""Books|Sci-Fi & Fantasy|Science Fiction""QuickTime:GenreID:10064"
-    "Books|Sci-Fi & Fantasy|Science Fiction & Literature""QuickTime:GenreID:10065"
-    "Books|Fiction & Literature|Short Stories""QuickTime:GenreID:10066"
-    "Books|Reference|Foreign Languages""QuickTime:GenreID:10067""Books|Arts & Entertainment|Games"
-    "QuickTime:GenreID:10068""Books|Lifestyle & Home|Gardening""QuickTime:GenreID:10069"
-    "Books|Self-Development|Health & Fitness""QuickTime:GenreID:1007""Music|Blues|Chicago Blues"
-    "QuickTime:GenreID:10070""Books|History|Africa""QuickTime:GenreID:10071""Books|History|Americas"
-    "QuickTime:GenreID:10072""Books|History|Ancient""QuickTime:GenreID:10073""Books|History|Asia"
-    "QuickTime:GenreID:10074""Books|History|Australia & Oceania""QuickTime:GenreID:10075"
-    "Books|History|Europe""QuickTime:GenreID:10076""Books|History|Latin America"
-    "QuickTime:GenreID:10077""Books|History|Middle East""QuickTime:GenreID:10078"
-    "Books|History|Military""QuickTime:GenreID:10079""Books|History|United States"
-    "QuickTime:GenreID:10080""Books|History|World""QuickTime:GenreID:10081"
-    "Books|Children & Teens|Children's Fiction""QuickTime:GenreID:10082"
-    "Books|Children & Teens|Children's Nonfiction""QuickTime:GenreID:10083"
-    "Books|Professional & Technical|Law""QuickTime:GenreID:10084"
-    "Books|Fiction & Literature|Literary Criticism""QuickTime:GenreID:10085"
-    "Books|Science & Nature|Mathematics""QuickTime:GenreID:10086"
-    "Books|Professional & Technical|Medical""QuickTime:GenreID:10087"
-    "Books|Arts & Entertainment|Music""QuickTime:GenreID:10088""Books|Science & Nature|Nature"
-    "QuickTime:GenreID:10089""Books|Arts & Entertainment|Performing Arts""QuickTime:GenreID:1009"
-    "Music|Blues|Classic Blues""QuickTime:GenreID:10090""Books|Lifestyle & Home|Pets"
-    "QuickTime:GenreID:10091""Books|Nonfiction|Philosophy""QuickTime:GenreID:10092"
-    "Books|Arts & Entertainment|Photography""QuickTime:GenreID:10093"
-    "Books|Fiction & Literature|Poetry""QuickTime:GenreID:10094""Books|Self-Development|Psychology"
-    "QuickTime:GenreID:10095""Books|Reference|Almanacs & Yearbooks""QuickTime:GenreID:10096"
-    "Books|Reference|Atlases & Maps""QuickTime:GenreID:10097"
-    "Books|Reference|Catalogs & Directories""QuickTime:GenreID:10098"
-    "Books|Reference|Consumer Guides""QuickTime:GenreID:10099"
-    "Books|Reference|Dictionaries & Thesauruses""QuickTime:GenreID:1010"
-    "Music|Blues|Contemporary Blues""QuickTime:GenreID:10100""Books|Reference|Encyclopedias"
-    "QuickTime:GenreID:10101""Books|Reference|Etiquette""QuickTime:GenreID:10102"
-    "Books|Reference|Quotations""QuickTime:GenreID:10103""Books|Reference|Words & Language"
-    "QuickTime:GenreID:10104""Books|Reference|Writing""QuickTime:GenreID:10105"
-    "Books|Religion & Spirituality|Bible Studies""QuickTime:GenreID:10106"
-    "Books|Religion & Spirituality|Buddhism""QuickTime:GenreID:10107"
-    "Books|Religion & Spirituality|Christianity""QuickTime:GenreID:10108"
-    "Books|Religion & Spirituality|Hinduism""QuickTime:GenreID:10109"
-    "Books|Religion & Spirituality|Islam""QuickTime:GenreID:1011""Music|Blues|Country Blues"
-    "QuickTime:GenreID:10110""Books|Religion & Spirituality|Judaism""QuickTime:GenreID:10111"
-    "Books|Science & Nature|Astronomy""QuickTime:GenreID:10112""Books|Science & Nature|Chemistry"
-    "QuickTime:GenreID:10113""Books|Science & Nature|Earth Sciences""QuickTime:GenreID:10114"
-    "Books|Science & Nature|Essays""QuickTime:GenreID:10115""Books|Science & Nature|History"
-    "QuickTime:GenreID:10116""Books|Science & Nature|Life Sciences""QuickTime:GenreID:10117"
-    "Books|Science & Nature|Physics""QuickTime:GenreID:10118""Books|Science & Nature|Reference"
-    "QuickTime:GenreID:10119""Books|Self-Development|Self-Improvement""QuickTime:GenreID:1012"
-    "Music|Blues|Delta Blues""QuickTime:GenreID:10120""Books|Nonfiction|Social Science"
-    "QuickTime:GenreID:10121""Books|Sports & Outdoors|Baseball""QuickTime:GenreID:10122"
-    "Books|Sports & Outdoors|Basketball""QuickTime:GenreID:10123""Books|Sports & Outdoors|Coaching"
-    "QuickTime:GenreID:10124""Books|Sports & Outdoors|Extreme Sports""QuickTime:GenreID:10125"
-    "Books|Sports & Outdoors|Football""QuickTime:GenreID:10126""Books|Sports & Outdoors|Golf"
-    "QuickTime:GenreID:10127""Books|Sports & Outdoors|Hockey""QuickTime:GenreID:10128"
-    "Books|Sports & Outdoors|Mountaineering""QuickTime:GenreID:10129"
-    "Books|Sports & Outdoors|Outdoors""QuickTime:GenreID:1013""Music|Blues|Electric Blues"
-    "QuickTime:GenreID:10130""Books|Sports & Outdoors|Racket Sports""QuickTime:GenreID:10131"
-    "Books|Sports & Outdoors|Reference""QuickTime:GenreID:10132""Books|Sports & Outdoors|Soccer"
-    "QuickTime:GenreID:10133""Books|Sports & Outdoors|Training""QuickTime:GenreID:10134"
-    "Books|Sports & Outdoors|Water Sports""QuickTime:GenreID:10135"
-    "Books|Sports & Outdoors|Winter Sports""QuickTime:GenreID:10136""Books|Reference|Study Aids"
-    "QuickTime:GenreID:10137""Books|Professional & Technical|Engineering""QuickTime:GenreID:10138"
-    "Books|Nonfiction|Transportation""QuickTime:GenreID:10139""Books|Travel & Adventure|Africa"
-    "QuickTime:GenreID:1014""Music|Children's Music|Lullabies""QuickTime:GenreID:10140"
-    "Books|Travel & Adventure|Asia""QuickTime:GenreID:10141"
-    "Books|Travel & Adventure|Specialty Travel""QuickTime:GenreID:10142"
-    "Books|Travel & Adventure|Canada""QuickTime:GenreID:10143""Books|Travel & Adventure|Caribbean"
-    "QuickTime:GenreID:10144""Books|Travel & Adventure|Latin America""QuickTime:GenreID:10145"
-    "Books|Travel & Adventure|Essays & Memoirs""QuickTime:GenreID:10146"
-    "Books|Travel & Adventure|Europe""QuickTime:GenreID:10147""Books|Travel & Adventure|Middle East"
-    "QuickTime:GenreID:10148""Books|Travel & Adventure|United States""QuickTime:GenreID:10149"
-    "Books|Nonfiction|True Crime""QuickTime:GenreID:1015""Music|Children's Music|Sing-Along"
-    "QuickTime:GenreID:1016""Music|Children's Music|Stories""QuickTime:GenreID:1017"
-    "Music|Classical|Avant-Garde""QuickTime:GenreID:1018""Music|Classical|Baroque Era"
-    "QuickTime:GenreID:1019""Music|Classical|Chamber Music""QuickTime:GenreID:1020"
-    "Music|Classical|Chant""QuickTime:GenreID:1021""Music|Classical|Choral""QuickTime:GenreID:1022"
-    "Music|Classical|Classical Crossover""QuickTime:GenreID:1023""Music|Classical|Early Music"
-    "QuickTime:GenreID:1024""Music|Classical|Impressionist""QuickTime:GenreID:1025"
-    "Music|Classical|Medieval Era""QuickTime:GenreID:1026""Music|Classical|Minimalism"
-    "QuickTime:GenreID:1027""Music|Classical|Modern Era""QuickTime:GenreID:1028"
-    "Music|Classical|Opera""QuickTime:GenreID:1029""Music|Classical|Orchestral"
-    "QuickTime:GenreID:1030""Music|Classical|Renaissance""QuickTime:GenreID:1031"
-    "Music|Classical|Romantic Era""QuickTime:GenreID:1032""Music|Classical|Wedding Music"
-    "QuickTime:GenreID:1033""Music|Country|Alternative Country""QuickTime:GenreID:1034"
-    "Music|Country|Americana""QuickTime:GenreID:1035""Music|Country|Bluegrass"
-    "QuickTime:GenreID:1036""Music|Country|Contemporary Bluegrass""QuickTime:GenreID:1037"
-    "Music|Country|Contemporary Country""QuickTime:GenreID:1038""Music|Country|Country Gospel"
-    "QuickTime:GenreID:1039""Music|Country|Honky Tonk""QuickTime:GenreID:1040"
-    "Music|Country|Outlaw Country""QuickTime:GenreID:1041""Music|Country|Traditional Bluegrass"
-    "QuickTime:GenreID:1042""Music|Country|Traditional Country""QuickTime:GenreID:1043"
-    "Music|Country|Urban Cowboy""QuickTime:GenreID:1044""Music|Dance|Breakbeat"
-    "QuickTime:GenreID:1045""Music|Dance|Exercise""QuickTime:GenreID:1046""Music|Dance|Garage"
-    "QuickTime:GenreID:1047""Music|Dance|Hardcore""QuickTime:GenreID:1048""Music|Dance|House"
-    "QuickTime:GenreID:1049""Music|Dance|Jungle/Drum'n'bass""QuickTime:GenreID:1050"
-    "Music|Dance|Techno""QuickTime:GenreID:1051""Music|Dance|Trance""QuickTime:GenreID:1052"
-    "Music|Jazz|Big Band""QuickTime:GenreID:1053""Music|Jazz|Bop""QuickTime:GenreID:1054"
-    "Music|Easy Listening|Lounge""QuickTime:GenreID:1055""Music|Easy Listening|Swing"
-    "QuickTime:GenreID:1056""Music|Electronic|Ambient""QuickTime:GenreID:1057"
-    "Music|Electronic|Downtempo""QuickTime:GenreID:1058""Music|Electronic|Electronica"
-    "QuickTime:GenreID:1060""Music|Electronic|IDM/Experimental""QuickTime:GenreID:1061"
-    "Music|Electronic|Industrial""QuickTime:GenreID:1062""Music|Singer/Songwriter|Alternative Folk"
-    "QuickTime:GenreID:1063""Music|Singer/Songwriter|Contemporary Folk""QuickTime:GenreID:1064"
-    "Music|Singer/Songwriter|Contemporary Singer/Songwriter""QuickTime:GenreID:1065"
-    "Music|Singer/Songwriter|Folk-Rock""QuickTime:GenreID:1066"
-    "Music|Singer/Songwriter|New Acoustic""QuickTime:GenreID:1067"
-    "Music|Singer/Songwriter|Traditional Folk""QuickTime:GenreID:1068"
-    "Music|Hip-Hop/Rap|Alternative Rap""QuickTime:GenreID:1069""Music|Hip-Hop/Rap|Dirty South"
-    "QuickTime:GenreID:1070""Music|Hip-Hop/Rap|East Coast Rap""QuickTime:GenreID:1071"
-    "Music|Hip-Hop/Rap|Gangsta Rap""QuickTime:GenreID:1072""Music|Hip-Hop/Rap|Hardcore Rap"
-    "QuickTime:GenreID:1073""Music|Hip-Hop/Rap|Hip-Hop""QuickTime:GenreID:1074"
-    "Music|Hip-Hop/Rap|Latin Rap""QuickTime:GenreID:1075""Music|Hip-Hop/Rap|Old School Rap"
-    "QuickTime:GenreID:1076""Music|Hip-Hop/Rap|Rap""QuickTime:GenreID:1077"
-    "Music|Hip-Hop/Rap|Underground Rap""QuickTime:GenreID:1078""Music|Hip-Hop/Rap|West Coast Rap"
-    "QuickTime:GenreID:1079""Music|Holiday|Chanukah""QuickTime:GenreID:1080"
-    "Music|Holiday|Christmas""QuickTime:GenreID:1081""Music|Holiday|Christmas: Children's"
-    "QuickTime:GenreID:1082""Music|Holiday|Christmas: Classic""QuickTime:GenreID:1083"
-    "Music|Holiday|Christmas: Classical""QuickTime:GenreID:1084""Music|Holiday|Christmas: Jazz"
-    "QuickTime:GenreID:1085""Music|Holiday|Christmas: Modern""QuickTime:GenreID:1086"
-    "Music|Holiday|Christmas: Pop""QuickTime:GenreID:1087""Music|Holiday|Christmas: R&B"
-    "QuickTime:GenreID:1088""Music|Holiday|Christmas: Religious""QuickTime:GenreID:1089"
-    "Music|Holiday|Christmas: Rock""QuickTime:GenreID:1090""Music|Holiday|Easter"
-    "QuickTime:GenreID:1091""Music|Holiday|Halloween""QuickTime:GenreID:1092"
-    "Music|Holiday|Holiday: Other""QuickTime:GenreID:1093""Music|Holiday|Thanksgiving"
-    "QuickTime:GenreID:1094""Music|Christian & Gospel|CCM""QuickTime:GenreID:1095"
-    "Music|Christian & Gospel|Christian Metal""QuickTime:GenreID:1096"
-    "Music|Christian & Gospel|Christian Pop""QuickTime:GenreID:1097"
-    "Music|Christian & Gospel|Christian Rap""QuickTime:GenreID:1098"
-    "Music|Christian & Gospel|Christian Rock""QuickTime:GenreID:1099"
-    "Music|Christian & Gospel|Classic Christian""QuickTime:GenreID:11""Music|Jazz"
-    "QuickTime:GenreID:1100""Music|Christian & Gospel|Contemporary Gospel""QuickTime:GenreID:11001"
-    "Books|Sci-Fi & Fantasy|Fantasy|Contemporary""QuickTime:GenreID:11002"
-    "Books|Sci-Fi & Fantasy|Fantasy|Epic""QuickTime:GenreID:11003"
-    "Books|Sci-Fi & Fantasy|Fantasy|Historical""QuickTime:GenreID:11004"
-    "Books|Sci-Fi & Fantasy|Fantasy|Paranormal""QuickTime:GenreID:11005"
-    "Books|Sci-Fi & Fantasy|Fantasy|Short Stories""QuickTime:GenreID:11006"
-    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|Adventure""QuickTime:GenreID:11007"
-    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|High Tech""QuickTime:GenreID:11008"
-    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|Short Stories""QuickTime:GenreID:11009"
-    "Books|Professional & Technical|Education|Language Arts & Disciplines""QuickTime:GenreID:1101"
-    "Music|Christian & Gospel|Gospel""QuickTime:GenreID:11010""Books|Communications & Media"
-    "QuickTime:GenreID:11011""Books|Communications & Media|Broadcasting""QuickTime:GenreID:11012"
-    "Books|Communications & Media|Digital Media""QuickTime:GenreID:11013"
-    "Books|Communications & Media|Journalism""QuickTime:GenreID:11014"
-    "Books|Communications & Media|Photojournalism""QuickTime:GenreID:11015"
-    "Books|Communications & Media|Print""QuickTime:GenreID:11016"
-    "Books|Communications & Media|Speech""QuickTime:GenreID:11017"
-    "Books|Communications & Media|Writing""QuickTime:GenreID:11018"
-    "Books|Arts & Entertainment|Art & Architecture|Urban Planning""QuickTime:GenreID:11019"
-    "Books|Arts & Entertainment|Dance""QuickTime:GenreID:11020""Books|Arts & Entertainment|Fashion"
-    "QuickTime:GenreID:11021""Books|Arts & Entertainment|Film""QuickTime:GenreID:11022"
-    "Books|Arts & Entertainment|Interior Design""QuickTime:GenreID:11023"
-    "Books|Arts & Entertainment|Media Arts""QuickTime:GenreID:11024"
-    "Books|Arts & Entertainment|Radio""QuickTime:GenreID:11025""Books|Arts & Entertainment|TV"
-    "QuickTime:GenreID:11026""Books|Arts & Entertainment|Visual Arts""QuickTime:GenreID:11027"
-    "Books|Biographies & Memoirs|Arts & Entertainment""QuickTime:GenreID:11028"
-    "Books|Biographies & Memoirs|Business""QuickTime:GenreID:11029"
-    "Books|Biographies & Memoirs|Culinary""QuickTime:GenreID:1103"
-    "Music|Christian & Gospel|Praise & Worship""QuickTime:GenreID:11030"
-    "Books|Biographies & Memoirs|Gay & Lesbian""QuickTime:GenreID:11031"
-    "Books|Biographies & Memoirs|Historical""QuickTime:GenreID:11032"
-    "Books|Biographies & Memoirs|Literary""QuickTime:GenreID:11033"
-    "Books|Biographies & Memoirs|Media & Journalism""QuickTime:GenreID:11034"
-    "Books|Biographies & Memoirs|Military""QuickTime:GenreID:11035"
-    "Books|Biographies & Memoirs|Politics""QuickTime:GenreID:11036"
-    "Books|Biographies & Memoirs|Religious""QuickTime:GenreID:11037"
-    "Books|Biographies & Memoirs|Science & Technology""QuickTime:GenreID:11038"
-    "Books|Biographies & Memoirs|Sports""QuickTime:GenreID:11039""Books|Biographies & Memoirs|Women"
-    "QuickTime:GenreID:1104""Music|Christian & Gospel|Southern Gospel""QuickTime:GenreID:11040"
-    "Books|Romance|New Adult""QuickTime:GenreID:11042""Books|Romance|Romantic Comedy"
-    "QuickTime:GenreID:11043""Books|Romance|Gay & Lesbian""QuickTime:GenreID:11044"
-    "Books|Fiction & Literature|Essays""QuickTime:GenreID:11045"
-    "Books|Fiction & Literature|Anthologies""QuickTime:GenreID:11046"
-    "Books|Fiction & Literature|Comparative Literature""QuickTime:GenreID:11047"
-    "Books|Fiction & Literature|Drama""QuickTime:GenreID:11049"
-    "Books|Fiction & Literature|Fairy Tales, Myths & Fables""QuickTime:GenreID:1105"
-    "Music|Christian & Gospel|Traditional Gospel""QuickTime:GenreID:11050"
-    "Books|Fiction & Literature|Family""QuickTime:GenreID:11051"
-    "Books|Comics & Graphic Novels|Manga|School Drama""QuickTime:GenreID:11052"
-    "Books|Comics & Graphic Novels|Manga|Human Drama""QuickTime:GenreID:11053"
-    "Books|Comics & Graphic Novels|Manga|Family Drama""QuickTime:GenreID:11054"
-    "Books|Sports & Outdoors|Boxing""QuickTime:GenreID:11055""Books|Sports & Outdoors|Cricket"
-    "QuickTime:GenreID:11056""Books|Sports & Outdoors|Cycling""QuickTime:GenreID:11057"
-    "Books|Sports & Outdoors|Equestrian""QuickTime:GenreID:11058"
-    "Books|Sports & Outdoors|Martial Arts & Self Defense""QuickTime:GenreID:11059"
-    "Books|Sports & Outdoors|Motor Sports""QuickTime:GenreID:1106""Music|Jazz|Avant-Garde Jazz"
-    "QuickTime:GenreID:11060""Books|Sports & Outdoors|Rugby""QuickTime:GenreID:11061"
-    "Books|Sports & Outdoors|Running""QuickTime:GenreID:11062"
-    "Books|Self-Development|Diet & Nutrition""QuickTime:GenreID:11063"
-    "Books|Science & Nature|Agriculture""QuickTime:GenreID:11064""Books|Science & Nature|Atmosphere"
-    "QuickTime:GenreID:11065""Books|Science & Nature|Biology""QuickTime:GenreID:11066"
-    "Books|Science & Nature|Ecology""QuickTime:GenreID:11067""Books|Science & Nature|Environment"
-    "QuickTime:GenreID:11068""Books|Science & Nature|Geography""QuickTime:GenreID:11069"
-    "Books|Science & Nature|Geology""QuickTime:GenreID:1107""Music|Jazz|Contemporary Jazz"
-    "QuickTime:GenreID:11070""Books|Nonfiction|Social Science|Anthropology""QuickTime:GenreID:11071"
-    "Books|Nonfiction|Social Science|Archaeology""QuickTime:GenreID:11072"
-    "Books|Nonfiction|Social Science|Civics""QuickTime:GenreID:11073"
-    "Books|Nonfiction|Social Science|Government""QuickTime:GenreID:11074"
-    "Books|Nonfiction|Social Science|Social Studies""QuickTime:GenreID:11075"
-    "Books|Nonfiction|Social Science|Social Welfare""QuickTime:GenreID:11076"
-    "Books|Nonfiction|Social Science|Society""QuickTime:GenreID:11077"
-    "Books|Nonfiction|Philosophy|Aesthetics""QuickTime:GenreID:11078"
-    "Books|Nonfiction|Philosophy|Epistemology""QuickTime:GenreID:11079"
-    "Books|Nonfiction|Philosophy|Ethics""QuickTime:GenreID:1108""Music|Jazz|Crossover Jazz"
-    "QuickTime:GenreID:11080""Books|Nonfiction|Philosophy|Language""QuickTime:GenreID:11081"
-    "Books|Nonfiction|Philosophy|Logic""QuickTime:GenreID:11082"
-    "Books|Nonfiction|Philosophy|Metaphysics""QuickTime:GenreID:11083"
-    "Books|Nonfiction|Philosophy|Political""QuickTime:GenreID:11084"
-    "Books|Nonfiction|Philosophy|Religion""QuickTime:GenreID:11085""Books|Reference|Manuals"
-    "QuickTime:GenreID:11086""Books|Kids""QuickTime:GenreID:11087""Books|Kids|Animals"
-    "QuickTime:GenreID:11088""Books|Kids|Basic Concepts""QuickTime:GenreID:11089"
-    "Books|Kids|Basic Concepts|Alphabet""QuickTime:GenreID:1109""Music|Jazz|Dixieland"
-    "QuickTime:GenreID:11090""Books|Kids|Basic Concepts|Body""QuickTime:GenreID:11091"
-    "Books|Kids|Basic Concepts|Colors""QuickTime:GenreID:11092"
-    "Books|Kids|Basic Concepts|Counting & Numbers""QuickTime:GenreID:11093"
-    "Books|Kids|Basic Concepts|Date & Time""QuickTime:GenreID:11094"
-    "Books|Kids|Basic Concepts|General""QuickTime:GenreID:11095""Books|Kids|Basic Concepts|Money"
-    "QuickTime:GenreID:11096""Books|Kids|Basic Concepts|Opposites""QuickTime:GenreID:11097"
-    "Books|Kids|Basic Concepts|Seasons""QuickTime:GenreID:11098"
-    "Books|Kids|Basic Concepts|Senses & Sensation""QuickTime:GenreID:11099"
-    "Books|Kids|Basic Concepts|Size & Shape""QuickTime:GenreID:1110""Music|Jazz|Fusion"
-    "QuickTime:GenreID:11100""Books|Kids|Basic Concepts|Sounds""QuickTime:GenreID:11101"
-    "Books|Kids|Basic Concepts|Words""QuickTime:GenreID:11102""Books|Kids|Biography"
-    "QuickTime:GenreID:11103""Books|Kids|Careers & Occupations""QuickTime:GenreID:11104"
-    "Books|Kids|Computers & Technology""QuickTime:GenreID:11105""Books|Kids|Cooking & Food"
-    "QuickTime:GenreID:11106""Books|Kids|Arts & Entertainment""QuickTime:GenreID:11107"
-    "Books|Kids|Arts & Entertainment|Art""QuickTime:GenreID:11108"
-    "Books|Kids|Arts & Entertainment|Crafts""QuickTime:GenreID:11109"
-    "Books|Kids|Arts & Entertainment|Music""QuickTime:GenreID:1111""Music|Jazz|Latin Jazz"
-    "QuickTime:GenreID:11110""Books|Kids|Arts & Entertainment|Performing Arts"
-    "QuickTime:GenreID:11111""Books|Kids|Family""QuickTime:GenreID:11112""Books|Kids|Fiction"
-    "QuickTime:GenreID:11113""Books|Kids|Fiction|Action & Adventure""QuickTime:GenreID:11114"
-    "Books|Kids|Fiction|Animals""QuickTime:GenreID:11115""Books|Kids|Fiction|Classics"
-    "QuickTime:GenreID:11116""Books|Kids|Fiction|Comics & Graphic Novels""QuickTime:GenreID:11117"
-    "Books|Kids|Fiction|Culture, Places & People""QuickTime:GenreID:11118"
-    "Books|Kids|Fiction|Family & Relationships""QuickTime:GenreID:11119""Books|Kids|Fiction|Fantasy"
-    "QuickTime:GenreID:1112""Music|Jazz|Mainstream Jazz""QuickTime:GenreID:11120"
-    "Books|Kids|Fiction|Fairy Tales, Myths & Fables""QuickTime:GenreID:11121"
-    "Books|Kids|Fiction|Favorite Characters""QuickTime:GenreID:11122""Books|Kids|Fiction|Historical"
-    "QuickTime:GenreID:11123""Books|Kids|Fiction|Holidays & Celebrations""QuickTime:GenreID:11124"
-    "Books|Kids|Fiction|Monsters & Ghosts""QuickTime:GenreID:11125""Books|Kids|Fiction|Mysteries"
-    "QuickTime:GenreID:11126""Books|Kids|Fiction|Nature""QuickTime:GenreID:11127"
-    "Books|Kids|Fiction|Religion""QuickTime:GenreID:11128""Books|Kids|Fiction|Sci-Fi"
-    "QuickTime:GenreID:11129""Books|Kids|Fiction|Social Issues""QuickTime:GenreID:1113"
-    "Music|Jazz|Ragtime""QuickTime:GenreID:11130""Books|Kids|Fiction|Sports & Recreation"
-    "QuickTime:GenreID:11131""Books|Kids|Fiction|Transportation""QuickTime:GenreID:11132"
-    "Books|Kids|Games & Activities""QuickTime:GenreID:11133""Books|Kids|General Nonfiction"
-    "QuickTime:GenreID:11134""Books|Kids|Health""QuickTime:GenreID:11135""Books|Kids|History"
-    "QuickTime:GenreID:11136""Books|Kids|Holidays & Celebrations""QuickTime:GenreID:11137"
-    "Books|Kids|Holidays & Celebrations|Birthdays""QuickTime:GenreID:11138"
-    "Books|Kids|Holidays & Celebrations|Christmas & Advent""QuickTime:GenreID:11139"
-    "Books|Kids|Holidays & Celebrations|Easter & Lent""QuickTime:GenreID:1114"
-    "Music|Jazz|Smooth Jazz""QuickTime:GenreID:11140""Books|Kids|Holidays & Celebrations|General"
-    "QuickTime:GenreID:11141""Books|Kids|Holidays & Celebrations|Halloween""QuickTime:GenreID:11142"
-    "Books|Kids|Holidays & Celebrations|Hanukkah""QuickTime:GenreID:11143"
-    "Books|Kids|Holidays & Celebrations|Other""QuickTime:GenreID:11144"
-    "Books|Kids|Holidays & Celebrations|Passover""QuickTime:GenreID:11145"
-    "Books|Kids|Holidays & Celebrations|Patriotic Holidays""QuickTime:GenreID:11146"
-    "Books|Kids|Holidays & Celebrations|Ramadan""QuickTime:GenreID:11147"
-    "Books|Kids|Holidays & Celebrations|Thanksgiving""QuickTime:GenreID:11148"
-    "Books|Kids|Holidays & Celebrations|Valentine's Day""QuickTime:GenreID:11149""Books|Kids|Humor"
-    "QuickTime:GenreID:1115""Music|Latino|Latin Jazz""QuickTime:GenreID:11150"
-    "Books|Kids|Humor|Jokes & Riddles""QuickTime:GenreID:11151""Books|Kids|Poetry"
-    "QuickTime:GenreID:11152""Books|Kids|Learning to Read""QuickTime:GenreID:11153"
-    "Books|Kids|Learning to Read|Chapter Books""QuickTime:GenreID:11154"
-    "Books|Kids|Learning to Read|Early Readers""QuickTime:GenreID:11155"
-    "Books|Kids|Learning to Read|Intermediate Readers""QuickTime:GenreID:11156"
-    "Books|Kids|Nursery Rhymes""QuickTime:GenreID:11157""Books|Kids|Government"
-    "QuickTime:GenreID:11158""Books|Kids|Reference""QuickTime:GenreID:11159""Books|Kids|Religion"
-    "QuickTime:GenreID:1116""Music|Latino|Contemporary Latin""QuickTime:GenreID:11160"
-    "Books|Kids|Science & Nature""QuickTime:GenreID:11161""Books|Kids|Social Issues"
-    "QuickTime:GenreID:11162""Books|Kids|Social Studies""QuickTime:GenreID:11163"
-    "Books|Kids|Sports & Recreation""QuickTime:GenreID:11164""Books|Kids|Transportation"
-    "QuickTime:GenreID:11165""Books|Young Adult""QuickTime:GenreID:11166""Books|Young Adult|Animals"
-    "QuickTime:GenreID:11167""Books|Young Adult|Biography""QuickTime:GenreID:11168"
-    "Books|Young Adult|Careers & Occupations""QuickTime:GenreID:11169"
-    "Books|Young Adult|Computers & Technology""QuickTime:GenreID:1117""Music|Latino|Pop Latino"
-    "QuickTime:GenreID:11170""Books|Young Adult|Cooking & Food""QuickTime:GenreID:11171"
-    "Books|Young Adult|Arts & Entertainment""QuickTime:GenreID:11172"
-    "Books|Young Adult|Arts & Entertainment|Art""QuickTime:GenreID:11173"
-    "Books|Young Adult|Arts & Entertainment|Crafts""QuickTime:GenreID:11174"
-    "Books|Young Adult|Arts & Entertainment|Music""QuickTime:GenreID:11175"
-    "Books|Young Adult|Arts & Entertainment|Performing Arts""QuickTime:GenreID:11176"
-    "Books|Young Adult|Family""QuickTime:GenreID:11177""Books|Young Adult|Fiction"
-    "QuickTime:GenreID:11178""Books|Young Adult|Fiction|Action & Adventure""QuickTime:GenreID:11179"
-    "Books|Young Adult|Fiction|Animals""QuickTime:GenreID:1118""Music|Latino|Raices"
-    "QuickTime:GenreID:11180""Books|Young Adult|Fiction|Classics""QuickTime:GenreID:11181"
-    "Books|Young Adult|Fiction|Comics & Graphic Novels""QuickTime:GenreID:11182"
-    "Books|Young Adult|Fiction|Culture, Places & People""QuickTime:GenreID:11183"
-    "Books|Young Adult|Fiction|Dystopian""QuickTime:GenreID:11184"
-    "Books|Young Adult|Fiction|Family & Relationships""QuickTime:GenreID:11185"
-    "Books|Young Adult|Fiction|Fantasy""QuickTime:GenreID:11186"
-    "Books|Young Adult|Fiction|Fairy Tales, Myths & Fables""QuickTime:GenreID:11187"
-    "Books|Young Adult|Fiction|Favorite Characters""QuickTime:GenreID:11188"
-    "Books|Young Adult|Fiction|Historical""QuickTime:GenreID:11189"
-    "Books|Young Adult|Fiction|Holidays & Celebrations""QuickTime:GenreID:1119"
-    "Music|Latino|Urbano latino""QuickTime:GenreID:11190"
-    "Books|Young Adult|Fiction|Horror, Monsters & Ghosts""QuickTime:GenreID:11191"
-    "Books|Young Adult|Fiction|Crime & Mystery""QuickTime:GenreID:11192"
-    "Books|Young Adult|Fiction|Nature""QuickTime:GenreID:11193""Books|Young Adult|Fiction|Religion"
-    "QuickTime:GenreID:11194""Books|Young Adult|Fiction|Romance""QuickTime:GenreID:11195"
-    "Books|Young Adult|Fiction|Sci-Fi""QuickTime:GenreID:11196"
-    "Books|Young Adult|Fiction|Coming of Age""QuickTime:GenreID:11197"
-    "Books|Young Adult|Fiction|Sports & Recreation""QuickTime:GenreID:11198"
-    "Books|Young Adult|Fiction|Transportation""QuickTime:GenreID:11199"
-    "Books|Young Adult|Games & Activities""QuickTime:GenreID:1120""Music|Latino|Baladas y Boleros"
-    "QuickTime:GenreID:11200""Books|Young Adult|General Nonfiction""QuickTime:GenreID:11201"
-    "Books|Young Adult|Health""QuickTime:GenreID:11202""Books|Young Adult|History"
-    "QuickTime:GenreID:11203""Books|Young Adult|Holidays & Celebrations""QuickTime:GenreID:11204"
-    "Books|Young Adult|Holidays & Celebrations|Birthdays""QuickTime:GenreID:11205"
-    "Books|Young Adult|Holidays & Celebrations|Christmas & Advent""QuickTime:GenreID:11206"
-    "Books|Young Adult|Holidays & Celebrations|Easter & Lent""QuickTime:GenreID:11207"
-    "Books|Young Adult|Holidays & Celebrations|General""QuickTime:GenreID:11208"
-    "Books|Young Adult|Holidays & Celebrations|Halloween""QuickTime:GenreID:11209"
-    "Books|Young Adult|Holidays & Celebrations|Hanukkah""QuickTime:GenreID:1121"
-    "Music|Latino|Rock y Alternativo""QuickTime:GenreID:11210"
-    "Books|Young Adult|Holidays & Celebrations|Other""QuickTime:GenreID:11211"
-    "Books|Young Adult|Holidays & Celebrations|Passover""QuickTime:GenreID:11212"
-    "Books|Young Adult|Holidays & Celebrations|Patriotic Holidays""QuickTime:GenreID:11213"
-    "Books|Young Adult|Holidays & Celebrations|Ramadan""QuickTime:GenreID:11214"
-    "Books|Young Adult|Holidays & Celebrations|Thanksgiving""QuickTime:GenreID:11215"
-    "Books|Young Adult|Holidays & Celebrations|Valentine's Day""QuickTime:GenreID:11216"
-    "Books|Young Adult|Humor""QuickTime:GenreID:11217""Books|Young Adult|Humor|Jokes & Riddles"
-    "QuickTime:GenreID:11218""Books|Young Adult|Poetry""QuickTime:GenreID:11219"
-    "Books|Young Adult|Politics & Government""QuickTime:GenreID:1122""Music|Brazilian"
-    "QuickTime:GenreID:11220""Books|Young Adult|Reference""QuickTime:GenreID:11221"
-    "Books|Young Adult|Religion""QuickTime:GenreID:11222""Books|Young Adult|Science & Nature"
-    "QuickTime:GenreID:11223""Books|Young Adult|Coming of Age""QuickTime:GenreID:11224"
-    "Books|Young Adult|Social Studies""QuickTime:GenreID:11225"
-    "Books|Young Adult|Sports & Recreation""QuickTime:GenreID:11226"
-    "Books|Young Adult|Transportation""QuickTime:GenreID:11227""QuickTime:GenreID:11228"
-    "Books|Military & Warfare""QuickTime:GenreID:11229""Books|Romance|Inspirational"
-    "QuickTime:GenreID:1123""Music|Latino|Musica Mexicana""QuickTime:GenreID:11231"
-    "Books|Romance|Holiday""QuickTime:GenreID:11232""Books|Romance|Wholesome"
-    "QuickTime:GenreID:11233""Books|Romance|Military""QuickTime:GenreID:11234"
-    "Books|Arts & Entertainment|Art History""QuickTime:GenreID:11236"
-    "Books|Arts & Entertainment|Design""QuickTime:GenreID:1124""Music|Latino|Musica tropical"
-    "QuickTime:GenreID:11243""Books|Business & Personal Finance|Accounting""QuickTime:GenreID:11244"
-    "Books|Business & Personal Finance|Hospitality""QuickTime:GenreID:11245"
-    "Books|Business & Personal Finance|Real Estate""QuickTime:GenreID:11246"
-    "Books|Humor|Jokes & Riddles""QuickTime:GenreID:11247"
-    "Books|Religion & Spirituality|Comparative Religion""QuickTime:GenreID:1125"
-    "Music|New Age|Environmental""QuickTime:GenreID:11255"
-    "Books|Cookbooks, Food & Wine|Culinary Arts""QuickTime:GenreID:11259"
-    "Books|Mysteries & Thrillers|Cozy""QuickTime:GenreID:1126""Music|New Age|Healing"
-    "QuickTime:GenreID:11260""Books|Politics & Current Events|Current Events"
+    "QuickTime:GenProfileCompatibilityFlags:1073741824" "Main"
+    "QuickTime:GenProfileCompatibilityFlags:134217728" "Format Range Extensions"
+    "QuickTime:GenProfileCompatibilityFlags:16777216" "Scalable Main"
+    "QuickTime:GenProfileCompatibilityFlags:2097152" "Scalable Format Range Extensions"
+    "QuickTime:GenProfileCompatibilityFlags:2147483648" "No Profile"
+    "QuickTime:GenProfileCompatibilityFlags:268435456" "Main Still Picture"
+    "QuickTime:GenProfileCompatibilityFlags:33554432" "Multiview Main"
+    "QuickTime:GenProfileCompatibilityFlags:4194304" "Screen Content Coding Extensions"
+    "QuickTime:GenProfileCompatibilityFlags:536870912" "Main 10"
+    "QuickTime:GenProfileCompatibilityFlags:67108864" "High Throughput"
+    "QuickTime:GenProfileCompatibilityFlags:8388608" "3D Main" "QuickTime:Gender"
+    "QuickTime:GeneralLevelIDC" "General Level IDC" "QuickTime:GeneralProfileIDC"
+    "General Profile IDC" "QuickTime:GeneralProfileIDC:0" "QuickTime:GeneralProfileIDC:1"
+    "QuickTime:GeneralProfileIDC:10" "QuickTime:GeneralProfileIDC:11"
+    "QuickTime:GeneralProfileIDC:2" "QuickTime:GeneralProfileIDC:3" "QuickTime:GeneralProfileIDC:4"
+    "QuickTime:GeneralProfileIDC:5" "QuickTime:GeneralProfileIDC:6" "QuickTime:GeneralProfileIDC:7"
+    "QuickTime:GeneralProfileIDC:8" "QuickTime:GeneralProfileIDC:9" "QuickTime:GeneralProfileSpace"
+    "General Profile Space" "QuickTime:GeneralProfileSpace:0" "Conforming"
+    "QuickTime:GeneralTierFlag" "General Tier Flag" "QuickTime:GeneralTierFlag:0" "Main Tier"
+    "QuickTime:GeneralTierFlag:1" "High Tier" "QuickTime:Genre" "QuickTime:GenreID" "Genre ID"
+    "QuickTime:GenreID:10" "Music|Singer/Songwriter" "QuickTime:GenreID:100000"
+    "Music|Christian & Gospel" "QuickTime:GenreID:100001" "Music|Classical|Art Song"
+    "QuickTime:GenreID:100002" "Music|Classical|Brass & Woodwinds" "QuickTime:GenreID:100003"
+    "Music|Classical|Solo Instrumental" "QuickTime:GenreID:100004"
+    "Music|Classical|Contemporary Era" "QuickTime:GenreID:100005" "Music|Classical|Oratorio"
+    "QuickTime:GenreID:100006" "Music|Classical|Cantata" "QuickTime:GenreID:100007"
+    "Music|Classical|Electronic" "QuickTime:GenreID:100008" "Music|Classical|Sacred"
+    "QuickTime:GenreID:100009" "Music|Classical|Guitar" "QuickTime:GenreID:10001"
+    "Books|Lifestyle & Home|Antiques & Collectibles" "QuickTime:GenreID:100010"
+    "Music|Classical|Piano" "QuickTime:GenreID:100011" "Music|Classical|Violin"
+    "QuickTime:GenreID:100012" "Music|Classical|Cello" "QuickTime:GenreID:100013"
+    "Music|Classical|Percussion" "QuickTime:GenreID:100014" "Music|Electronic|Dubstep"
+    "QuickTime:GenreID:100015" "Music|Electronic|Bass" "QuickTime:GenreID:100016"
+    "Music|Hip-Hop/Rap|UK Hip-Hop" "QuickTime:GenreID:100017" "Music|Reggae|Lovers Rock"
+    "QuickTime:GenreID:100018" "Music|Alternative|EMO" "QuickTime:GenreID:100019"
+    "Music|Alternative|Pop Punk" "QuickTime:GenreID:10002"
+    "Books|Arts & Entertainment|Art & Architecture" "QuickTime:GenreID:100020"
+    "Music|Alternative|Indie Pop" "QuickTime:GenreID:100021" "Music|New Age|Yoga"
+    "QuickTime:GenreID:100022" "Music|Pop|Tribute" "QuickTime:GenreID:100023" "Music|Pop|Shows"
+    "QuickTime:GenreID:100024" "Music|Cuban" "QuickTime:GenreID:100025" "Music|Cuban|Mambo"
+    "QuickTime:GenreID:100026" "Music|Cuban|Chachacha" "QuickTime:GenreID:100027"
+    "Music|Cuban|Guajira" "QuickTime:GenreID:100028" "Music|Cuban|Son" "QuickTime:GenreID:100029"
+    "Music|Cuban|Bolero" "QuickTime:GenreID:10003" "Books|Religion & Spirituality|Bibles"
+    "QuickTime:GenreID:100030" "Music|Cuban|Guaracha" "QuickTime:GenreID:100031" "Music|Cuban|Timba"
+    "QuickTime:GenreID:100032" "Music|Soundtrack|Video Game" "QuickTime:GenreID:100033"
+    "Music|Indian|Regional Indian|Punjabi|Punjabi Pop" "QuickTime:GenreID:100034"
+    "Music|Indian|Regional Indian|Bengali|Rabindra Sangeet" "QuickTime:GenreID:100035"
+    "Music|Indian|Regional Indian|Malayalam" "QuickTime:GenreID:100036"
+    "Music|Indian|Regional Indian|Kannada" "QuickTime:GenreID:100037"
+    "Music|Indian|Regional Indian|Marathi" "QuickTime:GenreID:100038"
+    "Music|Indian|Regional Indian|Gujarati" "QuickTime:GenreID:100039"
+    "Music|Indian|Regional Indian|Assamese" "QuickTime:GenreID:10004"
+    "Books|Self-Development|Spirituality" "QuickTime:GenreID:100040"
+    "Music|Indian|Regional Indian|Bhojpuri" "QuickTime:GenreID:100041"
+    "Music|Indian|Regional Indian|Haryanvi" "QuickTime:GenreID:100042"
+    "Music|Indian|Regional Indian|Odia" "QuickTime:GenreID:100043"
+    "Music|Indian|Regional Indian|Rajasthani" "QuickTime:GenreID:100044"
+    "Music|Indian|Regional Indian|Urdu" "QuickTime:GenreID:100045"
+    "Music|Indian|Regional Indian|Punjabi" "QuickTime:GenreID:100046"
+    "Music|Indian|Regional Indian|Bengali" "QuickTime:GenreID:100047"
+    "Music|Indian|Indian Classical|Carnatic Classical" "QuickTime:GenreID:100048"
+    "Music|Indian|Indian Classical|Hindustani Classical" "QuickTime:GenreID:100049"
+    "Music|African|Afro House" "QuickTime:GenreID:10005"
+    "Books|Business & Personal Finance|Industries & Professions" "QuickTime:GenreID:100050"
+    "Music|African|Afro Soul" "QuickTime:GenreID:100051" "Music|African|Afrobeats"
+    "QuickTime:GenreID:100052" "Music|African|Benga" "QuickTime:GenreID:100053"
+    "Music|African|Bongo-Flava" "QuickTime:GenreID:100054" "Music|African|Coupe-Decale"
+    "QuickTime:GenreID:100055" "Music|African|Gqom" "QuickTime:GenreID:100056"
+    "Music|African|Highlife" "QuickTime:GenreID:100057" "Music|African|Kuduro"
+    "QuickTime:GenreID:100058" "Music|African|Kizomba" "QuickTime:GenreID:100059"
+    "Music|African|Kwaito" "QuickTime:GenreID:10006"
+    "Books|Business & Personal Finance|Marketing & Sales" "QuickTime:GenreID:100060"
+    "Music|African|Mbalax" "QuickTime:GenreID:100061" "Music|African|Ndombolo"
+    "QuickTime:GenreID:100062" "Music|African|Shangaan Electro" "QuickTime:GenreID:100063"
+    "Music|African|Soukous" "QuickTime:GenreID:100064" "Music|African|Taarab"
+    "QuickTime:GenreID:100065" "Music|African|Zouglou" "QuickTime:GenreID:100066"
+    "Music|Turkish|Ozgun" "QuickTime:GenreID:100067" "Music|Turkish|Fantezi"
+    "QuickTime:GenreID:100068" "Music|Turkish|Religious" "QuickTime:GenreID:100069"
+    "Music|Pop|Turkish Pop" "QuickTime:GenreID:10007"
+    "Books|Business & Personal Finance|Small Business & Entrepreneurship" "QuickTime:GenreID:100070"
+    "Music|Rock|Turkish Rock" "QuickTime:GenreID:100071" "Music|Alternative|Turkish Alternative"
+    "QuickTime:GenreID:100072" "Music|Hip-Hop/Rap|Turkish Hip-Hop/Rap" "QuickTime:GenreID:100073"
+    "Music|African|Maskandi" "QuickTime:GenreID:100074" "Music|Russian|Russian Romance"
+    "QuickTime:GenreID:100075" "Music|Russian|Russian Bard" "QuickTime:GenreID:100076"
+    "Music|Russian|Russian Pop" "QuickTime:GenreID:100077" "Music|Russian|Russian Rock"
+    "QuickTime:GenreID:100078" "Music|Russian|Russian Hip-Hop" "QuickTime:GenreID:100079"
+    "Music|Arabic|Levant" "QuickTime:GenreID:10008"
+    "Books|Business & Personal Finance|Personal Finance" "QuickTime:GenreID:100080"
+    "Music|Arabic|Levant|Dabke" "QuickTime:GenreID:100081" "Music|Arabic|Maghreb Rai"
+    "QuickTime:GenreID:100082" "Music|Arabic|Khaleeji|Khaleeji Jalsat" "QuickTime:GenreID:100083"
+    "Music|Arabic|Khaleeji|Khaleeji Shailat" "QuickTime:GenreID:100084" "Music|Tarab"
+    "QuickTime:GenreID:100085" "Music|Tarab|Iraqi Tarab" "QuickTime:GenreID:100086"
+    "Music|Tarab|Egyptian Tarab" "QuickTime:GenreID:100087" "Music|Tarab|Khaleeji Tarab"
+    "QuickTime:GenreID:100088" "Music|Pop|Levant Pop" "QuickTime:GenreID:100089"
+    "Music|Pop|Iraqi Pop" "QuickTime:GenreID:10009" "Books|Business & Personal Finance|Reference"
+    "QuickTime:GenreID:100090" "Music|Pop|Egyptian Pop" "QuickTime:GenreID:100091"
+    "Music|Pop|Maghreb Pop" "QuickTime:GenreID:100092" "Music|Pop|Khaleeji Pop"
+    "QuickTime:GenreID:100093" "Music|Hip-Hop/Rap|Levant Hip-Hop" "QuickTime:GenreID:100094"
+    "Music|Hip-Hop/Rap|Egyptian Hip-Hop" "QuickTime:GenreID:100095"
+    "Music|Hip-Hop/Rap|Maghreb Hip-Hop" "QuickTime:GenreID:100096"
+    "Music|Hip-Hop/Rap|Khaleeji Hip-Hop" "QuickTime:GenreID:100097" "Music|Alternative|Indie Levant"
+    "QuickTime:GenreID:100098" "Music|Alternative|Indie Egyptian" "QuickTime:GenreID:100099"
+    "Music|Alternative|Indie Maghreb" "QuickTime:GenreID:1001" "Music|Alternative|College Rock"
+    "QuickTime:GenreID:10010" "Books|Business & Personal Finance|Careers" "QuickTime:GenreID:100100"
+    "Music|Electronic|Levant Electronic" "QuickTime:GenreID:100101"
+    "Music|Electronic|Electro-Cha'abi" "QuickTime:GenreID:100102"
+    "Music|Electronic|Maghreb Electronic" "QuickTime:GenreID:100103" "Music|Folk|Iraqi Folk"
+    "QuickTime:GenreID:100104" "Music|Folk|Khaleeji Folk" "QuickTime:GenreID:100105"
+    "Music|Dance|Maghreb Dance" "QuickTime:GenreID:10011"
+    "Books|Business & Personal Finance|Economics" "QuickTime:GenreID:10012"
+    "Books|Business & Personal Finance|Investing" "QuickTime:GenreID:10013"
+    "Books|Business & Personal Finance|Finance" "QuickTime:GenreID:10014"
+    "Books|Business & Personal Finance|Management & Leadership" "QuickTime:GenreID:10015"
+    "Books|Comics & Graphic Novels|Graphic Novels" "QuickTime:GenreID:10016"
+    "Books|Comics & Graphic Novels|Manga" "QuickTime:GenreID:10017"
+    "Books|Computers & Internet|Computers" "QuickTime:GenreID:10018"
+    "Books|Computers & Internet|Databases" "QuickTime:GenreID:10019"
+    "Books|Computers & Internet|Digital Media" "QuickTime:GenreID:1002"
+    "Music|Alternative|Goth Rock" "QuickTime:GenreID:10020" "Books|Computers & Internet|Internet"
+    "QuickTime:GenreID:10021" "Books|Computers & Internet|Network" "QuickTime:GenreID:10022"
+    "Books|Computers & Internet|Operating Systems" "QuickTime:GenreID:10023"
+    "Books|Computers & Internet|Programming" "QuickTime:GenreID:10024"
+    "Books|Computers & Internet|Software" "QuickTime:GenreID:10025"
+    "Books|Computers & Internet|System Administration" "QuickTime:GenreID:10026"
+    "Books|Cookbooks, Food & Wine|Beverages" "QuickTime:GenreID:10027"
+    "Books|Cookbooks, Food & Wine|Courses & Dishes" "QuickTime:GenreID:10028"
+    "Books|Cookbooks, Food & Wine|Special Diet" "QuickTime:GenreID:10029"
+    "Books|Cookbooks, Food & Wine|Special Occasions" "QuickTime:GenreID:1003"
+    "Music|Alternative|Grunge" "QuickTime:GenreID:10030" "Books|Cookbooks, Food & Wine|Methods"
+    "QuickTime:GenreID:10031" "Books|Cookbooks, Food & Wine|Reference" "QuickTime:GenreID:10032"
+    "Books|Cookbooks, Food & Wine|Regional & Ethnic" "QuickTime:GenreID:10033"
+    "Books|Cookbooks, Food & Wine|Specific Ingredients" "QuickTime:GenreID:10034"
+    "Books|Lifestyle & Home|Crafts & Hobbies" "QuickTime:GenreID:10035"
+    "Books|Professional & Technical|Design" "QuickTime:GenreID:10036"
+    "Books|Arts & Entertainment|Theater" "QuickTime:GenreID:10037"
+    "Books|Professional & Technical|Education" "QuickTime:GenreID:10038"
+    "Books|Nonfiction|Family & Relationships" "QuickTime:GenreID:10039"
+    "Books|Fiction & Literature|Action & Adventure" "QuickTime:GenreID:1004"
+    "Music|Alternative|Indie Rock" "QuickTime:GenreID:10040"
+    "Books|Fiction & Literature|African American" "QuickTime:GenreID:10041"
+    "Books|Fiction & Literature|Religious" "QuickTime:GenreID:10042"
+    "Books|Fiction & Literature|Classics" "QuickTime:GenreID:10043"
+    "Books|Fiction & Literature|Erotica" "QuickTime:GenreID:10044" "Books|Sci-Fi & Fantasy|Fantasy"
+    "QuickTime:GenreID:10045" "Books|Fiction & Literature|Gay" "QuickTime:GenreID:10046"
+    "Books|Fiction & Literature|Ghost" "QuickTime:GenreID:10047"
+    "Books|Fiction & Literature|Historical" "QuickTime:GenreID:10048"
+    "Books|Fiction & Literature|Horror" "QuickTime:GenreID:10049"
+    "Books|Fiction & Literature|Literary" "QuickTime:GenreID:1005" "Music|Alternative|New Wave"
+    "QuickTime:GenreID:10050" "Books|Mysteries & Thrillers|Hard-Boiled" "QuickTime:GenreID:10051"
+    "Books|Mysteries & Thrillers|Historical" "QuickTime:GenreID:10052"
+    "Books|Mysteries & Thrillers|Police Procedural" "QuickTime:GenreID:10053"
+    "Books|Mysteries & Thrillers|Short Stories" "QuickTime:GenreID:10054"
+    "Books|Mysteries & Thrillers|British Detectives" "QuickTime:GenreID:10055"
+    "Books|Mysteries & Thrillers|Women Sleuths" "QuickTime:GenreID:10056"
+    "Books|Romance|Erotic Romance" "QuickTime:GenreID:10057" "Books|Romance|Contemporary"
+    "QuickTime:GenreID:10058" "Books|Romance|Paranormal" "QuickTime:GenreID:10059"
+    "Books|Romance|Historical" "QuickTime:GenreID:1006" "Music|Alternative|Punk"
+    "QuickTime:GenreID:10060" "Books|Romance|Short Stories" "QuickTime:GenreID:10061"
+    "Books|Romance|Suspense" "QuickTime:GenreID:10062" "Books|Romance|Western"
+    "QuickTime:GenreID:10063" "Books|Sci-Fi & Fantasy|Science Fiction" "QuickTime:GenreID:10064"
+    "Books|Sci-Fi & Fantasy|Science Fiction & Literature" "QuickTime:GenreID:10065"
+    "Books|Fiction & Literature|Short Stories" "QuickTime:GenreID:10066"
+    "Books|Reference|Foreign Languages" "QuickTime:GenreID:10067" "Books|Arts & Entertainment|Games"
+    "QuickTime:GenreID:10068" "Books|Lifestyle & Home|Gardening" "QuickTime:GenreID:10069"
+    "Books|Self-Development|Health & Fitness" "QuickTime:GenreID:1007" "Music|Blues|Chicago Blues"
+    "QuickTime:GenreID:10070" "Books|History|Africa" "QuickTime:GenreID:10071"
+    "Books|History|Americas" "QuickTime:GenreID:10072" "Books|History|Ancient"
+    "QuickTime:GenreID:10073" "Books|History|Asia" "QuickTime:GenreID:10074"
+    "Books|History|Australia & Oceania" "QuickTime:GenreID:10075" "Books|History|Europe"
+    "QuickTime:GenreID:10076" "Books|History|Latin America" "QuickTime:GenreID:10077"
+    "Books|History|Middle East" "QuickTime:GenreID:10078" "Books|History|Military"
+    "QuickTime:GenreID:10079" "Books|History|United States" "QuickTime:GenreID:10080"
+    "Books|History|World" "QuickTime:GenreID:10081" "Books|Children & Teens|Children's Fiction"
+    "QuickTime:GenreID:10082" "Books|Children & Teens|Children's Nonfiction"
+    "QuickTime:GenreID:10083" "Books|Professional & Technical|Law" "QuickTime:GenreID:10084"
+    "Books|Fiction & Literature|Literary Criticism" "QuickTime:GenreID:10085"
+    "Books|Science & Nature|Mathematics" "QuickTime:GenreID:10086"
+    "Books|Professional & Technical|Medical" "QuickTime:GenreID:10087"
+    "Books|Arts & Entertainment|Music" "QuickTime:GenreID:10088" "Books|Science & Nature|Nature"
+    "QuickTime:GenreID:10089" "Books|Arts & Entertainment|Performing Arts" "QuickTime:GenreID:1009"
+    "Music|Blues|Classic Blues" "QuickTime:GenreID:10090" "Books|Lifestyle & Home|Pets"
+    "QuickTime:GenreID:10091" "Books|Nonfiction|Philosophy" "QuickTime:GenreID:10092"
+    "Books|Arts & Entertainment|Photography" "QuickTime:GenreID:10093"
+    "Books|Fiction & Literature|Poetry" "QuickTime:GenreID:10094"
+    "Books|Self-Development|Psychology" "QuickTime:GenreID:10095"
+    "Books|Reference|Almanacs & Yearbooks" "QuickTime:GenreID:10096"
+    "Books|Reference|Atlases & Maps" "QuickTime:GenreID:10097"
+    "Books|Reference|Catalogs & Directories" "QuickTime:GenreID:10098"
+    "Books|Reference|Consumer Guides" "QuickTime:GenreID:10099"
+    "Books|Reference|Dictionaries & Thesauruses" "QuickTime:GenreID:1010"
+    "Music|Blues|Contemporary Blues" "QuickTime:GenreID:10100" "Books|Reference|Encyclopedias"
+    "QuickTime:GenreID:10101" "Books|Reference|Etiquette" "QuickTime:GenreID:10102"
+    "Books|Reference|Quotations" "QuickTime:GenreID:10103" "Books|Reference|Words & Language"
+    "QuickTime:GenreID:10104" "Books|Reference|Writing" "QuickTime:GenreID:10105"
+    "Books|Religion & Spirituality|Bible Studies" "QuickTime:GenreID:10106"
+    "Books|Religion & Spirituality|Buddhism" "QuickTime:GenreID:10107"
+    "Books|Religion & Spirituality|Christianity" "QuickTime:GenreID:10108"
+    "Books|Religion & Spirituality|Hinduism" "QuickTime:GenreID:10109"
+    "Books|Religion & Spirituality|Islam" "QuickTime:GenreID:1011" "Music|Blues|Country Blues"
+    "QuickTime:GenreID:10110" "Books|Religion & Spirituality|Judaism" "QuickTime:GenreID:10111"
+    "Books|Science & Nature|Astronomy" "QuickTime:GenreID:10112" "Books|Science & Nature|Chemistry"
+    "QuickTime:GenreID:10113" "Books|Science & Nature|Earth Sciences" "QuickTime:GenreID:10114"
+    "Books|Science & Nature|Essays" "QuickTime:GenreID:10115" "Books|Science & Nature|History"
+    "QuickTime:GenreID:10116" "Books|Science & Nature|Life Sciences" "QuickTime:GenreID:10117"
+    "Books|Science & Nature|Physics" "QuickTime:GenreID:10118" "Books|Science & Nature|Reference"
+    "QuickTime:GenreID:10119" "Books|Self-Development|Self-Improvement" "QuickTime:GenreID:1012"
+    "Music|Blues|Delta Blues" "QuickTime:GenreID:10120" "Books|Nonfiction|Social Science"
+    "QuickTime:GenreID:10121" "Books|Sports & Outdoors|Baseball" "QuickTime:GenreID:10122"
+    "Books|Sports & Outdoors|Basketball" "QuickTime:GenreID:10123"
+    "Books|Sports & Outdoors|Coaching" "QuickTime:GenreID:10124"
+    "Books|Sports & Outdoors|Extreme Sports" "QuickTime:GenreID:10125"
+    "Books|Sports & Outdoors|Football" "QuickTime:GenreID:10126" "Books|Sports & Outdoors|Golf"
+    "QuickTime:GenreID:10127" "Books|Sports & Outdoors|Hockey" "QuickTime:GenreID:10128"
+    "Books|Sports & Outdoors|Mountaineering" "QuickTime:GenreID:10129"
+    "Books|Sports & Outdoors|Outdoors" "QuickTime:GenreID:1013" "Music|Blues|Electric Blues"
+    "QuickTime:GenreID:10130" "Books|Sports & Outdoors|Racket Sports" "QuickTime:GenreID:10131"
+    "Books|Sports & Outdoors|Reference" "QuickTime:GenreID:10132" "Books|Sports & Outdoors|Soccer"
+    "QuickTime:GenreID:10133" "Books|Sports & Outdoors|Training" "QuickTime:GenreID:10134"
+    "Books|Sports & Outdoors|Water Sports" "QuickTime:GenreID:10135"
+    "Books|Sports & Outdoors|Winter Sports" "QuickTime:GenreID:10136" "Books|Reference|Study Aids"
+    "QuickTime:GenreID:10137" "Books|Professional & Technical|Engineering" "QuickTime:GenreID:10138"
+    "Books|Nonfiction|Transportation" "QuickTime:GenreID:10139" "Books|Travel & Adventure|Africa"
+    "QuickTime:GenreID:1014" "Music|Children's Music|Lullabies" "QuickTime:GenreID:10140"
+    "Books|Travel & Adventure|Asia" "QuickTime:GenreID:10141"
+    "Books|Travel & Adventure|Specialty Travel" "QuickTime:GenreID:10142"
+    "Books|Travel & Adventure|Canada" "QuickTime:GenreID:10143" "Books|Travel & Adventure|Caribbean"
+    "QuickTime:GenreID:10144" "Books|Travel & Adventure|Latin America" "QuickTime:GenreID:10145"
+    "Books|Travel & Adventure|Essays & Memoirs" "QuickTime:GenreID:10146"
+    "Books|Travel & Adventure|Europe" "QuickTime:GenreID:10147"
+    "Books|Travel & Adventure|Middle East" "QuickTime:GenreID:10148"
+    "Books|Travel & Adventure|United States" "QuickTime:GenreID:10149" "Books|Nonfiction|True Crime"
+    "QuickTime:GenreID:1015" "Music|Children's Music|Sing-Along" "QuickTime:GenreID:1016"
+    "Music|Children's Music|Stories" "QuickTime:GenreID:1017" "Music|Classical|Avant-Garde"
+    "QuickTime:GenreID:1018" "Music|Classical|Baroque Era" "QuickTime:GenreID:1019"
+    "Music|Classical|Chamber Music" "QuickTime:GenreID:1020" "Music|Classical|Chant"
+    "QuickTime:GenreID:1021" "Music|Classical|Choral" "QuickTime:GenreID:1022"
+    "Music|Classical|Classical Crossover" "QuickTime:GenreID:1023" "Music|Classical|Early Music"
+    "QuickTime:GenreID:1024" "Music|Classical|Impressionist" "QuickTime:GenreID:1025"
+    "Music|Classical|Medieval Era" "QuickTime:GenreID:1026" "Music|Classical|Minimalism"
+    "QuickTime:GenreID:1027" "Music|Classical|Modern Era" "QuickTime:GenreID:1028"
+    "Music|Classical|Opera" "QuickTime:GenreID:1029" "Music|Classical|Orchestral"
+    "QuickTime:GenreID:1030" "Music|Classical|Renaissance" "QuickTime:GenreID:1031"
+    "Music|Classical|Romantic Era" "QuickTime:GenreID:1032" "Music|Classical|Wedding Music"
+    "QuickTime:GenreID:1033" "Music|Country|Alternative Country" "QuickTime:GenreID:1034"
+    "Music|Country|Americana" "QuickTime:GenreID:1035" "Music|Country|Bluegrass"
+    "QuickTime:GenreID:1036" "Music|Country|Contemporary Bluegrass" "QuickTime:GenreID:1037"
+    "Music|Country|Contemporary Country" "QuickTime:GenreID:1038" "Music|Country|Country Gospel"
+    "QuickTime:GenreID:1039" "Music|Country|Honky Tonk" "QuickTime:GenreID:1040"
+    "Music|Country|Outlaw Country" "QuickTime:GenreID:1041" "Music|Country|Traditional Bluegrass"
+    "QuickTime:GenreID:1042" "Music|Country|Traditional Country" "QuickTime:GenreID:1043"
+    "Music|Country|Urban Cowboy" "QuickTime:GenreID:1044" "Music|Dance|Breakbeat"
+    "QuickTime:GenreID:1045" "Music|Dance|Exercise" "QuickTime:GenreID:1046" "Music|Dance|Garage"
+    "QuickTime:GenreID:1047" "Music|Dance|Hardcore" "QuickTime:GenreID:1048" "Music|Dance|House"
+    "QuickTime:GenreID:1049" "Music|Dance|Jungle/Drum'n'bass" "QuickTime:GenreID:1050"
+    "Music|Dance|Techno" "QuickTime:GenreID:1051" "Music|Dance|Trance" "QuickTime:GenreID:1052"
+    "Music|Jazz|Big Band" "QuickTime:GenreID:1053" "Music|Jazz|Bop" "QuickTime:GenreID:1054"
+    "Music|Easy Listening|Lounge" "QuickTime:GenreID:1055" "Music|Easy Listening|Swing"
+    "QuickTime:GenreID:1056" "Music|Electronic|Ambient" "QuickTime:GenreID:1057"
+    "Music|Electronic|Downtempo" "QuickTime:GenreID:1058" "Music|Electronic|Electronica"
+    "QuickTime:GenreID:1060" "Music|Electronic|IDM/Experimental" "QuickTime:GenreID:1061"
+    "Music|Electronic|Industrial" "QuickTime:GenreID:1062"
+    "Music|Singer/Songwriter|Alternative Folk" "QuickTime:GenreID:1063"
+    "Music|Singer/Songwriter|Contemporary Folk" "QuickTime:GenreID:1064"
+    "Music|Singer/Songwriter|Contemporary Singer/Songwriter" "QuickTime:GenreID:1065"
+    "Music|Singer/Songwriter|Folk-Rock" "QuickTime:GenreID:1066"
+    "Music|Singer/Songwriter|New Acoustic" "QuickTime:GenreID:1067"
+    "Music|Singer/Songwriter|Traditional Folk" "QuickTime:GenreID:1068"
+    "Music|Hip-Hop/Rap|Alternative Rap" "QuickTime:GenreID:1069" "Music|Hip-Hop/Rap|Dirty South"
+    "QuickTime:GenreID:1070" "Music|Hip-Hop/Rap|East Coast Rap" "QuickTime:GenreID:1071"
+    "Music|Hip-Hop/Rap|Gangsta Rap" "QuickTime:GenreID:1072" "Music|Hip-Hop/Rap|Hardcore Rap"
+    "QuickTime:GenreID:1073" "Music|Hip-Hop/Rap|Hip-Hop" "QuickTime:GenreID:1074"
+    "Music|Hip-Hop/Rap|Latin Rap" "QuickTime:GenreID:1075" "Music|Hip-Hop/Rap|Old School Rap"
+    "QuickTime:GenreID:1076" "Music|Hip-Hop/Rap|Rap" "QuickTime:GenreID:1077"
+    "Music|Hip-Hop/Rap|Underground Rap" "QuickTime:GenreID:1078" "Music|Hip-Hop/Rap|West Coast Rap"
+    "QuickTime:GenreID:1079" "Music|Holiday|Chanukah" "QuickTime:GenreID:1080"
+    "Music|Holiday|Christmas" "QuickTime:GenreID:1081" "Music|Holiday|Christmas: Children's"
+    "QuickTime:GenreID:1082" "Music|Holiday|Christmas: Classic" "QuickTime:GenreID:1083"
+    "Music|Holiday|Christmas: Classical" "QuickTime:GenreID:1084" "Music|Holiday|Christmas: Jazz"
+    "QuickTime:GenreID:1085" "Music|Holiday|Christmas: Modern" "QuickTime:GenreID:1086"
+    "Music|Holiday|Christmas: Pop" "QuickTime:GenreID:1087" "Music|Holiday|Christmas: R&B"
+    "QuickTime:GenreID:1088" "Music|Holiday|Christmas: Religious" "QuickTime:GenreID:1089"
+    "Music|Holiday|Christmas: Rock" "QuickTime:GenreID:1090" "Music|Holiday|Easter"
+    "QuickTime:GenreID:1091" "Music|Holiday|Halloween" "QuickTime:GenreID:1092"
+    "Music|Holiday|Holiday: Other" "QuickTime:GenreID:1093" "Music|Holiday|Thanksgiving"
+    "QuickTime:GenreID:1094" "Music|Christian & Gospel|CCM" "QuickTime:GenreID:1095"
+    "Music|Christian & Gospel|Christian Metal" "QuickTime:GenreID:1096"
+    "Music|Christian & Gospel|Christian Pop" "QuickTime:GenreID:1097"
+    "Music|Christian & Gospel|Christian Rap" "QuickTime:GenreID:1098"
+    "Music|Christian & Gospel|Christian Rock" "QuickTime:GenreID:1099"
+    "Music|Christian & Gospel|Classic Christian" "QuickTime:GenreID:11" "Music|Jazz"
+    "QuickTime:GenreID:1100" "Music|Christian & Gospel|Contemporary Gospel"
+    "QuickTime:GenreID:11001" "Books|Sci-Fi & Fantasy|Fantasy|Contemporary"
+    "QuickTime:GenreID:11002" "Books|Sci-Fi & Fantasy|Fantasy|Epic" "QuickTime:GenreID:11003"
+    "Books|Sci-Fi & Fantasy|Fantasy|Historical" "QuickTime:GenreID:11004"
+    "Books|Sci-Fi & Fantasy|Fantasy|Paranormal" "QuickTime:GenreID:11005"
+    "Books|Sci-Fi & Fantasy|Fantasy|Short Stories" "QuickTime:GenreID:11006"
+    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|Adventure" "QuickTime:GenreID:11007"
+    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|High Tech" "QuickTime:GenreID:11008"
+    "Books|Sci-Fi & Fantasy|Science Fiction & Literature|Short Stories" "QuickTime:GenreID:11009"
+    "Books|Professional & Technical|Education|Language Arts & Disciplines" "QuickTime:GenreID:1101"
+    "Music|Christian & Gospel|Gospel" "QuickTime:GenreID:11010" "Books|Communications & Media"
+    "QuickTime:GenreID:11011" "Books|Communications & Media|Broadcasting" "QuickTime:GenreID:11012"
+    "Books|Communications & Media|Digital Media" "QuickTime:GenreID:11013"
+    "Books|Communications & Media|Journalism" "QuickTime:GenreID:11014"
+    "Books|Communications & Media|Photojournalism" "QuickTime:GenreID:11015"
+    "Books|Communications & Media|Print" "QuickTime:GenreID:11016"
+    "Books|Communications & Media|Speech" "QuickTime:GenreID:11017"
+    "Books|Communications & Media|Writing" "QuickTime:GenreID:11018"
+    "Books|Arts & Entertainment|Art & Architecture|Urban Planning" "QuickTime:GenreID:11019"
+    "Books|Arts & Entertainment|Dance" "QuickTime:GenreID:11020"
+    "Books|Arts & Entertainment|Fashion" "QuickTime:GenreID:11021" "Books|Arts & Entertainment|Film"
+    "QuickTime:GenreID:11022" "Books|Arts & Entertainment|Interior Design" "QuickTime:GenreID:11023"
+    "Books|Arts & Entertainment|Media Arts" "QuickTime:GenreID:11024"
+    "Books|Arts & Entertainment|Radio" "QuickTime:GenreID:11025" "Books|Arts & Entertainment|TV"
+    "QuickTime:GenreID:11026" "Books|Arts & Entertainment|Visual Arts" "QuickTime:GenreID:11027"
+    "Books|Biographies & Memoirs|Arts & Entertainment" "QuickTime:GenreID:11028"
+    "Books|Biographies & Memoirs|Business" "QuickTime:GenreID:11029"
+    "Books|Biographies & Memoirs|Culinary" "QuickTime:GenreID:1103"
+    "Music|Christian & Gospel|Praise & Worship" "QuickTime:GenreID:11030"
+    "Books|Biographies & Memoirs|Gay & Lesbian" "QuickTime:GenreID:11031"
+    "Books|Biographies & Memoirs|Historical" "QuickTime:GenreID:11032"
+    "Books|Biographies & Memoirs|Literary" "QuickTime:GenreID:11033"
+    "Books|Biographies & Memoirs|Media & Journalism" "QuickTime:GenreID:11034"
+    "Books|Biographies & Memoirs|Military" "QuickTime:GenreID:11035"
+    "Books|Biographies & Memoirs|Politics" "QuickTime:GenreID:11036"
+    "Books|Biographies & Memoirs|Religious" "QuickTime:GenreID:11037"
+    "Books|Biographies & Memoirs|Science & Technology" "QuickTime:GenreID:11038"
+    "Books|Biographies & Memoirs|Sports" "QuickTime:GenreID:11039"
+    "Books|Biographies & Memoirs|Women" "QuickTime:GenreID:1104"
+    "Music|Christian & Gospel|Southern Gospel" "QuickTime:GenreID:11040" "Books|Romance|New Adult"
+    "QuickTime:GenreID:11042" "Books|Romance|Romantic Comedy" "QuickTime:GenreID:11043"
+    "Books|Romance|Gay & Lesbian" "QuickTime:GenreID:11044" "Books|Fiction & Literature|Essays"
+    "QuickTime:GenreID:11045" "Books|Fiction & Literature|Anthologies" "QuickTime:GenreID:11046"
+    "Books|Fiction & Literature|Comparative Literature" "QuickTime:GenreID:11047"
+    "Books|Fiction & Literature|Drama" "QuickTime:GenreID:11049"
+    "Books|Fiction & Literature|Fairy Tales, Myths & Fables" "QuickTime:GenreID:1105"
+    "Music|Christian & Gospel|Traditional Gospel" "QuickTime:GenreID:11050"
+    "Books|Fiction & Literature|Family" "QuickTime:GenreID:11051"
+    "Books|Comics & Graphic Novels|Manga|School Drama" "QuickTime:GenreID:11052"
+    "Books|Comics & Graphic Novels|Manga|Human Drama" "QuickTime:GenreID:11053"
+    "Books|Comics & Graphic Novels|Manga|Family Drama" "QuickTime:GenreID:11054"
+    "Books|Sports & Outdoors|Boxing" "QuickTime:GenreID:11055" "Books|Sports & Outdoors|Cricket"
+    "QuickTime:GenreID:11056" "Books|Sports & Outdoors|Cycling" "QuickTime:GenreID:11057"
+    "Books|Sports & Outdoors|Equestrian" "QuickTime:GenreID:11058"
+    "Books|Sports & Outdoors|Martial Arts & Self Defense" "QuickTime:GenreID:11059"
+    "Books|Sports & Outdoors|Motor Sports" "QuickTime:GenreID:1106" "Music|Jazz|Avant-Garde Jazz"
+    "QuickTime:GenreID:11060" "Books|Sports & Outdoors|Rugby" "QuickTime:GenreID:11061"
+    "Books|Sports & Outdoors|Running" "QuickTime:GenreID:11062"
+    "Books|Self-Development|Diet & Nutrition" "QuickTime:GenreID:11063"
+    "Books|Science & Nature|Agriculture" "QuickTime:GenreID:11064"
+    "Books|Science & Nature|Atmosphere" "QuickTime:GenreID:11065" "Books|Science & Nature|Biology"
+    "QuickTime:GenreID:11066" "Books|Science & Nature|Ecology" "QuickTime:GenreID:11067"
+    "Books|Science & Nature|Environment" "QuickTime:GenreID:11068"
+    "Books|Science & Nature|Geography" "QuickTime:GenreID:11069" "Books|Science & Nature|Geology"
+    "QuickTime:GenreID:1107" "Music|Jazz|Contemporary Jazz" "QuickTime:GenreID:11070"
+    "Books|Nonfiction|Social Science|Anthropology" "QuickTime:GenreID:11071"
+    "Books|Nonfiction|Social Science|Archaeology" "QuickTime:GenreID:11072"
+    "Books|Nonfiction|Social Science|Civics" "QuickTime:GenreID:11073"
+    "Books|Nonfiction|Social Science|Government" "QuickTime:GenreID:11074"
+    "Books|Nonfiction|Social Science|Social Studies" "QuickTime:GenreID:11075"
+    "Books|Nonfiction|Social Science|Social Welfare" "QuickTime:GenreID:11076"
+    "Books|Nonfiction|Social Science|Society" "QuickTime:GenreID:11077"
+    "Books|Nonfiction|Philosophy|Aesthetics" "QuickTime:GenreID:11078"
+    "Books|Nonfiction|Philosophy|Epistemology" "QuickTime:GenreID:11079"
+    "Books|Nonfiction|Philosophy|Ethics" "QuickTime:GenreID:1108" "Music|Jazz|Crossover Jazz"
+    "QuickTime:GenreID:11080" "Books|Nonfiction|Philosophy|Language" "QuickTime:GenreID:11081"
+    "Books|Nonfiction|Philosophy|Logic" "QuickTime:GenreID:11082"
+    "Books|Nonfiction|Philosophy|Metaphysics" "QuickTime:GenreID:11083"
+    "Books|Nonfiction|Philosophy|Political" "QuickTime:GenreID:11084"
+    "Books|Nonfiction|Philosophy|Religion" "QuickTime:GenreID:11085" "Books|Reference|Manuals"
+    "QuickTime:GenreID:11086" "Books|Kids" "QuickTime:GenreID:11087" "Books|Kids|Animals"
+    "QuickTime:GenreID:11088" "Books|Kids|Basic Concepts" "QuickTime:GenreID:11089"
+    "Books|Kids|Basic Concepts|Alphabet" "QuickTime:GenreID:1109" "Music|Jazz|Dixieland"
+    "QuickTime:GenreID:11090" "Books|Kids|Basic Concepts|Body" "QuickTime:GenreID:11091"
+    "Books|Kids|Basic Concepts|Colors" "QuickTime:GenreID:11092"
+    "Books|Kids|Basic Concepts|Counting & Numbers" "QuickTime:GenreID:11093"
+    "Books|Kids|Basic Concepts|Date & Time" "QuickTime:GenreID:11094"
+    "Books|Kids|Basic Concepts|General" "QuickTime:GenreID:11095" "Books|Kids|Basic Concepts|Money"
+    "QuickTime:GenreID:11096" "Books|Kids|Basic Concepts|Opposites" "QuickTime:GenreID:11097"
+    "Books|Kids|Basic Concepts|Seasons" "QuickTime:GenreID:11098"
+    "Books|Kids|Basic Concepts|Senses & Sensation" "QuickTime:GenreID:11099"
+    "Books|Kids|Basic Concepts|Size & Shape" "QuickTime:GenreID:1110" "Music|Jazz|Fusion"
+    "QuickTime:GenreID:11100" "Books|Kids|Basic Concepts|Sounds" "QuickTime:GenreID:11101"
+    "Books|Kids|Basic Concepts|Words" "QuickTime:GenreID:11102" "Books|Kids|Biography"
+    "QuickTime:GenreID:11103" "Books|Kids|Careers & Occupations" "QuickTime:GenreID:11104"
+    "Books|Kids|Computers & Technology" "QuickTime:GenreID:11105" "Books|Kids|Cooking & Food"
+    "QuickTime:GenreID:11106" "Books|Kids|Arts & Entertainment" "QuickTime:GenreID:11107"
+    "Books|Kids|Arts & Entertainment|Art" "QuickTime:GenreID:11108"
+    "Books|Kids|Arts & Entertainment|Crafts" "QuickTime:GenreID:11109"
+    "Books|Kids|Arts & Entertainment|Music" "QuickTime:GenreID:1111" "Music|Jazz|Latin Jazz"
+    "QuickTime:GenreID:11110" "Books|Kids|Arts & Entertainment|Performing Arts"
+    "QuickTime:GenreID:11111" "Books|Kids|Family" "QuickTime:GenreID:11112" "Books|Kids|Fiction"
+    "QuickTime:GenreID:11113" "Books|Kids|Fiction|Action & Adventure" "QuickTime:GenreID:11114"
+    "Books|Kids|Fiction|Animals" "QuickTime:GenreID:11115" "Books|Kids|Fiction|Classics"
+    "QuickTime:GenreID:11116" "Books|Kids|Fiction|Comics & Graphic Novels" "QuickTime:GenreID:11117"
+    "Books|Kids|Fiction|Culture, Places & People" "QuickTime:GenreID:11118"
+    "Books|Kids|Fiction|Family & Relationships" "QuickTime:GenreID:11119"
+    "Books|Kids|Fiction|Fantasy" "QuickTime:GenreID:1112" "Music|Jazz|Mainstream Jazz"
+    "QuickTime:GenreID:11120" "Books|Kids|Fiction|Fairy Tales, Myths & Fables"
+    "QuickTime:GenreID:11121" "Books|Kids|Fiction|Favorite Characters" "QuickTime:GenreID:11122"
+    "Books|Kids|Fiction|Historical" "QuickTime:GenreID:11123"
+    "Books|Kids|Fiction|Holidays & Celebrations" "QuickTime:GenreID:11124"
+    "Books|Kids|Fiction|Monsters & Ghosts" "QuickTime:GenreID:11125" "Books|Kids|Fiction|Mysteries"
+    "QuickTime:GenreID:11126" "Books|Kids|Fiction|Nature" "QuickTime:GenreID:11127"
+    "Books|Kids|Fiction|Religion" "QuickTime:GenreID:11128" "Books|Kids|Fiction|Sci-Fi"
+    "QuickTime:GenreID:11129" "Books|Kids|Fiction|Social Issues" "QuickTime:GenreID:1113"
+    "Music|Jazz|Ragtime" "QuickTime:GenreID:11130" "Books|Kids|Fiction|Sports & Recreation"
+    "QuickTime:GenreID:11131" "Books|Kids|Fiction|Transportation" "QuickTime:GenreID:11132"
+    "Books|Kids|Games & Activities" "QuickTime:GenreID:11133" "Books|Kids|General Nonfiction"
+    "QuickTime:GenreID:11134" "Books|Kids|Health" "QuickTime:GenreID:11135" "Books|Kids|History"
+    "QuickTime:GenreID:11136" "Books|Kids|Holidays & Celebrations" "QuickTime:GenreID:11137"
+    "Books|Kids|Holidays & Celebrations|Birthdays" "QuickTime:GenreID:11138"
+    "Books|Kids|Holidays & Celebrations|Christmas & Advent" "QuickTime:GenreID:11139"
+    "Books|Kids|Holidays & Celebrations|Easter & Lent" "QuickTime:GenreID:1114"
+    "Music|Jazz|Smooth Jazz" "QuickTime:GenreID:11140" "Books|Kids|Holidays & Celebrations|General"
+    "QuickTime:GenreID:11141" "Books|Kids|Holidays & Celebrations|Halloween"
+    "QuickTime:GenreID:11142" "Books|Kids|Holidays & Celebrations|Hanukkah"
+    "QuickTime:GenreID:11143" "Books|Kids|Holidays & Celebrations|Other" "QuickTime:GenreID:11144"
+    "Books|Kids|Holidays & Celebrations|Passover" "QuickTime:GenreID:11145"
+    "Books|Kids|Holidays & Celebrations|Patriotic Holidays" "QuickTime:GenreID:11146"
+    "Books|Kids|Holidays & Celebrations|Ramadan" "QuickTime:GenreID:11147"
+    "Books|Kids|Holidays & Celebrations|Thanksgiving" "QuickTime:GenreID:11148"
+    "Books|Kids|Holidays & Celebrations|Valentine's Day" "QuickTime:GenreID:11149"
+    "Books|Kids|Humor" "QuickTime:GenreID:1115" "Music|Latino|Latin Jazz" "QuickTime:GenreID:11150"
+    "Books|Kids|Humor|Jokes & Riddles" "QuickTime:GenreID:11151" "Books|Kids|Poetry"
+    "QuickTime:GenreID:11152" "Books|Kids|Learning to Read" "QuickTime:GenreID:11153"
+    "Books|Kids|Learning to Read|Chapter Books" "QuickTime:GenreID:11154"
+    "Books|Kids|Learning to Read|Early Readers" "QuickTime:GenreID:11155"
+    "Books|Kids|Learning to Read|Intermediate Readers" "QuickTime:GenreID:11156"
+    "Books|Kids|Nursery Rhymes" "QuickTime:GenreID:11157" "Books|Kids|Government"
+    "QuickTime:GenreID:11158" "Books|Kids|Reference" "QuickTime:GenreID:11159" "Books|Kids|Religion"
+    "QuickTime:GenreID:1116" "Music|Latino|Contemporary Latin" "QuickTime:GenreID:11160"
+    "Books|Kids|Science & Nature" "QuickTime:GenreID:11161" "Books|Kids|Social Issues"
+    "QuickTime:GenreID:11162" "Books|Kids|Social Studies" "QuickTime:GenreID:11163"
+    "Books|Kids|Sports & Recreation" "QuickTime:GenreID:11164" "Books|Kids|Transportation"
+    "QuickTime:GenreID:11165" "Books|Young Adult" "QuickTime:GenreID:11166"
+    "Books|Young Adult|Animals" "QuickTime:GenreID:11167" "Books|Young Adult|Biography"
+    "QuickTime:GenreID:11168" "Books|Young Adult|Careers & Occupations" "QuickTime:GenreID:11169"
+    "Books|Young Adult|Computers & Technology" "QuickTime:GenreID:1117" "Music|Latino|Pop Latino"
+    "QuickTime:GenreID:11170" "Books|Young Adult|Cooking & Food" "QuickTime:GenreID:11171"
+    "Books|Young Adult|Arts & Entertainment" "QuickTime:GenreID:11172"
+    "Books|Young Adult|Arts & Entertainment|Art" "QuickTime:GenreID:11173"
+    "Books|Young Adult|Arts & Entertainment|Crafts" "QuickTime:GenreID:11174"
+    "Books|Young Adult|Arts & Entertainment|Music" "QuickTime:GenreID:11175"
+    "Books|Young Adult|Arts & Entertainment|Performing Arts" "QuickTime:GenreID:11176"
+    "Books|Young Adult|Family" "QuickTime:GenreID:11177" "Books|Young Adult|Fiction"
+    "QuickTime:GenreID:11178" "Books|Young Adult|Fiction|Action & Adventure"
+    "QuickTime:GenreID:11179" "Books|Young Adult|Fiction|Animals" "QuickTime:GenreID:1118"
+    "Music|Latino|Raices" "QuickTime:GenreID:11180" "Books|Young Adult|Fiction|Classics"
+    "QuickTime:GenreID:11181" "Books|Young Adult|Fiction|Comics & Graphic Novels"
+    "QuickTime:GenreID:11182" "Books|Young Adult|Fiction|Culture, Places & People"
+    "QuickTime:GenreID:11183" "Books|Young Adult|Fiction|Dystopian" "QuickTime:GenreID:11184"
+    "Books|Young Adult|Fiction|Family & Relationships" "QuickTime:GenreID:11185"
+    "Books|Young Adult|Fiction|Fantasy" "QuickTime:GenreID:11186"
+    "Books|Young Adult|Fiction|Fairy Tales, Myths & Fables" "QuickTime:GenreID:11187"
+    "Books|Young Adult|Fiction|Favorite Characters" "QuickTime:GenreID:11188"
+    "Books|Young Adult|Fiction|Historical" "QuickTime:GenreID:11189"
+    "Books|Young Adult|Fiction|Holidays & Celebrations" "QuickTime:GenreID:1119"
+    "Music|Latino|Urbano latino" "QuickTime:GenreID:11190"
+    "Books|Young Adult|Fiction|Horror, Monsters & Ghosts" "QuickTime:GenreID:11191"
+    "Books|Young Adult|Fiction|Crime & Mystery" "QuickTime:GenreID:11192"
+    "Books|Young Adult|Fiction|Nature" "QuickTime:GenreID:11193"
+    "Books|Young Adult|Fiction|Religion" "QuickTime:GenreID:11194"
+    "Books|Young Adult|Fiction|Romance" "QuickTime:GenreID:11195" "Books|Young Adult|Fiction|Sci-Fi"
+    "QuickTime:GenreID:11196" "Books|Young Adult|Fiction|Coming of Age" "QuickTime:GenreID:11197"
+    "Books|Young Adult|Fiction|Sports & Recreation" "QuickTime:GenreID:11198"
+    "Books|Young Adult|Fiction|Transportation" "QuickTime:GenreID:11199"
+    "Books|Young Adult|Games & Activities" "QuickTime:GenreID:1120" "Music|Latino|Baladas y Boleros"
+    "QuickTime:GenreID:11200" "Books|Young Adult|General Nonfiction" "QuickTime:GenreID:11201"
+    "Books|Young Adult|Health" "QuickTime:GenreID:11202" "Books|Young Adult|History"
+    "QuickTime:GenreID:11203" "Books|Young Adult|Holidays & Celebrations" "QuickTime:GenreID:11204"
+    "Books|Young Adult|Holidays & Celebrations|Birthdays" "QuickTime:GenreID:11205"
+    "Books|Young Adult|Holidays & Celebrations|Christmas & Advent" "QuickTime:GenreID:11206"
+    "Books|Young Adult|Holidays & Celebrations|Easter & Lent" "QuickTime:GenreID:11207"
+    "Books|Young Adult|Holidays & Celebrations|General" "QuickTime:GenreID:11208"
+    "Books|Young Adult|Holidays & Celebrations|Halloween" "QuickTime:GenreID:11209"
+    "Books|Young Adult|Holidays & Celebrations|Hanukkah" "QuickTime:GenreID:1121"
+    "Music|Latino|Rock y Alternativo" "QuickTime:GenreID:11210"
+    "Books|Young Adult|Holidays & Celebrations|Other" "QuickTime:GenreID:11211"
+    "Books|Young Adult|Holidays & Celebrations|Passover" "QuickTime:GenreID:11212"
+    "Books|Young Adult|Holidays & Celebrations|Patriotic Holidays" "QuickTime:GenreID:11213"
+    "Books|Young Adult|Holidays & Celebrations|Ramadan" "QuickTime:GenreID:11214"
+    "Books|Young Adult|Holidays & Celebrations|Thanksgiving" "QuickTime:GenreID:11215"
+    "Books|Young Adult|Holidays & Celebrations|Valentine's Day" "QuickTime:GenreID:11216"
+    "Books|Young Adult|Humor" "QuickTime:GenreID:11217" "Books|Young Adult|Humor|Jokes & Riddles"
+    "QuickTime:GenreID:11218" "Books|Young Adult|Poetry" "QuickTime:GenreID:11219"
+    "Books|Young Adult|Politics & Government" "QuickTime:GenreID:1122" "Music|Brazilian"
+    "QuickTime:GenreID:11220" "Books|Young Adult|Reference" "QuickTime:GenreID:11221"
+    "Books|Young Adult|Religion" "QuickTime:GenreID:11222" "Books|Young Adult|Science & Nature"
+    "QuickTime:GenreID:11223" "Books|Young Adult|Coming of Age" "QuickTime:GenreID:11224"
+    "Books|Young Adult|Social Studies" "QuickTime:GenreID:11225"
+    "Books|Young Adult|Sports & Recreation" "QuickTime:GenreID:11226"
+    "Books|Young Adult|Transportation" "QuickTime:GenreID:11227" "QuickTime:GenreID:11228"
+    "Books|Military & Warfare" "QuickTime:GenreID:11229" "Books|Romance|Inspirational"
+    "QuickTime:GenreID:1123" "Music|Latino|Musica Mexicana" "QuickTime:GenreID:11231"
+    "Books|Romance|Holiday" "QuickTime:GenreID:11232" "Books|Romance|Wholesome"
+    "QuickTime:GenreID:11233" "Books|Romance|Military" "QuickTime:GenreID:11234"
+    "Books|Arts & Entertainment|Art History" "QuickTime:GenreID:11236"
+    "Books|Arts & Entertainment|Design" "QuickTime:GenreID:1124" "Music|Latino|Musica tropical"
+    "QuickTime:GenreID:11243" "Books|Business & Personal Finance|Accounting"
+    "QuickTime:GenreID:11244" "Books|Business & Personal Finance|Hospitality"
+    "QuickTime:GenreID:11245" "Books|Business & Personal Finance|Real Estate"
+    "QuickTime:GenreID:11246" "Books|Humor|Jokes & Riddles" "QuickTime:GenreID:11247"
+    "Books|Religion & Spirituality|Comparative Religion" "QuickTime:GenreID:1125"
+    "Music|New Age|Environmental" "QuickTime:GenreID:11255"
+    "Books|Cookbooks, Food & Wine|Culinary Arts" "QuickTime:GenreID:11259"
+    "Books|Mysteries & Thrillers|Cozy" "QuickTime:GenreID:1126" "Music|New Age|Healing"
+    "QuickTime:GenreID:11260" "Books|Politics & Current Events|Current Events"
     "QuickTime:GenreID:11261"
     "Books|Politics & Current Events|Foreign Policy & International Relations"
-    "QuickTime:GenreID:11262""Books|Politics & Current Events|Local Government"
-    "QuickTime:GenreID:11263""Books|Politics & Current Events|National Government"
-    "QuickTime:GenreID:11264""Books|Politics & Current Events|Political Science"
-    "QuickTime:GenreID:11265""Books|Politics & Current Events|Public Administration"
-    "QuickTime:GenreID:11266""Books|Politics & Current Events|World Affairs""QuickTime:GenreID:1127"
-    "Music|New Age|Meditation""QuickTime:GenreID:11273"
-    "Books|Nonfiction|Family & Relationships|Family & Childcare""QuickTime:GenreID:11274"
-    "Books|Nonfiction|Family & Relationships|Love & Romance""QuickTime:GenreID:11275"
-    "Books|Sci-Fi & Fantasy|Fantasy|Urban""QuickTime:GenreID:11276"
-    "Books|Reference|Foreign Languages|Arabic""QuickTime:GenreID:11277"
-    "Books|Reference|Foreign Languages|Bilingual Editions""QuickTime:GenreID:11278"
-    "Books|Reference|Foreign Languages|African Languages""QuickTime:GenreID:11279"
-    "Books|Reference|Foreign Languages|Ancient Languages""QuickTime:GenreID:1128"
-    "Music|New Age|Nature""QuickTime:GenreID:11280""Books|Reference|Foreign Languages|Chinese"
-    "QuickTime:GenreID:11281""Books|Reference|Foreign Languages|English""QuickTime:GenreID:11282"
-    "Books|Reference|Foreign Languages|French""QuickTime:GenreID:11283"
-    "Books|Reference|Foreign Languages|German""QuickTime:GenreID:11284"
-    "Books|Reference|Foreign Languages|Hebrew""QuickTime:GenreID:11285"
-    "Books|Reference|Foreign Languages|Hindi""QuickTime:GenreID:11286"
-    "Books|Reference|Foreign Languages|Italian""QuickTime:GenreID:11287"
-    "Books|Reference|Foreign Languages|Japanese""QuickTime:GenreID:11288"
-    "Books|Reference|Foreign Languages|Korean""QuickTime:GenreID:11289"
-    "Books|Reference|Foreign Languages|Linguistics""QuickTime:GenreID:1129"
-    "Music|New Age|Relaxation""QuickTime:GenreID:11290"
-    "Books|Reference|Foreign Languages|Other Languages""QuickTime:GenreID:11291"
-    "Books|Reference|Foreign Languages|Portuguese""QuickTime:GenreID:11292"
-    "Books|Reference|Foreign Languages|Russian""QuickTime:GenreID:11293"
-    "Books|Reference|Foreign Languages|Spanish""QuickTime:GenreID:11294"
-    "Books|Reference|Foreign Languages|Speech Pathology""QuickTime:GenreID:11295"
-    "Books|Science & Nature|Mathematics|Advanced Mathematics""QuickTime:GenreID:11296"
-    "Books|Science & Nature|Mathematics|Algebra""QuickTime:GenreID:11297"
-    "Books|Science & Nature|Mathematics|Arithmetic""QuickTime:GenreID:11298"
-    "Books|Science & Nature|Mathematics|Calculus""QuickTime:GenreID:11299"
-    "Books|Science & Nature|Mathematics|Geometry""QuickTime:GenreID:1130""Music|New Age|Travel"
-    "QuickTime:GenreID:11300""Books|Science & Nature|Mathematics|Statistics"
-    "QuickTime:GenreID:11301""Books|Professional & Technical|Medical|Veterinary"
-    "QuickTime:GenreID:11302""Books|Professional & Technical|Medical|Neuroscience"
-    "QuickTime:GenreID:11303""Books|Professional & Technical|Medical|Immunology"
-    "QuickTime:GenreID:11304""Books|Professional & Technical|Medical|Nursing"
-    "QuickTime:GenreID:11305""Books|Professional & Technical|Medical|Pharmacology & Toxicology"
-    "QuickTime:GenreID:11306""Books|Professional & Technical|Medical|Anatomy & Physiology"
-    "QuickTime:GenreID:11307""Books|Professional & Technical|Medical|Dentistry"
-    "QuickTime:GenreID:11308""Books|Professional & Technical|Medical|Emergency Medicine"
-    "QuickTime:GenreID:11309""Books|Professional & Technical|Medical|Genetics"
-    "QuickTime:GenreID:1131""Music|Pop|Adult Contemporary""QuickTime:GenreID:11310"
-    "Books|Professional & Technical|Medical|Psychiatry""QuickTime:GenreID:11311"
-    "Books|Professional & Technical|Medical|Radiology""QuickTime:GenreID:11312"
-    "Books|Professional & Technical|Medical|Alternative Medicine""QuickTime:GenreID:11317"
-    "Books|Nonfiction|Philosophy|Political Philosophy""QuickTime:GenreID:11319"
-    "Books|Nonfiction|Philosophy|Philosophy of Language""QuickTime:GenreID:1132""Music|Pop|Britpop"
-    "QuickTime:GenreID:11320""Books|Nonfiction|Philosophy|Philosophy of Religion"
-    "QuickTime:GenreID:11327""Books|Nonfiction|Social Science|Sociology""QuickTime:GenreID:11329"
-    "Books|Professional & Technical|Engineering|Aeronautics""QuickTime:GenreID:1133"
-    "Music|Pop|Pop/Rock""QuickTime:GenreID:11330"
+    "QuickTime:GenreID:11262" "Books|Politics & Current Events|Local Government"
+    "QuickTime:GenreID:11263" "Books|Politics & Current Events|National Government"
+    "QuickTime:GenreID:11264" "Books|Politics & Current Events|Political Science"
+    "QuickTime:GenreID:11265" "Books|Politics & Current Events|Public Administration"
+    "QuickTime:GenreID:11266" "Books|Politics & Current Events|World Affairs"
+    "QuickTime:GenreID:1127" "Music|New Age|Meditation" "QuickTime:GenreID:11273"
+    "Books|Nonfiction|Family & Relationships|Family & Childcare" "QuickTime:GenreID:11274"
+    "Books|Nonfiction|Family & Relationships|Love & Romance" "QuickTime:GenreID:11275"
+    "Books|Sci-Fi & Fantasy|Fantasy|Urban" "QuickTime:GenreID:11276"
+    "Books|Reference|Foreign Languages|Arabic" "QuickTime:GenreID:11277"
+    "Books|Reference|Foreign Languages|Bilingual Editions" "QuickTime:GenreID:11278"
+    "Books|Reference|Foreign Languages|African Languages" "QuickTime:GenreID:11279"
+    "Books|Reference|Foreign Languages|Ancient Languages" "QuickTime:GenreID:1128"
+    "Music|New Age|Nature" "QuickTime:GenreID:11280" "Books|Reference|Foreign Languages|Chinese"
+    "QuickTime:GenreID:11281" "Books|Reference|Foreign Languages|English" "QuickTime:GenreID:11282"
+    "Books|Reference|Foreign Languages|French" "QuickTime:GenreID:11283"
+    "Books|Reference|Foreign Languages|German" "QuickTime:GenreID:11284"
+    "Books|Reference|Foreign Languages|Hebrew" "QuickTime:GenreID:11285"
+    "Books|Reference|Foreign Languages|Hindi" "QuickTime:GenreID:11286"
+    "Books|Reference|Foreign Languages|Italian" "QuickTime:GenreID:11287"
+    "Books|Reference|Foreign Languages|Japanese" "QuickTime:GenreID:11288"
+    "Books|Reference|Foreign Languages|Korean" "QuickTime:GenreID:11289"
+    "Books|Reference|Foreign Languages|Linguistics" "QuickTime:GenreID:1129"
+    "Music|New Age|Relaxation" "QuickTime:GenreID:11290"
+    "Books|Reference|Foreign Languages|Other Languages" "QuickTime:GenreID:11291"
+    "Books|Reference|Foreign Languages|Portuguese" "QuickTime:GenreID:11292"
+    "Books|Reference|Foreign Languages|Russian" "QuickTime:GenreID:11293"
+    "Books|Reference|Foreign Languages|Spanish" "QuickTime:GenreID:11294"
+    "Books|Reference|Foreign Languages|Speech Pathology" "QuickTime:GenreID:11295"
+    "Books|Science & Nature|Mathematics|Advanced Mathematics" "QuickTime:GenreID:11296"
+    "Books|Science & Nature|Mathematics|Algebra" "QuickTime:GenreID:11297"
+    "Books|Science & Nature|Mathematics|Arithmetic" "QuickTime:GenreID:11298"
+    "Books|Science & Nature|Mathematics|Calculus" "QuickTime:GenreID:11299"
+    "Books|Science & Nature|Mathematics|Geometry" "QuickTime:GenreID:1130" "Music|New Age|Travel"
+    "QuickTime:GenreID:11300" "Books|Science & Nature|Mathematics|Statistics"
+    "QuickTime:GenreID:11301" "Books|Professional & Technical|Medical|Veterinary"
+    "QuickTime:GenreID:11302" "Books|Professional & Technical|Medical|Neuroscience"
+    "QuickTime:GenreID:11303" "Books|Professional & Technical|Medical|Immunology"
+    "QuickTime:GenreID:11304" "Books|Professional & Technical|Medical|Nursing"
+    "QuickTime:GenreID:11305" "Books|Professional & Technical|Medical|Pharmacology & Toxicology"
+    "QuickTime:GenreID:11306" "Books|Professional & Technical|Medical|Anatomy & Physiology"
+    "QuickTime:GenreID:11307" "Books|Professional & Technical|Medical|Dentistry"
+    "QuickTime:GenreID:11308" "Books|Professional & Technical|Medical|Emergency Medicine"
+    "QuickTime:GenreID:11309" "Books|Professional & Technical|Medical|Genetics"
+    "QuickTime:GenreID:1131" "Music|Pop|Adult Contemporary" "QuickTime:GenreID:11310"
+    "Books|Professional & Technical|Medical|Psychiatry" "QuickTime:GenreID:11311"
+    "Books|Professional & Technical|Medical|Radiology" "QuickTime:GenreID:11312"
+    "Books|Professional & Technical|Medical|Alternative Medicine" "QuickTime:GenreID:11317"
+    "Books|Nonfiction|Philosophy|Political Philosophy" "QuickTime:GenreID:11319"
+    "Books|Nonfiction|Philosophy|Philosophy of Language" "QuickTime:GenreID:1132"
+    "Music|Pop|Britpop" "QuickTime:GenreID:11320"
+    "Books|Nonfiction|Philosophy|Philosophy of Religion" "QuickTime:GenreID:11327"
+    "Books|Nonfiction|Social Science|Sociology" "QuickTime:GenreID:11329"
+    "Books|Professional & Technical|Engineering|Aeronautics" "QuickTime:GenreID:1133"
+    "Music|Pop|Pop/Rock" "QuickTime:GenreID:11330"
     "Books|Professional & Technical|Engineering|Chemical & Petroleum Engineering"
-    "QuickTime:GenreID:11331""Books|Professional & Technical|Engineering|Civil Engineering"
-    "QuickTime:GenreID:11332""Books|Professional & Technical|Engineering|Computer Science"
-    "QuickTime:GenreID:11333""Books|Professional & Technical|Engineering|Electrical Engineering"
-    "QuickTime:GenreID:11334""Books|Professional & Technical|Engineering|Environmental Engineering"
-    "QuickTime:GenreID:11335""Books|Professional & Technical|Engineering|Mechanical Engineering"
-    "QuickTime:GenreID:11336""Books|Professional & Technical|Engineering|Power Resources"
-    "QuickTime:GenreID:11337""Books|Comics & Graphic Novels|Manga|Boys""QuickTime:GenreID:11338"
-    "Books|Comics & Graphic Novels|Manga|Men""QuickTime:GenreID:11339"
-    "Books|Comics & Graphic Novels|Manga|Girls""QuickTime:GenreID:1134""Music|Pop|Soft Rock"
-    "QuickTime:GenreID:11340""Books|Comics & Graphic Novels|Manga|Women""QuickTime:GenreID:11341"
-    "Books|Comics & Graphic Novels|Manga|Other""QuickTime:GenreID:11342"
-    "Books|Comics & Graphic Novels|Manga|Yaoi""QuickTime:GenreID:11343"
-    "Books|Comics & Graphic Novels|Manga|Comic Essays""QuickTime:GenreID:1135""Music|Pop|Teen Pop"
-    "QuickTime:GenreID:1136""Music|R&B/Soul|Contemporary R&B""QuickTime:GenreID:1137"
-    "Music|R&B/Soul|Disco""QuickTime:GenreID:1138""Music|R&B/Soul|Doo Wop""QuickTime:GenreID:1139"
-    "Music|R&B/Soul|Funk""QuickTime:GenreID:1140""Music|R&B/Soul|Motown""QuickTime:GenreID:1141"
-    "Music|R&B/Soul|Neo-Soul""QuickTime:GenreID:1142""Music|R&B/Soul|Quiet Storm"
-    "QuickTime:GenreID:1143""Music|R&B/Soul|Soul""QuickTime:GenreID:1144"
-    "Music|Rock|Adult Alternative""QuickTime:GenreID:1145""Music|Rock|American Trad Rock"
-    "QuickTime:GenreID:1146""Music|Rock|Arena Rock""QuickTime:GenreID:1147""Music|Rock|Blues-Rock"
-    "QuickTime:GenreID:1148""Music|Rock|British Invasion""QuickTime:GenreID:1149"
-    "Music|Rock|Death Metal/Black Metal""QuickTime:GenreID:1150""Music|Rock|Glam Rock"
-    "QuickTime:GenreID:1151""Music|Rock|Hair Metal""QuickTime:GenreID:1152""Music|Rock|Hard Rock"
-    "QuickTime:GenreID:1153""Music|Rock|Metal""QuickTime:GenreID:1154""Music|Rock|Jam Bands"
-    "QuickTime:GenreID:1155""Music|Rock|Prog-Rock/Art Rock""QuickTime:GenreID:1156"
-    "Music|Rock|Psychedelic""QuickTime:GenreID:1157""Music|Rock|Rock & Roll""QuickTime:GenreID:1158"
-    "Music|Rock|Rockabilly""QuickTime:GenreID:1159""Music|Rock|Roots Rock""QuickTime:GenreID:1160"
-    "Music|Rock|Singer/Songwriter""QuickTime:GenreID:1161""Music|Rock|Southern Rock"
-    "QuickTime:GenreID:1162""Music|Rock|Surf""QuickTime:GenreID:1163""Music|Rock|Tex-Mex"
-    "QuickTime:GenreID:1165""Music|Soundtrack|Foreign Cinema""QuickTime:GenreID:1166"
-    "Music|Soundtrack|Musicals""QuickTime:GenreID:1167""Music|Comedy|Novelty"
-    "QuickTime:GenreID:1168""Music|Soundtrack|Original Score""QuickTime:GenreID:1169"
-    "Music|Soundtrack|Soundtrack""QuickTime:GenreID:1171""Music|Comedy|Standup Comedy"
-    "QuickTime:GenreID:1172""Music|Soundtrack|TV Soundtrack""QuickTime:GenreID:1173"
-    "Music|Vocal|Standards""QuickTime:GenreID:1174""Music|Vocal|Traditional Pop"
-    "QuickTime:GenreID:1175""Music|Jazz|Vocal Jazz""QuickTime:GenreID:1176""Music|Vocal|Vocal Pop"
-    "QuickTime:GenreID:1177""Music|African|Afro-Beat""QuickTime:GenreID:1178"
-    "Music|African|Afro-Pop""QuickTime:GenreID:1179""Music|World|Cajun""QuickTime:GenreID:1180"
-    "Music|World|Celtic""QuickTime:GenreID:1181""Music|World|Celtic Folk""QuickTime:GenreID:1182"
-    "Music|World|Contemporary Celtic""QuickTime:GenreID:1183""Music|Reggae|Modern Dancehall"
-    "QuickTime:GenreID:1184""Music|World|Drinking Songs""QuickTime:GenreID:1185"
-    "Music|Indian|Indian Pop""QuickTime:GenreID:1186""Music|World|Japanese Pop"
-    "QuickTime:GenreID:1187""Music|World|Klezmer""QuickTime:GenreID:1188""Music|World|Polka"
-    "QuickTime:GenreID:1189""Music|World|Traditional Celtic""QuickTime:GenreID:1190"
-    "Music|World|Worldbeat""QuickTime:GenreID:1191""Music|World|Zydeco""QuickTime:GenreID:1192"
-    "Music|Reggae|Roots Reggae""QuickTime:GenreID:1193""Music|Reggae|Dub""QuickTime:GenreID:1194"
-    "Music|Reggae|Ska""QuickTime:GenreID:1195""Music|World|Caribbean""QuickTime:GenreID:1196"
-    "Music|World|South America""QuickTime:GenreID:1197""Music|Arabic""QuickTime:GenreID:1198"
-    "Music|World|North America""QuickTime:GenreID:1199""Music|World|Hawaii""QuickTime:GenreID:12"
-    "Music|Latino""QuickTime:GenreID:1200""Music|World|Australia""QuickTime:GenreID:12001"
-    "Mac App Store|Business""QuickTime:GenreID:12002""Mac App Store|Developer Tools"
-    "QuickTime:GenreID:12003""Mac App Store|Education""QuickTime:GenreID:12004"
-    "Mac App Store|Entertainment""QuickTime:GenreID:12005""Mac App Store|Finance"
-    "QuickTime:GenreID:12006""Mac App Store|Games""QuickTime:GenreID:12007"
-    "Mac App Store|Health & Fitness""QuickTime:GenreID:12008""Mac App Store|Lifestyle"
-    "QuickTime:GenreID:1201""Music|World|Japan""QuickTime:GenreID:12010""Mac App Store|Medical"
-    "QuickTime:GenreID:12011""Mac App Store|Music""QuickTime:GenreID:12012""Mac App Store|News"
-    "QuickTime:GenreID:12013""Mac App Store|Photography""QuickTime:GenreID:12014"
-    "Mac App Store|Productivity""QuickTime:GenreID:12015""Mac App Store|Reference"
-    "QuickTime:GenreID:12016""Mac App Store|Social Networking""QuickTime:GenreID:12017"
-    "Mac App Store|Sports""QuickTime:GenreID:12018""Mac App Store|Travel""QuickTime:GenreID:12019"
-    "Mac App Store|Utilities""QuickTime:GenreID:1202""Music|World|France""QuickTime:GenreID:12020"
-    "Mac App Store|Video""QuickTime:GenreID:12021""Mac App Store|Weather""QuickTime:GenreID:12022"
-    "Mac App Store|Graphics & Design""QuickTime:GenreID:1203""Music|African""QuickTime:GenreID:1204"
-    "Music|World|Asia""QuickTime:GenreID:1205""Music|World|Europe""QuickTime:GenreID:1206"
-    "Music|World|South Africa""QuickTime:GenreID:1207""Music|Jazz|Hard Bop""QuickTime:GenreID:1208"
-    "Music|Jazz|Trad Jazz""QuickTime:GenreID:1209""Music|Jazz|Cool Jazz""QuickTime:GenreID:1210"
-    "Music|Blues|Acoustic Blues""QuickTime:GenreID:1211""Music|Classical|High Classical"
-    "QuickTime:GenreID:1220""Music|Brazilian|Axe""QuickTime:GenreID:12201"
-    "Mac App Store|Games|Action""QuickTime:GenreID:12202""Mac App Store|Games|Adventure"
-    "QuickTime:GenreID:12203""Mac App Store|Games|Casual""QuickTime:GenreID:12204"
-    "Mac App Store|Games|Board""QuickTime:GenreID:12205""Mac App Store|Games|Card"
-    "QuickTime:GenreID:12206""Mac App Store|Games|Casino""QuickTime:GenreID:12207"
-    "Mac App Store|Games|Dice""QuickTime:GenreID:12208""Mac App Store|Games|Educational"
-    "QuickTime:GenreID:12209""Mac App Store|Games|Family""QuickTime:GenreID:1221"
-    "Music|Brazilian|Bossa Nova""QuickTime:GenreID:12210""Mac App Store|Games|Kids"
-    "QuickTime:GenreID:12211""Mac App Store|Games|Music""QuickTime:GenreID:12212"
-    "Mac App Store|Games|Puzzle""QuickTime:GenreID:12213""Mac App Store|Games|Racing"
-    "QuickTime:GenreID:12214""Mac App Store|Games|Role Playing""QuickTime:GenreID:12215"
-    "Mac App Store|Games|Simulation""QuickTime:GenreID:12216""Mac App Store|Games|Sports"
-    "QuickTime:GenreID:12217""Mac App Store|Games|Strategy""QuickTime:GenreID:12218"
-    "Mac App Store|Games|Trivia""QuickTime:GenreID:12219""Mac App Store|Games|Word"
-    "QuickTime:GenreID:1222""Music|Brazilian|Choro""QuickTime:GenreID:1223""Music|Brazilian|Forro"
-    "QuickTime:GenreID:1224""Music|Brazilian|Frevo""QuickTime:GenreID:1225""Music|Brazilian|MPB"
-    "QuickTime:GenreID:1226""Music|Brazilian|Pagode""QuickTime:GenreID:1227""Music|Brazilian|Samba"
-    "QuickTime:GenreID:1228""Music|Brazilian|Sertanejo""QuickTime:GenreID:1229"
-    "Music|Brazilian|Baile Funk""QuickTime:GenreID:1230""Music|Alternative|Chinese Alt"
-    "QuickTime:GenreID:1231""Music|Alternative|Korean Indie""QuickTime:GenreID:1232""Music|Chinese"
-    "QuickTime:GenreID:1233""Music|Chinese|Chinese Classical""QuickTime:GenreID:1234"
-    "Music|Chinese|Chinese Flute""QuickTime:GenreID:1235""Music|Chinese|Chinese Opera"
-    "QuickTime:GenreID:1236""Music|Chinese|Chinese Orchestral""QuickTime:GenreID:1237"
-    "Music|Chinese|Chinese Regional Folk""QuickTime:GenreID:1238""Music|Chinese|Chinese Strings"
-    "QuickTime:GenreID:1239""Music|Chinese|Taiwanese Folk""QuickTime:GenreID:1240"
-    "Music|Chinese|Tibetan Native Music""QuickTime:GenreID:1241""Music|Hip-Hop/Rap|Chinese Hip-Hop"
-    "QuickTime:GenreID:1242""Music|Hip-Hop/Rap|Korean Hip-Hop""QuickTime:GenreID:1243""Music|Korean"
-    "QuickTime:GenreID:1244""Music|Korean|Korean Classical""QuickTime:GenreID:1245"
-    "Music|Korean|Korean Trad Song""QuickTime:GenreID:1246""Music|Korean|Korean Trad Instrumental"
-    "QuickTime:GenreID:1247""Music|Korean|Korean Trad Theater""QuickTime:GenreID:1248"
-    "Music|Rock|Chinese Rock""QuickTime:GenreID:1249""Music|Rock|Korean Rock"
-    "QuickTime:GenreID:1250""Music|Pop|C-Pop""QuickTime:GenreID:1251""Music|Pop|Cantopop/HK-Pop"
-    "QuickTime:GenreID:1252""Music|Pop|Korean Folk-Pop""QuickTime:GenreID:1253""Music|Pop|Mandopop"
-    "QuickTime:GenreID:1254""Music|Pop|Tai-Pop""QuickTime:GenreID:1255""Music|Pop|Malaysian Pop"
-    "QuickTime:GenreID:1256""Music|Pop|Pinoy Pop""QuickTime:GenreID:1257"
-    "Music|Pop|Original Pilipino Music""QuickTime:GenreID:1258""Music|Pop|Manilla Sound"
-    "QuickTime:GenreID:1259""Music|Pop|Indo Pop""QuickTime:GenreID:1260""Music|Pop|Thai Pop"
-    "QuickTime:GenreID:1261""Music|Vocal|Trot""QuickTime:GenreID:1262""Music|Indian"
-    "QuickTime:GenreID:1263""Music|Indian|Bollywood""QuickTime:GenreID:1264"
-    "Music|Indian|Regional Indian|Tamil""QuickTime:GenreID:1265"
-    "Music|Indian|Regional Indian|Telugu""QuickTime:GenreID:1266""Music|Indian|Regional Indian"
-    "QuickTime:GenreID:1267""Music|Indian|Devotional & Spiritual""QuickTime:GenreID:1268"
-    "Music|Indian|Sufi""QuickTime:GenreID:1269""Music|Indian|Indian Classical"
-    "QuickTime:GenreID:1270""Music|Russian|Russian Chanson""QuickTime:GenreID:1271"
-    "Music|World|Dini""QuickTime:GenreID:1272""Music|Turkish|Halk""QuickTime:GenreID:1273"
-    "Music|Turkish|Sanat""QuickTime:GenreID:1274""Music|World|Dangdut""QuickTime:GenreID:1275"
-    "Music|World|Indonesian Religious""QuickTime:GenreID:1276""Music|World|Calypso"
-    "QuickTime:GenreID:1277""Music|World|Soca""QuickTime:GenreID:1278""Music|Indian|Ghazals"
-    "QuickTime:GenreID:1279""Music|Indian|Indian Folk""QuickTime:GenreID:1280"
-    "Music|Turkish|Arabesque""QuickTime:GenreID:1281""Music|African|Afrikaans"
-    "QuickTime:GenreID:1282""Music|World|Farsi""QuickTime:GenreID:1283""Music|World|Israeli"
-    "QuickTime:GenreID:1284""Music|Arabic|Khaleeji""QuickTime:GenreID:1285"
-    "Music|Arabic|North African""QuickTime:GenreID:1286""Music|Arabic|Arabic Pop"
-    "QuickTime:GenreID:1287""Music|Arabic|Islamic""QuickTime:GenreID:1288"
-    "Music|Soundtrack|Sound Effects""QuickTime:GenreID:1289""Music|Folk""QuickTime:GenreID:1290"
-    "Music|Orchestral""QuickTime:GenreID:1291""Music|Marching""QuickTime:GenreID:1293"
-    "Music|Pop|Oldies""QuickTime:GenreID:1294""Music|Country|Thai Country""QuickTime:GenreID:1295"
-    "Music|World|Flamenco""QuickTime:GenreID:1296""Music|World|Tango""QuickTime:GenreID:1297"
-    "Music|World|Fado""QuickTime:GenreID:1298""Music|World|Iberia""QuickTime:GenreID:1299"
-    "Music|Russian""QuickTime:GenreID:13""Music|New Age""QuickTime:GenreID:1300""Music|Turkish"
-    "QuickTime:GenreID:13001""App Store|Magazines & Newspapers|News & Politics"
-    "QuickTime:GenreID:13002""App Store|Magazines & Newspapers|Fashion & Style"
-    "QuickTime:GenreID:13003""App Store|Magazines & Newspapers|Home & Garden"
-    "QuickTime:GenreID:13004""App Store|Magazines & Newspapers|Outdoors & Nature"
-    "QuickTime:GenreID:13005""App Store|Magazines & Newspapers|Sports & Leisure"
-    "QuickTime:GenreID:13006""App Store|Magazines & Newspapers|Automotive""QuickTime:GenreID:13007"
-    "App Store|Magazines & Newspapers|Arts & Photography""QuickTime:GenreID:13008"
-    "App Store|Magazines & Newspapers|Brides & Weddings""QuickTime:GenreID:13009"
-    "App Store|Magazines & Newspapers|Business & Investing""QuickTime:GenreID:1301""Podcasts|Arts"
-    "QuickTime:GenreID:13010""App Store|Magazines & Newspapers|Children's Magazines"
-    "QuickTime:GenreID:13011""App Store|Magazines & Newspapers|Computers & Internet"
-    "QuickTime:GenreID:13012""App Store|Magazines & Newspapers|Cooking, Food & Drink"
-    "QuickTime:GenreID:13013""App Store|Magazines & Newspapers|Crafts & Hobbies"
-    "QuickTime:GenreID:13014""App Store|Magazines & Newspapers|Electronics & Audio"
-    "QuickTime:GenreID:13015""App Store|Magazines & Newspapers|Entertainment"
-    "QuickTime:GenreID:13017""App Store|Magazines & Newspapers|Health, Mind & Body"
-    "QuickTime:GenreID:13018""App Store|Magazines & Newspapers|History""QuickTime:GenreID:13019"
-    "App Store|Magazines & Newspapers|Literary Magazines & Journals""QuickTime:GenreID:1302"
-    "Podcasts|Society & Culture|Personal Journals""QuickTime:GenreID:13020"
-    "App Store|Magazines & Newspapers|Men's Interest""QuickTime:GenreID:13021"
-    "App Store|Magazines & Newspapers|Movies & Music""QuickTime:GenreID:13023"
-    "App Store|Magazines & Newspapers|Parenting & Family""QuickTime:GenreID:13024"
-    "App Store|Magazines & Newspapers|Pets""QuickTime:GenreID:13025"
-    "App Store|Magazines & Newspapers|Professional & Trade""QuickTime:GenreID:13026"
-    "App Store|Magazines & Newspapers|Regional News""QuickTime:GenreID:13027"
-    "App Store|Magazines & Newspapers|Science""QuickTime:GenreID:13028"
-    "App Store|Magazines & Newspapers|Teens""QuickTime:GenreID:13029"
-    "App Store|Magazines & Newspapers|Travel & Regional""QuickTime:GenreID:1303""Podcasts|Comedy"
-    "QuickTime:GenreID:13030""App Store|Magazines & Newspapers|Women's Interest"
-    "QuickTime:GenreID:1304""Podcasts|Education""QuickTime:GenreID:1305""Podcasts|Kids & Family"
-    "QuickTime:GenreID:1306""Podcasts|Arts|Food""QuickTime:GenreID:1307""Podcasts|Health"
-    "QuickTime:GenreID:1309""Podcasts|TV & Film""QuickTime:GenreID:1310""Podcasts|Music"
-    "QuickTime:GenreID:1311""Podcasts|News & Politics""QuickTime:GenreID:1314"
-    "Podcasts|Religion & Spirituality""QuickTime:GenreID:1315""Podcasts|Science & Medicine"
-    "QuickTime:GenreID:1316""Podcasts|Sports & Recreation""QuickTime:GenreID:1318"
-    "Podcasts|Technology""QuickTime:GenreID:1320""Podcasts|Society & Culture|Places & Travel"
-    "QuickTime:GenreID:1321""Podcasts|Business""QuickTime:GenreID:1323""Podcasts|Games & Hobbies"
-    "QuickTime:GenreID:1324""Podcasts|Society & Culture""QuickTime:GenreID:1325"
-    "Podcasts|Government & Organizations""QuickTime:GenreID:1337""Music Videos|Classical|Piano"
-    "QuickTime:GenreID:14""Music|Pop""QuickTime:GenreID:1401""Podcasts|Arts|Literature"
-    "QuickTime:GenreID:1402""Podcasts|Arts|Design""QuickTime:GenreID:1404"
-    "Podcasts|Games & Hobbies|Video Games""QuickTime:GenreID:1405""Podcasts|Arts|Performing Arts"
-    "QuickTime:GenreID:1406""Podcasts|Arts|Visual Arts""QuickTime:GenreID:1410"
-    "Podcasts|Business|Careers""QuickTime:GenreID:1412""Podcasts|Business|Investing"
-    "QuickTime:GenreID:1413""Podcasts|Business|Management & Marketing""QuickTime:GenreID:1415"
-    "Podcasts|Education|K-12""QuickTime:GenreID:1416""Podcasts|Education|Higher Education"
-    "QuickTime:GenreID:1417""Podcasts|Health|Fitness & Nutrition""QuickTime:GenreID:1420"
-    "Podcasts|Health|Self-Help""QuickTime:GenreID:1421""Podcasts|Health|Sexuality"
-    "QuickTime:GenreID:1438""Podcasts|Religion & Spirituality|Buddhism""QuickTime:GenreID:1439"
-    "Podcasts|Religion & Spirituality|Christianity""QuickTime:GenreID:1440"
-    "Podcasts|Religion & Spirituality|Islam""QuickTime:GenreID:1441"
-    "Podcasts|Religion & Spirituality|Judaism""QuickTime:GenreID:1443"
-    "Podcasts|Society & Culture|Philosophy""QuickTime:GenreID:1444"
-    "Podcasts|Religion & Spirituality|Spirituality""QuickTime:GenreID:1446"
-    "Podcasts|Technology|Gadgets""QuickTime:GenreID:1448""Podcasts|Technology|Tech News"
-    "QuickTime:GenreID:1450""Podcasts|Technology|Podcasting""QuickTime:GenreID:1454"
-    "Podcasts|Games & Hobbies|Automotive""QuickTime:GenreID:1455""Podcasts|Games & Hobbies|Aviation"
-    "QuickTime:GenreID:1456""Podcasts|Sports & Recreation|Outdoor""QuickTime:GenreID:1459"
-    "Podcasts|Arts|Fashion & Beauty""QuickTime:GenreID:1460""Podcasts|Games & Hobbies|Hobbies"
-    "QuickTime:GenreID:1461""Podcasts|Games & Hobbies|Other Games""QuickTime:GenreID:1462"
-    "Podcasts|Society & Culture|History""QuickTime:GenreID:1463"
-    "Podcasts|Religion & Spirituality|Hinduism""QuickTime:GenreID:1464"
-    "Podcasts|Religion & Spirituality|Other""QuickTime:GenreID:1465"
-    "Podcasts|Sports & Recreation|Professional""QuickTime:GenreID:1466"
-    "Podcasts|Sports & Recreation|College & High School""QuickTime:GenreID:1467"
-    "Podcasts|Sports & Recreation|Amateur""QuickTime:GenreID:1468"
-    "Podcasts|Education|Educational Technology""QuickTime:GenreID:1469"
-    "Podcasts|Education|Language Courses""QuickTime:GenreID:1470""Podcasts|Education|Training"
-    "QuickTime:GenreID:1471""Podcasts|Business|Business News""QuickTime:GenreID:1472"
-    "Podcasts|Business|Shopping""QuickTime:GenreID:1473"
-    "Podcasts|Government & Organizations|National""QuickTime:GenreID:1474"
-    "Podcasts|Government & Organizations|Regional""QuickTime:GenreID:1475"
-    "Podcasts|Government & Organizations|Local""QuickTime:GenreID:1476"
-    "Podcasts|Government & Organizations|Non-Profit""QuickTime:GenreID:1477"
-    "Podcasts|Science & Medicine|Natural Sciences""QuickTime:GenreID:1478"
-    "Podcasts|Science & Medicine|Medicine""QuickTime:GenreID:1479"
-    "Podcasts|Science & Medicine|Social Sciences""QuickTime:GenreID:1480"
-    "Podcasts|Technology|Software How-To""QuickTime:GenreID:1481"
-    "Podcasts|Health|Alternative Health""QuickTime:GenreID:1482""Podcasts|Arts|Books"
-    "QuickTime:GenreID:1483""Podcasts|Fiction""QuickTime:GenreID:1484""Podcasts|Fiction|Drama"
-    "QuickTime:GenreID:1485""Podcasts|Fiction|Science Fiction""QuickTime:GenreID:1486"
-    "Podcasts|Fiction|Comedy Fiction""QuickTime:GenreID:1487""Podcasts|History"
-    "QuickTime:GenreID:1488""Podcasts|True Crime""QuickTime:GenreID:1489""Podcasts|News"
-    "QuickTime:GenreID:1490""Podcasts|News|Business News""QuickTime:GenreID:1491"
-    "Podcasts|Business|Management""QuickTime:GenreID:1492""Podcasts|Business|Marketing"
-    "QuickTime:GenreID:1493""Podcasts|Business|Entrepreneurship""QuickTime:GenreID:1494"
-    "Podcasts|Business|Non-Profit""QuickTime:GenreID:1495""Podcasts|Comedy|Improv"
-    "QuickTime:GenreID:1496""Podcasts|Comedy|Comedy Interviews""QuickTime:GenreID:1497"
-    "Podcasts|Comedy|Stand-Up""QuickTime:GenreID:1498""Podcasts|Education|Language Learning"
-    "QuickTime:GenreID:1499""Podcasts|Education|How To""QuickTime:GenreID:15""Music|R&B/Soul"
-    "QuickTime:GenreID:1500""Podcasts|Education|Self-Improvement""QuickTime:GenreID:15000"
-    "Textbooks|Arts & Entertainment""QuickTime:GenreID:15001"
-    "Textbooks|Arts & Entertainment|Art & Architecture""QuickTime:GenreID:15002"
-    "Textbooks|Arts & Entertainment|Art & Architecture|Urban Planning""QuickTime:GenreID:15003"
-    "Textbooks|Arts & Entertainment|Art History""QuickTime:GenreID:15004"
-    "Textbooks|Arts & Entertainment|Dance""QuickTime:GenreID:15005"
-    "Textbooks|Arts & Entertainment|Design""QuickTime:GenreID:15006"
-    "Textbooks|Arts & Entertainment|Fashion""QuickTime:GenreID:15007"
-    "Textbooks|Arts & Entertainment|Film""QuickTime:GenreID:15008"
-    "Textbooks|Arts & Entertainment|Games""QuickTime:GenreID:15009"
-    "Textbooks|Arts & Entertainment|Interior Design""QuickTime:GenreID:1501"
-    "Podcasts|Education|Courses""QuickTime:GenreID:15010""Textbooks|Arts & Entertainment|Media Arts"
-    "QuickTime:GenreID:15011""Textbooks|Arts & Entertainment|Music""QuickTime:GenreID:15012"
-    "Textbooks|Arts & Entertainment|Performing Arts""QuickTime:GenreID:15013"
-    "Textbooks|Arts & Entertainment|Photography""QuickTime:GenreID:15014"
-    "Textbooks|Arts & Entertainment|Theater""QuickTime:GenreID:15015"
-    "Textbooks|Arts & Entertainment|TV""QuickTime:GenreID:15016"
-    "Textbooks|Arts & Entertainment|Visual Arts""QuickTime:GenreID:15017"
-    "Textbooks|Biographies & Memoirs""QuickTime:GenreID:15018"
-    "Textbooks|Business & Personal Finance""QuickTime:GenreID:15019"
-    "Textbooks|Business & Personal Finance|Accounting""QuickTime:GenreID:1502""Podcasts|Leisure"
-    "QuickTime:GenreID:15020""Textbooks|Business & Personal Finance|Careers"
-    "QuickTime:GenreID:15021""Textbooks|Business & Personal Finance|Economics"
-    "QuickTime:GenreID:15022""Textbooks|Business & Personal Finance|Finance"
-    "QuickTime:GenreID:15023""Textbooks|Business & Personal Finance|Hospitality"
-    "QuickTime:GenreID:15024""Textbooks|Business & Personal Finance|Industries & Professions"
-    "QuickTime:GenreID:15025""Textbooks|Business & Personal Finance|Investing"
-    "QuickTime:GenreID:15026""Textbooks|Business & Personal Finance|Management & Leadership"
-    "QuickTime:GenreID:15027""Textbooks|Business & Personal Finance|Marketing & Sales"
-    "QuickTime:GenreID:15028""Textbooks|Business & Personal Finance|Personal Finance"
-    "QuickTime:GenreID:15029""Textbooks|Business & Personal Finance|Real Estate"
-    "QuickTime:GenreID:1503""Podcasts|Leisure|Automotive""QuickTime:GenreID:15030"
-    "Textbooks|Business & Personal Finance|Reference""QuickTime:GenreID:15031"
+    "QuickTime:GenreID:11331" "Books|Professional & Technical|Engineering|Civil Engineering"
+    "QuickTime:GenreID:11332" "Books|Professional & Technical|Engineering|Computer Science"
+    "QuickTime:GenreID:11333" "Books|Professional & Technical|Engineering|Electrical Engineering"
+    "QuickTime:GenreID:11334" "Books|Professional & Technical|Engineering|Environmental Engineering"
+    "QuickTime:GenreID:11335" "Books|Professional & Technical|Engineering|Mechanical Engineering"
+    "QuickTime:GenreID:11336" "Books|Professional & Technical|Engineering|Power Resources"
+    "QuickTime:GenreID:11337" "Books|Comics & Graphic Novels|Manga|Boys" "QuickTime:GenreID:11338"
+    "Books|Comics & Graphic Novels|Manga|Men" "QuickTime:GenreID:11339"
+    "Books|Comics & Graphic Novels|Manga|Girls" "QuickTime:GenreID:1134" "Music|Pop|Soft Rock"
+    "QuickTime:GenreID:11340" "Books|Comics & Graphic Novels|Manga|Women" "QuickTime:GenreID:11341"
+    "Books|Comics & Graphic Novels|Manga|Other" "QuickTime:GenreID:11342"
+    "Books|Comics & Graphic Novels|Manga|Yaoi" "QuickTime:GenreID:11343"
+    "Books|Comics & Graphic Novels|Manga|Comic Essays" "QuickTime:GenreID:1135" "Music|Pop|Teen Pop"
+    "QuickTime:GenreID:1136" "Music|R&B/Soul|Contemporary R&B" "QuickTime:GenreID:1137"
+    "Music|R&B/Soul|Disco" "QuickTime:GenreID:1138" "Music|R&B/Soul|Doo Wop"
+    "QuickTime:GenreID:1139" "Music|R&B/Soul|Funk" "QuickTime:GenreID:1140" "Music|R&B/Soul|Motown"
+    "QuickTime:GenreID:1141" "Music|R&B/Soul|Neo-Soul" "QuickTime:GenreID:1142"
+    "Music|R&B/Soul|Quiet Storm" "QuickTime:GenreID:1143" "Music|R&B/Soul|Soul"
+    "QuickTime:GenreID:1144" "Music|Rock|Adult Alternative" "QuickTime:GenreID:1145"
+    "Music|Rock|American Trad Rock" "QuickTime:GenreID:1146" "Music|Rock|Arena Rock"
+    "QuickTime:GenreID:1147" "Music|Rock|Blues-Rock" "QuickTime:GenreID:1148"
+    "Music|Rock|British Invasion" "QuickTime:GenreID:1149" "Music|Rock|Death Metal/Black Metal"
+    "QuickTime:GenreID:1150" "Music|Rock|Glam Rock" "QuickTime:GenreID:1151" "Music|Rock|Hair Metal"
+    "QuickTime:GenreID:1152" "Music|Rock|Hard Rock" "QuickTime:GenreID:1153" "Music|Rock|Metal"
+    "QuickTime:GenreID:1154" "Music|Rock|Jam Bands" "QuickTime:GenreID:1155"
+    "Music|Rock|Prog-Rock/Art Rock" "QuickTime:GenreID:1156" "Music|Rock|Psychedelic"
+    "QuickTime:GenreID:1157" "Music|Rock|Rock & Roll" "QuickTime:GenreID:1158"
+    "Music|Rock|Rockabilly" "QuickTime:GenreID:1159" "Music|Rock|Roots Rock"
+    "QuickTime:GenreID:1160" "Music|Rock|Singer/Songwriter" "QuickTime:GenreID:1161"
+    "Music|Rock|Southern Rock" "QuickTime:GenreID:1162" "Music|Rock|Surf" "QuickTime:GenreID:1163"
+    "Music|Rock|Tex-Mex" "QuickTime:GenreID:1165" "Music|Soundtrack|Foreign Cinema"
+    "QuickTime:GenreID:1166" "Music|Soundtrack|Musicals" "QuickTime:GenreID:1167"
+    "Music|Comedy|Novelty" "QuickTime:GenreID:1168" "Music|Soundtrack|Original Score"
+    "QuickTime:GenreID:1169" "Music|Soundtrack|Soundtrack" "QuickTime:GenreID:1171"
+    "Music|Comedy|Standup Comedy" "QuickTime:GenreID:1172" "Music|Soundtrack|TV Soundtrack"
+    "QuickTime:GenreID:1173" "Music|Vocal|Standards" "QuickTime:GenreID:1174"
+    "Music|Vocal|Traditional Pop" "QuickTime:GenreID:1175" "Music|Jazz|Vocal Jazz"
+    "QuickTime:GenreID:1176" "Music|Vocal|Vocal Pop" "QuickTime:GenreID:1177"
+    "Music|African|Afro-Beat" "QuickTime:GenreID:1178" "Music|African|Afro-Pop"
+    "QuickTime:GenreID:1179" "Music|World|Cajun" "QuickTime:GenreID:1180" "Music|World|Celtic"
+    "QuickTime:GenreID:1181" "Music|World|Celtic Folk" "QuickTime:GenreID:1182"
+    "Music|World|Contemporary Celtic" "QuickTime:GenreID:1183" "Music|Reggae|Modern Dancehall"
+    "QuickTime:GenreID:1184" "Music|World|Drinking Songs" "QuickTime:GenreID:1185"
+    "Music|Indian|Indian Pop" "QuickTime:GenreID:1186" "Music|World|Japanese Pop"
+    "QuickTime:GenreID:1187" "Music|World|Klezmer" "QuickTime:GenreID:1188" "Music|World|Polka"
+    "QuickTime:GenreID:1189" "Music|World|Traditional Celtic" "QuickTime:GenreID:1190"
+    "Music|World|Worldbeat" "QuickTime:GenreID:1191" "Music|World|Zydeco" "QuickTime:GenreID:1192"
+    "Music|Reggae|Roots Reggae" "QuickTime:GenreID:1193" "Music|Reggae|Dub" "QuickTime:GenreID:1194"
+    "Music|Reggae|Ska" "QuickTime:GenreID:1195" "Music|World|Caribbean" "QuickTime:GenreID:1196"
+    "Music|World|South America" "QuickTime:GenreID:1197" "Music|Arabic" "QuickTime:GenreID:1198"
+    "Music|World|North America" "QuickTime:GenreID:1199" "Music|World|Hawaii" "QuickTime:GenreID:12"
+    "Music|Latino" "QuickTime:GenreID:1200" "Music|World|Australia" "QuickTime:GenreID:12001"
+    "Mac App Store|Business" "QuickTime:GenreID:12002" "Mac App Store|Developer Tools"
+    "QuickTime:GenreID:12003" "Mac App Store|Education" "QuickTime:GenreID:12004"
+    "Mac App Store|Entertainment" "QuickTime:GenreID:12005" "Mac App Store|Finance"
+    "QuickTime:GenreID:12006" "Mac App Store|Games" "QuickTime:GenreID:12007"
+    "Mac App Store|Health & Fitness" "QuickTime:GenreID:12008" "Mac App Store|Lifestyle"
+    "QuickTime:GenreID:1201" "Music|World|Japan" "QuickTime:GenreID:12010" "Mac App Store|Medical"
+    "QuickTime:GenreID:12011" "Mac App Store|Music" "QuickTime:GenreID:12012" "Mac App Store|News"
+    "QuickTime:GenreID:12013" "Mac App Store|Photography" "QuickTime:GenreID:12014"
+    "Mac App Store|Productivity" "QuickTime:GenreID:12015" "Mac App Store|Reference"
+    "QuickTime:GenreID:12016" "Mac App Store|Social Networking" "QuickTime:GenreID:12017"
+    "Mac App Store|Sports" "QuickTime:GenreID:12018" "Mac App Store|Travel"
+    "QuickTime:GenreID:12019" "Mac App Store|Utilities" "QuickTime:GenreID:1202"
+    "Music|World|France" "QuickTime:GenreID:12020" "Mac App Store|Video" "QuickTime:GenreID:12021"
+    "Mac App Store|Weather" "QuickTime:GenreID:12022" "Mac App Store|Graphics & Design"
+    "QuickTime:GenreID:1203" "Music|African" "QuickTime:GenreID:1204" "Music|World|Asia"
+    "QuickTime:GenreID:1205" "Music|World|Europe" "QuickTime:GenreID:1206"
+    "Music|World|South Africa" "QuickTime:GenreID:1207" "Music|Jazz|Hard Bop"
+    "QuickTime:GenreID:1208" "Music|Jazz|Trad Jazz" "QuickTime:GenreID:1209" "Music|Jazz|Cool Jazz"
+    "QuickTime:GenreID:1210" "Music|Blues|Acoustic Blues" "QuickTime:GenreID:1211"
+    "Music|Classical|High Classical" "QuickTime:GenreID:1220" "Music|Brazilian|Axe"
+    "QuickTime:GenreID:12201" "Mac App Store|Games|Action" "QuickTime:GenreID:12202"
+    "Mac App Store|Games|Adventure" "QuickTime:GenreID:12203" "Mac App Store|Games|Casual"
+    "QuickTime:GenreID:12204" "Mac App Store|Games|Board" "QuickTime:GenreID:12205"
+    "Mac App Store|Games|Card" "QuickTime:GenreID:12206" "Mac App Store|Games|Casino"
+    "QuickTime:GenreID:12207" "Mac App Store|Games|Dice" "QuickTime:GenreID:12208"
+    "Mac App Store|Games|Educational" "QuickTime:GenreID:12209" "Mac App Store|Games|Family"
+    "QuickTime:GenreID:1221" "Music|Brazilian|Bossa Nova" "QuickTime:GenreID:12210"
+    "Mac App Store|Games|Kids" "QuickTime:GenreID:12211" "Mac App Store|Games|Music"
+    "QuickTime:GenreID:12212" "Mac App Store|Games|Puzzle" "QuickTime:GenreID:12213"
+    "Mac App Store|Games|Racing" "QuickTime:GenreID:12214" "Mac App Store|Games|Role Playing"
+    "QuickTime:GenreID:12215" "Mac App Store|Games|Simulation" "QuickTime:GenreID:12216"
+    "Mac App Store|Games|Sports" "QuickTime:GenreID:12217" "Mac App Store|Games|Strategy"
+    "QuickTime:GenreID:12218" "Mac App Store|Games|Trivia" "QuickTime:GenreID:12219"
+    "Mac App Store|Games|Word" "QuickTime:GenreID:1222" "Music|Brazilian|Choro"
+    "QuickTime:GenreID:1223" "Music|Brazilian|Forro" "QuickTime:GenreID:1224"
+    "Music|Brazilian|Frevo" "QuickTime:GenreID:1225" "Music|Brazilian|MPB" "QuickTime:GenreID:1226"
+    "Music|Brazilian|Pagode" "QuickTime:GenreID:1227" "Music|Brazilian|Samba"
+    "QuickTime:GenreID:1228" "Music|Brazilian|Sertanejo" "QuickTime:GenreID:1229"
+    "Music|Brazilian|Baile Funk" "QuickTime:GenreID:1230" "Music|Alternative|Chinese Alt"
+    "QuickTime:GenreID:1231" "Music|Alternative|Korean Indie" "QuickTime:GenreID:1232"
+    "Music|Chinese" "QuickTime:GenreID:1233" "Music|Chinese|Chinese Classical"
+    "QuickTime:GenreID:1234" "Music|Chinese|Chinese Flute" "QuickTime:GenreID:1235"
+    "Music|Chinese|Chinese Opera" "QuickTime:GenreID:1236" "Music|Chinese|Chinese Orchestral"
+    "QuickTime:GenreID:1237" "Music|Chinese|Chinese Regional Folk" "QuickTime:GenreID:1238"
+    "Music|Chinese|Chinese Strings" "QuickTime:GenreID:1239" "Music|Chinese|Taiwanese Folk"
+    "QuickTime:GenreID:1240" "Music|Chinese|Tibetan Native Music" "QuickTime:GenreID:1241"
+    "Music|Hip-Hop/Rap|Chinese Hip-Hop" "QuickTime:GenreID:1242" "Music|Hip-Hop/Rap|Korean Hip-Hop"
+    "QuickTime:GenreID:1243" "Music|Korean" "QuickTime:GenreID:1244" "Music|Korean|Korean Classical"
+    "QuickTime:GenreID:1245" "Music|Korean|Korean Trad Song" "QuickTime:GenreID:1246"
+    "Music|Korean|Korean Trad Instrumental" "QuickTime:GenreID:1247"
+    "Music|Korean|Korean Trad Theater" "QuickTime:GenreID:1248" "Music|Rock|Chinese Rock"
+    "QuickTime:GenreID:1249" "Music|Rock|Korean Rock" "QuickTime:GenreID:1250" "Music|Pop|C-Pop"
+    "QuickTime:GenreID:1251" "Music|Pop|Cantopop/HK-Pop" "QuickTime:GenreID:1252"
+    "Music|Pop|Korean Folk-Pop" "QuickTime:GenreID:1253" "Music|Pop|Mandopop"
+    "QuickTime:GenreID:1254" "Music|Pop|Tai-Pop" "QuickTime:GenreID:1255" "Music|Pop|Malaysian Pop"
+    "QuickTime:GenreID:1256" "Music|Pop|Pinoy Pop" "QuickTime:GenreID:1257"
+    "Music|Pop|Original Pilipino Music" "QuickTime:GenreID:1258" "Music|Pop|Manilla Sound"
+    "QuickTime:GenreID:1259" "Music|Pop|Indo Pop" "QuickTime:GenreID:1260" "Music|Pop|Thai Pop"
+    "QuickTime:GenreID:1261" "Music|Vocal|Trot" "QuickTime:GenreID:1262" "Music|Indian"
+    "QuickTime:GenreID:1263" "Music|Indian|Bollywood" "QuickTime:GenreID:1264"
+    "Music|Indian|Regional Indian|Tamil" "QuickTime:GenreID:1265"
+    "Music|Indian|Regional Indian|Telugu" "QuickTime:GenreID:1266" "Music|Indian|Regional Indian"
+    "QuickTime:GenreID:1267" "Music|Indian|Devotional & Spiritual" "QuickTime:GenreID:1268"
+    "Music|Indian|Sufi" "QuickTime:GenreID:1269" "Music|Indian|Indian Classical"
+    "QuickTime:GenreID:1270" "Music|Russian|Russian Chanson" "QuickTime:GenreID:1271"
+    "Music|World|Dini" "QuickTime:GenreID:1272" "Music|Turkish|Halk" "QuickTime:GenreID:1273"
+    "Music|Turkish|Sanat" "QuickTime:GenreID:1274" "Music|World|Dangdut" "QuickTime:GenreID:1275"
+    "Music|World|Indonesian Religious" "QuickTime:GenreID:1276" "Music|World|Calypso"
+    "QuickTime:GenreID:1277" "Music|World|Soca" "QuickTime:GenreID:1278" "Music|Indian|Ghazals"
+    "QuickTime:GenreID:1279" "Music|Indian|Indian Folk" "QuickTime:GenreID:1280"
+    "Music|Turkish|Arabesque" "QuickTime:GenreID:1281" "Music|African|Afrikaans"
+    "QuickTime:GenreID:1282" "Music|World|Farsi" "QuickTime:GenreID:1283" "Music|World|Israeli"
+    "QuickTime:GenreID:1284" "Music|Arabic|Khaleeji" "QuickTime:GenreID:1285"
+    "Music|Arabic|North African" "QuickTime:GenreID:1286" "Music|Arabic|Arabic Pop"
+    "QuickTime:GenreID:1287" "Music|Arabic|Islamic" "QuickTime:GenreID:1288"
+    "Music|Soundtrack|Sound Effects" "QuickTime:GenreID:1289" "Music|Folk" "QuickTime:GenreID:1290"
+    "Music|Orchestral" "QuickTime:GenreID:1291" "Music|Marching" "QuickTime:GenreID:1293"
+    "Music|Pop|Oldies" "QuickTime:GenreID:1294" "Music|Country|Thai Country"
+    "QuickTime:GenreID:1295" "Music|World|Flamenco" "QuickTime:GenreID:1296" "Music|World|Tango"
+    "QuickTime:GenreID:1297" "Music|World|Fado" "QuickTime:GenreID:1298" "Music|World|Iberia"
+    "QuickTime:GenreID:1299" "Music|Russian" "QuickTime:GenreID:13" "Music|New Age"
+    "QuickTime:GenreID:1300" "Music|Turkish" "QuickTime:GenreID:13001"
+    "App Store|Magazines & Newspapers|News & Politics" "QuickTime:GenreID:13002"
+    "App Store|Magazines & Newspapers|Fashion & Style" "QuickTime:GenreID:13003"
+    "App Store|Magazines & Newspapers|Home & Garden" "QuickTime:GenreID:13004"
+    "App Store|Magazines & Newspapers|Outdoors & Nature" "QuickTime:GenreID:13005"
+    "App Store|Magazines & Newspapers|Sports & Leisure" "QuickTime:GenreID:13006"
+    "App Store|Magazines & Newspapers|Automotive" "QuickTime:GenreID:13007"
+    "App Store|Magazines & Newspapers|Arts & Photography" "QuickTime:GenreID:13008"
+    "App Store|Magazines & Newspapers|Brides & Weddings" "QuickTime:GenreID:13009"
+    "App Store|Magazines & Newspapers|Business & Investing" "QuickTime:GenreID:1301" "Podcasts|Arts"
+    "QuickTime:GenreID:13010" "App Store|Magazines & Newspapers|Children's Magazines"
+    "QuickTime:GenreID:13011" "App Store|Magazines & Newspapers|Computers & Internet"
+    "QuickTime:GenreID:13012" "App Store|Magazines & Newspapers|Cooking, Food & Drink"
+    "QuickTime:GenreID:13013" "App Store|Magazines & Newspapers|Crafts & Hobbies"
+    "QuickTime:GenreID:13014" "App Store|Magazines & Newspapers|Electronics & Audio"
+    "QuickTime:GenreID:13015" "App Store|Magazines & Newspapers|Entertainment"
+    "QuickTime:GenreID:13017" "App Store|Magazines & Newspapers|Health, Mind & Body"
+    "QuickTime:GenreID:13018" "App Store|Magazines & Newspapers|History" "QuickTime:GenreID:13019"
+    "App Store|Magazines & Newspapers|Literary Magazines & Journals" "QuickTime:GenreID:1302"
+    "Podcasts|Society & Culture|Personal Journals" "QuickTime:GenreID:13020"
+    "App Store|Magazines & Newspapers|Men's Interest" "QuickTime:GenreID:13021"
+    "App Store|Magazines & Newspapers|Movies & Music" "QuickTime:GenreID:13023"
+    "App Store|Magazines & Newspapers|Parenting & Family" "QuickTime:GenreID:13024"
+    "App Store|Magazines & Newspapers|Pets" "QuickTime:GenreID:13025"
+    "App Store|Magazines & Newspapers|Professional & Trade" "QuickTime:GenreID:13026"
+    "App Store|Magazines & Newspapers|Regional News" "QuickTime:GenreID:13027"
+    "App Store|Magazines & Newspapers|Science" "QuickTime:GenreID:13028"
+    "App Store|Magazines & Newspapers|Teens" "QuickTime:GenreID:13029"
+    "App Store|Magazines & Newspapers|Travel & Regional" "QuickTime:GenreID:1303" "Podcasts|Comedy"
+    "QuickTime:GenreID:13030" "App Store|Magazines & Newspapers|Women's Interest"
+    "QuickTime:GenreID:1304" "Podcasts|Education" "QuickTime:GenreID:1305" "Podcasts|Kids & Family"
+    "QuickTime:GenreID:1306" "Podcasts|Arts|Food" "QuickTime:GenreID:1307" "Podcasts|Health"
+    "QuickTime:GenreID:1309" "Podcasts|TV & Film" "QuickTime:GenreID:1310" "Podcasts|Music"
+    "QuickTime:GenreID:1311" "Podcasts|News & Politics" "QuickTime:GenreID:1314"
+    "Podcasts|Religion & Spirituality" "QuickTime:GenreID:1315" "Podcasts|Science & Medicine"
+    "QuickTime:GenreID:1316" "Podcasts|Sports & Recreation" "QuickTime:GenreID:1318"
+    "Podcasts|Technology" "QuickTime:GenreID:1320" "Podcasts|Society & Culture|Places & Travel"
+    "QuickTime:GenreID:1321" "Podcasts|Business" "QuickTime:GenreID:1323" "Podcasts|Games & Hobbies"
+    "QuickTime:GenreID:1324" "Podcasts|Society & Culture" "QuickTime:GenreID:1325"
+    "Podcasts|Government & Organizations" "QuickTime:GenreID:1337" "Music Videos|Classical|Piano"
+    "QuickTime:GenreID:14" "Music|Pop" "QuickTime:GenreID:1401" "Podcasts|Arts|Literature"
+    "QuickTime:GenreID:1402" "Podcasts|Arts|Design" "QuickTime:GenreID:1404"
+    "Podcasts|Games & Hobbies|Video Games" "QuickTime:GenreID:1405" "Podcasts|Arts|Performing Arts"
+    "QuickTime:GenreID:1406" "Podcasts|Arts|Visual Arts" "QuickTime:GenreID:1410"
+    "Podcasts|Business|Careers" "QuickTime:GenreID:1412" "Podcasts|Business|Investing"
+    "QuickTime:GenreID:1413" "Podcasts|Business|Management & Marketing" "QuickTime:GenreID:1415"
+    "Podcasts|Education|K-12" "QuickTime:GenreID:1416" "Podcasts|Education|Higher Education"
+    "QuickTime:GenreID:1417" "Podcasts|Health|Fitness & Nutrition" "QuickTime:GenreID:1420"
+    "Podcasts|Health|Self-Help" "QuickTime:GenreID:1421" "Podcasts|Health|Sexuality"
+    "QuickTime:GenreID:1438" "Podcasts|Religion & Spirituality|Buddhism" "QuickTime:GenreID:1439"
+    "Podcasts|Religion & Spirituality|Christianity" "QuickTime:GenreID:1440"
+    "Podcasts|Religion & Spirituality|Islam" "QuickTime:GenreID:1441"
+    "Podcasts|Religion & Spirituality|Judaism" "QuickTime:GenreID:1443"
+    "Podcasts|Society & Culture|Philosophy" "QuickTime:GenreID:1444"
+    "Podcasts|Religion & Spirituality|Spirituality" "QuickTime:GenreID:1446"
+    "Podcasts|Technology|Gadgets" "QuickTime:GenreID:1448" "Podcasts|Technology|Tech News"
+    "QuickTime:GenreID:1450" "Podcasts|Technology|Podcasting" "QuickTime:GenreID:1454"
+    "Podcasts|Games & Hobbies|Automotive" "QuickTime:GenreID:1455"
+    "Podcasts|Games & Hobbies|Aviation" "QuickTime:GenreID:1456"
+    "Podcasts|Sports & Recreation|Outdoor" "QuickTime:GenreID:1459" "Podcasts|Arts|Fashion & Beauty"
+    "QuickTime:GenreID:1460" "Podcasts|Games & Hobbies|Hobbies" "QuickTime:GenreID:1461"
+    "Podcasts|Games & Hobbies|Other Games" "QuickTime:GenreID:1462"
+    "Podcasts|Society & Culture|History" "QuickTime:GenreID:1463"
+    "Podcasts|Religion & Spirituality|Hinduism" "QuickTime:GenreID:1464"
+    "Podcasts|Religion & Spirituality|Other" "QuickTime:GenreID:1465"
+    "Podcasts|Sports & Recreation|Professional" "QuickTime:GenreID:1466"
+    "Podcasts|Sports & Recreation|College & High School" "QuickTime:GenreID:1467"
+    "Podcasts|Sports & Recreation|Amateur" "QuickTime:GenreID:1468"
+    "Podcasts|Education|Educational Technology" "QuickTime:GenreID:1469"
+    "Podcasts|Education|Language Courses" "QuickTime:GenreID:1470" "Podcasts|Education|Training"
+    "QuickTime:GenreID:1471" "Podcasts|Business|Business News" "QuickTime:GenreID:1472"
+    "Podcasts|Business|Shopping" "QuickTime:GenreID:1473"
+    "Podcasts|Government & Organizations|National" "QuickTime:GenreID:1474"
+    "Podcasts|Government & Organizations|Regional" "QuickTime:GenreID:1475"
+    "Podcasts|Government & Organizations|Local" "QuickTime:GenreID:1476"
+    "Podcasts|Government & Organizations|Non-Profit" "QuickTime:GenreID:1477"
+    "Podcasts|Science & Medicine|Natural Sciences" "QuickTime:GenreID:1478"
+    "Podcasts|Science & Medicine|Medicine" "QuickTime:GenreID:1479"
+    "Podcasts|Science & Medicine|Social Sciences" "QuickTime:GenreID:1480"
+    "Podcasts|Technology|Software How-To" "QuickTime:GenreID:1481"
+    "Podcasts|Health|Alternative Health" "QuickTime:GenreID:1482" "Podcasts|Arts|Books"
+    "QuickTime:GenreID:1483" "Podcasts|Fiction" "QuickTime:GenreID:1484" "Podcasts|Fiction|Drama"
+    "QuickTime:GenreID:1485" "Podcasts|Fiction|Science Fiction" "QuickTime:GenreID:1486"
+    "Podcasts|Fiction|Comedy Fiction" "QuickTime:GenreID:1487" "Podcasts|History"
+    "QuickTime:GenreID:1488" "Podcasts|True Crime" "QuickTime:GenreID:1489" "Podcasts|News"
+    "QuickTime:GenreID:1490" "Podcasts|News|Business News" "QuickTime:GenreID:1491"
+    "Podcasts|Business|Management" "QuickTime:GenreID:1492" "Podcasts|Business|Marketing"
+    "QuickTime:GenreID:1493" "Podcasts|Business|Entrepreneurship" "QuickTime:GenreID:1494"
+    "Podcasts|Business|Non-Profit" "QuickTime:GenreID:1495" "Podcasts|Comedy|Improv"
+    "QuickTime:GenreID:1496" "Podcasts|Comedy|Comedy Interviews" "QuickTime:GenreID:1497"
+    "Podcasts|Comedy|Stand-Up" "QuickTime:GenreID:1498" "Podcasts|Education|Language Learning"
+    "QuickTime:GenreID:1499" "Podcasts|Education|How To" "QuickTime:GenreID:15" "Music|R&B/Soul"
+    "QuickTime:GenreID:1500" "Podcasts|Education|Self-Improvement" "QuickTime:GenreID:15000"
+    "Textbooks|Arts & Entertainment" "QuickTime:GenreID:15001"
+    "Textbooks|Arts & Entertainment|Art & Architecture" "QuickTime:GenreID:15002"
+    "Textbooks|Arts & Entertainment|Art & Architecture|Urban Planning" "QuickTime:GenreID:15003"
+    "Textbooks|Arts & Entertainment|Art History" "QuickTime:GenreID:15004"
+    "Textbooks|Arts & Entertainment|Dance" "QuickTime:GenreID:15005"
+    "Textbooks|Arts & Entertainment|Design" "QuickTime:GenreID:15006"
+    "Textbooks|Arts & Entertainment|Fashion" "QuickTime:GenreID:15007"
+    "Textbooks|Arts & Entertainment|Film" "QuickTime:GenreID:15008"
+    "Textbooks|Arts & Entertainment|Games" "QuickTime:GenreID:15009"
+    "Textbooks|Arts & Entertainment|Interior Design" "QuickTime:GenreID:1501"
+    "Podcasts|Education|Courses" "QuickTime:GenreID:15010"
+    "Textbooks|Arts & Entertainment|Media Arts" "QuickTime:GenreID:15011"
+    "Textbooks|Arts & Entertainment|Music" "QuickTime:GenreID:15012"
+    "Textbooks|Arts & Entertainment|Performing Arts" "QuickTime:GenreID:15013"
+    "Textbooks|Arts & Entertainment|Photography" "QuickTime:GenreID:15014"
+    "Textbooks|Arts & Entertainment|Theater" "QuickTime:GenreID:15015"
+    "Textbooks|Arts & Entertainment|TV" "QuickTime:GenreID:15016"
+    "Textbooks|Arts & Entertainment|Visual Arts" "QuickTime:GenreID:15017"
+    "Textbooks|Biographies & Memoirs" "QuickTime:GenreID:15018"
+    "Textbooks|Business & Personal Finance" "QuickTime:GenreID:15019"
+    "Textbooks|Business & Personal Finance|Accounting" "QuickTime:GenreID:1502" "Podcasts|Leisure"
+    "QuickTime:GenreID:15020" "Textbooks|Business & Personal Finance|Careers"
+    "QuickTime:GenreID:15021" "Textbooks|Business & Personal Finance|Economics"
+    "QuickTime:GenreID:15022" "Textbooks|Business & Personal Finance|Finance"
+    "QuickTime:GenreID:15023" "Textbooks|Business & Personal Finance|Hospitality"
+    "QuickTime:GenreID:15024" "Textbooks|Business & Personal Finance|Industries & Professions"
+    "QuickTime:GenreID:15025" "Textbooks|Business & Personal Finance|Investing"
+    "QuickTime:GenreID:15026" "Textbooks|Business & Personal Finance|Management & Leadership"
+    "QuickTime:GenreID:15027" "Textbooks|Business & Personal Finance|Marketing & Sales"
+    "QuickTime:GenreID:15028" "Textbooks|Business & Personal Finance|Personal Finance"
+    "QuickTime:GenreID:15029" "Textbooks|Business & Personal Finance|Real Estate"
+    "QuickTime:GenreID:1503" "Podcasts|Leisure|Automotive" "QuickTime:GenreID:15030"
+    "Textbooks|Business & Personal Finance|Reference" "QuickTime:GenreID:15031"
     "Textbooks|Business & Personal Finance|Small Business & Entrepreneurship"
-    "QuickTime:GenreID:15032""Textbooks|Children & Teens""QuickTime:GenreID:15033"
-    "Textbooks|Children & Teens|Fiction""QuickTime:GenreID:15034"
-    "Textbooks|Children & Teens|Nonfiction""QuickTime:GenreID:15035"
-    "Textbooks|Comics & Graphic Novels""QuickTime:GenreID:15036"
-    "Textbooks|Comics & Graphic Novels|Graphic Novels""QuickTime:GenreID:15037"
-    "Textbooks|Comics & Graphic Novels|Manga""QuickTime:GenreID:15038"
-    "Textbooks|Communications & Media""QuickTime:GenreID:15039"
-    "Textbooks|Communications & Media|Broadcasting""QuickTime:GenreID:1504"
-    "Podcasts|Leisure|Aviation""QuickTime:GenreID:15040"
-    "Textbooks|Communications & Media|Digital Media""QuickTime:GenreID:15041"
-    "Textbooks|Communications & Media|Journalism""QuickTime:GenreID:15042"
-    "Textbooks|Communications & Media|Photojournalism""QuickTime:GenreID:15043"
-    "Textbooks|Communications & Media|Print""QuickTime:GenreID:15044"
-    "Textbooks|Communications & Media|Speech""QuickTime:GenreID:15045"
-    "Textbooks|Communications & Media|Writing""QuickTime:GenreID:15046"
-    "Textbooks|Computers & Internet""QuickTime:GenreID:15047"
-    "Textbooks|Computers & Internet|Computers""QuickTime:GenreID:15048"
-    "Textbooks|Computers & Internet|Databases""QuickTime:GenreID:15049"
-    "Textbooks|Computers & Internet|Digital Media""QuickTime:GenreID:1505""Podcasts|Leisure|Hobbies"
-    "QuickTime:GenreID:15050""Textbooks|Computers & Internet|Internet""QuickTime:GenreID:15051"
-    "Textbooks|Computers & Internet|Network""QuickTime:GenreID:15052"
-    "Textbooks|Computers & Internet|Operating Systems""QuickTime:GenreID:15053"
-    "Textbooks|Computers & Internet|Programming""QuickTime:GenreID:15054"
-    "Textbooks|Computers & Internet|Software""QuickTime:GenreID:15055"
-    "Textbooks|Computers & Internet|System Administration""QuickTime:GenreID:15056"
-    "Textbooks|Cookbooks, Food & Wine""QuickTime:GenreID:15057"
-    "Textbooks|Cookbooks, Food & Wine|Beverages""QuickTime:GenreID:15058"
-    "Textbooks|Cookbooks, Food & Wine|Courses & Dishes""QuickTime:GenreID:15059"
-    "Textbooks|Cookbooks, Food & Wine|Culinary Arts""QuickTime:GenreID:1506"
-    "Podcasts|Leisure|Crafts""QuickTime:GenreID:15060""Textbooks|Cookbooks, Food & Wine|Methods"
-    "QuickTime:GenreID:15061""Textbooks|Cookbooks, Food & Wine|Reference""QuickTime:GenreID:15062"
-    "Textbooks|Cookbooks, Food & Wine|Regional & Ethnic""QuickTime:GenreID:15063"
-    "Textbooks|Cookbooks, Food & Wine|Special Diet""QuickTime:GenreID:15064"
-    "Textbooks|Cookbooks, Food & Wine|Special Occasions""QuickTime:GenreID:15065"
-    "Textbooks|Cookbooks, Food & Wine|Specific Ingredients""QuickTime:GenreID:15066"
-    "Textbooks|Engineering""QuickTime:GenreID:15067""Textbooks|Engineering|Aeronautics"
-    "QuickTime:GenreID:15068""Textbooks|Engineering|Chemical & Petroleum Engineering"
-    "QuickTime:GenreID:15069""Textbooks|Engineering|Civil Engineering""QuickTime:GenreID:1507"
-    "Podcasts|Leisure|Games""QuickTime:GenreID:15070""Textbooks|Engineering|Computer Science"
-    "QuickTime:GenreID:15071""Textbooks|Engineering|Electrical Engineering""QuickTime:GenreID:15072"
-    "Textbooks|Engineering|Environmental Engineering""QuickTime:GenreID:15073"
-    "Textbooks|Engineering|Mechanical Engineering""QuickTime:GenreID:15074"
-    "Textbooks|Engineering|Power Resources""QuickTime:GenreID:15075""Textbooks|Fiction & Literature"
-    "QuickTime:GenreID:15076""Textbooks|Fiction & Literature|Latino""QuickTime:GenreID:15077"
-    "Textbooks|Fiction & Literature|Action & Adventure""QuickTime:GenreID:15078"
-    "Textbooks|Fiction & Literature|African American""QuickTime:GenreID:15079"
-    "Textbooks|Fiction & Literature|Anthologies""QuickTime:GenreID:1508"
-    "Podcasts|Leisure|Home & Garden""QuickTime:GenreID:15080"
-    "Textbooks|Fiction & Literature|Classics""QuickTime:GenreID:15081"
-    "Textbooks|Fiction & Literature|Comparative Literature""QuickTime:GenreID:15082"
-    "Textbooks|Fiction & Literature|Erotica""QuickTime:GenreID:15083"
-    "Textbooks|Fiction & Literature|Gay""QuickTime:GenreID:15084"
-    "Textbooks|Fiction & Literature|Ghost""QuickTime:GenreID:15085"
-    "Textbooks|Fiction & Literature|Historical""QuickTime:GenreID:15086"
-    "Textbooks|Fiction & Literature|Horror""QuickTime:GenreID:15087"
-    "Textbooks|Fiction & Literature|Literary""QuickTime:GenreID:15088"
-    "Textbooks|Fiction & Literature|Literary Criticism""QuickTime:GenreID:15089"
-    "Textbooks|Fiction & Literature|Poetry""QuickTime:GenreID:1509""Podcasts|Leisure|Video Games"
-    "QuickTime:GenreID:15090""Textbooks|Fiction & Literature|Religious""QuickTime:GenreID:15091"
-    "Textbooks|Fiction & Literature|Short Stories""QuickTime:GenreID:15092"
-    "Textbooks|Health, Mind & Body""QuickTime:GenreID:15093""Textbooks|Health, Mind & Body|Fitness"
-    "QuickTime:GenreID:15094""Textbooks|Health, Mind & Body|Self-Improvement"
-    "QuickTime:GenreID:15095""Textbooks|History""QuickTime:GenreID:15096""Textbooks|History|Africa"
-    "QuickTime:GenreID:15097""Textbooks|History|Americas""QuickTime:GenreID:15098"
-    "Textbooks|History|Americas|Canada""QuickTime:GenreID:15099"
-    "Textbooks|History|Americas|Latin America""QuickTime:GenreID:1510"
-    "Podcasts|Leisure|Animation & Manga""QuickTime:GenreID:15100"
-    "Textbooks|History|Americas|United States""QuickTime:GenreID:15101""Textbooks|History|Ancient"
-    "QuickTime:GenreID:15102""Textbooks|History|Asia""QuickTime:GenreID:15103"
-    "Textbooks|History|Australia & Oceania""QuickTime:GenreID:15104""Textbooks|History|Europe"
-    "QuickTime:GenreID:15105""Textbooks|History|Middle East""QuickTime:GenreID:15106"
-    "Textbooks|History|Military""QuickTime:GenreID:15107""Textbooks|History|World"
-    "QuickTime:GenreID:15108""Textbooks|Humor""QuickTime:GenreID:15109""Textbooks|Language Studies"
-    "QuickTime:GenreID:1511""Podcasts|Government""QuickTime:GenreID:15110"
-    "Textbooks|Language Studies|African Languages""QuickTime:GenreID:15111"
-    "Textbooks|Language Studies|Ancient Languages""QuickTime:GenreID:15112"
-    "Textbooks|Language Studies|Arabic""QuickTime:GenreID:15113"
-    "Textbooks|Language Studies|Bilingual Editions""QuickTime:GenreID:15114"
-    "Textbooks|Language Studies|Chinese""QuickTime:GenreID:15115"
-    "Textbooks|Language Studies|English""QuickTime:GenreID:15116""Textbooks|Language Studies|French"
-    "QuickTime:GenreID:15117""Textbooks|Language Studies|German""QuickTime:GenreID:15118"
-    "Textbooks|Language Studies|Hebrew""QuickTime:GenreID:15119""Textbooks|Language Studies|Hindi"
-    "QuickTime:GenreID:1512""Podcasts|Health & Fitness""QuickTime:GenreID:15120"
-    "Textbooks|Language Studies|Indigenous Languages""QuickTime:GenreID:15121"
-    "Textbooks|Language Studies|Italian""QuickTime:GenreID:15122"
-    "Textbooks|Language Studies|Japanese""QuickTime:GenreID:15123"
-    "Textbooks|Language Studies|Korean""QuickTime:GenreID:15124"
-    "Textbooks|Language Studies|Linguistics""QuickTime:GenreID:15125"
-    "Textbooks|Language Studies|Other Language""QuickTime:GenreID:15126"
-    "Textbooks|Language Studies|Portuguese""QuickTime:GenreID:15127"
-    "Textbooks|Language Studies|Russian""QuickTime:GenreID:15128"
-    "Textbooks|Language Studies|Spanish""QuickTime:GenreID:15129"
-    "Textbooks|Language Studies|Speech Pathology""QuickTime:GenreID:1513"
-    "Podcasts|Health & Fitness|Alternative Health""QuickTime:GenreID:15130"
-    "Textbooks|Lifestyle & Home""QuickTime:GenreID:15131"
-    "Textbooks|Lifestyle & Home|Antiques & Collectibles""QuickTime:GenreID:15132"
-    "Textbooks|Lifestyle & Home|Crafts & Hobbies""QuickTime:GenreID:15133"
-    "Textbooks|Lifestyle & Home|Gardening""QuickTime:GenreID:15134""Textbooks|Lifestyle & Home|Pets"
-    "QuickTime:GenreID:15135""Textbooks|Mathematics""QuickTime:GenreID:15136"
-    "Textbooks|Mathematics|Advanced Mathematics""QuickTime:GenreID:15137"
-    "Textbooks|Mathematics|Algebra""QuickTime:GenreID:15138""Textbooks|Mathematics|Arithmetic"
-    "QuickTime:GenreID:15139""Textbooks|Mathematics|Calculus""QuickTime:GenreID:1514"
-    "Podcasts|Health & Fitness|Fitness""QuickTime:GenreID:15140""Textbooks|Mathematics|Geometry"
-    "QuickTime:GenreID:15141""Textbooks|Mathematics|Statistics""QuickTime:GenreID:15142"
-    "Textbooks|Medicine""QuickTime:GenreID:15143""Textbooks|Medicine|Anatomy & Physiology"
-    "QuickTime:GenreID:15144""Textbooks|Medicine|Dentistry""QuickTime:GenreID:15145"
-    "Textbooks|Medicine|Emergency Medicine""QuickTime:GenreID:15146""Textbooks|Medicine|Genetics"
-    "QuickTime:GenreID:15147""Textbooks|Medicine|Immunology""QuickTime:GenreID:15148"
-    "Textbooks|Medicine|Neuroscience""QuickTime:GenreID:15149""Textbooks|Medicine|Nursing"
-    "QuickTime:GenreID:1515""Podcasts|Health & Fitness|Nutrition""QuickTime:GenreID:15150"
-    "Textbooks|Medicine|Pharmacology & Toxicology""QuickTime:GenreID:15151"
-    "Textbooks|Medicine|Psychiatry""QuickTime:GenreID:15152""Textbooks|Medicine|Psychology"
-    "QuickTime:GenreID:15153""Textbooks|Medicine|Radiology""QuickTime:GenreID:15154"
-    "Textbooks|Medicine|Veterinary""QuickTime:GenreID:15155""Textbooks|Mysteries & Thrillers"
-    "QuickTime:GenreID:15156""Textbooks|Mysteries & Thrillers|British Detectives"
-    "QuickTime:GenreID:15157""Textbooks|Mysteries & Thrillers|Hard-Boiled""QuickTime:GenreID:15158"
-    "Textbooks|Mysteries & Thrillers|Historical""QuickTime:GenreID:15159"
-    "Textbooks|Mysteries & Thrillers|Police Procedural""QuickTime:GenreID:1516"
-    "Podcasts|Health & Fitness|Sexuality""QuickTime:GenreID:15160"
-    "Textbooks|Mysteries & Thrillers|Short Stories""QuickTime:GenreID:15161"
-    "Textbooks|Mysteries & Thrillers|Women Sleuths""QuickTime:GenreID:15162""Textbooks|Nonfiction"
-    "QuickTime:GenreID:15163""Textbooks|Nonfiction|Family & Relationships""QuickTime:GenreID:15164"
-    "Textbooks|Nonfiction|Transportation""QuickTime:GenreID:15165""Textbooks|Nonfiction|True Crime"
-    "QuickTime:GenreID:15166""Textbooks|Parenting""QuickTime:GenreID:15167""Textbooks|Philosophy"
-    "QuickTime:GenreID:15168""Textbooks|Philosophy|Aesthetics""QuickTime:GenreID:15169"
-    "Textbooks|Philosophy|Epistemology""QuickTime:GenreID:1517"
-    "Podcasts|Health & Fitness|Mental Health""QuickTime:GenreID:15170""Textbooks|Philosophy|Ethics"
-    "QuickTime:GenreID:15171""Textbooks|Philosophy|Philosophy of Language""QuickTime:GenreID:15172"
-    "Textbooks|Philosophy|Logic""QuickTime:GenreID:15173""Textbooks|Philosophy|Metaphysics"
-    "QuickTime:GenreID:15174""Textbooks|Philosophy|Political Philosophy""QuickTime:GenreID:15175"
-    "Textbooks|Philosophy|Philosophy of Religion""QuickTime:GenreID:15176"
-    "Textbooks|Politics & Current Events""QuickTime:GenreID:15177"
-    "Textbooks|Politics & Current Events|Current Events""QuickTime:GenreID:15178"
+    "QuickTime:GenreID:15032" "Textbooks|Children & Teens" "QuickTime:GenreID:15033"
+    "Textbooks|Children & Teens|Fiction" "QuickTime:GenreID:15034"
+    "Textbooks|Children & Teens|Nonfiction" "QuickTime:GenreID:15035"
+    "Textbooks|Comics & Graphic Novels" "QuickTime:GenreID:15036"
+    "Textbooks|Comics & Graphic Novels|Graphic Novels" "QuickTime:GenreID:15037"
+    "Textbooks|Comics & Graphic Novels|Manga" "QuickTime:GenreID:15038"
+    "Textbooks|Communications & Media" "QuickTime:GenreID:15039"
+    "Textbooks|Communications & Media|Broadcasting" "QuickTime:GenreID:1504"
+    "Podcasts|Leisure|Aviation" "QuickTime:GenreID:15040"
+    "Textbooks|Communications & Media|Digital Media" "QuickTime:GenreID:15041"
+    "Textbooks|Communications & Media|Journalism" "QuickTime:GenreID:15042"
+    "Textbooks|Communications & Media|Photojournalism" "QuickTime:GenreID:15043"
+    "Textbooks|Communications & Media|Print" "QuickTime:GenreID:15044"
+    "Textbooks|Communications & Media|Speech" "QuickTime:GenreID:15045"
+    "Textbooks|Communications & Media|Writing" "QuickTime:GenreID:15046"
+    "Textbooks|Computers & Internet" "QuickTime:GenreID:15047"
+    "Textbooks|Computers & Internet|Computers" "QuickTime:GenreID:15048"
+    "Textbooks|Computers & Internet|Databases" "QuickTime:GenreID:15049"
+    "Textbooks|Computers & Internet|Digital Media" "QuickTime:GenreID:1505"
+    "Podcasts|Leisure|Hobbies" "QuickTime:GenreID:15050" "Textbooks|Computers & Internet|Internet"
+    "QuickTime:GenreID:15051" "Textbooks|Computers & Internet|Network" "QuickTime:GenreID:15052"
+    "Textbooks|Computers & Internet|Operating Systems" "QuickTime:GenreID:15053"
+    "Textbooks|Computers & Internet|Programming" "QuickTime:GenreID:15054"
+    "Textbooks|Computers & Internet|Software" "QuickTime:GenreID:15055"
+    "Textbooks|Computers & Internet|System Administration" "QuickTime:GenreID:15056"
+    "Textbooks|Cookbooks, Food & Wine" "QuickTime:GenreID:15057"
+    "Textbooks|Cookbooks, Food & Wine|Beverages" "QuickTime:GenreID:15058"
+    "Textbooks|Cookbooks, Food & Wine|Courses & Dishes" "QuickTime:GenreID:15059"
+    "Textbooks|Cookbooks, Food & Wine|Culinary Arts" "QuickTime:GenreID:1506"
+    "Podcasts|Leisure|Crafts" "QuickTime:GenreID:15060" "Textbooks|Cookbooks, Food & Wine|Methods"
+    "QuickTime:GenreID:15061" "Textbooks|Cookbooks, Food & Wine|Reference" "QuickTime:GenreID:15062"
+    "Textbooks|Cookbooks, Food & Wine|Regional & Ethnic" "QuickTime:GenreID:15063"
+    "Textbooks|Cookbooks, Food & Wine|Special Diet" "QuickTime:GenreID:15064"
+    "Textbooks|Cookbooks, Food & Wine|Special Occasions" "QuickTime:GenreID:15065"
+    "Textbooks|Cookbooks, Food & Wine|Specific Ingredients" "QuickTime:GenreID:15066"
+    "Textbooks|Engineering" "QuickTime:GenreID:15067" "Textbooks|Engineering|Aeronautics"
+    "QuickTime:GenreID:15068" "Textbooks|Engineering|Chemical & Petroleum Engineering"
+    "QuickTime:GenreID:15069" "Textbooks|Engineering|Civil Engineering" "QuickTime:GenreID:1507"
+    "Podcasts|Leisure|Games" "QuickTime:GenreID:15070" "Textbooks|Engineering|Computer Science"
+    "QuickTime:GenreID:15071" "Textbooks|Engineering|Electrical Engineering"
+    "QuickTime:GenreID:15072" "Textbooks|Engineering|Environmental Engineering"
+    "QuickTime:GenreID:15073" "Textbooks|Engineering|Mechanical Engineering"
+    "QuickTime:GenreID:15074" "Textbooks|Engineering|Power Resources" "QuickTime:GenreID:15075"
+    "Textbooks|Fiction & Literature" "QuickTime:GenreID:15076"
+    "Textbooks|Fiction & Literature|Latino" "QuickTime:GenreID:15077"
+    "Textbooks|Fiction & Literature|Action & Adventure" "QuickTime:GenreID:15078"
+    "Textbooks|Fiction & Literature|African American" "QuickTime:GenreID:15079"
+    "Textbooks|Fiction & Literature|Anthologies" "QuickTime:GenreID:1508"
+    "Podcasts|Leisure|Home & Garden" "QuickTime:GenreID:15080"
+    "Textbooks|Fiction & Literature|Classics" "QuickTime:GenreID:15081"
+    "Textbooks|Fiction & Literature|Comparative Literature" "QuickTime:GenreID:15082"
+    "Textbooks|Fiction & Literature|Erotica" "QuickTime:GenreID:15083"
+    "Textbooks|Fiction & Literature|Gay" "QuickTime:GenreID:15084"
+    "Textbooks|Fiction & Literature|Ghost" "QuickTime:GenreID:15085"
+    "Textbooks|Fiction & Literature|Historical" "QuickTime:GenreID:15086"
+    "Textbooks|Fiction & Literature|Horror" "QuickTime:GenreID:15087"
+    "Textbooks|Fiction & Literature|Literary" "QuickTime:GenreID:15088"
+    "Textbooks|Fiction & Literature|Literary Criticism" "QuickTime:GenreID:15089"
+    "Textbooks|Fiction & Literature|Poetry" "QuickTime:GenreID:1509" "Podcasts|Leisure|Video Games"
+    "QuickTime:GenreID:15090" "Textbooks|Fiction & Literature|Religious" "QuickTime:GenreID:15091"
+    "Textbooks|Fiction & Literature|Short Stories" "QuickTime:GenreID:15092"
+    "Textbooks|Health, Mind & Body" "QuickTime:GenreID:15093"
+    "Textbooks|Health, Mind & Body|Fitness" "QuickTime:GenreID:15094"
+    "Textbooks|Health, Mind & Body|Self-Improvement" "QuickTime:GenreID:15095" "Textbooks|History"
+    "QuickTime:GenreID:15096" "Textbooks|History|Africa" "QuickTime:GenreID:15097"
+    "Textbooks|History|Americas" "QuickTime:GenreID:15098" "Textbooks|History|Americas|Canada"
+    "QuickTime:GenreID:15099" "Textbooks|History|Americas|Latin America" "QuickTime:GenreID:1510"
+    "Podcasts|Leisure|Animation & Manga" "QuickTime:GenreID:15100"
+    "Textbooks|History|Americas|United States" "QuickTime:GenreID:15101" "Textbooks|History|Ancient"
+    "QuickTime:GenreID:15102" "Textbooks|History|Asia" "QuickTime:GenreID:15103"
+    "Textbooks|History|Australia & Oceania" "QuickTime:GenreID:15104" "Textbooks|History|Europe"
+    "QuickTime:GenreID:15105" "Textbooks|History|Middle East" "QuickTime:GenreID:15106"
+    "Textbooks|History|Military" "QuickTime:GenreID:15107" "Textbooks|History|World"
+    "QuickTime:GenreID:15108" "Textbooks|Humor" "QuickTime:GenreID:15109"
+    "Textbooks|Language Studies" "QuickTime:GenreID:1511" "Podcasts|Government"
+    "QuickTime:GenreID:15110" "Textbooks|Language Studies|African Languages"
+    "QuickTime:GenreID:15111" "Textbooks|Language Studies|Ancient Languages"
+    "QuickTime:GenreID:15112" "Textbooks|Language Studies|Arabic" "QuickTime:GenreID:15113"
+    "Textbooks|Language Studies|Bilingual Editions" "QuickTime:GenreID:15114"
+    "Textbooks|Language Studies|Chinese" "QuickTime:GenreID:15115"
+    "Textbooks|Language Studies|English" "QuickTime:GenreID:15116"
+    "Textbooks|Language Studies|French" "QuickTime:GenreID:15117"
+    "Textbooks|Language Studies|German" "QuickTime:GenreID:15118"
+    "Textbooks|Language Studies|Hebrew" "QuickTime:GenreID:15119" "Textbooks|Language Studies|Hindi"
+    "QuickTime:GenreID:1512" "Podcasts|Health & Fitness" "QuickTime:GenreID:15120"
+    "Textbooks|Language Studies|Indigenous Languages" "QuickTime:GenreID:15121"
+    "Textbooks|Language Studies|Italian" "QuickTime:GenreID:15122"
+    "Textbooks|Language Studies|Japanese" "QuickTime:GenreID:15123"
+    "Textbooks|Language Studies|Korean" "QuickTime:GenreID:15124"
+    "Textbooks|Language Studies|Linguistics" "QuickTime:GenreID:15125"
+    "Textbooks|Language Studies|Other Language" "QuickTime:GenreID:15126"
+    "Textbooks|Language Studies|Portuguese" "QuickTime:GenreID:15127"
+    "Textbooks|Language Studies|Russian" "QuickTime:GenreID:15128"
+    "Textbooks|Language Studies|Spanish" "QuickTime:GenreID:15129"
+    "Textbooks|Language Studies|Speech Pathology" "QuickTime:GenreID:1513"
+    "Podcasts|Health & Fitness|Alternative Health" "QuickTime:GenreID:15130"
+    "Textbooks|Lifestyle & Home" "QuickTime:GenreID:15131"
+    "Textbooks|Lifestyle & Home|Antiques & Collectibles" "QuickTime:GenreID:15132"
+    "Textbooks|Lifestyle & Home|Crafts & Hobbies" "QuickTime:GenreID:15133"
+    "Textbooks|Lifestyle & Home|Gardening" "QuickTime:GenreID:15134"
+    "Textbooks|Lifestyle & Home|Pets" "QuickTime:GenreID:15135" "Textbooks|Mathematics"
+    "QuickTime:GenreID:15136" "Textbooks|Mathematics|Advanced Mathematics" "QuickTime:GenreID:15137"
+    "Textbooks|Mathematics|Algebra" "QuickTime:GenreID:15138" "Textbooks|Mathematics|Arithmetic"
+    "QuickTime:GenreID:15139" "Textbooks|Mathematics|Calculus" "QuickTime:GenreID:1514"
+    "Podcasts|Health & Fitness|Fitness" "QuickTime:GenreID:15140" "Textbooks|Mathematics|Geometry"
+    "QuickTime:GenreID:15141" "Textbooks|Mathematics|Statistics" "QuickTime:GenreID:15142"
+    "Textbooks|Medicine" "QuickTime:GenreID:15143" "Textbooks|Medicine|Anatomy & Physiology"
+    "QuickTime:GenreID:15144" "Textbooks|Medicine|Dentistry" "QuickTime:GenreID:15145"
+    "Textbooks|Medicine|Emergency Medicine" "QuickTime:GenreID:15146" "Textbooks|Medicine|Genetics"
+    "QuickTime:GenreID:15147" "Textbooks|Medicine|Immunology" "QuickTime:GenreID:15148"
+    "Textbooks|Medicine|Neuroscience" "QuickTime:GenreID:15149" "Textbooks|Medicine|Nursing"
+    "QuickTime:GenreID:1515" "Podcasts|Health & Fitness|Nutrition" "QuickTime:GenreID:15150"
+    "Textbooks|Medicine|Pharmacology & Toxicology" "QuickTime:GenreID:15151"
+    "Textbooks|Medicine|Psychiatry" "QuickTime:GenreID:15152" "Textbooks|Medicine|Psychology"
+    "QuickTime:GenreID:15153" "Textbooks|Medicine|Radiology" "QuickTime:GenreID:15154"
+    "Textbooks|Medicine|Veterinary" "QuickTime:GenreID:15155" "Textbooks|Mysteries & Thrillers"
+    "QuickTime:GenreID:15156" "Textbooks|Mysteries & Thrillers|British Detectives"
+    "QuickTime:GenreID:15157" "Textbooks|Mysteries & Thrillers|Hard-Boiled"
+    "QuickTime:GenreID:15158" "Textbooks|Mysteries & Thrillers|Historical" "QuickTime:GenreID:15159"
+    "Textbooks|Mysteries & Thrillers|Police Procedural" "QuickTime:GenreID:1516"
+    "Podcasts|Health & Fitness|Sexuality" "QuickTime:GenreID:15160"
+    "Textbooks|Mysteries & Thrillers|Short Stories" "QuickTime:GenreID:15161"
+    "Textbooks|Mysteries & Thrillers|Women Sleuths" "QuickTime:GenreID:15162" "Textbooks|Nonfiction"
+    "QuickTime:GenreID:15163" "Textbooks|Nonfiction|Family & Relationships"
+    "QuickTime:GenreID:15164" "Textbooks|Nonfiction|Transportation" "QuickTime:GenreID:15165"
+    "Textbooks|Nonfiction|True Crime" "QuickTime:GenreID:15166" "Textbooks|Parenting"
+    "QuickTime:GenreID:15167" "Textbooks|Philosophy" "QuickTime:GenreID:15168"
+    "Textbooks|Philosophy|Aesthetics" "QuickTime:GenreID:15169" "Textbooks|Philosophy|Epistemology"
+    "QuickTime:GenreID:1517" "Podcasts|Health & Fitness|Mental Health" "QuickTime:GenreID:15170"
+    "Textbooks|Philosophy|Ethics" "QuickTime:GenreID:15171"
+    "Textbooks|Philosophy|Philosophy of Language" "QuickTime:GenreID:15172"
+    "Textbooks|Philosophy|Logic" "QuickTime:GenreID:15173" "Textbooks|Philosophy|Metaphysics"
+    "QuickTime:GenreID:15174" "Textbooks|Philosophy|Political Philosophy" "QuickTime:GenreID:15175"
+    "Textbooks|Philosophy|Philosophy of Religion" "QuickTime:GenreID:15176"
+    "Textbooks|Politics & Current Events" "QuickTime:GenreID:15177"
+    "Textbooks|Politics & Current Events|Current Events" "QuickTime:GenreID:15178"
     "Textbooks|Politics & Current Events|Foreign Policy & International Relations"
-    "QuickTime:GenreID:15179""Textbooks|Politics & Current Events|Local Governments"
-    "QuickTime:GenreID:1518""Podcasts|Health & Fitness|Medicine""QuickTime:GenreID:15180"
-    "Textbooks|Politics & Current Events|National Governments""QuickTime:GenreID:15181"
-    "Textbooks|Politics & Current Events|Political Science""QuickTime:GenreID:15182"
-    "Textbooks|Politics & Current Events|Public Administration""QuickTime:GenreID:15183"
-    "Textbooks|Politics & Current Events|World Affairs""QuickTime:GenreID:15184"
-    "Textbooks|Professional & Technical""QuickTime:GenreID:15185"
-    "Textbooks|Professional & Technical|Design""QuickTime:GenreID:15186"
-    "Textbooks|Professional & Technical|Language Arts & Disciplines""QuickTime:GenreID:15187"
-    "Textbooks|Professional & Technical|Engineering""QuickTime:GenreID:15188"
-    "Textbooks|Professional & Technical|Law""QuickTime:GenreID:15189"
-    "Textbooks|Professional & Technical|Medical""QuickTime:GenreID:1519"
-    "Podcasts|Kids & Family|Education for Kids""QuickTime:GenreID:15190""Textbooks|Reference"
-    "QuickTime:GenreID:15191""Textbooks|Reference|Almanacs & Yearbooks""QuickTime:GenreID:15192"
-    "Textbooks|Reference|Atlases & Maps""QuickTime:GenreID:15193"
-    "Textbooks|Reference|Catalogs & Directories""QuickTime:GenreID:15194"
-    "Textbooks|Reference|Consumer Guides""QuickTime:GenreID:15195"
-    "Textbooks|Reference|Dictionaries & Thesauruses""QuickTime:GenreID:15196"
-    "Textbooks|Reference|Encyclopedias""QuickTime:GenreID:15197""Textbooks|Reference|Etiquette"
-    "QuickTime:GenreID:15198""Textbooks|Reference|Quotations""QuickTime:GenreID:15199"
-    "Textbooks|Reference|Study Aids""QuickTime:GenreID:1520"
-    "Podcasts|Kids & Family|Stories for Kids""QuickTime:GenreID:15200"
-    "Textbooks|Reference|Words & Language""QuickTime:GenreID:15201""Textbooks|Reference|Writing"
-    "QuickTime:GenreID:15202""Textbooks|Religion & Spirituality""QuickTime:GenreID:15203"
-    "Textbooks|Religion & Spirituality|Bible Studies""QuickTime:GenreID:15204"
-    "Textbooks|Religion & Spirituality|Bibles""QuickTime:GenreID:15205"
-    "Textbooks|Religion & Spirituality|Buddhism""QuickTime:GenreID:15206"
-    "Textbooks|Religion & Spirituality|Christianity""QuickTime:GenreID:15207"
-    "Textbooks|Religion & Spirituality|Comparative Religion""QuickTime:GenreID:15208"
-    "Textbooks|Religion & Spirituality|Hinduism""QuickTime:GenreID:15209"
-    "Textbooks|Religion & Spirituality|Islam""QuickTime:GenreID:1521"
-    "Podcasts|Kids & Family|Parenting""QuickTime:GenreID:15210"
-    "Textbooks|Religion & Spirituality|Judaism""QuickTime:GenreID:15211"
-    "Textbooks|Religion & Spirituality|Spirituality""QuickTime:GenreID:15212""Textbooks|Romance"
-    "QuickTime:GenreID:15213""Textbooks|Romance|Contemporary""QuickTime:GenreID:15214"
-    "Textbooks|Romance|Erotic Romance""QuickTime:GenreID:15215""Textbooks|Romance|Paranormal"
-    "QuickTime:GenreID:15216""Textbooks|Romance|Historical""QuickTime:GenreID:15217"
-    "Textbooks|Romance|Short Stories""QuickTime:GenreID:15218""Textbooks|Romance|Suspense"
-    "QuickTime:GenreID:15219""Textbooks|Romance|Western""QuickTime:GenreID:1522"
-    "Podcasts|Kids & Family|Pets & Animals""QuickTime:GenreID:15220""Textbooks|Sci-Fi & Fantasy"
-    "QuickTime:GenreID:15221""Textbooks|Sci-Fi & Fantasy|Fantasy""QuickTime:GenreID:15222"
-    "Textbooks|Sci-Fi & Fantasy|Fantasy|Contemporary""QuickTime:GenreID:15223"
-    "Textbooks|Sci-Fi & Fantasy|Fantasy|Epic""QuickTime:GenreID:15224"
-    "Textbooks|Sci-Fi & Fantasy|Fantasy|Historical""QuickTime:GenreID:15225"
-    "Textbooks|Sci-Fi & Fantasy|Fantasy|Paranormal""QuickTime:GenreID:15226"
-    "Textbooks|Sci-Fi & Fantasy|Fantasy|Short Stories""QuickTime:GenreID:15227"
-    "Textbooks|Sci-Fi & Fantasy|Science Fiction""QuickTime:GenreID:15228"
-    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature""QuickTime:GenreID:15229"
-    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|Adventure""QuickTime:GenreID:1523"
-    "Podcasts|Music|Music Commentary""QuickTime:GenreID:15230"
-    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|High Tech""QuickTime:GenreID:15231"
-    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|Short Stories""QuickTime:GenreID:15232"
-    "Textbooks|Science & Nature""QuickTime:GenreID:15233""Textbooks|Science & Nature|Agriculture"
-    "QuickTime:GenreID:15234""Textbooks|Science & Nature|Astronomy""QuickTime:GenreID:15235"
-    "Textbooks|Science & Nature|Atmosphere""QuickTime:GenreID:15236"
-    "Textbooks|Science & Nature|Biology""QuickTime:GenreID:15237"
-    "Textbooks|Science & Nature|Chemistry""QuickTime:GenreID:15238"
-    "Textbooks|Science & Nature|Earth Sciences""QuickTime:GenreID:15239"
-    "Textbooks|Science & Nature|Ecology""QuickTime:GenreID:1524""Podcasts|Music|Music History"
-    "QuickTime:GenreID:15240""Textbooks|Science & Nature|Environment""QuickTime:GenreID:15241"
-    "Textbooks|Science & Nature|Essays""QuickTime:GenreID:15242"
-    "Textbooks|Science & Nature|Geography""QuickTime:GenreID:15243"
-    "Textbooks|Science & Nature|Geology""QuickTime:GenreID:15244"
-    "Textbooks|Science & Nature|History""QuickTime:GenreID:15245"
-    "Textbooks|Science & Nature|Life Sciences""QuickTime:GenreID:15246"
-    "Textbooks|Science & Nature|Nature""QuickTime:GenreID:15247""Textbooks|Science & Nature|Physics"
-    "QuickTime:GenreID:15248""Textbooks|Science & Nature|Reference""QuickTime:GenreID:15249"
-    "Textbooks|Social Science""QuickTime:GenreID:1525""Podcasts|Music|Music Interviews"
-    "QuickTime:GenreID:15250""Textbooks|Social Science|Anthropology""QuickTime:GenreID:15251"
-    "Textbooks|Social Science|Archaeology""QuickTime:GenreID:15252""Textbooks|Social Science|Civics"
-    "QuickTime:GenreID:15253""Textbooks|Social Science|Government""QuickTime:GenreID:15254"
-    "Textbooks|Social Science|Social Studies""QuickTime:GenreID:15255"
-    "Textbooks|Social Science|Social Welfare""QuickTime:GenreID:15256"
-    "Textbooks|Social Science|Society""QuickTime:GenreID:15257"
-    "Textbooks|Social Science|Society|African Studies""QuickTime:GenreID:15258"
-    "Textbooks|Social Science|Society|American Studies""QuickTime:GenreID:15259"
-    "Textbooks|Social Science|Society|Asia Pacific Studies""QuickTime:GenreID:1526"
-    "Podcasts|News|Daily News""QuickTime:GenreID:15260"
-    "Textbooks|Social Science|Society|Cross-Cultural Studies""QuickTime:GenreID:15261"
-    "Textbooks|Social Science|Society|European Studies""QuickTime:GenreID:15262"
-    "Textbooks|Social Science|Society|Immigration & Emigration""QuickTime:GenreID:15263"
-    "Textbooks|Social Science|Society|Indigenous Studies""QuickTime:GenreID:15264"
-    "Textbooks|Social Science|Society|Latin & Caribbean Studies""QuickTime:GenreID:15265"
-    "Textbooks|Social Science|Society|Middle Eastern Studies""QuickTime:GenreID:15266"
-    "Textbooks|Social Science|Society|Race & Ethnicity Studies""QuickTime:GenreID:15267"
-    "Textbooks|Social Science|Society|Sexuality Studies""QuickTime:GenreID:15268"
-    "Textbooks|Social Science|Society|Women's Studies""QuickTime:GenreID:15269"
-    "Textbooks|Social Science|Sociology""QuickTime:GenreID:1527""Podcasts|News|Politics"
-    "QuickTime:GenreID:15270""Textbooks|Sports & Outdoors""QuickTime:GenreID:15271"
-    "Textbooks|Sports & Outdoors|Baseball""QuickTime:GenreID:15272"
-    "Textbooks|Sports & Outdoors|Basketball""QuickTime:GenreID:15273"
-    "Textbooks|Sports & Outdoors|Coaching""QuickTime:GenreID:15274"
-    "Textbooks|Sports & Outdoors|Equestrian""QuickTime:GenreID:15275"
-    "Textbooks|Sports & Outdoors|Extreme Sports""QuickTime:GenreID:15276"
-    "Textbooks|Sports & Outdoors|Football""QuickTime:GenreID:15277"
-    "Textbooks|Sports & Outdoors|Golf""QuickTime:GenreID:15278""Textbooks|Sports & Outdoors|Hockey"
-    "QuickTime:GenreID:15279""Textbooks|Sports & Outdoors|Motor Sports""QuickTime:GenreID:1528"
-    "Podcasts|News|Tech News""QuickTime:GenreID:15280""Textbooks|Sports & Outdoors|Mountaineering"
-    "QuickTime:GenreID:15281""Textbooks|Sports & Outdoors|Outdoors""QuickTime:GenreID:15282"
-    "Textbooks|Sports & Outdoors|Racket Sports""QuickTime:GenreID:15283"
-    "Textbooks|Sports & Outdoors|Reference""QuickTime:GenreID:15284"
-    "Textbooks|Sports & Outdoors|Soccer""QuickTime:GenreID:15285"
-    "Textbooks|Sports & Outdoors|Training""QuickTime:GenreID:15286"
-    "Textbooks|Sports & Outdoors|Water Sports""QuickTime:GenreID:15287"
-    "Textbooks|Sports & Outdoors|Winter Sports""QuickTime:GenreID:15288"
-    "Textbooks|Teaching & Learning""QuickTime:GenreID:15289"
-    "Textbooks|Teaching & Learning|Adult Education""QuickTime:GenreID:1529"
-    "Podcasts|News|Sports News""QuickTime:GenreID:15290"
-    "Textbooks|Teaching & Learning|Curriculum & Teaching""QuickTime:GenreID:15291"
-    "Textbooks|Teaching & Learning|Educational Leadership""QuickTime:GenreID:15292"
-    "Textbooks|Teaching & Learning|Educational Technology""QuickTime:GenreID:15293"
-    "Textbooks|Teaching & Learning|Family & Childcare""QuickTime:GenreID:15294"
-    "Textbooks|Teaching & Learning|Information & Library Science""QuickTime:GenreID:15295"
-    "Textbooks|Teaching & Learning|Learning Resources""QuickTime:GenreID:15296"
-    "Textbooks|Teaching & Learning|Psychology & Research""QuickTime:GenreID:15297"
-    "Textbooks|Teaching & Learning|Special Education""QuickTime:GenreID:15298"
-    "Textbooks|Travel & Adventure""QuickTime:GenreID:15299""Textbooks|Travel & Adventure|Africa"
-    "QuickTime:GenreID:1530""Podcasts|News|News Commentary""QuickTime:GenreID:15300"
-    "Textbooks|Travel & Adventure|Americas""QuickTime:GenreID:15301"
-    "Textbooks|Travel & Adventure|Americas|Canada""QuickTime:GenreID:15302"
-    "Textbooks|Travel & Adventure|Americas|Latin America""QuickTime:GenreID:15303"
-    "Textbooks|Travel & Adventure|Americas|United States""QuickTime:GenreID:15304"
-    "Textbooks|Travel & Adventure|Asia""QuickTime:GenreID:15305"
-    "Textbooks|Travel & Adventure|Caribbean""QuickTime:GenreID:15306"
-    "Textbooks|Travel & Adventure|Essays & Memoirs""QuickTime:GenreID:15307"
-    "Textbooks|Travel & Adventure|Europe""QuickTime:GenreID:15308"
-    "Textbooks|Travel & Adventure|Middle East""QuickTime:GenreID:15309"
-    "Textbooks|Travel & Adventure|Oceania""QuickTime:GenreID:1531""Podcasts|News|Entertainment News"
-    "QuickTime:GenreID:15310""Textbooks|Travel & Adventure|Specialty Travel"
-    "QuickTime:GenreID:15311""Textbooks|Comics & Graphic Novels|Comics""QuickTime:GenreID:15312"
-    "Textbooks|Reference|Manuals""QuickTime:GenreID:1532""Podcasts|Religion & Spirituality|Religion"
-    "QuickTime:GenreID:1533""Podcasts|Science""QuickTime:GenreID:1534"
-    "Podcasts|Science|Natural Sciences""QuickTime:GenreID:1535""Podcasts|Science|Social Sciences"
-    "QuickTime:GenreID:1536""Podcasts|Science|Mathematics""QuickTime:GenreID:1537"
-    "Podcasts|Science|Nature""QuickTime:GenreID:1538""Podcasts|Science|Astronomy"
-    "QuickTime:GenreID:1539""Podcasts|Science|Chemistry""QuickTime:GenreID:1540"
-    "Podcasts|Science|Earth Sciences""QuickTime:GenreID:1541""Podcasts|Science|Life Sciences"
-    "QuickTime:GenreID:1542""Podcasts|Science|Physics""QuickTime:GenreID:1543"
-    "Podcasts|Society & Culture|Documentary""QuickTime:GenreID:1544"
-    "Podcasts|Society & Culture|Relationships""QuickTime:GenreID:1545""Podcasts|Sports"
-    "QuickTime:GenreID:1546""Podcasts|Sports|Soccer""QuickTime:GenreID:1547"
-    "Podcasts|Sports|Football""QuickTime:GenreID:1548""Podcasts|Sports|Basketball"
-    "QuickTime:GenreID:1549""Podcasts|Sports|Baseball""QuickTime:GenreID:1550"
-    "Podcasts|Sports|Hockey""QuickTime:GenreID:1551""Podcasts|Sports|Running"
-    "QuickTime:GenreID:1552""Podcasts|Sports|Rugby""QuickTime:GenreID:1553""Podcasts|Sports|Golf"
-    "QuickTime:GenreID:1554""Podcasts|Sports|Cricket""QuickTime:GenreID:1555"
-    "Podcasts|Sports|Wrestling""QuickTime:GenreID:1556""Podcasts|Sports|Tennis"
-    "QuickTime:GenreID:1557""Podcasts|Sports|Volleyball""QuickTime:GenreID:1558"
-    "Podcasts|Sports|Swimming""QuickTime:GenreID:1559""Podcasts|Sports|Wilderness"
-    "QuickTime:GenreID:1560""Podcasts|Sports|Fantasy Sports""QuickTime:GenreID:1561"
-    "Podcasts|TV & Film|TV Reviews""QuickTime:GenreID:1562""Podcasts|TV & Film|After Shows"
-    "QuickTime:GenreID:1563""Podcasts|TV & Film|Film Reviews""QuickTime:GenreID:1564"
-    "Podcasts|TV & Film|Film History""QuickTime:GenreID:1565""Podcasts|TV & Film|Film Interviews"
-    "QuickTime:GenreID:16""Music|Soundtrack""QuickTime:GenreID:16001"
-    "App Store|Stickers|Emoji & Expressions""QuickTime:GenreID:16003"
-    "App Store|Stickers|Animals & Nature""QuickTime:GenreID:16005""App Store|Stickers|Art"
-    "QuickTime:GenreID:16006""App Store|Stickers|Celebrations""QuickTime:GenreID:16007"
-    "App Store|Stickers|Celebrities""QuickTime:GenreID:16008""App Store|Stickers|Comics & Cartoons"
-    "QuickTime:GenreID:16009""App Store|Stickers|Eating & Drinking""QuickTime:GenreID:16010"
-    "App Store|Stickers|Gaming""QuickTime:GenreID:16014""App Store|Stickers|Movies & TV"
-    "QuickTime:GenreID:16015""App Store|Stickers|Music""QuickTime:GenreID:16017"
-    "App Store|Stickers|People""QuickTime:GenreID:16019""App Store|Stickers|Places & Objects"
-    "QuickTime:GenreID:1602""Music Videos|Blues""QuickTime:GenreID:16021"
-    "App Store|Stickers|Sports & Activities""QuickTime:GenreID:16025"
-    "App Store|Stickers|Kids & Family""QuickTime:GenreID:16026""App Store|Stickers|Fashion"
-    "QuickTime:GenreID:1603""Music Videos|Comedy""QuickTime:GenreID:1604"
-    "Music Videos|Children's Music""QuickTime:GenreID:1605""Music Videos|Classical"
-    "QuickTime:GenreID:1606""Music Videos|Country""QuickTime:GenreID:1607""Music Videos|Electronic"
-    "QuickTime:GenreID:1608""Music Videos|Holiday""QuickTime:GenreID:1609"
-    "Music Videos|Classical|Opera""QuickTime:GenreID:1610""Music Videos|Singer/Songwriter"
-    "QuickTime:GenreID:1611""Music Videos|Jazz""QuickTime:GenreID:1612""Music Videos|Latin"
-    "QuickTime:GenreID:1613""Music Videos|New Age""QuickTime:GenreID:1614""Music Videos|Pop"
-    "QuickTime:GenreID:1615""Music Videos|R&B/Soul""QuickTime:GenreID:1616""Music Videos|Soundtrack"
-    "QuickTime:GenreID:1617""Music Videos|Dance""QuickTime:GenreID:1618""Music Videos|Hip-Hop/Rap"
-    "QuickTime:GenreID:1619""Music Videos|World""QuickTime:GenreID:1620""Music Videos|Alternative"
-    "QuickTime:GenreID:1621""Music Videos|Rock""QuickTime:GenreID:1622"
-    "Music Videos|Christian & Gospel""QuickTime:GenreID:1623""Music Videos|Vocal"
-    "QuickTime:GenreID:1624""Music Videos|Reggae""QuickTime:GenreID:1625"
-    "Music Videos|Easy Listening""QuickTime:GenreID:1626""Music Videos|Podcasts"
-    "QuickTime:GenreID:1627""Music Videos|J-Pop""QuickTime:GenreID:1628""Music Videos|Enka"
-    "QuickTime:GenreID:1629""Music Videos|Anime""QuickTime:GenreID:1630""Music Videos|Kayokyoku"
-    "QuickTime:GenreID:1631""Music Videos|Disney""QuickTime:GenreID:1632""Music Videos|French Pop"
-    "QuickTime:GenreID:1633""Music Videos|German Pop""QuickTime:GenreID:1634"
-    "Music Videos|German Folk""QuickTime:GenreID:1635""Music Videos|Alternative|Chinese Alt"
-    "QuickTime:GenreID:1636""Music Videos|Alternative|Korean Indie""QuickTime:GenreID:1637"
-    "Music Videos|Chinese""QuickTime:GenreID:1638""Music Videos|Chinese|Chinese Classical"
-    "QuickTime:GenreID:1639""Music Videos|Chinese|Chinese Flute""QuickTime:GenreID:1640"
-    "Music Videos|Chinese|Chinese Opera""QuickTime:GenreID:1641"
-    "Music Videos|Chinese|Chinese Orchestral""QuickTime:GenreID:1642"
-    "Music Videos|Chinese|Chinese Regional Folk""QuickTime:GenreID:1643"
-    "Music Videos|Chinese|Chinese Strings""QuickTime:GenreID:1644"
-    "Music Videos|Chinese|Taiwanese Folk""QuickTime:GenreID:1645"
-    "Music Videos|Chinese|Tibetan Native Music""QuickTime:GenreID:1646"
-    "Music Videos|Hip-Hop/Rap|Chinese Hip-Hop""QuickTime:GenreID:1647"
-    "Music Videos|Hip-Hop/Rap|Korean Hip-Hop""QuickTime:GenreID:1648""Music Videos|Korean"
-    "QuickTime:GenreID:1649""Music Videos|Korean|Korean Classical""QuickTime:GenreID:1650"
-    "Music Videos|Korean|Korean Trad Song""QuickTime:GenreID:1651"
-    "Music Videos|Korean|Korean Trad Instrumental""QuickTime:GenreID:1652"
-    "Music Videos|Korean|Korean Trad Theater""QuickTime:GenreID:1653"
-    "Music Videos|Rock|Chinese Rock""QuickTime:GenreID:1654""Music Videos|Rock|Korean Rock"
-    "QuickTime:GenreID:1655""Music Videos|Pop|C-Pop""QuickTime:GenreID:1656"
-    "Music Videos|Pop|Cantopop/HK-Pop""QuickTime:GenreID:1657""Music Videos|Pop|Korean Folk-Pop"
-    "QuickTime:GenreID:1658""Music Videos|Pop|Mandopop""QuickTime:GenreID:1659"
-    "Music Videos|Pop|Tai-Pop""QuickTime:GenreID:1660""Music Videos|Pop|Malaysian Pop"
-    "QuickTime:GenreID:1661""Music Videos|Pop|Pinoy Pop""QuickTime:GenreID:1662"
-    "Music Videos|Pop|Original Pilipino Music""QuickTime:GenreID:1663"
-    "Music Videos|Pop|Manilla Sound""QuickTime:GenreID:1664""Music Videos|Pop|Indo Pop"
-    "QuickTime:GenreID:1665""Music Videos|Pop|Thai Pop""QuickTime:GenreID:1666"
-    "Music Videos|Vocal|Trot""QuickTime:GenreID:1671""Music Videos|Brazilian"
-    "QuickTime:GenreID:1672""Music Videos|Brazilian|Axe""QuickTime:GenreID:1673"
-    "Music Videos|Brazilian|Baile Funk""QuickTime:GenreID:1674""Music Videos|Brazilian|Bossa Nova"
-    "QuickTime:GenreID:1675""Music Videos|Brazilian|Choro""QuickTime:GenreID:1676"
-    "Music Videos|Brazilian|Forro""QuickTime:GenreID:1677""Music Videos|Brazilian|Frevo"
-    "QuickTime:GenreID:1678""Music Videos|Brazilian|MPB""QuickTime:GenreID:1679"
-    "Music Videos|Brazilian|Pagode""QuickTime:GenreID:1680""Music Videos|Brazilian|Samba"
-    "QuickTime:GenreID:1681""Music Videos|Brazilian|Sertanejo""QuickTime:GenreID:1682"
-    "Music Videos|Classical|High Classical""QuickTime:GenreID:1683""Music Videos|Fitness & Workout"
-    "QuickTime:GenreID:1684""Music Videos|Instrumental""QuickTime:GenreID:1685"
-    "Music Videos|Jazz|Big Band""QuickTime:GenreID:1686""Music Videos|Pop|K-Pop"
-    "QuickTime:GenreID:1687""Music Videos|Karaoke""QuickTime:GenreID:1688"
-    "Music Videos|Rock|Heavy Metal""QuickTime:GenreID:1689""Music Videos|Spoken Word"
-    "QuickTime:GenreID:1690""Music Videos|Indian""QuickTime:GenreID:1691"
-    "Music Videos|Indian|Bollywood""QuickTime:GenreID:1692"
-    "Music Videos|Indian|Regional Indian|Tamil""QuickTime:GenreID:1693"
-    "Music Videos|Indian|Regional Indian|Telugu""QuickTime:GenreID:1694"
-    "Music Videos|Indian|Regional Indian""QuickTime:GenreID:1695"
-    "Music Videos|Indian|Devotional & Spiritual""QuickTime:GenreID:1696""Music Videos|Indian|Sufi"
-    "QuickTime:GenreID:1697""Music Videos|Indian|Indian Classical""QuickTime:GenreID:1698"
-    "Music Videos|Russian|Russian Chanson""QuickTime:GenreID:1699""Music Videos|World|Dini"
-    "QuickTime:GenreID:17""Music|Dance""QuickTime:GenreID:1700""Music Videos|Turkish|Halk"
-    "QuickTime:GenreID:1701""Music Videos|Turkish|Sanat""QuickTime:GenreID:1702"
-    "Music Videos|World|Dangdut""QuickTime:GenreID:1703""Music Videos|World|Indonesian Religious"
-    "QuickTime:GenreID:1704""Music Videos|Indian|Indian Pop""QuickTime:GenreID:1705"
-    "Music Videos|World|Calypso""QuickTime:GenreID:1706""Music Videos|World|Soca"
-    "QuickTime:GenreID:1707""Music Videos|Indian|Ghazals""QuickTime:GenreID:1708"
-    "Music Videos|Indian|Indian Folk""QuickTime:GenreID:1709""Music Videos|Turkish|Arabesque"
-    "QuickTime:GenreID:1710""Music Videos|African|Afrikaans""QuickTime:GenreID:1711"
-    "Music Videos|World|Farsi""QuickTime:GenreID:1712""Music Videos|World|Israeli"
-    "QuickTime:GenreID:1713""Music Videos|Arabic""QuickTime:GenreID:1714"
-    "Music Videos|Arabic|Khaleeji""QuickTime:GenreID:1715""Music Videos|Arabic|North African"
-    "QuickTime:GenreID:1716""Music Videos|Arabic|Arabic Pop""QuickTime:GenreID:1717"
-    "Music Videos|Arabic|Islamic""QuickTime:GenreID:1718""Music Videos|Soundtrack|Sound Effects"
-    "QuickTime:GenreID:1719""Music Videos|Folk""QuickTime:GenreID:1720""Music Videos|Orchestral"
-    "QuickTime:GenreID:1721""Music Videos|Marching""QuickTime:GenreID:1723""Music Videos|Pop|Oldies"
-    "QuickTime:GenreID:1724""Music Videos|Country|Thai Country""QuickTime:GenreID:1725"
-    "Music Videos|World|Flamenco""QuickTime:GenreID:1726""Music Videos|World|Tango"
-    "QuickTime:GenreID:1727""Music Videos|World|Fado""QuickTime:GenreID:1728"
-    "Music Videos|World|Iberia""QuickTime:GenreID:1729""Music Videos|Russian"
-    "QuickTime:GenreID:1730""Music Videos|Turkish""QuickTime:GenreID:1731"
-    "Music Videos|Alternative|College Rock""QuickTime:GenreID:1732"
-    "Music Videos|Alternative|Goth Rock""QuickTime:GenreID:1733""Music Videos|Alternative|Grunge"
-    "QuickTime:GenreID:1734""Music Videos|Alternative|Indie Rock""QuickTime:GenreID:1735"
-    "Music Videos|Alternative|New Wave""QuickTime:GenreID:1736""Music Videos|Alternative|Punk"
-    "QuickTime:GenreID:1737""Music Videos|Blues|Acoustic Blues""QuickTime:GenreID:1738"
-    "Music Videos|Blues|Chicago Blues""QuickTime:GenreID:1739""Music Videos|Blues|Classic Blues"
-    "QuickTime:GenreID:1740""Music Videos|Blues|Contemporary Blues""QuickTime:GenreID:1741"
-    "Music Videos|Blues|Country Blues""QuickTime:GenreID:1742""Music Videos|Blues|Delta Blues"
-    "QuickTime:GenreID:1743""Music Videos|Blues|Electric Blues""QuickTime:GenreID:1744"
-    "Music Videos|Children's Music|Lullabies""QuickTime:GenreID:1745"
-    "Music Videos|Children's Music|Sing-Along""QuickTime:GenreID:1746"
-    "Music Videos|Children's Music|Stories""QuickTime:GenreID:1747"
-    "Music Videos|Christian & Gospel|CCM""QuickTime:GenreID:1748"
-    "Music Videos|Christian & Gospel|Christian Metal""QuickTime:GenreID:1749"
-    "Music Videos|Christian & Gospel|Christian Pop""QuickTime:GenreID:1750"
-    "Music Videos|Christian & Gospel|Christian Rap""QuickTime:GenreID:1751"
-    "Music Videos|Christian & Gospel|Christian Rock""QuickTime:GenreID:1752"
-    "Music Videos|Christian & Gospel|Classic Christian""QuickTime:GenreID:1753"
-    "Music Videos|Christian & Gospel|Contemporary Gospel""QuickTime:GenreID:1754"
-    "Music Videos|Christian & Gospel|Gospel""QuickTime:GenreID:1755"
-    "Music Videos|Christian & Gospel|Praise & Worship""QuickTime:GenreID:1756"
-    "Music Videos|Christian & Gospel|Southern Gospel""QuickTime:GenreID:1757"
-    "Music Videos|Christian & Gospel|Traditional Gospel""QuickTime:GenreID:1758"
-    "Music Videos|Classical|Avant-Garde""QuickTime:GenreID:1759""Music Videos|Classical|Baroque Era"
-    "QuickTime:GenreID:1760""Music Videos|Classical|Chamber Music""QuickTime:GenreID:1761"
-    "Music Videos|Classical|Chant""QuickTime:GenreID:1762""Music Videos|Classical|Choral"
-    "QuickTime:GenreID:1763""Music Videos|Classical|Classical Crossover""QuickTime:GenreID:1764"
-    "Music Videos|Classical|Early Music""QuickTime:GenreID:1765"
-    "Music Videos|Classical|Impressionist""QuickTime:GenreID:1766"
-    "Music Videos|Classical|Medieval Era""QuickTime:GenreID:1767""Music Videos|Classical|Minimalism"
-    "QuickTime:GenreID:1768""Music Videos|Classical|Modern Era""QuickTime:GenreID:1769"
-    "Music Videos|Classical|Orchestral""QuickTime:GenreID:1770""Music Videos|Classical|Renaissance"
-    "QuickTime:GenreID:1771""Music Videos|Classical|Romantic Era""QuickTime:GenreID:1772"
-    "Music Videos|Classical|Wedding Music""QuickTime:GenreID:1773""Music Videos|Comedy|Novelty"
-    "QuickTime:GenreID:1774""Music Videos|Comedy|Standup Comedy""QuickTime:GenreID:1775"
-    "Music Videos|Country|Alternative Country""QuickTime:GenreID:1776"
-    "Music Videos|Country|Americana""QuickTime:GenreID:1777""Music Videos|Country|Bluegrass"
-    "QuickTime:GenreID:1778""Music Videos|Country|Contemporary Bluegrass""QuickTime:GenreID:1779"
-    "Music Videos|Country|Contemporary Country""QuickTime:GenreID:1780"
-    "Music Videos|Country|Country Gospel""QuickTime:GenreID:1781""Music Videos|Country|Honky Tonk"
-    "QuickTime:GenreID:1782""Music Videos|Country|Outlaw Country""QuickTime:GenreID:1783"
-    "Music Videos|Country|Traditional Bluegrass""QuickTime:GenreID:1784"
-    "Music Videos|Country|Traditional Country""QuickTime:GenreID:1785"
-    "Music Videos|Country|Urban Cowboy""QuickTime:GenreID:1786""Music Videos|Dance|Breakbeat"
-    "QuickTime:GenreID:1787""Music Videos|Dance|Exercise""QuickTime:GenreID:1788"
-    "Music Videos|Dance|Garage""QuickTime:GenreID:1789""Music Videos|Dance|Hardcore"
-    "QuickTime:GenreID:1790""Music Videos|Dance|House""QuickTime:GenreID:1791"
-    "Music Videos|Dance|Jungle/Drum'n'bass""QuickTime:GenreID:1792""Music Videos|Dance|Techno"
-    "QuickTime:GenreID:1793""Music Videos|Dance|Trance""QuickTime:GenreID:1794"
-    "Music Videos|Easy Listening|Lounge""QuickTime:GenreID:1795""Music Videos|Easy Listening|Swing"
-    "QuickTime:GenreID:1796""Music Videos|Electronic|Ambient""QuickTime:GenreID:1797"
-    "Music Videos|Electronic|Downtempo""QuickTime:GenreID:1798""Music Videos|Electronic|Electronica"
-    "QuickTime:GenreID:1799""Music Videos|Electronic|IDM/Experimental""QuickTime:GenreID:18"
-    "Music|Hip-Hop/Rap""QuickTime:GenreID:1800""Music Videos|Electronic|Industrial"
-    "QuickTime:GenreID:1801""Music Videos|Hip-Hop/Rap|Alternative Rap""QuickTime:GenreID:1802"
-    "Music Videos|Hip-Hop/Rap|Dirty South""QuickTime:GenreID:1803"
-    "Music Videos|Hip-Hop/Rap|East Coast Rap""QuickTime:GenreID:1804"
-    "Music Videos|Hip-Hop/Rap|Gangsta Rap""QuickTime:GenreID:1805"
-    "Music Videos|Hip-Hop/Rap|Hardcore Rap""QuickTime:GenreID:1806"
-    "Music Videos|Hip-Hop/Rap|Hip-Hop""QuickTime:GenreID:1807""Music Videos|Hip-Hop/Rap|Latin Rap"
-    "QuickTime:GenreID:1808""Music Videos|Hip-Hop/Rap|Old School Rap""QuickTime:GenreID:1809"
-    "Music Videos|Hip-Hop/Rap|Rap""QuickTime:GenreID:1810""Music Videos|Hip-Hop/Rap|Underground Rap"
-    "QuickTime:GenreID:1811""Music Videos|Hip-Hop/Rap|West Coast Rap""QuickTime:GenreID:1812"
-    "Music Videos|Holiday|Chanukah""QuickTime:GenreID:1813""Music Videos|Holiday|Christmas"
-    "QuickTime:GenreID:1814""Music Videos|Holiday|Christmas: Children's""QuickTime:GenreID:1815"
-    "Music Videos|Holiday|Christmas: Classic""QuickTime:GenreID:1816"
-    "Music Videos|Holiday|Christmas: Classical""QuickTime:GenreID:1817"
-    "Music Videos|Holiday|Christmas: Jazz""QuickTime:GenreID:1818"
-    "Music Videos|Holiday|Christmas: Modern""QuickTime:GenreID:1819"
-    "Music Videos|Holiday|Christmas: Pop""QuickTime:GenreID:1820"
-    "Music Videos|Holiday|Christmas: R&B""QuickTime:GenreID:1821"
-    "Music Videos|Holiday|Christmas: Religious""QuickTime:GenreID:1822"
-    "Music Videos|Holiday|Christmas: Rock""QuickTime:GenreID:1823""Music Videos|Holiday|Easter"
-    "QuickTime:GenreID:1824""Music Videos|Holiday|Halloween""QuickTime:GenreID:1825"
-    "Music Videos|Holiday|Thanksgiving""QuickTime:GenreID:1826""Music Videos|Jazz|Avant-Garde Jazz"
-    "QuickTime:GenreID:1828""Music Videos|Jazz|Bop""QuickTime:GenreID:1829"
-    "Music Videos|Jazz|Contemporary Jazz""QuickTime:GenreID:1830""Music Videos|Jazz|Cool Jazz"
-    "QuickTime:GenreID:1831""Music Videos|Jazz|Crossover Jazz""QuickTime:GenreID:1832"
-    "Music Videos|Jazz|Dixieland""QuickTime:GenreID:1833""Music Videos|Jazz|Fusion"
-    "QuickTime:GenreID:1834""Music Videos|Jazz|Hard Bop""QuickTime:GenreID:1835"
-    "Music Videos|Jazz|Latin Jazz""QuickTime:GenreID:1836""Music Videos|Jazz|Mainstream Jazz"
-    "QuickTime:GenreID:1837""Music Videos|Jazz|Ragtime""QuickTime:GenreID:1838"
-    "Music Videos|Jazz|Smooth Jazz""QuickTime:GenreID:1839""Music Videos|Jazz|Trad Jazz"
-    "QuickTime:GenreID:1840""Music Videos|Latin|Alternative & Rock in Spanish"
-    "QuickTime:GenreID:1841""Music Videos|Latin|Baladas y Boleros""QuickTime:GenreID:1842"
-    "Music Videos|Latin|Contemporary Latin""QuickTime:GenreID:1843""Music Videos|Latin|Latin Jazz"
-    "QuickTime:GenreID:1844""Music Videos|Latin|Latin Urban""QuickTime:GenreID:1845"
-    "Music Videos|Latin|Pop in Spanish""QuickTime:GenreID:1846""Music Videos|Latin|Raices"
-    "QuickTime:GenreID:1847""Music Videos|Latin|Musica Mexicana""QuickTime:GenreID:1848"
-    "Music Videos|Latin|Salsa y Tropical""QuickTime:GenreID:1849""Music Videos|New Age|Healing"
-    "QuickTime:GenreID:1850""Music Videos|New Age|Meditation""QuickTime:GenreID:1851"
-    "Music Videos|New Age|Nature""QuickTime:GenreID:1852""Music Videos|New Age|Relaxation"
-    "QuickTime:GenreID:1853""Music Videos|New Age|Travel""QuickTime:GenreID:1854"
-    "Music Videos|Pop|Adult Contemporary""QuickTime:GenreID:1855""Music Videos|Pop|Britpop"
-    "QuickTime:GenreID:1856""Music Videos|Pop|Pop/Rock""QuickTime:GenreID:1857"
-    "Music Videos|Pop|Soft Rock""QuickTime:GenreID:1858""Music Videos|Pop|Teen Pop"
-    "QuickTime:GenreID:1859""Music Videos|R&B/Soul|Contemporary R&B""QuickTime:GenreID:1860"
-    "Music Videos|R&B/Soul|Disco""QuickTime:GenreID:1861""Music Videos|R&B/Soul|Doo Wop"
-    "QuickTime:GenreID:1862""Music Videos|R&B/Soul|Funk""QuickTime:GenreID:1863"
-    "Music Videos|R&B/Soul|Motown""QuickTime:GenreID:1864""Music Videos|R&B/Soul|Neo-Soul"
-    "QuickTime:GenreID:1865""Music Videos|R&B/Soul|Soul""QuickTime:GenreID:1866"
-    "Music Videos|Reggae|Modern Dancehall""QuickTime:GenreID:1867""Music Videos|Reggae|Dub"
-    "QuickTime:GenreID:1868""Music Videos|Reggae|Roots Reggae""QuickTime:GenreID:1869"
-    "Music Videos|Reggae|Ska""QuickTime:GenreID:1870""Music Videos|Rock|Adult Alternative"
-    "QuickTime:GenreID:1871""Music Videos|Rock|American Trad Rock""QuickTime:GenreID:1872"
-    "Music Videos|Rock|Arena Rock""QuickTime:GenreID:1873""Music Videos|Rock|Blues-Rock"
-    "QuickTime:GenreID:1874""Music Videos|Rock|British Invasion""QuickTime:GenreID:1875"
-    "Music Videos|Rock|Death Metal/Black Metal""QuickTime:GenreID:1876""Music Videos|Rock|Glam Rock"
-    "QuickTime:GenreID:1877""Music Videos|Rock|Hair Metal""QuickTime:GenreID:1878"
-    "Music Videos|Rock|Hard Rock""QuickTime:GenreID:1879""Music Videos|Rock|Jam Bands"
-    "QuickTime:GenreID:1880""Music Videos|Rock|Prog-Rock/Art Rock""QuickTime:GenreID:1881"
-    "Music Videos|Rock|Psychedelic""QuickTime:GenreID:1882""Music Videos|Rock|Rock & Roll"
-    "QuickTime:GenreID:1883""Music Videos|Rock|Rockabilly""QuickTime:GenreID:1884"
-    "Music Videos|Rock|Roots Rock""QuickTime:GenreID:1885""Music Videos|Rock|Singer/Songwriter"
-    "QuickTime:GenreID:1886""Music Videos|Rock|Southern Rock""QuickTime:GenreID:1887"
-    "Music Videos|Rock|Surf""QuickTime:GenreID:1888""Music Videos|Rock|Tex-Mex"
-    "QuickTime:GenreID:1889""Music Videos|Singer/Songwriter|Alternative Folk"
-    "QuickTime:GenreID:1890""Music Videos|Singer/Songwriter|Contemporary Folk"
-    "QuickTime:GenreID:1891""Music Videos|Singer/Songwriter|Contemporary Singer/Songwriter"
-    "QuickTime:GenreID:1892""Music Videos|Singer/Songwriter|Folk-Rock""QuickTime:GenreID:1893"
-    "Music Videos|Singer/Songwriter|New Acoustic""QuickTime:GenreID:1894"
-    "Music Videos|Singer/Songwriter|Traditional Folk""QuickTime:GenreID:1895"
-    "Music Videos|Soundtrack|Foreign Cinema""QuickTime:GenreID:1896"
-    "Music Videos|Soundtrack|Musicals""QuickTime:GenreID:1897"
-    "Music Videos|Soundtrack|Original Score""QuickTime:GenreID:1898"
-    "Music Videos|Soundtrack|Soundtrack""QuickTime:GenreID:1899"
-    "Music Videos|Soundtrack|TV Soundtrack""QuickTime:GenreID:19""Music|World"
-    "QuickTime:GenreID:1900""Music Videos|Vocal|Standards""QuickTime:GenreID:1901"
-    "Music Videos|Vocal|Traditional Pop""QuickTime:GenreID:1902""Music Videos|Jazz|Vocal Jazz"
-    "QuickTime:GenreID:1903""Music Videos|Vocal|Vocal Pop""QuickTime:GenreID:1904"
-    "Music Videos|African""QuickTime:GenreID:1905""Music Videos|African|Afro-Beat"
-    "QuickTime:GenreID:1906""Music Videos|African|Afro-Pop""QuickTime:GenreID:1907"
-    "Music Videos|World|Asia""QuickTime:GenreID:1908""Music Videos|World|Australia"
-    "QuickTime:GenreID:1909""Music Videos|World|Cajun""QuickTime:GenreID:1910"
-    "Music Videos|World|Caribbean""QuickTime:GenreID:1911""Music Videos|World|Celtic"
-    "QuickTime:GenreID:1912""Music Videos|World|Celtic Folk""QuickTime:GenreID:1913"
-    "Music Videos|World|Contemporary Celtic""QuickTime:GenreID:1914""Music Videos|World|Europe"
-    "QuickTime:GenreID:1915""Music Videos|World|France""QuickTime:GenreID:1916"
-    "Music Videos|World|Hawaii""QuickTime:GenreID:1917""Music Videos|World|Japan"
-    "QuickTime:GenreID:1918""Music Videos|World|Klezmer""QuickTime:GenreID:1919"
-    "Music Videos|World|North America""QuickTime:GenreID:1920""Music Videos|World|Polka"
-    "QuickTime:GenreID:1921""Music Videos|World|South Africa""QuickTime:GenreID:1922"
-    "Music Videos|World|South America""QuickTime:GenreID:1923"
-    "Music Videos|World|Traditional Celtic""QuickTime:GenreID:1924""Music Videos|World|Worldbeat"
-    "QuickTime:GenreID:1925""Music Videos|World|Zydeco""QuickTime:GenreID:1926"
-    "QuickTime:GenreID:1928""Music Videos|Classical|Art Song""QuickTime:GenreID:1929"
-    "Music Videos|Classical|Brass & Woodwinds""QuickTime:GenreID:1930"
-    "Music Videos|Classical|Solo Instrumental""QuickTime:GenreID:1931"
-    "Music Videos|Classical|Contemporary Era""QuickTime:GenreID:1932"
-    "Music Videos|Classical|Oratorio""QuickTime:GenreID:1933""Music Videos|Classical|Cantata"
-    "QuickTime:GenreID:1934""Music Videos|Classical|Electronic""QuickTime:GenreID:1935"
-    "Music Videos|Classical|Sacred""QuickTime:GenreID:1936""Music Videos|Classical|Guitar"
-    "QuickTime:GenreID:1938""Music Videos|Classical|Violin""QuickTime:GenreID:1939"
-    "Music Videos|Classical|Cello""QuickTime:GenreID:1940""Music Videos|Classical|Percussion"
-    "QuickTime:GenreID:1941""Music Videos|Electronic|Dubstep""QuickTime:GenreID:1942"
-    "Music Videos|Electronic|Bass""QuickTime:GenreID:1943""Music Videos|Hip-Hop/Rap|UK Hip-Hop"
-    "QuickTime:GenreID:1944""Music Videos|Reggae|Lovers Rock""QuickTime:GenreID:1945"
-    "Music Videos|Alternative|EMO""QuickTime:GenreID:1946""Music Videos|Alternative|Pop Punk"
-    "QuickTime:GenreID:1947""Music Videos|Alternative|Indie Pop""QuickTime:GenreID:1948"
-    "Music Videos|New Age|Yoga""QuickTime:GenreID:1949""Music Videos|Pop|Tribute"
-    "QuickTime:GenreID:1950""Music Videos|Pop|Shows""QuickTime:GenreID:1951""Music Videos|Cuban"
-    "QuickTime:GenreID:1952""Music Videos|Cuban|Mambo""QuickTime:GenreID:1953"
-    "Music Videos|Cuban|Chachacha""QuickTime:GenreID:1954""Music Videos|Cuban|Guajira"
-    "QuickTime:GenreID:1955""Music Videos|Cuban|Son""QuickTime:GenreID:1956"
-    "Music Videos|Cuban|Bolero""QuickTime:GenreID:1957""Music Videos|Cuban|Guaracha"
-    "QuickTime:GenreID:1958""Music Videos|Cuban|Timba""QuickTime:GenreID:1959"
-    "Music Videos|Soundtrack|Video Game""QuickTime:GenreID:1960"
-    "Music Videos|Indian|Regional Indian|Punjabi|Punjabi Pop""QuickTime:GenreID:1961"
-    "Music Videos|Indian|Regional Indian|Bengali|Rabindra Sangeet""QuickTime:GenreID:1962"
-    "Music Videos|Indian|Regional Indian|Malayalam""QuickTime:GenreID:1963"
-    "Music Videos|Indian|Regional Indian|Kannada""QuickTime:GenreID:1964"
-    "Music Videos|Indian|Regional Indian|Marathi""QuickTime:GenreID:1965"
-    "Music Videos|Indian|Regional Indian|Gujarati""QuickTime:GenreID:1966"
-    "Music Videos|Indian|Regional Indian|Assamese""QuickTime:GenreID:1967"
-    "Music Videos|Indian|Regional Indian|Bhojpuri""QuickTime:GenreID:1968"
-    "Music Videos|Indian|Regional Indian|Haryanvi""QuickTime:GenreID:1969"
-    "Music Videos|Indian|Regional Indian|Odia""QuickTime:GenreID:1970"
-    "Music Videos|Indian|Regional Indian|Rajasthani""QuickTime:GenreID:1971"
-    "Music Videos|Indian|Regional Indian|Urdu""QuickTime:GenreID:1972"
-    "Music Videos|Indian|Regional Indian|Punjabi""QuickTime:GenreID:1973"
-    "Music Videos|Indian|Regional Indian|Bengali""QuickTime:GenreID:1974"
-    "Music Videos|Indian|Indian Classical|Carnatic Classical""QuickTime:GenreID:1975"
-    "Music Videos|Indian|Indian Classical|Hindustani Classical""QuickTime:GenreID:1976"
-    "Music Videos|African|Afro House""QuickTime:GenreID:1977""Music Videos|African|Afro Soul"
-    "QuickTime:GenreID:1978""Music Videos|African|Afrobeats""QuickTime:GenreID:1979"
-    "Music Videos|African|Benga""QuickTime:GenreID:1980""Music Videos|African|Bongo-Flava"
-    "QuickTime:GenreID:1981""Music Videos|African|Coupe-Decale""QuickTime:GenreID:1982"
-    "Music Videos|African|Gqom""QuickTime:GenreID:1983""Music Videos|African|Highlife"
-    "QuickTime:GenreID:1984""Music Videos|African|Kuduro""QuickTime:GenreID:1985"
-    "Music Videos|African|Kizomba""QuickTime:GenreID:1986""Music Videos|African|Kwaito"
-    "QuickTime:GenreID:1987""Music Videos|African|Mbalax""QuickTime:GenreID:1988"
-    "Music Videos|African|Ndombolo""QuickTime:GenreID:1989""Music Videos|African|Shangaan Electro"
-    "QuickTime:GenreID:1990""Music Videos|African|Soukous""QuickTime:GenreID:1991"
-    "Music Videos|African|Taarab""QuickTime:GenreID:1992""Music Videos|African|Zouglou"
-    "QuickTime:GenreID:1993""Music Videos|Turkish|Ozgun""QuickTime:GenreID:1994"
-    "Music Videos|Turkish|Fantezi""QuickTime:GenreID:1995""Music Videos|Turkish|Religious"
-    "QuickTime:GenreID:1996""Music Videos|Pop|Turkish Pop""QuickTime:GenreID:1997"
-    "Music Videos|Rock|Turkish Rock""QuickTime:GenreID:1998"
-    "Music Videos|Alternative|Turkish Alternative""QuickTime:GenreID:1999"
-    "Music Videos|Hip-Hop/Rap|Turkish Hip-Hop/Rap""QuickTime:GenreID:2""Music|Blues"
-    "QuickTime:GenreID:20""Music|Alternative""QuickTime:GenreID:2000""Music Videos|African|Maskandi"
-    "QuickTime:GenreID:2001""Music Videos|Russian|Russian Romance""QuickTime:GenreID:2002"
-    "Music Videos|Russian|Russian Bard""QuickTime:GenreID:2003""Music Videos|Russian|Russian Pop"
-    "QuickTime:GenreID:2004""Music Videos|Russian|Russian Rock""QuickTime:GenreID:2005"
-    "Music Videos|Russian|Russian Hip-Hop""QuickTime:GenreID:2006""Music Videos|Arabic|Levant"
-    "QuickTime:GenreID:2007""Music Videos|Arabic|Levant|Dabke""QuickTime:GenreID:2008"
-    "Music Videos|Arabic|Maghreb Rai""QuickTime:GenreID:2009"
-    "Music Videos|Arabic|Khaleeji|Khaleeji Jalsat""QuickTime:GenreID:2010"
-    "Music Videos|Arabic|Khaleeji|Khaleeji Shailat""QuickTime:GenreID:2011""Music Videos|Tarab"
-    "QuickTime:GenreID:2012""Music Videos|Tarab|Iraqi Tarab""QuickTime:GenreID:2013"
-    "Music Videos|Tarab|Egyptian Tarab""QuickTime:GenreID:2014""Music Videos|Tarab|Khaleeji Tarab"
-    "QuickTime:GenreID:2015""Music Videos|Pop|Levant Pop""QuickTime:GenreID:2016"
-    "Music Videos|Pop|Iraqi Pop""QuickTime:GenreID:2017""Music Videos|Pop|Egyptian Pop"
-    "QuickTime:GenreID:2018""Music Videos|Pop|Maghreb Pop""QuickTime:GenreID:2019"
-    "Music Videos|Pop|Khaleeji Pop""QuickTime:GenreID:2020""Music Videos|Hip-Hop/Rap|Levant Hip-Hop"
-    "QuickTime:GenreID:2021""Music Videos|Hip-Hop/Rap|Egyptian Hip-Hop""QuickTime:GenreID:2022"
-    "Music Videos|Hip-Hop/Rap|Maghreb Hip-Hop""QuickTime:GenreID:2023"
-    "Music Videos|Hip-Hop/Rap|Khaleeji Hip-Hop""QuickTime:GenreID:2024"
-    "Music Videos|Alternative|Indie Levant""QuickTime:GenreID:2025"
-    "Music Videos|Alternative|Indie Egyptian""QuickTime:GenreID:2026"
-    "Music Videos|Alternative|Indie Maghreb""QuickTime:GenreID:2027"
-    "Music Videos|Electronic|Levant Electronic""QuickTime:GenreID:2028"
-    "Music Videos|Electronic|Electro-Cha'abi""QuickTime:GenreID:2029"
-    "Music Videos|Electronic|Maghreb Electronic""QuickTime:GenreID:2030"
-    "Music Videos|Folk|Iraqi Folk""QuickTime:GenreID:2031""Music Videos|Folk|Khaleeji Folk"
-    "QuickTime:GenreID:2032""Music Videos|Dance|Maghreb Dance""QuickTime:GenreID:21""Music|Rock"
-    "QuickTime:GenreID:22""QuickTime:GenreID:23""Music|Vocal""QuickTime:GenreID:24""Music|Reggae"
-    "QuickTime:GenreID:25""Music|Easy Listening""QuickTime:GenreID:26""Podcasts"
-    "QuickTime:GenreID:27""Music|J-Pop""QuickTime:GenreID:28""Music|Enka""QuickTime:GenreID:29"
-    "Music|Anime""QuickTime:GenreID:3""Music|Comedy""QuickTime:GenreID:30""Music|Kayokyoku"
-    "QuickTime:GenreID:31""Music Videos""QuickTime:GenreID:32""TV Shows""QuickTime:GenreID:33"
-    "Movies""QuickTime:GenreID:34""Music""QuickTime:GenreID:35""iPod Games""QuickTime:GenreID:36"
-    "App Store""QuickTime:GenreID:37""Tones""QuickTime:GenreID:38""Books""QuickTime:GenreID:39"
-    "Mac App Store""QuickTime:GenreID:4""Music|Children's Music""QuickTime:GenreID:40""Textbooks"
-    "QuickTime:GenreID:4000""TV Shows|Comedy""QuickTime:GenreID:40000000""iTunes U"
-    "QuickTime:GenreID:40000001""iTunes U|Business & Economics""QuickTime:GenreID:40000002"
-    "iTunes U|Business & Economics|Economics""QuickTime:GenreID:40000003"
-    "iTunes U|Business & Economics|Finance""QuickTime:GenreID:40000004"
-    "iTunes U|Business & Economics|Hospitality""QuickTime:GenreID:40000005"
-    "iTunes U|Business & Economics|Management""QuickTime:GenreID:40000006"
-    "iTunes U|Business & Economics|Marketing""QuickTime:GenreID:40000007"
-    "iTunes U|Business & Economics|Personal Finance""QuickTime:GenreID:40000008"
-    "iTunes U|Business & Economics|Real Estate""QuickTime:GenreID:40000009""iTunes U|Engineering"
-    "QuickTime:GenreID:40000010""iTunes U|Engineering|Chemical & Petroleum Engineering"
-    "QuickTime:GenreID:40000011""iTunes U|Engineering|Civil Engineering""QuickTime:GenreID:40000012"
-    "iTunes U|Engineering|Computer Science""QuickTime:GenreID:40000013"
-    "iTunes U|Engineering|Electrical Engineering""QuickTime:GenreID:40000014"
-    "iTunes U|Engineering|Environmental Engineering""QuickTime:GenreID:40000015"
-    "iTunes U|Engineering|Mechanical Engineering""QuickTime:GenreID:40000016"
-    "iTunes U|Music, Art, & Design""QuickTime:GenreID:40000017"
-    "iTunes U|Music, Art, & Design|Architecture""QuickTime:GenreID:40000019"
-    "iTunes U|Music, Art, & Design|Art History""QuickTime:GenreID:40000020"
-    "iTunes U|Music, Art, & Design|Dance""QuickTime:GenreID:40000021"
-    "iTunes U|Music, Art, & Design|Film""QuickTime:GenreID:40000022"
-    "iTunes U|Music, Art, & Design|Design""QuickTime:GenreID:40000023"
-    "iTunes U|Music, Art, & Design|Interior Design""QuickTime:GenreID:40000024"
-    "iTunes U|Music, Art, & Design|Music""QuickTime:GenreID:40000025"
-    "iTunes U|Music, Art, & Design|Theater""QuickTime:GenreID:40000026""iTunes U|Health & Medicine"
-    "QuickTime:GenreID:40000027""iTunes U|Health & Medicine|Anatomy & Physiology"
-    "QuickTime:GenreID:40000028""iTunes U|Health & Medicine|Behavioral Science"
-    "QuickTime:GenreID:40000029""iTunes U|Health & Medicine|Dentistry""QuickTime:GenreID:40000030"
-    "iTunes U|Health & Medicine|Diet & Nutrition""QuickTime:GenreID:40000031"
-    "iTunes U|Health & Medicine|Emergency Medicine""QuickTime:GenreID:40000032"
-    "iTunes U|Health & Medicine|Genetics""QuickTime:GenreID:40000033"
-    "iTunes U|Health & Medicine|Gerontology""QuickTime:GenreID:40000034"
-    "iTunes U|Health & Medicine|Health & Exercise Science""QuickTime:GenreID:40000035"
-    "iTunes U|Health & Medicine|Immunology""QuickTime:GenreID:40000036"
-    "iTunes U|Health & Medicine|Neuroscience""QuickTime:GenreID:40000037"
-    "iTunes U|Health & Medicine|Pharmacology & Toxicology""QuickTime:GenreID:40000038"
-    "iTunes U|Health & Medicine|Psychiatry""QuickTime:GenreID:40000039"
-    "iTunes U|Health & Medicine|Global Health""QuickTime:GenreID:40000040"
-    "iTunes U|Health & Medicine|Radiology""QuickTime:GenreID:40000041""iTunes U|History"
-    "QuickTime:GenreID:40000042""iTunes U|History|Ancient History""QuickTime:GenreID:40000043"
-    "iTunes U|History|Medieval History""QuickTime:GenreID:40000044"
-    "iTunes U|History|Military History""QuickTime:GenreID:40000045""iTunes U|History|Modern History"
-    "QuickTime:GenreID:40000046""iTunes U|History|African History""QuickTime:GenreID:40000047"
-    "iTunes U|History|Asia-Pacific History""QuickTime:GenreID:40000048"
-    "iTunes U|History|European History""QuickTime:GenreID:40000049"
-    "iTunes U|History|Middle Eastern History""QuickTime:GenreID:40000050"
-    "iTunes U|History|North American History""QuickTime:GenreID:40000051"
-    "iTunes U|History|South American History""QuickTime:GenreID:40000053"
-    "iTunes U|Communications & Journalism""QuickTime:GenreID:40000054""iTunes U|Philosophy"
-    "QuickTime:GenreID:40000055""iTunes U|Religion & Spirituality""QuickTime:GenreID:40000056"
-    "iTunes U|Languages""QuickTime:GenreID:40000057""iTunes U|Languages|African Languages"
-    "QuickTime:GenreID:40000058""iTunes U|Languages|Ancient Languages""QuickTime:GenreID:40000061"
-    "iTunes U|Languages|English""QuickTime:GenreID:40000063""iTunes U|Languages|French"
-    "QuickTime:GenreID:40000064""iTunes U|Languages|German""QuickTime:GenreID:40000065"
-    "iTunes U|Languages|Italian""QuickTime:GenreID:40000066""iTunes U|Languages|Linguistics"
-    "QuickTime:GenreID:40000068""iTunes U|Languages|Spanish""QuickTime:GenreID:40000069"
-    "iTunes U|Languages|Speech Pathology""QuickTime:GenreID:40000070""iTunes U|Writing & Literature"
-    "QuickTime:GenreID:40000071""iTunes U|Writing & Literature|Anthologies"
-    "QuickTime:GenreID:40000072""iTunes U|Writing & Literature|Biography"
-    "QuickTime:GenreID:40000073""iTunes U|Writing & Literature|Classics""QuickTime:GenreID:40000074"
-    "iTunes U|Writing & Literature|Literary Criticism""QuickTime:GenreID:40000075"
-    "iTunes U|Writing & Literature|Fiction""QuickTime:GenreID:40000076"
-    "iTunes U|Writing & Literature|Poetry""QuickTime:GenreID:40000077""iTunes U|Mathematics"
-    "QuickTime:GenreID:40000078""iTunes U|Mathematics|Advanced Mathematics"
-    "QuickTime:GenreID:40000079""iTunes U|Mathematics|Algebra""QuickTime:GenreID:40000080"
-    "iTunes U|Mathematics|Arithmetic""QuickTime:GenreID:40000081""iTunes U|Mathematics|Calculus"
-    "QuickTime:GenreID:40000082""iTunes U|Mathematics|Geometry""QuickTime:GenreID:40000083"
-    "iTunes U|Mathematics|Statistics""QuickTime:GenreID:40000084""iTunes U|Science"
-    "QuickTime:GenreID:40000085""iTunes U|Science|Agricultural""QuickTime:GenreID:40000086"
-    "iTunes U|Science|Astronomy""QuickTime:GenreID:40000087""iTunes U|Science|Atmosphere"
-    "QuickTime:GenreID:40000088""iTunes U|Science|Biology""QuickTime:GenreID:40000089"
-    "iTunes U|Science|Chemistry""QuickTime:GenreID:40000090""iTunes U|Science|Ecology"
-    "QuickTime:GenreID:40000091""iTunes U|Science|Geography""QuickTime:GenreID:40000092"
-    "iTunes U|Science|Geology""QuickTime:GenreID:40000093""iTunes U|Science|Physics"
-    "QuickTime:GenreID:40000094""iTunes U|Social Science""QuickTime:GenreID:40000095"
-    "iTunes U|Law & Politics|Law""QuickTime:GenreID:40000096"
-    "iTunes U|Law & Politics|Political Science""QuickTime:GenreID:40000097"
-    "iTunes U|Law & Politics|Public Administration""QuickTime:GenreID:40000098"
-    "iTunes U|Social Science|Psychology""QuickTime:GenreID:40000099"
-    "iTunes U|Social Science|Social Welfare""QuickTime:GenreID:40000100"
-    "iTunes U|Social Science|Sociology""QuickTime:GenreID:40000101""iTunes U|Society"
-    "QuickTime:GenreID:40000103""iTunes U|Society|Asia Pacific Studies""QuickTime:GenreID:40000104"
-    "iTunes U|Society|European Studies""QuickTime:GenreID:40000105"
-    "iTunes U|Society|Indigenous Studies""QuickTime:GenreID:40000106"
-    "iTunes U|Society|Latin & Caribbean Studies""QuickTime:GenreID:40000107"
-    "iTunes U|Society|Middle Eastern Studies""QuickTime:GenreID:40000108"
-    "iTunes U|Society|Women's Studies""QuickTime:GenreID:40000109""iTunes U|Teaching & Learning"
-    "QuickTime:GenreID:40000110""iTunes U|Teaching & Learning|Curriculum & Teaching"
-    "QuickTime:GenreID:40000111""iTunes U|Teaching & Learning|Educational Leadership"
-    "QuickTime:GenreID:40000112""iTunes U|Teaching & Learning|Family & Childcare"
-    "QuickTime:GenreID:40000113""iTunes U|Teaching & Learning|Learning Resources"
-    "QuickTime:GenreID:40000114""iTunes U|Teaching & Learning|Psychology & Research"
-    "QuickTime:GenreID:40000115""iTunes U|Teaching & Learning|Special Education"
-    "QuickTime:GenreID:40000116""iTunes U|Music, Art, & Design|Culinary Arts"
-    "QuickTime:GenreID:40000117""iTunes U|Music, Art, & Design|Fashion""QuickTime:GenreID:40000118"
-    "iTunes U|Music, Art, & Design|Media Arts""QuickTime:GenreID:40000119"
-    "iTunes U|Music, Art, & Design|Photography""QuickTime:GenreID:40000120"
-    "iTunes U|Music, Art, & Design|Visual Art""QuickTime:GenreID:40000121"
-    "iTunes U|Business & Economics|Entrepreneurship""QuickTime:GenreID:40000122"
-    "iTunes U|Communications & Journalism|Broadcasting""QuickTime:GenreID:40000123"
-    "iTunes U|Communications & Journalism|Digital Media""QuickTime:GenreID:40000124"
-    "iTunes U|Communications & Journalism|Journalism""QuickTime:GenreID:40000125"
-    "iTunes U|Communications & Journalism|Photojournalism""QuickTime:GenreID:40000126"
-    "iTunes U|Communications & Journalism|Print""QuickTime:GenreID:40000127"
-    "iTunes U|Communications & Journalism|Speech""QuickTime:GenreID:40000128"
-    "iTunes U|Communications & Journalism|Writing""QuickTime:GenreID:40000129"
-    "iTunes U|Health & Medicine|Nursing""QuickTime:GenreID:40000130""iTunes U|Languages|Arabic"
-    "QuickTime:GenreID:40000131""iTunes U|Languages|Chinese""QuickTime:GenreID:40000132"
-    "iTunes U|Languages|Hebrew""QuickTime:GenreID:40000133""iTunes U|Languages|Hindi"
-    "QuickTime:GenreID:40000134""iTunes U|Languages|Indigenous Languages"
-    "QuickTime:GenreID:40000135""iTunes U|Languages|Japanese""QuickTime:GenreID:40000136"
-    "iTunes U|Languages|Korean""QuickTime:GenreID:40000137""iTunes U|Languages|Other Languages"
-    "QuickTime:GenreID:40000138""iTunes U|Languages|Portuguese""QuickTime:GenreID:40000139"
-    "iTunes U|Languages|Russian""QuickTime:GenreID:40000140""iTunes U|Law & Politics"
-    "QuickTime:GenreID:40000141""iTunes U|Law & Politics|Foreign Policy & International Relations"
-    "QuickTime:GenreID:40000142""iTunes U|Law & Politics|Local Governments"
-    "QuickTime:GenreID:40000143""iTunes U|Law & Politics|National Governments"
-    "QuickTime:GenreID:40000144""iTunes U|Law & Politics|World Affairs""QuickTime:GenreID:40000145"
-    "iTunes U|Writing & Literature|Comparative Literature""QuickTime:GenreID:40000146"
-    "iTunes U|Philosophy|Aesthetics""QuickTime:GenreID:40000147""iTunes U|Philosophy|Epistemology"
-    "QuickTime:GenreID:40000148""iTunes U|Philosophy|Ethics""QuickTime:GenreID:40000149"
-    "iTunes U|Philosophy|Metaphysics""QuickTime:GenreID:40000150"
-    "iTunes U|Philosophy|Political Philosophy""QuickTime:GenreID:40000151"
-    "iTunes U|Philosophy|Logic""QuickTime:GenreID:40000152"
-    "iTunes U|Philosophy|Philosophy of Language""QuickTime:GenreID:40000153"
-    "iTunes U|Philosophy|Philosophy of Religion""QuickTime:GenreID:40000154"
-    "iTunes U|Social Science|Archaeology""QuickTime:GenreID:40000155"
-    "iTunes U|Social Science|Anthropology""QuickTime:GenreID:40000156"
-    "iTunes U|Religion & Spirituality|Buddhism""QuickTime:GenreID:40000157"
-    "iTunes U|Religion & Spirituality|Christianity""QuickTime:GenreID:40000158"
-    "iTunes U|Religion & Spirituality|Comparative Religion""QuickTime:GenreID:40000159"
-    "iTunes U|Religion & Spirituality|Hinduism""QuickTime:GenreID:40000160"
-    "iTunes U|Religion & Spirituality|Islam""QuickTime:GenreID:40000161"
-    "iTunes U|Religion & Spirituality|Judaism""QuickTime:GenreID:40000162"
-    "iTunes U|Religion & Spirituality|Other Religions""QuickTime:GenreID:40000163"
-    "iTunes U|Religion & Spirituality|Spirituality""QuickTime:GenreID:40000164"
-    "iTunes U|Science|Environment""QuickTime:GenreID:40000165""iTunes U|Society|African Studies"
-    "QuickTime:GenreID:40000166""iTunes U|Society|American Studies""QuickTime:GenreID:40000167"
-    "iTunes U|Society|Cross-cultural Studies""QuickTime:GenreID:40000168"
-    "iTunes U|Society|Immigration & Emigration""QuickTime:GenreID:40000169"
-    "iTunes U|Society|Race & Ethnicity Studies""QuickTime:GenreID:40000170"
-    "iTunes U|Society|Sexuality Studies""QuickTime:GenreID:40000171"
-    "iTunes U|Teaching & Learning|Educational Technology""QuickTime:GenreID:40000172"
-    "iTunes U|Teaching & Learning|Information/Library Science""QuickTime:GenreID:40000173"
-    "iTunes U|Languages|Dutch""QuickTime:GenreID:40000174""iTunes U|Languages|Luxembourgish"
-    "QuickTime:GenreID:40000175""iTunes U|Languages|Swedish""QuickTime:GenreID:40000176"
-    "iTunes U|Languages|Norwegian""QuickTime:GenreID:40000177""iTunes U|Languages|Finnish"
-    "QuickTime:GenreID:40000178""iTunes U|Languages|Danish""QuickTime:GenreID:40000179"
-    "iTunes U|Languages|Polish""QuickTime:GenreID:40000180""iTunes U|Languages|Turkish"
-    "QuickTime:GenreID:40000181""iTunes U|Languages|Flemish""QuickTime:GenreID:4001""TV Shows|Drama"
-    "QuickTime:GenreID:4002""TV Shows|Animation""QuickTime:GenreID:4003"
-    "TV Shows|Action & Adventure""QuickTime:GenreID:4004""TV Shows|Classics""QuickTime:GenreID:4005"
-    "TV Shows|Kids & Family""QuickTime:GenreID:4006""TV Shows|Nonfiction""QuickTime:GenreID:4007"
-    "TV Shows|Reality TV""QuickTime:GenreID:4008""TV Shows|Sci-Fi & Fantasy""QuickTime:GenreID:4009"
-    "TV Shows|Sports""QuickTime:GenreID:4010""TV Shows|Teens""QuickTime:GenreID:4011"
-    "TV Shows|Latino TV""QuickTime:GenreID:4401""Movies|Action & Adventure""QuickTime:GenreID:4402"
-    "Movies|Anime""QuickTime:GenreID:4403""Movies|Classics""QuickTime:GenreID:4404""Movies|Comedy"
-    "QuickTime:GenreID:4405""Movies|Documentary""QuickTime:GenreID:4406""Movies|Drama"
-    "QuickTime:GenreID:4407""Movies|Foreign""QuickTime:GenreID:4408""Movies|Horror"
-    "QuickTime:GenreID:4409""Movies|Independent""QuickTime:GenreID:4410""Movies|Kids & Family"
-    "QuickTime:GenreID:4411""Movies|Musicals""QuickTime:GenreID:4412""Movies|Romance"
-    "QuickTime:GenreID:4413""Movies|Sci-Fi & Fantasy""QuickTime:GenreID:4414""Movies|Short Films"
-    "QuickTime:GenreID:4415""Movies|Special Interest""QuickTime:GenreID:4416""Movies|Thriller"
-    "QuickTime:GenreID:4417""Movies|Sports""QuickTime:GenreID:4418""Movies|Western"
-    "QuickTime:GenreID:4419""Movies|Urban""QuickTime:GenreID:4420""Movies|Holiday"
-    "QuickTime:GenreID:4421""Movies|Made for TV""QuickTime:GenreID:4422""Movies|Concert Films"
-    "QuickTime:GenreID:4423""Movies|Music Documentaries""QuickTime:GenreID:4424"
-    "Movies|Music Feature Films""QuickTime:GenreID:4425""Movies|Japanese Cinema"
-    "QuickTime:GenreID:4426""Movies|Jidaigeki""QuickTime:GenreID:4427""Movies|Tokusatsu"
-    "QuickTime:GenreID:4428""Movies|Korean Cinema""QuickTime:GenreID:4429""Movies|Russian"
-    "QuickTime:GenreID:4430""Movies|Turkish""QuickTime:GenreID:4431""Movies|Bollywood"
-    "QuickTime:GenreID:4432""Movies|Regional Indian""QuickTime:GenreID:4433""Movies|Middle Eastern"
-    "QuickTime:GenreID:4434""Movies|African""QuickTime:GenreID:5""Music|Classical"
-    "QuickTime:GenreID:50""Music|Fitness & Workout""QuickTime:GenreID:500""Fitness Music"
-    "QuickTime:GenreID:50000024""Audiobooks""QuickTime:GenreID:50000040""Audiobooks|Fiction"
-    "QuickTime:GenreID:50000041""Audiobooks|Arts & Entertainment""QuickTime:GenreID:50000042"
-    "Audiobooks|Biographies & Memoirs""QuickTime:GenreID:50000043"
-    "Audiobooks|Business & Personal Finance""QuickTime:GenreID:50000044"
-    "Audiobooks|Kids & Young Adults""QuickTime:GenreID:50000045""Audiobooks|Classics"
-    "QuickTime:GenreID:50000046""Audiobooks|Comedy""QuickTime:GenreID:50000047"
-    "Audiobooks|Drama & Poetry""QuickTime:GenreID:50000048""Audiobooks|Speakers & Storytellers"
-    "QuickTime:GenreID:50000049""Audiobooks|History""QuickTime:GenreID:50000050"
-    "Audiobooks|Languages""QuickTime:GenreID:50000051""Audiobooks|Mysteries & Thrillers"
-    "QuickTime:GenreID:50000052""Audiobooks|Nonfiction""QuickTime:GenreID:50000053"
-    "Audiobooks|Religion & Spirituality""QuickTime:GenreID:50000054""Audiobooks|Science & Nature"
-    "QuickTime:GenreID:50000055""Audiobooks|Sci Fi & Fantasy""QuickTime:GenreID:50000056"
-    "Audiobooks|Self-Development""QuickTime:GenreID:50000057""Audiobooks|Sports & Outdoors"
-    "QuickTime:GenreID:50000058""Audiobooks|Technology""QuickTime:GenreID:50000059"
-    "Audiobooks|Travel & Adventure""QuickTime:GenreID:50000061""Music|Spoken Word"
-    "QuickTime:GenreID:50000063""Music|Disney""QuickTime:GenreID:50000064""Music|French Pop"
-    "QuickTime:GenreID:50000066""Music|German Pop""QuickTime:GenreID:50000068""Music|German Folk"
-    "QuickTime:GenreID:50000069""Audiobooks|Romance""QuickTime:GenreID:50000070"
-    "Audiobooks|Audiobooks Latino""QuickTime:GenreID:50000071"
-    "Books|Comics & Graphic Novels|Manga|Action""QuickTime:GenreID:50000072"
-    "Books|Comics & Graphic Novels|Manga|Comedy""QuickTime:GenreID:50000073"
-    "Books|Comics & Graphic Novels|Manga|Erotica""QuickTime:GenreID:50000074"
-    "Books|Comics & Graphic Novels|Manga|Fantasy""QuickTime:GenreID:50000075"
-    "Books|Comics & Graphic Novels|Manga|Four Cell Manga""QuickTime:GenreID:50000076"
-    "Books|Comics & Graphic Novels|Manga|Gay & Lesbian""QuickTime:GenreID:50000077"
-    "Books|Comics & Graphic Novels|Manga|Hard-Boiled""QuickTime:GenreID:50000078"
-    "Books|Comics & Graphic Novels|Manga|Heroes""QuickTime:GenreID:50000079"
-    "Books|Comics & Graphic Novels|Manga|Historical Fiction""QuickTime:GenreID:50000080"
-    "Books|Comics & Graphic Novels|Manga|Mecha""QuickTime:GenreID:50000081"
-    "Books|Comics & Graphic Novels|Manga|Mystery""QuickTime:GenreID:50000082"
-    "Books|Comics & Graphic Novels|Manga|Nonfiction""QuickTime:GenreID:50000083"
-    "Books|Comics & Graphic Novels|Manga|Religious""QuickTime:GenreID:50000084"
-    "Books|Comics & Graphic Novels|Manga|Romance""QuickTime:GenreID:50000085"
-    "Books|Comics & Graphic Novels|Manga|Romantic Comedy""QuickTime:GenreID:50000086"
-    "Books|Comics & Graphic Novels|Manga|Science Fiction""QuickTime:GenreID:50000087"
-    "Books|Comics & Graphic Novels|Manga|Sports""QuickTime:GenreID:50000088"
-    "Books|Fiction & Literature|Light Novels""QuickTime:GenreID:50000089"
-    "Books|Comics & Graphic Novels|Manga|Horror""QuickTime:GenreID:50000090"
-    "Books|Comics & Graphic Novels|Comics""QuickTime:GenreID:50000091""Books|Romance|Multicultural"
-    "QuickTime:GenreID:50000092""Audiobooks|Erotica""QuickTime:GenreID:50000093"
-    "Audiobooks|Light Novels""QuickTime:GenreID:501""Fitness Music|Pop""QuickTime:GenreID:502"
-    "Fitness Music|Dance""QuickTime:GenreID:503""Fitness Music|Hip-Hop""QuickTime:GenreID:504"
-    "Fitness Music|Rock""QuickTime:GenreID:505""Fitness Music|Alt/Indie""QuickTime:GenreID:506"
-    "Fitness Music|Latino""QuickTime:GenreID:507""Fitness Music|Country""QuickTime:GenreID:508"
-    "Fitness Music|World""QuickTime:GenreID:509""Fitness Music|New Age""QuickTime:GenreID:51"
-    "Music|Pop|K-Pop""QuickTime:GenreID:510""Fitness Music|Classical""QuickTime:GenreID:52"
-    "Music|Karaoke""QuickTime:GenreID:53""Music|Instrumental""QuickTime:GenreID:6""Music|Country"
-    "QuickTime:GenreID:6000""App Store|Business""QuickTime:GenreID:6001""App Store|Weather"
-    "QuickTime:GenreID:6002""App Store|Utilities""QuickTime:GenreID:6003""App Store|Travel"
-    "QuickTime:GenreID:6004""App Store|Sports""QuickTime:GenreID:6005""App Store|Social Networking"
-    "QuickTime:GenreID:6006""App Store|Reference""QuickTime:GenreID:6007""App Store|Productivity"
-    "QuickTime:GenreID:6008""App Store|Photo & Video""QuickTime:GenreID:6009""App Store|News"
-    "QuickTime:GenreID:6010""App Store|Navigation""QuickTime:GenreID:6011""App Store|Music"
-    "QuickTime:GenreID:6012""App Store|Lifestyle""QuickTime:GenreID:6013"
-    "App Store|Health & Fitness""QuickTime:GenreID:6014""App Store|Games""QuickTime:GenreID:6015"
-    "App Store|Finance""QuickTime:GenreID:6016""App Store|Entertainment""QuickTime:GenreID:6017"
-    "App Store|Education""QuickTime:GenreID:6018""App Store|Books""QuickTime:GenreID:6020"
-    "App Store|Medical""QuickTime:GenreID:6021""App Store|Magazines & Newspapers"
-    "QuickTime:GenreID:6022""App Store|Catalogs""QuickTime:GenreID:6023""App Store|Food & Drink"
-    "QuickTime:GenreID:6024""App Store|Shopping""QuickTime:GenreID:6025""App Store|Stickers"
-    "QuickTime:GenreID:6026""App Store|Developer Tools""QuickTime:GenreID:6027"
-    "App Store|Graphics & Design""QuickTime:GenreID:7""Music|Electronic""QuickTime:GenreID:7001"
-    "App Store|Games|Action""QuickTime:GenreID:7002""App Store|Games|Adventure"
-    "QuickTime:GenreID:7003""App Store|Games|Casual""QuickTime:GenreID:7004""App Store|Games|Board"
-    "QuickTime:GenreID:7005""App Store|Games|Card""QuickTime:GenreID:7006""App Store|Games|Casino"
-    "QuickTime:GenreID:7007""App Store|Games|Dice""QuickTime:GenreID:7008"
-    "App Store|Games|Educational""QuickTime:GenreID:7009""App Store|Games|Family"
-    "QuickTime:GenreID:7011""App Store|Games|Music""QuickTime:GenreID:7012""App Store|Games|Puzzle"
-    "QuickTime:GenreID:7013""App Store|Games|Racing""QuickTime:GenreID:7014"
-    "App Store|Games|Role Playing""QuickTime:GenreID:7015""App Store|Games|Simulation"
-    "QuickTime:GenreID:7016""App Store|Games|Sports""QuickTime:GenreID:7017"
-    "App Store|Games|Strategy""QuickTime:GenreID:7018""App Store|Games|Trivia"
-    "QuickTime:GenreID:7019""App Store|Games|Word""QuickTime:GenreID:74""Audiobooks|News"
-    "QuickTime:GenreID:75""Audiobooks|Programs & Performances""QuickTime:GenreID:8""Music|Holiday"
-    "QuickTime:GenreID:8001""Tones|Ringtones|Alternative""QuickTime:GenreID:8002"
-    "Tones|Ringtones|Blues""QuickTime:GenreID:8003""Tones|Ringtones|Children's Music"
-    "QuickTime:GenreID:8004""Tones|Ringtones|Classical""QuickTime:GenreID:8005"
-    "Tones|Ringtones|Comedy""QuickTime:GenreID:8006""Tones|Ringtones|Country"
-    "QuickTime:GenreID:8007""Tones|Ringtones|Dance""QuickTime:GenreID:8008"
-    "Tones|Ringtones|Electronic""QuickTime:GenreID:8009""Tones|Ringtones|Enka"
-    "QuickTime:GenreID:8010""Tones|Ringtones|French Pop""QuickTime:GenreID:8011"
-    "Tones|Ringtones|German Folk""QuickTime:GenreID:8012""Tones|Ringtones|German Pop"
-    "QuickTime:GenreID:8013""Tones|Ringtones|Hip-Hop/Rap""QuickTime:GenreID:8014"
-    "Tones|Ringtones|Holiday""QuickTime:GenreID:8015""Tones|Ringtones|Inspirational"
-    "QuickTime:GenreID:8016""Tones|Ringtones|J-Pop""QuickTime:GenreID:8017""Tones|Ringtones|Jazz"
-    "QuickTime:GenreID:8018""Tones|Ringtones|Kayokyoku""QuickTime:GenreID:8019"
-    "Tones|Ringtones|Latin""QuickTime:GenreID:8020""Tones|Ringtones|New Age""QuickTime:GenreID:8021"
-    "Tones|Ringtones|Classical|Opera""QuickTime:GenreID:8022""Tones|Ringtones|Pop"
-    "QuickTime:GenreID:8023""Tones|Ringtones|R&B/Soul""QuickTime:GenreID:8024"
-    "Tones|Ringtones|Reggae""QuickTime:GenreID:8025""Tones|Ringtones|Rock""QuickTime:GenreID:8026"
-    "Tones|Ringtones|Singer/Songwriter""QuickTime:GenreID:8027""Tones|Ringtones|Soundtrack"
-    "QuickTime:GenreID:8028""Tones|Ringtones|Spoken Word""QuickTime:GenreID:8029"
-    "Tones|Ringtones|Vocal""QuickTime:GenreID:8030""Tones|Ringtones|World""QuickTime:GenreID:8050"
-    "Tones|Alert Tones|Sound Effects""QuickTime:GenreID:8051""Tones|Alert Tones|Dialogue"
-    "QuickTime:GenreID:8052""Tones|Alert Tones|Music""QuickTime:GenreID:8053""Tones|Ringtones"
-    "QuickTime:GenreID:8054""Tones|Alert Tones""QuickTime:GenreID:8055"
-    "Tones|Ringtones|Alternative|Chinese Alt""QuickTime:GenreID:8056"
-    "Tones|Ringtones|Alternative|College Rock""QuickTime:GenreID:8057"
-    "Tones|Ringtones|Alternative|Goth Rock""QuickTime:GenreID:8058"
-    "Tones|Ringtones|Alternative|Grunge""QuickTime:GenreID:8059"
-    "Tones|Ringtones|Alternative|Indie Rock""QuickTime:GenreID:8060"
-    "Tones|Ringtones|Alternative|Korean Indie""QuickTime:GenreID:8061"
-    "Tones|Ringtones|Alternative|New Wave""QuickTime:GenreID:8062""Tones|Ringtones|Alternative|Punk"
-    "QuickTime:GenreID:8063""Tones|Ringtones|Anime""QuickTime:GenreID:8064""Tones|Ringtones|Arabic"
-    "QuickTime:GenreID:8065""Tones|Ringtones|Arabic|Arabic Pop""QuickTime:GenreID:8066"
-    "Tones|Ringtones|Arabic|Islamic""QuickTime:GenreID:8067""Tones|Ringtones|Arabic|Khaleeji"
-    "QuickTime:GenreID:8068""Tones|Ringtones|Arabic|North African""QuickTime:GenreID:8069"
-    "Tones|Ringtones|Blues|Acoustic Blues""QuickTime:GenreID:8070"
-    "Tones|Ringtones|Blues|Chicago Blues""QuickTime:GenreID:8071"
-    "Tones|Ringtones|Blues|Classic Blues""QuickTime:GenreID:8072"
-    "Tones|Ringtones|Blues|Contemporary Blues""QuickTime:GenreID:8073"
-    "Tones|Ringtones|Blues|Country Blues""QuickTime:GenreID:8074""Tones|Ringtones|Blues|Delta Blues"
-    "QuickTime:GenreID:8075""Tones|Ringtones|Blues|Electric Blues""QuickTime:GenreID:8076"
-    "Tones|Ringtones|Brazilian""QuickTime:GenreID:8077""Tones|Ringtones|Brazilian|Axe"
-    "QuickTime:GenreID:8078""Tones|Ringtones|Brazilian|Baile Funk""QuickTime:GenreID:8079"
-    "Tones|Ringtones|Brazilian|Bossa Nova""QuickTime:GenreID:8080""Tones|Ringtones|Brazilian|Choro"
-    "QuickTime:GenreID:8081""Tones|Ringtones|Brazilian|Forro""QuickTime:GenreID:8082"
-    "Tones|Ringtones|Brazilian|Frevo""QuickTime:GenreID:8083""Tones|Ringtones|Brazilian|MPB"
-    "QuickTime:GenreID:8084""Tones|Ringtones|Brazilian|Pagode""QuickTime:GenreID:8085"
-    "Tones|Ringtones|Brazilian|Samba""QuickTime:GenreID:8086""Tones|Ringtones|Brazilian|Sertanejo"
-    "QuickTime:GenreID:8087""Tones|Ringtones|Children's Music|Lullabies""QuickTime:GenreID:8088"
-    "Tones|Ringtones|Children's Music|Sing-Along""QuickTime:GenreID:8089"
-    "Tones|Ringtones|Children's Music|Stories""QuickTime:GenreID:8090""Tones|Ringtones|Chinese"
-    "QuickTime:GenreID:8091""Tones|Ringtones|Chinese|Chinese Classical""QuickTime:GenreID:8092"
-    "Tones|Ringtones|Chinese|Chinese Flute""QuickTime:GenreID:8093"
-    "Tones|Ringtones|Chinese|Chinese Opera""QuickTime:GenreID:8094"
-    "Tones|Ringtones|Chinese|Chinese Orchestral""QuickTime:GenreID:8095"
-    "Tones|Ringtones|Chinese|Chinese Regional Folk""QuickTime:GenreID:8096"
-    "Tones|Ringtones|Chinese|Chinese Strings""QuickTime:GenreID:8097"
-    "Tones|Ringtones|Chinese|Taiwanese Folk""QuickTime:GenreID:8098"
-    "Tones|Ringtones|Chinese|Tibetan Native Music""QuickTime:GenreID:8099"
-    "Tones|Ringtones|Christian & Gospel""QuickTime:GenreID:8100"
-    "Tones|Ringtones|Christian & Gospel|CCM""QuickTime:GenreID:8101"
-    "Tones|Ringtones|Christian & Gospel|Christian Metal""QuickTime:GenreID:8102"
-    "Tones|Ringtones|Christian & Gospel|Christian Pop""QuickTime:GenreID:8103"
-    "Tones|Ringtones|Christian & Gospel|Christian Rap""QuickTime:GenreID:8104"
-    "Tones|Ringtones|Christian & Gospel|Christian Rock""QuickTime:GenreID:8105"
-    "Tones|Ringtones|Christian & Gospel|Classic Christian""QuickTime:GenreID:8106"
-    "Tones|Ringtones|Christian & Gospel|Contemporary Gospel""QuickTime:GenreID:8107"
-    "Tones|Ringtones|Christian & Gospel|Gospel""QuickTime:GenreID:8108"
-    "Tones|Ringtones|Christian & Gospel|Praise & Worship""QuickTime:GenreID:8109"
-    "Tones|Ringtones|Christian & Gospel|Southern Gospel""QuickTime:GenreID:8110"
-    "Tones|Ringtones|Christian & Gospel|Traditional Gospel""QuickTime:GenreID:8111"
-    "Tones|Ringtones|Classical|Avant-Garde""QuickTime:GenreID:8112"
-    "Tones|Ringtones|Classical|Baroque Era""QuickTime:GenreID:8113"
-    "Tones|Ringtones|Classical|Chamber Music""QuickTime:GenreID:8114"
-    "Tones|Ringtones|Classical|Chant""QuickTime:GenreID:8115""Tones|Ringtones|Classical|Choral"
-    "QuickTime:GenreID:8116""Tones|Ringtones|Classical|Classical Crossover""QuickTime:GenreID:8117"
-    "Tones|Ringtones|Classical|Early Music""QuickTime:GenreID:8118"
-    "Tones|Ringtones|Classical|High Classical""QuickTime:GenreID:8119"
-    "Tones|Ringtones|Classical|Impressionist""QuickTime:GenreID:8120"
-    "Tones|Ringtones|Classical|Medieval Era""QuickTime:GenreID:8121"
-    "Tones|Ringtones|Classical|Minimalism""QuickTime:GenreID:8122"
-    "Tones|Ringtones|Classical|Modern Era""QuickTime:GenreID:8123"
-    "Tones|Ringtones|Classical|Orchestral""QuickTime:GenreID:8124"
-    "Tones|Ringtones|Classical|Renaissance""QuickTime:GenreID:8125"
-    "Tones|Ringtones|Classical|Romantic Era""QuickTime:GenreID:8126"
-    "Tones|Ringtones|Classical|Wedding Music""QuickTime:GenreID:8127"
-    "Tones|Ringtones|Comedy|Novelty""QuickTime:GenreID:8128""Tones|Ringtones|Comedy|Standup Comedy"
-    "QuickTime:GenreID:8129""Tones|Ringtones|Country|Alternative Country""QuickTime:GenreID:8130"
-    "Tones|Ringtones|Country|Americana""QuickTime:GenreID:8131""Tones|Ringtones|Country|Bluegrass"
-    "QuickTime:GenreID:8132""Tones|Ringtones|Country|Contemporary Bluegrass""QuickTime:GenreID:8133"
-    "Tones|Ringtones|Country|Contemporary Country""QuickTime:GenreID:8134"
-    "Tones|Ringtones|Country|Country Gospel""QuickTime:GenreID:8135"
-    "Tones|Ringtones|Country|Honky Tonk""QuickTime:GenreID:8136"
-    "Tones|Ringtones|Country|Outlaw Country""QuickTime:GenreID:8137"
-    "Tones|Ringtones|Country|Thai Country""QuickTime:GenreID:8138"
-    "Tones|Ringtones|Country|Traditional Bluegrass""QuickTime:GenreID:8139"
-    "Tones|Ringtones|Country|Traditional Country""QuickTime:GenreID:8140"
-    "Tones|Ringtones|Country|Urban Cowboy""QuickTime:GenreID:8141""Tones|Ringtones|Dance|Breakbeat"
-    "QuickTime:GenreID:8142""Tones|Ringtones|Dance|Exercise""QuickTime:GenreID:8143"
-    "Tones|Ringtones|Dance|Garage""QuickTime:GenreID:8144""Tones|Ringtones|Dance|Hardcore"
-    "QuickTime:GenreID:8145""Tones|Ringtones|Dance|House""QuickTime:GenreID:8146"
-    "Tones|Ringtones|Dance|Jungle/Drum'n'bass""QuickTime:GenreID:8147""Tones|Ringtones|Dance|Techno"
-    "QuickTime:GenreID:8148""Tones|Ringtones|Dance|Trance""QuickTime:GenreID:8149"
-    "Tones|Ringtones|Disney""QuickTime:GenreID:8150""Tones|Ringtones|Easy Listening"
-    "QuickTime:GenreID:8151""Tones|Ringtones|Easy Listening|Lounge""QuickTime:GenreID:8152"
-    "Tones|Ringtones|Easy Listening|Swing""QuickTime:GenreID:8153"
-    "Tones|Ringtones|Electronic|Ambient""QuickTime:GenreID:8154"
-    "Tones|Ringtones|Electronic|Downtempo""QuickTime:GenreID:8155"
-    "Tones|Ringtones|Electronic|Electronica""QuickTime:GenreID:8156"
-    "Tones|Ringtones|Electronic|IDM/Experimental""QuickTime:GenreID:8157"
-    "Tones|Ringtones|Electronic|Industrial""QuickTime:GenreID:8158"
-    "Tones|Ringtones|Fitness & Workout""QuickTime:GenreID:8159""Tones|Ringtones|Folk"
-    "QuickTime:GenreID:8160""Tones|Ringtones|Hip-Hop/Rap|Alternative Rap""QuickTime:GenreID:8161"
-    "Tones|Ringtones|Hip-Hop/Rap|Chinese Hip-Hop""QuickTime:GenreID:8162"
-    "Tones|Ringtones|Hip-Hop/Rap|Dirty South""QuickTime:GenreID:8163"
-    "Tones|Ringtones|Hip-Hop/Rap|East Coast Rap""QuickTime:GenreID:8164"
-    "Tones|Ringtones|Hip-Hop/Rap|Gangsta Rap""QuickTime:GenreID:8165"
-    "Tones|Ringtones|Hip-Hop/Rap|Hardcore Rap""QuickTime:GenreID:8166"
-    "Tones|Ringtones|Hip-Hop/Rap|Hip-Hop""QuickTime:GenreID:8167"
-    "Tones|Ringtones|Hip-Hop/Rap|Korean Hip-Hop""QuickTime:GenreID:8168"
-    "Tones|Ringtones|Hip-Hop/Rap|Latin Rap""QuickTime:GenreID:8169"
-    "Tones|Ringtones|Hip-Hop/Rap|Old School Rap""QuickTime:GenreID:8170"
-    "Tones|Ringtones|Hip-Hop/Rap|Rap""QuickTime:GenreID:8171"
-    "Tones|Ringtones|Hip-Hop/Rap|Underground Rap""QuickTime:GenreID:8172"
-    "Tones|Ringtones|Hip-Hop/Rap|West Coast Rap""QuickTime:GenreID:8173"
-    "Tones|Ringtones|Holiday|Chanukah""QuickTime:GenreID:8174""Tones|Ringtones|Holiday|Christmas"
-    "QuickTime:GenreID:8175""Tones|Ringtones|Holiday|Christmas: Children's""QuickTime:GenreID:8176"
-    "Tones|Ringtones|Holiday|Christmas: Classic""QuickTime:GenreID:8177"
-    "Tones|Ringtones|Holiday|Christmas: Classical""QuickTime:GenreID:8178"
-    "Tones|Ringtones|Holiday|Christmas: Jazz""QuickTime:GenreID:8179"
-    "Tones|Ringtones|Holiday|Christmas: Modern""QuickTime:GenreID:8180"
-    "Tones|Ringtones|Holiday|Christmas: Pop""QuickTime:GenreID:8181"
-    "Tones|Ringtones|Holiday|Christmas: R&B""QuickTime:GenreID:8182"
-    "Tones|Ringtones|Holiday|Christmas: Religious""QuickTime:GenreID:8183"
-    "Tones|Ringtones|Holiday|Christmas: Rock""QuickTime:GenreID:8184"
-    "Tones|Ringtones|Holiday|Easter""QuickTime:GenreID:8185""Tones|Ringtones|Holiday|Halloween"
-    "QuickTime:GenreID:8186""Tones|Ringtones|Holiday|Thanksgiving""QuickTime:GenreID:8187"
-    "Tones|Ringtones|Indian""QuickTime:GenreID:8188""Tones|Ringtones|Indian|Bollywood"
-    "QuickTime:GenreID:8189""Tones|Ringtones|Indian|Devotional & Spiritual""QuickTime:GenreID:8190"
-    "Tones|Ringtones|Indian|Ghazals""QuickTime:GenreID:8191"
-    "Tones|Ringtones|Indian|Indian Classical""QuickTime:GenreID:8192"
-    "Tones|Ringtones|Indian|Indian Folk""QuickTime:GenreID:8193""Tones|Ringtones|Indian|Indian Pop"
-    "QuickTime:GenreID:8194""Tones|Ringtones|Indian|Regional Indian""QuickTime:GenreID:8195"
-    "Tones|Ringtones|Indian|Sufi""QuickTime:GenreID:8196"
-    "Tones|Ringtones|Indian|Regional Indian|Tamil""QuickTime:GenreID:8197"
-    "Tones|Ringtones|Indian|Regional Indian|Telugu""QuickTime:GenreID:8198"
-    "Tones|Ringtones|Instrumental""QuickTime:GenreID:8199""Tones|Ringtones|Jazz|Avant-Garde Jazz"
-    "QuickTime:GenreID:8201""Tones|Ringtones|Jazz|Big Band""QuickTime:GenreID:8202"
-    "Tones|Ringtones|Jazz|Bop""QuickTime:GenreID:8203""Tones|Ringtones|Jazz|Contemporary Jazz"
-    "QuickTime:GenreID:8204""Tones|Ringtones|Jazz|Cool Jazz""QuickTime:GenreID:8205"
-    "Tones|Ringtones|Jazz|Crossover Jazz""QuickTime:GenreID:8206""Tones|Ringtones|Jazz|Dixieland"
-    "QuickTime:GenreID:8207""Tones|Ringtones|Jazz|Fusion""QuickTime:GenreID:8208"
-    "Tones|Ringtones|Jazz|Hard Bop""QuickTime:GenreID:8209""Tones|Ringtones|Jazz|Latin Jazz"
-    "QuickTime:GenreID:8210""Tones|Ringtones|Jazz|Mainstream Jazz""QuickTime:GenreID:8211"
-    "Tones|Ringtones|Jazz|Ragtime""QuickTime:GenreID:8212""Tones|Ringtones|Jazz|Smooth Jazz"
-    "QuickTime:GenreID:8213""Tones|Ringtones|Jazz|Trad Jazz""QuickTime:GenreID:8214"
-    "Tones|Ringtones|Pop|K-Pop""QuickTime:GenreID:8215""Tones|Ringtones|Karaoke"
-    "QuickTime:GenreID:8216""Tones|Ringtones|Korean""QuickTime:GenreID:8217"
-    "Tones|Ringtones|Korean|Korean Classical""QuickTime:GenreID:8218"
-    "Tones|Ringtones|Korean|Korean Trad Instrumental""QuickTime:GenreID:8219"
-    "Tones|Ringtones|Korean|Korean Trad Song""QuickTime:GenreID:8220"
-    "Tones|Ringtones|Korean|Korean Trad Theater""QuickTime:GenreID:8221"
-    "Tones|Ringtones|Latin|Alternative & Rock in Spanish""QuickTime:GenreID:8222"
-    "Tones|Ringtones|Latin|Baladas y Boleros""QuickTime:GenreID:8223"
-    "Tones|Ringtones|Latin|Contemporary Latin""QuickTime:GenreID:8224"
-    "Tones|Ringtones|Latin|Latin Jazz""QuickTime:GenreID:8225""Tones|Ringtones|Latin|Latin Urban"
-    "QuickTime:GenreID:8226""Tones|Ringtones|Latin|Pop in Spanish""QuickTime:GenreID:8227"
-    "Tones|Ringtones|Latin|Raices""QuickTime:GenreID:8228""Tones|Ringtones|Latin|Musica Mexicana"
-    "QuickTime:GenreID:8229""Tones|Ringtones|Latin|Salsa y Tropical""QuickTime:GenreID:8230"
-    "Tones|Ringtones|Marching Bands""QuickTime:GenreID:8231""Tones|Ringtones|New Age|Healing"
-    "QuickTime:GenreID:8232""Tones|Ringtones|New Age|Meditation""QuickTime:GenreID:8233"
-    "Tones|Ringtones|New Age|Nature""QuickTime:GenreID:8234""Tones|Ringtones|New Age|Relaxation"
-    "QuickTime:GenreID:8235""Tones|Ringtones|New Age|Travel""QuickTime:GenreID:8236"
-    "Tones|Ringtones|Orchestral""QuickTime:GenreID:8237""Tones|Ringtones|Pop|Adult Contemporary"
-    "QuickTime:GenreID:8238""Tones|Ringtones|Pop|Britpop""QuickTime:GenreID:8239"
-    "Tones|Ringtones|Pop|C-Pop""QuickTime:GenreID:8240""Tones|Ringtones|Pop|Cantopop/HK-Pop"
-    "QuickTime:GenreID:8241""Tones|Ringtones|Pop|Indo Pop""QuickTime:GenreID:8242"
-    "Tones|Ringtones|Pop|Korean Folk-Pop""QuickTime:GenreID:8243""Tones|Ringtones|Pop|Malaysian Pop"
-    "QuickTime:GenreID:8244""Tones|Ringtones|Pop|Mandopop""QuickTime:GenreID:8245"
-    "Tones|Ringtones|Pop|Manilla Sound""QuickTime:GenreID:8246""Tones|Ringtones|Pop|Oldies"
-    "QuickTime:GenreID:8247""Tones|Ringtones|Pop|Original Pilipino Music""QuickTime:GenreID:8248"
-    "Tones|Ringtones|Pop|Pinoy Pop""QuickTime:GenreID:8249""Tones|Ringtones|Pop|Pop/Rock"
-    "QuickTime:GenreID:8250""Tones|Ringtones|Pop|Soft Rock""QuickTime:GenreID:8251"
-    "Tones|Ringtones|Pop|Tai-Pop""QuickTime:GenreID:8252""Tones|Ringtones|Pop|Teen Pop"
-    "QuickTime:GenreID:8253""Tones|Ringtones|Pop|Thai Pop""QuickTime:GenreID:8254"
-    "Tones|Ringtones|R&B/Soul|Contemporary R&B""QuickTime:GenreID:8255"
-    "Tones|Ringtones|R&B/Soul|Disco""QuickTime:GenreID:8256""Tones|Ringtones|R&B/Soul|Doo Wop"
-    "QuickTime:GenreID:8257""Tones|Ringtones|R&B/Soul|Funk""QuickTime:GenreID:8258"
-    "Tones|Ringtones|R&B/Soul|Motown""QuickTime:GenreID:8259""Tones|Ringtones|R&B/Soul|Neo-Soul"
-    "QuickTime:GenreID:8260""Tones|Ringtones|R&B/Soul|Soul""QuickTime:GenreID:8261"
-    "Tones|Ringtones|Reggae|Modern Dancehall""QuickTime:GenreID:8262""Tones|Ringtones|Reggae|Dub"
-    "QuickTime:GenreID:8263""Tones|Ringtones|Reggae|Roots Reggae""QuickTime:GenreID:8264"
-    "Tones|Ringtones|Reggae|Ska""QuickTime:GenreID:8265""Tones|Ringtones|Rock|Adult Alternative"
-    "QuickTime:GenreID:8266""Tones|Ringtones|Rock|American Trad Rock""QuickTime:GenreID:8267"
-    "Tones|Ringtones|Rock|Arena Rock""QuickTime:GenreID:8268""Tones|Ringtones|Rock|Blues-Rock"
-    "QuickTime:GenreID:8269""Tones|Ringtones|Rock|British Invasion""QuickTime:GenreID:8270"
-    "Tones|Ringtones|Rock|Chinese Rock""QuickTime:GenreID:8271"
-    "Tones|Ringtones|Rock|Death Metal/Black Metal""QuickTime:GenreID:8272"
-    "Tones|Ringtones|Rock|Glam Rock""QuickTime:GenreID:8273""Tones|Ringtones|Rock|Hair Metal"
-    "QuickTime:GenreID:8274""Tones|Ringtones|Rock|Hard Rock""QuickTime:GenreID:8275"
-    "Tones|Ringtones|Rock|Metal""QuickTime:GenreID:8276""Tones|Ringtones|Rock|Jam Bands"
-    "QuickTime:GenreID:8277""Tones|Ringtones|Rock|Korean Rock""QuickTime:GenreID:8278"
-    "Tones|Ringtones|Rock|Prog-Rock/Art Rock""QuickTime:GenreID:8279"
-    "Tones|Ringtones|Rock|Psychedelic""QuickTime:GenreID:8280""Tones|Ringtones|Rock|Rock & Roll"
-    "QuickTime:GenreID:8281""Tones|Ringtones|Rock|Rockabilly""QuickTime:GenreID:8282"
-    "Tones|Ringtones|Rock|Roots Rock""QuickTime:GenreID:8283"
-    "Tones|Ringtones|Rock|Singer/Songwriter""QuickTime:GenreID:8284"
-    "Tones|Ringtones|Rock|Southern Rock""QuickTime:GenreID:8285""Tones|Ringtones|Rock|Surf"
-    "QuickTime:GenreID:8286""Tones|Ringtones|Rock|Tex-Mex""QuickTime:GenreID:8287"
-    "Tones|Ringtones|Singer/Songwriter|Alternative Folk""QuickTime:GenreID:8288"
-    "Tones|Ringtones|Singer/Songwriter|Contemporary Folk""QuickTime:GenreID:8289"
-    "Tones|Ringtones|Singer/Songwriter|Contemporary Singer/Songwriter""QuickTime:GenreID:8290"
-    "Tones|Ringtones|Singer/Songwriter|Folk-Rock""QuickTime:GenreID:8291"
-    "Tones|Ringtones|Singer/Songwriter|New Acoustic""QuickTime:GenreID:8292"
-    "Tones|Ringtones|Singer/Songwriter|Traditional Folk""QuickTime:GenreID:8293"
-    "Tones|Ringtones|Soundtrack|Foreign Cinema""QuickTime:GenreID:8294"
-    "Tones|Ringtones|Soundtrack|Musicals""QuickTime:GenreID:8295"
-    "Tones|Ringtones|Soundtrack|Original Score""QuickTime:GenreID:8296"
-    "Tones|Ringtones|Soundtrack|Sound Effects""QuickTime:GenreID:8297"
-    "Tones|Ringtones|Soundtrack|Soundtrack""QuickTime:GenreID:8298"
-    "Tones|Ringtones|Soundtrack|TV Soundtrack""QuickTime:GenreID:8299"
-    "Tones|Ringtones|Vocal|Standards""QuickTime:GenreID:8300""Tones|Ringtones|Vocal|Traditional Pop"
-    "QuickTime:GenreID:8301""Tones|Ringtones|Vocal|Trot""QuickTime:GenreID:8302"
-    "Tones|Ringtones|Jazz|Vocal Jazz""QuickTime:GenreID:8303""Tones|Ringtones|Vocal|Vocal Pop"
-    "QuickTime:GenreID:8304""Tones|Ringtones|African""QuickTime:GenreID:8305"
-    "Tones|Ringtones|African|Afrikaans""QuickTime:GenreID:8306""Tones|Ringtones|African|Afro-Beat"
-    "QuickTime:GenreID:8307""Tones|Ringtones|African|Afro-Pop""QuickTime:GenreID:8308"
-    "Tones|Ringtones|Turkish|Arabesque""QuickTime:GenreID:8309""Tones|Ringtones|World|Asia"
-    "QuickTime:GenreID:8310""Tones|Ringtones|World|Australia""QuickTime:GenreID:8311"
-    "Tones|Ringtones|World|Cajun""QuickTime:GenreID:8312""Tones|Ringtones|World|Calypso"
-    "QuickTime:GenreID:8313""Tones|Ringtones|World|Caribbean""QuickTime:GenreID:8314"
-    "Tones|Ringtones|World|Celtic""QuickTime:GenreID:8315""Tones|Ringtones|World|Celtic Folk"
-    "QuickTime:GenreID:8316""Tones|Ringtones|World|Contemporary Celtic""QuickTime:GenreID:8317"
-    "Tones|Ringtones|World|Dangdut""QuickTime:GenreID:8318""Tones|Ringtones|World|Dini"
-    "QuickTime:GenreID:8319""Tones|Ringtones|World|Europe""QuickTime:GenreID:8320"
-    "Tones|Ringtones|World|Fado""QuickTime:GenreID:8321""Tones|Ringtones|World|Farsi"
-    "QuickTime:GenreID:8322""Tones|Ringtones|World|Flamenco""QuickTime:GenreID:8323"
-    "Tones|Ringtones|World|France""QuickTime:GenreID:8324""Tones|Ringtones|Turkish|Halk"
-    "QuickTime:GenreID:8325""Tones|Ringtones|World|Hawaii""QuickTime:GenreID:8326"
-    "Tones|Ringtones|World|Iberia""QuickTime:GenreID:8327"
-    "Tones|Ringtones|World|Indonesian Religious""QuickTime:GenreID:8328"
-    "Tones|Ringtones|World|Israeli""QuickTime:GenreID:8329""Tones|Ringtones|World|Japan"
-    "QuickTime:GenreID:8330""Tones|Ringtones|World|Klezmer""QuickTime:GenreID:8331"
-    "Tones|Ringtones|World|North America""QuickTime:GenreID:8332""Tones|Ringtones|World|Polka"
-    "QuickTime:GenreID:8333""Tones|Ringtones|Russian""QuickTime:GenreID:8334"
-    "Tones|Ringtones|Russian|Russian Chanson""QuickTime:GenreID:8335""Tones|Ringtones|Turkish|Sanat"
-    "QuickTime:GenreID:8336""Tones|Ringtones|World|Soca""QuickTime:GenreID:8337"
-    "Tones|Ringtones|World|South Africa""QuickTime:GenreID:8338"
-    "Tones|Ringtones|World|South America""QuickTime:GenreID:8339""Tones|Ringtones|World|Tango"
-    "QuickTime:GenreID:8340""Tones|Ringtones|World|Traditional Celtic""QuickTime:GenreID:8341"
-    "Tones|Ringtones|Turkish""QuickTime:GenreID:8342""Tones|Ringtones|World|Worldbeat"
-    "QuickTime:GenreID:8343""Tones|Ringtones|World|Zydeco""QuickTime:GenreID:8345"
-    "Tones|Ringtones|Classical|Art Song""QuickTime:GenreID:8346"
-    "Tones|Ringtones|Classical|Brass & Woodwinds""QuickTime:GenreID:8347"
-    "Tones|Ringtones|Classical|Solo Instrumental""QuickTime:GenreID:8348"
-    "Tones|Ringtones|Classical|Contemporary Era""QuickTime:GenreID:8349"
-    "Tones|Ringtones|Classical|Oratorio""QuickTime:GenreID:8350""Tones|Ringtones|Classical|Cantata"
-    "QuickTime:GenreID:8351""Tones|Ringtones|Classical|Electronic""QuickTime:GenreID:8352"
-    "Tones|Ringtones|Classical|Sacred""QuickTime:GenreID:8353""Tones|Ringtones|Classical|Guitar"
-    "QuickTime:GenreID:8354""Tones|Ringtones|Classical|Piano""QuickTime:GenreID:8355"
-    "Tones|Ringtones|Classical|Violin""QuickTime:GenreID:8356""Tones|Ringtones|Classical|Cello"
-    "QuickTime:GenreID:8357""Tones|Ringtones|Classical|Percussion""QuickTime:GenreID:8358"
-    "Tones|Ringtones|Electronic|Dubstep""QuickTime:GenreID:8359""Tones|Ringtones|Electronic|Bass"
-    "QuickTime:GenreID:8360""Tones|Ringtones|Hip-Hop/Rap|UK Hip Hop""QuickTime:GenreID:8361"
-    "Tones|Ringtones|Reggae|Lovers Rock""QuickTime:GenreID:8362""Tones|Ringtones|Alternative|EMO"
-    "QuickTime:GenreID:8363""Tones|Ringtones|Alternative|Pop Punk""QuickTime:GenreID:8364"
-    "Tones|Ringtones|Alternative|Indie Pop""QuickTime:GenreID:8365""Tones|Ringtones|New Age|Yoga"
-    "QuickTime:GenreID:8366""Tones|Ringtones|Pop|Tribute""QuickTime:GenreID:8367"
-    "Tones|Ringtones|Pop|Shows""QuickTime:GenreID:8368""Tones|Ringtones|Cuban"
-    "QuickTime:GenreID:8369""Tones|Ringtones|Cuban|Mambo""QuickTime:GenreID:8370"
-    "Tones|Ringtones|Cuban|Chachacha""QuickTime:GenreID:8371""Tones|Ringtones|Cuban|Guajira"
-    "QuickTime:GenreID:8372""Tones|Ringtones|Cuban|Son""QuickTime:GenreID:8373"
-    "Tones|Ringtones|Cuban|Bolero""QuickTime:GenreID:8374""Tones|Ringtones|Cuban|Guaracha"
-    "QuickTime:GenreID:8375""Tones|Ringtones|Cuban|Timba""QuickTime:GenreID:8376"
-    "Tones|Ringtones|Soundtrack|Video Game""QuickTime:GenreID:8377"
-    "Tones|Ringtones|Indian|Regional Indian|Punjabi|Punjabi Pop""QuickTime:GenreID:8378"
-    "Tones|Ringtones|Indian|Regional Indian|Bengali|Rabindra Sangeet""QuickTime:GenreID:8379"
-    "Tones|Ringtones|Indian|Regional Indian|Malayalam""QuickTime:GenreID:8380"
-    "Tones|Ringtones|Indian|Regional Indian|Kannada""QuickTime:GenreID:8381"
-    "Tones|Ringtones|Indian|Regional Indian|Marathi""QuickTime:GenreID:8382"
-    "Tones|Ringtones|Indian|Regional Indian|Gujarati""QuickTime:GenreID:8383"
-    "Tones|Ringtones|Indian|Regional Indian|Assamese""QuickTime:GenreID:8384"
-    "Tones|Ringtones|Indian|Regional Indian|Bhojpuri""QuickTime:GenreID:8385"
-    "Tones|Ringtones|Indian|Regional Indian|Haryanvi""QuickTime:GenreID:8386"
-    "Tones|Ringtones|Indian|Regional Indian|Odia""QuickTime:GenreID:8387"
-    "Tones|Ringtones|Indian|Regional Indian|Rajasthani""QuickTime:GenreID:8388"
-    "Tones|Ringtones|Indian|Regional Indian|Urdu""QuickTime:GenreID:8389"
-    "Tones|Ringtones|Indian|Regional Indian|Punjabi""QuickTime:GenreID:8390"
-    "Tones|Ringtones|Indian|Regional Indian|Bengali""QuickTime:GenreID:8391"
-    "Tones|Ringtones|Indian|Indian Classical|Carnatic Classical""QuickTime:GenreID:8392"
-    "Tones|Ringtones|Indian|Indian Classical|Hindustani Classical""QuickTime:GenreID:8393"
-    "Tones|Ringtones|African|Afro House""QuickTime:GenreID:8394""Tones|Ringtones|African|Afro Soul"
-    "QuickTime:GenreID:8395""Tones|Ringtones|African|Afrobeats""QuickTime:GenreID:8396"
-    "Tones|Ringtones|African|Benga""QuickTime:GenreID:8397""Tones|Ringtones|African|Bongo-Flava"
-    "QuickTime:GenreID:8398""Tones|Ringtones|African|Coupe-Decale""QuickTime:GenreID:8399"
-    "Tones|Ringtones|African|Gqom""QuickTime:GenreID:8400""Tones|Ringtones|African|Highlife"
-    "QuickTime:GenreID:8401""Tones|Ringtones|African|Kuduro""QuickTime:GenreID:8402"
-    "Tones|Ringtones|African|Kizomba""QuickTime:GenreID:8403""Tones|Ringtones|African|Kwaito"
-    "QuickTime:GenreID:8404""Tones|Ringtones|African|Mbalax""QuickTime:GenreID:8405"
-    "Tones|Ringtones|African|Ndombolo""QuickTime:GenreID:8406"
-    "Tones|Ringtones|African|Shangaan Electro""QuickTime:GenreID:8407"
-    "Tones|Ringtones|African|Soukous""QuickTime:GenreID:8408""Tones|Ringtones|African|Taarab"
-    "QuickTime:GenreID:8409""Tones|Ringtones|African|Zouglou""QuickTime:GenreID:8410"
-    "Tones|Ringtones|Turkish|Ozgun""QuickTime:GenreID:8411""Tones|Ringtones|Turkish|Fantezi"
-    "QuickTime:GenreID:8412""Tones|Ringtones|Turkish|Religious""QuickTime:GenreID:8413"
-    "Tones|Ringtones|Pop|Turkish Pop""QuickTime:GenreID:8414""Tones|Ringtones|Rock|Turkish Rock"
-    "QuickTime:GenreID:8415""Tones|Ringtones|Alternative|Turkish Alternative"
-    "QuickTime:GenreID:8416""Tones|Ringtones|Hip-Hop/Rap|Turkish Hip-Hop/Rap"
-    "QuickTime:GenreID:8417""Tones|Ringtones|African|Maskandi""QuickTime:GenreID:8418"
-    "Tones|Ringtones|Russian|Russian Romance""QuickTime:GenreID:8419"
-    "Tones|Ringtones|Russian|Russian Bard""QuickTime:GenreID:8420"
-    "Tones|Ringtones|Russian|Russian Pop""QuickTime:GenreID:8421"
-    "Tones|Ringtones|Russian|Russian Rock""QuickTime:GenreID:8422"
-    "Tones|Ringtones|Russian|Russian Hip-Hop""QuickTime:GenreID:8423""Tones|Ringtones|Arabic|Levant"
-    "QuickTime:GenreID:8424""Tones|Ringtones|Arabic|Levant|Dabke""QuickTime:GenreID:8425"
-    "Tones|Ringtones|Arabic|Maghreb Rai""QuickTime:GenreID:8426"
-    "Tones|Ringtones|Arabic|Khaleeji|Khaleeji Jalsat""QuickTime:GenreID:8427"
-    "Tones|Ringtones|Arabic|Khaleeji|Khaleeji Shailat""QuickTime:GenreID:8428"
-    "Tones|Ringtones|Tarab""QuickTime:GenreID:8429""Tones|Ringtones|Tarab|Iraqi Tarab"
-    "QuickTime:GenreID:8430""Tones|Ringtones|Tarab|Egyptian Tarab""QuickTime:GenreID:8431"
-    "Tones|Ringtones|Tarab|Khaleeji Tarab""QuickTime:GenreID:8432""Tones|Ringtones|Pop|Levant Pop"
-    "QuickTime:GenreID:8433""Tones|Ringtones|Pop|Iraqi Pop""QuickTime:GenreID:8434"
-    "Tones|Ringtones|Pop|Egyptian Pop""QuickTime:GenreID:8435""Tones|Ringtones|Pop|Maghreb Pop"
-    "QuickTime:GenreID:8436""Tones|Ringtones|Pop|Khaleeji Pop""QuickTime:GenreID:8437"
-    "Tones|Ringtones|Hip-Hop/Rap|Levant Hip-Hop""QuickTime:GenreID:8438"
-    "Tones|Ringtones|Hip-Hop/Rap|Egyptian Hip-Hop""QuickTime:GenreID:8439"
-    "Tones|Ringtones|Hip-Hop/Rap|Maghreb Hip-Hop""QuickTime:GenreID:8440"
-    "Tones|Ringtones|Hip-Hop/Rap|Khaleeji Hip-Hop""QuickTime:GenreID:8441"
-    "Tones|Ringtones|Alternative|Indie Levant""QuickTime:GenreID:8442"
-    "Tones|Ringtones|Alternative|Indie Egyptian""QuickTime:GenreID:8443"
-    "Tones|Ringtones|Alternative|Indie Maghreb""QuickTime:GenreID:8444"
-    "Tones|Ringtones|Electronic|Levant Electronic""QuickTime:GenreID:8445"
-    "Tones|Ringtones|Electronic|Electro-Cha'abi""QuickTime:GenreID:8446"
-    "Tones|Ringtones|Electronic|Maghreb Electronic""QuickTime:GenreID:8447"
-    "Tones|Ringtones|Folk|Iraqi Folk""QuickTime:GenreID:8448""Tones|Ringtones|Folk|Khaleeji Folk"
-    "QuickTime:GenreID:8449""Tones|Ringtones|Dance|Maghreb Dance""QuickTime:GenreID:9"
-    "QuickTime:GenreID:9002""Books|Nonfiction""QuickTime:GenreID:9003""Books|Romance"
-    "QuickTime:GenreID:9004""Books|Travel & Adventure""QuickTime:GenreID:9007"
-    "Books|Arts & Entertainment""QuickTime:GenreID:9008""Books|Biographies & Memoirs"
-    "QuickTime:GenreID:9009""Books|Business & Personal Finance""QuickTime:GenreID:9010"
-    "Books|Children & Teens""QuickTime:GenreID:9012""Books|Humor""QuickTime:GenreID:9015"
-    "Books|History""QuickTime:GenreID:9018""Books|Religion & Spirituality""QuickTime:GenreID:9019"
-    "Books|Science & Nature""QuickTime:GenreID:9020""Books|Sci-Fi & Fantasy""QuickTime:GenreID:9024"
-    "Books|Lifestyle & Home""QuickTime:GenreID:9025""Books|Self-Development""QuickTime:GenreID:9026"
-    "Books|Comics & Graphic Novels""QuickTime:GenreID:9027""Books|Computers & Internet"
-    "QuickTime:GenreID:9028""Books|Cookbooks, Food & Wine""QuickTime:GenreID:9029"
-    "Books|Professional & Technical""QuickTime:GenreID:9030""Books|Parenting"
-    "QuickTime:GenreID:9031""Books|Fiction & Literature""QuickTime:GenreID:9032"
-    "Books|Mysteries & Thrillers""QuickTime:GenreID:9033""Books|Reference""QuickTime:GenreID:9034"
-    "Books|Politics & Current Events""QuickTime:GenreID:9035""Books|Sports & Outdoors"
-    "QuickTime:GimbalPitch""Gimbal Pitch""QuickTime:GimbalRoll""Gimbal Roll""QuickTime:GimbalYaw"
-    "Gimbal Yaw""QuickTime:GivenName""Given Name""QuickTime:GoProType""Go Pro Type"
-    "QuickTime:GoogleHostHeader""Google Host Header""QuickTime:GooglePingMessage"
-    "Google Ping Message""QuickTime:GooglePingURL""Google Ping URL""QuickTime:GoogleSourceData"
-    "Google Source Data""QuickTime:GoogleStartTime""Google Start Time"
-    "QuickTime:GoogleTrackDuration""Google Track Duration""QuickTime:GraphicsMode""Graphics Mode"
-    "QuickTime:GraphicsMode:0""QuickTime:GraphicsMode:1""QuickTime:GraphicsMode:10"
-    "QuickTime:GraphicsMode:11""QuickTime:GraphicsMode:12""QuickTime:GraphicsMode:13"
-    "QuickTime:GraphicsMode:14""QuickTime:GraphicsMode:15""QuickTime:GraphicsMode:2"
-    "QuickTime:GraphicsMode:256""QuickTime:GraphicsMode:257""QuickTime:GraphicsMode:258"
-    "QuickTime:GraphicsMode:272""QuickTime:GraphicsMode:3""QuickTime:GraphicsMode:32"
-    "QuickTime:GraphicsMode:33""QuickTime:GraphicsMode:34""QuickTime:GraphicsMode:35"
-    "QuickTime:GraphicsMode:36""QuickTime:GraphicsMode:37""QuickTime:GraphicsMode:38"
-    "QuickTime:GraphicsMode:39""QuickTime:GraphicsMode:4""QuickTime:GraphicsMode:49"
-    "QuickTime:GraphicsMode:5""QuickTime:GraphicsMode:50""QuickTime:GraphicsMode:6"
-    "QuickTime:GraphicsMode:64""QuickTime:GraphicsMode:7""QuickTime:GraphicsMode:8"
-    "QuickTime:GraphicsMode:9""QuickTime:Grouping""QuickTime:GyroMode""Gyro Mode""QuickTime:GyroYPR"
-    "Gyro YPR""QuickTime:HDVideo""HD Video""QuickTime:HDVideo:0""QuickTime:HDVideo:1"
-    "QuickTime:HEVCConfigurationVersion""HEVC Configuration Version""QuickTime:HandlerClass"
-    "Handler Class""QuickTime:HandlerClass:dhlr""Data Handler""QuickTime:HandlerClass:mhlr"
-    "Media Handler""QuickTime:HandlerDescription""Handler Description""QuickTime:HandlerType"
-    "Handler Type""QuickTime:HandlerType:alis""Alias Data""QuickTime:HandlerType:camm"
-    "Camera Metadata""QuickTime:HandlerType:crsm""Clock Reference""QuickTime:HandlerType:data"
-    "QuickTime:HandlerType:hint""Hint Track""QuickTime:HandlerType:ipsm""IPMP"
-    "QuickTime:HandlerType:m7sm""MPEG-7 Stream""QuickTime:HandlerType:mdir""Metadata"
-    "QuickTime:HandlerType:mdta""Metadata Tags""QuickTime:HandlerType:meta""NRT Metadata"
-    "QuickTime:HandlerType:mjsm""MPEG-J""QuickTime:HandlerType:nrtm""Non-Real Time Metadata"
-    "QuickTime:HandlerType:ocsm""Object Content""QuickTime:HandlerType:odsm""Object Descriptor"
-    "QuickTime:HandlerType:pict""Picture""QuickTime:HandlerType:priv""Private"
-    "QuickTime:HandlerType:psmd""Panasonic Static Metadata""QuickTime:HandlerType:sbtl"
-    "QuickTime:HandlerType:sdsm""Scene Description""QuickTime:HandlerType:soun""Audio Track"
-    "QuickTime:HandlerType:subp""Subpicture""QuickTime:HandlerType:text""QuickTime:HandlerType:tmcd"
-    "Time Code""QuickTime:HandlerType:url ""QuickTime:HandlerType:vide""Video Track"
-    "QuickTime:HandlerVendorID""Handler Vendor ID""QuickTime:HandlerVendorID: KD "
-    "QuickTime:HandlerVendorID:AR.D""QuickTime:HandlerVendorID:FFMP""QuickTime:HandlerVendorID:GIC "
-    "QuickTime:HandlerVendorID:KMPI""QuickTime:HandlerVendorID:NIKO""QuickTime:HandlerVendorID:SMI "
-    "QuickTime:HandlerVendorID:ZORA""QuickTime:HandlerVendorID:appl""QuickTime:HandlerVendorID:fe20"
-    "QuickTime:HandlerVendorID:kdak""QuickTime:HandlerVendorID:leic""QuickTime:HandlerVendorID:mino"
-    "QuickTime:HandlerVendorID:niko""QuickTime:HandlerVendorID:olym""QuickTime:HandlerVendorID:pana"
-    "QuickTime:HandlerVendorID:pent""QuickTime:HandlerVendorID:pr01""QuickTime:HandlerVendorID:sany"
-    "QuickTime:HasAttachments""Has Attachments""QuickTime:HasFlag""Has Flag""QuickTime:HighBitDepth"
-    "High Bit Depth""QuickTime:HintFormat""Hint Format""QuickTime:HintTrackVersion"
-    "Hint Track Version""QuickTime:HintVersion""Hint Version""QuickTime:Hobbies"
-    "QuickTime:HomeAddress""Home Address""QuickTime:HomeCity""Home City"
-    "QuickTime:HomeCountry-Region""Home Country-Region""QuickTime:HomeFax""Home Fax"
-    "QuickTime:HomePOBox""Home PO Box""QuickTime:HomePhone""Home Phone""QuickTime:HomePostalCode"
-    "Home Postal Code""QuickTime:HomeStateOrProvince""Home State Or Province""QuickTime:HomeStreet"
-    "Home Street""QuickTime:HorizontalResolution""Horizontal Resolution""QuickTime:IMAddresses"
-    "IM Addresses""QuickTime:IPMPControl""IPMP Control""QuickTime:ISO""QuickTime:ISOSpeed"
-    "ISO Speed""QuickTime:ISRC""QuickTime:ISRCCode""ISRC Code""QuickTime:IconURI""Icon URI"
-    "QuickTime:IdependentAndDisposableSamples""Idependent And Disposable Samples"
-    "QuickTime:ImageData""Image Data""QuickTime:ImageHeight""Image Height"
-    "QuickTime:ImagePixelDepth""Image Pixel Depth""QuickTime:ImageSizeLookahead"
-    "Image Size Lookahead""QuickTime:ImageSpatialExtent""Image Spatial Extent""QuickTime:ImageWidth"
-    "Image Width""QuickTime:ImmediateDataBytes""Immediate Data Bytes""QuickTime:Importance"
-    "QuickTime:Incomplete""QuickTime:InfoURL""Info URL""QuickTime:Information"
-    "QuickTime:InitialDelaySamples""Initial Delay Samples""QuickTime:InitialKey""Initial Key"
-    "QuickTime:InitialObjectDescriptor""Initial Object Descriptor""QuickTime:InitializationVector"
-    "Initialization Vector""QuickTime:Initials""QuickTime:IsAttachment""Is Attachment"
-    "QuickTime:IsCompleted""Is Completed""QuickTime:IsDeleted""Is Deleted""QuickTime:IsNetworkFeed"
-    "Is Network Feed""QuickTime:IsOnline""Is Online""QuickTime:IsProtected""Is Protected"
-    "QuickTime:IsRecurring""Is Recurring""QuickTime:IsVBR""Is VBR""QuickTime:ItemID""Item ID"
-    "QuickTime:ItemInfoEntry""Item Info Entry""QuickTime:ItemLocation""Item Location"
-    "QuickTime:ItemPropertyAssociation""Item Property Association""QuickTime:ItemProtection"
-    "Item Protection""QuickTime:ItemTool""Item Tool""QuickTime:ItemVendorID""Item Vendor ID"
-    "QuickTime:JPEGInfo""JPEG Info""QuickTime:JobTitle""Job Title""QuickTime:JpgFromRaw"
-    "Jpg From Raw""QuickTime:Junk""QuickTime:KeyID""Key ID""QuickTime:Keyword""QuickTime:Keywords"
-    "QuickTime:KiloCalories""Kilo Calories""QuickTime:Kinds""QuickTime:Label""QuickTime:Language"
-    "QuickTime:LargestPacketDuration""Largest Packet Duration""QuickTime:LargestPacketSize"
-    "Largest Packet Size""QuickTime:LastName""Last Name""QuickTime:LastPrinted""Last Printed"
-    "QuickTime:Layout""QuickTime:LayoutFlags""Layout Flags""QuickTime:LayoutFlags:0"
-    "UseDescriptions""QuickTime:LayoutFlags:1""UseBitmap""QuickTime:LayoutFlags:100"
-    "QuickTime:LayoutFlags:101""Stereo""QuickTime:LayoutFlags:102""StereoHeadphones"
-    "QuickTime:LayoutFlags:103""MatrixStereo""QuickTime:LayoutFlags:104""MidSide"
-    "QuickTime:LayoutFlags:105""XY""QuickTime:LayoutFlags:106""Binaural""QuickTime:LayoutFlags:107"
-    "Ambisonic_B_Format""QuickTime:LayoutFlags:108""Quadraphonic""QuickTime:LayoutFlags:109"
-    "Pentagonal""QuickTime:LayoutFlags:110""Hexagonal""QuickTime:LayoutFlags:111""Octagonal"
-    "QuickTime:LayoutFlags:112""Cube""QuickTime:LayoutFlags:113""MPEG_3_0_A"
-    "QuickTime:LayoutFlags:114""MPEG_3_0_B""QuickTime:LayoutFlags:115""MPEG_4_0_A"
-    "QuickTime:LayoutFlags:116""MPEG_4_0_B""QuickTime:LayoutFlags:117""MPEG_5_0_A"
-    "QuickTime:LayoutFlags:118""MPEG_5_0_B""QuickTime:LayoutFlags:119""MPEG_5_0_C"
-    "QuickTime:LayoutFlags:120""MPEG_5_0_D""QuickTime:LayoutFlags:121""MPEG_5_1_A"
-    "QuickTime:LayoutFlags:122""MPEG_5_1_B""QuickTime:LayoutFlags:123""MPEG_5_1_C"
-    "QuickTime:LayoutFlags:124""MPEG_5_1_D""QuickTime:LayoutFlags:125""MPEG_6_1_A"
-    "QuickTime:LayoutFlags:126""MPEG_7_1_A""QuickTime:LayoutFlags:127""MPEG_7_1_B"
-    "QuickTime:LayoutFlags:128""MPEG_7_1_C""QuickTime:LayoutFlags:129""Emagic_Default_7_1"
-    "QuickTime:LayoutFlags:130""SMPTE_DTV""QuickTime:LayoutFlags:131""ITU_2_1"
-    "QuickTime:LayoutFlags:132""ITU_2_2""QuickTime:LayoutFlags:133""DVD_4"
-    "QuickTime:LayoutFlags:134""DVD_5""QuickTime:LayoutFlags:135""DVD_6""QuickTime:LayoutFlags:136"
-    "DVD_10""QuickTime:LayoutFlags:137""DVD_11""QuickTime:LayoutFlags:138""DVD_18"
-    "QuickTime:LayoutFlags:139""AudioUnit_6_0""QuickTime:LayoutFlags:140""AudioUnit_7_0"
-    "QuickTime:LayoutFlags:141""AAC_6_0""QuickTime:LayoutFlags:142""AAC_6_1"
-    "QuickTime:LayoutFlags:143""AAC_7_0""QuickTime:LayoutFlags:144""AAC_Octagonal"
-    "QuickTime:LayoutFlags:145""TMH_10_2_std""QuickTime:LayoutFlags:146""TMH_10_2_full"
-    "QuickTime:LayoutFlags:147""DiscreteInOrder""QuickTime:LayoutFlags:148""AudioUnit_7_0_Front"
-    "QuickTime:LayoutFlags:149""AC3_1_0_1""QuickTime:LayoutFlags:150""AC3_3_0"
-    "QuickTime:LayoutFlags:151""AC3_3_1""QuickTime:LayoutFlags:152""AC3_3_0_1"
-    "QuickTime:LayoutFlags:153""AC3_2_1_1""QuickTime:LayoutFlags:154""AC3_3_1_1"
-    "QuickTime:LayoutFlags:155""EAC_6_0_A""QuickTime:LayoutFlags:156""EAC_7_0_A"
-    "QuickTime:LayoutFlags:157""EAC3_6_1_A""QuickTime:LayoutFlags:158""EAC3_6_1_B"
-    "QuickTime:LayoutFlags:159""EAC3_6_1_C""QuickTime:LayoutFlags:160""EAC3_7_1_A"
-    "QuickTime:LayoutFlags:161""EAC3_7_1_B""QuickTime:LayoutFlags:162""EAC3_7_1_C"
-    "QuickTime:LayoutFlags:163""EAC3_7_1_D""QuickTime:LayoutFlags:164""EAC3_7_1_E"
-    "QuickTime:LayoutFlags:165""EAC3_7_1_F""QuickTime:LayoutFlags:166""EAC3_7_1_G"
-    "QuickTime:LayoutFlags:167""EAC3_7_1_H""QuickTime:LayoutFlags:168""DTS_3_1"
-    "QuickTime:LayoutFlags:169""DTS_4_1""QuickTime:LayoutFlags:170""DTS_6_0_A"
-    "QuickTime:LayoutFlags:171""DTS_6_0_B""QuickTime:LayoutFlags:172""DTS_6_0_C"
-    "QuickTime:LayoutFlags:173""DTS_6_1_A""QuickTime:LayoutFlags:174""DTS_6_1_B"
-    "QuickTime:LayoutFlags:175""DTS_6_1_C""QuickTime:LayoutFlags:176""DTS_7_0"
-    "QuickTime:LayoutFlags:177""DTS_7_1""QuickTime:LayoutFlags:178""DTS_8_0_A"
-    "QuickTime:LayoutFlags:179""DTS_8_0_B""QuickTime:LayoutFlags:180""DTS_8_1_A"
-    "QuickTime:LayoutFlags:181""DTS_8_1_B""QuickTime:LayoutFlags:182""DTS_6_1_D"
-    "QuickTime:LayoutFlags:183""AAC_7_1_B""QuickTime:LayoutFlags:65535""QuickTime:LeadPerformer"
-    "Lead Performer""QuickTime:LegalTrademarks""Legal Trademarks""QuickTime:Length"
-    "QuickTime:LensMaker""Lens Maker""QuickTime:LensModel""Lens Model""QuickTime:LensSerialNumber"
-    "Lens Serial Number""QuickTime:LevelMeter""Level Meter""QuickTime:LibraryID""Library ID"
-    "QuickTime:LibraryName""Library Name""QuickTime:LightSource""Light Source""QuickTime:LinkStatus"
-    "Link Status""QuickTime:LinkTarget""Link Target""QuickTime:LivePhotoAuto""Live Photo Auto"
-    "QuickTime:LivePhotoInfo""Live Photo Info""QuickTime:LivePhotoVitalityScore"
-    "Live Photo Vitality Score""QuickTime:LivePhotoVitalityScoringVersion"
-    "Live Photo Vitality Scoring Version""QuickTime:Location""QuickTime:LocationAccuracyHorizontal"
-    "Location Accuracy Horizontal""QuickTime:LocationBody""Location Body""QuickTime:LocationDate"
-    "Location Date""QuickTime:LocationInformation""Location Information""QuickTime:LocationName"
-    "Location Name""QuickTime:LocationNote""Location Note""QuickTime:LocationRole""Location Role"
-    "QuickTime:LocationRole:0""Shooting Location""QuickTime:LocationRole:1""Real Location"
-    "QuickTime:LocationRole:2""Fictional Location""QuickTime:LongDescription""Long Description"
-    "QuickTime:LoopStyle""Loop Style""QuickTime:LoopStyle:1""QuickTime:LoopStyle:2""Palindromic"
-    "QuickTime:Lyrics""QuickTime:LyricsURI""Lyrics URI""QuickTime:MCDI""QuickTime:MagMode""Mag Mode"
-    "QuickTime:MagneticField""Magnetic Field""QuickTime:MagnetometerXYZ""Magnetometer XYZ"
-    "QuickTime:MailingAddress""Mailing Address""QuickTime:MajorBrand""Major Brand"
-    "QuickTime:MajorBrand:3g2a""3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-0 V1.0"
-    "QuickTime:MajorBrand:3g2b""3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-A V1.0.0"
-    "QuickTime:MajorBrand:3g2c""3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-B v1.0"
-    "QuickTime:MajorBrand:3ge6""3GPP (.3GP) Release 6 MBMS Extended Presentations"
-    "QuickTime:MajorBrand:3ge7""3GPP (.3GP) Release 7 MBMS Extended Presentations"
-    "QuickTime:MajorBrand:3gg6""3GPP Release 6 General Profile""QuickTime:MajorBrand:3gp1"
-    "3GPP Media (.3GP) Release 1 (probably non-existent)""QuickTime:MajorBrand:3gp2"
-    "3GPP Media (.3GP) Release 2 (probably non-existent)""QuickTime:MajorBrand:3gp3"
-    "3GPP Media (.3GP) Release 3 (probably non-existent)""QuickTime:MajorBrand:3gp4"
-    "3GPP Media (.3GP) Release 4""QuickTime:MajorBrand:3gp5""3GPP Media (.3GP) Release 5"
-    "QuickTime:MajorBrand:3gp6""3GPP Media (.3GP) Release 6 Streaming Servers"
-    "QuickTime:MajorBrand:3gs7""3GPP Media (.3GP) Release 7 Streaming Servers"
-    "QuickTime:MajorBrand:CAEP""Canon Digital Camera""QuickTime:MajorBrand:CDes""Convergent Design"
-    "QuickTime:MajorBrand:F4A ""Audio for Adobe Flash Player 9+ (.F4A)""QuickTime:MajorBrand:F4B "
-    "Audio Book for Adobe Flash Player 9+ (.F4B)""QuickTime:MajorBrand:F4P "
-    "Protected Video for Adobe Flash Player 9+ (.F4P)""QuickTime:MajorBrand:F4V "
-    "Video for Adobe Flash Player 9+ (.F4V)""QuickTime:MajorBrand:JP2 "
-    "JPEG 2000 Image (.JP2) [ISO 15444-1 ?]""QuickTime:MajorBrand:JP20"
-    "Unknown, from GPAC samples (prob non-existent)""QuickTime:MajorBrand:KDDI"
-    "3GPP2 EZmovie for KDDI 3G cellphones""QuickTime:MajorBrand:M4A "
-    "Apple iTunes AAC-LC (.M4A) Audio""QuickTime:MajorBrand:M4B "
-    "Apple iTunes AAC-LC (.M4B) Audio Book""QuickTime:MajorBrand:M4P "
-    "Apple iTunes AAC-LC (.M4P) AES Protected Audio""QuickTime:MajorBrand:M4V "
-    "Apple iTunes Video (.M4V) Video""QuickTime:MajorBrand:M4VH""Apple TV (.M4V)"
-    "QuickTime:MajorBrand:M4VP""Apple iPhone (.M4V)""QuickTime:MajorBrand:MPPI"
-    "Photo Player, MAF [ISO/IEC 23000-3]""QuickTime:MajorBrand:MSNV""MPEG-4 (.MP4) for SonyPSP"
-    "QuickTime:MajorBrand:NDAS""MP4 v2 [ISO 14496-14] Nero Digital AAC Audio"
-    "QuickTime:MajorBrand:NDSC""MPEG-4 (.MP4) Nero Cinema Profile""QuickTime:MajorBrand:NDSH"
-    "MPEG-4 (.MP4) Nero HDTV Profile""QuickTime:MajorBrand:NDSM""MPEG-4 (.MP4) Nero Mobile Profile"
-    "QuickTime:MajorBrand:NDSP""MPEG-4 (.MP4) Nero Portable Profile""QuickTime:MajorBrand:NDSS"
-    "MPEG-4 (.MP4) Nero Standard Profile""QuickTime:MajorBrand:NDXC"
-    "H.264/MPEG-4 AVC (.MP4) Nero Cinema Profile""QuickTime:MajorBrand:NDXH"
-    "H.264/MPEG-4 AVC (.MP4) Nero HDTV Profile""QuickTime:MajorBrand:NDXM"
-    "H.264/MPEG-4 AVC (.MP4) Nero Mobile Profile""QuickTime:MajorBrand:NDXP"
-    "H.264/MPEG-4 AVC (.MP4) Nero Portable Profile""QuickTime:MajorBrand:NDXS"
-    "H.264/MPEG-4 AVC (.MP4) Nero Standard Profile""QuickTime:MajorBrand:ROSS""Ross Video"
-    "QuickTime:MajorBrand:XAVC""Sony XAVC""QuickTime:MajorBrand:aax "
-    "Audible Enhanced Audiobook (.AAX)""QuickTime:MajorBrand:avc1"
-    "MP4 Base w/ AVC ext [ISO 14496-12:2005]""QuickTime:MajorBrand:avif"
-    "AV1 Image File Format (.AVIF)""QuickTime:MajorBrand:caqv""Casio Digital Camera"
-    "QuickTime:MajorBrand:crx ""Canon Raw (.CRX)""QuickTime:MajorBrand:da0a"
-    "DMB MAF w/ MPEG Layer II aud, MOT slides, DLS, JPG/PNG/MNG images""QuickTime:MajorBrand:da0b"
-    "DMB MAF, extending DA0A, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:da1a"
-    "DMB MAF audio with ER-BSAC audio, JPG/PNG/MNG images""QuickTime:MajorBrand:da1b"
-    "DMB MAF, extending da1a, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:da2a"
-    "DMB MAF aud w/ HE-AAC v2 aud, MOT slides, DLS, JPG/PNG/MNG images""QuickTime:MajorBrand:da2b"
-    "DMB MAF, extending da2a, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:da3a"
-    "DMB MAF aud with HE-AAC aud, JPG/PNG/MNG images""QuickTime:MajorBrand:da3b"
+    "QuickTime:GenreID:15179" "Textbooks|Politics & Current Events|Local Governments"
+    "QuickTime:GenreID:1518" "Podcasts|Health & Fitness|Medicine" "QuickTime:GenreID:15180"
+    "Textbooks|Politics & Current Events|National Governments" "QuickTime:GenreID:15181"
+    "Textbooks|Politics & Current Events|Political Science" "QuickTime:GenreID:15182"
+    "Textbooks|Politics & Current Events|Public Administration" "QuickTime:GenreID:15183"
+    "Textbooks|Politics & Current Events|World Affairs" "QuickTime:GenreID:15184"
+    "Textbooks|Professional & Technical" "QuickTime:GenreID:15185"
+    "Textbooks|Professional & Technical|Design" "QuickTime:GenreID:15186"
+    "Textbooks|Professional & Technical|Language Arts & Disciplines" "QuickTime:GenreID:15187"
+    "Textbooks|Professional & Technical|Engineering" "QuickTime:GenreID:15188"
+    "Textbooks|Professional & Technical|Law" "QuickTime:GenreID:15189"
+    "Textbooks|Professional & Technical|Medical" "QuickTime:GenreID:1519"
+    "Podcasts|Kids & Family|Education for Kids" "QuickTime:GenreID:15190" "Textbooks|Reference"
+    "QuickTime:GenreID:15191" "Textbooks|Reference|Almanacs & Yearbooks" "QuickTime:GenreID:15192"
+    "Textbooks|Reference|Atlases & Maps" "QuickTime:GenreID:15193"
+    "Textbooks|Reference|Catalogs & Directories" "QuickTime:GenreID:15194"
+    "Textbooks|Reference|Consumer Guides" "QuickTime:GenreID:15195"
+    "Textbooks|Reference|Dictionaries & Thesauruses" "QuickTime:GenreID:15196"
+    "Textbooks|Reference|Encyclopedias" "QuickTime:GenreID:15197" "Textbooks|Reference|Etiquette"
+    "QuickTime:GenreID:15198" "Textbooks|Reference|Quotations" "QuickTime:GenreID:15199"
+    "Textbooks|Reference|Study Aids" "QuickTime:GenreID:1520"
+    "Podcasts|Kids & Family|Stories for Kids" "QuickTime:GenreID:15200"
+    "Textbooks|Reference|Words & Language" "QuickTime:GenreID:15201" "Textbooks|Reference|Writing"
+    "QuickTime:GenreID:15202" "Textbooks|Religion & Spirituality" "QuickTime:GenreID:15203"
+    "Textbooks|Religion & Spirituality|Bible Studies" "QuickTime:GenreID:15204"
+    "Textbooks|Religion & Spirituality|Bibles" "QuickTime:GenreID:15205"
+    "Textbooks|Religion & Spirituality|Buddhism" "QuickTime:GenreID:15206"
+    "Textbooks|Religion & Spirituality|Christianity" "QuickTime:GenreID:15207"
+    "Textbooks|Religion & Spirituality|Comparative Religion" "QuickTime:GenreID:15208"
+    "Textbooks|Religion & Spirituality|Hinduism" "QuickTime:GenreID:15209"
+    "Textbooks|Religion & Spirituality|Islam" "QuickTime:GenreID:1521"
+    "Podcasts|Kids & Family|Parenting" "QuickTime:GenreID:15210"
+    "Textbooks|Religion & Spirituality|Judaism" "QuickTime:GenreID:15211"
+    "Textbooks|Religion & Spirituality|Spirituality" "QuickTime:GenreID:15212" "Textbooks|Romance"
+    "QuickTime:GenreID:15213" "Textbooks|Romance|Contemporary" "QuickTime:GenreID:15214"
+    "Textbooks|Romance|Erotic Romance" "QuickTime:GenreID:15215" "Textbooks|Romance|Paranormal"
+    "QuickTime:GenreID:15216" "Textbooks|Romance|Historical" "QuickTime:GenreID:15217"
+    "Textbooks|Romance|Short Stories" "QuickTime:GenreID:15218" "Textbooks|Romance|Suspense"
+    "QuickTime:GenreID:15219" "Textbooks|Romance|Western" "QuickTime:GenreID:1522"
+    "Podcasts|Kids & Family|Pets & Animals" "QuickTime:GenreID:15220" "Textbooks|Sci-Fi & Fantasy"
+    "QuickTime:GenreID:15221" "Textbooks|Sci-Fi & Fantasy|Fantasy" "QuickTime:GenreID:15222"
+    "Textbooks|Sci-Fi & Fantasy|Fantasy|Contemporary" "QuickTime:GenreID:15223"
+    "Textbooks|Sci-Fi & Fantasy|Fantasy|Epic" "QuickTime:GenreID:15224"
+    "Textbooks|Sci-Fi & Fantasy|Fantasy|Historical" "QuickTime:GenreID:15225"
+    "Textbooks|Sci-Fi & Fantasy|Fantasy|Paranormal" "QuickTime:GenreID:15226"
+    "Textbooks|Sci-Fi & Fantasy|Fantasy|Short Stories" "QuickTime:GenreID:15227"
+    "Textbooks|Sci-Fi & Fantasy|Science Fiction" "QuickTime:GenreID:15228"
+    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature" "QuickTime:GenreID:15229"
+    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|Adventure" "QuickTime:GenreID:1523"
+    "Podcasts|Music|Music Commentary" "QuickTime:GenreID:15230"
+    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|High Tech" "QuickTime:GenreID:15231"
+    "Textbooks|Sci-Fi & Fantasy|Science Fiction & Literature|Short Stories"
+    "QuickTime:GenreID:15232" "Textbooks|Science & Nature" "QuickTime:GenreID:15233"
+    "Textbooks|Science & Nature|Agriculture" "QuickTime:GenreID:15234"
+    "Textbooks|Science & Nature|Astronomy" "QuickTime:GenreID:15235"
+    "Textbooks|Science & Nature|Atmosphere" "QuickTime:GenreID:15236"
+    "Textbooks|Science & Nature|Biology" "QuickTime:GenreID:15237"
+    "Textbooks|Science & Nature|Chemistry" "QuickTime:GenreID:15238"
+    "Textbooks|Science & Nature|Earth Sciences" "QuickTime:GenreID:15239"
+    "Textbooks|Science & Nature|Ecology" "QuickTime:GenreID:1524" "Podcasts|Music|Music History"
+    "QuickTime:GenreID:15240" "Textbooks|Science & Nature|Environment" "QuickTime:GenreID:15241"
+    "Textbooks|Science & Nature|Essays" "QuickTime:GenreID:15242"
+    "Textbooks|Science & Nature|Geography" "QuickTime:GenreID:15243"
+    "Textbooks|Science & Nature|Geology" "QuickTime:GenreID:15244"
+    "Textbooks|Science & Nature|History" "QuickTime:GenreID:15245"
+    "Textbooks|Science & Nature|Life Sciences" "QuickTime:GenreID:15246"
+    "Textbooks|Science & Nature|Nature" "QuickTime:GenreID:15247"
+    "Textbooks|Science & Nature|Physics" "QuickTime:GenreID:15248"
+    "Textbooks|Science & Nature|Reference" "QuickTime:GenreID:15249" "Textbooks|Social Science"
+    "QuickTime:GenreID:1525" "Podcasts|Music|Music Interviews" "QuickTime:GenreID:15250"
+    "Textbooks|Social Science|Anthropology" "QuickTime:GenreID:15251"
+    "Textbooks|Social Science|Archaeology" "QuickTime:GenreID:15252"
+    "Textbooks|Social Science|Civics" "QuickTime:GenreID:15253"
+    "Textbooks|Social Science|Government" "QuickTime:GenreID:15254"
+    "Textbooks|Social Science|Social Studies" "QuickTime:GenreID:15255"
+    "Textbooks|Social Science|Social Welfare" "QuickTime:GenreID:15256"
+    "Textbooks|Social Science|Society" "QuickTime:GenreID:15257"
+    "Textbooks|Social Science|Society|African Studies" "QuickTime:GenreID:15258"
+    "Textbooks|Social Science|Society|American Studies" "QuickTime:GenreID:15259"
+    "Textbooks|Social Science|Society|Asia Pacific Studies" "QuickTime:GenreID:1526"
+    "Podcasts|News|Daily News" "QuickTime:GenreID:15260"
+    "Textbooks|Social Science|Society|Cross-Cultural Studies" "QuickTime:GenreID:15261"
+    "Textbooks|Social Science|Society|European Studies" "QuickTime:GenreID:15262"
+    "Textbooks|Social Science|Society|Immigration & Emigration" "QuickTime:GenreID:15263"
+    "Textbooks|Social Science|Society|Indigenous Studies" "QuickTime:GenreID:15264"
+    "Textbooks|Social Science|Society|Latin & Caribbean Studies" "QuickTime:GenreID:15265"
+    "Textbooks|Social Science|Society|Middle Eastern Studies" "QuickTime:GenreID:15266"
+    "Textbooks|Social Science|Society|Race & Ethnicity Studies" "QuickTime:GenreID:15267"
+    "Textbooks|Social Science|Society|Sexuality Studies" "QuickTime:GenreID:15268"
+    "Textbooks|Social Science|Society|Women's Studies" "QuickTime:GenreID:15269"
+    "Textbooks|Social Science|Sociology" "QuickTime:GenreID:1527" "Podcasts|News|Politics"
+    "QuickTime:GenreID:15270" "Textbooks|Sports & Outdoors" "QuickTime:GenreID:15271"
+    "Textbooks|Sports & Outdoors|Baseball" "QuickTime:GenreID:15272"
+    "Textbooks|Sports & Outdoors|Basketball" "QuickTime:GenreID:15273"
+    "Textbooks|Sports & Outdoors|Coaching" "QuickTime:GenreID:15274"
+    "Textbooks|Sports & Outdoors|Equestrian" "QuickTime:GenreID:15275"
+    "Textbooks|Sports & Outdoors|Extreme Sports" "QuickTime:GenreID:15276"
+    "Textbooks|Sports & Outdoors|Football" "QuickTime:GenreID:15277"
+    "Textbooks|Sports & Outdoors|Golf" "QuickTime:GenreID:15278"
+    "Textbooks|Sports & Outdoors|Hockey" "QuickTime:GenreID:15279"
+    "Textbooks|Sports & Outdoors|Motor Sports" "QuickTime:GenreID:1528" "Podcasts|News|Tech News"
+    "QuickTime:GenreID:15280" "Textbooks|Sports & Outdoors|Mountaineering" "QuickTime:GenreID:15281"
+    "Textbooks|Sports & Outdoors|Outdoors" "QuickTime:GenreID:15282"
+    "Textbooks|Sports & Outdoors|Racket Sports" "QuickTime:GenreID:15283"
+    "Textbooks|Sports & Outdoors|Reference" "QuickTime:GenreID:15284"
+    "Textbooks|Sports & Outdoors|Soccer" "QuickTime:GenreID:15285"
+    "Textbooks|Sports & Outdoors|Training" "QuickTime:GenreID:15286"
+    "Textbooks|Sports & Outdoors|Water Sports" "QuickTime:GenreID:15287"
+    "Textbooks|Sports & Outdoors|Winter Sports" "QuickTime:GenreID:15288"
+    "Textbooks|Teaching & Learning" "QuickTime:GenreID:15289"
+    "Textbooks|Teaching & Learning|Adult Education" "QuickTime:GenreID:1529"
+    "Podcasts|News|Sports News" "QuickTime:GenreID:15290"
+    "Textbooks|Teaching & Learning|Curriculum & Teaching" "QuickTime:GenreID:15291"
+    "Textbooks|Teaching & Learning|Educational Leadership" "QuickTime:GenreID:15292"
+    "Textbooks|Teaching & Learning|Educational Technology" "QuickTime:GenreID:15293"
+    "Textbooks|Teaching & Learning|Family & Childcare" "QuickTime:GenreID:15294"
+    "Textbooks|Teaching & Learning|Information & Library Science" "QuickTime:GenreID:15295"
+    "Textbooks|Teaching & Learning|Learning Resources" "QuickTime:GenreID:15296"
+    "Textbooks|Teaching & Learning|Psychology & Research" "QuickTime:GenreID:15297"
+    "Textbooks|Teaching & Learning|Special Education" "QuickTime:GenreID:15298"
+    "Textbooks|Travel & Adventure" "QuickTime:GenreID:15299" "Textbooks|Travel & Adventure|Africa"
+    "QuickTime:GenreID:1530" "Podcasts|News|News Commentary" "QuickTime:GenreID:15300"
+    "Textbooks|Travel & Adventure|Americas" "QuickTime:GenreID:15301"
+    "Textbooks|Travel & Adventure|Americas|Canada" "QuickTime:GenreID:15302"
+    "Textbooks|Travel & Adventure|Americas|Latin America" "QuickTime:GenreID:15303"
+    "Textbooks|Travel & Adventure|Americas|United States" "QuickTime:GenreID:15304"
+    "Textbooks|Travel & Adventure|Asia" "QuickTime:GenreID:15305"
+    "Textbooks|Travel & Adventure|Caribbean" "QuickTime:GenreID:15306"
+    "Textbooks|Travel & Adventure|Essays & Memoirs" "QuickTime:GenreID:15307"
+    "Textbooks|Travel & Adventure|Europe" "QuickTime:GenreID:15308"
+    "Textbooks|Travel & Adventure|Middle East" "QuickTime:GenreID:15309"
+    "Textbooks|Travel & Adventure|Oceania" "QuickTime:GenreID:1531"
+    "Podcasts|News|Entertainment News" "QuickTime:GenreID:15310"
+    "Textbooks|Travel & Adventure|Specialty Travel" "QuickTime:GenreID:15311"
+    "Textbooks|Comics & Graphic Novels|Comics" "QuickTime:GenreID:15312"
+    "Textbooks|Reference|Manuals" "QuickTime:GenreID:1532"
+    "Podcasts|Religion & Spirituality|Religion" "QuickTime:GenreID:1533" "Podcasts|Science"
+    "QuickTime:GenreID:1534" "Podcasts|Science|Natural Sciences" "QuickTime:GenreID:1535"
+    "Podcasts|Science|Social Sciences" "QuickTime:GenreID:1536" "Podcasts|Science|Mathematics"
+    "QuickTime:GenreID:1537" "Podcasts|Science|Nature" "QuickTime:GenreID:1538"
+    "Podcasts|Science|Astronomy" "QuickTime:GenreID:1539" "Podcasts|Science|Chemistry"
+    "QuickTime:GenreID:1540" "Podcasts|Science|Earth Sciences" "QuickTime:GenreID:1541"
+    "Podcasts|Science|Life Sciences" "QuickTime:GenreID:1542" "Podcasts|Science|Physics"
+    "QuickTime:GenreID:1543" "Podcasts|Society & Culture|Documentary" "QuickTime:GenreID:1544"
+    "Podcasts|Society & Culture|Relationships" "QuickTime:GenreID:1545" "Podcasts|Sports"
+    "QuickTime:GenreID:1546" "Podcasts|Sports|Soccer" "QuickTime:GenreID:1547"
+    "Podcasts|Sports|Football" "QuickTime:GenreID:1548" "Podcasts|Sports|Basketball"
+    "QuickTime:GenreID:1549" "Podcasts|Sports|Baseball" "QuickTime:GenreID:1550"
+    "Podcasts|Sports|Hockey" "QuickTime:GenreID:1551" "Podcasts|Sports|Running"
+    "QuickTime:GenreID:1552" "Podcasts|Sports|Rugby" "QuickTime:GenreID:1553" "Podcasts|Sports|Golf"
+    "QuickTime:GenreID:1554" "Podcasts|Sports|Cricket" "QuickTime:GenreID:1555"
+    "Podcasts|Sports|Wrestling" "QuickTime:GenreID:1556" "Podcasts|Sports|Tennis"
+    "QuickTime:GenreID:1557" "Podcasts|Sports|Volleyball" "QuickTime:GenreID:1558"
+    "Podcasts|Sports|Swimming" "QuickTime:GenreID:1559" "Podcasts|Sports|Wilderness"
+    "QuickTime:GenreID:1560" "Podcasts|Sports|Fantasy Sports" "QuickTime:GenreID:1561"
+    "Podcasts|TV & Film|TV Reviews" "QuickTime:GenreID:1562" "Podcasts|TV & Film|After Shows"
+    "QuickTime:GenreID:1563" "Podcasts|TV & Film|Film Reviews" "QuickTime:GenreID:1564"
+    "Podcasts|TV & Film|Film History" "QuickTime:GenreID:1565" "Podcasts|TV & Film|Film Interviews"
+    "QuickTime:GenreID:16" "Music|Soundtrack" "QuickTime:GenreID:16001"
+    "App Store|Stickers|Emoji & Expressions" "QuickTime:GenreID:16003"
+    "App Store|Stickers|Animals & Nature" "QuickTime:GenreID:16005" "App Store|Stickers|Art"
+    "QuickTime:GenreID:16006" "App Store|Stickers|Celebrations" "QuickTime:GenreID:16007"
+    "App Store|Stickers|Celebrities" "QuickTime:GenreID:16008"
+    "App Store|Stickers|Comics & Cartoons" "QuickTime:GenreID:16009"
+    "App Store|Stickers|Eating & Drinking" "QuickTime:GenreID:16010" "App Store|Stickers|Gaming"
+    "QuickTime:GenreID:16014" "App Store|Stickers|Movies & TV" "QuickTime:GenreID:16015"
+    "App Store|Stickers|Music" "QuickTime:GenreID:16017" "App Store|Stickers|People"
+    "QuickTime:GenreID:16019" "App Store|Stickers|Places & Objects" "QuickTime:GenreID:1602"
+    "Music Videos|Blues" "QuickTime:GenreID:16021" "App Store|Stickers|Sports & Activities"
+    "QuickTime:GenreID:16025" "App Store|Stickers|Kids & Family" "QuickTime:GenreID:16026"
+    "App Store|Stickers|Fashion" "QuickTime:GenreID:1603" "Music Videos|Comedy"
+    "QuickTime:GenreID:1604" "Music Videos|Children's Music" "QuickTime:GenreID:1605"
+    "Music Videos|Classical" "QuickTime:GenreID:1606" "Music Videos|Country"
+    "QuickTime:GenreID:1607" "Music Videos|Electronic" "QuickTime:GenreID:1608"
+    "Music Videos|Holiday" "QuickTime:GenreID:1609" "Music Videos|Classical|Opera"
+    "QuickTime:GenreID:1610" "Music Videos|Singer/Songwriter" "QuickTime:GenreID:1611"
+    "Music Videos|Jazz" "QuickTime:GenreID:1612" "Music Videos|Latin" "QuickTime:GenreID:1613"
+    "Music Videos|New Age" "QuickTime:GenreID:1614" "Music Videos|Pop" "QuickTime:GenreID:1615"
+    "Music Videos|R&B/Soul" "QuickTime:GenreID:1616" "Music Videos|Soundtrack"
+    "QuickTime:GenreID:1617" "Music Videos|Dance" "QuickTime:GenreID:1618"
+    "Music Videos|Hip-Hop/Rap" "QuickTime:GenreID:1619" "Music Videos|World"
+    "QuickTime:GenreID:1620" "Music Videos|Alternative" "QuickTime:GenreID:1621" "Music Videos|Rock"
+    "QuickTime:GenreID:1622" "Music Videos|Christian & Gospel" "QuickTime:GenreID:1623"
+    "Music Videos|Vocal" "QuickTime:GenreID:1624" "Music Videos|Reggae" "QuickTime:GenreID:1625"
+    "Music Videos|Easy Listening" "QuickTime:GenreID:1626" "Music Videos|Podcasts"
+    "QuickTime:GenreID:1627" "Music Videos|J-Pop" "QuickTime:GenreID:1628" "Music Videos|Enka"
+    "QuickTime:GenreID:1629" "Music Videos|Anime" "QuickTime:GenreID:1630" "Music Videos|Kayokyoku"
+    "QuickTime:GenreID:1631" "Music Videos|Disney" "QuickTime:GenreID:1632"
+    "Music Videos|French Pop" "QuickTime:GenreID:1633" "Music Videos|German Pop"
+    "QuickTime:GenreID:1634" "Music Videos|German Folk" "QuickTime:GenreID:1635"
+    "Music Videos|Alternative|Chinese Alt" "QuickTime:GenreID:1636"
+    "Music Videos|Alternative|Korean Indie" "QuickTime:GenreID:1637" "Music Videos|Chinese"
+    "QuickTime:GenreID:1638" "Music Videos|Chinese|Chinese Classical" "QuickTime:GenreID:1639"
+    "Music Videos|Chinese|Chinese Flute" "QuickTime:GenreID:1640"
+    "Music Videos|Chinese|Chinese Opera" "QuickTime:GenreID:1641"
+    "Music Videos|Chinese|Chinese Orchestral" "QuickTime:GenreID:1642"
+    "Music Videos|Chinese|Chinese Regional Folk" "QuickTime:GenreID:1643"
+    "Music Videos|Chinese|Chinese Strings" "QuickTime:GenreID:1644"
+    "Music Videos|Chinese|Taiwanese Folk" "QuickTime:GenreID:1645"
+    "Music Videos|Chinese|Tibetan Native Music" "QuickTime:GenreID:1646"
+    "Music Videos|Hip-Hop/Rap|Chinese Hip-Hop" "QuickTime:GenreID:1647"
+    "Music Videos|Hip-Hop/Rap|Korean Hip-Hop" "QuickTime:GenreID:1648" "Music Videos|Korean"
+    "QuickTime:GenreID:1649" "Music Videos|Korean|Korean Classical" "QuickTime:GenreID:1650"
+    "Music Videos|Korean|Korean Trad Song" "QuickTime:GenreID:1651"
+    "Music Videos|Korean|Korean Trad Instrumental" "QuickTime:GenreID:1652"
+    "Music Videos|Korean|Korean Trad Theater" "QuickTime:GenreID:1653"
+    "Music Videos|Rock|Chinese Rock" "QuickTime:GenreID:1654" "Music Videos|Rock|Korean Rock"
+    "QuickTime:GenreID:1655" "Music Videos|Pop|C-Pop" "QuickTime:GenreID:1656"
+    "Music Videos|Pop|Cantopop/HK-Pop" "QuickTime:GenreID:1657" "Music Videos|Pop|Korean Folk-Pop"
+    "QuickTime:GenreID:1658" "Music Videos|Pop|Mandopop" "QuickTime:GenreID:1659"
+    "Music Videos|Pop|Tai-Pop" "QuickTime:GenreID:1660" "Music Videos|Pop|Malaysian Pop"
+    "QuickTime:GenreID:1661" "Music Videos|Pop|Pinoy Pop" "QuickTime:GenreID:1662"
+    "Music Videos|Pop|Original Pilipino Music" "QuickTime:GenreID:1663"
+    "Music Videos|Pop|Manilla Sound" "QuickTime:GenreID:1664" "Music Videos|Pop|Indo Pop"
+    "QuickTime:GenreID:1665" "Music Videos|Pop|Thai Pop" "QuickTime:GenreID:1666"
+    "Music Videos|Vocal|Trot" "QuickTime:GenreID:1671" "Music Videos|Brazilian"
+    "QuickTime:GenreID:1672" "Music Videos|Brazilian|Axe" "QuickTime:GenreID:1673"
+    "Music Videos|Brazilian|Baile Funk" "QuickTime:GenreID:1674" "Music Videos|Brazilian|Bossa Nova"
+    "QuickTime:GenreID:1675" "Music Videos|Brazilian|Choro" "QuickTime:GenreID:1676"
+    "Music Videos|Brazilian|Forro" "QuickTime:GenreID:1677" "Music Videos|Brazilian|Frevo"
+    "QuickTime:GenreID:1678" "Music Videos|Brazilian|MPB" "QuickTime:GenreID:1679"
+    "Music Videos|Brazilian|Pagode" "QuickTime:GenreID:1680" "Music Videos|Brazilian|Samba"
+    "QuickTime:GenreID:1681" "Music Videos|Brazilian|Sertanejo" "QuickTime:GenreID:1682"
+    "Music Videos|Classical|High Classical" "QuickTime:GenreID:1683"
+    "Music Videos|Fitness & Workout" "QuickTime:GenreID:1684" "Music Videos|Instrumental"
+    "QuickTime:GenreID:1685" "Music Videos|Jazz|Big Band" "QuickTime:GenreID:1686"
+    "Music Videos|Pop|K-Pop" "QuickTime:GenreID:1687" "Music Videos|Karaoke"
+    "QuickTime:GenreID:1688" "Music Videos|Rock|Heavy Metal" "QuickTime:GenreID:1689"
+    "Music Videos|Spoken Word" "QuickTime:GenreID:1690" "Music Videos|Indian"
+    "QuickTime:GenreID:1691" "Music Videos|Indian|Bollywood" "QuickTime:GenreID:1692"
+    "Music Videos|Indian|Regional Indian|Tamil" "QuickTime:GenreID:1693"
+    "Music Videos|Indian|Regional Indian|Telugu" "QuickTime:GenreID:1694"
+    "Music Videos|Indian|Regional Indian" "QuickTime:GenreID:1695"
+    "Music Videos|Indian|Devotional & Spiritual" "QuickTime:GenreID:1696" "Music Videos|Indian|Sufi"
+    "QuickTime:GenreID:1697" "Music Videos|Indian|Indian Classical" "QuickTime:GenreID:1698"
+    "Music Videos|Russian|Russian Chanson" "QuickTime:GenreID:1699" "Music Videos|World|Dini"
+    "QuickTime:GenreID:17" "Music|Dance" "QuickTime:GenreID:1700" "Music Videos|Turkish|Halk"
+    "QuickTime:GenreID:1701" "Music Videos|Turkish|Sanat" "QuickTime:GenreID:1702"
+    "Music Videos|World|Dangdut" "QuickTime:GenreID:1703" "Music Videos|World|Indonesian Religious"
+    "QuickTime:GenreID:1704" "Music Videos|Indian|Indian Pop" "QuickTime:GenreID:1705"
+    "Music Videos|World|Calypso" "QuickTime:GenreID:1706" "Music Videos|World|Soca"
+    "QuickTime:GenreID:1707" "Music Videos|Indian|Ghazals" "QuickTime:GenreID:1708"
+    "Music Videos|Indian|Indian Folk" "QuickTime:GenreID:1709" "Music Videos|Turkish|Arabesque"
+    "QuickTime:GenreID:1710" "Music Videos|African|Afrikaans" "QuickTime:GenreID:1711"
+    "Music Videos|World|Farsi" "QuickTime:GenreID:1712" "Music Videos|World|Israeli"
+    "QuickTime:GenreID:1713" "Music Videos|Arabic" "QuickTime:GenreID:1714"
+    "Music Videos|Arabic|Khaleeji" "QuickTime:GenreID:1715" "Music Videos|Arabic|North African"
+    "QuickTime:GenreID:1716" "Music Videos|Arabic|Arabic Pop" "QuickTime:GenreID:1717"
+    "Music Videos|Arabic|Islamic" "QuickTime:GenreID:1718" "Music Videos|Soundtrack|Sound Effects"
+    "QuickTime:GenreID:1719" "Music Videos|Folk" "QuickTime:GenreID:1720" "Music Videos|Orchestral"
+    "QuickTime:GenreID:1721" "Music Videos|Marching" "QuickTime:GenreID:1723"
+    "Music Videos|Pop|Oldies" "QuickTime:GenreID:1724" "Music Videos|Country|Thai Country"
+    "QuickTime:GenreID:1725" "Music Videos|World|Flamenco" "QuickTime:GenreID:1726"
+    "Music Videos|World|Tango" "QuickTime:GenreID:1727" "Music Videos|World|Fado"
+    "QuickTime:GenreID:1728" "Music Videos|World|Iberia" "QuickTime:GenreID:1729"
+    "Music Videos|Russian" "QuickTime:GenreID:1730" "Music Videos|Turkish" "QuickTime:GenreID:1731"
+    "Music Videos|Alternative|College Rock" "QuickTime:GenreID:1732"
+    "Music Videos|Alternative|Goth Rock" "QuickTime:GenreID:1733" "Music Videos|Alternative|Grunge"
+    "QuickTime:GenreID:1734" "Music Videos|Alternative|Indie Rock" "QuickTime:GenreID:1735"
+    "Music Videos|Alternative|New Wave" "QuickTime:GenreID:1736" "Music Videos|Alternative|Punk"
+    "QuickTime:GenreID:1737" "Music Videos|Blues|Acoustic Blues" "QuickTime:GenreID:1738"
+    "Music Videos|Blues|Chicago Blues" "QuickTime:GenreID:1739" "Music Videos|Blues|Classic Blues"
+    "QuickTime:GenreID:1740" "Music Videos|Blues|Contemporary Blues" "QuickTime:GenreID:1741"
+    "Music Videos|Blues|Country Blues" "QuickTime:GenreID:1742" "Music Videos|Blues|Delta Blues"
+    "QuickTime:GenreID:1743" "Music Videos|Blues|Electric Blues" "QuickTime:GenreID:1744"
+    "Music Videos|Children's Music|Lullabies" "QuickTime:GenreID:1745"
+    "Music Videos|Children's Music|Sing-Along" "QuickTime:GenreID:1746"
+    "Music Videos|Children's Music|Stories" "QuickTime:GenreID:1747"
+    "Music Videos|Christian & Gospel|CCM" "QuickTime:GenreID:1748"
+    "Music Videos|Christian & Gospel|Christian Metal" "QuickTime:GenreID:1749"
+    "Music Videos|Christian & Gospel|Christian Pop" "QuickTime:GenreID:1750"
+    "Music Videos|Christian & Gospel|Christian Rap" "QuickTime:GenreID:1751"
+    "Music Videos|Christian & Gospel|Christian Rock" "QuickTime:GenreID:1752"
+    "Music Videos|Christian & Gospel|Classic Christian" "QuickTime:GenreID:1753"
+    "Music Videos|Christian & Gospel|Contemporary Gospel" "QuickTime:GenreID:1754"
+    "Music Videos|Christian & Gospel|Gospel" "QuickTime:GenreID:1755"
+    "Music Videos|Christian & Gospel|Praise & Worship" "QuickTime:GenreID:1756"
+    "Music Videos|Christian & Gospel|Southern Gospel" "QuickTime:GenreID:1757"
+    "Music Videos|Christian & Gospel|Traditional Gospel" "QuickTime:GenreID:1758"
+    "Music Videos|Classical|Avant-Garde" "QuickTime:GenreID:1759"
+    "Music Videos|Classical|Baroque Era" "QuickTime:GenreID:1760"
+    "Music Videos|Classical|Chamber Music" "QuickTime:GenreID:1761" "Music Videos|Classical|Chant"
+    "QuickTime:GenreID:1762" "Music Videos|Classical|Choral" "QuickTime:GenreID:1763"
+    "Music Videos|Classical|Classical Crossover" "QuickTime:GenreID:1764"
+    "Music Videos|Classical|Early Music" "QuickTime:GenreID:1765"
+    "Music Videos|Classical|Impressionist" "QuickTime:GenreID:1766"
+    "Music Videos|Classical|Medieval Era" "QuickTime:GenreID:1767"
+    "Music Videos|Classical|Minimalism" "QuickTime:GenreID:1768" "Music Videos|Classical|Modern Era"
+    "QuickTime:GenreID:1769" "Music Videos|Classical|Orchestral" "QuickTime:GenreID:1770"
+    "Music Videos|Classical|Renaissance" "QuickTime:GenreID:1771"
+    "Music Videos|Classical|Romantic Era" "QuickTime:GenreID:1772"
+    "Music Videos|Classical|Wedding Music" "QuickTime:GenreID:1773" "Music Videos|Comedy|Novelty"
+    "QuickTime:GenreID:1774" "Music Videos|Comedy|Standup Comedy" "QuickTime:GenreID:1775"
+    "Music Videos|Country|Alternative Country" "QuickTime:GenreID:1776"
+    "Music Videos|Country|Americana" "QuickTime:GenreID:1777" "Music Videos|Country|Bluegrass"
+    "QuickTime:GenreID:1778" "Music Videos|Country|Contemporary Bluegrass" "QuickTime:GenreID:1779"
+    "Music Videos|Country|Contemporary Country" "QuickTime:GenreID:1780"
+    "Music Videos|Country|Country Gospel" "QuickTime:GenreID:1781" "Music Videos|Country|Honky Tonk"
+    "QuickTime:GenreID:1782" "Music Videos|Country|Outlaw Country" "QuickTime:GenreID:1783"
+    "Music Videos|Country|Traditional Bluegrass" "QuickTime:GenreID:1784"
+    "Music Videos|Country|Traditional Country" "QuickTime:GenreID:1785"
+    "Music Videos|Country|Urban Cowboy" "QuickTime:GenreID:1786" "Music Videos|Dance|Breakbeat"
+    "QuickTime:GenreID:1787" "Music Videos|Dance|Exercise" "QuickTime:GenreID:1788"
+    "Music Videos|Dance|Garage" "QuickTime:GenreID:1789" "Music Videos|Dance|Hardcore"
+    "QuickTime:GenreID:1790" "Music Videos|Dance|House" "QuickTime:GenreID:1791"
+    "Music Videos|Dance|Jungle/Drum'n'bass" "QuickTime:GenreID:1792" "Music Videos|Dance|Techno"
+    "QuickTime:GenreID:1793" "Music Videos|Dance|Trance" "QuickTime:GenreID:1794"
+    "Music Videos|Easy Listening|Lounge" "QuickTime:GenreID:1795"
+    "Music Videos|Easy Listening|Swing" "QuickTime:GenreID:1796" "Music Videos|Electronic|Ambient"
+    "QuickTime:GenreID:1797" "Music Videos|Electronic|Downtempo" "QuickTime:GenreID:1798"
+    "Music Videos|Electronic|Electronica" "QuickTime:GenreID:1799"
+    "Music Videos|Electronic|IDM/Experimental" "QuickTime:GenreID:18" "Music|Hip-Hop/Rap"
+    "QuickTime:GenreID:1800" "Music Videos|Electronic|Industrial" "QuickTime:GenreID:1801"
+    "Music Videos|Hip-Hop/Rap|Alternative Rap" "QuickTime:GenreID:1802"
+    "Music Videos|Hip-Hop/Rap|Dirty South" "QuickTime:GenreID:1803"
+    "Music Videos|Hip-Hop/Rap|East Coast Rap" "QuickTime:GenreID:1804"
+    "Music Videos|Hip-Hop/Rap|Gangsta Rap" "QuickTime:GenreID:1805"
+    "Music Videos|Hip-Hop/Rap|Hardcore Rap" "QuickTime:GenreID:1806"
+    "Music Videos|Hip-Hop/Rap|Hip-Hop" "QuickTime:GenreID:1807" "Music Videos|Hip-Hop/Rap|Latin Rap"
+    "QuickTime:GenreID:1808" "Music Videos|Hip-Hop/Rap|Old School Rap" "QuickTime:GenreID:1809"
+    "Music Videos|Hip-Hop/Rap|Rap" "QuickTime:GenreID:1810"
+    "Music Videos|Hip-Hop/Rap|Underground Rap" "QuickTime:GenreID:1811"
+    "Music Videos|Hip-Hop/Rap|West Coast Rap" "QuickTime:GenreID:1812"
+    "Music Videos|Holiday|Chanukah" "QuickTime:GenreID:1813" "Music Videos|Holiday|Christmas"
+    "QuickTime:GenreID:1814" "Music Videos|Holiday|Christmas: Children's" "QuickTime:GenreID:1815"
+    "Music Videos|Holiday|Christmas: Classic" "QuickTime:GenreID:1816"
+    "Music Videos|Holiday|Christmas: Classical" "QuickTime:GenreID:1817"
+    "Music Videos|Holiday|Christmas: Jazz" "QuickTime:GenreID:1818"
+    "Music Videos|Holiday|Christmas: Modern" "QuickTime:GenreID:1819"
+    "Music Videos|Holiday|Christmas: Pop" "QuickTime:GenreID:1820"
+    "Music Videos|Holiday|Christmas: R&B" "QuickTime:GenreID:1821"
+    "Music Videos|Holiday|Christmas: Religious" "QuickTime:GenreID:1822"
+    "Music Videos|Holiday|Christmas: Rock" "QuickTime:GenreID:1823" "Music Videos|Holiday|Easter"
+    "QuickTime:GenreID:1824" "Music Videos|Holiday|Halloween" "QuickTime:GenreID:1825"
+    "Music Videos|Holiday|Thanksgiving" "QuickTime:GenreID:1826"
+    "Music Videos|Jazz|Avant-Garde Jazz" "QuickTime:GenreID:1828" "Music Videos|Jazz|Bop"
+    "QuickTime:GenreID:1829" "Music Videos|Jazz|Contemporary Jazz" "QuickTime:GenreID:1830"
+    "Music Videos|Jazz|Cool Jazz" "QuickTime:GenreID:1831" "Music Videos|Jazz|Crossover Jazz"
+    "QuickTime:GenreID:1832" "Music Videos|Jazz|Dixieland" "QuickTime:GenreID:1833"
+    "Music Videos|Jazz|Fusion" "QuickTime:GenreID:1834" "Music Videos|Jazz|Hard Bop"
+    "QuickTime:GenreID:1835" "Music Videos|Jazz|Latin Jazz" "QuickTime:GenreID:1836"
+    "Music Videos|Jazz|Mainstream Jazz" "QuickTime:GenreID:1837" "Music Videos|Jazz|Ragtime"
+    "QuickTime:GenreID:1838" "Music Videos|Jazz|Smooth Jazz" "QuickTime:GenreID:1839"
+    "Music Videos|Jazz|Trad Jazz" "QuickTime:GenreID:1840"
+    "Music Videos|Latin|Alternative & Rock in Spanish" "QuickTime:GenreID:1841"
+    "Music Videos|Latin|Baladas y Boleros" "QuickTime:GenreID:1842"
+    "Music Videos|Latin|Contemporary Latin" "QuickTime:GenreID:1843" "Music Videos|Latin|Latin Jazz"
+    "QuickTime:GenreID:1844" "Music Videos|Latin|Latin Urban" "QuickTime:GenreID:1845"
+    "Music Videos|Latin|Pop in Spanish" "QuickTime:GenreID:1846" "Music Videos|Latin|Raices"
+    "QuickTime:GenreID:1847" "Music Videos|Latin|Musica Mexicana" "QuickTime:GenreID:1848"
+    "Music Videos|Latin|Salsa y Tropical" "QuickTime:GenreID:1849" "Music Videos|New Age|Healing"
+    "QuickTime:GenreID:1850" "Music Videos|New Age|Meditation" "QuickTime:GenreID:1851"
+    "Music Videos|New Age|Nature" "QuickTime:GenreID:1852" "Music Videos|New Age|Relaxation"
+    "QuickTime:GenreID:1853" "Music Videos|New Age|Travel" "QuickTime:GenreID:1854"
+    "Music Videos|Pop|Adult Contemporary" "QuickTime:GenreID:1855" "Music Videos|Pop|Britpop"
+    "QuickTime:GenreID:1856" "Music Videos|Pop|Pop/Rock" "QuickTime:GenreID:1857"
+    "Music Videos|Pop|Soft Rock" "QuickTime:GenreID:1858" "Music Videos|Pop|Teen Pop"
+    "QuickTime:GenreID:1859" "Music Videos|R&B/Soul|Contemporary R&B" "QuickTime:GenreID:1860"
+    "Music Videos|R&B/Soul|Disco" "QuickTime:GenreID:1861" "Music Videos|R&B/Soul|Doo Wop"
+    "QuickTime:GenreID:1862" "Music Videos|R&B/Soul|Funk" "QuickTime:GenreID:1863"
+    "Music Videos|R&B/Soul|Motown" "QuickTime:GenreID:1864" "Music Videos|R&B/Soul|Neo-Soul"
+    "QuickTime:GenreID:1865" "Music Videos|R&B/Soul|Soul" "QuickTime:GenreID:1866"
+    "Music Videos|Reggae|Modern Dancehall" "QuickTime:GenreID:1867" "Music Videos|Reggae|Dub"
+    "QuickTime:GenreID:1868" "Music Videos|Reggae|Roots Reggae" "QuickTime:GenreID:1869"
+    "Music Videos|Reggae|Ska" "QuickTime:GenreID:1870" "Music Videos|Rock|Adult Alternative"
+    "QuickTime:GenreID:1871" "Music Videos|Rock|American Trad Rock" "QuickTime:GenreID:1872"
+    "Music Videos|Rock|Arena Rock" "QuickTime:GenreID:1873" "Music Videos|Rock|Blues-Rock"
+    "QuickTime:GenreID:1874" "Music Videos|Rock|British Invasion" "QuickTime:GenreID:1875"
+    "Music Videos|Rock|Death Metal/Black Metal" "QuickTime:GenreID:1876"
+    "Music Videos|Rock|Glam Rock" "QuickTime:GenreID:1877" "Music Videos|Rock|Hair Metal"
+    "QuickTime:GenreID:1878" "Music Videos|Rock|Hard Rock" "QuickTime:GenreID:1879"
+    "Music Videos|Rock|Jam Bands" "QuickTime:GenreID:1880" "Music Videos|Rock|Prog-Rock/Art Rock"
+    "QuickTime:GenreID:1881" "Music Videos|Rock|Psychedelic" "QuickTime:GenreID:1882"
+    "Music Videos|Rock|Rock & Roll" "QuickTime:GenreID:1883" "Music Videos|Rock|Rockabilly"
+    "QuickTime:GenreID:1884" "Music Videos|Rock|Roots Rock" "QuickTime:GenreID:1885"
+    "Music Videos|Rock|Singer/Songwriter" "QuickTime:GenreID:1886" "Music Videos|Rock|Southern Rock"
+    "QuickTime:GenreID:1887" "Music Videos|Rock|Surf" "QuickTime:GenreID:1888"
+    "Music Videos|Rock|Tex-Mex" "QuickTime:GenreID:1889"
+    "Music Videos|Singer/Songwriter|Alternative Folk" "QuickTime:GenreID:1890"
+    "Music Videos|Singer/Songwriter|Contemporary Folk" "QuickTime:GenreID:1891"
+    "Music Videos|Singer/Songwriter|Contemporary Singer/Songwriter" "QuickTime:GenreID:1892"
+    "Music Videos|Singer/Songwriter|Folk-Rock" "QuickTime:GenreID:1893"
+    "Music Videos|Singer/Songwriter|New Acoustic" "QuickTime:GenreID:1894"
+    "Music Videos|Singer/Songwriter|Traditional Folk" "QuickTime:GenreID:1895"
+    "Music Videos|Soundtrack|Foreign Cinema" "QuickTime:GenreID:1896"
+    "Music Videos|Soundtrack|Musicals" "QuickTime:GenreID:1897"
+    "Music Videos|Soundtrack|Original Score" "QuickTime:GenreID:1898"
+    "Music Videos|Soundtrack|Soundtrack" "QuickTime:GenreID:1899"
+    "Music Videos|Soundtrack|TV Soundtrack" "QuickTime:GenreID:19" "Music|World"
+    "QuickTime:GenreID:1900" "Music Videos|Vocal|Standards" "QuickTime:GenreID:1901"
+    "Music Videos|Vocal|Traditional Pop" "QuickTime:GenreID:1902" "Music Videos|Jazz|Vocal Jazz"
+    "QuickTime:GenreID:1903" "Music Videos|Vocal|Vocal Pop" "QuickTime:GenreID:1904"
+    "Music Videos|African" "QuickTime:GenreID:1905" "Music Videos|African|Afro-Beat"
+    "QuickTime:GenreID:1906" "Music Videos|African|Afro-Pop" "QuickTime:GenreID:1907"
+    "Music Videos|World|Asia" "QuickTime:GenreID:1908" "Music Videos|World|Australia"
+    "QuickTime:GenreID:1909" "Music Videos|World|Cajun" "QuickTime:GenreID:1910"
+    "Music Videos|World|Caribbean" "QuickTime:GenreID:1911" "Music Videos|World|Celtic"
+    "QuickTime:GenreID:1912" "Music Videos|World|Celtic Folk" "QuickTime:GenreID:1913"
+    "Music Videos|World|Contemporary Celtic" "QuickTime:GenreID:1914" "Music Videos|World|Europe"
+    "QuickTime:GenreID:1915" "Music Videos|World|France" "QuickTime:GenreID:1916"
+    "Music Videos|World|Hawaii" "QuickTime:GenreID:1917" "Music Videos|World|Japan"
+    "QuickTime:GenreID:1918" "Music Videos|World|Klezmer" "QuickTime:GenreID:1919"
+    "Music Videos|World|North America" "QuickTime:GenreID:1920" "Music Videos|World|Polka"
+    "QuickTime:GenreID:1921" "Music Videos|World|South Africa" "QuickTime:GenreID:1922"
+    "Music Videos|World|South America" "QuickTime:GenreID:1923"
+    "Music Videos|World|Traditional Celtic" "QuickTime:GenreID:1924" "Music Videos|World|Worldbeat"
+    "QuickTime:GenreID:1925" "Music Videos|World|Zydeco" "QuickTime:GenreID:1926"
+    "QuickTime:GenreID:1928" "Music Videos|Classical|Art Song" "QuickTime:GenreID:1929"
+    "Music Videos|Classical|Brass & Woodwinds" "QuickTime:GenreID:1930"
+    "Music Videos|Classical|Solo Instrumental" "QuickTime:GenreID:1931"
+    "Music Videos|Classical|Contemporary Era" "QuickTime:GenreID:1932"
+    "Music Videos|Classical|Oratorio" "QuickTime:GenreID:1933" "Music Videos|Classical|Cantata"
+    "QuickTime:GenreID:1934" "Music Videos|Classical|Electronic" "QuickTime:GenreID:1935"
+    "Music Videos|Classical|Sacred" "QuickTime:GenreID:1936" "Music Videos|Classical|Guitar"
+    "QuickTime:GenreID:1938" "Music Videos|Classical|Violin" "QuickTime:GenreID:1939"
+    "Music Videos|Classical|Cello" "QuickTime:GenreID:1940" "Music Videos|Classical|Percussion"
+    "QuickTime:GenreID:1941" "Music Videos|Electronic|Dubstep" "QuickTime:GenreID:1942"
+    "Music Videos|Electronic|Bass" "QuickTime:GenreID:1943" "Music Videos|Hip-Hop/Rap|UK Hip-Hop"
+    "QuickTime:GenreID:1944" "Music Videos|Reggae|Lovers Rock" "QuickTime:GenreID:1945"
+    "Music Videos|Alternative|EMO" "QuickTime:GenreID:1946" "Music Videos|Alternative|Pop Punk"
+    "QuickTime:GenreID:1947" "Music Videos|Alternative|Indie Pop" "QuickTime:GenreID:1948"
+    "Music Videos|New Age|Yoga" "QuickTime:GenreID:1949" "Music Videos|Pop|Tribute"
+    "QuickTime:GenreID:1950" "Music Videos|Pop|Shows" "QuickTime:GenreID:1951" "Music Videos|Cuban"
+    "QuickTime:GenreID:1952" "Music Videos|Cuban|Mambo" "QuickTime:GenreID:1953"
+    "Music Videos|Cuban|Chachacha" "QuickTime:GenreID:1954" "Music Videos|Cuban|Guajira"
+    "QuickTime:GenreID:1955" "Music Videos|Cuban|Son" "QuickTime:GenreID:1956"
+    "Music Videos|Cuban|Bolero" "QuickTime:GenreID:1957" "Music Videos|Cuban|Guaracha"
+    "QuickTime:GenreID:1958" "Music Videos|Cuban|Timba" "QuickTime:GenreID:1959"
+    "Music Videos|Soundtrack|Video Game" "QuickTime:GenreID:1960"
+    "Music Videos|Indian|Regional Indian|Punjabi|Punjabi Pop" "QuickTime:GenreID:1961"
+    "Music Videos|Indian|Regional Indian|Bengali|Rabindra Sangeet" "QuickTime:GenreID:1962"
+    "Music Videos|Indian|Regional Indian|Malayalam" "QuickTime:GenreID:1963"
+    "Music Videos|Indian|Regional Indian|Kannada" "QuickTime:GenreID:1964"
+    "Music Videos|Indian|Regional Indian|Marathi" "QuickTime:GenreID:1965"
+    "Music Videos|Indian|Regional Indian|Gujarati" "QuickTime:GenreID:1966"
+    "Music Videos|Indian|Regional Indian|Assamese" "QuickTime:GenreID:1967"
+    "Music Videos|Indian|Regional Indian|Bhojpuri" "QuickTime:GenreID:1968"
+    "Music Videos|Indian|Regional Indian|Haryanvi" "QuickTime:GenreID:1969"
+    "Music Videos|Indian|Regional Indian|Odia" "QuickTime:GenreID:1970"
+    "Music Videos|Indian|Regional Indian|Rajasthani" "QuickTime:GenreID:1971"
+    "Music Videos|Indian|Regional Indian|Urdu" "QuickTime:GenreID:1972"
+    "Music Videos|Indian|Regional Indian|Punjabi" "QuickTime:GenreID:1973"
+    "Music Videos|Indian|Regional Indian|Bengali" "QuickTime:GenreID:1974"
+    "Music Videos|Indian|Indian Classical|Carnatic Classical" "QuickTime:GenreID:1975"
+    "Music Videos|Indian|Indian Classical|Hindustani Classical" "QuickTime:GenreID:1976"
+    "Music Videos|African|Afro House" "QuickTime:GenreID:1977" "Music Videos|African|Afro Soul"
+    "QuickTime:GenreID:1978" "Music Videos|African|Afrobeats" "QuickTime:GenreID:1979"
+    "Music Videos|African|Benga" "QuickTime:GenreID:1980" "Music Videos|African|Bongo-Flava"
+    "QuickTime:GenreID:1981" "Music Videos|African|Coupe-Decale" "QuickTime:GenreID:1982"
+    "Music Videos|African|Gqom" "QuickTime:GenreID:1983" "Music Videos|African|Highlife"
+    "QuickTime:GenreID:1984" "Music Videos|African|Kuduro" "QuickTime:GenreID:1985"
+    "Music Videos|African|Kizomba" "QuickTime:GenreID:1986" "Music Videos|African|Kwaito"
+    "QuickTime:GenreID:1987" "Music Videos|African|Mbalax" "QuickTime:GenreID:1988"
+    "Music Videos|African|Ndombolo" "QuickTime:GenreID:1989" "Music Videos|African|Shangaan Electro"
+    "QuickTime:GenreID:1990" "Music Videos|African|Soukous" "QuickTime:GenreID:1991"
+    "Music Videos|African|Taarab" "QuickTime:GenreID:1992" "Music Videos|African|Zouglou"
+    "QuickTime:GenreID:1993" "Music Videos|Turkish|Ozgun" "QuickTime:GenreID:1994"
+    "Music Videos|Turkish|Fantezi" "QuickTime:GenreID:1995" "Music Videos|Turkish|Religious"
+    "QuickTime:GenreID:1996" "Music Videos|Pop|Turkish Pop" "QuickTime:GenreID:1997"
+    "Music Videos|Rock|Turkish Rock" "QuickTime:GenreID:1998"
+    "Music Videos|Alternative|Turkish Alternative" "QuickTime:GenreID:1999"
+    "Music Videos|Hip-Hop/Rap|Turkish Hip-Hop/Rap" "QuickTime:GenreID:2" "Music|Blues"
+    "QuickTime:GenreID:20" "Music|Alternative" "QuickTime:GenreID:2000"
+    "Music Videos|African|Maskandi" "QuickTime:GenreID:2001" "Music Videos|Russian|Russian Romance"
+    "QuickTime:GenreID:2002" "Music Videos|Russian|Russian Bard" "QuickTime:GenreID:2003"
+    "Music Videos|Russian|Russian Pop" "QuickTime:GenreID:2004" "Music Videos|Russian|Russian Rock"
+    "QuickTime:GenreID:2005" "Music Videos|Russian|Russian Hip-Hop" "QuickTime:GenreID:2006"
+    "Music Videos|Arabic|Levant" "QuickTime:GenreID:2007" "Music Videos|Arabic|Levant|Dabke"
+    "QuickTime:GenreID:2008" "Music Videos|Arabic|Maghreb Rai" "QuickTime:GenreID:2009"
+    "Music Videos|Arabic|Khaleeji|Khaleeji Jalsat" "QuickTime:GenreID:2010"
+    "Music Videos|Arabic|Khaleeji|Khaleeji Shailat" "QuickTime:GenreID:2011" "Music Videos|Tarab"
+    "QuickTime:GenreID:2012" "Music Videos|Tarab|Iraqi Tarab" "QuickTime:GenreID:2013"
+    "Music Videos|Tarab|Egyptian Tarab" "QuickTime:GenreID:2014" "Music Videos|Tarab|Khaleeji Tarab"
+    "QuickTime:GenreID:2015" "Music Videos|Pop|Levant Pop" "QuickTime:GenreID:2016"
+    "Music Videos|Pop|Iraqi Pop" "QuickTime:GenreID:2017" "Music Videos|Pop|Egyptian Pop"
+    "QuickTime:GenreID:2018" "Music Videos|Pop|Maghreb Pop" "QuickTime:GenreID:2019"
+    "Music Videos|Pop|Khaleeji Pop" "QuickTime:GenreID:2020"
+    "Music Videos|Hip-Hop/Rap|Levant Hip-Hop" "QuickTime:GenreID:2021"
+    "Music Videos|Hip-Hop/Rap|Egyptian Hip-Hop" "QuickTime:GenreID:2022"
+    "Music Videos|Hip-Hop/Rap|Maghreb Hip-Hop" "QuickTime:GenreID:2023"
+    "Music Videos|Hip-Hop/Rap|Khaleeji Hip-Hop" "QuickTime:GenreID:2024"
+    "Music Videos|Alternative|Indie Levant" "QuickTime:GenreID:2025"
+    "Music Videos|Alternative|Indie Egyptian" "QuickTime:GenreID:2026"
+    "Music Videos|Alternative|Indie Maghreb" "QuickTime:GenreID:2027"
+    "Music Videos|Electronic|Levant Electronic" "QuickTime:GenreID:2028"
+    "Music Videos|Electronic|Electro-Cha'abi" "QuickTime:GenreID:2029"
+    "Music Videos|Electronic|Maghreb Electronic" "QuickTime:GenreID:2030"
+    "Music Videos|Folk|Iraqi Folk" "QuickTime:GenreID:2031" "Music Videos|Folk|Khaleeji Folk"
+    "QuickTime:GenreID:2032" "Music Videos|Dance|Maghreb Dance" "QuickTime:GenreID:21" "Music|Rock"
+    "QuickTime:GenreID:22" "QuickTime:GenreID:23" "Music|Vocal" "QuickTime:GenreID:24"
+    "Music|Reggae" "QuickTime:GenreID:25" "Music|Easy Listening" "QuickTime:GenreID:26" "Podcasts"
+    "QuickTime:GenreID:27" "Music|J-Pop" "QuickTime:GenreID:28" "Music|Enka" "QuickTime:GenreID:29"
+    "Music|Anime" "QuickTime:GenreID:3" "Music|Comedy" "QuickTime:GenreID:30" "Music|Kayokyoku"
+    "QuickTime:GenreID:31" "Music Videos" "QuickTime:GenreID:32" "TV Shows" "QuickTime:GenreID:33"
+    "Movies" "QuickTime:GenreID:34" "Music" "QuickTime:GenreID:35" "iPod Games"
+    "QuickTime:GenreID:36" "App Store" "QuickTime:GenreID:37" "Tones" "QuickTime:GenreID:38" "Books"
+    "QuickTime:GenreID:39" "Mac App Store" "QuickTime:GenreID:4" "Music|Children's Music"
+    "QuickTime:GenreID:40" "Textbooks" "QuickTime:GenreID:4000" "TV Shows|Comedy"
+    "QuickTime:GenreID:40000000" "iTunes U" "QuickTime:GenreID:40000001"
+    "iTunes U|Business & Economics" "QuickTime:GenreID:40000002"
+    "iTunes U|Business & Economics|Economics" "QuickTime:GenreID:40000003"
+    "iTunes U|Business & Economics|Finance" "QuickTime:GenreID:40000004"
+    "iTunes U|Business & Economics|Hospitality" "QuickTime:GenreID:40000005"
+    "iTunes U|Business & Economics|Management" "QuickTime:GenreID:40000006"
+    "iTunes U|Business & Economics|Marketing" "QuickTime:GenreID:40000007"
+    "iTunes U|Business & Economics|Personal Finance" "QuickTime:GenreID:40000008"
+    "iTunes U|Business & Economics|Real Estate" "QuickTime:GenreID:40000009" "iTunes U|Engineering"
+    "QuickTime:GenreID:40000010" "iTunes U|Engineering|Chemical & Petroleum Engineering"
+    "QuickTime:GenreID:40000011" "iTunes U|Engineering|Civil Engineering"
+    "QuickTime:GenreID:40000012" "iTunes U|Engineering|Computer Science"
+    "QuickTime:GenreID:40000013" "iTunes U|Engineering|Electrical Engineering"
+    "QuickTime:GenreID:40000014" "iTunes U|Engineering|Environmental Engineering"
+    "QuickTime:GenreID:40000015" "iTunes U|Engineering|Mechanical Engineering"
+    "QuickTime:GenreID:40000016" "iTunes U|Music, Art, & Design" "QuickTime:GenreID:40000017"
+    "iTunes U|Music, Art, & Design|Architecture" "QuickTime:GenreID:40000019"
+    "iTunes U|Music, Art, & Design|Art History" "QuickTime:GenreID:40000020"
+    "iTunes U|Music, Art, & Design|Dance" "QuickTime:GenreID:40000021"
+    "iTunes U|Music, Art, & Design|Film" "QuickTime:GenreID:40000022"
+    "iTunes U|Music, Art, & Design|Design" "QuickTime:GenreID:40000023"
+    "iTunes U|Music, Art, & Design|Interior Design" "QuickTime:GenreID:40000024"
+    "iTunes U|Music, Art, & Design|Music" "QuickTime:GenreID:40000025"
+    "iTunes U|Music, Art, & Design|Theater" "QuickTime:GenreID:40000026"
+    "iTunes U|Health & Medicine" "QuickTime:GenreID:40000027"
+    "iTunes U|Health & Medicine|Anatomy & Physiology" "QuickTime:GenreID:40000028"
+    "iTunes U|Health & Medicine|Behavioral Science" "QuickTime:GenreID:40000029"
+    "iTunes U|Health & Medicine|Dentistry" "QuickTime:GenreID:40000030"
+    "iTunes U|Health & Medicine|Diet & Nutrition" "QuickTime:GenreID:40000031"
+    "iTunes U|Health & Medicine|Emergency Medicine" "QuickTime:GenreID:40000032"
+    "iTunes U|Health & Medicine|Genetics" "QuickTime:GenreID:40000033"
+    "iTunes U|Health & Medicine|Gerontology" "QuickTime:GenreID:40000034"
+    "iTunes U|Health & Medicine|Health & Exercise Science" "QuickTime:GenreID:40000035"
+    "iTunes U|Health & Medicine|Immunology" "QuickTime:GenreID:40000036"
+    "iTunes U|Health & Medicine|Neuroscience" "QuickTime:GenreID:40000037"
+    "iTunes U|Health & Medicine|Pharmacology & Toxicology" "QuickTime:GenreID:40000038"
+    "iTunes U|Health & Medicine|Psychiatry" "QuickTime:GenreID:40000039"
+    "iTunes U|Health & Medicine|Global Health" "QuickTime:GenreID:40000040"
+    "iTunes U|Health & Medicine|Radiology" "QuickTime:GenreID:40000041" "iTunes U|History"
+    "QuickTime:GenreID:40000042" "iTunes U|History|Ancient History" "QuickTime:GenreID:40000043"
+    "iTunes U|History|Medieval History" "QuickTime:GenreID:40000044"
+    "iTunes U|History|Military History" "QuickTime:GenreID:40000045"
+    "iTunes U|History|Modern History" "QuickTime:GenreID:40000046"
+    "iTunes U|History|African History" "QuickTime:GenreID:40000047"
+    "iTunes U|History|Asia-Pacific History" "QuickTime:GenreID:40000048"
+    "iTunes U|History|European History" "QuickTime:GenreID:40000049"
+    "iTunes U|History|Middle Eastern History" "QuickTime:GenreID:40000050"
+    "iTunes U|History|North American History" "QuickTime:GenreID:40000051"
+    "iTunes U|History|South American History" "QuickTime:GenreID:40000053"
+    "iTunes U|Communications & Journalism" "QuickTime:GenreID:40000054" "iTunes U|Philosophy"
+    "QuickTime:GenreID:40000055" "iTunes U|Religion & Spirituality" "QuickTime:GenreID:40000056"
+    "iTunes U|Languages" "QuickTime:GenreID:40000057" "iTunes U|Languages|African Languages"
+    "QuickTime:GenreID:40000058" "iTunes U|Languages|Ancient Languages" "QuickTime:GenreID:40000061"
+    "iTunes U|Languages|English" "QuickTime:GenreID:40000063" "iTunes U|Languages|French"
+    "QuickTime:GenreID:40000064" "iTunes U|Languages|German" "QuickTime:GenreID:40000065"
+    "iTunes U|Languages|Italian" "QuickTime:GenreID:40000066" "iTunes U|Languages|Linguistics"
+    "QuickTime:GenreID:40000068" "iTunes U|Languages|Spanish" "QuickTime:GenreID:40000069"
+    "iTunes U|Languages|Speech Pathology" "QuickTime:GenreID:40000070"
+    "iTunes U|Writing & Literature" "QuickTime:GenreID:40000071"
+    "iTunes U|Writing & Literature|Anthologies" "QuickTime:GenreID:40000072"
+    "iTunes U|Writing & Literature|Biography" "QuickTime:GenreID:40000073"
+    "iTunes U|Writing & Literature|Classics" "QuickTime:GenreID:40000074"
+    "iTunes U|Writing & Literature|Literary Criticism" "QuickTime:GenreID:40000075"
+    "iTunes U|Writing & Literature|Fiction" "QuickTime:GenreID:40000076"
+    "iTunes U|Writing & Literature|Poetry" "QuickTime:GenreID:40000077" "iTunes U|Mathematics"
+    "QuickTime:GenreID:40000078" "iTunes U|Mathematics|Advanced Mathematics"
+    "QuickTime:GenreID:40000079" "iTunes U|Mathematics|Algebra" "QuickTime:GenreID:40000080"
+    "iTunes U|Mathematics|Arithmetic" "QuickTime:GenreID:40000081" "iTunes U|Mathematics|Calculus"
+    "QuickTime:GenreID:40000082" "iTunes U|Mathematics|Geometry" "QuickTime:GenreID:40000083"
+    "iTunes U|Mathematics|Statistics" "QuickTime:GenreID:40000084" "iTunes U|Science"
+    "QuickTime:GenreID:40000085" "iTunes U|Science|Agricultural" "QuickTime:GenreID:40000086"
+    "iTunes U|Science|Astronomy" "QuickTime:GenreID:40000087" "iTunes U|Science|Atmosphere"
+    "QuickTime:GenreID:40000088" "iTunes U|Science|Biology" "QuickTime:GenreID:40000089"
+    "iTunes U|Science|Chemistry" "QuickTime:GenreID:40000090" "iTunes U|Science|Ecology"
+    "QuickTime:GenreID:40000091" "iTunes U|Science|Geography" "QuickTime:GenreID:40000092"
+    "iTunes U|Science|Geology" "QuickTime:GenreID:40000093" "iTunes U|Science|Physics"
+    "QuickTime:GenreID:40000094" "iTunes U|Social Science" "QuickTime:GenreID:40000095"
+    "iTunes U|Law & Politics|Law" "QuickTime:GenreID:40000096"
+    "iTunes U|Law & Politics|Political Science" "QuickTime:GenreID:40000097"
+    "iTunes U|Law & Politics|Public Administration" "QuickTime:GenreID:40000098"
+    "iTunes U|Social Science|Psychology" "QuickTime:GenreID:40000099"
+    "iTunes U|Social Science|Social Welfare" "QuickTime:GenreID:40000100"
+    "iTunes U|Social Science|Sociology" "QuickTime:GenreID:40000101" "iTunes U|Society"
+    "QuickTime:GenreID:40000103" "iTunes U|Society|Asia Pacific Studies"
+    "QuickTime:GenreID:40000104" "iTunes U|Society|European Studies" "QuickTime:GenreID:40000105"
+    "iTunes U|Society|Indigenous Studies" "QuickTime:GenreID:40000106"
+    "iTunes U|Society|Latin & Caribbean Studies" "QuickTime:GenreID:40000107"
+    "iTunes U|Society|Middle Eastern Studies" "QuickTime:GenreID:40000108"
+    "iTunes U|Society|Women's Studies" "QuickTime:GenreID:40000109" "iTunes U|Teaching & Learning"
+    "QuickTime:GenreID:40000110" "iTunes U|Teaching & Learning|Curriculum & Teaching"
+    "QuickTime:GenreID:40000111" "iTunes U|Teaching & Learning|Educational Leadership"
+    "QuickTime:GenreID:40000112" "iTunes U|Teaching & Learning|Family & Childcare"
+    "QuickTime:GenreID:40000113" "iTunes U|Teaching & Learning|Learning Resources"
+    "QuickTime:GenreID:40000114" "iTunes U|Teaching & Learning|Psychology & Research"
+    "QuickTime:GenreID:40000115" "iTunes U|Teaching & Learning|Special Education"
+    "QuickTime:GenreID:40000116" "iTunes U|Music, Art, & Design|Culinary Arts"
+    "QuickTime:GenreID:40000117" "iTunes U|Music, Art, & Design|Fashion"
+    "QuickTime:GenreID:40000118" "iTunes U|Music, Art, & Design|Media Arts"
+    "QuickTime:GenreID:40000119" "iTunes U|Music, Art, & Design|Photography"
+    "QuickTime:GenreID:40000120" "iTunes U|Music, Art, & Design|Visual Art"
+    "QuickTime:GenreID:40000121" "iTunes U|Business & Economics|Entrepreneurship"
+    "QuickTime:GenreID:40000122" "iTunes U|Communications & Journalism|Broadcasting"
+    "QuickTime:GenreID:40000123" "iTunes U|Communications & Journalism|Digital Media"
+    "QuickTime:GenreID:40000124" "iTunes U|Communications & Journalism|Journalism"
+    "QuickTime:GenreID:40000125" "iTunes U|Communications & Journalism|Photojournalism"
+    "QuickTime:GenreID:40000126" "iTunes U|Communications & Journalism|Print"
+    "QuickTime:GenreID:40000127" "iTunes U|Communications & Journalism|Speech"
+    "QuickTime:GenreID:40000128" "iTunes U|Communications & Journalism|Writing"
+    "QuickTime:GenreID:40000129" "iTunes U|Health & Medicine|Nursing" "QuickTime:GenreID:40000130"
+    "iTunes U|Languages|Arabic" "QuickTime:GenreID:40000131" "iTunes U|Languages|Chinese"
+    "QuickTime:GenreID:40000132" "iTunes U|Languages|Hebrew" "QuickTime:GenreID:40000133"
+    "iTunes U|Languages|Hindi" "QuickTime:GenreID:40000134"
+    "iTunes U|Languages|Indigenous Languages" "QuickTime:GenreID:40000135"
+    "iTunes U|Languages|Japanese" "QuickTime:GenreID:40000136" "iTunes U|Languages|Korean"
+    "QuickTime:GenreID:40000137" "iTunes U|Languages|Other Languages" "QuickTime:GenreID:40000138"
+    "iTunes U|Languages|Portuguese" "QuickTime:GenreID:40000139" "iTunes U|Languages|Russian"
+    "QuickTime:GenreID:40000140" "iTunes U|Law & Politics" "QuickTime:GenreID:40000141"
+    "iTunes U|Law & Politics|Foreign Policy & International Relations" "QuickTime:GenreID:40000142"
+    "iTunes U|Law & Politics|Local Governments" "QuickTime:GenreID:40000143"
+    "iTunes U|Law & Politics|National Governments" "QuickTime:GenreID:40000144"
+    "iTunes U|Law & Politics|World Affairs" "QuickTime:GenreID:40000145"
+    "iTunes U|Writing & Literature|Comparative Literature" "QuickTime:GenreID:40000146"
+    "iTunes U|Philosophy|Aesthetics" "QuickTime:GenreID:40000147" "iTunes U|Philosophy|Epistemology"
+    "QuickTime:GenreID:40000148" "iTunes U|Philosophy|Ethics" "QuickTime:GenreID:40000149"
+    "iTunes U|Philosophy|Metaphysics" "QuickTime:GenreID:40000150"
+    "iTunes U|Philosophy|Political Philosophy" "QuickTime:GenreID:40000151"
+    "iTunes U|Philosophy|Logic" "QuickTime:GenreID:40000152"
+    "iTunes U|Philosophy|Philosophy of Language" "QuickTime:GenreID:40000153"
+    "iTunes U|Philosophy|Philosophy of Religion" "QuickTime:GenreID:40000154"
+    "iTunes U|Social Science|Archaeology" "QuickTime:GenreID:40000155"
+    "iTunes U|Social Science|Anthropology" "QuickTime:GenreID:40000156"
+    "iTunes U|Religion & Spirituality|Buddhism" "QuickTime:GenreID:40000157"
+    "iTunes U|Religion & Spirituality|Christianity" "QuickTime:GenreID:40000158"
+    "iTunes U|Religion & Spirituality|Comparative Religion" "QuickTime:GenreID:40000159"
+    "iTunes U|Religion & Spirituality|Hinduism" "QuickTime:GenreID:40000160"
+    "iTunes U|Religion & Spirituality|Islam" "QuickTime:GenreID:40000161"
+    "iTunes U|Religion & Spirituality|Judaism" "QuickTime:GenreID:40000162"
+    "iTunes U|Religion & Spirituality|Other Religions" "QuickTime:GenreID:40000163"
+    "iTunes U|Religion & Spirituality|Spirituality" "QuickTime:GenreID:40000164"
+    "iTunes U|Science|Environment" "QuickTime:GenreID:40000165" "iTunes U|Society|African Studies"
+    "QuickTime:GenreID:40000166" "iTunes U|Society|American Studies" "QuickTime:GenreID:40000167"
+    "iTunes U|Society|Cross-cultural Studies" "QuickTime:GenreID:40000168"
+    "iTunes U|Society|Immigration & Emigration" "QuickTime:GenreID:40000169"
+    "iTunes U|Society|Race & Ethnicity Studies" "QuickTime:GenreID:40000170"
+    "iTunes U|Society|Sexuality Studies" "QuickTime:GenreID:40000171"
+    "iTunes U|Teaching & Learning|Educational Technology" "QuickTime:GenreID:40000172"
+    "iTunes U|Teaching & Learning|Information/Library Science" "QuickTime:GenreID:40000173"
+    "iTunes U|Languages|Dutch" "QuickTime:GenreID:40000174" "iTunes U|Languages|Luxembourgish"
+    "QuickTime:GenreID:40000175" "iTunes U|Languages|Swedish" "QuickTime:GenreID:40000176"
+    "iTunes U|Languages|Norwegian" "QuickTime:GenreID:40000177" "iTunes U|Languages|Finnish"
+    "QuickTime:GenreID:40000178" "iTunes U|Languages|Danish" "QuickTime:GenreID:40000179"
+    "iTunes U|Languages|Polish" "QuickTime:GenreID:40000180" "iTunes U|Languages|Turkish"
+    "QuickTime:GenreID:40000181" "iTunes U|Languages|Flemish" "QuickTime:GenreID:4001"
+    "TV Shows|Drama" "QuickTime:GenreID:4002" "TV Shows|Animation" "QuickTime:GenreID:4003"
+    "TV Shows|Action & Adventure" "QuickTime:GenreID:4004" "TV Shows|Classics"
+    "QuickTime:GenreID:4005" "TV Shows|Kids & Family" "QuickTime:GenreID:4006" "TV Shows|Nonfiction"
+    "QuickTime:GenreID:4007" "TV Shows|Reality TV" "QuickTime:GenreID:4008"
+    "TV Shows|Sci-Fi & Fantasy" "QuickTime:GenreID:4009" "TV Shows|Sports" "QuickTime:GenreID:4010"
+    "TV Shows|Teens" "QuickTime:GenreID:4011" "TV Shows|Latino TV" "QuickTime:GenreID:4401"
+    "Movies|Action & Adventure" "QuickTime:GenreID:4402" "Movies|Anime" "QuickTime:GenreID:4403"
+    "Movies|Classics" "QuickTime:GenreID:4404" "Movies|Comedy" "QuickTime:GenreID:4405"
+    "Movies|Documentary" "QuickTime:GenreID:4406" "Movies|Drama" "QuickTime:GenreID:4407"
+    "Movies|Foreign" "QuickTime:GenreID:4408" "Movies|Horror" "QuickTime:GenreID:4409"
+    "Movies|Independent" "QuickTime:GenreID:4410" "Movies|Kids & Family" "QuickTime:GenreID:4411"
+    "Movies|Musicals" "QuickTime:GenreID:4412" "Movies|Romance" "QuickTime:GenreID:4413"
+    "Movies|Sci-Fi & Fantasy" "QuickTime:GenreID:4414" "Movies|Short Films" "QuickTime:GenreID:4415"
+    "Movies|Special Interest" "QuickTime:GenreID:4416" "Movies|Thriller" "QuickTime:GenreID:4417"
+    "Movies|Sports" "QuickTime:GenreID:4418" "Movies|Western" "QuickTime:GenreID:4419"
+    "Movies|Urban" "QuickTime:GenreID:4420" "Movies|Holiday" "QuickTime:GenreID:4421"
+    "Movies|Made for TV" "QuickTime:GenreID:4422" "Movies|Concert Films" "QuickTime:GenreID:4423"
+    "Movies|Music Documentaries" "QuickTime:GenreID:4424" "Movies|Music Feature Films"
+    "QuickTime:GenreID:4425" "Movies|Japanese Cinema" "QuickTime:GenreID:4426" "Movies|Jidaigeki"
+    "QuickTime:GenreID:4427" "Movies|Tokusatsu" "QuickTime:GenreID:4428" "Movies|Korean Cinema"
+    "QuickTime:GenreID:4429" "Movies|Russian" "QuickTime:GenreID:4430" "Movies|Turkish"
+    "QuickTime:GenreID:4431" "Movies|Bollywood" "QuickTime:GenreID:4432" "Movies|Regional Indian"
+    "QuickTime:GenreID:4433" "Movies|Middle Eastern" "QuickTime:GenreID:4434" "Movies|African"
+    "QuickTime:GenreID:5" "Music|Classical" "QuickTime:GenreID:50" "Music|Fitness & Workout"
+    "QuickTime:GenreID:500" "Fitness Music" "QuickTime:GenreID:50000024" "Audiobooks"
+    "QuickTime:GenreID:50000040" "Audiobooks|Fiction" "QuickTime:GenreID:50000041"
+    "Audiobooks|Arts & Entertainment" "QuickTime:GenreID:50000042"
+    "Audiobooks|Biographies & Memoirs" "QuickTime:GenreID:50000043"
+    "Audiobooks|Business & Personal Finance" "QuickTime:GenreID:50000044"
+    "Audiobooks|Kids & Young Adults" "QuickTime:GenreID:50000045" "Audiobooks|Classics"
+    "QuickTime:GenreID:50000046" "Audiobooks|Comedy" "QuickTime:GenreID:50000047"
+    "Audiobooks|Drama & Poetry" "QuickTime:GenreID:50000048" "Audiobooks|Speakers & Storytellers"
+    "QuickTime:GenreID:50000049" "Audiobooks|History" "QuickTime:GenreID:50000050"
+    "Audiobooks|Languages" "QuickTime:GenreID:50000051" "Audiobooks|Mysteries & Thrillers"
+    "QuickTime:GenreID:50000052" "Audiobooks|Nonfiction" "QuickTime:GenreID:50000053"
+    "Audiobooks|Religion & Spirituality" "QuickTime:GenreID:50000054" "Audiobooks|Science & Nature"
+    "QuickTime:GenreID:50000055" "Audiobooks|Sci Fi & Fantasy" "QuickTime:GenreID:50000056"
+    "Audiobooks|Self-Development" "QuickTime:GenreID:50000057" "Audiobooks|Sports & Outdoors"
+    "QuickTime:GenreID:50000058" "Audiobooks|Technology" "QuickTime:GenreID:50000059"
+    "Audiobooks|Travel & Adventure" "QuickTime:GenreID:50000061" "Music|Spoken Word"
+    "QuickTime:GenreID:50000063" "Music|Disney" "QuickTime:GenreID:50000064" "Music|French Pop"
+    "QuickTime:GenreID:50000066" "Music|German Pop" "QuickTime:GenreID:50000068" "Music|German Folk"
+    "QuickTime:GenreID:50000069" "Audiobooks|Romance" "QuickTime:GenreID:50000070"
+    "Audiobooks|Audiobooks Latino" "QuickTime:GenreID:50000071"
+    "Books|Comics & Graphic Novels|Manga|Action" "QuickTime:GenreID:50000072"
+    "Books|Comics & Graphic Novels|Manga|Comedy" "QuickTime:GenreID:50000073"
+    "Books|Comics & Graphic Novels|Manga|Erotica" "QuickTime:GenreID:50000074"
+    "Books|Comics & Graphic Novels|Manga|Fantasy" "QuickTime:GenreID:50000075"
+    "Books|Comics & Graphic Novels|Manga|Four Cell Manga" "QuickTime:GenreID:50000076"
+    "Books|Comics & Graphic Novels|Manga|Gay & Lesbian" "QuickTime:GenreID:50000077"
+    "Books|Comics & Graphic Novels|Manga|Hard-Boiled" "QuickTime:GenreID:50000078"
+    "Books|Comics & Graphic Novels|Manga|Heroes" "QuickTime:GenreID:50000079"
+    "Books|Comics & Graphic Novels|Manga|Historical Fiction" "QuickTime:GenreID:50000080"
+    "Books|Comics & Graphic Novels|Manga|Mecha" "QuickTime:GenreID:50000081"
+    "Books|Comics & Graphic Novels|Manga|Mystery" "QuickTime:GenreID:50000082"
+    "Books|Comics & Graphic Novels|Manga|Nonfiction" "QuickTime:GenreID:50000083"
+    "Books|Comics & Graphic Novels|Manga|Religious" "QuickTime:GenreID:50000084"
+    "Books|Comics & Graphic Novels|Manga|Romance" "QuickTime:GenreID:50000085"
+    "Books|Comics & Graphic Novels|Manga|Romantic Comedy" "QuickTime:GenreID:50000086"
+    "Books|Comics & Graphic Novels|Manga|Science Fiction" "QuickTime:GenreID:50000087"
+    "Books|Comics & Graphic Novels|Manga|Sports" "QuickTime:GenreID:50000088"
+    "Books|Fiction & Literature|Light Novels" "QuickTime:GenreID:50000089"
+    "Books|Comics & Graphic Novels|Manga|Horror" "QuickTime:GenreID:50000090"
+    "Books|Comics & Graphic Novels|Comics" "QuickTime:GenreID:50000091"
+    "Books|Romance|Multicultural" "QuickTime:GenreID:50000092" "Audiobooks|Erotica"
+    "QuickTime:GenreID:50000093" "Audiobooks|Light Novels" "QuickTime:GenreID:501"
+    "Fitness Music|Pop" "QuickTime:GenreID:502" "Fitness Music|Dance" "QuickTime:GenreID:503"
+    "Fitness Music|Hip-Hop" "QuickTime:GenreID:504" "Fitness Music|Rock" "QuickTime:GenreID:505"
+    "Fitness Music|Alt/Indie" "QuickTime:GenreID:506" "Fitness Music|Latino" "QuickTime:GenreID:507"
+    "Fitness Music|Country" "QuickTime:GenreID:508" "Fitness Music|World" "QuickTime:GenreID:509"
+    "Fitness Music|New Age" "QuickTime:GenreID:51" "Music|Pop|K-Pop" "QuickTime:GenreID:510"
+    "Fitness Music|Classical" "QuickTime:GenreID:52" "Music|Karaoke" "QuickTime:GenreID:53"
+    "Music|Instrumental" "QuickTime:GenreID:6" "Music|Country" "QuickTime:GenreID:6000"
+    "App Store|Business" "QuickTime:GenreID:6001" "App Store|Weather" "QuickTime:GenreID:6002"
+    "App Store|Utilities" "QuickTime:GenreID:6003" "App Store|Travel" "QuickTime:GenreID:6004"
+    "App Store|Sports" "QuickTime:GenreID:6005" "App Store|Social Networking"
+    "QuickTime:GenreID:6006" "App Store|Reference" "QuickTime:GenreID:6007" "App Store|Productivity"
+    "QuickTime:GenreID:6008" "App Store|Photo & Video" "QuickTime:GenreID:6009" "App Store|News"
+    "QuickTime:GenreID:6010" "App Store|Navigation" "QuickTime:GenreID:6011" "App Store|Music"
+    "QuickTime:GenreID:6012" "App Store|Lifestyle" "QuickTime:GenreID:6013"
+    "App Store|Health & Fitness" "QuickTime:GenreID:6014" "App Store|Games" "QuickTime:GenreID:6015"
+    "App Store|Finance" "QuickTime:GenreID:6016" "App Store|Entertainment" "QuickTime:GenreID:6017"
+    "App Store|Education" "QuickTime:GenreID:6018" "App Store|Books" "QuickTime:GenreID:6020"
+    "App Store|Medical" "QuickTime:GenreID:6021" "App Store|Magazines & Newspapers"
+    "QuickTime:GenreID:6022" "App Store|Catalogs" "QuickTime:GenreID:6023" "App Store|Food & Drink"
+    "QuickTime:GenreID:6024" "App Store|Shopping" "QuickTime:GenreID:6025" "App Store|Stickers"
+    "QuickTime:GenreID:6026" "App Store|Developer Tools" "QuickTime:GenreID:6027"
+    "App Store|Graphics & Design" "QuickTime:GenreID:7" "Music|Electronic" "QuickTime:GenreID:7001"
+    "App Store|Games|Action" "QuickTime:GenreID:7002" "App Store|Games|Adventure"
+    "QuickTime:GenreID:7003" "App Store|Games|Casual" "QuickTime:GenreID:7004"
+    "App Store|Games|Board" "QuickTime:GenreID:7005" "App Store|Games|Card" "QuickTime:GenreID:7006"
+    "App Store|Games|Casino" "QuickTime:GenreID:7007" "App Store|Games|Dice"
+    "QuickTime:GenreID:7008" "App Store|Games|Educational" "QuickTime:GenreID:7009"
+    "App Store|Games|Family" "QuickTime:GenreID:7011" "App Store|Games|Music"
+    "QuickTime:GenreID:7012" "App Store|Games|Puzzle" "QuickTime:GenreID:7013"
+    "App Store|Games|Racing" "QuickTime:GenreID:7014" "App Store|Games|Role Playing"
+    "QuickTime:GenreID:7015" "App Store|Games|Simulation" "QuickTime:GenreID:7016"
+    "App Store|Games|Sports" "QuickTime:GenreID:7017" "App Store|Games|Strategy"
+    "QuickTime:GenreID:7018" "App Store|Games|Trivia" "QuickTime:GenreID:7019"
+    "App Store|Games|Word" "QuickTime:GenreID:74" "Audiobooks|News" "QuickTime:GenreID:75"
+    "Audiobooks|Programs & Performances" "QuickTime:GenreID:8" "Music|Holiday"
+    "QuickTime:GenreID:8001" "Tones|Ringtones|Alternative" "QuickTime:GenreID:8002"
+    "Tones|Ringtones|Blues" "QuickTime:GenreID:8003" "Tones|Ringtones|Children's Music"
+    "QuickTime:GenreID:8004" "Tones|Ringtones|Classical" "QuickTime:GenreID:8005"
+    "Tones|Ringtones|Comedy" "QuickTime:GenreID:8006" "Tones|Ringtones|Country"
+    "QuickTime:GenreID:8007" "Tones|Ringtones|Dance" "QuickTime:GenreID:8008"
+    "Tones|Ringtones|Electronic" "QuickTime:GenreID:8009" "Tones|Ringtones|Enka"
+    "QuickTime:GenreID:8010" "Tones|Ringtones|French Pop" "QuickTime:GenreID:8011"
+    "Tones|Ringtones|German Folk" "QuickTime:GenreID:8012" "Tones|Ringtones|German Pop"
+    "QuickTime:GenreID:8013" "Tones|Ringtones|Hip-Hop/Rap" "QuickTime:GenreID:8014"
+    "Tones|Ringtones|Holiday" "QuickTime:GenreID:8015" "Tones|Ringtones|Inspirational"
+    "QuickTime:GenreID:8016" "Tones|Ringtones|J-Pop" "QuickTime:GenreID:8017" "Tones|Ringtones|Jazz"
+    "QuickTime:GenreID:8018" "Tones|Ringtones|Kayokyoku" "QuickTime:GenreID:8019"
+    "Tones|Ringtones|Latin" "QuickTime:GenreID:8020" "Tones|Ringtones|New Age"
+    "QuickTime:GenreID:8021" "Tones|Ringtones|Classical|Opera" "QuickTime:GenreID:8022"
+    "Tones|Ringtones|Pop" "QuickTime:GenreID:8023" "Tones|Ringtones|R&B/Soul"
+    "QuickTime:GenreID:8024" "Tones|Ringtones|Reggae" "QuickTime:GenreID:8025"
+    "Tones|Ringtones|Rock" "QuickTime:GenreID:8026" "Tones|Ringtones|Singer/Songwriter"
+    "QuickTime:GenreID:8027" "Tones|Ringtones|Soundtrack" "QuickTime:GenreID:8028"
+    "Tones|Ringtones|Spoken Word" "QuickTime:GenreID:8029" "Tones|Ringtones|Vocal"
+    "QuickTime:GenreID:8030" "Tones|Ringtones|World" "QuickTime:GenreID:8050"
+    "Tones|Alert Tones|Sound Effects" "QuickTime:GenreID:8051" "Tones|Alert Tones|Dialogue"
+    "QuickTime:GenreID:8052" "Tones|Alert Tones|Music" "QuickTime:GenreID:8053" "Tones|Ringtones"
+    "QuickTime:GenreID:8054" "Tones|Alert Tones" "QuickTime:GenreID:8055"
+    "Tones|Ringtones|Alternative|Chinese Alt" "QuickTime:GenreID:8056"
+    "Tones|Ringtones|Alternative|College Rock" "QuickTime:GenreID:8057"
+    "Tones|Ringtones|Alternative|Goth Rock" "QuickTime:GenreID:8058"
+    "Tones|Ringtones|Alternative|Grunge" "QuickTime:GenreID:8059"
+    "Tones|Ringtones|Alternative|Indie Rock" "QuickTime:GenreID:8060"
+    "Tones|Ringtones|Alternative|Korean Indie" "QuickTime:GenreID:8061"
+    "Tones|Ringtones|Alternative|New Wave" "QuickTime:GenreID:8062"
+    "Tones|Ringtones|Alternative|Punk" "QuickTime:GenreID:8063" "Tones|Ringtones|Anime"
+    "QuickTime:GenreID:8064" "Tones|Ringtones|Arabic" "QuickTime:GenreID:8065"
+    "Tones|Ringtones|Arabic|Arabic Pop" "QuickTime:GenreID:8066" "Tones|Ringtones|Arabic|Islamic"
+    "QuickTime:GenreID:8067" "Tones|Ringtones|Arabic|Khaleeji" "QuickTime:GenreID:8068"
+    "Tones|Ringtones|Arabic|North African" "QuickTime:GenreID:8069"
+    "Tones|Ringtones|Blues|Acoustic Blues" "QuickTime:GenreID:8070"
+    "Tones|Ringtones|Blues|Chicago Blues" "QuickTime:GenreID:8071"
+    "Tones|Ringtones|Blues|Classic Blues" "QuickTime:GenreID:8072"
+    "Tones|Ringtones|Blues|Contemporary Blues" "QuickTime:GenreID:8073"
+    "Tones|Ringtones|Blues|Country Blues" "QuickTime:GenreID:8074"
+    "Tones|Ringtones|Blues|Delta Blues" "QuickTime:GenreID:8075"
+    "Tones|Ringtones|Blues|Electric Blues" "QuickTime:GenreID:8076" "Tones|Ringtones|Brazilian"
+    "QuickTime:GenreID:8077" "Tones|Ringtones|Brazilian|Axe" "QuickTime:GenreID:8078"
+    "Tones|Ringtones|Brazilian|Baile Funk" "QuickTime:GenreID:8079"
+    "Tones|Ringtones|Brazilian|Bossa Nova" "QuickTime:GenreID:8080"
+    "Tones|Ringtones|Brazilian|Choro" "QuickTime:GenreID:8081" "Tones|Ringtones|Brazilian|Forro"
+    "QuickTime:GenreID:8082" "Tones|Ringtones|Brazilian|Frevo" "QuickTime:GenreID:8083"
+    "Tones|Ringtones|Brazilian|MPB" "QuickTime:GenreID:8084" "Tones|Ringtones|Brazilian|Pagode"
+    "QuickTime:GenreID:8085" "Tones|Ringtones|Brazilian|Samba" "QuickTime:GenreID:8086"
+    "Tones|Ringtones|Brazilian|Sertanejo" "QuickTime:GenreID:8087"
+    "Tones|Ringtones|Children's Music|Lullabies" "QuickTime:GenreID:8088"
+    "Tones|Ringtones|Children's Music|Sing-Along" "QuickTime:GenreID:8089"
+    "Tones|Ringtones|Children's Music|Stories" "QuickTime:GenreID:8090" "Tones|Ringtones|Chinese"
+    "QuickTime:GenreID:8091" "Tones|Ringtones|Chinese|Chinese Classical" "QuickTime:GenreID:8092"
+    "Tones|Ringtones|Chinese|Chinese Flute" "QuickTime:GenreID:8093"
+    "Tones|Ringtones|Chinese|Chinese Opera" "QuickTime:GenreID:8094"
+    "Tones|Ringtones|Chinese|Chinese Orchestral" "QuickTime:GenreID:8095"
+    "Tones|Ringtones|Chinese|Chinese Regional Folk" "QuickTime:GenreID:8096"
+    "Tones|Ringtones|Chinese|Chinese Strings" "QuickTime:GenreID:8097"
+    "Tones|Ringtones|Chinese|Taiwanese Folk" "QuickTime:GenreID:8098"
+    "Tones|Ringtones|Chinese|Tibetan Native Music" "QuickTime:GenreID:8099"
+    "Tones|Ringtones|Christian & Gospel" "QuickTime:GenreID:8100"
+    "Tones|Ringtones|Christian & Gospel|CCM" "QuickTime:GenreID:8101"
+    "Tones|Ringtones|Christian & Gospel|Christian Metal" "QuickTime:GenreID:8102"
+    "Tones|Ringtones|Christian & Gospel|Christian Pop" "QuickTime:GenreID:8103"
+    "Tones|Ringtones|Christian & Gospel|Christian Rap" "QuickTime:GenreID:8104"
+    "Tones|Ringtones|Christian & Gospel|Christian Rock" "QuickTime:GenreID:8105"
+    "Tones|Ringtones|Christian & Gospel|Classic Christian" "QuickTime:GenreID:8106"
+    "Tones|Ringtones|Christian & Gospel|Contemporary Gospel" "QuickTime:GenreID:8107"
+    "Tones|Ringtones|Christian & Gospel|Gospel" "QuickTime:GenreID:8108"
+    "Tones|Ringtones|Christian & Gospel|Praise & Worship" "QuickTime:GenreID:8109"
+    "Tones|Ringtones|Christian & Gospel|Southern Gospel" "QuickTime:GenreID:8110"
+    "Tones|Ringtones|Christian & Gospel|Traditional Gospel" "QuickTime:GenreID:8111"
+    "Tones|Ringtones|Classical|Avant-Garde" "QuickTime:GenreID:8112"
+    "Tones|Ringtones|Classical|Baroque Era" "QuickTime:GenreID:8113"
+    "Tones|Ringtones|Classical|Chamber Music" "QuickTime:GenreID:8114"
+    "Tones|Ringtones|Classical|Chant" "QuickTime:GenreID:8115" "Tones|Ringtones|Classical|Choral"
+    "QuickTime:GenreID:8116" "Tones|Ringtones|Classical|Classical Crossover"
+    "QuickTime:GenreID:8117" "Tones|Ringtones|Classical|Early Music" "QuickTime:GenreID:8118"
+    "Tones|Ringtones|Classical|High Classical" "QuickTime:GenreID:8119"
+    "Tones|Ringtones|Classical|Impressionist" "QuickTime:GenreID:8120"
+    "Tones|Ringtones|Classical|Medieval Era" "QuickTime:GenreID:8121"
+    "Tones|Ringtones|Classical|Minimalism" "QuickTime:GenreID:8122"
+    "Tones|Ringtones|Classical|Modern Era" "QuickTime:GenreID:8123"
+    "Tones|Ringtones|Classical|Orchestral" "QuickTime:GenreID:8124"
+    "Tones|Ringtones|Classical|Renaissance" "QuickTime:GenreID:8125"
+    "Tones|Ringtones|Classical|Romantic Era" "QuickTime:GenreID:8126"
+    "Tones|Ringtones|Classical|Wedding Music" "QuickTime:GenreID:8127"
+    "Tones|Ringtones|Comedy|Novelty" "QuickTime:GenreID:8128"
+    "Tones|Ringtones|Comedy|Standup Comedy" "QuickTime:GenreID:8129"
+    "Tones|Ringtones|Country|Alternative Country" "QuickTime:GenreID:8130"
+    "Tones|Ringtones|Country|Americana" "QuickTime:GenreID:8131" "Tones|Ringtones|Country|Bluegrass"
+    "QuickTime:GenreID:8132" "Tones|Ringtones|Country|Contemporary Bluegrass"
+    "QuickTime:GenreID:8133" "Tones|Ringtones|Country|Contemporary Country" "QuickTime:GenreID:8134"
+    "Tones|Ringtones|Country|Country Gospel" "QuickTime:GenreID:8135"
+    "Tones|Ringtones|Country|Honky Tonk" "QuickTime:GenreID:8136"
+    "Tones|Ringtones|Country|Outlaw Country" "QuickTime:GenreID:8137"
+    "Tones|Ringtones|Country|Thai Country" "QuickTime:GenreID:8138"
+    "Tones|Ringtones|Country|Traditional Bluegrass" "QuickTime:GenreID:8139"
+    "Tones|Ringtones|Country|Traditional Country" "QuickTime:GenreID:8140"
+    "Tones|Ringtones|Country|Urban Cowboy" "QuickTime:GenreID:8141"
+    "Tones|Ringtones|Dance|Breakbeat" "QuickTime:GenreID:8142" "Tones|Ringtones|Dance|Exercise"
+    "QuickTime:GenreID:8143" "Tones|Ringtones|Dance|Garage" "QuickTime:GenreID:8144"
+    "Tones|Ringtones|Dance|Hardcore" "QuickTime:GenreID:8145" "Tones|Ringtones|Dance|House"
+    "QuickTime:GenreID:8146" "Tones|Ringtones|Dance|Jungle/Drum'n'bass" "QuickTime:GenreID:8147"
+    "Tones|Ringtones|Dance|Techno" "QuickTime:GenreID:8148" "Tones|Ringtones|Dance|Trance"
+    "QuickTime:GenreID:8149" "Tones|Ringtones|Disney" "QuickTime:GenreID:8150"
+    "Tones|Ringtones|Easy Listening" "QuickTime:GenreID:8151"
+    "Tones|Ringtones|Easy Listening|Lounge" "QuickTime:GenreID:8152"
+    "Tones|Ringtones|Easy Listening|Swing" "QuickTime:GenreID:8153"
+    "Tones|Ringtones|Electronic|Ambient" "QuickTime:GenreID:8154"
+    "Tones|Ringtones|Electronic|Downtempo" "QuickTime:GenreID:8155"
+    "Tones|Ringtones|Electronic|Electronica" "QuickTime:GenreID:8156"
+    "Tones|Ringtones|Electronic|IDM/Experimental" "QuickTime:GenreID:8157"
+    "Tones|Ringtones|Electronic|Industrial" "QuickTime:GenreID:8158"
+    "Tones|Ringtones|Fitness & Workout" "QuickTime:GenreID:8159" "Tones|Ringtones|Folk"
+    "QuickTime:GenreID:8160" "Tones|Ringtones|Hip-Hop/Rap|Alternative Rap" "QuickTime:GenreID:8161"
+    "Tones|Ringtones|Hip-Hop/Rap|Chinese Hip-Hop" "QuickTime:GenreID:8162"
+    "Tones|Ringtones|Hip-Hop/Rap|Dirty South" "QuickTime:GenreID:8163"
+    "Tones|Ringtones|Hip-Hop/Rap|East Coast Rap" "QuickTime:GenreID:8164"
+    "Tones|Ringtones|Hip-Hop/Rap|Gangsta Rap" "QuickTime:GenreID:8165"
+    "Tones|Ringtones|Hip-Hop/Rap|Hardcore Rap" "QuickTime:GenreID:8166"
+    "Tones|Ringtones|Hip-Hop/Rap|Hip-Hop" "QuickTime:GenreID:8167"
+    "Tones|Ringtones|Hip-Hop/Rap|Korean Hip-Hop" "QuickTime:GenreID:8168"
+    "Tones|Ringtones|Hip-Hop/Rap|Latin Rap" "QuickTime:GenreID:8169"
+    "Tones|Ringtones|Hip-Hop/Rap|Old School Rap" "QuickTime:GenreID:8170"
+    "Tones|Ringtones|Hip-Hop/Rap|Rap" "QuickTime:GenreID:8171"
+    "Tones|Ringtones|Hip-Hop/Rap|Underground Rap" "QuickTime:GenreID:8172"
+    "Tones|Ringtones|Hip-Hop/Rap|West Coast Rap" "QuickTime:GenreID:8173"
+    "Tones|Ringtones|Holiday|Chanukah" "QuickTime:GenreID:8174" "Tones|Ringtones|Holiday|Christmas"
+    "QuickTime:GenreID:8175" "Tones|Ringtones|Holiday|Christmas: Children's"
+    "QuickTime:GenreID:8176" "Tones|Ringtones|Holiday|Christmas: Classic" "QuickTime:GenreID:8177"
+    "Tones|Ringtones|Holiday|Christmas: Classical" "QuickTime:GenreID:8178"
+    "Tones|Ringtones|Holiday|Christmas: Jazz" "QuickTime:GenreID:8179"
+    "Tones|Ringtones|Holiday|Christmas: Modern" "QuickTime:GenreID:8180"
+    "Tones|Ringtones|Holiday|Christmas: Pop" "QuickTime:GenreID:8181"
+    "Tones|Ringtones|Holiday|Christmas: R&B" "QuickTime:GenreID:8182"
+    "Tones|Ringtones|Holiday|Christmas: Religious" "QuickTime:GenreID:8183"
+    "Tones|Ringtones|Holiday|Christmas: Rock" "QuickTime:GenreID:8184"
+    "Tones|Ringtones|Holiday|Easter" "QuickTime:GenreID:8185" "Tones|Ringtones|Holiday|Halloween"
+    "QuickTime:GenreID:8186" "Tones|Ringtones|Holiday|Thanksgiving" "QuickTime:GenreID:8187"
+    "Tones|Ringtones|Indian" "QuickTime:GenreID:8188" "Tones|Ringtones|Indian|Bollywood"
+    "QuickTime:GenreID:8189" "Tones|Ringtones|Indian|Devotional & Spiritual"
+    "QuickTime:GenreID:8190" "Tones|Ringtones|Indian|Ghazals" "QuickTime:GenreID:8191"
+    "Tones|Ringtones|Indian|Indian Classical" "QuickTime:GenreID:8192"
+    "Tones|Ringtones|Indian|Indian Folk" "QuickTime:GenreID:8193"
+    "Tones|Ringtones|Indian|Indian Pop" "QuickTime:GenreID:8194"
+    "Tones|Ringtones|Indian|Regional Indian" "QuickTime:GenreID:8195" "Tones|Ringtones|Indian|Sufi"
+    "QuickTime:GenreID:8196" "Tones|Ringtones|Indian|Regional Indian|Tamil" "QuickTime:GenreID:8197"
+    "Tones|Ringtones|Indian|Regional Indian|Telugu" "QuickTime:GenreID:8198"
+    "Tones|Ringtones|Instrumental" "QuickTime:GenreID:8199" "Tones|Ringtones|Jazz|Avant-Garde Jazz"
+    "QuickTime:GenreID:8201" "Tones|Ringtones|Jazz|Big Band" "QuickTime:GenreID:8202"
+    "Tones|Ringtones|Jazz|Bop" "QuickTime:GenreID:8203" "Tones|Ringtones|Jazz|Contemporary Jazz"
+    "QuickTime:GenreID:8204" "Tones|Ringtones|Jazz|Cool Jazz" "QuickTime:GenreID:8205"
+    "Tones|Ringtones|Jazz|Crossover Jazz" "QuickTime:GenreID:8206" "Tones|Ringtones|Jazz|Dixieland"
+    "QuickTime:GenreID:8207" "Tones|Ringtones|Jazz|Fusion" "QuickTime:GenreID:8208"
+    "Tones|Ringtones|Jazz|Hard Bop" "QuickTime:GenreID:8209" "Tones|Ringtones|Jazz|Latin Jazz"
+    "QuickTime:GenreID:8210" "Tones|Ringtones|Jazz|Mainstream Jazz" "QuickTime:GenreID:8211"
+    "Tones|Ringtones|Jazz|Ragtime" "QuickTime:GenreID:8212" "Tones|Ringtones|Jazz|Smooth Jazz"
+    "QuickTime:GenreID:8213" "Tones|Ringtones|Jazz|Trad Jazz" "QuickTime:GenreID:8214"
+    "Tones|Ringtones|Pop|K-Pop" "QuickTime:GenreID:8215" "Tones|Ringtones|Karaoke"
+    "QuickTime:GenreID:8216" "Tones|Ringtones|Korean" "QuickTime:GenreID:8217"
+    "Tones|Ringtones|Korean|Korean Classical" "QuickTime:GenreID:8218"
+    "Tones|Ringtones|Korean|Korean Trad Instrumental" "QuickTime:GenreID:8219"
+    "Tones|Ringtones|Korean|Korean Trad Song" "QuickTime:GenreID:8220"
+    "Tones|Ringtones|Korean|Korean Trad Theater" "QuickTime:GenreID:8221"
+    "Tones|Ringtones|Latin|Alternative & Rock in Spanish" "QuickTime:GenreID:8222"
+    "Tones|Ringtones|Latin|Baladas y Boleros" "QuickTime:GenreID:8223"
+    "Tones|Ringtones|Latin|Contemporary Latin" "QuickTime:GenreID:8224"
+    "Tones|Ringtones|Latin|Latin Jazz" "QuickTime:GenreID:8225" "Tones|Ringtones|Latin|Latin Urban"
+    "QuickTime:GenreID:8226" "Tones|Ringtones|Latin|Pop in Spanish" "QuickTime:GenreID:8227"
+    "Tones|Ringtones|Latin|Raices" "QuickTime:GenreID:8228" "Tones|Ringtones|Latin|Musica Mexicana"
+    "QuickTime:GenreID:8229" "Tones|Ringtones|Latin|Salsa y Tropical" "QuickTime:GenreID:8230"
+    "Tones|Ringtones|Marching Bands" "QuickTime:GenreID:8231" "Tones|Ringtones|New Age|Healing"
+    "QuickTime:GenreID:8232" "Tones|Ringtones|New Age|Meditation" "QuickTime:GenreID:8233"
+    "Tones|Ringtones|New Age|Nature" "QuickTime:GenreID:8234" "Tones|Ringtones|New Age|Relaxation"
+    "QuickTime:GenreID:8235" "Tones|Ringtones|New Age|Travel" "QuickTime:GenreID:8236"
+    "Tones|Ringtones|Orchestral" "QuickTime:GenreID:8237" "Tones|Ringtones|Pop|Adult Contemporary"
+    "QuickTime:GenreID:8238" "Tones|Ringtones|Pop|Britpop" "QuickTime:GenreID:8239"
+    "Tones|Ringtones|Pop|C-Pop" "QuickTime:GenreID:8240" "Tones|Ringtones|Pop|Cantopop/HK-Pop"
+    "QuickTime:GenreID:8241" "Tones|Ringtones|Pop|Indo Pop" "QuickTime:GenreID:8242"
+    "Tones|Ringtones|Pop|Korean Folk-Pop" "QuickTime:GenreID:8243"
+    "Tones|Ringtones|Pop|Malaysian Pop" "QuickTime:GenreID:8244" "Tones|Ringtones|Pop|Mandopop"
+    "QuickTime:GenreID:8245" "Tones|Ringtones|Pop|Manilla Sound" "QuickTime:GenreID:8246"
+    "Tones|Ringtones|Pop|Oldies" "QuickTime:GenreID:8247"
+    "Tones|Ringtones|Pop|Original Pilipino Music" "QuickTime:GenreID:8248"
+    "Tones|Ringtones|Pop|Pinoy Pop" "QuickTime:GenreID:8249" "Tones|Ringtones|Pop|Pop/Rock"
+    "QuickTime:GenreID:8250" "Tones|Ringtones|Pop|Soft Rock" "QuickTime:GenreID:8251"
+    "Tones|Ringtones|Pop|Tai-Pop" "QuickTime:GenreID:8252" "Tones|Ringtones|Pop|Teen Pop"
+    "QuickTime:GenreID:8253" "Tones|Ringtones|Pop|Thai Pop" "QuickTime:GenreID:8254"
+    "Tones|Ringtones|R&B/Soul|Contemporary R&B" "QuickTime:GenreID:8255"
+    "Tones|Ringtones|R&B/Soul|Disco" "QuickTime:GenreID:8256" "Tones|Ringtones|R&B/Soul|Doo Wop"
+    "QuickTime:GenreID:8257" "Tones|Ringtones|R&B/Soul|Funk" "QuickTime:GenreID:8258"
+    "Tones|Ringtones|R&B/Soul|Motown" "QuickTime:GenreID:8259" "Tones|Ringtones|R&B/Soul|Neo-Soul"
+    "QuickTime:GenreID:8260" "Tones|Ringtones|R&B/Soul|Soul" "QuickTime:GenreID:8261"
+    "Tones|Ringtones|Reggae|Modern Dancehall" "QuickTime:GenreID:8262" "Tones|Ringtones|Reggae|Dub"
+    "QuickTime:GenreID:8263" "Tones|Ringtones|Reggae|Roots Reggae" "QuickTime:GenreID:8264"
+    "Tones|Ringtones|Reggae|Ska" "QuickTime:GenreID:8265" "Tones|Ringtones|Rock|Adult Alternative"
+    "QuickTime:GenreID:8266" "Tones|Ringtones|Rock|American Trad Rock" "QuickTime:GenreID:8267"
+    "Tones|Ringtones|Rock|Arena Rock" "QuickTime:GenreID:8268" "Tones|Ringtones|Rock|Blues-Rock"
+    "QuickTime:GenreID:8269" "Tones|Ringtones|Rock|British Invasion" "QuickTime:GenreID:8270"
+    "Tones|Ringtones|Rock|Chinese Rock" "QuickTime:GenreID:8271"
+    "Tones|Ringtones|Rock|Death Metal/Black Metal" "QuickTime:GenreID:8272"
+    "Tones|Ringtones|Rock|Glam Rock" "QuickTime:GenreID:8273" "Tones|Ringtones|Rock|Hair Metal"
+    "QuickTime:GenreID:8274" "Tones|Ringtones|Rock|Hard Rock" "QuickTime:GenreID:8275"
+    "Tones|Ringtones|Rock|Metal" "QuickTime:GenreID:8276" "Tones|Ringtones|Rock|Jam Bands"
+    "QuickTime:GenreID:8277" "Tones|Ringtones|Rock|Korean Rock" "QuickTime:GenreID:8278"
+    "Tones|Ringtones|Rock|Prog-Rock/Art Rock" "QuickTime:GenreID:8279"
+    "Tones|Ringtones|Rock|Psychedelic" "QuickTime:GenreID:8280" "Tones|Ringtones|Rock|Rock & Roll"
+    "QuickTime:GenreID:8281" "Tones|Ringtones|Rock|Rockabilly" "QuickTime:GenreID:8282"
+    "Tones|Ringtones|Rock|Roots Rock" "QuickTime:GenreID:8283"
+    "Tones|Ringtones|Rock|Singer/Songwriter" "QuickTime:GenreID:8284"
+    "Tones|Ringtones|Rock|Southern Rock" "QuickTime:GenreID:8285" "Tones|Ringtones|Rock|Surf"
+    "QuickTime:GenreID:8286" "Tones|Ringtones|Rock|Tex-Mex" "QuickTime:GenreID:8287"
+    "Tones|Ringtones|Singer/Songwriter|Alternative Folk" "QuickTime:GenreID:8288"
+    "Tones|Ringtones|Singer/Songwriter|Contemporary Folk" "QuickTime:GenreID:8289"
+    "Tones|Ringtones|Singer/Songwriter|Contemporary Singer/Songwriter" "QuickTime:GenreID:8290"
+    "Tones|Ringtones|Singer/Songwriter|Folk-Rock" "QuickTime:GenreID:8291"
+    "Tones|Ringtones|Singer/Songwriter|New Acoustic" "QuickTime:GenreID:8292"
+    "Tones|Ringtones|Singer/Songwriter|Traditional Folk" "QuickTime:GenreID:8293"
+    "Tones|Ringtones|Soundtrack|Foreign Cinema" "QuickTime:GenreID:8294"
+    "Tones|Ringtones|Soundtrack|Musicals" "QuickTime:GenreID:8295"
+    "Tones|Ringtones|Soundtrack|Original Score" "QuickTime:GenreID:8296"
+    "Tones|Ringtones|Soundtrack|Sound Effects" "QuickTime:GenreID:8297"
+    "Tones|Ringtones|Soundtrack|Soundtrack" "QuickTime:GenreID:8298"
+    "Tones|Ringtones|Soundtrack|TV Soundtrack" "QuickTime:GenreID:8299"
+    "Tones|Ringtones|Vocal|Standards" "QuickTime:GenreID:8300"
+    "Tones|Ringtones|Vocal|Traditional Pop" "QuickTime:GenreID:8301" "Tones|Ringtones|Vocal|Trot"
+    "QuickTime:GenreID:8302" "Tones|Ringtones|Jazz|Vocal Jazz" "QuickTime:GenreID:8303"
+    "Tones|Ringtones|Vocal|Vocal Pop" "QuickTime:GenreID:8304" "Tones|Ringtones|African"
+    "QuickTime:GenreID:8305" "Tones|Ringtones|African|Afrikaans" "QuickTime:GenreID:8306"
+    "Tones|Ringtones|African|Afro-Beat" "QuickTime:GenreID:8307" "Tones|Ringtones|African|Afro-Pop"
+    "QuickTime:GenreID:8308" "Tones|Ringtones|Turkish|Arabesque" "QuickTime:GenreID:8309"
+    "Tones|Ringtones|World|Asia" "QuickTime:GenreID:8310" "Tones|Ringtones|World|Australia"
+    "QuickTime:GenreID:8311" "Tones|Ringtones|World|Cajun" "QuickTime:GenreID:8312"
+    "Tones|Ringtones|World|Calypso" "QuickTime:GenreID:8313" "Tones|Ringtones|World|Caribbean"
+    "QuickTime:GenreID:8314" "Tones|Ringtones|World|Celtic" "QuickTime:GenreID:8315"
+    "Tones|Ringtones|World|Celtic Folk" "QuickTime:GenreID:8316"
+    "Tones|Ringtones|World|Contemporary Celtic" "QuickTime:GenreID:8317"
+    "Tones|Ringtones|World|Dangdut" "QuickTime:GenreID:8318" "Tones|Ringtones|World|Dini"
+    "QuickTime:GenreID:8319" "Tones|Ringtones|World|Europe" "QuickTime:GenreID:8320"
+    "Tones|Ringtones|World|Fado" "QuickTime:GenreID:8321" "Tones|Ringtones|World|Farsi"
+    "QuickTime:GenreID:8322" "Tones|Ringtones|World|Flamenco" "QuickTime:GenreID:8323"
+    "Tones|Ringtones|World|France" "QuickTime:GenreID:8324" "Tones|Ringtones|Turkish|Halk"
+    "QuickTime:GenreID:8325" "Tones|Ringtones|World|Hawaii" "QuickTime:GenreID:8326"
+    "Tones|Ringtones|World|Iberia" "QuickTime:GenreID:8327"
+    "Tones|Ringtones|World|Indonesian Religious" "QuickTime:GenreID:8328"
+    "Tones|Ringtones|World|Israeli" "QuickTime:GenreID:8329" "Tones|Ringtones|World|Japan"
+    "QuickTime:GenreID:8330" "Tones|Ringtones|World|Klezmer" "QuickTime:GenreID:8331"
+    "Tones|Ringtones|World|North America" "QuickTime:GenreID:8332" "Tones|Ringtones|World|Polka"
+    "QuickTime:GenreID:8333" "Tones|Ringtones|Russian" "QuickTime:GenreID:8334"
+    "Tones|Ringtones|Russian|Russian Chanson" "QuickTime:GenreID:8335"
+    "Tones|Ringtones|Turkish|Sanat" "QuickTime:GenreID:8336" "Tones|Ringtones|World|Soca"
+    "QuickTime:GenreID:8337" "Tones|Ringtones|World|South Africa" "QuickTime:GenreID:8338"
+    "Tones|Ringtones|World|South America" "QuickTime:GenreID:8339" "Tones|Ringtones|World|Tango"
+    "QuickTime:GenreID:8340" "Tones|Ringtones|World|Traditional Celtic" "QuickTime:GenreID:8341"
+    "Tones|Ringtones|Turkish" "QuickTime:GenreID:8342" "Tones|Ringtones|World|Worldbeat"
+    "QuickTime:GenreID:8343" "Tones|Ringtones|World|Zydeco" "QuickTime:GenreID:8345"
+    "Tones|Ringtones|Classical|Art Song" "QuickTime:GenreID:8346"
+    "Tones|Ringtones|Classical|Brass & Woodwinds" "QuickTime:GenreID:8347"
+    "Tones|Ringtones|Classical|Solo Instrumental" "QuickTime:GenreID:8348"
+    "Tones|Ringtones|Classical|Contemporary Era" "QuickTime:GenreID:8349"
+    "Tones|Ringtones|Classical|Oratorio" "QuickTime:GenreID:8350"
+    "Tones|Ringtones|Classical|Cantata" "QuickTime:GenreID:8351"
+    "Tones|Ringtones|Classical|Electronic" "QuickTime:GenreID:8352"
+    "Tones|Ringtones|Classical|Sacred" "QuickTime:GenreID:8353" "Tones|Ringtones|Classical|Guitar"
+    "QuickTime:GenreID:8354" "Tones|Ringtones|Classical|Piano" "QuickTime:GenreID:8355"
+    "Tones|Ringtones|Classical|Violin" "QuickTime:GenreID:8356" "Tones|Ringtones|Classical|Cello"
+    "QuickTime:GenreID:8357" "Tones|Ringtones|Classical|Percussion" "QuickTime:GenreID:8358"
+    "Tones|Ringtones|Electronic|Dubstep" "QuickTime:GenreID:8359" "Tones|Ringtones|Electronic|Bass"
+    "QuickTime:GenreID:8360" "Tones|Ringtones|Hip-Hop/Rap|UK Hip Hop" "QuickTime:GenreID:8361"
+    "Tones|Ringtones|Reggae|Lovers Rock" "QuickTime:GenreID:8362" "Tones|Ringtones|Alternative|EMO"
+    "QuickTime:GenreID:8363" "Tones|Ringtones|Alternative|Pop Punk" "QuickTime:GenreID:8364"
+    "Tones|Ringtones|Alternative|Indie Pop" "QuickTime:GenreID:8365" "Tones|Ringtones|New Age|Yoga"
+    "QuickTime:GenreID:8366" "Tones|Ringtones|Pop|Tribute" "QuickTime:GenreID:8367"
+    "Tones|Ringtones|Pop|Shows" "QuickTime:GenreID:8368" "Tones|Ringtones|Cuban"
+    "QuickTime:GenreID:8369" "Tones|Ringtones|Cuban|Mambo" "QuickTime:GenreID:8370"
+    "Tones|Ringtones|Cuban|Chachacha" "QuickTime:GenreID:8371" "Tones|Ringtones|Cuban|Guajira"
+    "QuickTime:GenreID:8372" "Tones|Ringtones|Cuban|Son" "QuickTime:GenreID:8373"
+    "Tones|Ringtones|Cuban|Bolero" "QuickTime:GenreID:8374" "Tones|Ringtones|Cuban|Guaracha"
+    "QuickTime:GenreID:8375" "Tones|Ringtones|Cuban|Timba" "QuickTime:GenreID:8376"
+    "Tones|Ringtones|Soundtrack|Video Game" "QuickTime:GenreID:8377"
+    "Tones|Ringtones|Indian|Regional Indian|Punjabi|Punjabi Pop" "QuickTime:GenreID:8378"
+    "Tones|Ringtones|Indian|Regional Indian|Bengali|Rabindra Sangeet" "QuickTime:GenreID:8379"
+    "Tones|Ringtones|Indian|Regional Indian|Malayalam" "QuickTime:GenreID:8380"
+    "Tones|Ringtones|Indian|Regional Indian|Kannada" "QuickTime:GenreID:8381"
+    "Tones|Ringtones|Indian|Regional Indian|Marathi" "QuickTime:GenreID:8382"
+    "Tones|Ringtones|Indian|Regional Indian|Gujarati" "QuickTime:GenreID:8383"
+    "Tones|Ringtones|Indian|Regional Indian|Assamese" "QuickTime:GenreID:8384"
+    "Tones|Ringtones|Indian|Regional Indian|Bhojpuri" "QuickTime:GenreID:8385"
+    "Tones|Ringtones|Indian|Regional Indian|Haryanvi" "QuickTime:GenreID:8386"
+    "Tones|Ringtones|Indian|Regional Indian|Odia" "QuickTime:GenreID:8387"
+    "Tones|Ringtones|Indian|Regional Indian|Rajasthani" "QuickTime:GenreID:8388"
+    "Tones|Ringtones|Indian|Regional Indian|Urdu" "QuickTime:GenreID:8389"
+    "Tones|Ringtones|Indian|Regional Indian|Punjabi" "QuickTime:GenreID:8390"
+    "Tones|Ringtones|Indian|Regional Indian|Bengali" "QuickTime:GenreID:8391"
+    "Tones|Ringtones|Indian|Indian Classical|Carnatic Classical" "QuickTime:GenreID:8392"
+    "Tones|Ringtones|Indian|Indian Classical|Hindustani Classical" "QuickTime:GenreID:8393"
+    "Tones|Ringtones|African|Afro House" "QuickTime:GenreID:8394"
+    "Tones|Ringtones|African|Afro Soul" "QuickTime:GenreID:8395" "Tones|Ringtones|African|Afrobeats"
+    "QuickTime:GenreID:8396" "Tones|Ringtones|African|Benga" "QuickTime:GenreID:8397"
+    "Tones|Ringtones|African|Bongo-Flava" "QuickTime:GenreID:8398"
+    "Tones|Ringtones|African|Coupe-Decale" "QuickTime:GenreID:8399" "Tones|Ringtones|African|Gqom"
+    "QuickTime:GenreID:8400" "Tones|Ringtones|African|Highlife" "QuickTime:GenreID:8401"
+    "Tones|Ringtones|African|Kuduro" "QuickTime:GenreID:8402" "Tones|Ringtones|African|Kizomba"
+    "QuickTime:GenreID:8403" "Tones|Ringtones|African|Kwaito" "QuickTime:GenreID:8404"
+    "Tones|Ringtones|African|Mbalax" "QuickTime:GenreID:8405" "Tones|Ringtones|African|Ndombolo"
+    "QuickTime:GenreID:8406" "Tones|Ringtones|African|Shangaan Electro" "QuickTime:GenreID:8407"
+    "Tones|Ringtones|African|Soukous" "QuickTime:GenreID:8408" "Tones|Ringtones|African|Taarab"
+    "QuickTime:GenreID:8409" "Tones|Ringtones|African|Zouglou" "QuickTime:GenreID:8410"
+    "Tones|Ringtones|Turkish|Ozgun" "QuickTime:GenreID:8411" "Tones|Ringtones|Turkish|Fantezi"
+    "QuickTime:GenreID:8412" "Tones|Ringtones|Turkish|Religious" "QuickTime:GenreID:8413"
+    "Tones|Ringtones|Pop|Turkish Pop" "QuickTime:GenreID:8414" "Tones|Ringtones|Rock|Turkish Rock"
+    "QuickTime:GenreID:8415" "Tones|Ringtones|Alternative|Turkish Alternative"
+    "QuickTime:GenreID:8416" "Tones|Ringtones|Hip-Hop/Rap|Turkish Hip-Hop/Rap"
+    "QuickTime:GenreID:8417" "Tones|Ringtones|African|Maskandi" "QuickTime:GenreID:8418"
+    "Tones|Ringtones|Russian|Russian Romance" "QuickTime:GenreID:8419"
+    "Tones|Ringtones|Russian|Russian Bard" "QuickTime:GenreID:8420"
+    "Tones|Ringtones|Russian|Russian Pop" "QuickTime:GenreID:8421"
+    "Tones|Ringtones|Russian|Russian Rock" "QuickTime:GenreID:8422"
+    "Tones|Ringtones|Russian|Russian Hip-Hop" "QuickTime:GenreID:8423"
+    "Tones|Ringtones|Arabic|Levant" "QuickTime:GenreID:8424" "Tones|Ringtones|Arabic|Levant|Dabke"
+    "QuickTime:GenreID:8425" "Tones|Ringtones|Arabic|Maghreb Rai" "QuickTime:GenreID:8426"
+    "Tones|Ringtones|Arabic|Khaleeji|Khaleeji Jalsat" "QuickTime:GenreID:8427"
+    "Tones|Ringtones|Arabic|Khaleeji|Khaleeji Shailat" "QuickTime:GenreID:8428"
+    "Tones|Ringtones|Tarab" "QuickTime:GenreID:8429" "Tones|Ringtones|Tarab|Iraqi Tarab"
+    "QuickTime:GenreID:8430" "Tones|Ringtones|Tarab|Egyptian Tarab" "QuickTime:GenreID:8431"
+    "Tones|Ringtones|Tarab|Khaleeji Tarab" "QuickTime:GenreID:8432" "Tones|Ringtones|Pop|Levant Pop"
+    "QuickTime:GenreID:8433" "Tones|Ringtones|Pop|Iraqi Pop" "QuickTime:GenreID:8434"
+    "Tones|Ringtones|Pop|Egyptian Pop" "QuickTime:GenreID:8435" "Tones|Ringtones|Pop|Maghreb Pop"
+    "QuickTime:GenreID:8436" "Tones|Ringtones|Pop|Khaleeji Pop" "QuickTime:GenreID:8437"
+    "Tones|Ringtones|Hip-Hop/Rap|Levant Hip-Hop" "QuickTime:GenreID:8438"
+    "Tones|Ringtones|Hip-Hop/Rap|Egyptian Hip-Hop" "QuickTime:GenreID:8439"
+    "Tones|Ringtones|Hip-Hop/Rap|Maghreb Hip-Hop" "QuickTime:GenreID:8440"
+    "Tones|Ringtones|Hip-Hop/Rap|Khaleeji Hip-Hop" "QuickTime:GenreID:8441"
+    "Tones|Ringtones|Alternative|Indie Levant" "QuickTime:GenreID:8442"
+    "Tones|Ringtones|Alternative|Indie Egyptian" "QuickTime:GenreID:8443"
+    "Tones|Ringtones|Alternative|Indie Maghreb" "QuickTime:GenreID:8444"
+    "Tones|Ringtones|Electronic|Levant Electronic" "QuickTime:GenreID:8445"
+    "Tones|Ringtones|Electronic|Electro-Cha'abi" "QuickTime:GenreID:8446"
+    "Tones|Ringtones|Electronic|Maghreb Electronic" "QuickTime:GenreID:8447"
+    "Tones|Ringtones|Folk|Iraqi Folk" "QuickTime:GenreID:8448" "Tones|Ringtones|Folk|Khaleeji Folk"
+    "QuickTime:GenreID:8449" "Tones|Ringtones|Dance|Maghreb Dance" "QuickTime:GenreID:9"
+    "QuickTime:GenreID:9002" "Books|Nonfiction" "QuickTime:GenreID:9003" "Books|Romance"
+    "QuickTime:GenreID:9004" "Books|Travel & Adventure" "QuickTime:GenreID:9007"
+    "Books|Arts & Entertainment" "QuickTime:GenreID:9008" "Books|Biographies & Memoirs"
+    "QuickTime:GenreID:9009" "Books|Business & Personal Finance" "QuickTime:GenreID:9010"
+    "Books|Children & Teens" "QuickTime:GenreID:9012" "Books|Humor" "QuickTime:GenreID:9015"
+    "Books|History" "QuickTime:GenreID:9018" "Books|Religion & Spirituality"
+    "QuickTime:GenreID:9019" "Books|Science & Nature" "QuickTime:GenreID:9020"
+    "Books|Sci-Fi & Fantasy" "QuickTime:GenreID:9024" "Books|Lifestyle & Home"
+    "QuickTime:GenreID:9025" "Books|Self-Development" "QuickTime:GenreID:9026"
+    "Books|Comics & Graphic Novels" "QuickTime:GenreID:9027" "Books|Computers & Internet"
+    "QuickTime:GenreID:9028" "Books|Cookbooks, Food & Wine" "QuickTime:GenreID:9029"
+    "Books|Professional & Technical" "QuickTime:GenreID:9030" "Books|Parenting"
+    "QuickTime:GenreID:9031" "Books|Fiction & Literature" "QuickTime:GenreID:9032"
+    "Books|Mysteries & Thrillers" "QuickTime:GenreID:9033" "Books|Reference"
+    "QuickTime:GenreID:9034" "Books|Politics & Current Events" "QuickTime:GenreID:9035"
+    "Books|Sports & Outdoors" "QuickTime:GimbalPitch" "Gimbal Pitch" "QuickTime:GimbalRoll"
+    "Gimbal Roll" "QuickTime:GimbalYaw" "Gimbal Yaw" "QuickTime:GivenName" "Given Name"
+    "QuickTime:GoProType" "Go Pro Type" "QuickTime:GoogleHostHeader" "Google Host Header"
+    "QuickTime:GooglePingMessage" "Google Ping Message" "QuickTime:GooglePingURL" "Google Ping URL"
+    "QuickTime:GoogleSourceData" "Google Source Data" "QuickTime:GoogleStartTime"
+    "Google Start Time" "QuickTime:GoogleTrackDuration" "Google Track Duration"
+    "QuickTime:GraphicsMode" "Graphics Mode" "QuickTime:GraphicsMode:0" "QuickTime:GraphicsMode:1"
+    "QuickTime:GraphicsMode:10" "QuickTime:GraphicsMode:11" "QuickTime:GraphicsMode:12"
+    "QuickTime:GraphicsMode:13" "QuickTime:GraphicsMode:14" "QuickTime:GraphicsMode:15"
+    "QuickTime:GraphicsMode:2" "QuickTime:GraphicsMode:256" "QuickTime:GraphicsMode:257"
+    "QuickTime:GraphicsMode:258" "QuickTime:GraphicsMode:272" "QuickTime:GraphicsMode:3"
+    "QuickTime:GraphicsMode:32" "QuickTime:GraphicsMode:33" "QuickTime:GraphicsMode:34"
+    "QuickTime:GraphicsMode:35" "QuickTime:GraphicsMode:36" "QuickTime:GraphicsMode:37"
+    "QuickTime:GraphicsMode:38" "QuickTime:GraphicsMode:39" "QuickTime:GraphicsMode:4"
+    "QuickTime:GraphicsMode:49" "QuickTime:GraphicsMode:5" "QuickTime:GraphicsMode:50"
+    "QuickTime:GraphicsMode:6" "QuickTime:GraphicsMode:64" "QuickTime:GraphicsMode:7"
+    "QuickTime:GraphicsMode:8" "QuickTime:GraphicsMode:9" "QuickTime:Grouping" "QuickTime:GyroMode"
+    "Gyro Mode" "QuickTime:GyroYPR" "Gyro YPR" "QuickTime:HDVideo" "HD Video" "QuickTime:HDVideo:0"
+    "QuickTime:HDVideo:1" "QuickTime:HEVCConfigurationVersion" "HEVC Configuration Version"
+    "QuickTime:HandlerClass" "Handler Class" "QuickTime:HandlerClass:dhlr" "Data Handler"
+    "QuickTime:HandlerClass:mhlr" "Media Handler" "QuickTime:HandlerDescription"
+    "Handler Description" "QuickTime:HandlerType" "Handler Type" "QuickTime:HandlerType:alis"
+    "Alias Data" "QuickTime:HandlerType:camm" "Camera Metadata" "QuickTime:HandlerType:crsm"
+    "Clock Reference" "QuickTime:HandlerType:data" "QuickTime:HandlerType:hint" "Hint Track"
+    "QuickTime:HandlerType:ipsm" "IPMP" "QuickTime:HandlerType:m7sm" "MPEG-7 Stream"
+    "QuickTime:HandlerType:mdir" "Metadata" "QuickTime:HandlerType:mdta" "Metadata Tags"
+    "QuickTime:HandlerType:meta" "NRT Metadata" "QuickTime:HandlerType:mjsm" "MPEG-J"
+    "QuickTime:HandlerType:nrtm" "Non-Real Time Metadata" "QuickTime:HandlerType:ocsm"
+    "Object Content" "QuickTime:HandlerType:odsm" "Object Descriptor" "QuickTime:HandlerType:pict"
+    "Picture" "QuickTime:HandlerType:priv" "Private" "QuickTime:HandlerType:psmd"
+    "Panasonic Static Metadata" "QuickTime:HandlerType:sbtl" "QuickTime:HandlerType:sdsm"
+    "Scene Description" "QuickTime:HandlerType:soun" "Audio Track" "QuickTime:HandlerType:subp"
+    "Subpicture" "QuickTime:HandlerType:text" "QuickTime:HandlerType:tmcd" "Time Code"
+    "QuickTime:HandlerType:url " "QuickTime:HandlerType:vide" "Video Track"
+    "QuickTime:HandlerVendorID" "Handler Vendor ID" "QuickTime:HandlerVendorID: KD "
+    "QuickTime:HandlerVendorID:AR.D" "QuickTime:HandlerVendorID:FFMP"
+    "QuickTime:HandlerVendorID:GIC " "QuickTime:HandlerVendorID:KMPI"
+    "QuickTime:HandlerVendorID:NIKO" "QuickTime:HandlerVendorID:SMI "
+    "QuickTime:HandlerVendorID:ZORA" "QuickTime:HandlerVendorID:appl"
+    "QuickTime:HandlerVendorID:fe20" "QuickTime:HandlerVendorID:kdak"
+    "QuickTime:HandlerVendorID:leic" "QuickTime:HandlerVendorID:mino"
+    "QuickTime:HandlerVendorID:niko" "QuickTime:HandlerVendorID:olym"
+    "QuickTime:HandlerVendorID:pana" "QuickTime:HandlerVendorID:pent"
+    "QuickTime:HandlerVendorID:pr01" "QuickTime:HandlerVendorID:sany" "QuickTime:HasAttachments"
+    "Has Attachments" "QuickTime:HasFlag" "Has Flag" "QuickTime:HighBitDepth" "High Bit Depth"
+    "QuickTime:HintFormat" "Hint Format" "QuickTime:HintTrackVersion" "Hint Track Version"
+    "QuickTime:HintVersion" "Hint Version" "QuickTime:Hobbies" "QuickTime:HomeAddress"
+    "Home Address" "QuickTime:HomeCity" "Home City" "QuickTime:HomeCountry-Region"
+    "Home Country-Region" "QuickTime:HomeFax" "Home Fax" "QuickTime:HomePOBox" "Home PO Box"
+    "QuickTime:HomePhone" "Home Phone" "QuickTime:HomePostalCode" "Home Postal Code"
+    "QuickTime:HomeStateOrProvince" "Home State Or Province" "QuickTime:HomeStreet" "Home Street"
+    "QuickTime:HorizontalResolution" "Horizontal Resolution" "QuickTime:IMAddresses" "IM Addresses"
+    "QuickTime:IPMPControl" "IPMP Control" "QuickTime:ISO" "QuickTime:ISOSpeed" "ISO Speed"
+    "QuickTime:ISRC" "QuickTime:ISRCCode" "ISRC Code" "QuickTime:IconURI" "Icon URI"
+    "QuickTime:IdependentAndDisposableSamples" "Idependent And Disposable Samples"
+    "QuickTime:ImageData" "Image Data" "QuickTime:ImageHeight" "Image Height"
+    "QuickTime:ImagePixelDepth" "Image Pixel Depth" "QuickTime:ImageSizeLookahead"
+    "Image Size Lookahead" "QuickTime:ImageSpatialExtent" "Image Spatial Extent"
+    "QuickTime:ImageWidth" "Image Width" "QuickTime:ImmediateDataBytes" "Immediate Data Bytes"
+    "QuickTime:Importance" "QuickTime:Incomplete" "QuickTime:InfoURL" "Info URL"
+    "QuickTime:Information" "QuickTime:InitialDelaySamples" "Initial Delay Samples"
+    "QuickTime:InitialKey" "Initial Key" "QuickTime:InitialObjectDescriptor"
+    "Initial Object Descriptor" "QuickTime:InitializationVector" "Initialization Vector"
+    "QuickTime:Initials" "QuickTime:IsAttachment" "Is Attachment" "QuickTime:IsCompleted"
+    "Is Completed" "QuickTime:IsDeleted" "Is Deleted" "QuickTime:IsNetworkFeed" "Is Network Feed"
+    "QuickTime:IsOnline" "Is Online" "QuickTime:IsProtected" "Is Protected" "QuickTime:IsRecurring"
+    "Is Recurring" "QuickTime:IsVBR" "Is VBR" "QuickTime:ItemID" "Item ID" "QuickTime:ItemInfoEntry"
+    "Item Info Entry" "QuickTime:ItemLocation" "Item Location" "QuickTime:ItemPropertyAssociation"
+    "Item Property Association" "QuickTime:ItemProtection" "Item Protection" "QuickTime:ItemTool"
+    "Item Tool" "QuickTime:ItemVendorID" "Item Vendor ID" "QuickTime:JPEGInfo" "JPEG Info"
+    "QuickTime:JobTitle" "Job Title" "QuickTime:JpgFromRaw" "Jpg From Raw" "QuickTime:Junk"
+    "QuickTime:KeyID" "Key ID" "QuickTime:Keyword" "QuickTime:Keywords" "QuickTime:KiloCalories"
+    "Kilo Calories" "QuickTime:Kinds" "QuickTime:Label" "QuickTime:Language"
+    "QuickTime:LargestPacketDuration" "Largest Packet Duration" "QuickTime:LargestPacketSize"
+    "Largest Packet Size" "QuickTime:LastName" "Last Name" "QuickTime:LastPrinted" "Last Printed"
+    "QuickTime:Layout" "QuickTime:LayoutFlags" "Layout Flags" "QuickTime:LayoutFlags:0"
+    "UseDescriptions" "QuickTime:LayoutFlags:1" "UseBitmap" "QuickTime:LayoutFlags:100"
+    "QuickTime:LayoutFlags:101" "Stereo" "QuickTime:LayoutFlags:102" "StereoHeadphones"
+    "QuickTime:LayoutFlags:103" "MatrixStereo" "QuickTime:LayoutFlags:104" "MidSide"
+    "QuickTime:LayoutFlags:105" "XY" "QuickTime:LayoutFlags:106" "Binaural"
+    "QuickTime:LayoutFlags:107" "Ambisonic_B_Format" "QuickTime:LayoutFlags:108" "Quadraphonic"
+    "QuickTime:LayoutFlags:109" "Pentagonal" "QuickTime:LayoutFlags:110" "Hexagonal"
+    "QuickTime:LayoutFlags:111" "Octagonal" "QuickTime:LayoutFlags:112" "Cube"
+    "QuickTime:LayoutFlags:113" "MPEG_3_0_A" "QuickTime:LayoutFlags:114" "MPEG_3_0_B"
+    "QuickTime:LayoutFlags:115" "MPEG_4_0_A" "QuickTime:LayoutFlags:116" "MPEG_4_0_B"
+    "QuickTime:LayoutFlags:117" "MPEG_5_0_A" "QuickTime:LayoutFlags:118" "MPEG_5_0_B"
+    "QuickTime:LayoutFlags:119" "MPEG_5_0_C" "QuickTime:LayoutFlags:120" "MPEG_5_0_D"
+    "QuickTime:LayoutFlags:121" "MPEG_5_1_A" "QuickTime:LayoutFlags:122" "MPEG_5_1_B"
+    "QuickTime:LayoutFlags:123" "MPEG_5_1_C" "QuickTime:LayoutFlags:124" "MPEG_5_1_D"
+    "QuickTime:LayoutFlags:125" "MPEG_6_1_A" "QuickTime:LayoutFlags:126" "MPEG_7_1_A"
+    "QuickTime:LayoutFlags:127" "MPEG_7_1_B" "QuickTime:LayoutFlags:128" "MPEG_7_1_C"
+    "QuickTime:LayoutFlags:129" "Emagic_Default_7_1" "QuickTime:LayoutFlags:130" "SMPTE_DTV"
+    "QuickTime:LayoutFlags:131" "ITU_2_1" "QuickTime:LayoutFlags:132" "ITU_2_2"
+    "QuickTime:LayoutFlags:133" "DVD_4" "QuickTime:LayoutFlags:134" "DVD_5"
+    "QuickTime:LayoutFlags:135" "DVD_6" "QuickTime:LayoutFlags:136" "DVD_10"
+    "QuickTime:LayoutFlags:137" "DVD_11" "QuickTime:LayoutFlags:138" "DVD_18"
+    "QuickTime:LayoutFlags:139" "AudioUnit_6_0" "QuickTime:LayoutFlags:140" "AudioUnit_7_0"
+    "QuickTime:LayoutFlags:141" "AAC_6_0" "QuickTime:LayoutFlags:142" "AAC_6_1"
+    "QuickTime:LayoutFlags:143" "AAC_7_0" "QuickTime:LayoutFlags:144" "AAC_Octagonal"
+    "QuickTime:LayoutFlags:145" "TMH_10_2_std" "QuickTime:LayoutFlags:146" "TMH_10_2_full"
+    "QuickTime:LayoutFlags:147" "DiscreteInOrder" "QuickTime:LayoutFlags:148" "AudioUnit_7_0_Front"
+    "QuickTime:LayoutFlags:149" "AC3_1_0_1" "QuickTime:LayoutFlags:150" "AC3_3_0"
+    "QuickTime:LayoutFlags:151" "AC3_3_1" "QuickTime:LayoutFlags:152" "AC3_3_0_1"
+    "QuickTime:LayoutFlags:153" "AC3_2_1_1" "QuickTime:LayoutFlags:154" "AC3_3_1_1"
+    "QuickTime:LayoutFlags:155" "EAC_6_0_A" "QuickTime:LayoutFlags:156" "EAC_7_0_A"
+    "QuickTime:LayoutFlags:157" "EAC3_6_1_A" "QuickTime:LayoutFlags:158" "EAC3_6_1_B"
+    "QuickTime:LayoutFlags:159" "EAC3_6_1_C" "QuickTime:LayoutFlags:160" "EAC3_7_1_A"
+    "QuickTime:LayoutFlags:161" "EAC3_7_1_B" "QuickTime:LayoutFlags:162" "EAC3_7_1_C"
+    "QuickTime:LayoutFlags:163" "EAC3_7_1_D" "QuickTime:LayoutFlags:164" "EAC3_7_1_E"
+    "QuickTime:LayoutFlags:165" "EAC3_7_1_F" "QuickTime:LayoutFlags:166" "EAC3_7_1_G"
+    "QuickTime:LayoutFlags:167" "EAC3_7_1_H" "QuickTime:LayoutFlags:168" "DTS_3_1"
+    "QuickTime:LayoutFlags:169" "DTS_4_1" "QuickTime:LayoutFlags:170" "DTS_6_0_A"
+    "QuickTime:LayoutFlags:171" "DTS_6_0_B" "QuickTime:LayoutFlags:172" "DTS_6_0_C"
+    "QuickTime:LayoutFlags:173" "DTS_6_1_A" "QuickTime:LayoutFlags:174" "DTS_6_1_B"
+    "QuickTime:LayoutFlags:175" "DTS_6_1_C" "QuickTime:LayoutFlags:176" "DTS_7_0"
+    "QuickTime:LayoutFlags:177" "DTS_7_1" "QuickTime:LayoutFlags:178" "DTS_8_0_A"
+    "QuickTime:LayoutFlags:179" "DTS_8_0_B" "QuickTime:LayoutFlags:180" "DTS_8_1_A"
+    "QuickTime:LayoutFlags:181" "DTS_8_1_B" "QuickTime:LayoutFlags:182" "DTS_6_1_D"
+    "QuickTime:LayoutFlags:183" "AAC_7_1_B" "QuickTime:LayoutFlags:65535" "QuickTime:LeadPerformer"
+    "Lead Performer" "QuickTime:LegalTrademarks" "Legal Trademarks" "QuickTime:Length"
+    "QuickTime:LensMaker" "Lens Maker" "QuickTime:LensModel" "Lens Model"
+    "QuickTime:LensSerialNumber" "Lens Serial Number" "QuickTime:LevelMeter" "Level Meter"
+    "QuickTime:LibraryID" "Library ID" "QuickTime:LibraryName" "Library Name"
+    "QuickTime:LightSource" "Light Source" "QuickTime:LinkStatus" "Link Status"
+    "QuickTime:LinkTarget" "Link Target" "QuickTime:LivePhotoAuto" "Live Photo Auto"
+    "QuickTime:LivePhotoInfo" "Live Photo Info" "QuickTime:LivePhotoVitalityScore"
+    "Live Photo Vitality Score" "QuickTime:LivePhotoVitalityScoringVersion"
+    "Live Photo Vitality Scoring Version" "QuickTime:Location"
+    "QuickTime:LocationAccuracyHorizontal" "Location Accuracy Horizontal" "QuickTime:LocationBody"
+    "Location Body" "QuickTime:LocationDate" "Location Date" "QuickTime:LocationInformation"
+    "Location Information" "QuickTime:LocationName" "Location Name" "QuickTime:LocationNote"
+    "Location Note" "QuickTime:LocationRole" "Location Role" "QuickTime:LocationRole:0"
+    "Shooting Location" "QuickTime:LocationRole:1" "Real Location" "QuickTime:LocationRole:2"
+    "Fictional Location" "QuickTime:LongDescription" "Long Description" "QuickTime:LoopStyle"
+    "Loop Style" "QuickTime:LoopStyle:1" "QuickTime:LoopStyle:2" "Palindromic" "QuickTime:Lyrics"
+    "QuickTime:LyricsURI" "Lyrics URI" "QuickTime:MCDI" "QuickTime:MagMode" "Mag Mode"
+    "QuickTime:MagneticField" "Magnetic Field" "QuickTime:MagnetometerXYZ" "Magnetometer XYZ"
+    "QuickTime:MailingAddress" "Mailing Address" "QuickTime:MajorBrand" "Major Brand"
+    "QuickTime:MajorBrand:3g2a" "3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-0 V1.0"
+    "QuickTime:MajorBrand:3g2b" "3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-A V1.0.0"
+    "QuickTime:MajorBrand:3g2c" "3GPP2 Media (.3G2) compliant with 3GPP2 C.S0050-B v1.0"
+    "QuickTime:MajorBrand:3ge6" "3GPP (.3GP) Release 6 MBMS Extended Presentations"
+    "QuickTime:MajorBrand:3ge7" "3GPP (.3GP) Release 7 MBMS Extended Presentations"
+    "QuickTime:MajorBrand:3gg6" "3GPP Release 6 General Profile" "QuickTime:MajorBrand:3gp1"
+    "3GPP Media (.3GP) Release 1 (probably non-existent)" "QuickTime:MajorBrand:3gp2"
+    "3GPP Media (.3GP) Release 2 (probably non-existent)" "QuickTime:MajorBrand:3gp3"
+    "3GPP Media (.3GP) Release 3 (probably non-existent)" "QuickTime:MajorBrand:3gp4"
+    "3GPP Media (.3GP) Release 4" "QuickTime:MajorBrand:3gp5" "3GPP Media (.3GP) Release 5"
+    "QuickTime:MajorBrand:3gp6" "3GPP Media (.3GP) Release 6 Streaming Servers"
+    "QuickTime:MajorBrand:3gs7" "3GPP Media (.3GP) Release 7 Streaming Servers"
+    "QuickTime:MajorBrand:CAEP" "Canon Digital Camera" "QuickTime:MajorBrand:CDes"
+    "Convergent Design" "QuickTime:MajorBrand:F4A " "Audio for Adobe Flash Player 9+ (.F4A)"
+    "QuickTime:MajorBrand:F4B " "Audio Book for Adobe Flash Player 9+ (.F4B)"
+    "QuickTime:MajorBrand:F4P " "Protected Video for Adobe Flash Player 9+ (.F4P)"
+    "QuickTime:MajorBrand:F4V " "Video for Adobe Flash Player 9+ (.F4V)" "QuickTime:MajorBrand:JP2 "
+    "JPEG 2000 Image (.JP2) [ISO 15444-1 ?]" "QuickTime:MajorBrand:JP20"
+    "Unknown, from GPAC samples (prob non-existent)" "QuickTime:MajorBrand:KDDI"
+    "3GPP2 EZmovie for KDDI 3G cellphones" "QuickTime:MajorBrand:M4A "
+    "Apple iTunes AAC-LC (.M4A) Audio" "QuickTime:MajorBrand:M4B "
+    "Apple iTunes AAC-LC (.M4B) Audio Book" "QuickTime:MajorBrand:M4P "
+    "Apple iTunes AAC-LC (.M4P) AES Protected Audio" "QuickTime:MajorBrand:M4V "
+    "Apple iTunes Video (.M4V) Video" "QuickTime:MajorBrand:M4VH" "Apple TV (.M4V)"
+    "QuickTime:MajorBrand:M4VP" "Apple iPhone (.M4V)" "QuickTime:MajorBrand:MPPI"
+    "Photo Player, MAF [ISO/IEC 23000-3]" "QuickTime:MajorBrand:MSNV" "MPEG-4 (.MP4) for SonyPSP"
+    "QuickTime:MajorBrand:NDAS" "MP4 v2 [ISO 14496-14] Nero Digital AAC Audio"
+    "QuickTime:MajorBrand:NDSC" "MPEG-4 (.MP4) Nero Cinema Profile" "QuickTime:MajorBrand:NDSH"
+    "MPEG-4 (.MP4) Nero HDTV Profile" "QuickTime:MajorBrand:NDSM"
+    "MPEG-4 (.MP4) Nero Mobile Profile" "QuickTime:MajorBrand:NDSP"
+    "MPEG-4 (.MP4) Nero Portable Profile" "QuickTime:MajorBrand:NDSS"
+    "MPEG-4 (.MP4) Nero Standard Profile" "QuickTime:MajorBrand:NDXC"
+    "H.264/MPEG-4 AVC (.MP4) Nero Cinema Profile" "QuickTime:MajorBrand:NDXH"
+    "H.264/MPEG-4 AVC (.MP4) Nero HDTV Profile" "QuickTime:MajorBrand:NDXM"
+    "H.264/MPEG-4 AVC (.MP4) Nero Mobile Profile" "QuickTime:MajorBrand:NDXP"
+    "H.264/MPEG-4 AVC (.MP4) Nero Portable Profile" "QuickTime:MajorBrand:NDXS"
+    "H.264/MPEG-4 AVC (.MP4) Nero Standard Profile" "QuickTime:MajorBrand:ROSS" "Ross Video"
+    "QuickTime:MajorBrand:XAVC" "Sony XAVC" "QuickTime:MajorBrand:aax "
+    "Audible Enhanced Audiobook (.AAX)" "QuickTime:MajorBrand:avc1"
+    "MP4 Base w/ AVC ext [ISO 14496-12:2005]" "QuickTime:MajorBrand:avif"
+    "AV1 Image File Format (.AVIF)" "QuickTime:MajorBrand:caqv" "Casio Digital Camera"
+    "QuickTime:MajorBrand:crx " "Canon Raw (.CRX)" "QuickTime:MajorBrand:da0a"
+    "DMB MAF w/ MPEG Layer II aud, MOT slides, DLS, JPG/PNG/MNG images" "QuickTime:MajorBrand:da0b"
+    "DMB MAF, extending DA0A, with 3GPP timed text, DID, TVA, REL, IPMP" "QuickTime:MajorBrand:da1a"
+    "DMB MAF audio with ER-BSAC audio, JPG/PNG/MNG images" "QuickTime:MajorBrand:da1b"
+    "DMB MAF, extending da1a, with 3GPP timed text, DID, TVA, REL, IPMP" "QuickTime:MajorBrand:da2a"
+    "DMB MAF aud w/ HE-AAC v2 aud, MOT slides, DLS, JPG/PNG/MNG images" "QuickTime:MajorBrand:da2b"
+    "DMB MAF, extending da2a, with 3GPP timed text, DID, TVA, REL, IPMP" "QuickTime:MajorBrand:da3a"
+    "DMB MAF aud with HE-AAC aud, JPG/PNG/MNG images" "QuickTime:MajorBrand:da3b"
     "DMB MAF, extending da3a w/ BIFS, 3GPP timed text, DID, TVA, REL, IPMP"
-    "QuickTime:MajorBrand:dmb1""DMB MAF supporting all the components defined in the specification"
-    "QuickTime:MajorBrand:dmpf""Digital Media Project""QuickTime:MajorBrand:drc1"
-    "Dirac (wavelet compression), encapsulated in ISO base media (MP4)""QuickTime:MajorBrand:dv1a"
-    "DMB MAF vid w/ AVC vid, ER-BSAC aud, BIFS, JPG/PNG/MNG images, TS""QuickTime:MajorBrand:dv1b"
-    "DMB MAF, extending dv1a, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:dv2a"
-    "DMB MAF vid w/ AVC vid, HE-AAC v2 aud, BIFS, JPG/PNG/MNG images, TS""QuickTime:MajorBrand:dv2b"
-    "DMB MAF, extending dv2a, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:dv3a"
-    "DMB MAF vid w/ AVC vid, HE-AAC aud, BIFS, JPG/PNG/MNG images, TS""QuickTime:MajorBrand:dv3b"
-    "DMB MAF, extending dv3a, with 3GPP timed text, DID, TVA, REL, IPMP""QuickTime:MajorBrand:dvr1"
-    "DVB (.DVB) over RTP""QuickTime:MajorBrand:dvt1""DVB (.DVB) over MPEG-2 Transport Stream"
-    "QuickTime:MajorBrand:heic""High Efficiency Image Format HEVC still image (.HEIC)"
-    "QuickTime:MajorBrand:heix""High Efficiency Image Format still image (.HEIF)"
-    "QuickTime:MajorBrand:hevc""High Efficiency Image Format HEVC sequence (.HEICS)"
-    "QuickTime:MajorBrand:isc2""ISMACryp 2.0 Encrypted File""QuickTime:MajorBrand:iso2"
-    "MP4 Base Media v2 [ISO 14496-12:2005]""QuickTime:MajorBrand:iso3""MP4 Base Media v3"
-    "QuickTime:MajorBrand:iso4""MP4 Base Media v4""QuickTime:MajorBrand:iso5""MP4 Base Media v5"
-    "QuickTime:MajorBrand:iso6""MP4 Base Media v6""QuickTime:MajorBrand:iso7""MP4 Base Media v7"
-    "QuickTime:MajorBrand:iso8""MP4 Base Media v8""QuickTime:MajorBrand:iso9""MP4 Base Media v9"
-    "QuickTime:MajorBrand:isom""MP4 Base Media v1 [IS0 14496-12:2003]""QuickTime:MajorBrand:jpm "
-    "JPEG 2000 Compound Image (.JPM) [ISO 15444-6]""QuickTime:MajorBrand:jpx "
-    "JPEG 2000 with extensions (.JPX) [ISO 15444-2]""QuickTime:MajorBrand:mif1"
-    "QuickTime:MajorBrand:mj2s""Motion JPEG 2000 [ISO 15444-3] Simple Profile"
-    "QuickTime:MajorBrand:mjp2""Motion JPEG 2000 [ISO 15444-3] General Profile"
-    "QuickTime:MajorBrand:mmp4""MPEG-4/3GPP Mobile Profile (.MP4/3GP) (for NTT)"
-    "QuickTime:MajorBrand:mp21""MPEG-21 [ISO/IEC 21000-9]""QuickTime:MajorBrand:mp41"
-    "MP4 v1 [ISO 14496-1:ch13]""QuickTime:MajorBrand:mp42""MP4 v2 [ISO 14496-14]"
-    "QuickTime:MajorBrand:mp71""MP4 w/ MPEG-7 Metadata [per ISO 14496-12]"
-    "QuickTime:MajorBrand:mqt ""Sony / Mobile QuickTime (.MQV) US Patent 7,477,830 (Sony Corp)"
-    "QuickTime:MajorBrand:msf1""High Efficiency Image Format sequence (.HEIFS)"
-    "QuickTime:MajorBrand:odcf""OMA DCF DRM Format 2.0 (OMA-TS-DRM-DCF-V2_0-20060303-A)"
-    "QuickTime:MajorBrand:opf2""OMA PDCF DRM Format 2.1 (OMA-TS-DRM-DCF-V2_1-20070724-C)"
-    "QuickTime:MajorBrand:opx2""OMA PDCF DRM + XBS extensions (OMA-TS-DRM_XBS-V1_0-20070529-C)"
-    "QuickTime:MajorBrand:pana""Panasonic Digital Camera""QuickTime:MajorBrand:qt  "
-    "Apple QuickTime (.MOV/QT)""QuickTime:MajorBrand:sdv ""SD Memory Card Video"
-    "QuickTime:MajorBrand:ssc1""Samsung stereoscopic, single stream""QuickTime:MajorBrand:ssc2"
-    "Samsung stereoscopic, dual stream""QuickTime:Make""QuickTime:MakerNotePentaxUnknown"
-    "Maker Note Pentax Unknown""QuickTime:MakerURL""Maker URL""QuickTime:MatrixCoefficients"
-    "Matrix Coefficients""QuickTime:MatrixCoefficients:0""Identity matrix"
-    "QuickTime:MatrixCoefficients:1""QuickTime:MatrixCoefficients:10""BT.2020 constant luminance"
-    "QuickTime:MatrixCoefficients:11""SMPTE ST 2085 YDzDx""QuickTime:MatrixCoefficients:12"
-    "Chromaticity-derived non-constant luminance""QuickTime:MatrixCoefficients:13"
-    "Chromaticity-derived constant luminance""QuickTime:MatrixCoefficients:14""BT.2100 ICtCp"
-    "QuickTime:MatrixCoefficients:2""QuickTime:MatrixCoefficients:3""For future use (3)"
-    "QuickTime:MatrixCoefficients:4""US FCC 73.628""QuickTime:MatrixCoefficients:5"
-    "QuickTime:MatrixCoefficients:6""QuickTime:MatrixCoefficients:7""SMPTE 240 M"
-    "QuickTime:MatrixCoefficients:8""YCgCo""QuickTime:MatrixCoefficients:9"
-    "BT.2020 non-constant luminance, BT.2100 YCbCr""QuickTime:MatrixStructure""Matrix Structure"
-    "QuickTime:MaxAperture""Max Aperture""QuickTime:MaxBitrate""Max Bitrate"
-    "QuickTime:MaxContentLightLevel""Max Content Light Level""QuickTime:MaxDataRate""Max Data Rate"
-    "QuickTime:MaxPDUSize""Max PDU Size""QuickTime:MaxPacketSize""Max Packet Size"
-    "QuickTime:MaxPicAverageLightLevel""Max Pic Average Light Level""QuickTime:MaxTransmissionTime"
-    "Max Transmission Time""QuickTime:Mean""QuickTime:Media""QuickTime:MediaContentTypes"
-    "Media Content Types""QuickTime:MediaCreateDate""Media Create Date""QuickTime:MediaCreated"
-    "Media Created""QuickTime:MediaData""Media Data""QuickTime:MediaDataOffset""Media Data Offset"
-    "QuickTime:MediaDataSize""Media Data Size""QuickTime:MediaDuration""Media Duration"
-    "QuickTime:MediaFlags""Media Flags""QuickTime:MediaHeaderVersion""Media Header Version"
-    "QuickTime:MediaLanguageCode""Media Language Code""QuickTime:MediaModifyDate""Media Modify Date"
-    "QuickTime:MediaOriginalBroadcastDateTime""Media Original Broadcast Date Time"
-    "QuickTime:MediaOriginalChannel""Media Original Channel""QuickTime:MediaStationName"
-    "Media Station Name""QuickTime:MediaTimeScale""Media Time Scale""QuickTime:MediaTrackBytes"
-    "Media Track Bytes""QuickTime:MediaType""Media Type""QuickTime:MediaType:0""Movie (old)"
-    "QuickTime:MediaType:1""Normal (Music)""QuickTime:MediaType:10""TV Show""QuickTime:MediaType:11"
-    "Booklet""QuickTime:MediaType:14""Ringtone""QuickTime:MediaType:2""Audiobook"
-    "QuickTime:MediaType:21""QuickTime:MediaType:23""QuickTime:MediaType:5""Whacked Bookmark"
-    "QuickTime:MediaType:6""Music Video""QuickTime:MediaType:9""Movie""QuickTime:MetaFormat"
-    "Meta Format""QuickTime:MetaType""Meta Type""QuickTime:MetaVersion""Meta Version"
-    "QuickTime:MetadataSource""Metadata Source""QuickTime:MeteringMode""Metering Mode"
-    "QuickTime:MiddleName""Middle Name""QuickTime:Mileage""QuickTime:MinSpatialSegmentationIDC"
-    "Min Spatial Segmentation IDC""QuickTime:MinTransmissionTime""Min Transmission Time"
-    "QuickTime:MinorVersion""Minor Version""QuickTime:ModeFlags""Mode Flags""QuickTime:Model"
-    "Camera Model Name |\302\240Model""QuickTime:ModifiedBy""Modified By""QuickTime:ModifyDate"
-    "Modify Date""QuickTime:Mood""QuickTime:MoreInfo""More Info""QuickTime:MotionPhotoVideo"
-    "Motion Photo Video""QuickTime:MovementCount""Movement Count""QuickTime:MovementName"
-    "Movement Name""QuickTime:MovementNumber""Movement Number""QuickTime:MovieFragmentSequence"
-    "Movie Fragment Sequence""QuickTime:MovieHeaderVersion""Movie Header Version""QuickTime:Mute"
-    "QuickTime:Mute:0""Off""QuickTime:Mute:1""On""QuickTime:Name""QuickTime:Narrator"
-    "QuickTime:NextTrackID""Next Track ID""QuickTime:Nickname""QuickTime:NullMediaHeader"
-    "Null Media Header""QuickTime:NumChannelDescriptions""Num Channel Descriptions"
-    "QuickTime:NumPackets""Num Packets""QuickTime:NumTemporalLayers""Num Temporal Layers"
-    "QuickTime:OfficeLocation""Office Location""QuickTime:OfflineAvailability""Offline Availability"
-    "QuickTime:OfflineStatus""Offline Status""QuickTime:OpColor""Op Color"
-    "QuickTime:OptionalAttendeeAddresses""Optional Attendee Addresses""QuickTime:OptionalAttendees"
-    "Optional Attendees""QuickTime:OrganizerAddress""Organizer Address""QuickTime:OrganizerName"
-    "Organizer Name""QuickTime:Orientation""QuickTime:OriginalArtist""Original Artist"
-    "QuickTime:OriginalDate""Original Date""QuickTime:OriginalFileName""Original File Name"
-    "QuickTime:OriginalFormat""Original Format""QuickTime:OriginalYear""Original Year"
-    "QuickTime:OtherAddress""Other Address""QuickTime:OtherCity""Other City"
-    "QuickTime:OtherCountry-Region""Other Country-Region""QuickTime:OtherFormat""Other Format"
-    "QuickTime:OtherName""Other Name""QuickTime:OtherPOBox""Other PO Box""QuickTime:OtherPostalCode"
-    "Other Postal Code""QuickTime:OtherStateOrProvince""Other State Or Province"
-    "QuickTime:OtherStreet""Other Street""QuickTime:Owner""QuickTime:POBox""PO Box"
-    "QuickTime:Padding""QuickTime:Pager""QuickTime:Pages""QuickTime:ParallelismType"
-    "Parallelism Type""QuickTime:Parameters""QuickTime:ParentProductID""Parent Product ID"
-    "QuickTime:ParentShortTitle""Parent Short Title""QuickTime:ParentTitle""Parent Title"
-    "QuickTime:ParentalRating""Parental Rating""QuickTime:ParentalRatingReason"
-    "Parental Rating Reason""QuickTime:PartOfSet""Part Of Set""QuickTime:PartialSyncSamples"
-    "Partial Sync Samples""QuickTime:Participants""QuickTime:Path""QuickTime:PayloadType"
-    "Payload Type""QuickTime:PeakLevelR128""Peak Level R128""QuickTime:PeakLevelSample"
-    "Peak Level Sample""QuickTime:PeakValue""Peak Value""QuickTime:PerceivedType""Perceived Type"
-    "QuickTime:Performer""QuickTime:PerformerKeywords""Performer Keywords""QuickTime:PerformerURL"
-    "Performer URL""QuickTime:Performers""QuickTime:Period""QuickTime:PersonalTitle""Personal Title"
-    "QuickTime:Pitch""QuickTime:PitchShift""Pitch Shift""QuickTime:PixelAspectRatio"
-    "Pixel Aspect Ratio""QuickTime:PixelAspectRatioX""Pixel Aspect Ratio X"
-    "QuickTime:PixelAspectRatioY""Pixel Aspect Ratio Y""QuickTime:PixelExposureTime"
-    "Pixel Exposure Time""QuickTime:Platform""QuickTime:PlayAllFrames""Play All Frames"
-    "QuickTime:PlayGap""Play Gap""QuickTime:PlayGap:0""Insert Gap""QuickTime:PlayGap:1""No Gap"
-    "QuickTime:PlayMode""Play Mode""QuickTime:PlaySelection""Play Selection"
-    "QuickTime:PlaybackFrameRate""Playback Frame Rate""QuickTime:PlayerVersion""Player Version"
-    "QuickTime:PlaylistIndex""Playlist Index""QuickTime:Podcast""QuickTime:Podcast:0"
-    "QuickTime:Podcast:1""QuickTime:PodcastURL""Podcast URL""QuickTime:Popularimeter"
-    "QuickTime:PosePitchDegrees""Pose Pitch Degrees""QuickTime:PoseRollDegrees""Pose Roll Degrees"
-    "QuickTime:PoseYawDegrees""Pose Yaw Degrees""QuickTime:Position""QuickTime:PostalCode"
-    "Postal Code""QuickTime:PosterTime""Poster Time""QuickTime:PreferredRate""Preferred Rate"
-    "QuickTime:PreferredVolume""Preferred Volume""QuickTime:PreviewAtomIndex""Preview Atom Index"
-    "QuickTime:PreviewAtomType""Preview Atom Type""QuickTime:PreviewDate""Preview Date"
-    "QuickTime:PreviewDuration""Preview Duration""QuickTime:PreviewImage""Preview Image"
-    "QuickTime:PreviewImageHeight""Preview Image Height""QuickTime:PreviewImageLength"
-    "Preview Image Length""QuickTime:PreviewImageWidth""Preview Image Width""QuickTime:PreviewPICT"
-    "Preview PICT""QuickTime:PreviewTime""Preview Time""QuickTime:PreviewVersion""Preview Version"
-    "QuickTime:PrimaryE-mail""Primary E-mail""QuickTime:PrimaryItemReference"
-    "Primary Item Reference""QuickTime:PrimaryPhone""Primary Phone""QuickTime:Priority"
-    "QuickTime:Producer""QuickTime:ProducerKeywords""Producer Keywords""QuickTime:Producers"
-    "QuickTime:Product""QuickTime:ProductID""Product ID""QuickTime:ProductName""Product Name"
-    "QuickTime:ProductVersion""Product Version""QuickTime:ProductionApertureDimensions"
-    "Production Aperture Dimensions""QuickTime:ProductionDate""Production Date"
-    "QuickTime:Profession""QuickTime:ProgramDescription""Program Description""QuickTime:ProgramMode"
-    "Program Mode""QuickTime:ProgramName""Program Name""QuickTime:Project"
-    "QuickTime:ProjectionBoundsBottom""Projection Bounds Bottom""QuickTime:ProjectionBoundsLeft"
-    "Projection Bounds Left""QuickTime:ProjectionBoundsRight""Projection Bounds Right"
-    "QuickTime:ProjectionBoundsTop""Projection Bounds Top""QuickTime:Protected"
-    "QuickTime:ProtectionType""Protection Type""QuickTime:Provider""QuickTime:ProviderLogoURL"
-    "Provider Logo URL""QuickTime:ProviderRating""Provider Rating""QuickTime:ProviderStyle"
-    "Provider Style""QuickTime:ProviderURL""Provider URL""QuickTime:Publisher"
-    "QuickTime:PurchaseDate""Purchase Date""QuickTime:PurchaseFileFormat""Purchase File Format"
-    "QuickTime:RTPTimeScale""RTP Time Scale""QuickTime:RadioBand""Radio Band""QuickTime:RadioFormat"
-    "Radio Format""QuickTime:Rads""QuickTime:Rating""QuickTime:Rating:0""none""QuickTime:Rating:1"
-    "Explicit""QuickTime:Rating:2""Clean""QuickTime:Rating:4""Explicit (old)""QuickTime:RatingOrg"
-    "Rating Org""QuickTime:RatingPercent""Rating Percent""QuickTime:RawGSensor""Raw G Sensor"
-    "QuickTime:ReadStatus""Read Status""QuickTime:RealtimeStreamingProtocol"
-    "Realtime Streaming Protocol""QuickTime:RecordLabelName""Record Label Name"
-    "QuickTime:RecordLabelURL""Record Label URL""QuickTime:RecordingCopyright""Recording Copyright"
-    "QuickTime:RecordingTime""Recording Time""QuickTime:RecordingTimeDay""Recording Time Day"
-    "QuickTime:RecordingTimeMonth""Recording Time Month""QuickTime:RecordingTimeYear"
-    "Recording Time Year""QuickTime:RecordingTimeYearMonth""Recording Time Year Month"
-    "QuickTime:RecordingTimeYearMonthDay""Recording Time Year Month Day""QuickTime:ReelName"
-    "Reel Name""QuickTime:RelativeLocation""Relative Location""QuickTime:ReleaseDate""Release Date"
-    "QuickTime:ReleaseDateDay""Release Date Day""QuickTime:ReleaseDateMonth""Release Date Month"
-    "QuickTime:ReleaseDateYear""Release Date Year""QuickTime:ReleaseDateYearMonth"
-    "Release Date Year Month""QuickTime:ReleaseDateYearMonthDay""Release Date Year Month Day"
-    "QuickTime:ReminderTime""Reminder Time""QuickTime:RepeatedDataBytes""Repeated Data Bytes"
-    "QuickTime:ReplayTrackGain""Replay Track Gain""QuickTime:ReplayTrackPeak""Replay Track Peak"
-    "QuickTime:ReplayVolumeLevel""Replay Volume Level""QuickTime:RequestState""Request State"
-    "QuickTime:RequiredAttendeeAddresses""Required Attendee Addresses""QuickTime:RequiredAttendees"
-    "Required Attendees""QuickTime:Requirements""QuickTime:Rerun""QuickTime:Resources"
-    "QuickTime:Roll""QuickTime:RollingShutterSkewTime""Rolling Shutter Skew Time""QuickTime:RotMode"
-    "Rot Mode""QuickTime:Rotation""QuickTime:RotationXYZ""Rotation XYZ""QuickTime:SAP"
-    "QuickTime:SampleDateTime""Sample Date Time""QuickTime:SampleDegradationPriority"
-    "Sample Degradation Priority""QuickTime:SampleDuration""Sample Duration"
-    "QuickTime:SampleGroupDescription""Sample Group Description""QuickTime:SamplePaddingBits"
-    "Sample Padding Bits""QuickTime:SampleSizes""Sample Sizes""QuickTime:SampleTime""Sample Time"
-    "QuickTime:SampleToChunk""Sample To Chunk""QuickTime:SampleToGroup""Sample To Group"
-    "QuickTime:Saturation""QuickTime:Scene""QuickTime:SchemeType""Scheme Type""QuickTime:SchemeURL"
-    "Scheme URL""QuickTime:SchemeVersion""Scheme Version""QuickTime:Script""QuickTime:SearchRanking"
-    "Search Ranking""QuickTime:SelectionDuration""Selection Duration""QuickTime:SelectionTime"
-    "Selection Time""QuickTime:SenderAddress""Sender Address""QuickTime:SenderName""Sender Name"
-    "QuickTime:Sensitivity""QuickTime:SensorData""Sensor Data""QuickTime:SeqLevelIdx0"
-    "Seq Level Idx 0""QuickTime:SeqProfile""Seq Profile""QuickTime:SeqTier0""Seq Tier 0"
-    "QuickTime:SequenceNumberRandomOffset""Sequence Number Random Offset""QuickTime:SerialNumber"
-    "Serial Number""QuickTime:SerialNumberHash""Camera Serial Number Hash""QuickTime:ShadowFilePath"
-    "Shadow File Path""QuickTime:ShadowSyncSampleTable""Shadow Sync Sample Table""QuickTime:Shared"
-    "QuickTime:SharedUserRating""Shared User Rating""QuickTime:SharedWith""Shared With"
-    "QuickTime:ShortTitle""Short Title""QuickTime:ShotName""Shot Name""QuickTime:ShowMovement"
-    "Show Movement""QuickTime:ShowMovement:0""QuickTime:ShowMovement:1""QuickTime:Size"
-    "QuickTime:Skip""QuickTime:SlideShow""Slide Show""QuickTime:SlideShow:0""QuickTime:SlideShow:1"
-    "QuickTime:Slides""QuickTime:Software""QuickTime:SoftwareVersion""Software Version"
-    "QuickTime:Soloist""QuickTime:SongWriter""Song Writer""QuickTime:SongWriterKeywords"
-    "Song Writer Keywords""QuickTime:SortAlbum""Sort Album""QuickTime:SortAlbumArtist"
-    "Sort Album Artist""QuickTime:SortArtist""Sort Artist""QuickTime:SortComposer""Sort Composer"
-    "QuickTime:SortName""Sort Name""QuickTime:SortShow""Sort Show""QuickTime:SoundEngineer"
-    "Sound Engineer""QuickTime:Source""QuickTime:SourceCredits""Source Credits"
-    "QuickTime:SourceImageHeight""Source Image Height""QuickTime:SourceImageWidth"
-    "Source Image Width""QuickTime:SourceURL""Source URL""QuickTime:SpaceFree""Space Free"
-    "QuickTime:SpaceUsed""Space Used""QuickTime:SpatialAudioVersion""Spatial Audio Version"
-    "QuickTime:SpeedX""Speed X""QuickTime:SpeedY""Speed Y""QuickTime:SpeedZ""Speed Z"
-    "QuickTime:SphericalVideoXML""Spherical Video XML""QuickTime:Spouse""QuickTime:StartDate"
-    "Start Date""QuickTime:StartTime""Start Time""QuickTime:StartTimeSampleSize"
-    "Start Time Sample Size""QuickTime:StartTimeScale""Start Time Scale""QuickTime:StartTimecode"
-    "Start Timecode""QuickTime:StateOrProvince""State Or Province""QuickTime:StationCallSign"
-    "Station Call Sign""QuickTime:StationName""Station Name""QuickTime:Status"
-    "QuickTime:Stereoscopic3D""Stereoscopic 3D""QuickTime:Stereoscopic3D:0""Monoscopic"
-    "QuickTime:Stereoscopic3D:1""Stereoscopic Top-Bottom""QuickTime:Stereoscopic3D:2"
-    "Stereoscopic Left-Right""QuickTime:Stereoscopic3D:3""Stereoscopic Stereo-Custom"
-    "QuickTime:Stereoscopic3D:4""Stereoscopic Right-Left""QuickTime:StillImageTime"
-    "Still Image Time""QuickTime:Store""QuickTime:StoreDescription""Store Description"
-    "QuickTime:StreamingDataProtocol""Streaming Data Protocol""QuickTime:Street"
-    "QuickTime:Sub-sampleInformation""Sub-sample Information""QuickTime:Subject"
-    "QuickTime:SubjectDistance""Subject Distance""QuickTime:SubscriptionContentID"
-    "Subscription Content ID""QuickTime:Subtitle""QuickTime:SubtitleDescription"
-    "Subtitle Description""QuickTime:SubtitleKeywords""Subtitle Keywords""QuickTime:Suffix"
-    "QuickTime:Summary""QuickTime:Sync01""Sync 01""QuickTime:Sync02""Sync 02""QuickTime:Sync03"
-    "Sync 03""QuickTime:Sync04""Sync 04""QuickTime:Sync05""Sync 05""QuickTime:Sync06""Sync 06"
-    "QuickTime:Sync07""Sync 07""QuickTime:Sync08""Sync 08""QuickTime:Sync09""Sync 09"
-    "QuickTime:Sync10""Sync 10""QuickTime:Sync11""Sync 11""QuickTime:Sync12""Sync 12"
-    "QuickTime:Sync13""Sync 13""QuickTime:Sync14""Sync 14""QuickTime:Sync15""Sync 15"
-    "QuickTime:Sync16""Sync 16""QuickTime:SyncOnly""Sync Only""QuickTime:SyncSampleTable"
-    "Sync Sample Table""QuickTime:SyncState""Sync State""QuickTime:TTY-TTDPhone""TTY-TTD Phone"
-    "QuickTime:TVEpisode""TV Episode""QuickTime:TVEpisodeID""TV Episode ID""QuickTime:TVNetworkName"
-    "TV Network Name""QuickTime:TVSeason""TV Season""QuickTime:TVShow""QuickTime:TaskOwner"
-    "Task Owner""QuickTime:Telex""QuickTime:TemporalIDNested""Temporal ID Nested"
-    "QuickTime:TemporalIDNested:0""QuickTime:TemporalIDNested:1""QuickTime:Temporary"
-    "QuickTime:Text""QuickTime:TextColor""Text Color""QuickTime:TextFace""Text Face"
-    "QuickTime:TextFace:0""Plain""QuickTime:TextFace:1""Bold""QuickTime:TextFace:16""Shadow"
-    "QuickTime:TextFace:2""Italic""QuickTime:TextFace:32""Condense""QuickTime:TextFace:4""Underline"
-    "QuickTime:TextFace:64""Extend""QuickTime:TextFace:8""Outline""QuickTime:TextFont""Text Font"
-    "QuickTime:TextFont:0""System""QuickTime:TextSize""Text Size""QuickTime:ThumbnailImage"
-    "Thumbnail Image""QuickTime:ThumbnailPNG""Thumbnail PNG""QuickTime:ThumbnailRef""Thumbnail Ref"
-    "QuickTime:TimeCode""QuickTime:TimeScale""Time Scale""QuickTime:TimeToSampleTable"
-    "Time To Sample Table""QuickTime:TimeZone""Time Zone""QuickTime:TimestampRandomOffset"
-    "Timestamp Random Offset""QuickTime:Tint""QuickTime:Title""QuickTime:TitleNum""Title Num"
-    "QuickTime:TitleSortOrder""Title Sort Order""QuickTime:ToAddresses""To Addresses"
-    "QuickTime:ToDoTitle""To Do Title""QuickTime:ToNames""To Names""QuickTime:TomTomHL""Tom Tom HL"
-    "QuickTime:TomTomID""Tom Tom ID""QuickTime:TomTomVD""Tom Tom VD""QuickTime:TomTomVI""Tom Tom VI"
-    "QuickTime:TotalBitrate""Total Bitrate""QuickTime:TotalBytes""Total Bytes"
-    "QuickTime:TotalBytesNoRTPHeaders""Total Bytes No RTP Headers""QuickTime:TotalDuration"
-    "Total Duration""QuickTime:TotalEditingTime""Total Editing Time""QuickTime:TotalFileSize"
-    "Total File Size""QuickTime:TotalSize""Total Size""QuickTime:Track""QuickTime:TrackCreateDate"
-    "Track Create Date""QuickTime:TrackDuration""Track Duration""QuickTime:TrackHeaderVersion"
-    "Track Header Version""QuickTime:TrackID""Track ID""QuickTime:TrackLayer""Track Layer"
-    "QuickTime:TrackModifyDate""Track Modify Date""QuickTime:TrackNumber""Track Number"
-    "QuickTime:TrackProperty""Track Property""QuickTime:TrackProperty:0""No attributes"
-    "QuickTime:TrackProperty:1""Main track""QuickTime:TrackProperty:32768""Read only"
-    "QuickTime:TrackType""Track Type""QuickTime:TrackVolume""Track Volume""QuickTime:TrackingID"
-    "Tracking ID""QuickTime:TransactionID""Transaction ID""QuickTime:TransferCharacteristics"
-    "Transfer Characteristics""QuickTime:TransferCharacteristics:0""For future use (0)"
-    "QuickTime:TransferCharacteristics:1""QuickTime:TransferCharacteristics:10"
-    "Logarithmic (100 * Sqrt(10) : 1 range)""QuickTime:TransferCharacteristics:11""IEC 61966-2-4"
-    "QuickTime:TransferCharacteristics:12""BT.1361""QuickTime:TransferCharacteristics:13"
-    "sRGB or sYCC""QuickTime:TransferCharacteristics:14""BT.2020 10-bit systems"
-    "QuickTime:TransferCharacteristics:15""BT.2020 12-bit systems"
-    "QuickTime:TransferCharacteristics:16""SMPTE ST 2084, ITU BT.2100 PQ"
-    "QuickTime:TransferCharacteristics:17""SMPTE ST 428""QuickTime:TransferCharacteristics:18"
-    "BT.2100 HLG, ARIB STD-B67""QuickTime:TransferCharacteristics:2"
-    "QuickTime:TransferCharacteristics:3""QuickTime:TransferCharacteristics:4"
-    "QuickTime:TransferCharacteristics:5""QuickTime:TransferCharacteristics:6"
-    "QuickTime:TransferCharacteristics:7""QuickTime:TransferCharacteristics:8""Linear"
-    "QuickTime:TransferCharacteristics:9""Logarithmic (100 : 1 range)""QuickTime:Treble"
-    "QuickTime:TwelveBit""Twelve Bit""QuickTime:Type""QuickTime:URL""QuickTime:URN"
-    "QuickTime:UUID-Unknown""QuickTime:UniqueFileIdentifier""Unique File Identifier"
-    "QuickTime:Unknown00""Unknown 00""QuickTime:Unknown01""Unknown 01""QuickTime:Unknown02"
-    "Unknown 02""QuickTime:Unknown03""Unknown 03""QuickTime:UnknownTags""Unknown Tags"
-    "QuickTime:UnknownThumbnail""Unknown Thumbnail""QuickTime:Unknown_AACR""Unknown AACR"
-    "QuickTime:Unknown_CDEK""Unknown CDEK""QuickTime:Unknown_CDET""Unknown CDET"
-    "QuickTime:Unknown_adzc""Unknown adzc""QuickTime:Unknown_adze""Unknown adze"
-    "QuickTime:Unknown_adzm""Unknown adzm""QuickTime:Unknown_slmt""Unknown slmt"
-    "QuickTime:Untitled0""Untitled 0""QuickTime:Untitled1""Untitled 1""QuickTime:Untitled2"
-    "Untitled 2""QuickTime:UserCollection""User Collection""QuickTime:UserCustom1""User Custom 1"
-    "QuickTime:UserCustom2""User Custom 2""QuickTime:UserData_dji""User Data dji"
-    "QuickTime:UserData_res""User Data res""QuickTime:UserData_uid""User Data uid"
-    "QuickTime:UserEffectiveRating""User Effective Rating""QuickTime:UserID""User ID"
-    "QuickTime:UserLabel""User Label""QuickTime:UserLastPlayedTime""User Last Played Time"
-    "QuickTime:UserName""User Name""QuickTime:UserPlayCount""User Play Count"
-    "QuickTime:UserPlaycountAfternoon""User Playcount Afternoon""QuickTime:UserPlaycountEvening"
-    "User Playcount Evening""QuickTime:UserPlaycountMorning""User Playcount Morning"
-    "QuickTime:UserPlaycountNight""User Playcount Night""QuickTime:UserPlaycountWeekday"
-    "User Playcount Weekday""QuickTime:UserPlaycountWeekend""User Playcount Weekend"
-    "QuickTime:UserRating""User Rating""QuickTime:UserServiceRating""User Service Rating"
-    "QuickTime:UserWebURL""User Web URL""QuickTime:Vendor""QuickTime:VendorID""Vendor ID"
-    "QuickTime:VendorID: KD ""QuickTime:VendorID:AR.D""QuickTime:VendorID:FFMP"
-    "QuickTime:VendorID:GIC ""QuickTime:VendorID:KMPI""QuickTime:VendorID:NIKO"
-    "QuickTime:VendorID:SMI ""QuickTime:VendorID:ZORA""QuickTime:VendorID:appl"
-    "QuickTime:VendorID:fe20""QuickTime:VendorID:kdak""QuickTime:VendorID:leic"
-    "QuickTime:VendorID:mino""QuickTime:VendorID:niko""QuickTime:VendorID:olym"
-    "QuickTime:VendorID:pana""QuickTime:VendorID:pent""QuickTime:VendorID:pr01"
-    "QuickTime:VendorID:sany""QuickTime:Version""QuickTime:VersionRestrictions"
-    "Version Restrictions""QuickTime:VerticalResolution""Vertical Resolution"
-    "QuickTime:VerticalSpeed""Vertical Speed""QuickTime:VesperineSize""Vesperine Size"
-    "QuickTime:VideoAttributes""Video Attributes""QuickTime:VideoAttributes:1"
-    "QuickTime:VideoAttributes:2""QuickTime:VideoAttributes:4""Variable frame rate"
-    "QuickTime:VideoAttributes:8""Interlaced""QuickTime:VideoAvgBitrate""Video Avg Bitrate"
-    "QuickTime:VideoAvgFrameRate""Video Avg Frame Rate""QuickTime:VideoBitrate""Video Bitrate"
-    "QuickTime:VideoCodec""Video Codec""QuickTime:VideoCodecInfo""Video Codec Info"
-    "QuickTime:VideoCompression""Video Compression""QuickTime:VideoFieldOrder""Video Field Order"
-    "QuickTime:VideoFieldOrder:1""Progressive""QuickTime:VideoFieldOrder:2""2:1 Interlaced"
-    "QuickTime:VideoFormat""Video Format""QuickTime:VideoFrameRate""Video Frame Rate"
-    "QuickTime:VideoFullRangeFlag""Video Full Range Flag""QuickTime:VideoHeight""Video Height"
-    "QuickTime:VideoMaxBitrate""Video Max Bitrate""QuickTime:VideoMaxFrameRate"
-    "Video Max Frame Rate""QuickTime:VideoOrientation""Video Orientation"
-    "QuickTime:VideoOrientation:1""Horizontal (normal)""QuickTime:VideoOrientation:2"
-    "Mirror horizontal""QuickTime:VideoOrientation:3""Rotate 180""QuickTime:VideoOrientation:4"
-    "Mirror vertical""QuickTime:VideoOrientation:5""Mirror horizontal and rotate 270 CW"
-    "QuickTime:VideoOrientation:6""Rotate 90 CW""QuickTime:VideoOrientation:7"
-    "Mirror horizontal and rotate 90 CW""QuickTime:VideoOrientation:8""Rotate 270 CW"
-    "QuickTime:VideoProfileVersion""Video Profile Version""QuickTime:VideoSize""Video Size"
-    "QuickTime:VideoTimeStamp""Video Time Stamp""QuickTime:VideoTrackID""Video Track ID"
-    "QuickTime:VideoWidth""Video Width""QuickTime:VolumeLevelR128""Volume Level R128"
-    "QuickTime:VolumeNormalization""Volume Normalization""QuickTime:WMCollectionGroupID"
-    "WM Collection Group ID""QuickTime:WMCollectionID""WM Collection ID""QuickTime:WMContentID"
-    "WM Content ID""QuickTime:WMShadowFileSourceDRMType""WM Shadow File Source DRM Type"
-    "QuickTime:WMShadowFileSourceFileType""WM Shadow File Source File Type""QuickTime:Webpage"
-    "QuickTime:WhiteBalance""White Balance""QuickTime:Wide""QuickTime:WindowLocation"
-    "Window Location""QuickTime:WindowsFileName""Windows File Name""QuickTime:WordCount""Word Count"
-    "QuickTime:Work""QuickTime:Writers""QuickTime:XResolution""X Resolution""QuickTime:YResolution"
-    "Y Resolution""QuickTime:Yaw""QuickTime:Year""QuickTime:iTunSMPB""QuickTime:iTunTool"
-    "QuickTime:iTunesMediaType""iTunes Media Type""QuickTime:iTunesU""QuickTime:iTunesU:0"
-    "QuickTime:iTunesU:1""相册""图像作者""作者""亮度""类别""城市""注释""压缩方案""对比度""专利拥有者""数字数据产生的日期和时间""创建日期"
-    "文件改变的日期和时间""原始数据产生的日期和时间""Exif 版本""曝光偏差""曝光程序""曝光时间""光圈数""文件大小""文件格式""焦距""更新速率""海拔高度""测量精度""纬度"
-    "经度""GPS测量模式""2维测量""3维测量""用于定位的 GPS 卫星信号""GPS接收器的速度""速度单位""公里/小时""英里/小时""海里/小时""GPS 时间(原子钟)"
-    "运动方向""运动方向参照""磁场方向""真方向""对比系数""像高""像宽""关键词""关键字""光源""厂商""镜头光圈最大值""测量方式""型号""图像取向""评分""百分比评级"
-    "饱和度""照相机标识""使用软件""来源""主题""目标距离""缩略图""标题""版本""白平衡""Accélération""Angle de l'axe"
-    "Vélocité angulaire""Artiste""Mode de contrôle du Bitrate audio""Bitrate audio""Auteur"
-    "Type d'image auxiliaire""Fréquence d'images moyenne""Code-barres"
-    "Bits de profondeur de chrominance""Bits de profondeur de luminance""Luminosité"
-    "Date et heure de l'appareil photo""Direction de l'appareil photo"
-    "Identifiant de l'appareil photo""Identificateur de l'appareil photo"
-    "Fabricant de l'appareil photo""Modèle de l'appareil photo""Mouvement de l'appareil photo"
-    "Inclinaison de la caméra""Lacet de la caméra""Catégorie""Certificat"
-    "Structures d'échantillonnage de chrominance""Ville""Nom de collection""Commentaire"
-    "Commentaires""Labels compatibles""Non""Oui""Schéma de compression"
-    "Fréquence d'images constante""Inconnue"
-    "Chaque couche temporelle a une fréquence d'images constante""Indicateurs de contrainte"
-    "Contraste""Propriétaire du copyright""Date de création des données numériques"
-    "Date de création""Créateur""Outil de création""Heure courante""Date d'envoi"
-    "Date de modification du fichier""Date de création des données originales"
-    "Limites de visage détectées""ID Visage détecté""Angle de roulis du visage détecté"
-    "Angle de lacet du visage détecté""Normale""Durée""Plage dynamique""Evenement""Version Exif"
-    "Réglage du biais""Décalage d'exposition""Programme d'exposition""Temps de pose""Diaphragme ƒ"
-    "Version du profil du fichier""Taille du fichier""Type de fichier""Version de format de fichier"
-    "Micrologiciel""Version du micrologiciel""Prénom""Mode du flash""Focale de l'objectif"
-    "Distance focale 35 mm""Numéro de vue""Vitesse""Nom complet""Altitude GPS""Coordonnées GPS"
-    "Précision de la mesure""Liste des données GPS""Liste des données GPS 2"
-    "Date/Heure GPS (horloge atomique)""Précision GPS horizontale""Latitude GPS""Journal GPS"
-    "Longitude GPS""Mode de mesure GPS""Aucune mesure""Mesure bidimensionnelle"
-    "Mesure tridimensionnelle""Mode GPS""Satellites GPS utilisés pour la mesure"
-    "Vitesse du récepteur GPS""Précision de la vitesse du GPS""Référence de vitesse du GPS"
-    "Kilomètres par heure""Miles par heure""nœuds""Heure GPS (horloge atomique)""Tracé GPS"
-    "Référence pour du tracé GPS""Nord magnétique""Nord vrai"
+    "QuickTime:MajorBrand:dmb1" "DMB MAF supporting all the components defined in the specification"
+    "QuickTime:MajorBrand:dmpf" "Digital Media Project" "QuickTime:MajorBrand:drc1"
+    "Dirac (wavelet compression), encapsulated in ISO base media (MP4)" "QuickTime:MajorBrand:dv1a"
+    "DMB MAF vid w/ AVC vid, ER-BSAC aud, BIFS, JPG/PNG/MNG images, TS" "QuickTime:MajorBrand:dv1b"
+    "DMB MAF, extending dv1a, with 3GPP timed text, DID, TVA, REL, IPMP" "QuickTime:MajorBrand:dv2a"
+    "DMB MAF vid w/ AVC vid, HE-AAC v2 aud, BIFS, JPG/PNG/MNG images, TS"
+    "QuickTime:MajorBrand:dv2b" "DMB MAF, extending dv2a, with 3GPP timed text, DID, TVA, REL, IPMP"
+    "QuickTime:MajorBrand:dv3a" "DMB MAF vid w/ AVC vid, HE-AAC aud, BIFS, JPG/PNG/MNG images, TS"
+    "QuickTime:MajorBrand:dv3b" "DMB MAF, extending dv3a, with 3GPP timed text, DID, TVA, REL, IPMP"
+    "QuickTime:MajorBrand:dvr1" "DVB (.DVB) over RTP" "QuickTime:MajorBrand:dvt1"
+    "DVB (.DVB) over MPEG-2 Transport Stream" "QuickTime:MajorBrand:heic"
+    "High Efficiency Image Format HEVC still image (.HEIC)" "QuickTime:MajorBrand:heix"
+    "High Efficiency Image Format still image (.HEIF)" "QuickTime:MajorBrand:hevc"
+    "High Efficiency Image Format HEVC sequence (.HEICS)" "QuickTime:MajorBrand:isc2"
+    "ISMACryp 2.0 Encrypted File" "QuickTime:MajorBrand:iso2"
+    "MP4 Base Media v2 [ISO 14496-12:2005]" "QuickTime:MajorBrand:iso3" "MP4 Base Media v3"
+    "QuickTime:MajorBrand:iso4" "MP4 Base Media v4" "QuickTime:MajorBrand:iso5" "MP4 Base Media v5"
+    "QuickTime:MajorBrand:iso6" "MP4 Base Media v6" "QuickTime:MajorBrand:iso7" "MP4 Base Media v7"
+    "QuickTime:MajorBrand:iso8" "MP4 Base Media v8" "QuickTime:MajorBrand:iso9" "MP4 Base Media v9"
+    "QuickTime:MajorBrand:isom" "MP4 Base Media v1 [IS0 14496-12:2003]" "QuickTime:MajorBrand:jpm "
+    "JPEG 2000 Compound Image (.JPM) [ISO 15444-6]" "QuickTime:MajorBrand:jpx "
+    "JPEG 2000 with extensions (.JPX) [ISO 15444-2]" "QuickTime:MajorBrand:mif1"
+    "QuickTime:MajorBrand:mj2s" "Motion JPEG 2000 [ISO 15444-3] Simple Profile"
+    "QuickTime:MajorBrand:mjp2" "Motion JPEG 2000 [ISO 15444-3] General Profile"
+    "QuickTime:MajorBrand:mmp4" "MPEG-4/3GPP Mobile Profile (.MP4/3GP) (for NTT)"
+    "QuickTime:MajorBrand:mp21" "MPEG-21 [ISO/IEC 21000-9]" "QuickTime:MajorBrand:mp41"
+    "MP4 v1 [ISO 14496-1:ch13]" "QuickTime:MajorBrand:mp42" "MP4 v2 [ISO 14496-14]"
+    "QuickTime:MajorBrand:mp71" "MP4 w/ MPEG-7 Metadata [per ISO 14496-12]"
+    "QuickTime:MajorBrand:mqt " "Sony / Mobile QuickTime (.MQV) US Patent 7,477,830 (Sony Corp)"
+    "QuickTime:MajorBrand:msf1" "High Efficiency Image Format sequence (.HEIFS)"
+    "QuickTime:MajorBrand:odcf" "OMA DCF DRM Format 2.0 (OMA-TS-DRM-DCF-V2_0-20060303-A)"
+    "QuickTime:MajorBrand:opf2" "OMA PDCF DRM Format 2.1 (OMA-TS-DRM-DCF-V2_1-20070724-C)"
+    "QuickTime:MajorBrand:opx2" "OMA PDCF DRM + XBS extensions (OMA-TS-DRM_XBS-V1_0-20070529-C)"
+    "QuickTime:MajorBrand:pana" "Panasonic Digital Camera" "QuickTime:MajorBrand:qt  "
+    "Apple QuickTime (.MOV/QT)" "QuickTime:MajorBrand:sdv " "SD Memory Card Video"
+    "QuickTime:MajorBrand:ssc1" "Samsung stereoscopic, single stream" "QuickTime:MajorBrand:ssc2"
+    "Samsung stereoscopic, dual stream" "QuickTime:Make" "QuickTime:MakerNotePentaxUnknown"
+    "Maker Note Pentax Unknown" "QuickTime:MakerURL" "Maker URL" "QuickTime:MatrixCoefficients"
+    "Matrix Coefficients" "QuickTime:MatrixCoefficients:0" "Identity matrix"
+    "QuickTime:MatrixCoefficients:1" "QuickTime:MatrixCoefficients:10" "BT.2020 constant luminance"
+    "QuickTime:MatrixCoefficients:11" "SMPTE ST 2085 YDzDx" "QuickTime:MatrixCoefficients:12"
+    "Chromaticity-derived non-constant luminance" "QuickTime:MatrixCoefficients:13"
+    "Chromaticity-derived constant luminance" "QuickTime:MatrixCoefficients:14" "BT.2100 ICtCp"
+    "QuickTime:MatrixCoefficients:2" "QuickTime:MatrixCoefficients:3" "For future use (3)"
+    "QuickTime:MatrixCoefficients:4" "US FCC 73.628" "QuickTime:MatrixCoefficients:5"
+    "QuickTime:MatrixCoefficients:6" "QuickTime:MatrixCoefficients:7" "SMPTE 240 M"
+    "QuickTime:MatrixCoefficients:8" "YCgCo" "QuickTime:MatrixCoefficients:9"
+    "BT.2020 non-constant luminance, BT.2100 YCbCr" "QuickTime:MatrixStructure" "Matrix Structure"
+    "QuickTime:MaxAperture" "Max Aperture" "QuickTime:MaxBitrate" "Max Bitrate"
+    "QuickTime:MaxContentLightLevel" "Max Content Light Level" "QuickTime:MaxDataRate"
+    "Max Data Rate" "QuickTime:MaxPDUSize" "Max PDU Size" "QuickTime:MaxPacketSize"
+    "Max Packet Size" "QuickTime:MaxPicAverageLightLevel" "Max Pic Average Light Level"
+    "QuickTime:MaxTransmissionTime" "Max Transmission Time" "QuickTime:Mean" "QuickTime:Media"
+    "QuickTime:MediaContentTypes" "Media Content Types" "QuickTime:MediaCreateDate"
+    "Media Create Date" "QuickTime:MediaCreated" "Media Created" "QuickTime:MediaData" "Media Data"
+    "QuickTime:MediaDataOffset" "Media Data Offset" "QuickTime:MediaDataSize" "Media Data Size"
+    "QuickTime:MediaDuration" "Media Duration" "QuickTime:MediaFlags" "Media Flags"
+    "QuickTime:MediaHeaderVersion" "Media Header Version" "QuickTime:MediaLanguageCode"
+    "Media Language Code" "QuickTime:MediaModifyDate" "Media Modify Date"
+    "QuickTime:MediaOriginalBroadcastDateTime" "Media Original Broadcast Date Time"
+    "QuickTime:MediaOriginalChannel" "Media Original Channel" "QuickTime:MediaStationName"
+    "Media Station Name" "QuickTime:MediaTimeScale" "Media Time Scale" "QuickTime:MediaTrackBytes"
+    "Media Track Bytes" "QuickTime:MediaType" "Media Type" "QuickTime:MediaType:0" "Movie (old)"
+    "QuickTime:MediaType:1" "Normal (Music)" "QuickTime:MediaType:10" "TV Show"
+    "QuickTime:MediaType:11" "Booklet" "QuickTime:MediaType:14" "Ringtone" "QuickTime:MediaType:2"
+    "Audiobook" "QuickTime:MediaType:21" "QuickTime:MediaType:23" "QuickTime:MediaType:5"
+    "Whacked Bookmark" "QuickTime:MediaType:6" "Music Video" "QuickTime:MediaType:9" "Movie"
+    "QuickTime:MetaFormat" "Meta Format" "QuickTime:MetaType" "Meta Type" "QuickTime:MetaVersion"
+    "Meta Version" "QuickTime:MetadataSource" "Metadata Source" "QuickTime:MeteringMode"
+    "Metering Mode" "QuickTime:MiddleName" "Middle Name" "QuickTime:Mileage"
+    "QuickTime:MinSpatialSegmentationIDC" "Min Spatial Segmentation IDC"
+    "QuickTime:MinTransmissionTime" "Min Transmission Time" "QuickTime:MinorVersion" "Minor Version"
+    "QuickTime:ModeFlags" "Mode Flags" "QuickTime:Model" "Camera Model Name |\302\240Model"
+    "QuickTime:ModifiedBy" "Modified By" "QuickTime:ModifyDate" "Modify Date" "QuickTime:Mood"
+    "QuickTime:MoreInfo" "More Info" "QuickTime:MotionPhotoVideo" "Motion Photo Video"
+    "QuickTime:MovementCount" "Movement Count" "QuickTime:MovementName" "Movement Name"
+    "QuickTime:MovementNumber" "Movement Number" "QuickTime:MovieFragmentSequence"
+    "Movie Fragment Sequence" "QuickTime:MovieHeaderVersion" "Movie Header Version" "QuickTime:Mute"
+    "QuickTime:Mute:0" "Off" "QuickTime:Mute:1" "On" "QuickTime:Name" "QuickTime:Narrator"
+    "QuickTime:NextTrackID" "Next Track ID" "QuickTime:Nickname" "QuickTime:NullMediaHeader"
+    "Null Media Header" "QuickTime:NumChannelDescriptions" "Num Channel Descriptions"
+    "QuickTime:NumPackets" "Num Packets" "QuickTime:NumTemporalLayers" "Num Temporal Layers"
+    "QuickTime:OfficeLocation" "Office Location" "QuickTime:OfflineAvailability"
+    "Offline Availability" "QuickTime:OfflineStatus" "Offline Status" "QuickTime:OpColor" "Op Color"
+    "QuickTime:OptionalAttendeeAddresses" "Optional Attendee Addresses"
+    "QuickTime:OptionalAttendees" "Optional Attendees" "QuickTime:OrganizerAddress"
+    "Organizer Address" "QuickTime:OrganizerName" "Organizer Name" "QuickTime:Orientation"
+    "QuickTime:OriginalArtist" "Original Artist" "QuickTime:OriginalDate" "Original Date"
+    "QuickTime:OriginalFileName" "Original File Name" "QuickTime:OriginalFormat" "Original Format"
+    "QuickTime:OriginalYear" "Original Year" "QuickTime:OtherAddress" "Other Address"
+    "QuickTime:OtherCity" "Other City" "QuickTime:OtherCountry-Region" "Other Country-Region"
+    "QuickTime:OtherFormat" "Other Format" "QuickTime:OtherName" "Other Name" "QuickTime:OtherPOBox"
+    "Other PO Box" "QuickTime:OtherPostalCode" "Other Postal Code" "QuickTime:OtherStateOrProvince"
+    "Other State Or Province" "QuickTime:OtherStreet" "Other Street" "QuickTime:Owner"
+    "QuickTime:POBox" "PO Box" "QuickTime:Padding" "QuickTime:Pager" "QuickTime:Pages"
+    "QuickTime:ParallelismType" "Parallelism Type" "QuickTime:Parameters"
+    "QuickTime:ParentProductID" "Parent Product ID" "QuickTime:ParentShortTitle"
+    "Parent Short Title" "QuickTime:ParentTitle" "Parent Title" "QuickTime:ParentalRating"
+    "Parental Rating" "QuickTime:ParentalRatingReason" "Parental Rating Reason"
+    "QuickTime:PartOfSet" "Part Of Set" "QuickTime:PartialSyncSamples" "Partial Sync Samples"
+    "QuickTime:Participants" "QuickTime:Path" "QuickTime:PayloadType" "Payload Type"
+    "QuickTime:PeakLevelR128" "Peak Level R128" "QuickTime:PeakLevelSample" "Peak Level Sample"
+    "QuickTime:PeakValue" "Peak Value" "QuickTime:PerceivedType" "Perceived Type"
+    "QuickTime:Performer" "QuickTime:PerformerKeywords" "Performer Keywords"
+    "QuickTime:PerformerURL" "Performer URL" "QuickTime:Performers" "QuickTime:Period"
+    "QuickTime:PersonalTitle" "Personal Title" "QuickTime:Pitch" "QuickTime:PitchShift"
+    "Pitch Shift" "QuickTime:PixelAspectRatio" "Pixel Aspect Ratio" "QuickTime:PixelAspectRatioX"
+    "Pixel Aspect Ratio X" "QuickTime:PixelAspectRatioY" "Pixel Aspect Ratio Y"
+    "QuickTime:PixelExposureTime" "Pixel Exposure Time" "QuickTime:Platform"
+    "QuickTime:PlayAllFrames" "Play All Frames" "QuickTime:PlayGap" "Play Gap" "QuickTime:PlayGap:0"
+    "Insert Gap" "QuickTime:PlayGap:1" "No Gap" "QuickTime:PlayMode" "Play Mode"
+    "QuickTime:PlaySelection" "Play Selection" "QuickTime:PlaybackFrameRate" "Playback Frame Rate"
+    "QuickTime:PlayerVersion" "Player Version" "QuickTime:PlaylistIndex" "Playlist Index"
+    "QuickTime:Podcast" "QuickTime:Podcast:0" "QuickTime:Podcast:1" "QuickTime:PodcastURL"
+    "Podcast URL" "QuickTime:Popularimeter" "QuickTime:PosePitchDegrees" "Pose Pitch Degrees"
+    "QuickTime:PoseRollDegrees" "Pose Roll Degrees" "QuickTime:PoseYawDegrees" "Pose Yaw Degrees"
+    "QuickTime:Position" "QuickTime:PostalCode" "Postal Code" "QuickTime:PosterTime" "Poster Time"
+    "QuickTime:PreferredRate" "Preferred Rate" "QuickTime:PreferredVolume" "Preferred Volume"
+    "QuickTime:PreviewAtomIndex" "Preview Atom Index" "QuickTime:PreviewAtomType"
+    "Preview Atom Type" "QuickTime:PreviewDate" "Preview Date" "QuickTime:PreviewDuration"
+    "Preview Duration" "QuickTime:PreviewImage" "Preview Image" "QuickTime:PreviewImageHeight"
+    "Preview Image Height" "QuickTime:PreviewImageLength" "Preview Image Length"
+    "QuickTime:PreviewImageWidth" "Preview Image Width" "QuickTime:PreviewPICT" "Preview PICT"
+    "QuickTime:PreviewTime" "Preview Time" "QuickTime:PreviewVersion" "Preview Version"
+    "QuickTime:PrimaryE-mail" "Primary E-mail" "QuickTime:PrimaryItemReference"
+    "Primary Item Reference" "QuickTime:PrimaryPhone" "Primary Phone" "QuickTime:Priority"
+    "QuickTime:Producer" "QuickTime:ProducerKeywords" "Producer Keywords" "QuickTime:Producers"
+    "QuickTime:Product" "QuickTime:ProductID" "Product ID" "QuickTime:ProductName" "Product Name"
+    "QuickTime:ProductVersion" "Product Version" "QuickTime:ProductionApertureDimensions"
+    "Production Aperture Dimensions" "QuickTime:ProductionDate" "Production Date"
+    "QuickTime:Profession" "QuickTime:ProgramDescription" "Program Description"
+    "QuickTime:ProgramMode" "Program Mode" "QuickTime:ProgramName" "Program Name"
+    "QuickTime:Project" "QuickTime:ProjectionBoundsBottom" "Projection Bounds Bottom"
+    "QuickTime:ProjectionBoundsLeft" "Projection Bounds Left" "QuickTime:ProjectionBoundsRight"
+    "Projection Bounds Right" "QuickTime:ProjectionBoundsTop" "Projection Bounds Top"
+    "QuickTime:Protected" "QuickTime:ProtectionType" "Protection Type" "QuickTime:Provider"
+    "QuickTime:ProviderLogoURL" "Provider Logo URL" "QuickTime:ProviderRating" "Provider Rating"
+    "QuickTime:ProviderStyle" "Provider Style" "QuickTime:ProviderURL" "Provider URL"
+    "QuickTime:Publisher" "QuickTime:PurchaseDate" "Purchase Date" "QuickTime:PurchaseFileFormat"
+    "Purchase File Format" "QuickTime:RTPTimeScale" "RTP Time Scale" "QuickTime:RadioBand"
+    "Radio Band" "QuickTime:RadioFormat" "Radio Format" "QuickTime:Rads" "QuickTime:Rating"
+    "QuickTime:Rating:0" "none" "QuickTime:Rating:1" "Explicit" "QuickTime:Rating:2" "Clean"
+    "QuickTime:Rating:4" "Explicit (old)" "QuickTime:RatingOrg" "Rating Org"
+    "QuickTime:RatingPercent" "Rating Percent" "QuickTime:RawGSensor" "Raw G Sensor"
+    "QuickTime:ReadStatus" "Read Status" "QuickTime:RealtimeStreamingProtocol"
+    "Realtime Streaming Protocol" "QuickTime:RecordLabelName" "Record Label Name"
+    "QuickTime:RecordLabelURL" "Record Label URL" "QuickTime:RecordingCopyright"
+    "Recording Copyright" "QuickTime:RecordingTime" "Recording Time" "QuickTime:RecordingTimeDay"
+    "Recording Time Day" "QuickTime:RecordingTimeMonth" "Recording Time Month"
+    "QuickTime:RecordingTimeYear" "Recording Time Year" "QuickTime:RecordingTimeYearMonth"
+    "Recording Time Year Month" "QuickTime:RecordingTimeYearMonthDay"
+    "Recording Time Year Month Day" "QuickTime:ReelName" "Reel Name" "QuickTime:RelativeLocation"
+    "Relative Location" "QuickTime:ReleaseDate" "Release Date" "QuickTime:ReleaseDateDay"
+    "Release Date Day" "QuickTime:ReleaseDateMonth" "Release Date Month" "QuickTime:ReleaseDateYear"
+    "Release Date Year" "QuickTime:ReleaseDateYearMonth" "Release Date Year Month"
+    "QuickTime:ReleaseDateYearMonthDay" "Release Date Year Month Day" "QuickTime:ReminderTime"
+    "Reminder Time" "QuickTime:RepeatedDataBytes" "Repeated Data Bytes" "QuickTime:ReplayTrackGain"
+    "Replay Track Gain" "QuickTime:ReplayTrackPeak" "Replay Track Peak"
+    "QuickTime:ReplayVolumeLevel" "Replay Volume Level" "QuickTime:RequestState" "Request State"
+    "QuickTime:RequiredAttendeeAddresses" "Required Attendee Addresses"
+    "QuickTime:RequiredAttendees" "Required Attendees" "QuickTime:Requirements" "QuickTime:Rerun"
+    "QuickTime:Resources" "QuickTime:Roll" "QuickTime:RollingShutterSkewTime"
+    "Rolling Shutter Skew Time" "QuickTime:RotMode" "Rot Mode" "QuickTime:Rotation"
+    "QuickTime:RotationXYZ" "Rotation XYZ" "QuickTime:SAP" "QuickTime:SampleDateTime"
+    "Sample Date Time" "QuickTime:SampleDegradationPriority" "Sample Degradation Priority"
+    "QuickTime:SampleDuration" "Sample Duration" "QuickTime:SampleGroupDescription"
+    "Sample Group Description" "QuickTime:SamplePaddingBits" "Sample Padding Bits"
+    "QuickTime:SampleSizes" "Sample Sizes" "QuickTime:SampleTime" "Sample Time"
+    "QuickTime:SampleToChunk" "Sample To Chunk" "QuickTime:SampleToGroup" "Sample To Group"
+    "QuickTime:Saturation" "QuickTime:Scene" "QuickTime:SchemeType" "Scheme Type"
+    "QuickTime:SchemeURL" "Scheme URL" "QuickTime:SchemeVersion" "Scheme Version" "QuickTime:Script"
+    "QuickTime:SearchRanking" "Search Ranking" "QuickTime:SelectionDuration" "Selection Duration"
+    "QuickTime:SelectionTime" "Selection Time" "QuickTime:SenderAddress" "Sender Address"
+    "QuickTime:SenderName" "Sender Name" "QuickTime:Sensitivity" "QuickTime:SensorData"
+    "Sensor Data" "QuickTime:SeqLevelIdx0" "Seq Level Idx 0" "QuickTime:SeqProfile" "Seq Profile"
+    "QuickTime:SeqTier0" "Seq Tier 0" "QuickTime:SequenceNumberRandomOffset"
+    "Sequence Number Random Offset" "QuickTime:SerialNumber" "Serial Number"
+    "QuickTime:SerialNumberHash" "Camera Serial Number Hash" "QuickTime:ShadowFilePath"
+    "Shadow File Path" "QuickTime:ShadowSyncSampleTable" "Shadow Sync Sample Table"
+    "QuickTime:Shared" "QuickTime:SharedUserRating" "Shared User Rating" "QuickTime:SharedWith"
+    "Shared With" "QuickTime:ShortTitle" "Short Title" "QuickTime:ShotName" "Shot Name"
+    "QuickTime:ShowMovement" "Show Movement" "QuickTime:ShowMovement:0" "QuickTime:ShowMovement:1"
+    "QuickTime:Size" "QuickTime:Skip" "QuickTime:SlideShow" "Slide Show" "QuickTime:SlideShow:0"
+    "QuickTime:SlideShow:1" "QuickTime:Slides" "QuickTime:Software" "QuickTime:SoftwareVersion"
+    "Software Version" "QuickTime:Soloist" "QuickTime:SongWriter" "Song Writer"
+    "QuickTime:SongWriterKeywords" "Song Writer Keywords" "QuickTime:SortAlbum" "Sort Album"
+    "QuickTime:SortAlbumArtist" "Sort Album Artist" "QuickTime:SortArtist" "Sort Artist"
+    "QuickTime:SortComposer" "Sort Composer" "QuickTime:SortName" "Sort Name" "QuickTime:SortShow"
+    "Sort Show" "QuickTime:SoundEngineer" "Sound Engineer" "QuickTime:Source"
+    "QuickTime:SourceCredits" "Source Credits" "QuickTime:SourceImageHeight" "Source Image Height"
+    "QuickTime:SourceImageWidth" "Source Image Width" "QuickTime:SourceURL" "Source URL"
+    "QuickTime:SpaceFree" "Space Free" "QuickTime:SpaceUsed" "Space Used"
+    "QuickTime:SpatialAudioVersion" "Spatial Audio Version" "QuickTime:SpeedX" "Speed X"
+    "QuickTime:SpeedY" "Speed Y" "QuickTime:SpeedZ" "Speed Z" "QuickTime:SphericalVideoXML"
+    "Spherical Video XML" "QuickTime:Spouse" "QuickTime:StartDate" "Start Date"
+    "QuickTime:StartTime" "Start Time" "QuickTime:StartTimeSampleSize" "Start Time Sample Size"
+    "QuickTime:StartTimeScale" "Start Time Scale" "QuickTime:StartTimecode" "Start Timecode"
+    "QuickTime:StateOrProvince" "State Or Province" "QuickTime:StationCallSign" "Station Call Sign"
+    "QuickTime:StationName" "Station Name" "QuickTime:Status" "QuickTime:Stereoscopic3D"
+    "Stereoscopic 3D" "QuickTime:Stereoscopic3D:0" "Monoscopic" "QuickTime:Stereoscopic3D:1"
+    "Stereoscopic Top-Bottom" "QuickTime:Stereoscopic3D:2" "Stereoscopic Left-Right"
+    "QuickTime:Stereoscopic3D:3" "Stereoscopic Stereo-Custom" "QuickTime:Stereoscopic3D:4"
+    "Stereoscopic Right-Left" "QuickTime:StillImageTime" "Still Image Time" "QuickTime:Store"
+    "QuickTime:StoreDescription" "Store Description" "QuickTime:StreamingDataProtocol"
+    "Streaming Data Protocol" "QuickTime:Street" "QuickTime:Sub-sampleInformation"
+    "Sub-sample Information" "QuickTime:Subject" "QuickTime:SubjectDistance" "Subject Distance"
+    "QuickTime:SubscriptionContentID" "Subscription Content ID" "QuickTime:Subtitle"
+    "QuickTime:SubtitleDescription" "Subtitle Description" "QuickTime:SubtitleKeywords"
+    "Subtitle Keywords" "QuickTime:Suffix" "QuickTime:Summary" "QuickTime:Sync01" "Sync 01"
+    "QuickTime:Sync02" "Sync 02" "QuickTime:Sync03" "Sync 03" "QuickTime:Sync04" "Sync 04"
+    "QuickTime:Sync05" "Sync 05" "QuickTime:Sync06" "Sync 06" "QuickTime:Sync07" "Sync 07"
+    "QuickTime:Sync08" "Sync 08" "QuickTime:Sync09" "Sync 09" "QuickTime:Sync10" "Sync 10"
+    "QuickTime:Sync11" "Sync 11" "QuickTime:Sync12" "Sync 12" "QuickTime:Sync13" "Sync 13"
+    "QuickTime:Sync14" "Sync 14" "QuickTime:Sync15" "Sync 15" "QuickTime:Sync16" "Sync 16"
+    "QuickTime:SyncOnly" "Sync Only" "QuickTime:SyncSampleTable" "Sync Sample Table"
+    "QuickTime:SyncState" "Sync State" "QuickTime:TTY-TTDPhone" "TTY-TTD Phone"
+    "QuickTime:TVEpisode" "TV Episode" "QuickTime:TVEpisodeID" "TV Episode ID"
+    "QuickTime:TVNetworkName" "TV Network Name" "QuickTime:TVSeason" "TV Season" "QuickTime:TVShow"
+    "QuickTime:TaskOwner" "Task Owner" "QuickTime:Telex" "QuickTime:TemporalIDNested"
+    "Temporal ID Nested" "QuickTime:TemporalIDNested:0" "QuickTime:TemporalIDNested:1"
+    "QuickTime:Temporary" "QuickTime:Text" "QuickTime:TextColor" "Text Color" "QuickTime:TextFace"
+    "Text Face" "QuickTime:TextFace:0" "Plain" "QuickTime:TextFace:1" "Bold" "QuickTime:TextFace:16"
+    "Shadow" "QuickTime:TextFace:2" "Italic" "QuickTime:TextFace:32" "Condense"
+    "QuickTime:TextFace:4" "Underline" "QuickTime:TextFace:64" "Extend" "QuickTime:TextFace:8"
+    "Outline" "QuickTime:TextFont" "Text Font" "QuickTime:TextFont:0" "System" "QuickTime:TextSize"
+    "Text Size" "QuickTime:ThumbnailImage" "Thumbnail Image" "QuickTime:ThumbnailPNG"
+    "Thumbnail PNG" "QuickTime:ThumbnailRef" "Thumbnail Ref" "QuickTime:TimeCode"
+    "QuickTime:TimeScale" "Time Scale" "QuickTime:TimeToSampleTable" "Time To Sample Table"
+    "QuickTime:TimeZone" "Time Zone" "QuickTime:TimestampRandomOffset" "Timestamp Random Offset"
+    "QuickTime:Tint" "QuickTime:Title" "QuickTime:TitleNum" "Title Num" "QuickTime:TitleSortOrder"
+    "Title Sort Order" "QuickTime:ToAddresses" "To Addresses" "QuickTime:ToDoTitle" "To Do Title"
+    "QuickTime:ToNames" "To Names" "QuickTime:TomTomHL" "Tom Tom HL" "QuickTime:TomTomID"
+    "Tom Tom ID" "QuickTime:TomTomVD" "Tom Tom VD" "QuickTime:TomTomVI" "Tom Tom VI"
+    "QuickTime:TotalBitrate" "Total Bitrate" "QuickTime:TotalBytes" "Total Bytes"
+    "QuickTime:TotalBytesNoRTPHeaders" "Total Bytes No RTP Headers" "QuickTime:TotalDuration"
+    "Total Duration" "QuickTime:TotalEditingTime" "Total Editing Time" "QuickTime:TotalFileSize"
+    "Total File Size" "QuickTime:TotalSize" "Total Size" "QuickTime:Track"
+    "QuickTime:TrackCreateDate" "Track Create Date" "QuickTime:TrackDuration" "Track Duration"
+    "QuickTime:TrackHeaderVersion" "Track Header Version" "QuickTime:TrackID" "Track ID"
+    "QuickTime:TrackLayer" "Track Layer" "QuickTime:TrackModifyDate" "Track Modify Date"
+    "QuickTime:TrackNumber" "Track Number" "QuickTime:TrackProperty" "Track Property"
+    "QuickTime:TrackProperty:0" "No attributes" "QuickTime:TrackProperty:1" "Main track"
+    "QuickTime:TrackProperty:32768" "Read only" "QuickTime:TrackType" "Track Type"
+    "QuickTime:TrackVolume" "Track Volume" "QuickTime:TrackingID" "Tracking ID"
+    "QuickTime:TransactionID" "Transaction ID" "QuickTime:TransferCharacteristics"
+    "Transfer Characteristics" "QuickTime:TransferCharacteristics:0" "For future use (0)"
+    "QuickTime:TransferCharacteristics:1" "QuickTime:TransferCharacteristics:10"
+    "Logarithmic (100 * Sqrt(10) : 1 range)" "QuickTime:TransferCharacteristics:11" "IEC 61966-2-4"
+    "QuickTime:TransferCharacteristics:12" "BT.1361" "QuickTime:TransferCharacteristics:13"
+    "sRGB or sYCC" "QuickTime:TransferCharacteristics:14" "BT.2020 10-bit systems"
+    "QuickTime:TransferCharacteristics:15" "BT.2020 12-bit systems"
+    "QuickTime:TransferCharacteristics:16" "SMPTE ST 2084, ITU BT.2100 PQ"
+    "QuickTime:TransferCharacteristics:17" "SMPTE ST 428" "QuickTime:TransferCharacteristics:18"
+    "BT.2100 HLG, ARIB STD-B67" "QuickTime:TransferCharacteristics:2"
+    "QuickTime:TransferCharacteristics:3" "QuickTime:TransferCharacteristics:4"
+    "QuickTime:TransferCharacteristics:5" "QuickTime:TransferCharacteristics:6"
+    "QuickTime:TransferCharacteristics:7" "QuickTime:TransferCharacteristics:8" "Linear"
+    "QuickTime:TransferCharacteristics:9" "Logarithmic (100 : 1 range)" "QuickTime:Treble"
+    "QuickTime:TwelveBit" "Twelve Bit" "QuickTime:Type" "QuickTime:URL" "QuickTime:URN"
+    "QuickTime:UUID-Unknown" "QuickTime:UniqueFileIdentifier" "Unique File Identifier"
+    "QuickTime:Unknown00" "Unknown 00" "QuickTime:Unknown01" "Unknown 01" "QuickTime:Unknown02"
+    "Unknown 02" "QuickTime:Unknown03" "Unknown 03" "QuickTime:UnknownTags" "Unknown Tags"
+    "QuickTime:UnknownThumbnail" "Unknown Thumbnail" "QuickTime:Unknown_AACR" "Unknown AACR"
+    "QuickTime:Unknown_CDEK" "Unknown CDEK" "QuickTime:Unknown_CDET" "Unknown CDET"
+    "QuickTime:Unknown_adzc" "Unknown adzc" "QuickTime:Unknown_adze" "Unknown adze"
+    "QuickTime:Unknown_adzm" "Unknown adzm" "QuickTime:Unknown_slmt" "Unknown slmt"
+    "QuickTime:Untitled0" "Untitled 0" "QuickTime:Untitled1" "Untitled 1" "QuickTime:Untitled2"
+    "Untitled 2" "QuickTime:UserCollection" "User Collection" "QuickTime:UserCustom1"
+    "User Custom 1" "QuickTime:UserCustom2" "User Custom 2" "QuickTime:UserData_dji" "User Data dji"
+    "QuickTime:UserData_res" "User Data res" "QuickTime:UserData_uid" "User Data uid"
+    "QuickTime:UserEffectiveRating" "User Effective Rating" "QuickTime:UserID" "User ID"
+    "QuickTime:UserLabel" "User Label" "QuickTime:UserLastPlayedTime" "User Last Played Time"
+    "QuickTime:UserName" "User Name" "QuickTime:UserPlayCount" "User Play Count"
+    "QuickTime:UserPlaycountAfternoon" "User Playcount Afternoon" "QuickTime:UserPlaycountEvening"
+    "User Playcount Evening" "QuickTime:UserPlaycountMorning" "User Playcount Morning"
+    "QuickTime:UserPlaycountNight" "User Playcount Night" "QuickTime:UserPlaycountWeekday"
+    "User Playcount Weekday" "QuickTime:UserPlaycountWeekend" "User Playcount Weekend"
+    "QuickTime:UserRating" "User Rating" "QuickTime:UserServiceRating" "User Service Rating"
+    "QuickTime:UserWebURL" "User Web URL" "QuickTime:Vendor" "QuickTime:VendorID" "Vendor ID"
+    "QuickTime:VendorID: KD " "QuickTime:VendorID:AR.D" "QuickTime:VendorID:FFMP"
+    "QuickTime:VendorID:GIC " "QuickTime:VendorID:KMPI" "QuickTime:VendorID:NIKO"
+    "QuickTime:VendorID:SMI " "QuickTime:VendorID:ZORA" "QuickTime:VendorID:appl"
+    "QuickTime:VendorID:fe20" "QuickTime:VendorID:kdak" "QuickTime:VendorID:leic"
+    "QuickTime:VendorID:mino" "QuickTime:VendorID:niko" "QuickTime:VendorID:olym"
+    "QuickTime:VendorID:pana" "QuickTime:VendorID:pent" "QuickTime:VendorID:pr01"
+    "QuickTime:VendorID:sany" "QuickTime:Version" "QuickTime:VersionRestrictions"
+    "Version Restrictions" "QuickTime:VerticalResolution" "Vertical Resolution"
+    "QuickTime:VerticalSpeed" "Vertical Speed" "QuickTime:VesperineSize" "Vesperine Size"
+    "QuickTime:VideoAttributes" "Video Attributes" "QuickTime:VideoAttributes:1"
+    "QuickTime:VideoAttributes:2" "QuickTime:VideoAttributes:4" "Variable frame rate"
+    "QuickTime:VideoAttributes:8" "Interlaced" "QuickTime:VideoAvgBitrate" "Video Avg Bitrate"
+    "QuickTime:VideoAvgFrameRate" "Video Avg Frame Rate" "QuickTime:VideoBitrate" "Video Bitrate"
+    "QuickTime:VideoCodec" "Video Codec" "QuickTime:VideoCodecInfo" "Video Codec Info"
+    "QuickTime:VideoCompression" "Video Compression" "QuickTime:VideoFieldOrder" "Video Field Order"
+    "QuickTime:VideoFieldOrder:1" "Progressive" "QuickTime:VideoFieldOrder:2" "2:1 Interlaced"
+    "QuickTime:VideoFormat" "Video Format" "QuickTime:VideoFrameRate" "Video Frame Rate"
+    "QuickTime:VideoFullRangeFlag" "Video Full Range Flag" "QuickTime:VideoHeight" "Video Height"
+    "QuickTime:VideoMaxBitrate" "Video Max Bitrate" "QuickTime:VideoMaxFrameRate"
+    "Video Max Frame Rate" "QuickTime:VideoOrientation" "Video Orientation"
+    "QuickTime:VideoOrientation:1" "Horizontal (normal)" "QuickTime:VideoOrientation:2"
+    "Mirror horizontal" "QuickTime:VideoOrientation:3" "Rotate 180" "QuickTime:VideoOrientation:4"
+    "Mirror vertical" "QuickTime:VideoOrientation:5" "Mirror horizontal and rotate 270 CW"
+    "QuickTime:VideoOrientation:6" "Rotate 90 CW" "QuickTime:VideoOrientation:7"
+    "Mirror horizontal and rotate 90 CW" "QuickTime:VideoOrientation:8" "Rotate 270 CW"
+    "QuickTime:VideoProfileVersion" "Video Profile Version" "QuickTime:VideoSize" "Video Size"
+    "QuickTime:VideoTimeStamp" "Video Time Stamp" "QuickTime:VideoTrackID" "Video Track ID"
+    "QuickTime:VideoWidth" "Video Width" "QuickTime:VolumeLevelR128" "Volume Level R128"
+    "QuickTime:VolumeNormalization" "Volume Normalization" "QuickTime:WMCollectionGroupID"
+    "WM Collection Group ID" "QuickTime:WMCollectionID" "WM Collection ID" "QuickTime:WMContentID"
+    "WM Content ID" "QuickTime:WMShadowFileSourceDRMType" "WM Shadow File Source DRM Type"
+    "QuickTime:WMShadowFileSourceFileType" "WM Shadow File Source File Type" "QuickTime:Webpage"
+    "QuickTime:WhiteBalance" "White Balance" "QuickTime:Wide" "QuickTime:WindowLocation"
+    "Window Location" "QuickTime:WindowsFileName" "Windows File Name" "QuickTime:WordCount"
+    "Word Count" "QuickTime:Work" "QuickTime:Writers" "QuickTime:XResolution" "X Resolution"
+    "QuickTime:YResolution" "Y Resolution" "QuickTime:Yaw" "QuickTime:Year" "QuickTime:iTunSMPB"
+    "QuickTime:iTunTool" "QuickTime:iTunesMediaType" "iTunes Media Type" "QuickTime:iTunesU"
+    "QuickTime:iTunesU:0" "QuickTime:iTunesU:1" "相册" "图像作者" "作者" "亮度" "类别" "城市" "注释" "压缩方案" "对比度"
+    "专利拥有者" "数字数据产生的日期和时间" "创建日期" "文件改变的日期和时间" "原始数据产生的日期和时间" "Exif 版本" "曝光偏差" "曝光程序" "曝光时间" "光圈数"
+    "文件大小" "文件格式" "焦距" "更新速率" "海拔高度" "测量精度" "纬度" "经度" "GPS测量模式" "2维测量" "3维测量" "用于定位的 GPS 卫星信号"
+    "GPS接收器的速度" "速度单位" "公里/小时" "英里/小时" "海里/小时" "GPS 时间(原子钟)" "运动方向" "运动方向参照" "磁场方向" "真方向" "对比系数"
+    "像高" "像宽" "关键词" "关键字" "光源" "厂商" "镜头光圈最大值" "测量方式" "型号" "图像取向" "评分" "百分比评级" "饱和度" "照相机标识" "使用软件"
+    "来源" "主题" "目标距离" "缩略图" "标题" "版本" "白平衡" "Accélération" "Angle de l'axe" "Vélocité angulaire"
+    "Artiste" "Mode de contrôle du Bitrate audio" "Bitrate audio" "Auteur" "Type d'image auxiliaire"
+    "Fréquence d'images moyenne" "Code-barres" "Bits de profondeur de chrominance"
+    "Bits de profondeur de luminance" "Luminosité" "Date et heure de l'appareil photo"
+    "Direction de l'appareil photo" "Identifiant de l'appareil photo"
+    "Identificateur de l'appareil photo" "Fabricant de l'appareil photo"
+    "Modèle de l'appareil photo" "Mouvement de l'appareil photo" "Inclinaison de la caméra"
+    "Lacet de la caméra" "Catégorie" "Certificat" "Structures d'échantillonnage de chrominance"
+    "Ville" "Nom de collection" "Commentaire" "Commentaires" "Labels compatibles" "Non" "Oui"
+    "Schéma de compression" "Fréquence d'images constante" "Inconnue"
+    "Chaque couche temporelle a une fréquence d'images constante" "Indicateurs de contrainte"
+    "Contraste" "Propriétaire du copyright" "Date de création des données numériques"
+    "Date de création" "Créateur" "Outil de création" "Heure courante" "Date d'envoi"
+    "Date de modification du fichier" "Date de création des données originales"
+    "Limites de visage détectées" "ID Visage détecté" "Angle de roulis du visage détecté"
+    "Angle de lacet du visage détecté" "Normale" "Durée" "Plage dynamique" "Evenement"
+    "Version Exif" "Réglage du biais" "Décalage d'exposition" "Programme d'exposition"
+    "Temps de pose" "Diaphragme ƒ" "Version du profil du fichier" "Taille du fichier"
+    "Type de fichier" "Version de format de fichier" "Micrologiciel" "Version du micrologiciel"
+    "Prénom" "Mode du flash" "Focale de l'objectif" "Distance focale 35 mm" "Numéro de vue"
+    "Vitesse" "Nom complet" "Altitude GPS" "Coordonnées GPS" "Précision de la mesure"
+    "Liste des données GPS" "Liste des données GPS 2" "Date/Heure GPS (horloge atomique)"
+    "Précision GPS horizontale" "Latitude GPS" "Journal GPS" "Longitude GPS" "Mode de mesure GPS"
+    "Aucune mesure" "Mesure bidimensionnelle" "Mesure tridimensionnelle" "Mode GPS"
+    "Satellites GPS utilisés pour la mesure" "Vitesse du récepteur GPS"
+    "Précision de la vitesse du GPS" "Référence de vitesse du GPS" "Kilomètres par heure"
+    "Miles par heure" "nœuds" "Heure GPS (horloge atomique)" "Tracé GPS"
+    "Référence pour du tracé GPS" "Nord magnétique" "Nord vrai"
     "Indicateurs de compatibilité du profil Générique"
-    "Extensions du codage du contenu de l'écrans à haut débit""Principal"
-    "Extensions de la plage de formats""Évolutif principal"
-    "Extensions évolutives de la plage de formats""Aucun profil""Photo principale"
-    "Multi-vues principale""Extensions du codage du contenu de l'écran""Principal 10""Haut débit"
-    "3D principal""Niveau général IDC""Profil général IDC""Espace du profil général""Conforme"
-    "Drapeau de niveau général""Niveau principal""Niveau supérieur""Inclinaison du gimbal"
-    "Roulis du gimbal""Lacet du gimbal""En-tête de l'hôte Google""Message Ping Google"
-    "URL de ping Google""Données sources de Google""Heure de début Google""Durée du suivi Google"
-    "Version de la configuration HEVC""Type de gestionnaire""Données alias"
-    "Métadonnées d'appareil photo""Référence d'horloge""Données""Piste d'indice""Flux MPEG-7"
-    "Métadonnées""Tags de métadonnées""Métadonnées non Temps réel""Contenu d'objet"
-    "Descripteur d'objet""Image""Privé""Métadonnées statiques Panasonic""Sous-titre"
-    "Description de scène""Piste audio""Sous-image""Texte""Code temporel""Piste vidéo"
-    "Sensibilité ISO""Hauteur de l'image""Profondeur en pixels de l'image"
-    "Étendue spatiale de l'image""Largeur de l'image""Jpeg à partir des données RAW""Mot-clé"
-    "Mots-clés""Langage""Fabricant de l'objectif""Modèle de l'objectif"
-    "Numéro de série de l'objectif""Source de lumière""Note de vitalité Live Photo"
-    "Version du score de vitalité Live Photo""Lieu""Label majeur"
+    "Extensions du codage du contenu de l'écrans à haut débit" "Principal"
+    "Extensions de la plage de formats" "Évolutif principal"
+    "Extensions évolutives de la plage de formats" "Aucun profil" "Photo principale"
+    "Multi-vues principale" "Extensions du codage du contenu de l'écran" "Principal 10" "Haut débit"
+    "3D principal" "Niveau général IDC" "Profil général IDC" "Espace du profil général" "Conforme"
+    "Drapeau de niveau général" "Niveau principal" "Niveau supérieur" "Inclinaison du gimbal"
+    "Roulis du gimbal" "Lacet du gimbal" "En-tête de l'hôte Google" "Message Ping Google"
+    "URL de ping Google" "Données sources de Google" "Heure de début Google" "Durée du suivi Google"
+    "Version de la configuration HEVC" "Type de gestionnaire" "Données alias"
+    "Métadonnées d'appareil photo" "Référence d'horloge" "Données" "Piste d'indice" "Flux MPEG-7"
+    "Métadonnées" "Tags de métadonnées" "Métadonnées non Temps réel" "Contenu d'objet"
+    "Descripteur d'objet" "Image" "Privé" "Métadonnées statiques Panasonic" "Sous-titre"
+    "Description de scène" "Piste audio" "Sous-image" "Texte" "Code temporel" "Piste vidéo"
+    "Sensibilité ISO" "Hauteur de l'image" "Profondeur en pixels de l'image"
+    "Étendue spatiale de l'image" "Largeur de l'image" "Jpeg à partir des données RAW" "Mot-clé"
+    "Mots-clés" "Langage" "Fabricant de l'objectif" "Modèle de l'objectif"
+    "Numéro de série de l'objectif" "Source de lumière" "Note de vitalité Live Photo"
+    "Version du score de vitalité Live Photo" "Lieu" "Label majeur"
     "3GPP2 Media (.3G2)conforme à 3GPP2 C.S0050-0 V1.0"
     "3GPP2 Media (.3G2) conforme à 3GPP2 C.S0050-A V1.0.0"
     "3GPP2 Media (.3G2) conforme à 3GPP2 C.S0050-B v1.0"
     "3GPP (.3GP) Version 6 Présentations étendues de MBMS"
-    "3GPP (.3GP) Version 7 Présentations étendues de MBMS""3GPP Version 6 Profil général"
+    "3GPP (.3GP) Version 7 Présentations étendues de MBMS" "3GPP Version 6 Profil général"
     "3GPP Media (.3GP) Version 1 (probablement inexistante)"
     "3GPP Media (.3GP) Version 2 (probablement inexistante)"
-    "3GPP Media (.3GP) Version 3 (probablement inexistante)""3GPP Media (.3GP) Version 4"
-    "3GPP Media (.3GP) Version 5""3GPP Media (.3GP) Version 6 Serveurs de streaming"
-    "3GPP Media (.3GP) Version 7 Serveurs de streaming""Appareil photo numérique Canon"
-    "Audio pour Adobe Flash Player 9+ (.F4A)""Livre audio pour Adobe Flash Player 9+ (.F4B)"
-    "Vidéo protégée pour Adobe Flash Player 9+ (.F4P)""Vidéo pour Adobe Flash Player 9+ (.F4V)"
+    "3GPP Media (.3GP) Version 3 (probablement inexistante)" "3GPP Media (.3GP) Version 4"
+    "3GPP Media (.3GP) Version 5" "3GPP Media (.3GP) Version 6 Serveurs de streaming"
+    "3GPP Media (.3GP) Version 7 Serveurs de streaming" "Appareil photo numérique Canon"
+    "Audio pour Adobe Flash Player 9+ (.F4A)" "Livre audio pour Adobe Flash Player 9+ (.F4B)"
+    "Vidéo protégée pour Adobe Flash Player 9+ (.F4P)" "Vidéo pour Adobe Flash Player 9+ (.F4V)"
     "Image JPEG 2000 (.JP2) [ISO 15444-1 ?]"
     "Inconnu, à partir d'échantillons GPAC (probablement inexistant)"
-    "3GPP2 EZmovie pour les téléphones portables 3G de KDDI""Apple iTunes AAC-LC (.M4B) Livre Audio"
-    "Apple iTunes AAC-LC (.M4P) Audio protégée par AES""Apple iTunes Video (.M4V) Vidéo"
-    "Lecteur de photos, MAF [ISO/IEC 23000-3]""MPEG-4 (.MP4) pour SonyPSP"
-    "MP4 v2 [ISO 14496-14] Audio AAC numérique Nero""MPEG-4 (.MP4) Profil cinéma Nero"
-    "MPEG-4 (.MP4) Profil HDTV Nero""MPEG-4 (.MP4) Profil mobile Nero"
-    "MPEG-4 (.MP4) Profil portable Nero""MPEG-4 (.MP4) Profil standard Nero"
-    "H.264/MPEG-4 AVC (.MP4) Profil cinéma Nero""H.264/MPEG-4 AVC (.MP4) Profil HDTV Nero"
-    "H.264/MPEG-4 AVC (.MP4) Profil mobile Nero""H.264/MPEG-4 AVC (.MP4) Profil portable Nero"
-    "H.264/MPEG-4 AVC (.MP4) Profil standard Nero""Vidéo Ross""Livre audio enrichi Audible (.AAX)"
-    "Base avec AVC ext [ISO 14496-12:2005]""Format de fichier d'image AV1 (.AVIF)"
-    "Appareil photo numérique Casio"
+    "3GPP2 EZmovie pour les téléphones portables 3G de KDDI"
+    "Apple iTunes AAC-LC (.M4B) Livre Audio" "Apple iTunes AAC-LC (.M4P) Audio protégée par AES"
+    "Apple iTunes Video (.M4V) Vidéo" "Lecteur de photos, MAF [ISO/IEC 23000-3]"
+    "MPEG-4 (.MP4) pour SonyPSP" "MP4 v2 [ISO 14496-14] Audio AAC numérique Nero"
+    "MPEG-4 (.MP4) Profil cinéma Nero" "MPEG-4 (.MP4) Profil HDTV Nero"
+    "MPEG-4 (.MP4) Profil mobile Nero" "MPEG-4 (.MP4) Profil portable Nero"
+    "MPEG-4 (.MP4) Profil standard Nero" "H.264/MPEG-4 AVC (.MP4) Profil cinéma Nero"
+    "H.264/MPEG-4 AVC (.MP4) Profil HDTV Nero" "H.264/MPEG-4 AVC (.MP4) Profil mobile Nero"
+    "H.264/MPEG-4 AVC (.MP4) Profil portable Nero" "H.264/MPEG-4 AVC (.MP4) Profil standard Nero"
+    "Vidéo Ross" "Livre audio enrichi Audible (.AAX)" "Base avec AVC ext [ISO 14496-12:2005]"
+    "Format de fichier d'image AV1 (.AVIF)" "Appareil photo numérique Casio"
     "DMB MAF avec couche MPEG II aud, diapositives MOT, DLS, images JPG/PNG/MNG"
     "DMB MAF, extension de dA0A, avec texte minuté 3GPP, DID, TVA, REL, IPMP"
     "DMB MAF audio avec ER-BSAC audio, images JPG/PNG/MNG"
@@ -3513,1446 +3651,1469 @@ constexpr char kText[] =
     "DMB MAF aud avec HE-AAC aud, images JPG/PNG/MNG"
     "DMB MAF, extension de da3a, avec BIFS, texte minuté 3GPP, DID, TVA, REL, IPMP"
     "DMB MAF prenant en charge tous les composants définis dans la spécification"
-    "Projet média numérique""Dirac (compression en ondelettes), encapsulé en base ISO (MP4)"
+    "Projet média numérique" "Dirac (compression en ondelettes), encapsulé en base ISO (MP4)"
     "DMB MAF vid avec vid AVC, ER-BSAC aud, BIFS, images JPG/PNG/MNG, TS"
     "DMB MAF, extension de dv1a, avec texte minuté 3GPP, DID, TVA, REL, IPMP"
     "DMB MAF vid avec vid AVC, HE-AAC v2 aud, BIFS, images JPG/PNG/MNG, TS"
     "DMB MAF, extension de dv2a, avec texte minuté 3GPP, DID, TVA, REL, IPMP"
     "DMB MAF vid avec vid AVC, HE-AAC aud, BIFS, images JPG/PNG/MNG, TS"
-    "DMB MAF, extension de dv3a, avec texte minuté 3GPP, DID, TVA, REL, IPMP""DVB (.DVB) sur RTP"
+    "DMB MAF, extension de dv3a, avec texte minuté 3GPP, DID, TVA, REL, IPMP" "DVB (.DVB) sur RTP"
     "DVB (.DVB) sur flux de transport MPEG-2"
     "Image fixe HEVC au format High Efficiency Image Format (.HEIC)"
     "Image fixe au format High Efficiency Image Format (.HEIF)"
-    "Sequence HEVC au format High Efficiency Image Format (.HEICS)""Fichier crypté ISMACryp 2.0"
+    "Sequence HEVC au format High Efficiency Image Format (.HEICS)" "Fichier crypté ISMACryp 2.0"
     "Image composée JPEG 2000 (.JPM) [ISO 15444-6]"
     "Image JPEG 2000 avec extensions (.JPX) [ISO 15444-2]"
-    "Motion JPEG 2000 [ISO 15444-3] Profil simple""Motion JPEG 2000 [ISO 15444-3] Profil général"
+    "Motion JPEG 2000 [ISO 15444-3] Profil simple" "Motion JPEG 2000 [ISO 15444-3] Profil général"
     "MPEG-4/3GPP Profil mobile (.MP4/3GP) (pour NTT)"
     "Sony / Mobile QuickTime (.MQV) Brevet US 7.477.830 (Sony Corp)"
-    "Séquence au format High Efficiency Image Format (.HEIFS)""Appareil photo numérique Panasonic"
-    "Carte mémoire SD Vidéo""Samsung stéréoscopique, flux unique"
-    "Samsung stéréoscopique, double flux""Fabricant""Note du fabricant Pentax Inconnue"
-    "Ouverture maximale""Décalage des données du média""Taille des données du média"
-    "Code de la langue du média""Date de modification du média""Format méta""Type méta"
-    "Version méta""Mode de mesure""Segmentation spatiale minimale IDC""Version mineure""Désactivé"
-    "Activé""Nom""Surnom""Nombre de couches temporelles""Orientation de l'image"
-    "Nom du fichier original""Propriétaire""Remplissage""Type de parallélisme""Tangage"
-    "Ratio d'aspect des pixels""Code Postal""Date de l'aperçu""Durée de l'aperçu""Aperçu de l'image"
-    "Hauteur de l'aperçu""Longueur de l'aperçu""Référence de l'élément principal""Producteur"
-    "ID de produit""Editeur""Classement""aucun""Explicite""Propre""Explicite (ancien)"
-    "Rapport en pourcentage""Date de version""Roulis""Scène""Sensibilité""Données du capteur"
-    "Numéro de série""Nom de la prise de vue""Logiciel""Sujet""Distance du sujet"
-    "ID temporel imbriqué""Couleur du texte""Style du texte""Gras""Ombré""Italique""Condensé"
-    "Souligné""Étendu""Contour""Vignette""Fuseau horaire""Titre""URL ""ID unique du fichier"
-    "Collection utilisateur""Personnalisé par l'utilisateur 1""Personnalisé par l'utilisateur 2"
-    "Fréquence d'images vidéo""Orientation vidéo""Horizontale (normale)""Mise en miroir horizontal"
-    "Retournée de 180°""Mise en miroir vertical"
+    "Séquence au format High Efficiency Image Format (.HEIFS)" "Appareil photo numérique Panasonic"
+    "Carte mémoire SD Vidéo" "Samsung stéréoscopique, flux unique"
+    "Samsung stéréoscopique, double flux" "Fabricant" "Note du fabricant Pentax Inconnue"
+    "Ouverture maximale" "Décalage des données du média" "Taille des données du média"
+    "Code de la langue du média" "Date de modification du média" "Format méta" "Type méta"
+    "Version méta" "Mode de mesure" "Segmentation spatiale minimale IDC" "Version mineure"
+    "Désactivé" "Activé" "Nom" "Surnom" "Nombre de couches temporelles" "Orientation de l'image"
+    "Nom du fichier original" "Propriétaire" "Remplissage" "Type de parallélisme" "Tangage"
+    "Ratio d'aspect des pixels" "Code Postal" "Date de l'aperçu" "Durée de l'aperçu"
+    "Aperçu de l'image" "Hauteur de l'aperçu" "Longueur de l'aperçu"
+    "Référence de l'élément principal" "Producteur" "ID de produit" "Editeur" "Classement" "aucun"
+    "Explicite" "Propre" "Explicite (ancien)" "Rapport en pourcentage" "Date de version" "Roulis"
+    "Scène" "Sensibilité" "Données du capteur" "Numéro de série" "Nom de la prise de vue" "Logiciel"
+    "Sujet" "Distance du sujet" "ID temporel imbriqué" "Couleur du texte" "Style du texte" "Gras"
+    "Ombré" "Italique" "Condensé" "Souligné" "Étendu" "Contour" "Vignette" "Fuseau horaire" "Titre"
+    "URL " "ID unique du fichier" "Collection utilisateur" "Personnalisé par l'utilisateur 1"
+    "Personnalisé par l'utilisateur 2" "Fréquence d'images vidéo" "Orientation vidéo"
+    "Horizontale (normale)" "Mise en miroir horizontal" "Retournée de 180°"
+    "Mise en miroir vertical"
     "Mise en miroir horizontal et retournée de 270° dans le sens antihoraire"
     "Retournée de 90° dans le sens antihoraire"
     "Mise en miroir horizontal et retournée de 90° dans le sens antihoraire"
-    "Retournée de 270° dans le sens antihoraire""Page internet""Balance des blancs""Large"
-    "Résolution horizontale de l'image""Résolution verticale de l'image""Année""Künstler""Autor"
-    "Hintergrundfarbe""Bit-Tiefe""Helligkeit""Kamera ID""Kamera Modell""Kategorie""Zertifikat"
-    "Kanäle""Kinder""Stadt/Ort""Kommentar""Kommentare""Nein""Ja""Komprimierungsschema""Kontrast"
-    "Mitwirkende""Urheberrechtsvermerk""Digitalisierungsdatum/-uhrzeit""Aufnahmedatum""Ersteller"
-    "Erstellertool""Datum""Erstellungsdatum""Absendedatum""Änderungsdatum"
-    "Erstellungsdatum/-uhrzeit""Beschreibung""Dauer""Dynamikbereich""Exif-Version"
-    "Belichtungskorrekturwert""Belichtungskorrektur""Belichtungsprogramm""Belichtungsdauer""F-Wert"
-    "Dateigröße""Dateityp""Dateiformatversion""Firmware-Version""Blitz-Modus""Brennweite"
-    "Ordner-Name""Bereichshöhe""Bildnummer""Bildwechselfrequenz""Bereichsbreite""GPS Höhe"
-    "Messgenauigkeit""GPS Zeitstempel""Geografische Breite""Geografische Länge""GPS Messverfahren"
-    "2-Dimensionale Messung""3-Dimensionale Messung""Für die Messung verwendete Satelliten"
-    "Geschwindigkeit des GPS-Empfängers""Geschwindigkeitseinheit""Kilometer pro Stunde"
-    "Meilen pro Stunde""Knoten""GPS-Zeit UTC""Bewegungsrichtung""Referenz für Bewegungsrichtung"
-    "Magnetische Ausrichtung""Geographische Ausrichtung""Gruppierung""ISO-Empfindlichkeit""Bildhöhe"
-    "Bildbreite""Jpg From Raw Bild""Schlüsselwort""Schlüsselwörter""Beschriftung""Sprache"
-    "Objektiv-Typ""Objektiv-Seriennummer""Lichtquelle""Aufnahmeort""Gerätehersteller""Größte Blende"
-    "Belichtungsmessmethode""Kameramodell""Aus""Ein""Ausrichtung""Original Dateiname""Besitzer"
-    "Platzhalter""Seiten""Postleitzahl""Vorschaubild""Vorschaubild-Höhe""Vorschaubild-Datenlänge"
-    "Vorschaubild-Breite""Produzent""Hersteller Schlüsselwörter""Produkt-ID""Programmmodus"
-    "Herausgeber""Bewertung""Bewertung in Prozent""Veröffentlichungsdatum""Farbsättigung""Szene"
-    "Seriennummer""Quelle""Themen/Schlüsselwörter""Objektentfernung""Miniaturbild""Zeitzone""Titel"
-    "Typ""Weißabgleich""Breit""Schreiber""Horizontale Bildauflösung""Vertikale Bildauflösung""Jahr"
-    "Sommario""Nome account""Ora acquisizione""Ora acquisizione - Giorno""Ora acquisizione - Mese"
-    "Ora acquisizione - Anno""Ora acquisizione - Anno mese""Ora acquisizione - Anno mese giorno"
-    "Ordinamento album-artista""Stati Uniti""Regno Unito""Italia""Portogallo""Svezia""Norvegia"
-    "Giappone""Persona che ha creato l'immagine""Allegati""Attributi audio""Crittografato"
-    "Canali audio""Codec audio""Info codec audio""Formato audio""Autore""Livello medio"
-    "Battiti al minuto""Luminosità""Angolo fotocamera""Data/ora fotocamera""Direzione fotocamera"
-    "ID fotocamera""Identificativo fotocamera""Marca fotocamera""Produttore fotocamera"
-    "Modello fotocamera""Camera motion""Categoria""Numero canale""Canali""Bambini""Città""Commento"
-    "Commenti""Sì""Compositore""Compressione""Nome compressione""Direttore d'orchestra""Contrasto"
-    "Titolare del copyright""Data di creazione""Creatore""Data d'invio""Data/ora"
-    "Data/ora originale di creazione""Descrizione""Codificato da""Dimensioni pixel codificati"
-    "Codificato con""Codificatore""Versione codificatore""Durata codifica""Evento""Versione Exif"
-    "Compensazione esposizione""Programma esposizione""Tempo esposizione""Numero F""Frammentato"
-    "Versione profilo file""Dimensione file""Tipo di file""Versione file""Versione firmware"
-    "Modo flash""Lunghezza focale""Lunghezza focale 35mm""Nome carattere""Formato"
-    "Frequenza fotogramma""Altitudine GPS""Precisione misurazione GPS""Ora GPS (orologio atomico)"
-    "Latitudine""Longitudine""Modalità misurazione GPS""Misurazione 2D""Misurazione tridimensionale"
-    "Satelliti GPS usati per la misurazione""Velocità ricevitore GPS""Unità velocità"
-    "Chilometri all'ora""Miglie all'ora""Nodi""Direzione di movimento"
-    "Riferimento per direzione di movimento""Direzione magnetica""Direzione effettiva""Genere"
-    "ID genere""Raggruppamento""Testo""Sensibilità ISO""Velocità ISO""Altezza immagine"
-    "Larghezza immagine""Chiave iniziale""JPG da raw""Parola chiave""Parole chiave""Tipi""Lingua"
-    "Marchi legali""Durata""Modello obiettivo""Numero di serie obiettivo""Sorgente di luce"
-    "Località""Nome località""Note località""Descrizione estesa""Costruttore"
-    "Massima apertura delle lenti""Normale (musica)""Modalità misurazione""Nome modello fotocamera"
-    "Data modifica""Spento""Nome""Orientamento""Artista originale""Nome file originale"
-    "Parte del gruppo""Valore di picco""Nessun salto""Posizione""Volume preferito""Data anteprima"
-    "Durata anteprima""Immagine anteprima""Altezza immagine anteprima""Lunghezza immagine anteprima"
-    "Larghezza immagine anteprima""Priorità""Prodotto""ID prodotto""Nome prodotto"
-    "Versione prodotto""Professione""Modo programma""Nome programma""Progetto""Protetto""Editore"
-    "Data acquisto""Valutazione""Esplicito""Valutazione percentuale""Stato lettura"
-    "Tempo registrazione""Data di rilascio""Risorse""Rotazione""Dimensioni campione""Saturazione"
-    "Scena""Indirizzo mittente""Nome mittente""Sensibilità""Numero di serie""Nome scatto"
-    "Dimensioni""Software utilizzato""Origine""URL fonte""Ora inizio""Soggetto""Distanza soggetto"
-    "Sottotitolo""Suffisso""Colore testo""Aspetto testo""Ombra""Corsivo""Estendi""Carattere testo"
-    "Sistema""Dimenione testo""Miniatura""Fuso orario""Tinta""Titolo""Num titolo"
-    "Ordinamento titolo""Titolo da fare""Traccia""Sola lettura""Numero versione immagine"
-    "Bitrate video""Codec video""Info codec video""Progressivo""Bilanciamento del bianco"
-    "Risoluzione orizzontale immagine""Risoluzione verticale immagine""Anno""ITunes U""アルバム""画像作成者"
-    "ビット深度""ブライトネス""カメラID""カテゴリー""都市""コメント""いいえ""はい""圧縮計画""コントラスト""版権所有者""デジタルデータ作成日時""作成日時""製作者"
-    "日付""作成日付""発送日付""ファイル作成日時""オリジナルデータ作成日時""説明""標準""ダイナミックレンジ""Exifバージョン""露出補正値""露出プログラム""露出時間""F値"
-    "ファイルのサイズ""ファイルタイプ""ファイル形式バージョン""ファームウェア""ファームウェアバージョン""フラッシュモード""レンズ焦点距離""フォルダ名""フレーム高""フレーム番号"
-    "フレームレート""フレーム幅""高度""測定精度""GPS時間(原子時計)""緯度""経度""GPS測定モード""２次元測定""３次元測定""測定のために使われたGPS衛星"
-    "GPS受信機のスピード""スピード単位""時速(km)""時速(マイル)""ノット""動作方向""動作方向の参照""磁気の方向""本当の方向""ガンマ""ISOスピードレート""画像高さ"
-    "画像幅""キーワード""レンズシリアル番号""撮影場所""メーカー""最大絞り""動画""測光モード""画像入力機器モデル""オフ""オン""画像の向き""引き伸ばし""プレビューイメージ"
-    "プレビューイメージ容量""製品ID""格付け""格付け(%)""リリース日付""回転""彩度""場面""シリアル番号""ソフトウェア""ソフトウェアバージョン""ソース""サブジェクト"
-    "対象距離""テキスト""サムネイル画像""タイムゾーン""タイトル""タイプ""バージョン""ホワイトバランス""ワイド""画像幅の解像度""画像高さの解像度""Álbum"
-    "Canales Audio""Nivel Medio""Brillo""Categoría""Certificado""Canales""Ciudad""Comentario""Si"
-    "Compositor""Compresión""Nombre Compresor""Directores""Copyright Perfil"
-    "Fecha y Hora de Datos Digital""Fecha Creación""Creador""Datos""Fecha""Fecha Envío"
-    "Fecha y Hora de Datos Original""Descripción""Duración""Codificado por""Hora de codificación"
-    "Versión Exif""Compensación Exposición""Programa Exposición""Tiempo de Exposición""Número F"
-    "Tamaño Archivo""Tipo Archivo""Versión Formato Archivo""Versión Firmware""Modo Flash"
-    "Distancia Focal Objetivo""Velocidad del Fotograma""Altitud""Precisión Medición"
-    "Fecha y Hora GPS""Latitud""Longitud""Modo Medición GPS""Medición bidimensional"
-    "Medición tridimensional""Satélites GPS Usados para Medida""Velocidad del Receptor GPS"
-    "Unidad Velocidad""Kilómetros por hora""Millas por hora""Nudos""Hora GPS (reloj atómico)"
-    "Dirección de Movimiento""Referencia de Dirección de Movimiento""Dirección magnética"
-    "Dirección real""Género""ID Género""Ratio Velocidad ISO""Alto Imagen""Ancho Imagen"
-    "Clave inicial""Cargo""Palabras Clave""Clave""Idioma""Modelo Objetivo""Número Serie Objetivo"
-    "Fuente Luz""Localización""Letras""Marca""Máxima Apertura del Objetivo""Tamaño Máximo Paquete"
-    "Modo Medición""Modelo""Modificado por""Fecha y Hora de Cambio del Archivo""Desactivado"
-    "Activado""Nombre""Orientación de Imagen""Artista original""Nombre archivo original"
-    "Propietario""Margen Inferior""Período""Vista Previa""Longitud Imagen Previa""Productor"
-    "ID Producto""Tipo Protección""Proveedor""Editor""Clasificación""Ninguno"
-    "Valoración en Porcentaje""Fecha Lanzamiento""Rotación""Saturación""Escena""Número Serie"
-    "Programa Utilizado""Versión Software""Fuente""Sujeto""Distancia Sujeto""Subtitulo"
-    "Descripción Subtitulo""Texto""Título""Pista""Fecha creación Track""Versión cabecera Pista"
-    "ID Pista""Número Pista""Tipo Pista""Tipo""Identificador Unico Archivo""Versión PrintIM"
-    "Progresivo""Altura Video""Ancho Video""Balance de Blancos""Resolución Imagen Horizontal"
-    "Resolución Imagen Vertical""Año""RawImageFullWidth""RawImageFullHeight""BitsPerSample"
-    "StripOffsets""StripByteCounts""BlackLevel""GeometricDistortionParams""WB_GRBLevelsStandard"
-    "WB_GRBLevelsAuto""WB_GRBLevels""ChromaticAberrationParams""VignettingParams""RawImageNumber"
-    "MRAW_0x0003""MRAW_0x0004""RawImageFullSize""RawImageCropTopLeft""RawImageCroppedSize"
-    "RawImageAspectRatio""RawImageSize""FujiLayout""XTransLayout""WB_GRGBLevelsAuto"
-    "WB_GRGBLevelsDaylight""WB_GRGBLevelsCloudy""WB_GRGBLevelsDaylightFluor"
-    "WB_GRGBLevelsDayWhiteFluor""WB_GRGBLevelsWhiteFluorescent""WB_GRGBLevelsWarmWhiteFluor"
-    "WB_GRGBLevelsLivingRoomWarmWhiteFluor""WB_GRGBLevelsTungsten""WB_GRGBLevels""RelativeExposure"
-    "RawExposureBias""RAF:BitsPerSample""Bits Per Sample""RAF:BlackLevel""Black Level"
-    "RAF:ChromaticAberrationParams""Chromatic Aberration Params""RAF:FujiLayout""Fuji Layout"
-    "RAF:GeometricDistortionParams""Geometric Distortion Params""RAF:MRAW_0x0003""MRAW 0x0003"
-    "RAF:MRAW_0x0004""MRAW 0x0004""RAF:RawExposureBias""Raw Exposure Bias""RAF:RawImageAspectRatio"
-    "Raw Image Aspect Ratio""RAF:RawImageCropTopLeft""Raw Image Crop Top Left"
-    "RAF:RawImageCroppedSize""Raw Image Cropped Size""RAF:RawImageFullHeight""Raw Image Full Height"
-    "RAF:RawImageFullSize""Raw Image Full Size""RAF:RawImageFullWidth""Raw Image Full Width"
-    "RAF:RawImageNumber""Raw Image Number""RAF:RawImageSize""Raw Image Size""RAF:RelativeExposure"
-    "Relative Exposure""RAF:StripByteCounts""Strip Byte Counts""RAF:StripOffsets""Strip Offsets"
-    "RAF:VignettingParams""Vignetting Params""RAF:WB_GRBLevels""WB GRB Levels""RAF:WB_GRBLevelsAuto"
-    "WB GRB Levels Auto""RAF:WB_GRBLevelsStandard""WB GRB Levels Standard""RAF:WB_GRGBLevels"
-    "WB GRGB Levels""RAF:WB_GRGBLevelsAuto""WB GRGB Levels Auto""RAF:WB_GRGBLevelsCloudy"
-    "WB GRGB Levels Cloudy""RAF:WB_GRGBLevelsDayWhiteFluor""WB GRGB Levels Day White Fluor"
-    "RAF:WB_GRGBLevelsDaylight""WB GRGB Levels Daylight""RAF:WB_GRGBLevelsDaylightFluor"
-    "WB GRGB Levels Daylight Fluor""RAF:WB_GRGBLevelsLivingRoomWarmWhiteFluor"
-    "WB GRGB Levels Living Room Warm White Fluor""RAF:WB_GRGBLevelsTungsten"
-    "WB GRGB Levels Tungsten""RAF:WB_GRGBLevelsWarmWhiteFluor""WB GRGB Levels Warm White Fluor"
-    "RAF:WB_GRGBLevelsWhiteFluorescent""WB GRGB Levels White Fluorescent""RAF:XTransLayout"
-    "X-Trans Layout""每个组件的比特数""每压缩条带的字节数""图像数据位置""Nombre de bits par échantillon""Niveau noir"
-    "Paramètres d'aberration chromatique""Mise en page Fuji"
-    "Paramètres de la distorsion géométrique""Biais d'exposition"
-    "Image RAW recadrée en haut à gauche""Image RAW taille recadrée""Hauteur totale de l'image RAW"
-    "Taille totale de l'image RAW""Largeur total de l'image RAW""Taille de l'image RAW"
-    "Nombre d'octets dans la bande""Décalage des bandes""Paramètres de vignettage"
-    "Balance des Blancs des niveaux VRB""Balance des Blancs Auto des niveaux VRB"
-    "Balance des Blancs Standard des niveaux VRB""Balance des Blancs des niveaux VRVB"
-    "Balance des Blancs Auto des niveaux VRVB""Mise en page X-Trans""Anzahl der Bits pro Komponente"
-    "Schwarzwert""RAW-Bildgröße""Anzahl Bytes pro komprimiertem Bildabschnitt""Bilddatenposition"
-    "Weißabgleich GRGB-Farbverteilung""Numero di bit per componente""Livello del nero"
-    "Dimensione finale immagine raw""Dimensione immagine raw""Byte per striscia""Offset striscia"
-    "コンポーネントのビット数""黒レベル""RAWイメージサイズ""圧縮片のバイト数""画像データ位置""WB GRGB レベル""Número de Bits Por Muestra"
-    "Nivel Negro""Bytes por Tira Comprimida""Localización Datos Imagen""AlphaPreprocessing"
-    "AlphaFiltering""AlphaCompression""AnimationLoopCount""FrameCount""StreamCount""AcidizerFlags"
-    "RootNote""Beats""Meter""Tempo""Encoding""NumChannels""SampleRate""AvgBytesPerSec""Originator"
-    "OriginatorReference""TimeReference""BWFVersion""BWF_UMID""CodingHistory""CodePage""CountryCode"
-    "LanguageCode""Dialect""RIFFSize64""DataSize64""NumberOfSamples64""MakerNotes""RelatedImageFile"
-    "TimeCreated""UserComment""TotalFrameCount""Rated""Directory""SoundSchemeTitle"
-    "ArchivalLocation""FirstLanguage""SecondLanguage""ThirdLanguage""FourthLanguage""FifthLanguage"
-    "SixthLanguage""SeventhLanguage""EighthLanguage""NinthLanguage""BaseURL""DefaultAudioStream"
-    "CostumeDesigner""Commissioned""Cinematographer""Country""Cropped""DotsPerInch""DistributedBy"
-    "EditedBy""Engineer""Lightness""LogoURL""LogoIconURL""MoreInfoBannerImage""MoreInfoBannerURL"
-    "Medium""MoreInfoText""MoreInfoURL""MusicBy""ProductionDesigner""NumColors""ProducedBy"
-    "RippedBy""SecondaryGenre""Sharpness""SourceForm""ProductionStudio""Starring""Technician"
-    "WatermarkURL""WrittenBy""Part""NumberOfParts""Rate""Statistics""TapeName""EndTimecode"
-    "Organization""VegasVersionMajor""VegasVersionMinor""UnshiftedNote""FineTune""Gain""LowNote"
-    "HighNote""LowVelocity""HighVelocity""UnknownEXIF""TextJunk""OldXMP""Afsp""CuePoints"
-    "NumberOfSamples""Guano""CuePointLabel""ListType""LabeledText""CuePointNote""Playlist"
-    "Manufacturer""SamplePeriod""MIDIUnityNote""MIDIPitchFraction""SMPTEFormat""SMPTEOffset"
-    "NumSampleLoops""SamplerDataLen""SamplerData""TextFormat""StreamName""VendorName""UnknownData"
-    "StreamType""Codec""StreamSampleRate""AudioSampleCount""VideoFrameCount""StreamSampleCount"
-    "Quality""SampleSize""VP8Version""HorizontalScale""VerticalScale""WebP_Flags""48""54""55""56"
-    "57""58""59""60""61""62""63""65""66""67""68""69""70""71""80""81""82""83""85""89""96""97""98""99"
-    "255""259""273""274""288""289""291""293""306""307""308""309""310""320""336""337""341""352""353"
-    "354""355""356""368""369""370""371""372""373""374""375""376""384""514""515""528""533""534""544"
-    "560""576""577""592""593""608""624""625""626""627""640""641""645""768""769""770""771""772""773"
-    "774""775""776""848""849""2222""4097""4098""4099""4100""4352""4353""4354""4355""4356""5120"
-    "5121""5376""6172""6174""6513""6521""7175""7180""7939""9472""13075""16707""16897""16963""17228"
-    "22092""22358""26447""26448""26449""26479""26480""26481""28672""28781""31265""31266""41216"
-    "41217""41218""41219""41220""41221""41222""41223""41225""57260""59144""61868""65534""auds""iavs"
-    "mids""txts""vids""RIFF:Accelerometer""RIFF:AcidizerFlags""Acidizer Flags""RIFF:AcidizerFlags:1"
-    "One shot""RIFF:AcidizerFlags:16""High octave""RIFF:AcidizerFlags:2""Root note set"
-    "RIFF:AcidizerFlags:4""Stretch""RIFF:AcidizerFlags:8""Disk-based""RIFF:Afsp"
-    "RIFF:AlphaCompression""Alpha Compression""RIFF:AlphaCompression:0""RIFF:AlphaCompression:1"
-    "Lossless""RIFF:AlphaFiltering""Alpha Filtering""RIFF:AlphaFiltering:0""RIFF:AlphaFiltering:1"
-    "Horizontal""RIFF:AlphaFiltering:2""RIFF:AlphaFiltering:3""Gradient""RIFF:AlphaPreprocessing"
-    "Alpha Preprocessing""RIFF:AlphaPreprocessing:0""RIFF:AlphaPreprocessing:1""Level Reduction"
-    "RIFF:AnimationLoopCount""Animation Loop Count""RIFF:ArchivalLocation""Archival Location"
-    "RIFF:Artist""RIFF:AudioCodec""RIFF:AudioSampleCount""Audio Sample Count""RIFF:AudioSampleRate"
-    "RIFF:AvgBytesPerSec""Avg Bytes Per Sec""RIFF:BWFVersion""BWF Version""RIFF:BWF_UMID""BWF UMID"
-    "RIFF:BackgroundColor""RIFF:BaseURL""Base URL""RIFF:Beats""RIFF:BitsPerSample"
-    "RIFF:Cinematographer""RIFF:CodePage""Code Page""RIFF:Codec""RIFF:CodingHistory""Coding History"
-    "RIFF:Comment""RIFF:Comments""RIFF:Commissioned""RIFF:Copyright""RIFF:CostumeDesigner"
-    "Costume Designer""RIFF:Country""RIFF:CountryCode""Country Code""RIFF:Cropped"
-    "RIFF:CuePointLabel""Cue Point Label""RIFF:CuePointNote""Cue Point Note""RIFF:CuePoints"
-    "Cue Points""RIFF:DataSize64""Data Size 64""RIFF:DateCreated""RIFF:DateTimeOriginal"
-    "RIFF:DefaultAudioStream""Default Audio Stream""RIFF:Description""RIFF:Dialect""RIFF:Dimensions"
-    "RIFF:Directory""RIFF:DistributedBy""Distributed By""RIFF:DotsPerInch""Dots Per Inch"
-    "RIFF:Duration""RIFF:EditedBy""Edited By""RIFF:EighthLanguage""Eighth Language""RIFF:EncodedBy"
-    "RIFF:Encoding""RIFF:Encoding:1""Microsoft PCM""RIFF:Encoding:10""WMA 9 Speech"
-    "RIFF:Encoding:100""APICOM G.726 ADPCM""RIFF:Encoding:101""APICOM G.722 ADPCM"
-    "RIFF:Encoding:102""Microsoft DSAT""RIFF:Encoding:1024""Brooktree Digital""RIFF:Encoding:1025"
-    "Intel Music Coder (IMC)""RIFF:Encoding:1026""Ligos Indeo Audio""RIFF:Encoding:103"
-    "Microsoft DSAT DISPLAY""RIFF:Encoding:105""Voxware Byte Aligned""RIFF:Encoding:11"
-    "Microsoft Windows Media RT Voice""RIFF:Encoding:1104""QDesign Music""RIFF:Encoding:112"
-    "Voxware AC8""RIFF:Encoding:113""Voxware AC10""RIFF:Encoding:114""Voxware AC16"
-    "RIFF:Encoding:115""Voxware AC20""RIFF:Encoding:116""Voxware MetaVoice""RIFF:Encoding:117"
-    "Voxware MetaSound""RIFF:Encoding:118""Voxware RT29HW""RIFF:Encoding:119""Voxware VR12"
-    "RIFF:Encoding:120""Voxware VR18""RIFF:Encoding:121""Voxware TQ40""RIFF:Encoding:122"
-    "Voxware SC3""RIFF:Encoding:123""RIFF:Encoding:128""Soundsoft""RIFF:Encoding:1280"
-    "On2 VP7 On2 Technologies""RIFF:Encoding:1281""On2 VP6 On2 Technologies""RIFF:Encoding:129"
-    "Voxware TQ60""RIFF:Encoding:130""Microsoft MSRT24""RIFF:Encoding:13075"
-    "makeAVIS (ffvfw fake AVI sound from AviSynth scripts)""RIFF:Encoding:131""AT&T G.729A"
-    "RIFF:Encoding:132""Motion Pixels MVI MV12""RIFF:Encoding:133""DataFusion G.726"
-    "RIFF:Encoding:134""DataFusion GSM610""RIFF:Encoding:136""Iterated Systems Audio"
-    "RIFF:Encoding:137""Onlive""RIFF:Encoding:138""Multitude, Inc. FT SX20""RIFF:Encoding:139"
-    "Infocom ITS A/S G.721 ADPCM""RIFF:Encoding:140""Convedia G729""RIFF:Encoding:141"
-    "Not specified congruency, Inc.""RIFF:Encoding:145""Siemens SBC24""RIFF:Encoding:146"
-    "Sonic Foundry Dolby AC3 APDIF""RIFF:Encoding:147""MediaSonic G.723""RIFF:Encoding:148"
-    "Aculab Prosody 8kbps""RIFF:Encoding:151""ZyXEL ADPCM""RIFF:Encoding:152""Philips LPCBB"
-    "RIFF:Encoding:153""Studer Professional Audio Packed""RIFF:Encoding:16""OKI-ADPCM"
-    "RIFF:Encoding:160""Malden PhonyTalk""RIFF:Encoding:161""Racal Recorder GSM""RIFF:Encoding:162"
-    "Racal Recorder G720.a""RIFF:Encoding:163""Racal G723.1""RIFF:Encoding:164""Racal Tetra ACELP"
-    "RIFF:Encoding:1664""AT&T VME VMPCM""RIFF:Encoding:1665""AT&T TCP""RIFF:Encoding:16707"
-    "Divio MPEG-4 AAC audio""RIFF:Encoding:16897""Nokia adaptive multirate""RIFF:Encoding:16963"
-    "Divio G726 Divio, Inc.""RIFF:Encoding:17""Intel IMA/DVI-ADPCM""RIFF:Encoding:17228"
-    "LEAD Speech""RIFF:Encoding:176""NEC AAC NEC Corporation""RIFF:Encoding:1792"
-    "YMPEG Alpha (dummy for MPEG-2 compressor)""RIFF:Encoding:18""Videologic Mediaspace ADPCM"
-    "RIFF:Encoding:19""Sierra ADPCM""RIFF:Encoding:2""Microsoft ADPCM""RIFF:Encoding:20"
-    "Antex G.723 ADPCM""RIFF:Encoding:21""DSP Solutions DIGISTD""RIFF:Encoding:22"
-    "DSP Solutions DIGIFIX""RIFF:Encoding:22092""LEAD Vorbis""RIFF:Encoding:2222"
-    "ClearJump LiteWave (lossless)""RIFF:Encoding:22358""WavPack Audio""RIFF:Encoding:23"
-    "Dialoic OKI ADPCM""RIFF:Encoding:24""Media Vision ADPCM""RIFF:Encoding:25""HP CU"
-    "RIFF:Encoding:255""AAC""RIFF:Encoding:256""Rhetorex ADPCM""RIFF:Encoding:257""IBM u-Law"
-    "RIFF:Encoding:258""IBM a-Law""RIFF:Encoding:259""IBM ADPCM""RIFF:Encoding:26""HP Dynamic Voice"
-    "RIFF:Encoding:26447""Ogg Vorbis (mode 1)""RIFF:Encoding:26448""Ogg Vorbis (mode 2)"
-    "RIFF:Encoding:26449""Ogg Vorbis (mode 3)""RIFF:Encoding:26479""Ogg Vorbis (mode 1+)"
-    "RIFF:Encoding:26480""Ogg Vorbis (mode 2+)""RIFF:Encoding:26481""Ogg Vorbis (mode 3+)"
-    "RIFF:Encoding:273""Vivo G.723""RIFF:Encoding:274""Vivo Siren""RIFF:Encoding:28672"
-    "3COM NBX 3Com Corporation""RIFF:Encoding:28781""FAAD AAC""RIFF:Encoding:288"
-    "Philips Speech Processing CELP""RIFF:Encoding:289""Philips Speech Processing GRUNDIG"
-    "RIFF:Encoding:291""Digital G.723""RIFF:Encoding:293""Sanyo LD ADPCM""RIFF:Encoding:3"
-    "Microsoft IEEE float""RIFF:Encoding:304""Sipro Lab ACEPLNET""RIFF:Encoding:305"
-    "Sipro Lab ACELP4800""RIFF:Encoding:306""Sipro Lab ACELP8V3""RIFF:Encoding:307""Sipro Lab G.729"
-    "RIFF:Encoding:308""Sipro Lab G.729A""RIFF:Encoding:309""Sipro Lab Kelvin""RIFF:Encoding:310"
-    "VoiceAge AMR""RIFF:Encoding:31265""GSM-AMR (CBR, no SID)""RIFF:Encoding:31266"
-    "GSM-AMR (VBR, including SID)""RIFF:Encoding:32""Yamaha ADPCM""RIFF:Encoding:320"
-    "Dictaphone G.726 ADPCM""RIFF:Encoding:33""SONARC Speech Compression""RIFF:Encoding:336"
-    "Qualcomm PureVoice""RIFF:Encoding:337""Qualcomm HalfRate""RIFF:Encoding:34"
-    "DSP Group True Speech""RIFF:Encoding:341""Ring Zero Systems TUBGSM""RIFF:Encoding:35"
-    "Echo Speech Corp.""RIFF:Encoding:352""Microsoft Audio1""RIFF:Encoding:353"
-    "Windows Media Audio V2 V7 V8 V9 / DivX audio (WMA) / Alex AC3 Audio""RIFF:Encoding:354"
-    "Windows Media Audio Professional V9""RIFF:Encoding:355""Windows Media Audio Lossless V9"
-    "RIFF:Encoding:356""WMA Pro over S/PDIF""RIFF:Encoding:36""Virtual Music Audiofile AF36"
-    "RIFF:Encoding:368""UNISYS NAP ADPCM""RIFF:Encoding:369""UNISYS NAP ULAW""RIFF:Encoding:37"
-    "Audio Processing Tech.""RIFF:Encoding:370""UNISYS NAP ALAW""RIFF:Encoding:371""UNISYS NAP 16K"
-    "RIFF:Encoding:372""MM SYCOM ACM SYC008 SyCom Technologies""RIFF:Encoding:373"
-    "MM SYCOM ACM SYC701 G726L SyCom Technologies""RIFF:Encoding:374"
-    "MM SYCOM ACM SYC701 CELP54 SyCom Technologies""RIFF:Encoding:375"
-    "MM SYCOM ACM SYC701 CELP68 SyCom Technologies""RIFF:Encoding:376""Knowledge Adventure ADPCM"
-    "RIFF:Encoding:38""Virtual Music Audiofile AF10""RIFF:Encoding:384""Fraunhofer IIS MPEG2AAC"
-    "RIFF:Encoding:39""Aculab Prosody 1612""RIFF:Encoding:4""Compaq VSELP""RIFF:Encoding:40"
-    "Merging Tech. LRC""RIFF:Encoding:400""Digital Theater Systems DTS DS""RIFF:Encoding:4096"
-    "Olivetti GSM""RIFF:Encoding:4097""Olivetti ADPCM""RIFF:Encoding:4098""Olivetti CELP"
-    "RIFF:Encoding:4099""Olivetti SBC""RIFF:Encoding:4100""Olivetti OPR""RIFF:Encoding:41216"
-    "Comverse Infosys Ltd. G723 1""RIFF:Encoding:41217""Comverse Infosys Ltd. AVQSBC"
-    "RIFF:Encoding:41218""Comverse Infosys Ltd. OLDSBC""RIFF:Encoding:41219"
-    "Symbol Technologies G729A""RIFF:Encoding:41220""VoiceAge AMR WB VoiceAge Corporation"
-    "RIFF:Encoding:41221""Ingenient Technologies Inc. G726""RIFF:Encoding:41222"
-    "ISO/MPEG-4 advanced audio Coding""RIFF:Encoding:41223""Encore Software Ltd G726"
-    "RIFF:Encoding:41225""Speex ACM Codec xiph.org""RIFF:Encoding:4352""Lernout & Hauspie"
-    "RIFF:Encoding:4353""Lernout & Hauspie CELP codec""RIFF:Encoding:4354"
-    "Lernout & Hauspie SBC codec""RIFF:Encoding:4355""RIFF:Encoding:4356""RIFF:Encoding:48"
-    "Dolby AC2""RIFF:Encoding:49""Microsoft GSM610""RIFF:Encoding:5""IBM CVSD""RIFF:Encoding:50"
-    "MSN Audio""RIFF:Encoding:51""Antex ADPCME""RIFF:Encoding:512""Creative Labs ADPCM"
-    "RIFF:Encoding:5120""Norris Comm. Inc.""RIFF:Encoding:5121""ISIAudio""RIFF:Encoding:514"
-    "Creative Labs FASTSPEECH8""RIFF:Encoding:515""Creative Labs FASTSPEECH10""RIFF:Encoding:52"
-    "Control Resources VQLPC""RIFF:Encoding:528""UHER ADPCM""RIFF:Encoding:53"
-    "DSP Solutions DIGIREAL""RIFF:Encoding:533""Ulead DV ACM""RIFF:Encoding:534""RIFF:Encoding:5376"
-    "AT&T Soundspace Music Compression""RIFF:Encoding:54""DSP Solutions DIGIADPCM"
-    "RIFF:Encoding:544""Quarterdeck Corp.""RIFF:Encoding:55""Control Resources CR10"
-    "RIFF:Encoding:56""Natural MicroSystems VBX ADPCM""RIFF:Encoding:560""I-Link VC"
-    "RIFF:Encoding:57""Crystal Semiconductor IMA ADPCM""RIFF:Encoding:57260"
-    "DebugMode SonicFoundry Vegas FrameServer ACM Codec""RIFF:Encoding:576"
-    "Aureal Semiconductor Raw Sport""RIFF:Encoding:577""ESST AC3""RIFF:Encoding:58"
-    "Echo Speech ECHOSC3""RIFF:Encoding:59""Rockwell ADPCM""RIFF:Encoding:59144""Unknown -"
-    "RIFF:Encoding:592""Interactive Products HSX""RIFF:Encoding:593""Interactive Products RPELP"
-    "RIFF:Encoding:6""Microsoft a-Law""RIFF:Encoding:60""Rockwell DIGITALK""RIFF:Encoding:608"
-    "Consistent CS2""RIFF:Encoding:61""Xebec Multimedia""RIFF:Encoding:6172"
-    "VoxWare RT24 speech codec""RIFF:Encoding:6174""Lucent elemedia AX24000P Music codec"
-    "RIFF:Encoding:61868""Free Lossless Audio Codec FLAC""RIFF:Encoding:624""Sony SCX"
-    "RIFF:Encoding:625""Sony SCY""RIFF:Encoding:626""Sony ATRAC3""RIFF:Encoding:627""Sony SPC"
-    "RIFF:Encoding:64""Antex G.721 ADPCM""RIFF:Encoding:640""TELUM Telum Inc.""RIFF:Encoding:641"
-    "TELUMIA Telum Inc.""RIFF:Encoding:645""Norcom Voice Systems ADPCM""RIFF:Encoding:65"
-    "Antex G.728 CELP""RIFF:Encoding:6513""Sonic Foundry LOSSLESS""RIFF:Encoding:6521"
-    "Innings Telecom Inc. ADPCM""RIFF:Encoding:65534""Extensible""RIFF:Encoding:65535""Development"
-    "RIFF:Encoding:66""Microsoft MSG723""RIFF:Encoding:67""IBM AVC ADPCM""RIFF:Encoding:69"
-    "ITU-T G.726""RIFF:Encoding:7""Microsoft u-Law""RIFF:Encoding:7175""Lucent SX8300P speech codec"
-    "RIFF:Encoding:7180""Lucent SX5363S G.723 compliant codec""RIFF:Encoding:768"
-    "Fujitsu FM TOWNS SND""RIFF:Encoding:769""Fujitsu (not specified)""RIFF:Encoding:770"
-    "RIFF:Encoding:771""RIFF:Encoding:772""RIFF:Encoding:773""RIFF:Encoding:774""RIFF:Encoding:775"
-    "RIFF:Encoding:776""RIFF:Encoding:7939""CUseeMe DigiTalk (ex-Rocwell)""RIFF:Encoding:8"
-    "Microsoft DTS""RIFF:Encoding:80""Microsoft MPEG""RIFF:Encoding:81""RT23 or PAC"
-    "RIFF:Encoding:8132""NCT Soft ALF2CD ACM""RIFF:Encoding:8192""FAST Multimedia DVM"
-    "RIFF:Encoding:8193""Dolby DTS (Digital Theater System)""RIFF:Encoding:8194"
-    "RealAudio 1 / 2 14.4""RIFF:Encoding:8195""RealAudio 1 / 2 28.8""RIFF:Encoding:8196"
-    "RealAudio G2 / 8 Cook (low bitrate)""RIFF:Encoding:8197""RealAudio 3 / 4 / 5 Music (DNET)"
-    "RIFF:Encoding:8198""RealAudio 10 AAC (RAAC)""RIFF:Encoding:8199""RealAudio 10 AAC+ (RACP)"
-    "RIFF:Encoding:82""InSoft RT24""RIFF:Encoding:83""InSoft PAC""RIFF:Encoding:848"
-    "Micronas Semiconductors, Inc. Development""RIFF:Encoding:849"
-    "Micronas Semiconductors, Inc. CELP833""RIFF:Encoding:85""MP3""RIFF:Encoding:89""Cirrus"
-    "RIFF:Encoding:9""DRM""RIFF:Encoding:9472""Reserved range to 0x2600 Microsoft""RIFF:Encoding:96"
-    "Cirrus Logic""RIFF:Encoding:97""ESS Tech. PCM""RIFF:Encoding:98""Voxware Inc."
-    "RIFF:Encoding:99""Canopus ATRAC""RIFF:EndTimecode""End Timecode""RIFF:Engineer"
-    "RIFF:ExifVersion""RIFF:FifthLanguage""Fifth Language""RIFF:FineTune""Fine Tune"
-    "RIFF:FirstLanguage""First Language""RIFF:FourthLanguage""Fourth Language""RIFF:FrameCount"
-    "Frame Count""RIFF:FrameRate""RIFF:GPSAltitude""RIFF:GPSDateTime""RIFF:GPSLatitude"
-    "RIFF:GPSLongitude""RIFF:GPSSpeed""RIFF:Gain""RIFF:Genre""RIFF:Guano""RIFF:HighNote""High Note"
-    "RIFF:HighVelocity""High Velocity""RIFF:HorizontalScale""Horizontal Scale""RIFF:ImageHeight"
-    "RIFF:ImageWidth""RIFF:Keywords""RIFF:LabeledText""Labeled Text""RIFF:Language"
-    "RIFF:LanguageCode""Language Code""RIFF:Length""RIFF:Lightness""RIFF:ListType""List Type"
-    "RIFF:Location""RIFF:LogoIconURL""Logo Icon URL""RIFF:LogoURL""Logo URL""RIFF:LowNote""Low Note"
-    "RIFF:LowVelocity""Low Velocity""RIFF:MIDIPitchFraction""MIDI Pitch Fraction"
-    "RIFF:MIDIUnityNote""MIDI Unity Note""RIFF:Make""RIFF:MakerNotes""Maker Notes"
-    "RIFF:Manufacturer""RIFF:MaxDataRate""RIFF:Medium""RIFF:Meter""RIFF:Model""Camera Model Name"
-    "RIFF:MoreInfoBannerImage""More Info Banner Image""RIFF:MoreInfoBannerURL""More Info Banner URL"
-    "RIFF:MoreInfoText""More Info Text""RIFF:MoreInfoURL""More Info URL""RIFF:MusicBy""Music By"
-    "RIFF:NinthLanguage""Ninth Language""RIFF:NumChannels""Num Channels""RIFF:NumColors""Num Colors"
-    "RIFF:NumSampleLoops""Num Sample Loops""RIFF:NumberOfParts""Number Of Parts"
-    "RIFF:NumberOfSamples""Number Of Samples""RIFF:NumberOfSamples64""Number Of Samples 64"
-    "RIFF:OldXMP""Old XMP""RIFF:Organization""RIFF:Originator""RIFF:OriginatorReference"
-    "Originator Reference""RIFF:Part""RIFF:Playlist""RIFF:ProducedBy""Produced By""RIFF:Product"
-    "RIFF:ProductionDesigner""Production Designer""RIFF:ProductionStudio""Production Studio"
-    "RIFF:Quality""RIFF:RIFFSize64""RIFF Size 64""RIFF:Rate""RIFF:Rated""RIFF:Rating"
-    "RIFF:RelatedImageFile""Related Image File""RIFF:RippedBy""Ripped By""RIFF:RootNote""Root Note"
-    "RIFF:RootNote:48""C""RIFF:RootNote:49""C#""RIFF:RootNote:50""D""RIFF:RootNote:51""D#"
-    "RIFF:RootNote:52""E""RIFF:RootNote:53""F""RIFF:RootNote:54""F#""RIFF:RootNote:55""G"
-    "RIFF:RootNote:56""G#""RIFF:RootNote:57""A""RIFF:RootNote:58""A#""RIFF:RootNote:59""B"
-    "RIFF:RootNote:60""High C""RIFF:RootNote:61""High C#""RIFF:RootNote:62""High D"
-    "RIFF:RootNote:63""High D#""RIFF:RootNote:64""High E""RIFF:RootNote:65""High F"
-    "RIFF:RootNote:66""High F#""RIFF:RootNote:67""High G""RIFF:RootNote:68""High G#"
-    "RIFF:RootNote:69""High A""RIFF:RootNote:70""High A#""RIFF:RootNote:71""High B"
-    "RIFF:SMPTEFormat""SMPTE Format""RIFF:SMPTEFormat:0""RIFF:SMPTEFormat:24""24 fps"
-    "RIFF:SMPTEFormat:25""25 fps""RIFF:SMPTEFormat:29""29 fps""RIFF:SMPTEFormat:30""30 fps"
-    "RIFF:SMPTEOffset""SMPTE Offset""RIFF:SamplePeriod""Sample Period""RIFF:SampleRate""Sample Rate"
-    "RIFF:SampleSize""Sample Size""RIFF:SamplerData""Sampler Data""RIFF:SamplerDataLen"
-    "Sampler Data Len""RIFF:SecondLanguage""Second Language""RIFF:SecondaryGenre""Secondary Genre"
-    "RIFF:SeventhLanguage""Seventh Language""RIFF:Sharpness""RIFF:SixthLanguage""Sixth Language"
-    "RIFF:Software""RIFF:SoundSchemeTitle""Sound Scheme Title""RIFF:Source""RIFF:SourceForm"
-    "Source Form""RIFF:Starring""RIFF:StartTimecode""RIFF:Statistics""RIFF:Statistics:0""Bad"
-    "RIFF:Statistics:1""OK""RIFF:StreamCount""Stream Count""RIFF:StreamName""Stream Name"
-    "RIFF:StreamSampleCount""Stream Sample Count""RIFF:StreamSampleRate""Stream Sample Rate"
-    "RIFF:StreamType""Stream Type""RIFF:StreamType:auds""Audio""RIFF:StreamType:iavs"
-    "Interleaved Audio+Video""RIFF:StreamType:mids""MIDI""RIFF:StreamType:txts"
-    "RIFF:StreamType:vids""Video""RIFF:Subject""RIFF:TapeName""Tape Name""RIFF:Technician"
-    "RIFF:Tempo""RIFF:Text""RIFF:TextFormat""Text Format""RIFF:TextJunk""Text Junk"
-    "RIFF:ThirdLanguage""Third Language""RIFF:TimeCode""RIFF:TimeCreated""Time Created"
-    "RIFF:TimeReference""Time Reference""RIFF:Title""RIFF:TotalFrameCount""Total Frame Count"
-    "RIFF:TrackNumber""RIFF:URL""RIFF:UnknownData""Unknown Data""RIFF:UnknownEXIF""Unknown EXIF"
-    "RIFF:UnshiftedNote""Unshifted Note""RIFF:UserComment""User Comment""RIFF:VP8Version"
-    "VP8 Version""RIFF:VP8Version:0""0 (bicubic reconstruction, normal loop)""RIFF:VP8Version:1"
-    "1 (bilinear reconstruction, simple loop)""RIFF:VP8Version:2"
-    "2 (bilinear reconstruction, no loop)""RIFF:VP8Version:3""3 (no reconstruction, no loop)"
-    "RIFF:VegasVersionMajor""Vegas Version Major""RIFF:VegasVersionMinor""Vegas Version Minor"
-    "RIFF:VendorName""Vendor Name""RIFF:Version""RIFF:VerticalScale""Vertical Scale"
-    "RIFF:VideoCodec""RIFF:VideoFrameCount""Video Frame Count""RIFF:VideoFrameRate"
-    "RIFF:WatermarkURL""Watermark URL""RIFF:WebP_Flags""WebP Flags""RIFF:WebP_Flags:16"
-    "RIFF:WebP_Flags:2""Animation""RIFF:WebP_Flags:32""ICC Profile""RIFF:WebP_Flags:4""XMP"
-    "RIFF:WebP_Flags:8""EXIF""RIFF:WrittenBy""Written By""RIFF:Year""国家""文件存储位置""明暗度""制造商记录""图像质量"
-    "锐度""用户注释""URL de référence""Pays""Code pays""Répertoire""Code langue""Notes fabricant"
-    "Nombre de canaux""Nombre de couleurs""Qualité""Netteté""Heure de création"
-    "Commentaire de l'utilisateur""URL du filigrane""Indicateurs WebP""Profil ICC""Exif""Basis URL"
-    "Land""ISO-Ländercode""Verzeichnis""Unbekannt -""Graustufung""Hinweise des Herstellers"
-    "Mittelgroß""Anzahl Kanäle""Anzahl Farben""Organisation""Qualität""Schärfe""Erstellungszeit"
-    "Benutzerkommentar""Paese""Posizione file""Codifica""Musica QDesign""Sconosciuto -"
-    "Codice lingua""Luce""Note produttore""Numero canali""Qualità""Frequenza campionamento"
-    "Dimensione campione""Nitidezza""Ora di Creazione""Commento utente""国名""撮影国コード""ファイルの場所""明度"
-    "メーカーノート""ミドル""品質""シャープネス""作成時間""ユーザーコメント""País""Código País""Ubicación del Fichero"
-    "Luminosidad""Notas del Fabricante""Número Canales""Número de colores""Calidad"
-    "Frecuencia muestreo""Tamaño muestra""Nitidez""Hora Creación""Comentarios Usuario"
-    "ApplicationMissingMsg""CreatorApplication""OpenWithApplication""ApplicationVersion"
-    "RSRC:ApplicationMissingMsg""Application Missing Msg""RSRC:ApplicationVersion"
-    "Application Version""RSRC:CreatorApplication""Creator Application""RSRC:Description"
-    "RSRC:Keywords""RSRC:OpenWithApplication""Open With Application""Application du créateur"
+    "Retournée de 270° dans le sens antihoraire" "Page internet" "Balance des blancs" "Large"
+    "Résolution horizontale de l'image" "Résolution verticale de l'image" "Année" "Künstler" "Autor"
+    "Hintergrundfarbe" "Bit-Tiefe" "Helligkeit" "Kamera ID" "Kamera Modell" "Kategorie" "Zertifikat"
+    "Kanäle" "Kinder" "Stadt/Ort" "Kommentar" "Kommentare" "Nein" "Ja" "Komprimierungsschema"
+    "Kontrast" "Mitwirkende" "Urheberrechtsvermerk" "Digitalisierungsdatum/-uhrzeit" "Aufnahmedatum"
+    "Ersteller" "Erstellertool" "Datum" "Erstellungsdatum" "Absendedatum" "Änderungsdatum"
+    "Erstellungsdatum/-uhrzeit" "Beschreibung" "Dauer" "Dynamikbereich" "Exif-Version"
+    "Belichtungskorrekturwert" "Belichtungskorrektur" "Belichtungsprogramm" "Belichtungsdauer"
+    "F-Wert" "Dateigröße" "Dateityp" "Dateiformatversion" "Firmware-Version" "Blitz-Modus"
+    "Brennweite" "Ordner-Name" "Bereichshöhe" "Bildnummer" "Bildwechselfrequenz" "Bereichsbreite"
+    "GPS Höhe" "Messgenauigkeit" "GPS Zeitstempel" "Geografische Breite" "Geografische Länge"
+    "GPS Messverfahren" "2-Dimensionale Messung" "3-Dimensionale Messung"
+    "Für die Messung verwendete Satelliten" "Geschwindigkeit des GPS-Empfängers"
+    "Geschwindigkeitseinheit" "Kilometer pro Stunde" "Meilen pro Stunde" "Knoten" "GPS-Zeit UTC"
+    "Bewegungsrichtung" "Referenz für Bewegungsrichtung" "Magnetische Ausrichtung"
+    "Geographische Ausrichtung" "Gruppierung" "ISO-Empfindlichkeit" "Bildhöhe" "Bildbreite"
+    "Jpg From Raw Bild" "Schlüsselwort" "Schlüsselwörter" "Beschriftung" "Sprache" "Objektiv-Typ"
+    "Objektiv-Seriennummer" "Lichtquelle" "Aufnahmeort" "Gerätehersteller" "Größte Blende"
+    "Belichtungsmessmethode" "Kameramodell" "Aus" "Ein" "Ausrichtung" "Original Dateiname"
+    "Besitzer" "Platzhalter" "Seiten" "Postleitzahl" "Vorschaubild" "Vorschaubild-Höhe"
+    "Vorschaubild-Datenlänge" "Vorschaubild-Breite" "Produzent" "Hersteller Schlüsselwörter"
+    "Produkt-ID" "Programmmodus" "Herausgeber" "Bewertung" "Bewertung in Prozent"
+    "Veröffentlichungsdatum" "Farbsättigung" "Szene" "Seriennummer" "Quelle"
+    "Themen/Schlüsselwörter" "Objektentfernung" "Miniaturbild" "Zeitzone" "Titel" "Typ"
+    "Weißabgleich" "Breit" "Schreiber" "Horizontale Bildauflösung" "Vertikale Bildauflösung" "Jahr"
+    "Sommario" "Nome account" "Ora acquisizione" "Ora acquisizione - Giorno"
+    "Ora acquisizione - Mese" "Ora acquisizione - Anno" "Ora acquisizione - Anno mese"
+    "Ora acquisizione - Anno mese giorno" "Ordinamento album-artista" "Stati Uniti" "Regno Unito"
+    "Italia" "Portogallo" "Svezia" "Norvegia" "Giappone" "Persona che ha creato l'immagine"
+    "Allegati" "Attributi audio" "Crittografato" "Canali audio" "Codec audio" "Info codec audio"
+    "Formato audio" "Autore" "Livello medio" "Battiti al minuto" "Luminosità" "Angolo fotocamera"
+    "Data/ora fotocamera" "Direzione fotocamera" "ID fotocamera" "Identificativo fotocamera"
+    "Marca fotocamera" "Produttore fotocamera" "Modello fotocamera" "Camera motion" "Categoria"
+    "Numero canale" "Canali" "Bambini" "Città" "Commento" "Commenti" "Sì" "Compositore"
+    "Compressione" "Nome compressione" "Direttore d'orchestra" "Contrasto" "Titolare del copyright"
+    "Data di creazione" "Creatore" "Data d'invio" "Data/ora" "Data/ora originale di creazione"
+    "Descrizione" "Codificato da" "Dimensioni pixel codificati" "Codificato con" "Codificatore"
+    "Versione codificatore" "Durata codifica" "Evento" "Versione Exif" "Compensazione esposizione"
+    "Programma esposizione" "Tempo esposizione" "Numero F" "Frammentato" "Versione profilo file"
+    "Dimensione file" "Tipo di file" "Versione file" "Versione firmware" "Modo flash"
+    "Lunghezza focale" "Lunghezza focale 35mm" "Nome carattere" "Formato" "Frequenza fotogramma"
+    "Altitudine GPS" "Precisione misurazione GPS" "Ora GPS (orologio atomico)" "Latitudine"
+    "Longitudine" "Modalità misurazione GPS" "Misurazione 2D" "Misurazione tridimensionale"
+    "Satelliti GPS usati per la misurazione" "Velocità ricevitore GPS" "Unità velocità"
+    "Chilometri all'ora" "Miglie all'ora" "Nodi" "Direzione di movimento"
+    "Riferimento per direzione di movimento" "Direzione magnetica" "Direzione effettiva" "Genere"
+    "ID genere" "Raggruppamento" "Testo" "Sensibilità ISO" "Velocità ISO" "Altezza immagine"
+    "Larghezza immagine" "Chiave iniziale" "JPG da raw" "Parola chiave" "Parole chiave" "Tipi"
+    "Lingua" "Marchi legali" "Durata" "Modello obiettivo" "Numero di serie obiettivo"
+    "Sorgente di luce" "Località" "Nome località" "Note località" "Descrizione estesa" "Costruttore"
+    "Massima apertura delle lenti" "Normale (musica)" "Modalità misurazione"
+    "Nome modello fotocamera" "Data modifica" "Spento" "Nome" "Orientamento" "Artista originale"
+    "Nome file originale" "Parte del gruppo" "Valore di picco" "Nessun salto" "Posizione"
+    "Volume preferito" "Data anteprima" "Durata anteprima" "Immagine anteprima"
+    "Altezza immagine anteprima" "Lunghezza immagine anteprima" "Larghezza immagine anteprima"
+    "Priorità" "Prodotto" "ID prodotto" "Nome prodotto" "Versione prodotto" "Professione"
+    "Modo programma" "Nome programma" "Progetto" "Protetto" "Editore" "Data acquisto" "Valutazione"
+    "Esplicito" "Valutazione percentuale" "Stato lettura" "Tempo registrazione" "Data di rilascio"
+    "Risorse" "Rotazione" "Dimensioni campione" "Saturazione" "Scena" "Indirizzo mittente"
+    "Nome mittente" "Sensibilità" "Numero di serie" "Nome scatto" "Dimensioni" "Software utilizzato"
+    "Origine" "URL fonte" "Ora inizio" "Soggetto" "Distanza soggetto" "Sottotitolo" "Suffisso"
+    "Colore testo" "Aspetto testo" "Ombra" "Corsivo" "Estendi" "Carattere testo" "Sistema"
+    "Dimenione testo" "Miniatura" "Fuso orario" "Tinta" "Titolo" "Num titolo" "Ordinamento titolo"
+    "Titolo da fare" "Traccia" "Sola lettura" "Numero versione immagine" "Bitrate video"
+    "Codec video" "Info codec video" "Progressivo" "Bilanciamento del bianco"
+    "Risoluzione orizzontale immagine" "Risoluzione verticale immagine" "Anno" "ITunes U" "アルバム"
+    "画像作成者" "ビット深度" "ブライトネス" "カメラID" "カテゴリー" "都市" "コメント" "いいえ" "はい" "圧縮計画" "コントラスト" "版権所有者"
+    "デジタルデータ作成日時" "作成日時" "製作者" "日付" "作成日付" "発送日付" "ファイル作成日時" "オリジナルデータ作成日時" "説明" "標準" "ダイナミックレンジ"
+    "Exifバージョン" "露出補正値" "露出プログラム" "露出時間" "F値" "ファイルのサイズ" "ファイルタイプ" "ファイル形式バージョン" "ファームウェア"
+    "ファームウェアバージョン" "フラッシュモード" "レンズ焦点距離" "フォルダ名" "フレーム高" "フレーム番号" "フレームレート" "フレーム幅" "高度" "測定精度"
+    "GPS時間(原子時計)" "緯度" "経度" "GPS測定モード" "２次元測定" "３次元測定" "測定のために使われたGPS衛星" "GPS受信機のスピード" "スピード単位"
+    "時速(km)" "時速(マイル)" "ノット" "動作方向" "動作方向の参照" "磁気の方向" "本当の方向" "ガンマ" "ISOスピードレート" "画像高さ" "画像幅"
+    "キーワード" "レンズシリアル番号" "撮影場所" "メーカー" "最大絞り" "動画" "測光モード" "画像入力機器モデル" "オフ" "オン" "画像の向き" "引き伸ばし"
+    "プレビューイメージ" "プレビューイメージ容量" "製品ID" "格付け" "格付け(%)" "リリース日付" "回転" "彩度" "場面" "シリアル番号" "ソフトウェア"
+    "ソフトウェアバージョン" "ソース" "サブジェクト" "対象距離" "テキスト" "サムネイル画像" "タイムゾーン" "タイトル" "タイプ" "バージョン" "ホワイトバランス"
+    "ワイド" "画像幅の解像度" "画像高さの解像度" "Álbum" "Canales Audio" "Nivel Medio" "Brillo" "Categoría"
+    "Certificado" "Canales" "Ciudad" "Comentario" "Si" "Compositor" "Compresión" "Nombre Compresor"
+    "Directores" "Copyright Perfil" "Fecha y Hora de Datos Digital" "Fecha Creación" "Creador"
+    "Datos" "Fecha" "Fecha Envío" "Fecha y Hora de Datos Original" "Descripción" "Duración"
+    "Codificado por" "Hora de codificación" "Versión Exif" "Compensación Exposición"
+    "Programa Exposición" "Tiempo de Exposición" "Número F" "Tamaño Archivo" "Tipo Archivo"
+    "Versión Formato Archivo" "Versión Firmware" "Modo Flash" "Distancia Focal Objetivo"
+    "Velocidad del Fotograma" "Altitud" "Precisión Medición" "Fecha y Hora GPS" "Latitud" "Longitud"
+    "Modo Medición GPS" "Medición bidimensional" "Medición tridimensional"
+    "Satélites GPS Usados para Medida" "Velocidad del Receptor GPS" "Unidad Velocidad"
+    "Kilómetros por hora" "Millas por hora" "Nudos" "Hora GPS (reloj atómico)"
+    "Dirección de Movimiento" "Referencia de Dirección de Movimiento" "Dirección magnética"
+    "Dirección real" "Género" "ID Género" "Ratio Velocidad ISO" "Alto Imagen" "Ancho Imagen"
+    "Clave inicial" "Cargo" "Palabras Clave" "Clave" "Idioma" "Modelo Objetivo"
+    "Número Serie Objetivo" "Fuente Luz" "Localización" "Letras" "Marca"
+    "Máxima Apertura del Objetivo" "Tamaño Máximo Paquete" "Modo Medición" "Modelo" "Modificado por"
+    "Fecha y Hora de Cambio del Archivo" "Desactivado" "Activado" "Nombre" "Orientación de Imagen"
+    "Artista original" "Nombre archivo original" "Propietario" "Margen Inferior" "Período"
+    "Vista Previa" "Longitud Imagen Previa" "Productor" "ID Producto" "Tipo Protección" "Proveedor"
+    "Editor" "Clasificación" "Ninguno" "Valoración en Porcentaje" "Fecha Lanzamiento" "Rotación"
+    "Saturación" "Escena" "Número Serie" "Programa Utilizado" "Versión Software" "Fuente" "Sujeto"
+    "Distancia Sujeto" "Subtitulo" "Descripción Subtitulo" "Texto" "Título" "Pista"
+    "Fecha creación Track" "Versión cabecera Pista" "ID Pista" "Número Pista" "Tipo Pista" "Tipo"
+    "Identificador Unico Archivo" "Versión PrintIM" "Progresivo" "Altura Video" "Ancho Video"
+    "Balance de Blancos" "Resolución Imagen Horizontal" "Resolución Imagen Vertical" "Año"
+    "RawImageFullWidth" "RawImageFullHeight" "BitsPerSample" "StripOffsets" "StripByteCounts"
+    "BlackLevel" "GeometricDistortionParams" "WB_GRBLevelsStandard" "WB_GRBLevelsAuto"
+    "WB_GRBLevels" "ChromaticAberrationParams" "VignettingParams" "RawImageNumber" "MRAW_0x0003"
+    "MRAW_0x0004" "RawImageFullSize" "RawImageCropTopLeft" "RawImageCroppedSize"
+    "RawImageAspectRatio" "RawImageSize" "FujiLayout" "XTransLayout" "WB_GRGBLevelsAuto"
+    "WB_GRGBLevelsDaylight" "WB_GRGBLevelsCloudy" "WB_GRGBLevelsDaylightFluor"
+    "WB_GRGBLevelsDayWhiteFluor" "WB_GRGBLevelsWhiteFluorescent" "WB_GRGBLevelsWarmWhiteFluor"
+    "WB_GRGBLevelsLivingRoomWarmWhiteFluor" "WB_GRGBLevelsTungsten" "WB_GRGBLevels"
+    "RelativeExposure" "RawExposureBias" "RAF:BitsPerSample" "Bits Per Sample" "RAF:BlackLevel"
+    "Black Level" "RAF:ChromaticAberrationParams" "Chromatic Aberration Params" "RAF:FujiLayout"
+    "Fuji Layout" "RAF:GeometricDistortionParams" "Geometric Distortion Params" "RAF:MRAW_0x0003"
+    "MRAW 0x0003" "RAF:MRAW_0x0004" "MRAW 0x0004" "RAF:RawExposureBias" "Raw Exposure Bias"
+    "RAF:RawImageAspectRatio" "Raw Image Aspect Ratio" "RAF:RawImageCropTopLeft"
+    "Raw Image Crop Top Left" "RAF:RawImageCroppedSize" "Raw Image Cropped Size"
+    "RAF:RawImageFullHeight" "Raw Image Full Height" "RAF:RawImageFullSize" "Raw Image Full Size"
+    "RAF:RawImageFullWidth" "Raw Image Full Width" "RAF:RawImageNumber" "Raw Image Number"
+    "RAF:RawImageSize" "Raw Image Size" "RAF:RelativeExposure" "Relative Exposure"
+    "RAF:StripByteCounts" "Strip Byte Counts" "RAF:StripOffsets" "Strip Offsets"
+    "RAF:VignettingParams" "Vignetting Params" "RAF:WB_GRBLevels" "WB GRB Levels"
+    "RAF:WB_GRBLevelsAuto" "WB GRB Levels Auto" "RAF:WB_GRBLevelsStandard" "WB GRB Levels Standard"
+    "RAF:WB_GRGBLevels" "WB GRGB Levels" "RAF:WB_GRGBLevelsAuto" "WB GRGB Levels Auto"
+    "RAF:WB_GRGBLevelsCloudy" "WB GRGB Levels Cloudy" "RAF:WB_GRGBLevelsDayWhiteFluor"
+    "WB GRGB Levels Day White Fluor" "RAF:WB_GRGBLevelsDaylight" "WB GRGB Levels Daylight"
+    "RAF:WB_GRGBLevelsDaylightFluor" "WB GRGB Levels Daylight Fluor"
+    "RAF:WB_GRGBLevelsLivingRoomWarmWhiteFluor" "WB GRGB Levels Living Room Warm White Fluor"
+    "RAF:WB_GRGBLevelsTungsten" "WB GRGB Levels Tungsten" "RAF:WB_GRGBLevelsWarmWhiteFluor"
+    "WB GRGB Levels Warm White Fluor" "RAF:WB_GRGBLevelsWhiteFluorescent"
+    "WB GRGB Levels White Fluorescent" "RAF:XTransLayout" "X-Trans Layout" "每个组件的比特数" "每压缩条带的字节数"
+    "图像数据位置" "Nombre de bits par échantillon" "Niveau noir" "Paramètres d'aberration chromatique"
+    "Mise en page Fuji" "Paramètres de la distorsion géométrique" "Biais d'exposition"
+    "Image RAW recadrée en haut à gauche" "Image RAW taille recadrée"
+    "Hauteur totale de l'image RAW" "Taille totale de l'image RAW" "Largeur total de l'image RAW"
+    "Taille de l'image RAW" "Nombre d'octets dans la bande" "Décalage des bandes"
+    "Paramètres de vignettage" "Balance des Blancs des niveaux VRB"
+    "Balance des Blancs Auto des niveaux VRB" "Balance des Blancs Standard des niveaux VRB"
+    "Balance des Blancs des niveaux VRVB" "Balance des Blancs Auto des niveaux VRVB"
+    "Mise en page X-Trans" "Anzahl der Bits pro Komponente" "Schwarzwert" "RAW-Bildgröße"
+    "Anzahl Bytes pro komprimiertem Bildabschnitt" "Bilddatenposition"
+    "Weißabgleich GRGB-Farbverteilung" "Numero di bit per componente" "Livello del nero"
+    "Dimensione finale immagine raw" "Dimensione immagine raw" "Byte per striscia" "Offset striscia"
+    "コンポーネントのビット数" "黒レベル" "RAWイメージサイズ" "圧縮片のバイト数" "画像データ位置" "WB GRGB レベル"
+    "Número de Bits Por Muestra" "Nivel Negro" "Bytes por Tira Comprimida"
+    "Localización Datos Imagen" "AlphaPreprocessing" "AlphaFiltering" "AlphaCompression"
+    "AnimationLoopCount" "FrameCount" "StreamCount" "AcidizerFlags" "RootNote" "Beats" "Meter"
+    "Tempo" "Encoding" "NumChannels" "SampleRate" "AvgBytesPerSec" "Originator"
+    "OriginatorReference" "TimeReference" "BWFVersion" "BWF_UMID" "CodingHistory" "CodePage"
+    "CountryCode" "LanguageCode" "Dialect" "RIFFSize64" "DataSize64" "NumberOfSamples64"
+    "MakerNotes" "RelatedImageFile" "TimeCreated" "UserComment" "TotalFrameCount" "Rated"
+    "Directory" "SoundSchemeTitle" "ArchivalLocation" "FirstLanguage" "SecondLanguage"
+    "ThirdLanguage" "FourthLanguage" "FifthLanguage" "SixthLanguage" "SeventhLanguage"
+    "EighthLanguage" "NinthLanguage" "BaseURL" "DefaultAudioStream" "CostumeDesigner" "Commissioned"
+    "Cinematographer" "Country" "Cropped" "DotsPerInch" "DistributedBy" "EditedBy" "Engineer"
+    "Lightness" "LogoURL" "LogoIconURL" "MoreInfoBannerImage" "MoreInfoBannerURL" "Medium"
+    "MoreInfoText" "MoreInfoURL" "MusicBy" "ProductionDesigner" "NumColors" "ProducedBy" "RippedBy"
+    "SecondaryGenre" "Sharpness" "SourceForm" "ProductionStudio" "Starring" "Technician"
+    "WatermarkURL" "WrittenBy" "Part" "NumberOfParts" "Rate" "Statistics" "TapeName" "EndTimecode"
+    "Organization" "VegasVersionMajor" "VegasVersionMinor" "UnshiftedNote" "FineTune" "Gain"
+    "LowNote" "HighNote" "LowVelocity" "HighVelocity" "UnknownEXIF" "TextJunk" "OldXMP" "Afsp"
+    "CuePoints" "NumberOfSamples" "Guano" "CuePointLabel" "ListType" "LabeledText" "CuePointNote"
+    "Playlist" "Manufacturer" "SamplePeriod" "MIDIUnityNote" "MIDIPitchFraction" "SMPTEFormat"
+    "SMPTEOffset" "NumSampleLoops" "SamplerDataLen" "SamplerData" "TextFormat" "StreamName"
+    "VendorName" "UnknownData" "StreamType" "Codec" "StreamSampleRate" "AudioSampleCount"
+    "VideoFrameCount" "StreamSampleCount" "Quality" "SampleSize" "VP8Version" "HorizontalScale"
+    "VerticalScale" "WebP_Flags" "48" "54" "55" "56" "57" "58" "59" "60" "61" "62" "63" "65" "66"
+    "67" "68" "69" "70" "71" "80" "81" "82" "83" "85" "89" "96" "97" "98" "99" "255" "259" "273"
+    "274" "288" "289" "291" "293" "306" "307" "308" "309" "310" "320" "336" "337" "341" "352" "353"
+    "354" "355" "356" "368" "369" "370" "371" "372" "373" "374" "375" "376" "384" "514" "515" "528"
+    "533" "534" "544" "560" "576" "577" "592" "593" "608" "624" "625" "626" "627" "640" "641" "645"
+    "768" "769" "770" "771" "772" "773" "774" "775" "776" "848" "849" "2222" "4097" "4098" "4099"
+    "4100" "4352" "4353" "4354" "4355" "4356" "5120" "5121" "5376" "6172" "6174" "6513" "6521"
+    "7175" "7180" "7939" "9472" "13075" "16707" "16897" "16963" "17228" "22092" "22358" "26447"
+    "26448" "26449" "26479" "26480" "26481" "28672" "28781" "31265" "31266" "41216" "41217" "41218"
+    "41219" "41220" "41221" "41222" "41223" "41225" "57260" "59144" "61868" "65534" "auds" "iavs"
+    "mids" "txts" "vids" "RIFF:Accelerometer" "RIFF:AcidizerFlags" "Acidizer Flags"
+    "RIFF:AcidizerFlags:1" "One shot" "RIFF:AcidizerFlags:16" "High octave" "RIFF:AcidizerFlags:2"
+    "Root note set" "RIFF:AcidizerFlags:4" "Stretch" "RIFF:AcidizerFlags:8" "Disk-based" "RIFF:Afsp"
+    "RIFF:AlphaCompression" "Alpha Compression" "RIFF:AlphaCompression:0" "RIFF:AlphaCompression:1"
+    "Lossless" "RIFF:AlphaFiltering" "Alpha Filtering" "RIFF:AlphaFiltering:0"
+    "RIFF:AlphaFiltering:1" "Horizontal" "RIFF:AlphaFiltering:2" "RIFF:AlphaFiltering:3" "Gradient"
+    "RIFF:AlphaPreprocessing" "Alpha Preprocessing" "RIFF:AlphaPreprocessing:0"
+    "RIFF:AlphaPreprocessing:1" "Level Reduction" "RIFF:AnimationLoopCount" "Animation Loop Count"
+    "RIFF:ArchivalLocation" "Archival Location" "RIFF:Artist" "RIFF:AudioCodec"
+    "RIFF:AudioSampleCount" "Audio Sample Count" "RIFF:AudioSampleRate" "RIFF:AvgBytesPerSec"
+    "Avg Bytes Per Sec" "RIFF:BWFVersion" "BWF Version" "RIFF:BWF_UMID" "BWF UMID"
+    "RIFF:BackgroundColor" "RIFF:BaseURL" "Base URL" "RIFF:Beats" "RIFF:BitsPerSample"
+    "RIFF:Cinematographer" "RIFF:CodePage" "Code Page" "RIFF:Codec" "RIFF:CodingHistory"
+    "Coding History" "RIFF:Comment" "RIFF:Comments" "RIFF:Commissioned" "RIFF:Copyright"
+    "RIFF:CostumeDesigner" "Costume Designer" "RIFF:Country" "RIFF:CountryCode" "Country Code"
+    "RIFF:Cropped" "RIFF:CuePointLabel" "Cue Point Label" "RIFF:CuePointNote" "Cue Point Note"
+    "RIFF:CuePoints" "Cue Points" "RIFF:DataSize64" "Data Size 64" "RIFF:DateCreated"
+    "RIFF:DateTimeOriginal" "RIFF:DefaultAudioStream" "Default Audio Stream" "RIFF:Description"
+    "RIFF:Dialect" "RIFF:Dimensions" "RIFF:Directory" "RIFF:DistributedBy" "Distributed By"
+    "RIFF:DotsPerInch" "Dots Per Inch" "RIFF:Duration" "RIFF:EditedBy" "Edited By"
+    "RIFF:EighthLanguage" "Eighth Language" "RIFF:EncodedBy" "RIFF:Encoding" "RIFF:Encoding:1"
+    "Microsoft PCM" "RIFF:Encoding:10" "WMA 9 Speech" "RIFF:Encoding:100" "APICOM G.726 ADPCM"
+    "RIFF:Encoding:101" "APICOM G.722 ADPCM" "RIFF:Encoding:102" "Microsoft DSAT"
+    "RIFF:Encoding:1024" "Brooktree Digital" "RIFF:Encoding:1025" "Intel Music Coder (IMC)"
+    "RIFF:Encoding:1026" "Ligos Indeo Audio" "RIFF:Encoding:103" "Microsoft DSAT DISPLAY"
+    "RIFF:Encoding:105" "Voxware Byte Aligned" "RIFF:Encoding:11" "Microsoft Windows Media RT Voice"
+    "RIFF:Encoding:1104" "QDesign Music" "RIFF:Encoding:112" "Voxware AC8" "RIFF:Encoding:113"
+    "Voxware AC10" "RIFF:Encoding:114" "Voxware AC16" "RIFF:Encoding:115" "Voxware AC20"
+    "RIFF:Encoding:116" "Voxware MetaVoice" "RIFF:Encoding:117" "Voxware MetaSound"
+    "RIFF:Encoding:118" "Voxware RT29HW" "RIFF:Encoding:119" "Voxware VR12" "RIFF:Encoding:120"
+    "Voxware VR18" "RIFF:Encoding:121" "Voxware TQ40" "RIFF:Encoding:122" "Voxware SC3"
+    "RIFF:Encoding:123" "RIFF:Encoding:128" "Soundsoft" "RIFF:Encoding:1280"
+    "On2 VP7 On2 Technologies" "RIFF:Encoding:1281" "On2 VP6 On2 Technologies" "RIFF:Encoding:129"
+    "Voxware TQ60" "RIFF:Encoding:130" "Microsoft MSRT24" "RIFF:Encoding:13075"
+    "makeAVIS (ffvfw fake AVI sound from AviSynth scripts)" "RIFF:Encoding:131" "AT&T G.729A"
+    "RIFF:Encoding:132" "Motion Pixels MVI MV12" "RIFF:Encoding:133" "DataFusion G.726"
+    "RIFF:Encoding:134" "DataFusion GSM610" "RIFF:Encoding:136" "Iterated Systems Audio"
+    "RIFF:Encoding:137" "Onlive" "RIFF:Encoding:138" "Multitude, Inc. FT SX20" "RIFF:Encoding:139"
+    "Infocom ITS A/S G.721 ADPCM" "RIFF:Encoding:140" "Convedia G729" "RIFF:Encoding:141"
+    "Not specified congruency, Inc." "RIFF:Encoding:145" "Siemens SBC24" "RIFF:Encoding:146"
+    "Sonic Foundry Dolby AC3 APDIF" "RIFF:Encoding:147" "MediaSonic G.723" "RIFF:Encoding:148"
+    "Aculab Prosody 8kbps" "RIFF:Encoding:151" "ZyXEL ADPCM" "RIFF:Encoding:152" "Philips LPCBB"
+    "RIFF:Encoding:153" "Studer Professional Audio Packed" "RIFF:Encoding:16" "OKI-ADPCM"
+    "RIFF:Encoding:160" "Malden PhonyTalk" "RIFF:Encoding:161" "Racal Recorder GSM"
+    "RIFF:Encoding:162" "Racal Recorder G720.a" "RIFF:Encoding:163" "Racal G723.1"
+    "RIFF:Encoding:164" "Racal Tetra ACELP" "RIFF:Encoding:1664" "AT&T VME VMPCM"
+    "RIFF:Encoding:1665" "AT&T TCP" "RIFF:Encoding:16707" "Divio MPEG-4 AAC audio"
+    "RIFF:Encoding:16897" "Nokia adaptive multirate" "RIFF:Encoding:16963" "Divio G726 Divio, Inc."
+    "RIFF:Encoding:17" "Intel IMA/DVI-ADPCM" "RIFF:Encoding:17228" "LEAD Speech" "RIFF:Encoding:176"
+    "NEC AAC NEC Corporation" "RIFF:Encoding:1792" "YMPEG Alpha (dummy for MPEG-2 compressor)"
+    "RIFF:Encoding:18" "Videologic Mediaspace ADPCM" "RIFF:Encoding:19" "Sierra ADPCM"
+    "RIFF:Encoding:2" "Microsoft ADPCM" "RIFF:Encoding:20" "Antex G.723 ADPCM" "RIFF:Encoding:21"
+    "DSP Solutions DIGISTD" "RIFF:Encoding:22" "DSP Solutions DIGIFIX" "RIFF:Encoding:22092"
+    "LEAD Vorbis" "RIFF:Encoding:2222" "ClearJump LiteWave (lossless)" "RIFF:Encoding:22358"
+    "WavPack Audio" "RIFF:Encoding:23" "Dialoic OKI ADPCM" "RIFF:Encoding:24" "Media Vision ADPCM"
+    "RIFF:Encoding:25" "HP CU" "RIFF:Encoding:255" "AAC" "RIFF:Encoding:256" "Rhetorex ADPCM"
+    "RIFF:Encoding:257" "IBM u-Law" "RIFF:Encoding:258" "IBM a-Law" "RIFF:Encoding:259" "IBM ADPCM"
+    "RIFF:Encoding:26" "HP Dynamic Voice" "RIFF:Encoding:26447" "Ogg Vorbis (mode 1)"
+    "RIFF:Encoding:26448" "Ogg Vorbis (mode 2)" "RIFF:Encoding:26449" "Ogg Vorbis (mode 3)"
+    "RIFF:Encoding:26479" "Ogg Vorbis (mode 1+)" "RIFF:Encoding:26480" "Ogg Vorbis (mode 2+)"
+    "RIFF:Encoding:26481" "Ogg Vorbis (mode 3+)" "RIFF:Encoding:273" "Vivo G.723"
+    "RIFF:Encoding:274" "Vivo Siren" "RIFF:Encoding:28672" "3COM NBX 3Com Corporation"
+    "RIFF:Encoding:28781" "FAAD AAC" "RIFF:Encoding:288" "Philips Speech Processing CELP"
+    "RIFF:Encoding:289" "Philips Speech Processing GRUNDIG" "RIFF:Encoding:291" "Digital G.723"
+    "RIFF:Encoding:293" "Sanyo LD ADPCM" "RIFF:Encoding:3" "Microsoft IEEE float"
+    "RIFF:Encoding:304" "Sipro Lab ACEPLNET" "RIFF:Encoding:305" "Sipro Lab ACELP4800"
+    "RIFF:Encoding:306" "Sipro Lab ACELP8V3" "RIFF:Encoding:307" "Sipro Lab G.729"
+    "RIFF:Encoding:308" "Sipro Lab G.729A" "RIFF:Encoding:309" "Sipro Lab Kelvin"
+    "RIFF:Encoding:310" "VoiceAge AMR" "RIFF:Encoding:31265" "GSM-AMR (CBR, no SID)"
+    "RIFF:Encoding:31266" "GSM-AMR (VBR, including SID)" "RIFF:Encoding:32" "Yamaha ADPCM"
+    "RIFF:Encoding:320" "Dictaphone G.726 ADPCM" "RIFF:Encoding:33" "SONARC Speech Compression"
+    "RIFF:Encoding:336" "Qualcomm PureVoice" "RIFF:Encoding:337" "Qualcomm HalfRate"
+    "RIFF:Encoding:34" "DSP Group True Speech" "RIFF:Encoding:341" "Ring Zero Systems TUBGSM"
+    "RIFF:Encoding:35" "Echo Speech Corp." "RIFF:Encoding:352" "Microsoft Audio1"
+    "RIFF:Encoding:353" "Windows Media Audio V2 V7 V8 V9 / DivX audio (WMA) / Alex AC3 Audio"
+    "RIFF:Encoding:354" "Windows Media Audio Professional V9" "RIFF:Encoding:355"
+    "Windows Media Audio Lossless V9" "RIFF:Encoding:356" "WMA Pro over S/PDIF" "RIFF:Encoding:36"
+    "Virtual Music Audiofile AF36" "RIFF:Encoding:368" "UNISYS NAP ADPCM" "RIFF:Encoding:369"
+    "UNISYS NAP ULAW" "RIFF:Encoding:37" "Audio Processing Tech." "RIFF:Encoding:370"
+    "UNISYS NAP ALAW" "RIFF:Encoding:371" "UNISYS NAP 16K" "RIFF:Encoding:372"
+    "MM SYCOM ACM SYC008 SyCom Technologies" "RIFF:Encoding:373"
+    "MM SYCOM ACM SYC701 G726L SyCom Technologies" "RIFF:Encoding:374"
+    "MM SYCOM ACM SYC701 CELP54 SyCom Technologies" "RIFF:Encoding:375"
+    "MM SYCOM ACM SYC701 CELP68 SyCom Technologies" "RIFF:Encoding:376" "Knowledge Adventure ADPCM"
+    "RIFF:Encoding:38" "Virtual Music Audiofile AF10" "RIFF:Encoding:384" "Fraunhofer IIS MPEG2AAC"
+    "RIFF:Encoding:39" "Aculab Prosody 1612" "RIFF:Encoding:4" "Compaq VSELP" "RIFF:Encoding:40"
+    "Merging Tech. LRC" "RIFF:Encoding:400" "Digital Theater Systems DTS DS" "RIFF:Encoding:4096"
+    "Olivetti GSM" "RIFF:Encoding:4097" "Olivetti ADPCM" "RIFF:Encoding:4098" "Olivetti CELP"
+    "RIFF:Encoding:4099" "Olivetti SBC" "RIFF:Encoding:4100" "Olivetti OPR" "RIFF:Encoding:41216"
+    "Comverse Infosys Ltd. G723 1" "RIFF:Encoding:41217" "Comverse Infosys Ltd. AVQSBC"
+    "RIFF:Encoding:41218" "Comverse Infosys Ltd. OLDSBC" "RIFF:Encoding:41219"
+    "Symbol Technologies G729A" "RIFF:Encoding:41220" "VoiceAge AMR WB VoiceAge Corporation"
+    "RIFF:Encoding:41221" "Ingenient Technologies Inc. G726" "RIFF:Encoding:41222"
+    "ISO/MPEG-4 advanced audio Coding" "RIFF:Encoding:41223" "Encore Software Ltd G726"
+    "RIFF:Encoding:41225" "Speex ACM Codec xiph.org" "RIFF:Encoding:4352" "Lernout & Hauspie"
+    "RIFF:Encoding:4353" "Lernout & Hauspie CELP codec" "RIFF:Encoding:4354"
+    "Lernout & Hauspie SBC codec" "RIFF:Encoding:4355" "RIFF:Encoding:4356" "RIFF:Encoding:48"
+    "Dolby AC2" "RIFF:Encoding:49" "Microsoft GSM610" "RIFF:Encoding:5" "IBM CVSD"
+    "RIFF:Encoding:50" "MSN Audio" "RIFF:Encoding:51" "Antex ADPCME" "RIFF:Encoding:512"
+    "Creative Labs ADPCM" "RIFF:Encoding:5120" "Norris Comm. Inc." "RIFF:Encoding:5121" "ISIAudio"
+    "RIFF:Encoding:514" "Creative Labs FASTSPEECH8" "RIFF:Encoding:515" "Creative Labs FASTSPEECH10"
+    "RIFF:Encoding:52" "Control Resources VQLPC" "RIFF:Encoding:528" "UHER ADPCM" "RIFF:Encoding:53"
+    "DSP Solutions DIGIREAL" "RIFF:Encoding:533" "Ulead DV ACM" "RIFF:Encoding:534"
+    "RIFF:Encoding:5376" "AT&T Soundspace Music Compression" "RIFF:Encoding:54"
+    "DSP Solutions DIGIADPCM" "RIFF:Encoding:544" "Quarterdeck Corp." "RIFF:Encoding:55"
+    "Control Resources CR10" "RIFF:Encoding:56" "Natural MicroSystems VBX ADPCM" "RIFF:Encoding:560"
+    "I-Link VC" "RIFF:Encoding:57" "Crystal Semiconductor IMA ADPCM" "RIFF:Encoding:57260"
+    "DebugMode SonicFoundry Vegas FrameServer ACM Codec" "RIFF:Encoding:576"
+    "Aureal Semiconductor Raw Sport" "RIFF:Encoding:577" "ESST AC3" "RIFF:Encoding:58"
+    "Echo Speech ECHOSC3" "RIFF:Encoding:59" "Rockwell ADPCM" "RIFF:Encoding:59144" "Unknown -"
+    "RIFF:Encoding:592" "Interactive Products HSX" "RIFF:Encoding:593" "Interactive Products RPELP"
+    "RIFF:Encoding:6" "Microsoft a-Law" "RIFF:Encoding:60" "Rockwell DIGITALK" "RIFF:Encoding:608"
+    "Consistent CS2" "RIFF:Encoding:61" "Xebec Multimedia" "RIFF:Encoding:6172"
+    "VoxWare RT24 speech codec" "RIFF:Encoding:6174" "Lucent elemedia AX24000P Music codec"
+    "RIFF:Encoding:61868" "Free Lossless Audio Codec FLAC" "RIFF:Encoding:624" "Sony SCX"
+    "RIFF:Encoding:625" "Sony SCY" "RIFF:Encoding:626" "Sony ATRAC3" "RIFF:Encoding:627" "Sony SPC"
+    "RIFF:Encoding:64" "Antex G.721 ADPCM" "RIFF:Encoding:640" "TELUM Telum Inc."
+    "RIFF:Encoding:641" "TELUMIA Telum Inc." "RIFF:Encoding:645" "Norcom Voice Systems ADPCM"
+    "RIFF:Encoding:65" "Antex G.728 CELP" "RIFF:Encoding:6513" "Sonic Foundry LOSSLESS"
+    "RIFF:Encoding:6521" "Innings Telecom Inc. ADPCM" "RIFF:Encoding:65534" "Extensible"
+    "RIFF:Encoding:65535" "Development" "RIFF:Encoding:66" "Microsoft MSG723" "RIFF:Encoding:67"
+    "IBM AVC ADPCM" "RIFF:Encoding:69" "ITU-T G.726" "RIFF:Encoding:7" "Microsoft u-Law"
+    "RIFF:Encoding:7175" "Lucent SX8300P speech codec" "RIFF:Encoding:7180"
+    "Lucent SX5363S G.723 compliant codec" "RIFF:Encoding:768" "Fujitsu FM TOWNS SND"
+    "RIFF:Encoding:769" "Fujitsu (not specified)" "RIFF:Encoding:770" "RIFF:Encoding:771"
+    "RIFF:Encoding:772" "RIFF:Encoding:773" "RIFF:Encoding:774" "RIFF:Encoding:775"
+    "RIFF:Encoding:776" "RIFF:Encoding:7939" "CUseeMe DigiTalk (ex-Rocwell)" "RIFF:Encoding:8"
+    "Microsoft DTS" "RIFF:Encoding:80" "Microsoft MPEG" "RIFF:Encoding:81" "RT23 or PAC"
+    "RIFF:Encoding:8132" "NCT Soft ALF2CD ACM" "RIFF:Encoding:8192" "FAST Multimedia DVM"
+    "RIFF:Encoding:8193" "Dolby DTS (Digital Theater System)" "RIFF:Encoding:8194"
+    "RealAudio 1 / 2 14.4" "RIFF:Encoding:8195" "RealAudio 1 / 2 28.8" "RIFF:Encoding:8196"
+    "RealAudio G2 / 8 Cook (low bitrate)" "RIFF:Encoding:8197" "RealAudio 3 / 4 / 5 Music (DNET)"
+    "RIFF:Encoding:8198" "RealAudio 10 AAC (RAAC)" "RIFF:Encoding:8199" "RealAudio 10 AAC+ (RACP)"
+    "RIFF:Encoding:82" "InSoft RT24" "RIFF:Encoding:83" "InSoft PAC" "RIFF:Encoding:848"
+    "Micronas Semiconductors, Inc. Development" "RIFF:Encoding:849"
+    "Micronas Semiconductors, Inc. CELP833" "RIFF:Encoding:85" "MP3" "RIFF:Encoding:89" "Cirrus"
+    "RIFF:Encoding:9" "DRM" "RIFF:Encoding:9472" "Reserved range to 0x2600 Microsoft"
+    "RIFF:Encoding:96" "Cirrus Logic" "RIFF:Encoding:97" "ESS Tech. PCM" "RIFF:Encoding:98"
+    "Voxware Inc." "RIFF:Encoding:99" "Canopus ATRAC" "RIFF:EndTimecode" "End Timecode"
+    "RIFF:Engineer" "RIFF:ExifVersion" "RIFF:FifthLanguage" "Fifth Language" "RIFF:FineTune"
+    "Fine Tune" "RIFF:FirstLanguage" "First Language" "RIFF:FourthLanguage" "Fourth Language"
+    "RIFF:FrameCount" "Frame Count" "RIFF:FrameRate" "RIFF:GPSAltitude" "RIFF:GPSDateTime"
+    "RIFF:GPSLatitude" "RIFF:GPSLongitude" "RIFF:GPSSpeed" "RIFF:Gain" "RIFF:Genre" "RIFF:Guano"
+    "RIFF:HighNote" "High Note" "RIFF:HighVelocity" "High Velocity" "RIFF:HorizontalScale"
+    "Horizontal Scale" "RIFF:ImageHeight" "RIFF:ImageWidth" "RIFF:Keywords" "RIFF:LabeledText"
+    "Labeled Text" "RIFF:Language" "RIFF:LanguageCode" "Language Code" "RIFF:Length"
+    "RIFF:Lightness" "RIFF:ListType" "List Type" "RIFF:Location" "RIFF:LogoIconURL" "Logo Icon URL"
+    "RIFF:LogoURL" "Logo URL" "RIFF:LowNote" "Low Note" "RIFF:LowVelocity" "Low Velocity"
+    "RIFF:MIDIPitchFraction" "MIDI Pitch Fraction" "RIFF:MIDIUnityNote" "MIDI Unity Note"
+    "RIFF:Make" "RIFF:MakerNotes" "Maker Notes" "RIFF:Manufacturer" "RIFF:MaxDataRate" "RIFF:Medium"
+    "RIFF:Meter" "RIFF:Model" "Camera Model Name" "RIFF:MoreInfoBannerImage"
+    "More Info Banner Image" "RIFF:MoreInfoBannerURL" "More Info Banner URL" "RIFF:MoreInfoText"
+    "More Info Text" "RIFF:MoreInfoURL" "More Info URL" "RIFF:MusicBy" "Music By"
+    "RIFF:NinthLanguage" "Ninth Language" "RIFF:NumChannels" "Num Channels" "RIFF:NumColors"
+    "Num Colors" "RIFF:NumSampleLoops" "Num Sample Loops" "RIFF:NumberOfParts" "Number Of Parts"
+    "RIFF:NumberOfSamples" "Number Of Samples" "RIFF:NumberOfSamples64" "Number Of Samples 64"
+    "RIFF:OldXMP" "Old XMP" "RIFF:Organization" "RIFF:Originator" "RIFF:OriginatorReference"
+    "Originator Reference" "RIFF:Part" "RIFF:Playlist" "RIFF:ProducedBy" "Produced By"
+    "RIFF:Product" "RIFF:ProductionDesigner" "Production Designer" "RIFF:ProductionStudio"
+    "Production Studio" "RIFF:Quality" "RIFF:RIFFSize64" "RIFF Size 64" "RIFF:Rate" "RIFF:Rated"
+    "RIFF:Rating" "RIFF:RelatedImageFile" "Related Image File" "RIFF:RippedBy" "Ripped By"
+    "RIFF:RootNote" "Root Note" "RIFF:RootNote:48" "C" "RIFF:RootNote:49" "C#" "RIFF:RootNote:50"
+    "D" "RIFF:RootNote:51" "D#" "RIFF:RootNote:52" "E" "RIFF:RootNote:53" "F" "RIFF:RootNote:54"
+    "F#" "RIFF:RootNote:55" "G" "RIFF:RootNote:56" "G#" "RIFF:RootNote:57" "A" "RIFF:RootNote:58"
+    "A#" "RIFF:RootNote:59" "B" "RIFF:RootNote:60" "High C" "RIFF:RootNote:61" "High C#"
+    "RIFF:RootNote:62" "High D" "RIFF:RootNote:63" "High D#" "RIFF:RootNote:64" "High E"
+    "RIFF:RootNote:65" "High F" "RIFF:RootNote:66" "High F#" "RIFF:RootNote:67" "High G"
+    "RIFF:RootNote:68" "High G#" "RIFF:RootNote:69" "High A" "RIFF:RootNote:70" "High A#"
+    "RIFF:RootNote:71" "High B" "RIFF:SMPTEFormat" "SMPTE Format" "RIFF:SMPTEFormat:0"
+    "RIFF:SMPTEFormat:24" "24 fps" "RIFF:SMPTEFormat:25" "25 fps" "RIFF:SMPTEFormat:29" "29 fps"
+    "RIFF:SMPTEFormat:30" "30 fps" "RIFF:SMPTEOffset" "SMPTE Offset" "RIFF:SamplePeriod"
+    "Sample Period" "RIFF:SampleRate" "Sample Rate" "RIFF:SampleSize" "Sample Size"
+    "RIFF:SamplerData" "Sampler Data" "RIFF:SamplerDataLen" "Sampler Data Len" "RIFF:SecondLanguage"
+    "Second Language" "RIFF:SecondaryGenre" "Secondary Genre" "RIFF:SeventhLanguage"
+    "Seventh Language" "RIFF:Sharpness" "RIFF:SixthLanguage" "Sixth Language" "RIFF:Software"
+    "RIFF:SoundSchemeTitle" "Sound Scheme Title" "RIFF:Source" "RIFF:SourceForm" "Source Form"
+    "RIFF:Starring" "RIFF:StartTimecode" "RIFF:Statistics" "RIFF:Statistics:0" "Bad"
+    "RIFF:Statistics:1" "OK" "RIFF:StreamCount" "Stream Count" "RIFF:StreamName" "Stream Name"
+    "RIFF:StreamSampleCount" "Stream Sample Count" "RIFF:StreamSampleRate" "Stream Sample Rate"
+    "RIFF:StreamType" "Stream Type" "RIFF:StreamType:auds" "Audio" "RIFF:StreamType:iavs"
+    "Interleaved Audio+Video" "RIFF:StreamType:mids" "MIDI" "RIFF:StreamType:txts"
+    "RIFF:StreamType:vids" "Video" "RIFF:Subject" "RIFF:TapeName" "Tape Name" "RIFF:Technician"
+    "RIFF:Tempo" "RIFF:Text" "RIFF:TextFormat" "Text Format" "RIFF:TextJunk" "Text Junk"
+    "RIFF:ThirdLanguage" "Third Language" "RIFF:TimeCode" "RIFF:TimeCreated" "Time Created"
+    "RIFF:TimeReference" "Time Reference" "RIFF:Title" "RIFF:TotalFrameCount" "Total Frame Count"
+    "RIFF:TrackNumber" "RIFF:URL" "RIFF:UnknownData" "Unknown Data" "RIFF:UnknownEXIF"
+    "Unknown EXIF" "RIFF:UnshiftedNote" "Unshifted Note" "RIFF:UserComment" "User Comment"
+    "RIFF:VP8Version" "VP8 Version" "RIFF:VP8Version:0" "0 (bicubic reconstruction, normal loop)"
+    "RIFF:VP8Version:1" "1 (bilinear reconstruction, simple loop)" "RIFF:VP8Version:2"
+    "2 (bilinear reconstruction, no loop)" "RIFF:VP8Version:3" "3 (no reconstruction, no loop)"
+    "RIFF:VegasVersionMajor" "Vegas Version Major" "RIFF:VegasVersionMinor" "Vegas Version Minor"
+    "RIFF:VendorName" "Vendor Name" "RIFF:Version" "RIFF:VerticalScale" "Vertical Scale"
+    "RIFF:VideoCodec" "RIFF:VideoFrameCount" "Video Frame Count" "RIFF:VideoFrameRate"
+    "RIFF:WatermarkURL" "Watermark URL" "RIFF:WebP_Flags" "WebP Flags" "RIFF:WebP_Flags:16"
+    "RIFF:WebP_Flags:2" "Animation" "RIFF:WebP_Flags:32" "ICC Profile" "RIFF:WebP_Flags:4" "XMP"
+    "RIFF:WebP_Flags:8" "EXIF" "RIFF:WrittenBy" "Written By" "RIFF:Year" "国家" "文件存储位置" "明暗度" "制造商记录"
+    "图像质量" "锐度" "用户注释" "URL de référence" "Pays" "Code pays" "Répertoire" "Code langue"
+    "Notes fabricant" "Nombre de canaux" "Nombre de couleurs" "Qualité" "Netteté"
+    "Heure de création" "Commentaire de l'utilisateur" "URL du filigrane" "Indicateurs WebP"
+    "Profil ICC" "Exif" "Basis URL" "Land" "ISO-Ländercode" "Verzeichnis" "Unbekannt -"
+    "Graustufung" "Hinweise des Herstellers" "Mittelgroß" "Anzahl Kanäle" "Anzahl Farben"
+    "Organisation" "Qualität" "Schärfe" "Erstellungszeit" "Benutzerkommentar" "Paese"
+    "Posizione file" "Codifica" "Musica QDesign" "Sconosciuto -" "Codice lingua" "Luce"
+    "Note produttore" "Numero canali" "Qualità" "Frequenza campionamento" "Dimensione campione"
+    "Nitidezza" "Ora di Creazione" "Commento utente" "国名" "撮影国コード" "ファイルの場所" "明度" "メーカーノート" "ミドル"
+    "品質" "シャープネス" "作成時間" "ユーザーコメント" "País" "Código País" "Ubicación del Fichero" "Luminosidad"
+    "Notas del Fabricante" "Número Canales" "Número de colores" "Calidad" "Frecuencia muestreo"
+    "Tamaño muestra" "Nitidez" "Hora Creación" "Comentarios Usuario" "ApplicationMissingMsg"
+    "CreatorApplication" "OpenWithApplication" "ApplicationVersion" "RSRC:ApplicationMissingMsg"
+    "Application Missing Msg" "RSRC:ApplicationVersion" "Application Version"
+    "RSRC:CreatorApplication" "Creator Application" "RSRC:Description" "RSRC:Keywords"
+    "RSRC:OpenWithApplication" "Open With Application" "Application du créateur"
     "Ersteller der Applikation";
 
 // QuickTime: 1034 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsQuickTime[] = {
-    {{0, 8}, TagType::image_b64, 10, 0, 0, 0},
-    {{8, 12}, TagType::string, 0, 0, 0, 0},
-    {{20, 11}, TagType::string, 2, 0, 0, 0},
-    {{31, 5}, TagType::string, 2, 0, 0, 0},
-    {{36, 6}, TagType::string, 2, 0, 0, 0},
-    {{42, 7}, TagType::string, 2, 0, 0, 0},
-    {{49, 5}, TagType::string, 2, 0, 0, 0},
-    {{54, 8}, TagType::string, 2, 0, 0, 0},
-    {{62, 11}, TagType::string, 0, 0, 0, 0},
-    {{73, 5}, TagType::string, 2, 0, 0, 0},
-    {{78, 4}, TagType::string, 2, 0, 0, 0},
-    {{82, 15}, TagType::string, 0, 0, 0, 0},
-    {{97, 11}, TagType::string, 0, 0, 0, 0},
-    {{108, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{121, 17}, TagType::string, 26, 0, 0, 0},
-    {{138, 8}, TagType::string, 0, 0, 0, 0},
-    {{146, 15}, TagType::string, 0, 0, 0, 0},
-    {{161, 18}, TagType::string, 0, 0, 0, 0},
-    {{179, 20}, TagType::string, 0, 0, 0, 0},
-    {{199, 19}, TagType::string, 0, 0, 0, 0},
-    {{218, 24}, TagType::string, 0, 0, 0, 0},
-    {{242, 27}, TagType::string, 0, 0, 0, 0},
-    {{269, 20}, TagType::string, 0, 0, 0, 0},
-    {{289, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{296, 18}, TagType::string, 0, 0, 0, 0},
-    {{314, 19}, TagType::string, 0, 0, 0, 0},
-    {{333, 18}, TagType::string, 0, 0, 0, 0},
-    {{351, 12}, TagType::string, 0, 0, 0, 0},
-    {{363, 11}, TagType::string, 0, 4, 0, 0},
-    {{374, 6}, TagType::string, 2, 0, 0, 0},
-    {{380, 15}, TagType::string, 0, 0, 0, 0},
-    {{395, 12}, TagType::string, 0, 0, 0, 0},
-    {{407, 7}, TagType::string, 0, 0, 0, 0},
-    {{414, 6}, TagType::string, 0, 0, 0, 0},
-    {{420, 10}, TagType::string, 0, 0, 0, 0},
-    {{430, 14}, TagType::string, 0, 0, 0, 0},
-    {{444, 11}, TagType::string, 0, 0, 0, 0},
-    {{455, 18}, TagType::string, 0, 0, 0, 0},
-    {{473, 11}, TagType::string, 0, 0, 0, 0},
-    {{484, 8}, TagType::string, 0, 0, 0, 0},
-    {{492, 26}, TagType::string, 0, 0, 0, 0},
-    {{518, 9}, TagType::string, 2, 0, 0, 0},
-    {{527, 5}, TagType::string, 0, 0, 0, 0},
-    {{532, 14}, TagType::string, 0, 0, 0, 0},
-    {{546, 13}, TagType::string, 0, 0, 0, 0},
-    {{559, 13}, TagType::string, 0, 0, 0, 0},
-    {{572, 24}, TagType::string, 0, 0, 0, 0},
-    {{596, 8}, TagType::string, 0, 0, 0, 0},
-    {{604, 10}, TagType::string, 0, 0, 0, 0},
-    {{614, 10}, TagType::string, 0, 0, 0, 0},
-    {{624, 5}, TagType::string, 0, 0, 0, 0},
-    {{629, 11}, TagType::string, 2, 0, 0, 0},
-    {{640, 13}, TagType::string, 0, 0, 0, 0},
-    {{653, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{661, 5}, TagType::string, 0, 0, 0, 0},
-    {{666, 8}, TagType::string, 0, 0, 0, 0},
-    {{674, 8}, TagType::string, 0, 0, 0, 0},
-    {{682, 9}, TagType::string, 0, 0, 0, 0},
-    {{691, 6}, TagType::string, 0, 0, 0, 0},
-    {{697, 9}, TagType::string, 0, 0, 0, 0},
-    {{706, 9}, TagType::string, 0, 0, 0, 0},
-    {{715, 13}, TagType::string, 0, 0, 0, 0},
-    {{728, 5}, TagType::string, 0, 0, 0, 0},
-    {{733, 11}, TagType::string, 0, 0, 0, 0},
-    {{744, 13}, TagType::string, 0, 0, 0, 0},
-    {{757, 9}, TagType::string, 0, 0, 0, 0},
-    {{766, 11}, TagType::string, 0, 0, 0, 0},
-    {{777, 8}, TagType::string, 0, 0, 0, 0},
-    {{785, 17}, TagType::string, 0, 0, 0, 0},
-    {{802, 9}, TagType::int8s, 2, 0, 0, 11},
-    {{811, 10}, TagType::string, 0, 0, 0, 0},
-    {{821, 8}, TagType::string, 0, 0, 0, 0},
-    {{829, 9}, TagType::string, 0, 0, 0, 0},
-    {{838, 9}, TagType::string, 0, 0, 0, 0},
-    {{847, 17}, TagType::string, 0, 0, 0, 0},
-    {{864, 17}, TagType::string, 0, 0, 0, 0},
-    {{881, 13}, TagType::string, 0, 0, 0, 0},
-    {{894, 8}, TagType::string, 0, 0, 0, 0},
-    {{902, 15}, TagType::string, 0, 0, 0, 0},
-    {{917, 11}, TagType::string, 0, 0, 0, 0},
-    {{928, 9}, TagType::string, 0, 0, 0, 0},
-    {{937, 11}, TagType::string, 0, 0, 0, 0},
-    {{948, 9}, TagType::string, 0, 0, 0, 0},
-    {{957, 13}, TagType::string, 0, 0, 0, 0},
-    {{970, 16}, TagType::string, 0, 0, 0, 0},
-    {{986, 18}, TagType::string, 0, 0, 0, 0},
-    {{1004, 17}, TagType::string, 0, 0, 0, 0},
-    {{1021, 22}, TagType::string, 0, 0, 0, 0},
-    {{1043, 25}, TagType::string, 0, 0, 0, 0},
-    {{1068, 11}, TagType::datetimez, 2, 0, 0, 0},
-    {{1079, 14}, TagType::string, 0, 0, 0, 0},
-    {{1093, 16}, TagType::string, 0, 0, 0, 0},
-    {{1109, 15}, TagType::string, 0, 0, 0, 0},
-    {{1124, 20}, TagType::string, 0, 0, 0, 0},
-    {{1144, 23}, TagType::string, 0, 0, 0, 0},
-    {{1167, 12}, TagType::string, 0, 0, 0, 0},
-    {{1179, 14}, TagType::string, 0, 0, 0, 0},
-    {{1193, 9}, TagType::string, 0, 0, 0, 0},
-    {{1202, 7}, TagType::string, 0, 0, 0, 0},
-    {{1209, 6}, TagType::string, 0, 0, 0, 0},
-    {{1215, 6}, TagType::string, 0, 0, 0, 0},
-    {{1221, 6}, TagType::string, 0, 0, 0, 0},
-    {{1227, 6}, TagType::string, 0, 0, 0, 0},
-    {{1233, 6}, TagType::string, 0, 0, 0, 0},
-    {{1239, 6}, TagType::string, 0, 0, 0, 0},
-    {{1245, 6}, TagType::string, 0, 0, 0, 0},
-    {{1251, 6}, TagType::string, 0, 0, 0, 0},
-    {{1257, 6}, TagType::string, 0, 0, 0, 0},
-    {{1263, 6}, TagType::string, 0, 0, 0, 0},
-    {{1269, 6}, TagType::string, 0, 0, 0, 0},
-    {{1275, 6}, TagType::string, 0, 0, 0, 0},
-    {{1281, 6}, TagType::string, 0, 0, 0, 0},
-    {{1287, 6}, TagType::string, 0, 0, 0, 0},
-    {{1293, 6}, TagType::string, 0, 0, 0, 0},
-    {{1299, 6}, TagType::string, 0, 0, 0, 0},
-    {{1305, 8}, TagType::string, 0, 0, 0, 0},
-    {{1313, 9}, TagType::string, 0, 0, 0, 0},
-    {{1322, 9}, TagType::string, 0, 0, 0, 0},
-    {{1331, 14}, TagType::string, 0, 0, 0, 0},
-    {{1345, 13}, TagType::string, 0, 0, 0, 0},
-    {{1358, 10}, TagType::string, 0, 0, 0, 0},
-    {{1368, 11}, TagType::string, 0, 0, 0, 0},
-    {{1379, 11}, TagType::string, 0, 0, 0, 0},
-    {{1390, 19}, TagType::string, 0, 0, 0, 0},
-    {{1409, 18}, TagType::string, 0, 0, 0, 0},
-    {{1427, 13}, TagType::string, 0, 0, 0, 0},
-    {{1440, 22}, TagType::string, 0, 0, 0, 0},
-    {{1462, 20}, TagType::string, 0, 0, 0, 0},
-    {{1482, 20}, TagType::string, 0, 0, 0, 0},
-    {{1502, 18}, TagType::string, 0, 0, 0, 0},
-    {{1520, 20}, TagType::string, 0, 0, 0, 0},
-    {{1540, 20}, TagType::string, 0, 0, 0, 0},
-    {{1560, 10}, TagType::string, 2, 0, 0, 0},
-    {{1570, 17}, TagType::string, 0, 0, 0, 0},
-    {{1587, 12}, TagType::string, 0, 0, 0, 0},
-    {{1599, 11}, TagType::string, 0, 0, 0, 0},
-    {{1610, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{1624, 22}, TagType::string, 0, 0, 0, 0},
-    {{1646, 23}, TagType::string, 0, 0, 0, 0},
-    {{1669, 12}, TagType::date, 2, 0, 0, 0},
-    {{1681, 7}, TagType::int32s, 2, 0, 11, 2642},
-    {{1688, 8}, TagType::string, 0, 0, 0, 0},
-    {{1696, 6}, TagType::string, 2, 0, 0, 0},
-    {{1702, 4}, TagType::string, 0, 0, 0, 0},
-    {{1706, 30}, TagType::string, 0, 0, 0, 0},
-    {{1736, 20}, TagType::string, 0, 0, 0, 0},
-    {{1756, 16}, TagType::string, 0, 0, 0, 0},
-    {{1772, 14}, TagType::string, 0, 0, 0, 0},
-    {{1786, 14}, TagType::string, 0, 0, 0, 0},
-    {{1800, 13}, TagType::string, 0, 0, 0, 0},
-    {{1813, 16}, TagType::int64u, 2, 0, 0, 0},
-    {{1829, 19}, TagType::string, 0, 0, 0, 0},
-    {{1848, 21}, TagType::string, 0, 0, 0, 0},
-    {{1869, 11}, TagType::string, 2, 0, 0, 0},
-    {{1880, 20}, TagType::string, 0, 0, 0, 0},
-    {{1900, 14}, TagType::string, 0, 0, 0, 0},
-    {{1914, 11}, TagType::string, 0, 0, 0, 0},
-    {{1925, 10}, TagType::string, 0, 0, 0, 0},
-    {{1935, 19}, TagType::string, 0, 0, 0, 0},
-    {{1954, 14}, TagType::string, 0, 0, 0, 0},
-    {{1968, 11}, TagType::string, 0, 0, 0, 0},
-    {{1979, 25}, TagType::string, 0, 0, 0, 0},
-    {{2004, 26}, TagType::string, 0, 0, 0, 0},
-    {{2030, 10}, TagType::string, 0, 0, 0, 0},
-    {{2040, 8}, TagType::string, 0, 0, 0, 0},
-    {{2048, 9}, TagType::string, 0, 0, 0, 0},
-    {{2057, 8}, TagType::string, 0, 0, 0, 0},
-    {{2065, 18}, TagType::string, 0, 0, 0, 0},
-    {{2083, 9}, TagType::string, 0, 0, 0, 0},
-    {{2092, 11}, TagType::string, 0, 0, 0, 0},
-    {{2103, 17}, TagType::string, 0, 0, 0, 0},
-    {{2120, 10}, TagType::string, 0, 0, 0, 0},
-    {{2130, 25}, TagType::string, 0, 0, 0, 0},
-    {{2155, 13}, TagType::string, 0, 0, 0, 0},
-    {{2168, 11}, TagType::string, 0, 0, 0, 0},
-    {{2179, 11}, TagType::string, 0, 0, 0, 0},
-    {{2190, 14}, TagType::string, 2, 0, 0, 0},
-    {{2204, 15}, TagType::string, 0, 0, 0, 0},
-    {{2219, 10}, TagType::string, 0, 0, 0, 0},
-    {{2229, 20}, TagType::string, 0, 0, 0, 0},
-    {{2249, 9}, TagType::string, 0, 0, 0, 0},
-    {{2258, 12}, TagType::string, 0, 0, 0, 0},
-    {{2270, 11}, TagType::string, 0, 0, 0, 0},
-    {{2281, 11}, TagType::string, 0, 0, 0, 0},
-    {{2292, 12}, TagType::string, 0, 0, 0, 0},
-    {{2304, 6}, TagType::string, 0, 0, 0, 0},
-    {{2310, 15}, TagType::string, 0, 0, 0, 0},
-    {{2325, 8}, TagType::string, 0, 0, 0, 0},
-    {{2333, 16}, TagType::string, 0, 0, 0, 0},
-    {{2349, 12}, TagType::string, 0, 0, 0, 0},
-    {{2361, 15}, TagType::string, 0, 0, 0, 0},
-    {{2376, 12}, TagType::string, 0, 0, 0, 0},
-    {{2388, 11}, TagType::string, 0, 0, 0, 0},
-    {{2399, 9}, TagType::string, 0, 0, 0, 0},
-    {{2408, 11}, TagType::string, 0, 0, 0, 0},
-    {{2419, 9}, TagType::string, 0, 0, 0, 0},
-    {{2428, 12}, TagType::string, 0, 0, 0, 0},
-    {{2440, 9}, TagType::string, 0, 0, 0, 0},
-    {{2449, 8}, TagType::string, 0, 0, 0, 0},
-    {{2457, 13}, TagType::string, 0, 0, 0, 0},
-    {{2470, 8}, TagType::string, 0, 0, 0, 0},
-    {{2478, 8}, TagType::string, 0, 0, 0, 0},
-    {{2486, 13}, TagType::string, 0, 0, 0, 0},
-    {{2499, 14}, TagType::string, 0, 0, 0, 0},
-    {{2513, 9}, TagType::string, 0, 0, 0, 0},
-    {{2522, 10}, TagType::string, 0, 0, 0, 0},
-    {{2532, 6}, TagType::string, 0, 0, 0, 0},
-    {{2538, 8}, TagType::string, 0, 0, 0, 0},
-    {{2546, 10}, TagType::string, 0, 0, 0, 0},
-    {{2556, 11}, TagType::string, 0, 0, 0, 0},
-    {{2567, 8}, TagType::string, 0, 0, 0, 0},
-    {{2575, 5}, TagType::string, 0, 0, 0, 0},
-    {{2580, 8}, TagType::string, 0, 0, 0, 0},
-    {{2588, 4}, TagType::string, 0, 0, 0, 0},
-    {{2592, 9}, TagType::string, 0, 0, 0, 0},
-    {{2601, 13}, TagType::string, 0, 0, 0, 0},
-    {{2614, 8}, TagType::string, 0, 0, 0, 0},
-    {{2622, 13}, TagType::string, 0, 0, 0, 0},
-    {{2635, 12}, TagType::string, 0, 0, 0, 0},
-    {{2647, 11}, TagType::string, 0, 0, 0, 0},
-    {{2658, 10}, TagType::string, 0, 0, 0, 0},
-    {{2668, 7}, TagType::string, 0, 0, 0, 0},
-    {{2675, 7}, TagType::string, 0, 0, 0, 0},
-    {{2682, 6}, TagType::string, 0, 0, 0, 0},
-    {{2688, 7}, TagType::string, 0, 0, 0, 0},
-    {{2695, 12}, TagType::string, 0, 0, 0, 0},
-    {{2707, 15}, TagType::string, 0, 0, 0, 0},
-    {{2722, 12}, TagType::string, 0, 0, 0, 0},
-    {{2734, 23}, TagType::string, 0, 0, 0, 0},
-    {{2757, 13}, TagType::string, 0, 0, 0, 0},
-    {{2770, 5}, TagType::string, 2, 0, 0, 0},
-    {{2775, 9}, TagType::string, 0, 0, 0, 0},
-    {{2784, 10}, TagType::string, 0, 0, 0, 0},
-    {{2794, 13}, TagType::string, 0, 0, 0, 0},
-    {{2807, 12}, TagType::string, 0, 0, 0, 0},
-    {{2819, 11}, TagType::string, 0, 0, 0, 0},
-    {{2830, 7}, TagType::string, 0, 0, 0, 0},
-    {{2837, 16}, TagType::string, 0, 0, 0, 0},
-    {{2853, 10}, TagType::string, 0, 0, 0, 0},
-    {{2863, 16}, TagType::string, 0, 0, 0, 0},
-    {{2879, 10}, TagType::string, 0, 0, 0, 0},
-    {{2889, 4}, TagType::string, 0, 0, 0, 0},
-    {{2893, 10}, TagType::string, 0, 0, 0, 0},
-    {{2903, 15}, TagType::string, 0, 0, 0, 0},
-    {{2918, 3}, TagType::string, 0, 0, 0, 0},
-    {{2921, 11}, TagType::string, 0, 0, 0, 0},
-    {{2932, 9}, TagType::string, 0, 0, 0, 0},
-    {{2941, 7}, TagType::string, 0, 0, 0, 0},
-    {{2948, 7}, TagType::string, 0, 0, 0, 0},
-    {{2955, 8}, TagType::string, 0, 0, 0, 0},
-    {{2963, 6}, TagType::string, 0, 0, 0, 0},
-    {{2969, 10}, TagType::string, 0, 0, 0, 0},
-    {{2979, 9}, TagType::string, 0, 0, 0, 0},
-    {{2988, 9}, TagType::string, 0, 0, 0, 0},
-    {{2997, 20}, TagType::string, 0, 0, 0, 0},
-    {{3017, 18}, TagType::string, 0, 0, 0, 0},
-    {{3035, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{3043, 15}, TagType::int32s, 0, 0, 0, 0},
-    {{3058, 15}, TagType::string, 0, 0, 0, 0},
-    {{3073, 16}, TagType::string, 0, 0, 0, 0},
-    {{3089, 10}, TagType::string, 0, 0, 0, 0},
-    {{3099, 11}, TagType::string, 0, 0, 0, 0},
-    {{3110, 12}, TagType::string, 0, 0, 0, 0},
-    {{3122, 8}, TagType::string, 0, 0, 0, 0},
-    {{3130, 9}, TagType::string, 0, 0, 0, 0},
-    {{3139, 9}, TagType::string, 0, 0, 0, 0},
-    {{3148, 14}, TagType::string, 0, 0, 0, 0},
-    {{3162, 9}, TagType::string, 0, 0, 0, 0},
-    {{3171, 7}, TagType::string, 0, 0, 0, 0},
-    {{3178, 9}, TagType::string, 2, 0, 0, 0},
-    {{3187, 6}, TagType::string, 0, 0, 0, 0},
-    {{3193, 10}, TagType::string, 0, 0, 0, 0},
-    {{3203, 9}, TagType::string, 2, 0, 0, 0},
-    {{3212, 6}, TagType::int8s, 2, 0, 2653, 4},
-    {{3218, 7}, TagType::string, 0, 0, 0, 0},
-    {{3225, 7}, TagType::string, 0, 0, 0, 0},
-    {{3232, 6}, TagType::string, 0, 0, 0, 0},
-    {{3238, 9}, TagType::string, 0, 0, 0, 0},
-    {{3247, 13}, TagType::string, 0, 0, 0, 0},
-    {{3260, 11}, TagType::string, 0, 0, 0, 0},
-    {{3271, 13}, TagType::string, 0, 0, 0, 0},
-    {{3284, 16}, TagType::string, 0, 0, 0, 0},
-    {{3300, 5}, TagType::string, 0, 0, 0, 0},
-    {{3305, 3}, TagType::string, 0, 0, 0, 0},
-    {{3308, 11}, TagType::string, 0, 0, 0, 0},
-    {{3319, 18}, TagType::string, 0, 0, 0, 0},
-    {{3337, 15}, TagType::string, 0, 0, 0, 0},
-    {{3352, 13}, TagType::string, 0, 0, 0, 0},
-    {{3365, 9}, TagType::string, 0, 0, 0, 0},
-    {{3374, 20}, TagType::string, 0, 0, 0, 0},
-    {{3394, 10}, TagType::string, 0, 0, 0, 0},
-    {{3404, 13}, TagType::string, 0, 0, 0, 0},
-    {{3417, 12}, TagType::string, 0, 0, 0, 0},
-    {{3429, 15}, TagType::string, 0, 0, 0, 0},
-    {{3444, 16}, TagType::string, 0, 0, 0, 0},
-    {{3460, 9}, TagType::string, 0, 0, 0, 0},
-    {{3469, 10}, TagType::string, 0, 0, 0, 0},
-    {{3479, 16}, TagType::string, 0, 0, 0, 0},
-    {{3495, 14}, TagType::string, 0, 0, 0, 0},
-    {{3509, 10}, TagType::string, 0, 0, 0, 0},
-    {{3519, 19}, TagType::string, 0, 0, 0, 0},
-    {{3538, 8}, TagType::string, 0, 0, 0, 0},
-    {{3546, 8}, TagType::string, 0, 0, 0, 0},
-    {{3554, 11}, TagType::string, 0, 0, 0, 0},
-    {{3565, 9}, TagType::string, 0, 0, 0, 0},
-    {{3574, 15}, TagType::string, 0, 0, 0, 0},
-    {{3589, 5}, TagType::string, 0, 0, 0, 0},
-    {{3594, 11}, TagType::string, 0, 0, 0, 0},
-    {{3605, 15}, TagType::string, 0, 0, 0, 0},
-    {{3620, 11}, TagType::string, 0, 0, 0, 0},
-    {{3631, 5}, TagType::string, 2, 0, 0, 0},
-    {{3636, 9}, TagType::string, 0, 0, 0, 0},
-    {{3645, 9}, TagType::string, 0, 0, 0, 0},
-    {{3654, 9}, TagType::string, 0, 0, 0, 0},
-    {{3663, 8}, TagType::string, 0, 0, 0, 0},
-    {{3671, 14}, TagType::string, 0, 0, 0, 0},
-    {{3685, 6}, TagType::string, 0, 0, 0, 0},
-    {{3691, 15}, TagType::string, 0, 0, 0, 0},
-    {{3706, 11}, TagType::string, 0, 0, 0, 0},
-    {{3717, 19}, TagType::string, 0, 0, 0, 0},
-    {{3736, 13}, TagType::string, 0, 0, 0, 0},
-    {{3749, 12}, TagType::string, 0, 0, 0, 0},
-    {{3761, 9}, TagType::string, 0, 0, 0, 0},
-    {{3770, 22}, TagType::string, 0, 0, 0, 0},
-    {{3792, 17}, TagType::string, 0, 0, 0, 0},
-    {{3809, 4}, TagType::string, 2, 0, 0, 0},
-    {{3813, 4}, TagType::string, 0, 0, 0, 0},
-    {{3817, 10}, TagType::string, 0, 0, 0, 0},
-    {{3827, 12}, TagType::string, 0, 0, 0, 0},
-    {{3839, 11}, TagType::string, 0, 0, 0, 0},
-    {{3850, 12}, TagType::string, 0, 0, 0, 0},
-    {{3862, 10}, TagType::string, 0, 0, 0, 0},
-    {{3872, 10}, TagType::string, 0, 0, 0, 0},
-    {{3882, 10}, TagType::string, 0, 0, 0, 0},
-    {{3892, 13}, TagType::string, 0, 0, 0, 0},
-    {{3905, 9}, TagType::string, 0, 0, 0, 0},
-    {{3914, 14}, TagType::string, 0, 0, 0, 0},
-    {{3928, 8}, TagType::string, 0, 0, 0, 0},
-    {{3936, 14}, TagType::string, 0, 0, 0, 0},
-    {{3950, 5}, TagType::string, 0, 0, 0, 0},
-    {{3955, 7}, TagType::string, 0, 0, 0, 0},
-    {{3962, 19}, TagType::string, 0, 0, 0, 0},
-    {{3981, 4}, TagType::string, 0, 0, 0, 0},
-    {{3985, 17}, TagType::string, 0, 0, 0, 0},
-    {{4002, 14}, TagType::string, 0, 0, 0, 0},
-    {{4016, 7}, TagType::string, 0, 0, 0, 0},
-    {{4023, 11}, TagType::string, 0, 0, 0, 0},
-    {{4034, 18}, TagType::string, 0, 0, 0, 0},
-    {{4052, 8}, TagType::string, 0, 0, 0, 0},
-    {{4060, 12}, TagType::string, 0, 0, 0, 0},
-    {{4072, 25}, TagType::string, 0, 0, 0, 0},
-    {{4097, 7}, TagType::string, 0, 0, 0, 0},
-    {{4104, 8}, TagType::string, 2, 0, 0, 0},
-    {{4112, 11}, TagType::string, 0, 0, 0, 0},
-    {{4123, 6}, TagType::string, 0, 0, 0, 0},
-    {{4129, 6}, TagType::string, 0, 0, 0, 0},
-    {{4135, 5}, TagType::string, 0, 0, 0, 0},
-    {{4140, 11}, TagType::string, 0, 0, 0, 0},
-    {{4151, 6}, TagType::string, 0, 0, 0, 0},
-    {{4157, 14}, TagType::string, 0, 0, 0, 0},
-    {{4171, 14}, TagType::string, 0, 0, 0, 0},
-    {{4185, 12}, TagType::string, 0, 0, 0, 0},
-    {{4197, 5}, TagType::string, 0, 0, 0, 0},
-    {{4202, 12}, TagType::string, 0, 0, 0, 0},
-    {{4214, 10}, TagType::string, 0, 0, 0, 0},
-    {{4224, 9}, TagType::string, 0, 0, 0, 0},
-    {{4233, 18}, TagType::string, 0, 0, 0, 0},
-    {{4251, 10}, TagType::string, 0, 0, 0, 0},
-    {{4261, 10}, TagType::string, 0, 0, 0, 0},
-    {{4271, 10}, TagType::string, 0, 0, 0, 0},
-    {{4281, 13}, TagType::string, 0, 0, 0, 0},
-    {{4294, 9}, TagType::string, 0, 0, 0, 0},
-    {{4303, 5}, TagType::string, 0, 0, 0, 0},
-    {{4308, 11}, TagType::string, 0, 0, 0, 0},
-    {{4319, 7}, TagType::string, 0, 0, 0, 0},
-    {{4326, 7}, TagType::string, 0, 0, 0, 0},
-    {{4333, 8}, TagType::string, 0, 0, 0, 0},
-    {{4341, 12}, TagType::string, 0, 0, 0, 0},
-    {{4353, 12}, TagType::string, 0, 0, 0, 0},
-    {{4365, 11}, TagType::string, 0, 0, 0, 0},
-    {{4376, 8}, TagType::string, 0, 0, 0, 0},
-    {{4384, 11}, TagType::string, 0, 0, 0, 0},
-    {{4395, 7}, TagType::string, 0, 0, 0, 0},
-    {{4402, 10}, TagType::string, 0, 0, 0, 0},
-    {{4412, 4}, TagType::string, 0, 0, 0, 0},
-    {{4416, 11}, TagType::string, 0, 0, 0, 0},
-    {{4427, 14}, TagType::string, 0, 0, 0, 0},
-    {{4441, 9}, TagType::string, 0, 0, 0, 0},
-    {{4450, 12}, TagType::string, 0, 0, 0, 0},
-    {{4462, 6}, TagType::string, 0, 0, 0, 0},
-    {{4468, 10}, TagType::string, 0, 0, 0, 0},
-    {{4478, 15}, TagType::string, 0, 0, 0, 0},
-    {{4493, 6}, TagType::string, 0, 0, 0, 0},
-    {{4499, 12}, TagType::string, 0, 0, 0, 0},
-    {{4511, 16}, TagType::string, 0, 0, 0, 0},
-    {{4527, 11}, TagType::string, 0, 0, 0, 0},
-    {{4538, 9}, TagType::string, 0, 0, 0, 0},
-    {{4547, 13}, TagType::string, 0, 0, 0, 0},
-    {{4560, 5}, TagType::string, 0, 0, 0, 0},
-    {{4565, 9}, TagType::string, 0, 0, 0, 0},
-    {{4574, 11}, TagType::string, 0, 0, 0, 0},
-    {{4585, 8}, TagType::string, 2, 0, 0, 0},
-    {{4593, 8}, TagType::string, 0, 0, 0, 0},
-    {{4601, 12}, TagType::string, 0, 0, 0, 0},
-    {{4613, 8}, TagType::string, 0, 0, 0, 0},
-    {{4621, 4}, TagType::string, 0, 0, 0, 0},
-    {{4625, 11}, TagType::string, 0, 0, 0, 0},
-    {{4636, 13}, TagType::string, 0, 0, 0, 0},
-    {{4649, 10}, TagType::string, 0, 0, 0, 0},
-    {{4659, 7}, TagType::string, 0, 0, 0, 0},
-    {{4666, 11}, TagType::string, 0, 0, 0, 0},
-    {{4677, 23}, TagType::int8u, 0, 0, 0, 0},
-    {{4700, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{4710, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{4722, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{4730, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{4742, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{4751, 12}, TagType::int8u, 0, 0, 2657, 5},
-    {{4763, 20}, TagType::int8u, 0, 0, 2662, 4},
-    {{4783, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{4802, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{4811, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{4821, 8}, TagType::float_, 0, 3, 0, 0},
-    {{4829, 7}, TagType::fixed16s, 2, 0, 0, 0},
-    {{4836, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{4855, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{4867, 10}, TagType::string, 0, 4, 0, 0},
-    {{4877, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{4891, 15}, TagType::int32u, 0, 0, 2666, 3},
-    {{4906, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{4921, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{4936, 13}, TagType::int32s, 0, 0, 0, 0},
-    {{4949, 13}, TagType::string, 0, 4, 2669, 19},
-    {{4962, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{4980, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4990, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{5000, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{5014, 11}, TagType::string, 0, 0, 0, 0},
-    {{5025, 11}, TagType::int16u, 0, 0, 2688, 87},
-    {{5036, 17}, TagType::int32u, 0, 0, 2775, 18},
-    {{5053, 22}, TagType::int32u, 0, 0, 0, 0},
-    {{5075, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5088, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5101, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5120, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5133, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5146, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5165, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5178, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5191, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5210, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5223, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5236, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5255, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5268, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5281, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5300, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5313, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5326, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5345, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5358, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5371, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5390, 13}, TagType::int32u, 0, 0, 2793, 64},
-    {{5403, 13}, TagType::int32u, 0, 0, 2666, 3},
-    {{5416, 19}, TagType::float_, 0, 3, 0, 0},
-    {{5435, 18}, TagType::rational64s, 0, 0, 0, 0},
-    {{5453, 19}, TagType::rational64s, 0, 0, 0, 0},
-    {{5472, 20}, TagType::rational64s, 0, 0, 0, 0},
-    {{5492, 20}, TagType::rational64s, 0, 0, 0, 0},
-    {{5512, 13}, TagType::string, 0, 4, 0, 0},
-    {{5525, 14}, TagType::int16u, 0, 0, 2857, 12},
-    {{5539, 23}, TagType::int16u, 0, 0, 2869, 19},
-    {{5562, 18}, TagType::int16u, 0, 0, 2888, 15},
-    {{5580, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{5598, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{5618, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{5641, 3}, TagType::string, 0, 0, 0, 0},
-    {{5644, 13}, TagType::string, 0, 4, 0, 0},
-    {{5657, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{5671, 26}, TagType::string, 0, 0, 0, 0},
-    {{5697, 23}, TagType::string, 0, 0, 0, 0},
-    {{5720, 22}, TagType::string, 0, 0, 0, 0},
-    {{5742, 25}, TagType::string, 0, 0, 0, 0},
-    {{5767, 21}, TagType::string, 0, 0, 0, 0},
-    {{5788, 28}, TagType::string, 0, 0, 0, 0},
-    {{5816, 18}, TagType::string, 0, 0, 0, 0},
-    {{5834, 29}, TagType::string, 0, 0, 0, 0},
-    {{5863, 21}, TagType::string, 0, 0, 0, 0},
-    {{5884, 30}, TagType::string, 0, 0, 0, 0},
-    {{5914, 31}, TagType::string, 0, 0, 0, 0},
-    {{5945, 21}, TagType::string, 0, 0, 0, 0},
-    {{5966, 21}, TagType::string, 0, 0, 0, 0},
-    {{5987, 26}, TagType::string, 0, 0, 0, 0},
-    {{6013, 30}, TagType::string, 0, 0, 0, 0},
-    {{6043, 20}, TagType::string, 0, 0, 0, 0},
-    {{6063, 21}, TagType::string, 0, 0, 0, 0},
-    {{6084, 19}, TagType::string, 0, 0, 0, 0},
-    {{6103, 20}, TagType::string, 0, 0, 0, 0},
-    {{6123, 24}, TagType::string, 0, 0, 0, 0},
-    {{6147, 29}, TagType::string, 0, 0, 0, 0},
-    {{6176, 15}, TagType::string, 0, 0, 0, 0},
-    {{6191, 26}, TagType::string, 0, 0, 0, 0},
-    {{6217, 31}, TagType::string, 0, 0, 0, 0},
-    {{6248, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{6266, 17}, TagType::int32u, 0, 0, 2903, 3},
-    {{6283, 10}, TagType::string, 0, 4, 2906, 100},
-    {{6293, 12}, TagType::string, 0, 4, 0, 0},
-    {{6305, 16}, TagType::string, 0, 0, 0, 0},
-    {{6321, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{6338, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{6356, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{6374, 12}, TagType::string, 2, 16, 0, 0},
-    {{6386, 12}, TagType::string, 0, 0, 0, 0},
-    {{6398, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{6408, 9}, TagType::float_, 0, 3, 0, 0},
-    {{6417, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{6424, 11}, TagType::float_, 0, 0, 0, 0},
-    {{6435, 12}, TagType::float_, 0, 0, 0, 0},
-    {{6447, 11}, TagType::float_, 0, 0, 0, 0},
-    {{6458, 8}, TagType::int32s, 0, 0, 0, 0},
-    {{6466, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{6474, 12}, TagType::float_, 0, 3, 0, 0},
-    {{6486, 4}, TagType::string, 8, 0, 0, 0},
-    {{6490, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{6505, 8}, TagType::int8u, 0, 3, 0, 0},
-    {{6513, 15}, TagType::int16u, 0, 0, 3006, 31},
-    {{6528, 10}, TagType::int16u, 0, 3, 0, 0},
-    {{6538, 10}, TagType::fixed16s, 0, 0, 0, 0},
-    {{6548, 8}, TagType::int8u, 0, 0, 0, 0},
-    {{6556, 7}, TagType::float_, 0, 3, 0, 0},
-    {{6563, 24}, TagType::int8u, 0, 0, 0, 0},
-    {{6587, 19}, TagType::int8u, 0, 0, 3037, 1},
-    {{6606, 15}, TagType::int8u, 0, 0, 3038, 2},
-    {{6621, 17}, TagType::int8u, 0, 0, 3040, 12},
-    {{6638, 28}, TagType::int32u, 0, 0, 3052, 12},
-    {{6666, 24}, TagType::int8u, 0, 6, 0, 0},
-    {{6690, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{6705, 25}, TagType::int16u, 0, 0, 0, 0},
-    {{6730, 15}, TagType::int8u, 0, 0, 0, 0},
-    {{6745, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{6757, 14}, TagType::int8u, 0, 0, 0, 0},
-    {{6771, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{6787, 17}, TagType::int8u, 0, 0, 3064, 3},
-    {{6804, 17}, TagType::int8u, 0, 0, 0, 0},
-    {{6821, 16}, TagType::int8u, 0, 0, 3038, 2},
-    {{6837, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{6849, 12}, TagType::string, 0, 4, 3067, 2},
-    {{6861, 11}, TagType::string, 0, 4, 3069, 25},
-    {{6872, 15}, TagType::string, 0, 4, 2669, 19},
-    {{6887, 18}, TagType::string, 0, 0, 0, 0},
-    {{6905, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{6915, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{6925, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{6935, 25}, TagType::string, 0, 0, 0, 0},
-    {{6960, 21}, TagType::string, 0, 0, 0, 0},
-    {{6981, 10}, TagType::string, 0, 4, 0, 0},
-    {{6991, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{7007, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{7020, 26}, TagType::int32u, 0, 0, 0, 0},
-    {{7046, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{7058, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{7079, 18}, TagType::int64u, 0, 0, 0, 0},
-    {{7097, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{7118, 15}, TagType::int64u, 0, 0, 0, 0},
-    {{7133, 17}, TagType::int64u, 0, 0, 0, 0},
-    {{7150, 11}, TagType::int32u, 0, 2, 0, 0},
-    {{7161, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{7171, 11}, TagType::string, 0, 0, 0, 0},
-    {{7182, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{7199, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{7218, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{7237, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{7247, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{7269, 5}, TagType::string, 2, 0, 0, 0},
-    {{7274, 8}, TagType::string, 0, 0, 0, 0},
-    {{7282, 10}, TagType::string, 0, 0, 0, 0},
-    {{7292, 12}, TagType::string, 0, 4, 0, 0},
-    {{7304, 8}, TagType::string, 0, 4, 2669, 19},
-    {{7312, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{7328, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{7345, 11}, TagType::fixed32u, 0, 0, 0, 0},
-    {{7356, 11}, TagType::fixed32u, 0, 0, 0, 0},
-    {{7367, 14}, TagType::string, 0, 32, 0, 0},
-    {{7381, 8}, TagType::int16u, 8, 0, 0, 0},
-    {{7389, 16}, TagType::int16u, 8, 0, 0, 0},
-    {{7405, 15}, TagType::int16u, 0, 0, 3094, 2},
-    {{7420, 5}, TagType::fixed32u, 0, 0, 0, 0},
-    {{7425, 16}, TagType::int32s, 18, 2, 0, 0},
-    {{7441, 14}, TagType::int8u, 0, 0, 3096, 5},
-    {{7455, 9}, TagType::string, 8, 0, 0, 0},
-    {{7464, 13}, TagType::string, 0, 0, 0, 0},
-    {{7477, 16}, TagType::string, 2, 0, 0, 0},
-    {{7493, 15}, TagType::string, 2, 0, 0, 0},
-    {{7508, 11}, TagType::string, 2, 0, 0, 0},
-    {{7519, 10}, TagType::string, 2, 0, 0, 0},
-    {{7529, 12}, TagType::string, 2, 0, 0, 0},
-    {{7541, 12}, TagType::string, 2, 0, 0, 0},
-    {{7553, 12}, TagType::string, 2, 0, 0, 0},
-    {{7565, 4}, TagType::string, 2, 0, 0, 0},
-    {{7569, 21}, TagType::int8s, 2, 0, 3038, 2},
-    {{7590, 17}, TagType::string, 2, 0, 0, 0},
-    {{7607, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{7615, 10}, TagType::string, 2, 0, 0, 0},
-    {{7625, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{7644, 11}, TagType::int8s, 2, 0, 3038, 2},
-    {{7655, 10}, TagType::string, 2, 0, 0, 0},
-    {{7665, 21}, TagType::string, 2, 0, 0, 0},
-    {{7686, 8}, TagType::string, 2, 0, 0, 0},
-    {{7694, 16}, TagType::string, 2, 0, 0, 0},
-    {{7710, 17}, TagType::string, 2, 0, 0, 0},
-    {{7727, 13}, TagType::string, 2, 0, 0, 0},
-    {{7740, 16}, TagType::string, 2, 0, 0, 0},
-    {{7756, 15}, TagType::string, 2, 0, 0, 0},
-    {{7771, 19}, TagType::string, 2, 0, 0, 0},
-    {{7790, 7}, TagType::int8s, 2, 0, 3038, 2},
-    {{7797, 7}, TagType::int8s, 2, 0, 3038, 2},
-    {{7804, 7}, TagType::string, 2, 0, 0, 0},
-    {{7811, 15}, TagType::string, 2, 0, 0, 0},
-    {{7826, 7}, TagType::int8s, 2, 0, 3038, 2},
-    {{7833, 9}, TagType::string, 2, 0, 0, 0},
-    {{7842, 7}, TagType::int8s, 2, 0, 3038, 2},
-    {{7849, 9}, TagType::string, 2, 0, 0, 0},
-    {{7858, 12}, TagType::datetimez, 2, 0, 0, 0},
-    {{7870, 10}, TagType::string, 2, 0, 0, 0},
-    {{7880, 13}, TagType::string, 2, 0, 0, 0},
-    {{7893, 16}, TagType::string, 2, 0, 0, 0},
-    {{7909, 17}, TagType::int32s, 2, 0, 3101, 155},
-    {{7926, 12}, TagType::int8s, 2, 0, 3038, 2},
-    {{7938, 15}, TagType::string, 2, 0, 0, 0},
-    {{7953, 9}, TagType::string, 2, 0, 0, 0},
-    {{7962, 10}, TagType::string, 2, 0, 0, 0},
-    {{7972, 12}, TagType::string, 2, 0, 0, 0},
-    {{7984, 8}, TagType::string, 2, 0, 0, 0},
-    {{7992, 8}, TagType::string, 2, 0, 0, 0},
-    {{8000, 11}, TagType::string, 2, 0, 0, 0},
-    {{8011, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{8020, 13}, TagType::string, 2, 0, 0, 0},
-    {{8033, 6}, TagType::string, 2, 0, 0, 0},
-    {{8039, 8}, TagType::int32u, 2, 0, 0, 0},
-    {{8047, 4}, TagType::string, 2, 0, 0, 0},
-    {{8051, 11}, TagType::string, 2, 0, 0, 0},
-    {{8062, 8}, TagType::string, 2, 0, 0, 0},
-    {{8070, 8}, TagType::string, 2, 0, 0, 0},
-    {{8078, 9}, TagType::string, 2, 0, 0, 0},
-    {{8087, 17}, TagType::datetimez, 2, 0, 0, 0},
-    {{8104, 8}, TagType::string, 2, 0, 0, 0},
-    {{8112, 13}, TagType::int16s, 2, 0, 0, 0},
-    {{8125, 14}, TagType::int16s, 2, 0, 0, 0},
-    {{8139, 12}, TagType::string, 2, 0, 0, 0},
-    {{8151, 8}, TagType::string, 2, 0, 0, 0},
-    {{8159, 14}, TagType::string, 2, 0, 0, 0},
-    {{8173, 8}, TagType::string, 2, 0, 0, 0},
-    {{8181, 13}, TagType::string, 2, 0, 0, 0},
-    {{8194, 7}, TagType::string, 2, 0, 0, 0},
-    {{8201, 7}, TagType::string, 2, 0, 0, 0},
-    {{8208, 5}, TagType::string, 2, 0, 0, 0},
-    {{8213, 4}, TagType::string, 2, 0, 0, 0},
-    {{8217, 17}, TagType::string, 2, 0, 0, 0},
-    {{8234, 14}, TagType::string, 2, 0, 0, 0},
-    {{8248, 23}, TagType::string, 0, 0, 0, 0},
-    {{8271, 18}, TagType::string, 0, 0, 0, 0},
-    {{8289, 13}, TagType::rational64s, 0, 0, 0, 0},
-    {{8302, 8}, TagType::int8u, 18, 0, 0, 0},
-    {{8310, 18}, TagType::string, 0, 0, 0, 0},
-    {{8328, 15}, TagType::string, 0, 0, 0, 0},
-    {{8343, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8359, 17}, TagType::string, 0, 0, 0, 0},
-    {{8376, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8392, 15}, TagType::string, 0, 0, 0, 0},
-    {{8407, 12}, TagType::string, 0, 0, 0, 0},
-    {{8419, 11}, TagType::string, 2, 0, 0, 0},
-    {{8430, 30}, TagType::int64s, 2, 0, 0, 0},
-    {{8460, 7}, TagType::image_b64, 2, 0, 0, 0},
-    {{8467, 16}, TagType::string, 2, 0, 0, 0},
-    {{8483, 16}, TagType::string, 2, 0, 0, 0},
-    {{8499, 14}, TagType::string, 2, 0, 0, 0},
-    {{8513, 14}, TagType::string, 2, 0, 0, 0},
-    {{8527, 11}, TagType::string, 2, 0, 0, 0},
-    {{8538, 17}, TagType::string, 2, 0, 0, 0},
-    {{8555, 12}, TagType::datetimez, 2, 0, 0, 0},
-    {{8567, 18}, TagType::string, 2, 0, 0, 0},
-    {{8585, 14}, TagType::string, 2, 0, 0, 0},
-    {{8599, 21}, TagType::string, 2, 0, 0, 0},
-    {{8620, 20}, TagType::string, 2, 0, 0, 0},
-    {{8640, 15}, TagType::string, 2, 0, 0, 0},
-    {{8655, 12}, TagType::string, 2, 0, 0, 0},
-    {{8667, 11}, TagType::string, 2, 0, 0, 0},
-    {{8678, 11}, TagType::string, 2, 0, 0, 0},
-    {{8689, 13}, TagType::string, 0, 0, 0, 0},
-    {{8702, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{8715, 22}, TagType::float_, 2, 0, 0, 0},
-    {{8737, 31}, TagType::int64s, 2, 0, 0, 0},
-    {{8768, 26}, TagType::string, 2, 0, 0, 0},
-    {{8794, 12}, TagType::string, 2, 0, 0, 0},
-    {{8806, 12}, TagType::datetimez, 2, 0, 0, 0},
-    {{8818, 12}, TagType::string, 2, 0, 0, 0},
-    {{8830, 12}, TagType::string, 2, 0, 0, 0},
-    {{8842, 12}, TagType::string, 2, 0, 3064, 3},
-    {{8854, 4}, TagType::string, 2, 0, 0, 0},
-    {{8858, 4}, TagType::string, 2, 0, 0, 0},
-    {{8862, 9}, TagType::string, 2, 0, 0, 0},
-    {{8871, 4}, TagType::int8u, 2, 0, 3038, 2},
-    {{8875, 10}, TagType::string, 2, 0, 0, 0},
-    {{8885, 6}, TagType::string, 2, 0, 0, 0},
-    {{8891, 10}, TagType::string, 2, 0, 0, 0},
-    {{8901, 8}, TagType::string, 2, 0, 0, 0},
-    {{8909, 4}, TagType::string, 2, 0, 0, 0},
-    {{8913, 13}, TagType::string, 2, 0, 0, 0},
-    {{8926, 8}, TagType::string, 2, 0, 0, 0},
-    {{8934, 14}, TagType::string, 2, 0, 0, 0},
-    {{8948, 7}, TagType::string, 2, 0, 0, 0},
-    {{8955, 16}, TagType::string, 2, 0, 3256, 8},
-    {{8971, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{8978, 15}, TagType::float_, 0, 3, 0, 0},
-    {{8993, 12}, TagType::string, 8, 0, 0, 0},
-    {{9005, 16}, TagType::datetimez, 2, 0, 0, 0},
-    {{9021, 11}, TagType::string, 8, 0, 0, 0},
-    {{9032, 11}, TagType::string, 0, 0, 0, 0},
-    {{9043, 14}, TagType::string, 10, 0, 0, 0},
-    {{9057, 4}, TagType::string, 8, 0, 0, 0},
-    {{9061, 4}, TagType::string, 8, 0, 0, 0},
-    {{9065, 9}, TagType::string, 8, 0, 0, 0},
-    {{9074, 15}, TagType::string, 0, 0, 0, 0},
-    {{9089, 13}, TagType::string, 0, 0, 0, 0},
-    {{9102, 16}, TagType::string, 10, 0, 0, 0},
-    {{9118, 16}, TagType::string, 0, 0, 0, 0},
-    {{9134, 4}, TagType::string, 8, 0, 0, 0},
-    {{9138, 6}, TagType::string, 8, 0, 0, 0},
-    {{9144, 10}, TagType::string, 0, 0, 0, 0},
-    {{9154, 12}, TagType::string, 0, 0, 0, 0},
-    {{9166, 4}, TagType::string, 8, 0, 0, 0},
-    {{9170, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{9188, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{9203, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{9218, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{9232, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{9245, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{9262, 15}, TagType::string, 8, 0, 0, 0},
-    {{9277, 9}, TagType::string, 8, 0, 0, 0},
-    {{9286, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{9299, 12}, TagType::string, 0, 0, 0, 0},
-    {{9311, 11}, TagType::string, 8, 0, 0, 0},
-    {{9322, 14}, TagType::string, 8, 0, 0, 0},
-    {{9336, 20}, TagType::string, 0, 0, 0, 0},
-    {{9356, 11}, TagType::string, 0, 0, 0, 0},
-    {{9367, 14}, TagType::string, 2, 0, 0, 0},
-    {{9381, 7}, TagType::string, 0, 0, 0, 0},
-    {{9388, 13}, TagType::string, 0, 0, 3264, 4},
-    {{9401, 8}, TagType::string, 2, 0, 0, 0},
-    {{9409, 10}, TagType::datetime, 2, 1, 0, 0},
-    {{9419, 10}, TagType::string, 0, 4, 0, 0},
-    {{9429, 8}, TagType::string, 0, 0, 0, 0},
-    {{9437, 11}, TagType::string, 8, 0, 0, 0},
-    {{9448, 23}, TagType::string, 8, 0, 0, 0},
-    {{9471, 9}, TagType::string, 0, 0, 0, 0},
-    {{9480, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{9501, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{9519, 10}, TagType::datetime, 2, 1, 0, 0},
-    {{9529, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{9538, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{9551, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{9566, 15}, TagType::fixed32s, 18, 9, 0, 0},
-    {{9581, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{9592, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{9607, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{9617, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{9630, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{9647, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{9658, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{9669, 11}, TagType::string, 0, 4, 0, 0},
-    {{9680, 17}, TagType::rational64u, 0, 0, 0, 0},
-    {{9697, 9}, TagType::string, 0, 0, 0, 0},
-    {{9706, 9}, TagType::string, 0, 0, 0, 0},
-    {{9715, 16}, TagType::string, 0, 0, 0, 0},
-    {{9731, 9}, TagType::int64u, 0, 0, 0, 0},
-    {{9740, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{9751, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{9765, 15}, TagType::string, 0, 4, 0, 0},
-    {{9780, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{9796, 10}, TagType::int16u, 0, 0, 3038, 2},
-    {{9806, 14}, TagType::string, 0, 0, 0, 0},
-    {{9820, 7}, TagType::int16s, 0, 3, 0, 0},
-    {{9827, 19}, TagType::string, 0, 0, 0, 0},
-    {{9846, 10}, TagType::string, 0, 0, 0, 0},
-    {{9856, 9}, TagType::string, 0, 0, 0, 0},
-    {{9865, 8}, TagType::string, 0, 0, 0, 0},
-    {{9873, 6}, TagType::string, 0, 0, 0, 0},
-    {{9879, 8}, TagType::string, 0, 0, 0, 0},
-    {{9887, 13}, TagType::string, 0, 0, 0, 0},
-    {{9900, 12}, TagType::string, 0, 0, 0, 0},
-    {{9912, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{9919, 11}, TagType::float_, 0, 3, 0, 0},
-    {{9930, 13}, TagType::string, 8, 0, 0, 0},
-    {{9943, 34}, TagType::string, 8, 0, 0, 0},
-    {{9977, 23}, TagType::string, 8, 0, 0, 0},
-    {{10000, 17}, TagType::string, 8, 0, 0, 0},
-    {{10017, 13}, TagType::string, 8, 0, 0, 0},
-    {{10030, 30}, TagType::string, 8, 0, 0, 0},
-    {{10060, 22}, TagType::string, 8, 0, 0, 0},
-    {{10082, 11}, TagType::string, 8, 0, 0, 0},
-    {{10093, 25}, TagType::string, 8, 0, 0, 0},
-    {{10118, 18}, TagType::string, 0, 0, 0, 0},
-    {{10136, 13}, TagType::string, 8, 0, 0, 0},
-    {{10149, 21}, TagType::string, 8, 0, 0, 0},
-    {{10170, 15}, TagType::string, 8, 0, 0, 0},
-    {{10185, 11}, TagType::string, 8, 0, 0, 0},
-    {{10196, 17}, TagType::string, 8, 0, 0, 0},
-    {{10213, 18}, TagType::string, 8, 0, 0, 0},
-    {{10231, 21}, TagType::string, 8, 0, 0, 0},
-    {{10252, 11}, TagType::string, 0, 0, 0, 0},
-    {{10263, 20}, TagType::string, 0, 0, 0, 0},
-    {{10283, 5}, TagType::string, 0, 0, 0, 0},
-    {{10288, 8}, TagType::string, 0, 0, 0, 0},
-    {{10296, 6}, TagType::string, 0, 0, 0, 0},
-    {{10302, 10}, TagType::string, 0, 4, 0, 0},
-    {{10312, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{10325, 9}, TagType::string, 0, 0, 0, 0},
-    {{10334, 19}, TagType::int8u, 0, 0, 0, 0},
-    {{10353, 13}, TagType::int8u, 0, 0, 3037, 1},
-    {{10366, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{10380, 24}, TagType::int8u, 0, 0, 3037, 1},
-    {{10404, 22}, TagType::int8u, 0, 0, 3037, 1},
-    {{10426, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{10443, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{10462, 13}, TagType::string, 0, 0, 0, 0},
-    {{10475, 17}, TagType::rational64s, 0, 0, 0, 0},
-    {{10492, 15}, TagType::float_, 0, 3, 0, 0},
-    {{10507, 14}, TagType::datetimez, 0, 0, 0, 0},
-    {{10521, 3}, TagType::string, 0, 0, 0, 0},
-    {{10524, 8}, TagType::string, 0, 0, 0, 0},
-    {{10532, 20}, TagType::string, 0, 0, 0, 0},
-    {{10552, 7}, TagType::string, 0, 0, 0, 0},
-    {{10559, 11}, TagType::string, 0, 0, 0, 0},
-    {{10570, 6}, TagType::string, 0, 0, 0, 0},
-    {{10576, 11}, TagType::datetimez, 0, 0, 0, 0},
-    {{10587, 13}, TagType::string, 0, 0, 0, 0},
-    {{10600, 11}, TagType::string, 0, 0, 3268, 3},
-    {{10611, 12}, TagType::string, 0, 0, 0, 0},
-    {{10623, 11}, TagType::string, 0, 0, 3271, 2},
-    {{10634, 3}, TagType::string, 0, 0, 0, 0},
-    {{10637, 10}, TagType::string, 0, 0, 0, 0},
-    {{10647, 12}, TagType::string, 0, 0, 0, 0},
-    {{10659, 10}, TagType::string, 0, 0, 0, 0},
-    {{10669, 14}, TagType::datetimez, 0, 0, 0, 0},
-    {{10683, 14}, TagType::string, 0, 0, 0, 0},
-    {{10697, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{10705, 9}, TagType::string, 0, 0, 0, 0},
-    {{10714, 9}, TagType::string, 0, 0, 0, 0},
-    {{10723, 9}, TagType::string, 0, 0, 0, 0},
-    {{10732, 9}, TagType::string, 0, 0, 0, 0},
-    {{10741, 9}, TagType::string, 0, 0, 0, 0},
-    {{10750, 13}, TagType::string, 0, 0, 0, 0},
-    {{10763, 14}, TagType::string, 0, 0, 0, 0},
-    {{10777, 8}, TagType::int16u, 0, 0, 3037, 1},
-    {{10785, 8}, TagType::int16u, 0, 0, 3273, 8},
-    {{10793, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{10801, 9}, TagType::int16u, 0, 3, 0, 0},
-    {{10810, 15}, TagType::int16u, 0, 3, 0, 0},
-    {{10825, 8}, TagType::pstring, 0, 0, 0, 0},
-    {{10833, 8}, TagType::string, 8, 0, 0, 0},
-    {{10841, 8}, TagType::string, 0, 0, 0, 0},
-    {{10849, 8}, TagType::string, 0, 0, 0, 0},
-    {{10857, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{10865, 23}, TagType::fixed32u, 0, 3, 0, 0},
-    {{10888, 23}, TagType::fixed32u, 0, 3, 0, 0},
-    {{10911, 28}, TagType::fixed32u, 0, 3, 0, 0},
-    {{10939, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{10957, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{10972, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{10987, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{10994, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{11007, 18}, TagType::int32u, 0, 14, 0, 0},
-    {{11025, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{11035, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{11046, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{11056, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{11067, 18}, TagType::int32u, 0, 0, 0, 0},
-    {{11085, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{11106, 15}, TagType::string, 2, 0, 0, 0},
-    {{11121, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{11134, 16}, TagType::string, 2, 0, 0, 0},
-    {{11150, 17}, TagType::string, 2, 0, 0, 0},
-    {{11167, 15}, TagType::string, 2, 0, 0, 0},
-    {{11182, 11}, TagType::string, 2, 0, 0, 0},
-    {{11193, 9}, TagType::string, 2, 0, 0, 0},
-    {{11202, 16}, TagType::string, 2, 0, 0, 0},
-    {{11218, 9}, TagType::int32u, 2, 0, 3094, 2},
-    {{11227, 10}, TagType::rational64s, 2, 0, 0, 0},
-    {{11237, 22}, TagType::string, 10, 0, 0, 0},
-    {{11259, 8}, TagType::string, 2, 0, 0, 0},
-    {{11267, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{11280, 11}, TagType::string, 10, 0, 0, 0},
-    {{11291, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{11305, 2}, TagType::rational64s, 2, 0, 0, 0},
-    {{11307, 2}, TagType::rational64s, 2, 0, 0, 0},
-    {{11309, 3}, TagType::string, 2, 0, 0, 0},
-    {{11312, 12}, TagType::string, 2, 0, 0, 0},
-    {{11324, 12}, TagType::string, 2, 0, 0, 0},
-    {{11336, 12}, TagType::string, 2, 0, 0, 0},
-    {{11348, 11}, TagType::string, 2, 0, 0, 0},
-    {{11359, 12}, TagType::string, 2, 0, 0, 0},
-    {{11371, 9}, TagType::string, 2, 0, 0, 0},
-    {{11380, 20}, TagType::string, 2, 0, 0, 0},
-    {{11400, 11}, TagType::string, 0, 0, 0, 0},
-    {{11411, 12}, TagType::string, 2, 0, 0, 0},
-    {{11423, 6}, TagType::string, 2, 0, 0, 0},
-    {{11429, 14}, TagType::string, 2, 0, 0, 0},
-    {{11443, 8}, TagType::string, 2, 0, 0, 0},
-    {{11451, 14}, TagType::string, 2, 0, 0, 0},
-    {{11465, 11}, TagType::string, 2, 0, 0, 0},
-    {{11476, 8}, TagType::string, 2, 0, 0, 0},
-    {{11484, 11}, TagType::string, 2, 0, 0, 0},
-    {{11495, 7}, TagType::string, 2, 0, 0, 0},
-    {{11502, 7}, TagType::string, 2, 0, 0, 0},
-    {{11509, 9}, TagType::string, 2, 0, 0, 0},
-    {{11518, 19}, TagType::string, 2, 0, 0, 0},
-    {{11537, 9}, TagType::string, 2, 0, 0, 0},
-    {{11546, 14}, TagType::string, 2, 0, 0, 0},
-    {{11560, 5}, TagType::string, 2, 0, 0, 0},
-    {{11565, 4}, TagType::rational64s, 2, 0, 0, 0},
-    {{11569, 8}, TagType::string, 2, 0, 0, 0},
-    {{11577, 4}, TagType::string, 2, 0, 0, 0},
-    {{11581, 5}, TagType::string, 2, 0, 0, 0},
-    {{11586, 8}, TagType::string, 2, 0, 0, 0},
-    {{11594, 12}, TagType::string, 10, 0, 0, 0},
-    {{11606, 16}, TagType::string, 10, 0, 0, 0},
-    {{11622, 14}, TagType::string, 2, 0, 0, 0},
-    {{11636, 6}, TagType::string, 2, 0, 0, 0},
-    {{11642, 13}, TagType::string, 2, 0, 0, 0},
-    {{11655, 14}, TagType::string, 2, 0, 0, 0},
-    {{11669, 19}, TagType::string, 2, 0, 0, 0},
-    {{11688, 16}, TagType::string, 2, 0, 0, 0},
-    {{11704, 16}, TagType::string, 2, 0, 0, 0},
-    {{11720, 12}, TagType::string, 10, 0, 0, 0},
-    {{11732, 5}, TagType::string, 2, 0, 0, 0},
-    {{11737, 5}, TagType::string, 2, 0, 0, 0},
-    {{11742, 5}, TagType::string, 2, 0, 0, 0},
-    {{11747, 5}, TagType::string, 2, 0, 0, 0},
-    {{11752, 5}, TagType::string, 2, 0, 0, 0},
-    {{11757, 5}, TagType::string, 2, 0, 0, 0},
-    {{11762, 5}, TagType::string, 2, 0, 0, 0},
-    {{11767, 5}, TagType::string, 2, 0, 0, 0},
-    {{11772, 5}, TagType::string, 2, 0, 0, 0},
-    {{11777, 9}, TagType::string, 2, 0, 0, 0},
-    {{11786, 6}, TagType::string, 2, 0, 0, 0},
-    {{11792, 11}, TagType::string, 2, 0, 0, 0},
-    {{11803, 10}, TagType::string, 2, 0, 0, 0},
-    {{11813, 9}, TagType::string, 2, 0, 0, 0},
-    {{11822, 8}, TagType::string, 2, 0, 0, 0},
-    {{11830, 15}, TagType::string, 2, 0, 0, 0},
-    {{11845, 14}, TagType::string, 2, 0, 0, 0},
-    {{11859, 8}, TagType::string, 2, 0, 0, 0},
-    {{11867, 16}, TagType::string, 2, 0, 0, 0},
-    {{11883, 18}, TagType::string, 2, 0, 0, 0},
-    {{11901, 10}, TagType::string, 2, 0, 0, 0},
-    {{11911, 17}, TagType::string, 2, 0, 0, 0},
-    {{11928, 12}, TagType::string, 2, 0, 0, 0},
-    {{11940, 12}, TagType::string, 2, 0, 0, 0},
-    {{11952, 12}, TagType::string, 10, 0, 0, 0},
-    {{11964, 16}, TagType::string, 2, 0, 0, 0},
-    {{11980, 13}, TagType::string, 2, 0, 0, 0},
-    {{11993, 10}, TagType::string, 2, 0, 0, 0},
-    {{12003, 18}, TagType::string, 2, 0, 0, 0},
-    {{12021, 12}, TagType::string, 10, 0, 0, 0},
-    {{12033, 6}, TagType::string, 2, 0, 0, 0},
-    {{12039, 6}, TagType::string, 2, 0, 0, 0},
-    {{12045, 6}, TagType::string, 2, 0, 0, 0},
-    {{12051, 11}, TagType::int8u, 0, 0, 3096, 5},
-    {{12062, 9}, TagType::int8u, 0, 0, 3038, 2},
-    {{12071, 12}, TagType::int16u, 0, 0, 3006, 31},
-    {{12083, 7}, TagType::int16u, 0, 3, 0, 0},
-    {{12090, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{12109, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{12121, 10}, TagType::string, 0, 4, 0, 0},
-    {{12131, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{12145, 15}, TagType::int32u, 0, 0, 3281, 4},
-    {{12160, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{12175, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{12190, 17}, TagType::fixed32u, 0, 0, 0, 0},
-    {{12207, 17}, TagType::fixed32u, 0, 0, 0, 0},
-    {{12224, 9}, TagType::int16u, 0, 2, 0, 0},
-    {{12233, 18}, TagType::string, 0, 0, 0, 0},
-    {{12251, 9}, TagType::float_, 0, 3, 0, 0},
-    {{12260, 17}, TagType::int32s, 0, 0, 0, 0},
-    {{12277, 22}, TagType::int32s, 0, 0, 0, 0},
-    {{12299, 8}, TagType::float_, 0, 3, 0, 0},
-    {{12307, 14}, TagType::int32u, 0, 0, 3285, 3},
-    {{12321, 21}, TagType::float_, 0, 0, 0, 0},
-    {{12342, 19}, TagType::float_, 0, 0, 0, 0},
-    {{12361, 15}, TagType::float_, 0, 0, 0, 0},
-    {{12376, 16}, TagType::float_, 0, 0, 0, 0},
-    {{12392, 13}, TagType::float_, 0, 0, 0, 0},
-    {{12405, 16}, TagType::float_, 0, 0, 0, 0},
-    {{12421, 13}, TagType::float_, 0, 3, 0, 0},
-    {{12434, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{12440, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{12447, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{12466, 22}, TagType::int32u, 0, 0, 0, 0},
-    {{12488, 20}, TagType::int32u, 0, 0, 0, 0},
-    {{12508, 21}, TagType::int32u, 0, 0, 0, 0},
-    {{12529, 7}, TagType::string, 0, 0, 0, 0},
-    {{12536, 7}, TagType::string, 0, 0, 0, 0},
-    {{12543, 13}, TagType::string, 0, 0, 0, 0},
-    {{12556, 10}, TagType::string, 0, 0, 0, 0},
-    {{12566, 12}, TagType::string, 0, 0, 0, 0},
-    {{12578, 16}, TagType::string, 0, 0, 0, 0},
-    {{12594, 5}, TagType::string, 0, 0, 0, 0},
-    {{12599, 13}, TagType::string, 0, 0, 0, 0},
-    {{12612, 15}, TagType::string, 0, 0, 0, 0},
-    {{12627, 6}, TagType::string, 0, 0, 0, 0},
-    {{12633, 15}, TagType::string, 0, 0, 0, 0},
-    {{12648, 17}, TagType::string, 0, 0, 0, 0},
-    {{12665, 4}, TagType::string, 0, 0, 0, 0},
-    {{12669, 13}, TagType::string, 0, 0, 0, 0},
-    {{12682, 19}, TagType::string, 0, 0, 0, 0},
-    {{12701, 8}, TagType::string, 0, 0, 0, 0},
-    {{12709, 9}, TagType::string, 0, 0, 0, 0},
-    {{12718, 15}, TagType::string, 0, 0, 0, 0},
-    {{12733, 4}, TagType::string, 0, 0, 0, 0},
-    {{12737, 12}, TagType::string, 0, 0, 0, 0},
-    {{12749, 12}, TagType::string, 0, 0, 0, 0},
-    {{12761, 13}, TagType::string, 0, 0, 0, 0},
-    {{12774, 15}, TagType::string, 0, 0, 0, 0},
-    {{12789, 15}, TagType::string, 0, 0, 0, 0},
-    {{12804, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{12812, 6}, TagType::string, 0, 0, 0, 0},
-    {{12818, 14}, TagType::fixed32s, 0, 0, 0, 0},
-    {{12832, 16}, TagType::fixed32s, 0, 0, 0, 0},
-    {{12848, 15}, TagType::fixed32s, 0, 0, 0, 0},
-    {{12863, 14}, TagType::string, 0, 0, 0, 0},
-    {{12877, 8}, TagType::string, 0, 0, 0, 0},
-    {{12885, 11}, TagType::string, 0, 0, 0, 0},
-    {{12896, 10}, TagType::string, 0, 0, 0, 0},
-    {{12906, 9}, TagType::string, 0, 0, 0, 0},
+    {{0, 8}, TagType::image_b64, 10, 0, 0, 0},  // CoverArt
+    {{8, 12}, TagType::string, 0, 0, 0, 0},  // CoverArtType
+    {{20, 11}, TagType::string, 2, 0, 0, 0},  // AlbumArtist
+    {{31, 5}, TagType::string, 2, 0, 0, 0},  // Album
+    {{36, 6}, TagType::string, 2, 0, 0, 0},  // Artist
+    {{42, 7}, TagType::string, 2, 0, 0, 0},  // Comment
+    {{49, 5}, TagType::string, 2, 0, 0, 0},  // Genre
+    {{54, 8}, TagType::string, 2, 0, 0, 0},  // Subtitle
+    {{62, 11}, TagType::string, 0, 0, 0, 0},  // CreatorTool
+    {{73, 5}, TagType::string, 2, 0, 0, 0},  // Title
+    {{78, 4}, TagType::string, 2, 0, 0, 0},  // Year
+    {{82, 15}, TagType::string, 0, 0, 0, 0},  // iTunesMediaType
+    {{97, 11}, TagType::string, 0, 0, 0, 0},  // ChapterName
+    {{108, 13}, TagType::int32u, 0, 0, 0, 0},  // ChapterNumber
+    {{121, 17}, TagType::string, 26, 0, 0, 0},  // SphericalVideoXML
+    {{138, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{146, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
+    {{161, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
+    {{179, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
+    {{199, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
+    {{218, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
+    {{242, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
+    {{269, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
+    {{289, 7}, TagType::int32s, 2, 0, 0, 0},  // AlbumID
+    {{296, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
+    {{314, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
+    {{333, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
+    {{351, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{363, 11}, TagType::string, 0, 4, 0, 0},  // AudioFormat
+    {{374, 6}, TagType::string, 2, 0, 0, 0},  // Author
+    {{380, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
+    {{395, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
+    {{407, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
+    {{414, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
+    {{420, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
+    {{430, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
+    {{444, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
+    {{455, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
+    {{473, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
+    {{484, 8}, TagType::string, 0, 0, 0, 0},  // Channels
+    {{492, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
+    {{518, 9}, TagType::string, 2, 0, 0, 0},  // Copyright
+    {{527, 5}, TagType::string, 0, 0, 0, 0},  // Count
+    {{532, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
+    {{546, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
+    {{559, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
+    {{572, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
+    {{596, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
+    {{604, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
+    {{614, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
+    {{624, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
+    {{629, 11}, TagType::string, 2, 0, 0, 0},  // Description
+    {{640, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
+    {{653, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
+    {{661, 5}, TagType::string, 0, 0, 0, 0},  // Event
+    {{666, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
+    {{674, 8}, TagType::string, 0, 0, 0, 0},  // FileType
+    {{682, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
+    {{691, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
+    {{697, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
+    {{706, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
+    {{715, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
+    {{728, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
+    {{733, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
+    {{744, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
+    {{757, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
+    {{766, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
+    {{777, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{785, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
+    {{802, 9}, TagType::int8s, 2, 0, 0, 11},  // MediaType
+    {{811, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
+    {{821, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
+    {{829, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
+    {{838, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
+    {{847, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
+    {{864, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
+    {{881, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
+    {{894, 8}, TagType::string, 0, 0, 0, 0},  // Provider
+    {{902, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
+    {{917, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
+    {{928, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
+    {{937, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
+    {{948, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
+    {{957, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
+    {{970, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
+    {{986, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
+    {{1004, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
+    {{1021, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
+    {{1043, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
+    {{1068, 11}, TagType::datetimez, 2, 0, 0, 0},  // ReleaseDate
+    {{1079, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
+    {{1093, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
+    {{1109, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
+    {{1124, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
+    {{1144, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
+    {{1167, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
+    {{1179, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
+    {{1193, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
+    {{1202, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{1209, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
+    {{1215, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
+    {{1221, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
+    {{1227, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
+    {{1233, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
+    {{1239, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
+    {{1245, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
+    {{1251, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
+    {{1257, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
+    {{1263, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
+    {{1269, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
+    {{1275, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
+    {{1281, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
+    {{1287, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
+    {{1293, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
+    {{1299, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
+    {{1305, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
+    {{1313, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
+    {{1322, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
+    {{1331, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
+    {{1345, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
+    {{1358, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
+    {{1368, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
+    {{1379, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
+    {{1390, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
+    {{1409, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
+    {{1427, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
+    {{1440, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
+    {{1462, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
+    {{1482, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
+    {{1502, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
+    {{1520, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
+    {{1540, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
+    {{1560, 10}, TagType::string, 2, 0, 0, 0},  // UserRating
+    {{1570, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
+    {{1587, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
+    {{1599, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
+    {{1610, 14}, TagType::int16s, 2, 0, 0, 0},  // BeatsPerMinute
+    {{1624, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
+    {{1646, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
+    {{1669, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
+    {{1681, 7}, TagType::int32s, 2, 0, 11, 2642},  // GenreID
+    {{1688, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{1696, 6}, TagType::string, 2, 0, 0, 0},  // Lyrics
+    {{1702, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
+    {{1706, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{1736, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
+    {{1756, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
+    {{1772, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
+    {{1786, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
+    {{1800, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
+    {{1813, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
+    {{1829, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
+    {{1848, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
+    {{1869, 11}, TagType::string, 2, 0, 0, 0},  // TrackNumber
+    {{1880, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
+    {{1900, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
+    {{1914, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
+    {{1925, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
+    {{1935, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
+    {{1954, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
+    {{1968, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
+    {{1979, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
+    {{2004, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
+    {{2030, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
+    {{2040, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
+    {{2048, 9}, TagType::string, 0, 0, 0, 0},  // Resources
+    {{2057, 8}, TagType::string, 0, 0, 0, 0},  // Complete
+    {{2065, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
+    {{2083, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
+    {{2092, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
+    {{2103, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
+    {{2120, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
+    {{2130, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
+    {{2155, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
+    {{2168, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{2179, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
+    {{2190, 14}, TagType::string, 2, 0, 0, 0},  // ProductVersion
+    {{2204, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
+    {{2219, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
+    {{2229, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
+    {{2249, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
+    {{2258, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
+    {{2270, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
+    {{2281, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
+    {{2292, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{2304, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
+    {{2310, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
+    {{2325, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
+    {{2333, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
+    {{2349, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
+    {{2361, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
+    {{2376, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
+    {{2388, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
+    {{2399, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
+    {{2408, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{2419, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
+    {{2428, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
+    {{2440, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
+    {{2449, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
+    {{2457, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
+    {{2470, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
+    {{2478, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
+    {{2486, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
+    {{2499, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
+    {{2513, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
+    {{2522, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
+    {{2532, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
+    {{2538, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
+    {{2546, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
+    {{2556, 11}, TagType::string, 0, 0, 0, 0},  // StationName
+    {{2567, 8}, TagType::string, 0, 0, 0, 0},  // Division
+    {{2575, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
+    {{2580, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
+    {{2588, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{2592, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
+    {{2601, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
+    {{2614, 8}, TagType::string, 0, 0, 0, 0},  // Computer
+    {{2622, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
+    {{2635, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
+    {{2647, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
+    {{2658, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
+    {{2668, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
+    {{2675, 7}, TagType::string, 0, 0, 0, 0},  // Project
+    {{2682, 6}, TagType::string, 0, 0, 0, 0},  // Gender
+    {{2688, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
+    {{2695, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
+    {{2707, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
+    {{2722, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
+    {{2734, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
+    {{2757, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
+    {{2770, 5}, TagType::string, 2, 0, 0, 0},  // Color
+    {{2775, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
+    {{2784, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
+    {{2794, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
+    {{2807, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
+    {{2819, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
+    {{2830, 7}, TagType::string, 0, 0, 0, 0},  // Summary
+    {{2837, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
+    {{2853, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
+    {{2863, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
+    {{2879, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
+    {{2889, 4}, TagType::string, 0, 0, 0, 0},  // Mood
+    {{2893, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
+    {{2903, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
+    {{2918, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{2921, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
+    {{2932, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
+    {{2941, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
+    {{2948, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
+    {{2955, 8}, TagType::string, 0, 0, 0, 0},  // FullName
+    {{2963, 6}, TagType::string, 0, 0, 0, 0},  // Street
+    {{2969, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
+    {{2979, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
+    {{2988, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
+    {{2997, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
+    {{3017, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
+    {{3035, 8}, TagType::int16u, 0, 0, 0, 0},  // BitDepth
+    {{3043, 15}, TagType::int32s, 0, 0, 0, 0},  // AudioSampleRate
+    {{3058, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
+    {{3073, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
+    {{3089, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
+    {{3099, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
+    {{3110, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
+    {{3122, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
+    {{3130, 9}, TagType::string, 0, 0, 0, 0},  // Composers
+    {{3139, 9}, TagType::string, 0, 0, 0, 0},  // Directors
+    {{3148, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
+    {{3162, 9}, TagType::string, 0, 0, 0, 0},  // Producers
+    {{3171, 7}, TagType::string, 0, 0, 0, 0},  // Writers
+    {{3178, 9}, TagType::string, 2, 0, 0, 0},  // Publisher
+    {{3187, 6}, TagType::string, 0, 0, 0, 0},  // Period
+    {{3193, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
+    {{3203, 9}, TagType::string, 2, 0, 0, 0},  // EncodedBy
+    {{3212, 6}, TagType::int8s, 2, 0, 2653, 4},  // Rating
+    {{3218, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
+    {{3225, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
+    {{3232, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{3238, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
+    {{3247, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
+    {{3260, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
+    {{3271, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
+    {{3284, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
+    {{3300, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
+    {{3305, 3}, TagType::string, 0, 0, 0, 0},  // SAP
+    {{3308, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
+    {{3319, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
+    {{3337, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
+    {{3352, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
+    {{3365, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
+    {{3374, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
+    {{3394, 10}, TagType::string, 0, 0, 0, 0},  // Profession
+    {{3404, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
+    {{3417, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
+    {{3429, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
+    {{3444, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
+    {{3460, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
+    {{3469, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
+    {{3479, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
+    {{3495, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
+    {{3509, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
+    {{3519, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
+    {{3538, 8}, TagType::string, 0, 0, 0, 0},  // LastName
+    {{3546, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
+    {{3554, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
+    {{3565, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
+    {{3574, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
+    {{3589, 5}, TagType::string, 0, 0, 0, 0},  // Label
+    {{3594, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
+    {{3605, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
+    {{3620, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
+    {{3631, 5}, TagType::string, 2, 0, 0, 0},  // Owner
+    {{3636, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
+    {{3645, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
+    {{3654, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
+    {{3663, 8}, TagType::string, 0, 0, 0, 0},  // Priority
+    {{3671, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
+    {{3685, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
+    {{3691, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
+    {{3706, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
+    {{3717, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
+    {{3736, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
+    {{3749, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
+    {{3761, 9}, TagType::string, 0, 0, 0, 0},  // Protected
+    {{3770, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
+    {{3792, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
+    {{3809, 4}, TagType::string, 2, 0, 0, 0},  // Name
+    {{3813, 4}, TagType::string, 0, 0, 0, 0},  // Size
+    {{3817, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
+    {{3827, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
+    {{3839, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{3850, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
+    {{3862, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
+    {{3872, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
+    {{3882, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
+    {{3892, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
+    {{3905, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
+    {{3914, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
+    {{3928, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
+    {{3936, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
+    {{3950, 5}, TagType::string, 0, 0, 0, 0},  // Telex
+    {{3955, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
+    {{3962, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
+    {{3981, 4}, TagType::string, 0, 0, 0, 0},  // City
+    {{3985, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
+    {{4002, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
+    {{4016, 7}, TagType::string, 0, 0, 0, 0},  // Creator
+    {{4023, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
+    {{4034, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
+    {{4052, 8}, TagType::string, 0, 0, 0, 0},  // Children
+    {{4060, 12}, TagType::string, 0, 0, 0, 0},  // Participants
+    {{4072, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
+    {{4097, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{4104, 8}, TagType::string, 2, 0, 0, 0},  // Category
+    {{4112, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
+    {{4123, 6}, TagType::string, 0, 0, 0, 0},  // Status
+    {{4129, 6}, TagType::string, 0, 0, 0, 0},  // Slides
+    {{4135, 5}, TagType::string, 0, 0, 0, 0},  // Pager
+    {{4140, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
+    {{4151, 6}, TagType::string, 0, 0, 0, 0},  // Folder
+    {{4157, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
+    {{4171, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
+    {{4185, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
+    {{4197, 5}, TagType::string, 0, 0, 0, 0},  // POBox
+    {{4202, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
+    {{4214, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
+    {{4224, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
+    {{4233, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
+    {{4251, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
+    {{4261, 10}, TagType::string, 0, 0, 0, 0},  // Importance
+    {{4271, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
+    {{4281, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
+    {{4294, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
+    {{4303, 5}, TagType::string, 0, 0, 0, 0},  // Store
+    {{4308, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
+    {{4319, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
+    {{4326, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
+    {{4333, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
+    {{4341, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
+    {{4353, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
+    {{4365, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
+    {{4376, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
+    {{4384, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
+    {{4395, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
+    {{4402, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
+    {{4412, 4}, TagType::string, 0, 0, 0, 0},  // Path
+    {{4416, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
+    {{4427, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
+    {{4441, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
+    {{4450, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
+    {{4462, 6}, TagType::string, 0, 0, 0, 0},  // Shared
+    {{4468, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
+    {{4478, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
+    {{4493, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
+    {{4499, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
+    {{4511, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
+    {{4527, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
+    {{4538, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
+    {{4547, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
+    {{4560, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{4565, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
+    {{4574, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
+    {{4585, 8}, TagType::string, 2, 0, 0, 0},  // Keywords
+    {{4593, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{4601, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
+    {{4613, 8}, TagType::string, 0, 0, 0, 0},  // Initials
+    {{4621, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{4625, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
+    {{4636, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
+    {{4649, 10}, TagType::string, 0, 0, 0, 0},  // Department
+    {{4659, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
+    {{4666, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
+    {{4677, 23}, TagType::int8u, 0, 0, 0, 0},  // AV1ConfigurationVersion
+    {{4700, 10}, TagType::int8u, 0, 0, 0, 0},  // SeqProfile
+    {{4710, 12}, TagType::int8u, 0, 0, 0, 0},  // SeqLevelIdx0
+    {{4722, 8}, TagType::int8u, 0, 0, 0, 0},  // SeqTier0
+    {{4730, 12}, TagType::int8u, 0, 0, 0, 0},  // HighBitDepth
+    {{4742, 9}, TagType::int8u, 0, 0, 0, 0},  // TwelveBit
+    {{4751, 12}, TagType::int8u, 0, 0, 2657, 5},  // ChromaFormat
+    {{4763, 20}, TagType::int8u, 0, 0, 2662, 4},  // ChromaSamplePosition
+    {{4783, 19}, TagType::int8u, 0, 0, 0, 0},  // InitialDelaySamples
+    {{4802, 9}, TagType::int8u, 0, 0, 0, 0},  // AccelMode
+    {{4811, 10}, TagType::int64u, 0, 0, 0, 0},  // SampleTime
+    {{4821, 8}, TagType::float_, 0, 3, 0, 0},  // AccelYPR
+    {{4829, 7}, TagType::fixed16s, 2, 0, 0, 0},  // Balance
+    {{4836, 19}, TagType::int32u, 0, 0, 0, 0},  // AudioProfileVersion
+    {{4855, 12}, TagType::int32u, 0, 0, 0, 0},  // AudioTrackID
+    {{4867, 10}, TagType::string, 0, 4, 0, 0},  // AudioCodec
+    {{4877, 14}, TagType::int32u, 0, 0, 0, 0},  // AudioCodecInfo
+    {{4891, 15}, TagType::int32u, 0, 0, 2666, 3},  // AudioAttributes
+    {{4906, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioAvgBitrate
+    {{4921, 15}, TagType::int32u, 0, 0, 0, 0},  // AudioMaxBitrate
+    {{4936, 13}, TagType::int32s, 0, 0, 0, 0},  // AudioChannels
+    {{4949, 13}, TagType::string, 0, 4, 2669, 19},  // AudioVendorID
+    {{4962, 18}, TagType::int16u, 0, 0, 0, 0},  // AudioBitsPerSample
+    {{4980, 10}, TagType::int32u, 0, 0, 0, 0},  // BufferSize
+    {{4990, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
+    {{5000, 14}, TagType::int32u, 0, 0, 0, 0},  // AverageBitrate
+    {{5014, 11}, TagType::string, 0, 0, 0, 0},  // Compression
+    {{5025, 11}, TagType::int16u, 0, 0, 2688, 87},  // LayoutFlags
+    {{5036, 17}, TagType::int32u, 0, 0, 2775, 18},  // AudioChannelTypes
+    {{5053, 22}, TagType::int32u, 0, 0, 0, 0},  // NumChannelDescriptions
+    {{5075, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel1Label
+    {{5088, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel1Flags
+    {{5101, 19}, TagType::float_, 0, 3, 0, 0},  // Channel1Coordinates
+    {{5120, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel2Label
+    {{5133, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel2Flags
+    {{5146, 19}, TagType::float_, 0, 3, 0, 0},  // Channel2Coordinates
+    {{5165, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel3Label
+    {{5178, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel3Flags
+    {{5191, 19}, TagType::float_, 0, 3, 0, 0},  // Channel3Coordinates
+    {{5210, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel4Label
+    {{5223, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel4Flags
+    {{5236, 19}, TagType::float_, 0, 3, 0, 0},  // Channel4Coordinates
+    {{5255, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel5Label
+    {{5268, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel5Flags
+    {{5281, 19}, TagType::float_, 0, 3, 0, 0},  // Channel5Coordinates
+    {{5300, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel6Label
+    {{5313, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel6Flags
+    {{5326, 19}, TagType::float_, 0, 3, 0, 0},  // Channel6Coordinates
+    {{5345, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel7Label
+    {{5358, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel7Flags
+    {{5371, 19}, TagType::float_, 0, 3, 0, 0},  // Channel7Coordinates
+    {{5390, 13}, TagType::int32u, 0, 0, 2793, 64},  // Channel8Label
+    {{5403, 13}, TagType::int32u, 0, 0, 2666, 3},  // Channel8Flags
+    {{5416, 19}, TagType::float_, 0, 3, 0, 0},  // Channel8Coordinates
+    {{5435, 18}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureWidth
+    {{5453, 19}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureHeight
+    {{5472, 20}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureOffsetX
+    {{5492, 20}, TagType::rational64s, 0, 0, 0, 0},  // CleanApertureOffsetY
+    {{5512, 13}, TagType::string, 0, 4, 0, 0},  // ColorProfiles
+    {{5525, 14}, TagType::int16u, 0, 0, 2857, 12},  // ColorPrimaries
+    {{5539, 23}, TagType::int16u, 0, 0, 2869, 19},  // TransferCharacteristics
+    {{5562, 18}, TagType::int16u, 0, 0, 2888, 15},  // MatrixCoefficients
+    {{5580, 18}, TagType::int8u, 0, 0, 0, 0},  // VideoFullRangeFlag
+    {{5598, 20}, TagType::int16u, 0, 0, 0, 0},  // MaxContentLightLevel
+    {{5618, 23}, TagType::int16u, 0, 0, 0, 0},  // MaxPicAverageLightLevel
+    {{5641, 3}, TagType::string, 0, 0, 0, 0},  // URN
+    {{5644, 13}, TagType::string, 0, 4, 0, 0},  // EncoderVendor
+    {{5657, 14}, TagType::int8u, 0, 0, 0, 0},  // EncoderVersion
+    {{5671, 26}, TagType::string, 0, 0, 0, 0},  // AudioAvailableBitRateRange
+    {{5697, 23}, TagType::string, 0, 0, 0, 0},  // AudioBitRateControlMode
+    {{5720, 22}, TagType::string, 0, 0, 0, 0},  // AudioExtendFrequencies
+    {{5742, 25}, TagType::string, 0, 0, 0, 0},  // AudioCurrentTargetBitRate
+    {{5767, 21}, TagType::string, 0, 0, 0, 0},  // AudioComponentVersion
+    {{5788, 28}, TagType::string, 0, 0, 0, 0},  // AudioAvailableNumberChannels
+    {{5816, 18}, TagType::string, 0, 0, 0, 0},  // AudioIsInitialized
+    {{5834, 29}, TagType::string, 0, 0, 0, 0},  // AudioDoesSampleRateConversion
+    {{5863, 21}, TagType::string, 0, 0, 0, 0},  // AudioMinimumDelayMode
+    {{5884, 30}, TagType::string, 0, 0, 0, 0},  // AudioMinimumNumberInputPackets
+    {{5914, 31}, TagType::string, 0, 0, 0, 0},  // AudioMinimumNumberOutputPackets
+    {{5945, 21}, TagType::string, 0, 0, 0, 0},  // AudioOutputPrecedence
+    {{5966, 21}, TagType::string, 0, 0, 0, 0},  // AudioZeroFramesPadded
+    {{5987, 26}, TagType::string, 0, 0, 0, 0},  // AudioMaximumPacketByteSize
+    {{6013, 30}, TagType::string, 0, 0, 0, 0},  // AudioRequiresPacketDescription
+    {{6043, 20}, TagType::string, 0, 0, 0, 0},  // AudioPacketFrameSize
+    {{6063, 21}, TagType::string, 0, 0, 0, 0},  // AudioCodecPrimeMethod
+    {{6084, 19}, TagType::string, 0, 0, 0, 0},  // AudioQualitySetting
+    {{6103, 20}, TagType::string, 0, 0, 0, 0},  // AudioInputBufferSize
+    {{6123, 24}, TagType::string, 0, 0, 0, 0},  // AudioUsedInputBufferSize
+    {{6147, 29}, TagType::string, 0, 0, 0, 0},  // AudioUseRecommendedSampleRate
+    {{6176, 15}, TagType::string, 0, 0, 0, 0},  // AudioVBRQuality
+    {{6191, 26}, TagType::string, 0, 0, 0, 0},  // AudioEncodingParamsVersion
+    {{6217, 31}, TagType::string, 0, 0, 0, 0},  // AudioHasVariablePacketByteSizes
+    {{6248, 18}, TagType::int32u, 0, 0, 0, 0},  // FileProfileVersion
+    {{6266, 17}, TagType::int32u, 0, 0, 2903, 3},  // FileFunctionFlags
+    {{6283, 10}, TagType::string, 0, 4, 2906, 100},  // MajorBrand
+    {{6293, 12}, TagType::string, 0, 4, 0, 0},  // MinorVersion
+    {{6305, 16}, TagType::string, 0, 0, 0, 0},  // CompatibleBrands
+    {{6321, 17}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageWidth
+    {{6338, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageHeight
+    {{6356, 18}, TagType::int32u, 0, 0, 0, 0},  // PreviewImageLength
+    {{6374, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
+    {{6386, 12}, TagType::string, 0, 0, 0, 0},  // PreviewImage
+    {{6398, 10}, TagType::int8u, 0, 0, 0, 0},  // FusionMode
+    {{6408, 9}, TagType::float_, 0, 3, 0, 0},  // FusionYPR
+    {{6417, 7}, TagType::int8u, 0, 0, 0, 0},  // GPSMode
+    {{6424, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
+    {{6435, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
+    {{6447, 11}, TagType::float_, 0, 0, 0, 0},  // GPSAltitude
+    {{6458, 8}, TagType::int32s, 0, 0, 0, 0},  // GPSSpeed
+    {{6466, 8}, TagType::int16u, 0, 0, 0, 0},  // GPSTrack
+    {{6474, 12}, TagType::float_, 0, 3, 0, 0},  // Acceleration
+    {{6486, 4}, TagType::string, 8, 0, 0, 0},  // Text
+    {{6490, 15}, TagType::int8u, 0, 0, 0, 0},  // GenMediaVersion
+    {{6505, 8}, TagType::int8u, 0, 3, 0, 0},  // GenFlags
+    {{6513, 15}, TagType::int16u, 0, 0, 3006, 31},  // GenGraphicsMode
+    {{6528, 10}, TagType::int16u, 0, 3, 0, 0},  // GenOpColor
+    {{6538, 10}, TagType::fixed16s, 0, 0, 0, 0},  // GenBalance
+    {{6548, 8}, TagType::int8u, 0, 0, 0, 0},  // GyroMode
+    {{6556, 7}, TagType::float_, 0, 3, 0, 0},  // GyroYPR
+    {{6563, 24}, TagType::int8u, 0, 0, 0, 0},  // HEVCConfigurationVersion
+    {{6587, 19}, TagType::int8u, 0, 0, 3037, 1},  // GeneralProfileSpace
+    {{6606, 15}, TagType::int8u, 0, 0, 3038, 2},  // GeneralTierFlag
+    {{6621, 17}, TagType::int8u, 0, 0, 3040, 12},  // GeneralProfileIDC
+    {{6638, 28}, TagType::int32u, 0, 0, 3052, 12},  // GenProfileCompatibilityFlags
+    {{6666, 24}, TagType::int8u, 0, 6, 0, 0},  // ConstraintIndicatorFlags
+    {{6690, 15}, TagType::int8u, 0, 0, 0, 0},  // GeneralLevelIDC
+    {{6705, 25}, TagType::int16u, 0, 0, 0, 0},  // MinSpatialSegmentationIDC
+    {{6730, 15}, TagType::int8u, 0, 0, 0, 0},  // ParallelismType
+    {{6745, 12}, TagType::int8u, 0, 0, 0, 0},  // BitDepthLuma
+    {{6757, 14}, TagType::int8u, 0, 0, 0, 0},  // BitDepthChroma
+    {{6771, 16}, TagType::int16u, 0, 0, 0, 0},  // AverageFrameRate
+    {{6787, 17}, TagType::int8u, 0, 0, 3064, 3},  // ConstantFrameRate
+    {{6804, 17}, TagType::int8u, 0, 0, 0, 0},  // NumTemporalLayers
+    {{6821, 16}, TagType::int8u, 0, 0, 3038, 2},  // TemporalIDNested
+    {{6837, 12}, TagType::int32u, 0, 0, 0, 0},  // Unknown_slmt
+    {{6849, 12}, TagType::string, 0, 4, 3067, 2},  // HandlerClass
+    {{6861, 11}, TagType::string, 0, 4, 3069, 25},  // HandlerType
+    {{6872, 15}, TagType::string, 0, 4, 2669, 19},  // HandlerVendorID
+    {{6887, 18}, TagType::string, 0, 0, 0, 0},  // HandlerDescription
+    {{6905, 10}, TagType::int16u, 0, 0, 0, 0},  // MaxPDUSize
+    {{6915, 10}, TagType::int16u, 0, 0, 0, 0},  // AvgPDUSize
+    {{6925, 10}, TagType::int32u, 0, 0, 0, 0},  // AvgBitrate
+    {{6935, 25}, TagType::string, 0, 0, 0, 0},  // RealtimeStreamingProtocol
+    {{6960, 21}, TagType::string, 0, 0, 0, 0},  // StreamingDataProtocol
+    {{6981, 10}, TagType::string, 0, 4, 0, 0},  // HintFormat
+    {{6991, 16}, TagType::int16u, 0, 0, 0, 0},  // HintTrackVersion
+    {{7007, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
+    {{7020, 26}, TagType::int32u, 0, 0, 0, 0},  // SequenceNumberRandomOffset
+    {{7046, 12}, TagType::int32u, 0, 0, 0, 0},  // RTPTimeScale
+    {{7058, 21}, TagType::int32u, 0, 0, 0, 0},  // TimestampRandomOffset
+    {{7079, 18}, TagType::int64u, 0, 0, 0, 0},  // ImmediateDataBytes
+    {{7097, 21}, TagType::int32u, 0, 0, 0, 0},  // LargestPacketDuration
+    {{7118, 15}, TagType::int64u, 0, 0, 0, 0},  // MediaTrackBytes
+    {{7133, 17}, TagType::int64u, 0, 0, 0, 0},  // RepeatedDataBytes
+    {{7150, 11}, TagType::int32u, 0, 2, 0, 0},  // MaxDataRate
+    {{7161, 10}, TagType::int32s, 0, 0, 0, 0},  // NumPackets
+    {{7171, 11}, TagType::string, 0, 0, 0, 0},  // PayloadType
+    {{7182, 17}, TagType::int32u, 0, 0, 0, 0},  // LargestPacketSize
+    {{7199, 19}, TagType::int32u, 0, 0, 0, 0},  // MaxTransmissionTime
+    {{7218, 19}, TagType::int32u, 0, 0, 0, 0},  // MinTransmissionTime
+    {{7237, 10}, TagType::int32s, 0, 0, 0, 0},  // TotalBytes
+    {{7247, 22}, TagType::int32s, 0, 0, 0, 0},  // TotalBytesNoRTPHeaders
+    {{7269, 5}, TagType::string, 2, 0, 0, 0},  // Model
+    {{7274, 8}, TagType::string, 0, 0, 0, 0},  // Firmware
+    {{7282, 10}, TagType::string, 0, 0, 0, 0},  // Parameters
+    {{7292, 12}, TagType::string, 0, 4, 0, 0},  // CompressorID
+    {{7304, 8}, TagType::string, 0, 4, 2669, 19},  // VendorID
+    {{7312, 16}, TagType::int16u, 0, 0, 0, 0},  // SourceImageWidth
+    {{7328, 17}, TagType::int16u, 0, 0, 0, 0},  // SourceImageHeight
+    {{7345, 11}, TagType::fixed32u, 0, 0, 0, 0},  // XResolution
+    {{7356, 11}, TagType::fixed32u, 0, 0, 0, 0},  // YResolution
+    {{7367, 14}, TagType::string, 0, 32, 0, 0},  // CompressorName
+    {{7381, 8}, TagType::int16u, 8, 0, 0, 0},  // JPEGInfo
+    {{7389, 16}, TagType::int16u, 8, 0, 0, 0},  // AVCConfiguration
+    {{7405, 15}, TagType::int16u, 0, 0, 3094, 2},  // VideoFieldOrder
+    {{7420, 5}, TagType::fixed32u, 0, 0, 0, 0},  // Gamma
+    {{7425, 16}, TagType::int32s, 18, 2, 0, 0},  // PixelAspectRatio
+    {{7441, 14}, TagType::int8u, 0, 0, 3096, 5},  // Stereoscopic3D
+    {{7455, 9}, TagType::string, 8, 0, 0, 0},  // ImageData
+    {{7464, 13}, TagType::string, 0, 0, 0, 0},  // ItemInfoEntry
+    {{7477, 16}, TagType::string, 2, 0, 0, 0},  // ParentShortTitle
+    {{7493, 15}, TagType::string, 2, 0, 0, 0},  // ParentProductID
+    {{7508, 11}, TagType::string, 2, 0, 0, 0},  // ParentTitle
+    {{7519, 10}, TagType::string, 2, 0, 0, 0},  // ShortTitle
+    {{7529, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_AACR
+    {{7541, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_CDEK
+    {{7553, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_CDET
+    {{7565, 4}, TagType::string, 2, 0, 0, 0},  // GUID
+    {{7569, 21}, TagType::int8s, 2, 0, 3038, 2},  // AppleStoreAccountType
+    {{7590, 17}, TagType::string, 2, 0, 0, 0},  // AppleStoreAccount
+    {{7607, 8}, TagType::int32s, 2, 0, 0, 0},  // ArtistID
+    {{7615, 10}, TagType::string, 2, 0, 0, 0},  // ComposerID
+    {{7625, 19}, TagType::int32s, 2, 0, 0, 0},  // AppleStoreCatalogID
+    {{7644, 11}, TagType::int8s, 2, 0, 3038, 2},  // Compilation
+    {{7655, 10}, TagType::string, 2, 0, 0, 0},  // DiskNumber
+    {{7665, 21}, TagType::string, 2, 0, 0, 0},  // EpisodeGlobalUniqueID
+    {{7686, 8}, TagType::string, 2, 0, 0, 0},  // Grouping
+    {{7694, 16}, TagType::string, 2, 0, 0, 0},  // GoogleHostHeader
+    {{7710, 17}, TagType::string, 2, 0, 0, 0},  // GooglePingMessage
+    {{7727, 13}, TagType::string, 2, 0, 0, 0},  // GooglePingURL
+    {{7740, 16}, TagType::string, 2, 0, 0, 0},  // GoogleSourceData
+    {{7756, 15}, TagType::string, 2, 0, 0, 0},  // GoogleStartTime
+    {{7771, 19}, TagType::string, 2, 0, 0, 0},  // GoogleTrackDuration
+    {{7790, 7}, TagType::int8s, 2, 0, 3038, 2},  // HDVideo
+    {{7797, 7}, TagType::int8s, 2, 0, 3038, 2},  // iTunesU
+    {{7804, 7}, TagType::string, 2, 0, 0, 0},  // Keyword
+    {{7811, 15}, TagType::string, 2, 0, 0, 0},  // LongDescription
+    {{7826, 7}, TagType::int8s, 2, 0, 3038, 2},  // Podcast
+    {{7833, 9}, TagType::string, 2, 0, 0, 0},  // Performer
+    {{7842, 7}, TagType::int8s, 2, 0, 3038, 2},  // PlayGap
+    {{7849, 9}, TagType::string, 2, 0, 0, 0},  // ProductID
+    {{7858, 12}, TagType::datetimez, 2, 0, 0, 0},  // PurchaseDate
+    {{7870, 10}, TagType::string, 2, 0, 0, 0},  // PodcastURL
+    {{7880, 13}, TagType::string, 2, 0, 0, 0},  // RatingPercent
+    {{7893, 16}, TagType::string, 2, 0, 0, 0},  // StoreDescription
+    {{7909, 17}, TagType::int32s, 2, 0, 3101, 155},  // AppleStoreCountry
+    {{7926, 12}, TagType::int8s, 2, 0, 3038, 2},  // ShowMovement
+    {{7938, 15}, TagType::string, 2, 0, 0, 0},  // SortAlbumArtist
+    {{7953, 9}, TagType::string, 2, 0, 0, 0},  // SortAlbum
+    {{7962, 10}, TagType::string, 2, 0, 0, 0},  // SortArtist
+    {{7972, 12}, TagType::string, 2, 0, 0, 0},  // SortComposer
+    {{7984, 8}, TagType::string, 2, 0, 0, 0},  // SortName
+    {{7992, 8}, TagType::string, 2, 0, 0, 0},  // SortShow
+    {{8000, 11}, TagType::string, 2, 0, 0, 0},  // TVEpisodeID
+    {{8011, 9}, TagType::int32s, 2, 0, 0, 0},  // TVEpisode
+    {{8020, 13}, TagType::string, 2, 0, 0, 0},  // TVNetworkName
+    {{8033, 6}, TagType::string, 2, 0, 0, 0},  // TVShow
+    {{8039, 8}, TagType::int32u, 2, 0, 0, 0},  // TVSeason
+    {{8047, 4}, TagType::string, 2, 0, 0, 0},  // ISRC
+    {{8051, 11}, TagType::string, 2, 0, 0, 0},  // ArtDirector
+    {{8062, 8}, TagType::string, 2, 0, 0, 0},  // Arranger
+    {{8070, 8}, TagType::string, 2, 0, 0, 0},  // Composer
+    {{8078, 9}, TagType::string, 2, 0, 0, 0},  // Conductor
+    {{8087, 17}, TagType::datetimez, 2, 0, 0, 0},  // ContentCreateDate
+    {{8104, 8}, TagType::string, 2, 0, 0, 0},  // Director
+    {{8112, 13}, TagType::int16s, 2, 0, 0, 0},  // MovementCount
+    {{8125, 14}, TagType::int16s, 2, 0, 0, 0},  // MovementNumber
+    {{8139, 12}, TagType::string, 2, 0, 0, 0},  // MovementName
+    {{8151, 8}, TagType::string, 2, 0, 0, 0},  // Narrator
+    {{8159, 14}, TagType::string, 2, 0, 0, 0},  // OriginalArtist
+    {{8173, 8}, TagType::string, 2, 0, 0, 0},  // Producer
+    {{8181, 13}, TagType::string, 2, 0, 0, 0},  // SoundEngineer
+    {{8194, 7}, TagType::string, 2, 0, 0, 0},  // Soloist
+    {{8201, 7}, TagType::string, 2, 0, 0, 0},  // Encoder
+    {{8208, 5}, TagType::string, 2, 0, 0, 0},  // Track
+    {{8213, 4}, TagType::string, 2, 0, 0, 0},  // Work
+    {{8217, 17}, TagType::string, 2, 0, 0, 0},  // ExecutiveProducer
+    {{8234, 14}, TagType::string, 2, 0, 0, 0},  // GPSCoordinates
+    {{8248, 23}, TagType::string, 0, 0, 0, 0},  // ItemPropertyAssociation
+    {{8271, 18}, TagType::string, 0, 0, 0, 0},  // AuxiliaryImageType
+    {{8289, 13}, TagType::rational64s, 0, 0, 0, 0},  // CleanAperture
+    {{8302, 8}, TagType::int8u, 18, 0, 0, 0},  // Rotation
+    {{8310, 18}, TagType::string, 0, 0, 0, 0},  // ImageSpatialExtent
+    {{8328, 15}, TagType::string, 0, 0, 0, 0},  // ImagePixelDepth
+    {{8343, 16}, TagType::int32u, 0, 0, 0, 0},  // RelativeLocation
+    {{8359, 17}, TagType::string, 0, 0, 0, 0},  // AuxiliaryImageRef
+    {{8376, 16}, TagType::int32u, 0, 0, 0, 0},  // ContentDescribes
+    {{8392, 15}, TagType::string, 0, 0, 0, 0},  // DerivedImageRef
+    {{8407, 12}, TagType::string, 0, 0, 0, 0},  // ThumbnailRef
+    {{8419, 11}, TagType::string, 2, 0, 0, 0},  // EncodedWith
+    {{8430, 30}, TagType::int64s, 2, 0, 0, 0},  // ApplePhotosVariationIdentifier
+    {{8460, 7}, TagType::image_b64, 2, 0, 0, 0},  // Artwork
+    {{8467, 16}, TagType::string, 2, 0, 0, 0},  // FrameReadoutTime
+    {{8483, 16}, TagType::string, 2, 0, 0, 0},  // CameraIdentifier
+    {{8499, 14}, TagType::string, 2, 0, 0, 0},  // UserCollection
+    {{8513, 14}, TagType::string, 2, 0, 0, 0},  // AndroidVersion
+    {{8527, 11}, TagType::string, 2, 0, 0, 0},  // CaptureMode
+    {{8538, 17}, TagType::string, 2, 0, 0, 0},  // ContentIdentifier
+    {{8555, 12}, TagType::datetimez, 2, 0, 0, 0},  // CreationDate
+    {{8567, 18}, TagType::string, 2, 0, 0, 0},  // DetectedFaceBounds
+    {{8585, 14}, TagType::string, 2, 0, 0, 0},  // DetectedFaceID
+    {{8599, 21}, TagType::string, 2, 0, 0, 0},  // DetectedFaceRollAngle
+    {{8620, 20}, TagType::string, 2, 0, 0, 0},  // DetectedFaceYawAngle
+    {{8640, 15}, TagType::string, 2, 0, 0, 0},  // CameraDirection
+    {{8655, 12}, TagType::string, 2, 0, 0, 0},  // CameraMotion
+    {{8667, 11}, TagType::string, 2, 0, 0, 0},  // DisplayName
+    {{8678, 11}, TagType::string, 2, 0, 0, 0},  // Information
+    {{8689, 13}, TagType::string, 0, 0, 0, 0},  // LivePhotoInfo
+    {{8702, 13}, TagType::int8u, 2, 0, 0, 0},  // LivePhotoAuto
+    {{8715, 22}, TagType::float_, 2, 0, 0, 0},  // LivePhotoVitalityScore
+    {{8737, 31}, TagType::int64s, 2, 0, 0, 0},  // LivePhotoVitalityScoringVersion
+    {{8768, 26}, TagType::string, 2, 0, 0, 0},  // LocationAccuracyHorizontal
+    {{8794, 12}, TagType::string, 2, 0, 0, 0},  // LocationBody
+    {{8806, 12}, TagType::datetimez, 2, 0, 0, 0},  // LocationDate
+    {{8818, 12}, TagType::string, 2, 0, 0, 0},  // LocationName
+    {{8830, 12}, TagType::string, 2, 0, 0, 0},  // LocationNote
+    {{8842, 12}, TagType::string, 2, 0, 3064, 3},  // LocationRole
+    {{8854, 4}, TagType::string, 2, 0, 0, 0},  // Make
+    {{8858, 4}, TagType::string, 2, 0, 0, 0},  // Bass
+    {{8862, 9}, TagType::string, 2, 0, 0, 0},  // AudioGain
+    {{8871, 4}, TagType::int8u, 2, 0, 3038, 2},  // Mute
+    {{8875, 10}, TagType::string, 2, 0, 0, 0},  // PitchShift
+    {{8885, 6}, TagType::string, 2, 0, 0, 0},  // Treble
+    {{8891, 10}, TagType::string, 2, 0, 0, 0},  // Brightness
+    {{8901, 8}, TagType::string, 2, 0, 0, 0},  // Contrast
+    {{8909, 4}, TagType::string, 2, 0, 0, 0},  // Tint
+    {{8913, 13}, TagType::string, 2, 0, 0, 0},  // PlayerVersion
+    {{8926, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{8934, 14}, TagType::string, 2, 0, 0, 0},  // StillImageTime
+    {{8948, 7}, TagType::string, 2, 0, 0, 0},  // Version
+    {{8955, 16}, TagType::string, 2, 0, 3256, 8},  // VideoOrientation
+    {{8971, 7}, TagType::int8u, 0, 0, 0, 0},  // MagMode
+    {{8978, 15}, TagType::float_, 0, 3, 0, 0},  // MagnetometerXYZ
+    {{8993, 12}, TagType::string, 8, 0, 0, 0},  // GPSDataList2
+    {{9005, 16}, TagType::datetimez, 2, 0, 0, 0},  // DateTimeOriginal
+    {{9021, 11}, TagType::string, 8, 0, 0, 0},  // PreviewPICT
+    {{9032, 11}, TagType::string, 0, 0, 0, 0},  // ARDroneFile
+    {{9043, 14}, TagType::string, 10, 0, 0, 0},  // ThumbnailImage
+    {{9057, 4}, TagType::string, 8, 0, 0, 0},  // Free
+    {{9061, 4}, TagType::string, 8, 0, 0, 0},  // Junk
+    {{9065, 9}, TagType::string, 8, 0, 0, 0},  // MediaData
+    {{9074, 15}, TagType::string, 0, 0, 0, 0},  // MediaDataOffset
+    {{9089, 13}, TagType::string, 0, 0, 0, 0},  // MediaDataSize
+    {{9102, 16}, TagType::string, 10, 0, 0, 0},  // MotionPhotoVideo
+    {{9118, 16}, TagType::string, 0, 0, 0, 0},  // ARDroneTelemetry
+    {{9134, 4}, TagType::string, 8, 0, 0, 0},  // Skip
+    {{9138, 6}, TagType::string, 8, 0, 0, 0},  // GPSLog
+    {{9144, 10}, TagType::string, 0, 0, 0, 0},  // SensorData
+    {{9154, 12}, TagType::string, 0, 0, 0, 0},  // UUID-Unknown
+    {{9166, 4}, TagType::string, 8, 0, 0, 0},  // Wide
+    {{9170, 18}, TagType::int32u, 0, 0, 0, 0},  // MediaHeaderVersion
+    {{9188, 15}, TagType::int32u, 2, 0, 0, 0},  // MediaCreateDate
+    {{9203, 15}, TagType::int32u, 2, 0, 0, 0},  // MediaModifyDate
+    {{9218, 14}, TagType::int32u, 0, 0, 0, 0},  // MediaTimeScale
+    {{9232, 13}, TagType::int32u, 0, 0, 0, 0},  // MediaDuration
+    {{9245, 17}, TagType::int16u, 0, 0, 0, 0},  // MediaLanguageCode
+    {{9262, 15}, TagType::string, 8, 0, 0, 0},  // NullMediaHeader
+    {{9277, 9}, TagType::string, 8, 0, 0, 0},  // BinaryXML
+    {{9286, 13}, TagType::int16u, 0, 0, 0, 0},  // VesperineSize
+    {{9299, 12}, TagType::string, 0, 0, 0, 0},  // ItemLocation
+    {{9311, 11}, TagType::string, 8, 0, 0, 0},  // IPMPControl
+    {{9322, 14}, TagType::string, 8, 0, 0, 0},  // ItemProtection
+    {{9336, 20}, TagType::string, 0, 0, 0, 0},  // PrimaryItemReference
+    {{9356, 11}, TagType::string, 0, 0, 0, 0},  // MetaVersion
+    {{9367, 14}, TagType::string, 2, 0, 0, 0},  // ProductionDate
+    {{9381, 7}, TagType::string, 0, 0, 0, 0},  // Product
+    {{9388, 13}, TagType::string, 0, 0, 3264, 4},  // TrackProperty
+    {{9401, 8}, TagType::string, 2, 0, 0, 0},  // TimeZone
+    {{9409, 10}, TagType::datetime, 2, 1, 0, 0},  // ModifyDate
+    {{9419, 10}, TagType::string, 0, 4, 0, 0},  // MetaFormat
+    {{9429, 8}, TagType::string, 0, 0, 0, 0},  // MetaType
+    {{9437, 11}, TagType::string, 8, 0, 0, 0},  // GPSDataList
+    {{9448, 23}, TagType::string, 8, 0, 0, 0},  // InitialObjectDescriptor
+    {{9471, 9}, TagType::string, 0, 0, 0, 0},  // GarminGPS
+    {{9480, 21}, TagType::int32u, 0, 0, 0, 0},  // MovieFragmentSequence
+    {{9501, 18}, TagType::int8u, 0, 0, 0, 0},  // MovieHeaderVersion
+    {{9519, 10}, TagType::datetime, 2, 1, 0, 0},  // CreateDate
+    {{9529, 9}, TagType::int32u, 0, 0, 0, 0},  // TimeScale
+    {{9538, 13}, TagType::int32u, 0, 0, 0, 0},  // PreferredRate
+    {{9551, 15}, TagType::int16u, 0, 0, 0, 0},  // PreferredVolume
+    {{9566, 15}, TagType::fixed32s, 18, 9, 0, 0},  // MatrixStructure
+    {{9581, 11}, TagType::int32u, 0, 0, 0, 0},  // PreviewTime
+    {{9592, 15}, TagType::int32u, 0, 0, 0, 0},  // PreviewDuration
+    {{9607, 10}, TagType::int32u, 0, 0, 0, 0},  // PosterTime
+    {{9617, 13}, TagType::int32u, 0, 0, 0, 0},  // SelectionTime
+    {{9630, 17}, TagType::int32u, 0, 0, 0, 0},  // SelectionDuration
+    {{9647, 11}, TagType::int32u, 0, 0, 0, 0},  // CurrentTime
+    {{9658, 11}, TagType::int32u, 0, 0, 0, 0},  // NextTrackID
+    {{9669, 11}, TagType::string, 0, 4, 0, 0},  // OtherFormat
+    {{9680, 17}, TagType::rational64u, 0, 0, 0, 0},  // PlaybackFrameRate
+    {{9697, 9}, TagType::string, 0, 0, 0, 0},  // FontTable
+    {{9706, 9}, TagType::string, 0, 0, 0, 0},  // OtherName
+    {{9715, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileName
+    {{9731, 9}, TagType::int64u, 0, 0, 0, 0},  // StartTime
+    {{9740, 11}, TagType::int32u, 2, 0, 0, 0},  // PreviewDate
+    {{9751, 14}, TagType::int16u, 0, 0, 0, 0},  // PreviewVersion
+    {{9765, 15}, TagType::string, 0, 4, 0, 0},  // PreviewAtomType
+    {{9780, 16}, TagType::int16u, 0, 0, 0, 0},  // PreviewAtomIndex
+    {{9796, 10}, TagType::int16u, 0, 0, 3038, 2},  // Endianness
+    {{9806, 14}, TagType::string, 0, 0, 0, 0},  // OriginalFormat
+    {{9820, 7}, TagType::int16s, 0, 3, 0, 0},  // GSensor
+    {{9827, 19}, TagType::string, 0, 0, 0, 0},  // VersionRestrictions
+    {{9846, 10}, TagType::string, 0, 0, 0, 0},  // MediaFlags
+    {{9856, 9}, TagType::string, 0, 0, 0, 0},  // ModeFlags
+    {{9865, 8}, TagType::string, 0, 0, 0, 0},  // Platform
+    {{9873, 6}, TagType::string, 0, 0, 0, 0},  // ItemID
+    {{9879, 8}, TagType::string, 0, 0, 0, 0},  // ItemTool
+    {{9887, 13}, TagType::string, 0, 0, 0, 0},  // TransactionID
+    {{9900, 12}, TagType::string, 0, 0, 0, 0},  // ItemVendorID
+    {{9912, 7}, TagType::int8u, 0, 0, 0, 0},  // RotMode
+    {{9919, 11}, TagType::float_, 0, 3, 0, 0},  // RotationXYZ
+    {{9930, 13}, TagType::string, 8, 0, 0, 0},  // ChunkOffset64
+    {{9943, 34}, TagType::string, 8, 0, 0, 0},  // CompositionToDecodeTimelineMapping
+    {{9977, 23}, TagType::string, 8, 0, 0, 0},  // CompositionTimeToSample
+    {{10000, 17}, TagType::string, 8, 0, 0, 0},  // SamplePaddingBits
+    {{10017, 13}, TagType::string, 8, 0, 0, 0},  // SampleToGroup
+    {{10030, 30}, TagType::string, 8, 0, 0, 0},  // IdependentAndDisposableSamples
+    {{10060, 22}, TagType::string, 8, 0, 0, 0},  // SampleGroupDescription
+    {{10082, 11}, TagType::string, 8, 0, 0, 0},  // ChunkOffset
+    {{10093, 25}, TagType::string, 8, 0, 0, 0},  // SampleDegradationPriority
+    {{10118, 18}, TagType::string, 0, 0, 0, 0},  // PartialSyncSamples
+    {{10136, 13}, TagType::string, 8, 0, 0, 0},  // SampleToChunk
+    {{10149, 21}, TagType::string, 8, 0, 0, 0},  // ShadowSyncSampleTable
+    {{10170, 15}, TagType::string, 8, 0, 0, 0},  // SyncSampleTable
+    {{10185, 11}, TagType::string, 8, 0, 0, 0},  // SampleSizes
+    {{10196, 17}, TagType::string, 8, 0, 0, 0},  // TimeToSampleTable
+    {{10213, 18}, TagType::string, 8, 0, 0, 0},  // CompactSampleSizes
+    {{10231, 21}, TagType::string, 8, 0, 0, 0},  // Sub-sampleInformation
+    {{10252, 11}, TagType::string, 0, 0, 0, 0},  // Certificate
+    {{10263, 20}, TagType::string, 0, 0, 0, 0},  // InitializationVector
+    {{10283, 5}, TagType::string, 0, 0, 0, 0},  // KeyID
+    {{10288, 8}, TagType::string, 0, 0, 0, 0},  // UserName
+    {{10296, 6}, TagType::string, 0, 0, 0, 0},  // UserID
+    {{10302, 10}, TagType::string, 0, 4, 0, 0},  // SchemeType
+    {{10312, 13}, TagType::int16u, 0, 0, 0, 0},  // SchemeVersion
+    {{10325, 9}, TagType::string, 0, 0, 0, 0},  // SchemeURL
+    {{10334, 19}, TagType::int8u, 0, 0, 0, 0},  // SpatialAudioVersion
+    {{10353, 13}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicType
+    {{10366, 14}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicOrder
+    {{10380, 24}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicChannelOrdering
+    {{10404, 22}, TagType::int8u, 0, 0, 3037, 1},  // AmbisonicNormalization
+    {{10426, 17}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicChannels
+    {{10443, 19}, TagType::int32u, 0, 0, 0, 0},  // AmbisonicChannelMap
+    {{10462, 13}, TagType::string, 0, 0, 0, 0},  // Accelerometer
+    {{10475, 17}, TagType::rational64s, 0, 0, 0, 0},  // AccelerometerData
+    {{10492, 15}, TagType::float_, 0, 3, 0, 0},  // AngularVelocity
+    {{10507, 14}, TagType::datetimez, 0, 0, 0, 0},  // CameraDateTime
+    {{10521, 3}, TagType::string, 0, 0, 0, 0},  // Car
+    {{10524, 8}, TagType::string, 0, 0, 0, 0},  // Distance
+    {{10532, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
+    {{10552, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{10559, 11}, TagType::string, 0, 0, 0, 0},  // FrameNumber
+    {{10570, 6}, TagType::string, 0, 0, 0, 0},  // GPSDOP
+    {{10576, 11}, TagType::datetimez, 0, 0, 0, 0},  // GPSDateTime
+    {{10587, 13}, TagType::string, 0, 0, 0, 0},  // GPSSatellites
+    {{10600, 11}, TagType::string, 0, 0, 3268, 3},  // GPSSpeedRef
+    {{10611, 12}, TagType::string, 0, 0, 0, 0},  // GPSTimeStamp
+    {{10623, 11}, TagType::string, 0, 0, 3271, 2},  // GPSTrackRef
+    {{10634, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{10637, 10}, TagType::string, 0, 0, 0, 0},  // JpgFromRaw
+    {{10647, 12}, TagType::string, 0, 0, 0, 0},  // KiloCalories
+    {{10659, 10}, TagType::string, 0, 0, 0, 0},  // RawGSensor
+    {{10669, 14}, TagType::datetimez, 0, 0, 0, 0},  // SampleDateTime
+    {{10683, 14}, TagType::string, 0, 0, 0, 0},  // SampleDuration
+    {{10697, 8}, TagType::int32u, 0, 0, 0, 0},  // TimeCode
+    {{10705, 9}, TagType::string, 0, 0, 0, 0},  // Unknown00
+    {{10714, 9}, TagType::string, 0, 0, 0, 0},  // Unknown01
+    {{10723, 9}, TagType::string, 0, 0, 0, 0},  // Unknown02
+    {{10732, 9}, TagType::string, 0, 0, 0, 0},  // Unknown03
+    {{10741, 9}, TagType::string, 0, 0, 0, 0},  // UserLabel
+    {{10750, 13}, TagType::string, 0, 0, 0, 0},  // VerticalSpeed
+    {{10763, 14}, TagType::string, 0, 0, 0, 0},  // VideoTimeStamp
+    {{10777, 8}, TagType::int16u, 0, 0, 3037, 1},  // TextFont
+    {{10785, 8}, TagType::int16u, 0, 0, 3273, 8},  // TextFace
+    {{10793, 8}, TagType::int16u, 0, 0, 0, 0},  // TextSize
+    {{10801, 9}, TagType::int16u, 0, 3, 0, 0},  // TextColor
+    {{10810, 15}, TagType::int16u, 0, 3, 0, 0},  // BackgroundColor
+    {{10825, 8}, TagType::pstring, 0, 0, 0, 0},  // FontName
+    {{10833, 8}, TagType::string, 8, 0, 0, 0},  // TomTomHL
+    {{10841, 8}, TagType::string, 0, 0, 0, 0},  // TomTomID
+    {{10849, 8}, TagType::string, 0, 0, 0, 0},  // TomTomVD
+    {{10857, 8}, TagType::int32u, 0, 0, 0, 0},  // TomTomVI
+    {{10865, 23}, TagType::fixed32u, 0, 3, 0, 0},  // CleanApertureDimensions
+    {{10888, 23}, TagType::fixed32u, 0, 3, 0, 0},  // EncodedPixelsDimensions
+    {{10911, 28}, TagType::fixed32u, 0, 3, 0, 0},  // ProductionApertureDimensions
+    {{10939, 18}, TagType::int8u, 0, 0, 0, 0},  // TrackHeaderVersion
+    {{10957, 15}, TagType::int32u, 2, 0, 0, 0},  // TrackCreateDate
+    {{10972, 15}, TagType::int32u, 2, 0, 0, 0},  // TrackModifyDate
+    {{10987, 7}, TagType::int32u, 0, 0, 0, 0},  // TrackID
+    {{10994, 13}, TagType::int32u, 0, 0, 0, 0},  // TrackDuration
+    {{11007, 18}, TagType::int32u, 0, 14, 0, 0},  // ImageSizeLookahead
+    {{11025, 10}, TagType::int16u, 0, 0, 0, 0},  // TrackLayer
+    {{11035, 11}, TagType::int16u, 0, 0, 0, 0},  // TrackVolume
+    {{11046, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{11056, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{11067, 18}, TagType::int32u, 0, 0, 0, 0},  // ChapterListTrackID
+    {{11085, 21}, TagType::int32u, 0, 0, 0, 0},  // ElementaryStreamTrack
+    {{11106, 15}, TagType::string, 2, 0, 0, 0},  // SoftwareVersion
+    {{11121, 13}, TagType::int8u, 2, 0, 0, 0},  // PlayAllFrames
+    {{11134, 16}, TagType::string, 2, 0, 0, 0},  // SerialNumberHash
+    {{11150, 17}, TagType::string, 2, 0, 0, 0},  // CompressorVersion
+    {{11167, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
+    {{11182, 11}, TagType::string, 2, 0, 0, 0},  // FieldOfView
+    {{11193, 9}, TagType::string, 2, 0, 0, 0},  // GoProType
+    {{11202, 16}, TagType::string, 2, 0, 0, 0},  // LensSerialNumber
+    {{11218, 9}, TagType::int32u, 2, 0, 3094, 2},  // LoopStyle
+    {{11227, 10}, TagType::rational64s, 2, 0, 0, 0},  // LevelMeter
+    {{11237, 22}, TagType::string, 10, 0, 0, 0},  // MakerNotePentaxUnknown
+    {{11259, 8}, TagType::string, 2, 0, 0, 0},  // PlayMode
+    {{11267, 13}, TagType::int8u, 2, 0, 0, 0},  // PlaySelection
+    {{11280, 11}, TagType::string, 10, 0, 0, 0},  // UnknownTags
+    {{11291, 14}, TagType::int16u, 2, 0, 0, 0},  // WindowLocation
+    {{11305, 2}, TagType::rational64s, 2, 0, 0, 0},  // CX
+    {{11307, 2}, TagType::rational64s, 2, 0, 0, 0},  // CY
+    {{11309, 3}, TagType::string, 2, 0, 0, 0},  // Yaw
+    {{11312, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adzc
+    {{11324, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adze
+    {{11336, 12}, TagType::string, 2, 0, 0, 0},  // Unknown_adzm
+    {{11348, 11}, TagType::string, 2, 0, 0, 0},  // CameraAngle
+    {{11359, 12}, TagType::string, 2, 0, 0, 0},  // ApertureMode
+    {{11371, 9}, TagType::string, 2, 0, 0, 0},  // ContentID
+    {{11380, 20}, TagType::string, 2, 0, 0, 0},  // ContentDistributorID
+    {{11400, 11}, TagType::string, 0, 0, 0, 0},  // ChapterList
+    {{11411, 12}, TagType::string, 2, 0, 0, 0},  // ClipFileName
+    {{11423, 6}, TagType::string, 2, 0, 0, 0},  // ClipID
+    {{11429, 14}, TagType::string, 2, 0, 0, 0},  // Classification
+    {{11443, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
+    {{11451, 14}, TagType::string, 2, 0, 0, 0},  // CollectionName
+    {{11465, 11}, TagType::string, 2, 0, 0, 0},  // CodeVersion
+    {{11476, 8}, TagType::string, 2, 0, 0, 0},  // CoverURI
+    {{11484, 11}, TagType::string, 2, 0, 0, 0},  // HintVersion
+    {{11495, 7}, TagType::string, 2, 0, 0, 0},  // IconURI
+    {{11502, 7}, TagType::string, 2, 0, 0, 0},  // InfoURL
+    {{11509, 9}, TagType::string, 2, 0, 0, 0},  // TrackType
+    {{11518, 19}, TagType::string, 2, 0, 0, 0},  // LocationInformation
+    {{11537, 9}, TagType::string, 2, 0, 0, 0},  // LyricsURI
+    {{11546, 14}, TagType::string, 2, 0, 0, 0},  // GarminSettings
+    {{11560, 5}, TagType::string, 2, 0, 0, 0},  // Pitch
+    {{11565, 4}, TagType::rational64s, 2, 0, 0, 0},  // Rads
+    {{11569, 8}, TagType::string, 2, 0, 0, 0},  // ReelName
+    {{11577, 4}, TagType::string, 2, 0, 0, 0},  // Roll
+    {{11581, 5}, TagType::string, 2, 0, 0, 0},  // Scene
+    {{11586, 8}, TagType::string, 2, 0, 0, 0},  // ShotName
+    {{11594, 12}, TagType::string, 10, 0, 0, 0},  // ThumbnailPNG
+    {{11606, 16}, TagType::string, 10, 0, 0, 0},  // UnknownThumbnail
+    {{11622, 14}, TagType::string, 2, 0, 0, 0},  // GarminSoftware
+    {{11636, 6}, TagType::string, 2, 0, 0, 0},  // Vendor
+    {{11642, 13}, TagType::string, 2, 0, 0, 0},  // StartTimecode
+    {{11655, 14}, TagType::string, 2, 0, 0, 0},  // StartTimeScale
+    {{11669, 19}, TagType::string, 2, 0, 0, 0},  // StartTimeSampleSize
+    {{11688, 16}, TagType::string, 2, 0, 0, 0},  // ArrangerKeywords
+    {{11704, 16}, TagType::string, 2, 0, 0, 0},  // ComposerKeywords
+    {{11720, 12}, TagType::string, 10, 0, 0, 0},  // UserData_dji
+    {{11732, 5}, TagType::string, 2, 0, 0, 0},  // Edit1
+    {{11737, 5}, TagType::string, 2, 0, 0, 0},  // Edit2
+    {{11742, 5}, TagType::string, 2, 0, 0, 0},  // Edit3
+    {{11747, 5}, TagType::string, 2, 0, 0, 0},  // Edit4
+    {{11752, 5}, TagType::string, 2, 0, 0, 0},  // Edit5
+    {{11757, 5}, TagType::string, 2, 0, 0, 0},  // Edit6
+    {{11762, 5}, TagType::string, 2, 0, 0, 0},  // Edit7
+    {{11767, 5}, TagType::string, 2, 0, 0, 0},  // Edit8
+    {{11772, 5}, TagType::string, 2, 0, 0, 0},  // Edit9
+    {{11777, 9}, TagType::string, 2, 0, 0, 0},  // EncoderID
+    {{11786, 6}, TagType::string, 2, 0, 0, 0},  // Format
+    {{11792, 11}, TagType::string, 2, 0, 0, 0},  // CameraPitch
+    {{11803, 10}, TagType::string, 2, 0, 0, 0},  // CameraRoll
+    {{11813, 9}, TagType::string, 2, 0, 0, 0},  // CameraYaw
+    {{11822, 8}, TagType::string, 2, 0, 0, 0},  // ISRCCode
+    {{11830, 15}, TagType::string, 2, 0, 0, 0},  // RecordLabelName
+    {{11845, 14}, TagType::string, 2, 0, 0, 0},  // RecordLabelURL
+    {{11859, 8}, TagType::string, 2, 0, 0, 0},  // MakerURL
+    {{11867, 16}, TagType::string, 2, 0, 0, 0},  // ProducerKeywords
+    {{11883, 18}, TagType::string, 2, 0, 0, 0},  // RecordingCopyright
+    {{11901, 10}, TagType::string, 2, 0, 0, 0},  // Performers
+    {{11911, 17}, TagType::string, 2, 0, 0, 0},  // PerformerKeywords
+    {{11928, 12}, TagType::string, 2, 0, 0, 0},  // PerformerURL
+    {{11940, 12}, TagType::string, 2, 0, 0, 0},  // Requirements
+    {{11952, 12}, TagType::string, 10, 0, 0, 0},  // UserData_res
+    {{11964, 16}, TagType::string, 2, 0, 0, 0},  // SubtitleKeywords
+    {{11980, 13}, TagType::string, 2, 0, 0, 0},  // SourceCredits
+    {{11993, 10}, TagType::string, 2, 0, 0, 0},  // SongWriter
+    {{12003, 18}, TagType::string, 2, 0, 0, 0},  // SongWriterKeywords
+    {{12021, 12}, TagType::string, 10, 0, 0, 0},  // UserData_uid
+    {{12033, 6}, TagType::string, 2, 0, 0, 0},  // SpeedX
+    {{12039, 6}, TagType::string, 2, 0, 0, 0},  // SpeedY
+    {{12045, 6}, TagType::string, 2, 0, 0, 0},  // SpeedZ
+    {{12051, 11}, TagType::int8u, 0, 0, 3096, 5},  // DisplaySize
+    {{12062, 9}, TagType::int8u, 0, 0, 3038, 2},  // SlideShow
+    {{12071, 12}, TagType::int16u, 0, 0, 3006, 31},  // GraphicsMode
+    {{12083, 7}, TagType::int16u, 0, 3, 0, 0},  // OpColor
+    {{12090, 19}, TagType::int32u, 0, 0, 0, 0},  // VideoProfileVersion
+    {{12109, 12}, TagType::int32u, 0, 0, 0, 0},  // VideoTrackID
+    {{12121, 10}, TagType::string, 0, 4, 0, 0},  // VideoCodec
+    {{12131, 14}, TagType::int32u, 0, 0, 0, 0},  // VideoCodecInfo
+    {{12145, 15}, TagType::int32u, 0, 0, 3281, 4},  // VideoAttributes
+    {{12160, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoAvgBitrate
+    {{12175, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoMaxBitrate
+    {{12190, 17}, TagType::fixed32u, 0, 0, 0, 0},  // VideoAvgFrameRate
+    {{12207, 17}, TagType::fixed32u, 0, 0, 0, 0},  // VideoMaxFrameRate
+    {{12224, 9}, TagType::int16u, 0, 2, 0, 0},  // VideoSize
+    {{12233, 18}, TagType::string, 0, 0, 0, 0},  // PurchaseFileFormat
+    {{12251, 9}, TagType::float_, 0, 3, 0, 0},  // AngleAxis
+    {{12260, 17}, TagType::int32s, 0, 0, 0, 0},  // PixelExposureTime
+    {{12277, 22}, TagType::int32s, 0, 0, 0, 0},  // RollingShutterSkewTime
+    {{12299, 8}, TagType::float_, 0, 3, 0, 0},  // Position
+    {{12307, 14}, TagType::int32u, 0, 0, 3285, 3},  // GPSMeasureMode
+    {{12321, 21}, TagType::float_, 0, 0, 0, 0},  // GPSHorizontalAccuracy
+    {{12342, 19}, TagType::float_, 0, 0, 0, 0},  // GPSVerticalAccuracy
+    {{12361, 15}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityEast
+    {{12376, 16}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityNorth
+    {{12392, 13}, TagType::float_, 0, 0, 0, 0},  // GPSVelocityUp
+    {{12405, 16}, TagType::float_, 0, 0, 0, 0},  // GPSSpeedAccuracy
+    {{12421, 13}, TagType::float_, 0, 3, 0, 0},  // MagneticField
+    {{12434, 6}, TagType::int32u, 0, 0, 0, 0},  // Layout
+    {{12440, 7}, TagType::int32u, 0, 0, 0, 0},  // Padding
+    {{12447, 19}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsTop
+    {{12466, 22}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsBottom
+    {{12488, 20}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsLeft
+    {{12508, 21}, TagType::int32u, 0, 0, 0, 0},  // ProjectionBoundsRight
+    {{12529, 7}, TagType::string, 0, 0, 0, 0},  // Artists
+    {{12536, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
+    {{12543, 13}, TagType::string, 0, 0, 0, 0},  // CatalogNumber
+    {{12556, 10}, TagType::string, 0, 0, 0, 0},  // DiscNumber
+    {{12566, 12}, TagType::string, 0, 0, 0, 0},  // DynamicRange
+    {{12578, 16}, TagType::string, 0, 0, 0, 0},  // DynamicRangeR128
+    {{12594, 5}, TagType::string, 0, 0, 0, 0},  // Media
+    {{12599, 13}, TagType::string, 0, 0, 0, 0},  // PeakLevelR128
+    {{12612, 15}, TagType::string, 0, 0, 0, 0},  // PeakLevelSample
+    {{12627, 6}, TagType::string, 0, 0, 0, 0},  // Script
+    {{12633, 15}, TagType::string, 0, 0, 0, 0},  // VolumeLevelR128
+    {{12648, 17}, TagType::string, 0, 0, 0, 0},  // ReplayVolumeLevel
+    {{12665, 4}, TagType::string, 0, 0, 0, 0},  // Data
+    {{12669, 13}, TagType::string, 0, 0, 0, 0},  // ContentRating
+    {{12682, 19}, TagType::string, 0, 0, 0, 0},  // VolumeNormalization
+    {{12701, 8}, TagType::string, 0, 0, 0, 0},  // iTunSMPB
+    {{12709, 9}, TagType::string, 0, 0, 0, 0},  // CDDB1Info
+    {{12718, 15}, TagType::string, 0, 0, 0, 0},  // CDDBTrackNumber
+    {{12733, 4}, TagType::string, 0, 0, 0, 0},  // Mean
+    {{12737, 12}, TagType::string, 0, 0, 0, 0},  // OriginalDate
+    {{12749, 12}, TagType::string, 0, 0, 0, 0},  // OriginalYear
+    {{12761, 13}, TagType::string, 0, 0, 0, 0},  // Popularimeter
+    {{12774, 15}, TagType::string, 0, 0, 0, 0},  // ReplayTrackGain
+    {{12789, 15}, TagType::string, 0, 0, 0, 0},  // ReplayTrackPeak
+    {{12804, 8}, TagType::int32u, 0, 0, 0, 0},  // iTunTool
+    {{12812, 6}, TagType::string, 0, 0, 0, 0},  // Length
+    {{12818, 14}, TagType::fixed32s, 0, 0, 0, 0},  // PoseYawDegrees
+    {{12832, 16}, TagType::fixed32s, 0, 0, 0, 0},  // PosePitchDegrees
+    {{12848, 15}, TagType::fixed32s, 0, 0, 0, 0},  // PoseRollDegrees
+    {{12863, 14}, TagType::string, 0, 0, 0, 0},  // MetadataSource
+    {{12877, 8}, TagType::string, 0, 0, 0, 0},  // DateTime
+    {{12885, 11}, TagType::string, 0, 0, 0, 0},  // GimbalPitch
+    {{12896, 10}, TagType::string, 0, 0, 0, 0},  // GimbalRoll
+    {{12906, 9}, TagType::string, 0, 0, 0, 0},  // GimbalYaw
 };
 constexpr detail::TextRef kChoicesQuickTime[] = {
     {12915, 1}, {12916, 1}, {12917, 2}, {12919, 2}, {12921, 2}, {12923, 1}, {12924, 2}, {12926, 2},
@@ -11351,41 +11512,42 @@ constinit detail::StreamTags gTagsQuickTime("QuickTime", kText, kTagsQuickTime, 
 
 // RAF: 34 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRAF[] = {
-    {{270213, 17}, TagType::string, 0, 0, 0, 0},
-    {{270230, 18}, TagType::string, 0, 0, 0, 0},
-    {{270248, 13}, TagType::string, 0, 0, 0, 0},
-    {{270261, 12}, TagType::string, 0, 0, 0, 0},
-    {{270273, 15}, TagType::string, 0, 0, 0, 0},
-    {{270288, 10}, TagType::string, 0, 0, 0, 0},
-    {{270298, 25}, TagType::string, 0, 0, 0, 0},
-    {{270323, 20}, TagType::string, 0, 0, 0, 0},
-    {{270343, 16}, TagType::string, 0, 0, 0, 0},
-    {{270359, 12}, TagType::string, 0, 0, 0, 0},
-    {{270371, 25}, TagType::string, 0, 0, 0, 0},
-    {{270396, 16}, TagType::string, 0, 0, 0, 0},
-    {{270412, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{270426, 11}, TagType::rational32s, 0, 0, 0, 0},
-    {{270437, 11}, TagType::rational32s, 0, 0, 0, 0},
-    {{270448, 16}, TagType::int16u, 0, 2, 0, 0},
-    {{270464, 19}, TagType::int16u, 0, 2, 0, 0},
-    {{270483, 19}, TagType::int16u, 0, 2, 0, 0},
-    {{270502, 19}, TagType::int16u, 0, 2, 0, 0},
-    {{270521, 12}, TagType::int16u, 0, 2, 0, 0},
-    {{270533, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{270543, 12}, TagType::int8u, 0, 36, 0, 0},
-    {{270555, 17}, TagType::int16u, 0, 4, 0, 0},
-    {{270572, 21}, TagType::int16u, 0, 4, 0, 0},
-    {{270593, 19}, TagType::int16u, 0, 4, 0, 0},
-    {{270612, 26}, TagType::int16u, 0, 4, 0, 0},
-    {{270638, 26}, TagType::int16u, 0, 4, 0, 0},
-    {{270664, 29}, TagType::int16u, 0, 4, 0, 0},
-    {{270693, 27}, TagType::int16u, 0, 4, 0, 0},
-    {{270720, 37}, TagType::int16u, 0, 4, 0, 0},
-    {{270757, 21}, TagType::int16u, 0, 4, 0, 0},
-    {{270778, 13}, TagType::int16u, 0, 4, 0, 0},
-    {{270791, 16}, TagType::rational32s, 0, 0, 0, 0},
-    {{270807, 15}, TagType::rational32s, 0, 0, 0, 0},
+    {{270213, 17}, TagType::string, 0, 0, 0, 0},  // RawImageFullWidth
+    {{270230, 18}, TagType::string, 0, 0, 0, 0},  // RawImageFullHeight
+    {{270248, 13}, TagType::string, 0, 0, 0, 0},  // BitsPerSample
+    {{270261, 12}, TagType::string, 0, 0, 0, 0},  // StripOffsets
+    {{270273, 15}, TagType::string, 0, 0, 0, 0},  // StripByteCounts
+    {{270288, 10}, TagType::string, 0, 0, 0, 0},  // BlackLevel
+    {{270298, 25}, TagType::string, 0, 0, 0, 0},  // GeometricDistortionParams
+    {{270323, 20}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevelsStandard
+    {{270343, 16}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevelsAuto
+    {{270359, 12}, TagType::string, 0, 0, 0, 0},  // WB_GRBLevels
+    {{270371, 25}, TagType::string, 0, 0, 0, 0},  // ChromaticAberrationParams
+    {{270396, 16}, TagType::string, 0, 0, 0, 0},  // VignettingParams
+    {{270412, 14}, TagType::int32u, 0, 0, 0, 0},  // RawImageNumber
+    {{270426, 11}, TagType::rational32s, 0, 0, 0, 0},  // MRAW_0x0003
+    {{270437, 11}, TagType::rational32s, 0, 0, 0, 0},  // MRAW_0x0004
+    {{270448, 16}, TagType::int16u, 0, 2, 0, 0},  // RawImageFullSize
+    {{270464, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageCropTopLeft
+    {{270483, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageCroppedSize
+    {{270502, 19}, TagType::int16u, 0, 2, 0, 0},  // RawImageAspectRatio
+    {{270521, 12}, TagType::int16u, 0, 2, 0, 0},  // RawImageSize
+    {{270533, 10}, TagType::int8u, 0, 0, 0, 0},  // FujiLayout
+    {{270543, 12}, TagType::int8u, 0, 36, 0, 0},  // XTransLayout
+    {{270555, 17}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsAuto
+    {{270572, 21}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDaylight
+    {{270593, 19}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsCloudy
+    {{270612, 26}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDaylightFluor
+    {{270638, 26}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsDayWhiteFluor
+    {{270664, 29}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsWhiteFluorescent
+    {{270693, 27}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsWarmWhiteFluor
+    {{270720, 37}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsLivingRoomWarmWhiteFluor
+    {{270757, 21}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevelsTungsten
+    {{270778, 13}, TagType::int16u, 0, 4, 0, 0},  // WB_GRGBLevels
+    {{270791, 16}, TagType::rational32s, 0, 0, 0, 0},  // RelativeExposure
+    {{270807, 15}, TagType::rational32s, 0, 0, 0, 0},  // RawExposureBias
 };
 constexpr detail::StringRow kStringsEnglishRAF[] = {
     {{270822, 17}, {270839, 15}},
@@ -11491,185 +11653,186 @@ constinit detail::StreamTags gTagsRAF("RAF", kText, kTagsRAF, kKeyOrderRAF, {}, 
 
 // RIFF: 178 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRIFF[] = {
-    {{273430, 18}, TagType::int8u, 0, 0, 0, 2},
-    {{273448, 14}, TagType::int8u, 0, 0, 2, 4},
-    {{273462, 16}, TagType::int8u, 0, 0, 0, 2},
-    {{10810, 15}, TagType::int8u, 0, 4, 0, 0},
-    {{273478, 18}, TagType::int8u, 0, 0, 0, 0},
-    {{653, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{697, 9}, TagType::int32u, 0, 0, 0, 0},
-    {{7150, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{273496, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{273506, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{11046, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{11056, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{273517, 13}, TagType::int32u, 0, 0, 6, 5},
-    {{273530, 8}, TagType::int16u, 0, 0, 11, 24},
-    {{273538, 5}, TagType::int32u, 0, 0, 0, 0},
-    {{273543, 5}, TagType::int16u, 0, 2, 0, 0},
-    {{273548, 5}, TagType::float_, 0, 0, 0, 0},
-    {{273553, 8}, TagType::int16u, 0, 0, 35, 243},
-    {{273561, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{273572, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{273582, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{270248, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{629, 11}, TagType::string, 0, 256, 0, 0},
-    {{273596, 10}, TagType::string, 0, 32, 0, 0},
-    {{273606, 19}, TagType::string, 0, 32, 0, 0},
-    {{9005, 16}, TagType::string, 0, 18, 0, 0},
-    {{273625, 13}, TagType::int32u, 0, 2, 0, 0},
-    {{273638, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{273648, 8}, TagType::string, 0, 64, 0, 0},
-    {{273656, 13}, TagType::string, 0, 0, 0, 0},
-    {{273669, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{273677, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{273688, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{273700, 7}, TagType::int16u, 0, 0, 0, 0},
-    {{273707, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{273717, 10}, TagType::int64u, 0, 0, 0, 0},
-    {{273727, 17}, TagType::int64u, 0, 0, 0, 0},
-    {{8854, 4}, TagType::string, 0, 0, 0, 0},
-    {{7269, 5}, TagType::string, 0, 0, 0, 0},
-    {{273744, 10}, TagType::string, 8, 0, 0, 0},
-    {{273754, 16}, TagType::string, 0, 0, 0, 0},
-    {{273770, 11}, TagType::string, 0, 0, 0, 0},
-    {{273781, 11}, TagType::string, 0, 0, 0, 0},
-    {{4023, 11}, TagType::string, 0, 0, 0, 0},
-    {{273792, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{10697, 8}, TagType::string, 0, 0, 0, 0},
-    {{273807, 5}, TagType::string, 0, 0, 0, 0},
-    {{42, 7}, TagType::string, 0, 0, 0, 0},
-    {{3203, 9}, TagType::string, 0, 0, 0, 0},
-    {{4593, 8}, TagType::string, 0, 0, 0, 0},
-    {{273812, 9}, TagType::string, 0, 0, 0, 0},
-    {{273821, 16}, TagType::string, 0, 0, 0, 0},
-    {{49, 5}, TagType::string, 0, 0, 0, 0},
-    {{273837, 16}, TagType::string, 0, 0, 0, 0},
-    {{36, 6}, TagType::string, 0, 0, 0, 0},
-    {{273853, 13}, TagType::string, 0, 0, 0, 0},
-    {{273866, 14}, TagType::string, 0, 0, 0, 0},
-    {{273880, 13}, TagType::string, 0, 0, 0, 0},
-    {{273893, 14}, TagType::string, 0, 0, 0, 0},
-    {{273907, 13}, TagType::string, 0, 0, 0, 0},
-    {{273920, 13}, TagType::string, 0, 0, 0, 0},
-    {{273933, 15}, TagType::string, 0, 0, 0, 0},
-    {{273948, 14}, TagType::string, 0, 0, 0, 0},
-    {{273962, 13}, TagType::string, 0, 0, 0, 0},
-    {{273975, 7}, TagType::string, 0, 0, 0, 0},
-    {{273982, 18}, TagType::string, 0, 0, 0, 0},
-    {{274000, 15}, TagType::string, 0, 0, 0, 0},
-    {{274015, 12}, TagType::string, 0, 0, 0, 0},
-    {{274027, 15}, TagType::string, 0, 0, 0, 0},
-    {{274042, 7}, TagType::string, 0, 0, 0, 0},
-    {{518, 9}, TagType::string, 0, 0, 0, 0},
-    {{3839, 11}, TagType::string, 0, 0, 0, 0},
-    {{274049, 7}, TagType::string, 0, 0, 0, 0},
-    {{2969, 10}, TagType::string, 0, 0, 0, 0},
-    {{274056, 11}, TagType::string, 0, 0, 0, 0},
-    {{274067, 13}, TagType::string, 0, 0, 0, 0},
-    {{274080, 8}, TagType::string, 0, 0, 0, 0},
-    {{274088, 8}, TagType::string, 0, 0, 0, 0},
-    {{4585, 8}, TagType::string, 0, 0, 0, 0},
-    {{274096, 9}, TagType::string, 0, 0, 0, 0},
-    {{274105, 7}, TagType::string, 0, 0, 0, 0},
-    {{274112, 11}, TagType::string, 0, 0, 0, 0},
-    {{1688, 8}, TagType::string, 0, 0, 0, 0},
-    {{274123, 19}, TagType::string, 0, 0, 0, 0},
-    {{274142, 17}, TagType::string, 0, 0, 0, 0},
-    {{274159, 6}, TagType::string, 0, 0, 0, 0},
-    {{274165, 12}, TagType::string, 0, 0, 0, 0},
-    {{274177, 11}, TagType::string, 0, 0, 0, 0},
-    {{274188, 7}, TagType::string, 0, 0, 0, 0},
-    {{73, 5}, TagType::string, 0, 0, 0, 0},
-    {{274195, 18}, TagType::string, 0, 0, 0, 0},
-    {{274213, 9}, TagType::string, 0, 0, 0, 0},
-    {{9381, 7}, TagType::string, 0, 0, 0, 0},
-    {{274222, 10}, TagType::string, 0, 0, 0, 0},
-    {{274232, 8}, TagType::string, 0, 0, 0, 0},
-    {{3212, 6}, TagType::string, 0, 0, 0, 0},
-    {{1202, 7}, TagType::string, 0, 0, 0, 0},
-    {{8926, 8}, TagType::string, 0, 0, 0, 0},
-    {{274240, 14}, TagType::string, 0, 0, 0, 0},
-    {{274254, 9}, TagType::string, 0, 0, 0, 0},
-    {{3232, 6}, TagType::string, 0, 0, 0, 0},
-    {{274263, 10}, TagType::string, 0, 0, 0, 0},
-    {{274273, 16}, TagType::string, 0, 0, 0, 0},
-    {{274289, 8}, TagType::string, 0, 0, 0, 0},
-    {{274297, 10}, TagType::string, 0, 0, 0, 0},
-    {{1869, 11}, TagType::string, 0, 0, 0, 0},
-    {{274307, 12}, TagType::string, 0, 0, 0, 0},
-    {{274319, 9}, TagType::string, 0, 0, 0, 0},
-    {{777, 8}, TagType::string, 0, 0, 0, 0},
-    {{274328, 4}, TagType::string, 0, 0, 0, 0},
-    {{274332, 13}, TagType::string, 0, 0, 0, 0},
-    {{274345, 4}, TagType::string, 0, 0, 0, 0},
-    {{274349, 10}, TagType::string, 0, 0, 0, 2},
-    {{274359, 8}, TagType::string, 0, 0, 0, 0},
-    {{274367, 11}, TagType::string, 0, 0, 0, 0},
-    {{11642, 13}, TagType::string, 0, 0, 0, 0},
-    {{12812, 6}, TagType::string, 0, 0, 0, 0},
-    {{274378, 12}, TagType::string, 0, 0, 0, 0},
-    {{2918, 3}, TagType::string, 0, 0, 0, 0},
-    {{8948, 7}, TagType::string, 0, 0, 0, 0},
-    {{274390, 17}, TagType::string, 0, 0, 0, 0},
-    {{274407, 17}, TagType::string, 0, 0, 0, 0},
-    {{78, 4}, TagType::string, 0, 0, 0, 0},
-    {{274424, 13}, TagType::int8s, 0, 0, 0, 0},
-    {{274437, 8}, TagType::int8s, 0, 0, 0, 0},
-    {{274445, 4}, TagType::int8s, 0, 0, 0, 0},
-    {{274449, 7}, TagType::int8s, 0, 0, 0, 0},
-    {{274456, 8}, TagType::int8s, 0, 0, 0, 0},
-    {{274464, 11}, TagType::int8s, 0, 0, 0, 0},
-    {{274475, 12}, TagType::int8s, 0, 0, 0, 0},
-    {{274487, 11}, TagType::string, 8, 0, 0, 0},
-    {{274498, 8}, TagType::string, 0, 0, 0, 0},
-    {{274506, 6}, TagType::string, 8, 0, 0, 0},
-    {{274512, 4}, TagType::string, 0, 0, 0, 0},
-    {{274516, 9}, TagType::string, 8, 0, 0, 0},
-    {{274525, 15}, TagType::string, 0, 0, 0, 0},
-    {{274540, 5}, TagType::string, 0, 0, 0, 0},
-    {{274545, 13}, TagType::string, 0, 0, 0, 0},
-    {{274558, 8}, TagType::string, 0, 0, 0, 0},
-    {{274566, 11}, TagType::string, 0, 0, 0, 0},
-    {{274577, 12}, TagType::string, 0, 0, 0, 0},
-    {{274589, 8}, TagType::string, 8, 0, 0, 0},
-    {{6486, 4}, TagType::string, 0, 0, 0, 0},
-    {{274597, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{274609, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{274621, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{274634, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{274651, 11}, TagType::int32u, 0, 0, 278, 5},
-    {{274662, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{274673, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{274687, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{274701, 11}, TagType::string, 8, 0, 0, 0},
-    {{274712, 10}, TagType::string, 0, 0, 0, 0},
-    {{274722, 10}, TagType::string, 0, 0, 0, 0},
-    {{274732, 10}, TagType::string, 0, 0, 0, 0},
-    {{274742, 11}, TagType::string, 0, 0, 0, 0},
-    {{274753, 10}, TagType::string, 0, 4, 283, 5},
-    {{4867, 10}, TagType::string, 0, 4, 0, 0},
-    {{12121, 10}, TagType::string, 0, 4, 0, 0},
-    {{274763, 5}, TagType::string, 0, 4, 0, 0},
-    {{3043, 15}, TagType::rational64u, 0, 0, 0, 0},
-    {{1900, 14}, TagType::rational64u, 0, 0, 0, 0},
-    {{274768, 16}, TagType::rational64u, 0, 0, 0, 0},
-    {{274784, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{274800, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{274815, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{274832, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{274839, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{6447, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{10462, 13}, TagType::float_, 0, 3, 0, 0},
-    {{6458, 8}, TagType::float_, 0, 0, 0, 0},
-    {{6424, 11}, TagType::float_, 0, 0, 0, 0},
-    {{6435, 12}, TagType::float_, 0, 0, 0, 0},
-    {{10576, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{274849, 10}, TagType::int8u, 0, 0, 2, 4},
-    {{274859, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{274874, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{274887, 10}, TagType::int32u, 0, 0, 288, 5},
+    {{273430, 18}, TagType::int8u, 0, 0, 0, 2},  // AlphaPreprocessing
+    {{273448, 14}, TagType::int8u, 0, 0, 2, 4},  // AlphaFiltering
+    {{273462, 16}, TagType::int8u, 0, 0, 0, 2},  // AlphaCompression
+    {{10810, 15}, TagType::int8u, 0, 4, 0, 0},  // BackgroundColor
+    {{273478, 18}, TagType::int8u, 0, 0, 0, 0},  // AnimationLoopCount
+    {{653, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
+    {{697, 9}, TagType::int32u, 0, 0, 0, 0},  // FrameRate
+    {{7150, 11}, TagType::int32u, 0, 0, 0, 0},  // MaxDataRate
+    {{273496, 10}, TagType::int32u, 0, 0, 0, 0},  // FrameCount
+    {{273506, 11}, TagType::int32u, 0, 0, 0, 0},  // StreamCount
+    {{11046, 10}, TagType::int32s, 0, 0, 0, 0},  // ImageWidth
+    {{11056, 11}, TagType::int32s, 0, 0, 0, 0},  // ImageHeight
+    {{273517, 13}, TagType::int32u, 0, 0, 6, 5},  // AcidizerFlags
+    {{273530, 8}, TagType::int16u, 0, 0, 11, 24},  // RootNote
+    {{273538, 5}, TagType::int32u, 0, 0, 0, 0},  // Beats
+    {{273543, 5}, TagType::int16u, 0, 2, 0, 0},  // Meter
+    {{273548, 5}, TagType::float_, 0, 0, 0, 0},  // Tempo
+    {{273553, 8}, TagType::int16u, 0, 0, 35, 243},  // Encoding
+    {{273561, 11}, TagType::int16u, 0, 0, 0, 0},  // NumChannels
+    {{273572, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
+    {{273582, 14}, TagType::int32u, 0, 0, 0, 0},  // AvgBytesPerSec
+    {{270248, 13}, TagType::int16u, 0, 0, 0, 0},  // BitsPerSample
+    {{629, 11}, TagType::string, 0, 256, 0, 0},  // Description
+    {{273596, 10}, TagType::string, 0, 32, 0, 0},  // Originator
+    {{273606, 19}, TagType::string, 0, 32, 0, 0},  // OriginatorReference
+    {{9005, 16}, TagType::string, 0, 18, 0, 0},  // DateTimeOriginal
+    {{273625, 13}, TagType::int32u, 0, 2, 0, 0},  // TimeReference
+    {{273638, 10}, TagType::int16u, 0, 0, 0, 0},  // BWFVersion
+    {{273648, 8}, TagType::string, 0, 64, 0, 0},  // BWF_UMID
+    {{273656, 13}, TagType::string, 0, 0, 0, 0},  // CodingHistory
+    {{273669, 8}, TagType::int16u, 0, 0, 0, 0},  // CodePage
+    {{273677, 11}, TagType::int16u, 0, 0, 0, 0},  // CountryCode
+    {{273688, 12}, TagType::int16u, 0, 0, 0, 0},  // LanguageCode
+    {{273700, 7}, TagType::int16u, 0, 0, 0, 0},  // Dialect
+    {{273707, 10}, TagType::int64u, 0, 0, 0, 0},  // RIFFSize64
+    {{273717, 10}, TagType::int64u, 0, 0, 0, 0},  // DataSize64
+    {{273727, 17}, TagType::int64u, 0, 0, 0, 0},  // NumberOfSamples64
+    {{8854, 4}, TagType::string, 0, 0, 0, 0},  // Make
+    {{7269, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{273744, 10}, TagType::string, 8, 0, 0, 0},  // MakerNotes
+    {{273754, 16}, TagType::string, 0, 0, 0, 0},  // RelatedImageFile
+    {{273770, 11}, TagType::string, 0, 0, 0, 0},  // TimeCreated
+    {{273781, 11}, TagType::string, 0, 0, 0, 0},  // UserComment
+    {{4023, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
+    {{273792, 15}, TagType::int32u, 0, 0, 0, 0},  // TotalFrameCount
+    {{10697, 8}, TagType::string, 0, 0, 0, 0},  // TimeCode
+    {{273807, 5}, TagType::string, 0, 0, 0, 0},  // Rated
+    {{42, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{3203, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{4593, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{273812, 9}, TagType::string, 0, 0, 0, 0},  // Directory
+    {{273821, 16}, TagType::string, 0, 0, 0, 0},  // SoundSchemeTitle
+    {{49, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{273837, 16}, TagType::string, 0, 0, 0, 0},  // ArchivalLocation
+    {{36, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{273853, 13}, TagType::string, 0, 0, 0, 0},  // FirstLanguage
+    {{273866, 14}, TagType::string, 0, 0, 0, 0},  // SecondLanguage
+    {{273880, 13}, TagType::string, 0, 0, 0, 0},  // ThirdLanguage
+    {{273893, 14}, TagType::string, 0, 0, 0, 0},  // FourthLanguage
+    {{273907, 13}, TagType::string, 0, 0, 0, 0},  // FifthLanguage
+    {{273920, 13}, TagType::string, 0, 0, 0, 0},  // SixthLanguage
+    {{273933, 15}, TagType::string, 0, 0, 0, 0},  // SeventhLanguage
+    {{273948, 14}, TagType::string, 0, 0, 0, 0},  // EighthLanguage
+    {{273962, 13}, TagType::string, 0, 0, 0, 0},  // NinthLanguage
+    {{273975, 7}, TagType::string, 0, 0, 0, 0},  // BaseURL
+    {{273982, 18}, TagType::string, 0, 0, 0, 0},  // DefaultAudioStream
+    {{274000, 15}, TagType::string, 0, 0, 0, 0},  // CostumeDesigner
+    {{274015, 12}, TagType::string, 0, 0, 0, 0},  // Commissioned
+    {{274027, 15}, TagType::string, 0, 0, 0, 0},  // Cinematographer
+    {{274042, 7}, TagType::string, 0, 0, 0, 0},  // Country
+    {{518, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{3839, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{274049, 7}, TagType::string, 0, 0, 0, 0},  // Cropped
+    {{2969, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
+    {{274056, 11}, TagType::string, 0, 0, 0, 0},  // DotsPerInch
+    {{274067, 13}, TagType::string, 0, 0, 0, 0},  // DistributedBy
+    {{274080, 8}, TagType::string, 0, 0, 0, 0},  // EditedBy
+    {{274088, 8}, TagType::string, 0, 0, 0, 0},  // Engineer
+    {{4585, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{274096, 9}, TagType::string, 0, 0, 0, 0},  // Lightness
+    {{274105, 7}, TagType::string, 0, 0, 0, 0},  // LogoURL
+    {{274112, 11}, TagType::string, 0, 0, 0, 0},  // LogoIconURL
+    {{1688, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{274123, 19}, TagType::string, 0, 0, 0, 0},  // MoreInfoBannerImage
+    {{274142, 17}, TagType::string, 0, 0, 0, 0},  // MoreInfoBannerURL
+    {{274159, 6}, TagType::string, 0, 0, 0, 0},  // Medium
+    {{274165, 12}, TagType::string, 0, 0, 0, 0},  // MoreInfoText
+    {{274177, 11}, TagType::string, 0, 0, 0, 0},  // MoreInfoURL
+    {{274188, 7}, TagType::string, 0, 0, 0, 0},  // MusicBy
+    {{73, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{274195, 18}, TagType::string, 0, 0, 0, 0},  // ProductionDesigner
+    {{274213, 9}, TagType::string, 0, 0, 0, 0},  // NumColors
+    {{9381, 7}, TagType::string, 0, 0, 0, 0},  // Product
+    {{274222, 10}, TagType::string, 0, 0, 0, 0},  // ProducedBy
+    {{274232, 8}, TagType::string, 0, 0, 0, 0},  // RippedBy
+    {{3212, 6}, TagType::string, 0, 0, 0, 0},  // Rating
+    {{1202, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{8926, 8}, TagType::string, 0, 0, 0, 0},  // Software
+    {{274240, 14}, TagType::string, 0, 0, 0, 0},  // SecondaryGenre
+    {{274254, 9}, TagType::string, 0, 0, 0, 0},  // Sharpness
+    {{3232, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{274263, 10}, TagType::string, 0, 0, 0, 0},  // SourceForm
+    {{274273, 16}, TagType::string, 0, 0, 0, 0},  // ProductionStudio
+    {{274289, 8}, TagType::string, 0, 0, 0, 0},  // Starring
+    {{274297, 10}, TagType::string, 0, 0, 0, 0},  // Technician
+    {{1869, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
+    {{274307, 12}, TagType::string, 0, 0, 0, 0},  // WatermarkURL
+    {{274319, 9}, TagType::string, 0, 0, 0, 0},  // WrittenBy
+    {{777, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{274328, 4}, TagType::string, 0, 0, 0, 0},  // Part
+    {{274332, 13}, TagType::string, 0, 0, 0, 0},  // NumberOfParts
+    {{274345, 4}, TagType::string, 0, 0, 0, 0},  // Rate
+    {{274349, 10}, TagType::string, 0, 0, 0, 2},  // Statistics
+    {{274359, 8}, TagType::string, 0, 0, 0, 0},  // TapeName
+    {{274367, 11}, TagType::string, 0, 0, 0, 0},  // EndTimecode
+    {{11642, 13}, TagType::string, 0, 0, 0, 0},  // StartTimecode
+    {{12812, 6}, TagType::string, 0, 0, 0, 0},  // Length
+    {{274378, 12}, TagType::string, 0, 0, 0, 0},  // Organization
+    {{2918, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{8948, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{274390, 17}, TagType::string, 0, 0, 0, 0},  // VegasVersionMajor
+    {{274407, 17}, TagType::string, 0, 0, 0, 0},  // VegasVersionMinor
+    {{78, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{274424, 13}, TagType::int8s, 0, 0, 0, 0},  // UnshiftedNote
+    {{274437, 8}, TagType::int8s, 0, 0, 0, 0},  // FineTune
+    {{274445, 4}, TagType::int8s, 0, 0, 0, 0},  // Gain
+    {{274449, 7}, TagType::int8s, 0, 0, 0, 0},  // LowNote
+    {{274456, 8}, TagType::int8s, 0, 0, 0, 0},  // HighNote
+    {{274464, 11}, TagType::int8s, 0, 0, 0, 0},  // LowVelocity
+    {{274475, 12}, TagType::int8s, 0, 0, 0, 0},  // HighVelocity
+    {{274487, 11}, TagType::string, 8, 0, 0, 0},  // UnknownEXIF
+    {{274498, 8}, TagType::string, 0, 0, 0, 0},  // TextJunk
+    {{274506, 6}, TagType::string, 8, 0, 0, 0},  // OldXMP
+    {{274512, 4}, TagType::string, 0, 0, 0, 0},  // Afsp
+    {{274516, 9}, TagType::string, 8, 0, 0, 0},  // CuePoints
+    {{274525, 15}, TagType::string, 0, 0, 0, 0},  // NumberOfSamples
+    {{274540, 5}, TagType::string, 0, 0, 0, 0},  // Guano
+    {{274545, 13}, TagType::string, 0, 0, 0, 0},  // CuePointLabel
+    {{274558, 8}, TagType::string, 0, 0, 0, 0},  // ListType
+    {{274566, 11}, TagType::string, 0, 0, 0, 0},  // LabeledText
+    {{274577, 12}, TagType::string, 0, 0, 0, 0},  // CuePointNote
+    {{274589, 8}, TagType::string, 8, 0, 0, 0},  // Playlist
+    {{6486, 4}, TagType::string, 0, 0, 0, 0},  // Text
+    {{274597, 12}, TagType::int32u, 0, 0, 0, 0},  // Manufacturer
+    {{274609, 12}, TagType::int32u, 0, 0, 0, 0},  // SamplePeriod
+    {{274621, 13}, TagType::int32u, 0, 0, 0, 0},  // MIDIUnityNote
+    {{274634, 17}, TagType::int32u, 0, 0, 0, 0},  // MIDIPitchFraction
+    {{274651, 11}, TagType::int32u, 0, 0, 278, 5},  // SMPTEFormat
+    {{274662, 11}, TagType::int32u, 0, 0, 0, 0},  // SMPTEOffset
+    {{274673, 14}, TagType::int32u, 0, 0, 0, 0},  // NumSampleLoops
+    {{274687, 14}, TagType::int32u, 0, 0, 0, 0},  // SamplerDataLen
+    {{274701, 11}, TagType::string, 8, 0, 0, 0},  // SamplerData
+    {{274712, 10}, TagType::string, 0, 0, 0, 0},  // TextFormat
+    {{274722, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
+    {{274732, 10}, TagType::string, 0, 0, 0, 0},  // VendorName
+    {{274742, 11}, TagType::string, 0, 0, 0, 0},  // UnknownData
+    {{274753, 10}, TagType::string, 0, 4, 283, 5},  // StreamType
+    {{4867, 10}, TagType::string, 0, 4, 0, 0},  // AudioCodec
+    {{12121, 10}, TagType::string, 0, 4, 0, 0},  // VideoCodec
+    {{274763, 5}, TagType::string, 0, 4, 0, 0},  // Codec
+    {{3043, 15}, TagType::rational64u, 0, 0, 0, 0},  // AudioSampleRate
+    {{1900, 14}, TagType::rational64u, 0, 0, 0, 0},  // VideoFrameRate
+    {{274768, 16}, TagType::rational64u, 0, 0, 0, 0},  // StreamSampleRate
+    {{274784, 16}, TagType::int32u, 0, 0, 0, 0},  // AudioSampleCount
+    {{274800, 15}, TagType::int32u, 0, 0, 0, 0},  // VideoFrameCount
+    {{274815, 17}, TagType::int32u, 0, 0, 0, 0},  // StreamSampleCount
+    {{274832, 7}, TagType::int32u, 0, 0, 0, 0},  // Quality
+    {{274839, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleSize
+    {{6447, 11}, TagType::int32u, 0, 0, 0, 0},  // GPSAltitude
+    {{10462, 13}, TagType::float_, 0, 3, 0, 0},  // Accelerometer
+    {{6458, 8}, TagType::float_, 0, 0, 0, 0},  // GPSSpeed
+    {{6424, 11}, TagType::float_, 0, 0, 0, 0},  // GPSLatitude
+    {{6435, 12}, TagType::float_, 0, 0, 0, 0},  // GPSLongitude
+    {{10576, 11}, TagType::int32u, 0, 0, 0, 0},  // GPSDateTime
+    {{274849, 10}, TagType::int8u, 0, 0, 2, 4},  // VP8Version
+    {{274859, 15}, TagType::int16u, 0, 0, 0, 0},  // HorizontalScale
+    {{274874, 13}, TagType::int16u, 0, 0, 0, 0},  // VerticalScale
+    {{274887, 10}, TagType::int32u, 0, 0, 288, 5},  // WebP_Flags
 };
 constexpr detail::TextRef kChoicesRIFF[] = {
     {12915, 1}, {12916, 1}, {12915, 1}, {12916, 1}, {12923, 1}, {21291, 1}, {12916, 1}, {12923, 1},
@@ -12482,13 +12645,14 @@ constinit detail::StreamTags gTagsRIFF("RIFF", kText, kTagsRIFF, kKeyOrderRIFF, 
 
 // RSRC: 6 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRSRC[] = {
-    {{290709, 21}, TagType::string, 0, 0, 0, 0},
-    {{290730, 18}, TagType::string, 0, 0, 0, 0},
-    {{4585, 8}, TagType::string, 0, 0, 0, 0},
-    {{629, 11}, TagType::string, 0, 0, 0, 0},
-    {{290748, 19}, TagType::string, 0, 0, 0, 0},
-    {{290767, 18}, TagType::string, 0, 0, 0, 0},
+    {{290709, 21}, TagType::string, 0, 0, 0, 0},  // ApplicationMissingMsg
+    {{290730, 18}, TagType::string, 0, 0, 0, 0},  // CreatorApplication
+    {{4585, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{629, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{290748, 19}, TagType::string, 0, 0, 0, 0},  // OpenWithApplication
+    {{290767, 18}, TagType::string, 0, 0, 0, 0},  // ApplicationVersion
 };
 constexpr detail::StringRow kStringsEnglishRSRC[] = {
     {{290785, 26}, {290811, 23}},

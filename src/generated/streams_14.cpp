@@ -8,1106 +8,1173 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "Author""BackupTime""Category""Comment""Company""Copyright""CreateDate""Comments""TotalEditTime"
-    "HyperlinkBase""InternalIDNumber""Keywords""Manager""Characters""CharactersWithSpaces""Pages"
-    "Words""LastModifiedBy""LastPrinted""ModifyDate""Subject""Title""InternalVersionNumber"
-    "RevisionNumber""RTF:Author""RTF:BackupTime""Backup Time""RTF:Category""RTF:Characters"
-    "RTF:CharactersWithSpaces""Characters With Spaces""RTF:Comment""RTF:Comments""RTF:Company"
-    "RTF:Copyright""RTF:CreateDate""Create Date""RTF:HyperlinkBase""Hyperlink Base"
-    "RTF:InternalIDNumber""Internal ID Number""RTF:InternalVersionNumber""Internal Version Number"
-    "RTF:Keywords""RTF:LastModifiedBy""Last Modified By""RTF:LastPrinted""Last Printed""RTF:Manager"
-    "RTF:ModifyDate""Modify Date""RTF:Pages""RTF:RevisionNumber""Revision Number""RTF:Subject"
-    "RTF:Title""RTF:TotalEditTime""Total Edit Time""RTF:Words""作者""类别""注释""专利拥有者""数字数据产生的日期和时间""关键字"
-    "文件改变的日期和时间""主题""标题""Auteur""Catégorie""Commentaire""Commentaires""Propriétaire du copyright"
-    "Date de création des données numériques""Numéro d'identification interne"
-    "Numéro de version interne""Mots-clés""Date de modification du fichier""Numéro de révision"
-    "Sujet""Titre""Autor""Kategorie""Kommentar""Kommentare""Urheberrechtsvermerk"
-    "Digitalisierungsdatum/-uhrzeit""Schlüsselwörter""Änderungsdatum""Seiten""Revisionsnummer"
-    "Themen/Schlüsselwörter""Titel""Autore""Categoria""Caratteri""Caratteri con spazi""Commento"
-    "Commenti""Titolare del copyright""Data di creazione""Parole chiave""Data modifica"
-    "Numero revisione""Soggetto""Titolo""カテゴリー""コメント""版権所有者""デジタルデータ作成日時""キーワード""ファイル作成日時""サブジェクト"
-    "タイトル""Categoría""Comentario""Copyright Perfil""Fecha y Hora de Datos Digital""Clave"
-    "Fecha y Hora de Cambio del Archivo""Número Revisión""Sujeto""Título""Command""Orientation"
-    "ColorCorrection""Exposure""Format""Gamma""PixelAspectRatio""ColorPrimaries""Software""View"
-    "+X +Y""+X -Y""+Y +X""+Y -X""-X +Y""-X -Y""-Y +X""-Y -X""Radiance:ColorCorrection"
-    "Color Correction""Radiance:ColorPrimaries""Color Primaries""Radiance:Command""Radiance:Comment"
-    "Radiance:Exposure""Radiance:Format""Radiance:Gamma""Radiance:Orientation"
-    "Radiance:Orientation:+X +Y""Rotate 90 CW""Radiance:Orientation:+X -Y"
-    "Mirror horizontal and rotate 270 CW""Radiance:Orientation:+Y +X""Mirror vertical"
-    "Radiance:Orientation:+Y -X""Rotate 180""Radiance:Orientation:-X +Y"
-    "Mirror horizontal and rotate 90 CW""Radiance:Orientation:-X -Y""Rotate 270 CW"
-    "Radiance:Orientation:-Y +X""Horizontal (normal)""Radiance:Orientation:-Y -X""Mirror horizontal"
-    "Radiance:PixelAspectRatio""Pixel Aspect Ratio""Radiance:Software""Radiance:View""对比系数""图像取向"
-    "90° CCW (右/上)""90° CW (左/上)""180° (底/左)""180° (底/右)""90° CCW (右/底)""90° CW (左/底)""0° (上/左)"
-    "0° (上/右)""使用软件""Exposition""Orientation de l'image""Rotation antihoraire de 90°"
-    "Mise en miroir horizontal et rotation antihoraire de 270°""Mise en miroir vertical"
-    "Rotation de 180°""Mise en miroir horizontal et rotation antihoraire de 90°"
-    "Rotation antihoraire de 270°""Horizontale (normale)""Mise en miroir horizontal"
-    "Ratio d'aspect des pixels""Logiciel""Farbkorrektur""Belichtung""Ausrichtung"
-    "90° im Uhrzeigersinn""Horizontal gespiegelt und 90° gegen den Uhrzeigersinn"
-    "Vertikal gespiegelt""180° gedreht""Horizontal gespiegelt und 90° im Uhrzeigersinn"
-    "90° gegen den Uhrzeigersinn""Horizontal gespiegelt""Esposizione""Formato""Orientamento"
-    "Ruota di 90° senso orario""Rifletti orizzontalmente e ruota di 270° in senso orario"
-    "Rifletti verticalmente""Ruota di 180°""Rifletti orizzontalmente e ruota di 90° in senso orario"
-    "Ruota di 270° in senso orario""Orizzontale (normale)""Rifletti orizzontalmente"
-    "Software utilizzato""露出""ガンマ""画像の向き""90度回転 CW""180度回転""270度回転 CW""水平（標準）""ソフトウェア"
-    "Orientación de Imagen""Girado 90° sentido reloj"
-    "Invertir horizontal y rotar 270° sentido reloj""Invertir vertical""Girado 180°"
-    "Invertir horizontal y rotar 90° sentido reloj""Girado 270° sentido reloj"
-    "0° (arriba/izquierda)""Invertir horizontal""Programa Utilizado""CompressionFactor"
-    "OriginalFileSize""OriginalFileType""RawzorCreatorVersion""RawzorRequiredVersion"
-    "Rawzor:CompressionFactor""Compression Factor""Rawzor:OriginalFileSize""Original File Size"
-    "Rawzor:OriginalFileType""Original File Type""Rawzor:RawzorCreatorVersion"
-    "Rawzor Creator Version""Rawzor:RawzorRequiredVersion""Rawzor Required Version"
-    "Komprimierungsfaktor""Original Dateityp""Factor de compresión""Channels""Unknown"
-    "BytesPerMinute""AudioBytes""TitleLen""ArtistLen""Artist""CopyrightLen""CommentLen""FourCC1"
-    "AudioFileSize""Version2""HeaderSize""CodecFlavorID""CodedFrameSize""SubPacketH""AudioFrameSize"
-    "SubPacketSize""SampleRate""BitsPerSample""FourCC2Len""FourCC2""FourCC3Len""FourCC3""FrameSize"
-    "SampleRate2""Genr""AuthorLen""Audiences""AudioFormat""ContentRating""Description""FileID"
-    "Indexable""TargetAudiences""VideoQuality""AudioMode""VideoMode""StreamNumber""StreamMaxBitrate"
-    "StreamAvgBitrate""StreamMaxPacketSize""StreamAvgPacketSize""StreamStartTime""StreamPreroll"
-    "StreamDuration""StreamNameLen""StreamName""StreamMimeLen""StreamMimeType""FileInfoLen"
-    "FileInfoLen2""FileInfoVersion""PhysicalStreams""PhysicalStreamNumbers""DataOffsets""NumRules"
-    "PhysicalStreamNumberMap""NumProperties""AlbumName""TrackCategory""TrackComments""TrackLyrics"
-    "Text""URL""MaxBitrate""AvgBitrate""MaxPacketSize""AvgPacketSize""NumPackets""Duration""Preroll"
-    "IndexOffset""DataOffset""NumStreams""Flags""0""1""2""3""4""5""6""8""Real:AlbumName""Album Name"
-    "Real:Artist""Real:ArtistLen""Artist Len""Real:Audiences""Real:AudioBytes""Audio Bytes"
-    "Real:AudioFileSize""Audio File Size""Real:AudioFormat""Audio Format""Real:AudioFrameSize"
-    "Audio Frame Size""Real:AudioMode""Audio Mode""Real:Author""Real:AuthorLen""Author Len"
-    "Real:AvgBitrate""Avg Bitrate""Real:AvgPacketSize""Avg Packet Size""Real:BitsPerSample"
-    "Bits Per Sample""Real:BytesPerMinute""Bytes Per Minute""Real:Channels""Real:CodecFlavorID"
-    "Codec Flavor ID""Real:CodedFrameSize""Coded Frame Size""Real:Comment""Real:CommentLen"
-    "Comment Len""Real:ContentRating""Content Rating""Real:ContentRating:0""No Rating"
-    "Real:ContentRating:1""All Ages""Real:ContentRating:2""Older Children""Real:ContentRating:3"
-    "Younger Teens""Real:ContentRating:4""Older Teens""Real:ContentRating:5"
-    "Adult Supervision Recommended""Real:ContentRating:6""Adults Only""Real:Copyright"
-    "Real:CopyrightLen""Copyright Len""Real:CreateDate""Real:DataOffset""Data Offset"
-    "Real:DataOffsets""Data Offsets""Real:Description""Real:Duration""Real:FileID""File ID"
-    "Real:FileInfoLen""File Info Len""Real:FileInfoLen2""File Info Len 2""Real:FileInfoVersion"
-    "File Info Version""Real:Flags""Real:Flags:1""Allow Recording""Real:Flags:2""Perfect Play"
-    "Real:Flags:4""Live""Real:Flags:8""Allow Download""Real:FourCC1""Four CC1""Real:FourCC2"
-    "Four CC2""Real:FourCC2Len""Four CC2 Len""Real:FourCC3""Four CC3""Real:FourCC3Len""Four CC3 Len"
-    "Real:FrameSize""Frame Size""Real:Genr""Real:HeaderSize""Header Size""Real:IndexOffset"
-    "Index Offset""Real:Indexable""Real:Indexable:0""False""Real:Indexable:1""True""Real:Keywords"
-    "Real:MaxBitrate""Max Bitrate""Real:MaxPacketSize""Max Packet Size""Real:ModifyDate"
-    "Real:NumPackets""Num Packets""Real:NumProperties""Num Properties""Real:NumRules""Num Rules"
-    "Real:NumStreams""Num Streams""Real:PhysicalStreamNumberMap""Physical Stream Number Map"
-    "Real:PhysicalStreamNumbers""Physical Stream Numbers""Real:PhysicalStreams""Physical Streams"
-    "Real:Preroll""Real:SampleRate""Sample Rate""Real:SampleRate2""Sample Rate 2""Real:Software"
-    "Real:StreamAvgBitrate""Stream Avg Bitrate""Real:StreamAvgPacketSize""Stream Avg Packet Size"
-    "Real:StreamDuration""Stream Duration""Real:StreamMaxBitrate""Stream Max Bitrate"
-    "Real:StreamMaxPacketSize""Stream Max Packet Size""Real:StreamMimeLen""Stream Mime Len"
-    "Real:StreamMimeType""Stream Mime Type""Real:StreamName""Stream Name""Real:StreamNameLen"
-    "Stream Name Len""Real:StreamNumber""Stream Number""Real:StreamPreroll""Stream Preroll"
-    "Real:StreamStartTime""Stream Start Time""Real:SubPacketH""Sub Packet H""Real:SubPacketSize"
-    "Sub Packet Size""Real:TargetAudiences""Target Audiences""Real:Text""Real:Title""Real:TitleLen"
-    "Title Len""Real:TrackCategory""Track Category""Real:TrackComments""Track Comments"
-    "Real:TrackLyrics""Track Lyrics""Real:URL""Real:Unknown""Real:Version2""Version 2"
-    "Real:VideoMode""Video Mode""Real:VideoQuality""Video Quality""图像作者""每个组件的比特数""画面尺寸""Artiste"
-    "Nombre de bits par échantillon""Durée""ID du fichier""Version des Infos Fichier"
-    "Taille du cadre""Texte""URL ""Inconnu""Künstler""Anzahl der Bits pro Komponente""Kanäle"
-    "Beschreibung""Dauer""Datei-Informationen-Version""Einzelbildgröße""Unbekannt"
-    "Persona che ha creato l'immagine""Byte audio""Formato audio""Numero di bit per componente"
-    "Canali""Descrizione""ID file""Dimensioni fotogrammi""Falso""Frequenza campionamento"
-    "Frequenza campionamento 2""Testo""Lungh titolo""Sconosciuto""Versione 2""画像作成者""コンポーネントのビット数"
-    "説明""ファイル情報バージョン""フレームサイズ""テキスト""不明""Número de Bits Por Muestra""Canales""Descripción""Duración"
-    "Tamaño del Fotograma""Tamaño Máximo Paquete""Frecuencia muestreo""Texto""Desconocido"
-    "MakerNoteVersion""FirmwareVersion""FirmwareDate""TriggerMode""Sequence""EventNumber"
-    "DateTimeOriginal""MoonPhase""AmbientTemperatureFahrenheit""AmbientTemperature""SerialNumber"
-    "Contrast""Brightness""Sharpness""Saturation""InfraredIlluminator""MotionSensitivity"
-    "BatteryVoltage""UserLabel""Micro1Version""BootLoaderVersion""Micro2Version""DayOfWeek"
-    "Illumination""FileNumber""DirectoryNumber""Flash""AmbientInfrared""AmbientLight"
-    "BatteryVoltageAvg""BatteryType""C""E""M""P""T""7""Reconyx:AmbientInfrared""Ambient Infrared"
-    "Reconyx:AmbientLight""Ambient Light""Reconyx:AmbientTemperature""Ambient Temperature"
-    "Reconyx:AmbientTemperatureFahrenheit""Ambient Temperature Fahrenheit""Reconyx:BatteryType"
-    "Battery Type""Reconyx:BatteryVoltage""Battery Voltage""Reconyx:BatteryVoltageAvg"
-    "Battery Voltage Avg""Reconyx:BootLoaderVersion""Boot Loader Version""Reconyx:Brightness"
-    "Reconyx:Contrast""Reconyx:DateTimeOriginal""Date/Time Original""Reconyx:DayOfWeek""Day Of Week"
-    "Reconyx:DayOfWeek:0""Sunday""Reconyx:DayOfWeek:1""Monday""Reconyx:DayOfWeek:2""Tuesday"
-    "Reconyx:DayOfWeek:3""Wednesday""Reconyx:DayOfWeek:4""Thursday""Reconyx:DayOfWeek:5""Friday"
-    "Reconyx:DayOfWeek:6""Saturday""Reconyx:DirectoryNumber""Directory Number""Reconyx:EventNumber"
-    "Event Number""Reconyx:FileNumber""File Number""Reconyx:FirmwareDate""Firmware Date"
-    "Reconyx:FirmwareVersion""Firmware Version""Reconyx:Flash""Reconyx:Flash:0""Off"
-    "Reconyx:Flash:1""On""Reconyx:Illumination""Reconyx:Illumination:0""Reconyx:Illumination:1"
-    "Reconyx:InfraredIlluminator""Infrared Illuminator""Reconyx:InfraredIlluminator:0"
-    "Reconyx:InfraredIlluminator:1""Reconyx:MakerNoteVersion""Maker Note Version"
-    "Reconyx:Micro1Version""Micro 1 Version""Reconyx:Micro2Version""Micro 2 Version"
-    "Reconyx:MoonPhase""Moon Phase""Reconyx:MoonPhase:0""New""Reconyx:MoonPhase:1""New Crescent"
-    "Reconyx:MoonPhase:2""First Quarter""Reconyx:MoonPhase:3""Waxing Gibbous""Reconyx:MoonPhase:4"
-    "Full""Reconyx:MoonPhase:5""Waning Gibbous""Reconyx:MoonPhase:6""Last Quarter"
-    "Reconyx:MoonPhase:7""Old Crescent""Reconyx:MotionSensitivity""Motion Sensitivity"
-    "Reconyx:Saturation""Reconyx:Sequence""Reconyx:SerialNumber""Serial Number""Reconyx:Sharpness"
-    "Reconyx:TriggerMode""Trigger Mode""Reconyx:TriggerMode:C""CodeLoc Not Entered"
-    "Reconyx:TriggerMode:E""External Sensor""Reconyx:TriggerMode:M""Motion Detection"
-    "Reconyx:TriggerMode:P""Point and Shoot""Reconyx:TriggerMode:T""Time Lapse""Reconyx:UserLabel"
-    "User Label""亮度""对比度""原始数据产生的日期和时间""闪光""饱和度""照相机标识""锐度""Température ambiante"
-    "Température ambiante en Fahrenheit""Luminosité""Contraste"
-    "Date de création des données originales""Numéro du répertoire""Numéro du fichier"
-    "Date du micrologiciel""Version du micrologiciel""Flash ""Désactivé""Activé"
-    "Version des informations spécifiques fabricant""Numéro de série""Netteté""Helligkeit""Kontrast"
-    "Erstellungsdatum/-uhrzeit""Ordner-Nummer""Dateinummer""Firmware-Version""Blitzmodus""Aus""Ein"
-    "Displaybeleuchtung""MakerNote-Version""Farbsättigung""Seriennummer""Schärfe""Luminosità"
-    "Contrasto""Data/ora originale di creazione""Numero file""Data firmware""Versione firmware"
-    "Flash non emesso, modalità flash forzata""Flash emesso, modalità flash forzata""Spento"
-    "Note Versione Costruttore""Saturazione""Sequenza""Numero di serie""Nitidezza""ブライトネス""コントラスト"
-    "オリジナルデータ作成日時""ディレクトリ番号""ファイル番号""ファームウェア日付""ファームウェアバージョン""ストロボ""オフ""オン""イルミネーション""メーカーノートバージョン"
-    "彩度""シーケンス""シリアル番号""シャープネス""Brillo""Fecha y Hora de Datos Original""Versión Firmware"
-    "Desactivado""Activado""Versión nota Fabricante""Saturación""Número Serie""Nitidez"
-    "StartEdgeCode""StartTimecode""OtherDate1""OtherDate2""OtherDate3""CameraType""ReelNumber""Take"
-    "DateCreated""TimeCreated""ReelTimecode""StorageType""StorageFormatDate""StorageFormatTime"
-    "StorageSerialNumber""StorageModel""AspectRatio""Revision""OriginalFileName""LensMake"
-    "LensNumber""LensModel""Model""CameraOperator""VideoFormat""Filter""Brain""Sensor"
-    "ColorTemperature""RGBCurves""OriginalFrameRate""CropArea""ISO""FNumber""FocalLength"
-    "FocusDistance""RedcodeVersion""ImageWidth""ImageHeight""FrameRate""Red:AspectRatio"
-    "Aspect Ratio""Red:Brain""Red:CameraOperator""Camera Operator""Red:CameraType""Camera Type"
-    "Red:ColorTemperature""Color Temperature""Red:CropArea""Crop Area""Red:DateCreated"
-    "Date Created""Red:DateTimeOriginal""Red:FNumber""F Number""Red:Filter""Red:FirmwareVersion"
-    "Red:FocalLength""Focal Length""Red:FocusDistance""Focus Distance""Red:FrameRate""Frame Rate"
-    "Red:ISO""Red:ImageHeight""Image Height""Red:ImageWidth""Image Width""Red:LensMake""Lens Make"
-    "Red:LensModel""Lens Model""Red:LensNumber""Lens Number""Red:Model""Camera Model Name"
-    "Red:OriginalFileName""Original File Name""Red:OriginalFrameRate""Original Frame Rate"
-    "Red:OtherDate1""Other Date 1""Red:OtherDate2""Other Date 2""Red:OtherDate3""Other Date 3"
-    "Red:RGBCurves""RGB Curves""Red:RedcodeVersion""Redcode Version""Red:ReelNumber""Reel Number"
-    "Red:ReelTimecode""Reel Timecode""Red:Revision""Red:Sensor""Red:SerialNumber""Red:StartEdgeCode"
-    "Start Edge Code""Red:StartTimecode""Start Timecode""Red:StorageFormatDate""Storage Format Date"
-    "Red:StorageFormatTime""Storage Format Time""Red:StorageModel""Storage Model"
-    "Red:StorageSerialNumber""Storage Serial Number""Red:StorageType""Storage Type""Red:Take"
-    "Red:TimeCreated""Time Created""Red:VideoFormat""Video Format""色温""创建日期""光圈数""焦距""更新速率""像高""像宽"
-    "型号""Ratio d'aspect""Type d'appareil photo""Température couleur""Date de création""Diaphragme ƒ"
-    "Focale de l'objectif""Distance focale""Vitesse""Sensibilité ISO""Hauteur de l'image"
-    "Largeur de l'image""Marque de l'objectif""Modèle de l'objectif""Numéro de l'objectif"
-    "Modèle de l'appareil photo""Nom du fichier original""Capteur""Heure de création""Bildformat"
-    "Kameratyp""Farbtemperatur""Erstellungsdatum""F-Wert""Brennweite""Fokus-Distanz"
-    "Bildwechselfrequenz""ISO-Empfindlichkeit""Bildhöhe""Bildbreite""Objektivhersteller"
-    "Objektiv-Typ""Kameramodell""Original Dateiname""Erstellungszeit""Rapporto immagine"
-    "Tipo fotocamera""Temperatura colore""Numero F""Lunghezza focale""Distanza fuoco"
-    "Frequenza fotogramma""Sensibilità ISO""Altezza immagine""Larghezza immagine""Marca obiettivo"
-    "Modello obiettivo""Nome modello fotocamera""Nome file originale""Revisione""Ora di Creazione"
-    "カメラタイプ""色温度""作成日付""F値""フィルター""レンズ焦点距離""被写体距離""フレームレート""ISOスピードレート""画像高さ""画像幅""画像入力機器モデル""作成時間"
-    "Tipo Cámara""Temperatura de Color""Fecha Creación""Número F""Distancia Focal Objetivo"
-    "Velocidad del Fotograma""Ratio Velocidad ISO""Alto Imagen""Ancho Imagen""Modelo Objetivo"
-    "Modelo""Nombre archivo original""Hora Creación""RicohRDC2""ThumbnailImage""FacesDetected"
-    "FaceDetectFrameSize""Face1Position""Face2Position""Face3Position""Face4Position""Face5Position"
-    "Face6Position""Face7Position""Face8Position""FirmwareRevision""FirmwareRevision2"
-    "RicohImageWidth""RicohImageHeight""RicohDate""PreviewImageStart""PreviewImageLength""FlashMode"
-    "Macro""WhiteBalance""ISOSetting""MakerNoteType""InternalSerialNumber""RecordingFormat"
-    "ExposureProgram""DriveMode""WhiteBalanceFineTune""FocusMode""AutoBracketing""MacroMode"
-    "FlashExposureComp""ManualFlashOutput""FullPressSnap""DynamicRangeExpansion""NoiseReduction"
-    "ImageEffects""Vignetting""ToningEffect""HueAdjust""WideAdapter""CropMode""NDFilter"
-    "WBBracketShotNumber""AFStatus""AFAreaXPosition1""AFAreaYPosition1""AFAreaXPosition"
-    "AFAreaYPosition""AFAreaMode""ColorTempKelvin""SensorWidth""SensorHeight""CroppedImageWidth"
-    "CroppedImageHeight""BodyFirmware""BodySerialNumber""LensFirmware""LensSerialNumber"
-    "ManufactureDate1""ManufactureDate2""BlueGain""GreenGain""RedGain""Accelerometer""Compass"
-    "TimeZone""RicohModel""RicohMake""10""11""12""9""16""17""18""19""-288""-240""-216""-192""-168"
-    "-144""-120""-96""-72""-48""-24""13""15""2147483647""Ricoh:AFAreaMode""AF Area Mode"
-    "Ricoh:AFAreaMode:0""Auto""Ricoh:AFAreaMode:2""Manual""Ricoh:AFAreaXPosition"
-    "AF Area X Position""Ricoh:AFAreaXPosition1""AF Area X Position 1""Ricoh:AFAreaYPosition"
-    "AF Area Y Position""Ricoh:AFAreaYPosition1""AF Area Y Position 1""Ricoh:AFStatus""AF Status"
-    "Ricoh:AFStatus:0""Out of Focus""Ricoh:AFStatus:1""In Focus""Ricoh:Accelerometer"
-    "Ricoh:AutoBracketing""Auto Bracketing""Ricoh:AutoBracketing:0""Ricoh:AutoBracketing:11""WB"
-    "Ricoh:AutoBracketing:16""DR""Ricoh:AutoBracketing:17""Ricoh:AutoBracketing:18""WB2"
-    "Ricoh:AutoBracketing:19""Effect""Ricoh:AutoBracketing:9""AE""Ricoh:BlueGain""Blue Gain"
-    "Ricoh:BodyFirmware""Body Firmware""Ricoh:BodySerialNumber""Body Serial Number"
-    "Ricoh:ColorTempKelvin""Color Temp Kelvin""Ricoh:ColorTemperature""Ricoh:Comment""Ricoh:Compass"
-    "Ricoh:Contrast""Ricoh:Contrast:2147483647""MAX""Ricoh:CropMode""Crop Mode""Ricoh:CropMode:0"
-    "Ricoh:CropMode:1""On (35mm)""Ricoh:CropMode:2""On (47mm)""Ricoh:CroppedImageHeight"
-    "Cropped Image Height""Ricoh:CroppedImageWidth""Cropped Image Width""Ricoh:DriveMode"
-    "Drive Mode""Ricoh:DriveMode:0""Single-frame""Ricoh:DriveMode:1""Continuous""Ricoh:DriveMode:8"
-    "AF-priority Continuous""Ricoh:DynamicRangeExpansion""Dynamic Range Expansion"
-    "Ricoh:DynamicRangeExpansion:0""Ricoh:DynamicRangeExpansion:3""Weak"
-    "Ricoh:DynamicRangeExpansion:4""Medium""Ricoh:DynamicRangeExpansion:5""Strong"
-    "Ricoh:ExposureProgram""Exposure Program""Ricoh:ExposureProgram:1""Ricoh:ExposureProgram:2"
-    "Program AE""Ricoh:ExposureProgram:3""Aperture-priority AE""Ricoh:ExposureProgram:4"
-    "Shutter speed priority AE""Ricoh:ExposureProgram:5""Shutter/aperture priority AE"
-    "Ricoh:ExposureProgram:6""Ricoh:ExposureProgram:7""Movie""Ricoh:Face1Position""Face 1 Position"
-    "Ricoh:Face2Position""Face 2 Position""Ricoh:Face3Position""Face 3 Position"
-    "Ricoh:Face4Position""Face 4 Position""Ricoh:Face5Position""Face 5 Position"
-    "Ricoh:Face6Position""Face 6 Position""Ricoh:Face7Position""Face 7 Position"
-    "Ricoh:Face8Position""Face 8 Position""Ricoh:FaceDetectFrameSize""Face Detect Frame Size"
-    "Ricoh:FacesDetected""Faces Detected""Ricoh:FirmwareRevision""Firmware Revision"
-    "Ricoh:FirmwareRevision2""Firmware Revision 2""Ricoh:FirmwareVersion""Ricoh:FlashExposureComp"
-    "Flash Exposure Comp""Ricoh:FlashMode""Flash Mode""Ricoh:FlashMode:0""Ricoh:FlashMode:1"
-    "Auto |\302\240Auto, Fired""Ricoh:FlashMode:2""Ricoh:FlashMode:3"
-    "Auto, Fired, Red-eye reduction""Ricoh:FlashMode:4""Slow Sync""Ricoh:FlashMode:5"
-    "Ricoh:FlashMode:6""On, Red-eye reduction""Ricoh:FlashMode:7""Synchro, Red-eye reduction"
-    "Ricoh:FlashMode:8""Auto, Did not fire""Ricoh:FocalLength""Ricoh:FocusMode""Focus Mode"
-    "Ricoh:FocusMode:1""Ricoh:FocusMode:10""Ricoh:FocusMode:2""Multi AF""Ricoh:FocusMode:3""Spot AF"
-    "Ricoh:FocusMode:4""Snap""Ricoh:FocusMode:5""Infinity""Ricoh:FocusMode:7""Face Detect"
-    "Ricoh:FocusMode:8""Subject Tracking""Ricoh:FocusMode:9""Pinpoint AF""Ricoh:FullPressSnap"
-    "Full Press Snap""Ricoh:FullPressSnap:0""Ricoh:FullPressSnap:1""Ricoh:GreenGain""Green Gain"
-    "Ricoh:HueAdjust""Hue Adjust""Ricoh:HueAdjust:0""Ricoh:HueAdjust:1""Basic""Ricoh:HueAdjust:2"
-    "Magenta""Ricoh:HueAdjust:3""Yellow""Ricoh:HueAdjust:4""Normal""Ricoh:HueAdjust:5""Warm"
-    "Ricoh:HueAdjust:6""Cool""Ricoh:ISOSetting""ISO Setting""Ricoh:ISOSetting:0""Ricoh:ISOSetting:1"
-    "64""Ricoh:ISOSetting:10""3200""Ricoh:ISOSetting:11""100 (Low)""Ricoh:ISOSetting:2""100"
-    "Ricoh:ISOSetting:4""200""Ricoh:ISOSetting:6""400""Ricoh:ISOSetting:7""800""Ricoh:ISOSetting:8"
-    "1600""Ricoh:ISOSetting:9""Ricoh:ImageEffects""Image Effects""Ricoh:ImageEffects:0""Standard"
-    "Ricoh:ImageEffects:1""Vivid""Ricoh:ImageEffects:10""Cross Process""Ricoh:ImageEffects:11"
-    "Positive Film""Ricoh:ImageEffects:12""Bleach Bypass""Ricoh:ImageEffects:13""Retro"
-    "Ricoh:ImageEffects:15""Miniature""Ricoh:ImageEffects:17""High Key""Ricoh:ImageEffects:3"
-    "Black & White""Ricoh:ImageEffects:5""B&W Toning Effect""Ricoh:ImageEffects:6""Setting 1"
-    "Ricoh:ImageEffects:7""Setting 2""Ricoh:ImageEffects:9""High-contrast B&W"
-    "Ricoh:InternalSerialNumber""Internal Serial Number""Ricoh:LensFirmware""Lens Firmware"
-    "Ricoh:LensSerialNumber""Lens Serial Number""Ricoh:Macro""Ricoh:Macro:0""Ricoh:Macro:1"
-    "Ricoh:MacroMode""Macro Mode""Ricoh:MacroMode:0""Ricoh:MacroMode:1""Ricoh:MakerNoteType"
-    "Maker Note Type""Ricoh:ManualFlashOutput""Manual Flash Output""Ricoh:ManualFlashOutput:-120"
-    "1/5.6""Ricoh:ManualFlashOutput:-144""1/8""Ricoh:ManualFlashOutput:-168""1/11"
-    "Ricoh:ManualFlashOutput:-192""1/16""Ricoh:ManualFlashOutput:-216""1/22"
-    "Ricoh:ManualFlashOutput:-24""1/1.4""Ricoh:ManualFlashOutput:-240""1/32"
-    "Ricoh:ManualFlashOutput:-288""1/64""Ricoh:ManualFlashOutput:-48""1/2"
-    "Ricoh:ManualFlashOutput:-72""1/2.8""Ricoh:ManualFlashOutput:-96""1/4"
-    "Ricoh:ManualFlashOutput:0""Ricoh:ManufactureDate1""Manufacture Date 1""Ricoh:ManufactureDate2"
-    "Manufacture Date 2""Ricoh:NDFilter""ND Filter""Ricoh:NDFilter:0""Ricoh:NDFilter:1"
-    "Ricoh:NoiseReduction""Noise Reduction""Ricoh:NoiseReduction:0""Ricoh:NoiseReduction:1"
-    "Ricoh:NoiseReduction:2""Medium |\302\240Strong""Ricoh:NoiseReduction:3""Max |\302\240Strong"
-    "Ricoh:PreviewImageLength""Preview Image Length""Ricoh:PreviewImageStart""Preview Image Start"
-    "Ricoh:RecordingFormat""Recording Format""Ricoh:RecordingFormat:2""JPEG"
-    "Ricoh:RecordingFormat:3""DNG""Ricoh:RedGain""Red Gain""Ricoh:RicohDate""Ricoh Date"
-    "Ricoh:RicohImageHeight""Ricoh Image Height""Ricoh:RicohImageWidth""Ricoh Image Width"
-    "Ricoh:RicohMake""Ricoh Make""Ricoh:RicohModel""Ricoh Model""Ricoh:RicohRDC2""Ricoh RDC2"
-    "Ricoh:Saturation""Ricoh:Saturation:0""High""Ricoh:Saturation:1""Ricoh:Saturation:10""Natural"
-    "Ricoh:Saturation:2""Low""Ricoh:Saturation:3""B&W""Ricoh:Saturation:6""Toning Effect"
-    "Ricoh:Saturation:9""Ricoh:SensorHeight""Sensor Height""Ricoh:SensorWidth""Sensor Width"
-    "Ricoh:SerialNumber""Ricoh:Sharpness""Ricoh:Sharpness:0""Sharp""Ricoh:Sharpness:1"
-    "Ricoh:Sharpness:2""Soft""Ricoh:ThumbnailImage""Thumbnail Image""Ricoh:TimeZone""Time Zone"
-    "Ricoh:ToningEffect""Ricoh:ToningEffect:0""Ricoh:ToningEffect:1""Sepia""Ricoh:ToningEffect:2"
-    "Red""Ricoh:ToningEffect:3""Green""Ricoh:ToningEffect:4""Blue""Ricoh:ToningEffect:5""Purple"
-    "Ricoh:ToningEffect:6""Ricoh:ToningEffect:7""Color""Ricoh:Vignetting""Ricoh:Vignetting:0"
-    "Ricoh:Vignetting:1""Ricoh:Vignetting:2""Ricoh:Vignetting:3""Ricoh:WBBracketShotNumber"
-    "WB Bracket Shot Number""Ricoh:WhiteBalance""White Balance""Ricoh:WhiteBalance:0"
-    "Ricoh:WhiteBalance:1""Daylight |\302\240Multi-P Auto""Ricoh:WhiteBalance:10"
-    "Ricoh:WhiteBalance:11""Kelvin""Ricoh:WhiteBalance:12""Shade""Ricoh:WhiteBalance:2"
-    "Cloudy |\302\240Daylight""Ricoh:WhiteBalance:3""Cloudy |\302\240Tungsten""Ricoh:WhiteBalance:4"
-    "Fluorescent |\302\240Incandescent 1""Ricoh:WhiteBalance:5""Incandescent 2 |\302\240Manual"
-    "Ricoh:WhiteBalance:6""Daylight Fluorescent""Ricoh:WhiteBalance:7"
-    "Detail |\302\240Neutral White Fluorescent""Ricoh:WhiteBalance:8""Cool White Fluorescent"
-    "Ricoh:WhiteBalance:9""Multi-pattern Auto |\302\240Warm White Fluorescent"
-    "Ricoh:WhiteBalanceFineTune""White Balance Fine Tune""Ricoh:WideAdapter""Wide Adapter"
-    "Ricoh:WideAdapter:0""Not Attached""Ricoh:WideAdapter:2""Attached""驱动模式""曝光程序""一般程序""光圈优先""快门优先"
-    "手动""闪光补偿""Auto, Fired |\302\240自动""对焦模式""自动""减少噪声""高饱和度""标准""低饱和度""弱""缩略图""白平衡"
-    "Multi-P Auto |\302\240太阳光""阴影""太阳光 |\302\240阴天""白炽灯 |\302\240阴天""Incandescent 1 |\302\240荧光"
-    "Incandescent 2 |\302\240手动""日光色荧光灯""白色荧光灯""Multi-pattern Auto |\302\240暖白荧光灯"
-    "Mode de la zone d'autofocus""Manuelle""Position horizontale Zone de l'autofocus"
-    "Position horizontale 1 Zone de l'autofocus""Position verticale Zone de l'autofocus"
-    "Position verticale 1 Zone de l'autofocus""Bracketing auto""Température couleur Kelvin"
-    "Hauteur de l'image recadrée""Largeur de l'image recadrée""Mode de prise de vue""Image unqiue"
-    "Continu""Expansion de la dynamique""Programme d'exposition""Programme normal"
-    "Priorité à l'ouverture AE""Priorité vitesse""Priorité à l'obturateur/l'ouverture AE""Manuel"
-    "Position visage 1""Position visage 2""Position visage 3""Position visage 4""Position visage 5"
-    "Position visage 6""Position visage 7""Position visage 8"
-    "Taille du cadre de détection du visage""Visages détectés""Révision du micrologiciel"
-    "Version du micrologiciel 2""Compensation d'exposition au flash""Mode du flash""Flash désactivé"
-    "Flash Auto |\302\240Flash Auto, déclenché""Flash activé"
-    "Auto, flash déclenché, réduction yeux rouges""Flash synchro lente""Flash manuel"
-    "Flash activé, réduction yeux rouges""Flash synchro réduction yeux rouges"
-    "Flash Auto, non déclenché""Mode de mise au point""Vidéo""Instantané""Infini"
-    "Détection de visage""Suivi du sujet""Point de mire AF""Réglage ISO""Éclatant"
-    "Traitement croisé""Tons clairs""Numéro de série interne""Numéro de série de l'objectif"
-    "Désactivée""Activée""Mode Macro""Sortie de flash manuelle""Totale""Filtre ND"
-    "Réduction du bruit""Faible""Forte |\302\240Moyenne""Forte |\302\240Max""Longueur de l'aperçu"
-    "Début de l'aperçu""Forte""Normale""Naturel""N&B""Effet tonique""Hauteur du capteur"
-    "Largeur du capteur""Dure""Douce""Vignette""Fuseau horaire""Effet tonifiant""Sépia""Rouge""Vert"
-    "Bleu""Violet""Coleur""Vignettage""Bas""Moyen""Haut""Balance des blancs"
-    "Equilibrage automatique des blancs""Lumière du jour |\302\240Multi-P Auto""Ombre"
-    "Lumière du jour |\302\240Temps nuageux"
-    "Temps nuageux |\302\240Tungstène (lumière incandescente)""Fluorescente |\302\240Incandescent 1"
-    "Incandescent 2 |\302\240Manuelle""Fluorescente type jour""Fluorescente type soft"
-    "Fluorescent blanc chaud |\302\240Multi-pattern Auto""Balance des blancs - Réglage fin"
-    "Messfeldsteuerung""Manuell""AF-Bereich X Position""AF-Bereich X Position 1"
-    "AF-Bereich Y Position""AF-Bereich Y Position 1""Automatische Belichtungsreihe""Weißabgleich"
-    "Weißabgleich 2""Effekt""Farbtemperatur Kelvin""Ausschnitt Bildhöhe""Ausschnitt Bildbreite"
-    "Aufnahmeart""Einzelbild""Serienaufnahme""Dynamikbereich-Erweiterung""Belichtungsprogramm"
-    "Programmautomatik""Blendenpriorität""Verschlusspriorität""Position, 1. Gesicht"
-    "Position, 2. Gesicht""Position, 3. Gesicht""Position, 4. Gesicht""Position, 5. Gesicht"
-    "Position, 6. Gesicht""Position, 7. Gesicht""Position, 8. Gesicht"
-    "Gesichtserkennung Bereichsgröße""Gesichter erkannt""Firmware-Revision""Firmware-Revision 2"
-    "Blitzbelichtungskorrektur""Blitz-Modus""Auto, ausgelöst |\302\240Automatisch"
-    "Auto, ausgelöst, Rote-Augen-Reduzierung""Ein, Rote-Augen-Reduzierung""Auto, nicht ausgelöst"
-    "Fokus-Modus""Mehrpunkt AF""Unendlich""Gesichtserkennung AF""Farbtonkorrektur""Gelb""Kühl"
-    "ISO-Einstellung""Automatisch""High-Key""Interne Seriennummer""Objektiv-Seriennummer""Makro"
-    "Makro-Modus""Benutzerdaten Typ""Manuelle Blitzstärke""Voll""ND-Filter""Rauschreduktion"
-    "Schwach""Medium |\302\240Stark""Maximal |\302\240Stark""Vorschaubild-Datenlänge"
-    "Vorschaubild-Datenposition""Ricoh Datum""Ricoh-Bildhöhe""Ricoh-Bildbreite""Hohe Farbsättigung"
-    "Natürlich""Geringe Farbsättigung""Schwarz/Weiß""Tönungseffekt""Lebhaft""Sensor Höhe"
-    "Sensor Breite""Hart""Leicht""Miniaturbild""Zeitzone""Rot""Grün""Blau""Lila""Farbe"
-    "Weißabgleich-Belichtungsreihen-Bildnummer""Multi-P Auto |\302\240Tageslicht""Schatten"
-    "Bewölkt |\302\240Tageslicht""Bewölkt |\302\240Glühbirne""Incandescent 1 |\302\240Neonlicht"
-    "Incandescent 2 |\302\240Manuell""Neonlicht tageslichtweiß""Neonlicht kaltweiß"
-    "Multi-pattern Auto |\302\240Neonlicht warmweiß""Weißabgleichsfeineinstellung""Modo AF"
-    "Modalità esecuzione""Programma esposizione""Programma AE""Priorità diaframma"
-    "Priorità otturatore AE""Manuale""Facce rimosse""Revisione firmware""Revisione 2 firmware"
-    "Compensazione Esposizione Flash""Modo flash""Modalità messa a fuoco""Impostazione ISO"
-    "100 (basso)""Numero di serie obiettivo""Riduzione rumore""Forte |\302\240Medium"
-    "Lunghezza immagine anteprima""Inizio immagine anteprima""Guadagno rosso""Data Ricoh"
-    "Altezza immagine Ricoh""Larghezza immagine Ricoh""RDC2 Ricoh""Alta""Basso""Vivace"
-    "Altezza sensore""Larghezza sensore""Leggera""Miniatura""Fuso orario""Seppia""Rosso""Verde"
-    "Porpora""Bilanciamento del bianco""Equilibrio del bianco automatico"
-    "Luce del giorno |\302\240Multi-P Auto""Ombrato""Luce del giorno |\302\240Nuvoloso"
-    "Nuvoloso |\302\240Tungsteno (luce incandescente)""Incandescent 2 |\302\240Manuale"
-    "Fluorescente a luce del giorno""Fluorescente bianca fredda"
+    "Author" "BackupTime" "Category" "Comment" "Company" "Copyright" "CreateDate" "Comments"
+    "TotalEditTime" "HyperlinkBase" "InternalIDNumber" "Keywords" "Manager" "Characters"
+    "CharactersWithSpaces" "Pages" "Words" "LastModifiedBy" "LastPrinted" "ModifyDate" "Subject"
+    "Title" "InternalVersionNumber" "RevisionNumber" "RTF:Author" "RTF:BackupTime" "Backup Time"
+    "RTF:Category" "RTF:Characters" "RTF:CharactersWithSpaces" "Characters With Spaces"
+    "RTF:Comment" "RTF:Comments" "RTF:Company" "RTF:Copyright" "RTF:CreateDate" "Create Date"
+    "RTF:HyperlinkBase" "Hyperlink Base" "RTF:InternalIDNumber" "Internal ID Number"
+    "RTF:InternalVersionNumber" "Internal Version Number" "RTF:Keywords" "RTF:LastModifiedBy"
+    "Last Modified By" "RTF:LastPrinted" "Last Printed" "RTF:Manager" "RTF:ModifyDate" "Modify Date"
+    "RTF:Pages" "RTF:RevisionNumber" "Revision Number" "RTF:Subject" "RTF:Title" "RTF:TotalEditTime"
+    "Total Edit Time" "RTF:Words" "作者" "类别" "注释" "专利拥有者" "数字数据产生的日期和时间" "关键字" "文件改变的日期和时间" "主题" "标题"
+    "Auteur" "Catégorie" "Commentaire" "Commentaires" "Propriétaire du copyright"
+    "Date de création des données numériques" "Numéro d'identification interne"
+    "Numéro de version interne" "Mots-clés" "Date de modification du fichier" "Numéro de révision"
+    "Sujet" "Titre" "Autor" "Kategorie" "Kommentar" "Kommentare" "Urheberrechtsvermerk"
+    "Digitalisierungsdatum/-uhrzeit" "Schlüsselwörter" "Änderungsdatum" "Seiten" "Revisionsnummer"
+    "Themen/Schlüsselwörter" "Titel" "Autore" "Categoria" "Caratteri" "Caratteri con spazi"
+    "Commento" "Commenti" "Titolare del copyright" "Data di creazione" "Parole chiave"
+    "Data modifica" "Numero revisione" "Soggetto" "Titolo" "カテゴリー" "コメント" "版権所有者" "デジタルデータ作成日時"
+    "キーワード" "ファイル作成日時" "サブジェクト" "タイトル" "Categoría" "Comentario" "Copyright Perfil"
+    "Fecha y Hora de Datos Digital" "Clave" "Fecha y Hora de Cambio del Archivo" "Número Revisión"
+    "Sujeto" "Título" "Command" "Orientation" "ColorCorrection" "Exposure" "Format" "Gamma"
+    "PixelAspectRatio" "ColorPrimaries" "Software" "View" "+X +Y" "+X -Y" "+Y +X" "+Y -X" "-X +Y"
+    "-X -Y" "-Y +X" "-Y -X" "Radiance:ColorCorrection" "Color Correction" "Radiance:ColorPrimaries"
+    "Color Primaries" "Radiance:Command" "Radiance:Comment" "Radiance:Exposure" "Radiance:Format"
+    "Radiance:Gamma" "Radiance:Orientation" "Radiance:Orientation:+X +Y" "Rotate 90 CW"
+    "Radiance:Orientation:+X -Y" "Mirror horizontal and rotate 270 CW" "Radiance:Orientation:+Y +X"
+    "Mirror vertical" "Radiance:Orientation:+Y -X" "Rotate 180" "Radiance:Orientation:-X +Y"
+    "Mirror horizontal and rotate 90 CW" "Radiance:Orientation:-X -Y" "Rotate 270 CW"
+    "Radiance:Orientation:-Y +X" "Horizontal (normal)" "Radiance:Orientation:-Y -X"
+    "Mirror horizontal" "Radiance:PixelAspectRatio" "Pixel Aspect Ratio" "Radiance:Software"
+    "Radiance:View" "对比系数" "图像取向" "90° CCW (右/上)" "90° CW (左/上)" "180° (底/左)" "180° (底/右)"
+    "90° CCW (右/底)" "90° CW (左/底)" "0° (上/左)" "0° (上/右)" "使用软件" "Exposition"
+    "Orientation de l'image" "Rotation antihoraire de 90°"
+    "Mise en miroir horizontal et rotation antihoraire de 270°" "Mise en miroir vertical"
+    "Rotation de 180°" "Mise en miroir horizontal et rotation antihoraire de 90°"
+    "Rotation antihoraire de 270°" "Horizontale (normale)" "Mise en miroir horizontal"
+    "Ratio d'aspect des pixels" "Logiciel" "Farbkorrektur" "Belichtung" "Ausrichtung"
+    "90° im Uhrzeigersinn" "Horizontal gespiegelt und 90° gegen den Uhrzeigersinn"
+    "Vertikal gespiegelt" "180° gedreht" "Horizontal gespiegelt und 90° im Uhrzeigersinn"
+    "90° gegen den Uhrzeigersinn" "Horizontal gespiegelt" "Esposizione" "Formato" "Orientamento"
+    "Ruota di 90° senso orario" "Rifletti orizzontalmente e ruota di 270° in senso orario"
+    "Rifletti verticalmente" "Ruota di 180°"
+    "Rifletti orizzontalmente e ruota di 90° in senso orario" "Ruota di 270° in senso orario"
+    "Orizzontale (normale)" "Rifletti orizzontalmente" "Software utilizzato" "露出" "ガンマ" "画像の向き"
+    "90度回転 CW" "180度回転" "270度回転 CW" "水平（標準）" "ソフトウェア" "Orientación de Imagen"
+    "Girado 90° sentido reloj" "Invertir horizontal y rotar 270° sentido reloj" "Invertir vertical"
+    "Girado 180°" "Invertir horizontal y rotar 90° sentido reloj" "Girado 270° sentido reloj"
+    "0° (arriba/izquierda)" "Invertir horizontal" "Programa Utilizado" "CompressionFactor"
+    "OriginalFileSize" "OriginalFileType" "RawzorCreatorVersion" "RawzorRequiredVersion"
+    "Rawzor:CompressionFactor" "Compression Factor" "Rawzor:OriginalFileSize" "Original File Size"
+    "Rawzor:OriginalFileType" "Original File Type" "Rawzor:RawzorCreatorVersion"
+    "Rawzor Creator Version" "Rawzor:RawzorRequiredVersion" "Rawzor Required Version"
+    "Komprimierungsfaktor" "Original Dateityp" "Factor de compresión" "Channels" "Unknown"
+    "BytesPerMinute" "AudioBytes" "TitleLen" "ArtistLen" "Artist" "CopyrightLen" "CommentLen"
+    "FourCC1" "AudioFileSize" "Version2" "HeaderSize" "CodecFlavorID" "CodedFrameSize" "SubPacketH"
+    "AudioFrameSize" "SubPacketSize" "SampleRate" "BitsPerSample" "FourCC2Len" "FourCC2"
+    "FourCC3Len" "FourCC3" "FrameSize" "SampleRate2" "Genr" "AuthorLen" "Audiences" "AudioFormat"
+    "ContentRating" "Description" "FileID" "Indexable" "TargetAudiences" "VideoQuality" "AudioMode"
+    "VideoMode" "StreamNumber" "StreamMaxBitrate" "StreamAvgBitrate" "StreamMaxPacketSize"
+    "StreamAvgPacketSize" "StreamStartTime" "StreamPreroll" "StreamDuration" "StreamNameLen"
+    "StreamName" "StreamMimeLen" "StreamMimeType" "FileInfoLen" "FileInfoLen2" "FileInfoVersion"
+    "PhysicalStreams" "PhysicalStreamNumbers" "DataOffsets" "NumRules" "PhysicalStreamNumberMap"
+    "NumProperties" "AlbumName" "TrackCategory" "TrackComments" "TrackLyrics" "Text" "URL"
+    "MaxBitrate" "AvgBitrate" "MaxPacketSize" "AvgPacketSize" "NumPackets" "Duration" "Preroll"
+    "IndexOffset" "DataOffset" "NumStreams" "Flags" "0" "1" "2" "3" "4" "5" "6" "8" "Real:AlbumName"
+    "Album Name" "Real:Artist" "Real:ArtistLen" "Artist Len" "Real:Audiences" "Real:AudioBytes"
+    "Audio Bytes" "Real:AudioFileSize" "Audio File Size" "Real:AudioFormat" "Audio Format"
+    "Real:AudioFrameSize" "Audio Frame Size" "Real:AudioMode" "Audio Mode" "Real:Author"
+    "Real:AuthorLen" "Author Len" "Real:AvgBitrate" "Avg Bitrate" "Real:AvgPacketSize"
+    "Avg Packet Size" "Real:BitsPerSample" "Bits Per Sample" "Real:BytesPerMinute"
+    "Bytes Per Minute" "Real:Channels" "Real:CodecFlavorID" "Codec Flavor ID" "Real:CodedFrameSize"
+    "Coded Frame Size" "Real:Comment" "Real:CommentLen" "Comment Len" "Real:ContentRating"
+    "Content Rating" "Real:ContentRating:0" "No Rating" "Real:ContentRating:1" "All Ages"
+    "Real:ContentRating:2" "Older Children" "Real:ContentRating:3" "Younger Teens"
+    "Real:ContentRating:4" "Older Teens" "Real:ContentRating:5" "Adult Supervision Recommended"
+    "Real:ContentRating:6" "Adults Only" "Real:Copyright" "Real:CopyrightLen" "Copyright Len"
+    "Real:CreateDate" "Real:DataOffset" "Data Offset" "Real:DataOffsets" "Data Offsets"
+    "Real:Description" "Real:Duration" "Real:FileID" "File ID" "Real:FileInfoLen" "File Info Len"
+    "Real:FileInfoLen2" "File Info Len 2" "Real:FileInfoVersion" "File Info Version" "Real:Flags"
+    "Real:Flags:1" "Allow Recording" "Real:Flags:2" "Perfect Play" "Real:Flags:4" "Live"
+    "Real:Flags:8" "Allow Download" "Real:FourCC1" "Four CC1" "Real:FourCC2" "Four CC2"
+    "Real:FourCC2Len" "Four CC2 Len" "Real:FourCC3" "Four CC3" "Real:FourCC3Len" "Four CC3 Len"
+    "Real:FrameSize" "Frame Size" "Real:Genr" "Real:HeaderSize" "Header Size" "Real:IndexOffset"
+    "Index Offset" "Real:Indexable" "Real:Indexable:0" "False" "Real:Indexable:1" "True"
+    "Real:Keywords" "Real:MaxBitrate" "Max Bitrate" "Real:MaxPacketSize" "Max Packet Size"
+    "Real:ModifyDate" "Real:NumPackets" "Num Packets" "Real:NumProperties" "Num Properties"
+    "Real:NumRules" "Num Rules" "Real:NumStreams" "Num Streams" "Real:PhysicalStreamNumberMap"
+    "Physical Stream Number Map" "Real:PhysicalStreamNumbers" "Physical Stream Numbers"
+    "Real:PhysicalStreams" "Physical Streams" "Real:Preroll" "Real:SampleRate" "Sample Rate"
+    "Real:SampleRate2" "Sample Rate 2" "Real:Software" "Real:StreamAvgBitrate" "Stream Avg Bitrate"
+    "Real:StreamAvgPacketSize" "Stream Avg Packet Size" "Real:StreamDuration" "Stream Duration"
+    "Real:StreamMaxBitrate" "Stream Max Bitrate" "Real:StreamMaxPacketSize" "Stream Max Packet Size"
+    "Real:StreamMimeLen" "Stream Mime Len" "Real:StreamMimeType" "Stream Mime Type"
+    "Real:StreamName" "Stream Name" "Real:StreamNameLen" "Stream Name Len" "Real:StreamNumber"
+    "Stream Number" "Real:StreamPreroll" "Stream Preroll" "Real:StreamStartTime" "Stream Start Time"
+    "Real:SubPacketH" "Sub Packet H" "Real:SubPacketSize" "Sub Packet Size" "Real:TargetAudiences"
+    "Target Audiences" "Real:Text" "Real:Title" "Real:TitleLen" "Title Len" "Real:TrackCategory"
+    "Track Category" "Real:TrackComments" "Track Comments" "Real:TrackLyrics" "Track Lyrics"
+    "Real:URL" "Real:Unknown" "Real:Version2" "Version 2" "Real:VideoMode" "Video Mode"
+    "Real:VideoQuality" "Video Quality" "图像作者" "每个组件的比特数" "画面尺寸" "Artiste"
+    "Nombre de bits par échantillon" "Durée" "ID du fichier" "Version des Infos Fichier"
+    "Taille du cadre" "Texte" "URL " "Inconnu" "Künstler" "Anzahl der Bits pro Komponente" "Kanäle"
+    "Beschreibung" "Dauer" "Datei-Informationen-Version" "Einzelbildgröße" "Unbekannt"
+    "Persona che ha creato l'immagine" "Byte audio" "Formato audio" "Numero di bit per componente"
+    "Canali" "Descrizione" "ID file" "Dimensioni fotogrammi" "Falso" "Frequenza campionamento"
+    "Frequenza campionamento 2" "Testo" "Lungh titolo" "Sconosciuto" "Versione 2" "画像作成者"
+    "コンポーネントのビット数" "説明" "ファイル情報バージョン" "フレームサイズ" "テキスト" "不明" "Número de Bits Por Muestra" "Canales"
+    "Descripción" "Duración" "Tamaño del Fotograma" "Tamaño Máximo Paquete" "Frecuencia muestreo"
+    "Texto" "Desconocido" "MakerNoteVersion" "FirmwareVersion" "FirmwareDate" "TriggerMode"
+    "Sequence" "EventNumber" "DateTimeOriginal" "MoonPhase" "AmbientTemperatureFahrenheit"
+    "AmbientTemperature" "SerialNumber" "Contrast" "Brightness" "Sharpness" "Saturation"
+    "InfraredIlluminator" "MotionSensitivity" "BatteryVoltage" "UserLabel" "Micro1Version"
+    "BootLoaderVersion" "Micro2Version" "DayOfWeek" "Illumination" "FileNumber" "DirectoryNumber"
+    "Flash" "AmbientInfrared" "AmbientLight" "BatteryVoltageAvg" "BatteryType" "C" "E" "M" "P" "T"
+    "7" "Reconyx:AmbientInfrared" "Ambient Infrared" "Reconyx:AmbientLight" "Ambient Light"
+    "Reconyx:AmbientTemperature" "Ambient Temperature" "Reconyx:AmbientTemperatureFahrenheit"
+    "Ambient Temperature Fahrenheit" "Reconyx:BatteryType" "Battery Type" "Reconyx:BatteryVoltage"
+    "Battery Voltage" "Reconyx:BatteryVoltageAvg" "Battery Voltage Avg" "Reconyx:BootLoaderVersion"
+    "Boot Loader Version" "Reconyx:Brightness" "Reconyx:Contrast" "Reconyx:DateTimeOriginal"
+    "Date/Time Original" "Reconyx:DayOfWeek" "Day Of Week" "Reconyx:DayOfWeek:0" "Sunday"
+    "Reconyx:DayOfWeek:1" "Monday" "Reconyx:DayOfWeek:2" "Tuesday" "Reconyx:DayOfWeek:3" "Wednesday"
+    "Reconyx:DayOfWeek:4" "Thursday" "Reconyx:DayOfWeek:5" "Friday" "Reconyx:DayOfWeek:6" "Saturday"
+    "Reconyx:DirectoryNumber" "Directory Number" "Reconyx:EventNumber" "Event Number"
+    "Reconyx:FileNumber" "File Number" "Reconyx:FirmwareDate" "Firmware Date"
+    "Reconyx:FirmwareVersion" "Firmware Version" "Reconyx:Flash" "Reconyx:Flash:0" "Off"
+    "Reconyx:Flash:1" "On" "Reconyx:Illumination" "Reconyx:Illumination:0" "Reconyx:Illumination:1"
+    "Reconyx:InfraredIlluminator" "Infrared Illuminator" "Reconyx:InfraredIlluminator:0"
+    "Reconyx:InfraredIlluminator:1" "Reconyx:MakerNoteVersion" "Maker Note Version"
+    "Reconyx:Micro1Version" "Micro 1 Version" "Reconyx:Micro2Version" "Micro 2 Version"
+    "Reconyx:MoonPhase" "Moon Phase" "Reconyx:MoonPhase:0" "New" "Reconyx:MoonPhase:1"
+    "New Crescent" "Reconyx:MoonPhase:2" "First Quarter" "Reconyx:MoonPhase:3" "Waxing Gibbous"
+    "Reconyx:MoonPhase:4" "Full" "Reconyx:MoonPhase:5" "Waning Gibbous" "Reconyx:MoonPhase:6"
+    "Last Quarter" "Reconyx:MoonPhase:7" "Old Crescent" "Reconyx:MotionSensitivity"
+    "Motion Sensitivity" "Reconyx:Saturation" "Reconyx:Sequence" "Reconyx:SerialNumber"
+    "Serial Number" "Reconyx:Sharpness" "Reconyx:TriggerMode" "Trigger Mode" "Reconyx:TriggerMode:C"
+    "CodeLoc Not Entered" "Reconyx:TriggerMode:E" "External Sensor" "Reconyx:TriggerMode:M"
+    "Motion Detection" "Reconyx:TriggerMode:P" "Point and Shoot" "Reconyx:TriggerMode:T"
+    "Time Lapse" "Reconyx:UserLabel" "User Label" "亮度" "对比度" "原始数据产生的日期和时间" "闪光" "饱和度" "照相机标识" "锐度"
+    "Température ambiante" "Température ambiante en Fahrenheit" "Luminosité" "Contraste"
+    "Date de création des données originales" "Numéro du répertoire" "Numéro du fichier"
+    "Date du micrologiciel" "Version du micrologiciel" "Flash " "Désactivé" "Activé"
+    "Version des informations spécifiques fabricant" "Numéro de série" "Netteté" "Helligkeit"
+    "Kontrast" "Erstellungsdatum/-uhrzeit" "Ordner-Nummer" "Dateinummer" "Firmware-Version"
+    "Blitzmodus" "Aus" "Ein" "Displaybeleuchtung" "MakerNote-Version" "Farbsättigung" "Seriennummer"
+    "Schärfe" "Luminosità" "Contrasto" "Data/ora originale di creazione" "Numero file"
+    "Data firmware" "Versione firmware" "Flash non emesso, modalità flash forzata"
+    "Flash emesso, modalità flash forzata" "Spento" "Note Versione Costruttore" "Saturazione"
+    "Sequenza" "Numero di serie" "Nitidezza" "ブライトネス" "コントラスト" "オリジナルデータ作成日時" "ディレクトリ番号" "ファイル番号"
+    "ファームウェア日付" "ファームウェアバージョン" "ストロボ" "オフ" "オン" "イルミネーション" "メーカーノートバージョン" "彩度" "シーケンス" "シリアル番号"
+    "シャープネス" "Brillo" "Fecha y Hora de Datos Original" "Versión Firmware" "Desactivado" "Activado"
+    "Versión nota Fabricante" "Saturación" "Número Serie" "Nitidez" "StartEdgeCode" "StartTimecode"
+    "OtherDate1" "OtherDate2" "OtherDate3" "CameraType" "ReelNumber" "Take" "DateCreated"
+    "TimeCreated" "ReelTimecode" "StorageType" "StorageFormatDate" "StorageFormatTime"
+    "StorageSerialNumber" "StorageModel" "AspectRatio" "Revision" "OriginalFileName" "LensMake"
+    "LensNumber" "LensModel" "Model" "CameraOperator" "VideoFormat" "Filter" "Brain" "Sensor"
+    "ColorTemperature" "RGBCurves" "OriginalFrameRate" "CropArea" "ISO" "FNumber" "FocalLength"
+    "FocusDistance" "RedcodeVersion" "ImageWidth" "ImageHeight" "FrameRate" "Red:AspectRatio"
+    "Aspect Ratio" "Red:Brain" "Red:CameraOperator" "Camera Operator" "Red:CameraType" "Camera Type"
+    "Red:ColorTemperature" "Color Temperature" "Red:CropArea" "Crop Area" "Red:DateCreated"
+    "Date Created" "Red:DateTimeOriginal" "Red:FNumber" "F Number" "Red:Filter"
+    "Red:FirmwareVersion" "Red:FocalLength" "Focal Length" "Red:FocusDistance" "Focus Distance"
+    "Red:FrameRate" "Frame Rate" "Red:ISO" "Red:ImageHeight" "Image Height" "Red:ImageWidth"
+    "Image Width" "Red:LensMake" "Lens Make" "Red:LensModel" "Lens Model" "Red:LensNumber"
+    "Lens Number" "Red:Model" "Camera Model Name" "Red:OriginalFileName" "Original File Name"
+    "Red:OriginalFrameRate" "Original Frame Rate" "Red:OtherDate1" "Other Date 1" "Red:OtherDate2"
+    "Other Date 2" "Red:OtherDate3" "Other Date 3" "Red:RGBCurves" "RGB Curves" "Red:RedcodeVersion"
+    "Redcode Version" "Red:ReelNumber" "Reel Number" "Red:ReelTimecode" "Reel Timecode"
+    "Red:Revision" "Red:Sensor" "Red:SerialNumber" "Red:StartEdgeCode" "Start Edge Code"
+    "Red:StartTimecode" "Start Timecode" "Red:StorageFormatDate" "Storage Format Date"
+    "Red:StorageFormatTime" "Storage Format Time" "Red:StorageModel" "Storage Model"
+    "Red:StorageSerialNumber" "Storage Serial Number" "Red:StorageType" "Storage Type" "Red:Take"
+    "Red:TimeCreated" "Time Created" "Red:VideoFormat" "Video Format" "色温" "创建日期" "光圈数" "焦距" "更新速率"
+    "像高" "像宽" "型号" "Ratio d'aspect" "Type d'appareil photo" "Température couleur" "Date de création"
+    "Diaphragme ƒ" "Focale de l'objectif" "Distance focale" "Vitesse" "Sensibilité ISO"
+    "Hauteur de l'image" "Largeur de l'image" "Marque de l'objectif" "Modèle de l'objectif"
+    "Numéro de l'objectif" "Modèle de l'appareil photo" "Nom du fichier original" "Capteur"
+    "Heure de création" "Bildformat" "Kameratyp" "Farbtemperatur" "Erstellungsdatum" "F-Wert"
+    "Brennweite" "Fokus-Distanz" "Bildwechselfrequenz" "ISO-Empfindlichkeit" "Bildhöhe" "Bildbreite"
+    "Objektivhersteller" "Objektiv-Typ" "Kameramodell" "Original Dateiname" "Erstellungszeit"
+    "Rapporto immagine" "Tipo fotocamera" "Temperatura colore" "Numero F" "Lunghezza focale"
+    "Distanza fuoco" "Frequenza fotogramma" "Sensibilità ISO" "Altezza immagine"
+    "Larghezza immagine" "Marca obiettivo" "Modello obiettivo" "Nome modello fotocamera"
+    "Nome file originale" "Revisione" "Ora di Creazione" "カメラタイプ" "色温度" "作成日付" "F値" "フィルター"
+    "レンズ焦点距離" "被写体距離" "フレームレート" "ISOスピードレート" "画像高さ" "画像幅" "画像入力機器モデル" "作成時間" "Tipo Cámara"
+    "Temperatura de Color" "Fecha Creación" "Número F" "Distancia Focal Objetivo"
+    "Velocidad del Fotograma" "Ratio Velocidad ISO" "Alto Imagen" "Ancho Imagen" "Modelo Objetivo"
+    "Modelo" "Nombre archivo original" "Hora Creación" "RicohRDC2" "ThumbnailImage" "FacesDetected"
+    "FaceDetectFrameSize" "Face1Position" "Face2Position" "Face3Position" "Face4Position"
+    "Face5Position" "Face6Position" "Face7Position" "Face8Position" "FirmwareRevision"
+    "FirmwareRevision2" "RicohImageWidth" "RicohImageHeight" "RicohDate" "PreviewImageStart"
+    "PreviewImageLength" "FlashMode" "Macro" "WhiteBalance" "ISOSetting" "MakerNoteType"
+    "InternalSerialNumber" "RecordingFormat" "ExposureProgram" "DriveMode" "WhiteBalanceFineTune"
+    "FocusMode" "AutoBracketing" "MacroMode" "FlashExposureComp" "ManualFlashOutput" "FullPressSnap"
+    "DynamicRangeExpansion" "NoiseReduction" "ImageEffects" "Vignetting" "ToningEffect" "HueAdjust"
+    "WideAdapter" "CropMode" "NDFilter" "WBBracketShotNumber" "AFStatus" "AFAreaXPosition1"
+    "AFAreaYPosition1" "AFAreaXPosition" "AFAreaYPosition" "AFAreaMode" "ColorTempKelvin"
+    "SensorWidth" "SensorHeight" "CroppedImageWidth" "CroppedImageHeight" "BodyFirmware"
+    "BodySerialNumber" "LensFirmware" "LensSerialNumber" "ManufactureDate1" "ManufactureDate2"
+    "BlueGain" "GreenGain" "RedGain" "Accelerometer" "Compass" "TimeZone" "RicohModel" "RicohMake"
+    "10" "11" "12" "9" "16" "17" "18" "19" "-288" "-240" "-216" "-192" "-168" "-144" "-120" "-96"
+    "-72" "-48" "-24" "13" "15" "2147483647" "Ricoh:AFAreaMode" "AF Area Mode" "Ricoh:AFAreaMode:0"
+    "Auto" "Ricoh:AFAreaMode:2" "Manual" "Ricoh:AFAreaXPosition" "AF Area X Position"
+    "Ricoh:AFAreaXPosition1" "AF Area X Position 1" "Ricoh:AFAreaYPosition" "AF Area Y Position"
+    "Ricoh:AFAreaYPosition1" "AF Area Y Position 1" "Ricoh:AFStatus" "AF Status" "Ricoh:AFStatus:0"
+    "Out of Focus" "Ricoh:AFStatus:1" "In Focus" "Ricoh:Accelerometer" "Ricoh:AutoBracketing"
+    "Auto Bracketing" "Ricoh:AutoBracketing:0" "Ricoh:AutoBracketing:11" "WB"
+    "Ricoh:AutoBracketing:16" "DR" "Ricoh:AutoBracketing:17" "Ricoh:AutoBracketing:18" "WB2"
+    "Ricoh:AutoBracketing:19" "Effect" "Ricoh:AutoBracketing:9" "AE" "Ricoh:BlueGain" "Blue Gain"
+    "Ricoh:BodyFirmware" "Body Firmware" "Ricoh:BodySerialNumber" "Body Serial Number"
+    "Ricoh:ColorTempKelvin" "Color Temp Kelvin" "Ricoh:ColorTemperature" "Ricoh:Comment"
+    "Ricoh:Compass" "Ricoh:Contrast" "Ricoh:Contrast:2147483647" "MAX" "Ricoh:CropMode" "Crop Mode"
+    "Ricoh:CropMode:0" "Ricoh:CropMode:1" "On (35mm)" "Ricoh:CropMode:2" "On (47mm)"
+    "Ricoh:CroppedImageHeight" "Cropped Image Height" "Ricoh:CroppedImageWidth"
+    "Cropped Image Width" "Ricoh:DriveMode" "Drive Mode" "Ricoh:DriveMode:0" "Single-frame"
+    "Ricoh:DriveMode:1" "Continuous" "Ricoh:DriveMode:8" "AF-priority Continuous"
+    "Ricoh:DynamicRangeExpansion" "Dynamic Range Expansion" "Ricoh:DynamicRangeExpansion:0"
+    "Ricoh:DynamicRangeExpansion:3" "Weak" "Ricoh:DynamicRangeExpansion:4" "Medium"
+    "Ricoh:DynamicRangeExpansion:5" "Strong" "Ricoh:ExposureProgram" "Exposure Program"
+    "Ricoh:ExposureProgram:1" "Ricoh:ExposureProgram:2" "Program AE" "Ricoh:ExposureProgram:3"
+    "Aperture-priority AE" "Ricoh:ExposureProgram:4" "Shutter speed priority AE"
+    "Ricoh:ExposureProgram:5" "Shutter/aperture priority AE" "Ricoh:ExposureProgram:6"
+    "Ricoh:ExposureProgram:7" "Movie" "Ricoh:Face1Position" "Face 1 Position" "Ricoh:Face2Position"
+    "Face 2 Position" "Ricoh:Face3Position" "Face 3 Position" "Ricoh:Face4Position"
+    "Face 4 Position" "Ricoh:Face5Position" "Face 5 Position" "Ricoh:Face6Position"
+    "Face 6 Position" "Ricoh:Face7Position" "Face 7 Position" "Ricoh:Face8Position"
+    "Face 8 Position" "Ricoh:FaceDetectFrameSize" "Face Detect Frame Size" "Ricoh:FacesDetected"
+    "Faces Detected" "Ricoh:FirmwareRevision" "Firmware Revision" "Ricoh:FirmwareRevision2"
+    "Firmware Revision 2" "Ricoh:FirmwareVersion" "Ricoh:FlashExposureComp" "Flash Exposure Comp"
+    "Ricoh:FlashMode" "Flash Mode" "Ricoh:FlashMode:0" "Ricoh:FlashMode:1"
+    "Auto |\302\240Auto, Fired" "Ricoh:FlashMode:2" "Ricoh:FlashMode:3"
+    "Auto, Fired, Red-eye reduction" "Ricoh:FlashMode:4" "Slow Sync" "Ricoh:FlashMode:5"
+    "Ricoh:FlashMode:6" "On, Red-eye reduction" "Ricoh:FlashMode:7" "Synchro, Red-eye reduction"
+    "Ricoh:FlashMode:8" "Auto, Did not fire" "Ricoh:FocalLength" "Ricoh:FocusMode" "Focus Mode"
+    "Ricoh:FocusMode:1" "Ricoh:FocusMode:10" "Ricoh:FocusMode:2" "Multi AF" "Ricoh:FocusMode:3"
+    "Spot AF" "Ricoh:FocusMode:4" "Snap" "Ricoh:FocusMode:5" "Infinity" "Ricoh:FocusMode:7"
+    "Face Detect" "Ricoh:FocusMode:8" "Subject Tracking" "Ricoh:FocusMode:9" "Pinpoint AF"
+    "Ricoh:FullPressSnap" "Full Press Snap" "Ricoh:FullPressSnap:0" "Ricoh:FullPressSnap:1"
+    "Ricoh:GreenGain" "Green Gain" "Ricoh:HueAdjust" "Hue Adjust" "Ricoh:HueAdjust:0"
+    "Ricoh:HueAdjust:1" "Basic" "Ricoh:HueAdjust:2" "Magenta" "Ricoh:HueAdjust:3" "Yellow"
+    "Ricoh:HueAdjust:4" "Normal" "Ricoh:HueAdjust:5" "Warm" "Ricoh:HueAdjust:6" "Cool"
+    "Ricoh:ISOSetting" "ISO Setting" "Ricoh:ISOSetting:0" "Ricoh:ISOSetting:1" "64"
+    "Ricoh:ISOSetting:10" "3200" "Ricoh:ISOSetting:11" "100 (Low)" "Ricoh:ISOSetting:2" "100"
+    "Ricoh:ISOSetting:4" "200" "Ricoh:ISOSetting:6" "400" "Ricoh:ISOSetting:7" "800"
+    "Ricoh:ISOSetting:8" "1600" "Ricoh:ISOSetting:9" "Ricoh:ImageEffects" "Image Effects"
+    "Ricoh:ImageEffects:0" "Standard" "Ricoh:ImageEffects:1" "Vivid" "Ricoh:ImageEffects:10"
+    "Cross Process" "Ricoh:ImageEffects:11" "Positive Film" "Ricoh:ImageEffects:12" "Bleach Bypass"
+    "Ricoh:ImageEffects:13" "Retro" "Ricoh:ImageEffects:15" "Miniature" "Ricoh:ImageEffects:17"
+    "High Key" "Ricoh:ImageEffects:3" "Black & White" "Ricoh:ImageEffects:5" "B&W Toning Effect"
+    "Ricoh:ImageEffects:6" "Setting 1" "Ricoh:ImageEffects:7" "Setting 2" "Ricoh:ImageEffects:9"
+    "High-contrast B&W" "Ricoh:InternalSerialNumber" "Internal Serial Number" "Ricoh:LensFirmware"
+    "Lens Firmware" "Ricoh:LensSerialNumber" "Lens Serial Number" "Ricoh:Macro" "Ricoh:Macro:0"
+    "Ricoh:Macro:1" "Ricoh:MacroMode" "Macro Mode" "Ricoh:MacroMode:0" "Ricoh:MacroMode:1"
+    "Ricoh:MakerNoteType" "Maker Note Type" "Ricoh:ManualFlashOutput" "Manual Flash Output"
+    "Ricoh:ManualFlashOutput:-120" "1/5.6" "Ricoh:ManualFlashOutput:-144" "1/8"
+    "Ricoh:ManualFlashOutput:-168" "1/11" "Ricoh:ManualFlashOutput:-192" "1/16"
+    "Ricoh:ManualFlashOutput:-216" "1/22" "Ricoh:ManualFlashOutput:-24" "1/1.4"
+    "Ricoh:ManualFlashOutput:-240" "1/32" "Ricoh:ManualFlashOutput:-288" "1/64"
+    "Ricoh:ManualFlashOutput:-48" "1/2" "Ricoh:ManualFlashOutput:-72" "1/2.8"
+    "Ricoh:ManualFlashOutput:-96" "1/4" "Ricoh:ManualFlashOutput:0" "Ricoh:ManufactureDate1"
+    "Manufacture Date 1" "Ricoh:ManufactureDate2" "Manufacture Date 2" "Ricoh:NDFilter" "ND Filter"
+    "Ricoh:NDFilter:0" "Ricoh:NDFilter:1" "Ricoh:NoiseReduction" "Noise Reduction"
+    "Ricoh:NoiseReduction:0" "Ricoh:NoiseReduction:1" "Ricoh:NoiseReduction:2"
+    "Medium |\302\240Strong" "Ricoh:NoiseReduction:3" "Max |\302\240Strong"
+    "Ricoh:PreviewImageLength" "Preview Image Length" "Ricoh:PreviewImageStart"
+    "Preview Image Start" "Ricoh:RecordingFormat" "Recording Format" "Ricoh:RecordingFormat:2"
+    "JPEG" "Ricoh:RecordingFormat:3" "DNG" "Ricoh:RedGain" "Red Gain" "Ricoh:RicohDate" "Ricoh Date"
+    "Ricoh:RicohImageHeight" "Ricoh Image Height" "Ricoh:RicohImageWidth" "Ricoh Image Width"
+    "Ricoh:RicohMake" "Ricoh Make" "Ricoh:RicohModel" "Ricoh Model" "Ricoh:RicohRDC2" "Ricoh RDC2"
+    "Ricoh:Saturation" "Ricoh:Saturation:0" "High" "Ricoh:Saturation:1" "Ricoh:Saturation:10"
+    "Natural" "Ricoh:Saturation:2" "Low" "Ricoh:Saturation:3" "B&W" "Ricoh:Saturation:6"
+    "Toning Effect" "Ricoh:Saturation:9" "Ricoh:SensorHeight" "Sensor Height" "Ricoh:SensorWidth"
+    "Sensor Width" "Ricoh:SerialNumber" "Ricoh:Sharpness" "Ricoh:Sharpness:0" "Sharp"
+    "Ricoh:Sharpness:1" "Ricoh:Sharpness:2" "Soft" "Ricoh:ThumbnailImage" "Thumbnail Image"
+    "Ricoh:TimeZone" "Time Zone" "Ricoh:ToningEffect" "Ricoh:ToningEffect:0" "Ricoh:ToningEffect:1"
+    "Sepia" "Ricoh:ToningEffect:2" "Red" "Ricoh:ToningEffect:3" "Green" "Ricoh:ToningEffect:4"
+    "Blue" "Ricoh:ToningEffect:5" "Purple" "Ricoh:ToningEffect:6" "Ricoh:ToningEffect:7" "Color"
+    "Ricoh:Vignetting" "Ricoh:Vignetting:0" "Ricoh:Vignetting:1" "Ricoh:Vignetting:2"
+    "Ricoh:Vignetting:3" "Ricoh:WBBracketShotNumber" "WB Bracket Shot Number" "Ricoh:WhiteBalance"
+    "White Balance" "Ricoh:WhiteBalance:0" "Ricoh:WhiteBalance:1" "Daylight |\302\240Multi-P Auto"
+    "Ricoh:WhiteBalance:10" "Ricoh:WhiteBalance:11" "Kelvin" "Ricoh:WhiteBalance:12" "Shade"
+    "Ricoh:WhiteBalance:2" "Cloudy |\302\240Daylight" "Ricoh:WhiteBalance:3"
+    "Cloudy |\302\240Tungsten" "Ricoh:WhiteBalance:4" "Fluorescent |\302\240Incandescent 1"
+    "Ricoh:WhiteBalance:5" "Incandescent 2 |\302\240Manual" "Ricoh:WhiteBalance:6"
+    "Daylight Fluorescent" "Ricoh:WhiteBalance:7" "Detail |\302\240Neutral White Fluorescent"
+    "Ricoh:WhiteBalance:8" "Cool White Fluorescent" "Ricoh:WhiteBalance:9"
+    "Multi-pattern Auto |\302\240Warm White Fluorescent" "Ricoh:WhiteBalanceFineTune"
+    "White Balance Fine Tune" "Ricoh:WideAdapter" "Wide Adapter" "Ricoh:WideAdapter:0"
+    "Not Attached" "Ricoh:WideAdapter:2" "Attached" "驱动模式" "曝光程序" "一般程序" "光圈优先" "快门优先" "手动" "闪光补偿"
+    "Auto, Fired |\302\240自动" "对焦模式" "自动" "减少噪声" "高饱和度" "标准" "低饱和度" "弱" "缩略图" "白平衡"
+    "Multi-P Auto |\302\240太阳光" "阴影" "太阳光 |\302\240阴天" "白炽灯 |\302\240阴天"
+    "Incandescent 1 |\302\240荧光" "Incandescent 2 |\302\240手动" "日光色荧光灯" "白色荧光灯"
+    "Multi-pattern Auto |\302\240暖白荧光灯" "Mode de la zone d'autofocus" "Manuelle"
+    "Position horizontale Zone de l'autofocus" "Position horizontale 1 Zone de l'autofocus"
+    "Position verticale Zone de l'autofocus" "Position verticale 1 Zone de l'autofocus"
+    "Bracketing auto" "Température couleur Kelvin" "Hauteur de l'image recadrée"
+    "Largeur de l'image recadrée" "Mode de prise de vue" "Image unqiue" "Continu"
+    "Expansion de la dynamique" "Programme d'exposition" "Programme normal"
+    "Priorité à l'ouverture AE" "Priorité vitesse" "Priorité à l'obturateur/l'ouverture AE" "Manuel"
+    "Position visage 1" "Position visage 2" "Position visage 3" "Position visage 4"
+    "Position visage 5" "Position visage 6" "Position visage 7" "Position visage 8"
+    "Taille du cadre de détection du visage" "Visages détectés" "Révision du micrologiciel"
+    "Version du micrologiciel 2" "Compensation d'exposition au flash" "Mode du flash"
+    "Flash désactivé" "Flash Auto |\302\240Flash Auto, déclenché" "Flash activé"
+    "Auto, flash déclenché, réduction yeux rouges" "Flash synchro lente" "Flash manuel"
+    "Flash activé, réduction yeux rouges" "Flash synchro réduction yeux rouges"
+    "Flash Auto, non déclenché" "Mode de mise au point" "Vidéo" "Instantané" "Infini"
+    "Détection de visage" "Suivi du sujet" "Point de mire AF" "Réglage ISO" "Éclatant"
+    "Traitement croisé" "Tons clairs" "Numéro de série interne" "Numéro de série de l'objectif"
+    "Désactivée" "Activée" "Mode Macro" "Sortie de flash manuelle" "Totale" "Filtre ND"
+    "Réduction du bruit" "Faible" "Forte |\302\240Moyenne" "Forte |\302\240Max"
+    "Longueur de l'aperçu" "Début de l'aperçu" "Forte" "Normale" "Naturel" "N&B" "Effet tonique"
+    "Hauteur du capteur" "Largeur du capteur" "Dure" "Douce" "Vignette" "Fuseau horaire"
+    "Effet tonifiant" "Sépia" "Rouge" "Vert" "Bleu" "Violet" "Coleur" "Vignettage" "Bas" "Moyen"
+    "Haut" "Balance des blancs" "Equilibrage automatique des blancs"
+    "Lumière du jour |\302\240Multi-P Auto" "Ombre" "Lumière du jour |\302\240Temps nuageux"
+    "Temps nuageux |\302\240Tungstène (lumière incandescente)"
+    "Fluorescente |\302\240Incandescent 1" "Incandescent 2 |\302\240Manuelle"
+    "Fluorescente type jour" "Fluorescente type soft"
+    "Fluorescent blanc chaud |\302\240Multi-pattern Auto" "Balance des blancs - Réglage fin"
+    "Messfeldsteuerung" "Manuell" "AF-Bereich X Position" "AF-Bereich X Position 1"
+    "AF-Bereich Y Position" "AF-Bereich Y Position 1" "Automatische Belichtungsreihe" "Weißabgleich"
+    "Weißabgleich 2" "Effekt" "Farbtemperatur Kelvin" "Ausschnitt Bildhöhe" "Ausschnitt Bildbreite"
+    "Aufnahmeart" "Einzelbild" "Serienaufnahme" "Dynamikbereich-Erweiterung" "Belichtungsprogramm"
+    "Programmautomatik" "Blendenpriorität" "Verschlusspriorität" "Position, 1. Gesicht"
+    "Position, 2. Gesicht" "Position, 3. Gesicht" "Position, 4. Gesicht" "Position, 5. Gesicht"
+    "Position, 6. Gesicht" "Position, 7. Gesicht" "Position, 8. Gesicht"
+    "Gesichtserkennung Bereichsgröße" "Gesichter erkannt" "Firmware-Revision" "Firmware-Revision 2"
+    "Blitzbelichtungskorrektur" "Blitz-Modus" "Auto, ausgelöst |\302\240Automatisch"
+    "Auto, ausgelöst, Rote-Augen-Reduzierung" "Ein, Rote-Augen-Reduzierung" "Auto, nicht ausgelöst"
+    "Fokus-Modus" "Mehrpunkt AF" "Unendlich" "Gesichtserkennung AF" "Farbtonkorrektur" "Gelb" "Kühl"
+    "ISO-Einstellung" "Automatisch" "High-Key" "Interne Seriennummer" "Objektiv-Seriennummer"
+    "Makro" "Makro-Modus" "Benutzerdaten Typ" "Manuelle Blitzstärke" "Voll" "ND-Filter"
+    "Rauschreduktion" "Schwach" "Medium |\302\240Stark" "Maximal |\302\240Stark"
+    "Vorschaubild-Datenlänge" "Vorschaubild-Datenposition" "Ricoh Datum" "Ricoh-Bildhöhe"
+    "Ricoh-Bildbreite" "Hohe Farbsättigung" "Natürlich" "Geringe Farbsättigung" "Schwarz/Weiß"
+    "Tönungseffekt" "Lebhaft" "Sensor Höhe" "Sensor Breite" "Hart" "Leicht" "Miniaturbild"
+    "Zeitzone" "Rot" "Grün" "Blau" "Lila" "Farbe" "Weißabgleich-Belichtungsreihen-Bildnummer"
+    "Multi-P Auto |\302\240Tageslicht" "Schatten" "Bewölkt |\302\240Tageslicht"
+    "Bewölkt |\302\240Glühbirne" "Incandescent 1 |\302\240Neonlicht"
+    "Incandescent 2 |\302\240Manuell" "Neonlicht tageslichtweiß" "Neonlicht kaltweiß"
+    "Multi-pattern Auto |\302\240Neonlicht warmweiß" "Weißabgleichsfeineinstellung" "Modo AF"
+    "Modalità esecuzione" "Programma esposizione" "Programma AE" "Priorità diaframma"
+    "Priorità otturatore AE" "Manuale" "Facce rimosse" "Revisione firmware" "Revisione 2 firmware"
+    "Compensazione Esposizione Flash" "Modo flash" "Modalità messa a fuoco" "Impostazione ISO"
+    "100 (basso)" "Numero di serie obiettivo" "Riduzione rumore" "Forte |\302\240Medium"
+    "Lunghezza immagine anteprima" "Inizio immagine anteprima" "Guadagno rosso" "Data Ricoh"
+    "Altezza immagine Ricoh" "Larghezza immagine Ricoh" "RDC2 Ricoh" "Alta" "Basso" "Vivace"
+    "Altezza sensore" "Larghezza sensore" "Leggera" "Miniatura" "Fuso orario" "Seppia" "Rosso"
+    "Verde" "Porpora" "Bilanciamento del bianco" "Equilibrio del bianco automatico"
+    "Luce del giorno |\302\240Multi-P Auto" "Ombrato" "Luce del giorno |\302\240Nuvoloso"
+    "Nuvoloso |\302\240Tungsteno (luce incandescente)" "Incandescent 2 |\302\240Manuale"
+    "Fluorescente a luce del giorno" "Fluorescente bianca fredda"
     "Luce fluorescente bianca calda |\302\240Multi-pattern Auto"
-    "Regolazione Fine Bilanciamento Bianco""AFエリアモード""オートブラケット""ドライブモード""1コマ撮影""連続撮影""ダイナミックレンジ拡大"
-    "露出プログラム""ノーマルプログラム""絞り優先""シャッター優先""マニュアル""顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""顔6位置""顔7位置""顔8位置""顔認識"
-    "ファームウェアリビジョン""フラッシュ露出補正""フラッシュモード""オート |\302\240オート、発光""オート、発光、赤目軽減""オン、赤目軽減""オート、発光無し"
-    "フォーカスモード""マルチAF""無限遠""ISO設定""オート""内部シリアル番号""レンズシリアル番号""マクロ""マクロモード""メーカーノートタイプ""マニュアルフラッシュ出力"
-    "NDフィルター""ノイズリダクション""プレビューイメージ容量""プレビューイメージ開始""高い彩度""標準""低い彩度""黒＆白""センサー高さ""センサー幅""シャープ""ノーマル"
-    "ソフト""サムネイル画像""タイムゾーン""トーン効果""セピア""赤""緑""青""紫""白黒""ホワイトバランス""Multi-P Auto |\302\240昼光""ケルビン""日陰"
-    "昼光 |\302\240曇り""タングステン(白熱灯) |\302\240曇り""Incandescent 1 |\302\240蛍光灯"
-    "Incandescent 2 |\302\240マニュアル""昼光色蛍光灯""白色蛍光灯""Multi-pattern Auto |\302\240暖白光色蛍光灯"
-    "ホワイトバランスファインチューン""AF Modo Área""Temperatura Color Kelvin""Alto Imágen Recortada"
-    "Ancho Imágen Recortada""Modo Entrada""Programa Exposición""Programa normal""Prioridad Apertura"
-    "Prioridad obturador""Exposición manual""Tamaño Area detección caras""Caras Detectadas"
-    "Compensación Exposición Flash""Modo Flash""Apagado""Auto, Fired |\302\240Automático""Encendido"
-    "Modo Enfoque""Ajuste ISO""Número Serie Interno""Número Serie Objetivo""Modo Macro"
-    "Tipo Maker Note""Completo""Reducción Ruido""Longitud Imagen Previa""Inicio Imagen Previa""Alto"
-    "Estándar""Bajo""Vívido""Nitido""Suave""Rojo""Balance de Blancos""Automático"
-    "Luz de día |\302\240Multi-P Auto""Equilibrio del blanco manual""Sombrío"
-    "Luz de día |\302\240Nublado""Nublado |\302\240Tungsteno""Flourescente |\302\240Incandescent 1"
-    "Equilibrio del blanco manual |\302\240Incandescent 2""Fluorescente luz de día"
-    "Fluorescente blanco frío""Fluorescente blanco cálido |\302\240Multi-pattern Auto"
-    "SR2SubIFDOffset""SR2SubIFDLength""SR2SubIFDKey""SR2:SR2SubIFDKey""SR2 Sub IFD Key"
-    "SR2:SR2SubIFDLength""SR2 Sub IFD Length""SR2:SR2SubIFDOffset""SR2 Sub IFD Offset"
-    "Clé du SubIFD SR2""Longueur du SubIFD SR2""Décalage du SubIFD SR2""SRF2Key""DataKey"
-    "SRF6Offset""SRFDataOffset""RawDataOffset""RawDataLength""MaxApertureAtMaxFocal"
-    "MaxApertureAtMinFocal""MinFocalLength""MaxFocalLength""WBRedDaylight""WBGreenDaylight"
-    "WBBlueDaylight""WBRedCloudy""WBGreenCloudy""WBBlueCloudy""WBRedFluorescent""WBGreenFluorescent"
-    "WBBlueFluorescent""WBRedTungsten""WBGreenTungsten""WBBlueTungsten""WBRedFlash""WBGreenFlash"
-    "WBBlueFlash""WBRedAsShot""WBGreenAsShot""WBBlueAsShot""SRF#:DataKey""Data Key"
-    "SRF#:MaxApertureAtMaxFocal""Max Aperture At Max Focal""SRF#:MaxApertureAtMinFocal"
-    "Max Aperture At Min Focal""SRF#:MaxFocalLength""Max Focal Length""SRF#:MinFocalLength"
-    "Min Focal Length""SRF#:RawDataLength""Raw Data Length""SRF#:RawDataOffset""Raw Data Offset"
-    "SRF#:SRF2Key""SRF2 Key""SRF#:SRF6Offset""SRF6 Offset""SRF#:SRFDataOffset""SRF Data Offset"
-    "SRF#:WBBlueAsShot""WB Blue As Shot""SRF#:WBBlueCloudy""WB Blue Cloudy""SRF#:WBBlueDaylight"
-    "WB Blue Daylight""SRF#:WBBlueFlash""WB Blue Flash""SRF#:WBBlueFluorescent""WB Blue Fluorescent"
-    "SRF#:WBBlueTungsten""WB Blue Tungsten""SRF#:WBGreenAsShot""WB Green As Shot"
-    "SRF#:WBGreenCloudy""WB Green Cloudy""SRF#:WBGreenDaylight""WB Green Daylight"
-    "SRF#:WBGreenFlash""WB Green Flash""SRF#:WBGreenFluorescent""WB Green Fluorescent"
-    "SRF#:WBGreenTungsten""WB Green Tungsten""SRF#:WBRedAsShot""WB Red As Shot""SRF#:WBRedCloudy"
-    "WB Red Cloudy""SRF#:WBRedDaylight""WB Red Daylight""SRF#:WBRedFlash""WB Red Flash"
-    "SRF#:WBRedFluorescent""WB Red Fluorescent""SRF#:WBRedTungsten""WB Red Tungsten"
-    "Ouverture à la focale maxi""Ouverture à la focale mini""Focale maxi""Focale mini"
-    "Décalage données RAW""Größte Blende bei größter Brennweite"
-    "Größte Blende bei geringster Brennweite""Größte Brennweite""Kleinste Brennweite"
-    "RAW-Daten Länge""RAW-Daten Offset""Diaframma massimo alla focale massima"
-    "Diaframma massimo alla focale minima""Lunghezza focale massima""Lunghezza focale minima"
-    "Offset dati raw""最大焦点時最大絞り""最小焦点時最大絞り""最大焦点距離""最小焦点距離""RAWデータオフセット"
-    "Apertura máxima a focal máxima""Apertura máxima a focal mínima""Longitud focal máxima"
-    "Longitud focal mínima""ID""MetadataID""SVGVersion""SVG:ID""SVG:ImageHeight""SVG:ImageWidth"
-    "SVG:MetadataID""Metadata ID""SVG:SVGVersion""SVG Version""SVG 版本""Version SVG""Metadaten ID"
-    "SVG-Version""Versione SVG""SVGバージョン""UniqueID""DualShotDummy""DepthMapWidth""DepthMapHeight"
-    "Quality""Make""ExposureTime""ExposureCompensation""YawAngle""PitchAngle""RollAngle"
-    "PictureWizardMode""PictureWizardColor""PictureWizardSaturation""PictureWizardSharpness"
-    "PictureWizardContrast""BeautyColorLevel""BeautyRetouchLevel""BlurStrength""BokehShape"
-    "ColorpopStrength""DepthHWHeight""DepthHWWidth""DepthSWHeight""DepthSWWidth""DeviceOrientation"
-    "EffectStrength""EffectType""FlipStatus""InputHeight""InputWidth""IsArtBokeh""LensFacing"
-    "MonoStrength""ObjectOrientation""OutputHeight""OutputWidth""PerfMode""SegHeight""SegWidth"
-    "SidelightStrength""SpinStrength""VintageStrength""ZoomStrength""ThumbnailWidth"
-    "ThumbnailHeight""ThumbnailLength""ThumbnailOffset""EmbeddedImage""EmbeddedImage2"
-    "EmbeddedImageName""EmbeddedAudioFile""EmbeddedAudioFileName""SurroundShotVideo"
-    "SurroundShotVideoName""TimeStamp""DualCameraImage""DualCameraImageName""EmbeddedVideoFile"
-    "EmbeddedVideoType""MCCData""DepthMapData""DepthMapData2""DepthMapName""SingleShotDepthMap"
-    "DeviceType""SamsungModelID""SmartAlbumColor""PictureWizard""LocalLocationName""LocationName"
-    "RawDataByteOrder""WhiteBalanceSetup""CameraTemperature""RawDataCFAPattern""FaceDetect"
-    "FaceRecognition""FaceName""FirmwareName""LensType""InternalLensSerialNumber""SensorAreas"
-    "ColorSpace""SmartRange""FocalLengthIn35mmFormat""EncryptionKey""WB_RGGBLevelsUncorrected"
-    "WB_RGGBLevelsAuto""WB_RGGBLevelsIlluminator1""WB_RGGBLevelsIlluminator2"
-    "HighlightLinearityLimit""WB_RGGBLevelsBlack""ColorMatrix""ColorMatrixSRGB""ColorMatrixAdobeRGB"
-    "CbCrMatrixDefault""CbCrMatrix""CbCrGainDefault""CbCrGain""ToneCurveSRGBDefault"
-    "ToneCurveAdobeRGBDefault""ToneCurveSRGB""ToneCurveAdobeRGB""RawData""Distortion"
-    "ChromaticAberration""VignettingCorrection""VignettingSetting""Samsung_Type2_0xa055"
-    "Samsung_Type2_0xa056""Samsung_Type2_0xa057""255""202""204""206""208""212""213""214""216""218"
-    "219""220""221""222""226""228""230""231""232""234""235""238""240""242""244""246""247""248""250"
-    "257""259""260""262""266""268""270""272""274""276""278""280""282""283""284""286""288""289""290"
-    "292""293""294""295""297""302""308""310""311""312""316""330""334""338""340""342""344""346""348"
-    "350""352""354""356""358""360""362""363""364""365""366""368""370""372""374""376""401""402""404"
-    "405""410""412""413""414""415""416""417""418""419""420""421""422""424""425""426""427""428""429"
-    "430""431""432""434""436""437""438""440""441""450""452""454""455""456""457""460""466""467""470"
-    "472""502""505""510""514""515""520""525""528""530""537""539""540""541""542""544""545""546""547"
-    "548""549""550""552""553""555""602""603""604""605""606""607""608""609""610""611""612""613""614"
-    "615""616""617""618""619""620""621""622""623""624""625""626""627""628""629""630""631""632""633"
-    "634""635""636""637""638""639""640""641""642""643""645""646""647""648""649""650""651""652""653"
-    "654""655""657""659""702""704""706""708""710""712""714""716""722""724""730""732""734""736""738"
-    "740""744""746""748""750""901""4096""8192""12288""73728""3145728""16781340""16781862""16781875"
-    "16781876""16782092""16782119""24121419""24121422""24121426""24121429""24122112""24122115"
-    "33558598""33558600""33559313""33559317""33559326""40899351""44040219""50331648""60817432"
-    "67112991""67112994""67112997""67113022""67113025""67113027""67113738""67113742""67113747"
-    "77594645""77599579""83886080""83890232""83890234""83890236""83891006""94371855""94371870"
-    "100667446""117445404""655519746""0 0""65535""14""20""21""Samsung:BeautyColorLevel"
-    "Beauty Color Level""Samsung:BeautyRetouchLevel""Beauty Retouch Level""Samsung:BlurStrength"
-    "Blur Strength""Samsung:BokehShape""Bokeh Shape""Samsung:CameraTemperature""Camera Temperature"
-    "Samsung:CbCrGain""Cb Cr Gain""Samsung:CbCrGainDefault""Cb Cr Gain Default""Samsung:CbCrMatrix"
-    "Cb Cr Matrix""Samsung:CbCrMatrixDefault""Cb Cr Matrix Default""Samsung:ChromaticAberration"
-    "Chromatic Aberration""Samsung:ColorMatrix""Color Matrix""Samsung:ColorMatrixAdobeRGB"
-    "Color Matrix Adobe RGB""Samsung:ColorMatrixSRGB""Color Matrix SRGB""Samsung:ColorSpace"
-    "Color Space""Samsung:ColorSpace:0""sRGB""Samsung:ColorSpace:1""Adobe RGB"
-    "Samsung:ColorpopStrength""Colorpop Strength""Samsung:DepthHWHeight""Depth HW Height"
-    "Samsung:DepthHWWidth""Depth HW Width""Samsung:DepthMapData""Depth Map Data"
-    "Samsung:DepthMapData2""Depth Map Data 2""Samsung:DepthMapHeight""Depth Map Height"
-    "Samsung:DepthMapName""Depth Map Name""Samsung:DepthMapWidth""Depth Map Width"
-    "Samsung:DepthSWHeight""Depth SW Height""Samsung:DepthSWWidth""Depth SW Width"
-    "Samsung:DeviceOrientation""Device Orientation""Samsung:DeviceType""Device Type"
-    "Samsung:DeviceType:12288""HXM Video Camera""Samsung:DeviceType:3145728""SMX Video Camera"
-    "Samsung:DeviceType:4096""Compact Digital Camera""Samsung:DeviceType:73728""Cell Phone"
-    "Samsung:DeviceType:8192""High-end NX Camera""Samsung:Distortion""Samsung:DualCameraImage"
-    "Dual Camera Image""Samsung:DualCameraImageName""Dual Camera Image Name""Samsung:DualShotDummy"
-    "Dual Shot Dummy""Samsung:Effect""Samsung:EffectStrength""Effect Strength""Samsung:EffectType"
-    "Effect Type""Samsung:EmbeddedAudioFile""Embedded Audio File""Samsung:EmbeddedAudioFileName"
-    "Embedded Audio File Name""Samsung:EmbeddedImage""Embedded Image""Samsung:EmbeddedImage2"
-    "Embedded Image 2""Samsung:EmbeddedImageName""Embedded Image Name""Samsung:EmbeddedVideoFile"
-    "Embedded Video File""Samsung:EmbeddedVideoType""Embedded Video Type""Samsung:EncryptionKey"
-    "Encryption Key""Samsung:ExposureCompensation""Exposure Compensation""Samsung:ExposureTime"
-    "Exposure Time""Samsung:FNumber""Samsung:FaceDetect""Samsung:FaceDetect:0""Samsung:FaceDetect:1"
-    "Samsung:FaceName""Face Name""Samsung:FaceRecognition""Face Recognition"
-    "Samsung:FaceRecognition:0""Samsung:FaceRecognition:1""Samsung:FirmwareName""Firmware Name"
-    "Samsung:FlipStatus""Flip Status""Samsung:FocalLengthIn35mmFormat""Focal Length In 35mm Format"
-    "Samsung:HighlightLinearityLimit""Highlight Linearity Limit""Samsung:ISO""Samsung:InputHeight"
-    "Input Height""Samsung:InputWidth""Input Width""Samsung:InternalLensSerialNumber"
-    "Internal Lens Serial Number""Samsung:IsArtBokeh""Is Art Bokeh""Samsung:LensFacing""Lens Facing"
-    "Samsung:LensFirmware""Samsung:LensType""Lens Type""Samsung:LensType:0""Built-in or Manual Lens"
-    "Samsung:LensType:1""Samsung NX 30mm F2 Pancake""Samsung:LensType:10""Samsung NX 45mm F1.8"
-    "Samsung:LensType:11""Samsung NX 45mm F1.8 2D/3D""Samsung:LensType:12"
-    "Samsung NX 12-24mm F4-5.6 ED""Samsung:LensType:13""Samsung NX 16-50mm F2-2.8 S ED OIS"
-    "Samsung:LensType:14""Samsung NX 10mm F3.5 Fisheye""Samsung:LensType:15"
-    "Samsung NX 16-50mm F3.5-5.6 Power Zoom ED OIS""Samsung:LensType:2"
-    "Samsung NX 18-55mm F3.5-5.6 OIS""Samsung:LensType:20""Samsung NX 50-150mm F2.8 S ED OIS"
-    "Samsung:LensType:21""Samsung NX 300mm F2.8 ED OIS""Samsung:LensType:3"
-    "Samsung NX 50-200mm F4-5.6 ED OIS""Samsung:LensType:4""Samsung NX 20-50mm F3.5-5.6 ED"
-    "Samsung:LensType:5""Samsung NX 20mm F2.8 Pancake""Samsung:LensType:6"
-    "Samsung NX 18-200mm F3.5-6.3 ED OIS""Samsung:LensType:7""Samsung NX 60mm F2.8 Macro ED OIS SSA"
-    "Samsung:LensType:8""Samsung NX 16mm F2.4 Pancake""Samsung:LensType:9"
-    "Samsung NX 85mm F1.4 ED SSA""Samsung:LocalLocationName""Local Location Name"
-    "Samsung:LocationName""Location Name""Samsung:MCCData""MCC Data""Samsung:MCCData:202"
-    "Greece (202)""Samsung:MCCData:204""Netherlands (204)""Samsung:MCCData:206""Belgium (206)"
-    "Samsung:MCCData:208""France (208)""Samsung:MCCData:212""Monaco (212)""Samsung:MCCData:213"
-    "Andorra (213)""Samsung:MCCData:214""Spain (214)""Samsung:MCCData:216""Hungary (216)"
-    "Samsung:MCCData:218""Bosnia & Herzegov. (218)""Samsung:MCCData:219""Croatia (219)"
-    "Samsung:MCCData:220""Serbia (220)""Samsung:MCCData:221""Kosovo (221)""Samsung:MCCData:222"
-    "Italy (222)""Samsung:MCCData:226""Romania (226)""Samsung:MCCData:228""Switzerland (228)"
-    "Samsung:MCCData:230""Czech Rep. (230)""Samsung:MCCData:231""Slovakia (231)"
-    "Samsung:MCCData:232""Austria (232)""Samsung:MCCData:234""United Kingdom (234)"
-    "Samsung:MCCData:235""United Kingdom (235)""Samsung:MCCData:238""Denmark (238)"
-    "Samsung:MCCData:240""Sweden (240)""Samsung:MCCData:242""Norway (242)""Samsung:MCCData:244"
-    "Finland (244)""Samsung:MCCData:246""Lithuania (246)""Samsung:MCCData:247""Latvia (247)"
-    "Samsung:MCCData:248""Estonia (248)""Samsung:MCCData:250""Russian Federation (250)"
-    "Samsung:MCCData:255""Ukraine (255)""Samsung:MCCData:257""Belarus (257)""Samsung:MCCData:259"
-    "Moldova (259)""Samsung:MCCData:260""Poland (260)""Samsung:MCCData:262""Germany (262)"
-    "Samsung:MCCData:266""Gibraltar (266)""Samsung:MCCData:268""Portugal (268)""Samsung:MCCData:270"
-    "Luxembourg (270)""Samsung:MCCData:272""Ireland (272)""Samsung:MCCData:274""Iceland (274)"
-    "Samsung:MCCData:276""Albania (276)""Samsung:MCCData:278""Malta (278)""Samsung:MCCData:280"
-    "Cyprus (280)""Samsung:MCCData:282""Georgia (282)""Samsung:MCCData:283""Armenia (283)"
-    "Samsung:MCCData:284""Bulgaria (284)""Samsung:MCCData:286""Turkey (286)""Samsung:MCCData:288"
-    "Faroe Islands (288)""Samsung:MCCData:289""Abkhazia (289)""Samsung:MCCData:290""Greenland (290)"
-    "Samsung:MCCData:292""San Marino (292)""Samsung:MCCData:293""Slovenia (293)"
-    "Samsung:MCCData:294""Macedonia (294)""Samsung:MCCData:295""Liechtenstein (295)"
-    "Samsung:MCCData:297""Montenegro (297)""Samsung:MCCData:302""Canada (302)""Samsung:MCCData:308"
-    "St. Pierre & Miquelon (308)""Samsung:MCCData:310""United States / Guam (310)"
-    "Samsung:MCCData:311""United States / Guam (311)""Samsung:MCCData:312""United States (312)"
-    "Samsung:MCCData:316""United States (316)""Samsung:MCCData:330""Puerto Rico (330)"
-    "Samsung:MCCData:334""Mexico (334)""Samsung:MCCData:338""Jamaica (338)""Samsung:MCCData:340"
-    "French Guiana / Guadeloupe / Martinique (340)""Samsung:MCCData:342""Barbados (342)"
-    "Samsung:MCCData:344""Antigua and Barbuda (344)""Samsung:MCCData:346""Cayman Islands (346)"
-    "Samsung:MCCData:348""British Virgin Islands (348)""Samsung:MCCData:350""Bermuda (350)"
-    "Samsung:MCCData:352""Grenada (352)""Samsung:MCCData:354""Montserrat (354)""Samsung:MCCData:356"
-    "Saint Kitts and Nevis (356)""Samsung:MCCData:358""Saint Lucia (358)""Samsung:MCCData:360"
-    "St. Vincent & Gren. (360)""Samsung:MCCData:362"
-    "Bonaire, Sint Eustatius and Saba / Curacao / Netherlands Antilles (362)""Samsung:MCCData:363"
-    "Aruba (363)""Samsung:MCCData:364""Bahamas (364)""Samsung:MCCData:365""Anguilla (365)"
-    "Samsung:MCCData:366""Dominica (366)""Samsung:MCCData:368""Cuba (368)""Samsung:MCCData:370"
-    "Dominican Republic (370)""Samsung:MCCData:372""Haiti (372)""Samsung:MCCData:374"
-    "Trinidad and Tobago (374)""Samsung:MCCData:376"
-    "Turks and Caicos Islands / US Virgin Islands (376)""Samsung:MCCData:400""Azerbaijan (400)"
-    "Samsung:MCCData:401""Kazakhstan (401)""Samsung:MCCData:402""Bhutan (402)""Samsung:MCCData:404"
-    "India (404)""Samsung:MCCData:405""India (405)""Samsung:MCCData:410""Pakistan (410)"
-    "Samsung:MCCData:412""Afghanistan (412)""Samsung:MCCData:413""Sri Lanka (413)"
-    "Samsung:MCCData:414""Myanmar (Burma) (414)""Samsung:MCCData:415""Lebanon (415)"
-    "Samsung:MCCData:416""Jordan (416)""Samsung:MCCData:417""Syrian Arab Republic (417)"
-    "Samsung:MCCData:418""Iraq (418)""Samsung:MCCData:419""Kuwait (419)""Samsung:MCCData:420"
-    "Saudi Arabia (420)""Samsung:MCCData:421""Yemen (421)""Samsung:MCCData:422""Oman (422)"
-    "Samsung:MCCData:424""United Arab Emirates (424)""Samsung:MCCData:425"
-    "Israel / Palestinian Territory (425)""Samsung:MCCData:426""Bahrain (426)""Samsung:MCCData:427"
-    "Qatar (427)""Samsung:MCCData:428""Mongolia (428)""Samsung:MCCData:429""Nepal (429)"
-    "Samsung:MCCData:430""United Arab Emirates (430)""Samsung:MCCData:431"
-    "United Arab Emirates (431)""Samsung:MCCData:432""Iran (432)""Samsung:MCCData:434"
-    "Uzbekistan (434)""Samsung:MCCData:436""Tajikistan (436)""Samsung:MCCData:437""Kyrgyzstan (437)"
-    "Samsung:MCCData:438""Turkmenistan (438)""Samsung:MCCData:440""Japan (440)""Samsung:MCCData:441"
-    "Japan (441)""Samsung:MCCData:450""South Korea (450)""Samsung:MCCData:452""Viet Nam (452)"
-    "Samsung:MCCData:454""Hongkong, China (454)""Samsung:MCCData:455""Macao, China (455)"
-    "Samsung:MCCData:456""Cambodia (456)""Samsung:MCCData:457""Laos P.D.R. (457)"
-    "Samsung:MCCData:460""China (460)""Samsung:MCCData:466""Taiwan (466)""Samsung:MCCData:467"
-    "North Korea (467)""Samsung:MCCData:470""Bangladesh (470)""Samsung:MCCData:472""Maldives (472)"
-    "Samsung:MCCData:502""Malaysia (502)""Samsung:MCCData:505""Australia (505)""Samsung:MCCData:510"
-    "Indonesia (510)""Samsung:MCCData:514""Timor-Leste (514)""Samsung:MCCData:515"
-    "Philippines (515)""Samsung:MCCData:520""Thailand (520)""Samsung:MCCData:525""Singapore (525)"
-    "Samsung:MCCData:528""Brunei Darussalam (528)""Samsung:MCCData:530""New Zealand (530)"
-    "Samsung:MCCData:537""Papua New Guinea (537)""Samsung:MCCData:539""Tonga (539)"
-    "Samsung:MCCData:540""Solomon Islands (540)""Samsung:MCCData:541""Vanuatu (541)"
-    "Samsung:MCCData:542""Fiji (542)""Samsung:MCCData:544""American Samoa (544)"
-    "Samsung:MCCData:545""Kiribati (545)""Samsung:MCCData:546""New Caledonia (546)"
-    "Samsung:MCCData:547""French Polynesia (547)""Samsung:MCCData:548""Cook Islands (548)"
-    "Samsung:MCCData:549""Samoa (549)""Samsung:MCCData:550""Micronesia (550)""Samsung:MCCData:552"
-    "Palau (552)""Samsung:MCCData:553""Tuvalu (553)""Samsung:MCCData:555""Niue (555)"
-    "Samsung:MCCData:602""Egypt (602)""Samsung:MCCData:603""Algeria (603)""Samsung:MCCData:604"
-    "Morocco (604)""Samsung:MCCData:605""Tunisia (605)""Samsung:MCCData:606""Libya (606)"
-    "Samsung:MCCData:607""Gambia (607)""Samsung:MCCData:608""Senegal (608)""Samsung:MCCData:609"
-    "Mauritania (609)""Samsung:MCCData:610""Mali (610)""Samsung:MCCData:611""Guinea (611)"
-    "Samsung:MCCData:612""Ivory Coast (612)""Samsung:MCCData:613""Burkina Faso (613)"
-    "Samsung:MCCData:614""Niger (614)""Samsung:MCCData:615""Togo (615)""Samsung:MCCData:616"
-    "Benin (616)""Samsung:MCCData:617""Mauritius (617)""Samsung:MCCData:618""Liberia (618)"
-    "Samsung:MCCData:619""Sierra Leone (619)""Samsung:MCCData:620""Ghana (620)""Samsung:MCCData:621"
-    "Nigeria (621)""Samsung:MCCData:622""Chad (622)""Samsung:MCCData:623"
-    "Central African Rep. (623)""Samsung:MCCData:624""Cameroon (624)""Samsung:MCCData:625"
-    "Cape Verde (625)""Samsung:MCCData:626""Sao Tome & Principe (626)""Samsung:MCCData:627"
-    "Equatorial Guinea (627)""Samsung:MCCData:628""Gabon (628)""Samsung:MCCData:629"
-    "Congo, Republic (629)""Samsung:MCCData:630""Congo, Dem. Rep. (630)""Samsung:MCCData:631"
-    "Angola (631)""Samsung:MCCData:632""Guinea-Bissau (632)""Samsung:MCCData:633""Seychelles (633)"
-    "Samsung:MCCData:634""Sudan (634)""Samsung:MCCData:635""Rwanda (635)""Samsung:MCCData:636"
-    "Ethiopia (636)""Samsung:MCCData:637""Somalia (637)""Samsung:MCCData:638""Djibouti (638)"
-    "Samsung:MCCData:639""Kenya (639)""Samsung:MCCData:640""Tanzania (640)""Samsung:MCCData:641"
-    "Uganda (641)""Samsung:MCCData:642""Burundi (642)""Samsung:MCCData:643""Mozambique (643)"
-    "Samsung:MCCData:645""Zambia (645)""Samsung:MCCData:646""Madagascar (646)""Samsung:MCCData:647"
-    "Reunion (647)""Samsung:MCCData:648""Zimbabwe (648)""Samsung:MCCData:649""Namibia (649)"
-    "Samsung:MCCData:650""Malawi (650)""Samsung:MCCData:651""Lesotho (651)""Samsung:MCCData:652"
-    "Botswana (652)""Samsung:MCCData:653""Swaziland (653)""Samsung:MCCData:654""Comoros (654)"
-    "Samsung:MCCData:655""South Africa (655)""Samsung:MCCData:657""Eritrea (657)"
-    "Samsung:MCCData:659""South Sudan (659)""Samsung:MCCData:702""Belize (702)""Samsung:MCCData:704"
-    "Guatemala (704)""Samsung:MCCData:706""El Salvador (706)""Samsung:MCCData:708""Honduras (708)"
-    "Samsung:MCCData:710""Nicaragua (710)""Samsung:MCCData:712""Costa Rica (712)"
-    "Samsung:MCCData:714""Panama (714)""Samsung:MCCData:716""Peru (716)""Samsung:MCCData:722"
-    "Argentina Republic (722)""Samsung:MCCData:724""Brazil (724)""Samsung:MCCData:730""Chile (730)"
-    "Samsung:MCCData:732""Colombia (732)""Samsung:MCCData:734""Venezuela (734)""Samsung:MCCData:736"
-    "Bolivia (736)""Samsung:MCCData:738""Guyana (738)""Samsung:MCCData:740""Ecuador (740)"
-    "Samsung:MCCData:744""Paraguay (744)""Samsung:MCCData:746""Suriname (746)""Samsung:MCCData:748"
-    "Uruguay (748)""Samsung:MCCData:750""Falkland Islands (Malvinas) (750)""Samsung:MCCData:901"
-    "International Networks / Satellite Networks (901)""Samsung:Make""Samsung:MakerNoteVersion"
-    "Samsung:Model""Samsung:MonoStrength""Mono Strength""Samsung:ObjectOrientation"
-    "Object Orientation""Samsung:OutputHeight""Output Height""Samsung:OutputWidth""Output Width"
-    "Samsung:PerfMode""Perf Mode""Samsung:PictureWizard""Picture Wizard""Samsung:PictureWizardColor"
-    "Picture Wizard Color""Samsung:PictureWizardContrast""Picture Wizard Contrast"
-    "Samsung:PictureWizardMode""Picture Wizard Mode""Samsung:PictureWizardMode:0"
-    "Samsung:PictureWizardMode:1""Samsung:PictureWizardMode:10""Custom2"
-    "Samsung:PictureWizardMode:11""Custom3""Samsung:PictureWizardMode:2""Portrait"
-    "Samsung:PictureWizardMode:255""n/a""Samsung:PictureWizardMode:3""Landscape"
-    "Samsung:PictureWizardMode:4""Forest""Samsung:PictureWizardMode:5""Samsung:PictureWizardMode:6"
-    "Samsung:PictureWizardMode:7""Calm""Samsung:PictureWizardMode:8""Classic"
-    "Samsung:PictureWizardMode:9""Custom1""Samsung:PictureWizardSaturation"
-    "Picture Wizard Saturation""Samsung:PictureWizardSharpness""Picture Wizard Sharpness"
-    "Samsung:PitchAngle""Pitch Angle""Samsung:PreviewImageLength""Samsung:PreviewImageStart"
-    "Samsung:Quality""Samsung:RawData""Raw Data""Samsung:RawDataByteOrder""Raw Data Byte Order"
-    "Samsung:RawDataByteOrder:0""Little-endian (Intel, II)""Samsung:RawDataByteOrder:1"
-    "Big-endian (Motorola, MM)""Samsung:RawDataCFAPattern""Raw Data CFA Pattern"
-    "Samsung:RawDataCFAPattern:0""Unchanged""Samsung:RawDataCFAPattern:1""Swap"
-    "Samsung:RawDataCFAPattern:65535""Roll""Samsung:RollAngle""Roll Angle""Samsung:SamsungModelID"
-    "Samsung Model ID""Samsung:SamsungModelID:100667446""EX1""Samsung:SamsungModelID:117445404"
-    "VLUU SH100, SH100""Samsung:SamsungModelID:16781340""NX10""Samsung:SamsungModelID:16781862"
-    "HMX-S15BP""Samsung:SamsungModelID:16781875""HMX-Q10""Samsung:SamsungModelID:16781876""HMX-H304"
-    "Samsung:SamsungModelID:16782092""NX100""Samsung:SamsungModelID:16782119""NX11"
-    "Samsung:SamsungModelID:24121419""ES65, ES67 / VLUU ES65, ES67 / SL50"
-    "Samsung:SamsungModelID:24121422""ES70, ES71 / VLUU ES70, ES71 / SL600"
-    "Samsung:SamsungModelID:24121426""ES73 / VLUU ES73 / SL605""Samsung:SamsungModelID:24121429"
-    "ES25, ES27 / VLUU ES25, ES27 / SL45""Samsung:SamsungModelID:24122112""ES28 / VLUU ES28"
-    "Samsung:SamsungModelID:24122115""ES74,ES75,ES78 / VLUU ES75,ES78"
-    "Samsung:SamsungModelID:33558598""PL150 / VLUU PL150 / TL210 / PL151"
-    "Samsung:SamsungModelID:33558600""PL100 / TL205 / VLUU PL100 / PL101"
-    "Samsung:SamsungModelID:33559313""PL120,PL121 / VLUU PL120,PL121"
-    "Samsung:SamsungModelID:33559317""PL170,PL171 / VLUUPL170,PL171"
-    "Samsung:SamsungModelID:33559326""PL210, PL211 / VLUU PL210, PL211"
-    "Samsung:SamsungModelID:40899351""PL20,PL21 / VLUU PL20,PL21""Samsung:SamsungModelID:44040219"
-    "WP10 / VLUU WP10 / AQ100""Samsung:SamsungModelID:50331648""Various Models (0x3000000)"
-    "Samsung:SamsungModelID:60817432""Various Models (0x3a00018)""Samsung:SamsungModelID:655519746"
-    "SMX-C20N""Samsung:SamsungModelID:67112991""ST1000 / ST1100 / VLUU ST1000 / CL65"
-    "Samsung:SamsungModelID:67112994""ST550 / VLUU ST550 / TL225""Samsung:SamsungModelID:67112997"
-    "Various Models (0x4001025)""Samsung:SamsungModelID:67113022""VLUU ST5500, ST5500, CL80"
-    "Samsung:SamsungModelID:67113025""VLUU ST5000, ST5000, TL240""Samsung:SamsungModelID:67113027"
-    "ST70 / VLUU ST70 / ST71""Samsung:SamsungModelID:67113738""Various Models (0x400130a)"
-    "Samsung:SamsungModelID:67113742""ST90,ST91 / VLUU ST90,ST91""Samsung:SamsungModelID:67113747"
-    "VLUU ST95, ST95""Samsung:SamsungModelID:77594645""VLUU ST60""Samsung:SamsungModelID:77599579"
-    "ST30, ST65 / VLUU ST65 / ST67""Samsung:SamsungModelID:83886080""Various Models (0x5000000)"
-    "Samsung:SamsungModelID:83890232""Various Models (0x5001038)""Samsung:SamsungModelID:83890234"
-    "WB650 / VLUU WB650 / WB660""Samsung:SamsungModelID:83890236""WB600 / VLUU WB600 / WB610"
-    "Samsung:SamsungModelID:83891006""WB150 / WB150F / WB152 / WB152F / WB151"
-    "Samsung:SamsungModelID:94371855""WB5000 / HZ25W""Samsung:SamsungModelID:94371870"
-    "WB5500 / VLUU WB5500 / HZ50W""Samsung:Samsung_Type2_0xa055""Samsung Type 2 0xa055"
-    "Samsung:Samsung_Type2_0xa056""Samsung Type 2 0xa056""Samsung:Samsung_Type2_0xa057"
-    "Samsung Type 2 0xa057""Samsung:SegHeight""Seg Height""Samsung:SegWidth""Seg Width"
-    "Samsung:SensorAreas""Sensor Areas""Samsung:SerialNumber""Samsung:SidelightStrength"
-    "Sidelight Strength""Samsung:SingleShotDepthMap""Single Shot Depth Map""Samsung:SmartAlbumColor"
-    "Smart Album Color""Samsung:SmartAlbumColor:0""Samsung:SmartAlbumColor:0 0"
-    "Samsung:SmartAlbumColor:1""Samsung:SmartAlbumColor:2""Samsung:SmartAlbumColor:3"
-    "Samsung:SmartAlbumColor:4""Samsung:SmartAlbumColor:5""Black""Samsung:SmartAlbumColor:6""White"
-    "Samsung:SmartAlbumColor:7""Various""Samsung:SmartRange""Smart Range""Samsung:SmartRange:0"
-    "Samsung:SmartRange:1""Samsung:Software""Samsung:SpinStrength""Spin Strength"
-    "Samsung:SurroundShotVideo""Surround Shot Video""Samsung:SurroundShotVideoName"
-    "Surround Shot Video Name""Samsung:ThumbnailHeight""Thumbnail Height""Samsung:ThumbnailImage"
-    "Samsung:ThumbnailLength""Thumbnail Length""Samsung:ThumbnailOffset""Thumbnail Offset"
-    "Samsung:ThumbnailWidth""Thumbnail Width""Samsung:TimeStamp""Time Stamp"
-    "Samsung:ToneCurveAdobeRGB""Tone Curve Adobe RGB""Samsung:ToneCurveAdobeRGBDefault"
-    "Tone Curve Adobe RGB Default""Samsung:ToneCurveSRGB""Tone Curve SRGB"
-    "Samsung:ToneCurveSRGBDefault""Tone Curve SRGB Default""Samsung:UniqueID""Unique ID"
-    "Samsung:Vignetting""Samsung:VignettingCorrection""Vignetting Correction"
-    "Samsung:VignettingSetting""Vignetting Setting""Samsung:VintageStrength""Vintage Strength"
-    "Samsung:WB_RGGBLevelsAuto""WB RGGB Levels Auto""Samsung:WB_RGGBLevelsBlack"
-    "WB RGGB Levels Black""Samsung:WB_RGGBLevelsIlluminator1""WB RGGB Levels Illuminator 1"
-    "Samsung:WB_RGGBLevelsIlluminator2""WB RGGB Levels Illuminator 2"
-    "Samsung:WB_RGGBLevelsUncorrected""WB RGGB Levels Uncorrected""Samsung:WhiteBalanceSetup"
-    "White Balance Setup""Samsung:WhiteBalanceSetup:0""Samsung:WhiteBalanceSetup:1"
-    "Samsung:YawAngle""Yaw Angle""Samsung:ZoomStrength""Zoom Strength""色彩空间信息""曝光偏差""曝光时间"
-    "35 mm 换算镜头焦点距离""未设置""厂商""图像质量""Température de l'appareil photo""Matrice des couleurs"
-    "Matrice de couleurs AdobeRVB""Matrice de couleurs SRVB""Espace colorimétrique""sRVB""Adobe RVB"
-    "Orientation de l'appareil""Type d'appareil""Caméra vidéo HXM""Caméra vidéo SMX"
-    "Appareil photo numérique compact""Téléphone portable""Appareil photo NX haut de gamme"
-    "Décalage d'exposition""Temps de pose""Détection du visage""Nom du visage"
-    "Reconnaissance faciale""Nom du micrologiciel""État du retournement"
-    "Longueur de focale équivalente à un film 35 mm""Numéro de série de l'objectif interne"
-    "Type d'objectif""Fabricant""Non applicable""Paysage""Angle de tangage""Qualité""Données RAW"
-    "Angle de roulis""Zones du capteur""Couleur de l'album intelligent""Jaune""Noir""Blanc""Divers"
-    "Hauteur de la vignette""Longueur de la vignette""Décalage de la vignette""Horodateur"
-    "ID unique""Correction du vignettage""Réglages du vignettage""Force du vintage"
-    "Balance des blancs des niveaux RVVB automatiques""Balance des Blancs des niveaux RVVB noirs"
-    "Kamera-Temperatur""Farbabweichung""Farb-Matrix""Farbraum""Eingebettetes Bild"
-    "Belichtungskorrektur""Belichtungsdauer""Gesichtserkennung""Brennweite in 35 mm-Kleinbildformat"
-    "Objektivtyp""Gerätehersteller""Porträt""(nicht gesetzt)""Landschaft""Wald""Qualität""Raw-Daten"
-    "RAW Daten Bytereihenfolge""Miniaturbild-Höhe""Miniaturbild-Datenlänge"
-    "Miniaturbild-Datenposition""Miniaturbild-Breite""Zeitstempel"
-    "Weißabgleich RGGB-Farbverteilung Auto""Temperatura fotocamera""Spazio colore"
-    "Compensazione esposizione""Tempo esposizione""Nome firmware""Lunghezza focale in formato 35mm"
-    "Tipo obiettivo""Nome località""Costruttore""n/d""Orizzontale""Foresta""Retrò""Qualità"
-    "Aree sensore""Dimensioni miniatura""Offset miniatura""Larghezza miniatura""Marcatura oraria"
-    "カメラ温度""カラーマトリックス""色空間""露出補正値""露出時間""35mmフイルム換算焦点距離""レンズタイプ""メーカー""品質""タイムスタンプ"
-    "Temperatura Cámara""Matriz de Color""Matriz de Color Adobe RGB""Matriz de Color SRGB"
-    "Espacio Color""Compensación Exposición""Tiempo de Exposición"
-    "Distancia Focal en Película de 35 mm""Tipo Objetivo""Marca""Retrato""Paisaje""Frío""Calidad"
-    "Marca de Tiempo""FacePosition""MakerNoteOffset""SanyoThumbnail""SpecialMode""SanyoQuality"
-    "DigitalZoom""SoftwareVersion""PictInfo""CameraID""SequentialShot""WideRange"
-    "ColorAdjustmentMode""QuickShot""SelfTimer""VoiceMemo""RecordShutterRelease""FlickerReduce"
-    "OpticalZoomOn""DigitalZoomOn""LightSourceSpecial""Resaved""SceneSelect""ManualFocusDistance"
-    "SequenceShotInterval""DataDump""256""258""261""263""512""513""516""517""518""519"
-    "Sanyo:CameraID""Camera ID""Sanyo:ColorAdjustmentMode""Color Adjustment Mode"
-    "Sanyo:ColorAdjustmentMode:0""Sanyo:ColorAdjustmentMode:1""Sanyo:DataDump""Data Dump"
-    "Sanyo:DigitalZoom""Digital Zoom""Sanyo:DigitalZoomOn""Digital Zoom On""Sanyo:DigitalZoomOn:0"
-    "Sanyo:DigitalZoomOn:1""Sanyo:ExposureCompensation""Sanyo:ExposureTime""Sanyo:FNumber"
-    "Sanyo:FacePosition""Face Position""Sanyo:FacesDetected""Sanyo:FlashMode""Sanyo:FlashMode:0"
-    "Sanyo:FlashMode:1""Force""Sanyo:FlashMode:2""Disabled""Sanyo:FlashMode:3""Red eye"
-    "Sanyo:FlickerReduce""Flicker Reduce""Sanyo:FlickerReduce:0""Sanyo:FlickerReduce:1"
-    "Sanyo:FocalLength""Sanyo:ISO""Sanyo:LightSourceSpecial""Light Source Special"
-    "Sanyo:LightSourceSpecial:0""Sanyo:LightSourceSpecial:1""Sanyo:Macro""Sanyo:Macro:0"
-    "Sanyo:Macro:1""Sanyo:Macro:2""Sanyo:Macro:3""Sanyo:Make""Sanyo:MakerNoteOffset"
-    "Maker Note Offset""Sanyo:ManualFocusDistance""Manual Focus Distance""Sanyo:Model"
-    "Sanyo:OpticalZoomOn""Optical Zoom On""Sanyo:OpticalZoomOn:0""Sanyo:OpticalZoomOn:1"
-    "Sanyo:PictInfo""Pict Info""Sanyo:QuickShot""Quick Shot""Sanyo:QuickShot:0""Sanyo:QuickShot:1"
-    "Sanyo:RecordShutterRelease""Record Shutter Release""Sanyo:RecordShutterRelease:0"
-    "Record while down""Sanyo:RecordShutterRelease:1""Press start, press stop""Sanyo:Resaved"
-    "Sanyo:Resaved:0""No""Sanyo:Resaved:1""Yes""Sanyo:SanyoQuality""Sanyo Quality"
-    "Sanyo:SanyoQuality:0""Normal/Very Low""Sanyo:SanyoQuality:1""Normal/Low""Sanyo:SanyoQuality:2"
-    "Normal/Medium Low""Sanyo:SanyoQuality:256""Fine/Very Low""Sanyo:SanyoQuality:257""Fine/Low"
-    "Sanyo:SanyoQuality:258""Fine/Medium Low""Sanyo:SanyoQuality:259""Fine/Medium"
-    "Sanyo:SanyoQuality:260""Fine/Medium High""Sanyo:SanyoQuality:261""Fine/High"
-    "Sanyo:SanyoQuality:262""Fine/Very High""Sanyo:SanyoQuality:263""Fine/Super High"
-    "Sanyo:SanyoQuality:3""Normal/Medium""Sanyo:SanyoQuality:4""Normal/Medium High"
-    "Sanyo:SanyoQuality:5""Normal/High""Sanyo:SanyoQuality:512""Super Fine/Very Low"
-    "Sanyo:SanyoQuality:513""Super Fine/Low""Sanyo:SanyoQuality:514""Super Fine/Medium Low"
-    "Sanyo:SanyoQuality:515""Super Fine/Medium""Sanyo:SanyoQuality:516""Super Fine/Medium High"
-    "Sanyo:SanyoQuality:517""Super Fine/High""Sanyo:SanyoQuality:518""Super Fine/Very High"
-    "Sanyo:SanyoQuality:519""Super Fine/Super High""Sanyo:SanyoQuality:6""Normal/Very High"
-    "Sanyo:SanyoQuality:7""Normal/Super High""Sanyo:SanyoThumbnail""Sanyo Thumbnail"
-    "Sanyo:SceneSelect""Scene Select""Sanyo:SceneSelect:0""Sanyo:SceneSelect:1""Sport"
-    "Sanyo:SceneSelect:2""TV""Sanyo:SceneSelect:3""Night""Sanyo:SceneSelect:4""User 1"
-    "Sanyo:SceneSelect:5""User 2""Sanyo:SceneSelect:6""Lamp""Sanyo:SelfTimer""Self Timer"
-    "Sanyo:SelfTimer:0""Sanyo:SelfTimer:1""Sanyo:SequenceShotInterval""Sequence Shot Interval"
-    "Sanyo:SequenceShotInterval:0""5 frames/s""Sanyo:SequenceShotInterval:1""10 frames/s"
-    "Sanyo:SequenceShotInterval:2""15 frames/s""Sanyo:SequenceShotInterval:3""20 frames/s"
-    "Sanyo:SequentialShot""Sequential Shot""Sanyo:SequentialShot:0""None""Sanyo:SequentialShot:1"
-    "Sanyo:SequentialShot:2""Best""Sanyo:SequentialShot:3""Adjust Exposure""Sanyo:Software"
-    "Sanyo:SoftwareVersion""Software Version""Sanyo:SpecialMode""Special Mode"
-    "Sanyo:ThumbnailHeight""Sanyo:ThumbnailLength""Sanyo:ThumbnailOffset""Sanyo:ThumbnailWidth"
-    "Sanyo:VoiceMemo""Voice Memo""Sanyo:VoiceMemo:0""Sanyo:VoiceMemo:1""Sanyo:WhiteBalance"
-    "Sanyo:WhiteBalance:0""Sanyo:WhiteBalance:1""Daylight""Sanyo:WhiteBalance:2"
-    "Sanyo:WhiteBalance:3""Fluorescent""Sanyo:WhiteBalance:4""Tungsten""Sanyo:WhiteBalance:5"
-    "Sanyo:WideRange""Wide Range""Sanyo:WideRange:0""Sanyo:WideRange:1""数码变焦""夜景""太阳光""荧光""白炽灯"
-    "Identifiant de l'appareil photo""Dump de données""Zoom numérique""Position du visage"
-    "Flash Auto""Flash forcé""Flash yeux rouge""Vue""Note du fabricant Offset"
-    "Distance de mise au point manuelle""Non""Oui""Sélection de la scène""Nocturne""Utilisateur 1"
-    "Utilisateur 2""Lampe""Minuteur""Aucune""Mode spécial""Mémo vocal""Lumière du jour"
-    "Fluorescente""Tungstène (lumière incandescente)""Kamera ID""Farbeinstellung Modus""Daten-Dump"
-    "Digital-Zoom""Deaktiviert""Rote-Augen-Reduzierung""Manuelle Fokusdistanz""Nein""Ja""Nachtszene"
-    "Selbstauslöser""Reihenaufnahme""Keine""Beste""Spezialmodus""Tageslicht""Neonlicht""Glühbirne"
-    "ID fotocamera""Zoom Digitale""Occhi rossi""Messa a Fuoco Manuale""Scatto veloce"
-    "Premi start, premi stop""Sì""Scena notturna""Autoscatto""10 frame/s""Nessuno""Luce del giorno"
-    "Tungsteno (luce incandescente)""カメラID""色調整モード""データダンプ""デジタルズーム""デジタルズームオン""フリッカー軽減""光源スペシャル"
-    "メーカーノートオフセット""マニュアルフォーカス距離""光学ズームオン""写真情報""クイックショット""レコードシャッターレリーズ""予約""いいえ""はい""サンヨー品質"
-    "サンヨーサムネイル""シーン選択""スポーツ""テレビ""ユーザー1""ユーザー2""ランプ""セルフタイマー長""シーケンスショットインターバル""シーケンシャルショット""無し"
-    "スタンダード""ソフトウェアバージョン""スペシャルモード""ボイスメモ""昼光""蛍光灯""タングステン(白熱灯)""ワイドレンジ""Modo Ajuste Color"
-    "Zoom Digital""Zoom Digital Encendido""Forzado""Ojos rojos""Reducir Parpadeo"
-    "Fuente Luz Especial""Vista""Offset Maker Note""Distancia Enfoque Manual""Zoom Óptico Encendido"
-    "Info Imagen""Disparo Rápido""Soltar Obturador Grabación""Grabar mientras se pulsa"
-    "Pulsa para iniciar, pulsa para parar""Regrabado""Si""Calidad Sanyo""Normal/Muy bajo"
-    "Normal/Bajo""Normal/Medio bajo""Fino/Muy bajo""Fino/Bajo""Fino/Medio bajo""Fino/Medio"
-    "Fino/Medio Alto""Fino/Alto""Fino/Muy Alto""Fino/Super Alto""Normal/Medio""Normal/Medio Alto"
-    "Normal/Alto""Super Fino/Muy Bajo""Super Fino/Bajo""Super Fino/Medio Bajo""Super Fino/Medio"
-    "Super Fino/Medio Alto""Super Fino/Alto""Super Fino/Muy Alto""Super Fino/Super Alto"
-    "Normal/Muy Alto""Normal/Super Alto""Miniatura Sanyo""Selección Escena""Deporte""Noche"
-    "Usuario 1""Usuario 2""Lámpara""Temporizador Automático""Intervalo Disparo Secuencial"
-    "5 cuadros/s""10 cuadros/s""15 cuadros/s""20 cuadros/s""Disparo Secuencial""Ninguno""Mejor"
-    "Ajustar Exposición""Versión Software""Modo Especial""Notas Voz""Luz de día""Flourescente"
-    "Tungsteno""Intervalo Extendido""ResolutionMode""AFMode""FocusSetting""ExposureMode"
-    "MeteringMode""LensFocalRange""ExposureAdjust""Shadow""Highlight""X3FillLight""ColorAdjustment"
-    "AdjustmentMode""Firmware""AutoBracket""ChrominanceNoiseReduction""LuminanceNoiseReduction"
-    "PreviewImageSize""AFPoint""FileFormat""Calibration""LensMaxApertureRange""ColorMode"
-    "LensApertureRange""ExposureTime2""BurstShot""SensorTemperature""PictureMode""Firmware2"
-    "DigitalFilter""CameraCalibration""WB_RGBLevelsAuto""WB_RGBLevelsDaylight""WB_RGBLevelsShade"
-    "WB_RGBLevelsOvercast""WB_RGBLevelsIncandescent""WB_RGBLevelsFluorescent""WB_RGBLevelsFlash"
-    "WB_RGBLevelsCustom1""WB_RGBLevelsCustom2""WB_RGBLevelsCustom3""WB_RGBLevelsUnknown0"
-    "WB_RGBLevelsUnknown1""WB_RGBLevelsUnknown2""WB_RGBLevelsUnknown3""WB_RGBLevelsUnknown4"
-    "WB_RGBLevelsUnknown5""WB_RGBLevelsUnknown6""WB_RGBLevelsUnknown7""WB_RGBLevelsUnknown8"
-    "WB_RGBLevelsUnknown9""A""S""16.1""16.2""22""297.1""297.2""305""305.1""305.2""305.3""309""323"
-    "325""325.1""325.2""325.3""336""338.1""338.2""338.3""357""361""387""388""389""576""598""599"
-    "600""601""768""769""770""784""785""801""816""832""837""838""848""1024""1025""1041""1042""1074"
-    "1088""1104""1121""1141""1142""1143""1155""1156""1157""1158""1284""1285""1286""1287""1288""1289"
-    "1296""1298""1299""1305""1312""1313""1319""1321""1349""1351""1352""1353""1382""1383""1384""1385"
-    "1393""1394""1398""1401""1408""1409""1410""1411""1416""1417""1428""1429""1431""1448""1449""1541"
-    "1587""1588""1589""1604""1625""1633""1635""1636""1639""1640""1641""1668""1670""1673""1680""1681"
-    "1682""1683""1801""1827""1829""1830""1831""1832""1833""1840""1843""1844""1845""1846""1847""1848"
-    "1856""1861""1911""1917""1925""1927""1929""1936""1939""1940""1941""2083""2084""2131""2145""2160"
-    "2165""2166""2169""2176""2178""2179""2180""2181""2182""2184""2192""2345""4099""4100""4101""4102"
-    "4103""4104""4105""16385""16386""16387""16390""16391""16392""16395""16396""16397""16399""16400"
-    "16401""24577""24579""24581""24582""24593""24594""24595""24597""24599""24600""24602""24603"
-    "24608""24609""24611""24613""24614""24620""32773""32777""35072""41216""Sigma:AFMode""AF Mode"
-    "Sigma:AFPoint""AF Point""Sigma:AdjustmentMode""Adjustment Mode""Sigma:AutoBracket"
-    "Auto Bracket""Sigma:BurstShot""Burst Shot""Sigma:Calibration""Sigma:CameraCalibration"
-    "Camera Calibration""Sigma:ChrominanceNoiseReduction""Chrominance Noise Reduction"
-    "Sigma:ColorAdjustment""Color Adjustment""Sigma:ColorMode""Color Mode""Sigma:ColorMode:0"
-    "Sigma:ColorMode:1""Sigma:ColorMode:2""Sigma:ColorMode:3""Sigma:ColorMode:4""Sigma:ColorMode:5"
-    "Neutral""Sigma:ColorMode:6""Sigma:ColorMode:7""Sigma:ColorMode:8""FOV Classic Blue"
-    "Sigma:ColorSpace""Sigma:Contrast""Sigma:DigitalFilter""Digital Filter""Sigma:DriveMode"
-    "Sigma:ExposureAdjust""Exposure Adjust""Sigma:ExposureCompensation""Sigma:ExposureMode"
-    "Exposure Mode""Sigma:ExposureMode:A""Sigma:ExposureMode:M""Sigma:ExposureMode:P"
-    "Sigma:ExposureMode:S""Sigma:ExposureTime""Sigma:ExposureTime2""Exposure Time 2""Sigma:FNumber"
-    "Sigma:FileFormat""File Format""Sigma:Firmware""Sigma:Firmware2""Firmware 2"
-    "Sigma:FlashExposureComp""Sigma:FocusSetting""Focus Setting""Sigma:Highlight""Sigma:ISO"
-    "Sigma:LensApertureRange""Lens Aperture Range""Sigma:LensFocalRange""Lens Focal Range"
-    "Sigma:LensMaxApertureRange""Lens Max Aperture Range""Sigma:LensType""Sigma:LensType:1024"
-    "Sigma 19mm F2.8 EX DN""Sigma:LensType:1025""Sigma 24mm F1.4 DG HSM | A""Sigma:LensType:1041"
-    "Sigma 20mm F1.8 EX DG ASP RF""Sigma:LensType:1042""Sigma 20mm F1.4 DG HSM | A"
-    "Sigma:LensType:1074""Sigma 24mm F1.8 EX DG ASP Macro""Sigma:LensType:1088"
-    "Sigma 28mm F1.8 EX DG ASP Macro""Sigma:LensType:1104""Sigma 14mm F1.8 DH HSM | A"
-    "Sigma:LensType:1121""Sigma 14mm F2.8 EX ASP HSM""Sigma:LensType:1141"
-    "Sigma 15mm F2.8 EX Diagonal FishEye""Sigma:LensType:1142"
-    "Sigma 15mm F2.8 EX DG Diagonal Fisheye""Sigma:LensType:1143""Sigma 10mm F2.8 EX DC HSM Fisheye"
-    "Sigma:LensType:1155""Sigma 8mm F4 EX Circular Fisheye""Sigma:LensType:1156"
-    "Sigma 8mm F4 EX DG Circular Fisheye""Sigma:LensType:1157"
-    "Sigma 8mm F3.5 EX DG Circular Fisheye""Sigma:LensType:1158"
-    "Sigma 4.5mm F2.8 EX DC HSM Circular Fisheye""Sigma:LensType:1284"
-    "Sigma 70-300mm F4-5.6 Macro Super""Sigma:LensType:1285""Sigma APO 70-300mm F4-5.6 Macro Super"
-    "Sigma:LensType:1286""Sigma 70-300mm F4-5.6 APO Macro Super II""Sigma:LensType:1287"
-    "Sigma 70-300mm F4-5.6 DL Macro Super II""Sigma:LensType:1288"
-    "Sigma 70-300mm F4-5.6 DG APO Macro""Sigma:LensType:1289""Sigma 70-300mm F4-5.6 DG Macro"
-    "Sigma:LensType:1296""Sigma 17-35 F2.8-4 EX DG ASP""Sigma:LensType:1298"
-    "Sigma 15-30mm F3.5-4.5 EX DG ASP DF""Sigma:LensType:1299""Sigma 20-40mm F2.8 EX DG"
-    "Sigma:LensType:1305""Sigma 17-35 F2.8-4 EX ASP HSM""Sigma:LensType:1312"
-    "Sigma 100-300mm F4.5-6.7 DL""Sigma:LensType:1313""Sigma 18-50mm F3.5-5.6 DC Macro"
-    "Sigma:LensType:1319""Sigma 100-300mm F4 EX IF HSM""Sigma:LensType:1321"
-    "Sigma 120-300mm F2.8 EX HSM IF APO""Sigma:LensType:1349""Sigma 28-70mm F2.8 EX ASP DF"
-    "Sigma:LensType:1351""Sigma 24-60mm F2.8 EX DG""Sigma:LensType:1352"
-    "Sigma 24-70mm F2.8 EX DG Macro""Sigma:LensType:1353""Sigma 28-70mm F2.8 EX DG"
-    "Sigma:LensType:1382""Sigma 70-200mm F2.8 EX IF APO""Sigma:LensType:1383"
-    "Sigma 70-200mm F2.8 EX IF HSM APO""Sigma:LensType:1384""Sigma 70-200mm F2.8 EX DG IF HSM APO"
-    "Sigma:LensType:1385""Sigma 70-200 F2.8 EX DG HSM APO Macro""Sigma:LensType:1393"
-    "Sigma 24-70mm F2.8 IF EX DG HSM""Sigma:LensType:1394""Sigma 70-300mm F4-5.6 DG OS"
-    "Sigma:LensType:1398""Sigma 24-70mm F2.8 DG OS HSM | A""Sigma:LensType:1401"
-    "Sigma 70-200mm F2.8 EX DG HSM APO Macro""Sigma:LensType:1408""Sigma 18-50mm F2.8 EX DC"
-    "Sigma:LensType:1409""Sigma 18-50mm F2.8 EX DC Macro""Sigma:LensType:1410"
-    "Sigma 18-50mm F2.8 EX DC HSM Macro""Sigma:LensType:1411""Sigma 17-50mm F2.8 EX DC OS HSM"
-    "Sigma:LensType:1416""Sigma 24-35mm F2 DG HSM | A""Sigma:LensType:1417"
-    "Sigma APO 70-200mm F2.8 EX DG OS HSM""Sigma:LensType:1428""Sigma 300-800mm F5.6 EX HSM IF APO"
-    "Sigma:LensType:1429""Sigma 300-800mm F5.6 EX DG APO HSM""Sigma:LensType:1431"
-    "Sigma 200-500mm F2.8 APO EX DG""Sigma:LensType:1448"
-    "Sigma 70-300mm F4-5.6 APO DG Macro (Motorized)""Sigma:LensType:1449"
-    "Sigma 70-300mm F4-5.6 DG Macro (Motorized)""Sigma:LensType:1541""Sigma 24-70mm F3.5-5.6 ASP HF"
-    "Sigma:LensType:1587""Sigma 28-70mm F2.8-4 HS""Sigma:LensType:1588""Sigma 28-70mm F2.8-4 DG"
-    "Sigma:LensType:1589""Sigma 24-105mm F4 DG OS HSM | A""Sigma:LensType:16"
-    "Sigma 50mm F2.8 EX DG MACRO""Sigma:LensType:16.1""Sigma 70mm F2.8 EX DG Macro"
-    "Sigma:LensType:16.2""Sigma 105mm F2.8 EX DG Macro""Sigma:LensType:1604"
-    "Sigma 28-80mm F3.5-5.6 ASP HF Macro""Sigma:LensType:1625"
-    "Sigma 28-80mm F3.5-5.6 Mini Zoom Macro II ASP""Sigma:LensType:1633"
-    "Sigma 28-105mm F2.8-4 IF ASP""Sigma:LensType:1635""Sigma 28-105mm F3.8-5.6 IF UC-III ASP"
-    "Sigma:LensType:1636""Sigma 28-105mm F2.8-4 IF DG ASP""Sigma:LensType:16385"
-    "Lumix S 24-105mm F4 Macro OIS (S-R24105)""Sigma:LensType:16386"
-    "Lumix S 70-200mm F4 OIS (S-R70200)""Sigma:LensType:16387""Lumix S 50mm F1.4 (S-X50)"
-    "Sigma:LensType:1639""Sigma 24-135mm F2.8-4.5 IF ASP""Sigma:LensType:16390"
-    "Lumix S 24-70mm F2.8 (S-E2470)""Sigma:LensType:16391""Lumix S 16-35mm F4 (S-R1635)"
-    "Sigma:LensType:16392""Lumix S 70-200mm F2.8 OIS (S-E70200)""Sigma:LensType:16395"
-    "Lumix S 20-60mm F3.5-5.6 (S-R2060)""Sigma:LensType:16396""Lumix S 85mm F1.8 (S-S85)"
-    "Sigma:LensType:16397""Lumix S 70-300 F4.5-5.6 Macro OIS (S-R70300)""Sigma:LensType:16399"
-    "Lumix S 24mm F1.8 (S-S24)""Sigma:LensType:1640""Sigma 17-70mm F2.8-4 DC Macro OS HSM"
-    "Sigma:LensType:16400""Lumix S 35mm F1.8 (S-S35)""Sigma:LensType:16401"
-    "LUMIX S 18mm F1.8 (S-S18)""Sigma:LensType:1641""Sigma 17-70mm F2.8-4.5 DC HSM Macro"
-    "Sigma:LensType:1668""Sigma 55-200mm F4-5.6 DC""Sigma:LensType:1670"
-    "Sigma 50-200mm F4-5.6 DC OS HSM""Sigma:LensType:1673""Sigma 17-70mm F2.8-4.5 DC Macro"
-    "Sigma:LensType:1680""Sigma 50-150mm F2.8 EX DC HSM APO""Sigma:LensType:1681"
-    "Sigma 50-150mm F2.8 EX DC APO HSM II""Sigma:LensType:1682"
-    "Sigma APO 50-150mm F2.8 EX DC OS HSM""Sigma:LensType:1683""Sigma 50-100mm F1.8 DC HSM | A"
-    "Sigma:LensType:1801""Sigma 28-135mm F3.8-5.6 IF ASP Macro""Sigma:LensType:1827"
-    "Sigma 135-400mm F4.5-5.6 ASP APO""Sigma:LensType:1829""Sigma 80-400mm F4.5-5.6 EX OS"
-    "Sigma:LensType:1830""Sigma 80-400mm F4.5-5.6 EX DG OS APO""Sigma:LensType:1831"
-    "Sigma 135-400mm F4.5-5.6 DG ASP APO""Sigma:LensType:1832"
-    "Sigma 120-400mm F4.5-5.6 DG APO OS HSM""Sigma:LensType:1833"
-    "Sigma 100-400mm F5-6.3 DG OS HSM | C""Sigma:LensType:1840"
-    "Sigma 60-600mm F4.5-6.3 DG OS HSM | S""Sigma:LensType:1843""Sigma 170-500mm F5-6.3 ASP APO"
-    "Sigma:LensType:1844""Sigma 170-500mm F5-6.3 DG ASP APO""Sigma:LensType:1845"
-    "Sigma 50-500mm F4-6.3 EX RF HSM APO""Sigma:LensType:1846""Sigma 50-500mm F4-6.3 EX DG HSM APO"
-    "Sigma:LensType:1847""Sigma 150-500mm F5-6.3 APO DG OS HSM""Sigma:LensType:1848"
-    "Sigma 50-500mm F4.5-6.3 APO DG OS HSM""Sigma:LensType:1856"
-    "Sigma 150-600mm F5-6.3 DG OS HSM | S""Sigma:LensType:1861"
-    "Sigma 150-600mm F5-6.3 DG OS HSM | C""Sigma:LensType:1911""Sigma 18-200mm F3.5-6.3 DC"
-    "Sigma:LensType:1917""Sigma 18-200mm F3.5-6.3 DC (Motorized)""Sigma:LensType:1925"
-    "Sigma 28-200mm F3.5-5.6 DL ASP IF HZM Macro""Sigma:LensType:1927"
-    "Sigma 28-200mm F3.5-5.6 Compact ASP HZ Macro""Sigma:LensType:1929""Sigma 18-125mm F3.5-5.6 DC"
-    "Sigma:LensType:1936""Sigma 28-300mm F3.5-6.3 DL ASP IF HZM""Sigma:LensType:1939"
-    "Sigma 28-300mm F3.5-6.3 Macro""Sigma:LensType:1940"
-    "Sigma 28-200mm F3.5-5.6 DG Compact ASP HZ Macro""Sigma:LensType:1941"
-    "Sigma 28-300mm F3.5-6.3 DG Macro""Sigma:LensType:2083""Sigma 1.4X TC EX APO"
-    "Sigma:LensType:2084""Sigma 1.4X Teleconverter EX APO DG""Sigma:LensType:2131"
-    "Sigma 18-125mm F3.8-5.6 DC OS HSM""Sigma:LensType:2145""Sigma 18-50mm F2.8-4.5 DC OS HSM"
-    "Sigma:LensType:2160""Sigma 2.0X Teleconverter TC-2001""Sigma:LensType:2165"
-    "Sigma 2.0X TC EX APO""Sigma:LensType:2166""Sigma 2.0X Teleconverter EX APO DG"
-    "Sigma:LensType:2169""Sigma 1.4X Teleconverter TC-1401""Sigma:LensType:2176"
-    "Sigma 18-250mm F3.5-6.3 DC OS HSM""Sigma:LensType:2178""Sigma 18-200mm F3.5-6.3 II DC OS HSM"
-    "Sigma:LensType:2179""Sigma 18-250mm F3.5-6.3 DC Macro OS HSM""Sigma:LensType:2180"
-    "Sigma 17-70mm F2.8-4 DC OS HSM Macro | C""Sigma:LensType:2181"
-    "Sigma 18-200mm F3.5-6.3 DC OS HSM Macro | C""Sigma:LensType:2182"
-    "Sigma 18-300mm F3.5-6.3 DC OS HSM Macro | C""Sigma:LensType:2184"
-    "Sigma 18-200mm F3.5-6.3 DC OS""Sigma:LensType:2192""Sigma Mount Converter MC-11"
-    "Sigma:LensType:22""Sigma 18-50mm F3.5-5.6 DC""Sigma:LensType:2345""Sigma 60mm F2.8 DN | A"
-    "Sigma:LensType:24577""Sigma:LensType:24579""Sigma 45mm F2.8 DG DN | C""Sigma:LensType:24581"
-    "Sigma 14-24mm F2.8 DG DN | A""Sigma:LensType:24582""Sigma 50mm F1.4 DG HSM | A"
-    "Sigma:LensType:24593""Sigma 24-70mm F2.8 DG DN | A""Sigma:LensType:24594"
-    "Sigma 100-400mm F5-6.3 DG DN OS | C""Sigma:LensType:24595"
-    "Sigma 100-400mm F5-6.3 DG DN OS | C + TC-1411""Sigma:LensType:24597""Sigma 85mm F1.4 DG DN | A"
-    "Sigma:LensType:24599""Sigma 65mm F2 DG DN | C""Sigma:LensType:24600""Sigma 35mm F2 DG DN | C"
-    "Sigma:LensType:24602""Sigma 28-70mm F2.8 DG DN | C""Sigma:LensType:24603"
-    "Sigma 150-600mm F5-6.3 DG DN OS | S""Sigma:LensType:24608""Sigma 35mm F1.4 DG DN | A"
-    "Sigma:LensType:24609""Sigma 90mm F2.8 DG DN | C""Sigma:LensType:24611""Sigma 20mm F2 DG DN | C"
-    "Sigma:LensType:24613""Sigma 20mm F1.4 DG DN | A""Sigma:LensType:24614"
-    "Sigma 24mm F1.4 DG DN | A""Sigma:LensType:24620""Sigma 50mm F1.4 DG DN | A (2023)"
-    "Sigma:LensType:259""Sigma 180mm F3.5 EX IF HSM APO Macro""Sigma:LensType:260"
-    "Sigma 150mm F2.8 EX DG HSM APO Macro""Sigma:LensType:261""Sigma 180mm F3.5 EX DG HSM APO Macro"
-    "Sigma:LensType:262""Sigma 150mm F2.8 EX DG OS HSM APO Macro""Sigma:LensType:263"
-    "Sigma 180mm F2.8 EX DG OS HSM APO Macro""Sigma:LensType:297""Sigma Lens (0x129)"
-    "Sigma:LensType:297.1""Sigma 14mm F2.8 EX Aspherical""Sigma:LensType:297.2""Sigma 30mm F1.4"
-    "Sigma:LensType:305""Sigma Lens (0x131)""Sigma:LensType:305.1""Sigma:LensType:305.2"
-    "Sigma 70-200mm F2.8 APO EX HSM""Sigma:LensType:305.3""Sigma 120-300mm F2.8 APO EX IF HSM"
-    "Sigma:LensType:308""Sigma 100-300mm F4 EX DG HSM APO""Sigma:LensType:309"
-    "Sigma 120-300mm F2.8 EX DG HSM APO""Sigma:LensType:310""Sigma 120-300mm F2.8 EX DG OS HSM APO"
-    "Sigma:LensType:311""Sigma 120-300mm F2.8 DG OS HSM | S""Sigma:LensType:323"
-    "Sigma 600mm F8 Mirror""Sigma:LensType:325""Sigma Lens (0x145)""Sigma:LensType:325.1"
-    "Sigma 15-30mm F3.5-4.5 EX DG Aspherical""Sigma:LensType:325.2""Sigma 18-50mm F2.8 EX DG"
-    "Sigma:LensType:325.3""Sigma:LensType:32773""Sigma 35mm F1.4 DG HSM | A""Sigma:LensType:32777"
-    "Sigma 18-35mm F1.8 DC HSM | A""Sigma:LensType:336""Sigma 30mm F1.4 DC HSM""Sigma:LensType:338"
-    "Sigma Lens (0x152)""Sigma:LensType:338.1""Sigma APO 800mm F5.6 EX DG HSM""Sigma:LensType:338.2"
-    "Sigma 12-24mm F4.5-5.6 EX DG ASP HSM""Sigma:LensType:338.3""Sigma 10-20mm F4-5.6 EX DC HSM"
-    "Sigma:LensType:35072""Sigma:LensType:357""Sigma 70-200mm F2.8 EX""Sigma:LensType:361"
-    "Sigma:LensType:387""Sigma 500mm F4.5 EX HSM APO""Sigma:LensType:388"
-    "Sigma 500mm F4.5 EX DG HSM APO""Sigma:LensType:389""Sigma 500mm F4 DG OS HSM | S"
-    "Sigma:LensType:404""Sigma 300mm F2.8 EX HSM APO""Sigma:LensType:405"
-    "Sigma 300mm F2.8 EX DG HSM APO""Sigma:LensType:4099""Sigma 19mm F2.8""Sigma:LensType:4100"
-    "Sigma 30mm F2.8""Sigma:LensType:4101""Sigma 50mm F2.8 Macro""Sigma:LensType:4102"
-    "Sigma:LensType:4103""Sigma:LensType:4104""Sigma:LensType:4105""Sigma 14mm F4"
-    "Sigma:LensType:41216""Sigma 24-70mm F2.8 DG Macro""Sigma:LensType:512""Sigma:LensType:513"
-    "Sigma:LensType:514""Sigma 10-20mm F3.5 EX DC HSM""Sigma:LensType:515"
-    "Sigma 8-16mm F4.5-5.6 DC HSM""Sigma:LensType:516""Sigma 12-24mm F4.5-5.6 DG HSM II"
-    "Sigma:LensType:517""Sigma 12-24mm F4 DG HSM | A""Sigma:LensType:528""Sigma:LensType:576"
-    "Sigma 135mm F1.8 DG HSM | A""Sigma:LensType:598""Sigma 105mm F2.8 EX Macro""Sigma:LensType:599"
-    "Sigma:LensType:600""Sigma 105mm F2.8 EX DG OS HSM Macro""Sigma:LensType:601"
-    "Sigma 105mm F1.4 DG HSM | A""Sigma:LensType:624""Sigma:LensType:625"
-    "Sigma 70mm F2.8 DG Macro | A""Sigma:LensType:768""Sigma 30mm F1.4 EX DC HSM"
-    "Sigma:LensType:769""Sigma 30mm F1.4 DC HSM | A""Sigma:LensType:770""Sigma 30mm F1.4 DC DN | C"
-    "Sigma:LensType:784""Sigma 50mm F1.4 EX DG HSM""Sigma:LensType:785""Sigma:LensType:800"
-    "Sigma 85mm F1.4 EX DG HSM""Sigma:LensType:801""Sigma 85mm F1.4 DG HSM | A""Sigma:LensType:816"
-    "Sigma 30mm F2.8 EX DN""Sigma:LensType:832""Sigma 35mm F1.4 DG HSM""Sigma:LensType:837"
-    "Sigma 50mm F2.8 EX Macro""Sigma:LensType:838""Sigma 50mm F2.8 EX DG Macro""Sigma:LensType:848"
-    "Sigma:LuminanceNoiseReduction""Luminance Noise Reduction""Sigma:MakerNoteVersion"
-    "Sigma:MeteringMode""Metering Mode""Sigma:MeteringMode:8""Multi-segment""Sigma:MeteringMode:A"
-    "Average""Sigma:MeteringMode:C""Center-weighted average""Sigma:Model""Sigma:PictureMode"
-    "Picture Mode""Sigma:PreviewImageLength""Sigma:PreviewImageSize""Preview Image Size"
-    "Sigma:PreviewImageStart""Sigma:Quality""Sigma:ResolutionMode""Resolution Mode"
-    "Sigma:Saturation""Sigma:SensorTemperature""Sensor Temperature""Sigma:SerialNumber"
-    "Sigma:Shadow""Sigma:Sharpness""Sigma:Software""Sigma:WB_RGBLevelsAuto""WB RGB Levels Auto"
-    "Sigma:WB_RGBLevelsCustom1""WB RGB Levels Custom 1""Sigma:WB_RGBLevelsCustom2"
-    "WB RGB Levels Custom 2""Sigma:WB_RGBLevelsCustom3""WB RGB Levels Custom 3"
-    "Sigma:WB_RGBLevelsDaylight""WB RGB Levels Daylight""Sigma:WB_RGBLevelsFlash"
-    "WB RGB Levels Flash""Sigma:WB_RGBLevelsFluorescent""WB RGB Levels Fluorescent"
-    "Sigma:WB_RGBLevelsIncandescent""WB RGB Levels Incandescent""Sigma:WB_RGBLevelsOvercast"
-    "WB RGB Levels Overcast""Sigma:WB_RGBLevelsShade""WB RGB Levels Shade"
-    "Sigma:WB_RGBLevelsUnknown0""WB RGB Levels Unknown 0""Sigma:WB_RGBLevelsUnknown1"
-    "WB RGB Levels Unknown 1""Sigma:WB_RGBLevelsUnknown2""WB RGB Levels Unknown 2"
-    "Sigma:WB_RGBLevelsUnknown3""WB RGB Levels Unknown 3""Sigma:WB_RGBLevelsUnknown4"
-    "WB RGB Levels Unknown 4""Sigma:WB_RGBLevelsUnknown5""WB RGB Levels Unknown 5"
-    "Sigma:WB_RGBLevelsUnknown6""WB RGB Levels Unknown 6""Sigma:WB_RGBLevelsUnknown7"
-    "WB RGB Levels Unknown 7""Sigma:WB_RGBLevelsUnknown8""WB RGB Levels Unknown 8"
-    "Sigma:WB_RGBLevelsUnknown9""WB RGB Levels Unknown 9""Sigma:WhiteBalance""Sigma:X3FillLight"
-    "X3 Fill Light""创意风格""黑白""生动色彩""中性""人物""风景""曝光模式""手动曝光""曝光时间 2""格式""测量方式""分割测光""平均""中央重点"
-    "Mode de l'Autofocus""Point de l'Autofocus""Mode de réglage""Auto bracketing"
-    "Prise de vue en rafale""Calibration de l'appareil photo""Réglage des couleurs"
-    "Mode colorimétrique""Neutre""FOV Bleu classique""Filtre numérique""Réglage de l'exposition"
-    "Mode d'exposition""Priorité ouverture""Exposition manuelle""Temps de pose 2""Format du fichier"
-    "Micrologiciel""Micrologiciel 2""Réglage de la mise au point""Mise en lumière"
-    "Plage d'ouverture de l'objectif""Plage de focale de l'objectif"
-    "Plage d'ouverture maximale de l'objectif""Mode de mesure""Multi-segments""Moyenne"
-    "Moyenne pondérée centrale""Mode de l'image""Taille de l'aperçu""Mode de résolution"
-    "Capteur de température""Balance des Blancs des niveaux RVB Lumière du jour"
-    "Balance des Blancs des niveaux RVB flash""Balance des Blancs des niveaux RVB fluorescent"
-    "Balance des Blancs des niveaux RVB ombre""Lumière de remplissage X3F""AF-Modus"
-    "Gewählter AF-Punkt""Korrekturmodus""Burst Aufnahme""Farbeinstellung""Farbmodus""Lebhafte Farbe"
-    "Belichtungsmodus""Manuelle Belichtung""Belichtungsdauer 2""Dateiformat""Helle Stellen"
-    "Objektiv Blendenbereich""Belichtungsmessmethode""Multi-Segment""Integralmessung""Mittenbetont"
-    "Motivprogramm""Vorschaubild-Größe""Sensor Temperatur"
-    "Weißabgleich RGB-Farbverteilung Tageslicht""Weißabgleich RGB-Farbverteilung Blitz"
-    "Weißabgleich RGB-Farbverteilung Neonlicht""Weißabgleich RGB-Farbverteilung Schatten""Punto AF"
-    "Modo adattamento""Modo colore""B/N""Neutra""Verticale""Modo esposizione""Tempo esposizione 2"
-    "Formato file""Modalità misurazione""Multi-zona""Media""Media centrale ponderata"
-    "Dimensioni immagine anteprima""Modo risoluzione""Temperatura sensore""Ombra""AFモード""AF選択ポイント"
-    "調整モード""色調整""カラーモード""ビビッド""ニュートラル""ポートレート""風景""露光モード""マニュアル露出""プログラムAE""露出時間 2""ファイル形式""ファームウェア"
-    "フォーカス設定""ハイライト""レンズ絞り範囲""測光モード""パターン""ピクチャーモード""プレビューイメージサイズ""解像度モード""センサー温度""シャドウ"
-    "WB RGB レベル\343\200\200昼光""WB RGB レベル\343\200\200ストロボ""WB RGGB レベル\343\200\200蛍光灯"
-    "WB RGB レベル\343\200\200日陰""X3光を満たす""Modo Ajuste""Auto-horquillado""Ajuste Color""Modo de Color"
-    "ByN""Neutro""Modo Exposición""Prioridad Aberture AE""Programa AE"
-    "Prioridad velocidad obturador AE""Tiempo de Exposición 2""Formato Archivo""Ajuste Enfoque"
-    "Realce""Intervalo Apertura Objetivo""Modo Medición""Multi-segmento""Promedio"
-    "Media ponderada al centro""Tamaño Imagen Previa""Modo Resolución""Luz Relleno X3""FileVersion"
-    "MarkBits""Rotation""SceneCaptureType""Unused""RedAdjust""GreenAdjust""BlueAdjust""PreviewImage"
-    "JpgFromRaw""AFArea""AFInFocus""ApertureDisplayed""BracketShot""CameraName""EvalState"
-    "NetExposureCompensation""IntegrationTime""FlashExpComp""FlashPower""FlashTTLMode""FlashType"
-    "Focus""ImageBoardID""ImagerBoardID""SensorID""ShutterSpeedDisplayed""VersionBF""10S""2S""AB"
-    "MULTI""OFF""SINGLE""UP""AF""NO LOCK""HI""LOW""MED""SigmaRaw:AFArea""AF Area"
-    "SigmaRaw:AFInFocus""AF In Focus""SigmaRaw:ApertureDisplayed""Aperture Displayed"
-    "SigmaRaw:BlueAdjust""Blue Adjust""SigmaRaw:BracketShot""Bracket Shot""SigmaRaw:BurstShot"
-    "SigmaRaw:CameraName""Camera Name""SigmaRaw:ColorSpace""SigmaRaw:Contrast"
-    "SigmaRaw:DateTimeOriginal""SigmaRaw:DriveMode""SigmaRaw:DriveMode:10S""10 s Timer"
-    "SigmaRaw:DriveMode:2S""2 s Timer""SigmaRaw:DriveMode:AB""SigmaRaw:DriveMode:MULTI""Multi Shot"
-    "SigmaRaw:DriveMode:OFF""SigmaRaw:DriveMode:SINGLE""Single Shot""SigmaRaw:DriveMode:UP"
-    "Mirror Up""SigmaRaw:EvalState""Eval State""SigmaRaw:ExposureAdjust"
-    "SigmaRaw:ExposureCompensation""SigmaRaw:ExposureProgram""SigmaRaw:ExposureProgram:A"
-    "Aperture Priority""SigmaRaw:ExposureProgram:M""SigmaRaw:ExposureProgram:P""Program"
-    "SigmaRaw:ExposureProgram:S""Shutter Priority""SigmaRaw:ExposureTime""SigmaRaw:FNumber"
-    "SigmaRaw:FileVersion""File Version""SigmaRaw:FirmwareVersion""SigmaRaw:FlashExpComp"
-    "Flash Exp Comp""SigmaRaw:FlashMode""SigmaRaw:FlashPower""Flash Power""SigmaRaw:FlashTTLMode"
-    "Flash TTL Mode""SigmaRaw:FlashType""Flash Type""SigmaRaw:FocalLength"
-    "SigmaRaw:FocalLengthIn35mmFormat""SigmaRaw:Focus""SigmaRaw:Focus:AF""Auto-focus Locked"
-    "SigmaRaw:Focus:M""SigmaRaw:Focus:NO LOCK""Auto-focus Didn't Lock""SigmaRaw:FocusMode"
-    "SigmaRaw:GreenAdjust""Green Adjust""SigmaRaw:Highlight""SigmaRaw:ISO""SigmaRaw:ImageBoardID"
-    "Image Board ID""SigmaRaw:ImageHeight""SigmaRaw:ImageWidth""SigmaRaw:ImagerBoardID"
-    "Imager Board ID""SigmaRaw:IntegrationTime""Integration Time""SigmaRaw:JpgFromRaw""Jpg From Raw"
-    "SigmaRaw:LensApertureRange""SigmaRaw:LensFocalRange""SigmaRaw:LensType""SigmaRaw:LensType:1024"
-    "SigmaRaw:LensType:1025""SigmaRaw:LensType:1041""SigmaRaw:LensType:1042""SigmaRaw:LensType:1074"
-    "SigmaRaw:LensType:1088""SigmaRaw:LensType:1104""SigmaRaw:LensType:1121""SigmaRaw:LensType:1141"
-    "SigmaRaw:LensType:1142""SigmaRaw:LensType:1143""SigmaRaw:LensType:1155""SigmaRaw:LensType:1156"
-    "SigmaRaw:LensType:1157""SigmaRaw:LensType:1158""SigmaRaw:LensType:1284""SigmaRaw:LensType:1285"
-    "SigmaRaw:LensType:1286""SigmaRaw:LensType:1287""SigmaRaw:LensType:1288""SigmaRaw:LensType:1289"
-    "SigmaRaw:LensType:1296""SigmaRaw:LensType:1298""SigmaRaw:LensType:1299""SigmaRaw:LensType:1305"
-    "SigmaRaw:LensType:1312""SigmaRaw:LensType:1313""SigmaRaw:LensType:1319""SigmaRaw:LensType:1321"
-    "SigmaRaw:LensType:1349""SigmaRaw:LensType:1351""SigmaRaw:LensType:1352""SigmaRaw:LensType:1353"
-    "SigmaRaw:LensType:1382""SigmaRaw:LensType:1383""SigmaRaw:LensType:1384""SigmaRaw:LensType:1385"
-    "SigmaRaw:LensType:1393""SigmaRaw:LensType:1394""SigmaRaw:LensType:1398""SigmaRaw:LensType:1401"
-    "SigmaRaw:LensType:1408""SigmaRaw:LensType:1409""SigmaRaw:LensType:1410""SigmaRaw:LensType:1411"
-    "SigmaRaw:LensType:1416""SigmaRaw:LensType:1417""SigmaRaw:LensType:1428""SigmaRaw:LensType:1429"
-    "SigmaRaw:LensType:1431""SigmaRaw:LensType:1448""SigmaRaw:LensType:1449""SigmaRaw:LensType:1541"
-    "SigmaRaw:LensType:1587""SigmaRaw:LensType:1588""SigmaRaw:LensType:1589""SigmaRaw:LensType:16"
-    "SigmaRaw:LensType:16.1""SigmaRaw:LensType:16.2""SigmaRaw:LensType:1604""SigmaRaw:LensType:1625"
-    "SigmaRaw:LensType:1633""SigmaRaw:LensType:1635""SigmaRaw:LensType:1636"
-    "SigmaRaw:LensType:16385""SigmaRaw:LensType:16386""SigmaRaw:LensType:16387"
-    "SigmaRaw:LensType:1639""SigmaRaw:LensType:16390""SigmaRaw:LensType:16391"
-    "SigmaRaw:LensType:16392""SigmaRaw:LensType:16395""SigmaRaw:LensType:16396"
-    "SigmaRaw:LensType:16397""SigmaRaw:LensType:16399""SigmaRaw:LensType:1640"
-    "SigmaRaw:LensType:16400""SigmaRaw:LensType:16401""SigmaRaw:LensType:1641"
-    "SigmaRaw:LensType:1668""SigmaRaw:LensType:1670""SigmaRaw:LensType:1673""SigmaRaw:LensType:1680"
-    "SigmaRaw:LensType:1681""SigmaRaw:LensType:1682""SigmaRaw:LensType:1683""SigmaRaw:LensType:1801"
-    "SigmaRaw:LensType:1827""SigmaRaw:LensType:1829""SigmaRaw:LensType:1830""SigmaRaw:LensType:1831"
-    "SigmaRaw:LensType:1832""SigmaRaw:LensType:1833""SigmaRaw:LensType:1840""SigmaRaw:LensType:1843"
-    "SigmaRaw:LensType:1844""SigmaRaw:LensType:1845""SigmaRaw:LensType:1846""SigmaRaw:LensType:1847"
-    "SigmaRaw:LensType:1848""SigmaRaw:LensType:1856""SigmaRaw:LensType:1861""SigmaRaw:LensType:1911"
-    "SigmaRaw:LensType:1917""SigmaRaw:LensType:1925""SigmaRaw:LensType:1927""SigmaRaw:LensType:1929"
-    "SigmaRaw:LensType:1936""SigmaRaw:LensType:1939""SigmaRaw:LensType:1940""SigmaRaw:LensType:1941"
-    "SigmaRaw:LensType:2083""SigmaRaw:LensType:2084""SigmaRaw:LensType:2131""SigmaRaw:LensType:2145"
-    "SigmaRaw:LensType:2160""SigmaRaw:LensType:2165""SigmaRaw:LensType:2166""SigmaRaw:LensType:2169"
-    "SigmaRaw:LensType:2176""SigmaRaw:LensType:2178""SigmaRaw:LensType:2179""SigmaRaw:LensType:2180"
-    "SigmaRaw:LensType:2181""SigmaRaw:LensType:2182""SigmaRaw:LensType:2184""SigmaRaw:LensType:2192"
-    "SigmaRaw:LensType:22""SigmaRaw:LensType:2345""SigmaRaw:LensType:24577""SigmaRaw:LensType:24579"
-    "SigmaRaw:LensType:24581""SigmaRaw:LensType:24582""SigmaRaw:LensType:24593"
-    "SigmaRaw:LensType:24594""SigmaRaw:LensType:24595""SigmaRaw:LensType:24597"
-    "SigmaRaw:LensType:24599""SigmaRaw:LensType:24600""SigmaRaw:LensType:24602"
-    "SigmaRaw:LensType:24603""SigmaRaw:LensType:24608""SigmaRaw:LensType:24609"
-    "SigmaRaw:LensType:24611""SigmaRaw:LensType:24613""SigmaRaw:LensType:24614"
-    "SigmaRaw:LensType:24620""SigmaRaw:LensType:259""SigmaRaw:LensType:260""SigmaRaw:LensType:261"
-    "SigmaRaw:LensType:262""SigmaRaw:LensType:263""SigmaRaw:LensType:297""SigmaRaw:LensType:297.1"
-    "SigmaRaw:LensType:297.2""SigmaRaw:LensType:305""SigmaRaw:LensType:305.1"
-    "SigmaRaw:LensType:305.2""SigmaRaw:LensType:305.3""SigmaRaw:LensType:308""SigmaRaw:LensType:309"
-    "SigmaRaw:LensType:310""SigmaRaw:LensType:311""SigmaRaw:LensType:323""SigmaRaw:LensType:325"
-    "SigmaRaw:LensType:325.1""SigmaRaw:LensType:325.2""SigmaRaw:LensType:325.3"
-    "SigmaRaw:LensType:32773""SigmaRaw:LensType:32777""SigmaRaw:LensType:336""SigmaRaw:LensType:338"
-    "SigmaRaw:LensType:338.1""SigmaRaw:LensType:338.2""SigmaRaw:LensType:338.3"
-    "SigmaRaw:LensType:35072""SigmaRaw:LensType:357""SigmaRaw:LensType:361""SigmaRaw:LensType:387"
-    "SigmaRaw:LensType:388""SigmaRaw:LensType:389""SigmaRaw:LensType:404""SigmaRaw:LensType:405"
-    "SigmaRaw:LensType:4099""SigmaRaw:LensType:4100""SigmaRaw:LensType:4101""SigmaRaw:LensType:4102"
-    "SigmaRaw:LensType:4103""SigmaRaw:LensType:4104""SigmaRaw:LensType:4105"
-    "SigmaRaw:LensType:41216""SigmaRaw:LensType:512""SigmaRaw:LensType:513""SigmaRaw:LensType:514"
-    "SigmaRaw:LensType:515""SigmaRaw:LensType:516""SigmaRaw:LensType:517""SigmaRaw:LensType:528"
-    "SigmaRaw:LensType:576""SigmaRaw:LensType:598""SigmaRaw:LensType:599""SigmaRaw:LensType:600"
-    "SigmaRaw:LensType:601""SigmaRaw:LensType:624""SigmaRaw:LensType:625""SigmaRaw:LensType:768"
-    "SigmaRaw:LensType:769""SigmaRaw:LensType:770""SigmaRaw:LensType:784""SigmaRaw:LensType:785"
-    "SigmaRaw:LensType:800""SigmaRaw:LensType:801""SigmaRaw:LensType:816""SigmaRaw:LensType:832"
-    "SigmaRaw:LensType:837""SigmaRaw:LensType:838""SigmaRaw:LensType:848""SigmaRaw:Make"
-    "SigmaRaw:MarkBits""Mark Bits""SigmaRaw:MeteringMode""SigmaRaw:MeteringMode:8""8-segment"
-    "SigmaRaw:MeteringMode:A""SigmaRaw:MeteringMode:C""SigmaRaw:Model"
-    "SigmaRaw:NetExposureCompensation""Net Exposure Compensation""SigmaRaw:PreviewImage"
-    "Preview Image""SigmaRaw:Quality""SigmaRaw:Quality:HI""SigmaRaw:Quality:LOW"
-    "SigmaRaw:Quality:MED""SigmaRaw:RedAdjust""Red Adjust""SigmaRaw:Rotation""SigmaRaw:Saturation"
-    "SigmaRaw:SceneCaptureType""Scene Capture Type""SigmaRaw:SensorID""Sensor ID"
-    "SigmaRaw:SensorTemperature""SigmaRaw:SerialNumber""SigmaRaw:Shadow""SigmaRaw:Sharpness"
-    "SigmaRaw:ShutterSpeedDisplayed""Shutter Speed Displayed""SigmaRaw:Unused""SigmaRaw:VersionBF"
-    "Version BF""SigmaRaw:WhiteBalance""SigmaRaw:X3FillLight""低画质""取景类型""Zone d'autofocus"
-    "Ouverture affichée""Ajustement du bleu""Cliché en bracketing""Nom de l'appareil photo"
-    "Prise de vue unique""Priorité à l'ouverture""Priorité à l'obturateur"
-    "Version de format de fichier""Puissance du flash""Type de flash""Mise au point"
-    "Mise au point automatique verrouillée""Mise au point automatique non verrouillée"
-    "Ajustement du vert""Identifiant de la carte d'images""Temps d'intégration"
-    "Jpeg à partir des données RAW""Bits de marquage""8 segments""Compensation de l'exposition"
-    "Aperçu de l'image""Haute""Basse""Ajustement du rouge""Type de capture de scène"
-    "Identifiant du capteur""Vitesse d'obturation affichée""AF Bereich""AF in Fokus"
-    "Angezeigte Blende""Blau-Korrektur""Belichtungsreihen-Aufnahme""Selbstauslöser 10 s"
-    "Selbstauslöser 2 s""Belichtungsreihe""Dateiformatversion""Blitz TTL-Modus""Blitztyp"
-    "Schärfepriorität""Autofokus gesperrt""Autofokus nicht gesperrt""Grün-Korrektur"
-    "Jpg From Raw Bild""Net Belichtungskorrektur""Vorschaubild""Hoch""Rot-Korrektur"
-    "Szenenaufnahmetyp""Angezeigte Belichtungszeit""Diaframma mostrato""Nome fotocamera""Timer 10 s"
-    "Programma""Priorità otturatore""Versione file""Tipo di flash""JPG da raw""Immagine anteprima"
-    "Correzione rosso""Rotazione""Tipo cattura scena""ID sensore""Versione BF""AFエリア""１コマ撮影""プログラム"
-    "ファイル形式バージョン""フラッシュタイプ""フォーカス""プレビューイメージ""低画質""回転""シーンキャプチャタイプ""Versión Formato Archivo"
-    "Tipo Flash""Vista Previa""Rotación""Tipo Captura Escena";
+    "Regolazione Fine Bilanciamento Bianco" "AFエリアモード" "オートブラケット" "ドライブモード" "1コマ撮影" "連続撮影"
+    "ダイナミックレンジ拡大" "露出プログラム" "ノーマルプログラム" "絞り優先" "シャッター優先" "マニュアル" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置"
+    "顔6位置" "顔7位置" "顔8位置" "顔認識" "ファームウェアリビジョン" "フラッシュ露出補正" "フラッシュモード" "オート |\302\240オート、発光"
+    "オート、発光、赤目軽減" "オン、赤目軽減" "オート、発光無し" "フォーカスモード" "マルチAF" "無限遠" "ISO設定" "オート" "内部シリアル番号" "レンズシリアル番号"
+    "マクロ" "マクロモード" "メーカーノートタイプ" "マニュアルフラッシュ出力" "NDフィルター" "ノイズリダクション" "プレビューイメージ容量" "プレビューイメージ開始"
+    "高い彩度" "標準" "低い彩度" "黒＆白" "センサー高さ" "センサー幅" "シャープ" "ノーマル" "ソフト" "サムネイル画像" "タイムゾーン" "トーン効果" "セピア"
+    "赤" "緑" "青" "紫" "白黒" "ホワイトバランス" "Multi-P Auto |\302\240昼光" "ケルビン" "日陰" "昼光 |\302\240曇り"
+    "タングステン(白熱灯) |\302\240曇り" "Incandescent 1 |\302\240蛍光灯" "Incandescent 2 |\302\240マニュアル" "昼光色蛍光灯"
+    "白色蛍光灯" "Multi-pattern Auto |\302\240暖白光色蛍光灯" "ホワイトバランスファインチューン" "AF Modo Área"
+    "Temperatura Color Kelvin" "Alto Imágen Recortada" "Ancho Imágen Recortada" "Modo Entrada"
+    "Programa Exposición" "Programa normal" "Prioridad Apertura" "Prioridad obturador"
+    "Exposición manual" "Tamaño Area detección caras" "Caras Detectadas"
+    "Compensación Exposición Flash" "Modo Flash" "Apagado" "Auto, Fired |\302\240Automático"
+    "Encendido" "Modo Enfoque" "Ajuste ISO" "Número Serie Interno" "Número Serie Objetivo"
+    "Modo Macro" "Tipo Maker Note" "Completo" "Reducción Ruido" "Longitud Imagen Previa"
+    "Inicio Imagen Previa" "Alto" "Estándar" "Bajo" "Vívido" "Nitido" "Suave" "Rojo"
+    "Balance de Blancos" "Automático" "Luz de día |\302\240Multi-P Auto"
+    "Equilibrio del blanco manual" "Sombrío" "Luz de día |\302\240Nublado"
+    "Nublado |\302\240Tungsteno" "Flourescente |\302\240Incandescent 1"
+    "Equilibrio del blanco manual |\302\240Incandescent 2" "Fluorescente luz de día"
+    "Fluorescente blanco frío" "Fluorescente blanco cálido |\302\240Multi-pattern Auto"
+    "SR2SubIFDOffset" "SR2SubIFDLength" "SR2SubIFDKey" "SR2:SR2SubIFDKey" "SR2 Sub IFD Key"
+    "SR2:SR2SubIFDLength" "SR2 Sub IFD Length" "SR2:SR2SubIFDOffset" "SR2 Sub IFD Offset"
+    "Clé du SubIFD SR2" "Longueur du SubIFD SR2" "Décalage du SubIFD SR2" "SRF2Key" "DataKey"
+    "SRF6Offset" "SRFDataOffset" "RawDataOffset" "RawDataLength" "MaxApertureAtMaxFocal"
+    "MaxApertureAtMinFocal" "MinFocalLength" "MaxFocalLength" "WBRedDaylight" "WBGreenDaylight"
+    "WBBlueDaylight" "WBRedCloudy" "WBGreenCloudy" "WBBlueCloudy" "WBRedFluorescent"
+    "WBGreenFluorescent" "WBBlueFluorescent" "WBRedTungsten" "WBGreenTungsten" "WBBlueTungsten"
+    "WBRedFlash" "WBGreenFlash" "WBBlueFlash" "WBRedAsShot" "WBGreenAsShot" "WBBlueAsShot"
+    "SRF#:DataKey" "Data Key" "SRF#:MaxApertureAtMaxFocal" "Max Aperture At Max Focal"
+    "SRF#:MaxApertureAtMinFocal" "Max Aperture At Min Focal" "SRF#:MaxFocalLength"
+    "Max Focal Length" "SRF#:MinFocalLength" "Min Focal Length" "SRF#:RawDataLength"
+    "Raw Data Length" "SRF#:RawDataOffset" "Raw Data Offset" "SRF#:SRF2Key" "SRF2 Key"
+    "SRF#:SRF6Offset" "SRF6 Offset" "SRF#:SRFDataOffset" "SRF Data Offset" "SRF#:WBBlueAsShot"
+    "WB Blue As Shot" "SRF#:WBBlueCloudy" "WB Blue Cloudy" "SRF#:WBBlueDaylight" "WB Blue Daylight"
+    "SRF#:WBBlueFlash" "WB Blue Flash" "SRF#:WBBlueFluorescent" "WB Blue Fluorescent"
+    "SRF#:WBBlueTungsten" "WB Blue Tungsten" "SRF#:WBGreenAsShot" "WB Green As Shot"
+    "SRF#:WBGreenCloudy" "WB Green Cloudy" "SRF#:WBGreenDaylight" "WB Green Daylight"
+    "SRF#:WBGreenFlash" "WB Green Flash" "SRF#:WBGreenFluorescent" "WB Green Fluorescent"
+    "SRF#:WBGreenTungsten" "WB Green Tungsten" "SRF#:WBRedAsShot" "WB Red As Shot"
+    "SRF#:WBRedCloudy" "WB Red Cloudy" "SRF#:WBRedDaylight" "WB Red Daylight" "SRF#:WBRedFlash"
+    "WB Red Flash" "SRF#:WBRedFluorescent" "WB Red Fluorescent" "SRF#:WBRedTungsten"
+    "WB Red Tungsten" "Ouverture à la focale maxi" "Ouverture à la focale mini" "Focale maxi"
+    "Focale mini" "Décalage données RAW" "Größte Blende bei größter Brennweite"
+    "Größte Blende bei geringster Brennweite" "Größte Brennweite" "Kleinste Brennweite"
+    "RAW-Daten Länge" "RAW-Daten Offset" "Diaframma massimo alla focale massima"
+    "Diaframma massimo alla focale minima" "Lunghezza focale massima" "Lunghezza focale minima"
+    "Offset dati raw" "最大焦点時最大絞り" "最小焦点時最大絞り" "最大焦点距離" "最小焦点距離" "RAWデータオフセット"
+    "Apertura máxima a focal máxima" "Apertura máxima a focal mínima" "Longitud focal máxima"
+    "Longitud focal mínima" "ID" "MetadataID" "SVGVersion" "SVG:ID" "SVG:ImageHeight"
+    "SVG:ImageWidth" "SVG:MetadataID" "Metadata ID" "SVG:SVGVersion" "SVG Version" "SVG 版本"
+    "Version SVG" "Metadaten ID" "SVG-Version" "Versione SVG" "SVGバージョン" "UniqueID" "DualShotDummy"
+    "DepthMapWidth" "DepthMapHeight" "Quality" "Make" "ExposureTime" "ExposureCompensation"
+    "YawAngle" "PitchAngle" "RollAngle" "PictureWizardMode" "PictureWizardColor"
+    "PictureWizardSaturation" "PictureWizardSharpness" "PictureWizardContrast" "BeautyColorLevel"
+    "BeautyRetouchLevel" "BlurStrength" "BokehShape" "ColorpopStrength" "DepthHWHeight"
+    "DepthHWWidth" "DepthSWHeight" "DepthSWWidth" "DeviceOrientation" "EffectStrength" "EffectType"
+    "FlipStatus" "InputHeight" "InputWidth" "IsArtBokeh" "LensFacing" "MonoStrength"
+    "ObjectOrientation" "OutputHeight" "OutputWidth" "PerfMode" "SegHeight" "SegWidth"
+    "SidelightStrength" "SpinStrength" "VintageStrength" "ZoomStrength" "ThumbnailWidth"
+    "ThumbnailHeight" "ThumbnailLength" "ThumbnailOffset" "EmbeddedImage" "EmbeddedImage2"
+    "EmbeddedImageName" "EmbeddedAudioFile" "EmbeddedAudioFileName" "SurroundShotVideo"
+    "SurroundShotVideoName" "TimeStamp" "DualCameraImage" "DualCameraImageName" "EmbeddedVideoFile"
+    "EmbeddedVideoType" "MCCData" "DepthMapData" "DepthMapData2" "DepthMapName" "SingleShotDepthMap"
+    "DeviceType" "SamsungModelID" "SmartAlbumColor" "PictureWizard" "LocalLocationName"
+    "LocationName" "RawDataByteOrder" "WhiteBalanceSetup" "CameraTemperature" "RawDataCFAPattern"
+    "FaceDetect" "FaceRecognition" "FaceName" "FirmwareName" "LensType" "InternalLensSerialNumber"
+    "SensorAreas" "ColorSpace" "SmartRange" "FocalLengthIn35mmFormat" "EncryptionKey"
+    "WB_RGGBLevelsUncorrected" "WB_RGGBLevelsAuto" "WB_RGGBLevelsIlluminator1"
+    "WB_RGGBLevelsIlluminator2" "HighlightLinearityLimit" "WB_RGGBLevelsBlack" "ColorMatrix"
+    "ColorMatrixSRGB" "ColorMatrixAdobeRGB" "CbCrMatrixDefault" "CbCrMatrix" "CbCrGainDefault"
+    "CbCrGain" "ToneCurveSRGBDefault" "ToneCurveAdobeRGBDefault" "ToneCurveSRGB" "ToneCurveAdobeRGB"
+    "RawData" "Distortion" "ChromaticAberration" "VignettingCorrection" "VignettingSetting"
+    "Samsung_Type2_0xa055" "Samsung_Type2_0xa056" "Samsung_Type2_0xa057" "255" "202" "204" "206"
+    "208" "212" "213" "214" "216" "218" "219" "220" "221" "222" "226" "228" "230" "231" "232" "234"
+    "235" "238" "240" "242" "244" "246" "247" "248" "250" "257" "259" "260" "262" "266" "268" "270"
+    "272" "274" "276" "278" "280" "282" "283" "284" "286" "288" "289" "290" "292" "293" "294" "295"
+    "297" "302" "308" "310" "311" "312" "316" "330" "334" "338" "340" "342" "344" "346" "348" "350"
+    "352" "354" "356" "358" "360" "362" "363" "364" "365" "366" "368" "370" "372" "374" "376" "401"
+    "402" "404" "405" "410" "412" "413" "414" "415" "416" "417" "418" "419" "420" "421" "422" "424"
+    "425" "426" "427" "428" "429" "430" "431" "432" "434" "436" "437" "438" "440" "441" "450" "452"
+    "454" "455" "456" "457" "460" "466" "467" "470" "472" "502" "505" "510" "514" "515" "520" "525"
+    "528" "530" "537" "539" "540" "541" "542" "544" "545" "546" "547" "548" "549" "550" "552" "553"
+    "555" "602" "603" "604" "605" "606" "607" "608" "609" "610" "611" "612" "613" "614" "615" "616"
+    "617" "618" "619" "620" "621" "622" "623" "624" "625" "626" "627" "628" "629" "630" "631" "632"
+    "633" "634" "635" "636" "637" "638" "639" "640" "641" "642" "643" "645" "646" "647" "648" "649"
+    "650" "651" "652" "653" "654" "655" "657" "659" "702" "704" "706" "708" "710" "712" "714" "716"
+    "722" "724" "730" "732" "734" "736" "738" "740" "744" "746" "748" "750" "901" "4096" "8192"
+    "12288" "73728" "3145728" "16781340" "16781862" "16781875" "16781876" "16782092" "16782119"
+    "24121419" "24121422" "24121426" "24121429" "24122112" "24122115" "33558598" "33558600"
+    "33559313" "33559317" "33559326" "40899351" "44040219" "50331648" "60817432" "67112991"
+    "67112994" "67112997" "67113022" "67113025" "67113027" "67113738" "67113742" "67113747"
+    "77594645" "77599579" "83886080" "83890232" "83890234" "83890236" "83891006" "94371855"
+    "94371870" "100667446" "117445404" "655519746" "0 0" "65535" "14" "20" "21"
+    "Samsung:BeautyColorLevel" "Beauty Color Level" "Samsung:BeautyRetouchLevel"
+    "Beauty Retouch Level" "Samsung:BlurStrength" "Blur Strength" "Samsung:BokehShape" "Bokeh Shape"
+    "Samsung:CameraTemperature" "Camera Temperature" "Samsung:CbCrGain" "Cb Cr Gain"
+    "Samsung:CbCrGainDefault" "Cb Cr Gain Default" "Samsung:CbCrMatrix" "Cb Cr Matrix"
+    "Samsung:CbCrMatrixDefault" "Cb Cr Matrix Default" "Samsung:ChromaticAberration"
+    "Chromatic Aberration" "Samsung:ColorMatrix" "Color Matrix" "Samsung:ColorMatrixAdobeRGB"
+    "Color Matrix Adobe RGB" "Samsung:ColorMatrixSRGB" "Color Matrix SRGB" "Samsung:ColorSpace"
+    "Color Space" "Samsung:ColorSpace:0" "sRGB" "Samsung:ColorSpace:1" "Adobe RGB"
+    "Samsung:ColorpopStrength" "Colorpop Strength" "Samsung:DepthHWHeight" "Depth HW Height"
+    "Samsung:DepthHWWidth" "Depth HW Width" "Samsung:DepthMapData" "Depth Map Data"
+    "Samsung:DepthMapData2" "Depth Map Data 2" "Samsung:DepthMapHeight" "Depth Map Height"
+    "Samsung:DepthMapName" "Depth Map Name" "Samsung:DepthMapWidth" "Depth Map Width"
+    "Samsung:DepthSWHeight" "Depth SW Height" "Samsung:DepthSWWidth" "Depth SW Width"
+    "Samsung:DeviceOrientation" "Device Orientation" "Samsung:DeviceType" "Device Type"
+    "Samsung:DeviceType:12288" "HXM Video Camera" "Samsung:DeviceType:3145728" "SMX Video Camera"
+    "Samsung:DeviceType:4096" "Compact Digital Camera" "Samsung:DeviceType:73728" "Cell Phone"
+    "Samsung:DeviceType:8192" "High-end NX Camera" "Samsung:Distortion" "Samsung:DualCameraImage"
+    "Dual Camera Image" "Samsung:DualCameraImageName" "Dual Camera Image Name"
+    "Samsung:DualShotDummy" "Dual Shot Dummy" "Samsung:Effect" "Samsung:EffectStrength"
+    "Effect Strength" "Samsung:EffectType" "Effect Type" "Samsung:EmbeddedAudioFile"
+    "Embedded Audio File" "Samsung:EmbeddedAudioFileName" "Embedded Audio File Name"
+    "Samsung:EmbeddedImage" "Embedded Image" "Samsung:EmbeddedImage2" "Embedded Image 2"
+    "Samsung:EmbeddedImageName" "Embedded Image Name" "Samsung:EmbeddedVideoFile"
+    "Embedded Video File" "Samsung:EmbeddedVideoType" "Embedded Video Type" "Samsung:EncryptionKey"
+    "Encryption Key" "Samsung:ExposureCompensation" "Exposure Compensation" "Samsung:ExposureTime"
+    "Exposure Time" "Samsung:FNumber" "Samsung:FaceDetect" "Samsung:FaceDetect:0"
+    "Samsung:FaceDetect:1" "Samsung:FaceName" "Face Name" "Samsung:FaceRecognition"
+    "Face Recognition" "Samsung:FaceRecognition:0" "Samsung:FaceRecognition:1"
+    "Samsung:FirmwareName" "Firmware Name" "Samsung:FlipStatus" "Flip Status"
+    "Samsung:FocalLengthIn35mmFormat" "Focal Length In 35mm Format"
+    "Samsung:HighlightLinearityLimit" "Highlight Linearity Limit" "Samsung:ISO"
+    "Samsung:InputHeight" "Input Height" "Samsung:InputWidth" "Input Width"
+    "Samsung:InternalLensSerialNumber" "Internal Lens Serial Number" "Samsung:IsArtBokeh"
+    "Is Art Bokeh" "Samsung:LensFacing" "Lens Facing" "Samsung:LensFirmware" "Samsung:LensType"
+    "Lens Type" "Samsung:LensType:0" "Built-in or Manual Lens" "Samsung:LensType:1"
+    "Samsung NX 30mm F2 Pancake" "Samsung:LensType:10" "Samsung NX 45mm F1.8" "Samsung:LensType:11"
+    "Samsung NX 45mm F1.8 2D/3D" "Samsung:LensType:12" "Samsung NX 12-24mm F4-5.6 ED"
+    "Samsung:LensType:13" "Samsung NX 16-50mm F2-2.8 S ED OIS" "Samsung:LensType:14"
+    "Samsung NX 10mm F3.5 Fisheye" "Samsung:LensType:15"
+    "Samsung NX 16-50mm F3.5-5.6 Power Zoom ED OIS" "Samsung:LensType:2"
+    "Samsung NX 18-55mm F3.5-5.6 OIS" "Samsung:LensType:20" "Samsung NX 50-150mm F2.8 S ED OIS"
+    "Samsung:LensType:21" "Samsung NX 300mm F2.8 ED OIS" "Samsung:LensType:3"
+    "Samsung NX 50-200mm F4-5.6 ED OIS" "Samsung:LensType:4" "Samsung NX 20-50mm F3.5-5.6 ED"
+    "Samsung:LensType:5" "Samsung NX 20mm F2.8 Pancake" "Samsung:LensType:6"
+    "Samsung NX 18-200mm F3.5-6.3 ED OIS" "Samsung:LensType:7"
+    "Samsung NX 60mm F2.8 Macro ED OIS SSA" "Samsung:LensType:8" "Samsung NX 16mm F2.4 Pancake"
+    "Samsung:LensType:9" "Samsung NX 85mm F1.4 ED SSA" "Samsung:LocalLocationName"
+    "Local Location Name" "Samsung:LocationName" "Location Name" "Samsung:MCCData" "MCC Data"
+    "Samsung:MCCData:202" "Greece (202)" "Samsung:MCCData:204" "Netherlands (204)"
+    "Samsung:MCCData:206" "Belgium (206)" "Samsung:MCCData:208" "France (208)" "Samsung:MCCData:212"
+    "Monaco (212)" "Samsung:MCCData:213" "Andorra (213)" "Samsung:MCCData:214" "Spain (214)"
+    "Samsung:MCCData:216" "Hungary (216)" "Samsung:MCCData:218" "Bosnia & Herzegov. (218)"
+    "Samsung:MCCData:219" "Croatia (219)" "Samsung:MCCData:220" "Serbia (220)" "Samsung:MCCData:221"
+    "Kosovo (221)" "Samsung:MCCData:222" "Italy (222)" "Samsung:MCCData:226" "Romania (226)"
+    "Samsung:MCCData:228" "Switzerland (228)" "Samsung:MCCData:230" "Czech Rep. (230)"
+    "Samsung:MCCData:231" "Slovakia (231)" "Samsung:MCCData:232" "Austria (232)"
+    "Samsung:MCCData:234" "United Kingdom (234)" "Samsung:MCCData:235" "United Kingdom (235)"
+    "Samsung:MCCData:238" "Denmark (238)" "Samsung:MCCData:240" "Sweden (240)" "Samsung:MCCData:242"
+    "Norway (242)" "Samsung:MCCData:244" "Finland (244)" "Samsung:MCCData:246" "Lithuania (246)"
+    "Samsung:MCCData:247" "Latvia (247)" "Samsung:MCCData:248" "Estonia (248)" "Samsung:MCCData:250"
+    "Russian Federation (250)" "Samsung:MCCData:255" "Ukraine (255)" "Samsung:MCCData:257"
+    "Belarus (257)" "Samsung:MCCData:259" "Moldova (259)" "Samsung:MCCData:260" "Poland (260)"
+    "Samsung:MCCData:262" "Germany (262)" "Samsung:MCCData:266" "Gibraltar (266)"
+    "Samsung:MCCData:268" "Portugal (268)" "Samsung:MCCData:270" "Luxembourg (270)"
+    "Samsung:MCCData:272" "Ireland (272)" "Samsung:MCCData:274" "Iceland (274)"
+    "Samsung:MCCData:276" "Albania (276)" "Samsung:MCCData:278" "Malta (278)" "Samsung:MCCData:280"
+    "Cyprus (280)" "Samsung:MCCData:282" "Georgia (282)" "Samsung:MCCData:283" "Armenia (283)"
+    "Samsung:MCCData:284" "Bulgaria (284)" "Samsung:MCCData:286" "Turkey (286)"
+    "Samsung:MCCData:288" "Faroe Islands (288)" "Samsung:MCCData:289" "Abkhazia (289)"
+    "Samsung:MCCData:290" "Greenland (290)" "Samsung:MCCData:292" "San Marino (292)"
+    "Samsung:MCCData:293" "Slovenia (293)" "Samsung:MCCData:294" "Macedonia (294)"
+    "Samsung:MCCData:295" "Liechtenstein (295)" "Samsung:MCCData:297" "Montenegro (297)"
+    "Samsung:MCCData:302" "Canada (302)" "Samsung:MCCData:308" "St. Pierre & Miquelon (308)"
+    "Samsung:MCCData:310" "United States / Guam (310)" "Samsung:MCCData:311"
+    "United States / Guam (311)" "Samsung:MCCData:312" "United States (312)" "Samsung:MCCData:316"
+    "United States (316)" "Samsung:MCCData:330" "Puerto Rico (330)" "Samsung:MCCData:334"
+    "Mexico (334)" "Samsung:MCCData:338" "Jamaica (338)" "Samsung:MCCData:340"
+    "French Guiana / Guadeloupe / Martinique (340)" "Samsung:MCCData:342" "Barbados (342)"
+    "Samsung:MCCData:344" "Antigua and Barbuda (344)" "Samsung:MCCData:346" "Cayman Islands (346)"
+    "Samsung:MCCData:348" "British Virgin Islands (348)" "Samsung:MCCData:350" "Bermuda (350)"
+    "Samsung:MCCData:352" "Grenada (352)" "Samsung:MCCData:354" "Montserrat (354)"
+    "Samsung:MCCData:356" "Saint Kitts and Nevis (356)" "Samsung:MCCData:358" "Saint Lucia (358)"
+    "Samsung:MCCData:360" "St. Vincent & Gren. (360)" "Samsung:MCCData:362"
+    "Bonaire, Sint Eustatius and Saba / Curacao / Netherlands Antilles (362)" "Samsung:MCCData:363"
+    "Aruba (363)" "Samsung:MCCData:364" "Bahamas (364)" "Samsung:MCCData:365" "Anguilla (365)"
+    "Samsung:MCCData:366" "Dominica (366)" "Samsung:MCCData:368" "Cuba (368)" "Samsung:MCCData:370"
+    "Dominican Republic (370)" "Samsung:MCCData:372" "Haiti (372)" "Samsung:MCCData:374"
+    "Trinidad and Tobago (374)" "Samsung:MCCData:376"
+    "Turks and Caicos Islands / US Virgin Islands (376)" "Samsung:MCCData:400" "Azerbaijan (400)"
+    "Samsung:MCCData:401" "Kazakhstan (401)" "Samsung:MCCData:402" "Bhutan (402)"
+    "Samsung:MCCData:404" "India (404)" "Samsung:MCCData:405" "India (405)" "Samsung:MCCData:410"
+    "Pakistan (410)" "Samsung:MCCData:412" "Afghanistan (412)" "Samsung:MCCData:413"
+    "Sri Lanka (413)" "Samsung:MCCData:414" "Myanmar (Burma) (414)" "Samsung:MCCData:415"
+    "Lebanon (415)" "Samsung:MCCData:416" "Jordan (416)" "Samsung:MCCData:417"
+    "Syrian Arab Republic (417)" "Samsung:MCCData:418" "Iraq (418)" "Samsung:MCCData:419"
+    "Kuwait (419)" "Samsung:MCCData:420" "Saudi Arabia (420)" "Samsung:MCCData:421" "Yemen (421)"
+    "Samsung:MCCData:422" "Oman (422)" "Samsung:MCCData:424" "United Arab Emirates (424)"
+    "Samsung:MCCData:425" "Israel / Palestinian Territory (425)" "Samsung:MCCData:426"
+    "Bahrain (426)" "Samsung:MCCData:427" "Qatar (427)" "Samsung:MCCData:428" "Mongolia (428)"
+    "Samsung:MCCData:429" "Nepal (429)" "Samsung:MCCData:430" "United Arab Emirates (430)"
+    "Samsung:MCCData:431" "United Arab Emirates (431)" "Samsung:MCCData:432" "Iran (432)"
+    "Samsung:MCCData:434" "Uzbekistan (434)" "Samsung:MCCData:436" "Tajikistan (436)"
+    "Samsung:MCCData:437" "Kyrgyzstan (437)" "Samsung:MCCData:438" "Turkmenistan (438)"
+    "Samsung:MCCData:440" "Japan (440)" "Samsung:MCCData:441" "Japan (441)" "Samsung:MCCData:450"
+    "South Korea (450)" "Samsung:MCCData:452" "Viet Nam (452)" "Samsung:MCCData:454"
+    "Hongkong, China (454)" "Samsung:MCCData:455" "Macao, China (455)" "Samsung:MCCData:456"
+    "Cambodia (456)" "Samsung:MCCData:457" "Laos P.D.R. (457)" "Samsung:MCCData:460" "China (460)"
+    "Samsung:MCCData:466" "Taiwan (466)" "Samsung:MCCData:467" "North Korea (467)"
+    "Samsung:MCCData:470" "Bangladesh (470)" "Samsung:MCCData:472" "Maldives (472)"
+    "Samsung:MCCData:502" "Malaysia (502)" "Samsung:MCCData:505" "Australia (505)"
+    "Samsung:MCCData:510" "Indonesia (510)" "Samsung:MCCData:514" "Timor-Leste (514)"
+    "Samsung:MCCData:515" "Philippines (515)" "Samsung:MCCData:520" "Thailand (520)"
+    "Samsung:MCCData:525" "Singapore (525)" "Samsung:MCCData:528" "Brunei Darussalam (528)"
+    "Samsung:MCCData:530" "New Zealand (530)" "Samsung:MCCData:537" "Papua New Guinea (537)"
+    "Samsung:MCCData:539" "Tonga (539)" "Samsung:MCCData:540" "Solomon Islands (540)"
+    "Samsung:MCCData:541" "Vanuatu (541)" "Samsung:MCCData:542" "Fiji (542)" "Samsung:MCCData:544"
+    "American Samoa (544)" "Samsung:MCCData:545" "Kiribati (545)" "Samsung:MCCData:546"
+    "New Caledonia (546)" "Samsung:MCCData:547" "French Polynesia (547)" "Samsung:MCCData:548"
+    "Cook Islands (548)" "Samsung:MCCData:549" "Samoa (549)" "Samsung:MCCData:550"
+    "Micronesia (550)" "Samsung:MCCData:552" "Palau (552)" "Samsung:MCCData:553" "Tuvalu (553)"
+    "Samsung:MCCData:555" "Niue (555)" "Samsung:MCCData:602" "Egypt (602)" "Samsung:MCCData:603"
+    "Algeria (603)" "Samsung:MCCData:604" "Morocco (604)" "Samsung:MCCData:605" "Tunisia (605)"
+    "Samsung:MCCData:606" "Libya (606)" "Samsung:MCCData:607" "Gambia (607)" "Samsung:MCCData:608"
+    "Senegal (608)" "Samsung:MCCData:609" "Mauritania (609)" "Samsung:MCCData:610" "Mali (610)"
+    "Samsung:MCCData:611" "Guinea (611)" "Samsung:MCCData:612" "Ivory Coast (612)"
+    "Samsung:MCCData:613" "Burkina Faso (613)" "Samsung:MCCData:614" "Niger (614)"
+    "Samsung:MCCData:615" "Togo (615)" "Samsung:MCCData:616" "Benin (616)" "Samsung:MCCData:617"
+    "Mauritius (617)" "Samsung:MCCData:618" "Liberia (618)" "Samsung:MCCData:619"
+    "Sierra Leone (619)" "Samsung:MCCData:620" "Ghana (620)" "Samsung:MCCData:621" "Nigeria (621)"
+    "Samsung:MCCData:622" "Chad (622)" "Samsung:MCCData:623" "Central African Rep. (623)"
+    "Samsung:MCCData:624" "Cameroon (624)" "Samsung:MCCData:625" "Cape Verde (625)"
+    "Samsung:MCCData:626" "Sao Tome & Principe (626)" "Samsung:MCCData:627"
+    "Equatorial Guinea (627)" "Samsung:MCCData:628" "Gabon (628)" "Samsung:MCCData:629"
+    "Congo, Republic (629)" "Samsung:MCCData:630" "Congo, Dem. Rep. (630)" "Samsung:MCCData:631"
+    "Angola (631)" "Samsung:MCCData:632" "Guinea-Bissau (632)" "Samsung:MCCData:633"
+    "Seychelles (633)" "Samsung:MCCData:634" "Sudan (634)" "Samsung:MCCData:635" "Rwanda (635)"
+    "Samsung:MCCData:636" "Ethiopia (636)" "Samsung:MCCData:637" "Somalia (637)"
+    "Samsung:MCCData:638" "Djibouti (638)" "Samsung:MCCData:639" "Kenya (639)" "Samsung:MCCData:640"
+    "Tanzania (640)" "Samsung:MCCData:641" "Uganda (641)" "Samsung:MCCData:642" "Burundi (642)"
+    "Samsung:MCCData:643" "Mozambique (643)" "Samsung:MCCData:645" "Zambia (645)"
+    "Samsung:MCCData:646" "Madagascar (646)" "Samsung:MCCData:647" "Reunion (647)"
+    "Samsung:MCCData:648" "Zimbabwe (648)" "Samsung:MCCData:649" "Namibia (649)"
+    "Samsung:MCCData:650" "Malawi (650)" "Samsung:MCCData:651" "Lesotho (651)" "Samsung:MCCData:652"
+    "Botswana (652)" "Samsung:MCCData:653" "Swaziland (653)" "Samsung:MCCData:654" "Comoros (654)"
+    "Samsung:MCCData:655" "South Africa (655)" "Samsung:MCCData:657" "Eritrea (657)"
+    "Samsung:MCCData:659" "South Sudan (659)" "Samsung:MCCData:702" "Belize (702)"
+    "Samsung:MCCData:704" "Guatemala (704)" "Samsung:MCCData:706" "El Salvador (706)"
+    "Samsung:MCCData:708" "Honduras (708)" "Samsung:MCCData:710" "Nicaragua (710)"
+    "Samsung:MCCData:712" "Costa Rica (712)" "Samsung:MCCData:714" "Panama (714)"
+    "Samsung:MCCData:716" "Peru (716)" "Samsung:MCCData:722" "Argentina Republic (722)"
+    "Samsung:MCCData:724" "Brazil (724)" "Samsung:MCCData:730" "Chile (730)" "Samsung:MCCData:732"
+    "Colombia (732)" "Samsung:MCCData:734" "Venezuela (734)" "Samsung:MCCData:736" "Bolivia (736)"
+    "Samsung:MCCData:738" "Guyana (738)" "Samsung:MCCData:740" "Ecuador (740)" "Samsung:MCCData:744"
+    "Paraguay (744)" "Samsung:MCCData:746" "Suriname (746)" "Samsung:MCCData:748" "Uruguay (748)"
+    "Samsung:MCCData:750" "Falkland Islands (Malvinas) (750)" "Samsung:MCCData:901"
+    "International Networks / Satellite Networks (901)" "Samsung:Make" "Samsung:MakerNoteVersion"
+    "Samsung:Model" "Samsung:MonoStrength" "Mono Strength" "Samsung:ObjectOrientation"
+    "Object Orientation" "Samsung:OutputHeight" "Output Height" "Samsung:OutputWidth" "Output Width"
+    "Samsung:PerfMode" "Perf Mode" "Samsung:PictureWizard" "Picture Wizard"
+    "Samsung:PictureWizardColor" "Picture Wizard Color" "Samsung:PictureWizardContrast"
+    "Picture Wizard Contrast" "Samsung:PictureWizardMode" "Picture Wizard Mode"
+    "Samsung:PictureWizardMode:0" "Samsung:PictureWizardMode:1" "Samsung:PictureWizardMode:10"
+    "Custom2" "Samsung:PictureWizardMode:11" "Custom3" "Samsung:PictureWizardMode:2" "Portrait"
+    "Samsung:PictureWizardMode:255" "n/a" "Samsung:PictureWizardMode:3" "Landscape"
+    "Samsung:PictureWizardMode:4" "Forest" "Samsung:PictureWizardMode:5"
+    "Samsung:PictureWizardMode:6" "Samsung:PictureWizardMode:7" "Calm" "Samsung:PictureWizardMode:8"
+    "Classic" "Samsung:PictureWizardMode:9" "Custom1" "Samsung:PictureWizardSaturation"
+    "Picture Wizard Saturation" "Samsung:PictureWizardSharpness" "Picture Wizard Sharpness"
+    "Samsung:PitchAngle" "Pitch Angle" "Samsung:PreviewImageLength" "Samsung:PreviewImageStart"
+    "Samsung:Quality" "Samsung:RawData" "Raw Data" "Samsung:RawDataByteOrder" "Raw Data Byte Order"
+    "Samsung:RawDataByteOrder:0" "Little-endian (Intel, II)" "Samsung:RawDataByteOrder:1"
+    "Big-endian (Motorola, MM)" "Samsung:RawDataCFAPattern" "Raw Data CFA Pattern"
+    "Samsung:RawDataCFAPattern:0" "Unchanged" "Samsung:RawDataCFAPattern:1" "Swap"
+    "Samsung:RawDataCFAPattern:65535" "Roll" "Samsung:RollAngle" "Roll Angle"
+    "Samsung:SamsungModelID" "Samsung Model ID" "Samsung:SamsungModelID:100667446" "EX1"
+    "Samsung:SamsungModelID:117445404" "VLUU SH100, SH100" "Samsung:SamsungModelID:16781340" "NX10"
+    "Samsung:SamsungModelID:16781862" "HMX-S15BP" "Samsung:SamsungModelID:16781875" "HMX-Q10"
+    "Samsung:SamsungModelID:16781876" "HMX-H304" "Samsung:SamsungModelID:16782092" "NX100"
+    "Samsung:SamsungModelID:16782119" "NX11" "Samsung:SamsungModelID:24121419"
+    "ES65, ES67 / VLUU ES65, ES67 / SL50" "Samsung:SamsungModelID:24121422"
+    "ES70, ES71 / VLUU ES70, ES71 / SL600" "Samsung:SamsungModelID:24121426"
+    "ES73 / VLUU ES73 / SL605" "Samsung:SamsungModelID:24121429"
+    "ES25, ES27 / VLUU ES25, ES27 / SL45" "Samsung:SamsungModelID:24122112" "ES28 / VLUU ES28"
+    "Samsung:SamsungModelID:24122115" "ES74,ES75,ES78 / VLUU ES75,ES78"
+    "Samsung:SamsungModelID:33558598" "PL150 / VLUU PL150 / TL210 / PL151"
+    "Samsung:SamsungModelID:33558600" "PL100 / TL205 / VLUU PL100 / PL101"
+    "Samsung:SamsungModelID:33559313" "PL120,PL121 / VLUU PL120,PL121"
+    "Samsung:SamsungModelID:33559317" "PL170,PL171 / VLUUPL170,PL171"
+    "Samsung:SamsungModelID:33559326" "PL210, PL211 / VLUU PL210, PL211"
+    "Samsung:SamsungModelID:40899351" "PL20,PL21 / VLUU PL20,PL21" "Samsung:SamsungModelID:44040219"
+    "WP10 / VLUU WP10 / AQ100" "Samsung:SamsungModelID:50331648" "Various Models (0x3000000)"
+    "Samsung:SamsungModelID:60817432" "Various Models (0x3a00018)"
+    "Samsung:SamsungModelID:655519746" "SMX-C20N" "Samsung:SamsungModelID:67112991"
+    "ST1000 / ST1100 / VLUU ST1000 / CL65" "Samsung:SamsungModelID:67112994"
+    "ST550 / VLUU ST550 / TL225" "Samsung:SamsungModelID:67112997" "Various Models (0x4001025)"
+    "Samsung:SamsungModelID:67113022" "VLUU ST5500, ST5500, CL80" "Samsung:SamsungModelID:67113025"
+    "VLUU ST5000, ST5000, TL240" "Samsung:SamsungModelID:67113027" "ST70 / VLUU ST70 / ST71"
+    "Samsung:SamsungModelID:67113738" "Various Models (0x400130a)" "Samsung:SamsungModelID:67113742"
+    "ST90,ST91 / VLUU ST90,ST91" "Samsung:SamsungModelID:67113747" "VLUU ST95, ST95"
+    "Samsung:SamsungModelID:77594645" "VLUU ST60" "Samsung:SamsungModelID:77599579"
+    "ST30, ST65 / VLUU ST65 / ST67" "Samsung:SamsungModelID:83886080" "Various Models (0x5000000)"
+    "Samsung:SamsungModelID:83890232" "Various Models (0x5001038)" "Samsung:SamsungModelID:83890234"
+    "WB650 / VLUU WB650 / WB660" "Samsung:SamsungModelID:83890236" "WB600 / VLUU WB600 / WB610"
+    "Samsung:SamsungModelID:83891006" "WB150 / WB150F / WB152 / WB152F / WB151"
+    "Samsung:SamsungModelID:94371855" "WB5000 / HZ25W" "Samsung:SamsungModelID:94371870"
+    "WB5500 / VLUU WB5500 / HZ50W" "Samsung:Samsung_Type2_0xa055" "Samsung Type 2 0xa055"
+    "Samsung:Samsung_Type2_0xa056" "Samsung Type 2 0xa056" "Samsung:Samsung_Type2_0xa057"
+    "Samsung Type 2 0xa057" "Samsung:SegHeight" "Seg Height" "Samsung:SegWidth" "Seg Width"
+    "Samsung:SensorAreas" "Sensor Areas" "Samsung:SerialNumber" "Samsung:SidelightStrength"
+    "Sidelight Strength" "Samsung:SingleShotDepthMap" "Single Shot Depth Map"
+    "Samsung:SmartAlbumColor" "Smart Album Color" "Samsung:SmartAlbumColor:0"
+    "Samsung:SmartAlbumColor:0 0" "Samsung:SmartAlbumColor:1" "Samsung:SmartAlbumColor:2"
+    "Samsung:SmartAlbumColor:3" "Samsung:SmartAlbumColor:4" "Samsung:SmartAlbumColor:5" "Black"
+    "Samsung:SmartAlbumColor:6" "White" "Samsung:SmartAlbumColor:7" "Various" "Samsung:SmartRange"
+    "Smart Range" "Samsung:SmartRange:0" "Samsung:SmartRange:1" "Samsung:Software"
+    "Samsung:SpinStrength" "Spin Strength" "Samsung:SurroundShotVideo" "Surround Shot Video"
+    "Samsung:SurroundShotVideoName" "Surround Shot Video Name" "Samsung:ThumbnailHeight"
+    "Thumbnail Height" "Samsung:ThumbnailImage" "Samsung:ThumbnailLength" "Thumbnail Length"
+    "Samsung:ThumbnailOffset" "Thumbnail Offset" "Samsung:ThumbnailWidth" "Thumbnail Width"
+    "Samsung:TimeStamp" "Time Stamp" "Samsung:ToneCurveAdobeRGB" "Tone Curve Adobe RGB"
+    "Samsung:ToneCurveAdobeRGBDefault" "Tone Curve Adobe RGB Default" "Samsung:ToneCurveSRGB"
+    "Tone Curve SRGB" "Samsung:ToneCurveSRGBDefault" "Tone Curve SRGB Default" "Samsung:UniqueID"
+    "Unique ID" "Samsung:Vignetting" "Samsung:VignettingCorrection" "Vignetting Correction"
+    "Samsung:VignettingSetting" "Vignetting Setting" "Samsung:VintageStrength" "Vintage Strength"
+    "Samsung:WB_RGGBLevelsAuto" "WB RGGB Levels Auto" "Samsung:WB_RGGBLevelsBlack"
+    "WB RGGB Levels Black" "Samsung:WB_RGGBLevelsIlluminator1" "WB RGGB Levels Illuminator 1"
+    "Samsung:WB_RGGBLevelsIlluminator2" "WB RGGB Levels Illuminator 2"
+    "Samsung:WB_RGGBLevelsUncorrected" "WB RGGB Levels Uncorrected" "Samsung:WhiteBalanceSetup"
+    "White Balance Setup" "Samsung:WhiteBalanceSetup:0" "Samsung:WhiteBalanceSetup:1"
+    "Samsung:YawAngle" "Yaw Angle" "Samsung:ZoomStrength" "Zoom Strength" "色彩空间信息" "曝光偏差" "曝光时间"
+    "35 mm 换算镜头焦点距离" "未设置" "厂商" "图像质量" "Température de l'appareil photo" "Matrice des couleurs"
+    "Matrice de couleurs AdobeRVB" "Matrice de couleurs SRVB" "Espace colorimétrique" "sRVB"
+    "Adobe RVB" "Orientation de l'appareil" "Type d'appareil" "Caméra vidéo HXM" "Caméra vidéo SMX"
+    "Appareil photo numérique compact" "Téléphone portable" "Appareil photo NX haut de gamme"
+    "Décalage d'exposition" "Temps de pose" "Détection du visage" "Nom du visage"
+    "Reconnaissance faciale" "Nom du micrologiciel" "État du retournement"
+    "Longueur de focale équivalente à un film 35 mm" "Numéro de série de l'objectif interne"
+    "Type d'objectif" "Fabricant" "Non applicable" "Paysage" "Angle de tangage" "Qualité"
+    "Données RAW" "Angle de roulis" "Zones du capteur" "Couleur de l'album intelligent" "Jaune"
+    "Noir" "Blanc" "Divers" "Hauteur de la vignette" "Longueur de la vignette"
+    "Décalage de la vignette" "Horodateur" "ID unique" "Correction du vignettage"
+    "Réglages du vignettage" "Force du vintage" "Balance des blancs des niveaux RVVB automatiques"
+    "Balance des Blancs des niveaux RVVB noirs" "Kamera-Temperatur" "Farbabweichung" "Farb-Matrix"
+    "Farbraum" "Eingebettetes Bild" "Belichtungskorrektur" "Belichtungsdauer" "Gesichtserkennung"
+    "Brennweite in 35 mm-Kleinbildformat" "Objektivtyp" "Gerätehersteller" "Porträt"
+    "(nicht gesetzt)" "Landschaft" "Wald" "Qualität" "Raw-Daten" "RAW Daten Bytereihenfolge"
+    "Miniaturbild-Höhe" "Miniaturbild-Datenlänge" "Miniaturbild-Datenposition" "Miniaturbild-Breite"
+    "Zeitstempel" "Weißabgleich RGGB-Farbverteilung Auto" "Temperatura fotocamera" "Spazio colore"
+    "Compensazione esposizione" "Tempo esposizione" "Nome firmware"
+    "Lunghezza focale in formato 35mm" "Tipo obiettivo" "Nome località" "Costruttore" "n/d"
+    "Orizzontale" "Foresta" "Retrò" "Qualità" "Aree sensore" "Dimensioni miniatura"
+    "Offset miniatura" "Larghezza miniatura" "Marcatura oraria" "カメラ温度" "カラーマトリックス" "色空間" "露出補正値"
+    "露出時間" "35mmフイルム換算焦点距離" "レンズタイプ" "メーカー" "品質" "タイムスタンプ" "Temperatura Cámara" "Matriz de Color"
+    "Matriz de Color Adobe RGB" "Matriz de Color SRGB" "Espacio Color" "Compensación Exposición"
+    "Tiempo de Exposición" "Distancia Focal en Película de 35 mm" "Tipo Objetivo" "Marca" "Retrato"
+    "Paisaje" "Frío" "Calidad" "Marca de Tiempo" "FacePosition" "MakerNoteOffset" "SanyoThumbnail"
+    "SpecialMode" "SanyoQuality" "DigitalZoom" "SoftwareVersion" "PictInfo" "CameraID"
+    "SequentialShot" "WideRange" "ColorAdjustmentMode" "QuickShot" "SelfTimer" "VoiceMemo"
+    "RecordShutterRelease" "FlickerReduce" "OpticalZoomOn" "DigitalZoomOn" "LightSourceSpecial"
+    "Resaved" "SceneSelect" "ManualFocusDistance" "SequenceShotInterval" "DataDump" "256" "258"
+    "261" "263" "512" "513" "516" "517" "518" "519" "Sanyo:CameraID" "Camera ID"
+    "Sanyo:ColorAdjustmentMode" "Color Adjustment Mode" "Sanyo:ColorAdjustmentMode:0"
+    "Sanyo:ColorAdjustmentMode:1" "Sanyo:DataDump" "Data Dump" "Sanyo:DigitalZoom" "Digital Zoom"
+    "Sanyo:DigitalZoomOn" "Digital Zoom On" "Sanyo:DigitalZoomOn:0" "Sanyo:DigitalZoomOn:1"
+    "Sanyo:ExposureCompensation" "Sanyo:ExposureTime" "Sanyo:FNumber" "Sanyo:FacePosition"
+    "Face Position" "Sanyo:FacesDetected" "Sanyo:FlashMode" "Sanyo:FlashMode:0" "Sanyo:FlashMode:1"
+    "Force" "Sanyo:FlashMode:2" "Disabled" "Sanyo:FlashMode:3" "Red eye" "Sanyo:FlickerReduce"
+    "Flicker Reduce" "Sanyo:FlickerReduce:0" "Sanyo:FlickerReduce:1" "Sanyo:FocalLength" "Sanyo:ISO"
+    "Sanyo:LightSourceSpecial" "Light Source Special" "Sanyo:LightSourceSpecial:0"
+    "Sanyo:LightSourceSpecial:1" "Sanyo:Macro" "Sanyo:Macro:0" "Sanyo:Macro:1" "Sanyo:Macro:2"
+    "Sanyo:Macro:3" "Sanyo:Make" "Sanyo:MakerNoteOffset" "Maker Note Offset"
+    "Sanyo:ManualFocusDistance" "Manual Focus Distance" "Sanyo:Model" "Sanyo:OpticalZoomOn"
+    "Optical Zoom On" "Sanyo:OpticalZoomOn:0" "Sanyo:OpticalZoomOn:1" "Sanyo:PictInfo" "Pict Info"
+    "Sanyo:QuickShot" "Quick Shot" "Sanyo:QuickShot:0" "Sanyo:QuickShot:1"
+    "Sanyo:RecordShutterRelease" "Record Shutter Release" "Sanyo:RecordShutterRelease:0"
+    "Record while down" "Sanyo:RecordShutterRelease:1" "Press start, press stop" "Sanyo:Resaved"
+    "Sanyo:Resaved:0" "No" "Sanyo:Resaved:1" "Yes" "Sanyo:SanyoQuality" "Sanyo Quality"
+    "Sanyo:SanyoQuality:0" "Normal/Very Low" "Sanyo:SanyoQuality:1" "Normal/Low"
+    "Sanyo:SanyoQuality:2" "Normal/Medium Low" "Sanyo:SanyoQuality:256" "Fine/Very Low"
+    "Sanyo:SanyoQuality:257" "Fine/Low" "Sanyo:SanyoQuality:258" "Fine/Medium Low"
+    "Sanyo:SanyoQuality:259" "Fine/Medium" "Sanyo:SanyoQuality:260" "Fine/Medium High"
+    "Sanyo:SanyoQuality:261" "Fine/High" "Sanyo:SanyoQuality:262" "Fine/Very High"
+    "Sanyo:SanyoQuality:263" "Fine/Super High" "Sanyo:SanyoQuality:3" "Normal/Medium"
+    "Sanyo:SanyoQuality:4" "Normal/Medium High" "Sanyo:SanyoQuality:5" "Normal/High"
+    "Sanyo:SanyoQuality:512" "Super Fine/Very Low" "Sanyo:SanyoQuality:513" "Super Fine/Low"
+    "Sanyo:SanyoQuality:514" "Super Fine/Medium Low" "Sanyo:SanyoQuality:515" "Super Fine/Medium"
+    "Sanyo:SanyoQuality:516" "Super Fine/Medium High" "Sanyo:SanyoQuality:517" "Super Fine/High"
+    "Sanyo:SanyoQuality:518" "Super Fine/Very High" "Sanyo:SanyoQuality:519" "Super Fine/Super High"
+    "Sanyo:SanyoQuality:6" "Normal/Very High" "Sanyo:SanyoQuality:7" "Normal/Super High"
+    "Sanyo:SanyoThumbnail" "Sanyo Thumbnail" "Sanyo:SceneSelect" "Scene Select"
+    "Sanyo:SceneSelect:0" "Sanyo:SceneSelect:1" "Sport" "Sanyo:SceneSelect:2" "TV"
+    "Sanyo:SceneSelect:3" "Night" "Sanyo:SceneSelect:4" "User 1" "Sanyo:SceneSelect:5" "User 2"
+    "Sanyo:SceneSelect:6" "Lamp" "Sanyo:SelfTimer" "Self Timer" "Sanyo:SelfTimer:0"
+    "Sanyo:SelfTimer:1" "Sanyo:SequenceShotInterval" "Sequence Shot Interval"
+    "Sanyo:SequenceShotInterval:0" "5 frames/s" "Sanyo:SequenceShotInterval:1" "10 frames/s"
+    "Sanyo:SequenceShotInterval:2" "15 frames/s" "Sanyo:SequenceShotInterval:3" "20 frames/s"
+    "Sanyo:SequentialShot" "Sequential Shot" "Sanyo:SequentialShot:0" "None"
+    "Sanyo:SequentialShot:1" "Sanyo:SequentialShot:2" "Best" "Sanyo:SequentialShot:3"
+    "Adjust Exposure" "Sanyo:Software" "Sanyo:SoftwareVersion" "Software Version"
+    "Sanyo:SpecialMode" "Special Mode" "Sanyo:ThumbnailHeight" "Sanyo:ThumbnailLength"
+    "Sanyo:ThumbnailOffset" "Sanyo:ThumbnailWidth" "Sanyo:VoiceMemo" "Voice Memo"
+    "Sanyo:VoiceMemo:0" "Sanyo:VoiceMemo:1" "Sanyo:WhiteBalance" "Sanyo:WhiteBalance:0"
+    "Sanyo:WhiteBalance:1" "Daylight" "Sanyo:WhiteBalance:2" "Sanyo:WhiteBalance:3" "Fluorescent"
+    "Sanyo:WhiteBalance:4" "Tungsten" "Sanyo:WhiteBalance:5" "Sanyo:WideRange" "Wide Range"
+    "Sanyo:WideRange:0" "Sanyo:WideRange:1" "数码变焦" "夜景" "太阳光" "荧光" "白炽灯"
+    "Identifiant de l'appareil photo" "Dump de données" "Zoom numérique" "Position du visage"
+    "Flash Auto" "Flash forcé" "Flash yeux rouge" "Vue" "Note du fabricant Offset"
+    "Distance de mise au point manuelle" "Non" "Oui" "Sélection de la scène" "Nocturne"
+    "Utilisateur 1" "Utilisateur 2" "Lampe" "Minuteur" "Aucune" "Mode spécial" "Mémo vocal"
+    "Lumière du jour" "Fluorescente" "Tungstène (lumière incandescente)" "Kamera ID"
+    "Farbeinstellung Modus" "Daten-Dump" "Digital-Zoom" "Deaktiviert" "Rote-Augen-Reduzierung"
+    "Manuelle Fokusdistanz" "Nein" "Ja" "Nachtszene" "Selbstauslöser" "Reihenaufnahme" "Keine"
+    "Beste" "Spezialmodus" "Tageslicht" "Neonlicht" "Glühbirne" "ID fotocamera" "Zoom Digitale"
+    "Occhi rossi" "Messa a Fuoco Manuale" "Scatto veloce" "Premi start, premi stop" "Sì"
+    "Scena notturna" "Autoscatto" "10 frame/s" "Nessuno" "Luce del giorno"
+    "Tungsteno (luce incandescente)" "カメラID" "色調整モード" "データダンプ" "デジタルズーム" "デジタルズームオン" "フリッカー軽減"
+    "光源スペシャル" "メーカーノートオフセット" "マニュアルフォーカス距離" "光学ズームオン" "写真情報" "クイックショット" "レコードシャッターレリーズ" "予約" "いいえ"
+    "はい" "サンヨー品質" "サンヨーサムネイル" "シーン選択" "スポーツ" "テレビ" "ユーザー1" "ユーザー2" "ランプ" "セルフタイマー長"
+    "シーケンスショットインターバル" "シーケンシャルショット" "無し" "スタンダード" "ソフトウェアバージョン" "スペシャルモード" "ボイスメモ" "昼光" "蛍光灯"
+    "タングステン(白熱灯)" "ワイドレンジ" "Modo Ajuste Color" "Zoom Digital" "Zoom Digital Encendido" "Forzado"
+    "Ojos rojos" "Reducir Parpadeo" "Fuente Luz Especial" "Vista" "Offset Maker Note"
+    "Distancia Enfoque Manual" "Zoom Óptico Encendido" "Info Imagen" "Disparo Rápido"
+    "Soltar Obturador Grabación" "Grabar mientras se pulsa" "Pulsa para iniciar, pulsa para parar"
+    "Regrabado" "Si" "Calidad Sanyo" "Normal/Muy bajo" "Normal/Bajo" "Normal/Medio bajo"
+    "Fino/Muy bajo" "Fino/Bajo" "Fino/Medio bajo" "Fino/Medio" "Fino/Medio Alto" "Fino/Alto"
+    "Fino/Muy Alto" "Fino/Super Alto" "Normal/Medio" "Normal/Medio Alto" "Normal/Alto"
+    "Super Fino/Muy Bajo" "Super Fino/Bajo" "Super Fino/Medio Bajo" "Super Fino/Medio"
+    "Super Fino/Medio Alto" "Super Fino/Alto" "Super Fino/Muy Alto" "Super Fino/Super Alto"
+    "Normal/Muy Alto" "Normal/Super Alto" "Miniatura Sanyo" "Selección Escena" "Deporte" "Noche"
+    "Usuario 1" "Usuario 2" "Lámpara" "Temporizador Automático" "Intervalo Disparo Secuencial"
+    "5 cuadros/s" "10 cuadros/s" "15 cuadros/s" "20 cuadros/s" "Disparo Secuencial" "Ninguno"
+    "Mejor" "Ajustar Exposición" "Versión Software" "Modo Especial" "Notas Voz" "Luz de día"
+    "Flourescente" "Tungsteno" "Intervalo Extendido" "ResolutionMode" "AFMode" "FocusSetting"
+    "ExposureMode" "MeteringMode" "LensFocalRange" "ExposureAdjust" "Shadow" "Highlight"
+    "X3FillLight" "ColorAdjustment" "AdjustmentMode" "Firmware" "AutoBracket"
+    "ChrominanceNoiseReduction" "LuminanceNoiseReduction" "PreviewImageSize" "AFPoint" "FileFormat"
+    "Calibration" "LensMaxApertureRange" "ColorMode" "LensApertureRange" "ExposureTime2" "BurstShot"
+    "SensorTemperature" "PictureMode" "Firmware2" "DigitalFilter" "CameraCalibration"
+    "WB_RGBLevelsAuto" "WB_RGBLevelsDaylight" "WB_RGBLevelsShade" "WB_RGBLevelsOvercast"
+    "WB_RGBLevelsIncandescent" "WB_RGBLevelsFluorescent" "WB_RGBLevelsFlash" "WB_RGBLevelsCustom1"
+    "WB_RGBLevelsCustom2" "WB_RGBLevelsCustom3" "WB_RGBLevelsUnknown0" "WB_RGBLevelsUnknown1"
+    "WB_RGBLevelsUnknown2" "WB_RGBLevelsUnknown3" "WB_RGBLevelsUnknown4" "WB_RGBLevelsUnknown5"
+    "WB_RGBLevelsUnknown6" "WB_RGBLevelsUnknown7" "WB_RGBLevelsUnknown8" "WB_RGBLevelsUnknown9" "A"
+    "S" "16.1" "16.2" "22" "297.1" "297.2" "305" "305.1" "305.2" "305.3" "309" "323" "325" "325.1"
+    "325.2" "325.3" "336" "338.1" "338.2" "338.3" "357" "361" "387" "388" "389" "576" "598" "599"
+    "600" "601" "768" "769" "770" "784" "785" "801" "816" "832" "837" "838" "848" "1024" "1025"
+    "1041" "1042" "1074" "1088" "1104" "1121" "1141" "1142" "1143" "1155" "1156" "1157" "1158"
+    "1284" "1285" "1286" "1287" "1288" "1289" "1296" "1298" "1299" "1305" "1312" "1313" "1319"
+    "1321" "1349" "1351" "1352" "1353" "1382" "1383" "1384" "1385" "1393" "1394" "1398" "1401"
+    "1408" "1409" "1410" "1411" "1416" "1417" "1428" "1429" "1431" "1448" "1449" "1541" "1587"
+    "1588" "1589" "1604" "1625" "1633" "1635" "1636" "1639" "1640" "1641" "1668" "1670" "1673"
+    "1680" "1681" "1682" "1683" "1801" "1827" "1829" "1830" "1831" "1832" "1833" "1840" "1843"
+    "1844" "1845" "1846" "1847" "1848" "1856" "1861" "1911" "1917" "1925" "1927" "1929" "1936"
+    "1939" "1940" "1941" "2083" "2084" "2131" "2145" "2160" "2165" "2166" "2169" "2176" "2178"
+    "2179" "2180" "2181" "2182" "2184" "2192" "2345" "4099" "4100" "4101" "4102" "4103" "4104"
+    "4105" "16385" "16386" "16387" "16390" "16391" "16392" "16395" "16396" "16397" "16399" "16400"
+    "16401" "24577" "24579" "24581" "24582" "24593" "24594" "24595" "24597" "24599" "24600" "24602"
+    "24603" "24608" "24609" "24611" "24613" "24614" "24620" "32773" "32777" "35072" "41216"
+    "Sigma:AFMode" "AF Mode" "Sigma:AFPoint" "AF Point" "Sigma:AdjustmentMode" "Adjustment Mode"
+    "Sigma:AutoBracket" "Auto Bracket" "Sigma:BurstShot" "Burst Shot" "Sigma:Calibration"
+    "Sigma:CameraCalibration" "Camera Calibration" "Sigma:ChrominanceNoiseReduction"
+    "Chrominance Noise Reduction" "Sigma:ColorAdjustment" "Color Adjustment" "Sigma:ColorMode"
+    "Color Mode" "Sigma:ColorMode:0" "Sigma:ColorMode:1" "Sigma:ColorMode:2" "Sigma:ColorMode:3"
+    "Sigma:ColorMode:4" "Sigma:ColorMode:5" "Neutral" "Sigma:ColorMode:6" "Sigma:ColorMode:7"
+    "Sigma:ColorMode:8" "FOV Classic Blue" "Sigma:ColorSpace" "Sigma:Contrast" "Sigma:DigitalFilter"
+    "Digital Filter" "Sigma:DriveMode" "Sigma:ExposureAdjust" "Exposure Adjust"
+    "Sigma:ExposureCompensation" "Sigma:ExposureMode" "Exposure Mode" "Sigma:ExposureMode:A"
+    "Sigma:ExposureMode:M" "Sigma:ExposureMode:P" "Sigma:ExposureMode:S" "Sigma:ExposureTime"
+    "Sigma:ExposureTime2" "Exposure Time 2" "Sigma:FNumber" "Sigma:FileFormat" "File Format"
+    "Sigma:Firmware" "Sigma:Firmware2" "Firmware 2" "Sigma:FlashExposureComp" "Sigma:FocusSetting"
+    "Focus Setting" "Sigma:Highlight" "Sigma:ISO" "Sigma:LensApertureRange" "Lens Aperture Range"
+    "Sigma:LensFocalRange" "Lens Focal Range" "Sigma:LensMaxApertureRange" "Lens Max Aperture Range"
+    "Sigma:LensType" "Sigma:LensType:1024" "Sigma 19mm F2.8 EX DN" "Sigma:LensType:1025"
+    "Sigma 24mm F1.4 DG HSM | A" "Sigma:LensType:1041" "Sigma 20mm F1.8 EX DG ASP RF"
+    "Sigma:LensType:1042" "Sigma 20mm F1.4 DG HSM | A" "Sigma:LensType:1074"
+    "Sigma 24mm F1.8 EX DG ASP Macro" "Sigma:LensType:1088" "Sigma 28mm F1.8 EX DG ASP Macro"
+    "Sigma:LensType:1104" "Sigma 14mm F1.8 DH HSM | A" "Sigma:LensType:1121"
+    "Sigma 14mm F2.8 EX ASP HSM" "Sigma:LensType:1141" "Sigma 15mm F2.8 EX Diagonal FishEye"
+    "Sigma:LensType:1142" "Sigma 15mm F2.8 EX DG Diagonal Fisheye" "Sigma:LensType:1143"
+    "Sigma 10mm F2.8 EX DC HSM Fisheye" "Sigma:LensType:1155" "Sigma 8mm F4 EX Circular Fisheye"
+    "Sigma:LensType:1156" "Sigma 8mm F4 EX DG Circular Fisheye" "Sigma:LensType:1157"
+    "Sigma 8mm F3.5 EX DG Circular Fisheye" "Sigma:LensType:1158"
+    "Sigma 4.5mm F2.8 EX DC HSM Circular Fisheye" "Sigma:LensType:1284"
+    "Sigma 70-300mm F4-5.6 Macro Super" "Sigma:LensType:1285"
+    "Sigma APO 70-300mm F4-5.6 Macro Super" "Sigma:LensType:1286"
+    "Sigma 70-300mm F4-5.6 APO Macro Super II" "Sigma:LensType:1287"
+    "Sigma 70-300mm F4-5.6 DL Macro Super II" "Sigma:LensType:1288"
+    "Sigma 70-300mm F4-5.6 DG APO Macro" "Sigma:LensType:1289" "Sigma 70-300mm F4-5.6 DG Macro"
+    "Sigma:LensType:1296" "Sigma 17-35 F2.8-4 EX DG ASP" "Sigma:LensType:1298"
+    "Sigma 15-30mm F3.5-4.5 EX DG ASP DF" "Sigma:LensType:1299" "Sigma 20-40mm F2.8 EX DG"
+    "Sigma:LensType:1305" "Sigma 17-35 F2.8-4 EX ASP HSM" "Sigma:LensType:1312"
+    "Sigma 100-300mm F4.5-6.7 DL" "Sigma:LensType:1313" "Sigma 18-50mm F3.5-5.6 DC Macro"
+    "Sigma:LensType:1319" "Sigma 100-300mm F4 EX IF HSM" "Sigma:LensType:1321"
+    "Sigma 120-300mm F2.8 EX HSM IF APO" "Sigma:LensType:1349" "Sigma 28-70mm F2.8 EX ASP DF"
+    "Sigma:LensType:1351" "Sigma 24-60mm F2.8 EX DG" "Sigma:LensType:1352"
+    "Sigma 24-70mm F2.8 EX DG Macro" "Sigma:LensType:1353" "Sigma 28-70mm F2.8 EX DG"
+    "Sigma:LensType:1382" "Sigma 70-200mm F2.8 EX IF APO" "Sigma:LensType:1383"
+    "Sigma 70-200mm F2.8 EX IF HSM APO" "Sigma:LensType:1384" "Sigma 70-200mm F2.8 EX DG IF HSM APO"
+    "Sigma:LensType:1385" "Sigma 70-200 F2.8 EX DG HSM APO Macro" "Sigma:LensType:1393"
+    "Sigma 24-70mm F2.8 IF EX DG HSM" "Sigma:LensType:1394" "Sigma 70-300mm F4-5.6 DG OS"
+    "Sigma:LensType:1398" "Sigma 24-70mm F2.8 DG OS HSM | A" "Sigma:LensType:1401"
+    "Sigma 70-200mm F2.8 EX DG HSM APO Macro" "Sigma:LensType:1408" "Sigma 18-50mm F2.8 EX DC"
+    "Sigma:LensType:1409" "Sigma 18-50mm F2.8 EX DC Macro" "Sigma:LensType:1410"
+    "Sigma 18-50mm F2.8 EX DC HSM Macro" "Sigma:LensType:1411" "Sigma 17-50mm F2.8 EX DC OS HSM"
+    "Sigma:LensType:1416" "Sigma 24-35mm F2 DG HSM | A" "Sigma:LensType:1417"
+    "Sigma APO 70-200mm F2.8 EX DG OS HSM" "Sigma:LensType:1428"
+    "Sigma 300-800mm F5.6 EX HSM IF APO" "Sigma:LensType:1429" "Sigma 300-800mm F5.6 EX DG APO HSM"
+    "Sigma:LensType:1431" "Sigma 200-500mm F2.8 APO EX DG" "Sigma:LensType:1448"
+    "Sigma 70-300mm F4-5.6 APO DG Macro (Motorized)" "Sigma:LensType:1449"
+    "Sigma 70-300mm F4-5.6 DG Macro (Motorized)" "Sigma:LensType:1541"
+    "Sigma 24-70mm F3.5-5.6 ASP HF" "Sigma:LensType:1587" "Sigma 28-70mm F2.8-4 HS"
+    "Sigma:LensType:1588" "Sigma 28-70mm F2.8-4 DG" "Sigma:LensType:1589"
+    "Sigma 24-105mm F4 DG OS HSM | A" "Sigma:LensType:16" "Sigma 50mm F2.8 EX DG MACRO"
+    "Sigma:LensType:16.1" "Sigma 70mm F2.8 EX DG Macro" "Sigma:LensType:16.2"
+    "Sigma 105mm F2.8 EX DG Macro" "Sigma:LensType:1604" "Sigma 28-80mm F3.5-5.6 ASP HF Macro"
+    "Sigma:LensType:1625" "Sigma 28-80mm F3.5-5.6 Mini Zoom Macro II ASP" "Sigma:LensType:1633"
+    "Sigma 28-105mm F2.8-4 IF ASP" "Sigma:LensType:1635" "Sigma 28-105mm F3.8-5.6 IF UC-III ASP"
+    "Sigma:LensType:1636" "Sigma 28-105mm F2.8-4 IF DG ASP" "Sigma:LensType:16385"
+    "Lumix S 24-105mm F4 Macro OIS (S-R24105)" "Sigma:LensType:16386"
+    "Lumix S 70-200mm F4 OIS (S-R70200)" "Sigma:LensType:16387" "Lumix S 50mm F1.4 (S-X50)"
+    "Sigma:LensType:1639" "Sigma 24-135mm F2.8-4.5 IF ASP" "Sigma:LensType:16390"
+    "Lumix S 24-70mm F2.8 (S-E2470)" "Sigma:LensType:16391" "Lumix S 16-35mm F4 (S-R1635)"
+    "Sigma:LensType:16392" "Lumix S 70-200mm F2.8 OIS (S-E70200)" "Sigma:LensType:16395"
+    "Lumix S 20-60mm F3.5-5.6 (S-R2060)" "Sigma:LensType:16396" "Lumix S 85mm F1.8 (S-S85)"
+    "Sigma:LensType:16397" "Lumix S 70-300 F4.5-5.6 Macro OIS (S-R70300)" "Sigma:LensType:16399"
+    "Lumix S 24mm F1.8 (S-S24)" "Sigma:LensType:1640" "Sigma 17-70mm F2.8-4 DC Macro OS HSM"
+    "Sigma:LensType:16400" "Lumix S 35mm F1.8 (S-S35)" "Sigma:LensType:16401"
+    "LUMIX S 18mm F1.8 (S-S18)" "Sigma:LensType:1641" "Sigma 17-70mm F2.8-4.5 DC HSM Macro"
+    "Sigma:LensType:1668" "Sigma 55-200mm F4-5.6 DC" "Sigma:LensType:1670"
+    "Sigma 50-200mm F4-5.6 DC OS HSM" "Sigma:LensType:1673" "Sigma 17-70mm F2.8-4.5 DC Macro"
+    "Sigma:LensType:1680" "Sigma 50-150mm F2.8 EX DC HSM APO" "Sigma:LensType:1681"
+    "Sigma 50-150mm F2.8 EX DC APO HSM II" "Sigma:LensType:1682"
+    "Sigma APO 50-150mm F2.8 EX DC OS HSM" "Sigma:LensType:1683" "Sigma 50-100mm F1.8 DC HSM | A"
+    "Sigma:LensType:1801" "Sigma 28-135mm F3.8-5.6 IF ASP Macro" "Sigma:LensType:1827"
+    "Sigma 135-400mm F4.5-5.6 ASP APO" "Sigma:LensType:1829" "Sigma 80-400mm F4.5-5.6 EX OS"
+    "Sigma:LensType:1830" "Sigma 80-400mm F4.5-5.6 EX DG OS APO" "Sigma:LensType:1831"
+    "Sigma 135-400mm F4.5-5.6 DG ASP APO" "Sigma:LensType:1832"
+    "Sigma 120-400mm F4.5-5.6 DG APO OS HSM" "Sigma:LensType:1833"
+    "Sigma 100-400mm F5-6.3 DG OS HSM | C" "Sigma:LensType:1840"
+    "Sigma 60-600mm F4.5-6.3 DG OS HSM | S" "Sigma:LensType:1843" "Sigma 170-500mm F5-6.3 ASP APO"
+    "Sigma:LensType:1844" "Sigma 170-500mm F5-6.3 DG ASP APO" "Sigma:LensType:1845"
+    "Sigma 50-500mm F4-6.3 EX RF HSM APO" "Sigma:LensType:1846"
+    "Sigma 50-500mm F4-6.3 EX DG HSM APO" "Sigma:LensType:1847"
+    "Sigma 150-500mm F5-6.3 APO DG OS HSM" "Sigma:LensType:1848"
+    "Sigma 50-500mm F4.5-6.3 APO DG OS HSM" "Sigma:LensType:1856"
+    "Sigma 150-600mm F5-6.3 DG OS HSM | S" "Sigma:LensType:1861"
+    "Sigma 150-600mm F5-6.3 DG OS HSM | C" "Sigma:LensType:1911" "Sigma 18-200mm F3.5-6.3 DC"
+    "Sigma:LensType:1917" "Sigma 18-200mm F3.5-6.3 DC (Motorized)" "Sigma:LensType:1925"
+    "Sigma 28-200mm F3.5-5.6 DL ASP IF HZM Macro" "Sigma:LensType:1927"
+    "Sigma 28-200mm F3.5-5.6 Compact ASP HZ Macro" "Sigma:LensType:1929"
+    "Sigma 18-125mm F3.5-5.6 DC" "Sigma:LensType:1936" "Sigma 28-300mm F3.5-6.3 DL ASP IF HZM"
+    "Sigma:LensType:1939" "Sigma 28-300mm F3.5-6.3 Macro" "Sigma:LensType:1940"
+    "Sigma 28-200mm F3.5-5.6 DG Compact ASP HZ Macro" "Sigma:LensType:1941"
+    "Sigma 28-300mm F3.5-6.3 DG Macro" "Sigma:LensType:2083" "Sigma 1.4X TC EX APO"
+    "Sigma:LensType:2084" "Sigma 1.4X Teleconverter EX APO DG" "Sigma:LensType:2131"
+    "Sigma 18-125mm F3.8-5.6 DC OS HSM" "Sigma:LensType:2145" "Sigma 18-50mm F2.8-4.5 DC OS HSM"
+    "Sigma:LensType:2160" "Sigma 2.0X Teleconverter TC-2001" "Sigma:LensType:2165"
+    "Sigma 2.0X TC EX APO" "Sigma:LensType:2166" "Sigma 2.0X Teleconverter EX APO DG"
+    "Sigma:LensType:2169" "Sigma 1.4X Teleconverter TC-1401" "Sigma:LensType:2176"
+    "Sigma 18-250mm F3.5-6.3 DC OS HSM" "Sigma:LensType:2178" "Sigma 18-200mm F3.5-6.3 II DC OS HSM"
+    "Sigma:LensType:2179" "Sigma 18-250mm F3.5-6.3 DC Macro OS HSM" "Sigma:LensType:2180"
+    "Sigma 17-70mm F2.8-4 DC OS HSM Macro | C" "Sigma:LensType:2181"
+    "Sigma 18-200mm F3.5-6.3 DC OS HSM Macro | C" "Sigma:LensType:2182"
+    "Sigma 18-300mm F3.5-6.3 DC OS HSM Macro | C" "Sigma:LensType:2184"
+    "Sigma 18-200mm F3.5-6.3 DC OS" "Sigma:LensType:2192" "Sigma Mount Converter MC-11"
+    "Sigma:LensType:22" "Sigma 18-50mm F3.5-5.6 DC" "Sigma:LensType:2345" "Sigma 60mm F2.8 DN | A"
+    "Sigma:LensType:24577" "Sigma:LensType:24579" "Sigma 45mm F2.8 DG DN | C" "Sigma:LensType:24581"
+    "Sigma 14-24mm F2.8 DG DN | A" "Sigma:LensType:24582" "Sigma 50mm F1.4 DG HSM | A"
+    "Sigma:LensType:24593" "Sigma 24-70mm F2.8 DG DN | A" "Sigma:LensType:24594"
+    "Sigma 100-400mm F5-6.3 DG DN OS | C" "Sigma:LensType:24595"
+    "Sigma 100-400mm F5-6.3 DG DN OS | C + TC-1411" "Sigma:LensType:24597"
+    "Sigma 85mm F1.4 DG DN | A" "Sigma:LensType:24599" "Sigma 65mm F2 DG DN | C"
+    "Sigma:LensType:24600" "Sigma 35mm F2 DG DN | C" "Sigma:LensType:24602"
+    "Sigma 28-70mm F2.8 DG DN | C" "Sigma:LensType:24603" "Sigma 150-600mm F5-6.3 DG DN OS | S"
+    "Sigma:LensType:24608" "Sigma 35mm F1.4 DG DN | A" "Sigma:LensType:24609"
+    "Sigma 90mm F2.8 DG DN | C" "Sigma:LensType:24611" "Sigma 20mm F2 DG DN | C"
+    "Sigma:LensType:24613" "Sigma 20mm F1.4 DG DN | A" "Sigma:LensType:24614"
+    "Sigma 24mm F1.4 DG DN | A" "Sigma:LensType:24620" "Sigma 50mm F1.4 DG DN | A (2023)"
+    "Sigma:LensType:259" "Sigma 180mm F3.5 EX IF HSM APO Macro" "Sigma:LensType:260"
+    "Sigma 150mm F2.8 EX DG HSM APO Macro" "Sigma:LensType:261"
+    "Sigma 180mm F3.5 EX DG HSM APO Macro" "Sigma:LensType:262"
+    "Sigma 150mm F2.8 EX DG OS HSM APO Macro" "Sigma:LensType:263"
+    "Sigma 180mm F2.8 EX DG OS HSM APO Macro" "Sigma:LensType:297" "Sigma Lens (0x129)"
+    "Sigma:LensType:297.1" "Sigma 14mm F2.8 EX Aspherical" "Sigma:LensType:297.2" "Sigma 30mm F1.4"
+    "Sigma:LensType:305" "Sigma Lens (0x131)" "Sigma:LensType:305.1" "Sigma:LensType:305.2"
+    "Sigma 70-200mm F2.8 APO EX HSM" "Sigma:LensType:305.3" "Sigma 120-300mm F2.8 APO EX IF HSM"
+    "Sigma:LensType:308" "Sigma 100-300mm F4 EX DG HSM APO" "Sigma:LensType:309"
+    "Sigma 120-300mm F2.8 EX DG HSM APO" "Sigma:LensType:310"
+    "Sigma 120-300mm F2.8 EX DG OS HSM APO" "Sigma:LensType:311"
+    "Sigma 120-300mm F2.8 DG OS HSM | S" "Sigma:LensType:323" "Sigma 600mm F8 Mirror"
+    "Sigma:LensType:325" "Sigma Lens (0x145)" "Sigma:LensType:325.1"
+    "Sigma 15-30mm F3.5-4.5 EX DG Aspherical" "Sigma:LensType:325.2" "Sigma 18-50mm F2.8 EX DG"
+    "Sigma:LensType:325.3" "Sigma:LensType:32773" "Sigma 35mm F1.4 DG HSM | A"
+    "Sigma:LensType:32777" "Sigma 18-35mm F1.8 DC HSM | A" "Sigma:LensType:336"
+    "Sigma 30mm F1.4 DC HSM" "Sigma:LensType:338" "Sigma Lens (0x152)" "Sigma:LensType:338.1"
+    "Sigma APO 800mm F5.6 EX DG HSM" "Sigma:LensType:338.2" "Sigma 12-24mm F4.5-5.6 EX DG ASP HSM"
+    "Sigma:LensType:338.3" "Sigma 10-20mm F4-5.6 EX DC HSM" "Sigma:LensType:35072"
+    "Sigma:LensType:357" "Sigma 70-200mm F2.8 EX" "Sigma:LensType:361" "Sigma:LensType:387"
+    "Sigma 500mm F4.5 EX HSM APO" "Sigma:LensType:388" "Sigma 500mm F4.5 EX DG HSM APO"
+    "Sigma:LensType:389" "Sigma 500mm F4 DG OS HSM | S" "Sigma:LensType:404"
+    "Sigma 300mm F2.8 EX HSM APO" "Sigma:LensType:405" "Sigma 300mm F2.8 EX DG HSM APO"
+    "Sigma:LensType:4099" "Sigma 19mm F2.8" "Sigma:LensType:4100" "Sigma 30mm F2.8"
+    "Sigma:LensType:4101" "Sigma 50mm F2.8 Macro" "Sigma:LensType:4102" "Sigma:LensType:4103"
+    "Sigma:LensType:4104" "Sigma:LensType:4105" "Sigma 14mm F4" "Sigma:LensType:41216"
+    "Sigma 24-70mm F2.8 DG Macro" "Sigma:LensType:512" "Sigma:LensType:513" "Sigma:LensType:514"
+    "Sigma 10-20mm F3.5 EX DC HSM" "Sigma:LensType:515" "Sigma 8-16mm F4.5-5.6 DC HSM"
+    "Sigma:LensType:516" "Sigma 12-24mm F4.5-5.6 DG HSM II" "Sigma:LensType:517"
+    "Sigma 12-24mm F4 DG HSM | A" "Sigma:LensType:528" "Sigma:LensType:576"
+    "Sigma 135mm F1.8 DG HSM | A" "Sigma:LensType:598" "Sigma 105mm F2.8 EX Macro"
+    "Sigma:LensType:599" "Sigma:LensType:600" "Sigma 105mm F2.8 EX DG OS HSM Macro"
+    "Sigma:LensType:601" "Sigma 105mm F1.4 DG HSM | A" "Sigma:LensType:624" "Sigma:LensType:625"
+    "Sigma 70mm F2.8 DG Macro | A" "Sigma:LensType:768" "Sigma 30mm F1.4 EX DC HSM"
+    "Sigma:LensType:769" "Sigma 30mm F1.4 DC HSM | A" "Sigma:LensType:770"
+    "Sigma 30mm F1.4 DC DN | C" "Sigma:LensType:784" "Sigma 50mm F1.4 EX DG HSM"
+    "Sigma:LensType:785" "Sigma:LensType:800" "Sigma 85mm F1.4 EX DG HSM" "Sigma:LensType:801"
+    "Sigma 85mm F1.4 DG HSM | A" "Sigma:LensType:816" "Sigma 30mm F2.8 EX DN" "Sigma:LensType:832"
+    "Sigma 35mm F1.4 DG HSM" "Sigma:LensType:837" "Sigma 50mm F2.8 EX Macro" "Sigma:LensType:838"
+    "Sigma 50mm F2.8 EX DG Macro" "Sigma:LensType:848" "Sigma:LuminanceNoiseReduction"
+    "Luminance Noise Reduction" "Sigma:MakerNoteVersion" "Sigma:MeteringMode" "Metering Mode"
+    "Sigma:MeteringMode:8" "Multi-segment" "Sigma:MeteringMode:A" "Average" "Sigma:MeteringMode:C"
+    "Center-weighted average" "Sigma:Model" "Sigma:PictureMode" "Picture Mode"
+    "Sigma:PreviewImageLength" "Sigma:PreviewImageSize" "Preview Image Size"
+    "Sigma:PreviewImageStart" "Sigma:Quality" "Sigma:ResolutionMode" "Resolution Mode"
+    "Sigma:Saturation" "Sigma:SensorTemperature" "Sensor Temperature" "Sigma:SerialNumber"
+    "Sigma:Shadow" "Sigma:Sharpness" "Sigma:Software" "Sigma:WB_RGBLevelsAuto" "WB RGB Levels Auto"
+    "Sigma:WB_RGBLevelsCustom1" "WB RGB Levels Custom 1" "Sigma:WB_RGBLevelsCustom2"
+    "WB RGB Levels Custom 2" "Sigma:WB_RGBLevelsCustom3" "WB RGB Levels Custom 3"
+    "Sigma:WB_RGBLevelsDaylight" "WB RGB Levels Daylight" "Sigma:WB_RGBLevelsFlash"
+    "WB RGB Levels Flash" "Sigma:WB_RGBLevelsFluorescent" "WB RGB Levels Fluorescent"
+    "Sigma:WB_RGBLevelsIncandescent" "WB RGB Levels Incandescent" "Sigma:WB_RGBLevelsOvercast"
+    "WB RGB Levels Overcast" "Sigma:WB_RGBLevelsShade" "WB RGB Levels Shade"
+    "Sigma:WB_RGBLevelsUnknown0" "WB RGB Levels Unknown 0" "Sigma:WB_RGBLevelsUnknown1"
+    "WB RGB Levels Unknown 1" "Sigma:WB_RGBLevelsUnknown2" "WB RGB Levels Unknown 2"
+    "Sigma:WB_RGBLevelsUnknown3" "WB RGB Levels Unknown 3" "Sigma:WB_RGBLevelsUnknown4"
+    "WB RGB Levels Unknown 4" "Sigma:WB_RGBLevelsUnknown5" "WB RGB Levels Unknown 5"
+    "Sigma:WB_RGBLevelsUnknown6" "WB RGB Levels Unknown 6" "Sigma:WB_RGBLevelsUnknown7"
+    "WB RGB Levels Unknown 7" "Sigma:WB_RGBLevelsUnknown8" "WB RGB Levels Unknown 8"
+    "Sigma:WB_RGBLevelsUnknown9" "WB RGB Levels Unknown 9" "Sigma:WhiteBalance" "Sigma:X3FillLight"
+    "X3 Fill Light" "创意风格" "黑白" "生动色彩" "中性" "人物" "风景" "曝光模式" "手动曝光" "曝光时间 2" "格式" "测量方式" "分割测光" "平均"
+    "中央重点" "Mode de l'Autofocus" "Point de l'Autofocus" "Mode de réglage" "Auto bracketing"
+    "Prise de vue en rafale" "Calibration de l'appareil photo" "Réglage des couleurs"
+    "Mode colorimétrique" "Neutre" "FOV Bleu classique" "Filtre numérique" "Réglage de l'exposition"
+    "Mode d'exposition" "Priorité ouverture" "Exposition manuelle" "Temps de pose 2"
+    "Format du fichier" "Micrologiciel" "Micrologiciel 2" "Réglage de la mise au point"
+    "Mise en lumière" "Plage d'ouverture de l'objectif" "Plage de focale de l'objectif"
+    "Plage d'ouverture maximale de l'objectif" "Mode de mesure" "Multi-segments" "Moyenne"
+    "Moyenne pondérée centrale" "Mode de l'image" "Taille de l'aperçu" "Mode de résolution"
+    "Capteur de température" "Balance des Blancs des niveaux RVB Lumière du jour"
+    "Balance des Blancs des niveaux RVB flash" "Balance des Blancs des niveaux RVB fluorescent"
+    "Balance des Blancs des niveaux RVB ombre" "Lumière de remplissage X3F" "AF-Modus"
+    "Gewählter AF-Punkt" "Korrekturmodus" "Burst Aufnahme" "Farbeinstellung" "Farbmodus"
+    "Lebhafte Farbe" "Belichtungsmodus" "Manuelle Belichtung" "Belichtungsdauer 2" "Dateiformat"
+    "Helle Stellen" "Objektiv Blendenbereich" "Belichtungsmessmethode" "Multi-Segment"
+    "Integralmessung" "Mittenbetont" "Motivprogramm" "Vorschaubild-Größe" "Sensor Temperatur"
+    "Weißabgleich RGB-Farbverteilung Tageslicht" "Weißabgleich RGB-Farbverteilung Blitz"
+    "Weißabgleich RGB-Farbverteilung Neonlicht" "Weißabgleich RGB-Farbverteilung Schatten"
+    "Punto AF" "Modo adattamento" "Modo colore" "B/N" "Neutra" "Verticale" "Modo esposizione"
+    "Tempo esposizione 2" "Formato file" "Modalità misurazione" "Multi-zona" "Media"
+    "Media centrale ponderata" "Dimensioni immagine anteprima" "Modo risoluzione"
+    "Temperatura sensore" "Ombra" "AFモード" "AF選択ポイント" "調整モード" "色調整" "カラーモード" "ビビッド" "ニュートラル" "ポートレート"
+    "風景" "露光モード" "マニュアル露出" "プログラムAE" "露出時間 2" "ファイル形式" "ファームウェア" "フォーカス設定" "ハイライト" "レンズ絞り範囲" "測光モード"
+    "パターン" "ピクチャーモード" "プレビューイメージサイズ" "解像度モード" "センサー温度" "シャドウ" "WB RGB レベル\343\200\200昼光"
+    "WB RGB レベル\343\200\200ストロボ" "WB RGGB レベル\343\200\200蛍光灯" "WB RGB レベル\343\200\200日陰" "X3光を満たす"
+    "Modo Ajuste" "Auto-horquillado" "Ajuste Color" "Modo de Color" "ByN" "Neutro" "Modo Exposición"
+    "Prioridad Aberture AE" "Programa AE" "Prioridad velocidad obturador AE"
+    "Tiempo de Exposición 2" "Formato Archivo" "Ajuste Enfoque" "Realce"
+    "Intervalo Apertura Objetivo" "Modo Medición" "Multi-segmento" "Promedio"
+    "Media ponderada al centro" "Tamaño Imagen Previa" "Modo Resolución" "Luz Relleno X3"
+    "FileVersion" "MarkBits" "Rotation" "SceneCaptureType" "Unused" "RedAdjust" "GreenAdjust"
+    "BlueAdjust" "PreviewImage" "JpgFromRaw" "AFArea" "AFInFocus" "ApertureDisplayed" "BracketShot"
+    "CameraName" "EvalState" "NetExposureCompensation" "IntegrationTime" "FlashExpComp" "FlashPower"
+    "FlashTTLMode" "FlashType" "Focus" "ImageBoardID" "ImagerBoardID" "SensorID"
+    "ShutterSpeedDisplayed" "VersionBF" "10S" "2S" "AB" "MULTI" "OFF" "SINGLE" "UP" "AF" "NO LOCK"
+    "HI" "LOW" "MED" "SigmaRaw:AFArea" "AF Area" "SigmaRaw:AFInFocus" "AF In Focus"
+    "SigmaRaw:ApertureDisplayed" "Aperture Displayed" "SigmaRaw:BlueAdjust" "Blue Adjust"
+    "SigmaRaw:BracketShot" "Bracket Shot" "SigmaRaw:BurstShot" "SigmaRaw:CameraName" "Camera Name"
+    "SigmaRaw:ColorSpace" "SigmaRaw:Contrast" "SigmaRaw:DateTimeOriginal" "SigmaRaw:DriveMode"
+    "SigmaRaw:DriveMode:10S" "10 s Timer" "SigmaRaw:DriveMode:2S" "2 s Timer"
+    "SigmaRaw:DriveMode:AB" "SigmaRaw:DriveMode:MULTI" "Multi Shot" "SigmaRaw:DriveMode:OFF"
+    "SigmaRaw:DriveMode:SINGLE" "Single Shot" "SigmaRaw:DriveMode:UP" "Mirror Up"
+    "SigmaRaw:EvalState" "Eval State" "SigmaRaw:ExposureAdjust" "SigmaRaw:ExposureCompensation"
+    "SigmaRaw:ExposureProgram" "SigmaRaw:ExposureProgram:A" "Aperture Priority"
+    "SigmaRaw:ExposureProgram:M" "SigmaRaw:ExposureProgram:P" "Program" "SigmaRaw:ExposureProgram:S"
+    "Shutter Priority" "SigmaRaw:ExposureTime" "SigmaRaw:FNumber" "SigmaRaw:FileVersion"
+    "File Version" "SigmaRaw:FirmwareVersion" "SigmaRaw:FlashExpComp" "Flash Exp Comp"
+    "SigmaRaw:FlashMode" "SigmaRaw:FlashPower" "Flash Power" "SigmaRaw:FlashTTLMode"
+    "Flash TTL Mode" "SigmaRaw:FlashType" "Flash Type" "SigmaRaw:FocalLength"
+    "SigmaRaw:FocalLengthIn35mmFormat" "SigmaRaw:Focus" "SigmaRaw:Focus:AF" "Auto-focus Locked"
+    "SigmaRaw:Focus:M" "SigmaRaw:Focus:NO LOCK" "Auto-focus Didn't Lock" "SigmaRaw:FocusMode"
+    "SigmaRaw:GreenAdjust" "Green Adjust" "SigmaRaw:Highlight" "SigmaRaw:ISO"
+    "SigmaRaw:ImageBoardID" "Image Board ID" "SigmaRaw:ImageHeight" "SigmaRaw:ImageWidth"
+    "SigmaRaw:ImagerBoardID" "Imager Board ID" "SigmaRaw:IntegrationTime" "Integration Time"
+    "SigmaRaw:JpgFromRaw" "Jpg From Raw" "SigmaRaw:LensApertureRange" "SigmaRaw:LensFocalRange"
+    "SigmaRaw:LensType" "SigmaRaw:LensType:1024" "SigmaRaw:LensType:1025" "SigmaRaw:LensType:1041"
+    "SigmaRaw:LensType:1042" "SigmaRaw:LensType:1074" "SigmaRaw:LensType:1088"
+    "SigmaRaw:LensType:1104" "SigmaRaw:LensType:1121" "SigmaRaw:LensType:1141"
+    "SigmaRaw:LensType:1142" "SigmaRaw:LensType:1143" "SigmaRaw:LensType:1155"
+    "SigmaRaw:LensType:1156" "SigmaRaw:LensType:1157" "SigmaRaw:LensType:1158"
+    "SigmaRaw:LensType:1284" "SigmaRaw:LensType:1285" "SigmaRaw:LensType:1286"
+    "SigmaRaw:LensType:1287" "SigmaRaw:LensType:1288" "SigmaRaw:LensType:1289"
+    "SigmaRaw:LensType:1296" "SigmaRaw:LensType:1298" "SigmaRaw:LensType:1299"
+    "SigmaRaw:LensType:1305" "SigmaRaw:LensType:1312" "SigmaRaw:LensType:1313"
+    "SigmaRaw:LensType:1319" "SigmaRaw:LensType:1321" "SigmaRaw:LensType:1349"
+    "SigmaRaw:LensType:1351" "SigmaRaw:LensType:1352" "SigmaRaw:LensType:1353"
+    "SigmaRaw:LensType:1382" "SigmaRaw:LensType:1383" "SigmaRaw:LensType:1384"
+    "SigmaRaw:LensType:1385" "SigmaRaw:LensType:1393" "SigmaRaw:LensType:1394"
+    "SigmaRaw:LensType:1398" "SigmaRaw:LensType:1401" "SigmaRaw:LensType:1408"
+    "SigmaRaw:LensType:1409" "SigmaRaw:LensType:1410" "SigmaRaw:LensType:1411"
+    "SigmaRaw:LensType:1416" "SigmaRaw:LensType:1417" "SigmaRaw:LensType:1428"
+    "SigmaRaw:LensType:1429" "SigmaRaw:LensType:1431" "SigmaRaw:LensType:1448"
+    "SigmaRaw:LensType:1449" "SigmaRaw:LensType:1541" "SigmaRaw:LensType:1587"
+    "SigmaRaw:LensType:1588" "SigmaRaw:LensType:1589" "SigmaRaw:LensType:16"
+    "SigmaRaw:LensType:16.1" "SigmaRaw:LensType:16.2" "SigmaRaw:LensType:1604"
+    "SigmaRaw:LensType:1625" "SigmaRaw:LensType:1633" "SigmaRaw:LensType:1635"
+    "SigmaRaw:LensType:1636" "SigmaRaw:LensType:16385" "SigmaRaw:LensType:16386"
+    "SigmaRaw:LensType:16387" "SigmaRaw:LensType:1639" "SigmaRaw:LensType:16390"
+    "SigmaRaw:LensType:16391" "SigmaRaw:LensType:16392" "SigmaRaw:LensType:16395"
+    "SigmaRaw:LensType:16396" "SigmaRaw:LensType:16397" "SigmaRaw:LensType:16399"
+    "SigmaRaw:LensType:1640" "SigmaRaw:LensType:16400" "SigmaRaw:LensType:16401"
+    "SigmaRaw:LensType:1641" "SigmaRaw:LensType:1668" "SigmaRaw:LensType:1670"
+    "SigmaRaw:LensType:1673" "SigmaRaw:LensType:1680" "SigmaRaw:LensType:1681"
+    "SigmaRaw:LensType:1682" "SigmaRaw:LensType:1683" "SigmaRaw:LensType:1801"
+    "SigmaRaw:LensType:1827" "SigmaRaw:LensType:1829" "SigmaRaw:LensType:1830"
+    "SigmaRaw:LensType:1831" "SigmaRaw:LensType:1832" "SigmaRaw:LensType:1833"
+    "SigmaRaw:LensType:1840" "SigmaRaw:LensType:1843" "SigmaRaw:LensType:1844"
+    "SigmaRaw:LensType:1845" "SigmaRaw:LensType:1846" "SigmaRaw:LensType:1847"
+    "SigmaRaw:LensType:1848" "SigmaRaw:LensType:1856" "SigmaRaw:LensType:1861"
+    "SigmaRaw:LensType:1911" "SigmaRaw:LensType:1917" "SigmaRaw:LensType:1925"
+    "SigmaRaw:LensType:1927" "SigmaRaw:LensType:1929" "SigmaRaw:LensType:1936"
+    "SigmaRaw:LensType:1939" "SigmaRaw:LensType:1940" "SigmaRaw:LensType:1941"
+    "SigmaRaw:LensType:2083" "SigmaRaw:LensType:2084" "SigmaRaw:LensType:2131"
+    "SigmaRaw:LensType:2145" "SigmaRaw:LensType:2160" "SigmaRaw:LensType:2165"
+    "SigmaRaw:LensType:2166" "SigmaRaw:LensType:2169" "SigmaRaw:LensType:2176"
+    "SigmaRaw:LensType:2178" "SigmaRaw:LensType:2179" "SigmaRaw:LensType:2180"
+    "SigmaRaw:LensType:2181" "SigmaRaw:LensType:2182" "SigmaRaw:LensType:2184"
+    "SigmaRaw:LensType:2192" "SigmaRaw:LensType:22" "SigmaRaw:LensType:2345"
+    "SigmaRaw:LensType:24577" "SigmaRaw:LensType:24579" "SigmaRaw:LensType:24581"
+    "SigmaRaw:LensType:24582" "SigmaRaw:LensType:24593" "SigmaRaw:LensType:24594"
+    "SigmaRaw:LensType:24595" "SigmaRaw:LensType:24597" "SigmaRaw:LensType:24599"
+    "SigmaRaw:LensType:24600" "SigmaRaw:LensType:24602" "SigmaRaw:LensType:24603"
+    "SigmaRaw:LensType:24608" "SigmaRaw:LensType:24609" "SigmaRaw:LensType:24611"
+    "SigmaRaw:LensType:24613" "SigmaRaw:LensType:24614" "SigmaRaw:LensType:24620"
+    "SigmaRaw:LensType:259" "SigmaRaw:LensType:260" "SigmaRaw:LensType:261" "SigmaRaw:LensType:262"
+    "SigmaRaw:LensType:263" "SigmaRaw:LensType:297" "SigmaRaw:LensType:297.1"
+    "SigmaRaw:LensType:297.2" "SigmaRaw:LensType:305" "SigmaRaw:LensType:305.1"
+    "SigmaRaw:LensType:305.2" "SigmaRaw:LensType:305.3" "SigmaRaw:LensType:308"
+    "SigmaRaw:LensType:309" "SigmaRaw:LensType:310" "SigmaRaw:LensType:311" "SigmaRaw:LensType:323"
+    "SigmaRaw:LensType:325" "SigmaRaw:LensType:325.1" "SigmaRaw:LensType:325.2"
+    "SigmaRaw:LensType:325.3" "SigmaRaw:LensType:32773" "SigmaRaw:LensType:32777"
+    "SigmaRaw:LensType:336" "SigmaRaw:LensType:338" "SigmaRaw:LensType:338.1"
+    "SigmaRaw:LensType:338.2" "SigmaRaw:LensType:338.3" "SigmaRaw:LensType:35072"
+    "SigmaRaw:LensType:357" "SigmaRaw:LensType:361" "SigmaRaw:LensType:387" "SigmaRaw:LensType:388"
+    "SigmaRaw:LensType:389" "SigmaRaw:LensType:404" "SigmaRaw:LensType:405" "SigmaRaw:LensType:4099"
+    "SigmaRaw:LensType:4100" "SigmaRaw:LensType:4101" "SigmaRaw:LensType:4102"
+    "SigmaRaw:LensType:4103" "SigmaRaw:LensType:4104" "SigmaRaw:LensType:4105"
+    "SigmaRaw:LensType:41216" "SigmaRaw:LensType:512" "SigmaRaw:LensType:513"
+    "SigmaRaw:LensType:514" "SigmaRaw:LensType:515" "SigmaRaw:LensType:516" "SigmaRaw:LensType:517"
+    "SigmaRaw:LensType:528" "SigmaRaw:LensType:576" "SigmaRaw:LensType:598" "SigmaRaw:LensType:599"
+    "SigmaRaw:LensType:600" "SigmaRaw:LensType:601" "SigmaRaw:LensType:624" "SigmaRaw:LensType:625"
+    "SigmaRaw:LensType:768" "SigmaRaw:LensType:769" "SigmaRaw:LensType:770" "SigmaRaw:LensType:784"
+    "SigmaRaw:LensType:785" "SigmaRaw:LensType:800" "SigmaRaw:LensType:801" "SigmaRaw:LensType:816"
+    "SigmaRaw:LensType:832" "SigmaRaw:LensType:837" "SigmaRaw:LensType:838" "SigmaRaw:LensType:848"
+    "SigmaRaw:Make" "SigmaRaw:MarkBits" "Mark Bits" "SigmaRaw:MeteringMode"
+    "SigmaRaw:MeteringMode:8" "8-segment" "SigmaRaw:MeteringMode:A" "SigmaRaw:MeteringMode:C"
+    "SigmaRaw:Model" "SigmaRaw:NetExposureCompensation" "Net Exposure Compensation"
+    "SigmaRaw:PreviewImage" "Preview Image" "SigmaRaw:Quality" "SigmaRaw:Quality:HI"
+    "SigmaRaw:Quality:LOW" "SigmaRaw:Quality:MED" "SigmaRaw:RedAdjust" "Red Adjust"
+    "SigmaRaw:Rotation" "SigmaRaw:Saturation" "SigmaRaw:SceneCaptureType" "Scene Capture Type"
+    "SigmaRaw:SensorID" "Sensor ID" "SigmaRaw:SensorTemperature" "SigmaRaw:SerialNumber"
+    "SigmaRaw:Shadow" "SigmaRaw:Sharpness" "SigmaRaw:ShutterSpeedDisplayed"
+    "Shutter Speed Displayed" "SigmaRaw:Unused" "SigmaRaw:VersionBF" "Version BF"
+    "SigmaRaw:WhiteBalance" "SigmaRaw:X3FillLight" "低画质" "取景类型" "Zone d'autofocus"
+    "Ouverture affichée" "Ajustement du bleu" "Cliché en bracketing" "Nom de l'appareil photo"
+    "Prise de vue unique" "Priorité à l'ouverture" "Priorité à l'obturateur"
+    "Version de format de fichier" "Puissance du flash" "Type de flash" "Mise au point"
+    "Mise au point automatique verrouillée" "Mise au point automatique non verrouillée"
+    "Ajustement du vert" "Identifiant de la carte d'images" "Temps d'intégration"
+    "Jpeg à partir des données RAW" "Bits de marquage" "8 segments" "Compensation de l'exposition"
+    "Aperçu de l'image" "Haute" "Basse" "Ajustement du rouge" "Type de capture de scène"
+    "Identifiant du capteur" "Vitesse d'obturation affichée" "AF Bereich" "AF in Fokus"
+    "Angezeigte Blende" "Blau-Korrektur" "Belichtungsreihen-Aufnahme" "Selbstauslöser 10 s"
+    "Selbstauslöser 2 s" "Belichtungsreihe" "Dateiformatversion" "Blitz TTL-Modus" "Blitztyp"
+    "Schärfepriorität" "Autofokus gesperrt" "Autofokus nicht gesperrt" "Grün-Korrektur"
+    "Jpg From Raw Bild" "Net Belichtungskorrektur" "Vorschaubild" "Hoch" "Rot-Korrektur"
+    "Szenenaufnahmetyp" "Angezeigte Belichtungszeit" "Diaframma mostrato" "Nome fotocamera"
+    "Timer 10 s" "Programma" "Priorità otturatore" "Versione file" "Tipo di flash" "JPG da raw"
+    "Immagine anteprima" "Correzione rosso" "Rotazione" "Tipo cattura scena" "ID sensore"
+    "Versione BF" "AFエリア" "１コマ撮影" "プログラム" "ファイル形式バージョン" "フラッシュタイプ" "フォーカス" "プレビューイメージ" "低画質" "回転"
+    "シーンキャプチャタイプ" "Versión Formato Archivo" "Tipo Flash" "Vista Previa" "Rotación"
+    "Tipo Captura Escena";
 
 // RTF: 24 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRTF[] = {
-    {{0, 6}, TagType::string, 0, 0, 0, 0},
-    {{6, 10}, TagType::date, 0, 0, 0, 0},
-    {{16, 8}, TagType::string, 0, 0, 0, 0},
-    {{24, 7}, TagType::string, 0, 0, 0, 0},
-    {{31, 7}, TagType::string, 0, 0, 0, 0},
-    {{38, 9}, TagType::string, 0, 0, 0, 0},
-    {{47, 10}, TagType::date, 0, 0, 0, 0},
-    {{57, 8}, TagType::string, 0, 0, 0, 0},
-    {{65, 13}, TagType::string, 0, 0, 0, 0},
-    {{78, 13}, TagType::string, 0, 0, 0, 0},
-    {{91, 16}, TagType::string, 0, 0, 0, 0},
-    {{107, 8}, TagType::string, 0, 0, 0, 0},
-    {{115, 7}, TagType::string, 0, 0, 0, 0},
-    {{122, 10}, TagType::string, 0, 0, 0, 0},
-    {{132, 20}, TagType::string, 0, 0, 0, 0},
-    {{152, 5}, TagType::string, 0, 0, 0, 0},
-    {{157, 5}, TagType::string, 0, 0, 0, 0},
-    {{162, 14}, TagType::string, 0, 0, 0, 0},
-    {{176, 11}, TagType::date, 0, 0, 0, 0},
-    {{187, 10}, TagType::date, 0, 0, 0, 0},
-    {{197, 7}, TagType::string, 0, 0, 0, 0},
-    {{204, 5}, TagType::string, 0, 0, 0, 0},
-    {{209, 21}, TagType::string, 0, 0, 0, 0},
-    {{230, 14}, TagType::string, 0, 0, 0, 0},
+    {{0, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{6, 10}, TagType::date, 0, 0, 0, 0},  // BackupTime
+    {{16, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{31, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{38, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{47, 10}, TagType::date, 0, 0, 0, 0},  // CreateDate
+    {{57, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{65, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
+    {{78, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
+    {{91, 16}, TagType::string, 0, 0, 0, 0},  // InternalIDNumber
+    {{107, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{115, 7}, TagType::string, 0, 0, 0, 0},  // Manager
+    {{122, 10}, TagType::string, 0, 0, 0, 0},  // Characters
+    {{132, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
+    {{152, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{157, 5}, TagType::string, 0, 0, 0, 0},  // Words
+    {{162, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
+    {{176, 11}, TagType::date, 0, 0, 0, 0},  // LastPrinted
+    {{187, 10}, TagType::date, 0, 0, 0, 0},  // ModifyDate
+    {{197, 7}, TagType::string, 0, 0, 0, 0},  // Subject
+    {{204, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{209, 21}, TagType::string, 0, 0, 0, 0},  // InternalVersionNumber
+    {{230, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
 };
 constexpr detail::StringRow kStringsEnglishRTF[] = {
     {{244, 10}, {0, 6}},
@@ -1222,18 +1289,19 @@ constinit detail::StreamTags gTagsRTF("RTF", kText, kTagsRTF, kKeyOrderRTF, {}, 
 
 // Radiance: 11 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRadiance[] = {
-    {{1705, 7}, TagType::string, 0, 0, 0, 0},
-    {{24, 7}, TagType::string, 0, 0, 0, 0},
-    {{1712, 11}, TagType::string, 0, 0, 0, 8},
-    {{1723, 15}, TagType::string, 0, 0, 0, 0},
-    {{1738, 8}, TagType::string, 0, 0, 0, 0},
-    {{1746, 6}, TagType::string, 0, 0, 0, 0},
-    {{1752, 5}, TagType::string, 0, 0, 0, 0},
-    {{1757, 16}, TagType::string, 0, 0, 0, 0},
-    {{1773, 14}, TagType::string, 0, 0, 0, 0},
-    {{1787, 8}, TagType::string, 0, 0, 0, 0},
-    {{1795, 4}, TagType::string, 0, 0, 0, 0},
+    {{1705, 7}, TagType::string, 0, 0, 0, 0},  // Command
+    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{1712, 11}, TagType::string, 0, 0, 0, 8},  // Orientation
+    {{1723, 15}, TagType::string, 0, 0, 0, 0},  // ColorCorrection
+    {{1738, 8}, TagType::string, 0, 0, 0, 0},  // Exposure
+    {{1746, 6}, TagType::string, 0, 0, 0, 0},  // Format
+    {{1752, 5}, TagType::string, 0, 0, 0, 0},  // Gamma
+    {{1757, 16}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatio
+    {{1773, 14}, TagType::string, 0, 0, 0, 0},  // ColorPrimaries
+    {{1787, 8}, TagType::string, 0, 0, 0, 0},  // Software
+    {{1795, 4}, TagType::string, 0, 0, 0, 0},  // View
 };
 constexpr detail::TextRef kChoicesRadiance[] = {
     {1799, 5}, {1804, 5}, {1809, 5}, {1814, 5}, {1819, 5}, {1824, 5}, {1829, 5}, {1834, 5},
@@ -1349,12 +1417,13 @@ constinit detail::StreamTags gTagsRadiance("Radiance", kText, kTagsRadiance, kKe
 
 // Rawzor: 5 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRawzor[] = {
-    {{3833, 17}, TagType::string, 0, 0, 0, 0},
-    {{3850, 16}, TagType::string, 0, 0, 0, 0},
-    {{3866, 16}, TagType::string, 0, 0, 0, 0},
-    {{3882, 20}, TagType::string, 0, 0, 0, 0},
-    {{3902, 21}, TagType::string, 0, 0, 0, 0},
+    {{3833, 17}, TagType::string, 0, 0, 0, 0},  // CompressionFactor
+    {{3850, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileSize
+    {{3866, 16}, TagType::string, 0, 0, 0, 0},  // OriginalFileType
+    {{3882, 20}, TagType::string, 0, 0, 0, 0},  // RawzorCreatorVersion
+    {{3902, 21}, TagType::string, 0, 0, 0, 0},  // RawzorRequiredVersion
 };
 constexpr detail::StringRow kStringsEnglishRawzor[] = {
     {{3923, 24}, {3947, 18}},
@@ -1379,91 +1448,92 @@ constinit detail::StreamTags gTagsRawzor("Rawzor", kText, kTagsRawzor, kKeyOrder
 
 // Real: 84 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsReal[] = {
-    {{4205, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{4213, 7}, TagType::int32s, 0, 3, 0, 0},
-    {{4220, 14}, TagType::int32s, 0, 0, 0, 0},
-    {{4234, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4244, 8}, TagType::int32s, 0, 0, 0, 0},
-    {{204, 5}, TagType::string, 0, 0, 0, 0},
-    {{4252, 9}, TagType::int8u, 0, 0, 0, 0},
-    {{4261, 6}, TagType::string, 0, 0, 0, 0},
-    {{4267, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{38, 9}, TagType::string, 0, 0, 0, 0},
-    {{4279, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{24, 7}, TagType::string, 0, 0, 0, 0},
-    {{4289, 7}, TagType::string, 0, 4, 0, 0},
-    {{4296, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{4309, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{4317, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4327, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{4340, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{4354, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{4364, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{4378, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{4391, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{4401, 13}, TagType::int32s, 0, 0, 0, 0},
-    {{4414, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{4424, 7}, TagType::string, 0, 4, 0, 0},
-    {{4431, 10}, TagType::int8u, 0, 0, 0, 0},
-    {{4441, 7}, TagType::string, 0, 4, 0, 0},
-    {{4448, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{4457, 11}, TagType::int16u, 0, 0, 0, 0},
-    {{4468, 4}, TagType::int32u, 0, 0, 0, 0},
-    {{4472, 9}, TagType::int16u, 0, 0, 0, 0},
-    {{0, 6}, TagType::string, 0, 0, 0, 0},
-    {{4481, 9}, TagType::string, 0, 0, 0, 0},
-    {{4490, 11}, TagType::string, 0, 0, 0, 0},
-    {{4501, 13}, TagType::string, 0, 0, 0, 7},
-    {{47, 10}, TagType::string, 0, 0, 0, 0},
-    {{4514, 11}, TagType::string, 0, 0, 0, 0},
-    {{4525, 6}, TagType::string, 0, 0, 0, 0},
-    {{1787, 8}, TagType::string, 0, 0, 0, 0},
-    {{4531, 9}, TagType::string, 0, 0, 7, 2},
-    {{107, 8}, TagType::string, 0, 0, 0, 0},
-    {{187, 10}, TagType::string, 0, 0, 0, 0},
-    {{4540, 15}, TagType::string, 0, 0, 0, 0},
-    {{4555, 12}, TagType::string, 0, 0, 0, 0},
-    {{4567, 9}, TagType::string, 0, 0, 0, 0},
-    {{4576, 9}, TagType::string, 0, 0, 0, 0},
-    {{4585, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{4597, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{4613, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{4629, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{4648, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{4667, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{4682, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{4695, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{4709, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{4722, 10}, TagType::string, 0, 0, 0, 0},
-    {{4732, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{4745, 14}, TagType::string, 0, 0, 0, 0},
-    {{4759, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{4770, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{4782, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{4797, 15}, TagType::int16u, 0, 0, 0, 0},
-    {{4812, 21}, TagType::int16u, 0, 0, 0, 0},
-    {{4833, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{4844, 8}, TagType::int16u, 0, 0, 0, 0},
-    {{4852, 23}, TagType::int16u, 0, 0, 0, 0},
-    {{4875, 13}, TagType::int16u, 0, 0, 0, 0},
-    {{4888, 9}, TagType::string, 0, 0, 0, 0},
-    {{4897, 13}, TagType::string, 0, 0, 0, 0},
-    {{4910, 13}, TagType::string, 0, 0, 0, 0},
-    {{4923, 11}, TagType::string, 0, 0, 0, 0},
-    {{4934, 4}, TagType::string, 0, 0, 0, 0},
-    {{4938, 3}, TagType::string, 0, 0, 0, 0},
-    {{4941, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4951, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4961, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{4974, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{4987, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{4997, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{5005, 7}, TagType::int32u, 0, 0, 0, 0},
-    {{5012, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{5023, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{5033, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{5043, 5}, TagType::int16u, 0, 0, 9, 4},
+    {{4205, 8}, TagType::int16u, 0, 0, 0, 0},  // Channels
+    {{4213, 7}, TagType::int32s, 0, 3, 0, 0},  // Unknown
+    {{4220, 14}, TagType::int32s, 0, 0, 0, 0},  // BytesPerMinute
+    {{4234, 10}, TagType::int32u, 0, 0, 0, 0},  // AudioBytes
+    {{4244, 8}, TagType::int32s, 0, 0, 0, 0},  // TitleLen
+    {{204, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{4252, 9}, TagType::int8u, 0, 0, 0, 0},  // ArtistLen
+    {{4261, 6}, TagType::string, 0, 0, 0, 0},  // Artist
+    {{4267, 12}, TagType::int32s, 0, 0, 0, 0},  // CopyrightLen
+    {{38, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{4279, 10}, TagType::int32s, 0, 0, 0, 0},  // CommentLen
+    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{4289, 7}, TagType::string, 0, 4, 0, 0},  // FourCC1
+    {{4296, 13}, TagType::int32u, 0, 0, 0, 0},  // AudioFileSize
+    {{4309, 8}, TagType::int16u, 0, 0, 0, 0},  // Version2
+    {{4317, 10}, TagType::int32u, 0, 0, 0, 0},  // HeaderSize
+    {{4327, 13}, TagType::int16u, 0, 0, 0, 0},  // CodecFlavorID
+    {{4340, 14}, TagType::int32u, 0, 0, 0, 0},  // CodedFrameSize
+    {{4354, 10}, TagType::int16u, 0, 0, 0, 0},  // SubPacketH
+    {{4364, 14}, TagType::int16u, 0, 0, 0, 0},  // AudioFrameSize
+    {{4378, 13}, TagType::int16u, 0, 0, 0, 0},  // SubPacketSize
+    {{4391, 10}, TagType::int16u, 0, 0, 0, 0},  // SampleRate
+    {{4401, 13}, TagType::int32s, 0, 0, 0, 0},  // BitsPerSample
+    {{4414, 10}, TagType::int8u, 0, 0, 0, 0},  // FourCC2Len
+    {{4424, 7}, TagType::string, 0, 4, 0, 0},  // FourCC2
+    {{4431, 10}, TagType::int8u, 0, 0, 0, 0},  // FourCC3Len
+    {{4441, 7}, TagType::string, 0, 4, 0, 0},  // FourCC3
+    {{4448, 9}, TagType::int16u, 0, 0, 0, 0},  // FrameSize
+    {{4457, 11}, TagType::int16u, 0, 0, 0, 0},  // SampleRate2
+    {{4468, 4}, TagType::int32u, 0, 0, 0, 0},  // Genr
+    {{4472, 9}, TagType::int16u, 0, 0, 0, 0},  // AuthorLen
+    {{0, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{4481, 9}, TagType::string, 0, 0, 0, 0},  // Audiences
+    {{4490, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
+    {{4501, 13}, TagType::string, 0, 0, 0, 7},  // ContentRating
+    {{47, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{4514, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{4525, 6}, TagType::string, 0, 0, 0, 0},  // FileID
+    {{1787, 8}, TagType::string, 0, 0, 0, 0},  // Software
+    {{4531, 9}, TagType::string, 0, 0, 7, 2},  // Indexable
+    {{107, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{187, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
+    {{4540, 15}, TagType::string, 0, 0, 0, 0},  // TargetAudiences
+    {{4555, 12}, TagType::string, 0, 0, 0, 0},  // VideoQuality
+    {{4567, 9}, TagType::string, 0, 0, 0, 0},  // AudioMode
+    {{4576, 9}, TagType::string, 0, 0, 0, 0},  // VideoMode
+    {{4585, 12}, TagType::int16u, 0, 0, 0, 0},  // StreamNumber
+    {{4597, 16}, TagType::int32u, 0, 0, 0, 0},  // StreamMaxBitrate
+    {{4613, 16}, TagType::int32u, 0, 0, 0, 0},  // StreamAvgBitrate
+    {{4629, 19}, TagType::int32u, 0, 0, 0, 0},  // StreamMaxPacketSize
+    {{4648, 19}, TagType::int32u, 0, 0, 0, 0},  // StreamAvgPacketSize
+    {{4667, 15}, TagType::int32u, 0, 0, 0, 0},  // StreamStartTime
+    {{4682, 13}, TagType::int32u, 0, 0, 0, 0},  // StreamPreroll
+    {{4695, 14}, TagType::int32u, 0, 0, 0, 0},  // StreamDuration
+    {{4709, 13}, TagType::int8u, 0, 0, 0, 0},  // StreamNameLen
+    {{4722, 10}, TagType::string, 0, 0, 0, 0},  // StreamName
+    {{4732, 13}, TagType::int8u, 0, 0, 0, 0},  // StreamMimeLen
+    {{4745, 14}, TagType::string, 0, 0, 0, 0},  // StreamMimeType
+    {{4759, 11}, TagType::int32u, 0, 0, 0, 0},  // FileInfoLen
+    {{4770, 12}, TagType::int32u, 0, 0, 0, 0},  // FileInfoLen2
+    {{4782, 15}, TagType::int16u, 0, 0, 0, 0},  // FileInfoVersion
+    {{4797, 15}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreams
+    {{4812, 21}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreamNumbers
+    {{4833, 11}, TagType::int32u, 0, 0, 0, 0},  // DataOffsets
+    {{4844, 8}, TagType::int16u, 0, 0, 0, 0},  // NumRules
+    {{4852, 23}, TagType::int16u, 0, 0, 0, 0},  // PhysicalStreamNumberMap
+    {{4875, 13}, TagType::int16u, 0, 0, 0, 0},  // NumProperties
+    {{4888, 9}, TagType::string, 0, 0, 0, 0},  // AlbumName
+    {{4897, 13}, TagType::string, 0, 0, 0, 0},  // TrackCategory
+    {{4910, 13}, TagType::string, 0, 0, 0, 0},  // TrackComments
+    {{4923, 11}, TagType::string, 0, 0, 0, 0},  // TrackLyrics
+    {{4934, 4}, TagType::string, 0, 0, 0, 0},  // Text
+    {{4938, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{4941, 10}, TagType::int32u, 0, 0, 0, 0},  // MaxBitrate
+    {{4951, 10}, TagType::int32u, 0, 0, 0, 0},  // AvgBitrate
+    {{4961, 13}, TagType::int32u, 0, 0, 0, 0},  // MaxPacketSize
+    {{4974, 13}, TagType::int32u, 0, 0, 0, 0},  // AvgPacketSize
+    {{4987, 10}, TagType::int32u, 0, 0, 0, 0},  // NumPackets
+    {{4997, 8}, TagType::int32u, 0, 0, 0, 0},  // Duration
+    {{5005, 7}, TagType::int32u, 0, 0, 0, 0},  // Preroll
+    {{5012, 11}, TagType::int32u, 0, 0, 0, 0},  // IndexOffset
+    {{5023, 10}, TagType::int32u, 0, 0, 0, 0},  // DataOffset
+    {{5033, 10}, TagType::int16u, 0, 0, 0, 0},  // NumStreams
+    {{5043, 5}, TagType::int16u, 0, 0, 9, 4},  // Flags
 };
 constexpr detail::TextRef kChoicesReal[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {5048, 1},
@@ -1691,38 +1761,39 @@ constinit detail::StreamTags gTagsReal("Real", kText, kTagsReal, kKeyOrderReal, 
 
 // Reconyx: 31 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsReconyx[] = {
-    {{8366, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{8382, 15}, TagType::int16u, 2, 7, 0, 0},
-    {{8397, 12}, TagType::int16u, 2, 2, 0, 0},
-    {{8409, 11}, TagType::string, 2, 2, 0, 5},
-    {{8420, 8}, TagType::int32s, 2, 2, 0, 0},
-    {{8428, 11}, TagType::int32s, 2, 2, 0, 0},
-    {{8439, 16}, TagType::int32s, 2, 7, 0, 0},
-    {{8455, 9}, TagType::int32s, 2, 0, 5, 8},
-    {{8464, 28}, TagType::int16s, 2, 0, 0, 0},
-    {{8492, 18}, TagType::int16s, 2, 0, 0, 0},
-    {{8510, 12}, TagType::string, 2, 30, 0, 0},
-    {{8522, 8}, TagType::int16u, 2, 0, 0, 0},
-    {{8530, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{8540, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{8549, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{8559, 19}, TagType::int16u, 2, 0, 13, 2},
-    {{8578, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{8595, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{8609, 9}, TagType::string, 2, 22, 0, 0},
-    {{8618, 13}, TagType::string, 2, 7, 0, 0},
-    {{8631, 17}, TagType::string, 2, 7, 0, 0},
-    {{8648, 13}, TagType::string, 2, 7, 0, 0},
-    {{8661, 9}, TagType::int32s, 2, 0, 15, 7},
-    {{8670, 12}, TagType::int8u, 2, 0, 13, 2},
-    {{8682, 10}, TagType::int16u, 2, 0, 0, 0},
-    {{8692, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{8707, 5}, TagType::int16u, 2, 0, 13, 2},
-    {{8712, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{8727, 12}, TagType::int16u, 2, 0, 0, 0},
-    {{8739, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{8756, 11}, TagType::int16u, 2, 0, 0, 0},
+    {{8366, 16}, TagType::int16u, 2, 0, 0, 0},  // MakerNoteVersion
+    {{8382, 15}, TagType::int16u, 2, 7, 0, 0},  // FirmwareVersion
+    {{8397, 12}, TagType::int16u, 2, 2, 0, 0},  // FirmwareDate
+    {{8409, 11}, TagType::string, 2, 2, 0, 5},  // TriggerMode
+    {{8420, 8}, TagType::int32s, 2, 2, 0, 0},  // Sequence
+    {{8428, 11}, TagType::int32s, 2, 2, 0, 0},  // EventNumber
+    {{8439, 16}, TagType::int32s, 2, 7, 0, 0},  // DateTimeOriginal
+    {{8455, 9}, TagType::int32s, 2, 0, 5, 8},  // MoonPhase
+    {{8464, 28}, TagType::int16s, 2, 0, 0, 0},  // AmbientTemperatureFahrenheit
+    {{8492, 18}, TagType::int16s, 2, 0, 0, 0},  // AmbientTemperature
+    {{8510, 12}, TagType::string, 2, 30, 0, 0},  // SerialNumber
+    {{8522, 8}, TagType::int16u, 2, 0, 0, 0},  // Contrast
+    {{8530, 10}, TagType::int16u, 2, 0, 0, 0},  // Brightness
+    {{8540, 9}, TagType::int16u, 2, 0, 0, 0},  // Sharpness
+    {{8549, 10}, TagType::int16u, 2, 0, 0, 0},  // Saturation
+    {{8559, 19}, TagType::int16u, 2, 0, 13, 2},  // InfraredIlluminator
+    {{8578, 17}, TagType::int16u, 2, 0, 0, 0},  // MotionSensitivity
+    {{8595, 14}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage
+    {{8609, 9}, TagType::string, 2, 22, 0, 0},  // UserLabel
+    {{8618, 13}, TagType::string, 2, 7, 0, 0},  // Micro1Version
+    {{8631, 17}, TagType::string, 2, 7, 0, 0},  // BootLoaderVersion
+    {{8648, 13}, TagType::string, 2, 7, 0, 0},  // Micro2Version
+    {{8661, 9}, TagType::int32s, 2, 0, 15, 7},  // DayOfWeek
+    {{8670, 12}, TagType::int8u, 2, 0, 13, 2},  // Illumination
+    {{8682, 10}, TagType::int16u, 2, 0, 0, 0},  // FileNumber
+    {{8692, 15}, TagType::int16u, 2, 0, 0, 0},  // DirectoryNumber
+    {{8707, 5}, TagType::int16u, 2, 0, 13, 2},  // Flash
+    {{8712, 15}, TagType::int16u, 2, 0, 0, 0},  // AmbientInfrared
+    {{8727, 12}, TagType::int16u, 2, 0, 0, 0},  // AmbientLight
+    {{8739, 17}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltageAvg
+    {{8756, 11}, TagType::int16u, 2, 0, 0, 0},  // BatteryType
 };
 constexpr detail::TextRef kChoicesReconyx[] = {
     {8767, 1}, {8768, 1}, {8769, 1}, {8770, 1}, {8771, 1}, {5048, 1}, {5049, 1}, {5050, 1},
@@ -1895,50 +1966,51 @@ constinit detail::StreamTags gTagsReconyx("Reconyx", kText, kTagsReconyx, kKeyOr
 
 // Red: 43 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRed[] = {
-    {{11771, 13}, TagType::string, 0, 0, 0, 0},
-    {{11784, 13}, TagType::string, 0, 0, 0, 0},
-    {{11797, 10}, TagType::string, 0, 0, 0, 0},
-    {{11807, 10}, TagType::string, 0, 0, 0, 0},
-    {{11817, 10}, TagType::string, 0, 0, 0, 0},
-    {{8439, 16}, TagType::string, 0, 0, 0, 0},
-    {{8510, 12}, TagType::string, 0, 0, 0, 0},
-    {{11827, 10}, TagType::string, 0, 0, 0, 0},
-    {{11837, 10}, TagType::string, 0, 0, 0, 0},
-    {{11847, 4}, TagType::string, 0, 0, 0, 0},
-    {{11851, 11}, TagType::string, 0, 0, 0, 0},
-    {{11862, 11}, TagType::string, 0, 0, 0, 0},
-    {{8382, 15}, TagType::string, 0, 0, 0, 0},
-    {{11873, 12}, TagType::string, 0, 0, 0, 0},
-    {{11885, 11}, TagType::string, 0, 0, 0, 0},
-    {{11896, 17}, TagType::string, 0, 0, 0, 0},
-    {{11913, 17}, TagType::string, 0, 0, 0, 0},
-    {{11930, 19}, TagType::string, 0, 0, 0, 0},
-    {{11949, 12}, TagType::string, 0, 0, 0, 0},
-    {{11961, 11}, TagType::string, 0, 0, 0, 0},
-    {{11972, 8}, TagType::string, 0, 0, 0, 0},
-    {{11980, 16}, TagType::string, 0, 32, 0, 0},
-    {{11996, 8}, TagType::string, 0, 0, 0, 0},
-    {{12004, 10}, TagType::string, 0, 0, 0, 0},
-    {{12014, 9}, TagType::string, 0, 0, 0, 0},
-    {{12023, 5}, TagType::string, 0, 0, 0, 0},
-    {{12028, 14}, TagType::string, 0, 0, 0, 0},
-    {{12042, 11}, TagType::string, 0, 0, 0, 0},
-    {{12053, 6}, TagType::string, 0, 0, 0, 0},
-    {{12059, 5}, TagType::string, 0, 0, 0, 0},
-    {{12064, 6}, TagType::string, 0, 0, 0, 0},
-    {{12070, 16}, TagType::string, 0, 0, 0, 0},
-    {{12086, 9}, TagType::string, 0, 0, 0, 0},
-    {{12095, 17}, TagType::string, 0, 0, 0, 0},
-    {{12112, 8}, TagType::string, 0, 0, 0, 0},
-    {{12120, 3}, TagType::string, 0, 0, 0, 0},
-    {{12123, 7}, TagType::string, 0, 0, 0, 0},
-    {{12130, 11}, TagType::string, 0, 0, 0, 0},
-    {{12141, 13}, TagType::string, 0, 0, 0, 0},
-    {{12154, 14}, TagType::string, 0, 1, 0, 0},
-    {{12168, 10}, TagType::int32s, 0, 0, 0, 0},
-    {{12178, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{12189, 9}, TagType::float_, 0, 3, 0, 0},
+    {{11771, 13}, TagType::string, 0, 0, 0, 0},  // StartEdgeCode
+    {{11784, 13}, TagType::string, 0, 0, 0, 0},  // StartTimecode
+    {{11797, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate1
+    {{11807, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate2
+    {{11817, 10}, TagType::string, 0, 0, 0, 0},  // OtherDate3
+    {{8439, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{8510, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
+    {{11827, 10}, TagType::string, 0, 0, 0, 0},  // CameraType
+    {{11837, 10}, TagType::string, 0, 0, 0, 0},  // ReelNumber
+    {{11847, 4}, TagType::string, 0, 0, 0, 0},  // Take
+    {{11851, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{11862, 11}, TagType::string, 0, 0, 0, 0},  // TimeCreated
+    {{8382, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{11873, 12}, TagType::string, 0, 0, 0, 0},  // ReelTimecode
+    {{11885, 11}, TagType::string, 0, 0, 0, 0},  // StorageType
+    {{11896, 17}, TagType::string, 0, 0, 0, 0},  // StorageFormatDate
+    {{11913, 17}, TagType::string, 0, 0, 0, 0},  // StorageFormatTime
+    {{11930, 19}, TagType::string, 0, 0, 0, 0},  // StorageSerialNumber
+    {{11949, 12}, TagType::string, 0, 0, 0, 0},  // StorageModel
+    {{11961, 11}, TagType::string, 0, 0, 0, 0},  // AspectRatio
+    {{11972, 8}, TagType::string, 0, 0, 0, 0},  // Revision
+    {{11980, 16}, TagType::string, 0, 32, 0, 0},  // OriginalFileName
+    {{11996, 8}, TagType::string, 0, 0, 0, 0},  // LensMake
+    {{12004, 10}, TagType::string, 0, 0, 0, 0},  // LensNumber
+    {{12014, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
+    {{12023, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{12028, 14}, TagType::string, 0, 0, 0, 0},  // CameraOperator
+    {{12042, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
+    {{12053, 6}, TagType::string, 0, 0, 0, 0},  // Filter
+    {{12059, 5}, TagType::string, 0, 0, 0, 0},  // Brain
+    {{12064, 6}, TagType::string, 0, 0, 0, 0},  // Sensor
+    {{12070, 16}, TagType::string, 0, 0, 0, 0},  // ColorTemperature
+    {{12086, 9}, TagType::string, 0, 0, 0, 0},  // RGBCurves
+    {{12095, 17}, TagType::string, 0, 0, 0, 0},  // OriginalFrameRate
+    {{12112, 8}, TagType::string, 0, 0, 0, 0},  // CropArea
+    {{12120, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{12123, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{12130, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{12141, 13}, TagType::string, 0, 0, 0, 0},  // FocusDistance
+    {{12154, 14}, TagType::string, 0, 1, 0, 0},  // RedcodeVersion
+    {{12168, 10}, TagType::int32s, 0, 0, 0, 0},  // ImageWidth
+    {{12178, 11}, TagType::int32s, 0, 0, 0, 0},  // ImageHeight
+    {{12189, 9}, TagType::float_, 0, 3, 0, 0},  // FrameRate
 };
 constexpr detail::StringRow kStringsEnglishRed[] = {
     {{12198, 15}, {12213, 12}},
@@ -2109,85 +2181,86 @@ constinit detail::StreamTags gTagsRed("Red", kText, kTagsRed, kKeyOrderRed, {}, 
 
 // Ricoh: 78 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsRicoh[] = {
-    {{14537, 9}, TagType::string, 0, 0, 0, 0},
-    {{14546, 14}, TagType::string, 8, 0, 0, 0},
-    {{24, 7}, TagType::string, 0, 0, 0, 0},
-    {{14560, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{14573, 19}, TagType::int16u, 2, 2, 0, 0},
-    {{14592, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14605, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14618, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14631, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14644, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14657, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14670, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14683, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{14696, 16}, TagType::string, 2, 12, 0, 0},
-    {{14712, 17}, TagType::string, 2, 12, 0, 0},
-    {{14729, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{14744, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{14760, 9}, TagType::int8u, 2, 7, 0, 0},
-    {{14769, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{14786, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{14804, 9}, TagType::int32s, 2, 0, 0, 9},
-    {{14813, 5}, TagType::int8u, 2, 0, 9, 2},
-    {{8540, 9}, TagType::int32s, 2, 0, 11, 3},
-    {{14818, 12}, TagType::int32s, 2, 0, 14, 13},
-    {{14830, 10}, TagType::int8u, 2, 0, 27, 10},
-    {{8549, 10}, TagType::int32s, 2, 0, 37, 7},
-    {{14840, 13}, TagType::string, 2, 0, 0, 0},
-    {{8382, 15}, TagType::string, 2, 0, 0, 0},
-    {{8510, 12}, TagType::string, 2, 16, 0, 0},
-    {{14853, 20}, TagType::string, 2, 16, 0, 0},
-    {{14873, 15}, TagType::int16u, 2, 0, 44, 2},
-    {{14888, 15}, TagType::int16u, 2, 0, 46, 7},
-    {{14903, 9}, TagType::int16u, 2, 0, 53, 3},
-    {{14912, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{14932, 9}, TagType::int16u, 2, 0, 56, 9},
-    {{14941, 14}, TagType::int16u, 2, 0, 65, 7},
-    {{14955, 9}, TagType::int16u, 2, 0, 9, 2},
-    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{14981, 17}, TagType::rational64s, 2, 0, 72, 12},
-    {{14998, 13}, TagType::int16u, 2, 0, 9, 2},
-    {{15011, 21}, TagType::int16u, 2, 0, 84, 4},
-    {{15032, 14}, TagType::int32s, 2, 0, 88, 4},
-    {{15046, 12}, TagType::int16u, 2, 0, 92, 13},
-    {{15058, 10}, TagType::int16u, 2, 0, 88, 4},
-    {{8522, 8}, TagType::int32u, 2, 0, 105, 1},
-    {{15068, 12}, TagType::int16u, 2, 0, 106, 8},
-    {{15080, 9}, TagType::int16u, 2, 0, 114, 7},
-    {{15089, 11}, TagType::int16u, 2, 0, 121, 2},
-    {{15100, 8}, TagType::int16u, 2, 0, 11, 3},
-    {{15108, 8}, TagType::int16u, 2, 0, 9, 2},
-    {{15116, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{15135, 8}, TagType::int16u, 2, 0, 9, 2},
-    {{15143, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{15159, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{15175, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{15190, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{15205, 10}, TagType::int16u, 2, 0, 121, 2},
-    {{15215, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{12070, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{12130, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{15230, 11}, TagType::int32u, 2, 0, 0, 0},
-    {{15241, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{15253, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{15270, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{15288, 12}, TagType::string, 2, 16, 0, 0},
-    {{15300, 16}, TagType::string, 2, 16, 0, 0},
-    {{15316, 12}, TagType::string, 2, 16, 0, 0},
-    {{15328, 16}, TagType::string, 2, 16, 0, 0},
-    {{15344, 16}, TagType::string, 2, 20, 0, 0},
-    {{15360, 16}, TagType::string, 2, 20, 0, 0},
-    {{15376, 8}, TagType::string, 0, 0, 0, 0},
-    {{15384, 9}, TagType::string, 0, 0, 0, 0},
-    {{15393, 7}, TagType::string, 0, 0, 0, 0},
-    {{15400, 13}, TagType::rational64s, 2, 2, 0, 0},
-    {{15413, 7}, TagType::rational64u, 2, 0, 0, 0},
-    {{15420, 8}, TagType::string, 2, 0, 0, 0},
-    {{15428, 10}, TagType::string, 2, 0, 0, 0},
-    {{15438, 9}, TagType::string, 0, 0, 0, 0},
+    {{14537, 9}, TagType::string, 0, 0, 0, 0},  // RicohRDC2
+    {{14546, 14}, TagType::string, 8, 0, 0, 0},  // ThumbnailImage
+    {{24, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{14560, 13}, TagType::int8u, 2, 0, 0, 0},  // FacesDetected
+    {{14573, 19}, TagType::int16u, 2, 2, 0, 0},  // FaceDetectFrameSize
+    {{14592, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
+    {{14605, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
+    {{14618, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
+    {{14631, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
+    {{14644, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
+    {{14657, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
+    {{14670, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
+    {{14683, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
+    {{14696, 16}, TagType::string, 2, 12, 0, 0},  // FirmwareRevision
+    {{14712, 17}, TagType::string, 2, 12, 0, 0},  // FirmwareRevision2
+    {{14729, 15}, TagType::int16u, 2, 0, 0, 0},  // RicohImageWidth
+    {{14744, 16}, TagType::int16u, 2, 0, 0, 0},  // RicohImageHeight
+    {{14760, 9}, TagType::int8u, 2, 7, 0, 0},  // RicohDate
+    {{14769, 17}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageStart
+    {{14786, 18}, TagType::int16u, 2, 0, 0, 0},  // PreviewImageLength
+    {{14804, 9}, TagType::int32s, 2, 0, 0, 9},  // FlashMode
+    {{14813, 5}, TagType::int8u, 2, 0, 9, 2},  // Macro
+    {{8540, 9}, TagType::int32s, 2, 0, 11, 3},  // Sharpness
+    {{14818, 12}, TagType::int32s, 2, 0, 14, 13},  // WhiteBalance
+    {{14830, 10}, TagType::int8u, 2, 0, 27, 10},  // ISOSetting
+    {{8549, 10}, TagType::int32s, 2, 0, 37, 7},  // Saturation
+    {{14840, 13}, TagType::string, 2, 0, 0, 0},  // MakerNoteType
+    {{8382, 15}, TagType::string, 2, 0, 0, 0},  // FirmwareVersion
+    {{8510, 12}, TagType::string, 2, 16, 0, 0},  // SerialNumber
+    {{14853, 20}, TagType::string, 2, 16, 0, 0},  // InternalSerialNumber
+    {{14873, 15}, TagType::int16u, 2, 0, 44, 2},  // RecordingFormat
+    {{14888, 15}, TagType::int16u, 2, 0, 46, 7},  // ExposureProgram
+    {{14903, 9}, TagType::int16u, 2, 0, 53, 3},  // DriveMode
+    {{14912, 20}, TagType::int16u, 2, 0, 0, 0},  // WhiteBalanceFineTune
+    {{14932, 9}, TagType::int16u, 2, 0, 56, 9},  // FocusMode
+    {{14941, 14}, TagType::int16u, 2, 0, 65, 7},  // AutoBracketing
+    {{14955, 9}, TagType::int16u, 2, 0, 9, 2},  // MacroMode
+    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{14981, 17}, TagType::rational64s, 2, 0, 72, 12},  // ManualFlashOutput
+    {{14998, 13}, TagType::int16u, 2, 0, 9, 2},  // FullPressSnap
+    {{15011, 21}, TagType::int16u, 2, 0, 84, 4},  // DynamicRangeExpansion
+    {{15032, 14}, TagType::int32s, 2, 0, 88, 4},  // NoiseReduction
+    {{15046, 12}, TagType::int16u, 2, 0, 92, 13},  // ImageEffects
+    {{15058, 10}, TagType::int16u, 2, 0, 88, 4},  // Vignetting
+    {{8522, 8}, TagType::int32u, 2, 0, 105, 1},  // Contrast
+    {{15068, 12}, TagType::int16u, 2, 0, 106, 8},  // ToningEffect
+    {{15080, 9}, TagType::int16u, 2, 0, 114, 7},  // HueAdjust
+    {{15089, 11}, TagType::int16u, 2, 0, 121, 2},  // WideAdapter
+    {{15100, 8}, TagType::int16u, 2, 0, 11, 3},  // CropMode
+    {{15108, 8}, TagType::int16u, 2, 0, 9, 2},  // NDFilter
+    {{15116, 19}, TagType::int16u, 2, 0, 0, 0},  // WBBracketShotNumber
+    {{15135, 8}, TagType::int16u, 2, 0, 9, 2},  // AFStatus
+    {{15143, 16}, TagType::int32u, 2, 0, 0, 0},  // AFAreaXPosition1
+    {{15159, 16}, TagType::int32u, 2, 0, 0, 0},  // AFAreaYPosition1
+    {{15175, 15}, TagType::int32u, 2, 0, 0, 0},  // AFAreaXPosition
+    {{15190, 15}, TagType::int32u, 2, 0, 0, 0},  // AFAreaYPosition
+    {{15205, 10}, TagType::int16u, 2, 0, 121, 2},  // AFAreaMode
+    {{15215, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorTempKelvin
+    {{12070, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
+    {{12130, 11}, TagType::rational64u, 2, 0, 0, 0},  // FocalLength
+    {{15230, 11}, TagType::int32u, 2, 0, 0, 0},  // SensorWidth
+    {{15241, 12}, TagType::int32u, 2, 0, 0, 0},  // SensorHeight
+    {{15253, 17}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageWidth
+    {{15270, 18}, TagType::int32u, 2, 0, 0, 0},  // CroppedImageHeight
+    {{15288, 12}, TagType::string, 2, 16, 0, 0},  // BodyFirmware
+    {{15300, 16}, TagType::string, 2, 16, 0, 0},  // BodySerialNumber
+    {{15316, 12}, TagType::string, 2, 16, 0, 0},  // LensFirmware
+    {{15328, 16}, TagType::string, 2, 16, 0, 0},  // LensSerialNumber
+    {{15344, 16}, TagType::string, 2, 20, 0, 0},  // ManufactureDate1
+    {{15360, 16}, TagType::string, 2, 20, 0, 0},  // ManufactureDate2
+    {{15376, 8}, TagType::string, 0, 0, 0, 0},  // BlueGain
+    {{15384, 9}, TagType::string, 0, 0, 0, 0},  // GreenGain
+    {{15393, 7}, TagType::string, 0, 0, 0, 0},  // RedGain
+    {{15400, 13}, TagType::rational64s, 2, 2, 0, 0},  // Accelerometer
+    {{15413, 7}, TagType::rational64u, 2, 0, 0, 0},  // Compass
+    {{15420, 8}, TagType::string, 2, 0, 0, 0},  // TimeZone
+    {{15428, 10}, TagType::string, 2, 0, 0, 0},  // RicohModel
+    {{15438, 9}, TagType::string, 0, 0, 0, 0},  // RicohMake
 };
 constexpr detail::TextRef kChoicesRicoh[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {8772, 1},
@@ -2964,10 +3037,11 @@ constinit detail::StreamTags gTagsRicoh("Ricoh", kText, kTagsRicoh, kKeyOrderRic
 
 // SR2: 3 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSR2[] = {
-    {{28630, 15}, TagType::string, 0, 0, 0, 0},
-    {{28645, 15}, TagType::string, 0, 0, 0, 0},
-    {{28660, 12}, TagType::int32u, 0, 0, 0, 0},
+    {{28630, 15}, TagType::string, 0, 0, 0, 0},  // SR2SubIFDOffset
+    {{28645, 15}, TagType::string, 0, 0, 0, 0},  // SR2SubIFDLength
+    {{28660, 12}, TagType::int32u, 0, 0, 0, 0},  // SR2SubIFDKey
 };
 constexpr detail::StringRow kStringsEnglishSR2[] = {
     {{28672, 16}, {28688, 15}},
@@ -2988,35 +3062,36 @@ constinit detail::StreamTags gTagsSR2("SR2", kText, kTagsSR2, kKeyOrderSR2, {}, 
 
 // SRF#: 28 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSRF_[] = {
-    {{28840, 7}, TagType::string, 0, 0, 0, 0},
-    {{28847, 7}, TagType::string, 0, 0, 0, 0},
-    {{28854, 10}, TagType::string, 0, 0, 0, 0},
-    {{28864, 13}, TagType::string, 0, 0, 0, 0},
-    {{28877, 13}, TagType::string, 0, 0, 0, 0},
-    {{28890, 13}, TagType::string, 0, 0, 0, 0},
-    {{28903, 21}, TagType::string, 0, 0, 0, 0},
-    {{28924, 21}, TagType::string, 0, 0, 0, 0},
-    {{28945, 14}, TagType::string, 0, 0, 0, 0},
-    {{28959, 14}, TagType::string, 0, 0, 0, 0},
-    {{28973, 13}, TagType::string, 0, 0, 0, 0},
-    {{28986, 15}, TagType::string, 0, 0, 0, 0},
-    {{29001, 14}, TagType::string, 0, 0, 0, 0},
-    {{29015, 11}, TagType::string, 0, 0, 0, 0},
-    {{29026, 13}, TagType::string, 0, 0, 0, 0},
-    {{29039, 12}, TagType::string, 0, 0, 0, 0},
-    {{29051, 16}, TagType::string, 0, 0, 0, 0},
-    {{29067, 18}, TagType::string, 0, 0, 0, 0},
-    {{29085, 17}, TagType::string, 0, 0, 0, 0},
-    {{29102, 13}, TagType::string, 0, 0, 0, 0},
-    {{29115, 15}, TagType::string, 0, 0, 0, 0},
-    {{29130, 14}, TagType::string, 0, 0, 0, 0},
-    {{29144, 10}, TagType::string, 0, 0, 0, 0},
-    {{29154, 12}, TagType::string, 0, 0, 0, 0},
-    {{29166, 11}, TagType::string, 0, 0, 0, 0},
-    {{29177, 11}, TagType::string, 0, 0, 0, 0},
-    {{29188, 13}, TagType::string, 0, 0, 0, 0},
-    {{29201, 12}, TagType::string, 0, 0, 0, 0},
+    {{28840, 7}, TagType::string, 0, 0, 0, 0},  // SRF2Key
+    {{28847, 7}, TagType::string, 0, 0, 0, 0},  // DataKey
+    {{28854, 10}, TagType::string, 0, 0, 0, 0},  // SRF6Offset
+    {{28864, 13}, TagType::string, 0, 0, 0, 0},  // SRFDataOffset
+    {{28877, 13}, TagType::string, 0, 0, 0, 0},  // RawDataOffset
+    {{28890, 13}, TagType::string, 0, 0, 0, 0},  // RawDataLength
+    {{28903, 21}, TagType::string, 0, 0, 0, 0},  // MaxApertureAtMaxFocal
+    {{28924, 21}, TagType::string, 0, 0, 0, 0},  // MaxApertureAtMinFocal
+    {{28945, 14}, TagType::string, 0, 0, 0, 0},  // MinFocalLength
+    {{28959, 14}, TagType::string, 0, 0, 0, 0},  // MaxFocalLength
+    {{28973, 13}, TagType::string, 0, 0, 0, 0},  // WBRedDaylight
+    {{28986, 15}, TagType::string, 0, 0, 0, 0},  // WBGreenDaylight
+    {{29001, 14}, TagType::string, 0, 0, 0, 0},  // WBBlueDaylight
+    {{29015, 11}, TagType::string, 0, 0, 0, 0},  // WBRedCloudy
+    {{29026, 13}, TagType::string, 0, 0, 0, 0},  // WBGreenCloudy
+    {{29039, 12}, TagType::string, 0, 0, 0, 0},  // WBBlueCloudy
+    {{29051, 16}, TagType::string, 0, 0, 0, 0},  // WBRedFluorescent
+    {{29067, 18}, TagType::string, 0, 0, 0, 0},  // WBGreenFluorescent
+    {{29085, 17}, TagType::string, 0, 0, 0, 0},  // WBBlueFluorescent
+    {{29102, 13}, TagType::string, 0, 0, 0, 0},  // WBRedTungsten
+    {{29115, 15}, TagType::string, 0, 0, 0, 0},  // WBGreenTungsten
+    {{29130, 14}, TagType::string, 0, 0, 0, 0},  // WBBlueTungsten
+    {{29144, 10}, TagType::string, 0, 0, 0, 0},  // WBRedFlash
+    {{29154, 12}, TagType::string, 0, 0, 0, 0},  // WBGreenFlash
+    {{29166, 11}, TagType::string, 0, 0, 0, 0},  // WBBlueFlash
+    {{29177, 11}, TagType::string, 0, 0, 0, 0},  // WBRedAsShot
+    {{29188, 13}, TagType::string, 0, 0, 0, 0},  // WBGreenAsShot
+    {{29201, 12}, TagType::string, 0, 0, 0, 0},  // WBBlueAsShot
 };
 constexpr detail::StringRow kStringsEnglishSRF_[] = {
     {{29213, 12}, {29225, 8}},
@@ -3093,12 +3168,13 @@ constinit detail::StreamTags gTagsSRF_("SRF#", kText, kTagsSRF_, kKeyOrderSRF_, 
 
 // SVG: 5 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSVG[] = {
-    {{12178, 11}, TagType::string, 0, 0, 0, 0},
-    {{30768, 2}, TagType::string, 0, 0, 0, 0},
-    {{30770, 10}, TagType::string, 0, 0, 0, 0},
-    {{30780, 10}, TagType::string, 0, 0, 0, 0},
-    {{12168, 10}, TagType::string, 0, 0, 0, 0},
+    {{12178, 11}, TagType::string, 0, 0, 0, 0},  // ImageHeight
+    {{30768, 2}, TagType::string, 0, 0, 0, 0},  // ID
+    {{30770, 10}, TagType::string, 0, 0, 0, 0},  // MetadataID
+    {{30780, 10}, TagType::string, 0, 0, 0, 0},  // SVGVersion
+    {{12168, 10}, TagType::string, 0, 0, 0, 0},  // ImageWidth
 };
 constexpr detail::StringRow kStringsEnglishSVG[] = {
     {{30790, 6}, {30768, 2}},
@@ -3146,130 +3222,131 @@ constinit detail::StreamTags gTagsSVG("SVG", kText, kTagsSVG, kKeyOrderSVG, {}, 
 
 // Samsung: 123 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSamsung[] = {
-    {{30949, 8}, TagType::string, 0, 0, 0, 0},
-    {{30957, 13}, TagType::string, 0, 64, 0, 0},
-    {{30970, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{30983, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{16025, 6}, TagType::string, 0, 0, 0, 0},
-    {{30997, 7}, TagType::string, 0, 0, 0, 0},
-    {{31004, 4}, TagType::string, 0, 32, 0, 0},
-    {{12023, 5}, TagType::string, 0, 32, 0, 0},
-    {{31008, 12}, TagType::float_, 2, 0, 0, 0},
-    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},
-    {{31020, 20}, TagType::rational64s, 2, 0, 0, 0},
-    {{12120, 3}, TagType::int32u, 2, 0, 0, 0},
-    {{1787, 8}, TagType::string, 0, 32, 0, 0},
-    {{8366, 16}, TagType::string, 2, 8, 0, 0},
-    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{31040, 8}, TagType::rational64s, 2, 0, 0, 0},
-    {{31048, 10}, TagType::rational64s, 2, 0, 0, 0},
-    {{31058, 9}, TagType::rational64s, 2, 0, 0, 0},
-    {{31067, 17}, TagType::int16u, 2, 0, 0, 13},
-    {{31084, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{31102, 23}, TagType::int16u, 2, 0, 0, 0},
-    {{31125, 22}, TagType::int16u, 2, 0, 0, 0},
-    {{31147, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{31168, 16}, TagType::string, 0, 0, 0, 0},
-    {{31184, 18}, TagType::string, 0, 0, 0, 0},
-    {{31202, 12}, TagType::string, 0, 0, 0, 0},
-    {{31214, 10}, TagType::string, 0, 0, 0, 0},
-    {{31224, 16}, TagType::string, 0, 0, 0, 0},
-    {{31240, 13}, TagType::string, 0, 0, 0, 0},
-    {{31253, 12}, TagType::string, 0, 0, 0, 0},
-    {{31265, 13}, TagType::string, 0, 0, 0, 0},
-    {{31278, 12}, TagType::string, 0, 0, 0, 0},
-    {{31290, 17}, TagType::string, 0, 0, 0, 0},
-    {{31307, 14}, TagType::string, 0, 0, 0, 0},
-    {{31321, 10}, TagType::string, 0, 0, 0, 0},
-    {{31331, 10}, TagType::string, 0, 0, 0, 0},
-    {{31341, 11}, TagType::string, 0, 0, 0, 0},
-    {{31352, 10}, TagType::string, 0, 0, 0, 0},
-    {{31362, 10}, TagType::string, 0, 0, 0, 0},
-    {{31372, 10}, TagType::string, 0, 0, 0, 0},
-    {{31382, 12}, TagType::string, 0, 0, 0, 0},
-    {{31394, 17}, TagType::string, 0, 0, 0, 0},
-    {{31411, 12}, TagType::string, 0, 0, 0, 0},
-    {{31423, 11}, TagType::string, 0, 0, 0, 0},
-    {{31434, 8}, TagType::string, 0, 0, 0, 0},
-    {{31442, 9}, TagType::string, 0, 0, 0, 0},
-    {{31451, 8}, TagType::string, 0, 0, 0, 0},
-    {{31459, 17}, TagType::string, 0, 0, 0, 0},
-    {{31476, 12}, TagType::string, 0, 0, 0, 0},
-    {{31488, 15}, TagType::string, 0, 0, 0, 0},
-    {{31503, 12}, TagType::string, 0, 0, 0, 0},
-    {{31515, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{31529, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{31544, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{31559, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{31574, 13}, TagType::string, 8, 0, 0, 0},
-    {{31587, 14}, TagType::string, 8, 0, 0, 0},
-    {{31601, 17}, TagType::string, 0, 0, 0, 0},
-    {{31618, 17}, TagType::string, 8, 0, 0, 0},
-    {{31635, 21}, TagType::string, 0, 0, 0, 0},
-    {{31656, 17}, TagType::string, 8, 0, 0, 0},
-    {{31673, 21}, TagType::string, 0, 0, 0, 0},
-    {{31694, 9}, TagType::string, 0, 0, 0, 0},
-    {{31703, 15}, TagType::string, 8, 0, 0, 0},
-    {{31718, 19}, TagType::string, 0, 0, 0, 0},
-    {{31737, 17}, TagType::string, 8, 0, 0, 0},
-    {{31754, 17}, TagType::string, 0, 0, 0, 0},
-    {{31771, 7}, TagType::string, 0, 0, 13, 226},
-    {{31778, 12}, TagType::string, 8, 0, 0, 0},
-    {{31790, 13}, TagType::string, 8, 0, 0, 0},
-    {{31803, 12}, TagType::string, 0, 0, 0, 0},
-    {{31815, 18}, TagType::string, 8, 0, 0, 0},
-    {{31833, 10}, TagType::int32u, 2, 0, 239, 5},
-    {{31843, 14}, TagType::int32u, 2, 0, 244, 42},
-    {{31857, 15}, TagType::int16u, 2, 2, 286, 9},
-    {{31872, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{31885, 17}, TagType::string, 2, 0, 0, 0},
-    {{31902, 12}, TagType::string, 2, 0, 0, 0},
-    {{31914, 16}, TagType::string, 2, 0, 295, 2},
-    {{31930, 17}, TagType::int32u, 2, 0, 295, 2},
-    {{31947, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{31964, 17}, TagType::string, 2, 0, 297, 3},
-    {{31981, 10}, TagType::int16u, 2, 0, 295, 2},
-    {{31991, 15}, TagType::int32u, 2, 0, 295, 2},
-    {{32006, 8}, TagType::string, 2, 0, 0, 0},
-    {{32014, 12}, TagType::string, 2, 0, 0, 0},
-    {{8510, 12}, TagType::string, 2, 0, 0, 0},
-    {{32026, 8}, TagType::int16u, 2, 0, 300, 18},
-    {{15316, 12}, TagType::string, 2, 0, 0, 0},
-    {{32034, 24}, TagType::string, 2, 0, 0, 0},
-    {{32058, 11}, TagType::int32u, 2, 8, 0, 0},
-    {{32069, 10}, TagType::int16u, 2, 0, 295, 2},
-    {{32079, 10}, TagType::int16u, 2, 0, 295, 2},
-    {{32089, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{32112, 13}, TagType::int32u, 18, 11, 0, 0},
-    {{32125, 24}, TagType::int32u, 2, 4, 0, 0},
-    {{32149, 17}, TagType::int32u, 2, 4, 0, 0},
-    {{32166, 25}, TagType::int32u, 2, 4, 0, 0},
-    {{32191, 25}, TagType::int32u, 2, 4, 0, 0},
-    {{32216, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{32239, 18}, TagType::int32s, 2, 4, 0, 0},
-    {{32257, 11}, TagType::int32s, 2, 9, 0, 0},
-    {{32268, 15}, TagType::int32s, 2, 9, 0, 0},
-    {{32283, 19}, TagType::int32s, 2, 9, 0, 0},
-    {{32302, 17}, TagType::int32s, 2, 4, 0, 0},
-    {{32319, 10}, TagType::int32s, 2, 4, 0, 0},
-    {{32329, 15}, TagType::int32u, 2, 2, 0, 0},
-    {{32344, 8}, TagType::int32u, 2, 2, 0, 0},
-    {{32352, 20}, TagType::int32u, 2, 23, 0, 0},
-    {{32372, 24}, TagType::int32u, 2, 23, 0, 0},
-    {{32396, 13}, TagType::int32u, 2, 23, 0, 0},
-    {{32409, 17}, TagType::int32u, 2, 23, 0, 0},
-    {{32426, 7}, TagType::int32s, 2, 12, 0, 0},
-    {{32433, 10}, TagType::int32s, 2, 8, 0, 0},
-    {{32443, 19}, TagType::int16u, 2, 22, 0, 0},
-    {{15058, 10}, TagType::int16u, 2, 15, 0, 0},
-    {{32462, 20}, TagType::int16u, 2, 15, 0, 0},
-    {{32482, 17}, TagType::int16u, 2, 15, 0, 0},
-    {{32499, 20}, TagType::int32s, 2, 8, 0, 0},
-    {{32519, 20}, TagType::int32s, 2, 8, 0, 0},
-    {{32539, 20}, TagType::int32s, 2, 8, 0, 0},
-    {{14546, 14}, TagType::string, 0, 0, 0, 0},
+    {{30949, 8}, TagType::string, 0, 0, 0, 0},  // UniqueID
+    {{30957, 13}, TagType::string, 0, 64, 0, 0},  // DualShotDummy
+    {{30970, 13}, TagType::int32u, 0, 0, 0, 0},  // DepthMapWidth
+    {{30983, 14}, TagType::int32u, 0, 0, 0, 0},  // DepthMapHeight
+    {{16025, 6}, TagType::string, 0, 0, 0, 0},  // Effect
+    {{30997, 7}, TagType::string, 0, 0, 0, 0},  // Quality
+    {{31004, 4}, TagType::string, 0, 32, 0, 0},  // Make
+    {{12023, 5}, TagType::string, 0, 32, 0, 0},  // Model
+    {{31008, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
+    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
+    {{31020, 20}, TagType::rational64s, 2, 0, 0, 0},  // ExposureCompensation
+    {{12120, 3}, TagType::int32u, 2, 0, 0, 0},  // ISO
+    {{1787, 8}, TagType::string, 0, 32, 0, 0},  // Software
+    {{8366, 16}, TagType::string, 2, 8, 0, 0},  // MakerNoteVersion
+    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{31040, 8}, TagType::rational64s, 2, 0, 0, 0},  // YawAngle
+    {{31048, 10}, TagType::rational64s, 2, 0, 0, 0},  // PitchAngle
+    {{31058, 9}, TagType::rational64s, 2, 0, 0, 0},  // RollAngle
+    {{31067, 17}, TagType::int16u, 2, 0, 0, 13},  // PictureWizardMode
+    {{31084, 18}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardColor
+    {{31102, 23}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardSaturation
+    {{31125, 22}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardSharpness
+    {{31147, 21}, TagType::int16u, 2, 0, 0, 0},  // PictureWizardContrast
+    {{31168, 16}, TagType::string, 0, 0, 0, 0},  // BeautyColorLevel
+    {{31184, 18}, TagType::string, 0, 0, 0, 0},  // BeautyRetouchLevel
+    {{31202, 12}, TagType::string, 0, 0, 0, 0},  // BlurStrength
+    {{31214, 10}, TagType::string, 0, 0, 0, 0},  // BokehShape
+    {{31224, 16}, TagType::string, 0, 0, 0, 0},  // ColorpopStrength
+    {{31240, 13}, TagType::string, 0, 0, 0, 0},  // DepthHWHeight
+    {{31253, 12}, TagType::string, 0, 0, 0, 0},  // DepthHWWidth
+    {{31265, 13}, TagType::string, 0, 0, 0, 0},  // DepthSWHeight
+    {{31278, 12}, TagType::string, 0, 0, 0, 0},  // DepthSWWidth
+    {{31290, 17}, TagType::string, 0, 0, 0, 0},  // DeviceOrientation
+    {{31307, 14}, TagType::string, 0, 0, 0, 0},  // EffectStrength
+    {{31321, 10}, TagType::string, 0, 0, 0, 0},  // EffectType
+    {{31331, 10}, TagType::string, 0, 0, 0, 0},  // FlipStatus
+    {{31341, 11}, TagType::string, 0, 0, 0, 0},  // InputHeight
+    {{31352, 10}, TagType::string, 0, 0, 0, 0},  // InputWidth
+    {{31362, 10}, TagType::string, 0, 0, 0, 0},  // IsArtBokeh
+    {{31372, 10}, TagType::string, 0, 0, 0, 0},  // LensFacing
+    {{31382, 12}, TagType::string, 0, 0, 0, 0},  // MonoStrength
+    {{31394, 17}, TagType::string, 0, 0, 0, 0},  // ObjectOrientation
+    {{31411, 12}, TagType::string, 0, 0, 0, 0},  // OutputHeight
+    {{31423, 11}, TagType::string, 0, 0, 0, 0},  // OutputWidth
+    {{31434, 8}, TagType::string, 0, 0, 0, 0},  // PerfMode
+    {{31442, 9}, TagType::string, 0, 0, 0, 0},  // SegHeight
+    {{31451, 8}, TagType::string, 0, 0, 0, 0},  // SegWidth
+    {{31459, 17}, TagType::string, 0, 0, 0, 0},  // SidelightStrength
+    {{31476, 12}, TagType::string, 0, 0, 0, 0},  // SpinStrength
+    {{31488, 15}, TagType::string, 0, 0, 0, 0},  // VintageStrength
+    {{31503, 12}, TagType::string, 0, 0, 0, 0},  // ZoomStrength
+    {{31515, 14}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailWidth
+    {{31529, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailHeight
+    {{31544, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
+    {{31559, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
+    {{31574, 13}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage
+    {{31587, 14}, TagType::string, 8, 0, 0, 0},  // EmbeddedImage2
+    {{31601, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedImageName
+    {{31618, 17}, TagType::string, 8, 0, 0, 0},  // EmbeddedAudioFile
+    {{31635, 21}, TagType::string, 0, 0, 0, 0},  // EmbeddedAudioFileName
+    {{31656, 17}, TagType::string, 8, 0, 0, 0},  // SurroundShotVideo
+    {{31673, 21}, TagType::string, 0, 0, 0, 0},  // SurroundShotVideoName
+    {{31694, 9}, TagType::string, 0, 0, 0, 0},  // TimeStamp
+    {{31703, 15}, TagType::string, 8, 0, 0, 0},  // DualCameraImage
+    {{31718, 19}, TagType::string, 0, 0, 0, 0},  // DualCameraImageName
+    {{31737, 17}, TagType::string, 8, 0, 0, 0},  // EmbeddedVideoFile
+    {{31754, 17}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideoType
+    {{31771, 7}, TagType::string, 0, 0, 13, 226},  // MCCData
+    {{31778, 12}, TagType::string, 8, 0, 0, 0},  // DepthMapData
+    {{31790, 13}, TagType::string, 8, 0, 0, 0},  // DepthMapData2
+    {{31803, 12}, TagType::string, 0, 0, 0, 0},  // DepthMapName
+    {{31815, 18}, TagType::string, 8, 0, 0, 0},  // SingleShotDepthMap
+    {{31833, 10}, TagType::int32u, 2, 0, 239, 5},  // DeviceType
+    {{31843, 14}, TagType::int32u, 2, 0, 244, 42},  // SamsungModelID
+    {{31857, 15}, TagType::int16u, 2, 2, 286, 9},  // SmartAlbumColor
+    {{31872, 13}, TagType::int16u, 2, 0, 0, 0},  // PictureWizard
+    {{31885, 17}, TagType::string, 2, 0, 0, 0},  // LocalLocationName
+    {{31902, 12}, TagType::string, 2, 0, 0, 0},  // LocationName
+    {{31914, 16}, TagType::string, 2, 0, 295, 2},  // RawDataByteOrder
+    {{31930, 17}, TagType::int32u, 2, 0, 295, 2},  // WhiteBalanceSetup
+    {{31947, 17}, TagType::rational64s, 2, 0, 0, 0},  // CameraTemperature
+    {{31964, 17}, TagType::string, 2, 0, 297, 3},  // RawDataCFAPattern
+    {{31981, 10}, TagType::int16u, 2, 0, 295, 2},  // FaceDetect
+    {{31991, 15}, TagType::int32u, 2, 0, 295, 2},  // FaceRecognition
+    {{32006, 8}, TagType::string, 2, 0, 0, 0},  // FaceName
+    {{32014, 12}, TagType::string, 2, 0, 0, 0},  // FirmwareName
+    {{8510, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{32026, 8}, TagType::int16u, 2, 0, 300, 18},  // LensType
+    {{15316, 12}, TagType::string, 2, 0, 0, 0},  // LensFirmware
+    {{32034, 24}, TagType::string, 2, 0, 0, 0},  // InternalLensSerialNumber
+    {{32058, 11}, TagType::int32u, 2, 8, 0, 0},  // SensorAreas
+    {{32069, 10}, TagType::int16u, 2, 0, 295, 2},  // ColorSpace
+    {{32079, 10}, TagType::int16u, 2, 0, 295, 2},  // SmartRange
+    {{32089, 23}, TagType::int32u, 2, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{32112, 13}, TagType::int32u, 18, 11, 0, 0},  // EncryptionKey
+    {{32125, 24}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsUncorrected
+    {{32149, 17}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsAuto
+    {{32166, 25}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsIlluminator1
+    {{32191, 25}, TagType::int32u, 2, 4, 0, 0},  // WB_RGGBLevelsIlluminator2
+    {{32216, 23}, TagType::int32u, 2, 0, 0, 0},  // HighlightLinearityLimit
+    {{32239, 18}, TagType::int32s, 2, 4, 0, 0},  // WB_RGGBLevelsBlack
+    {{32257, 11}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrix
+    {{32268, 15}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrixSRGB
+    {{32283, 19}, TagType::int32s, 2, 9, 0, 0},  // ColorMatrixAdobeRGB
+    {{32302, 17}, TagType::int32s, 2, 4, 0, 0},  // CbCrMatrixDefault
+    {{32319, 10}, TagType::int32s, 2, 4, 0, 0},  // CbCrMatrix
+    {{32329, 15}, TagType::int32u, 2, 2, 0, 0},  // CbCrGainDefault
+    {{32344, 8}, TagType::int32u, 2, 2, 0, 0},  // CbCrGain
+    {{32352, 20}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveSRGBDefault
+    {{32372, 24}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveAdobeRGBDefault
+    {{32396, 13}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveSRGB
+    {{32409, 17}, TagType::int32u, 2, 23, 0, 0},  // ToneCurveAdobeRGB
+    {{32426, 7}, TagType::int32s, 2, 12, 0, 0},  // RawData
+    {{32433, 10}, TagType::int32s, 2, 8, 0, 0},  // Distortion
+    {{32443, 19}, TagType::int16u, 2, 22, 0, 0},  // ChromaticAberration
+    {{15058, 10}, TagType::int16u, 2, 15, 0, 0},  // Vignetting
+    {{32462, 20}, TagType::int16u, 2, 15, 0, 0},  // VignettingCorrection
+    {{32482, 17}, TagType::int16u, 2, 15, 0, 0},  // VignettingSetting
+    {{32499, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa055
+    {{32519, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa056
+    {{32539, 20}, TagType::int32s, 2, 8, 0, 0},  // Samsung_Type2_0xa057
+    {{14546, 14}, TagType::string, 0, 0, 0, 0},  // ThumbnailImage
 };
 constexpr detail::TextRef kChoicesSamsung[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5054, 1}, {8772, 1},
@@ -3984,48 +4061,49 @@ constinit detail::StreamTags gTagsSamsung("Samsung", kText, kTagsSamsung, kKeyOr
 
 // Sanyo: 41 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSanyo[] = {
-    {{14560, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{52519, 12}, TagType::int32u, 2, 4, 0, 0},
-    {{31004, 4}, TagType::string, 0, 24, 0, 0},
-    {{12023, 5}, TagType::string, 0, 8, 0, 0},
-    {{31008, 12}, TagType::int32u, 0, 0, 0, 0},
-    {{12123, 7}, TagType::float_, 0, 0, 0, 0},
-    {{31020, 20}, TagType::float_, 0, 0, 0, 0},
-    {{14818, 12}, TagType::int16u, 0, 0, 0, 6},
-    {{12130, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{12120, 3}, TagType::int32u, 0, 0, 0, 0},
-    {{1787, 8}, TagType::string, 0, 32, 0, 0},
-    {{52531, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{52546, 14}, TagType::string, 2, 0, 0, 0},
-    {{52560, 11}, TagType::int32u, 2, 3, 0, 0},
-    {{52571, 12}, TagType::int16u, 2, 0, 6, 24},
-    {{14813, 5}, TagType::int16u, 2, 0, 30, 4},
-    {{52583, 11}, TagType::rational64u, 2, 0, 0, 0},
-    {{52594, 15}, TagType::string, 2, 0, 0, 0},
-    {{52609, 8}, TagType::string, 2, 0, 0, 0},
-    {{52617, 8}, TagType::string, 2, 0, 0, 0},
-    {{52625, 14}, TagType::int16u, 2, 0, 30, 4},
-    {{52639, 9}, TagType::int16u, 2, 0, 34, 2},
-    {{52648, 19}, TagType::int16u, 2, 0, 34, 2},
-    {{52667, 9}, TagType::int16u, 2, 0, 34, 2},
-    {{52676, 9}, TagType::int16u, 2, 0, 34, 2},
-    {{52685, 9}, TagType::int16u, 2, 0, 34, 2},
-    {{52694, 20}, TagType::int16u, 2, 0, 34, 2},
-    {{52714, 13}, TagType::int16u, 2, 0, 34, 2},
-    {{52727, 13}, TagType::int16u, 2, 0, 34, 2},
-    {{52740, 13}, TagType::int16u, 2, 0, 34, 2},
-    {{52753, 18}, TagType::int16u, 2, 0, 34, 2},
-    {{52771, 7}, TagType::int16u, 2, 0, 34, 2},
-    {{52778, 11}, TagType::int16u, 2, 0, 36, 7},
-    {{52789, 19}, TagType::rational64u, 2, 0, 0, 0},
-    {{52808, 20}, TagType::int16u, 2, 0, 30, 4},
-    {{14804, 9}, TagType::int16u, 2, 0, 30, 4},
-    {{52828, 8}, TagType::string, 10, 0, 0, 0},
-    {{31515, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{31529, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{31544, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{31559, 15}, TagType::int32u, 0, 0, 0, 0},
+    {{14560, 13}, TagType::int32u, 2, 0, 0, 0},  // FacesDetected
+    {{52519, 12}, TagType::int32u, 2, 4, 0, 0},  // FacePosition
+    {{31004, 4}, TagType::string, 0, 24, 0, 0},  // Make
+    {{12023, 5}, TagType::string, 0, 8, 0, 0},  // Model
+    {{31008, 12}, TagType::int32u, 0, 0, 0, 0},  // ExposureTime
+    {{12123, 7}, TagType::float_, 0, 0, 0, 0},  // FNumber
+    {{31020, 20}, TagType::float_, 0, 0, 0, 0},  // ExposureCompensation
+    {{14818, 12}, TagType::int16u, 0, 0, 0, 6},  // WhiteBalance
+    {{12130, 11}, TagType::int32u, 0, 0, 0, 0},  // FocalLength
+    {{12120, 3}, TagType::int32u, 0, 0, 0, 0},  // ISO
+    {{1787, 8}, TagType::string, 0, 32, 0, 0},  // Software
+    {{52531, 15}, TagType::int32u, 2, 0, 0, 0},  // MakerNoteOffset
+    {{52546, 14}, TagType::string, 2, 0, 0, 0},  // SanyoThumbnail
+    {{52560, 11}, TagType::int32u, 2, 3, 0, 0},  // SpecialMode
+    {{52571, 12}, TagType::int16u, 2, 0, 6, 24},  // SanyoQuality
+    {{14813, 5}, TagType::int16u, 2, 0, 30, 4},  // Macro
+    {{52583, 11}, TagType::rational64u, 2, 0, 0, 0},  // DigitalZoom
+    {{52594, 15}, TagType::string, 2, 0, 0, 0},  // SoftwareVersion
+    {{52609, 8}, TagType::string, 2, 0, 0, 0},  // PictInfo
+    {{52617, 8}, TagType::string, 2, 0, 0, 0},  // CameraID
+    {{52625, 14}, TagType::int16u, 2, 0, 30, 4},  // SequentialShot
+    {{52639, 9}, TagType::int16u, 2, 0, 34, 2},  // WideRange
+    {{52648, 19}, TagType::int16u, 2, 0, 34, 2},  // ColorAdjustmentMode
+    {{52667, 9}, TagType::int16u, 2, 0, 34, 2},  // QuickShot
+    {{52676, 9}, TagType::int16u, 2, 0, 34, 2},  // SelfTimer
+    {{52685, 9}, TagType::int16u, 2, 0, 34, 2},  // VoiceMemo
+    {{52694, 20}, TagType::int16u, 2, 0, 34, 2},  // RecordShutterRelease
+    {{52714, 13}, TagType::int16u, 2, 0, 34, 2},  // FlickerReduce
+    {{52727, 13}, TagType::int16u, 2, 0, 34, 2},  // OpticalZoomOn
+    {{52740, 13}, TagType::int16u, 2, 0, 34, 2},  // DigitalZoomOn
+    {{52753, 18}, TagType::int16u, 2, 0, 34, 2},  // LightSourceSpecial
+    {{52771, 7}, TagType::int16u, 2, 0, 34, 2},  // Resaved
+    {{52778, 11}, TagType::int16u, 2, 0, 36, 7},  // SceneSelect
+    {{52789, 19}, TagType::rational64u, 2, 0, 0, 0},  // ManualFocusDistance
+    {{52808, 20}, TagType::int16u, 2, 0, 30, 4},  // SequenceShotInterval
+    {{14804, 9}, TagType::int16u, 2, 0, 30, 4},  // FlashMode
+    {{52828, 8}, TagType::string, 10, 0, 0, 0},  // DataDump
+    {{31515, 14}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailWidth
+    {{31529, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailHeight
+    {{31544, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailLength
+    {{31559, 15}, TagType::int32u, 0, 0, 0, 0},  // ThumbnailOffset
 };
 constexpr detail::TextRef kChoicesSanyo[] = {
     {5048, 1}, {5049, 1}, {5050, 1}, {5051, 1}, {5052, 1}, {5053, 1}, {5048, 1}, {5049, 1},
@@ -4538,76 +4616,77 @@ constinit detail::StreamTags gTagsSanyo("Sanyo", kText, kTagsSanyo, kKeyOrderSan
 
 // Sigma: 69 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSigma[] = {
-    {{8510, 12}, TagType::string, 2, 0, 0, 0},
-    {{14903, 9}, TagType::string, 2, 0, 0, 0},
-    {{58485, 14}, TagType::string, 2, 0, 0, 0},
-    {{58499, 6}, TagType::string, 2, 0, 0, 0},
-    {{58505, 12}, TagType::string, 2, 0, 0, 0},
-    {{14818, 12}, TagType::string, 2, 0, 0, 0},
-    {{58517, 12}, TagType::string, 2, 0, 0, 4},
-    {{58529, 12}, TagType::string, 2, 0, 4, 3},
-    {{58541, 14}, TagType::string, 2, 2, 0, 0},
-    {{32069, 10}, TagType::string, 2, 0, 0, 0},
-    {{31020, 20}, TagType::string, 2, 0, 0, 0},
-    {{58555, 14}, TagType::rational64s, 2, 0, 0, 0},
-    {{8522, 8}, TagType::string, 2, 0, 0, 0},
-    {{58569, 6}, TagType::string, 2, 0, 0, 0},
-    {{58575, 9}, TagType::string, 2, 0, 0, 0},
-    {{8549, 10}, TagType::string, 2, 0, 0, 0},
-    {{8540, 9}, TagType::string, 2, 0, 0, 0},
-    {{58584, 11}, TagType::string, 2, 0, 0, 0},
-    {{58595, 15}, TagType::string, 2, 3, 0, 0},
-    {{58610, 14}, TagType::string, 2, 0, 0, 0},
-    {{30997, 7}, TagType::string, 2, 0, 0, 0},
-    {{58624, 8}, TagType::string, 2, 0, 0, 0},
-    {{1787, 8}, TagType::string, 2, 0, 0, 0},
-    {{58632, 11}, TagType::string, 2, 0, 0, 0},
-    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{58643, 25}, TagType::string, 2, 0, 0, 0},
-    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{58668, 23}, TagType::string, 2, 0, 0, 0},
-    {{58691, 16}, TagType::int16u, 2, 2, 0, 0},
-    {{8366, 16}, TagType::string, 2, 0, 0, 0},
-    {{58707, 7}, TagType::string, 2, 0, 0, 0},
-    {{58714, 10}, TagType::string, 2, 0, 0, 0},
-    {{58724, 11}, TagType::string, 2, 0, 0, 0},
-    {{32026, 8}, TagType::string, 2, 0, 7, 217},
-    {{58735, 20}, TagType::rational64u, 2, 2, 0, 0},
-    {{58755, 9}, TagType::int32u, 2, 0, 224, 9},
-    {{58764, 17}, TagType::string, 2, 0, 0, 0},
-    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},
-    {{31008, 12}, TagType::rational64u, 2, 0, 0, 0},
-    {{58781, 13}, TagType::string, 2, 0, 0, 0},
-    {{58794, 9}, TagType::int32u, 2, 0, 0, 0},
-    {{58803, 17}, TagType::string, 2, 0, 0, 0},
-    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{58820, 11}, TagType::string, 2, 0, 0, 0},
-    {{58831, 9}, TagType::string, 2, 0, 0, 0},
-    {{58840, 13}, TagType::string, 2, 0, 0, 0},
-    {{12023, 5}, TagType::string, 2, 0, 0, 0},
-    {{12120, 3}, TagType::int16u, 2, 0, 0, 0},
-    {{58853, 17}, TagType::float_, 2, 9, 0, 0},
-    {{58870, 16}, TagType::float_, 2, 3, 0, 0},
-    {{58886, 20}, TagType::float_, 2, 3, 0, 0},
-    {{58906, 17}, TagType::float_, 2, 3, 0, 0},
-    {{58923, 20}, TagType::float_, 2, 3, 0, 0},
-    {{58943, 24}, TagType::float_, 2, 3, 0, 0},
-    {{58967, 23}, TagType::float_, 2, 3, 0, 0},
-    {{58990, 17}, TagType::float_, 2, 3, 0, 0},
-    {{59007, 19}, TagType::float_, 2, 3, 0, 0},
-    {{59026, 19}, TagType::float_, 2, 3, 0, 0},
-    {{59045, 19}, TagType::float_, 2, 3, 0, 0},
-    {{59064, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59084, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59104, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59124, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59144, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59164, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59184, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59204, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59224, 20}, TagType::float_, 2, 3, 0, 0},
-    {{59244, 20}, TagType::float_, 2, 3, 0, 0},
+    {{8510, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{14903, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
+    {{58485, 14}, TagType::string, 2, 0, 0, 0},  // ResolutionMode
+    {{58499, 6}, TagType::string, 2, 0, 0, 0},  // AFMode
+    {{58505, 12}, TagType::string, 2, 0, 0, 0},  // FocusSetting
+    {{14818, 12}, TagType::string, 2, 0, 0, 0},  // WhiteBalance
+    {{58517, 12}, TagType::string, 2, 0, 0, 4},  // ExposureMode
+    {{58529, 12}, TagType::string, 2, 0, 4, 3},  // MeteringMode
+    {{58541, 14}, TagType::string, 2, 2, 0, 0},  // LensFocalRange
+    {{32069, 10}, TagType::string, 2, 0, 0, 0},  // ColorSpace
+    {{31020, 20}, TagType::string, 2, 0, 0, 0},  // ExposureCompensation
+    {{58555, 14}, TagType::rational64s, 2, 0, 0, 0},  // ExposureAdjust
+    {{8522, 8}, TagType::string, 2, 0, 0, 0},  // Contrast
+    {{58569, 6}, TagType::string, 2, 0, 0, 0},  // Shadow
+    {{58575, 9}, TagType::string, 2, 0, 0, 0},  // Highlight
+    {{8549, 10}, TagType::string, 2, 0, 0, 0},  // Saturation
+    {{8540, 9}, TagType::string, 2, 0, 0, 0},  // Sharpness
+    {{58584, 11}, TagType::string, 2, 0, 0, 0},  // X3FillLight
+    {{58595, 15}, TagType::string, 2, 3, 0, 0},  // ColorAdjustment
+    {{58610, 14}, TagType::string, 2, 0, 0, 0},  // AdjustmentMode
+    {{30997, 7}, TagType::string, 2, 0, 0, 0},  // Quality
+    {{58624, 8}, TagType::string, 2, 0, 0, 0},  // Firmware
+    {{1787, 8}, TagType::string, 2, 0, 0, 0},  // Software
+    {{58632, 11}, TagType::string, 2, 0, 0, 0},  // AutoBracket
+    {{14769, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{58643, 25}, TagType::string, 2, 0, 0, 0},  // ChrominanceNoiseReduction
+    {{14786, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{58668, 23}, TagType::string, 2, 0, 0, 0},  // LuminanceNoiseReduction
+    {{58691, 16}, TagType::int16u, 2, 2, 0, 0},  // PreviewImageSize
+    {{8366, 16}, TagType::string, 2, 0, 0, 0},  // MakerNoteVersion
+    {{58707, 7}, TagType::string, 2, 0, 0, 0},  // AFPoint
+    {{58714, 10}, TagType::string, 2, 0, 0, 0},  // FileFormat
+    {{58724, 11}, TagType::string, 2, 0, 0, 0},  // Calibration
+    {{32026, 8}, TagType::string, 2, 0, 7, 217},  // LensType
+    {{58735, 20}, TagType::rational64u, 2, 2, 0, 0},  // LensMaxApertureRange
+    {{58755, 9}, TagType::int32u, 2, 0, 224, 9},  // ColorMode
+    {{58764, 17}, TagType::string, 2, 0, 0, 0},  // LensApertureRange
+    {{12123, 7}, TagType::rational64u, 2, 0, 0, 0},  // FNumber
+    {{31008, 12}, TagType::rational64u, 2, 0, 0, 0},  // ExposureTime
+    {{58781, 13}, TagType::string, 2, 0, 0, 0},  // ExposureTime2
+    {{58794, 9}, TagType::int32u, 2, 0, 0, 0},  // BurstShot
+    {{58803, 17}, TagType::string, 2, 0, 0, 0},  // SensorTemperature
+    {{14964, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{58820, 11}, TagType::string, 2, 0, 0, 0},  // PictureMode
+    {{58831, 9}, TagType::string, 2, 0, 0, 0},  // Firmware2
+    {{58840, 13}, TagType::string, 2, 0, 0, 0},  // DigitalFilter
+    {{12023, 5}, TagType::string, 2, 0, 0, 0},  // Model
+    {{12120, 3}, TagType::int16u, 2, 0, 0, 0},  // ISO
+    {{58853, 17}, TagType::float_, 2, 9, 0, 0},  // CameraCalibration
+    {{58870, 16}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsAuto
+    {{58886, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsDaylight
+    {{58906, 17}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsShade
+    {{58923, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsOvercast
+    {{58943, 24}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsIncandescent
+    {{58967, 23}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsFluorescent
+    {{58990, 17}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsFlash
+    {{59007, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom1
+    {{59026, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom2
+    {{59045, 19}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsCustom3
+    {{59064, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown0
+    {{59084, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown1
+    {{59104, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown2
+    {{59124, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown3
+    {{59144, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown4
+    {{59164, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown5
+    {{59184, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown6
+    {{59204, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown7
+    {{59224, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown8
+    {{59244, 20}, TagType::float_, 2, 3, 0, 0},  // WB_RGBLevelsUnknown9
 };
 constexpr detail::TextRef kChoicesSigma[] = {
     {59264, 1}, {8769, 1}, {8770, 1}, {59265, 1}, {5055, 1}, {59264, 1}, {8767, 1}, {15454, 2},
@@ -5265,68 +5344,69 @@ constinit detail::StreamTags gTagsSigma("Sigma", kText, kTagsSigma, kKeyOrderSig
 
 // SigmaRaw: 61 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSigmaRaw[] = {
-    {{75479, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{75490, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{12168, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{12178, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{75498, 8}, TagType::int32u, 0, 0, 0, 0},
-    {{14818, 12}, TagType::string, 0, 32, 0, 0},
-    {{75506, 16}, TagType::string, 0, 32, 0, 0},
-    {{75522, 6}, TagType::float_, 0, 0, 0, 0},
-    {{58555, 14}, TagType::float_, 0, 0, 0, 0},
-    {{8522, 8}, TagType::float_, 0, 0, 0, 0},
-    {{58569, 6}, TagType::float_, 0, 0, 0, 0},
-    {{58575, 9}, TagType::float_, 0, 0, 0, 0},
-    {{8549, 10}, TagType::float_, 0, 0, 0, 0},
-    {{8540, 9}, TagType::float_, 0, 0, 0, 0},
-    {{75528, 9}, TagType::float_, 0, 0, 0, 0},
-    {{75537, 11}, TagType::float_, 0, 0, 0, 0},
-    {{75548, 10}, TagType::float_, 0, 0, 0, 0},
-    {{58584, 11}, TagType::float_, 0, 0, 0, 0},
-    {{75558, 12}, TagType::string, 8, 0, 0, 0},
-    {{75570, 10}, TagType::string, 8, 0, 0, 0},
-    {{58529, 12}, TagType::string, 0, 0, 0, 3},
-    {{75580, 6}, TagType::string, 0, 0, 0, 0},
-    {{75586, 9}, TagType::string, 0, 0, 0, 0},
-    {{14932, 9}, TagType::string, 0, 0, 0, 0},
-    {{12123, 7}, TagType::string, 0, 0, 0, 0},
-    {{75595, 17}, TagType::string, 0, 0, 0, 0},
-    {{75612, 11}, TagType::string, 0, 0, 0, 0},
-    {{58794, 9}, TagType::string, 0, 0, 0, 0},
-    {{31004, 4}, TagType::string, 0, 0, 0, 0},
-    {{12023, 5}, TagType::string, 0, 0, 0, 0},
-    {{75623, 10}, TagType::string, 0, 0, 0, 0},
-    {{8510, 12}, TagType::string, 0, 0, 0, 0},
-    {{32069, 10}, TagType::string, 0, 0, 0, 0},
-    {{14903, 9}, TagType::string, 0, 0, 3, 7},
-    {{75633, 9}, TagType::string, 0, 0, 0, 0},
-    {{31020, 20}, TagType::string, 0, 0, 0, 0},
-    {{75642, 23}, TagType::string, 0, 0, 0, 0},
-    {{75665, 15}, TagType::string, 0, 0, 0, 0},
-    {{8382, 15}, TagType::string, 0, 0, 0, 0},
-    {{14804, 9}, TagType::string, 0, 0, 0, 0},
-    {{75680, 12}, TagType::string, 0, 0, 0, 0},
-    {{75692, 10}, TagType::string, 0, 0, 0, 0},
-    {{75702, 12}, TagType::string, 0, 0, 0, 0},
-    {{75714, 9}, TagType::string, 0, 0, 0, 0},
-    {{12130, 11}, TagType::string, 0, 0, 0, 0},
-    {{32089, 23}, TagType::string, 0, 0, 0, 0},
-    {{75723, 5}, TagType::string, 0, 0, 10, 3},
-    {{75728, 12}, TagType::string, 0, 0, 0, 0},
-    {{75740, 13}, TagType::string, 0, 0, 0, 0},
-    {{58803, 17}, TagType::string, 0, 0, 0, 0},
-    {{12120, 3}, TagType::string, 0, 0, 0, 0},
-    {{58764, 17}, TagType::string, 0, 0, 0, 0},
-    {{58541, 14}, TagType::string, 0, 0, 0, 0},
-    {{32026, 8}, TagType::string, 0, 0, 13, 217},
-    {{14888, 15}, TagType::string, 0, 0, 230, 4},
-    {{30997, 7}, TagType::string, 0, 0, 234, 3},
-    {{75753, 8}, TagType::string, 0, 0, 0, 0},
-    {{31008, 12}, TagType::string, 0, 0, 0, 0},
-    {{75761, 21}, TagType::string, 0, 0, 0, 0},
-    {{8439, 16}, TagType::string, 0, 0, 0, 0},
-    {{75782, 9}, TagType::string, 0, 0, 0, 0},
+    {{75479, 11}, TagType::int32u, 0, 0, 0, 0},  // FileVersion
+    {{75490, 8}, TagType::int32u, 0, 0, 0, 0},  // MarkBits
+    {{12168, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{12178, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{75498, 8}, TagType::int32u, 0, 0, 0, 0},  // Rotation
+    {{14818, 12}, TagType::string, 0, 32, 0, 0},  // WhiteBalance
+    {{75506, 16}, TagType::string, 0, 32, 0, 0},  // SceneCaptureType
+    {{75522, 6}, TagType::float_, 0, 0, 0, 0},  // Unused
+    {{58555, 14}, TagType::float_, 0, 0, 0, 0},  // ExposureAdjust
+    {{8522, 8}, TagType::float_, 0, 0, 0, 0},  // Contrast
+    {{58569, 6}, TagType::float_, 0, 0, 0, 0},  // Shadow
+    {{58575, 9}, TagType::float_, 0, 0, 0, 0},  // Highlight
+    {{8549, 10}, TagType::float_, 0, 0, 0, 0},  // Saturation
+    {{8540, 9}, TagType::float_, 0, 0, 0, 0},  // Sharpness
+    {{75528, 9}, TagType::float_, 0, 0, 0, 0},  // RedAdjust
+    {{75537, 11}, TagType::float_, 0, 0, 0, 0},  // GreenAdjust
+    {{75548, 10}, TagType::float_, 0, 0, 0, 0},  // BlueAdjust
+    {{58584, 11}, TagType::float_, 0, 0, 0, 0},  // X3FillLight
+    {{75558, 12}, TagType::string, 8, 0, 0, 0},  // PreviewImage
+    {{75570, 10}, TagType::string, 8, 0, 0, 0},  // JpgFromRaw
+    {{58529, 12}, TagType::string, 0, 0, 0, 3},  // MeteringMode
+    {{75580, 6}, TagType::string, 0, 0, 0, 0},  // AFArea
+    {{75586, 9}, TagType::string, 0, 0, 0, 0},  // AFInFocus
+    {{14932, 9}, TagType::string, 0, 0, 0, 0},  // FocusMode
+    {{12123, 7}, TagType::string, 0, 0, 0, 0},  // FNumber
+    {{75595, 17}, TagType::string, 0, 0, 0, 0},  // ApertureDisplayed
+    {{75612, 11}, TagType::string, 0, 0, 0, 0},  // BracketShot
+    {{58794, 9}, TagType::string, 0, 0, 0, 0},  // BurstShot
+    {{31004, 4}, TagType::string, 0, 0, 0, 0},  // Make
+    {{12023, 5}, TagType::string, 0, 0, 0, 0},  // Model
+    {{75623, 10}, TagType::string, 0, 0, 0, 0},  // CameraName
+    {{8510, 12}, TagType::string, 0, 0, 0, 0},  // SerialNumber
+    {{32069, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
+    {{14903, 9}, TagType::string, 0, 0, 3, 7},  // DriveMode
+    {{75633, 9}, TagType::string, 0, 0, 0, 0},  // EvalState
+    {{31020, 20}, TagType::string, 0, 0, 0, 0},  // ExposureCompensation
+    {{75642, 23}, TagType::string, 0, 0, 0, 0},  // NetExposureCompensation
+    {{75665, 15}, TagType::string, 0, 0, 0, 0},  // IntegrationTime
+    {{8382, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{14804, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
+    {{75680, 12}, TagType::string, 0, 0, 0, 0},  // FlashExpComp
+    {{75692, 10}, TagType::string, 0, 0, 0, 0},  // FlashPower
+    {{75702, 12}, TagType::string, 0, 0, 0, 0},  // FlashTTLMode
+    {{75714, 9}, TagType::string, 0, 0, 0, 0},  // FlashType
+    {{12130, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{32089, 23}, TagType::string, 0, 0, 0, 0},  // FocalLengthIn35mmFormat
+    {{75723, 5}, TagType::string, 0, 0, 10, 3},  // Focus
+    {{75728, 12}, TagType::string, 0, 0, 0, 0},  // ImageBoardID
+    {{75740, 13}, TagType::string, 0, 0, 0, 0},  // ImagerBoardID
+    {{58803, 17}, TagType::string, 0, 0, 0, 0},  // SensorTemperature
+    {{12120, 3}, TagType::string, 0, 0, 0, 0},  // ISO
+    {{58764, 17}, TagType::string, 0, 0, 0, 0},  // LensApertureRange
+    {{58541, 14}, TagType::string, 0, 0, 0, 0},  // LensFocalRange
+    {{32026, 8}, TagType::string, 0, 0, 13, 217},  // LensType
+    {{14888, 15}, TagType::string, 0, 0, 230, 4},  // ExposureProgram
+    {{30997, 7}, TagType::string, 0, 0, 234, 3},  // Quality
+    {{75753, 8}, TagType::string, 0, 0, 0, 0},  // SensorID
+    {{31008, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{75761, 21}, TagType::string, 0, 0, 0, 0},  // ShutterSpeedDisplayed
+    {{8439, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{75782, 9}, TagType::string, 0, 0, 0, 0},  // VersionBF
 };
 constexpr detail::TextRef kChoicesSigmaRaw[] = {
     {5055, 1}, {59264, 1}, {8767, 1}, {75791, 3}, {75794, 2}, {75796, 2}, {75798, 5}, {75803, 3},

@@ -7,1762 +7,1839 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "AFType""AFStatusActiveSensor""FocusMode""AFPoint""AFPointInFocus""AFPointAtShutterRelease"
-    "AFAreaMode""AFPointsUsed""ExposureProgram""AFMicroAdj""AFStatusUpper-left""AFStatusLeft"
-    "AFStatusLower-left""AFStatusFarLeft""AFStatusTopHorizontal""AFStatusNearRight"
-    "AFStatusCenterHorizontal""AFStatusNearLeft""AFStatusBottomHorizontal""AFStatusTopVertical"
-    "AFStatusCenterVertical""AFStatusBottomVertical""AFStatusFarRight""AFStatusUpper-right"
-    "AFStatusRight""AFStatusLower-right""AFStatusUpper-middle""AFStatusLower-middle"
-    "AFStatusUpperFarLeft""AFStatusUpper-leftHorizontal""AFStatusFarLeftHorizontal"
-    "AFStatusLeftHorizontal""AFStatusLowerFarLeft""AFStatusLower-leftHorizontal"
-    "AFStatusUpper-leftVertical""AFStatusLeftVertical""AFStatusLower-leftVertical"
-    "AFStatusFarLeftVertical""AFStatusUpperFarRight""AFStatusUpper-rightHorizontal"
-    "AFStatusFarRightHorizontal""AFStatusRightHorizontal""AFStatusLowerFarRight"
-    "AFStatusLower-rightHorizontal""AFStatusFarRightVertical""AFStatusUpper-rightVertical"
-    "AFStatusRightVertical""AFStatusLower-rightVertical""AFStatus_00_B4""AFStatus_01_C4"
-    "AFStatus_02_D4""AFStatus_03_E4""AFStatus_04_F4""AFStatus_05_G4""AFStatus_06_H4""AFStatus_07_B3"
-    "AFStatus_08_C3""AFStatus_09_D3""AFStatus_10_E3""AFStatus_11_F3""AFStatus_12_G3""AFStatus_13_H3"
-    "AFStatus_14_B2""AFStatus_15_C2""AFStatus_16_D2""AFStatus_17_E2""AFStatus_18_F2""AFStatus_19_G2"
-    "AFStatus_20_H2""AFStatus_21_C1""AFStatus_22_D1""AFStatus_23_E1""AFStatus_24_F1""AFStatus_25_G1"
-    "AFStatus_26_A7_Vertical""AFStatus_27_A6_Vertical""AFStatus_28_A5_Vertical"
-    "AFStatus_29_C7_Vertical""AFStatus_30_C6_Vertical""AFStatus_31_C5_Vertical"
-    "AFStatus_32_E7_Vertical""AFStatus_33_E6_Center_Vertical""AFStatus_34_E5_Vertical"
-    "AFStatus_35_G7_Vertical""AFStatus_36_G6_Vertical""AFStatus_37_G5_Vertical"
-    "AFStatus_38_I7_Vertical""AFStatus_39_I6_Vertical""AFStatus_40_I5_Vertical""AFStatus_41_A7"
-    "AFStatus_42_B7""AFStatus_43_C7""AFStatus_44_D7""AFStatus_45_E7""AFStatus_46_F7""AFStatus_47_G7"
-    "AFStatus_48_H7""AFStatus_49_I7""AFStatus_50_A6""AFStatus_51_B6""AFStatus_52_C6""AFStatus_53_D6"
-    "AFStatus_54_E6_Center""AFStatus_55_F6""AFStatus_56_G6""AFStatus_57_H6""AFStatus_58_I6"
-    "AFStatus_59_A5""AFStatus_60_B5""AFStatus_61_C5""AFStatus_62_D5""AFStatus_63_E5""AFStatus_64_F5"
-    "AFStatus_65_G5""AFStatus_66_H5""AFStatus_67_I5""AFStatus_68_C11""AFStatus_69_D11"
-    "AFStatus_70_E11""AFStatus_71_F11""AFStatus_72_G11""AFStatus_73_B10""AFStatus_74_C10"
-    "AFStatus_75_D10""AFStatus_76_E10""AFStatus_77_F10""AFStatus_78_G10""AFStatus_79_H10"
-    "AFStatus_80_B9""AFStatus_81_C9""AFStatus_82_D9""AFStatus_83_E9""AFStatus_84_F9""AFStatus_85_G9"
-    "AFStatus_86_H9""AFStatus_87_B8""AFStatus_88_C8""AFStatus_89_D8""AFStatus_90_E8""AFStatus_91_F8"
-    "AFStatus_92_G8""AFStatus_93_H8""AFStatus_94_E6_Center_F2-8""LensSpec""FocusModeSetting"
-    "AFPointSelected""AFStatusBottomAssist-left""AFStatusBottom""AFStatusBottomAssist-right"
-    "AFStatusCenter-7""AFStatusCenter-horizontal""AFStatusCenter-9""AFStatusCenter-10"
-    "AFStatusCenter-11""AFStatusCenter-12""AFStatusCenter-vertical""AFStatusCenter-14"
-    "AFStatusTopAssist-left""AFStatusTop""AFStatusTopAssist-right""AFStatusCenterF2-8"
-    "AFMicroAdjValue""AFMicroAdjMode""AFMicroAdjRegisteredLenses""AFStatusTop-right"
-    "AFStatusBottom-right""AFStatusMiddleHorizontal""AFStatusTop-left""AFStatusBottom-left"
-    "FocalLength""FocalLengthTeleZoom""FocusStatus""ExposureTime""FNumber""HighSpeedSync"
-    "ExposureCompensationSet""DriveMode""WhiteBalanceSetting""WhiteBalanceFineTune"
-    "ColorTemperatureSet""ColorCompensationFilterSet""ColorTemperatureCustom"
-    "ColorCompensationFilterCustom""WhiteBalance""AFPointSetting""FlashMode""FlashExposureCompSet"
-    "MeteringMode""ISOSetting""DynamicRangeOptimizerMode""DynamicRangeOptimizerLevel""CreativeStyle"
-    "ColorSpace""Sharpness""Contrast""Saturation""ZoneMatchingValue""Brightness""FlashControl"
-    "PrioritySetupShutterRelease""AFIlluminator""AFWithShutter""LongExposureNoiseReduction"
-    "HighISONoiseReduction""ImageStyle""FocusModeSwitch""ShutterSpeedSetting""ApertureSetting"
-    "ImageStabilizationSetting""FlashAction""Rotation""AELock""FlashAction2""BatteryState"
-    "BatteryLevel""SonyImageSize""AspectRatio""Quality""ExposureLevelIncrements""RedEyeReduction"
-    "FolderNumber""ImageNumber""CustomWB_RGBLevels""DriveModeSetting""DynamicRangeOptimizerSetting"
-    "CreativeStyleSetting""ContrastSetting""SaturationSetting""SharpnessSetting"
-    "ColorTemperatureSetting""SmileShutterMode""HDRSetting""HDRLevel""ViewingMode""FaceDetection"
-    "SmileShutter""SweepPanoramaSize""SweepPanoramaDirection""MultiFrameNoiseReduction"
-    "LiveViewAFSetting""PanoramaSize3D""AFButtonPressed""LiveViewMetering""ViewingMode2"
-    "FlashStatusBuilt-in""FlashStatusExternal""LiveViewFocusMode""LensMount""SequenceNumber"
-    "ShotNumberSincePowerUp2""LensE-mountVersion""LensFirmwareVersion""LensType2""PreviewImageStart"
-    "PreviewImageLength""BatteryTemperature""BatteryUnknown""BatteryVoltage""ImageStabilization2"
-    "ExtraInfoVersion""ImageStabilization""BatteryVoltage1""BatteryVoltage2""ModeDialPosition"
-    "MemoryCardConfiguration""CameraOrientation""FacesDetected""Face1Position""Face2Position"
-    "Face3Position""Face4Position""Face5Position""Face6Position""Face7Position""Face8Position"
-    "FaceTest2""FaceTest8""PotentialFace1Position""PotentialFace2Position""PotentialFace3Position"
-    "PotentialFace4Position""PotentialFace5Position""PotentialFace6Position""PotentialFace7Position"
-    "PotentialFace8Position""DriveMode2""BracketShotNumber""WhiteBalanceBracketing"
-    "BracketShotNumber2""DynamicRangeOptimizerBracket""ExposureBracketShotNumber""ISO""ShutterCount"
-    "FocusPosition""ISOAutoMin""ISOAutoMax""FlashExposureComp""Teleconverter""MultiBurstMode"
-    "MultiBurstImageWidth""MultiBurstImageHeight""PreviewImage""Rating""HDR""PictureEffect"
-    "SoftSkinEffect""Tag_0x2010""VignettingCorrection""LateralChromaticAberration"
-    "DistortionCorrectionSetting""WBShiftAB_GM""AutoPortraitFramed""ElectronicFrontCurtainShutter"
-    "AFAreaModeSetting""FlexibleSpotPosition""AFTracking""FocalPlaneAFPointsUsed"
-    "MultiFrameNREffect""WBShiftAB_GM_Precise""FocusLocation""VariableLowPassFilter""RAWFileType"
-    "PrioritySetInAWB""MeteringMode2""ExposureStandardAdjustment""PixelShiftInfo""SerialNumber"
-    "Shadows""Highlights""Fade""SharpnessRange""Clarity""FocusFrameSize""JPEG-HEIFSwitch"
-    "FocusLocation2""Sony_0x9050""Sony_0x9400""Sony_0x9402""Sony_0x9404""Sony_0x9405""Sony_0x9406"
-    "Sony_0x9407""Sony_0x9408""Sony_0x9409""Sony_0x940a""Sony_0x940b""Sony_0x940c""Sony_0x940d"
-    "Sony_0x940e""Sony_0x940f""Sony_0x9411""FileFormat""SonyModelID""ColorTemperature"
-    "ColorCompensationFilter""SceneMode""ZoneMatching""DynamicRangeOptimizer""LensType""ColorMode"
-    "FullImageSize""PreviewImageSize""Macro""ExposureMode""JPEGQuality""FlashLevel""ReleaseMode"
-    "Anti-Blur""HighISONoiseReduction2""IntelligentAuto""MeterInfo1Row1""MeterInfo1Row2"
-    "MeterInfo1Row3""MeterInfo1Row4""MeterInfo1Row5""MeterInfo1Row6""MeterInfo1Row7""MeterInfo2Row1"
-    "MeterInfo2Row2""MeterInfo2Row3""MeterInfo2Row4""MeterInfo2Row5""MeterInfo2Row6""MeterInfo2Row7"
-    "MeterInfo2Row8""MeterInfo2Row9""ImageCount""ShotNumberSincePowerUp""CustomWB_RBLevels"
-    "BrightnessValue""LiveViewAFMethod""FocalLength2""ExposureCompensation2""FlashExposureCompSet2"
-    "Orientation2""FocusPosition2""FocusMode2""FlashActionExternal""FlashStatus""Barcode"
-    "SensorTemperature""FirmwareVersion""CameraTemperature""BoardTemperature""TextInfo1""TextInfo2"
-    "VibrationReduction""JpgFromRawStart""JpgFromRawLength""SonyImageWidth""SonyImageHeight"
-    "Orientation""ImageQuality""Comment""DateTimeOriginal""ModifyDate""ExposureCompensation""Flash"
-    "PanoramaFullWidth""PanoramaFullHeight""PanoramaDirection""PanoramaCropLeft""PanoramaCropTop"
-    "PanoramaCropRight""PanoramaCropBottom""PanoramaFrameWidth""PanoramaFrameHeight"
-    "PanoramaSourceWidth""PanoramaSourceHeight""FaceInfoOffset""SonyDateTime""FaceInfoLength"
-    "MetaVersion""ReleaseMode3""ReleaseMode2""SelfTimer""StopsAboveBaseISO""PictureProfile"
-    "PictureEffect2""Quality2""WB_RGBLevels""SequenceImageNumber""SequenceFileNumber""SonyISO"
-    "DistortionCorrParams""DigitalZoomRatio""MinFocalLength""MaxFocalLength""LensFormat"
-    "DistortionCorrParamsPresent""DistortionCorrParamsNumber""FocalPlaneAFPointArea"
-    "FocalPlaneAFPointLocation1""FocalPlaneAFPointLocation2""FocalPlaneAFPointLocation3"
-    "FocalPlaneAFPointLocation4""FocalPlaneAFPointLocation5""FocalPlaneAFPointLocation6"
-    "FocalPlaneAFPointLocation7""FocalPlaneAFPointLocation8""FocalPlaneAFPointLocation9"
-    "FocalPlaneAFPointLocation10""FocalPlaneAFPointLocation11""FocalPlaneAFPointLocation12"
-    "FocalPlaneAFPointLocation13""FocalPlaneAFPointLocation14""FocalPlaneAFPointLocation15"
-    "SonyMaxAperture""SonyMinAperture""Shutter""SonyExposureTime""SonyFNumber""ShutterCount2"
-    "SonyDateTime2""InternalSerialNumber""APS-CSizeCapture""LensSpecFeatures""ShutterCount3"
-    "DigitalZoom""SequenceLength""ModelReleaseYear""ShutterType""Ver9401""TempTest1"
-    "AmbientTemperature""TempTest2""LensZoomPosition""DistortionCorrection""VignettingCorrParams"
-    "ChromaticAberrationCorrParams""BaseISO""SonyExposureTime2""SonyMaxApertureValue"
-    "SonyImageWidthMax""SonyImageHeightMax""BatteryLevelGrip1""BatteryLevelGrip2""Battery2"
-    "BatteryStatus1""BatteryStatus2""BatteryLevel2""AFPointsSelected""LensMount2""LensType3"
-    "CameraE-mountVersion""TiffMeteringImageWidth""TiffMeteringImageHeight""Tag9416_0000"
-    "SonyFNumber2""Sony_rtmd_0x060e""Sony_rtmd_0x3210""Sony_rtmd_0x3219""Sony_rtmd_0x321a"
-    "Sony_rtmd_0x8001""Sony_rtmd_0x8004""Sony_rtmd_0x8005""Sony_rtmd_0x800a""Sony_rtmd_0x800b"
-    "Sony_rtmd_0x8100""Sony_rtmd_0x8101""Sony_rtmd_0x8104""Sony_rtmd_0x8105""Sony_rtmd_0x8106"
-    "MasterGainAdjustment""ElectricalExtenderMagnification""Sony_rtmd_0x810d""Sony_rtmd_0x8115"
-    "GPSVersionID""GPSLatitudeRef""GPSLatitude""GPSLongitudeRef""GPSLongitude""GPSTimeStamp"
-    "GPSStatus""GPSMeasureMode""GPSMapDatum""GPSDateStamp""Sony_rtmd_0xe000""Sony_rtmd_0xe300"
-    "Sony_rtmd_0xe301""Sony_rtmd_0xe302""DateTime""Sony_rtmd_0xe435""Sony_rtmd_0xe437""PitchRollYaw"
-    "Sony_rtmd_0xe445""Accelerometer""1""2""3""-32768""0""17""18""19""32""4""48""5""6""65535""7""10"
-    "11""12""13""14""15""16""20""21""22""23""24""25""255""26""27""28""29""30""31""33""34""35""36"
-    "37""38""39""40""41""42""43""44""45""46""47""49""50""51""52""53""54""55""56""57""58""59""60""61"
-    "62""63""64""65""66""67""68""69""70""71""72""73""74""75""76""77""78""79""8""80""81""82""83""84"
-    "85""86""87""88""89""9""90""91""92""93""94""95""1024""1048576""1073741824""1099511627776"
-    "1125899906842624""1152921504606846976""128""131072""134217728""137438953472""140737488355328"
-    "144115188075855872""16384""16777216""17179869184""17592186044416""18014398509481984""2048"
-    "2097152""2147483648""2199023255552""2251799813685248""2305843009213693952""256""262144"
-    "268435456""274877906944""281474976710656""288230376151711744""32768""33554432""34359738368"
-    "35184372088832""36028797018963968""4096""4194304""4294967296""4398046511104""4503599627370496"
-    "4611686018427387904""512""524288""536870912""549755813888""562949953421312""576460752303423488"
-    "65536""67108864""68719476736""70368744177664""72057594037927936""8192""8388608""8589934592"
-    "8796093022208""9007199254740992""9223372036854775808""129""130""131""132""133""134""135""136"
-    "137""138""241""243""245""246""247""249""252""253""96""-1""106""107""108""110""111""112""114"
-    "115""116""122""123""124""125""127""139""140""141""142""144""145""146""148""149""150""151""156"
-    "157""158""159""161""162""163""165""166""167""168""173""174""175""176""178""179""180""182""183"
-    "184""185""190""191""192""193""195""196""197""199""200""201""202""208""209""210""212""213""214"
-    "216""217""218""229""230""231""113""117""211""100""101""102""118""97""98""99""254""AdobeRGB"
-    "Autumnleaves""BW""Clear""Deep""FL""IN""Landscape""Light""Neutral""Nightview""None""Portrait"
-    "Real""SH""Sepia""Standard""Sunset""VV2""Vivid""4294901760""4294901761""4294967295""65537""0 0"
-    "0 1""0 2""0 3""0 4""1 0""1 1""1 2""1 3""1 4""2 0""3 0""3 2""3 3""160""0.1""0.2""0.3""0.4""0.5"
-    "0.6""0.7""0.8""0.9""0.10""0.11""0.12""0.13""234""239""24593""32784""32785""32786""32787""32788"
-    "32789""32789.1""32790""32790.1""32791""32792""32793""32794""32794.1""32794.2""32795""32796"
-    "32796.1""32797""32798""32799""32800""32801""32802""32803""32804""32805""32807""32808""32810"
-    "32811""32812""32813""32814""32815""32816""32817""32819""32820""32821""32822""32823""32823.1"
-    "32824""32826""32827""32828""32829""32830""32831""32848""32849""32850""32851""32852""32853"
-    "32854""32855""32858""32859""32860""32862""32863""32864""32865""32866""32867""32868""32871"
-    "32873""32874""32875""32876""32877""32878""32879""32884""32885""32886""33072""33073""33076"
-    "33077""33078""33079""33080""33081""33082""33083""33084""33085""33086""33087""33088""49201"
-    "49202""49203""49216""49217""49218""49219""49220""49232""49233""49234""49235""49236""49456"
-    "49457""49458""49459""49460""49461""49462""49463""49464""49465""49466""49467""49468""49469"
-    "49470""49471""49472""49473""49473.1""49473.2""49473.3""49473.4""49474""49474.1""49474.2"
-    "49474.3""49474.4""49474.5""49474.6""49474.7""49474.8""49474.9""49712""49713""49714""50480"
-    "50481""50482""50483""50484""50485""50486""50487""50488""50489""50490""50492""50493""50495"
-    "50499""50501""50503""50507""50508""50512""50513""50514""50515""50516""50517""50518""50521"
-    "50522""50523""50524""50525""50526""50527""50528""50529""50530""50531""50532""50533""50534"
-    "50535""50536""50537""50538""50539""50540""50543""50544""50547""50992""50993""50994""50995"
-    "50996""50997""50998""50999""51000""51001""51002""51003""51006""51504""51505""51505.1""51507"
-    "51508""51510""51510.1""51512""51513""51514""51515""51516""51517""51518""207""248""250""251"
-    "244""65535 65535""769""770""1280""00000000 0 0 0x0""0 0 0 2""1 0 0 0""2 0 0 0""3 0 0 0"
-    "3 1 0 0""3 2 0 0""3 3 0 0""3 3 1 0""3 3 2 0""3 3 3 0""3 3 5 0""4 0 0 0""4 0 1 0""5 0 0 0""257"
-    "258""259""260""261""262""263""264""265""266""269""270""273""274""275""278""279""280""281""282"
-    "283""284""285""286""287""288""289""290""291""292""293""294""295""296""297""298""299""300""302"
-    "303""305""306""307""308""309""310""311""312""313""317""318""319""339""340""341""342""344""346"
-    "347""350""353""354""355""356""357""358""360""362""363""364""365""366""367""369""371""372""373"
-    "374""375""376""378""379""380""381""382""383""384""385""386""387""388""389""390""391""392""393"
-    "394""395""396""397""7.1""7.2""24.1""24.2""24.3""24.4""24.5""24.6""24.7""25.1""25.2""25.3""25.4"
-    "25.5""28.1""28.2""30.1""30.2""30.3""30.4""31.1""41.1""48.1""48.2""52.1""52.2""54.1""55.1""57.1"
-    "57.2""128.1""128.2""128.3""128.4""128.5""128.6""128.7""128.8""128.9""128.10""128.11""128.12"
-    "128.13""128.14""128.15""128.16""128.17""128.18""128.19""128.20""128.21""128.22""128.23""128.24"
-    "128.25""128.26""128.27""129.1""129.2""194""203""204""215""220""224""255.1""255.2""255.3""255.4"
-    "255.5""255.6""255.7""255.8""255.9""1868""2550""2551""2551.1""2551.2""2551.3""2551.4""2551.5"
-    "2552""2552.1""2552.2""2552.3""2552.4""2552.5""2552.6""2552.7""2552.8""2552.9""2553""2553.1"
-    "2553.2""2553.3""2553.4""2554""2555""2555.1""2555.2""2555.3""2556""2557""2558""2560""2561"
-    "2561.1""2561.2""2561.3""2561.4""2561.5""2561.6""2561.7""2561.8""2561.9""2561.10""2562""2563"
-    "2563.1""2563.2""2563.3""2563.4""2564""2564.1""2565""2566""2566.1""2572""2578""2578.1""2578.2"
-    "2578.3""2579""2579.1""2581""2581.1""2581.2""2581.3""2581.4""2581.5""2585""2585.1""2585.2""2588"
-    "2589""2589.1""2590""2590.1""2591""2592""2593""2594""2596""2597""2598""2601""2601.1""2604""2605"
-    "2606""2607""2608""2609""2612""2613""2615""2616""2618""2619""2620""2621""2624""2628""2629""2631"
-    "2632""2638""2639""2641""2642""2644""2662""2667""2668""2672""3046""4567""4568""4570""4571""4574"
-    "4574.1""4574.2""4574.3""4575""4585""4586""4587""4812""6118""6528""6553""6553.1""6553.2""6553.3"
-    "6553.4""6553.5""6553.6""6553.7""18688""25501""25511""25511.1""25511.2""25511.3""25511.4"
-    "25511.5""25521""25521.1""25521.2""25521.3""25521.4""25521.5""25521.6""25521.7""25521.8"
-    "25521.9""25531""25531.1""25531.2""25531.3""25531.4""25541""25551""25551.1""25551.2""25551.3"
-    "25561""25571""25581""25601""25611""25611.1""25611.2""25611.3""25611.4""25611.5""25611.6"
-    "25611.7""25611.8""25611.9""25611.10""25621""25631""25631.1""25631.2""25631.3""25631.4""25641"
-    "25641.1""25651""25661""25661.1""25721""25781""25781.1""25781.2""25781.3""25791""25791.1""25811"
-    "25811.1""25811.2""25811.3""25811.4""25811.5""25851""25858""25858.1""25881""25891""25891.1"
-    "25901""25901.1""25911""25921""25931""25941""25961""25971""25981""26011""26011.1""26041""26051"
-    "26061""26071""26081""26091""26121""26131""26151""26161""26181""26191""26201""26211""26241"
-    "26281""26291""26311""26321""26381""26391""26411""26421""26441""26621""26671""26681""26721"
-    "30464""45671""45681""45701""45711""45741""45741.1""45741.2""45741.3""45751""45851""45861"
-    "45871""48128""61184""65280""65535.1""65535.2""65535.3""65535.4""65535.5""65535.6""65535.7""103"
-    "104""105""-9""-8""-7""-6""-5""-4""-3""-2""32767""121""0 0 0""30721""98844""262143""394688"
-    "2147483647""N""S""E""W""A""V""Sony:AELock""AE Lock""Sony:AELock:1""Off |\302\240On"
-    "Sony:AELock:2""Sony:AFAreaMode""AF Area Mode""Sony:AFAreaMode:0"
-    "Default |\302\240Multi |\302\240Wide""Sony:AFAreaMode:1"
-    "Center |\302\240Local |\302\240Multi |\302\240Spot |\302\240Wide""Sony:AFAreaMode:10"
-    "Selective (for Miniature effect)""Sony:AFAreaMode:11""Zone""Sony:AFAreaMode:12"
-    "Expanded Flexible Spot""Sony:AFAreaMode:14""Tracking""Sony:AFAreaMode:15""Face Tracking"
-    "Sony:AFAreaMode:2""Center |\302\240Flexible Spot |\302\240Local |\302\240Spot"
-    "Sony:AFAreaMode:20""Animal Eye Tracking""Sony:AFAreaMode:21""Human Eye Tracking"
-    "Sony:AFAreaMode:255""Manual""Sony:AFAreaMode:3"
-    "Flexible Spot |\302\240Local |\302\240Spot |\302\240Zone""Sony:AFAreaMode:4"
-    "Expanded Flexible Spot |\302\240Flexible |\302\240Flexible Spot""Sony:AFAreaMode:6""Touch"
-    "Sony:AFAreaMode:65535""n/a""Sony:AFAreaModeSetting""AF Area Mode Setting"
-    "Sony:AFAreaModeSetting:0""Wide""Sony:AFAreaModeSetting:1""Center""Sony:AFAreaModeSetting:11"
-    "Sony:AFAreaModeSetting:12""Sony:AFAreaModeSetting:3""Flexible Spot""Sony:AFAreaModeSetting:4"
-    "Flexible Spot |\302\240Flexible Spot (LA-EA4) |\302\240Local""Sony:AFAreaModeSetting:8"
-    "Sony:AFAreaModeSetting:9""Center |\302\240Center (LA-EA4) |\302\240Spot""Sony:AFButtonPressed"
-    "AF Button Pressed""Sony:AFButtonPressed:1""No""Sony:AFButtonPressed:16""Yes"
-    "Sony:AFIlluminator""AF Illuminator""Sony:AFIlluminator:0""Auto |\302\240Off"
-    "Sony:AFIlluminator:1""Sony:AFIlluminator:65535""Sony:AFMicroAdj""AF Micro Adj"
-    "Sony:AFMicroAdjMode""AF Micro Adj Mode""Sony:AFMicroAdjMode:0""Off""Sony:AFMicroAdjMode:1""On"
-    "Sony:AFMicroAdjRegisteredLenses""AF Micro Adj Registered Lenses""Sony:AFMicroAdjValue"
-    "AF Micro Adj Value""Sony:AFPoint""AF Point""Sony:AFPoint:0"
-    "B4 |\302\240Top-right |\302\240Upper Far Left |\302\240Upper-left""Sony:AFPoint:1"
-    "Bottom-right |\302\240C4 |\302\240Left |\302\240Upper-left (horizontal)""Sony:AFPoint:10"
-    "Center (10) |\302\240Center (vertical) |\302\240E3 |\302\240Top (horizontal)""Sony:AFPoint:11"
-    "Bottom (vertical) |\302\240Center (11) |\302\240F3 |\302\240Near Right""Sony:AFPoint:12"
-    "Center (12) |\302\240Center (horizontal) |\302\240Far Right |\302\240G3""Sony:AFPoint:13"
-    "Center (vertical) |\302\240H3 |\302\240Near Left |\302\240Upper-right""Sony:AFPoint:14"
-    "B2 |\302\240Bottom (horizontal) |\302\240Center (14) |\302\240Right""Sony:AFPoint:15"
-    "C2 |\302\240Lower-right |\302\240Top (vertical) |\302\240Top Assist-left""Sony:AFPoint:16"
-    "D2 |\302\240Top |\302\240Upper-middle""Sony:AFPoint:17"
-    "Center (vertical) |\302\240E2 |\302\240Lower-middle |\302\240Top Assist-right""Sony:AFPoint:18"
-    "F2 |\302\240Far Right |\302\240Lower-middle""Sony:AFPoint:19"
-    "Bottom (vertical) |\302\240G2 |\302\240Upper-right""Sony:AFPoint:2"
-    "Bottom |\302\240D4 |\302\240Far Left (horizontal) |\302\240Lower-left""Sony:AFPoint:20"
-    "H2 |\302\240Right |\302\240Upper Far Right""Sony:AFPoint:21"
-    "C1 |\302\240Lower-right |\302\240Upper-right (horizontal)""Sony:AFPoint:22"
-    "Center F2.8 |\302\240D1 |\302\240Far Right (horizontal)""Sony:AFPoint:23"
-    "E1 |\302\240Right (horizontal)""Sony:AFPoint:24""F1 |\302\240Lower Far Right""Sony:AFPoint:25"
-    "G1 |\302\240Lower-right (horizontal)""Sony:AFPoint:255""(none)""Sony:AFPoint:26"
-    "A7 Vertical |\302\240Far Right (vertical)""Sony:AFPoint:27"
-    "A6 Vertical |\302\240Upper-right (vertical)""Sony:AFPoint:28"
-    "A5 Vertical |\302\240Right (vertical)""Sony:AFPoint:29"
-    "C7 Vertical |\302\240Lower-right (vertical)""Sony:AFPoint:3"
-    "E4 |\302\240Far Left |\302\240Left (horizontal) |\302\240Middle Horizontal""Sony:AFPoint:30"
-    "C6 Vertical""Sony:AFPoint:31""C5 Vertical""Sony:AFPoint:32""E7 Vertical""Sony:AFPoint:33"
-    "E6 Center Vertical""Sony:AFPoint:34""E5 Vertical""Sony:AFPoint:35""G7 Vertical"
-    "Sony:AFPoint:36""G6 Vertical""Sony:AFPoint:37""G5 Vertical""Sony:AFPoint:38""I7 Vertical"
-    "Sony:AFPoint:39""I6 Vertical""Sony:AFPoint:4"
+    "AFType" "AFStatusActiveSensor" "FocusMode" "AFPoint" "AFPointInFocus" "AFPointAtShutterRelease"
+    "AFAreaMode" "AFPointsUsed" "ExposureProgram" "AFMicroAdj" "AFStatusUpper-left" "AFStatusLeft"
+    "AFStatusLower-left" "AFStatusFarLeft" "AFStatusTopHorizontal" "AFStatusNearRight"
+    "AFStatusCenterHorizontal" "AFStatusNearLeft" "AFStatusBottomHorizontal" "AFStatusTopVertical"
+    "AFStatusCenterVertical" "AFStatusBottomVertical" "AFStatusFarRight" "AFStatusUpper-right"
+    "AFStatusRight" "AFStatusLower-right" "AFStatusUpper-middle" "AFStatusLower-middle"
+    "AFStatusUpperFarLeft" "AFStatusUpper-leftHorizontal" "AFStatusFarLeftHorizontal"
+    "AFStatusLeftHorizontal" "AFStatusLowerFarLeft" "AFStatusLower-leftHorizontal"
+    "AFStatusUpper-leftVertical" "AFStatusLeftVertical" "AFStatusLower-leftVertical"
+    "AFStatusFarLeftVertical" "AFStatusUpperFarRight" "AFStatusUpper-rightHorizontal"
+    "AFStatusFarRightHorizontal" "AFStatusRightHorizontal" "AFStatusLowerFarRight"
+    "AFStatusLower-rightHorizontal" "AFStatusFarRightVertical" "AFStatusUpper-rightVertical"
+    "AFStatusRightVertical" "AFStatusLower-rightVertical" "AFStatus_00_B4" "AFStatus_01_C4"
+    "AFStatus_02_D4" "AFStatus_03_E4" "AFStatus_04_F4" "AFStatus_05_G4" "AFStatus_06_H4"
+    "AFStatus_07_B3" "AFStatus_08_C3" "AFStatus_09_D3" "AFStatus_10_E3" "AFStatus_11_F3"
+    "AFStatus_12_G3" "AFStatus_13_H3" "AFStatus_14_B2" "AFStatus_15_C2" "AFStatus_16_D2"
+    "AFStatus_17_E2" "AFStatus_18_F2" "AFStatus_19_G2" "AFStatus_20_H2" "AFStatus_21_C1"
+    "AFStatus_22_D1" "AFStatus_23_E1" "AFStatus_24_F1" "AFStatus_25_G1" "AFStatus_26_A7_Vertical"
+    "AFStatus_27_A6_Vertical" "AFStatus_28_A5_Vertical" "AFStatus_29_C7_Vertical"
+    "AFStatus_30_C6_Vertical" "AFStatus_31_C5_Vertical" "AFStatus_32_E7_Vertical"
+    "AFStatus_33_E6_Center_Vertical" "AFStatus_34_E5_Vertical" "AFStatus_35_G7_Vertical"
+    "AFStatus_36_G6_Vertical" "AFStatus_37_G5_Vertical" "AFStatus_38_I7_Vertical"
+    "AFStatus_39_I6_Vertical" "AFStatus_40_I5_Vertical" "AFStatus_41_A7" "AFStatus_42_B7"
+    "AFStatus_43_C7" "AFStatus_44_D7" "AFStatus_45_E7" "AFStatus_46_F7" "AFStatus_47_G7"
+    "AFStatus_48_H7" "AFStatus_49_I7" "AFStatus_50_A6" "AFStatus_51_B6" "AFStatus_52_C6"
+    "AFStatus_53_D6" "AFStatus_54_E6_Center" "AFStatus_55_F6" "AFStatus_56_G6" "AFStatus_57_H6"
+    "AFStatus_58_I6" "AFStatus_59_A5" "AFStatus_60_B5" "AFStatus_61_C5" "AFStatus_62_D5"
+    "AFStatus_63_E5" "AFStatus_64_F5" "AFStatus_65_G5" "AFStatus_66_H5" "AFStatus_67_I5"
+    "AFStatus_68_C11" "AFStatus_69_D11" "AFStatus_70_E11" "AFStatus_71_F11" "AFStatus_72_G11"
+    "AFStatus_73_B10" "AFStatus_74_C10" "AFStatus_75_D10" "AFStatus_76_E10" "AFStatus_77_F10"
+    "AFStatus_78_G10" "AFStatus_79_H10" "AFStatus_80_B9" "AFStatus_81_C9" "AFStatus_82_D9"
+    "AFStatus_83_E9" "AFStatus_84_F9" "AFStatus_85_G9" "AFStatus_86_H9" "AFStatus_87_B8"
+    "AFStatus_88_C8" "AFStatus_89_D8" "AFStatus_90_E8" "AFStatus_91_F8" "AFStatus_92_G8"
+    "AFStatus_93_H8" "AFStatus_94_E6_Center_F2-8" "LensSpec" "FocusModeSetting" "AFPointSelected"
+    "AFStatusBottomAssist-left" "AFStatusBottom" "AFStatusBottomAssist-right" "AFStatusCenter-7"
+    "AFStatusCenter-horizontal" "AFStatusCenter-9" "AFStatusCenter-10" "AFStatusCenter-11"
+    "AFStatusCenter-12" "AFStatusCenter-vertical" "AFStatusCenter-14" "AFStatusTopAssist-left"
+    "AFStatusTop" "AFStatusTopAssist-right" "AFStatusCenterF2-8" "AFMicroAdjValue" "AFMicroAdjMode"
+    "AFMicroAdjRegisteredLenses" "AFStatusTop-right" "AFStatusBottom-right"
+    "AFStatusMiddleHorizontal" "AFStatusTop-left" "AFStatusBottom-left" "FocalLength"
+    "FocalLengthTeleZoom" "FocusStatus" "ExposureTime" "FNumber" "HighSpeedSync"
+    "ExposureCompensationSet" "DriveMode" "WhiteBalanceSetting" "WhiteBalanceFineTune"
+    "ColorTemperatureSet" "ColorCompensationFilterSet" "ColorTemperatureCustom"
+    "ColorCompensationFilterCustom" "WhiteBalance" "AFPointSetting" "FlashMode"
+    "FlashExposureCompSet" "MeteringMode" "ISOSetting" "DynamicRangeOptimizerMode"
+    "DynamicRangeOptimizerLevel" "CreativeStyle" "ColorSpace" "Sharpness" "Contrast" "Saturation"
+    "ZoneMatchingValue" "Brightness" "FlashControl" "PrioritySetupShutterRelease" "AFIlluminator"
+    "AFWithShutter" "LongExposureNoiseReduction" "HighISONoiseReduction" "ImageStyle"
+    "FocusModeSwitch" "ShutterSpeedSetting" "ApertureSetting" "ImageStabilizationSetting"
+    "FlashAction" "Rotation" "AELock" "FlashAction2" "BatteryState" "BatteryLevel" "SonyImageSize"
+    "AspectRatio" "Quality" "ExposureLevelIncrements" "RedEyeReduction" "FolderNumber" "ImageNumber"
+    "CustomWB_RGBLevels" "DriveModeSetting" "DynamicRangeOptimizerSetting" "CreativeStyleSetting"
+    "ContrastSetting" "SaturationSetting" "SharpnessSetting" "ColorTemperatureSetting"
+    "SmileShutterMode" "HDRSetting" "HDRLevel" "ViewingMode" "FaceDetection" "SmileShutter"
+    "SweepPanoramaSize" "SweepPanoramaDirection" "MultiFrameNoiseReduction" "LiveViewAFSetting"
+    "PanoramaSize3D" "AFButtonPressed" "LiveViewMetering" "ViewingMode2" "FlashStatusBuilt-in"
+    "FlashStatusExternal" "LiveViewFocusMode" "LensMount" "SequenceNumber" "ShotNumberSincePowerUp2"
+    "LensE-mountVersion" "LensFirmwareVersion" "LensType2" "PreviewImageStart" "PreviewImageLength"
+    "BatteryTemperature" "BatteryUnknown" "BatteryVoltage" "ImageStabilization2" "ExtraInfoVersion"
+    "ImageStabilization" "BatteryVoltage1" "BatteryVoltage2" "ModeDialPosition"
+    "MemoryCardConfiguration" "CameraOrientation" "FacesDetected" "Face1Position" "Face2Position"
+    "Face3Position" "Face4Position" "Face5Position" "Face6Position" "Face7Position" "Face8Position"
+    "FaceTest2" "FaceTest8" "PotentialFace1Position" "PotentialFace2Position"
+    "PotentialFace3Position" "PotentialFace4Position" "PotentialFace5Position"
+    "PotentialFace6Position" "PotentialFace7Position" "PotentialFace8Position" "DriveMode2"
+    "BracketShotNumber" "WhiteBalanceBracketing" "BracketShotNumber2" "DynamicRangeOptimizerBracket"
+    "ExposureBracketShotNumber" "ISO" "ShutterCount" "FocusPosition" "ISOAutoMin" "ISOAutoMax"
+    "FlashExposureComp" "Teleconverter" "MultiBurstMode" "MultiBurstImageWidth"
+    "MultiBurstImageHeight" "PreviewImage" "Rating" "HDR" "PictureEffect" "SoftSkinEffect"
+    "Tag_0x2010" "VignettingCorrection" "LateralChromaticAberration" "DistortionCorrectionSetting"
+    "WBShiftAB_GM" "AutoPortraitFramed" "ElectronicFrontCurtainShutter" "AFAreaModeSetting"
+    "FlexibleSpotPosition" "AFTracking" "FocalPlaneAFPointsUsed" "MultiFrameNREffect"
+    "WBShiftAB_GM_Precise" "FocusLocation" "VariableLowPassFilter" "RAWFileType" "PrioritySetInAWB"
+    "MeteringMode2" "ExposureStandardAdjustment" "PixelShiftInfo" "SerialNumber" "Shadows"
+    "Highlights" "Fade" "SharpnessRange" "Clarity" "FocusFrameSize" "JPEG-HEIFSwitch"
+    "FocusLocation2" "Sony_0x9050" "Sony_0x9400" "Sony_0x9402" "Sony_0x9404" "Sony_0x9405"
+    "Sony_0x9406" "Sony_0x9407" "Sony_0x9408" "Sony_0x9409" "Sony_0x940a" "Sony_0x940b"
+    "Sony_0x940c" "Sony_0x940d" "Sony_0x940e" "Sony_0x940f" "Sony_0x9411" "FileFormat" "SonyModelID"
+    "ColorTemperature" "ColorCompensationFilter" "SceneMode" "ZoneMatching" "DynamicRangeOptimizer"
+    "LensType" "ColorMode" "FullImageSize" "PreviewImageSize" "Macro" "ExposureMode" "JPEGQuality"
+    "FlashLevel" "ReleaseMode" "Anti-Blur" "HighISONoiseReduction2" "IntelligentAuto"
+    "MeterInfo1Row1" "MeterInfo1Row2" "MeterInfo1Row3" "MeterInfo1Row4" "MeterInfo1Row5"
+    "MeterInfo1Row6" "MeterInfo1Row7" "MeterInfo2Row1" "MeterInfo2Row2" "MeterInfo2Row3"
+    "MeterInfo2Row4" "MeterInfo2Row5" "MeterInfo2Row6" "MeterInfo2Row7" "MeterInfo2Row8"
+    "MeterInfo2Row9" "ImageCount" "ShotNumberSincePowerUp" "CustomWB_RBLevels" "BrightnessValue"
+    "LiveViewAFMethod" "FocalLength2" "ExposureCompensation2" "FlashExposureCompSet2" "Orientation2"
+    "FocusPosition2" "FocusMode2" "FlashActionExternal" "FlashStatus" "Barcode" "SensorTemperature"
+    "FirmwareVersion" "CameraTemperature" "BoardTemperature" "TextInfo1" "TextInfo2"
+    "VibrationReduction" "JpgFromRawStart" "JpgFromRawLength" "SonyImageWidth" "SonyImageHeight"
+    "Orientation" "ImageQuality" "Comment" "DateTimeOriginal" "ModifyDate" "ExposureCompensation"
+    "Flash" "PanoramaFullWidth" "PanoramaFullHeight" "PanoramaDirection" "PanoramaCropLeft"
+    "PanoramaCropTop" "PanoramaCropRight" "PanoramaCropBottom" "PanoramaFrameWidth"
+    "PanoramaFrameHeight" "PanoramaSourceWidth" "PanoramaSourceHeight" "FaceInfoOffset"
+    "SonyDateTime" "FaceInfoLength" "MetaVersion" "ReleaseMode3" "ReleaseMode2" "SelfTimer"
+    "StopsAboveBaseISO" "PictureProfile" "PictureEffect2" "Quality2" "WB_RGBLevels"
+    "SequenceImageNumber" "SequenceFileNumber" "SonyISO" "DistortionCorrParams" "DigitalZoomRatio"
+    "MinFocalLength" "MaxFocalLength" "LensFormat" "DistortionCorrParamsPresent"
+    "DistortionCorrParamsNumber" "FocalPlaneAFPointArea" "FocalPlaneAFPointLocation1"
+    "FocalPlaneAFPointLocation2" "FocalPlaneAFPointLocation3" "FocalPlaneAFPointLocation4"
+    "FocalPlaneAFPointLocation5" "FocalPlaneAFPointLocation6" "FocalPlaneAFPointLocation7"
+    "FocalPlaneAFPointLocation8" "FocalPlaneAFPointLocation9" "FocalPlaneAFPointLocation10"
+    "FocalPlaneAFPointLocation11" "FocalPlaneAFPointLocation12" "FocalPlaneAFPointLocation13"
+    "FocalPlaneAFPointLocation14" "FocalPlaneAFPointLocation15" "SonyMaxAperture" "SonyMinAperture"
+    "Shutter" "SonyExposureTime" "SonyFNumber" "ShutterCount2" "SonyDateTime2"
+    "InternalSerialNumber" "APS-CSizeCapture" "LensSpecFeatures" "ShutterCount3" "DigitalZoom"
+    "SequenceLength" "ModelReleaseYear" "ShutterType" "Ver9401" "TempTest1" "AmbientTemperature"
+    "TempTest2" "LensZoomPosition" "DistortionCorrection" "VignettingCorrParams"
+    "ChromaticAberrationCorrParams" "BaseISO" "SonyExposureTime2" "SonyMaxApertureValue"
+    "SonyImageWidthMax" "SonyImageHeightMax" "BatteryLevelGrip1" "BatteryLevelGrip2" "Battery2"
+    "BatteryStatus1" "BatteryStatus2" "BatteryLevel2" "AFPointsSelected" "LensMount2" "LensType3"
+    "CameraE-mountVersion" "TiffMeteringImageWidth" "TiffMeteringImageHeight" "Tag9416_0000"
+    "SonyFNumber2" "Sony_rtmd_0x060e" "Sony_rtmd_0x3210" "Sony_rtmd_0x3219" "Sony_rtmd_0x321a"
+    "Sony_rtmd_0x8001" "Sony_rtmd_0x8004" "Sony_rtmd_0x8005" "Sony_rtmd_0x800a" "Sony_rtmd_0x800b"
+    "Sony_rtmd_0x8100" "Sony_rtmd_0x8101" "Sony_rtmd_0x8104" "Sony_rtmd_0x8105" "Sony_rtmd_0x8106"
+    "MasterGainAdjustment" "ElectricalExtenderMagnification" "Sony_rtmd_0x810d" "Sony_rtmd_0x8115"
+    "GPSVersionID" "GPSLatitudeRef" "GPSLatitude" "GPSLongitudeRef" "GPSLongitude" "GPSTimeStamp"
+    "GPSStatus" "GPSMeasureMode" "GPSMapDatum" "GPSDateStamp" "Sony_rtmd_0xe000" "Sony_rtmd_0xe300"
+    "Sony_rtmd_0xe301" "Sony_rtmd_0xe302" "DateTime" "Sony_rtmd_0xe435" "Sony_rtmd_0xe437"
+    "PitchRollYaw" "Sony_rtmd_0xe445" "Accelerometer" "1" "2" "3" "-32768" "0" "17" "18" "19" "32"
+    "4" "48" "5" "6" "65535" "7" "10" "11" "12" "13" "14" "15" "16" "20" "21" "22" "23" "24" "25"
+    "255" "26" "27" "28" "29" "30" "31" "33" "34" "35" "36" "37" "38" "39" "40" "41" "42" "43" "44"
+    "45" "46" "47" "49" "50" "51" "52" "53" "54" "55" "56" "57" "58" "59" "60" "61" "62" "63" "64"
+    "65" "66" "67" "68" "69" "70" "71" "72" "73" "74" "75" "76" "77" "78" "79" "8" "80" "81" "82"
+    "83" "84" "85" "86" "87" "88" "89" "9" "90" "91" "92" "93" "94" "95" "1024" "1048576"
+    "1073741824" "1099511627776" "1125899906842624" "1152921504606846976" "128" "131072" "134217728"
+    "137438953472" "140737488355328" "144115188075855872" "16384" "16777216" "17179869184"
+    "17592186044416" "18014398509481984" "2048" "2097152" "2147483648" "2199023255552"
+    "2251799813685248" "2305843009213693952" "256" "262144" "268435456" "274877906944"
+    "281474976710656" "288230376151711744" "32768" "33554432" "34359738368" "35184372088832"
+    "36028797018963968" "4096" "4194304" "4294967296" "4398046511104" "4503599627370496"
+    "4611686018427387904" "512" "524288" "536870912" "549755813888" "562949953421312"
+    "576460752303423488" "65536" "67108864" "68719476736" "70368744177664" "72057594037927936"
+    "8192" "8388608" "8589934592" "8796093022208" "9007199254740992" "9223372036854775808" "129"
+    "130" "131" "132" "133" "134" "135" "136" "137" "138" "241" "243" "245" "246" "247" "249" "252"
+    "253" "96" "-1" "106" "107" "108" "110" "111" "112" "114" "115" "116" "122" "123" "124" "125"
+    "127" "139" "140" "141" "142" "144" "145" "146" "148" "149" "150" "151" "156" "157" "158" "159"
+    "161" "162" "163" "165" "166" "167" "168" "173" "174" "175" "176" "178" "179" "180" "182" "183"
+    "184" "185" "190" "191" "192" "193" "195" "196" "197" "199" "200" "201" "202" "208" "209" "210"
+    "212" "213" "214" "216" "217" "218" "229" "230" "231" "113" "117" "211" "100" "101" "102" "118"
+    "97" "98" "99" "254" "AdobeRGB" "Autumnleaves" "BW" "Clear" "Deep" "FL" "IN" "Landscape" "Light"
+    "Neutral" "Nightview" "None" "Portrait" "Real" "SH" "Sepia" "Standard" "Sunset" "VV2" "Vivid"
+    "4294901760" "4294901761" "4294967295" "65537" "0 0" "0 1" "0 2" "0 3" "0 4" "1 0" "1 1" "1 2"
+    "1 3" "1 4" "2 0" "3 0" "3 2" "3 3" "160" "0.1" "0.2" "0.3" "0.4" "0.5" "0.6" "0.7" "0.8" "0.9"
+    "0.10" "0.11" "0.12" "0.13" "234" "239" "24593" "32784" "32785" "32786" "32787" "32788" "32789"
+    "32789.1" "32790" "32790.1" "32791" "32792" "32793" "32794" "32794.1" "32794.2" "32795" "32796"
+    "32796.1" "32797" "32798" "32799" "32800" "32801" "32802" "32803" "32804" "32805" "32807"
+    "32808" "32810" "32811" "32812" "32813" "32814" "32815" "32816" "32817" "32819" "32820" "32821"
+    "32822" "32823" "32823.1" "32824" "32826" "32827" "32828" "32829" "32830" "32831" "32848"
+    "32849" "32850" "32851" "32852" "32853" "32854" "32855" "32858" "32859" "32860" "32862" "32863"
+    "32864" "32865" "32866" "32867" "32868" "32871" "32873" "32874" "32875" "32876" "32877" "32878"
+    "32879" "32884" "32885" "32886" "33072" "33073" "33076" "33077" "33078" "33079" "33080" "33081"
+    "33082" "33083" "33084" "33085" "33086" "33087" "33088" "49201" "49202" "49203" "49216" "49217"
+    "49218" "49219" "49220" "49232" "49233" "49234" "49235" "49236" "49456" "49457" "49458" "49459"
+    "49460" "49461" "49462" "49463" "49464" "49465" "49466" "49467" "49468" "49469" "49470" "49471"
+    "49472" "49473" "49473.1" "49473.2" "49473.3" "49473.4" "49474" "49474.1" "49474.2" "49474.3"
+    "49474.4" "49474.5" "49474.6" "49474.7" "49474.8" "49474.9" "49712" "49713" "49714" "50480"
+    "50481" "50482" "50483" "50484" "50485" "50486" "50487" "50488" "50489" "50490" "50492" "50493"
+    "50495" "50499" "50501" "50503" "50507" "50508" "50512" "50513" "50514" "50515" "50516" "50517"
+    "50518" "50521" "50522" "50523" "50524" "50525" "50526" "50527" "50528" "50529" "50530" "50531"
+    "50532" "50533" "50534" "50535" "50536" "50537" "50538" "50539" "50540" "50543" "50544" "50547"
+    "50992" "50993" "50994" "50995" "50996" "50997" "50998" "50999" "51000" "51001" "51002" "51003"
+    "51006" "51504" "51505" "51505.1" "51507" "51508" "51510" "51510.1" "51512" "51513" "51514"
+    "51515" "51516" "51517" "51518" "207" "248" "250" "251" "244" "65535 65535" "769" "770" "1280"
+    "00000000 0 0 0x0" "0 0 0 2" "1 0 0 0" "2 0 0 0" "3 0 0 0" "3 1 0 0" "3 2 0 0" "3 3 0 0"
+    "3 3 1 0" "3 3 2 0" "3 3 3 0" "3 3 5 0" "4 0 0 0" "4 0 1 0" "5 0 0 0" "257" "258" "259" "260"
+    "261" "262" "263" "264" "265" "266" "269" "270" "273" "274" "275" "278" "279" "280" "281" "282"
+    "283" "284" "285" "286" "287" "288" "289" "290" "291" "292" "293" "294" "295" "296" "297" "298"
+    "299" "300" "302" "303" "305" "306" "307" "308" "309" "310" "311" "312" "313" "317" "318" "319"
+    "339" "340" "341" "342" "344" "346" "347" "350" "353" "354" "355" "356" "357" "358" "360" "362"
+    "363" "364" "365" "366" "367" "369" "371" "372" "373" "374" "375" "376" "378" "379" "380" "381"
+    "382" "383" "384" "385" "386" "387" "388" "389" "390" "391" "392" "393" "394" "395" "396" "397"
+    "7.1" "7.2" "24.1" "24.2" "24.3" "24.4" "24.5" "24.6" "24.7" "25.1" "25.2" "25.3" "25.4" "25.5"
+    "28.1" "28.2" "30.1" "30.2" "30.3" "30.4" "31.1" "41.1" "48.1" "48.2" "52.1" "52.2" "54.1"
+    "55.1" "57.1" "57.2" "128.1" "128.2" "128.3" "128.4" "128.5" "128.6" "128.7" "128.8" "128.9"
+    "128.10" "128.11" "128.12" "128.13" "128.14" "128.15" "128.16" "128.17" "128.18" "128.19"
+    "128.20" "128.21" "128.22" "128.23" "128.24" "128.25" "128.26" "128.27" "129.1" "129.2" "194"
+    "203" "204" "215" "220" "224" "255.1" "255.2" "255.3" "255.4" "255.5" "255.6" "255.7" "255.8"
+    "255.9" "1868" "2550" "2551" "2551.1" "2551.2" "2551.3" "2551.4" "2551.5" "2552" "2552.1"
+    "2552.2" "2552.3" "2552.4" "2552.5" "2552.6" "2552.7" "2552.8" "2552.9" "2553" "2553.1" "2553.2"
+    "2553.3" "2553.4" "2554" "2555" "2555.1" "2555.2" "2555.3" "2556" "2557" "2558" "2560" "2561"
+    "2561.1" "2561.2" "2561.3" "2561.4" "2561.5" "2561.6" "2561.7" "2561.8" "2561.9" "2561.10"
+    "2562" "2563" "2563.1" "2563.2" "2563.3" "2563.4" "2564" "2564.1" "2565" "2566" "2566.1" "2572"
+    "2578" "2578.1" "2578.2" "2578.3" "2579" "2579.1" "2581" "2581.1" "2581.2" "2581.3" "2581.4"
+    "2581.5" "2585" "2585.1" "2585.2" "2588" "2589" "2589.1" "2590" "2590.1" "2591" "2592" "2593"
+    "2594" "2596" "2597" "2598" "2601" "2601.1" "2604" "2605" "2606" "2607" "2608" "2609" "2612"
+    "2613" "2615" "2616" "2618" "2619" "2620" "2621" "2624" "2628" "2629" "2631" "2632" "2638"
+    "2639" "2641" "2642" "2644" "2662" "2667" "2668" "2672" "3046" "4567" "4568" "4570" "4571"
+    "4574" "4574.1" "4574.2" "4574.3" "4575" "4585" "4586" "4587" "4812" "6118" "6528" "6553"
+    "6553.1" "6553.2" "6553.3" "6553.4" "6553.5" "6553.6" "6553.7" "18688" "25501" "25511" "25511.1"
+    "25511.2" "25511.3" "25511.4" "25511.5" "25521" "25521.1" "25521.2" "25521.3" "25521.4"
+    "25521.5" "25521.6" "25521.7" "25521.8" "25521.9" "25531" "25531.1" "25531.2" "25531.3"
+    "25531.4" "25541" "25551" "25551.1" "25551.2" "25551.3" "25561" "25571" "25581" "25601" "25611"
+    "25611.1" "25611.2" "25611.3" "25611.4" "25611.5" "25611.6" "25611.7" "25611.8" "25611.9"
+    "25611.10" "25621" "25631" "25631.1" "25631.2" "25631.3" "25631.4" "25641" "25641.1" "25651"
+    "25661" "25661.1" "25721" "25781" "25781.1" "25781.2" "25781.3" "25791" "25791.1" "25811"
+    "25811.1" "25811.2" "25811.3" "25811.4" "25811.5" "25851" "25858" "25858.1" "25881" "25891"
+    "25891.1" "25901" "25901.1" "25911" "25921" "25931" "25941" "25961" "25971" "25981" "26011"
+    "26011.1" "26041" "26051" "26061" "26071" "26081" "26091" "26121" "26131" "26151" "26161"
+    "26181" "26191" "26201" "26211" "26241" "26281" "26291" "26311" "26321" "26381" "26391" "26411"
+    "26421" "26441" "26621" "26671" "26681" "26721" "30464" "45671" "45681" "45701" "45711" "45741"
+    "45741.1" "45741.2" "45741.3" "45751" "45851" "45861" "45871" "48128" "61184" "65280" "65535.1"
+    "65535.2" "65535.3" "65535.4" "65535.5" "65535.6" "65535.7" "103" "104" "105" "-9" "-8" "-7"
+    "-6" "-5" "-4" "-3" "-2" "32767" "121" "0 0 0" "30721" "98844" "262143" "394688" "2147483647"
+    "N" "S" "E" "W" "A" "V" "Sony:AELock" "AE Lock" "Sony:AELock:1" "Off |\302\240On"
+    "Sony:AELock:2" "Sony:AFAreaMode" "AF Area Mode" "Sony:AFAreaMode:0"
+    "Default |\302\240Multi |\302\240Wide" "Sony:AFAreaMode:1"
+    "Center |\302\240Local |\302\240Multi |\302\240Spot |\302\240Wide" "Sony:AFAreaMode:10"
+    "Selective (for Miniature effect)" "Sony:AFAreaMode:11" "Zone" "Sony:AFAreaMode:12"
+    "Expanded Flexible Spot" "Sony:AFAreaMode:14" "Tracking" "Sony:AFAreaMode:15" "Face Tracking"
+    "Sony:AFAreaMode:2" "Center |\302\240Flexible Spot |\302\240Local |\302\240Spot"
+    "Sony:AFAreaMode:20" "Animal Eye Tracking" "Sony:AFAreaMode:21" "Human Eye Tracking"
+    "Sony:AFAreaMode:255" "Manual" "Sony:AFAreaMode:3"
+    "Flexible Spot |\302\240Local |\302\240Spot |\302\240Zone" "Sony:AFAreaMode:4"
+    "Expanded Flexible Spot |\302\240Flexible |\302\240Flexible Spot" "Sony:AFAreaMode:6" "Touch"
+    "Sony:AFAreaMode:65535" "n/a" "Sony:AFAreaModeSetting" "AF Area Mode Setting"
+    "Sony:AFAreaModeSetting:0" "Wide" "Sony:AFAreaModeSetting:1" "Center"
+    "Sony:AFAreaModeSetting:11" "Sony:AFAreaModeSetting:12" "Sony:AFAreaModeSetting:3"
+    "Flexible Spot" "Sony:AFAreaModeSetting:4"
+    "Flexible Spot |\302\240Flexible Spot (LA-EA4) |\302\240Local" "Sony:AFAreaModeSetting:8"
+    "Sony:AFAreaModeSetting:9" "Center |\302\240Center (LA-EA4) |\302\240Spot"
+    "Sony:AFButtonPressed" "AF Button Pressed" "Sony:AFButtonPressed:1" "No"
+    "Sony:AFButtonPressed:16" "Yes" "Sony:AFIlluminator" "AF Illuminator" "Sony:AFIlluminator:0"
+    "Auto |\302\240Off" "Sony:AFIlluminator:1" "Sony:AFIlluminator:65535" "Sony:AFMicroAdj"
+    "AF Micro Adj" "Sony:AFMicroAdjMode" "AF Micro Adj Mode" "Sony:AFMicroAdjMode:0" "Off"
+    "Sony:AFMicroAdjMode:1" "On" "Sony:AFMicroAdjRegisteredLenses" "AF Micro Adj Registered Lenses"
+    "Sony:AFMicroAdjValue" "AF Micro Adj Value" "Sony:AFPoint" "AF Point" "Sony:AFPoint:0"
+    "B4 |\302\240Top-right |\302\240Upper Far Left |\302\240Upper-left" "Sony:AFPoint:1"
+    "Bottom-right |\302\240C4 |\302\240Left |\302\240Upper-left (horizontal)" "Sony:AFPoint:10"
+    "Center (10) |\302\240Center (vertical) |\302\240E3 |\302\240Top (horizontal)" "Sony:AFPoint:11"
+    "Bottom (vertical) |\302\240Center (11) |\302\240F3 |\302\240Near Right" "Sony:AFPoint:12"
+    "Center (12) |\302\240Center (horizontal) |\302\240Far Right |\302\240G3" "Sony:AFPoint:13"
+    "Center (vertical) |\302\240H3 |\302\240Near Left |\302\240Upper-right" "Sony:AFPoint:14"
+    "B2 |\302\240Bottom (horizontal) |\302\240Center (14) |\302\240Right" "Sony:AFPoint:15"
+    "C2 |\302\240Lower-right |\302\240Top (vertical) |\302\240Top Assist-left" "Sony:AFPoint:16"
+    "D2 |\302\240Top |\302\240Upper-middle" "Sony:AFPoint:17"
+    "Center (vertical) |\302\240E2 |\302\240Lower-middle |\302\240Top Assist-right"
+    "Sony:AFPoint:18" "F2 |\302\240Far Right |\302\240Lower-middle" "Sony:AFPoint:19"
+    "Bottom (vertical) |\302\240G2 |\302\240Upper-right" "Sony:AFPoint:2"
+    "Bottom |\302\240D4 |\302\240Far Left (horizontal) |\302\240Lower-left" "Sony:AFPoint:20"
+    "H2 |\302\240Right |\302\240Upper Far Right" "Sony:AFPoint:21"
+    "C1 |\302\240Lower-right |\302\240Upper-right (horizontal)" "Sony:AFPoint:22"
+    "Center F2.8 |\302\240D1 |\302\240Far Right (horizontal)" "Sony:AFPoint:23"
+    "E1 |\302\240Right (horizontal)" "Sony:AFPoint:24" "F1 |\302\240Lower Far Right"
+    "Sony:AFPoint:25" "G1 |\302\240Lower-right (horizontal)" "Sony:AFPoint:255" "(none)"
+    "Sony:AFPoint:26" "A7 Vertical |\302\240Far Right (vertical)" "Sony:AFPoint:27"
+    "A6 Vertical |\302\240Upper-right (vertical)" "Sony:AFPoint:28"
+    "A5 Vertical |\302\240Right (vertical)" "Sony:AFPoint:29"
+    "C7 Vertical |\302\240Lower-right (vertical)" "Sony:AFPoint:3"
+    "E4 |\302\240Far Left |\302\240Left (horizontal) |\302\240Middle Horizontal" "Sony:AFPoint:30"
+    "C6 Vertical" "Sony:AFPoint:31" "C5 Vertical" "Sony:AFPoint:32" "E7 Vertical" "Sony:AFPoint:33"
+    "E6 Center Vertical" "Sony:AFPoint:34" "E5 Vertical" "Sony:AFPoint:35" "G7 Vertical"
+    "Sony:AFPoint:36" "G6 Vertical" "Sony:AFPoint:37" "G5 Vertical" "Sony:AFPoint:38" "I7 Vertical"
+    "Sony:AFPoint:39" "I6 Vertical" "Sony:AFPoint:4"
     "Bottom Assist-left |\302\240Center Vertical |\302\240F4 |\302\240Lower Far Left |\302\240Top (horizontal)"
-    "Sony:AFPoint:40""I5 Vertical""Sony:AFPoint:41""A7""Sony:AFPoint:42""B7""Sony:AFPoint:43""C7"
-    "Sony:AFPoint:44""D7""Sony:AFPoint:45""E7""Sony:AFPoint:46""F7""Sony:AFPoint:47""G7"
-    "Sony:AFPoint:48""H7""Sony:AFPoint:49""I7""Sony:AFPoint:5"
+    "Sony:AFPoint:40" "I5 Vertical" "Sony:AFPoint:41" "A7" "Sony:AFPoint:42" "B7" "Sony:AFPoint:43"
+    "C7" "Sony:AFPoint:44" "D7" "Sony:AFPoint:45" "E7" "Sony:AFPoint:46" "F7" "Sony:AFPoint:47" "G7"
+    "Sony:AFPoint:48" "H7" "Sony:AFPoint:49" "I7" "Sony:AFPoint:5"
     "Bottom |\302\240G4 |\302\240Lower-left (horizontal) |\302\240Near Right |\302\240Top"
-    "Sony:AFPoint:50""A6""Sony:AFPoint:51""B6""Sony:AFPoint:52""C6""Sony:AFPoint:53""D6"
-    "Sony:AFPoint:54""E6 Center""Sony:AFPoint:55""F6""Sony:AFPoint:56""G6""Sony:AFPoint:57""H6"
-    "Sony:AFPoint:58""I6""Sony:AFPoint:59""A5""Sony:AFPoint:6"
+    "Sony:AFPoint:50" "A6" "Sony:AFPoint:51" "B6" "Sony:AFPoint:52" "C6" "Sony:AFPoint:53" "D6"
+    "Sony:AFPoint:54" "E6 Center" "Sony:AFPoint:55" "F6" "Sony:AFPoint:56" "G6" "Sony:AFPoint:57"
+    "H6" "Sony:AFPoint:58" "I6" "Sony:AFPoint:59" "A5" "Sony:AFPoint:6"
     "Bottom Assist-right |\302\240Center (horizontal) |\302\240H4 |\302\240Top-left |\302\240Upper-left (vertical)"
-    "Sony:AFPoint:60""B5""Sony:AFPoint:61""C5""Sony:AFPoint:62""D5""Sony:AFPoint:63""E5"
-    "Sony:AFPoint:64""F5""Sony:AFPoint:65""G5""Sony:AFPoint:66""H5""Sony:AFPoint:67""I5"
-    "Sony:AFPoint:68""C11""Sony:AFPoint:69""D11""Sony:AFPoint:7"
+    "Sony:AFPoint:60" "B5" "Sony:AFPoint:61" "C5" "Sony:AFPoint:62" "D5" "Sony:AFPoint:63" "E5"
+    "Sony:AFPoint:64" "F5" "Sony:AFPoint:65" "G5" "Sony:AFPoint:66" "H5" "Sony:AFPoint:67" "I5"
+    "Sony:AFPoint:68" "C11" "Sony:AFPoint:69" "D11" "Sony:AFPoint:7"
     "B3 |\302\240Bottom-left |\302\240Center (7) |\302\240Left (vertical) |\302\240Near Left"
-    "Sony:AFPoint:70""E11""Sony:AFPoint:71""F11""Sony:AFPoint:72""G11""Sony:AFPoint:73""B10"
-    "Sony:AFPoint:74""C10""Sony:AFPoint:75""D10""Sony:AFPoint:76""E10""Sony:AFPoint:77""F10"
-    "Sony:AFPoint:78""G10""Sony:AFPoint:79""H10""Sony:AFPoint:8"
+    "Sony:AFPoint:70" "E11" "Sony:AFPoint:71" "F11" "Sony:AFPoint:72" "G11" "Sony:AFPoint:73" "B10"
+    "Sony:AFPoint:74" "C10" "Sony:AFPoint:75" "D10" "Sony:AFPoint:76" "E10" "Sony:AFPoint:77" "F10"
+    "Sony:AFPoint:78" "G10" "Sony:AFPoint:79" "H10" "Sony:AFPoint:8"
     "Bottom (horizontal) |\302\240C3 |\302\240Center (horizontal) |\302\240Lower-left (vertical)"
-    "Sony:AFPoint:80""B9""Sony:AFPoint:81""C9""Sony:AFPoint:82""D9""Sony:AFPoint:83""E9"
-    "Sony:AFPoint:84""F9""Sony:AFPoint:85""G9""Sony:AFPoint:86""H9""Sony:AFPoint:87""B8"
-    "Sony:AFPoint:88""C8""Sony:AFPoint:89""D8""Sony:AFPoint:9"
-    "Center (9) |\302\240D3 |\302\240Far Left (vertical) |\302\240Top (vertical)""Sony:AFPoint:90"
-    "E8""Sony:AFPoint:91""F8""Sony:AFPoint:92""G8""Sony:AFPoint:93""H8""Sony:AFPoint:94"
-    "E6 Center F2.8""Sony:AFPointAtShutterRelease""AF Point At Shutter Release"
-    "Sony:AFPointAtShutterRelease:0""B4 |\302\240Upper Far Left |\302\240Upper-left"
-    "Sony:AFPointAtShutterRelease:1""C4 |\302\240Left |\302\240Upper-left (horizontal)"
-    "Sony:AFPointAtShutterRelease:10""Center (vertical) |\302\240E3 |\302\240Top (horizontal)"
-    "Sony:AFPointAtShutterRelease:11""Bottom (vertical) |\302\240F3 |\302\240Near Right"
-    "Sony:AFPointAtShutterRelease:12""Center (horizontal) |\302\240Far Right |\302\240G3"
-    "Sony:AFPointAtShutterRelease:13""H3 |\302\240Near Left |\302\240Upper-right"
-    "Sony:AFPointAtShutterRelease:14""B2 |\302\240Bottom (horizontal) |\302\240Right"
-    "Sony:AFPointAtShutterRelease:15""C2 |\302\240Lower-right |\302\240Top (vertical)"
-    "Sony:AFPointAtShutterRelease:16""D2 |\302\240Upper-middle""Sony:AFPointAtShutterRelease:17"
-    "Center (vertical) |\302\240E2 |\302\240Lower-middle""Sony:AFPointAtShutterRelease:18"
-    "F2 |\302\240Lower-middle""Sony:AFPointAtShutterRelease:19""Bottom (vertical) |\302\240G2"
-    "Sony:AFPointAtShutterRelease:2""D4 |\302\240Far Left (horizontal) |\302\240Lower-left"
-    "Sony:AFPointAtShutterRelease:20""H2 |\302\240Upper Far Right""Sony:AFPointAtShutterRelease:21"
-    "C1 |\302\240Upper-right (horizontal)""Sony:AFPointAtShutterRelease:22"
-    "D1 |\302\240Far Right (horizontal)""Sony:AFPointAtShutterRelease:23"
-    "Sony:AFPointAtShutterRelease:24""Sony:AFPointAtShutterRelease:25"
-    "Sony:AFPointAtShutterRelease:26""Sony:AFPointAtShutterRelease:27"
-    "Sony:AFPointAtShutterRelease:28""Sony:AFPointAtShutterRelease:29"
-    "Sony:AFPointAtShutterRelease:3""E4 |\302\240Far Left |\302\240Left (horizontal)"
-    "Sony:AFPointAtShutterRelease:30""(out of focus) |\302\240C6 Vertical"
-    "Sony:AFPointAtShutterRelease:31""Sony:AFPointAtShutterRelease:32"
-    "Sony:AFPointAtShutterRelease:33""Sony:AFPointAtShutterRelease:34"
-    "Sony:AFPointAtShutterRelease:35""Sony:AFPointAtShutterRelease:36"
-    "Sony:AFPointAtShutterRelease:37""Sony:AFPointAtShutterRelease:38"
-    "Sony:AFPointAtShutterRelease:39""Sony:AFPointAtShutterRelease:4"
-    "F4 |\302\240Lower Far Left |\302\240Top (horizontal)""Sony:AFPointAtShutterRelease:40"
-    "Sony:AFPointAtShutterRelease:41""Sony:AFPointAtShutterRelease:42"
-    "Sony:AFPointAtShutterRelease:43""Sony:AFPointAtShutterRelease:44"
-    "Sony:AFPointAtShutterRelease:45""Sony:AFPointAtShutterRelease:46"
-    "Sony:AFPointAtShutterRelease:47""Sony:AFPointAtShutterRelease:48"
-    "Sony:AFPointAtShutterRelease:49""Sony:AFPointAtShutterRelease:5"
-    "G4 |\302\240Lower-left (horizontal) |\302\240Near Right""Sony:AFPointAtShutterRelease:50"
-    "Sony:AFPointAtShutterRelease:51""Sony:AFPointAtShutterRelease:52"
-    "Sony:AFPointAtShutterRelease:53""Sony:AFPointAtShutterRelease:54"
-    "Sony:AFPointAtShutterRelease:55""Sony:AFPointAtShutterRelease:56"
-    "Sony:AFPointAtShutterRelease:57""Sony:AFPointAtShutterRelease:58"
-    "Sony:AFPointAtShutterRelease:59""Sony:AFPointAtShutterRelease:6"
+    "Sony:AFPoint:80" "B9" "Sony:AFPoint:81" "C9" "Sony:AFPoint:82" "D9" "Sony:AFPoint:83" "E9"
+    "Sony:AFPoint:84" "F9" "Sony:AFPoint:85" "G9" "Sony:AFPoint:86" "H9" "Sony:AFPoint:87" "B8"
+    "Sony:AFPoint:88" "C8" "Sony:AFPoint:89" "D8" "Sony:AFPoint:9"
+    "Center (9) |\302\240D3 |\302\240Far Left (vertical) |\302\240Top (vertical)" "Sony:AFPoint:90"
+    "E8" "Sony:AFPoint:91" "F8" "Sony:AFPoint:92" "G8" "Sony:AFPoint:93" "H8" "Sony:AFPoint:94"
+    "E6 Center F2.8" "Sony:AFPointAtShutterRelease" "AF Point At Shutter Release"
+    "Sony:AFPointAtShutterRelease:0" "B4 |\302\240Upper Far Left |\302\240Upper-left"
+    "Sony:AFPointAtShutterRelease:1" "C4 |\302\240Left |\302\240Upper-left (horizontal)"
+    "Sony:AFPointAtShutterRelease:10" "Center (vertical) |\302\240E3 |\302\240Top (horizontal)"
+    "Sony:AFPointAtShutterRelease:11" "Bottom (vertical) |\302\240F3 |\302\240Near Right"
+    "Sony:AFPointAtShutterRelease:12" "Center (horizontal) |\302\240Far Right |\302\240G3"
+    "Sony:AFPointAtShutterRelease:13" "H3 |\302\240Near Left |\302\240Upper-right"
+    "Sony:AFPointAtShutterRelease:14" "B2 |\302\240Bottom (horizontal) |\302\240Right"
+    "Sony:AFPointAtShutterRelease:15" "C2 |\302\240Lower-right |\302\240Top (vertical)"
+    "Sony:AFPointAtShutterRelease:16" "D2 |\302\240Upper-middle" "Sony:AFPointAtShutterRelease:17"
+    "Center (vertical) |\302\240E2 |\302\240Lower-middle" "Sony:AFPointAtShutterRelease:18"
+    "F2 |\302\240Lower-middle" "Sony:AFPointAtShutterRelease:19" "Bottom (vertical) |\302\240G2"
+    "Sony:AFPointAtShutterRelease:2" "D4 |\302\240Far Left (horizontal) |\302\240Lower-left"
+    "Sony:AFPointAtShutterRelease:20" "H2 |\302\240Upper Far Right"
+    "Sony:AFPointAtShutterRelease:21" "C1 |\302\240Upper-right (horizontal)"
+    "Sony:AFPointAtShutterRelease:22" "D1 |\302\240Far Right (horizontal)"
+    "Sony:AFPointAtShutterRelease:23" "Sony:AFPointAtShutterRelease:24"
+    "Sony:AFPointAtShutterRelease:25" "Sony:AFPointAtShutterRelease:26"
+    "Sony:AFPointAtShutterRelease:27" "Sony:AFPointAtShutterRelease:28"
+    "Sony:AFPointAtShutterRelease:29" "Sony:AFPointAtShutterRelease:3"
+    "E4 |\302\240Far Left |\302\240Left (horizontal)" "Sony:AFPointAtShutterRelease:30"
+    "(out of focus) |\302\240C6 Vertical" "Sony:AFPointAtShutterRelease:31"
+    "Sony:AFPointAtShutterRelease:32" "Sony:AFPointAtShutterRelease:33"
+    "Sony:AFPointAtShutterRelease:34" "Sony:AFPointAtShutterRelease:35"
+    "Sony:AFPointAtShutterRelease:36" "Sony:AFPointAtShutterRelease:37"
+    "Sony:AFPointAtShutterRelease:38" "Sony:AFPointAtShutterRelease:39"
+    "Sony:AFPointAtShutterRelease:4" "F4 |\302\240Lower Far Left |\302\240Top (horizontal)"
+    "Sony:AFPointAtShutterRelease:40" "Sony:AFPointAtShutterRelease:41"
+    "Sony:AFPointAtShutterRelease:42" "Sony:AFPointAtShutterRelease:43"
+    "Sony:AFPointAtShutterRelease:44" "Sony:AFPointAtShutterRelease:45"
+    "Sony:AFPointAtShutterRelease:46" "Sony:AFPointAtShutterRelease:47"
+    "Sony:AFPointAtShutterRelease:48" "Sony:AFPointAtShutterRelease:49"
+    "Sony:AFPointAtShutterRelease:5" "G4 |\302\240Lower-left (horizontal) |\302\240Near Right"
+    "Sony:AFPointAtShutterRelease:50" "Sony:AFPointAtShutterRelease:51"
+    "Sony:AFPointAtShutterRelease:52" "Sony:AFPointAtShutterRelease:53"
+    "Sony:AFPointAtShutterRelease:54" "Sony:AFPointAtShutterRelease:55"
+    "Sony:AFPointAtShutterRelease:56" "Sony:AFPointAtShutterRelease:57"
+    "Sony:AFPointAtShutterRelease:58" "Sony:AFPointAtShutterRelease:59"
+    "Sony:AFPointAtShutterRelease:6"
     "Center (horizontal) |\302\240H4 |\302\240Upper-left (vertical)"
-    "Sony:AFPointAtShutterRelease:60""Sony:AFPointAtShutterRelease:61"
-    "Sony:AFPointAtShutterRelease:62""Sony:AFPointAtShutterRelease:63"
-    "Sony:AFPointAtShutterRelease:64""Sony:AFPointAtShutterRelease:65"
-    "Sony:AFPointAtShutterRelease:66""Sony:AFPointAtShutterRelease:67"
-    "Sony:AFPointAtShutterRelease:68""Sony:AFPointAtShutterRelease:69"
-    "Sony:AFPointAtShutterRelease:7""B3 |\302\240Left (vertical) |\302\240Near Left"
-    "Sony:AFPointAtShutterRelease:70""Sony:AFPointAtShutterRelease:71"
-    "Sony:AFPointAtShutterRelease:72""Sony:AFPointAtShutterRelease:73"
-    "Sony:AFPointAtShutterRelease:74""Sony:AFPointAtShutterRelease:75"
-    "Sony:AFPointAtShutterRelease:76""Sony:AFPointAtShutterRelease:77"
-    "Sony:AFPointAtShutterRelease:78""Sony:AFPointAtShutterRelease:79"
-    "Sony:AFPointAtShutterRelease:8""Bottom (horizontal) |\302\240C3 |\302\240Lower-left (vertical)"
-    "Sony:AFPointAtShutterRelease:80""Sony:AFPointAtShutterRelease:81"
-    "Sony:AFPointAtShutterRelease:82""Sony:AFPointAtShutterRelease:83"
-    "Sony:AFPointAtShutterRelease:84""Sony:AFPointAtShutterRelease:85"
-    "Sony:AFPointAtShutterRelease:86""Sony:AFPointAtShutterRelease:87"
-    "Sony:AFPointAtShutterRelease:88""Sony:AFPointAtShutterRelease:89"
-    "Sony:AFPointAtShutterRelease:9""D3 |\302\240Far Left (vertical) |\302\240Top (vertical)"
-    "Sony:AFPointAtShutterRelease:90""Sony:AFPointAtShutterRelease:91"
-    "Sony:AFPointAtShutterRelease:92""Sony:AFPointAtShutterRelease:93"
-    "Sony:AFPointAtShutterRelease:94""Sony:AFPointAtShutterRelease:95""Sony:AFPointInFocus"
-    "AF Point In Focus""Sony:AFPointInFocus:0""Sony:AFPointInFocus:1""Sony:AFPointInFocus:10"
-    "Sony:AFPointInFocus:11""Sony:AFPointInFocus:12""Sony:AFPointInFocus:13""Sony:AFPointInFocus:14"
-    "Sony:AFPointInFocus:15""Sony:AFPointInFocus:16""Sony:AFPointInFocus:17""Sony:AFPointInFocus:18"
-    "Sony:AFPointInFocus:19""Sony:AFPointInFocus:2""Sony:AFPointInFocus:20""Sony:AFPointInFocus:21"
-    "Sony:AFPointInFocus:22""Sony:AFPointInFocus:23""Sony:AFPointInFocus:24""Sony:AFPointInFocus:25"
-    "Sony:AFPointInFocus:255""Sony:AFPointInFocus:26""Sony:AFPointInFocus:27"
-    "Sony:AFPointInFocus:28""Sony:AFPointInFocus:29""Sony:AFPointInFocus:3""Sony:AFPointInFocus:30"
-    "Sony:AFPointInFocus:31""Sony:AFPointInFocus:32""Sony:AFPointInFocus:33""Sony:AFPointInFocus:34"
-    "Sony:AFPointInFocus:35""Sony:AFPointInFocus:36""Sony:AFPointInFocus:37""Sony:AFPointInFocus:38"
-    "Sony:AFPointInFocus:39""Sony:AFPointInFocus:4""Sony:AFPointInFocus:40""Sony:AFPointInFocus:41"
-    "Sony:AFPointInFocus:42""Sony:AFPointInFocus:43""Sony:AFPointInFocus:44""Sony:AFPointInFocus:45"
-    "Sony:AFPointInFocus:46""Sony:AFPointInFocus:47""Sony:AFPointInFocus:48""Sony:AFPointInFocus:49"
-    "Sony:AFPointInFocus:5""Sony:AFPointInFocus:50""Sony:AFPointInFocus:51""Sony:AFPointInFocus:52"
-    "Sony:AFPointInFocus:53""Sony:AFPointInFocus:54""Sony:AFPointInFocus:55""Sony:AFPointInFocus:56"
-    "Sony:AFPointInFocus:57""Sony:AFPointInFocus:58""Sony:AFPointInFocus:59""Sony:AFPointInFocus:6"
-    "Sony:AFPointInFocus:60""Sony:AFPointInFocus:61""Sony:AFPointInFocus:62""Sony:AFPointInFocus:63"
-    "Sony:AFPointInFocus:64""Sony:AFPointInFocus:65""Sony:AFPointInFocus:66""Sony:AFPointInFocus:67"
-    "Sony:AFPointInFocus:68""Sony:AFPointInFocus:69""Sony:AFPointInFocus:7""Sony:AFPointInFocus:70"
-    "Sony:AFPointInFocus:71""Sony:AFPointInFocus:72""Sony:AFPointInFocus:73""Sony:AFPointInFocus:74"
-    "Sony:AFPointInFocus:75""Sony:AFPointInFocus:76""Sony:AFPointInFocus:77""Sony:AFPointInFocus:78"
-    "Sony:AFPointInFocus:79""Sony:AFPointInFocus:8""Sony:AFPointInFocus:80""Sony:AFPointInFocus:81"
-    "Sony:AFPointInFocus:82""Sony:AFPointInFocus:83""Sony:AFPointInFocus:84""Sony:AFPointInFocus:85"
-    "Sony:AFPointInFocus:86""Sony:AFPointInFocus:87""Sony:AFPointInFocus:88""Sony:AFPointInFocus:89"
-    "Sony:AFPointInFocus:9""Sony:AFPointInFocus:90""Sony:AFPointInFocus:91""Sony:AFPointInFocus:92"
-    "Sony:AFPointInFocus:93""Sony:AFPointInFocus:94""Sony:AFPointSelected""AF Point Selected"
-    "Sony:AFPointSelected:-1""Auto""Sony:AFPointSelected:0""A5 |\302\240Auto |\302\240n/a"
-    "Sony:AFPointSelected:1""A6 |\302\240Center |\302\240Center Zone |\302\240Top Left Zone"
-    "Sony:AFPointSelected:10""B9 |\302\240Far Right""Sony:AFPointSelected:106""B2 (106)"
-    "Sony:AFPointSelected:107""B3 (107)""Sony:AFPointSelected:108""B4 (108)"
-    "Sony:AFPointSelected:11""B10 |\302\240Far Left""Sony:AFPointSelected:110""B5 (110)"
-    "Sony:AFPointSelected:111""B6 (111)""Sony:AFPointSelected:112""B7 (112)"
-    "Sony:AFPointSelected:114""B8 (114)""Sony:AFPointSelected:115""B9 (115)"
-    "Sony:AFPointSelected:116""B10 (116)""Sony:AFPointSelected:12""C1 |\302\240Upper-middle"
-    "Sony:AFPointSelected:122""C1 (122)""Sony:AFPointSelected:123""C2 (123)"
-    "Sony:AFPointSelected:124""C3 (124)""Sony:AFPointSelected:125""C4 (125)"
-    "Sony:AFPointSelected:127""C5 (127)""Sony:AFPointSelected:128""C6 (128)"
-    "Sony:AFPointSelected:129""C7 (129)""Sony:AFPointSelected:13""C2 |\302\240Near Right"
-    "Sony:AFPointSelected:131""C8 (131)""Sony:AFPointSelected:132""C9 (132)"
-    "Sony:AFPointSelected:133""C10 (133)""Sony:AFPointSelected:134""C11 (134)"
-    "Sony:AFPointSelected:139""D1 (139)""Sony:AFPointSelected:14""C3 |\302\240Lower-middle"
-    "Sony:AFPointSelected:140""D2 (140)""Sony:AFPointSelected:141""D3 (141)"
-    "Sony:AFPointSelected:142""D4 (142)""Sony:AFPointSelected:144""D5 (144)"
-    "Sony:AFPointSelected:145""D6 (145)""Sony:AFPointSelected:146""D7 (146)"
-    "Sony:AFPointSelected:148""D8 (148)""Sony:AFPointSelected:149""D9 (149)"
-    "Sony:AFPointSelected:15""C4 |\302\240Near Left""Sony:AFPointSelected:150""D10 (150)"
-    "Sony:AFPointSelected:151""D11 (151)""Sony:AFPointSelected:156""E1 (156)"
-    "Sony:AFPointSelected:157""E2 (157)""Sony:AFPointSelected:158""E3 (158)"
-    "Sony:AFPointSelected:159""E4 (159)""Sony:AFPointSelected:16""C5 |\302\240Upper Far Right"
-    "Sony:AFPointSelected:161""E5 (161)""Sony:AFPointSelected:162""E6 (162, Center)"
-    "Sony:AFPointSelected:163""E7 (163)""Sony:AFPointSelected:165""E8 (165)"
-    "Sony:AFPointSelected:166""E9 (166)""Sony:AFPointSelected:167""E10 (167)"
-    "Sony:AFPointSelected:168""E11 (168)""Sony:AFPointSelected:17""C6 |\302\240Lower Far Right"
-    "Sony:AFPointSelected:173""F1 (173)""Sony:AFPointSelected:174""F2 (174)"
-    "Sony:AFPointSelected:175""F3 (175)""Sony:AFPointSelected:176""F4 (176)"
-    "Sony:AFPointSelected:178""F5 (178)""Sony:AFPointSelected:179""F6 (179)"
-    "Sony:AFPointSelected:18""C7 |\302\240Lower Far Left""Sony:AFPointSelected:180""F7 (180)"
-    "Sony:AFPointSelected:182""F8 (182)""Sony:AFPointSelected:183""F9 (183)"
-    "Sony:AFPointSelected:184""F10 (184)""Sony:AFPointSelected:185""F11 (185)"
-    "Sony:AFPointSelected:19""C8 |\302\240Upper Far Left""Sony:AFPointSelected:190""G1 (190)"
-    "Sony:AFPointSelected:191""G2 (191)""Sony:AFPointSelected:192""G3 (192)"
-    "Sony:AFPointSelected:193""G4 (193)""Sony:AFPointSelected:195""G5 (195)"
-    "Sony:AFPointSelected:196""G6 (196)""Sony:AFPointSelected:197""G7 (197)"
-    "Sony:AFPointSelected:199""G8 (199)""Sony:AFPointSelected:2""A7 |\302\240Top |\302\240Top Zone"
-    "Sony:AFPointSelected:20""Sony:AFPointSelected:200""G9 (200)""Sony:AFPointSelected:201"
-    "G10 (201)""Sony:AFPointSelected:202""G11 (202)""Sony:AFPointSelected:208""H2 (208)"
-    "Sony:AFPointSelected:209""H3 (209)""Sony:AFPointSelected:21""Sony:AFPointSelected:210"
-    "H4 (210)""Sony:AFPointSelected:212""H5 (212)""Sony:AFPointSelected:213""H6 (213)"
-    "Sony:AFPointSelected:214""H7 (214)""Sony:AFPointSelected:216""H8 (216)"
-    "Sony:AFPointSelected:217""H9 (217)""Sony:AFPointSelected:218""H10 (218)"
-    "Sony:AFPointSelected:22""Sony:AFPointSelected:229""I5 (229)""Sony:AFPointSelected:23""D1"
-    "Sony:AFPointSelected:230""I6 (230)""Sony:AFPointSelected:231""I7 (231)"
-    "Sony:AFPointSelected:24""D2""Sony:AFPointSelected:25""D3""Sony:AFPointSelected:26""D4"
-    "Sony:AFPointSelected:27""Sony:AFPointSelected:28""Sony:AFPointSelected:29"
-    "Sony:AFPointSelected:3""B2 |\302\240Right Zone |\302\240Top Right Zone |\302\240Upper-right"
-    "Sony:AFPointSelected:30""Sony:AFPointSelected:31""Sony:AFPointSelected:32"
-    "Sony:AFPointSelected:33""Sony:AFPointSelected:34""E1""Sony:AFPointSelected:35""E2"
-    "Sony:AFPointSelected:36""E3""Sony:AFPointSelected:37""E4""Sony:AFPointSelected:38"
-    "Sony:AFPointSelected:39""E6 (Center)""Sony:AFPointSelected:4"
-    "B3 |\302\240Left Zone |\302\240Right""Sony:AFPointSelected:40""Sony:AFPointSelected:41"
-    "Sony:AFPointSelected:42""Sony:AFPointSelected:43""Sony:AFPointSelected:44"
-    "Sony:AFPointSelected:45""F1""Sony:AFPointSelected:46""F2""Sony:AFPointSelected:47""F3"
-    "Sony:AFPointSelected:48""F4""Sony:AFPointSelected:49""Sony:AFPointSelected:5"
-    "B4 |\302\240Bottom Zone |\302\240Center Zone |\302\240Lower-right""Sony:AFPointSelected:50"
-    "Sony:AFPointSelected:51""Sony:AFPointSelected:52""Sony:AFPointSelected:53"
-    "Sony:AFPointSelected:54""Sony:AFPointSelected:55""Sony:AFPointSelected:56""G1"
-    "Sony:AFPointSelected:57""G2""Sony:AFPointSelected:58""G3""Sony:AFPointSelected:59""G4"
-    "Sony:AFPointSelected:6""B5 |\302\240Bottom |\302\240Bottom Right Zone |\302\240Right Zone"
-    "Sony:AFPointSelected:60""Sony:AFPointSelected:61""Sony:AFPointSelected:62"
-    "Sony:AFPointSelected:63""Sony:AFPointSelected:64""Sony:AFPointSelected:65"
-    "Sony:AFPointSelected:66""Sony:AFPointSelected:67""H2""Sony:AFPointSelected:68""H3"
-    "Sony:AFPointSelected:69""H4""Sony:AFPointSelected:7"
-    "B6 |\302\240Bottom Left Zone |\302\240Lower-left""Sony:AFPointSelected:70"
-    "Sony:AFPointSelected:71""Sony:AFPointSelected:72""Sony:AFPointSelected:73"
-    "Sony:AFPointSelected:74""Sony:AFPointSelected:75""Sony:AFPointSelected:76"
-    "Sony:AFPointSelected:77""Sony:AFPointSelected:78""Sony:AFPointSelected:8"
-    "B7 |\302\240Bottom Zone |\302\240Left |\302\240Top Left Zone""Sony:AFPointSelected:9"
+    "Sony:AFPointAtShutterRelease:60" "Sony:AFPointAtShutterRelease:61"
+    "Sony:AFPointAtShutterRelease:62" "Sony:AFPointAtShutterRelease:63"
+    "Sony:AFPointAtShutterRelease:64" "Sony:AFPointAtShutterRelease:65"
+    "Sony:AFPointAtShutterRelease:66" "Sony:AFPointAtShutterRelease:67"
+    "Sony:AFPointAtShutterRelease:68" "Sony:AFPointAtShutterRelease:69"
+    "Sony:AFPointAtShutterRelease:7" "B3 |\302\240Left (vertical) |\302\240Near Left"
+    "Sony:AFPointAtShutterRelease:70" "Sony:AFPointAtShutterRelease:71"
+    "Sony:AFPointAtShutterRelease:72" "Sony:AFPointAtShutterRelease:73"
+    "Sony:AFPointAtShutterRelease:74" "Sony:AFPointAtShutterRelease:75"
+    "Sony:AFPointAtShutterRelease:76" "Sony:AFPointAtShutterRelease:77"
+    "Sony:AFPointAtShutterRelease:78" "Sony:AFPointAtShutterRelease:79"
+    "Sony:AFPointAtShutterRelease:8"
+    "Bottom (horizontal) |\302\240C3 |\302\240Lower-left (vertical)"
+    "Sony:AFPointAtShutterRelease:80" "Sony:AFPointAtShutterRelease:81"
+    "Sony:AFPointAtShutterRelease:82" "Sony:AFPointAtShutterRelease:83"
+    "Sony:AFPointAtShutterRelease:84" "Sony:AFPointAtShutterRelease:85"
+    "Sony:AFPointAtShutterRelease:86" "Sony:AFPointAtShutterRelease:87"
+    "Sony:AFPointAtShutterRelease:88" "Sony:AFPointAtShutterRelease:89"
+    "Sony:AFPointAtShutterRelease:9" "D3 |\302\240Far Left (vertical) |\302\240Top (vertical)"
+    "Sony:AFPointAtShutterRelease:90" "Sony:AFPointAtShutterRelease:91"
+    "Sony:AFPointAtShutterRelease:92" "Sony:AFPointAtShutterRelease:93"
+    "Sony:AFPointAtShutterRelease:94" "Sony:AFPointAtShutterRelease:95" "Sony:AFPointInFocus"
+    "AF Point In Focus" "Sony:AFPointInFocus:0" "Sony:AFPointInFocus:1" "Sony:AFPointInFocus:10"
+    "Sony:AFPointInFocus:11" "Sony:AFPointInFocus:12" "Sony:AFPointInFocus:13"
+    "Sony:AFPointInFocus:14" "Sony:AFPointInFocus:15" "Sony:AFPointInFocus:16"
+    "Sony:AFPointInFocus:17" "Sony:AFPointInFocus:18" "Sony:AFPointInFocus:19"
+    "Sony:AFPointInFocus:2" "Sony:AFPointInFocus:20" "Sony:AFPointInFocus:21"
+    "Sony:AFPointInFocus:22" "Sony:AFPointInFocus:23" "Sony:AFPointInFocus:24"
+    "Sony:AFPointInFocus:25" "Sony:AFPointInFocus:255" "Sony:AFPointInFocus:26"
+    "Sony:AFPointInFocus:27" "Sony:AFPointInFocus:28" "Sony:AFPointInFocus:29"
+    "Sony:AFPointInFocus:3" "Sony:AFPointInFocus:30" "Sony:AFPointInFocus:31"
+    "Sony:AFPointInFocus:32" "Sony:AFPointInFocus:33" "Sony:AFPointInFocus:34"
+    "Sony:AFPointInFocus:35" "Sony:AFPointInFocus:36" "Sony:AFPointInFocus:37"
+    "Sony:AFPointInFocus:38" "Sony:AFPointInFocus:39" "Sony:AFPointInFocus:4"
+    "Sony:AFPointInFocus:40" "Sony:AFPointInFocus:41" "Sony:AFPointInFocus:42"
+    "Sony:AFPointInFocus:43" "Sony:AFPointInFocus:44" "Sony:AFPointInFocus:45"
+    "Sony:AFPointInFocus:46" "Sony:AFPointInFocus:47" "Sony:AFPointInFocus:48"
+    "Sony:AFPointInFocus:49" "Sony:AFPointInFocus:5" "Sony:AFPointInFocus:50"
+    "Sony:AFPointInFocus:51" "Sony:AFPointInFocus:52" "Sony:AFPointInFocus:53"
+    "Sony:AFPointInFocus:54" "Sony:AFPointInFocus:55" "Sony:AFPointInFocus:56"
+    "Sony:AFPointInFocus:57" "Sony:AFPointInFocus:58" "Sony:AFPointInFocus:59"
+    "Sony:AFPointInFocus:6" "Sony:AFPointInFocus:60" "Sony:AFPointInFocus:61"
+    "Sony:AFPointInFocus:62" "Sony:AFPointInFocus:63" "Sony:AFPointInFocus:64"
+    "Sony:AFPointInFocus:65" "Sony:AFPointInFocus:66" "Sony:AFPointInFocus:67"
+    "Sony:AFPointInFocus:68" "Sony:AFPointInFocus:69" "Sony:AFPointInFocus:7"
+    "Sony:AFPointInFocus:70" "Sony:AFPointInFocus:71" "Sony:AFPointInFocus:72"
+    "Sony:AFPointInFocus:73" "Sony:AFPointInFocus:74" "Sony:AFPointInFocus:75"
+    "Sony:AFPointInFocus:76" "Sony:AFPointInFocus:77" "Sony:AFPointInFocus:78"
+    "Sony:AFPointInFocus:79" "Sony:AFPointInFocus:8" "Sony:AFPointInFocus:80"
+    "Sony:AFPointInFocus:81" "Sony:AFPointInFocus:82" "Sony:AFPointInFocus:83"
+    "Sony:AFPointInFocus:84" "Sony:AFPointInFocus:85" "Sony:AFPointInFocus:86"
+    "Sony:AFPointInFocus:87" "Sony:AFPointInFocus:88" "Sony:AFPointInFocus:89"
+    "Sony:AFPointInFocus:9" "Sony:AFPointInFocus:90" "Sony:AFPointInFocus:91"
+    "Sony:AFPointInFocus:92" "Sony:AFPointInFocus:93" "Sony:AFPointInFocus:94"
+    "Sony:AFPointSelected" "AF Point Selected" "Sony:AFPointSelected:-1" "Auto"
+    "Sony:AFPointSelected:0" "A5 |\302\240Auto |\302\240n/a" "Sony:AFPointSelected:1"
+    "A6 |\302\240Center |\302\240Center Zone |\302\240Top Left Zone" "Sony:AFPointSelected:10"
+    "B9 |\302\240Far Right" "Sony:AFPointSelected:106" "B2 (106)" "Sony:AFPointSelected:107"
+    "B3 (107)" "Sony:AFPointSelected:108" "B4 (108)" "Sony:AFPointSelected:11"
+    "B10 |\302\240Far Left" "Sony:AFPointSelected:110" "B5 (110)" "Sony:AFPointSelected:111"
+    "B6 (111)" "Sony:AFPointSelected:112" "B7 (112)" "Sony:AFPointSelected:114" "B8 (114)"
+    "Sony:AFPointSelected:115" "B9 (115)" "Sony:AFPointSelected:116" "B10 (116)"
+    "Sony:AFPointSelected:12" "C1 |\302\240Upper-middle" "Sony:AFPointSelected:122" "C1 (122)"
+    "Sony:AFPointSelected:123" "C2 (123)" "Sony:AFPointSelected:124" "C3 (124)"
+    "Sony:AFPointSelected:125" "C4 (125)" "Sony:AFPointSelected:127" "C5 (127)"
+    "Sony:AFPointSelected:128" "C6 (128)" "Sony:AFPointSelected:129" "C7 (129)"
+    "Sony:AFPointSelected:13" "C2 |\302\240Near Right" "Sony:AFPointSelected:131" "C8 (131)"
+    "Sony:AFPointSelected:132" "C9 (132)" "Sony:AFPointSelected:133" "C10 (133)"
+    "Sony:AFPointSelected:134" "C11 (134)" "Sony:AFPointSelected:139" "D1 (139)"
+    "Sony:AFPointSelected:14" "C3 |\302\240Lower-middle" "Sony:AFPointSelected:140" "D2 (140)"
+    "Sony:AFPointSelected:141" "D3 (141)" "Sony:AFPointSelected:142" "D4 (142)"
+    "Sony:AFPointSelected:144" "D5 (144)" "Sony:AFPointSelected:145" "D6 (145)"
+    "Sony:AFPointSelected:146" "D7 (146)" "Sony:AFPointSelected:148" "D8 (148)"
+    "Sony:AFPointSelected:149" "D9 (149)" "Sony:AFPointSelected:15" "C4 |\302\240Near Left"
+    "Sony:AFPointSelected:150" "D10 (150)" "Sony:AFPointSelected:151" "D11 (151)"
+    "Sony:AFPointSelected:156" "E1 (156)" "Sony:AFPointSelected:157" "E2 (157)"
+    "Sony:AFPointSelected:158" "E3 (158)" "Sony:AFPointSelected:159" "E4 (159)"
+    "Sony:AFPointSelected:16" "C5 |\302\240Upper Far Right" "Sony:AFPointSelected:161" "E5 (161)"
+    "Sony:AFPointSelected:162" "E6 (162, Center)" "Sony:AFPointSelected:163" "E7 (163)"
+    "Sony:AFPointSelected:165" "E8 (165)" "Sony:AFPointSelected:166" "E9 (166)"
+    "Sony:AFPointSelected:167" "E10 (167)" "Sony:AFPointSelected:168" "E11 (168)"
+    "Sony:AFPointSelected:17" "C6 |\302\240Lower Far Right" "Sony:AFPointSelected:173" "F1 (173)"
+    "Sony:AFPointSelected:174" "F2 (174)" "Sony:AFPointSelected:175" "F3 (175)"
+    "Sony:AFPointSelected:176" "F4 (176)" "Sony:AFPointSelected:178" "F5 (178)"
+    "Sony:AFPointSelected:179" "F6 (179)" "Sony:AFPointSelected:18" "C7 |\302\240Lower Far Left"
+    "Sony:AFPointSelected:180" "F7 (180)" "Sony:AFPointSelected:182" "F8 (182)"
+    "Sony:AFPointSelected:183" "F9 (183)" "Sony:AFPointSelected:184" "F10 (184)"
+    "Sony:AFPointSelected:185" "F11 (185)" "Sony:AFPointSelected:19" "C8 |\302\240Upper Far Left"
+    "Sony:AFPointSelected:190" "G1 (190)" "Sony:AFPointSelected:191" "G2 (191)"
+    "Sony:AFPointSelected:192" "G3 (192)" "Sony:AFPointSelected:193" "G4 (193)"
+    "Sony:AFPointSelected:195" "G5 (195)" "Sony:AFPointSelected:196" "G6 (196)"
+    "Sony:AFPointSelected:197" "G7 (197)" "Sony:AFPointSelected:199" "G8 (199)"
+    "Sony:AFPointSelected:2" "A7 |\302\240Top |\302\240Top Zone" "Sony:AFPointSelected:20"
+    "Sony:AFPointSelected:200" "G9 (200)" "Sony:AFPointSelected:201" "G10 (201)"
+    "Sony:AFPointSelected:202" "G11 (202)" "Sony:AFPointSelected:208" "H2 (208)"
+    "Sony:AFPointSelected:209" "H3 (209)" "Sony:AFPointSelected:21" "Sony:AFPointSelected:210"
+    "H4 (210)" "Sony:AFPointSelected:212" "H5 (212)" "Sony:AFPointSelected:213" "H6 (213)"
+    "Sony:AFPointSelected:214" "H7 (214)" "Sony:AFPointSelected:216" "H8 (216)"
+    "Sony:AFPointSelected:217" "H9 (217)" "Sony:AFPointSelected:218" "H10 (218)"
+    "Sony:AFPointSelected:22" "Sony:AFPointSelected:229" "I5 (229)" "Sony:AFPointSelected:23" "D1"
+    "Sony:AFPointSelected:230" "I6 (230)" "Sony:AFPointSelected:231" "I7 (231)"
+    "Sony:AFPointSelected:24" "D2" "Sony:AFPointSelected:25" "D3" "Sony:AFPointSelected:26" "D4"
+    "Sony:AFPointSelected:27" "Sony:AFPointSelected:28" "Sony:AFPointSelected:29"
+    "Sony:AFPointSelected:3" "B2 |\302\240Right Zone |\302\240Top Right Zone |\302\240Upper-right"
+    "Sony:AFPointSelected:30" "Sony:AFPointSelected:31" "Sony:AFPointSelected:32"
+    "Sony:AFPointSelected:33" "Sony:AFPointSelected:34" "E1" "Sony:AFPointSelected:35" "E2"
+    "Sony:AFPointSelected:36" "E3" "Sony:AFPointSelected:37" "E4" "Sony:AFPointSelected:38"
+    "Sony:AFPointSelected:39" "E6 (Center)" "Sony:AFPointSelected:4"
+    "B3 |\302\240Left Zone |\302\240Right" "Sony:AFPointSelected:40" "Sony:AFPointSelected:41"
+    "Sony:AFPointSelected:42" "Sony:AFPointSelected:43" "Sony:AFPointSelected:44"
+    "Sony:AFPointSelected:45" "F1" "Sony:AFPointSelected:46" "F2" "Sony:AFPointSelected:47" "F3"
+    "Sony:AFPointSelected:48" "F4" "Sony:AFPointSelected:49" "Sony:AFPointSelected:5"
+    "B4 |\302\240Bottom Zone |\302\240Center Zone |\302\240Lower-right" "Sony:AFPointSelected:50"
+    "Sony:AFPointSelected:51" "Sony:AFPointSelected:52" "Sony:AFPointSelected:53"
+    "Sony:AFPointSelected:54" "Sony:AFPointSelected:55" "Sony:AFPointSelected:56" "G1"
+    "Sony:AFPointSelected:57" "G2" "Sony:AFPointSelected:58" "G3" "Sony:AFPointSelected:59" "G4"
+    "Sony:AFPointSelected:6" "B5 |\302\240Bottom |\302\240Bottom Right Zone |\302\240Right Zone"
+    "Sony:AFPointSelected:60" "Sony:AFPointSelected:61" "Sony:AFPointSelected:62"
+    "Sony:AFPointSelected:63" "Sony:AFPointSelected:64" "Sony:AFPointSelected:65"
+    "Sony:AFPointSelected:66" "Sony:AFPointSelected:67" "H2" "Sony:AFPointSelected:68" "H3"
+    "Sony:AFPointSelected:69" "H4" "Sony:AFPointSelected:7"
+    "B6 |\302\240Bottom Left Zone |\302\240Lower-left" "Sony:AFPointSelected:70"
+    "Sony:AFPointSelected:71" "Sony:AFPointSelected:72" "Sony:AFPointSelected:73"
+    "Sony:AFPointSelected:74" "Sony:AFPointSelected:75" "Sony:AFPointSelected:76"
+    "Sony:AFPointSelected:77" "Sony:AFPointSelected:78" "Sony:AFPointSelected:8"
+    "B7 |\302\240Bottom Zone |\302\240Left |\302\240Top Left Zone" "Sony:AFPointSelected:9"
     "B8 |\302\240Bottom Right Zone |\302\240Top Right Zone |\302\240Upper-left"
-    "Sony:AFPointSelected:93""A5 (93)""Sony:AFPointSelected:94""A6 (94)""Sony:AFPointSelected:95"
-    "A7 (95)""Sony:AFPointSetting""AF Point Setting""Sony:AFPointSetting:1""Sony:AFPointSetting:10"
-    "Far Right""Sony:AFPointSetting:11""Far Left""Sony:AFPointSetting:2""Top""Sony:AFPointSetting:3"
-    "Upper-right""Sony:AFPointSetting:4""Right""Sony:AFPointSetting:5""Lower-right"
-    "Sony:AFPointSetting:6""Bottom""Sony:AFPointSetting:7""Lower-left""Sony:AFPointSetting:8""Left"
-    "Sony:AFPointSetting:9""Upper-left""Sony:AFPointsSelected""AF Points Selected"
-    "Sony:AFPointsSelected:0""Sony:AFPointsSelected:1""Sony:AFPointsSelected:1024"
-    "Sony:AFPointsSelected:128""Sony:AFPointsSelected:131072""Lower Far Left"
-    "Sony:AFPointsSelected:16""Sony:AFPointsSelected:16384""Near Left""Sony:AFPointsSelected:2"
-    "Sony:AFPointsSelected:2048""Upper-middle""Sony:AFPointsSelected:2147483647""(all)"
-    "Sony:AFPointsSelected:256""Sony:AFPointsSelected:262143""(all LA-EA4)"
-    "Sony:AFPointsSelected:262144""Upper Far Left""Sony:AFPointsSelected:30721""Center Zone"
-    "Sony:AFPointsSelected:32""Sony:AFPointsSelected:32768""Upper Far Right"
-    "Sony:AFPointsSelected:394688""Left Zone""Sony:AFPointsSelected:4""Sony:AFPointsSelected:4096"
-    "Near Right""Sony:AFPointsSelected:4294967295""Sony:AFPointsSelected:512"
-    "Sony:AFPointsSelected:64""Sony:AFPointsSelected:65536""Lower Far Right"
-    "Sony:AFPointsSelected:8""Sony:AFPointsSelected:8192""Lower-middle""Sony:AFPointsSelected:98844"
-    "Right Zone""Sony:AFPointsUsed""AF Points Used""Sony:AFPointsUsed:0""Sony:AFPointsUsed:1"
-    "A5 |\302\240Center""Sony:AFPointsUsed:1024""B9 |\302\240Far Left""Sony:AFPointsUsed:1048576"
-    "Sony:AFPointsUsed:1073741824""Sony:AFPointsUsed:1099511627776"
-    "Sony:AFPointsUsed:1125899906842624""Sony:AFPointsUsed:1152921504606846976"
-    "Sony:AFPointsUsed:128""B6 |\302\240Left""Sony:AFPointsUsed:131072""C6 |\302\240Lower Far Left"
-    "Sony:AFPointsUsed:134217728""Sony:AFPointsUsed:137438953472""Sony:AFPointsUsed:140737488355328"
-    "Sony:AFPointsUsed:144115188075855872""Sony:AFPointsUsed:16""B3 |\302\240Lower-right"
-    "Sony:AFPointsUsed:16384""C3 |\302\240Near Left""Sony:AFPointsUsed:16777216"
-    "Sony:AFPointsUsed:17179869184""Sony:AFPointsUsed:17592186044416"
-    "Sony:AFPointsUsed:18014398509481984""Sony:AFPointsUsed:2""A6 |\302\240Top"
-    "Sony:AFPointsUsed:2048""B10 |\302\240Upper-middle""Sony:AFPointsUsed:2097152"
-    "Sony:AFPointsUsed:2147483648""Sony:AFPointsUsed:2199023255552"
-    "Sony:AFPointsUsed:2251799813685248""Sony:AFPointsUsed:2305843009213693952"
-    "Sony:AFPointsUsed:256""B7 |\302\240Upper-left""Sony:AFPointsUsed:262144"
-    "C7 |\302\240Upper Far Left""Sony:AFPointsUsed:268435456""Sony:AFPointsUsed:274877906944"
-    "Sony:AFPointsUsed:281474976710656""Sony:AFPointsUsed:288230376151711744""Sony:AFPointsUsed:32"
-    "B4 |\302\240Bottom""Sony:AFPointsUsed:32768""C4 |\302\240Upper Far Right"
-    "Sony:AFPointsUsed:33554432""Sony:AFPointsUsed:34359738368""Sony:AFPointsUsed:35184372088832"
-    "Sony:AFPointsUsed:36028797018963968""Sony:AFPointsUsed:4""A7 |\302\240Upper-right"
-    "Sony:AFPointsUsed:4096""C1 |\302\240Near Right""Sony:AFPointsUsed:4194304"
-    "Sony:AFPointsUsed:4294967296""Sony:AFPointsUsed:4398046511104"
-    "Sony:AFPointsUsed:4503599627370496""Sony:AFPointsUsed:4611686018427387904"
-    "Sony:AFPointsUsed:512""B8 |\302\240Far Right""Sony:AFPointsUsed:524288"
-    "Sony:AFPointsUsed:536870912""Sony:AFPointsUsed:549755813888""E6"
-    "Sony:AFPointsUsed:562949953421312""Sony:AFPointsUsed:576460752303423488""Sony:AFPointsUsed:64"
-    "B5 |\302\240Lower-left""Sony:AFPointsUsed:65536""C5 |\302\240Lower Far Right"
-    "Sony:AFPointsUsed:67108864""Sony:AFPointsUsed:68719476736""Sony:AFPointsUsed:70368744177664"
-    "Sony:AFPointsUsed:72057594037927936""Sony:AFPointsUsed:8""B2 |\302\240Right"
-    "Sony:AFPointsUsed:8192""C2 |\302\240Lower-middle""Sony:AFPointsUsed:8388608"
-    "Sony:AFPointsUsed:8589934592""Sony:AFPointsUsed:8796093022208"
-    "Sony:AFPointsUsed:9007199254740992""Sony:AFPointsUsed:9223372036854775808"
-    "Sony:AFStatusActiveSensor""AF Status Active Sensor""Sony:AFStatusActiveSensor:-32768"
-    "Out of Focus""Sony:AFStatusActiveSensor:0""In Focus""Sony:AFStatusBottom""AF Status Bottom"
-    "Sony:AFStatusBottom-left""AF Status Bottom-left""Sony:AFStatusBottom-left:-32768"
-    "Sony:AFStatusBottom-left:0""Sony:AFStatusBottom-right""AF Status Bottom-right"
-    "Sony:AFStatusBottom-right:-32768""Sony:AFStatusBottom-right:0""Sony:AFStatusBottom:-32768"
-    "Sony:AFStatusBottom:0""Sony:AFStatusBottomAssist-left""AF Status Bottom Assist-left"
-    "Sony:AFStatusBottomAssist-left:-32768""Sony:AFStatusBottomAssist-left:0"
-    "Sony:AFStatusBottomAssist-right""AF Status Bottom Assist-right"
-    "Sony:AFStatusBottomAssist-right:-32768""Sony:AFStatusBottomAssist-right:0"
-    "Sony:AFStatusBottomHorizontal""AF Status Bottom Horizontal"
-    "Sony:AFStatusBottomHorizontal:-32768""Sony:AFStatusBottomHorizontal:0"
-    "Sony:AFStatusBottomVertical""AF Status Bottom Vertical""Sony:AFStatusBottomVertical:-32768"
-    "Sony:AFStatusBottomVertical:0""Sony:AFStatusCenter-10""AF Status Center-10"
-    "Sony:AFStatusCenter-10:-32768""Sony:AFStatusCenter-10:0""Sony:AFStatusCenter-11"
-    "AF Status Center-11""Sony:AFStatusCenter-11:-32768""Sony:AFStatusCenter-11:0"
-    "Sony:AFStatusCenter-12""AF Status Center-12""Sony:AFStatusCenter-12:-32768"
-    "Sony:AFStatusCenter-12:0""Sony:AFStatusCenter-14""AF Status Center-14"
-    "Sony:AFStatusCenter-14:-32768""Sony:AFStatusCenter-14:0""Sony:AFStatusCenter-7"
-    "AF Status Center-7""Sony:AFStatusCenter-7:-32768""Sony:AFStatusCenter-7:0"
-    "Sony:AFStatusCenter-9""AF Status Center-9""Sony:AFStatusCenter-9:-32768"
-    "Sony:AFStatusCenter-9:0""Sony:AFStatusCenter-horizontal""AF Status Center-horizontal"
-    "Sony:AFStatusCenter-horizontal:-32768""Sony:AFStatusCenter-horizontal:0"
-    "Sony:AFStatusCenter-vertical""AF Status Center-vertical""Sony:AFStatusCenter-vertical:-32768"
-    "Sony:AFStatusCenter-vertical:0""Sony:AFStatusCenterF2-8""AF Status Center F2-8"
-    "Sony:AFStatusCenterF2-8:-32768""Sony:AFStatusCenterF2-8:0""Sony:AFStatusCenterHorizontal"
-    "AF Status Center Horizontal""Sony:AFStatusCenterHorizontal:-32768"
-    "Sony:AFStatusCenterHorizontal:0""Sony:AFStatusCenterVertical""AF Status Center Vertical"
-    "Sony:AFStatusCenterVertical:-32768""Sony:AFStatusCenterVertical:0""Sony:AFStatusFarLeft"
-    "AF Status Far Left""Sony:AFStatusFarLeft:-32768""Sony:AFStatusFarLeft:0"
-    "Sony:AFStatusFarLeftHorizontal""AF Status Far Left Horizontal"
-    "Sony:AFStatusFarLeftHorizontal:-32768""Sony:AFStatusFarLeftHorizontal:0"
-    "Sony:AFStatusFarLeftVertical""AF Status Far Left Vertical""Sony:AFStatusFarLeftVertical:-32768"
-    "Sony:AFStatusFarLeftVertical:0""Sony:AFStatusFarRight""AF Status Far Right"
-    "Sony:AFStatusFarRight:-32768""Sony:AFStatusFarRight:0""Sony:AFStatusFarRightHorizontal"
-    "AF Status Far Right Horizontal""Sony:AFStatusFarRightHorizontal:-32768"
-    "Sony:AFStatusFarRightHorizontal:0""Sony:AFStatusFarRightVertical""AF Status Far Right Vertical"
-    "Sony:AFStatusFarRightVertical:-32768""Sony:AFStatusFarRightVertical:0""Sony:AFStatusLeft"
-    "AF Status Left""Sony:AFStatusLeft:-32768""Sony:AFStatusLeft:0""Sony:AFStatusLeftHorizontal"
-    "AF Status Left Horizontal""Sony:AFStatusLeftHorizontal:-32768""Sony:AFStatusLeftHorizontal:0"
-    "Sony:AFStatusLeftVertical""AF Status Left Vertical""Sony:AFStatusLeftVertical:-32768"
-    "Sony:AFStatusLeftVertical:0""Sony:AFStatusLower-left""AF Status Lower-left"
-    "Sony:AFStatusLower-left:-32768""Sony:AFStatusLower-left:0""Sony:AFStatusLower-leftHorizontal"
-    "AF Status Lower-left Horizontal""Sony:AFStatusLower-leftHorizontal:-32768"
-    "Sony:AFStatusLower-leftHorizontal:0""Sony:AFStatusLower-leftVertical"
-    "AF Status Lower-left Vertical""Sony:AFStatusLower-leftVertical:-32768"
-    "Sony:AFStatusLower-leftVertical:0""Sony:AFStatusLower-middle""AF Status Lower-middle"
-    "Sony:AFStatusLower-middle:-32768""Sony:AFStatusLower-middle:0""Sony:AFStatusLower-right"
-    "AF Status Lower-right""Sony:AFStatusLower-right:-32768""Sony:AFStatusLower-right:0"
-    "Sony:AFStatusLower-rightHorizontal""AF Status Lower-right Horizontal"
-    "Sony:AFStatusLower-rightHorizontal:-32768""Sony:AFStatusLower-rightHorizontal:0"
-    "Sony:AFStatusLower-rightVertical""AF Status Lower-right Vertical"
-    "Sony:AFStatusLower-rightVertical:-32768""Sony:AFStatusLower-rightVertical:0"
-    "Sony:AFStatusLowerFarLeft""AF Status Lower Far Left""Sony:AFStatusLowerFarLeft:-32768"
-    "Sony:AFStatusLowerFarLeft:0""Sony:AFStatusLowerFarRight""AF Status Lower Far Right"
-    "Sony:AFStatusLowerFarRight:-32768""Sony:AFStatusLowerFarRight:0""Sony:AFStatusMiddleHorizontal"
-    "AF Status Middle Horizontal""Sony:AFStatusMiddleHorizontal:-32768"
-    "Sony:AFStatusMiddleHorizontal:0""Sony:AFStatusNearLeft""AF Status Near Left"
-    "Sony:AFStatusNearLeft:-32768""Sony:AFStatusNearLeft:0""Sony:AFStatusNearRight"
-    "AF Status Near Right""Sony:AFStatusNearRight:-32768""Sony:AFStatusNearRight:0"
-    "Sony:AFStatusRight""AF Status Right""Sony:AFStatusRight:-32768""Sony:AFStatusRight:0"
-    "Sony:AFStatusRightHorizontal""AF Status Right Horizontal""Sony:AFStatusRightHorizontal:-32768"
-    "Sony:AFStatusRightHorizontal:0""Sony:AFStatusRightVertical""AF Status Right Vertical"
-    "Sony:AFStatusRightVertical:-32768""Sony:AFStatusRightVertical:0""Sony:AFStatusTop"
-    "AF Status Top""Sony:AFStatusTop-left""AF Status Top-left""Sony:AFStatusTop-left:-32768"
-    "Sony:AFStatusTop-left:0""Sony:AFStatusTop-right""AF Status Top-right"
-    "Sony:AFStatusTop-right:-32768""Sony:AFStatusTop-right:0""Sony:AFStatusTop:-32768"
-    "Sony:AFStatusTop:0""Sony:AFStatusTopAssist-left""AF Status Top Assist-left"
-    "Sony:AFStatusTopAssist-left:-32768""Sony:AFStatusTopAssist-left:0"
-    "Sony:AFStatusTopAssist-right""AF Status Top Assist-right""Sony:AFStatusTopAssist-right:-32768"
-    "Sony:AFStatusTopAssist-right:0""Sony:AFStatusTopHorizontal""AF Status Top Horizontal"
-    "Sony:AFStatusTopHorizontal:-32768""Sony:AFStatusTopHorizontal:0""Sony:AFStatusTopVertical"
-    "AF Status Top Vertical""Sony:AFStatusTopVertical:-32768""Sony:AFStatusTopVertical:0"
-    "Sony:AFStatusUpper-left""AF Status Upper-left""Sony:AFStatusUpper-left:-32768"
-    "Sony:AFStatusUpper-left:0""Sony:AFStatusUpper-leftHorizontal""AF Status Upper-left Horizontal"
-    "Sony:AFStatusUpper-leftHorizontal:-32768""Sony:AFStatusUpper-leftHorizontal:0"
-    "Sony:AFStatusUpper-leftVertical""AF Status Upper-left Vertical"
-    "Sony:AFStatusUpper-leftVertical:-32768""Sony:AFStatusUpper-leftVertical:0"
-    "Sony:AFStatusUpper-middle""AF Status Upper-middle""Sony:AFStatusUpper-middle:-32768"
-    "Sony:AFStatusUpper-middle:0""Sony:AFStatusUpper-right""AF Status Upper-right"
-    "Sony:AFStatusUpper-right:-32768""Sony:AFStatusUpper-right:0"
-    "Sony:AFStatusUpper-rightHorizontal""AF Status Upper-right Horizontal"
-    "Sony:AFStatusUpper-rightHorizontal:-32768""Sony:AFStatusUpper-rightHorizontal:0"
-    "Sony:AFStatusUpper-rightVertical""AF Status Upper-right Vertical"
-    "Sony:AFStatusUpper-rightVertical:-32768""Sony:AFStatusUpper-rightVertical:0"
-    "Sony:AFStatusUpperFarLeft""AF Status Upper Far Left""Sony:AFStatusUpperFarLeft:-32768"
-    "Sony:AFStatusUpperFarLeft:0""Sony:AFStatusUpperFarRight""AF Status Upper Far Right"
-    "Sony:AFStatusUpperFarRight:-32768""Sony:AFStatusUpperFarRight:0""Sony:AFStatus_00_B4"
-    "AF Status 00 B4""Sony:AFStatus_00_B4:-32768""Sony:AFStatus_00_B4:0""Sony:AFStatus_01_C4"
-    "AF Status 01 C4""Sony:AFStatus_01_C4:-32768""Sony:AFStatus_01_C4:0""Sony:AFStatus_02_D4"
-    "AF Status 02 D4""Sony:AFStatus_02_D4:-32768""Sony:AFStatus_02_D4:0""Sony:AFStatus_03_E4"
-    "AF Status 03 E4""Sony:AFStatus_03_E4:-32768""Sony:AFStatus_03_E4:0""Sony:AFStatus_04_F4"
-    "AF Status 04 F4""Sony:AFStatus_04_F4:-32768""Sony:AFStatus_04_F4:0""Sony:AFStatus_05_G4"
-    "AF Status 05 G4""Sony:AFStatus_05_G4:-32768""Sony:AFStatus_05_G4:0""Sony:AFStatus_06_H4"
-    "AF Status 06 H4""Sony:AFStatus_06_H4:-32768""Sony:AFStatus_06_H4:0""Sony:AFStatus_07_B3"
-    "AF Status 07 B3""Sony:AFStatus_07_B3:-32768""Sony:AFStatus_07_B3:0""Sony:AFStatus_08_C3"
-    "AF Status 08 C3""Sony:AFStatus_08_C3:-32768""Sony:AFStatus_08_C3:0""Sony:AFStatus_09_D3"
-    "AF Status 09 D3""Sony:AFStatus_09_D3:-32768""Sony:AFStatus_09_D3:0""Sony:AFStatus_10_E3"
-    "AF Status 10 E3""Sony:AFStatus_10_E3:-32768""Sony:AFStatus_10_E3:0""Sony:AFStatus_11_F3"
-    "AF Status 11 F3""Sony:AFStatus_11_F3:-32768""Sony:AFStatus_11_F3:0""Sony:AFStatus_12_G3"
-    "AF Status 12 G3""Sony:AFStatus_12_G3:-32768""Sony:AFStatus_12_G3:0""Sony:AFStatus_13_H3"
-    "AF Status 13 H3""Sony:AFStatus_13_H3:-32768""Sony:AFStatus_13_H3:0""Sony:AFStatus_14_B2"
-    "AF Status 14 B2""Sony:AFStatus_14_B2:-32768""Sony:AFStatus_14_B2:0""Sony:AFStatus_15_C2"
-    "AF Status 15 C2""Sony:AFStatus_15_C2:-32768""Sony:AFStatus_15_C2:0""Sony:AFStatus_16_D2"
-    "AF Status 16 D2""Sony:AFStatus_16_D2:-32768""Sony:AFStatus_16_D2:0""Sony:AFStatus_17_E2"
-    "AF Status 17 E2""Sony:AFStatus_17_E2:-32768""Sony:AFStatus_17_E2:0""Sony:AFStatus_18_F2"
-    "AF Status 18 F2""Sony:AFStatus_18_F2:-32768""Sony:AFStatus_18_F2:0""Sony:AFStatus_19_G2"
-    "AF Status 19 G2""Sony:AFStatus_19_G2:-32768""Sony:AFStatus_19_G2:0""Sony:AFStatus_20_H2"
-    "AF Status 20 H2""Sony:AFStatus_20_H2:-32768""Sony:AFStatus_20_H2:0""Sony:AFStatus_21_C1"
-    "AF Status 21 C1""Sony:AFStatus_21_C1:-32768""Sony:AFStatus_21_C1:0""Sony:AFStatus_22_D1"
-    "AF Status 22 D1""Sony:AFStatus_22_D1:-32768""Sony:AFStatus_22_D1:0""Sony:AFStatus_23_E1"
-    "AF Status 23 E1""Sony:AFStatus_23_E1:-32768""Sony:AFStatus_23_E1:0""Sony:AFStatus_24_F1"
-    "AF Status 24 F1""Sony:AFStatus_24_F1:-32768""Sony:AFStatus_24_F1:0""Sony:AFStatus_25_G1"
-    "AF Status 25 G1""Sony:AFStatus_25_G1:-32768""Sony:AFStatus_25_G1:0"
-    "Sony:AFStatus_26_A7_Vertical""AF Status 26 A7 Vertical""Sony:AFStatus_26_A7_Vertical:-32768"
-    "Sony:AFStatus_26_A7_Vertical:0""Sony:AFStatus_27_A6_Vertical""AF Status 27 A6 Vertical"
-    "Sony:AFStatus_27_A6_Vertical:-32768""Sony:AFStatus_27_A6_Vertical:0"
-    "Sony:AFStatus_28_A5_Vertical""AF Status 28 A5 Vertical""Sony:AFStatus_28_A5_Vertical:-32768"
-    "Sony:AFStatus_28_A5_Vertical:0""Sony:AFStatus_29_C7_Vertical""AF Status 29 C7 Vertical"
-    "Sony:AFStatus_29_C7_Vertical:-32768""Sony:AFStatus_29_C7_Vertical:0"
-    "Sony:AFStatus_30_C6_Vertical""AF Status 30 C6 Vertical""Sony:AFStatus_30_C6_Vertical:-32768"
-    "Sony:AFStatus_30_C6_Vertical:0""Sony:AFStatus_31_C5_Vertical""AF Status 31 C5 Vertical"
-    "Sony:AFStatus_31_C5_Vertical:-32768""Sony:AFStatus_31_C5_Vertical:0"
-    "Sony:AFStatus_32_E7_Vertical""AF Status 32 E7 Vertical""Sony:AFStatus_32_E7_Vertical:-32768"
-    "Sony:AFStatus_32_E7_Vertical:0""Sony:AFStatus_33_E6_Center_Vertical"
-    "AF Status 33 E6 Center Vertical""Sony:AFStatus_33_E6_Center_Vertical:-32768"
-    "Sony:AFStatus_33_E6_Center_Vertical:0""Sony:AFStatus_34_E5_Vertical""AF Status 34 E5 Vertical"
-    "Sony:AFStatus_34_E5_Vertical:-32768""Sony:AFStatus_34_E5_Vertical:0"
-    "Sony:AFStatus_35_G7_Vertical""AF Status 35 G7 Vertical""Sony:AFStatus_35_G7_Vertical:-32768"
-    "Sony:AFStatus_35_G7_Vertical:0""Sony:AFStatus_36_G6_Vertical""AF Status 36 G6 Vertical"
-    "Sony:AFStatus_36_G6_Vertical:-32768""Sony:AFStatus_36_G6_Vertical:0"
-    "Sony:AFStatus_37_G5_Vertical""AF Status 37 G5 Vertical""Sony:AFStatus_37_G5_Vertical:-32768"
-    "Sony:AFStatus_37_G5_Vertical:0""Sony:AFStatus_38_I7_Vertical""AF Status 38 I7 Vertical"
-    "Sony:AFStatus_38_I7_Vertical:-32768""Sony:AFStatus_38_I7_Vertical:0"
-    "Sony:AFStatus_39_I6_Vertical""AF Status 39 I6 Vertical""Sony:AFStatus_39_I6_Vertical:-32768"
-    "Sony:AFStatus_39_I6_Vertical:0""Sony:AFStatus_40_I5_Vertical""AF Status 40 I5 Vertical"
-    "Sony:AFStatus_40_I5_Vertical:-32768""Sony:AFStatus_40_I5_Vertical:0""Sony:AFStatus_41_A7"
-    "AF Status 41 A7""Sony:AFStatus_41_A7:-32768""Sony:AFStatus_41_A7:0""Sony:AFStatus_42_B7"
-    "AF Status 42 B7""Sony:AFStatus_42_B7:-32768""Sony:AFStatus_42_B7:0""Sony:AFStatus_43_C7"
-    "AF Status 43 C7""Sony:AFStatus_43_C7:-32768""Sony:AFStatus_43_C7:0""Sony:AFStatus_44_D7"
-    "AF Status 44 D7""Sony:AFStatus_44_D7:-32768""Sony:AFStatus_44_D7:0""Sony:AFStatus_45_E7"
-    "AF Status 45 E7""Sony:AFStatus_45_E7:-32768""Sony:AFStatus_45_E7:0""Sony:AFStatus_46_F7"
-    "AF Status 46 F7""Sony:AFStatus_46_F7:-32768""Sony:AFStatus_46_F7:0""Sony:AFStatus_47_G7"
-    "AF Status 47 G7""Sony:AFStatus_47_G7:-32768""Sony:AFStatus_47_G7:0""Sony:AFStatus_48_H7"
-    "AF Status 48 H7""Sony:AFStatus_48_H7:-32768""Sony:AFStatus_48_H7:0""Sony:AFStatus_49_I7"
-    "AF Status 49 I7""Sony:AFStatus_49_I7:-32768""Sony:AFStatus_49_I7:0""Sony:AFStatus_50_A6"
-    "AF Status 50 A6""Sony:AFStatus_50_A6:-32768""Sony:AFStatus_50_A6:0""Sony:AFStatus_51_B6"
-    "AF Status 51 B6""Sony:AFStatus_51_B6:-32768""Sony:AFStatus_51_B6:0""Sony:AFStatus_52_C6"
-    "AF Status 52 C6""Sony:AFStatus_52_C6:-32768""Sony:AFStatus_52_C6:0""Sony:AFStatus_53_D6"
-    "AF Status 53 D6""Sony:AFStatus_53_D6:-32768""Sony:AFStatus_53_D6:0""Sony:AFStatus_54_E6_Center"
-    "AF Status 54 E6 Center""Sony:AFStatus_54_E6_Center:-32768""Sony:AFStatus_54_E6_Center:0"
-    "Sony:AFStatus_55_F6""AF Status 55 F6""Sony:AFStatus_55_F6:-32768""Sony:AFStatus_55_F6:0"
-    "Sony:AFStatus_56_G6""AF Status 56 G6""Sony:AFStatus_56_G6:-32768""Sony:AFStatus_56_G6:0"
-    "Sony:AFStatus_57_H6""AF Status 57 H6""Sony:AFStatus_57_H6:-32768""Sony:AFStatus_57_H6:0"
-    "Sony:AFStatus_58_I6""AF Status 58 I6""Sony:AFStatus_58_I6:-32768""Sony:AFStatus_58_I6:0"
-    "Sony:AFStatus_59_A5""AF Status 59 A5""Sony:AFStatus_59_A5:-32768""Sony:AFStatus_59_A5:0"
-    "Sony:AFStatus_60_B5""AF Status 60 B5""Sony:AFStatus_60_B5:-32768""Sony:AFStatus_60_B5:0"
-    "Sony:AFStatus_61_C5""AF Status 61 C5""Sony:AFStatus_61_C5:-32768""Sony:AFStatus_61_C5:0"
-    "Sony:AFStatus_62_D5""AF Status 62 D5""Sony:AFStatus_62_D5:-32768""Sony:AFStatus_62_D5:0"
-    "Sony:AFStatus_63_E5""AF Status 63 E5""Sony:AFStatus_63_E5:-32768""Sony:AFStatus_63_E5:0"
-    "Sony:AFStatus_64_F5""AF Status 64 F5""Sony:AFStatus_64_F5:-32768""Sony:AFStatus_64_F5:0"
-    "Sony:AFStatus_65_G5""AF Status 65 G5""Sony:AFStatus_65_G5:-32768""Sony:AFStatus_65_G5:0"
-    "Sony:AFStatus_66_H5""AF Status 66 H5""Sony:AFStatus_66_H5:-32768""Sony:AFStatus_66_H5:0"
-    "Sony:AFStatus_67_I5""AF Status 67 I5""Sony:AFStatus_67_I5:-32768""Sony:AFStatus_67_I5:0"
-    "Sony:AFStatus_68_C11""AF Status 68 C11""Sony:AFStatus_68_C11:-32768""Sony:AFStatus_68_C11:0"
-    "Sony:AFStatus_69_D11""AF Status 69 D11""Sony:AFStatus_69_D11:-32768""Sony:AFStatus_69_D11:0"
-    "Sony:AFStatus_70_E11""AF Status 70 E11""Sony:AFStatus_70_E11:-32768""Sony:AFStatus_70_E11:0"
-    "Sony:AFStatus_71_F11""AF Status 71 F11""Sony:AFStatus_71_F11:-32768""Sony:AFStatus_71_F11:0"
-    "Sony:AFStatus_72_G11""AF Status 72 G11""Sony:AFStatus_72_G11:-32768""Sony:AFStatus_72_G11:0"
-    "Sony:AFStatus_73_B10""AF Status 73 B10""Sony:AFStatus_73_B10:-32768""Sony:AFStatus_73_B10:0"
-    "Sony:AFStatus_74_C10""AF Status 74 C10""Sony:AFStatus_74_C10:-32768""Sony:AFStatus_74_C10:0"
-    "Sony:AFStatus_75_D10""AF Status 75 D10""Sony:AFStatus_75_D10:-32768""Sony:AFStatus_75_D10:0"
-    "Sony:AFStatus_76_E10""AF Status 76 E10""Sony:AFStatus_76_E10:-32768""Sony:AFStatus_76_E10:0"
-    "Sony:AFStatus_77_F10""AF Status 77 F10""Sony:AFStatus_77_F10:-32768""Sony:AFStatus_77_F10:0"
-    "Sony:AFStatus_78_G10""AF Status 78 G10""Sony:AFStatus_78_G10:-32768""Sony:AFStatus_78_G10:0"
-    "Sony:AFStatus_79_H10""AF Status 79 H10""Sony:AFStatus_79_H10:-32768""Sony:AFStatus_79_H10:0"
-    "Sony:AFStatus_80_B9""AF Status 80 B9""Sony:AFStatus_80_B9:-32768""Sony:AFStatus_80_B9:0"
-    "Sony:AFStatus_81_C9""AF Status 81 C9""Sony:AFStatus_81_C9:-32768""Sony:AFStatus_81_C9:0"
-    "Sony:AFStatus_82_D9""AF Status 82 D9""Sony:AFStatus_82_D9:-32768""Sony:AFStatus_82_D9:0"
-    "Sony:AFStatus_83_E9""AF Status 83 E9""Sony:AFStatus_83_E9:-32768""Sony:AFStatus_83_E9:0"
-    "Sony:AFStatus_84_F9""AF Status 84 F9""Sony:AFStatus_84_F9:-32768""Sony:AFStatus_84_F9:0"
-    "Sony:AFStatus_85_G9""AF Status 85 G9""Sony:AFStatus_85_G9:-32768""Sony:AFStatus_85_G9:0"
-    "Sony:AFStatus_86_H9""AF Status 86 H9""Sony:AFStatus_86_H9:-32768""Sony:AFStatus_86_H9:0"
-    "Sony:AFStatus_87_B8""AF Status 87 B8""Sony:AFStatus_87_B8:-32768""Sony:AFStatus_87_B8:0"
-    "Sony:AFStatus_88_C8""AF Status 88 C8""Sony:AFStatus_88_C8:-32768""Sony:AFStatus_88_C8:0"
-    "Sony:AFStatus_89_D8""AF Status 89 D8""Sony:AFStatus_89_D8:-32768""Sony:AFStatus_89_D8:0"
-    "Sony:AFStatus_90_E8""AF Status 90 E8""Sony:AFStatus_90_E8:-32768""Sony:AFStatus_90_E8:0"
-    "Sony:AFStatus_91_F8""AF Status 91 F8""Sony:AFStatus_91_F8:-32768""Sony:AFStatus_91_F8:0"
-    "Sony:AFStatus_92_G8""AF Status 92 G8""Sony:AFStatus_92_G8:-32768""Sony:AFStatus_92_G8:0"
-    "Sony:AFStatus_93_H8""AF Status 93 H8""Sony:AFStatus_93_H8:-32768""Sony:AFStatus_93_H8:0"
-    "Sony:AFStatus_94_E6_Center_F2-8""AF Status 94 E6 Center F2-8"
-    "Sony:AFStatus_94_E6_Center_F2-8:-32768""Sony:AFStatus_94_E6_Center_F2-8:0""Sony:AFTracking"
-    "AF Tracking""Sony:AFTracking:0""Sony:AFTracking:1""Face tracking""Sony:AFTracking:2"
-    "Lock On AF""Sony:AFType""AF Type""Sony:AFType:1""15-point""Sony:AFType:2""19-point"
-    "Sony:AFType:3""79-point""Sony:AFWithShutter""AF With Shutter""Sony:AFWithShutter:0"
-    "Sony:AFWithShutter:1""Sony:APS-CSizeCapture""APS-C Size Capture""Sony:APS-CSizeCapture:0"
-    "Sony:APS-CSizeCapture:1""Sony:Accelerometer""Sony:AmbientTemperature""Ambient Temperature"
-    "Sony:Anti-Blur""Sony:Anti-Blur:0""Sony:Anti-Blur:1""On (Continuous)""Sony:Anti-Blur:2"
-    "On (Shooting)""Sony:Anti-Blur:65535""Sony:ApertureSetting""Aperture Setting""Sony:AspectRatio"
-    "Aspect Ratio""Sony:AspectRatio:0""16:9""Sony:AspectRatio:1""3:2 |\302\2404:3"
-    "Sony:AspectRatio:2""16:9 |\302\2403:2""Sony:AspectRatio:3""1:1""Sony:AspectRatio:4""3:2"
-    "Sony:AspectRatio:5""Panorama""Sony:AspectRatio:8""Sony:AutoPortraitFramed"
-    "Auto Portrait Framed""Sony:AutoPortraitFramed:0""Sony:AutoPortraitFramed:1""Sony:Barcode"
-    "Sony:BaseISO""Base ISO""Sony:Battery2""Battery 2""Sony:BatteryLevel""Battery Level"
-    "Sony:BatteryLevel2""Battery Level 2""Sony:BatteryLevelGrip1""Battery Level Grip 1"
-    "Sony:BatteryLevelGrip2""Battery Level Grip 2""Sony:BatteryState""Battery State"
-    "Sony:BatteryState:1""Empty""Sony:BatteryState:2""Empty |\302\240Low""Sony:BatteryState:3"
-    "Half full |\302\240Very Low""Sony:BatteryState:4""Almost full |\302\240Low"
-    "Sony:BatteryState:5""Full |\302\240Sufficient""Sony:BatteryState:6""Full""Sony:BatteryStatus1"
-    "Battery Status 1""Sony:BatteryStatus2""Battery Status 2""Sony:BatteryTemperature"
-    "Battery Temperature""Sony:BatteryUnknown""Battery Unknown""Sony:BatteryVoltage"
-    "Battery Voltage""Sony:BatteryVoltage1""Battery Voltage 1""Sony:BatteryVoltage2"
-    "Battery Voltage 2""Sony:BoardTemperature""Board Temperature""Sony:BracketShotNumber"
-    "Bracket Shot Number""Sony:BracketShotNumber2""Bracket Shot Number 2""Sony:Brightness"
-    "Sony:BrightnessValue""Brightness Value""Sony:CameraE-mountVersion""Camera E-mount Version"
-    "Sony:CameraOrientation""Camera Orientation""Sony:CameraOrientation:0""Horizontal (normal)"
-    "Sony:CameraOrientation:1""Horizontal (normal) |\302\240Rotate 90 CW""Sony:CameraOrientation:2"
-    "Rotate 270 CW""Sony:CameraOrientation:3""Rotate 180""Sony:CameraOrientation:6""Rotate 90 CW"
-    "Sony:CameraOrientation:8""Sony:CameraTemperature""Camera Temperature"
-    "Sony:ChromaticAberrationCorrParams""Chromatic Aberration Corr Params""Sony:Clarity"
-    "Sony:ColorCompensationFilter""Color Compensation Filter""Sony:ColorCompensationFilterCustom"
-    "Color Compensation Filter Custom""Sony:ColorCompensationFilterSet"
-    "Color Compensation Filter Set""Sony:ColorMode""Color Mode""Sony:ColorMode:0""Sony:ColorMode:1"
-    "Sony:ColorMode:100""Sony:ColorMode:101""Sony:ColorMode:102""Sony:ColorMode:103"
-    "Sony:ColorMode:104""Night View""Sony:ColorMode:105""Autumn Leaves""Sony:ColorMode:12"
-    "Sony:ColorMode:13""Sony:ColorMode:14""Sony:ColorMode:15""Sony:ColorMode:16""Sony:ColorMode:17"
-    "Sony:ColorMode:18""Sony:ColorMode:19""Vivid 2""Sony:ColorMode:2""Sony:ColorMode:20"
-    "Sony:ColorMode:21""Sony:ColorMode:255""Sony:ColorMode:3""Sony:ColorMode:4"
-    "Sony:ColorMode:4294967295""Sony:ColorMode:5""Night View/Portrait""Sony:ColorMode:6""B&W"
-    "Sony:ColorMode:7""Adobe RGB""Sony:ColorSpace""Color Space""Sony:ColorSpace:0""sRGB"
-    "Sony:ColorSpace:1""Adobe RGB |\302\240sRGB""Sony:ColorSpace:2""Sony:ColorSpace:5"
-    "Adobe RGB |\302\240Adobe RGB (A700)""Sony:ColorSpace:6""Sony:ColorTemperature"
-    "Color Temperature""Sony:ColorTemperatureCustom""Color Temperature Custom"
-    "Sony:ColorTemperatureSet""Color Temperature Set""Sony:ColorTemperatureSetting"
-    "Color Temperature Setting""Sony:Comment""Sony:Contrast""Sony:ContrastSetting""Contrast Setting"
-    "Sony:CreativeStyle""Creative Style""Sony:CreativeStyle:0""Sony:CreativeStyle:1"
-    "Standard |\302\240Vivid""Sony:CreativeStyle:10""Sony:CreativeStyle:11"
-    "Autumn Leaves |\302\240Neutral""Sony:CreativeStyle:12""Sony:CreativeStyle:13"
-    "Deep |\302\240Sepia""Sony:CreativeStyle:14""Sony:CreativeStyle:15""Autumn Leaves |\302\240FL"
-    "Sony:CreativeStyle:16""Sepia |\302\240VV2""Sony:CreativeStyle:17""Sony:CreativeStyle:18"
-    "Sony:CreativeStyle:2""Neutral |\302\240Vivid""Sony:CreativeStyle:255""Sony:CreativeStyle:3"
-    "Sony:CreativeStyle:4""Sony:CreativeStyle:5""B&W |\302\240Sunset""Sony:CreativeStyle:6"
-    "Clear |\302\240Night View/Portrait""Sony:CreativeStyle:7""Sony:CreativeStyle:8"
-    "B&W |\302\240Light""Sony:CreativeStyle:9""Adobe RGB |\302\240Sunset"
-    "Sony:CreativeStyle:AdobeRGB""Sony:CreativeStyle:Autumnleaves""Sony:CreativeStyle:BW"
-    "Sony:CreativeStyle:Clear""Sony:CreativeStyle:Deep""Sony:CreativeStyle:FL"
-    "Sony:CreativeStyle:IN""Sony:CreativeStyle:Landscape""Sony:CreativeStyle:Light"
-    "Sony:CreativeStyle:Neutral""Sony:CreativeStyle:Nightview""Sony:CreativeStyle:None"
-    "Sony:CreativeStyle:Portrait""Sony:CreativeStyle:Real""Sony:CreativeStyle:SH"
-    "Sony:CreativeStyle:Sepia""Sony:CreativeStyle:Standard""Sony:CreativeStyle:Sunset"
-    "Sony:CreativeStyle:VV2""Sony:CreativeStyle:Vivid""Sony:CreativeStyleSetting"
-    "Creative Style Setting""Sony:CreativeStyleSetting:16""Sony:CreativeStyleSetting:160"
-    "Sony:CreativeStyleSetting:32""Sony:CreativeStyleSetting:64""Sony:CreativeStyleSetting:80"
-    "Sony:CreativeStyleSetting:96""Sony:CustomWB_RBLevels""Custom WB RB Levels"
-    "Sony:CustomWB_RGBLevels""Custom WB RGB Levels""Sony:DateTime""Date Time""Sony:DateTimeOriginal"
-    "Date/Time Original""Sony:DigitalZoom""Digital Zoom""Sony:DigitalZoom:0""Sony:DigitalZoom:1"
-    "Sony:DigitalZoomRatio""Digital Zoom Ratio""Sony:DistortionCorrParams""Distortion Corr Params"
-    "Sony:DistortionCorrParamsNumber""Distortion Corr Params Number"
-    "Sony:DistortionCorrParamsNumber:11""11 (APS-C)""Sony:DistortionCorrParamsNumber:16"
-    "16 (Full-frame)""Sony:DistortionCorrParamsPresent""Distortion Corr Params Present"
-    "Sony:DistortionCorrParamsPresent:0""Sony:DistortionCorrParamsPresent:1"
-    "Sony:DistortionCorrection""Distortion Correction""Sony:DistortionCorrection:0"
-    "Sony:DistortionCorrection:1""Applied""Sony:DistortionCorrectionSetting"
-    "Distortion Correction Setting""Sony:DistortionCorrectionSetting:0"
-    "Sony:DistortionCorrectionSetting:2""Sony:DistortionCorrectionSetting:4294967295"
-    "Sony:DriveMode""Drive Mode""Sony:DriveMode2""Drive Mode 2""Sony:DriveMode2:1""Single Frame"
-    "Sony:DriveMode2:10""Remote Commander""Sony:DriveMode2:11"
-    "Continuous Self-timer |\302\240Mirror Lock-up""Sony:DriveMode2:113"
-    "Continuous Bracketing 0.3 EV""Sony:DriveMode2:117""Continuous Bracketing 0.7 EV"
-    "Sony:DriveMode2:145""White Balance Bracketing Low""Sony:DriveMode2:146"
-    "White Balance Bracketing High""Sony:DriveMode2:16""Sony:DriveMode2:18""Continuous Low"
-    "Sony:DriveMode2:192""Sony:DriveMode2:2""Continuous High""Sony:DriveMode2:24"
-    "Sony:DriveMode2:25""D-Range Optimizer Bracketing Low""Sony:DriveMode2:33""Sony:DriveMode2:34"
-    "Sony:DriveMode2:4""Self-timer 10 sec""Sony:DriveMode2:40""Sony:DriveMode2:41"
-    "D-Range Optimizer Bracketing High""Sony:DriveMode2:48""Speed Priority Continuous"
-    "Sony:DriveMode2:5""Self-timer 2 sec, Mirror Lock-up""Sony:DriveMode2:6"
-    "Single-frame Bracketing""Sony:DriveMode2:7""Continuous Bracketing""Sony:DriveMode2:81"
-    "Sony:DriveMode2:82""Sony:DriveMode:1""Sony:DriveMode:10""Sony:DriveMode:11""Sony:DriveMode:113"
-    "Sony:DriveMode:117""Sony:DriveMode:145""Sony:DriveMode:146""Sony:DriveMode:16"
-    "Sony:DriveMode:18""Sony:DriveMode:192""Sony:DriveMode:2""Sony:DriveMode:209""Continuous - HDR"
-    "Sony:DriveMode:210""Continuous - Multi Frame NR""Sony:DriveMode:211"
-    "Continuous - Handheld Night Shot""Sony:DriveMode:212""Continuous - Anti Motion Blur"
-    "Sony:DriveMode:213""Continuous - Sweep Panorama""Sony:DriveMode:214"
-    "Continuous - 3D Sweep Panorama""Sony:DriveMode:24""Sony:DriveMode:25""Sony:DriveMode:33"
-    "Sony:DriveMode:34""Sony:DriveMode:4""Sony:DriveMode:40""Sony:DriveMode:41""Sony:DriveMode:48"
-    "Sony:DriveMode:5""Sony:DriveMode:6""Sony:DriveMode:7""Sony:DriveMode:81""Sony:DriveMode:82"
-    "Sony:DriveModeSetting""Drive Mode Setting""Sony:DriveModeSetting:113"
-    "Sony:DriveModeSetting:117""Sony:DriveModeSetting:145""Sony:DriveModeSetting:146"
-    "Sony:DriveModeSetting:16""Sony:DriveModeSetting:192""Sony:DriveModeSetting:33"
-    "Sony:DriveModeSetting:34""Sony:DriveModeSetting:48""Sony:DriveModeSetting:81"
-    "Sony:DriveModeSetting:82""Sony:DynamicRangeOptimizer""Dynamic Range Optimizer"
-    "Sony:DynamicRangeOptimizer:0""Sony:DynamicRangeOptimizer:1""Auto |\302\240Standard"
-    "Sony:DynamicRangeOptimizer:10""Advanced Lv3""Sony:DynamicRangeOptimizer:11""Advanced Lv4"
-    "Sony:DynamicRangeOptimizer:12""Advanced Lv5""Sony:DynamicRangeOptimizer:16""Lv1"
-    "Sony:DynamicRangeOptimizer:17""Lv2""Sony:DynamicRangeOptimizer:18""Lv3"
-    "Sony:DynamicRangeOptimizer:19""Lv4""Sony:DynamicRangeOptimizer:2""Advanced Auto |\302\240Plus"
-    "Sony:DynamicRangeOptimizer:20""Lv5""Sony:DynamicRangeOptimizer:3""Auto |\302\240Lv1"
-    "Sony:DynamicRangeOptimizer:4""Sony:DynamicRangeOptimizer:5""Sony:DynamicRangeOptimizer:6"
-    "Sony:DynamicRangeOptimizer:7""Sony:DynamicRangeOptimizer:8""Advanced Lv1 |\302\240n/a"
-    "Sony:DynamicRangeOptimizer:9""Advanced Lv2""Sony:DynamicRangeOptimizerBracket"
-    "Dynamic Range Optimizer Bracket""Sony:DynamicRangeOptimizerBracket:0"
-    "Sony:DynamicRangeOptimizerBracket:1""Low""Sony:DynamicRangeOptimizerBracket:2""High"
-    "Sony:DynamicRangeOptimizerLevel""Dynamic Range Optimizer Level""Sony:DynamicRangeOptimizerMode"
-    "Dynamic Range Optimizer Mode""Sony:DynamicRangeOptimizerMode:0"
-    "Sony:DynamicRangeOptimizerMode:1""Sony:DynamicRangeOptimizerMode:2""Advanced Auto"
-    "Sony:DynamicRangeOptimizerMode:3""Advanced Level""Sony:DynamicRangeOptimizerSetting"
-    "Dynamic Range Optimizer Setting""Sony:DynamicRangeOptimizerSetting:1"
-    "Sony:DynamicRangeOptimizerSetting:16""On (Auto)""Sony:DynamicRangeOptimizerSetting:17"
-    "On (Manual)""Sony:ElectricalExtenderMagnification""Electrical Extender Magnification"
-    "Sony:ElectronicFrontCurtainShutter""Electronic Front Curtain Shutter"
-    "Sony:ElectronicFrontCurtainShutter:0""Sony:ElectronicFrontCurtainShutter:1"
-    "Sony:ExposureBracketShotNumber""Exposure Bracket Shot Number""Sony:ExposureCompensation"
-    "Exposure Compensation""Sony:ExposureCompensation2""Exposure Compensation 2"
-    "Sony:ExposureCompensationSet""Exposure Compensation Set""Sony:ExposureLevelIncrements"
-    "Exposure Level Increments""Sony:ExposureLevelIncrements:33""1/3 EV"
-    "Sony:ExposureLevelIncrements:50""1/2 EV""Sony:ExposureMode""Exposure Mode""Sony:ExposureMode:0"
-    "Program AE""Sony:ExposureMode:1""Sony:ExposureMode:10""Hi-Speed Shutter""Sony:ExposureMode:11"
-    "Twilight Portrait""Sony:ExposureMode:12""Soft Snap/Portrait""Sony:ExposureMode:13""Fireworks"
-    "Sony:ExposureMode:14""Smile Shutter""Sony:ExposureMode:15""Sony:ExposureMode:18"
-    "High Sensitivity""Sony:ExposureMode:19""Sony:ExposureMode:2""Beach""Sony:ExposureMode:20"
-    "Advanced Sports Shooting""Sony:ExposureMode:29""Underwater""Sony:ExposureMode:3""Sports"
-    "Sony:ExposureMode:33""Food""Sony:ExposureMode:34""Sweep Panorama""Sony:ExposureMode:35"
-    "Handheld Night Shot""Sony:ExposureMode:36""Anti Motion Blur""Sony:ExposureMode:37""Pet"
-    "Sony:ExposureMode:38""Backlight Correction HDR""Sony:ExposureMode:39""Superior Auto"
-    "Sony:ExposureMode:4""Snow""Sony:ExposureMode:40""Background Defocus""Sony:ExposureMode:41"
-    "Soft Skin""Sony:ExposureMode:42""3D Image""Sony:ExposureMode:5""Sony:ExposureMode:6"
-    "Sony:ExposureMode:65535""Sony:ExposureMode:7""Aperture-priority AE""Sony:ExposureMode:8"
-    "Shutter speed priority AE""Sony:ExposureMode:9""Night Scene / Twilight""Sony:ExposureProgram"
-    "Exposure Program""Sony:ExposureProgram:0""Auto |\302\240Program AE""Sony:ExposureProgram:1"
-    "Aperture-priority AE |\302\240Manual |\302\240Program AE""Sony:ExposureProgram:10""Twilight"
-    "Sony:ExposureProgram:11""Sony:ExposureProgram:12""Sony:ExposureProgram:128""Toy Camera"
-    "Sony:ExposureProgram:129""Pop Color""Sony:ExposureProgram:130""Posterization"
-    "Sony:ExposureProgram:131""Posterization B/W""Sony:ExposureProgram:132""Retro Photo"
-    "Sony:ExposureProgram:133""High-key""Sony:ExposureProgram:134""Partial Color Red"
-    "Sony:ExposureProgram:135""Partial Color Green""Sony:ExposureProgram:136""Partial Color Blue"
-    "Sony:ExposureProgram:137""Partial Color Yellow""Sony:ExposureProgram:138"
-    "High Contrast Monochrome""Sony:ExposureProgram:14""Action (High speed)"
-    "Sony:ExposureProgram:16""Auto |\302\240Portrait |\302\240Sports""Sony:ExposureProgram:17"
-    "Auto (no flash) |\302\240Handheld Night Shot |\302\240Sports""Sony:ExposureProgram:18"
-    "Anti Motion Blur |\302\240Auto+ |\302\240Sunset""Sony:ExposureProgram:19"
-    "High Sensitivity |\302\240Night Portrait""Sony:ExposureProgram:2"
+    "Sony:AFPointSelected:93" "A5 (93)" "Sony:AFPointSelected:94" "A6 (94)"
+    "Sony:AFPointSelected:95" "A7 (95)" "Sony:AFPointSetting" "AF Point Setting"
+    "Sony:AFPointSetting:1" "Sony:AFPointSetting:10" "Far Right" "Sony:AFPointSetting:11" "Far Left"
+    "Sony:AFPointSetting:2" "Top" "Sony:AFPointSetting:3" "Upper-right" "Sony:AFPointSetting:4"
+    "Right" "Sony:AFPointSetting:5" "Lower-right" "Sony:AFPointSetting:6" "Bottom"
+    "Sony:AFPointSetting:7" "Lower-left" "Sony:AFPointSetting:8" "Left" "Sony:AFPointSetting:9"
+    "Upper-left" "Sony:AFPointsSelected" "AF Points Selected" "Sony:AFPointsSelected:0"
+    "Sony:AFPointsSelected:1" "Sony:AFPointsSelected:1024" "Sony:AFPointsSelected:128"
+    "Sony:AFPointsSelected:131072" "Lower Far Left" "Sony:AFPointsSelected:16"
+    "Sony:AFPointsSelected:16384" "Near Left" "Sony:AFPointsSelected:2" "Sony:AFPointsSelected:2048"
+    "Upper-middle" "Sony:AFPointsSelected:2147483647" "(all)" "Sony:AFPointsSelected:256"
+    "Sony:AFPointsSelected:262143" "(all LA-EA4)" "Sony:AFPointsSelected:262144" "Upper Far Left"
+    "Sony:AFPointsSelected:30721" "Center Zone" "Sony:AFPointsSelected:32"
+    "Sony:AFPointsSelected:32768" "Upper Far Right" "Sony:AFPointsSelected:394688" "Left Zone"
+    "Sony:AFPointsSelected:4" "Sony:AFPointsSelected:4096" "Near Right"
+    "Sony:AFPointsSelected:4294967295" "Sony:AFPointsSelected:512" "Sony:AFPointsSelected:64"
+    "Sony:AFPointsSelected:65536" "Lower Far Right" "Sony:AFPointsSelected:8"
+    "Sony:AFPointsSelected:8192" "Lower-middle" "Sony:AFPointsSelected:98844" "Right Zone"
+    "Sony:AFPointsUsed" "AF Points Used" "Sony:AFPointsUsed:0" "Sony:AFPointsUsed:1"
+    "A5 |\302\240Center" "Sony:AFPointsUsed:1024" "B9 |\302\240Far Left" "Sony:AFPointsUsed:1048576"
+    "Sony:AFPointsUsed:1073741824" "Sony:AFPointsUsed:1099511627776"
+    "Sony:AFPointsUsed:1125899906842624" "Sony:AFPointsUsed:1152921504606846976"
+    "Sony:AFPointsUsed:128" "B6 |\302\240Left" "Sony:AFPointsUsed:131072"
+    "C6 |\302\240Lower Far Left" "Sony:AFPointsUsed:134217728" "Sony:AFPointsUsed:137438953472"
+    "Sony:AFPointsUsed:140737488355328" "Sony:AFPointsUsed:144115188075855872"
+    "Sony:AFPointsUsed:16" "B3 |\302\240Lower-right" "Sony:AFPointsUsed:16384"
+    "C3 |\302\240Near Left" "Sony:AFPointsUsed:16777216" "Sony:AFPointsUsed:17179869184"
+    "Sony:AFPointsUsed:17592186044416" "Sony:AFPointsUsed:18014398509481984" "Sony:AFPointsUsed:2"
+    "A6 |\302\240Top" "Sony:AFPointsUsed:2048" "B10 |\302\240Upper-middle"
+    "Sony:AFPointsUsed:2097152" "Sony:AFPointsUsed:2147483648" "Sony:AFPointsUsed:2199023255552"
+    "Sony:AFPointsUsed:2251799813685248" "Sony:AFPointsUsed:2305843009213693952"
+    "Sony:AFPointsUsed:256" "B7 |\302\240Upper-left" "Sony:AFPointsUsed:262144"
+    "C7 |\302\240Upper Far Left" "Sony:AFPointsUsed:268435456" "Sony:AFPointsUsed:274877906944"
+    "Sony:AFPointsUsed:281474976710656" "Sony:AFPointsUsed:288230376151711744"
+    "Sony:AFPointsUsed:32" "B4 |\302\240Bottom" "Sony:AFPointsUsed:32768"
+    "C4 |\302\240Upper Far Right" "Sony:AFPointsUsed:33554432" "Sony:AFPointsUsed:34359738368"
+    "Sony:AFPointsUsed:35184372088832" "Sony:AFPointsUsed:36028797018963968" "Sony:AFPointsUsed:4"
+    "A7 |\302\240Upper-right" "Sony:AFPointsUsed:4096" "C1 |\302\240Near Right"
+    "Sony:AFPointsUsed:4194304" "Sony:AFPointsUsed:4294967296" "Sony:AFPointsUsed:4398046511104"
+    "Sony:AFPointsUsed:4503599627370496" "Sony:AFPointsUsed:4611686018427387904"
+    "Sony:AFPointsUsed:512" "B8 |\302\240Far Right" "Sony:AFPointsUsed:524288"
+    "Sony:AFPointsUsed:536870912" "Sony:AFPointsUsed:549755813888" "E6"
+    "Sony:AFPointsUsed:562949953421312" "Sony:AFPointsUsed:576460752303423488"
+    "Sony:AFPointsUsed:64" "B5 |\302\240Lower-left" "Sony:AFPointsUsed:65536"
+    "C5 |\302\240Lower Far Right" "Sony:AFPointsUsed:67108864" "Sony:AFPointsUsed:68719476736"
+    "Sony:AFPointsUsed:70368744177664" "Sony:AFPointsUsed:72057594037927936" "Sony:AFPointsUsed:8"
+    "B2 |\302\240Right" "Sony:AFPointsUsed:8192" "C2 |\302\240Lower-middle"
+    "Sony:AFPointsUsed:8388608" "Sony:AFPointsUsed:8589934592" "Sony:AFPointsUsed:8796093022208"
+    "Sony:AFPointsUsed:9007199254740992" "Sony:AFPointsUsed:9223372036854775808"
+    "Sony:AFStatusActiveSensor" "AF Status Active Sensor" "Sony:AFStatusActiveSensor:-32768"
+    "Out of Focus" "Sony:AFStatusActiveSensor:0" "In Focus" "Sony:AFStatusBottom" "AF Status Bottom"
+    "Sony:AFStatusBottom-left" "AF Status Bottom-left" "Sony:AFStatusBottom-left:-32768"
+    "Sony:AFStatusBottom-left:0" "Sony:AFStatusBottom-right" "AF Status Bottom-right"
+    "Sony:AFStatusBottom-right:-32768" "Sony:AFStatusBottom-right:0" "Sony:AFStatusBottom:-32768"
+    "Sony:AFStatusBottom:0" "Sony:AFStatusBottomAssist-left" "AF Status Bottom Assist-left"
+    "Sony:AFStatusBottomAssist-left:-32768" "Sony:AFStatusBottomAssist-left:0"
+    "Sony:AFStatusBottomAssist-right" "AF Status Bottom Assist-right"
+    "Sony:AFStatusBottomAssist-right:-32768" "Sony:AFStatusBottomAssist-right:0"
+    "Sony:AFStatusBottomHorizontal" "AF Status Bottom Horizontal"
+    "Sony:AFStatusBottomHorizontal:-32768" "Sony:AFStatusBottomHorizontal:0"
+    "Sony:AFStatusBottomVertical" "AF Status Bottom Vertical" "Sony:AFStatusBottomVertical:-32768"
+    "Sony:AFStatusBottomVertical:0" "Sony:AFStatusCenter-10" "AF Status Center-10"
+    "Sony:AFStatusCenter-10:-32768" "Sony:AFStatusCenter-10:0" "Sony:AFStatusCenter-11"
+    "AF Status Center-11" "Sony:AFStatusCenter-11:-32768" "Sony:AFStatusCenter-11:0"
+    "Sony:AFStatusCenter-12" "AF Status Center-12" "Sony:AFStatusCenter-12:-32768"
+    "Sony:AFStatusCenter-12:0" "Sony:AFStatusCenter-14" "AF Status Center-14"
+    "Sony:AFStatusCenter-14:-32768" "Sony:AFStatusCenter-14:0" "Sony:AFStatusCenter-7"
+    "AF Status Center-7" "Sony:AFStatusCenter-7:-32768" "Sony:AFStatusCenter-7:0"
+    "Sony:AFStatusCenter-9" "AF Status Center-9" "Sony:AFStatusCenter-9:-32768"
+    "Sony:AFStatusCenter-9:0" "Sony:AFStatusCenter-horizontal" "AF Status Center-horizontal"
+    "Sony:AFStatusCenter-horizontal:-32768" "Sony:AFStatusCenter-horizontal:0"
+    "Sony:AFStatusCenter-vertical" "AF Status Center-vertical" "Sony:AFStatusCenter-vertical:-32768"
+    "Sony:AFStatusCenter-vertical:0" "Sony:AFStatusCenterF2-8" "AF Status Center F2-8"
+    "Sony:AFStatusCenterF2-8:-32768" "Sony:AFStatusCenterF2-8:0" "Sony:AFStatusCenterHorizontal"
+    "AF Status Center Horizontal" "Sony:AFStatusCenterHorizontal:-32768"
+    "Sony:AFStatusCenterHorizontal:0" "Sony:AFStatusCenterVertical" "AF Status Center Vertical"
+    "Sony:AFStatusCenterVertical:-32768" "Sony:AFStatusCenterVertical:0" "Sony:AFStatusFarLeft"
+    "AF Status Far Left" "Sony:AFStatusFarLeft:-32768" "Sony:AFStatusFarLeft:0"
+    "Sony:AFStatusFarLeftHorizontal" "AF Status Far Left Horizontal"
+    "Sony:AFStatusFarLeftHorizontal:-32768" "Sony:AFStatusFarLeftHorizontal:0"
+    "Sony:AFStatusFarLeftVertical" "AF Status Far Left Vertical"
+    "Sony:AFStatusFarLeftVertical:-32768" "Sony:AFStatusFarLeftVertical:0" "Sony:AFStatusFarRight"
+    "AF Status Far Right" "Sony:AFStatusFarRight:-32768" "Sony:AFStatusFarRight:0"
+    "Sony:AFStatusFarRightHorizontal" "AF Status Far Right Horizontal"
+    "Sony:AFStatusFarRightHorizontal:-32768" "Sony:AFStatusFarRightHorizontal:0"
+    "Sony:AFStatusFarRightVertical" "AF Status Far Right Vertical"
+    "Sony:AFStatusFarRightVertical:-32768" "Sony:AFStatusFarRightVertical:0" "Sony:AFStatusLeft"
+    "AF Status Left" "Sony:AFStatusLeft:-32768" "Sony:AFStatusLeft:0" "Sony:AFStatusLeftHorizontal"
+    "AF Status Left Horizontal" "Sony:AFStatusLeftHorizontal:-32768" "Sony:AFStatusLeftHorizontal:0"
+    "Sony:AFStatusLeftVertical" "AF Status Left Vertical" "Sony:AFStatusLeftVertical:-32768"
+    "Sony:AFStatusLeftVertical:0" "Sony:AFStatusLower-left" "AF Status Lower-left"
+    "Sony:AFStatusLower-left:-32768" "Sony:AFStatusLower-left:0" "Sony:AFStatusLower-leftHorizontal"
+    "AF Status Lower-left Horizontal" "Sony:AFStatusLower-leftHorizontal:-32768"
+    "Sony:AFStatusLower-leftHorizontal:0" "Sony:AFStatusLower-leftVertical"
+    "AF Status Lower-left Vertical" "Sony:AFStatusLower-leftVertical:-32768"
+    "Sony:AFStatusLower-leftVertical:0" "Sony:AFStatusLower-middle" "AF Status Lower-middle"
+    "Sony:AFStatusLower-middle:-32768" "Sony:AFStatusLower-middle:0" "Sony:AFStatusLower-right"
+    "AF Status Lower-right" "Sony:AFStatusLower-right:-32768" "Sony:AFStatusLower-right:0"
+    "Sony:AFStatusLower-rightHorizontal" "AF Status Lower-right Horizontal"
+    "Sony:AFStatusLower-rightHorizontal:-32768" "Sony:AFStatusLower-rightHorizontal:0"
+    "Sony:AFStatusLower-rightVertical" "AF Status Lower-right Vertical"
+    "Sony:AFStatusLower-rightVertical:-32768" "Sony:AFStatusLower-rightVertical:0"
+    "Sony:AFStatusLowerFarLeft" "AF Status Lower Far Left" "Sony:AFStatusLowerFarLeft:-32768"
+    "Sony:AFStatusLowerFarLeft:0" "Sony:AFStatusLowerFarRight" "AF Status Lower Far Right"
+    "Sony:AFStatusLowerFarRight:-32768" "Sony:AFStatusLowerFarRight:0"
+    "Sony:AFStatusMiddleHorizontal" "AF Status Middle Horizontal"
+    "Sony:AFStatusMiddleHorizontal:-32768" "Sony:AFStatusMiddleHorizontal:0" "Sony:AFStatusNearLeft"
+    "AF Status Near Left" "Sony:AFStatusNearLeft:-32768" "Sony:AFStatusNearLeft:0"
+    "Sony:AFStatusNearRight" "AF Status Near Right" "Sony:AFStatusNearRight:-32768"
+    "Sony:AFStatusNearRight:0" "Sony:AFStatusRight" "AF Status Right" "Sony:AFStatusRight:-32768"
+    "Sony:AFStatusRight:0" "Sony:AFStatusRightHorizontal" "AF Status Right Horizontal"
+    "Sony:AFStatusRightHorizontal:-32768" "Sony:AFStatusRightHorizontal:0"
+    "Sony:AFStatusRightVertical" "AF Status Right Vertical" "Sony:AFStatusRightVertical:-32768"
+    "Sony:AFStatusRightVertical:0" "Sony:AFStatusTop" "AF Status Top" "Sony:AFStatusTop-left"
+    "AF Status Top-left" "Sony:AFStatusTop-left:-32768" "Sony:AFStatusTop-left:0"
+    "Sony:AFStatusTop-right" "AF Status Top-right" "Sony:AFStatusTop-right:-32768"
+    "Sony:AFStatusTop-right:0" "Sony:AFStatusTop:-32768" "Sony:AFStatusTop:0"
+    "Sony:AFStatusTopAssist-left" "AF Status Top Assist-left" "Sony:AFStatusTopAssist-left:-32768"
+    "Sony:AFStatusTopAssist-left:0" "Sony:AFStatusTopAssist-right" "AF Status Top Assist-right"
+    "Sony:AFStatusTopAssist-right:-32768" "Sony:AFStatusTopAssist-right:0"
+    "Sony:AFStatusTopHorizontal" "AF Status Top Horizontal" "Sony:AFStatusTopHorizontal:-32768"
+    "Sony:AFStatusTopHorizontal:0" "Sony:AFStatusTopVertical" "AF Status Top Vertical"
+    "Sony:AFStatusTopVertical:-32768" "Sony:AFStatusTopVertical:0" "Sony:AFStatusUpper-left"
+    "AF Status Upper-left" "Sony:AFStatusUpper-left:-32768" "Sony:AFStatusUpper-left:0"
+    "Sony:AFStatusUpper-leftHorizontal" "AF Status Upper-left Horizontal"
+    "Sony:AFStatusUpper-leftHorizontal:-32768" "Sony:AFStatusUpper-leftHorizontal:0"
+    "Sony:AFStatusUpper-leftVertical" "AF Status Upper-left Vertical"
+    "Sony:AFStatusUpper-leftVertical:-32768" "Sony:AFStatusUpper-leftVertical:0"
+    "Sony:AFStatusUpper-middle" "AF Status Upper-middle" "Sony:AFStatusUpper-middle:-32768"
+    "Sony:AFStatusUpper-middle:0" "Sony:AFStatusUpper-right" "AF Status Upper-right"
+    "Sony:AFStatusUpper-right:-32768" "Sony:AFStatusUpper-right:0"
+    "Sony:AFStatusUpper-rightHorizontal" "AF Status Upper-right Horizontal"
+    "Sony:AFStatusUpper-rightHorizontal:-32768" "Sony:AFStatusUpper-rightHorizontal:0"
+    "Sony:AFStatusUpper-rightVertical" "AF Status Upper-right Vertical"
+    "Sony:AFStatusUpper-rightVertical:-32768" "Sony:AFStatusUpper-rightVertical:0"
+    "Sony:AFStatusUpperFarLeft" "AF Status Upper Far Left" "Sony:AFStatusUpperFarLeft:-32768"
+    "Sony:AFStatusUpperFarLeft:0" "Sony:AFStatusUpperFarRight" "AF Status Upper Far Right"
+    "Sony:AFStatusUpperFarRight:-32768" "Sony:AFStatusUpperFarRight:0" "Sony:AFStatus_00_B4"
+    "AF Status 00 B4" "Sony:AFStatus_00_B4:-32768" "Sony:AFStatus_00_B4:0" "Sony:AFStatus_01_C4"
+    "AF Status 01 C4" "Sony:AFStatus_01_C4:-32768" "Sony:AFStatus_01_C4:0" "Sony:AFStatus_02_D4"
+    "AF Status 02 D4" "Sony:AFStatus_02_D4:-32768" "Sony:AFStatus_02_D4:0" "Sony:AFStatus_03_E4"
+    "AF Status 03 E4" "Sony:AFStatus_03_E4:-32768" "Sony:AFStatus_03_E4:0" "Sony:AFStatus_04_F4"
+    "AF Status 04 F4" "Sony:AFStatus_04_F4:-32768" "Sony:AFStatus_04_F4:0" "Sony:AFStatus_05_G4"
+    "AF Status 05 G4" "Sony:AFStatus_05_G4:-32768" "Sony:AFStatus_05_G4:0" "Sony:AFStatus_06_H4"
+    "AF Status 06 H4" "Sony:AFStatus_06_H4:-32768" "Sony:AFStatus_06_H4:0" "Sony:AFStatus_07_B3"
+    "AF Status 07 B3" "Sony:AFStatus_07_B3:-32768" "Sony:AFStatus_07_B3:0" "Sony:AFStatus_08_C3"
+    "AF Status 08 C3" "Sony:AFStatus_08_C3:-32768" "Sony:AFStatus_08_C3:0" "Sony:AFStatus_09_D3"
+    "AF Status 09 D3" "Sony:AFStatus_09_D3:-32768" "Sony:AFStatus_09_D3:0" "Sony:AFStatus_10_E3"
+    "AF Status 10 E3" "Sony:AFStatus_10_E3:-32768" "Sony:AFStatus_10_E3:0" "Sony:AFStatus_11_F3"
+    "AF Status 11 F3" "Sony:AFStatus_11_F3:-32768" "Sony:AFStatus_11_F3:0" "Sony:AFStatus_12_G3"
+    "AF Status 12 G3" "Sony:AFStatus_12_G3:-32768" "Sony:AFStatus_12_G3:0" "Sony:AFStatus_13_H3"
+    "AF Status 13 H3" "Sony:AFStatus_13_H3:-32768" "Sony:AFStatus_13_H3:0" "Sony:AFStatus_14_B2"
+    "AF Status 14 B2" "Sony:AFStatus_14_B2:-32768" "Sony:AFStatus_14_B2:0" "Sony:AFStatus_15_C2"
+    "AF Status 15 C2" "Sony:AFStatus_15_C2:-32768" "Sony:AFStatus_15_C2:0" "Sony:AFStatus_16_D2"
+    "AF Status 16 D2" "Sony:AFStatus_16_D2:-32768" "Sony:AFStatus_16_D2:0" "Sony:AFStatus_17_E2"
+    "AF Status 17 E2" "Sony:AFStatus_17_E2:-32768" "Sony:AFStatus_17_E2:0" "Sony:AFStatus_18_F2"
+    "AF Status 18 F2" "Sony:AFStatus_18_F2:-32768" "Sony:AFStatus_18_F2:0" "Sony:AFStatus_19_G2"
+    "AF Status 19 G2" "Sony:AFStatus_19_G2:-32768" "Sony:AFStatus_19_G2:0" "Sony:AFStatus_20_H2"
+    "AF Status 20 H2" "Sony:AFStatus_20_H2:-32768" "Sony:AFStatus_20_H2:0" "Sony:AFStatus_21_C1"
+    "AF Status 21 C1" "Sony:AFStatus_21_C1:-32768" "Sony:AFStatus_21_C1:0" "Sony:AFStatus_22_D1"
+    "AF Status 22 D1" "Sony:AFStatus_22_D1:-32768" "Sony:AFStatus_22_D1:0" "Sony:AFStatus_23_E1"
+    "AF Status 23 E1" "Sony:AFStatus_23_E1:-32768" "Sony:AFStatus_23_E1:0" "Sony:AFStatus_24_F1"
+    "AF Status 24 F1" "Sony:AFStatus_24_F1:-32768" "Sony:AFStatus_24_F1:0" "Sony:AFStatus_25_G1"
+    "AF Status 25 G1" "Sony:AFStatus_25_G1:-32768" "Sony:AFStatus_25_G1:0"
+    "Sony:AFStatus_26_A7_Vertical" "AF Status 26 A7 Vertical" "Sony:AFStatus_26_A7_Vertical:-32768"
+    "Sony:AFStatus_26_A7_Vertical:0" "Sony:AFStatus_27_A6_Vertical" "AF Status 27 A6 Vertical"
+    "Sony:AFStatus_27_A6_Vertical:-32768" "Sony:AFStatus_27_A6_Vertical:0"
+    "Sony:AFStatus_28_A5_Vertical" "AF Status 28 A5 Vertical" "Sony:AFStatus_28_A5_Vertical:-32768"
+    "Sony:AFStatus_28_A5_Vertical:0" "Sony:AFStatus_29_C7_Vertical" "AF Status 29 C7 Vertical"
+    "Sony:AFStatus_29_C7_Vertical:-32768" "Sony:AFStatus_29_C7_Vertical:0"
+    "Sony:AFStatus_30_C6_Vertical" "AF Status 30 C6 Vertical" "Sony:AFStatus_30_C6_Vertical:-32768"
+    "Sony:AFStatus_30_C6_Vertical:0" "Sony:AFStatus_31_C5_Vertical" "AF Status 31 C5 Vertical"
+    "Sony:AFStatus_31_C5_Vertical:-32768" "Sony:AFStatus_31_C5_Vertical:0"
+    "Sony:AFStatus_32_E7_Vertical" "AF Status 32 E7 Vertical" "Sony:AFStatus_32_E7_Vertical:-32768"
+    "Sony:AFStatus_32_E7_Vertical:0" "Sony:AFStatus_33_E6_Center_Vertical"
+    "AF Status 33 E6 Center Vertical" "Sony:AFStatus_33_E6_Center_Vertical:-32768"
+    "Sony:AFStatus_33_E6_Center_Vertical:0" "Sony:AFStatus_34_E5_Vertical"
+    "AF Status 34 E5 Vertical" "Sony:AFStatus_34_E5_Vertical:-32768"
+    "Sony:AFStatus_34_E5_Vertical:0" "Sony:AFStatus_35_G7_Vertical" "AF Status 35 G7 Vertical"
+    "Sony:AFStatus_35_G7_Vertical:-32768" "Sony:AFStatus_35_G7_Vertical:0"
+    "Sony:AFStatus_36_G6_Vertical" "AF Status 36 G6 Vertical" "Sony:AFStatus_36_G6_Vertical:-32768"
+    "Sony:AFStatus_36_G6_Vertical:0" "Sony:AFStatus_37_G5_Vertical" "AF Status 37 G5 Vertical"
+    "Sony:AFStatus_37_G5_Vertical:-32768" "Sony:AFStatus_37_G5_Vertical:0"
+    "Sony:AFStatus_38_I7_Vertical" "AF Status 38 I7 Vertical" "Sony:AFStatus_38_I7_Vertical:-32768"
+    "Sony:AFStatus_38_I7_Vertical:0" "Sony:AFStatus_39_I6_Vertical" "AF Status 39 I6 Vertical"
+    "Sony:AFStatus_39_I6_Vertical:-32768" "Sony:AFStatus_39_I6_Vertical:0"
+    "Sony:AFStatus_40_I5_Vertical" "AF Status 40 I5 Vertical" "Sony:AFStatus_40_I5_Vertical:-32768"
+    "Sony:AFStatus_40_I5_Vertical:0" "Sony:AFStatus_41_A7" "AF Status 41 A7"
+    "Sony:AFStatus_41_A7:-32768" "Sony:AFStatus_41_A7:0" "Sony:AFStatus_42_B7" "AF Status 42 B7"
+    "Sony:AFStatus_42_B7:-32768" "Sony:AFStatus_42_B7:0" "Sony:AFStatus_43_C7" "AF Status 43 C7"
+    "Sony:AFStatus_43_C7:-32768" "Sony:AFStatus_43_C7:0" "Sony:AFStatus_44_D7" "AF Status 44 D7"
+    "Sony:AFStatus_44_D7:-32768" "Sony:AFStatus_44_D7:0" "Sony:AFStatus_45_E7" "AF Status 45 E7"
+    "Sony:AFStatus_45_E7:-32768" "Sony:AFStatus_45_E7:0" "Sony:AFStatus_46_F7" "AF Status 46 F7"
+    "Sony:AFStatus_46_F7:-32768" "Sony:AFStatus_46_F7:0" "Sony:AFStatus_47_G7" "AF Status 47 G7"
+    "Sony:AFStatus_47_G7:-32768" "Sony:AFStatus_47_G7:0" "Sony:AFStatus_48_H7" "AF Status 48 H7"
+    "Sony:AFStatus_48_H7:-32768" "Sony:AFStatus_48_H7:0" "Sony:AFStatus_49_I7" "AF Status 49 I7"
+    "Sony:AFStatus_49_I7:-32768" "Sony:AFStatus_49_I7:0" "Sony:AFStatus_50_A6" "AF Status 50 A6"
+    "Sony:AFStatus_50_A6:-32768" "Sony:AFStatus_50_A6:0" "Sony:AFStatus_51_B6" "AF Status 51 B6"
+    "Sony:AFStatus_51_B6:-32768" "Sony:AFStatus_51_B6:0" "Sony:AFStatus_52_C6" "AF Status 52 C6"
+    "Sony:AFStatus_52_C6:-32768" "Sony:AFStatus_52_C6:0" "Sony:AFStatus_53_D6" "AF Status 53 D6"
+    "Sony:AFStatus_53_D6:-32768" "Sony:AFStatus_53_D6:0" "Sony:AFStatus_54_E6_Center"
+    "AF Status 54 E6 Center" "Sony:AFStatus_54_E6_Center:-32768" "Sony:AFStatus_54_E6_Center:0"
+    "Sony:AFStatus_55_F6" "AF Status 55 F6" "Sony:AFStatus_55_F6:-32768" "Sony:AFStatus_55_F6:0"
+    "Sony:AFStatus_56_G6" "AF Status 56 G6" "Sony:AFStatus_56_G6:-32768" "Sony:AFStatus_56_G6:0"
+    "Sony:AFStatus_57_H6" "AF Status 57 H6" "Sony:AFStatus_57_H6:-32768" "Sony:AFStatus_57_H6:0"
+    "Sony:AFStatus_58_I6" "AF Status 58 I6" "Sony:AFStatus_58_I6:-32768" "Sony:AFStatus_58_I6:0"
+    "Sony:AFStatus_59_A5" "AF Status 59 A5" "Sony:AFStatus_59_A5:-32768" "Sony:AFStatus_59_A5:0"
+    "Sony:AFStatus_60_B5" "AF Status 60 B5" "Sony:AFStatus_60_B5:-32768" "Sony:AFStatus_60_B5:0"
+    "Sony:AFStatus_61_C5" "AF Status 61 C5" "Sony:AFStatus_61_C5:-32768" "Sony:AFStatus_61_C5:0"
+    "Sony:AFStatus_62_D5" "AF Status 62 D5" "Sony:AFStatus_62_D5:-32768" "Sony:AFStatus_62_D5:0"
+    "Sony:AFStatus_63_E5" "AF Status 63 E5" "Sony:AFStatus_63_E5:-32768" "Sony:AFStatus_63_E5:0"
+    "Sony:AFStatus_64_F5" "AF Status 64 F5" "Sony:AFStatus_64_F5:-32768" "Sony:AFStatus_64_F5:0"
+    "Sony:AFStatus_65_G5" "AF Status 65 G5" "Sony:AFStatus_65_G5:-32768" "Sony:AFStatus_65_G5:0"
+    "Sony:AFStatus_66_H5" "AF Status 66 H5" "Sony:AFStatus_66_H5:-32768" "Sony:AFStatus_66_H5:0"
+    "Sony:AFStatus_67_I5" "AF Status 67 I5" "Sony:AFStatus_67_I5:-32768" "Sony:AFStatus_67_I5:0"
+    "Sony:AFStatus_68_C11" "AF Status 68 C11" "Sony:AFStatus_68_C11:-32768" "Sony:AFStatus_68_C11:0"
+    "Sony:AFStatus_69_D11" "AF Status 69 D11" "Sony:AFStatus_69_D11:-32768" "Sony:AFStatus_69_D11:0"
+    "Sony:AFStatus_70_E11" "AF Status 70 E11" "Sony:AFStatus_70_E11:-32768" "Sony:AFStatus_70_E11:0"
+    "Sony:AFStatus_71_F11" "AF Status 71 F11" "Sony:AFStatus_71_F11:-32768" "Sony:AFStatus_71_F11:0"
+    "Sony:AFStatus_72_G11" "AF Status 72 G11" "Sony:AFStatus_72_G11:-32768" "Sony:AFStatus_72_G11:0"
+    "Sony:AFStatus_73_B10" "AF Status 73 B10" "Sony:AFStatus_73_B10:-32768" "Sony:AFStatus_73_B10:0"
+    "Sony:AFStatus_74_C10" "AF Status 74 C10" "Sony:AFStatus_74_C10:-32768" "Sony:AFStatus_74_C10:0"
+    "Sony:AFStatus_75_D10" "AF Status 75 D10" "Sony:AFStatus_75_D10:-32768" "Sony:AFStatus_75_D10:0"
+    "Sony:AFStatus_76_E10" "AF Status 76 E10" "Sony:AFStatus_76_E10:-32768" "Sony:AFStatus_76_E10:0"
+    "Sony:AFStatus_77_F10" "AF Status 77 F10" "Sony:AFStatus_77_F10:-32768" "Sony:AFStatus_77_F10:0"
+    "Sony:AFStatus_78_G10" "AF Status 78 G10" "Sony:AFStatus_78_G10:-32768" "Sony:AFStatus_78_G10:0"
+    "Sony:AFStatus_79_H10" "AF Status 79 H10" "Sony:AFStatus_79_H10:-32768" "Sony:AFStatus_79_H10:0"
+    "Sony:AFStatus_80_B9" "AF Status 80 B9" "Sony:AFStatus_80_B9:-32768" "Sony:AFStatus_80_B9:0"
+    "Sony:AFStatus_81_C9" "AF Status 81 C9" "Sony:AFStatus_81_C9:-32768" "Sony:AFStatus_81_C9:0"
+    "Sony:AFStatus_82_D9" "AF Status 82 D9" "Sony:AFStatus_82_D9:-32768" "Sony:AFStatus_82_D9:0"
+    "Sony:AFStatus_83_E9" "AF Status 83 E9" "Sony:AFStatus_83_E9:-32768" "Sony:AFStatus_83_E9:0"
+    "Sony:AFStatus_84_F9" "AF Status 84 F9" "Sony:AFStatus_84_F9:-32768" "Sony:AFStatus_84_F9:0"
+    "Sony:AFStatus_85_G9" "AF Status 85 G9" "Sony:AFStatus_85_G9:-32768" "Sony:AFStatus_85_G9:0"
+    "Sony:AFStatus_86_H9" "AF Status 86 H9" "Sony:AFStatus_86_H9:-32768" "Sony:AFStatus_86_H9:0"
+    "Sony:AFStatus_87_B8" "AF Status 87 B8" "Sony:AFStatus_87_B8:-32768" "Sony:AFStatus_87_B8:0"
+    "Sony:AFStatus_88_C8" "AF Status 88 C8" "Sony:AFStatus_88_C8:-32768" "Sony:AFStatus_88_C8:0"
+    "Sony:AFStatus_89_D8" "AF Status 89 D8" "Sony:AFStatus_89_D8:-32768" "Sony:AFStatus_89_D8:0"
+    "Sony:AFStatus_90_E8" "AF Status 90 E8" "Sony:AFStatus_90_E8:-32768" "Sony:AFStatus_90_E8:0"
+    "Sony:AFStatus_91_F8" "AF Status 91 F8" "Sony:AFStatus_91_F8:-32768" "Sony:AFStatus_91_F8:0"
+    "Sony:AFStatus_92_G8" "AF Status 92 G8" "Sony:AFStatus_92_G8:-32768" "Sony:AFStatus_92_G8:0"
+    "Sony:AFStatus_93_H8" "AF Status 93 H8" "Sony:AFStatus_93_H8:-32768" "Sony:AFStatus_93_H8:0"
+    "Sony:AFStatus_94_E6_Center_F2-8" "AF Status 94 E6 Center F2-8"
+    "Sony:AFStatus_94_E6_Center_F2-8:-32768" "Sony:AFStatus_94_E6_Center_F2-8:0" "Sony:AFTracking"
+    "AF Tracking" "Sony:AFTracking:0" "Sony:AFTracking:1" "Face tracking" "Sony:AFTracking:2"
+    "Lock On AF" "Sony:AFType" "AF Type" "Sony:AFType:1" "15-point" "Sony:AFType:2" "19-point"
+    "Sony:AFType:3" "79-point" "Sony:AFWithShutter" "AF With Shutter" "Sony:AFWithShutter:0"
+    "Sony:AFWithShutter:1" "Sony:APS-CSizeCapture" "APS-C Size Capture" "Sony:APS-CSizeCapture:0"
+    "Sony:APS-CSizeCapture:1" "Sony:Accelerometer" "Sony:AmbientTemperature" "Ambient Temperature"
+    "Sony:Anti-Blur" "Sony:Anti-Blur:0" "Sony:Anti-Blur:1" "On (Continuous)" "Sony:Anti-Blur:2"
+    "On (Shooting)" "Sony:Anti-Blur:65535" "Sony:ApertureSetting" "Aperture Setting"
+    "Sony:AspectRatio" "Aspect Ratio" "Sony:AspectRatio:0" "16:9" "Sony:AspectRatio:1"
+    "3:2 |\302\2404:3" "Sony:AspectRatio:2" "16:9 |\302\2403:2" "Sony:AspectRatio:3" "1:1"
+    "Sony:AspectRatio:4" "3:2" "Sony:AspectRatio:5" "Panorama" "Sony:AspectRatio:8"
+    "Sony:AutoPortraitFramed" "Auto Portrait Framed" "Sony:AutoPortraitFramed:0"
+    "Sony:AutoPortraitFramed:1" "Sony:Barcode" "Sony:BaseISO" "Base ISO" "Sony:Battery2" "Battery 2"
+    "Sony:BatteryLevel" "Battery Level" "Sony:BatteryLevel2" "Battery Level 2"
+    "Sony:BatteryLevelGrip1" "Battery Level Grip 1" "Sony:BatteryLevelGrip2" "Battery Level Grip 2"
+    "Sony:BatteryState" "Battery State" "Sony:BatteryState:1" "Empty" "Sony:BatteryState:2"
+    "Empty |\302\240Low" "Sony:BatteryState:3" "Half full |\302\240Very Low" "Sony:BatteryState:4"
+    "Almost full |\302\240Low" "Sony:BatteryState:5" "Full |\302\240Sufficient"
+    "Sony:BatteryState:6" "Full" "Sony:BatteryStatus1" "Battery Status 1" "Sony:BatteryStatus2"
+    "Battery Status 2" "Sony:BatteryTemperature" "Battery Temperature" "Sony:BatteryUnknown"
+    "Battery Unknown" "Sony:BatteryVoltage" "Battery Voltage" "Sony:BatteryVoltage1"
+    "Battery Voltage 1" "Sony:BatteryVoltage2" "Battery Voltage 2" "Sony:BoardTemperature"
+    "Board Temperature" "Sony:BracketShotNumber" "Bracket Shot Number" "Sony:BracketShotNumber2"
+    "Bracket Shot Number 2" "Sony:Brightness" "Sony:BrightnessValue" "Brightness Value"
+    "Sony:CameraE-mountVersion" "Camera E-mount Version" "Sony:CameraOrientation"
+    "Camera Orientation" "Sony:CameraOrientation:0" "Horizontal (normal)" "Sony:CameraOrientation:1"
+    "Horizontal (normal) |\302\240Rotate 90 CW" "Sony:CameraOrientation:2" "Rotate 270 CW"
+    "Sony:CameraOrientation:3" "Rotate 180" "Sony:CameraOrientation:6" "Rotate 90 CW"
+    "Sony:CameraOrientation:8" "Sony:CameraTemperature" "Camera Temperature"
+    "Sony:ChromaticAberrationCorrParams" "Chromatic Aberration Corr Params" "Sony:Clarity"
+    "Sony:ColorCompensationFilter" "Color Compensation Filter" "Sony:ColorCompensationFilterCustom"
+    "Color Compensation Filter Custom" "Sony:ColorCompensationFilterSet"
+    "Color Compensation Filter Set" "Sony:ColorMode" "Color Mode" "Sony:ColorMode:0"
+    "Sony:ColorMode:1" "Sony:ColorMode:100" "Sony:ColorMode:101" "Sony:ColorMode:102"
+    "Sony:ColorMode:103" "Sony:ColorMode:104" "Night View" "Sony:ColorMode:105" "Autumn Leaves"
+    "Sony:ColorMode:12" "Sony:ColorMode:13" "Sony:ColorMode:14" "Sony:ColorMode:15"
+    "Sony:ColorMode:16" "Sony:ColorMode:17" "Sony:ColorMode:18" "Sony:ColorMode:19" "Vivid 2"
+    "Sony:ColorMode:2" "Sony:ColorMode:20" "Sony:ColorMode:21" "Sony:ColorMode:255"
+    "Sony:ColorMode:3" "Sony:ColorMode:4" "Sony:ColorMode:4294967295" "Sony:ColorMode:5"
+    "Night View/Portrait" "Sony:ColorMode:6" "B&W" "Sony:ColorMode:7" "Adobe RGB" "Sony:ColorSpace"
+    "Color Space" "Sony:ColorSpace:0" "sRGB" "Sony:ColorSpace:1" "Adobe RGB |\302\240sRGB"
+    "Sony:ColorSpace:2" "Sony:ColorSpace:5" "Adobe RGB |\302\240Adobe RGB (A700)"
+    "Sony:ColorSpace:6" "Sony:ColorTemperature" "Color Temperature" "Sony:ColorTemperatureCustom"
+    "Color Temperature Custom" "Sony:ColorTemperatureSet" "Color Temperature Set"
+    "Sony:ColorTemperatureSetting" "Color Temperature Setting" "Sony:Comment" "Sony:Contrast"
+    "Sony:ContrastSetting" "Contrast Setting" "Sony:CreativeStyle" "Creative Style"
+    "Sony:CreativeStyle:0" "Sony:CreativeStyle:1" "Standard |\302\240Vivid" "Sony:CreativeStyle:10"
+    "Sony:CreativeStyle:11" "Autumn Leaves |\302\240Neutral" "Sony:CreativeStyle:12"
+    "Sony:CreativeStyle:13" "Deep |\302\240Sepia" "Sony:CreativeStyle:14" "Sony:CreativeStyle:15"
+    "Autumn Leaves |\302\240FL" "Sony:CreativeStyle:16" "Sepia |\302\240VV2" "Sony:CreativeStyle:17"
+    "Sony:CreativeStyle:18" "Sony:CreativeStyle:2" "Neutral |\302\240Vivid" "Sony:CreativeStyle:255"
+    "Sony:CreativeStyle:3" "Sony:CreativeStyle:4" "Sony:CreativeStyle:5" "B&W |\302\240Sunset"
+    "Sony:CreativeStyle:6" "Clear |\302\240Night View/Portrait" "Sony:CreativeStyle:7"
+    "Sony:CreativeStyle:8" "B&W |\302\240Light" "Sony:CreativeStyle:9" "Adobe RGB |\302\240Sunset"
+    "Sony:CreativeStyle:AdobeRGB" "Sony:CreativeStyle:Autumnleaves" "Sony:CreativeStyle:BW"
+    "Sony:CreativeStyle:Clear" "Sony:CreativeStyle:Deep" "Sony:CreativeStyle:FL"
+    "Sony:CreativeStyle:IN" "Sony:CreativeStyle:Landscape" "Sony:CreativeStyle:Light"
+    "Sony:CreativeStyle:Neutral" "Sony:CreativeStyle:Nightview" "Sony:CreativeStyle:None"
+    "Sony:CreativeStyle:Portrait" "Sony:CreativeStyle:Real" "Sony:CreativeStyle:SH"
+    "Sony:CreativeStyle:Sepia" "Sony:CreativeStyle:Standard" "Sony:CreativeStyle:Sunset"
+    "Sony:CreativeStyle:VV2" "Sony:CreativeStyle:Vivid" "Sony:CreativeStyleSetting"
+    "Creative Style Setting" "Sony:CreativeStyleSetting:16" "Sony:CreativeStyleSetting:160"
+    "Sony:CreativeStyleSetting:32" "Sony:CreativeStyleSetting:64" "Sony:CreativeStyleSetting:80"
+    "Sony:CreativeStyleSetting:96" "Sony:CustomWB_RBLevels" "Custom WB RB Levels"
+    "Sony:CustomWB_RGBLevels" "Custom WB RGB Levels" "Sony:DateTime" "Date Time"
+    "Sony:DateTimeOriginal" "Date/Time Original" "Sony:DigitalZoom" "Digital Zoom"
+    "Sony:DigitalZoom:0" "Sony:DigitalZoom:1" "Sony:DigitalZoomRatio" "Digital Zoom Ratio"
+    "Sony:DistortionCorrParams" "Distortion Corr Params" "Sony:DistortionCorrParamsNumber"
+    "Distortion Corr Params Number" "Sony:DistortionCorrParamsNumber:11" "11 (APS-C)"
+    "Sony:DistortionCorrParamsNumber:16" "16 (Full-frame)" "Sony:DistortionCorrParamsPresent"
+    "Distortion Corr Params Present" "Sony:DistortionCorrParamsPresent:0"
+    "Sony:DistortionCorrParamsPresent:1" "Sony:DistortionCorrection" "Distortion Correction"
+    "Sony:DistortionCorrection:0" "Sony:DistortionCorrection:1" "Applied"
+    "Sony:DistortionCorrectionSetting" "Distortion Correction Setting"
+    "Sony:DistortionCorrectionSetting:0" "Sony:DistortionCorrectionSetting:2"
+    "Sony:DistortionCorrectionSetting:4294967295" "Sony:DriveMode" "Drive Mode" "Sony:DriveMode2"
+    "Drive Mode 2" "Sony:DriveMode2:1" "Single Frame" "Sony:DriveMode2:10" "Remote Commander"
+    "Sony:DriveMode2:11" "Continuous Self-timer |\302\240Mirror Lock-up" "Sony:DriveMode2:113"
+    "Continuous Bracketing 0.3 EV" "Sony:DriveMode2:117" "Continuous Bracketing 0.7 EV"
+    "Sony:DriveMode2:145" "White Balance Bracketing Low" "Sony:DriveMode2:146"
+    "White Balance Bracketing High" "Sony:DriveMode2:16" "Sony:DriveMode2:18" "Continuous Low"
+    "Sony:DriveMode2:192" "Sony:DriveMode2:2" "Continuous High" "Sony:DriveMode2:24"
+    "Sony:DriveMode2:25" "D-Range Optimizer Bracketing Low" "Sony:DriveMode2:33"
+    "Sony:DriveMode2:34" "Sony:DriveMode2:4" "Self-timer 10 sec" "Sony:DriveMode2:40"
+    "Sony:DriveMode2:41" "D-Range Optimizer Bracketing High" "Sony:DriveMode2:48"
+    "Speed Priority Continuous" "Sony:DriveMode2:5" "Self-timer 2 sec, Mirror Lock-up"
+    "Sony:DriveMode2:6" "Single-frame Bracketing" "Sony:DriveMode2:7" "Continuous Bracketing"
+    "Sony:DriveMode2:81" "Sony:DriveMode2:82" "Sony:DriveMode:1" "Sony:DriveMode:10"
+    "Sony:DriveMode:11" "Sony:DriveMode:113" "Sony:DriveMode:117" "Sony:DriveMode:145"
+    "Sony:DriveMode:146" "Sony:DriveMode:16" "Sony:DriveMode:18" "Sony:DriveMode:192"
+    "Sony:DriveMode:2" "Sony:DriveMode:209" "Continuous - HDR" "Sony:DriveMode:210"
+    "Continuous - Multi Frame NR" "Sony:DriveMode:211" "Continuous - Handheld Night Shot"
+    "Sony:DriveMode:212" "Continuous - Anti Motion Blur" "Sony:DriveMode:213"
+    "Continuous - Sweep Panorama" "Sony:DriveMode:214" "Continuous - 3D Sweep Panorama"
+    "Sony:DriveMode:24" "Sony:DriveMode:25" "Sony:DriveMode:33" "Sony:DriveMode:34"
+    "Sony:DriveMode:4" "Sony:DriveMode:40" "Sony:DriveMode:41" "Sony:DriveMode:48"
+    "Sony:DriveMode:5" "Sony:DriveMode:6" "Sony:DriveMode:7" "Sony:DriveMode:81" "Sony:DriveMode:82"
+    "Sony:DriveModeSetting" "Drive Mode Setting" "Sony:DriveModeSetting:113"
+    "Sony:DriveModeSetting:117" "Sony:DriveModeSetting:145" "Sony:DriveModeSetting:146"
+    "Sony:DriveModeSetting:16" "Sony:DriveModeSetting:192" "Sony:DriveModeSetting:33"
+    "Sony:DriveModeSetting:34" "Sony:DriveModeSetting:48" "Sony:DriveModeSetting:81"
+    "Sony:DriveModeSetting:82" "Sony:DynamicRangeOptimizer" "Dynamic Range Optimizer"
+    "Sony:DynamicRangeOptimizer:0" "Sony:DynamicRangeOptimizer:1" "Auto |\302\240Standard"
+    "Sony:DynamicRangeOptimizer:10" "Advanced Lv3" "Sony:DynamicRangeOptimizer:11" "Advanced Lv4"
+    "Sony:DynamicRangeOptimizer:12" "Advanced Lv5" "Sony:DynamicRangeOptimizer:16" "Lv1"
+    "Sony:DynamicRangeOptimizer:17" "Lv2" "Sony:DynamicRangeOptimizer:18" "Lv3"
+    "Sony:DynamicRangeOptimizer:19" "Lv4" "Sony:DynamicRangeOptimizer:2"
+    "Advanced Auto |\302\240Plus" "Sony:DynamicRangeOptimizer:20" "Lv5"
+    "Sony:DynamicRangeOptimizer:3" "Auto |\302\240Lv1" "Sony:DynamicRangeOptimizer:4"
+    "Sony:DynamicRangeOptimizer:5" "Sony:DynamicRangeOptimizer:6" "Sony:DynamicRangeOptimizer:7"
+    "Sony:DynamicRangeOptimizer:8" "Advanced Lv1 |\302\240n/a" "Sony:DynamicRangeOptimizer:9"
+    "Advanced Lv2" "Sony:DynamicRangeOptimizerBracket" "Dynamic Range Optimizer Bracket"
+    "Sony:DynamicRangeOptimizerBracket:0" "Sony:DynamicRangeOptimizerBracket:1" "Low"
+    "Sony:DynamicRangeOptimizerBracket:2" "High" "Sony:DynamicRangeOptimizerLevel"
+    "Dynamic Range Optimizer Level" "Sony:DynamicRangeOptimizerMode" "Dynamic Range Optimizer Mode"
+    "Sony:DynamicRangeOptimizerMode:0" "Sony:DynamicRangeOptimizerMode:1"
+    "Sony:DynamicRangeOptimizerMode:2" "Advanced Auto" "Sony:DynamicRangeOptimizerMode:3"
+    "Advanced Level" "Sony:DynamicRangeOptimizerSetting" "Dynamic Range Optimizer Setting"
+    "Sony:DynamicRangeOptimizerSetting:1" "Sony:DynamicRangeOptimizerSetting:16" "On (Auto)"
+    "Sony:DynamicRangeOptimizerSetting:17" "On (Manual)" "Sony:ElectricalExtenderMagnification"
+    "Electrical Extender Magnification" "Sony:ElectronicFrontCurtainShutter"
+    "Electronic Front Curtain Shutter" "Sony:ElectronicFrontCurtainShutter:0"
+    "Sony:ElectronicFrontCurtainShutter:1" "Sony:ExposureBracketShotNumber"
+    "Exposure Bracket Shot Number" "Sony:ExposureCompensation" "Exposure Compensation"
+    "Sony:ExposureCompensation2" "Exposure Compensation 2" "Sony:ExposureCompensationSet"
+    "Exposure Compensation Set" "Sony:ExposureLevelIncrements" "Exposure Level Increments"
+    "Sony:ExposureLevelIncrements:33" "1/3 EV" "Sony:ExposureLevelIncrements:50" "1/2 EV"
+    "Sony:ExposureMode" "Exposure Mode" "Sony:ExposureMode:0" "Program AE" "Sony:ExposureMode:1"
+    "Sony:ExposureMode:10" "Hi-Speed Shutter" "Sony:ExposureMode:11" "Twilight Portrait"
+    "Sony:ExposureMode:12" "Soft Snap/Portrait" "Sony:ExposureMode:13" "Fireworks"
+    "Sony:ExposureMode:14" "Smile Shutter" "Sony:ExposureMode:15" "Sony:ExposureMode:18"
+    "High Sensitivity" "Sony:ExposureMode:19" "Sony:ExposureMode:2" "Beach" "Sony:ExposureMode:20"
+    "Advanced Sports Shooting" "Sony:ExposureMode:29" "Underwater" "Sony:ExposureMode:3" "Sports"
+    "Sony:ExposureMode:33" "Food" "Sony:ExposureMode:34" "Sweep Panorama" "Sony:ExposureMode:35"
+    "Handheld Night Shot" "Sony:ExposureMode:36" "Anti Motion Blur" "Sony:ExposureMode:37" "Pet"
+    "Sony:ExposureMode:38" "Backlight Correction HDR" "Sony:ExposureMode:39" "Superior Auto"
+    "Sony:ExposureMode:4" "Snow" "Sony:ExposureMode:40" "Background Defocus" "Sony:ExposureMode:41"
+    "Soft Skin" "Sony:ExposureMode:42" "3D Image" "Sony:ExposureMode:5" "Sony:ExposureMode:6"
+    "Sony:ExposureMode:65535" "Sony:ExposureMode:7" "Aperture-priority AE" "Sony:ExposureMode:8"
+    "Shutter speed priority AE" "Sony:ExposureMode:9" "Night Scene / Twilight"
+    "Sony:ExposureProgram" "Exposure Program" "Sony:ExposureProgram:0" "Auto |\302\240Program AE"
+    "Sony:ExposureProgram:1" "Aperture-priority AE |\302\240Manual |\302\240Program AE"
+    "Sony:ExposureProgram:10" "Twilight" "Sony:ExposureProgram:11" "Sony:ExposureProgram:12"
+    "Sony:ExposureProgram:128" "Toy Camera" "Sony:ExposureProgram:129" "Pop Color"
+    "Sony:ExposureProgram:130" "Posterization" "Sony:ExposureProgram:131" "Posterization B/W"
+    "Sony:ExposureProgram:132" "Retro Photo" "Sony:ExposureProgram:133" "High-key"
+    "Sony:ExposureProgram:134" "Partial Color Red" "Sony:ExposureProgram:135" "Partial Color Green"
+    "Sony:ExposureProgram:136" "Partial Color Blue" "Sony:ExposureProgram:137"
+    "Partial Color Yellow" "Sony:ExposureProgram:138" "High Contrast Monochrome"
+    "Sony:ExposureProgram:14" "Action (High speed)" "Sony:ExposureProgram:16"
+    "Auto |\302\240Portrait |\302\240Sports" "Sony:ExposureProgram:17"
+    "Auto (no flash) |\302\240Handheld Night Shot |\302\240Sports" "Sony:ExposureProgram:18"
+    "Anti Motion Blur |\302\240Auto+ |\302\240Sunset" "Sony:ExposureProgram:19"
+    "High Sensitivity |\302\240Night Portrait" "Sony:ExposureProgram:2"
     "Aperture-priority AE |\302\240Program AE |\302\240Shutter speed priority AE"
-    "Sony:ExposureProgram:20""Sony:ExposureProgram:21""Beach |\302\240Macro"
-    "Sony:ExposureProgram:22""Sony:ExposureProgram:23""Sony:ExposureProgram:241"
-    "Sony:ExposureProgram:243""Sony:ExposureProgram:245""Sony:ExposureProgram:246"
-    "Sony:ExposureProgram:247""Sony:ExposureProgram:249""Sony:ExposureProgram:252"
-    "Sony:ExposureProgram:253""Sony:ExposureProgram:255""Sony:ExposureProgram:26"
-    "Sony:ExposureProgram:27""Gourmet""Sony:ExposureProgram:28""Sony:ExposureProgram:29"
+    "Sony:ExposureProgram:20" "Sony:ExposureProgram:21" "Beach |\302\240Macro"
+    "Sony:ExposureProgram:22" "Sony:ExposureProgram:23" "Sony:ExposureProgram:241"
+    "Sony:ExposureProgram:243" "Sony:ExposureProgram:245" "Sony:ExposureProgram:246"
+    "Sony:ExposureProgram:247" "Sony:ExposureProgram:249" "Sony:ExposureProgram:252"
+    "Sony:ExposureProgram:253" "Sony:ExposureProgram:255" "Sony:ExposureProgram:26"
+    "Sony:ExposureProgram:27" "Gourmet" "Sony:ExposureProgram:28" "Sony:ExposureProgram:29"
     "Sony:ExposureProgram:3"
     "Aperture-priority AE |\302\240Manual |\302\240Shutter speed priority AE"
-    "Sony:ExposureProgram:30""Sony:ExposureProgram:33""Sony:ExposureProgram:35""Auto No Flash"
-    "Sony:ExposureProgram:36""Sony:ExposureProgram:37""Sony:ExposureProgram:4"
-    "Auto |\302\240Manual |\302\240Shutter speed priority AE""Sony:ExposureProgram:42"
-    "Sony:ExposureProgram:43""Cont. Priority AE""Sony:ExposureProgram:45""Document"
-    "Sony:ExposureProgram:46""Party""Sony:ExposureProgram:49""Sony:ExposureProgram:5"
-    "Cont. Priority AE |\302\240iAuto""Sony:ExposureProgram:50""Sony:ExposureProgram:51"
-    "Sony:ExposureProgram:52""Sony:ExposureProgram:53""Sony:ExposureProgram:54""Night view"
-    "Sony:ExposureProgram:55""Night view/portrait""Sony:ExposureProgram:56""Sony:ExposureProgram:57"
-    "3D Sweep Panorama""Sony:ExposureProgram:6""Sony:ExposureProgram:64""Auto 2"
-    "Sony:ExposureProgram:65""Auto 2 (no flash)""Sony:ExposureProgram:7""iAuto+"
-    "Sony:ExposureProgram:8""Portrait |\302\240Program Shift A""Sony:ExposureProgram:80"
-    "Sony:ExposureProgram:9""Landscape |\302\240Program Shift S""Sony:ExposureProgram:96"
-    "Sony:ExposureStandardAdjustment""Exposure Standard Adjustment""Sony:ExposureTime"
-    "Exposure Time""Sony:ExtraInfoVersion""Extra Info Version""Sony:FNumber""F Number"
-    "Sony:Face1Position""Face 1 Position""Sony:Face2Position""Face 2 Position""Sony:Face3Position"
-    "Face 3 Position""Sony:Face4Position""Face 4 Position""Sony:Face5Position""Face 5 Position"
-    "Sony:Face6Position""Face 6 Position""Sony:Face7Position""Face 7 Position""Sony:Face8Position"
-    "Face 8 Position""Sony:FaceDetection""Face Detection""Sony:FaceDetection:0"
-    "Sony:FaceDetection:1""Sony:FaceDetection:16""Sony:FaceDetection:98""Sony:FaceInfoLength"
-    "Face Info Length""Sony:FaceInfoOffset""Face Info Offset""Sony:FaceTest2""Face Test 2"
-    "Sony:FaceTest8""Face Test 8""Sony:FacesDetected""Faces Detected""Sony:FacesDetected:-1"
-    "Sony:FacesDetected:0""Sony:FacesDetected:115""Sony:FacesDetected:168""Sony:FacesDetected:241"
-    "Sony:FacesDetected:33""Sony:FacesDetected:57""Sony:FacesDetected:77""Sony:FacesDetected:93"
-    "Sony:FacesDetected:98""Sony:Fade""Sony:FileFormat""File Format""Sony:FileFormat:0 0 0 2""JPEG"
-    "Sony:FileFormat:1 0 0 0""SR2""Sony:FileFormat:2 0 0 0""ARW 1.0""Sony:FileFormat:3 0 0 0"
-    "ARW 2.0""Sony:FileFormat:3 1 0 0""ARW 2.1""Sony:FileFormat:3 2 0 0""ARW 2.2"
-    "Sony:FileFormat:3 3 0 0""ARW 2.3""Sony:FileFormat:3 3 1 0""ARW 2.3.1""Sony:FileFormat:3 3 2 0"
-    "ARW 2.3.2""Sony:FileFormat:3 3 3 0""ARW 2.3.3""Sony:FileFormat:3 3 5 0""ARW 2.3.5"
-    "Sony:FileFormat:4 0 0 0""ARW 4.0""Sony:FileFormat:4 0 1 0""ARW 4.0.1""Sony:FileFormat:5 0 0 0"
-    "ARW 5.0""Sony:FirmwareVersion""Firmware Version""Sony:Flash""Sony:Flash:0""No Flash"
-    "Sony:Flash:1""Fired""Sony:FlashAction""Flash Action""Sony:FlashAction2""Flash Action 2"
-    "Sony:FlashAction2:0""Did not fire""Sony:FlashAction2:1""Fired, Autoflash""Sony:FlashAction2:17"
-    "Fired, Autoflash, Red-eye reduction""Sony:FlashAction2:18"
-    "Fired, Fill-flash, Red-eye reduction""Sony:FlashAction2:2"
-    "External Flash fired (2) |\302\240Fired, Fill-flash""Sony:FlashAction2:3"
-    "Built-in Flash fired |\302\240Fired, Rear Sync""Sony:FlashAction2:34""Fired, Fill-flash, HSS"
-    "Sony:FlashAction2:4""External Flash fired (4) |\302\240Fired, Wireless""Sony:FlashAction2:5"
-    "Sony:FlashAction2:6""Fired, Slow Sync""Sony:FlashAction:0""Sony:FlashAction:1"
-    "Fired |\302\240Flash Fired""Sony:FlashAction:2"
-    "External Flash Fired |\302\240External Flash, Did not fire""Sony:FlashAction:3"
-    "External Flash, Fired |\302\240Wireless Controlled Flash Fired""Sony:FlashActionExternal"
-    "Flash Action External""Sony:FlashActionExternal:121""Sony:FlashActionExternal:122"
-    "Sony:FlashActionExternal:136""Sony:FlashActionExternal:167""Sony:FlashActionExternal:182"
-    "Fired, HSS""Sony:FlashControl""Flash Control""Sony:FlashControl:0""ADI""Sony:FlashControl:1"
-    "ADI Flash |\302\240Pre-flash TTL""Sony:FlashControl:2""Manual |\302\240Pre-flash TTL"
-    "Sony:FlashExposureComp""Flash Exposure Compensation""Sony:FlashExposureCompSet"
-    "Flash Exposure Comp. Setting""Sony:FlashExposureCompSet2""Flash Exposure Comp. Setting 2"
-    "Sony:FlashLevel""Flash Level""Sony:FlashLevel:-1""-1/3""Sony:FlashLevel:-2""-2/3"
-    "Sony:FlashLevel:-3""-3/3""Sony:FlashLevel:-32768""Sony:FlashLevel:-4""-4/3""Sony:FlashLevel:-5"
-    "-5/3""Sony:FlashLevel:-6""-6/3""Sony:FlashLevel:-7""-7/3""Sony:FlashLevel:-8""-8/3"
-    "Sony:FlashLevel:-9""-9/3""Sony:FlashLevel:0""Normal""Sony:FlashLevel:1""+1/3"
-    "Sony:FlashLevel:128""Sony:FlashLevel:2""+2/3""Sony:FlashLevel:3""+3/3""Sony:FlashLevel:32767"
-    "Sony:FlashLevel:4""+4/3""Sony:FlashLevel:5""+5/3""Sony:FlashLevel:6""+6/3""Sony:FlashLevel:9"
-    "+9/3""Sony:FlashMode""Flash Mode""Sony:FlashMode:0""Autoflash""Sony:FlashMode:1"
-    "Fill-flash |\302\240Flash Off""Sony:FlashMode:16""Sony:FlashMode:17""Fill-flash"
-    "Sony:FlashMode:18""Slow Sync""Sony:FlashMode:19""Rear Sync""Sony:FlashMode:2"
-    "Flash Off |\302\240Rear Sync""Sony:FlashMode:20""Wireless""Sony:FlashMode:3"
-    "Slow Sync |\302\240Wireless""Sony:FlashMode:4""Fill-flash |\302\240Rear Sync""Sony:FlashMode:5"
-    "Flash Off""Sony:FlashMode:6""Sony:FlashStatus""Flash Status""Sony:FlashStatus:0"
-    "No Flash present |\302\240None""Sony:FlashStatus:1""Built-in""Sony:FlashStatus:128"
-    "External Flash present""Sony:FlashStatus:129""External Flash Fired""Sony:FlashStatus:2"
-    "External |\302\240Flash Inhibited""Sony:FlashStatus:64""Built-in Flash present"
-    "Sony:FlashStatus:65""Built-in Flash Fired""Sony:FlashStatus:66""Built-in Flash Inhibited"
-    "Sony:FlashStatusBuilt-in""Flash Status Built-in""Sony:FlashStatusBuilt-in:1"
-    "Sony:FlashStatusBuilt-in:2""Sony:FlashStatusExternal""Flash Status External"
-    "Sony:FlashStatusExternal:1""Sony:FlashStatusExternal:2""Sony:FlashStatusExternal:3"
-    "Sony:FlexibleSpotPosition""Flexible Spot Position""Sony:FocalLength""Focal Length"
-    "Sony:FocalLength2""Focal Length 2""Sony:FocalLengthTeleZoom""Focal Length Tele Zoom"
-    "Sony:FocalPlaneAFPointArea""Focal Plane AF Point Area""Sony:FocalPlaneAFPointLocation1"
-    "Focal Plane AF Point Location 1""Sony:FocalPlaneAFPointLocation10"
-    "Focal Plane AF Point Location 10""Sony:FocalPlaneAFPointLocation11"
-    "Focal Plane AF Point Location 11""Sony:FocalPlaneAFPointLocation12"
-    "Focal Plane AF Point Location 12""Sony:FocalPlaneAFPointLocation13"
-    "Focal Plane AF Point Location 13""Sony:FocalPlaneAFPointLocation14"
-    "Focal Plane AF Point Location 14""Sony:FocalPlaneAFPointLocation15"
-    "Focal Plane AF Point Location 15""Sony:FocalPlaneAFPointLocation2"
-    "Focal Plane AF Point Location 2""Sony:FocalPlaneAFPointLocation3"
-    "Focal Plane AF Point Location 3""Sony:FocalPlaneAFPointLocation4"
-    "Focal Plane AF Point Location 4""Sony:FocalPlaneAFPointLocation5"
-    "Focal Plane AF Point Location 5""Sony:FocalPlaneAFPointLocation6"
-    "Focal Plane AF Point Location 6""Sony:FocalPlaneAFPointLocation7"
-    "Focal Plane AF Point Location 7""Sony:FocalPlaneAFPointLocation8"
-    "Focal Plane AF Point Location 8""Sony:FocalPlaneAFPointLocation9"
-    "Focal Plane AF Point Location 9""Sony:FocalPlaneAFPointsUsed""Focal Plane AF Points Used"
-    "Sony:FocalPlaneAFPointsUsed:0""Sony:FocusFrameSize""Focus Frame Size""Sony:FocusLocation"
-    "Focus Location""Sony:FocusLocation2""Focus Location 2""Sony:FocusMode""Focus Mode"
-    "Sony:FocusMode2""Focus Mode 2""Sony:FocusMode2:0""AF""Sony:FocusMode2:1""MF""Sony:FocusMode:0"
-    "Sony:FocusMode:1""AF-S""Sony:FocusMode:17""Sony:FocusMode:18""AF-C""Sony:FocusMode:19""AF-A"
-    "Sony:FocusMode:2""AF-C |\302\240AF-S""Sony:FocusMode:3""AF-A |\302\240AF-C""Sony:FocusMode:32"
-    "Sony:FocusMode:4""AF-A |\302\240DMF |\302\240Permanent-AF""Sony:FocusMode:48""DMF"
-    "Sony:FocusMode:5""Semi-manual""Sony:FocusMode:6""Sony:FocusMode:65535""Sony:FocusMode:7""AF-D"
-    "Sony:FocusModeSetting""Focus Mode Setting""Sony:FocusModeSetting:0""Sony:FocusModeSetting:1"
-    "Sony:FocusModeSetting:17""Sony:FocusModeSetting:18""Sony:FocusModeSetting:19"
-    "Sony:FocusModeSetting:2""Sony:FocusModeSetting:3""Sony:FocusModeSetting:32"
-    "Sony:FocusModeSetting:4""Sony:FocusModeSetting:48""Sony:FocusModeSwitch""Focus Mode Switch"
-    "Sony:FocusModeSwitch:0""Sony:FocusModeSwitch:1""Sony:FocusPosition""Focus Position"
-    "Sony:FocusPosition2""Focus Position 2""Sony:FocusStatus""Focus Status""Sony:FocusStatus:0"
-    "Manual - Not confirmed (0) |\302\240Not confirmed""Sony:FocusStatus:1""Confirmed"
-    "Sony:FocusStatus:16""AF-C - Confirmed""Sony:FocusStatus:2""Failed""Sony:FocusStatus:24"
-    "AF-C - Not Confirmed""Sony:FocusStatus:4"
-    "Manual - Not confirmed (4) |\302\240Not confirmed, Tracking""Sony:FocusStatus:64"
-    "AF-S - Confirmed""Sony:FolderNumber""Folder Number""Sony:FullImageSize""Full Image Size"
-    "Sony:GPSDateStamp""GPS Date Stamp""Sony:GPSLatitude""GPS Latitude""Sony:GPSLatitudeRef"
-    "GPS Latitude Ref""Sony:GPSLatitudeRef:N""North""Sony:GPSLatitudeRef:S""South"
-    "Sony:GPSLongitude""GPS Longitude""Sony:GPSLongitudeRef""GPS Longitude Ref"
-    "Sony:GPSLongitudeRef:E""East""Sony:GPSLongitudeRef:W""West""Sony:GPSMapDatum""GPS Map Datum"
-    "Sony:GPSMeasureMode""GPS Measure Mode""Sony:GPSMeasureMode:2""2-Dimensional Measurement"
-    "Sony:GPSMeasureMode:3""3-Dimensional Measurement""Sony:GPSStatus""GPS Status""Sony:GPSStatus:A"
-    "Measurement Active""Sony:GPSStatus:V""Measurement Void""Sony:GPSTimeStamp""GPS Time Stamp"
-    "Sony:GPSVersionID""GPS Version ID""Sony:HDR""Sony:HDR:0""Uncorrected image""Sony:HDR:1"
-    "HDR image (good)""Sony:HDR:16""1.0 EV""Sony:HDR:17""1.5 EV""Sony:HDR:18""2.0 EV""Sony:HDR:19"
-    "2.5 EV""Sony:HDR:2""HDR image (fail 1)""Sony:HDR:20""3.0 EV""Sony:HDR:21""3.5 EV""Sony:HDR:22"
-    "4.0 EV""Sony:HDR:23""4.5 EV""Sony:HDR:24""5.0 EV""Sony:HDR:25""5.5 EV""Sony:HDR:26""6.0 EV"
-    "Sony:HDR:3""HDR image (fail 2)""Sony:HDRLevel""HDR Level""Sony:HDRLevel:33""1 EV"
-    "Sony:HDRLevel:34""Sony:HDRLevel:35""2 EV""Sony:HDRLevel:36""Sony:HDRLevel:37""3 EV"
-    "Sony:HDRLevel:38""Sony:HDRLevel:39""4 EV""Sony:HDRLevel:40""5 EV""Sony:HDRLevel:41""6 EV"
-    "Sony:HDRSetting""HDR Setting""Sony:HDRSetting:0""Sony:HDRSetting:1""HDR Auto |\302\240Off"
-    "Sony:HDRSetting:11""HDR 5 EV""Sony:HDRSetting:13""HDR 6 EV""Sony:HDRSetting:16"
-    "Sony:HDRSetting:17""Sony:HDRSetting:3""HDR 1 EV""Sony:HDRSetting:5""HDR 2 EV"
-    "Sony:HDRSetting:7""HDR 3 EV""Sony:HDRSetting:9""HDR 4 EV""Sony:HighISONoiseReduction"
-    "High ISO Noise Reduction""Sony:HighISONoiseReduction2""High ISO Noise Reduction 2"
-    "Sony:HighISONoiseReduction2:0""Sony:HighISONoiseReduction2:1""Sony:HighISONoiseReduction2:2"
-    "Sony:HighISONoiseReduction2:3""Sony:HighISONoiseReduction2:65535""Sony:HighISONoiseReduction:0"
-    "Normal |\302\240Off""Sony:HighISONoiseReduction:1""Sony:HighISONoiseReduction:16"
-    "Sony:HighISONoiseReduction:17""Sony:HighISONoiseReduction:19""Sony:HighISONoiseReduction:2"
-    "High |\302\240Normal""Sony:HighISONoiseReduction:256""Sony:HighISONoiseReduction:3"
-    "High |\302\240Off""Sony:HighISONoiseReduction:65535""Sony:HighSpeedSync""High Speed Sync"
-    "Sony:HighSpeedSync:0""Sony:HighSpeedSync:1""Sony:Highlights""Sony:ISO""Sony:ISOAutoMax"
-    "ISO Auto Max""Sony:ISOAutoMin""ISO Auto Min""Sony:ISOSetting""ISO Setting""Sony:ISOSetting:0"
-    "Sony:ISOSetting:254""Sony:ImageCount""Image Count""Sony:ImageNumber""Image Number"
-    "Sony:ImageQuality""Image Quality""Sony:ImageQuality:23""Sony:ImageQuality:51""Fine"
-    "Sony:ImageQuality:8""Snap Shot""Sony:ImageStabilization""Image Stabilization"
-    "Sony:ImageStabilization2""Image Stabilization 2""Sony:ImageStabilization2:191""On (191)"
-    "Sony:ImageStabilization2:207""On (207)""Sony:ImageStabilization2:210""On (210)"
-    "Sony:ImageStabilization2:213""Sony:ImageStabilization2:246""Sony:ImageStabilization:0"
-    "Sony:ImageStabilization:1""Sony:ImageStabilization:4294967295""Sony:ImageStabilization:64"
-    "Sony:ImageStabilizationSetting""Image Stabilization Setting""Sony:ImageStabilizationSetting:0"
-    "Sony:ImageStabilizationSetting:1""Sony:ImageStyle""Image Style""Sony:ImageStyle:1"
-    "Sony:ImageStyle:11""Sony:ImageStyle:129""StyleBox1""Sony:ImageStyle:130""StyleBox2"
-    "Sony:ImageStyle:131""StyleBox3""Sony:ImageStyle:132""StyleBox4""Sony:ImageStyle:133""StyleBox5"
-    "Sony:ImageStyle:134""StyleBox6""Sony:ImageStyle:2""Sony:ImageStyle:3""Sony:ImageStyle:4"
-    "Sony:ImageStyle:5""Sony:ImageStyle:7""Sony:ImageStyle:8""Sony:ImageStyle:9"
-    "Sony:IntelligentAuto""Intelligent Auto""Sony:IntelligentAuto:0""Sony:IntelligentAuto:1"
-    "Sony:IntelligentAuto:2""Advanced""Sony:InternalSerialNumber""Internal Serial Number"
-    "Sony:JPEG-HEIFSwitch""JPEG-HEIF Switch""Sony:JPEG-HEIFSwitch:0""Sony:JPEG-HEIFSwitch:1""HEIF"
-    "Sony:JPEG-HEIFSwitch:65535""Sony:JPEGQuality""JPEG Quality""Sony:JPEGQuality:0"
-    "Sony:JPEGQuality:1""Sony:JPEGQuality:2""Extra Fine""Sony:JPEGQuality:65535"
-    "Sony:JpgFromRawLength""Jpg From Raw Length""Sony:JpgFromRawStart""Jpg From Raw Start"
-    "Sony:LateralChromaticAberration""Lateral Chromatic Aberration"
-    "Sony:LateralChromaticAberration:0""Sony:LateralChromaticAberration:2"
-    "Sony:LateralChromaticAberration:4294967295""Sony:LensE-mountVersion""Lens E-mount Version"
-    "Sony:LensFirmwareVersion""Lens Firmware Version""Sony:LensFormat""Lens Format"
-    "Sony:LensFormat:0""Unknown""Sony:LensFormat:1""APS-C""Sony:LensFormat:2""Full-frame"
-    "Sony:LensMount""Lens Mount""Sony:LensMount2""Lens Mount 2""Sony:LensMount2:0"
-    "Sony:LensMount2:1""A-mount (1)""Sony:LensMount2:4""E-mount""Sony:LensMount2:5""A-mount (5)"
-    "Sony:LensMount:0""Sony:LensMount:1""A-mount |\302\240Unknown""Sony:LensMount:16""A-mount"
-    "Sony:LensMount:17""Sony:LensMount:2""Sony:LensMount:3""A-mount (3)""Sony:LensSpec""Lens Spec"
-    "Sony:LensSpecFeatures""Lens Spec Features""Sony:LensType""Lens Type""Sony:LensType2"
-    "Lens Type 2""Sony:LensType2:0""Unknown E-mount lens or other lens""Sony:LensType2:0.1"
-    "Sigma 19mm F2.8 [EX] DN""Sony:LensType2:0.10""Zeiss Touit 50mm F2.8 Macro""Sony:LensType2:0.11"
-    "Zeiss Loxia 50mm F2""Sony:LensType2:0.12""Zeiss Loxia 35mm F2""Sony:LensType2:0.13"
-    "Viltrox 85mm F1.8""Sony:LensType2:0.2""Sigma 30mm F2.8 [EX] DN""Sony:LensType2:0.3"
-    "Sigma 60mm F2.8 DN""Sony:LensType2:0.4""Sony E 18-200mm F3.5-6.3 OSS LE""Sony:LensType2:0.5"
-    "Tamron 18-200mm F3.5-6.3 Di III VC""Sony:LensType2:0.6""Tokina FiRIN 20mm F2 FE AF"
-    "Sony:LensType2:0.7""Tokina FiRIN 20mm F2 FE MF""Sony:LensType2:0.8""Zeiss Touit 12mm F2.8"
-    "Sony:LensType2:0.9""Zeiss Touit 32mm F1.8""Sony:LensType2:1"
-    "Sony LA-EA1 or Sigma MC-11 Adapter""Sony:LensType2:13""Samyang AF 35-150mm F2-2.8"
-    "Sony:LensType2:184""Metabones Canon EF Speed Booster Ultra""Sony:LensType2:2"
-    "Sony LA-EA2 Adapter""Sony:LensType2:234""Metabones Canon EF Smart Adapter Mark IV"
-    "Sony:LensType2:239""Metabones Canon EF Speed Booster""Sony:LensType2:24593"
-    "LA-EA4r MonsterAdapter""Sony:LensType2:3""Sony LA-EA3 Adapter""Sony:LensType2:32784"
-    "Sony E 16mm F2.8""Sony:LensType2:32785""Sony E 18-55mm F3.5-5.6 OSS""Sony:LensType2:32786"
-    "Sony E 55-210mm F4.5-6.3 OSS""Sony:LensType2:32787""Sony E 18-200mm F3.5-6.3 OSS"
-    "Sony:LensType2:32788""Sony E 30mm F3.5 Macro""Sony:LensType2:32789"
-    "Sony E 24mm F1.8 ZA or Samyang AF 50mm F1.4""Sony:LensType2:32789.1""Samyang AF 50mm F1.4"
-    "Sony:LensType2:32790""Sony E 50mm F1.8 OSS or Samyang AF 14mm F2.8""Sony:LensType2:32790.1"
-    "Samyang AF 14mm F2.8""Sony:LensType2:32791""Sony E 16-70mm F4 ZA OSS""Sony:LensType2:32792"
-    "Sony E 10-18mm F4 OSS""Sony:LensType2:32793""Sony E PZ 16-50mm F3.5-5.6 OSS"
-    "Sony:LensType2:32794""Sony FE 35mm F2.8 ZA or Samyang Lens""Sony:LensType2:32794.1"
-    "Samyang AF 24mm F2.8""Sony:LensType2:32794.2""Samyang AF 35mm F2.8""Sony:LensType2:32795"
-    "Sony FE 24-70mm F4 ZA OSS""Sony:LensType2:32796"
-    "Sony FE 85mm F1.8 or Viltrox PFU RBMH 85mm F1.8""Sony:LensType2:32796.1"
-    "Viltrox PFU RBMH 85mm F1.8""Sony:LensType2:32797""Sony:LensType2:32798""Sony E 20mm F2.8"
-    "Sony:LensType2:32799""Sony E 35mm F1.8 OSS""Sony:LensType2:32800""Sony E PZ 18-105mm F4 G OSS"
-    "Sony:LensType2:32801""Sony FE 12-24mm F4 G""Sony:LensType2:32802"
-    "Sony FE 90mm F2.8 Macro G OSS""Sony:LensType2:32803""Sony E 18-50mm F4-5.6"
-    "Sony:LensType2:32804""Sony FE 24mm F1.4 GM""Sony:LensType2:32805""Sony FE 24-105mm F4 G OSS"
-    "Sony:LensType2:32807""Sony E PZ 18-200mm F3.5-6.3 OSS""Sony:LensType2:32808"
-    "Sony FE 55mm F1.8 ZA""Sony:LensType2:32810""Sony FE 70-200mm F4 G OSS""Sony:LensType2:32811"
-    "Sony FE 16-35mm F4 ZA OSS""Sony:LensType2:32812""Sony FE 50mm F2.8 Macro""Sony:LensType2:32813"
-    "Sony FE 28-70mm F3.5-5.6 OSS""Sony:LensType2:32814""Sony FE 35mm F1.4 ZA""Sony:LensType2:32815"
-    "Sony FE 24-240mm F3.5-6.3 OSS""Sony:LensType2:32816""Sony FE 28mm F2""Sony:LensType2:32817"
-    "Sony FE PZ 28-135mm F4 G OSS""Sony:LensType2:32819""Sony FE 100mm F2.8 STF GM OSS"
-    "Sony:LensType2:32820""Sony E PZ 18-110mm F4 G OSS""Sony:LensType2:32821"
-    "Sony FE 24-70mm F2.8 GM""Sony:LensType2:32822""Sony FE 50mm F1.4 ZA""Sony:LensType2:32823"
-    "Sony FE 85mm F1.4 GM or Samyang AF 85mm F1.4""Sony:LensType2:32823.1""Samyang AF 85mm F1.4"
-    "Sony:LensType2:32824""Sony FE 50mm F1.8""Sony:LensType2:32826"
-    "Sony FE 21mm F2.8 (SEL28F20 + SEL075UWC)""Sony:LensType2:32827"
-    "Sony FE 16mm F3.5 Fisheye (SEL28F20 + SEL057FEC)""Sony:LensType2:32828"
-    "Sony FE 70-300mm F4.5-5.6 G OSS""Sony:LensType2:32829""Sony FE 100-400mm F4.5-5.6 GM OSS"
-    "Sony:LensType2:32830""Sony FE 70-200mm F2.8 GM OSS""Sony:LensType2:32831"
-    "Sony FE 16-35mm F2.8 GM""Sony:LensType2:32848""Sony FE 400mm F2.8 GM OSS""Sony:LensType2:32849"
-    "Sony E 18-135mm F3.5-5.6 OSS""Sony:LensType2:32850""Sony FE 135mm F1.8 GM"
-    "Sony:LensType2:32851""Sony FE 200-600mm F5.6-6.3 G OSS""Sony:LensType2:32852"
-    "Sony FE 600mm F4 GM OSS""Sony:LensType2:32853""Sony E 16-55mm F2.8 G""Sony:LensType2:32854"
-    "Sony E 70-350mm F4.5-6.3 G OSS""Sony:LensType2:32855""Sony FE C 16-35mm T3.1 G"
-    "Sony:LensType2:32858""Sony FE 35mm F1.8""Sony:LensType2:32859""Sony FE 20mm F1.8 G"
-    "Sony:LensType2:32860""Sony FE 12-24mm F2.8 GM""Sony:LensType2:32862""Sony FE 50mm F1.2 GM"
-    "Sony:LensType2:32863""Sony FE 14mm F1.8 GM""Sony:LensType2:32864""Sony FE 28-60mm F4-5.6"
-    "Sony:LensType2:32865""Sony FE 35mm F1.4 GM""Sony:LensType2:32866""Sony FE 24mm F2.8 G"
-    "Sony:LensType2:32867""Sony FE 40mm F2.5 G""Sony:LensType2:32868""Sony FE 50mm F2.5 G"
-    "Sony:LensType2:32871""Sony FE PZ 16-35mm F4 G""Sony:LensType2:32873""Sony E PZ 10-20mm F4 G"
-    "Sony:LensType2:32874""Sony FE 70-200mm F2.8 GM OSS II""Sony:LensType2:32875"
-    "Sony FE 24-70mm F2.8 GM II""Sony:LensType2:32876""Sony E 11mm F1.8""Sony:LensType2:32877"
-    "Sony E 15mm F1.4 G""Sony:LensType2:32878""Sony FE 20-70mm F4 G""Sony:LensType2:32879"
-    "Sony FE 50mm F1.4 GM""Sony:LensType2:32884""Sony FE 70-200mm F4 Macro G OSS II"
-    "Sony:LensType2:32885""Sony FE 16-35mm F2.8 GM II""Sony:LensType2:32886""Sony FE 300mm F2.8 OSS"
-    "Sony:LensType2:33072""Sony FE 70-200mm F2.8 GM OSS + 1.4X Teleconverter""Sony:LensType2:33073"
-    "Sony FE 70-200mm F2.8 GM OSS + 2X Teleconverter""Sony:LensType2:33076"
-    "Sony FE 100mm F2.8 STF GM OSS (macro mode)""Sony:LensType2:33077"
-    "Sony FE 100-400mm F4.5-5.6 GM OSS + 1.4X Teleconverter""Sony:LensType2:33078"
-    "Sony FE 100-400mm F4.5-5.6 GM OSS + 2X Teleconverter""Sony:LensType2:33079"
-    "Sony FE 400mm F2.8 GM OSS + 1.4X Teleconverter""Sony:LensType2:33080"
-    "Sony FE 400mm F2.8 GM OSS + 2X Teleconverter""Sony:LensType2:33081"
-    "Sony FE 200-600mm F5.6-6.3 G OSS + 1.4X Teleconverter""Sony:LensType2:33082"
-    "Sony FE 200-600mm F5.6-6.3 G OSS + 2X Teleconverter""Sony:LensType2:33083"
-    "Sony FE 600mm F4 GM OSS + 1.4X Teleconverter""Sony:LensType2:33084"
-    "Sony FE 600mm F4 GM OSS + 2X Teleconverter""Sony:LensType2:33085"
-    "Sony FE 70-200mm F2.8 GM OSS II + 1.4X Teleconverter""Sony:LensType2:33086"
-    "Sony FE 70-200mm F2.8 GM OSS II + 2X Teleconverter""Sony:LensType2:33087"
-    "Sony FE 70-200mm F4 Macro G OSS II + 1.4X Teleconverter""Sony:LensType2:33088"
-    "Sony FE 70-200mm F4 Macro G OSS II + 2X Teleconverter""Sony:LensType2:44"
-    "Metabones Canon EF Smart Adapter""Sony:LensType2:49201""Sony:LensType2:49202"
-    "Sony:LensType2:49203""Sony:LensType2:49216""Zeiss Batis 25mm F2""Sony:LensType2:49217"
-    "Zeiss Batis 85mm F1.8""Sony:LensType2:49218""Zeiss Batis 18mm F2.8""Sony:LensType2:49219"
-    "Zeiss Batis 135mm F2.8""Sony:LensType2:49220""Zeiss Batis 40mm F2 CF""Sony:LensType2:49232"
-    "Sony:LensType2:49233""Sony:LensType2:49234""Zeiss Loxia 21mm F2.8""Sony:LensType2:49235"
-    "Zeiss Loxia 85mm F2.4""Sony:LensType2:49236""Zeiss Loxia 25mm F2.4""Sony:LensType2:49456"
-    "Tamron E 18-200mm F3.5-6.3 Di III VC""Sony:LensType2:49457""Tamron 28-75mm F2.8 Di III RXD"
-    "Sony:LensType2:49458""Tamron 17-28mm F2.8 Di III RXD""Sony:LensType2:49459"
-    "Tamron 35mm F2.8 Di III OSD M1:2""Sony:LensType2:49460""Tamron 24mm F2.8 Di III OSD M1:2"
-    "Sony:LensType2:49461""Tamron 20mm F2.8 Di III OSD M1:2""Sony:LensType2:49462"
-    "Tamron 70-180mm F2.8 Di III VXD""Sony:LensType2:49463""Tamron 28-200mm F2.8-5.6 Di III RXD"
-    "Sony:LensType2:49464""Tamron 70-300mm F4.5-6.3 Di III RXD""Sony:LensType2:49465"
-    "Tamron 17-70mm F2.8 Di III-A VC RXD""Sony:LensType2:49466"
-    "Tamron 150-500mm F5-6.7 Di III VC VXD""Sony:LensType2:49467""Tamron 11-20mm F2.8 Di III-A RXD"
-    "Sony:LensType2:49468""Tamron 18-300mm F3.5-6.3 Di III-A VC VXD""Sony:LensType2:49469"
-    "Tamron 35-150mm F2-F2.8 Di III VXD""Sony:LensType2:49470""Tamron 28-75mm F2.8 Di III VXD G2"
-    "Sony:LensType2:49471""Tamron 50-400mm F4.5-6.3 Di III VC VXD""Sony:LensType2:49472"
-    "Tamron 20-40mm F2.8 Di III VXD""Sony:LensType2:49473"
-    "Tamron 17-50mm F4 Di III VXD or Tokina or Viltrox lens""Sony:LensType2:49473.1"
-    "Tokina atx-m 85mm F1.8 FE""Sony:LensType2:49473.2""Viltrox 23mm F1.4 E""Sony:LensType2:49473.3"
-    "Viltrox 56mm F1.4 E""Sony:LensType2:49473.4""Viltrox 85mm F1.8 II FE""Sony:LensType2:49474"
-    "Tamron 70-180mm F2.8 Di III VXD G2 or Viltrox lens""Sony:LensType2:49474.1"
-    "Viltrox 13mm F1.4 E""Sony:LensType2:49474.2""Viltrox 16mm F1.8 FE""Sony:LensType2:49474.3"
-    "Sony:LensType2:49474.4""Viltrox 24mm F1.8 FE""Sony:LensType2:49474.5""Viltrox 28mm F1.8 FE"
-    "Sony:LensType2:49474.6""Viltrox 33mm F1.4 E""Sony:LensType2:49474.7""Viltrox 35mm F1.8 FE"
-    "Sony:LensType2:49474.8""Viltrox 50mm F1.8 FE""Sony:LensType2:49474.9""Viltrox 75mm F1.2 E"
-    "Sony:LensType2:49712""Sony:LensType2:49713""Tokina FiRIN 100mm F2.8 FE MACRO"
-    "Sony:LensType2:49714""Tokina atx-m 11-18mm F2.8 E""Sony:LensType2:50480"
-    "Sigma 30mm F1.4 DC DN | C""Sony:LensType2:50481""Sigma 50mm F1.4 DG HSM | A"
-    "Sony:LensType2:50482""Sigma 18-300mm F3.5-6.3 DC MACRO OS HSM | C + MC-11"
-    "Sony:LensType2:50483""Sigma 18-35mm F1.8 DC HSM | A + MC-11""Sony:LensType2:50484"
-    "Sigma 24-35mm F2 DG HSM | A + MC-11""Sony:LensType2:50485""Sigma 24mm F1.4 DG HSM | A + MC-11"
-    "Sony:LensType2:50486""Sigma 150-600mm F5-6.3 DG OS HSM | C + MC-11""Sony:LensType2:50487"
-    "Sigma 20mm F1.4 DG HSM | A + MC-11""Sony:LensType2:50488""Sigma 35mm F1.4 DG HSM | A"
-    "Sony:LensType2:50489""Sigma 150-600mm F5-6.3 DG OS HSM | S + MC-11""Sony:LensType2:50490"
-    "Sigma 120-300mm F2.8 DG OS HSM | S + MC-11""Sony:LensType2:50492"
-    "Sigma 24-105mm F4 DG OS HSM | A + MC-11""Sony:LensType2:50493"
-    "Sigma 17-70mm F2.8-4 DC MACRO OS HSM | C + MC-11""Sony:LensType2:50495"
-    "Sigma 50-100mm F1.8 DC HSM | A + MC-11""Sony:LensType2:50499""Sigma 85mm F1.4 DG HSM | A"
-    "Sony:LensType2:50501""Sigma 100-400mm F5-6.3 DG OS HSM | C + MC-11""Sony:LensType2:50503"
-    "Sigma 16mm F1.4 DC DN | C""Sony:LensType2:50507""Sigma 105mm F1.4 DG HSM | A"
-    "Sony:LensType2:50508""Sigma 56mm F1.4 DC DN | C""Sony:LensType2:50512"
-    "Sigma 70-200mm F2.8 DG OS HSM | S + MC-11""Sony:LensType2:50513""Sigma 70mm F2.8 DG MACRO | A"
-    "Sony:LensType2:50514""Sigma 45mm F2.8 DG DN | C""Sony:LensType2:50515"
-    "Sigma 35mm F1.2 DG DN | A""Sony:LensType2:50516""Sigma 14-24mm F2.8 DG DN | A"
-    "Sony:LensType2:50517""Sigma 24-70mm F2.8 DG DN | A""Sony:LensType2:50518"
-    "Sigma 100-400mm F5-6.3 DG DN OS | C""Sony:LensType2:50521""Sigma 85mm F1.4 DG DN | A"
-    "Sony:LensType2:50522""Sigma 105mm F2.8 DG DN MACRO | A""Sony:LensType2:50523"
-    "Sigma 65mm F2 DG DN | C""Sony:LensType2:50524""Sigma 35mm F2 DG DN | C""Sony:LensType2:50525"
-    "Sigma 24mm F3.5 DG DN | C""Sony:LensType2:50526""Sigma 28-70mm F2.8 DG DN | C"
-    "Sony:LensType2:50527""Sigma 150-600mm F5-6.3 DG DN OS | S""Sony:LensType2:50528"
-    "Sigma 35mm F1.4 DG DN | A""Sony:LensType2:50529""Sigma 90mm F2.8 DG DN | C"
-    "Sony:LensType2:50530""Sigma 24mm F2 DG DN | C""Sony:LensType2:50531"
-    "Sigma 18-50mm F2.8 DC DN | C""Sony:LensType2:50532""Sigma 20mm F2 DG DN | C"
-    "Sony:LensType2:50533""Sigma 16-28mm F2.8 DG DN | C""Sony:LensType2:50534"
-    "Sigma 20mm F1.4 DG DN | A""Sony:LensType2:50535""Sigma 24mm F1.4 DG DN | A"
-    "Sony:LensType2:50536""Sigma 60-600mm F4.5-6.3 DG DN OS | S""Sony:LensType2:50537"
-    "Sigma 50mm F2 DG DN | C""Sony:LensType2:50538""Sigma 17mm F4 DG DN | C""Sony:LensType2:50539"
-    "Sigma 50mm F1.4 DG DN | A""Sony:LensType2:50540""Sigma 14mm F1.4 DG DN | A"
-    "Sony:LensType2:50543""Sigma 70-200mm F2.8 DG DN OS | S""Sony:LensType2:50544"
-    "Sigma 23mm F1.4 DC DN | C""Sony:LensType2:50547""Sigma 10-18mm F2.8 DC DN | C"
-    "Sony:LensType2:50992""Voigtlander SUPER WIDE-HELIAR 15mm F4.5 III""Sony:LensType2:50993"
-    "Voigtlander HELIAR-HYPER WIDE 10mm F5.6""Sony:LensType2:50994"
-    "Voigtlander ULTRA WIDE-HELIAR 12mm F5.6 III""Sony:LensType2:50995"
-    "Voigtlander MACRO APO-LANTHAR 65mm F2 Aspherical""Sony:LensType2:50996"
-    "Voigtlander NOKTON 40mm F1.2 Aspherical""Sony:LensType2:50997"
-    "Voigtlander NOKTON classic 35mm F1.4""Sony:LensType2:50998"
-    "Voigtlander MACRO APO-LANTHAR 110mm F2.5""Sony:LensType2:50999"
-    "Voigtlander COLOR-SKOPAR 21mm F3.5 Aspherical""Sony:LensType2:51000"
-    "Voigtlander NOKTON 50mm F1.2 Aspherical""Sony:LensType2:51001"
-    "Voigtlander NOKTON 21mm F1.4 Aspherical""Sony:LensType2:51002"
-    "Voigtlander APO-LANTHAR 50mm F2 Aspherical""Sony:LensType2:51003"
-    "Voigtlander NOKTON 35mm F1.2 Aspherical SE""Sony:LensType2:51006"
-    "Voigtlander APO-LANTHAR 35mm F2 Aspherical""Sony:LensType2:51504""Sony:LensType2:51505"
-    "Samyang AF 14mm F2.8 or Samyang AF 35mm F2.8""Sony:LensType2:51505.1""Sony:LensType2:51507"
-    "Samyang AF 35mm F1.4""Sony:LensType2:51508""Samyang AF 45mm F1.8""Sony:LensType2:51510"
-    "Samyang AF 18mm F2.8 or Samyang AF 35mm F1.8""Sony:LensType2:51510.1""Samyang AF 35mm F1.8"
-    "Sony:LensType2:51512""Samyang AF 75mm F1.8""Sony:LensType2:51513""Sony:LensType2:51514"
-    "Samyang AF 24mm F1.8""Sony:LensType2:51515""Samyang AF 12mm F2.0""Sony:LensType2:51516"
-    "Samyang AF 24-70mm F2.8""Sony:LensType2:51517""Samyang AF 50mm F1.4 II""Sony:LensType2:51518"
-    "Samyang AF 135mm F1.8""Sony:LensType2:6""Sony LA-EA4 Adapter""Sony:LensType2:7"
-    "Sony LA-EA5 Adapter""Sony:LensType2:78"
-    "Metabones Canon EF Smart Adapter Mark III or Other Adapter""Sony:LensType3""Lens Type 3"
-    "Sony:LensType3:0""Sony:LensType3:0.1""Sony:LensType3:0.10""Sony:LensType3:0.11"
-    "Sony:LensType3:0.12""Sony:LensType3:0.13""Sony:LensType3:0.2""Sony:LensType3:0.3"
-    "Sony:LensType3:0.4""Sony:LensType3:0.5""Sony:LensType3:0.6""Sony:LensType3:0.7"
-    "Sony:LensType3:0.8""Sony:LensType3:0.9""Sony:LensType3:1""Sony:LensType3:13"
-    "Sony:LensType3:184""Sony:LensType3:2""Sony:LensType3:234""Sony:LensType3:239"
-    "Sony:LensType3:24593""Sony:LensType3:3""Sony:LensType3:32784""Sony:LensType3:32785"
-    "Sony:LensType3:32786""Sony:LensType3:32787""Sony:LensType3:32788""Sony:LensType3:32789"
-    "Sony:LensType3:32789.1""Sony:LensType3:32790""Sony:LensType3:32790.1""Sony:LensType3:32791"
-    "Sony:LensType3:32792""Sony:LensType3:32793""Sony:LensType3:32794""Sony:LensType3:32794.1"
-    "Sony:LensType3:32794.2""Sony:LensType3:32795""Sony:LensType3:32796""Sony:LensType3:32796.1"
-    "Sony:LensType3:32797""Sony:LensType3:32798""Sony:LensType3:32799""Sony:LensType3:32800"
-    "Sony:LensType3:32801""Sony:LensType3:32802""Sony:LensType3:32803""Sony:LensType3:32804"
-    "Sony:LensType3:32805""Sony:LensType3:32807""Sony:LensType3:32808""Sony:LensType3:32810"
-    "Sony:LensType3:32811""Sony:LensType3:32812""Sony:LensType3:32813""Sony:LensType3:32814"
-    "Sony:LensType3:32815""Sony:LensType3:32816""Sony:LensType3:32817""Sony:LensType3:32819"
-    "Sony:LensType3:32820""Sony:LensType3:32821""Sony:LensType3:32822""Sony:LensType3:32823"
-    "Sony:LensType3:32823.1""Sony:LensType3:32824""Sony:LensType3:32826""Sony:LensType3:32827"
-    "Sony:LensType3:32828""Sony:LensType3:32829""Sony:LensType3:32830""Sony:LensType3:32831"
-    "Sony:LensType3:32848""Sony:LensType3:32849""Sony:LensType3:32850""Sony:LensType3:32851"
-    "Sony:LensType3:32852""Sony:LensType3:32853""Sony:LensType3:32854""Sony:LensType3:32855"
-    "Sony:LensType3:32858""Sony:LensType3:32859""Sony:LensType3:32860""Sony:LensType3:32862"
-    "Sony:LensType3:32863""Sony:LensType3:32864""Sony:LensType3:32865""Sony:LensType3:32866"
-    "Sony:LensType3:32867""Sony:LensType3:32868""Sony:LensType3:32871""Sony:LensType3:32873"
-    "Sony:LensType3:32874""Sony:LensType3:32875""Sony:LensType3:32876""Sony:LensType3:32877"
-    "Sony:LensType3:32878""Sony:LensType3:32879""Sony:LensType3:32884""Sony:LensType3:32885"
-    "Sony:LensType3:32886""Sony:LensType3:33072""Sony:LensType3:33073""Sony:LensType3:33076"
-    "Sony:LensType3:33077""Sony:LensType3:33078""Sony:LensType3:33079""Sony:LensType3:33080"
-    "Sony:LensType3:33081""Sony:LensType3:33082""Sony:LensType3:33083""Sony:LensType3:33084"
-    "Sony:LensType3:33085""Sony:LensType3:33086""Sony:LensType3:33087""Sony:LensType3:33088"
-    "Sony:LensType3:44""Sony:LensType3:49201""Sony:LensType3:49202""Sony:LensType3:49203"
-    "Sony:LensType3:49216""Sony:LensType3:49217""Sony:LensType3:49218""Sony:LensType3:49219"
-    "Sony:LensType3:49220""Sony:LensType3:49232""Sony:LensType3:49233""Sony:LensType3:49234"
-    "Sony:LensType3:49235""Sony:LensType3:49236""Sony:LensType3:49456""Sony:LensType3:49457"
-    "Sony:LensType3:49458""Sony:LensType3:49459""Sony:LensType3:49460""Sony:LensType3:49461"
-    "Sony:LensType3:49462""Sony:LensType3:49463""Sony:LensType3:49464""Sony:LensType3:49465"
-    "Sony:LensType3:49466""Sony:LensType3:49467""Sony:LensType3:49468""Sony:LensType3:49469"
-    "Sony:LensType3:49470""Sony:LensType3:49471""Sony:LensType3:49472""Sony:LensType3:49473"
-    "Sony:LensType3:49473.1""Sony:LensType3:49473.2""Sony:LensType3:49473.3""Sony:LensType3:49473.4"
-    "Sony:LensType3:49474""Sony:LensType3:49474.1""Sony:LensType3:49474.2""Sony:LensType3:49474.3"
-    "Sony:LensType3:49474.4""Sony:LensType3:49474.5""Sony:LensType3:49474.6""Sony:LensType3:49474.7"
-    "Sony:LensType3:49474.8""Sony:LensType3:49474.9""Sony:LensType3:49712""Sony:LensType3:49713"
-    "Sony:LensType3:49714""Sony:LensType3:50480""Sony:LensType3:50481""Sony:LensType3:50482"
-    "Sony:LensType3:50483""Sony:LensType3:50484""Sony:LensType3:50485""Sony:LensType3:50486"
-    "Sony:LensType3:50487""Sony:LensType3:50488""Sony:LensType3:50489""Sony:LensType3:50490"
-    "Sony:LensType3:50492""Sony:LensType3:50493""Sony:LensType3:50495""Sony:LensType3:50499"
-    "Sony:LensType3:50501""Sony:LensType3:50503""Sony:LensType3:50507""Sony:LensType3:50508"
-    "Sony:LensType3:50512""Sony:LensType3:50513""Sony:LensType3:50514""Sony:LensType3:50515"
-    "Sony:LensType3:50516""Sony:LensType3:50517""Sony:LensType3:50518""Sony:LensType3:50521"
-    "Sony:LensType3:50522""Sony:LensType3:50523""Sony:LensType3:50524""Sony:LensType3:50525"
-    "Sony:LensType3:50526""Sony:LensType3:50527""Sony:LensType3:50528""Sony:LensType3:50529"
-    "Sony:LensType3:50530""Sony:LensType3:50531""Sony:LensType3:50532""Sony:LensType3:50533"
-    "Sony:LensType3:50534""Sony:LensType3:50535""Sony:LensType3:50536""Sony:LensType3:50537"
-    "Sony:LensType3:50538""Sony:LensType3:50539""Sony:LensType3:50540""Sony:LensType3:50543"
-    "Sony:LensType3:50544""Sony:LensType3:50547""Sony:LensType3:50992""Sony:LensType3:50993"
-    "Sony:LensType3:50994""Sony:LensType3:50995""Sony:LensType3:50996""Sony:LensType3:50997"
-    "Sony:LensType3:50998""Sony:LensType3:50999""Sony:LensType3:51000""Sony:LensType3:51001"
-    "Sony:LensType3:51002""Sony:LensType3:51003""Sony:LensType3:51006""Sony:LensType3:51504"
-    "Sony:LensType3:51505""Sony:LensType3:51505.1""Sony:LensType3:51507""Sony:LensType3:51508"
-    "Sony:LensType3:51510""Sony:LensType3:51510.1""Sony:LensType3:51512""Sony:LensType3:51513"
-    "Sony:LensType3:51514""Sony:LensType3:51515""Sony:LensType3:51516""Sony:LensType3:51517"
-    "Sony:LensType3:51518""Sony:LensType3:6""Sony:LensType3:7""Sony:LensType3:78""Sony:LensType:0"
-    "Minolta AF 28-85mm F3.5-4.5 New""Sony:LensType:1""Minolta AF 80-200mm F2.8 HS-APO G"
-    "Sony:LensType:10""Minolta AF 28-105mm F3.5-4.5 [New]""Sony:LensType:11"
-    "Minolta AF 300mm F4 HS-APO G""Sony:LensType:12""Minolta AF 100mm F2.8 Soft Focus"
-    "Sony:LensType:128""Tamron or Sigma Lens (128)""Sony:LensType:128.1"
-    "Tamron AF 18-200mm F3.5-6.3 XR Di II LD Aspherical [IF] Macro""Sony:LensType:128.10"
-    "Sigma 85mm F1.4 EX DG HSM""Sony:LensType:128.11""Sigma 24-70mm F2.8 IF EX DG HSM"
-    "Sony:LensType:128.12""Sigma 18-250mm F3.5-6.3 DC OS HSM""Sony:LensType:128.13"
-    "Sigma 17-50mm F2.8 EX DC HSM""Sony:LensType:128.14""Sigma 17-70mm F2.8-4 DC Macro HSM"
-    "Sony:LensType:128.15""Sigma 150mm F2.8 EX DG OS HSM APO Macro""Sony:LensType:128.16"
-    "Sigma 150-500mm F5-6.3 APO DG OS HSM""Sony:LensType:128.17""Tamron AF 28-105mm F4-5.6 [IF]"
-    "Sony:LensType:128.18""Sigma 35mm F1.4 DG HSM""Sony:LensType:128.19""Sigma 18-35mm F1.8 DC HSM"
-    "Sony:LensType:128.2""Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro"
-    "Sony:LensType:128.20""Sigma 50-500mm F4.5-6.3 APO DG OS HSM""Sony:LensType:128.21"
-    "Sigma 24-105mm F4 DG HSM | A""Sony:LensType:128.22""Sigma 30mm F1.4""Sony:LensType:128.23"
-    "Sony:LensType:128.24""Sigma 105mm F2.8 EX DG OS HSM Macro""Sony:LensType:128.25"
-    "Sigma 180mm F2.8 EX DG OS HSM APO Macro""Sony:LensType:128.26"
-    "Sigma 18-300mm F3.5-6.3 DC Macro HSM | C""Sony:LensType:128.27""Sigma 18-50mm F2.8-4.5 DC HSM"
-    "Sony:LensType:128.3""Tamron AF 28-200mm F3.8-5.6 XR Di Aspherical [IF] Macro"
-    "Sony:LensType:128.4""Tamron SP AF 17-35mm F2.8-4 Di LD Aspherical IF""Sony:LensType:128.5"
-    "Sigma AF 50-150mm F2.8 EX DC APO HSM II""Sony:LensType:128.6""Sigma 10-20mm F3.5 EX DC HSM"
-    "Sony:LensType:128.7""Sigma 70-200mm F2.8 II EX DG APO MACRO HSM""Sony:LensType:128.8"
-    "Sigma 10mm F2.8 EX DC HSM Fisheye""Sony:LensType:128.9""Sigma 50mm F1.4 EX DG HSM"
-    "Sony:LensType:129""Tamron Lens (129)""Sony:LensType:129.1""Tamron 200-400mm F5.6 LD"
-    "Sony:LensType:129.2""Tamron 70-300mm F4-5.6 LD""Sony:LensType:13"
-    "Minolta AF 75-300mm F4.5-5.6 (New or II)""Sony:LensType:131"
-    "Tamron 20-40mm F2.7-3.5 SP Aspherical IF""Sony:LensType:135""Vivitar 28-210mm F3.5-5.6"
-    "Sony:LensType:136""Tokina EMZ M100 AF 100mm F3.5""Sony:LensType:137""Cosina 70-210mm F2.8-4 AF"
-    "Sony:LensType:138""Soligor 19-35mm F3.5-4.5""Sony:LensType:139""Tokina AF 28-300mm F4-6.3"
-    "Sony:LensType:14""Minolta AF 100-400mm F4.5-6.7 APO""Sony:LensType:142"
-    "Cosina AF 70-300mm F4.5-5.6 MC""Sony:LensType:146""Voigtlander Macro APO-Lanthar 125mm F2.5 SL"
-    "Sony:LensType:15""Minolta AF 400mm F4.5 HS-APO G""Sony:LensType:16""Minolta AF 17-35mm F3.5 G"
-    "Sony:LensType:17""Minolta AF 20-35mm F3.5-4.5""Sony:LensType:18"
-    "Minolta AF 28-80mm F3.5-5.6 II""Sony:LensType:1868"
-    "Sigma MC-11 SA-E Mount Converter with not-supported Sigma lens""Sony:LensType:18688"
-    "Sony:LensType:19""Minolta AF 35mm F1.4 G""Sony:LensType:194"
-    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical [IF]""Sony:LensType:2"
-    "Minolta AF 28-70mm F2.8 G""Sony:LensType:20""Minolta/Sony 135mm F2.8 [T4.5] STF"
-    "Sony:LensType:202""Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro""Sony:LensType:203"
-    "Tamron SP 70-200mm F2.8 Di USD""Sony:LensType:204""Tamron SP 24-70mm F2.8 Di USD"
-    "Sony:LensType:212""Tamron 28-300mm F3.5-6.3 Di PZD""Sony:LensType:213"
-    "Tamron 16-300mm F3.5-6.3 Di II PZD Macro""Sony:LensType:214""Tamron SP 150-600mm F5-6.3 Di USD"
-    "Sony:LensType:215""Tamron SP 15-30mm F2.8 Di USD""Sony:LensType:216"
-    "Tamron SP 45mm F1.8 Di USD""Sony:LensType:217""Tamron SP 35mm F1.8 Di USD""Sony:LensType:218"
-    "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F017)""Sony:LensType:22""Minolta AF 35-80mm F4-5.6 II"
-    "Sony:LensType:220""Tamron SP 150-600mm F5-6.3 Di USD G2""Sony:LensType:224"
-    "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F004)""Sony:LensType:23""Minolta AF 200mm F4 Macro APO G"
-    "Sony:LensType:24""Minolta/Sony AF 24-105mm F3.5-4.5 (D) or Sigma or Tamron Lens"
-    "Sony:LensType:24.1""Sigma 18-50mm F2.8""Sony:LensType:24.2""Sigma 17-70mm F2.8-4.5 DC Macro"
-    "Sony:LensType:24.3""Sigma 20-40mm F2.8 EX DG Aspherical IF""Sony:LensType:24.4"
-    "Sigma 18-200mm F3.5-6.3 DC""Sony:LensType:24.5""Sigma DC 18-125mm F4-5,6 D""Sony:LensType:24.6"
-    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro""Sony:LensType:24.7"
-    "Sigma 15-30mm F3.5-4.5 EX DG Aspherical""Sony:LensType:25"
-    "Minolta AF 100-300mm F4.5-5.6 APO (D) or Sigma Lens""Sony:LensType:25.1"
-    "Sigma 100-300mm F4 EX (APO (D) or D IF)""Sony:LensType:25.2""Sigma 70mm F2.8 EX DG Macro"
-    "Sony:LensType:25.3""Sigma 20mm F1.8 EX DG Aspherical RF""Sony:LensType:25.4"
-    "Sigma 30mm F1.4 EX DC""Sony:LensType:25.5""Sigma 24mm F1.8 EX DG ASP Macro""Sony:LensType:255"
-    "Tamron Lens (255)""Sony:LensType:255.1""Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical"
-    "Sony:LensType:255.2""Tamron AF 18-250mm F3.5-6.3 XR Di II LD""Sony:LensType:255.3"
-    "Tamron AF 55-200mm F4-5.6 Di II LD Macro""Sony:LensType:255.4"
-    "Tamron AF 70-300mm F4-5.6 Di LD Macro 1:2""Sony:LensType:255.5"
-    "Tamron SP AF 200-500mm F5.0-6.3 Di LD IF""Sony:LensType:255.6"
-    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical IF""Sony:LensType:255.7"
-    "Tamron SP AF 70-200mm F2.8 Di LD IF Macro""Sony:LensType:255.8"
-    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical IF""Sony:LensType:255.9"
-    "Tamron AF 90-300mm F4.5-5.6 Telemacro""Sony:LensType:2550""Minolta AF 50mm F1.7"
-    "Sony:LensType:25501""Sony:LensType:2551""Minolta AF 35-70mm F4 or Other Lens"
-    "Sony:LensType:2551.1""Sigma UC AF 28-70mm F3.5-4.5""Sony:LensType:2551.2"
-    "Sigma AF 28-70mm F2.8""Sony:LensType:2551.3""Sigma M-AF 70-200mm F2.8 EX Aspherical"
-    "Sony:LensType:2551.4""Quantaray M-AF 35-80mm F4-5.6""Sony:LensType:2551.5"
-    "Tokina 28-70mm F2.8-4.5 AF""Sony:LensType:25511""Sony:LensType:25511.1""Sony:LensType:25511.2"
-    "Sony:LensType:25511.3""Sony:LensType:25511.4""Sony:LensType:25511.5""Sony:LensType:2552"
-    "Minolta AF 28-85mm F3.5-4.5 or Other Lens""Sony:LensType:2552.1""Tokina 19-35mm F3.5-4.5"
-    "Sony:LensType:2552.2""Tokina 28-70mm F2.8 AT-X""Sony:LensType:2552.3"
-    "Tokina 80-400mm F4.5-5.6 AT-X AF II 840""Sony:LensType:2552.4"
-    "Tokina AF PRO 28-80mm F2.8 AT-X 280""Sony:LensType:2552.5"
-    "Tokina AT-X PRO [II] AF 28-70mm F2.6-2.8 270""Sony:LensType:2552.6""Tamron AF 19-35mm F3.5-4.5"
-    "Sony:LensType:2552.7""Angenieux AF 28-70mm F2.6""Sony:LensType:2552.8"
-    "Tokina AT-X 17 AF 17mm F3.5""Sony:LensType:2552.9""Tokina 20-35mm F3.5-4.5 II AF"
-    "Sony:LensType:25521""Sony:LensType:25521.1""Sony:LensType:25521.2""Sony:LensType:25521.3"
-    "Sony:LensType:25521.4""Sony:LensType:25521.5""Sony:LensType:25521.6""Sony:LensType:25521.7"
-    "Sony:LensType:25521.8""Sony:LensType:25521.9""Sony:LensType:2553"
-    "Minolta AF 28-135mm F4-4.5 or Other Lens""Sony:LensType:2553.1"
-    "Sigma ZOOM-alpha 35-135mm F3.5-4.5""Sony:LensType:2553.2""Sigma 28-105mm F2.8-4 Aspherical"
-    "Sony:LensType:2553.3""Sigma 28-105mm F4-5.6 UC""Sony:LensType:2553.4"
-    "Tokina AT-X 242 AF 24-200mm F3.5-5.6""Sony:LensType:25531""Sony:LensType:25531.1"
-    "Sony:LensType:25531.2""Sony:LensType:25531.3""Sony:LensType:25531.4""Sony:LensType:2554"
-    "Minolta AF 35-105mm F3.5-4.5""Sony:LensType:25541""Sony:LensType:2555"
-    "Minolta AF 70-210mm F4 Macro or Sigma Lens""Sony:LensType:2555.1""Sigma 70-210mm F4-5.6 APO"
-    "Sony:LensType:2555.2""Sigma M-AF 70-200mm F2.8 EX APO""Sony:LensType:2555.3"
-    "Sigma 75-200mm F2.8-3.5""Sony:LensType:25551""Sony:LensType:25551.1""Sony:LensType:25551.2"
-    "Sony:LensType:25551.3""Sony:LensType:2556""Minolta AF 135mm F2.8""Sony:LensType:25561"
-    "Sony:LensType:2557""Minolta/Sony AF 28mm F2.8""Sony:LensType:25571""Sony:LensType:2558"
-    "Minolta AF 24-50mm F4""Sony:LensType:25581""Sony:LensType:2560""Minolta AF 100-200mm F4.5"
-    "Sony:LensType:25601""Sony:LensType:2561""Minolta AF 75-300mm F4.5-5.6 or Sigma Lens"
-    "Sony:LensType:2561.1""Sigma 70-300mm F4-5.6 DL Macro""Sony:LensType:2561.10"
-    "Sigma 1000mm F8 APO""Sony:LensType:2561.2""Sigma 300mm F4 APO Macro""Sony:LensType:2561.3"
-    "Sigma AF 500mm F4.5 APO""Sony:LensType:2561.4""Sigma AF 170-500mm F5-6.3 APO Aspherical"
-    "Sony:LensType:2561.5""Tokina AT-X AF 300mm F4""Sony:LensType:2561.6"
-    "Tokina AT-X AF 400mm F5.6 SD""Sony:LensType:2561.7""Tokina AF 730 II 75-300mm F4.5-5.6"
-    "Sony:LensType:2561.8""Sigma 800mm F5.6 APO""Sony:LensType:2561.9"
-    "Sigma AF 400mm F5.6 APO Macro""Sony:LensType:25611""Sony:LensType:25611.1"
-    "Sony:LensType:25611.10""Sony:LensType:25611.2""Sony:LensType:25611.3""Sony:LensType:25611.4"
-    "Sony:LensType:25611.5""Sony:LensType:25611.6""Sony:LensType:25611.7""Sony:LensType:25611.8"
-    "Sony:LensType:25611.9""Sony:LensType:2562""Minolta AF 50mm F1.4 [New]""Sony:LensType:25621"
-    "Sony:LensType:2563""Minolta AF 300mm F2.8 APO or Sigma Lens""Sony:LensType:2563.1"
-    "Sigma AF 50-500mm F4-6.3 EX DG APO""Sony:LensType:2563.2""Sony:LensType:2563.3"
-    "Sigma AF 500mm F4.5 EX DG APO""Sony:LensType:2563.4""Sigma 400mm F5.6 APO""Sony:LensType:25631"
-    "Sony:LensType:25631.1""Sony:LensType:25631.2""Sony:LensType:25631.3""Sony:LensType:25631.4"
-    "Sony:LensType:2564""Minolta AF 50mm F2.8 Macro or Sigma Lens""Sony:LensType:2564.1"
-    "Sigma 50mm F2.8 EX Macro""Sony:LensType:25641""Sony:LensType:25641.1""Sony:LensType:2565"
-    "Minolta AF 600mm F4 APO""Sony:LensType:25651""Sony:LensType:2566"
-    "Minolta AF 24mm F2.8 or Sigma Lens""Sony:LensType:2566.1""Sigma 17-35mm F2.8-4 EX Aspherical"
-    "Sony:LensType:25661""Sony:LensType:25661.1""Sony:LensType:2572"
-    "Minolta/Sony AF 500mm F8 Reflex""Sony:LensType:25721""Sony:LensType:2578"
-    "Minolta/Sony AF 16mm F2.8 Fisheye or Sigma Lens""Sony:LensType:2578.1"
-    "Sigma 8mm F4 EX [DG] Fisheye""Sony:LensType:2578.2""Sigma 14mm F3.5""Sony:LensType:2578.3"
-    "Sigma 15mm F2.8 Fisheye""Sony:LensType:25781""Sony:LensType:25781.1""Sony:LensType:25781.2"
-    "Sony:LensType:25781.3""Sony:LensType:2579""Minolta/Sony AF 20mm F2.8 or Tokina Lens"
-    "Sony:LensType:2579.1""Tokina AT-X Pro DX 11-16mm F2.8""Sony:LensType:25791"
-    "Sony:LensType:25791.1""Sony:LensType:2581"
-    "Minolta AF 100mm F2.8 Macro [New] or Sigma or Tamron Lens""Sony:LensType:2581.1"
-    "Sigma AF 90mm F2.8 Macro""Sony:LensType:2581.2""Sigma AF 105mm F2.8 EX [DG] Macro"
-    "Sony:LensType:2581.3""Sigma 180mm F5.6 Macro""Sony:LensType:2581.4"
-    "Sigma 180mm F3.5 EX DG Macro""Sony:LensType:2581.5""Tamron 90mm F2.8 Macro"
-    "Sony:LensType:25811""Sony:LensType:25811.1""Sony:LensType:25811.2""Sony:LensType:25811.3"
-    "Sony:LensType:25811.4""Sony:LensType:25811.5""Sony:LensType:2585"
-    "Minolta AF 35-105mm F3.5-4.5 New or Tamron Lens""Sony:LensType:2585.1"
-    "Beroflex 35-135mm F3.5-4.5""Sony:LensType:2585.2""Tamron 24-135mm F3.5-5.6"
-    "Sony:LensType:25851""Sony:LensType:25858""Sony:LensType:25858.1""Sony:LensType:2588"
-    "Minolta AF 70-210mm F3.5-4.5""Sony:LensType:25881""Sony:LensType:2589"
-    "Minolta AF 80-200mm F2.8 APO or Tokina Lens""Sony:LensType:2589.1""Tokina 80-200mm F2.8"
-    "Sony:LensType:25891""Sony:LensType:25891.1""Sony:LensType:2590"
-    "Minolta AF 200mm F2.8 G APO + Minolta AF 1.4x APO or Other Lens + 1.4x""Sony:LensType:2590.1"
-    "Minolta AF 600mm F4 HS-APO G + Minolta AF 1.4x APO""Sony:LensType:25901""Sony:LensType:25901.1"
-    "Sony:LensType:2591""Minolta AF 35mm F1.4""Sony:LensType:25911""Sony:LensType:2592"
-    "Minolta AF 85mm F1.4 G (D)""Sony:LensType:25921""Sony:LensType:2593""Minolta AF 200mm F2.8 APO"
-    "Sony:LensType:25931""Sony:LensType:2594""Minolta AF 3x-1x F1.7-2.8 Macro""Sony:LensType:25941"
-    "Sony:LensType:2596""Minolta AF 28mm F2""Sony:LensType:25961""Sony:LensType:2597"
-    "Minolta AF 35mm F2 [New]""Sony:LensType:25971""Sony:LensType:2598""Minolta AF 100mm F2"
-    "Sony:LensType:25981""Sony:LensType:2601"
-    "Minolta AF 200mm F2.8 G APO + Minolta AF 2x APO or Other Lens + 2x""Sony:LensType:2601.1"
-    "Minolta AF 600mm F4 HS-APO G + Minolta AF 2x APO""Sony:LensType:26011""Sony:LensType:26011.1"
-    "Sony:LensType:2604""Minolta AF 80-200mm F4.5-5.6""Sony:LensType:26041""Sony:LensType:2605"
-    "Minolta AF 35-80mm F4-5.6""Sony:LensType:26051""Sony:LensType:2606"
-    "Minolta AF 100-300mm F4.5-5.6""Sony:LensType:26061""Sony:LensType:2607""Sony:LensType:26071"
-    "Sony:LensType:2608""Minolta AF 300mm F2.8 HS-APO G""Sony:LensType:26081""Sony:LensType:2609"
-    "Minolta AF 600mm F4 HS-APO G""Sony:LensType:26091""Sony:LensType:2612"
-    "Minolta AF 200mm F2.8 HS-APO G""Sony:LensType:26121""Sony:LensType:2613"
-    "Minolta AF 50mm F1.7 New""Sony:LensType:26131""Sony:LensType:2615"
-    "Minolta AF 28-105mm F3.5-4.5 xi""Sony:LensType:26151""Sony:LensType:2616"
-    "Minolta AF 35-200mm F4.5-5.6 xi""Sony:LensType:26161""Sony:LensType:2618"
-    "Minolta AF 28-80mm F4-5.6 xi""Sony:LensType:26181""Sony:LensType:2619"
-    "Minolta AF 80-200mm F4.5-5.6 xi""Sony:LensType:26191""Sony:LensType:2620""Sony:LensType:26201"
-    "Sony:LensType:2621""Minolta AF 100-300mm F4.5-5.6 xi""Sony:LensType:26211""Sony:LensType:2624"
-    "Minolta AF 35-80mm F4-5.6 Power Zoom""Sony:LensType:26241""Sony:LensType:2628"
-    "Sony:LensType:26281""Sony:LensType:2629""Minolta AF 85mm F1.4 New""Sony:LensType:26291"
-    "Sony:LensType:2631""Minolta AF 100-300mm F4.5-5.6 APO""Sony:LensType:26311""Sony:LensType:2632"
-    "Minolta AF 24-50mm F4 New""Sony:LensType:26321""Sony:LensType:2638"
-    "Minolta AF 50mm F2.8 Macro New""Sony:LensType:26381""Sony:LensType:2639"
-    "Minolta AF 100mm F2.8 Macro""Sony:LensType:26391""Sony:LensType:2641"
-    "Minolta/Sony AF 20mm F2.8 New""Sony:LensType:26411""Sony:LensType:2642"
-    "Minolta AF 24mm F2.8 New""Sony:LensType:26421""Sony:LensType:2644""Sony:LensType:26441"
-    "Sony:LensType:2662""Minolta AF 50mm F1.4 New""Sony:LensType:26621""Sony:LensType:2667"
-    "Minolta AF 35mm F2 New""Sony:LensType:26671""Sony:LensType:2668""Minolta AF 28mm F2 New"
-    "Sony:LensType:26681""Sony:LensType:2672""Minolta AF 24-105mm F3.5-4.5 (D)""Sony:LensType:26721"
-    "Sony:LensType:27""Sony:LensType:28""Minolta/Sony AF 100mm F2.8 Macro (D) or Tamron Lens"
-    "Sony:LensType:28.1""Tamron SP AF 90mm F2.8 Di Macro""Sony:LensType:28.2"
-    "Tamron SP AF 180mm F3.5 Di LD [IF] Macro""Sony:LensType:29"
-    "Minolta/Sony AF 75-300mm F4.5-5.6 (D)""Sony:LensType:3""Minolta AF 28-80mm F4-5.6"
-    "Sony:LensType:30""Minolta AF 28-80mm F3.5-5.6 (D) or Sigma Lens""Sony:LensType:30.1"
-    "Sigma AF 10-20mm F4-5.6 EX DC""Sony:LensType:30.2""Sigma AF 12-24mm F4.5-5.6 EX DG"
-    "Sony:LensType:30.3""Sigma 28-70mm EX DG F2.8""Sony:LensType:30.4""Sigma 55-200mm F4-5.6 DC"
-    "Sony:LensType:3046""Sony:LensType:30464""Sony:LensType:31"
-    "Minolta/Sony AF 50mm F2.8 Macro (D) or F3.5""Sony:LensType:31.1"
-    "Minolta/Sony AF 50mm F3.5 Macro""Sony:LensType:32"
-    "Minolta/Sony AF 300mm F2.8 G or 1.5x Teleconverter""Sony:LensType:33"
-    "Minolta/Sony AF 70-200mm F2.8 G""Sony:LensType:35""Minolta AF 85mm F1.4 G (D) Limited"
-    "Sony:LensType:36""Minolta AF 28-100mm F3.5-5.6 (D)""Sony:LensType:38"
-    "Minolta AF 17-35mm F2.8-4 (D)""Sony:LensType:39""Minolta AF 28-75mm F2.8 (D)""Sony:LensType:4"
-    "Minolta AF 85mm F1.4G""Sony:LensType:40""Minolta/Sony AF DT 18-70mm F3.5-5.6 (D)"
-    "Sony:LensType:41""Minolta/Sony AF DT 11-18mm F4.5-5.6 (D) or Tamron Lens""Sony:LensType:41.1"
-    "Tamron SP AF 11-18mm F4.5-5.6 Di II LD Aspherical IF""Sony:LensType:42"
-    "Minolta/Sony AF DT 18-200mm F3.5-6.3 (D)""Sony:LensType:43""Sony 35mm F1.4 G (SAL35F14G)"
-    "Sony:LensType:44""Sony 50mm F1.4 (SAL50F14)""Sony:LensType:45"
-    "Carl Zeiss Planar T* 85mm F1.4 ZA (SAL85F14Z)""Sony:LensType:4567""Tokina 70-210mm F4-5.6"
-    "Sony:LensType:45671""Sony:LensType:4568""Tokina AF 35-200mm F4-5.6 Zoom SD"
-    "Sony:LensType:45681""Sony:LensType:4570""Tamron AF 35-135mm F3.5-4.5""Sony:LensType:45701"
-    "Sony:LensType:4571""Vivitar 70-210mm F4.5-5.6""Sony:LensType:45711""Sony:LensType:4574"
-    "2x Teleconverter or Tamron or Tokina Lens""Sony:LensType:4574.1""Tamron SP AF 90mm F2.5"
-    "Sony:LensType:4574.2""Tokina RF 500mm F8.0 x2""Sony:LensType:4574.3""Tokina 300mm F2.8 x2"
-    "Sony:LensType:45741""Sony:LensType:45741.1""Sony:LensType:45741.2""Sony:LensType:45741.3"
-    "Sony:LensType:4575""1.4x Teleconverter""Sony:LensType:45751""Sony:LensType:4585"
-    "Tamron SP AF 300mm F2.8 LD IF""Sony:LensType:45851""Sony:LensType:4586"
-    "Tamron SP AF 35-105mm F2.8 LD Aspherical IF""Sony:LensType:45861""Sony:LensType:4587"
-    "Tamron AF 70-210mm F2.8 SP LD""Sony:LensType:45871""Sony:LensType:46"
-    "Carl Zeiss Vario-Sonnar T* DT 16-80mm F3.5-4.5 ZA (SAL1680Z)""Sony:LensType:47"
-    "Carl Zeiss Sonnar T* 135mm F1.8 ZA (SAL135F18Z)""Sony:LensType:48"
-    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM (SAL2470Z) or Other Lens""Sony:LensType:48.1"
-    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM II (SAL2470Z2)""Sony:LensType:48.2"
-    "Sony:LensType:4812""Sony:LensType:48128""Sony:LensType:49""Sony DT 55-200mm F4-5.6 (SAL55200)"
-    "Sony:LensType:5""Minolta AF 35-70mm F3.5-4.5 [II]""Sony:LensType:50"
-    "Sony DT 18-250mm F3.5-6.3 (SAL18250)""Sony:LensType:51""Sony DT 16-105mm F3.5-5.6 (SAL16105)"
-    "Sony:LensType:52""Sony 70-300mm F4.5-5.6 G SSM (SAL70300G) or G SSM II or Tamron Lens"
-    "Sony:LensType:52.1""Sony 70-300mm F4.5-5.6 G SSM II (SAL70300G2)""Sony:LensType:52.2"
-    "Tamron SP 70-300mm F4-5.6 Di USD""Sony:LensType:53""Sony 70-400mm F4-5.6 G SSM (SAL70400G)"
-    "Sony:LensType:54""Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM (SAL1635Z) or ZA SSM II"
-    "Sony:LensType:54.1""Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM II (SAL1635Z2)"
-    "Sony:LensType:55""Sony DT 18-55mm F3.5-5.6 SAM (SAL1855) or SAM II""Sony:LensType:55.1"
-    "Sony DT 18-55mm F3.5-5.6 SAM II (SAL18552)""Sony:LensType:56"
-    "Sony DT 55-200mm F4-5.6 SAM (SAL55200-2)""Sony:LensType:57"
+    "Sony:ExposureProgram:30" "Sony:ExposureProgram:33" "Sony:ExposureProgram:35" "Auto No Flash"
+    "Sony:ExposureProgram:36" "Sony:ExposureProgram:37" "Sony:ExposureProgram:4"
+    "Auto |\302\240Manual |\302\240Shutter speed priority AE" "Sony:ExposureProgram:42"
+    "Sony:ExposureProgram:43" "Cont. Priority AE" "Sony:ExposureProgram:45" "Document"
+    "Sony:ExposureProgram:46" "Party" "Sony:ExposureProgram:49" "Sony:ExposureProgram:5"
+    "Cont. Priority AE |\302\240iAuto" "Sony:ExposureProgram:50" "Sony:ExposureProgram:51"
+    "Sony:ExposureProgram:52" "Sony:ExposureProgram:53" "Sony:ExposureProgram:54" "Night view"
+    "Sony:ExposureProgram:55" "Night view/portrait" "Sony:ExposureProgram:56"
+    "Sony:ExposureProgram:57" "3D Sweep Panorama" "Sony:ExposureProgram:6" "Sony:ExposureProgram:64"
+    "Auto 2" "Sony:ExposureProgram:65" "Auto 2 (no flash)" "Sony:ExposureProgram:7" "iAuto+"
+    "Sony:ExposureProgram:8" "Portrait |\302\240Program Shift A" "Sony:ExposureProgram:80"
+    "Sony:ExposureProgram:9" "Landscape |\302\240Program Shift S" "Sony:ExposureProgram:96"
+    "Sony:ExposureStandardAdjustment" "Exposure Standard Adjustment" "Sony:ExposureTime"
+    "Exposure Time" "Sony:ExtraInfoVersion" "Extra Info Version" "Sony:FNumber" "F Number"
+    "Sony:Face1Position" "Face 1 Position" "Sony:Face2Position" "Face 2 Position"
+    "Sony:Face3Position" "Face 3 Position" "Sony:Face4Position" "Face 4 Position"
+    "Sony:Face5Position" "Face 5 Position" "Sony:Face6Position" "Face 6 Position"
+    "Sony:Face7Position" "Face 7 Position" "Sony:Face8Position" "Face 8 Position"
+    "Sony:FaceDetection" "Face Detection" "Sony:FaceDetection:0" "Sony:FaceDetection:1"
+    "Sony:FaceDetection:16" "Sony:FaceDetection:98" "Sony:FaceInfoLength" "Face Info Length"
+    "Sony:FaceInfoOffset" "Face Info Offset" "Sony:FaceTest2" "Face Test 2" "Sony:FaceTest8"
+    "Face Test 8" "Sony:FacesDetected" "Faces Detected" "Sony:FacesDetected:-1"
+    "Sony:FacesDetected:0" "Sony:FacesDetected:115" "Sony:FacesDetected:168"
+    "Sony:FacesDetected:241" "Sony:FacesDetected:33" "Sony:FacesDetected:57" "Sony:FacesDetected:77"
+    "Sony:FacesDetected:93" "Sony:FacesDetected:98" "Sony:Fade" "Sony:FileFormat" "File Format"
+    "Sony:FileFormat:0 0 0 2" "JPEG" "Sony:FileFormat:1 0 0 0" "SR2" "Sony:FileFormat:2 0 0 0"
+    "ARW 1.0" "Sony:FileFormat:3 0 0 0" "ARW 2.0" "Sony:FileFormat:3 1 0 0" "ARW 2.1"
+    "Sony:FileFormat:3 2 0 0" "ARW 2.2" "Sony:FileFormat:3 3 0 0" "ARW 2.3"
+    "Sony:FileFormat:3 3 1 0" "ARW 2.3.1" "Sony:FileFormat:3 3 2 0" "ARW 2.3.2"
+    "Sony:FileFormat:3 3 3 0" "ARW 2.3.3" "Sony:FileFormat:3 3 5 0" "ARW 2.3.5"
+    "Sony:FileFormat:4 0 0 0" "ARW 4.0" "Sony:FileFormat:4 0 1 0" "ARW 4.0.1"
+    "Sony:FileFormat:5 0 0 0" "ARW 5.0" "Sony:FirmwareVersion" "Firmware Version" "Sony:Flash"
+    "Sony:Flash:0" "No Flash" "Sony:Flash:1" "Fired" "Sony:FlashAction" "Flash Action"
+    "Sony:FlashAction2" "Flash Action 2" "Sony:FlashAction2:0" "Did not fire" "Sony:FlashAction2:1"
+    "Fired, Autoflash" "Sony:FlashAction2:17" "Fired, Autoflash, Red-eye reduction"
+    "Sony:FlashAction2:18" "Fired, Fill-flash, Red-eye reduction" "Sony:FlashAction2:2"
+    "External Flash fired (2) |\302\240Fired, Fill-flash" "Sony:FlashAction2:3"
+    "Built-in Flash fired |\302\240Fired, Rear Sync" "Sony:FlashAction2:34" "Fired, Fill-flash, HSS"
+    "Sony:FlashAction2:4" "External Flash fired (4) |\302\240Fired, Wireless" "Sony:FlashAction2:5"
+    "Sony:FlashAction2:6" "Fired, Slow Sync" "Sony:FlashAction:0" "Sony:FlashAction:1"
+    "Fired |\302\240Flash Fired" "Sony:FlashAction:2"
+    "External Flash Fired |\302\240External Flash, Did not fire" "Sony:FlashAction:3"
+    "External Flash, Fired |\302\240Wireless Controlled Flash Fired" "Sony:FlashActionExternal"
+    "Flash Action External" "Sony:FlashActionExternal:121" "Sony:FlashActionExternal:122"
+    "Sony:FlashActionExternal:136" "Sony:FlashActionExternal:167" "Sony:FlashActionExternal:182"
+    "Fired, HSS" "Sony:FlashControl" "Flash Control" "Sony:FlashControl:0" "ADI"
+    "Sony:FlashControl:1" "ADI Flash |\302\240Pre-flash TTL" "Sony:FlashControl:2"
+    "Manual |\302\240Pre-flash TTL" "Sony:FlashExposureComp" "Flash Exposure Compensation"
+    "Sony:FlashExposureCompSet" "Flash Exposure Comp. Setting" "Sony:FlashExposureCompSet2"
+    "Flash Exposure Comp. Setting 2" "Sony:FlashLevel" "Flash Level" "Sony:FlashLevel:-1" "-1/3"
+    "Sony:FlashLevel:-2" "-2/3" "Sony:FlashLevel:-3" "-3/3" "Sony:FlashLevel:-32768"
+    "Sony:FlashLevel:-4" "-4/3" "Sony:FlashLevel:-5" "-5/3" "Sony:FlashLevel:-6" "-6/3"
+    "Sony:FlashLevel:-7" "-7/3" "Sony:FlashLevel:-8" "-8/3" "Sony:FlashLevel:-9" "-9/3"
+    "Sony:FlashLevel:0" "Normal" "Sony:FlashLevel:1" "+1/3" "Sony:FlashLevel:128"
+    "Sony:FlashLevel:2" "+2/3" "Sony:FlashLevel:3" "+3/3" "Sony:FlashLevel:32767"
+    "Sony:FlashLevel:4" "+4/3" "Sony:FlashLevel:5" "+5/3" "Sony:FlashLevel:6" "+6/3"
+    "Sony:FlashLevel:9" "+9/3" "Sony:FlashMode" "Flash Mode" "Sony:FlashMode:0" "Autoflash"
+    "Sony:FlashMode:1" "Fill-flash |\302\240Flash Off" "Sony:FlashMode:16" "Sony:FlashMode:17"
+    "Fill-flash" "Sony:FlashMode:18" "Slow Sync" "Sony:FlashMode:19" "Rear Sync" "Sony:FlashMode:2"
+    "Flash Off |\302\240Rear Sync" "Sony:FlashMode:20" "Wireless" "Sony:FlashMode:3"
+    "Slow Sync |\302\240Wireless" "Sony:FlashMode:4" "Fill-flash |\302\240Rear Sync"
+    "Sony:FlashMode:5" "Flash Off" "Sony:FlashMode:6" "Sony:FlashStatus" "Flash Status"
+    "Sony:FlashStatus:0" "No Flash present |\302\240None" "Sony:FlashStatus:1" "Built-in"
+    "Sony:FlashStatus:128" "External Flash present" "Sony:FlashStatus:129" "External Flash Fired"
+    "Sony:FlashStatus:2" "External |\302\240Flash Inhibited" "Sony:FlashStatus:64"
+    "Built-in Flash present" "Sony:FlashStatus:65" "Built-in Flash Fired" "Sony:FlashStatus:66"
+    "Built-in Flash Inhibited" "Sony:FlashStatusBuilt-in" "Flash Status Built-in"
+    "Sony:FlashStatusBuilt-in:1" "Sony:FlashStatusBuilt-in:2" "Sony:FlashStatusExternal"
+    "Flash Status External" "Sony:FlashStatusExternal:1" "Sony:FlashStatusExternal:2"
+    "Sony:FlashStatusExternal:3" "Sony:FlexibleSpotPosition" "Flexible Spot Position"
+    "Sony:FocalLength" "Focal Length" "Sony:FocalLength2" "Focal Length 2"
+    "Sony:FocalLengthTeleZoom" "Focal Length Tele Zoom" "Sony:FocalPlaneAFPointArea"
+    "Focal Plane AF Point Area" "Sony:FocalPlaneAFPointLocation1" "Focal Plane AF Point Location 1"
+    "Sony:FocalPlaneAFPointLocation10" "Focal Plane AF Point Location 10"
+    "Sony:FocalPlaneAFPointLocation11" "Focal Plane AF Point Location 11"
+    "Sony:FocalPlaneAFPointLocation12" "Focal Plane AF Point Location 12"
+    "Sony:FocalPlaneAFPointLocation13" "Focal Plane AF Point Location 13"
+    "Sony:FocalPlaneAFPointLocation14" "Focal Plane AF Point Location 14"
+    "Sony:FocalPlaneAFPointLocation15" "Focal Plane AF Point Location 15"
+    "Sony:FocalPlaneAFPointLocation2" "Focal Plane AF Point Location 2"
+    "Sony:FocalPlaneAFPointLocation3" "Focal Plane AF Point Location 3"
+    "Sony:FocalPlaneAFPointLocation4" "Focal Plane AF Point Location 4"
+    "Sony:FocalPlaneAFPointLocation5" "Focal Plane AF Point Location 5"
+    "Sony:FocalPlaneAFPointLocation6" "Focal Plane AF Point Location 6"
+    "Sony:FocalPlaneAFPointLocation7" "Focal Plane AF Point Location 7"
+    "Sony:FocalPlaneAFPointLocation8" "Focal Plane AF Point Location 8"
+    "Sony:FocalPlaneAFPointLocation9" "Focal Plane AF Point Location 9"
+    "Sony:FocalPlaneAFPointsUsed" "Focal Plane AF Points Used" "Sony:FocalPlaneAFPointsUsed:0"
+    "Sony:FocusFrameSize" "Focus Frame Size" "Sony:FocusLocation" "Focus Location"
+    "Sony:FocusLocation2" "Focus Location 2" "Sony:FocusMode" "Focus Mode" "Sony:FocusMode2"
+    "Focus Mode 2" "Sony:FocusMode2:0" "AF" "Sony:FocusMode2:1" "MF" "Sony:FocusMode:0"
+    "Sony:FocusMode:1" "AF-S" "Sony:FocusMode:17" "Sony:FocusMode:18" "AF-C" "Sony:FocusMode:19"
+    "AF-A" "Sony:FocusMode:2" "AF-C |\302\240AF-S" "Sony:FocusMode:3" "AF-A |\302\240AF-C"
+    "Sony:FocusMode:32" "Sony:FocusMode:4" "AF-A |\302\240DMF |\302\240Permanent-AF"
+    "Sony:FocusMode:48" "DMF" "Sony:FocusMode:5" "Semi-manual" "Sony:FocusMode:6"
+    "Sony:FocusMode:65535" "Sony:FocusMode:7" "AF-D" "Sony:FocusModeSetting" "Focus Mode Setting"
+    "Sony:FocusModeSetting:0" "Sony:FocusModeSetting:1" "Sony:FocusModeSetting:17"
+    "Sony:FocusModeSetting:18" "Sony:FocusModeSetting:19" "Sony:FocusModeSetting:2"
+    "Sony:FocusModeSetting:3" "Sony:FocusModeSetting:32" "Sony:FocusModeSetting:4"
+    "Sony:FocusModeSetting:48" "Sony:FocusModeSwitch" "Focus Mode Switch" "Sony:FocusModeSwitch:0"
+    "Sony:FocusModeSwitch:1" "Sony:FocusPosition" "Focus Position" "Sony:FocusPosition2"
+    "Focus Position 2" "Sony:FocusStatus" "Focus Status" "Sony:FocusStatus:0"
+    "Manual - Not confirmed (0) |\302\240Not confirmed" "Sony:FocusStatus:1" "Confirmed"
+    "Sony:FocusStatus:16" "AF-C - Confirmed" "Sony:FocusStatus:2" "Failed" "Sony:FocusStatus:24"
+    "AF-C - Not Confirmed" "Sony:FocusStatus:4"
+    "Manual - Not confirmed (4) |\302\240Not confirmed, Tracking" "Sony:FocusStatus:64"
+    "AF-S - Confirmed" "Sony:FolderNumber" "Folder Number" "Sony:FullImageSize" "Full Image Size"
+    "Sony:GPSDateStamp" "GPS Date Stamp" "Sony:GPSLatitude" "GPS Latitude" "Sony:GPSLatitudeRef"
+    "GPS Latitude Ref" "Sony:GPSLatitudeRef:N" "North" "Sony:GPSLatitudeRef:S" "South"
+    "Sony:GPSLongitude" "GPS Longitude" "Sony:GPSLongitudeRef" "GPS Longitude Ref"
+    "Sony:GPSLongitudeRef:E" "East" "Sony:GPSLongitudeRef:W" "West" "Sony:GPSMapDatum"
+    "GPS Map Datum" "Sony:GPSMeasureMode" "GPS Measure Mode" "Sony:GPSMeasureMode:2"
+    "2-Dimensional Measurement" "Sony:GPSMeasureMode:3" "3-Dimensional Measurement" "Sony:GPSStatus"
+    "GPS Status" "Sony:GPSStatus:A" "Measurement Active" "Sony:GPSStatus:V" "Measurement Void"
+    "Sony:GPSTimeStamp" "GPS Time Stamp" "Sony:GPSVersionID" "GPS Version ID" "Sony:HDR"
+    "Sony:HDR:0" "Uncorrected image" "Sony:HDR:1" "HDR image (good)" "Sony:HDR:16" "1.0 EV"
+    "Sony:HDR:17" "1.5 EV" "Sony:HDR:18" "2.0 EV" "Sony:HDR:19" "2.5 EV" "Sony:HDR:2"
+    "HDR image (fail 1)" "Sony:HDR:20" "3.0 EV" "Sony:HDR:21" "3.5 EV" "Sony:HDR:22" "4.0 EV"
+    "Sony:HDR:23" "4.5 EV" "Sony:HDR:24" "5.0 EV" "Sony:HDR:25" "5.5 EV" "Sony:HDR:26" "6.0 EV"
+    "Sony:HDR:3" "HDR image (fail 2)" "Sony:HDRLevel" "HDR Level" "Sony:HDRLevel:33" "1 EV"
+    "Sony:HDRLevel:34" "Sony:HDRLevel:35" "2 EV" "Sony:HDRLevel:36" "Sony:HDRLevel:37" "3 EV"
+    "Sony:HDRLevel:38" "Sony:HDRLevel:39" "4 EV" "Sony:HDRLevel:40" "5 EV" "Sony:HDRLevel:41" "6 EV"
+    "Sony:HDRSetting" "HDR Setting" "Sony:HDRSetting:0" "Sony:HDRSetting:1" "HDR Auto |\302\240Off"
+    "Sony:HDRSetting:11" "HDR 5 EV" "Sony:HDRSetting:13" "HDR 6 EV" "Sony:HDRSetting:16"
+    "Sony:HDRSetting:17" "Sony:HDRSetting:3" "HDR 1 EV" "Sony:HDRSetting:5" "HDR 2 EV"
+    "Sony:HDRSetting:7" "HDR 3 EV" "Sony:HDRSetting:9" "HDR 4 EV" "Sony:HighISONoiseReduction"
+    "High ISO Noise Reduction" "Sony:HighISONoiseReduction2" "High ISO Noise Reduction 2"
+    "Sony:HighISONoiseReduction2:0" "Sony:HighISONoiseReduction2:1" "Sony:HighISONoiseReduction2:2"
+    "Sony:HighISONoiseReduction2:3" "Sony:HighISONoiseReduction2:65535"
+    "Sony:HighISONoiseReduction:0" "Normal |\302\240Off" "Sony:HighISONoiseReduction:1"
+    "Sony:HighISONoiseReduction:16" "Sony:HighISONoiseReduction:17" "Sony:HighISONoiseReduction:19"
+    "Sony:HighISONoiseReduction:2" "High |\302\240Normal" "Sony:HighISONoiseReduction:256"
+    "Sony:HighISONoiseReduction:3" "High |\302\240Off" "Sony:HighISONoiseReduction:65535"
+    "Sony:HighSpeedSync" "High Speed Sync" "Sony:HighSpeedSync:0" "Sony:HighSpeedSync:1"
+    "Sony:Highlights" "Sony:ISO" "Sony:ISOAutoMax" "ISO Auto Max" "Sony:ISOAutoMin" "ISO Auto Min"
+    "Sony:ISOSetting" "ISO Setting" "Sony:ISOSetting:0" "Sony:ISOSetting:254" "Sony:ImageCount"
+    "Image Count" "Sony:ImageNumber" "Image Number" "Sony:ImageQuality" "Image Quality"
+    "Sony:ImageQuality:23" "Sony:ImageQuality:51" "Fine" "Sony:ImageQuality:8" "Snap Shot"
+    "Sony:ImageStabilization" "Image Stabilization" "Sony:ImageStabilization2"
+    "Image Stabilization 2" "Sony:ImageStabilization2:191" "On (191)" "Sony:ImageStabilization2:207"
+    "On (207)" "Sony:ImageStabilization2:210" "On (210)" "Sony:ImageStabilization2:213"
+    "Sony:ImageStabilization2:246" "Sony:ImageStabilization:0" "Sony:ImageStabilization:1"
+    "Sony:ImageStabilization:4294967295" "Sony:ImageStabilization:64"
+    "Sony:ImageStabilizationSetting" "Image Stabilization Setting"
+    "Sony:ImageStabilizationSetting:0" "Sony:ImageStabilizationSetting:1" "Sony:ImageStyle"
+    "Image Style" "Sony:ImageStyle:1" "Sony:ImageStyle:11" "Sony:ImageStyle:129" "StyleBox1"
+    "Sony:ImageStyle:130" "StyleBox2" "Sony:ImageStyle:131" "StyleBox3" "Sony:ImageStyle:132"
+    "StyleBox4" "Sony:ImageStyle:133" "StyleBox5" "Sony:ImageStyle:134" "StyleBox6"
+    "Sony:ImageStyle:2" "Sony:ImageStyle:3" "Sony:ImageStyle:4" "Sony:ImageStyle:5"
+    "Sony:ImageStyle:7" "Sony:ImageStyle:8" "Sony:ImageStyle:9" "Sony:IntelligentAuto"
+    "Intelligent Auto" "Sony:IntelligentAuto:0" "Sony:IntelligentAuto:1" "Sony:IntelligentAuto:2"
+    "Advanced" "Sony:InternalSerialNumber" "Internal Serial Number" "Sony:JPEG-HEIFSwitch"
+    "JPEG-HEIF Switch" "Sony:JPEG-HEIFSwitch:0" "Sony:JPEG-HEIFSwitch:1" "HEIF"
+    "Sony:JPEG-HEIFSwitch:65535" "Sony:JPEGQuality" "JPEG Quality" "Sony:JPEGQuality:0"
+    "Sony:JPEGQuality:1" "Sony:JPEGQuality:2" "Extra Fine" "Sony:JPEGQuality:65535"
+    "Sony:JpgFromRawLength" "Jpg From Raw Length" "Sony:JpgFromRawStart" "Jpg From Raw Start"
+    "Sony:LateralChromaticAberration" "Lateral Chromatic Aberration"
+    "Sony:LateralChromaticAberration:0" "Sony:LateralChromaticAberration:2"
+    "Sony:LateralChromaticAberration:4294967295" "Sony:LensE-mountVersion" "Lens E-mount Version"
+    "Sony:LensFirmwareVersion" "Lens Firmware Version" "Sony:LensFormat" "Lens Format"
+    "Sony:LensFormat:0" "Unknown" "Sony:LensFormat:1" "APS-C" "Sony:LensFormat:2" "Full-frame"
+    "Sony:LensMount" "Lens Mount" "Sony:LensMount2" "Lens Mount 2" "Sony:LensMount2:0"
+    "Sony:LensMount2:1" "A-mount (1)" "Sony:LensMount2:4" "E-mount" "Sony:LensMount2:5"
+    "A-mount (5)" "Sony:LensMount:0" "Sony:LensMount:1" "A-mount |\302\240Unknown"
+    "Sony:LensMount:16" "A-mount" "Sony:LensMount:17" "Sony:LensMount:2" "Sony:LensMount:3"
+    "A-mount (3)" "Sony:LensSpec" "Lens Spec" "Sony:LensSpecFeatures" "Lens Spec Features"
+    "Sony:LensType" "Lens Type" "Sony:LensType2" "Lens Type 2" "Sony:LensType2:0"
+    "Unknown E-mount lens or other lens" "Sony:LensType2:0.1" "Sigma 19mm F2.8 [EX] DN"
+    "Sony:LensType2:0.10" "Zeiss Touit 50mm F2.8 Macro" "Sony:LensType2:0.11" "Zeiss Loxia 50mm F2"
+    "Sony:LensType2:0.12" "Zeiss Loxia 35mm F2" "Sony:LensType2:0.13" "Viltrox 85mm F1.8"
+    "Sony:LensType2:0.2" "Sigma 30mm F2.8 [EX] DN" "Sony:LensType2:0.3" "Sigma 60mm F2.8 DN"
+    "Sony:LensType2:0.4" "Sony E 18-200mm F3.5-6.3 OSS LE" "Sony:LensType2:0.5"
+    "Tamron 18-200mm F3.5-6.3 Di III VC" "Sony:LensType2:0.6" "Tokina FiRIN 20mm F2 FE AF"
+    "Sony:LensType2:0.7" "Tokina FiRIN 20mm F2 FE MF" "Sony:LensType2:0.8" "Zeiss Touit 12mm F2.8"
+    "Sony:LensType2:0.9" "Zeiss Touit 32mm F1.8" "Sony:LensType2:1"
+    "Sony LA-EA1 or Sigma MC-11 Adapter" "Sony:LensType2:13" "Samyang AF 35-150mm F2-2.8"
+    "Sony:LensType2:184" "Metabones Canon EF Speed Booster Ultra" "Sony:LensType2:2"
+    "Sony LA-EA2 Adapter" "Sony:LensType2:234" "Metabones Canon EF Smart Adapter Mark IV"
+    "Sony:LensType2:239" "Metabones Canon EF Speed Booster" "Sony:LensType2:24593"
+    "LA-EA4r MonsterAdapter" "Sony:LensType2:3" "Sony LA-EA3 Adapter" "Sony:LensType2:32784"
+    "Sony E 16mm F2.8" "Sony:LensType2:32785" "Sony E 18-55mm F3.5-5.6 OSS" "Sony:LensType2:32786"
+    "Sony E 55-210mm F4.5-6.3 OSS" "Sony:LensType2:32787" "Sony E 18-200mm F3.5-6.3 OSS"
+    "Sony:LensType2:32788" "Sony E 30mm F3.5 Macro" "Sony:LensType2:32789"
+    "Sony E 24mm F1.8 ZA or Samyang AF 50mm F1.4" "Sony:LensType2:32789.1" "Samyang AF 50mm F1.4"
+    "Sony:LensType2:32790" "Sony E 50mm F1.8 OSS or Samyang AF 14mm F2.8" "Sony:LensType2:32790.1"
+    "Samyang AF 14mm F2.8" "Sony:LensType2:32791" "Sony E 16-70mm F4 ZA OSS" "Sony:LensType2:32792"
+    "Sony E 10-18mm F4 OSS" "Sony:LensType2:32793" "Sony E PZ 16-50mm F3.5-5.6 OSS"
+    "Sony:LensType2:32794" "Sony FE 35mm F2.8 ZA or Samyang Lens" "Sony:LensType2:32794.1"
+    "Samyang AF 24mm F2.8" "Sony:LensType2:32794.2" "Samyang AF 35mm F2.8" "Sony:LensType2:32795"
+    "Sony FE 24-70mm F4 ZA OSS" "Sony:LensType2:32796"
+    "Sony FE 85mm F1.8 or Viltrox PFU RBMH 85mm F1.8" "Sony:LensType2:32796.1"
+    "Viltrox PFU RBMH 85mm F1.8" "Sony:LensType2:32797" "Sony:LensType2:32798" "Sony E 20mm F2.8"
+    "Sony:LensType2:32799" "Sony E 35mm F1.8 OSS" "Sony:LensType2:32800"
+    "Sony E PZ 18-105mm F4 G OSS" "Sony:LensType2:32801" "Sony FE 12-24mm F4 G"
+    "Sony:LensType2:32802" "Sony FE 90mm F2.8 Macro G OSS" "Sony:LensType2:32803"
+    "Sony E 18-50mm F4-5.6" "Sony:LensType2:32804" "Sony FE 24mm F1.4 GM" "Sony:LensType2:32805"
+    "Sony FE 24-105mm F4 G OSS" "Sony:LensType2:32807" "Sony E PZ 18-200mm F3.5-6.3 OSS"
+    "Sony:LensType2:32808" "Sony FE 55mm F1.8 ZA" "Sony:LensType2:32810" "Sony FE 70-200mm F4 G OSS"
+    "Sony:LensType2:32811" "Sony FE 16-35mm F4 ZA OSS" "Sony:LensType2:32812"
+    "Sony FE 50mm F2.8 Macro" "Sony:LensType2:32813" "Sony FE 28-70mm F3.5-5.6 OSS"
+    "Sony:LensType2:32814" "Sony FE 35mm F1.4 ZA" "Sony:LensType2:32815"
+    "Sony FE 24-240mm F3.5-6.3 OSS" "Sony:LensType2:32816" "Sony FE 28mm F2" "Sony:LensType2:32817"
+    "Sony FE PZ 28-135mm F4 G OSS" "Sony:LensType2:32819" "Sony FE 100mm F2.8 STF GM OSS"
+    "Sony:LensType2:32820" "Sony E PZ 18-110mm F4 G OSS" "Sony:LensType2:32821"
+    "Sony FE 24-70mm F2.8 GM" "Sony:LensType2:32822" "Sony FE 50mm F1.4 ZA" "Sony:LensType2:32823"
+    "Sony FE 85mm F1.4 GM or Samyang AF 85mm F1.4" "Sony:LensType2:32823.1" "Samyang AF 85mm F1.4"
+    "Sony:LensType2:32824" "Sony FE 50mm F1.8" "Sony:LensType2:32826"
+    "Sony FE 21mm F2.8 (SEL28F20 + SEL075UWC)" "Sony:LensType2:32827"
+    "Sony FE 16mm F3.5 Fisheye (SEL28F20 + SEL057FEC)" "Sony:LensType2:32828"
+    "Sony FE 70-300mm F4.5-5.6 G OSS" "Sony:LensType2:32829" "Sony FE 100-400mm F4.5-5.6 GM OSS"
+    "Sony:LensType2:32830" "Sony FE 70-200mm F2.8 GM OSS" "Sony:LensType2:32831"
+    "Sony FE 16-35mm F2.8 GM" "Sony:LensType2:32848" "Sony FE 400mm F2.8 GM OSS"
+    "Sony:LensType2:32849" "Sony E 18-135mm F3.5-5.6 OSS" "Sony:LensType2:32850"
+    "Sony FE 135mm F1.8 GM" "Sony:LensType2:32851" "Sony FE 200-600mm F5.6-6.3 G OSS"
+    "Sony:LensType2:32852" "Sony FE 600mm F4 GM OSS" "Sony:LensType2:32853" "Sony E 16-55mm F2.8 G"
+    "Sony:LensType2:32854" "Sony E 70-350mm F4.5-6.3 G OSS" "Sony:LensType2:32855"
+    "Sony FE C 16-35mm T3.1 G" "Sony:LensType2:32858" "Sony FE 35mm F1.8" "Sony:LensType2:32859"
+    "Sony FE 20mm F1.8 G" "Sony:LensType2:32860" "Sony FE 12-24mm F2.8 GM" "Sony:LensType2:32862"
+    "Sony FE 50mm F1.2 GM" "Sony:LensType2:32863" "Sony FE 14mm F1.8 GM" "Sony:LensType2:32864"
+    "Sony FE 28-60mm F4-5.6" "Sony:LensType2:32865" "Sony FE 35mm F1.4 GM" "Sony:LensType2:32866"
+    "Sony FE 24mm F2.8 G" "Sony:LensType2:32867" "Sony FE 40mm F2.5 G" "Sony:LensType2:32868"
+    "Sony FE 50mm F2.5 G" "Sony:LensType2:32871" "Sony FE PZ 16-35mm F4 G" "Sony:LensType2:32873"
+    "Sony E PZ 10-20mm F4 G" "Sony:LensType2:32874" "Sony FE 70-200mm F2.8 GM OSS II"
+    "Sony:LensType2:32875" "Sony FE 24-70mm F2.8 GM II" "Sony:LensType2:32876" "Sony E 11mm F1.8"
+    "Sony:LensType2:32877" "Sony E 15mm F1.4 G" "Sony:LensType2:32878" "Sony FE 20-70mm F4 G"
+    "Sony:LensType2:32879" "Sony FE 50mm F1.4 GM" "Sony:LensType2:32884"
+    "Sony FE 70-200mm F4 Macro G OSS II" "Sony:LensType2:32885" "Sony FE 16-35mm F2.8 GM II"
+    "Sony:LensType2:32886" "Sony FE 300mm F2.8 OSS" "Sony:LensType2:33072"
+    "Sony FE 70-200mm F2.8 GM OSS + 1.4X Teleconverter" "Sony:LensType2:33073"
+    "Sony FE 70-200mm F2.8 GM OSS + 2X Teleconverter" "Sony:LensType2:33076"
+    "Sony FE 100mm F2.8 STF GM OSS (macro mode)" "Sony:LensType2:33077"
+    "Sony FE 100-400mm F4.5-5.6 GM OSS + 1.4X Teleconverter" "Sony:LensType2:33078"
+    "Sony FE 100-400mm F4.5-5.6 GM OSS + 2X Teleconverter" "Sony:LensType2:33079"
+    "Sony FE 400mm F2.8 GM OSS + 1.4X Teleconverter" "Sony:LensType2:33080"
+    "Sony FE 400mm F2.8 GM OSS + 2X Teleconverter" "Sony:LensType2:33081"
+    "Sony FE 200-600mm F5.6-6.3 G OSS + 1.4X Teleconverter" "Sony:LensType2:33082"
+    "Sony FE 200-600mm F5.6-6.3 G OSS + 2X Teleconverter" "Sony:LensType2:33083"
+    "Sony FE 600mm F4 GM OSS + 1.4X Teleconverter" "Sony:LensType2:33084"
+    "Sony FE 600mm F4 GM OSS + 2X Teleconverter" "Sony:LensType2:33085"
+    "Sony FE 70-200mm F2.8 GM OSS II + 1.4X Teleconverter" "Sony:LensType2:33086"
+    "Sony FE 70-200mm F2.8 GM OSS II + 2X Teleconverter" "Sony:LensType2:33087"
+    "Sony FE 70-200mm F4 Macro G OSS II + 1.4X Teleconverter" "Sony:LensType2:33088"
+    "Sony FE 70-200mm F4 Macro G OSS II + 2X Teleconverter" "Sony:LensType2:44"
+    "Metabones Canon EF Smart Adapter" "Sony:LensType2:49201" "Sony:LensType2:49202"
+    "Sony:LensType2:49203" "Sony:LensType2:49216" "Zeiss Batis 25mm F2" "Sony:LensType2:49217"
+    "Zeiss Batis 85mm F1.8" "Sony:LensType2:49218" "Zeiss Batis 18mm F2.8" "Sony:LensType2:49219"
+    "Zeiss Batis 135mm F2.8" "Sony:LensType2:49220" "Zeiss Batis 40mm F2 CF" "Sony:LensType2:49232"
+    "Sony:LensType2:49233" "Sony:LensType2:49234" "Zeiss Loxia 21mm F2.8" "Sony:LensType2:49235"
+    "Zeiss Loxia 85mm F2.4" "Sony:LensType2:49236" "Zeiss Loxia 25mm F2.4" "Sony:LensType2:49456"
+    "Tamron E 18-200mm F3.5-6.3 Di III VC" "Sony:LensType2:49457" "Tamron 28-75mm F2.8 Di III RXD"
+    "Sony:LensType2:49458" "Tamron 17-28mm F2.8 Di III RXD" "Sony:LensType2:49459"
+    "Tamron 35mm F2.8 Di III OSD M1:2" "Sony:LensType2:49460" "Tamron 24mm F2.8 Di III OSD M1:2"
+    "Sony:LensType2:49461" "Tamron 20mm F2.8 Di III OSD M1:2" "Sony:LensType2:49462"
+    "Tamron 70-180mm F2.8 Di III VXD" "Sony:LensType2:49463" "Tamron 28-200mm F2.8-5.6 Di III RXD"
+    "Sony:LensType2:49464" "Tamron 70-300mm F4.5-6.3 Di III RXD" "Sony:LensType2:49465"
+    "Tamron 17-70mm F2.8 Di III-A VC RXD" "Sony:LensType2:49466"
+    "Tamron 150-500mm F5-6.7 Di III VC VXD" "Sony:LensType2:49467"
+    "Tamron 11-20mm F2.8 Di III-A RXD" "Sony:LensType2:49468"
+    "Tamron 18-300mm F3.5-6.3 Di III-A VC VXD" "Sony:LensType2:49469"
+    "Tamron 35-150mm F2-F2.8 Di III VXD" "Sony:LensType2:49470" "Tamron 28-75mm F2.8 Di III VXD G2"
+    "Sony:LensType2:49471" "Tamron 50-400mm F4.5-6.3 Di III VC VXD" "Sony:LensType2:49472"
+    "Tamron 20-40mm F2.8 Di III VXD" "Sony:LensType2:49473"
+    "Tamron 17-50mm F4 Di III VXD or Tokina or Viltrox lens" "Sony:LensType2:49473.1"
+    "Tokina atx-m 85mm F1.8 FE" "Sony:LensType2:49473.2" "Viltrox 23mm F1.4 E"
+    "Sony:LensType2:49473.3" "Viltrox 56mm F1.4 E" "Sony:LensType2:49473.4"
+    "Viltrox 85mm F1.8 II FE" "Sony:LensType2:49474"
+    "Tamron 70-180mm F2.8 Di III VXD G2 or Viltrox lens" "Sony:LensType2:49474.1"
+    "Viltrox 13mm F1.4 E" "Sony:LensType2:49474.2" "Viltrox 16mm F1.8 FE" "Sony:LensType2:49474.3"
+    "Sony:LensType2:49474.4" "Viltrox 24mm F1.8 FE" "Sony:LensType2:49474.5" "Viltrox 28mm F1.8 FE"
+    "Sony:LensType2:49474.6" "Viltrox 33mm F1.4 E" "Sony:LensType2:49474.7" "Viltrox 35mm F1.8 FE"
+    "Sony:LensType2:49474.8" "Viltrox 50mm F1.8 FE" "Sony:LensType2:49474.9" "Viltrox 75mm F1.2 E"
+    "Sony:LensType2:49712" "Sony:LensType2:49713" "Tokina FiRIN 100mm F2.8 FE MACRO"
+    "Sony:LensType2:49714" "Tokina atx-m 11-18mm F2.8 E" "Sony:LensType2:50480"
+    "Sigma 30mm F1.4 DC DN | C" "Sony:LensType2:50481" "Sigma 50mm F1.4 DG HSM | A"
+    "Sony:LensType2:50482" "Sigma 18-300mm F3.5-6.3 DC MACRO OS HSM | C + MC-11"
+    "Sony:LensType2:50483" "Sigma 18-35mm F1.8 DC HSM | A + MC-11" "Sony:LensType2:50484"
+    "Sigma 24-35mm F2 DG HSM | A + MC-11" "Sony:LensType2:50485"
+    "Sigma 24mm F1.4 DG HSM | A + MC-11" "Sony:LensType2:50486"
+    "Sigma 150-600mm F5-6.3 DG OS HSM | C + MC-11" "Sony:LensType2:50487"
+    "Sigma 20mm F1.4 DG HSM | A + MC-11" "Sony:LensType2:50488" "Sigma 35mm F1.4 DG HSM | A"
+    "Sony:LensType2:50489" "Sigma 150-600mm F5-6.3 DG OS HSM | S + MC-11" "Sony:LensType2:50490"
+    "Sigma 120-300mm F2.8 DG OS HSM | S + MC-11" "Sony:LensType2:50492"
+    "Sigma 24-105mm F4 DG OS HSM | A + MC-11" "Sony:LensType2:50493"
+    "Sigma 17-70mm F2.8-4 DC MACRO OS HSM | C + MC-11" "Sony:LensType2:50495"
+    "Sigma 50-100mm F1.8 DC HSM | A + MC-11" "Sony:LensType2:50499" "Sigma 85mm F1.4 DG HSM | A"
+    "Sony:LensType2:50501" "Sigma 100-400mm F5-6.3 DG OS HSM | C + MC-11" "Sony:LensType2:50503"
+    "Sigma 16mm F1.4 DC DN | C" "Sony:LensType2:50507" "Sigma 105mm F1.4 DG HSM | A"
+    "Sony:LensType2:50508" "Sigma 56mm F1.4 DC DN | C" "Sony:LensType2:50512"
+    "Sigma 70-200mm F2.8 DG OS HSM | S + MC-11" "Sony:LensType2:50513"
+    "Sigma 70mm F2.8 DG MACRO | A" "Sony:LensType2:50514" "Sigma 45mm F2.8 DG DN | C"
+    "Sony:LensType2:50515" "Sigma 35mm F1.2 DG DN | A" "Sony:LensType2:50516"
+    "Sigma 14-24mm F2.8 DG DN | A" "Sony:LensType2:50517" "Sigma 24-70mm F2.8 DG DN | A"
+    "Sony:LensType2:50518" "Sigma 100-400mm F5-6.3 DG DN OS | C" "Sony:LensType2:50521"
+    "Sigma 85mm F1.4 DG DN | A" "Sony:LensType2:50522" "Sigma 105mm F2.8 DG DN MACRO | A"
+    "Sony:LensType2:50523" "Sigma 65mm F2 DG DN | C" "Sony:LensType2:50524"
+    "Sigma 35mm F2 DG DN | C" "Sony:LensType2:50525" "Sigma 24mm F3.5 DG DN | C"
+    "Sony:LensType2:50526" "Sigma 28-70mm F2.8 DG DN | C" "Sony:LensType2:50527"
+    "Sigma 150-600mm F5-6.3 DG DN OS | S" "Sony:LensType2:50528" "Sigma 35mm F1.4 DG DN | A"
+    "Sony:LensType2:50529" "Sigma 90mm F2.8 DG DN | C" "Sony:LensType2:50530"
+    "Sigma 24mm F2 DG DN | C" "Sony:LensType2:50531" "Sigma 18-50mm F2.8 DC DN | C"
+    "Sony:LensType2:50532" "Sigma 20mm F2 DG DN | C" "Sony:LensType2:50533"
+    "Sigma 16-28mm F2.8 DG DN | C" "Sony:LensType2:50534" "Sigma 20mm F1.4 DG DN | A"
+    "Sony:LensType2:50535" "Sigma 24mm F1.4 DG DN | A" "Sony:LensType2:50536"
+    "Sigma 60-600mm F4.5-6.3 DG DN OS | S" "Sony:LensType2:50537" "Sigma 50mm F2 DG DN | C"
+    "Sony:LensType2:50538" "Sigma 17mm F4 DG DN | C" "Sony:LensType2:50539"
+    "Sigma 50mm F1.4 DG DN | A" "Sony:LensType2:50540" "Sigma 14mm F1.4 DG DN | A"
+    "Sony:LensType2:50543" "Sigma 70-200mm F2.8 DG DN OS | S" "Sony:LensType2:50544"
+    "Sigma 23mm F1.4 DC DN | C" "Sony:LensType2:50547" "Sigma 10-18mm F2.8 DC DN | C"
+    "Sony:LensType2:50992" "Voigtlander SUPER WIDE-HELIAR 15mm F4.5 III" "Sony:LensType2:50993"
+    "Voigtlander HELIAR-HYPER WIDE 10mm F5.6" "Sony:LensType2:50994"
+    "Voigtlander ULTRA WIDE-HELIAR 12mm F5.6 III" "Sony:LensType2:50995"
+    "Voigtlander MACRO APO-LANTHAR 65mm F2 Aspherical" "Sony:LensType2:50996"
+    "Voigtlander NOKTON 40mm F1.2 Aspherical" "Sony:LensType2:50997"
+    "Voigtlander NOKTON classic 35mm F1.4" "Sony:LensType2:50998"
+    "Voigtlander MACRO APO-LANTHAR 110mm F2.5" "Sony:LensType2:50999"
+    "Voigtlander COLOR-SKOPAR 21mm F3.5 Aspherical" "Sony:LensType2:51000"
+    "Voigtlander NOKTON 50mm F1.2 Aspherical" "Sony:LensType2:51001"
+    "Voigtlander NOKTON 21mm F1.4 Aspherical" "Sony:LensType2:51002"
+    "Voigtlander APO-LANTHAR 50mm F2 Aspherical" "Sony:LensType2:51003"
+    "Voigtlander NOKTON 35mm F1.2 Aspherical SE" "Sony:LensType2:51006"
+    "Voigtlander APO-LANTHAR 35mm F2 Aspherical" "Sony:LensType2:51504" "Sony:LensType2:51505"
+    "Samyang AF 14mm F2.8 or Samyang AF 35mm F2.8" "Sony:LensType2:51505.1" "Sony:LensType2:51507"
+    "Samyang AF 35mm F1.4" "Sony:LensType2:51508" "Samyang AF 45mm F1.8" "Sony:LensType2:51510"
+    "Samyang AF 18mm F2.8 or Samyang AF 35mm F1.8" "Sony:LensType2:51510.1" "Samyang AF 35mm F1.8"
+    "Sony:LensType2:51512" "Samyang AF 75mm F1.8" "Sony:LensType2:51513" "Sony:LensType2:51514"
+    "Samyang AF 24mm F1.8" "Sony:LensType2:51515" "Samyang AF 12mm F2.0" "Sony:LensType2:51516"
+    "Samyang AF 24-70mm F2.8" "Sony:LensType2:51517" "Samyang AF 50mm F1.4 II"
+    "Sony:LensType2:51518" "Samyang AF 135mm F1.8" "Sony:LensType2:6" "Sony LA-EA4 Adapter"
+    "Sony:LensType2:7" "Sony LA-EA5 Adapter" "Sony:LensType2:78"
+    "Metabones Canon EF Smart Adapter Mark III or Other Adapter" "Sony:LensType3" "Lens Type 3"
+    "Sony:LensType3:0" "Sony:LensType3:0.1" "Sony:LensType3:0.10" "Sony:LensType3:0.11"
+    "Sony:LensType3:0.12" "Sony:LensType3:0.13" "Sony:LensType3:0.2" "Sony:LensType3:0.3"
+    "Sony:LensType3:0.4" "Sony:LensType3:0.5" "Sony:LensType3:0.6" "Sony:LensType3:0.7"
+    "Sony:LensType3:0.8" "Sony:LensType3:0.9" "Sony:LensType3:1" "Sony:LensType3:13"
+    "Sony:LensType3:184" "Sony:LensType3:2" "Sony:LensType3:234" "Sony:LensType3:239"
+    "Sony:LensType3:24593" "Sony:LensType3:3" "Sony:LensType3:32784" "Sony:LensType3:32785"
+    "Sony:LensType3:32786" "Sony:LensType3:32787" "Sony:LensType3:32788" "Sony:LensType3:32789"
+    "Sony:LensType3:32789.1" "Sony:LensType3:32790" "Sony:LensType3:32790.1" "Sony:LensType3:32791"
+    "Sony:LensType3:32792" "Sony:LensType3:32793" "Sony:LensType3:32794" "Sony:LensType3:32794.1"
+    "Sony:LensType3:32794.2" "Sony:LensType3:32795" "Sony:LensType3:32796" "Sony:LensType3:32796.1"
+    "Sony:LensType3:32797" "Sony:LensType3:32798" "Sony:LensType3:32799" "Sony:LensType3:32800"
+    "Sony:LensType3:32801" "Sony:LensType3:32802" "Sony:LensType3:32803" "Sony:LensType3:32804"
+    "Sony:LensType3:32805" "Sony:LensType3:32807" "Sony:LensType3:32808" "Sony:LensType3:32810"
+    "Sony:LensType3:32811" "Sony:LensType3:32812" "Sony:LensType3:32813" "Sony:LensType3:32814"
+    "Sony:LensType3:32815" "Sony:LensType3:32816" "Sony:LensType3:32817" "Sony:LensType3:32819"
+    "Sony:LensType3:32820" "Sony:LensType3:32821" "Sony:LensType3:32822" "Sony:LensType3:32823"
+    "Sony:LensType3:32823.1" "Sony:LensType3:32824" "Sony:LensType3:32826" "Sony:LensType3:32827"
+    "Sony:LensType3:32828" "Sony:LensType3:32829" "Sony:LensType3:32830" "Sony:LensType3:32831"
+    "Sony:LensType3:32848" "Sony:LensType3:32849" "Sony:LensType3:32850" "Sony:LensType3:32851"
+    "Sony:LensType3:32852" "Sony:LensType3:32853" "Sony:LensType3:32854" "Sony:LensType3:32855"
+    "Sony:LensType3:32858" "Sony:LensType3:32859" "Sony:LensType3:32860" "Sony:LensType3:32862"
+    "Sony:LensType3:32863" "Sony:LensType3:32864" "Sony:LensType3:32865" "Sony:LensType3:32866"
+    "Sony:LensType3:32867" "Sony:LensType3:32868" "Sony:LensType3:32871" "Sony:LensType3:32873"
+    "Sony:LensType3:32874" "Sony:LensType3:32875" "Sony:LensType3:32876" "Sony:LensType3:32877"
+    "Sony:LensType3:32878" "Sony:LensType3:32879" "Sony:LensType3:32884" "Sony:LensType3:32885"
+    "Sony:LensType3:32886" "Sony:LensType3:33072" "Sony:LensType3:33073" "Sony:LensType3:33076"
+    "Sony:LensType3:33077" "Sony:LensType3:33078" "Sony:LensType3:33079" "Sony:LensType3:33080"
+    "Sony:LensType3:33081" "Sony:LensType3:33082" "Sony:LensType3:33083" "Sony:LensType3:33084"
+    "Sony:LensType3:33085" "Sony:LensType3:33086" "Sony:LensType3:33087" "Sony:LensType3:33088"
+    "Sony:LensType3:44" "Sony:LensType3:49201" "Sony:LensType3:49202" "Sony:LensType3:49203"
+    "Sony:LensType3:49216" "Sony:LensType3:49217" "Sony:LensType3:49218" "Sony:LensType3:49219"
+    "Sony:LensType3:49220" "Sony:LensType3:49232" "Sony:LensType3:49233" "Sony:LensType3:49234"
+    "Sony:LensType3:49235" "Sony:LensType3:49236" "Sony:LensType3:49456" "Sony:LensType3:49457"
+    "Sony:LensType3:49458" "Sony:LensType3:49459" "Sony:LensType3:49460" "Sony:LensType3:49461"
+    "Sony:LensType3:49462" "Sony:LensType3:49463" "Sony:LensType3:49464" "Sony:LensType3:49465"
+    "Sony:LensType3:49466" "Sony:LensType3:49467" "Sony:LensType3:49468" "Sony:LensType3:49469"
+    "Sony:LensType3:49470" "Sony:LensType3:49471" "Sony:LensType3:49472" "Sony:LensType3:49473"
+    "Sony:LensType3:49473.1" "Sony:LensType3:49473.2" "Sony:LensType3:49473.3"
+    "Sony:LensType3:49473.4" "Sony:LensType3:49474" "Sony:LensType3:49474.1"
+    "Sony:LensType3:49474.2" "Sony:LensType3:49474.3" "Sony:LensType3:49474.4"
+    "Sony:LensType3:49474.5" "Sony:LensType3:49474.6" "Sony:LensType3:49474.7"
+    "Sony:LensType3:49474.8" "Sony:LensType3:49474.9" "Sony:LensType3:49712" "Sony:LensType3:49713"
+    "Sony:LensType3:49714" "Sony:LensType3:50480" "Sony:LensType3:50481" "Sony:LensType3:50482"
+    "Sony:LensType3:50483" "Sony:LensType3:50484" "Sony:LensType3:50485" "Sony:LensType3:50486"
+    "Sony:LensType3:50487" "Sony:LensType3:50488" "Sony:LensType3:50489" "Sony:LensType3:50490"
+    "Sony:LensType3:50492" "Sony:LensType3:50493" "Sony:LensType3:50495" "Sony:LensType3:50499"
+    "Sony:LensType3:50501" "Sony:LensType3:50503" "Sony:LensType3:50507" "Sony:LensType3:50508"
+    "Sony:LensType3:50512" "Sony:LensType3:50513" "Sony:LensType3:50514" "Sony:LensType3:50515"
+    "Sony:LensType3:50516" "Sony:LensType3:50517" "Sony:LensType3:50518" "Sony:LensType3:50521"
+    "Sony:LensType3:50522" "Sony:LensType3:50523" "Sony:LensType3:50524" "Sony:LensType3:50525"
+    "Sony:LensType3:50526" "Sony:LensType3:50527" "Sony:LensType3:50528" "Sony:LensType3:50529"
+    "Sony:LensType3:50530" "Sony:LensType3:50531" "Sony:LensType3:50532" "Sony:LensType3:50533"
+    "Sony:LensType3:50534" "Sony:LensType3:50535" "Sony:LensType3:50536" "Sony:LensType3:50537"
+    "Sony:LensType3:50538" "Sony:LensType3:50539" "Sony:LensType3:50540" "Sony:LensType3:50543"
+    "Sony:LensType3:50544" "Sony:LensType3:50547" "Sony:LensType3:50992" "Sony:LensType3:50993"
+    "Sony:LensType3:50994" "Sony:LensType3:50995" "Sony:LensType3:50996" "Sony:LensType3:50997"
+    "Sony:LensType3:50998" "Sony:LensType3:50999" "Sony:LensType3:51000" "Sony:LensType3:51001"
+    "Sony:LensType3:51002" "Sony:LensType3:51003" "Sony:LensType3:51006" "Sony:LensType3:51504"
+    "Sony:LensType3:51505" "Sony:LensType3:51505.1" "Sony:LensType3:51507" "Sony:LensType3:51508"
+    "Sony:LensType3:51510" "Sony:LensType3:51510.1" "Sony:LensType3:51512" "Sony:LensType3:51513"
+    "Sony:LensType3:51514" "Sony:LensType3:51515" "Sony:LensType3:51516" "Sony:LensType3:51517"
+    "Sony:LensType3:51518" "Sony:LensType3:6" "Sony:LensType3:7" "Sony:LensType3:78"
+    "Sony:LensType:0" "Minolta AF 28-85mm F3.5-4.5 New" "Sony:LensType:1"
+    "Minolta AF 80-200mm F2.8 HS-APO G" "Sony:LensType:10" "Minolta AF 28-105mm F3.5-4.5 [New]"
+    "Sony:LensType:11" "Minolta AF 300mm F4 HS-APO G" "Sony:LensType:12"
+    "Minolta AF 100mm F2.8 Soft Focus" "Sony:LensType:128" "Tamron or Sigma Lens (128)"
+    "Sony:LensType:128.1" "Tamron AF 18-200mm F3.5-6.3 XR Di II LD Aspherical [IF] Macro"
+    "Sony:LensType:128.10" "Sigma 85mm F1.4 EX DG HSM" "Sony:LensType:128.11"
+    "Sigma 24-70mm F2.8 IF EX DG HSM" "Sony:LensType:128.12" "Sigma 18-250mm F3.5-6.3 DC OS HSM"
+    "Sony:LensType:128.13" "Sigma 17-50mm F2.8 EX DC HSM" "Sony:LensType:128.14"
+    "Sigma 17-70mm F2.8-4 DC Macro HSM" "Sony:LensType:128.15"
+    "Sigma 150mm F2.8 EX DG OS HSM APO Macro" "Sony:LensType:128.16"
+    "Sigma 150-500mm F5-6.3 APO DG OS HSM" "Sony:LensType:128.17" "Tamron AF 28-105mm F4-5.6 [IF]"
+    "Sony:LensType:128.18" "Sigma 35mm F1.4 DG HSM" "Sony:LensType:128.19"
+    "Sigma 18-35mm F1.8 DC HSM" "Sony:LensType:128.2"
+    "Tamron AF 28-300mm F3.5-6.3 XR Di LD Aspherical [IF] Macro" "Sony:LensType:128.20"
+    "Sigma 50-500mm F4.5-6.3 APO DG OS HSM" "Sony:LensType:128.21" "Sigma 24-105mm F4 DG HSM | A"
+    "Sony:LensType:128.22" "Sigma 30mm F1.4" "Sony:LensType:128.23" "Sony:LensType:128.24"
+    "Sigma 105mm F2.8 EX DG OS HSM Macro" "Sony:LensType:128.25"
+    "Sigma 180mm F2.8 EX DG OS HSM APO Macro" "Sony:LensType:128.26"
+    "Sigma 18-300mm F3.5-6.3 DC Macro HSM | C" "Sony:LensType:128.27"
+    "Sigma 18-50mm F2.8-4.5 DC HSM" "Sony:LensType:128.3"
+    "Tamron AF 28-200mm F3.8-5.6 XR Di Aspherical [IF] Macro" "Sony:LensType:128.4"
+    "Tamron SP AF 17-35mm F2.8-4 Di LD Aspherical IF" "Sony:LensType:128.5"
+    "Sigma AF 50-150mm F2.8 EX DC APO HSM II" "Sony:LensType:128.6" "Sigma 10-20mm F3.5 EX DC HSM"
+    "Sony:LensType:128.7" "Sigma 70-200mm F2.8 II EX DG APO MACRO HSM" "Sony:LensType:128.8"
+    "Sigma 10mm F2.8 EX DC HSM Fisheye" "Sony:LensType:128.9" "Sigma 50mm F1.4 EX DG HSM"
+    "Sony:LensType:129" "Tamron Lens (129)" "Sony:LensType:129.1" "Tamron 200-400mm F5.6 LD"
+    "Sony:LensType:129.2" "Tamron 70-300mm F4-5.6 LD" "Sony:LensType:13"
+    "Minolta AF 75-300mm F4.5-5.6 (New or II)" "Sony:LensType:131"
+    "Tamron 20-40mm F2.7-3.5 SP Aspherical IF" "Sony:LensType:135" "Vivitar 28-210mm F3.5-5.6"
+    "Sony:LensType:136" "Tokina EMZ M100 AF 100mm F3.5" "Sony:LensType:137"
+    "Cosina 70-210mm F2.8-4 AF" "Sony:LensType:138" "Soligor 19-35mm F3.5-4.5" "Sony:LensType:139"
+    "Tokina AF 28-300mm F4-6.3" "Sony:LensType:14" "Minolta AF 100-400mm F4.5-6.7 APO"
+    "Sony:LensType:142" "Cosina AF 70-300mm F4.5-5.6 MC" "Sony:LensType:146"
+    "Voigtlander Macro APO-Lanthar 125mm F2.5 SL" "Sony:LensType:15"
+    "Minolta AF 400mm F4.5 HS-APO G" "Sony:LensType:16" "Minolta AF 17-35mm F3.5 G"
+    "Sony:LensType:17" "Minolta AF 20-35mm F3.5-4.5" "Sony:LensType:18"
+    "Minolta AF 28-80mm F3.5-5.6 II" "Sony:LensType:1868"
+    "Sigma MC-11 SA-E Mount Converter with not-supported Sigma lens" "Sony:LensType:18688"
+    "Sony:LensType:19" "Minolta AF 35mm F1.4 G" "Sony:LensType:194"
+    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical [IF]" "Sony:LensType:2"
+    "Minolta AF 28-70mm F2.8 G" "Sony:LensType:20" "Minolta/Sony 135mm F2.8 [T4.5] STF"
+    "Sony:LensType:202" "Tamron SP AF 70-200mm F2.8 Di LD [IF] Macro" "Sony:LensType:203"
+    "Tamron SP 70-200mm F2.8 Di USD" "Sony:LensType:204" "Tamron SP 24-70mm F2.8 Di USD"
+    "Sony:LensType:212" "Tamron 28-300mm F3.5-6.3 Di PZD" "Sony:LensType:213"
+    "Tamron 16-300mm F3.5-6.3 Di II PZD Macro" "Sony:LensType:214"
+    "Tamron SP 150-600mm F5-6.3 Di USD" "Sony:LensType:215" "Tamron SP 15-30mm F2.8 Di USD"
+    "Sony:LensType:216" "Tamron SP 45mm F1.8 Di USD" "Sony:LensType:217"
+    "Tamron SP 35mm F1.8 Di USD" "Sony:LensType:218" "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F017)"
+    "Sony:LensType:22" "Minolta AF 35-80mm F4-5.6 II" "Sony:LensType:220"
+    "Tamron SP 150-600mm F5-6.3 Di USD G2" "Sony:LensType:224"
+    "Tamron SP 90mm F2.8 Di Macro 1:1 USD (F004)" "Sony:LensType:23"
+    "Minolta AF 200mm F4 Macro APO G" "Sony:LensType:24"
+    "Minolta/Sony AF 24-105mm F3.5-4.5 (D) or Sigma or Tamron Lens" "Sony:LensType:24.1"
+    "Sigma 18-50mm F2.8" "Sony:LensType:24.2" "Sigma 17-70mm F2.8-4.5 DC Macro" "Sony:LensType:24.3"
+    "Sigma 20-40mm F2.8 EX DG Aspherical IF" "Sony:LensType:24.4" "Sigma 18-200mm F3.5-6.3 DC"
+    "Sony:LensType:24.5" "Sigma DC 18-125mm F4-5,6 D" "Sony:LensType:24.6"
+    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical [IF] Macro" "Sony:LensType:24.7"
+    "Sigma 15-30mm F3.5-4.5 EX DG Aspherical" "Sony:LensType:25"
+    "Minolta AF 100-300mm F4.5-5.6 APO (D) or Sigma Lens" "Sony:LensType:25.1"
+    "Sigma 100-300mm F4 EX (APO (D) or D IF)" "Sony:LensType:25.2" "Sigma 70mm F2.8 EX DG Macro"
+    "Sony:LensType:25.3" "Sigma 20mm F1.8 EX DG Aspherical RF" "Sony:LensType:25.4"
+    "Sigma 30mm F1.4 EX DC" "Sony:LensType:25.5" "Sigma 24mm F1.8 EX DG ASP Macro"
+    "Sony:LensType:255" "Tamron Lens (255)" "Sony:LensType:255.1"
+    "Tamron SP AF 17-50mm F2.8 XR Di II LD Aspherical" "Sony:LensType:255.2"
+    "Tamron AF 18-250mm F3.5-6.3 XR Di II LD" "Sony:LensType:255.3"
+    "Tamron AF 55-200mm F4-5.6 Di II LD Macro" "Sony:LensType:255.4"
+    "Tamron AF 70-300mm F4-5.6 Di LD Macro 1:2" "Sony:LensType:255.5"
+    "Tamron SP AF 200-500mm F5.0-6.3 Di LD IF" "Sony:LensType:255.6"
+    "Tamron SP AF 10-24mm F3.5-4.5 Di II LD Aspherical IF" "Sony:LensType:255.7"
+    "Tamron SP AF 70-200mm F2.8 Di LD IF Macro" "Sony:LensType:255.8"
+    "Tamron SP AF 28-75mm F2.8 XR Di LD Aspherical IF" "Sony:LensType:255.9"
+    "Tamron AF 90-300mm F4.5-5.6 Telemacro" "Sony:LensType:2550" "Minolta AF 50mm F1.7"
+    "Sony:LensType:25501" "Sony:LensType:2551" "Minolta AF 35-70mm F4 or Other Lens"
+    "Sony:LensType:2551.1" "Sigma UC AF 28-70mm F3.5-4.5" "Sony:LensType:2551.2"
+    "Sigma AF 28-70mm F2.8" "Sony:LensType:2551.3" "Sigma M-AF 70-200mm F2.8 EX Aspherical"
+    "Sony:LensType:2551.4" "Quantaray M-AF 35-80mm F4-5.6" "Sony:LensType:2551.5"
+    "Tokina 28-70mm F2.8-4.5 AF" "Sony:LensType:25511" "Sony:LensType:25511.1"
+    "Sony:LensType:25511.2" "Sony:LensType:25511.3" "Sony:LensType:25511.4" "Sony:LensType:25511.5"
+    "Sony:LensType:2552" "Minolta AF 28-85mm F3.5-4.5 or Other Lens" "Sony:LensType:2552.1"
+    "Tokina 19-35mm F3.5-4.5" "Sony:LensType:2552.2" "Tokina 28-70mm F2.8 AT-X"
+    "Sony:LensType:2552.3" "Tokina 80-400mm F4.5-5.6 AT-X AF II 840" "Sony:LensType:2552.4"
+    "Tokina AF PRO 28-80mm F2.8 AT-X 280" "Sony:LensType:2552.5"
+    "Tokina AT-X PRO [II] AF 28-70mm F2.6-2.8 270" "Sony:LensType:2552.6"
+    "Tamron AF 19-35mm F3.5-4.5" "Sony:LensType:2552.7" "Angenieux AF 28-70mm F2.6"
+    "Sony:LensType:2552.8" "Tokina AT-X 17 AF 17mm F3.5" "Sony:LensType:2552.9"
+    "Tokina 20-35mm F3.5-4.5 II AF" "Sony:LensType:25521" "Sony:LensType:25521.1"
+    "Sony:LensType:25521.2" "Sony:LensType:25521.3" "Sony:LensType:25521.4" "Sony:LensType:25521.5"
+    "Sony:LensType:25521.6" "Sony:LensType:25521.7" "Sony:LensType:25521.8" "Sony:LensType:25521.9"
+    "Sony:LensType:2553" "Minolta AF 28-135mm F4-4.5 or Other Lens" "Sony:LensType:2553.1"
+    "Sigma ZOOM-alpha 35-135mm F3.5-4.5" "Sony:LensType:2553.2" "Sigma 28-105mm F2.8-4 Aspherical"
+    "Sony:LensType:2553.3" "Sigma 28-105mm F4-5.6 UC" "Sony:LensType:2553.4"
+    "Tokina AT-X 242 AF 24-200mm F3.5-5.6" "Sony:LensType:25531" "Sony:LensType:25531.1"
+    "Sony:LensType:25531.2" "Sony:LensType:25531.3" "Sony:LensType:25531.4" "Sony:LensType:2554"
+    "Minolta AF 35-105mm F3.5-4.5" "Sony:LensType:25541" "Sony:LensType:2555"
+    "Minolta AF 70-210mm F4 Macro or Sigma Lens" "Sony:LensType:2555.1" "Sigma 70-210mm F4-5.6 APO"
+    "Sony:LensType:2555.2" "Sigma M-AF 70-200mm F2.8 EX APO" "Sony:LensType:2555.3"
+    "Sigma 75-200mm F2.8-3.5" "Sony:LensType:25551" "Sony:LensType:25551.1" "Sony:LensType:25551.2"
+    "Sony:LensType:25551.3" "Sony:LensType:2556" "Minolta AF 135mm F2.8" "Sony:LensType:25561"
+    "Sony:LensType:2557" "Minolta/Sony AF 28mm F2.8" "Sony:LensType:25571" "Sony:LensType:2558"
+    "Minolta AF 24-50mm F4" "Sony:LensType:25581" "Sony:LensType:2560" "Minolta AF 100-200mm F4.5"
+    "Sony:LensType:25601" "Sony:LensType:2561" "Minolta AF 75-300mm F4.5-5.6 or Sigma Lens"
+    "Sony:LensType:2561.1" "Sigma 70-300mm F4-5.6 DL Macro" "Sony:LensType:2561.10"
+    "Sigma 1000mm F8 APO" "Sony:LensType:2561.2" "Sigma 300mm F4 APO Macro" "Sony:LensType:2561.3"
+    "Sigma AF 500mm F4.5 APO" "Sony:LensType:2561.4" "Sigma AF 170-500mm F5-6.3 APO Aspherical"
+    "Sony:LensType:2561.5" "Tokina AT-X AF 300mm F4" "Sony:LensType:2561.6"
+    "Tokina AT-X AF 400mm F5.6 SD" "Sony:LensType:2561.7" "Tokina AF 730 II 75-300mm F4.5-5.6"
+    "Sony:LensType:2561.8" "Sigma 800mm F5.6 APO" "Sony:LensType:2561.9"
+    "Sigma AF 400mm F5.6 APO Macro" "Sony:LensType:25611" "Sony:LensType:25611.1"
+    "Sony:LensType:25611.10" "Sony:LensType:25611.2" "Sony:LensType:25611.3" "Sony:LensType:25611.4"
+    "Sony:LensType:25611.5" "Sony:LensType:25611.6" "Sony:LensType:25611.7" "Sony:LensType:25611.8"
+    "Sony:LensType:25611.9" "Sony:LensType:2562" "Minolta AF 50mm F1.4 [New]" "Sony:LensType:25621"
+    "Sony:LensType:2563" "Minolta AF 300mm F2.8 APO or Sigma Lens" "Sony:LensType:2563.1"
+    "Sigma AF 50-500mm F4-6.3 EX DG APO" "Sony:LensType:2563.2" "Sony:LensType:2563.3"
+    "Sigma AF 500mm F4.5 EX DG APO" "Sony:LensType:2563.4" "Sigma 400mm F5.6 APO"
+    "Sony:LensType:25631" "Sony:LensType:25631.1" "Sony:LensType:25631.2" "Sony:LensType:25631.3"
+    "Sony:LensType:25631.4" "Sony:LensType:2564" "Minolta AF 50mm F2.8 Macro or Sigma Lens"
+    "Sony:LensType:2564.1" "Sigma 50mm F2.8 EX Macro" "Sony:LensType:25641" "Sony:LensType:25641.1"
+    "Sony:LensType:2565" "Minolta AF 600mm F4 APO" "Sony:LensType:25651" "Sony:LensType:2566"
+    "Minolta AF 24mm F2.8 or Sigma Lens" "Sony:LensType:2566.1" "Sigma 17-35mm F2.8-4 EX Aspherical"
+    "Sony:LensType:25661" "Sony:LensType:25661.1" "Sony:LensType:2572"
+    "Minolta/Sony AF 500mm F8 Reflex" "Sony:LensType:25721" "Sony:LensType:2578"
+    "Minolta/Sony AF 16mm F2.8 Fisheye or Sigma Lens" "Sony:LensType:2578.1"
+    "Sigma 8mm F4 EX [DG] Fisheye" "Sony:LensType:2578.2" "Sigma 14mm F3.5" "Sony:LensType:2578.3"
+    "Sigma 15mm F2.8 Fisheye" "Sony:LensType:25781" "Sony:LensType:25781.1" "Sony:LensType:25781.2"
+    "Sony:LensType:25781.3" "Sony:LensType:2579" "Minolta/Sony AF 20mm F2.8 or Tokina Lens"
+    "Sony:LensType:2579.1" "Tokina AT-X Pro DX 11-16mm F2.8" "Sony:LensType:25791"
+    "Sony:LensType:25791.1" "Sony:LensType:2581"
+    "Minolta AF 100mm F2.8 Macro [New] or Sigma or Tamron Lens" "Sony:LensType:2581.1"
+    "Sigma AF 90mm F2.8 Macro" "Sony:LensType:2581.2" "Sigma AF 105mm F2.8 EX [DG] Macro"
+    "Sony:LensType:2581.3" "Sigma 180mm F5.6 Macro" "Sony:LensType:2581.4"
+    "Sigma 180mm F3.5 EX DG Macro" "Sony:LensType:2581.5" "Tamron 90mm F2.8 Macro"
+    "Sony:LensType:25811" "Sony:LensType:25811.1" "Sony:LensType:25811.2" "Sony:LensType:25811.3"
+    "Sony:LensType:25811.4" "Sony:LensType:25811.5" "Sony:LensType:2585"
+    "Minolta AF 35-105mm F3.5-4.5 New or Tamron Lens" "Sony:LensType:2585.1"
+    "Beroflex 35-135mm F3.5-4.5" "Sony:LensType:2585.2" "Tamron 24-135mm F3.5-5.6"
+    "Sony:LensType:25851" "Sony:LensType:25858" "Sony:LensType:25858.1" "Sony:LensType:2588"
+    "Minolta AF 70-210mm F3.5-4.5" "Sony:LensType:25881" "Sony:LensType:2589"
+    "Minolta AF 80-200mm F2.8 APO or Tokina Lens" "Sony:LensType:2589.1" "Tokina 80-200mm F2.8"
+    "Sony:LensType:25891" "Sony:LensType:25891.1" "Sony:LensType:2590"
+    "Minolta AF 200mm F2.8 G APO + Minolta AF 1.4x APO or Other Lens + 1.4x" "Sony:LensType:2590.1"
+    "Minolta AF 600mm F4 HS-APO G + Minolta AF 1.4x APO" "Sony:LensType:25901"
+    "Sony:LensType:25901.1" "Sony:LensType:2591" "Minolta AF 35mm F1.4" "Sony:LensType:25911"
+    "Sony:LensType:2592" "Minolta AF 85mm F1.4 G (D)" "Sony:LensType:25921" "Sony:LensType:2593"
+    "Minolta AF 200mm F2.8 APO" "Sony:LensType:25931" "Sony:LensType:2594"
+    "Minolta AF 3x-1x F1.7-2.8 Macro" "Sony:LensType:25941" "Sony:LensType:2596"
+    "Minolta AF 28mm F2" "Sony:LensType:25961" "Sony:LensType:2597" "Minolta AF 35mm F2 [New]"
+    "Sony:LensType:25971" "Sony:LensType:2598" "Minolta AF 100mm F2" "Sony:LensType:25981"
+    "Sony:LensType:2601" "Minolta AF 200mm F2.8 G APO + Minolta AF 2x APO or Other Lens + 2x"
+    "Sony:LensType:2601.1" "Minolta AF 600mm F4 HS-APO G + Minolta AF 2x APO" "Sony:LensType:26011"
+    "Sony:LensType:26011.1" "Sony:LensType:2604" "Minolta AF 80-200mm F4.5-5.6"
+    "Sony:LensType:26041" "Sony:LensType:2605" "Minolta AF 35-80mm F4-5.6" "Sony:LensType:26051"
+    "Sony:LensType:2606" "Minolta AF 100-300mm F4.5-5.6" "Sony:LensType:26061" "Sony:LensType:2607"
+    "Sony:LensType:26071" "Sony:LensType:2608" "Minolta AF 300mm F2.8 HS-APO G"
+    "Sony:LensType:26081" "Sony:LensType:2609" "Minolta AF 600mm F4 HS-APO G" "Sony:LensType:26091"
+    "Sony:LensType:2612" "Minolta AF 200mm F2.8 HS-APO G" "Sony:LensType:26121" "Sony:LensType:2613"
+    "Minolta AF 50mm F1.7 New" "Sony:LensType:26131" "Sony:LensType:2615"
+    "Minolta AF 28-105mm F3.5-4.5 xi" "Sony:LensType:26151" "Sony:LensType:2616"
+    "Minolta AF 35-200mm F4.5-5.6 xi" "Sony:LensType:26161" "Sony:LensType:2618"
+    "Minolta AF 28-80mm F4-5.6 xi" "Sony:LensType:26181" "Sony:LensType:2619"
+    "Minolta AF 80-200mm F4.5-5.6 xi" "Sony:LensType:26191" "Sony:LensType:2620"
+    "Sony:LensType:26201" "Sony:LensType:2621" "Minolta AF 100-300mm F4.5-5.6 xi"
+    "Sony:LensType:26211" "Sony:LensType:2624" "Minolta AF 35-80mm F4-5.6 Power Zoom"
+    "Sony:LensType:26241" "Sony:LensType:2628" "Sony:LensType:26281" "Sony:LensType:2629"
+    "Minolta AF 85mm F1.4 New" "Sony:LensType:26291" "Sony:LensType:2631"
+    "Minolta AF 100-300mm F4.5-5.6 APO" "Sony:LensType:26311" "Sony:LensType:2632"
+    "Minolta AF 24-50mm F4 New" "Sony:LensType:26321" "Sony:LensType:2638"
+    "Minolta AF 50mm F2.8 Macro New" "Sony:LensType:26381" "Sony:LensType:2639"
+    "Minolta AF 100mm F2.8 Macro" "Sony:LensType:26391" "Sony:LensType:2641"
+    "Minolta/Sony AF 20mm F2.8 New" "Sony:LensType:26411" "Sony:LensType:2642"
+    "Minolta AF 24mm F2.8 New" "Sony:LensType:26421" "Sony:LensType:2644" "Sony:LensType:26441"
+    "Sony:LensType:2662" "Minolta AF 50mm F1.4 New" "Sony:LensType:26621" "Sony:LensType:2667"
+    "Minolta AF 35mm F2 New" "Sony:LensType:26671" "Sony:LensType:2668" "Minolta AF 28mm F2 New"
+    "Sony:LensType:26681" "Sony:LensType:2672" "Minolta AF 24-105mm F3.5-4.5 (D)"
+    "Sony:LensType:26721" "Sony:LensType:27" "Sony:LensType:28"
+    "Minolta/Sony AF 100mm F2.8 Macro (D) or Tamron Lens" "Sony:LensType:28.1"
+    "Tamron SP AF 90mm F2.8 Di Macro" "Sony:LensType:28.2"
+    "Tamron SP AF 180mm F3.5 Di LD [IF] Macro" "Sony:LensType:29"
+    "Minolta/Sony AF 75-300mm F4.5-5.6 (D)" "Sony:LensType:3" "Minolta AF 28-80mm F4-5.6"
+    "Sony:LensType:30" "Minolta AF 28-80mm F3.5-5.6 (D) or Sigma Lens" "Sony:LensType:30.1"
+    "Sigma AF 10-20mm F4-5.6 EX DC" "Sony:LensType:30.2" "Sigma AF 12-24mm F4.5-5.6 EX DG"
+    "Sony:LensType:30.3" "Sigma 28-70mm EX DG F2.8" "Sony:LensType:30.4" "Sigma 55-200mm F4-5.6 DC"
+    "Sony:LensType:3046" "Sony:LensType:30464" "Sony:LensType:31"
+    "Minolta/Sony AF 50mm F2.8 Macro (D) or F3.5" "Sony:LensType:31.1"
+    "Minolta/Sony AF 50mm F3.5 Macro" "Sony:LensType:32"
+    "Minolta/Sony AF 300mm F2.8 G or 1.5x Teleconverter" "Sony:LensType:33"
+    "Minolta/Sony AF 70-200mm F2.8 G" "Sony:LensType:35" "Minolta AF 85mm F1.4 G (D) Limited"
+    "Sony:LensType:36" "Minolta AF 28-100mm F3.5-5.6 (D)" "Sony:LensType:38"
+    "Minolta AF 17-35mm F2.8-4 (D)" "Sony:LensType:39" "Minolta AF 28-75mm F2.8 (D)"
+    "Sony:LensType:4" "Minolta AF 85mm F1.4G" "Sony:LensType:40"
+    "Minolta/Sony AF DT 18-70mm F3.5-5.6 (D)" "Sony:LensType:41"
+    "Minolta/Sony AF DT 11-18mm F4.5-5.6 (D) or Tamron Lens" "Sony:LensType:41.1"
+    "Tamron SP AF 11-18mm F4.5-5.6 Di II LD Aspherical IF" "Sony:LensType:42"
+    "Minolta/Sony AF DT 18-200mm F3.5-6.3 (D)" "Sony:LensType:43" "Sony 35mm F1.4 G (SAL35F14G)"
+    "Sony:LensType:44" "Sony 50mm F1.4 (SAL50F14)" "Sony:LensType:45"
+    "Carl Zeiss Planar T* 85mm F1.4 ZA (SAL85F14Z)" "Sony:LensType:4567" "Tokina 70-210mm F4-5.6"
+    "Sony:LensType:45671" "Sony:LensType:4568" "Tokina AF 35-200mm F4-5.6 Zoom SD"
+    "Sony:LensType:45681" "Sony:LensType:4570" "Tamron AF 35-135mm F3.5-4.5" "Sony:LensType:45701"
+    "Sony:LensType:4571" "Vivitar 70-210mm F4.5-5.6" "Sony:LensType:45711" "Sony:LensType:4574"
+    "2x Teleconverter or Tamron or Tokina Lens" "Sony:LensType:4574.1" "Tamron SP AF 90mm F2.5"
+    "Sony:LensType:4574.2" "Tokina RF 500mm F8.0 x2" "Sony:LensType:4574.3" "Tokina 300mm F2.8 x2"
+    "Sony:LensType:45741" "Sony:LensType:45741.1" "Sony:LensType:45741.2" "Sony:LensType:45741.3"
+    "Sony:LensType:4575" "1.4x Teleconverter" "Sony:LensType:45751" "Sony:LensType:4585"
+    "Tamron SP AF 300mm F2.8 LD IF" "Sony:LensType:45851" "Sony:LensType:4586"
+    "Tamron SP AF 35-105mm F2.8 LD Aspherical IF" "Sony:LensType:45861" "Sony:LensType:4587"
+    "Tamron AF 70-210mm F2.8 SP LD" "Sony:LensType:45871" "Sony:LensType:46"
+    "Carl Zeiss Vario-Sonnar T* DT 16-80mm F3.5-4.5 ZA (SAL1680Z)" "Sony:LensType:47"
+    "Carl Zeiss Sonnar T* 135mm F1.8 ZA (SAL135F18Z)" "Sony:LensType:48"
+    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM (SAL2470Z) or Other Lens" "Sony:LensType:48.1"
+    "Carl Zeiss Vario-Sonnar T* 24-70mm F2.8 ZA SSM II (SAL2470Z2)" "Sony:LensType:48.2"
+    "Sony:LensType:4812" "Sony:LensType:48128" "Sony:LensType:49"
+    "Sony DT 55-200mm F4-5.6 (SAL55200)" "Sony:LensType:5" "Minolta AF 35-70mm F3.5-4.5 [II]"
+    "Sony:LensType:50" "Sony DT 18-250mm F3.5-6.3 (SAL18250)" "Sony:LensType:51"
+    "Sony DT 16-105mm F3.5-5.6 (SAL16105)" "Sony:LensType:52"
+    "Sony 70-300mm F4.5-5.6 G SSM (SAL70300G) or G SSM II or Tamron Lens" "Sony:LensType:52.1"
+    "Sony 70-300mm F4.5-5.6 G SSM II (SAL70300G2)" "Sony:LensType:52.2"
+    "Tamron SP 70-300mm F4-5.6 Di USD" "Sony:LensType:53" "Sony 70-400mm F4-5.6 G SSM (SAL70400G)"
+    "Sony:LensType:54" "Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM (SAL1635Z) or ZA SSM II"
+    "Sony:LensType:54.1" "Carl Zeiss Vario-Sonnar T* 16-35mm F2.8 ZA SSM II (SAL1635Z2)"
+    "Sony:LensType:55" "Sony DT 18-55mm F3.5-5.6 SAM (SAL1855) or SAM II" "Sony:LensType:55.1"
+    "Sony DT 18-55mm F3.5-5.6 SAM II (SAL18552)" "Sony:LensType:56"
+    "Sony DT 55-200mm F4-5.6 SAM (SAL55200-2)" "Sony:LensType:57"
     "Sony DT 50mm F1.8 SAM (SAL50F18) or Tamron Lens or Commlite CM-EF-NEX adapter"
-    "Sony:LensType:57.1""Tamron SP AF 60mm F2 Di II LD [IF] Macro 1:1""Sony:LensType:57.2"
-    "Tamron 18-270mm F3.5-6.3 Di II PZD""Sony:LensType:58""Sony DT 30mm F2.8 Macro SAM (SAL30M28)"
-    "Sony:LensType:59""Sony 28-75mm F2.8 SAM (SAL2875)""Sony:LensType:6"
-    "Minolta AF 24-85mm F3.5-4.5 [New]""Sony:LensType:60"
-    "Carl Zeiss Distagon T* 24mm F2 ZA SSM (SAL24F20Z)""Sony:LensType:61"
-    "Sony 85mm F2.8 SAM (SAL85F28)""Sony:LensType:6118""Canon EF Adapter""Sony:LensType:61184"
-    "Sony:LensType:62""Sony DT 35mm F1.8 SAM (SAL35F18)""Sony:LensType:63"
-    "Sony DT 16-50mm F2.8 SSM (SAL1650)""Sony:LensType:64""Sony 500mm F4 G SSM (SAL500F40G)"
-    "Sony:LensType:65""Sony DT 18-135mm F3.5-5.6 SAM (SAL18135)""Sony:LensType:6528"
-    "Sigma 16mm F2.8 Filtermatic Fisheye""Sony:LensType:65280""Sony:LensType:6553"
-    "E-Mount, T-Mount, Other Lens or no lens""Sony:LensType:6553.1""Arax MC 35mm F2.8 Tilt+Shift"
-    "Sony:LensType:6553.2""Arax MC 80mm F2.8 Tilt+Shift""Sony:LensType:6553.3"
-    "Zenitar MF 16mm F2.8 Fisheye M42""Sony:LensType:6553.4""Samyang 500mm Mirror F8.0"
-    "Sony:LensType:6553.5""Pentacon Auto 135mm F2.8""Sony:LensType:6553.6""Pentacon Auto 29mm F2.8"
-    "Sony:LensType:6553.7""Helios 44-2 58mm F2.0""Sony:LensType:65535""Sony:LensType:65535.1"
-    "Sony:LensType:65535.2""Sony:LensType:65535.3""Sony:LensType:65535.4""Sony:LensType:65535.5"
-    "Sony:LensType:65535.6""Sony:LensType:65535.7""Sony:LensType:66"
-    "Sony 300mm F2.8 G SSM II (SAL300F28G2)""Sony:LensType:67"
-    "Sony 70-200mm F2.8 G SSM II (SAL70200G2)""Sony:LensType:68"
-    "Sony DT 55-300mm F4.5-5.6 SAM (SAL55300)""Sony:LensType:69"
-    "Sony 70-400mm F4-5.6 G SSM II (SAL70400G2)""Sony:LensType:7"
-    "Minolta AF 100-300mm F4.5-5.6 APO [New] or 100-400mm or Sigma Lens""Sony:LensType:7.1"
-    "Sony:LensType:7.2""Sigma AF 100-300mm F4 EX DG IF""Sony:LensType:70"
-    "Carl Zeiss Planar T* 50mm F1.4 ZA SSM (SAL50F14Z)""Sony:LensType:8"
-    "Minolta AF 70-210mm F4.5-5.6 [II]""Sony:LensType:9""Minolta AF 50mm F3.5 Macro"
-    "Sony:LensZoomPosition""Lens Zoom Position""Sony:LiveViewAFMethod""Live View AF Method"
-    "Sony:LiveViewAFMethod:0""Sony:LiveViewAFMethod:1""Phase-detect AF""Sony:LiveViewAFMethod:2"
-    "Contrast AF""Sony:LiveViewAFSetting""Live View AF Setting""Sony:LiveViewAFSetting:0"
-    "Sony:LiveViewAFSetting:1""Sony:LiveViewAFSetting:2""Sony:LiveViewFocusMode"
-    "Live View Focus Mode""Sony:LiveViewFocusMode:0""Sony:LiveViewFocusMode:1"
-    "Sony:LiveViewFocusMode:16""Sony:LiveViewMetering""Live View Metering""Sony:LiveViewMetering:0"
-    "Sony:LiveViewMetering:16""40 Segment""Sony:LiveViewMetering:32""1200-zone Evaluative"
-    "Sony:LongExposureNoiseReduction""Long Exposure Noise Reduction"
-    "Sony:LongExposureNoiseReduction:0""Sony:LongExposureNoiseReduction:1"
-    "Off |\302\240On |\302\240On (unused)""Sony:LongExposureNoiseReduction:16"
-    "Sony:LongExposureNoiseReduction:4294901760""Off (65535)"
-    "Sony:LongExposureNoiseReduction:4294901761""On (65535)"
-    "Sony:LongExposureNoiseReduction:4294967295""Sony:LongExposureNoiseReduction:65537"
-    "On (dark subtracted)""Sony:Macro""Sony:Macro:0""Sony:Macro:1""Sony:Macro:2""Close Focus"
-    "Sony:Macro:65535""Sony:MasterGainAdjustment""Master Gain Adjustment""Sony:MaxFocalLength"
-    "Max Focal Length""Sony:MemoryCardConfiguration""Memory Card Configuration"
-    "Sony:MemoryCardConfiguration:244""MemoryStick in use, SD card present"
-    "Sony:MemoryCardConfiguration:245""MemoryStick in use, SD slot empty"
-    "Sony:MemoryCardConfiguration:252""SD card in use, MemoryStick present"
-    "Sony:MemoryCardConfiguration:254""SD card in use, MemoryStick slot empty""Sony:MetaVersion"
-    "Meta Version""Sony:MeterInfo1Row1""Meter Info 1 Row 1""Sony:MeterInfo1Row2""Meter Info 1 Row 2"
-    "Sony:MeterInfo1Row3""Meter Info 1 Row 3""Sony:MeterInfo1Row4""Meter Info 1 Row 4"
-    "Sony:MeterInfo1Row5""Meter Info 1 Row 5""Sony:MeterInfo1Row6""Meter Info 1 Row 6"
-    "Sony:MeterInfo1Row7""Meter Info 1 Row 7""Sony:MeterInfo2Row1""Meter Info 2 Row 1"
-    "Sony:MeterInfo2Row2""Meter Info 2 Row 2""Sony:MeterInfo2Row3""Meter Info 2 Row 3"
-    "Sony:MeterInfo2Row4""Meter Info 2 Row 4""Sony:MeterInfo2Row5""Meter Info 2 Row 5"
-    "Sony:MeterInfo2Row6""Meter Info 2 Row 6""Sony:MeterInfo2Row7""Meter Info 2 Row 7"
-    "Sony:MeterInfo2Row8""Meter Info 2 Row 8""Sony:MeterInfo2Row9""Meter Info 2 Row 9"
-    "Sony:MeteringMode""Metering Mode""Sony:MeteringMode2""Metering Mode 2""Sony:MeteringMode2:1024"
-    "Average""Sony:MeteringMode2:1280""Highlight""Sony:MeteringMode2:256""Multi-segment"
-    "Sony:MeteringMode2:512""Center-weighted average""Sony:MeteringMode2:769""Spot (Standard)"
-    "Sony:MeteringMode2:770""Spot (Large)""Sony:MeteringMode:0""Sony:MeteringMode:1"
-    "Sony:MeteringMode:2""Sony:MeteringMode:3""Spot""Sony:MeteringMode:4""Average |\302\240Spot"
-    "Sony:MeteringMode:5""Sony:MinFocalLength""Min Focal Length""Sony:ModeDialPosition"
-    "Mode Dial Position""Sony:ModeDialPosition:248""Sony:ModeDialPosition:249"
-    "Sony:ModeDialPosition:250""SCN""Sony:ModeDialPosition:251""Sony:ModeDialPosition:252"
-    "Sony:ModeDialPosition:253""Sony:ModeDialPosition:254""Sony:ModeDialPosition:255"
-    "Sony:ModelReleaseYear""Model Release Year""Sony:ModifyDate""Modify Date"
-    "Sony:MultiBurstImageHeight""Multi Burst Image Height""Sony:MultiBurstImageWidth"
-    "Multi Burst Image Width""Sony:MultiBurstMode""Multi Burst Mode""Sony:MultiBurstMode:0"
-    "Sony:MultiBurstMode:1""Sony:MultiFrameNREffect""Multi Frame NR Effect"
-    "Sony:MultiFrameNREffect:0""Sony:MultiFrameNREffect:1""Sony:MultiFrameNoiseReduction"
-    "Multi Frame Noise Reduction""Sony:MultiFrameNoiseReduction:0""Off |\302\240n/a"
-    "Sony:MultiFrameNoiseReduction:1""Sony:MultiFrameNoiseReduction:16"
-    "Sony:MultiFrameNoiseReduction:255""None |\302\240n/a""Sony:Orientation""Sony:Orientation2"
-    "Orientation 2""Sony:Orientation2:1""Sony:Orientation2:2""Sony:Orientation2:6"
-    "Sony:Orientation2:8""Sony:Orientation:0""Sony:Orientation:1""Sony:Orientation:2"
-    "Sony:Orientation:3""Sony:PanoramaCropBottom""Panorama Crop Bottom""Sony:PanoramaCropLeft"
-    "Panorama Crop Left""Sony:PanoramaCropRight""Panorama Crop Right""Sony:PanoramaCropTop"
-    "Panorama Crop Top""Sony:PanoramaDirection""Panorama Direction""Sony:PanoramaDirection:0"
-    "Left or Up""Sony:PanoramaDirection:1""Right or Down""Sony:PanoramaFrameHeight"
-    "Panorama Frame Height""Sony:PanoramaFrameWidth""Panorama Frame Width""Sony:PanoramaFullHeight"
-    "Panorama Full Height""Sony:PanoramaFullWidth""Panorama Full Width""Sony:PanoramaSize3D"
-    "3D Panorama Size""Sony:PanoramaSize3D:0""Sony:PanoramaSize3D:1""Sony:PanoramaSize3D:2"
-    "Sony:PanoramaSize3D:3""Sony:PanoramaSourceHeight""Panorama Source Height"
-    "Sony:PanoramaSourceWidth""Panorama Source Width""Sony:PictureEffect""Picture Effect"
-    "Sony:PictureEffect2""Picture Effect 2""Sony:PictureEffect2:0""Sony:PictureEffect2:1"
-    "Sony:PictureEffect2:10""Rich-tone Monochrome""Sony:PictureEffect2:11""Miniature"
-    "Sony:PictureEffect2:12""Water Color""Sony:PictureEffect2:13""Illustration"
-    "Sony:PictureEffect2:2""Sony:PictureEffect2:3""Sony:PictureEffect2:4""Sony:PictureEffect2:5"
-    "Soft High Key""Sony:PictureEffect2:6""Partial Color""Sony:PictureEffect2:7"
-    "Sony:PictureEffect2:8""Soft Focus""Sony:PictureEffect2:9""HDR Painting""Sony:PictureEffect:0"
-    "Sony:PictureEffect:1""Sony:PictureEffect:10""Partial Color (yellow)""Sony:PictureEffect:112"
-    "Illustration (low)""Sony:PictureEffect:113""Sony:PictureEffect:114""Illustration (high)"
-    "Sony:PictureEffect:13""Sony:PictureEffect:16""Toy Camera (normal)""Sony:PictureEffect:17"
-    "Toy Camera (cool)""Sony:PictureEffect:18""Toy Camera (warm)""Sony:PictureEffect:19"
-    "Toy Camera (green)""Sony:PictureEffect:2""Sony:PictureEffect:20""Toy Camera (magenta)"
-    "Sony:PictureEffect:3""Sony:PictureEffect:32""Soft Focus (low)""Sony:PictureEffect:33"
-    "Sony:PictureEffect:34""Soft Focus (high)""Sony:PictureEffect:4""Sony:PictureEffect:48"
-    "Miniature (auto)""Sony:PictureEffect:49""Miniature (top)""Sony:PictureEffect:5"
-    "Sony:PictureEffect:50""Miniature (middle horizontal)""Sony:PictureEffect:51"
-    "Miniature (bottom)""Sony:PictureEffect:52""Miniature (left)""Sony:PictureEffect:53"
-    "Miniature (middle vertical)""Sony:PictureEffect:54""Miniature (right)""Sony:PictureEffect:6"
-    "Sony:PictureEffect:64""HDR Painting (low)""Sony:PictureEffect:65""Sony:PictureEffect:66"
-    "HDR Painting (high)""Sony:PictureEffect:7""Partial Color (red)""Sony:PictureEffect:8"
-    "Partial Color (green)""Sony:PictureEffect:80""Sony:PictureEffect:9""Partial Color (blue)"
-    "Sony:PictureEffect:97""Sony:PictureEffect:98""Water Color 2""Sony:PictureProfile"
-    "Picture Profile""Sony:PictureProfile:0""Gamma Still - Standard/Neutral (PP2)"
-    "Sony:PictureProfile:1""Gamma Still - Portrait""Sony:PictureProfile:10""Gamma Movie (PP1)"
-    "Sony:PictureProfile:22""Gamma ITU709 (PP3 or PP4)""Sony:PictureProfile:24""Gamma Cine1 (PP5)"
-    "Sony:PictureProfile:25""Gamma Cine2 (PP6)""Sony:PictureProfile:26""Gamma Cine3"
-    "Sony:PictureProfile:27""Gamma Cine4""Sony:PictureProfile:28""Gamma S-Log2 (PP7)"
-    "Sony:PictureProfile:29""Gamma ITU709 (800%)""Sony:PictureProfile:3"
-    "Gamma Still - Night View/Portrait""Sony:PictureProfile:31""Gamma S-Log3 (PP8 or PP9)"
-    "Sony:PictureProfile:33""Gamma HLG2 (PP10)""Sony:PictureProfile:34""Gamma HLG3"
-    "Sony:PictureProfile:36""Sony:PictureProfile:37""Sony:PictureProfile:38""Sony:PictureProfile:39"
-    "Sony:PictureProfile:4""Gamma Still - B&W/Sepia""Sony:PictureProfile:40""Sony:PictureProfile:5"
-    "Gamma Still - Clear""Sony:PictureProfile:6""Gamma Still - Deep""Sony:PictureProfile:7"
-    "Gamma Still - Light""Sony:PictureProfile:8""Gamma Still - Vivid""Sony:PictureProfile:9"
-    "Gamma Still - Real""Sony:PitchRollYaw""Pitch Roll Yaw""Sony:PixelShiftInfo""Pixel Shift Info"
-    "Sony:PixelShiftInfo:00000000 0 0 0x0""Sony:PotentialFace1Position""Potential Face 1 Position"
-    "Sony:PotentialFace2Position""Potential Face 2 Position""Sony:PotentialFace3Position"
-    "Potential Face 3 Position""Sony:PotentialFace4Position""Potential Face 4 Position"
-    "Sony:PotentialFace5Position""Potential Face 5 Position""Sony:PotentialFace6Position"
-    "Potential Face 6 Position""Sony:PotentialFace7Position""Potential Face 7 Position"
-    "Sony:PotentialFace8Position""Potential Face 8 Position""Sony:PreviewImage""Preview Image"
-    "Sony:PreviewImageLength""Preview Image Length""Sony:PreviewImageSize""Preview Image Size"
-    "Sony:PreviewImageStart""Preview Image Start""Sony:PrioritySetInAWB""Priority Set In AWB"
-    "Sony:PrioritySetInAWB:0""Sony:PrioritySetInAWB:1""Ambience""Sony:PrioritySetInAWB:2""White"
-    "Sony:PrioritySetupShutterRelease""Priority Setup Shutter Release"
-    "Sony:PrioritySetupShutterRelease:0""Sony:PrioritySetupShutterRelease:1""Release""Sony:Quality"
-    "Sony:Quality2""Quality 2""Sony:Quality2:0""Sony:Quality2:1""JPEG |\302\240RAW""Sony:Quality2:2"
-    "RAW |\302\240RAW + JPEG""Sony:Quality2:3""JPEG + MPO |\302\240RAW + JPEG""Sony:Quality2:4"
-    "Sony:Quality2:6""RAW + HEIF""Sony:Quality:0""RAW""Sony:Quality:0 0""Sony:Quality:0 1"
-    "Sony:Quality:0 2""Sony:Quality:0 3""Sony:Quality:0 4""Sony:Quality:1""Super Fine"
-    "Sony:Quality:1 0""Sony:Quality:1 1""RAW + Standard""Sony:Quality:1 2""RAW + Fine"
-    "Sony:Quality:1 3""RAW + Extra Fine""Sony:Quality:1 4""RAW + Light""Sony:Quality:16"
-    "Sony:Quality:2""CRAW |\302\240Fine |\302\240RAW""Sony:Quality:2 0""S-size RAW""Sony:Quality:3"
-    "Sony:Quality:3 0""M-size RAW""Sony:Quality:3 2""M-size RAW + Fine""Sony:Quality:3 3"
-    "M-size RAW + Extra Fine""Sony:Quality:32""Sony:Quality:34""RAW + JPEG""Sony:Quality:35"
-    "CRAW + JPEG""Sony:Quality:4""Economy |\302\240RAW + JPEG""Sony:Quality:4294967295"
-    "Sony:Quality:48""Sony:Quality:5""Sony:Quality:6""Fine |\302\240RAW + JPEG/HEIF""Sony:Quality:7"
-    "Compressed RAW |\302\240Standard""Sony:Quality:8""Compressed RAW + JPEG""Sony:Quality:9"
-    "Sony:RAWFileType""RAW File Type""Sony:RAWFileType:0""Compressed RAW""Sony:RAWFileType:1"
-    "Uncompressed RAW""Sony:RAWFileType:2""Lossless Compressed RAW""Sony:RAWFileType:65535"
-    "Sony:Rating""Sony:RedEyeReduction""Red Eye Reduction""Sony:RedEyeReduction:0"
-    "Sony:RedEyeReduction:1""Sony:RedEyeReduction:16""Sony:ReleaseMode""Release Mode"
-    "Sony:ReleaseMode2""Release Mode 2""Sony:ReleaseMode2:0""Sony:ReleaseMode2:1""Continuous"
-    "Sony:ReleaseMode2:10""Continuous - Background defocus""Sony:ReleaseMode2:13"
-    "Sony:ReleaseMode2:146""Single Frame - Movie Capture""Sony:ReleaseMode2:15"
-    "Continuous - High Resolution Sweep Panorama""Sony:ReleaseMode2:16""Continuous - 3D Image"
-    "Sony:ReleaseMode2:17""Continuous - Burst 2""Sony:ReleaseMode2:18""Normal - iAuto+"
-    "Sony:ReleaseMode2:19""Continuous - Speed/Advance Priority""Sony:ReleaseMode2:2"
-    "Continuous - Exposure Bracketing""Sony:ReleaseMode2:20""Sony:ReleaseMode2:23"
-    "Single-frame - Exposure Bracketing""Sony:ReleaseMode2:26""Sony:ReleaseMode2:27"
-    "Continuous - High Sensitivity""Sony:ReleaseMode2:28""Sony:ReleaseMode2:29"
-    "Continuous - Tele-zoom Advance Priority""Sony:ReleaseMode2:3""DRO or White Balance Bracketing"
-    "Sony:ReleaseMode2:5""Continuous - Burst""Sony:ReleaseMode2:6"
-    "Single Frame - Capture During Movie""Sony:ReleaseMode2:7""Sony:ReleaseMode2:8"
-    "Continuous - Anti-Motion Blur, Hand-held Twilight""Sony:ReleaseMode2:9""Sony:ReleaseMode3"
-    "Release Mode 3""Sony:ReleaseMode3:0""Sony:ReleaseMode3:1""Sony:ReleaseMode3:2""Bracketing"
-    "Sony:ReleaseMode3:4""Sony:ReleaseMode3:5""Sony:ReleaseMode3:6""Normal - Self-timer"
-    "Sony:ReleaseMode3:9""Single Burst Shooting""Sony:ReleaseMode:0""Sony:ReleaseMode:2"
-    "Sony:ReleaseMode:5""Exposure Bracketing""Sony:ReleaseMode:6""White Balance Bracketing"
-    "Sony:ReleaseMode:65535""Sony:ReleaseMode:8""DRO Bracketing""Sony:Rotation""Sony:Rotation:0"
-    "Sony:Rotation:1""Rotate 270 CW |\302\240Rotate 90 CW""Sony:Rotation:2""Sony:Saturation"
-    "Sony:SaturationSetting""Saturation Setting""Sony:SceneMode""Scene Mode""Sony:SceneMode:0"
-    "Sony:SceneMode:1""Sony:SceneMode:16""Sony:SceneMode:17""Sony:SceneMode:18""Sony:SceneMode:19"
-    "Sony:SceneMode:2""Text""Sony:SceneMode:20""Sony:SceneMode:21""Sony:SceneMode:22""Auto+"
-    "Sony:SceneMode:23""Sony:SceneMode:24""Sony:SceneMode:25""Sony:SceneMode:26""Sony:SceneMode:27"
-    "Sony:SceneMode:28""Sony:SceneMode:3""Night Scene""Sony:SceneMode:33""Sony:SceneMode:4"
-    "Sony:SceneMode:5""Sony:SceneMode:6""Sony:SceneMode:65535""Sony:SceneMode:7""Night Portrait"
-    "Sony:SceneMode:8""Sony:SceneMode:9""Super Macro""Sony:SelfTimer""Self Timer""Sony:SelfTimer:0"
-    "Sony:SelfTimer:1""Self-timer 10 s |\302\240Self-timer 5 or 10 s""Sony:SelfTimer:2"
-    "Self-timer 2 s""Sony:SensorTemperature""Sensor Temperature""Sony:SequenceFileNumber"
-    "Sequence File Number""Sony:SequenceImageNumber""Sequence Image Number""Sony:SequenceLength"
-    "Sequence Length""Sony:SequenceLength:0""Sony:SequenceLength:1""1 file |\302\2401 shot"
-    "Sony:SequenceLength:10""10 files |\302\24010 shots""Sony:SequenceLength:100"
-    "Continuous - iSweep Panorama""Sony:SequenceLength:12""12 shots""Sony:SequenceLength:16"
-    "16 shots""Sony:SequenceLength:2""2 files |\302\2402 shots""Sony:SequenceLength:200"
-    "Sony:SequenceLength:3""3 files |\302\2403 shots""Sony:SequenceLength:4""4 shots"
-    "Sony:SequenceLength:5""5 files |\302\2405 shots""Sony:SequenceLength:6""6 shots"
-    "Sony:SequenceLength:7""7 files |\302\2407 shots""Sony:SequenceLength:9"
-    "9 files |\302\2409 shots""Sony:SequenceNumber""Sequence Number""Sony:SequenceNumber:0""Single"
-    "Sony:SequenceNumber:255""Sony:SequenceNumber:65535""Sony:SerialNumber""Serial Number"
-    "Sony:Shadows""Sony:Sharpness""Sony:SharpnessRange""Sharpness Range""Sony:SharpnessSetting"
-    "Sharpness Setting""Sony:ShotNumberSincePowerUp""Shot Number Since Power Up"
-    "Sony:ShotNumberSincePowerUp2""Shot Number Since Power Up 2""Sony:Shutter""Sony:Shutter:0 0 0"
-    "Silent / Electronic (0 0 0)""Sony:ShutterCount""Shutter Count""Sony:ShutterCount2"
-    "Shutter Count 2""Sony:ShutterCount3""Shutter Count 3""Sony:ShutterSpeedSetting"
-    "Shutter Speed Setting""Sony:ShutterType""Shutter Type""Sony:ShutterType:23""Mechanical"
-    "Sony:ShutterType:7""Electronic""Sony:SmileShutter""Sony:SmileShutter:1""Sony:SmileShutter:16"
-    "Sony:SmileShutterMode""Smile Shutter Mode""Sony:SmileShutterMode:17""Slight Smile"
-    "Sony:SmileShutterMode:18""Normal Smile""Sony:SmileShutterMode:19""Big Smile"
-    "Sony:SoftSkinEffect""Soft Skin Effect""Sony:SoftSkinEffect:0""Sony:SoftSkinEffect:1"
-    "Sony:SoftSkinEffect:2""Mid""Sony:SoftSkinEffect:3""Sony:SoftSkinEffect:4294967295"
-    "Sony:SonyDateTime""Sony Date Time""Sony:SonyDateTime2""Sony Date Time 2""Sony:SonyExposureTime"
-    "Sony Exposure Time""Sony:SonyExposureTime2""Sony Exposure Time 2""Sony:SonyFNumber"
-    "Sony F Number""Sony:SonyFNumber2""Sony F Number 2""Sony:SonyISO""Sony ISO"
-    "Sony:SonyImageHeight""Sony Image Height""Sony:SonyImageHeightMax""Sony Image Height Max"
-    "Sony:SonyImageSize""Sony Image Size""Sony:SonyImageSize:1""Large""Sony:SonyImageSize:2""Medium"
-    "Sony:SonyImageSize:21""Large (3:2)""Sony:SonyImageSize:22""Medium (3:2)""Sony:SonyImageSize:23"
-    "Small (3:2)""Sony:SonyImageSize:25""Large (16:9)""Sony:SonyImageSize:26""Medium (16:9)"
-    "Sony:SonyImageSize:27""Small (16:9)""Sony:SonyImageSize:3""Small""Sony:SonyImageWidth"
-    "Sony Image Width""Sony:SonyImageWidthMax""Sony Image Width Max""Sony:SonyMaxAperture"
-    "Sony Max Aperture""Sony:SonyMaxApertureValue""Sony Max Aperture Value""Sony:SonyMinAperture"
-    "Sony Min Aperture""Sony:SonyModelID""Sony Model ID""Sony:SonyModelID:2""DSC-R1"
-    "Sony:SonyModelID:256""DSLR-A100""Sony:SonyModelID:257""DSLR-A900""Sony:SonyModelID:258"
-    "DSLR-A700""Sony:SonyModelID:259""DSLR-A200""Sony:SonyModelID:260""DSLR-A350"
-    "Sony:SonyModelID:261""DSLR-A300""Sony:SonyModelID:262""DSLR-A900 (APS-C mode)"
-    "Sony:SonyModelID:263""DSLR-A380/A390""Sony:SonyModelID:264""DSLR-A330""Sony:SonyModelID:265"
-    "DSLR-A230""Sony:SonyModelID:266""DSLR-A290""Sony:SonyModelID:269""DSLR-A850"
-    "Sony:SonyModelID:270""DSLR-A850 (APS-C mode)""Sony:SonyModelID:273""DSLR-A550"
-    "Sony:SonyModelID:274""DSLR-A500""Sony:SonyModelID:275""DSLR-A450""Sony:SonyModelID:278""NEX-5"
-    "Sony:SonyModelID:279""NEX-3""Sony:SonyModelID:280""SLT-A33""Sony:SonyModelID:281"
-    "SLT-A55 / SLT-A55V""Sony:SonyModelID:282""DSLR-A560""Sony:SonyModelID:283""DSLR-A580"
-    "Sony:SonyModelID:284""NEX-C3""Sony:SonyModelID:285""SLT-A35""Sony:SonyModelID:286"
-    "SLT-A65 / SLT-A65V""Sony:SonyModelID:287""SLT-A77 / SLT-A77V""Sony:SonyModelID:288""NEX-5N"
-    "Sony:SonyModelID:289""NEX-7""Sony:SonyModelID:290""NEX-VG20E""Sony:SonyModelID:291""SLT-A37"
-    "Sony:SonyModelID:292""SLT-A57""Sony:SonyModelID:293""NEX-F3""Sony:SonyModelID:294"
-    "SLT-A99 / SLT-A99V""Sony:SonyModelID:295""NEX-6""Sony:SonyModelID:296""NEX-5R"
-    "Sony:SonyModelID:297""DSC-RX100""Sony:SonyModelID:298""DSC-RX1""Sony:SonyModelID:299"
-    "NEX-VG900""Sony:SonyModelID:300""NEX-VG30E""Sony:SonyModelID:302""ILCE-3000 / ILCE-3500"
-    "Sony:SonyModelID:303""SLT-A58""Sony:SonyModelID:305""NEX-3N""Sony:SonyModelID:306""ILCE-7"
-    "Sony:SonyModelID:307""NEX-5T""Sony:SonyModelID:308""DSC-RX100M2""Sony:SonyModelID:309"
-    "DSC-RX10""Sony:SonyModelID:310""DSC-RX1R""Sony:SonyModelID:311""ILCE-7R""Sony:SonyModelID:312"
-    "ILCE-6000""Sony:SonyModelID:313""ILCE-5000""Sony:SonyModelID:317""DSC-RX100M3"
-    "Sony:SonyModelID:318""ILCE-7S""Sony:SonyModelID:319""ILCA-77M2""Sony:SonyModelID:339"
-    "ILCE-5100""Sony:SonyModelID:340""ILCE-7M2""Sony:SonyModelID:341""DSC-RX100M4"
-    "Sony:SonyModelID:342""DSC-RX10M2""Sony:SonyModelID:344""DSC-RX1RM2""Sony:SonyModelID:346"
-    "ILCE-QX1""Sony:SonyModelID:347""ILCE-7RM2""Sony:SonyModelID:350""ILCE-7SM2"
-    "Sony:SonyModelID:353""ILCA-68""Sony:SonyModelID:354""ILCA-99M2""Sony:SonyModelID:355"
-    "DSC-RX10M3""Sony:SonyModelID:356""DSC-RX100M5""Sony:SonyModelID:357""ILCE-6300"
-    "Sony:SonyModelID:358""ILCE-9""Sony:SonyModelID:360""ILCE-6500""Sony:SonyModelID:362""ILCE-7RM3"
-    "Sony:SonyModelID:363""ILCE-7M3""Sony:SonyModelID:364""DSC-RX0""Sony:SonyModelID:365"
-    "DSC-RX10M4""Sony:SonyModelID:366""DSC-RX100M6""Sony:SonyModelID:367""DSC-HX99"
-    "Sony:SonyModelID:369""DSC-RX100M5A""Sony:SonyModelID:371""ILCE-6400""Sony:SonyModelID:372"
-    "DSC-RX0M2""Sony:SonyModelID:373""DSC-HX95""Sony:SonyModelID:374""DSC-RX100M7"
-    "Sony:SonyModelID:375""ILCE-7RM4""Sony:SonyModelID:376""ILCE-9M2""Sony:SonyModelID:378"
-    "ILCE-6600""Sony:SonyModelID:379""ILCE-6100""Sony:SonyModelID:380""ZV-1""Sony:SonyModelID:381"
-    "ILCE-7C""Sony:SonyModelID:382""ZV-E10""Sony:SonyModelID:383""ILCE-7SM3""Sony:SonyModelID:384"
-    "ILCE-1""Sony:SonyModelID:385""ILME-FX3""Sony:SonyModelID:386""ILCE-7RM3A""Sony:SonyModelID:387"
-    "ILCE-7RM4A""Sony:SonyModelID:388""ILCE-7M4""Sony:SonyModelID:389""ZV-1F""Sony:SonyModelID:390"
-    "ILCE-7RM5""Sony:SonyModelID:391""ILME-FX30""Sony:SonyModelID:392""ILCE-9M3"
-    "Sony:SonyModelID:393""ZV-E1""Sony:SonyModelID:394""ILCE-6700""Sony:SonyModelID:395""ZV-1M2"
-    "Sony:SonyModelID:396""ILCE-7CR""Sony:SonyModelID:397""ILCE-7CM2""Sony:Sony_0x9050""Sony 0x9050"
-    "Sony:Sony_0x9400""Sony 0x9400""Sony:Sony_0x9402""Sony 0x9402""Sony:Sony_0x9404""Sony 0x9404"
-    "Sony:Sony_0x9405""Sony 0x9405""Sony:Sony_0x9406""Sony 0x9406""Sony:Sony_0x9407""Sony 0x9407"
-    "Sony:Sony_0x9408""Sony 0x9408""Sony:Sony_0x9409""Sony 0x9409""Sony:Sony_0x940a""Sony 0x940a"
-    "Sony:Sony_0x940b""Sony 0x940b""Sony:Sony_0x940c""Sony 0x940c""Sony:Sony_0x940d""Sony 0x940d"
-    "Sony:Sony_0x940e""Sony 0x940e""Sony:Sony_0x940f""Sony 0x940f""Sony:Sony_0x9411""Sony 0x9411"
-    "Sony:Sony_rtmd_0x060e""Sony rtmd 0x060e""Sony:Sony_rtmd_0x3210""Sony rtmd 0x3210"
-    "Sony:Sony_rtmd_0x3219""Sony rtmd 0x3219""Sony:Sony_rtmd_0x321a""Sony rtmd 0x321a"
-    "Sony:Sony_rtmd_0x8001""Sony rtmd 0x8001""Sony:Sony_rtmd_0x8004""Sony rtmd 0x8004"
-    "Sony:Sony_rtmd_0x8005""Sony rtmd 0x8005""Sony:Sony_rtmd_0x800a""Sony rtmd 0x800a"
-    "Sony:Sony_rtmd_0x800b""Sony rtmd 0x800b""Sony:Sony_rtmd_0x8100""Sony rtmd 0x8100"
-    "Sony:Sony_rtmd_0x8101""Sony rtmd 0x8101""Sony:Sony_rtmd_0x8104""Sony rtmd 0x8104"
-    "Sony:Sony_rtmd_0x8105""Sony rtmd 0x8105""Sony:Sony_rtmd_0x8106""Sony rtmd 0x8106"
-    "Sony:Sony_rtmd_0x810d""Sony rtmd 0x810d""Sony:Sony_rtmd_0x8115""Sony rtmd 0x8115"
-    "Sony:Sony_rtmd_0xe000""Sony rtmd 0xe000""Sony:Sony_rtmd_0xe300""Sony rtmd 0xe300"
-    "Sony:Sony_rtmd_0xe301""Sony rtmd 0xe301""Sony:Sony_rtmd_0xe302""Sony rtmd 0xe302"
-    "Sony:Sony_rtmd_0xe435""Sony rtmd 0xe435""Sony:Sony_rtmd_0xe437""Sony rtmd 0xe437"
-    "Sony:Sony_rtmd_0xe445""Sony rtmd 0xe445""Sony:StopsAboveBaseISO""Stops Above Base ISO"
-    "Sony:SweepPanoramaDirection""Sweep Panorama Direction""Sony:SweepPanoramaDirection:1"
-    "Sony:SweepPanoramaDirection:2""Sony:SweepPanoramaDirection:3""Up"
-    "Sony:SweepPanoramaDirection:4""Down""Sony:SweepPanoramaSize""Sweep Panorama Size"
-    "Sony:SweepPanoramaSize:1""Sony:SweepPanoramaSize:2""Sony:Tag9416_0000""Tag 9416 0000"
-    "Sony:Tag_0x2010""Tag 0x2010""Sony:Teleconverter""Sony:Teleconverter:0""Sony:Teleconverter:136"
-    "Minolta/Sony AF 1.4x APO (D)""Sony:Teleconverter:144""Minolta AF 1.4x APO II"
-    "Sony:Teleconverter:160""Minolta AF 1.4x APO""Sony:Teleconverter:4"
-    "Minolta/Sony AF 1.4x APO (D) (0x04)""Sony:Teleconverter:5""Minolta/Sony AF 2x APO (D) (0x05)"
-    "Sony:Teleconverter:72""Minolta/Sony AF 2x APO (D)""Sony:Teleconverter:80""Minolta AF 2x APO II"
-    "Sony:Teleconverter:96""Minolta AF 2x APO""Sony:TempTest1""Temp Test 1""Sony:TempTest2"
-    "Temp Test 2""Sony:TextInfo1""Text Info 1""Sony:TextInfo2""Text Info 2"
-    "Sony:TiffMeteringImageHeight""Tiff Metering Image Height""Sony:TiffMeteringImageWidth"
-    "Tiff Metering Image Width""Sony:VariableLowPassFilter""Variable Low Pass Filter"
-    "Sony:VariableLowPassFilter:0 0""Sony:VariableLowPassFilter:1 0""Sony:VariableLowPassFilter:1 1"
-    "Sony:VariableLowPassFilter:1 2""Sony:VariableLowPassFilter:65535 65535""Sony:Ver9401""Ver 9401"
-    "Sony:VibrationReduction""Vibration Reduction""Sony:VibrationReduction:0"
-    "Sony:VibrationReduction:1""Sony:ViewingMode""Viewing Mode""Sony:ViewingMode2""Viewing Mode 2"
-    "Sony:ViewingMode2:0""Sony:ViewingMode2:16""Viewfinder""Sony:ViewingMode2:33"
-    "Focus Check Live View""Sony:ViewingMode2:34""Quick AF Live View""Sony:ViewingMode:16"
-    "ViewFinder""Sony:ViewingMode:33""Sony:ViewingMode:34""Sony:VignettingCorrParams"
-    "Vignetting Corr Params""Sony:VignettingCorrection""Vignetting Correction"
-    "Sony:VignettingCorrection:0""Sony:VignettingCorrection:2""Sony:VignettingCorrection:4294967295"
-    "Sony:WBShiftAB_GM""WB Shift AB GM""Sony:WBShiftAB_GM_Precise""WB Shift AB GM Precise"
-    "Sony:WB_RGBLevels""WB RGB Levels""Sony:WhiteBalance""White Balance""Sony:WhiteBalance:0"
-    "Sony:WhiteBalance:1""Color Temperature/Color Filter |\302\240Incandescent"
-    "Sony:WhiteBalance:10""Incandescent2""Sony:WhiteBalance:11""Warm White Fluorescent"
-    "Sony:WhiteBalance:112""Custom""Sony:WhiteBalance:12""Sony:WhiteBalance:128"
-    "Sony:WhiteBalance:13""Color Filter""Sony:WhiteBalance:14""Custom |\302\240Incandescent"
-    "Sony:WhiteBalance:15""Sony:WhiteBalance:16""Cloudy |\302\240Daylight""Sony:WhiteBalance:17"
-    "Shade |\302\240Underwater 1 (Blue Water)""Sony:WhiteBalance:18""Underwater 2 (Green Water)"
-    "Sony:WhiteBalance:19""Underwater Auto""Sony:WhiteBalance:2""Auto |\302\240Fluorescent"
-    "Sony:WhiteBalance:255""Preset""Sony:WhiteBalance:32""Cloudy""Sony:WhiteBalance:4"
-    "Custom |\302\240Daylight""Sony:WhiteBalance:48""Shade""Sony:WhiteBalance:5"
-    "Cloudy |\302\240Daylight |\302\240Fluorescent""Sony:WhiteBalance:6"
-    "Cloudy |\302\240Custom |\302\240Tungsten""Sony:WhiteBalance:64""Tungsten""Sony:WhiteBalance:7"
-    "Cool White Fluorescent |\302\240Flash""Sony:WhiteBalance:8""Day White Fluorescent"
-    "Sony:WhiteBalance:80""Sony:WhiteBalance:9""Daylight Fluorescent""Sony:WhiteBalance:96"
-    "Fluorescent""Sony:WhiteBalanceBracketing""Sony:WhiteBalanceBracketing:0"
-    "Sony:WhiteBalanceBracketing:1""Sony:WhiteBalanceBracketing:2""Sony:WhiteBalanceFineTune"
-    "White Balance Fine Tune""Sony:WhiteBalanceSetting""White Balance Setting"
-    "Sony:WhiteBalanceSetting:100""Fluorescent (+1)""Sony:WhiteBalanceSetting:101""Fluorescent (+2)"
-    "Sony:WhiteBalanceSetting:102""Fluorescent (+3)""Sony:WhiteBalanceSetting:112""Flash (-3)"
-    "Sony:WhiteBalanceSetting:113""Flash (-2)""Sony:WhiteBalanceSetting:114""Flash (-1)"
-    "Sony:WhiteBalanceSetting:115""Flash (0)""Sony:WhiteBalanceSetting:116""Flash (+1)"
-    "Sony:WhiteBalanceSetting:117""Flash (+2)""Sony:WhiteBalanceSetting:118""Flash (+3)"
-    "Sony:WhiteBalanceSetting:16""Auto (-3) |\302\240Cloudy""Sony:WhiteBalanceSetting:163"
-    "Sony:WhiteBalanceSetting:17""Auto (-2) |\302\240Shade""Sony:WhiteBalanceSetting:18"
-    "Auto (-1) |\302\240Color Temperature/Color Filter""Sony:WhiteBalanceSetting:19""Auto (0)"
-    "Sony:WhiteBalanceSetting:2""Sony:WhiteBalanceSetting:20""Auto (+1)"
-    "Sony:WhiteBalanceSetting:21""Auto (+2)""Sony:WhiteBalanceSetting:22""Auto (+3)"
-    "Sony:WhiteBalanceSetting:243""Color Temperature/Color Filter""Sony:WhiteBalanceSetting:32"
-    "Custom 1 |\302\240Daylight (-3)""Sony:WhiteBalanceSetting:33""Custom 2 |\302\240Daylight (-2)"
-    "Sony:WhiteBalanceSetting:34""Custom 3 |\302\240Daylight (-1)""Sony:WhiteBalanceSetting:35"
-    "Daylight (0)""Sony:WhiteBalanceSetting:36""Daylight (+1)""Sony:WhiteBalanceSetting:37"
-    "Daylight (+2)""Sony:WhiteBalanceSetting:38""Daylight (+3)""Sony:WhiteBalanceSetting:4"
-    "Daylight""Sony:WhiteBalanceSetting:48""Shade (-3)""Sony:WhiteBalanceSetting:49""Shade (-2)"
-    "Sony:WhiteBalanceSetting:5""Sony:WhiteBalanceSetting:50""Shade (-1)"
-    "Sony:WhiteBalanceSetting:51""Shade (0)""Sony:WhiteBalanceSetting:52""Shade (+1)"
-    "Sony:WhiteBalanceSetting:53""Shade (+2)""Sony:WhiteBalanceSetting:54""Shade (+3)"
-    "Sony:WhiteBalanceSetting:6""Sony:WhiteBalanceSetting:64""Cloudy (-3)"
-    "Sony:WhiteBalanceSetting:65""Cloudy (-2)""Sony:WhiteBalanceSetting:66""Cloudy (-1)"
-    "Sony:WhiteBalanceSetting:67""Cloudy (0)""Sony:WhiteBalanceSetting:68""Cloudy (+1)"
-    "Sony:WhiteBalanceSetting:69""Cloudy (+2)""Sony:WhiteBalanceSetting:7"
-    "Sony:WhiteBalanceSetting:70""Cloudy (+3)""Sony:WhiteBalanceSetting:80""Tungsten (-3)"
-    "Sony:WhiteBalanceSetting:81""Tungsten (-2)""Sony:WhiteBalanceSetting:82""Tungsten (-1)"
-    "Sony:WhiteBalanceSetting:83""Tungsten (0)""Sony:WhiteBalanceSetting:84""Tungsten (+1)"
-    "Sony:WhiteBalanceSetting:85""Tungsten (+2)""Sony:WhiteBalanceSetting:86""Tungsten (+3)"
-    "Sony:WhiteBalanceSetting:96""Fluorescent (-3)""Sony:WhiteBalanceSetting:97""Fluorescent (-2)"
-    "Sony:WhiteBalanceSetting:98""Fluorescent (-1)""Sony:WhiteBalanceSetting:99""Fluorescent (0)"
-    "Sony:ZoneMatching""Zone Matching""Sony:ZoneMatching:0""ISO Setting Used""Sony:ZoneMatching:1"
-    "High Key""Sony:ZoneMatching:2""Low Key""Sony:ZoneMatchingValue""Zone Matching Value""自动"
-    "A5 |\302\240n/a |\302\240自动""未设置""电池电量""亮度""图像取向""0° (上/左)""0° (上/左) |\302\24090° CCW (右/上)"
-    "90° CW (左/底)""90° CCW (右/上)""创意风格""标准""生动色彩""中性""清澈""深色""轻淡""夜景""红叶""人物""风景""黄昏""夜晚肖像""黑白"
-    "色彩空间信息""色温""注释""对比度""文件改变的日期和时间""原始数据产生的日期和时间""数码变焦""数码变焦比""驱动模式""动态范围优化""关""标准 |\302\240自动"
-    "高级优化程度 3""高级优化程度 4""高级优化程度 5""Plus |\302\240高级自动""Lv1 |\302\240自动""n/a |\302\240高级优化程度 1"
-    "高级优化程度 2""曝光偏差""曝光模式""手动曝光""自动曝光""光圈优先""快门优先""曝光程序""Auto |\302\240一般程序"
-    "一般程序 |\302\240光圈优先 |\302\240手动""运动摄影""Auto |\302\240Sports |\302\240人物"
-    "一般程序 |\302\240光圈优先 |\302\240快门优先""一般程序""手动""光圈优先 |\302\240快门优先 |\302\240手动"
-    "Auto |\302\240快门优先 |\302\240手动""Program Shift A |\302\240人物""Program Shift S |\302\240风景""曝光时间"
-    "光圈数""格式""闪光""无闪光功能""闪光灯亮""闪光补偿""焦距""对焦模式""GPS日期""纬度""北纬或者南纬""北纬""南纬""经度""东经或者西经""东经""西经"
-    "使用的大地测量数据""GPS测量模式""2维测量""3维测量""GPS 接收器状态""正在测量中""测量中断""GPS 时间(原子钟)""GPS标签版本""自动HDR""高ISO降噪"
-    "关 |\302\240标准""弱""强""强 |\302\240标准""关 |\302\240强""图像质量""标准画质""精细""超精细""长时间曝光降噪"
-    "On (unused) |\302\240关 |\302\240开""开""测量方式""分割测光""中央重点""点测光""平均 |\302\240点测光""多帧降噪"
-    "n/a |\302\240关""关 |\302\240开""180° (底/右)""CRAW |\302\240RAW |\302\240精细""RAW+JPEG"
-    "Economy |\302\240RAW+JPEG""RAW + JPEG/HEIF |\302\240精细""cRAW |\302\240标准""cRAW+JPEG""评分"
-    "90° CCW (右/上) |\302\24090° CW (左/底)""饱和度""场景选择""夜景/肖像""扫描全景""手持夜景拍摄""动作防抖""连续拍摄优先AE""3D""夕阳"
-    "运动模式""微距""照相机标识""锐度""白平衡""Incandescent |\302\240色温 / 彩色滤光片""暖白荧光灯""自定义"
-    "Incandescent |\302\240自定义""太阳光 |\302\240阴天""Underwater 1 (Blue Water) |\302\240阴影"
-    "自动 |\302\240荧光""阴天""太阳光 |\302\240自定义""阴影""太阳光 |\302\240荧光 |\302\240阴天"
-    "白炽灯 |\302\240自定义 |\302\240阴天""白炽灯""白色荧光灯 |\302\240闪光""日光白色荧光灯""日光色荧光灯""荧光""区域匹配"
-    "Verrouillage AE""Activé |\302\240Désactivé""Mode de la zone d'autofocus"
+    "Sony:LensType:57.1" "Tamron SP AF 60mm F2 Di II LD [IF] Macro 1:1" "Sony:LensType:57.2"
+    "Tamron 18-270mm F3.5-6.3 Di II PZD" "Sony:LensType:58" "Sony DT 30mm F2.8 Macro SAM (SAL30M28)"
+    "Sony:LensType:59" "Sony 28-75mm F2.8 SAM (SAL2875)" "Sony:LensType:6"
+    "Minolta AF 24-85mm F3.5-4.5 [New]" "Sony:LensType:60"
+    "Carl Zeiss Distagon T* 24mm F2 ZA SSM (SAL24F20Z)" "Sony:LensType:61"
+    "Sony 85mm F2.8 SAM (SAL85F28)" "Sony:LensType:6118" "Canon EF Adapter" "Sony:LensType:61184"
+    "Sony:LensType:62" "Sony DT 35mm F1.8 SAM (SAL35F18)" "Sony:LensType:63"
+    "Sony DT 16-50mm F2.8 SSM (SAL1650)" "Sony:LensType:64" "Sony 500mm F4 G SSM (SAL500F40G)"
+    "Sony:LensType:65" "Sony DT 18-135mm F3.5-5.6 SAM (SAL18135)" "Sony:LensType:6528"
+    "Sigma 16mm F2.8 Filtermatic Fisheye" "Sony:LensType:65280" "Sony:LensType:6553"
+    "E-Mount, T-Mount, Other Lens or no lens" "Sony:LensType:6553.1" "Arax MC 35mm F2.8 Tilt+Shift"
+    "Sony:LensType:6553.2" "Arax MC 80mm F2.8 Tilt+Shift" "Sony:LensType:6553.3"
+    "Zenitar MF 16mm F2.8 Fisheye M42" "Sony:LensType:6553.4" "Samyang 500mm Mirror F8.0"
+    "Sony:LensType:6553.5" "Pentacon Auto 135mm F2.8" "Sony:LensType:6553.6"
+    "Pentacon Auto 29mm F2.8" "Sony:LensType:6553.7" "Helios 44-2 58mm F2.0" "Sony:LensType:65535"
+    "Sony:LensType:65535.1" "Sony:LensType:65535.2" "Sony:LensType:65535.3" "Sony:LensType:65535.4"
+    "Sony:LensType:65535.5" "Sony:LensType:65535.6" "Sony:LensType:65535.7" "Sony:LensType:66"
+    "Sony 300mm F2.8 G SSM II (SAL300F28G2)" "Sony:LensType:67"
+    "Sony 70-200mm F2.8 G SSM II (SAL70200G2)" "Sony:LensType:68"
+    "Sony DT 55-300mm F4.5-5.6 SAM (SAL55300)" "Sony:LensType:69"
+    "Sony 70-400mm F4-5.6 G SSM II (SAL70400G2)" "Sony:LensType:7"
+    "Minolta AF 100-300mm F4.5-5.6 APO [New] or 100-400mm or Sigma Lens" "Sony:LensType:7.1"
+    "Sony:LensType:7.2" "Sigma AF 100-300mm F4 EX DG IF" "Sony:LensType:70"
+    "Carl Zeiss Planar T* 50mm F1.4 ZA SSM (SAL50F14Z)" "Sony:LensType:8"
+    "Minolta AF 70-210mm F4.5-5.6 [II]" "Sony:LensType:9" "Minolta AF 50mm F3.5 Macro"
+    "Sony:LensZoomPosition" "Lens Zoom Position" "Sony:LiveViewAFMethod" "Live View AF Method"
+    "Sony:LiveViewAFMethod:0" "Sony:LiveViewAFMethod:1" "Phase-detect AF" "Sony:LiveViewAFMethod:2"
+    "Contrast AF" "Sony:LiveViewAFSetting" "Live View AF Setting" "Sony:LiveViewAFSetting:0"
+    "Sony:LiveViewAFSetting:1" "Sony:LiveViewAFSetting:2" "Sony:LiveViewFocusMode"
+    "Live View Focus Mode" "Sony:LiveViewFocusMode:0" "Sony:LiveViewFocusMode:1"
+    "Sony:LiveViewFocusMode:16" "Sony:LiveViewMetering" "Live View Metering"
+    "Sony:LiveViewMetering:0" "Sony:LiveViewMetering:16" "40 Segment" "Sony:LiveViewMetering:32"
+    "1200-zone Evaluative" "Sony:LongExposureNoiseReduction" "Long Exposure Noise Reduction"
+    "Sony:LongExposureNoiseReduction:0" "Sony:LongExposureNoiseReduction:1"
+    "Off |\302\240On |\302\240On (unused)" "Sony:LongExposureNoiseReduction:16"
+    "Sony:LongExposureNoiseReduction:4294901760" "Off (65535)"
+    "Sony:LongExposureNoiseReduction:4294901761" "On (65535)"
+    "Sony:LongExposureNoiseReduction:4294967295" "Sony:LongExposureNoiseReduction:65537"
+    "On (dark subtracted)" "Sony:Macro" "Sony:Macro:0" "Sony:Macro:1" "Sony:Macro:2" "Close Focus"
+    "Sony:Macro:65535" "Sony:MasterGainAdjustment" "Master Gain Adjustment" "Sony:MaxFocalLength"
+    "Max Focal Length" "Sony:MemoryCardConfiguration" "Memory Card Configuration"
+    "Sony:MemoryCardConfiguration:244" "MemoryStick in use, SD card present"
+    "Sony:MemoryCardConfiguration:245" "MemoryStick in use, SD slot empty"
+    "Sony:MemoryCardConfiguration:252" "SD card in use, MemoryStick present"
+    "Sony:MemoryCardConfiguration:254" "SD card in use, MemoryStick slot empty" "Sony:MetaVersion"
+    "Meta Version" "Sony:MeterInfo1Row1" "Meter Info 1 Row 1" "Sony:MeterInfo1Row2"
+    "Meter Info 1 Row 2" "Sony:MeterInfo1Row3" "Meter Info 1 Row 3" "Sony:MeterInfo1Row4"
+    "Meter Info 1 Row 4" "Sony:MeterInfo1Row5" "Meter Info 1 Row 5" "Sony:MeterInfo1Row6"
+    "Meter Info 1 Row 6" "Sony:MeterInfo1Row7" "Meter Info 1 Row 7" "Sony:MeterInfo2Row1"
+    "Meter Info 2 Row 1" "Sony:MeterInfo2Row2" "Meter Info 2 Row 2" "Sony:MeterInfo2Row3"
+    "Meter Info 2 Row 3" "Sony:MeterInfo2Row4" "Meter Info 2 Row 4" "Sony:MeterInfo2Row5"
+    "Meter Info 2 Row 5" "Sony:MeterInfo2Row6" "Meter Info 2 Row 6" "Sony:MeterInfo2Row7"
+    "Meter Info 2 Row 7" "Sony:MeterInfo2Row8" "Meter Info 2 Row 8" "Sony:MeterInfo2Row9"
+    "Meter Info 2 Row 9" "Sony:MeteringMode" "Metering Mode" "Sony:MeteringMode2" "Metering Mode 2"
+    "Sony:MeteringMode2:1024" "Average" "Sony:MeteringMode2:1280" "Highlight"
+    "Sony:MeteringMode2:256" "Multi-segment" "Sony:MeteringMode2:512" "Center-weighted average"
+    "Sony:MeteringMode2:769" "Spot (Standard)" "Sony:MeteringMode2:770" "Spot (Large)"
+    "Sony:MeteringMode:0" "Sony:MeteringMode:1" "Sony:MeteringMode:2" "Sony:MeteringMode:3" "Spot"
+    "Sony:MeteringMode:4" "Average |\302\240Spot" "Sony:MeteringMode:5" "Sony:MinFocalLength"
+    "Min Focal Length" "Sony:ModeDialPosition" "Mode Dial Position" "Sony:ModeDialPosition:248"
+    "Sony:ModeDialPosition:249" "Sony:ModeDialPosition:250" "SCN" "Sony:ModeDialPosition:251"
+    "Sony:ModeDialPosition:252" "Sony:ModeDialPosition:253" "Sony:ModeDialPosition:254"
+    "Sony:ModeDialPosition:255" "Sony:ModelReleaseYear" "Model Release Year" "Sony:ModifyDate"
+    "Modify Date" "Sony:MultiBurstImageHeight" "Multi Burst Image Height"
+    "Sony:MultiBurstImageWidth" "Multi Burst Image Width" "Sony:MultiBurstMode" "Multi Burst Mode"
+    "Sony:MultiBurstMode:0" "Sony:MultiBurstMode:1" "Sony:MultiFrameNREffect"
+    "Multi Frame NR Effect" "Sony:MultiFrameNREffect:0" "Sony:MultiFrameNREffect:1"
+    "Sony:MultiFrameNoiseReduction" "Multi Frame Noise Reduction" "Sony:MultiFrameNoiseReduction:0"
+    "Off |\302\240n/a" "Sony:MultiFrameNoiseReduction:1" "Sony:MultiFrameNoiseReduction:16"
+    "Sony:MultiFrameNoiseReduction:255" "None |\302\240n/a" "Sony:Orientation" "Sony:Orientation2"
+    "Orientation 2" "Sony:Orientation2:1" "Sony:Orientation2:2" "Sony:Orientation2:6"
+    "Sony:Orientation2:8" "Sony:Orientation:0" "Sony:Orientation:1" "Sony:Orientation:2"
+    "Sony:Orientation:3" "Sony:PanoramaCropBottom" "Panorama Crop Bottom" "Sony:PanoramaCropLeft"
+    "Panorama Crop Left" "Sony:PanoramaCropRight" "Panorama Crop Right" "Sony:PanoramaCropTop"
+    "Panorama Crop Top" "Sony:PanoramaDirection" "Panorama Direction" "Sony:PanoramaDirection:0"
+    "Left or Up" "Sony:PanoramaDirection:1" "Right or Down" "Sony:PanoramaFrameHeight"
+    "Panorama Frame Height" "Sony:PanoramaFrameWidth" "Panorama Frame Width"
+    "Sony:PanoramaFullHeight" "Panorama Full Height" "Sony:PanoramaFullWidth" "Panorama Full Width"
+    "Sony:PanoramaSize3D" "3D Panorama Size" "Sony:PanoramaSize3D:0" "Sony:PanoramaSize3D:1"
+    "Sony:PanoramaSize3D:2" "Sony:PanoramaSize3D:3" "Sony:PanoramaSourceHeight"
+    "Panorama Source Height" "Sony:PanoramaSourceWidth" "Panorama Source Width" "Sony:PictureEffect"
+    "Picture Effect" "Sony:PictureEffect2" "Picture Effect 2" "Sony:PictureEffect2:0"
+    "Sony:PictureEffect2:1" "Sony:PictureEffect2:10" "Rich-tone Monochrome" "Sony:PictureEffect2:11"
+    "Miniature" "Sony:PictureEffect2:12" "Water Color" "Sony:PictureEffect2:13" "Illustration"
+    "Sony:PictureEffect2:2" "Sony:PictureEffect2:3" "Sony:PictureEffect2:4" "Sony:PictureEffect2:5"
+    "Soft High Key" "Sony:PictureEffect2:6" "Partial Color" "Sony:PictureEffect2:7"
+    "Sony:PictureEffect2:8" "Soft Focus" "Sony:PictureEffect2:9" "HDR Painting"
+    "Sony:PictureEffect:0" "Sony:PictureEffect:1" "Sony:PictureEffect:10" "Partial Color (yellow)"
+    "Sony:PictureEffect:112" "Illustration (low)" "Sony:PictureEffect:113" "Sony:PictureEffect:114"
+    "Illustration (high)" "Sony:PictureEffect:13" "Sony:PictureEffect:16" "Toy Camera (normal)"
+    "Sony:PictureEffect:17" "Toy Camera (cool)" "Sony:PictureEffect:18" "Toy Camera (warm)"
+    "Sony:PictureEffect:19" "Toy Camera (green)" "Sony:PictureEffect:2" "Sony:PictureEffect:20"
+    "Toy Camera (magenta)" "Sony:PictureEffect:3" "Sony:PictureEffect:32" "Soft Focus (low)"
+    "Sony:PictureEffect:33" "Sony:PictureEffect:34" "Soft Focus (high)" "Sony:PictureEffect:4"
+    "Sony:PictureEffect:48" "Miniature (auto)" "Sony:PictureEffect:49" "Miniature (top)"
+    "Sony:PictureEffect:5" "Sony:PictureEffect:50" "Miniature (middle horizontal)"
+    "Sony:PictureEffect:51" "Miniature (bottom)" "Sony:PictureEffect:52" "Miniature (left)"
+    "Sony:PictureEffect:53" "Miniature (middle vertical)" "Sony:PictureEffect:54"
+    "Miniature (right)" "Sony:PictureEffect:6" "Sony:PictureEffect:64" "HDR Painting (low)"
+    "Sony:PictureEffect:65" "Sony:PictureEffect:66" "HDR Painting (high)" "Sony:PictureEffect:7"
+    "Partial Color (red)" "Sony:PictureEffect:8" "Partial Color (green)" "Sony:PictureEffect:80"
+    "Sony:PictureEffect:9" "Partial Color (blue)" "Sony:PictureEffect:97" "Sony:PictureEffect:98"
+    "Water Color 2" "Sony:PictureProfile" "Picture Profile" "Sony:PictureProfile:0"
+    "Gamma Still - Standard/Neutral (PP2)" "Sony:PictureProfile:1" "Gamma Still - Portrait"
+    "Sony:PictureProfile:10" "Gamma Movie (PP1)" "Sony:PictureProfile:22"
+    "Gamma ITU709 (PP3 or PP4)" "Sony:PictureProfile:24" "Gamma Cine1 (PP5)"
+    "Sony:PictureProfile:25" "Gamma Cine2 (PP6)" "Sony:PictureProfile:26" "Gamma Cine3"
+    "Sony:PictureProfile:27" "Gamma Cine4" "Sony:PictureProfile:28" "Gamma S-Log2 (PP7)"
+    "Sony:PictureProfile:29" "Gamma ITU709 (800%)" "Sony:PictureProfile:3"
+    "Gamma Still - Night View/Portrait" "Sony:PictureProfile:31" "Gamma S-Log3 (PP8 or PP9)"
+    "Sony:PictureProfile:33" "Gamma HLG2 (PP10)" "Sony:PictureProfile:34" "Gamma HLG3"
+    "Sony:PictureProfile:36" "Sony:PictureProfile:37" "Sony:PictureProfile:38"
+    "Sony:PictureProfile:39" "Sony:PictureProfile:4" "Gamma Still - B&W/Sepia"
+    "Sony:PictureProfile:40" "Sony:PictureProfile:5" "Gamma Still - Clear" "Sony:PictureProfile:6"
+    "Gamma Still - Deep" "Sony:PictureProfile:7" "Gamma Still - Light" "Sony:PictureProfile:8"
+    "Gamma Still - Vivid" "Sony:PictureProfile:9" "Gamma Still - Real" "Sony:PitchRollYaw"
+    "Pitch Roll Yaw" "Sony:PixelShiftInfo" "Pixel Shift Info" "Sony:PixelShiftInfo:00000000 0 0 0x0"
+    "Sony:PotentialFace1Position" "Potential Face 1 Position" "Sony:PotentialFace2Position"
+    "Potential Face 2 Position" "Sony:PotentialFace3Position" "Potential Face 3 Position"
+    "Sony:PotentialFace4Position" "Potential Face 4 Position" "Sony:PotentialFace5Position"
+    "Potential Face 5 Position" "Sony:PotentialFace6Position" "Potential Face 6 Position"
+    "Sony:PotentialFace7Position" "Potential Face 7 Position" "Sony:PotentialFace8Position"
+    "Potential Face 8 Position" "Sony:PreviewImage" "Preview Image" "Sony:PreviewImageLength"
+    "Preview Image Length" "Sony:PreviewImageSize" "Preview Image Size" "Sony:PreviewImageStart"
+    "Preview Image Start" "Sony:PrioritySetInAWB" "Priority Set In AWB" "Sony:PrioritySetInAWB:0"
+    "Sony:PrioritySetInAWB:1" "Ambience" "Sony:PrioritySetInAWB:2" "White"
+    "Sony:PrioritySetupShutterRelease" "Priority Setup Shutter Release"
+    "Sony:PrioritySetupShutterRelease:0" "Sony:PrioritySetupShutterRelease:1" "Release"
+    "Sony:Quality" "Sony:Quality2" "Quality 2" "Sony:Quality2:0" "Sony:Quality2:1"
+    "JPEG |\302\240RAW" "Sony:Quality2:2" "RAW |\302\240RAW + JPEG" "Sony:Quality2:3"
+    "JPEG + MPO |\302\240RAW + JPEG" "Sony:Quality2:4" "Sony:Quality2:6" "RAW + HEIF"
+    "Sony:Quality:0" "RAW" "Sony:Quality:0 0" "Sony:Quality:0 1" "Sony:Quality:0 2"
+    "Sony:Quality:0 3" "Sony:Quality:0 4" "Sony:Quality:1" "Super Fine" "Sony:Quality:1 0"
+    "Sony:Quality:1 1" "RAW + Standard" "Sony:Quality:1 2" "RAW + Fine" "Sony:Quality:1 3"
+    "RAW + Extra Fine" "Sony:Quality:1 4" "RAW + Light" "Sony:Quality:16" "Sony:Quality:2"
+    "CRAW |\302\240Fine |\302\240RAW" "Sony:Quality:2 0" "S-size RAW" "Sony:Quality:3"
+    "Sony:Quality:3 0" "M-size RAW" "Sony:Quality:3 2" "M-size RAW + Fine" "Sony:Quality:3 3"
+    "M-size RAW + Extra Fine" "Sony:Quality:32" "Sony:Quality:34" "RAW + JPEG" "Sony:Quality:35"
+    "CRAW + JPEG" "Sony:Quality:4" "Economy |\302\240RAW + JPEG" "Sony:Quality:4294967295"
+    "Sony:Quality:48" "Sony:Quality:5" "Sony:Quality:6" "Fine |\302\240RAW + JPEG/HEIF"
+    "Sony:Quality:7" "Compressed RAW |\302\240Standard" "Sony:Quality:8" "Compressed RAW + JPEG"
+    "Sony:Quality:9" "Sony:RAWFileType" "RAW File Type" "Sony:RAWFileType:0" "Compressed RAW"
+    "Sony:RAWFileType:1" "Uncompressed RAW" "Sony:RAWFileType:2" "Lossless Compressed RAW"
+    "Sony:RAWFileType:65535" "Sony:Rating" "Sony:RedEyeReduction" "Red Eye Reduction"
+    "Sony:RedEyeReduction:0" "Sony:RedEyeReduction:1" "Sony:RedEyeReduction:16" "Sony:ReleaseMode"
+    "Release Mode" "Sony:ReleaseMode2" "Release Mode 2" "Sony:ReleaseMode2:0" "Sony:ReleaseMode2:1"
+    "Continuous" "Sony:ReleaseMode2:10" "Continuous - Background defocus" "Sony:ReleaseMode2:13"
+    "Sony:ReleaseMode2:146" "Single Frame - Movie Capture" "Sony:ReleaseMode2:15"
+    "Continuous - High Resolution Sweep Panorama" "Sony:ReleaseMode2:16" "Continuous - 3D Image"
+    "Sony:ReleaseMode2:17" "Continuous - Burst 2" "Sony:ReleaseMode2:18" "Normal - iAuto+"
+    "Sony:ReleaseMode2:19" "Continuous - Speed/Advance Priority" "Sony:ReleaseMode2:2"
+    "Continuous - Exposure Bracketing" "Sony:ReleaseMode2:20" "Sony:ReleaseMode2:23"
+    "Single-frame - Exposure Bracketing" "Sony:ReleaseMode2:26" "Sony:ReleaseMode2:27"
+    "Continuous - High Sensitivity" "Sony:ReleaseMode2:28" "Sony:ReleaseMode2:29"
+    "Continuous - Tele-zoom Advance Priority" "Sony:ReleaseMode2:3"
+    "DRO or White Balance Bracketing" "Sony:ReleaseMode2:5" "Continuous - Burst"
+    "Sony:ReleaseMode2:6" "Single Frame - Capture During Movie" "Sony:ReleaseMode2:7"
+    "Sony:ReleaseMode2:8" "Continuous - Anti-Motion Blur, Hand-held Twilight" "Sony:ReleaseMode2:9"
+    "Sony:ReleaseMode3" "Release Mode 3" "Sony:ReleaseMode3:0" "Sony:ReleaseMode3:1"
+    "Sony:ReleaseMode3:2" "Bracketing" "Sony:ReleaseMode3:4" "Sony:ReleaseMode3:5"
+    "Sony:ReleaseMode3:6" "Normal - Self-timer" "Sony:ReleaseMode3:9" "Single Burst Shooting"
+    "Sony:ReleaseMode:0" "Sony:ReleaseMode:2" "Sony:ReleaseMode:5" "Exposure Bracketing"
+    "Sony:ReleaseMode:6" "White Balance Bracketing" "Sony:ReleaseMode:65535" "Sony:ReleaseMode:8"
+    "DRO Bracketing" "Sony:Rotation" "Sony:Rotation:0" "Sony:Rotation:1"
+    "Rotate 270 CW |\302\240Rotate 90 CW" "Sony:Rotation:2" "Sony:Saturation"
+    "Sony:SaturationSetting" "Saturation Setting" "Sony:SceneMode" "Scene Mode" "Sony:SceneMode:0"
+    "Sony:SceneMode:1" "Sony:SceneMode:16" "Sony:SceneMode:17" "Sony:SceneMode:18"
+    "Sony:SceneMode:19" "Sony:SceneMode:2" "Text" "Sony:SceneMode:20" "Sony:SceneMode:21"
+    "Sony:SceneMode:22" "Auto+" "Sony:SceneMode:23" "Sony:SceneMode:24" "Sony:SceneMode:25"
+    "Sony:SceneMode:26" "Sony:SceneMode:27" "Sony:SceneMode:28" "Sony:SceneMode:3" "Night Scene"
+    "Sony:SceneMode:33" "Sony:SceneMode:4" "Sony:SceneMode:5" "Sony:SceneMode:6"
+    "Sony:SceneMode:65535" "Sony:SceneMode:7" "Night Portrait" "Sony:SceneMode:8" "Sony:SceneMode:9"
+    "Super Macro" "Sony:SelfTimer" "Self Timer" "Sony:SelfTimer:0" "Sony:SelfTimer:1"
+    "Self-timer 10 s |\302\240Self-timer 5 or 10 s" "Sony:SelfTimer:2" "Self-timer 2 s"
+    "Sony:SensorTemperature" "Sensor Temperature" "Sony:SequenceFileNumber" "Sequence File Number"
+    "Sony:SequenceImageNumber" "Sequence Image Number" "Sony:SequenceLength" "Sequence Length"
+    "Sony:SequenceLength:0" "Sony:SequenceLength:1" "1 file |\302\2401 shot"
+    "Sony:SequenceLength:10" "10 files |\302\24010 shots" "Sony:SequenceLength:100"
+    "Continuous - iSweep Panorama" "Sony:SequenceLength:12" "12 shots" "Sony:SequenceLength:16"
+    "16 shots" "Sony:SequenceLength:2" "2 files |\302\2402 shots" "Sony:SequenceLength:200"
+    "Sony:SequenceLength:3" "3 files |\302\2403 shots" "Sony:SequenceLength:4" "4 shots"
+    "Sony:SequenceLength:5" "5 files |\302\2405 shots" "Sony:SequenceLength:6" "6 shots"
+    "Sony:SequenceLength:7" "7 files |\302\2407 shots" "Sony:SequenceLength:9"
+    "9 files |\302\2409 shots" "Sony:SequenceNumber" "Sequence Number" "Sony:SequenceNumber:0"
+    "Single" "Sony:SequenceNumber:255" "Sony:SequenceNumber:65535" "Sony:SerialNumber"
+    "Serial Number" "Sony:Shadows" "Sony:Sharpness" "Sony:SharpnessRange" "Sharpness Range"
+    "Sony:SharpnessSetting" "Sharpness Setting" "Sony:ShotNumberSincePowerUp"
+    "Shot Number Since Power Up" "Sony:ShotNumberSincePowerUp2" "Shot Number Since Power Up 2"
+    "Sony:Shutter" "Sony:Shutter:0 0 0" "Silent / Electronic (0 0 0)" "Sony:ShutterCount"
+    "Shutter Count" "Sony:ShutterCount2" "Shutter Count 2" "Sony:ShutterCount3" "Shutter Count 3"
+    "Sony:ShutterSpeedSetting" "Shutter Speed Setting" "Sony:ShutterType" "Shutter Type"
+    "Sony:ShutterType:23" "Mechanical" "Sony:ShutterType:7" "Electronic" "Sony:SmileShutter"
+    "Sony:SmileShutter:1" "Sony:SmileShutter:16" "Sony:SmileShutterMode" "Smile Shutter Mode"
+    "Sony:SmileShutterMode:17" "Slight Smile" "Sony:SmileShutterMode:18" "Normal Smile"
+    "Sony:SmileShutterMode:19" "Big Smile" "Sony:SoftSkinEffect" "Soft Skin Effect"
+    "Sony:SoftSkinEffect:0" "Sony:SoftSkinEffect:1" "Sony:SoftSkinEffect:2" "Mid"
+    "Sony:SoftSkinEffect:3" "Sony:SoftSkinEffect:4294967295" "Sony:SonyDateTime" "Sony Date Time"
+    "Sony:SonyDateTime2" "Sony Date Time 2" "Sony:SonyExposureTime" "Sony Exposure Time"
+    "Sony:SonyExposureTime2" "Sony Exposure Time 2" "Sony:SonyFNumber" "Sony F Number"
+    "Sony:SonyFNumber2" "Sony F Number 2" "Sony:SonyISO" "Sony ISO" "Sony:SonyImageHeight"
+    "Sony Image Height" "Sony:SonyImageHeightMax" "Sony Image Height Max" "Sony:SonyImageSize"
+    "Sony Image Size" "Sony:SonyImageSize:1" "Large" "Sony:SonyImageSize:2" "Medium"
+    "Sony:SonyImageSize:21" "Large (3:2)" "Sony:SonyImageSize:22" "Medium (3:2)"
+    "Sony:SonyImageSize:23" "Small (3:2)" "Sony:SonyImageSize:25" "Large (16:9)"
+    "Sony:SonyImageSize:26" "Medium (16:9)" "Sony:SonyImageSize:27" "Small (16:9)"
+    "Sony:SonyImageSize:3" "Small" "Sony:SonyImageWidth" "Sony Image Width" "Sony:SonyImageWidthMax"
+    "Sony Image Width Max" "Sony:SonyMaxAperture" "Sony Max Aperture" "Sony:SonyMaxApertureValue"
+    "Sony Max Aperture Value" "Sony:SonyMinAperture" "Sony Min Aperture" "Sony:SonyModelID"
+    "Sony Model ID" "Sony:SonyModelID:2" "DSC-R1" "Sony:SonyModelID:256" "DSLR-A100"
+    "Sony:SonyModelID:257" "DSLR-A900" "Sony:SonyModelID:258" "DSLR-A700" "Sony:SonyModelID:259"
+    "DSLR-A200" "Sony:SonyModelID:260" "DSLR-A350" "Sony:SonyModelID:261" "DSLR-A300"
+    "Sony:SonyModelID:262" "DSLR-A900 (APS-C mode)" "Sony:SonyModelID:263" "DSLR-A380/A390"
+    "Sony:SonyModelID:264" "DSLR-A330" "Sony:SonyModelID:265" "DSLR-A230" "Sony:SonyModelID:266"
+    "DSLR-A290" "Sony:SonyModelID:269" "DSLR-A850" "Sony:SonyModelID:270" "DSLR-A850 (APS-C mode)"
+    "Sony:SonyModelID:273" "DSLR-A550" "Sony:SonyModelID:274" "DSLR-A500" "Sony:SonyModelID:275"
+    "DSLR-A450" "Sony:SonyModelID:278" "NEX-5" "Sony:SonyModelID:279" "NEX-3" "Sony:SonyModelID:280"
+    "SLT-A33" "Sony:SonyModelID:281" "SLT-A55 / SLT-A55V" "Sony:SonyModelID:282" "DSLR-A560"
+    "Sony:SonyModelID:283" "DSLR-A580" "Sony:SonyModelID:284" "NEX-C3" "Sony:SonyModelID:285"
+    "SLT-A35" "Sony:SonyModelID:286" "SLT-A65 / SLT-A65V" "Sony:SonyModelID:287"
+    "SLT-A77 / SLT-A77V" "Sony:SonyModelID:288" "NEX-5N" "Sony:SonyModelID:289" "NEX-7"
+    "Sony:SonyModelID:290" "NEX-VG20E" "Sony:SonyModelID:291" "SLT-A37" "Sony:SonyModelID:292"
+    "SLT-A57" "Sony:SonyModelID:293" "NEX-F3" "Sony:SonyModelID:294" "SLT-A99 / SLT-A99V"
+    "Sony:SonyModelID:295" "NEX-6" "Sony:SonyModelID:296" "NEX-5R" "Sony:SonyModelID:297"
+    "DSC-RX100" "Sony:SonyModelID:298" "DSC-RX1" "Sony:SonyModelID:299" "NEX-VG900"
+    "Sony:SonyModelID:300" "NEX-VG30E" "Sony:SonyModelID:302" "ILCE-3000 / ILCE-3500"
+    "Sony:SonyModelID:303" "SLT-A58" "Sony:SonyModelID:305" "NEX-3N" "Sony:SonyModelID:306" "ILCE-7"
+    "Sony:SonyModelID:307" "NEX-5T" "Sony:SonyModelID:308" "DSC-RX100M2" "Sony:SonyModelID:309"
+    "DSC-RX10" "Sony:SonyModelID:310" "DSC-RX1R" "Sony:SonyModelID:311" "ILCE-7R"
+    "Sony:SonyModelID:312" "ILCE-6000" "Sony:SonyModelID:313" "ILCE-5000" "Sony:SonyModelID:317"
+    "DSC-RX100M3" "Sony:SonyModelID:318" "ILCE-7S" "Sony:SonyModelID:319" "ILCA-77M2"
+    "Sony:SonyModelID:339" "ILCE-5100" "Sony:SonyModelID:340" "ILCE-7M2" "Sony:SonyModelID:341"
+    "DSC-RX100M4" "Sony:SonyModelID:342" "DSC-RX10M2" "Sony:SonyModelID:344" "DSC-RX1RM2"
+    "Sony:SonyModelID:346" "ILCE-QX1" "Sony:SonyModelID:347" "ILCE-7RM2" "Sony:SonyModelID:350"
+    "ILCE-7SM2" "Sony:SonyModelID:353" "ILCA-68" "Sony:SonyModelID:354" "ILCA-99M2"
+    "Sony:SonyModelID:355" "DSC-RX10M3" "Sony:SonyModelID:356" "DSC-RX100M5" "Sony:SonyModelID:357"
+    "ILCE-6300" "Sony:SonyModelID:358" "ILCE-9" "Sony:SonyModelID:360" "ILCE-6500"
+    "Sony:SonyModelID:362" "ILCE-7RM3" "Sony:SonyModelID:363" "ILCE-7M3" "Sony:SonyModelID:364"
+    "DSC-RX0" "Sony:SonyModelID:365" "DSC-RX10M4" "Sony:SonyModelID:366" "DSC-RX100M6"
+    "Sony:SonyModelID:367" "DSC-HX99" "Sony:SonyModelID:369" "DSC-RX100M5A" "Sony:SonyModelID:371"
+    "ILCE-6400" "Sony:SonyModelID:372" "DSC-RX0M2" "Sony:SonyModelID:373" "DSC-HX95"
+    "Sony:SonyModelID:374" "DSC-RX100M7" "Sony:SonyModelID:375" "ILCE-7RM4" "Sony:SonyModelID:376"
+    "ILCE-9M2" "Sony:SonyModelID:378" "ILCE-6600" "Sony:SonyModelID:379" "ILCE-6100"
+    "Sony:SonyModelID:380" "ZV-1" "Sony:SonyModelID:381" "ILCE-7C" "Sony:SonyModelID:382" "ZV-E10"
+    "Sony:SonyModelID:383" "ILCE-7SM3" "Sony:SonyModelID:384" "ILCE-1" "Sony:SonyModelID:385"
+    "ILME-FX3" "Sony:SonyModelID:386" "ILCE-7RM3A" "Sony:SonyModelID:387" "ILCE-7RM4A"
+    "Sony:SonyModelID:388" "ILCE-7M4" "Sony:SonyModelID:389" "ZV-1F" "Sony:SonyModelID:390"
+    "ILCE-7RM5" "Sony:SonyModelID:391" "ILME-FX30" "Sony:SonyModelID:392" "ILCE-9M3"
+    "Sony:SonyModelID:393" "ZV-E1" "Sony:SonyModelID:394" "ILCE-6700" "Sony:SonyModelID:395"
+    "ZV-1M2" "Sony:SonyModelID:396" "ILCE-7CR" "Sony:SonyModelID:397" "ILCE-7CM2" "Sony:Sony_0x9050"
+    "Sony 0x9050" "Sony:Sony_0x9400" "Sony 0x9400" "Sony:Sony_0x9402" "Sony 0x9402"
+    "Sony:Sony_0x9404" "Sony 0x9404" "Sony:Sony_0x9405" "Sony 0x9405" "Sony:Sony_0x9406"
+    "Sony 0x9406" "Sony:Sony_0x9407" "Sony 0x9407" "Sony:Sony_0x9408" "Sony 0x9408"
+    "Sony:Sony_0x9409" "Sony 0x9409" "Sony:Sony_0x940a" "Sony 0x940a" "Sony:Sony_0x940b"
+    "Sony 0x940b" "Sony:Sony_0x940c" "Sony 0x940c" "Sony:Sony_0x940d" "Sony 0x940d"
+    "Sony:Sony_0x940e" "Sony 0x940e" "Sony:Sony_0x940f" "Sony 0x940f" "Sony:Sony_0x9411"
+    "Sony 0x9411" "Sony:Sony_rtmd_0x060e" "Sony rtmd 0x060e" "Sony:Sony_rtmd_0x3210"
+    "Sony rtmd 0x3210" "Sony:Sony_rtmd_0x3219" "Sony rtmd 0x3219" "Sony:Sony_rtmd_0x321a"
+    "Sony rtmd 0x321a" "Sony:Sony_rtmd_0x8001" "Sony rtmd 0x8001" "Sony:Sony_rtmd_0x8004"
+    "Sony rtmd 0x8004" "Sony:Sony_rtmd_0x8005" "Sony rtmd 0x8005" "Sony:Sony_rtmd_0x800a"
+    "Sony rtmd 0x800a" "Sony:Sony_rtmd_0x800b" "Sony rtmd 0x800b" "Sony:Sony_rtmd_0x8100"
+    "Sony rtmd 0x8100" "Sony:Sony_rtmd_0x8101" "Sony rtmd 0x8101" "Sony:Sony_rtmd_0x8104"
+    "Sony rtmd 0x8104" "Sony:Sony_rtmd_0x8105" "Sony rtmd 0x8105" "Sony:Sony_rtmd_0x8106"
+    "Sony rtmd 0x8106" "Sony:Sony_rtmd_0x810d" "Sony rtmd 0x810d" "Sony:Sony_rtmd_0x8115"
+    "Sony rtmd 0x8115" "Sony:Sony_rtmd_0xe000" "Sony rtmd 0xe000" "Sony:Sony_rtmd_0xe300"
+    "Sony rtmd 0xe300" "Sony:Sony_rtmd_0xe301" "Sony rtmd 0xe301" "Sony:Sony_rtmd_0xe302"
+    "Sony rtmd 0xe302" "Sony:Sony_rtmd_0xe435" "Sony rtmd 0xe435" "Sony:Sony_rtmd_0xe437"
+    "Sony rtmd 0xe437" "Sony:Sony_rtmd_0xe445" "Sony rtmd 0xe445" "Sony:StopsAboveBaseISO"
+    "Stops Above Base ISO" "Sony:SweepPanoramaDirection" "Sweep Panorama Direction"
+    "Sony:SweepPanoramaDirection:1" "Sony:SweepPanoramaDirection:2" "Sony:SweepPanoramaDirection:3"
+    "Up" "Sony:SweepPanoramaDirection:4" "Down" "Sony:SweepPanoramaSize" "Sweep Panorama Size"
+    "Sony:SweepPanoramaSize:1" "Sony:SweepPanoramaSize:2" "Sony:Tag9416_0000" "Tag 9416 0000"
+    "Sony:Tag_0x2010" "Tag 0x2010" "Sony:Teleconverter" "Sony:Teleconverter:0"
+    "Sony:Teleconverter:136" "Minolta/Sony AF 1.4x APO (D)" "Sony:Teleconverter:144"
+    "Minolta AF 1.4x APO II" "Sony:Teleconverter:160" "Minolta AF 1.4x APO" "Sony:Teleconverter:4"
+    "Minolta/Sony AF 1.4x APO (D) (0x04)" "Sony:Teleconverter:5" "Minolta/Sony AF 2x APO (D) (0x05)"
+    "Sony:Teleconverter:72" "Minolta/Sony AF 2x APO (D)" "Sony:Teleconverter:80"
+    "Minolta AF 2x APO II" "Sony:Teleconverter:96" "Minolta AF 2x APO" "Sony:TempTest1"
+    "Temp Test 1" "Sony:TempTest2" "Temp Test 2" "Sony:TextInfo1" "Text Info 1" "Sony:TextInfo2"
+    "Text Info 2" "Sony:TiffMeteringImageHeight" "Tiff Metering Image Height"
+    "Sony:TiffMeteringImageWidth" "Tiff Metering Image Width" "Sony:VariableLowPassFilter"
+    "Variable Low Pass Filter" "Sony:VariableLowPassFilter:0 0" "Sony:VariableLowPassFilter:1 0"
+    "Sony:VariableLowPassFilter:1 1" "Sony:VariableLowPassFilter:1 2"
+    "Sony:VariableLowPassFilter:65535 65535" "Sony:Ver9401" "Ver 9401" "Sony:VibrationReduction"
+    "Vibration Reduction" "Sony:VibrationReduction:0" "Sony:VibrationReduction:1" "Sony:ViewingMode"
+    "Viewing Mode" "Sony:ViewingMode2" "Viewing Mode 2" "Sony:ViewingMode2:0" "Sony:ViewingMode2:16"
+    "Viewfinder" "Sony:ViewingMode2:33" "Focus Check Live View" "Sony:ViewingMode2:34"
+    "Quick AF Live View" "Sony:ViewingMode:16" "ViewFinder" "Sony:ViewingMode:33"
+    "Sony:ViewingMode:34" "Sony:VignettingCorrParams" "Vignetting Corr Params"
+    "Sony:VignettingCorrection" "Vignetting Correction" "Sony:VignettingCorrection:0"
+    "Sony:VignettingCorrection:2" "Sony:VignettingCorrection:4294967295" "Sony:WBShiftAB_GM"
+    "WB Shift AB GM" "Sony:WBShiftAB_GM_Precise" "WB Shift AB GM Precise" "Sony:WB_RGBLevels"
+    "WB RGB Levels" "Sony:WhiteBalance" "White Balance" "Sony:WhiteBalance:0" "Sony:WhiteBalance:1"
+    "Color Temperature/Color Filter |\302\240Incandescent" "Sony:WhiteBalance:10" "Incandescent2"
+    "Sony:WhiteBalance:11" "Warm White Fluorescent" "Sony:WhiteBalance:112" "Custom"
+    "Sony:WhiteBalance:12" "Sony:WhiteBalance:128" "Sony:WhiteBalance:13" "Color Filter"
+    "Sony:WhiteBalance:14" "Custom |\302\240Incandescent" "Sony:WhiteBalance:15"
+    "Sony:WhiteBalance:16" "Cloudy |\302\240Daylight" "Sony:WhiteBalance:17"
+    "Shade |\302\240Underwater 1 (Blue Water)" "Sony:WhiteBalance:18" "Underwater 2 (Green Water)"
+    "Sony:WhiteBalance:19" "Underwater Auto" "Sony:WhiteBalance:2" "Auto |\302\240Fluorescent"
+    "Sony:WhiteBalance:255" "Preset" "Sony:WhiteBalance:32" "Cloudy" "Sony:WhiteBalance:4"
+    "Custom |\302\240Daylight" "Sony:WhiteBalance:48" "Shade" "Sony:WhiteBalance:5"
+    "Cloudy |\302\240Daylight |\302\240Fluorescent" "Sony:WhiteBalance:6"
+    "Cloudy |\302\240Custom |\302\240Tungsten" "Sony:WhiteBalance:64" "Tungsten"
+    "Sony:WhiteBalance:7" "Cool White Fluorescent |\302\240Flash" "Sony:WhiteBalance:8"
+    "Day White Fluorescent" "Sony:WhiteBalance:80" "Sony:WhiteBalance:9" "Daylight Fluorescent"
+    "Sony:WhiteBalance:96" "Fluorescent" "Sony:WhiteBalanceBracketing"
+    "Sony:WhiteBalanceBracketing:0" "Sony:WhiteBalanceBracketing:1" "Sony:WhiteBalanceBracketing:2"
+    "Sony:WhiteBalanceFineTune" "White Balance Fine Tune" "Sony:WhiteBalanceSetting"
+    "White Balance Setting" "Sony:WhiteBalanceSetting:100" "Fluorescent (+1)"
+    "Sony:WhiteBalanceSetting:101" "Fluorescent (+2)" "Sony:WhiteBalanceSetting:102"
+    "Fluorescent (+3)" "Sony:WhiteBalanceSetting:112" "Flash (-3)" "Sony:WhiteBalanceSetting:113"
+    "Flash (-2)" "Sony:WhiteBalanceSetting:114" "Flash (-1)" "Sony:WhiteBalanceSetting:115"
+    "Flash (0)" "Sony:WhiteBalanceSetting:116" "Flash (+1)" "Sony:WhiteBalanceSetting:117"
+    "Flash (+2)" "Sony:WhiteBalanceSetting:118" "Flash (+3)" "Sony:WhiteBalanceSetting:16"
+    "Auto (-3) |\302\240Cloudy" "Sony:WhiteBalanceSetting:163" "Sony:WhiteBalanceSetting:17"
+    "Auto (-2) |\302\240Shade" "Sony:WhiteBalanceSetting:18"
+    "Auto (-1) |\302\240Color Temperature/Color Filter" "Sony:WhiteBalanceSetting:19" "Auto (0)"
+    "Sony:WhiteBalanceSetting:2" "Sony:WhiteBalanceSetting:20" "Auto (+1)"
+    "Sony:WhiteBalanceSetting:21" "Auto (+2)" "Sony:WhiteBalanceSetting:22" "Auto (+3)"
+    "Sony:WhiteBalanceSetting:243" "Color Temperature/Color Filter" "Sony:WhiteBalanceSetting:32"
+    "Custom 1 |\302\240Daylight (-3)" "Sony:WhiteBalanceSetting:33"
+    "Custom 2 |\302\240Daylight (-2)" "Sony:WhiteBalanceSetting:34"
+    "Custom 3 |\302\240Daylight (-1)" "Sony:WhiteBalanceSetting:35" "Daylight (0)"
+    "Sony:WhiteBalanceSetting:36" "Daylight (+1)" "Sony:WhiteBalanceSetting:37" "Daylight (+2)"
+    "Sony:WhiteBalanceSetting:38" "Daylight (+3)" "Sony:WhiteBalanceSetting:4" "Daylight"
+    "Sony:WhiteBalanceSetting:48" "Shade (-3)" "Sony:WhiteBalanceSetting:49" "Shade (-2)"
+    "Sony:WhiteBalanceSetting:5" "Sony:WhiteBalanceSetting:50" "Shade (-1)"
+    "Sony:WhiteBalanceSetting:51" "Shade (0)" "Sony:WhiteBalanceSetting:52" "Shade (+1)"
+    "Sony:WhiteBalanceSetting:53" "Shade (+2)" "Sony:WhiteBalanceSetting:54" "Shade (+3)"
+    "Sony:WhiteBalanceSetting:6" "Sony:WhiteBalanceSetting:64" "Cloudy (-3)"
+    "Sony:WhiteBalanceSetting:65" "Cloudy (-2)" "Sony:WhiteBalanceSetting:66" "Cloudy (-1)"
+    "Sony:WhiteBalanceSetting:67" "Cloudy (0)" "Sony:WhiteBalanceSetting:68" "Cloudy (+1)"
+    "Sony:WhiteBalanceSetting:69" "Cloudy (+2)" "Sony:WhiteBalanceSetting:7"
+    "Sony:WhiteBalanceSetting:70" "Cloudy (+3)" "Sony:WhiteBalanceSetting:80" "Tungsten (-3)"
+    "Sony:WhiteBalanceSetting:81" "Tungsten (-2)" "Sony:WhiteBalanceSetting:82" "Tungsten (-1)"
+    "Sony:WhiteBalanceSetting:83" "Tungsten (0)" "Sony:WhiteBalanceSetting:84" "Tungsten (+1)"
+    "Sony:WhiteBalanceSetting:85" "Tungsten (+2)" "Sony:WhiteBalanceSetting:86" "Tungsten (+3)"
+    "Sony:WhiteBalanceSetting:96" "Fluorescent (-3)" "Sony:WhiteBalanceSetting:97"
+    "Fluorescent (-2)" "Sony:WhiteBalanceSetting:98" "Fluorescent (-1)"
+    "Sony:WhiteBalanceSetting:99" "Fluorescent (0)" "Sony:ZoneMatching" "Zone Matching"
+    "Sony:ZoneMatching:0" "ISO Setting Used" "Sony:ZoneMatching:1" "High Key" "Sony:ZoneMatching:2"
+    "Low Key" "Sony:ZoneMatchingValue" "Zone Matching Value" "自动" "A5 |\302\240n/a |\302\240自动"
+    "未设置" "电池电量" "亮度" "图像取向" "0° (上/左)" "0° (上/左) |\302\24090° CCW (右/上)" "90° CW (左/底)"
+    "90° CCW (右/上)" "创意风格" "标准" "生动色彩" "中性" "清澈" "深色" "轻淡" "夜景" "红叶" "人物" "风景" "黄昏" "夜晚肖像" "黑白"
+    "色彩空间信息" "色温" "注释" "对比度" "文件改变的日期和时间" "原始数据产生的日期和时间" "数码变焦" "数码变焦比" "驱动模式" "动态范围优化" "关"
+    "标准 |\302\240自动" "高级优化程度 3" "高级优化程度 4" "高级优化程度 5" "Plus |\302\240高级自动" "Lv1 |\302\240自动"
+    "n/a |\302\240高级优化程度 1" "高级优化程度 2" "曝光偏差" "曝光模式" "手动曝光" "自动曝光" "光圈优先" "快门优先" "曝光程序"
+    "Auto |\302\240一般程序" "一般程序 |\302\240光圈优先 |\302\240手动" "运动摄影" "Auto |\302\240Sports |\302\240人物"
+    "一般程序 |\302\240光圈优先 |\302\240快门优先" "一般程序" "手动" "光圈优先 |\302\240快门优先 |\302\240手动"
+    "Auto |\302\240快门优先 |\302\240手动" "Program Shift A |\302\240人物" "Program Shift S |\302\240风景"
+    "曝光时间" "光圈数" "格式" "闪光" "无闪光功能" "闪光灯亮" "闪光补偿" "焦距" "对焦模式" "GPS日期" "纬度" "北纬或者南纬" "北纬" "南纬" "经度"
+    "东经或者西经" "东经" "西经" "使用的大地测量数据" "GPS测量模式" "2维测量" "3维测量" "GPS 接收器状态" "正在测量中" "测量中断" "GPS 时间(原子钟)"
+    "GPS标签版本" "自动HDR" "高ISO降噪" "关 |\302\240标准" "弱" "强" "强 |\302\240标准" "关 |\302\240强" "图像质量" "标准画质"
+    "精细" "超精细" "长时间曝光降噪" "On (unused) |\302\240关 |\302\240开" "开" "测量方式" "分割测光" "中央重点" "点测光"
+    "平均 |\302\240点测光" "多帧降噪" "n/a |\302\240关" "关 |\302\240开" "180° (底/右)"
+    "CRAW |\302\240RAW |\302\240精细" "RAW+JPEG" "Economy |\302\240RAW+JPEG"
+    "RAW + JPEG/HEIF |\302\240精细" "cRAW |\302\240标准" "cRAW+JPEG" "评分"
+    "90° CCW (右/上) |\302\24090° CW (左/底)" "饱和度" "场景选择" "夜景/肖像" "扫描全景" "手持夜景拍摄" "动作防抖" "连续拍摄优先AE"
+    "3D" "夕阳" "运动模式" "微距" "照相机标识" "锐度" "白平衡" "Incandescent |\302\240色温 / 彩色滤光片" "暖白荧光灯" "自定义"
+    "Incandescent |\302\240自定义" "太阳光 |\302\240阴天" "Underwater 1 (Blue Water) |\302\240阴影"
+    "自动 |\302\240荧光" "阴天" "太阳光 |\302\240自定义" "阴影" "太阳光 |\302\240荧光 |\302\240阴天"
+    "白炽灯 |\302\240自定义 |\302\240阴天" "白炽灯" "白色荧光灯 |\302\240闪光" "日光白色荧光灯" "日光色荧光灯" "荧光" "区域匹配"
+    "Verrouillage AE" "Activé |\302\240Désactivé" "Mode de la zone d'autofocus"
     "Large |\302\240Multi |\302\240Par défaut"
-    "Centré |\302\240Large |\302\240Locale |\302\240Multi |\302\240Spot""Sélective"
-    "Spot flexible étendu""Suivi""Suivi du visage"
-    "Centré |\302\240Locale |\302\240Spot |\302\240Spot flexible""Suivi de l'œil des animaux"
-    "Manuelle""Locale |\302\240Spot |\302\240Spot flexible |\302\240Zone"
-    "Flexible |\302\240Spot flexible |\302\240Spot flexible étendu""Tactile""Non applicable"
-    "Réglage du mode de la zone d'autofocus""Centre""Spot flexible"
+    "Centré |\302\240Large |\302\240Locale |\302\240Multi |\302\240Spot" "Sélective"
+    "Spot flexible étendu" "Suivi" "Suivi du visage"
+    "Centré |\302\240Locale |\302\240Spot |\302\240Spot flexible" "Suivi de l'œil des animaux"
+    "Manuelle" "Locale |\302\240Spot |\302\240Spot flexible |\302\240Zone"
+    "Flexible |\302\240Spot flexible |\302\240Spot flexible étendu" "Tactile" "Non applicable"
+    "Réglage du mode de la zone d'autofocus" "Centre" "Spot flexible"
     "Local |\302\240Spot flexible |\302\240Spot flexible (LA-EA4)"
-    "Centre |\302\240Centre (LA-EA4) |\302\240Spot""Bouton Auto Focus pressé""Non""Oui"
+    "Centre |\302\240Centre (LA-EA4) |\302\240Spot" "Bouton Auto Focus pressé" "Non" "Oui"
     "Point de l'Autofocus"
     "B4 |\302\240En haut à droite |\302\240En haut à gauche |\302\240En haut à l'extrême gauche"
     "C4 |\302\240En bas à droite |\302\240En haut à gauche (horizontal) |\302\240À gauche"
@@ -1780,10 +1857,10 @@ constexpr char kText[] =
     "En haut à l'extrême droite |\302\240H2 |\302\240À droite"
     "C1 |\302\240En bas à droite |\302\240En haut à droite (horizontal)"
     "Au Centre F2.8 |\302\240D1 |\302\240À l'extrême droite (horizontal)"
-    "E1 |\302\240À droite (horizontal)""En bas à l'extrême droite |\302\240F1"
-    "En bas à droite (horizontal) |\302\240G1""(aucun)"
+    "E1 |\302\240À droite (horizontal)" "En bas à l'extrême droite |\302\240F1"
+    "En bas à droite (horizontal) |\302\240G1" "(aucun)"
     "A7 Vertical |\302\240À l'extrême droite (vertical)"
-    "A6 Vertical |\302\240En haut à droite (vertical)""A5 Vertical |\302\240À droite (vertical)"
+    "A6 Vertical |\302\240En haut à droite (vertical)" "A5 Vertical |\302\240À droite (vertical)"
     "C7 Vertical |\302\240En bas à droite (vertical)"
     "Au milieu horizontal |\302\240E4 |\302\240À gauche (horizontal) |\302\240À l'extrême-gauche"
     "E6 Centré vertical"
@@ -1794,7 +1871,7 @@ constexpr char kText[] =
     "Au Centre (7) |\302\240B3 |\302\240En bas à gauche |\302\240Près de la gauche |\302\240À gauche (vertical)"
     "Au Centre (horizontal) |\302\240C3 |\302\240En bas (horizontal) |\302\240En bas à gauche (vertical)"
     "Au Centre (9) |\302\240D3 |\302\240En haut (vertical) |\302\240À l'extrême gauche (vertical)"
-    "E6 Centré F2.8""Point AF sélectionné""A5 |\302\240Auto |\302\240Non applicable"
+    "E6 Centré F2.8" "Point AF sélectionné" "A5 |\302\240Auto |\302\240Non applicable"
     "A6 |\302\240Center Zone |\302\240Centre |\302\240Top Left Zone"
     "A7 |\302\240Haut |\302\240Top Zone"
     "B2 |\302\240Haut droite |\302\240Right Zone |\302\240Top Right Zone"
@@ -1804,77 +1881,78 @@ constexpr char kText[] =
     "B6 |\302\240Bas gauche |\302\240Bottom Left Zone"
     "B7 |\302\240Bottom Zone |\302\240Gauche |\302\240Top Left Zone"
     "B8 |\302\240Bottom Right Zone |\302\240Haut gauche |\302\240Top Right Zone"
-    "Points d'Autofocus sélectionnés""Points de mise au point automatique utilisés"
-    "A5 |\302\240Au centre""B9 |\302\240À l'extrême gauche""B6 |\302\240À gauche"
-    "C6 |\302\240À l'extrême bas gauche""B3 |\302\240En bas à droite""C3 |\302\240Près de la gauche"
-    "A6 |\302\240En haut""Au milieu supérieur |\302\240B10""B7 |\302\240En haut à gauche"
-    "C7 |\302\240À l'extrême haut gauche""B4 |\302\240En bas""C4 |\302\240À l'extrême haut droit"
-    "A7 |\302\240En haut à droite""C1 |\302\240Près de la droite""B8 |\302\240À l'extrême droite"
-    "B5 |\302\240En bas à gauche""C5 |\302\240À l'extrême bas droite""B2 |\302\240À droite"
-    "Au milieu inférieur |\302\240C2""Suivi de la mise au point automatique""Désactivé"
-    "Verrouillage de la mise au point automatique""Type de mise au point automatique""15 points"
-    "19 points""79 points""Capture de la taille APS-C""Activé""Température ambiante""Anti-flou"
-    "Activé (continu)""Activé (Prise de vue)""Ratio d'aspect""Autoportrait encadré""Code-barres"
-    "ISO de référence""Batterie""Température de la batterie""Température de la carte"
-    "Numéro de cliché en bracketing""Luminosité""Version de l'appareil photo à monture E"
-    "Orientation de l'appareil photo""À l'horizontal (normal)"
+    "Points d'Autofocus sélectionnés" "Points de mise au point automatique utilisés"
+    "A5 |\302\240Au centre" "B9 |\302\240À l'extrême gauche" "B6 |\302\240À gauche"
+    "C6 |\302\240À l'extrême bas gauche" "B3 |\302\240En bas à droite"
+    "C3 |\302\240Près de la gauche" "A6 |\302\240En haut" "Au milieu supérieur |\302\240B10"
+    "B7 |\302\240En haut à gauche" "C7 |\302\240À l'extrême haut gauche" "B4 |\302\240En bas"
+    "C4 |\302\240À l'extrême haut droit" "A7 |\302\240En haut à droite"
+    "C1 |\302\240Près de la droite" "B8 |\302\240À l'extrême droite" "B5 |\302\240En bas à gauche"
+    "C5 |\302\240À l'extrême bas droite" "B2 |\302\240À droite" "Au milieu inférieur |\302\240C2"
+    "Suivi de la mise au point automatique" "Désactivé"
+    "Verrouillage de la mise au point automatique" "Type de mise au point automatique" "15 points"
+    "19 points" "79 points" "Capture de la taille APS-C" "Activé" "Température ambiante" "Anti-flou"
+    "Activé (continu)" "Activé (Prise de vue)" "Ratio d'aspect" "Autoportrait encadré" "Code-barres"
+    "ISO de référence" "Batterie" "Température de la batterie" "Température de la carte"
+    "Numéro de cliché en bracketing" "Luminosité" "Version de l'appareil photo à monture E"
+    "Orientation de l'appareil photo" "À l'horizontal (normal)"
     "Pivoté de 90° dans le sens antihoraire |\302\240À l'horizontal (normal)"
-    "Pivoté de 270° dans le sens antihoraire""Pivoté de de 180°"
-    "Pivoté de 90° dans le sens antihoraire""Température de l'appareil photo"
-    "Paramètres de correction de l'aberration chromatique""Clarté"
-    "Filtre de compensation des couleurs""Filtre de compensation des couleurs personnalisé"
-    "Réglage du filtre de compensation des couleurs""Mode colorimétrique""Éclatant""Neutre""Clair"
-    "Profond""Lumière""Vue nocturne""Feuilles automne""Éclatant 2""Paysage""Coucher de soleil"
-    "Vue/Portrait nocturne""N&B""Adobe RVB""Espace colorimétrique""sRVB""Adobe RVB |\302\240sRVB"
-    "Adobe RVB |\302\240Adobe RVB (A700)""Température couleur""Commentaire""Contraste"
-    "Réglage du contraste""Style créatif""Standard |\302\240Éclatant"
-    "Feuilles d'automne |\302\240Neutre""Profond |\302\240Sépia""FL |\302\240Feuilles d'automne"
-    "Sépia |\302\240VV2""Neutre |\302\240Éclatant""Coucher de soleil |\302\240N&B"
-    "Clair |\302\240Vue/Portrait nocturne""Lumière |\302\240N&B"
-    "Adobe RVB |\302\240Coucher de soleil""Feuilles d'automne""Aucun""Réel""Sépia"
-    "Réglage du style créatif""Date de modification du fichier"
-    "Date de création des données originales""Zoom numérique""Rapport de zoom numérique"
-    "Paramètres de correction de la distorsion""Numéro du paramètre de correction de la distorsion"
-    "16 (plein cadre)""Paramètre de correction de la distorsion présent"
-    "Correction de la distorsion""Aucune""Appliquée""Réglage de la correction de la distorsion"
-    "Mode de prise de vue""Exposition multiple""Vue par vue""Image unique""Télécommande"
-    "Bracketing de la balance des blancs Bas""Bracketing de la balance des blancs Haut"
-    "Continu (ultrarapide)""Continu - HDR""Retardateur 10 sec""Priorité à la vitesse continue"
-    "Retardateur 2 sec, Blocage du miroir""Bracketing sur image unique""Optimiseur Dyna"
-    "Auto. |\302\240Standard""Avancé Niv3""Avancé Niv4""Avancé Niv5""Avancé Auto |\302\240Plus"
-    "Auto. |\302\240Lv1""Avancé Niv1 |\302\240Non applicable""Avancé Niv2"
-    "Volet électronique du rideau avant""Décalage d'exposition""Paliers de réglage d'expo"
-    "Mode d'exposition""Exposition manuelle""Exposition automatique""Priorité ouverture"
-    "Priorité vitesse""Nocturne""Programme d'exposition""Auto |\302\240Programme normal"
-    "Manuel |\302\240Priorité à l'ouverture AE |\302\240Programme normal""Caméra jouet""Couleur pop"
-    "Postérisation""Photo rétro""Monochrome à fort contraste"
+    "Pivoté de 270° dans le sens antihoraire" "Pivoté de de 180°"
+    "Pivoté de 90° dans le sens antihoraire" "Température de l'appareil photo"
+    "Paramètres de correction de l'aberration chromatique" "Clarté"
+    "Filtre de compensation des couleurs" "Filtre de compensation des couleurs personnalisé"
+    "Réglage du filtre de compensation des couleurs" "Mode colorimétrique" "Éclatant" "Neutre"
+    "Clair" "Profond" "Lumière" "Vue nocturne" "Feuilles automne" "Éclatant 2" "Paysage"
+    "Coucher de soleil" "Vue/Portrait nocturne" "N&B" "Adobe RVB" "Espace colorimétrique" "sRVB"
+    "Adobe RVB |\302\240sRVB" "Adobe RVB |\302\240Adobe RVB (A700)" "Température couleur"
+    "Commentaire" "Contraste" "Réglage du contraste" "Style créatif" "Standard |\302\240Éclatant"
+    "Feuilles d'automne |\302\240Neutre" "Profond |\302\240Sépia" "FL |\302\240Feuilles d'automne"
+    "Sépia |\302\240VV2" "Neutre |\302\240Éclatant" "Coucher de soleil |\302\240N&B"
+    "Clair |\302\240Vue/Portrait nocturne" "Lumière |\302\240N&B"
+    "Adobe RVB |\302\240Coucher de soleil" "Feuilles d'automne" "Aucun" "Réel" "Sépia"
+    "Réglage du style créatif" "Date de modification du fichier"
+    "Date de création des données originales" "Zoom numérique" "Rapport de zoom numérique"
+    "Paramètres de correction de la distorsion" "Numéro du paramètre de correction de la distorsion"
+    "16 (plein cadre)" "Paramètre de correction de la distorsion présent"
+    "Correction de la distorsion" "Aucune" "Appliquée" "Réglage de la correction de la distorsion"
+    "Mode de prise de vue" "Exposition multiple" "Vue par vue" "Image unique" "Télécommande"
+    "Bracketing de la balance des blancs Bas" "Bracketing de la balance des blancs Haut"
+    "Continu (ultrarapide)" "Continu - HDR" "Retardateur 10 sec" "Priorité à la vitesse continue"
+    "Retardateur 2 sec, Blocage du miroir" "Bracketing sur image unique" "Optimiseur Dyna"
+    "Auto. |\302\240Standard" "Avancé Niv3" "Avancé Niv4" "Avancé Niv5" "Avancé Auto |\302\240Plus"
+    "Auto. |\302\240Lv1" "Avancé Niv1 |\302\240Non applicable" "Avancé Niv2"
+    "Volet électronique du rideau avant" "Décalage d'exposition" "Paliers de réglage d'expo"
+    "Mode d'exposition" "Exposition manuelle" "Exposition automatique" "Priorité ouverture"
+    "Priorité vitesse" "Nocturne" "Programme d'exposition" "Auto |\302\240Programme normal"
+    "Manuel |\302\240Priorité à l'ouverture AE |\302\240Programme normal" "Caméra jouet"
+    "Couleur pop" "Postérisation" "Photo rétro" "Monochrome à fort contraste"
     "Programme action (orienté grandes vitesses d'obturation)"
     "Auto |\302\240Mode portrait |\302\240Sports"
     "Anti Motion Blur |\302\240Auto+ |\302\240Coucher de soleil"
     "Priorité vitesse |\302\240Priorité à l'ouverture AE |\302\240Programme normal"
-    "Priorité à l'ouverture AE""Mode portrait""Programme normal""Manuel"
+    "Priorité à l'ouverture AE" "Mode portrait" "Programme normal" "Manuel"
     "Manuel |\302\240Priorité vitesse |\302\240Priorité à l'ouverture AE"
-    "Auto |\302\240Manuel |\302\240Priorité vitesse""Mode portrait |\302\240Program Shift A"
-    "Paysage |\302\240Program Shift S""Réglage de la norme d'exposition ""Temps de pose"
-    "Diaphragme ƒ""Position visage 1""Position visage 2""Position visage 3""Position visage 4"
-    "Position visage 5""Position visage 6""Position visage 7""Position visage 8"
-    "Détection du visage""Longueur des informations sur le visage"
-    "Décalage de l'information sur le visage""Test facial 2""Test facial 8""Visages détectés""Fondu"
-    "Format du fichier""Version du micrologiciel""Flash ""Flash non déclenché""Flash déclenché"
-    "Action du flash""N'a pas déclenché""Déclenché |\302\240Flash déclenché"
+    "Auto |\302\240Manuel |\302\240Priorité vitesse" "Mode portrait |\302\240Program Shift A"
+    "Paysage |\302\240Program Shift S" "Réglage de la norme d'exposition " "Temps de pose"
+    "Diaphragme ƒ" "Position visage 1" "Position visage 2" "Position visage 3" "Position visage 4"
+    "Position visage 5" "Position visage 6" "Position visage 7" "Position visage 8"
+    "Détection du visage" "Longueur des informations sur le visage"
+    "Décalage de l'information sur le visage" "Test facial 2" "Test facial 8" "Visages détectés"
+    "Fondu" "Format du fichier" "Version du micrologiciel" "Flash " "Flash non déclenché"
+    "Flash déclenché" "Action du flash" "N'a pas déclenché" "Déclenché |\302\240Flash déclenché"
     "Flash externe déclenché |\302\240Flash externe, n'a pas déclenché"
-    "Flash commandé sans cordon déclenché |\302\240Flash externe, déclenché""Action Flash Externe"
-    "A déclenché""Déclenché HSS""Contrôle du flash""Flash ADI |\302\240Pré-flash TTL"
-    "Manuel |\302\240Pré-flash TTL""Compensation d'exposition au flash"
-    "Réglage de compensation d'exposition au flash""Niveau de flash""Bas""Haut""Mode du flash"
-    "Flash auto (Autoflash)""Flash d'appoint |\302\240Flash désactivé""Flash d'appoint"
-    "Flash synchro lente""Flash synchro arrière""Flash désactivé |\302\240Flash synchro arrière"
-    "Flash sans cordon""Flash sans cordon |\302\240Flash synchro lente"
-    "Flash d'appoint |\302\240Flash synchro arrière""Flash désactivé""État du flash"
-    "Aucun |\302\240Aucun flash présent""Flash intégré""Flash externe présent"
-    "Flash externe déclenché""Flash externe |\302\240Flash inhibé""Flash intégré présent"
-    "Flash intégré déclenché""Flash intégré inhibé""Position flexible du spot""Focale de l'objectif"
-    "Plan focal de la zone de mise au point automatique"
+    "Flash commandé sans cordon déclenché |\302\240Flash externe, déclenché" "Action Flash Externe"
+    "A déclenché" "Déclenché HSS" "Contrôle du flash" "Flash ADI |\302\240Pré-flash TTL"
+    "Manuel |\302\240Pré-flash TTL" "Compensation d'exposition au flash"
+    "Réglage de compensation d'exposition au flash" "Niveau de flash" "Bas" "Haut" "Mode du flash"
+    "Flash auto (Autoflash)" "Flash d'appoint |\302\240Flash désactivé" "Flash d'appoint"
+    "Flash synchro lente" "Flash synchro arrière" "Flash désactivé |\302\240Flash synchro arrière"
+    "Flash sans cordon" "Flash sans cordon |\302\240Flash synchro lente"
+    "Flash d'appoint |\302\240Flash synchro arrière" "Flash désactivé" "État du flash"
+    "Aucun |\302\240Aucun flash présent" "Flash intégré" "Flash externe présent"
+    "Flash externe déclenché" "Flash externe |\302\240Flash inhibé" "Flash intégré présent"
+    "Flash intégré déclenché" "Flash intégré inhibé" "Position flexible du spot"
+    "Focale de l'objectif" "Plan focal de la zone de mise au point automatique"
     "Localisation de la zone de mise au point automatique du plan focal 1"
     "Localisation de la zone de mise au point automatique du plan focal 10"
     "Localisation de la zone de mise au point automatique du plan focal 11"
@@ -1890,120 +1968,124 @@ constexpr char kText[] =
     "Localisation de la zone de mise au point automatique du plan focal 7"
     "Localisation de la zone de mise au point automatique du plan focal 8"
     "Localisation de la zone de mise au point automatique du plan focal 9"
-    "Points de mise au point automatique du plan focal utilisés""Taille focale de mise au point"
-    "Localisation du focus""Mode de mise au point""Mode de mise au point 2"
-    "AF-S (prise de vue unique)""AF-C (prise de vue en rafale)"
+    "Points de mise au point automatique du plan focal utilisés" "Taille focale de mise au point"
+    "Localisation du focus" "Mode de mise au point" "Mode de mise au point 2"
+    "AF-S (prise de vue unique)" "AF-C (prise de vue en rafale)"
     "AF-C (prise de vue en rafale) |\302\240AF-S (prise de vue unique)"
-    "AF-A |\302\240AF-C (prise de vue en rafale)""AF-A |\302\240DMF |\302\240Permanent AF"
-    "Semi-manuelle""Distance de mise au point""Distance 2 de mise au point"
-    "Taille complète de l'image""Horodatage GPS""Latitude GPS"
-    "Référence de la valeur GPS en latitude""Nord""Sud""Longitude GPS"
-    "Référence de la valeur GPS en Longitude""Est""Ouest"
-    "Données de surveillance géodésique utilisées""Mode de mesure GPS""Mesure bidimensionnelle"
-    "Mesure tridimensionnelle""État du récepteur GPS""Mesure active""Mesure vide"
-    "Heure GPS (horloge atomique)""Identifiant de la version GPS""HDR auto""Image incorrecte"
-    "Image HDR (bonne)""Image HDR (ratée 1)""Image HDR (ratée 2)""Niveau HDR""Réglage HDR"
-    "Désactivé |\302\240HDR Auto""Activé (Auto)""Activé (Manuel)"
-    "Réduction du bruit en sensibilité ISO élevée""Réduction du bruit en sensibilité ISO élevée 2"
-    "Normale""Forte""Faible""Désactivée""Désactivée |\302\240Normale""Auto.""Forte |\302\240Normale"
-    "Désactivée |\302\240Forte""Lumières""Sensibilité ISO""ISO Auto maximum""ISO Auto minimum"
-    "Réglage ISO""Compteur d'images""Numéro de l'image""Qualité de l'image""Instantané"
-    "Stabilisation de l'image""Activée""Mode Auto intelligent""Avancé""Numéro de série interne"
-    "Sélecteur JPEG-HEIF""Qualité""Extra fine""Longueur du Jpeg à partir des données RAW"
-    "Début du Jpeg à partir des données RAW""Aberration chromatique latérale"
-    "Version de l'objectif à monture E""Version du micrologiciel de l'objectif"
-    "Format de l'objectif""Inconnu""Plein cadre""Monture de l'objectif""Monture de l'objectif 2"
-    "Inconnue""Monture A (1)""Monture E""Monture A (5)""Inconnue |\302\240Monture A""Monture A"
-    "Monture A (3)""Spécification de l'objectif""Caractéristiques de l'objectif""Type d'objectif"
-    "Type d'objectif 2""Type d'objectif 3""Position du zoom de l'objectif"
+    "AF-A |\302\240AF-C (prise de vue en rafale)" "AF-A |\302\240DMF |\302\240Permanent AF"
+    "Semi-manuelle" "Distance de mise au point" "Distance 2 de mise au point"
+    "Taille complète de l'image" "Horodatage GPS" "Latitude GPS"
+    "Référence de la valeur GPS en latitude" "Nord" "Sud" "Longitude GPS"
+    "Référence de la valeur GPS en Longitude" "Est" "Ouest"
+    "Données de surveillance géodésique utilisées" "Mode de mesure GPS" "Mesure bidimensionnelle"
+    "Mesure tridimensionnelle" "État du récepteur GPS" "Mesure active" "Mesure vide"
+    "Heure GPS (horloge atomique)" "Identifiant de la version GPS" "HDR auto" "Image incorrecte"
+    "Image HDR (bonne)" "Image HDR (ratée 1)" "Image HDR (ratée 2)" "Niveau HDR" "Réglage HDR"
+    "Désactivé |\302\240HDR Auto" "Activé (Auto)" "Activé (Manuel)"
+    "Réduction du bruit en sensibilité ISO élevée" "Réduction du bruit en sensibilité ISO élevée 2"
+    "Normale" "Forte" "Faible" "Désactivée" "Désactivée |\302\240Normale" "Auto."
+    "Forte |\302\240Normale" "Désactivée |\302\240Forte" "Lumières" "Sensibilité ISO"
+    "ISO Auto maximum" "ISO Auto minimum" "Réglage ISO" "Compteur d'images" "Numéro de l'image"
+    "Qualité de l'image" "Instantané" "Stabilisation de l'image" "Activée" "Mode Auto intelligent"
+    "Avancé" "Numéro de série interne" "Sélecteur JPEG-HEIF" "Qualité" "Extra fine"
+    "Longueur du Jpeg à partir des données RAW" "Début du Jpeg à partir des données RAW"
+    "Aberration chromatique latérale" "Version de l'objectif à monture E"
+    "Version du micrologiciel de l'objectif" "Format de l'objectif" "Inconnu" "Plein cadre"
+    "Monture de l'objectif" "Monture de l'objectif 2" "Inconnue" "Monture A (1)" "Monture E"
+    "Monture A (5)" "Inconnue |\302\240Monture A" "Monture A" "Monture A (3)"
+    "Spécification de l'objectif" "Caractéristiques de l'objectif" "Type d'objectif"
+    "Type d'objectif 2" "Type d'objectif 3" "Position du zoom de l'objectif"
     "Réduction du bruit en exposition longue"
-    "Activée |\302\240Activée (non utilisée) |\302\240Désactivée""Désactivée (65535)"
-    "Activée (65535)""Activée (obscurité soustraite)""Gros plan""Focale maxi""Version méta"
-    "Mode de mesure""Mode de mesure 2""Moyenne""Mise en lumière""Multi-segments"
-    "Moyenne pondérée centrale""Spot (standard)""Spot (Grand)""Moyenne |\302\240Spot""Focale mini"
-    "Année de lancement du modèle""Effet RB multi-photos""Réduction du bruit multi-photos"
-    "Désactivée |\302\240Non applicable""Activé(e) |\302\240Désactivée""Activé(e)"
-    "Aucune |\302\240Non applicable""Orientation de l'image""Horizontale (normale)"
-    "Rotation de 180°""Rotation antihoraire de 90°""Rotation antihoraire de 270°""Effet d'image"
-    "Effet d'image 2""Monochrome riche en tonalités""Couleur de l'eau""Tons clairs logiciel"
-    "Couleur partielle""Flou artistique""Peinture HDR""Couleur partielle (jaune)"
-    "Illustration (basse)""Illustration (haute)""Caméra jouet (normal)""Caméra jouet (frais)"
-    "Caméra jouet (chaud)""Caméra jouet (vert)""Caméra jouet (magenta)""Flou artistique (faible)"
-    "Flou artistique (élevé)""Postérisation N&B""Miniature (en haut)""Miniature (milieu horizontal)"
-    "Miniature (en bas)""Miniature (à gauche)""Miniature (milieu vertical)""Miniature (à droite)"
-    "Peinture HDR (basse)""Peinture HDR (haute)""Couleur partielle (rouge)"
-    "Couleur partielle (verte)""Couleur partielle (bleue)""Couleur de l'eau 2""Profil de l'image "
-    "Gamma fixe - Standard/Neutre (PP2)""Gamma fixe - Portrait""Gamma Vidéo (PP1)"
-    "Gamma ITU709 (PP3 ou PP4)""Gamma Ciné1 (PP5)""Gamma Ciné1 (PP6)""Gamma Ciné3""Gamma Ciné4"
-    "Gamma fixe - Vue/Portrait nocturne""Gamma S-Log3 (PP8 ou PP9)""Gamma fixe - N&B/Sépia"
-    "Gamma fixe - Clair""Gamma fixe - Profond""Gamma fixe - Lumière""Gamma fixe - Éclatant"
-    "Gamma fixe - Réel""Informations sur le décalage des pixels""Aperçu de l'image"
-    "Longueur de l'aperçu""Taille de l'aperçu""Début de l'aperçu"
-    "Priorité accordée à la balance automatique des blancs""Ambiance""Blanc"
-    "Mise au point automatique""Qualité 2""Légère""RAW + Légère""Fine |\302\240RAW |\302\240cRAW"
-    "RAW+JPEG |\302\240Économie""RAW compressé |\302\240Standard""RAW compressé + JPEG"
-    "Type de fichier RAW""RAW compressé""RAW non compressé""RAW compressé sans perte""Classement"
-    "Réduction yeux rouges""Mode de déclenchement""Mode de déclenchement 2""Continu"
-    "Continu - Défocalisation de l'arrière-plan""Continu - Panorama 3D par balayage"
-    "Image unique - Capture vidéo""Continu - Panorama par balayage haute résolution"
-    "Continu - Image 3D""Continu - Rafale 2""Continu - Priorité vitesse/avance"
-    "Continu - Bracketing d'exposition""Continu - RB multi-photos"
-    "Image unique - Bracketing d'exposition""Continu - Bas""Continu - Haute Sensibilité"
-    "Obturateur sur sourire""Continu - Télé-zoom Priorité à l'avance"
-    "Bracketing DRO ou balance des blancs""Continu - Rafale"
-    "Image unique - Capture pendant la vidéo""Continu - Panorama par balayage"
-    "Continu - Flou anti-mouvement, crépuscule à main levée""Mode de déclenchement 3"
-    "Normal - Retardateur""Prise de vue en rafale""Bracketing d'exposition"
-    "Bracketing de balance des blancs""Bracketing DRO"
-    "Rotation antihoraire de 270° |\302\240Rotation antihoraire de 90°""Mode Scène"
-    "Panorama par balayage""Photo nocturne à main levée""Texte""Anti-flou de mouvement"
-    "AE priorité continue""Panorama par balayage 3D""Auto Supérieur""Haute Sensibilité"
-    "Feux d'artifice""Alimentation""Animal de compagnie""Scène nocturne""Portrait nocturne"
-    "Super macro""Minuteur""Minuteur 10 s |\302\240Minuteur 5 ou 10 s""Minuteur 2 s"
-    "Capteur de température""Numéro du fichier de la séquence""Numéro de l'image de la séquence"
-    "Longueur de la séquence""Continue""1 fichier |\302\2401 prise de vue"
-    "10 fichiers |\302\24010 prises de vue""Continue - iBalayage du panorama""12 prises de vue"
-    "16 prises de vue""2 fichiers |\302\2402 prises de vue""Continue - Balayage du panorama"
-    "3 fichiers |\302\2403 prises de vue""4 prises de vue""5 fichiers |\302\2405 prises de vue"
-    "7 fichiers |\302\2407 prises de vue""9 fichiers |\302\2409 prises de vue""Numéro de Séquence"
-    "Unique""Numéro de série""Ombres""Netteté""Plage de netteté""Réglage de netteté"
+    "Activée |\302\240Activée (non utilisée) |\302\240Désactivée" "Désactivée (65535)"
+    "Activée (65535)" "Activée (obscurité soustraite)" "Gros plan" "Focale maxi" "Version méta"
+    "Mode de mesure" "Mode de mesure 2" "Moyenne" "Mise en lumière" "Multi-segments"
+    "Moyenne pondérée centrale" "Spot (standard)" "Spot (Grand)" "Moyenne |\302\240Spot"
+    "Focale mini" "Année de lancement du modèle" "Effet RB multi-photos"
+    "Réduction du bruit multi-photos" "Désactivée |\302\240Non applicable"
+    "Activé(e) |\302\240Désactivée" "Activé(e)" "Aucune |\302\240Non applicable"
+    "Orientation de l'image" "Horizontale (normale)" "Rotation de 180°"
+    "Rotation antihoraire de 90°" "Rotation antihoraire de 270°" "Effet d'image" "Effet d'image 2"
+    "Monochrome riche en tonalités" "Couleur de l'eau" "Tons clairs logiciel" "Couleur partielle"
+    "Flou artistique" "Peinture HDR" "Couleur partielle (jaune)" "Illustration (basse)"
+    "Illustration (haute)" "Caméra jouet (normal)" "Caméra jouet (frais)" "Caméra jouet (chaud)"
+    "Caméra jouet (vert)" "Caméra jouet (magenta)" "Flou artistique (faible)"
+    "Flou artistique (élevé)" "Postérisation N&B" "Miniature (en haut)"
+    "Miniature (milieu horizontal)" "Miniature (en bas)" "Miniature (à gauche)"
+    "Miniature (milieu vertical)" "Miniature (à droite)" "Peinture HDR (basse)"
+    "Peinture HDR (haute)" "Couleur partielle (rouge)" "Couleur partielle (verte)"
+    "Couleur partielle (bleue)" "Couleur de l'eau 2" "Profil de l'image "
+    "Gamma fixe - Standard/Neutre (PP2)" "Gamma fixe - Portrait" "Gamma Vidéo (PP1)"
+    "Gamma ITU709 (PP3 ou PP4)" "Gamma Ciné1 (PP5)" "Gamma Ciné1 (PP6)" "Gamma Ciné3" "Gamma Ciné4"
+    "Gamma fixe - Vue/Portrait nocturne" "Gamma S-Log3 (PP8 ou PP9)" "Gamma fixe - N&B/Sépia"
+    "Gamma fixe - Clair" "Gamma fixe - Profond" "Gamma fixe - Lumière" "Gamma fixe - Éclatant"
+    "Gamma fixe - Réel" "Informations sur le décalage des pixels" "Aperçu de l'image"
+    "Longueur de l'aperçu" "Taille de l'aperçu" "Début de l'aperçu"
+    "Priorité accordée à la balance automatique des blancs" "Ambiance" "Blanc"
+    "Mise au point automatique" "Qualité 2" "Légère" "RAW + Légère"
+    "Fine |\302\240RAW |\302\240cRAW" "RAW+JPEG |\302\240Économie" "RAW compressé |\302\240Standard"
+    "RAW compressé + JPEG" "Type de fichier RAW" "RAW compressé" "RAW non compressé"
+    "RAW compressé sans perte" "Classement" "Réduction yeux rouges" "Mode de déclenchement"
+    "Mode de déclenchement 2" "Continu" "Continu - Défocalisation de l'arrière-plan"
+    "Continu - Panorama 3D par balayage" "Image unique - Capture vidéo"
+    "Continu - Panorama par balayage haute résolution" "Continu - Image 3D" "Continu - Rafale 2"
+    "Continu - Priorité vitesse/avance" "Continu - Bracketing d'exposition"
+    "Continu - RB multi-photos" "Image unique - Bracketing d'exposition" "Continu - Bas"
+    "Continu - Haute Sensibilité" "Obturateur sur sourire" "Continu - Télé-zoom Priorité à l'avance"
+    "Bracketing DRO ou balance des blancs" "Continu - Rafale"
+    "Image unique - Capture pendant la vidéo" "Continu - Panorama par balayage"
+    "Continu - Flou anti-mouvement, crépuscule à main levée" "Mode de déclenchement 3"
+    "Normal - Retardateur" "Prise de vue en rafale" "Bracketing d'exposition"
+    "Bracketing de balance des blancs" "Bracketing DRO"
+    "Rotation antihoraire de 270° |\302\240Rotation antihoraire de 90°" "Mode Scène"
+    "Panorama par balayage" "Photo nocturne à main levée" "Texte" "Anti-flou de mouvement"
+    "AE priorité continue" "Panorama par balayage 3D" "Auto Supérieur" "Haute Sensibilité"
+    "Feux d'artifice" "Alimentation" "Animal de compagnie" "Scène nocturne" "Portrait nocturne"
+    "Super macro" "Minuteur" "Minuteur 10 s |\302\240Minuteur 5 ou 10 s" "Minuteur 2 s"
+    "Capteur de température" "Numéro du fichier de la séquence" "Numéro de l'image de la séquence"
+    "Longueur de la séquence" "Continue" "1 fichier |\302\2401 prise de vue"
+    "10 fichiers |\302\24010 prises de vue" "Continue - iBalayage du panorama" "12 prises de vue"
+    "16 prises de vue" "2 fichiers |\302\2402 prises de vue" "Continue - Balayage du panorama"
+    "3 fichiers |\302\2403 prises de vue" "4 prises de vue" "5 fichiers |\302\2405 prises de vue"
+    "7 fichiers |\302\2407 prises de vue" "9 fichiers |\302\2409 prises de vue" "Numéro de Séquence"
+    "Unique" "Numéro de série" "Ombres" "Netteté" "Plage de netteté" "Réglage de netteté"
     "Numéro de la prise de vue depuis la mise sous tension"
-    "Numéro de la prise de vue depuis la mise sous tension 2""Obturateur"
-    "Silencieux / électronique (0 0 0)""Décompte des déclenchements""Décompte des déclenchements 2"
-    "Décompte des déclenchements 3""Effet peau douce""Moyen""Élevé""Date et heure Sony"
-    "Date et heure 2 Sony""Temps d'exposition Sony""Temps d'exposition 2 Sony""Diaphragme ƒ Sony"
-    "Diaphragme ƒ 2 Sony""ISO Sony""Hauteur de l'image Sony""Hauteur maximale de l'image Sony"
-    "Largeur d'image Sony""Largeur d'image maximale Sony""Ouverture maximale Sony"
-    "Valeur d'ouverture maximale Sony""Valeur d'ouverture minimale Sony""Identifiant du modèle Sony"
-    "DSLR-A900 (mode APS-C)""DSLR-A850 (mode APS-C)""Arrêt au-dessus de l'ISO de référence"
-    "Direction du balayage panoramique""Vers la droite""Vers la gauche""Vers le haut""Vers le bas"
-    "Taille du panorama balayé""Hauteur de l'image de mesure TIFF"
-    "Largeur de l'image de mesure TIFF""Filtre passe-bas variable""Reduction des vibrations"
-    "Paramètres de correction du vignettage""Correction du vignettage"
-    "Décalage Balance des Blancs AB_GM""Décalage Balance des Blancs AB_Précis"
-    "Balance des Blancs des niveaux RVB""Balance des blancs""Equilibrage automatique des blancs"
-    "Incandescent |\302\240Temp. Couleur / Filtre couleur""Fluorescent blanc chaud""Personnalisée"
-    "Incandescent |\302\240Personnalisée""Lumière du jour |\302\240Temps nuageux"
+    "Numéro de la prise de vue depuis la mise sous tension 2" "Obturateur"
+    "Silencieux / électronique (0 0 0)" "Décompte des déclenchements"
+    "Décompte des déclenchements 2" "Décompte des déclenchements 3" "Effet peau douce" "Moyen"
+    "Élevé" "Date et heure Sony" "Date et heure 2 Sony" "Temps d'exposition Sony"
+    "Temps d'exposition 2 Sony" "Diaphragme ƒ Sony" "Diaphragme ƒ 2 Sony" "ISO Sony"
+    "Hauteur de l'image Sony" "Hauteur maximale de l'image Sony" "Largeur d'image Sony"
+    "Largeur d'image maximale Sony" "Ouverture maximale Sony" "Valeur d'ouverture maximale Sony"
+    "Valeur d'ouverture minimale Sony" "Identifiant du modèle Sony" "DSLR-A900 (mode APS-C)"
+    "DSLR-A850 (mode APS-C)" "Arrêt au-dessus de l'ISO de référence"
+    "Direction du balayage panoramique" "Vers la droite" "Vers la gauche" "Vers le haut"
+    "Vers le bas" "Taille du panorama balayé" "Hauteur de l'image de mesure TIFF"
+    "Largeur de l'image de mesure TIFF" "Filtre passe-bas variable" "Reduction des vibrations"
+    "Paramètres de correction du vignettage" "Correction du vignettage"
+    "Décalage Balance des Blancs AB_GM" "Décalage Balance des Blancs AB_Précis"
+    "Balance des Blancs des niveaux RVB" "Balance des blancs" "Equilibrage automatique des blancs"
+    "Incandescent |\302\240Temp. Couleur / Filtre couleur" "Fluorescent blanc chaud" "Personnalisée"
+    "Incandescent |\302\240Personnalisée" "Lumière du jour |\302\240Temps nuageux"
     "Ombre |\302\240Underwater 1 (Blue Water)"
-    "Equilibrage automatique des blancs |\302\240Fluorescente""Temps nuageux"
-    "Lumière du jour |\302\240Personnalisée""Ombre"
+    "Equilibrage automatique des blancs |\302\240Fluorescente" "Temps nuageux"
+    "Lumière du jour |\302\240Personnalisée" "Ombre"
     "Fluorescente |\302\240Lumière du jour |\302\240Temps nuageux"
     "Personnalisée |\302\240Temps nuageux |\302\240Tungstène (lumière incandescente)"
-    "Tungstène (lumière incandescente)""Flash |\302\240Fluorescente type soft"
-    "Fluorescente type blanc""Fluorescente type jour""Fluorescente"
-    "Bracketing de la balance des blancs""Balance des blancs - Réglage fin""Ajustage de la zone"
-    "Tons clairs""Tons sombres""Belichtungsspeicher""Aus |\302\240Ein""Messfeldsteuerung"
+    "Tungstène (lumière incandescente)" "Flash |\302\240Fluorescente type soft"
+    "Fluorescente type blanc" "Fluorescente type jour" "Fluorescente"
+    "Bracketing de la balance des blancs" "Balance des blancs - Réglage fin" "Ajustage de la zone"
+    "Tons clairs" "Tons sombres" "Belichtungsspeicher" "Aus |\302\240Ein" "Messfeldsteuerung"
     "Mehrpunkt |\302\240Standard |\302\240Weit"
     "Lokal |\302\240Mehrpunkt |\302\240Mitte |\302\240Spot |\302\240Weit"
-    "Selektiv (für Vorschau-Effekt)""Bereich""Nachführung""Gesichtserkennung"
-    "Gesetzter Punkt |\302\240Lokal |\302\240Mitte |\302\240Spot""Manuell"
+    "Selektiv (für Vorschau-Effekt)" "Bereich" "Nachführung" "Gesichtserkennung"
+    "Gesetzter Punkt |\302\240Lokal |\302\240Mitte |\302\240Spot" "Manuell"
     "Bereich |\302\240Gesetzter Punkt |\302\240Lokal |\302\240Spot"
-    "Angepasst |\302\240Expanded Flexible Spot |\302\240Gesetzter Punkt""Berührungspunkt"
-    "(nicht gesetzt)""Weit""Mitte""Gesetzter Punkt"
+    "Angepasst |\302\240Expanded Flexible Spot |\302\240Gesetzter Punkt" "Berührungspunkt"
+    "(nicht gesetzt)" "Weit" "Mitte" "Gesetzter Punkt"
     "Flexible Spot (LA-EA4) |\302\240Gesetzter Punkt |\302\240Lokal"
-    "Center (LA-EA4) |\302\240Mitte |\302\240Spot""Aus |\302\240Auto""AF Feinabstimmung"
-    "AF Feinabstimmung Modus""Aus""Ein""AF Feinabstimmung bekannte Objektive"
-    "AF Feinabstimmung Wert""Gewählter AF-Punkt"
+    "Center (LA-EA4) |\302\240Mitte |\302\240Spot" "Aus |\302\240Auto" "AF Feinabstimmung"
+    "AF Feinabstimmung Modus" "Aus" "Ein" "AF Feinabstimmung bekannte Objektive"
+    "AF Feinabstimmung Wert" "Gewählter AF-Punkt"
     "B4 |\302\240Links oben |\302\240Oben Rechts |\302\240Oben ganz links"
     "C4 |\302\240Links |\302\240Links oben (horizontal) |\302\240Unten Rechts"
     "Center (10) |\302\240E3 |\302\240Mitte (vertikal) |\302\240Oben (horizontal)"
@@ -2019,10 +2101,10 @@ constexpr char kText[] =
     "D4 |\302\240Links unten |\302\240Unten |\302\240Weit links (horizontal)"
     "H2 |\302\240Oben ganz rechts |\302\240Rechts"
     "C1 |\302\240Rechts oben (horizontal) |\302\240Rechts unten"
-    "Center F2.8 |\302\240D1 |\302\240Weit rechts (horizontal)""E1 |\302\240Rechts (horizontal)"
-    "F1 |\302\240Unten ganz rechts""G1 |\302\240Rechts unten (horizontal)""(keiner)"
-    "A7 Vertical |\302\240Weit rechts (vertikal)""A6 Vertical |\302\240Oben rechts (vertikal)"
-    "A5 Vertical |\302\240Rechts (vertikal)""C7 Vertical |\302\240Unten rechts (vertikal)"
+    "Center F2.8 |\302\240D1 |\302\240Weit rechts (horizontal)" "E1 |\302\240Rechts (horizontal)"
+    "F1 |\302\240Unten ganz rechts" "G1 |\302\240Rechts unten (horizontal)" "(keiner)"
+    "A7 Vertical |\302\240Weit rechts (vertikal)" "A6 Vertical |\302\240Oben rechts (vertikal)"
+    "A5 Vertical |\302\240Rechts (vertikal)" "C7 Vertical |\302\240Unten rechts (vertikal)"
     "E4 |\302\240Links (horizontal) |\302\240Middle Horizontal |\302\240Weit links"
     "Bottom Assist-left |\302\240Center Vertical |\302\240F4 |\302\240Oben (horizontal) |\302\240Unten ganz links"
     "G4 |\302\240Links unten (horizontal) |\302\240Nahe Rechts |\302\240Oben |\302\240Unten"
@@ -2030,32 +2112,32 @@ constexpr char kText[] =
     "B3 |\302\240Center (7) |\302\240Links (vertikal) |\302\240Nahe Links |\302\240Unten Links"
     "C3 |\302\240Links unten (vertikal) |\302\240Mitte (horizontal) |\302\240Unten (horizontal)"
     "Center (9) |\302\240D3 |\302\240Oben (vertikal) |\302\240Weit links (vertikal)"
-    "AF-Punkt beim Auslösen""B4 |\302\240Links oben |\302\240Oben ganz links"
+    "AF-Punkt beim Auslösen" "B4 |\302\240Links oben |\302\240Oben ganz links"
     "C4 |\302\240Links |\302\240Links oben (horizontal)"
     "E3 |\302\240Mitte (vertikal) |\302\240Oben (horizontal)"
     "F3 |\302\240Nahe rechts |\302\240Unten (vertikal)"
     "G3 |\302\240Mitte (horizontal) |\302\240Weit rechts"
-    "H3 |\302\240Nahe links |\302\240Rechts oben""B2 |\302\240Rechts |\302\240Unten (horizontal)"
-    "C2 |\302\240Oben (vertikal) |\302\240Rechts unten""D2 |\302\240Oben mitte"
-    "E2 |\302\240Mitte (vertikal) |\302\240Unten mitte""F2 |\302\240Unten mitte"
-    "G2 |\302\240Unten (vertikal)""D4 |\302\240Links unten |\302\240Weit links (horizontal)"
-    "H2 |\302\240Oben ganz rechts""C1 |\302\240Rechts oben (horizontal)"
-    "D1 |\302\240Weit rechts (horizontal)""A6 Vertical |\302\240Rechts oben (vertikal)"
+    "H3 |\302\240Nahe links |\302\240Rechts oben" "B2 |\302\240Rechts |\302\240Unten (horizontal)"
+    "C2 |\302\240Oben (vertikal) |\302\240Rechts unten" "D2 |\302\240Oben mitte"
+    "E2 |\302\240Mitte (vertikal) |\302\240Unten mitte" "F2 |\302\240Unten mitte"
+    "G2 |\302\240Unten (vertikal)" "D4 |\302\240Links unten |\302\240Weit links (horizontal)"
+    "H2 |\302\240Oben ganz rechts" "C1 |\302\240Rechts oben (horizontal)"
+    "D1 |\302\240Weit rechts (horizontal)" "A6 Vertical |\302\240Rechts oben (vertikal)"
     "C7 Vertical |\302\240Rechts unten (vertikal)"
-    "E4 |\302\240Links (horizontal) |\302\240Weit links""(ausserhalb Fokus) |\302\240C6 Vertical"
+    "E4 |\302\240Links (horizontal) |\302\240Weit links" "(ausserhalb Fokus) |\302\240C6 Vertical"
     "F4 |\302\240Oben (horizontal) |\302\240Unten ganz links"
     "G4 |\302\240Links unten (horizontal) |\302\240Nahe rechts"
     "H4 |\302\240Links oben (vertikal) |\302\240Mitte (horizontal)"
     "B3 |\302\240Links (vertikal) |\302\240Nahe links"
     "C3 |\302\240Links unten (vertikal) |\302\240Unten (horizontal)"
-    "D3 |\302\240Oben (vertikal) |\302\240Weit links (vertikal)""AF-Punkt im Fokus"
+    "D3 |\302\240Oben (vertikal) |\302\240Weit links (vertikal)" "AF-Punkt im Fokus"
     "D4 |\302\240Links unten |\302\240Weit links(horizontal)"
-    "F4 |\302\240Oben (horizontal) |\302\240Unten ganz Links""AF gewählter Punkt""Automatisch"
+    "F4 |\302\240Oben (horizontal) |\302\240Unten ganz Links" "AF gewählter Punkt" "Automatisch"
     "A5 |\302\240Automatisch |\302\240n/a"
-    "A6 |\302\240Center Zone |\302\240Mitte |\302\240Top Left Zone""B9 |\302\240Weit rechts"
-    "B10 |\302\240Weit links""C1 |\302\240Obere Mitte""C2 |\302\240Nahe Rechts"
-    "C3 |\302\240Untere Mitte""C4 |\302\240Nahe Links""C5 |\302\240Oben weit Rechts"
-    "C6 |\302\240Unten weit Rechts""C7 |\302\240Unten weit Links""C8 |\302\240Oben weit Links"
+    "A6 |\302\240Center Zone |\302\240Mitte |\302\240Top Left Zone" "B9 |\302\240Weit rechts"
+    "B10 |\302\240Weit links" "C1 |\302\240Obere Mitte" "C2 |\302\240Nahe Rechts"
+    "C3 |\302\240Untere Mitte" "C4 |\302\240Nahe Links" "C5 |\302\240Oben weit Rechts"
+    "C6 |\302\240Unten weit Rechts" "C7 |\302\240Unten weit Links" "C8 |\302\240Oben weit Links"
     "A7 |\302\240Oben |\302\240Top Zone"
     "B2 |\302\240Rechts oben |\302\240Right Zone |\302\240Top Right Zone"
     "B3 |\302\240Left Zone |\302\240Rechts"
@@ -2063,1158 +2145,1185 @@ constexpr char kText[] =
     "B5 |\302\240Bottom Right Zone |\302\240Right Zone |\302\240Unten"
     "B6 |\302\240Bottom Left Zone |\302\240Links unten"
     "B7 |\302\240Bottom Zone |\302\240Links |\302\240Top Left Zone"
-    "B8 |\302\240Bottom Right Zone |\302\240Links oben |\302\240Top Right Zone""AF gewählte Punkte"
-    "Verwendete AF-Punkte""A5 |\302\240Mitte""B9 |\302\240Weit links""B3 |\302\240Rechts unten"
-    "A6 |\302\240Oben""B7 |\302\240Links oben""B4 |\302\240Unten""A7 |\302\240Rechts oben"
-    "B8 |\302\240Weit rechts""B5 |\302\240Links unten""Status aktiver AF Sensor""Nicht im Fokus"
-    "Im Fokus""AF Status Unten""AF Status Unten Links""AF Status Unten Rechts"
-    "AF Status Mitte horizontal""AF Status Mitte vertikal""AF Status Links""AF Status Rechts"
-    "AF Status Oben""AF Status Oben Links""AF Status Oben Rechts""AF-Typ""15 Punkte""19 Punkte"
-    "Verwacklungsschutz""Ein (Kontinuierlich)""Ein (Aufnahme)""Blendeneinstellung""Bildformat""Nein"
-    "Ja""Basis-ISO""Batteriestatus""Leer""Leer |\302\240Niedrig""Halb Voll |\302\240Very Low"
-    "Fast Voll |\302\240Niedrig""Sufficient |\302\240Voll""Voll""Belichtungsreihen-Bildnummer"
-    "Helligkeit""Ausrichtung der Kamera""90° im Uhrzeigersinn |\302\240Horizontal (normal)"
-    "90° gegen den Uhrzeigersinn""180° gedreht""90° im Uhrzeigersinn""Kamera-Temperatur"
-    "Farbkorrektur-Filter""Farbmodus""Lebhafte Farbe""Klar""Tief""Hell""Abendszene""Herbstlaub"
-    "Porträt""Landschaft""Sonnenuntergang""Abendszene/Porträt""Schwarz/Weiß""Farbraum"
-    "Farbtemperatur""Kommentar""Kontrast""Kontrasteinstellung""Kreativmodus"
-    "Lebhafte Farbe |\302\240Standard""Herbstlaub |\302\240Neutral""Sepia |\302\240Tief"
-    "FL |\302\240Herbstlaub""Lebhafte Farbe |\302\240Neutral""Schwarz/Weiß |\302\240Sonnenuntergang"
-    "Abendszene/Porträt |\302\240Klar""Hell |\302\240Schwarz/Weiß"
-    "Adobe RGB |\302\240Sonnenuntergang""Änderungsdatum""Erstellungsdatum/-uhrzeit""Digital-Zoom"
-    "Digitaler Zoom-Faktor""Verzeichnungskorrektur""Aufnahmeart""Mehrfachbelichtung""Einzelbild"
-    "Continuous Self-timer |\302\240Spiegel hochgeklappt""Serienaufnahme Belichtungsreihe 0.3 EV"
-    "Serienaufnahme Belichtungsreihe 0.7 EV""Weißabgleich Belichtungsreihe Niedrig"
-    "Weißabgleich Belichtungsreihe Hoch""Serienaufnahme Niedrig""Serienaufnahme Hoch"
-    "Selbstauslöser 10 s""Selbstauslöser 2 s, Spiegel hochgeklappt""Einzelbild Belichtungsreihe"
-    "Serienaufnahme Belichtungsreihe""Weißabgleich-Belichtungsreihe Niedrig"
-    "Weißabgleich-Belichtungsreihe Hoch""Serienaufnahme (Hi)""Einzelbild-Belichtungsreihe"
-    "Serienbild-Belichtungsreihe""Aufnahmeart Einstellung""Dynamikbereich-Optimierung"
-    "Automatisch |\302\240Standard""Erw. Stufe 3""Erw. Stufe 4""Erw. Stufe 5"
-    "Erw. Automatik |\302\240Plus""Automatisch |\302\240Lv1""Erw. Stufe 1 |\302\240n/a"
-    "Erw. Stufe 2""Niedrig""Hoch""Belichtungskorrektur""Belichtungskorrektur 2""Belichtungswert"
-    "Belichtungsmodus""Programmautomatik""Dämmerung Portät""Feuerwerk""Manuelle Belichtung"
-    "Hohe Empfindlichkeit""Makro""Strand""Unterwasser""Sport""Lebensmittel""Verwackelungsschutz"
-    "Haustiere""Hintergrundbeleuchtung HDR Korrektur""Schnee""Automatische Belichtung"
-    "Blendenpriorität""Verschlusspriorität""Nachtszene / Dämmerung""Belichtungsprogramm"
-    "Auto |\302\240Programmautomatik""Blendenpriorität |\302\240Manuell |\302\240Programmautomatik"
+    "B8 |\302\240Bottom Right Zone |\302\240Links oben |\302\240Top Right Zone" "AF gewählte Punkte"
+    "Verwendete AF-Punkte" "A5 |\302\240Mitte" "B9 |\302\240Weit links" "B3 |\302\240Rechts unten"
+    "A6 |\302\240Oben" "B7 |\302\240Links oben" "B4 |\302\240Unten" "A7 |\302\240Rechts oben"
+    "B8 |\302\240Weit rechts" "B5 |\302\240Links unten" "Status aktiver AF Sensor" "Nicht im Fokus"
+    "Im Fokus" "AF Status Unten" "AF Status Unten Links" "AF Status Unten Rechts"
+    "AF Status Mitte horizontal" "AF Status Mitte vertikal" "AF Status Links" "AF Status Rechts"
+    "AF Status Oben" "AF Status Oben Links" "AF Status Oben Rechts" "AF-Typ" "15 Punkte" "19 Punkte"
+    "Verwacklungsschutz" "Ein (Kontinuierlich)" "Ein (Aufnahme)" "Blendeneinstellung" "Bildformat"
+    "Nein" "Ja" "Basis-ISO" "Batteriestatus" "Leer" "Leer |\302\240Niedrig"
+    "Halb Voll |\302\240Very Low" "Fast Voll |\302\240Niedrig" "Sufficient |\302\240Voll" "Voll"
+    "Belichtungsreihen-Bildnummer" "Helligkeit" "Ausrichtung der Kamera"
+    "90° im Uhrzeigersinn |\302\240Horizontal (normal)" "90° gegen den Uhrzeigersinn" "180° gedreht"
+    "90° im Uhrzeigersinn" "Kamera-Temperatur" "Farbkorrektur-Filter" "Farbmodus" "Lebhafte Farbe"
+    "Klar" "Tief" "Hell" "Abendszene" "Herbstlaub" "Porträt" "Landschaft" "Sonnenuntergang"
+    "Abendszene/Porträt" "Schwarz/Weiß" "Farbraum" "Farbtemperatur" "Kommentar" "Kontrast"
+    "Kontrasteinstellung" "Kreativmodus" "Lebhafte Farbe |\302\240Standard"
+    "Herbstlaub |\302\240Neutral" "Sepia |\302\240Tief" "FL |\302\240Herbstlaub"
+    "Lebhafte Farbe |\302\240Neutral" "Schwarz/Weiß |\302\240Sonnenuntergang"
+    "Abendszene/Porträt |\302\240Klar" "Hell |\302\240Schwarz/Weiß"
+    "Adobe RGB |\302\240Sonnenuntergang" "Änderungsdatum" "Erstellungsdatum/-uhrzeit" "Digital-Zoom"
+    "Digitaler Zoom-Faktor" "Verzeichnungskorrektur" "Aufnahmeart" "Mehrfachbelichtung" "Einzelbild"
+    "Continuous Self-timer |\302\240Spiegel hochgeklappt" "Serienaufnahme Belichtungsreihe 0.3 EV"
+    "Serienaufnahme Belichtungsreihe 0.7 EV" "Weißabgleich Belichtungsreihe Niedrig"
+    "Weißabgleich Belichtungsreihe Hoch" "Serienaufnahme Niedrig" "Serienaufnahme Hoch"
+    "Selbstauslöser 10 s" "Selbstauslöser 2 s, Spiegel hochgeklappt" "Einzelbild Belichtungsreihe"
+    "Serienaufnahme Belichtungsreihe" "Weißabgleich-Belichtungsreihe Niedrig"
+    "Weißabgleich-Belichtungsreihe Hoch" "Serienaufnahme (Hi)" "Einzelbild-Belichtungsreihe"
+    "Serienbild-Belichtungsreihe" "Aufnahmeart Einstellung" "Dynamikbereich-Optimierung"
+    "Automatisch |\302\240Standard" "Erw. Stufe 3" "Erw. Stufe 4" "Erw. Stufe 5"
+    "Erw. Automatik |\302\240Plus" "Automatisch |\302\240Lv1" "Erw. Stufe 1 |\302\240n/a"
+    "Erw. Stufe 2" "Niedrig" "Hoch" "Belichtungskorrektur" "Belichtungskorrektur 2"
+    "Belichtungswert" "Belichtungsmodus" "Programmautomatik" "Dämmerung Portät" "Feuerwerk"
+    "Manuelle Belichtung" "Hohe Empfindlichkeit" "Makro" "Strand" "Unterwasser" "Sport"
+    "Lebensmittel" "Verwackelungsschutz" "Haustiere" "Hintergrundbeleuchtung HDR Korrektur" "Schnee"
+    "Automatische Belichtung" "Blendenpriorität" "Verschlusspriorität" "Nachtszene / Dämmerung"
+    "Belichtungsprogramm" "Auto |\302\240Programmautomatik"
+    "Blendenpriorität |\302\240Manuell |\302\240Programmautomatik"
     "Kreativ-Programm (ausgerichtet auf schnelle Verschlussgeschwindigkeit)"
     "Auto |\302\240Porträt |\302\240Sport"
     "Auto (no flash) |\302\240Handheld Night Shot |\302\240Sport"
     "Auto+ |\302\240Sonnenuntergang |\302\240Verwackelungsschutz"
     "High Sensitivity |\302\240Nachtporträt"
-    "Blendenpriorität |\302\240Programmautomatik |\302\240Verschlusspriorität""Beach |\302\240Makro"
-    "Blendenpriorität |\302\240Manuell |\302\240Verschlusspriorität"
-    "Auto |\302\240Manuell |\302\240Verschlusspriorität""Porträt |\302\240Program Shift A"
-    "Landschaft |\302\240Program Shift S""Belichtungsdauer""F-Wert""Position, 1. Gesicht"
-    "Position, 2. Gesicht""Position, 3. Gesicht""Position, 4. Gesicht""Position, 5. Gesicht"
-    "Position, 6. Gesicht""Position, 7. Gesicht""Position, 8. Gesicht""Gesichter erkannt"
-    "Dateiformat""Firmware-Version""Blitzmodus""Blitz wurde nicht ausgelöst""Blitz wurde ausgelöst"
-    "Blitzbelichtungskorrektur""Eingestellte Blitz-Belichtungskorrektur"
-    "Blitzbelichtungskorrektur 2""Blitzbelichtungskorr.""Blitz-Modus""Drahtlos"
-    "Drahtlos |\302\240Slow Sync""Slave-Blitz-Messfeld 1""Kein Blitz vorhanden |\302\240None"
-    "Externer Blitz vorhanden""Integrierter Blitz vorhanden""Brennweite""Fokus-Modus""Fokus-Modus 2"
-    "AF-S (Einzelautofokus)""AF-C (Kontinuierlicher Autofokus)"
+    "Blendenpriorität |\302\240Programmautomatik |\302\240Verschlusspriorität"
+    "Beach |\302\240Makro" "Blendenpriorität |\302\240Manuell |\302\240Verschlusspriorität"
+    "Auto |\302\240Manuell |\302\240Verschlusspriorität" "Porträt |\302\240Program Shift A"
+    "Landschaft |\302\240Program Shift S" "Belichtungsdauer" "F-Wert" "Position, 1. Gesicht"
+    "Position, 2. Gesicht" "Position, 3. Gesicht" "Position, 4. Gesicht" "Position, 5. Gesicht"
+    "Position, 6. Gesicht" "Position, 7. Gesicht" "Position, 8. Gesicht" "Gesichter erkannt"
+    "Dateiformat" "Firmware-Version" "Blitzmodus" "Blitz wurde nicht ausgelöst"
+    "Blitz wurde ausgelöst" "Blitzbelichtungskorrektur" "Eingestellte Blitz-Belichtungskorrektur"
+    "Blitzbelichtungskorrektur 2" "Blitzbelichtungskorr." "Blitz-Modus" "Drahtlos"
+    "Drahtlos |\302\240Slow Sync" "Slave-Blitz-Messfeld 1" "Kein Blitz vorhanden |\302\240None"
+    "Externer Blitz vorhanden" "Integrierter Blitz vorhanden" "Brennweite" "Fokus-Modus"
+    "Fokus-Modus 2" "AF-S (Einzelautofokus)" "AF-C (Kontinuierlicher Autofokus)"
     "AF-C (Kontinuierlicher Autofokus) |\302\240AF-S (Einzelautofokus)"
-    "AF-A |\302\240AF-C (Kontinuierlicher Autofokus)""Autofokus""AF-Automatik""Fokus-Modus Schalter"
-    "Fokus-Distanz""Volle Bildgröße""GPS Datum""Geografische Breite""Nördl. oder südl. Breite"
-    "Nördliche Breite""Südliche Breite""Geografische Länge""östl. oder westl. Länge""Östliche Länge"
-    "Westliche Länge""Geodätisches Datum""GPS Messverfahren""2-Dimensionale Messung"
-    "3-Dimensionale Messung""GPS-Empfänger Status""Messung aktiv""Messung ungültig""GPS-Zeit UTC"
-    "GPS-Tag-Version""Auto HDR""Rauschunterdrückung bei hoher Empfindlichkeit""Aus |\302\240Normal"
-    "Schwächer""Stärker""Normal |\302\240Stärker""Aus |\302\240Stärker""ISO-Empfindlichkeit"
-    "ISO-Einstellung""Bildzähler""Bildnummer""Bildqualität""Bildstabilisierung""Erweitert"
-    "Interne Seriennummer""Standardqualität""Fein""Extra-Fein""Jpg From Raw Datenlänge"
-    "Jpg From Raw Datenposition""Laterale Farbabweichung""Objektiv-Firmware-Version""Objektiv"
-    "Objektivtyp""Live View AF Einstellung""Live-View Fokus-Modus""Langzeit-Rauschminderung"
-    "Aus |\302\240Ein |\302\240On (unused)""Größte Brennweite""Belichtungsmessmethode"
-    "Belichtungs-Messmethode 2""Multi-Segment""Mittenbetont""Spotmessung"
-    "Integralmessung |\302\240Spotmessung""Kleinste Brennweite""Kein Blitz""Verschlußpriorität"
-    "Multi-Burst Bildhöhe""Multi-Burst Bildbreite""Mehrfach-Burst Modus""Ruisond. Multi Frame"
-    "(nicht gesetzt) |\302\240Aus""(nicht gesetzt) |\302\240None""Ausrichtung""Ausrichtung 2"
-    "Panorama Ausschnitt Unten""Panorama Ausschnitt Links""Panorame Ausschnitt Rechts"
-    "Panorama Ausschnitt Oben""Panorama-Richtung""Vorschaubild""Vorschaubild-Datenlänge"
-    "Vorschaubild-Größe""Vorschaubild-Datenposition""Qualität""Qualität 2""Super-Fein"
-    "CRAW |\302\240Fein |\302\240RAW""Fein |\302\240RAW + JPEG/HEIF"
-    "Komprimiertes RAW |\302\240Standard""Komprimiertes RAW + JPEG""Bewertung"
-    "Rote Augen Reduzierung""Auslösemodus"
-    "90° gegen den Uhrzeigersinn |\302\24090° im Uhrzeigersinn""Farbsättigung"
-    "Sättigungseinstellung""Szenen-Modus""Sweep-Panorama""Nachtaufnahme händisch"
-    "Andauernde AE Priorität""3D Sweep-Panorama""Nachtszene""Nachtporträt""Super-Makro"
-    "Selbstauslöser""Sensor Temperatur""Bildsequenznummer""Seriennummer""Schatten""Schärfe"
-    "Schärfeeinstellung""Anzahl der Auslösungen""Belichtungszeit Einstellung""Sony Bildgröße""Groß"
-    "Mittel""Groß (3:2)""Mittel (3:2)""Klein (3:2)""Groß (16:9)""Mittel (16:9)""Klein (16:9)""Klein"
-    "Telekonverter""Keiner""Bildstabilisation""Weißabgleich RGB-Farbverteilung""Weißabgleich"
-    "Farbtemperatur/Farbfilter |\302\240Glühbirne""Neonlicht warmweiß""Benutzerdefiniert"
-    "Benutzerdefiniert |\302\240Glühbirne""Blitz""Bewölkt |\302\240Tageslicht"
-    "Schatten |\302\240Unterwasser 1 (blaues Wasser)""Unterwasser 2 (grünes Wasser)"
-    "Automatisch |\302\240Neonlicht""Bewölkt""Benutzerdefiniert |\302\240Tageslicht"
-    "Bewölkt |\302\240Neonlicht |\302\240Tageslicht"
-    "Benutzerdefiniert |\302\240Bewölkt |\302\240Glühbirne""Glühbirne"
-    "Blitz |\302\240Neonlicht kaltweiß""Neonlicht neutralweiß""Neonlicht tageslichtweiß""Neonlicht"
-    "Weißabgleichs-Belichtungsreihe""Weißabgleichsfeineinstellung""Weißabgleichs-Einstellung"
-    "Auto (-1) |\302\240Farbtemperatur/Farbfilter""Farbtemperatur/Farbfilter""Zonenabgleich"
-    "Aus (ISO-Einstellung verwendet)""Hi""Lo""Blocco esposizione automatica""Acceso |\302\240Spento"
-    "Modo AF""Center |\302\240Locale |\302\240Multi |\302\240Spot |\302\240Wide"
+    "AF-A |\302\240AF-C (Kontinuierlicher Autofokus)" "Autofokus" "AF-Automatik"
+    "Fokus-Modus Schalter" "Fokus-Distanz" "Volle Bildgröße" "GPS Datum" "Geografische Breite"
+    "Nördl. oder südl. Breite" "Nördliche Breite" "Südliche Breite" "Geografische Länge"
+    "östl. oder westl. Länge" "Östliche Länge" "Westliche Länge" "Geodätisches Datum"
+    "GPS Messverfahren" "2-Dimensionale Messung" "3-Dimensionale Messung" "GPS-Empfänger Status"
+    "Messung aktiv" "Messung ungültig" "GPS-Zeit UTC" "GPS-Tag-Version" "Auto HDR"
+    "Rauschunterdrückung bei hoher Empfindlichkeit" "Aus |\302\240Normal" "Schwächer" "Stärker"
+    "Normal |\302\240Stärker" "Aus |\302\240Stärker" "ISO-Empfindlichkeit" "ISO-Einstellung"
+    "Bildzähler" "Bildnummer" "Bildqualität" "Bildstabilisierung" "Erweitert" "Interne Seriennummer"
+    "Standardqualität" "Fein" "Extra-Fein" "Jpg From Raw Datenlänge" "Jpg From Raw Datenposition"
+    "Laterale Farbabweichung" "Objektiv-Firmware-Version" "Objektiv" "Objektivtyp"
+    "Live View AF Einstellung" "Live-View Fokus-Modus" "Langzeit-Rauschminderung"
+    "Aus |\302\240Ein |\302\240On (unused)" "Größte Brennweite" "Belichtungsmessmethode"
+    "Belichtungs-Messmethode 2" "Multi-Segment" "Mittenbetont" "Spotmessung"
+    "Integralmessung |\302\240Spotmessung" "Kleinste Brennweite" "Kein Blitz" "Verschlußpriorität"
+    "Multi-Burst Bildhöhe" "Multi-Burst Bildbreite" "Mehrfach-Burst Modus" "Ruisond. Multi Frame"
+    "(nicht gesetzt) |\302\240Aus" "(nicht gesetzt) |\302\240None" "Ausrichtung" "Ausrichtung 2"
+    "Panorama Ausschnitt Unten" "Panorama Ausschnitt Links" "Panorame Ausschnitt Rechts"
+    "Panorama Ausschnitt Oben" "Panorama-Richtung" "Vorschaubild" "Vorschaubild-Datenlänge"
+    "Vorschaubild-Größe" "Vorschaubild-Datenposition" "Qualität" "Qualität 2" "Super-Fein"
+    "CRAW |\302\240Fein |\302\240RAW" "Fein |\302\240RAW + JPEG/HEIF"
+    "Komprimiertes RAW |\302\240Standard" "Komprimiertes RAW + JPEG" "Bewertung"
+    "Rote Augen Reduzierung" "Auslösemodus"
+    "90° gegen den Uhrzeigersinn |\302\24090° im Uhrzeigersinn" "Farbsättigung"
+    "Sättigungseinstellung" "Szenen-Modus" "Sweep-Panorama" "Nachtaufnahme händisch"
+    "Andauernde AE Priorität" "3D Sweep-Panorama" "Nachtszene" "Nachtporträt" "Super-Makro"
+    "Selbstauslöser" "Sensor Temperatur" "Bildsequenznummer" "Seriennummer" "Schatten" "Schärfe"
+    "Schärfeeinstellung" "Anzahl der Auslösungen" "Belichtungszeit Einstellung" "Sony Bildgröße"
+    "Groß" "Mittel" "Groß (3:2)" "Mittel (3:2)" "Klein (3:2)" "Groß (16:9)" "Mittel (16:9)"
+    "Klein (16:9)" "Klein" "Telekonverter" "Keiner" "Bildstabilisation"
+    "Weißabgleich RGB-Farbverteilung" "Weißabgleich" "Farbtemperatur/Farbfilter |\302\240Glühbirne"
+    "Neonlicht warmweiß" "Benutzerdefiniert" "Benutzerdefiniert |\302\240Glühbirne" "Blitz"
+    "Bewölkt |\302\240Tageslicht" "Schatten |\302\240Unterwasser 1 (blaues Wasser)"
+    "Unterwasser 2 (grünes Wasser)" "Automatisch |\302\240Neonlicht" "Bewölkt"
+    "Benutzerdefiniert |\302\240Tageslicht" "Bewölkt |\302\240Neonlicht |\302\240Tageslicht"
+    "Benutzerdefiniert |\302\240Bewölkt |\302\240Glühbirne" "Glühbirne"
+    "Blitz |\302\240Neonlicht kaltweiß" "Neonlicht neutralweiß" "Neonlicht tageslichtweiß"
+    "Neonlicht" "Weißabgleichs-Belichtungsreihe" "Weißabgleichsfeineinstellung"
+    "Weißabgleichs-Einstellung" "Auto (-1) |\302\240Farbtemperatur/Farbfilter"
+    "Farbtemperatur/Farbfilter" "Zonenabgleich" "Aus (ISO-Einstellung verwendet)" "Hi" "Lo"
+    "Blocco esposizione automatica" "Acceso |\302\240Spento" "Modo AF"
+    "Center |\302\240Locale |\302\240Multi |\302\240Spot |\302\240Wide"
     "Center |\302\240Flexible Spot |\302\240Locale |\302\240Spot"
-    "Flexible Spot |\302\240Locale |\302\240Spot |\302\240Zone""Auto |\302\240Spento""n/d""Punto AF"
-    "B4 |\302\240Superiore sinistro |\302\240Top-right |\302\240Upper Far Left"
+    "Flexible Spot |\302\240Locale |\302\240Spot |\302\240Zone" "Auto |\302\240Spento" "n/d"
+    "Punto AF" "B4 |\302\240Superiore sinistro |\302\240Top-right |\302\240Upper Far Left"
     "Bottom-right |\302\240C4 |\302\240Sinistra |\302\240Upper-left (horizontal)"
     "Center (12) |\302\240Center (horizontal) |\302\240G3 |\302\240Tutto a destra"
     "Center (vertical) |\302\240H3 |\302\240Near Left |\302\240Superiore destro"
     "B2 |\302\240Bottom (horizontal) |\302\240Center (14) |\302\240Destra"
     "C2 |\302\240Inferiore destro |\302\240Top (vertical) |\302\240Top Assist-left"
-    "Alto |\302\240D2 |\302\240Upper-middle""F2 |\302\240Lower-middle |\302\240Tutto a destra"
+    "Alto |\302\240D2 |\302\240Upper-middle" "F2 |\302\240Lower-middle |\302\240Tutto a destra"
     "Bottom (vertical) |\302\240G2 |\302\240Superiore destro"
     "Basso |\302\240D4 |\302\240Far Left (horizontal) |\302\240Inferiore sinistro"
     "Destra |\302\240H2 |\302\240Upper Far Right"
     "C1 |\302\240Inferiore destro |\302\240Upper-right (horizontal)"
-    "Destra (orizzontale) |\302\240E1""(nessuno)""A5 Vertical |\302\240Destra (verticale)"
+    "Destra (orizzontale) |\302\240E1" "(nessuno)" "A5 Vertical |\302\240Destra (verticale)"
     "E4 |\302\240Left (horizontal) |\302\240Middle Horizontal |\302\240Tutto a sinistra"
     "Alto |\302\240Basso |\302\240G4 |\302\240Lower-left (horizontal) |\302\240Near Right"
-    "A6 |\302\240Center Zone |\302\240Centro |\302\240Top Left Zone""B9 |\302\240Tutto a destra"
-    "B10 |\302\240Tutto a sinistra""A7 |\302\240Alto |\302\240Top Zone"
+    "A6 |\302\240Center Zone |\302\240Centro |\302\240Top Left Zone" "B9 |\302\240Tutto a destra"
+    "B10 |\302\240Tutto a sinistra" "A7 |\302\240Alto |\302\240Top Zone"
     "B3 |\302\240Destra |\302\240Left Zone"
     "B5 |\302\240Basso |\302\240Bottom Right Zone |\302\240Right Zone"
-    "B7 |\302\240Bottom Zone |\302\240Sinistra |\302\240Top Left Zone""A5 |\302\240Centro"
-    "B9 |\302\240Tutto a sinistra""B3 |\302\240Inferiore destro""A6 |\302\240Alto"
-    "B7 |\302\240Superiore sinistro""B4 |\302\240Basso""A7 |\302\240Superiore destro"
-    "B8 |\302\240Tutto a destra""B5 |\302\240Inferiore sinistro""Spento""Rapporto immagine"
-    "Livello batteria""Basso |\302\240Empty""Almost full |\302\240Basso""Luminosità"
-    "Valore di luminosità""Orientazione fotocamera""Orizzontale (normale)"
-    "Orizzontale (normale) |\302\240Ruota di 90° senso orario""Ruota di 270° in senso orario"
-    "Ruota di 180°""Ruota di 90° senso orario""Temperatura fotocamera""Modo colore""Vivace""Neutra"
-    "Trasparente""Cupa""Chiara""Visione notturna""Foglie d'autunno""Seppia""Verticale""Orizzontale"
-    "Tramonto""Rit. notturno""B/N""Spazio colore""Temperatura colore""Commento""Contrasto"
-    "Standard |\302\240Vivace""Foglie d'autunno |\302\240Neutra""Cupa |\302\240Seppia"
-    "FL |\302\240Foglie d'autunno""Seppia |\302\240VV2""Neutra |\302\240Vivace"
-    "B/N |\302\240Tramonto""Rit. notturno |\302\240Trasparente""B/N |\302\240Chiara"
-    "Adobe RGB |\302\240Tramonto""Data/ora""Data/ora originale di creazione""Zoom Digitale"
-    "Rapporto zoom digitale""Modalità esecuzione""Autoscatto 10 sec""Ott.gamma din."
-    "Automatico |\302\240Standard""Liv.Avanzato 3""Liv.Avanzato 4""Liv.Avanzato 5"
-    "Avanz.autom. |\302\240Plus""Automatico |\302\240Lv1""Liv.Avanzato 1 |\302\240n/a"
-    "Liv.Avanzato 2""Basso""Compensazione esposizione""Modo esposizione""Programma AE"
-    "Fuochi artificiali""Manuale""Esposizione automatica""Priorità diaframma"
-    "Priorità otturatore AE""Programma esposizione""Auto |\302\240Programma AE"
-    "Manuale |\302\240Priorità diaframma |\302\240Programma AE""Posterizzazione"
-    "Posterizzazione B&N""Foto retrò""Azione (alta velocità)"
-    "Auto |\302\240Sports |\302\240Verticale""Anti Motion Blur |\302\240Auto+ |\302\240Tramonto"
+    "B7 |\302\240Bottom Zone |\302\240Sinistra |\302\240Top Left Zone" "A5 |\302\240Centro"
+    "B9 |\302\240Tutto a sinistra" "B3 |\302\240Inferiore destro" "A6 |\302\240Alto"
+    "B7 |\302\240Superiore sinistro" "B4 |\302\240Basso" "A7 |\302\240Superiore destro"
+    "B8 |\302\240Tutto a destra" "B5 |\302\240Inferiore sinistro" "Spento" "Rapporto immagine"
+    "Livello batteria" "Basso |\302\240Empty" "Almost full |\302\240Basso" "Luminosità"
+    "Valore di luminosità" "Orientazione fotocamera" "Orizzontale (normale)"
+    "Orizzontale (normale) |\302\240Ruota di 90° senso orario" "Ruota di 270° in senso orario"
+    "Ruota di 180°" "Ruota di 90° senso orario" "Temperatura fotocamera" "Modo colore" "Vivace"
+    "Neutra" "Trasparente" "Cupa" "Chiara" "Visione notturna" "Foglie d'autunno" "Seppia"
+    "Verticale" "Orizzontale" "Tramonto" "Rit. notturno" "B/N" "Spazio colore" "Temperatura colore"
+    "Commento" "Contrasto" "Standard |\302\240Vivace" "Foglie d'autunno |\302\240Neutra"
+    "Cupa |\302\240Seppia" "FL |\302\240Foglie d'autunno" "Seppia |\302\240VV2"
+    "Neutra |\302\240Vivace" "B/N |\302\240Tramonto" "Rit. notturno |\302\240Trasparente"
+    "B/N |\302\240Chiara" "Adobe RGB |\302\240Tramonto" "Data/ora" "Data/ora originale di creazione"
+    "Zoom Digitale" "Rapporto zoom digitale" "Modalità esecuzione" "Autoscatto 10 sec"
+    "Ott.gamma din." "Automatico |\302\240Standard" "Liv.Avanzato 3" "Liv.Avanzato 4"
+    "Liv.Avanzato 5" "Avanz.autom. |\302\240Plus" "Automatico |\302\240Lv1"
+    "Liv.Avanzato 1 |\302\240n/a" "Liv.Avanzato 2" "Basso" "Compensazione esposizione"
+    "Modo esposizione" "Programma AE" "Fuochi artificiali" "Manuale" "Esposizione automatica"
+    "Priorità diaframma" "Priorità otturatore AE" "Programma esposizione"
+    "Auto |\302\240Programma AE" "Manuale |\302\240Priorità diaframma |\302\240Programma AE"
+    "Posterizzazione" "Posterizzazione B&N" "Foto retrò" "Azione (alta velocità)"
+    "Auto |\302\240Sports |\302\240Verticale" "Anti Motion Blur |\302\240Auto+ |\302\240Tramonto"
     "Priorità diaframma |\302\240Priorità otturatore AE |\302\240Programma AE"
-    "Manuale |\302\240Priorità diaframma |\302\240Priorità otturatore AE""Panoramica ad arco"
-    "Auto |\302\240Manuale |\302\240Priorità otturatore AE""Program Shift A |\302\240Verticale"
-    "Orizzontale |\302\240Program Shift S""Tempo esposizione""Numero F""Facce rimosse""Formato file"
-    "Versione firmware""Flash non emesso""Emesso""Controllo flash""Compensazione Esposizione Flash"
-    "Livello flash""Modo flash""Fill-flash |\302\240Flash spento""Flash spento |\302\240Rear Sync"
-    "Flash spento""Stato flash""Lunghezza focale""Modalità messa a fuoco""Modalità messa a fuoco 2"
-    "Posizione fuoco""Manual - Not confirmed (0) |\302\240Non confermato""Fallito""Data GPS"
-    "Latitudine""Latitudine Nord o Sud""Latitudine Nord""Latitudine Sud""Longitudine"
-    "Longitudine Est o Ovest""Longitudine Est""Longitudine Ovest"
-    "Dati di rilevamento geodetico utilizzati""Modalità misurazione GPS""Misurazione 2D"
-    "Misurazione tridimensionale""Stato ricevitore GPS""Misurazione in corso"
-    "Interoperatività misurazione""Ora GPS (orologio atomico)""Versione tag GPS""Disattivata"
-    "HDR Auto |\302\240Spento""Riduzione Rumore High ISO""Disattivata |\302\240Normale""Leggero"
-    "Automatico""Hi |\302\240Normale""Disattivata |\302\240Hi""Sensibilità ISO""Impostazione ISO"
-    "Conteggio Immagini""Numero immagine""Qualità Immagine""Stabilizzazione Immagine""Qualità"
-    "Lunghezza JPG da raw""Inizio JPG da raw""Obiettivo""Tipo obiettivo"
-    "Sigma 100-300mm F4 EX (APO (D) o D IF)""Moltiplicatore di focale 1.4x"
-    "Espososizione lunga riduzione rumore""Attivata |\302\240On (unused) |\302\240Spento""Attivata"
-    "Spento (65535)""Lunghezza focale massima""Modalità misurazione""Multi zona"
-    "Media centrale ponderata""Multi-zona""Punto""Media |\302\240Punto""Lunghezza focale minima"
-    "Data modifica""Riduz. distur. su più fotogr.""Spento |\302\240n/d""Attivata |\302\240Spento"
-    "Nessuno |\302\240n/d""Orientamento""Dimensione panomara 3D""Ampio""Immagine anteprima"
-    "Lunghezza immagine anteprima""Dimensioni immagine anteprima""Inizio immagine anteprima"
-    "RAW compresso |\302\240Standard""RAW+JPEG compresso""Valutazione""Riduzione occhi rossi"
-    "On |\302\240Spento""Rotazione"
-    "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario""Saturazione""Modo scena"
-    "Visione/Ritratto notturni""Foto nott. senza trepp.""Testo""Riduz. sfocat. movim."
-    "AE prior. avan.cont.""Evento sportivo""Autoscatto""Temperatura sensore""Numero sequenza"
-    "Numero di serie""Nitidezza""Conteggio scatti""Direzione panoramica ad arco""Destra""Sinistra"
-    "Dimensione panoramica ad arco""Nessuno""Riduzione vibrazione""Bilanciamento del bianco"
-    "Equilibrio del bianco automatico""Incandescent |\302\240Temperatura colore / Filtro colore"
-    "Luce fluorescente bianca calda""Personalizzato""Incandescent |\302\240Personalizzato"
-    "Luce del giorno |\302\240Nuvoloso""Ombrato |\302\240Underwater 1 (Blue Water)"
-    "Equilibrio del bianco automatico |\302\240Fluorescente""Nuvoloso"
-    "Luce del giorno |\302\240Personalizzato""Ombrato"
+    "Manuale |\302\240Priorità diaframma |\302\240Priorità otturatore AE" "Panoramica ad arco"
+    "Auto |\302\240Manuale |\302\240Priorità otturatore AE" "Program Shift A |\302\240Verticale"
+    "Orizzontale |\302\240Program Shift S" "Tempo esposizione" "Numero F" "Facce rimosse"
+    "Formato file" "Versione firmware" "Flash non emesso" "Emesso" "Controllo flash"
+    "Compensazione Esposizione Flash" "Livello flash" "Modo flash"
+    "Fill-flash |\302\240Flash spento" "Flash spento |\302\240Rear Sync" "Flash spento"
+    "Stato flash" "Lunghezza focale" "Modalità messa a fuoco" "Modalità messa a fuoco 2"
+    "Posizione fuoco" "Manual - Not confirmed (0) |\302\240Non confermato" "Fallito" "Data GPS"
+    "Latitudine" "Latitudine Nord o Sud" "Latitudine Nord" "Latitudine Sud" "Longitudine"
+    "Longitudine Est o Ovest" "Longitudine Est" "Longitudine Ovest"
+    "Dati di rilevamento geodetico utilizzati" "Modalità misurazione GPS" "Misurazione 2D"
+    "Misurazione tridimensionale" "Stato ricevitore GPS" "Misurazione in corso"
+    "Interoperatività misurazione" "Ora GPS (orologio atomico)" "Versione tag GPS" "Disattivata"
+    "HDR Auto |\302\240Spento" "Riduzione Rumore High ISO" "Disattivata |\302\240Normale" "Leggero"
+    "Automatico" "Hi |\302\240Normale" "Disattivata |\302\240Hi" "Sensibilità ISO"
+    "Impostazione ISO" "Conteggio Immagini" "Numero immagine" "Qualità Immagine"
+    "Stabilizzazione Immagine" "Qualità" "Lunghezza JPG da raw" "Inizio JPG da raw" "Obiettivo"
+    "Tipo obiettivo" "Sigma 100-300mm F4 EX (APO (D) o D IF)" "Moltiplicatore di focale 1.4x"
+    "Espososizione lunga riduzione rumore" "Attivata |\302\240On (unused) |\302\240Spento"
+    "Attivata" "Spento (65535)" "Lunghezza focale massima" "Modalità misurazione" "Multi zona"
+    "Media centrale ponderata" "Multi-zona" "Punto" "Media |\302\240Punto" "Lunghezza focale minima"
+    "Data modifica" "Riduz. distur. su più fotogr." "Spento |\302\240n/d" "Attivata |\302\240Spento"
+    "Nessuno |\302\240n/d" "Orientamento" "Dimensione panomara 3D" "Ampio" "Immagine anteprima"
+    "Lunghezza immagine anteprima" "Dimensioni immagine anteprima" "Inizio immagine anteprima"
+    "RAW compresso |\302\240Standard" "RAW+JPEG compresso" "Valutazione" "Riduzione occhi rossi"
+    "On |\302\240Spento" "Rotazione"
+    "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario" "Saturazione" "Modo scena"
+    "Visione/Ritratto notturni" "Foto nott. senza trepp." "Testo" "Riduz. sfocat. movim."
+    "AE prior. avan.cont." "Evento sportivo" "Autoscatto" "Temperatura sensore" "Numero sequenza"
+    "Numero di serie" "Nitidezza" "Conteggio scatti" "Direzione panoramica ad arco" "Destra"
+    "Sinistra" "Dimensione panoramica ad arco" "Nessuno" "Riduzione vibrazione"
+    "Bilanciamento del bianco" "Equilibrio del bianco automatico"
+    "Incandescent |\302\240Temperatura colore / Filtro colore" "Luce fluorescente bianca calda"
+    "Personalizzato" "Incandescent |\302\240Personalizzato" "Luce del giorno |\302\240Nuvoloso"
+    "Ombrato |\302\240Underwater 1 (Blue Water)"
+    "Equilibrio del bianco automatico |\302\240Fluorescente" "Nuvoloso"
+    "Luce del giorno |\302\240Personalizzato" "Ombrato"
     "Fluorescente |\302\240Luce del giorno |\302\240Nuvoloso"
     "Nuvoloso |\302\240Personalizzato |\302\240Tungsteno (luce incandescente)"
-    "Tungsteno (luce incandescente)""Flash |\302\240Fluorescente bianca fredda"
-    "Fluorescente a luce del giorno bianca""Fluorescente a luce del giorno"
-    "Regolazione Fine Bilanciamento Bianco""Fluorescente (+1)""Fluorescente (+2)""Fluorescente (+3)"
-    "Ombrato (-3)""Ombrato (-2)""Ombrato (-1)""Ombrato (0)""Ombrato (+1)""Ombrato (+2)"
-    "Ombrato (+3)""Fluorescente (-3)""Fluorescente (-2)""Fluorescente (-1)""Fluorescente (0)"
-    "Adeguamento zona""Impostazione ISO usata""AEロック""オフ |\302\240オン""AFエリアモード""AF選択ポイント"
-    "Bottom-right |\302\240C4 |\302\240Upper-left (horizontal) |\302\240左"
+    "Tungsteno (luce incandescente)" "Flash |\302\240Fluorescente bianca fredda"
+    "Fluorescente a luce del giorno bianca" "Fluorescente a luce del giorno"
+    "Regolazione Fine Bilanciamento Bianco" "Fluorescente (+1)" "Fluorescente (+2)"
+    "Fluorescente (+3)" "Ombrato (-3)" "Ombrato (-2)" "Ombrato (-1)" "Ombrato (0)" "Ombrato (+1)"
+    "Ombrato (+2)" "Ombrato (+3)" "Fluorescente (-3)" "Fluorescente (-2)" "Fluorescente (-1)"
+    "Fluorescente (0)" "Adeguamento zona" "Impostazione ISO usata" "AEロック" "オフ |\302\240オン"
+    "AFエリアモード" "AF選択ポイント" "Bottom-right |\302\240C4 |\302\240Upper-left (horizontal) |\302\240左"
     "B2 |\302\240Bottom (horizontal) |\302\240Center (14) |\302\240右"
     "D2 |\302\240Upper-middle |\302\240上"
     "D4 |\302\240Far Left (horizontal) |\302\240Lower-left |\302\240下"
     "H2 |\302\240Upper Far Right |\302\240右"
-    "G4 |\302\240Lower-left (horizontal) |\302\240Near Right |\302\240上 |\302\240下""AF測距点""オート"
-    "A5 |\302\240n/a |\302\240オート""A6 |\302\240Center Zone |\302\240Top Left Zone |\302\240中央"
-    "A7 |\302\240Top Zone |\302\240上""B2 |\302\240Right Zone |\302\240Top Right Zone |\302\240右上"
-    "B3 |\302\240Left Zone |\302\240右""B4 |\302\240Bottom Zone |\302\240Center Zone |\302\240右下"
+    "G4 |\302\240Lower-left (horizontal) |\302\240Near Right |\302\240上 |\302\240下" "AF測距点" "オート"
+    "A5 |\302\240n/a |\302\240オート" "A6 |\302\240Center Zone |\302\240Top Left Zone |\302\240中央"
+    "A7 |\302\240Top Zone |\302\240上" "B2 |\302\240Right Zone |\302\240Top Right Zone |\302\240右上"
+    "B3 |\302\240Left Zone |\302\240右" "B4 |\302\240Bottom Zone |\302\240Center Zone |\302\240右下"
     "B5 |\302\240Bottom Right Zone |\302\240Right Zone |\302\240下"
     "B6 |\302\240Bottom Left Zone |\302\240左下"
     "B7 |\302\240Bottom Zone |\302\240Top Left Zone |\302\240左"
-    "B8 |\302\240Bottom Right Zone |\302\240Top Right Zone |\302\240左上""AFポイント選択""A5 |\302\240中央"
-    "A6 |\302\240上""B4 |\302\240下""オフ""オン（連写）""オン（撮影）""該当無し""ベース感度""バッテリーレベル""ブラケットショット数""ブライトネス"
-    "画像の向き""水平（標準）""90度回転 CW |\302\240水平（標準）""270度回転 CW""90度回転 CW""カメラ温度""カラーモード""スタンダード""ビビッド"
-    "ニュートラル""クリアー""ディープ""ライト""ナイトビュー""紅葉""セピア""ポートレート""風景""夕日""夜景/夜景ポートレート""白黒""色空間""色温度""コメント"
-    "コントラスト""コントラスト設定""クリエイティブスタイル""スタンダード |\302\240ビビッド""ニュートラル |\302\240紅葉""セピア |\302\240ディープ"
-    "FL |\302\240紅葉""VV2 |\302\240セピア""ニュートラル |\302\240ビビッド""夕日 |\302\240白黒"
-    "クリアー |\302\240夜景/夜景ポートレート""ライト |\302\240白黒""Adobe RGB |\302\240夕日""ファイル作成日時""オリジナルデータ作成日時"
-    "デジタルズーム""デジタルズーム比率""歪曲修正""ドライブモード""多重露光""１コマ撮影""連射 (Hi)""Dレンジオプティマイザー""オート |\302\240スタンダード"
-    "アドバンスLv3""アドバンスLv4""アドバンスLv5""Plus |\302\240アドバンスオート""Lv1 |\302\240オート""n/a |\302\240アドバンスLv1"
-    "アドバンスLv2""露出補正値""露出制御のEVステップ""露光モード""プログラムAE""マニュアル露出""自動露出""未設定""絞り優先""シャッター優先""露出プログラム"
-    "Auto |\302\240ノーマルプログラム""ノーマルプログラム |\302\240マニュアル |\302\240絞り優先""スポーツモード(高速シャッター優先)"
-    "Auto |\302\240Sports |\302\240ポートレートモード""シャッター優先 |\302\240ノーマルプログラム |\302\240絞り優先""風景モード"
-    "ポートレートモード""ノーマルプログラム""マニュアル""シャッター優先 |\302\240マニュアル |\302\240絞り優先"
-    "Auto |\302\240シャッター優先 |\302\240マニュアル""Program Shift A |\302\240ポートレートモード"
-    "Program Shift S |\302\240風景モード""露出時間""F値""顔1位置""顔2位置""顔3位置""顔4位置""顔5位置""顔6位置""顔7位置""顔8位置""顔認識"
-    "ファイル形式""ファームウェアバージョン""ストロボ""フラッシュ未発光""フラッシュ発光""フラッシュ露出補正""ストロボ露出補正設定""フラッシュ補正""フラッシュモード""ワイヤレス"
-    "Slow Sync |\302\240ワイヤレス""ストロボ状態""レンズ焦点距離""フォーカスモード""フォーカスモード2""フォーカス距離""GPSデータ""緯度""北緯または南緯"
-    "北緯""南緯""経度""東経または西経""東経""西経""データが使った測地測量""GPS測定モード""２次元測定""３次元測定""GPS受信機ステータス""測定アクティブ""測定無効"
-    "GPS時間(原子時計)""GPSタグバージョン""オートHDR""切""高感度ノイズリダクション""オフ |\302\240標準""ソフト""高い""標準 |\302\240高い"
-    "オフ |\302\240高い""ISOスピードレート""ISO設定""イメージカウント""イメージ番号""画像品質""イメージスタビライザー""オン""インテリジェントオート"
-    "内部シリアル番号""JPEG\343\200\200品質""ノーマル""ファイン""エクストラファイン""レンズファームウェアバージョン""レンズ""レンズタイプ"
-    "長秒露光ノイズリダクション""On (unused) |\302\240オフ |\302\240オン""マクロ""最大焦点距離""測光モード""測光モード2""パターン""スポット"
-    "スポット |\302\240平均""最小焦点距離""マルチショットノイズリダクション""n/a |\302\240切""入 |\302\240切""入""180度回転""プレビューイメージ"
-    "プレビューイメージ容量""プレビューイメージサイズ""プレビューイメージ開始""品質""CRAW |\302\240RAW |\302\240ファイン"
-    "RAW+JPEG |\302\240エコノミー""RAW + JPEG/HEIF |\302\240ファイン""cRAW |\302\240スタンダード""格付け""回転"
-    "270度回転 CW |\302\24090度回転 CW""彩度""彩度設定""シーンモード""ナイトビュー/ポートレイト""スイングパノラマ""手持ち夜景""テキスト""人物ブレ軽減"
-    "連続撮影優先AE""Auto アドバンス""高感度""花火""料理""ペット""スポーツ""人物夜景""スーパーマクロ""セルフタイマー長""センサー温度""シーケンス番号""シリアル番号"
-    "シャドウ""シャープネス""シャープネス設定""シャッター回数""無し""手振れ補正（VR）""WB RGB レベル""ホワイトバランス""色温度マニュアル指定 |\302\240電球"
-    "暖白光色蛍光灯""カスタム""水中""カスタム |\302\240電球""昼光 |\302\240曇り""Underwater 1 (Blue Water) |\302\240日陰"
-    "オート |\302\240蛍光灯""曇り""カスタム |\302\240昼光""日陰""昼光 |\302\240曇り |\302\240蛍光灯"
-    "カスタム |\302\240タングステン(白熱灯) |\302\240曇り""タングステン(白熱灯)""ストロボ |\302\240白色蛍光灯""昼白色蛍光灯""昼光色蛍光灯""蛍光灯"
-    "ホワイトバランスファインチューン""ゾーンマッチング""オフ(ISO設定使用)""ハイキー""ローキー""Bloqueo AE""AF Modo Área"
+    "B8 |\302\240Bottom Right Zone |\302\240Top Right Zone |\302\240左上" "AFポイント選択" "A5 |\302\240中央"
+    "A6 |\302\240上" "B4 |\302\240下" "オフ" "オン（連写）" "オン（撮影）" "該当無し" "ベース感度" "バッテリーレベル" "ブラケットショット数"
+    "ブライトネス" "画像の向き" "水平（標準）" "90度回転 CW |\302\240水平（標準）" "270度回転 CW" "90度回転 CW" "カメラ温度" "カラーモード"
+    "スタンダード" "ビビッド" "ニュートラル" "クリアー" "ディープ" "ライト" "ナイトビュー" "紅葉" "セピア" "ポートレート" "風景" "夕日"
+    "夜景/夜景ポートレート" "白黒" "色空間" "色温度" "コメント" "コントラスト" "コントラスト設定" "クリエイティブスタイル" "スタンダード |\302\240ビビッド"
+    "ニュートラル |\302\240紅葉" "セピア |\302\240ディープ" "FL |\302\240紅葉" "VV2 |\302\240セピア"
+    "ニュートラル |\302\240ビビッド" "夕日 |\302\240白黒" "クリアー |\302\240夜景/夜景ポートレート" "ライト |\302\240白黒"
+    "Adobe RGB |\302\240夕日" "ファイル作成日時" "オリジナルデータ作成日時" "デジタルズーム" "デジタルズーム比率" "歪曲修正" "ドライブモード" "多重露光"
+    "１コマ撮影" "連射 (Hi)" "Dレンジオプティマイザー" "オート |\302\240スタンダード" "アドバンスLv3" "アドバンスLv4" "アドバンスLv5"
+    "Plus |\302\240アドバンスオート" "Lv1 |\302\240オート" "n/a |\302\240アドバンスLv1" "アドバンスLv2" "露出補正値"
+    "露出制御のEVステップ" "露光モード" "プログラムAE" "マニュアル露出" "自動露出" "未設定" "絞り優先" "シャッター優先" "露出プログラム"
+    "Auto |\302\240ノーマルプログラム" "ノーマルプログラム |\302\240マニュアル |\302\240絞り優先" "スポーツモード(高速シャッター優先)"
+    "Auto |\302\240Sports |\302\240ポートレートモード" "シャッター優先 |\302\240ノーマルプログラム |\302\240絞り優先" "風景モード"
+    "ポートレートモード" "ノーマルプログラム" "マニュアル" "シャッター優先 |\302\240マニュアル |\302\240絞り優先"
+    "Auto |\302\240シャッター優先 |\302\240マニュアル" "Program Shift A |\302\240ポートレートモード"
+    "Program Shift S |\302\240風景モード" "露出時間" "F値" "顔1位置" "顔2位置" "顔3位置" "顔4位置" "顔5位置" "顔6位置" "顔7位置"
+    "顔8位置" "顔認識" "ファイル形式" "ファームウェアバージョン" "ストロボ" "フラッシュ未発光" "フラッシュ発光" "フラッシュ露出補正" "ストロボ露出補正設定"
+    "フラッシュ補正" "フラッシュモード" "ワイヤレス" "Slow Sync |\302\240ワイヤレス" "ストロボ状態" "レンズ焦点距離" "フォーカスモード"
+    "フォーカスモード2" "フォーカス距離" "GPSデータ" "緯度" "北緯または南緯" "北緯" "南緯" "経度" "東経または西経" "東経" "西経" "データが使った測地測量"
+    "GPS測定モード" "２次元測定" "３次元測定" "GPS受信機ステータス" "測定アクティブ" "測定無効" "GPS時間(原子時計)" "GPSタグバージョン" "オートHDR"
+    "切" "高感度ノイズリダクション" "オフ |\302\240標準" "ソフト" "高い" "標準 |\302\240高い" "オフ |\302\240高い" "ISOスピードレート"
+    "ISO設定" "イメージカウント" "イメージ番号" "画像品質" "イメージスタビライザー" "オン" "インテリジェントオート" "内部シリアル番号"
+    "JPEG\343\200\200品質" "ノーマル" "ファイン" "エクストラファイン" "レンズファームウェアバージョン" "レンズ" "レンズタイプ" "長秒露光ノイズリダクション"
+    "On (unused) |\302\240オフ |\302\240オン" "マクロ" "最大焦点距離" "測光モード" "測光モード2" "パターン" "スポット"
+    "スポット |\302\240平均" "最小焦点距離" "マルチショットノイズリダクション" "n/a |\302\240切" "入 |\302\240切" "入" "180度回転"
+    "プレビューイメージ" "プレビューイメージ容量" "プレビューイメージサイズ" "プレビューイメージ開始" "品質" "CRAW |\302\240RAW |\302\240ファイン"
+    "RAW+JPEG |\302\240エコノミー" "RAW + JPEG/HEIF |\302\240ファイン" "cRAW |\302\240スタンダード" "格付け" "回転"
+    "270度回転 CW |\302\24090度回転 CW" "彩度" "彩度設定" "シーンモード" "ナイトビュー/ポートレイト" "スイングパノラマ" "手持ち夜景" "テキスト"
+    "人物ブレ軽減" "連続撮影優先AE" "Auto アドバンス" "高感度" "花火" "料理" "ペット" "スポーツ" "人物夜景" "スーパーマクロ" "セルフタイマー長"
+    "センサー温度" "シーケンス番号" "シリアル番号" "シャドウ" "シャープネス" "シャープネス設定" "シャッター回数" "無し" "手振れ補正（VR）" "WB RGB レベル"
+    "ホワイトバランス" "色温度マニュアル指定 |\302\240電球" "暖白光色蛍光灯" "カスタム" "水中" "カスタム |\302\240電球" "昼光 |\302\240曇り"
+    "Underwater 1 (Blue Water) |\302\240日陰" "オート |\302\240蛍光灯" "曇り" "カスタム |\302\240昼光" "日陰"
+    "昼光 |\302\240曇り |\302\240蛍光灯" "カスタム |\302\240タングステン(白熱灯) |\302\240曇り" "タングステン(白熱灯)"
+    "ストロボ |\302\240白色蛍光灯" "昼白色蛍光灯" "昼光色蛍光灯" "蛍光灯" "ホワイトバランスファインチューン" "ゾーンマッチング" "オフ(ISO設定使用)" "ハイキー"
+    "ローキー" "Bloqueo AE" "AF Modo Área"
     "Bottom-right |\302\240C4 |\302\240Izquierda |\302\240Upper-left (horizontal)"
     "B2 |\302\240Bottom (horizontal) |\302\240Center (14) |\302\240Derecha"
-    "Derecha |\302\240H2 |\302\240Upper Far Right""Punto AF Seleccionado""Puntos AF seleccionados"
-    "Puntos AF utilizados""Desactivado""Ajustes Apertura""Nivel Batería""Bajo |\302\240Empty"
-    "Almost full |\302\240Bajo""Brillo""Luminosidad""Orientación Cámara"
-    "Girado 90° sentido reloj |\302\240Horizontal (normal)""Girado 270° sentido reloj"
-    "Girado 90° sentido reloj""Temperatura Cámara""Modo de Color""Estándar""Vívido""Neutro""Claro"
-    "Profundo""Luz""Vista nocturna""Hojas de otoño""Retrato""Paisaje""Puesta sol""Retrato noct."
-    "ByN""Espacio Color""Temperatura de Color""Comentario""Ajustes de Contraste"
-    "Estándar |\302\240Vívido""Hojas de otoño |\302\240Neutro""Profundo |\302\240Sepia"
-    "FL |\302\240Hojas de otoño""Neutro |\302\240Vívido""ByN |\302\240Puesta sol"
-    "Claro |\302\240Retrato noct.""ByN |\302\240Luz""Adobe RGB |\302\240Puesta sol"
-    "Fecha y Hora de Datos Original""Zoom Digital""Ratio Zoom Digital""Corrección Distorsión"
-    "Modo Entrada""Optim.gama diná""Auto |\302\240Estándar""Avanzado Nvl.3""Avanzado Nvl.4"
-    "Avanzado Nvl.5""Avanzado Autom |\302\240Plus""Avanzado Nvl.1 |\302\240n/a""Avanzado Nvl.2"
-    "Bajo""Compensación Exposición""Modo Exposición""Programa AE""Fuegos Artificiales"
-    "Exposición manual""Playa""Subacuatica""Comida""Nieve""Exposición automática"
-    "Prioridad Aberture AE""Prioridad velocidad obturador AE""Programa Exposición"
+    "Derecha |\302\240H2 |\302\240Upper Far Right" "Punto AF Seleccionado" "Puntos AF seleccionados"
+    "Puntos AF utilizados" "Desactivado" "Ajustes Apertura" "Nivel Batería" "Bajo |\302\240Empty"
+    "Almost full |\302\240Bajo" "Brillo" "Luminosidad" "Orientación Cámara"
+    "Girado 90° sentido reloj |\302\240Horizontal (normal)" "Girado 270° sentido reloj"
+    "Girado 90° sentido reloj" "Temperatura Cámara" "Modo de Color" "Estándar" "Vívido" "Neutro"
+    "Claro" "Profundo" "Luz" "Vista nocturna" "Hojas de otoño" "Retrato" "Paisaje" "Puesta sol"
+    "Retrato noct." "ByN" "Espacio Color" "Temperatura de Color" "Comentario" "Ajustes de Contraste"
+    "Estándar |\302\240Vívido" "Hojas de otoño |\302\240Neutro" "Profundo |\302\240Sepia"
+    "FL |\302\240Hojas de otoño" "Neutro |\302\240Vívido" "ByN |\302\240Puesta sol"
+    "Claro |\302\240Retrato noct." "ByN |\302\240Luz" "Adobe RGB |\302\240Puesta sol"
+    "Fecha y Hora de Datos Original" "Zoom Digital" "Ratio Zoom Digital" "Corrección Distorsión"
+    "Modo Entrada" "Optim.gama diná" "Auto |\302\240Estándar" "Avanzado Nvl.3" "Avanzado Nvl.4"
+    "Avanzado Nvl.5" "Avanzado Autom |\302\240Plus" "Avanzado Nvl.1 |\302\240n/a" "Avanzado Nvl.2"
+    "Bajo" "Compensación Exposición" "Modo Exposición" "Programa AE" "Fuegos Artificiales"
+    "Exposición manual" "Playa" "Subacuatica" "Comida" "Nieve" "Exposición automática"
+    "Prioridad Aberture AE" "Prioridad velocidad obturador AE" "Programa Exposición"
     "Auto |\302\240Programa normal"
     "Exposición manual |\302\240Prioridad Apertura |\302\240Programa normal"
     "Programa acción (orientado a velocidad de obturación rápida)"
     "Auto |\302\240Modo retrato (para fotos de cerca con el fondo fuera de enfoque) |\302\240Sports"
     "Prioridad Apertura |\302\240Prioridad obturador |\302\240Programa normal"
-    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)""Prioridad Apertura"
-    "Modo retrato (para fotos de cerca con el fondo fuera de enfoque)""Programa normal"
+    "Modo paisaje (para fotos de paisaje con el fondo en enfoque)" "Prioridad Apertura"
+    "Modo retrato (para fotos de cerca con el fondo fuera de enfoque)" "Programa normal"
     "Exposición manual |\302\240Prioridad Apertura |\302\240Prioridad obturador"
     "Auto |\302\240Exposición manual |\302\240Prioridad obturador"
     "Modo retrato (para fotos de cerca con el fondo fuera de enfoque) |\302\240Program Shift A"
     "Modo paisaje (para fotos de paisaje con el fondo en enfoque) |\302\240Program Shift S"
-    "Tiempo de Exposición""Número F""Caras Detectadas""Formato Archivo""Versión Firmware"
-    "Flash no disparado""Flash disparado""Compensación Exposición Flash""Modo Flash"
-    "Distancia Focal Objetivo""Modo Enfoque""Fecha GPS""Latitud""Latitud Norte o Sur""Latitud norte"
-    "Latitud sur""Longitud""Longitud Este u Oeste""Longitud Este""Longitud Oeste"
-    "Dato Medición Geodésica Usado""Modo Medición GPS""Medición bidimensional"
-    "Medición tridimensional""Estado Receptor GPS""Medición Activa""Medición Vacía"
-    "Hora GPS (reloj atómico)""Versión Etiqueta GPS""Reducción Ruido ISO Alta"
-    "Desactivado |\302\240Normal""Alto""Alto |\302\240Normal""Alto |\302\240Desactivado"
-    "Ratio Velocidad ISO""Ajuste ISO""Número Imagen""Estabilización Imagen""Activado"
-    "Ajustes Estabilización Imagen""Número Serie Interno""Calidad""Calidad estándar""Fina"
-    "Extrafina""Versión Firmware Objetivo""Tipo Objetivo""RR Exp.Larga"
-    "Activado |\302\240Desactivado |\302\240On (unused)""Apagado""Encendido""Longitud focal máxima"
-    "Modo Medición""Multi-segmento""Media ponderada al centro""Puntual""Promedio |\302\240Puntual"
-    "Longitud focal mínima""Panoramica""Fecha y Hora de Cambio del Archivo"
-    "Reduc. ruido varios fotogr.""Desactivado |\302\240n/a""Activado |\302\240Desactivado"
-    "Ninguno |\302\240n/a""Orientación de Imagen""0° (arriba/izquierda)""Girado 180°""Vista Previa"
-    "Longitud Imagen Previa""Tamaño Imagen Previa""Inicio Imagen Previa""no aplica"
-    "CRAW |\302\240Fina |\302\240RAW""Fina |\302\240RAW + JPEG/HEIF""Estándar |\302\240cRAW"
-    "Clasificación""Rotación""Girado 270° sentido reloj |\302\240Girado 90° sentido reloj"
-    "Saturación""Selección de escena""Vista/retrato nocturno""Barrido panorámico""Toma noct. manual"
-    "Anti movimiento""AE prioridad cont.""Acción deportiva""Temporizador Automático""Número Serie"
-    "Nitidez""Contador de disparos""Ninguno""Balance de Blancos""Automático"
-    "Incandescent |\302\240Temperatura de color / Filtro de color""Fluorescente blanco cálido"
-    "Personalizado""Incandescent |\302\240Personalizado""Luz de día |\302\240Nublado"
-    "Sombrío |\302\240Underwater 1 (Blue Water)""Automático |\302\240Flourescente""Nublado"
-    "Luz de día |\302\240Personalizado""Sombrío""Flourescente |\302\240Luz de día |\302\240Nublado"
-    "Nublado |\302\240Personalizado |\302\240Tungsteno""Tungsteno"
-    "Flash |\302\240Fluorescente blanco frío""Fluorescente blanco de día""Fluorescente luz de día"
-    "Flourescente""Zone matching""IDCPreviewStart""IDCPreviewLength""IDCCreativeStyle"
-    "CreativeStyleWasChanged""PresetWhiteBalance""ColorTemperatureAdj""PresetWhiteBalanceAdj"
-    "ColorCorrection""SaturationAdj""ContrastAdj""BrightnessAdj""HueAdj""SharpnessAdj"
-    "SharpnessOvershoot""SharpnessUndershoot""SharpnessThreshold""NoiseReductionMode""GrayPoint"
-    "D-RangeOptimizerMode""D-RangeOptimizerValue""D-RangeOptimizerHighlight"
-    "HighlightColorDistortReduct""NoiseReductionValue""EdgeNoiseReduction""ColorNoiseReduction"
-    "D-RangeOptimizerShadow""PeripheralIllumCentralRadius""PeripheralIllumCentralValue"
-    "PeripheralIllumPeriphValue""DistortionCompensation""ToneCurveBrightnessX""ToneCurveRedX"
-    "ToneCurveGreenX""ToneCurveBlueX""ToneCurveBrightnessY""ToneCurveRedY""ToneCurveGreenY"
-    "ToneCurveBlueY""ChromaticAberrationCorrection""InclinationCorrection""InclinationAngle"
-    "Cropping""CropArea""PxShiftPeriphEdgeNR""PxShiftPeriphEdgeNRValue""WhitesAdj""BlacksAdj"
-    "HighlightsAdj""ShadowsAdj""CurrentVersion""VersionCreateDate""VersionModifyDate"
-    "SonyIDC:BlacksAdj""Blacks Adj""SonyIDC:BrightnessAdj""Brightness Adj"
-    "SonyIDC:ChromaticAberrationCorrection""Chromatic Aberration Correction"
-    "SonyIDC:ChromaticAberrationCorrection:1""SonyIDC:ChromaticAberrationCorrection:2"
-    "SonyIDC:ColorCorrection""Color Correction""SonyIDC:ColorNoiseReduction""Color Noise Reduction"
-    "SonyIDC:ColorTemperatureAdj""Color Temperature Adj""SonyIDC:ContrastAdj""Contrast Adj"
-    "SonyIDC:CreativeStyleWasChanged""Creative Style Was Changed""SonyIDC:CreativeStyleWasChanged:0"
-    "SonyIDC:CreativeStyleWasChanged:1""SonyIDC:CropArea""Crop Area""SonyIDC:Cropping"
-    "SonyIDC:Cropping:0""SonyIDC:Cropping:1""SonyIDC:CurrentVersion""Current Version"
-    "SonyIDC:D-RangeOptimizerHighlight""D-Range Optimizer Highlight""SonyIDC:D-RangeOptimizerMode"
-    "D-Range Optimizer Mode""SonyIDC:D-RangeOptimizerMode:0""SonyIDC:D-RangeOptimizerMode:1"
-    "SonyIDC:D-RangeOptimizerMode:2""SonyIDC:D-RangeOptimizerShadow""D-Range Optimizer Shadow"
-    "SonyIDC:D-RangeOptimizerValue""D-Range Optimizer Value""SonyIDC:DistortionCompensation"
-    "Distortion Compensation""SonyIDC:DistortionCompensation:-1""SonyIDC:DistortionCompensation:1"
-    "SonyIDC:DistortionCompensation:2""SonyIDC:EdgeNoiseReduction""Edge Noise Reduction"
-    "SonyIDC:GrayPoint""Gray Point""SonyIDC:HighlightColorDistortReduct"
-    "Highlight Color Distort Reduct""SonyIDC:HighlightColorDistortReduct:0"
-    "SonyIDC:HighlightColorDistortReduct:1""SonyIDC:HighlightsAdj""Highlights Adj""SonyIDC:HueAdj"
-    "Hue Adj""SonyIDC:IDCCreativeStyle""IDC Creative Style""SonyIDC:IDCCreativeStyle:1"
-    "Camera Setting""SonyIDC:IDCCreativeStyle:10""SonyIDC:IDCCreativeStyle:11"
-    "SonyIDC:IDCCreativeStyle:12""SonyIDC:IDCCreativeStyle:13""SonyIDC:IDCCreativeStyle:14"
-    "SonyIDC:IDCCreativeStyle:15""SonyIDC:IDCCreativeStyle:16""SonyIDC:IDCCreativeStyle:17"
-    "SonyIDC:IDCCreativeStyle:2""SonyIDC:IDCCreativeStyle:3""SonyIDC:IDCCreativeStyle:4"
-    "SonyIDC:IDCCreativeStyle:5""SonyIDC:IDCCreativeStyle:6""A100 Standard"
-    "SonyIDC:IDCCreativeStyle:7""SonyIDC:IDCCreativeStyle:8""SonyIDC:IDCCreativeStyle:9"
-    "SonyIDC:IDCPreviewLength""IDC Preview Length""SonyIDC:IDCPreviewStart""IDC Preview Start"
-    "SonyIDC:InclinationAngle""Inclination Angle""SonyIDC:InclinationCorrection"
-    "Inclination Correction""SonyIDC:InclinationCorrection:0""SonyIDC:InclinationCorrection:1"
-    "SonyIDC:NoiseReductionMode""Noise Reduction Mode""SonyIDC:NoiseReductionMode:0"
-    "SonyIDC:NoiseReductionMode:1""SonyIDC:NoiseReductionValue""Noise Reduction Value"
-    "SonyIDC:PeripheralIllumCentralRadius""Peripheral Illum Central Radius"
-    "SonyIDC:PeripheralIllumCentralValue""Peripheral Illum Central Value"
-    "SonyIDC:PeripheralIllumPeriphValue""Peripheral Illum Periph Value""SonyIDC:PresetWhiteBalance"
-    "Preset White Balance""SonyIDC:PresetWhiteBalance:1""SonyIDC:PresetWhiteBalance:10"
-    "SonyIDC:PresetWhiteBalance:11""SonyIDC:PresetWhiteBalance:12""SonyIDC:PresetWhiteBalance:13"
-    "SonyIDC:PresetWhiteBalance:2""SonyIDC:PresetWhiteBalance:3""Specify Gray Point"
-    "SonyIDC:PresetWhiteBalance:4""SonyIDC:PresetWhiteBalance:5""SonyIDC:PresetWhiteBalance:6"
-    "SonyIDC:PresetWhiteBalance:7""Cool White Fluorescent""SonyIDC:PresetWhiteBalance:8"
-    "Day Light Fluorescent""SonyIDC:PresetWhiteBalance:9""SonyIDC:PresetWhiteBalanceAdj"
-    "Preset White Balance Adj""SonyIDC:PreviewImageSize""SonyIDC:PxShiftPeriphEdgeNR"
-    "Px Shift Periph Edge NR""SonyIDC:PxShiftPeriphEdgeNR:0""SonyIDC:PxShiftPeriphEdgeNR:1"
-    "SonyIDC:PxShiftPeriphEdgeNRValue""Px Shift Periph Edge NR Value""SonyIDC:SaturationAdj"
-    "Saturation Adj""SonyIDC:ShadowsAdj""Shadows Adj""SonyIDC:SharpnessAdj""Sharpness Adj"
-    "SonyIDC:SharpnessOvershoot""Sharpness Overshoot""SonyIDC:SharpnessThreshold"
-    "Sharpness Threshold""SonyIDC:SharpnessUndershoot""Sharpness Undershoot""SonyIDC:ToneCurveBlueX"
-    "Tone Curve Blue X""SonyIDC:ToneCurveBlueY""Tone Curve Blue Y""SonyIDC:ToneCurveBrightnessX"
-    "Tone Curve Brightness X""SonyIDC:ToneCurveBrightnessY""Tone Curve Brightness Y"
-    "SonyIDC:ToneCurveGreenX""Tone Curve Green X""SonyIDC:ToneCurveGreenY""Tone Curve Green Y"
-    "SonyIDC:ToneCurveRedX""Tone Curve Red X""SonyIDC:ToneCurveRedY""Tone Curve Red Y"
-    "SonyIDC:VersionCreateDate""Version Create Date""SonyIDC:VersionModifyDate""Version Modify Date"
-    "SonyIDC:WhitesAdj""Whites Adj""Réglage de la luminosité"
-    "Correction de l'aberration chromatique""Réduction du bruit de la couleur"
-    "Le style créatif a été modifié""Recadrage""Version courante""Réduction du bruit de fond"
-    "Style créatif IDC""Réglage de l'appareil photo""Réglage de la saturation""Helligkeitskorrektur"
-    "Farbabweichung Korrektur""Farbkorrektur""Farbrauschunterdrückung""Farbtemperaturkorrektur"
-    "Kontrastkorrektur""Rauschunterdrückung Ecken""Farbtonkorrektur""IDC Vorschaubild-Datenlänge"
-    "IDC Vorschaubild-Datenposition""Rauschunterdrückungsmodus""Rauschunterdrückungswert"
-    "Weißabgleich Voreinstellung""Tageslicht""Weißabgleichkorrektur-Einstellung"
-    "Sättigungskorrektur""Schärfekorrektur""Schärfe Grenzwertüberschreitung""Schärfe Grenzwert"
-    "Schärfe Grenzwertunterschreitung""Tonwertkurve Blau X""Tonwertkurve Blau Y"
-    "Tonwertkurve Helligkeit X""Tonwertkurve Helligkeit Y""Tonwertkurve Grün X""Tonwertkurve Grün Y"
-    "Tonwertkurve Rot X""Tonwertkurve Rot Y""Impostazioni fotocamera""Reale""Modo riduzione rumore"
-    "Valore riduzione rumore""Correzione saturazione""Data creazione versione"
-    "Data modifica versione""エッジノイズリダクション""グレーポイント""CropXCommonOffset""CropXViewpointNumber"
-    "CropXOffset""CropXViewpointNumber2""CropXOffset2""CropYCommonOffset""CropYViewpointNumber"
-    "CropYOffset""CropYViewpointNumber2""CropYOffset2""StimVersion""ApplicationData"
-    "ImageArrangement""ImageRotation""ScalingFactor""CropXSize""CropYSize""ViewType"
-    "RepresentativeImage""ConvergenceBaseImage""AssumedDisplaySize""AssumedDistanceView"
-    "RepresentativeDisparityNear""RepresentativeDisparityFar""InitialDisplayEffect"
-    "ConvergenceDistance""CameraArrangementInterval""ShootingCount""Stim:ApplicationData"
-    "Application Data""Stim:AssumedDisplaySize""Assumed Display Size""Stim:AssumedDistanceView"
-    "Assumed Distance View""Stim:CameraArrangementInterval""Camera Arrangement Interval"
-    "Stim:ConvergenceBaseImage""Convergence Base Image""Stim:ConvergenceBaseImage:0""Left Viewpoint"
-    "Stim:ConvergenceBaseImage:1""Right Viewpoint""Stim:ConvergenceBaseImage:255"
-    "Equivalent for Both Viewpoints""Stim:ConvergenceDistance""Convergence Distance"
-    "Stim:CropXCommonOffset""Crop X Common Offset""Stim:CropXCommonOffset:0""Common Offset Setting"
-    "Stim:CropXCommonOffset:1""Individual Offset Setting""Stim:CropXOffset""Crop X Offset"
-    "Stim:CropXOffset2""Crop X Offset 2""Stim:CropXSize""Crop X Size""Stim:CropXViewpointNumber"
-    "Crop X Viewpoint Number""Stim:CropXViewpointNumber2""Crop X Viewpoint Number 2"
-    "Stim:CropYCommonOffset""Crop Y Common Offset""Stim:CropYCommonOffset:0"
-    "Stim:CropYCommonOffset:1""Stim:CropYOffset""Crop Y Offset""Stim:CropYOffset2""Crop Y Offset 2"
-    "Stim:CropYSize""Crop Y Size""Stim:CropYViewpointNumber""Crop Y Viewpoint Number"
-    "Stim:CropYViewpointNumber2""Crop Y Viewpoint Number 2""Stim:ImageArrangement"
-    "Image Arrangement""Stim:ImageArrangement:0""Parallel View Alignment""Stim:ImageArrangement:1"
-    "Cross View Alignment""Stim:ImageRotation""Image Rotation""Stim:ImageRotation:1"
-    "Stim:InitialDisplayEffect""Initial Display Effect""Stim:InitialDisplayEffect:0"
-    "Stim:InitialDisplayEffect:1""Stim:RepresentativeDisparityFar""Representative Disparity Far"
-    "Stim:RepresentativeDisparityNear""Representative Disparity Near""Stim:RepresentativeImage"
-    "Representative Image""Stim:RepresentativeImage:0""Stim:RepresentativeImage:1"
-    "Stim:ScalingFactor""Scaling Factor""Stim:ShootingCount""Shooting Count""Stim:StimVersion"
-    "Stim Version""Stim:ViewType""View Type""Stim:ViewType:0""No Pop-up Effect""Stim:ViewType:1"
-    "Pop-up Effect""Bildausrichtung""Keine""TheoraVersion""ImageWidth""ImageHeight""XOffset"
-    "YOffset""FrameRate""PixelAspectRatio""NominalVideoBitrate""PixelFormat""Theora:ColorSpace"
-    "Theora:ColorSpace:0""Undefined""Theora:ColorSpace:1""Rec. 470M""Theora:ColorSpace:2"
-    "Rec. 470BG""Theora:FrameRate""Frame Rate""Theora:ImageHeight""Image Height""Theora:ImageWidth"
-    "Image Width""Theora:NominalVideoBitrate""Nominal Video Bitrate""Theora:NominalVideoBitrate:0"
-    "Unspecified""Theora:PixelAspectRatio""Pixel Aspect Ratio""Theora:PixelFormat""Pixel Format"
-    "Theora:PixelFormat:0""4:2:0""Theora:PixelFormat:2""4:2:2""Theora:PixelFormat:3""4:4:4"
-    "Theora:Quality""Theora:TheoraVersion""Theora Version""Theora:XOffset""X Offset""Theora:YOffset"
-    "Y Offset""更新速率""像高""像宽""Vitesse""Hauteur de l'image""Largeur de l'image"
-    "Ratio d'aspect des pixels""Nicht definiert""Bildwechselfrequenz""Bildhöhe""Bildbreite"
-    "Pixel-Format""Frequenza fotogramma""Altezza immagine""Larghezza immagine""Formato pixel"
-    "フレームレート""画像高さ""画像幅""ピクセルフォーマット""Velocidad del Fotograma""Alto Imagen""Ancho Imagen"
-    "Formato Pixel""EmbeddedVideo""Trailer""Trailer:EmbeddedVideo""Embedded Video""Trailer:Trailer"
-    "Address""Anniversary""Birthday""Email""FormattedName""Gender""Geolocation""IMPP""Language"
-    "Logo""Name""Nickname""Note""Organization""Photo""Software""Revision""Sound""Telephone"
-    "JobTitle""TimeZone""UID""URL""VCardVersion""ABDate""ABLabel""ABRelatedNames""AB_UID""AIM""ICQ"
-    "SocialProfile""Acknowledged""Action""Attachment""Attendee""CalendarScale""Categories"
-    "Classification""DateTimeCompleted""Contact""DateCreated""Description""DateTimeEnd"
-    "DateTimeStamp""DateTimeStart""DateTimeDue""Duration""ExceptionDateTimes""FreeBusyTime"
-    "Location""Method""Organizer""PercentComplete""Priority""RecurrenceDateTimes""RecurrenceID"
-    "RelatedTo""Repeat""RequestStatus""Resources""RecurrenceRule""Status""Summary""TimeTransparency"
-    "Trigger""TimezoneID""TimezoneName""TimezoneOffsetFrom""TimezoneOffsetTo""TimeZoneURL"
-    "VCalendarVersion""CalendarColor""DefaultAlarm""LocalDefaultAlarm""AllDayEvent"
-    "AppointmentSequence""BusyStatus""Importance""InstanceType""IntendedBusyStatus"
-    "OwnerAppointmentID""DisallowCounterProposal""DoNotForwardMeeting""MeetingLocations""AlarmUID"
-    "CalendarDescription""CalendarName""CalendarID""TimeZone2""Body""CreateDate""Version"
-    "VCard:ABDate""AB Date""VCard:ABLabel""AB Label""VCard:ABRelatedNames""AB Related Names"
-    "VCard:AB_UID""AB UID""VCard:AIM""VCard:Acknowledged""VCard:Action""VCard:Address"
-    "VCard:AlarmUID""Alarm UID""VCard:AllDayEvent""All Day Event""VCard:Anniversary"
-    "VCard:AppointmentSequence""Appointment Sequence""VCard:Attachment""VCard:Attendee"
-    "VCard:Birthday""VCard:Body""VCard:BusyStatus""Busy Status""VCard:CalendarColor""Calendar Color"
-    "VCard:CalendarDescription""Calendar Description""VCard:CalendarID""Calendar ID"
-    "VCard:CalendarName""Calendar Name""VCard:CalendarScale""Calendar Scale""VCard:Categories"
-    "VCard:Classification""VCard:Comment""VCard:Contact""VCard:CreateDate""Create Date"
-    "VCard:DateCreated""Date Created""VCard:DateTimeCompleted""Date Time Completed"
-    "VCard:DateTimeDue""Date Time Due""VCard:DateTimeEnd""Date Time End""VCard:DateTimeStamp"
-    "Date Time Stamp""VCard:DateTimeStart""Date Time Start""VCard:DefaultAlarm""Default Alarm"
-    "VCard:Description""VCard:DisallowCounterProposal""Disallow Counter Proposal"
-    "VCard:DoNotForwardMeeting""Do Not Forward Meeting""VCard:Duration""VCard:Email"
-    "VCard:ExceptionDateTimes""Exception Date Times""VCard:FormattedName""Formatted Name"
-    "VCard:FreeBusyTime""Free Busy Time""VCard:Gender""VCard:Geolocation""VCard:ICQ""VCard:IMPP"
-    "VCard:Importance""VCard:Importance:0""VCard:Importance:1""VCard:Importance:2"
-    "VCard:InstanceType""Instance Type""VCard:InstanceType:0""Non-recurring Appointment"
-    "VCard:InstanceType:1""Recurring Appointment""VCard:InstanceType:2"
-    "Single Instance of Recurring Appointment""VCard:InstanceType:3"
-    "Exception to Recurring Appointment""VCard:IntendedBusyStatus""Intended Busy Status"
-    "VCard:JobTitle""Job Title""VCard:Language""VCard:LocalDefaultAlarm""Local Default Alarm"
-    "VCard:Location""VCard:Logo""VCard:MeetingLocations""Meeting Locations""VCard:Method"
-    "VCard:ModifyDate""VCard:Name""VCard:Nickname""VCard:Note""VCard:Organization""VCard:Organizer"
-    "VCard:OwnerAppointmentID""Owner Appointment ID""VCard:PercentComplete""Percent Complete"
-    "VCard:Photo""VCard:Priority""VCard:RecurrenceDateTimes""Recurrence Date Times"
-    "VCard:RecurrenceID""Recurrence ID""VCard:RecurrenceRule""Recurrence Rule""VCard:RelatedTo"
-    "Related To""VCard:Repeat""VCard:RequestStatus""Request Status""VCard:Resources""VCard:Revision"
-    "VCard:SequenceNumber""VCard:SocialProfile""Social Profile""VCard:Software""VCard:Sound"
-    "VCard:Status""VCard:Summary""VCard:Telephone""VCard:TimeTransparency""Time Transparency"
-    "VCard:TimeZone""Time Zone""VCard:TimeZone2""Time Zone 2""VCard:TimeZoneURL""Time Zone URL"
-    "VCard:TimezoneID""Timezone ID""VCard:TimezoneName""Timezone Name""VCard:TimezoneOffsetFrom"
-    "Timezone Offset From""VCard:TimezoneOffsetTo""Timezone Offset To""VCard:Trigger""VCard:UID"
-    "VCard:URL""VCard:VCalendarVersion""VCalendar Version""VCard:VCardVersion""VCard Version"
-    "VCard:Version""类别""数字数据产生的日期和时间""创建日期""使用软件""版本""Adresse""UID Alarme""Catégories"
-    "Date de création des données numériques""Date de création""Durée""Géolocalisation""Langage"
-    "Lieu""Nom""Surnom""Associé à""Logiciel""Fuseau horaire""Fuseau horaire 2"
-    "URL du fuseau horaire""URL ""Kategorien""Kontakt""Digitalisierungsdatum/-uhrzeit"
-    "Erstellungsdatum""Datum Uhrzeitangabe""Beschreibung""Dauer""E-Mail""Sprache""Aufnahmeort"
-    "Organisation""Zeitzone""Indirizzo""Categorie""Contatto""Data di creazione""Descrizione""Lingua"
-    "Località""Nome""Priorità""Risorse""Revisione""Software utilizzato""Sommario""Fuso orario"
-    "Numero versione immagine""カテゴリー""連絡""デジタルデータ作成日時""作成日付""説明""撮影場所""ソフトウェア""タイムゾーン""バージョン"
-    "Categorías""Contacto""Fecha y Hora de Datos Digital""Fecha Creación""Descripción""Duración"
-    "Cargo""Idioma""Localización""Nombre""Programa Utilizado""Versión PrintIM""Actor""Album""Artist"
-    "Composer""Copyright""CoverArt""CoverArtMIMEType""Date""Director""EncodedBy""EncodedUsing"
-    "Encoder""EncoderOptions""Genre""ISRCNumber""License""Performer""Producer""ReplayGainAlbumGain"
-    "ReplayGainAlbumPeak""ReplayGainTrackGain""ReplayGainTrackPeak""Title""TrackNumber""Vendor"
-    "VorbisVersion""AudioChannels""SampleRate""MaximumBitrate""NominalBitrate""MinimumBitrate"
-    "Vorbis:Actor""Vorbis:Album""Vorbis:Artist""Vorbis:AudioChannels""Audio Channels"
-    "Vorbis:Comment""Vorbis:Composer""Vorbis:Contact""Vorbis:Copyright""Vorbis:CoverArt""Cover Art"
-    "Vorbis:CoverArtMIMEType""Cover Art MIME Type""Vorbis:Date""Vorbis:Description""Vorbis:Director"
-    "Vorbis:EncodedBy""Encoded By""Vorbis:EncodedUsing""Encoded Using""Vorbis:Encoder"
-    "Vorbis:EncoderOptions""Encoder Options""Vorbis:Genre""Vorbis:ISRCNumber""ISRC Number"
-    "Vorbis:License""Vorbis:Location""Vorbis:MaximumBitrate""Maximum Bitrate""Vorbis:MinimumBitrate"
-    "Minimum Bitrate""Vorbis:NominalBitrate""Nominal Bitrate""Vorbis:Organization""Vorbis:Performer"
-    "Vorbis:Producer""Vorbis:ReplayGainAlbumGain""Replay Gain Album Gain"
-    "Vorbis:ReplayGainAlbumPeak""Replay Gain Album Peak""Vorbis:ReplayGainTrackGain"
-    "Replay Gain Track Gain""Vorbis:ReplayGainTrackPeak""Replay Gain Track Peak""Vorbis:SampleRate"
-    "Sample Rate""Vorbis:Title""Vorbis:TrackNumber""Track Number""Vorbis:Vendor""Vorbis:Version"
-    "Vorbis:VorbisVersion""Vorbis Version""相册""图像作者""专利拥有者""标题""Artiste""Propriétaire du copyright"
-    "Producteur""Titre""Künstler""Urheberrechtsvermerk""Datum""ISRC Nummer""Lizenz""Produzent"
-    "Titel""Attore""Persona che ha creato l'immagine""Canali audio""Compositore"
-    "Titolare del copyright""Data""Codificato da""Codificato usando""Codificatore""Genere""Licenza"
-    "Frequenza campionamento""Titolo""アルバム""画像作成者""版権所有者""日付""タイトル""Álbum""Autor""Canales Audio"
-    "Compositor""Copyright Perfil""Fecha""Codificado por""Género""Productor""Frecuencia muestreo"
-    "Título""Número Pista""MediaClassPrimaryID""MediaClassSecondaryID""MediaCredits""MediaIsDelay"
-    "MediaIsFinale""MediaIsLive""MediaIsMovie""MediaIsPremiere""MediaIsRepeat""MediaIsSAP"
-    "MediaIsSport""MediaIsStereo""MediaIsSubtitled""MediaIsTape""MediaNetworkAffiliation"
-    "MediaOriginalBroadcastDateTime""MediaOriginalChannel""MediaOriginalChannelSubNumber"
-    "MediaOriginalRunTime""MediaStationCallSign""MediaStationName""MediaThumbAspectRatioX"
-    "MediaThumbAspectRatioY""MediaThumbHeight""MediaThumbRatingAttributes""MediaThumbRatingLevel"
-    "MediaThumbRatingSystem""MediaThumbRet""MediaThumbStride""MediaThumbTimeStamp""MediaThumbWidth"
-    "OriginalReleaseTime""ParentalRating""ParentalRatingReason""Provider""ProviderCopyright"
-    "ProviderRating""Subtitle""SubtitleDescription""VideoClosedCaptioning""ATSCContent"
-    "ActualSoftPostPadding""ActualSoftPrePadding""Bitrate""BrandingImageID""BrandingName"
-    "ContentProtected""ContentProtectedPercent""DTVContent""EncodeTime""EndTime""ExpirationDate"
-    "ExpirationSpan""HDContent""HardPostPadding""HardPrePadding""InBandRatingAttributes"
-    "InBandRatingLevel""InBandRatingSystem""KeepUntil""OriginalSoftPostPadding"
-    "OriginalSoftPrePadding""ProgramID""RequestID""ScheduleItemID""SeriesUID""ServiceID""Watched"
-    "WTV:ATSCContent""ATSC Content""WTV:ATSCContent:0""WTV:ATSCContent:1""WTV:ActualSoftPostPadding"
-    "Actual Soft Post Padding""WTV:ActualSoftPrePadding""Actual Soft Pre Padding""WTV:Bitrate"
-    "WTV:BrandingImageID""Branding Image ID""WTV:BrandingName""Branding Name""WTV:ContentProtected"
-    "Content Protected""WTV:ContentProtected:0""WTV:ContentProtected:1""WTV:ContentProtectedPercent"
-    "Content Protected Percent""WTV:DTVContent""DTV Content""WTV:DTVContent:0""WTV:DTVContent:1"
-    "WTV:Duration""WTV:EncodeTime""Encode Time""WTV:EndTime""End Time""WTV:ExpirationDate"
-    "Expiration Date""WTV:ExpirationSpan""Expiration Span""WTV:Genre""WTV:HDContent""HD Content"
-    "WTV:HDContent:0""WTV:HDContent:1""WTV:HardPostPadding""Hard Post Padding""WTV:HardPrePadding"
-    "Hard Pre Padding""WTV:InBandRatingAttributes""In Band Rating Attributes""WTV:InBandRatingLevel"
-    "In Band Rating Level""WTV:InBandRatingSystem""In Band Rating System""WTV:KeepUntil""Keep Until"
-    "WTV:Language""WTV:MediaClassPrimaryID""Media Class Primary ID""WTV:MediaClassSecondaryID"
-    "Media Class Secondary ID""WTV:MediaCredits""Media Credits""WTV:MediaIsDelay""Media Is Delay"
-    "WTV:MediaIsDelay:0""WTV:MediaIsDelay:1""WTV:MediaIsFinale""Media Is Finale"
-    "WTV:MediaIsFinale:0""WTV:MediaIsFinale:1""WTV:MediaIsLive""Media Is Live""WTV:MediaIsLive:0"
-    "WTV:MediaIsLive:1""WTV:MediaIsMovie""Media Is Movie""WTV:MediaIsMovie:0""WTV:MediaIsMovie:1"
-    "WTV:MediaIsPremiere""Media Is Premiere""WTV:MediaIsPremiere:0""WTV:MediaIsPremiere:1"
-    "WTV:MediaIsRepeat""Media Is Repeat""WTV:MediaIsRepeat:0""WTV:MediaIsRepeat:1""WTV:MediaIsSAP"
-    "Media Is SAP""WTV:MediaIsSAP:0""WTV:MediaIsSAP:1""WTV:MediaIsSport""Media Is Sport"
-    "WTV:MediaIsSport:0""WTV:MediaIsSport:1""WTV:MediaIsStereo""Media Is Stereo"
-    "WTV:MediaIsStereo:0""WTV:MediaIsStereo:1""WTV:MediaIsSubtitled""Media Is Subtitled"
-    "WTV:MediaIsSubtitled:0""WTV:MediaIsSubtitled:1""WTV:MediaIsTape""Media Is Tape"
-    "WTV:MediaIsTape:0""WTV:MediaIsTape:1""WTV:MediaNetworkAffiliation""Media Network Affiliation"
-    "WTV:MediaOriginalBroadcastDateTime""Media Original Broadcast Date Time"
-    "WTV:MediaOriginalChannel""Media Original Channel""WTV:MediaOriginalChannelSubNumber"
-    "Media Original Channel Sub Number""WTV:MediaOriginalRunTime""Media Original Run Time"
-    "WTV:MediaStationCallSign""Media Station Call Sign""WTV:MediaStationName""Media Station Name"
-    "WTV:MediaThumbAspectRatioX""Media Thumb Aspect Ratio X""WTV:MediaThumbAspectRatioY"
-    "Media Thumb Aspect Ratio Y""WTV:MediaThumbHeight""Media Thumb Height"
-    "WTV:MediaThumbRatingAttributes""Media Thumb Rating Attributes""WTV:MediaThumbRatingLevel"
-    "Media Thumb Rating Level""WTV:MediaThumbRatingSystem""Media Thumb Rating System"
-    "WTV:MediaThumbRet""Media Thumb Ret""WTV:MediaThumbStride""Media Thumb Stride"
-    "WTV:MediaThumbTimeStamp""Media Thumb Time Stamp""WTV:MediaThumbWidth""Media Thumb Width"
-    "WTV:OriginalReleaseTime""Original Release Time""WTV:OriginalSoftPostPadding"
-    "Original Soft Post Padding""WTV:OriginalSoftPrePadding""Original Soft Pre Padding"
-    "WTV:ParentalRating""Parental Rating""WTV:ParentalRatingReason""Parental Rating Reason"
-    "WTV:ProgramID""Program ID""WTV:Provider""WTV:ProviderCopyright""Provider Copyright"
-    "WTV:ProviderRating""Provider Rating""WTV:Quality""WTV:RequestID""Request ID"
-    "WTV:ScheduleItemID""Schedule Item ID""WTV:SeriesUID""Series UID""WTV:ServiceID""Service ID"
-    "WTV:Subtitle""WTV:SubtitleDescription""Subtitle Description""WTV:Title"
-    "WTV:VideoClosedCaptioning""Video Closed Captioning""WTV:VideoClosedCaptioning:0"
-    "WTV:VideoClosedCaptioning:1""WTV:Watched""WTV:Watched:0""WTV:Watched:1""Date d'expiration"
-    "Regardé""Ablaufdatum""Ora fine""Data scadenza""Ora di rilascio originale""ID servizio"
-    "Sottotitolo""有効日付""Fecha Expiración""Proveedor""Copyright Proveedor""Subtitulo"
-    "Descripción Subtitulo""XML""Caption""Keywords""People""Places""Tool_Name""Tool_Version"
-    "TimeStampList""FilterParametersBinary""FilterParametersCustomCustomData"
-    "FilterParametersExportExportData""AppVersion""Application""Characters""CharactersWithSpaces"
-    "CheckedBy""Client""Company""DateCompleted""Department""Destination""Disposition""Division"
-    "DocSecurity""DocumentNumber""Editor""ForwardTo""Group""HeadingPairs""HiddenSlides"
-    "HyperlinkBase""HyperlinksChanged""Lines""LinksUpToDate""MMClips""Mailstop""Manager""Matter"
-    "Notes""Office""Owner""Pages""Paragraphs""PresentationFormat""Project""Publisher""Purpose"
-    "ReceivedFrom""RecordedBy""RecordedDate""Reference""ScaleCrop""SharedDoc""Slides""Source"
-    "TelephoneNumber""Template""TitlesOfParts""TotalEditTime""Typist""Words""Category""CreatedType"
-    "LastModifiedBy""LastPrinted""ModifiedType""RevisionNumber""XMLFileType""Cast""Codirectors"
-    "Directors""Producers""Screenwriters""Studio""Abstract""AccessRights""Authors"
-    "BibliographicReferences""BriefDescription""CompressionCodecs""CompressionLevel""Contributors"
-    "CreatorApplication""CreatorModule""CreatorOS""ImageBounds""ImageData""ImageGeometry"
-    "ICC_Profile""ICCProfileLocation""ImageID""ImageType""ImageLocation""ImagePixelOffset"
-    "ImagePixelStorage""XResolution""ResolutionUnit""YResolution""ImageSampleFormat""UUID"
-    "Languages""RelatedResources""LastUpdate""Author""Projects""false""true""XML:Abstract"
-    "XML:AccessRights""Access Rights""XML:Album""XML:AppVersion""App Version""XML:Application"
-    "XML:Author""XML:Authors""XML:BibliographicReferences""Bibliographic References"
-    "XML:BriefDescription""Brief Description""XML:Caption""XML:Cast""XML:Category""XML:Characters"
-    "XML:CharactersWithSpaces""Characters With Spaces""XML:CheckedBy""Checked By""XML:Client"
-    "XML:Codirectors""XML:ColorSpace""XML:Comment""XML:Company""XML:CompressionCodecs"
-    "Compression Codecs""XML:CompressionLevel""Compression Level""XML:Contributors""XML:Copyright"
-    "XML:CreateDate""XML:CreatedType""Created Type""XML:CreatorApplication""Creator Application"
-    "XML:CreatorModule""Creator Module""XML:CreatorOS""Creator OS""XML:Date""XML:DateCompleted"
-    "Date Completed""XML:DateTimeOriginal""XML:Department""XML:Description""XML:Destination"
-    "XML:Directors""XML:Disposition""XML:Division""XML:DocSecurity""Doc Security""XML:DocSecurity:0"
-    "XML:DocSecurity:1""Password protected""XML:DocSecurity:2""Read-only recommended"
-    "XML:DocSecurity:4""Read-only enforced""XML:DocSecurity:8""Locked for annotations"
-    "XML:DocumentNumber""Document Number""XML:Duration""XML:Editor""XML:FilterParametersBinary"
-    "Filter Parameters Binary""XML:FilterParametersCustomCustomData"
-    "Filter Parameters Custom Custom Data""XML:FilterParametersExportExportData"
-    "Filter Parameters Export Export Data""XML:ForwardTo""Forward To""XML:GPSLatitude"
-    "XML:GPSLongitude""XML:GPSMapDatum""XML:Group""XML:HeadingPairs""Heading Pairs"
-    "XML:HiddenSlides""Hidden Slides""XML:HyperlinkBase""Hyperlink Base""XML:HyperlinksChanged"
-    "Hyperlinks Changed""XML:HyperlinksChanged:false""XML:HyperlinksChanged:true"
-    "XML:ICCProfileLocation""ICC Profile Location""XML:ICC_Profile""ICC Profile""XML:ImageBounds"
-    "Image Bounds""XML:ImageData""Image Data""XML:ImageGeometry""Image Geometry""XML:ImageID"
-    "Image ID""XML:ImageLocation""Image Location""XML:ImagePixelOffset""Image Pixel Offset"
-    "XML:ImagePixelStorage""Image Pixel Storage""XML:ImageSampleFormat""Image Sample Format"
-    "XML:ImageType""Image Type""XML:Keywords""XML:Language""XML:Languages""XML:LastModifiedBy"
-    "Last Modified By""XML:LastPrinted""Last Printed""XML:LastUpdate""Last Update""XML:License"
-    "XML:Lines""XML:LinksUpToDate""Links Up To Date""XML:LinksUpToDate:false"
-    "XML:LinksUpToDate:true""XML:MMClips""MM Clips""XML:Mailstop""XML:Manager""XML:Matter"
-    "XML:ModifiedType""Modified Type""XML:ModifyDate""XML:Name""XML:Notes""XML:Office"
-    "XML:Orientation""XML:Owner""XML:Pages""XML:Paragraphs""XML:People""XML:Places"
-    "XML:PresentationFormat""Presentation Format""XML:Producers""XML:Project""XML:Projects"
-    "XML:Publisher""XML:Purpose""XML:ReceivedFrom""Received From""XML:RecordedBy""Recorded By"
-    "XML:RecordedDate""Recorded Date""XML:Reference""XML:RelatedResources""Related Resources"
-    "XML:ResolutionUnit""Resolution Unit""XML:RevisionNumber""Revision Number""XML:ScaleCrop"
-    "Scale Crop""XML:ScaleCrop:false""XML:ScaleCrop:true""XML:Screenwriters""XML:SharedDoc"
-    "Shared Doc""XML:SharedDoc:false""XML:SharedDoc:true""XML:Slides""XML:Source""XML:Status"
-    "XML:Studio""XML:TelephoneNumber""Telephone Number""XML:Template""XML:TimeStampList"
-    "Time Stamp List""XML:Title""XML:TitlesOfParts""Titles Of Parts""XML:Tool_Name""Tool Name"
-    "XML:Tool_Version""Tool Version""XML:TotalEditTime""Total Edit Time""XML:Typist""XML:UUID"
-    "XML:Words""XML:XML""XML:XMLFileType""XML File Type""XML:XResolution""X Resolution"
-    "XML:YResolution""Y Resolution""作者""关键字""图像高宽分辨率单位""来源""Auteur""Catégorie"
-    "Application du créateur""Déplacer vers""Profil de couleur ICC d'entrée""ID de l'image"
-    "Type de l'image""Mots-clés""Propriétaire""Personnes""Editeur""Unité de résolutions"
-    "Numéro de révision""Résolution horizontale de l'image""Résolution verticale de l'image"
-    "Bildtext""Kategorie""Komprimierungsgrad""Mitwirkende""Ersteller der Applikation""Ziel"
-    "Dokumentensicherheit""Passwort geschützt""Nur Lesen - vorgeschlagen""Nur Lesen - erzwungen"
-    "Gesperrt für Anmerkungen""ICC-Profil""Bildtyp""Schlüsselwörter""Hinweise""Besitzer""Seiten"
-    "Menschen""Herausgeber""Einheit der X- und Y-Auflösung""Revisionsnummer""Quelle"
-    "Horizontale Bildauflösung""Vertikale Bildauflösung""Autore""Categoria""Caratteri"
-    "Caratteri con spazi""Livello di compressione""Destinazione""ID Immagine""Tipo immagine"
-    "Parole chiave""Linee""Progetto""Progetti""Editore""Scopo""Riferimento""Unità risoluzione"
-    "Numero revisione""Origine""Modello""Titoli parti""Risoluzione orizzontale immagine"
-    "Risoluzione verticale immagine""宛先""ICC入力色プロフィール""イメージID""ページ""キーワード""人々""XとY解像度単位""ソース"
-    "画像幅の解像度""画像高さの解像度""Categoría""Nivel Compresión""Destino""Perfil Color Entrada ICC""ID Imagen"
-    "Tipo Imagen""Clave""Propietario""Proyectos""Unidad de Resolución de X e Y""Número Revisión"
-    "Fuente""Resolución Imagen Horizontal""Resolución Imagen Vertical";
+    "Tiempo de Exposición" "Número F" "Caras Detectadas" "Formato Archivo" "Versión Firmware"
+    "Flash no disparado" "Flash disparado" "Compensación Exposición Flash" "Modo Flash"
+    "Distancia Focal Objetivo" "Modo Enfoque" "Fecha GPS" "Latitud" "Latitud Norte o Sur"
+    "Latitud norte" "Latitud sur" "Longitud" "Longitud Este u Oeste" "Longitud Este"
+    "Longitud Oeste" "Dato Medición Geodésica Usado" "Modo Medición GPS" "Medición bidimensional"
+    "Medición tridimensional" "Estado Receptor GPS" "Medición Activa" "Medición Vacía"
+    "Hora GPS (reloj atómico)" "Versión Etiqueta GPS" "Reducción Ruido ISO Alta"
+    "Desactivado |\302\240Normal" "Alto" "Alto |\302\240Normal" "Alto |\302\240Desactivado"
+    "Ratio Velocidad ISO" "Ajuste ISO" "Número Imagen" "Estabilización Imagen" "Activado"
+    "Ajustes Estabilización Imagen" "Número Serie Interno" "Calidad" "Calidad estándar" "Fina"
+    "Extrafina" "Versión Firmware Objetivo" "Tipo Objetivo" "RR Exp.Larga"
+    "Activado |\302\240Desactivado |\302\240On (unused)" "Apagado" "Encendido"
+    "Longitud focal máxima" "Modo Medición" "Multi-segmento" "Media ponderada al centro" "Puntual"
+    "Promedio |\302\240Puntual" "Longitud focal mínima" "Panoramica"
+    "Fecha y Hora de Cambio del Archivo" "Reduc. ruido varios fotogr." "Desactivado |\302\240n/a"
+    "Activado |\302\240Desactivado" "Ninguno |\302\240n/a" "Orientación de Imagen"
+    "0° (arriba/izquierda)" "Girado 180°" "Vista Previa" "Longitud Imagen Previa"
+    "Tamaño Imagen Previa" "Inicio Imagen Previa" "no aplica" "CRAW |\302\240Fina |\302\240RAW"
+    "Fina |\302\240RAW + JPEG/HEIF" "Estándar |\302\240cRAW" "Clasificación" "Rotación"
+    "Girado 270° sentido reloj |\302\240Girado 90° sentido reloj" "Saturación" "Selección de escena"
+    "Vista/retrato nocturno" "Barrido panorámico" "Toma noct. manual" "Anti movimiento"
+    "AE prioridad cont." "Acción deportiva" "Temporizador Automático" "Número Serie" "Nitidez"
+    "Contador de disparos" "Ninguno" "Balance de Blancos" "Automático"
+    "Incandescent |\302\240Temperatura de color / Filtro de color" "Fluorescente blanco cálido"
+    "Personalizado" "Incandescent |\302\240Personalizado" "Luz de día |\302\240Nublado"
+    "Sombrío |\302\240Underwater 1 (Blue Water)" "Automático |\302\240Flourescente" "Nublado"
+    "Luz de día |\302\240Personalizado" "Sombrío"
+    "Flourescente |\302\240Luz de día |\302\240Nublado"
+    "Nublado |\302\240Personalizado |\302\240Tungsteno" "Tungsteno"
+    "Flash |\302\240Fluorescente blanco frío" "Fluorescente blanco de día" "Fluorescente luz de día"
+    "Flourescente" "Zone matching" "IDCPreviewStart" "IDCPreviewLength" "IDCCreativeStyle"
+    "CreativeStyleWasChanged" "PresetWhiteBalance" "ColorTemperatureAdj" "PresetWhiteBalanceAdj"
+    "ColorCorrection" "SaturationAdj" "ContrastAdj" "BrightnessAdj" "HueAdj" "SharpnessAdj"
+    "SharpnessOvershoot" "SharpnessUndershoot" "SharpnessThreshold" "NoiseReductionMode" "GrayPoint"
+    "D-RangeOptimizerMode" "D-RangeOptimizerValue" "D-RangeOptimizerHighlight"
+    "HighlightColorDistortReduct" "NoiseReductionValue" "EdgeNoiseReduction" "ColorNoiseReduction"
+    "D-RangeOptimizerShadow" "PeripheralIllumCentralRadius" "PeripheralIllumCentralValue"
+    "PeripheralIllumPeriphValue" "DistortionCompensation" "ToneCurveBrightnessX" "ToneCurveRedX"
+    "ToneCurveGreenX" "ToneCurveBlueX" "ToneCurveBrightnessY" "ToneCurveRedY" "ToneCurveGreenY"
+    "ToneCurveBlueY" "ChromaticAberrationCorrection" "InclinationCorrection" "InclinationAngle"
+    "Cropping" "CropArea" "PxShiftPeriphEdgeNR" "PxShiftPeriphEdgeNRValue" "WhitesAdj" "BlacksAdj"
+    "HighlightsAdj" "ShadowsAdj" "CurrentVersion" "VersionCreateDate" "VersionModifyDate"
+    "SonyIDC:BlacksAdj" "Blacks Adj" "SonyIDC:BrightnessAdj" "Brightness Adj"
+    "SonyIDC:ChromaticAberrationCorrection" "Chromatic Aberration Correction"
+    "SonyIDC:ChromaticAberrationCorrection:1" "SonyIDC:ChromaticAberrationCorrection:2"
+    "SonyIDC:ColorCorrection" "Color Correction" "SonyIDC:ColorNoiseReduction"
+    "Color Noise Reduction" "SonyIDC:ColorTemperatureAdj" "Color Temperature Adj"
+    "SonyIDC:ContrastAdj" "Contrast Adj" "SonyIDC:CreativeStyleWasChanged"
+    "Creative Style Was Changed" "SonyIDC:CreativeStyleWasChanged:0"
+    "SonyIDC:CreativeStyleWasChanged:1" "SonyIDC:CropArea" "Crop Area" "SonyIDC:Cropping"
+    "SonyIDC:Cropping:0" "SonyIDC:Cropping:1" "SonyIDC:CurrentVersion" "Current Version"
+    "SonyIDC:D-RangeOptimizerHighlight" "D-Range Optimizer Highlight" "SonyIDC:D-RangeOptimizerMode"
+    "D-Range Optimizer Mode" "SonyIDC:D-RangeOptimizerMode:0" "SonyIDC:D-RangeOptimizerMode:1"
+    "SonyIDC:D-RangeOptimizerMode:2" "SonyIDC:D-RangeOptimizerShadow" "D-Range Optimizer Shadow"
+    "SonyIDC:D-RangeOptimizerValue" "D-Range Optimizer Value" "SonyIDC:DistortionCompensation"
+    "Distortion Compensation" "SonyIDC:DistortionCompensation:-1" "SonyIDC:DistortionCompensation:1"
+    "SonyIDC:DistortionCompensation:2" "SonyIDC:EdgeNoiseReduction" "Edge Noise Reduction"
+    "SonyIDC:GrayPoint" "Gray Point" "SonyIDC:HighlightColorDistortReduct"
+    "Highlight Color Distort Reduct" "SonyIDC:HighlightColorDistortReduct:0"
+    "SonyIDC:HighlightColorDistortReduct:1" "SonyIDC:HighlightsAdj" "Highlights Adj"
+    "SonyIDC:HueAdj" "Hue Adj" "SonyIDC:IDCCreativeStyle" "IDC Creative Style"
+    "SonyIDC:IDCCreativeStyle:1" "Camera Setting" "SonyIDC:IDCCreativeStyle:10"
+    "SonyIDC:IDCCreativeStyle:11" "SonyIDC:IDCCreativeStyle:12" "SonyIDC:IDCCreativeStyle:13"
+    "SonyIDC:IDCCreativeStyle:14" "SonyIDC:IDCCreativeStyle:15" "SonyIDC:IDCCreativeStyle:16"
+    "SonyIDC:IDCCreativeStyle:17" "SonyIDC:IDCCreativeStyle:2" "SonyIDC:IDCCreativeStyle:3"
+    "SonyIDC:IDCCreativeStyle:4" "SonyIDC:IDCCreativeStyle:5" "SonyIDC:IDCCreativeStyle:6"
+    "A100 Standard" "SonyIDC:IDCCreativeStyle:7" "SonyIDC:IDCCreativeStyle:8"
+    "SonyIDC:IDCCreativeStyle:9" "SonyIDC:IDCPreviewLength" "IDC Preview Length"
+    "SonyIDC:IDCPreviewStart" "IDC Preview Start" "SonyIDC:InclinationAngle" "Inclination Angle"
+    "SonyIDC:InclinationCorrection" "Inclination Correction" "SonyIDC:InclinationCorrection:0"
+    "SonyIDC:InclinationCorrection:1" "SonyIDC:NoiseReductionMode" "Noise Reduction Mode"
+    "SonyIDC:NoiseReductionMode:0" "SonyIDC:NoiseReductionMode:1" "SonyIDC:NoiseReductionValue"
+    "Noise Reduction Value" "SonyIDC:PeripheralIllumCentralRadius" "Peripheral Illum Central Radius"
+    "SonyIDC:PeripheralIllumCentralValue" "Peripheral Illum Central Value"
+    "SonyIDC:PeripheralIllumPeriphValue" "Peripheral Illum Periph Value"
+    "SonyIDC:PresetWhiteBalance" "Preset White Balance" "SonyIDC:PresetWhiteBalance:1"
+    "SonyIDC:PresetWhiteBalance:10" "SonyIDC:PresetWhiteBalance:11" "SonyIDC:PresetWhiteBalance:12"
+    "SonyIDC:PresetWhiteBalance:13" "SonyIDC:PresetWhiteBalance:2" "SonyIDC:PresetWhiteBalance:3"
+    "Specify Gray Point" "SonyIDC:PresetWhiteBalance:4" "SonyIDC:PresetWhiteBalance:5"
+    "SonyIDC:PresetWhiteBalance:6" "SonyIDC:PresetWhiteBalance:7" "Cool White Fluorescent"
+    "SonyIDC:PresetWhiteBalance:8" "Day Light Fluorescent" "SonyIDC:PresetWhiteBalance:9"
+    "SonyIDC:PresetWhiteBalanceAdj" "Preset White Balance Adj" "SonyIDC:PreviewImageSize"
+    "SonyIDC:PxShiftPeriphEdgeNR" "Px Shift Periph Edge NR" "SonyIDC:PxShiftPeriphEdgeNR:0"
+    "SonyIDC:PxShiftPeriphEdgeNR:1" "SonyIDC:PxShiftPeriphEdgeNRValue"
+    "Px Shift Periph Edge NR Value" "SonyIDC:SaturationAdj" "Saturation Adj" "SonyIDC:ShadowsAdj"
+    "Shadows Adj" "SonyIDC:SharpnessAdj" "Sharpness Adj" "SonyIDC:SharpnessOvershoot"
+    "Sharpness Overshoot" "SonyIDC:SharpnessThreshold" "Sharpness Threshold"
+    "SonyIDC:SharpnessUndershoot" "Sharpness Undershoot" "SonyIDC:ToneCurveBlueX"
+    "Tone Curve Blue X" "SonyIDC:ToneCurveBlueY" "Tone Curve Blue Y" "SonyIDC:ToneCurveBrightnessX"
+    "Tone Curve Brightness X" "SonyIDC:ToneCurveBrightnessY" "Tone Curve Brightness Y"
+    "SonyIDC:ToneCurveGreenX" "Tone Curve Green X" "SonyIDC:ToneCurveGreenY" "Tone Curve Green Y"
+    "SonyIDC:ToneCurveRedX" "Tone Curve Red X" "SonyIDC:ToneCurveRedY" "Tone Curve Red Y"
+    "SonyIDC:VersionCreateDate" "Version Create Date" "SonyIDC:VersionModifyDate"
+    "Version Modify Date" "SonyIDC:WhitesAdj" "Whites Adj" "Réglage de la luminosité"
+    "Correction de l'aberration chromatique" "Réduction du bruit de la couleur"
+    "Le style créatif a été modifié" "Recadrage" "Version courante" "Réduction du bruit de fond"
+    "Style créatif IDC" "Réglage de l'appareil photo" "Réglage de la saturation"
+    "Helligkeitskorrektur" "Farbabweichung Korrektur" "Farbkorrektur" "Farbrauschunterdrückung"
+    "Farbtemperaturkorrektur" "Kontrastkorrektur" "Rauschunterdrückung Ecken" "Farbtonkorrektur"
+    "IDC Vorschaubild-Datenlänge" "IDC Vorschaubild-Datenposition" "Rauschunterdrückungsmodus"
+    "Rauschunterdrückungswert" "Weißabgleich Voreinstellung" "Tageslicht"
+    "Weißabgleichkorrektur-Einstellung" "Sättigungskorrektur" "Schärfekorrektur"
+    "Schärfe Grenzwertüberschreitung" "Schärfe Grenzwert" "Schärfe Grenzwertunterschreitung"
+    "Tonwertkurve Blau X" "Tonwertkurve Blau Y" "Tonwertkurve Helligkeit X"
+    "Tonwertkurve Helligkeit Y" "Tonwertkurve Grün X" "Tonwertkurve Grün Y" "Tonwertkurve Rot X"
+    "Tonwertkurve Rot Y" "Impostazioni fotocamera" "Reale" "Modo riduzione rumore"
+    "Valore riduzione rumore" "Correzione saturazione" "Data creazione versione"
+    "Data modifica versione" "エッジノイズリダクション" "グレーポイント" "CropXCommonOffset" "CropXViewpointNumber"
+    "CropXOffset" "CropXViewpointNumber2" "CropXOffset2" "CropYCommonOffset" "CropYViewpointNumber"
+    "CropYOffset" "CropYViewpointNumber2" "CropYOffset2" "StimVersion" "ApplicationData"
+    "ImageArrangement" "ImageRotation" "ScalingFactor" "CropXSize" "CropYSize" "ViewType"
+    "RepresentativeImage" "ConvergenceBaseImage" "AssumedDisplaySize" "AssumedDistanceView"
+    "RepresentativeDisparityNear" "RepresentativeDisparityFar" "InitialDisplayEffect"
+    "ConvergenceDistance" "CameraArrangementInterval" "ShootingCount" "Stim:ApplicationData"
+    "Application Data" "Stim:AssumedDisplaySize" "Assumed Display Size" "Stim:AssumedDistanceView"
+    "Assumed Distance View" "Stim:CameraArrangementInterval" "Camera Arrangement Interval"
+    "Stim:ConvergenceBaseImage" "Convergence Base Image" "Stim:ConvergenceBaseImage:0"
+    "Left Viewpoint" "Stim:ConvergenceBaseImage:1" "Right Viewpoint" "Stim:ConvergenceBaseImage:255"
+    "Equivalent for Both Viewpoints" "Stim:ConvergenceDistance" "Convergence Distance"
+    "Stim:CropXCommonOffset" "Crop X Common Offset" "Stim:CropXCommonOffset:0"
+    "Common Offset Setting" "Stim:CropXCommonOffset:1" "Individual Offset Setting"
+    "Stim:CropXOffset" "Crop X Offset" "Stim:CropXOffset2" "Crop X Offset 2" "Stim:CropXSize"
+    "Crop X Size" "Stim:CropXViewpointNumber" "Crop X Viewpoint Number" "Stim:CropXViewpointNumber2"
+    "Crop X Viewpoint Number 2" "Stim:CropYCommonOffset" "Crop Y Common Offset"
+    "Stim:CropYCommonOffset:0" "Stim:CropYCommonOffset:1" "Stim:CropYOffset" "Crop Y Offset"
+    "Stim:CropYOffset2" "Crop Y Offset 2" "Stim:CropYSize" "Crop Y Size" "Stim:CropYViewpointNumber"
+    "Crop Y Viewpoint Number" "Stim:CropYViewpointNumber2" "Crop Y Viewpoint Number 2"
+    "Stim:ImageArrangement" "Image Arrangement" "Stim:ImageArrangement:0" "Parallel View Alignment"
+    "Stim:ImageArrangement:1" "Cross View Alignment" "Stim:ImageRotation" "Image Rotation"
+    "Stim:ImageRotation:1" "Stim:InitialDisplayEffect" "Initial Display Effect"
+    "Stim:InitialDisplayEffect:0" "Stim:InitialDisplayEffect:1" "Stim:RepresentativeDisparityFar"
+    "Representative Disparity Far" "Stim:RepresentativeDisparityNear"
+    "Representative Disparity Near" "Stim:RepresentativeImage" "Representative Image"
+    "Stim:RepresentativeImage:0" "Stim:RepresentativeImage:1" "Stim:ScalingFactor" "Scaling Factor"
+    "Stim:ShootingCount" "Shooting Count" "Stim:StimVersion" "Stim Version" "Stim:ViewType"
+    "View Type" "Stim:ViewType:0" "No Pop-up Effect" "Stim:ViewType:1" "Pop-up Effect"
+    "Bildausrichtung" "Keine" "TheoraVersion" "ImageWidth" "ImageHeight" "XOffset" "YOffset"
+    "FrameRate" "PixelAspectRatio" "NominalVideoBitrate" "PixelFormat" "Theora:ColorSpace"
+    "Theora:ColorSpace:0" "Undefined" "Theora:ColorSpace:1" "Rec. 470M" "Theora:ColorSpace:2"
+    "Rec. 470BG" "Theora:FrameRate" "Frame Rate" "Theora:ImageHeight" "Image Height"
+    "Theora:ImageWidth" "Image Width" "Theora:NominalVideoBitrate" "Nominal Video Bitrate"
+    "Theora:NominalVideoBitrate:0" "Unspecified" "Theora:PixelAspectRatio" "Pixel Aspect Ratio"
+    "Theora:PixelFormat" "Pixel Format" "Theora:PixelFormat:0" "4:2:0" "Theora:PixelFormat:2"
+    "4:2:2" "Theora:PixelFormat:3" "4:4:4" "Theora:Quality" "Theora:TheoraVersion" "Theora Version"
+    "Theora:XOffset" "X Offset" "Theora:YOffset" "Y Offset" "更新速率" "像高" "像宽" "Vitesse"
+    "Hauteur de l'image" "Largeur de l'image" "Ratio d'aspect des pixels" "Nicht definiert"
+    "Bildwechselfrequenz" "Bildhöhe" "Bildbreite" "Pixel-Format" "Frequenza fotogramma"
+    "Altezza immagine" "Larghezza immagine" "Formato pixel" "フレームレート" "画像高さ" "画像幅" "ピクセルフォーマット"
+    "Velocidad del Fotograma" "Alto Imagen" "Ancho Imagen" "Formato Pixel" "EmbeddedVideo" "Trailer"
+    "Trailer:EmbeddedVideo" "Embedded Video" "Trailer:Trailer" "Address" "Anniversary" "Birthday"
+    "Email" "FormattedName" "Gender" "Geolocation" "IMPP" "Language" "Logo" "Name" "Nickname" "Note"
+    "Organization" "Photo" "Software" "Revision" "Sound" "Telephone" "JobTitle" "TimeZone" "UID"
+    "URL" "VCardVersion" "ABDate" "ABLabel" "ABRelatedNames" "AB_UID" "AIM" "ICQ" "SocialProfile"
+    "Acknowledged" "Action" "Attachment" "Attendee" "CalendarScale" "Categories" "Classification"
+    "DateTimeCompleted" "Contact" "DateCreated" "Description" "DateTimeEnd" "DateTimeStamp"
+    "DateTimeStart" "DateTimeDue" "Duration" "ExceptionDateTimes" "FreeBusyTime" "Location" "Method"
+    "Organizer" "PercentComplete" "Priority" "RecurrenceDateTimes" "RecurrenceID" "RelatedTo"
+    "Repeat" "RequestStatus" "Resources" "RecurrenceRule" "Status" "Summary" "TimeTransparency"
+    "Trigger" "TimezoneID" "TimezoneName" "TimezoneOffsetFrom" "TimezoneOffsetTo" "TimeZoneURL"
+    "VCalendarVersion" "CalendarColor" "DefaultAlarm" "LocalDefaultAlarm" "AllDayEvent"
+    "AppointmentSequence" "BusyStatus" "Importance" "InstanceType" "IntendedBusyStatus"
+    "OwnerAppointmentID" "DisallowCounterProposal" "DoNotForwardMeeting" "MeetingLocations"
+    "AlarmUID" "CalendarDescription" "CalendarName" "CalendarID" "TimeZone2" "Body" "CreateDate"
+    "Version" "VCard:ABDate" "AB Date" "VCard:ABLabel" "AB Label" "VCard:ABRelatedNames"
+    "AB Related Names" "VCard:AB_UID" "AB UID" "VCard:AIM" "VCard:Acknowledged" "VCard:Action"
+    "VCard:Address" "VCard:AlarmUID" "Alarm UID" "VCard:AllDayEvent" "All Day Event"
+    "VCard:Anniversary" "VCard:AppointmentSequence" "Appointment Sequence" "VCard:Attachment"
+    "VCard:Attendee" "VCard:Birthday" "VCard:Body" "VCard:BusyStatus" "Busy Status"
+    "VCard:CalendarColor" "Calendar Color" "VCard:CalendarDescription" "Calendar Description"
+    "VCard:CalendarID" "Calendar ID" "VCard:CalendarName" "Calendar Name" "VCard:CalendarScale"
+    "Calendar Scale" "VCard:Categories" "VCard:Classification" "VCard:Comment" "VCard:Contact"
+    "VCard:CreateDate" "Create Date" "VCard:DateCreated" "Date Created" "VCard:DateTimeCompleted"
+    "Date Time Completed" "VCard:DateTimeDue" "Date Time Due" "VCard:DateTimeEnd" "Date Time End"
+    "VCard:DateTimeStamp" "Date Time Stamp" "VCard:DateTimeStart" "Date Time Start"
+    "VCard:DefaultAlarm" "Default Alarm" "VCard:Description" "VCard:DisallowCounterProposal"
+    "Disallow Counter Proposal" "VCard:DoNotForwardMeeting" "Do Not Forward Meeting"
+    "VCard:Duration" "VCard:Email" "VCard:ExceptionDateTimes" "Exception Date Times"
+    "VCard:FormattedName" "Formatted Name" "VCard:FreeBusyTime" "Free Busy Time" "VCard:Gender"
+    "VCard:Geolocation" "VCard:ICQ" "VCard:IMPP" "VCard:Importance" "VCard:Importance:0"
+    "VCard:Importance:1" "VCard:Importance:2" "VCard:InstanceType" "Instance Type"
+    "VCard:InstanceType:0" "Non-recurring Appointment" "VCard:InstanceType:1"
+    "Recurring Appointment" "VCard:InstanceType:2" "Single Instance of Recurring Appointment"
+    "VCard:InstanceType:3" "Exception to Recurring Appointment" "VCard:IntendedBusyStatus"
+    "Intended Busy Status" "VCard:JobTitle" "Job Title" "VCard:Language" "VCard:LocalDefaultAlarm"
+    "Local Default Alarm" "VCard:Location" "VCard:Logo" "VCard:MeetingLocations" "Meeting Locations"
+    "VCard:Method" "VCard:ModifyDate" "VCard:Name" "VCard:Nickname" "VCard:Note"
+    "VCard:Organization" "VCard:Organizer" "VCard:OwnerAppointmentID" "Owner Appointment ID"
+    "VCard:PercentComplete" "Percent Complete" "VCard:Photo" "VCard:Priority"
+    "VCard:RecurrenceDateTimes" "Recurrence Date Times" "VCard:RecurrenceID" "Recurrence ID"
+    "VCard:RecurrenceRule" "Recurrence Rule" "VCard:RelatedTo" "Related To" "VCard:Repeat"
+    "VCard:RequestStatus" "Request Status" "VCard:Resources" "VCard:Revision" "VCard:SequenceNumber"
+    "VCard:SocialProfile" "Social Profile" "VCard:Software" "VCard:Sound" "VCard:Status"
+    "VCard:Summary" "VCard:Telephone" "VCard:TimeTransparency" "Time Transparency" "VCard:TimeZone"
+    "Time Zone" "VCard:TimeZone2" "Time Zone 2" "VCard:TimeZoneURL" "Time Zone URL"
+    "VCard:TimezoneID" "Timezone ID" "VCard:TimezoneName" "Timezone Name" "VCard:TimezoneOffsetFrom"
+    "Timezone Offset From" "VCard:TimezoneOffsetTo" "Timezone Offset To" "VCard:Trigger" "VCard:UID"
+    "VCard:URL" "VCard:VCalendarVersion" "VCalendar Version" "VCard:VCardVersion" "VCard Version"
+    "VCard:Version" "类别" "数字数据产生的日期和时间" "创建日期" "使用软件" "版本" "Adresse" "UID Alarme" "Catégories"
+    "Date de création des données numériques" "Date de création" "Durée" "Géolocalisation" "Langage"
+    "Lieu" "Nom" "Surnom" "Associé à" "Logiciel" "Fuseau horaire" "Fuseau horaire 2"
+    "URL du fuseau horaire" "URL " "Kategorien" "Kontakt" "Digitalisierungsdatum/-uhrzeit"
+    "Erstellungsdatum" "Datum Uhrzeitangabe" "Beschreibung" "Dauer" "E-Mail" "Sprache" "Aufnahmeort"
+    "Organisation" "Zeitzone" "Indirizzo" "Categorie" "Contatto" "Data di creazione" "Descrizione"
+    "Lingua" "Località" "Nome" "Priorità" "Risorse" "Revisione" "Software utilizzato" "Sommario"
+    "Fuso orario" "Numero versione immagine" "カテゴリー" "連絡" "デジタルデータ作成日時" "作成日付" "説明" "撮影場所" "ソフトウェア"
+    "タイムゾーン" "バージョン" "Categorías" "Contacto" "Fecha y Hora de Datos Digital" "Fecha Creación"
+    "Descripción" "Duración" "Cargo" "Idioma" "Localización" "Nombre" "Programa Utilizado"
+    "Versión PrintIM" "Actor" "Album" "Artist" "Composer" "Copyright" "CoverArt" "CoverArtMIMEType"
+    "Date" "Director" "EncodedBy" "EncodedUsing" "Encoder" "EncoderOptions" "Genre" "ISRCNumber"
+    "License" "Performer" "Producer" "ReplayGainAlbumGain" "ReplayGainAlbumPeak"
+    "ReplayGainTrackGain" "ReplayGainTrackPeak" "Title" "TrackNumber" "Vendor" "VorbisVersion"
+    "AudioChannels" "SampleRate" "MaximumBitrate" "NominalBitrate" "MinimumBitrate" "Vorbis:Actor"
+    "Vorbis:Album" "Vorbis:Artist" "Vorbis:AudioChannels" "Audio Channels" "Vorbis:Comment"
+    "Vorbis:Composer" "Vorbis:Contact" "Vorbis:Copyright" "Vorbis:CoverArt" "Cover Art"
+    "Vorbis:CoverArtMIMEType" "Cover Art MIME Type" "Vorbis:Date" "Vorbis:Description"
+    "Vorbis:Director" "Vorbis:EncodedBy" "Encoded By" "Vorbis:EncodedUsing" "Encoded Using"
+    "Vorbis:Encoder" "Vorbis:EncoderOptions" "Encoder Options" "Vorbis:Genre" "Vorbis:ISRCNumber"
+    "ISRC Number" "Vorbis:License" "Vorbis:Location" "Vorbis:MaximumBitrate" "Maximum Bitrate"
+    "Vorbis:MinimumBitrate" "Minimum Bitrate" "Vorbis:NominalBitrate" "Nominal Bitrate"
+    "Vorbis:Organization" "Vorbis:Performer" "Vorbis:Producer" "Vorbis:ReplayGainAlbumGain"
+    "Replay Gain Album Gain" "Vorbis:ReplayGainAlbumPeak" "Replay Gain Album Peak"
+    "Vorbis:ReplayGainTrackGain" "Replay Gain Track Gain" "Vorbis:ReplayGainTrackPeak"
+    "Replay Gain Track Peak" "Vorbis:SampleRate" "Sample Rate" "Vorbis:Title" "Vorbis:TrackNumber"
+    "Track Number" "Vorbis:Vendor" "Vorbis:Version" "Vorbis:VorbisVersion" "Vorbis Version" "相册"
+    "图像作者" "专利拥有者" "标题" "Artiste" "Propriétaire du copyright" "Producteur" "Titre" "Künstler"
+    "Urheberrechtsvermerk" "Datum" "ISRC Nummer" "Lizenz" "Produzent" "Titel" "Attore"
+    "Persona che ha creato l'immagine" "Canali audio" "Compositore" "Titolare del copyright" "Data"
+    "Codificato da" "Codificato usando" "Codificatore" "Genere" "Licenza" "Frequenza campionamento"
+    "Titolo" "アルバム" "画像作成者" "版権所有者" "日付" "タイトル" "Álbum" "Autor" "Canales Audio" "Compositor"
+    "Copyright Perfil" "Fecha" "Codificado por" "Género" "Productor" "Frecuencia muestreo" "Título"
+    "Número Pista" "MediaClassPrimaryID" "MediaClassSecondaryID" "MediaCredits" "MediaIsDelay"
+    "MediaIsFinale" "MediaIsLive" "MediaIsMovie" "MediaIsPremiere" "MediaIsRepeat" "MediaIsSAP"
+    "MediaIsSport" "MediaIsStereo" "MediaIsSubtitled" "MediaIsTape" "MediaNetworkAffiliation"
+    "MediaOriginalBroadcastDateTime" "MediaOriginalChannel" "MediaOriginalChannelSubNumber"
+    "MediaOriginalRunTime" "MediaStationCallSign" "MediaStationName" "MediaThumbAspectRatioX"
+    "MediaThumbAspectRatioY" "MediaThumbHeight" "MediaThumbRatingAttributes" "MediaThumbRatingLevel"
+    "MediaThumbRatingSystem" "MediaThumbRet" "MediaThumbStride" "MediaThumbTimeStamp"
+    "MediaThumbWidth" "OriginalReleaseTime" "ParentalRating" "ParentalRatingReason" "Provider"
+    "ProviderCopyright" "ProviderRating" "Subtitle" "SubtitleDescription" "VideoClosedCaptioning"
+    "ATSCContent" "ActualSoftPostPadding" "ActualSoftPrePadding" "Bitrate" "BrandingImageID"
+    "BrandingName" "ContentProtected" "ContentProtectedPercent" "DTVContent" "EncodeTime" "EndTime"
+    "ExpirationDate" "ExpirationSpan" "HDContent" "HardPostPadding" "HardPrePadding"
+    "InBandRatingAttributes" "InBandRatingLevel" "InBandRatingSystem" "KeepUntil"
+    "OriginalSoftPostPadding" "OriginalSoftPrePadding" "ProgramID" "RequestID" "ScheduleItemID"
+    "SeriesUID" "ServiceID" "Watched" "WTV:ATSCContent" "ATSC Content" "WTV:ATSCContent:0"
+    "WTV:ATSCContent:1" "WTV:ActualSoftPostPadding" "Actual Soft Post Padding"
+    "WTV:ActualSoftPrePadding" "Actual Soft Pre Padding" "WTV:Bitrate" "WTV:BrandingImageID"
+    "Branding Image ID" "WTV:BrandingName" "Branding Name" "WTV:ContentProtected"
+    "Content Protected" "WTV:ContentProtected:0" "WTV:ContentProtected:1"
+    "WTV:ContentProtectedPercent" "Content Protected Percent" "WTV:DTVContent" "DTV Content"
+    "WTV:DTVContent:0" "WTV:DTVContent:1" "WTV:Duration" "WTV:EncodeTime" "Encode Time"
+    "WTV:EndTime" "End Time" "WTV:ExpirationDate" "Expiration Date" "WTV:ExpirationSpan"
+    "Expiration Span" "WTV:Genre" "WTV:HDContent" "HD Content" "WTV:HDContent:0" "WTV:HDContent:1"
+    "WTV:HardPostPadding" "Hard Post Padding" "WTV:HardPrePadding" "Hard Pre Padding"
+    "WTV:InBandRatingAttributes" "In Band Rating Attributes" "WTV:InBandRatingLevel"
+    "In Band Rating Level" "WTV:InBandRatingSystem" "In Band Rating System" "WTV:KeepUntil"
+    "Keep Until" "WTV:Language" "WTV:MediaClassPrimaryID" "Media Class Primary ID"
+    "WTV:MediaClassSecondaryID" "Media Class Secondary ID" "WTV:MediaCredits" "Media Credits"
+    "WTV:MediaIsDelay" "Media Is Delay" "WTV:MediaIsDelay:0" "WTV:MediaIsDelay:1"
+    "WTV:MediaIsFinale" "Media Is Finale" "WTV:MediaIsFinale:0" "WTV:MediaIsFinale:1"
+    "WTV:MediaIsLive" "Media Is Live" "WTV:MediaIsLive:0" "WTV:MediaIsLive:1" "WTV:MediaIsMovie"
+    "Media Is Movie" "WTV:MediaIsMovie:0" "WTV:MediaIsMovie:1" "WTV:MediaIsPremiere"
+    "Media Is Premiere" "WTV:MediaIsPremiere:0" "WTV:MediaIsPremiere:1" "WTV:MediaIsRepeat"
+    "Media Is Repeat" "WTV:MediaIsRepeat:0" "WTV:MediaIsRepeat:1" "WTV:MediaIsSAP" "Media Is SAP"
+    "WTV:MediaIsSAP:0" "WTV:MediaIsSAP:1" "WTV:MediaIsSport" "Media Is Sport" "WTV:MediaIsSport:0"
+    "WTV:MediaIsSport:1" "WTV:MediaIsStereo" "Media Is Stereo" "WTV:MediaIsStereo:0"
+    "WTV:MediaIsStereo:1" "WTV:MediaIsSubtitled" "Media Is Subtitled" "WTV:MediaIsSubtitled:0"
+    "WTV:MediaIsSubtitled:1" "WTV:MediaIsTape" "Media Is Tape" "WTV:MediaIsTape:0"
+    "WTV:MediaIsTape:1" "WTV:MediaNetworkAffiliation" "Media Network Affiliation"
+    "WTV:MediaOriginalBroadcastDateTime" "Media Original Broadcast Date Time"
+    "WTV:MediaOriginalChannel" "Media Original Channel" "WTV:MediaOriginalChannelSubNumber"
+    "Media Original Channel Sub Number" "WTV:MediaOriginalRunTime" "Media Original Run Time"
+    "WTV:MediaStationCallSign" "Media Station Call Sign" "WTV:MediaStationName" "Media Station Name"
+    "WTV:MediaThumbAspectRatioX" "Media Thumb Aspect Ratio X" "WTV:MediaThumbAspectRatioY"
+    "Media Thumb Aspect Ratio Y" "WTV:MediaThumbHeight" "Media Thumb Height"
+    "WTV:MediaThumbRatingAttributes" "Media Thumb Rating Attributes" "WTV:MediaThumbRatingLevel"
+    "Media Thumb Rating Level" "WTV:MediaThumbRatingSystem" "Media Thumb Rating System"
+    "WTV:MediaThumbRet" "Media Thumb Ret" "WTV:MediaThumbStride" "Media Thumb Stride"
+    "WTV:MediaThumbTimeStamp" "Media Thumb Time Stamp" "WTV:MediaThumbWidth" "Media Thumb Width"
+    "WTV:OriginalReleaseTime" "Original Release Time" "WTV:OriginalSoftPostPadding"
+    "Original Soft Post Padding" "WTV:OriginalSoftPrePadding" "Original Soft Pre Padding"
+    "WTV:ParentalRating" "Parental Rating" "WTV:ParentalRatingReason" "Parental Rating Reason"
+    "WTV:ProgramID" "Program ID" "WTV:Provider" "WTV:ProviderCopyright" "Provider Copyright"
+    "WTV:ProviderRating" "Provider Rating" "WTV:Quality" "WTV:RequestID" "Request ID"
+    "WTV:ScheduleItemID" "Schedule Item ID" "WTV:SeriesUID" "Series UID" "WTV:ServiceID"
+    "Service ID" "WTV:Subtitle" "WTV:SubtitleDescription" "Subtitle Description" "WTV:Title"
+    "WTV:VideoClosedCaptioning" "Video Closed Captioning" "WTV:VideoClosedCaptioning:0"
+    "WTV:VideoClosedCaptioning:1" "WTV:Watched" "WTV:Watched:0" "WTV:Watched:1" "Date d'expiration"
+    "Regardé" "Ablaufdatum" "Ora fine" "Data scadenza" "Ora di rilascio originale" "ID servizio"
+    "Sottotitolo" "有効日付" "Fecha Expiración" "Proveedor" "Copyright Proveedor" "Subtitulo"
+    "Descripción Subtitulo" "XML" "Caption" "Keywords" "People" "Places" "Tool_Name" "Tool_Version"
+    "TimeStampList" "FilterParametersBinary" "FilterParametersCustomCustomData"
+    "FilterParametersExportExportData" "AppVersion" "Application" "Characters"
+    "CharactersWithSpaces" "CheckedBy" "Client" "Company" "DateCompleted" "Department" "Destination"
+    "Disposition" "Division" "DocSecurity" "DocumentNumber" "Editor" "ForwardTo" "Group"
+    "HeadingPairs" "HiddenSlides" "HyperlinkBase" "HyperlinksChanged" "Lines" "LinksUpToDate"
+    "MMClips" "Mailstop" "Manager" "Matter" "Notes" "Office" "Owner" "Pages" "Paragraphs"
+    "PresentationFormat" "Project" "Publisher" "Purpose" "ReceivedFrom" "RecordedBy" "RecordedDate"
+    "Reference" "ScaleCrop" "SharedDoc" "Slides" "Source" "TelephoneNumber" "Template"
+    "TitlesOfParts" "TotalEditTime" "Typist" "Words" "Category" "CreatedType" "LastModifiedBy"
+    "LastPrinted" "ModifiedType" "RevisionNumber" "XMLFileType" "Cast" "Codirectors" "Directors"
+    "Producers" "Screenwriters" "Studio" "Abstract" "AccessRights" "Authors"
+    "BibliographicReferences" "BriefDescription" "CompressionCodecs" "CompressionLevel"
+    "Contributors" "CreatorApplication" "CreatorModule" "CreatorOS" "ImageBounds" "ImageData"
+    "ImageGeometry" "ICC_Profile" "ICCProfileLocation" "ImageID" "ImageType" "ImageLocation"
+    "ImagePixelOffset" "ImagePixelStorage" "XResolution" "ResolutionUnit" "YResolution"
+    "ImageSampleFormat" "UUID" "Languages" "RelatedResources" "LastUpdate" "Author" "Projects"
+    "false" "true" "XML:Abstract" "XML:AccessRights" "Access Rights" "XML:Album" "XML:AppVersion"
+    "App Version" "XML:Application" "XML:Author" "XML:Authors" "XML:BibliographicReferences"
+    "Bibliographic References" "XML:BriefDescription" "Brief Description" "XML:Caption" "XML:Cast"
+    "XML:Category" "XML:Characters" "XML:CharactersWithSpaces" "Characters With Spaces"
+    "XML:CheckedBy" "Checked By" "XML:Client" "XML:Codirectors" "XML:ColorSpace" "XML:Comment"
+    "XML:Company" "XML:CompressionCodecs" "Compression Codecs" "XML:CompressionLevel"
+    "Compression Level" "XML:Contributors" "XML:Copyright" "XML:CreateDate" "XML:CreatedType"
+    "Created Type" "XML:CreatorApplication" "Creator Application" "XML:CreatorModule"
+    "Creator Module" "XML:CreatorOS" "Creator OS" "XML:Date" "XML:DateCompleted" "Date Completed"
+    "XML:DateTimeOriginal" "XML:Department" "XML:Description" "XML:Destination" "XML:Directors"
+    "XML:Disposition" "XML:Division" "XML:DocSecurity" "Doc Security" "XML:DocSecurity:0"
+    "XML:DocSecurity:1" "Password protected" "XML:DocSecurity:2" "Read-only recommended"
+    "XML:DocSecurity:4" "Read-only enforced" "XML:DocSecurity:8" "Locked for annotations"
+    "XML:DocumentNumber" "Document Number" "XML:Duration" "XML:Editor" "XML:FilterParametersBinary"
+    "Filter Parameters Binary" "XML:FilterParametersCustomCustomData"
+    "Filter Parameters Custom Custom Data" "XML:FilterParametersExportExportData"
+    "Filter Parameters Export Export Data" "XML:ForwardTo" "Forward To" "XML:GPSLatitude"
+    "XML:GPSLongitude" "XML:GPSMapDatum" "XML:Group" "XML:HeadingPairs" "Heading Pairs"
+    "XML:HiddenSlides" "Hidden Slides" "XML:HyperlinkBase" "Hyperlink Base" "XML:HyperlinksChanged"
+    "Hyperlinks Changed" "XML:HyperlinksChanged:false" "XML:HyperlinksChanged:true"
+    "XML:ICCProfileLocation" "ICC Profile Location" "XML:ICC_Profile" "ICC Profile"
+    "XML:ImageBounds" "Image Bounds" "XML:ImageData" "Image Data" "XML:ImageGeometry"
+    "Image Geometry" "XML:ImageID" "Image ID" "XML:ImageLocation" "Image Location"
+    "XML:ImagePixelOffset" "Image Pixel Offset" "XML:ImagePixelStorage" "Image Pixel Storage"
+    "XML:ImageSampleFormat" "Image Sample Format" "XML:ImageType" "Image Type" "XML:Keywords"
+    "XML:Language" "XML:Languages" "XML:LastModifiedBy" "Last Modified By" "XML:LastPrinted"
+    "Last Printed" "XML:LastUpdate" "Last Update" "XML:License" "XML:Lines" "XML:LinksUpToDate"
+    "Links Up To Date" "XML:LinksUpToDate:false" "XML:LinksUpToDate:true" "XML:MMClips" "MM Clips"
+    "XML:Mailstop" "XML:Manager" "XML:Matter" "XML:ModifiedType" "Modified Type" "XML:ModifyDate"
+    "XML:Name" "XML:Notes" "XML:Office" "XML:Orientation" "XML:Owner" "XML:Pages" "XML:Paragraphs"
+    "XML:People" "XML:Places" "XML:PresentationFormat" "Presentation Format" "XML:Producers"
+    "XML:Project" "XML:Projects" "XML:Publisher" "XML:Purpose" "XML:ReceivedFrom" "Received From"
+    "XML:RecordedBy" "Recorded By" "XML:RecordedDate" "Recorded Date" "XML:Reference"
+    "XML:RelatedResources" "Related Resources" "XML:ResolutionUnit" "Resolution Unit"
+    "XML:RevisionNumber" "Revision Number" "XML:ScaleCrop" "Scale Crop" "XML:ScaleCrop:false"
+    "XML:ScaleCrop:true" "XML:Screenwriters" "XML:SharedDoc" "Shared Doc" "XML:SharedDoc:false"
+    "XML:SharedDoc:true" "XML:Slides" "XML:Source" "XML:Status" "XML:Studio" "XML:TelephoneNumber"
+    "Telephone Number" "XML:Template" "XML:TimeStampList" "Time Stamp List" "XML:Title"
+    "XML:TitlesOfParts" "Titles Of Parts" "XML:Tool_Name" "Tool Name" "XML:Tool_Version"
+    "Tool Version" "XML:TotalEditTime" "Total Edit Time" "XML:Typist" "XML:UUID" "XML:Words"
+    "XML:XML" "XML:XMLFileType" "XML File Type" "XML:XResolution" "X Resolution" "XML:YResolution"
+    "Y Resolution" "作者" "关键字" "图像高宽分辨率单位" "来源" "Auteur" "Catégorie" "Application du créateur"
+    "Déplacer vers" "Profil de couleur ICC d'entrée" "ID de l'image" "Type de l'image" "Mots-clés"
+    "Propriétaire" "Personnes" "Editeur" "Unité de résolutions" "Numéro de révision"
+    "Résolution horizontale de l'image" "Résolution verticale de l'image" "Bildtext" "Kategorie"
+    "Komprimierungsgrad" "Mitwirkende" "Ersteller der Applikation" "Ziel" "Dokumentensicherheit"
+    "Passwort geschützt" "Nur Lesen - vorgeschlagen" "Nur Lesen - erzwungen"
+    "Gesperrt für Anmerkungen" "ICC-Profil" "Bildtyp" "Schlüsselwörter" "Hinweise" "Besitzer"
+    "Seiten" "Menschen" "Herausgeber" "Einheit der X- und Y-Auflösung" "Revisionsnummer" "Quelle"
+    "Horizontale Bildauflösung" "Vertikale Bildauflösung" "Autore" "Categoria" "Caratteri"
+    "Caratteri con spazi" "Livello di compressione" "Destinazione" "ID Immagine" "Tipo immagine"
+    "Parole chiave" "Linee" "Progetto" "Progetti" "Editore" "Scopo" "Riferimento"
+    "Unità risoluzione" "Numero revisione" "Origine" "Modello" "Titoli parti"
+    "Risoluzione orizzontale immagine" "Risoluzione verticale immagine" "宛先" "ICC入力色プロフィール" "イメージID"
+    "ページ" "キーワード" "人々" "XとY解像度単位" "ソース" "画像幅の解像度" "画像高さの解像度" "Categoría" "Nivel Compresión"
+    "Destino" "Perfil Color Entrada ICC" "ID Imagen" "Tipo Imagen" "Clave" "Propietario" "Proyectos"
+    "Unidad de Resolución de X e Y" "Número Revisión" "Fuente" "Resolución Imagen Horizontal"
+    "Resolución Imagen Vertical";
 
 // Sony: 547 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSony[] = {
-    {{0, 6}, TagType::int8u, 2, 0, 0, 3},
-    {{6, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{26, 9}, TagType::int32s, 2, 0, 5, 14},
-    {{35, 7}, TagType::int8u, 2, 0, 19, 96},
-    {{42, 14}, TagType::int8u, 2, 0, 19, 96},
-    {{56, 23}, TagType::int8u, 2, 0, 115, 96},
-    {{79, 10}, TagType::int32s, 2, 0, 211, 15},
-    {{89, 12}, TagType::int32s, 2, 10, 226, 65},
-    {{101, 15}, TagType::int32s, 2, 0, 291, 68},
-    {{116, 10}, TagType::int8s, 2, 0, 0, 0},
-    {{126, 18}, TagType::int16s, 2, 0, 3, 2},
-    {{144, 12}, TagType::int16s, 2, 0, 3, 2},
-    {{156, 18}, TagType::int16s, 2, 0, 3, 2},
-    {{174, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{189, 21}, TagType::int16s, 2, 0, 3, 2},
-    {{210, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{227, 24}, TagType::int16s, 2, 0, 3, 2},
-    {{251, 16}, TagType::int16s, 2, 0, 3, 2},
-    {{267, 24}, TagType::int16s, 2, 0, 3, 2},
-    {{291, 19}, TagType::int16s, 2, 0, 3, 2},
-    {{310, 22}, TagType::int16s, 2, 0, 3, 2},
-    {{332, 22}, TagType::int16s, 2, 0, 3, 2},
-    {{354, 16}, TagType::int16s, 2, 0, 3, 2},
-    {{370, 19}, TagType::int16s, 2, 0, 3, 2},
-    {{389, 13}, TagType::int16s, 2, 0, 3, 2},
-    {{402, 19}, TagType::int16s, 2, 0, 3, 2},
-    {{421, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{441, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{461, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{481, 28}, TagType::int16s, 2, 0, 3, 2},
-    {{509, 25}, TagType::int16s, 2, 0, 3, 2},
-    {{534, 22}, TagType::int16s, 2, 0, 3, 2},
-    {{556, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{576, 28}, TagType::int16s, 2, 0, 3, 2},
-    {{604, 26}, TagType::int16s, 2, 0, 3, 2},
-    {{630, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{650, 26}, TagType::int16s, 2, 0, 3, 2},
-    {{676, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{699, 21}, TagType::int16s, 2, 0, 3, 2},
-    {{720, 29}, TagType::int16s, 2, 0, 3, 2},
-    {{749, 26}, TagType::int16s, 2, 0, 3, 2},
-    {{775, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{798, 21}, TagType::int16s, 2, 0, 3, 2},
-    {{819, 29}, TagType::int16s, 2, 0, 3, 2},
-    {{848, 24}, TagType::int16s, 2, 0, 3, 2},
-    {{872, 27}, TagType::int16s, 2, 0, 3, 2},
-    {{899, 21}, TagType::int16s, 2, 0, 3, 2},
-    {{920, 27}, TagType::int16s, 2, 0, 3, 2},
-    {{947, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{961, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{975, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{989, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1003, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1017, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1031, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1045, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1059, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1073, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1087, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1101, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1115, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1129, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1143, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1157, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1171, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1185, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1199, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1213, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1227, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1241, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1255, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1269, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1283, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1297, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1311, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1334, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1357, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1380, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1403, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1426, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1449, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1472, 30}, TagType::int16s, 2, 0, 3, 2},
-    {{1502, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1525, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1548, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1571, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1594, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1617, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1640, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{1663, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1677, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1691, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1705, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1719, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1733, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1747, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1761, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1775, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1789, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1803, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1817, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1831, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1845, 21}, TagType::int16s, 2, 0, 3, 2},
-    {{1866, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1880, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1894, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1908, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1922, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1936, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1950, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1964, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1978, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{1992, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2006, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2020, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2034, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2048, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2063, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2078, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2093, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2108, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2123, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2138, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2153, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2168, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2183, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2198, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2213, 15}, TagType::int16s, 2, 0, 3, 2},
-    {{2228, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2242, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2256, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2270, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2284, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2298, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2312, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2326, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2340, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2354, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2368, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2382, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2396, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2410, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2424, 26}, TagType::int16s, 2, 0, 3, 2},
-    {{2450, 8}, TagType::string, 2, 8, 0, 0},
-    {{2458, 16}, TagType::int32s, 2, 0, 359, 10},
-    {{2474, 15}, TagType::int8u, 2, 0, 369, 159},
-    {{2489, 25}, TagType::int16s, 2, 0, 3, 2},
-    {{2514, 14}, TagType::int16s, 2, 0, 3, 2},
-    {{2528, 26}, TagType::int16s, 2, 0, 3, 2},
-    {{2554, 16}, TagType::int16s, 2, 0, 3, 2},
-    {{2570, 25}, TagType::int16s, 2, 0, 3, 2},
-    {{2595, 16}, TagType::int16s, 2, 0, 3, 2},
-    {{2611, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{2628, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{2645, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{2662, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{2685, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{2702, 22}, TagType::int16s, 2, 0, 3, 2},
-    {{2724, 11}, TagType::int16s, 2, 0, 3, 2},
-    {{2735, 23}, TagType::int16s, 2, 0, 3, 2},
-    {{2758, 18}, TagType::int16s, 2, 0, 3, 2},
-    {{2776, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{2791, 14}, TagType::int8u, 2, 0, 528, 2},
-    {{2805, 26}, TagType::int8u, 2, 0, 0, 0},
-    {{2831, 17}, TagType::int16s, 2, 0, 3, 2},
-    {{2848, 20}, TagType::int16s, 2, 0, 3, 2},
-    {{2868, 24}, TagType::int16s, 2, 0, 3, 2},
-    {{2892, 16}, TagType::int16s, 2, 0, 3, 2},
-    {{2908, 19}, TagType::int16s, 2, 0, 3, 2},
-    {{2927, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{2938, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{2957, 11}, TagType::int32s, 2, 0, 530, 7},
-    {{2968, 12}, TagType::float_, 2, 0, 0, 0},
-    {{2980, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{2987, 13}, TagType::int16u, 2, 0, 528, 2},
-    {{3000, 23}, TagType::int32s, 2, 0, 0, 0},
-    {{3023, 9}, TagType::int32s, 2, 0, 537, 30},
-    {{3032, 19}, TagType::int32s, 2, 0, 567, 56},
-    {{3051, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{3071, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{3090, 26}, TagType::int32s, 2, 0, 0, 0},
-    {{3116, 22}, TagType::int16u, 2, 0, 0, 0},
-    {{3138, 29}, TagType::int16u, 2, 0, 0, 0},
-    {{3167, 12}, TagType::int32s, 2, 0, 623, 27},
-    {{3179, 14}, TagType::int16u, 2, 0, 650, 11},
-    {{3193, 9}, TagType::int32s, 2, 0, 661, 12},
-    {{3202, 20}, TagType::int32s, 2, 0, 0, 0},
-    {{3222, 12}, TagType::int32s, 2, 0, 673, 6},
-    {{3234, 10}, TagType::int32s, 2, 0, 679, 2},
-    {{3244, 25}, TagType::int32s, 2, 0, 681, 4},
-    {{3269, 26}, TagType::int32s, 2, 0, 0, 0},
-    {{3295, 13}, TagType::string, 2, 0, 685, 40},
-    {{3308, 10}, TagType::int32s, 2, 0, 725, 5},
-    {{3318, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{3327, 8}, TagType::int32s, 2, 0, 0, 0},
-    {{3335, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{3345, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{3362, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{3372, 12}, TagType::int32s, 2, 0, 730, 3},
-    {{3384, 27}, TagType::int16u, 2, 0, 528, 2},
-    {{3411, 13}, TagType::int16u, 2, 0, 733, 3},
-    {{3424, 13}, TagType::int16u, 2, 0, 528, 2},
-    {{3437, 26}, TagType::int32s, 2, 0, 736, 7},
-    {{3463, 21}, TagType::int32s, 2, 0, 743, 9},
-    {{3484, 10}, TagType::int16u, 2, 0, 752, 15},
-    {{3494, 15}, TagType::int16u, 2, 0, 528, 2},
-    {{3509, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{3528, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{3543, 25}, TagType::int32s, 2, 0, 528, 2},
-    {{3568, 11}, TagType::int32s, 2, 0, 681, 4},
-    {{3579, 8}, TagType::int32s, 2, 0, 730, 3},
-    {{3587, 6}, TagType::int32s, 2, 0, 767, 2},
-    {{3593, 12}, TagType::int32s, 2, 0, 769, 10},
-    {{3605, 12}, TagType::int32s, 2, 0, 779, 6},
-    {{3617, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{3629, 13}, TagType::int32s, 2, 0, 785, 9},
-    {{3642, 11}, TagType::int32s, 2, 0, 794, 7},
-    {{3653, 7}, TagType::int32s, 2, 2, 801, 30},
-    {{3660, 23}, TagType::int16u, 2, 0, 831, 2},
-    {{3683, 15}, TagType::int32s, 2, 0, 833, 3},
-    {{3698, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{3710, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{3721, 18}, TagType::int32s, 2, 3, 0, 0},
-    {{3739, 16}, TagType::int8u, 2, 0, 836, 11},
-    {{3755, 28}, TagType::int8u, 2, 0, 847, 3},
-    {{3783, 20}, TagType::int8u, 2, 0, 850, 6},
-    {{3803, 15}, TagType::int8s, 2, 0, 0, 0},
-    {{3818, 17}, TagType::int8s, 2, 0, 0, 0},
-    {{3835, 16}, TagType::int8s, 2, 0, 0, 0},
-    {{3851, 23}, TagType::int8u, 2, 0, 0, 0},
-    {{3874, 16}, TagType::int8u, 2, 0, 856, 3},
-    {{3890, 10}, TagType::int8u, 2, 0, 859, 10},
-    {{3900, 8}, TagType::int8u, 2, 0, 869, 9},
-    {{3908, 11}, TagType::int8u, 2, 0, 878, 3},
-    {{3919, 13}, TagType::int8u, 2, 0, 881, 4},
-    {{3932, 12}, TagType::int8u, 2, 0, 885, 2},
-    {{3944, 17}, TagType::int8u, 2, 0, 767, 2},
-    {{3961, 22}, TagType::int8u, 2, 0, 887, 4},
-    {{3983, 24}, TagType::int32s, 2, 0, 891, 4},
-    {{4007, 17}, TagType::int8u, 2, 0, 730, 3},
-    {{4024, 14}, TagType::int8u, 2, 0, 681, 4},
-    {{4038, 15}, TagType::int8u, 2, 0, 885, 2},
-    {{4053, 16}, TagType::int8u, 2, 0, 895, 3},
-    {{4069, 12}, TagType::int8u, 2, 0, 898, 4},
-    {{4081, 19}, TagType::int8u, 2, 0, 767, 2},
-    {{4100, 19}, TagType::int8u, 2, 0, 0, 3},
-    {{4119, 17}, TagType::int8u, 2, 0, 833, 3},
-    {{4136, 9}, TagType::int8u, 2, 0, 902, 6},
-    {{4145, 14}, TagType::int32s, 2, 0, 908, 3},
-    {{4159, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{4182, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{4200, 19}, TagType::int16u, 0, 0, 0, 0},
-    {{4219, 9}, TagType::string, 2, 0, 911, 244},
-    {{4228, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{4245, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{4263, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{4281, 14}, TagType::string, 2, 4, 0, 0},
-    {{4295, 14}, TagType::string, 0, 4, 0, 0},
-    {{4309, 19}, TagType::int8u, 2, 0, 1155, 5},
-    {{4328, 16}, TagType::int8u, 2, 4, 0, 0},
-    {{4344, 18}, TagType::int32s, 2, 0, 1160, 4},
-    {{4362, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{4377, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{4392, 16}, TagType::int8u, 2, 0, 1164, 8},
-    {{4408, 23}, TagType::int8u, 2, 0, 1172, 4},
-    {{4431, 17}, TagType::int8u, 2, 0, 1176, 6},
-    {{4448, 13}, TagType::int32s, 2, 0, 1182, 10},
-    {{4461, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4474, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4487, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4500, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4513, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4526, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4539, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4552, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{4565, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{4574, 9}, TagType::int16u, 2, 0, 0, 0},
-    {{4583, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4605, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4627, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4649, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4671, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4693, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4715, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4737, 22}, TagType::int16u, 2, 4, 0, 0},
-    {{4759, 10}, TagType::int8u, 2, 0, 1192, 24},
-    {{4769, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{4786, 22}, TagType::int8u, 2, 0, 730, 3},
-    {{4808, 18}, TagType::int8u, 2, 0, 0, 0},
-    {{4826, 28}, TagType::int8u, 2, 0, 730, 3},
-    {{4854, 25}, TagType::int8u, 2, 0, 0, 0},
-    {{4879, 3}, TagType::int32s, 2, 0, 0, 0},
-    {{4882, 12}, TagType::int32u, 2, 0, 0, 0},
-    {{4894, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{4907, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{4917, 10}, TagType::int8u, 2, 0, 0, 0},
-    {{4927, 17}, TagType::rational64s, 2, 0, 0, 0},
-    {{4944, 13}, TagType::int32u, 2, 0, 1216, 9},
-    {{4957, 14}, TagType::string, 2, 0, 528, 2},
-    {{4971, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{4991, 21}, TagType::int16u, 2, 0, 0, 0},
-    {{5012, 12}, TagType::imagedata, 2, 0, 0, 0},
-    {{5024, 6}, TagType::int32u, 2, 0, 0, 0},
-    {{5030, 3}, TagType::int32u, 2, 2, 1225, 17},
-    {{5033, 13}, TagType::int16u, 2, 0, 1242, 36},
-    {{5046, 14}, TagType::int32u, 2, 0, 1278, 5},
-    {{5060, 10}, TagType::string, 0, 0, 0, 0},
-    {{5070, 20}, TagType::int32u, 2, 0, 1283, 3},
-    {{5090, 26}, TagType::int32u, 2, 0, 1283, 3},
-    {{5116, 27}, TagType::int32u, 2, 0, 1283, 3},
-    {{5143, 12}, TagType::int32s, 2, 2, 0, 0},
-    {{5155, 18}, TagType::int16u, 2, 0, 528, 2},
-    {{5173, 29}, TagType::int32u, 2, 0, 528, 2},
-    {{5202, 17}, TagType::int8u, 2, 0, 1286, 8},
-    {{5219, 20}, TagType::int16u, 2, 2, 0, 0},
-    {{5239, 10}, TagType::int8u, 2, 0, 730, 3},
-    {{5249, 22}, TagType::int8u, 2, 0, 1294, 1},
-    {{5271, 18}, TagType::int32u, 2, 0, 528, 2},
-    {{5289, 20}, TagType::int32s, 0, 2, 0, 0},
-    {{5309, 13}, TagType::int16u, 2, 4, 0, 0},
-    {{5322, 21}, TagType::int16u, 2, 2, 1295, 5},
-    {{5343, 11}, TagType::int16u, 2, 0, 1300, 4},
-    {{5354, 16}, TagType::int8u, 2, 0, 730, 3},
-    {{5370, 13}, TagType::int16u, 2, 0, 1304, 6},
-    {{5383, 26}, TagType::rational64s, 2, 0, 0, 0},
-    {{5409, 14}, TagType::string, 2, 0, 1310, 1},
-    {{5423, 12}, TagType::string, 2, 0, 0, 0},
-    {{5435, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{5442, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{5452, 4}, TagType::int32s, 2, 0, 0, 0},
-    {{5456, 14}, TagType::int32s, 2, 0, 0, 0},
-    {{5470, 7}, TagType::int32s, 2, 0, 0, 0},
-    {{5477, 14}, TagType::int16u, 0, 3, 0, 0},
-    {{5491, 15}, TagType::int16u, 2, 0, 733, 3},
-    {{5506, 14}, TagType::int16u, 2, 4, 0, 0},
-    {{5520, 11}, TagType::string, 0, 0, 0, 0},
-    {{5531, 11}, TagType::string, 0, 0, 0, 0},
-    {{5542, 11}, TagType::string, 0, 0, 0, 0},
-    {{5553, 11}, TagType::string, 0, 0, 0, 0},
-    {{5564, 11}, TagType::string, 0, 0, 0, 0},
-    {{5575, 11}, TagType::string, 0, 0, 0, 0},
-    {{5586, 11}, TagType::string, 0, 0, 0, 0},
-    {{5597, 11}, TagType::string, 0, 0, 0, 0},
-    {{5608, 11}, TagType::string, 0, 0, 0, 0},
-    {{5619, 11}, TagType::string, 0, 0, 0, 0},
-    {{5630, 11}, TagType::string, 0, 0, 0, 0},
-    {{5641, 11}, TagType::string, 0, 0, 0, 0},
-    {{5652, 11}, TagType::string, 0, 0, 0, 0},
-    {{5663, 11}, TagType::string, 0, 0, 0, 0},
-    {{5674, 11}, TagType::string, 0, 0, 0, 0},
-    {{5685, 11}, TagType::string, 0, 0, 0, 0},
-    {{5696, 10}, TagType::int8u, 2, 4, 1311, 14},
-    {{5706, 11}, TagType::int16u, 2, 0, 1325, 102},
-    {{5717, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{5733, 23}, TagType::int32u, 2, 0, 0, 0},
-    {{5756, 9}, TagType::int32u, 2, 0, 1427, 25},
-    {{5765, 12}, TagType::int32u, 2, 0, 730, 3},
-    {{5777, 21}, TagType::int32s, 2, 0, 1452, 18},
-    {{5798, 8}, TagType::string, 2, 0, 1470, 431},
-    {{5806, 9}, TagType::int32u, 2, 0, 1901, 26},
-    {{5815, 13}, TagType::int32u, 2, 2, 0, 0},
-    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},
-    {{5844, 5}, TagType::int16u, 2, 0, 1300, 4},
-    {{5849, 12}, TagType::int16u, 2, 0, 1927, 31},
-    {{5861, 11}, TagType::int16u, 2, 0, 1300, 4},
-    {{5872, 10}, TagType::int16s, 2, 0, 1958, 20},
-    {{5882, 11}, TagType::int16u, 2, 0, 1978, 6},
-    {{5893, 9}, TagType::int16u, 2, 0, 1300, 4},
-    {{5902, 22}, TagType::int16u, 2, 0, 1984, 5},
-    {{5924, 15}, TagType::int32s, 2, 0, 730, 3},
-    {{5939, 14}, TagType::string, 2, 90, 0, 0},
-    {{5953, 14}, TagType::string, 2, 90, 0, 0},
-    {{5967, 14}, TagType::string, 2, 90, 0, 0},
-    {{5981, 14}, TagType::string, 2, 90, 0, 0},
-    {{5995, 14}, TagType::string, 2, 90, 0, 0},
-    {{6009, 14}, TagType::string, 2, 90, 0, 0},
-    {{6023, 14}, TagType::string, 2, 90, 0, 0},
-    {{6037, 14}, TagType::string, 2, 110, 0, 0},
-    {{6051, 14}, TagType::string, 2, 110, 0, 0},
-    {{6065, 14}, TagType::string, 2, 110, 0, 0},
-    {{6079, 14}, TagType::string, 2, 110, 0, 0},
-    {{6093, 14}, TagType::string, 2, 110, 0, 0},
-    {{6107, 14}, TagType::string, 2, 110, 0, 0},
-    {{6121, 14}, TagType::string, 2, 110, 0, 0},
-    {{6135, 14}, TagType::string, 2, 110, 0, 0},
-    {{6149, 14}, TagType::string, 2, 110, 0, 0},
-    {{6163, 10}, TagType::int32u, 2, 0, 0, 0},
-    {{6173, 22}, TagType::int32u, 2, 0, 0, 0},
-    {{6195, 17}, TagType::int16urev, 2, 2, 0, 0},
-    {{6212, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{6227, 16}, TagType::int8u, 2, 0, 730, 3},
-    {{6243, 12}, TagType::int8u, 2, 0, 0, 0},
-    {{6255, 21}, TagType::int16s, 2, 0, 0, 0},
-    {{6276, 21}, TagType::int16s, 2, 0, 0, 0},
-    {{6297, 12}, TagType::int8u, 2, 0, 1989, 4},
-    {{6309, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{6323, 10}, TagType::int8u, 2, 0, 528, 2},
-    {{6333, 19}, TagType::int8u, 2, 0, 1993, 5},
-    {{6352, 11}, TagType::int8u, 2, 0, 1998, 8},
-    {{6363, 7}, TagType::string, 0, 0, 0, 0},
-    {{6370, 17}, TagType::string, 0, 0, 0, 0},
-    {{6387, 15}, TagType::string, 0, 0, 0, 0},
-    {{6402, 17}, TagType::int8s, 2, 0, 0, 0},
-    {{6419, 16}, TagType::string, 0, 0, 0, 0},
-    {{6435, 9}, TagType::string, 8, 0, 0, 0},
-    {{6444, 9}, TagType::string, 8, 0, 0, 0},
-    {{6453, 18}, TagType::string, 0, 0, 528, 2},
-    {{6471, 15}, TagType::int32u, 0, 0, 0, 0},
-    {{6486, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{6502, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{6516, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{6531, 11}, TagType::int8u, 0, 0, 681, 4},
-    {{6542, 12}, TagType::int8u, 0, 0, 2006, 3},
-    {{6554, 7}, TagType::string, 0, 19, 0, 0},
-    {{6561, 16}, TagType::int8u, 0, 6, 0, 0},
-    {{6577, 10}, TagType::int8u, 0, 6, 0, 0},
-    {{6587, 20}, TagType::int16s, 2, 0, 0, 0},
-    {{6607, 5}, TagType::int8u, 0, 0, 528, 2},
-    {{6612, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{6629, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{6647, 17}, TagType::int32u, 2, 0, 528, 2},
-    {{6664, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{6680, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{6695, 17}, TagType::int32u, 2, 0, 0, 0},
-    {{6712, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{6730, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{6748, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{6767, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{6786, 20}, TagType::int32u, 2, 0, 0, 0},
-    {{6806, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{6820, 12}, TagType::string, 2, 20, 0, 0},
-    {{6832, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{6846, 11}, TagType::string, 2, 16, 0, 0},
-    {{6857, 12}, TagType::int8u, 2, 0, 2009, 7},
-    {{6869, 12}, TagType::int32s, 2, 0, 2016, 23},
-    {{6881, 9}, TagType::int8u, 2, 0, 730, 3},
-    {{6890, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{6907, 14}, TagType::int8u, 2, 0, 2039, 25},
-    {{6921, 14}, TagType::int8u, 2, 0, 2064, 14},
-    {{6935, 8}, TagType::int8u, 2, 0, 2078, 6},
-    {{6943, 12}, TagType::int16u, 2, 3, 0, 0},
-    {{6955, 19}, TagType::int32u, 2, 0, 0, 0},
-    {{6974, 18}, TagType::int32u, 2, 0, 0, 0},
-    {{6992, 7}, TagType::int16u, 2, 0, 0, 0},
-    {{6999, 20}, TagType::int16s, 2, 16, 0, 0},
-    {{7019, 16}, TagType::int8u, 2, 0, 0, 0},
-    {{7035, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{7049, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{7063, 10}, TagType::int8u, 2, 0, 730, 3},
-    {{7073, 27}, TagType::int8u, 2, 0, 528, 2},
-    {{7100, 26}, TagType::int8u, 2, 0, 2084, 2},
-    {{7126, 21}, TagType::int16u, 2, 2, 0, 0},
-    {{7147, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7173, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7199, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7225, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7251, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7277, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7303, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7329, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7355, 26}, TagType::int16u, 2, 2, 0, 0},
-    {{7381, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7408, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7435, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7462, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7489, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7516, 27}, TagType::int16u, 2, 2, 0, 0},
-    {{7543, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{7558, 15}, TagType::int8u, 2, 0, 0, 0},
-    {{7573, 7}, TagType::int16u, 2, 3, 2086, 1},
-    {{7580, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{7596, 11}, TagType::int16u, 2, 0, 0, 0},
-    {{7607, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{7620, 13}, TagType::string, 2, 6, 0, 0},
-    {{7633, 20}, TagType::int8u, 2, 6, 0, 0},
-    {{7653, 16}, TagType::int8u, 2, 0, 528, 2},
-    {{7669, 16}, TagType::string, 2, 2, 0, 0},
-    {{7685, 13}, TagType::int32u, 2, 0, 0, 0},
-    {{7698, 11}, TagType::int8u, 2, 0, 528, 2},
-    {{7709, 14}, TagType::int8u, 2, 0, 2087, 14},
-    {{7723, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{7739, 11}, TagType::int8u, 2, 0, 2101, 2},
-    {{7750, 7}, TagType::int8u, 2, 0, 0, 0},
-    {{7757, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{7766, 18}, TagType::int8s, 2, 0, 0, 0},
-    {{7784, 9}, TagType::int8u, 2, 0, 0, 0},
-    {{7793, 16}, TagType::int16u, 2, 0, 0, 0},
-    {{7809, 20}, TagType::int8u, 2, 0, 528, 2},
-    {{7829, 20}, TagType::int16s, 2, 32, 0, 0},
-    {{7849, 29}, TagType::int16s, 2, 32, 0, 0},
-    {{7878, 7}, TagType::int16u, 2, 0, 0, 0},
-    {{7885, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{7902, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{7922, 17}, TagType::int16u, 2, 0, 0, 0},
-    {{7939, 18}, TagType::int16u, 2, 0, 0, 0},
-    {{7957, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{7974, 17}, TagType::int8u, 2, 0, 0, 0},
-    {{7991, 8}, TagType::int8u, 2, 0, 0, 0},
-    {{7999, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{8013, 14}, TagType::int8u, 2, 0, 0, 0},
-    {{8027, 13}, TagType::int8u, 2, 0, 0, 0},
-    {{8040, 16}, TagType::int32u, 2, 0, 2103, 26},
-    {{8056, 10}, TagType::int8u, 2, 0, 2129, 4},
-    {{8066, 9}, TagType::string, 2, 0, 911, 244},
-    {{8075, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{8095, 22}, TagType::int8u, 0, 0, 0, 0},
-    {{8117, 23}, TagType::int8u, 0, 0, 0, 0},
-    {{8140, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{8152, 12}, TagType::int16u, 0, 0, 0, 0},
-    {{8164, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8180, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8196, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8212, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8228, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8244, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8260, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8276, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8292, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8308, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8324, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8340, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8356, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8372, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8388, 20}, TagType::int16u, 0, 0, 0, 0},
-    {{8408, 31}, TagType::int16u, 0, 0, 0, 0},
-    {{8439, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8455, 16}, TagType::int16u, 0, 0, 0, 0},
-    {{8471, 12}, TagType::int8u, 0, 0, 0, 0},
-    {{8483, 14}, TagType::string, 0, 0, 2133, 2},
-    {{8497, 11}, TagType::rational64u, 0, 0, 0, 0},
-    {{8508, 15}, TagType::string, 0, 0, 2135, 2},
-    {{8523, 12}, TagType::rational64u, 0, 0, 0, 0},
-    {{8535, 12}, TagType::rational64u, 0, 0, 0, 0},
-    {{8547, 9}, TagType::string, 0, 0, 2137, 2},
-    {{8556, 14}, TagType::string, 0, 0, 2139, 2},
-    {{8570, 11}, TagType::string, 0, 0, 0, 0},
-    {{8581, 12}, TagType::string, 0, 0, 0, 0},
-    {{8593, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8609, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8625, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8641, 16}, TagType::int8u, 0, 0, 0, 0},
-    {{8657, 8}, TagType::datetime, 0, 0, 0, 0},
-    {{8665, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8681, 16}, TagType::int32s, 0, 0, 0, 0},
-    {{8697, 12}, TagType::int16s, 0, 0, 0, 0},
-    {{8709, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{8725, 13}, TagType::int16s, 0, 0, 0, 0},
+    {{0, 6}, TagType::int8u, 2, 0, 0, 3},  // AFType
+    {{6, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusActiveSensor
+    {{26, 9}, TagType::int32s, 2, 0, 5, 14},  // FocusMode
+    {{35, 7}, TagType::int8u, 2, 0, 19, 96},  // AFPoint
+    {{42, 14}, TagType::int8u, 2, 0, 19, 96},  // AFPointInFocus
+    {{56, 23}, TagType::int8u, 2, 0, 115, 96},  // AFPointAtShutterRelease
+    {{79, 10}, TagType::int32s, 2, 0, 211, 15},  // AFAreaMode
+    {{89, 12}, TagType::int32s, 2, 10, 226, 65},  // AFPointsUsed
+    {{101, 15}, TagType::int32s, 2, 0, 291, 68},  // ExposureProgram
+    {{116, 10}, TagType::int8s, 2, 0, 0, 0},  // AFMicroAdj
+    {{126, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-left
+    {{144, 12}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeft
+    {{156, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-left
+    {{174, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeft
+    {{189, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopHorizontal
+    {{210, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusNearRight
+    {{227, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterHorizontal
+    {{251, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusNearLeft
+    {{267, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomHorizontal
+    {{291, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopVertical
+    {{310, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterVertical
+    {{332, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomVertical
+    {{354, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRight
+    {{370, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-right
+    {{389, 13}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRight
+    {{402, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-right
+    {{421, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-middle
+    {{441, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-middle
+    {{461, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpperFarLeft
+    {{481, 28}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-leftHorizontal
+    {{509, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeftHorizontal
+    {{534, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeftHorizontal
+    {{556, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLowerFarLeft
+    {{576, 28}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-leftHorizontal
+    {{604, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-leftVertical
+    {{630, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLeftVertical
+    {{650, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-leftVertical
+    {{676, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarLeftVertical
+    {{699, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpperFarRight
+    {{720, 29}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-rightHorizontal
+    {{749, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRightHorizontal
+    {{775, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRightHorizontal
+    {{798, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLowerFarRight
+    {{819, 29}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-rightHorizontal
+    {{848, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusFarRightVertical
+    {{872, 27}, TagType::int16s, 2, 0, 3, 2},  // AFStatusUpper-rightVertical
+    {{899, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatusRightVertical
+    {{920, 27}, TagType::int16s, 2, 0, 3, 2},  // AFStatusLower-rightVertical
+    {{947, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_00_B4
+    {{961, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_01_C4
+    {{975, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_02_D4
+    {{989, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_03_E4
+    {{1003, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_04_F4
+    {{1017, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_05_G4
+    {{1031, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_06_H4
+    {{1045, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_07_B3
+    {{1059, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_08_C3
+    {{1073, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_09_D3
+    {{1087, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_10_E3
+    {{1101, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_11_F3
+    {{1115, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_12_G3
+    {{1129, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_13_H3
+    {{1143, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_14_B2
+    {{1157, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_15_C2
+    {{1171, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_16_D2
+    {{1185, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_17_E2
+    {{1199, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_18_F2
+    {{1213, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_19_G2
+    {{1227, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_20_H2
+    {{1241, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_21_C1
+    {{1255, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_22_D1
+    {{1269, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_23_E1
+    {{1283, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_24_F1
+    {{1297, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_25_G1
+    {{1311, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_26_A7_Vertical
+    {{1334, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_27_A6_Vertical
+    {{1357, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_28_A5_Vertical
+    {{1380, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_29_C7_Vertical
+    {{1403, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_30_C6_Vertical
+    {{1426, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_31_C5_Vertical
+    {{1449, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_32_E7_Vertical
+    {{1472, 30}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_33_E6_Center_Vertical
+    {{1502, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_34_E5_Vertical
+    {{1525, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_35_G7_Vertical
+    {{1548, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_36_G6_Vertical
+    {{1571, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_37_G5_Vertical
+    {{1594, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_38_I7_Vertical
+    {{1617, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_39_I6_Vertical
+    {{1640, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_40_I5_Vertical
+    {{1663, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_41_A7
+    {{1677, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_42_B7
+    {{1691, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_43_C7
+    {{1705, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_44_D7
+    {{1719, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_45_E7
+    {{1733, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_46_F7
+    {{1747, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_47_G7
+    {{1761, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_48_H7
+    {{1775, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_49_I7
+    {{1789, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_50_A6
+    {{1803, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_51_B6
+    {{1817, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_52_C6
+    {{1831, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_53_D6
+    {{1845, 21}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_54_E6_Center
+    {{1866, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_55_F6
+    {{1880, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_56_G6
+    {{1894, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_57_H6
+    {{1908, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_58_I6
+    {{1922, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_59_A5
+    {{1936, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_60_B5
+    {{1950, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_61_C5
+    {{1964, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_62_D5
+    {{1978, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_63_E5
+    {{1992, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_64_F5
+    {{2006, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_65_G5
+    {{2020, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_66_H5
+    {{2034, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_67_I5
+    {{2048, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_68_C11
+    {{2063, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_69_D11
+    {{2078, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_70_E11
+    {{2093, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_71_F11
+    {{2108, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_72_G11
+    {{2123, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_73_B10
+    {{2138, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_74_C10
+    {{2153, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_75_D10
+    {{2168, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_76_E10
+    {{2183, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_77_F10
+    {{2198, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_78_G10
+    {{2213, 15}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_79_H10
+    {{2228, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_80_B9
+    {{2242, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_81_C9
+    {{2256, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_82_D9
+    {{2270, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_83_E9
+    {{2284, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_84_F9
+    {{2298, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_85_G9
+    {{2312, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_86_H9
+    {{2326, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_87_B8
+    {{2340, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_88_C8
+    {{2354, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_89_D8
+    {{2368, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_90_E8
+    {{2382, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_91_F8
+    {{2396, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_92_G8
+    {{2410, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_93_H8
+    {{2424, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatus_94_E6_Center_F2-8
+    {{2450, 8}, TagType::string, 2, 8, 0, 0},  // LensSpec
+    {{2458, 16}, TagType::int32s, 2, 0, 359, 10},  // FocusModeSetting
+    {{2474, 15}, TagType::int8u, 2, 0, 369, 159},  // AFPointSelected
+    {{2489, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomAssist-left
+    {{2514, 14}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom
+    {{2528, 26}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottomAssist-right
+    {{2554, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-7
+    {{2570, 25}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-horizontal
+    {{2595, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-9
+    {{2611, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-10
+    {{2628, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-11
+    {{2645, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-12
+    {{2662, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-vertical
+    {{2685, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenter-14
+    {{2702, 22}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopAssist-left
+    {{2724, 11}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop
+    {{2735, 23}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTopAssist-right
+    {{2758, 18}, TagType::int16s, 2, 0, 3, 2},  // AFStatusCenterF2-8
+    {{2776, 15}, TagType::int8u, 2, 0, 0, 0},  // AFMicroAdjValue
+    {{2791, 14}, TagType::int8u, 2, 0, 528, 2},  // AFMicroAdjMode
+    {{2805, 26}, TagType::int8u, 2, 0, 0, 0},  // AFMicroAdjRegisteredLenses
+    {{2831, 17}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop-right
+    {{2848, 20}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom-right
+    {{2868, 24}, TagType::int16s, 2, 0, 3, 2},  // AFStatusMiddleHorizontal
+    {{2892, 16}, TagType::int16s, 2, 0, 3, 2},  // AFStatusTop-left
+    {{2908, 19}, TagType::int16s, 2, 0, 3, 2},  // AFStatusBottom-left
+    {{2927, 11}, TagType::int32s, 2, 0, 0, 0},  // FocalLength
+    {{2938, 19}, TagType::int16u, 2, 0, 0, 0},  // FocalLengthTeleZoom
+    {{2957, 11}, TagType::int32s, 2, 0, 530, 7},  // FocusStatus
+    {{2968, 12}, TagType::float_, 2, 0, 0, 0},  // ExposureTime
+    {{2980, 7}, TagType::int32s, 2, 0, 0, 0},  // FNumber
+    {{2987, 13}, TagType::int16u, 2, 0, 528, 2},  // HighSpeedSync
+    {{3000, 23}, TagType::int32s, 2, 0, 0, 0},  // ExposureCompensationSet
+    {{3023, 9}, TagType::int32s, 2, 0, 537, 30},  // DriveMode
+    {{3032, 19}, TagType::int32s, 2, 0, 567, 56},  // WhiteBalanceSetting
+    {{3051, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
+    {{3071, 19}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureSet
+    {{3090, 26}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilterSet
+    {{3116, 22}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureCustom
+    {{3138, 29}, TagType::int16u, 2, 0, 0, 0},  // ColorCompensationFilterCustom
+    {{3167, 12}, TagType::int32s, 2, 0, 623, 27},  // WhiteBalance
+    {{3179, 14}, TagType::int16u, 2, 0, 650, 11},  // AFPointSetting
+    {{3193, 9}, TagType::int32s, 2, 0, 661, 12},  // FlashMode
+    {{3202, 20}, TagType::int32s, 2, 0, 0, 0},  // FlashExposureCompSet
+    {{3222, 12}, TagType::int32s, 2, 0, 673, 6},  // MeteringMode
+    {{3234, 10}, TagType::int32s, 2, 0, 679, 2},  // ISOSetting
+    {{3244, 25}, TagType::int32s, 2, 0, 681, 4},  // DynamicRangeOptimizerMode
+    {{3269, 26}, TagType::int32s, 2, 0, 0, 0},  // DynamicRangeOptimizerLevel
+    {{3295, 13}, TagType::string, 2, 0, 685, 40},  // CreativeStyle
+    {{3308, 10}, TagType::int32s, 2, 0, 725, 5},  // ColorSpace
+    {{3318, 9}, TagType::int32s, 2, 0, 0, 0},  // Sharpness
+    {{3327, 8}, TagType::int32s, 2, 0, 0, 0},  // Contrast
+    {{3335, 10}, TagType::int32s, 2, 0, 0, 0},  // Saturation
+    {{3345, 17}, TagType::int16u, 2, 0, 0, 0},  // ZoneMatchingValue
+    {{3362, 10}, TagType::int32s, 2, 0, 0, 0},  // Brightness
+    {{3372, 12}, TagType::int32s, 2, 0, 730, 3},  // FlashControl
+    {{3384, 27}, TagType::int16u, 2, 0, 528, 2},  // PrioritySetupShutterRelease
+    {{3411, 13}, TagType::int16u, 2, 0, 733, 3},  // AFIlluminator
+    {{3424, 13}, TagType::int16u, 2, 0, 528, 2},  // AFWithShutter
+    {{3437, 26}, TagType::int32s, 2, 0, 736, 7},  // LongExposureNoiseReduction
+    {{3463, 21}, TagType::int32s, 2, 0, 743, 9},  // HighISONoiseReduction
+    {{3484, 10}, TagType::int16u, 2, 0, 752, 15},  // ImageStyle
+    {{3494, 15}, TagType::int16u, 2, 0, 528, 2},  // FocusModeSwitch
+    {{3509, 19}, TagType::int32s, 2, 0, 0, 0},  // ShutterSpeedSetting
+    {{3528, 15}, TagType::int32s, 2, 0, 0, 0},  // ApertureSetting
+    {{3543, 25}, TagType::int32s, 2, 0, 528, 2},  // ImageStabilizationSetting
+    {{3568, 11}, TagType::int32s, 2, 0, 681, 4},  // FlashAction
+    {{3579, 8}, TagType::int32s, 2, 0, 730, 3},  // Rotation
+    {{3587, 6}, TagType::int32s, 2, 0, 767, 2},  // AELock
+    {{3593, 12}, TagType::int32s, 2, 0, 769, 10},  // FlashAction2
+    {{3605, 12}, TagType::int32s, 2, 0, 779, 6},  // BatteryState
+    {{3617, 12}, TagType::int32s, 2, 0, 0, 0},  // BatteryLevel
+    {{3629, 13}, TagType::int32s, 2, 0, 785, 9},  // SonyImageSize
+    {{3642, 11}, TagType::int32s, 2, 0, 794, 7},  // AspectRatio
+    {{3653, 7}, TagType::int32s, 2, 2, 801, 30},  // Quality
+    {{3660, 23}, TagType::int16u, 2, 0, 831, 2},  // ExposureLevelIncrements
+    {{3683, 15}, TagType::int32s, 2, 0, 833, 3},  // RedEyeReduction
+    {{3698, 12}, TagType::int32s, 2, 0, 0, 0},  // FolderNumber
+    {{3710, 11}, TagType::int32s, 2, 0, 0, 0},  // ImageNumber
+    {{3721, 18}, TagType::int32s, 2, 3, 0, 0},  // CustomWB_RGBLevels
+    {{3739, 16}, TagType::int8u, 2, 0, 836, 11},  // DriveModeSetting
+    {{3755, 28}, TagType::int8u, 2, 0, 847, 3},  // DynamicRangeOptimizerSetting
+    {{3783, 20}, TagType::int8u, 2, 0, 850, 6},  // CreativeStyleSetting
+    {{3803, 15}, TagType::int8s, 2, 0, 0, 0},  // ContrastSetting
+    {{3818, 17}, TagType::int8s, 2, 0, 0, 0},  // SaturationSetting
+    {{3835, 16}, TagType::int8s, 2, 0, 0, 0},  // SharpnessSetting
+    {{3851, 23}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperatureSetting
+    {{3874, 16}, TagType::int8u, 2, 0, 856, 3},  // SmileShutterMode
+    {{3890, 10}, TagType::int8u, 2, 0, 859, 10},  // HDRSetting
+    {{3900, 8}, TagType::int8u, 2, 0, 869, 9},  // HDRLevel
+    {{3908, 11}, TagType::int8u, 2, 0, 878, 3},  // ViewingMode
+    {{3919, 13}, TagType::int8u, 2, 0, 881, 4},  // FaceDetection
+    {{3932, 12}, TagType::int8u, 2, 0, 885, 2},  // SmileShutter
+    {{3944, 17}, TagType::int8u, 2, 0, 767, 2},  // SweepPanoramaSize
+    {{3961, 22}, TagType::int8u, 2, 0, 887, 4},  // SweepPanoramaDirection
+    {{3983, 24}, TagType::int32s, 2, 0, 891, 4},  // MultiFrameNoiseReduction
+    {{4007, 17}, TagType::int8u, 2, 0, 730, 3},  // LiveViewAFSetting
+    {{4024, 14}, TagType::int8u, 2, 0, 681, 4},  // PanoramaSize3D
+    {{4038, 15}, TagType::int8u, 2, 0, 885, 2},  // AFButtonPressed
+    {{4053, 16}, TagType::int8u, 2, 0, 895, 3},  // LiveViewMetering
+    {{4069, 12}, TagType::int8u, 2, 0, 898, 4},  // ViewingMode2
+    {{4081, 19}, TagType::int8u, 2, 0, 767, 2},  // FlashStatusBuilt-in
+    {{4100, 19}, TagType::int8u, 2, 0, 0, 3},  // FlashStatusExternal
+    {{4119, 17}, TagType::int8u, 2, 0, 833, 3},  // LiveViewFocusMode
+    {{4136, 9}, TagType::int8u, 2, 0, 902, 6},  // LensMount
+    {{4145, 14}, TagType::int32s, 2, 0, 908, 3},  // SequenceNumber
+    {{4159, 23}, TagType::int32u, 2, 0, 0, 0},  // ShotNumberSincePowerUp2
+    {{4182, 18}, TagType::int16u, 2, 0, 0, 0},  // LensE-mountVersion
+    {{4200, 19}, TagType::int16u, 0, 0, 0, 0},  // LensFirmwareVersion
+    {{4219, 9}, TagType::string, 2, 0, 911, 244},  // LensType2
+    {{4228, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{4245, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{4263, 18}, TagType::int8u, 2, 0, 0, 0},  // BatteryTemperature
+    {{4281, 14}, TagType::string, 2, 4, 0, 0},  // BatteryUnknown
+    {{4295, 14}, TagType::string, 0, 4, 0, 0},  // BatteryVoltage
+    {{4309, 19}, TagType::int8u, 2, 0, 1155, 5},  // ImageStabilization2
+    {{4328, 16}, TagType::int8u, 2, 4, 0, 0},  // ExtraInfoVersion
+    {{4344, 18}, TagType::int32s, 2, 0, 1160, 4},  // ImageStabilization
+    {{4362, 15}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage1
+    {{4377, 15}, TagType::int16u, 2, 0, 0, 0},  // BatteryVoltage2
+    {{4392, 16}, TagType::int8u, 2, 0, 1164, 8},  // ModeDialPosition
+    {{4408, 23}, TagType::int8u, 2, 0, 1172, 4},  // MemoryCardConfiguration
+    {{4431, 17}, TagType::int8u, 2, 0, 1176, 6},  // CameraOrientation
+    {{4448, 13}, TagType::int32s, 2, 0, 1182, 10},  // FacesDetected
+    {{4461, 13}, TagType::int16u, 2, 4, 0, 0},  // Face1Position
+    {{4474, 13}, TagType::int16u, 2, 4, 0, 0},  // Face2Position
+    {{4487, 13}, TagType::int16u, 2, 4, 0, 0},  // Face3Position
+    {{4500, 13}, TagType::int16u, 2, 4, 0, 0},  // Face4Position
+    {{4513, 13}, TagType::int16u, 2, 4, 0, 0},  // Face5Position
+    {{4526, 13}, TagType::int16u, 2, 4, 0, 0},  // Face6Position
+    {{4539, 13}, TagType::int16u, 2, 4, 0, 0},  // Face7Position
+    {{4552, 13}, TagType::int16u, 2, 4, 0, 0},  // Face8Position
+    {{4565, 9}, TagType::int16u, 2, 0, 0, 0},  // FaceTest2
+    {{4574, 9}, TagType::int16u, 2, 0, 0, 0},  // FaceTest8
+    {{4583, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace1Position
+    {{4605, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace2Position
+    {{4627, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace3Position
+    {{4649, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace4Position
+    {{4671, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace5Position
+    {{4693, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace6Position
+    {{4715, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace7Position
+    {{4737, 22}, TagType::int16u, 2, 4, 0, 0},  // PotentialFace8Position
+    {{4759, 10}, TagType::int8u, 2, 0, 1192, 24},  // DriveMode2
+    {{4769, 17}, TagType::int8u, 2, 0, 0, 0},  // BracketShotNumber
+    {{4786, 22}, TagType::int8u, 2, 0, 730, 3},  // WhiteBalanceBracketing
+    {{4808, 18}, TagType::int8u, 2, 0, 0, 0},  // BracketShotNumber2
+    {{4826, 28}, TagType::int8u, 2, 0, 730, 3},  // DynamicRangeOptimizerBracket
+    {{4854, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
+    {{4879, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
+    {{4882, 12}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount
+    {{4894, 13}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition
+    {{4907, 10}, TagType::int8u, 2, 0, 0, 0},  // ISOAutoMin
+    {{4917, 10}, TagType::int8u, 2, 0, 0, 0},  // ISOAutoMax
+    {{4927, 17}, TagType::rational64s, 2, 0, 0, 0},  // FlashExposureComp
+    {{4944, 13}, TagType::int32u, 2, 0, 1216, 9},  // Teleconverter
+    {{4957, 14}, TagType::string, 2, 0, 528, 2},  // MultiBurstMode
+    {{4971, 20}, TagType::int16u, 2, 0, 0, 0},  // MultiBurstImageWidth
+    {{4991, 21}, TagType::int16u, 2, 0, 0, 0},  // MultiBurstImageHeight
+    {{5012, 12}, TagType::imagedata, 2, 0, 0, 0},  // PreviewImage
+    {{5024, 6}, TagType::int32u, 2, 0, 0, 0},  // Rating
+    {{5030, 3}, TagType::int32u, 2, 2, 1225, 17},  // HDR
+    {{5033, 13}, TagType::int16u, 2, 0, 1242, 36},  // PictureEffect
+    {{5046, 14}, TagType::int32u, 2, 0, 1278, 5},  // SoftSkinEffect
+    {{5060, 10}, TagType::string, 0, 0, 0, 0},  // Tag_0x2010
+    {{5070, 20}, TagType::int32u, 2, 0, 1283, 3},  // VignettingCorrection
+    {{5090, 26}, TagType::int32u, 2, 0, 1283, 3},  // LateralChromaticAberration
+    {{5116, 27}, TagType::int32u, 2, 0, 1283, 3},  // DistortionCorrectionSetting
+    {{5143, 12}, TagType::int32s, 2, 2, 0, 0},  // WBShiftAB_GM
+    {{5155, 18}, TagType::int16u, 2, 0, 528, 2},  // AutoPortraitFramed
+    {{5173, 29}, TagType::int32u, 2, 0, 528, 2},  // ElectronicFrontCurtainShutter
+    {{5202, 17}, TagType::int8u, 2, 0, 1286, 8},  // AFAreaModeSetting
+    {{5219, 20}, TagType::int16u, 2, 2, 0, 0},  // FlexibleSpotPosition
+    {{5239, 10}, TagType::int8u, 2, 0, 730, 3},  // AFTracking
+    {{5249, 22}, TagType::int8u, 2, 0, 1294, 1},  // FocalPlaneAFPointsUsed
+    {{5271, 18}, TagType::int32u, 2, 0, 528, 2},  // MultiFrameNREffect
+    {{5289, 20}, TagType::int32s, 0, 2, 0, 0},  // WBShiftAB_GM_Precise
+    {{5309, 13}, TagType::int16u, 2, 4, 0, 0},  // FocusLocation
+    {{5322, 21}, TagType::int16u, 2, 2, 1295, 5},  // VariableLowPassFilter
+    {{5343, 11}, TagType::int16u, 2, 0, 1300, 4},  // RAWFileType
+    {{5354, 16}, TagType::int8u, 2, 0, 730, 3},  // PrioritySetInAWB
+    {{5370, 13}, TagType::int16u, 2, 0, 1304, 6},  // MeteringMode2
+    {{5383, 26}, TagType::rational64s, 2, 0, 0, 0},  // ExposureStandardAdjustment
+    {{5409, 14}, TagType::string, 2, 0, 1310, 1},  // PixelShiftInfo
+    {{5423, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
+    {{5435, 7}, TagType::int32s, 2, 0, 0, 0},  // Shadows
+    {{5442, 10}, TagType::int32s, 2, 0, 0, 0},  // Highlights
+    {{5452, 4}, TagType::int32s, 2, 0, 0, 0},  // Fade
+    {{5456, 14}, TagType::int32s, 2, 0, 0, 0},  // SharpnessRange
+    {{5470, 7}, TagType::int32s, 2, 0, 0, 0},  // Clarity
+    {{5477, 14}, TagType::int16u, 0, 3, 0, 0},  // FocusFrameSize
+    {{5491, 15}, TagType::int16u, 2, 0, 733, 3},  // JPEG-HEIFSwitch
+    {{5506, 14}, TagType::int16u, 2, 4, 0, 0},  // FocusLocation2
+    {{5520, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9050
+    {{5531, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9400
+    {{5542, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9402
+    {{5553, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9404
+    {{5564, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9405
+    {{5575, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9406
+    {{5586, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9407
+    {{5597, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9408
+    {{5608, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9409
+    {{5619, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940a
+    {{5630, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940b
+    {{5641, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940c
+    {{5652, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940d
+    {{5663, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940e
+    {{5674, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x940f
+    {{5685, 11}, TagType::string, 0, 0, 0, 0},  // Sony_0x9411
+    {{5696, 10}, TagType::int8u, 2, 4, 1311, 14},  // FileFormat
+    {{5706, 11}, TagType::int16u, 2, 0, 1325, 102},  // SonyModelID
+    {{5717, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorTemperature
+    {{5733, 23}, TagType::int32u, 2, 0, 0, 0},  // ColorCompensationFilter
+    {{5756, 9}, TagType::int32u, 2, 0, 1427, 25},  // SceneMode
+    {{5765, 12}, TagType::int32u, 2, 0, 730, 3},  // ZoneMatching
+    {{5777, 21}, TagType::int32s, 2, 0, 1452, 18},  // DynamicRangeOptimizer
+    {{5798, 8}, TagType::string, 2, 0, 1470, 431},  // LensType
+    {{5806, 9}, TagType::int32u, 2, 0, 1901, 26},  // ColorMode
+    {{5815, 13}, TagType::int32u, 2, 2, 0, 0},  // FullImageSize
+    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},  // PreviewImageSize
+    {{5844, 5}, TagType::int16u, 2, 0, 1300, 4},  // Macro
+    {{5849, 12}, TagType::int16u, 2, 0, 1927, 31},  // ExposureMode
+    {{5861, 11}, TagType::int16u, 2, 0, 1300, 4},  // JPEGQuality
+    {{5872, 10}, TagType::int16s, 2, 0, 1958, 20},  // FlashLevel
+    {{5882, 11}, TagType::int16u, 2, 0, 1978, 6},  // ReleaseMode
+    {{5893, 9}, TagType::int16u, 2, 0, 1300, 4},  // Anti-Blur
+    {{5902, 22}, TagType::int16u, 2, 0, 1984, 5},  // HighISONoiseReduction2
+    {{5924, 15}, TagType::int32s, 2, 0, 730, 3},  // IntelligentAuto
+    {{5939, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row1
+    {{5953, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row2
+    {{5967, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row3
+    {{5981, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row4
+    {{5995, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row5
+    {{6009, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row6
+    {{6023, 14}, TagType::string, 2, 90, 0, 0},  // MeterInfo1Row7
+    {{6037, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row1
+    {{6051, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row2
+    {{6065, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row3
+    {{6079, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row4
+    {{6093, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row5
+    {{6107, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row6
+    {{6121, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row7
+    {{6135, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row8
+    {{6149, 14}, TagType::string, 2, 110, 0, 0},  // MeterInfo2Row9
+    {{6163, 10}, TagType::int32u, 2, 0, 0, 0},  // ImageCount
+    {{6173, 22}, TagType::int32u, 2, 0, 0, 0},  // ShotNumberSincePowerUp
+    {{6195, 17}, TagType::int16urev, 2, 2, 0, 0},  // CustomWB_RBLevels
+    {{6212, 15}, TagType::int32s, 2, 0, 0, 0},  // BrightnessValue
+    {{6227, 16}, TagType::int8u, 2, 0, 730, 3},  // LiveViewAFMethod
+    {{6243, 12}, TagType::int8u, 2, 0, 0, 0},  // FocalLength2
+    {{6255, 21}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation2
+    {{6276, 21}, TagType::int16s, 2, 0, 0, 0},  // FlashExposureCompSet2
+    {{6297, 12}, TagType::int8u, 2, 0, 1989, 4},  // Orientation2
+    {{6309, 14}, TagType::int8u, 2, 0, 0, 0},  // FocusPosition2
+    {{6323, 10}, TagType::int8u, 2, 0, 528, 2},  // FocusMode2
+    {{6333, 19}, TagType::int8u, 2, 0, 1993, 5},  // FlashActionExternal
+    {{6352, 11}, TagType::int8u, 2, 0, 1998, 8},  // FlashStatus
+    {{6363, 7}, TagType::string, 0, 0, 0, 0},  // Barcode
+    {{6370, 17}, TagType::string, 0, 0, 0, 0},  // SensorTemperature
+    {{6387, 15}, TagType::string, 0, 0, 0, 0},  // FirmwareVersion
+    {{6402, 17}, TagType::int8s, 2, 0, 0, 0},  // CameraTemperature
+    {{6419, 16}, TagType::string, 0, 0, 0, 0},  // BoardTemperature
+    {{6435, 9}, TagType::string, 8, 0, 0, 0},  // TextInfo1
+    {{6444, 9}, TagType::string, 8, 0, 0, 0},  // TextInfo2
+    {{6453, 18}, TagType::string, 0, 0, 528, 2},  // VibrationReduction
+    {{6471, 15}, TagType::int32u, 0, 0, 0, 0},  // JpgFromRawStart
+    {{6486, 16}, TagType::int32u, 0, 0, 0, 0},  // JpgFromRawLength
+    {{6502, 14}, TagType::int16u, 2, 0, 0, 0},  // SonyImageWidth
+    {{6516, 15}, TagType::int16u, 2, 0, 0, 0},  // SonyImageHeight
+    {{6531, 11}, TagType::int8u, 0, 0, 681, 4},  // Orientation
+    {{6542, 12}, TagType::int8u, 0, 0, 2006, 3},  // ImageQuality
+    {{6554, 7}, TagType::string, 0, 19, 0, 0},  // Comment
+    {{6561, 16}, TagType::int8u, 0, 6, 0, 0},  // DateTimeOriginal
+    {{6577, 10}, TagType::int8u, 0, 6, 0, 0},  // ModifyDate
+    {{6587, 20}, TagType::int16s, 2, 0, 0, 0},  // ExposureCompensation
+    {{6607, 5}, TagType::int8u, 0, 0, 528, 2},  // Flash
+    {{6612, 17}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFullWidth
+    {{6629, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFullHeight
+    {{6647, 17}, TagType::int32u, 2, 0, 528, 2},  // PanoramaDirection
+    {{6664, 16}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropLeft
+    {{6680, 15}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropTop
+    {{6695, 17}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropRight
+    {{6712, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaCropBottom
+    {{6730, 18}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFrameWidth
+    {{6748, 19}, TagType::int32u, 2, 0, 0, 0},  // PanoramaFrameHeight
+    {{6767, 19}, TagType::int32u, 2, 0, 0, 0},  // PanoramaSourceWidth
+    {{6786, 20}, TagType::int32u, 2, 0, 0, 0},  // PanoramaSourceHeight
+    {{6806, 14}, TagType::int16u, 2, 0, 0, 0},  // FaceInfoOffset
+    {{6820, 12}, TagType::string, 2, 20, 0, 0},  // SonyDateTime
+    {{6832, 14}, TagType::int16u, 2, 0, 0, 0},  // FaceInfoLength
+    {{6846, 11}, TagType::string, 2, 16, 0, 0},  // MetaVersion
+    {{6857, 12}, TagType::int8u, 2, 0, 2009, 7},  // ReleaseMode3
+    {{6869, 12}, TagType::int32s, 2, 0, 2016, 23},  // ReleaseMode2
+    {{6881, 9}, TagType::int8u, 2, 0, 730, 3},  // SelfTimer
+    {{6890, 17}, TagType::int16u, 2, 0, 0, 0},  // StopsAboveBaseISO
+    {{6907, 14}, TagType::int8u, 2, 0, 2039, 25},  // PictureProfile
+    {{6921, 14}, TagType::int8u, 2, 0, 2064, 14},  // PictureEffect2
+    {{6935, 8}, TagType::int8u, 2, 0, 2078, 6},  // Quality2
+    {{6943, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
+    {{6955, 19}, TagType::int32u, 2, 0, 0, 0},  // SequenceImageNumber
+    {{6974, 18}, TagType::int32u, 2, 0, 0, 0},  // SequenceFileNumber
+    {{6992, 7}, TagType::int16u, 2, 0, 0, 0},  // SonyISO
+    {{6999, 20}, TagType::int16s, 2, 16, 0, 0},  // DistortionCorrParams
+    {{7019, 16}, TagType::int8u, 2, 0, 0, 0},  // DigitalZoomRatio
+    {{7035, 14}, TagType::int16u, 2, 0, 0, 0},  // MinFocalLength
+    {{7049, 14}, TagType::int16u, 2, 0, 0, 0},  // MaxFocalLength
+    {{7063, 10}, TagType::int8u, 2, 0, 730, 3},  // LensFormat
+    {{7073, 27}, TagType::int8u, 2, 0, 528, 2},  // DistortionCorrParamsPresent
+    {{7100, 26}, TagType::int8u, 2, 0, 2084, 2},  // DistortionCorrParamsNumber
+    {{7126, 21}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointArea
+    {{7147, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation1
+    {{7173, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation2
+    {{7199, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation3
+    {{7225, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation4
+    {{7251, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation5
+    {{7277, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation6
+    {{7303, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation7
+    {{7329, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation8
+    {{7355, 26}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation9
+    {{7381, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation10
+    {{7408, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation11
+    {{7435, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation12
+    {{7462, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation13
+    {{7489, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation14
+    {{7516, 27}, TagType::int16u, 2, 2, 0, 0},  // FocalPlaneAFPointLocation15
+    {{7543, 15}, TagType::int8u, 2, 0, 0, 0},  // SonyMaxAperture
+    {{7558, 15}, TagType::int8u, 2, 0, 0, 0},  // SonyMinAperture
+    {{7573, 7}, TagType::int16u, 2, 3, 2086, 1},  // Shutter
+    {{7580, 16}, TagType::int16u, 2, 0, 0, 0},  // SonyExposureTime
+    {{7596, 11}, TagType::int16u, 2, 0, 0, 0},  // SonyFNumber
+    {{7607, 13}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount2
+    {{7620, 13}, TagType::string, 2, 6, 0, 0},  // SonyDateTime2
+    {{7633, 20}, TagType::int8u, 2, 6, 0, 0},  // InternalSerialNumber
+    {{7653, 16}, TagType::int8u, 2, 0, 528, 2},  // APS-CSizeCapture
+    {{7669, 16}, TagType::string, 2, 2, 0, 0},  // LensSpecFeatures
+    {{7685, 13}, TagType::int32u, 2, 0, 0, 0},  // ShutterCount3
+    {{7698, 11}, TagType::int8u, 2, 0, 528, 2},  // DigitalZoom
+    {{7709, 14}, TagType::int8u, 2, 0, 2087, 14},  // SequenceLength
+    {{7723, 16}, TagType::int8u, 0, 0, 0, 0},  // ModelReleaseYear
+    {{7739, 11}, TagType::int8u, 2, 0, 2101, 2},  // ShutterType
+    {{7750, 7}, TagType::int8u, 2, 0, 0, 0},  // Ver9401
+    {{7757, 9}, TagType::int8u, 2, 0, 0, 0},  // TempTest1
+    {{7766, 18}, TagType::int8s, 2, 0, 0, 0},  // AmbientTemperature
+    {{7784, 9}, TagType::int8u, 2, 0, 0, 0},  // TempTest2
+    {{7793, 16}, TagType::int16u, 2, 0, 0, 0},  // LensZoomPosition
+    {{7809, 20}, TagType::int8u, 2, 0, 528, 2},  // DistortionCorrection
+    {{7829, 20}, TagType::int16s, 2, 32, 0, 0},  // VignettingCorrParams
+    {{7849, 29}, TagType::int16s, 2, 32, 0, 0},  // ChromaticAberrationCorrParams
+    {{7878, 7}, TagType::int16u, 2, 0, 0, 0},  // BaseISO
+    {{7885, 17}, TagType::int16u, 2, 0, 0, 0},  // SonyExposureTime2
+    {{7902, 20}, TagType::int16u, 2, 0, 0, 0},  // SonyMaxApertureValue
+    {{7922, 17}, TagType::int16u, 2, 0, 0, 0},  // SonyImageWidthMax
+    {{7939, 18}, TagType::int16u, 2, 0, 0, 0},  // SonyImageHeightMax
+    {{7957, 17}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevelGrip1
+    {{7974, 17}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevelGrip2
+    {{7991, 8}, TagType::int8u, 2, 0, 0, 0},  // Battery2
+    {{7999, 14}, TagType::int8u, 2, 0, 0, 0},  // BatteryStatus1
+    {{8013, 14}, TagType::int8u, 2, 0, 0, 0},  // BatteryStatus2
+    {{8027, 13}, TagType::int8u, 2, 0, 0, 0},  // BatteryLevel2
+    {{8040, 16}, TagType::int32u, 2, 0, 2103, 26},  // AFPointsSelected
+    {{8056, 10}, TagType::int8u, 2, 0, 2129, 4},  // LensMount2
+    {{8066, 9}, TagType::string, 2, 0, 911, 244},  // LensType3
+    {{8075, 20}, TagType::int16u, 2, 0, 0, 0},  // CameraE-mountVersion
+    {{8095, 22}, TagType::int8u, 0, 0, 0, 0},  // TiffMeteringImageWidth
+    {{8117, 23}, TagType::int8u, 0, 0, 0, 0},  // TiffMeteringImageHeight
+    {{8140, 12}, TagType::int8u, 0, 0, 0, 0},  // Tag9416_0000
+    {{8152, 12}, TagType::int16u, 0, 0, 0, 0},  // SonyFNumber2
+    {{8164, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x060e
+    {{8180, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x3210
+    {{8196, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x3219
+    {{8212, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x321a
+    {{8228, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8001
+    {{8244, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8004
+    {{8260, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8005
+    {{8276, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x800a
+    {{8292, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x800b
+    {{8308, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x8100
+    {{8324, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x8101
+    {{8340, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8104
+    {{8356, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8105
+    {{8372, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0x8106
+    {{8388, 20}, TagType::int16u, 0, 0, 0, 0},  // MasterGainAdjustment
+    {{8408, 31}, TagType::int16u, 0, 0, 0, 0},  // ElectricalExtenderMagnification
+    {{8439, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0x810d
+    {{8455, 16}, TagType::int16u, 0, 0, 0, 0},  // Sony_rtmd_0x8115
+    {{8471, 12}, TagType::int8u, 0, 0, 0, 0},  // GPSVersionID
+    {{8483, 14}, TagType::string, 0, 0, 2133, 2},  // GPSLatitudeRef
+    {{8497, 11}, TagType::rational64u, 0, 0, 0, 0},  // GPSLatitude
+    {{8508, 15}, TagType::string, 0, 0, 2135, 2},  // GPSLongitudeRef
+    {{8523, 12}, TagType::rational64u, 0, 0, 0, 0},  // GPSLongitude
+    {{8535, 12}, TagType::rational64u, 0, 0, 0, 0},  // GPSTimeStamp
+    {{8547, 9}, TagType::string, 0, 0, 2137, 2},  // GPSStatus
+    {{8556, 14}, TagType::string, 0, 0, 2139, 2},  // GPSMeasureMode
+    {{8570, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
+    {{8581, 12}, TagType::string, 0, 0, 0, 0},  // GPSDateStamp
+    {{8593, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe000
+    {{8609, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe300
+    {{8625, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe301
+    {{8641, 16}, TagType::int8u, 0, 0, 0, 0},  // Sony_rtmd_0xe302
+    {{8657, 8}, TagType::datetime, 0, 0, 0, 0},  // DateTime
+    {{8665, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe435
+    {{8681, 16}, TagType::int32s, 0, 0, 0, 0},  // Sony_rtmd_0xe437
+    {{8697, 12}, TagType::int16s, 0, 0, 0, 0},  // PitchRollYaw
+    {{8709, 16}, TagType::int32u, 0, 0, 0, 0},  // Sony_rtmd_0xe445
+    {{8725, 13}, TagType::int16s, 0, 0, 0, 0},  // Accelerometer
 };
 constexpr detail::TextRef kChoicesSony[] = {
     {8738, 1}, {8739, 1}, {8740, 1}, {8741, 6}, {8747, 1}, {8747, 1}, {8738, 1}, {8748, 2},
@@ -9812,60 +9921,61 @@ constinit detail::StreamTags gTagsSony("Sony", kText, kTagsSony, kKeyOrderSony, 
 
 // SonyIDC: 53 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsSonyIDC[] = {
-    {{171726, 15}, TagType::int32u, 2, 0, 0, 0},
-    {{171741, 16}, TagType::int32u, 2, 0, 0, 0},
-    {{171757, 16}, TagType::int32u, 2, 0, 0, 17},
-    {{171773, 23}, TagType::int32u, 2, 0, 17, 2},
-    {{171796, 18}, TagType::int32u, 2, 0, 19, 13},
-    {{171814, 19}, TagType::int16u, 2, 0, 0, 0},
-    {{171833, 21}, TagType::int32s, 2, 0, 0, 0},
-    {{171854, 15}, TagType::int32s, 2, 0, 0, 0},
-    {{171869, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{171882, 11}, TagType::int32s, 2, 0, 0, 0},
-    {{171893, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{171906, 6}, TagType::int32s, 2, 0, 0, 0},
-    {{171912, 12}, TagType::int32s, 2, 0, 0, 0},
-    {{171924, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{171942, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{171961, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{171979, 18}, TagType::int16u, 2, 0, 17, 2},
-    {{171997, 9}, TagType::int16u, 2, 4, 0, 0},
-    {{172006, 20}, TagType::int16u, 2, 0, 32, 3},
-    {{172026, 21}, TagType::int32s, 2, 0, 0, 0},
-    {{172047, 25}, TagType::int32s, 2, 0, 0, 0},
-    {{172072, 27}, TagType::int16u, 2, 0, 17, 2},
-    {{172099, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{172118, 18}, TagType::int32s, 2, 0, 0, 0},
-    {{172136, 19}, TagType::int32s, 2, 0, 0, 0},
-    {{172155, 22}, TagType::int32s, 2, 0, 0, 0},
-    {{172177, 28}, TagType::int32s, 2, 0, 0, 0},
-    {{172205, 27}, TagType::int32s, 2, 0, 0, 0},
-    {{172232, 26}, TagType::int32s, 2, 0, 0, 0},
-    {{172258, 22}, TagType::int32s, 2, 0, 35, 3},
-    {{172280, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{172300, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{172313, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{172328, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{172342, 20}, TagType::int16u, 2, 0, 0, 0},
-    {{172362, 13}, TagType::int16u, 2, 0, 0, 0},
-    {{172375, 15}, TagType::int16u, 2, 0, 0, 0},
-    {{172390, 14}, TagType::int16u, 2, 0, 0, 0},
-    {{172404, 29}, TagType::int32s, 2, 0, 38, 2},
-    {{172433, 21}, TagType::int32u, 2, 0, 17, 2},
-    {{172454, 16}, TagType::int32s, 2, 0, 0, 0},
-    {{172470, 8}, TagType::int32u, 2, 0, 17, 2},
-    {{172478, 8}, TagType::int32u, 2, 4, 0, 0},
-    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},
-    {{172486, 19}, TagType::int32s, 2, 0, 17, 2},
-    {{172505, 24}, TagType::int32s, 2, 0, 0, 0},
-    {{172529, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{172538, 9}, TagType::int32s, 2, 0, 0, 0},
-    {{172547, 13}, TagType::int32s, 2, 0, 0, 0},
-    {{172560, 10}, TagType::int32s, 2, 0, 0, 0},
-    {{172570, 14}, TagType::int32u, 2, 0, 0, 0},
-    {{172584, 17}, TagType::string, 2, 0, 0, 0},
-    {{172601, 17}, TagType::string, 2, 0, 0, 0},
+    {{171726, 15}, TagType::int32u, 2, 0, 0, 0},  // IDCPreviewStart
+    {{171741, 16}, TagType::int32u, 2, 0, 0, 0},  // IDCPreviewLength
+    {{171757, 16}, TagType::int32u, 2, 0, 0, 17},  // IDCCreativeStyle
+    {{171773, 23}, TagType::int32u, 2, 0, 17, 2},  // CreativeStyleWasChanged
+    {{171796, 18}, TagType::int32u, 2, 0, 19, 13},  // PresetWhiteBalance
+    {{171814, 19}, TagType::int16u, 2, 0, 0, 0},  // ColorTemperatureAdj
+    {{171833, 21}, TagType::int32s, 2, 0, 0, 0},  // PresetWhiteBalanceAdj
+    {{171854, 15}, TagType::int32s, 2, 0, 0, 0},  // ColorCorrection
+    {{171869, 13}, TagType::int32s, 2, 0, 0, 0},  // SaturationAdj
+    {{171882, 11}, TagType::int32s, 2, 0, 0, 0},  // ContrastAdj
+    {{171893, 13}, TagType::int32s, 2, 0, 0, 0},  // BrightnessAdj
+    {{171906, 6}, TagType::int32s, 2, 0, 0, 0},  // HueAdj
+    {{171912, 12}, TagType::int32s, 2, 0, 0, 0},  // SharpnessAdj
+    {{171924, 18}, TagType::int32s, 2, 0, 0, 0},  // SharpnessOvershoot
+    {{171942, 19}, TagType::int32s, 2, 0, 0, 0},  // SharpnessUndershoot
+    {{171961, 18}, TagType::int32s, 2, 0, 0, 0},  // SharpnessThreshold
+    {{171979, 18}, TagType::int16u, 2, 0, 17, 2},  // NoiseReductionMode
+    {{171997, 9}, TagType::int16u, 2, 4, 0, 0},  // GrayPoint
+    {{172006, 20}, TagType::int16u, 2, 0, 32, 3},  // D-RangeOptimizerMode
+    {{172026, 21}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerValue
+    {{172047, 25}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerHighlight
+    {{172072, 27}, TagType::int16u, 2, 0, 17, 2},  // HighlightColorDistortReduct
+    {{172099, 19}, TagType::int32s, 2, 0, 0, 0},  // NoiseReductionValue
+    {{172118, 18}, TagType::int32s, 2, 0, 0, 0},  // EdgeNoiseReduction
+    {{172136, 19}, TagType::int32s, 2, 0, 0, 0},  // ColorNoiseReduction
+    {{172155, 22}, TagType::int32s, 2, 0, 0, 0},  // D-RangeOptimizerShadow
+    {{172177, 28}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumCentralRadius
+    {{172205, 27}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumCentralValue
+    {{172232, 26}, TagType::int32s, 2, 0, 0, 0},  // PeripheralIllumPeriphValue
+    {{172258, 22}, TagType::int32s, 2, 0, 35, 3},  // DistortionCompensation
+    {{172280, 20}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBrightnessX
+    {{172300, 13}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveRedX
+    {{172313, 15}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveGreenX
+    {{172328, 14}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBlueX
+    {{172342, 20}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBrightnessY
+    {{172362, 13}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveRedY
+    {{172375, 15}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveGreenY
+    {{172390, 14}, TagType::int16u, 2, 0, 0, 0},  // ToneCurveBlueY
+    {{172404, 29}, TagType::int32s, 2, 0, 38, 2},  // ChromaticAberrationCorrection
+    {{172433, 21}, TagType::int32u, 2, 0, 17, 2},  // InclinationCorrection
+    {{172454, 16}, TagType::int32s, 2, 0, 0, 0},  // InclinationAngle
+    {{172470, 8}, TagType::int32u, 2, 0, 17, 2},  // Cropping
+    {{172478, 8}, TagType::int32u, 2, 4, 0, 0},  // CropArea
+    {{5828, 16}, TagType::int32u, 2, 2, 0, 0},  // PreviewImageSize
+    {{172486, 19}, TagType::int32s, 2, 0, 17, 2},  // PxShiftPeriphEdgeNR
+    {{172505, 24}, TagType::int32s, 2, 0, 0, 0},  // PxShiftPeriphEdgeNRValue
+    {{172529, 9}, TagType::int32s, 2, 0, 0, 0},  // WhitesAdj
+    {{172538, 9}, TagType::int32s, 2, 0, 0, 0},  // BlacksAdj
+    {{172547, 13}, TagType::int32s, 2, 0, 0, 0},  // HighlightsAdj
+    {{172560, 10}, TagType::int32s, 2, 0, 0, 0},  // ShadowsAdj
+    {{172570, 14}, TagType::int32u, 2, 0, 0, 0},  // CurrentVersion
+    {{172584, 17}, TagType::string, 2, 0, 0, 0},  // VersionCreateDate
+    {{172601, 17}, TagType::string, 2, 0, 0, 0},  // VersionModifyDate
 };
 constexpr detail::TextRef kChoicesSonyIDC[] = {
     {8738, 1}, {8739, 1}, {8740, 1}, {8756, 1}, {8759, 1}, {8760, 1}, {8766, 1}, {8900, 1},
@@ -10104,35 +10214,36 @@ constinit detail::StreamTags gTagsSonyIDC("SonyIDC", kText, kTagsSonyIDC, kKeyOr
 
 // Stim: 28 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsStim[] = {
-    {{177538, 17}, TagType::int16u, 0, 0, 0, 2},
-    {{177555, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{177575, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{177586, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{177607, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{177619, 17}, TagType::int16u, 0, 0, 0, 2},
-    {{177636, 20}, TagType::int8u, 0, 0, 0, 0},
-    {{177656, 11}, TagType::int32s, 0, 0, 0, 0},
-    {{177667, 21}, TagType::int8u, 0, 0, 0, 0},
-    {{177688, 12}, TagType::int32s, 0, 0, 0, 0},
-    {{177700, 11}, TagType::string, 0, 0, 0, 0},
-    {{177711, 15}, TagType::string, 8, 0, 0, 0},
-    {{177726, 16}, TagType::string, 0, 0, 0, 2},
-    {{177742, 13}, TagType::string, 0, 0, 2, 1},
-    {{177755, 13}, TagType::string, 0, 0, 0, 0},
-    {{177768, 9}, TagType::string, 0, 0, 0, 0},
-    {{177777, 9}, TagType::string, 0, 0, 0, 0},
-    {{177786, 8}, TagType::string, 0, 0, 0, 2},
-    {{177794, 19}, TagType::string, 0, 0, 0, 2},
-    {{177813, 20}, TagType::string, 0, 0, 3, 3},
-    {{177833, 18}, TagType::string, 0, 0, 0, 0},
-    {{177851, 19}, TagType::string, 0, 0, 0, 0},
-    {{177870, 27}, TagType::string, 0, 0, 0, 0},
-    {{177897, 26}, TagType::string, 0, 0, 0, 0},
-    {{177923, 20}, TagType::string, 0, 0, 0, 2},
-    {{177943, 19}, TagType::string, 0, 0, 0, 0},
-    {{177962, 25}, TagType::string, 0, 0, 0, 0},
-    {{177987, 13}, TagType::string, 0, 0, 0, 0},
+    {{177538, 17}, TagType::int16u, 0, 0, 0, 2},  // CropXCommonOffset
+    {{177555, 20}, TagType::int8u, 0, 0, 0, 0},  // CropXViewpointNumber
+    {{177575, 11}, TagType::int32s, 0, 0, 0, 0},  // CropXOffset
+    {{177586, 21}, TagType::int8u, 0, 0, 0, 0},  // CropXViewpointNumber2
+    {{177607, 12}, TagType::int32s, 0, 0, 0, 0},  // CropXOffset2
+    {{177619, 17}, TagType::int16u, 0, 0, 0, 2},  // CropYCommonOffset
+    {{177636, 20}, TagType::int8u, 0, 0, 0, 0},  // CropYViewpointNumber
+    {{177656, 11}, TagType::int32s, 0, 0, 0, 0},  // CropYOffset
+    {{177667, 21}, TagType::int8u, 0, 0, 0, 0},  // CropYViewpointNumber2
+    {{177688, 12}, TagType::int32s, 0, 0, 0, 0},  // CropYOffset2
+    {{177700, 11}, TagType::string, 0, 0, 0, 0},  // StimVersion
+    {{177711, 15}, TagType::string, 8, 0, 0, 0},  // ApplicationData
+    {{177726, 16}, TagType::string, 0, 0, 0, 2},  // ImageArrangement
+    {{177742, 13}, TagType::string, 0, 0, 2, 1},  // ImageRotation
+    {{177755, 13}, TagType::string, 0, 0, 0, 0},  // ScalingFactor
+    {{177768, 9}, TagType::string, 0, 0, 0, 0},  // CropXSize
+    {{177777, 9}, TagType::string, 0, 0, 0, 0},  // CropYSize
+    {{177786, 8}, TagType::string, 0, 0, 0, 2},  // ViewType
+    {{177794, 19}, TagType::string, 0, 0, 0, 2},  // RepresentativeImage
+    {{177813, 20}, TagType::string, 0, 0, 3, 3},  // ConvergenceBaseImage
+    {{177833, 18}, TagType::string, 0, 0, 0, 0},  // AssumedDisplaySize
+    {{177851, 19}, TagType::string, 0, 0, 0, 0},  // AssumedDistanceView
+    {{177870, 27}, TagType::string, 0, 0, 0, 0},  // RepresentativeDisparityNear
+    {{177897, 26}, TagType::string, 0, 0, 0, 0},  // RepresentativeDisparityFar
+    {{177923, 20}, TagType::string, 0, 0, 0, 2},  // InitialDisplayEffect
+    {{177943, 19}, TagType::string, 0, 0, 0, 0},  // ConvergenceDistance
+    {{177962, 25}, TagType::string, 0, 0, 0, 0},  // CameraArrangementInterval
+    {{177987, 13}, TagType::string, 0, 0, 0, 0},  // ShootingCount
 };
 constexpr detail::TextRef kChoicesStim[] = {
     {8747, 1}, {8738, 1}, {8738, 1}, {8747, 1}, {8738, 1}, {8793, 3},
@@ -10204,18 +10315,19 @@ constinit detail::StreamTags gTagsStim("Stim", kText, kTagsStim, kKeyOrderStim, 
 
 // Theora: 11 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsTheora[] = {
-    {{179699, 13}, TagType::int8u, 0, 3, 0, 0},
-    {{179712, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{179722, 11}, TagType::int32u, 0, 0, 0, 0},
-    {{179733, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{179740, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{179747, 9}, TagType::rational64u, 0, 0, 0, 0},
-    {{179756, 16}, TagType::int16u, 0, 3, 0, 0},
-    {{3308, 10}, TagType::int8u, 0, 0, 0, 3},
-    {{179772, 19}, TagType::int32u, 0, 0, 3, 1},
-    {{3653, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{179791, 11}, TagType::int8u, 0, 0, 4, 3},
+    {{179699, 13}, TagType::int8u, 0, 3, 0, 0},  // TheoraVersion
+    {{179712, 10}, TagType::int32u, 0, 0, 0, 0},  // ImageWidth
+    {{179722, 11}, TagType::int32u, 0, 0, 0, 0},  // ImageHeight
+    {{179733, 7}, TagType::int8u, 0, 0, 0, 0},  // XOffset
+    {{179740, 7}, TagType::int8u, 0, 0, 0, 0},  // YOffset
+    {{179747, 9}, TagType::rational64u, 0, 0, 0, 0},  // FrameRate
+    {{179756, 16}, TagType::int16u, 0, 3, 0, 0},  // PixelAspectRatio
+    {{3308, 10}, TagType::int8u, 0, 0, 0, 3},  // ColorSpace
+    {{179772, 19}, TagType::int32u, 0, 0, 3, 1},  // NominalVideoBitrate
+    {{3653, 7}, TagType::int8u, 0, 0, 0, 0},  // Quality
+    {{179791, 11}, TagType::int8u, 0, 0, 4, 3},  // PixelFormat
 };
 constexpr detail::TextRef kChoicesTheora[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8747, 1}, {8747, 1}, {8739, 1}, {8740, 1},
@@ -10297,9 +10409,10 @@ constinit detail::StreamTags gTagsTheora("Theora", kText, kTagsTheora, kKeyOrder
 
 // Trailer: 2 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsTrailer[] = {
-    {{180667, 13}, TagType::string, 0, 0, 0, 0},
-    {{180680, 7}, TagType::string, 18, 0, 0, 0},
+    {{180667, 13}, TagType::string, 0, 0, 0, 0},  // EmbeddedVideo
+    {{180680, 7}, TagType::string, 18, 0, 0, 0},  // Trailer
 };
 constexpr detail::StringRow kStringsEnglishTrailer[] = {
     {{180687, 21}, {180708, 14}},
@@ -10314,102 +10427,103 @@ constinit detail::StreamTags gTagsTrailer("Trailer", kText, kTagsTrailer, kKeyOr
 
 // VCard: 95 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsVCard[] = {
-    {{180737, 7}, TagType::string, 0, 0, 0, 0},
-    {{180744, 11}, TagType::string, 0, 0, 0, 0},
-    {{180755, 8}, TagType::string, 0, 0, 0, 0},
-    {{180763, 5}, TagType::string, 0, 0, 0, 0},
-    {{180768, 13}, TagType::string, 0, 0, 0, 0},
-    {{180781, 6}, TagType::string, 0, 0, 0, 0},
-    {{180787, 11}, TagType::string, 0, 0, 0, 0},
-    {{180798, 4}, TagType::string, 0, 0, 0, 0},
-    {{180802, 8}, TagType::string, 0, 0, 0, 0},
-    {{180810, 4}, TagType::string, 0, 0, 0, 0},
-    {{180814, 4}, TagType::string, 0, 0, 0, 0},
-    {{180818, 8}, TagType::string, 0, 0, 0, 0},
-    {{180826, 4}, TagType::string, 0, 0, 0, 0},
-    {{180830, 12}, TagType::string, 0, 0, 0, 0},
-    {{180842, 5}, TagType::string, 0, 0, 0, 0},
-    {{180847, 8}, TagType::string, 0, 0, 0, 0},
-    {{180855, 8}, TagType::string, 0, 0, 0, 0},
-    {{180863, 5}, TagType::string, 0, 0, 0, 0},
-    {{180868, 9}, TagType::string, 0, 0, 0, 0},
-    {{180877, 8}, TagType::string, 0, 0, 0, 0},
-    {{180885, 8}, TagType::string, 0, 0, 0, 0},
-    {{180893, 3}, TagType::string, 0, 0, 0, 0},
-    {{180896, 3}, TagType::string, 0, 0, 0, 0},
-    {{180899, 12}, TagType::string, 0, 0, 0, 0},
-    {{180911, 6}, TagType::string, 0, 0, 0, 0},
-    {{180917, 7}, TagType::string, 0, 0, 0, 0},
-    {{180924, 14}, TagType::string, 0, 0, 0, 0},
-    {{180938, 6}, TagType::string, 0, 0, 0, 0},
-    {{180944, 3}, TagType::string, 0, 0, 0, 0},
-    {{180947, 3}, TagType::string, 0, 0, 0, 0},
-    {{180950, 13}, TagType::string, 0, 0, 0, 0},
-    {{180963, 12}, TagType::string, 0, 0, 0, 0},
-    {{180975, 6}, TagType::string, 0, 0, 0, 0},
-    {{180981, 10}, TagType::string, 0, 0, 0, 0},
-    {{180991, 8}, TagType::string, 0, 0, 0, 0},
-    {{180999, 13}, TagType::string, 0, 0, 0, 0},
-    {{181012, 10}, TagType::string, 0, 0, 0, 0},
-    {{181022, 14}, TagType::string, 0, 0, 0, 0},
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},
-    {{181036, 17}, TagType::string, 0, 0, 0, 0},
-    {{181053, 7}, TagType::string, 0, 0, 0, 0},
-    {{181060, 11}, TagType::string, 0, 0, 0, 0},
-    {{181071, 11}, TagType::string, 0, 0, 0, 0},
-    {{181082, 11}, TagType::string, 0, 0, 0, 0},
-    {{181093, 13}, TagType::string, 0, 0, 0, 0},
-    {{181106, 13}, TagType::string, 0, 0, 0, 0},
-    {{181119, 11}, TagType::string, 0, 0, 0, 0},
-    {{181130, 8}, TagType::string, 0, 0, 0, 0},
-    {{181138, 18}, TagType::string, 0, 0, 0, 0},
-    {{181156, 12}, TagType::string, 0, 0, 0, 0},
-    {{6577, 10}, TagType::string, 0, 0, 0, 0},
-    {{181168, 8}, TagType::string, 0, 0, 0, 0},
-    {{181176, 6}, TagType::string, 0, 0, 0, 0},
-    {{181182, 9}, TagType::string, 0, 0, 0, 0},
-    {{181191, 15}, TagType::string, 0, 0, 0, 0},
-    {{181206, 8}, TagType::string, 0, 0, 0, 0},
-    {{181214, 19}, TagType::string, 0, 0, 0, 0},
-    {{181233, 12}, TagType::string, 0, 0, 0, 0},
-    {{181245, 9}, TagType::string, 0, 0, 0, 0},
-    {{181254, 6}, TagType::string, 0, 0, 0, 0},
-    {{181260, 13}, TagType::string, 0, 0, 0, 0},
-    {{181273, 9}, TagType::string, 0, 0, 0, 0},
-    {{181282, 14}, TagType::string, 0, 0, 0, 0},
-    {{4145, 14}, TagType::string, 0, 0, 0, 0},
-    {{181296, 6}, TagType::string, 0, 0, 0, 0},
-    {{181302, 7}, TagType::string, 0, 0, 0, 0},
-    {{181309, 16}, TagType::string, 0, 0, 0, 0},
-    {{181325, 7}, TagType::string, 0, 0, 0, 0},
-    {{181332, 10}, TagType::string, 0, 0, 0, 0},
-    {{181342, 12}, TagType::string, 0, 0, 0, 0},
-    {{181354, 18}, TagType::string, 0, 0, 0, 0},
-    {{181372, 16}, TagType::string, 0, 0, 0, 0},
-    {{181388, 11}, TagType::string, 0, 0, 0, 0},
-    {{181399, 16}, TagType::string, 0, 0, 0, 0},
-    {{181415, 13}, TagType::string, 0, 0, 0, 0},
-    {{181428, 12}, TagType::string, 0, 0, 0, 0},
-    {{181440, 17}, TagType::string, 0, 0, 0, 0},
-    {{181457, 11}, TagType::string, 0, 0, 0, 0},
-    {{181468, 19}, TagType::string, 0, 0, 0, 0},
-    {{181487, 10}, TagType::string, 0, 0, 0, 0},
-    {{181497, 10}, TagType::string, 0, 0, 0, 3},
-    {{181507, 12}, TagType::string, 0, 0, 3, 4},
-    {{181519, 18}, TagType::string, 0, 0, 0, 0},
-    {{181537, 18}, TagType::string, 0, 0, 0, 0},
-    {{181555, 23}, TagType::string, 0, 0, 0, 0},
-    {{181578, 19}, TagType::string, 0, 0, 0, 0},
-    {{181597, 16}, TagType::string, 0, 0, 0, 0},
-    {{181613, 8}, TagType::string, 0, 0, 0, 0},
-    {{181621, 19}, TagType::string, 0, 0, 0, 0},
-    {{181640, 12}, TagType::string, 0, 0, 0, 0},
-    {{181652, 10}, TagType::string, 0, 0, 0, 0},
-    {{181662, 9}, TagType::string, 0, 0, 0, 0},
-    {{181671, 4}, TagType::string, 0, 0, 0, 0},
-    {{181675, 10}, TagType::string, 0, 0, 0, 0},
-    {{181685, 7}, TagType::string, 0, 0, 0, 0},
+    {{180737, 7}, TagType::string, 0, 0, 0, 0},  // Address
+    {{180744, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
+    {{180755, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
+    {{180763, 5}, TagType::string, 0, 0, 0, 0},  // Email
+    {{180768, 13}, TagType::string, 0, 0, 0, 0},  // FormattedName
+    {{180781, 6}, TagType::string, 0, 0, 0, 0},  // Gender
+    {{180787, 11}, TagType::string, 0, 0, 0, 0},  // Geolocation
+    {{180798, 4}, TagType::string, 0, 0, 0, 0},  // IMPP
+    {{180802, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{180810, 4}, TagType::string, 0, 0, 0, 0},  // Logo
+    {{180814, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{180818, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
+    {{180826, 4}, TagType::string, 0, 0, 0, 0},  // Note
+    {{180830, 12}, TagType::string, 0, 0, 0, 0},  // Organization
+    {{180842, 5}, TagType::string, 0, 0, 0, 0},  // Photo
+    {{180847, 8}, TagType::string, 0, 0, 0, 0},  // Software
+    {{180855, 8}, TagType::string, 0, 0, 0, 0},  // Revision
+    {{180863, 5}, TagType::string, 0, 0, 0, 0},  // Sound
+    {{180868, 9}, TagType::string, 0, 0, 0, 0},  // Telephone
+    {{180877, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
+    {{180885, 8}, TagType::string, 0, 0, 0, 0},  // TimeZone
+    {{180893, 3}, TagType::string, 0, 0, 0, 0},  // UID
+    {{180896, 3}, TagType::string, 0, 0, 0, 0},  // URL
+    {{180899, 12}, TagType::string, 0, 0, 0, 0},  // VCardVersion
+    {{180911, 6}, TagType::string, 0, 0, 0, 0},  // ABDate
+    {{180917, 7}, TagType::string, 0, 0, 0, 0},  // ABLabel
+    {{180924, 14}, TagType::string, 0, 0, 0, 0},  // ABRelatedNames
+    {{180938, 6}, TagType::string, 0, 0, 0, 0},  // AB_UID
+    {{180944, 3}, TagType::string, 0, 0, 0, 0},  // AIM
+    {{180947, 3}, TagType::string, 0, 0, 0, 0},  // ICQ
+    {{180950, 13}, TagType::string, 0, 0, 0, 0},  // SocialProfile
+    {{180963, 12}, TagType::string, 0, 0, 0, 0},  // Acknowledged
+    {{180975, 6}, TagType::string, 0, 0, 0, 0},  // Action
+    {{180981, 10}, TagType::string, 0, 0, 0, 0},  // Attachment
+    {{180991, 8}, TagType::string, 0, 0, 0, 0},  // Attendee
+    {{180999, 13}, TagType::string, 0, 0, 0, 0},  // CalendarScale
+    {{181012, 10}, TagType::string, 0, 0, 0, 0},  // Categories
+    {{181022, 14}, TagType::string, 0, 0, 0, 0},  // Classification
+    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{181036, 17}, TagType::string, 0, 0, 0, 0},  // DateTimeCompleted
+    {{181053, 7}, TagType::string, 0, 0, 0, 0},  // Contact
+    {{181060, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{181071, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{181082, 11}, TagType::string, 0, 0, 0, 0},  // DateTimeEnd
+    {{181093, 13}, TagType::string, 0, 0, 0, 0},  // DateTimeStamp
+    {{181106, 13}, TagType::string, 0, 0, 0, 0},  // DateTimeStart
+    {{181119, 11}, TagType::string, 0, 0, 0, 0},  // DateTimeDue
+    {{181130, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{181138, 18}, TagType::string, 0, 0, 0, 0},  // ExceptionDateTimes
+    {{181156, 12}, TagType::string, 0, 0, 0, 0},  // FreeBusyTime
+    {{6577, 10}, TagType::string, 0, 0, 0, 0},  // ModifyDate
+    {{181168, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{181176, 6}, TagType::string, 0, 0, 0, 0},  // Method
+    {{181182, 9}, TagType::string, 0, 0, 0, 0},  // Organizer
+    {{181191, 15}, TagType::string, 0, 0, 0, 0},  // PercentComplete
+    {{181206, 8}, TagType::string, 0, 0, 0, 0},  // Priority
+    {{181214, 19}, TagType::string, 0, 0, 0, 0},  // RecurrenceDateTimes
+    {{181233, 12}, TagType::string, 0, 0, 0, 0},  // RecurrenceID
+    {{181245, 9}, TagType::string, 0, 0, 0, 0},  // RelatedTo
+    {{181254, 6}, TagType::string, 0, 0, 0, 0},  // Repeat
+    {{181260, 13}, TagType::string, 0, 0, 0, 0},  // RequestStatus
+    {{181273, 9}, TagType::string, 0, 0, 0, 0},  // Resources
+    {{181282, 14}, TagType::string, 0, 0, 0, 0},  // RecurrenceRule
+    {{4145, 14}, TagType::string, 0, 0, 0, 0},  // SequenceNumber
+    {{181296, 6}, TagType::string, 0, 0, 0, 0},  // Status
+    {{181302, 7}, TagType::string, 0, 0, 0, 0},  // Summary
+    {{181309, 16}, TagType::string, 0, 0, 0, 0},  // TimeTransparency
+    {{181325, 7}, TagType::string, 0, 0, 0, 0},  // Trigger
+    {{181332, 10}, TagType::string, 0, 0, 0, 0},  // TimezoneID
+    {{181342, 12}, TagType::string, 0, 0, 0, 0},  // TimezoneName
+    {{181354, 18}, TagType::string, 0, 0, 0, 0},  // TimezoneOffsetFrom
+    {{181372, 16}, TagType::string, 0, 0, 0, 0},  // TimezoneOffsetTo
+    {{181388, 11}, TagType::string, 0, 0, 0, 0},  // TimeZoneURL
+    {{181399, 16}, TagType::string, 0, 0, 0, 0},  // VCalendarVersion
+    {{181415, 13}, TagType::string, 0, 0, 0, 0},  // CalendarColor
+    {{181428, 12}, TagType::string, 0, 0, 0, 0},  // DefaultAlarm
+    {{181440, 17}, TagType::string, 0, 0, 0, 0},  // LocalDefaultAlarm
+    {{181457, 11}, TagType::string, 0, 0, 0, 0},  // AllDayEvent
+    {{181468, 19}, TagType::string, 0, 0, 0, 0},  // AppointmentSequence
+    {{181487, 10}, TagType::string, 0, 0, 0, 0},  // BusyStatus
+    {{181497, 10}, TagType::string, 0, 0, 0, 3},  // Importance
+    {{181507, 12}, TagType::string, 0, 0, 3, 4},  // InstanceType
+    {{181519, 18}, TagType::string, 0, 0, 0, 0},  // IntendedBusyStatus
+    {{181537, 18}, TagType::string, 0, 0, 0, 0},  // OwnerAppointmentID
+    {{181555, 23}, TagType::string, 0, 0, 0, 0},  // DisallowCounterProposal
+    {{181578, 19}, TagType::string, 0, 0, 0, 0},  // DoNotForwardMeeting
+    {{181597, 16}, TagType::string, 0, 0, 0, 0},  // MeetingLocations
+    {{181613, 8}, TagType::string, 0, 0, 0, 0},  // AlarmUID
+    {{181621, 19}, TagType::string, 0, 0, 0, 0},  // CalendarDescription
+    {{181640, 12}, TagType::string, 0, 0, 0, 0},  // CalendarName
+    {{181652, 10}, TagType::string, 0, 0, 0, 0},  // CalendarID
+    {{181662, 9}, TagType::string, 0, 0, 0, 0},  // TimeZone2
+    {{181671, 4}, TagType::string, 0, 0, 0, 0},  // Body
+    {{181675, 10}, TagType::string, 0, 0, 0, 0},  // CreateDate
+    {{181685, 7}, TagType::string, 0, 0, 0, 0},  // Version
 };
 constexpr detail::TextRef kChoicesVCard[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8747, 1}, {8738, 1}, {8739, 1}, {8740, 1},
@@ -10630,44 +10744,45 @@ constinit detail::StreamTags gTagsVCard("VCard", kText, kTagsVCard, kKeyOrderVCa
 
 // Vorbis: 37 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsVorbis[] = {
-    {{185074, 5}, TagType::string, 0, 0, 0, 0},
-    {{185079, 5}, TagType::string, 0, 0, 0, 0},
-    {{185084, 6}, TagType::string, 1, 0, 0, 0},
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},
-    {{185090, 8}, TagType::string, 0, 0, 0, 0},
-    {{181053, 7}, TagType::string, 1, 0, 0, 0},
-    {{185098, 9}, TagType::string, 0, 0, 0, 0},
-    {{185107, 8}, TagType::string, 0, 0, 0, 0},
-    {{185115, 16}, TagType::string, 0, 0, 0, 0},
-    {{185131, 4}, TagType::string, 0, 0, 0, 0},
-    {{181071, 11}, TagType::string, 0, 0, 0, 0},
-    {{185135, 8}, TagType::string, 0, 0, 0, 0},
-    {{185143, 9}, TagType::string, 0, 0, 0, 0},
-    {{185152, 12}, TagType::string, 0, 0, 0, 0},
-    {{185164, 7}, TagType::string, 0, 0, 0, 0},
-    {{185171, 14}, TagType::string, 0, 0, 0, 0},
-    {{185185, 5}, TagType::string, 0, 0, 0, 0},
-    {{185190, 10}, TagType::string, 0, 0, 0, 0},
-    {{185200, 7}, TagType::string, 0, 0, 0, 0},
-    {{181168, 8}, TagType::string, 0, 0, 0, 0},
-    {{180830, 12}, TagType::string, 0, 0, 0, 0},
-    {{185207, 9}, TagType::string, 1, 0, 0, 0},
-    {{185216, 8}, TagType::string, 0, 0, 0, 0},
-    {{185224, 19}, TagType::string, 0, 0, 0, 0},
-    {{185243, 19}, TagType::string, 0, 0, 0, 0},
-    {{185262, 19}, TagType::string, 0, 0, 0, 0},
-    {{185281, 19}, TagType::string, 0, 0, 0, 0},
-    {{185300, 5}, TagType::string, 0, 0, 0, 0},
-    {{185305, 11}, TagType::string, 0, 0, 0, 0},
-    {{181685, 7}, TagType::string, 0, 0, 0, 0},
-    {{185316, 6}, TagType::string, 0, 0, 0, 0},
-    {{185322, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{185335, 13}, TagType::int8u, 0, 0, 0, 0},
-    {{185348, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{185358, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{185372, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{185386, 14}, TagType::int32u, 0, 0, 0, 0},
+    {{185074, 5}, TagType::string, 0, 0, 0, 0},  // Actor
+    {{185079, 5}, TagType::string, 0, 0, 0, 0},  // Album
+    {{185084, 6}, TagType::string, 1, 0, 0, 0},  // Artist
+    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{185090, 8}, TagType::string, 0, 0, 0, 0},  // Composer
+    {{181053, 7}, TagType::string, 1, 0, 0, 0},  // Contact
+    {{185098, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{185107, 8}, TagType::string, 0, 0, 0, 0},  // CoverArt
+    {{185115, 16}, TagType::string, 0, 0, 0, 0},  // CoverArtMIMEType
+    {{185131, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{181071, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{185135, 8}, TagType::string, 0, 0, 0, 0},  // Director
+    {{185143, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
+    {{185152, 12}, TagType::string, 0, 0, 0, 0},  // EncodedUsing
+    {{185164, 7}, TagType::string, 0, 0, 0, 0},  // Encoder
+    {{185171, 14}, TagType::string, 0, 0, 0, 0},  // EncoderOptions
+    {{185185, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{185190, 10}, TagType::string, 0, 0, 0, 0},  // ISRCNumber
+    {{185200, 7}, TagType::string, 0, 0, 0, 0},  // License
+    {{181168, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{180830, 12}, TagType::string, 0, 0, 0, 0},  // Organization
+    {{185207, 9}, TagType::string, 1, 0, 0, 0},  // Performer
+    {{185216, 8}, TagType::string, 0, 0, 0, 0},  // Producer
+    {{185224, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumGain
+    {{185243, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainAlbumPeak
+    {{185262, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackGain
+    {{185281, 19}, TagType::string, 0, 0, 0, 0},  // ReplayGainTrackPeak
+    {{185300, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{185305, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
+    {{181685, 7}, TagType::string, 0, 0, 0, 0},  // Version
+    {{185316, 6}, TagType::string, 0, 0, 0, 0},  // Vendor
+    {{185322, 13}, TagType::int32u, 0, 0, 0, 0},  // VorbisVersion
+    {{185335, 13}, TagType::int8u, 0, 0, 0, 0},  // AudioChannels
+    {{185348, 10}, TagType::int32u, 0, 0, 0, 0},  // SampleRate
+    {{185358, 14}, TagType::int32u, 0, 0, 0, 0},  // MaximumBitrate
+    {{185372, 14}, TagType::int32u, 0, 0, 0, 0},  // NominalBitrate
+    {{185386, 14}, TagType::int32u, 0, 0, 0, 0},  // MinimumBitrate
 };
 constexpr detail::StringRow kStringsEnglishVorbis[] = {
     {{185400, 12}, {185074, 5}},
@@ -10799,80 +10914,81 @@ constinit detail::StreamTags gTagsVorbis("Vorbis", kText, kTagsVorbis, kKeyOrder
 
 // WTV: 73 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsWTV[] = {
-    {{181130, 8}, TagType::string, 0, 0, 0, 0},
-    {{185300, 5}, TagType::string, 0, 0, 0, 0},
-    {{185185, 5}, TagType::string, 0, 0, 0, 0},
-    {{180802, 8}, TagType::string, 0, 0, 0, 0},
-    {{186805, 19}, TagType::string, 0, 0, 0, 0},
-    {{186824, 21}, TagType::string, 0, 0, 0, 0},
-    {{186845, 12}, TagType::string, 0, 0, 0, 0},
-    {{186857, 12}, TagType::string, 0, 0, 0, 2},
-    {{186869, 13}, TagType::string, 0, 0, 0, 2},
-    {{186882, 11}, TagType::string, 0, 0, 0, 2},
-    {{186893, 12}, TagType::string, 0, 0, 0, 2},
-    {{186905, 15}, TagType::string, 0, 0, 0, 2},
-    {{186920, 13}, TagType::string, 0, 0, 0, 2},
-    {{186933, 10}, TagType::string, 0, 0, 0, 2},
-    {{186943, 12}, TagType::string, 0, 0, 0, 2},
-    {{186955, 13}, TagType::string, 0, 0, 0, 2},
-    {{186968, 16}, TagType::string, 0, 0, 0, 2},
-    {{186984, 11}, TagType::string, 0, 0, 0, 2},
-    {{186995, 23}, TagType::string, 0, 0, 0, 0},
-    {{187018, 30}, TagType::string, 0, 0, 0, 0},
-    {{187048, 20}, TagType::string, 0, 0, 0, 0},
-    {{187068, 29}, TagType::string, 0, 0, 0, 0},
-    {{187097, 20}, TagType::string, 0, 0, 0, 0},
-    {{187117, 20}, TagType::string, 0, 0, 0, 0},
-    {{187137, 16}, TagType::string, 0, 0, 0, 0},
-    {{187153, 22}, TagType::string, 0, 0, 0, 0},
-    {{187175, 22}, TagType::string, 0, 0, 0, 0},
-    {{187197, 16}, TagType::string, 0, 0, 0, 0},
-    {{187213, 26}, TagType::string, 0, 0, 0, 0},
-    {{187239, 21}, TagType::string, 0, 0, 0, 0},
-    {{187260, 22}, TagType::string, 0, 0, 0, 0},
-    {{187282, 13}, TagType::string, 0, 0, 0, 0},
-    {{187295, 16}, TagType::string, 0, 0, 0, 0},
-    {{187311, 19}, TagType::string, 0, 0, 0, 0},
-    {{187330, 15}, TagType::string, 0, 0, 0, 0},
-    {{187345, 19}, TagType::string, 0, 0, 0, 0},
-    {{187364, 14}, TagType::string, 0, 0, 0, 0},
-    {{187378, 20}, TagType::string, 0, 0, 0, 0},
-    {{187398, 8}, TagType::string, 0, 0, 0, 0},
-    {{187406, 17}, TagType::string, 0, 0, 0, 0},
-    {{187423, 14}, TagType::string, 0, 0, 0, 0},
-    {{187437, 8}, TagType::string, 0, 0, 0, 0},
-    {{187445, 19}, TagType::string, 0, 0, 0, 0},
-    {{187464, 21}, TagType::string, 0, 0, 0, 2},
-    {{187485, 11}, TagType::string, 0, 0, 0, 2},
-    {{187496, 21}, TagType::string, 0, 0, 0, 0},
-    {{187517, 20}, TagType::string, 0, 0, 0, 0},
-    {{187537, 7}, TagType::string, 0, 0, 0, 0},
-    {{187544, 15}, TagType::string, 0, 0, 0, 0},
-    {{187559, 12}, TagType::string, 0, 0, 0, 0},
-    {{187571, 16}, TagType::string, 0, 0, 0, 2},
-    {{187587, 23}, TagType::string, 0, 0, 0, 0},
-    {{187610, 10}, TagType::string, 0, 0, 0, 2},
-    {{187620, 10}, TagType::string, 0, 0, 0, 0},
-    {{187630, 7}, TagType::string, 0, 0, 0, 0},
-    {{187637, 14}, TagType::string, 0, 0, 0, 0},
-    {{187651, 14}, TagType::string, 0, 0, 0, 0},
-    {{187665, 9}, TagType::string, 0, 0, 0, 2},
-    {{187674, 15}, TagType::string, 0, 0, 0, 0},
-    {{187689, 14}, TagType::string, 0, 0, 0, 0},
-    {{187703, 22}, TagType::string, 0, 0, 0, 0},
-    {{187725, 17}, TagType::string, 0, 0, 0, 0},
-    {{187742, 18}, TagType::string, 0, 0, 0, 0},
-    {{187760, 9}, TagType::string, 0, 0, 0, 0},
-    {{187769, 23}, TagType::string, 0, 0, 0, 0},
-    {{187792, 22}, TagType::string, 0, 0, 0, 0},
-    {{187814, 9}, TagType::string, 0, 0, 0, 0},
-    {{3653, 7}, TagType::string, 0, 0, 0, 0},
-    {{187823, 9}, TagType::string, 0, 0, 0, 0},
-    {{187832, 14}, TagType::string, 0, 0, 0, 0},
-    {{187846, 9}, TagType::string, 0, 0, 0, 0},
-    {{187855, 9}, TagType::string, 0, 0, 0, 0},
-    {{187864, 7}, TagType::string, 0, 0, 0, 2},
+    {{181130, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{185300, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{185185, 5}, TagType::string, 0, 0, 0, 0},  // Genre
+    {{180802, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{186805, 19}, TagType::string, 0, 0, 0, 0},  // MediaClassPrimaryID
+    {{186824, 21}, TagType::string, 0, 0, 0, 0},  // MediaClassSecondaryID
+    {{186845, 12}, TagType::string, 0, 0, 0, 0},  // MediaCredits
+    {{186857, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsDelay
+    {{186869, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsFinale
+    {{186882, 11}, TagType::string, 0, 0, 0, 2},  // MediaIsLive
+    {{186893, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsMovie
+    {{186905, 15}, TagType::string, 0, 0, 0, 2},  // MediaIsPremiere
+    {{186920, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsRepeat
+    {{186933, 10}, TagType::string, 0, 0, 0, 2},  // MediaIsSAP
+    {{186943, 12}, TagType::string, 0, 0, 0, 2},  // MediaIsSport
+    {{186955, 13}, TagType::string, 0, 0, 0, 2},  // MediaIsStereo
+    {{186968, 16}, TagType::string, 0, 0, 0, 2},  // MediaIsSubtitled
+    {{186984, 11}, TagType::string, 0, 0, 0, 2},  // MediaIsTape
+    {{186995, 23}, TagType::string, 0, 0, 0, 0},  // MediaNetworkAffiliation
+    {{187018, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{187048, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
+    {{187068, 29}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannelSubNumber
+    {{187097, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalRunTime
+    {{187117, 20}, TagType::string, 0, 0, 0, 0},  // MediaStationCallSign
+    {{187137, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
+    {{187153, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbAspectRatioX
+    {{187175, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbAspectRatioY
+    {{187197, 16}, TagType::string, 0, 0, 0, 0},  // MediaThumbHeight
+    {{187213, 26}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingAttributes
+    {{187239, 21}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingLevel
+    {{187260, 22}, TagType::string, 0, 0, 0, 0},  // MediaThumbRatingSystem
+    {{187282, 13}, TagType::string, 0, 0, 0, 0},  // MediaThumbRet
+    {{187295, 16}, TagType::string, 0, 0, 0, 0},  // MediaThumbStride
+    {{187311, 19}, TagType::string, 0, 0, 0, 0},  // MediaThumbTimeStamp
+    {{187330, 15}, TagType::string, 0, 0, 0, 0},  // MediaThumbWidth
+    {{187345, 19}, TagType::string, 0, 0, 0, 0},  // OriginalReleaseTime
+    {{187364, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
+    {{187378, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
+    {{187398, 8}, TagType::string, 0, 0, 0, 0},  // Provider
+    {{187406, 17}, TagType::string, 0, 0, 0, 0},  // ProviderCopyright
+    {{187423, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
+    {{187437, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
+    {{187445, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
+    {{187464, 21}, TagType::string, 0, 0, 0, 2},  // VideoClosedCaptioning
+    {{187485, 11}, TagType::string, 0, 0, 0, 2},  // ATSCContent
+    {{187496, 21}, TagType::string, 0, 0, 0, 0},  // ActualSoftPostPadding
+    {{187517, 20}, TagType::string, 0, 0, 0, 0},  // ActualSoftPrePadding
+    {{187537, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
+    {{187544, 15}, TagType::string, 0, 0, 0, 0},  // BrandingImageID
+    {{187559, 12}, TagType::string, 0, 0, 0, 0},  // BrandingName
+    {{187571, 16}, TagType::string, 0, 0, 0, 2},  // ContentProtected
+    {{187587, 23}, TagType::string, 0, 0, 0, 0},  // ContentProtectedPercent
+    {{187610, 10}, TagType::string, 0, 0, 0, 2},  // DTVContent
+    {{187620, 10}, TagType::string, 0, 0, 0, 0},  // EncodeTime
+    {{187630, 7}, TagType::string, 0, 0, 0, 0},  // EndTime
+    {{187637, 14}, TagType::string, 0, 0, 0, 0},  // ExpirationDate
+    {{187651, 14}, TagType::string, 0, 0, 0, 0},  // ExpirationSpan
+    {{187665, 9}, TagType::string, 0, 0, 0, 2},  // HDContent
+    {{187674, 15}, TagType::string, 0, 0, 0, 0},  // HardPostPadding
+    {{187689, 14}, TagType::string, 0, 0, 0, 0},  // HardPrePadding
+    {{187703, 22}, TagType::string, 0, 0, 0, 0},  // InBandRatingAttributes
+    {{187725, 17}, TagType::string, 0, 0, 0, 0},  // InBandRatingLevel
+    {{187742, 18}, TagType::string, 0, 0, 0, 0},  // InBandRatingSystem
+    {{187760, 9}, TagType::string, 0, 0, 0, 0},  // KeepUntil
+    {{187769, 23}, TagType::string, 0, 0, 0, 0},  // OriginalSoftPostPadding
+    {{187792, 22}, TagType::string, 0, 0, 0, 0},  // OriginalSoftPrePadding
+    {{187814, 9}, TagType::string, 0, 0, 0, 0},  // ProgramID
+    {{3653, 7}, TagType::string, 0, 0, 0, 0},  // Quality
+    {{187823, 9}, TagType::string, 0, 0, 0, 0},  // RequestID
+    {{187832, 14}, TagType::string, 0, 0, 0, 0},  // ScheduleItemID
+    {{187846, 9}, TagType::string, 0, 0, 0, 0},  // SeriesUID
+    {{187855, 9}, TagType::string, 0, 0, 0, 0},  // ServiceID
+    {{187864, 7}, TagType::string, 0, 0, 0, 2},  // Watched
 };
 constexpr detail::TextRef kChoicesWTV[] = {
     {8747, 1}, {8738, 1},
@@ -11046,131 +11162,132 @@ constinit detail::StreamTags gTagsWTV("WTV", kText, kTagsWTV, kKeyOrderWTV, kCho
 
 // XML: 124 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsXML[] = {
-    {{191250, 3}, TagType::string, 8, 0, 0, 0},
-    {{185079, 5}, TagType::string, 0, 0, 0, 0},
-    {{191253, 7}, TagType::string, 0, 0, 0, 0},
-    {{185131, 4}, TagType::string, 0, 0, 0, 0},
-    {{191260, 8}, TagType::string, 0, 0, 0, 0},
-    {{180814, 4}, TagType::string, 0, 0, 0, 0},
-    {{191268, 6}, TagType::string, 0, 0, 0, 0},
-    {{191274, 6}, TagType::string, 0, 0, 0, 0},
-    {{191280, 9}, TagType::string, 0, 0, 0, 0},
-    {{191289, 12}, TagType::string, 0, 0, 0, 0},
-    {{191301, 13}, TagType::string, 0, 0, 0, 0},
-    {{191314, 22}, TagType::string, 0, 0, 0, 0},
-    {{191336, 32}, TagType::string, 0, 0, 0, 0},
-    {{191368, 32}, TagType::string, 0, 0, 0, 0},
-    {{191400, 10}, TagType::string, 0, 0, 0, 0},
-    {{191410, 11}, TagType::string, 0, 0, 0, 0},
-    {{191421, 10}, TagType::string, 0, 0, 0, 0},
-    {{191431, 20}, TagType::string, 0, 0, 0, 0},
-    {{191451, 9}, TagType::string, 0, 0, 0, 0},
-    {{191460, 6}, TagType::string, 0, 0, 0, 0},
-    {{191466, 7}, TagType::string, 0, 0, 0, 0},
-    {{191473, 13}, TagType::date, 0, 0, 0, 0},
-    {{191486, 10}, TagType::string, 0, 0, 0, 0},
-    {{191496, 11}, TagType::string, 0, 0, 0, 0},
-    {{191507, 11}, TagType::string, 0, 0, 0, 0},
-    {{191518, 8}, TagType::string, 0, 0, 0, 0},
-    {{191526, 11}, TagType::string, 0, 0, 0, 5},
-    {{191537, 14}, TagType::string, 0, 0, 0, 0},
-    {{191551, 6}, TagType::string, 0, 0, 0, 0},
-    {{191557, 9}, TagType::string, 0, 0, 0, 0},
-    {{191566, 5}, TagType::string, 0, 0, 0, 0},
-    {{191571, 12}, TagType::string, 0, 0, 0, 0},
-    {{191583, 12}, TagType::string, 0, 0, 0, 0},
-    {{191595, 13}, TagType::string, 0, 0, 0, 0},
-    {{191608, 17}, TagType::string, 0, 0, 5, 2},
-    {{180802, 8}, TagType::string, 0, 0, 0, 0},
-    {{191625, 5}, TagType::string, 0, 0, 0, 0},
-    {{191630, 13}, TagType::string, 0, 0, 5, 2},
-    {{191643, 7}, TagType::string, 0, 0, 0, 0},
-    {{191650, 8}, TagType::string, 0, 0, 0, 0},
-    {{191658, 7}, TagType::string, 0, 0, 0, 0},
-    {{191665, 6}, TagType::string, 0, 0, 0, 0},
-    {{191671, 5}, TagType::string, 0, 0, 0, 0},
-    {{191676, 6}, TagType::string, 0, 0, 0, 0},
-    {{191682, 5}, TagType::string, 0, 0, 0, 0},
-    {{191687, 5}, TagType::string, 0, 0, 0, 0},
-    {{191692, 10}, TagType::string, 0, 0, 0, 0},
-    {{191702, 18}, TagType::string, 0, 0, 0, 0},
-    {{191720, 7}, TagType::string, 0, 0, 0, 0},
-    {{191727, 9}, TagType::string, 0, 0, 0, 0},
-    {{191736, 7}, TagType::string, 0, 0, 0, 0},
-    {{191743, 12}, TagType::string, 0, 0, 0, 0},
-    {{191755, 10}, TagType::string, 0, 0, 0, 0},
-    {{191765, 12}, TagType::date, 0, 0, 0, 0},
-    {{191777, 9}, TagType::string, 0, 0, 0, 0},
-    {{191786, 9}, TagType::string, 0, 0, 5, 2},
-    {{191795, 9}, TagType::string, 0, 0, 5, 2},
-    {{191804, 6}, TagType::string, 0, 0, 0, 0},
-    {{191810, 6}, TagType::string, 0, 0, 0, 0},
-    {{181296, 6}, TagType::string, 0, 0, 0, 0},
-    {{191816, 15}, TagType::string, 0, 0, 0, 0},
-    {{191831, 8}, TagType::string, 0, 0, 0, 0},
-    {{191839, 13}, TagType::string, 0, 0, 0, 0},
-    {{191852, 13}, TagType::string, 0, 0, 0, 0},
-    {{191865, 6}, TagType::string, 0, 0, 0, 0},
-    {{191871, 5}, TagType::string, 0, 0, 0, 0},
-    {{191876, 8}, TagType::string, 0, 0, 0, 0},
-    {{181675, 10}, TagType::date, 0, 0, 0, 0},
-    {{191884, 11}, TagType::string, 0, 0, 0, 0},
-    {{191895, 14}, TagType::string, 0, 0, 0, 0},
-    {{191909, 11}, TagType::date, 0, 0, 0, 0},
-    {{6577, 10}, TagType::date, 0, 0, 0, 0},
-    {{191920, 12}, TagType::string, 0, 0, 0, 0},
-    {{191932, 14}, TagType::string, 0, 0, 0, 0},
-    {{6561, 16}, TagType::string, 0, 0, 0, 0},
-    {{181130, 8}, TagType::string, 0, 0, 0, 0},
-    {{8497, 11}, TagType::string, 0, 0, 0, 0},
-    {{8523, 12}, TagType::string, 0, 0, 0, 0},
-    {{8570, 11}, TagType::string, 0, 0, 0, 0},
-    {{191946, 11}, TagType::string, 0, 0, 0, 0},
-    {{191957, 4}, TagType::string, 1, 0, 0, 0},
-    {{191961, 11}, TagType::string, 1, 0, 0, 0},
-    {{191972, 9}, TagType::string, 1, 0, 0, 0},
-    {{191981, 9}, TagType::string, 1, 0, 0, 0},
-    {{191990, 13}, TagType::string, 1, 0, 0, 0},
-    {{192003, 6}, TagType::string, 1, 0, 0, 0},
-    {{192009, 8}, TagType::string, 0, 0, 0, 0},
-    {{192017, 12}, TagType::string, 0, 0, 0, 0},
-    {{192029, 7}, TagType::string, 0, 0, 0, 0},
-    {{192036, 23}, TagType::string, 0, 0, 0, 0},
-    {{192059, 16}, TagType::string, 0, 0, 0, 0},
-    {{192075, 17}, TagType::string, 0, 0, 0, 0},
-    {{192092, 16}, TagType::string, 0, 0, 0, 0},
-    {{192108, 12}, TagType::string, 0, 0, 0, 0},
-    {{185098, 9}, TagType::string, 0, 0, 0, 0},
-    {{192120, 18}, TagType::string, 0, 0, 0, 0},
-    {{192138, 13}, TagType::string, 0, 0, 0, 0},
-    {{192151, 9}, TagType::string, 0, 0, 0, 0},
-    {{181071, 11}, TagType::string, 0, 0, 0, 0},
-    {{192160, 11}, TagType::string, 0, 0, 0, 0},
-    {{3308, 10}, TagType::string, 0, 0, 0, 0},
-    {{192171, 9}, TagType::string, 8, 0, 0, 0},
-    {{192180, 13}, TagType::string, 0, 0, 0, 0},
-    {{192193, 11}, TagType::string, 8, 0, 0, 0},
-    {{192204, 18}, TagType::string, 0, 0, 0, 0},
-    {{192222, 7}, TagType::string, 0, 0, 0, 0},
-    {{192229, 9}, TagType::string, 0, 0, 0, 0},
-    {{192238, 13}, TagType::string, 0, 0, 0, 0},
-    {{192251, 16}, TagType::string, 0, 0, 0, 0},
-    {{6531, 11}, TagType::string, 0, 0, 0, 0},
-    {{192267, 17}, TagType::string, 0, 0, 0, 0},
-    {{192284, 11}, TagType::string, 0, 0, 0, 0},
-    {{192295, 14}, TagType::string, 0, 0, 0, 0},
-    {{192309, 11}, TagType::string, 0, 0, 0, 0},
-    {{192320, 17}, TagType::string, 0, 0, 0, 0},
-    {{192337, 4}, TagType::string, 0, 0, 0, 0},
-    {{192341, 9}, TagType::string, 0, 0, 0, 0},
-    {{185200, 7}, TagType::string, 0, 0, 0, 0},
-    {{192350, 16}, TagType::string, 0, 0, 0, 0},
-    {{185300, 5}, TagType::string, 0, 0, 0, 0},
-    {{192366, 10}, TagType::string, 0, 0, 0, 0},
-    {{192376, 6}, TagType::string, 0, 0, 0, 0},
-    {{6554, 7}, TagType::string, 0, 0, 0, 0},
-    {{192382, 8}, TagType::string, 1, 0, 0, 0},
+    {{191250, 3}, TagType::string, 8, 0, 0, 0},  // XML
+    {{185079, 5}, TagType::string, 0, 0, 0, 0},  // Album
+    {{191253, 7}, TagType::string, 0, 0, 0, 0},  // Caption
+    {{185131, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{191260, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
+    {{180814, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{191268, 6}, TagType::string, 0, 0, 0, 0},  // People
+    {{191274, 6}, TagType::string, 0, 0, 0, 0},  // Places
+    {{191280, 9}, TagType::string, 0, 0, 0, 0},  // Tool_Name
+    {{191289, 12}, TagType::string, 0, 0, 0, 0},  // Tool_Version
+    {{191301, 13}, TagType::string, 0, 0, 0, 0},  // TimeStampList
+    {{191314, 22}, TagType::string, 0, 0, 0, 0},  // FilterParametersBinary
+    {{191336, 32}, TagType::string, 0, 0, 0, 0},  // FilterParametersCustomCustomData
+    {{191368, 32}, TagType::string, 0, 0, 0, 0},  // FilterParametersExportExportData
+    {{191400, 10}, TagType::string, 0, 0, 0, 0},  // AppVersion
+    {{191410, 11}, TagType::string, 0, 0, 0, 0},  // Application
+    {{191421, 10}, TagType::string, 0, 0, 0, 0},  // Characters
+    {{191431, 20}, TagType::string, 0, 0, 0, 0},  // CharactersWithSpaces
+    {{191451, 9}, TagType::string, 0, 0, 0, 0},  // CheckedBy
+    {{191460, 6}, TagType::string, 0, 0, 0, 0},  // Client
+    {{191466, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{191473, 13}, TagType::date, 0, 0, 0, 0},  // DateCompleted
+    {{191486, 10}, TagType::string, 0, 0, 0, 0},  // Department
+    {{191496, 11}, TagType::string, 0, 0, 0, 0},  // Destination
+    {{191507, 11}, TagType::string, 0, 0, 0, 0},  // Disposition
+    {{191518, 8}, TagType::string, 0, 0, 0, 0},  // Division
+    {{191526, 11}, TagType::string, 0, 0, 0, 5},  // DocSecurity
+    {{191537, 14}, TagType::string, 0, 0, 0, 0},  // DocumentNumber
+    {{191551, 6}, TagType::string, 0, 0, 0, 0},  // Editor
+    {{191557, 9}, TagType::string, 0, 0, 0, 0},  // ForwardTo
+    {{191566, 5}, TagType::string, 0, 0, 0, 0},  // Group
+    {{191571, 12}, TagType::string, 0, 0, 0, 0},  // HeadingPairs
+    {{191583, 12}, TagType::string, 0, 0, 0, 0},  // HiddenSlides
+    {{191595, 13}, TagType::string, 0, 0, 0, 0},  // HyperlinkBase
+    {{191608, 17}, TagType::string, 0, 0, 5, 2},  // HyperlinksChanged
+    {{180802, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{191625, 5}, TagType::string, 0, 0, 0, 0},  // Lines
+    {{191630, 13}, TagType::string, 0, 0, 5, 2},  // LinksUpToDate
+    {{191643, 7}, TagType::string, 0, 0, 0, 0},  // MMClips
+    {{191650, 8}, TagType::string, 0, 0, 0, 0},  // Mailstop
+    {{191658, 7}, TagType::string, 0, 0, 0, 0},  // Manager
+    {{191665, 6}, TagType::string, 0, 0, 0, 0},  // Matter
+    {{191671, 5}, TagType::string, 0, 0, 0, 0},  // Notes
+    {{191676, 6}, TagType::string, 0, 0, 0, 0},  // Office
+    {{191682, 5}, TagType::string, 0, 0, 0, 0},  // Owner
+    {{191687, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{191692, 10}, TagType::string, 0, 0, 0, 0},  // Paragraphs
+    {{191702, 18}, TagType::string, 0, 0, 0, 0},  // PresentationFormat
+    {{191720, 7}, TagType::string, 0, 0, 0, 0},  // Project
+    {{191727, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
+    {{191736, 7}, TagType::string, 0, 0, 0, 0},  // Purpose
+    {{191743, 12}, TagType::string, 0, 0, 0, 0},  // ReceivedFrom
+    {{191755, 10}, TagType::string, 0, 0, 0, 0},  // RecordedBy
+    {{191765, 12}, TagType::date, 0, 0, 0, 0},  // RecordedDate
+    {{191777, 9}, TagType::string, 0, 0, 0, 0},  // Reference
+    {{191786, 9}, TagType::string, 0, 0, 5, 2},  // ScaleCrop
+    {{191795, 9}, TagType::string, 0, 0, 5, 2},  // SharedDoc
+    {{191804, 6}, TagType::string, 0, 0, 0, 0},  // Slides
+    {{191810, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{181296, 6}, TagType::string, 0, 0, 0, 0},  // Status
+    {{191816, 15}, TagType::string, 0, 0, 0, 0},  // TelephoneNumber
+    {{191831, 8}, TagType::string, 0, 0, 0, 0},  // Template
+    {{191839, 13}, TagType::string, 0, 0, 0, 0},  // TitlesOfParts
+    {{191852, 13}, TagType::string, 0, 0, 0, 0},  // TotalEditTime
+    {{191865, 6}, TagType::string, 0, 0, 0, 0},  // Typist
+    {{191871, 5}, TagType::string, 0, 0, 0, 0},  // Words
+    {{191876, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{181675, 10}, TagType::date, 0, 0, 0, 0},  // CreateDate
+    {{191884, 11}, TagType::string, 0, 0, 0, 0},  // CreatedType
+    {{191895, 14}, TagType::string, 0, 0, 0, 0},  // LastModifiedBy
+    {{191909, 11}, TagType::date, 0, 0, 0, 0},  // LastPrinted
+    {{6577, 10}, TagType::date, 0, 0, 0, 0},  // ModifyDate
+    {{191920, 12}, TagType::string, 0, 0, 0, 0},  // ModifiedType
+    {{191932, 14}, TagType::string, 0, 0, 0, 0},  // RevisionNumber
+    {{6561, 16}, TagType::string, 0, 0, 0, 0},  // DateTimeOriginal
+    {{181130, 8}, TagType::string, 0, 0, 0, 0},  // Duration
+    {{8497, 11}, TagType::string, 0, 0, 0, 0},  // GPSLatitude
+    {{8523, 12}, TagType::string, 0, 0, 0, 0},  // GPSLongitude
+    {{8570, 11}, TagType::string, 0, 0, 0, 0},  // GPSMapDatum
+    {{191946, 11}, TagType::string, 0, 0, 0, 0},  // XMLFileType
+    {{191957, 4}, TagType::string, 1, 0, 0, 0},  // Cast
+    {{191961, 11}, TagType::string, 1, 0, 0, 0},  // Codirectors
+    {{191972, 9}, TagType::string, 1, 0, 0, 0},  // Directors
+    {{191981, 9}, TagType::string, 1, 0, 0, 0},  // Producers
+    {{191990, 13}, TagType::string, 1, 0, 0, 0},  // Screenwriters
+    {{192003, 6}, TagType::string, 1, 0, 0, 0},  // Studio
+    {{192009, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{192017, 12}, TagType::string, 0, 0, 0, 0},  // AccessRights
+    {{192029, 7}, TagType::string, 0, 0, 0, 0},  // Authors
+    {{192036, 23}, TagType::string, 0, 0, 0, 0},  // BibliographicReferences
+    {{192059, 16}, TagType::string, 0, 0, 0, 0},  // BriefDescription
+    {{192075, 17}, TagType::string, 0, 0, 0, 0},  // CompressionCodecs
+    {{192092, 16}, TagType::string, 0, 0, 0, 0},  // CompressionLevel
+    {{192108, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
+    {{185098, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
+    {{192120, 18}, TagType::string, 0, 0, 0, 0},  // CreatorApplication
+    {{192138, 13}, TagType::string, 0, 0, 0, 0},  // CreatorModule
+    {{192151, 9}, TagType::string, 0, 0, 0, 0},  // CreatorOS
+    {{181071, 11}, TagType::string, 0, 0, 0, 0},  // Description
+    {{192160, 11}, TagType::string, 0, 0, 0, 0},  // ImageBounds
+    {{3308, 10}, TagType::string, 0, 0, 0, 0},  // ColorSpace
+    {{192171, 9}, TagType::string, 8, 0, 0, 0},  // ImageData
+    {{192180, 13}, TagType::string, 0, 0, 0, 0},  // ImageGeometry
+    {{192193, 11}, TagType::string, 8, 0, 0, 0},  // ICC_Profile
+    {{192204, 18}, TagType::string, 0, 0, 0, 0},  // ICCProfileLocation
+    {{192222, 7}, TagType::string, 0, 0, 0, 0},  // ImageID
+    {{192229, 9}, TagType::string, 0, 0, 0, 0},  // ImageType
+    {{192238, 13}, TagType::string, 0, 0, 0, 0},  // ImageLocation
+    {{192251, 16}, TagType::string, 0, 0, 0, 0},  // ImagePixelOffset
+    {{6531, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
+    {{192267, 17}, TagType::string, 0, 0, 0, 0},  // ImagePixelStorage
+    {{192284, 11}, TagType::string, 0, 0, 0, 0},  // XResolution
+    {{192295, 14}, TagType::string, 0, 0, 0, 0},  // ResolutionUnit
+    {{192309, 11}, TagType::string, 0, 0, 0, 0},  // YResolution
+    {{192320, 17}, TagType::string, 0, 0, 0, 0},  // ImageSampleFormat
+    {{192337, 4}, TagType::string, 0, 0, 0, 0},  // UUID
+    {{192341, 9}, TagType::string, 0, 0, 0, 0},  // Languages
+    {{185200, 7}, TagType::string, 0, 0, 0, 0},  // License
+    {{192350, 16}, TagType::string, 0, 0, 0, 0},  // RelatedResources
+    {{185300, 5}, TagType::string, 0, 0, 0, 0},  // Title
+    {{192366, 10}, TagType::string, 0, 0, 0, 0},  // LastUpdate
+    {{192376, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{6554, 7}, TagType::string, 0, 0, 0, 0},  // Comment
+    {{192382, 8}, TagType::string, 1, 0, 0, 0},  // Projects
 };
 constexpr detail::TextRef kChoicesXML[] = {
     {8747, 1}, {8738, 1}, {8739, 1}, {8756, 1}, {8900, 1}, {192390, 5}, {192395, 4},

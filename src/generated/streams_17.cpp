@@ -7,80 +7,83 @@ namespace lorvane {
 namespace {
 
 constexpr char kText[] =
-    "Compression""Flags""ModifyDate""ExtraFlags""OperatingSystem""ArchivedFileName""Comment"
-    "ZipRequiredVersion""ZipBitFlag""ZipCompression""ZipModifyDate""ZipCRC""ZipCompressedSize"
-    "ZipUncompressedSize""ZipFileNameLength""ZipFileName""ZipFileComment""CompressedSize"
-    "UncompressedSize""PackingMethod""FileNameLength""FileVersion""8""1""2""4""16""0""10""11""12"
-    "13""255""3""5""6""7""9""14""18""19""96""97""98""48""49""50""51""52""53""ZIP:ArchivedFileName"
-    "Archived File Name""ZIP:Comment""ZIP:CompressedSize""Compressed Size""ZIP:Compression"
-    "ZIP:Compression:8""Deflated""ZIP:ExtraFlags""Extra Flags""ZIP:ExtraFlags:0""(none)"
-    "ZIP:ExtraFlags:2""Maximum Compression""ZIP:ExtraFlags:4""Fastest Algorithm""ZIP:FileNameLength"
-    "File Name Length""ZIP:FileVersion""File Version""ZIP:Flags""ZIP:Flags:1""Text""ZIP:Flags:16"
-    "ZIP:Flags:2""CRC16""ZIP:Flags:4""ExtraFields""ZIP:Flags:8""FileName""ZIP:ModifyDate"
-    "Modify Date""ZIP:OperatingSystem""Operating System""ZIP:OperatingSystem:0"
-    "FAT filesystem (MS-DOS, OS/2, NT/Win32) |\302\240MS-DOS |\302\240Win32""ZIP:OperatingSystem:1"
-    "Amiga |\302\240OS/2 |\302\240Unix""ZIP:OperatingSystem:10""TOPS-20""ZIP:OperatingSystem:11"
-    "NTFS filesystem (NT)""ZIP:OperatingSystem:12""QDOS""ZIP:OperatingSystem:13""Acorn RISCOS"
-    "ZIP:OperatingSystem:2""VMS (or OpenVMS) |\302\240Win32""ZIP:OperatingSystem:255""unknown"
-    "ZIP:OperatingSystem:3""Unix""ZIP:OperatingSystem:4""VM/CMS""ZIP:OperatingSystem:5""Atari TOS"
-    "ZIP:OperatingSystem:6""HPFS filesystem (OS/2, NT)""ZIP:OperatingSystem:7""Macintosh"
-    "ZIP:OperatingSystem:8""Z-System""ZIP:OperatingSystem:9""CP/M""ZIP:PackingMethod"
-    "Packing Method""ZIP:PackingMethod:48""Stored""ZIP:PackingMethod:49""Fastest"
-    "ZIP:PackingMethod:50""Fast""ZIP:PackingMethod:51""Normal""ZIP:PackingMethod:52"
-    "Good Compression""ZIP:PackingMethod:53""Best Compression""ZIP:UncompressedSize"
-    "Uncompressed Size""ZIP:ZipBitFlag""Zip Bit Flag""ZIP:ZipCRC""Zip CRC""ZIP:ZipCompressedSize"
-    "Zip Compressed Size""ZIP:ZipCompression""Zip Compression""ZIP:ZipCompression:0""None"
-    "ZIP:ZipCompression:1""Shrunk""ZIP:ZipCompression:10""Imploded (old IBM TERSE)"
-    "ZIP:ZipCompression:12""BZIP2""ZIP:ZipCompression:14""LZMA (EFS)""ZIP:ZipCompression:18"
-    "IBM TERSE (new)""ZIP:ZipCompression:19""IBM LZ77 z Architecture (PFS)""ZIP:ZipCompression:2"
-    "Reduced with compression factor 1""ZIP:ZipCompression:3""Reduced with compression factor 2"
-    "ZIP:ZipCompression:4""Reduced with compression factor 3""ZIP:ZipCompression:5"
-    "Reduced with compression factor 4""ZIP:ZipCompression:6""Imploded""ZIP:ZipCompression:7"
-    "Tokenized""ZIP:ZipCompression:8""ZIP:ZipCompression:9""Enhanced Deflate using Deflate64(tm)"
-    "ZIP:ZipCompression:96""JPEG recompressed""ZIP:ZipCompression:97""WavPack compressed"
-    "ZIP:ZipCompression:98""PPMd version I, Rev 1""ZIP:ZipFileComment""Zip File Comment"
-    "ZIP:ZipFileName""Zip File Name""ZIP:ZipFileNameLength""Zip File Name Length""ZIP:ZipModifyDate"
-    "Zip Modify Date""ZIP:ZipRequiredVersion""Zip Required Version""ZIP:ZipUncompressedSize"
-    "Zip Uncompressed Size""注释""压缩方案""文件改变的日期和时间""Commentaire""Schéma de compression""Deflaté"
-    "Longueur du nom du fichier""Version de format de fichier""Date de modification du fichier"
-    "Taille non compressée""Kommentar""Komprimierungsschema""Dateiformatversion""Änderungsdatum"
-    "Unbekannt""Zip Komprimierung""Commento""Compressione""(nessuno)""Algoritmo più veloce"
-    "Lunghezza nome file""Versione file""Testo""Nome file""Data modifica""Massimamente veloce"
-    "Veloce""Normale""Nessuno""Ridotto con fattore compressione 1"
-    "Ridotto con fattore compressione 2""Ridotto con fattore compressione 3"
-    "Ridotto con fattore compressione 4""コメント""圧縮計画""ファイル形式バージョン""ファイル作成日時""Comentario"
-    "Tamaño Comprimido""Compresión""Versión Formato Archivo""Texto""Nombre de Archivo"
-    "Fecha y Hora de Cambio del Archivo""Sistema Operativo""desconocido""Almacenado""Mas Rápido"
-    "Rápido""Buena Compresión""Mejor Compresión""Tamaño Descomprimido""Zip Tamaño Comprimido"
-    "Compresión Zip""Ninguno""Reducido con factor de compresión 1"
-    "Reducido con factor de compresión 2""Reducido con factor de compresión 3"
-    "Reducido con factor de compresión 4""Zip Tamaño Descomprimido";
+    "Compression" "Flags" "ModifyDate" "ExtraFlags" "OperatingSystem" "ArchivedFileName" "Comment"
+    "ZipRequiredVersion" "ZipBitFlag" "ZipCompression" "ZipModifyDate" "ZipCRC" "ZipCompressedSize"
+    "ZipUncompressedSize" "ZipFileNameLength" "ZipFileName" "ZipFileComment" "CompressedSize"
+    "UncompressedSize" "PackingMethod" "FileNameLength" "FileVersion" "8" "1" "2" "4" "16" "0" "10"
+    "11" "12" "13" "255" "3" "5" "6" "7" "9" "14" "18" "19" "96" "97" "98" "48" "49" "50" "51" "52"
+    "53" "ZIP:ArchivedFileName" "Archived File Name" "ZIP:Comment" "ZIP:CompressedSize"
+    "Compressed Size" "ZIP:Compression" "ZIP:Compression:8" "Deflated" "ZIP:ExtraFlags"
+    "Extra Flags" "ZIP:ExtraFlags:0" "(none)" "ZIP:ExtraFlags:2" "Maximum Compression"
+    "ZIP:ExtraFlags:4" "Fastest Algorithm" "ZIP:FileNameLength" "File Name Length" "ZIP:FileVersion"
+    "File Version" "ZIP:Flags" "ZIP:Flags:1" "Text" "ZIP:Flags:16" "ZIP:Flags:2" "CRC16"
+    "ZIP:Flags:4" "ExtraFields" "ZIP:Flags:8" "FileName" "ZIP:ModifyDate" "Modify Date"
+    "ZIP:OperatingSystem" "Operating System" "ZIP:OperatingSystem:0"
+    "FAT filesystem (MS-DOS, OS/2, NT/Win32) |\302\240MS-DOS |\302\240Win32" "ZIP:OperatingSystem:1"
+    "Amiga |\302\240OS/2 |\302\240Unix" "ZIP:OperatingSystem:10" "TOPS-20" "ZIP:OperatingSystem:11"
+    "NTFS filesystem (NT)" "ZIP:OperatingSystem:12" "QDOS" "ZIP:OperatingSystem:13" "Acorn RISCOS"
+    "ZIP:OperatingSystem:2" "VMS (or OpenVMS) |\302\240Win32" "ZIP:OperatingSystem:255" "unknown"
+    "ZIP:OperatingSystem:3" "Unix" "ZIP:OperatingSystem:4" "VM/CMS" "ZIP:OperatingSystem:5"
+    "Atari TOS" "ZIP:OperatingSystem:6" "HPFS filesystem (OS/2, NT)" "ZIP:OperatingSystem:7"
+    "Macintosh" "ZIP:OperatingSystem:8" "Z-System" "ZIP:OperatingSystem:9" "CP/M"
+    "ZIP:PackingMethod" "Packing Method" "ZIP:PackingMethod:48" "Stored" "ZIP:PackingMethod:49"
+    "Fastest" "ZIP:PackingMethod:50" "Fast" "ZIP:PackingMethod:51" "Normal" "ZIP:PackingMethod:52"
+    "Good Compression" "ZIP:PackingMethod:53" "Best Compression" "ZIP:UncompressedSize"
+    "Uncompressed Size" "ZIP:ZipBitFlag" "Zip Bit Flag" "ZIP:ZipCRC" "Zip CRC"
+    "ZIP:ZipCompressedSize" "Zip Compressed Size" "ZIP:ZipCompression" "Zip Compression"
+    "ZIP:ZipCompression:0" "None" "ZIP:ZipCompression:1" "Shrunk" "ZIP:ZipCompression:10"
+    "Imploded (old IBM TERSE)" "ZIP:ZipCompression:12" "BZIP2" "ZIP:ZipCompression:14" "LZMA (EFS)"
+    "ZIP:ZipCompression:18" "IBM TERSE (new)" "ZIP:ZipCompression:19"
+    "IBM LZ77 z Architecture (PFS)" "ZIP:ZipCompression:2" "Reduced with compression factor 1"
+    "ZIP:ZipCompression:3" "Reduced with compression factor 2" "ZIP:ZipCompression:4"
+    "Reduced with compression factor 3" "ZIP:ZipCompression:5" "Reduced with compression factor 4"
+    "ZIP:ZipCompression:6" "Imploded" "ZIP:ZipCompression:7" "Tokenized" "ZIP:ZipCompression:8"
+    "ZIP:ZipCompression:9" "Enhanced Deflate using Deflate64(tm)" "ZIP:ZipCompression:96"
+    "JPEG recompressed" "ZIP:ZipCompression:97" "WavPack compressed" "ZIP:ZipCompression:98"
+    "PPMd version I, Rev 1" "ZIP:ZipFileComment" "Zip File Comment" "ZIP:ZipFileName"
+    "Zip File Name" "ZIP:ZipFileNameLength" "Zip File Name Length" "ZIP:ZipModifyDate"
+    "Zip Modify Date" "ZIP:ZipRequiredVersion" "Zip Required Version" "ZIP:ZipUncompressedSize"
+    "Zip Uncompressed Size" "注释" "压缩方案" "文件改变的日期和时间" "Commentaire" "Schéma de compression" "Deflaté"
+    "Longueur du nom du fichier" "Version de format de fichier" "Date de modification du fichier"
+    "Taille non compressée" "Kommentar" "Komprimierungsschema" "Dateiformatversion" "Änderungsdatum"
+    "Unbekannt" "Zip Komprimierung" "Commento" "Compressione" "(nessuno)" "Algoritmo più veloce"
+    "Lunghezza nome file" "Versione file" "Testo" "Nome file" "Data modifica" "Massimamente veloce"
+    "Veloce" "Normale" "Nessuno" "Ridotto con fattore compressione 1"
+    "Ridotto con fattore compressione 2" "Ridotto con fattore compressione 3"
+    "Ridotto con fattore compressione 4" "コメント" "圧縮計画" "ファイル形式バージョン" "ファイル作成日時" "Comentario"
+    "Tamaño Comprimido" "Compresión" "Versión Formato Archivo" "Texto" "Nombre de Archivo"
+    "Fecha y Hora de Cambio del Archivo" "Sistema Operativo" "desconocido" "Almacenado" "Mas Rápido"
+    "Rápido" "Buena Compresión" "Mejor Compresión" "Tamaño Descomprimido" "Zip Tamaño Comprimido"
+    "Compresión Zip" "Ninguno" "Reducido con factor de compresión 1"
+    "Reducido con factor de compresión 2" "Reducido con factor de compresión 3"
+    "Reducido con factor de compresión 4" "Zip Tamaño Descomprimido";
 
 // ZIP: 22 tags
 
+// key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsZIP[] = {
-    {{0, 11}, TagType::int8u, 0, 0, 0, 1},
-    {{11, 5}, TagType::int8u, 0, 0, 1, 5},
-    {{16, 10}, TagType::int32u, 0, 0, 0, 0},
-    {{26, 10}, TagType::int8u, 0, 0, 6, 3},
-    {{36, 15}, TagType::int8u, 0, 0, 9, 15},
-    {{51, 16}, TagType::string, 0, 0, 0, 0},
-    {{67, 7}, TagType::int8u, 0, 0, 0, 0},
-    {{74, 18}, TagType::int16u, 0, 0, 0, 0},
-    {{92, 10}, TagType::int16u, 0, 0, 0, 0},
-    {{102, 14}, TagType::int16u, 0, 0, 24, 18},
-    {{116, 13}, TagType::int32u, 0, 0, 0, 0},
-    {{129, 6}, TagType::int32u, 0, 0, 0, 0},
-    {{135, 17}, TagType::int32u, 0, 0, 0, 0},
-    {{152, 19}, TagType::int32u, 0, 0, 0, 0},
-    {{171, 17}, TagType::int16u, 0, 0, 0, 0},
-    {{188, 11}, TagType::string, 0, 0, 0, 0},
-    {{199, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{213, 14}, TagType::int32u, 0, 0, 0, 0},
-    {{227, 16}, TagType::int32u, 0, 0, 0, 0},
-    {{243, 13}, TagType::int8u, 0, 0, 42, 6},
-    {{256, 14}, TagType::int16u, 0, 0, 0, 0},
-    {{270, 11}, TagType::string, 0, 0, 0, 0},
+    {{0, 11}, TagType::int8u, 0, 0, 0, 1},  // Compression
+    {{11, 5}, TagType::int8u, 0, 0, 1, 5},  // Flags
+    {{16, 10}, TagType::int32u, 0, 0, 0, 0},  // ModifyDate
+    {{26, 10}, TagType::int8u, 0, 0, 6, 3},  // ExtraFlags
+    {{36, 15}, TagType::int8u, 0, 0, 9, 15},  // OperatingSystem
+    {{51, 16}, TagType::string, 0, 0, 0, 0},  // ArchivedFileName
+    {{67, 7}, TagType::int8u, 0, 0, 0, 0},  // Comment
+    {{74, 18}, TagType::int16u, 0, 0, 0, 0},  // ZipRequiredVersion
+    {{92, 10}, TagType::int16u, 0, 0, 0, 0},  // ZipBitFlag
+    {{102, 14}, TagType::int16u, 0, 0, 24, 18},  // ZipCompression
+    {{116, 13}, TagType::int32u, 0, 0, 0, 0},  // ZipModifyDate
+    {{129, 6}, TagType::int32u, 0, 0, 0, 0},  // ZipCRC
+    {{135, 17}, TagType::int32u, 0, 0, 0, 0},  // ZipCompressedSize
+    {{152, 19}, TagType::int32u, 0, 0, 0, 0},  // ZipUncompressedSize
+    {{171, 17}, TagType::int16u, 0, 0, 0, 0},  // ZipFileNameLength
+    {{188, 11}, TagType::string, 0, 0, 0, 0},  // ZipFileName
+    {{199, 14}, TagType::int16u, 0, 0, 0, 0},  // ZipFileComment
+    {{213, 14}, TagType::int32u, 0, 0, 0, 0},  // CompressedSize
+    {{227, 16}, TagType::int32u, 0, 0, 0, 0},  // UncompressedSize
+    {{243, 13}, TagType::int8u, 0, 0, 42, 6},  // PackingMethod
+    {{256, 14}, TagType::int16u, 0, 0, 0, 0},  // FileNameLength
+    {{270, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
 };
 constexpr detail::TextRef kChoicesZIP[] = {
     {281, 1}, {282, 1}, {283, 1}, {284, 1}, {281, 1}, {285, 2}, {287, 1}, {283, 1}, {284, 1},

@@ -95,30 +95,3 @@ TEST(ETSettings, StoresAnyValueAsItComesAndTheGuardPutsTheOldOnesBack) {
   EXPECT_EQ(settings.quickTimeKeysLevel(), 0);
   EXPECT_TRUE(settings.extraArguments().empty());
 }
-
-TEST(ETSettings, ConcurrentWritersAndReadersNeverSeeATornList) {
-  lorvane::test::SettingsGuard guard;
-  auto& settings = ETSettings::shared();
-  const std::vector<std::string> shortList{"-a"};
-  const std::vector<std::string> longList{"-b", "-c", "-d", "-e"};
-  std::atomic<bool> bad = false;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&, i] {
-      for (int n = 0; n < 500; ++n) {
-        if (i % 2 == 0) {
-          settings.setExtraArguments(n % 2 == 0 ? shortList : longList);
-        } else {
-          const auto seen = settings.extraArguments();
-          if (!seen.empty() && seen != shortList && seen != longList) {
-            bad = true;
-          }
-        }
-      }
-    });
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
-  EXPECT_FALSE(bad);
-}

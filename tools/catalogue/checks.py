@@ -245,7 +245,8 @@ def run_checks(catalogue, stated, out=print):
     c.check("string entries in all", sum(len(t) for s in streams for t in s.tables.values()),
             strings["entries"])
     for lang in TRANSLATED:
-        c.check(f"streams without a {LANGUAGE_NAMES[lang]} table",
+        article = "an" if LANGUAGE_NAMES[lang][0] in "AEIOU" else "a"
+        c.check(f"streams without {article} {LANGUAGE_NAMES[lang]} table",
                 [s.name for s in streams if lang not in s.tables], strings["streams_without_table"][lang])
     c.check("streams without an English table", [s.name for s in streams if "en" not in s.tables], [])
     english = [(key, text) for s in streams for key, text in s.tables["en"].items()]

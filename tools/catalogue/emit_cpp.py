@@ -73,10 +73,10 @@ class TextPool:
         line = ""
         for text in self.strings:
             literal = cpp_string(text)
-            if line and len(line) + len(literal) > 96:
+            if line and len(line) + 1 + len(literal) > 96:
                 lines.append("    " + line)
                 line = ""
-            line += literal
+            line = f"{line} {literal}" if line else literal
         lines.append("    " + (line or '""') + ";")
         return "\n".join(lines)
 
@@ -111,12 +111,13 @@ def _stream_source(stream, pool):
         if choices and choices not in first_choice:
             first_choice[choices] = len(choice_rows)
             choice_rows.extend(choices)
+    out.append("// key, type, flags, count, first choice, number of choices")
     out.append(f"constexpr detail::TagRow kTags{s}[] = {{")
     for tag in stream.tags:
         flags = sum(bit for flag, bit in FLAG_BITS.items() if tag.has(flag))
         first = first_choice.get(tuple(tag.choices), 0)
         out.append(f"    {{{pool.ref(tag.key)}, TagType::{type_constant(tag.type)}, {flags}, "
-                   f"{tag.count}, {first}, {len(tag.choices)}}},")
+                   f"{tag.count}, {first}, {len(tag.choices)}}},  // {tag.key}")
     out.append("};")
     if choice_rows:
         out.append(f"constexpr detail::TextRef kChoices{s}[] = {{")

@@ -39,12 +39,14 @@ std::string readFile(const std::filesystem::path& path) {
 // Runs lorvane-show with these arguments, after `environment` (shell assignments).
 ProgramResult show(const std::vector<std::string>& arguments, const std::string& environment = "") {
   TemporaryFolder folder;
-  std::string command = environment + " " + quoted(LORVANE_SHOW_PROGRAM);
-  for (const auto& argument : arguments) {
-    command += " " + quoted(argument);
+  // Appends only: GCC 12 warns falsely (-Wrestrict) on a literal + string at -O3.
+  std::string command = environment;
+  command.append(" ").append(quoted(LORVANE_SHOW_PROGRAM));
+  for (const auto& word : arguments) {
+    command.append(" ").append(quoted(word));
   }
-  command += " > " + quoted((folder.path() / "out").string()) + " 2> " +
-             quoted((folder.path() / "err").string());
+  command.append(" > ").append(quoted((folder.path() / "out").string()));
+  command.append(" 2> ").append(quoted((folder.path() / "err").string()));
   const int raw = std::system(command.c_str());
   ProgramResult result;
   result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;

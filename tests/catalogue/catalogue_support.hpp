@@ -4,12 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace lorvane::test {
 
@@ -26,13 +23,5 @@ const std::map<std::string, const TagItem*, std::less<>>& itemsByName();
 
 // The seven language codes of the data files, in the order of ETLanguage::Case.
 std::string_view dataCode(ETLanguage language);
-
-// Runs a program to its end and gives what it wrote to standard output. Its environment is
-// this process's with `changes` applied: a name mapped to nothing is removed.
-std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                          const std::map<std::string, std::optional<std::string>>& changes);
-
-// This test program's own path, to run some of its tests again in a child process.
-std::filesystem::path testProgram();
 
 }  // namespace lorvane::test

@@ -77,10 +77,10 @@ TEST(CatalogueTotals, EveryStreamHasItsStatedTagsChoicesAndEnglishEntries) {
 
 TEST(CatalogueTotals, FlagsByStream) {
   const auto& flags = statedTotals()["flags"];
+  // Writable tags are counted by stream above.
   const std::vector<std::pair<const char*, bool (TagItem::*)() const>> all{
-      {"list", &TagItem::isList},     {"writable", &TagItem::isWritable},
-      {"flatten", &TagItem::isFlatten}, {"binary", &TagItem::isBinary},
-      {"unsafe", &TagItem::isUnsafe}};
+      {"list", &TagItem::isList}, {"flatten", &TagItem::isFlatten},
+      {"binary", &TagItem::isBinary}, {"unsafe", &TagItem::isUnsafe}};
   for (const auto& [name, flag] : all) {
     SCOPED_TRACE(name);
     const auto counts = countOf(flag);
@@ -91,7 +91,6 @@ TEST(CatalogueTotals, FlagsByStream) {
       EXPECT_EQ(counts.contains(stream) ? counts.at(stream) : 0, count) << stream;
     }
   }
-  EXPECT_EQ(countOf(&TagItem::isFlatten), (std::map<std::string, int>{{"XMP", 1727}}));
   int unsafeWritable = 0;
   for (const TagItem* item : TagItem::allCases()) {
     unsafeWritable += item->isUnsafe() && item->isWritable();
@@ -124,16 +123,12 @@ TEST(CatalogueTotals, CountsAndTypes) {
   }
   EXPECT_EQ(largest->count(), count["largest"]["value"]);
   EXPECT_EQ(largest->name().rawValue(), count["largest"]["tag"]);
-  std::map<std::string, int> statedTypes;
-  for (const auto& [type, tags] : statedTotals()["types"].items()) {
-    statedTypes[type] = tags;
-  }
-  EXPECT_EQ(types, statedTypes);
+  EXPECT_EQ(types, (statedTotals()["types"].get<std::map<std::string, int>>()));
 }
 
 TEST(CatalogueTotals, ChoicesTheirRepeatsAndTheLongestLists) {
+  // The tags with choices and their values are counted by stream above.
   const auto& choices = statedTotals()["choices"];
-  int withChoices = 0;
   int values = 0;
   int distinct = 0;
   int listsWithRepeats = 0;
@@ -141,14 +136,11 @@ TEST(CatalogueTotals, ChoicesTheirRepeatsAndTheLongestLists) {
   for (const TagItem* item : TagItem::allCases()) {
     const auto list = item->choices();
     const std::set<std::string_view> once(list.begin(), list.end());
-    withChoices += !list.empty();
     values += static_cast<int>(list.size());
     distinct += static_cast<int>(once.size());
     listsWithRepeats += once.size() < list.size();
     longest = std::max(longest, list.size());
   }
-  EXPECT_EQ(withChoices, choices["tags"]);
-  EXPECT_EQ(values, choices["values"]);
   EXPECT_EQ(distinct, choices["distinct_values"]);
   EXPECT_EQ(values - distinct, choices["repeats"]);
   EXPECT_EQ(listsWithRepeats, choices["lists_with_repeats"]);
@@ -160,12 +152,10 @@ TEST(CatalogueTotals, ChoicesTheirRepeatsAndTheLongestLists) {
 
 TEST(CatalogueTotals, EnglishTablesHoldATitleForEveryTagAndALabelForEveryValue) {
   constexpr std::string_view alternative = " |\u00a0";
-  std::size_t entries = 0;
   std::size_t labelAlternatives = 0;
   std::size_t titleAlternatives = 0;
   for (const TagItem* item : TagItem::allCases()) {
     const TagStringTable& english = item->strings().defaultTable();
-    entries += item->index() == 0 ? english.size() : 0;
     const auto title = english.find(item->name().rawValue());
     ASSERT_TRUE(title) << item->name();
     titleAlternatives += title->find(alternative) != std::string_view::npos;
@@ -176,11 +166,6 @@ TEST(CatalogueTotals, EnglishTablesHoldATitleForEveryTagAndALabelForEveryValue) 
       labelAlternatives += label->find(alternative) != std::string_view::npos;
     }
   }
-  std::size_t stated = 0;
-  for (const auto& [name, stream] : statedTotals()["streams"].items()) {
-    stated += stream["string_entries"]["en"].get<std::size_t>();
-  }
-  EXPECT_EQ(entries, stated);
   const auto& alternatives = statedTotals()["strings"]["english_alternatives"];
   EXPECT_EQ(labelAlternatives, alternatives["labels"]);
   EXPECT_EQ(titleAlternatives, alternatives["titles"]);

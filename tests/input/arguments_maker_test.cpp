@@ -92,17 +92,6 @@ TEST_F(ArgumentsMakerTest, ExtraArgumentsAreReadAtEachMake) {
             (Strings{"-q", "-fast"} + Strings(defaults.begin() + 1, defaults.end())));
 }
 
-TEST_F(ArgumentsMakerTest, EachBlockAppendsAFreshMakersList) {
-  ETInput input;
-  EXPECT_TRUE(input.arguments.empty());
-  input.addArguments([](Maker&) {});
-  input.addArguments([](Maker& maker) { maker.enableShortTags = true; });
-  input.addArguments([](Maker&) {});
-  EXPECT_EQ(input.arguments,
-            (defaults + Strings{"-q", "-charset", "UTF8", "-sep", ",", "-s", "-ee", "-b"} +
-             defaults));
-}
-
 TEST_F(ArgumentsMakerTest, ListFormMakesOneMakerPerElement) {
   const std::vector<std::string> files{"/1.jpg", "/2.jpg", "/3.jpg"};
   ETInput input;

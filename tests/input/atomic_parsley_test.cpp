@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "outside_tool.hpp"
@@ -23,16 +21,11 @@ constexpr const char* castPlist =
     R"(<plist version="1.0"><dict><key>cast</key><array><dict><key>name</key>)"
     R"(<string>Jane Doe</string></dict></array></dict></plist>)";
 
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 // The bytes of the movie's media data, wherever the metadata has put them in the file.
 std::string mediaData(const std::filesystem::path& file) {
   const auto offset = std::stoul(exifToolValue(file, "MediaDataOffset"));
   const auto size = std::stoul(exifToolValue(file, "MediaDataSize"));
-  return contents(file).substr(offset, size);
+  return lorvane::test::fileContents(file).substr(offset, size);
 }
 
 // The sample clip, copied into a folder and file name with blanks, with an iTunMOVI atom
@@ -73,10 +66,10 @@ TEST_F(AtomicParsleyTest, RemovesTheAtomAndKeepsEverythingElse) {
 }
 
 TEST_F(AtomicParsleyTest, MissingToolLeavesTheFileAlone) {
-  const std::string before = contents(movie);
+  const std::string before = lorvane::test::fileContents(movie);
   lorvane::ETSettings::shared().setBinariesFolderURL(folder.path() / "no such folder");
 
   AtomicParsley::deleteiTunMOVI(movie);
 
-  EXPECT_EQ(contents(movie), before);
+  EXPECT_EQ(lorvane::test::fileContents(movie), before);
 }

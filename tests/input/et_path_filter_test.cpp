@@ -11,29 +11,18 @@ using Paths = std::vector<std::filesystem::path>;
 using Strings = std::vector<std::string>;
 
 TEST(ETPathFilter, ArgumentsPassEverySuffixOnAsWritten) {
-  EXPECT_EQ(ETPathFilter::suffix({"jpg"}).arguments(), (Strings{"-ext", "jpg"}));
   EXPECT_EQ(ETPathFilter::suffix({"jpg", "JPG", ".png", "jpg"}).arguments(),
             (Strings{"-ext", "jpg", "-ext", "JPG", "-ext", ".png", "-ext", "jpg"}));
   EXPECT_TRUE(ETPathFilter::suffix({}).arguments().empty());
 }
 
-TEST(ETPathFilter, EmptyListLetsEverythingThrough) {
-  const Paths paths{"/a/b.jpg", "/a/README", "/a/.bashrc", "/a/b.jpg"};
-  EXPECT_EQ(ETPathFilter::suffix({}).filter(paths), paths);
-}
-
-TEST(ETPathFilter, FilterComparesExtensionsIgnoringLetterCase) {
-  const Paths paths{"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/jpg", "/y/b.jpg"};
+TEST(ETPathFilter, FilterComparesExtensionsIgnoringLetterCaseAndKeepsOrderAndRepeats) {
+  const Paths paths{"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/jpg", "/x/b.jpg"};
+  EXPECT_EQ(ETPathFilter::suffix({}).filter(paths), paths);  // an empty list lets all through
   EXPECT_EQ(ETPathFilter::suffix({"jpg"}).filter(paths),
-            (Paths{"/x/a.JPG", "/x/b.jpg", "/y/b.jpg"}));
-  EXPECT_EQ(ETPathFilter::suffix({"jpg", "JPG"}).filter(paths),
-            ETPathFilter::suffix({"jpg"}).filter(paths));
-  EXPECT_TRUE(ETPathFilter::suffix({"jpg", "png"}).filter(Paths{}).empty());
-}
-
-TEST(ETPathFilter, FilterKeepsInputOrderAndRepeats) {
-  const Paths paths{"b.png", "a.jpg", "b.png"};
-  EXPECT_EQ(ETPathFilter::suffix({"jpg", "png"}).filter(paths), paths);
+            (Paths{"/x/a.JPG", "/x/b.jpg", "/x/b.jpg"}));
+  EXPECT_EQ(ETPathFilter::suffix({"png", "jpg", "JPG"}).filter(paths),
+            (Paths{"/x/a.JPG", "/x/b.jpg", "/x/c.png", "/x/b.jpg"}));
 }
 
 TEST(ETPathFilter, OnlyTheTextBehindTheLastDotCounts) {
@@ -57,7 +46,6 @@ TEST(ETPathFilter, FilterUsesFullUnicodeUpperCasing) {
 }
 
 TEST(ETPathFilter, EqualityIsByPositionAndLetterCase) {
-  EXPECT_EQ(ETPathFilter::suffix({"jpg", "png"}), ETPathFilter::suffix({"jpg", "png"}));
   EXPECT_NE(ETPathFilter::suffix({"jpg", "png"}), ETPathFilter::suffix({"png", "jpg"}));
   EXPECT_NE(ETPathFilter::suffix({"jpg", "png"}), ETPathFilter::suffix({"JPG", "PNG"}));
   EXPECT_NE(ETPathFilter::suffix({"jpg"}), ETPathFilter::suffix({"jpg", "jpg"}));

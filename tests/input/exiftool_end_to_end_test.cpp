@@ -41,9 +41,7 @@ std::string fileName(const json& result) { return result.at("FileName").get<std:
 class ExifToolEndToEnd : public ::testing::Test {
 protected:
   std::filesystem::path copyPhoto(const std::string& name) {
-    const auto path = folder.path() / name;
-    std::filesystem::copy_file(lorvane::test::dataFolder() / "plain.jpg", path);
-    return path;
+    return lorvane::test::copyOfPlainJpeg(folder.path(), name);
   }
 
   lorvane::test::TemporaryFolder folder;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <fstream>
 #include <mutex>
 #include <thread>
 
@@ -16,17 +15,6 @@
 using namespace lorvane;
 using lorvane::test::copyOfPlainJpeg;
 using lorvane::test::TemporaryFolder;
-
-namespace {
-
-std::vector<std::byte> fileBytes(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::vector<char> chars((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  const auto view = std::as_bytes(std::span(chars));
-  return {view.begin(), view.end()};
-}
-
-}  // namespace
 
 TEST(ETProcess, ReadsTheTagsOfARealJpegAsJson) {
   TemporaryFolder folder;
@@ -160,7 +148,8 @@ TEST(ETProcess, AnEmbeddedPreviewComesBackByteExact) {
   input.arguments = {"-b", "-ThumbnailImage", photo.string()};
   const ETOutput output = ETProcess::run(input);
   EXPECT_NO_THROW(output.throwIfErrors());
-  EXPECT_EQ(output.binaryData, fileBytes(preview));
+  const std::string expected = lorvane::test::fileContents(preview);
+  EXPECT_TRUE(std::ranges::equal(output.binaryData, std::as_bytes(std::span(expected))));
 }
 
 TEST(ETProcess, ARunStartedDuringARunReturnsAtOnceAndLeavesItAlone) {

@@ -19,6 +19,7 @@
 using namespace lorvane;
 using lorvane::test::FakeTool;
 using lorvane::test::TemporaryFolder;
+using lorvane::test::unknownLines;
 
 namespace {
 
@@ -34,16 +35,6 @@ constexpr std::string_view readBatch = R"(
 )";
 
 std::string script(std::string_view body) { return std::string(readBatch) + std::string(body); }
-
-std::vector<std::string> unknownLines(const ETOutput& output) {
-  std::vector<std::string> lines;
-  for (const auto& log : output.processLogs) {
-    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
-      lines.push_back(unknown->line);
-    }
-  }
-  return lines;
-}
 
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;

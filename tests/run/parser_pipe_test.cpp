@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.hpp"
+
 using lorvane::ETOutput;
 using lorvane::ETParserPipe;
 using lorvane::ETProcess;
@@ -18,15 +20,7 @@ protected:
     parser.flushPendingData();
     return process.output();
   }
-  std::vector<std::string> unknownLines() {
-    std::vector<std::string> lines;
-    for (const auto& log : process.output().processLogs) {
-      if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
-        lines.push_back(unknown->line);
-      }
-    }
-    return lines;
-  }
+  std::vector<std::string> unknownLines() { return lorvane::test::unknownLines(process.output()); }
 
   ETProcess process;
   ETParserPipe parser{process};
@@ -43,9 +37,10 @@ TEST_F(ParserTest, RecognisesTheToolsMessages) {
        "Error: No ICC information to write - /a/three.jpg\n"
        "Warning: ICC_Profile deleted. Image colors may be affected - /a/four.jpg\n"
        "Error: File not found - /a/missing.jpg\n"
-       "Nothing changed in /a/trailing.jpg  \n");
+       "Nothing changed in /a/trailing.jpg  \n"
+       "'/a --> b' --> '/c'\n");
   const auto logs = finish().processLogs;
-  ASSERT_EQ(logs.size(), 7u);
+  ASSERT_EQ(logs.size(), 8u);
   EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[0]).path, "/a b/one.jpg");
   EXPECT_EQ(std::get<ETOutput::NothingToWrite>(logs[1]).path, "/a/new.xmp");
   EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[2]).from, "/a/old name.jpg");
@@ -56,14 +51,9 @@ TEST_F(ParserTest, RecognisesTheToolsMessages) {
   EXPECT_EQ(std::get<ETOutput::UnknownLog>(logs[5]).line, "Error: File not found - /a/missing.jpg\n");
   // The greedy capture takes trailing blanks into the path.
   EXPECT_EQ(std::get<ETOutput::NoChanges>(logs[6]).path, "/a/trailing.jpg  ");
-}
-
-TEST_F(ParserTest, AMoveLineWithTwoArrowsSplitsAtTheLastOne) {
-  feed("'/a --> b' --> '/c'\n");
-  const auto logs = finish().processLogs;
-  ASSERT_EQ(logs.size(), 1u);
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[0]).from, "/a --> b");
-  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[0]).to, "/c");
+  // A move with two arrows splits at the last one.
+  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[7]).from, "/a --> b");
+  EXPECT_EQ(std::get<ETOutput::FileMoved>(logs[7]).to, "/c");
 }
 
 TEST_F(ParserTest, ProgressLinesMoveProgressAndAreNotLogged) {
@@ -114,11 +104,4 @@ TEST_F(ParserTest, AChunkThatIsNotUTF8IsDroppedWhole) {
   feed("last\n");
   finish();
   EXPECT_EQ(unknownLines(), (Lines{"kept\n", "pending part\n", "last\n"}));
-}
-
-TEST_F(ParserTest, TheLastLineIsDecodedAtTheFlushAndKnownFormsStillWork) {
-  feed("======== /a.jpg [1/4]\n======== /a.jpg [2/4]");
-  EXPECT_DOUBLE_EQ(process.output().progress, 0.25);
-  EXPECT_DOUBLE_EQ(finish().progress, 0.5);
-  EXPECT_TRUE(process.output().processLogs.empty());
 }

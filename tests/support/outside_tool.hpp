@@ -1,15 +1,24 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace lorvane::test {
 
-// Runs a program of ETSettings' binaries folder ("exiftool", "atomicparsley") directly, with
-// the host's environment and standard error, and gives what it wrote to standard output.
-// Lets a test prepare or inspect files without going through the code under test.
-// Throws std::runtime_error when the program can't be started.
+// Environment variables to set, or to remove when mapped to nothing.
+using EnvironmentChanges = std::map<std::string, std::optional<std::string>>;
+
+// Runs a program to its end, with this process's environment plus `changes` and its standard
+// error, and gives what it wrote to standard output. Throws std::runtime_error when the
+// program can't be started.
+std::string programOutput(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                          const EnvironmentChanges& changes = {});
+
+// programOutput for a program of ETSettings' binaries folder ("exiftool", "atomicparsley"):
+// lets a test prepare or inspect files without going through the code under test.
 std::string outsideToolOutput(const std::string& name, const std::vector<std::string>& arguments);
 
 // The value of one tag as ExifTool prints it with "-s3" (value only), without the line end;

@@ -9,7 +9,7 @@
 #include <lorvane/et_settings.hpp>
 
 #include <fstream>
-
+#include <iterator>
 
 namespace lorvane::test {
 
@@ -46,6 +46,21 @@ SettingsGuard::~SettingsGuard() {
   settings.setQuickTimeUserDataLevel(userDataLevel_);
   settings.setQuickTimeKeysLevel(keysLevel_);
   settings.setExtraArguments(extraArguments_);
+}
+
+std::string fileContents(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> unknownLines(const ETOutput& output) {
+  std::vector<std::string> lines;
+  for (const auto& log : output.processLogs) {
+    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
+      lines.push_back(unknown->line);
+    }
+  }
+  return lines;
 }
 
 std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name) {

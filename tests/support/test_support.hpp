@@ -1,5 +1,7 @@
 #pragma once
 
+#include <lorvane/et_output.hpp>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -24,10 +26,6 @@ private:
   std::filesystem::path path_;
 };
 
-}  // namespace lorvane::test
-
-namespace lorvane::test {
-
 // Remembers every value of ETSettings::shared() and puts them back when dropped, so a test
 // can change the process-wide settings without touching the tests after it.
 class SettingsGuard {
@@ -49,9 +47,11 @@ private:
   std::vector<std::string> extraArguments_;
 };
 
-}  // namespace lorvane::test
+// The whole content of a file, as bytes in a string.
+std::string fileContents(const std::filesystem::path& file);
 
-namespace lorvane::test {
+// The lines of a run's output that matched no known message, in order.
+std::vector<std::string> unknownLines(const ETOutput& output);
 
 // A copy of tests/data/plain.jpg (64x48, no tags) in `folder`, named `name`.
 std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name);

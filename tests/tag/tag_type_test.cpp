@@ -23,23 +23,14 @@ TEST(TagType, RawValuesMatchExactlyOrAfterLowercasing) {
 }
 
 TEST(TagType, ClassesOfTheFormats) {
-  EXPECT_TRUE(TagType::digits.isShortString());
-  EXPECT_FALSE(TagType::digits.isNumber());
-  EXPECT_FALSE(TagType::partialdate.isDateTime());
-  EXPECT_TRUE(TagType::partialdate.isDateOnly() && TagType::partialdate.isDateTimeOrPartial());
-  EXPECT_TRUE(TagType::digitstime.isTimeOnly() && TagType::digitstime.isDateTimeOrPartial());
-
-  EXPECT_FALSE(TagType::imagedata.isImageData());
-  EXPECT_TRUE(TagType::imagedata.isForced());
-  EXPECT_TRUE(TagType::image_b64.isImageData() && TagType::image_b64.isSupported());
-  EXPECT_FALSE(TagType::image_b64.isForced());
-
-  EXPECT_TRUE(TagType::fixed32s.isInteger() && TagType::fixed32s.isSigned());
-  EXPECT_TRUE(TagType::fixed32s.allowsFloats());
-  EXPECT_TRUE(TagType::speed.isRational() && TagType::speed.isFloat() && TagType::speed.isNumber());
-  EXPECT_FALSE(TagType::speed.isSigned());
+  // The cases where a format's name suggests another class than it has.
+  EXPECT_TRUE(TagType::digits.isShortString() && !TagType::digits.isNumber());
+  EXPECT_TRUE(TagType::partialdate.isDateOnly() && !TagType::partialdate.isDateTime());
+  EXPECT_TRUE(TagType::imagedata.isForced() && !TagType::imagedata.isImageData());
+  EXPECT_TRUE(TagType::image_b64.isImageData() && !TagType::image_b64.isForced());
+  EXPECT_TRUE(TagType::fixed32s.isInteger() && TagType::fixed32s.allowsFloats());
+  EXPECT_TRUE(TagType::speed.isRational() && !TagType::speed.isSigned());
   EXPECT_FALSE(TagType::int16urev.allowsFloats());
-  EXPECT_TRUE(TagType::int32urev.allowsFloats());
 
   for (const TagType type : {TagType::boolean, TagType::country3166a3, TagType::signed_}) {
     EXPECT_FALSE(type.isString() || type.isNumber() || type.isDateTimeOrPartial() ||

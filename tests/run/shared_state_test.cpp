@@ -58,7 +58,8 @@ TEST(AtomicQueue, PassesResultsAndFailuresOn) {
 TEST(ETSettings, DefaultsPointAtTheBuildResourcesAndTheUserDataFolder) {
   const auto& settings = ETSettings::shared();
   if (std::getenv("LORVANE_RESOURCE_DIR") == nullptr) {
-    EXPECT_TRUE(std::filesystem::exists(settings.binariesFolderURL() / "perllib" / "Image" / "ExifTool.pm"));
+    const auto binaries = settings.binariesFolderURL();
+    EXPECT_TRUE(std::filesystem::exists(binaries / "perllib" / "Image" / "ExifTool.pm"));
   }
   const auto backup = settings.backupFolderURL();
   if (std::getenv("XDG_DATA_HOME") == nullptr && std::getenv("HOME") != nullptr) {

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 
@@ -13,6 +12,7 @@
 namespace {
 
 using lorvane::test::dataFolder;
+using lorvane::test::fileContents;
 using lorvane::test::TemporaryFolder;
 
 struct ProgramResult {
@@ -29,13 +29,6 @@ std::string quoted(const std::string& text) {
   return result + "'";
 }
 
-std::string readFile(const std::filesystem::path& path) {
-  std::ifstream stream(path);
-  std::stringstream text;
-  text << stream.rdbuf();
-  return text.str();
-}
-
 // Runs lorvane-show with these arguments, after `environment` (shell assignments).
 ProgramResult show(const std::vector<std::string>& arguments, const std::string& environment = "") {
   TemporaryFolder folder;
@@ -50,8 +43,8 @@ ProgramResult show(const std::vector<std::string>& arguments, const std::string&
   const int raw = std::system(command.c_str());
   ProgramResult result;
   result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  result.out = readFile(folder.path() / "out");
-  result.err = readFile(folder.path() / "err");
+  result.out = fileContents(folder.path() / "out");
+  result.err = fileContents(folder.path() / "err");
   return result;
 }
 

@@ -1,5 +1,5 @@
 // The viewer's road through the library: a real ExifTool run made of named options, its JSON
-// read against the catalogue, and the lorvane-show program as a user meets it.
+// read against the catalogue, and the lorvane program as a user meets it.
 
 #include <lorvane/lorvane.hpp>
 

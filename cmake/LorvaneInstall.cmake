@@ -12,7 +12,7 @@ install(TARGETS lorvane EXPORT LorvaneTargets
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # The binaries folder holds links to the tools of the machine; they are installed as links.
 install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane")
-install(TARGETS lorvane-show RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS lorvane-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 install(EXPORT LorvaneTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR})
 configure_package_config_file(cmake/LorvaneConfig.cmake.in

@@ -39,4 +39,4 @@ cpack_add_component(runtime DISPLAY_NAME "Lorvane library"
 cpack_add_component(dev DISPLAY_NAME "Lorvane development files" DEPENDS runtime
   DESCRIPTION "ExifTool runs and a localised catalogue of its tags (C++ headers, CMake package, pkg-config file)")
 cpack_add_component(program DISPLAY_NAME "lorvane program" DEPENDS runtime
-  DESCRIPTION "Shows the metadata of files with localised tag titles and value labels")
+  DESCRIPTION "The lorvane command: the metadata of files with localised tag titles and value labels")

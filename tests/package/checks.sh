@@ -14,7 +14,7 @@ expect() {
 
 # The installed program shows the sample picture with the catalogue's titles and labels.
 check_program() {
-  run "$1" tests/data/sample.jpg
+  run "$1" show tests/data/sample.jpg
   expect "Camera Model Name  *DemoCam One"
   expect "6 (Rotate 90 CW)"
 }

@@ -59,7 +59,7 @@ for package in $packages; do
 done
 
 cd "$source_dir"
-check_program /usr/bin/lorvane-show
+check_program /usr/bin/lorvane
 check_examples_with_cmake
 grep "^Lorvane_DIR:" "$work/cmake-build/CMakeCache.txt"
 grep -q "^Lorvane_DIR:PATH=/usr/lib/" "$work/cmake-build/CMakeCache.txt"

@@ -18,9 +18,9 @@ cmake --install "$build_dir" --prefix "$work/staged" > /dev/null
 mv "$work/staged" "$prefix"
 
 # The program takes the library and the binaries folder from its own prefix.
-run ldd "$prefix/bin/lorvane-show"
+run ldd "$prefix/bin/lorvane"
 expect "liblorvane.so.0 => $prefix/bin/../$libdir/liblorvane.so.0"
-check_program "$prefix/bin/lorvane-show"
+check_program "$prefix/bin/lorvane"
 
 check_examples_with_cmake -DCMAKE_PREFIX_PATH="$prefix"
 export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig" LD_LIBRARY_PATH="$prefix/$libdir"

@@ -130,51 +130,57 @@ private:
   bool optionsEnded_ = false;
 };
 
-// The options every command takes; false for one it doesn't know.
-bool takeCommonOption(Arguments& arguments, const std::string& word, std::optional<ETLanguage>& language) {
-  if (word == "--lang") {
-    const std::string text = arguments.value(word);
-    language = parseLanguage(text);
-    if (!language) {
-      throw UsageError("unknown language '" + text + "'");
-    }
-    return true;
+// Walks a command's words: "--lang", "--help" and "--" are everybody's; `option` takes the
+// command's own options (false: unknown), `operand` the other words. Then fixes the language.
+template <class Option, class Operand>
+std::optional<ETLanguage> walkCommand(Arguments& arguments, Option&& option, Operand&& operand) {
+  std::optional<ETLanguage> language;
+  arguments.walk(
+      [&](const std::string& word) {
+        if (word == "--lang") {
+          const std::string text = arguments.value(word);
+          language = parseLanguage(text);
+          if (!language) {
+            throw UsageError("unknown language '" + text + "'");
+          }
+        } else if (word == "--help") {
+          std::cout << usage;
+          std::exit(0);
+        } else if (word == "--") {
+          arguments.endOptions();
+          option(word);
+        } else if (!option(word)) {
+          throw UsageError("unknown option '" + word + "'");
+        }
+      },
+      operand);
+  if (language) {
+    chooseCatalogueLanguage(*language);
   }
-  if (word == "--help") {
-    std::cout << usage;
-    std::exit(0);
-  }
-  return false;
+  return language;
 }
 
 int show(Arguments& arguments) {
   app::ShowRequest request;
-  std::optional<ETLanguage> language;
-  arguments.walk(
+  const auto language = walkCommand(
+      arguments,
       [&](const std::string& word) {
-        if (takeCommonOption(arguments, word, language)) {
-        } else if (word == "--raw") {
+        if (word == "--raw") {
           request.printsToolJson = true;
         } else if (word == "--json") {
           request.printsJson = true;
-        } else if (word == "--") {
-          arguments.endOptions();
-        } else {
-          throw UsageError("unknown option '" + word + "'");
         }
+        return word == "--raw" || word == "--json" || word == "--";
       },
       [&](const std::string& word) { request.files.push_back(word); });
   if (request.files.empty()) {
     throw UsageError("no file given");
   }
-  if (language) {
-    chooseCatalogueLanguage(*language);
-  }
-  request.language = language.value_or(ETLanguage::local());
   if (const auto missing = missingExifTool()) {
     std::cerr << "lorvane: " << *missing << "\n";
     return noExifToolStatus;
   }
+  request.language = language.value_or(ETLanguage::local());
   request.drawsProgress = ::isatty(STDERR_FILENO) != 0;
   request.dimsRawValues = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
   return app::runShow(request, std::cout, std::cerr);
@@ -182,19 +188,16 @@ int show(Arguments& arguments) {
 
 int set(Arguments& arguments) {
   app::SetRequest request;
-  std::optional<ETLanguage> language;
   bool sawSeparator = false;
-  arguments.walk(
+  walkCommand(
+      arguments,
       [&](const std::string& word) {
-        if (takeCommonOption(arguments, word, language)) {
+        if (word == "--") {
+          sawSeparator = true;
         } else if (word == "--overwrite-original") {
           request.overwritesOriginal = true;
-        } else if (word == "--") {
-          sawSeparator = true;
-          arguments.endOptions();
-        } else {
-          throw UsageError("unknown option '" + word + "'");
         }
+        return word == "--" || word == "--overwrite-original";
       },
       [&](const std::string& word) {
         if (sawSeparator) {
@@ -211,9 +214,6 @@ int set(Arguments& arguments) {
   if (request.files.empty()) {
     throw UsageError("no file given (files follow a '--')");
   }
-  if (language) {
-    chooseCatalogueLanguage(*language);
-  }
   if (const auto missing = missingExifTool()) {
     std::cerr << "lorvane: " << *missing << "\n";
     return noExifToolStatus;
@@ -223,26 +223,19 @@ int set(Arguments& arguments) {
 
 int tags(Arguments& arguments) {
   app::TagsRequest request;
-  std::optional<ETLanguage> language;
-  arguments.walk(
+  walkCommand(
+      arguments,
       [&](const std::string& word) {
-        if (takeCommonOption(arguments, word, language)) {
-        } else if (word == "--choices") {
+        if (word == "--choices") {
           request.listsChoices = true;
         } else if (word == "--json") {
           request.printsJson = true;
-        } else if (word == "--") {
-          arguments.endOptions();
-        } else {
-          throw UsageError("unknown option '" + word + "'");
         }
+        return word == "--choices" || word == "--json" || word == "--";
       },
       [&](const std::string& word) { request.patterns.push_back(word); });
   if (request.patterns.empty()) {
     throw UsageError("no pattern given");
-  }
-  if (language) {
-    chooseCatalogueLanguage(*language);
   }
   return app::runTags(request, std::cout, std::cerr);
 }

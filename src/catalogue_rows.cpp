@@ -28,11 +28,17 @@ const TagItem& StreamTags::item(std::size_t index) {
         const TagItem::Choices view(choices);
         return BuiltItem{
             std::move(choices),
-            TagItemMaker::make(static_cast<int>(index), TagName(stream_, textAt(text_, row.key)),
-                               row.type, row.count, (row.flags & list) != 0,
-                               (row.flags & writable) != 0, (row.flags & flatten) != 0,
-                               (row.flags & binary) != 0, (row.flags & unsafe) != 0, view,
-                               strings_())};
+            TagItemMaker::make({.index = static_cast<int>(index),
+                                .name = TagName(stream_, textAt(text_, row.key)),
+                                .type = row.type,
+                                .count = row.count,
+                                .isList = (row.flags & list) != 0,
+                                .isWritable = (row.flags & writable) != 0,
+                                .isFlatten = (row.flags & flatten) != 0,
+                                .isBinary = (row.flags & binary) != 0,
+                                .isUnsafe = (row.flags & unsafe) != 0,
+                                .choices = view,
+                                .strings = &strings_()})};
       })
       .item;
 }

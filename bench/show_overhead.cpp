@@ -1,5 +1,5 @@
-// `lorvane show --jobs 1` against ExifTool alone on the same 200 files: what the catalogue lookups and
-// the run machinery add to the tool's own time, as a ratio of medians.
+// `lorvane show --jobs 1` against ExifTool alone on the same 200 files: what the catalogue
+// lookups and the run machinery add to the tool's own time, as a ratio of medians.
 //
 //   lorvane-bench-show_overhead [runs]     (default 7 runs of each, interleaved)
 

@@ -23,18 +23,7 @@ using lorvane::test::unknownLines;
 
 namespace {
 
-// The start of every fake tool: read the batch as the real tool must, up to its closing
-// lines, which end without a line end while standard input stays open.
-constexpr std::string_view readBatch = R"(
-  $| = 1;
-  my $batch = '';
-  while ($batch !~ /-stay_open\n0\n-execute\z/) {
-    sysread(STDIN, $batch, 65536, length $batch) or last;
-  }
-  my @arguments = split /\n/, $batch;
-)";
-
-std::string script(std::string_view body) { return std::string(readBatch) + std::string(body); }
+using lorvane::test::script;
 
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;

@@ -1,13 +1,14 @@
 // lorvane: shows and edits the metadata of files with ExifTool, in the words of Lorvane's tag
 // catalogue.
 //
-//   lorvane show [--lang L] [--raw] [--json] FILE...
+//   lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...
 //   lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...
 //   lorvane tags [--lang L] [--choices] [--json] PATTERN...
 
 #include <unistd.h>
 
 #include <cctype>
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -33,13 +34,14 @@ constexpr int usageStatus = 2;
 constexpr int noExifToolStatus = 3;
 
 constexpr const char* usage =
-    "usage: lorvane show [--lang L] [--raw] [--json] FILE...\n"
+    "usage: lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...\n"
     "       lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...\n"
     "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
     "\n"
     "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
     "       values as ExifTool prints them, the raw value after them where it differs\n"
     "       --raw   ExifTool's JSON as it came     --json  one JSON object per file\n"
+    "       --jobs N  N ExifTools side by side (default: one per hardware thread)\n"
     "set    writes tags, all files in one ExifTool run, after checking every assignment\n"
     "       against the catalogue (nothing is written if one fails). NAME is a catalogue\n"
     "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
@@ -169,8 +171,15 @@ int show(Arguments& arguments) {
           request.printsToolJson = true;
         } else if (word == "--json") {
           request.printsJson = true;
+        } else if (word == "--jobs") {
+          const std::string text = arguments.value(word);
+          const auto end = text.data() + text.size();
+          const auto [stop, error] = std::from_chars(text.data(), end, request.jobs);
+          if (error != std::errc() || stop != end || request.jobs == 0) {
+            throw UsageError("--jobs needs a whole number from 1 up, not '" + text + "'");
+          }
         }
-        return word == "--raw" || word == "--json" || word == "--";
+        return word == "--raw" || word == "--json" || word == "--jobs" || word == "--";
       },
       [&](const std::string& word) { request.files.push_back(word); });
   if (request.files.empty()) {

@@ -1,10 +1,9 @@
 #include "show_command.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <ostream>
 
-#include <lorvane/et_output.hpp>
-#include <lorvane/et_process.hpp>
 
 #include "file_tags.hpp"
 #include "tag_table.hpp"
@@ -30,11 +29,13 @@ bool namesAFile(const std::string& message, const std::vector<std::string>& file
 }  // namespace
 
 int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
-  ETInput::Handler onProgress;
+  std::function<void(double)> onProgress;
   if (request.drawsProgress && request.files.size() > 1) {
-    onProgress = [&err](ETProcess& process) { drawProgress(err, process.output().progress); };
+    onProgress = [&err](double progress) { drawProgress(err, progress); };
   }
-  const ToolReading reading = readWithTool(request.files, request.language, onProgress);
+  // The tool's own JSON of several runs would be several arrays: it comes from one run.
+  const ToolReading reading = readWithTool(request.files, request.language,
+                                           request.printsToolJson ? 1 : request.jobs, onProgress);
   if (onProgress) {
     err << "\r" << std::string(48, ' ') << "\r" << std::flush;
   }

@@ -247,3 +247,38 @@ TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
 }
 
 }  // namespace
+
+namespace {
+
+// Several tools side by side give what one gives, in command-line order.
+TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
+  const std::vector<std::string> files = {sample(), (dataFolder() / "plain.jpg").string(),
+                                          (dataFolder() / "sample.mp4").string(), "missing.jpg", sample()};
+  const auto withoutAccessDates = [](const std::string& text) {
+    auto json = nlohmann::json::parse(text);
+    for (auto& file : json) {
+      auto& tags = file["tags"];
+      tags.erase(std::remove_if(tags.begin(), tags.end(),
+                                [](const auto& tag) { return tag["name"] == "FileAccessDate"; }),
+                 tags.end());
+    }
+    return json;
+  };
+  std::vector<std::string> one = {"show", "--json", "--jobs", "1"};
+  std::vector<std::string> three = {"show", "--json", "--jobs", "3"};
+  one.insert(one.end(), files.begin(), files.end());
+  three.insert(three.end(), files.begin(), files.end());
+  const auto single = lorvane(one);
+  const auto spread = lorvane(three);
+  EXPECT_EQ(single.status, 1);
+  EXPECT_EQ(spread.status, 1);
+  const auto json = withoutAccessDates(spread.out);
+  EXPECT_EQ(json, withoutAccessDates(single.out));
+  ASSERT_EQ(json.size(), files.size());
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    EXPECT_EQ(json[i]["file"], files[i]);
+  }
+  EXPECT_EQ(lorvane({"show", "--jobs", "0", sample()}).status, 2);
+}
+
+}  // namespace

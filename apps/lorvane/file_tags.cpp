@@ -5,6 +5,7 @@
 
 #include <lorvane/tool_groups.hpp>
 
+#include "alternatives.hpp"
 #include "tool_json.hpp"
 
 namespace lorvane::app {
@@ -58,16 +59,17 @@ std::optional<FileTag> makeTag(const std::string& groupedName, const Json& entry
   }
   const auto raw = entry.find("num");
   tag.raw = raw != entry.end() ? makeValue(*raw) : tag.value;
+  const auto description = entry.find("desc");
+  const bool hasDescription = description != entry.end() && description->is_string();
   if (tag.item != nullptr) {
     tag.title = tag.item->localizedKey();
     if (raw == entry.end()) {
       tag.label = catalogueLabel(*tag.item, tag.value);
     }
-  } else if (const auto description = entry.find("desc");
-             description != entry.end() && description->is_string()) {
-    tag.title = description->get<std::string>();
-  } else {
-    tag.title = tag.name;
+  }
+  // The tool knows which of the catalogue's alternative titles this file's tag has.
+  if (tag.item == nullptr || (hasAlternatives(tag.title) && hasDescription)) {
+    tag.title = hasDescription ? description->get<std::string>() : tag.name;
   }
   return tag;
 }

@@ -63,27 +63,27 @@ void ETSettings::setBackupFolderURL(std::filesystem::path url) {
   atomic.write([&] { nonAtomicBackupFolderURL = std::move(url); });
 }
 
-int ETSettings::quickTimeItemListLevel() const {
+std::int64_t ETSettings::quickTimeItemListLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeItemListLevel; });
 }
 
-void ETSettings::setQuickTimeItemListLevel(int level) {
+void ETSettings::setQuickTimeItemListLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeItemListLevel = level; });
 }
 
-int ETSettings::quickTimeUserDataLevel() const {
+std::int64_t ETSettings::quickTimeUserDataLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeUserDataLevel; });
 }
 
-void ETSettings::setQuickTimeUserDataLevel(int level) {
+void ETSettings::setQuickTimeUserDataLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeUserDataLevel = level; });
 }
 
-int ETSettings::quickTimeKeysLevel() const {
+std::int64_t ETSettings::quickTimeKeysLevel() const {
   return atomic.read([&] { return nonAtomicQuickTimeKeysLevel; });
 }
 
-void ETSettings::setQuickTimeKeysLevel(int level) {
+void ETSettings::setQuickTimeKeysLevel(std::int64_t level) {
   atomic.write([&] { nonAtomicQuickTimeKeysLevel = level; });
 }
 

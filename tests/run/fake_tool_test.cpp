@@ -71,7 +71,9 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
   ASSERT_GE(hostDescriptor, 0);
 
   ETInput input;
-  input.arguments = {"-json", "a b.jpg", ""};
+  // Ordinary entries go byte for byte; those the tool's reading would change go as C strings.
+  input.arguments = {"-json", "a b.jpg", "", "/x/none.jpg\n-ver", " lead", "#hash", "a\\b\r",
+                     "-Comment = x", "-Comment= x", "-Comment=x ", "trail "};
   const ETOutput output = ETProcess::run(input);
   ::close(hostDescriptor);
 
@@ -81,7 +83,10 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
   EXPECT_EQ(linesOf(output.decodeOutData().value()), (Lines{
       "script: " + bin + "/exiftool", "argv: -progress", "argv: -v0", "argv: -stay_open",
       "argv: 1", "argv: -q", "argv: -@", "argv: -",
-      "batch: -json", "batch: a b.jpg", "batch: ", "batch: -stay_open", "batch: 0",
+      "batch: -json", "batch: a b.jpg", "batch: #[CSTR]", "batch: #[CSTR]/x/none.jpg\\n-ver",
+      "batch: #[CSTR] lead", "batch: #[CSTR]#hash", "batch: #[CSTR]a\\\\b\\r",
+      "batch: #[CSTR]-Comment = x", "batch: #[CSTR]-Comment= x", "batch: -Comment=x ",
+      "batch: trail ", "batch: -stay_open", "batch: 0",
       "batch: -execute",
       "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
       "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=100",

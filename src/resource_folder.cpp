@@ -1,8 +1,8 @@
 #include "resource_folder.hpp"
 
-#include <cstdlib>
 #include <string_view>
 
+#include "environment.hpp"
 #include "platform/library_location.hpp"
 
 namespace lorvane {
@@ -16,9 +16,8 @@ bool isInside(const std::filesystem::path& path, const std::filesystem::path& fo
 }  // namespace
 
 std::filesystem::path resourceFolder() {
-  if (const char* overridden = std::getenv("LORVANE_RESOURCE_DIR");
-      overridden != nullptr && overridden[0] != '\0') {
-    return overridden;
+  if (auto overridden = environmentValue("LORVANE_RESOURCE_DIR")) {
+    return *overridden;
   }
   const std::filesystem::path buildFolder = LORVANE_BUILD_RESOURCE_DIR;
   const auto library = platform::libraryLocation();

@@ -1,28 +1,45 @@
-# `cmake --install` puts the headers, the library, the resource folder, a CMake package and a
-# pkg-config file under the prefix, so other projects can take Lorvane in either way.
+# `cmake --install` puts the headers, the library, the resource folder, a CMake package, a
+# pkg-config file and the program under the prefix, so other projects can take Lorvane in
+# either way. Each file belongs to a component, one Debian package each: runtime (the library
+# and its resources), dev (what building against it needs) and program.
 include(CMakePackageConfigHelpers)
 
 set(LORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Lorvane")
 
 install(TARGETS lorvane EXPORT LorvaneTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/lorvane" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT dev)
 # The binaries folder holds links to the tools of the machine; they are installed as links.
-install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane")
-install(TARGETS lorvane-show RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY "${LORVANE_BUILD_RESOURCE_DIR}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/lorvane"
+  COMPONENT runtime)
 
-install(EXPORT LorvaneTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR})
+# The program finds the library relative to itself, so any prefix works without
+# LD_LIBRARY_PATH, also one that was moved after the install.
+if(LORVANE_BUILD_PROGRAM)
+  file(RELATIVE_PATH LORVANE_BIN_TO_LIB "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(lorvane-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${LORVANE_BIN_TO_LIB}")
+  install(TARGETS lorvane-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+endif()
+
+install(EXPORT LorvaneTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR} COMPONENT dev)
+if(TARGET lorvane_json)
+  install(TARGETS lorvane_json EXPORT LorvaneJsonTargets COMPONENT dev)
+  install(EXPORT LorvaneJsonTargets NAMESPACE lorvane:: DESTINATION ${LORVANE_CMAKE_DIR}
+    COMPONENT dev)
+endif()
 configure_package_config_file(cmake/LorvaneConfig.cmake.in
   "${PROJECT_BINARY_DIR}/LorvaneConfig.cmake" INSTALL_DESTINATION ${LORVANE_CMAKE_DIR})
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/LorvaneConfig.cmake" "${PROJECT_BINARY_DIR}/LorvaneConfigVersion.cmake"
-  DESTINATION ${LORVANE_CMAKE_DIR})
+  DESTINATION ${LORVANE_CMAKE_DIR} COMPONENT dev)
 
 # The .pc file finds its prefix from where it lies, so an installed tree can move.
 file(RELATIVE_PATH LORVANE_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/lorvane.pc.in "${PROJECT_BINARY_DIR}/lorvane.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/lorvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES "${PROJECT_BINARY_DIR}/lorvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT dev)

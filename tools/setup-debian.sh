@@ -8,5 +8,5 @@ export DEBIAN_FRONTEND=noninteractive
 apt-get update -q
 apt-get install -y -q --no-install-recommends \
   g++ cmake ninja-build pkg-config python3 \
-  libicu-dev libfmt-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
+  dpkg-dev libicu-dev nlohmann-json3-dev googletest libgtest-dev libbenchmark-dev \
   perl libimage-exiftool-perl atomicparsley

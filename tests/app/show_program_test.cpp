@@ -1,4 +1,4 @@
-// lorvane-show as a user runs it: the tables in two languages, and bad input.
+// `lorvane show` as a user runs it: the tables in two languages, and bad input.
 
 #include <gtest/gtest.h>
 
@@ -29,12 +29,12 @@ std::string quoted(const std::string& text) {
   return result + "'";
 }
 
-// Runs lorvane-show with these arguments, after `environment` (shell assignments).
+// Runs `lorvane show` with these arguments, after `environment` (shell assignments).
 ProgramResult show(const std::vector<std::string>& arguments, const std::string& environment = "") {
   TemporaryFolder folder;
   // Appends only: GCC 12 warns falsely (-Wrestrict) on a literal + string at -O3.
   std::string command = environment;
-  command.append(" ").append(quoted(LORVANE_SHOW_PROGRAM));
+  command.append(" ").append(quoted(LORVANE_PROGRAM)).append(" show");
   for (const auto& word : arguments) {
     command.append(" ").append(quoted(word));
   }

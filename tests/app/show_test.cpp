@@ -1,5 +1,5 @@
 // The viewer's road through the library: a real ExifTool run made of named options, its JSON
-// read against the catalogue, and the lorvane-show program as a user meets it.
+// read against the catalogue, and the lorvane program as a user meets it.
 
 #include <lorvane/lorvane.hpp>
 
@@ -101,40 +101,6 @@ TEST(MetadataTables, TheToolsGroupsOfTheSampleLeadToCatalogueStreamsAndTags) {
     const auto* row = findRow(files[0], stream, title);
     ASSERT_NE(row, nullptr) << stream << " " << title;
     EXPECT_TRUE(row->isKnown);
-  }
-}
-
-TEST(ToolGroups, MakerNotesGoToTheirMakerAndOthersToFamilyZero) {
-  EXPECT_EQ(toolTagName("EXIF:IFD0:Orientation"), TagName("EXIF", "Orientation"));
-  EXPECT_EQ(toolTagName("MakerNotes:Canon:LensType"), TagName("Canon", "LensType"));
-  EXPECT_EQ(toolTagName("XMP:XMP-dc:Title"), TagName("XMP", "Title"));
-  EXPECT_EQ(toolTagName("File:FileType"), TagName("File", "FileType"));
-  EXPECT_EQ(toolGroupStream("MakerNotes", ""), TagStream("MakerNotes"));
-  EXPECT_FALSE(toolTagName("SourceFile"));
-  EXPECT_FALSE(toolTagName("EXIF::Orientation"));
-  EXPECT_FALSE(toolTagName("EXIF:IFD0:"));
-}
-
-TEST(FindingTags, ByNameGivesTheCatalogueConstant) {
-  EXPECT_EQ(TagItem::find(TagName("EXIF", "Orientation")), &TagItem::itemEXIFOrientation());
-  EXPECT_EQ(TagItem::find(TagName("SRF#", "SRFDataOffset")), &TagItem::itemSRF_SRFDataOffset());
-  EXPECT_EQ(TagItem::find(TagName("NikonCustom", "AF-OnButton")),
-            &TagItem::itemNikonCustomAF_OnButton());
-  EXPECT_EQ(TagItem::find(TagName("NikonCustom", "AFOnButton")),
-            &TagItem::itemNikonCustomAFOnButton());
-  // Canonically equivalent text names the same tag: the Kelvin sign is a "K".
-  EXPECT_EQ(TagItem::find(TagName("IPTC", "\u212Aeywords")), &TagItem::itemIPTCKeywords());
-
-  EXPECT_EQ(TagItem::find(TagName("EXIF", "NoSuchTag")), nullptr);
-  EXPECT_EQ(TagItem::find(TagName("NoSuchStream", "Orientation")), nullptr);
-  EXPECT_EQ(TagItem::find(TagName("IFD0", "Orientation")), nullptr);  // a stream without tags
-  EXPECT_EQ(TagItem::find(TagName::empty), nullptr);
-  EXPECT_EQ(TagItem::find(TagName("exif", "orientation")), nullptr);  // names are case-exact
-}
-
-TEST(FindingTags, EveryCatalogueItemIsFoundAsItself) {
-  for (const TagItem* item : TagItem::allCases()) {
-    ASSERT_EQ(TagItem::find(item->name()), item) << item->description();
   }
 }
 

@@ -1,7 +1,7 @@
-// lorvane-show: the metadata of files, as a table per file grouped by stream, with the
-// catalogue's titles and value labels in the chosen language.
+// lorvane: the metadata of files, as a table per file grouped by stream, with the catalogue's
+// titles and value labels in the chosen language.
 //
-//   lorvane-show [--lang LANG] [--raw] FILE...
+//   lorvane show [--lang LANG] [--raw] FILE...
 //
 // One ExifTool run reads all files (JSON with group names and raw values); the catalogue turns
 // tag names and raw values into titles and labels.
@@ -28,10 +28,12 @@ namespace {
 using namespace lorvane;
 
 constexpr const char* usage =
-    "usage: lorvane-show [--lang LANG] [--raw] FILE...\n"
+    "usage: lorvane show [--lang LANG] [--raw] FILE...\n"
     "  --lang LANG  titles and labels in LANG: en, de, fr, it, es, ja, zh_cn\n"
     "               (or english, german, ...); default: the user's language settings\n"
-    "  --raw        print ExifTool's JSON as it came, without the catalogue\n";
+    "  --raw        print ExifTool's JSON as it came, without the catalogue\n"
+    "exit status: 0 all files read, 1 a file or tool error, 2 a usage mistake,\n"
+    "             3 ExifTool not found\n";
 
 struct Options {
   std::optional<ETLanguage> language;
@@ -40,13 +42,17 @@ struct Options {
 };
 
 [[noreturn]] void fail(const std::string& message, int status = 2) {
-  std::cerr << "lorvane-show: " << message << "\n";
+  std::cerr << "lorvane: " << message << "\n";
   std::exit(status);
 }
 
 Options parseOptions(int argc, char** argv) {
   Options options;
-  for (int i = 1; i < argc; ++i) {
+  if (argc < 2 || (std::string_view(argv[1]) != "show" && std::string_view(argv[1]) != "--help" &&
+                   std::string_view(argv[1]) != "-h")) {
+    fail(std::string(argc < 2 ? "no command given\n" : "unknown command\n") + usage);
+  }
+  for (int i = 2 - (std::string_view(argv[1]) != "show"); i < argc; ++i) {
     const std::string_view argument = argv[i];
     if (argument == "--lang") {
       if (++i == argc) {
@@ -135,7 +141,7 @@ int main(int argc, char** argv) {
   for (const auto& log : output.processLogs) {
     if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
       if (const auto line = nonBlank(unknown->line)) {
-        std::cerr << "lorvane-show: " << line->substr(0, line->find_last_not_of("\r\n") + 1)
+        std::cerr << "lorvane: " << line->substr(0, line->find_last_not_of("\r\n") + 1)
                   << "\n";
         status = 1;
       }
@@ -158,7 +164,7 @@ int main(int argc, char** argv) {
   for (const auto& file : files) {
     show::printMetadata(std::cout, file);
     if (file.error) {
-      std::cerr << "lorvane-show: " << file.path << ": " << *file.error << "\n";
+      std::cerr << "lorvane: " << file.path << ": " << *file.error << "\n";
       status = 1;
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// What lorvane-show makes of ExifTool's JSON: per file, the tags grouped by catalogue stream,
+// What `lorvane show` makes of ExifTool's JSON: per file, the tags grouped by catalogue stream,
 // each with its title and, where the catalogue knows the tag's choices, the label of its value,
 // both in the catalogue's language. Kept apart from main() so that tests can drive it.
 

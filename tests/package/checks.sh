@@ -1,0 +1,46 @@
+# Steps shared by the package checks, sourced by them. They run in the source folder (the
+# examples read tests/data/sample.jpg) and keep their files in $work.
+
+# Prints a command and its output; the output stays in $work/out for `expect`.
+run() {
+  echo "\$ $*"
+  "$@" > "$work/out"
+  cat "$work/out"
+}
+
+expect() {
+  grep -q -- "$1" "$work/out" || { echo "missing from the output above: $1"; exit 1; }
+}
+
+# The installed program shows the sample picture with the catalogue's titles and labels.
+check_program() {
+  run "$1" show tests/data/sample.jpg
+  expect "Camera Model Name  *DemoCam One"
+  expect "6 (Rotate 90 CW)"
+}
+
+# examples/ as a project of its own, finding Lorvane with find_package; extra arguments go to
+# its configure step.
+check_examples_with_cmake() {
+  echo "\$ cmake -S examples $*"
+  cmake -S examples -B "$work/cmake-build" -G Ninja "$@" > "$work/configure.txt" ||
+    { cat "$work/configure.txt"; exit 1; }
+  cmake --build "$work/cmake-build" > /dev/null
+  run "$work/cmake-build/lorvane-example-read-sample"
+  expect "Orientation: Rotate 90 CW"
+  run "$work/cmake-build/lorvane-example-tag-names-as-json"
+  expect '\["EXIF:Orientation","XMP:Title"\]'
+}
+
+# The README's example built by hand with the flags pkg-config gives.
+check_example_with_pkg_config() {
+  echo "\$ c++ examples/read_sample.cpp \$(pkg-config --cflags --libs lorvane)"
+  # shellcheck disable=SC2046
+  c++ -std=c++20 -o "$work/pkg-config-example" examples/read_sample.cpp \
+    $(pkg-config --cflags --libs lorvane)
+  run "$work/pkg-config-example"
+  expect "Orientation: Rotate 90 CW"
+}
+
+unset LD_LIBRARY_PATH LORVANE_RESOURCE_DIR CMAKE_PREFIX_PATH PKG_CONFIG_PATH
+export LANGUAGE=en

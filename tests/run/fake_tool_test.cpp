@@ -23,19 +23,6 @@ using lorvane::test::unknownLines;
 
 namespace {
 
-// The start of every fake tool: read the batch as the real tool must, up to its closing
-// lines, which end without a line end while standard input stays open.
-constexpr std::string_view readBatch = R"(
-  $| = 1;
-  my $batch = '';
-  while ($batch !~ /-stay_open\n0\n-execute\z/) {
-    sysread(STDIN, $batch, 65536, length $batch) or last;
-  }
-  my @arguments = split /\n/, $batch;
-)";
-
-std::string script(std::string_view body) { return std::string(readBatch) + std::string(body); }
-
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
@@ -50,7 +37,7 @@ using Lines = std::vector<std::string>;
 }  // namespace
 
 TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescriptor) {
-  FakeTool tool(script(R"(
+  FakeTool tool(FakeTool::readingBatch(R"(
     print "script: $0\n";
     print "argv: $_\n" for @ARGV;
     print "batch: $_\n" for split /\n/, $batch, -1;
@@ -101,7 +88,7 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
 }
 
 TEST(FakeTool, AnEmptyBatchIsOnlyTheClosingLinesAndASettingChangeShowsInTheNextRun) {
-  FakeTool tool(script(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
+  FakeTool tool(FakeTool::readingBatch(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
   ETProcess process;
   process.execute(ETInput{});
   EXPECT_EQ(process.output().decodeOutData(), "-stay_open\n0\n-execute");
@@ -134,7 +121,7 @@ TEST(FakeTool, AMissingInterpreterEndsTheRunWithAnErrorNamingIt) {
 }
 
 TEST(FakeTool, AChildThatDiesMidOutputLeavesWhatItPrinted) {
-  FakeTool tool(script(R"(
+  FakeTool tool(FakeTool::readingBatch(R"(
     print "some bytes";
     print STDERR "first line\nunfinished";
     kill 'KILL', $$;
@@ -161,7 +148,7 @@ TEST(FakeTool, AChildThatClosesItsInputAtOnceNeitherKillsNorBlocksTheHost) {
 
 TEST(FakeTool, InvalidUTF8AndSplitLinesOnTheParsedStream) {
   // Pauses between the prints so that each arrives as a chunk of its own.
-  FakeTool tool(script(R"(
+  FakeTool tool(FakeTool::readingBatch(R"(
     select STDERR; $| = 1;
     for my $piece ("good line\n", "bad \xFF line\n", "Nothing chan", "ged in /x.jpg\n", "after") {
       print STDERR $piece;
@@ -176,7 +163,7 @@ TEST(FakeTool, InvalidUTF8AndSplitLinesOnTheParsedStream) {
 }
 
 TEST(FakeTool, AProgressLineWithoutLineEndIsTakenAtTheFlushOnTheCallersThread) {
-  FakeTool tool(script(R"(print STDERR "======== /a.jpg [1/2]";)"));
+  FakeTool tool(FakeTool::readingBatch(R"(print STDERR "======== /a.jpg [1/2]";)"));
   ETInput input;
   const auto caller = std::this_thread::get_id();
   std::vector<double> seen;
@@ -199,7 +186,7 @@ TEST(FakeTool, BinaryOutputOfManyOddChunksArrivesWholeAndNoChildIsLeftBehind) {
     byte = static_cast<char>(random());
   }
   std::ofstream(source, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  FakeTool tool(script(R"(
+  FakeTool tool(FakeTool::readingBatch(R"(
     open(my $file, '<:raw', $arguments[0]) or die;
     while (my $count = read($file, my $piece, 4093)) { syswrite(STDOUT, $piece); }
   )"));

@@ -22,17 +22,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// The start of every fake tool: the batch read as the real tool reads it.
-constexpr std::string_view readBatch = R"(
-  $| = 1;
-  my $batch = '';
-  while ($batch !~ /-stay_open\n0\n-execute\z/) {
-    sysread(STDIN, $batch, 65536, length $batch) or last;
-  }
-)";
-
-std::string script(std::string_view body) { return std::string(readBatch) + std::string(body); }
-
 // Processes of the group that are still alive (not yet zombies), from /proc. A killed process
 // may take a moment to finish dying after it closed its streams, so this waits up to two
 // seconds for the group to go before it reports what is left.
@@ -78,7 +67,7 @@ int toolProcess(const ETOutput& output) {
 }  // namespace
 
 TEST(RunControl, WhatHandlersThrowNeverLeavesTheRunAndIsReportedOnce) {
-  FakeTool tool(script(R"(print STDERR "======== a [1/2]\n======== b [2/2]\n";)"));
+  FakeTool tool(FakeTool::readingBatch(R"(print STDERR "======== a [1/2]\n======== b [2/2]\n";)"));
   ETInput input;
   int progressCalls = 0;
   input.onStartHandler = [](ETProcess&) { throw std::runtime_error("start went wrong"); };
@@ -106,7 +95,7 @@ TEST(RunControl, WhatHandlersThrowNeverLeavesTheRunAndIsReportedOnce) {
 }
 
 TEST(RunControl, TheRunWorksOnItsOwnCopyOfTheInput) {
-  FakeTool tool(script(R"(print $batch;)"));
+  FakeTool tool(FakeTool::readingBatch(R"(print $batch;)"));
   ETInput input;
   input.arguments = {"-first"};
   bool originalEnd = false;
@@ -129,7 +118,7 @@ TEST(RunControl, TheRunWorksOnItsOwnCopyOfTheInput) {
 TEST(RunControl, CancelFromAnotherThreadOrAHandlerEndsTheToolAndAllItStarted) {
   // The tool and its child both ignore SIGTERM, so only the SIGKILL after the grace ends them;
   // the child holds both streams open.
-  FakeTool tool(script(R"(
+  FakeTool tool(FakeTool::readingBatch(R"(
     $SIG{TERM} = 'IGNORE';
     print "$$\n";
     if (fork() == 0) { sleep 1000; exit 0; }
@@ -174,7 +163,7 @@ TEST(RunControl, CancelFromAnotherThreadOrAHandlerEndsTheToolAndAllItStarted) {
 }
 
 TEST(RunControl, CancelBeforeTheToolStartsPreventsItAndOutsideARunDoesNothing) {
-  FakeTool tool(script(R"(print "started";)"));
+  FakeTool tool(FakeTool::readingBatch(R"(print "started";)"));
   ETProcess process;
   process.cancel();  // not running: no effect on the run that follows
   process.execute(ETInput{});
@@ -200,7 +189,7 @@ TEST(RunControl, ATimeLimitEndsAToolThatSleepsOrWhoseChildHoldsItsStreams) {
                 R"(print "$$\n"; if (fork() == 0) { sleep 1000; } exit 0;)"},
        }) {
     SCOPED_TRACE(name);
-    FakeTool tool(script(body));
+    FakeTool tool(FakeTool::readingBatch(body));
     ETInput input;
     input.timeLimit = std::chrono::milliseconds(300);
     const ETOutput output = ETProcess::run(input);

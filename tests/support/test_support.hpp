@@ -62,6 +62,11 @@ std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const
 // blank and a double quote, as a user's folder may.
 class FakeTool {
 public:
+  // A script that first reads the batch as the real tool must, up to its closing lines, which
+  // end without a line end while standard input stays open (into `$batch`, and `@arguments`
+  // split at line feeds), then does `body`.
+  static std::string readingBatch(std::string_view body);
+
   enum class Interpreter { present, missing };
   explicit FakeTool(std::string_view perlScript, Interpreter interpreter = Interpreter::present);
 

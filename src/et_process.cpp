@@ -206,11 +206,11 @@ void ETProcess::execute(const ETInput& given) {
   // The run's own copy: what the caller does to its object from now on never reaches the run.
   const ETInput input = given;
   auto& shared = *shared_;
-  RunState run(shared.atomic, shared.nonAtomicOutput, [&] {
-    if (input.onProgressHandler) {
-      input.onProgressHandler(*this);
-    }
-  });
+  RunState::Call onProgress;
+  if (input.onProgressHandler) {
+    onProgress = [&] { input.onProgressHandler(*this); };
+  }
+  RunState run(shared.atomic, shared.nonAtomicOutput, std::move(onProgress));
   const bool started = shared.atomic.write([&] {
     if (shared.nonAtomicOutput.isRunning) {
       return false;

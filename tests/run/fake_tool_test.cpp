@@ -52,7 +52,7 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
   settings.setBackupFolderURL("/backups/my \"own\"");
   settings.setQuickTimeItemListLevel(-1);
   settings.setQuickTimeUserDataLevel(0);
-  settings.setQuickTimeKeysLevel(100);
+  settings.setQuickTimeKeysLevel(5'000'000'000);  // beyond 32 bits
   // A descriptor of the host that isn't close-on-exec must stay with the host all the same.
   const int hostDescriptor = ::open("/dev/null", O_RDONLY);
   ASSERT_GE(hostDescriptor, 0);
@@ -76,7 +76,7 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
       "batch: trail ", "batch: -stay_open", "batch: 0",
       "batch: -execute",
       "env: EXIFTOOL_QUICKTIME_ITEM_LIST_LEVEL=-1",
-      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=100",
+      "env: EXIFTOOL_QUICKTIME_KEYS_LEVEL=5000000000",
       "env: EXIFTOOL_QUICKTIME_USER_DATA_LEVEL=0",
       "env: EXIFTOOL_SANDBOX_DIRECTORY=/backups/my \"own\"/Writing",
       "env: LC_CTYPE=C.UTF-8",

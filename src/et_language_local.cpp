@@ -1,9 +1,12 @@
 #include <lorvane/et_language.hpp>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "resource_folder.hpp"
@@ -11,6 +14,10 @@
 // ETLanguage::local(): the library's "Localizable" resources hold one small file per
 // localisation (Localizable/de.strings, zh_CN.strings, ...) with the line
 // "ETLanguageLocal = <raw value>". The user's language settings pick the file the gettext way.
+//
+// This runs on the first touch of any catalogue tag, so it stays off the file system where it
+// can: no setting gives English at once, and a file is opened without asking first whether it
+// is there.
 
 namespace lorvane {
 namespace {
@@ -26,19 +33,10 @@ bool isPlainCLocale(std::string_view locale) {
   return locale.empty() || locale == "C" || locale == "POSIX" || locale.starts_with("C.");
 }
 
-// The user's languages, most wanted first. As in gettext, LANGUAGE (a colon list) counts only
-// when the message locale (LC_ALL, else LC_MESSAGES, else LANG) is not the plain C locale.
+// The user's languages, most wanted first: the colon list LANGUAGE, else the message locale
+// (LC_ALL, else LC_MESSAGES, else LANG) unless that is the plain C locale. Unlike gettext,
+// LANGUAGE counts in the C locale too: a user who sets it asks for it.
 std::vector<std::string> preferredLanguages() {
-  std::string locale = environment("LC_ALL");
-  if (locale.empty()) {
-    locale = environment("LC_MESSAGES");
-  }
-  if (locale.empty()) {
-    locale = environment("LANG");
-  }
-  if (isPlainCLocale(locale)) {
-    return {};
-  }
   std::vector<std::string> languages;
   const std::string list = environment("LANGUAGE");
   for (std::size_t start = 0; start <= list.size();) {
@@ -48,41 +46,45 @@ std::vector<std::string> preferredLanguages() {
     }
     start = end + 1;
   }
-  if (languages.empty()) {
+  if (!languages.empty()) {
+    return languages;
+  }
+  std::string locale = environment("LC_ALL");
+  if (locale.empty()) {
+    locale = environment("LC_MESSAGES");
+  }
+  if (locale.empty()) {
+    locale = environment("LANG");
+  }
+  if (!isPlainCLocale(locale)) {
     languages.push_back(locale);
   }
   return languages;
 }
 
-// "de_AT.UTF-8@euro" -> "de_AT", then "de".
+// The localisations a language asks for, best first: "de_AT.UTF-8@euro" gives "de_AT", then
+// "de". Chinese is Simplified ("zh_CN") unless its region or script writes it Traditional.
 std::vector<std::string> localisationNames(const std::string& language) {
   const std::string name = language.substr(0, language.find_first_of(".@"));
+  const std::size_t underscore = name.find('_');
+  const std::string base = name.substr(0, underscore);
   std::vector<std::string> names{name};
-  if (const std::size_t underscore = name.find('_'); underscore != std::string::npos) {
-    names.push_back(name.substr(0, underscore));
+  if (base == "zh") {
+    const std::string_view rest = underscore == std::string::npos
+                                      ? std::string_view()
+                                      : std::string_view(name).substr(underscore + 1);
+    const bool traditional = rest == "TW" || rest == "HK" || rest == "MO" || rest.starts_with("Hant");
+    if (!traditional && name != "zh_CN") {
+      names.push_back("zh_CN");
+    }
+  } else if (underscore != std::string::npos) {
+    names.push_back(base);
   }
   return names;
 }
 
-// The first localisation the user wants that the resources have, as in a bundle lookup.
-std::optional<std::filesystem::path> pickLocalisation(const std::filesystem::path& folder) {
-  for (const std::string& language : preferredLanguages()) {
-    for (const std::string& name : localisationNames(language)) {
-      if (name.empty() || name.find('/') != std::string::npos) {
-        continue;
-      }
-      const std::filesystem::path file = folder / (name + ".strings");
-      std::error_code error;
-      if (std::filesystem::is_regular_file(file, error)) {
-        return file;
-      }
-    }
-  }
-  return std::nullopt;
-}
-
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r";
+  constexpr std::string_view blanks = " \t\r\n";
   const std::size_t first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) {
     return {};
@@ -90,24 +92,49 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// The value of `key` in a file of "key = value" lines; "" when it isn't there.
-std::string lookUp(const std::filesystem::path& file, std::string_view key) {
-  std::ifstream stream(file);
-  for (std::string line; std::getline(stream, line);) {
-    const std::size_t equals = line.find('=');
-    if (equals != std::string::npos && trimmed(std::string_view(line).substr(0, equals)) == key) {
-      return std::string(trimmed(std::string_view(line).substr(equals + 1)));
+// The value of `key` in a file of "key = value" lines: "" when the file has no such line,
+// nothing when it can't be opened. Reading stops at the key, and the buffer is ours, so a
+// small file costs an open, one read and a close.
+std::optional<std::string> valueInFile(const std::string& file, std::string_view key) {
+  std::FILE* stream = std::fopen(file.c_str(), "rb");
+  if (stream == nullptr) {
+    return std::nullopt;
+  }
+  char buffer[4096];
+  std::setvbuf(stream, buffer, _IOFBF, sizeof buffer);
+  std::string value;
+  char line[512];
+  while (std::fgets(line, sizeof line, stream) != nullptr) {
+    const std::string_view text(line);
+    const std::size_t equals = text.find('=');
+    if (equals != std::string_view::npos && trimmed(text.substr(0, equals)) == key) {
+      value = trimmed(text.substr(equals + 1));
+      break;
     }
   }
-  return {};
+  std::fclose(stream);
+  return value;
 }
 
+// The first localisation the user wants that the resources have, as in a bundle lookup; the
+// file decides even when it names no language.
 ETLanguage findLocal() {
-  const auto file = pickLocalisation(resourceFolder() / "Localizable");
-  if (!file) {
+  const std::vector<std::string> languages = preferredLanguages();
+  if (languages.empty()) {
     return ETLanguage::english;
   }
-  return ETLanguage::fromRawValue(lookUp(*file, localKey)).value_or(ETLanguage::english);
+  const std::string folder = (resourceFolder() / "Localizable/").native();
+  for (const std::string& language : languages) {
+    for (const std::string& name : localisationNames(language)) {
+      if (name.empty() || name.find('/') != std::string::npos) {
+        continue;
+      }
+      if (const auto value = valueInFile(folder + name + ".strings", localKey)) {
+        return ETLanguage::fromRawValue(*value).value_or(ETLanguage::english);
+      }
+    }
+  }
+  return ETLanguage::english;
 }
 
 }  // namespace

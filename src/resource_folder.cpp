@@ -1,5 +1,6 @@
 #include "resource_folder.hpp"
 
+#include <optional>
 #include <string_view>
 
 #include "environment.hpp"
@@ -8,9 +9,13 @@
 namespace lorvane {
 namespace {
 
+// Both paths lexically normal: a plain comparison of their text, which costs far less on the
+// first touch of a catalogue tag than walking their components.
 bool isInside(const std::filesystem::path& path, const std::filesystem::path& folder) {
-  const auto relative = path.lexically_relative(folder);
-  return !relative.empty() && *relative.begin() != "..";
+  const std::string_view file = path.native();
+  const std::string_view root = folder.native();
+  return file.size() > root.size() && file.starts_with(root) &&
+         (root.ends_with('/') || file[root.size()] == '/');
 }
 
 }  // namespace
@@ -27,15 +32,27 @@ std::filesystem::path resourceFolder() {
     return std::filesystem::is_directory(buildFolder, error) ? buildFolder
                                                              : LORVANE_INSTALL_RESOURCE_DIR;
   }
-  // share/lorvane sits two levels below the build tree's root.
-  if (isInside(*library, buildFolder.parent_path().parent_path())) {
-    return buildFolder;
+  const auto folderOf = [&](const std::filesystem::path& file) -> std::optional<std::filesystem::path> {
+    // share/lorvane sits two levels below the build tree's root.
+    if (isInside(file, buildFolder.parent_path().parent_path())) {
+      return buildFolder;
+    }
+    const auto besideLibrary =
+        (file.parent_path() / LORVANE_RESOURCE_DIR_FROM_LIBRARY).lexically_normal();
+    std::error_code error;
+    if (std::filesystem::is_directory(besideLibrary, error)) {
+      return besideLibrary;
+    }
+    return std::nullopt;
+  };
+  // The loader's name of the library mostly leads there without touching the file system;
+  // only where it doesn't are its symbolic links resolved (a linked lib folder, say).
+  if (auto folder = folderOf(*library)) {
+    return *folder;
   }
-  const auto besideLibrary =
-      (library->parent_path() / LORVANE_RESOURCE_DIR_FROM_LIBRARY).lexically_normal();
   std::error_code error;
-  if (std::filesystem::is_directory(besideLibrary, error)) {
-    return besideLibrary;
+  if (auto folder = folderOf(std::filesystem::weakly_canonical(*library, error)); folder && !error) {
+    return *folder;
   }
   return LORVANE_INSTALL_RESOURCE_DIR;
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <span>
+#include <vector>
 
 #include <lorvane/et_input.hpp>
 #include <lorvane/et_output.hpp>
@@ -31,6 +34,17 @@ public:
 
   // Runs `input` on a new instance and hands back its output.
   static ETOutput run(const ETInput& input);
+
+  // Runs every input exactly as `run` would, at most `maxConcurrent` children at once (0: one
+  // per hardware thread), and gives the outputs in the inputs' order; blocks until all have
+  // ended. Each input's handlers are called as for `run`, on the thread that runs that input
+  // (the caller's thread runs inputs too). Threads are started only as far as needed, and
+  // none outlives the call. What a handler throws stays in the output of its own input, as
+  // for `run`. See <lorvane/et_batches.hpp> to spread
+  // a list of files over several inputs, and <lorvane/et_combined_progress.hpp> for one
+  // progress value over all of them.
+  static std::vector<ETOutput> runAll(std::span<const ETInput> inputs,
+                                      std::size_t maxConcurrent = 0);
 
   // Runs `input` on this instance, blocking until the tool has exited and both streams are
   // read. `processLogs` of earlier runs stay, the new entries follow them; `progress` and

@@ -6,7 +6,9 @@
 #include <lorvane/arguments_maker.hpp>
 #include <lorvane/atomic_parsley.hpp>
 #include <lorvane/atomic_queue.hpp>
+#include <lorvane/et_batches.hpp>
 #include <lorvane/et_charset.hpp>
+#include <lorvane/et_combined_progress.hpp>
 #include <lorvane/et_error.hpp>
 #include <lorvane/et_input.hpp>
 #include <lorvane/et_language.hpp>

@@ -156,53 +156,53 @@ constexpr char kText[] =
     "Meta:UserAdjSBA_RGBShifts" "User Adj SBA RGB Shifts" "Meta:UserSelectGroupTitle"
     "User Select Group Title" "Meta:VesperineSize" "Vesperine Size" "Meta:WatermarkType"
     "Watermark Type" "照相机标识" "Numéro d'enveloppe" "Numéro de vue" "Version méta" "Modèle et version"
-    "Référence de l'élément principal" "Numéro de série" "Type de filigrane" "Bildnummer"
-    "Seriennummer" "Proprietario fotocamera" "Qualità stampa" "Numero di serie" "エンベロープ数" "フレーム番号"
-    "シリアル番号" "Número Sobre" "Número Serie" "PanoramicStitchVersion" "PanoramicStitchCameraMotion"
-    "PanoramicStitchMapType" "PanoramicStitchTheta0" "PanoramicStitchTheta1" "PanoramicStitchPhi0"
-    "PanoramicStitchPhi1" "Abstract" "AcquisitionTime" "AcquisitionTimeDay" "AcquisitionTimeMonth"
-    "AcquisitionTimeYear" "AcquisitionTimeYearMonth" "AcquisitionTimeYearMonthDay"
-    "AlbumArtistSortOrder" "AlbumID" "AlbumIDAlbumArtist" "AlbumTitleSortOrder" "AlternateSourceURL"
-    "AudioBitrate" "AudioFormat" "Author" "AuthorSortOrder" "AverageLevel" "Bitrate" "BuyNow"
-    "BuyTickets" "CDTrackEnabled" "CallLetters" "CameraManufacturer" "CameraModel" "Channels"
-    "ContentDistributorDuration" "Count" "CurrentBitrate" "DLNAServerUDN" "DLNASourceURI"
-    "DRMIndividualizedVersion" "DRMKeyID" "DTCPIPHost" "DTCPIPPort" "DVDID" "DisplayArtist" "Event"
-    "FileSize" "FileType" "FormatTag" "FourCC" "Frequency" "IsNetworkFeed" "IsVBR" "IsProtected"
-    "LibraryID" "LibraryName" "Location" "MediaContentTypes" "MediaType" "ModifiedBy" "MoreInfo"
-    "PartOfSet" "PeakValue" "PixelAspectRatioX" "PixelAspectRatioY" "PlaylistIndex" "Provider"
-    "ProviderLogoURL" "ProviderURL" "RadioBand" "RadioFormat" "RatingOrg" "RecordingTime"
-    "RecordingTimeDay" "RecordingTimeMonth" "RecordingTimeYear" "RecordingTimeYearMonth"
-    "RecordingTimeYearMonthDay" "ReleaseDate" "ReleaseDateDay" "ReleaseDateMonth" "ReleaseDateYear"
-    "ReleaseDateYearMonth" "ReleaseDateYearMonthDay" "RequestState" "ShadowFilePath" "SourceURL"
-    "Sync01" "Sync02" "Sync03" "Sync04" "Sync05" "Sync06" "Sync07" "Sync08" "Sync09" "Sync10"
-    "Sync11" "Sync12" "Sync13" "Sync14" "Sync15" "Sync16" "SyncOnly" "SyncState" "Temporary"
-    "TitleSortOrder" "TotalDuration" "TrackingID" "UserCustom1" "UserCustom2" "UserEffectiveRating"
-    "UserLastPlayedTime" "UserPlayCount" "UserPlaycountAfternoon" "UserPlaycountEvening"
-    "UserPlaycountMorning" "UserPlaycountNight" "UserPlaycountWeekday" "UserPlaycountWeekend"
-    "UserRating" "UserServiceRating" "VideoBitrate" "VideoFormat" "BeatsPerMinute"
-    "ContentDistributorType" "ContentGroupDescription" "EncodingTime" "GenreID" "Language"
-    "MediaOriginalBroadcastDateTime" "MediaOriginalChannel" "MediaStationName" "ProtectionType"
-    "ProviderRating" "ProviderStyle" "SharedUserRating" "SubtitleDescription"
-    "SubscriptionContentID" "TrackNumber" "UniqueFileIdentifier" "VideoFrameRate" "VideoHeight"
-    "VideoWidth" "WMCollectionGroupID" "WMCollectionID" "WMContentID" "WMShadowFileSourceDRMType"
-    "WMShadowFileSourceFileType" "Year" "ChapterNum" "TitleNum" "Resources" "Complete"
-    "HomeCountry-Region" "TaskOwner" "MaxAperture" "OptionalAttendees" "HomeStreet"
-    "RequiredAttendeeAddresses" "SenderAddress" "FileVersion" "ProductName" "ProductVersion"
-    "LegalTrademarks" "SenderName" "ParentalRatingReason" "FirstName" "DateImported" "CameraMaker"
-    "Orientation" "ExposureTime" "F-stop" "ExposureProgram" "ISOSpeed" "DatePictureTaken"
-    "ExposureBias" "SubjectDistance" "MeteringMode" "LightSource" "FlashMode" "FocalLength"
-    "HomePhone" "PrimaryPhone" "CellPhone" "Birthday" "PrimaryE-mail" "JobTitle" "HomeCity"
-    "PersonalTitle" "OfficeLocation" "GivenName" "MiddleName" "Suffix" "Nickname" "PostalCode"
-    "StationName" "Division" "Kinds" "ClientID" "Type" "FileCount" "TotalFileSize" "Computer"
-    "PerceivedType" "MediaCreated" "IsRecurring" "Incomplete" "E-mail2" "Project" "Gender" "DueDate"
-    "BusinessCity" "WindowsFileName" "DateArchived" "BusinessStateOrProvince" "BroadcastDate"
-    "Color" "StartDate" "Saturation" "SearchRanking" "OtherAddress" "AutoSummary" "BusinessHomePage"
-    "AlbumArtist" "Beats-per-minute" "Conductors" "AlbumTitle" "Free-busyStatus" "DateVisited"
-    "IsDeleted" "HasFlag" "Hobbies" "FullName" "Street" "Dimensions" "Untitled0" "Untitled1"
-    "HorizontalResolution" "VerticalResolution" "BitDepth" "AudioSampleSize" "VideoCompression"
-    "FrameWidth" "FrameHeight" "TotalBitrate" "DataRate" "Composers" "Directors" "ParentalRating"
-    "Producers" "Writers" "UserWebURL" "E-mail3" "HomeFax" "Source" "FlagColor" "BusinessPhone"
-    "ProgramMode" "OfflineStatus" "ClosedCaptioning" "Rerun" "SAP" "EpisodeName"
+    "Référence de l'élément principal" "Numéro de série" "Taille méta de l'image"
+    "Type de filigrane" "Bildnummer" "Seriennummer" "Proprietario fotocamera" "Qualità stampa"
+    "Numero di serie" "エンベロープ数" "フレーム番号" "シリアル番号" "Número Sobre" "Número Serie"
+    "PanoramicStitchVersion" "PanoramicStitchCameraMotion" "PanoramicStitchMapType"
+    "PanoramicStitchTheta0" "PanoramicStitchTheta1" "PanoramicStitchPhi0" "PanoramicStitchPhi1"
+    "Abstract" "AcquisitionTime" "AcquisitionTimeDay" "AcquisitionTimeMonth" "AcquisitionTimeYear"
+    "AcquisitionTimeYearMonth" "AcquisitionTimeYearMonthDay" "AlbumArtistSortOrder" "AlbumID"
+    "AlbumIDAlbumArtist" "AlbumTitleSortOrder" "AlternateSourceURL" "AudioBitrate" "AudioFormat"
+    "Author" "AuthorSortOrder" "AverageLevel" "Bitrate" "BuyNow" "BuyTickets" "CDTrackEnabled"
+    "CallLetters" "CameraManufacturer" "CameraModel" "Channels" "ContentDistributorDuration" "Count"
+    "CurrentBitrate" "DLNAServerUDN" "DLNASourceURI" "DRMIndividualizedVersion" "DRMKeyID"
+    "DTCPIPHost" "DTCPIPPort" "DVDID" "DisplayArtist" "Event" "FileSize" "FileType" "FormatTag"
+    "FourCC" "Frequency" "IsNetworkFeed" "IsVBR" "IsProtected" "LibraryID" "LibraryName" "Location"
+    "MediaContentTypes" "MediaType" "ModifiedBy" "MoreInfo" "PartOfSet" "PeakValue"
+    "PixelAspectRatioX" "PixelAspectRatioY" "PlaylistIndex" "Provider" "ProviderLogoURL"
+    "ProviderURL" "RadioBand" "RadioFormat" "RatingOrg" "RecordingTime" "RecordingTimeDay"
+    "RecordingTimeMonth" "RecordingTimeYear" "RecordingTimeYearMonth" "RecordingTimeYearMonthDay"
+    "ReleaseDate" "ReleaseDateDay" "ReleaseDateMonth" "ReleaseDateYear" "ReleaseDateYearMonth"
+    "ReleaseDateYearMonthDay" "RequestState" "ShadowFilePath" "SourceURL" "Sync01" "Sync02" "Sync03"
+    "Sync04" "Sync05" "Sync06" "Sync07" "Sync08" "Sync09" "Sync10" "Sync11" "Sync12" "Sync13"
+    "Sync14" "Sync15" "Sync16" "SyncOnly" "SyncState" "Temporary" "TitleSortOrder" "TotalDuration"
+    "TrackingID" "UserCustom1" "UserCustom2" "UserEffectiveRating" "UserLastPlayedTime"
+    "UserPlayCount" "UserPlaycountAfternoon" "UserPlaycountEvening" "UserPlaycountMorning"
+    "UserPlaycountNight" "UserPlaycountWeekday" "UserPlaycountWeekend" "UserRating"
+    "UserServiceRating" "VideoBitrate" "VideoFormat" "BeatsPerMinute" "ContentDistributorType"
+    "ContentGroupDescription" "EncodingTime" "GenreID" "Language" "MediaOriginalBroadcastDateTime"
+    "MediaOriginalChannel" "MediaStationName" "ProtectionType" "ProviderRating" "ProviderStyle"
+    "SharedUserRating" "SubtitleDescription" "SubscriptionContentID" "TrackNumber"
+    "UniqueFileIdentifier" "VideoFrameRate" "VideoHeight" "VideoWidth" "WMCollectionGroupID"
+    "WMCollectionID" "WMContentID" "WMShadowFileSourceDRMType" "WMShadowFileSourceFileType" "Year"
+    "ChapterNum" "TitleNum" "Resources" "Complete" "HomeCountry-Region" "TaskOwner" "MaxAperture"
+    "OptionalAttendees" "HomeStreet" "RequiredAttendeeAddresses" "SenderAddress" "FileVersion"
+    "ProductName" "ProductVersion" "LegalTrademarks" "SenderName" "ParentalRatingReason" "FirstName"
+    "DateImported" "CameraMaker" "Orientation" "ExposureTime" "F-stop" "ExposureProgram" "ISOSpeed"
+    "DatePictureTaken" "ExposureBias" "SubjectDistance" "MeteringMode" "LightSource" "FlashMode"
+    "FocalLength" "HomePhone" "PrimaryPhone" "CellPhone" "Birthday" "PrimaryE-mail" "JobTitle"
+    "HomeCity" "PersonalTitle" "OfficeLocation" "GivenName" "MiddleName" "Suffix" "Nickname"
+    "PostalCode" "StationName" "Division" "Kinds" "ClientID" "Type" "FileCount" "TotalFileSize"
+    "Computer" "PerceivedType" "MediaCreated" "IsRecurring" "Incomplete" "E-mail2" "Project"
+    "Gender" "DueDate" "BusinessCity" "WindowsFileName" "DateArchived" "BusinessStateOrProvince"
+    "BroadcastDate" "Color" "StartDate" "Saturation" "SearchRanking" "OtherAddress" "AutoSummary"
+    "BusinessHomePage" "AlbumArtist" "Beats-per-minute" "Conductors" "AlbumTitle" "Free-busyStatus"
+    "DateVisited" "IsDeleted" "HasFlag" "Hobbies" "FullName" "Street" "Dimensions" "Untitled0"
+    "Untitled1" "HorizontalResolution" "VerticalResolution" "BitDepth" "AudioSampleSize"
+    "VideoCompression" "FrameWidth" "FrameHeight" "TotalBitrate" "DataRate" "Composers" "Directors"
+    "ParentalRating" "Producers" "Writers" "UserWebURL" "E-mail3" "HomeFax" "Source" "FlagColor"
+    "BusinessPhone" "ProgramMode" "OfflineStatus" "ClosedCaptioning" "Rerun" "SAP" "EpisodeName"
     "ProgramDescription" "StationCallSign" "ChannelNumber" "OtherCity" "OtherStateOrProvince"
     "Profession" "DateCompleted" "ReminderTime" "BusinessAddress" "OrganizerAddress" "HomePOBox"
     "E-mailList" "CompanyMainPhone" "HomePostalCode" "OtherPOBox" "OtherCountry-Region" "LastName"
@@ -1101,41 +1101,36 @@ constexpr char kText[] =
     "Minolta:ZoneMatching:2" "Low Key" "Minolta:ZoneMatchingMode" "Zone Matching Mode"
     "Minolta:ZoneMatchingMode:0" "Minolta:ZoneMatchingMode:1" "Minolta:ZoneMatchingMode:2"
     "Minolta:ZoneMatchingOn" "Zone Matching On" "Minolta:ZoneMatchingOn:0"
-    "Minolta:ZoneMatchingOn:1" "亮度" "颜色滤镜" "创意风格" "Natural color |\302\240标准"
-    "Black & White |\302\240生动色彩" "中性" "清澈" "深色" "轻淡" "夜景" "红叶" "中性 |\302\240人物"
-    "Natural sRGB |\302\240清澈" "Natural+ sRGB |\302\240深色" "轻淡 |\302\240风景" "Evening |\302\240红叶"
-    "Vivid color |\302\240人物" "Solarization |\302\240风景" "Adobe RGB |\302\240黄昏"
-    "Night Scene |\302\240Sepia |\302\240夜晚肖像 |\302\240夜景" "黑白" "Adobe RGB |\302\240黑白" "色温" "对比度"
-    "标准" "数码变焦" "驱动模式" "动态范围优化" "关" "曝光偏差" "曝光模式" "光圈优先" "快门优先" "手动曝光" "Auto? |\302\240自动曝光" "人物"
-    "风景" "光圈数" "闪光" "Off |\302\240闪光灯未亮" "On |\302\240闪光灯亮" "闪光补偿"
-    "Fill flash |\302\240Normal |\302\240自动" "对焦模式" "手动" "100 |\302\240自动" "400 |\302\240自动" "未设置"
-    "厂商" "分割测光" "中央重点" "点测光" "减少噪声" "0° (上/左)" "90° CCW (右/上) |\302\24090° CW (左/底)" "90° CCW (右/上)"
-    "90° CW (左/底)" "场景选择" "自动" "夜景/肖像" "扫描全景" "手持夜景拍摄" "动作防抖" "连续拍摄优先AE" "3D" "夕阳" "运动模式" "夜晚肖像"
-    "微距" "锐度" "强 |\302\240标准" "弱" "太阳光 |\302\240色温 / 彩色滤光片" "自定义" "太阳光" "阴天 |\302\240阴影" "阴天" "白炽灯"
-    "阴影" "荧光" "区域匹配" "强" "Verrouillage AE" "Désactivé" "Activé" "Segments de mesure AE"
+    "Minolta:ZoneMatchingOn:1" "亮度" "颜色滤镜" "创意风格" "标准" "生动色彩" "中性" "清澈" "深色" "轻淡" "夜景" "红叶"
+    "中性 |\302\240人物" "轻淡 |\302\240风景" "人物" "风景" "黄昏" "夜晚肖像 |\302\240夜景" "黑白" "色温" "对比度" "数码变焦"
+    "驱动模式" "动态范围优化" "关" "曝光偏差" "曝光模式" "光圈优先" "快门优先" "手动曝光" "自动曝光" "光圈数" "闪光" "闪光灯未亮" "闪光灯亮" "闪光补偿"
+    "自动" "对焦模式" "手动" "未设置" "厂商" "分割测光" "中央重点" "点测光" "减少噪声" "0° (上/左)"
+    "90° CCW (右/上) |\302\24090° CW (左/底)" "90° CCW (右/上)" "90° CW (左/底)" "场景选择" "夜景/肖像" "扫描全景"
+    "手持夜景拍摄" "动作防抖" "连续拍摄优先AE" "3D" "夕阳" "运动模式" "夜晚肖像" "微距" "锐度" "强 |\302\240标准" "弱"
+    "太阳光 |\302\240色温 / 彩色滤光片" "自定义" "太阳光" "阴天 |\302\240阴影" "阴天" "白炽灯" "阴影" "荧光" "区域匹配" "强"
+    "Verrouillage AE" "Désactivé" "Activé" "Segments de mesure AE"
     "Illumination de la zone d'autofocus" "Mode de la zone d'autofocus" "Large" "Locale"
     "Faisceau d'assistance de l'autofocus" "Mode de l'Autofocus" "Point de l'Autofocus" "Au Centre"
     "En haut" "En haut à droite" "À droite" "En bas à droite" "En bas" "En bas à gauche" "À gauche"
     "En haut à gauche" "Point AF sélectionné" "Centre" "Haut" "Droit" "Bas" "Gauche" "Luminosité"
     "Filtre de compensation des couleurs" "Filtre de couleur" "Mode colorimétrique"
-    "Couleur naturelle |\302\240Standard" "Noir & Blanc |\302\240Éclatant" "Neutre" "Clair"
-    "Profond" "Lumière" "Vue nocturne" "Feuilles automne" "Neutre |\302\240Portrait"
-    "Clair |\302\240SRVB naturel" "Adobe RVB intégré" "Profond |\302\240SRVB naturel+"
-    "Lumière |\302\240Paysage" "Feuilles automne |\302\240Soir" "Scène nocturne |\302\240Sepia"
-    "FL |\302\240Portrait nocturne" "Éclatant 2" "Couleurs éclatantes |\302\240Portrait"
+    "Couleur naturelle" "Noir & Blanc |\302\240Éclatant" "Neutre" "Clair" "Profond" "Lumière"
+    "Vue nocturne" "Feuilles automne" "Clair |\302\240SRVB naturel" "Adobe RVB intégré"
+    "Profond |\302\240SRVB naturel+" "Lumière |\302\240Paysage" "Feuilles automne |\302\240Soir"
+    "Scène nocturne" "Portrait nocturne" "Éclatant 2" "Couleurs éclatantes"
     "Paysage |\302\240Solarisation" "Adobe RVB |\302\240Coucher de soleil" "Non applicable"
-    "Scène nocturne |\302\240Sepia |\302\240Vue nocturne |\302\240Vue/Portrait nocturne" "N&B"
-    "Adobe RVB |\302\240N&B" "Adobe RVB" "Naturel" "Natural sRGB |\302\240sRVB"
-    "Monochrome |\302\240N&B" "Adobe RVB |\302\240Adobe RVB (ICC)" "Température couleur" "Contraste"
-    "Normale" "Exposition" "Fitre" "Aucune" "Texte" "Zoom numérique" "Mode de prise de vue"
-    "Exposition multiple" "Vue par vue" "Image unique |\302\240Retardateur 10 sec |\302\240Simple"
-    "Continu" "Bracketing d'exposition sur image unique |\302\240Retardateur"
-    "Bracketing |\302\240Bracketing sur image unique |\302\240Retardateur (2 sec)"
-    "Bracketing de la balance des blancs |\302\240Image unique |\302\240Interval" "UHS continu"
+    "Scène nocturne |\302\240Vue nocturne |\302\240Vue/Portrait nocturne" "N&B"
+    "Adobe RVB |\302\240N&B" "Adobe RVB" "Naturel" "sRVB" "Adobe RVB |\302\240Adobe RVB (ICC)"
+    "Température couleur" "Contraste" "Normale" "Exposition" "Fitre" "Aucune" "Texte"
+    "Zoom numérique" "Mode de prise de vue" "Exposition multiple" "Vue par vue"
+    "Image unique |\302\240Retardateur 10 sec |\302\240Simple" "Continu"
+    "Bracketing d'exposition sur image unique |\302\240Retardateur"
+    "Bracketing sur image unique |\302\240Retardateur (2 sec)"
+    "Bracketing de la balance des blancs |\302\240Image unique" "UHS continu"
     "Bracketing de la balance des blancs Bas" "Bracketing de la balance des blancs Haut"
     "Optimiseur Dyna" "Décalage d'exposition" "Mode d'exposition" "Priorité à l'ouverture"
-    "Priorité à l'obturateur" "Exposition manuelle" "Auto? |\302\240Exposition automatique"
-    "Coucher de soleil" "Vue/Portrait nocturne" "Paysage" "Diaphragme ƒ" "Flash "
+    "Priorité à l'obturateur" "Exposition manuelle" "Exposition automatique" "Coucher de soleil"
+    "Vue/Portrait nocturne" "Paysage" "Diaphragme ƒ" "Flash "
     "Désactivé |\302\240Flash non déclenché" "Activé |\302\240Flash déclenché" "Falsh par défaut"
     "Flash d'appoint" "Compensation d'exposition au flash"
     "Réglage de compensation d'exposition au flash" "Flash utilisé" "Non" "Oui" "Fonction flash"
@@ -1145,8 +1140,8 @@ constexpr char kText[] =
     "Flash yeux rouge réduction yeux rouges" "Flash synchro arrière" "Flash sans cordon"
     "Flash d'appoint |\302\240Flash désactivé ?" "Type de flash" "Externe" "Distance focale"
     "Focus verrouillé" "Focus manuel" "Focus continu" "Mode de mise au point"
-    "AF |\302\240AF-S (prise de vue unique)" "AF-C (prise de vue en rafale) |\302\240MF" "Manuelle"
-    "Teinte" "Sensibilité ISO" "Réglage ISO" "Numéro de l'image" "Numéro de l'image 2"
+    "AF-S (prise de vue unique)" "AF-C (prise de vue en rafale)" "Manuelle" "Teinte"
+    "Sensibilité ISO" "Réglage ISO" "Numéro de l'image" "Numéro de l'image 2"
     "Stabilisation de l'image" "Désactivée" "Activée |\302\240Désactivée" "Activée"
     "Zoom du flash interne" "Flash non déclenché" "Flash déclenché" "Numéro de série interne"
     "Verrouillage de l'obturateur de l'objectif" "Type d'objectif" "Mode Macro" "Fabricant"
@@ -1161,86 +1156,79 @@ constexpr char kText[] =
     "Rotation antihoraire de 90°" "Rotation antihoraire de 270°" "Mode Scène" "Auto."
     "Panorama par balayage" "Photo nocturne à main levée" "Anti-flou de mouvement"
     "AE priorité continue" "Panorama par balayage 3D" "Auto Supérieur" "Haute Sensibilité"
-    "Feux d'artifice" "Alimentation" "Animal de compagnie" "Scène nocturne" "Portrait nocturne"
-    "Super macro" "Durée du minuteur automatique" "Netteté" "Dure |\302\240Normale" "Douce"
-    "Programme du sujet" "Aucun" "Action sportive" "Image de mesure TIFF"
-    "Balance des Blancs des niveaux VBRV" "Niveaux balance des blancs RB 3500K"
-    "Niveaux balance des blancs RB 6500K" "Niveaux balance des blancs RB nuageux"
-    "Balance des Blancs des niveaux RB ombre" "Balance des Blancs des niveaux RB tungstène"
-    "Balance des Blancs des niveaux RVB" "Equilibrage automatique des blancs"
-    "Lumière du jour |\302\240Temp. Couleur / Filtre couleur" "Personnalisée" "Lumière du jour"
-    "Ombre |\302\240Temps nuageux" "Temps nuageux" "Tungstène (lumière incandescente)" "Ombre"
-    "Fluorescente" "Bracketing de la balance des blancs" "Balance des blancs - Réglage fin"
-    "Ajustage de la zone" "Tons clairs" "Tons sombres" "Belichtungsspeicher" "Aus" "Ein"
-    "AE-Messfelder" "Messfeld-LED" "Messfeldsteuerung" "Weit" "Lokal" "AF-Hilfslicht" "AF-Modus"
-    "Gewählter AF-Punkt" "Mitte" "Oben" "Oben Rechts" "Rechts" "Unten Rechts" "Unten" "Unten Links"
-    "Links" "Oben Links" "AF gewählter Punkt" "Oben-rechts" "Unten-rechts" "Unten-links"
-    "Oben-links" "AF-Punkte" "Aktiver AF Sensor" "Rechts Oben" "Mitte horizontal" "Mitte vertikal"
-    "Status aktiver AF Sensor" "Nicht im Fokus" "Im Fokus" "AF Status Unten" "AF Status Unten Links"
-    "AF Status Unten Rechts" "AF Status Mitte horizontal" "AF Status Mitte vertikal"
-    "AF Status Links" "AF Status Rechts" "AF Status Oben" "AF Status Oben Links"
-    "AF Status Oben Rechts" "Blendeneinstellung" "BKT-Reihenfolge" "S/W-Filter" "Batteriestatus"
-    "Niedrig" "Belichtungsreihenschritte" "1/3 LW" "2/3 LW" "1 LW" "Helligkeit" "Farbabgleich Blau"
-    "Farbabgleich Grün" "Farbangleich Rot" "Farbkorrektur-Filter" "Farbfilter" "Farbmodus"
-    "Natürliche Farben |\302\240Standard" "Lebhafte Farbe |\302\240Schwarz/Weiß" "Klar" "Tief"
-    "Hell" "Abendszene" "Herbstlaub" "Neutral |\302\240Porträt" "Klar |\302\240Neutral sRGB"
+    "Feux d'artifice" "Alimentation" "Animal de compagnie" "Super macro"
+    "Durée du minuteur automatique" "Netteté" "Dure |\302\240Normale" "Douce" "Programme du sujet"
+    "Aucun" "Action sportive" "Image de mesure TIFF" "Balance des Blancs des niveaux VBRV"
+    "Niveaux balance des blancs RB 3500K" "Niveaux balance des blancs RB 6500K"
+    "Niveaux balance des blancs RB nuageux" "Balance des Blancs des niveaux RB ombre"
+    "Balance des Blancs des niveaux RB tungstène" "Balance des Blancs des niveaux RVB"
+    "Equilibrage automatique des blancs" "Lumière du jour |\302\240Temp. Couleur / Filtre couleur"
+    "Personnalisée" "Lumière du jour" "Ombre |\302\240Temps nuageux" "Temps nuageux"
+    "Tungstène (lumière incandescente)" "Ombre" "Fluorescente" "Bracketing de la balance des blancs"
+    "Balance des blancs - Réglage fin" "Ajustage de la zone" "Tons clairs" "Tons sombres"
+    "Belichtungsspeicher" "Aus" "Ein" "AE-Messfelder" "Messfeld-LED" "Messfeldsteuerung" "Weit"
+    "Lokal" "AF-Hilfslicht" "AF-Modus" "Gewählter AF-Punkt" "Mitte" "Oben" "Oben Rechts" "Rechts"
+    "Unten Rechts" "Unten" "Unten Links" "Links" "Oben Links" "AF gewählter Punkt" "Oben-rechts"
+    "Unten-rechts" "Unten-links" "Oben-links" "AF-Punkte" "Aktiver AF Sensor" "Rechts Oben"
+    "Mitte horizontal" "Mitte vertikal" "Status aktiver AF Sensor" "Nicht im Fokus" "Im Fokus"
+    "AF Status Unten" "AF Status Unten Links" "AF Status Unten Rechts" "AF Status Mitte horizontal"
+    "AF Status Mitte vertikal" "AF Status Links" "AF Status Rechts" "AF Status Oben"
+    "AF Status Oben Links" "AF Status Oben Rechts" "Blendeneinstellung" "BKT-Reihenfolge"
+    "S/W-Filter" "Batteriestatus" "Niedrig" "Belichtungsreihenschritte" "1/3 LW" "2/3 LW" "1 LW"
+    "Helligkeit" "Farbabgleich Blau" "Farbabgleich Grün" "Farbangleich Rot" "Farbkorrektur-Filter"
+    "Farbfilter" "Farbmodus" "Natürliche Farben" "Lebhafte Farbe |\302\240Schwarz/Weiß" "Klar"
+    "Tief" "Hell" "Abendszene" "Herbstlaub" "Porträt" "Klar |\302\240Neutral sRGB"
     "Neutral+ sRGB |\302\240Tief" "Hell |\302\240Landschaft" "Abends |\302\240Herbstlaub"
-    "Nachtszene |\302\240Sepia" "FL |\302\240Nachtporträt" "Lebhafte Farbe |\302\240Porträt"
-    "Landschaft |\302\240Solarisation" "Adobe RGB |\302\240Sonnenuntergang" "(nicht gesetzt)"
-    "Abendszene |\302\240Abendszene/Porträt |\302\240Nachtszene |\302\240Sepia" "Schwarz/Weiß"
-    "Adobe RGB |\302\240Schwarz/Weiß" "Natürlich" "Farbprofil" "Nicht eingebunden" "Eingebunden"
-    "Neutral sRGB |\302\240sRGB" "Neutral+ sRGB" "Monochrom |\302\240Schwarz/Weiß" "Farbtemperatur"
-    "Komprimierte Bildgröße" "Serienbild-Belichtungsreihe" "Hoch" "Kontrast" "Belichtungszeit"
-    "Blende" "DEC-Position" "Belichtung" "Sättigung" "Daten-Einblendung" "Keine" "JJJJ/MM/TT"
-    "MM/TT/SS:MM" "Digital-Zoom" "Elektronische Vergrößerung" "Aufnahmeart" "Mehrfachbelichtung"
-    "Selbstauslöser 10 s" "Serienaufnahme" "Einzelbild Belichtungsreihe Hoch"
-    "Serienaufnahme Belichtungsreihe Hoch" "Selbstauslöser 2 s" "Einzelbild"
-    "Einzelbild Belichtungsreihe Niedrig" "Serienaufnahme Belichtungsreihe Niedrig"
-    "Weißabgleich Belichtungsreihe Niedrig" "Weißabgleich Belichtungsreihe Hoch"
-    "Einzelbild |\302\240Selbstauslöser 10 s" "Einzelbild Belichtungsreihe |\302\240Selbstauslöser"
+    "Nachtszene" "Nachtporträt" "Lebhafte Farbe |\302\240Porträt" "Landschaft |\302\240Solarisation"
+    "Sonnenuntergang" "(nicht gesetzt)" "Abendszene |\302\240Abendszene/Porträt |\302\240Nachtszene"
+    "Schwarz/Weiß" "Natürlich" "Farbprofil" "Nicht eingebunden" "Eingebunden" "Neutral sRGB"
+    "Neutral+ sRGB" "Monochrom |\302\240Schwarz/Weiß" "Farbtemperatur" "Komprimierte Bildgröße"
+    "Serienbild-Belichtungsreihe" "Hoch" "Kontrast" "Belichtungszeit" "Blende" "DEC-Position"
+    "Belichtung" "Sättigung" "Daten-Einblendung" "Keine" "JJJJ/MM/TT" "MM/TT/SS:MM" "Digital-Zoom"
+    "Elektronische Vergrößerung" "Aufnahmeart" "Mehrfachbelichtung" "Selbstauslöser 10 s"
+    "Serienaufnahme" "Einzelbild Belichtungsreihe Hoch" "Serienaufnahme Belichtungsreihe Hoch"
+    "Selbstauslöser 2 s" "Einzelbild" "Einzelbild Belichtungsreihe Niedrig"
+    "Serienaufnahme Belichtungsreihe Niedrig" "Weißabgleich Belichtungsreihe Niedrig"
+    "Weißabgleich Belichtungsreihe Hoch" "Einzelbild |\302\240Selbstauslöser 10 s"
+    "Einzelbild Belichtungsreihe |\302\240Selbstauslöser"
     "Serienaufnahme Belichtungsreihe |\302\240Serienbild-Belichtungsreihe"
     "Belichtungsreihe |\302\240Einzelbild-Belichtungsreihe |\302\240Selbstauslöser 2 s"
-    "Einzelbild |\302\240Interval |\302\240Weißabgleichs-Belichtungsreihe"
-    "Ultra High-Speed Serienbild" "High-Speed Serienbild" "Weißabgleich-Belichtungsreihe Niedrig"
+    "Einzelbild |\302\240Weißabgleichs-Belichtungsreihe" "Ultra High-Speed Serienbild"
+    "High-Speed Serienbild" "Weißabgleich-Belichtungsreihe Niedrig"
     "Weißabgleich-Belichtungsreihe Hoch" "Dynamikbereich-Optimierung" "Belichtungsreihen-Bildnummer"
     "Belichtungskorrektur" "Belichtungskorrekturmodus" "Belichtungsmodus" "Programmautomatik"
     "Blendenpriorität" "Verschlusspriorität" "Manuelle Belichtung"
-    "Automatisch? |\302\240Automatische Belichtung" "Porträt" "Connected Copying? |\302\240Sport"
-    "Sonnenuntergang" "Abendszene/Porträt" "Landschaft" "Makro"
-    "Program Shift A |\302\240Programmverschiebung A"
-    "Program Shift S |\302\240Programmverschiebung S" "F-Wert" "Dateinummernspeicher" "Blitzmodus"
-    "Aus |\302\240Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst |\302\240Ein" "Systemblitz"
-    "Aufhellblitz" "Blitzbelichtungskorrektur" "Eingestellte Blitz-Belichtungskorrektur"
-    "Blitz-Belichtungsindikator" "Nicht angezeigt" "Wert zu niedrig" "Unterer Wert" "Oberer Wert"
-    "Wert zu hoch" "Blitz-Ende-Belichtungsindikator" "Blitz-Folge-Belichtungsindikator"
-    "Blitz wurde ausgelöst" "Nein" "Ja" "Blitzfunktion" "Kein Blitz" "Manuell" "Stroboskop"
-    "Integrierter Blitz" "Blitz-Messung" "Vorblitz TTL" "Manuelle Blitz-Kontrolle"
-    "Aufhellblitz |\302\240Automatisch |\302\240Normal" "Rote-Augen-Reduzierung"
-    "Rear Sync |\302\240Synchronisation auf den zweiten Verschlussvorhang" "Drahtlos"
-    "Aus? |\302\240Fill Flash" "Blitztyp" "Extern" "Fokus-Bereich" "Großes AF-Messfeld (normal)"
-    "Spot-AF-Messfeld" "Fokus-Distanz" "Fokus-Modus" "AF |\302\240AF-S (Einzelautofokus)"
-    "AF-C (Kontinuierlicher Autofokus) |\302\240MF" "Fokus-Modus Schalter"
+    "Automatisch? |\302\240Automatische Belichtung" "Sport" "Abendszene/Porträt" "Landschaft"
+    "Makro" "Programmverschiebung A" "Programmverschiebung S" "F-Wert" "Dateinummernspeicher"
+    "Blitzmodus" "Aus |\302\240Blitz wurde nicht ausgelöst" "Blitz wurde ausgelöst |\302\240Ein"
+    "Systemblitz" "Aufhellblitz" "Blitzbelichtungskorrektur"
+    "Eingestellte Blitz-Belichtungskorrektur" "Blitz-Belichtungsindikator" "Nicht angezeigt"
+    "Wert zu niedrig" "Unterer Wert" "Oberer Wert" "Wert zu hoch" "Blitz-Ende-Belichtungsindikator"
+    "Blitz-Folge-Belichtungsindikator" "Blitz wurde ausgelöst" "Nein" "Ja" "Blitzfunktion"
+    "Kein Blitz" "Manuell" "Stroboskop" "Integrierter Blitz" "Blitz-Messung" "Vorblitz TTL"
+    "Manuelle Blitz-Kontrolle" "Aufhellblitz |\302\240Automatisch" "Rote-Augen-Reduzierung"
+    "Synchronisation auf den zweiten Verschlussvorhang" "Drahtlos" "Aus?" "Blitztyp" "Extern"
+    "Fokus-Bereich" "Großes AF-Messfeld (normal)" "Spot-AF-Messfeld" "Fokus-Distanz" "Fokus-Modus"
+    "AF-S (Einzelautofokus)" "AF-C (Kontinuierlicher Autofokus)" "Fokus-Modus Schalter"
     "Platz auf Speicherkarten für" "Farbtonkorrektur" "ISO-Empfindlichkeit" "ISO-Einstellung"
-    "100 |\302\240Automatisch" "80 (Zonenabgleich Low)" "200 (Zonenabgleich High)"
-    "400 |\302\240Automatisch" "Bildnummer (2)" "Bildstabilisierung" "Aus |\302\240Ein"
-    "Integriertes Blitzgerät" "Blitz wurde nicht ausgelöst" "Interne Seriennummer" "Intervallänge"
-    "Interval-Modus" "Standbild" "Zeitraffer-Film" "Intervalnummer" "Letzte Dateinummer"
-    "Objektivtyp" "Makro-Modus" "Gerätehersteller" "MakerNote-Version" "Lichtwert gemessen"
-    "Multi-Segment" "Mittenbetont" "Spotmessung" "Kameraeinstellungen 2" "Minolta-Datum"
-    "Minolta-Bildgröße" "Groß |\302\240Volle Größe" "1600x1200 |\302\240Mittelgroß"
-    "1280x960 |\302\240Klein" "Minolta-Modell ID" "Minolta-Bildqualität" "Super-Fein" "Fein"
-    "Extra fine |\302\240Extra-Fein" "Minolta-Zeit" "Rauschreduktion" "Natürlich+" "Windszene"
-    "Nachtszene" "Nachtporträt" "Monochrom" "Weißabgleich Voreinstellung" "Tageslicht" "Bewölkt"
-    "Schatten" "Glühbirne" "Neonlicht" "Blitz" "Vorschaubild" "Vorschaubild-Datenlänge"
-    "Vorschaubild-Datenposition" "Dateiformat und JPEG-Qualität" "Rote Augen Reduzierung"
+    "Automatisch" "80 (Zonenabgleich Low)" "200 (Zonenabgleich High)" "Bildnummer (2)"
+    "Bildstabilisierung" "Aus |\302\240Ein" "Integriertes Blitzgerät" "Blitz wurde nicht ausgelöst"
+    "Interne Seriennummer" "Intervallänge" "Interval-Modus" "Standbild" "Zeitraffer-Film"
+    "Intervalnummer" "Letzte Dateinummer" "Objektivtyp" "Makro-Modus" "Gerätehersteller"
+    "MakerNote-Version" "Lichtwert gemessen" "Multi-Segment" "Mittenbetont" "Spotmessung"
+    "Kameraeinstellungen 2" "Minolta-Datum" "Minolta-Bildgröße" "Groß |\302\240Volle Größe"
+    "Mittelgroß" "Klein" "Minolta-Modell ID" "Minolta-Bildqualität" "Super-Fein" "Fein" "Extra-Fein"
+    "Minolta-Zeit" "Rauschreduktion" "Natürlich+" "Windszene" "Monochrom"
+    "Weißabgleich Voreinstellung" "Tageslicht" "Bewölkt" "Schatten" "Glühbirne" "Neonlicht" "Blitz"
+    "Vorschaubild" "Vorschaubild-Datenlänge" "Vorschaubild-Datenposition"
+    "Dateiformat und JPEG-Qualität" "Rote Augen Reduzierung"
     "90° gegen den Uhrzeigersinn |\302\24090° im Uhrzeigersinn" "90° im Uhrzeigersinn"
-    "90° gegen den Uhrzeigersinn" "Szenen-Modus" "Automatisch" "Sweep-Panorama"
-    "Nachtaufnahme händisch" "Verwackelungsschutz" "Andauernde AE Priorität" "3D Sweep-Panorama"
-    "Hohe Empfindlichkeit" "Feuerwerk" "Lebensmittel" "Haustiere" "Sport" "Super-Makro"
-    "Selbstauslöser-Vorlaufzeit" "Schärfe" "Normal |\302\240Stark" "Leicht"
-    "Belichtungszeit Einstellung" "Einzelbild-Belichtungsreihe" "Sony Bildgröße" "Mittel" "Klein"
-    "Spot-Fokuspunkt X" "Spot-Fokuspunkt Y" "Szenenauswahl" "Sportereignis" "Telekonverter" "Keiner"
-    "Weißabgleich-Belichtungsreihen-Bildnummer" "Weißabgleich GBRG-Farbverteilung"
+    "90° gegen den Uhrzeigersinn" "Szenen-Modus" "Sweep-Panorama" "Nachtaufnahme händisch"
+    "Verwackelungsschutz" "Andauernde AE Priorität" "3D Sweep-Panorama" "Hohe Empfindlichkeit"
+    "Feuerwerk" "Lebensmittel" "Haustiere" "Super-Makro" "Selbstauslöser-Vorlaufzeit" "Schärfe"
+    "Stark" "Leicht" "Belichtungszeit Einstellung" "Einzelbild-Belichtungsreihe" "Sony Bildgröße"
+    "Mittel" "Spot-Fokuspunkt X" "Spot-Fokuspunkt Y" "Szenenauswahl" "Sportereignis" "Telekonverter"
+    "Keiner" "Weißabgleich-Belichtungsreihen-Bildnummer" "Weißabgleich GBRG-Farbverteilung"
     "Weißabgleich RB-Farbverteilung Bewölkt" "Weißabgleich RB-Farbverteilung Schatten"
     "Weißabgleich RB-Farbverteilung Glühbirne" "Weißabgleich RGB-Farbverteilung"
     "Farbtemperatur/Farbfilter |\302\240Tageslicht" "Benutzerdefiniert" "Bewölkt |\302\240Schatten"
@@ -1249,92 +1237,76 @@ constexpr char kText[] =
     "Mittlere Zone (horizontale Ausrichtung)" "Mittlere Zone (vertikale Ausrichtung)" "Linke Zone"
     "Rechte Zone" "Zonenabgleich" "Aus (ISO-Einstellung verwendet)" "Hi" "Lo" "Non indicato"
     "Blocco esposizione automatica" "Spento" "Acceso" "Modo AF" "Punto AF" "Centro" "Alto" "Destra"
-    "Basso" "Sinistra" "Luminosità" "Valore di luminosità" "Filtro colori" "Modo colore"
-    "Black & White |\302\240Vivace" "Neutra" "Trasparente" "Cupa" "Chiara" "Visione notturna"
-    "Foglie d'autunno" "Neutra |\302\240Verticale" "Natural sRGB |\302\240Trasparente"
-    "Cupa |\302\240Natural+ sRGB" "Chiara |\302\240Orizzontale" "Foglie d'autunno |\302\240Sera"
-    "Night Scene |\302\240Seppia" "Colore vivace |\302\240Verticale"
-    "Orizzontale |\302\240Solarization" "Adobe RGB |\302\240Tramonto" "n/d"
-    "Night Scene |\302\240Rit. notturno |\302\240Seppia |\302\240Visione notturna" "B/N"
-    "Adobe RGB |\302\240B/N" "Non incorporato" "Temperatura colore" "Temperatura" "Contrasto"
-    "Errore" "Esposizione" "Nessuno" "Zoom Digitale" "Modalità esecuzione" "Autoscatto 10 sec"
-    "Autoscatto 2 sec" "Autoscatto 10 sec |\302\240Single |\302\240Single Frame"
-    "Autoscatto |\302\240Single-frame Exposure Bracketing"
-    "Autoscatto 2 sec |\302\240Bracketing |\302\240Single-Frame Bracketing" "Ott.gamma din."
+    "Basso" "Sinistra" "Luminosità" "Valore di luminosità" "Filtro colori" "Modo colore" "Vivace"
+    "Neutra" "Trasparente" "Cupa" "Chiara" "Visione notturna" "Foglie d'autunno"
+    "Neutra |\302\240Verticale" "Chiara |\302\240Orizzontale" "Foglie d'autunno |\302\240Sera"
+    "Seppia" "Colore vivace |\302\240Verticale" "Orizzontale" "Tramonto" "n/d"
+    "Rit. notturno |\302\240Seppia |\302\240Visione notturna" "B/N" "Non incorporato"
+    "Temperatura colore" "Temperatura" "Contrasto" "Errore" "Esposizione" "Nessuno" "Zoom Digitale"
+    "Modalità esecuzione" "Autoscatto 10 sec" "Autoscatto 2 sec" "Autoscatto" "Ott.gamma din."
     "Compensazione esposizione" "Modo compensazione esposizione" "Modo esposizione" "Programma"
-    "Priorità diaframma" "Priorità otturatore" "Manuale" "Auto? |\302\240Esposizione automatica"
-    "Verticale" "Tramonto" "Orizzontale" "Numero F"
-    "Flash non emesso |\302\240Flash non emesso, modalità flash forzata"
+    "Priorità diaframma" "Priorità otturatore" "Manuale" "Esposizione automatica" "Verticale"
+    "Numero F" "Flash non emesso |\302\240Flash non emesso, modalità flash forzata"
     "Emesso |\302\240Flash emesso, modalità flash forzata" "Compensazione Esposizione Flash"
-    "Flash emesso" "Sì" "Funzione flash" "Auto |\302\240Fill flash |\302\240Normale"
-    "Riduzione occhi rossi" "Fill Flash |\302\240Spento?" "Tipo di flash" "Esterno" "Distanza fuoco"
-    "Modalità messa a fuoco" "Regolazione Hue" "Sensibilità ISO" "Impostazione ISO"
-    "Numero immagine" "Stabilizzazione Immagine" "On |\302\240Spento" "Flash non emesso"
-    "Tipo obiettivo" "Sigma 100-300mm F4 EX (APO (D) o D IF)" "Moltiplicatore di focale 1.4x"
-    "Costruttore" "Note Versione Costruttore" "Multi-zona" "Media centrale ponderata" "Punto"
-    "Qualità" "Riduzione rumore" "Scena serale" "Ombrato" "Immagine anteprima"
-    "Lunghezza immagine anteprima" "Inizio immagine anteprima" "Registrazione raw e jpg" "Rotazione"
-    "Orizzontale (normale)" "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario"
-    "Ruota di 90° senso orario" "Ruota di 270° in senso orario" "Modo scena" "Automatico"
-    "Visione/Ritratto notturni" "Panoramica ad arco" "Foto nott. senza trepp."
-    "Riduz. sfocat. movim." "AE prior. avan.cont." "Fuochi artificiali" "Evento sportivo"
-    "Rit. notturno" "Tempo autoscatto" "Nitidezza" "Forte |\302\240Normale" "Leggera"
-    "Equilibrio del bianco automatico" "Luce del giorno |\302\240Temperatura colore / Filtro colore"
-    "Personalizzato" "Luce del giorno" "Nuvoloso |\302\240Ombrato" "Nuvoloso"
-    "Tungsteno (luce incandescente)" "Regolazione Fine Bilanciamento Bianco" "Adeguamento zona"
-    "Impostazione ISO usata" "AEロック" "オフ" "オン" "自動露出測光値" "AFエリアイルミネーション" "AFエリアモード" "AFアシスト" "AFモード"
-    "AF選択ポイント" "中央" "上" "右" "下" "左" "AF測距点" "AFポイント" "ブラケット順" "白黒フィルター" "ブラケットステップ" "1/3ステップ"
-    "2/3ステップ" "1ステップ" "ブライトネス" "カラーバランス青" "カラーバランス緑" "カラーバランス赤" "カラーフィルター" "カラーモード"
-    "スタンダード |\302\240ナチュラルカラー" "ビビッド |\302\240白黒" "ニュートラル" "クリアー" "ディープ" "ライト" "ナイトビュー" "紅葉"
-    "ニュートラル |\302\240ポートレート" "クリアー |\302\240ナチュラル sRGB" "ディープ |\302\240ナチュラル+ sRGB"
-    "ライト |\302\240風景" "夕焼け |\302\240紅葉" "セピア |\302\240夜景" "FL |\302\240人物夜景"
-    "ビビッドカラー |\302\240ポートレート" "ソラリゼーション |\302\240風景" "Adobe RGB |\302\240夕日"
-    "セピア |\302\240ナイトビュー |\302\240夜景 |\302\240夜景/夜景ポートレート" "白黒" "Adobe RGB |\302\240白黒" "ナチュラル"
-    "カラープロフィール" "埋め込み無し" "埋め込み" "B&W |\302\240モノトーン" "色温度" "圧縮画像サイズ" "コントラスト" "スタンダード" "DEC位置" "露出"
-    "フィルター" "データインプリント" "無し" "テキスト" "デジタルズーム" "ドライブモード" "多重露光" "Self-timer 10 sec |\302\240１コマ撮影"
-    "連続撮影" "Single-frame Exposure Bracketing |\302\240セルフタイマー"
-    "Self-Timer 2 sec |\302\240Single-Frame Bracketing |\302\240ブラケット"
-    "White Balance Bracketing |\302\240インターバル |\302\240１コマ撮影" "UHS連写" "HS連写" "Dレンジオプティマイザー" "露出補正値"
-    "露光モード" "プログラム" "絞り優先" "シャッター優先" "マニュアル露出" "Auto? |\302\240自動露出" "ポートレート" "風景" "F値" "ファイル番号メモリ"
-    "ストロボ" "オフ |\302\240フラッシュ未発光" "オン |\302\240フラッシュ発光" "フラッシュ露出補正" "ストロボ露出補正設定" "フラッシュ発光" "いいえ"
-    "はい" "フラッシュ計測" "オート |\302\240強制発光 |\302\240標準" "赤目軽減" "Rear Sync |\302\240リアフラッシュシンクロ" "ワイヤレス"
-    "Fill Flash |\302\240オフ？" "フラッシュタイプ" "フォーカスエリア" "被写体距離" "フォーカスモード" "マニュアル" "フリーメモリーカードイメージ"
-    "色相調整" "ISOスピードレート" "ISO設定" "100 |\302\240オート" "400 |\302\240オート" "イメージ番号" "イメージ番号(2)"
-    "イメージスタビライザー" "オフ |\302\240オン" "内蔵フラッシュコントロール" "フラッシュ未発光" "内部シリアル番号" "インターバル長" "インターバルモード"
-    "インターバル数" "最終ファイル番号" "レンズタイプ" "マクロモード" "メーカー" "メーカーノートバージョン" "パターン" "スポット" "カメラ設定2" "イメージサイズ"
-    "フル |\302\240ラージ" "1600x1200 |\302\240ミドル" "1280x960 |\302\240スモール" "モデルID" "イメージ品質" "スーパーファイン"
-    "ファイン" "標準" "エコノミー" "エクストラファイン" "時間" "ノイズリダクション" "ピクチャーフィニッシュ" "人物夜景" "モノトーン" "プレビューイメージ"
-    "プレビューイメージ容量" "プレビューイメージ開始" "RAWとJPEG記録" "回転" "水平（標準）" "270度回転 CW |\302\24090度回転 CW" "90度回転 CW"
-    "270度回転 CW" "シーンモード" "オート" "ナイトビュー/ポートレイト" "スイングパノラマ" "手持ち夜景" "人物ブレ軽減" "連続撮影優先AE" "Auto アドバンス"
-    "高感度" "花火" "料理" "ペット" "夕日" "スポーツ" "マクロ" "スーパーマクロ" "セルフタイマー遅延時間" "シャープネス" "ノーマル |\302\240ハード"
-    "ノーマル" "ソフト" "ソフトウェアバージョン" "スポットフォーカスポイントX" "スポットフォーカスポイントY" "被写体プログラム" "スポーツアクション"
-    "WB GBRG レベル" "WB RB レベル\343\200\200曇天" "WB RB レベル\343\200\200日陰" "WB RB レベル\343\200\200白熱灯"
-    "WB RGB レベル" "昼光 |\302\240色温度マニュアル指定" "カスタム" "昼光" "日陰 |\302\240曇り" "ケルビン" "曇り" "タングステン(白熱灯)"
-    "日陰" "蛍光灯" "ホワイトバランスファインチューン" "ワイドフォーカスゾーン" "ゾーンマッチング" "オフ(ISO設定使用)" "ハイキー" "ローキー" "Bloqueo AE"
+    "Flash emesso" "Sì" "Funzione flash" "Riduzione occhi rossi" "Spento?" "Tipo di flash" "Esterno"
+    "Distanza fuoco" "Modalità messa a fuoco" "Regolazione Hue" "Sensibilità ISO" "Impostazione ISO"
+    "Numero immagine" "Stabilizzazione Immagine" "Flash non emesso" "Tipo obiettivo"
+    "Sigma 100-300mm F4 EX (APO (D) o D IF)" "Moltiplicatore di focale 1.4x" "Costruttore"
+    "Note Versione Costruttore" "Multi-zona" "Media centrale ponderata" "Punto" "Qualità"
+    "Riduzione rumore" "Scena serale" "Ombrato" "Immagine anteprima" "Lunghezza immagine anteprima"
+    "Inizio immagine anteprima" "Registrazione raw e jpg" "Rotazione" "Orizzontale (normale)"
+    "Ruota di 270° in senso orario |\302\240Ruota di 90° senso orario" "Ruota di 90° senso orario"
+    "Ruota di 270° in senso orario" "Modo scena" "Automatico" "Visione/Ritratto notturni"
+    "Panoramica ad arco" "Foto nott. senza trepp." "Riduz. sfocat. movim." "AE prior. avan.cont."
+    "Fuochi artificiali" "Evento sportivo" "Rit. notturno" "Tempo autoscatto" "Nitidezza"
+    "Forte |\302\240Normale" "Leggera" "Equilibrio del bianco automatico"
+    "Luce del giorno |\302\240Temperatura colore / Filtro colore" "Personalizzato" "Luce del giorno"
+    "Nuvoloso |\302\240Ombrato" "Nuvoloso" "Tungsteno (luce incandescente)"
+    "Regolazione Fine Bilanciamento Bianco" "Adeguamento zona" "Impostazione ISO usata" "AEロック" "オフ"
+    "オン" "自動露出測光値" "AFエリアイルミネーション" "AFエリアモード" "AFアシスト" "AFモード" "AF選択ポイント" "中央" "上" "右" "下" "左"
+    "AF測距点" "AFポイント" "ブラケット順" "白黒フィルター" "ブラケットステップ" "1/3ステップ" "2/3ステップ" "1ステップ" "ブライトネス" "カラーバランス青"
+    "カラーバランス緑" "カラーバランス赤" "カラーフィルター" "カラーモード" "スタンダード |\302\240ナチュラルカラー" "ビビッド |\302\240白黒" "ニュートラル"
+    "クリアー" "ディープ" "ライト" "ナイトビュー" "紅葉" "ニュートラル |\302\240ポートレート" "クリアー |\302\240ナチュラル sRGB"
+    "ディープ |\302\240ナチュラル+ sRGB" "ライト |\302\240風景" "夕焼け |\302\240紅葉" "セピア |\302\240夜景" "人物夜景"
+    "ビビッドカラー |\302\240ポートレート" "ソラリゼーション |\302\240風景" "夕日"
+    "セピア |\302\240ナイトビュー |\302\240夜景 |\302\240夜景/夜景ポートレート" "白黒" "ナチュラル" "カラープロフィール" "埋め込み無し" "埋め込み"
+    "モノトーン" "色温度" "圧縮画像サイズ" "コントラスト" "スタンダード" "DEC位置" "露出" "フィルター" "データインプリント" "無し" "テキスト" "デジタルズーム"
+    "ドライブモード" "多重露光" "１コマ撮影" "連続撮影" "セルフタイマー" "ブラケット" "インターバル |\302\240１コマ撮影" "UHS連写" "HS連写"
+    "Dレンジオプティマイザー" "露出補正値" "露光モード" "プログラム" "絞り優先" "シャッター優先" "マニュアル露出" "自動露出" "ポートレート" "風景" "F値"
+    "ファイル番号メモリ" "ストロボ" "オフ |\302\240フラッシュ未発光" "オン |\302\240フラッシュ発光" "フラッシュ露出補正" "ストロボ露出補正設定"
+    "フラッシュ発光" "いいえ" "はい" "フラッシュ計測" "オート |\302\240強制発光 |\302\240標準" "赤目軽減" "リアフラッシュシンクロ" "ワイヤレス"
+    "オフ？" "フラッシュタイプ" "フォーカスエリア" "被写体距離" "フォーカスモード" "マニュアル" "フリーメモリーカードイメージ" "色相調整" "ISOスピードレート"
+    "ISO設定" "オート" "イメージ番号" "イメージ番号(2)" "イメージスタビライザー" "オフ |\302\240オン" "内蔵フラッシュコントロール" "フラッシュ未発光"
+    "内部シリアル番号" "インターバル長" "インターバルモード" "インターバル数" "最終ファイル番号" "レンズタイプ" "マクロモード" "メーカー" "メーカーノートバージョン"
+    "パターン" "スポット" "カメラ設定2" "イメージサイズ" "フル |\302\240ラージ" "ミドル" "スモール" "モデルID" "イメージ品質" "スーパーファイン"
+    "ファイン" "標準" "エコノミー" "エクストラファイン" "時間" "ノイズリダクション" "ピクチャーフィニッシュ" "プレビューイメージ" "プレビューイメージ容量"
+    "プレビューイメージ開始" "RAWとJPEG記録" "回転" "水平（標準）" "270度回転 CW |\302\24090度回転 CW" "90度回転 CW" "270度回転 CW"
+    "シーンモード" "ナイトビュー/ポートレイト" "スイングパノラマ" "手持ち夜景" "人物ブレ軽減" "連続撮影優先AE" "Auto アドバンス" "高感度" "花火" "料理"
+    "ペット" "スポーツ" "マクロ" "スーパーマクロ" "セルフタイマー遅延時間" "シャープネス" "ノーマル |\302\240ハード" "ノーマル" "ソフト"
+    "ソフトウェアバージョン" "スポットフォーカスポイントX" "スポットフォーカスポイントY" "被写体プログラム" "スポーツアクション" "WB GBRG レベル"
+    "WB RB レベル\343\200\200曇天" "WB RB レベル\343\200\200日陰" "WB RB レベル\343\200\200白熱灯" "WB RGB レベル"
+    "昼光 |\302\240色温度マニュアル指定" "カスタム" "昼光" "日陰 |\302\240曇り" "ケルビン" "曇り" "タングステン(白熱灯)" "日陰" "蛍光灯"
+    "ホワイトバランスファインチューン" "ワイドフォーカスゾーン" "ゾーンマッチング" "オフ(ISO設定使用)" "ハイキー" "ローキー" "Bloqueo AE"
     "Desactivado" "AF Modo Área" "Activado" "Derecha" "Izquierda" "Punto AF Seleccionado"
-    "Ajustes Apertura" "Bajo" "Brillo" "Luminosidad" "Filtro de Color" "Modo de Color"
-    "Estándar |\302\240Natural color" "Black & White |\302\240Vívido" "Neutro" "Claro" "Profundo"
-    "Luz" "Vista nocturna" "Hojas de otoño" "Neutro |\302\240Retrato" "Claro |\302\240Natural sRGB"
-    "Natural+ sRGB |\302\240Profundo" "Luz |\302\240Paisaje" "Hojas de otoño |\302\240Tarde"
-    "Retrato |\302\240Vivid color" "Paisaje |\302\240Solarization" "Adobe RGB |\302\240Puesta sol"
-    "Night Scene |\302\240Retrato noct. |\302\240Sepia |\302\240Vista nocturna" "ByN"
-    "Adobe RGB |\302\240ByN" "B&W |\302\240Monocromo" "Temperatura de Color" "Estándar" "Ninguno"
-    "Zoom Digital" "Modo Entrada" "Optim.gama diná" "Compensación Exposición" "Modo Exposición"
-    "Exposición manual" "Auto? |\302\240Exposición automática" "Retrato" "Paisaje" "Número F"
-    "Desactivado |\302\240No se ha disparado el flash" "Activado |\302\240Flash disparado"
-    "Compensación Exposición Flash" "Si" "Automático |\302\240Fill flash |\302\240Normal"
+    "Ajustes Apertura" "Bajo" "Brillo" "Luminosidad" "Filtro de Color" "Modo de Color" "Estándar"
+    "Vívido" "Neutro" "Claro" "Profundo" "Luz" "Vista nocturna" "Hojas de otoño"
+    "Neutro |\302\240Retrato" "Luz |\302\240Paisaje" "Hojas de otoño |\302\240Tarde" "Retrato"
+    "Paisaje" "Puesta sol" "Retrato noct. |\302\240Vista nocturna" "ByN" "Monocromo"
+    "Temperatura de Color" "Ninguno" "Zoom Digital" "Modo Entrada" "Optim.gama diná"
+    "Compensación Exposición" "Modo Exposición" "Exposición manual" "Exposición automática"
+    "Número F" "Desactivado |\302\240No se ha disparado el flash"
+    "Activado |\302\240Flash disparado" "Compensación Exposición Flash" "Si" "Automático"
     "Tipo Flash" "Modo Enfoque" "Ratio Velocidad ISO" "Ajuste ISO" "Número Imagen"
     "Estabilización Imagen" "Activado |\302\240Desactivado" "Ajustes Estabilización Imagen"
     "Flash Interno" "Número Serie Interno" "Tipo Objetivo" "Modo Macro" "Marca"
     "Versión nota Fabricante" "Multi-segmento" "Media ponderada al centro" "Puntual"
-    "Reducción Ruido" "Monocromo" "Vista Previa" "Longitud Imagen Previa" "Inicio Imagen Previa"
-    "Rotación" "Girado 270° sentido reloj |\302\240Girado 90° sentido reloj"
-    "Girado 90° sentido reloj" "Girado 270° sentido reloj" "Selección de escena"
-    "Vista/retrato nocturno" "Barrido panorámico" "Toma noct. manual" "Anti movimiento"
-    "AE prioridad cont." "Fuegos Artificiales" "Comida" "Puesta sol" "Acción deportiva"
-    "Retrato noct." "Nitidez" "Estándar |\302\240Fuerte" "Suave" "Versión Software" "Automático"
-    "Luz de día |\302\240Temperatura de color / Filtro de color" "Personalizado" "Luz de día"
-    "Nublado |\302\240Sombrío" "Nublado" "Tungsteno" "Sombrío" "Flourescente"
+    "Reducción Ruido" "Vista Previa" "Longitud Imagen Previa" "Inicio Imagen Previa" "Rotación"
+    "Girado 270° sentido reloj |\302\240Girado 90° sentido reloj" "Girado 90° sentido reloj"
+    "Girado 270° sentido reloj" "Selección de escena" "Vista/retrato nocturno" "Barrido panorámico"
+    "Toma noct. manual" "Anti movimiento" "AE prioridad cont." "Fuegos Artificiales" "Comida"
+    "Acción deportiva" "Retrato noct." "Nitidez" "Estándar |\302\240Fuerte" "Suave"
+    "Versión Software" "Luz de día |\302\240Temperatura de color / Filtro de color" "Personalizado"
+    "Luz de día" "Nublado |\302\240Sombrío" "Nublado" "Tungsteno" "Sombrío" "Flourescente"
     "Equilibrio del blanco manual" "Zone matching" "FirmwareID" "SensorHeight" "SensorWidth"
     "ImageHeight" "ImageWidth" "RawDepth" "StorageMethod" "BayerPattern" "WBMode"
     "WB_RBLevelsDaylightF" "WB_RBLevelsDayWhiteF" "WB_RBLevelsWhiteF" "Hue" "RawDataLength"
@@ -1368,19 +1340,17 @@ constexpr char kText[] =
     "MinoltaRaw:WB_RBLevelsDaylightF" "WB RB Levels Daylight F" "MinoltaRaw:WB_RBLevelsFlash"
     "MinoltaRaw:WB_RBLevelsShade" "MinoltaRaw:WB_RBLevelsTungsten" "MinoltaRaw:WB_RBLevelsWhiteF"
     "WB RB Levels White F" "MinoltaRaw:WB_RGGBLevels" "WB RGGB Levels" "MinoltaRaw:ZoneMatching"
-    "MinoltaRaw:ZoneMatching:0" "MinoltaRaw:ZoneMatching:1" "MinoltaRaw:ZoneMatching:2"
-    "Sepia |\302\240夜晚肖像" "色相" "像高" "像宽" "Sepia |\302\240Vue/Portrait nocturne"
-    "Identifiant du micrologiciel" "Nuance" "Hauteur de l'image" "Largeur de l'image"
+    "MinoltaRaw:ZoneMatching:0" "MinoltaRaw:ZoneMatching:1" "MinoltaRaw:ZoneMatching:2" "色相" "像高"
+    "像宽" "Identifiant du micrologiciel" "Nuance" "Hauteur de l'image" "Largeur de l'image"
     "Hauteur du capteur" "Largeur du capteur" "Balance des blancs des niveaux RVVB" "Bayer Matrix"
-    "Abendszene/Porträt |\302\240Sepia" "Farbton" "Bildhöhe" "Bildbreite" "RAW-Daten Länge"
-    "Sensor Höhe" "Sensor Breite" "Weißabgleich RGGB-Farbverteilung" "Rit. notturno |\302\240Seppia"
-    "ID firmware" "Tonalità" "Altezza immagine" "Larghezza immagine" "Profondità raw"
-    "Altezza sensore" "Larghezza sensore" "Lineare" "セピア |\302\240夜景/夜景ポートレート" "画像高さ" "画像幅" "センサー高さ"
-    "センサー幅" "ホワイトバランスモード" "WB RGGB レベル" "Retrato noct. |\302\240Sepia" "Tono" "Alto Imagen"
-    "Ancho Imagen" "BuildNumber" "CustomRendered" "Sensor" "ManufactureDate" "Motorola:BuildNumber"
-    "Build Number" "Motorola:CustomRendered" "Custom Rendered" "Motorola:DriveMode"
-    "Motorola:ManufactureDate" "Manufacture Date" "Motorola:Sensor" "Motorola:SerialNumber"
-    "用户自定义图像处理" "Traitement de l'image" "Date de fabrication" "Capteur"
+    "Farbton" "Bildhöhe" "Bildbreite" "RAW-Daten Länge" "Sensor Höhe" "Sensor Breite"
+    "Weißabgleich RGGB-Farbverteilung" "Rit. notturno |\302\240Seppia" "ID firmware" "Tonalità"
+    "Altezza immagine" "Larghezza immagine" "Profondità raw" "Altezza sensore" "Larghezza sensore"
+    "Lineare" "セピア |\302\240夜景/夜景ポートレート" "画像高さ" "画像幅" "センサー高さ" "センサー幅" "ホワイトバランスモード" "WB RGGB レベル"
+    "Tono" "Alto Imagen" "Ancho Imagen" "BuildNumber" "CustomRendered" "Sensor" "ManufactureDate"
+    "Motorola:BuildNumber" "Build Number" "Motorola:CustomRendered" "Custom Rendered"
+    "Motorola:DriveMode" "Motorola:ManufactureDate" "Manufacture Date" "Motorola:Sensor"
+    "Motorola:SerialNumber" "用户自定义图像处理" "Traitement de l'image" "Date de fabrication" "Capteur"
     "Benutzerdefinierte Bildverarbeitung" "Herstellungsdatum" "Resa personalizzata" "カスタム画像処理"
     "製造日付？" "Proceso Imagen Personalizado";
 
@@ -1989,25 +1959,26 @@ constexpr detail::StringRow kStringsFrenchMeta[] = {
     {{10216, 20}, {11087, 18}},
     {{10382, 25}, {11105, 36}},
     {{10676, 17}, {11141, 17}},
-    {{10994, 18}, {11158, 17}},
+    {{10962, 18}, {11158, 23}},
+    {{10994, 18}, {11181, 17}},
 };
 constexpr detail::StringRow kStringsGermanMeta[] = {
-    {{9890, 16}, {11175, 10}},
-    {{10676, 17}, {11185, 12}},
+    {{9890, 16}, {11198, 10}},
+    {{10676, 17}, {11208, 12}},
 };
 constexpr detail::StringRow kStringsItalianMeta[] = {
-    {{9424, 16}, {11197, 23}},
-    {{10429, 17}, {11220, 15}},
-    {{10676, 17}, {11235, 15}},
+    {{9424, 16}, {11220, 23}},
+    {{10429, 17}, {11243, 15}},
+    {{10676, 17}, {11258, 15}},
 };
 constexpr detail::StringRow kStringsJapaneseMeta[] = {
-    {{9739, 19}, {11250, 21}},
-    {{9890, 16}, {11271, 18}},
-    {{10676, 17}, {11289, 18}},
+    {{9739, 19}, {11273, 21}},
+    {{9890, 16}, {11294, 18}},
+    {{10676, 17}, {11312, 18}},
 };
 constexpr detail::StringRow kStringsSpanishMeta[] = {
-    {{9739, 19}, {11307, 13}},
-    {{10676, 17}, {11320, 13}},
+    {{9739, 19}, {11330, 13}},
+    {{10676, 17}, {11343, 13}},
 };
 constinit detail::StreamStrings gStringsMeta(kText, {kStringsEnglishMeta, kStringsChineseMeta, kStringsFrenchMeta, kStringsGermanMeta, kStringsItalianMeta, kStringsJapaneseMeta, kStringsSpanishMeta});
 constexpr std::uint16_t kKeyOrderMeta[] = {
@@ -2021,769 +1992,768 @@ constinit detail::StreamTags gTagsMeta("Meta", kText, kTagsMeta, kKeyOrderMeta, 
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMicrosoft[] = {
-    {{11333, 22}, TagType::int32u, 2, 0, 0, 0},  // PanoramicStitchVersion
-    {{11355, 27}, TagType::int32u, 2, 0, 0, 4},  // PanoramicStitchCameraMotion
-    {{11382, 22}, TagType::int32u, 2, 0, 4, 5},  // PanoramicStitchMapType
-    {{11404, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta0
-    {{11425, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta1
-    {{11446, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi0
-    {{11465, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi1
-    {{11484, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
-    {{11492, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
-    {{11507, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
-    {{11525, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
-    {{11545, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
-    {{11564, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
-    {{11588, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
-    {{11615, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
-    {{11635, 7}, TagType::string, 0, 0, 0, 0},  // AlbumID
-    {{11642, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
-    {{11660, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
-    {{11679, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
-    {{11697, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
-    {{11709, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
-    {{11720, 6}, TagType::string, 0, 0, 0, 0},  // Author
-    {{11726, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
-    {{11741, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
-    {{11753, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
-    {{11760, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
-    {{11766, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
-    {{11776, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
-    {{11790, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
-    {{11801, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
-    {{11819, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
-    {{11830, 8}, TagType::string, 0, 0, 0, 0},  // Channels
+    {{11356, 22}, TagType::int32u, 2, 0, 0, 0},  // PanoramicStitchVersion
+    {{11378, 27}, TagType::int32u, 2, 0, 0, 4},  // PanoramicStitchCameraMotion
+    {{11405, 22}, TagType::int32u, 2, 0, 4, 5},  // PanoramicStitchMapType
+    {{11427, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta0
+    {{11448, 21}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchTheta1
+    {{11469, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi0
+    {{11488, 19}, TagType::float_, 2, 0, 0, 0},  // PanoramicStitchPhi1
+    {{11507, 8}, TagType::string, 0, 0, 0, 0},  // Abstract
+    {{11515, 15}, TagType::string, 0, 0, 0, 0},  // AcquisitionTime
+    {{11530, 18}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeDay
+    {{11548, 20}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeMonth
+    {{11568, 19}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYear
+    {{11587, 24}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonth
+    {{11611, 27}, TagType::string, 0, 0, 0, 0},  // AcquisitionTimeYearMonthDay
+    {{11638, 20}, TagType::string, 0, 0, 0, 0},  // AlbumArtistSortOrder
+    {{11658, 7}, TagType::string, 0, 0, 0, 0},  // AlbumID
+    {{11665, 18}, TagType::string, 0, 0, 0, 0},  // AlbumIDAlbumArtist
+    {{11683, 19}, TagType::string, 0, 0, 0, 0},  // AlbumTitleSortOrder
+    {{11702, 18}, TagType::string, 0, 0, 0, 0},  // AlternateSourceURL
+    {{11720, 12}, TagType::string, 0, 0, 0, 0},  // AudioBitrate
+    {{11732, 11}, TagType::string, 0, 0, 0, 0},  // AudioFormat
+    {{11743, 6}, TagType::string, 0, 0, 0, 0},  // Author
+    {{11749, 15}, TagType::string, 0, 0, 0, 0},  // AuthorSortOrder
+    {{11764, 12}, TagType::string, 0, 0, 0, 0},  // AverageLevel
+    {{11776, 7}, TagType::string, 0, 0, 0, 0},  // Bitrate
+    {{11783, 6}, TagType::string, 0, 0, 0, 0},  // BuyNow
+    {{11789, 10}, TagType::string, 0, 0, 0, 0},  // BuyTickets
+    {{11799, 14}, TagType::string, 0, 0, 0, 0},  // CDTrackEnabled
+    {{11813, 11}, TagType::string, 0, 0, 0, 0},  // CallLetters
+    {{11824, 18}, TagType::string, 0, 0, 0, 0},  // CameraManufacturer
+    {{11842, 11}, TagType::string, 0, 0, 0, 0},  // CameraModel
+    {{11853, 8}, TagType::string, 0, 0, 0, 0},  // Channels
     {{1053, 7}, TagType::string, 0, 0, 0, 0},  // Comment
-    {{11838, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
+    {{11861, 26}, TagType::string, 0, 0, 0, 0},  // ContentDistributorDuration
     {{1136, 9}, TagType::string, 0, 0, 0, 0},  // Copyright
-    {{11864, 5}, TagType::string, 0, 0, 0, 0},  // Count
-    {{11869, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
-    {{11883, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
-    {{11896, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
-    {{11909, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
-    {{11933, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
-    {{11941, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
-    {{11951, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
-    {{11961, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
+    {{11887, 5}, TagType::string, 0, 0, 0, 0},  // Count
+    {{11892, 14}, TagType::string, 0, 0, 0, 0},  // CurrentBitrate
+    {{11906, 13}, TagType::string, 0, 0, 0, 0},  // DLNAServerUDN
+    {{11919, 13}, TagType::string, 0, 0, 0, 0},  // DLNASourceURI
+    {{11932, 24}, TagType::string, 0, 0, 0, 0},  // DRMIndividualizedVersion
+    {{11956, 8}, TagType::string, 0, 0, 0, 0},  // DRMKeyID
+    {{11964, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPHost
+    {{11974, 10}, TagType::string, 0, 0, 0, 0},  // DTCPIPPort
+    {{11984, 5}, TagType::string, 0, 0, 0, 0},  // DVDID
     {{1234, 11}, TagType::string, 0, 0, 0, 0},  // Description
-    {{11966, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
+    {{11989, 13}, TagType::string, 0, 0, 0, 0},  // DisplayArtist
     {{233, 8}, TagType::string, 0, 0, 0, 0},  // Duration
-    {{11979, 5}, TagType::string, 0, 0, 0, 0},  // Event
-    {{11984, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
-    {{11992, 8}, TagType::string, 0, 0, 0, 0},  // FileType
-    {{12000, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
-    {{12009, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
+    {{12002, 5}, TagType::string, 0, 0, 0, 0},  // Event
+    {{12007, 8}, TagType::string, 0, 0, 0, 0},  // FileSize
+    {{12015, 8}, TagType::string, 0, 0, 0, 0},  // FileType
+    {{12023, 9}, TagType::string, 0, 0, 0, 0},  // FormatTag
+    {{12032, 6}, TagType::string, 0, 0, 0, 0},  // FourCC
     {{802, 9}, TagType::string, 0, 0, 0, 0},  // FrameRate
-    {{12015, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
-    {{12024, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
-    {{12037, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
-    {{12042, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
+    {{12038, 9}, TagType::string, 0, 0, 0, 0},  // Frequency
+    {{12047, 13}, TagType::string, 0, 0, 0, 0},  // IsNetworkFeed
+    {{12060, 5}, TagType::string, 0, 0, 0, 0},  // IsVBR
+    {{12065, 11}, TagType::string, 0, 0, 0, 0},  // IsProtected
     {{1427, 13}, TagType::string, 0, 0, 0, 0},  // LeadPerformer
-    {{12053, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
-    {{12062, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
-    {{12073, 8}, TagType::string, 0, 0, 0, 0},  // Location
-    {{12081, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
-    {{12098, 9}, TagType::string, 0, 0, 0, 0},  // MediaType
-    {{12107, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
-    {{12117, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
-    {{12125, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
-    {{12134, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
-    {{12143, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
-    {{12160, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
-    {{12177, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
-    {{12190, 8}, TagType::string, 0, 0, 0, 0},  // Provider
-    {{12198, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
-    {{12213, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
-    {{12224, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
-    {{12233, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
-    {{12244, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
-    {{12253, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
-    {{12266, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
-    {{12282, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
-    {{12300, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
-    {{12317, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
-    {{12339, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
-    {{12364, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseDate
-    {{12375, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
-    {{12389, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
-    {{12405, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
-    {{12420, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
-    {{12440, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
-    {{12463, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
-    {{12475, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
-    {{12489, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
+    {{12076, 9}, TagType::string, 0, 0, 0, 0},  // LibraryID
+    {{12085, 11}, TagType::string, 0, 0, 0, 0},  // LibraryName
+    {{12096, 8}, TagType::string, 0, 0, 0, 0},  // Location
+    {{12104, 17}, TagType::string, 0, 0, 0, 0},  // MediaContentTypes
+    {{12121, 9}, TagType::string, 0, 0, 0, 0},  // MediaType
+    {{12130, 10}, TagType::string, 0, 0, 0, 0},  // ModifiedBy
+    {{12140, 8}, TagType::string, 0, 0, 0, 0},  // MoreInfo
+    {{12148, 9}, TagType::string, 0, 0, 0, 0},  // PartOfSet
+    {{12157, 9}, TagType::string, 0, 0, 0, 0},  // PeakValue
+    {{12166, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioX
+    {{12183, 17}, TagType::string, 0, 0, 0, 0},  // PixelAspectRatioY
+    {{12200, 13}, TagType::string, 0, 0, 0, 0},  // PlaylistIndex
+    {{12213, 8}, TagType::string, 0, 0, 0, 0},  // Provider
+    {{12221, 15}, TagType::string, 0, 0, 0, 0},  // ProviderLogoURL
+    {{12236, 11}, TagType::string, 0, 0, 0, 0},  // ProviderURL
+    {{12247, 9}, TagType::string, 0, 0, 0, 0},  // RadioBand
+    {{12256, 11}, TagType::string, 0, 0, 0, 0},  // RadioFormat
+    {{12267, 9}, TagType::string, 0, 0, 0, 0},  // RatingOrg
+    {{12276, 13}, TagType::string, 0, 0, 0, 0},  // RecordingTime
+    {{12289, 16}, TagType::string, 0, 0, 0, 0},  // RecordingTimeDay
+    {{12305, 18}, TagType::string, 0, 0, 0, 0},  // RecordingTimeMonth
+    {{12323, 17}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYear
+    {{12340, 22}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonth
+    {{12362, 25}, TagType::string, 0, 0, 0, 0},  // RecordingTimeYearMonthDay
+    {{12387, 11}, TagType::string, 0, 0, 0, 0},  // ReleaseDate
+    {{12398, 14}, TagType::string, 0, 0, 0, 0},  // ReleaseDateDay
+    {{12412, 16}, TagType::string, 0, 0, 0, 0},  // ReleaseDateMonth
+    {{12428, 15}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYear
+    {{12443, 20}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonth
+    {{12463, 23}, TagType::string, 0, 0, 0, 0},  // ReleaseDateYearMonthDay
+    {{12486, 12}, TagType::string, 0, 0, 0, 0},  // RequestState
+    {{12498, 14}, TagType::string, 0, 0, 0, 0},  // ShadowFilePath
+    {{12512, 9}, TagType::string, 0, 0, 0, 0},  // SourceURL
     {{1795, 7}, TagType::string, 0, 0, 0, 0},  // Subject
-    {{12498, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
-    {{12504, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
-    {{12510, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
-    {{12516, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
-    {{12522, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
-    {{12528, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
-    {{12534, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
-    {{12540, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
-    {{12546, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
-    {{12552, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
-    {{12558, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
-    {{12564, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
-    {{12570, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
-    {{12576, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
-    {{12582, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
-    {{12588, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
-    {{12594, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
-    {{12602, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
-    {{12611, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
+    {{12521, 6}, TagType::string, 0, 0, 0, 0},  // Sync01
+    {{12527, 6}, TagType::string, 0, 0, 0, 0},  // Sync02
+    {{12533, 6}, TagType::string, 0, 0, 0, 0},  // Sync03
+    {{12539, 6}, TagType::string, 0, 0, 0, 0},  // Sync04
+    {{12545, 6}, TagType::string, 0, 0, 0, 0},  // Sync05
+    {{12551, 6}, TagType::string, 0, 0, 0, 0},  // Sync06
+    {{12557, 6}, TagType::string, 0, 0, 0, 0},  // Sync07
+    {{12563, 6}, TagType::string, 0, 0, 0, 0},  // Sync08
+    {{12569, 6}, TagType::string, 0, 0, 0, 0},  // Sync09
+    {{12575, 6}, TagType::string, 0, 0, 0, 0},  // Sync10
+    {{12581, 6}, TagType::string, 0, 0, 0, 0},  // Sync11
+    {{12587, 6}, TagType::string, 0, 0, 0, 0},  // Sync12
+    {{12593, 6}, TagType::string, 0, 0, 0, 0},  // Sync13
+    {{12599, 6}, TagType::string, 0, 0, 0, 0},  // Sync14
+    {{12605, 6}, TagType::string, 0, 0, 0, 0},  // Sync15
+    {{12611, 6}, TagType::string, 0, 0, 0, 0},  // Sync16
+    {{12617, 8}, TagType::string, 0, 0, 0, 0},  // SyncOnly
+    {{12625, 9}, TagType::string, 0, 0, 0, 0},  // SyncState
+    {{12634, 9}, TagType::string, 0, 0, 0, 0},  // Temporary
     {{1843, 5}, TagType::string, 0, 0, 0, 0},  // Title
-    {{12620, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
-    {{12634, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
-    {{12647, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
-    {{12657, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
-    {{12668, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
-    {{12679, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
-    {{12698, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
-    {{12716, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
-    {{12729, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
-    {{12751, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
-    {{12771, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
-    {{12791, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
-    {{12809, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
-    {{12829, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
-    {{12849, 10}, TagType::string, 0, 0, 0, 0},  // UserRating
-    {{12859, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
-    {{12876, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
-    {{12888, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
-    {{12899, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
-    {{12913, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
-    {{12935, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
-    {{12958, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
+    {{12643, 14}, TagType::string, 0, 0, 0, 0},  // TitleSortOrder
+    {{12657, 13}, TagType::string, 0, 0, 0, 0},  // TotalDuration
+    {{12670, 10}, TagType::string, 0, 0, 0, 0},  // TrackingID
+    {{12680, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom1
+    {{12691, 11}, TagType::string, 0, 0, 0, 0},  // UserCustom2
+    {{12702, 19}, TagType::string, 0, 0, 0, 0},  // UserEffectiveRating
+    {{12721, 18}, TagType::string, 0, 0, 0, 0},  // UserLastPlayedTime
+    {{12739, 13}, TagType::string, 0, 0, 0, 0},  // UserPlayCount
+    {{12752, 22}, TagType::string, 0, 0, 0, 0},  // UserPlaycountAfternoon
+    {{12774, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountEvening
+    {{12794, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountMorning
+    {{12814, 18}, TagType::string, 0, 0, 0, 0},  // UserPlaycountNight
+    {{12832, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekday
+    {{12852, 20}, TagType::string, 0, 0, 0, 0},  // UserPlaycountWeekend
+    {{12872, 10}, TagType::string, 0, 0, 0, 0},  // UserRating
+    {{12882, 17}, TagType::string, 0, 0, 0, 0},  // UserServiceRating
+    {{12899, 12}, TagType::string, 0, 0, 0, 0},  // VideoBitrate
+    {{12911, 11}, TagType::string, 0, 0, 0, 0},  // VideoFormat
+    {{12922, 14}, TagType::string, 0, 0, 0, 0},  // BeatsPerMinute
+    {{12936, 22}, TagType::string, 0, 0, 0, 0},  // ContentDistributorType
+    {{12958, 23}, TagType::string, 0, 0, 0, 0},  // ContentGroupDescription
+    {{12981, 12}, TagType::date, 2, 0, 0, 0},  // EncodingTime
     {{1354, 5}, TagType::string, 0, 0, 0, 0},  // Genre
-    {{12970, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
-    {{12977, 8}, TagType::string, 0, 0, 0, 0},  // Language
+    {{12993, 7}, TagType::string, 0, 0, 0, 0},  // GenreID
+    {{13000, 8}, TagType::string, 0, 0, 0, 0},  // Language
     {{1455, 6}, TagType::string, 0, 0, 0, 0},  // Lyrics
     {{1471, 4}, TagType::string, 0, 0, 0, 0},  // MCDI
-    {{12985, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
-    {{13015, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
-    {{13035, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
-    {{13051, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
-    {{13065, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
-    {{13079, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
-    {{13092, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
-    {{13108, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
-    {{13127, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
-    {{13148, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
-    {{13159, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
-    {{13179, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
-    {{13193, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
-    {{13204, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
-    {{13214, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
-    {{13233, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
-    {{13247, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
-    {{13258, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
-    {{13283, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
-    {{13309, 4}, TagType::string, 0, 0, 0, 0},  // Year
-    {{13313, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
-    {{13323, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
-    {{13331, 9}, TagType::string, 0, 0, 0, 0},  // Resources
-    {{13340, 8}, TagType::string, 0, 0, 0, 0},  // Complete
-    {{13348, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
-    {{13366, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
-    {{13375, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
-    {{13386, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
-    {{13403, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
-    {{13413, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
-    {{13438, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
-    {{13451, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
-    {{13462, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
-    {{13473, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
-    {{13487, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
-    {{13502, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
-    {{13512, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
-    {{13532, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
-    {{13541, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
-    {{13553, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
-    {{13564, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
-    {{13575, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
-    {{13587, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
-    {{13593, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
-    {{13608, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
-    {{13616, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
-    {{13632, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
-    {{13644, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
-    {{13659, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
-    {{13671, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
-    {{13682, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
-    {{13691, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
-    {{13702, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
-    {{13711, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
-    {{13723, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
-    {{13732, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
-    {{13740, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
-    {{13753, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
-    {{13761, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
-    {{13769, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
-    {{13782, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
-    {{13796, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
-    {{13805, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
-    {{13815, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
-    {{13821, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
-    {{13829, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
-    {{13839, 11}, TagType::string, 0, 0, 0, 0},  // StationName
-    {{13850, 8}, TagType::string, 0, 0, 0, 0},  // Division
-    {{13858, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
-    {{13863, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
-    {{13871, 4}, TagType::string, 0, 0, 0, 0},  // Type
-    {{13875, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
-    {{13884, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
-    {{13897, 8}, TagType::string, 0, 0, 0, 0},  // Computer
-    {{13905, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
-    {{13918, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
-    {{13930, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
-    {{13941, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
-    {{13951, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
-    {{13958, 7}, TagType::string, 0, 0, 0, 0},  // Project
-    {{13965, 6}, TagType::string, 0, 0, 0, 0},  // Gender
-    {{13971, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
-    {{13978, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
-    {{13990, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
-    {{14005, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
-    {{14017, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
-    {{14040, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
-    {{14053, 5}, TagType::string, 0, 0, 0, 0},  // Color
-    {{14058, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
-    {{14067, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
-    {{14077, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
-    {{14090, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
-    {{14102, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
+    {{13008, 30}, TagType::string, 0, 0, 0, 0},  // MediaOriginalBroadcastDateTime
+    {{13038, 20}, TagType::string, 0, 0, 0, 0},  // MediaOriginalChannel
+    {{13058, 16}, TagType::string, 0, 0, 0, 0},  // MediaStationName
+    {{13074, 14}, TagType::string, 0, 0, 0, 0},  // ProtectionType
+    {{13088, 14}, TagType::string, 0, 0, 0, 0},  // ProviderRating
+    {{13102, 13}, TagType::string, 0, 0, 0, 0},  // ProviderStyle
+    {{13115, 16}, TagType::int64u, 2, 0, 0, 0},  // SharedUserRating
+    {{13131, 19}, TagType::string, 0, 0, 0, 0},  // SubtitleDescription
+    {{13150, 21}, TagType::string, 0, 0, 0, 0},  // SubscriptionContentID
+    {{13171, 11}, TagType::string, 0, 0, 0, 0},  // TrackNumber
+    {{13182, 20}, TagType::string, 0, 0, 0, 0},  // UniqueFileIdentifier
+    {{13202, 14}, TagType::string, 0, 0, 0, 0},  // VideoFrameRate
+    {{13216, 11}, TagType::string, 0, 0, 0, 0},  // VideoHeight
+    {{13227, 10}, TagType::string, 0, 0, 0, 0},  // VideoWidth
+    {{13237, 19}, TagType::string, 0, 0, 0, 0},  // WMCollectionGroupID
+    {{13256, 14}, TagType::string, 0, 0, 0, 0},  // WMCollectionID
+    {{13270, 11}, TagType::string, 0, 0, 0, 0},  // WMContentID
+    {{13281, 25}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceDRMType
+    {{13306, 26}, TagType::string, 0, 0, 0, 0},  // WMShadowFileSourceFileType
+    {{13332, 4}, TagType::string, 0, 0, 0, 0},  // Year
+    {{13336, 10}, TagType::string, 0, 0, 0, 0},  // ChapterNum
+    {{13346, 8}, TagType::string, 0, 0, 0, 0},  // TitleNum
+    {{13354, 9}, TagType::string, 0, 0, 0, 0},  // Resources
+    {{13363, 8}, TagType::string, 0, 0, 0, 0},  // Complete
+    {{13371, 18}, TagType::string, 0, 0, 0, 0},  // HomeCountry-Region
+    {{13389, 9}, TagType::string, 0, 0, 0, 0},  // TaskOwner
+    {{13398, 11}, TagType::string, 0, 0, 0, 0},  // MaxAperture
+    {{13409, 17}, TagType::string, 0, 0, 0, 0},  // OptionalAttendees
+    {{13426, 10}, TagType::string, 0, 0, 0, 0},  // HomeStreet
+    {{13436, 25}, TagType::string, 0, 0, 0, 0},  // RequiredAttendeeAddresses
+    {{13461, 13}, TagType::string, 0, 0, 0, 0},  // SenderAddress
+    {{13474, 11}, TagType::string, 0, 0, 0, 0},  // FileVersion
+    {{13485, 11}, TagType::string, 0, 0, 0, 0},  // ProductName
+    {{13496, 14}, TagType::string, 0, 0, 0, 0},  // ProductVersion
+    {{13510, 15}, TagType::string, 0, 0, 0, 0},  // LegalTrademarks
+    {{13525, 10}, TagType::string, 0, 0, 0, 0},  // SenderName
+    {{13535, 20}, TagType::string, 0, 0, 0, 0},  // ParentalRatingReason
+    {{13555, 9}, TagType::string, 0, 0, 0, 0},  // FirstName
+    {{13564, 12}, TagType::string, 0, 0, 0, 0},  // DateImported
+    {{13576, 11}, TagType::string, 0, 0, 0, 0},  // CameraMaker
+    {{13587, 11}, TagType::string, 0, 0, 0, 0},  // Orientation
+    {{13598, 12}, TagType::string, 0, 0, 0, 0},  // ExposureTime
+    {{13610, 6}, TagType::string, 0, 0, 0, 0},  // F-stop
+    {{13616, 15}, TagType::string, 0, 0, 0, 0},  // ExposureProgram
+    {{13631, 8}, TagType::string, 0, 0, 0, 0},  // ISOSpeed
+    {{13639, 16}, TagType::string, 0, 0, 0, 0},  // DatePictureTaken
+    {{13655, 12}, TagType::string, 0, 0, 0, 0},  // ExposureBias
+    {{13667, 15}, TagType::string, 0, 0, 0, 0},  // SubjectDistance
+    {{13682, 12}, TagType::string, 0, 0, 0, 0},  // MeteringMode
+    {{13694, 11}, TagType::string, 0, 0, 0, 0},  // LightSource
+    {{13705, 9}, TagType::string, 0, 0, 0, 0},  // FlashMode
+    {{13714, 11}, TagType::string, 0, 0, 0, 0},  // FocalLength
+    {{13725, 9}, TagType::string, 0, 0, 0, 0},  // HomePhone
+    {{13734, 12}, TagType::string, 0, 0, 0, 0},  // PrimaryPhone
+    {{13746, 9}, TagType::string, 0, 0, 0, 0},  // CellPhone
+    {{13755, 8}, TagType::string, 0, 0, 0, 0},  // Birthday
+    {{13763, 13}, TagType::string, 0, 0, 0, 0},  // PrimaryE-mail
+    {{13776, 8}, TagType::string, 0, 0, 0, 0},  // JobTitle
+    {{13784, 8}, TagType::string, 0, 0, 0, 0},  // HomeCity
+    {{13792, 13}, TagType::string, 0, 0, 0, 0},  // PersonalTitle
+    {{13805, 14}, TagType::string, 0, 0, 0, 0},  // OfficeLocation
+    {{13819, 9}, TagType::string, 0, 0, 0, 0},  // GivenName
+    {{13828, 10}, TagType::string, 0, 0, 0, 0},  // MiddleName
+    {{13838, 6}, TagType::string, 0, 0, 0, 0},  // Suffix
+    {{13844, 8}, TagType::string, 0, 0, 0, 0},  // Nickname
+    {{13852, 10}, TagType::string, 0, 0, 0, 0},  // PostalCode
+    {{13862, 11}, TagType::string, 0, 0, 0, 0},  // StationName
+    {{13873, 8}, TagType::string, 0, 0, 0, 0},  // Division
+    {{13881, 5}, TagType::string, 0, 0, 0, 0},  // Kinds
+    {{13886, 8}, TagType::string, 0, 0, 0, 0},  // ClientID
+    {{13894, 4}, TagType::string, 0, 0, 0, 0},  // Type
+    {{13898, 9}, TagType::string, 0, 0, 0, 0},  // FileCount
+    {{13907, 13}, TagType::string, 0, 0, 0, 0},  // TotalFileSize
+    {{13920, 8}, TagType::string, 0, 0, 0, 0},  // Computer
+    {{13928, 13}, TagType::string, 0, 0, 0, 0},  // PerceivedType
+    {{13941, 12}, TagType::string, 0, 0, 0, 0},  // MediaCreated
+    {{13953, 11}, TagType::string, 0, 0, 0, 0},  // IsRecurring
+    {{13964, 10}, TagType::string, 0, 0, 0, 0},  // Incomplete
+    {{13974, 7}, TagType::string, 0, 0, 0, 0},  // E-mail2
+    {{13981, 7}, TagType::string, 0, 0, 0, 0},  // Project
+    {{13988, 6}, TagType::string, 0, 0, 0, 0},  // Gender
+    {{13994, 7}, TagType::string, 0, 0, 0, 0},  // DueDate
+    {{14001, 12}, TagType::string, 0, 0, 0, 0},  // BusinessCity
+    {{14013, 15}, TagType::string, 0, 0, 0, 0},  // WindowsFileName
+    {{14028, 12}, TagType::string, 0, 0, 0, 0},  // DateArchived
+    {{14040, 23}, TagType::string, 0, 0, 0, 0},  // BusinessStateOrProvince
+    {{14063, 13}, TagType::string, 0, 0, 0, 0},  // BroadcastDate
+    {{14076, 5}, TagType::string, 0, 0, 0, 0},  // Color
+    {{14081, 9}, TagType::string, 0, 0, 0, 0},  // StartDate
+    {{14090, 10}, TagType::string, 0, 0, 0, 0},  // Saturation
+    {{14100, 13}, TagType::string, 0, 0, 0, 0},  // SearchRanking
+    {{14113, 12}, TagType::string, 0, 0, 0, 0},  // OtherAddress
+    {{14125, 11}, TagType::string, 0, 0, 0, 0},  // AutoSummary
     {{1810, 7}, TagType::string, 0, 0, 0, 0},  // Summary
-    {{14113, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
-    {{14129, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
+    {{14136, 16}, TagType::string, 0, 0, 0, 0},  // BusinessHomePage
+    {{14152, 11}, TagType::string, 0, 0, 0, 0},  // AlbumArtist
     {{972, 6}, TagType::string, 0, 0, 0, 0},  // Artist
     {{1363, 10}, TagType::string, 0, 0, 0, 0},  // InitialKey
-    {{14140, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
-    {{14156, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
+    {{14163, 16}, TagType::string, 0, 0, 0, 0},  // Beats-per-minute
+    {{14179, 10}, TagType::string, 0, 0, 0, 0},  // Conductors
     {{1802, 8}, TagType::string, 0, 0, 0, 0},  // Subtitle
     {{1489, 4}, TagType::string, 0, 0, 0, 0},  // Mood
-    {{14166, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
-    {{14176, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
+    {{14189, 10}, TagType::string, 0, 0, 0, 0},  // AlbumTitle
+    {{14199, 15}, TagType::string, 0, 0, 0, 0},  // Free-busyStatus
     {{1872, 3}, TagType::string, 0, 0, 0, 0},  // URL
-    {{14191, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
-    {{14202, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
-    {{14211, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
-    {{14218, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
-    {{14225, 8}, TagType::string, 0, 0, 0, 0},  // FullName
-    {{14233, 6}, TagType::string, 0, 0, 0, 0},  // Street
-    {{14239, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
-    {{14249, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
-    {{14258, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
-    {{14267, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
-    {{14287, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
-    {{14305, 8}, TagType::string, 0, 0, 0, 0},  // BitDepth
+    {{14214, 11}, TagType::string, 0, 0, 0, 0},  // DateVisited
+    {{14225, 9}, TagType::string, 0, 0, 0, 0},  // IsDeleted
+    {{14234, 7}, TagType::string, 0, 0, 0, 0},  // HasFlag
+    {{14241, 7}, TagType::string, 0, 0, 0, 0},  // Hobbies
+    {{14248, 8}, TagType::string, 0, 0, 0, 0},  // FullName
+    {{14256, 6}, TagType::string, 0, 0, 0, 0},  // Street
+    {{14262, 10}, TagType::string, 0, 0, 0, 0},  // Dimensions
+    {{14272, 9}, TagType::string, 0, 0, 0, 0},  // Untitled0
+    {{14281, 9}, TagType::string, 0, 0, 0, 0},  // Untitled1
+    {{14290, 20}, TagType::string, 0, 0, 0, 0},  // HorizontalResolution
+    {{14310, 18}, TagType::string, 0, 0, 0, 0},  // VerticalResolution
+    {{14328, 8}, TagType::string, 0, 0, 0, 0},  // BitDepth
     {{98, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleRate
-    {{14313, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
-    {{14328, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
-    {{14344, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
-    {{14354, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
-    {{14365, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
-    {{14377, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
-    {{14385, 9}, TagType::string, 0, 0, 0, 0},  // Composers
-    {{14394, 9}, TagType::string, 0, 0, 0, 0},  // Directors
-    {{14403, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
-    {{14417, 9}, TagType::string, 0, 0, 0, 0},  // Producers
-    {{14426, 7}, TagType::string, 0, 0, 0, 0},  // Writers
+    {{14336, 15}, TagType::string, 0, 0, 0, 0},  // AudioSampleSize
+    {{14351, 16}, TagType::string, 0, 0, 0, 0},  // VideoCompression
+    {{14367, 10}, TagType::string, 0, 0, 0, 0},  // FrameWidth
+    {{14377, 11}, TagType::string, 0, 0, 0, 0},  // FrameHeight
+    {{14388, 12}, TagType::string, 0, 0, 0, 0},  // TotalBitrate
+    {{14400, 8}, TagType::string, 0, 0, 0, 0},  // DataRate
+    {{14408, 9}, TagType::string, 0, 0, 0, 0},  // Composers
+    {{14417, 9}, TagType::string, 0, 0, 0, 0},  // Directors
+    {{14426, 14}, TagType::string, 0, 0, 0, 0},  // ParentalRating
+    {{14440, 9}, TagType::string, 0, 0, 0, 0},  // Producers
+    {{14449, 7}, TagType::string, 0, 0, 0, 0},  // Writers
     {{1621, 9}, TagType::string, 0, 0, 0, 0},  // Publisher
     {{1538, 6}, TagType::string, 0, 0, 0, 0},  // Period
-    {{14433, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
+    {{14456, 10}, TagType::string, 0, 0, 0, 0},  // UserWebURL
     {{1300, 9}, TagType::string, 0, 0, 0, 0},  // EncodedBy
     {{1696, 6}, TagType::string, 0, 0, 0, 0},  // Rating
-    {{14443, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
-    {{14450, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
-    {{14457, 6}, TagType::string, 0, 0, 0, 0},  // Source
-    {{14463, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
-    {{14472, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
-    {{14485, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
-    {{14496, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
-    {{14509, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
-    {{14525, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
-    {{14530, 3}, TagType::string, 0, 0, 0, 0},  // SAP
-    {{14533, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
-    {{14544, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
-    {{14562, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
-    {{14577, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
-    {{14590, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
-    {{14599, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
-    {{14619, 10}, TagType::string, 0, 0, 0, 0},  // Profession
-    {{14629, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
-    {{14642, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
-    {{14654, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
-    {{14669, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
-    {{14685, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
-    {{14694, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
-    {{14704, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
-    {{14720, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
-    {{14734, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
-    {{14744, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
-    {{14763, 8}, TagType::string, 0, 0, 0, 0},  // LastName
-    {{14771, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
-    {{14779, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
-    {{14790, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
-    {{14799, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
+    {{14466, 7}, TagType::string, 0, 0, 0, 0},  // E-mail3
+    {{14473, 7}, TagType::string, 0, 0, 0, 0},  // HomeFax
+    {{14480, 6}, TagType::string, 0, 0, 0, 0},  // Source
+    {{14486, 9}, TagType::string, 0, 0, 0, 0},  // FlagColor
+    {{14495, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPhone
+    {{14508, 11}, TagType::string, 0, 0, 0, 0},  // ProgramMode
+    {{14519, 13}, TagType::string, 0, 0, 0, 0},  // OfflineStatus
+    {{14532, 16}, TagType::string, 0, 0, 0, 0},  // ClosedCaptioning
+    {{14548, 5}, TagType::string, 0, 0, 0, 0},  // Rerun
+    {{14553, 3}, TagType::string, 0, 0, 0, 0},  // SAP
+    {{14556, 11}, TagType::string, 0, 0, 0, 0},  // EpisodeName
+    {{14567, 18}, TagType::string, 0, 0, 0, 0},  // ProgramDescription
+    {{14585, 15}, TagType::string, 0, 0, 0, 0},  // StationCallSign
+    {{14600, 13}, TagType::string, 0, 0, 0, 0},  // ChannelNumber
+    {{14613, 9}, TagType::string, 0, 0, 0, 0},  // OtherCity
+    {{14622, 20}, TagType::string, 0, 0, 0, 0},  // OtherStateOrProvince
+    {{14642, 10}, TagType::string, 0, 0, 0, 0},  // Profession
+    {{14652, 13}, TagType::string, 0, 0, 0, 0},  // DateCompleted
+    {{14665, 12}, TagType::string, 0, 0, 0, 0},  // ReminderTime
+    {{14677, 15}, TagType::string, 0, 0, 0, 0},  // BusinessAddress
+    {{14692, 16}, TagType::string, 0, 0, 0, 0},  // OrganizerAddress
+    {{14708, 9}, TagType::string, 0, 0, 0, 0},  // HomePOBox
+    {{14717, 10}, TagType::string, 0, 0, 0, 0},  // E-mailList
+    {{14727, 16}, TagType::string, 0, 0, 0, 0},  // CompanyMainPhone
+    {{14743, 14}, TagType::string, 0, 0, 0, 0},  // HomePostalCode
+    {{14757, 10}, TagType::string, 0, 0, 0, 0},  // OtherPOBox
+    {{14767, 19}, TagType::string, 0, 0, 0, 0},  // OtherCountry-Region
+    {{14786, 8}, TagType::string, 0, 0, 0, 0},  // LastName
+    {{14794, 8}, TagType::string, 0, 0, 0, 0},  // CarPhone
+    {{14802, 11}, TagType::string, 0, 0, 0, 0},  // BusinessFax
+    {{14813, 9}, TagType::string, 0, 0, 0, 0},  // EntryType
+    {{14822, 15}, TagType::string, 0, 0, 0, 0},  // OtherPostalCode
     {{1400, 5}, TagType::string, 0, 0, 0, 0},  // Label
-    {{14814, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
-    {{14825, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
-    {{14840, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
-    {{14851, 5}, TagType::string, 0, 0, 0, 0},  // Owner
-    {{14856, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
-    {{14865, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
-    {{14874, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
-    {{14883, 8}, TagType::string, 0, 0, 0, 0},  // Priority
-    {{14891, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
-    {{14905, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
-    {{14911, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
-    {{14926, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
-    {{14937, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
-    {{14956, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
-    {{14969, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
-    {{14981, 9}, TagType::string, 0, 0, 0, 0},  // Protected
-    {{14990, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
-    {{15012, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
-    {{15029, 4}, TagType::string, 0, 0, 0, 0},  // Name
-    {{15033, 4}, TagType::string, 0, 0, 0, 0},  // Size
-    {{15037, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
-    {{15047, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
-    {{15059, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
-    {{15070, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
-    {{15082, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
-    {{15092, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
-    {{15102, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
-    {{15112, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
-    {{15125, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
-    {{15134, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
-    {{15148, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
-    {{15156, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
-    {{15170, 5}, TagType::string, 0, 0, 0, 0},  // Telex
-    {{15175, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
-    {{15182, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
-    {{15201, 4}, TagType::string, 0, 0, 0, 0},  // City
-    {{15205, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
-    {{15222, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
-    {{15236, 7}, TagType::string, 0, 0, 0, 0},  // Creator
-    {{15243, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
-    {{15254, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
-    {{15272, 8}, TagType::string, 0, 0, 0, 0},  // Children
-    {{15280, 12}, TagType::string, 0, 0, 0, 0},  // Participants
-    {{15292, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
-    {{15317, 7}, TagType::string, 0, 0, 0, 0},  // Company
-    {{15324, 8}, TagType::string, 0, 0, 0, 0},  // Category
+    {{14837, 11}, TagType::string, 0, 0, 0, 0},  // HomeAddress
+    {{14848, 15}, TagType::string, 0, 0, 0, 0},  // AssistantsPhone
+    {{14863, 11}, TagType::string, 0, 0, 0, 0},  // Anniversary
+    {{14874, 5}, TagType::string, 0, 0, 0, 0},  // Owner
+    {{14879, 9}, TagType::string, 0, 0, 0, 0},  // SpaceFree
+    {{14888, 9}, TagType::string, 0, 0, 0, 0},  // TotalSize
+    {{14897, 9}, TagType::string, 0, 0, 0, 0},  // SpaceUsed
+    {{14906, 8}, TagType::string, 0, 0, 0, 0},  // Priority
+    {{14914, 14}, TagType::string, 0, 0, 0, 0},  // HasAttachments
+    {{14928, 6}, TagType::string, 0, 0, 0, 0},  // Spouse
+    {{14934, 15}, TagType::string, 0, 0, 0, 0},  // FocalLength35mm
+    {{14949, 11}, TagType::string, 0, 0, 0, 0},  // IsCompleted
+    {{14960, 19}, TagType::string, 0, 0, 0, 0},  // OfflineAvailability
+    {{14979, 13}, TagType::string, 0, 0, 0, 0},  // OrganizerName
+    {{14992, 12}, TagType::string, 0, 0, 0, 0},  // TTY-TTDPhone
+    {{15004, 9}, TagType::string, 0, 0, 0, 0},  // Protected
+    {{15013, 22}, TagType::string, 0, 0, 0, 0},  // BusinessCountry-Region
+    {{15035, 17}, TagType::string, 0, 0, 0, 0},  // RequiredAttendees
+    {{15052, 4}, TagType::string, 0, 0, 0, 0},  // Name
+    {{15056, 4}, TagType::string, 0, 0, 0, 0},  // Size
+    {{15060, 10}, TagType::string, 0, 0, 0, 0},  // Attributes
+    {{15070, 12}, TagType::string, 0, 0, 0, 0},  // DateModified
+    {{15082, 11}, TagType::string, 0, 0, 0, 0},  // DateCreated
+    {{15093, 12}, TagType::string, 0, 0, 0, 0},  // DateAccessed
+    {{15105, 10}, TagType::string, 0, 0, 0, 0},  // FolderName
+    {{15115, 10}, TagType::string, 0, 0, 0, 0},  // LinkTarget
+    {{15125, 10}, TagType::string, 0, 0, 0, 0},  // LinkStatus
+    {{15135, 13}, TagType::string, 0, 0, 0, 0},  // BusinessPOBox
+    {{15148, 9}, TagType::string, 0, 0, 0, 0},  // ToDoTitle
+    {{15157, 14}, TagType::string, 0, 0, 0, 0},  // CallbackNumber
+    {{15171, 8}, TagType::string, 0, 0, 0, 0},  // IsOnline
+    {{15179, 14}, TagType::string, 0, 0, 0, 0},  // MailingAddress
+    {{15193, 5}, TagType::string, 0, 0, 0, 0},  // Telex
+    {{15198, 7}, TagType::string, 0, 0, 0, 0},  // EndDate
+    {{15205, 19}, TagType::string, 0, 0, 0, 0},  // HomeStateOrProvince
+    {{15224, 4}, TagType::string, 0, 0, 0, 0},  // City
+    {{15228, 17}, TagType::string, 0, 0, 0, 0},  // E-mailDisplayName
+    {{15245, 14}, TagType::string, 0, 0, 0, 0},  // AssistantsName
+    {{15259, 7}, TagType::string, 0, 0, 0, 0},  // Creator
+    {{15266, 11}, TagType::string, 0, 0, 0, 0},  // ExifVersion
+    {{15277, 18}, TagType::string, 0, 0, 0, 0},  // BillingInformation
+    {{15295, 8}, TagType::string, 0, 0, 0, 0},  // Children
+    {{15303, 12}, TagType::string, 0, 0, 0, 0},  // Participants
+    {{15315, 25}, TagType::string, 0, 0, 0, 0},  // OptionalAttendeeAddresses
+    {{15340, 7}, TagType::string, 0, 0, 0, 0},  // Company
+    {{15347, 8}, TagType::string, 0, 0, 0, 0},  // Category
     {{1115, 11}, TagType::string, 0, 0, 0, 0},  // ContentType
-    {{15332, 6}, TagType::string, 0, 0, 0, 0},  // Status
-    {{15338, 6}, TagType::string, 0, 0, 0, 0},  // Slides
-    {{15344, 5}, TagType::string, 0, 0, 0, 0},  // Pager
-    {{15349, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
-    {{15360, 6}, TagType::string, 0, 0, 0, 0},  // Folder
-    {{15366, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
-    {{15380, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
+    {{15355, 6}, TagType::string, 0, 0, 0, 0},  // Status
+    {{15361, 6}, TagType::string, 0, 0, 0, 0},  // Slides
+    {{15367, 5}, TagType::string, 0, 0, 0, 0},  // Pager
+    {{15372, 11}, TagType::string, 0, 0, 0, 0},  // IMAddresses
+    {{15383, 6}, TagType::string, 0, 0, 0, 0},  // Folder
+    {{15389, 14}, TagType::string, 0, 0, 0, 0},  // ConversationID
+    {{15403, 14}, TagType::string, 0, 0, 0, 0},  // BusinessStreet
     {{1201, 12}, TagType::string, 0, 0, 0, 0},  // DateReleased
-    {{15394, 5}, TagType::string, 0, 0, 0, 0},  // POBox
-    {{15399, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
-    {{15411, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
-    {{15421, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
-    {{15430, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
-    {{15448, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
-    {{15458, 10}, TagType::string, 0, 0, 0, 0},  // Importance
-    {{15468, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
-    {{15478, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
-    {{15491, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
-    {{15500, 5}, TagType::string, 0, 0, 0, 0},  // Store
-    {{15505, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
-    {{15516, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
-    {{15523, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
-    {{15530, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
-    {{15538, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
-    {{15550, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
-    {{15562, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
-    {{15573, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
-    {{15581, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
-    {{15592, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
-    {{15599, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
-    {{15609, 4}, TagType::string, 0, 0, 0, 0},  // Path
-    {{15613, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
-    {{15624, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
-    {{15638, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
-    {{15647, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
-    {{15659, 6}, TagType::string, 0, 0, 0, 0},  // Shared
-    {{15665, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
-    {{15675, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
-    {{15690, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
-    {{15696, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
-    {{15708, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
-    {{15724, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
-    {{15735, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
-    {{15744, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
-    {{15757, 5}, TagType::string, 0, 0, 0, 0},  // Pages
-    {{15762, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
-    {{15771, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
+    {{15417, 5}, TagType::string, 0, 0, 0, 0},  // POBox
+    {{15422, 12}, TagType::string, 0, 0, 0, 0},  // ContactNames
+    {{15434, 10}, TagType::string, 0, 0, 0, 0},  // DocumentID
+    {{15444, 9}, TagType::string, 0, 0, 0, 0},  // LensModel
+    {{15453, 18}, TagType::string, 0, 0, 0, 0},  // BusinessPostalCode
+    {{15471, 10}, TagType::string, 0, 0, 0, 0},  // ReadStatus
+    {{15481, 10}, TagType::string, 0, 0, 0, 0},  // Importance
+    {{15491, 10}, TagType::string, 0, 0, 0, 0},  // FlagStatus
+    {{15501, 13}, TagType::string, 0, 0, 0, 0},  // FromAddresses
+    {{15514, 9}, TagType::string, 0, 0, 0, 0},  // FromNames
+    {{15523, 5}, TagType::string, 0, 0, 0, 0},  // Store
+    {{15528, 11}, TagType::string, 0, 0, 0, 0},  // ToAddresses
+    {{15539, 7}, TagType::string, 0, 0, 0, 0},  // ToNames
+    {{15546, 7}, TagType::string, 0, 0, 0, 0},  // Webpage
+    {{15553, 8}, TagType::string, 0, 0, 0, 0},  // DateSent
+    {{15561, 12}, TagType::string, 0, 0, 0, 0},  // BccAddresses
+    {{15573, 12}, TagType::string, 0, 0, 0, 0},  // DateReceived
+    {{15585, 11}, TagType::string, 0, 0, 0, 0},  // Attachments
+    {{15596, 8}, TagType::string, 0, 0, 0, 0},  // BccNames
+    {{15604, 11}, TagType::string, 0, 0, 0, 0},  // CcAddresses
+    {{15615, 7}, TagType::string, 0, 0, 0, 0},  // CcNames
+    {{15622, 10}, TagType::string, 0, 0, 0, 0},  // FolderPath
+    {{15632, 4}, TagType::string, 0, 0, 0, 0},  // Path
+    {{15636, 11}, TagType::string, 0, 0, 0, 0},  // AccountName
+    {{15647, 14}, TagType::string, 0, 0, 0, 0},  // Country-Region
+    {{15661, 9}, TagType::string, 0, 0, 0, 0},  // LensMaker
+    {{15670, 12}, TagType::string, 0, 0, 0, 0},  // WhiteBalance
+    {{15682, 6}, TagType::string, 0, 0, 0, 0},  // Shared
+    {{15688, 10}, TagType::string, 0, 0, 0, 0},  // SharedWith
+    {{15698, 15}, TagType::string, 0, 0, 0, 0},  // StateOrProvince
+    {{15713, 6}, TagType::string, 0, 0, 0, 0},  // FileAs
+    {{15719, 12}, TagType::string, 0, 0, 0, 0},  // IsAttachment
+    {{15731, 16}, TagType::string, 0, 0, 0, 0},  // TotalEditingTime
+    {{15747, 11}, TagType::string, 0, 0, 0, 0},  // LastPrinted
+    {{15758, 9}, TagType::string, 0, 0, 0, 0},  // Untitled2
+    {{15767, 13}, TagType::string, 0, 0, 0, 0},  // DateLastSaved
+    {{15780, 5}, TagType::string, 0, 0, 0, 0},  // Pages
+    {{15785, 9}, TagType::string, 0, 0, 0, 0},  // WordCount
+    {{15794, 11}, TagType::string, 0, 0, 0, 0},  // ProgramName
     {{1392, 8}, TagType::string, 0, 0, 0, 0},  // Keywords
-    {{15782, 8}, TagType::string, 0, 0, 0, 0},  // Comments
-    {{15790, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
-    {{15802, 8}, TagType::string, 0, 0, 0, 0},  // Initials
-    {{15810, 4}, TagType::string, 0, 0, 0, 0},  // Date
-    {{15814, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
-    {{15825, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
-    {{15838, 10}, TagType::string, 0, 0, 0, 0},  // Department
-    {{15848, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
-    {{15855, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
+    {{15805, 8}, TagType::string, 0, 0, 0, 0},  // Comments
+    {{15813, 12}, TagType::string, 0, 0, 0, 0},  // Contributors
+    {{15825, 8}, TagType::string, 0, 0, 0, 0},  // Initials
+    {{15833, 4}, TagType::string, 0, 0, 0, 0},  // Date
+    {{15837, 11}, TagType::string, 0, 0, 0, 0},  // Sensitivity
+    {{15848, 13}, TagType::string, 0, 0, 0, 0},  // E-mailAddress
+    {{15861, 10}, TagType::string, 0, 0, 0, 0},  // Department
+    {{15871, 7}, TagType::string, 0, 0, 0, 0},  // Mileage
+    {{15878, 11}, TagType::string, 0, 0, 0, 0},  // OtherStreet
 };
 constexpr detail::TextRef kChoicesMicrosoft[] = {
-    {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15872, 3},
-    {15875, 3},
+    {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15895, 3},
+    {15898, 3},
 };
 constexpr detail::StringRow kStringsEnglishMicrosoft[] = {
-    {{15878, 18}, {11484, 8}},
-    {{15896, 21}, {15917, 12}},
-    {{15929, 25}, {15954, 16}},
-    {{15970, 28}, {15998, 20}},
-    {{16018, 30}, {16048, 22}},
-    {{16070, 29}, {16099, 21}},
-    {{16120, 34}, {16154, 27}},
-    {{16181, 37}, {16218, 31}},
-    {{16249, 21}, {16270, 12}},
-    {{16282, 30}, {16312, 23}},
-    {{16335, 17}, {16352, 8}},
-    {{16360, 28}, {16388, 21}},
-    {{16409, 20}, {16429, 11}},
-    {{16440, 29}, {16469, 22}},
-    {{16491, 28}, {16519, 20}},
-    {{16539, 21}, {14840, 11}},
-    {{16560, 16}, {972, 6}},
-    {{16576, 24}, {16600, 15}},
-    {{16615, 25}, {16640, 16}},
-    {{16656, 21}, {15562, 11}},
-    {{16677, 20}, {15037, 10}},
-    {{16697, 22}, {16719, 13}},
-    {{16732, 21}, {16753, 12}},
-    {{16765, 25}, {2290, 17}},
-    {{16790, 25}, {16815, 17}},
-    {{16832, 16}, {11720, 6}},
-    {{16848, 25}, {16873, 17}},
-    {{16890, 21}, {16911, 12}},
-    {{16923, 22}, {16945, 13}},
-    {{16958, 22}, {16980, 13}},
-    {{16993, 18}, {17011, 9}},
-    {{17020, 26}, {14140, 16}},
-    {{17046, 24}, {17070, 16}},
-    {{17086, 28}, {17114, 19}},
-    {{17133, 18}, {13732, 8}},
-    {{17151, 18}, {17169, 9}},
-    {{17178, 17}, {11753, 7}},
-    {{17195, 23}, {17218, 14}},
-    {{17232, 25}, {17257, 16}},
-    {{17273, 22}, {17295, 13}},
-    {{17308, 32}, {17340, 23}},
-    {{17363, 21}, {17384, 12}},
-    {{17396, 26}, {17422, 18}},
-    {{17440, 23}, {17463, 15}},
-    {{17478, 23}, {17501, 14}},
-    {{17515, 28}, {17543, 20}},
-    {{17563, 33}, {17596, 26}},
-    {{17622, 24}, {17646, 15}},
-    {{17661, 16}, {17677, 7}},
-    {{17684, 20}, {17704, 11}},
-    {{17715, 24}, {17739, 16}},
-    {{17755, 21}, {17776, 12}},
-    {{17788, 24}, {17812, 15}},
-    {{17827, 21}, {17848, 12}},
-    {{17860, 28}, {17888, 19}},
-    {{17907, 21}, {17928, 12}},
-    {{17940, 18}, {17958, 9}},
-    {{17967, 18}, {15324, 8}},
-    {{17985, 21}, {18006, 12}},
-    {{18018, 17}, {18035, 8}},
-    {{18043, 19}, {18062, 10}},
-    {{18072, 23}, {18095, 14}},
-    {{18109, 18}, {11830, 8}},
-    {{18127, 20}, {18147, 11}},
-    {{18158, 18}, {15272, 8}},
-    {{18176, 14}, {15201, 4}},
-    {{18190, 18}, {18208, 9}},
-    {{18217, 26}, {18243, 17}},
-    {{18260, 15}, {14053, 5}},
-    {{18275, 17}, {1053, 7}},
-    {{18292, 18}, {15782, 8}},
-    {{18310, 17}, {15317, 7}},
-    {{18327, 26}, {18353, 18}},
-    {{18371, 18}, {13340, 8}},
-    {{18389, 19}, {14385, 9}},
-    {{18408, 18}, {13897, 8}},
-    {{18426, 20}, {14156, 10}},
-    {{18446, 22}, {18468, 13}},
-    {{18481, 36}, {18517, 28}},
-    {{18545, 32}, {18577, 24}},
-    {{18601, 33}, {18634, 25}},
-    {{18659, 21}, {3554, 12}},
-    {{18680, 22}, {15790, 12}},
-    {{18702, 24}, {18726, 15}},
-    {{18741, 19}, {1136, 9}},
-    {{18760, 15}, {11864, 5}},
-    {{18775, 24}, {15624, 14}},
-    {{18799, 17}, {15236, 7}},
-    {{18816, 24}, {18840, 15}},
-    {{18855, 23}, {18878, 15}},
-    {{18893, 23}, {18916, 15}},
-    {{18931, 34}, {18965, 26}},
-    {{18991, 18}, {19009, 10}},
-    {{19019, 20}, {19039, 11}},
-    {{19050, 20}, {19070, 11}},
-    {{19081, 15}, {11961, 5}},
-    {{19096, 18}, {19114, 9}},
-    {{19123, 14}, {15810, 4}},
-    {{19137, 22}, {19159, 13}},
-    {{19172, 22}, {19194, 13}},
-    {{19207, 23}, {19230, 14}},
-    {{19244, 21}, {19265, 12}},
-    {{19277, 22}, {19299, 13}},
-    {{19312, 23}, {19335, 15}},
-    {{19350, 22}, {19372, 13}},
-    {{19385, 26}, {19411, 18}},
-    {{19429, 22}, {19451, 13}},
-    {{19464, 22}, {3778, 13}},
-    {{19486, 18}, {19504, 9}},
-    {{19513, 21}, {19534, 12}},
-    {{19546, 20}, {15838, 10}},
-    {{19566, 21}, {1234, 11}},
-    {{19587, 20}, {14239, 10}},
-    {{19607, 19}, {14394, 9}},
-    {{19626, 23}, {19649, 14}},
-    {{19663, 18}, {13850, 8}},
-    {{19681, 20}, {19701, 11}},
-    {{19712, 17}, {19729, 8}},
-    {{19737, 18}, {233, 8}},
-    {{19755, 17}, {19772, 8}},
-    {{19780, 17}, {19797, 8}},
-    {{19805, 23}, {19828, 14}},
-    {{19842, 27}, {19869, 19}},
-    {{19888, 20}, {19908, 11}},
-    {{19919, 19}, {4151, 10}},
-    {{19938, 22}, {19960, 13}},
-    {{19973, 17}, {19990, 8}},
-    {{19998, 19}, {20017, 10}},
-    {{20027, 21}, {20048, 12}},
-    {{20060, 15}, {11979, 5}},
-    {{20075, 21}, {20096, 12}},
-    {{20108, 22}, {20130, 13}},
-    {{20143, 25}, {20168, 16}},
-    {{20184, 22}, {20206, 13}},
-    {{20219, 16}, {13587, 6}},
-    {{20235, 16}, {20251, 7}},
-    {{20258, 19}, {20277, 10}},
-    {{20287, 18}, {20305, 9}},
-    {{20314, 18}, {20332, 9}},
-    {{20341, 21}, {20362, 12}},
-    {{20374, 19}, {20393, 10}},
-    {{20403, 19}, {20422, 10}},
-    {{20432, 20}, {20452, 11}},
-    {{20463, 19}, {20482, 10}},
-    {{20492, 21}, {20513, 12}},
-    {{20525, 25}, {20550, 17}},
-    {{20567, 16}, {15360, 6}},
-    {{20583, 20}, {20603, 11}},
-    {{20614, 20}, {20634, 11}},
-    {{20645, 19}, {20664, 10}},
-    {{20674, 16}, {20690, 7}},
-    {{20697, 21}, {20718, 12}},
-    {{20730, 19}, {4341, 10}},
-    {{20749, 20}, {20769, 11}},
-    {{20780, 25}, {20805, 16}},
-    {{20821, 19}, {12015, 9}},
-    {{20840, 23}, {20863, 14}},
-    {{20877, 19}, {20896, 10}},
-    {{20906, 18}, {20924, 9}},
-    {{20933, 16}, {13965, 6}},
-    {{20949, 15}, {1354, 5}},
-    {{20964, 17}, {20981, 8}},
-    {{20989, 19}, {21008, 10}},
-    {{21018, 24}, {21042, 15}},
-    {{21057, 17}, {21074, 8}},
-    {{21082, 17}, {14218, 7}},
-    {{21099, 21}, {21120, 12}},
-    {{21132, 18}, {21150, 9}},
-    {{21159, 28}, {21187, 19}},
-    {{21206, 17}, {21223, 8}},
-    {{21231, 19}, {21250, 11}},
-    {{21261, 19}, {21280, 10}},
-    {{21290, 24}, {21314, 16}},
-    {{21330, 29}, {21359, 22}},
-    {{21381, 20}, {21401, 11}},
-    {{21412, 30}, {21442, 21}},
-    {{21463, 21}, {21484, 12}},
-    {{21496, 18}, {21514, 9}},
-    {{21523, 20}, {15458, 10}},
-    {{21543, 20}, {13941, 10}},
-    {{21563, 20}, {4437, 11}},
-    {{21583, 18}, {15802, 8}},
-    {{21601, 22}, {21623, 13}},
-    {{21636, 21}, {21657, 12}},
-    {{21669, 19}, {21688, 10}},
-    {{21698, 23}, {21721, 15}},
-    {{21736, 18}, {21754, 9}},
-    {{21763, 21}, {21784, 12}},
-    {{21796, 21}, {21817, 12}},
-    {{21829, 15}, {21844, 6}},
-    {{21850, 18}, {21868, 9}},
-    {{21877, 18}, {1392, 8}},
-    {{21895, 15}, {13858, 5}},
-    {{21910, 15}, {1400, 5}},
-    {{21925, 18}, {12977, 8}},
-    {{21943, 18}, {21961, 9}},
-    {{21970, 21}, {21991, 12}},
-    {{22003, 23}, {4590, 14}},
-    {{22026, 25}, {22051, 16}},
-    {{22067, 19}, {22086, 10}},
-    {{22096, 19}, {22115, 10}},
-    {{22125, 19}, {22144, 10}},
-    {{22154, 21}, {22175, 12}},
-    {{22187, 21}, {22208, 12}},
-    {{22220, 20}, {22240, 11}},
-    {{22251, 20}, {22271, 11}},
-    {{22282, 18}, {12073, 8}},
-    {{22300, 16}, {1455, 6}},
-    {{22316, 14}, {1471, 4}},
-    {{22330, 24}, {22354, 15}},
-    {{22369, 21}, {22390, 12}},
-    {{22402, 27}, {22429, 19}},
-    {{22448, 22}, {22470, 13}},
-    {{22483, 40}, {22523, 34}},
-    {{22557, 30}, {22587, 22}},
-    {{22609, 26}, {22635, 18}},
-    {{22653, 19}, {22672, 10}},
-    {{22682, 22}, {22704, 13}},
-    {{22717, 20}, {22737, 11}},
-    {{22748, 17}, {15848, 7}},
-    {{22765, 20}, {22785, 11}},
-    {{22796, 14}, {1489, 4}},
-    {{22810, 18}, {22828, 9}},
-    {{22837, 14}, {15029, 4}},
-    {{22851, 18}, {13821, 8}},
-    {{22869, 24}, {22893, 15}},
-    {{22908, 29}, {22937, 20}},
-    {{22957, 23}, {22980, 14}},
-    {{22994, 35}, {23029, 27}},
-    {{23056, 27}, {23083, 18}},
-    {{23101, 26}, {23127, 17}},
-    {{23144, 23}, {23167, 14}},
-    {{23181, 21}, {13564, 11}},
-    {{23202, 22}, {23224, 13}},
-    {{23237, 19}, {23256, 10}},
-    {{23266, 29}, {23295, 20}},
-    {{23315, 20}, {23335, 12}},
-    {{23347, 25}, {23372, 17}},
-    {{23389, 30}, {23419, 23}},
-    {{23442, 21}, {23463, 12}},
-    {{23475, 15}, {14851, 5}},
-    {{23490, 15}, {23505, 6}},
-    {{23511, 15}, {15344, 5}},
-    {{23526, 15}, {15757, 5}},
-    {{23541, 37}, {23578, 30}},
-    {{23608, 39}, {23647, 11}},
-    {{23658, 39}, {23697, 6}},
-    {{23703, 39}, {23742, 11}},
-    {{23753, 39}, {23792, 10}},
-    {{23802, 32}, {23834, 25}},
-    {{23859, 34}, {23893, 11}},
-    {{23904, 34}, {23938, 22}},
-    {{23960, 34}, {23994, 20}},
-    {{24014, 36}, {24050, 20}},
-    {{24070, 36}, {24106, 18}},
-    {{24124, 29}, {24153, 22}},
-    {{24175, 29}, {24204, 22}},
-    {{24226, 31}, {24257, 24}},
-    {{24281, 31}, {24312, 24}},
-    {{24336, 32}, {24368, 24}},
-    {{24392, 24}, {24416, 15}},
-    {{24431, 30}, {24461, 22}},
-    {{24483, 19}, {24502, 11}},
-    {{24513, 22}, {15280, 12}},
-    {{24535, 14}, {15609, 4}},
-    {{24549, 19}, {24568, 10}},
-    {{24578, 23}, {24601, 14}},
-    {{24615, 16}, {1538, 6}},
-    {{24631, 23}, {24654, 14}},
-    {{24668, 27}, {24695, 20}},
-    {{24715, 27}, {24742, 20}},
-    {{24762, 23}, {24785, 14}},
-    {{24799, 20}, {24819, 11}},
-    {{24830, 23}, {24853, 14}},
-    {{24867, 22}, {24889, 13}},
-    {{24902, 18}, {14883, 8}},
-    {{24920, 19}, {14417, 9}},
-    {{24939, 21}, {24960, 12}},
-    {{24972, 24}, {24996, 15}},
-    {{25011, 20}, {14619, 10}},
-    {{25031, 28}, {25059, 19}},
-    {{25078, 21}, {25099, 12}},
-    {{25111, 21}, {25132, 12}},
-    {{25144, 17}, {13958, 7}},
-    {{25161, 19}, {14981, 9}},
-    {{25180, 24}, {25204, 15}},
-    {{25219, 18}, {12190, 8}},
-    {{25237, 25}, {25262, 17}},
-    {{25279, 24}, {25303, 15}},
-    {{25318, 23}, {25341, 14}},
-    {{25355, 21}, {25376, 12}},
-    {{25388, 19}, {1621, 9}},
-    {{25407, 19}, {25426, 10}},
-    {{25436, 21}, {25457, 12}},
-    {{25469, 16}, {1696, 6}},
-    {{25485, 19}, {25504, 10}},
-    {{25514, 20}, {25534, 11}},
-    {{25545, 23}, {25568, 14}},
-    {{25582, 26}, {25608, 18}},
-    {{25626, 28}, {25654, 20}},
-    {{25674, 27}, {25701, 19}},
-    {{25720, 32}, {25752, 25}},
-    {{25777, 35}, {25812, 29}},
-    {{25841, 21}, {25862, 12}},
-    {{25874, 24}, {25898, 16}},
-    {{25914, 26}, {25940, 18}},
-    {{25958, 25}, {25983, 17}},
-    {{26000, 30}, {26030, 23}},
-    {{26053, 33}, {26086, 27}},
-    {{26113, 22}, {26135, 13}},
-    {{26148, 22}, {26170, 13}},
-    {{26183, 35}, {26218, 27}},
-    {{26245, 27}, {26272, 18}},
-    {{26290, 15}, {14525, 5}},
-    {{26305, 19}, {13331, 9}},
-    {{26324, 13}, {14530, 3}},
-    {{26337, 20}, {14067, 10}},
-    {{26357, 23}, {26380, 14}},
-    {{26394, 23}, {26417, 14}},
-    {{26431, 20}, {26451, 11}},
-    {{26462, 21}, {15814, 11}},
-    {{26483, 24}, {26507, 16}},
-    {{26523, 16}, {15659, 6}},
-    {{26539, 26}, {26565, 18}},
-    {{26583, 20}, {26603, 11}},
-    {{26614, 14}, {15033, 4}},
-    {{26628, 16}, {15338, 6}},
-    {{26644, 16}, {14457, 6}},
-    {{26660, 19}, {26679, 10}},
-    {{26689, 19}, {26708, 10}},
-    {{26718, 19}, {26737, 10}},
-    {{26747, 16}, {14905, 6}},
-    {{26763, 19}, {26782, 10}},
-    {{26792, 25}, {26817, 17}},
-    {{26834, 25}, {26859, 17}},
-    {{26876, 21}, {26897, 12}},
-    {{26909, 16}, {15332, 6}},
-    {{26925, 15}, {15500, 5}},
-    {{26940, 16}, {14233, 6}},
-    {{26956, 17}, {1795, 7}},
-    {{26973, 25}, {26998, 16}},
-    {{27014, 31}, {27045, 23}},
-    {{27068, 18}, {1802, 8}},
-    {{27086, 29}, {27115, 20}},
-    {{27135, 16}, {13815, 6}},
-    {{27151, 17}, {1810, 7}},
-    {{27168, 16}, {27184, 7}},
+    {{15901, 18}, {11507, 8}},
+    {{15919, 21}, {15940, 12}},
+    {{15952, 25}, {15977, 16}},
+    {{15993, 28}, {16021, 20}},
+    {{16041, 30}, {16071, 22}},
+    {{16093, 29}, {16122, 21}},
+    {{16143, 34}, {16177, 27}},
+    {{16204, 37}, {16241, 31}},
+    {{16272, 21}, {16293, 12}},
+    {{16305, 30}, {16335, 23}},
+    {{16358, 17}, {16375, 8}},
+    {{16383, 28}, {16411, 21}},
+    {{16432, 20}, {16452, 11}},
+    {{16463, 29}, {16492, 22}},
+    {{16514, 28}, {16542, 20}},
+    {{16562, 21}, {14863, 11}},
+    {{16583, 16}, {972, 6}},
+    {{16599, 24}, {16623, 15}},
+    {{16638, 25}, {16663, 16}},
+    {{16679, 21}, {15585, 11}},
+    {{16700, 20}, {15060, 10}},
+    {{16720, 22}, {16742, 13}},
+    {{16755, 21}, {16776, 12}},
+    {{16788, 25}, {2290, 17}},
+    {{16813, 25}, {16838, 17}},
+    {{16855, 16}, {11743, 6}},
+    {{16871, 25}, {16896, 17}},
+    {{16913, 21}, {16934, 12}},
+    {{16946, 22}, {16968, 13}},
+    {{16981, 22}, {17003, 13}},
+    {{17016, 18}, {17034, 9}},
+    {{17043, 26}, {14163, 16}},
+    {{17069, 24}, {17093, 16}},
+    {{17109, 28}, {17137, 19}},
+    {{17156, 18}, {13755, 8}},
+    {{17174, 18}, {17192, 9}},
+    {{17201, 17}, {11776, 7}},
+    {{17218, 23}, {17241, 14}},
+    {{17255, 25}, {17280, 16}},
+    {{17296, 22}, {17318, 13}},
+    {{17331, 32}, {17363, 23}},
+    {{17386, 21}, {17407, 12}},
+    {{17419, 26}, {17445, 18}},
+    {{17463, 23}, {17486, 15}},
+    {{17501, 23}, {17524, 14}},
+    {{17538, 28}, {17566, 20}},
+    {{17586, 33}, {17619, 26}},
+    {{17645, 24}, {17669, 15}},
+    {{17684, 16}, {17700, 7}},
+    {{17707, 20}, {17727, 11}},
+    {{17738, 24}, {17762, 16}},
+    {{17778, 21}, {17799, 12}},
+    {{17811, 24}, {17835, 15}},
+    {{17850, 21}, {17871, 12}},
+    {{17883, 28}, {17911, 19}},
+    {{17930, 21}, {17951, 12}},
+    {{17963, 18}, {17981, 9}},
+    {{17990, 18}, {15347, 8}},
+    {{18008, 21}, {18029, 12}},
+    {{18041, 17}, {18058, 8}},
+    {{18066, 19}, {18085, 10}},
+    {{18095, 23}, {18118, 14}},
+    {{18132, 18}, {11853, 8}},
+    {{18150, 20}, {18170, 11}},
+    {{18181, 18}, {15295, 8}},
+    {{18199, 14}, {15224, 4}},
+    {{18213, 18}, {18231, 9}},
+    {{18240, 26}, {18266, 17}},
+    {{18283, 15}, {14076, 5}},
+    {{18298, 17}, {1053, 7}},
+    {{18315, 18}, {15805, 8}},
+    {{18333, 17}, {15340, 7}},
+    {{18350, 26}, {18376, 18}},
+    {{18394, 18}, {13363, 8}},
+    {{18412, 19}, {14408, 9}},
+    {{18431, 18}, {13920, 8}},
+    {{18449, 20}, {14179, 10}},
+    {{18469, 22}, {18491, 13}},
+    {{18504, 36}, {18540, 28}},
+    {{18568, 32}, {18600, 24}},
+    {{18624, 33}, {18657, 25}},
+    {{18682, 21}, {3554, 12}},
+    {{18703, 22}, {15813, 12}},
+    {{18725, 24}, {18749, 15}},
+    {{18764, 19}, {1136, 9}},
+    {{18783, 15}, {11887, 5}},
+    {{18798, 24}, {15647, 14}},
+    {{18822, 17}, {15259, 7}},
+    {{18839, 24}, {18863, 15}},
+    {{18878, 23}, {18901, 15}},
+    {{18916, 23}, {18939, 15}},
+    {{18954, 34}, {18988, 26}},
+    {{19014, 18}, {19032, 10}},
+    {{19042, 20}, {19062, 11}},
+    {{19073, 20}, {19093, 11}},
+    {{19104, 15}, {11984, 5}},
+    {{19119, 18}, {19137, 9}},
+    {{19146, 14}, {15833, 4}},
+    {{19160, 22}, {19182, 13}},
+    {{19195, 22}, {19217, 13}},
+    {{19230, 23}, {19253, 14}},
+    {{19267, 21}, {19288, 12}},
+    {{19300, 22}, {19322, 13}},
+    {{19335, 23}, {19358, 15}},
+    {{19373, 22}, {19395, 13}},
+    {{19408, 26}, {19434, 18}},
+    {{19452, 22}, {19474, 13}},
+    {{19487, 22}, {3778, 13}},
+    {{19509, 18}, {19527, 9}},
+    {{19536, 21}, {19557, 12}},
+    {{19569, 20}, {15861, 10}},
+    {{19589, 21}, {1234, 11}},
+    {{19610, 20}, {14262, 10}},
+    {{19630, 19}, {14417, 9}},
+    {{19649, 23}, {19672, 14}},
+    {{19686, 18}, {13873, 8}},
+    {{19704, 20}, {19724, 11}},
+    {{19735, 17}, {19752, 8}},
+    {{19760, 18}, {233, 8}},
+    {{19778, 17}, {19795, 8}},
+    {{19803, 17}, {19820, 8}},
+    {{19828, 23}, {19851, 14}},
+    {{19865, 27}, {19892, 19}},
+    {{19911, 20}, {19931, 11}},
+    {{19942, 19}, {4151, 10}},
+    {{19961, 22}, {19983, 13}},
+    {{19996, 17}, {20013, 8}},
+    {{20021, 19}, {20040, 10}},
+    {{20050, 21}, {20071, 12}},
+    {{20083, 15}, {12002, 5}},
+    {{20098, 21}, {20119, 12}},
+    {{20131, 22}, {20153, 13}},
+    {{20166, 25}, {20191, 16}},
+    {{20207, 22}, {20229, 13}},
+    {{20242, 16}, {13610, 6}},
+    {{20258, 16}, {20274, 7}},
+    {{20281, 19}, {20300, 10}},
+    {{20310, 18}, {20328, 9}},
+    {{20337, 18}, {20355, 9}},
+    {{20364, 21}, {20385, 12}},
+    {{20397, 19}, {20416, 10}},
+    {{20426, 19}, {20445, 10}},
+    {{20455, 20}, {20475, 11}},
+    {{20486, 19}, {20505, 10}},
+    {{20515, 21}, {20536, 12}},
+    {{20548, 25}, {20573, 17}},
+    {{20590, 16}, {15383, 6}},
+    {{20606, 20}, {20626, 11}},
+    {{20637, 20}, {20657, 11}},
+    {{20668, 19}, {20687, 10}},
+    {{20697, 16}, {20713, 7}},
+    {{20720, 21}, {20741, 12}},
+    {{20753, 19}, {4341, 10}},
+    {{20772, 20}, {20792, 11}},
+    {{20803, 25}, {20828, 16}},
+    {{20844, 19}, {12038, 9}},
+    {{20863, 23}, {20886, 14}},
+    {{20900, 19}, {20919, 10}},
+    {{20929, 18}, {20947, 9}},
+    {{20956, 16}, {13988, 6}},
+    {{20972, 15}, {1354, 5}},
+    {{20987, 17}, {21004, 8}},
+    {{21012, 19}, {21031, 10}},
+    {{21041, 24}, {21065, 15}},
+    {{21080, 17}, {21097, 8}},
+    {{21105, 17}, {14241, 7}},
+    {{21122, 21}, {21143, 12}},
+    {{21155, 18}, {21173, 9}},
+    {{21182, 28}, {21210, 19}},
+    {{21229, 17}, {21246, 8}},
+    {{21254, 19}, {21273, 11}},
+    {{21284, 19}, {21303, 10}},
+    {{21313, 24}, {21337, 16}},
+    {{21353, 29}, {21382, 22}},
+    {{21404, 20}, {21424, 11}},
+    {{21435, 30}, {21465, 21}},
+    {{21486, 21}, {21507, 12}},
+    {{21519, 18}, {21537, 9}},
+    {{21546, 20}, {15481, 10}},
+    {{21566, 20}, {13964, 10}},
+    {{21586, 20}, {4437, 11}},
+    {{21606, 18}, {15825, 8}},
+    {{21624, 22}, {21646, 13}},
+    {{21659, 21}, {21680, 12}},
+    {{21692, 19}, {21711, 10}},
+    {{21721, 23}, {21744, 15}},
+    {{21759, 18}, {21777, 9}},
+    {{21786, 21}, {21807, 12}},
+    {{21819, 21}, {21840, 12}},
+    {{21852, 15}, {21867, 6}},
+    {{21873, 18}, {21891, 9}},
+    {{21900, 18}, {1392, 8}},
+    {{21918, 15}, {13881, 5}},
+    {{21933, 15}, {1400, 5}},
+    {{21948, 18}, {13000, 8}},
+    {{21966, 18}, {21984, 9}},
+    {{21993, 21}, {22014, 12}},
+    {{22026, 23}, {4590, 14}},
+    {{22049, 25}, {22074, 16}},
+    {{22090, 19}, {22109, 10}},
+    {{22119, 19}, {22138, 10}},
+    {{22148, 19}, {22167, 10}},
+    {{22177, 21}, {22198, 12}},
+    {{22210, 21}, {22231, 12}},
+    {{22243, 20}, {22263, 11}},
+    {{22274, 20}, {22294, 11}},
+    {{22305, 18}, {12096, 8}},
+    {{22323, 16}, {1455, 6}},
+    {{22339, 14}, {1471, 4}},
+    {{22353, 24}, {22377, 15}},
+    {{22392, 21}, {22413, 12}},
+    {{22425, 27}, {22452, 19}},
+    {{22471, 22}, {22493, 13}},
+    {{22506, 40}, {22546, 34}},
+    {{22580, 30}, {22610, 22}},
+    {{22632, 26}, {22658, 18}},
+    {{22676, 19}, {22695, 10}},
+    {{22705, 22}, {22727, 13}},
+    {{22740, 20}, {22760, 11}},
+    {{22771, 17}, {15871, 7}},
+    {{22788, 20}, {22808, 11}},
+    {{22819, 14}, {1489, 4}},
+    {{22833, 18}, {22851, 9}},
+    {{22860, 14}, {15052, 4}},
+    {{22874, 18}, {13844, 8}},
+    {{22892, 24}, {22916, 15}},
+    {{22931, 29}, {22960, 20}},
+    {{22980, 23}, {23003, 14}},
+    {{23017, 35}, {23052, 27}},
+    {{23079, 27}, {23106, 18}},
+    {{23124, 26}, {23150, 17}},
+    {{23167, 23}, {23190, 14}},
+    {{23204, 21}, {13587, 11}},
+    {{23225, 22}, {23247, 13}},
+    {{23260, 19}, {23279, 10}},
+    {{23289, 29}, {23318, 20}},
+    {{23338, 20}, {23358, 12}},
+    {{23370, 25}, {23395, 17}},
+    {{23412, 30}, {23442, 23}},
+    {{23465, 21}, {23486, 12}},
+    {{23498, 15}, {14874, 5}},
+    {{23513, 15}, {23528, 6}},
+    {{23534, 15}, {15367, 5}},
+    {{23549, 15}, {15780, 5}},
+    {{23564, 37}, {23601, 30}},
+    {{23631, 39}, {23670, 11}},
+    {{23681, 39}, {23720, 6}},
+    {{23726, 39}, {23765, 11}},
+    {{23776, 39}, {23815, 10}},
+    {{23825, 32}, {23857, 25}},
+    {{23882, 34}, {23916, 11}},
+    {{23927, 34}, {23961, 22}},
+    {{23983, 34}, {24017, 20}},
+    {{24037, 36}, {24073, 20}},
+    {{24093, 36}, {24129, 18}},
+    {{24147, 29}, {24176, 22}},
+    {{24198, 29}, {24227, 22}},
+    {{24249, 31}, {24280, 24}},
+    {{24304, 31}, {24335, 24}},
+    {{24359, 32}, {24391, 24}},
+    {{24415, 24}, {24439, 15}},
+    {{24454, 30}, {24484, 22}},
+    {{24506, 19}, {24525, 11}},
+    {{24536, 22}, {15303, 12}},
+    {{24558, 14}, {15632, 4}},
+    {{24572, 19}, {24591, 10}},
+    {{24601, 23}, {24624, 14}},
+    {{24638, 16}, {1538, 6}},
+    {{24654, 23}, {24677, 14}},
+    {{24691, 27}, {24718, 20}},
+    {{24738, 27}, {24765, 20}},
+    {{24785, 23}, {24808, 14}},
+    {{24822, 20}, {24842, 11}},
+    {{24853, 23}, {24876, 14}},
+    {{24890, 22}, {24912, 13}},
+    {{24925, 18}, {14906, 8}},
+    {{24943, 19}, {14440, 9}},
+    {{24962, 21}, {24983, 12}},
+    {{24995, 24}, {25019, 15}},
+    {{25034, 20}, {14642, 10}},
+    {{25054, 28}, {25082, 19}},
+    {{25101, 21}, {25122, 12}},
+    {{25134, 21}, {25155, 12}},
+    {{25167, 17}, {13981, 7}},
+    {{25184, 19}, {15004, 9}},
+    {{25203, 24}, {25227, 15}},
+    {{25242, 18}, {12213, 8}},
+    {{25260, 25}, {25285, 17}},
+    {{25302, 24}, {25326, 15}},
+    {{25341, 23}, {25364, 14}},
+    {{25378, 21}, {25399, 12}},
+    {{25411, 19}, {1621, 9}},
+    {{25430, 19}, {25449, 10}},
+    {{25459, 21}, {25480, 12}},
+    {{25492, 16}, {1696, 6}},
+    {{25508, 19}, {25527, 10}},
+    {{25537, 20}, {25557, 11}},
+    {{25568, 23}, {25591, 14}},
+    {{25605, 26}, {25631, 18}},
+    {{25649, 28}, {25677, 20}},
+    {{25697, 27}, {25724, 19}},
+    {{25743, 32}, {25775, 25}},
+    {{25800, 35}, {25835, 29}},
+    {{25864, 21}, {25885, 12}},
+    {{25897, 24}, {25921, 16}},
+    {{25937, 26}, {25963, 18}},
+    {{25981, 25}, {26006, 17}},
+    {{26023, 30}, {26053, 23}},
+    {{26076, 33}, {26109, 27}},
+    {{26136, 22}, {26158, 13}},
+    {{26171, 22}, {26193, 13}},
+    {{26206, 35}, {26241, 27}},
+    {{26268, 27}, {26295, 18}},
+    {{26313, 15}, {14548, 5}},
+    {{26328, 19}, {13354, 9}},
+    {{26347, 13}, {14553, 3}},
+    {{26360, 20}, {14090, 10}},
+    {{26380, 23}, {26403, 14}},
+    {{26417, 23}, {26440, 14}},
+    {{26454, 20}, {26474, 11}},
+    {{26485, 21}, {15837, 11}},
+    {{26506, 24}, {26530, 16}},
+    {{26546, 16}, {15682, 6}},
+    {{26562, 26}, {26588, 18}},
+    {{26606, 20}, {26626, 11}},
+    {{26637, 14}, {15056, 4}},
+    {{26651, 16}, {15361, 6}},
+    {{26667, 16}, {14480, 6}},
+    {{26683, 19}, {26702, 10}},
+    {{26712, 19}, {26731, 10}},
+    {{26741, 19}, {26760, 10}},
+    {{26770, 16}, {14928, 6}},
+    {{26786, 19}, {26805, 10}},
+    {{26815, 25}, {26840, 17}},
+    {{26857, 25}, {26882, 17}},
+    {{26899, 21}, {26920, 12}},
+    {{26932, 16}, {15355, 6}},
+    {{26948, 15}, {15523, 5}},
+    {{26963, 16}, {14256, 6}},
+    {{26979, 17}, {1795, 7}},
+    {{26996, 25}, {27021, 16}},
+    {{27037, 31}, {27068, 23}},
+    {{27091, 18}, {1802, 8}},
+    {{27109, 29}, {27138, 20}},
+    {{27158, 16}, {13838, 6}},
+    {{27174, 17}, {1810, 7}},
     {{27191, 16}, {27207, 7}},
     {{27214, 16}, {27230, 7}},
     {{27237, 16}, {27253, 7}},
@@ -2799,411 +2769,412 @@ constexpr detail::StringRow kStringsEnglishMicrosoft[] = {
     {{27467, 16}, {27483, 7}},
     {{27490, 16}, {27506, 7}},
     {{27513, 16}, {27529, 7}},
-    {{27536, 18}, {27554, 9}},
-    {{27563, 19}, {27582, 10}},
-    {{27592, 22}, {27614, 13}},
-    {{27627, 19}, {27646, 10}},
-    {{27656, 15}, {15170, 5}},
-    {{27671, 19}, {12611, 9}},
-    {{27690, 15}, {1843, 5}},
-    {{27705, 18}, {27723, 9}},
-    {{27732, 24}, {27756, 16}},
-    {{27772, 21}, {27793, 12}},
-    {{27805, 19}, {27824, 11}},
-    {{27835, 17}, {27852, 8}},
-    {{27860, 22}, {27882, 13}},
-    {{27895, 23}, {27918, 14}},
-    {{27932, 26}, {27958, 18}},
-    {{27976, 23}, {27999, 15}},
-    {{28014, 19}, {28033, 10}},
-    {{28043, 21}, {28064, 12}},
-    {{28076, 20}, {28096, 11}},
-    {{28107, 14}, {13871, 4}},
-    {{28121, 13}, {1872, 3}},
-    {{28134, 30}, {28164, 22}},
-    {{28186, 19}, {28205, 10}},
-    {{28215, 19}, {28234, 10}},
-    {{28244, 19}, {28263, 10}},
-    {{28273, 21}, {28294, 13}},
-    {{28307, 21}, {28328, 13}},
-    {{28341, 29}, {28370, 21}},
-    {{28391, 28}, {28419, 21}},
-    {{28440, 23}, {28463, 15}},
-    {{28478, 32}, {28510, 24}},
-    {{28534, 30}, {28564, 22}},
-    {{28586, 30}, {28616, 22}},
-    {{28638, 28}, {28666, 20}},
-    {{28686, 30}, {28716, 22}},
-    {{28738, 30}, {28768, 22}},
-    {{28790, 20}, {28810, 11}},
-    {{28821, 27}, {28848, 19}},
-    {{28867, 20}, {28887, 12}},
-    {{28899, 28}, {28927, 19}},
-    {{28946, 22}, {28968, 13}},
-    {{28981, 26}, {29007, 17}},
-    {{29024, 21}, {29045, 12}},
-    {{29057, 24}, {29081, 16}},
-    {{29097, 21}, {29118, 12}},
-    {{29130, 20}, {29150, 11}},
-    {{29161, 29}, {29190, 22}},
-    {{29212, 24}, {29236, 16}},
-    {{29252, 21}, {29273, 13}},
-    {{29286, 35}, {29321, 30}},
-    {{29351, 36}, {29387, 31}},
-    {{29418, 17}, {15523, 7}},
-    {{29435, 22}, {29457, 13}},
-    {{29470, 25}, {29495, 17}},
-    {{29512, 19}, {29531, 10}},
-    {{29541, 17}, {14426, 7}},
-    {{29558, 14}, {13309, 4}},
+    {{27536, 16}, {27552, 7}},
+    {{27559, 18}, {27577, 9}},
+    {{27586, 19}, {27605, 10}},
+    {{27615, 22}, {27637, 13}},
+    {{27650, 19}, {27669, 10}},
+    {{27679, 15}, {15193, 5}},
+    {{27694, 19}, {12634, 9}},
+    {{27713, 15}, {1843, 5}},
+    {{27728, 18}, {27746, 9}},
+    {{27755, 24}, {27779, 16}},
+    {{27795, 21}, {27816, 12}},
+    {{27828, 19}, {27847, 11}},
+    {{27858, 17}, {27875, 8}},
+    {{27883, 22}, {27905, 13}},
+    {{27918, 23}, {27941, 14}},
+    {{27955, 26}, {27981, 18}},
+    {{27999, 23}, {28022, 15}},
+    {{28037, 19}, {28056, 10}},
+    {{28066, 21}, {28087, 12}},
+    {{28099, 20}, {28119, 11}},
+    {{28130, 14}, {13894, 4}},
+    {{28144, 13}, {1872, 3}},
+    {{28157, 30}, {28187, 22}},
+    {{28209, 19}, {28228, 10}},
+    {{28238, 19}, {28257, 10}},
+    {{28267, 19}, {28286, 10}},
+    {{28296, 21}, {28317, 13}},
+    {{28330, 21}, {28351, 13}},
+    {{28364, 29}, {28393, 21}},
+    {{28414, 28}, {28442, 21}},
+    {{28463, 23}, {28486, 15}},
+    {{28501, 32}, {28533, 24}},
+    {{28557, 30}, {28587, 22}},
+    {{28609, 30}, {28639, 22}},
+    {{28661, 28}, {28689, 20}},
+    {{28709, 30}, {28739, 22}},
+    {{28761, 30}, {28791, 22}},
+    {{28813, 20}, {28833, 11}},
+    {{28844, 27}, {28871, 19}},
+    {{28890, 20}, {28910, 12}},
+    {{28922, 28}, {28950, 19}},
+    {{28969, 22}, {28991, 13}},
+    {{29004, 26}, {29030, 17}},
+    {{29047, 21}, {29068, 12}},
+    {{29080, 24}, {29104, 16}},
+    {{29120, 21}, {29141, 12}},
+    {{29153, 20}, {29173, 11}},
+    {{29184, 29}, {29213, 22}},
+    {{29235, 24}, {29259, 16}},
+    {{29275, 21}, {29296, 13}},
+    {{29309, 35}, {29344, 30}},
+    {{29374, 36}, {29410, 31}},
+    {{29441, 17}, {15546, 7}},
+    {{29458, 22}, {29480, 13}},
+    {{29493, 25}, {29518, 17}},
+    {{29535, 19}, {29554, 10}},
+    {{29564, 17}, {14449, 7}},
+    {{29581, 14}, {13332, 4}},
 };
 constexpr detail::StringRow kStringsChineseMicrosoft[] = {
-    {{16560, 16}, {6928, 12}},
-    {{16832, 16}, {29572, 6}},
-    {{17967, 18}, {29578, 6}},
-    {{18176, 14}, {29584, 6}},
-    {{18275, 17}, {6958, 6}},
-    {{18741, 19}, {6964, 15}},
-    {{19244, 21}, {29590, 12}},
-    {{20075, 21}, {29602, 11}},
-    {{20143, 25}, {29613, 12}},
-    {{20184, 22}, {29625, 12}},
-    {{20287, 18}, {29637, 12}},
-    {{20314, 18}, {29649, 12}},
-    {{20492, 21}, {29661, 6}},
-    {{20730, 19}, {7057, 12}},
-    {{21877, 18}, {7081, 9}},
-    {{22187, 21}, {29667, 6}},
-    {{22369, 21}, {29673, 21}},
-    {{22682, 22}, {29694, 12}},
-    {{23181, 21}, {29706, 12}},
-    {{25469, 16}, {7090, 6}},
-    {{26337, 20}, {29718, 9}},
-    {{26644, 16}, {29727, 6}},
-    {{26956, 17}, {7096, 6}},
-    {{26973, 25}, {29733, 12}},
-    {{27690, 15}, {7102, 6}},
-    {{29435, 22}, {29745, 9}},
+    {{16583, 16}, {6928, 12}},
+    {{16855, 16}, {29595, 6}},
+    {{17990, 18}, {29601, 6}},
+    {{18199, 14}, {29607, 6}},
+    {{18298, 17}, {6958, 6}},
+    {{18764, 19}, {6964, 15}},
+    {{19267, 21}, {29613, 12}},
+    {{20098, 21}, {29625, 11}},
+    {{20166, 25}, {29636, 12}},
+    {{20207, 22}, {29648, 12}},
+    {{20310, 18}, {29660, 12}},
+    {{20337, 18}, {29672, 12}},
+    {{20515, 21}, {29684, 6}},
+    {{20753, 19}, {7057, 12}},
+    {{21900, 18}, {7081, 9}},
+    {{22210, 21}, {29690, 6}},
+    {{22392, 21}, {29696, 21}},
+    {{22705, 22}, {29717, 12}},
+    {{23204, 21}, {29729, 12}},
+    {{25492, 16}, {7090, 6}},
+    {{26360, 20}, {29741, 9}},
+    {{26667, 16}, {29750, 6}},
+    {{26979, 17}, {7096, 6}},
+    {{26996, 25}, {29756, 12}},
+    {{27713, 15}, {7102, 6}},
+    {{29458, 22}, {29768, 9}},
 };
 constexpr detail::StringRow kStringsFrenchMicrosoft[] = {
-    {{16560, 16}, {7115, 7}},
-    {{16697, 22}, {29754, 13}},
-    {{16832, 16}, {29767, 6}},
-    {{17827, 21}, {29773, 29}},
-    {{17860, 28}, {29773, 29}},
-    {{17907, 21}, {29802, 27}},
-    {{17967, 18}, {29829, 10}},
-    {{18176, 14}, {29839, 5}},
-    {{18275, 17}, {7155, 11}},
-    {{18292, 18}, {29844, 12}},
-    {{18741, 19}, {7166, 26}},
-    {{18799, 17}, {29856, 9}},
-    {{19244, 21}, {29865, 17}},
-    {{19486, 18}, {29882, 12}},
-    {{19737, 18}, {7279, 6}},
-    {{20060, 15}, {29894, 9}},
-    {{20075, 21}, {29903, 12}},
-    {{20108, 22}, {29915, 17}},
-    {{20143, 25}, {29932, 22}},
-    {{20184, 22}, {29954, 13}},
-    {{20287, 18}, {29967, 17}},
-    {{20314, 18}, {29984, 15}},
-    {{20341, 21}, {29999, 28}},
-    {{20374, 19}, {30027, 7}},
-    {{20463, 19}, {30034, 13}},
-    {{20492, 21}, {30047, 20}},
-    {{20525, 25}, {30067, 21}},
-    {{20730, 19}, {7285, 7}},
-    {{20906, 18}, {30088, 11}},
-    {{21877, 18}, {7292, 10}},
-    {{21925, 18}, {30099, 7}},
-    {{22067, 19}, {30106, 23}},
-    {{22096, 19}, {30129, 21}},
-    {{22187, 21}, {30150, 18}},
-    {{22282, 18}, {30168, 4}},
-    {{22369, 21}, {30172, 18}},
-    {{22682, 22}, {30190, 14}},
-    {{22837, 14}, {30204, 3}},
-    {{22851, 18}, {30207, 6}},
-    {{23181, 21}, {30213, 22}},
-    {{23475, 15}, {30235, 13}},
-    {{24799, 20}, {30248, 11}},
-    {{25388, 19}, {7312, 7}},
-    {{25469, 16}, {7319, 10}},
-    {{25841, 21}, {30259, 15}},
-    {{26462, 21}, {30274, 12}},
-    {{26956, 17}, {7329, 5}},
-    {{26973, 25}, {30286, 17}},
-    {{27690, 15}, {7334, 5}},
-    {{28121, 13}, {7339, 4}},
-    {{28134, 30}, {30303, 20}},
-    {{28273, 21}, {30323, 33}},
-    {{28307, 21}, {30356, 33}},
-    {{29057, 24}, {30389, 26}},
-    {{29418, 17}, {30415, 13}},
-    {{29435, 22}, {30428, 18}},
-    {{29558, 14}, {30446, 6}},
+    {{16583, 16}, {7115, 7}},
+    {{16720, 22}, {29777, 13}},
+    {{16855, 16}, {29790, 6}},
+    {{17850, 21}, {29796, 29}},
+    {{17883, 28}, {29796, 29}},
+    {{17930, 21}, {29825, 27}},
+    {{17990, 18}, {29852, 10}},
+    {{18199, 14}, {29862, 5}},
+    {{18298, 17}, {7155, 11}},
+    {{18315, 18}, {29867, 12}},
+    {{18764, 19}, {7166, 26}},
+    {{18822, 17}, {29879, 9}},
+    {{19267, 21}, {29888, 17}},
+    {{19509, 18}, {29905, 12}},
+    {{19760, 18}, {7279, 6}},
+    {{20083, 15}, {29917, 9}},
+    {{20098, 21}, {29926, 12}},
+    {{20131, 22}, {29938, 17}},
+    {{20166, 25}, {29955, 22}},
+    {{20207, 22}, {29977, 13}},
+    {{20310, 18}, {29990, 17}},
+    {{20337, 18}, {30007, 15}},
+    {{20364, 21}, {30022, 28}},
+    {{20397, 19}, {30050, 7}},
+    {{20486, 19}, {30057, 13}},
+    {{20515, 21}, {30070, 20}},
+    {{20548, 25}, {30090, 21}},
+    {{20753, 19}, {7285, 7}},
+    {{20929, 18}, {30111, 11}},
+    {{21900, 18}, {7292, 10}},
+    {{21948, 18}, {30122, 7}},
+    {{22090, 19}, {30129, 23}},
+    {{22119, 19}, {30152, 21}},
+    {{22210, 21}, {30173, 18}},
+    {{22305, 18}, {30191, 4}},
+    {{22392, 21}, {30195, 18}},
+    {{22705, 22}, {30213, 14}},
+    {{22860, 14}, {30227, 3}},
+    {{22874, 18}, {30230, 6}},
+    {{23204, 21}, {30236, 22}},
+    {{23498, 15}, {30258, 13}},
+    {{24822, 20}, {30271, 11}},
+    {{25411, 19}, {7312, 7}},
+    {{25492, 16}, {7319, 10}},
+    {{25864, 21}, {30282, 15}},
+    {{26485, 21}, {30297, 12}},
+    {{26979, 17}, {7329, 5}},
+    {{26996, 25}, {30309, 17}},
+    {{27713, 15}, {7334, 5}},
+    {{28144, 13}, {7339, 4}},
+    {{28157, 30}, {30326, 20}},
+    {{28296, 21}, {30346, 33}},
+    {{28330, 21}, {30379, 33}},
+    {{29080, 24}, {30412, 26}},
+    {{29441, 17}, {30438, 13}},
+    {{29458, 22}, {30451, 18}},
+    {{29581, 14}, {30469, 6}},
 };
 constexpr detail::StringRow kStringsGermanMicrosoft[] = {
-    {{16560, 16}, {7343, 9}},
-    {{16832, 16}, {8258, 5}},
-    {{17151, 18}, {30452, 9}},
-    {{17907, 21}, {30461, 13}},
-    {{17967, 18}, {30474, 9}},
-    {{18109, 18}, {30483, 7}},
-    {{18158, 18}, {30490, 6}},
-    {{18176, 14}, {30496, 9}},
-    {{18275, 17}, {7360, 9}},
-    {{18292, 18}, {30505, 10}},
-    {{18680, 22}, {30515, 11}},
-    {{18741, 19}, {7369, 20}},
-    {{18799, 17}, {30526, 9}},
-    {{19123, 14}, {30535, 5}},
-    {{19244, 21}, {30540, 16}},
-    {{19486, 18}, {30556, 12}},
-    {{19566, 21}, {7448, 12}},
-    {{19737, 18}, {7460, 5}},
-    {{20075, 21}, {30568, 12}},
-    {{20108, 22}, {30580, 24}},
-    {{20143, 25}, {30604, 19}},
-    {{20184, 22}, {30623, 16}},
-    {{20287, 18}, {30639, 12}},
-    {{20314, 18}, {30651, 8}},
-    {{20341, 21}, {30659, 18}},
-    {{20463, 19}, {30677, 11}},
-    {{20492, 21}, {30688, 10}},
-    {{20583, 20}, {30698, 11}},
-    {{20697, 21}, {30709, 13}},
-    {{20730, 19}, {7471, 19}},
-    {{20749, 20}, {30722, 14}},
-    {{21877, 18}, {7490, 17}},
-    {{21910, 15}, {7507, 12}},
-    {{21925, 18}, {30736, 7}},
-    {{22096, 19}, {30743, 12}},
-    {{22187, 21}, {30755, 11}},
-    {{22282, 18}, {30766, 11}},
-    {{22369, 21}, {30777, 15}},
-    {{22682, 22}, {30792, 22}},
-    {{23181, 21}, {30814, 11}},
-    {{23475, 15}, {30825, 8}},
-    {{23526, 15}, {30833, 6}},
-    {{24799, 20}, {30839, 12}},
-    {{24920, 19}, {7525, 9}},
-    {{25078, 21}, {30851, 13}},
-    {{25388, 19}, {7534, 11}},
-    {{25469, 16}, {7545, 9}},
-    {{25841, 21}, {30864, 23}},
-    {{26337, 20}, {30887, 14}},
-    {{26644, 16}, {30901, 6}},
-    {{26956, 17}, {7554, 24}},
-    {{26973, 25}, {30907, 16}},
-    {{27690, 15}, {7578, 5}},
-    {{28107, 14}, {30923, 3}},
-    {{29435, 22}, {30926, 13}},
-    {{29541, 17}, {30939, 9}},
-    {{29558, 14}, {30948, 4}},
+    {{16583, 16}, {7343, 9}},
+    {{16855, 16}, {8258, 5}},
+    {{17174, 18}, {30475, 9}},
+    {{17930, 21}, {30484, 13}},
+    {{17990, 18}, {30497, 9}},
+    {{18132, 18}, {30506, 7}},
+    {{18181, 18}, {30513, 6}},
+    {{18199, 14}, {30519, 9}},
+    {{18298, 17}, {7360, 9}},
+    {{18315, 18}, {30528, 10}},
+    {{18703, 22}, {30538, 11}},
+    {{18764, 19}, {7369, 20}},
+    {{18822, 17}, {30549, 9}},
+    {{19146, 14}, {30558, 5}},
+    {{19267, 21}, {30563, 16}},
+    {{19509, 18}, {30579, 12}},
+    {{19589, 21}, {7448, 12}},
+    {{19760, 18}, {7460, 5}},
+    {{20098, 21}, {30591, 12}},
+    {{20131, 22}, {30603, 24}},
+    {{20166, 25}, {30627, 19}},
+    {{20207, 22}, {30646, 16}},
+    {{20310, 18}, {30662, 12}},
+    {{20337, 18}, {30674, 8}},
+    {{20364, 21}, {30682, 18}},
+    {{20486, 19}, {30700, 11}},
+    {{20515, 21}, {30711, 10}},
+    {{20606, 20}, {30721, 11}},
+    {{20720, 21}, {30732, 13}},
+    {{20753, 19}, {7471, 19}},
+    {{20772, 20}, {30745, 14}},
+    {{21900, 18}, {7490, 17}},
+    {{21933, 15}, {7507, 12}},
+    {{21948, 18}, {30759, 7}},
+    {{22119, 19}, {30766, 12}},
+    {{22210, 21}, {30778, 11}},
+    {{22305, 18}, {30789, 11}},
+    {{22392, 21}, {30800, 15}},
+    {{22705, 22}, {30815, 22}},
+    {{23204, 21}, {30837, 11}},
+    {{23498, 15}, {30848, 8}},
+    {{23549, 15}, {30856, 6}},
+    {{24822, 20}, {30862, 12}},
+    {{24943, 19}, {7525, 9}},
+    {{25101, 21}, {30874, 13}},
+    {{25411, 19}, {7534, 11}},
+    {{25492, 16}, {7545, 9}},
+    {{25864, 21}, {30887, 23}},
+    {{26360, 20}, {30910, 14}},
+    {{26667, 16}, {30924, 6}},
+    {{26979, 17}, {7554, 24}},
+    {{26996, 25}, {30930, 16}},
+    {{27713, 15}, {7578, 5}},
+    {{28130, 14}, {30946, 3}},
+    {{29458, 22}, {30949, 13}},
+    {{29564, 17}, {30962, 9}},
+    {{29581, 14}, {30971, 4}},
 };
 constexpr detail::StringRow kStringsItalianMicrosoft[] = {
-    {{15878, 18}, {7995, 8}},
-    {{15896, 21}, {30952, 12}},
-    {{15929, 25}, {30964, 16}},
-    {{15970, 28}, {30980, 25}},
-    {{16018, 30}, {31005, 23}},
-    {{16070, 29}, {31028, 23}},
-    {{16120, 34}, {31051, 28}},
-    {{16181, 37}, {31079, 35}},
-    {{16282, 30}, {31114, 25}},
-    {{16560, 16}, {7598, 32}},
-    {{16656, 21}, {31139, 8}},
-    {{16732, 21}, {31147, 13}},
-    {{16832, 16}, {31160, 6}},
-    {{16923, 22}, {31166, 13}},
-    {{17046, 24}, {31179, 17}},
-    {{17827, 21}, {31196, 16}},
-    {{17860, 28}, {31212, 21}},
-    {{17907, 21}, {31233, 18}},
-    {{17967, 18}, {31251, 9}},
-    {{18072, 23}, {31260, 13}},
-    {{18109, 18}, {31273, 6}},
-    {{18158, 18}, {31279, 7}},
-    {{18176, 14}, {31286, 6}},
-    {{18275, 17}, {7673, 8}},
-    {{18292, 18}, {31292, 8}},
-    {{18741, 19}, {7713, 22}},
-    {{18799, 17}, {31300, 8}},
-    {{19123, 14}, {31308, 4}},
-    {{19244, 21}, {7740, 17}},
-    {{19486, 18}, {31312, 12}},
-    {{19566, 21}, {7788, 11}},
-    {{19919, 19}, {7799, 13}},
-    {{19938, 22}, {31324, 15}},
-    {{20060, 15}, {31339, 6}},
-    {{20075, 21}, {31345, 13}},
-    {{20143, 25}, {31358, 21}},
-    {{20184, 22}, {31379, 17}},
-    {{20287, 18}, {31396, 15}},
-    {{20314, 18}, {31411, 12}},
-    {{20341, 21}, {31423, 13}},
-    {{20463, 19}, {31436, 10}},
-    {{20492, 21}, {31446, 16}},
-    {{20525, 25}, {31462, 21}},
-    {{20730, 19}, {7849, 20}},
-    {{20949, 15}, {7869, 6}},
-    {{20964, 17}, {31483, 9}},
-    {{21496, 18}, {31492, 13}},
-    {{21563, 20}, {7875, 15}},
-    {{21877, 18}, {7890, 13}},
-    {{21895, 15}, {31505, 4}},
-    {{21925, 18}, {31509, 6}},
-    {{22026, 25}, {31515, 13}},
-    {{22096, 19}, {31528, 17}},
-    {{22187, 21}, {31545, 16}},
-    {{22282, 18}, {31561, 9}},
-    {{22300, 16}, {7919, 5}},
-    {{22369, 21}, {31570, 28}},
-    {{22682, 22}, {31598, 21}},
-    {{22837, 14}, {31619, 4}},
-    {{23181, 21}, {31623, 12}},
-    {{24483, 19}, {31635, 16}},
-    {{24549, 19}, {31651, 15}},
-    {{24902, 18}, {31666, 9}},
-    {{24939, 21}, {31675, 13}},
-    {{24972, 24}, {31688, 17}},
-    {{25011, 20}, {31705, 11}},
-    {{25078, 21}, {31716, 14}},
-    {{25111, 21}, {31730, 14}},
-    {{25144, 17}, {31744, 8}},
-    {{25161, 19}, {31752, 8}},
-    {{25388, 19}, {7958, 7}},
-    {{25469, 16}, {7965, 11}},
-    {{25514, 20}, {31760, 13}},
-    {{25545, 23}, {31773, 19}},
-    {{25841, 21}, {31792, 16}},
-    {{26305, 19}, {31808, 7}},
-    {{26337, 20}, {31815, 11}},
-    {{26394, 23}, {31826, 18}},
-    {{26431, 20}, {31844, 13}},
-    {{26462, 21}, {31857, 12}},
-    {{26614, 14}, {31869, 10}},
-    {{26644, 16}, {31879, 7}},
-    {{26660, 19}, {31886, 9}},
-    {{26956, 17}, {7976, 8}},
-    {{26973, 25}, {31895, 17}},
-    {{27068, 18}, {7984, 11}},
-    {{27135, 16}, {31912, 8}},
-    {{27151, 17}, {7995, 8}},
-    {{27690, 15}, {8022, 6}},
-    {{27705, 18}, {31920, 10}},
-    {{27732, 24}, {31930, 18}},
-    {{27805, 19}, {31948, 14}},
-    {{28946, 22}, {31962, 13}},
-    {{29435, 22}, {31975, 24}},
-    {{29558, 14}, {31999, 4}},
+    {{15901, 18}, {7995, 8}},
+    {{15919, 21}, {30975, 12}},
+    {{15952, 25}, {30987, 16}},
+    {{15993, 28}, {31003, 25}},
+    {{16041, 30}, {31028, 23}},
+    {{16093, 29}, {31051, 23}},
+    {{16143, 34}, {31074, 28}},
+    {{16204, 37}, {31102, 35}},
+    {{16305, 30}, {31137, 25}},
+    {{16583, 16}, {7598, 32}},
+    {{16679, 21}, {31162, 8}},
+    {{16755, 21}, {31170, 13}},
+    {{16855, 16}, {31183, 6}},
+    {{16946, 22}, {31189, 13}},
+    {{17069, 24}, {31202, 17}},
+    {{17850, 21}, {31219, 16}},
+    {{17883, 28}, {31235, 21}},
+    {{17930, 21}, {31256, 18}},
+    {{17990, 18}, {31274, 9}},
+    {{18095, 23}, {31283, 13}},
+    {{18132, 18}, {31296, 6}},
+    {{18181, 18}, {31302, 7}},
+    {{18199, 14}, {31309, 6}},
+    {{18298, 17}, {7673, 8}},
+    {{18315, 18}, {31315, 8}},
+    {{18764, 19}, {7713, 22}},
+    {{18822, 17}, {31323, 8}},
+    {{19146, 14}, {31331, 4}},
+    {{19267, 21}, {7740, 17}},
+    {{19509, 18}, {31335, 12}},
+    {{19589, 21}, {7788, 11}},
+    {{19942, 19}, {7799, 13}},
+    {{19961, 22}, {31347, 15}},
+    {{20083, 15}, {31362, 6}},
+    {{20098, 21}, {31368, 13}},
+    {{20166, 25}, {31381, 21}},
+    {{20207, 22}, {31402, 17}},
+    {{20310, 18}, {31419, 15}},
+    {{20337, 18}, {31434, 12}},
+    {{20364, 21}, {31446, 13}},
+    {{20486, 19}, {31459, 10}},
+    {{20515, 21}, {31469, 16}},
+    {{20548, 25}, {31485, 21}},
+    {{20753, 19}, {7849, 20}},
+    {{20972, 15}, {7869, 6}},
+    {{20987, 17}, {31506, 9}},
+    {{21519, 18}, {31515, 13}},
+    {{21586, 20}, {7875, 15}},
+    {{21900, 18}, {7890, 13}},
+    {{21918, 15}, {31528, 4}},
+    {{21948, 18}, {31532, 6}},
+    {{22049, 25}, {31538, 13}},
+    {{22119, 19}, {31551, 17}},
+    {{22210, 21}, {31568, 16}},
+    {{22305, 18}, {31584, 9}},
+    {{22323, 16}, {7919, 5}},
+    {{22392, 21}, {31593, 28}},
+    {{22705, 22}, {31621, 21}},
+    {{22860, 14}, {31642, 4}},
+    {{23204, 21}, {31646, 12}},
+    {{24506, 19}, {31658, 16}},
+    {{24572, 19}, {31674, 15}},
+    {{24925, 18}, {31689, 9}},
+    {{24962, 21}, {31698, 13}},
+    {{24995, 24}, {31711, 17}},
+    {{25034, 20}, {31728, 11}},
+    {{25101, 21}, {31739, 14}},
+    {{25134, 21}, {31753, 14}},
+    {{25167, 17}, {31767, 8}},
+    {{25184, 19}, {31775, 8}},
+    {{25411, 19}, {7958, 7}},
+    {{25492, 16}, {7965, 11}},
+    {{25537, 20}, {31783, 13}},
+    {{25568, 23}, {31796, 19}},
+    {{25864, 21}, {31815, 16}},
+    {{26328, 19}, {31831, 7}},
+    {{26360, 20}, {31838, 11}},
+    {{26417, 23}, {31849, 18}},
+    {{26454, 20}, {31867, 13}},
+    {{26485, 21}, {31880, 12}},
+    {{26637, 14}, {31892, 10}},
+    {{26667, 16}, {31902, 7}},
+    {{26683, 19}, {31909, 9}},
+    {{26979, 17}, {7976, 8}},
+    {{26996, 25}, {31918, 17}},
+    {{27091, 18}, {7984, 11}},
+    {{27158, 16}, {31935, 8}},
+    {{27174, 17}, {7995, 8}},
+    {{27713, 15}, {8022, 6}},
+    {{27728, 18}, {31943, 10}},
+    {{27755, 24}, {31953, 18}},
+    {{27828, 19}, {31971, 14}},
+    {{28969, 22}, {31985, 13}},
+    {{29458, 22}, {31998, 24}},
+    {{29581, 14}, {32022, 4}},
 };
 constexpr detail::StringRow kStringsJapaneseMicrosoft[] = {
-    {{16560, 16}, {8042, 15}},
-    {{16832, 16}, {29572, 6}},
-    {{17151, 18}, {32003, 15}},
-    {{17967, 18}, {32018, 15}},
-    {{18176, 14}, {32033, 6}},
-    {{18275, 17}, {8066, 12}},
-    {{18741, 19}, {8078, 15}},
-    {{18799, 17}, {32039, 9}},
-    {{19123, 14}, {32048, 6}},
-    {{19244, 21}, {32054, 12}},
-    {{19486, 18}, {32066, 12}},
-    {{19566, 21}, {8168, 6}},
-    {{20075, 21}, {32078, 19}},
-    {{20143, 25}, {32097, 21}},
-    {{20184, 22}, {32118, 12}},
-    {{20287, 18}, {32130, 24}},
-    {{20314, 18}, {32154, 21}},
-    {{20341, 21}, {32175, 33}},
-    {{20463, 19}, {32208, 24}},
-    {{20492, 21}, {32232, 21}},
-    {{20583, 20}, {32253, 15}},
-    {{20697, 21}, {32268, 15}},
-    {{20730, 19}, {8174, 21}},
-    {{20749, 20}, {32283, 15}},
-    {{21877, 18}, {8204, 15}},
-    {{22187, 21}, {29667, 6}},
-    {{22282, 18}, {32298, 12}},
-    {{22369, 21}, {32310, 12}},
-    {{22682, 22}, {32322, 15}},
-    {{23181, 21}, {32337, 15}},
-    {{25469, 16}, {8219, 9}},
-    {{25841, 21}, {32352, 18}},
-    {{26337, 20}, {32370, 6}},
-    {{26644, 16}, {32376, 9}},
-    {{26956, 17}, {8228, 18}},
-    {{26973, 25}, {32385, 12}},
-    {{27690, 15}, {8246, 12}},
-    {{28107, 14}, {32397, 9}},
-    {{29435, 22}, {32406, 24}},
+    {{16583, 16}, {8042, 15}},
+    {{16855, 16}, {29595, 6}},
+    {{17174, 18}, {32026, 15}},
+    {{17990, 18}, {32041, 15}},
+    {{18199, 14}, {32056, 6}},
+    {{18298, 17}, {8066, 12}},
+    {{18764, 19}, {8078, 15}},
+    {{18822, 17}, {32062, 9}},
+    {{19146, 14}, {32071, 6}},
+    {{19267, 21}, {32077, 12}},
+    {{19509, 18}, {32089, 12}},
+    {{19589, 21}, {8168, 6}},
+    {{20098, 21}, {32101, 19}},
+    {{20166, 25}, {32120, 21}},
+    {{20207, 22}, {32141, 12}},
+    {{20310, 18}, {32153, 24}},
+    {{20337, 18}, {32177, 21}},
+    {{20364, 21}, {32198, 33}},
+    {{20486, 19}, {32231, 24}},
+    {{20515, 21}, {32255, 21}},
+    {{20606, 20}, {32276, 15}},
+    {{20720, 21}, {32291, 15}},
+    {{20753, 19}, {8174, 21}},
+    {{20772, 20}, {32306, 15}},
+    {{21900, 18}, {8204, 15}},
+    {{22210, 21}, {29690, 6}},
+    {{22305, 18}, {32321, 12}},
+    {{22392, 21}, {32333, 12}},
+    {{22705, 22}, {32345, 15}},
+    {{23204, 21}, {32360, 15}},
+    {{25492, 16}, {8219, 9}},
+    {{25864, 21}, {32375, 18}},
+    {{26360, 20}, {32393, 6}},
+    {{26667, 16}, {32399, 9}},
+    {{26979, 17}, {8228, 18}},
+    {{26996, 25}, {32408, 12}},
+    {{27713, 15}, {8246, 12}},
+    {{28130, 14}, {32420, 9}},
+    {{29458, 22}, {32429, 24}},
 };
 constexpr detail::StringRow kStringsSpanishMicrosoft[] = {
-    {{16560, 16}, {8258, 5}},
-    {{16832, 16}, {8258, 5}},
-    {{16923, 22}, {32430, 11}},
-    {{17967, 18}, {32441, 10}},
-    {{18109, 18}, {32451, 7}},
-    {{18176, 14}, {32458, 6}},
-    {{18275, 17}, {8276, 10}},
-    {{18426, 20}, {32464, 10}},
-    {{18741, 19}, {8296, 16}},
-    {{18799, 17}, {32474, 7}},
-    {{19123, 14}, {32481, 5}},
-    {{19244, 21}, {32486, 15}},
-    {{19486, 18}, {32501, 12}},
-    {{19566, 21}, {8376, 12}},
-    {{19737, 18}, {8388, 9}},
-    {{19919, 19}, {8397, 14}},
-    {{19938, 22}, {32513, 21}},
-    {{20075, 21}, {32534, 13}},
-    {{20143, 25}, {32547, 20}},
-    {{20184, 22}, {32567, 21}},
-    {{20287, 18}, {32588, 15}},
-    {{20314, 18}, {32603, 12}},
-    {{20341, 21}, {32615, 24}},
-    {{20463, 19}, {32639, 10}},
-    {{20492, 21}, {32649, 24}},
-    {{20730, 19}, {8411, 23}},
-    {{20949, 15}, {8434, 7}},
-    {{20964, 17}, {32673, 10}},
-    {{21563, 20}, {8441, 13}},
-    {{21850, 18}, {32683, 5}},
-    {{21877, 18}, {8454, 5}},
-    {{21925, 18}, {32688, 6}},
-    {{22096, 19}, {32694, 15}},
-    {{22187, 21}, {32709, 10}},
-    {{22282, 18}, {32719, 13}},
-    {{22300, 16}, {8459, 6}},
-    {{22369, 21}, {32732, 29}},
-    {{22682, 22}, {32761, 14}},
-    {{22765, 20}, {32775, 14}},
-    {{22837, 14}, {32789, 6}},
-    {{23181, 21}, {32795, 22}},
-    {{23475, 15}, {32817, 11}},
-    {{24615, 16}, {8465, 8}},
-    {{25180, 24}, {32828, 16}},
-    {{25219, 18}, {32844, 9}},
-    {{25388, 19}, {8482, 6}},
-    {{25469, 16}, {8488, 14}},
-    {{25841, 21}, {32853, 17}},
-    {{26337, 20}, {32870, 11}},
-    {{26644, 16}, {32881, 6}},
-    {{26956, 17}, {8502, 6}},
-    {{26973, 25}, {32887, 16}},
-    {{27068, 18}, {8508, 9}},
-    {{27086, 29}, {32903, 22}},
-    {{27690, 15}, {8517, 7}},
-    {{28043, 21}, {32925, 13}},
-    {{28107, 14}, {32938, 4}},
-    {{28134, 30}, {32942, 27}},
-    {{29097, 21}, {32969, 12}},
-    {{29130, 20}, {32981, 11}},
-    {{29435, 22}, {32992, 18}},
-    {{29558, 14}, {33010, 4}},
+    {{16583, 16}, {8258, 5}},
+    {{16855, 16}, {8258, 5}},
+    {{16946, 22}, {32453, 11}},
+    {{17990, 18}, {32464, 10}},
+    {{18132, 18}, {32474, 7}},
+    {{18199, 14}, {32481, 6}},
+    {{18298, 17}, {8276, 10}},
+    {{18449, 20}, {32487, 10}},
+    {{18764, 19}, {8296, 16}},
+    {{18822, 17}, {32497, 7}},
+    {{19146, 14}, {32504, 5}},
+    {{19267, 21}, {32509, 15}},
+    {{19509, 18}, {32524, 12}},
+    {{19589, 21}, {8376, 12}},
+    {{19760, 18}, {8388, 9}},
+    {{19942, 19}, {8397, 14}},
+    {{19961, 22}, {32536, 21}},
+    {{20098, 21}, {32557, 13}},
+    {{20166, 25}, {32570, 20}},
+    {{20207, 22}, {32590, 21}},
+    {{20310, 18}, {32611, 15}},
+    {{20337, 18}, {32626, 12}},
+    {{20364, 21}, {32638, 24}},
+    {{20486, 19}, {32662, 10}},
+    {{20515, 21}, {32672, 24}},
+    {{20753, 19}, {8411, 23}},
+    {{20972, 15}, {8434, 7}},
+    {{20987, 17}, {32696, 10}},
+    {{21586, 20}, {8441, 13}},
+    {{21873, 18}, {32706, 5}},
+    {{21900, 18}, {8454, 5}},
+    {{21948, 18}, {32711, 6}},
+    {{22119, 19}, {32717, 15}},
+    {{22210, 21}, {32732, 10}},
+    {{22305, 18}, {32742, 13}},
+    {{22323, 16}, {8459, 6}},
+    {{22392, 21}, {32755, 29}},
+    {{22705, 22}, {32784, 14}},
+    {{22788, 20}, {32798, 14}},
+    {{22860, 14}, {32812, 6}},
+    {{23204, 21}, {32818, 22}},
+    {{23498, 15}, {32840, 11}},
+    {{24638, 16}, {8465, 8}},
+    {{25203, 24}, {32851, 16}},
+    {{25242, 18}, {32867, 9}},
+    {{25411, 19}, {8482, 6}},
+    {{25492, 16}, {8488, 14}},
+    {{25864, 21}, {32876, 17}},
+    {{26360, 20}, {32893, 11}},
+    {{26667, 16}, {32904, 6}},
+    {{26979, 17}, {8502, 6}},
+    {{26996, 25}, {32910, 16}},
+    {{27091, 18}, {8508, 9}},
+    {{27109, 29}, {32926, 22}},
+    {{27713, 15}, {8517, 7}},
+    {{28066, 21}, {32948, 13}},
+    {{28130, 14}, {32961, 4}},
+    {{28157, 30}, {32965, 27}},
+    {{29120, 21}, {32992, 12}},
+    {{29153, 20}, {33004, 11}},
+    {{29458, 22}, {33015, 18}},
+    {{29581, 14}, {33033, 4}},
 };
 constinit detail::StreamStrings gStringsMicrosoft(kText, {kStringsEnglishMicrosoft, kStringsChineseMicrosoft, kStringsFrenchMicrosoft, kStringsGermanMicrosoft, kStringsItalianMicrosoft, kStringsJapaneseMicrosoft, kStringsSpanishMicrosoft});
 constexpr std::uint16_t kKeyOrderMicrosoft[] = {
@@ -3236,2811 +3207,2811 @@ constinit detail::StreamTags gTagsMicrosoft("Microsoft", kText, kTagsMicrosoft, 
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinolta[] = {
-    {{33014, 14}, TagType::int8u, 2, 0, 0, 8},  // AFSensorActive
-    {{33028, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusActiveSensor
-    {{33048, 17}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-right
-    {{33065, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-right
-    {{33085, 14}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom
-    {{33099, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusMiddleHorizontal
-    {{33123, 22}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterVertical
-    {{33145, 11}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop
-    {{33156, 16}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-left
-    {{33172, 19}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-left
-    {{33191, 11}, TagType::int8u, 2, 0, 10, 4},  // FocusLocked
-    {{33202, 7}, TagType::int8u, 2, 0, 14, 10},  // AFPoint
-    {{33209, 6}, TagType::int8u, 2, 0, 24, 4},  // AFMode
-    {{33215, 12}, TagType::int16s, 2, 0, 8, 2},  // AFStatusLeft
-    {{33227, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterHorizontal
-    {{33251, 13}, TagType::int16s, 2, 0, 8, 2},  // AFStatusRight
-    {{33264, 10}, TagType::int32s, 2, 0, 28, 3},  // AFAreaMode
-    {{33274, 12}, TagType::int32s, 2, 0, 31, 13},  // ExposureMode
-    {{13682, 9}, TagType::int32s, 2, 0, 44, 5},  // FlashMode
-    {{15647, 12}, TagType::int32s, 2, 0, 49, 16},  // WhiteBalance
-    {{33286, 16}, TagType::int32s, 2, 0, 65, 8},  // MinoltaImageSize
-    {{33302, 14}, TagType::int32s, 2, 0, 73, 10},  // MinoltaQuality
-    {{33316, 9}, TagType::int32s, 2, 0, 14, 10},  // DriveMode
-    {{13659, 12}, TagType::int32s, 2, 0, 28, 3},  // MeteringMode
-    {{33325, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
-    {{13575, 12}, TagType::int32s, 2, 0, 0, 0},  // ExposureTime
-    {{33328, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
-    {{33335, 9}, TagType::int32u, 2, 0, 83, 2},  // MacroMode
-    {{33344, 11}, TagType::int32u, 2, 0, 28, 3},  // DigitalZoom
-    {{33355, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
-    {{33375, 11}, TagType::int32u, 2, 0, 28, 3},  // BracketStep
-    {{33386, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalLength
-    {{33400, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalNumber
-    {{13691, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
-    {{33414, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
-    {{33427, 10}, TagType::int32u, 2, 0, 83, 2},  // FlashFired
-    {{33437, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaDate
-    {{33448, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaTime
-    {{13375, 11}, TagType::int32s, 2, 0, 0, 0},  // MaxAperture
-    {{33459, 16}, TagType::int32u, 2, 0, 83, 2},  // FileNumberMemory
-    {{33475, 14}, TagType::int32u, 2, 0, 0, 0},  // LastFileNumber
-    {{33489, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceRed
-    {{33504, 17}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceGreen
-    {{33521, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceBlue
-    {{14067, 10}, TagType::int32s, 2, 0, 85, 1},  // Saturation
-    {{33537, 8}, TagType::int32s, 2, 0, 85, 1},  // Contrast
-    {{33545, 9}, TagType::int32s, 2, 0, 28, 3},  // Sharpness
-    {{33554, 14}, TagType::int32u, 2, 0, 86, 6},  // SubjectProgram
-    {{33568, 17}, TagType::float_, 2, 0, 0, 0},  // FlashExposureComp
-    {{33585, 10}, TagType::int32s, 2, 0, 92, 17},  // ISOSetting
-    {{33595, 14}, TagType::int32u, 2, 0, 0, 8},  // MinoltaModelID
-    {{33609, 12}, TagType::int32u, 2, 0, 83, 2},  // IntervalMode
-    {{15082, 10}, TagType::int32u, 2, 0, 83, 2},  // FolderName
-    {{33621, 9}, TagType::int32s, 2, 0, 109, 29},  // ColorMode
-    {{33630, 11}, TagType::int32u, 2, 0, 0, 0},  // ColorFilter
-    {{33641, 8}, TagType::int32u, 2, 0, 0, 0},  // BWFilter
-    {{33649, 13}, TagType::int32u, 2, 0, 83, 2},  // InternalFlash
-    {{33662, 10}, TagType::int32u, 2, 0, 0, 0},  // Brightness
-    {{33672, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointX
-    {{33687, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointY
-    {{33702, 13}, TagType::int32u, 2, 0, 44, 5},  // WideFocusZone
-    {{33715, 9}, TagType::int32s, 2, 0, 138, 6},  // FocusMode
-    {{33724, 9}, TagType::int32u, 2, 0, 83, 2},  // FocusArea
-    {{33733, 11}, TagType::int32u, 2, 0, 24, 4},  // DECPosition
-    {{33744, 12}, TagType::int32u, 2, 0, 83, 2},  // ColorProfile
-    {{33756, 11}, TagType::int32u, 2, 0, 44, 5},  // DataImprint
-    {{33767, 13}, TagType::int32s, 2, 0, 28, 3},  // FlashMetering
-    {{33780, 5}, TagType::int16u, 2, 0, 83, 2},  // Flash
+    {{33037, 14}, TagType::int8u, 2, 0, 0, 8},  // AFSensorActive
+    {{33051, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusActiveSensor
+    {{33071, 17}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-right
+    {{33088, 20}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-right
+    {{33108, 14}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom
+    {{33122, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusMiddleHorizontal
+    {{33146, 22}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterVertical
+    {{33168, 11}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop
+    {{33179, 16}, TagType::int16s, 2, 0, 8, 2},  // AFStatusTop-left
+    {{33195, 19}, TagType::int16s, 2, 0, 8, 2},  // AFStatusBottom-left
+    {{33214, 11}, TagType::int8u, 2, 0, 10, 4},  // FocusLocked
+    {{33225, 7}, TagType::int8u, 2, 0, 14, 10},  // AFPoint
+    {{33232, 6}, TagType::int8u, 2, 0, 24, 4},  // AFMode
+    {{33238, 12}, TagType::int16s, 2, 0, 8, 2},  // AFStatusLeft
+    {{33250, 24}, TagType::int16s, 2, 0, 8, 2},  // AFStatusCenterHorizontal
+    {{33274, 13}, TagType::int16s, 2, 0, 8, 2},  // AFStatusRight
+    {{33287, 10}, TagType::int32s, 2, 0, 28, 3},  // AFAreaMode
+    {{33297, 12}, TagType::int32s, 2, 0, 31, 13},  // ExposureMode
+    {{13705, 9}, TagType::int32s, 2, 0, 44, 5},  // FlashMode
+    {{15670, 12}, TagType::int32s, 2, 0, 49, 16},  // WhiteBalance
+    {{33309, 16}, TagType::int32s, 2, 0, 65, 8},  // MinoltaImageSize
+    {{33325, 14}, TagType::int32s, 2, 0, 73, 10},  // MinoltaQuality
+    {{33339, 9}, TagType::int32s, 2, 0, 14, 10},  // DriveMode
+    {{13682, 12}, TagType::int32s, 2, 0, 28, 3},  // MeteringMode
+    {{33348, 3}, TagType::int32s, 2, 0, 0, 0},  // ISO
+    {{13598, 12}, TagType::int32s, 2, 0, 0, 0},  // ExposureTime
+    {{33351, 7}, TagType::float_, 2, 0, 0, 0},  // FNumber
+    {{33358, 9}, TagType::int32u, 2, 0, 83, 2},  // MacroMode
+    {{33367, 11}, TagType::int32u, 2, 0, 28, 3},  // DigitalZoom
+    {{33378, 20}, TagType::float_, 2, 0, 0, 0},  // ExposureCompensation
+    {{33398, 11}, TagType::int32u, 2, 0, 28, 3},  // BracketStep
+    {{33409, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalLength
+    {{33423, 14}, TagType::int32u, 2, 0, 0, 0},  // IntervalNumber
+    {{13714, 11}, TagType::float_, 2, 0, 0, 0},  // FocalLength
+    {{33437, 13}, TagType::int32s, 2, 0, 0, 0},  // FocusDistance
+    {{33450, 10}, TagType::int32u, 2, 0, 83, 2},  // FlashFired
+    {{33460, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaDate
+    {{33471, 11}, TagType::int32u, 2, 0, 0, 0},  // MinoltaTime
+    {{13398, 11}, TagType::int32s, 2, 0, 0, 0},  // MaxAperture
+    {{33482, 16}, TagType::int32u, 2, 0, 83, 2},  // FileNumberMemory
+    {{33498, 14}, TagType::int32u, 2, 0, 0, 0},  // LastFileNumber
+    {{33512, 15}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceRed
+    {{33527, 17}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceGreen
+    {{33544, 16}, TagType::int32u, 2, 0, 0, 0},  // ColorBalanceBlue
+    {{14090, 10}, TagType::int32s, 2, 0, 85, 1},  // Saturation
+    {{33560, 8}, TagType::int32s, 2, 0, 85, 1},  // Contrast
+    {{33568, 9}, TagType::int32s, 2, 0, 28, 3},  // Sharpness
+    {{33577, 14}, TagType::int32u, 2, 0, 86, 6},  // SubjectProgram
+    {{33591, 17}, TagType::float_, 2, 0, 0, 0},  // FlashExposureComp
+    {{33608, 10}, TagType::int32s, 2, 0, 92, 17},  // ISOSetting
+    {{33618, 14}, TagType::int32u, 2, 0, 0, 8},  // MinoltaModelID
+    {{33632, 12}, TagType::int32u, 2, 0, 83, 2},  // IntervalMode
+    {{15105, 10}, TagType::int32u, 2, 0, 83, 2},  // FolderName
+    {{33644, 9}, TagType::int32s, 2, 0, 109, 29},  // ColorMode
+    {{33653, 11}, TagType::int32u, 2, 0, 0, 0},  // ColorFilter
+    {{33664, 8}, TagType::int32u, 2, 0, 0, 0},  // BWFilter
+    {{33672, 13}, TagType::int32u, 2, 0, 83, 2},  // InternalFlash
+    {{33685, 10}, TagType::int32u, 2, 0, 0, 0},  // Brightness
+    {{33695, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointX
+    {{33710, 15}, TagType::int32u, 2, 0, 0, 0},  // SpotFocusPointY
+    {{33725, 13}, TagType::int32u, 2, 0, 44, 5},  // WideFocusZone
+    {{33738, 9}, TagType::int32s, 2, 0, 138, 6},  // FocusMode
+    {{33747, 9}, TagType::int32u, 2, 0, 83, 2},  // FocusArea
+    {{33756, 11}, TagType::int32u, 2, 0, 24, 4},  // DECPosition
+    {{33767, 12}, TagType::int32u, 2, 0, 83, 2},  // ColorProfile
+    {{33779, 11}, TagType::int32u, 2, 0, 44, 5},  // DataImprint
+    {{33790, 13}, TagType::int32s, 2, 0, 28, 3},  // FlashMetering
+    {{33803, 5}, TagType::int16u, 2, 0, 83, 2},  // Flash
     {{827, 10}, TagType::int16u, 2, 0, 144, 5},  // ColorSpace
-    {{33785, 20}, TagType::int16u, 2, 0, 0, 0},  // FreeMemoryCardImages
-    {{33805, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
-    {{33821, 13}, TagType::int16u, 2, 0, 0, 0},  // HueAdjustment
-    {{33834, 8}, TagType::int32s, 2, 0, 149, 6},  // Rotation
-    {{33842, 13}, TagType::int16u, 2, 0, 14, 10},  // PictureFinish
-    {{33855, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber
-    {{33866, 14}, TagType::int16u, 2, 0, 83, 2},  // NoiseReduction
-    {{33880, 18}, TagType::int32s, 2, 0, 155, 4},  // ImageStabilization
-    {{33898, 8}, TagType::int16u, 2, 0, 159, 10},  // AFPoints
-    {{33906, 12}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber2
-    {{33918, 14}, TagType::int16u, 2, 0, 83, 2},  // ZoneMatchingOn
-    {{33932, 27}, TagType::int16u, 2, 0, 0, 0},  // ExposureCompensationSetting
-    {{33959, 13}, TagType::int16u, 2, 0, 83, 2},  // HighSpeedSync
-    {{33972, 19}, TagType::int16u, 2, 0, 0, 0},  // ShutterSpeedSetting
-    {{33991, 15}, TagType::int16u, 2, 0, 0, 0},  // ApertureSetting
-    {{34006, 10}, TagType::int16u, 2, 0, 169, 10},  // DriveMode2
-    {{34016, 15}, TagType::int16u, 2, 0, 179, 9},  // AFPointSelected
-    {{34031, 20}, TagType::int16u, 2, 0, 0, 0},  // FlashExposureCompSet
-    {{34051, 16}, TagType::int16u, 2, 0, 28, 3},  // ZoneMatchingMode
-    {{34067, 21}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizer
-    {{34088, 27}, TagType::int16u, 2, 0, 83, 2},  // PrioritySetupShutterRelease
-    {{34115, 13}, TagType::int16u, 2, 0, 188, 2},  // SelfTimerTime
-    {{34128, 20}, TagType::int16u, 2, 0, 190, 2},  // ContinuousBracketing
-    {{34148, 21}, TagType::int16u, 2, 0, 192, 2},  // SingleFrameBracketing
-    {{34169, 22}, TagType::int32s, 2, 0, 194, 5},  // WhiteBalanceBracketing
-    {{34191, 19}, TagType::int16u, 2, 0, 199, 7},  // WhiteBalanceSetting
-    {{34210, 18}, TagType::int16u, 2, 0, 206, 6},  // PresetWhiteBalance
-    {{34228, 23}, TagType::int16u, 2, 0, 212, 2},  // ColorTemperatureSetting
-    {{34251, 15}, TagType::int16u, 2, 0, 83, 2},  // CustomWBSetting
-    {{34266, 28}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizerSetting
-    {{34294, 16}, TagType::int16u, 2, 0, 0, 0},  // CustomWBRedLevel
-    {{34310, 18}, TagType::int16u, 2, 0, 0, 0},  // CustomWBGreenLevel
-    {{34328, 17}, TagType::int16u, 2, 0, 0, 0},  // CustomWBBlueLevel
-    {{34345, 13}, TagType::int16u, 2, 0, 83, 2},  // CustomWBError
-    {{34358, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
-    {{34378, 23}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilter
-    {{34401, 13}, TagType::int16u, 2, 0, 28, 3},  // SonyImageSize
-    {{34414, 11}, TagType::int16u, 2, 0, 214, 4},  // SonyQuality
-    {{34425, 19}, TagType::int16u, 2, 0, 0, 0},  // InstantPlaybackTime
-    {{34444, 20}, TagType::int16u, 2, 0, 218, 3},  // InstantPlaybackSetup
-    {{34464, 10}, TagType::int16u, 2, 0, 83, 2},  // EyeStartAF
-    {{34474, 15}, TagType::int16u, 2, 0, 83, 2},  // RedEyeReduction
-    {{34489, 12}, TagType::int16u, 2, 0, 83, 2},  // FlashDefault
-    {{34501, 16}, TagType::int16u, 2, 0, 83, 2},  // AutoBracketOrder
-    {{34517, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusHoldButton
-    {{34532, 9}, TagType::int16u, 2, 0, 24, 4},  // AELButton
-    {{34541, 14}, TagType::int16u, 2, 0, 83, 2},  // ControlDialSet
-    {{34555, 24}, TagType::int32s, 2, 0, 83, 2},  // ExposureCompensationMode
-    {{34579, 8}, TagType::int16u, 2, 0, 83, 2},  // AFAssist
-    {{34587, 15}, TagType::int16u, 2, 0, 83, 2},  // CardShutterLock
-    {{34602, 15}, TagType::int16u, 2, 0, 83, 2},  // LensShutterLock
-    {{34617, 18}, TagType::int16u, 2, 0, 28, 3},  // AFAreaIllumination
-    {{34635, 17}, TagType::int16u, 2, 0, 83, 2},  // MonitorDisplayOff
-    {{34652, 13}, TagType::int16u, 2, 0, 83, 2},  // RecordDisplay
-    {{34665, 11}, TagType::int16u, 2, 0, 83, 2},  // PlayDisplay
-    {{34676, 17}, TagType::int16u, 2, 0, 221, 22},  // ExposureIndicator
-    {{34693, 20}, TagType::int16u, 2, 0, 221, 22},  // AELExposureIndicator
-    {{34713, 31}, TagType::int16u, 2, 0, 221, 22},  // ExposureBracketingIndicatorLast
-    {{34744, 25}, TagType::int16u, 2, 0, 243, 3},  // MeteringOffScaleIndicator
-    {{34769, 22}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicator
-    {{34791, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorNext
-    {{34817, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorLast
-    {{34843, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusModeSwitch
-    {{34858, 9}, TagType::int16u, 2, 0, 28, 3},  // FlashType
-    {{34867, 6}, TagType::int16u, 2, 0, 83, 2},  // AELock
-    {{34873, 12}, TagType::int16u, 2, 0, 246, 4},  // BatteryState
-    {{34885, 4}, TagType::string, 0, 32, 0, 0},  // Make
-    {{34889, 15}, TagType::string, 0, 16, 0, 0},  // SoftwareVersion
-    {{34904, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
-    {{34913, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
-    {{34929, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
-    {{34948, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
-    {{34960, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
-    {{34977, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
-    {{34995, 9}, TagType::int32u, 2, 0, 250, 25},  // SceneMode
-    {{35004, 13}, TagType::int32u, 2, 0, 275, 9},  // Teleconverter
-    {{35017, 18}, TagType::int32u, 2, 0, 83, 2},  // RawAndJpgRecording
-    {{35035, 12}, TagType::int32u, 2, 0, 28, 3},  // ZoneMatching
-    {{35047, 8}, TagType::string, 2, 0, 284, 295},  // LensType
-    {{35055, 22}, TagType::string, 10, 0, 0, 0},  // MinoltaCameraSettings2
-    {{35077, 25}, TagType::int8u, 2, 0, 83, 2},  // ImageStabilizationSetting
-    {{35102, 25}, TagType::int8u, 2, 0, 28, 3},  // DynamicRangeOptimizerMode
-    {{35127, 19}, TagType::int8u, 2, 0, 0, 0},  // WBBracketShotNumber
-    {{35146, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
-    {{35171, 13}, TagType::int16u, 2, 0, 579, 10},  // FlashFunction
-    {{35184, 9}, TagType::int16u, 2, 0, 0, 0},  // AverageLV
+    {{33808, 20}, TagType::int16u, 2, 0, 0, 0},  // FreeMemoryCardImages
+    {{33828, 16}, TagType::int32s, 2, 0, 0, 0},  // ColorTemperature
+    {{33844, 13}, TagType::int16u, 2, 0, 0, 0},  // HueAdjustment
+    {{33857, 8}, TagType::int32s, 2, 0, 149, 6},  // Rotation
+    {{33865, 13}, TagType::int16u, 2, 0, 14, 10},  // PictureFinish
+    {{33878, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber
+    {{33889, 14}, TagType::int16u, 2, 0, 83, 2},  // NoiseReduction
+    {{33903, 18}, TagType::int32s, 2, 0, 155, 4},  // ImageStabilization
+    {{33921, 8}, TagType::int16u, 2, 0, 159, 10},  // AFPoints
+    {{33929, 12}, TagType::int16u, 2, 0, 0, 0},  // ImageNumber2
+    {{33941, 14}, TagType::int16u, 2, 0, 83, 2},  // ZoneMatchingOn
+    {{33955, 27}, TagType::int16u, 2, 0, 0, 0},  // ExposureCompensationSetting
+    {{33982, 13}, TagType::int16u, 2, 0, 83, 2},  // HighSpeedSync
+    {{33995, 19}, TagType::int16u, 2, 0, 0, 0},  // ShutterSpeedSetting
+    {{34014, 15}, TagType::int16u, 2, 0, 0, 0},  // ApertureSetting
+    {{34029, 10}, TagType::int16u, 2, 0, 169, 10},  // DriveMode2
+    {{34039, 15}, TagType::int16u, 2, 0, 179, 9},  // AFPointSelected
+    {{34054, 20}, TagType::int16u, 2, 0, 0, 0},  // FlashExposureCompSet
+    {{34074, 16}, TagType::int16u, 2, 0, 28, 3},  // ZoneMatchingMode
+    {{34090, 21}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizer
+    {{34111, 27}, TagType::int16u, 2, 0, 83, 2},  // PrioritySetupShutterRelease
+    {{34138, 13}, TagType::int16u, 2, 0, 188, 2},  // SelfTimerTime
+    {{34151, 20}, TagType::int16u, 2, 0, 190, 2},  // ContinuousBracketing
+    {{34171, 21}, TagType::int16u, 2, 0, 192, 2},  // SingleFrameBracketing
+    {{34192, 22}, TagType::int32s, 2, 0, 194, 5},  // WhiteBalanceBracketing
+    {{34214, 19}, TagType::int16u, 2, 0, 199, 7},  // WhiteBalanceSetting
+    {{34233, 18}, TagType::int16u, 2, 0, 206, 6},  // PresetWhiteBalance
+    {{34251, 23}, TagType::int16u, 2, 0, 212, 2},  // ColorTemperatureSetting
+    {{34274, 15}, TagType::int16u, 2, 0, 83, 2},  // CustomWBSetting
+    {{34289, 28}, TagType::int16u, 2, 0, 28, 3},  // DynamicRangeOptimizerSetting
+    {{34317, 16}, TagType::int16u, 2, 0, 0, 0},  // CustomWBRedLevel
+    {{34333, 18}, TagType::int16u, 2, 0, 0, 0},  // CustomWBGreenLevel
+    {{34351, 17}, TagType::int16u, 2, 0, 0, 0},  // CustomWBBlueLevel
+    {{34368, 13}, TagType::int16u, 2, 0, 83, 2},  // CustomWBError
+    {{34381, 20}, TagType::int32s, 2, 0, 0, 0},  // WhiteBalanceFineTune
+    {{34401, 23}, TagType::int32s, 2, 0, 0, 0},  // ColorCompensationFilter
+    {{34424, 13}, TagType::int16u, 2, 0, 28, 3},  // SonyImageSize
+    {{34437, 11}, TagType::int16u, 2, 0, 214, 4},  // SonyQuality
+    {{34448, 19}, TagType::int16u, 2, 0, 0, 0},  // InstantPlaybackTime
+    {{34467, 20}, TagType::int16u, 2, 0, 218, 3},  // InstantPlaybackSetup
+    {{34487, 10}, TagType::int16u, 2, 0, 83, 2},  // EyeStartAF
+    {{34497, 15}, TagType::int16u, 2, 0, 83, 2},  // RedEyeReduction
+    {{34512, 12}, TagType::int16u, 2, 0, 83, 2},  // FlashDefault
+    {{34524, 16}, TagType::int16u, 2, 0, 83, 2},  // AutoBracketOrder
+    {{34540, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusHoldButton
+    {{34555, 9}, TagType::int16u, 2, 0, 24, 4},  // AELButton
+    {{34564, 14}, TagType::int16u, 2, 0, 83, 2},  // ControlDialSet
+    {{34578, 24}, TagType::int32s, 2, 0, 83, 2},  // ExposureCompensationMode
+    {{34602, 8}, TagType::int16u, 2, 0, 83, 2},  // AFAssist
+    {{34610, 15}, TagType::int16u, 2, 0, 83, 2},  // CardShutterLock
+    {{34625, 15}, TagType::int16u, 2, 0, 83, 2},  // LensShutterLock
+    {{34640, 18}, TagType::int16u, 2, 0, 28, 3},  // AFAreaIllumination
+    {{34658, 17}, TagType::int16u, 2, 0, 83, 2},  // MonitorDisplayOff
+    {{34675, 13}, TagType::int16u, 2, 0, 83, 2},  // RecordDisplay
+    {{34688, 11}, TagType::int16u, 2, 0, 83, 2},  // PlayDisplay
+    {{34699, 17}, TagType::int16u, 2, 0, 221, 22},  // ExposureIndicator
+    {{34716, 20}, TagType::int16u, 2, 0, 221, 22},  // AELExposureIndicator
+    {{34736, 31}, TagType::int16u, 2, 0, 221, 22},  // ExposureBracketingIndicatorLast
+    {{34767, 25}, TagType::int16u, 2, 0, 243, 3},  // MeteringOffScaleIndicator
+    {{34792, 22}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicator
+    {{34814, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorNext
+    {{34840, 26}, TagType::int16u, 2, 0, 221, 22},  // FlashExposureIndicatorLast
+    {{34866, 15}, TagType::int16u, 2, 0, 83, 2},  // FocusModeSwitch
+    {{34881, 9}, TagType::int16u, 2, 0, 28, 3},  // FlashType
+    {{34890, 6}, TagType::int16u, 2, 0, 83, 2},  // AELock
+    {{34896, 12}, TagType::int16u, 2, 0, 246, 4},  // BatteryState
+    {{34908, 4}, TagType::string, 0, 32, 0, 0},  // Make
+    {{34912, 15}, TagType::string, 0, 16, 0, 0},  // SoftwareVersion
+    {{34927, 9}, TagType::string, 0, 8, 0, 0},  // ModelType
+    {{34936, 16}, TagType::string, 2, 4, 0, 0},  // MakerNoteVersion
+    {{34952, 19}, TagType::int32u, 2, 0, 0, 0},  // CompressedImageSize
+    {{34971, 12}, TagType::string, 2, 0, 0, 0},  // PreviewImage
+    {{34983, 17}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageStart
+    {{35000, 18}, TagType::int32u, 2, 0, 0, 0},  // PreviewImageLength
+    {{35018, 9}, TagType::int32u, 2, 0, 250, 25},  // SceneMode
+    {{35027, 13}, TagType::int32u, 2, 0, 275, 9},  // Teleconverter
+    {{35040, 18}, TagType::int32u, 2, 0, 83, 2},  // RawAndJpgRecording
+    {{35058, 12}, TagType::int32u, 2, 0, 28, 3},  // ZoneMatching
+    {{35070, 8}, TagType::string, 2, 0, 284, 295},  // LensType
+    {{35078, 22}, TagType::string, 10, 0, 0, 0},  // MinoltaCameraSettings2
+    {{35100, 25}, TagType::int8u, 2, 0, 83, 2},  // ImageStabilizationSetting
+    {{35125, 25}, TagType::int8u, 2, 0, 28, 3},  // DynamicRangeOptimizerMode
+    {{35150, 19}, TagType::int8u, 2, 0, 0, 0},  // WBBracketShotNumber
+    {{35169, 25}, TagType::int8u, 2, 0, 0, 0},  // ExposureBracketShotNumber
+    {{35194, 13}, TagType::int16u, 2, 0, 579, 10},  // FlashFunction
+    {{35207, 9}, TagType::int16u, 2, 0, 0, 0},  // AverageLV
     {{8728, 11}, TagType::int8u, 2, 0, 0, 0},  // FrameNumber
-    {{35193, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
-    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
-    {{35218, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsTungsten
-    {{35238, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsTungsten
-    {{35259, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsDaylight
-    {{35279, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsDaylight
-    {{35300, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsCloudy
-    {{35318, 19}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsCloudy
-    {{35337, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFlash
-    {{35354, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFlash
-    {{35372, 23}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFluorescent
-    {{35395, 24}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFluorescent
-    {{35419, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsShade
-    {{35436, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsShade
-    {{35454, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel6500K
-    {{35470, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel6500K
-    {{35487, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelCustom
-    {{35504, 18}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelCustom
-    {{35522, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel3500K
-    {{35538, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel3500K
-    {{35555, 18}, TagType::int16u, 2, 75, 0, 0},  // WB_RedLevelsKelvin
-    {{35573, 19}, TagType::int16u, 2, 75, 0, 0},  // WB_BlueLevelsKelvin
-    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
-    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
-    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
-    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
-    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
-    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
-    {{35700, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6500K
-    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
-    {{35733, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3500K
-    {{35749, 18}, TagType::int8u, 2, 40, 0, 0},  // AEMeteringSegments
-    {{35767, 10}, TagType::int8u, 2, 0, 0, 0},  // MeasuredLV
-    {{35777, 15}, TagType::int8u, 2, 0, 0, 0},  // BrightnessValue
-    {{35792, 17}, TagType::string, 0, 9600, 0, 0},  // TiffMeteringImage
-    {{35809, 20}, TagType::string, 2, 12, 0, 0},  // InternalSerialNumber
+    {{35216, 12}, TagType::int16u, 2, 3, 0, 0},  // WB_RGBLevels
+    {{35228, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
+    {{35241, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsTungsten
+    {{35261, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsTungsten
+    {{35282, 20}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsDaylight
+    {{35302, 21}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsDaylight
+    {{35323, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsCloudy
+    {{35341, 19}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsCloudy
+    {{35360, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFlash
+    {{35377, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFlash
+    {{35395, 23}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsFluorescent
+    {{35418, 24}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsFluorescent
+    {{35442, 17}, TagType::int16u, 2, 7, 0, 0},  // WB_RedLevelsShade
+    {{35459, 18}, TagType::int16u, 2, 7, 0, 0},  // WB_BlueLevelsShade
+    {{35477, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel6500K
+    {{35493, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel6500K
+    {{35510, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevelCustom
+    {{35527, 18}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevelCustom
+    {{35545, 16}, TagType::int16u, 2, 0, 0, 0},  // WB_RedLevel3500K
+    {{35561, 17}, TagType::int16u, 2, 0, 0, 0},  // WB_BlueLevel3500K
+    {{35578, 18}, TagType::int16u, 2, 75, 0, 0},  // WB_RedLevelsKelvin
+    {{35596, 19}, TagType::int16u, 2, 75, 0, 0},  // WB_BlueLevelsKelvin
+    {{35615, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35631, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35652, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35671, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35690, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35707, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
+    {{35723, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels6500K
+    {{35739, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35756, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevels3500K
+    {{35772, 18}, TagType::int8u, 2, 40, 0, 0},  // AEMeteringSegments
+    {{35790, 10}, TagType::int8u, 2, 0, 0, 0},  // MeasuredLV
+    {{35800, 15}, TagType::int8u, 2, 0, 0, 0},  // BrightnessValue
+    {{35815, 17}, TagType::string, 0, 9600, 0, 0},  // TiffMeteringImage
+    {{35832, 20}, TagType::string, 2, 12, 0, 0},  // InternalSerialNumber
 };
 constexpr detail::TextRef kChoicesMinolta[] = {
-    {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {35829, 1}, {35830, 1},
-    {35831, 6}, {15870, 1}, {15870, 1}, {15868, 1}, {35837, 2}, {35839, 2}, {15870, 1}, {15871, 1},
-    {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {35829, 1}, {35830, 1}, {35841, 1}, {35842, 1},
-    {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15870, 1},
-    {15871, 1}, {15866, 1}, {15867, 1}, {15868, 1}, {35843, 4}, {35847, 4}, {35851, 4}, {35855, 4},
-    {35859, 4}, {35863, 4}, {15869, 1}, {35829, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1},
-    {15868, 1}, {15870, 1}, {15871, 1}, {35867, 3}, {35837, 2}, {15866, 1}, {35870, 3}, {15867, 1},
-    {35873, 2}, {15868, 1}, {35875, 2}, {15869, 1}, {35877, 3}, {35829, 1}, {35839, 2}, {35880, 2},
-    {35882, 2}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1}, {15869, 1}, {35829, 1}, {35830, 1},
-    {35841, 1}, {15870, 1}, {15871, 1}, {35837, 2}, {15866, 1}, {15867, 1}, {35873, 2}, {35884, 2},
-    {15868, 1}, {35875, 2}, {15869, 1}, {15870, 1}, {15871, 1}, {15870, 1}, {15870, 1}, {15871, 1},
-    {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {15870, 1}, {15871, 1}, {35886, 2}, {35888, 3},
-    {35891, 3}, {15866, 1}, {15867, 1}, {15868, 1}, {35875, 2}, {15869, 1}, {35894, 2}, {35829, 1},
-    {35839, 2}, {35830, 1}, {35896, 2}, {35841, 1}, {35880, 2}, {15870, 1}, {15871, 1}, {35898, 3},
-    {35901, 3}, {35904, 3}, {35907, 3}, {35910, 3}, {35913, 3}, {35916, 2}, {35918, 2}, {35920, 3},
-    {35923, 2}, {35925, 2}, {35837, 2}, {35927, 2}, {35929, 2}, {35931, 2}, {15866, 1}, {35933, 2},
-    {35935, 2}, {35937, 3}, {15867, 1}, {15868, 1}, {35940, 10}, {15869, 1}, {35829, 1}, {35830, 1},
-    {35841, 1}, {35842, 1}, {15870, 1}, {15871, 1}, {15867, 1}, {15868, 1}, {15869, 1}, {35829, 1},
-    {15870, 1}, {15871, 1}, {15866, 1}, {15868, 1}, {15869, 1}, {15870, 1}, {15871, 1}, {15866, 1},
-    {35896, 2}, {35950, 2}, {35952, 2}, {15870, 1}, {15871, 1}, {35954, 5}, {15869, 1}, {15870, 1},
-    {15871, 1}, {15866, 1}, {15868, 1}, {35841, 1}, {35837, 2}, {35873, 2}, {35839, 2}, {35959, 3},
-    {35870, 3}, {15870, 1}, {15871, 1}, {15868, 1}, {15869, 1}, {35841, 1}, {35842, 1}, {35962, 3},
-    {35965, 3}, {35968, 4}, {35972, 4}, {15871, 1}, {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1},
-    {35829, 1}, {35830, 1}, {35841, 1}, {35842, 1}, {15870, 1}, {15868, 1}, {35965, 3}, {35972, 4},
-    {35962, 3}, {35968, 4}, {15870, 1}, {15871, 1}, {15866, 1}, {35841, 1}, {35842, 1}, {15870, 1},
-    {15871, 1}, {15866, 1}, {15867, 1}, {35976, 5}, {35981, 5}, {35986, 5}, {15871, 1}, {15866, 1},
-    {15867, 1}, {15868, 1}, {15869, 1}, {35829, 1}, {15870, 1}, {15866, 1}, {15870, 1}, {35873, 2},
-    {35884, 2}, {35875, 2}, {15870, 1}, {15871, 1}, {15867, 1}, {15870, 1}, {15871, 1}, {35991, 3},
-    {35994, 3}, {35997, 3}, {36000, 3}, {36003, 3}, {36006, 3}, {36009, 3}, {36012, 3}, {36015, 3},
-    {35959, 3}, {36018, 3}, {36021, 3}, {36024, 3}, {35920, 3}, {36027, 3}, {36030, 3}, {36033, 3},
-    {36036, 3}, {36039, 3}, {36042, 3}, {15870, 1}, {15871, 1}, {35937, 3}, {15867, 1}, {15868, 1},
-    {15869, 1}, {35829, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1}, {15868, 1}, {15869, 1},
-    {35829, 1}, {35830, 1}, {35841, 1}, {35842, 1}, {35837, 2}, {35927, 2}, {35929, 2}, {35931, 2},
-    {35933, 2}, {35935, 2}, {36045, 2}, {36047, 2}, {36049, 2}, {36051, 2}, {36053, 2}, {36055, 2},
-    {36057, 2}, {36059, 2}, {36061, 5}, {15870, 1}, {15868, 1}, {15869, 1}, {35896, 2}, {35880, 2},
-    {35882, 2}, {36036, 3}, {36066, 3}, {36069, 3}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1},
-    {15868, 1}, {15869, 1}, {35829, 1}, {35830, 1}, {36072, 3}, {36075, 3}, {35841, 1}, {35842, 1},
-    {35886, 2}, {36078, 2}, {35916, 2}, {35918, 2}, {35923, 2}, {35925, 2}, {35837, 2}, {35927, 2},
-    {35929, 2}, {35931, 2}, {35933, 2}, {36045, 2}, {36047, 2}, {36049, 2}, {36080, 4}, {36084, 4},
-    {36088, 4}, {36092, 4}, {36096, 4}, {36100, 4}, {36104, 4}, {36051, 2}, {36108, 4}, {36112, 4},
-    {36116, 4}, {36120, 4}, {36124, 4}, {36055, 2}, {36057, 2}, {36128, 4}, {36132, 4}, {36136, 2},
-    {36138, 2}, {36140, 4}, {36144, 4}, {36148, 4}, {36152, 4}, {36156, 2}, {36158, 4}, {35873, 2},
-    {36059, 2}, {36162, 2}, {36164, 2}, {36166, 2}, {36168, 2}, {36170, 2}, {36172, 2}, {36174, 4},
-    {36178, 2}, {36180, 2}, {36182, 2}, {36184, 2}, {36186, 2}, {36188, 2}, {35875, 2}, {36190, 4},
-    {36194, 4}, {36198, 2}, {36200, 2}, {36202, 2}, {36204, 2}, {36206, 4}, {36210, 4}, {36214, 2},
-    {36216, 2}, {36218, 4}, {36222, 2}, {36224, 4}, {35894, 2}, {36228, 2}, {36230, 4}, {36234, 4},
-    {36238, 2}, {36240, 2}, {36242, 2}, {36244, 2}, {36246, 2}, {36248, 2}, {35839, 2}, {36250, 2},
-    {36252, 2}, {36254, 2}, {36256, 2}, {36258, 2}, {36260, 2}, {35959, 3}, {36262, 5}, {36267, 5},
-    {36272, 5}, {36277, 5}, {36282, 5}, {36287, 5}, {36292, 5}, {36297, 5}, {36302, 5}, {36307, 6},
-    {36313, 6}, {36319, 6}, {36325, 6}, {36331, 6}, {36337, 6}, {36343, 6}, {36349, 6}, {36355, 6},
-    {36361, 6}, {36367, 6}, {36373, 6}, {36379, 6}, {36385, 6}, {36391, 6}, {36397, 6}, {36403, 6},
-    {36409, 6}, {36018, 3}, {36415, 5}, {36420, 5}, {36024, 3}, {36033, 3}, {36036, 3}, {36425, 3},
-    {36428, 3}, {36431, 3}, {36434, 3}, {36437, 3}, {36440, 3}, {36443, 3}, {36446, 3}, {36449, 3},
-    {36452, 3}, {36455, 3}, {36458, 3}, {36461, 3}, {36464, 3}, {36467, 3}, {36470, 3}, {36473, 3},
-    {36476, 3}, {35937, 3}, {36479, 5}, {36484, 5}, {36489, 5}, {36494, 5}, {36499, 5}, {36504, 5},
-    {36509, 5}, {36514, 5}, {36519, 5}, {36524, 5}, {36529, 5}, {36534, 5}, {36539, 7}, {36546, 7},
-    {36553, 7}, {36560, 7}, {36567, 7}, {36574, 5}, {36579, 7}, {36586, 7}, {36593, 7}, {36600, 7},
-    {36607, 7}, {36614, 7}, {36621, 7}, {36628, 7}, {36635, 7}, {36642, 5}, {36647, 7}, {36654, 7},
-    {36661, 7}, {36668, 7}, {36675, 5}, {36680, 5}, {36685, 7}, {36692, 7}, {36699, 7}, {36706, 5},
-    {36711, 5}, {36716, 5}, {36721, 5}, {36726, 5}, {36731, 7}, {36738, 7}, {36745, 7}, {36752, 7},
-    {36759, 7}, {36766, 7}, {36773, 7}, {36780, 7}, {36787, 7}, {36794, 8}, {36802, 5}, {36807, 5},
-    {36812, 7}, {36819, 7}, {36826, 7}, {36833, 7}, {36840, 5}, {36845, 7}, {36852, 5}, {36857, 5},
-    {36862, 7}, {36869, 5}, {36874, 5}, {36879, 7}, {36886, 7}, {36893, 7}, {36900, 5}, {36905, 7},
-    {36912, 5}, {36917, 7}, {36924, 7}, {36931, 7}, {36938, 7}, {36945, 7}, {36952, 5}, {36957, 5},
-    {36962, 7}, {36969, 5}, {36974, 5}, {36979, 7}, {36986, 5}, {36991, 7}, {36998, 5}, {37003, 5},
-    {37008, 5}, {37013, 5}, {37018, 5}, {37023, 5}, {37028, 5}, {37033, 5}, {37038, 7}, {37045, 5},
-    {37050, 5}, {37055, 5}, {37060, 5}, {37065, 5}, {37070, 5}, {37075, 5}, {37080, 5}, {37085, 5},
-    {37090, 5}, {37095, 5}, {37100, 5}, {37105, 5}, {37110, 5}, {37115, 5}, {37120, 5}, {37125, 5},
-    {37130, 5}, {37135, 5}, {37140, 5}, {37145, 5}, {37150, 5}, {37155, 5}, {37160, 5}, {37165, 5},
-    {37170, 5}, {37175, 5}, {37180, 5}, {37185, 5}, {37190, 5}, {37195, 5}, {37200, 5}, {37205, 5},
-    {37210, 5}, {37215, 7}, {37222, 7}, {37229, 7}, {37236, 5}, {37241, 5}, {37246, 5}, {37251, 5},
-    {37256, 5}, {37261, 5}, {37266, 5}, {36061, 5}, {37271, 7}, {37278, 7}, {37285, 7}, {37292, 7},
-    {37299, 7}, {37306, 7}, {37313, 7}, {15870, 1}, {37320, 3}, {37323, 4}, {37327, 4}, {37331, 4},
-    {37335, 4}, {37339, 4}, {37343, 4}, {37347, 4}, {37351, 4},
+    {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {35852, 1}, {35853, 1},
+    {35854, 6}, {15893, 1}, {15893, 1}, {15891, 1}, {35860, 2}, {35862, 2}, {15893, 1}, {15894, 1},
+    {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {35852, 1}, {35853, 1}, {35864, 1}, {35865, 1},
+    {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15893, 1},
+    {15894, 1}, {15889, 1}, {15890, 1}, {15891, 1}, {35866, 4}, {35870, 4}, {35874, 4}, {35878, 4},
+    {35882, 4}, {35886, 4}, {15892, 1}, {35852, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1},
+    {15891, 1}, {15893, 1}, {15894, 1}, {35890, 3}, {35860, 2}, {15889, 1}, {35893, 3}, {15890, 1},
+    {35896, 2}, {15891, 1}, {35898, 2}, {15892, 1}, {35900, 3}, {35852, 1}, {35862, 2}, {35903, 2},
+    {35905, 2}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1}, {15892, 1}, {35852, 1}, {35853, 1},
+    {35864, 1}, {15893, 1}, {15894, 1}, {35860, 2}, {15889, 1}, {15890, 1}, {35896, 2}, {35907, 2},
+    {15891, 1}, {35898, 2}, {15892, 1}, {15893, 1}, {15894, 1}, {15893, 1}, {15893, 1}, {15894, 1},
+    {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {15893, 1}, {15894, 1}, {35909, 2}, {35911, 3},
+    {35914, 3}, {15889, 1}, {15890, 1}, {15891, 1}, {35898, 2}, {15892, 1}, {35917, 2}, {35852, 1},
+    {35862, 2}, {35853, 1}, {35919, 2}, {35864, 1}, {35903, 2}, {15893, 1}, {15894, 1}, {35921, 3},
+    {35924, 3}, {35927, 3}, {35930, 3}, {35933, 3}, {35936, 3}, {35939, 2}, {35941, 2}, {35943, 3},
+    {35946, 2}, {35948, 2}, {35860, 2}, {35950, 2}, {35952, 2}, {35954, 2}, {15889, 1}, {35956, 2},
+    {35958, 2}, {35960, 3}, {15890, 1}, {15891, 1}, {35963, 10}, {15892, 1}, {35852, 1}, {35853, 1},
+    {35864, 1}, {35865, 1}, {15893, 1}, {15894, 1}, {15890, 1}, {15891, 1}, {15892, 1}, {35852, 1},
+    {15893, 1}, {15894, 1}, {15889, 1}, {15891, 1}, {15892, 1}, {15893, 1}, {15894, 1}, {15889, 1},
+    {35919, 2}, {35973, 2}, {35975, 2}, {15893, 1}, {15894, 1}, {35977, 5}, {15892, 1}, {15893, 1},
+    {15894, 1}, {15889, 1}, {15891, 1}, {35864, 1}, {35860, 2}, {35896, 2}, {35862, 2}, {35982, 3},
+    {35893, 3}, {15893, 1}, {15894, 1}, {15891, 1}, {15892, 1}, {35864, 1}, {35865, 1}, {35985, 3},
+    {35988, 3}, {35991, 4}, {35995, 4}, {15894, 1}, {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1},
+    {35852, 1}, {35853, 1}, {35864, 1}, {35865, 1}, {15893, 1}, {15891, 1}, {35988, 3}, {35995, 4},
+    {35985, 3}, {35991, 4}, {15893, 1}, {15894, 1}, {15889, 1}, {35864, 1}, {35865, 1}, {15893, 1},
+    {15894, 1}, {15889, 1}, {15890, 1}, {35999, 5}, {36004, 5}, {36009, 5}, {15894, 1}, {15889, 1},
+    {15890, 1}, {15891, 1}, {15892, 1}, {35852, 1}, {15893, 1}, {15889, 1}, {15893, 1}, {35896, 2},
+    {35907, 2}, {35898, 2}, {15893, 1}, {15894, 1}, {15890, 1}, {15893, 1}, {15894, 1}, {36014, 3},
+    {36017, 3}, {36020, 3}, {36023, 3}, {36026, 3}, {36029, 3}, {36032, 3}, {36035, 3}, {36038, 3},
+    {35982, 3}, {36041, 3}, {36044, 3}, {36047, 3}, {35943, 3}, {36050, 3}, {36053, 3}, {36056, 3},
+    {36059, 3}, {36062, 3}, {36065, 3}, {15893, 1}, {15894, 1}, {35960, 3}, {15890, 1}, {15891, 1},
+    {15892, 1}, {35852, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1}, {15891, 1}, {15892, 1},
+    {35852, 1}, {35853, 1}, {35864, 1}, {35865, 1}, {35860, 2}, {35950, 2}, {35952, 2}, {35954, 2},
+    {35956, 2}, {35958, 2}, {36068, 2}, {36070, 2}, {36072, 2}, {36074, 2}, {36076, 2}, {36078, 2},
+    {36080, 2}, {36082, 2}, {36084, 5}, {15893, 1}, {15891, 1}, {15892, 1}, {35919, 2}, {35903, 2},
+    {35905, 2}, {36059, 3}, {36089, 3}, {36092, 3}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1},
+    {15891, 1}, {15892, 1}, {35852, 1}, {35853, 1}, {36095, 3}, {36098, 3}, {35864, 1}, {35865, 1},
+    {35909, 2}, {36101, 2}, {35939, 2}, {35941, 2}, {35946, 2}, {35948, 2}, {35860, 2}, {35950, 2},
+    {35952, 2}, {35954, 2}, {35956, 2}, {36068, 2}, {36070, 2}, {36072, 2}, {36103, 4}, {36107, 4},
+    {36111, 4}, {36115, 4}, {36119, 4}, {36123, 4}, {36127, 4}, {36074, 2}, {36131, 4}, {36135, 4},
+    {36139, 4}, {36143, 4}, {36147, 4}, {36078, 2}, {36080, 2}, {36151, 4}, {36155, 4}, {36159, 2},
+    {36161, 2}, {36163, 4}, {36167, 4}, {36171, 4}, {36175, 4}, {36179, 2}, {36181, 4}, {35896, 2},
+    {36082, 2}, {36185, 2}, {36187, 2}, {36189, 2}, {36191, 2}, {36193, 2}, {36195, 2}, {36197, 4},
+    {36201, 2}, {36203, 2}, {36205, 2}, {36207, 2}, {36209, 2}, {36211, 2}, {35898, 2}, {36213, 4},
+    {36217, 4}, {36221, 2}, {36223, 2}, {36225, 2}, {36227, 2}, {36229, 4}, {36233, 4}, {36237, 2},
+    {36239, 2}, {36241, 4}, {36245, 2}, {36247, 4}, {35917, 2}, {36251, 2}, {36253, 4}, {36257, 4},
+    {36261, 2}, {36263, 2}, {36265, 2}, {36267, 2}, {36269, 2}, {36271, 2}, {35862, 2}, {36273, 2},
+    {36275, 2}, {36277, 2}, {36279, 2}, {36281, 2}, {36283, 2}, {35982, 3}, {36285, 5}, {36290, 5},
+    {36295, 5}, {36300, 5}, {36305, 5}, {36310, 5}, {36315, 5}, {36320, 5}, {36325, 5}, {36330, 6},
+    {36336, 6}, {36342, 6}, {36348, 6}, {36354, 6}, {36360, 6}, {36366, 6}, {36372, 6}, {36378, 6},
+    {36384, 6}, {36390, 6}, {36396, 6}, {36402, 6}, {36408, 6}, {36414, 6}, {36420, 6}, {36426, 6},
+    {36432, 6}, {36041, 3}, {36438, 5}, {36443, 5}, {36047, 3}, {36056, 3}, {36059, 3}, {36448, 3},
+    {36451, 3}, {36454, 3}, {36457, 3}, {36460, 3}, {36463, 3}, {36466, 3}, {36469, 3}, {36472, 3},
+    {36475, 3}, {36478, 3}, {36481, 3}, {36484, 3}, {36487, 3}, {36490, 3}, {36493, 3}, {36496, 3},
+    {36499, 3}, {35960, 3}, {36502, 5}, {36507, 5}, {36512, 5}, {36517, 5}, {36522, 5}, {36527, 5},
+    {36532, 5}, {36537, 5}, {36542, 5}, {36547, 5}, {36552, 5}, {36557, 5}, {36562, 7}, {36569, 7},
+    {36576, 7}, {36583, 7}, {36590, 7}, {36597, 5}, {36602, 7}, {36609, 7}, {36616, 7}, {36623, 7},
+    {36630, 7}, {36637, 7}, {36644, 7}, {36651, 7}, {36658, 7}, {36665, 5}, {36670, 7}, {36677, 7},
+    {36684, 7}, {36691, 7}, {36698, 5}, {36703, 5}, {36708, 7}, {36715, 7}, {36722, 7}, {36729, 5},
+    {36734, 5}, {36739, 5}, {36744, 5}, {36749, 5}, {36754, 7}, {36761, 7}, {36768, 7}, {36775, 7},
+    {36782, 7}, {36789, 7}, {36796, 7}, {36803, 7}, {36810, 7}, {36817, 8}, {36825, 5}, {36830, 5},
+    {36835, 7}, {36842, 7}, {36849, 7}, {36856, 7}, {36863, 5}, {36868, 7}, {36875, 5}, {36880, 5},
+    {36885, 7}, {36892, 5}, {36897, 5}, {36902, 7}, {36909, 7}, {36916, 7}, {36923, 5}, {36928, 7},
+    {36935, 5}, {36940, 7}, {36947, 7}, {36954, 7}, {36961, 7}, {36968, 7}, {36975, 5}, {36980, 5},
+    {36985, 7}, {36992, 5}, {36997, 5}, {37002, 7}, {37009, 5}, {37014, 7}, {37021, 5}, {37026, 5},
+    {37031, 5}, {37036, 5}, {37041, 5}, {37046, 5}, {37051, 5}, {37056, 5}, {37061, 7}, {37068, 5},
+    {37073, 5}, {37078, 5}, {37083, 5}, {37088, 5}, {37093, 5}, {37098, 5}, {37103, 5}, {37108, 5},
+    {37113, 5}, {37118, 5}, {37123, 5}, {37128, 5}, {37133, 5}, {37138, 5}, {37143, 5}, {37148, 5},
+    {37153, 5}, {37158, 5}, {37163, 5}, {37168, 5}, {37173, 5}, {37178, 5}, {37183, 5}, {37188, 5},
+    {37193, 5}, {37198, 5}, {37203, 5}, {37208, 5}, {37213, 5}, {37218, 5}, {37223, 5}, {37228, 5},
+    {37233, 5}, {37238, 7}, {37245, 7}, {37252, 7}, {37259, 5}, {37264, 5}, {37269, 5}, {37274, 5},
+    {37279, 5}, {37284, 5}, {37289, 5}, {36084, 5}, {37294, 7}, {37301, 7}, {37308, 7}, {37315, 7},
+    {37322, 7}, {37329, 7}, {37336, 7}, {15893, 1}, {37343, 3}, {37346, 4}, {37350, 4}, {37354, 4},
+    {37358, 4}, {37362, 4}, {37366, 4}, {37370, 4}, {37374, 4},
 };
 constexpr detail::StringRow kStringsEnglishMinolta[] = {
-    {{37355, 17}, {37372, 10}},
-    {{37382, 19}, {37401, 4}},
-    {{37405, 19}, {37424, 6}},
-    {{37430, 19}, {37449, 9}},
-    {{37458, 19}, {37477, 11}},
-    {{37488, 28}, {37516, 22}},
-    {{37538, 30}, {37568, 13}},
-    {{37581, 30}, {37611, 11}},
-    {{37622, 32}, {37654, 15}},
-    {{37669, 32}, {37701, 4}},
-    {{37705, 32}, {37737, 4}},
-    {{37741, 32}, {37773, 4}},
-    {{37777, 32}, {37809, 4}},
-    {{37813, 32}, {37845, 4}},
-    {{37849, 32}, {37881, 4}},
-    {{37885, 32}, {37917, 4}},
-    {{37921, 32}, {37953, 4}},
-    {{37957, 32}, {15870, 1}},
-    {{37989, 32}, {38021, 4}},
-    {{38025, 32}, {38057, 4}},
-    {{38061, 32}, {38093, 4}},
-    {{38097, 32}, {38129, 4}},
-    {{38133, 32}, {38165, 4}},
-    {{38169, 32}, {38201, 4}},
-    {{38205, 32}, {38237, 4}},
-    {{38241, 32}, {38273, 4}},
-    {{38277, 32}, {38309, 12}},
-    {{38321, 32}, {38353, 10}},
-    {{38363, 14}, {38377, 7}},
-    {{38384, 16}, {38400, 3}},
-    {{38403, 16}, {38419, 2}},
-    {{38421, 26}, {38447, 20}},
-    {{38467, 26}, {38493, 20}},
-    {{38513, 28}, {38541, 5}},
-    {{38546, 28}, {38574, 5}},
-    {{38579, 28}, {38400, 3}},
-    {{38607, 18}, {38625, 12}},
-    {{38637, 20}, {38657, 4}},
-    {{38661, 20}, {38681, 5}},
-    {{38686, 20}, {38706, 4}},
-    {{38710, 16}, {38726, 9}},
-    {{38735, 18}, {38419, 2}},
-    {{38753, 18}, {38400, 3}},
-    {{38771, 14}, {38785, 7}},
-    {{38792, 16}, {38808, 3}},
-    {{38811, 16}, {38827, 4}},
-    {{38831, 16}, {38847, 4}},
-    {{38851, 16}, {38867, 4}},
-    {{38871, 15}, {38886, 8}},
-    {{38894, 17}, {38911, 4}},
-    {{38915, 17}, {38932, 6}},
-    {{38938, 17}, {38955, 3}},
-    {{38958, 17}, {38975, 9}},
-    {{38984, 17}, {39001, 5}},
-    {{39006, 17}, {39023, 12}},
-    {{39035, 17}, {39052, 6}},
-    {{39058, 17}, {39075, 11}},
-    {{39086, 17}, {39103, 4}},
-    {{39107, 17}, {39124, 8}},
-    {{39132, 23}, {39155, 17}},
-    {{39172, 25}, {38932, 6}},
-    {{39197, 25}, {38955, 3}},
-    {{39222, 25}, {38975, 9}},
-    {{39247, 25}, {39001, 5}},
-    {{39272, 25}, {39023, 12}},
-    {{39297, 25}, {39052, 6}},
-    {{39322, 25}, {39075, 11}},
-    {{39347, 25}, {39103, 4}},
-    {{39372, 25}, {39124, 8}},
-    {{39397, 16}, {39413, 9}},
-    {{39422, 18}, {39440, 6}},
-    {{39446, 18}, {38932, 6}},
-    {{39464, 20}, {39103, 4}},
-    {{39484, 19}, {39023, 12}},
-    {{39503, 18}, {38955, 3}},
-    {{39521, 20}, {39124, 8}},
-    {{39541, 19}, {39052, 6}},
-    {{39560, 18}, {38975, 9}},
-    {{39578, 19}, {39075, 11}},
-    {{39597, 18}, {39001, 5}},
-    {{39615, 22}, {39637, 16}},
-    {{39653, 24}, {38975, 9}},
-    {{39677, 24}, {39023, 12}},
-    {{39701, 24}, {39052, 6}},
-    {{39725, 24}, {39749, 17}},
-    {{39766, 24}, {39790, 15}},
-    {{39805, 24}, {38955, 3}},
-    {{39829, 24}, {39124, 8}},
-    {{39853, 24}, {39075, 11}},
-    {{39877, 28}, {39905, 23}},
-    {{39928, 35}, {39963, 12}},
-    {{39975, 30}, {40005, 8}},
-    {{40013, 22}, {40035, 16}},
-    {{40051, 27}, {40078, 21}},
-    {{40099, 34}, {39963, 12}},
-    {{40133, 29}, {40005, 8}},
-    {{40162, 28}, {40190, 22}},
-    {{40212, 35}, {39963, 12}},
-    {{40247, 30}, {40005, 8}},
-    {{40277, 29}, {39963, 12}},
-    {{40306, 24}, {40005, 8}},
-    {{40330, 32}, {40362, 27}},
-    {{40389, 39}, {39963, 12}},
-    {{40428, 34}, {40005, 8}},
-    {{40462, 30}, {40492, 25}},
-    {{40517, 37}, {39963, 12}},
-    {{40554, 32}, {40005, 8}},
-    {{40586, 20}, {40606, 14}},
-    {{40620, 27}, {39963, 12}},
-    {{40647, 22}, {40005, 8}},
-    {{40669, 32}, {40701, 27}},
-    {{40728, 39}, {39963, 12}},
-    {{40767, 34}, {40005, 8}},
-    {{40801, 21}, {40822, 15}},
-    {{40837, 28}, {39963, 12}},
-    {{40865, 23}, {40005, 8}},
-    {{40888, 19}, {40907, 13}},
-    {{40920, 24}, {40944, 18}},
-    {{40962, 31}, {39963, 12}},
-    {{40993, 26}, {40005, 8}},
-    {{41019, 25}, {41044, 19}},
-    {{41063, 32}, {39963, 12}},
-    {{41095, 27}, {40005, 8}},
-    {{41122, 26}, {39963, 12}},
-    {{41148, 21}, {40005, 8}},
-    {{41169, 23}, {41192, 16}},
-    {{41208, 24}, {41232, 18}},
-    {{41250, 26}, {41276, 5}},
-    {{41281, 26}, {41307, 5}},
-    {{41312, 17}, {41329, 10}},
-    {{41339, 16}, {41355, 9}},
-    {{41364, 20}, {41384, 13}},
-    {{41397, 22}, {41419, 8}},
-    {{41427, 22}, {41449, 3}},
-    {{41452, 22}, {41474, 9}},
-    {{41483, 22}, {41505, 26}},
-    {{41531, 19}, {41550, 12}},
-    {{41562, 21}, {41583, 6}},
-    {{41589, 21}, {41610, 6}},
-    {{41616, 21}, {41637, 4}},
-    {{41641, 18}, {33662, 10}},
-    {{41659, 23}, {41682, 16}},
-    {{41698, 23}, {41721, 17}},
-    {{41738, 25}, {38419, 2}},
-    {{41763, 25}, {38400, 3}},
-    {{41788, 24}, {41812, 18}},
-    {{41830, 25}, {41855, 19}},
-    {{41874, 23}, {41897, 17}},
-    {{41914, 31}, {41945, 25}},
-    {{41970, 19}, {41989, 12}},
-    {{42001, 17}, {42018, 10}},
-    {{42028, 19}, {42047, 25}},
-    {{42072, 19}, {42091, 22}},
-    {{42113, 21}, {42134, 7}},
-    {{42141, 21}, {42162, 5}},
-    {{42167, 21}, {42188, 4}},
-    {{42192, 21}, {42213, 5}},
-    {{42218, 21}, {42239, 10}},
-    {{42249, 21}, {42270, 13}},
-    {{42283, 20}, {42303, 19}},
-    {{42322, 20}, {42342, 21}},
-    {{42363, 21}, {42384, 15}},
-    {{42399, 20}, {42419, 21}},
-    {{42440, 20}, {42460, 18}},
-    {{42478, 20}, {42498, 24}},
-    {{42522, 20}, {42542, 20}},
-    {{42562, 20}, {42582, 20}},
-    {{42602, 20}, {42622, 7}},
-    {{42629, 19}, {42648, 23}},
-    {{42671, 20}, {42691, 2}},
-    {{42693, 20}, {42713, 2}},
-    {{42715, 21}, {38400, 3}},
-    {{42736, 19}, {42755, 25}},
-    {{42780, 19}, {42799, 19}},
-    {{42818, 28}, {42846, 3}},
-    {{42849, 19}, {42868, 57}},
-    {{42925, 19}, {42944, 3}},
-    {{42947, 19}, {42966, 16}},
-    {{42982, 19}, {43001, 9}},
-    {{43010, 19}, {43029, 7}},
-    {{43036, 20}, {43056, 13}},
-    {{43069, 22}, {43091, 12}},
-    {{43103, 22}, {43125, 8}},
-    {{43133, 18}, {3161, 11}},
-    {{43151, 20}, {43171, 20}},
-    {{43191, 20}, {43211, 13}},
-    {{43224, 20}, {43244, 17}},
-    {{43261, 20}, {43281, 28}},
-    {{43309, 20}, {43001, 9}},
-    {{43329, 24}, {43353, 17}},
-    {{43370, 31}, {43401, 25}},
-    {{43426, 33}, {43459, 11}},
-    {{43470, 33}, {41989, 12}},
-    {{43503, 27}, {43530, 21}},
-    {{43551, 28}, {43579, 21}},
-    {{43600, 33}, {43633, 4}},
-    {{43637, 32}, {41449, 3}},
-    {{43669, 16}, {33537, 8}},
-    {{43685, 18}, {43703, 6}},
-    {{43709, 22}, {43731, 16}},
-    {{43747, 24}, {43771, 13}},
-    {{43784, 24}, {43808, 8}},
-    {{43816, 25}, {43841, 20}},
-    {{43861, 21}, {43882, 15}},
-    {{43897, 23}, {43920, 2}},
-    {{43922, 23}, {43945, 5}},
-    {{43950, 26}, {43976, 21}},
-    {{43997, 24}, {44021, 19}},
-    {{44040, 23}, {44063, 17}},
-    {{44080, 25}, {44105, 5}},
-    {{44110, 25}, {44135, 6}},
-    {{44141, 19}, {44160, 12}},
-    {{44172, 21}, {44193, 8}},
-    {{44201, 21}, {33537, 8}},
-    {{44222, 21}, {14067, 10}},
-    {{44243, 21}, {44264, 6}},
-    {{44270, 19}, {44289, 12}},
-    {{44301, 21}, {44322, 4}},
-    {{44326, 21}, {44347, 10}},
-    {{44357, 21}, {44378, 11}},
-    {{44389, 21}, {44410, 4}},
-    {{44414, 21}, {44435, 10}},
-    {{44445, 19}, {44464, 12}},
-    {{44476, 21}, {38400, 3}},
-    {{44497, 21}, {44518, 24}},
-    {{44542, 21}, {44563, 2}},
-    {{44565, 17}, {44582, 10}},
-    {{44592, 18}, {44610, 12}},
-    {{44622, 20}, {44642, 17}},
-    {{44659, 20}, {44679, 10}},
-    {{44689, 23}, {44712, 28}},
-    {{44740, 23}, {44763, 26}},
-    {{44789, 20}, {44809, 16}},
-    {{44825, 20}, {44845, 12}},
-    {{44857, 22}, {44879, 27}},
-    {{44906, 22}, {44928, 24}},
-    {{44952, 20}, {44972, 28}},
-    {{45000, 20}, {45020, 29}},
-    {{45049, 19}, {45068, 43}},
-    {{45111, 19}, {44679, 10}},
-    {{45130, 19}, {45149, 46}},
-    {{45195, 19}, {45214, 55}},
-    {{45269, 19}, {45288, 57}},
-    {{45345, 19}, {45364, 52}},
-    {{45416, 19}, {45435, 14}},
-    {{45449, 19}, {45468, 13}},
-    {{45481, 19}, {44972, 28}},
-    {{45500, 19}, {45020, 29}},
-    {{45519, 29}, {45548, 23}},
-    {{45571, 31}, {38400, 3}},
-    {{45602, 31}, {45633, 8}},
-    {{45641, 31}, {45672, 8}},
-    {{45680, 33}, {45713, 28}},
-    {{45741, 35}, {38400, 3}},
-    {{45776, 35}, {45633, 8}},
-    {{45811, 35}, {45672, 8}},
-    {{45846, 36}, {45882, 31}},
-    {{45913, 38}, {38400, 3}},
-    {{45951, 38}, {45633, 8}},
-    {{45989, 38}, {45672, 8}},
-    {{46027, 33}, {46060, 28}},
-    {{46088, 39}, {46127, 34}},
-    {{46161, 41}, {37568, 13}},
-    {{46202, 41}, {37611, 11}},
-    {{46243, 43}, {37654, 15}},
-    {{46286, 43}, {37701, 4}},
-    {{46329, 43}, {37737, 4}},
-    {{46372, 43}, {37773, 4}},
-    {{46415, 43}, {37809, 4}},
-    {{46458, 43}, {37845, 4}},
-    {{46501, 43}, {37881, 4}},
-    {{46544, 43}, {37917, 4}},
-    {{46587, 43}, {37953, 4}},
-    {{46630, 43}, {15870, 1}},
-    {{46673, 43}, {38021, 4}},
-    {{46716, 43}, {38057, 4}},
-    {{46759, 43}, {38093, 4}},
-    {{46802, 43}, {38129, 4}},
-    {{46845, 43}, {38165, 4}},
-    {{46888, 43}, {38201, 4}},
-    {{46931, 43}, {38237, 4}},
-    {{46974, 43}, {38273, 4}},
-    {{47017, 43}, {38309, 12}},
-    {{47060, 43}, {38353, 10}},
-    {{47103, 28}, {47131, 21}},
-    {{47152, 32}, {47184, 26}},
-    {{47210, 34}, {47244, 17}},
-    {{47261, 34}, {47295, 12}},
-    {{47307, 35}, {47342, 29}},
-    {{47371, 25}, {47396, 18}},
-    {{47414, 27}, {37568, 13}},
-    {{47441, 27}, {37611, 11}},
-    {{47468, 29}, {37654, 15}},
-    {{47497, 29}, {37701, 4}},
-    {{47526, 29}, {37737, 4}},
-    {{47555, 29}, {37773, 4}},
-    {{47584, 29}, {37809, 4}},
-    {{47613, 29}, {37845, 4}},
-    {{47642, 29}, {37881, 4}},
-    {{47671, 29}, {37917, 4}},
-    {{47700, 29}, {37953, 4}},
-    {{47729, 29}, {15870, 1}},
-    {{47758, 29}, {38021, 4}},
-    {{47787, 29}, {38057, 4}},
-    {{47816, 29}, {38093, 4}},
-    {{47845, 29}, {38129, 4}},
-    {{47874, 29}, {38165, 4}},
-    {{47903, 29}, {38201, 4}},
-    {{47932, 29}, {38237, 4}},
-    {{47961, 29}, {38273, 4}},
-    {{47990, 29}, {38309, 12}},
-    {{48019, 29}, {38353, 10}},
-    {{48048, 20}, {48068, 13}},
-    {{48081, 22}, {48103, 7}},
-    {{48110, 22}, {48132, 17}},
-    {{48149, 22}, {48171, 16}},
-    {{48187, 22}, {48209, 6}},
-    {{48215, 22}, {48237, 13}},
-    {{48250, 25}, {48275, 8}},
-    {{48283, 25}, {48308, 28}},
-    {{48336, 25}, {48361, 6}},
-    {{48367, 25}, {48392, 19}},
-    {{48411, 25}, {48436, 9}},
-    {{48445, 25}, {48470, 5}},
-    {{48475, 22}, {48497, 34}},
-    {{48531, 22}, {48553, 34}},
-    {{48587, 20}, {20206, 13}},
-    {{48607, 18}, {48625, 12}},
-    {{48637, 20}, {38419, 2}},
-    {{48657, 20}, {38400, 3}},
-    {{48677, 15}, {48692, 8}},
-    {{48700, 24}, {48724, 18}},
-    {{48742, 26}, {38400, 3}},
-    {{48768, 26}, {38419, 2}},
-    {{48794, 13}, {33780, 5}},
-    {{48807, 15}, {48822, 19}},
-    {{48841, 15}, {48856, 11}},
-    {{48867, 20}, {48887, 13}},
-    {{48900, 22}, {38911, 4}},
-    {{48922, 22}, {48944, 10}},
-    {{48954, 25}, {48979, 27}},
-    {{49006, 28}, {49034, 28}},
-    {{49062, 30}, {49092, 24}},
-    {{49116, 32}, {37568, 13}},
-    {{49148, 32}, {37611, 11}},
-    {{49180, 34}, {37654, 15}},
-    {{49214, 34}, {37701, 4}},
-    {{49248, 34}, {37737, 4}},
-    {{49282, 34}, {37773, 4}},
-    {{49316, 34}, {37809, 4}},
-    {{49350, 34}, {37845, 4}},
-    {{49384, 34}, {37881, 4}},
-    {{49418, 34}, {37917, 4}},
-    {{49452, 34}, {37953, 4}},
-    {{49486, 34}, {15870, 1}},
-    {{49520, 34}, {38021, 4}},
-    {{49554, 34}, {38057, 4}},
-    {{49588, 34}, {38093, 4}},
-    {{49622, 34}, {38129, 4}},
-    {{49656, 34}, {38165, 4}},
-    {{49690, 34}, {38201, 4}},
-    {{49724, 34}, {38237, 4}},
-    {{49758, 34}, {38273, 4}},
-    {{49792, 34}, {38309, 12}},
-    {{49826, 34}, {38353, 10}},
-    {{49860, 34}, {49894, 29}},
-    {{49923, 36}, {37568, 13}},
-    {{49959, 36}, {37611, 11}},
-    {{49995, 38}, {37654, 15}},
-    {{50033, 38}, {37701, 4}},
-    {{50071, 38}, {37737, 4}},
-    {{50109, 38}, {37773, 4}},
-    {{50147, 38}, {37809, 4}},
-    {{50185, 38}, {37845, 4}},
-    {{50223, 38}, {37881, 4}},
-    {{50261, 38}, {37917, 4}},
-    {{50299, 38}, {37953, 4}},
-    {{50337, 38}, {15870, 1}},
-    {{50375, 38}, {38021, 4}},
-    {{50413, 38}, {38057, 4}},
-    {{50451, 38}, {38093, 4}},
-    {{50489, 38}, {38129, 4}},
-    {{50527, 38}, {38165, 4}},
-    {{50565, 38}, {38201, 4}},
-    {{50603, 38}, {38237, 4}},
-    {{50641, 38}, {38273, 4}},
-    {{50679, 38}, {38309, 12}},
-    {{50717, 38}, {38353, 10}},
-    {{50755, 34}, {50789, 29}},
-    {{50818, 36}, {37568, 13}},
-    {{50854, 36}, {37611, 11}},
-    {{50890, 38}, {37654, 15}},
-    {{50928, 38}, {37701, 4}},
-    {{50966, 38}, {37737, 4}},
-    {{51004, 38}, {37773, 4}},
-    {{51042, 38}, {37809, 4}},
-    {{51080, 38}, {37845, 4}},
-    {{51118, 38}, {37881, 4}},
-    {{51156, 38}, {37917, 4}},
-    {{51194, 38}, {37953, 4}},
-    {{51232, 38}, {15870, 1}},
-    {{51270, 38}, {38021, 4}},
-    {{51308, 38}, {38057, 4}},
-    {{51346, 38}, {38093, 4}},
-    {{51384, 38}, {38129, 4}},
-    {{51422, 38}, {38165, 4}},
-    {{51460, 38}, {38201, 4}},
-    {{51498, 38}, {38237, 4}},
-    {{51536, 38}, {38273, 4}},
-    {{51574, 38}, {38309, 12}},
-    {{51612, 38}, {38353, 10}},
-    {{51650, 18}, {51668, 11}},
-    {{51679, 20}, {51699, 2}},
-    {{51701, 20}, {51721, 3}},
-    {{51724, 21}, {51745, 14}},
-    {{51759, 23}, {51782, 8}},
-    {{51790, 26}, {48209, 6}},
-    {{51816, 26}, {51842, 6}},
-    {{51848, 26}, {51874, 25}},
-    {{51899, 26}, {51925, 12}},
-    {{51937, 26}, {51963, 14}},
-    {{51977, 26}, {52003, 15}},
-    {{52018, 26}, {52044, 8}},
-    {{52052, 26}, {52078, 3}},
-    {{52081, 25}, {52106, 14}},
-    {{52120, 21}, {52141, 14}},
-    {{52155, 23}, {52178, 35}},
-    {{52213, 23}, {52236, 13}},
-    {{52249, 23}, {52272, 20}},
-    {{52292, 17}, {20482, 10}},
-    {{52309, 19}, {52328, 28}},
-    {{52356, 19}, {52375, 17}},
-    {{52392, 19}, {52411, 28}},
-    {{52439, 19}, {52044, 8}},
-    {{52458, 19}, {52477, 18}},
-    {{52495, 17}, {52512, 10}},
-    {{52522, 19}, {38400, 3}},
-    {{52541, 19}, {52560, 8}},
-    {{52568, 19}, {52587, 8}},
-    {{52595, 19}, {20513, 12}},
-    {{52614, 17}, {52631, 10}},
-    {{52641, 19}, {52660, 19}},
-    {{52679, 19}, {52698, 10}},
-    {{52708, 21}, {52729, 14}},
-    {{52743, 23}, {52766, 17}},
-    {{52783, 25}, {52808, 10}},
-    {{52818, 25}, {52843, 11}},
-    {{52854, 19}, {52873, 12}},
-    {{52885, 21}, {52906, 12}},
-    {{52918, 22}, {52940, 16}},
-    {{52956, 21}, {51699, 2}},
-    {{52977, 22}, {51721, 3}},
-    {{52999, 17}, {53016, 10}},
-    {{53026, 19}, {53045, 10}},
-    {{53055, 19}, {53074, 10}},
-    {{53084, 19}, {48209, 6}},
-    {{53103, 19}, {38867, 4}},
-    {{53122, 19}, {48209, 6}},
-    {{53141, 19}, {38808, 3}},
-    {{53160, 23}, {53183, 17}},
-    {{53200, 25}, {53225, 2}},
-    {{53227, 25}, {53252, 2}},
-    {{53254, 18}, {20603, 11}},
-    {{53272, 20}, {53292, 13}},
-    {{53305, 20}, {53325, 9}},
-    {{53334, 19}, {9906, 12}},
-    {{53353, 28}, {53381, 23}},
-    {{53404, 21}, {53425, 15}},
-    {{53440, 23}, {38400, 3}},
-    {{53463, 23}, {38419, 2}},
-    {{53486, 21}, {53507, 14}},
-    {{53521, 11}, {33325, 3}},
-    {{53532, 18}, {53550, 11}},
-    {{53561, 20}, {53581, 11}},
-    {{53592, 20}, {53612, 10}},
-    {{53622, 21}, {53643, 22}},
-    {{53665, 22}, {53643, 22}},
-    {{53687, 22}, {53709, 24}},
-    {{53733, 20}, {53753, 3}},
-    {{53756, 20}, {53776, 10}},
-    {{53786, 20}, {53806, 11}},
-    {{53817, 21}, {35898, 3}},
-    {{53838, 20}, {53858, 9}},
-    {{53867, 21}, {53888, 3}},
-    {{53891, 20}, {53911, 4}},
-    {{53915, 21}, {53753, 3}},
-    {{53936, 20}, {53956, 4}},
-    {{53960, 21}, {53981, 3}},
-    {{53984, 20}, {53709, 24}},
-    {{54004, 21}, {53911, 4}},
-    {{54025, 19}, {54044, 12}},
-    {{54056, 20}, {54076, 14}},
-    {{54090, 26}, {54116, 19}},
-    {{54135, 28}, {38400, 3}},
-    {{54163, 28}, {54191, 9}},
-    {{54200, 32}, {38419, 2}},
-    {{54232, 28}, {38419, 2}},
-    {{54260, 33}, {54293, 27}},
-    {{54320, 35}, {38400, 3}},
-    {{54355, 35}, {38419, 2}},
-    {{54390, 28}, {54418, 22}},
-    {{54440, 30}, {54470, 21}},
-    {{54491, 30}, {54521, 10}},
-    {{54531, 30}, {54561, 19}},
-    {{54580, 27}, {54607, 21}},
-    {{54628, 21}, {54649, 14}},
-    {{54663, 23}, {51699, 2}},
-    {{54686, 23}, {54709, 5}},
-    {{54714, 28}, {54742, 22}},
-    {{54764, 22}, {54786, 15}},
-    {{54801, 20}, {54821, 13}},
-    {{54834, 22}, {54856, 11}},
-    {{54867, 22}, {54889, 16}},
-    {{54905, 22}, {54927, 15}},
-    {{54942, 22}, {54964, 16}},
-    {{54980, 23}, {55003, 17}},
-    {{55020, 25}, {38419, 2}},
-    {{55045, 25}, {38400, 3}},
-    {{55070, 16}, {55086, 9}},
-    {{55095, 18}, {55113, 31}},
-    {{55144, 18}, {55162, 33}},
-    {{55195, 19}, {55214, 34}},
-    {{55248, 19}, {55267, 28}},
-    {{55295, 19}, {55314, 32}},
-    {{55346, 20}, {55366, 26}},
-    {{55392, 22}, {55414, 61}},
-    {{55475, 23}, {55498, 25}},
-    {{55523, 23}, {55546, 31}},
-    {{55577, 23}, {55600, 33}},
-    {{55633, 23}, {55656, 28}},
-    {{55684, 23}, {55707, 33}},
-    {{55740, 23}, {55763, 39}},
-    {{55802, 23}, {55825, 36}},
-    {{55861, 23}, {55884, 30}},
-    {{55914, 23}, {55937, 22}},
-    {{55959, 23}, {55982, 25}},
-    {{56007, 22}, {56029, 58}},
-    {{56087, 23}, {56110, 37}},
-    {{56147, 23}, {56170, 28}},
-    {{56198, 23}, {56221, 15}},
-    {{56236, 23}, {56259, 26}},
-    {{56285, 23}, {56308, 35}},
-    {{56343, 23}, {56366, 39}},
-    {{56405, 23}, {56428, 40}},
-    {{56468, 23}, {56491, 29}},
-    {{56520, 22}, {56542, 55}},
-    {{56597, 22}, {56619, 47}},
-    {{56666, 22}, {56688, 39}},
-    {{56727, 22}, {56749, 28}},
-    {{56777, 22}, {56799, 42}},
-    {{56841, 22}, {56863, 33}},
-    {{56896, 22}, {56918, 25}},
-    {{56943, 20}, {56963, 17}},
-    {{56980, 22}, {57002, 24}},
-    {{57026, 22}, {57048, 25}},
-    {{57073, 19}, {57092, 40}},
-    {{57132, 20}, {57152, 40}},
-    {{57192, 20}, {57212, 25}},
-    {{57237, 20}, {57257, 29}},
-    {{57286, 20}, {57306, 25}},
-    {{57331, 20}, {57351, 24}},
-    {{57375, 20}, {57395, 25}},
-    {{57420, 19}, {57439, 33}},
-    {{57472, 20}, {57492, 30}},
-    {{57522, 20}, {57542, 43}},
-    {{57585, 19}, {57604, 30}},
-    {{57634, 19}, {57653, 25}},
-    {{57678, 19}, {57697, 27}},
-    {{57724, 19}, {57743, 30}},
-    {{57773, 22}, {57795, 62}},
-    {{57857, 19}, {57876, 22}},
-    {{57898, 20}, {57918, 53}},
-    {{57971, 18}, {57989, 25}},
-    {{58014, 19}, {58033, 34}},
-    {{58067, 20}, {58087, 43}},
-    {{58130, 20}, {58150, 30}},
-    {{58180, 20}, {58200, 29}},
-    {{58229, 20}, {58249, 31}},
-    {{58280, 20}, {58300, 40}},
-    {{58340, 20}, {58360, 33}},
-    {{58393, 20}, {58413, 29}},
-    {{58442, 20}, {58462, 26}},
-    {{58488, 20}, {58508, 26}},
-    {{58534, 20}, {58554, 43}},
-    {{58597, 19}, {58616, 28}},
-    {{58644, 20}, {58664, 36}},
-    {{58700, 20}, {58720, 43}},
-    {{58763, 19}, {58782, 31}},
-    {{58813, 19}, {58832, 61}},
-    {{58893, 21}, {58914, 18}},
-    {{58932, 21}, {58953, 31}},
-    {{58984, 21}, {59005, 38}},
-    {{59043, 21}, {59064, 26}},
-    {{59090, 21}, {59111, 26}},
-    {{59137, 21}, {59158, 56}},
-    {{59214, 21}, {59235, 39}},
-    {{59274, 19}, {59293, 51}},
-    {{59344, 21}, {59365, 39}},
-    {{59404, 21}, {59425, 27}},
-    {{59452, 21}, {59473, 35}},
-    {{59508, 21}, {59529, 21}},
-    {{59550, 21}, {59571, 31}},
-    {{59602, 20}, {59622, 17}},
-    {{59639, 22}, {59661, 48}},
-    {{59709, 22}, {59731, 39}},
-    {{59770, 22}, {59792, 40}},
-    {{59832, 22}, {59854, 41}},
-    {{59895, 22}, {59917, 40}},
-    {{59957, 22}, {59979, 52}},
-    {{60031, 22}, {60053, 41}},
-    {{60094, 22}, {60116, 48}},
-    {{60164, 22}, {60186, 37}},
-    {{60223, 22}, {60245, 20}},
-    {{60265, 22}, {60287, 35}},
-    {{60322, 24}, {60346, 28}},
-    {{60374, 24}, {60398, 21}},
-    {{60419, 24}, {60443, 38}},
-    {{60481, 24}, {60505, 29}},
-    {{60534, 24}, {60558, 26}},
-    {{60584, 22}, {60606, 41}},
-    {{60647, 24}, {60671, 23}},
-    {{60694, 24}, {60718, 24}},
-    {{60742, 24}, {60766, 39}},
-    {{60805, 24}, {60829, 35}},
-    {{60864, 24}, {60888, 44}},
-    {{60932, 24}, {60956, 26}},
-    {{60982, 24}, {61006, 25}},
-    {{61031, 24}, {61055, 27}},
-    {{61082, 24}, {61106, 29}},
-    {{61135, 22}, {61157, 40}},
-    {{61197, 24}, {61221, 34}},
-    {{61255, 24}, {61279, 32}},
-    {{61311, 24}, {61335, 24}},
-    {{61359, 24}, {61383, 36}},
-    {{61419, 22}, {61441, 28}},
-    {{61469, 22}, {61491, 42}},
-    {{61533, 24}, {61557, 25}},
-    {{61582, 24}, {61606, 31}},
-    {{61637, 24}, {61661, 23}},
-    {{61684, 22}, {61706, 21}},
-    {{61727, 22}, {61749, 25}},
-    {{61774, 22}, {61796, 21}},
-    {{61817, 22}, {61839, 25}},
-    {{61864, 22}, {61886, 42}},
-    {{61928, 24}, {61952, 30}},
-    {{61982, 25}, {62007, 19}},
-    {{62026, 24}, {62050, 24}},
-    {{62074, 24}, {62098, 23}},
-    {{62121, 24}, {62145, 40}},
-    {{62185, 24}, {62209, 23}},
-    {{62232, 24}, {62256, 28}},
-    {{62284, 24}, {62308, 34}},
-    {{62342, 24}, {62366, 20}},
-    {{62386, 24}, {62410, 29}},
-    {{62439, 22}, {62461, 26}},
-    {{62487, 22}, {62509, 39}},
-    {{62548, 24}, {62572, 34}},
-    {{62606, 24}, {62145, 40}},
-    {{62630, 24}, {62654, 29}},
-    {{62683, 24}, {62707, 20}},
-    {{62727, 22}, {62749, 40}},
-    {{62789, 24}, {62813, 24}},
-    {{62837, 22}, {62859, 23}},
-    {{62882, 22}, {62904, 34}},
-    {{62938, 24}, {62962, 34}},
-    {{62996, 22}, {63018, 31}},
-    {{63049, 22}, {63071, 47}},
-    {{63118, 24}, {63142, 28}},
-    {{63170, 24}, {63194, 15}},
-    {{63209, 24}, {63233, 23}},
-    {{63256, 22}, {63278, 40}},
-    {{63318, 24}, {63342, 31}},
-    {{63373, 22}, {63395, 57}},
-    {{63452, 24}, {63476, 24}},
-    {{63500, 24}, {63524, 33}},
-    {{63557, 24}, {63581, 22}},
-    {{63603, 24}, {63627, 28}},
-    {{63655, 24}, {63679, 22}},
-    {{63701, 22}, {63723, 26}},
-    {{63749, 22}, {63771, 47}},
-    {{63818, 24}, {63842, 24}},
-    {{63866, 22}, {63888, 28}},
-    {{63916, 22}, {63938, 43}},
-    {{63981, 24}, {64005, 20}},
-    {{64025, 22}, {64047, 70}},
-    {{64117, 24}, {64141, 50}},
-    {{64191, 22}, {64213, 20}},
-    {{64233, 22}, {64255, 26}},
-    {{64281, 22}, {64303, 25}},
-    {{64328, 22}, {64350, 31}},
-    {{64381, 22}, {64403, 18}},
-    {{64421, 22}, {64443, 24}},
-    {{64467, 22}, {64489, 19}},
-    {{64508, 22}, {64530, 66}},
-    {{64596, 24}, {64620, 48}},
-    {{64668, 22}, {64690, 28}},
-    {{64718, 22}, {64740, 25}},
-    {{64765, 22}, {64787, 29}},
-    {{64816, 22}, {64740, 25}},
-    {{64838, 22}, {64860, 30}},
-    {{64890, 22}, {64912, 28}},
-    {{64940, 22}, {64962, 30}},
-    {{64992, 22}, {65014, 24}},
-    {{65038, 22}, {65060, 31}},
-    {{65091, 22}, {65113, 31}},
-    {{65144, 22}, {65166, 28}},
-    {{65194, 22}, {65216, 31}},
-    {{65247, 22}, {57989, 25}},
-    {{65269, 22}, {65291, 32}},
-    {{65323, 22}, {65345, 36}},
-    {{65381, 22}, {55162, 33}},
-    {{65403, 22}, {65425, 24}},
-    {{65449, 22}, {65471, 33}},
-    {{65504, 22}, {65526, 25}},
-    {{65551, 22}, {65573, 30}},
-    {{65603, 22}, {65625, 27}},
-    {{65652, 22}, {65674, 29}},
-    {{65703, 22}, {65725, 24}},
-    {{65749, 22}, {57439, 33}},
-    {{65771, 22}, {65793, 24}},
-    {{65817, 22}, {65839, 22}},
-    {{65861, 22}, {65883, 22}},
-    {{65905, 22}, {65927, 32}},
-    {{65959, 19}, {64255, 26}},
-    {{65978, 19}, {65997, 51}},
-    {{66048, 21}, {66069, 31}},
-    {{66100, 21}, {66121, 40}},
-    {{66161, 19}, {66180, 37}},
-    {{66217, 18}, {66235, 25}},
-    {{66260, 19}, {66279, 45}},
-    {{66324, 21}, {66345, 29}},
-    {{66374, 21}, {66395, 31}},
-    {{66426, 21}, {66447, 24}},
-    {{66471, 21}, {66492, 24}},
-    {{66516, 22}, {66538, 32}},
-    {{66570, 19}, {66589, 43}},
-    {{66632, 21}, {66653, 31}},
-    {{66684, 19}, {66703, 50}},
-    {{66753, 19}, {66772, 31}},
-    {{66803, 19}, {66822, 34}},
-    {{66856, 19}, {66875, 32}},
-    {{66907, 19}, {66926, 29}},
-    {{66955, 19}, {66974, 27}},
-    {{67001, 18}, {67019, 21}},
-    {{67040, 19}, {67059, 39}},
-    {{67098, 19}, {67117, 54}},
-    {{67171, 21}, {67192, 52}},
-    {{67244, 19}, {67263, 40}},
-    {{67303, 19}, {67322, 28}},
-    {{67350, 19}, {67369, 25}},
-    {{67394, 19}, {67413, 45}},
-    {{67458, 22}, {67480, 22}},
-    {{67502, 22}, {67524, 33}},
-    {{67557, 22}, {67579, 27}},
-    {{67606, 22}, {67628, 25}},
-    {{67653, 22}, {67675, 41}},
-    {{67716, 24}, {67740, 22}},
-    {{67762, 24}, {67786, 23}},
-    {{67809, 24}, {67833, 20}},
-    {{67853, 22}, {67875, 18}},
-    {{67893, 22}, {67915, 29}},
-    {{67944, 22}, {67966, 43}},
-    {{68009, 22}, {68031, 29}},
-    {{68060, 19}, {68079, 60}},
-    {{68139, 19}, {68158, 47}},
-    {{68205, 19}, {68224, 71}},
-    {{68295, 21}, {68316, 61}},
-    {{68377, 21}, {58200, 29}},
-    {{68398, 22}, {68420, 38}},
-    {{68458, 19}, {68477, 34}},
-    {{68511, 18}, {68529, 32}},
-    {{68561, 19}, {68580, 36}},
-    {{68616, 19}, {68635, 36}},
-    {{68671, 19}, {68690, 67}},
-    {{68757, 21}, {68778, 44}},
-    {{68822, 21}, {68843, 32}},
-    {{68875, 19}, {68894, 38}},
-    {{68932, 19}, {68951, 70}},
-    {{69021, 21}, {69042, 61}},
-    {{69103, 19}, {69122, 48}},
-    {{69170, 21}, {69191, 42}},
-    {{69233, 19}, {69252, 40}},
-    {{69292, 19}, {69311, 77}},
-    {{69388, 21}, {69409, 44}},
-    {{69453, 21}, {69474, 34}},
-    {{69508, 19}, {69527, 38}},
-    {{69565, 19}, {69584, 31}},
-    {{69615, 18}, {69633, 33}},
-    {{69666, 19}, {69685, 49}},
-    {{69734, 19}, {69753, 29}},
-    {{69782, 22}, {69804, 16}},
-    {{69820, 19}, {69839, 32}},
-    {{69871, 19}, {69890, 34}},
-    {{69924, 19}, {69943, 32}},
-    {{69975, 19}, {69994, 40}},
-    {{70034, 22}, {70056, 35}},
-    {{70091, 22}, {70113, 39}},
-    {{70152, 24}, {70176, 28}},
-    {{70204, 24}, {70228, 28}},
-    {{70256, 24}, {70280, 32}},
-    {{70312, 24}, {70336, 25}},
-    {{70361, 24}, {70385, 24}},
-    {{70409, 24}, {70433, 23}},
-    {{70456, 24}, {70480, 21}},
-    {{70501, 19}, {70520, 38}},
-    {{70558, 19}, {70577, 40}},
-    {{70617, 19}, {70636, 40}},
-    {{70676, 19}, {70695, 42}},
-    {{70737, 18}, {70755, 66}},
-    {{70821, 20}, {57439, 33}},
-    {{70841, 20}, {70861, 30}},
-    {{70891, 19}, {70910, 49}},
-    {{70959, 18}, {70977, 33}},
-    {{71010, 18}, {71028, 26}},
-    {{71054, 17}, {71071, 10}},
-    {{71081, 19}, {38400, 3}},
-    {{71100, 19}, {38419, 2}},
-    {{71119, 12}, {34885, 4}},
-    {{71131, 24}, {71155, 18}},
-    {{71173, 19}, {22390, 12}},
-    {{71192, 18}, {71210, 11}},
-    {{71221, 20}, {22704, 13}},
-    {{71241, 22}, {71263, 13}},
-    {{71276, 22}, {71298, 23}},
-    {{71321, 22}, {38706, 4}},
-    {{71343, 33}, {71376, 28}},
-    {{71404, 35}, {71439, 12}},
-    {{71451, 35}, {71486, 16}},
-    {{71502, 37}, {71539, 12}},
-    {{71551, 30}, {71581, 25}},
-    {{71606, 19}, {71625, 12}},
-    {{71637, 24}, {71661, 18}},
-    {{71679, 26}, {71705, 13}},
-    {{71718, 26}, {71744, 19}},
-    {{71763, 26}, {71789, 17}},
-    {{71806, 26}, {71832, 7}},
-    {{71839, 26}, {71865, 9}},
-    {{71874, 26}, {71900, 22}},
-    {{71922, 26}, {71948, 22}},
-    {{71970, 26}, {71996, 9}},
-    {{72005, 22}, {72027, 16}},
-    {{72043, 24}, {72067, 24}},
-    {{72091, 24}, {72115, 8}},
-    {{72123, 24}, {72147, 11}},
-    {{72158, 24}, {72182, 11}},
-    {{72193, 24}, {72217, 9}},
-    {{72226, 24}, {72250, 10}},
-    {{72260, 24}, {72284, 9}},
-    {{72293, 24}, {72317, 17}},
-    {{72334, 22}, {72356, 15}},
-    {{72371, 24}, {72395, 10}},
-    {{72405, 24}, {72429, 10}},
-    {{72439, 25}, {72464, 4}},
-    {{72468, 24}, {72464, 4}},
-    {{72492, 24}, {45633, 8}},
-    {{72516, 25}, {43703, 6}},
-    {{72541, 25}, {72566, 8}},
-    {{72574, 24}, {72598, 7}},
-    {{72605, 25}, {72598, 7}},
-    {{72630, 24}, {72654, 24}},
-    {{72678, 19}, {72697, 12}},
-    {{72709, 17}, {72726, 10}},
-    {{72736, 25}, {72761, 19}},
-    {{72780, 27}, {72807, 9}},
-    {{72816, 27}, {48209, 6}},
-    {{72843, 22}, {72865, 15}},
-    {{72880, 24}, {38400, 3}},
-    {{72904, 24}, {38419, 2}},
-    {{72928, 21}, {72949, 14}},
-    {{72963, 23}, {43029, 7}},
-    {{72986, 23}, {73009, 8}},
-    {{73017, 23}, {48275, 8}},
-    {{73040, 23}, {73063, 10}},
-    {{73073, 23}, {73096, 13}},
-    {{73109, 23}, {73132, 11}},
-    {{73143, 23}, {73166, 14}},
-    {{73180, 23}, {73203, 10}},
-    {{73213, 23}, {43001, 9}},
-    {{73236, 23}, {73259, 15}},
-    {{73274, 19}, {73293, 12}},
-    {{73305, 21}, {73326, 11}},
-    {{73337, 21}, {73358, 13}},
-    {{73371, 26}, {73397, 20}},
-    {{73417, 28}, {73445, 8}},
-    {{73453, 28}, {73481, 6}},
-    {{73487, 28}, {73515, 5}},
-    {{73520, 28}, {73548, 8}},
-    {{73556, 28}, {73584, 11}},
-    {{73595, 28}, {33780, 5}},
-    {{73623, 20}, {73643, 13}},
-    {{73656, 26}, {73682, 20}},
-    {{73702, 25}, {73727, 19}},
-    {{73746, 35}, {73781, 30}},
-    {{73811, 37}, {53225, 2}},
-    {{73848, 37}, {73885, 7}},
-    {{73892, 26}, {73918, 21}},
-    {{73939, 28}, {38400, 3}},
-    {{73967, 28}, {38419, 2}},
-    {{73995, 21}, {74016, 14}},
-    {{74030, 23}, {73326, 11}},
-    {{74053, 23}, {74076, 10}},
-    {{74086, 23}, {74109, 17}},
-    {{74126, 25}, {38400, 3}},
-    {{74151, 25}, {38419, 2}},
-    {{74176, 16}, {33834, 8}},
-    {{74192, 18}, {74210, 42}},
-    {{74252, 18}, {74270, 29}},
-    {{74299, 18}, {74270, 29}},
-    {{74317, 19}, {74336, 19}},
-    {{74355, 19}, {74374, 12}},
-    {{74386, 19}, {74405, 13}},
-    {{74418, 18}, {14067, 10}},
-    {{74436, 20}, {43703, 6}},
-    {{74456, 17}, {74473, 10}},
-    {{74483, 19}, {45633, 8}},
-    {{74502, 19}, {48275, 8}},
-    {{74521, 20}, {38911, 4}},
-    {{74541, 20}, {48392, 19}},
-    {{74561, 20}, {74581, 14}},
-    {{74595, 20}, {74615, 19}},
-    {{74634, 19}, {44410, 4}},
-    {{74653, 20}, {74673, 16}},
-    {{74689, 20}, {74709, 17}},
-    {{74726, 20}, {74746, 5}},
-    {{74751, 20}, {74771, 17}},
-    {{74788, 20}, {74808, 13}},
-    {{74821, 20}, {74841, 16}},
-    {{74857, 20}, {74877, 9}},
-    {{74886, 20}, {74906, 4}},
-    {{74910, 20}, {74930, 3}},
-    {{74933, 19}, {73132, 11}},
-    {{74952, 20}, {74972, 3}},
-    {{74975, 19}, {48361, 6}},
-    {{74994, 19}, {75013, 6}},
-    {{75019, 19}, {48436, 9}},
-    {{75038, 23}, {42846, 3}},
-    {{75061, 19}, {73166, 14}},
-    {{75080, 19}, {48470, 5}},
-    {{75099, 19}, {75118, 11}},
-    {{75129, 21}, {75150, 15}},
-    {{75165, 23}, {75188, 4}},
-    {{75192, 23}, {75215, 3}},
-    {{75218, 17}, {33545, 9}},
-    {{75235, 19}, {75254, 14}},
-    {{75268, 19}, {43703, 6}},
-    {{75287, 19}, {75306, 4}},
-    {{75310, 27}, {75337, 21}},
-    {{75358, 29}, {75387, 23}},
-    {{75410, 34}, {43633, 4}},
-    {{75444, 33}, {41449, 3}},
-    {{75477, 23}, {75500, 16}},
-    {{75516, 21}, {75537, 15}},
-    {{75552, 23}, {45633, 8}},
-    {{75575, 23}, {75598, 6}},
-    {{75604, 23}, {75627, 5}},
-    {{75632, 19}, {75651, 12}},
-    {{75663, 21}, {75684, 3}},
-    {{75687, 22}, {72464, 4}},
-    {{75709, 22}, {75731, 10}},
-    {{75741, 22}, {45633, 8}},
-    {{75763, 23}, {75786, 18}},
-    {{75804, 23}, {75827, 18}},
-    {{75845, 22}, {75867, 15}},
-    {{75882, 24}, {44322, 4}},
-    {{75906, 24}, {48275, 8}},
-    {{75930, 24}, {44410, 4}},
-    {{75954, 24}, {75978, 14}},
-    {{75992, 24}, {48361, 6}},
-    {{76016, 24}, {76040, 13}},
-    {{76053, 21}, {35004, 13}},
-    {{76074, 23}, {44322, 4}},
-    {{76097, 25}, {76122, 28}},
-    {{76150, 25}, {76175, 22}},
-    {{76197, 25}, {76222, 19}},
-    {{76241, 23}, {76264, 35}},
-    {{76299, 23}, {76322, 33}},
-    {{76355, 24}, {76379, 26}},
-    {{76405, 24}, {76429, 20}},
-    {{76449, 24}, {76473, 17}},
-    {{76490, 25}, {76515, 19}},
-    {{76534, 27}, {76561, 22}},
-    {{76583, 25}, {76608, 19}},
-    {{76627, 25}, {76652, 19}},
-    {{76671, 26}, {76697, 20}},
-    {{76717, 27}, {76744, 21}},
-    {{76765, 29}, {76794, 23}},
-    {{76817, 26}, {76843, 20}},
-    {{76863, 32}, {76895, 26}},
-    {{76921, 27}, {76948, 21}},
-    {{76969, 26}, {76995, 20}},
-    {{77015, 29}, {77044, 23}},
-    {{77067, 21}, {77088, 14}},
-    {{77102, 24}, {77126, 18}},
-    {{77144, 24}, {77168, 18}},
-    {{77186, 25}, {77211, 19}},
-    {{77230, 29}, {77259, 25}},
-    {{77284, 25}, {77309, 19}},
-    {{77328, 27}, {77355, 21}},
-    {{77376, 24}, {77400, 18}},
-    {{77418, 24}, {77442, 18}},
-    {{77460, 27}, {77487, 21}},
-    {{77508, 20}, {77528, 13}},
-    {{77541, 24}, {77565, 18}},
-    {{77583, 24}, {77607, 18}},
-    {{77625, 25}, {77650, 19}},
-    {{77669, 26}, {77695, 20}},
-    {{77715, 28}, {77743, 22}},
-    {{77765, 25}, {77790, 19}},
-    {{77809, 31}, {77840, 25}},
-    {{77865, 26}, {77891, 20}},
-    {{77911, 25}, {77936, 19}},
-    {{77955, 28}, {77983, 22}},
-    {{78005, 20}, {29457, 13}},
-    {{78025, 22}, {38911, 4}},
-    {{78047, 22}, {78069, 42}},
-    {{78111, 24}, {78135, 6}},
-    {{78141, 23}, {73445, 8}},
-    {{78164, 22}, {78186, 15}},
-    {{78201, 24}, {78225, 6}},
-    {{78231, 22}, {78186, 15}},
-    {{78253, 23}, {73481, 6}},
-    {{78276, 22}, {73548, 8}},
-    {{78298, 23}, {73515, 5}},
-    {{78321, 22}, {73584, 11}},
-    {{78343, 24}, {48209, 6}},
-    {{78367, 22}, {33780, 5}},
-    {{78389, 23}, {73548, 8}},
-    {{78412, 23}, {33780, 5}},
-    {{78435, 23}, {73584, 11}},
-    {{78458, 30}, {78488, 24}},
-    {{78512, 32}, {38400, 3}},
-    {{78544, 32}, {41449, 3}},
-    {{78576, 32}, {43633, 4}},
-    {{78608, 32}, {41449, 3}},
-    {{78640, 32}, {43633, 4}},
-    {{78672, 28}, {78700, 23}},
-    {{78723, 27}, {78750, 21}},
-    {{78771, 29}, {38911, 4}},
-    {{78800, 29}, {78829, 6}},
-    {{78835, 29}, {78135, 6}},
-    {{78864, 29}, {78893, 30}},
-    {{78923, 33}, {78829, 6}},
-    {{78956, 33}, {78135, 6}},
-    {{78989, 33}, {78893, 30}},
-    {{79022, 21}, {79043, 15}},
-    {{79058, 23}, {79081, 7}},
-    {{79088, 23}, {79111, 36}},
-    {{79147, 23}, {79170, 34}},
-    {{79204, 23}, {79227, 9}},
-    {{79236, 23}, {79259, 10}},
-    {{79269, 20}, {79289, 13}},
-    {{79302, 22}, {79324, 16}},
-    {{79340, 22}, {79362, 8}},
-    {{79370, 22}, {79392, 7}},
-    {{79399, 24}, {79423, 18}},
-    {{79441, 26}, {38400, 3}},
-    {{79467, 26}, {45633, 8}},
-    {{79493, 26}, {45672, 8}},
-    {{79519, 22}, {79541, 16}},
-    {{79557, 24}, {38400, 3}},
-    {{79581, 24}, {38419, 2}},
+    {{37378, 17}, {37395, 10}},
+    {{37405, 19}, {37424, 4}},
+    {{37428, 19}, {37447, 6}},
+    {{37453, 19}, {37472, 9}},
+    {{37481, 19}, {37500, 11}},
+    {{37511, 28}, {37539, 22}},
+    {{37561, 30}, {37591, 13}},
+    {{37604, 30}, {37634, 11}},
+    {{37645, 32}, {37677, 15}},
+    {{37692, 32}, {37724, 4}},
+    {{37728, 32}, {37760, 4}},
+    {{37764, 32}, {37796, 4}},
+    {{37800, 32}, {37832, 4}},
+    {{37836, 32}, {37868, 4}},
+    {{37872, 32}, {37904, 4}},
+    {{37908, 32}, {37940, 4}},
+    {{37944, 32}, {37976, 4}},
+    {{37980, 32}, {15893, 1}},
+    {{38012, 32}, {38044, 4}},
+    {{38048, 32}, {38080, 4}},
+    {{38084, 32}, {38116, 4}},
+    {{38120, 32}, {38152, 4}},
+    {{38156, 32}, {38188, 4}},
+    {{38192, 32}, {38224, 4}},
+    {{38228, 32}, {38260, 4}},
+    {{38264, 32}, {38296, 4}},
+    {{38300, 32}, {38332, 12}},
+    {{38344, 32}, {38376, 10}},
+    {{38386, 14}, {38400, 7}},
+    {{38407, 16}, {38423, 3}},
+    {{38426, 16}, {38442, 2}},
+    {{38444, 26}, {38470, 20}},
+    {{38490, 26}, {38516, 20}},
+    {{38536, 28}, {38564, 5}},
+    {{38569, 28}, {38597, 5}},
+    {{38602, 28}, {38423, 3}},
+    {{38630, 18}, {38648, 12}},
+    {{38660, 20}, {38680, 4}},
+    {{38684, 20}, {38704, 5}},
+    {{38709, 20}, {38729, 4}},
+    {{38733, 16}, {38749, 9}},
+    {{38758, 18}, {38442, 2}},
+    {{38776, 18}, {38423, 3}},
+    {{38794, 14}, {38808, 7}},
+    {{38815, 16}, {38831, 3}},
+    {{38834, 16}, {38850, 4}},
+    {{38854, 16}, {38870, 4}},
+    {{38874, 16}, {38890, 4}},
+    {{38894, 15}, {38909, 8}},
+    {{38917, 17}, {38934, 4}},
+    {{38938, 17}, {38955, 6}},
+    {{38961, 17}, {38978, 3}},
+    {{38981, 17}, {38998, 9}},
+    {{39007, 17}, {39024, 5}},
+    {{39029, 17}, {39046, 12}},
+    {{39058, 17}, {39075, 6}},
+    {{39081, 17}, {39098, 11}},
+    {{39109, 17}, {39126, 4}},
+    {{39130, 17}, {39147, 8}},
+    {{39155, 23}, {39178, 17}},
+    {{39195, 25}, {38955, 6}},
+    {{39220, 25}, {38978, 3}},
+    {{39245, 25}, {38998, 9}},
+    {{39270, 25}, {39024, 5}},
+    {{39295, 25}, {39046, 12}},
+    {{39320, 25}, {39075, 6}},
+    {{39345, 25}, {39098, 11}},
+    {{39370, 25}, {39126, 4}},
+    {{39395, 25}, {39147, 8}},
+    {{39420, 16}, {39436, 9}},
+    {{39445, 18}, {39463, 6}},
+    {{39469, 18}, {38955, 6}},
+    {{39487, 20}, {39126, 4}},
+    {{39507, 19}, {39046, 12}},
+    {{39526, 18}, {38978, 3}},
+    {{39544, 20}, {39147, 8}},
+    {{39564, 19}, {39075, 6}},
+    {{39583, 18}, {38998, 9}},
+    {{39601, 19}, {39098, 11}},
+    {{39620, 18}, {39024, 5}},
+    {{39638, 22}, {39660, 16}},
+    {{39676, 24}, {38998, 9}},
+    {{39700, 24}, {39046, 12}},
+    {{39724, 24}, {39075, 6}},
+    {{39748, 24}, {39772, 17}},
+    {{39789, 24}, {39813, 15}},
+    {{39828, 24}, {38978, 3}},
+    {{39852, 24}, {39147, 8}},
+    {{39876, 24}, {39098, 11}},
+    {{39900, 28}, {39928, 23}},
+    {{39951, 35}, {39986, 12}},
+    {{39998, 30}, {40028, 8}},
+    {{40036, 22}, {40058, 16}},
+    {{40074, 27}, {40101, 21}},
+    {{40122, 34}, {39986, 12}},
+    {{40156, 29}, {40028, 8}},
+    {{40185, 28}, {40213, 22}},
+    {{40235, 35}, {39986, 12}},
+    {{40270, 30}, {40028, 8}},
+    {{40300, 29}, {39986, 12}},
+    {{40329, 24}, {40028, 8}},
+    {{40353, 32}, {40385, 27}},
+    {{40412, 39}, {39986, 12}},
+    {{40451, 34}, {40028, 8}},
+    {{40485, 30}, {40515, 25}},
+    {{40540, 37}, {39986, 12}},
+    {{40577, 32}, {40028, 8}},
+    {{40609, 20}, {40629, 14}},
+    {{40643, 27}, {39986, 12}},
+    {{40670, 22}, {40028, 8}},
+    {{40692, 32}, {40724, 27}},
+    {{40751, 39}, {39986, 12}},
+    {{40790, 34}, {40028, 8}},
+    {{40824, 21}, {40845, 15}},
+    {{40860, 28}, {39986, 12}},
+    {{40888, 23}, {40028, 8}},
+    {{40911, 19}, {40930, 13}},
+    {{40943, 24}, {40967, 18}},
+    {{40985, 31}, {39986, 12}},
+    {{41016, 26}, {40028, 8}},
+    {{41042, 25}, {41067, 19}},
+    {{41086, 32}, {39986, 12}},
+    {{41118, 27}, {40028, 8}},
+    {{41145, 26}, {39986, 12}},
+    {{41171, 21}, {40028, 8}},
+    {{41192, 23}, {41215, 16}},
+    {{41231, 24}, {41255, 18}},
+    {{41273, 26}, {41299, 5}},
+    {{41304, 26}, {41330, 5}},
+    {{41335, 17}, {41352, 10}},
+    {{41362, 16}, {41378, 9}},
+    {{41387, 20}, {41407, 13}},
+    {{41420, 22}, {41442, 8}},
+    {{41450, 22}, {41472, 3}},
+    {{41475, 22}, {41497, 9}},
+    {{41506, 22}, {41528, 26}},
+    {{41554, 19}, {41573, 12}},
+    {{41585, 21}, {41606, 6}},
+    {{41612, 21}, {41633, 6}},
+    {{41639, 21}, {41660, 4}},
+    {{41664, 18}, {33685, 10}},
+    {{41682, 23}, {41705, 16}},
+    {{41721, 23}, {41744, 17}},
+    {{41761, 25}, {38442, 2}},
+    {{41786, 25}, {38423, 3}},
+    {{41811, 24}, {41835, 18}},
+    {{41853, 25}, {41878, 19}},
+    {{41897, 23}, {41920, 17}},
+    {{41937, 31}, {41968, 25}},
+    {{41993, 19}, {42012, 12}},
+    {{42024, 17}, {42041, 10}},
+    {{42051, 19}, {42070, 25}},
+    {{42095, 19}, {42114, 22}},
+    {{42136, 21}, {42157, 7}},
+    {{42164, 21}, {42185, 5}},
+    {{42190, 21}, {42211, 4}},
+    {{42215, 21}, {42236, 5}},
+    {{42241, 21}, {42262, 10}},
+    {{42272, 21}, {42293, 13}},
+    {{42306, 20}, {42326, 19}},
+    {{42345, 20}, {42365, 21}},
+    {{42386, 21}, {42407, 15}},
+    {{42422, 20}, {42442, 21}},
+    {{42463, 20}, {42483, 18}},
+    {{42501, 20}, {42521, 24}},
+    {{42545, 20}, {42565, 20}},
+    {{42585, 20}, {42605, 20}},
+    {{42625, 20}, {42645, 7}},
+    {{42652, 19}, {42671, 23}},
+    {{42694, 20}, {42714, 2}},
+    {{42716, 20}, {42736, 2}},
+    {{42738, 21}, {38423, 3}},
+    {{42759, 19}, {42778, 25}},
+    {{42803, 19}, {42822, 19}},
+    {{42841, 28}, {42869, 3}},
+    {{42872, 19}, {42891, 57}},
+    {{42948, 19}, {42967, 3}},
+    {{42970, 19}, {42989, 16}},
+    {{43005, 19}, {43024, 9}},
+    {{43033, 19}, {43052, 7}},
+    {{43059, 20}, {43079, 13}},
+    {{43092, 22}, {43114, 12}},
+    {{43126, 22}, {43148, 8}},
+    {{43156, 18}, {3161, 11}},
+    {{43174, 20}, {43194, 20}},
+    {{43214, 20}, {43234, 13}},
+    {{43247, 20}, {43267, 17}},
+    {{43284, 20}, {43304, 28}},
+    {{43332, 20}, {43024, 9}},
+    {{43352, 24}, {43376, 17}},
+    {{43393, 31}, {43424, 25}},
+    {{43449, 33}, {43482, 11}},
+    {{43493, 33}, {42012, 12}},
+    {{43526, 27}, {43553, 21}},
+    {{43574, 28}, {43602, 21}},
+    {{43623, 33}, {43656, 4}},
+    {{43660, 32}, {41472, 3}},
+    {{43692, 16}, {33560, 8}},
+    {{43708, 18}, {43726, 6}},
+    {{43732, 22}, {43754, 16}},
+    {{43770, 24}, {43794, 13}},
+    {{43807, 24}, {43831, 8}},
+    {{43839, 25}, {43864, 20}},
+    {{43884, 21}, {43905, 15}},
+    {{43920, 23}, {43943, 2}},
+    {{43945, 23}, {43968, 5}},
+    {{43973, 26}, {43999, 21}},
+    {{44020, 24}, {44044, 19}},
+    {{44063, 23}, {44086, 17}},
+    {{44103, 25}, {44128, 5}},
+    {{44133, 25}, {44158, 6}},
+    {{44164, 19}, {44183, 12}},
+    {{44195, 21}, {44216, 8}},
+    {{44224, 21}, {33560, 8}},
+    {{44245, 21}, {14090, 10}},
+    {{44266, 21}, {44287, 6}},
+    {{44293, 19}, {44312, 12}},
+    {{44324, 21}, {44345, 4}},
+    {{44349, 21}, {44370, 10}},
+    {{44380, 21}, {44401, 11}},
+    {{44412, 21}, {44433, 4}},
+    {{44437, 21}, {44458, 10}},
+    {{44468, 19}, {44487, 12}},
+    {{44499, 21}, {38423, 3}},
+    {{44520, 21}, {44541, 24}},
+    {{44565, 21}, {44586, 2}},
+    {{44588, 17}, {44605, 10}},
+    {{44615, 18}, {44633, 12}},
+    {{44645, 20}, {44665, 17}},
+    {{44682, 20}, {44702, 10}},
+    {{44712, 23}, {44735, 28}},
+    {{44763, 23}, {44786, 26}},
+    {{44812, 20}, {44832, 16}},
+    {{44848, 20}, {44868, 12}},
+    {{44880, 22}, {44902, 27}},
+    {{44929, 22}, {44951, 24}},
+    {{44975, 20}, {44995, 28}},
+    {{45023, 20}, {45043, 29}},
+    {{45072, 19}, {45091, 43}},
+    {{45134, 19}, {44702, 10}},
+    {{45153, 19}, {45172, 46}},
+    {{45218, 19}, {45237, 55}},
+    {{45292, 19}, {45311, 57}},
+    {{45368, 19}, {45387, 52}},
+    {{45439, 19}, {45458, 14}},
+    {{45472, 19}, {45491, 13}},
+    {{45504, 19}, {44995, 28}},
+    {{45523, 19}, {45043, 29}},
+    {{45542, 29}, {45571, 23}},
+    {{45594, 31}, {38423, 3}},
+    {{45625, 31}, {45656, 8}},
+    {{45664, 31}, {45695, 8}},
+    {{45703, 33}, {45736, 28}},
+    {{45764, 35}, {38423, 3}},
+    {{45799, 35}, {45656, 8}},
+    {{45834, 35}, {45695, 8}},
+    {{45869, 36}, {45905, 31}},
+    {{45936, 38}, {38423, 3}},
+    {{45974, 38}, {45656, 8}},
+    {{46012, 38}, {45695, 8}},
+    {{46050, 33}, {46083, 28}},
+    {{46111, 39}, {46150, 34}},
+    {{46184, 41}, {37591, 13}},
+    {{46225, 41}, {37634, 11}},
+    {{46266, 43}, {37677, 15}},
+    {{46309, 43}, {37724, 4}},
+    {{46352, 43}, {37760, 4}},
+    {{46395, 43}, {37796, 4}},
+    {{46438, 43}, {37832, 4}},
+    {{46481, 43}, {37868, 4}},
+    {{46524, 43}, {37904, 4}},
+    {{46567, 43}, {37940, 4}},
+    {{46610, 43}, {37976, 4}},
+    {{46653, 43}, {15893, 1}},
+    {{46696, 43}, {38044, 4}},
+    {{46739, 43}, {38080, 4}},
+    {{46782, 43}, {38116, 4}},
+    {{46825, 43}, {38152, 4}},
+    {{46868, 43}, {38188, 4}},
+    {{46911, 43}, {38224, 4}},
+    {{46954, 43}, {38260, 4}},
+    {{46997, 43}, {38296, 4}},
+    {{47040, 43}, {38332, 12}},
+    {{47083, 43}, {38376, 10}},
+    {{47126, 28}, {47154, 21}},
+    {{47175, 32}, {47207, 26}},
+    {{47233, 34}, {47267, 17}},
+    {{47284, 34}, {47318, 12}},
+    {{47330, 35}, {47365, 29}},
+    {{47394, 25}, {47419, 18}},
+    {{47437, 27}, {37591, 13}},
+    {{47464, 27}, {37634, 11}},
+    {{47491, 29}, {37677, 15}},
+    {{47520, 29}, {37724, 4}},
+    {{47549, 29}, {37760, 4}},
+    {{47578, 29}, {37796, 4}},
+    {{47607, 29}, {37832, 4}},
+    {{47636, 29}, {37868, 4}},
+    {{47665, 29}, {37904, 4}},
+    {{47694, 29}, {37940, 4}},
+    {{47723, 29}, {37976, 4}},
+    {{47752, 29}, {15893, 1}},
+    {{47781, 29}, {38044, 4}},
+    {{47810, 29}, {38080, 4}},
+    {{47839, 29}, {38116, 4}},
+    {{47868, 29}, {38152, 4}},
+    {{47897, 29}, {38188, 4}},
+    {{47926, 29}, {38224, 4}},
+    {{47955, 29}, {38260, 4}},
+    {{47984, 29}, {38296, 4}},
+    {{48013, 29}, {38332, 12}},
+    {{48042, 29}, {38376, 10}},
+    {{48071, 20}, {48091, 13}},
+    {{48104, 22}, {48126, 7}},
+    {{48133, 22}, {48155, 17}},
+    {{48172, 22}, {48194, 16}},
+    {{48210, 22}, {48232, 6}},
+    {{48238, 22}, {48260, 13}},
+    {{48273, 25}, {48298, 8}},
+    {{48306, 25}, {48331, 28}},
+    {{48359, 25}, {48384, 6}},
+    {{48390, 25}, {48415, 19}},
+    {{48434, 25}, {48459, 9}},
+    {{48468, 25}, {48493, 5}},
+    {{48498, 22}, {48520, 34}},
+    {{48554, 22}, {48576, 34}},
+    {{48610, 20}, {20229, 13}},
+    {{48630, 18}, {48648, 12}},
+    {{48660, 20}, {38442, 2}},
+    {{48680, 20}, {38423, 3}},
+    {{48700, 15}, {48715, 8}},
+    {{48723, 24}, {48747, 18}},
+    {{48765, 26}, {38423, 3}},
+    {{48791, 26}, {38442, 2}},
+    {{48817, 13}, {33803, 5}},
+    {{48830, 15}, {48845, 19}},
+    {{48864, 15}, {48879, 11}},
+    {{48890, 20}, {48910, 13}},
+    {{48923, 22}, {38934, 4}},
+    {{48945, 22}, {48967, 10}},
+    {{48977, 25}, {49002, 27}},
+    {{49029, 28}, {49057, 28}},
+    {{49085, 30}, {49115, 24}},
+    {{49139, 32}, {37591, 13}},
+    {{49171, 32}, {37634, 11}},
+    {{49203, 34}, {37677, 15}},
+    {{49237, 34}, {37724, 4}},
+    {{49271, 34}, {37760, 4}},
+    {{49305, 34}, {37796, 4}},
+    {{49339, 34}, {37832, 4}},
+    {{49373, 34}, {37868, 4}},
+    {{49407, 34}, {37904, 4}},
+    {{49441, 34}, {37940, 4}},
+    {{49475, 34}, {37976, 4}},
+    {{49509, 34}, {15893, 1}},
+    {{49543, 34}, {38044, 4}},
+    {{49577, 34}, {38080, 4}},
+    {{49611, 34}, {38116, 4}},
+    {{49645, 34}, {38152, 4}},
+    {{49679, 34}, {38188, 4}},
+    {{49713, 34}, {38224, 4}},
+    {{49747, 34}, {38260, 4}},
+    {{49781, 34}, {38296, 4}},
+    {{49815, 34}, {38332, 12}},
+    {{49849, 34}, {38376, 10}},
+    {{49883, 34}, {49917, 29}},
+    {{49946, 36}, {37591, 13}},
+    {{49982, 36}, {37634, 11}},
+    {{50018, 38}, {37677, 15}},
+    {{50056, 38}, {37724, 4}},
+    {{50094, 38}, {37760, 4}},
+    {{50132, 38}, {37796, 4}},
+    {{50170, 38}, {37832, 4}},
+    {{50208, 38}, {37868, 4}},
+    {{50246, 38}, {37904, 4}},
+    {{50284, 38}, {37940, 4}},
+    {{50322, 38}, {37976, 4}},
+    {{50360, 38}, {15893, 1}},
+    {{50398, 38}, {38044, 4}},
+    {{50436, 38}, {38080, 4}},
+    {{50474, 38}, {38116, 4}},
+    {{50512, 38}, {38152, 4}},
+    {{50550, 38}, {38188, 4}},
+    {{50588, 38}, {38224, 4}},
+    {{50626, 38}, {38260, 4}},
+    {{50664, 38}, {38296, 4}},
+    {{50702, 38}, {38332, 12}},
+    {{50740, 38}, {38376, 10}},
+    {{50778, 34}, {50812, 29}},
+    {{50841, 36}, {37591, 13}},
+    {{50877, 36}, {37634, 11}},
+    {{50913, 38}, {37677, 15}},
+    {{50951, 38}, {37724, 4}},
+    {{50989, 38}, {37760, 4}},
+    {{51027, 38}, {37796, 4}},
+    {{51065, 38}, {37832, 4}},
+    {{51103, 38}, {37868, 4}},
+    {{51141, 38}, {37904, 4}},
+    {{51179, 38}, {37940, 4}},
+    {{51217, 38}, {37976, 4}},
+    {{51255, 38}, {15893, 1}},
+    {{51293, 38}, {38044, 4}},
+    {{51331, 38}, {38080, 4}},
+    {{51369, 38}, {38116, 4}},
+    {{51407, 38}, {38152, 4}},
+    {{51445, 38}, {38188, 4}},
+    {{51483, 38}, {38224, 4}},
+    {{51521, 38}, {38260, 4}},
+    {{51559, 38}, {38296, 4}},
+    {{51597, 38}, {38332, 12}},
+    {{51635, 38}, {38376, 10}},
+    {{51673, 18}, {51691, 11}},
+    {{51702, 20}, {51722, 2}},
+    {{51724, 20}, {51744, 3}},
+    {{51747, 21}, {51768, 14}},
+    {{51782, 23}, {51805, 8}},
+    {{51813, 26}, {48232, 6}},
+    {{51839, 26}, {51865, 6}},
+    {{51871, 26}, {51897, 25}},
+    {{51922, 26}, {51948, 12}},
+    {{51960, 26}, {51986, 14}},
+    {{52000, 26}, {52026, 15}},
+    {{52041, 26}, {52067, 8}},
+    {{52075, 26}, {52101, 3}},
+    {{52104, 25}, {52129, 14}},
+    {{52143, 21}, {52164, 14}},
+    {{52178, 23}, {52201, 35}},
+    {{52236, 23}, {52259, 13}},
+    {{52272, 23}, {52295, 20}},
+    {{52315, 17}, {20505, 10}},
+    {{52332, 19}, {52351, 28}},
+    {{52379, 19}, {52398, 17}},
+    {{52415, 19}, {52434, 28}},
+    {{52462, 19}, {52067, 8}},
+    {{52481, 19}, {52500, 18}},
+    {{52518, 17}, {52535, 10}},
+    {{52545, 19}, {38423, 3}},
+    {{52564, 19}, {52583, 8}},
+    {{52591, 19}, {52610, 8}},
+    {{52618, 19}, {20536, 12}},
+    {{52637, 17}, {52654, 10}},
+    {{52664, 19}, {52683, 19}},
+    {{52702, 19}, {52721, 10}},
+    {{52731, 21}, {52752, 14}},
+    {{52766, 23}, {52789, 17}},
+    {{52806, 25}, {52831, 10}},
+    {{52841, 25}, {52866, 11}},
+    {{52877, 19}, {52896, 12}},
+    {{52908, 21}, {52929, 12}},
+    {{52941, 22}, {52963, 16}},
+    {{52979, 21}, {51722, 2}},
+    {{53000, 22}, {51744, 3}},
+    {{53022, 17}, {53039, 10}},
+    {{53049, 19}, {53068, 10}},
+    {{53078, 19}, {53097, 10}},
+    {{53107, 19}, {48232, 6}},
+    {{53126, 19}, {38890, 4}},
+    {{53145, 19}, {48232, 6}},
+    {{53164, 19}, {38831, 3}},
+    {{53183, 23}, {53206, 17}},
+    {{53223, 25}, {53248, 2}},
+    {{53250, 25}, {53275, 2}},
+    {{53277, 18}, {20626, 11}},
+    {{53295, 20}, {53315, 13}},
+    {{53328, 20}, {53348, 9}},
+    {{53357, 19}, {9906, 12}},
+    {{53376, 28}, {53404, 23}},
+    {{53427, 21}, {53448, 15}},
+    {{53463, 23}, {38423, 3}},
+    {{53486, 23}, {38442, 2}},
+    {{53509, 21}, {53530, 14}},
+    {{53544, 11}, {33348, 3}},
+    {{53555, 18}, {53573, 11}},
+    {{53584, 20}, {53604, 11}},
+    {{53615, 20}, {53635, 10}},
+    {{53645, 21}, {53666, 22}},
+    {{53688, 22}, {53666, 22}},
+    {{53710, 22}, {53732, 24}},
+    {{53756, 20}, {53776, 3}},
+    {{53779, 20}, {53799, 10}},
+    {{53809, 20}, {53829, 11}},
+    {{53840, 21}, {35921, 3}},
+    {{53861, 20}, {53881, 9}},
+    {{53890, 21}, {53911, 3}},
+    {{53914, 20}, {53934, 4}},
+    {{53938, 21}, {53776, 3}},
+    {{53959, 20}, {53979, 4}},
+    {{53983, 21}, {54004, 3}},
+    {{54007, 20}, {53732, 24}},
+    {{54027, 21}, {53934, 4}},
+    {{54048, 19}, {54067, 12}},
+    {{54079, 20}, {54099, 14}},
+    {{54113, 26}, {54139, 19}},
+    {{54158, 28}, {38423, 3}},
+    {{54186, 28}, {54214, 9}},
+    {{54223, 32}, {38442, 2}},
+    {{54255, 28}, {38442, 2}},
+    {{54283, 33}, {54316, 27}},
+    {{54343, 35}, {38423, 3}},
+    {{54378, 35}, {38442, 2}},
+    {{54413, 28}, {54441, 22}},
+    {{54463, 30}, {54493, 21}},
+    {{54514, 30}, {54544, 10}},
+    {{54554, 30}, {54584, 19}},
+    {{54603, 27}, {54630, 21}},
+    {{54651, 21}, {54672, 14}},
+    {{54686, 23}, {51722, 2}},
+    {{54709, 23}, {54732, 5}},
+    {{54737, 28}, {54765, 22}},
+    {{54787, 22}, {54809, 15}},
+    {{54824, 20}, {54844, 13}},
+    {{54857, 22}, {54879, 11}},
+    {{54890, 22}, {54912, 16}},
+    {{54928, 22}, {54950, 15}},
+    {{54965, 22}, {54987, 16}},
+    {{55003, 23}, {55026, 17}},
+    {{55043, 25}, {38442, 2}},
+    {{55068, 25}, {38423, 3}},
+    {{55093, 16}, {55109, 9}},
+    {{55118, 18}, {55136, 31}},
+    {{55167, 18}, {55185, 33}},
+    {{55218, 19}, {55237, 34}},
+    {{55271, 19}, {55290, 28}},
+    {{55318, 19}, {55337, 32}},
+    {{55369, 20}, {55389, 26}},
+    {{55415, 22}, {55437, 61}},
+    {{55498, 23}, {55521, 25}},
+    {{55546, 23}, {55569, 31}},
+    {{55600, 23}, {55623, 33}},
+    {{55656, 23}, {55679, 28}},
+    {{55707, 23}, {55730, 33}},
+    {{55763, 23}, {55786, 39}},
+    {{55825, 23}, {55848, 36}},
+    {{55884, 23}, {55907, 30}},
+    {{55937, 23}, {55960, 22}},
+    {{55982, 23}, {56005, 25}},
+    {{56030, 22}, {56052, 58}},
+    {{56110, 23}, {56133, 37}},
+    {{56170, 23}, {56193, 28}},
+    {{56221, 23}, {56244, 15}},
+    {{56259, 23}, {56282, 26}},
+    {{56308, 23}, {56331, 35}},
+    {{56366, 23}, {56389, 39}},
+    {{56428, 23}, {56451, 40}},
+    {{56491, 23}, {56514, 29}},
+    {{56543, 22}, {56565, 55}},
+    {{56620, 22}, {56642, 47}},
+    {{56689, 22}, {56711, 39}},
+    {{56750, 22}, {56772, 28}},
+    {{56800, 22}, {56822, 42}},
+    {{56864, 22}, {56886, 33}},
+    {{56919, 22}, {56941, 25}},
+    {{56966, 20}, {56986, 17}},
+    {{57003, 22}, {57025, 24}},
+    {{57049, 22}, {57071, 25}},
+    {{57096, 19}, {57115, 40}},
+    {{57155, 20}, {57175, 40}},
+    {{57215, 20}, {57235, 25}},
+    {{57260, 20}, {57280, 29}},
+    {{57309, 20}, {57329, 25}},
+    {{57354, 20}, {57374, 24}},
+    {{57398, 20}, {57418, 25}},
+    {{57443, 19}, {57462, 33}},
+    {{57495, 20}, {57515, 30}},
+    {{57545, 20}, {57565, 43}},
+    {{57608, 19}, {57627, 30}},
+    {{57657, 19}, {57676, 25}},
+    {{57701, 19}, {57720, 27}},
+    {{57747, 19}, {57766, 30}},
+    {{57796, 22}, {57818, 62}},
+    {{57880, 19}, {57899, 22}},
+    {{57921, 20}, {57941, 53}},
+    {{57994, 18}, {58012, 25}},
+    {{58037, 19}, {58056, 34}},
+    {{58090, 20}, {58110, 43}},
+    {{58153, 20}, {58173, 30}},
+    {{58203, 20}, {58223, 29}},
+    {{58252, 20}, {58272, 31}},
+    {{58303, 20}, {58323, 40}},
+    {{58363, 20}, {58383, 33}},
+    {{58416, 20}, {58436, 29}},
+    {{58465, 20}, {58485, 26}},
+    {{58511, 20}, {58531, 26}},
+    {{58557, 20}, {58577, 43}},
+    {{58620, 19}, {58639, 28}},
+    {{58667, 20}, {58687, 36}},
+    {{58723, 20}, {58743, 43}},
+    {{58786, 19}, {58805, 31}},
+    {{58836, 19}, {58855, 61}},
+    {{58916, 21}, {58937, 18}},
+    {{58955, 21}, {58976, 31}},
+    {{59007, 21}, {59028, 38}},
+    {{59066, 21}, {59087, 26}},
+    {{59113, 21}, {59134, 26}},
+    {{59160, 21}, {59181, 56}},
+    {{59237, 21}, {59258, 39}},
+    {{59297, 19}, {59316, 51}},
+    {{59367, 21}, {59388, 39}},
+    {{59427, 21}, {59448, 27}},
+    {{59475, 21}, {59496, 35}},
+    {{59531, 21}, {59552, 21}},
+    {{59573, 21}, {59594, 31}},
+    {{59625, 20}, {59645, 17}},
+    {{59662, 22}, {59684, 48}},
+    {{59732, 22}, {59754, 39}},
+    {{59793, 22}, {59815, 40}},
+    {{59855, 22}, {59877, 41}},
+    {{59918, 22}, {59940, 40}},
+    {{59980, 22}, {60002, 52}},
+    {{60054, 22}, {60076, 41}},
+    {{60117, 22}, {60139, 48}},
+    {{60187, 22}, {60209, 37}},
+    {{60246, 22}, {60268, 20}},
+    {{60288, 22}, {60310, 35}},
+    {{60345, 24}, {60369, 28}},
+    {{60397, 24}, {60421, 21}},
+    {{60442, 24}, {60466, 38}},
+    {{60504, 24}, {60528, 29}},
+    {{60557, 24}, {60581, 26}},
+    {{60607, 22}, {60629, 41}},
+    {{60670, 24}, {60694, 23}},
+    {{60717, 24}, {60741, 24}},
+    {{60765, 24}, {60789, 39}},
+    {{60828, 24}, {60852, 35}},
+    {{60887, 24}, {60911, 44}},
+    {{60955, 24}, {60979, 26}},
+    {{61005, 24}, {61029, 25}},
+    {{61054, 24}, {61078, 27}},
+    {{61105, 24}, {61129, 29}},
+    {{61158, 22}, {61180, 40}},
+    {{61220, 24}, {61244, 34}},
+    {{61278, 24}, {61302, 32}},
+    {{61334, 24}, {61358, 24}},
+    {{61382, 24}, {61406, 36}},
+    {{61442, 22}, {61464, 28}},
+    {{61492, 22}, {61514, 42}},
+    {{61556, 24}, {61580, 25}},
+    {{61605, 24}, {61629, 31}},
+    {{61660, 24}, {61684, 23}},
+    {{61707, 22}, {61729, 21}},
+    {{61750, 22}, {61772, 25}},
+    {{61797, 22}, {61819, 21}},
+    {{61840, 22}, {61862, 25}},
+    {{61887, 22}, {61909, 42}},
+    {{61951, 24}, {61975, 30}},
+    {{62005, 25}, {62030, 19}},
+    {{62049, 24}, {62073, 24}},
+    {{62097, 24}, {62121, 23}},
+    {{62144, 24}, {62168, 40}},
+    {{62208, 24}, {62232, 23}},
+    {{62255, 24}, {62279, 28}},
+    {{62307, 24}, {62331, 34}},
+    {{62365, 24}, {62389, 20}},
+    {{62409, 24}, {62433, 29}},
+    {{62462, 22}, {62484, 26}},
+    {{62510, 22}, {62532, 39}},
+    {{62571, 24}, {62595, 34}},
+    {{62629, 24}, {62168, 40}},
+    {{62653, 24}, {62677, 29}},
+    {{62706, 24}, {62730, 20}},
+    {{62750, 22}, {62772, 40}},
+    {{62812, 24}, {62836, 24}},
+    {{62860, 22}, {62882, 23}},
+    {{62905, 22}, {62927, 34}},
+    {{62961, 24}, {62985, 34}},
+    {{63019, 22}, {63041, 31}},
+    {{63072, 22}, {63094, 47}},
+    {{63141, 24}, {63165, 28}},
+    {{63193, 24}, {63217, 15}},
+    {{63232, 24}, {63256, 23}},
+    {{63279, 22}, {63301, 40}},
+    {{63341, 24}, {63365, 31}},
+    {{63396, 22}, {63418, 57}},
+    {{63475, 24}, {63499, 24}},
+    {{63523, 24}, {63547, 33}},
+    {{63580, 24}, {63604, 22}},
+    {{63626, 24}, {63650, 28}},
+    {{63678, 24}, {63702, 22}},
+    {{63724, 22}, {63746, 26}},
+    {{63772, 22}, {63794, 47}},
+    {{63841, 24}, {63865, 24}},
+    {{63889, 22}, {63911, 28}},
+    {{63939, 22}, {63961, 43}},
+    {{64004, 24}, {64028, 20}},
+    {{64048, 22}, {64070, 70}},
+    {{64140, 24}, {64164, 50}},
+    {{64214, 22}, {64236, 20}},
+    {{64256, 22}, {64278, 26}},
+    {{64304, 22}, {64326, 25}},
+    {{64351, 22}, {64373, 31}},
+    {{64404, 22}, {64426, 18}},
+    {{64444, 22}, {64466, 24}},
+    {{64490, 22}, {64512, 19}},
+    {{64531, 22}, {64553, 66}},
+    {{64619, 24}, {64643, 48}},
+    {{64691, 22}, {64713, 28}},
+    {{64741, 22}, {64763, 25}},
+    {{64788, 22}, {64810, 29}},
+    {{64839, 22}, {64763, 25}},
+    {{64861, 22}, {64883, 30}},
+    {{64913, 22}, {64935, 28}},
+    {{64963, 22}, {64985, 30}},
+    {{65015, 22}, {65037, 24}},
+    {{65061, 22}, {65083, 31}},
+    {{65114, 22}, {65136, 31}},
+    {{65167, 22}, {65189, 28}},
+    {{65217, 22}, {65239, 31}},
+    {{65270, 22}, {58012, 25}},
+    {{65292, 22}, {65314, 32}},
+    {{65346, 22}, {65368, 36}},
+    {{65404, 22}, {55185, 33}},
+    {{65426, 22}, {65448, 24}},
+    {{65472, 22}, {65494, 33}},
+    {{65527, 22}, {65549, 25}},
+    {{65574, 22}, {65596, 30}},
+    {{65626, 22}, {65648, 27}},
+    {{65675, 22}, {65697, 29}},
+    {{65726, 22}, {65748, 24}},
+    {{65772, 22}, {57462, 33}},
+    {{65794, 22}, {65816, 24}},
+    {{65840, 22}, {65862, 22}},
+    {{65884, 22}, {65906, 22}},
+    {{65928, 22}, {65950, 32}},
+    {{65982, 19}, {64278, 26}},
+    {{66001, 19}, {66020, 51}},
+    {{66071, 21}, {66092, 31}},
+    {{66123, 21}, {66144, 40}},
+    {{66184, 19}, {66203, 37}},
+    {{66240, 18}, {66258, 25}},
+    {{66283, 19}, {66302, 45}},
+    {{66347, 21}, {66368, 29}},
+    {{66397, 21}, {66418, 31}},
+    {{66449, 21}, {66470, 24}},
+    {{66494, 21}, {66515, 24}},
+    {{66539, 22}, {66561, 32}},
+    {{66593, 19}, {66612, 43}},
+    {{66655, 21}, {66676, 31}},
+    {{66707, 19}, {66726, 50}},
+    {{66776, 19}, {66795, 31}},
+    {{66826, 19}, {66845, 34}},
+    {{66879, 19}, {66898, 32}},
+    {{66930, 19}, {66949, 29}},
+    {{66978, 19}, {66997, 27}},
+    {{67024, 18}, {67042, 21}},
+    {{67063, 19}, {67082, 39}},
+    {{67121, 19}, {67140, 54}},
+    {{67194, 21}, {67215, 52}},
+    {{67267, 19}, {67286, 40}},
+    {{67326, 19}, {67345, 28}},
+    {{67373, 19}, {67392, 25}},
+    {{67417, 19}, {67436, 45}},
+    {{67481, 22}, {67503, 22}},
+    {{67525, 22}, {67547, 33}},
+    {{67580, 22}, {67602, 27}},
+    {{67629, 22}, {67651, 25}},
+    {{67676, 22}, {67698, 41}},
+    {{67739, 24}, {67763, 22}},
+    {{67785, 24}, {67809, 23}},
+    {{67832, 24}, {67856, 20}},
+    {{67876, 22}, {67898, 18}},
+    {{67916, 22}, {67938, 29}},
+    {{67967, 22}, {67989, 43}},
+    {{68032, 22}, {68054, 29}},
+    {{68083, 19}, {68102, 60}},
+    {{68162, 19}, {68181, 47}},
+    {{68228, 19}, {68247, 71}},
+    {{68318, 21}, {68339, 61}},
+    {{68400, 21}, {58223, 29}},
+    {{68421, 22}, {68443, 38}},
+    {{68481, 19}, {68500, 34}},
+    {{68534, 18}, {68552, 32}},
+    {{68584, 19}, {68603, 36}},
+    {{68639, 19}, {68658, 36}},
+    {{68694, 19}, {68713, 67}},
+    {{68780, 21}, {68801, 44}},
+    {{68845, 21}, {68866, 32}},
+    {{68898, 19}, {68917, 38}},
+    {{68955, 19}, {68974, 70}},
+    {{69044, 21}, {69065, 61}},
+    {{69126, 19}, {69145, 48}},
+    {{69193, 21}, {69214, 42}},
+    {{69256, 19}, {69275, 40}},
+    {{69315, 19}, {69334, 77}},
+    {{69411, 21}, {69432, 44}},
+    {{69476, 21}, {69497, 34}},
+    {{69531, 19}, {69550, 38}},
+    {{69588, 19}, {69607, 31}},
+    {{69638, 18}, {69656, 33}},
+    {{69689, 19}, {69708, 49}},
+    {{69757, 19}, {69776, 29}},
+    {{69805, 22}, {69827, 16}},
+    {{69843, 19}, {69862, 32}},
+    {{69894, 19}, {69913, 34}},
+    {{69947, 19}, {69966, 32}},
+    {{69998, 19}, {70017, 40}},
+    {{70057, 22}, {70079, 35}},
+    {{70114, 22}, {70136, 39}},
+    {{70175, 24}, {70199, 28}},
+    {{70227, 24}, {70251, 28}},
+    {{70279, 24}, {70303, 32}},
+    {{70335, 24}, {70359, 25}},
+    {{70384, 24}, {70408, 24}},
+    {{70432, 24}, {70456, 23}},
+    {{70479, 24}, {70503, 21}},
+    {{70524, 19}, {70543, 38}},
+    {{70581, 19}, {70600, 40}},
+    {{70640, 19}, {70659, 40}},
+    {{70699, 19}, {70718, 42}},
+    {{70760, 18}, {70778, 66}},
+    {{70844, 20}, {57462, 33}},
+    {{70864, 20}, {70884, 30}},
+    {{70914, 19}, {70933, 49}},
+    {{70982, 18}, {71000, 33}},
+    {{71033, 18}, {71051, 26}},
+    {{71077, 17}, {71094, 10}},
+    {{71104, 19}, {38423, 3}},
+    {{71123, 19}, {38442, 2}},
+    {{71142, 12}, {34908, 4}},
+    {{71154, 24}, {71178, 18}},
+    {{71196, 19}, {22413, 12}},
+    {{71215, 18}, {71233, 11}},
+    {{71244, 20}, {22727, 13}},
+    {{71264, 22}, {71286, 13}},
+    {{71299, 22}, {71321, 23}},
+    {{71344, 22}, {38729, 4}},
+    {{71366, 33}, {71399, 28}},
+    {{71427, 35}, {71462, 12}},
+    {{71474, 35}, {71509, 16}},
+    {{71525, 37}, {71562, 12}},
+    {{71574, 30}, {71604, 25}},
+    {{71629, 19}, {71648, 12}},
+    {{71660, 24}, {71684, 18}},
+    {{71702, 26}, {71728, 13}},
+    {{71741, 26}, {71767, 19}},
+    {{71786, 26}, {71812, 17}},
+    {{71829, 26}, {71855, 7}},
+    {{71862, 26}, {71888, 9}},
+    {{71897, 26}, {71923, 22}},
+    {{71945, 26}, {71971, 22}},
+    {{71993, 26}, {72019, 9}},
+    {{72028, 22}, {72050, 16}},
+    {{72066, 24}, {72090, 24}},
+    {{72114, 24}, {72138, 8}},
+    {{72146, 24}, {72170, 11}},
+    {{72181, 24}, {72205, 11}},
+    {{72216, 24}, {72240, 9}},
+    {{72249, 24}, {72273, 10}},
+    {{72283, 24}, {72307, 9}},
+    {{72316, 24}, {72340, 17}},
+    {{72357, 22}, {72379, 15}},
+    {{72394, 24}, {72418, 10}},
+    {{72428, 24}, {72452, 10}},
+    {{72462, 25}, {72487, 4}},
+    {{72491, 24}, {72487, 4}},
+    {{72515, 24}, {45656, 8}},
+    {{72539, 25}, {43726, 6}},
+    {{72564, 25}, {72589, 8}},
+    {{72597, 24}, {72621, 7}},
+    {{72628, 25}, {72621, 7}},
+    {{72653, 24}, {72677, 24}},
+    {{72701, 19}, {72720, 12}},
+    {{72732, 17}, {72749, 10}},
+    {{72759, 25}, {72784, 19}},
+    {{72803, 27}, {72830, 9}},
+    {{72839, 27}, {48232, 6}},
+    {{72866, 22}, {72888, 15}},
+    {{72903, 24}, {38423, 3}},
+    {{72927, 24}, {38442, 2}},
+    {{72951, 21}, {72972, 14}},
+    {{72986, 23}, {43052, 7}},
+    {{73009, 23}, {73032, 8}},
+    {{73040, 23}, {48298, 8}},
+    {{73063, 23}, {73086, 10}},
+    {{73096, 23}, {73119, 13}},
+    {{73132, 23}, {73155, 11}},
+    {{73166, 23}, {73189, 14}},
+    {{73203, 23}, {73226, 10}},
+    {{73236, 23}, {43024, 9}},
+    {{73259, 23}, {73282, 15}},
+    {{73297, 19}, {73316, 12}},
+    {{73328, 21}, {73349, 11}},
+    {{73360, 21}, {73381, 13}},
+    {{73394, 26}, {73420, 20}},
+    {{73440, 28}, {73468, 8}},
+    {{73476, 28}, {73504, 6}},
+    {{73510, 28}, {73538, 5}},
+    {{73543, 28}, {73571, 8}},
+    {{73579, 28}, {73607, 11}},
+    {{73618, 28}, {33803, 5}},
+    {{73646, 20}, {73666, 13}},
+    {{73679, 26}, {73705, 20}},
+    {{73725, 25}, {73750, 19}},
+    {{73769, 35}, {73804, 30}},
+    {{73834, 37}, {53248, 2}},
+    {{73871, 37}, {73908, 7}},
+    {{73915, 26}, {73941, 21}},
+    {{73962, 28}, {38423, 3}},
+    {{73990, 28}, {38442, 2}},
+    {{74018, 21}, {74039, 14}},
+    {{74053, 23}, {73349, 11}},
+    {{74076, 23}, {74099, 10}},
+    {{74109, 23}, {74132, 17}},
+    {{74149, 25}, {38423, 3}},
+    {{74174, 25}, {38442, 2}},
+    {{74199, 16}, {33857, 8}},
+    {{74215, 18}, {74233, 42}},
+    {{74275, 18}, {74293, 29}},
+    {{74322, 18}, {74293, 29}},
+    {{74340, 19}, {74359, 19}},
+    {{74378, 19}, {74397, 12}},
+    {{74409, 19}, {74428, 13}},
+    {{74441, 18}, {14090, 10}},
+    {{74459, 20}, {43726, 6}},
+    {{74479, 17}, {74496, 10}},
+    {{74506, 19}, {45656, 8}},
+    {{74525, 19}, {48298, 8}},
+    {{74544, 20}, {38934, 4}},
+    {{74564, 20}, {48415, 19}},
+    {{74584, 20}, {74604, 14}},
+    {{74618, 20}, {74638, 19}},
+    {{74657, 19}, {44433, 4}},
+    {{74676, 20}, {74696, 16}},
+    {{74712, 20}, {74732, 17}},
+    {{74749, 20}, {74769, 5}},
+    {{74774, 20}, {74794, 17}},
+    {{74811, 20}, {74831, 13}},
+    {{74844, 20}, {74864, 16}},
+    {{74880, 20}, {74900, 9}},
+    {{74909, 20}, {74929, 4}},
+    {{74933, 20}, {74953, 3}},
+    {{74956, 19}, {73155, 11}},
+    {{74975, 20}, {74995, 3}},
+    {{74998, 19}, {48384, 6}},
+    {{75017, 19}, {75036, 6}},
+    {{75042, 19}, {48459, 9}},
+    {{75061, 23}, {42869, 3}},
+    {{75084, 19}, {73189, 14}},
+    {{75103, 19}, {48493, 5}},
+    {{75122, 19}, {75141, 11}},
+    {{75152, 21}, {75173, 15}},
+    {{75188, 23}, {75211, 4}},
+    {{75215, 23}, {75238, 3}},
+    {{75241, 17}, {33568, 9}},
+    {{75258, 19}, {75277, 14}},
+    {{75291, 19}, {43726, 6}},
+    {{75310, 19}, {75329, 4}},
+    {{75333, 27}, {75360, 21}},
+    {{75381, 29}, {75410, 23}},
+    {{75433, 34}, {43656, 4}},
+    {{75467, 33}, {41472, 3}},
+    {{75500, 23}, {75523, 16}},
+    {{75539, 21}, {75560, 15}},
+    {{75575, 23}, {45656, 8}},
+    {{75598, 23}, {75621, 6}},
+    {{75627, 23}, {75650, 5}},
+    {{75655, 19}, {75674, 12}},
+    {{75686, 21}, {75707, 3}},
+    {{75710, 22}, {72487, 4}},
+    {{75732, 22}, {75754, 10}},
+    {{75764, 22}, {45656, 8}},
+    {{75786, 23}, {75809, 18}},
+    {{75827, 23}, {75850, 18}},
+    {{75868, 22}, {75890, 15}},
+    {{75905, 24}, {44345, 4}},
+    {{75929, 24}, {48298, 8}},
+    {{75953, 24}, {44433, 4}},
+    {{75977, 24}, {76001, 14}},
+    {{76015, 24}, {48384, 6}},
+    {{76039, 24}, {76063, 13}},
+    {{76076, 21}, {35027, 13}},
+    {{76097, 23}, {44345, 4}},
+    {{76120, 25}, {76145, 28}},
+    {{76173, 25}, {76198, 22}},
+    {{76220, 25}, {76245, 19}},
+    {{76264, 23}, {76287, 35}},
+    {{76322, 23}, {76345, 33}},
+    {{76378, 24}, {76402, 26}},
+    {{76428, 24}, {76452, 20}},
+    {{76472, 24}, {76496, 17}},
+    {{76513, 25}, {76538, 19}},
+    {{76557, 27}, {76584, 22}},
+    {{76606, 25}, {76631, 19}},
+    {{76650, 25}, {76675, 19}},
+    {{76694, 26}, {76720, 20}},
+    {{76740, 27}, {76767, 21}},
+    {{76788, 29}, {76817, 23}},
+    {{76840, 26}, {76866, 20}},
+    {{76886, 32}, {76918, 26}},
+    {{76944, 27}, {76971, 21}},
+    {{76992, 26}, {77018, 20}},
+    {{77038, 29}, {77067, 23}},
+    {{77090, 21}, {77111, 14}},
+    {{77125, 24}, {77149, 18}},
+    {{77167, 24}, {77191, 18}},
+    {{77209, 25}, {77234, 19}},
+    {{77253, 29}, {77282, 25}},
+    {{77307, 25}, {77332, 19}},
+    {{77351, 27}, {77378, 21}},
+    {{77399, 24}, {77423, 18}},
+    {{77441, 24}, {77465, 18}},
+    {{77483, 27}, {77510, 21}},
+    {{77531, 20}, {77551, 13}},
+    {{77564, 24}, {77588, 18}},
+    {{77606, 24}, {77630, 18}},
+    {{77648, 25}, {77673, 19}},
+    {{77692, 26}, {77718, 20}},
+    {{77738, 28}, {77766, 22}},
+    {{77788, 25}, {77813, 19}},
+    {{77832, 31}, {77863, 25}},
+    {{77888, 26}, {77914, 20}},
+    {{77934, 25}, {77959, 19}},
+    {{77978, 28}, {78006, 22}},
+    {{78028, 20}, {29480, 13}},
+    {{78048, 22}, {38934, 4}},
+    {{78070, 22}, {78092, 42}},
+    {{78134, 24}, {78158, 6}},
+    {{78164, 23}, {73468, 8}},
+    {{78187, 22}, {78209, 15}},
+    {{78224, 24}, {78248, 6}},
+    {{78254, 22}, {78209, 15}},
+    {{78276, 23}, {73504, 6}},
+    {{78299, 22}, {73571, 8}},
+    {{78321, 23}, {73538, 5}},
+    {{78344, 22}, {73607, 11}},
+    {{78366, 24}, {48232, 6}},
+    {{78390, 22}, {33803, 5}},
+    {{78412, 23}, {73571, 8}},
+    {{78435, 23}, {33803, 5}},
+    {{78458, 23}, {73607, 11}},
+    {{78481, 30}, {78511, 24}},
+    {{78535, 32}, {38423, 3}},
+    {{78567, 32}, {41472, 3}},
+    {{78599, 32}, {43656, 4}},
+    {{78631, 32}, {41472, 3}},
+    {{78663, 32}, {43656, 4}},
+    {{78695, 28}, {78723, 23}},
+    {{78746, 27}, {78773, 21}},
+    {{78794, 29}, {38934, 4}},
+    {{78823, 29}, {78852, 6}},
+    {{78858, 29}, {78158, 6}},
+    {{78887, 29}, {78916, 30}},
+    {{78946, 33}, {78852, 6}},
+    {{78979, 33}, {78158, 6}},
+    {{79012, 33}, {78916, 30}},
+    {{79045, 21}, {79066, 15}},
+    {{79081, 23}, {79104, 7}},
+    {{79111, 23}, {79134, 36}},
+    {{79170, 23}, {79193, 34}},
+    {{79227, 23}, {79250, 9}},
+    {{79259, 23}, {79282, 10}},
+    {{79292, 20}, {79312, 13}},
+    {{79325, 22}, {79347, 16}},
+    {{79363, 22}, {79385, 8}},
+    {{79393, 22}, {79415, 7}},
+    {{79422, 24}, {79446, 18}},
+    {{79464, 26}, {38423, 3}},
+    {{79490, 26}, {45656, 8}},
+    {{79516, 26}, {45695, 8}},
+    {{79542, 22}, {79564, 16}},
+    {{79580, 24}, {38423, 3}},
+    {{79604, 24}, {38442, 2}},
 };
 constexpr detail::StringRow kStringsChineseMinolta[] = {
-    {{41641, 18}, {79605, 6}},
-    {{41659, 23}, {79605, 6}},
-    {{41970, 19}, {79611, 12}},
-    {{42001, 17}, {79623, 12}},
-    {{42028, 19}, {79635, 23}},
-    {{42072, 19}, {79658, 29}},
-    {{42113, 21}, {79687, 6}},
-    {{42141, 21}, {79693, 6}},
-    {{42167, 21}, {79699, 6}},
-    {{42192, 21}, {79705, 6}},
-    {{42218, 21}, {79711, 6}},
-    {{42249, 21}, {79717, 6}},
-    {{42283, 20}, {79723, 16}},
-    {{42322, 20}, {79739, 22}},
-    {{42399, 20}, {79761, 23}},
-    {{42440, 20}, {79784, 16}},
-    {{42478, 20}, {79800, 17}},
-    {{42629, 19}, {79817, 21}},
-    {{42736, 19}, {79838, 22}},
-    {{42780, 19}, {79860, 19}},
-    {{42849, 19}, {79879, 46}},
-    {{42925, 19}, {79925, 6}},
-    {{42947, 19}, {79931, 19}},
-    {{43133, 18}, {6940, 18}},
-    {{43329, 24}, {79950, 6}},
-    {{43669, 16}, {79956, 9}},
-    {{43685, 18}, {79965, 6}},
-    {{44445, 19}, {79971, 12}},
-    {{44565, 17}, {79983, 12}},
-    {{45519, 29}, {79995, 18}},
-    {{45571, 31}, {80013, 3}},
-    {{45602, 31}, {79965, 6}},
-    {{47103, 28}, {80016, 12}},
-    {{48048, 20}, {80028, 12}},
-    {{48110, 22}, {80040, 12}},
-    {{48149, 22}, {80052, 12}},
-    {{48187, 22}, {80064, 12}},
-    {{48215, 22}, {80076, 21}},
-    {{48250, 25}, {80097, 6}},
-    {{48411, 25}, {80103, 6}},
-    {{48587, 20}, {29625, 12}},
-    {{48677, 15}, {80109, 9}},
-    {{48794, 13}, {80118, 6}},
-    {{48807, 15}, {80124, 22}},
-    {{48841, 15}, {80146, 18}},
-    {{48954, 25}, {80164, 12}},
-    {{52309, 19}, {80176, 30}},
-    {{52595, 19}, {29661, 6}},
-    {{52999, 17}, {80206, 12}},
-    {{53084, 19}, {80218, 6}},
-    {{53122, 19}, {80218, 6}},
-    {{53561, 20}, {80224, 13}},
-    {{53786, 20}, {80237, 13}},
-    {{55070, 16}, {80250, 9}},
-    {{71119, 12}, {80259, 6}},
-    {{71173, 19}, {29673, 21}},
-    {{71221, 20}, {29694, 12}},
-    {{71241, 22}, {80265, 12}},
-    {{71276, 22}, {80277, 12}},
-    {{71321, 22}, {80289, 9}},
-    {{72843, 22}, {80298, 12}},
-    {{73017, 23}, {80097, 6}},
-    {{74192, 18}, {80310, 13}},
-    {{74252, 18}, {80323, 39}},
-    {{74299, 18}, {80323, 39}},
-    {{74317, 19}, {80310, 13}},
-    {{74355, 19}, {80362, 18}},
-    {{74386, 19}, {80380, 17}},
-    {{74418, 18}, {29718, 9}},
-    {{74436, 20}, {79965, 6}},
-    {{74456, 17}, {80397, 12}},
-    {{74502, 19}, {80097, 6}},
-    {{74521, 20}, {80409, 6}},
-    {{74541, 20}, {80415, 13}},
-    {{74561, 20}, {80428, 12}},
-    {{74595, 20}, {80440, 18}},
-    {{74653, 20}, {80458, 12}},
-    {{74689, 20}, {80470, 20}},
-    {{74751, 20}, {80490, 2}},
-    {{74933, 19}, {79711, 6}},
-    {{74975, 19}, {80492, 6}},
-    {{74994, 19}, {80498, 12}},
-    {{75019, 19}, {80103, 6}},
-    {{75061, 19}, {80510, 12}},
-    {{75080, 19}, {80522, 6}},
-    {{75218, 17}, {80528, 6}},
-    {{75235, 19}, {80534, 13}},
-    {{75268, 19}, {79965, 6}},
-    {{75287, 19}, {80547, 3}},
-    {{75906, 24}, {80097, 6}},
-    {{78005, 20}, {29745, 9}},
-    {{78025, 22}, {80409, 6}},
-    {{78047, 22}, {80550, 37}},
-    {{78111, 24}, {80587, 9}},
-    {{78141, 23}, {80596, 9}},
-    {{78164, 22}, {80605, 16}},
-    {{78231, 22}, {80605, 16}},
-    {{78253, 23}, {80621, 6}},
-    {{78276, 22}, {80627, 9}},
-    {{78298, 23}, {80636, 6}},
-    {{78321, 22}, {80642, 6}},
-    {{78343, 24}, {80218, 6}},
-    {{78367, 22}, {80118, 6}},
-    {{78389, 23}, {80627, 9}},
-    {{78412, 23}, {80118, 6}},
-    {{78435, 23}, {80642, 6}},
-    {{79269, 20}, {80648, 12}},
-    {{79302, 22}, {80013, 3}},
-    {{79340, 22}, {80660, 3}},
-    {{79370, 22}, {80547, 3}},
+    {{41664, 18}, {79628, 6}},
+    {{41682, 23}, {79628, 6}},
+    {{41993, 19}, {79634, 12}},
+    {{42024, 17}, {79646, 12}},
+    {{42051, 19}, {79658, 6}},
+    {{42095, 19}, {79664, 12}},
+    {{42136, 21}, {79676, 6}},
+    {{42164, 21}, {79682, 6}},
+    {{42190, 21}, {79688, 6}},
+    {{42215, 21}, {79694, 6}},
+    {{42241, 21}, {79700, 6}},
+    {{42272, 21}, {79706, 6}},
+    {{42306, 20}, {79712, 16}},
+    {{42345, 20}, {79682, 6}},
+    {{42422, 20}, {79688, 6}},
+    {{42463, 20}, {79728, 16}},
+    {{42501, 20}, {79706, 6}},
+    {{42652, 19}, {79744, 6}},
+    {{42759, 19}, {79750, 6}},
+    {{42803, 19}, {79756, 6}},
+    {{42872, 19}, {79762, 22}},
+    {{42948, 19}, {79784, 6}},
+    {{42970, 19}, {79784, 6}},
+    {{43156, 18}, {6940, 18}},
+    {{43352, 24}, {79790, 6}},
+    {{43692, 16}, {79796, 9}},
+    {{43708, 18}, {79658, 6}},
+    {{44468, 19}, {79805, 12}},
+    {{44588, 17}, {79817, 12}},
+    {{45542, 29}, {79829, 18}},
+    {{45594, 31}, {79847, 3}},
+    {{45625, 31}, {79658, 6}},
+    {{47126, 28}, {79850, 12}},
+    {{48071, 20}, {79862, 12}},
+    {{48133, 22}, {79874, 12}},
+    {{48172, 22}, {79886, 12}},
+    {{48210, 22}, {79898, 12}},
+    {{48238, 22}, {79910, 12}},
+    {{48273, 25}, {79744, 6}},
+    {{48434, 25}, {79750, 6}},
+    {{48610, 20}, {29648, 12}},
+    {{48700, 15}, {79922, 9}},
+    {{48817, 13}, {79931, 6}},
+    {{48830, 15}, {79937, 15}},
+    {{48864, 15}, {79952, 12}},
+    {{48977, 25}, {79964, 12}},
+    {{52332, 19}, {79976, 6}},
+    {{52618, 19}, {29684, 6}},
+    {{53022, 17}, {79982, 12}},
+    {{53107, 19}, {79994, 6}},
+    {{53145, 19}, {79994, 6}},
+    {{53584, 20}, {79976, 6}},
+    {{53809, 20}, {79976, 6}},
+    {{55093, 16}, {80000, 9}},
+    {{71142, 12}, {80009, 6}},
+    {{71196, 19}, {29696, 21}},
+    {{71244, 20}, {29717, 12}},
+    {{71264, 22}, {80015, 12}},
+    {{71299, 22}, {80027, 12}},
+    {{71344, 22}, {80039, 9}},
+    {{72866, 22}, {80048, 12}},
+    {{73040, 23}, {79744, 6}},
+    {{74215, 18}, {80060, 13}},
+    {{74275, 18}, {80073, 39}},
+    {{74322, 18}, {80073, 39}},
+    {{74340, 19}, {80060, 13}},
+    {{74378, 19}, {80112, 18}},
+    {{74409, 19}, {80130, 17}},
+    {{74441, 18}, {29741, 9}},
+    {{74459, 20}, {79658, 6}},
+    {{74479, 17}, {80147, 12}},
+    {{74525, 19}, {79744, 6}},
+    {{74544, 20}, {79976, 6}},
+    {{74564, 20}, {80159, 13}},
+    {{74584, 20}, {80172, 12}},
+    {{74618, 20}, {80184, 18}},
+    {{74676, 20}, {80202, 12}},
+    {{74712, 20}, {80214, 20}},
+    {{74774, 20}, {80234, 2}},
+    {{74956, 19}, {79700, 6}},
+    {{74998, 19}, {80236, 6}},
+    {{75017, 19}, {80242, 12}},
+    {{75042, 19}, {79750, 6}},
+    {{75084, 19}, {80254, 12}},
+    {{75103, 19}, {80266, 6}},
+    {{75241, 17}, {80272, 6}},
+    {{75258, 19}, {80278, 13}},
+    {{75291, 19}, {79658, 6}},
+    {{75310, 19}, {80291, 3}},
+    {{75929, 24}, {79744, 6}},
+    {{78028, 20}, {29768, 9}},
+    {{78048, 22}, {79976, 6}},
+    {{78070, 22}, {80294, 37}},
+    {{78134, 24}, {80331, 9}},
+    {{78164, 23}, {80340, 9}},
+    {{78187, 22}, {80349, 16}},
+    {{78254, 22}, {80349, 16}},
+    {{78276, 23}, {80365, 6}},
+    {{78299, 22}, {80371, 9}},
+    {{78321, 23}, {80380, 6}},
+    {{78344, 22}, {80386, 6}},
+    {{78366, 24}, {79994, 6}},
+    {{78390, 22}, {79931, 6}},
+    {{78412, 23}, {80371, 9}},
+    {{78435, 23}, {79931, 6}},
+    {{78458, 23}, {80386, 6}},
+    {{79292, 20}, {80392, 12}},
+    {{79325, 22}, {79847, 3}},
+    {{79363, 22}, {80404, 3}},
+    {{79393, 22}, {80291, 3}},
 };
 constexpr detail::StringRow kStringsFrenchMinolta[] = {
-    {{38363, 14}, {80663, 15}},
-    {{38384, 16}, {80678, 11}},
-    {{38403, 16}, {80689, 7}},
-    {{38421, 26}, {80696, 21}},
-    {{38467, 26}, {80717, 35}},
-    {{38579, 28}, {80678, 11}},
-    {{38607, 18}, {80752, 27}},
-    {{38637, 20}, {80779, 5}},
-    {{38661, 20}, {80784, 6}},
-    {{38710, 16}, {80790, 36}},
-    {{38735, 18}, {80689, 7}},
-    {{38753, 18}, {80678, 11}},
-    {{38771, 14}, {80826, 19}},
-    {{38871, 15}, {80845, 20}},
-    {{38915, 17}, {80865, 9}},
-    {{38938, 17}, {80874, 7}},
-    {{38958, 17}, {80881, 17}},
-    {{38984, 17}, {80898, 9}},
-    {{39006, 17}, {80907, 16}},
-    {{39035, 17}, {80923, 6}},
-    {{39058, 17}, {80929, 16}},
-    {{39086, 17}, {80945, 9}},
-    {{39107, 17}, {80954, 17}},
-    {{39132, 23}, {80971, 22}},
-    {{39172, 25}, {80993, 6}},
-    {{39197, 25}, {80999, 4}},
-    {{39247, 25}, {81003, 5}},
-    {{39297, 25}, {81008, 3}},
-    {{39347, 25}, {81011, 6}},
-    {{41641, 18}, {81017, 11}},
-    {{41659, 23}, {81017, 11}},
-    {{41914, 31}, {81028, 35}},
-    {{41970, 19}, {81063, 17}},
-    {{42001, 17}, {81080, 20}},
-    {{42028, 19}, {81100, 29}},
-    {{42072, 19}, {81129, 25}},
-    {{42113, 21}, {81154, 6}},
-    {{42141, 21}, {81160, 5}},
-    {{42167, 21}, {81165, 7}},
-    {{42192, 21}, {81172, 8}},
-    {{42218, 21}, {81180, 12}},
-    {{42249, 21}, {81192, 16}},
-    {{42283, 20}, {81208, 18}},
-    {{42322, 20}, {81226, 21}},
-    {{42363, 21}, {81247, 19}},
-    {{42399, 20}, {81266, 24}},
-    {{42440, 20}, {81290, 19}},
-    {{42478, 20}, {81309, 24}},
-    {{42522, 20}, {81333, 24}},
-    {{42562, 20}, {81357, 23}},
-    {{42602, 20}, {81380, 11}},
-    {{42629, 19}, {81391, 32}},
-    {{42715, 21}, {80678, 11}},
-    {{42736, 19}, {81423, 23}},
-    {{42780, 19}, {81446, 30}},
-    {{42818, 28}, {81476, 14}},
-    {{42849, 19}, {81490, 65}},
-    {{42925, 19}, {81555, 3}},
-    {{42947, 19}, {81558, 16}},
-    {{42982, 19}, {81574, 9}},
-    {{43010, 19}, {81583, 7}},
-    {{43133, 18}, {7133, 22}},
-    {{43151, 20}, {81590, 20}},
-    {{43224, 20}, {81610, 17}},
-    {{43261, 20}, {81627, 28}},
-    {{43309, 20}, {81574, 9}},
-    {{43329, 24}, {81655, 20}},
-    {{43669, 16}, {81675, 9}},
-    {{43685, 18}, {81684, 7}},
-    {{44172, 21}, {81691, 10}},
-    {{44201, 21}, {81675, 9}},
-    {{44243, 21}, {81701, 5}},
-    {{44301, 21}, {81706, 6}},
-    {{44389, 21}, {81712, 5}},
-    {{44445, 19}, {81717, 15}},
-    {{44476, 21}, {80678, 11}},
-    {{44565, 17}, {81732, 20}},
-    {{44592, 18}, {81752, 19}},
-    {{44825, 20}, {81771, 11}},
-    {{45049, 19}, {81782, 44}},
-    {{45111, 19}, {81826, 7}},
-    {{45130, 19}, {81833, 55}},
-    {{45269, 19}, {81888, 64}},
-    {{45345, 19}, {81952, 63}},
-    {{45416, 19}, {82015, 11}},
-    {{45481, 19}, {82026, 39}},
-    {{45500, 19}, {82065, 40}},
-    {{45519, 29}, {82105, 15}},
-    {{45571, 31}, {80678, 11}},
-    {{47103, 28}, {82120, 22}},
-    {{48048, 20}, {82142, 17}},
-    {{48110, 22}, {82159, 24}},
-    {{48149, 22}, {82183, 25}},
-    {{48187, 22}, {82208, 19}},
-    {{48215, 22}, {82227, 31}},
-    {{48336, 25}, {82258, 17}},
-    {{48367, 25}, {82275, 21}},
-    {{48411, 25}, {82296, 7}},
-    {{48587, 20}, {29954, 13}},
-    {{48677, 15}, {82303, 13}},
-    {{48742, 26}, {80678, 11}},
-    {{48768, 26}, {80689, 7}},
-    {{48794, 13}, {82316, 6}},
-    {{48807, 15}, {82322, 36}},
-    {{48841, 15}, {82358, 28}},
-    {{48867, 20}, {82386, 17}},
-    {{48922, 22}, {82403, 15}},
-    {{48954, 25}, {82418, 34}},
-    {{49006, 28}, {82452, 46}},
-    {{51650, 18}, {82498, 14}},
-    {{51679, 20}, {82512, 3}},
-    {{51701, 20}, {82515, 3}},
-    {{51724, 21}, {82518, 14}},
-    {{51759, 23}, {82532, 12}},
-    {{51790, 26}, {82544, 6}},
-    {{51848, 26}, {82550, 31}},
-    {{51899, 26}, {82581, 15}},
-    {{51937, 26}, {82596, 21}},
-    {{51977, 26}, {82617, 20}},
-    {{52018, 26}, {82637, 11}},
-    {{52052, 26}, {82648, 27}},
-    {{52081, 25}, {82675, 15}},
-    {{52292, 17}, {30034, 13}},
-    {{52309, 19}, {82690, 46}},
-    {{52356, 19}, {82736, 39}},
-    {{52392, 19}, {82775, 22}},
-    {{52439, 19}, {82797, 17}},
-    {{52458, 19}, {82814, 38}},
-    {{52495, 17}, {82852, 13}},
-    {{52568, 19}, {82865, 7}},
-    {{52595, 19}, {30047, 20}},
-    {{52708, 21}, {82872, 15}},
-    {{52854, 19}, {82887, 17}},
-    {{52885, 21}, {82904, 12}},
-    {{52918, 22}, {82916, 13}},
-    {{52956, 21}, {82512, 3}},
-    {{52977, 22}, {82515, 3}},
-    {{52999, 17}, {82929, 21}},
-    {{53026, 19}, {82950, 32}},
-    {{53055, 19}, {82982, 35}},
-    {{53084, 19}, {83017, 8}},
-    {{53122, 19}, {83017, 8}},
-    {{53334, 19}, {11060, 14}},
-    {{53486, 21}, {83025, 6}},
-    {{53521, 11}, {83031, 16}},
-    {{53532, 18}, {83047, 12}},
-    {{54025, 19}, {83059, 18}},
-    {{54056, 20}, {83077, 20}},
-    {{54090, 26}, {83097, 24}},
-    {{54135, 28}, {83121, 12}},
-    {{54163, 28}, {83133, 24}},
-    {{54200, 32}, {83157, 8}},
-    {{54232, 28}, {83157, 8}},
-    {{54628, 21}, {83165, 21}},
-    {{54663, 23}, {83186, 21}},
-    {{54686, 23}, {83207, 17}},
-    {{54714, 28}, {83224, 25}},
-    {{54980, 23}, {83249, 42}},
-    {{55020, 25}, {80689, 7}},
-    {{55045, 25}, {80678, 11}},
-    {{55070, 16}, {83291, 15}},
-    {{71054, 17}, {83306, 10}},
-    {{71081, 19}, {80678, 11}},
-    {{71100, 19}, {80689, 7}},
-    {{71119, 12}, {83316, 9}},
-    {{71131, 24}, {83325, 47}},
-    {{71173, 19}, {30172, 18}},
-    {{71192, 18}, {83372, 10}},
-    {{71221, 20}, {30190, 14}},
-    {{71241, 22}, {83382, 14}},
-    {{71276, 22}, {83396, 27}},
-    {{71343, 33}, {83423, 34}},
-    {{71404, 35}, {83457, 24}},
-    {{71451, 35}, {83481, 43}},
-    {{71502, 37}, {83524, 21}},
-    {{72334, 22}, {83545, 16}},
-    {{72371, 24}, {75684, 3}},
-    {{72516, 25}, {81684, 7}},
-    {{72574, 24}, {83561, 9}},
-    {{72605, 25}, {83561, 9}},
-    {{72630, 24}, {83570, 10}},
-    {{72709, 17}, {83580, 15}},
-    {{72843, 22}, {83595, 19}},
-    {{72880, 24}, {83121, 12}},
-    {{72904, 24}, {83157, 8}},
-    {{72928, 21}, {83614, 19}},
-    {{72963, 23}, {81583, 7}},
-    {{72986, 23}, {83633, 8}},
-    {{73040, 23}, {83641, 15}},
-    {{73073, 23}, {83656, 14}},
-    {{73109, 23}, {83670, 8}},
-    {{73213, 23}, {81574, 9}},
-    {{73236, 23}, {83678, 15}},
-    {{73623, 20}, {83693, 18}},
-    {{73656, 26}, {83711, 21}},
-    {{73702, 25}, {83732, 19}},
-    {{73811, 37}, {83751, 25}},
-    {{73892, 26}, {83776, 26}},
-    {{74086, 23}, {83802, 22}},
-    {{74126, 25}, {80678, 11}},
-    {{74151, 25}, {80689, 7}},
-    {{74192, 18}, {83824, 21}},
-    {{74252, 18}, {83845, 61}},
-    {{74299, 18}, {83845, 61}},
-    {{74317, 19}, {83824, 21}},
-    {{74355, 19}, {83906, 28}},
-    {{74386, 19}, {83934, 29}},
-    {{74436, 20}, {81684, 7}},
-    {{74456, 17}, {83963, 11}},
-    {{74521, 20}, {83974, 5}},
-    {{74541, 20}, {82275, 21}},
-    {{74561, 20}, {83979, 21}},
-    {{74595, 20}, {84000, 29}},
-    {{74634, 19}, {81712, 5}},
-    {{74653, 20}, {84029, 22}},
-    {{74689, 20}, {84051, 21}},
-    {{74751, 20}, {84072, 24}},
-    {{74788, 20}, {84096, 15}},
-    {{74821, 20}, {84111, 18}},
-    {{74857, 20}, {84129, 15}},
-    {{74886, 20}, {84144, 12}},
-    {{74910, 20}, {84156, 19}},
-    {{74933, 19}, {84175, 15}},
-    {{74975, 19}, {82258, 17}},
-    {{75019, 19}, {82296, 7}},
-    {{75038, 23}, {81476, 14}},
-    {{75061, 19}, {84190, 17}},
-    {{75099, 19}, {84207, 11}},
-    {{75129, 21}, {84218, 30}},
-    {{75218, 17}, {84248, 8}},
-    {{75235, 19}, {84256, 15}},
-    {{75268, 19}, {81684, 7}},
-    {{75287, 19}, {84271, 5}},
-    {{75845, 22}, {84276, 18}},
-    {{75882, 24}, {84294, 5}},
-    {{75930, 24}, {81712, 5}},
-    {{75954, 24}, {84190, 17}},
-    {{75992, 24}, {82258, 17}},
-    {{76016, 24}, {84299, 15}},
-    {{76074, 23}, {81706, 6}},
-    {{76490, 25}, {84314, 20}},
-    {{77067, 21}, {84334, 35}},
-    {{77102, 24}, {84369, 35}},
-    {{77144, 24}, {84404, 35}},
-    {{77186, 25}, {84439, 37}},
-    {{77418, 24}, {84476, 39}},
-    {{77460, 27}, {84515, 44}},
-    {{77508, 20}, {84559, 34}},
-    {{78005, 20}, {30428, 18}},
-    {{78025, 22}, {84593, 34}},
-    {{78047, 22}, {84627, 50}},
-    {{78111, 24}, {84677, 14}},
-    {{78141, 23}, {84691, 16}},
-    {{78164, 22}, {84707, 22}},
-    {{78231, 22}, {84707, 22}},
-    {{78253, 23}, {84729, 13}},
-    {{78276, 22}, {84742, 35}},
-    {{78298, 23}, {84777, 5}},
-    {{78321, 22}, {84782, 12}},
-    {{78343, 24}, {83017, 8}},
-    {{78389, 23}, {84742, 35}},
-    {{78435, 23}, {84782, 12}},
-    {{78458, 30}, {84794, 35}},
-    {{78512, 32}, {80678, 11}},
-    {{78544, 32}, {81008, 3}},
-    {{78576, 32}, {80999, 4}},
-    {{78608, 32}, {81008, 3}},
-    {{78640, 32}, {80999, 4}},
-    {{78672, 28}, {84829, 33}},
-    {{79269, 20}, {84862, 19}},
-    {{79302, 22}, {83121, 12}},
-    {{79340, 22}, {84881, 11}},
-    {{79370, 22}, {84892, 12}},
-    {{79557, 24}, {80678, 11}},
-    {{79581, 24}, {80689, 7}},
+    {{38386, 14}, {80407, 15}},
+    {{38407, 16}, {80422, 11}},
+    {{38426, 16}, {80433, 7}},
+    {{38444, 26}, {80440, 21}},
+    {{38490, 26}, {80461, 35}},
+    {{38602, 28}, {80422, 11}},
+    {{38630, 18}, {80496, 27}},
+    {{38660, 20}, {80523, 5}},
+    {{38684, 20}, {80528, 6}},
+    {{38733, 16}, {80534, 36}},
+    {{38758, 18}, {80433, 7}},
+    {{38776, 18}, {80422, 11}},
+    {{38794, 14}, {80570, 19}},
+    {{38894, 15}, {80589, 20}},
+    {{38938, 17}, {80609, 9}},
+    {{38961, 17}, {80618, 7}},
+    {{38981, 17}, {80625, 17}},
+    {{39007, 17}, {80642, 9}},
+    {{39029, 17}, {80651, 16}},
+    {{39058, 17}, {80667, 6}},
+    {{39081, 17}, {80673, 16}},
+    {{39109, 17}, {80689, 9}},
+    {{39130, 17}, {80698, 17}},
+    {{39155, 23}, {80715, 22}},
+    {{39195, 25}, {80737, 6}},
+    {{39220, 25}, {80743, 4}},
+    {{39270, 25}, {80747, 5}},
+    {{39320, 25}, {80752, 3}},
+    {{39370, 25}, {80755, 6}},
+    {{41664, 18}, {80761, 11}},
+    {{41682, 23}, {80761, 11}},
+    {{41937, 31}, {80772, 35}},
+    {{41993, 19}, {80807, 17}},
+    {{42024, 17}, {80824, 20}},
+    {{42051, 19}, {80844, 17}},
+    {{42095, 19}, {80861, 25}},
+    {{42136, 21}, {80886, 6}},
+    {{42164, 21}, {80892, 5}},
+    {{42190, 21}, {80897, 7}},
+    {{42215, 21}, {80904, 8}},
+    {{42241, 21}, {80912, 12}},
+    {{42272, 21}, {80924, 16}},
+    {{42306, 20}, {80886, 6}},
+    {{42345, 20}, {80940, 21}},
+    {{42386, 21}, {80961, 19}},
+    {{42422, 20}, {80980, 24}},
+    {{42463, 20}, {81004, 19}},
+    {{42501, 20}, {81023, 24}},
+    {{42545, 20}, {81047, 15}},
+    {{42585, 20}, {81062, 17}},
+    {{42625, 20}, {81079, 11}},
+    {{42652, 19}, {81090, 20}},
+    {{42738, 21}, {80422, 11}},
+    {{42759, 19}, {81110, 23}},
+    {{42803, 19}, {81133, 30}},
+    {{42841, 28}, {81163, 14}},
+    {{42872, 19}, {81177, 56}},
+    {{42948, 19}, {81233, 3}},
+    {{42970, 19}, {81236, 16}},
+    {{43005, 19}, {81252, 9}},
+    {{43033, 19}, {81261, 7}},
+    {{43156, 18}, {7133, 22}},
+    {{43174, 20}, {81268, 4}},
+    {{43247, 20}, {81233, 3}},
+    {{43284, 20}, {81272, 28}},
+    {{43332, 20}, {81252, 9}},
+    {{43352, 24}, {81300, 20}},
+    {{43692, 16}, {81320, 9}},
+    {{43708, 18}, {81329, 7}},
+    {{44195, 21}, {81336, 10}},
+    {{44224, 21}, {81320, 9}},
+    {{44266, 21}, {81346, 5}},
+    {{44324, 21}, {81351, 6}},
+    {{44412, 21}, {81357, 5}},
+    {{44468, 19}, {81362, 15}},
+    {{44499, 21}, {80422, 11}},
+    {{44588, 17}, {81377, 20}},
+    {{44615, 18}, {81397, 19}},
+    {{44848, 20}, {81416, 11}},
+    {{45072, 19}, {81427, 44}},
+    {{45134, 19}, {81471, 7}},
+    {{45153, 19}, {81478, 55}},
+    {{45292, 19}, {81533, 50}},
+    {{45368, 19}, {81583, 51}},
+    {{45439, 19}, {81634, 11}},
+    {{45504, 19}, {81645, 39}},
+    {{45523, 19}, {81684, 40}},
+    {{45542, 29}, {81724, 15}},
+    {{45594, 31}, {80422, 11}},
+    {{47126, 28}, {81739, 22}},
+    {{48071, 20}, {81761, 17}},
+    {{48133, 22}, {81778, 24}},
+    {{48172, 22}, {81802, 25}},
+    {{48210, 22}, {81827, 19}},
+    {{48238, 22}, {81846, 22}},
+    {{48359, 25}, {81868, 17}},
+    {{48390, 25}, {81885, 21}},
+    {{48434, 25}, {81906, 7}},
+    {{48610, 20}, {29977, 13}},
+    {{48700, 15}, {81913, 13}},
+    {{48765, 26}, {80422, 11}},
+    {{48791, 26}, {80433, 7}},
+    {{48817, 13}, {81926, 6}},
+    {{48830, 15}, {81932, 36}},
+    {{48864, 15}, {81968, 28}},
+    {{48890, 20}, {81996, 17}},
+    {{48945, 22}, {82013, 15}},
+    {{48977, 25}, {82028, 34}},
+    {{49029, 28}, {82062, 46}},
+    {{51673, 18}, {82108, 14}},
+    {{51702, 20}, {82122, 3}},
+    {{51724, 20}, {82125, 3}},
+    {{51747, 21}, {82128, 14}},
+    {{51782, 23}, {82142, 12}},
+    {{51813, 26}, {82154, 6}},
+    {{51871, 26}, {82160, 31}},
+    {{51922, 26}, {82191, 15}},
+    {{51960, 26}, {82206, 21}},
+    {{52000, 26}, {82227, 20}},
+    {{52041, 26}, {82247, 11}},
+    {{52075, 26}, {82258, 27}},
+    {{52104, 25}, {82285, 15}},
+    {{52315, 17}, {30057, 13}},
+    {{52332, 19}, {82300, 46}},
+    {{52379, 19}, {82346, 39}},
+    {{52415, 19}, {82385, 22}},
+    {{52462, 19}, {82407, 17}},
+    {{52481, 19}, {82424, 38}},
+    {{52518, 17}, {82462, 13}},
+    {{52591, 19}, {82475, 7}},
+    {{52618, 19}, {30070, 20}},
+    {{52731, 21}, {82482, 15}},
+    {{52877, 19}, {82497, 17}},
+    {{52908, 21}, {82514, 12}},
+    {{52941, 22}, {82526, 13}},
+    {{52979, 21}, {82122, 3}},
+    {{53000, 22}, {82125, 3}},
+    {{53022, 17}, {82539, 21}},
+    {{53049, 19}, {82560, 26}},
+    {{53078, 19}, {82586, 29}},
+    {{53107, 19}, {82615, 8}},
+    {{53145, 19}, {82615, 8}},
+    {{53357, 19}, {11060, 14}},
+    {{53509, 21}, {82623, 6}},
+    {{53544, 11}, {82629, 16}},
+    {{53555, 18}, {82645, 12}},
+    {{54048, 19}, {82657, 18}},
+    {{54079, 20}, {82675, 20}},
+    {{54113, 26}, {82695, 24}},
+    {{54158, 28}, {82719, 12}},
+    {{54186, 28}, {82731, 24}},
+    {{54223, 32}, {82755, 8}},
+    {{54255, 28}, {82755, 8}},
+    {{54651, 21}, {82763, 21}},
+    {{54686, 23}, {82784, 21}},
+    {{54709, 23}, {82805, 17}},
+    {{54737, 28}, {82822, 25}},
+    {{55003, 23}, {82847, 42}},
+    {{55043, 25}, {80433, 7}},
+    {{55068, 25}, {80422, 11}},
+    {{55093, 16}, {82889, 15}},
+    {{71077, 17}, {82904, 10}},
+    {{71104, 19}, {80422, 11}},
+    {{71123, 19}, {80433, 7}},
+    {{71142, 12}, {82914, 9}},
+    {{71154, 24}, {82923, 47}},
+    {{71196, 19}, {30195, 18}},
+    {{71215, 18}, {82970, 10}},
+    {{71244, 20}, {30213, 14}},
+    {{71264, 22}, {82980, 14}},
+    {{71299, 22}, {82994, 27}},
+    {{71366, 33}, {83021, 34}},
+    {{71427, 35}, {83055, 24}},
+    {{71474, 35}, {83079, 43}},
+    {{71525, 37}, {83122, 21}},
+    {{72357, 22}, {83143, 16}},
+    {{72394, 24}, {75707, 3}},
+    {{72539, 25}, {81329, 7}},
+    {{72597, 24}, {83159, 9}},
+    {{72628, 25}, {83159, 9}},
+    {{72653, 24}, {83168, 10}},
+    {{72732, 17}, {83178, 15}},
+    {{72866, 22}, {83193, 19}},
+    {{72903, 24}, {82719, 12}},
+    {{72927, 24}, {82755, 8}},
+    {{72951, 21}, {83212, 19}},
+    {{72986, 23}, {81261, 7}},
+    {{73009, 23}, {83231, 8}},
+    {{73063, 23}, {83239, 15}},
+    {{73096, 23}, {83254, 14}},
+    {{73132, 23}, {83268, 8}},
+    {{73236, 23}, {81252, 9}},
+    {{73259, 23}, {83276, 15}},
+    {{73646, 20}, {83291, 18}},
+    {{73679, 26}, {83309, 21}},
+    {{73725, 25}, {83330, 19}},
+    {{73834, 37}, {83349, 25}},
+    {{73915, 26}, {83374, 26}},
+    {{74109, 23}, {83400, 22}},
+    {{74149, 25}, {80422, 11}},
+    {{74174, 25}, {80433, 7}},
+    {{74215, 18}, {83422, 21}},
+    {{74275, 18}, {83443, 61}},
+    {{74322, 18}, {83443, 61}},
+    {{74340, 19}, {83422, 21}},
+    {{74378, 19}, {83504, 28}},
+    {{74409, 19}, {83532, 29}},
+    {{74459, 20}, {81329, 7}},
+    {{74479, 17}, {83561, 11}},
+    {{74544, 20}, {83572, 5}},
+    {{74564, 20}, {81885, 21}},
+    {{74584, 20}, {83577, 21}},
+    {{74618, 20}, {83598, 29}},
+    {{74657, 19}, {81357, 5}},
+    {{74676, 20}, {83627, 22}},
+    {{74712, 20}, {83649, 21}},
+    {{74774, 20}, {83670, 24}},
+    {{74811, 20}, {83694, 15}},
+    {{74844, 20}, {83709, 18}},
+    {{74880, 20}, {83727, 15}},
+    {{74909, 20}, {83742, 12}},
+    {{74933, 20}, {83754, 19}},
+    {{74956, 19}, {81047, 15}},
+    {{74998, 19}, {81868, 17}},
+    {{75042, 19}, {81906, 7}},
+    {{75061, 23}, {81163, 14}},
+    {{75084, 19}, {81062, 17}},
+    {{75122, 19}, {83773, 11}},
+    {{75152, 21}, {83784, 30}},
+    {{75241, 17}, {83814, 8}},
+    {{75258, 19}, {83822, 15}},
+    {{75291, 19}, {81329, 7}},
+    {{75310, 19}, {83837, 5}},
+    {{75868, 22}, {83842, 18}},
+    {{75905, 24}, {83860, 5}},
+    {{75953, 24}, {81357, 5}},
+    {{75977, 24}, {81062, 17}},
+    {{76015, 24}, {81868, 17}},
+    {{76039, 24}, {83865, 15}},
+    {{76097, 23}, {81351, 6}},
+    {{76513, 25}, {83880, 20}},
+    {{77090, 21}, {83900, 35}},
+    {{77125, 24}, {83935, 35}},
+    {{77167, 24}, {83970, 35}},
+    {{77209, 25}, {84005, 37}},
+    {{77441, 24}, {84042, 39}},
+    {{77483, 27}, {84081, 44}},
+    {{77531, 20}, {84125, 34}},
+    {{78028, 20}, {30451, 18}},
+    {{78048, 22}, {84159, 34}},
+    {{78070, 22}, {84193, 50}},
+    {{78134, 24}, {84243, 14}},
+    {{78164, 23}, {84257, 16}},
+    {{78187, 22}, {84273, 22}},
+    {{78254, 22}, {84273, 22}},
+    {{78276, 23}, {84295, 13}},
+    {{78299, 22}, {84308, 35}},
+    {{78321, 23}, {84343, 5}},
+    {{78344, 22}, {84348, 12}},
+    {{78366, 24}, {82615, 8}},
+    {{78412, 23}, {84308, 35}},
+    {{78458, 23}, {84348, 12}},
+    {{78481, 30}, {84360, 35}},
+    {{78535, 32}, {80422, 11}},
+    {{78567, 32}, {80752, 3}},
+    {{78599, 32}, {80743, 4}},
+    {{78631, 32}, {80752, 3}},
+    {{78663, 32}, {80743, 4}},
+    {{78695, 28}, {84395, 33}},
+    {{79292, 20}, {84428, 19}},
+    {{79325, 22}, {82719, 12}},
+    {{79363, 22}, {84447, 11}},
+    {{79393, 22}, {84458, 12}},
+    {{79580, 24}, {80422, 11}},
+    {{79604, 24}, {80433, 7}},
 };
 constexpr detail::StringRow kStringsGermanMinolta[] = {
-    {{38363, 14}, {84904, 19}},
-    {{38384, 16}, {84923, 3}},
-    {{38403, 16}, {84926, 3}},
-    {{38421, 26}, {84929, 13}},
-    {{38467, 26}, {84942, 12}},
-    {{38579, 28}, {84923, 3}},
-    {{38607, 18}, {84954, 17}},
-    {{38637, 20}, {84971, 4}},
-    {{38661, 20}, {84975, 5}},
-    {{38710, 16}, {84980, 13}},
-    {{38735, 18}, {84926, 3}},
-    {{38753, 18}, {84923, 3}},
-    {{38771, 14}, {84993, 8}},
-    {{38871, 15}, {85001, 19}},
-    {{38915, 17}, {85020, 5}},
-    {{38938, 17}, {85025, 4}},
-    {{38958, 17}, {85029, 11}},
-    {{38984, 17}, {85040, 6}},
-    {{39006, 17}, {85046, 12}},
-    {{39035, 17}, {85058, 5}},
-    {{39058, 17}, {85063, 11}},
-    {{39086, 17}, {85074, 5}},
-    {{39107, 17}, {85079, 10}},
-    {{39132, 23}, {85089, 19}},
-    {{39172, 25}, {85020, 5}},
-    {{39197, 25}, {85025, 4}},
-    {{39222, 25}, {85108, 11}},
-    {{39247, 25}, {85040, 6}},
-    {{39272, 25}, {85119, 12}},
-    {{39297, 25}, {85058, 5}},
-    {{39322, 25}, {85131, 11}},
-    {{39347, 25}, {85074, 5}},
-    {{39372, 25}, {85142, 10}},
-    {{39397, 16}, {85152, 9}},
-    {{39615, 22}, {85161, 17}},
-    {{39653, 24}, {85178, 11}},
-    {{39677, 24}, {85046, 12}},
-    {{39701, 24}, {85058, 5}},
-    {{39725, 24}, {85189, 16}},
-    {{39766, 24}, {85205, 14}},
-    {{39805, 24}, {85025, 4}},
-    {{39829, 24}, {85079, 10}},
-    {{39853, 24}, {85063, 11}},
-    {{39877, 28}, {85219, 24}},
-    {{39928, 35}, {85243, 14}},
-    {{39975, 30}, {85257, 8}},
-    {{40013, 22}, {85265, 15}},
-    {{40051, 27}, {85280, 21}},
-    {{40099, 34}, {85243, 14}},
-    {{40133, 29}, {85257, 8}},
-    {{40162, 28}, {85301, 22}},
-    {{40212, 35}, {85243, 14}},
-    {{40247, 30}, {85257, 8}},
-    {{40277, 29}, {85243, 14}},
-    {{40306, 24}, {85257, 8}},
-    {{40330, 32}, {85323, 26}},
-    {{40389, 39}, {85243, 14}},
-    {{40428, 34}, {85257, 8}},
-    {{40462, 30}, {85349, 24}},
-    {{40517, 37}, {85243, 14}},
-    {{40554, 32}, {85257, 8}},
-    {{40586, 20}, {85373, 15}},
-    {{40620, 27}, {85243, 14}},
-    {{40647, 22}, {85257, 8}},
-    {{40669, 32}, {85323, 26}},
-    {{40728, 39}, {85243, 14}},
-    {{40767, 34}, {85257, 8}},
-    {{40801, 21}, {85388, 16}},
-    {{40837, 28}, {85243, 14}},
-    {{40865, 23}, {85257, 8}},
-    {{40888, 19}, {85404, 14}},
-    {{40920, 24}, {85418, 20}},
-    {{40962, 31}, {85243, 14}},
-    {{40993, 26}, {85257, 8}},
-    {{41019, 25}, {85438, 21}},
-    {{41063, 32}, {85243, 14}},
-    {{41095, 27}, {85257, 8}},
-    {{41122, 26}, {85243, 14}},
-    {{41148, 21}, {85257, 8}},
-    {{41169, 23}, {85459, 18}},
-    {{41208, 24}, {85477, 15}},
-    {{41339, 16}, {85492, 10}},
-    {{41364, 20}, {85502, 14}},
-    {{41427, 22}, {85516, 7}},
-    {{41531, 19}, {85523, 25}},
-    {{41562, 21}, {85548, 6}},
-    {{41589, 21}, {85554, 6}},
-    {{41616, 21}, {85560, 4}},
-    {{41641, 18}, {85564, 10}},
-    {{41659, 23}, {85564, 10}},
-    {{41788, 24}, {85574, 17}},
-    {{41830, 25}, {85591, 18}},
-    {{41874, 23}, {85609, 16}},
-    {{41914, 31}, {85625, 20}},
-    {{41970, 19}, {85645, 10}},
-    {{42001, 17}, {85655, 9}},
-    {{42028, 19}, {85664, 30}},
-    {{42072, 19}, {85694, 31}},
-    {{42141, 21}, {85725, 4}},
-    {{42167, 21}, {85729, 4}},
-    {{42192, 21}, {85733, 4}},
-    {{42218, 21}, {85737, 10}},
-    {{42249, 21}, {85747, 10}},
-    {{42283, 20}, {85757, 19}},
-    {{42322, 20}, {85776, 20}},
-    {{42399, 20}, {85796, 21}},
-    {{42440, 20}, {85817, 18}},
-    {{42478, 20}, {85835, 20}},
-    {{42522, 20}, {85855, 19}},
-    {{42562, 20}, {85874, 19}},
-    {{42629, 19}, {85893, 26}},
-    {{42715, 21}, {84923, 3}},
-    {{42736, 19}, {85919, 26}},
-    {{42780, 19}, {85945, 28}},
-    {{42818, 28}, {85973, 15}},
-    {{42849, 19}, {85988, 56}},
-    {{42925, 19}, {86044, 13}},
-    {{42947, 19}, {86057, 26}},
-    {{43010, 19}, {86083, 10}},
-    {{43036, 20}, {86093, 10}},
-    {{43069, 22}, {86103, 17}},
-    {{43103, 22}, {86120, 11}},
-    {{43133, 18}, {7352, 8}},
-    {{43151, 20}, {86131, 20}},
-    {{43191, 20}, {86151, 13}},
-    {{43224, 20}, {86164, 26}},
-    {{43329, 24}, {86190, 14}},
-    {{43470, 33}, {85645, 10}},
-    {{43503, 27}, {86204, 24}},
-    {{43551, 28}, {86228, 27}},
-    {{43600, 33}, {86255, 4}},
-    {{43637, 32}, {85516, 7}},
-    {{43669, 16}, {86259, 8}},
-    {{43747, 24}, {86267, 15}},
-    {{43784, 24}, {86282, 6}},
-    {{44141, 19}, {86288, 12}},
-    {{44172, 21}, {86300, 10}},
-    {{44201, 21}, {86259, 8}},
-    {{44222, 21}, {86310, 10}},
-    {{44270, 19}, {86320, 17}},
-    {{44301, 21}, {86337, 5}},
-    {{44326, 21}, {86342, 10}},
-    {{44357, 21}, {86352, 11}},
-    {{44445, 19}, {86363, 12}},
-    {{44476, 21}, {84923, 3}},
-    {{44497, 21}, {86375, 28}},
-    {{44565, 17}, {86403, 11}},
-    {{44592, 18}, {86414, 18}},
-    {{44622, 20}, {86432, 20}},
-    {{44659, 20}, {86452, 14}},
-    {{44689, 23}, {86466, 32}},
-    {{44740, 23}, {86498, 36}},
-    {{44789, 20}, {86534, 19}},
-    {{44825, 20}, {86553, 10}},
-    {{44857, 22}, {86563, 35}},
-    {{44906, 22}, {86598, 39}},
-    {{44952, 20}, {86637, 38}},
-    {{45000, 20}, {86675, 35}},
-    {{45049, 19}, {86710, 34}},
-    {{45111, 19}, {86452, 14}},
-    {{45130, 19}, {86744, 46}},
-    {{45195, 19}, {86790, 62}},
-    {{45269, 19}, {86852, 70}},
-    {{45345, 19}, {86922, 57}},
-    {{45416, 19}, {86979, 27}},
-    {{45449, 19}, {87006, 21}},
-    {{45481, 19}, {87027, 38}},
-    {{45500, 19}, {87065, 35}},
-    {{45519, 29}, {87100, 26}},
-    {{45571, 31}, {84923, 3}},
-    {{45741, 35}, {84923, 3}},
-    {{46027, 33}, {87126, 28}},
-    {{47103, 28}, {87154, 20}},
-    {{47152, 32}, {87174, 25}},
-    {{48048, 20}, {87199, 16}},
-    {{48081, 22}, {87215, 17}},
-    {{48110, 22}, {87232, 17}},
-    {{48149, 22}, {87249, 20}},
-    {{48187, 22}, {87269, 19}},
-    {{48215, 22}, {87288, 39}},
-    {{48250, 25}, {87327, 8}},
-    {{48283, 25}, {87335, 27}},
-    {{48336, 25}, {87362, 15}},
-    {{48367, 25}, {87377, 19}},
-    {{48411, 25}, {87396, 10}},
-    {{48445, 25}, {87406, 5}},
-    {{48475, 22}, {87411, 41}},
-    {{48531, 22}, {87452, 41}},
-    {{48587, 20}, {30623, 16}},
-    {{48677, 15}, {87493, 6}},
-    {{48700, 24}, {87499, 20}},
-    {{48742, 26}, {84923, 3}},
-    {{48768, 26}, {84926, 3}},
-    {{48794, 13}, {87519, 10}},
-    {{48807, 15}, {87529, 35}},
-    {{48841, 15}, {87564, 29}},
-    {{48867, 20}, {87593, 11}},
-    {{48922, 22}, {87604, 12}},
-    {{48954, 25}, {87616, 25}},
-    {{49006, 28}, {87641, 39}},
-    {{49062, 30}, {87680, 26}},
-    {{49116, 32}, {87706, 15}},
-    {{49148, 32}, {87721, 15}},
-    {{49180, 34}, {87736, 12}},
-    {{49792, 34}, {87748, 11}},
-    {{49826, 34}, {87759, 12}},
-    {{49860, 34}, {87771, 31}},
-    {{49923, 36}, {87706, 15}},
-    {{49959, 36}, {87721, 15}},
-    {{49995, 38}, {87736, 12}},
-    {{50679, 38}, {87748, 11}},
-    {{50717, 38}, {87759, 12}},
-    {{50755, 34}, {87802, 32}},
-    {{50818, 36}, {87706, 15}},
-    {{50854, 36}, {87721, 15}},
-    {{50890, 38}, {87736, 12}},
-    {{51574, 38}, {87748, 11}},
-    {{51612, 38}, {87759, 12}},
-    {{51650, 18}, {87834, 22}},
-    {{51679, 20}, {87856, 4}},
-    {{51701, 20}, {87860, 2}},
-    {{51724, 21}, {87862, 13}},
-    {{51759, 23}, {87875, 10}},
-    {{51790, 26}, {87885, 7}},
-    {{51816, 26}, {87892, 10}},
-    {{52081, 25}, {87902, 18}},
-    {{52120, 21}, {87920, 13}},
-    {{52213, 23}, {87933, 12}},
-    {{52249, 23}, {87945, 24}},
-    {{52292, 17}, {30677, 11}},
-    {{52309, 19}, {87969, 37}},
-    {{52356, 19}, {88006, 22}},
-    {{52392, 19}, {88028, 62}},
-    {{52439, 19}, {88090, 8}},
-    {{52458, 19}, {88098, 18}},
-    {{52495, 17}, {88116, 8}},
-    {{52568, 19}, {88124, 6}},
-    {{52595, 19}, {30688, 10}},
-    {{52614, 17}, {88130, 13}},
-    {{52641, 19}, {88143, 28}},
-    {{52679, 19}, {88171, 16}},
-    {{52708, 21}, {88187, 13}},
-    {{52999, 17}, {88200, 11}},
-    {{53026, 19}, {88211, 28}},
-    {{53055, 19}, {88239, 39}},
-    {{53084, 19}, {87885, 7}},
-    {{53122, 19}, {87885, 7}},
-    {{53160, 23}, {88278, 20}},
-    {{53254, 18}, {30698, 11}},
-    {{53334, 19}, {11175, 10}},
-    {{53353, 28}, {88298, 29}},
-    {{53486, 21}, {88327, 16}},
-    {{53521, 11}, {88343, 19}},
-    {{53532, 18}, {88362, 15}},
-    {{53561, 20}, {88377, 18}},
-    {{53622, 21}, {88395, 22}},
-    {{53665, 22}, {88395, 22}},
-    {{53687, 22}, {88417, 24}},
-    {{53786, 20}, {88441, 18}},
-    {{53984, 20}, {88417, 24}},
-    {{54025, 19}, {11175, 10}},
-    {{54056, 20}, {88459, 14}},
-    {{54090, 26}, {88473, 18}},
-    {{54135, 28}, {84923, 3}},
-    {{54163, 28}, {88491, 10}},
-    {{54200, 32}, {84926, 3}},
-    {{54232, 28}, {84926, 3}},
-    {{54320, 35}, {84923, 3}},
-    {{54355, 35}, {84926, 3}},
-    {{54628, 21}, {88501, 24}},
-    {{54663, 23}, {88525, 28}},
-    {{54686, 23}, {87834, 22}},
-    {{54714, 28}, {88553, 20}},
-    {{54764, 22}, {88573, 14}},
-    {{54801, 20}, {88587, 14}},
-    {{54834, 22}, {88601, 9}},
-    {{54867, 22}, {88610, 15}},
-    {{54905, 22}, {88625, 14}},
-    {{54942, 22}, {88639, 18}},
-    {{55070, 16}, {88657, 11}},
-    {{71054, 17}, {88668, 11}},
-    {{71081, 19}, {84923, 3}},
-    {{71100, 19}, {84926, 3}},
-    {{71119, 12}, {88679, 17}},
-    {{71131, 24}, {88696, 17}},
-    {{71173, 19}, {30777, 15}},
-    {{71192, 18}, {88713, 18}},
-    {{71221, 20}, {30792, 22}},
-    {{71241, 22}, {88731, 13}},
-    {{71276, 22}, {88744, 12}},
-    {{71321, 22}, {88756, 11}},
-    {{71551, 30}, {88767, 21}},
-    {{71606, 19}, {88788, 13}},
-    {{71637, 24}, {88801, 19}},
-    {{71679, 26}, {88820, 22}},
-    {{71718, 26}, {88842, 24}},
-    {{71763, 26}, {88866, 17}},
-    {{72005, 22}, {88883, 17}},
-    {{72334, 22}, {88900, 21}},
-    {{72405, 24}, {88921, 10}},
-    {{72439, 25}, {88931, 4}},
-    {{72468, 24}, {88931, 4}},
-    {{72541, 25}, {75731, 10}},
-    {{72630, 24}, {88935, 24}},
-    {{72678, 19}, {88959, 12}},
-    {{72843, 22}, {88971, 15}},
-    {{72880, 24}, {84923, 3}},
-    {{72904, 24}, {84926, 3}},
-    {{72963, 23}, {86083, 10}},
-    {{72986, 23}, {88986, 11}},
-    {{73017, 23}, {87327, 8}},
-    {{73040, 23}, {88997, 9}},
-    {{73073, 23}, {85737, 10}},
-    {{73109, 23}, {89006, 10}},
-    {{73143, 23}, {89016, 13}},
-    {{73180, 23}, {89029, 9}},
-    {{73371, 26}, {89038, 28}},
-    {{73417, 28}, {89066, 10}},
-    {{73453, 28}, {89076, 8}},
-    {{73487, 28}, {89084, 8}},
-    {{73520, 28}, {89092, 10}},
-    {{73556, 28}, {89102, 9}},
-    {{73595, 28}, {89111, 5}},
-    {{73623, 20}, {89116, 12}},
-    {{73656, 26}, {89128, 24}},
-    {{73702, 25}, {89152, 26}},
-    {{73892, 26}, {89178, 30}},
-    {{74086, 23}, {89208, 22}},
-    {{74126, 25}, {84923, 3}},
-    {{74151, 25}, {84926, 3}},
-    {{74176, 16}, {30814, 11}},
-    {{74192, 18}, {74336, 19}},
-    {{74252, 18}, {89230, 53}},
-    {{74299, 18}, {89230, 53}},
-    {{74355, 19}, {89283, 21}},
-    {{74386, 19}, {89304, 28}},
-    {{74418, 18}, {30887, 14}},
-    {{74456, 17}, {89332, 12}},
-    {{74502, 19}, {87327, 8}},
-    {{74521, 20}, {89344, 11}},
-    {{74541, 20}, {87377, 19}},
-    {{74561, 20}, {89355, 14}},
-    {{74595, 20}, {89369, 23}},
-    {{74653, 20}, {89392, 19}},
-    {{74689, 20}, {89411, 24}},
-    {{74751, 20}, {89435, 17}},
-    {{74821, 20}, {89452, 20}},
-    {{74857, 20}, {89472, 9}},
-    {{74886, 20}, {89481, 12}},
-    {{74910, 20}, {89493, 9}},
-    {{74933, 19}, {89006, 10}},
-    {{74975, 19}, {87362, 15}},
-    {{74994, 19}, {89502, 5}},
-    {{75019, 19}, {87396, 10}},
-    {{75038, 23}, {85973, 15}},
-    {{75061, 19}, {89016, 13}},
-    {{75080, 19}, {87406, 5}},
-    {{75099, 19}, {89507, 11}},
-    {{75129, 21}, {89518, 27}},
-    {{75218, 17}, {89545, 8}},
-    {{75235, 19}, {89553, 15}},
-    {{75287, 19}, {89568, 6}},
-    {{75310, 27}, {89574, 27}},
-    {{75358, 29}, {89601, 27}},
-    {{75410, 34}, {86255, 4}},
-    {{75444, 33}, {85516, 7}},
-    {{75516, 21}, {89628, 16}},
-    {{75575, 23}, {89644, 6}},
-    {{75604, 23}, {89650, 5}},
-    {{75763, 23}, {89655, 17}},
-    {{75804, 23}, {89672, 17}},
-    {{75845, 22}, {89689, 13}},
-    {{75882, 24}, {86337, 5}},
-    {{75906, 24}, {87327, 8}},
-    {{75954, 24}, {89016, 13}},
-    {{75992, 24}, {87362, 15}},
-    {{76016, 24}, {89702, 13}},
-    {{76053, 21}, {89715, 13}},
-    {{76074, 23}, {89728, 6}},
-    {{76534, 27}, {89734, 42}},
-    {{77067, 21}, {89776, 33}},
-    {{77186, 25}, {89809, 40}},
-    {{77418, 24}, {89849, 40}},
-    {{77460, 27}, {89889, 42}},
-    {{77508, 20}, {89931, 32}},
-    {{78005, 20}, {30926, 13}},
-    {{78025, 22}, {89344, 11}},
-    {{78047, 22}, {89963, 39}},
-    {{78111, 24}, {90002, 17}},
-    {{78141, 23}, {89066, 10}},
-    {{78164, 22}, {90019, 20}},
-    {{78231, 22}, {90019, 20}},
-    {{78253, 23}, {89076, 8}},
-    {{78276, 22}, {89092, 10}},
-    {{78298, 23}, {89084, 8}},
-    {{78321, 22}, {89102, 9}},
-    {{78343, 24}, {87885, 7}},
-    {{78367, 22}, {89111, 5}},
-    {{78389, 23}, {89092, 10}},
-    {{78412, 23}, {89111, 5}},
-    {{78435, 23}, {89102, 9}},
-    {{78458, 30}, {90039, 31}},
-    {{78512, 32}, {84923, 3}},
-    {{78544, 32}, {85516, 7}},
-    {{78576, 32}, {86255, 4}},
-    {{78608, 32}, {85516, 7}},
-    {{78640, 32}, {86255, 4}},
-    {{78672, 28}, {90070, 29}},
-    {{78723, 27}, {90099, 26}},
-    {{78800, 29}, {90125, 14}},
-    {{78835, 29}, {90002, 17}},
-    {{78864, 29}, {90139, 25}},
-    {{78923, 33}, {90125, 14}},
-    {{78956, 33}, {90002, 17}},
-    {{78989, 33}, {90139, 25}},
-    {{79022, 21}, {90164, 30}},
-    {{79058, 23}, {90194, 10}},
-    {{79088, 23}, {90204, 39}},
-    {{79147, 23}, {90243, 37}},
-    {{79204, 23}, {90280, 10}},
-    {{79236, 23}, {90290, 11}},
-    {{79269, 20}, {90301, 13}},
-    {{79302, 22}, {90314, 31}},
-    {{79340, 22}, {90345, 2}},
-    {{79370, 22}, {90347, 2}},
-    {{79519, 22}, {90301, 13}},
-    {{79557, 24}, {84923, 3}},
-    {{79581, 24}, {84926, 3}},
+    {{38386, 14}, {84470, 19}},
+    {{38407, 16}, {84489, 3}},
+    {{38426, 16}, {84492, 3}},
+    {{38444, 26}, {84495, 13}},
+    {{38490, 26}, {84508, 12}},
+    {{38602, 28}, {84489, 3}},
+    {{38630, 18}, {84520, 17}},
+    {{38660, 20}, {84537, 4}},
+    {{38684, 20}, {84541, 5}},
+    {{38733, 16}, {84546, 13}},
+    {{38758, 18}, {84492, 3}},
+    {{38776, 18}, {84489, 3}},
+    {{38794, 14}, {84559, 8}},
+    {{38894, 15}, {84567, 19}},
+    {{38938, 17}, {84586, 5}},
+    {{38961, 17}, {84591, 4}},
+    {{38981, 17}, {84595, 11}},
+    {{39007, 17}, {84606, 6}},
+    {{39029, 17}, {84612, 12}},
+    {{39058, 17}, {84624, 5}},
+    {{39081, 17}, {84629, 11}},
+    {{39109, 17}, {84640, 5}},
+    {{39130, 17}, {84645, 10}},
+    {{39155, 23}, {84655, 19}},
+    {{39195, 25}, {84586, 5}},
+    {{39220, 25}, {84591, 4}},
+    {{39245, 25}, {84674, 11}},
+    {{39270, 25}, {84606, 6}},
+    {{39295, 25}, {84685, 12}},
+    {{39320, 25}, {84624, 5}},
+    {{39345, 25}, {84697, 11}},
+    {{39370, 25}, {84640, 5}},
+    {{39395, 25}, {84708, 10}},
+    {{39420, 16}, {84718, 9}},
+    {{39638, 22}, {84727, 17}},
+    {{39676, 24}, {84744, 11}},
+    {{39700, 24}, {84612, 12}},
+    {{39724, 24}, {84624, 5}},
+    {{39748, 24}, {84755, 16}},
+    {{39789, 24}, {84771, 14}},
+    {{39828, 24}, {84591, 4}},
+    {{39852, 24}, {84645, 10}},
+    {{39876, 24}, {84629, 11}},
+    {{39900, 28}, {84785, 24}},
+    {{39951, 35}, {84809, 14}},
+    {{39998, 30}, {84823, 8}},
+    {{40036, 22}, {84831, 15}},
+    {{40074, 27}, {84846, 21}},
+    {{40122, 34}, {84809, 14}},
+    {{40156, 29}, {84823, 8}},
+    {{40185, 28}, {84867, 22}},
+    {{40235, 35}, {84809, 14}},
+    {{40270, 30}, {84823, 8}},
+    {{40300, 29}, {84809, 14}},
+    {{40329, 24}, {84823, 8}},
+    {{40353, 32}, {84889, 26}},
+    {{40412, 39}, {84809, 14}},
+    {{40451, 34}, {84823, 8}},
+    {{40485, 30}, {84915, 24}},
+    {{40540, 37}, {84809, 14}},
+    {{40577, 32}, {84823, 8}},
+    {{40609, 20}, {84939, 15}},
+    {{40643, 27}, {84809, 14}},
+    {{40670, 22}, {84823, 8}},
+    {{40692, 32}, {84889, 26}},
+    {{40751, 39}, {84809, 14}},
+    {{40790, 34}, {84823, 8}},
+    {{40824, 21}, {84954, 16}},
+    {{40860, 28}, {84809, 14}},
+    {{40888, 23}, {84823, 8}},
+    {{40911, 19}, {84970, 14}},
+    {{40943, 24}, {84984, 20}},
+    {{40985, 31}, {84809, 14}},
+    {{41016, 26}, {84823, 8}},
+    {{41042, 25}, {85004, 21}},
+    {{41086, 32}, {84809, 14}},
+    {{41118, 27}, {84823, 8}},
+    {{41145, 26}, {84809, 14}},
+    {{41171, 21}, {84823, 8}},
+    {{41192, 23}, {85025, 18}},
+    {{41231, 24}, {85043, 15}},
+    {{41362, 16}, {85058, 10}},
+    {{41387, 20}, {85068, 14}},
+    {{41450, 22}, {85082, 7}},
+    {{41554, 19}, {85089, 25}},
+    {{41585, 21}, {85114, 6}},
+    {{41612, 21}, {85120, 6}},
+    {{41639, 21}, {85126, 4}},
+    {{41664, 18}, {85130, 10}},
+    {{41682, 23}, {85130, 10}},
+    {{41811, 24}, {85140, 17}},
+    {{41853, 25}, {85157, 18}},
+    {{41897, 23}, {85175, 16}},
+    {{41937, 31}, {85191, 20}},
+    {{41993, 19}, {85211, 10}},
+    {{42024, 17}, {85221, 9}},
+    {{42051, 19}, {85230, 18}},
+    {{42095, 19}, {85248, 31}},
+    {{42164, 21}, {85279, 4}},
+    {{42190, 21}, {85283, 4}},
+    {{42215, 21}, {85287, 4}},
+    {{42241, 21}, {85291, 10}},
+    {{42272, 21}, {85301, 10}},
+    {{42306, 20}, {85311, 8}},
+    {{42345, 20}, {85319, 20}},
+    {{42422, 20}, {85339, 21}},
+    {{42463, 20}, {85360, 18}},
+    {{42501, 20}, {85378, 20}},
+    {{42545, 20}, {85398, 10}},
+    {{42585, 20}, {85408, 13}},
+    {{42652, 19}, {85421, 26}},
+    {{42738, 21}, {84489, 3}},
+    {{42759, 19}, {85447, 26}},
+    {{42803, 19}, {85473, 15}},
+    {{42841, 28}, {85488, 15}},
+    {{42872, 19}, {85503, 47}},
+    {{42948, 19}, {85550, 13}},
+    {{42970, 19}, {85550, 13}},
+    {{43033, 19}, {85563, 10}},
+    {{43059, 20}, {85573, 10}},
+    {{43092, 22}, {85583, 17}},
+    {{43126, 22}, {85600, 11}},
+    {{43156, 18}, {7352, 8}},
+    {{43174, 20}, {85611, 12}},
+    {{43214, 20}, {85623, 13}},
+    {{43247, 20}, {85636, 26}},
+    {{43352, 24}, {85662, 14}},
+    {{43493, 33}, {85211, 10}},
+    {{43526, 27}, {85676, 24}},
+    {{43574, 28}, {85700, 27}},
+    {{43623, 33}, {85727, 4}},
+    {{43660, 32}, {85082, 7}},
+    {{43692, 16}, {85731, 8}},
+    {{43770, 24}, {85739, 15}},
+    {{43807, 24}, {85754, 6}},
+    {{44164, 19}, {85760, 12}},
+    {{44195, 21}, {85772, 10}},
+    {{44224, 21}, {85731, 8}},
+    {{44245, 21}, {85782, 10}},
+    {{44293, 19}, {85792, 17}},
+    {{44324, 21}, {85809, 5}},
+    {{44349, 21}, {85814, 10}},
+    {{44380, 21}, {85824, 11}},
+    {{44468, 19}, {85835, 12}},
+    {{44499, 21}, {84489, 3}},
+    {{44520, 21}, {85847, 28}},
+    {{44588, 17}, {85875, 11}},
+    {{44615, 18}, {85886, 18}},
+    {{44645, 20}, {85904, 20}},
+    {{44682, 20}, {85924, 14}},
+    {{44712, 23}, {85938, 32}},
+    {{44763, 23}, {85970, 36}},
+    {{44812, 20}, {86006, 19}},
+    {{44848, 20}, {86025, 10}},
+    {{44880, 22}, {86035, 35}},
+    {{44929, 22}, {86070, 39}},
+    {{44975, 20}, {86109, 38}},
+    {{45023, 20}, {86147, 35}},
+    {{45072, 19}, {86182, 34}},
+    {{45134, 19}, {85924, 14}},
+    {{45153, 19}, {86216, 46}},
+    {{45218, 19}, {86262, 62}},
+    {{45292, 19}, {86324, 70}},
+    {{45368, 19}, {86394, 45}},
+    {{45439, 19}, {86439, 27}},
+    {{45472, 19}, {86466, 21}},
+    {{45504, 19}, {86487, 38}},
+    {{45523, 19}, {86525, 35}},
+    {{45542, 29}, {86560, 26}},
+    {{45594, 31}, {84489, 3}},
+    {{45764, 35}, {84489, 3}},
+    {{46050, 33}, {86586, 28}},
+    {{47126, 28}, {86614, 20}},
+    {{47175, 32}, {86634, 25}},
+    {{48071, 20}, {86659, 16}},
+    {{48104, 22}, {86675, 17}},
+    {{48133, 22}, {86692, 17}},
+    {{48172, 22}, {86709, 20}},
+    {{48210, 22}, {86729, 19}},
+    {{48238, 22}, {86748, 39}},
+    {{48273, 25}, {85311, 8}},
+    {{48306, 25}, {86787, 5}},
+    {{48359, 25}, {85473, 15}},
+    {{48390, 25}, {86792, 19}},
+    {{48434, 25}, {86811, 10}},
+    {{48468, 25}, {86821, 5}},
+    {{48498, 22}, {86826, 22}},
+    {{48554, 22}, {86848, 22}},
+    {{48610, 20}, {30646, 16}},
+    {{48700, 15}, {86870, 6}},
+    {{48723, 24}, {86876, 20}},
+    {{48765, 26}, {84489, 3}},
+    {{48791, 26}, {84492, 3}},
+    {{48817, 13}, {86896, 10}},
+    {{48830, 15}, {86906, 35}},
+    {{48864, 15}, {86941, 29}},
+    {{48890, 20}, {86970, 11}},
+    {{48945, 22}, {86981, 12}},
+    {{48977, 25}, {86993, 25}},
+    {{49029, 28}, {87018, 39}},
+    {{49085, 30}, {87057, 26}},
+    {{49139, 32}, {87083, 15}},
+    {{49171, 32}, {87098, 15}},
+    {{49203, 34}, {87113, 12}},
+    {{49815, 34}, {87125, 11}},
+    {{49849, 34}, {87136, 12}},
+    {{49883, 34}, {87148, 31}},
+    {{49946, 36}, {87083, 15}},
+    {{49982, 36}, {87098, 15}},
+    {{50018, 38}, {87113, 12}},
+    {{50702, 38}, {87125, 11}},
+    {{50740, 38}, {87136, 12}},
+    {{50778, 34}, {87179, 32}},
+    {{50841, 36}, {87083, 15}},
+    {{50877, 36}, {87098, 15}},
+    {{50913, 38}, {87113, 12}},
+    {{51597, 38}, {87125, 11}},
+    {{51635, 38}, {87136, 12}},
+    {{51673, 18}, {87211, 22}},
+    {{51702, 20}, {87233, 4}},
+    {{51724, 20}, {87237, 2}},
+    {{51747, 21}, {87239, 13}},
+    {{51782, 23}, {87252, 10}},
+    {{51813, 26}, {87262, 7}},
+    {{51839, 26}, {87269, 10}},
+    {{52104, 25}, {87279, 18}},
+    {{52143, 21}, {87297, 13}},
+    {{52236, 23}, {87310, 12}},
+    {{52272, 23}, {87322, 24}},
+    {{52315, 17}, {30700, 11}},
+    {{52332, 19}, {87346, 27}},
+    {{52379, 19}, {87373, 22}},
+    {{52415, 19}, {87395, 49}},
+    {{52462, 19}, {87444, 8}},
+    {{52481, 19}, {87452, 4}},
+    {{52518, 17}, {87456, 8}},
+    {{52591, 19}, {87464, 6}},
+    {{52618, 19}, {30711, 10}},
+    {{52637, 17}, {87470, 13}},
+    {{52664, 19}, {87483, 28}},
+    {{52702, 19}, {87511, 16}},
+    {{52731, 21}, {87527, 13}},
+    {{53022, 17}, {87540, 11}},
+    {{53049, 19}, {87551, 22}},
+    {{53078, 19}, {87573, 33}},
+    {{53107, 19}, {87262, 7}},
+    {{53145, 19}, {87262, 7}},
+    {{53183, 23}, {87606, 20}},
+    {{53277, 18}, {30721, 11}},
+    {{53357, 19}, {11198, 10}},
+    {{53376, 28}, {87626, 29}},
+    {{53509, 21}, {87655, 16}},
+    {{53544, 11}, {87671, 19}},
+    {{53555, 18}, {87690, 15}},
+    {{53584, 20}, {87705, 11}},
+    {{53645, 21}, {87716, 22}},
+    {{53688, 22}, {87716, 22}},
+    {{53710, 22}, {87738, 24}},
+    {{53809, 20}, {87705, 11}},
+    {{54007, 20}, {87738, 24}},
+    {{54048, 19}, {11198, 10}},
+    {{54079, 20}, {87762, 14}},
+    {{54113, 26}, {87776, 18}},
+    {{54158, 28}, {84489, 3}},
+    {{54186, 28}, {87794, 10}},
+    {{54223, 32}, {84492, 3}},
+    {{54255, 28}, {84492, 3}},
+    {{54343, 35}, {84489, 3}},
+    {{54378, 35}, {84492, 3}},
+    {{54651, 21}, {87804, 24}},
+    {{54686, 23}, {87828, 28}},
+    {{54709, 23}, {87211, 22}},
+    {{54737, 28}, {87856, 20}},
+    {{54787, 22}, {87876, 14}},
+    {{54824, 20}, {87890, 14}},
+    {{54857, 22}, {87904, 9}},
+    {{54890, 22}, {87913, 15}},
+    {{54928, 22}, {87928, 14}},
+    {{54965, 22}, {87942, 18}},
+    {{55093, 16}, {87960, 11}},
+    {{71077, 17}, {87971, 11}},
+    {{71104, 19}, {84489, 3}},
+    {{71123, 19}, {84492, 3}},
+    {{71142, 12}, {87982, 17}},
+    {{71154, 24}, {87999, 17}},
+    {{71196, 19}, {30800, 15}},
+    {{71215, 18}, {88016, 18}},
+    {{71244, 20}, {30815, 22}},
+    {{71264, 22}, {88034, 13}},
+    {{71299, 22}, {88047, 12}},
+    {{71344, 22}, {88059, 11}},
+    {{71574, 30}, {88070, 21}},
+    {{71629, 19}, {88091, 13}},
+    {{71660, 24}, {88104, 19}},
+    {{71702, 26}, {88123, 22}},
+    {{71741, 26}, {88145, 11}},
+    {{71786, 26}, {88156, 5}},
+    {{72028, 22}, {88161, 17}},
+    {{72357, 22}, {88178, 21}},
+    {{72428, 24}, {88199, 10}},
+    {{72462, 25}, {88209, 4}},
+    {{72491, 24}, {88209, 4}},
+    {{72564, 25}, {75754, 10}},
+    {{72653, 24}, {88213, 10}},
+    {{72701, 19}, {88223, 12}},
+    {{72866, 22}, {88235, 15}},
+    {{72903, 24}, {84489, 3}},
+    {{72927, 24}, {84492, 3}},
+    {{72986, 23}, {85563, 10}},
+    {{73009, 23}, {88250, 11}},
+    {{73040, 23}, {85311, 8}},
+    {{73063, 23}, {88261, 9}},
+    {{73096, 23}, {85291, 10}},
+    {{73132, 23}, {85398, 10}},
+    {{73166, 23}, {85408, 13}},
+    {{73203, 23}, {88270, 9}},
+    {{73394, 26}, {88279, 28}},
+    {{73440, 28}, {88307, 10}},
+    {{73476, 28}, {88317, 8}},
+    {{73510, 28}, {88325, 8}},
+    {{73543, 28}, {88333, 10}},
+    {{73579, 28}, {88343, 9}},
+    {{73618, 28}, {88352, 5}},
+    {{73646, 20}, {88357, 12}},
+    {{73679, 26}, {88369, 24}},
+    {{73725, 25}, {88393, 26}},
+    {{73915, 26}, {88419, 30}},
+    {{74109, 23}, {88449, 22}},
+    {{74149, 25}, {84489, 3}},
+    {{74174, 25}, {84492, 3}},
+    {{74199, 16}, {30837, 11}},
+    {{74215, 18}, {74359, 19}},
+    {{74275, 18}, {88471, 53}},
+    {{74322, 18}, {88471, 53}},
+    {{74378, 19}, {88524, 21}},
+    {{74409, 19}, {88545, 28}},
+    {{74441, 18}, {30910, 14}},
+    {{74479, 17}, {88573, 12}},
+    {{74525, 19}, {85311, 8}},
+    {{74544, 20}, {87705, 11}},
+    {{74564, 20}, {86792, 19}},
+    {{74584, 20}, {88585, 14}},
+    {{74618, 20}, {88599, 23}},
+    {{74676, 20}, {88622, 19}},
+    {{74712, 20}, {88641, 24}},
+    {{74774, 20}, {88665, 17}},
+    {{74844, 20}, {88682, 20}},
+    {{74880, 20}, {88702, 9}},
+    {{74909, 20}, {88711, 12}},
+    {{74933, 20}, {88723, 9}},
+    {{74956, 19}, {85398, 10}},
+    {{74998, 19}, {85473, 15}},
+    {{75017, 19}, {86787, 5}},
+    {{75042, 19}, {86811, 10}},
+    {{75061, 23}, {85488, 15}},
+    {{75084, 19}, {85408, 13}},
+    {{75103, 19}, {86821, 5}},
+    {{75122, 19}, {88732, 11}},
+    {{75152, 21}, {88743, 27}},
+    {{75241, 17}, {88770, 8}},
+    {{75258, 19}, {88778, 5}},
+    {{75310, 19}, {88783, 6}},
+    {{75333, 27}, {88789, 27}},
+    {{75381, 29}, {88816, 27}},
+    {{75433, 34}, {85727, 4}},
+    {{75467, 33}, {85082, 7}},
+    {{75539, 21}, {88843, 16}},
+    {{75598, 23}, {88859, 6}},
+    {{75627, 23}, {88156, 5}},
+    {{75786, 23}, {88865, 17}},
+    {{75827, 23}, {88882, 17}},
+    {{75868, 22}, {88899, 13}},
+    {{75905, 24}, {85809, 5}},
+    {{75929, 24}, {85311, 8}},
+    {{75977, 24}, {85408, 13}},
+    {{76015, 24}, {85473, 15}},
+    {{76039, 24}, {88912, 13}},
+    {{76076, 21}, {88925, 13}},
+    {{76097, 23}, {88938, 6}},
+    {{76557, 27}, {88944, 42}},
+    {{77090, 21}, {88986, 33}},
+    {{77209, 25}, {89019, 40}},
+    {{77441, 24}, {89059, 40}},
+    {{77483, 27}, {89099, 42}},
+    {{77531, 20}, {89141, 32}},
+    {{78028, 20}, {30949, 13}},
+    {{78048, 22}, {87705, 11}},
+    {{78070, 22}, {89173, 39}},
+    {{78134, 24}, {89212, 17}},
+    {{78164, 23}, {88307, 10}},
+    {{78187, 22}, {89229, 20}},
+    {{78254, 22}, {89229, 20}},
+    {{78276, 23}, {88317, 8}},
+    {{78299, 22}, {88333, 10}},
+    {{78321, 23}, {88325, 8}},
+    {{78344, 22}, {88343, 9}},
+    {{78366, 24}, {87262, 7}},
+    {{78390, 22}, {88352, 5}},
+    {{78412, 23}, {88333, 10}},
+    {{78435, 23}, {88352, 5}},
+    {{78458, 23}, {88343, 9}},
+    {{78481, 30}, {89249, 31}},
+    {{78535, 32}, {84489, 3}},
+    {{78567, 32}, {85082, 7}},
+    {{78599, 32}, {85727, 4}},
+    {{78631, 32}, {85082, 7}},
+    {{78663, 32}, {85727, 4}},
+    {{78695, 28}, {89280, 29}},
+    {{78746, 27}, {89309, 26}},
+    {{78823, 29}, {89335, 14}},
+    {{78858, 29}, {89212, 17}},
+    {{78887, 29}, {89349, 25}},
+    {{78946, 33}, {89335, 14}},
+    {{78979, 33}, {89212, 17}},
+    {{79012, 33}, {89349, 25}},
+    {{79045, 21}, {89374, 30}},
+    {{79081, 23}, {89404, 10}},
+    {{79111, 23}, {89414, 39}},
+    {{79170, 23}, {89453, 37}},
+    {{79227, 23}, {89490, 10}},
+    {{79259, 23}, {89500, 11}},
+    {{79292, 20}, {89511, 13}},
+    {{79325, 22}, {89524, 31}},
+    {{79363, 22}, {89555, 2}},
+    {{79393, 22}, {89557, 2}},
+    {{79542, 22}, {89511, 13}},
+    {{79580, 24}, {84489, 3}},
+    {{79604, 24}, {84492, 3}},
 };
 constexpr detail::StringRow kStringsItalianMinolta[] = {
-    {{37538, 30}, {90349, 12}},
-    {{38363, 14}, {90361, 29}},
-    {{38384, 16}, {90390, 6}},
-    {{38403, 16}, {90396, 6}},
-    {{38579, 28}, {90390, 6}},
-    {{38607, 18}, {90402, 7}},
-    {{38661, 20}, {80784, 6}},
-    {{38753, 18}, {90390, 6}},
-    {{38771, 14}, {90402, 7}},
-    {{38871, 15}, {90409, 8}},
-    {{38915, 17}, {90417, 6}},
-    {{38938, 17}, {90423, 4}},
-    {{38984, 17}, {90427, 6}},
-    {{39035, 17}, {90433, 5}},
-    {{39086, 17}, {90438, 8}},
-    {{39172, 25}, {90417, 6}},
-    {{39197, 25}, {90423, 4}},
-    {{39247, 25}, {90427, 6}},
-    {{39297, 25}, {90433, 5}},
-    {{39347, 25}, {90438, 8}},
-    {{39446, 18}, {90417, 6}},
-    {{39464, 20}, {90438, 8}},
-    {{39597, 18}, {90427, 6}},
-    {{41427, 22}, {90433, 5}},
-    {{41641, 18}, {90446, 11}},
-    {{41659, 23}, {90457, 21}},
-    {{41763, 25}, {90390, 6}},
-    {{41970, 19}, {90478, 13}},
-    {{42001, 17}, {90491, 11}},
-    {{42072, 19}, {90502, 23}},
-    {{42113, 21}, {90525, 6}},
-    {{42141, 21}, {90531, 11}},
-    {{42167, 21}, {90542, 4}},
-    {{42192, 21}, {90546, 6}},
-    {{42218, 21}, {90552, 16}},
-    {{42249, 21}, {90568, 16}},
-    {{42283, 20}, {90584, 19}},
-    {{42322, 20}, {90603, 27}},
-    {{42399, 20}, {90630, 21}},
-    {{42440, 20}, {90651, 21}},
-    {{42478, 20}, {90672, 24}},
-    {{42522, 20}, {90696, 21}},
-    {{42629, 19}, {90717, 26}},
-    {{42715, 21}, {90390, 6}},
-    {{42736, 19}, {90743, 27}},
-    {{42780, 19}, {90770, 21}},
-    {{42818, 28}, {90791, 3}},
-    {{42849, 19}, {90794, 58}},
-    {{42925, 19}, {90852, 3}},
-    {{42947, 19}, {90855, 16}},
-    {{43069, 22}, {90871, 15}},
-    {{43133, 18}, {7660, 13}},
-    {{43329, 24}, {90886, 18}},
-    {{43426, 33}, {90904, 11}},
-    {{43637, 32}, {90433, 5}},
-    {{43669, 16}, {90915, 9}},
-    {{43685, 18}, {81684, 7}},
-    {{43747, 24}, {31379, 17}},
-    {{43922, 23}, {90924, 6}},
-    {{44172, 21}, {90930, 11}},
-    {{44222, 21}, {31815, 11}},
-    {{44301, 21}, {90941, 7}},
-    {{44389, 21}, {7919, 5}},
-    {{44445, 19}, {90948, 13}},
-    {{44476, 21}, {90390, 6}},
-    {{44565, 17}, {90961, 20}},
-    {{44622, 20}, {90981, 17}},
-    {{44789, 20}, {90998, 16}},
-    {{45049, 19}, {91014, 43}},
-    {{45130, 19}, {91057, 46}},
-    {{45269, 19}, {91103, 57}},
-    {{45519, 29}, {91160, 14}},
-    {{45571, 31}, {90390, 6}},
-    {{45741, 35}, {90390, 6}},
-    {{45913, 38}, {90390, 6}},
-    {{46161, 41}, {90349, 12}},
-    {{47103, 28}, {91174, 25}},
-    {{47152, 32}, {91199, 30}},
-    {{47414, 27}, {90349, 12}},
-    {{48048, 20}, {91229, 16}},
-    {{48081, 22}, {91245, 9}},
-    {{48110, 22}, {91254, 19}},
-    {{48149, 22}, {91273, 20}},
-    {{48187, 22}, {91293, 7}},
-    {{48215, 22}, {91300, 31}},
-    {{48250, 25}, {91331, 9}},
-    {{48336, 25}, {91340, 8}},
-    {{48411, 25}, {91348, 11}},
-    {{48587, 20}, {31379, 17}},
-    {{48657, 20}, {90390, 6}},
-    {{48677, 15}, {91359, 8}},
-    {{48742, 26}, {90390, 6}},
-    {{48807, 15}, {91367, 61}},
-    {{48841, 15}, {91428, 47}},
-    {{48954, 25}, {91475, 31}},
-    {{49116, 32}, {90349, 12}},
-    {{49923, 36}, {90349, 12}},
-    {{50818, 36}, {90349, 12}},
-    {{51650, 18}, {91506, 12}},
-    {{51701, 20}, {91518, 3}},
-    {{51724, 21}, {91521, 14}},
-    {{51790, 26}, {91293, 7}},
-    {{52292, 17}, {31436, 10}},
-    {{52309, 19}, {91535, 29}},
-    {{52356, 19}, {91564, 21}},
-    {{52458, 19}, {91585, 21}},
-    {{52495, 17}, {91606, 13}},
-    {{52522, 19}, {90390, 6}},
-    {{52568, 19}, {91619, 7}},
-    {{52595, 19}, {31446, 16}},
-    {{52708, 21}, {91626, 14}},
-    {{52999, 17}, {91640, 23}},
-    {{53084, 19}, {91293, 7}},
-    {{53122, 19}, {91293, 7}},
-    {{53440, 23}, {90390, 6}},
-    {{53486, 21}, {91663, 15}},
-    {{53521, 11}, {91678, 16}},
-    {{53532, 18}, {91694, 16}},
-    {{54025, 19}, {91710, 15}},
-    {{54090, 26}, {91725, 24}},
-    {{54135, 28}, {90390, 6}},
-    {{54163, 28}, {91749, 12}},
-    {{54320, 35}, {90390, 6}},
-    {{54663, 23}, {91761, 16}},
-    {{54686, 23}, {91506, 12}},
-    {{55045, 25}, {90390, 6}},
-    {{55070, 16}, {91777, 14}},
-    {{59344, 21}, {91791, 38}},
-    {{67853, 22}, {91829, 29}},
-    {{71081, 19}, {90390, 6}},
-    {{71119, 12}, {91858, 11}},
-    {{71131, 24}, {91869, 25}},
-    {{71173, 19}, {31570, 28}},
-    {{71221, 20}, {31598, 21}},
-    {{71241, 22}, {91894, 10}},
-    {{71276, 22}, {91904, 24}},
-    {{71321, 22}, {91928, 5}},
-    {{72334, 22}, {91933, 8}},
-    {{72516, 25}, {81684, 7}},
-    {{72816, 27}, {91293, 7}},
-    {{72843, 22}, {91941, 16}},
-    {{72880, 24}, {90390, 6}},
-    {{73017, 23}, {91331, 9}},
-    {{73073, 23}, {91957, 12}},
-    {{73487, 28}, {91969, 7}},
-    {{73556, 28}, {84782, 12}},
-    {{73623, 20}, {91976, 18}},
-    {{73656, 26}, {91994, 28}},
-    {{73702, 25}, {92022, 25}},
-    {{73892, 26}, {92047, 23}},
-    {{73939, 28}, {90390, 6}},
-    {{74053, 23}, {91348, 11}},
-    {{74086, 23}, {91564, 21}},
-    {{74126, 25}, {90390, 6}},
-    {{74176, 16}, {92070, 9}},
-    {{74192, 18}, {92079, 21}},
-    {{74252, 18}, {92100, 60}},
-    {{74299, 18}, {92100, 60}},
-    {{74317, 19}, {92079, 21}},
-    {{74355, 19}, {92160, 26}},
-    {{74386, 19}, {92186, 30}},
-    {{74418, 18}, {31815, 11}},
-    {{74436, 20}, {81684, 7}},
-    {{74456, 17}, {92216, 10}},
-    {{74502, 19}, {91331, 9}},
-    {{74521, 20}, {92226, 10}},
-    {{74541, 20}, {92236, 25}},
-    {{74561, 20}, {92261, 18}},
-    {{74595, 20}, {92279, 23}},
-    {{74634, 19}, {7919, 5}},
-    {{74653, 20}, {92302, 21}},
-    {{74689, 20}, {92323, 20}},
-    {{74751, 20}, {80490, 2}},
-    {{74857, 20}, {92343, 18}},
-    {{74933, 19}, {90552, 16}},
-    {{74975, 19}, {91340, 8}},
-    {{74994, 19}, {92361, 15}},
-    {{75019, 19}, {91348, 11}},
-    {{75038, 23}, {90791, 3}},
-    {{75061, 19}, {92376, 13}},
-    {{75129, 21}, {92389, 16}},
-    {{75218, 17}, {92405, 9}},
-    {{75235, 19}, {92414, 16}},
-    {{75268, 19}, {81684, 7}},
-    {{75287, 19}, {92430, 7}},
-    {{75444, 33}, {90433, 5}},
-    {{75882, 24}, {90941, 7}},
-    {{75906, 24}, {91331, 9}},
-    {{75930, 24}, {7919, 5}},
-    {{75992, 24}, {91340, 8}},
-    {{76074, 23}, {90941, 7}},
-    {{78005, 20}, {31975, 24}},
-    {{78025, 22}, {92437, 32}},
-    {{78047, 22}, {92469, 53}},
-    {{78111, 24}, {92522, 14}},
-    {{78141, 23}, {92536, 15}},
-    {{78164, 22}, {92551, 19}},
-    {{78231, 22}, {92551, 19}},
-    {{78253, 23}, {92570, 8}},
-    {{78276, 22}, {92578, 30}},
-    {{78298, 23}, {91969, 7}},
-    {{78321, 22}, {84782, 12}},
-    {{78343, 24}, {91293, 7}},
-    {{78389, 23}, {92578, 30}},
-    {{78435, 23}, {84782, 12}},
-    {{78512, 32}, {90390, 6}},
-    {{78544, 32}, {90433, 5}},
-    {{78608, 32}, {90433, 5}},
-    {{78672, 28}, {92608, 37}},
-    {{79269, 20}, {92645, 16}},
-    {{79302, 22}, {92661, 22}},
-    {{79340, 22}, {90345, 2}},
-    {{79370, 22}, {90347, 2}},
-    {{79441, 26}, {90390, 6}},
-    {{79557, 24}, {90390, 6}},
+    {{37561, 30}, {89559, 12}},
+    {{38386, 14}, {89571, 29}},
+    {{38407, 16}, {89600, 6}},
+    {{38426, 16}, {89606, 6}},
+    {{38602, 28}, {89600, 6}},
+    {{38630, 18}, {89612, 7}},
+    {{38684, 20}, {80528, 6}},
+    {{38776, 18}, {89600, 6}},
+    {{38794, 14}, {89612, 7}},
+    {{38894, 15}, {89619, 8}},
+    {{38938, 17}, {89627, 6}},
+    {{38961, 17}, {89633, 4}},
+    {{39007, 17}, {89637, 6}},
+    {{39058, 17}, {89643, 5}},
+    {{39109, 17}, {89648, 8}},
+    {{39195, 25}, {89627, 6}},
+    {{39220, 25}, {89633, 4}},
+    {{39270, 25}, {89637, 6}},
+    {{39320, 25}, {89643, 5}},
+    {{39370, 25}, {89648, 8}},
+    {{39469, 18}, {89627, 6}},
+    {{39487, 20}, {89648, 8}},
+    {{39620, 18}, {89637, 6}},
+    {{41450, 22}, {89643, 5}},
+    {{41664, 18}, {89656, 11}},
+    {{41682, 23}, {89667, 21}},
+    {{41786, 25}, {89600, 6}},
+    {{41993, 19}, {89688, 13}},
+    {{42024, 17}, {89701, 11}},
+    {{42095, 19}, {89712, 6}},
+    {{42136, 21}, {89718, 6}},
+    {{42164, 21}, {89724, 11}},
+    {{42190, 21}, {89735, 4}},
+    {{42215, 21}, {89739, 6}},
+    {{42241, 21}, {89745, 16}},
+    {{42272, 21}, {89761, 16}},
+    {{42306, 20}, {89777, 19}},
+    {{42345, 20}, {89724, 11}},
+    {{42422, 20}, {89735, 4}},
+    {{42463, 20}, {89796, 21}},
+    {{42501, 20}, {89817, 24}},
+    {{42545, 20}, {89841, 6}},
+    {{42652, 19}, {89847, 26}},
+    {{42738, 21}, {89600, 6}},
+    {{42759, 19}, {89873, 11}},
+    {{42803, 19}, {89884, 8}},
+    {{42841, 28}, {89892, 3}},
+    {{42872, 19}, {89895, 43}},
+    {{42948, 19}, {89938, 3}},
+    {{42970, 19}, {89938, 3}},
+    {{43092, 22}, {89941, 15}},
+    {{43156, 18}, {7660, 13}},
+    {{43352, 24}, {89956, 18}},
+    {{43449, 33}, {89974, 11}},
+    {{43660, 32}, {89643, 5}},
+    {{43692, 16}, {89985, 9}},
+    {{43708, 18}, {81329, 7}},
+    {{43770, 24}, {31402, 17}},
+    {{43945, 23}, {89994, 6}},
+    {{44195, 21}, {90000, 11}},
+    {{44245, 21}, {31838, 11}},
+    {{44324, 21}, {90011, 7}},
+    {{44412, 21}, {7919, 5}},
+    {{44468, 19}, {90018, 13}},
+    {{44499, 21}, {89600, 6}},
+    {{44588, 17}, {90031, 20}},
+    {{44645, 20}, {90051, 17}},
+    {{44812, 20}, {90068, 16}},
+    {{45072, 19}, {90051, 17}},
+    {{45153, 19}, {90084, 10}},
+    {{45292, 19}, {90068, 16}},
+    {{45542, 29}, {90094, 14}},
+    {{45594, 31}, {89600, 6}},
+    {{45764, 35}, {89600, 6}},
+    {{45936, 38}, {89600, 6}},
+    {{46184, 41}, {89559, 12}},
+    {{47126, 28}, {90108, 25}},
+    {{47175, 32}, {90133, 30}},
+    {{47437, 27}, {89559, 12}},
+    {{48071, 20}, {90163, 16}},
+    {{48104, 22}, {90179, 9}},
+    {{48133, 22}, {90188, 19}},
+    {{48172, 22}, {90207, 20}},
+    {{48210, 22}, {90227, 7}},
+    {{48238, 22}, {90234, 22}},
+    {{48273, 25}, {90256, 9}},
+    {{48359, 25}, {89884, 8}},
+    {{48434, 25}, {89873, 11}},
+    {{48610, 20}, {31402, 17}},
+    {{48680, 20}, {89600, 6}},
+    {{48700, 15}, {90265, 8}},
+    {{48765, 26}, {89600, 6}},
+    {{48830, 15}, {90273, 61}},
+    {{48864, 15}, {90334, 47}},
+    {{48977, 25}, {90381, 31}},
+    {{49139, 32}, {89559, 12}},
+    {{49946, 36}, {89559, 12}},
+    {{50841, 36}, {89559, 12}},
+    {{51673, 18}, {90412, 12}},
+    {{51724, 20}, {90424, 3}},
+    {{51747, 21}, {90427, 14}},
+    {{51813, 26}, {90227, 7}},
+    {{52315, 17}, {31459, 10}},
+    {{52332, 19}, {81329, 7}},
+    {{52379, 19}, {90441, 21}},
+    {{52481, 19}, {90462, 7}},
+    {{52518, 17}, {90469, 13}},
+    {{52545, 19}, {89600, 6}},
+    {{52591, 19}, {90482, 7}},
+    {{52618, 19}, {31469, 16}},
+    {{52731, 21}, {90489, 14}},
+    {{53022, 17}, {90503, 23}},
+    {{53107, 19}, {90227, 7}},
+    {{53145, 19}, {90227, 7}},
+    {{53463, 23}, {89600, 6}},
+    {{53509, 21}, {90526, 15}},
+    {{53544, 11}, {90541, 16}},
+    {{53555, 18}, {90557, 16}},
+    {{54048, 19}, {90573, 15}},
+    {{54113, 26}, {90588, 24}},
+    {{54158, 28}, {89600, 6}},
+    {{54186, 28}, {89600, 6}},
+    {{54343, 35}, {89600, 6}},
+    {{54686, 23}, {90612, 16}},
+    {{54709, 23}, {90412, 12}},
+    {{55068, 25}, {89600, 6}},
+    {{55093, 16}, {90628, 14}},
+    {{59367, 21}, {90642, 38}},
+    {{67876, 22}, {90680, 29}},
+    {{71104, 19}, {89600, 6}},
+    {{71142, 12}, {90709, 11}},
+    {{71154, 24}, {90720, 25}},
+    {{71196, 19}, {31593, 28}},
+    {{71244, 20}, {31621, 21}},
+    {{71264, 22}, {90745, 10}},
+    {{71299, 22}, {90755, 24}},
+    {{71344, 22}, {90779, 5}},
+    {{72357, 22}, {90784, 8}},
+    {{72539, 25}, {81329, 7}},
+    {{72839, 27}, {90227, 7}},
+    {{72866, 22}, {90792, 16}},
+    {{72903, 24}, {89600, 6}},
+    {{73040, 23}, {90256, 9}},
+    {{73096, 23}, {90808, 12}},
+    {{73510, 28}, {90820, 7}},
+    {{73579, 28}, {84348, 12}},
+    {{73646, 20}, {90827, 18}},
+    {{73679, 26}, {90845, 28}},
+    {{73725, 25}, {90873, 25}},
+    {{73915, 26}, {90898, 23}},
+    {{73962, 28}, {89600, 6}},
+    {{74076, 23}, {89873, 11}},
+    {{74109, 23}, {90441, 21}},
+    {{74149, 25}, {89600, 6}},
+    {{74199, 16}, {90921, 9}},
+    {{74215, 18}, {90930, 21}},
+    {{74275, 18}, {90951, 60}},
+    {{74322, 18}, {90951, 60}},
+    {{74340, 19}, {90930, 21}},
+    {{74378, 19}, {91011, 26}},
+    {{74409, 19}, {91037, 30}},
+    {{74441, 18}, {31838, 11}},
+    {{74459, 20}, {81329, 7}},
+    {{74479, 17}, {91067, 10}},
+    {{74525, 19}, {90256, 9}},
+    {{74544, 20}, {91077, 10}},
+    {{74564, 20}, {91087, 25}},
+    {{74584, 20}, {91112, 18}},
+    {{74618, 20}, {91130, 23}},
+    {{74657, 19}, {7919, 5}},
+    {{74676, 20}, {91153, 21}},
+    {{74712, 20}, {91174, 20}},
+    {{74774, 20}, {80234, 2}},
+    {{74880, 20}, {91194, 18}},
+    {{74956, 19}, {89745, 16}},
+    {{74998, 19}, {89884, 8}},
+    {{75017, 19}, {91212, 15}},
+    {{75042, 19}, {89873, 11}},
+    {{75061, 23}, {89892, 3}},
+    {{75084, 19}, {91227, 13}},
+    {{75152, 21}, {91240, 16}},
+    {{75241, 17}, {91256, 9}},
+    {{75258, 19}, {91265, 16}},
+    {{75291, 19}, {81329, 7}},
+    {{75310, 19}, {91281, 7}},
+    {{75467, 33}, {89643, 5}},
+    {{75905, 24}, {90011, 7}},
+    {{75929, 24}, {90256, 9}},
+    {{75953, 24}, {7919, 5}},
+    {{76015, 24}, {89884, 8}},
+    {{76097, 23}, {90011, 7}},
+    {{78028, 20}, {31998, 24}},
+    {{78048, 22}, {91288, 32}},
+    {{78070, 22}, {91320, 53}},
+    {{78134, 24}, {91373, 14}},
+    {{78164, 23}, {91387, 15}},
+    {{78187, 22}, {91402, 19}},
+    {{78254, 22}, {91402, 19}},
+    {{78276, 23}, {91421, 8}},
+    {{78299, 22}, {91429, 30}},
+    {{78321, 23}, {90820, 7}},
+    {{78344, 22}, {84348, 12}},
+    {{78366, 24}, {90227, 7}},
+    {{78412, 23}, {91429, 30}},
+    {{78458, 23}, {84348, 12}},
+    {{78535, 32}, {89600, 6}},
+    {{78567, 32}, {89643, 5}},
+    {{78631, 32}, {89643, 5}},
+    {{78695, 28}, {91459, 37}},
+    {{79292, 20}, {91496, 16}},
+    {{79325, 22}, {91512, 22}},
+    {{79363, 22}, {89555, 2}},
+    {{79393, 22}, {89557, 2}},
+    {{79464, 26}, {89600, 6}},
+    {{79580, 24}, {89600, 6}},
 };
 constexpr detail::StringRow kStringsJapaneseMinolta[] = {
-    {{38363, 14}, {92683, 11}},
-    {{38384, 16}, {92694, 6}},
-    {{38403, 16}, {92700, 6}},
-    {{38421, 26}, {92706, 21}},
-    {{38467, 26}, {92727, 35}},
-    {{38579, 28}, {92694, 6}},
-    {{38607, 18}, {92762, 20}},
-    {{38710, 16}, {92782, 14}},
-    {{38735, 18}, {92700, 6}},
-    {{38753, 18}, {92694, 6}},
-    {{38771, 14}, {92796, 11}},
-    {{38871, 15}, {92807, 20}},
-    {{38915, 17}, {92827, 6}},
-    {{38938, 17}, {92833, 3}},
-    {{38984, 17}, {92836, 3}},
-    {{39035, 17}, {92839, 3}},
-    {{39086, 17}, {92842, 3}},
-    {{39132, 23}, {92845, 11}},
-    {{39172, 25}, {92827, 6}},
-    {{39197, 25}, {92833, 3}},
-    {{39247, 25}, {92836, 3}},
-    {{39297, 25}, {92839, 3}},
-    {{39347, 25}, {92842, 3}},
-    {{39397, 16}, {92856, 14}},
-    {{41208, 24}, {92870, 18}},
-    {{41339, 16}, {92888, 21}},
-    {{41531, 19}, {92909, 27}},
-    {{41562, 21}, {92936, 15}},
-    {{41589, 21}, {92951, 15}},
-    {{41616, 21}, {92966, 13}},
-    {{41641, 18}, {92979, 18}},
-    {{41659, 23}, {92979, 18}},
-    {{41788, 24}, {92997, 24}},
-    {{41830, 25}, {93021, 24}},
-    {{41874, 23}, {93045, 24}},
-    {{41970, 19}, {93069, 24}},
-    {{42001, 17}, {93093, 18}},
-    {{42028, 19}, {93111, 46}},
-    {{42072, 19}, {93157, 22}},
-    {{42113, 21}, {93179, 18}},
-    {{42141, 21}, {93197, 12}},
-    {{42167, 21}, {93209, 12}},
-    {{42192, 21}, {93221, 9}},
-    {{42218, 21}, {93230, 18}},
-    {{42249, 21}, {93248, 6}},
-    {{42283, 20}, {93254, 40}},
-    {{42322, 20}, {93294, 36}},
-    {{42399, 20}, {93330, 37}},
-    {{42440, 20}, {93367, 19}},
-    {{42478, 20}, {93386, 19}},
-    {{42522, 20}, {93405, 19}},
-    {{42562, 20}, {93424, 18}},
-    {{42629, 19}, {93442, 43}},
-    {{42715, 21}, {92694, 6}},
-    {{42736, 19}, {93485, 34}},
-    {{42780, 19}, {93519, 19}},
-    {{42849, 19}, {93538, 76}},
-    {{42925, 19}, {93614, 6}},
-    {{42947, 19}, {93620, 19}},
-    {{43010, 19}, {93639, 15}},
-    {{43036, 20}, {93654, 27}},
-    {{43069, 22}, {93681, 18}},
-    {{43103, 22}, {93699, 12}},
-    {{43133, 18}, {8057, 9}},
-    {{43224, 20}, {93711, 22}},
-    {{43329, 24}, {93733, 9}},
-    {{43503, 27}, {93742, 21}},
-    {{43669, 16}, {93763, 18}},
-    {{43685, 18}, {93781, 18}},
-    {{44141, 19}, {93799, 9}},
-    {{44172, 21}, {93808, 6}},
-    {{44201, 21}, {93763, 18}},
-    {{44222, 21}, {32370, 6}},
-    {{44243, 21}, {93814, 15}},
-    {{44270, 19}, {93829, 27}},
-    {{44301, 21}, {93856, 6}},
-    {{44389, 21}, {93862, 12}},
-    {{44445, 19}, {93874, 21}},
-    {{44476, 21}, {92694, 6}},
-    {{44565, 17}, {93895, 21}},
-    {{44592, 18}, {93916, 12}},
-    {{45049, 19}, {93928, 36}},
-    {{45111, 19}, {93964, 12}},
-    {{45130, 19}, {93976, 57}},
-    {{45269, 19}, {94033, 62}},
-    {{45345, 19}, {94095, 65}},
-    {{45416, 19}, {94160, 9}},
-    {{45449, 19}, {94169, 8}},
-    {{45519, 29}, {94177, 34}},
-    {{45571, 31}, {92694, 6}},
-    {{45602, 31}, {93781, 18}},
-    {{47103, 28}, {94211, 15}},
-    {{48048, 20}, {94226, 15}},
-    {{48081, 22}, {94241, 15}},
-    {{48110, 22}, {94256, 12}},
-    {{48149, 22}, {94268, 21}},
-    {{48187, 22}, {94289, 21}},
-    {{48215, 22}, {94310, 21}},
-    {{48250, 25}, {94331, 18}},
-    {{48411, 25}, {94349, 6}},
-    {{48587, 20}, {32118, 12}},
-    {{48677, 15}, {94355, 4}},
-    {{48700, 24}, {94359, 27}},
-    {{48742, 26}, {92694, 6}},
-    {{48768, 26}, {92700, 6}},
-    {{48794, 13}, {94386, 12}},
-    {{48807, 15}, {94398, 34}},
-    {{48841, 15}, {94432, 31}},
-    {{48954, 25}, {94463, 27}},
-    {{49006, 28}, {94490, 30}},
-    {{51650, 18}, {94520, 21}},
-    {{51679, 20}, {94541, 9}},
-    {{51701, 20}, {94550, 6}},
-    {{52120, 21}, {94556, 21}},
-    {{52292, 17}, {32208, 24}},
-    {{52309, 19}, {94577, 35}},
-    {{52356, 19}, {94612, 12}},
-    {{52392, 19}, {94624, 46}},
-    {{52439, 19}, {94670, 15}},
-    {{52458, 19}, {94685, 23}},
-    {{52495, 17}, {94708, 24}},
-    {{52595, 19}, {32232, 21}},
-    {{52614, 17}, {94732, 24}},
-    {{52708, 21}, {94756, 15}},
-    {{52999, 17}, {94771, 24}},
-    {{53084, 19}, {94795, 15}},
-    {{53122, 19}, {94795, 15}},
-    {{53254, 18}, {32253, 15}},
-    {{53334, 19}, {11271, 18}},
-    {{53353, 28}, {94810, 42}},
-    {{53486, 21}, {94852, 12}},
-    {{53521, 11}, {94864, 24}},
-    {{53532, 18}, {94888, 9}},
-    {{53561, 20}, {94897, 16}},
-    {{53786, 20}, {94913, 16}},
-    {{54025, 19}, {94929, 18}},
-    {{54056, 20}, {94947, 21}},
-    {{54090, 26}, {94968, 33}},
-    {{54135, 28}, {92694, 6}},
-    {{54163, 28}, {95001, 16}},
-    {{54200, 32}, {92700, 6}},
-    {{54232, 28}, {92700, 6}},
-    {{54628, 21}, {95017, 39}},
-    {{54663, 23}, {95056, 24}},
-    {{54686, 23}, {94520, 21}},
-    {{54714, 28}, {95080, 24}},
-    {{54764, 22}, {95104, 21}},
-    {{54801, 20}, {95125, 27}},
-    {{54905, 22}, {95152, 21}},
-    {{54942, 22}, {95173, 24}},
-    {{55070, 16}, {95197, 18}},
-    {{71054, 17}, {95215, 18}},
-    {{71081, 19}, {92694, 6}},
-    {{71100, 19}, {92700, 6}},
-    {{71119, 12}, {95233, 12}},
-    {{71131, 24}, {95245, 36}},
-    {{71173, 19}, {32310, 12}},
-    {{71221, 20}, {32322, 15}},
-    {{71241, 22}, {95281, 12}},
-    {{71276, 22}, {80277, 12}},
-    {{71321, 22}, {95293, 12}},
-    {{71551, 30}, {95305, 16}},
-    {{71606, 19}, {32048, 6}},
-    {{71637, 24}, {95321, 21}},
-    {{71679, 26}, {95342, 19}},
-    {{71718, 26}, {95361, 22}},
-    {{71763, 26}, {95383, 24}},
-    {{72005, 22}, {95407, 11}},
-    {{72334, 22}, {95418, 18}},
-    {{72405, 24}, {95436, 24}},
-    {{72439, 25}, {95460, 12}},
-    {{72468, 24}, {95460, 12}},
-    {{72492, 24}, {93781, 18}},
-    {{72516, 25}, {95472, 6}},
-    {{72574, 24}, {95478, 15}},
-    {{72605, 25}, {95478, 15}},
-    {{72630, 24}, {95493, 27}},
-    {{72678, 19}, {95520, 6}},
-    {{72843, 22}, {95526, 27}},
-    {{72880, 24}, {92694, 6}},
-    {{72904, 24}, {92700, 6}},
-    {{72928, 21}, {95553, 33}},
-    {{72963, 23}, {93639, 15}},
-    {{73017, 23}, {94331, 18}},
-    {{73109, 23}, {79711, 6}},
-    {{73143, 23}, {95586, 12}},
-    {{73180, 23}, {95598, 15}},
-    {{73623, 20}, {95613, 27}},
-    {{73656, 26}, {95640, 33}},
-    {{73702, 25}, {95673, 33}},
-    {{73892, 26}, {95706, 16}},
-    {{74126, 25}, {92694, 6}},
-    {{74151, 25}, {92700, 6}},
-    {{74176, 16}, {95722, 6}},
-    {{74192, 18}, {95728, 18}},
-    {{74252, 18}, {95746, 33}},
-    {{74299, 18}, {95746, 33}},
-    {{74317, 19}, {95728, 18}},
-    {{74355, 19}, {95779, 14}},
-    {{74386, 19}, {95793, 15}},
-    {{74418, 18}, {32370, 6}},
-    {{74436, 20}, {95472, 6}},
-    {{74456, 17}, {95808, 18}},
-    {{74483, 19}, {93781, 18}},
-    {{74502, 19}, {94331, 18}},
-    {{74521, 20}, {95826, 9}},
-    {{74541, 20}, {95835, 37}},
-    {{74561, 20}, {95872, 24}},
-    {{74595, 20}, {95896, 15}},
-    {{74634, 19}, {93862, 12}},
-    {{74653, 20}, {95911, 18}},
-    {{74689, 20}, {95929, 20}},
-    {{74726, 20}, {95949, 20}},
-    {{74751, 20}, {80490, 2}},
-    {{74821, 20}, {95969, 9}},
-    {{74857, 20}, {95978, 6}},
-    {{74886, 20}, {95984, 6}},
-    {{74910, 20}, {95990, 9}},
-    {{74933, 19}, {79711, 6}},
-    {{74975, 19}, {95999, 6}},
-    {{74994, 19}, {96005, 12}},
-    {{75019, 19}, {94349, 6}},
-    {{75061, 19}, {95586, 12}},
-    {{75080, 19}, {96017, 9}},
-    {{75099, 19}, {96026, 21}},
-    {{75129, 21}, {96047, 33}},
-    {{75218, 17}, {96080, 18}},
-    {{75235, 19}, {96098, 25}},
-    {{75268, 19}, {96123, 12}},
-    {{75287, 19}, {96135, 9}},
-    {{75477, 23}, {96144, 33}},
-    {{75763, 23}, {96177, 40}},
-    {{75804, 23}, {96217, 40}},
-    {{75845, 22}, {96257, 24}},
-    {{75882, 24}, {93856, 6}},
-    {{75906, 24}, {94331, 18}},
-    {{75930, 24}, {93862, 12}},
-    {{75954, 24}, {95586, 12}},
-    {{75992, 24}, {95999, 6}},
-    {{76016, 24}, {96281, 27}},
-    {{76074, 23}, {93856, 6}},
-    {{77067, 21}, {96308, 17}},
-    {{77186, 25}, {96325, 24}},
-    {{77418, 24}, {96349, 24}},
-    {{77460, 27}, {96373, 27}},
-    {{77508, 20}, {96400, 16}},
-    {{78005, 20}, {32406, 24}},
-    {{78025, 22}, {95826, 9}},
-    {{78047, 22}, {96416, 40}},
-    {{78111, 24}, {96456, 12}},
-    {{78141, 23}, {96468, 6}},
-    {{78164, 22}, {96474, 16}},
-    {{78201, 24}, {96490, 12}},
-    {{78231, 22}, {96474, 16}},
-    {{78253, 23}, {96502, 6}},
-    {{78276, 22}, {96508, 29}},
-    {{78298, 23}, {96537, 6}},
-    {{78321, 22}, {96543, 9}},
-    {{78343, 24}, {94795, 15}},
-    {{78367, 22}, {94386, 12}},
-    {{78389, 23}, {96508, 29}},
-    {{78412, 23}, {94386, 12}},
-    {{78435, 23}, {96543, 9}},
-    {{78672, 28}, {96552, 48}},
-    {{79022, 21}, {96600, 33}},
-    {{79269, 20}, {96633, 24}},
-    {{79302, 22}, {96657, 23}},
-    {{79340, 22}, {96680, 12}},
-    {{79370, 22}, {96692, 12}},
-    {{79519, 22}, {96633, 24}},
-    {{79557, 24}, {92694, 6}},
-    {{79581, 24}, {92700, 6}},
+    {{38386, 14}, {91534, 11}},
+    {{38407, 16}, {91545, 6}},
+    {{38426, 16}, {91551, 6}},
+    {{38444, 26}, {91557, 21}},
+    {{38490, 26}, {91578, 35}},
+    {{38602, 28}, {91545, 6}},
+    {{38630, 18}, {91613, 20}},
+    {{38733, 16}, {91633, 14}},
+    {{38758, 18}, {91551, 6}},
+    {{38776, 18}, {91545, 6}},
+    {{38794, 14}, {91647, 11}},
+    {{38894, 15}, {91658, 20}},
+    {{38938, 17}, {91678, 6}},
+    {{38961, 17}, {91684, 3}},
+    {{39007, 17}, {91687, 3}},
+    {{39058, 17}, {91690, 3}},
+    {{39109, 17}, {91693, 3}},
+    {{39155, 23}, {91696, 11}},
+    {{39195, 25}, {91678, 6}},
+    {{39220, 25}, {91684, 3}},
+    {{39270, 25}, {91687, 3}},
+    {{39320, 25}, {91690, 3}},
+    {{39370, 25}, {91693, 3}},
+    {{39420, 16}, {91707, 14}},
+    {{41231, 24}, {91721, 18}},
+    {{41362, 16}, {91739, 21}},
+    {{41554, 19}, {91760, 27}},
+    {{41585, 21}, {91787, 15}},
+    {{41612, 21}, {91802, 15}},
+    {{41639, 21}, {91817, 13}},
+    {{41664, 18}, {91830, 18}},
+    {{41682, 23}, {91830, 18}},
+    {{41811, 24}, {91848, 24}},
+    {{41853, 25}, {91872, 24}},
+    {{41897, 23}, {91896, 24}},
+    {{41993, 19}, {91920, 24}},
+    {{42024, 17}, {91944, 18}},
+    {{42051, 19}, {91962, 46}},
+    {{42095, 19}, {92008, 22}},
+    {{42136, 21}, {92030, 18}},
+    {{42164, 21}, {92048, 12}},
+    {{42190, 21}, {92060, 12}},
+    {{42215, 21}, {92072, 9}},
+    {{42241, 21}, {92081, 18}},
+    {{42272, 21}, {92099, 6}},
+    {{42306, 20}, {92105, 40}},
+    {{42345, 20}, {92145, 36}},
+    {{42422, 20}, {92181, 37}},
+    {{42463, 20}, {92218, 19}},
+    {{42501, 20}, {92237, 19}},
+    {{42545, 20}, {92256, 19}},
+    {{42585, 20}, {92275, 12}},
+    {{42652, 19}, {92287, 43}},
+    {{42738, 21}, {91545, 6}},
+    {{42759, 19}, {92330, 34}},
+    {{42803, 19}, {92364, 6}},
+    {{42872, 19}, {92370, 76}},
+    {{42948, 19}, {92446, 6}},
+    {{42970, 19}, {92446, 6}},
+    {{43033, 19}, {92452, 15}},
+    {{43059, 20}, {92467, 27}},
+    {{43092, 22}, {92494, 18}},
+    {{43126, 22}, {92512, 12}},
+    {{43156, 18}, {8057, 9}},
+    {{43247, 20}, {92524, 15}},
+    {{43352, 24}, {92539, 9}},
+    {{43526, 27}, {92548, 21}},
+    {{43692, 16}, {92569, 18}},
+    {{43708, 18}, {92587, 18}},
+    {{44164, 19}, {92605, 9}},
+    {{44195, 21}, {92614, 6}},
+    {{44224, 21}, {92569, 18}},
+    {{44245, 21}, {32393, 6}},
+    {{44266, 21}, {92620, 15}},
+    {{44293, 19}, {92635, 27}},
+    {{44324, 21}, {92662, 6}},
+    {{44412, 21}, {92668, 12}},
+    {{44468, 19}, {92680, 21}},
+    {{44499, 21}, {91545, 6}},
+    {{44588, 17}, {92701, 21}},
+    {{44615, 18}, {92722, 12}},
+    {{45072, 19}, {92734, 15}},
+    {{45134, 19}, {92749, 12}},
+    {{45153, 19}, {92761, 21}},
+    {{45292, 19}, {92782, 15}},
+    {{45368, 19}, {92797, 37}},
+    {{45439, 19}, {92834, 9}},
+    {{45472, 19}, {92843, 8}},
+    {{45542, 29}, {92851, 34}},
+    {{45594, 31}, {91545, 6}},
+    {{45625, 31}, {92587, 18}},
+    {{47126, 28}, {92885, 15}},
+    {{48071, 20}, {92900, 15}},
+    {{48104, 22}, {92915, 15}},
+    {{48133, 22}, {92930, 12}},
+    {{48172, 22}, {92942, 21}},
+    {{48210, 22}, {92963, 21}},
+    {{48238, 22}, {92984, 12}},
+    {{48273, 25}, {92996, 18}},
+    {{48434, 25}, {93014, 6}},
+    {{48610, 20}, {32141, 12}},
+    {{48700, 15}, {93020, 4}},
+    {{48723, 24}, {93024, 27}},
+    {{48765, 26}, {91545, 6}},
+    {{48791, 26}, {91551, 6}},
+    {{48817, 13}, {93051, 12}},
+    {{48830, 15}, {93063, 34}},
+    {{48864, 15}, {93097, 31}},
+    {{48977, 25}, {93128, 27}},
+    {{49029, 28}, {93155, 30}},
+    {{51673, 18}, {93185, 21}},
+    {{51702, 20}, {93206, 9}},
+    {{51724, 20}, {93215, 6}},
+    {{52143, 21}, {93221, 21}},
+    {{52315, 17}, {32231, 24}},
+    {{52332, 19}, {93242, 35}},
+    {{52379, 19}, {93277, 12}},
+    {{52415, 19}, {93289, 33}},
+    {{52462, 19}, {93322, 15}},
+    {{52481, 19}, {93337, 9}},
+    {{52518, 17}, {93346, 24}},
+    {{52618, 19}, {32255, 21}},
+    {{52637, 17}, {93370, 24}},
+    {{52731, 21}, {93394, 15}},
+    {{53022, 17}, {93409, 24}},
+    {{53107, 19}, {93433, 15}},
+    {{53145, 19}, {93433, 15}},
+    {{53277, 18}, {32276, 15}},
+    {{53357, 19}, {11294, 18}},
+    {{53376, 28}, {93448, 42}},
+    {{53509, 21}, {93490, 12}},
+    {{53544, 11}, {93502, 24}},
+    {{53555, 18}, {93526, 9}},
+    {{53584, 20}, {93535, 9}},
+    {{53809, 20}, {93535, 9}},
+    {{54048, 19}, {93544, 18}},
+    {{54079, 20}, {93562, 21}},
+    {{54113, 26}, {93583, 33}},
+    {{54158, 28}, {91545, 6}},
+    {{54186, 28}, {93616, 16}},
+    {{54223, 32}, {91551, 6}},
+    {{54255, 28}, {91551, 6}},
+    {{54651, 21}, {93632, 39}},
+    {{54686, 23}, {93671, 24}},
+    {{54709, 23}, {93185, 21}},
+    {{54737, 28}, {93695, 24}},
+    {{54787, 22}, {93719, 21}},
+    {{54824, 20}, {93740, 27}},
+    {{54928, 22}, {93767, 21}},
+    {{54965, 22}, {93788, 24}},
+    {{55093, 16}, {93812, 18}},
+    {{71077, 17}, {93830, 18}},
+    {{71104, 19}, {91545, 6}},
+    {{71123, 19}, {91551, 6}},
+    {{71142, 12}, {93848, 12}},
+    {{71154, 24}, {93860, 36}},
+    {{71196, 19}, {32333, 12}},
+    {{71244, 20}, {32345, 15}},
+    {{71264, 22}, {93896, 12}},
+    {{71299, 22}, {80027, 12}},
+    {{71344, 22}, {93908, 12}},
+    {{71574, 30}, {93920, 16}},
+    {{71629, 19}, {32071, 6}},
+    {{71660, 24}, {93936, 21}},
+    {{71702, 26}, {93957, 19}},
+    {{71741, 26}, {93976, 9}},
+    {{71786, 26}, {93985, 12}},
+    {{72028, 22}, {93997, 11}},
+    {{72357, 22}, {94008, 18}},
+    {{72428, 24}, {94026, 24}},
+    {{72462, 25}, {94050, 12}},
+    {{72491, 24}, {94050, 12}},
+    {{72515, 24}, {92587, 18}},
+    {{72539, 25}, {94062, 6}},
+    {{72597, 24}, {94068, 15}},
+    {{72628, 25}, {94068, 15}},
+    {{72653, 24}, {94083, 27}},
+    {{72701, 19}, {94110, 6}},
+    {{72866, 22}, {94116, 27}},
+    {{72903, 24}, {91545, 6}},
+    {{72927, 24}, {91551, 6}},
+    {{72951, 21}, {94143, 33}},
+    {{72986, 23}, {92452, 15}},
+    {{73040, 23}, {92996, 18}},
+    {{73132, 23}, {79700, 6}},
+    {{73166, 23}, {92275, 12}},
+    {{73203, 23}, {92524, 15}},
+    {{73646, 20}, {94176, 27}},
+    {{73679, 26}, {94203, 33}},
+    {{73725, 25}, {94236, 33}},
+    {{73915, 26}, {94269, 16}},
+    {{74149, 25}, {91545, 6}},
+    {{74174, 25}, {91551, 6}},
+    {{74199, 16}, {94285, 6}},
+    {{74215, 18}, {94291, 18}},
+    {{74275, 18}, {94309, 33}},
+    {{74322, 18}, {94309, 33}},
+    {{74340, 19}, {94291, 18}},
+    {{74378, 19}, {94342, 14}},
+    {{74409, 19}, {94356, 15}},
+    {{74441, 18}, {32393, 6}},
+    {{74459, 20}, {94062, 6}},
+    {{74479, 17}, {94371, 18}},
+    {{74506, 19}, {92587, 18}},
+    {{74525, 19}, {92996, 18}},
+    {{74544, 20}, {93535, 9}},
+    {{74564, 20}, {94389, 37}},
+    {{74584, 20}, {94426, 24}},
+    {{74618, 20}, {94450, 15}},
+    {{74657, 19}, {92668, 12}},
+    {{74676, 20}, {94465, 18}},
+    {{74712, 20}, {94483, 20}},
+    {{74749, 20}, {94503, 20}},
+    {{74774, 20}, {80234, 2}},
+    {{74844, 20}, {94523, 9}},
+    {{74880, 20}, {94532, 6}},
+    {{74909, 20}, {94538, 6}},
+    {{74933, 20}, {94544, 9}},
+    {{74956, 19}, {79700, 6}},
+    {{74998, 19}, {92364, 6}},
+    {{75017, 19}, {94553, 12}},
+    {{75042, 19}, {93014, 6}},
+    {{75084, 19}, {92275, 12}},
+    {{75103, 19}, {94565, 9}},
+    {{75122, 19}, {94574, 21}},
+    {{75152, 21}, {94595, 33}},
+    {{75241, 17}, {94628, 18}},
+    {{75258, 19}, {94646, 25}},
+    {{75291, 19}, {94671, 12}},
+    {{75310, 19}, {94683, 9}},
+    {{75500, 23}, {94692, 33}},
+    {{75786, 23}, {94725, 40}},
+    {{75827, 23}, {94765, 40}},
+    {{75868, 22}, {94805, 24}},
+    {{75905, 24}, {92662, 6}},
+    {{75929, 24}, {92996, 18}},
+    {{75953, 24}, {92668, 12}},
+    {{75977, 24}, {92275, 12}},
+    {{76015, 24}, {92364, 6}},
+    {{76039, 24}, {94829, 27}},
+    {{76097, 23}, {92662, 6}},
+    {{77090, 21}, {94856, 17}},
+    {{77209, 25}, {94873, 24}},
+    {{77441, 24}, {94897, 24}},
+    {{77483, 27}, {94921, 27}},
+    {{77531, 20}, {94948, 16}},
+    {{78028, 20}, {32429, 24}},
+    {{78048, 22}, {93535, 9}},
+    {{78070, 22}, {94964, 40}},
+    {{78134, 24}, {95004, 12}},
+    {{78164, 23}, {95016, 6}},
+    {{78187, 22}, {95022, 16}},
+    {{78224, 24}, {95038, 12}},
+    {{78254, 22}, {95022, 16}},
+    {{78276, 23}, {95050, 6}},
+    {{78299, 22}, {95056, 29}},
+    {{78321, 23}, {95085, 6}},
+    {{78344, 22}, {95091, 9}},
+    {{78366, 24}, {93433, 15}},
+    {{78390, 22}, {93051, 12}},
+    {{78412, 23}, {95056, 29}},
+    {{78435, 23}, {93051, 12}},
+    {{78458, 23}, {95091, 9}},
+    {{78695, 28}, {95100, 48}},
+    {{79045, 21}, {95148, 33}},
+    {{79292, 20}, {95181, 24}},
+    {{79325, 22}, {95205, 23}},
+    {{79363, 22}, {95228, 12}},
+    {{79393, 22}, {95240, 12}},
+    {{79542, 22}, {95181, 24}},
+    {{79580, 24}, {91545, 6}},
+    {{79604, 24}, {91551, 6}},
 };
 constexpr detail::StringRow kStringsSpanishMinolta[] = {
-    {{38363, 14}, {96704, 10}},
-    {{38579, 28}, {96714, 11}},
-    {{38607, 18}, {96725, 13}},
-    {{38735, 18}, {96738, 8}},
-    {{38753, 18}, {96714, 11}},
-    {{38771, 14}, {90402, 7}},
-    {{38871, 15}, {90409, 8}},
-    {{38915, 17}, {90417, 6}},
-    {{38984, 17}, {96746, 7}},
-    {{39086, 17}, {96753, 9}},
-    {{39132, 23}, {96762, 21}},
-    {{39397, 16}, {90409, 8}},
-    {{41169, 23}, {96783, 16}},
-    {{41427, 22}, {96799, 4}},
-    {{41641, 18}, {96803, 6}},
-    {{41659, 23}, {96809, 11}},
-    {{41970, 19}, {96820, 15}},
-    {{42001, 17}, {96835, 13}},
-    {{42028, 19}, {96848, 26}},
-    {{42072, 19}, {96874, 24}},
-    {{42113, 21}, {96898, 6}},
-    {{42141, 21}, {96904, 5}},
-    {{42167, 21}, {96909, 8}},
-    {{42192, 21}, {96917, 3}},
-    {{42218, 21}, {96920, 14}},
-    {{42249, 21}, {96934, 15}},
-    {{42283, 20}, {96949, 17}},
-    {{42322, 20}, {96966, 21}},
-    {{42399, 20}, {96987, 25}},
-    {{42440, 20}, {97012, 14}},
-    {{42478, 20}, {97026, 24}},
-    {{42629, 19}, {97050, 22}},
-    {{42736, 19}, {97072, 23}},
-    {{42780, 19}, {97095, 23}},
-    {{42849, 19}, {97118, 55}},
-    {{42925, 19}, {97173, 3}},
-    {{42947, 19}, {97176, 16}},
-    {{43133, 18}, {8263, 13}},
-    {{43224, 20}, {97192, 16}},
-    {{43329, 24}, {97208, 20}},
-    {{43600, 33}, {90423, 4}},
-    {{43637, 32}, {96799, 4}},
-    {{43669, 16}, {81675, 9}},
-    {{43685, 18}, {97228, 9}},
-    {{44301, 21}, {97237, 7}},
-    {{44445, 19}, {97244, 12}},
-    {{44476, 21}, {96714, 11}},
-    {{44565, 17}, {97256, 12}},
-    {{45519, 29}, {97268, 16}},
-    {{45571, 31}, {96714, 11}},
-    {{45602, 31}, {97228, 9}},
-    {{45776, 35}, {97228, 9}},
-    {{45951, 38}, {97228, 9}},
-    {{47103, 28}, {97284, 25}},
-    {{48048, 20}, {97309, 16}},
-    {{48187, 22}, {97325, 18}},
-    {{48215, 22}, {97343, 32}},
-    {{48250, 25}, {97375, 7}},
-    {{48411, 25}, {97382, 7}},
-    {{48587, 20}, {32567, 21}},
-    {{48677, 15}, {97389, 9}},
-    {{48742, 26}, {96714, 11}},
-    {{48768, 26}, {96738, 8}},
-    {{48807, 15}, {97398, 42}},
-    {{48841, 15}, {97440, 27}},
-    {{48954, 25}, {97467, 31}},
-    {{51701, 20}, {97498, 2}},
-    {{52292, 17}, {32639, 10}},
-    {{52309, 19}, {97500, 35}},
-    {{52495, 17}, {97535, 10}},
-    {{52595, 19}, {32649, 24}},
-    {{52999, 17}, {97545, 12}},
-    {{53521, 11}, {97557, 19}},
-    {{53532, 18}, {97576, 10}},
-    {{54025, 19}, {97586, 14}},
-    {{54090, 26}, {97600, 22}},
-    {{54135, 28}, {96714, 11}},
-    {{54163, 28}, {97622, 23}},
-    {{54200, 32}, {96738, 8}},
-    {{54232, 28}, {96738, 8}},
-    {{54260, 33}, {97645, 30}},
-    {{54628, 21}, {97675, 13}},
-    {{54714, 28}, {97688, 21}},
-    {{55070, 16}, {97709, 13}},
-    {{71054, 17}, {97722, 10}},
-    {{71119, 12}, {97732, 5}},
-    {{71131, 24}, {97737, 24}},
-    {{71173, 19}, {32732, 29}},
-    {{71221, 20}, {32761, 14}},
-    {{71241, 22}, {97761, 14}},
-    {{71276, 22}, {97775, 25}},
-    {{71321, 22}, {97800, 7}},
-    {{72492, 24}, {97228, 9}},
-    {{72843, 22}, {97807, 16}},
-    {{72880, 24}, {96714, 11}},
-    {{73017, 23}, {97375, 7}},
-    {{73180, 23}, {97823, 9}},
-    {{73623, 20}, {97832, 12}},
-    {{73656, 26}, {97844, 22}},
-    {{73702, 25}, {97866, 20}},
-    {{74126, 25}, {96714, 11}},
-    {{74151, 25}, {96738, 8}},
-    {{74176, 16}, {97886, 9}},
-    {{74252, 18}, {97895, 55}},
-    {{74299, 18}, {97895, 55}},
-    {{74355, 19}, {97950, 25}},
-    {{74386, 19}, {97975, 26}},
-    {{74418, 18}, {32870, 11}},
-    {{74436, 20}, {97228, 9}},
-    {{74456, 17}, {98001, 20}},
-    {{74483, 19}, {97228, 9}},
-    {{74502, 19}, {97375, 7}},
-    {{74541, 20}, {98021, 22}},
-    {{74561, 20}, {98043, 19}},
-    {{74595, 20}, {98062, 17}},
-    {{74653, 20}, {98079, 15}},
-    {{74689, 20}, {98094, 18}},
-    {{74751, 20}, {80490, 2}},
-    {{74857, 20}, {98112, 19}},
-    {{74886, 20}, {98131, 6}},
-    {{74933, 19}, {96920, 14}},
-    {{74975, 19}, {98137, 10}},
-    {{74994, 19}, {98147, 17}},
-    {{75019, 19}, {97382, 7}},
-    {{75061, 19}, {98164, 13}},
-    {{75218, 17}, {98177, 7}},
-    {{75235, 19}, {98184, 19}},
-    {{75268, 19}, {97228, 9}},
-    {{75287, 19}, {98203, 5}},
-    {{75410, 34}, {90423, 4}},
-    {{75444, 33}, {96799, 4}},
-    {{75477, 23}, {98208, 17}},
-    {{75552, 23}, {97228, 9}},
-    {{75741, 22}, {97228, 9}},
-    {{75882, 24}, {97237, 7}},
-    {{75906, 24}, {97375, 7}},
-    {{76074, 23}, {97237, 7}},
-    {{78005, 20}, {32992, 18}},
-    {{78025, 22}, {98225, 11}},
-    {{78047, 22}, {98236, 53}},
-    {{78111, 24}, {98289, 13}},
-    {{78141, 23}, {98302, 11}},
-    {{78164, 22}, {98313, 19}},
-    {{78231, 22}, {98313, 19}},
-    {{78253, 23}, {98332, 7}},
-    {{78276, 22}, {98339, 9}},
-    {{78298, 23}, {98348, 8}},
-    {{78321, 22}, {98356, 12}},
-    {{78343, 24}, {98368, 28}},
-    {{78389, 23}, {98339, 9}},
-    {{78435, 23}, {98356, 12}},
-    {{78544, 32}, {96799, 4}},
-    {{78576, 32}, {90423, 4}},
-    {{78608, 32}, {96799, 4}},
-    {{78640, 32}, {90423, 4}},
-    {{79269, 20}, {98396, 13}},
-    {{79302, 22}, {96714, 11}},
-    {{79340, 22}, {90423, 4}},
-    {{79370, 22}, {96799, 4}},
-    {{79467, 26}, {97228, 9}},
-    {{79557, 24}, {96714, 11}},
-    {{79581, 24}, {96738, 8}},
+    {{38386, 14}, {95252, 10}},
+    {{38602, 28}, {95262, 11}},
+    {{38630, 18}, {95273, 13}},
+    {{38758, 18}, {95286, 8}},
+    {{38776, 18}, {95262, 11}},
+    {{38794, 14}, {89612, 7}},
+    {{38894, 15}, {89619, 8}},
+    {{38938, 17}, {89627, 6}},
+    {{39007, 17}, {95294, 7}},
+    {{39109, 17}, {95301, 9}},
+    {{39155, 23}, {95310, 21}},
+    {{39420, 16}, {89619, 8}},
+    {{41192, 23}, {95331, 16}},
+    {{41450, 22}, {95347, 4}},
+    {{41664, 18}, {95351, 6}},
+    {{41682, 23}, {95357, 11}},
+    {{41993, 19}, {95368, 15}},
+    {{42024, 17}, {95383, 13}},
+    {{42051, 19}, {95396, 9}},
+    {{42095, 19}, {95405, 7}},
+    {{42136, 21}, {95412, 6}},
+    {{42164, 21}, {95418, 5}},
+    {{42190, 21}, {95423, 8}},
+    {{42215, 21}, {95431, 3}},
+    {{42241, 21}, {95434, 14}},
+    {{42272, 21}, {95448, 15}},
+    {{42306, 20}, {95463, 17}},
+    {{42345, 20}, {95418, 5}},
+    {{42422, 20}, {95423, 8}},
+    {{42463, 20}, {95480, 14}},
+    {{42501, 20}, {95494, 24}},
+    {{42652, 19}, {95518, 7}},
+    {{42759, 19}, {95525, 7}},
+    {{42803, 19}, {95532, 10}},
+    {{42872, 19}, {95542, 31}},
+    {{42948, 19}, {95573, 3}},
+    {{42970, 19}, {95573, 3}},
+    {{43156, 18}, {8263, 13}},
+    {{43247, 20}, {95576, 9}},
+    {{43352, 24}, {95585, 20}},
+    {{43623, 33}, {89633, 4}},
+    {{43660, 32}, {95347, 4}},
+    {{43692, 16}, {81320, 9}},
+    {{43708, 18}, {95396, 9}},
+    {{44324, 21}, {95605, 7}},
+    {{44468, 19}, {95612, 12}},
+    {{44499, 21}, {95262, 11}},
+    {{44588, 17}, {95624, 12}},
+    {{45542, 29}, {95636, 16}},
+    {{45594, 31}, {95262, 11}},
+    {{45625, 31}, {95396, 9}},
+    {{45799, 35}, {95396, 9}},
+    {{45974, 38}, {95396, 9}},
+    {{47126, 28}, {95652, 25}},
+    {{48071, 20}, {95677, 16}},
+    {{48210, 22}, {95693, 18}},
+    {{48238, 22}, {95711, 23}},
+    {{48273, 25}, {95518, 7}},
+    {{48434, 25}, {95525, 7}},
+    {{48610, 20}, {32590, 21}},
+    {{48700, 15}, {95734, 9}},
+    {{48765, 26}, {95262, 11}},
+    {{48791, 26}, {95286, 8}},
+    {{48830, 15}, {95743, 42}},
+    {{48864, 15}, {95785, 27}},
+    {{48977, 25}, {95812, 31}},
+    {{51724, 20}, {95843, 2}},
+    {{52315, 17}, {32662, 10}},
+    {{52332, 19}, {95845, 11}},
+    {{52518, 17}, {95856, 10}},
+    {{52618, 19}, {32672, 24}},
+    {{53022, 17}, {95866, 12}},
+    {{53544, 11}, {95878, 19}},
+    {{53555, 18}, {95897, 10}},
+    {{54048, 19}, {95907, 14}},
+    {{54113, 26}, {95921, 22}},
+    {{54158, 28}, {95262, 11}},
+    {{54186, 28}, {95943, 23}},
+    {{54223, 32}, {95286, 8}},
+    {{54255, 28}, {95286, 8}},
+    {{54283, 33}, {95966, 30}},
+    {{54651, 21}, {95996, 13}},
+    {{54737, 28}, {96009, 21}},
+    {{55093, 16}, {96030, 13}},
+    {{71077, 17}, {96043, 10}},
+    {{71142, 12}, {96053, 5}},
+    {{71154, 24}, {96058, 24}},
+    {{71196, 19}, {32755, 29}},
+    {{71244, 20}, {32784, 14}},
+    {{71264, 22}, {96082, 14}},
+    {{71299, 22}, {96096, 25}},
+    {{71344, 22}, {96121, 7}},
+    {{72515, 24}, {95396, 9}},
+    {{72866, 22}, {96128, 16}},
+    {{72903, 24}, {95262, 11}},
+    {{73040, 23}, {95518, 7}},
+    {{73203, 23}, {95576, 9}},
+    {{73646, 20}, {96144, 12}},
+    {{73679, 26}, {96156, 22}},
+    {{73725, 25}, {96178, 20}},
+    {{74149, 25}, {95262, 11}},
+    {{74174, 25}, {95286, 8}},
+    {{74199, 16}, {96198, 9}},
+    {{74275, 18}, {96207, 55}},
+    {{74322, 18}, {96207, 55}},
+    {{74378, 19}, {96262, 25}},
+    {{74409, 19}, {96287, 26}},
+    {{74441, 18}, {32893, 11}},
+    {{74459, 20}, {95396, 9}},
+    {{74479, 17}, {96313, 20}},
+    {{74506, 19}, {95396, 9}},
+    {{74525, 19}, {95518, 7}},
+    {{74564, 20}, {96333, 22}},
+    {{74584, 20}, {96355, 19}},
+    {{74618, 20}, {96374, 17}},
+    {{74676, 20}, {96391, 15}},
+    {{74712, 20}, {96406, 18}},
+    {{74774, 20}, {80234, 2}},
+    {{74880, 20}, {96424, 19}},
+    {{74909, 20}, {96443, 6}},
+    {{74956, 19}, {95434, 14}},
+    {{74998, 19}, {95532, 10}},
+    {{75017, 19}, {96449, 17}},
+    {{75042, 19}, {95525, 7}},
+    {{75084, 19}, {96466, 13}},
+    {{75241, 17}, {96479, 7}},
+    {{75258, 19}, {96486, 19}},
+    {{75291, 19}, {95396, 9}},
+    {{75310, 19}, {96505, 5}},
+    {{75433, 34}, {89633, 4}},
+    {{75467, 33}, {95347, 4}},
+    {{75500, 23}, {96510, 17}},
+    {{75575, 23}, {95396, 9}},
+    {{75764, 22}, {95396, 9}},
+    {{75905, 24}, {95605, 7}},
+    {{75929, 24}, {95518, 7}},
+    {{76097, 23}, {95605, 7}},
+    {{78028, 20}, {33015, 18}},
+    {{78048, 22}, {95845, 11}},
+    {{78070, 22}, {96527, 53}},
+    {{78134, 24}, {96580, 13}},
+    {{78164, 23}, {96593, 11}},
+    {{78187, 22}, {96604, 19}},
+    {{78254, 22}, {96604, 19}},
+    {{78276, 23}, {96623, 7}},
+    {{78299, 22}, {96630, 9}},
+    {{78321, 23}, {96639, 8}},
+    {{78344, 22}, {96647, 12}},
+    {{78366, 24}, {96659, 28}},
+    {{78412, 23}, {96630, 9}},
+    {{78458, 23}, {96647, 12}},
+    {{78567, 32}, {95347, 4}},
+    {{78599, 32}, {89633, 4}},
+    {{78631, 32}, {95347, 4}},
+    {{78663, 32}, {89633, 4}},
+    {{79292, 20}, {96687, 13}},
+    {{79325, 22}, {95262, 11}},
+    {{79363, 22}, {89633, 4}},
+    {{79393, 22}, {95347, 4}},
+    {{79490, 26}, {95396, 9}},
+    {{79580, 24}, {95262, 11}},
+    {{79604, 24}, {95286, 8}},
 };
 constinit detail::StreamStrings gStringsMinolta(kText, {kStringsEnglishMinolta, kStringsChineseMinolta, kStringsFrenchMinolta, kStringsGermanMinolta, kStringsItalianMinolta, kStringsJapaneseMinolta, kStringsSpanishMinolta});
 constexpr std::uint16_t kKeyOrderMinolta[] = {
@@ -6061,418 +6032,418 @@ constinit detail::StreamTags gTagsMinolta("Minolta", kText, kTagsMinolta, kKeyOr
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMinoltaRaw[] = {
-    {{98409, 10}, TagType::string, 2, 8, 0, 0},  // FirmwareID
-    {{98419, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
-    {{98431, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
-    {{98442, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageHeight
-    {{98453, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageWidth
-    {{98463, 8}, TagType::int8u, 2, 0, 0, 0},  // RawDepth
-    {{14305, 8}, TagType::int8u, 2, 0, 0, 0},  // BitDepth
-    {{98471, 13}, TagType::int8u, 2, 0, 0, 2},  // StorageMethod
-    {{98484, 12}, TagType::int8u, 2, 0, 2, 2},  // BayerPattern
-    {{14067, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
-    {{33537, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
-    {{33545, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
-    {{98496, 6}, TagType::int8u, 0, 0, 0, 0},  // WBMode
-    {{14485, 11}, TagType::int8u, 2, 0, 4, 6},  // ProgramMode
-    {{33585, 10}, TagType::int8u, 2, 0, 10, 8},  // ISOSetting
-    {{33621, 9}, TagType::int32u, 2, 0, 18, 28},  // ColorMode
-    {{35629, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
-    {{35648, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
-    {{35667, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
-    {{35608, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
-    {{35592, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
-    {{35716, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
-    {{35684, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
-    {{98502, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightF
-    {{98522, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteF
-    {{98542, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteF
-    {{33630, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorFilter
-    {{33641, 8}, TagType::int8u, 2, 0, 0, 0},  // BWFilter
-    {{35035, 12}, TagType::int8u, 2, 0, 46, 3},  // ZoneMatching
-    {{98559, 3}, TagType::int8s, 2, 0, 0, 0},  // Hue
-    {{33805, 16}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperature
-    {{98562, 13}, TagType::int32u, 2, 0, 0, 0},  // RawDataLength
-    {{98575, 7}, TagType::int8u, 2, 4, 0, 0},  // WBScale
-    {{35205, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
-    {{98582, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevels
+    {{96700, 10}, TagType::string, 2, 8, 0, 0},  // FirmwareID
+    {{96710, 12}, TagType::int16u, 2, 0, 0, 0},  // SensorHeight
+    {{96722, 11}, TagType::int16u, 2, 0, 0, 0},  // SensorWidth
+    {{96733, 11}, TagType::int16u, 2, 0, 0, 0},  // ImageHeight
+    {{96744, 10}, TagType::int16u, 2, 0, 0, 0},  // ImageWidth
+    {{96754, 8}, TagType::int8u, 2, 0, 0, 0},  // RawDepth
+    {{14328, 8}, TagType::int8u, 2, 0, 0, 0},  // BitDepth
+    {{96762, 13}, TagType::int8u, 2, 0, 0, 2},  // StorageMethod
+    {{96775, 12}, TagType::int8u, 2, 0, 2, 2},  // BayerPattern
+    {{14090, 10}, TagType::int8s, 2, 0, 0, 0},  // Saturation
+    {{33560, 8}, TagType::int8s, 2, 0, 0, 0},  // Contrast
+    {{33568, 9}, TagType::int8s, 2, 0, 0, 0},  // Sharpness
+    {{96787, 6}, TagType::int8u, 0, 0, 0, 0},  // WBMode
+    {{14508, 11}, TagType::int8u, 2, 0, 4, 6},  // ProgramMode
+    {{33608, 10}, TagType::int8u, 2, 0, 10, 8},  // ISOSetting
+    {{33644, 9}, TagType::int32u, 2, 0, 18, 28},  // ColorMode
+    {{35652, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsTungsten
+    {{35671, 19}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylight
+    {{35690, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCloudy
+    {{35631, 21}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCoolWhiteF
+    {{35615, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsFlash
+    {{35739, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsCustom
+    {{35707, 16}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsShade
+    {{96793, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDaylightF
+    {{96813, 20}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsDayWhiteF
+    {{96833, 17}, TagType::int16u, 2, 2, 0, 0},  // WB_RBLevelsWhiteF
+    {{33653, 11}, TagType::int32s, 2, 0, 0, 0},  // ColorFilter
+    {{33664, 8}, TagType::int8u, 2, 0, 0, 0},  // BWFilter
+    {{35058, 12}, TagType::int8u, 2, 0, 46, 3},  // ZoneMatching
+    {{96850, 3}, TagType::int8s, 2, 0, 0, 0},  // Hue
+    {{33828, 16}, TagType::int8u, 2, 0, 0, 0},  // ColorTemperature
+    {{96853, 13}, TagType::int32u, 2, 0, 0, 0},  // RawDataLength
+    {{96866, 7}, TagType::int8u, 2, 4, 0, 0},  // WBScale
+    {{35228, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_GBRGLevels
+    {{96873, 13}, TagType::int16u, 2, 4, 0, 0},  // WB_RGGBLevels
 };
 constexpr detail::TextRef kChoicesMinoltaRaw[] = {
-    {35952, 2}, {98595, 2}, {15871, 1}, {15868, 1}, {15870, 1}, {15871, 1}, {15866, 1}, {15867, 1},
-    {15868, 1}, {15869, 1}, {15870, 1}, {35875, 2}, {35894, 2}, {35839, 2}, {35896, 2}, {35880, 2},
-    {35888, 3}, {35891, 3}, {15870, 1}, {15871, 1}, {35898, 3}, {35901, 3}, {35904, 3}, {35907, 3},
-    {35910, 3}, {35913, 3}, {35916, 2}, {35918, 2}, {35920, 3}, {35923, 2}, {35925, 2}, {35837, 2},
-    {35927, 2}, {35929, 2}, {35931, 2}, {15866, 1}, {35933, 2}, {35935, 2}, {35937, 3}, {15867, 1},
-    {15868, 1}, {35940, 10}, {15869, 1}, {35829, 1}, {35830, 1}, {35842, 1}, {15870, 1}, {15871, 1},
-    {15866, 1},
+    {35975, 2}, {96886, 2}, {15894, 1}, {15891, 1}, {15893, 1}, {15894, 1}, {15889, 1}, {15890, 1},
+    {15891, 1}, {15892, 1}, {15893, 1}, {35898, 2}, {35917, 2}, {35862, 2}, {35919, 2}, {35903, 2},
+    {35911, 3}, {35914, 3}, {15893, 1}, {15894, 1}, {35921, 3}, {35924, 3}, {35927, 3}, {35930, 3},
+    {35933, 3}, {35936, 3}, {35939, 2}, {35941, 2}, {35943, 3}, {35946, 2}, {35948, 2}, {35860, 2},
+    {35950, 2}, {35952, 2}, {35954, 2}, {15889, 1}, {35956, 2}, {35958, 2}, {35960, 3}, {15890, 1},
+    {15891, 1}, {35963, 10}, {15892, 1}, {35852, 1}, {35853, 1}, {35865, 1}, {15893, 1}, {15894, 1},
+    {15889, 1},
 };
 constexpr detail::StringRow kStringsEnglishMinoltaRaw[] = {
-    {{98597, 19}, {41355, 9}},
-    {{98616, 23}, {98639, 13}},
-    {{98652, 25}, {98677, 4}},
-    {{98681, 25}, {98706, 4}},
-    {{98710, 19}, {17169, 9}},
-    {{98729, 22}, {41989, 12}},
-    {{98751, 20}, {42018, 10}},
-    {{98771, 22}, {42047, 25}},
-    {{98793, 22}, {42091, 22}},
-    {{98815, 24}, {42134, 7}},
-    {{98839, 24}, {42162, 5}},
-    {{98863, 24}, {42188, 4}},
-    {{98887, 24}, {42213, 5}},
-    {{98911, 24}, {42239, 10}},
-    {{98935, 24}, {42270, 13}},
-    {{98959, 23}, {42303, 19}},
-    {{98982, 23}, {42342, 21}},
-    {{99005, 24}, {42384, 15}},
-    {{99029, 23}, {42419, 21}},
-    {{99052, 23}, {42460, 18}},
-    {{99075, 23}, {42498, 24}},
-    {{99098, 23}, {42542, 20}},
-    {{99121, 23}, {42582, 20}},
-    {{99144, 23}, {42622, 7}},
-    {{99167, 22}, {42648, 23}},
-    {{99189, 23}, {42691, 2}},
-    {{99212, 23}, {42713, 2}},
-    {{99235, 24}, {38400, 3}},
-    {{99259, 22}, {42755, 25}},
-    {{99281, 22}, {42799, 19}},
-    {{99303, 31}, {42846, 3}},
-    {{99334, 22}, {99356, 28}},
-    {{99384, 22}, {42944, 3}},
-    {{99406, 22}, {43001, 9}},
-    {{99428, 22}, {43029, 7}},
-    {{99450, 27}, {43353, 17}},
-    {{99477, 19}, {33537, 8}},
-    {{99496, 21}, {99517, 11}},
-    {{99528, 14}, {98559, 3}},
-    {{99542, 21}, {53550, 11}},
-    {{99563, 23}, {38911, 4}},
-    {{99586, 25}, {53643, 22}},
-    {{99611, 25}, {53709, 24}},
-    {{99636, 24}, {35898, 3}},
-    {{99660, 24}, {53888, 3}},
-    {{99684, 24}, {53753, 3}},
-    {{99708, 24}, {53981, 3}},
-    {{99732, 24}, {53911, 4}},
-    {{99756, 22}, {99778, 12}},
-    {{99790, 21}, {99811, 11}},
-    {{99822, 22}, {25099, 12}},
-    {{99844, 24}, {44322, 4}},
-    {{99868, 24}, {48275, 8}},
-    {{99892, 24}, {44410, 4}},
-    {{99916, 24}, {73166, 14}},
-    {{99940, 24}, {48361, 6}},
-    {{99964, 24}, {75013, 6}},
-    {{99988, 24}, {100012, 15}},
-    {{100027, 19}, {100046, 9}},
-    {{100055, 21}, {14067, 10}},
-    {{100076, 23}, {100099, 13}},
-    {{100112, 22}, {100134, 12}},
-    {{100146, 20}, {33545, 9}},
-    {{100166, 24}, {100190, 14}},
-    {{100204, 27}, {100231, 6}},
-    {{100237, 27}, {100264, 6}},
-    {{100270, 17}, {100287, 7}},
-    {{100294, 18}, {100312, 8}},
-    {{100320, 24}, {77088, 14}},
-    {{100344, 28}, {77211, 19}},
-    {{100372, 32}, {77259, 25}},
-    {{100404, 28}, {77309, 19}},
-    {{100432, 31}, {100463, 24}},
-    {{100487, 30}, {77355, 21}},
-    {{100517, 31}, {100548, 23}},
-    {{100571, 27}, {77400, 18}},
-    {{100598, 27}, {77442, 18}},
-    {{100625, 30}, {77487, 21}},
-    {{100655, 28}, {100683, 20}},
-    {{100703, 24}, {100727, 14}},
-    {{100741, 23}, {79289, 13}},
-    {{100764, 25}, {79324, 16}},
-    {{100789, 25}, {79362, 8}},
-    {{100814, 25}, {79392, 7}},
+    {{96888, 19}, {41378, 9}},
+    {{96907, 23}, {96930, 13}},
+    {{96943, 25}, {96968, 4}},
+    {{96972, 25}, {96997, 4}},
+    {{97001, 19}, {17192, 9}},
+    {{97020, 22}, {42012, 12}},
+    {{97042, 20}, {42041, 10}},
+    {{97062, 22}, {42070, 25}},
+    {{97084, 22}, {42114, 22}},
+    {{97106, 24}, {42157, 7}},
+    {{97130, 24}, {42185, 5}},
+    {{97154, 24}, {42211, 4}},
+    {{97178, 24}, {42236, 5}},
+    {{97202, 24}, {42262, 10}},
+    {{97226, 24}, {42293, 13}},
+    {{97250, 23}, {42326, 19}},
+    {{97273, 23}, {42365, 21}},
+    {{97296, 24}, {42407, 15}},
+    {{97320, 23}, {42442, 21}},
+    {{97343, 23}, {42483, 18}},
+    {{97366, 23}, {42521, 24}},
+    {{97389, 23}, {42565, 20}},
+    {{97412, 23}, {42605, 20}},
+    {{97435, 23}, {42645, 7}},
+    {{97458, 22}, {42671, 23}},
+    {{97480, 23}, {42714, 2}},
+    {{97503, 23}, {42736, 2}},
+    {{97526, 24}, {38423, 3}},
+    {{97550, 22}, {42778, 25}},
+    {{97572, 22}, {42822, 19}},
+    {{97594, 31}, {42869, 3}},
+    {{97625, 22}, {97647, 28}},
+    {{97675, 22}, {42967, 3}},
+    {{97697, 22}, {43024, 9}},
+    {{97719, 22}, {43052, 7}},
+    {{97741, 27}, {43376, 17}},
+    {{97768, 19}, {33560, 8}},
+    {{97787, 21}, {97808, 11}},
+    {{97819, 14}, {96850, 3}},
+    {{97833, 21}, {53573, 11}},
+    {{97854, 23}, {38934, 4}},
+    {{97877, 25}, {53666, 22}},
+    {{97902, 25}, {53732, 24}},
+    {{97927, 24}, {35921, 3}},
+    {{97951, 24}, {53911, 3}},
+    {{97975, 24}, {53776, 3}},
+    {{97999, 24}, {54004, 3}},
+    {{98023, 24}, {53934, 4}},
+    {{98047, 22}, {98069, 12}},
+    {{98081, 21}, {98102, 11}},
+    {{98113, 22}, {25122, 12}},
+    {{98135, 24}, {44345, 4}},
+    {{98159, 24}, {48298, 8}},
+    {{98183, 24}, {44433, 4}},
+    {{98207, 24}, {73189, 14}},
+    {{98231, 24}, {48384, 6}},
+    {{98255, 24}, {75036, 6}},
+    {{98279, 24}, {98303, 15}},
+    {{98318, 19}, {98337, 9}},
+    {{98346, 21}, {14090, 10}},
+    {{98367, 23}, {98390, 13}},
+    {{98403, 22}, {98425, 12}},
+    {{98437, 20}, {33568, 9}},
+    {{98457, 24}, {98481, 14}},
+    {{98495, 27}, {98522, 6}},
+    {{98528, 27}, {98555, 6}},
+    {{98561, 17}, {98578, 7}},
+    {{98585, 18}, {98603, 8}},
+    {{98611, 24}, {77111, 14}},
+    {{98635, 28}, {77234, 19}},
+    {{98663, 32}, {77282, 25}},
+    {{98695, 28}, {77332, 19}},
+    {{98723, 31}, {98754, 24}},
+    {{98778, 30}, {77378, 21}},
+    {{98808, 31}, {98839, 23}},
+    {{98862, 27}, {77423, 18}},
+    {{98889, 27}, {77465, 18}},
+    {{98916, 30}, {77510, 21}},
+    {{98946, 28}, {98974, 20}},
+    {{98994, 24}, {99018, 14}},
+    {{99032, 23}, {79312, 13}},
+    {{99055, 25}, {79347, 16}},
+    {{99080, 25}, {79385, 8}},
+    {{99105, 25}, {79415, 7}},
 };
 constexpr detail::StringRow kStringsChineseMinoltaRaw[] = {
-    {{98729, 22}, {79611, 12}},
-    {{98751, 20}, {79623, 12}},
-    {{98771, 22}, {79635, 23}},
-    {{98793, 22}, {79658, 29}},
-    {{98815, 24}, {79687, 6}},
-    {{98839, 24}, {79693, 6}},
-    {{98863, 24}, {79699, 6}},
-    {{98887, 24}, {79705, 6}},
-    {{98911, 24}, {79711, 6}},
-    {{98935, 24}, {79717, 6}},
-    {{98959, 23}, {79723, 16}},
-    {{98982, 23}, {79739, 22}},
-    {{99029, 23}, {79761, 23}},
-    {{99052, 23}, {79784, 16}},
-    {{99075, 23}, {79800, 17}},
-    {{99167, 22}, {79817, 21}},
-    {{99259, 22}, {79838, 22}},
-    {{99281, 22}, {79860, 19}},
-    {{99334, 22}, {100839, 21}},
-    {{99384, 22}, {79925, 6}},
-    {{99450, 27}, {79950, 6}},
-    {{99477, 19}, {79956, 9}},
-    {{99528, 14}, {100860, 6}},
-    {{99563, 23}, {80409, 6}},
-    {{99756, 22}, {100866, 6}},
-    {{99790, 21}, {100872, 6}},
-    {{99868, 24}, {80097, 6}},
-    {{100055, 21}, {29718, 9}},
-    {{100146, 20}, {80528, 6}},
-    {{100741, 23}, {80648, 12}},
-    {{100764, 25}, {80013, 3}},
-    {{100789, 25}, {80660, 3}},
-    {{100814, 25}, {80547, 3}},
+    {{97020, 22}, {79634, 12}},
+    {{97042, 20}, {79646, 12}},
+    {{97062, 22}, {79658, 6}},
+    {{97084, 22}, {79664, 12}},
+    {{97106, 24}, {79676, 6}},
+    {{97130, 24}, {79682, 6}},
+    {{97154, 24}, {79688, 6}},
+    {{97178, 24}, {79694, 6}},
+    {{97202, 24}, {79700, 6}},
+    {{97226, 24}, {79706, 6}},
+    {{97250, 23}, {79712, 16}},
+    {{97273, 23}, {79682, 6}},
+    {{97320, 23}, {79688, 6}},
+    {{97343, 23}, {79728, 16}},
+    {{97366, 23}, {79706, 6}},
+    {{97458, 22}, {79744, 6}},
+    {{97550, 22}, {79750, 6}},
+    {{97572, 22}, {79756, 6}},
+    {{97625, 22}, {80254, 12}},
+    {{97675, 22}, {79784, 6}},
+    {{97741, 27}, {79790, 6}},
+    {{97768, 19}, {79796, 9}},
+    {{97819, 14}, {99130, 6}},
+    {{97854, 23}, {79976, 6}},
+    {{98047, 22}, {99136, 6}},
+    {{98081, 21}, {99142, 6}},
+    {{98159, 24}, {79744, 6}},
+    {{98346, 21}, {29741, 9}},
+    {{98437, 20}, {80272, 6}},
+    {{99032, 23}, {80392, 12}},
+    {{99055, 25}, {79847, 3}},
+    {{99080, 25}, {80404, 3}},
+    {{99105, 25}, {80291, 3}},
 };
 constexpr detail::StringRow kStringsFrenchMinoltaRaw[] = {
-    {{98729, 22}, {81063, 17}},
-    {{98751, 20}, {81080, 20}},
-    {{98771, 22}, {81100, 29}},
-    {{98793, 22}, {81129, 25}},
-    {{98815, 24}, {81154, 6}},
-    {{98839, 24}, {81160, 5}},
-    {{98863, 24}, {81165, 7}},
-    {{98887, 24}, {81172, 8}},
-    {{98911, 24}, {81180, 12}},
-    {{98935, 24}, {81192, 16}},
-    {{98959, 23}, {81208, 18}},
-    {{98982, 23}, {81226, 21}},
-    {{99005, 24}, {81247, 19}},
-    {{99029, 23}, {81266, 24}},
-    {{99052, 23}, {81290, 19}},
-    {{99075, 23}, {81309, 24}},
-    {{99098, 23}, {81333, 24}},
-    {{99121, 23}, {81357, 23}},
-    {{99144, 23}, {81380, 11}},
-    {{99167, 22}, {81391, 32}},
-    {{99235, 24}, {80678, 11}},
-    {{99259, 22}, {81423, 23}},
-    {{99281, 22}, {81446, 30}},
-    {{99303, 31}, {81476, 14}},
-    {{99334, 22}, {100878, 30}},
-    {{99384, 22}, {81555, 3}},
-    {{99406, 22}, {81574, 9}},
-    {{99428, 22}, {81583, 7}},
-    {{99450, 27}, {81655, 20}},
-    {{99477, 19}, {81675, 9}},
-    {{99496, 21}, {100908, 28}},
-    {{99528, 14}, {100936, 6}},
-    {{99542, 21}, {83047, 12}},
-    {{99756, 22}, {100942, 18}},
-    {{99790, 21}, {100960, 18}},
-    {{99844, 24}, {81706, 6}},
-    {{99892, 24}, {81712, 5}},
-    {{99940, 24}, {82258, 17}},
-    {{100076, 23}, {100978, 18}},
-    {{100112, 22}, {100996, 18}},
-    {{100146, 20}, {84248, 8}},
-    {{100320, 24}, {84334, 35}},
-    {{100344, 28}, {84439, 37}},
-    {{100598, 27}, {84476, 39}},
-    {{100625, 30}, {84515, 44}},
-    {{100703, 24}, {101014, 35}},
-    {{100741, 23}, {84862, 19}},
-    {{100764, 25}, {83121, 12}},
-    {{100789, 25}, {84881, 11}},
-    {{100814, 25}, {84892, 12}},
+    {{97020, 22}, {80807, 17}},
+    {{97042, 20}, {80824, 20}},
+    {{97062, 22}, {80844, 17}},
+    {{97084, 22}, {80861, 25}},
+    {{97106, 24}, {80886, 6}},
+    {{97130, 24}, {80892, 5}},
+    {{97154, 24}, {80897, 7}},
+    {{97178, 24}, {80904, 8}},
+    {{97202, 24}, {80912, 12}},
+    {{97226, 24}, {80924, 16}},
+    {{97250, 23}, {80886, 6}},
+    {{97273, 23}, {80940, 21}},
+    {{97296, 24}, {80961, 19}},
+    {{97320, 23}, {80980, 24}},
+    {{97343, 23}, {81004, 19}},
+    {{97366, 23}, {81023, 24}},
+    {{97389, 23}, {81047, 15}},
+    {{97412, 23}, {81062, 17}},
+    {{97435, 23}, {81079, 11}},
+    {{97458, 22}, {81090, 20}},
+    {{97526, 24}, {80422, 11}},
+    {{97550, 22}, {81110, 23}},
+    {{97572, 22}, {81133, 30}},
+    {{97594, 31}, {81163, 14}},
+    {{97625, 22}, {81885, 21}},
+    {{97675, 22}, {81233, 3}},
+    {{97697, 22}, {81252, 9}},
+    {{97719, 22}, {81261, 7}},
+    {{97741, 27}, {81300, 20}},
+    {{97768, 19}, {81320, 9}},
+    {{97787, 21}, {99148, 28}},
+    {{97819, 14}, {99176, 6}},
+    {{97833, 21}, {82645, 12}},
+    {{98047, 22}, {99182, 18}},
+    {{98081, 21}, {99200, 18}},
+    {{98135, 24}, {81351, 6}},
+    {{98183, 24}, {81357, 5}},
+    {{98231, 24}, {81868, 17}},
+    {{98367, 23}, {99218, 18}},
+    {{98403, 22}, {99236, 18}},
+    {{98437, 20}, {83814, 8}},
+    {{98611, 24}, {83900, 35}},
+    {{98635, 28}, {84005, 37}},
+    {{98889, 27}, {84042, 39}},
+    {{98916, 30}, {84081, 44}},
+    {{98994, 24}, {99254, 35}},
+    {{99032, 23}, {84428, 19}},
+    {{99055, 25}, {82719, 12}},
+    {{99080, 25}, {84447, 11}},
+    {{99105, 25}, {84458, 12}},
 };
 constexpr detail::StringRow kStringsGermanMinoltaRaw[] = {
-    {{98597, 19}, {85492, 10}},
-    {{98616, 23}, {101049, 12}},
-    {{98710, 19}, {30452, 9}},
-    {{98729, 22}, {85645, 10}},
-    {{98751, 20}, {85655, 9}},
-    {{98771, 22}, {85664, 30}},
-    {{98793, 22}, {85694, 31}},
-    {{98839, 24}, {85725, 4}},
-    {{98863, 24}, {85729, 4}},
-    {{98887, 24}, {85733, 4}},
-    {{98911, 24}, {85737, 10}},
-    {{98935, 24}, {85747, 10}},
-    {{98959, 23}, {85757, 19}},
-    {{98982, 23}, {85776, 20}},
-    {{99029, 23}, {85796, 21}},
-    {{99052, 23}, {85817, 18}},
-    {{99075, 23}, {85835, 20}},
-    {{99098, 23}, {85855, 19}},
-    {{99121, 23}, {85874, 19}},
-    {{99167, 22}, {85893, 26}},
-    {{99235, 24}, {84923, 3}},
-    {{99259, 22}, {85919, 26}},
-    {{99281, 22}, {85945, 28}},
-    {{99303, 31}, {85973, 15}},
-    {{99334, 22}, {101061, 28}},
-    {{99384, 22}, {86044, 13}},
-    {{99428, 22}, {86083, 10}},
-    {{99450, 27}, {86190, 14}},
-    {{99477, 19}, {86259, 8}},
-    {{99528, 14}, {101089, 7}},
-    {{99542, 21}, {88362, 15}},
-    {{99563, 23}, {89344, 11}},
-    {{99586, 25}, {88395, 22}},
-    {{99611, 25}, {88417, 24}},
-    {{99756, 22}, {101096, 9}},
-    {{99790, 21}, {101105, 10}},
-    {{99822, 22}, {30851, 13}},
-    {{99844, 24}, {89728, 6}},
-    {{99868, 24}, {87327, 8}},
-    {{99916, 24}, {89016, 13}},
-    {{99940, 24}, {87362, 15}},
-    {{99964, 24}, {89502, 5}},
-    {{99988, 24}, {101115, 16}},
-    {{100055, 21}, {30887, 14}},
-    {{100076, 23}, {101131, 12}},
-    {{100112, 22}, {101143, 13}},
-    {{100146, 20}, {89545, 8}},
-    {{100320, 24}, {89776, 33}},
-    {{100344, 28}, {89809, 40}},
-    {{100598, 27}, {89849, 40}},
-    {{100625, 30}, {89889, 42}},
-    {{100703, 24}, {101156, 33}},
-    {{100741, 23}, {90301, 13}},
-    {{100764, 25}, {90314, 31}},
-    {{100789, 25}, {90345, 2}},
-    {{100814, 25}, {90347, 2}},
+    {{96888, 19}, {85058, 10}},
+    {{96907, 23}, {99289, 12}},
+    {{97001, 19}, {30475, 9}},
+    {{97020, 22}, {85211, 10}},
+    {{97042, 20}, {85221, 9}},
+    {{97062, 22}, {85230, 18}},
+    {{97084, 22}, {85248, 31}},
+    {{97130, 24}, {85279, 4}},
+    {{97154, 24}, {85283, 4}},
+    {{97178, 24}, {85287, 4}},
+    {{97202, 24}, {85291, 10}},
+    {{97226, 24}, {85301, 10}},
+    {{97250, 23}, {85311, 8}},
+    {{97273, 23}, {85319, 20}},
+    {{97320, 23}, {85339, 21}},
+    {{97343, 23}, {85360, 18}},
+    {{97366, 23}, {85378, 20}},
+    {{97389, 23}, {85398, 10}},
+    {{97412, 23}, {85408, 13}},
+    {{97458, 22}, {85421, 26}},
+    {{97526, 24}, {84489, 3}},
+    {{97550, 22}, {85447, 26}},
+    {{97572, 22}, {85473, 15}},
+    {{97594, 31}, {85488, 15}},
+    {{97625, 22}, {86792, 19}},
+    {{97675, 22}, {85550, 13}},
+    {{97719, 22}, {85563, 10}},
+    {{97741, 27}, {85662, 14}},
+    {{97768, 19}, {85731, 8}},
+    {{97819, 14}, {99301, 7}},
+    {{97833, 21}, {87690, 15}},
+    {{97854, 23}, {87705, 11}},
+    {{97877, 25}, {87716, 22}},
+    {{97902, 25}, {87738, 24}},
+    {{98047, 22}, {99308, 9}},
+    {{98081, 21}, {99317, 10}},
+    {{98113, 22}, {30874, 13}},
+    {{98135, 24}, {88938, 6}},
+    {{98159, 24}, {85311, 8}},
+    {{98207, 24}, {85408, 13}},
+    {{98231, 24}, {85473, 15}},
+    {{98255, 24}, {86787, 5}},
+    {{98279, 24}, {99327, 16}},
+    {{98346, 21}, {30910, 14}},
+    {{98367, 23}, {99343, 12}},
+    {{98403, 22}, {99355, 13}},
+    {{98437, 20}, {88770, 8}},
+    {{98611, 24}, {88986, 33}},
+    {{98635, 28}, {89019, 40}},
+    {{98889, 27}, {89059, 40}},
+    {{98916, 30}, {89099, 42}},
+    {{98994, 24}, {99368, 33}},
+    {{99032, 23}, {89511, 13}},
+    {{99055, 25}, {89524, 31}},
+    {{99080, 25}, {89555, 2}},
+    {{99105, 25}, {89557, 2}},
 };
 constexpr detail::StringRow kStringsItalianMinoltaRaw[] = {
-    {{98729, 22}, {90478, 13}},
-    {{98751, 20}, {90491, 11}},
-    {{98793, 22}, {90502, 23}},
-    {{98815, 24}, {90525, 6}},
-    {{98839, 24}, {90531, 11}},
-    {{98863, 24}, {90542, 4}},
-    {{98887, 24}, {90546, 6}},
-    {{98911, 24}, {90552, 16}},
-    {{98935, 24}, {90568, 16}},
-    {{98959, 23}, {90584, 19}},
-    {{98982, 23}, {90603, 27}},
-    {{99029, 23}, {90630, 21}},
-    {{99052, 23}, {90651, 21}},
-    {{99075, 23}, {90672, 24}},
-    {{99098, 23}, {90696, 21}},
-    {{99167, 22}, {90717, 26}},
-    {{99235, 24}, {90390, 6}},
-    {{99259, 22}, {90743, 27}},
-    {{99281, 22}, {90770, 21}},
-    {{99303, 31}, {90791, 3}},
-    {{99334, 22}, {101189, 23}},
-    {{99384, 22}, {90852, 3}},
-    {{99450, 27}, {90886, 18}},
-    {{99477, 19}, {90915, 9}},
-    {{99496, 21}, {101212, 11}},
-    {{99528, 14}, {101223, 9}},
-    {{99542, 21}, {91694, 16}},
-    {{99756, 22}, {101232, 16}},
-    {{99790, 21}, {101248, 18}},
-    {{99822, 22}, {31716, 14}},
-    {{99844, 24}, {90941, 7}},
-    {{99868, 24}, {91331, 9}},
-    {{99892, 24}, {7919, 5}},
-    {{99940, 24}, {91340, 8}},
-    {{100027, 19}, {101266, 15}},
-    {{100055, 21}, {31815, 11}},
-    {{100076, 23}, {101281, 15}},
-    {{100112, 22}, {101296, 17}},
-    {{100146, 20}, {92405, 9}},
-    {{100237, 27}, {101313, 7}},
-    {{100741, 23}, {92645, 16}},
-    {{100764, 25}, {92661, 22}},
-    {{100789, 25}, {90345, 2}},
-    {{100814, 25}, {90347, 2}},
+    {{97020, 22}, {89688, 13}},
+    {{97042, 20}, {89701, 11}},
+    {{97084, 22}, {89712, 6}},
+    {{97106, 24}, {89718, 6}},
+    {{97130, 24}, {89724, 11}},
+    {{97154, 24}, {89735, 4}},
+    {{97178, 24}, {89739, 6}},
+    {{97202, 24}, {89745, 16}},
+    {{97226, 24}, {89761, 16}},
+    {{97250, 23}, {89777, 19}},
+    {{97273, 23}, {89724, 11}},
+    {{97320, 23}, {89735, 4}},
+    {{97343, 23}, {89796, 21}},
+    {{97366, 23}, {89817, 24}},
+    {{97389, 23}, {89841, 6}},
+    {{97458, 22}, {89847, 26}},
+    {{97526, 24}, {89600, 6}},
+    {{97550, 22}, {89873, 11}},
+    {{97572, 22}, {89884, 8}},
+    {{97594, 31}, {89892, 3}},
+    {{97625, 22}, {99401, 23}},
+    {{97675, 22}, {89938, 3}},
+    {{97741, 27}, {89956, 18}},
+    {{97768, 19}, {89985, 9}},
+    {{97787, 21}, {99424, 11}},
+    {{97819, 14}, {99435, 9}},
+    {{97833, 21}, {90557, 16}},
+    {{98047, 22}, {99444, 16}},
+    {{98081, 21}, {99460, 18}},
+    {{98113, 22}, {31739, 14}},
+    {{98135, 24}, {90011, 7}},
+    {{98159, 24}, {90256, 9}},
+    {{98183, 24}, {7919, 5}},
+    {{98231, 24}, {89884, 8}},
+    {{98318, 19}, {99478, 15}},
+    {{98346, 21}, {31838, 11}},
+    {{98367, 23}, {99493, 15}},
+    {{98403, 22}, {99508, 17}},
+    {{98437, 20}, {91256, 9}},
+    {{98528, 27}, {99525, 7}},
+    {{99032, 23}, {91496, 16}},
+    {{99055, 25}, {91512, 22}},
+    {{99080, 25}, {89555, 2}},
+    {{99105, 25}, {89557, 2}},
 };
 constexpr detail::StringRow kStringsJapaneseMinoltaRaw[] = {
-    {{98597, 19}, {92888, 21}},
-    {{98710, 19}, {32003, 15}},
-    {{98729, 22}, {93069, 24}},
-    {{98751, 20}, {93093, 18}},
-    {{98771, 22}, {93111, 46}},
-    {{98793, 22}, {93157, 22}},
-    {{98815, 24}, {93179, 18}},
-    {{98839, 24}, {93197, 12}},
-    {{98863, 24}, {93209, 12}},
-    {{98887, 24}, {93221, 9}},
-    {{98911, 24}, {93230, 18}},
-    {{98935, 24}, {93248, 6}},
-    {{98959, 23}, {93254, 40}},
-    {{98982, 23}, {93294, 36}},
-    {{99029, 23}, {93330, 37}},
-    {{99052, 23}, {93367, 19}},
-    {{99075, 23}, {93386, 19}},
-    {{99098, 23}, {93405, 19}},
-    {{99121, 23}, {93424, 18}},
-    {{99167, 22}, {93442, 43}},
-    {{99235, 24}, {92694, 6}},
-    {{99259, 22}, {93485, 34}},
-    {{99281, 22}, {93519, 19}},
-    {{99334, 22}, {101320, 44}},
-    {{99384, 22}, {93614, 6}},
-    {{99428, 22}, {93639, 15}},
-    {{99450, 27}, {93733, 9}},
-    {{99477, 19}, {93763, 18}},
-    {{99528, 14}, {100860, 6}},
-    {{99542, 21}, {94888, 9}},
-    {{99563, 23}, {95826, 9}},
-    {{99756, 22}, {101364, 12}},
-    {{99790, 21}, {101376, 9}},
-    {{99844, 24}, {93856, 6}},
-    {{99868, 24}, {94331, 18}},
-    {{99892, 24}, {93862, 12}},
-    {{99916, 24}, {95586, 12}},
-    {{99940, 24}, {95999, 6}},
-    {{99964, 24}, {96005, 12}},
-    {{100055, 21}, {32370, 6}},
-    {{100076, 23}, {101385, 18}},
-    {{100112, 22}, {101403, 15}},
-    {{100146, 20}, {96080, 18}},
-    {{100270, 17}, {101418, 33}},
-    {{100320, 24}, {96308, 17}},
-    {{100344, 28}, {96325, 24}},
-    {{100598, 27}, {96349, 24}},
-    {{100625, 30}, {96373, 27}},
-    {{100703, 24}, {101451, 17}},
-    {{100741, 23}, {96633, 24}},
-    {{100764, 25}, {96657, 23}},
-    {{100789, 25}, {96680, 12}},
-    {{100814, 25}, {96692, 12}},
+    {{96888, 19}, {91739, 21}},
+    {{97001, 19}, {32026, 15}},
+    {{97020, 22}, {91920, 24}},
+    {{97042, 20}, {91944, 18}},
+    {{97062, 22}, {91962, 46}},
+    {{97084, 22}, {92008, 22}},
+    {{97106, 24}, {92030, 18}},
+    {{97130, 24}, {92048, 12}},
+    {{97154, 24}, {92060, 12}},
+    {{97178, 24}, {92072, 9}},
+    {{97202, 24}, {92081, 18}},
+    {{97226, 24}, {92099, 6}},
+    {{97250, 23}, {92105, 40}},
+    {{97273, 23}, {92145, 36}},
+    {{97320, 23}, {92181, 37}},
+    {{97343, 23}, {92218, 19}},
+    {{97366, 23}, {92237, 19}},
+    {{97389, 23}, {92256, 19}},
+    {{97412, 23}, {92275, 12}},
+    {{97458, 22}, {92287, 43}},
+    {{97526, 24}, {91545, 6}},
+    {{97550, 22}, {92330, 34}},
+    {{97572, 22}, {92364, 6}},
+    {{97625, 22}, {99532, 44}},
+    {{97675, 22}, {92446, 6}},
+    {{97719, 22}, {92452, 15}},
+    {{97741, 27}, {92539, 9}},
+    {{97768, 19}, {92569, 18}},
+    {{97819, 14}, {99130, 6}},
+    {{97833, 21}, {93526, 9}},
+    {{97854, 23}, {93535, 9}},
+    {{98047, 22}, {99576, 12}},
+    {{98081, 21}, {99588, 9}},
+    {{98135, 24}, {92662, 6}},
+    {{98159, 24}, {92996, 18}},
+    {{98183, 24}, {92668, 12}},
+    {{98207, 24}, {92275, 12}},
+    {{98231, 24}, {92364, 6}},
+    {{98255, 24}, {94553, 12}},
+    {{98346, 21}, {32393, 6}},
+    {{98367, 23}, {99597, 18}},
+    {{98403, 22}, {99615, 15}},
+    {{98437, 20}, {94628, 18}},
+    {{98561, 17}, {99630, 33}},
+    {{98611, 24}, {94856, 17}},
+    {{98635, 28}, {94873, 24}},
+    {{98889, 27}, {94897, 24}},
+    {{98916, 30}, {94921, 27}},
+    {{98994, 24}, {99663, 17}},
+    {{99032, 23}, {95181, 24}},
+    {{99055, 25}, {95205, 23}},
+    {{99080, 25}, {95228, 12}},
+    {{99105, 25}, {95240, 12}},
 };
 constexpr detail::StringRow kStringsSpanishMinoltaRaw[] = {
-    {{98729, 22}, {96820, 15}},
-    {{98751, 20}, {96835, 13}},
-    {{98771, 22}, {96848, 26}},
-    {{98793, 22}, {96874, 24}},
-    {{98815, 24}, {96898, 6}},
-    {{98839, 24}, {96904, 5}},
-    {{98863, 24}, {96909, 8}},
-    {{98887, 24}, {96917, 3}},
-    {{98911, 24}, {96920, 14}},
-    {{98935, 24}, {96934, 15}},
-    {{98959, 23}, {96949, 17}},
-    {{98982, 23}, {96966, 21}},
-    {{99029, 23}, {96987, 25}},
-    {{99052, 23}, {97012, 14}},
-    {{99075, 23}, {97026, 24}},
-    {{99167, 22}, {97050, 22}},
-    {{99259, 22}, {97072, 23}},
-    {{99281, 22}, {97095, 23}},
-    {{99334, 22}, {101468, 22}},
-    {{99384, 22}, {97173, 3}},
-    {{99450, 27}, {97208, 20}},
-    {{99477, 19}, {81675, 9}},
-    {{99528, 14}, {101490, 4}},
-    {{99542, 21}, {97576, 10}},
-    {{99756, 22}, {101494, 11}},
-    {{99790, 21}, {101505, 12}},
-    {{99844, 24}, {97237, 7}},
-    {{99868, 24}, {97375, 7}},
-    {{100055, 21}, {32870, 11}},
-    {{100146, 20}, {98177, 7}},
-    {{100741, 23}, {98396, 13}},
-    {{100764, 25}, {96714, 11}},
-    {{100789, 25}, {90423, 4}},
-    {{100814, 25}, {96799, 4}},
+    {{97020, 22}, {95368, 15}},
+    {{97042, 20}, {95383, 13}},
+    {{97062, 22}, {95396, 9}},
+    {{97084, 22}, {95405, 7}},
+    {{97106, 24}, {95412, 6}},
+    {{97130, 24}, {95418, 5}},
+    {{97154, 24}, {95423, 8}},
+    {{97178, 24}, {95431, 3}},
+    {{97202, 24}, {95434, 14}},
+    {{97226, 24}, {95448, 15}},
+    {{97250, 23}, {95463, 17}},
+    {{97273, 23}, {95418, 5}},
+    {{97320, 23}, {95423, 8}},
+    {{97343, 23}, {95480, 14}},
+    {{97366, 23}, {95494, 24}},
+    {{97458, 22}, {95518, 7}},
+    {{97550, 22}, {95525, 7}},
+    {{97572, 22}, {95532, 10}},
+    {{97625, 22}, {96466, 13}},
+    {{97675, 22}, {95573, 3}},
+    {{97741, 27}, {95585, 20}},
+    {{97768, 19}, {81320, 9}},
+    {{97819, 14}, {99680, 4}},
+    {{97833, 21}, {95897, 10}},
+    {{98047, 22}, {99684, 11}},
+    {{98081, 21}, {99695, 12}},
+    {{98135, 24}, {95605, 7}},
+    {{98159, 24}, {95518, 7}},
+    {{98346, 21}, {32893, 11}},
+    {{98437, 20}, {96479, 7}},
+    {{99032, 23}, {96687, 13}},
+    {{99055, 25}, {95262, 11}},
+    {{99080, 25}, {89633, 4}},
+    {{99105, 25}, {95347, 4}},
 };
 constinit detail::StreamStrings gStringsMinoltaRaw(kText, {kStringsEnglishMinoltaRaw, kStringsChineseMinoltaRaw, kStringsFrenchMinoltaRaw, kStringsGermanMinoltaRaw, kStringsItalianMinoltaRaw, kStringsJapaneseMinoltaRaw, kStringsSpanishMinoltaRaw});
 constexpr std::uint16_t kKeyOrderMinoltaRaw[] = {
@@ -6486,54 +6457,54 @@ constinit detail::StreamTags gTagsMinoltaRaw("MinoltaRaw", kText, kTagsMinoltaRa
 
 // key, type, flags, count, first choice, number of choices
 constexpr detail::TagRow kTagsMotorola[] = {
-    {{101517, 11}, TagType::string, 2, 0, 0, 0},  // BuildNumber
+    {{99707, 11}, TagType::string, 2, 0, 0, 0},  // BuildNumber
     {{8652, 12}, TagType::string, 2, 0, 0, 0},  // SerialNumber
-    {{101528, 14}, TagType::string, 2, 0, 0, 0},  // CustomRendered
-    {{33316, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
-    {{101542, 6}, TagType::string, 2, 0, 0, 0},  // Sensor
-    {{101548, 15}, TagType::string, 2, 0, 0, 0},  // ManufactureDate
+    {{99718, 14}, TagType::string, 2, 0, 0, 0},  // CustomRendered
+    {{33339, 9}, TagType::string, 2, 0, 0, 0},  // DriveMode
+    {{99732, 6}, TagType::string, 2, 0, 0, 0},  // Sensor
+    {{99738, 15}, TagType::string, 2, 0, 0, 0},  // ManufactureDate
 };
 constexpr detail::StringRow kStringsEnglishMotorola[] = {
-    {{101563, 20}, {101583, 12}},
-    {{101595, 23}, {101618, 15}},
-    {{101633, 18}, {44582, 10}},
-    {{101651, 24}, {101675, 16}},
-    {{101691, 15}, {101542, 6}},
-    {{101706, 21}, {10693, 13}},
+    {{99753, 20}, {99773, 12}},
+    {{99785, 23}, {99808, 15}},
+    {{99823, 18}, {44605, 10}},
+    {{99841, 24}, {99865, 16}},
+    {{99881, 15}, {99732, 6}},
+    {{99896, 21}, {10693, 13}},
 };
 constexpr detail::StringRow kStringsChineseMotorola[] = {
-    {{101595, 23}, {101727, 27}},
-    {{101633, 18}, {79983, 12}},
-    {{101706, 21}, {11026, 15}},
+    {{99785, 23}, {99917, 27}},
+    {{99823, 18}, {79817, 12}},
+    {{99896, 21}, {11026, 15}},
 };
 constexpr detail::StringRow kStringsFrenchMotorola[] = {
-    {{101595, 23}, {101754, 21}},
-    {{101633, 18}, {81732, 20}},
-    {{101651, 24}, {101775, 19}},
-    {{101691, 15}, {101794, 7}},
-    {{101706, 21}, {11141, 17}},
+    {{99785, 23}, {99944, 21}},
+    {{99823, 18}, {81377, 20}},
+    {{99841, 24}, {99965, 19}},
+    {{99881, 15}, {99984, 7}},
+    {{99896, 21}, {11141, 17}},
 };
 constexpr detail::StringRow kStringsGermanMotorola[] = {
-    {{101595, 23}, {101801, 35}},
-    {{101633, 18}, {86403, 11}},
-    {{101651, 24}, {101836, 17}},
-    {{101706, 21}, {11185, 12}},
+    {{99785, 23}, {99991, 35}},
+    {{99823, 18}, {85875, 11}},
+    {{99841, 24}, {100026, 17}},
+    {{99896, 21}, {11208, 12}},
 };
 constexpr detail::StringRow kStringsItalianMotorola[] = {
-    {{101595, 23}, {101853, 19}},
-    {{101633, 18}, {90961, 20}},
-    {{101706, 21}, {11235, 15}},
+    {{99785, 23}, {100043, 19}},
+    {{99823, 18}, {90031, 20}},
+    {{99896, 21}, {11258, 15}},
 };
 constexpr detail::StringRow kStringsJapaneseMotorola[] = {
-    {{101595, 23}, {101872, 24}},
-    {{101633, 18}, {93895, 21}},
-    {{101651, 24}, {101896, 15}},
-    {{101706, 21}, {11289, 18}},
+    {{99785, 23}, {100062, 24}},
+    {{99823, 18}, {92701, 21}},
+    {{99841, 24}, {100086, 15}},
+    {{99896, 21}, {11312, 18}},
 };
 constexpr detail::StringRow kStringsSpanishMotorola[] = {
-    {{101595, 23}, {101911, 28}},
-    {{101633, 18}, {97256, 12}},
-    {{101706, 21}, {11320, 13}},
+    {{99785, 23}, {100101, 28}},
+    {{99823, 18}, {95624, 12}},
+    {{99896, 21}, {11343, 13}},
 };
 constinit detail::StreamStrings gStringsMotorola(kText, {kStringsEnglishMotorola, kStringsChineseMotorola, kStringsFrenchMotorola, kStringsGermanMotorola, kStringsItalianMotorola, kStringsJapaneseMotorola, kStringsSpanishMotorola});
 constexpr std::uint16_t kKeyOrderMotorola[] = {

@@ -61,12 +61,9 @@ std::optional<std::filesystem::path> libraryLocation() {
   if (!file || file->empty()) {
     return std::nullopt;
   }
-  std::error_code error;
-  auto path = std::filesystem::weakly_canonical(*file, error);
-  if (error) {
-    return std::nullopt;
-  }
-  return path;
+  // As the loader named it, which costs no system call; symbolic links are the caller's to
+  // resolve where it matters.
+  return std::filesystem::path(*file).lexically_normal();
 }
 
 }  // namespace lorvane::platform

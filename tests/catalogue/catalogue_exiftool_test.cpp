@@ -15,16 +15,9 @@ using namespace lorvane;
 
 namespace {
 
-// The streams this test looks at, with their string tables.
-const std::map<std::string, TagStringTable (*)(ETLanguage)> tablesOf{
-    {"EXIF", &TagStrings::stringTableEXIF},           {"XMP", &TagStrings::stringTableXMP},
-    {"IPTC", &TagStrings::stringTableIPTC},           {"Composite", &TagStrings::stringTableComposite},
-    {"JFIF", &TagStrings::stringTableJFIF},           {"File", &TagStrings::stringTableFile},
-};
-
 // The German text of a text key as a German process shows it: German, else English.
 std::string germanText(const TagItem& item, std::string_view key) {
-  const auto getter = tablesOf.at(item.stream().rawValue());
+  const auto getter = test::stringTableGetter(item.stream().rawValue());
   return TagStrings(getter(ETLanguage::german), getter(ETLanguage::english)).localize({key});
 }
 
@@ -49,7 +42,7 @@ TEST(CatalogueAndExifTool, GermanTitlesAndLabelsAreTheCatalogues) {
   int labels = 0;
   for (const auto& [name, tag] : tags.items()) {
     const auto found = test::itemsByName().find(name);
-    if (found == test::itemsByName().end() || !tablesOf.contains(found->second->stream().rawValue())) {
+    if (found == test::itemsByName().end() || !test::stringTableGetter(found->second->stream().rawValue())) {
       continue;
     }
     const TagItem& item = *found->second;

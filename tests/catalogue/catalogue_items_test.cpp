@@ -39,10 +39,14 @@ TEST(CatalogueItems, ChoicesWithTrailingBlanksColonsOrNothingKeepTheirLabels) {
   EXPECT_EQ(cmm.localizedChoice(0), "");
 }
 
-TEST(CatalogueItems, RowsWithoutAListingEntryAreTitledByRule) {
+TEST(CatalogueItems, RowsThatTheListingNamesOtherwiseTakeItsTranslations) {
+  // ExifTool calls them MetaImageSize; the catalogue's title is its own, the French one the tool's.
   for (const TagItem* item : {&TagItem::itemMetaVesperineSize(), &TagItem::itemQuickTimeVesperineSize()}) {
     EXPECT_EQ(item->type(), TagType::int16u);
-    EXPECT_TRUE(item->choices().empty());
-    EXPECT_EQ(item->strings().defaultTable().find(item->name().rawValue()), "Vesperine Size");
+    const std::string key = item->name().rawValue();
+    EXPECT_EQ(item->strings().defaultTable().find(key), "Vesperine Size");
+    const auto stringTable = test::stringTableGetter(item->stream().rawValue());
+    EXPECT_EQ(stringTable(ETLanguage::french).find(key), "Taille méta de l'image");
+    EXPECT_EQ(stringTable(ETLanguage::german).find(key), std::nullopt);
   }
 }

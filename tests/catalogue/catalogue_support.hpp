@@ -21,6 +21,11 @@ const nlohmann::json& catalogueRows();
 // Every item of the catalogue by its raw name ("EXIF:Orientation").
 const std::map<std::string, const TagItem*, std::less<>>& itemsByName();
 
+// TagStrings::stringTable<Stream> of the streams whose tables the tests read by name;
+// nullptr for the others.
+using StringTableGetter = TagStringTable (*)(ETLanguage);
+StringTableGetter stringTableGetter(std::string_view stream);
+
 // The seven language codes of the data files, in the order of ETLanguage::Case.
 std::string_view dataCode(ETLanguage language);
 

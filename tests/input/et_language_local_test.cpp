@@ -77,7 +77,16 @@ TEST_F(ETLanguageLocal, SettingsAreReadInGettextOrder) {
       {{{"LANG", "it_IT"}}, "italian"},
       {{{"LANG", "C"}}, "english"},
       {{}, "english"},
-      {{{"LANG", "de_DE.UTF-8"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "de"}}, "english"},
+      // LANGUAGE counts in the C locale too: whoever sets it asks for it.
+      {{{"LANG", "de_DE.UTF-8"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "de"}}, "german"},
+      {{{"LANGUAGE", "ja"}}, "japanese"},
+      {{{"LANG", "C"}, {"LANGUAGE", ":"}}, "english"},
+      // Chinese is the Simplified kind unless the region writes it Traditional.
+      {{{"LANG", "zh_CN.UTF-8"}}, "chinese"},
+      {{{"LANGUAGE", "zh"}}, "chinese"},
+      {{{"LANG", "zh_SG.UTF-8"}}, "chinese"},
+      {{{"LANG", "zh_TW.UTF-8"}}, "english"},
+      {{{"LANGUAGE", "zh_HK:de"}}, "german"},
       {{{"LANG", "de_DE.UTF-8"}, {"LANGUAGE", "pt_BR:fr:de"}}, "french"},
       {{{"LANG", "de_AT.UTF-8@euro"}, {"LC_MESSAGES", "it_IT.UTF-8"}}, "italian"},
       {{{"LANG", "pt_BR.UTF-8"}}, "english"},

@@ -23,6 +23,8 @@ using lorvane::test::unknownLines;
 
 namespace {
 
+using lorvane::test::script;
+
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
@@ -37,7 +39,7 @@ using Lines = std::vector<std::string>;
 }  // namespace
 
 TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescriptor) {
-  FakeTool tool(FakeTool::readingBatch(R"(
+  FakeTool tool(script(R"(
     print "script: $0\n";
     print "argv: $_\n" for @ARGV;
     print "batch: $_\n" for split /\n/, $batch, -1;
@@ -88,7 +90,7 @@ TEST(FakeTool, TheChildGetsTheCommandLineTheBatchNineVariablesAndNoOtherDescript
 }
 
 TEST(FakeTool, AnEmptyBatchIsOnlyTheClosingLinesAndASettingChangeShowsInTheNextRun) {
-  FakeTool tool(FakeTool::readingBatch(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
+  FakeTool tool(script(R"(print $batch; print STDERR "Nothing changed in $ENV{EXIFTOOL_QUICKTIME_KEYS_LEVEL}\n";)"));
   ETProcess process;
   process.execute(ETInput{});
   EXPECT_EQ(process.output().decodeOutData(), "-stay_open\n0\n-execute");
@@ -121,7 +123,7 @@ TEST(FakeTool, AMissingInterpreterEndsTheRunWithAnErrorNamingIt) {
 }
 
 TEST(FakeTool, AChildThatDiesMidOutputLeavesWhatItPrinted) {
-  FakeTool tool(FakeTool::readingBatch(R"(
+  FakeTool tool(script(R"(
     print "some bytes";
     print STDERR "first line\nunfinished";
     kill 'KILL', $$;
@@ -148,7 +150,7 @@ TEST(FakeTool, AChildThatClosesItsInputAtOnceNeitherKillsNorBlocksTheHost) {
 
 TEST(FakeTool, InvalidUTF8AndSplitLinesOnTheParsedStream) {
   // Pauses between the prints so that each arrives as a chunk of its own.
-  FakeTool tool(FakeTool::readingBatch(R"(
+  FakeTool tool(script(R"(
     select STDERR; $| = 1;
     for my $piece ("good line\n", "bad \xFF line\n", "Nothing chan", "ged in /x.jpg\n", "after") {
       print STDERR $piece;
@@ -163,7 +165,7 @@ TEST(FakeTool, InvalidUTF8AndSplitLinesOnTheParsedStream) {
 }
 
 TEST(FakeTool, AProgressLineWithoutLineEndIsTakenAtTheFlushOnTheCallersThread) {
-  FakeTool tool(FakeTool::readingBatch(R"(print STDERR "======== /a.jpg [1/2]";)"));
+  FakeTool tool(script(R"(print STDERR "======== /a.jpg [1/2]";)"));
   ETInput input;
   const auto caller = std::this_thread::get_id();
   std::vector<double> seen;
@@ -186,7 +188,7 @@ TEST(FakeTool, BinaryOutputOfManyOddChunksArrivesWholeAndNoChildIsLeftBehind) {
     byte = static_cast<char>(random());
   }
   std::ofstream(source, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  FakeTool tool(FakeTool::readingBatch(R"(
+  FakeTool tool(script(R"(
     open(my $file, '<:raw', $arguments[0]) or die;
     while (my $count = read($file, my $piece, 4093)) { syswrite(STDOUT, $piece); }
   )"));

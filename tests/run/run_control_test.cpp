@@ -16,6 +16,7 @@
 
 using namespace lorvane;
 using lorvane::test::FakeTool;
+using lorvane::test::script;
 using lorvane::test::unknownLines;
 
 namespace {
@@ -67,7 +68,7 @@ int toolProcess(const ETOutput& output) {
 }  // namespace
 
 TEST(RunControl, WhatHandlersThrowNeverLeavesTheRunAndIsReportedOnce) {
-  FakeTool tool(FakeTool::readingBatch(R"(print STDERR "======== a [1/2]\n======== b [2/2]\n";)"));
+  FakeTool tool(script(R"(print STDERR "======== a [1/2]\n======== b [2/2]\n";)"));
   ETInput input;
   int progressCalls = 0;
   input.onStartHandler = [](ETProcess&) { throw std::runtime_error("start went wrong"); };
@@ -95,7 +96,7 @@ TEST(RunControl, WhatHandlersThrowNeverLeavesTheRunAndIsReportedOnce) {
 }
 
 TEST(RunControl, TheRunWorksOnItsOwnCopyOfTheInput) {
-  FakeTool tool(FakeTool::readingBatch(R"(print $batch;)"));
+  FakeTool tool(script(R"(print $batch;)"));
   ETInput input;
   input.arguments = {"-first"};
   bool originalEnd = false;
@@ -118,7 +119,7 @@ TEST(RunControl, TheRunWorksOnItsOwnCopyOfTheInput) {
 TEST(RunControl, CancelFromAnotherThreadOrAHandlerEndsTheToolAndAllItStarted) {
   // The tool and its child both ignore SIGTERM, so only the SIGKILL after the grace ends them;
   // the child holds both streams open.
-  FakeTool tool(FakeTool::readingBatch(R"(
+  FakeTool tool(script(R"(
     $SIG{TERM} = 'IGNORE';
     print "$$\n";
     if (fork() == 0) { sleep 1000; exit 0; }
@@ -163,7 +164,7 @@ TEST(RunControl, CancelFromAnotherThreadOrAHandlerEndsTheToolAndAllItStarted) {
 }
 
 TEST(RunControl, CancelBeforeTheToolStartsPreventsItAndOutsideARunDoesNothing) {
-  FakeTool tool(FakeTool::readingBatch(R"(print "started";)"));
+  FakeTool tool(script(R"(print "started";)"));
   ETProcess process;
   process.cancel();  // not running: no effect on the run that follows
   process.execute(ETInput{});
@@ -189,7 +190,7 @@ TEST(RunControl, ATimeLimitEndsAToolThatSleepsOrWhoseChildHoldsItsStreams) {
                 R"(print "$$\n"; if (fork() == 0) { sleep 1000; } exit 0;)"},
        }) {
     SCOPED_TRACE(name);
-    FakeTool tool(FakeTool::readingBatch(body));
+    FakeTool tool(script(body));
     ETInput input;
     input.timeLimit = std::chrono::milliseconds(300);
     const ETOutput output = ETProcess::run(input);

@@ -69,15 +69,16 @@ std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const
   return path;
 }
 
-std::string FakeTool::readingBatch(std::string_view body) {
-  return R"(
-    $| = 1;
-    my $batch = '';
-    while ($batch !~ /-stay_open\n0\n-execute\z/) {
-      sysread(STDIN, $batch, 65536, length $batch) or last;
-    }
-    my @arguments = split /\n/, $batch;
-  )" + std::string(body);
+std::string script(std::string_view body) {
+  constexpr std::string_view readBatch = R"(
+  $| = 1;
+  my $batch = '';
+  while ($batch !~ /-stay_open\n0\n-execute\z/) {
+    sysread(STDIN, $batch, 65536, length $batch) or last;
+  }
+  my @arguments = split /\n/, $batch;
+)";
+  return std::string(readBatch) + std::string(body);
 }
 
 FakeTool::FakeTool(std::string_view perlScript, Interpreter interpreter)

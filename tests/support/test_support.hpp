@@ -56,17 +56,17 @@ std::vector<std::string> unknownLines(const ETOutput& output);
 // A copy of tests/data/plain.jpg (64x48, no tags) in `folder`, named `name`.
 std::filesystem::path copyOfPlainJpeg(const std::filesystem::path& folder, const std::string& name);
 
+// A fake tool's Perl script: `body` behind the lines that read the batch as the real tool must,
+// up to its closing lines, which end without a line end while standard input stays open. The
+// body finds the batch in `$batch` and its lines in `@arguments`.
+std::string script(std::string_view body);
+
 // A binaries folder whose "exiftool" is the given Perl script, started by the real "perl"
 // with the run's real command line and environment; ETSettings::shared() points at it while
 // this object lives. Without interpreter, the folder has no "perl" at all. Its path holds a
 // blank and a double quote, as a user's folder may.
 class FakeTool {
 public:
-  // A script that first reads the batch as the real tool must, up to its closing lines, which
-  // end without a line end while standard input stays open (into `$batch`, and `@arguments`
-  // split at line feeds), then does `body`.
-  static std::string readingBatch(std::string_view body);
-
   enum class Interpreter { present, missing };
   explicit FakeTool(std::string_view perlScript, Interpreter interpreter = Interpreter::present);
 

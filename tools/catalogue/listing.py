@@ -22,6 +22,7 @@ class ListingTag:
     table: str
     table_g0: str
     table_g1: str
+    id: str
     name: str
     g0: str | None
     g1: str | None
@@ -32,14 +33,6 @@ class ListingTag:
     def values(self):
         """All value strings of all blocks, in order, repeats included."""
         return [value for block in self.value_blocks for value, _ in block.entries]
-
-    def labels(self):
-        """Labels per value string; a later block's label replaces an earlier one."""
-        labels = {}
-        for block in self.value_blocks:
-            for value, texts in block.entries:
-                labels[value] = texts
-        return labels
 
 
 def _texts(element, child_tag):
@@ -67,6 +60,6 @@ def read_listing(path):
                 blocks.append(block)
             tags.append(ListingTag(
                 table=table_name, table_g0=table_g0, table_g1=table_g1,
-                name=tag.get("name"), g0=tag.get("g0"), g1=tag.get("g1"),
+                id=tag.get("id"), name=tag.get("name"), g0=tag.get("g0"), g1=tag.get("g1"),
                 type=tag.get("type"), titles=_texts(tag, "desc"), value_blocks=blocks))
     return tags

@@ -15,6 +15,11 @@ ALTERNATIVE_SEPARATOR = " |\u00a0"
 # Tag-level groups of maker-note tables that don't name a stream of their own.
 MAKER_GROUPS_KEEPING_TABLE = {"MakerNotes", "ExifIFD"}
 
+# Listing entries that the rows name differently: (table, tag id, the ids of the entries
+# before and after it) -> the rows' key. The catalogue's "VesperineSize" of Meta and QuickTime
+# is the listing's 'idat' between 'free' and 'iloc' in QuickTime::Meta (which stands in both).
+RENAMED_ENTRIES = {("QuickTime::Meta", "idat", "free", "iloc"): "VesperineSize"}
+
 
 class MergeError(Exception):
     pass
@@ -35,6 +40,7 @@ class Tag:
     listed_values: list = field(default_factory=list)   # the choices the listing gives
     shown: list = field(default_factory=list)     # (value, label) pairs the rows show
     shown_complete: bool = True                   # the rows show the whole list
+    shown_sampled: bool = False                   # a part that is a sample, not the leading values
     stated_choices: int = 0                       # the number of choices the rows state
     listed_labels: dict = field(default_factory=dict)   # English labels the listing gives
 
@@ -58,6 +64,7 @@ class Catalogue:
     strings_without_stream: list
     shared_tables: dict                           # {name: [(value, label)]}
     language_totals: dict                         # {lang: {tables, entries, titles, labels}}
+    string_samples: list                          # [{text_key, texts: {lang: text}}] the rows give
 
     def tags(self):
         return [tag for stream in self.streams for tag in stream.tags]
@@ -85,28 +92,52 @@ def listing_streams(entry, catalogue_streams):
     return streams
 
 
+def _rows_name(entries, position):
+    """The name under which the rows know the listing entry at this position."""
+    entry = entries[position]
+    before = entries[position - 1].id if position > 0 and entries[position - 1].table == entry.table else None
+    after = (entries[position + 1].id
+             if position + 1 < len(entries) and entries[position + 1].table == entry.table else None)
+    return RENAMED_ENTRIES.get((entry.table, entry.id, before, after), entry.name)
+
+
 def index_listing(entries, catalogue_streams):
     """{(stream, key): [listing entries in listing order]}."""
     index = {}
-    for entry in entries:
+    for position, entry in enumerate(entries):
+        name = _rows_name(entries, position)
         for stream in listing_streams(entry, catalogue_streams):
-            index.setdefault((stream, entry.name), []).append(entry)
+            index.setdefault((stream, name), []).append(entry)
     return index
 
 
+def leading(shown, listed):
+    """A list the rows show only in part: the shown values first, in their order, then the
+    listing's others, in its order (a value the listing repeats keeps its further places)."""
+    rest = list(listed)
+    for value in shown:
+        if value in rest:
+            rest.remove(value)
+    return list(shown) + rest
+
+
 def merged_values(entries):
-    """A row's choice values: one entry's own list, a list all entries share, or the union."""
-    lists = [entry.values() for entry in entries]
-    if all(values == lists[0] for values in lists):
-        return list(lists[0])
-    return byte_order({value for values in lists for value in values})
+    """A row's choice values: one entry's own list, a list that all entries share with the same
+    labels, or else the union in byte order. Entries with one list of values but other labels
+    (NikonCustom:LimitAFAreaModeSelection, whose "Dynamic area" counts differ by camera) are
+    different lists: the catalogue counts such a union in byte order."""
+    lists = [[(value, texts) for block in entry.value_blocks for value, texts in block.entries]
+             for entry in entries]
+    if all(pairs == lists[0] for pairs in lists):
+        return [value for value, _ in lists[0]]
+    return byte_order({value for pairs in lists for value, _ in pairs})
 
 
 def merged_texts(per_entry, lang):
-    """The text of several entries in one language. An entry without a translation shows its
-    English text, as the tool itself does; texts that differ are joined as alternatives."""
-    texts = [texts.get(lang, texts.get("en")) for texts in per_entry]
-    texts = [text for text in texts if text is not None]
+    """The text of several entries in one language: the texts of the entries that have one in
+    that language, joined as alternatives where they differ. An entry without a translation
+    adds nothing, not even its English text."""
+    texts = [texts[lang] for texts in per_entry if lang in texts]
     return join_alternatives(texts) if texts else None
 
 
@@ -169,14 +200,18 @@ def _make_tag(stream_name, row, shared_tables, index):
         shown, complete = [tuple(pair) for pair in shared_tables[shared]], True
     else:
         complete = row.get("choices_complete", True)
-    if shown and complete:
-        choices = [value for value, _ in shown]         # a full list the rows show keeps its order
+    sampled = row.get("choices_sampled", False)
+    shown_values = [value for value, _ in shown]
+    if complete and shown:
+        choices = shown_values                          # a full list the rows show keeps its order
+    elif sampled:
+        choices = listed_values                         # a sample leaves the listing's order as it is
     else:
-        choices = listed_values
+        choices = leading(shown_values, listed_values)
     tag = Tag(stream=stream_name, index=row["index"], key=row["key"], type=row["type"],
               count=row["count"], flags=row["flags"], title=row["title"], choices=choices,
               shared_table=shared, listed=bool(entries), listed_values=listed_values,
-              shown=shown, shown_complete=complete, stated_choices=row.get("n_choices", 0))
+              shown=shown, shown_complete=complete, shown_sampled=sampled, stated_choices=row.get("n_choices", 0))
     texts = _tag_texts(stream_name, _Row(row["key"], row["title"], choices, shown), entries,
                        tag.listed_labels)
     return tag, texts
@@ -203,4 +238,5 @@ def build_catalogue(rows, entries):
     return Catalogue(streams=streams, maker_streams=list(rows["maker_streams"]),
                      streams_without_tags=list(rows["streams_without_tags"]),
                      strings_without_stream=list(rows["strings_without_stream"]),
-                     shared_tables=shared_tables, language_totals=rows["language_totals"])
+                     shared_tables=shared_tables, language_totals=rows["language_totals"],
+                     string_samples=rows["string_samples"])

@@ -1,0 +1,188 @@
+// Many files on every core: `lorvane show --jobs 1` and `--jobs 2` against one ExifTool process
+// that reads the same files with the arguments the program sends, for 50, 200 and 800 files.
+// Each round times all of them back to back, in a rotating order; a ratio is taken within a
+// round and the median of the rounds is printed. The same through the library alone
+// (`ETProcess::runAll`, no catalogue, no printing) comes beside it.
+//
+//   lorvane-bench-many_files [rounds] [folder]
+//
+// The folder defaults to a fresh one made by tools/make-many-files.py (800 files), removed at
+// the end. The machine's load average is printed before and after: on a shared machine the
+// figures are only as good as it is quiet.
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <lorvane/lorvane.hpp>
+
+#include "metadata_table.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace lorvane;
+
+std::string quoted(const std::string& text) {
+  std::string result = "'";
+  for (const char c : text) {
+    result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  }
+  return result + "'";
+}
+
+int statusOf(const std::string& command) {
+  const int status = std::system(command.c_str());
+  return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+double secondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void mustSucceed(const std::string& command) {
+  if (statusOf(command) != 0) {
+    std::fprintf(stderr, "failed: %s\n", command.substr(0, 300).c_str());
+    std::exit(1);
+  }
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+std::string loadAverage() {
+  std::ifstream in("/proc/loadavg");
+  std::string one, five, fifteen;
+  in >> one >> five >> fifteen;
+  return one + " " + five + " " + fifteen;
+}
+
+// The library alone: the files spread by size over `jobs` inputs of the program's reading.
+void readThroughLibrary(const std::vector<std::string>& files, std::size_t jobs) {
+  std::vector<std::uint64_t> weights;
+  for (const auto& file : files) {
+    weights.push_back(ETBatches::fileWeight(file));
+  }
+  std::vector<ETInput> inputs;
+  for (const auto& places : ETBatches::balance(weights, jobs)) {
+    std::vector<std::string> batch;
+    for (const std::size_t place : places) {
+      batch.push_back(files[place]);
+    }
+    inputs.push_back(show::makeToolInput(batch, ETLanguage::english));
+  }
+  for (const auto& output : ETProcess::runAll(inputs, jobs)) {
+    if (output.binaryData.empty()) {
+      std::fprintf(stderr, "a run through the library gave no output\n");
+      std::exit(1);
+    }
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
+  fs::path folder = argc > 2 ? fs::path(argv[2]) : fs::path();
+  const bool ownFolder = folder.empty();
+  if (ownFolder) {
+    folder = fs::temp_directory_path() / "lorvane-bench-many-files";
+    fs::remove_all(folder);
+    mustSucceed(quoted(std::string(LORVANE_SOURCE_DIR) + "/tools/make-many-files.py") + " " +
+                quoted(folder.string()) + " --count 800 > /dev/null");
+  }
+  std::vector<std::string> all;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    all.push_back(entry.path().string());
+  }
+  std::sort(all.begin(), all.end());
+
+  const std::string program = quoted(LORVANE_PROGRAM) + " show --lang en";
+  const bool hasJobs = statusOf(program + " --help 2>&1 | grep -q -- --jobs") == 0;
+  std::printf("load average before: %s\n", loadAverage().c_str());
+  std::printf("%d rounds; ratios are of one round, median over rounds; times are medians\n", rounds);
+  if (!hasJobs) {
+    std::printf("(the program has no --jobs yet: only the library is measured)\n");
+  }
+
+  for (const std::size_t count : {50u, 200u, 800u}) {
+    if (count > all.size()) {
+      std::printf("%zu files: only %zu in the folder, skipped\n", count, all.size());
+      continue;
+    }
+    const std::vector<std::string> files(all.begin(), all.begin() + static_cast<long>(count));
+    // The tool alone, given exactly what the program hands it, on its command line's file.
+    const fs::path argumentsFile = fs::temp_directory_path() / "lorvane-bench-many-files.args";
+    {
+      std::ofstream out(argumentsFile);
+      for (const auto& argument : show::makeToolInput(files, ETLanguage::english).arguments) {
+        out << argument << "\n";
+      }
+    }
+    std::string fileList;
+    for (const auto& file : files) {
+      fileList += " " + quoted(file);
+    }
+    const std::string tool = "exiftool -@ " + quoted(argumentsFile.string()) + " > /dev/null";
+    const std::array<std::function<void()>, 5> work = {
+        [&] { mustSucceed(tool); },
+        [&] { mustSucceed(program + " --jobs 1" + fileList + " > /dev/null"); },
+        [&] { mustSucceed(program + " --jobs 2" + fileList + " > /dev/null"); },
+        [&] { readThroughLibrary(files, 1); },
+        [&] { readThroughLibrary(files, 2); },
+    };
+    work[0]();  // warm the page cache and Perl's modules
+    std::array<std::vector<double>, 5> times;
+    std::array<std::vector<double>, 5> ratios;
+    for (int round = 0; round < rounds; ++round) {
+      std::array<double, 5> now{};
+      for (std::size_t step = 0; step < 5; ++step) {
+        const std::size_t kind = (step + static_cast<std::size_t>(round)) % 5;
+        if (kind == 0 || kind >= 3 || hasJobs) {
+          now[kind] = secondsOf(work[kind]);
+        }
+      }
+      for (std::size_t kind = 0; kind < 5; ++kind) {
+        if (now[kind] > 0) {
+          times[kind].push_back(now[kind]);
+          ratios[kind].push_back(now[kind] / now[0]);
+        }
+      }
+    }
+    fs::remove(argumentsFile);
+
+    const char* names[] = {"exiftool alone", "lorvane show --jobs 1", "lorvane show --jobs 2",
+                           "library runAll, 1 input", "library runAll, 2 inputs"};
+    std::printf("\n%zu files\n", count);
+    for (std::size_t kind = 0; kind < 5; ++kind) {
+      if (times[kind].empty()) {
+        continue;
+      }
+      std::printf("  %-26s median %6.3f s  (min %.3f, max %.3f)  ratio %.3f (min %.3f, max %.3f)\n",
+                  names[kind], median(times[kind]),
+                  *std::min_element(times[kind].begin(), times[kind].end()),
+                  *std::max_element(times[kind].begin(), times[kind].end()), median(ratios[kind]),
+                  *std::min_element(ratios[kind].begin(), ratios[kind].end()),
+                  *std::max_element(ratios[kind].begin(), ratios[kind].end()));
+    }
+  }
+  std::printf("\ntargets: --jobs 1 <= 1.05, --jobs 2 <= 0.60 of exiftool alone\n");
+  std::printf("load average after: %s\n", loadAverage().c_str());
+  if (ownFolder) {
+    fs::remove_all(folder);
+  }
+  return 0;
+}

@@ -1,0 +1,240 @@
+// Many inputs side by side: the real ExifTool over files spread by size, and fake tools that
+// wait for each other to show how many children run at once.
+#include <lorvane/lorvane.hpp>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+#include "outside_tool.hpp"
+#include "test_support.hpp"
+
+using namespace lorvane;
+using lorvane::test::copyOfPlainJpeg;
+using lorvane::test::FakeTool;
+using lorvane::test::script;
+using lorvane::test::TemporaryFolder;
+using lorvane::test::unknownLines;
+
+namespace {
+
+std::size_t entriesOf(const std::filesystem::path& folder) {
+  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder),
+                                                std::filesystem::directory_iterator()));
+}
+
+// Reading JSON, as an application that shows many files asks for it.
+void readAsJson(const std::string& file, ETInput::ArgumentsMaker& maker) {
+  maker.additional = {"-json"};
+  maker.extractsBinaries = false;
+  maker.sourcePath = file;
+}
+
+}  // namespace
+
+TEST(RunAll, SpreadFilesReadByTheRealToolComeBackCompleteInTheirPlacesWithOneProgress) {
+  TemporaryFolder folder;
+  std::vector<std::string> files;
+  std::vector<std::string> writes = {"-q", "-overwrite_original"};
+  for (int i = 0; i < 7; ++i) {
+    files.push_back(copyOfPlainJpeg(folder.path(), "photo " + std::to_string(i) + ".jpg").string());
+    writes.insert(writes.end(), {"-Artist=artist " + std::to_string(i), files.back(), "-execute"});
+  }
+  lorvane::test::outsideToolOutput("exiftool", writes);
+
+  ETBatches batches = ETBatches::spread(files, 3, readAsJson);
+  std::mutex mutex;
+  std::vector<double> totals;
+  ETCombinedProgress total(batches, [&](double progress) {
+    const std::lock_guard lock(mutex);
+    totals.push_back(progress);
+  });
+  const std::vector<ETOutput> outputs = ETProcess::runAll(batches.inputs, 2);
+
+  ASSERT_EQ(outputs.size(), 3u);
+  std::vector<std::size_t> seen;
+  for (std::size_t k = 0; k < outputs.size(); ++k) {
+    EXPECT_NO_THROW(outputs[k].throwIfErrors());
+    EXPECT_FALSE(outputs[k].isRunning);
+    const auto tags = nlohmann::json::parse(outputs[k].decodeOutData().value());
+    ASSERT_EQ(tags.size(), batches.places[k].size());
+    for (std::size_t j = 0; j < tags.size(); ++j) {
+      const std::size_t place = batches.places[k][j];
+      EXPECT_EQ(tags[j]["SourceFile"], files[place]);
+      EXPECT_EQ(tags[j]["Artist"], "artist " + std::to_string(place));
+      seen.push_back(place);
+    }
+  }
+  std::sort(seen.begin(), seen.end());
+  EXPECT_EQ(seen, (std::vector<std::size_t>{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_TRUE(std::is_sorted(totals.begin(), totals.end()));
+  ASSERT_FALSE(totals.empty());
+  EXPECT_EQ(totals.back(), 1);
+  EXPECT_EQ(total.progress(), 1);
+}
+
+TEST(RunAll, AtMostNChildrenRunAtOnceOutputsKeepTheInputsOrderAndNothingIsLeftBehind) {
+  // Each child counts itself in, then waits until as many as allowed have been running at
+  // once, so the test shows the limit reached without timing anything; later inputs end first.
+  TemporaryFolder counter;
+  FakeTool tool(script(R"(
+    use Fcntl qw(:flock);
+    my ($folder, $id, $count, $limit) = @arguments;
+    sub number { my $file = shift; open(my $in, '<', $file) or return 0; return <$in> // 0; }
+    sub store { my ($file, $value) = @_; open(my $out, '>', $file) or die; print $out $value; }
+    sub count {
+      open(my $lock, '>>', "$folder/lock") or die;
+      flock($lock, LOCK_EX) or die;
+      my $now = number("$folder/now") + shift;
+      store("$folder/now", $now);
+      store("$folder/most", $now) if $now > number("$folder/most");
+    }
+    count(1);
+    for (1 .. 400) { last if number("$folder/most") >= $limit; select(undef, undef, undef, 0.05); }
+    select(undef, undef, undef, 0.05 * ($count - $id));
+    count(-1);
+    print "id: $id\n";
+    opendir(my $fds, "/proc/self/fd") or die;
+    for my $fd (sort { $a <=> $b } grep { /^\d+$/ } readdir $fds) {
+      my $target = readlink("/proc/self/fd/$fd") // '';
+      print "fd: $fd\n" unless $target =~ m{^/proc/\d+/fd$};  # the listing's own
+    }
+  )"));
+  std::thread([] {}).join();  // ThreadSanitizer starts a thread of its own with the first one
+  const auto threadsBefore = entriesOf("/proc/self/task");
+  const auto descriptorsBefore = entriesOf("/proc/self/fd");
+
+  for (const std::size_t limit : {1u, 3u}) {
+    std::filesystem::remove(counter.path() / "most");
+    constexpr std::size_t count = 6;
+    std::vector<ETInput> inputs(count);
+    std::mutex mutex;
+    std::set<std::thread::id> threads;
+    for (std::size_t i = 0; i < count; ++i) {
+      inputs[i].arguments = {counter.path().string(), std::to_string(i), std::to_string(count),
+                             std::to_string(limit)};
+      inputs[i].onStartHandler = [&](ETProcess&) {
+        const std::lock_guard lock(mutex);
+        threads.insert(std::this_thread::get_id());
+      };
+    }
+    const std::vector<ETOutput> outputs = ETProcess::runAll(inputs, limit);
+
+    ASSERT_EQ(outputs.size(), count);
+    for (std::size_t i = 0; i < count; ++i) {
+      EXPECT_EQ(outputs[i].decodeOutData(), "id: " + std::to_string(i) + "\nfd: 0\nfd: 1\nfd: 2\n");
+      EXPECT_TRUE(outputs[i].processLogs.empty()) << outputs[i].joinUnknownErrors().value_or("");
+    }
+    EXPECT_EQ(lorvane::test::fileContents(counter.path() / "most"), std::to_string(limit));
+    EXPECT_EQ(threads.size(), limit);
+  }
+  EXPECT_EQ(entriesOf("/proc/self/task"), threadsBefore);
+  EXPECT_EQ(entriesOf("/proc/self/fd"), descriptorsBefore);
+  errno = 0;
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+  EXPECT_TRUE(ETProcess::runAll({}).empty());
+}
+
+TEST(RunAll, AThrowingHandlerOrAMissingToolTouchesOnlyItsOwnInputs) {
+  TemporaryFolder folder;
+  const std::string photo = copyOfPlainJpeg(folder.path(), "a.jpg").string();
+  std::vector<ETInput> inputs(3);
+  for (auto& input : inputs) {
+    input.addArguments([&](ETInput::ArgumentsMaker& maker) { readAsJson(photo, maker); });
+  }
+  inputs[1].onStartHandler = [](ETProcess&) { throw std::runtime_error("no start today"); };
+  inputs[2].onEndHandler = [](ETProcess&) { throw 42; };
+
+  std::vector<ETOutput> outputs = ETProcess::runAll(inputs, 3);
+  ASSERT_EQ(outputs.size(), 3u);
+  EXPECT_NO_THROW(outputs[0].throwIfErrors());
+  EXPECT_EQ(nlohmann::json::parse(outputs[0].decodeOutData().value())[0]["SourceFile"], photo);
+  // A throwing handler skips no step of its run: the tool still reads the file.
+  for (std::size_t k : {1u, 2u}) {
+    EXPECT_FALSE(outputs[k].isRunning);
+    EXPECT_EQ(nlohmann::json::parse(outputs[k].decodeOutData().value())[0]["SourceFile"], photo);
+  }
+  EXPECT_EQ(unknownLines(outputs[1]),
+            (std::vector<std::string>{"the start handler threw: no start today\n"}));
+  EXPECT_EQ(unknownLines(outputs[2]),
+            (std::vector<std::string>{
+                "the end handler threw: an exception that is no std::exception\n"}));
+
+  // A tool that can't start fails every input that needs it, each on its own, and the call
+  // still returns.
+  FakeTool missing("", FakeTool::Interpreter::missing);
+  inputs[1].onStartHandler = nullptr;
+  inputs[2].onEndHandler = nullptr;
+  outputs = ETProcess::runAll(inputs, 2);
+  for (const auto& output : outputs) {
+    EXPECT_FALSE(output.isRunning);
+    EXPECT_EQ(unknownLines(output).size(), 1u);
+  }
+}
+
+TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgumentsWould) {
+  TemporaryFolder folder;
+  const std::vector<std::size_t> sizes = {10, 3'000'000, 20, 3'000'000, 30, 1'000'000};
+  std::vector<std::filesystem::path> files;
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    files.push_back(folder.path() / ("f" + std::to_string(i)));
+    std::ofstream(files.back()) << std::string(sizes[i], 'x');
+  }
+  const auto block = [](const std::filesystem::path& file, ETInput::ArgumentsMaker& maker) {
+    maker.sourcePath = file.string();
+    maker.forceExecute = true;
+  };
+
+  const ETBatches batches = ETBatches::spread(files, 2, block);
+  // The two biggest apart, the third biggest with the lighter of them, the small ones filling
+  // up the other; the input holding the first file comes first.
+  EXPECT_EQ(batches.places, (std::vector<std::vector<std::size_t>>{{0, 2, 3, 4}, {1, 5}}));
+  ASSERT_EQ(batches.inputs.size(), 2u);
+  for (std::size_t k = 0; k < 2; ++k) {
+    std::vector<std::filesystem::path> chosen;
+    for (const std::size_t place : batches.places[k]) {
+      chosen.push_back(files[place]);
+    }
+    ETInput expected;
+    expected.addArguments(chosen, block);
+    EXPECT_EQ(batches.inputs[k].arguments, expected.arguments);
+  }
+
+  // Files that don't exist and weights of 0 spread by count; never an empty input.
+  const std::vector<std::string> missing = {"/no/a", "/no/b", "/no/c"};
+  EXPECT_EQ(ETBatches::spread(missing, 8, readAsJson).places,
+            (std::vector<std::vector<std::size_t>>{{0}, {1}, {2}}));
+  const auto weightless = ETBatches::spread(
+      missing, 2, [](const std::string&) { return 0; }, readAsJson);
+  EXPECT_EQ(weightless.places, (std::vector<std::vector<std::size_t>>{{0, 2}, {1}}));
+  EXPECT_TRUE(ETBatches::spread(std::vector<std::string>{}, 2, readAsJson).inputs.empty());
+}
+
+TEST(ETCombinedProgress, WeighsEachRunsProgressCountsAnEndedRunAsDoneAndKeepsOtherHandlers) {
+  FakeTool tool(script(R"(print STDERR "======== /f.jpg [$_/$arguments[0]]\n" for 1 .. $arguments[0];)"));
+  std::vector<ETInput> inputs(3);
+  inputs[0].arguments = {"1"};
+  inputs[1].arguments = {"3"};
+  inputs[2].arguments = {"0"};  // no progress line at all
+  int ownCalls = 0;
+  inputs[1].onProgressHandler = [&](ETProcess&) { ++ownCalls; };
+  std::vector<double> totals;
+  const std::vector<double> weights = {1, 3, 4};
+  ETCombinedProgress total(inputs, weights, [&](double progress) { totals.push_back(progress); });
+
+  ETProcess::runAll(inputs, 1);
+  EXPECT_EQ(totals, (std::vector<double>{0.125, 0.25, 0.375, 0.5, 1}));
+  EXPECT_EQ(ownCalls, 3);
+  EXPECT_EQ(total.progress(), 1);
+}

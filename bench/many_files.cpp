@@ -25,7 +25,7 @@
 
 #include <lorvane/lorvane.hpp>
 
-#include "metadata_table.hpp"
+#include "tool_reading.hpp"
 
 namespace {
 
@@ -82,7 +82,7 @@ void readThroughLibrary(const std::vector<std::string>& files, std::size_t jobs)
     for (const std::size_t place : places) {
       batch.push_back(files[place]);
     }
-    inputs.push_back(show::makeToolInput(batch, ETLanguage::english));
+    inputs.push_back(app::makeReadingInput(batch, ETLanguage::english));
   }
   for (const auto& output : ETProcess::runAll(inputs, jobs)) {
     if (output.binaryData.empty()) {
@@ -128,7 +128,7 @@ int main(int argc, char** argv) {
     const fs::path argumentsFile = fs::temp_directory_path() / "lorvane-bench-many-files.args";
     {
       std::ofstream out(argumentsFile);
-      for (const auto& argument : show::makeToolInput(files, ETLanguage::english).arguments) {
+      for (const auto& argument : app::makeReadingInput(files, ETLanguage::english).arguments) {
         out << argument << "\n";
       }
     }

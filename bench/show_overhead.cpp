@@ -49,8 +49,8 @@ int main(int argc, char** argv) {
     files += " '" + copy.string() + "'";
   }
 
-  // The same reading the viewer asks the tool for: JSON, group names, raw values, quiet.
-  const std::string tool = "exiftool -q -json -G0:1 -n" + files + " > /dev/null";
+  // The same reading the program asks the tool for: long JSON, group names, German, quiet.
+  const std::string tool = "exiftool -q -json -long -G0:1 -lang de" + files + " > /dev/null";
   const std::string show = std::string("'") + LORVANE_PROGRAM + "' show --lang de" + files +
                            " > /dev/null";
   std::vector<double> toolTimes;
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
   const double toolMedian = median(toolTimes);
   const double showMedian = median(showTimes);
   std::printf("%d files, %d runs each\n", fileCount, runs);
-  std::printf("exiftool -q -json -G0:1 -n: median %.3f s (min %.3f, max %.3f)\n", toolMedian,
+  std::printf("exiftool -q -json -long -G0:1 -lang de: median %.3f s (min %.3f, max %.3f)\n", toolMedian,
               *std::min_element(toolTimes.begin(), toolTimes.end()),
               *std::max_element(toolTimes.begin(), toolTimes.end()));
   std::printf("lorvane show --lang de:  median %.3f s (min %.3f, max %.3f)\n", showMedian,

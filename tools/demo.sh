@@ -1,17 +1,30 @@
 #!/bin/sh
 # Sets up a Debian 12 machine, builds Lorvane and shows the metadata of the sample picture
-# (a JPEG with EXIF, IPTC and XMP tags written by ExifTool), in German and in English.
-# Further arguments go to `lorvane show`, e.g. tools/demo.sh --lang fr.
+# (a JPEG with EXIF, IPTC and XMP tags written by ExifTool) in German, turns it by a German
+# label on a copy, and shows the copy's orientation again.
+# Further arguments go to `lorvane show`, e.g. tools/demo.sh --lang fr. LORVANE_DEMO_SKIP_SETUP=1
+# skips the package installation on a machine that has the packages.
 set -eu
 cd "$(dirname "$0")/.."
-tools/setup-debian.sh
+[ -n "${LORVANE_DEMO_SKIP_SETUP:-}" ] || tools/setup-debian.sh
 cmake --preset release -DLORVANE_BUILD_TESTS=OFF -DLORVANE_BUILD_BENCHMARKS=OFF
 cmake --build --preset release --target lorvane-cli
+lorvane=build/release/apps/lorvane
 if [ "$#" -gt 0 ]; then
-  exec build/release/apps/lorvane show "$@" tests/data/sample.jpg
+  exec "$lorvane" show "$@" tests/data/sample.jpg
 fi
-for language in de en; do
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cp tests/data/sample.jpg "$work/sample.jpg"
+cd "$work"
+run() {
   echo
-  echo "\$ lorvane show --lang $language tests/data/sample.jpg"
-  build/release/apps/lorvane show --lang "$language" tests/data/sample.jpg
-done
+  echo "\$ lorvane $*"
+  "$OLDPWD/$lorvane" "$@"
+}
+run show --lang de sample.jpg
+run set --lang de "EXIF:Orientation=90° gegen den Uhrzeigersinn" -- sample.jpg
+run tags --lang de EXIF:Orientation
+echo
+echo "\$ lorvane show --lang de sample.jpg | grep -e ^EXIF -e Ausrichtung"
+"$OLDPWD/$lorvane" show --lang de sample.jpg | grep -e '^EXIF' -e Ausrichtung

@@ -1,85 +1,74 @@
-// lorvane: the metadata of files, as a table per file grouped by stream, with the catalogue's
-// titles and value labels in the chosen language.
+// lorvane: shows and edits the metadata of files with ExifTool, in the words of Lorvane's tag
+// catalogue.
 //
-//   lorvane show [--lang LANG] [--raw] FILE...
-//
-// One ExifTool run reads all files (JSON with group names and raw values); the catalogue turns
-// tag names and raw values into titles and labels.
+//   lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...
+//   lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...
+//   lorvane tags [--lang L] [--choices] [--json] PATTERN...
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
+#include <optional>
+#include <stdexcept>
 #include <string>
-#include <variant>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
-#include <lorvane/lorvane.hpp>
+#include <lorvane/et_language.hpp>
+#include <lorvane/et_settings.hpp>
 
-#include "metadata_table.hpp"
+#include "set_command.hpp"
+#include "show_command.hpp"
+#include "tags_command.hpp"
 
 namespace {
 
 using namespace lorvane;
 
-constexpr const char* usage =
-    "usage: lorvane show [--lang LANG] [--raw] FILE...\n"
-    "  --lang LANG  titles and labels in LANG: en, de, fr, it, es, ja, zh_cn\n"
-    "               (or english, german, ...); default: the user's language settings\n"
-    "  --raw        print ExifTool's JSON as it came, without the catalogue\n"
-    "exit status: 0 all files read, 1 a file or tool error, 2 a usage mistake,\n"
-    "             3 ExifTool not found\n";
+constexpr int usageStatus = 2;
+constexpr int noExifToolStatus = 3;
 
-struct Options {
-  std::optional<ETLanguage> language;
-  bool raw = false;
-  std::vector<std::string> files;
+constexpr const char* usage =
+    "usage: lorvane show [--lang L] [--raw] [--json] [--jobs N] FILE...\n"
+    "       lorvane set [--lang L] [--overwrite-original] NAME=VALUE... -- FILE...\n"
+    "       lorvane tags [--lang L] [--choices] [--json] PATTERN...\n"
+    "\n"
+    "show   every tag ExifTool reads from the files, by stream, with the catalogue's titles;\n"
+    "       values as ExifTool prints them, the raw value after them where it differs\n"
+    "       --raw   ExifTool's JSON as it came     --json  one JSON object per file\n"
+    "       --jobs N  N ExifTools side by side (default: one per hardware thread)\n"
+    "set    writes tags, all files in one ExifTool run, after checking every assignment\n"
+    "       against the catalogue (nothing is written if one fails). NAME is a catalogue\n"
+    "       name (EXIF:Orientation), VALUE a raw value or a label in the chosen language;\n"
+    "       an empty VALUE deletes the tag; a list tag takes several NAME=VALUE.\n"
+    "       Each written FILE keeps its original as FILE_original unless --overwrite-original\n"
+    "tags   looks tags up in the catalogue: a name (EXIF:Orientation), a key in any stream\n"
+    "       (Orientation), wildcards (Canon:*Lens*) or words of the title\n"
+    "       --choices  every value with its label (always for a single tag)\n"
+    "\n"
+    "--lang L   titles and labels in L: en, de, fr, it, es, ja, zh_cn (or english, german,\n"
+    "           ...); default: the user's language settings (LANGUAGE, LC_ALL, LANG)\n"
+    "\n"
+    "exit status: 0  done as asked\n"
+    "             1  a file or tool error (the other files are still done), a refused\n"
+    "                assignment, or no tag matched\n"
+    "             2  a usage mistake\n"
+    "             3  ExifTool not found (the message names where it looked)\n";
+
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
 };
 
-[[noreturn]] void fail(const std::string& message, int status = 2) {
-  std::cerr << "lorvane: " << message << "\n";
-  std::exit(status);
-}
-
-Options parseOptions(int argc, char** argv) {
-  Options options;
-  if (argc < 2 || (std::string_view(argv[1]) != "show" && std::string_view(argv[1]) != "--help" &&
-                   std::string_view(argv[1]) != "-h")) {
-    fail(std::string(argc < 2 ? "no command given\n" : "unknown command\n") + usage);
+std::optional<ETLanguage> parseLanguage(std::string_view text) {
+  if (auto language = ETLanguage::fromExifToolValue(text)) {
+    return language;
   }
-  for (int i = 2 - (std::string_view(argv[1]) != "show"); i < argc; ++i) {
-    const std::string_view argument = argv[i];
-    if (argument == "--lang") {
-      if (++i == argc) {
-        fail(std::string("--lang needs a language\n") + usage);
-      }
-      options.language = ETLanguage::fromExifToolValue(argv[i]);
-      if (!options.language) {
-        options.language = ETLanguage::fromRawValue(argv[i]);
-      }
-      if (!options.language) {
-        fail(std::string("unknown language '") + argv[i] + "'\n" + usage);
-      }
-    } else if (argument == "--raw") {
-      options.raw = true;
-    } else if (argument == "--help" || argument == "-h") {
-      std::cout << usage;
-      std::exit(0);
-    } else if (argument.starts_with("--")) {
-      fail("unknown option '" + std::string(argument) + "'\n" + usage);
-    } else {
-      options.files.emplace_back(argument);
-    }
-  }
-  if (options.files.empty()) {
-    fail(std::string("no file given\n") + usage);
-  }
-  return options;
+  return ETLanguage::fromRawValue(text);
 }
 
 // The catalogue reads its language once, from the POSIX language settings, on first use:
@@ -95,78 +84,196 @@ void chooseCatalogueLanguage(ETLanguage language) {
   ::setenv("LC_ALL", localisation.c_str(), 1);
 }
 
-void requireExifTool() {
+// Nothing when the binaries folder holds the tool; otherwise what to tell the user.
+std::optional<std::string> missingExifTool() {
   const auto folder = ETSettings::shared().binariesFolderURL();
   for (const char* entry : {"perl", "exiftool"}) {
     if (::access((folder / entry).c_str(), R_OK) != 0) {
-      fail("ExifTool was not found: the binaries folder " + folder.string() + " has no '" + entry +
-               "'.\nThe folder is the 'binaries' folder of Lorvane's resources; point "
-               "LORVANE_RESOURCE_DIR at a folder whose binaries/ holds 'perl', 'exiftool' and "
-               "'perllib', or install ExifTool (apt-get install libimage-exiftool-perl) and "
-               "rebuild.",
-           3);
+      return "ExifTool was not found: the binaries folder " + folder.string() + " has no '" +
+             entry +
+             "'.\nThe folder is the 'binaries' folder of Lorvane's resources; point "
+             "LORVANE_RESOURCE_DIR at a folder whose binaries/ holds 'perl', 'exiftool' and "
+             "'perllib', or install ExifTool (apt-get install libimage-exiftool-perl) and "
+             "rebuild.";
     }
   }
+  return std::nullopt;
 }
 
-void drawProgress(double progress) {
-  constexpr int width = 40;
-  const int filled = static_cast<int>(progress * width + 0.5);
-  std::cerr << "\r[" << std::string(static_cast<std::size_t>(std::clamp(filled, 0, width)), '#')
-            << std::string(static_cast<std::size_t>(width - std::clamp(filled, 0, width)), ' ')
-            << "] " << static_cast<int>(progress * 100 + 0.5) << "%" << std::flush;
-}
+// The words of one command line after the command, with its options taken out.
+class Arguments {
+public:
+  Arguments(int argc, char** argv) : words_(argv + 2, argv + argc) {}
 
-ETInput makeInput(const Options& options) {
-  ETInput input = show::makeToolInput(options.files, options.language);
-  if (options.files.size() > 1 && ::isatty(STDERR_FILENO)) {
-    input.onProgressHandler = [](ETProcess& process) { drawProgress(process.output().progress); };
-    input.onEndHandler = [](ETProcess&) { std::cerr << "\r" << std::string(48, ' ') << "\r"; };
+  // Goes through the words; `option` is called for every word starting with "--" before a
+  // plain "--" (which it gets too, and may end the options with), `operand` for the others.
+  template <class Option, class Operand>
+  void walk(Option&& option, Operand&& operand) {
+    for (position_ = 0; position_ < words_.size(); ++position_) {
+      const std::string& word = words_[position_];
+      if (word.starts_with("--") && !optionsEnded_) {
+        option(word);
+      } else {
+        operand(word);
+      }
+    }
   }
-  return input;
+  void endOptions() { optionsEnded_ = true; }
+  std::string value(const std::string& option) {
+    if (++position_ == words_.size()) {
+      throw UsageError(option + " needs a value");
+    }
+    return words_[position_];
+  }
+
+private:
+  std::vector<std::string> words_;
+  std::size_t position_ = 0;
+  bool optionsEnded_ = false;
+};
+
+// Walks a command's words: "--lang", "--help" and "--" are everybody's; `option` takes the
+// command's own options (false: unknown), `operand` the other words. Then fixes the language.
+template <class Option, class Operand>
+std::optional<ETLanguage> walkCommand(Arguments& arguments, Option&& option, Operand&& operand) {
+  std::optional<ETLanguage> language;
+  arguments.walk(
+      [&](const std::string& word) {
+        if (word == "--lang") {
+          const std::string text = arguments.value(word);
+          language = parseLanguage(text);
+          if (!language) {
+            throw UsageError("unknown language '" + text + "'");
+          }
+        } else if (word == "--help") {
+          std::cout << usage;
+          std::exit(0);
+        } else if (word == "--") {
+          arguments.endOptions();
+          option(word);
+        } else if (!option(word)) {
+          throw UsageError("unknown option '" + word + "'");
+        }
+      },
+      operand);
+  if (language) {
+    chooseCatalogueLanguage(*language);
+  }
+  return language;
+}
+
+int show(Arguments& arguments) {
+  app::ShowRequest request;
+  const auto language = walkCommand(
+      arguments,
+      [&](const std::string& word) {
+        if (word == "--raw") {
+          request.printsToolJson = true;
+        } else if (word == "--json") {
+          request.printsJson = true;
+        } else if (word == "--jobs") {
+          const std::string text = arguments.value(word);
+          const auto end = text.data() + text.size();
+          const auto [stop, error] = std::from_chars(text.data(), end, request.jobs);
+          if (error != std::errc() || stop != end || request.jobs == 0) {
+            throw UsageError("--jobs needs a whole number from 1 up, not '" + text + "'");
+          }
+        }
+        return word == "--raw" || word == "--json" || word == "--jobs" || word == "--";
+      },
+      [&](const std::string& word) { request.files.push_back(word); });
+  if (request.files.empty()) {
+    throw UsageError("no file given");
+  }
+  if (const auto missing = missingExifTool()) {
+    std::cerr << "lorvane: " << *missing << "\n";
+    return noExifToolStatus;
+  }
+  request.language = language.value_or(ETLanguage::local());
+  request.drawsProgress = ::isatty(STDERR_FILENO) != 0;
+  request.dimsRawValues = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+  return app::runShow(request, std::cout, std::cerr);
+}
+
+int set(Arguments& arguments) {
+  app::SetRequest request;
+  bool sawSeparator = false;
+  walkCommand(
+      arguments,
+      [&](const std::string& word) {
+        if (word == "--") {
+          sawSeparator = true;
+        } else if (word == "--overwrite-original") {
+          request.overwritesOriginal = true;
+        }
+        return word == "--" || word == "--overwrite-original";
+      },
+      [&](const std::string& word) {
+        if (sawSeparator) {
+          request.files.push_back(word);
+        } else if (word.find('=') == std::string::npos) {
+          throw UsageError("'" + word + "' is no NAME=VALUE (files follow a '--')");
+        } else {
+          request.assignments.push_back(word);
+        }
+      });
+  if (request.assignments.empty()) {
+    throw UsageError("no NAME=VALUE given");
+  }
+  if (request.files.empty()) {
+    throw UsageError("no file given (files follow a '--')");
+  }
+  if (const auto missing = missingExifTool()) {
+    std::cerr << "lorvane: " << *missing << "\n";
+    return noExifToolStatus;
+  }
+  return app::runSet(request, std::cout, std::cerr);
+}
+
+int tags(Arguments& arguments) {
+  app::TagsRequest request;
+  walkCommand(
+      arguments,
+      [&](const std::string& word) {
+        if (word == "--choices") {
+          request.listsChoices = true;
+        } else if (word == "--json") {
+          request.printsJson = true;
+        }
+        return word == "--choices" || word == "--json" || word == "--";
+      },
+      [&](const std::string& word) { request.patterns.push_back(word); });
+  if (request.patterns.empty()) {
+    throw UsageError("no pattern given");
+  }
+  return app::runTags(request, std::cout, std::cerr);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Options options = parseOptions(argc, argv);
-  if (options.language) {
-    chooseCatalogueLanguage(*options.language);
-  }
-  requireExifTool();
-
-  const ETOutput output = ETProcess::run(makeInput(options));
-  int status = 0;
-  // What the tool complained about (a missing file, say), one line each.
-  for (const auto& log : output.processLogs) {
-    if (const auto* unknown = std::get_if<ETOutput::UnknownLog>(&log)) {
-      if (const auto line = nonBlank(unknown->line)) {
-        std::cerr << "lorvane: " << line->substr(0, line->find_last_not_of("\r\n") + 1)
-                  << "\n";
-        status = 1;
-      }
-    }
-  }
-  const std::string text = output.decodeOutData().value_or("");
-  if (options.raw) {
-    std::cout << text;
-    return status;
-  }
-  if (text.empty()) {
-    return status != 0 ? status : 1;
-  }
-  std::vector<show::FileMetadata> files;
+  const std::string_view command = argc > 1 ? argv[1] : "";
   try {
-    files = show::makeMetadataTables(nlohmann::ordered_json::parse(text));
-  } catch (const nlohmann::json::exception& error) {
-    fail(std::string("ExifTool's output is not the JSON expected: ") + error.what(), 1);
-  }
-  for (const auto& file : files) {
-    show::printMetadata(std::cout, file);
-    if (file.error) {
-      std::cerr << "lorvane: " << file.path << ": " << *file.error << "\n";
-      status = 1;
+    Arguments arguments(std::max(argc, 2), argv);
+    if (command == "show") {
+      return show(arguments);
     }
+    if (command == "set") {
+      return set(arguments);
+    }
+    if (command == "tags") {
+      return tags(arguments);
+    }
+    if (command == "--help" || command == "-h" || command == "help") {
+      std::cout << usage;
+      return 0;
+    }
+    throw UsageError(command.empty() ? "no command given" : "unknown command '" + std::string(command) + "'");
+  } catch (const UsageError& error) {
+    std::cerr << "lorvane: " << error.what() << "\n" << usage;
+    return usageStatus;
+  } catch (const nlohmann::json::exception& error) {
+    std::cerr << "lorvane: ExifTool's output is not the JSON expected: " << error.what() << "\n";
+    return 1;
   }
-  return status;
 }

@@ -1,107 +1,211 @@
-// The viewer's road through the library: a real ExifTool run made of named options, its JSON
-// read against the catalogue, and the lorvane program as a user meets it.
+// The program's reading of ExifTool's long JSON, its table and its catalogue checks, driven
+// through the program's own pieces (the whole program runs in show_program_test.cpp).
 
 #include <lorvane/lorvane.hpp>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cstdlib>
+#include <sstream>
 
-#include "metadata_table.hpp"
+#include "assignment.hpp"
+#include "file_tags.hpp"
+#include "tag_table.hpp"
+#include "tags_command.hpp"
+#include "tool_json.hpp"
+#include "tool_reading.hpp"
 #include "test_support.hpp"
 
 namespace {
 
 using namespace lorvane;
-using lorvane::test::dataFolder;
+using namespace lorvane::app;
 
 // The catalogue reads its language once per process: this program's is English.
 const bool englishCatalogue = [] { return ::setenv("LC_ALL", "C", 1) == 0; }();
 
-std::string sample() { return (dataFolder() / "sample.jpg").string(); }
-
-std::vector<show::FileMetadata> readWithTool(const std::vector<std::string>& files) {
-  const ETOutput output = ETProcess::run(show::makeToolInput(files, std::nullopt));
-  output.throwIfErrors();
-  return show::makeMetadataTables(nlohmann::ordered_json::parse(output.decodeOutData().value()));
+FileTags fileOf(const std::string& json) {
+  ToolReading reading;
+  reading.objects.push_back(parseToolJson(json)[0]);
+  return makeFileTags({"a.jpg"}, reading)[0];
 }
 
-const show::MetadataRow* findRow(const show::FileMetadata& file, std::string_view stream,
-                                 std::string_view title) {
-  for (const auto& section : file.sections) {
-    for (const auto& row : section.rows) {
-      if (section.stream == stream && row.title == title) {
-        return &row;
-      }
+const FileTag& tagNamed(const FileTags& file, std::string_view group, std::string_view name) {
+  for (const auto& tag : file.tags) {
+    if (tag.group == group && tag.name == name) {
+      return tag;
     }
   }
-  return nullptr;
+  throw std::runtime_error("no tag " + std::string(group) + ":" + std::string(name));
 }
 
-TEST(MetadataTables, ToolOutputBecomesRowsWithCatalogueTitlesAndLabels) {
+TEST(ToolJson, NumbersKeepTheToolsText) {
+  const auto json = parseToolJson(
+      R"([{"a": 0.02414, "b": 5.00000, "c": -0, "d": [1e5, -0.0, 12345678901234], "e": "-0", "f": true}])");
+  const auto& object = json[0];
+  EXPECT_EQ(scalarText(object["a"]), "0.02414");
+  EXPECT_EQ(scalarText(object["b"]), "5.00000");
+  EXPECT_EQ(scalarText(object["c"]), "-0");
+  EXPECT_EQ(scalarText(object["d"][0]), "1e5");
+  EXPECT_EQ(scalarText(object["d"][1]), "-0.0");
+  EXPECT_EQ(scalarText(object["d"][2]), "12345678901234");
+  EXPECT_EQ(scalarText(object["e"]), "-0");
+  EXPECT_EQ(scalarText(object["f"]), "true");
+  EXPECT_THROW(parseToolJson("[{\"a\": 1"), nlohmann::json::exception);
+}
+
+TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
   ASSERT_TRUE(englishCatalogue);
-  const auto files = readWithTool({sample()});
-  ASSERT_EQ(files.size(), 1u);
-  const auto& file = files[0];
-  EXPECT_EQ(file.path, sample());
-  EXPECT_FALSE(file.error);
+  const auto file = fileOf(R"([{"SourceFile": "a.jpg",
+      "EXIF:IFD0:Orientation": {"desc": "Orientierung", "num": 8, "val": "Rotate 270 CW"},
+      "EXIF:IFD1:Orientation": {"desc": "Orientierung", "val": 6},
+      "EXIF:ExifIFD:CFAPattern": {"desc": "CFA", "num": "2 2 0 1 1 2", "val": "[Red,Green][Green,Blue]"},
+      "EXIF:SubIFD:CFAPattern": {"desc": "CFA", "val": "2 2 0 1"},
+      "XMP:XMP-dc:Subject": {"desc": "Subject", "val": ["a, b", "c"]},
+      "ExifTool:ExifToolVersion": {"desc": "ExifTool Version Number", "val": 12.57},
+      "ExifTool:Error": {"desc": "Error", "val": "File format error"}}])");
+  EXPECT_EQ(file.error, "File format error");
 
-  // Tags of IFD0, ExifIFD and GPS all stand in the one EXIF section, under the catalogue's
-  // titles, which differ from the tool's tag names where the catalogue says so.
-  const auto* model = findRow(file, "EXIF", "Camera Model Name");
-  ASSERT_NE(model, nullptr);
-  EXPECT_EQ(model->value, "DemoCam One");
-  const auto* orientation = findRow(file, "EXIF", "Orientation");
-  ASSERT_NE(orientation, nullptr);
-  EXPECT_EQ(orientation->value, "6");
-  EXPECT_EQ(orientation->label, "Rotate 90 CW");
-  const auto* latitudeRef = findRow(file, "EXIF", "GPS Latitude Ref");
-  ASSERT_NE(latitudeRef, nullptr);
-  EXPECT_EQ(latitudeRef->label, "North");
+  // The tool's label stands; the catalogue's only where the tool printed the raw value.
+  const auto& printed = tagNamed(file, "EXIF:IFD0", "Orientation");
+  EXPECT_EQ(printed.value.joined(), "Rotate 270 CW");
+  EXPECT_EQ(printed.raw.joined(), "8");
+  EXPECT_EQ(printed.label, "");
+  EXPECT_EQ(printed.title, "Orientation");  // the catalogue's title wins over the tool's
+  EXPECT_EQ(tagNamed(file, "EXIF:IFD1", "Orientation").label, "Rotate 90 CW");
+  // A value of several parts gets no label from its first part.
+  EXPECT_EQ(tagNamed(file, "EXIF:ExifIFD", "CFAPattern").value.joined(), "[Red,Green][Green,Blue]");
+  EXPECT_EQ(tagNamed(file, "EXIF:SubIFD", "CFAPattern").label, "");
 
-  const auto* keywords = findRow(file, "IPTC", "Keywords");
-  ASSERT_NE(keywords, nullptr);
-  EXPECT_EQ(keywords->value, "tower, paris");
-  EXPECT_EQ(keywords->label, "");
-  const auto* title = findRow(file, "XMP", "Title");
-  ASSERT_NE(title, nullptr);
-  EXPECT_EQ(title->value, "Demo title");
+  const auto& subject = tagNamed(file, "XMP:XMP-dc", "Subject");
+  EXPECT_TRUE(subject.value.isList);
+  EXPECT_EQ(subject.value.texts, (std::vector<std::string>{"a, b", "c"}));
+  EXPECT_EQ(subject.raw, subject.value);
 
-  // The tool's own group is no catalogue stream: its tags keep their names.
-  const auto* version = findRow(file, "ExifTool", "ExifToolVersion");
-  ASSERT_NE(version, nullptr);
-  EXPECT_FALSE(version->isKnown);
+  // A tag the catalogue lacks keeps the tool's description as its title.
+  const auto& version = tagNamed(file, "ExifTool", "ExifToolVersion");
+  EXPECT_EQ(version.item, nullptr);
+  EXPECT_EQ(version.title, "ExifTool Version Number");
+  EXPECT_EQ(version.section, "ExifTool");
+
+  const auto json = makeFileTagsJson({file})[0];
+  EXPECT_EQ(json["error"], "File format error");
+  EXPECT_EQ(json["tags"][0]["group"], "EXIF:IFD0");
+  EXPECT_EQ(json["tags"][0]["stream"], "EXIF");
+  EXPECT_EQ(json["tags"][0]["raw"], "8");
+  EXPECT_EQ(json["tags"][4]["value"], nlohmann::ordered_json::array({"a, b", "c"}));
+  EXPECT_TRUE(json["tags"][5]["stream"].is_null());
 }
 
-TEST(MetadataTables, TheToolsGroupsOfTheSampleLeadToCatalogueStreamsAndTags) {
-  const auto files = readWithTool({sample()});
-  ASSERT_EQ(files.size(), 1u);
-  const auto streams = TagStream::allCases();
-  std::size_t known = 0;
-  for (const auto& section : files[0].sections) {
-    // Every group of the tool but its own ("ExifTool") is a stream of the catalogue.
-    if (section.stream != "ExifTool") {
-      EXPECT_NE(std::find(streams.begin(), streams.end(), TagStream(section.stream)),
-                streams.end())
-          << section.stream;
-    }
-    for (const auto& row : section.rows) {
-      known += row.isKnown ? 1 : 0;
+TEST(FileTags, GroupsLeadToTheStreamThatHasTheTag) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"MakerNotes:Canon:LensType", "Canon"},        // maker notes go to their maker
+      {"APP6:GoPro:DeviceName", "GoPro"},            // a segment named by a maker
+      {"QuickTime:Canon:CanonModelID", "Canon"},     // Canon tags in a CR3's boxes
+      {"APP0:CanonRaw:CanonModelID", "CanonRaw"},    // CIFF inside a JPEG
+      {"QuickTime:Track1:ImageWidth", "QuickTime"},  // a family-1 group that is no stream
+      {"EXIF:IFD0:Orientation", "EXIF"},
+      {"File:System:FileName", "File"}};
+  for (const auto& [groupedName, stream] : cases) {
+    const TagItem* item = findToolTag(groupedName);
+    ASSERT_NE(item, nullptr) << groupedName;
+    EXPECT_EQ(item->stream().rawValue(), stream) << groupedName;
+  }
+  EXPECT_EQ(findToolTag("MakerNotes:NoSuchMaker:LensType"), nullptr);
+  EXPECT_EQ(findToolTag("SourceFile"), nullptr);
+}
+
+TEST(FileTags, EveryFileGetsOneEntryInCommandLineOrder) {
+  ToolReading reading;
+  reading.objects = {parseToolJson(R"([{"SourceFile": "a.jpg"}])")[0],
+                     parseToolJson(R"([{"SourceFile": "dir/b.jpg"}])")[0],
+                     parseToolJson(R"([{"SourceFile": "a.jpg"}])")[0]};
+  reading.messages = {"Error: File not found - missing.jpg"};
+  const auto files = makeFileTags({"a.jpg", "missing.jpg", "dir", "a.jpg"}, reading);
+  ASSERT_EQ(files.size(), 4u);
+  EXPECT_EQ(files[0].file, "a.jpg");
+  EXPECT_EQ(files[1].error, "File not found");
+  EXPECT_EQ(files[2].file, "dir/b.jpg");  // a folder's files come under their own names
+  EXPECT_EQ(files[3].file, "a.jpg");
+  EXPECT_FALSE(files[3].error);
+}
+
+TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {
+  EXPECT_EQ(displayWidth("abc"), 3u);
+  EXPECT_EQ(displayWidth("日本語"), 6u);
+  EXPECT_EQ(displayWidth("e\u0301"), 1u);  // a combining accent takes no column
+  EXPECT_EQ(escapeControls("a\tb\x1b\r\u0085"), "a\\tb\\x1B\\r\\u0085");
+
+  const auto file = fileOf(R"json([{"SourceFile": "a.jpg",
+      "EXIF:IFD0:XResolution": {"desc": "X", "val": 72},
+      "EXIF:IFD1:XResolution": {"desc": "X", "val": 180},
+      "EXIF:IFD0:Make": {"desc": "Make", "val": "日本語"},
+      "EXIF:IFD0:Artist": {"desc": "Artist", "val": "one\ntwo"},
+      "EXIF:IFD0:Copyright": {"desc": "Copyright", "val": "bell\u0007"},
+      "EXIF:IFD1:ThumbnailImage": {"desc": "T", "val": "(Binary data 5120 bytes, use -b option to extract)"},
+      "EXIF:IFD0:Orientation": {"desc": "O", "num": 6, "val": "Rotate 90 CW"}}])json");
+  std::ostringstream out;
+  printTagTable(out, file, TableStyle{});
+  const std::string table = out.str();
+  EXPECT_NE(table.find("  X Resolution (IFD0)  72\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  X Resolution (IFD1)  180\n"), std::string::npos) << table;
+  // Every value starts in the same column, wide characters counted twice.
+  EXPECT_NE(table.find("  Make                 日本語\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  Artist               one\n                       two\n"), std::string::npos)
+      << table;
+  EXPECT_NE(table.find("bell\\x07\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  (Binary data 5120 bytes)\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("Rotate 90 CW  [6]\n"), std::string::npos) << table;
+}
+
+TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
+  const auto accepted = checkAssignments({"EXIF:Orientation=Rotate 90 CW", "EXIF:FNumber=2.8",
+                                          "EXIF:ExposureTime=1/250", "XMP:Subject=a, b",
+                                          "XMP:Subject=c", "XMP:Title="});
+  ASSERT_TRUE(std::holds_alternative<std::vector<Assignment>>(accepted));
+  std::vector<std::string> arguments;
+  for (const auto& assignment : std::get<std::vector<Assignment>>(accepted)) {
+    for (const auto& argument : assignment.toolArguments()) {
+      arguments.push_back(argument);
     }
   }
-  // The catalogue doesn't hold every tag the tool prints (the file system's, for one), but
-  // each tag the sample was given is there.
-  EXPECT_GE(known, 25u);
-  for (const auto& [stream, title] : std::vector<std::pair<std::string, std::string>>{
-           {"EXIF", "Make"}, {"EXIF", "Artist"}, {"EXIF", "Exposure Program"},
-           {"EXIF", "GPS Longitude"}, {"IPTC", "City"}, {"IPTC", "Object Name"},
-           {"XMP", "Creator"}, {"XMP", "Rating"}, {"XMP", "Color Mode"}}) {
-    const auto* row = findRow(files[0], stream, title);
-    ASSERT_NE(row, nullptr) << stream << " " << title;
-    EXPECT_TRUE(row->isKnown);
+  EXPECT_EQ(arguments, (std::vector<std::string>{"-EXIF:Orientation#=6", "-EXIF:FNumber#=2.8",
+                                                 "-EXIF:ExposureTime#=1/250", "-XMP:Subject=a, b",
+                                                 "-XMP:Subject=c", "-XMP:Title="}));
+
+  const std::vector<std::pair<std::string, std::string>> refused = {
+      {"EXIF:NoSuchTag=1", "is no tag of the catalogue"},
+      {"File:MIMEType=image/png", "is not writable"},
+      {"EXIF:Orientation=sideways", "is not among its values:\n    1 = Horizontal (normal)"},
+      {"EXIF:FNumber=wide", "is not a number"},
+      {"EXIF:ISOSpeed=-1", "outside the range of int32u, 0 to 4294967295"},
+      {"EXIF:LensInfo=1 2 3 4 5", "takes at most 4 values, not 5"},
+      {"EXIF:XResolution=72 72", "takes one value, not 2"}};
+  for (const auto& [text, reason] : refused) {
+    const auto result = checkAssignments({"EXIF:Artist=fine", text});
+    ASSERT_TRUE(std::holds_alternative<std::vector<Refusal>>(result)) << text;
+    const auto& refusals = std::get<std::vector<Refusal>>(result);
+    ASSERT_EQ(refusals.size(), 1u) << text;
+    EXPECT_NE(refusals[0].message.find(reason), std::string::npos) << refusals[0].message;
   }
+  const auto twice = checkAssignments({"EXIF:Artist=a", "EXIF:Artist=b"});
+  EXPECT_TRUE(std::holds_alternative<std::vector<Refusal>>(twice));
+}
+
+TEST(TagLookup, ByNameKeyWildcardOrTitleWords) {
+  EXPECT_EQ(findTags("EXIF:Orientation"), std::vector<const TagItem*>{&TagItem::itemEXIFOrientation()});
+  const auto lenses = findTags("Canon:*Lens*");
+  EXPECT_NE(std::find(lenses.begin(), lenses.end(), &TagItem::itemCanonLensType()), lenses.end());
+  for (const TagItem* item : lenses) {
+    EXPECT_EQ(item->stream().rawValue(), "Canon");
+    EXPECT_NE(item->key().rawValue().find("Lens"), std::string::npos);
+  }
+  const auto orientations = findTags("Orientation");
+  EXPECT_GT(orientations.size(), 5u);  // the key stands in many streams
+  const auto byTitle = findTags("camera model name");
+  EXPECT_NE(std::find(byTitle.begin(), byTitle.end(), &TagItem::itemEXIFModel()), byTitle.end());
+  EXPECT_TRUE(findTags("EXIF:NoSuchTag").empty());
+  EXPECT_TRUE(findTags("nothing titled like this").empty());
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ expect() {
 check_program() {
   run "$1" show tests/data/sample.jpg
   expect "Camera Model Name  *DemoCam One"
-  expect "6 (Rotate 90 CW)"
+  expect "Rotate 90 CW  \\[6\\]"
 }
 
 # examples/ as a project of its own, finding Lorvane with find_package; extra arguments go to

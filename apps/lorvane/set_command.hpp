@@ -1,0 +1,22 @@
+#pragma once
+
+// `lorvane set`: writes checked assignments to files in one tool run and tells per file what
+// became of it.
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace lorvane::app {
+
+struct SetRequest {
+  std::vector<std::string> assignments;  // "NAME=VALUE", as given
+  std::vector<std::string> files;
+  bool overwritesOriginal = false;  // no FILE_original beside a written file
+};
+
+// 0 when every file was written as asked (or already was as asked), 1 otherwise; a refused
+// assignment writes nothing at all and gives 1.
+int runSet(const SetRequest& request, std::ostream& out, std::ostream& err);
+
+}  // namespace lorvane::app

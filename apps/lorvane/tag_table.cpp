@@ -1,0 +1,175 @@
+#include "tag_table.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <ostream>
+#include <vector>
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+namespace lorvane::app {
+namespace {
+
+constexpr std::string_view binaryStart = "(Binary data ";
+constexpr std::string_view binaryEnd = ", use -b option to extract)";
+
+// "(Binary data 5120 bytes, use -b option to extract)" says more than a reader of a table needs.
+std::string shortened(std::string text) {
+  if (text.starts_with(binaryStart) && text.ends_with(binaryEnd)) {
+    text.replace(text.size() - binaryEnd.size(), binaryEnd.size(), ")");
+  }
+  return text;
+}
+
+struct Row {
+  std::string title;
+  std::vector<std::string> lines;  // the value, cut at its line feeds
+  std::string raw;                 // empty when the raw value says nothing more
+};
+
+std::vector<std::string> splitLines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::size_t start = 0;
+  for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+    lines.push_back(text.substr(start, end - start));
+  }
+  lines.push_back(text.substr(start));
+  return lines;
+}
+
+Row makeRow(const FileTag& tag) {
+  Row row;
+  const std::string value = tag.value.joined();
+  row.lines = splitLines(escapeControls(shortened(tag.label.empty() ? value : tag.label)));
+  if (tag.raw != tag.value || !tag.label.empty()) {
+    std::string raw = escapeControls(shortened(tag.raw.joined()));
+    // The raw value stays on one line: its line feeds show as escapes.
+    for (std::size_t at; (at = raw.find('\n')) != std::string::npos;) {
+      raw.replace(at, 1, "\\n");
+    }
+    row.raw = std::move(raw);
+  }
+  return row;
+}
+
+struct Section {
+  std::string name;
+  std::vector<const FileTag*> tags;
+};
+
+// Titles that stand twice in a section get the tool's family-1 group (IFD0 / IFD1), or its tag
+// name where the groups are the same too.
+std::vector<std::string> distinctTitles(const std::vector<const FileTag*>& tags) {
+  std::map<std::string_view, int> uses;
+  for (const FileTag* tag : tags) {
+    ++uses[tag->title];
+  }
+  std::map<std::pair<std::string_view, std::string_view>, int> usesInGroup;
+  for (const FileTag* tag : tags) {
+    ++usesInGroup[{tag->title, tag->family1}];
+  }
+  std::vector<std::string> titles;
+  for (const FileTag* tag : tags) {
+    std::string title = tag->title;
+    if (uses[tag->title] > 1) {
+      const bool groupTells = !tag->family1.empty() && usesInGroup[{tag->title, tag->family1}] == 1;
+      title.append(" (").append(groupTells ? tag->family1 : tag->family1.empty() ? tag->name : tag->family1 + " " + tag->name).append(")");
+    }
+    titles.push_back(escapeControls(title));
+  }
+  return titles;
+}
+
+}  // namespace
+
+std::size_t displayWidth(std::string_view text) {
+  std::size_t width = 0;
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const auto length = static_cast<int32_t>(text.size());
+  for (int32_t i = 0; i < length;) {
+    UChar32 c;
+    U8_NEXT(bytes, i, length, c);
+    if (c < 0) {
+      ++width;  // an invalid byte shows as one replacement character
+      continue;
+    }
+    const auto category = u_charType(c);
+    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK || category == U_FORMAT_CHAR) {
+      continue;
+    }
+    const auto eastAsian = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+    width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+  }
+  return width;
+}
+
+std::string escapeControls(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    char escape[8];
+    if (byte == '\t') {
+      result += "\\t";
+    } else if (byte == '\r') {
+      result += "\\r";
+    } else if ((byte < 0x20 && byte != '\n') || byte == 0x7F) {
+      std::snprintf(escape, sizeof escape, "\\x%02X", byte);
+      result += escape;
+    } else if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+               static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
+      // U+0080 to U+009F, the C1 controls, in UTF-8.
+      std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned char>(text[++i]));
+      result += escape;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+void printTagTable(std::ostream& out, const FileTags& file, TableStyle style) {
+  std::vector<Section> sections;
+  for (const auto& tag : file.tags) {
+    auto section = std::find_if(sections.begin(), sections.end(),
+                                [&](const Section& s) { return s.name == tag.section; });
+    if (section == sections.end()) {
+      section = sections.insert(sections.end(), Section{tag.section, {}});
+    }
+    section->tags.push_back(&tag);
+  }
+  std::vector<std::vector<std::string>> titles;
+  std::size_t titleWidth = 0;
+  for (const auto& section : sections) {
+    titles.push_back(distinctTitles(section.tags));
+    for (const auto& title : titles.back()) {
+      titleWidth = std::max(titleWidth, displayWidth(title));
+    }
+  }
+
+  out << "== " << escapeControls(file.file) << "\n";
+  const std::string continuation(2 + titleWidth + 2, ' ');
+  for (std::size_t s = 0; s < sections.size(); ++s) {
+    out << sections[s].name << "\n";
+    for (std::size_t t = 0; t < sections[s].tags.size(); ++t) {
+      const Row row = makeRow(*sections[s].tags[t]);
+      const auto& title = titles[s][t];
+      out << "  " << title << std::string(titleWidth - displayWidth(title) + 2, ' ');
+      for (std::size_t l = 0; l < row.lines.size(); ++l) {
+        out << (l == 0 ? "" : continuation) << row.lines[l] << (l + 1 < row.lines.size() ? "\n" : "");
+      }
+      if (!row.raw.empty()) {
+        if (style.dimsRawValues) {
+          out << "  \x1b[2m" << row.raw << "\x1b[22m";
+        } else {
+          out << "  [" << row.raw << "]";
+        }
+      }
+      out << "\n";
+    }
+  }
+}
+
+}  // namespace lorvane::app

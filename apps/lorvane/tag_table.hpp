@@ -1,0 +1,27 @@
+#pragma once
+
+// The text form of `lorvane show`: per file a heading, then per stream its name and one aligned
+// row per tag (title, value, and the raw value in a quieter form where it differs).
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+#include "file_tags.hpp"
+
+namespace lorvane::app {
+
+struct TableStyle {
+  bool dimsRawValues = false;  // a terminal: the raw value dim instead of in brackets
+};
+
+void printTagTable(std::ostream& out, const FileTags& file, TableStyle style);
+
+// Columns a text takes on a terminal: East Asian wide and full-width characters two,
+// combining marks and format characters none, all others one.
+std::size_t displayWidth(std::string_view text);
+
+// Control characters (but the line feed) as C escapes ("\t", "\r", "\x1B", "\u0085").
+std::string escapeControls(std::string_view text);
+
+}  // namespace lorvane::app

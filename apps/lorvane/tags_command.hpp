@@ -1,0 +1,27 @@
+#pragma once
+
+// `lorvane tags`: looks tags up in the catalogue, without running the tool.
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include <lorvane/tag_item.hpp>
+
+namespace lorvane::app {
+
+struct TagsRequest {
+  std::vector<std::string> patterns;
+  bool listsChoices = false;  // every value with its label, also for several tags
+  bool printsJson = false;
+};
+
+// The catalogue's tags a pattern names, in catalogue order: a full name ("EXIF:Orientation"),
+// a key in any stream ("Orientation"), either with the wildcards "*" and "?" ("Canon:*Lens*"),
+// or words that all stand in the tag's localised title ("Ausrichtung").
+std::vector<const TagItem*> findTags(const std::string& pattern);
+
+// 0 when something matched, 1 when nothing did.
+int runTags(const TagsRequest& request, std::ostream& out, std::ostream& err);
+
+}  // namespace lorvane::app

@@ -1,0 +1,20 @@
+#pragma once
+
+// ExifTool's JSON read without losing a digit: the tool prints numbers bare ("val": 0.02414,
+// "val": 5.00000), and a double would give them back as "0.024140000000000002" or "5.0". Here
+// every number arrives as a JSON string holding exactly the text the tool wrote.
+
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace lorvane::app {
+
+// Throws nlohmann::json::exception when the text is no JSON.
+nlohmann::ordered_json parseToolJson(std::string_view text);
+
+// A scalar as the tool meant it: strings as they stand, numbers in the tool's own notation
+// (after parseToolJson), "true"/"false"; anything else in JSON notation.
+std::string scalarText(const nlohmann::ordered_json& value);
+
+}  // namespace lorvane::app

@@ -1,0 +1,284 @@
+// The lorvane program as a user runs it, with the real ExifTool: show, set and tags, their
+// refusals and exit statuses.
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
+
+#include "outside_tool.hpp"
+#include "test_support.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using lorvane::test::dataFolder;
+using lorvane::test::exifToolValue;
+using lorvane::test::fileContents;
+using lorvane::test::outsideToolOutput;
+using lorvane::test::TemporaryFolder;
+
+struct ProgramResult {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string quoted(const std::string& text) {
+  std::string result = "'";
+  for (char c : text) {
+    result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  }
+  return result + "'";
+}
+
+// Runs lorvane with these arguments, after `environment` (shell assignments).
+ProgramResult lorvane(const std::vector<std::string>& arguments, const std::string& environment = "") {
+  TemporaryFolder folder;
+  // Appends only: GCC 12 warns falsely (-Wrestrict) on a literal + string at -O3.
+  std::string command = environment;
+  command.append(" ").append(quoted(LORVANE_PROGRAM));
+  for (const auto& word : arguments) {
+    command.append(" ").append(quoted(word));
+  }
+  command.append(" > ").append(quoted((folder.path() / "out").string()));
+  command.append(" 2> ").append(quoted((folder.path() / "err").string()));
+  const int raw = std::system(command.c_str());
+  ProgramResult result;
+  result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  result.out = fileContents(folder.path() / "out");
+  result.err = fileContents(folder.path() / "err");
+  return result;
+}
+
+std::string sample() { return (dataFolder() / "sample.jpg").string(); }
+
+fs::path copyOfSample(const TemporaryFolder& folder, const std::string& name = "sample.jpg") {
+  const auto copy = folder.path() / name;
+  fs::copy_file(sample(), copy);
+  return copy;
+}
+
+TEST(ShowProgram, PrintsTitlesAndValuesInTheChosenLanguage) {
+  const auto english = lorvane({"show", "--lang", "en", sample()});
+  EXPECT_EQ(english.status, 0) << english.err;
+  EXPECT_NE(english.out.find("== " + sample()), std::string::npos);
+  EXPECT_NE(english.out.find("\nEXIF\n"), std::string::npos);
+  EXPECT_NE(english.out.find("Camera Model Name"), std::string::npos);
+  EXPECT_NE(english.out.find("Rotate 90 CW  [6]\n"), std::string::npos) << english.out;
+  EXPECT_NE(english.out.find("1/250  [0.004]\n"), std::string::npos) << english.out;
+
+  const auto german = lorvane({"show", "--lang", "de", sample()});
+  EXPECT_EQ(german.status, 0) << german.err;
+  EXPECT_NE(german.out.find("Kameramodell"), std::string::npos) << german.out;
+  EXPECT_NE(german.out.find("90° im Uhrzeigersinn  [6]\n"), std::string::npos) << german.out;
+  EXPECT_NE(german.out.find("\nEXIF\n"), std::string::npos);  // stream names stay
+
+  const auto byDefault = lorvane({"show", sample()}, "LANGUAGE= LC_ALL=de_DE.UTF-8");
+  EXPECT_EQ(byDefault.status, 0) << byDefault.err;
+  EXPECT_NE(byDefault.out.find("90° im Uhrzeigersinn  [6]\n"), std::string::npos);
+}
+
+// Every tag the tool reports comes back in the JSON with the tool's very text.
+TEST(ShowProgram, JsonHoldsEveryTagWithTheToolsExactValues) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  outsideToolOutput("exiftool", {"-q", "-overwrite_original", "-XMP-dc:Title=5.00000",
+                                 "-XMP-dc:Description=0.02414", "-XMP-dc:Subject=a, b",
+                                 "-XMP-dc:Subject=c", file.string()});
+  const auto tool = nlohmann::json::parse(
+      outsideToolOutput("exiftool", {"-j", "-l", "-G0:1", "-lang", "de", file.string()}), nullptr,
+      true)[0];
+  const auto result = lorvane({"show", "--json", "--lang", "de", file.string(), "missing.jpg"});
+  EXPECT_EQ(result.status, 1);
+  const auto json = nlohmann::json::parse(result.out);
+  ASSERT_EQ(json.size(), 2u);
+  EXPECT_EQ(json[1]["file"], "missing.jpg");
+  EXPECT_EQ(json[1]["error"], "File not found");
+  EXPECT_EQ(json[0]["file"], file.string());
+  EXPECT_FALSE(json[0].contains("error"));
+
+  const auto& tags = json[0]["tags"];
+  ASSERT_EQ(tags.size(), tool.size() - 1);  // all but SourceFile
+  // The tool's numbers, read by a plain parser, may only differ from our text by notation.
+  std::map<std::string, nlohmann::json> shown;
+  for (const auto& tag : tags) {
+    shown[tag["group"].get<std::string>() + ":" + tag["name"].get<std::string>()] = tag;
+    EXPECT_FALSE(tag["title"].get<std::string>().empty());
+  }
+  for (const auto& [name, entry] : tool.items()) {
+    if (name == "SourceFile" || name == "File:System:FileAccessDate") {
+      continue;
+    }
+    ASSERT_TRUE(shown.contains(name)) << name;
+    const auto& tag = shown[name];
+    const auto& value = entry["val"];
+    if (value.is_string()) {
+      EXPECT_EQ(tag["value"], value) << name;
+    } else if (value.is_number()) {
+      EXPECT_EQ(nlohmann::json::parse(tag["value"].get<std::string>()), value) << name;
+    }
+    if (entry.contains("num") && entry["num"].is_string()) {
+      EXPECT_EQ(tag["raw"], entry["num"]) << name;
+    }
+  }
+  EXPECT_EQ(shown["XMP:XMP-dc:Title"]["value"], "5.00000");
+  EXPECT_EQ(shown["XMP:XMP-dc:Description"]["value"], "0.02414");
+  EXPECT_EQ(shown["XMP:XMP-dc:Subject"]["value"], nlohmann::json::array({"a, b", "c"}));
+  EXPECT_EQ(shown["EXIF:IFD0:Orientation"]["value"], "90° im Uhrzeigersinn");
+  EXPECT_EQ(shown["EXIF:IFD0:Orientation"]["raw"], "6");
+  EXPECT_EQ(shown["EXIF:IFD0:Orientation"]["stream"], "EXIF");
+  EXPECT_TRUE(shown["ExifTool:ExifToolVersion"]["stream"].is_null());
+}
+
+TEST(ShowProgram, BadFilesAreReportedAndTheGoodOnesStillShown) {
+  TemporaryFolder folder;
+  const auto junk = folder.path() / "junk.jpg";
+  std::ofstream(junk) << std::string(64, '\0');
+  const auto missing = folder.path() / "missing.jpg";
+
+  const auto result = lorvane({"show", "--lang", "en", sample(), missing.string(), junk.string()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find(missing.string() + ": File not found"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find(junk.string() + ": "), std::string::npos) << result.err;
+  EXPECT_NE(result.out.find("Camera Model Name"), std::string::npos);
+}
+
+TEST(SetProgram, WritesByALabelInTheChosenLanguageAndKeepsTheOriginal) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  const auto other = copyOfSample(folder, "other.jpg");
+  const auto missing = folder.path() / "missing.jpg";
+  const auto result = lorvane({"set", "--lang", "de", "EXIF:Orientation=90° gegen den Uhrzeigersinn",
+                               "XMP:Subject=Berg", "XMP:Subject=See, Ufer", "EXIF:Artist=",
+                               "--", file.string(), missing.string(), other.string()});
+  EXPECT_EQ(result.status, 1);  // the missing file
+  EXPECT_NE(result.err.find(missing.string() + ": not written: File not found"), std::string::npos)
+      << result.err;
+  for (const auto& written : {file, other}) {
+    EXPECT_NE(result.out.find(written.string() + ": updated"), std::string::npos) << result.out;
+    EXPECT_EQ(exifToolValue(written, "EXIF:Orientation"), "Rotate 270 CW");
+    EXPECT_EQ(outsideToolOutput("exiftool", {"-s3", "-sep", "|", "-XMP:Subject", written.string()}),
+              "Berg|See, Ufer\n");
+    EXPECT_EQ(exifToolValue(written, "EXIF:Artist"), "");
+    EXPECT_EQ(fileContents(written.string() + "_original"), fileContents(sample()));
+  }
+
+  // Deleting what isn't there leaves the file as it is; no backup is kept when asked.
+  const auto again = lorvane({"set", "--overwrite-original", "EXIF:Artist=", "--", file.string()});
+  EXPECT_EQ(again.status, 0) << again.err;
+  EXPECT_NE(again.out.find(file.string() + ": unchanged"), std::string::npos) << again.out;
+  const auto overwritten = lorvane({"set", "--overwrite-original", "EXIF:Orientation=1", "--", other.string()});
+  EXPECT_EQ(overwritten.status, 0) << overwritten.err;
+  EXPECT_EQ(exifToolValue(other, "EXIF:Orientation"), "Horizontal (normal)");
+  EXPECT_EQ(fileContents(other.string() + "_original"), fileContents(sample()));  // the first one
+}
+
+TEST(SetProgram, ARefusedAssignmentWritesNothingAndSaysWhy) {
+  TemporaryFolder folder;
+  const auto file = copyOfSample(folder);
+  const std::vector<std::pair<std::string, std::string>> refusals = {
+      {"EXIF:NoSuchTag=1", "'EXIF:NoSuchTag' is no tag of the catalogue"},
+      {"File:MIMEType=image/png", "'File:MIMEType' is not writable"},
+      {"EXIF:Orientation=schief", "'schief' is not among its values:\n    1 = Horizontal (normal)\n    2 = Horizontal gespiegelt"},
+      {"EXIF:FNumber=weit", "'weit' is not a number"},
+      {"EXIF:ISOSpeed=-1", "outside the range of int32u"},
+      {"EXIF:LensInfo=1 2 3 4 5", "takes at most 4 values, not 5"},
+      {"EXIF:Artist=b", "'EXIF:Artist' takes one value and is named more than once"}};
+  for (const auto& [assignment, reason] : refusals) {
+    const auto result = lorvane({"set", "--lang", "de", "EXIF:Artist=a", assignment, "--", file.string()});
+    EXPECT_EQ(result.status, 1) << assignment;
+    EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("nothing was written"), std::string::npos) << result.err;
+    EXPECT_EQ(fileContents(file), fileContents(sample())) << assignment;
+    EXPECT_FALSE(fs::exists(file.string() + "_original")) << assignment;
+  }
+}
+
+TEST(TagsProgram, FindsTagsByNameWildcardAndTitle) {
+  const auto one = lorvane({"tags", "--lang", "de", "EXIF:Orientation"});
+  EXPECT_EQ(one.status, 0) << one.err;
+  EXPECT_NE(one.out.find("EXIF:Orientation  int16u      0  writable  Ausrichtung\n"), std::string::npos)
+      << one.out;
+  EXPECT_NE(one.out.find("    6  90° im Uhrzeigersinn\n"), std::string::npos) << one.out;
+
+  const auto byTitle = lorvane({"tags", "--lang", "de", "--json", "Ausrichtung"});
+  EXPECT_EQ(byTitle.status, 0);
+  const auto json = nlohmann::json::parse(byTitle.out);
+  EXPECT_TRUE(std::any_of(json.begin(), json.end(), [](const auto& tag) { return tag["name"] == "EXIF:Orientation"; }));
+
+  const auto lenses = lorvane({"tags", "Canon:*Lens*"});
+  EXPECT_EQ(lenses.status, 0);
+  EXPECT_NE(lenses.out.find("Canon:LensType"), std::string::npos);
+  EXPECT_EQ(lenses.out.find("Canon EF 50mm f/1.8"), std::string::npos);  // choices only when asked
+  EXPECT_NE(lorvane({"tags", "--choices", "Canon:*Lens*"}).out.find("Canon EF 50mm f/1.8"), std::string::npos);
+
+  EXPECT_EQ(lorvane({"tags", "EXIF:NoSuchTag"}).status, 1);
+}
+
+TEST(Program, NoExifToolSaysWhereItLookedAndHowToSetTheFolder) {
+  TemporaryFolder resources;
+  const std::string environment = "LORVANE_RESOURCE_DIR=" + quoted(resources.path().string());
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"show", sample()}, {"set", "EXIF:Artist=x", "--", sample()}}) {
+    const auto result = lorvane(arguments, environment);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.err.find((resources.path() / "binaries").string()), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("LORVANE_RESOURCE_DIR"), std::string::npos);
+    EXPECT_TRUE(result.out.empty());
+  }
+}
+
+TEST(Program, UsageMistakesExitWithStatusTwoAndHelpNamesTheStatuses) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {}, {"bogus"}, {"show"}, {"show", "--lang", "klingon", sample()}, {"show", "--bogus", sample()},
+           {"set", "EXIF:Artist=x", sample()}, {"set", "--", sample()}, {"tags"}}) {
+    EXPECT_EQ(lorvane(arguments).status, 2) << (arguments.empty() ? "" : arguments[0]);
+  }
+  const auto help = lorvane({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* status : {"0  ", "1  ", "2  ", "3  "}) {
+    EXPECT_NE(help.out.find(status), std::string::npos) << status;
+  }
+}
+
+}  // namespace
+
+namespace {
+
+// Several tools side by side give what one gives, in command-line order.
+TEST(ShowProgram, JobsKeepTheCommandLinesOrder) {
+  const std::vector<std::string> files = {sample(), (dataFolder() / "plain.jpg").string(),
+                                          (dataFolder() / "sample.mp4").string(), "missing.jpg", sample()};
+  const auto withoutAccessDates = [](const std::string& text) {
+    auto json = nlohmann::json::parse(text);
+    for (auto& file : json) {
+      auto& tags = file["tags"];
+      tags.erase(std::remove_if(tags.begin(), tags.end(),
+                                [](const auto& tag) { return tag["name"] == "FileAccessDate"; }),
+                 tags.end());
+    }
+    return json;
+  };
+  std::vector<std::string> one = {"show", "--json", "--jobs", "1"};
+  std::vector<std::string> three = {"show", "--json", "--jobs", "3"};
+  one.insert(one.end(), files.begin(), files.end());
+  three.insert(three.end(), files.begin(), files.end());
+  const auto single = lorvane(one);
+  const auto spread = lorvane(three);
+  EXPECT_EQ(single.status, 1);
+  EXPECT_EQ(spread.status, 1);
+  const auto json = withoutAccessDates(spread.out);
+  EXPECT_EQ(json, withoutAccessDates(single.out));
+  ASSERT_EQ(json.size(), files.size());
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    EXPECT_EQ(json[i]["file"], files[i]);
+  }
+  EXPECT_EQ(lorvane({"show", "--jobs", "0", sample()}).status, 2);
+}
+
+}  // namespace

@@ -7,7 +7,10 @@ set(CPACK_PACKAGE_VENDOR "The Lorvane developers")
 set(CPACK_PACKAGE_CONTACT "The Lorvane developers")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
-set(CPACK_COMPONENTS_ALL runtime dev program)
+set(CPACK_COMPONENTS_ALL runtime dev)
+if(LORVANE_BUILD_PROGRAM)
+  list(APPEND CPACK_COMPONENTS_ALL program)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 
@@ -33,10 +36,19 @@ set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS nlohmann-json3-dev)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME lorvane)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION graphics)
 
+# Each Debian package carries the license as its copyright file.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER "${component}" upper)
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" RENAME copyright COMPONENT ${component}
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
+endforeach()
+
 include(CPack)
 cpack_add_component(runtime DISPLAY_NAME "Lorvane library"
   DESCRIPTION "ExifTool runs and a localised catalogue of its tags (C++ library)")
 cpack_add_component(dev DISPLAY_NAME "Lorvane development files" DEPENDS runtime
   DESCRIPTION "ExifTool runs and a localised catalogue of its tags (C++ headers, CMake package, pkg-config file)")
-cpack_add_component(program DISPLAY_NAME "lorvane program" DEPENDS runtime
-  DESCRIPTION "The lorvane command: the metadata of files with localised tag titles and value labels")
+if(LORVANE_BUILD_PROGRAM)
+  cpack_add_component(program DISPLAY_NAME "lorvane program" DEPENDS runtime
+    DESCRIPTION "The lorvane command: the metadata of files with localised tag titles and value labels")
+endif()

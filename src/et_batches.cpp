@@ -9,9 +9,11 @@
 namespace lorvane {
 namespace {
 
-// Reading a small JPEG's metadata costs the tool about as much as the first 64 KiB of a big
-// one: opening, identifying and closing a file dominate, the rest grows with what it walks.
-constexpr std::uint64_t fileOpeningWeight = 64 * 1024;
+// What the tool spends on a file whatever its size, in bytes of the same cost. Reading the
+// metadata of a 80 KB and of a 2.9 MB JPEG took it the same time (about 8 ms, ExifTool 12.57):
+// a JPEG's tags sit at its start. Size counts beyond this share for files read through, such
+// as videos, so big ones still go apart while the number of files sets the balance otherwise.
+constexpr std::uint64_t fileOpeningWeight = 4 * 1024 * 1024;
 
 }  // namespace
 

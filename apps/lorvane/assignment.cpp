@@ -8,11 +8,11 @@
 
 #include <lorvane/tag_name.hpp>
 
+#include "alternatives.hpp"
+
 namespace lorvane::app {
 namespace {
 
-// The catalogue joins labels that differ between camera models with this separator.
-constexpr std::string_view alternativeSeparator = " |\u00a0";
 constexpr std::size_t listedLabels = 20;
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
@@ -26,19 +26,6 @@ std::vector<std::string> words(std::string_view text) {
   return result;
 }
 
-bool isLabel(std::string_view label, std::string_view text) {
-  for (std::size_t start = 0;;) {
-    const auto end = label.find(alternativeSeparator, start);
-    if (label.substr(start, end - start) == text) {
-      return true;
-    }
-    if (end == std::string_view::npos) {
-      return false;
-    }
-    start = end + alternativeSeparator.size();
-  }
-}
-
 // The raw choice a text names: the entry itself, the label of one in the catalogue's language
 // (or one alternative of a joined label), or, cut back by the catalogue's rule, the front of it.
 std::optional<std::string> findChoice(const TagItem& item, std::string_view text) {
@@ -47,7 +34,7 @@ std::optional<std::string> findChoice(const TagItem& item, std::string_view text
     return std::string(text);
   }
   for (std::size_t i = 0; i < choices.size(); ++i) {
-    if (isLabel(item.localizedChoice(i), text)) {
+    if (isAlternative(item.localizedChoice(i), text)) {
       return std::string(choices[i]);
     }
   }

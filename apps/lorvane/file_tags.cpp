@@ -5,6 +5,7 @@
 
 #include <lorvane/tool_groups.hpp>
 
+#include "alternatives.hpp"
 #include "tool_json.hpp"
 
 namespace lorvane::app {
@@ -58,16 +59,17 @@ std::optional<FileTag> makeTag(const std::string& groupedName, const Json& entry
   }
   const auto raw = entry.find("num");
   tag.raw = raw != entry.end() ? makeValue(*raw) : tag.value;
+  const auto description = entry.find("desc");
+  const bool hasDescription = description != entry.end() && description->is_string();
   if (tag.item != nullptr) {
     tag.title = tag.item->localizedKey();
     if (raw == entry.end()) {
       tag.label = catalogueLabel(*tag.item, tag.value);
     }
-  } else if (const auto description = entry.find("desc");
-             description != entry.end() && description->is_string()) {
-    tag.title = description->get<std::string>();
-  } else {
-    tag.title = tag.name;
+  }
+  // The tool knows which of the catalogue's alternative titles this file's tag has.
+  if (tag.item == nullptr || (hasAlternatives(tag.title) && hasDescription)) {
+    tag.title = hasDescription ? description->get<std::string>() : tag.name;
   }
   return tag;
 }
@@ -90,11 +92,15 @@ bool liesIn(std::string_view path, std::string_view folder) {
          (folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-// The tool's message about a file it could not read at all, which names the file at its end.
+// "Error: File not found - x.jpg": the tool names the file it could not read at the end.
+bool namesFile(std::string_view message, std::string_view file) {
+  return message.size() > file.size() + 3 && message.ends_with(file) &&
+         message.substr(message.size() - file.size() - 3, 3) == " - ";
+}
+
 std::optional<std::string> messageAbout(const std::vector<std::string>& messages, std::string_view file) {
   for (const auto& message : messages) {
-    if (message.size() > file.size() + 3 && message.ends_with(file) &&
-        message.substr(message.size() - file.size() - 3, 3) == " - ") {
+    if (namesFile(message, file)) {
       auto text = message.substr(0, message.size() - file.size() - 3);
       if (text.starts_with("Error: ")) {
         text.erase(0, 7);
@@ -164,9 +170,17 @@ std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const 
   return result;
 }
 
-}  // namespace lorvane::app
+std::vector<std::string> messagesAboutNoFile(const std::vector<std::string>& files,
+                                             const ToolReading& reading) {
+  std::vector<std::string> messages;
+  for (const auto& message : reading.messages) {
+    if (std::none_of(files.begin(), files.end(), [&](const std::string& file) { return namesFile(message, file); })) {
+      messages.push_back(message);
+    }
+  }
+  return messages;
+}
 
-namespace lorvane::app {
 namespace {
 
 nlohmann::ordered_json valueJson(const TagValue& value) {

@@ -54,9 +54,9 @@ struct ToolReading {
 // lies in it, for a folder), or the tool's message about it as its error.
 std::vector<FileTags> makeFileTags(const std::vector<std::string>& files, const ToolReading& reading);
 
-}  // namespace lorvane::app
-
-namespace lorvane::app {
+// The tool's messages that name none of the files: makeFileTags has no place for them.
+std::vector<std::string> messagesAboutNoFile(const std::vector<std::string>& files,
+                                             const ToolReading& reading);
 
 // `lorvane show --json`: one object per file, {"file", "error" (only when there is one),
 // "tags": [{"group", "name", "stream" (or null), "title", "value", "raw"}]}; a list value is an

@@ -20,12 +20,6 @@ void drawProgress(std::ostream& err, double progress) {
       << static_cast<int>(progress * 100 + 0.5) << "%" << std::flush;
 }
 
-bool namesAFile(const std::string& message, const std::vector<std::string>& files) {
-  return std::any_of(files.begin(), files.end(), [&](const std::string& file) {
-    return message.size() > file.size() + 3 && message.ends_with(" - " + file);
-  });
-}
-
 }  // namespace
 
 int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
@@ -41,11 +35,9 @@ int runShow(const ShowRequest& request, std::ostream& out, std::ostream& err) {
   }
 
   int status = 0;
-  for (const auto& message : reading.messages) {
-    if (!namesAFile(message, request.files)) {
-      err << "lorvane: " << message << "\n";
-      status = 1;
-    }
+  for (const auto& message : messagesAboutNoFile(request.files, reading)) {
+    err << "lorvane: " << message << "\n";
+    status = 1;
   }
   if (request.printsToolJson) {
     out << reading.text;

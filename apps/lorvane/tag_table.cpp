@@ -74,8 +74,11 @@ std::vector<std::string> distinctTitles(const std::vector<const FileTag*>& tags)
   for (const FileTag* tag : tags) {
     std::string title = tag->title;
     if (uses[tag->title] > 1) {
-      const bool groupTells = !tag->family1.empty() && usesInGroup[{tag->title, tag->family1}] == 1;
-      title.append(" (").append(groupTells ? tag->family1 : tag->family1.empty() ? tag->name : tag->family1 + " " + tag->name).append(")");
+      std::string telling = tag->family1;
+      if (telling.empty() || usesInGroup[{tag->title, tag->family1}] > 1) {
+        telling.append(telling.empty() ? "" : " ").append(tag->name);
+      }
+      title.append(" (").append(telling).append(")");
     }
     titles.push_back(escapeControls(title));
   }

@@ -46,9 +46,9 @@ struct ETBatches {
   static ETBatches spread(const Elements& elements, std::size_t count, Weigh&& weigh,
                           Block&& block);
 
-  // What a file costs the tool to read: its size plus a fixed share for opening it, so that
-  // many small files count for more than their bytes. A file that can't be read counts only
-  // that share.
+  // What a file costs the tool to read: its size plus a fixed share (4 MiB) for opening and
+  // walking it, since the tool reads little more than the metadata at the start of most
+  // files. A file that can't be read counts only that share.
   static std::uint64_t fileWeight(const std::filesystem::path& file);
 
   // The places of each batch for these weights: the heaviest first, each to the batch that

@@ -62,6 +62,7 @@ TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
       "EXIF:ExifIFD:CFAPattern": {"desc": "CFA", "num": "2 2 0 1 1 2", "val": "[Red,Green][Green,Blue]"},
       "EXIF:SubIFD:CFAPattern": {"desc": "CFA", "val": "2 2 0 1"},
       "XMP:XMP-dc:Subject": {"desc": "Subject", "val": ["a, b", "c"]},
+      "MakerNotes:Nikon:Model": {"desc": "Camera Model Name", "val": "D700"},
       "ExifTool:ExifToolVersion": {"desc": "ExifTool Version Number", "val": 12.57},
       "ExifTool:Error": {"desc": "Error", "val": "File format error"}}])");
   EXPECT_EQ(file.error, "File format error");
@@ -82,6 +83,8 @@ TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
   EXPECT_EQ(subject.value.texts, (std::vector<std::string>{"a, b", "c"}));
   EXPECT_EQ(subject.raw, subject.value);
 
+  // Where the catalogue's title joins the alternatives of several tables, the tool knows the one.
+  EXPECT_EQ(tagNamed(file, "MakerNotes:Nikon", "Model").title, "Camera Model Name");
   // A tag the catalogue lacks keeps the tool's description as its title.
   const auto& version = tagNamed(file, "ExifTool", "ExifToolVersion");
   EXPECT_EQ(version.item, nullptr);
@@ -94,7 +97,7 @@ TEST(FileTags, ValuesTitlesAndLabelsFollowTheToolWhereItSpoke) {
   EXPECT_EQ(json["tags"][0]["stream"], "EXIF");
   EXPECT_EQ(json["tags"][0]["raw"], "8");
   EXPECT_EQ(json["tags"][4]["value"], nlohmann::ordered_json::array({"a, b", "c"}));
-  EXPECT_TRUE(json["tags"][5]["stream"].is_null());
+  EXPECT_TRUE(json["tags"][6]["stream"].is_null());
 }
 
 TEST(FileTags, GroupsLeadToTheStreamThatHasTheTag) {
@@ -159,7 +162,7 @@ TEST(TagTable, ColumnsAlignByDisplayWidthAndValuesStayInTheirRows) {
 }
 
 TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
-  const auto accepted = checkAssignments({"EXIF:Orientation=Rotate 90 CW", "EXIF:FNumber=2.8",
+  const auto accepted = checkAssignments({"EXIF:Orientation=Rotate 90 CW", "EXIF:SensingMethod=Not defined", "EXIF:FNumber=2.8",
                                           "EXIF:ExposureTime=1/250", "XMP:Subject=a, b",
                                           "XMP:Subject=c", "XMP:Title="});
   ASSERT_TRUE(std::holds_alternative<std::vector<Assignment>>(accepted));
@@ -169,7 +172,8 @@ TEST(Assignments, TheCatalogueDecidesBeforeAnythingIsWritten) {
       arguments.push_back(argument);
     }
   }
-  EXPECT_EQ(arguments, (std::vector<std::string>{"-EXIF:Orientation#=6", "-EXIF:FNumber#=2.8",
+  // "Not defined" is one of the catalogue's alternative labels of the value 1.
+  EXPECT_EQ(arguments, (std::vector<std::string>{"-EXIF:Orientation#=6", "-EXIF:SensingMethod#=1", "-EXIF:FNumber#=2.8",
                                                  "-EXIF:ExposureTime#=1/250", "-XMP:Subject=a, b",
                                                  "-XMP:Subject=c", "-XMP:Title="}));
 

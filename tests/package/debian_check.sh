@@ -41,18 +41,24 @@ trap 'exit 1' HUP INT TERM
 echo "\$ cpack -G DEB"
 (cd "$build_dir" && cpack -G DEB -B "$work/debs") > "$work/cpack.txt" 2>&1 ||
   { cat "$work/cpack.txt"; exit 1; }
-for deb in "$work"/debs/*.deb; do
+cd "$work/debs"
+for deb in *.deb; do
   echo
-  echo "\$ dpkg-deb --field $(basename "$deb") Package Version Depends Recommends"
-  dpkg-deb --field "$deb" Package Version Depends Recommends
-  echo "\$ dpkg -c $(basename "$deb")"
+  echo "\$ dpkg -c $deb"
   dpkg -c "$deb"
+  run dpkg-deb --field "$deb" Package Version Depends Recommends
+  case $deb in
+    liblorvane0_*)
+      expect "Depends: libimage-exiftool-perl, perl, .*libicu72"
+      expect "Recommends: atomicparsley" ;;
+    *) expect "Depends: liblorvane0 (= " ;;
+  esac
 done
 echo
 
 echo "\$ apt-get install ./*.deb"
 installed=true
-apt-get install -y -q --no-install-recommends "$work"/debs/*.deb > "$work/install.txt" 2>&1 ||
+apt-get install -y -q --no-install-recommends ./*.deb > "$work/install.txt" 2>&1 ||
   { cat "$work/install.txt"; exit 1; }
 for package in $packages; do
   dpkg-query -W -f '${Package} ${Version} ${Status}\n' "$package"

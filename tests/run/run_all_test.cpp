@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -184,22 +185,31 @@ TEST(RunAll, AThrowingHandlerOrAMissingToolTouchesOnlyItsOwnInputs) {
 }
 
 TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgumentsWould) {
+  using Places = std::vector<std::vector<std::size_t>>;
+  // The two heaviest apart, the third with one of them, the light ones filling up the other;
+  // the batch holding the first element comes first.
+  EXPECT_EQ(ETBatches::balance(std::vector<std::uint64_t>{1, 30, 2, 30, 3, 10}, 2),
+            (Places{{0, 2, 3, 4}, {1, 5}}));
+  // Weights of 0 spread by count; never an empty batch, however many are asked for.
+  EXPECT_EQ(ETBatches::balance(std::vector<std::uint64_t>{0, 0, 0}, 2), (Places{{0, 2}, {1}}));
+  EXPECT_EQ(ETBatches::balance(std::vector<std::uint64_t>{5, 5, 5}, 8), (Places{{0}, {1}, {2}}));
+
   TemporaryFolder folder;
-  const std::vector<std::size_t> sizes = {10, 3'000'000, 20, 3'000'000, 30, 1'000'000};
   std::vector<std::filesystem::path> files;
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
-    files.push_back(folder.path() / ("f" + std::to_string(i)));
-    std::ofstream(files.back()) << std::string(sizes[i], 'x');
+  for (const std::size_t size : {0u, 2'000'000u, 10u, 20u, 30u}) {
+    files.push_back(folder.path() / ("f" + std::to_string(files.size())));
+    std::ofstream(files.back()) << std::string(size, 'x');
   }
+  EXPECT_EQ(ETBatches::fileWeight(files[1]), ETBatches::fileWeight(files[0]) + 2'000'000);
+  EXPECT_EQ(ETBatches::fileWeight(folder.path() / "missing"), ETBatches::fileWeight(files[0]));
+
   const auto block = [](const std::filesystem::path& file, ETInput::ArgumentsMaker& maker) {
     maker.sourcePath = file.string();
     maker.forceExecute = true;
   };
-
+  // The big file's size counts on top of the share every file has.
   const ETBatches batches = ETBatches::spread(files, 2, block);
-  // The two biggest apart, the third biggest with the lighter of them, the small ones filling
-  // up the other; the input holding the first file comes first.
-  EXPECT_EQ(batches.places, (std::vector<std::vector<std::size_t>>{{0, 2, 3, 4}, {1, 5}}));
+  EXPECT_EQ(batches.places, (Places{{0, 3, 4}, {1, 2}}));
   ASSERT_EQ(batches.inputs.size(), 2u);
   for (std::size_t k = 0; k < 2; ++k) {
     std::vector<std::filesystem::path> chosen;
@@ -210,14 +220,9 @@ TEST(ETBatches, BigFilesGoApartEachInputKeepsItsFilesInOrderAndIsMadeAsAddArgume
     expected.addArguments(chosen, block);
     EXPECT_EQ(batches.inputs[k].arguments, expected.arguments);
   }
-
-  // Files that don't exist and weights of 0 spread by count; never an empty input.
-  const std::vector<std::string> missing = {"/no/a", "/no/b", "/no/c"};
-  EXPECT_EQ(ETBatches::spread(missing, 8, readAsJson).places,
-            (std::vector<std::vector<std::size_t>>{{0}, {1}, {2}}));
-  const auto weightless = ETBatches::spread(
-      missing, 2, [](const std::string&) { return 0; }, readAsJson);
-  EXPECT_EQ(weightless.places, (std::vector<std::vector<std::size_t>>{{0, 2}, {1}}));
+  // Weights of the caller's own; no input for no element.
+  EXPECT_EQ(ETBatches::spread(files, 2, [](const auto&) { return 1; }, block).places,
+            (Places{{0, 2, 4}, {1, 3}}));
   EXPECT_TRUE(ETBatches::spread(std::vector<std::string>{}, 2, readAsJson).inputs.empty());
 }
 
